@@ -1,0 +1,23 @@
+# The libraries the core stands on, all from the distribution. A missing one names its package.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+function(quillcast_require target module package)
+  pkg_check_modules(${target} QUIET IMPORTED_TARGET GLOBAL ${module})
+  if(NOT ${target}_FOUND)
+    message(FATAL_ERROR "${module} was not found. Install it with: apt-get install ${package}")
+  endif()
+endfunction()
+
+quillcast_require(SQLITE sqlite3 libsqlite3-dev)
+quillcast_require(OPENSSL openssl libssl-dev)
+quillcast_require(CARES libcares libc-ares-dev)
+quillcast_require(ICU icu-uc libicu-dev)
+
+find_package(fmt REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+if(QUILLCAST_TESTS)
+  find_package(GTest REQUIRED)
+endif()

@@ -1,0 +1,39 @@
+# Flags that every target of the project is built with, and the two shapes of target that it has.
+
+add_library(quillcast_flags INTERFACE)
+target_compile_options(quillcast_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror -fstack-protector-strong
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)  # false alarms on std::string::insert (GCC bug 105651)
+target_compile_definitions(quillcast_flags INTERFACE
+  $<$<CONFIG:Release>:_FORTIFY_SOURCE=2> $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+target_include_directories(quillcast_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+if(QUILLCAST_SANITIZE)
+  target_compile_options(quillcast_flags INTERFACE -fsanitize=${QUILLCAST_SANITIZE} -fno-sanitize-recover=all
+    -fno-omit-frame-pointer -O1)
+  target_link_options(quillcast_flags INTERFACE -fsanitize=${QUILLCAST_SANITIZE})
+endif()
+
+# A folder of the house: every .cpp in it becomes quillcast_NAME, which may include only what USES names.
+function(quillcast_folder name)
+  cmake_parse_arguments(ARG "" "" "USES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT sources)  # a folder of headers alone
+    add_library(quillcast_${name} INTERFACE)
+    target_link_libraries(quillcast_${name} INTERFACE quillcast_flags ${ARG_USES})
+    return()
+  endif()
+  add_library(quillcast_${name} STATIC ${sources})
+  target_link_libraries(quillcast_${name} PUBLIC quillcast_flags ${ARG_USES})
+endfunction()
+
+# A test program: every .cpp of tests/NAME, run by CTest as one test named NAME.
+function(quillcast_test name)
+  cmake_parse_arguments(ARG "" "" "USES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
+  add_executable(test_${name} ${sources})
+  target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_definitions(test_${name} PRIVATE QUILLCAST_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/${name}")
+  target_link_libraries(test_${name} PRIVATE ${ARG_USES} GTest::gtest_main GTest::gmock)
+  add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()

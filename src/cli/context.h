@@ -1,0 +1,44 @@
+// What every command is given: the options that stand before it, the folders, and the ports.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "app/folders.h"
+#include "app/settings_store.h"
+#include "cli/output.h"
+#include "platform/cancel.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/entropy.h"
+#include "platform/environment.h"
+#include "platform/prompts.h"
+
+namespace quillcast::cli {
+
+struct Context {
+  Output& output;
+  platform::Prompts& prompts;
+  platform::Clock& clock;
+  platform::Entropy& entropy;
+  platform::Environment& environment;
+  platform::CancelToken& cancel;
+  std::filesystem::path executable;
+  std::optional<std::filesystem::path> profile;
+  bool may_ask = true;  // false with --no-input, and when standard input is no terminal
+  int exit_code = 0;    // set by the command that ran
+
+  app::Folders Folders() const { return app::ResolveFolders(environment, executable, profile); }
+  // The folders, made ready as at the start of the program: created where missing, with a working Group.mdb.
+  Result<app::Folders> PreparedFolders() const;
+};
+
+// Gives a command its action: what it returns becomes the exit code.
+template <typename Action>
+void OnRun(CLI::App& command, Context& context, Action action) {
+  command.callback([&context, action] { context.exit_code = action(context); });
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,36 @@
+// Where a command writes: results to standard output, complaints and progress to standard error.
+#pragma once
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "platform/result.h"
+
+namespace quillcast::cli {
+
+class Output {
+ public:
+  bool json = false;
+  bool quiet = false;
+
+  // A result for people; nothing with --json. A line end is added.
+  void Line(std::string_view text) const;
+  // A result for programs, one object a line; nothing without --json.
+  void Object(const nlohmann::ordered_json& object) const;
+  // Something worth knowing, on standard error; nothing with --quiet.
+  void Note(std::string_view text) const;
+  // A failure, on standard error, with its remedy. Returns its exit code.
+  int Fail(const Error& error) const;
+  // A check of the user's input that failed. Returns 64.
+  int Complain(std::string_view text) const;
+  // How far a long piece of work is: one line on a terminal, rewritten ten times a second at most; nothing elsewhere.
+  void Progress(std::string_view text);
+  void EndProgress();
+
+ private:
+  std::chrono::steady_clock::time_point last_progress_;
+  bool progress_shown_ = false;
+};
+
+}  // namespace quillcast::cli

@@ -1,0 +1,33 @@
+// The two clocks of the system, behind a port so that tests own the time.
+#pragma once
+
+#include <chrono>
+#include <ctime>
+
+namespace quillcast::platform {
+
+using Instant = std::chrono::steady_clock::time_point;
+using Duration = std::chrono::steady_clock::duration;
+
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  virtual std::chrono::system_clock::time_point Now() const = 0;
+  virtual Instant Monotonic() const = 0;
+  // The broken-down local time of a moment.
+  virtual std::tm Local(std::chrono::system_clock::time_point moment) const = 0;
+};
+
+class SystemClock final : public Clock {
+ public:
+  std::chrono::system_clock::time_point Now() const override { return std::chrono::system_clock::now(); }
+  Instant Monotonic() const override { return std::chrono::steady_clock::now(); }
+  std::tm Local(std::chrono::system_clock::time_point moment) const override {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
+    std::tm local{};
+    ::localtime_r(&seconds, &local);
+    return local;
+  }
+};
+
+}  // namespace quillcast::platform

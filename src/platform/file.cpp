@@ -1,0 +1,190 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace quillcast::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kWriterBlock = 64 * 1024;
+
+Failure FailureOf(int error_number, std::string_view doing) {
+  switch (error_number) {
+    case ENOENT:
+    case ENOTDIR:
+    case EISDIR:
+      return doing == "create" ? Failure::kCannotCreate : Failure::kNoInput;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return doing == "read" ? Failure::kNoInput : Failure::kCannotCreate;
+    case EEXIST:
+      return Failure::kCannotCreate;
+    default:
+      return Failure::kIo;
+  }
+}
+
+std::string RemedyOf(int error_number, std::string_view doing) {
+  switch (error_number) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "Free some space there and try again; what was there before is still there.";
+    case EACCES:
+    case EPERM:
+      return fmt::format("Give yourself the permission to {} it, or choose another place.", doing);
+    case EROFS:
+      return "That file system cannot be written to; choose another place.";
+    case ENOENT:
+    case ENOTDIR:
+      return "Check the name and the folder.";
+    case EISDIR:
+      return "Name a file in that folder.";
+    default:
+      return {};
+  }
+}
+
+Result<FileWriter> CreateWith(const fs::path& path, int flags) {
+  UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0600));
+  if (!fd) return SystemError("create", path, errno);
+  return FileWriter(std::move(fd), path);
+}
+
+}  // namespace
+
+void UniqueFd::Close() {
+  if (fd_ >= 0) ::close(fd_);
+  fd_ = -1;
+}
+
+Error SystemError(std::string_view doing, const fs::path& path, int error_number) {
+  return {FailureOf(error_number, doing),
+          fmt::format("Cannot {} {}: {}.", doing, path.string(), std::strerror(error_number)),
+          RemedyOf(error_number, doing)};
+}
+
+Result<UniqueFd> OpenForReading(const fs::path& path) {
+  // O_NONBLOCK: a pipe without a writer is refused below instead of waited for.
+  UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!fd) return SystemError("read", path, errno);
+  struct stat status {};
+  if (::fstat(fd.get(), &status) != 0) return SystemError("read", path, errno);
+  if (S_ISDIR(status.st_mode)) return SystemError("read", path, EISDIR);
+  if (!S_ISREG(status.st_mode)) {
+    return Error{Failure::kNoInput, fmt::format("Cannot read {}: it is a device or a pipe.", path.string()),
+                 "Name an ordinary file."};
+  }
+  return fd;
+}
+
+Result<std::uint64_t> FileSize(int fd, const fs::path& path) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0) return SystemError("read", path, errno);
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+Result<std::size_t> ReadSome(int fd, const fs::path& path, char* buffer, std::size_t size) {
+  std::size_t got = 0;
+  while (got < size) {
+    const ssize_t n = ::read(fd, buffer + got, size - got);
+    if (n == 0) break;
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return SystemError("read", path, errno);
+    got += static_cast<std::size_t>(n);
+  }
+  return got;
+}
+
+Result<void> WriteAll(int fd, const fs::path& path, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t n = ::write(fd, bytes.data(), bytes.size());
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return SystemError("write", path, errno);
+    bytes.remove_prefix(static_cast<std::size_t>(n));
+  }
+  return {};
+}
+
+Result<std::string> ReadFile(const fs::path& path, std::uint64_t limit) {
+  auto fd = OpenForReading(path);
+  if (!fd) return fd.error();
+  const auto size = FileSize(fd->get(), path);
+  if (!size) return size.error();
+  if (*size > limit) {
+    return Error{Failure::kBadData,
+                 fmt::format("{} is too large: {} bytes, at most {} are read.", path.string(), *size, limit),
+                 "Use a smaller file."};
+  }
+  std::string content(*size, '\0');
+  const auto got = ReadSome(fd->get(), path, content.data(), content.size());
+  if (!got) return got.error();
+  content.resize(*got);
+  return content;
+}
+
+Result<void> ReplaceFile(const fs::path& path, std::string_view content) {
+  return ReplaceFile(path, [&](int fd) { return WriteAll(fd, path, content); });
+}
+
+Result<void> ReplaceFile(const fs::path& path, const std::function<Result<void>(int fd)>& write) {
+  std::string temporary = path.string() + ".XXXXXX";
+  UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+  if (!fd) return SystemError("create", path, errno);
+  auto done = write(fd.get());
+  if (done && ::fsync(fd.get()) != 0) done = SystemError("write", path, errno);
+  if (done && ::rename(temporary.c_str(), path.c_str()) != 0) done = SystemError("create", path, errno);
+  if (!done) ::unlink(temporary.c_str());
+  return done;
+}
+
+Result<void> EnsureFolder(const fs::path& folder) {
+  fs::path so_far;
+  for (const auto& part : folder) {
+    so_far /= part;
+    if (part.empty()) continue;  // the empty last part of a path that ends in a separator
+    if (::mkdir(so_far.c_str(), 0700) == 0) continue;
+    const int error_number = errno;
+    struct stat status {};
+    if (::stat(so_far.c_str(), &status) != 0) return SystemError("create", so_far, error_number);
+    if (!S_ISDIR(status.st_mode)) return SystemError("create", so_far, ENOTDIR);
+  }
+  return {};
+}
+
+Result<UniqueFd> OpenScratchFile(const fs::path& folder) {
+  UniqueFd fd(::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (fd) return fd;
+  std::string name = (folder / "scratch.XXXXXX").string();  // for file systems that have no O_TMPFILE
+  UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));
+  if (!named) return SystemError("create", name, errno);
+  ::unlink(name.c_str());
+  return named;
+}
+
+Result<FileWriter> FileWriter::Create(const fs::path& path) { return CreateWith(path, O_TRUNC); }
+Result<FileWriter> FileWriter::CreateNew(const fs::path& path) { return CreateWith(path, O_EXCL); }
+
+Result<void> FileWriter::Write(std::string_view text) {
+  if (failed_) return *failed_;
+  pending_ += text;
+  return pending_.size() < kWriterBlock ? Result<void>() : Flush();
+}
+
+Result<void> FileWriter::Flush() {
+  if (failed_) return *failed_;
+  const auto done = WriteAll(fd_.get(), path_, pending_);
+  pending_.clear();
+  if (!done) failed_ = done.error();
+  return done;
+}
+
+}  // namespace quillcast::platform

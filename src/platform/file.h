@@ -1,0 +1,90 @@
+// Files and folders as this system uses them: private (0600 and 0700), replaced whole or not at all, every failure told
+// with the path and the system's reason.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/result.h"
+
+namespace quillcast::platform {
+
+// An open file descriptor that closes itself.
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  explicit UniqueFd(int fd) : fd_(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~UniqueFd() { Close(); }
+
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+  void Close();
+
+ private:
+  int fd_ = -1;
+};
+
+// The Error for a failed system call on a path, from errno: what the system said, and a remedy where one is known
+// (disk full, not permitted, is a folder). `doing` is a verb phrase: "read", "create".
+Error SystemError(std::string_view doing, const std::filesystem::path& path, int error_number);
+
+// Opens a regular file for reading. Folders, devices and pipes are refused.
+Result<UniqueFd> OpenForReading(const std::filesystem::path& path);
+
+// The size in bytes of an open file.
+Result<std::uint64_t> FileSize(int fd, const std::filesystem::path& path);
+
+// Reads up to `size` bytes, fewer only at the end of the file. Goes on after EINTR.
+Result<std::size_t> ReadSome(int fd, const std::filesystem::path& path, char* buffer, std::size_t size);
+
+// Writes all of it, or fails. Goes on after EINTR and short writes.
+Result<void> WriteAll(int fd, const std::filesystem::path& path, std::string_view bytes);
+
+// The whole content of a regular file of at most `limit` bytes.
+Result<std::string> ReadFile(const std::filesystem::path& path, std::uint64_t limit);
+
+// Puts `content` under the name by a rename, so that a reader sees the old file or the new one and a failure leaves the
+// old one. Mode 0600.
+Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view content);
+
+// The same for content that is written piece by piece: `write` gets the descriptor of a new file beside `path`, which
+// takes the name when it succeeds and is removed when it fails.
+Result<void> ReplaceFile(const std::filesystem::path& path, const std::function<Result<void>(int fd)>& write);
+
+// Makes the folder and those above it that are missing, each 0700. A folder that exists is left as it is.
+Result<void> EnsureFolder(const std::filesystem::path& folder);
+
+// A file that is open and has no name: scratch space that vanishes with the process. Made in `folder`, 0600.
+Result<UniqueFd> OpenScratchFile(const std::filesystem::path& folder);
+
+// Collects small writes and hands them on in blocks. Flush before the end of its life, to hear of a failure; after a
+// failure all later calls fail with the same error.
+class FileWriter {
+ public:
+  FileWriter(UniqueFd fd, std::filesystem::path path) : fd_(std::move(fd)), path_(std::move(path)) {}
+
+  // Creates the file, or empties it, with mode 0600.
+  static Result<FileWriter> Create(const std::filesystem::path& path);
+  // Creates the file, and fails with kCannotCreate when it exists.
+  static Result<FileWriter> CreateNew(const std::filesystem::path& path);
+
+  Result<void> Write(std::string_view text);
+  Result<void> Flush();
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  UniqueFd fd_;
+  std::filesystem::path path_;
+  std::string pending_;
+  std::optional<Error> failed_;
+};
+
+}  // namespace quillcast::platform

@@ -1,0 +1,35 @@
+#include "platform/result.h"
+
+namespace quillcast {
+
+int ExitCode(Failure failure) {
+  switch (failure) {
+    case Failure::kUsage:
+      return 64;
+    case Failure::kBadData:
+      return 65;
+    case Failure::kNoInput:
+      return 66;
+    case Failure::kUnavailable:
+      return 69;
+    case Failure::kInternal:
+      return 70;
+    case Failure::kCannotCreate:
+      return 73;
+    case Failure::kIo:
+      return 74;
+    case Failure::kTryAgain:
+      return 75;
+    case Failure::kNotPermitted:
+      return 77;
+    case Failure::kNotConfigured:
+      return 78;
+  }
+  return 70;
+}
+
+std::string Describe(const Error& error) {
+  return error.remedy.empty() ? error.what : error.what + "\n" + error.remedy;
+}
+
+}  // namespace quillcast

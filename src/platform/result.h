@@ -1,0 +1,75 @@
+// The one way in which a function of this system fails: it returns a Result that holds an Error in place of a value.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace quillcast {
+
+// What kind of failure it was; each has its exit code on the command line (sysexits.h), see ExitCode.
+enum class Failure {
+  kUsage,          // a wrong option, or a check of the user's input that failed
+  kBadData,        // an input that exists and cannot be understood
+  kNoInput,        // an input that does not exist or cannot be opened
+  kUnavailable,    // a server that cannot be reached or does not serve
+  kInternal,       // a fault of this program
+  kCannotCreate,   // an output that cannot be created
+  kIo,             // reading or writing failed under way: disk full, device error
+  kTryAgain,       // cancelled, or deferred by the other side
+  kNotPermitted,   // the system or the user's answer forbids it
+  kNotConfigured,  // the mail account was never filled in
+};
+
+// What happened to which thing, and what the user can do about it. Both are whole sentences for people.
+struct Error {
+  Failure failure = Failure::kInternal;
+  std::string what;
+  std::string remedy = {};
+};
+
+// The exit code of the command line for a failure.
+int ExitCode(Failure failure);
+
+// The two sentences of an error, one line each; the remedy only when there is one.
+std::string Describe(const Error& error);
+
+// A value, or the reason why there is none. Reading the one that is not there ends the program.
+template <typename T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value) : state_(std::move(value)) {}      // NOLINT(google-explicit-constructor)
+  Result(Error error) : state_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+
+  explicit operator bool() const { return state_.index() == 0; }
+  T& operator*() & { return std::get<0>(state_); }
+  const T& operator*() const& { return std::get<0>(state_); }
+  T&& operator*() && { return std::get<0>(std::move(state_)); }
+  T* operator->() { return &std::get<0>(state_); }
+  const T* operator->() const { return &std::get<0>(state_); }
+  const Error& error() const { return std::get<1>(state_); }
+  T ValueOr(T fallback) && { return *this ? std::get<0>(std::move(state_)) : std::move(fallback); }
+
+ private:
+  std::variant<T, Error> state_;
+};
+
+template <>
+class [[nodiscard]] Result<void> {
+ public:
+  Result() = default;
+  Result(Error error) : error_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+
+  explicit operator bool() const { return !error_; }
+  const Error& error() const { return *error_; }
+
+ private:
+  std::optional<Error> error_;
+};
+
+// Marks the places that carry on past a failure on purpose; a search for the name lists them all.
+template <typename T>
+void IgnoreErrors(const Result<T>&) {}
+
+}  // namespace quillcast

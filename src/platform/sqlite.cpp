@@ -1,0 +1,166 @@
+#include "platform/sqlite.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+#include <cerrno>
+
+#include "platform/file.h"
+
+namespace quillcast::platform {
+namespace {
+
+constexpr int kLockWaitMilliseconds = 10'000;
+
+Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
+  const int code = sqlite3_errcode(database) & 0xFF;
+  const std::string what = fmt::format("{}: {}.", path.string(), sqlite3_errmsg(database));
+  switch (code) {
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+      return {Failure::kBadData, what,
+              "The file is damaged or belongs to another program; restore it from a backup or move it away."};
+    case SQLITE_FULL:
+      return {Failure::kIo, what, "Free some space on that disk and try again; nothing that was stored is lost."};
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+      return {Failure::kCannotCreate, what, "Give yourself the permission to write the file and its folder."};
+    case SQLITE_CANTOPEN:
+      return {Failure::kCannotCreate, what, "Check that the folder exists and that you may write there."};
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return {Failure::kTryAgain, what, "Another program is using it; try again when that is done."};
+    case SQLITE_IOERR:
+      return {Failure::kIo, what, "Check the disk and the space that is left on it."};
+    default:
+      return {Failure::kInternal, what};
+  }
+}
+
+Error ErrorOf(sqlite3_stmt* statement) {
+  sqlite3* database = sqlite3_db_handle(statement);
+  const char* path = sqlite3_db_filename(database, "main");
+  return SqliteError(database, path == nullptr ? "" : path);
+}
+
+std::string_view TextOf(sqlite3_value* value) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return text == nullptr ? std::string_view() : std::string_view(text, sqlite3_value_bytes(value));
+}
+
+}  // namespace
+
+void CloseDatabase::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+void FinalizeStatement::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+Result<void> Statement::Bind(int parameter, std::string_view text) {
+  const int code = sqlite3_bind_text64(statement_.get(), parameter, text.data() == nullptr ? "" : text.data(),
+                                       text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement_.get()));
+}
+
+Result<void> Statement::Bind(int parameter, std::int64_t number) {
+  const int code = sqlite3_bind_int64(statement_.get(), parameter, number);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement_.get()));
+}
+
+Result<bool> Statement::Step() {
+  const int code = sqlite3_step(statement_.get());
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  return ErrorOf(statement_.get());
+}
+
+Result<void> Statement::Run() {
+  for (;;) {
+    const auto row = Step();
+    if (!row) return row.error();
+    if (!*row) return {};
+  }
+}
+
+void Statement::Reset() { sqlite3_reset(statement_.get()); }
+int Statement::ColumnCount() const { return sqlite3_column_count(statement_.get()); }
+std::string_view Statement::ColumnName(int column) const { return sqlite3_column_name(statement_.get(), column); }
+
+std::string_view Statement::Text(int column) const {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
+  if (text == nullptr) return {};
+  return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+}
+
+std::int64_t Statement::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
+
+Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode) {
+  if (mode == OpenMode::kCreate) {
+    // Made here so that it is private from the first moment; SQLite would use the process's mask.
+    const UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!fd) return SystemError("create", path, errno);
+  } else {
+    const auto readable = OpenForReading(path);
+    if (!readable) return readable.error();
+  }
+  sqlite3* raw = nullptr;
+  const int flags = mode == OpenMode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  Database database(raw, path);
+  if (code != SQLITE_OK) return SqliteError(raw, path);
+  sqlite3_busy_timeout(raw, kLockWaitMilliseconds);
+  const auto is_database = database.Execute("SELECT count(*) FROM sqlite_master");
+  if (!is_database) return is_database.error();
+  return database;
+}
+
+Result<Statement> Database::Prepare(std::string_view sql) {
+  sqlite3_stmt* raw = nullptr;
+  const int code = sqlite3_prepare_v2(database_.get(), sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+  Statement statement(raw);
+  if (code != SQLITE_OK) return SqliteError(database_.get(), path_);
+  return statement;
+}
+
+Result<void> Database::Execute(const char* sql) {
+  const int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(SqliteError(database_.get(), path_));
+}
+
+std::int64_t Database::LastInsertId() const { return sqlite3_last_insert_rowid(database_.get()); }
+std::int64_t Database::ChangedRows() const { return sqlite3_changes64(database_.get()); }
+
+Result<void> Database::AddCollation(const char* name, Compare compare) {
+  const auto call = [](void* context, int a_size, const void* a, int b_size, const void* b) {
+    return reinterpret_cast<Compare>(context)({static_cast<const char*>(a), static_cast<std::size_t>(a_size)},
+                                              {static_cast<const char*>(b), static_cast<std::size_t>(b_size)});
+  };
+  const int code = sqlite3_create_collation(database_.get(), name, SQLITE_UTF8, reinterpret_cast<void*>(compare), call);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(SqliteError(database_.get(), path_));
+}
+
+Result<void> Database::ReplaceLike(Like like) {
+  const auto call = [](sqlite3_context* context, int, sqlite3_value** values) {
+    const auto compare = reinterpret_cast<Like>(sqlite3_user_data(context));
+    sqlite3_result_int(context, compare(TextOf(values[0]), TextOf(values[1])) ? 1 : 0);
+  };
+  const int code = sqlite3_create_function(database_.get(), "like", 2, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                           reinterpret_cast<void*>(like), call, nullptr, nullptr);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(SqliteError(database_.get(), path_));
+}
+
+Result<Transaction> Transaction::Begin(Database& database) {
+  const auto begun = database.Execute("BEGIN IMMEDIATE");
+  if (!begun) return begun.error();
+  return Transaction(database);
+}
+
+Transaction::~Transaction() {
+  if (database_ != nullptr) IgnoreErrors(database_->Execute("ROLLBACK"));
+}
+
+Result<void> Transaction::Commit() {
+  auto done = database_->Execute("COMMIT");
+  if (done) database_ = nullptr;
+  return done;
+}
+
+}  // namespace quillcast::platform

@@ -1,0 +1,94 @@
+// A thin typed layer over SQLite: a connection, a prepared statement, a transaction that rolls back unless committed.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace quillcast::platform {
+
+struct CloseDatabase {
+  void operator()(sqlite3* database) const;
+};
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const;
+};
+
+// One prepared statement. Parameters and columns are counted from 1 and from 0, as SQLite does.
+class Statement {
+ public:
+  explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
+
+  Result<void> Bind(int parameter, std::string_view text);  // the text is copied
+  Result<void> Bind(int parameter, std::int64_t number);
+
+  // True when a row is there to be read, false at the end.
+  Result<bool> Step();
+  // Steps to the end; for statements that give no rows.
+  Result<void> Run();
+  void Reset();
+
+  int ColumnCount() const;
+  std::string_view ColumnName(int column) const;
+  std::string_view Text(int column) const;  // valid until the next Step or Reset; NULL reads as empty
+  std::int64_t Int(int column) const;
+
+ private:
+  std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
+};
+
+enum class OpenMode { kReadOnly, kReadWrite, kCreate };
+
+// A connection to one database file. A file made by kCreate has mode 0600.
+class Database {
+ public:
+  // Fails with kNoInput when the file is missing, kBadData when it is damaged or of another program, kCannotCreate or
+  // kIo otherwise. A lock of another process is waited for, 10 seconds at most.
+  static Result<Database> Open(const std::filesystem::path& path, OpenMode mode);
+
+  Result<Statement> Prepare(std::string_view sql);
+  Result<void> Execute(const char* sql);  // one or several statements without parameters
+  std::int64_t LastInsertId() const;
+  std::int64_t ChangedRows() const;
+
+  // `compare(a, b)` orders two UTF-8 texts as strcmp does. It must outlive the connection and give the same order for
+  // ever: indexes are built with it.
+  using Compare = int (*)(std::string_view a, std::string_view b);
+  Result<void> AddCollation(const char* name, Compare compare);
+  // Replaces the LIKE operator: `like(pattern, text)`.
+  using Like = bool (*)(std::string_view pattern, std::string_view text);
+  Result<void> ReplaceLike(Like like);
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  Database(sqlite3* database, std::filesystem::path path) : database_(database), path_(std::move(path)) {}
+
+  std::unique_ptr<sqlite3, CloseDatabase> database_;
+  std::filesystem::path path_;
+};
+
+// BEGIN IMMEDIATE at once; ROLLBACK at the end of its life unless committed.
+class Transaction {
+ public:
+  static Result<Transaction> Begin(Database& database);
+  Transaction(Transaction&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
+  Transaction& operator=(Transaction&&) = delete;
+  ~Transaction();
+
+  Result<void> Commit();
+
+ private:
+  explicit Transaction(Database& database) : database_(&database) {}
+  Database* database_;
+};
+
+}  // namespace quillcast::platform

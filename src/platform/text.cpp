@@ -1,0 +1,111 @@
+#include "platform/text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "platform/utf8.h"
+
+namespace quillcast::platform {
+
+char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
+
+bool AsciiIsAlnum(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
+
+std::string AsciiLower(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) c = AsciiLower(c);
+  return out;
+}
+
+std::string AsciiUpper(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) c = AsciiUpper(c);
+  return out;
+}
+
+bool EqualsIgnoringAsciiCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
+}
+
+bool StartsWithIgnoringAsciiCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() && EqualsIgnoringAsciiCase(text.substr(0, prefix.size()), prefix);
+}
+
+std::string_view Trim(std::string_view text) {
+  constexpr std::string_view kBlank = " \t\r\n";
+  const auto first = text.find_first_not_of(kBlank);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+}
+
+std::vector<std::string_view> Split(std::string_view text, char separator) {
+  std::vector<std::string_view> pieces;
+  for (;;) {
+    const auto end = text.find(separator);
+    pieces.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return pieces;
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to) {
+  std::string out;
+  for (;;) {
+    const auto at = text.find(from);
+    out += text.substr(0, at);
+    if (at == std::string_view::npos) return out;
+    out += to;
+    text.remove_prefix(at + from.size());
+  }
+}
+
+std::optional<std::int64_t> ParseWholeNumber(std::string_view text) {
+  text = Trim(text);
+  if (text.empty() || !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; })) return {};
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc{}) return {};
+  return value;
+}
+
+std::string WithThousands(std::int64_t number) {
+  std::string digits = std::to_string(number);
+  const std::size_t first = number < 0 ? 1 : 0;
+  for (std::size_t at = digits.size(); at > first + 3;) {
+    at -= 3;
+    digits.insert(at, ",");
+  }
+  return digits;
+}
+
+std::string HumanSize(std::uint64_t bytes) {
+  if (bytes < 1024) return Counted(static_cast<std::int64_t>(bytes), "byte", "bytes");
+  if (bytes < 1024 * 1024) return fmt::format("{:.1f} KiB", static_cast<double>(bytes) / 1024);
+  return fmt::format("{:.1f} MiB", static_cast<double>(bytes) / (1024 * 1024));
+}
+
+std::string Counted(std::int64_t count, std::string_view singular, std::string_view plural) {
+  return fmt::format("{} {}", WithThousands(count), count == 1 ? singular : plural);
+}
+
+std::string Printable(std::string_view text, std::size_t longest) {
+  std::string out;
+  while (!text.empty()) {
+    const auto [code, length] = DecodeUtf8(text);
+    const bool shown = code >= 0x20 && code != 0x7F && !(code >= 0x80 && code < 0xA0) && code != kNotUtf8;
+    if (shown) {
+      out += text.substr(0, length);
+    } else {
+      out += '?';
+    }
+    text.remove_prefix(length);
+    if (out.size() > longest) return out + "...";
+  }
+  return out;
+}
+
+}  // namespace quillcast::platform

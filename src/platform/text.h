@@ -1,0 +1,47 @@
+// Small operations on text that several folders need. Text is UTF-8; what is said to be ASCII looks at single bytes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillcast::platform {
+
+char AsciiLower(char c);
+char AsciiUpper(char c);
+bool AsciiIsAlnum(char c);
+std::string AsciiLower(std::string_view text);
+std::string AsciiUpper(std::string_view text);
+bool EqualsIgnoringAsciiCase(std::string_view a, std::string_view b);
+bool StartsWithIgnoringAsciiCase(std::string_view text, std::string_view prefix);
+
+// Without blanks, tabs and line ends at either end.
+std::string_view Trim(std::string_view text);
+
+// The pieces between separators; always at least one, empty pieces included.
+std::vector<std::string_view> Split(std::string_view text, char separator);
+
+// Every occurrence of `from` replaced, left to right, the replacement not looked at again. `from` is not empty.
+std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
+
+// The decimal value of a text made of ASCII digits alone, with blanks allowed around it; nothing when it is anything
+// else or does not fit.
+std::optional<std::int64_t> ParseWholeNumber(std::string_view text);
+
+// "1,234,567".
+std::string WithThousands(std::int64_t number);
+
+// "1.5 MiB", "12 KiB", "17 bytes".
+std::string HumanSize(std::uint64_t bytes);
+
+// "1 message", "2 messages".
+std::string Counted(std::int64_t count, std::string_view singular, std::string_view plural);
+
+// One line that is safe to show or log: control characters (C0, DEL and C1) and broken UTF-8 become "?", and what is
+// longer than `longest` bytes is cut with "...". What comes from a server or a file passes through here before a person
+// sees it.
+std::string Printable(std::string_view text, std::size_t longest = 1000);
+
+}  // namespace quillcast::platform

@@ -1,0 +1,39 @@
+// What goes into MAIL and RCPT for one message, and where its bytes come from.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+
+namespace quillcast::smtp {
+
+// Delivery status notifications (RFC 3461). kNone and kServerDefault both send no parameter.
+enum class DsnNotify { kNone, kServerDefault, kAll, kFailure, kSuccess, kDelay, kNever };
+enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
+
+// Addresses are bare ("ada@example.org"), without angle brackets; the session refuses what would break a command.
+struct Envelope {
+  std::string sender;
+  std::string recipient;
+  std::uint64_t size = 0;  // octets of the whole message as it goes over the wire, before dot-stuffing
+  bool eight_bit = false;  // some octet of the message is above 127 (BODY=8BITMIME, RFC 6152)
+  DsnNotify notify = DsnNotify::kNone;
+  DsnReturn dsn_return = DsnReturn::kNone;
+  std::string envelope_id;  // ENVID, empty for none; encoded as xtext by the session
+};
+
+// The bytes of one message, complete (headers and body, CRLF line ends, the last line ended), in pieces. A session may
+// rewind it when a message has to go over a second connection.
+class MessageSource {
+ public:
+  virtual ~MessageSource() = default;
+  // The next piece; empty at the end. It stays valid until the next call. Fails when a file of ours cannot be read.
+  virtual Result<std::string_view> Next() = 0;
+  virtual void Rewind() = 0;
+  // False when it is known that no line begins with "." (encoded bodies): dot-stuffing can then be skipped.
+  virtual bool MayHaveLeadingDots() const { return true; }
+};
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,21 @@
+#include "smtp/outcome.h"
+
+namespace quillcast::smtp {
+
+const char* Name(State state) {
+  switch (state) {
+    case State::kSent:
+      return "sent";
+    case State::kRefused:
+      return "refused";
+    case State::kDeferred:
+      return "deferred";
+    case State::kFailed:
+      return "failed";
+    case State::kUnknown:
+      return "unknown";
+  }
+  return "failed";
+}
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,36 @@
+// What became of one message for one recipient.
+#pragma once
+
+#include <string>
+
+#include "smtp/result_code.h"
+
+namespace quillcast::smtp {
+
+// A server's answer (RFC 5321 4.2): its three digits and its text, the lines joined by "\n". Text comes from outside:
+// pass it through platform::Printable before showing it.
+struct ServerReply {
+  int code = 0;          // 0 when there was none
+  std::string enhanced;  // "5.1.1" (RFC 3463), empty when the reply has none
+  std::string text;
+};
+
+enum class State {
+  kSent,      // the server took responsibility (2xx at the end of data)
+  kRefused,   // 5xx: trying again does not help
+  kDeferred,  // 4xx: another time it may be taken
+  kFailed,    // it never reached a verdict: no connection, no sign-in, a file of ours missing, cancelled
+  kUnknown,   // the end of data went out and no reply came: it may have been taken
+};
+
+struct Outcome {
+  State state = State::kFailed;
+  ResultCode code = ResultCode::kException;
+  ServerReply reply;   // the reply that decided it, where there was one
+  std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
+};
+
+// "sent", "refused", "deferred", "failed", "unknown".
+const char* Name(State state);
+
+}  // namespace quillcast::smtp

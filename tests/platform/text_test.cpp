@@ -1,0 +1,67 @@
+// Text operations on the values that have gone wrong elsewhere: empty, broken UTF-8, control characters, limits.
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/utf8.h"
+
+namespace quillcast::platform {
+namespace {
+
+TEST(Text, ParsesWholeNumbersOnly) {
+  struct Case {
+    const char* text;
+    std::optional<std::int64_t> value;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"0", 0},
+                                                   {" 25 ", 25},
+                                                   {"65536", 65536},
+                                                   {"", {}},
+                                                   {"-1", {}},
+                                                   {"1.5", {}},
+                                                   {"0x10", {}},
+                                                   {"9223372036854775807", INT64_MAX},
+                                                   {"9223372036854775808", {}},
+                                                   {"25 26", {}}}) {
+    EXPECT_EQ(ParseWholeNumber(c.text), c.value) << c.text;
+  }
+}
+
+TEST(Text, FormatsThousands) {
+  EXPECT_EQ(WithThousands(0), "0");
+  EXPECT_EQ(WithThousands(999), "999");
+  EXPECT_EQ(WithThousands(1000), "1,000");
+  EXPECT_EQ(WithThousands(-1234567), "-1,234,567");
+}
+
+TEST(Text, PrintableLetsNothingThroughThatATerminalObeys) {
+  EXPECT_EQ(Printable("250 ok\r\n\x1b[31mred\x07\x7f"), "250 ok???[31mred??");
+  EXPECT_EQ(Printable("caf\xC3\xA9 \xC2\x9B \xFF"), "caf\xC3\xA9 ? ?");  // U+009B is a control sequence introducer
+  EXPECT_EQ(Printable("abcdef", 3), "abcd...");
+}
+
+TEST(Utf8, RefusesWhatIsNotWellFormed) {
+  for (const char* good : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"}) {
+    EXPECT_TRUE(IsUtf8(good)) << good;
+  }
+  for (const char* bad : {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                          "\xE2\x82", "12345678\xFF", "\xF8\x88\x80\x80\x80"}) {
+    EXPECT_FALSE(IsUtf8(bad)) << bad;
+  }
+}
+
+TEST(Utf8, EveryCodePointComesBack) {
+  for (char32_t code = 0; code <= 0x10FFFF; ++code) {
+    if (code >= 0xD800 && code < 0xE000) continue;
+    std::string text;
+    AppendUtf8(text, code);
+    const auto decoded = DecodeUtf8(text);
+    ASSERT_EQ(decoded.code, code);
+    ASSERT_EQ(decoded.length, text.size());
+    for (std::size_t cut = 1; cut < text.size(); ++cut) ASSERT_EQ(IncompleteUtf8Tail(text.substr(0, cut)), cut);
+    ASSERT_EQ(IncompleteUtf8Tail(text), 0U);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::platform
