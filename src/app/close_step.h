@@ -1,0 +1,35 @@
+// What happens when the main window is asked to close: the question about unsaved changes, and the clean-up.
+#pragma once
+
+#include <filesystem>
+
+#include "app/folders.h"
+#include "platform/prompts.h"
+#include "platform/result.h"
+
+namespace quillcast::app {
+
+// The document that is being edited, as far as saving it goes.
+class EditedDocument {
+ public:
+  virtual ~EditedDocument() = default;
+  virtual bool HasUnsavedChanges() const = 0;
+  virtual std::filesystem::path FileName() const = 0;  // empty for a new document
+  virtual Result<void> SaveTo(const std::filesystem::path& file) = 0;
+};
+
+enum class SaveDecision { kGoOn, kStay };
+
+// Asks whether to save where there are unsaved changes, and saves: to the current file, or to one that is picked, after
+// the question about a locked file. kStay when the person cancels on the way. A save that fails keeps the window open:
+// the changes would be lost otherwise.
+SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts);
+
+// The same unless the program closes itself for a shutdown after sending.
+SaveDecision AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);
+
+// Removes the preview files, the editor's left-overs in the installed program folder, and the imported body with its
+// pictures. Each step goes on after a failure of the one before.
+void CleanUpAtClose(const Folders& folders);
+
+}  // namespace quillcast::app
