@@ -34,6 +34,8 @@ std::size_t DomainLength(std::string_view run) {
   return 0;
 }
 
+bool DomainLengthCuts(std::string_view run, std::size_t taken) { return taken < run.size() && IsLetter(run[taken]); }
+
 // A local part ends at its "@", for "@" is no character of it; so the leftmost match is the first "@" with a run before
 // it and a domain behind it, and it begins where that run begins. Each run is looked at twice at most.
 std::optional<AddressMatch> FindAddress(std::string_view text, std::size_t from) {
@@ -48,7 +50,7 @@ std::optional<AddressMatch> FindAddress(std::string_view text, std::size_t from)
     const std::string_view run = text.substr(at + 1, end - at - 1);
     const std::size_t domain = DomainLength(run);
     if (domain == 0) continue;
-    return AddressMatch{begin, at + 1 + domain - begin, domain < run.size() && IsLetter(run[domain])};
+    return AddressMatch{begin, at + 1 + domain - begin, DomainLengthCuts(run, domain)};
   }
   return {};
 }

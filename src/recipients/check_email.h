@@ -24,6 +24,9 @@ std::optional<AddressMatch> FindAddress(std::string_view text, std::size_t from)
 // 0 when there is no match. `run` holds only characters for which IsAddressCharacter is true.
 std::size_t DomainLength(std::string_view run);
 
+// Whether the top-level part goes on with letters behind the `taken` characters that DomainLength gave.
+bool DomainLengthCuts(std::string_view run, std::size_t taken);
+
 // [a-zA-Z0-9_\-\.]
 bool IsAddressCharacter(char c);
 

@@ -32,7 +32,6 @@ class RecipientCursor {
   Result<bool> Next(Recipient& recipient);
 
  private:
-
   platform::Database connection_;  // before rows_: it is closed after them
   platform::Statement rows_;
   int columns_;
