@@ -1,0 +1,32 @@
+-- The tables of Group.mdb. QUILLCAST is the collation of the recipient store: case and blanks at the end do not count.
+CREATE TABLE [Meta] ([Password] TEXT NOT NULL);
+CREATE TABLE [Groups] (
+  [ID] INTEGER PRIMARY KEY AUTOINCREMENT,
+  [GroupName] TEXT COLLATE QUILLCAST,
+  [SortSQL] TEXT
+);
+-- Keys are never used twice (AUTOINCREMENT): a dialog may hold one whose row is gone.
+CREATE TABLE [Emails] (
+  [ID] INTEGER PRIMARY KEY AUTOINCREMENT,
+  [G-ID] INTEGER,
+  [G-Email] TEXT COLLATE QUILLCAST,
+  [G-Title] TEXT COLLATE QUILLCAST,
+  [G-FirstName] TEXT COLLATE QUILLCAST,
+  [G-LastName] TEXT COLLATE QUILLCAST,
+  [G-Country] TEXT COLLATE QUILLCAST,
+  [G-State] TEXT COLLATE QUILLCAST,
+  [G-City] TEXT COLLATE QUILLCAST,
+  [G-Address1] TEXT COLLATE QUILLCAST,
+  [G-Address2] TEXT COLLATE QUILLCAST,
+  [G-ZIPCode] TEXT COLLATE QUILLCAST,
+  [G-Phone] TEXT COLLATE QUILLCAST,
+  [G-Fax] TEXT COLLATE QUILLCAST,
+  [G-Company] TEXT COLLATE QUILLCAST,
+  [G-JobTitle] TEXT COLLATE QUILLCAST,
+  [G-WebSite] TEXT COLLATE QUILLCAST,
+  [G-Add1] TEXT COLLATE QUILLCAST,
+  [G-Add2] TEXT COLLATE QUILLCAST,
+  [G-Add3] TEXT COLLATE QUILLCAST
+);
+CREATE INDEX [EmailsOfGroup] ON [Emails] ([G-ID]);
+CREATE INDEX [EmailsByAddress] ON [Emails] ([G-Email], [G-ID]);

@@ -1,0 +1,142 @@
+// quillcast group: the groups of recipients.
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "cli/commands.h"
+#include "platform/text.h"
+#include "recipients/group_checks.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::cli {
+namespace {
+
+using recipients::RecipientStore;
+
+struct GroupOptions {
+  std::string name;
+  std::string new_name;
+  bool yes = false;
+};
+
+// Gives an action the store of this user; a failure to make it ready ends the command.
+template <typename Action>
+int WithStore(Context& context, Action action) {
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  RecipientStore store(folders->Database());
+  const Result<int> done = action(store);
+  return done ? *done : context.output.Fail(done.error());
+}
+
+Result<int> ListGroups(Context& context, const RecipientStore& store) {
+  const auto names = store.ListGroupNames();
+  if (!names) return names.error();
+  for (const std::string& name : *names) {
+    context.output.Line(platform::Printable(name));
+    context.output.Object({{"group", name}});
+  }
+  if (names->empty()) context.output.Note("There are no groups yet. `quillcast group new NAME` makes one.");
+  return 0;
+}
+
+// What cannot be typed into the box of a dialog is refused here with words of our own.
+std::optional<int> RefuseOtherKeys(Context& context, std::string_view name) {
+  if (recipients::IsGroupName(name)) return {};
+  return context.output.Complain("A group name holds only letters A to Z, digits, blanks and \"-\".");
+}
+
+Result<int> NewGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
+  if (const auto refused = RefuseOtherKeys(context, options.name)) return *refused;
+  const auto names = store.ListGroupNames();
+  if (!names) return names.error();
+  const auto complaint = recipients::CheckNewGroupName(options.name, *names);
+  if (complaint) return context.output.Complain(complaint->message);
+  if (const auto made = store.CreateGroup(options.name); !made) return made.error();
+  context.output.Line(fmt::format("Group \"{}\" was made.", options.name));
+  context.output.Object({{"group", options.name}, {"done", "new"}});
+  return 0;
+}
+
+Result<int> RenameGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
+  const auto group = store.RequireGroup(options.name);
+  if (!group) return group.error();
+  if (const auto refused = RefuseOtherKeys(context, options.new_name)) return *refused;
+  const auto names = store.ListGroupNames();
+  if (!names) return names.error();
+  const auto complaint = recipients::CheckRenamedGroup(options.new_name, group->name, *names);
+  if (complaint) return context.output.Complain(complaint->message);
+  if (const auto renamed = store.RenameGroup(group->name, options.new_name); !renamed) return renamed.error();
+  context.output.Line(fmt::format("Group \"{}\" is now \"{}\".", group->name, options.new_name));
+  context.output.Object({{"group", options.new_name}, {"done", "rename"}, {"old", group->name}});
+  return 0;
+}
+
+Result<int> DeleteGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
+  const auto group = store.RequireGroup(options.name);
+  if (!group) return group.error();
+  const std::string question = fmt::format("Are you sure you want to delete '{}'?", group->name);
+  if (!options.yes && context.prompts.Ask(question) != platform::Answer::kYes) {
+    return Error{Failure::kNotPermitted, "Nothing was deleted.", "`--yes` answers the question."};
+  }
+  if (const auto gone = store.DeleteGroup(group->name); !gone) return gone.error();
+  context.output.Line(fmt::format("Group \"{}\" and its recipients were deleted.", group->name));
+  context.output.Object({{"group", group->name}, {"done", "delete"}});
+  return 0;
+}
+
+Result<int> CountGroup(Context& context, const RecipientStore& store, const GroupOptions& options) {
+  const auto group = store.RequireGroup(options.name);
+  if (!group) return group.error();
+  const auto count = store.CountRecipients(group->name);
+  if (!count) return count.error();
+  context.output.Line(std::to_string(*count));
+  context.output.Object({{"group", group->name}, {"recipients", *count}});
+  return 0;
+}
+
+}  // namespace
+
+void AddGroupCommand(CLI::App& app, Context& context) {
+  CLI::App& group = *app.add_subcommand("group", "List, make, rename, delete and count groups of recipients");
+  group.require_subcommand(1);
+  group.footer("Example: quillcast group new \"Readers 2026\"");
+  const auto options = std::make_shared<GroupOptions>();
+
+  CLI::App& list = *group.add_subcommand("list", "Show the groups in the order in which they were made");
+  list.footer("Example: quillcast --json group list");
+  OnRun(list, context,
+        [](Context& ctx) { return WithStore(ctx, [&](RecipientStore& store) { return ListGroups(ctx, store); }); });
+
+  CLI::App& made = *group.add_subcommand("new", "Make an empty group");
+  made.add_option("NAME", options->name, "Letters A to Z, digits, blanks and \"-\"")->required();
+  made.footer("Example: quillcast group new \"Readers 2026\"");
+  OnRun(made, context, [options](Context& ctx) {
+    return WithStore(ctx, [&](RecipientStore& store) { return NewGroup(ctx, store, *options); });
+  });
+
+  CLI::App& renamed = *group.add_subcommand("rename", "Give a group another name");
+  renamed.add_option("OLD", options->name, "The group")->required();
+  renamed.add_option("NEW", options->new_name, "Its new name")->required();
+  renamed.footer("Example: quillcast group rename Readers \"Readers 2026\"");
+  OnRun(renamed, context, [options](Context& ctx) {
+    return WithStore(ctx, [&](RecipientStore& store) { return RenameGroup(ctx, store, *options); });
+  });
+
+  CLI::App& gone = *group.add_subcommand("delete", "Delete a group and all its recipients");
+  gone.add_option("NAME", options->name, "The group")->required();
+  gone.add_flag("--yes", options->yes, "Do not ask");
+  gone.footer("Example: quillcast group delete Readers --yes");
+  OnRun(gone, context, [options](Context& ctx) {
+    return WithStore(ctx, [&](RecipientStore& store) { return DeleteGroup(ctx, store, *options); });
+  });
+
+  CLI::App& count = *group.add_subcommand("count", "Count the recipients of a group");
+  count.add_option("NAME", options->name, "The group")->required();
+  count.footer("Example: quillcast group count Readers");
+  OnRun(count, context, [options](Context& ctx) {
+    return WithStore(ctx, [&](RecipientStore& store) { return CountGroup(ctx, store, *options); });
+  });
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,48 @@
+// Tells fast that an address is surely not in a group: a Bloom filter of fixed size over the addresses that are.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "recipients/text_order.h"
+
+namespace quillcast::recipients {
+
+// False answers are exact, true ones mean "maybe": of a million addresses about one in a hundred thousand that are not
+// there, of ten million one in twenty-five. Addresses are equal as the store finds them equal.
+class AddressFilter {
+ public:
+  AddressFilter() : words_(kWords) {}
+
+  void Add(std::string_view address) {
+    ForEachBit(address, [this](std::size_t word, std::uint64_t bit) {
+      words_[word] |= bit;
+      return true;
+    });
+  }
+
+  bool MayHold(std::string_view address) const {
+    return ForEachBit(address, [this](std::size_t word, std::uint64_t bit) { return (words_[word] & bit) != 0; });
+  }
+
+ private:
+  static constexpr std::size_t kWords = std::size_t{1} << 20;  // 8 MiB
+  static constexpr int kBitsPerAddress = 4;
+
+  // Calls `visit` with each bit of an address while it gives true; whether it did to the end.
+  template <typename Visit>
+  static bool ForEachBit(std::string_view address, Visit visit) {
+    const std::uint64_t hash = HashText(address);
+    const std::uint64_t step = (hash >> 32) | 1;
+    std::uint64_t position = hash;
+    for (int i = 0; i < kBitsPerAddress; ++i, position += step) {
+      if (!visit((position >> 6) % kWords, std::uint64_t{1} << (position & 63))) return false;
+    }
+    return true;
+  }
+
+  std::vector<std::uint64_t> words_;
+};
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,150 @@
+#include "recipients/recipient_import.h"
+
+#include <fmt/format.h>
+
+#include "recipients/address_harvest.h"
+#include "recipients/check_email.h"
+#include "recipients/import_writer.h"
+#include "recipients/line_reader.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::int64_t kLinesBetweenProgress = 512;
+
+// What one run shares among its steps.
+struct Run {
+  const ImportRequest& request;
+  const platform::CancelToken& cancel;
+  const std::function<void(const ImportProgress&)>& progress;
+  TextSource& source;
+  ImportWriter& writer;
+  ImportOutcome& outcome;
+
+  bool IsCancelled() const { return cancel.Requested() != platform::Stop::kNone; }
+  void TellProgress() const {
+    if (progress) progress({source.bytes_read(), source.size(), writer.Counts()});
+  }
+};
+
+Result<void> Harvest(Run& run) {
+  Result<void> offered;
+  AddressHarvest harvest([&](std::string_view address, bool cuts_top_level) {
+    if (cuts_top_level) ++run.outcome.cut_addresses;
+    offered = run.writer.Offer({&address, 1});
+    return offered && !run.IsCancelled();
+  });
+  std::string block;
+  for (;;) {
+    const auto more = run.source.Read(block);
+    if (!more) return more.error();
+    if (!*more) break;
+    const bool goes_on = harvest.Feed(block) && !run.IsCancelled();
+    run.TellProgress();
+    if (goes_on) continue;
+    run.outcome.cancelled = run.IsCancelled();
+    return offered;
+  }
+  harvest.Finish();
+  return offered;
+}
+
+Result<void> TakeLine(Run& run, const Line& line) {
+  if (line.is_too_long) return run.writer.Ignore(fmt::format("(line {} is longer than 1 MiB)", line.number));
+  const auto values = MapLine(line.text, run.request.delimiter, run.request.quotes, run.request.mapping);
+  if (!CheckEmail(values[kEmail])) return run.writer.Ignore(values[kEmail]);
+  return run.writer.Offer(values);
+}
+
+Result<void> ImportLines(Run& run) {
+  LineReader reader(run.source);
+  Line line;
+  for (;;) {
+    const auto more = reader.Next(line);
+    if (!more) return more.error();
+    if (!*more) return {};
+    if (auto taken = TakeLine(run, line); !taken) return taken;
+    if (line.number % kLinesBetweenProgress == 0) run.TellProgress();
+    if (run.IsCancelled()) {
+      run.outcome.cancelled = true;
+      return {};
+    }
+  }
+}
+
+Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places, std::int64_t group_id,
+                       const platform::CancelToken& cancel, const std::function<void(const ImportProgress&)>& progress,
+                       ImportOutcome& outcome) {
+  const bool is_harvest = request.mode == ImportMode::kHarvest;
+  auto report = ImportReport::Create(places.report, places.code_page);
+  if (!report) return report.error();
+  auto source = TextSource::Open(request.file, request.encoding, places.code_page);
+  if (!source) {
+    IgnoreErrors(report->Close(0, {}, is_harvest));  // the file's failure is the one to tell
+    return source.error();
+  }
+  outcome.encoding = source->encoding();
+  outcome.how_known = source->how_known();
+  outcome.bytes = source->size();
+  auto writer = ImportWriter::Open(places.store, group_id,
+                                   is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, *report);
+  if (!writer) return writer.error();
+  Run run{request, cancel, progress, *source, *writer, outcome};
+  auto done = is_harvest ? Harvest(run) : ImportLines(run);
+  if (done) done = writer->Commit();
+  outcome.counts = writer->Counts();
+  return done ? report->Close(outcome.bytes, outcome.counts, is_harvest) : done;
+}
+
+}  // namespace
+
+const char* const kConsentQuestion =
+    "To comply with the CAN-SPAM please confirm that you are importing a valid opt-in list.\r\n"
+    "You must not import lists of purchased addresses which don't have given permission.";
+
+std::optional<Complaint> CheckImport(const ImportForm& form) {
+  if (form.file.empty()) return Complaint{"Please specify a file.", "BrowseTextBox"};
+  if (!form.has_groups) return Complaint{"There is no group to import.", "DataComboBox"};
+  if (form.group.empty()) return Complaint{"Please select a group.", "DataComboBox"};
+  if (form.mode == ImportMode::kHarvest) return {};
+  if (!form.sample_was_read) return Complaint{"There is no data to import.", "GetDataButton"};
+  if (form.mapping.IsAllIgnore()) return Complaint{"Please select at least one field to import.", "ComboBox"};
+  if (form.mapping.source[kEmail] == kIgnore) return Complaint{"Email Address field is required.", "ComboBox"};
+  return {};
+}
+
+ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces& places,
+                               const platform::CancelToken& cancel,
+                               const std::function<void(const ImportProgress&)>& progress) {
+  ImportOutcome outcome;
+  const auto group = RecipientStore(places.store).RequireGroup(request.group);
+  const auto done =
+      group ? RunImport(request, places, group->id, cancel, progress, outcome) : Result<void>(group.error());
+  if (!done) outcome.error = done.error();
+  return outcome;
+}
+
+std::string ImportSummary(const ImportCounts& counts) {
+  return fmt::format(
+      "{} recipients imported successfully.\r\n{} duplicate recipients ignored.\r\n{} invalid recipients ignored.",
+      counts.added, counts.duplicates, counts.ignored);
+}
+
+Result<ImportSample> ReadSample(const std::filesystem::path& file, std::string_view encoding,
+                                std::string_view code_page, std::size_t count) {
+  auto source = TextSource::Open(file, encoding, code_page);
+  if (!source) return source.error();
+  ImportSample sample{source->encoding(), source->how_known(), {}};
+  LineReader reader(*source);
+  Line line;
+  while (sample.lines.size() < count) {
+    const auto more = reader.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    sample.lines.emplace_back(line.text);
+  }
+  return sample;
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,89 @@
+// The recipient store: named groups of recipients in one file. Every operation opens a connection of its own and closes
+// it again; only a cursor keeps its connection, for as long as it lives.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/result.h"
+#include "recipients/recipient.h"
+#include "recipients/statements.h"
+
+namespace quillcast::recipients {
+
+enum class Comparison : std::uint8_t { kEquals, kContains, kStartsWith, kEndsWith };
+
+// kLive reads from the store while it is walked through, and holds up writers meanwhile. kCopy first copies the rows
+// to a private file on disk: for walks that take long, as a sending run does; what is changed later is not seen.
+enum class Reading : std::uint8_t { kLive, kCopy };
+
+// Walks through the recipients of a group one by one, in constant memory.
+class RecipientCursor {
+ public:
+  // Over rows that give all fields in order, or address, first and last name.
+  RecipientCursor(platform::Database connection, platform::Statement rows, int columns)
+      : connection_(std::move(connection)), rows_(std::move(rows)), columns_(columns) {}
+
+  // True when `recipient` was filled, false behind the last.
+  Result<bool> Next(Recipient& recipient);
+
+ private:
+  platform::Database connection_;  // before rows_: it is closed after them
+  platform::Statement rows_;
+  int columns_;
+};
+
+class RecipientStore {
+ public:
+  explicit RecipientStore(std::filesystem::path file) : file_(std::move(file)) {}
+  const std::filesystem::path& file() const { return file_; }
+
+  // The names in the order in which the groups were made.
+  Result<std::vector<std::string>> ListGroupNames() const;
+  // Nothing when there is no such group. Case and blanks at the end of the name do not matter.
+  Result<std::optional<RecipientGroup>> FindGroup(std::string_view name) const;
+  // 0 for an empty group and for one that does not exist.
+  Result<std::int64_t> CountRecipients(std::string_view group_name) const;
+  // Whether a group is there, said as an error for people when it is not.
+  Result<RecipientGroup> RequireGroup(std::string_view name) const;
+
+  Result<bool> RecipientExists(std::int64_t group_id, std::string_view address) const;
+  Result<std::optional<StoredRecipient>> FindRecipient(std::int64_t group_id, std::string_view address) const;
+
+  // The writers check nothing: see CheckNewRecipient and CheckNewGroupName.
+  Result<void> AddRecipient(std::int64_t group_id, const Recipient& recipient);
+  Result<void> AddAddress(std::int64_t group_id, std::string_view address);
+  Result<void> UpdateRecipient(std::int64_t recipient_id, const Recipient& recipient);
+  Result<void> DeleteRecipient(std::int64_t recipient_id);
+  // The delete of the search's results: a statement that is known to fail goes before the one that deletes.
+  Result<void> DeleteFoundRecipient(std::int64_t recipient_id);
+
+  Result<void> CreateGroup(std::string_view name);
+  Result<void> RenameGroup(std::string_view old_name, std::string_view new_name);
+  // The group and all its recipients, or neither.
+  Result<void> DeleteGroup(std::string_view name);
+  Result<void> SetSort(std::int64_t group_id, std::string_view sort_sql);
+
+  // Every field of every recipient. `sort_sql` as the group has it; what is no list of columns fails with kBadData.
+  Result<RecipientCursor> ListRecipients(std::int64_t group_id, std::string_view sort_sql,
+                                         Reading reading = Reading::kLive) const;
+  // The same with address, first and last name alone; the other fields stay empty.
+  Result<RecipientCursor> ListNames(std::int64_t group_id, std::string_view sort_sql) const;
+
+  // The recipients whose field compares so with the term; "%" and "_" in it are wildcards except with kEquals.
+  // `field` is a position in kFields. A search in the two address lines fails: their search columns do not exist.
+  Result<std::vector<StoredRecipient>> Find(std::int64_t group_id, std::size_t field, Comparison comparison,
+                                            std::string_view term) const;
+
+ private:
+  // Runs one statement that gives no rows, on a connection of its own.
+  Result<void> RunAlone(StatementId id, Values values);
+
+  std::filesystem::path file_;
+};
+
+}  // namespace quillcast::recipients

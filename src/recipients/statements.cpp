@@ -1,0 +1,188 @@
+#include "recipients/statements.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "platform/text.h"
+#include "recipients/recipient.h"
+#include "recipients/statement_table.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::string_view kOrderBy = " ORDER BY ";
+
+const StatementRow& RowOf(StatementId id) {
+  return *std::find_if(std::begin(kStatements), std::end(kStatements),
+                       [id](const StatementRow& row) { return row.id == id; });
+}
+
+enum class Slot : std::uint8_t { kNone, kKey, kValue, kName, kColumn, kSort };
+
+constexpr std::array<std::pair<std::string_view, Slot>, 5> kSlots = {{{"key", Slot::kKey},
+                                                                      {"value", Slot::kValue},
+                                                                      {"name", Slot::kName},
+                                                                      {"column", Slot::kColumn},
+                                                                      {"sort", Slot::kSort}}};
+
+Slot SlotOf(std::string_view name) {
+  for (const auto& [known, slot] : kSlots) {
+    if (known == name) return slot;
+  }
+  return Slot::kNone;
+}
+
+// A stretch of literal text and the slot behind it. A quoted slot has its quotes taken off the literals around it.
+struct Piece {
+  std::string_view literal;
+  Slot slot = Slot::kNone;
+  bool quoted = false;
+  std::string_view before;  // between the opening quote and the value
+  std::string_view after;   // between the value and the closing quote
+};
+
+// Takes the first piece off a row's text.
+Piece TakePiece(std::string_view& text) {
+  Piece piece;
+  const auto open = text.find('<');
+  if (open == std::string_view::npos) {
+    piece.literal = std::exchange(text, {});
+    return piece;
+  }
+  const auto close = text.find('>', open);
+  piece.slot = SlotOf(text.substr(open + 1, close - open - 1));
+  piece.literal = text.substr(0, open);
+  text.remove_prefix(close + 1);
+  const auto quote = piece.literal.rfind('\'');
+  piece.quoted =
+      quote != std::string_view::npos && piece.literal.find_first_not_of('%', quote + 1) == std::string::npos;
+  if (piece.quoted) {
+    piece.before = piece.literal.substr(quote + 1);
+    piece.literal = piece.literal.substr(0, quote);
+    const auto end = text.find('\'');
+    piece.after = text.substr(0, end);
+    text.remove_prefix(end + 1);
+  }
+  return piece;
+}
+
+Error NotASort(std::string_view sort_sql) {
+  return {Failure::kBadData,
+          fmt::format("\"{}\" is no list of columns to sort by.", platform::Printable(sort_sql, 200)),
+          "Name columns as in \"[G-LastName], [G-FirstName] DESC\"."};
+}
+
+// The column of a name with or without brackets; empty when it is none.
+std::string_view SortColumn(std::string_view name) {
+  if (name.size() > 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
+  for (const std::string_view key : {std::string_view("ID"), std::string_view("G-ID")}) {
+    if (platform::EqualsIgnoringAsciiCase(key, name)) return key;
+  }
+  for (const FieldNames& field : kFields) {
+    if (platform::EqualsIgnoringAsciiCase(field.column, name)) return field.column;
+  }
+  return {};
+}
+
+}  // namespace
+
+Result<std::string> OrderByOf(std::string_view sort_sql) {
+  std::string order(kOrderBy);
+  for (const std::string_view raw : platform::Split(sort_sql, ',')) {
+    const std::string_view item = platform::Trim(raw);
+    const auto end = item.find_first_of(" \t");
+    const std::string_view column = SortColumn(item.substr(0, end));
+    const std::string direction =
+        platform::AsciiUpper(end == std::string_view::npos ? "ASC" : platform::Trim(item.substr(end)));
+    if (column.empty() || (direction != "ASC" && direction != "DESC")) return NotASort(sort_sql);
+    order += fmt::format("[{}] {}, ", column, direction);
+  }
+  return order + "[ID]";
+}
+
+std::string IssuedText(StatementId id, Values values, std::string_view extra) {
+  std::string out;
+  std::string_view text = RowOf(id).text;
+  std::size_t next = 0;
+  while (!text.empty()) {
+    const Piece piece = TakePiece(text);
+    out += piece.literal;
+    if (piece.slot == Slot::kNone) continue;
+    if (piece.slot == Slot::kColumn) {
+      out += extra;
+    } else if (piece.slot == Slot::kSort) {
+      if (!extra.empty()) out.append(kOrderBy).append(extra);
+    } else {
+      const std::string_view value = values[next++];
+      const std::string spliced =
+          piece.slot == Slot::kValue ? platform::ReplaceAll(value, "'", "''") : std::string(value);
+      const std::string_view quote = piece.quoted ? "'" : "";
+      out += fmt::format("{}{}{}{}{}", quote, piece.before, spliced, piece.after, quote);
+    }
+  }
+  return out;
+}
+
+Result<CatalogueStatement> CatalogueStatement::Prepare(platform::Database& database, StatementId id,
+                                                       std::string_view extra) {
+  return PrepareAfter("", database, id, extra);
+}
+
+Result<CatalogueStatement> CatalogueStatement::PrepareAfter(std::string_view before, platform::Database& database,
+                                                            StatementId id, std::string_view extra) {
+  const StatementRow& row = RowOf(id);
+  std::string sql(before);
+  std::vector<Parameter> parameters;
+  std::string_view text = row.text;
+  bool sorted = false;
+  while (!text.empty()) {
+    const Piece piece = TakePiece(text);
+    sql += piece.literal;
+    if (piece.slot == Slot::kNone) continue;
+    if (piece.slot == Slot::kColumn) {
+      sql += extra;
+    } else if (piece.slot == Slot::kSort) {
+      if (extra.empty()) continue;
+      const auto order = OrderByOf(extra);
+      if (!order) return order.error();
+      sql += *order;
+      sorted = true;
+    } else {
+      sql += '?';
+      parameters.push_back(
+          {std::string(piece.before), std::string(piece.after), !piece.quoted, piece.slot == Slot::kName});
+    }
+  }
+  if (row.in_natural_order && !sorted) sql.append(kOrderBy).append("[ID]");
+  auto statement = database.Prepare(sql);
+  if (!statement) return statement.error();
+  return CatalogueStatement(std::move(*statement), std::move(parameters));
+}
+
+Result<void> CatalogueStatement::Bind(Values values) {
+  statement_.Reset();
+  for (std::size_t at = 0; at < parameters_.size(); ++at) {
+    const Parameter& parameter = parameters_[at];
+    const int position = static_cast<int>(at) + 1;
+    if (parameter.is_name && values[at].find('\'') != std::string_view::npos) {
+      return Error{Failure::kUsage, fmt::format("The group name \"{}\" holds an apostrophe.", values[at]),
+                   "Group names hold letters, digits, blanks and \"-\"."};
+    }
+    Result<void> bound;
+    if (parameter.is_number) {
+      bound = statement_.Bind(position, platform::ParseWholeNumber(values[at]).value_or(0));
+    } else if (parameter.before.empty() && parameter.after.empty()) {
+      bound = statement_.Bind(position, values[at]);
+    } else {
+      scratch_.assign(parameter.before).append(values[at]).append(parameter.after);
+      bound = statement_.Bind(position, scratch_);
+    }
+    if (!bound) return bound;
+  }
+  return {};
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,81 @@
+// Every statement that is issued to the recipient store, as data. Of each row two texts are made: the one that is shown
+// and logged, with the values in it, and the one that is run, in which every value is a parameter, so that nothing
+// a person types can change a statement.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/sqlite.h"
+
+namespace quillcast::recipients {
+
+enum class StatementId : std::uint8_t {
+  kGroupNames,             // no values
+  kFindGroup,              // name
+  kFindDuplicate,          // group key, address
+  kFindRecipient,          // group key, address
+  kAddRecipient,           // group key, eighteen values
+  kImportRecipient,        // group key, eighteen values
+  kAddAddress,             // group key, address
+  kUpdateRecipient,        // eighteen values, recipient key
+  kDeleteRecipient,        // recipient key
+  kFailingSelect,          // recipient key; malformed, and issued all the same
+  kCreateGroup,            // name
+  kRenameGroup,            // new name, old name
+  kDeleteGroup,            // name
+  kDeleteGroupRecipients,  // group key
+  kListNames,              // group key; sort text
+  kListAddresses,          // group key; sort text
+  kListFields,             // group key; sort text
+  kFindEqual,              // group key, term; column
+  kFindContaining,         // group key, term; column
+  kFindStarting,           // group key, term; column
+  kFindEnding,             // group key, term; column
+  kSetSort,                // sort text, group key
+};
+
+using Values = std::span<const std::string_view>;
+
+// The statement as it is told to people: values spliced in, apostrophes doubled except in group names. `extra` is the
+// sort text (empty for none) or the column, for the statements that have one.
+std::string IssuedText(StatementId id, Values values, std::string_view extra = {});
+
+// A statement of the catalogue on a connection, to be given its values once or many times.
+class CatalogueStatement {
+ public:
+  // Fails as the issued text would: a column that does not exist, a sort text that is no list of columns, a malformed
+  // statement. Rows come in the order of their keys unless there is a sort text.
+  static Result<CatalogueStatement> Prepare(platform::Database& database, StatementId id, std::string_view extra = {});
+  // The same with something before the statement: "CREATE TEMP TABLE x AS ".
+  static Result<CatalogueStatement> PrepareAfter(std::string_view before, platform::Database& database, StatementId id,
+                                                 std::string_view extra);
+
+  // As many values as the row of StatementId names. A group name with an apostrophe fails with kUsage, as it would
+  // break the issued text. Resets the statement first.
+  Result<void> Bind(Values values);
+  platform::Statement& rows() { return statement_; }
+
+ private:
+  struct Parameter {
+    std::string before;  // "%" of a pattern
+    std::string after;   // "%", or the blank that some statements have before the closing quote
+    bool is_number;
+    bool is_name;
+  };
+  CatalogueStatement(platform::Statement statement, std::vector<Parameter> parameters)
+      : statement_(std::move(statement)), parameters_(std::move(parameters)) {}
+
+  platform::Statement statement_;
+  std::vector<Parameter> parameters_;
+  std::string scratch_;
+};
+
+// The sort text of a group as a statement takes it: columns of a recipient, in brackets or not, each with ASC or DESC
+// or neither, separated by commas; equal rows keep their natural order. kBadData for anything else.
+Result<std::string> OrderByOf(std::string_view sort_sql);
+
+}  // namespace quillcast::recipients

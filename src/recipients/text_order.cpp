@@ -1,0 +1,128 @@
+#include "recipients/text_order.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "platform/utf8.h"
+
+namespace quillcast::recipients {
+namespace {
+
+struct FoldRange {
+  char32_t first;
+  char32_t last;
+  int stride;
+  int added;
+};
+
+constexpr FoldRange kFoldRanges[] = {
+#include "recipients/case_fold_table.inc"
+};
+
+constexpr char32_t kBehindUnicode = 0x110000;
+
+constexpr std::array<std::uint8_t, 128> kAsciiFold = [] {
+  std::array<std::uint8_t, 128> fold{};
+  for (std::size_t c = 0; c < fold.size(); ++c) fold[c] = static_cast<std::uint8_t>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+  return fold;
+}();
+
+bool IsAsciiByte(char c) { return static_cast<std::uint8_t>(c) < 0x80; }
+std::uint8_t FoldAscii(char c) { return kAsciiFold[static_cast<std::uint8_t>(c)]; }
+
+char32_t Fold(char32_t code) {
+  const auto* range = std::upper_bound(std::begin(kFoldRanges), std::end(kFoldRanges), code,
+                                       [](char32_t value, const FoldRange& row) { return value < row.first; });
+  if (range == std::begin(kFoldRanges)) return code;
+  --range;
+  const bool inside = code <= range->last && (code - range->first) % static_cast<char32_t>(range->stride) == 0;
+  return inside ? static_cast<char32_t>(static_cast<int>(code) + range->added) : code;
+}
+
+// Takes one folded code point off the front of a text that is not empty.
+char32_t TakeFolded(std::string_view& text) {
+  if (IsAsciiByte(text[0])) {
+    const char32_t code = FoldAscii(text[0]);
+    text.remove_prefix(1);
+    return code;
+  }
+  const auto [code, length] = platform::DecodeUtf8(text);
+  const char32_t folded = code == platform::kNotUtf8 ? kBehindUnicode + static_cast<std::uint8_t>(text[0]) : Fold(code);
+  text.remove_prefix(length);
+  return folded;
+}
+
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace
+
+int CompareText(std::string_view a, std::string_view b) {
+  a = WithoutTrailingBlanks(a);
+  b = WithoutTrailingBlanks(b);
+  const std::size_t both = std::min(a.size(), b.size());
+  std::size_t at = 0;
+  for (; at < both && IsAsciiByte(a[at]) && IsAsciiByte(b[at]); ++at) {
+    const int difference = FoldAscii(a[at]) - FoldAscii(b[at]);
+    if (difference != 0) return difference;
+  }
+  a.remove_prefix(at);
+  b.remove_prefix(at);
+  while (!a.empty() && !b.empty()) {
+    const char32_t x = TakeFolded(a);
+    const char32_t y = TakeFolded(b);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
+}
+
+std::uint64_t HashText(std::string_view text) {
+  constexpr std::uint64_t kOffset = 0xCBF29CE484222325;
+  constexpr std::uint64_t kPrime = 0x100000001B3;
+  constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;
+  text = WithoutTrailingBlanks(text);
+  std::uint64_t hash = kOffset;
+  while (!text.empty()) hash = (hash ^ TakeFolded(text)) * kPrime;
+  hash ^= hash >> 32;  // the low bits of such a product depend on few bits of the text
+  hash *= kMix;
+  return hash ^ (hash >> 29);
+}
+
+bool LikeText(std::string_view pattern, std::string_view text) {
+  // After a "%" the shortest run is tried first. Only the last "%" can be wrong about its run, so one place to go back
+  // to is enough.
+  bool seen_run = false;
+  std::string_view pattern_after_run;
+  std::string_view text_after_run;
+  while (!text.empty()) {
+    if (!pattern.empty() && pattern[0] == '%') {
+      pattern.remove_prefix(1);
+      seen_run = true;
+      pattern_after_run = pattern;
+      text_after_run = text;
+      continue;
+    }
+    std::string_view rest = text;
+    const char32_t code = TakeFolded(rest);
+    if (!pattern.empty()) {
+      std::string_view pattern_rest = pattern;
+      const char32_t wanted = TakeFolded(pattern_rest);
+      if (wanted == code || wanted == U'_') {
+        pattern = pattern_rest;
+        text = rest;
+        continue;
+      }
+    }
+    if (!seen_run) return false;
+    TakeFolded(text_after_run);
+    text = text_after_run;
+    pattern = pattern_after_run;
+  }
+  while (!pattern.empty() && pattern[0] == '%') pattern.remove_prefix(1);
+  return pattern.empty();
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,24 @@
+// How the store compares text: case does not matter, nor do blanks at the end. The folding table is frozen here, for
+// the store's indexes depend on the order.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace quillcast::recipients {
+
+// The name under which the store's tables ask for CompareText.
+inline constexpr const char* kCollation = "QUILLCAST";
+
+// A total order as strcmp gives it, by folded code points (Unicode simple case folding). A byte that is not UTF-8
+// stands for itself, behind every code point. Blanks (U+0020) at the end do not count.
+int CompareText(std::string_view a, std::string_view b);
+
+// Texts that CompareText finds equal have the same hash.
+std::uint64_t HashText(std::string_view text);
+
+// Whether the whole text fits the pattern: "%" is any run of characters, "_" any one, the rest itself in any case.
+// Time is at most the product of both lengths; no recursion.
+bool LikeText(std::string_view pattern, std::string_view text);
+
+}  // namespace quillcast::recipients
