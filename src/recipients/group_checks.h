@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "recipients/complaint.h"
+#include "platform/complaint.h"
 #include "recipients/recipient_store.h"
 
 namespace quillcast::recipients {

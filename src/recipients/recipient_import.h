@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/cancel.h"
-#include "recipients/complaint.h"
+#include "platform/complaint.h"
 #include "recipients/import_mapping.h"
 #include "recipients/import_report.h"
 
