@@ -1,0 +1,33 @@
+// Base64 (RFC 4648 section 4, RFC 2045 6.8): whole texts, and streams broken into the lines of a message body.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillcast::mime {
+
+// Without line breaks, padded to a multiple of four.
+void AppendBase64(std::string& out, std::string_view bytes);
+
+// Encodes a stream piece by piece into lines of 76 columns, each ended by CRLF. The result is the same however the
+// stream is cut.
+class Base64LineEncoder {
+ public:
+  void Encode(std::string_view bytes, std::string& out);
+  // Writes what is left as the last, shorter line. The encoder is then ready for another stream.
+  void Finish(std::string& out);
+
+ private:
+  static constexpr std::size_t kLineBytes = 57;  // 76 columns
+
+  std::array<char, kLineBytes> pending_{};
+  std::size_t pending_size_ = 0;
+};
+
+// Blanks and line ends are passed over. Nothing for any other foreign character, wrong padding, or text after it.
+std::optional<std::string> DecodeBase64(std::string_view text);
+
+}  // namespace quillcast::mime

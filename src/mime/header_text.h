@@ -1,0 +1,66 @@
+// Header fields as they go over the wire: folded, encoded where needed, and closed to line breaks from outside.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+#include "mime/charset.h"
+
+namespace quillcast::mime {
+
+// The value of a header field. It cannot hold a line break: control characters become blanks, what is not UTF-8 becomes
+// U+FFFD, and blanks at the ends are dropped.
+class HeaderText {
+ public:
+  HeaderText(std::string_view utf8);                                           // NOLINT(google-explicit-constructor)
+  HeaderText(const std::string& utf8) : HeaderText(std::string_view(utf8)) {}  // NOLINT(google-explicit-constructor)
+  HeaderText(const char* utf8) : HeaderText(std::string_view(utf8)) {}         // NOLINT(google-explicit-constructor)
+
+  std::string_view text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// The encoding of RFC 2047 words. kNone leaves the choice: the shorter one, for each run of words that needs it.
+enum class HeaderEncoding { kNone, kQ, kB };
+
+// True for a field name that may stand before the colon: printable ASCII without blank and colon (RFC 5322 2.2).
+bool IsFieldName(std::string_view name);
+
+// True when the charset holds every character, so that the caller can turn to UTF-8 when it does not.
+bool CanEncode(const Charset& charset, std::string_view utf8);
+
+// "Subject: value" and CRLF, folded at 76 columns where there is a blank to fold at. Words that need it, and words that
+// read like encoded words, are encoded; what the charset lacks becomes "?". `name` is a field name.
+void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value, const Charset& charset,
+                        HeaderEncoding encoding);
+
+// "From: Name <address>" and CRLF; the address alone when there is no name. The address is checked elsewhere; here it
+// only loses what would begin another mailbox or end this one.
+void AppendMailbox(std::string& out, std::string_view name, const HeaderText& display_name, const HeaderText& address,
+                   const Charset& charset, HeaderEncoding encoding);
+
+// Without path separators and control characters; "attachment" when nothing is left.
+std::string SafeFileName(std::string_view utf8);
+
+// Goes on with a Content-Disposition: `;` CRLF ` filename="..."`, and for names that ASCII cannot hold or that are too
+// long for a line the RFC 2231 form beside a plain stand-in. No CRLF at the end. The value passes SafeFileName.
+void AppendParameter(std::string& out, std::string_view attribute, std::string_view file_name);
+
+// Goes on with a Content-Type: `;` CRLF ` name="..."`, with encoded words between the quotes where ASCII is not enough:
+// against RFC 2047 section 5, and what most mail readers look for.
+void AppendNameParameter(std::string& out, std::string_view file_name);
+
+// RFC 5322 3.3: "Fri, 21 Nov 1997 09:55:06 -0600".
+std::string FormatDate(const std::tm& local, long utc_offset_seconds);
+
+// "<...@domain>" from 128 bits of chance. Characters that a domain cannot have are dropped; "localhost" when none stay.
+std::string MakeMessageId(std::uint64_t first, std::uint64_t second, std::string_view domain);
+
+// 26 characters that begin with "=_", which neither quoted-printable nor base64 can contain.
+std::string MakeBoundary(std::uint64_t first, std::uint64_t second);
+
+}  // namespace quillcast::mime
