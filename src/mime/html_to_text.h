@@ -1,0 +1,16 @@
+// A plain-text reading of HTML, for the text part of a message.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillcast::mime {
+
+// Paragraphs and headings stand apart by a blank line; lists have "- " or "1. ", quotations "> ", rules "----"; the
+// cells of a table row are two blanks apart; a link is followed by its target in angle brackets when the text does not
+// say it already; a picture is its alt text. What is not displayed is left out. Lines end in "\n", without blanks
+// before it; empty when there is nothing to read. Merge tags pass unchanged. The HTML is UTF-8. Linear in time, and
+// does not recurse: any depth of nesting will do, of which a few levels are drawn.
+std::string HtmlToText(std::string_view html);
+
+}  // namespace quillcast::mime

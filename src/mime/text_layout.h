@@ -1,0 +1,67 @@
+// Sets running text and block boundaries as lines of plain text: collapsed white space, margins, and line prefixes.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillcast::mime {
+
+class TextLayout {
+ public:
+  enum class Margin { kLine, kBlankLine };
+
+  // Text with its white space collapsed as CSS does; no-break spaces stay, as blanks, except at line starts and ends.
+  void AddText(std::string_view utf8);
+  // Text whose blanks and line ends are kept.
+  void AddPreformatted(std::string_view utf8);
+
+  void Break();
+  // A block begins or ends here.
+  void Block(Margin margin);
+
+  // A table cell that goes on in the line of the one before it.
+  void CellGap();
+  // Until the next text, blocks that begin or end make no line: what a cell wraps its text in.
+  void HoldBlocks() { held_ = true; }
+  // Undoes both, for a block that stands on its own wherever it is.
+  void ReleaseBlocks();
+  // Text for the end of the line that is open, before the boundaries that were announced since.
+  void AppendToLine(std::string_view utf8);
+
+  // What each line begins with from now on: `first` once, then `rest`. Of deep nesting only the outer levels are drawn.
+  void PushPrefix(std::string first, std::string rest);
+  void PopPrefix();
+
+  // Counts up with each line that text begins.
+  std::size_t line_number() const { return line_number_; }
+
+  std::string Finish() &&;
+
+ private:
+  struct Prefix {
+    std::string first;
+    std::string rest;
+    bool used = false;
+  };
+
+  void Put(std::string_view visible);
+  bool at_line_start() const { return line_number_ == 0 || breaks_ > 0 || block_ > 0; }
+  void BeginLine();
+  void EndLine();
+
+  std::string out_;
+  std::vector<Prefix> prefixes_;  // at most kDrawnLevels
+  std::size_t depth_ = 0;         // all levels, drawn or not
+  std::size_t blank_depth_ = 0;   // the shallowest level since the last text, whose prefix blank lines get
+  std::size_t breaks_ = 0;        // line breaks since the last text
+  std::size_t block_ = 0;         // 1: the next text begins a line, 2: after a blank line
+  std::size_t blanks_ = 0;        // to be written before the next text of the line
+  std::size_t line_number_ = 0;
+  bool collapsible_ = false;  // the last of the blanks absorbs further white space
+  bool literal_ = false;      // the blanks count at the start of a line too
+  bool held_ = false;
+};
+
+}  // namespace quillcast::mime
