@@ -1,0 +1,69 @@
+#include "compose/merge_fields.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+#include "platform/utf8.h"
+
+namespace quillcast::compose {
+namespace {
+
+constexpr std::string_view kTagStart = "$*Merge";
+constexpr std::string_view kTagEnd = "*$";
+constexpr std::size_t kLongestTag = 64;
+
+bool NeedsChange(std::string_view value) {
+  return value.find('\r') != std::string_view::npos || value.find('\0') != std::string_view::npos ||
+         !platform::IsUtf8(value);
+}
+
+std::string ForMerge(std::string_view value) {
+  std::string out;
+  while (!value.empty()) {
+    const auto [code, length] = platform::DecodeUtf8(value);
+    if (code == '\r') {
+      out += '\n';
+      if (value.starts_with("\r\n")) value.remove_prefix(1);
+    } else if (code != 0) {
+      platform::AppendUtf8(out, code == platform::kNotUtf8 ? 0xFFFD : code);
+    }
+    value.remove_prefix(length);
+  }
+  return out;
+}
+
+}  // namespace
+
+MergeValues ValuesForMerge(const recipients::Recipient& recipient,
+                           std::array<std::string, kMergeFields.size()>& changed) {
+  MergeValues values;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    values[i] = recipient.values[i];
+    if (NeedsChange(values[i])) values[i] = changed[i] = ForMerge(values[i]);
+  }
+  return values;
+}
+
+std::string ReplaceMergeFields(std::string text, const MergeValues& values) {
+  for (std::size_t i = 0; i < kMergeFields.size(); ++i) {
+    if (text.find(kMergeFields[i].tag) != std::string::npos) {
+      text = platform::ReplaceAll(text, kMergeFields[i].tag, values[i]);
+    }
+  }
+  return text;
+}
+
+std::vector<std::string> UnknownTags(std::string_view text) {
+  std::vector<std::string> unknown;
+  for (auto at = text.find(kTagStart); at != std::string_view::npos; at = text.find(kTagStart, at + 1)) {
+    const auto end = text.substr(at, kLongestTag).find(kTagEnd, kTagStart.size());
+    if (end == std::string_view::npos) continue;
+    const auto tag = text.substr(at, end + kTagEnd.size());
+    const bool known =
+        std::any_of(kMergeFields.begin(), kMergeFields.end(), [&](const auto& f) { return f.tag == tag; });
+    if (!known && std::find(unknown.begin(), unknown.end(), tag) == unknown.end()) unknown.emplace_back(tag);
+  }
+  return unknown;
+}
+
+}  // namespace quillcast::compose

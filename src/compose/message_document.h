@@ -1,0 +1,55 @@
+// The one message that is being composed.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "app/close_step.h"
+#include "app/settings_store.h"
+#include "compose/attachment_list.h"
+#include "platform/prompts.h"
+#include "platform/result.h"
+
+namespace quillcast::compose {
+
+enum class Format { kHtml, kText };
+enum class Priority { kLow, kNormal, kHigh };
+
+struct MessageDocument {
+  std::string subject;
+  std::string html;                   // the body, always kept as HTML
+  std::filesystem::path base_folder;  // what relative references in the HTML start from
+  std::optional<std::string> text;    // a text part of its own, in place of the one made from the HTML
+  Format format = Format::kHtml;
+  AttachmentList attachments;
+  Priority priority = Priority::kNormal;
+  bool read_receipt = false;
+
+  // The body as plain text: `text` where it is given, else made from the HTML. Lines end in "\n".
+  std::string PlainText() const;
+};
+
+// The longest body that is read from a file.
+inline constexpr std::uint64_t kLongestBody = 64 * 1024 * 1024;
+
+// Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
+// is the text with its markup characters escaped). Encodings: a byte-order mark, else UTF-8, else Windows-1252.
+Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
+
+// Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
+std::string HtmlFromText(std::string_view text);
+
+// What picking `chosen` in the format box does: the text that the box then shows. Picking HTML is refused, with a
+// message, while `Advanced` `Encoding` is "Plain". The document itself is never converted.
+Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore& settings, platform::Prompts& prompts);
+
+// The Open command: asks for a file, offers to save changes first, gives the file to load. Nothing when the person
+// cancels on the way.
+std::optional<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts);
+
+// The Save command: not to the preview file, which is never the person's own; to the current file otherwise.
+Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body);
+
+}  // namespace quillcast::compose

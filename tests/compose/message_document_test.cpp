@@ -1,0 +1,135 @@
+// The document: its attachments, its body files, its format box.
+#include "compose/message_document.h"
+
+#include <gtest/gtest.h>
+
+#include "support/scripted_prompts.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::compose {
+namespace {
+
+using platform::Answer;
+using Paths = std::vector<std::string>;
+
+TEST(Attachments, TakeWhatAFileDialogReturns) {
+  struct Case {
+    std::string picked;
+    Paths paths;
+  };
+  using namespace std::string_literals;
+  for (const Case& c : std::initializer_list<Case>{
+           {"", {}},
+           {"/home/ada/a.pdf", {"/home/ada/a.pdf"}},
+           {"/home/ada\0a.pdf\0b.pdf"s, {"/home/ada/a.pdf", "/home/ada/b.pdf"}},
+           {"/\0a.pdf\0A.pdf"s, {"/a.pdf", "/A.pdf"}},
+           {"/home/ada\0a.pdf\0a.pdf\0\0"s, {"/home/ada/a.pdf"}},
+       }) {
+    AttachmentList list;
+    list.AddPicked(c.picked);
+    EXPECT_EQ(list.paths(), c.paths);
+    list.AddPicked(c.picked);
+    EXPECT_EQ(list.paths(), c.paths) << "picked twice";
+  }
+}
+
+TEST(Attachments, AreDeletedAfterTheChecksInTheirOrder) {
+  AttachmentList list;
+  test::ScriptedPrompts prompts;
+  EXPECT_EQ(DeleteAttachment(list, "", prompts), AttachmentDeletion::kNothingToDelete);
+  list.Add("/a");
+  list.Add("/b");
+  EXPECT_EQ(DeleteAttachment(list, "", prompts), AttachmentDeletion::kNothingShown);
+  EXPECT_EQ(DeleteAttachment(list, "/a", prompts), AttachmentDeletion::kKept);
+  prompts.answers = {Answer::kYes};
+  EXPECT_EQ(DeleteAttachment(list, "/a", prompts), AttachmentDeletion::kDeleted);
+  EXPECT_EQ(list.paths(), Paths{"/b"});
+  EXPECT_EQ(prompts.shown,
+            (std::vector<std::string>{"warn: There is no file to delete.", "warn: Please specify a file to delete.",
+                                      "ask: Are you sure you want to delete '/a'?",
+                                      "ask: Are you sure you want to delete '/a'?"}));
+}
+
+TEST(Body, IsReadInTheEncodingThatItHas) {
+  const test::TemporaryFolder folder;
+  struct Case {
+    const char* name;
+    std::string bytes;
+    const char* html;
+  };
+  using namespace std::string_literals;
+  for (const Case& c : std::initializer_list<Case>{
+           {"utf8.html", "<p>caf\xC3\xA9", "<p>caf\xC3\xA9"},
+           {"bom.html", "\xEF\xBB\xBF<p>", "<p>"},
+           {"windows.htm", "<p>caf\xE9 \x80", "<p>caf\xC3\xA9 \xE2\x82\xAC"},
+           {"utf16le.html", "\xFF\xFE<\0p\0>\0\xE9\0\x3D\xD8\x00\xDE"s, "<p>\xC3\xA9\xF0\x9F\x98\x80"},
+           {"utf16be.html", "\xFE\xFF\0<\0p\0>\0\xE9"s, "<p>\xC3\xA9"},
+           {"text.TXT", "a < b & c\r\nd\n", "a &lt; b &amp; c<br>\nd<br>\n"},
+       }) {
+    MessageDocument document;
+    ASSERT_TRUE(LoadBody(document, folder.Write(c.name, c.bytes))) << c.name;
+    EXPECT_EQ(document.html, c.html) << c.name;
+    EXPECT_EQ(document.format, std::string(c.name) == "text.TXT" ? Format::kText : Format::kHtml) << c.name;
+    EXPECT_EQ(document.base_folder, folder.path());
+  }
+  MessageDocument document;
+  for (const auto& bad : {folder / "missing.html", folder.path(), std::filesystem::path("/dev/null")}) {
+    const auto loaded = LoadBody(document, bad);
+    ASSERT_FALSE(loaded) << bad;
+    EXPECT_EQ(loaded.error().failure, Failure::kNoInput) << bad;
+    EXPECT_NE(loaded.error().what.find(bad.string()), std::string::npos) << loaded.error().what;
+  }
+}
+
+TEST(FormatBox, SpringsBackWhileTheEncodingIsPlain) {
+  const test::TemporaryFolder folder;
+  app::SettingsStore settings(folder / "settings.db");
+  test::ScriptedPrompts prompts;
+  EXPECT_EQ(*PickFormat("HTML", settings, prompts), "HTML");
+  ASSERT_TRUE(settings.Write("Advanced", "Encoding", "Plain"));
+  EXPECT_EQ(*PickFormat("Text", settings, prompts), "Text");
+  EXPECT_TRUE(prompts.shown.empty());
+  EXPECT_EQ(*PickFormat("HTML", settings, prompts), "Text");
+  EXPECT_EQ(prompts.shown, (std::vector<std::string>{"warn: You cannot send an HTML message using UUencoding.\r\n"
+                                                     "First change the encoding format in the advanced window."}));
+}
+
+class FakeDocument final : public app::EditedDocument {
+ public:
+  std::filesystem::path name;
+  std::vector<std::filesystem::path> saved;
+  bool HasUnsavedChanges() const override { return true; }
+  std::filesystem::path FileName() const override { return name; }
+  Result<void> SaveTo(const std::filesystem::path& file) override {
+    saved.push_back(file);
+    return {};
+  }
+};
+
+TEST(Document, IsNeverSavedOverThePreview) {
+  FakeDocument document;
+  document.name = "/t/Preview.htm";
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm"));
+  EXPECT_TRUE(document.saved.empty());
+  document.name = "/t/letter.htm";
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm"));
+  EXPECT_EQ(document.saved.size(), 1U);
+}
+
+TEST(Document, OpeningOffersToSaveFirst) {
+  FakeDocument document;
+  document.name = "/d/current.html";
+  test::ScriptedPrompts prompts;
+  EXPECT_FALSE(PickDocumentToOpen(document, prompts)) << "nothing picked";
+  EXPECT_EQ(prompts.shown, std::vector<std::string>{"open: Open"}) << "asked about saving before a file was picked";
+  prompts.files = {"/d/next.html"};
+  prompts.answers = {Answer::kCancel, Answer::kNo, Answer::kYes};
+  EXPECT_FALSE(PickDocumentToOpen(document, prompts));
+  EXPECT_EQ(PickDocumentToOpen(document, prompts), "/d/next.html");
+  EXPECT_TRUE(document.saved.empty());
+  EXPECT_EQ(PickDocumentToOpen(document, prompts), "/d/next.html");
+  EXPECT_EQ(document.saved, std::vector<std::filesystem::path>{"/d/current.html"});
+}
+
+}  // namespace
+}  // namespace quillcast::compose
