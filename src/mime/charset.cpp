@@ -30,7 +30,7 @@ constexpr std::array kRows = {
     CharsetRow{"utf-8", CharsetKind::kUtf8, nullptr, {"utf8", "unicode-1-1-utf-8"}},
     CharsetRow{"us-ascii", CharsetKind::kAscii, nullptr, {"ascii", "ansi_x3.4-1968", "iso646-us"}},
     CharsetRow{"iso-8859-1", CharsetKind::kLatin1, nullptr, {"latin1", "iso_8859-1", "l1"}},
-    CharsetRow{"windows-1252", CharsetKind::kWindows1252, nullptr, {"cp1252", "x-cp1252", "x-ansi"}},
+    CharsetRow{"Windows-1252", CharsetKind::kWindows1252, nullptr, {"cp1252", "x-cp1252", "x-ansi"}},
     CharsetRow{"iso-8859-2", CharsetKind::kConverter, "ibm-912_P100-1995", {"latin2", "iso_8859-2", "l2"}},
     CharsetRow{"iso-8859-15", CharsetKind::kConverter, "ibm-923_P100-1998", {"latin-9", "iso_8859-15"}},
     CharsetRow{"windows-1250", CharsetKind::kConverter, "ibm-5346_P100-1998", {"cp1250", "x-cp1250"}},

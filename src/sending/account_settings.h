@@ -1,0 +1,91 @@
+// The one mail account: its settings as they are stored, their defaults, their choices and their checks.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "app/settings_store.h"
+#include "platform/complaint.h"
+#include "platform/result.h"
+
+namespace quillcast::sending {
+
+inline constexpr const char* kAccountSection = "Account";
+
+// In the order in which they are loaded and saved; our own keys come after the others.
+enum class AccountKey {
+  kName,
+  kEmail,
+  kServer,
+  kPort,
+  kAuth,
+  kUsername,
+  kPassword,
+  kAuthMode,
+  kPipeline,
+  kNoAuth,
+  kBoundary,
+  kTimeout,
+  kMethod,
+  kToField,
+  kBccField,
+  kThirdField,
+  kThirdPath,
+  kHeaderEncoding,
+  kEncoding,
+  kAttachmentEncoding,
+  kCharSet,
+  kAutoWrap,
+  kWrap,
+  kTextPart,
+  kExtended,
+  kDsnNotify,
+  kDsnReturn,
+  kSecurity,
+  kCount
+};
+
+struct AccountKeyRow {
+  AccountKey key;
+  std::string_view name;                      // in the store, and on the command line
+  std::string_view control;                   // the control of the dialog that edits it
+  std::string_view fallback;                  // when the store has none
+  std::span<const std::string_view> choices;  // what it may be; empty for free text
+};
+
+std::span<const AccountKeyRow> AccountKeyRows();
+const AccountKeyRow& RowOf(AccountKey key);
+// The row with this name, without regard to ASCII case.
+const AccountKeyRow* FindAccountKey(std::string_view name);
+
+// The texts as stored. Nothing is cached between runs: load them anew for each.
+class AccountSettings {
+ public:
+  AccountSettings();  // the defaults
+
+  static Result<AccountSettings> Load(const app::SettingsStore& store);
+  // Writes every key, in order.
+  Result<void> Save(app::SettingsStore& store) const;
+
+  const std::string& operator[](AccountKey key) const { return values_[static_cast<std::size_t>(key)]; }
+  void Set(AccountKey key, std::string value) { values_[static_cast<std::size_t>(key)] = std::move(value); }
+  bool IsOn(AccountKey key) const { return (*this)[key] == "1"; }
+  int TimeoutSeconds() const;  // 60 to 600; 60 where the stored text is no number of minutes from 1 to 10
+
+ private:
+  std::array<std::string, static_cast<std::size_t>(AccountKey::kCount)> values_;
+};
+
+// The checks before saving, in their order; the first that fails. The refusal of the address has no message.
+std::optional<Complaint> CheckAccount(const AccountSettings& account);
+
+// What the dialog would tidy although it was stored as asked; for a note on the command line. Empty when nothing.
+std::string TidiedByDialog(const AccountSettings& account);
+
+// A value that this version does not serve yet, in words; a run refuses to start with it rather than ignore it.
+std::optional<Error> UnservedSetting(const AccountSettings& account, std::string_view advanced_encoding);
+
+}  // namespace quillcast::sending

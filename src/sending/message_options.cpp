@@ -1,0 +1,123 @@
+#include "sending/message_options.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "app/version.h"
+#include "compose/charset_table.h"
+#include "platform/text.h"
+#include "recipients/envelope_address.h"
+#include "recipients/recipient.h"
+
+namespace quillcast::sending {
+namespace {
+
+using enum AccountKey;
+
+// The position of the stored text among the choices of its key, where the position is the meaning.
+Result<std::size_t> ChoiceOf(const AccountSettings& account, AccountKey key) {
+  const auto& row = RowOf(key);
+  const auto found = std::find(row.choices.begin(), row.choices.end(), account[key]);
+  if (found != row.choices.end()) return static_cast<std::size_t>(found - row.choices.begin());
+  return Error{Failure::kNotConfigured,
+               fmt::format("The account's {} is \"{}\", which is none of its choices.", row.name,
+                           platform::Printable(account[key], 80)),
+               fmt::format("Choose one: {}.", fmt::join(row.choices, ", "))};
+}
+
+template <typename Enum>
+Result<Enum> ChosenEnum(const AccountSettings& account, AccountKey key) {
+  const auto choice = ChoiceOf(account, key);
+  if (!choice) return choice.error();
+  return static_cast<Enum>(*choice);
+}
+
+Result<std::uint16_t> PortFrom(std::string_view text) {
+  const auto port = platform::ParseWholeNumber(text);
+  if (port && *port >= 1 && *port <= 65535) return static_cast<std::uint16_t>(*port);
+  return Error{Failure::kNotConfigured,
+               fmt::format("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
+               "A port is a number from 1 to 65535: quillcast account set Port=587"};
+}
+
+Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
+  smtp::Server server{std::string(entry), port};
+  std::string_view port_text;
+  if (entry.starts_with('[')) {
+    const auto end = entry.find(']');
+    server.host = entry.substr(1, end == std::string_view::npos ? end : end - 1);
+    if (end != std::string_view::npos && entry.substr(end + 1).starts_with(':')) port_text = entry.substr(end + 2);
+  } else if (std::count(entry.begin(), entry.end(), ':') == 1) {  // more of them: a bare IPv6 address
+    server.host = platform::Trim(entry.substr(0, entry.find(':')));
+    port_text = entry.substr(entry.find(':') + 1);
+  }
+  if (port_text.empty()) return server;
+  const auto own_port = PortFrom(port_text);
+  if (!own_port) return own_port.error();
+  server.port = *own_port;
+  return server;
+}
+
+}  // namespace
+
+std::string MailerName() {
+  return fmt::format("Tarnwick Quillcast Classic {}.{}", app::kVersionMajor, app::kVersionMinor);
+}
+
+Result<MessageOptions> MessageOptionsOf(const AccountSettings& account) {
+  const auto charset = mime::FindCharset(compose::MimeNameOf(account[kCharSet]));
+  if (!charset) {
+    return Error{Failure::kNotConfigured,
+                 fmt::format("The account's CharSet is \"{}\", which is no known character set.",
+                             platform::Printable(account[kCharSet], 80)),
+                 "Choose one, for example: quillcast account set CharSet='Unicode (UTF-8)'"};
+  }
+  auto sender = recipients::EnvelopeAddress(account[kEmail]);
+  if (!sender) return sender.error();
+  const auto name_field = ChoiceOf(account, kToField);
+  if (!name_field) return name_field.error();
+  const auto header_encoding = ChosenEnum<mime::HeaderEncoding>(account, kHeaderEncoding);
+  if (!header_encoding) return header_encoding.error();
+  const auto notify = ChosenEnum<smtp::DsnNotify>(account, kDsnNotify);
+  if (!notify) return notify.error();
+  const auto dsn_return = ChosenEnum<smtp::DsnReturn>(account, kDsnReturn);
+  if (!dsn_return) return dsn_return.error();
+  return MessageOptions{.sender_name = account[kName],
+                        .sender_address = std::move(*sender),
+                        .name_field = *name_field,
+                        .charset = *charset,
+                        .header_encoding = *header_encoding,
+                        .text_part = account.IsOn(kTextPart),
+                        .notify = *notify,
+                        .dsn_return = *dsn_return};
+}
+
+Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
+  smtp::ClientOptions options;
+  const auto port = PortFrom(account[kPort]);
+  if (!port) return port.error();
+  for (const auto entry : platform::Split(account[kServer], ';')) {
+    if (platform::Trim(entry).empty()) continue;
+    auto server = ServerFrom(platform::Trim(entry), *port);
+    if (!server) return server.error();
+    options.servers.push_back(std::move(*server));
+  }
+  const auto security = ChosenEnum<smtp::Security>(account, kSecurity);
+  if (!security) return security.error();
+  const auto auth_mode = ChosenEnum<smtp::AuthMode>(account, kAuthMode);
+  if (!auth_mode) return auth_mode.error();
+  options.security = *security;
+  options.auth_mode = *auth_mode;
+  options.sign_in = account.IsOn(kAuth);
+  options.user = account[kUsername];
+  options.password = account[kPassword];
+  options.send_without_auth = account.IsOn(kNoAuth);
+  options.extended = account.IsOn(kExtended);
+  options.pipeline = account.IsOn(kPipeline);
+  options.timeout = std::chrono::seconds(account.TimeoutSeconds());
+  return options;
+}
+
+}  // namespace quillcast::sending

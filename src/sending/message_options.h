@@ -1,0 +1,37 @@
+// What the account contributes to every message of a run.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "mime/charset.h"
+#include "mime/header_text.h"
+#include "platform/result.h"
+#include "sending/account_settings.h"
+#include "smtp/client.h"
+#include "smtp/envelope.h"
+
+namespace quillcast::sending {
+
+struct MessageOptions {
+  std::string sender_name;
+  std::string sender_address;  // bare
+  std::size_t name_field = 0;  // whose value becomes the recipient's display name; 0, the address, for none
+  mime::Charset charset = mime::Charset::Utf8();
+  mime::HeaderEncoding header_encoding = mime::HeaderEncoding::kNone;
+  bool text_part = true;
+  smtp::DsnNotify notify = smtp::DsnNotify::kNone;
+  smtp::DsnReturn dsn_return = smtp::DsnReturn::kNone;
+};
+
+// Fails with kNotConfigured for a value that cannot be used, naming it.
+Result<MessageOptions> MessageOptionsOf(const AccountSettings& account);
+
+// The connection that the account describes. "host", "host:port" and "[v6]:port" are understood in the server list;
+// blanks round entries and empty entries are passed over.
+Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account);
+
+// "Tarnwick Quillcast Classic 1.0".
+std::string MailerName();
+
+}  // namespace quillcast::sending

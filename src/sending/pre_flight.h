@@ -1,0 +1,39 @@
+// A look over a group before a run: what the person may not have meant.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "compose/merge_fields.h"
+#include "compose/message_document.h"
+#include "recipients/recipient_store.h"
+#include "sending/message_template.h"
+
+namespace quillcast::sending {
+
+struct PreFlight {
+  // For each field that the message uses: how many recipients have it empty, and the first of them.
+  struct EmptyField {
+    std::size_t field = 0;
+    std::int64_t recipients = 0;
+    std::string first;
+  };
+  std::vector<EmptyField> empty_fields;
+  std::vector<std::string> unknown_tags;
+  // Recipients with "<" or "&" in a value that an HTML message uses; they go in as they stand.
+  std::int64_t markup_values = 0;
+  std::string first_with_markup;
+  std::int64_t without_address = 0;  // entries from which no address can be read
+  std::int64_t recipients = 0;
+  std::uint64_t largest_message = 0;  // octets, of those rendered
+};
+
+// Reads the whole group once, in constant memory, and renders the first recipient's message for its size.
+Result<PreFlight> LookOver(recipients::RecipientCursor rows, const compose::MessageDocument& document,
+                           const MessageTemplate& message);
+
+// The findings as sentences, one a line each; empty when there is nothing to say but the size.
+std::vector<std::string> Describe(const PreFlight& findings);
+
+}  // namespace quillcast::sending

@@ -1,0 +1,197 @@
+// The account: what is stored, which checks refuse it, what this version does not serve.
+#include "sending/account_settings.h"
+
+#include <gtest/gtest.h>
+
+#include "sending/message_options.h"
+#include "sending/send_status.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::sending {
+namespace {
+
+using enum AccountKey;
+
+AccountSettings Good() {
+  AccountSettings account;
+  account.Set(kName, "Ada");
+  account.Set(kEmail, "ada@example.org");
+  account.Set(kServer, "mail.example.org");
+  return account;
+}
+
+TEST(Account, StartsFromItsDefaultsAndComesBackAsSaved) {
+  const test::TemporaryFolder folder;
+  app::SettingsStore store(folder / "settings.db");
+  auto loaded = AccountSettings::Load(store);
+  ASSERT_TRUE(loaded);
+  const std::vector<std::string> defaults = {"",
+                                             "",
+                                             "",
+                                             "25",
+                                             "0",
+                                             "",
+                                             "",
+                                             "AUTH LOGIN",
+                                             "0",
+                                             "0",
+                                             "0",
+                                             "1",
+                                             "Personal",
+                                             "Email Address",
+                                             "Group",
+                                             "Quiksoft SMTP Express Service",
+                                             "",
+                                             "None",
+                                             "Quoted Printable",
+                                             "Base 64",
+                                             "Western European (Windows)",
+                                             "0",
+                                             "76",
+                                             "1",
+                                             "0",
+                                             "Do not send command to server",
+                                             "Do not send command to server",
+                                             "Automatic"};
+  for (const auto& row : AccountKeyRows()) {
+    EXPECT_EQ((*loaded)[row.key], defaults[static_cast<std::size_t>(row.key)]) << row.name;
+  }
+  AccountSettings account = Good();
+  account.Set(kPassword, "p'\"\\ \xC3\xA9\t");
+  ASSERT_TRUE(account.Save(store));
+  loaded = AccountSettings::Load(store);
+  for (const auto& row : AccountKeyRows()) EXPECT_EQ((*loaded)[row.key], account[row.key]) << row.name;
+}
+
+TEST(Account, TheFirstCheckThatFailsIsTold) {
+  struct Case {
+    std::vector<std::pair<AccountKey, const char*>> set;
+    const char* message;
+    const char* control;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{{kName, ""}, {kEmail, ""}}, "Please enter your name.", "FullNameTextBox"},
+           {{{kEmail, "ada"}, {kServer, ""}}, "", "EmailTextBox"},
+           {{{kServer, ""}, {kPort, ""}}, "Please enter your mail server.", "ServerTextBox"},
+           {{{kPort, ""}}, "Please enter your port.", "PortTextBox"},
+           {{{kPort, "x"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, "0"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, "65536"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kAuth, "1"}}, "You must enter the username.", "UsernameTextBox"},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kTimeout, ""}}, "You must enter the password.", "PasswordTextBox"},
+           {{{kTimeout, ""}}, "Please enter your timeout.", "TimeoutTextBox"},
+           {{{kTimeout, "11"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
+           {{{kTimeout, "0"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
+           {{{kMethod, "Bulk"}, {kBccField, ""}}, "You must enter the BCC Field.", "BCCFieldTextBox"},
+           {{{kMethod, "Third"}, {kWrap, ""}}, "You must enter the queue directory.", "ThirdCommandButton"},
+           {{{kWrap, ""}}, "Please enter your wrap characters.", "WrapTextBox"},
+           {{{kWrap, "31"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+           {{{kWrap, "129"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+       }) {
+    AccountSettings account = Good();
+    for (const auto& [key, value] : c.set) account.Set(key, value);
+    const auto complaint = CheckAccount(account);
+    ASSERT_TRUE(complaint) << c.message << c.control;
+    EXPECT_EQ(complaint->message, c.message);
+    EXPECT_EQ(complaint->control, c.control);
+  }
+  for (const auto& [key, value] : std::initializer_list<std::pair<AccountKey, const char*>>{
+           {kPort, "1"}, {kPort, "65535"}, {kTimeout, "10"}, {kWrap, "32"}, {kWrap, "128"}, {kBccField, ""}}) {
+    AccountSettings account = Good();
+    account.Set(key, value);
+    EXPECT_FALSE(CheckAccount(account)) << value;
+  }
+}
+
+TEST(Account, WhatIsNotServedIsRefusedInWords) {
+  EXPECT_FALSE(UnservedSetting(Good(), "MIME"));
+  EXPECT_FALSE(UnservedSetting(Good(), "other"));
+  for (const auto& [key, value] :
+       std::initializer_list<std::pair<AccountKey, const char*>>{{kCharSet, "Greek (ISO)"},
+                                                                 {kCharSet, "unicode (utf-8)"},
+                                                                 {kEncoding, "None"},
+                                                                 {kAttachmentEncoding, "Base 65"},
+                                                                 {kBoundary, "1"},
+                                                                 {kEncoding, "Base 64"}}) {
+    AccountSettings account = Good();
+    account.Set(key, value);
+    const auto refused = UnservedSetting(account, "MIME");
+    ASSERT_TRUE(refused) << value;
+    EXPECT_NE(refused->what.find(value), std::string::npos) << refused->what;
+    EXPECT_FALSE(refused->remedy.empty());
+  }
+  EXPECT_TRUE(UnservedSetting(Good(), "Plain"));
+  AccountSettings account = Good();
+  account.Set(kAuthMode, "NTLM");
+  EXPECT_FALSE(UnservedSetting(account, "MIME")) << "without Auth the mode does not matter";
+  account.Set(kAuth, "1");
+  EXPECT_TRUE(UnservedSetting(account, "MIME"));
+}
+
+TEST(Account, GivesTheConnection) {
+  AccountSettings account = Good();
+  account.Set(kServer, " a.example ; ;b.example:2525;[::1]:26;fe80::1; 10.0.0.1 : 27");
+  account.Set(kPort, "587");
+  account.Set(kTimeout, "10");
+  account.Set(kSecurity, "TLS");
+  const auto options = ClientOptionsOf(account);
+  ASSERT_TRUE(options);
+  std::vector<std::string> servers;
+  for (const auto& server : options->servers) servers.push_back(server.host + " " + std::to_string(server.port));
+  EXPECT_EQ(servers,
+            (std::vector<std::string>{"a.example 587", "b.example 2525", "::1 26", "fe80::1 587", "10.0.0.1 27"}));
+  EXPECT_EQ(options->timeout, std::chrono::seconds(600));
+  EXPECT_EQ(options->security, smtp::Security::kTls);
+
+  for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
+    account.Set(kServer, bad);
+    EXPECT_FALSE(ClientOptionsOf(account)) << bad;
+  }
+}
+
+TEST(Account, GivesTheMessage) {
+  AccountSettings account = Good();
+  account.Set(kToField, "First Name");
+  account.Set(kDsnNotify, "Notify me if message is delayed");
+  account.Set(kDsnReturn, "Return the full message");
+  account.Set(kHeaderEncoding, "Base 64");
+  account.Set(kEmail, "Ada <ada@example.org>");
+  const auto options = MessageOptionsOf(account);
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->sender_address, "ada@example.org");
+  EXPECT_EQ(options->name_field, 2U);
+  EXPECT_EQ(options->notify, smtp::DsnNotify::kDelay);
+  EXPECT_EQ(options->dsn_return, smtp::DsnReturn::kFull);
+  EXPECT_EQ(options->header_encoding, mime::HeaderEncoding::kB);
+  account.Set(kToField, "Shoe Size");
+  EXPECT_FALSE(MessageOptionsOf(account));
+}
+
+TEST(SendStatus, GivesTheTextsToTheLetter) {
+  for (const auto& [code, text] : std::initializer_list<std::pair<int, const char*>>{
+           {0, "Error 0: Unknown Error."},
+           {1, "Error 1: An exception has occurred."},
+           {2, "Error 2: Unknown Error."},
+           {6, "Error 6: There was an error terminating the conversation with the SMTP mail server."},
+           {8,
+            "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to handle "
+            "mail for unknown recipients."},
+           {11,
+            "Error 11: There was an error reading a file. If you have specified file attachments, ensure that they "
+            "exist and the you have access to them."},
+           {12, "Error 12: Unknown Error."},
+           {23, "Error 23: Unknown Error."},
+           {27, "Error 27: Socket Timeout Error."},
+           {28, "Error 28: Unknown Error."},
+           {-5, "Error -5: Unknown Error."}}) {
+    EXPECT_EQ(ResultText(code), text);
+    EXPECT_EQ(WriteSendStatus(code), std::string("There was an error sending your message.\r\n") + text);
+    EXPECT_EQ(TestResultText(code), code == 6 ? "Error 6: Unknown Error." : text);
+  }
+  EXPECT_EQ(BodyImportText(1), "Error 1: Failure opening file.");
+  EXPECT_EQ(BodyImportText(101), "Error 101: Exception was thrown during parsing.");
+  EXPECT_EQ(BodyImportText(4), "");
+}
+
+}  // namespace
+}  // namespace quillcast::sending

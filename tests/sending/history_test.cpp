@@ -1,0 +1,160 @@
+// History names, listing, opening and clearing; and the checks before a run.
+#include "sending/history.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/file_attributes.h"
+#include "sending/pre_send_checks.h"
+#include "support/fake_clock.h"
+#include "support/scripted_prompts.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::sending {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::Answer;
+
+class RecordingDesktop final : public platform::Desktop {
+ public:
+  std::vector<fs::path> opened;
+  Result<void> OpenFile(const fs::path& file) override {
+    opened.push_back(file);
+    return {};
+  }
+};
+
+TEST(History, NamesARunByItsMomentAndItsSubject) {
+  const std::tm moment = test::FakeClock().Local(test::FakeClock().now);
+  struct Case {
+    std::string subject;
+    std::string base;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"Re: Offer_2026!", "07-03-2026_09-05-07_Re Offer2026"},
+           {"", "07-03-2026_09-05-07_No Subject"},
+           {"?!_./", "07-03-2026_09-05-07_No Subject"},
+           {"../../etc/passwd", "07-03-2026_09-05-07_etcpasswd"},
+           {"Привет, Ada - 5", "07-03-2026_09-05-07_ Ada - 5"},
+           {std::string(100, 'x'), "07-03-2026_09-05-07_" + std::string(64, 'x')},
+       }) {
+    EXPECT_EQ(HistoryBaseName(moment, c.subject), c.base);
+  }
+}
+
+TEST(History, TwoRunsInOneSecondTakeDifferentNames) {
+  const test::TemporaryFolder folder;
+  const test::FakeClock clock;
+  folder.Write("07-03-2026_09-05-08_Hello.eml", "left by a run whose report is gone");
+  std::vector<std::string> bases;
+  for (int run = 0; run < 2; ++run) {
+    auto entry = BeginHistoryEntry(folder.path(), clock, "Hello");
+    ASSERT_TRUE(entry);
+    EXPECT_TRUE(fs::exists(folder / (entry->base + ".txt")));
+    bases.push_back(entry->base);
+  }
+  EXPECT_EQ(bases, (std::vector<std::string>{"07-03-2026_09-05-07_Hello", "07-03-2026_09-05-09_Hello"}));
+  EXPECT_FALSE(BeginHistoryEntry(folder / "missing", clock, "Hello"));
+}
+
+TEST(History, ListsReportsAndMakesThemWritable) {
+  const test::TemporaryFolder folder;
+  for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"}) {
+    folder.Write(name, "x");
+  }
+  fs::permissions(folder / "one.txt", fs::perms::owner_read);
+  auto rows = ListHistory(folder.path());
+  ASSERT_TRUE(rows);
+  std::vector<std::string> texts;
+  for (const auto& row : *rows) texts.push_back(row.text);
+  std::sort(texts.begin(), texts.end());
+  EXPECT_EQ(texts, (std::vector<std::string>{"Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello",
+                                             "Date = a  -  Time = b - Subject = c", "Date = one",
+                                             "Date = two  -  Time = parts"}));
+  EXPECT_FALSE(platform::IsLocked(folder / "one.txt"));
+}
+
+TEST(History, OpensWhatIsThereAndSaysWhatIsNot) {
+  const test::TemporaryFolder folder;
+  folder.Write("a_b_c.txt", "x");
+  folder.Write("a_b_c.eml", "x");
+  RecordingDesktop desktop;
+  test::ScriptedPrompts prompts;
+  ASSERT_TRUE(OpenLog(folder.path(), {"a_b_c.txt", ""}, desktop, prompts));
+  ASSERT_TRUE(OpenMessage(folder.path(), {"a_b_c.txt", ""}, desktop, prompts));
+  EXPECT_EQ(desktop.opened, (std::vector<fs::path>{folder / "a_b_c.txt", folder / "a_b_c.eml"}));
+  ASSERT_TRUE(OpenLog(folder.path(), {"gone.txt", ""}, desktop, prompts));
+  ASSERT_TRUE(OpenMessage(folder.path(), {"gone.txt", ""}, desktop, prompts));
+  EXPECT_EQ(prompts.shown, (std::vector<std::string>{"warn: Server Log is not available.",
+                                                     "warn: Original Message is not available."}));
+}
+
+TEST(History, IsClearedWholeOrNotAtAll) {
+  const test::TemporaryFolder folder;
+  for (const char* name : {"a_b_c.txt", "a_b_c.eml", "holiday.jpg"}) folder.Write(name, "x");
+  fs::permissions(folder / "holiday.jpg", fs::perms::owner_read);
+  test::ScriptedPrompts prompts;
+  EXPECT_EQ(ClearHistory(folder.path(), prompts).clearing, Clearing::kKept);
+  EXPECT_TRUE(fs::exists(folder / "a_b_c.txt"));
+  prompts.answers = {Answer::kYes};
+  const auto cleared = ClearHistory(folder.path(), prompts);
+  EXPECT_EQ(cleared.deleted, 3U);
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  EXPECT_EQ(prompts.shown.front(), "ask: Are you sure you want to delete your history?");
+}
+
+TEST(PreSendChecks, RunInTheirOrder) {
+  const MailingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
+  constexpr const char* kReply =
+      "ask: Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
+      "You should be sure that you know what you are doing.\r\nAre you sure you want to continue?";
+  constexpr const char* kNoSubject = "ask: This message has no subject. Are you sure you want to send it?";
+  constexpr const char* kEmpty = "ask: Are you sure you want to send an empty message?";
+  constexpr const char* kNobody = "warn: The selected group does not contain any recipients.";
+  struct Case {
+    const char* name;
+    MailingFacts facts;
+    std::deque<Answer> answers;
+    std::optional<std::string> control;
+    std::vector<std::string> shown;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"good", good, {}, {}, {}},
+           {"no account",
+            {false, {}, "", 0, "", ""},
+            {},
+            "EmailButton",
+            {"warn: Please fill out the Mail Account section in Email Manager."}},
+           {"no groups",
+            {true, {}, "", 0, "", ""},
+            {},
+            "GroupButton",
+            {"warn: Please create at least one group of recipients."}},
+           {"none chosen",
+            {true, {"A"}, "", 0, "", ""},
+            {},
+            "GroupButton",
+            {"warn: Please specify a group in the To field."}},
+           {"no subject, no", {true, {"A"}, "A", 0, "", ""}, {Answer::kNo}, "SubjectTextBox", {kNoSubject}},
+           {"everything, yes",
+            {true, {"A"}, "A", 0, "", " \r\n "},
+            {Answer::kYes, Answer::kYes},
+            "GroupButton",
+            {kNoSubject, kEmpty, kNobody}},
+           {"re:", {true, {"A"}, "A", 1, "re: x", "t"}, {Answer::kNo}, "SubjectTextBox", {kReply}},
+           {"Fw :", {true, {"A"}, "A", 1, "Fw :x", "t"}, {Answer::kYes}, {}, {kReply}},
+           {"re-", {true, {"A"}, "A", 1, "re- x", "t"}, {}, {}, {}},
+           {"RE  :", {true, {"A"}, "A", 1, "RE  : x", "t"}, {}, {}, {}},
+           {"empty body", {true, {"A"}, "A", 1, "x", ""}, {Answer::kNo}, "Editor", {kEmpty}},
+           {"a tab is a body", {true, {"A"}, "A", 1, "x", "\t"}, {}, {}, {}},
+       }) {
+    test::ScriptedPrompts prompts;
+    prompts.answers = c.answers;
+    EXPECT_EQ(CheckBeforeSending(c.facts, prompts), c.control) << c.name;
+    EXPECT_EQ(prompts.shown, c.shown) << c.name;
+    EXPECT_TRUE(prompts.answers.empty()) << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::sending
