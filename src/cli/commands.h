@@ -1,4 +1,4 @@
-// The commands, each in the file of its name: adds it, its options and its action to the program.
+// The commands, one file each. Each is added to the command line with its options and its action.
 #pragma once
 
 #include "cli/context.h"
@@ -8,5 +8,11 @@ namespace quillcast::cli {
 void AddGroupCommand(CLI::App& app, Context& context);
 void AddRecipientCommand(CLI::App& app, Context& context);
 void AddImportCommand(CLI::App& app, Context& context);
+void AddAccountCommand(CLI::App& app, Context& context);
+void AddPreviewCommand(CLI::App& app, Context& context);
+void AddSendCommand(CLI::App& app, Context& context);
+void AddHistoryCommand(CLI::App& app, Context& context);
+void AddMailboxCommand(CLI::App& app, Context& context);
+void AddDemoCommand(CLI::App& app, Context& context);
 
 }  // namespace quillcast::cli

@@ -1,14 +1,13 @@
 // quillcast mailbox: the built-in mail server.
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/secret_input.h"
 #include "net/listener.h"
-#include "platform/file.h"
 #include "platform/text.h"
 #include "smtp/mailbox_server.h"
 
@@ -51,17 +50,6 @@ Result<void> AddRules(const std::vector<std::string>& texts, smtp::RuleKind kind
   return {};
 }
 
-// The first line of the file.
-Result<std::string> ReadPassword(const std::string& file) {
-  constexpr std::uint64_t kLargestFile = 4096;
-  auto content = platform::ReadFile(file, kLargestFile);
-  if (!content) return content.error();
-  content->resize(std::min(content->find_first_of("\r\n"), content->size()));
-  if (!content->empty()) return content;
-  return Error{Failure::kBadData, fmt::format("{} begins with an empty line.", file),
-               "Put the password in its first line."};
-}
-
 Result<smtp::ServerOptions> SessionOptions(const Arguments& arguments) {
   smtp::ServerOptions session;
   session.size_limit = arguments.size_limit;
@@ -75,7 +63,7 @@ Result<smtp::ServerOptions> SessionOptions(const Arguments& arguments) {
   }
   if (const auto added = AddRules(arguments.defer, smtp::RuleKind::kDefer, session.rules); !added) return added.error();
   if (!arguments.user.empty()) {
-    auto password = ReadPassword(arguments.password_file);
+    auto password = SecretFromFile(arguments.password_file);
     if (!password) return password.error();
     session.user = arguments.user;
     session.password = *std::move(password);

@@ -1,0 +1,71 @@
+#include "cli/command_line.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "app/version.h"
+#include "cli/commands.h"
+#include "cli/terminal_prompts.h"
+
+namespace quillcast::cli {
+namespace {
+
+constexpr const char* kDescription =
+    "Quillcast Classic sends one personal e-mail to each recipient of a group.\n"
+    "Start with: quillcast demo";
+
+// Written by the standard library on its way out; a result that never arrived must not look like success.
+int CheckStandardOutput(int exit_code) {
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (written) return exit_code;
+  fmt::print(stderr, "quillcast: Standard output could not be written.\n");
+  return exit_code == 0 ? ExitCode(Failure::kIo) : exit_code;
+}
+
+}  // namespace
+
+int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::path& executable,
+                   platform::CancelToken& cancel) {
+  Output output;
+  TerminalPrompts prompts;
+  platform::SystemClock clock;
+  platform::SystemEntropy entropy;
+  platform::ProcessEnvironment environment;
+  Context context{output, prompts, clock, entropy, environment, cancel, executable, {}};
+
+  CLI::App app(kDescription, "quillcast");
+  bool no_input = false;
+  app.set_version_flag("--version", fmt::format("Quillcast Classic {}.{}", app::kVersionMajor, app::kVersionMinor));
+  app.add_flag("--json", output.json, "Results as JSON, one object a line");
+  app.add_flag("--quiet", output.quiet, "No notes on standard error, only failures");
+  app.add_flag("--yes", prompts.assume_yes, "Answer every question with Yes");
+  app.add_flag("--no-input", no_input, "Never ask; questions count as answered with No");
+  app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
+      ->type_name("DIR");
+  app.require_subcommand(0, 1);
+  app.parse_complete_callback([&] { context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0; });
+
+  AddDemoCommand(app, context);
+  AddAccountCommand(app, context);
+  AddGroupCommand(app, context);
+  AddRecipientCommand(app, context);
+  AddImportCommand(app, context);
+  AddPreviewCommand(app, context);
+  AddSendCommand(app, context);
+  AddHistoryCommand(app, context);
+  AddMailboxCommand(app, context);
+
+  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
+  try {  // the parser tells wrong usage, --help and --version by exceptions; they end here
+    app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& error) {
+    return error.get_exit_code() == 0 ? CheckStandardOutput(app.exit(error))
+                                      : (app.exit(error), ExitCode(Failure::kUsage));
+  }
+  if (app.get_subcommands().empty()) fmt::print("{}", app.help());
+  return CheckStandardOutput(context.exit_code);
+}
+
+}  // namespace quillcast::cli

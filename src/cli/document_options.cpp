@@ -1,0 +1,78 @@
+#include "cli/document_options.h"
+
+#include <fmt/format.h>
+
+#include "app/main_window_contents.h"
+#include "platform/text.h"
+
+namespace quillcast::cli {
+namespace {
+
+compose::Priority PriorityFrom(const std::string& text) {
+  if (text == "High") return compose::Priority::kHigh;
+  return text == "Low" ? compose::Priority::kLow : compose::Priority::kNormal;
+}
+
+// The format box as it starts, then as it is picked.
+Result<void> ChooseFormat(compose::MessageDocument& document, const std::string& asked,
+                          const app::SettingsStore& settings, platform::Prompts& prompts) {
+  const auto contents = app::LoadMainWindow(settings, {});
+  if (!contents) return contents.error();
+  std::string format = contents->format;
+  if (!asked.empty()) {
+    auto picked = compose::PickFormat(asked, settings, prompts);
+    if (!picked) return picked.error();
+    format = *picked;
+  } else if (document.format == compose::Format::kText) {
+    return {};  // the body came from a text file
+  }
+  document.format = format == "Text" ? compose::Format::kText : compose::Format::kHtml;
+  return {};
+}
+
+}  // namespace
+
+void AddDocumentOptions(CLI::App& command, DocumentOptions& options) {
+  command.add_option("--subject", options.subject, "The subject; merge tags such as $*MergeFirstName*$ are replaced");
+  command.add_option("--body", options.body, "The body: an HTML file, or a text file whose name ends in .txt")
+      ->required()
+      ->type_name("FILE");
+  command.add_option("--text", options.text, "A text part of your own, instead of the one made from the HTML")
+      ->type_name("FILE");
+  command.add_option("--format", options.format, "How the body is sent")->check(CLI::IsMember({"HTML", "Text"}));
+  command.add_option("--attach", options.attachments, "A file to go with each message; may be given several times")
+      ->type_name("FILE");
+  command.add_option("--priority", options.priority, "The priority")->check(CLI::IsMember({"Low", "Normal", "High"}));
+  command.add_flag("--read-receipt", options.read_receipt, "Ask each reader for a receipt");
+}
+
+Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
+                                              platform::Prompts& prompts) {
+  compose::MessageDocument document;
+  auto loaded = compose::LoadBody(document, options.body);
+  if (!loaded) return loaded.error();
+  if (!options.text.empty()) {
+    compose::MessageDocument text;
+    loaded = compose::LoadBody(text, options.text);
+    if (!loaded) return loaded.error();
+    document.text = text.text ? *text.text : text.html;
+  }
+  auto chosen = ChooseFormat(document, options.format, settings, prompts);
+  if (!chosen) return chosen.error();
+  document.subject = options.subject;
+  document.priority = PriorityFrom(options.priority);
+  document.read_receipt = options.read_receipt;
+  for (const auto& file : options.attachments) document.attachments.Add(std::filesystem::absolute(file).string());
+  return document;
+}
+
+Result<sending::AccountSettings> ServedAccount(const app::SettingsStore& settings) {
+  auto account = sending::AccountSettings::Load(settings);
+  if (!account) return account;
+  const auto encoding = settings.Read("Advanced", "Encoding", "MIME");
+  if (!encoding) return encoding.error();
+  if (auto unserved = sending::UnservedSetting(*account, *encoding)) return *unserved;
+  return account;
+}
+
+}  // namespace quillcast::cli

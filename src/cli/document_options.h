@@ -1,0 +1,32 @@
+// The options that describe a message, shared by the commands that compose one.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/context.h"
+#include "compose/message_document.h"
+#include "sending/account_settings.h"
+
+namespace quillcast::cli {
+
+struct DocumentOptions {
+  std::string subject;
+  std::string body;
+  std::string text;
+  std::string format;
+  std::string priority = "Normal";
+  std::vector<std::string> attachments;
+  bool read_receipt = false;
+};
+
+void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
+
+// Reads the body and builds the document. The format is the option's, else what the settings start with.
+Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
+                                              platform::Prompts& prompts);
+
+// The account, ready for composing: every setting that it has is served by this version.
+Result<sending::AccountSettings> ServedAccount(const app::SettingsStore& settings);
+
+}  // namespace quillcast::cli

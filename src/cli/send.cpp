@@ -1,0 +1,197 @@
+// quillcast send: a whole run, a dry run, one message into a file, or a proof to an address of one's own.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "cli/commands.h"
+#include "cli/document_options.h"
+#include "cli/send_steps.h"
+#include "platform/text.h"
+#include "sending/pre_flight.h"
+#include "sending/sending_run.h"
+
+namespace quillcast::cli {
+namespace {
+
+struct SendOptions {
+  DocumentOptions document;
+  std::string group;
+  std::string range;
+  bool dry_run = false;
+  std::string as;
+  std::string to_file;
+  std::string proof;
+};
+
+// Tells the person at the terminal, or the program behind it, how a run goes.
+class SendListener final : public sending::RunListener {
+ public:
+  explicit SendListener(Output& output) : output_(output) {}
+
+  void ReportLine(std::string_view) override {}  // the report is in the history
+  void Note(std::string_view text) override { output_.Note(text); }
+
+  void Finished(const sending::RecipientResult& result) override {
+    const auto& outcome = result.outcome;
+    const std::string reply = ReplyText(outcome.reply);
+    output_.Object({{"position", result.position},
+                    {"address", result.address},
+                    {"state", smtp::Name(outcome.state)},
+                    {"code", static_cast<int>(outcome.code)},
+                    {"reply", reply},
+                    {"reason", outcome.reason}});
+    if (outcome.state == smtp::State::kSent) return;
+    output_.EndProgress();
+    output_.Note(
+        fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100), OutcomeText(outcome)));
+  }
+
+  void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
+    output_.Progress(fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total)));
+  }
+
+ private:
+  Output& output_;
+};
+
+Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
+  if (text.empty()) return std::optional<sending::PartialRange>();
+  const auto dash = text.find('-');
+  const auto first = platform::ParseWholeNumber(text.substr(0, dash));
+  const auto last = dash == std::string::npos ? first : platform::ParseWholeNumber(text.substr(dash + 1));
+  if (first && last && *first >= 1 && *first <= *last && *last <= recipients) {
+    return std::optional(sending::PartialRange{*first, *last});
+  }
+  return Error{Failure::kUsage, fmt::format("\"{}\" is no range of recipients.", platform::Printable(text, 40)),
+               fmt::format("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
+}
+
+int RunMailing(Context& context, const Mailing& mailing, const std::optional<sending::PartialRange>& range) {
+  SendListener listener(context.output);
+  const sending::RunRequest request{mailing.document, mailing.account, mailing.group, mailing.recipients, range};
+  const auto summary =
+      sending::SendToGroup(request, {mailing.folders, context.clock, context.entropy, context.cancel}, listener);
+  context.output.EndProgress();
+  if (!summary) return context.output.Fail(summary.error());
+
+  context.output.Object({{"sent", summary->sent}, {"failed", summary->failed}, {"history", summary->history}});
+  context.output.Line(
+      fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"), summary->failed));
+  context.output.Line(fmt::format("Report: {}", (mailing.folders.History() / (summary->history + ".txt")).string()));
+  if (summary->not_tried > 0) {
+    context.output.Note(fmt::format("{} not tried; nothing was sent to them.",
+                                    platform::Counted(summary->not_tried, "recipient was", "recipients were")));
+  }
+  if (summary->stopped) return context.output.Fail(*summary->stopped);
+  if (summary->cancelled) return ExitCode(Failure::kTryAgain);
+  return summary->failed > 0 ? 1 : 0;
+}
+
+// Composes every message and hands over nothing.
+int RunDry(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
+           const std::optional<sending::PartialRange>& range) {
+  if (const auto& trouble = message.trouble()) return context.output.Fail(trouble->error);
+  auto rows = OpenRows(mailing);
+  if (!rows) return context.output.Fail(rows.error());
+  const auto composed = ComposeAll(std::move(*rows), message, range, context.cancel);
+  if (!composed) return context.output.Fail(composed.error());
+  context.output.Line(fmt::format("{} composed, {} octets in all; nothing was sent.",
+                                  platform::Counted(composed->messages, "message", "messages"),
+                                  platform::WithThousands(static_cast<std::int64_t>(composed->octets))));
+  context.output.Object(
+      {{"composed", composed->messages}, {"octets", composed->octets}, {"unaddressed", composed->unaddressed}});
+  return composed->unaddressed > 0 ? 1 : 0;
+}
+
+int RunToFile(Context& context, const SendOptions& options, const Mailing& mailing,
+              const sending::MessageTemplate& message) {
+  sending::RenderedMessage rendered;
+  const auto position = RenderFor(options.as, {}, mailing, message, rendered);
+  if (!position) return context.output.Fail(position.error());
+  const auto written = platform::ReplaceFile(std::filesystem::path(options.to_file), [&](int fd) {
+    return sending::WriteMessage(rendered, fd, options.to_file);
+  });
+  if (!written) return context.output.Fail(written.error());
+  context.output.Line(
+      fmt::format("The message for {} is in {}.", platform::Printable(options.as, 100), options.to_file));
+  context.output.Object({{"file", options.to_file}, {"octets", rendered.size()}});
+  return 0;
+}
+
+int RunProof(Context& context, const SendOptions& options, const Mailing& mailing,
+             const sending::MessageTemplate& message) {
+  sending::RenderedMessage rendered;
+  const auto position = RenderFor(options.as, options.proof, mailing, message, rendered);
+  if (!position) return context.output.Fail(position.error());
+  const auto outcome = SendOne(mailing.account, rendered, context);
+  if (!outcome) return context.output.Fail(outcome.error());
+  const bool sent = outcome->state == smtp::State::kSent;
+  context.output.Object({{"address", options.proof},
+                         {"state", smtp::Name(outcome->state)},
+                         {"code", static_cast<int>(outcome->code)},
+                         {"reply", ReplyText(outcome->reply)}});
+  if (sent) {
+    context.output.Line(fmt::format("The proof for {} is on its way to {}.", position->address, options.proof));
+    return 0;
+  }
+  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), OutcomeText(*outcome)));
+  return 1;
+}
+
+Result<void> CheckOptions(const SendOptions& options) {
+  const auto wrong = [](const char* what) { return Error{Failure::kUsage, what, "See quillcast send --help."}; };
+  if (!options.to_file.empty() && options.as.empty()) return wrong("--to-file needs --as ADDRESS.");
+  if (!options.as.empty() && options.to_file.empty() && options.proof.empty()) {
+    return wrong("--as goes with --to-file or --proof.");
+  }
+  if (options.dry_run + !options.to_file.empty() + !options.proof.empty() > 1) {
+    return wrong("Only one of --dry-run, --to-file and --proof can be done at a time.");
+  }
+  if (!options.range.empty() && (!options.to_file.empty() || !options.proof.empty())) {
+    return wrong("--range goes with a whole run or --dry-run.");
+  }
+  return {};
+}
+
+int RunSend(Context& context, const SendOptions& options) {
+  const auto usable = CheckOptions(options);
+  if (!usable) return context.output.Fail(usable.error());
+  auto mailing = PrepareMailing(context, options.document, options.group);
+  if (!mailing) return context.output.Fail(mailing.error());
+  const auto range = RangeFrom(options.range, mailing->recipients);
+  if (!range) return context.output.Fail(range.error());
+  if (const int refused = AskBeforeSending(context, *mailing)) return refused;
+
+  auto message_options = sending::MessageOptionsOf(mailing->account);
+  if (!message_options) return context.output.Fail(message_options.error());
+  const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
+                                         context.clock, context.entropy);
+  const auto told = TellFindings(context, *mailing, message);
+  if (!told) return context.output.Fail(told.error());
+  if (options.dry_run) return RunDry(context, *mailing, message, *range);
+  if (!options.to_file.empty()) return RunToFile(context, options, *mailing, message);
+  if (!options.proof.empty()) return RunProof(context, options, *mailing, message);
+  return RunMailing(context, *mailing, *range);
+}
+
+}  // namespace
+
+void AddSendCommand(CLI::App& app, Context& context) {
+  auto* send = app.add_subcommand("send", "Send one personal message to each recipient of a group");
+  auto options = std::make_shared<SendOptions>();
+  send->add_option("--group", options->group, "The group")->required();
+  AddDocumentOptions(*send, options->document);
+  send->add_option("--range", options->range, "Only these places of the group's list, FIRST-LAST")->type_name("N-M");
+  send->add_flag("--dry-run", options->dry_run, "Check and compose everything, hand over nothing");
+  send->add_option("--as", options->as, "Whose data --to-file and --proof use")->type_name("ADDRESS");
+  send->add_option("--to-file", options->to_file, "Write that recipient's message into this file")->type_name("FILE");
+  send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");
+  send->footer(
+      "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
+      "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted; others: quillcast is told why on standard "
+      "error.");
+  OnRun(*send, context, [options](Context& c) { return RunSend(c, *options); });
+}
+
+}  // namespace quillcast::cli

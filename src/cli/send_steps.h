@@ -1,0 +1,62 @@
+// The steps that the commands around sending share.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "cli/document_options.h"
+#include "recipients/recipient_store.h"
+#include "sending/message_template.h"
+#include "sending/run_report.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::cli {
+
+// Everything that a run needs to know before it starts.
+struct Mailing {
+  app::Folders folders;
+  sending::AccountSettings account;
+  compose::MessageDocument document;
+  recipients::RecipientGroup group;  // id 0 for a group that does not exist
+  std::int64_t recipients = 0;
+};
+
+Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options, const std::string& group);
+
+// The checks and questions before sending. 0 when the run may start, else the exit code.
+int AskBeforeSending(Context& context, const Mailing& mailing);
+
+// Looks the group over and tells, on standard error, what the person may not have meant.
+Result<void> TellFindings(Context& context, const Mailing& mailing, const sending::MessageTemplate& message);
+
+Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing);
+
+struct Composed {
+  std::int64_t messages = 0;
+  std::int64_t unaddressed = 0;  // entries without an address to send to
+  std::uint64_t octets = 0;
+};
+
+// Renders every message of the range, bytes included, and drops it.
+Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::MessageTemplate& message,
+                            const std::optional<sending::PartialRange>& range, const platform::CancelToken& cancel);
+
+struct RenderedRow {
+  std::string address;  // as stored
+};
+
+// Renders the message of the recipient with this address (the first of the group when it is empty), addressed to
+// `send_to` where that is given.
+Result<RenderedRow> RenderFor(const std::string& address, const std::string& send_to, const Mailing& mailing,
+                              const sending::MessageTemplate& message, sending::RenderedMessage& out);
+
+Result<smtp::Outcome> SendOne(const sending::AccountSettings& account, sending::RenderedMessage& message,
+                              Context& context);
+
+// "550 5.1.1 no such user", safe to show; empty without a reply.
+std::string ReplyText(const smtp::ServerReply& reply);
+// "refused (Error 8: ...), the server said: 550 ...".
+std::string OutcomeText(const smtp::Outcome& outcome);
+
+}  // namespace quillcast::cli

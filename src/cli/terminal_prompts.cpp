@@ -1,0 +1,43 @@
+#include "cli/terminal_prompts.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+#include "platform/text.h"
+
+namespace quillcast::cli {
+
+using platform::Answer;
+
+void TerminalPrompts::Show(std::string_view text) {
+  fmt::print(stderr, "{}\n", platform::ReplaceAll(text, "\r\n", "\n"));
+}
+
+char TerminalPrompts::AskFor(std::string_view text, std::string_view choices) const {
+  Show(text);
+  if (assume_yes) return choices.front();
+  if (!may_ask) {
+    fmt::print(stderr, "Nobody is there to answer; --yes answers for you.\n");
+    return 0;
+  }
+  fmt::print(stderr, "[{}] ", fmt::join(choices, "/"));
+  std::fflush(stderr);
+  std::string line;
+  if (!std::getline(std::cin, line) || line.empty()) return 0;
+  return platform::AsciiLower(line.front());
+}
+
+Answer TerminalPrompts::Ask(std::string_view text) { return AskFor(text, "yn") == 'y' ? Answer::kYes : Answer::kNo; }
+
+Answer TerminalPrompts::AskOrCancel(std::string_view text) {
+  const char answer = AskFor(text, "ync");
+  if (answer == 'y') return Answer::kYes;
+  return answer == 'n' ? Answer::kNo : Answer::kCancel;
+}
+
+bool TerminalPrompts::Consent(std::string_view text) { return AskFor(text, "yn") == 'y'; }
+
+}  // namespace quillcast::cli
