@@ -45,6 +45,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
       ->type_name("DIR");
   app.require_subcommand(0, 1);
+  app.fallthrough();  // these options may also stand behind the command
   app.parse_complete_callback([&] { context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0; });
 
   AddDemoCommand(app, context);

@@ -1,0 +1,70 @@
+// Composes messages for N recipients, complete wire bytes, and hashes them: bench_compose N HTML_FILE.
+#include <fmt/format.h>
+#include <openssl/evp.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+
+#include "compose/message_document.h"
+#include "platform/clock.h"
+#include "platform/entropy.h"
+#include "sending/message_template.h"
+
+namespace {
+
+using namespace quillcast;  // NOLINT(google-build-using-namespace)
+
+struct FreeDigest {
+  void operator()(EVP_MD_CTX* digest) const { EVP_MD_CTX_free(digest); }
+};
+
+recipients::Recipient RecipientNumber(std::uint64_t number) {
+  recipients::Recipient recipient;
+  recipient.values[0] = fmt::format("user{}@example.org", number);
+  recipient.values[2] = fmt::format("Ada{}", number % 1000);
+  recipient.values[3] = "Lovelace";
+  recipient.values[6] = "K\xC3\xB6ln";
+  recipient.values[12] = "Analytical Engines";
+  return recipient;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::uint64_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 100'000;
+  compose::MessageDocument document;
+  if (const auto loaded = compose::LoadBody(document, argc > 2 ? argv[2] : "letter.html"); !loaded) {
+    fmt::print(stderr, "{}\n", Describe(loaded.error()));
+    return ExitCode(loaded.error().failure);
+  }
+  document.subject = "Spring papers for $*MergeFirstName*$";
+  sending::MessageOptions options;
+  options.sender_name = "Ada";
+  options.sender_address = "ada@example.org";
+  const platform::SystemClock clock;
+  platform::SystemEntropy entropy;
+
+  const auto start = std::chrono::steady_clock::now();
+  const sending::MessageTemplate message(document, options, "/tmp", clock, entropy);
+  const std::unique_ptr<EVP_MD_CTX, FreeDigest> digest(EVP_MD_CTX_new());
+  EVP_DigestInit_ex(digest.get(), EVP_sha256(), nullptr);
+  sending::RenderedMessage rendered;
+  std::uint64_t octets = 0;
+  for (std::uint64_t number = 1; number <= count; ++number) {
+    const auto recipient = RecipientNumber(number);
+    std::array<std::string, compose::kMergeFields.size()> changed;
+    message.Render(compose::ValuesForMerge(recipient, changed), recipient.email(), number, rendered);
+    for (auto bytes = rendered.Next(); bytes && !bytes->empty(); bytes = rendered.Next()) {
+      EVP_DigestUpdate(digest.get(), bytes->data(), bytes->size());
+      octets += bytes->size();
+    }
+  }
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  fmt::print("{{\"messages\":{},\"octets\":{},\"seconds\":{:.4f},\"peak_kib\":{}}}\n", count, octets, seconds,
+             usage.ru_maxrss);
+  return 0;
+}
