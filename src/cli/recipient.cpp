@@ -41,7 +41,7 @@ void OnGroup(CLI::App& command, Context& context, const std::shared_ptr<Recipien
   });
 }
 
-// Fields that are empty are left out, but for those that every list has.
+// Every field of the list that was asked for, also the empty ones: programs look for fixed names.
 nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
   nlohmann::ordered_json object;
   for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {

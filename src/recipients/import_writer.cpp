@@ -10,7 +10,7 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::int64_t kFirstBatch = 4096;
-constexpr std::int64_t kLargestBatch = 262'144;
+constexpr std::int64_t kLargestBatch = 131'072;
 // A batch ends early when this much text waits for the report, so that long values cannot fill the memory.
 constexpr std::size_t kMostKeptBack = std::size_t{8} * 1024 * 1024;
 // Most of the address index stays in the cache while it is written all over.
