@@ -102,7 +102,7 @@ Result<StoredRecipient> Require(const RecipientStore& store, const RecipientGrou
   auto found = store.FindRecipient(group.id, address);
   if (!found) return found.error();
   if (*found) return **found;
-  return Error{Failure::kUsage, fmt::format("There is no recipient \"{}\" in the group \"{}\".", address, group.name),
+  return Error{Failure::kUsage, fmt::format(R"(There is no recipient "{}" in the group "{}".)", address, group.name),
                "`quillcast recipient list` shows those that are."};
 }
 

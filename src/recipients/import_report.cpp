@@ -81,7 +81,7 @@ void ImportReport::Note(std::string_view label, std::string_view value) {
 }
 
 Result<void> ImportReport::Keep() {
-  constexpr std::size_t kSlice = 32 * 1024;  // so that the writer never holds a copy of it all
+  constexpr std::size_t kSlice = std::size_t{32} * 1024;  // so that the writer never holds a copy of it all
   for (std::string_view rest = kept_back_; !rest.empty(); rest.remove_prefix(std::min(kSlice, rest.size()))) {
     if (auto written = writer_.Write(rest.substr(0, kSlice)); !written) return written;
   }
