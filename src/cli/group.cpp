@@ -67,7 +67,7 @@ Result<int> RenameGroup(Context& context, RecipientStore& store, const GroupOpti
   const auto complaint = recipients::CheckRenamedGroup(options.new_name, group->name, *names);
   if (complaint) return context.output.Complain(complaint->message);
   if (const auto renamed = store.RenameGroup(group->name, options.new_name); !renamed) return renamed.error();
-  context.output.Line(fmt::format("Group \"{}\" is now \"{}\".", group->name, options.new_name));
+  context.output.Line(fmt::format(R"(Group "{}" is now "{}".)", group->name, options.new_name));
   context.output.Object({{"group", options.new_name}, {"done", "rename"}, {"old", group->name}});
   return 0;
 }

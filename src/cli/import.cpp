@@ -1,8 +1,8 @@
 // quillcast import: recipients from a text file.
 #include <fmt/format.h>
 #include <langinfo.h>
-#include <locale.h>
 
+#include <clocale>
 #include <memory>
 
 #include "cli/commands.h"

@@ -41,7 +41,7 @@ void OnGroup(CLI::App& command, Context& context, const std::shared_ptr<Recipien
   });
 }
 
-// Fields that are empty are left out, but for those that every list has.
+// Every field of the list that was asked for, also the empty ones: programs look for fixed names.
 nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
   nlohmann::ordered_json object;
   for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
@@ -102,7 +102,7 @@ Result<StoredRecipient> Require(const RecipientStore& store, const RecipientGrou
   auto found = store.FindRecipient(group.id, address);
   if (!found) return found.error();
   if (*found) return **found;
-  return Error{Failure::kUsage, fmt::format("There is no recipient \"{}\" in the group \"{}\".", address, group.name),
+  return Error{Failure::kUsage, fmt::format(R"(There is no recipient "{}" in the group "{}".)", address, group.name),
                "`quillcast recipient list` shows those that are."};
 }
 

@@ -10,7 +10,7 @@ namespace quillcast::recipients {
 class AddressHarvest {
  public:
   // A local part, "@" and the characters behind it that are longer together are no address.
-  static constexpr std::size_t kLongestCandidate = 64 * 1024;
+  static constexpr std::size_t kLongestCandidate = std::size_t{64} * 1024;
   // Gets each address in order, and whether its top-level part goes on beyond the five letters taken.
   // False ends the harvest.
   using Sink = std::function<bool(std::string_view address, bool cuts_top_level)>;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unicode/ucnv.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/text.h"
@@ -80,7 +81,10 @@ void ImportReport::Note(std::string_view label, std::string_view value) {
 }
 
 Result<void> ImportReport::Keep() {
-  if (auto written = writer_.Write(kept_back_); !written) return written;
+  constexpr std::size_t kSlice = std::size_t{32} * 1024;  // so that the writer never holds a copy of it all
+  for (std::string_view rest = kept_back_; !rest.empty(); rest.remove_prefix(std::min(kSlice, rest.size()))) {
+    if (auto written = writer_.Write(rest.substr(0, kSlice)); !written) return written;
+  }
   kept_back_.clear();
   return writer_.Flush();
 }

@@ -10,9 +10,9 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::int64_t kFirstBatch = 4096;
-constexpr std::int64_t kLargestBatch = 262'144;
+constexpr std::int64_t kLargestBatch = 131'072;
 // A batch ends early when this much text waits for the report, so that long values cannot fill the memory.
-constexpr std::size_t kMostKeptBack = std::size_t{8} * 1024 * 1024;
+constexpr std::size_t kMostKeptBack = std::size_t{4} * 1024 * 1024;
 // Most of the address index stays in the cache while it is written all over.
 constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
 
@@ -93,7 +93,7 @@ Result<bool> ImportWriter::IsThere(std::string_view address) {
   if (filter_ && !filter_->MayHold(address)) return false;
   const std::array<std::string_view, 2> values{group_key_, address};
   if (const auto bound = find_.Bind(values); !bound) return bound.error();
-  const auto row = find_.rows().Step();
+  auto row = find_.rows().Step();
   find_.rows().Reset();
   return row;
 }

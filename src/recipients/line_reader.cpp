@@ -15,7 +15,7 @@ Result<bool> LineReader::Next(Line& line) {
   bool began = false;
   for (;;) {
     if (at_ == block_.size()) {
-      const auto more = source_.Read(block_);
+      auto more = source_.Read(block_);
       if (!more) return more;
       at_ = 0;
       if (!*more) {

@@ -18,7 +18,7 @@ struct Line {
 // CR LF, LF and CR each end a line; a last line without an end counts.
 class LineReader {
  public:
-  static constexpr std::size_t kLongestLine = 1024 * 1024;  // bytes of UTF-8
+  static constexpr std::size_t kLongestLine = std::size_t{1024} * 1024;  // bytes of UTF-8
 
   // `source` outlives the reader.
   explicit LineReader(TextSource& source) : source_(source) {}

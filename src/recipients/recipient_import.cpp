@@ -99,10 +99,6 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
 
 }  // namespace
 
-const char* const kConsentQuestion =
-    "To comply with the CAN-SPAM please confirm that you are importing a valid opt-in list.\r\n"
-    "You must not import lists of purchased addresses which don't have given permission.";
-
 std::optional<Complaint> CheckImport(const ImportForm& form) {
   if (form.file.empty()) return Complaint{"Please specify a file.", "BrowseTextBox"};
   if (!form.has_groups) return Complaint{"There is no group to import.", "DataComboBox"};

@@ -48,7 +48,9 @@ struct ImportForm {
 std::optional<Complaint> CheckImport(const ImportForm& form);
 
 // The question that must be answered with OK before an import.
-extern const char* const kConsentQuestion;
+inline constexpr const char* kConsentQuestion =
+    "To comply with the CAN-SPAM please confirm that you are importing a valid opt-in list.\r\n"
+    "You must not import lists of purchased addresses which don't have given permission.";
 
 struct ImportProgress {
   std::uint64_t bytes_done = 0;

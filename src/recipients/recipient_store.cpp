@@ -75,7 +75,7 @@ List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipi
 }  // namespace
 
 Result<bool> RecipientCursor::Next(Recipient& recipient) {
-  const auto row = rows_.Step();
+  auto row = rows_.Step();
   if (!row || !*row) return row;
   if (columns_ == static_cast<int>(kFieldCount)) {
     for (int field = 0; field < columns_; ++field) recipient.values[field] = rows_.Text(field);

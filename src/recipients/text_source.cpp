@@ -15,7 +15,7 @@ namespace {
 
 using platform::EqualsIgnoringAsciiCase;
 
-constexpr std::size_t kBlock = 256 * 1024;
+constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr char32_t kReplacement = 0xFFFD;
 
 struct ByteOrderMark {
@@ -91,7 +91,7 @@ std::unique_ptr<UConverter, CloseConverter> OpenConverter(const std::string& nam
 
 Error UnknownEncoding(std::string_view name) {
   return {Failure::kUsage, fmt::format("\"{}\" is no known encoding.", platform::Printable(name, 100)),
-          "Name one as in \"UTF-8\", \"ISO-8859-1\", \"windows-1252\", \"Shift_JIS\"."};
+          R"(Name one as in "UTF-8", "ISO-8859-1", "windows-1252", "Shift_JIS".)"};
 }
 
 void AppendUtf16(std::u16string_view units, char16_t& high_half, std::string& out) {

@@ -1,0 +1,59 @@
+// Delimited files of any bytes: detection, decoding, lines, mapping and the address rule must hold their promises.
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "platform/file.h"
+#include "platform/utf8.h"
+#include "recipients/address_harvest.h"
+#include "recipients/check_email.h"
+#include "recipients/envelope_address.h"
+#include "recipients/import_mapping.h"
+#include "recipients/line_reader.h"
+
+using namespace quillcast;
+
+namespace {
+
+void Require(bool promise) {
+  if (!promise) std::abort();
+}
+
+void ReadLines(const std::filesystem::path& file, const char* overrule) {
+  auto source = recipients::TextSource::Open(file, overrule, "ISO-8859-1");
+  Require(static_cast<bool>(source));
+  recipients::LineReader reader(*source);
+  recipients::Line line;
+  recipients::ImportMapping mapping;
+  for (std::size_t field = 0; field < recipients::kFieldCount; ++field)
+    mapping.source[field] = static_cast<int>(field) + 1;
+  while (*reader.Next(line)) {
+    Require(line.text.find_first_of("\r\n") == std::string_view::npos && platform::IsUtf8(line.text));
+    for (const auto value : recipients::MapLine(line.text, ',', true, mapping)) {
+      Require(platform::IsUtf8(value));
+      if (const auto address = recipients::EnvelopeAddress(value)) {
+        Require(address->find_first_of(" \r\n<>") == std::string::npos);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  static const auto file = std::filesystem::temp_directory_path() / ("delimited_fuzz." + std::to_string(::rand()));
+  const std::string_view text(reinterpret_cast<const char*>(bytes), size);
+  Require(static_cast<bool>(platform::ReplaceFile(file, text)));
+  for (const char* overrule : {"", "UTF-16LE", "Shift_JIS"}) ReadLines(file, overrule);
+  std::filesystem::remove(file);
+
+  recipients::AddressHarvest harvest([](std::string_view address, bool) {
+    Require(recipients::FindAddress(address, 0)->length == address.size());
+    return true;
+  });
+  harvest.Feed(text.substr(0, size / 2));
+  harvest.Feed(text.substr(size / 2));
+  harvest.Finish();
+  return 0;
+}

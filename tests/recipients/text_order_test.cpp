@@ -1,0 +1,103 @@
+// The store's own text equality, order and wildcards.
+#include "recipients/text_order.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace quillcast::recipients {
+namespace {
+
+TEST(TextOrder, FoldsCaseAndIgnoresBlanksAtTheEnd) {
+  struct Case {
+    const char* a;
+    const char* b;
+    int order;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"", "", 0},
+                                                   {"", "   ", 0},
+                                                   {"Ada", "aDA", 0},
+                                                   {"ada ", "ada", 0},
+                                                   {"ada\t", "ada", 1},
+                                                   {" ada", "ada", -1},
+                                                   {"a", "b", -1},
+                                                   {"B", "a", 1},
+                                                   {"ab", "a", 1},
+                                                   {"a b", "a", 1},
+                                                   {"\xC3\x84rger", "\xC3\xA4RGER", 0},
+                                                   {"\xC3\xA4", "a", 1},
+                                                   {"z", "\xC3\x84", -1},
+                                                   {"\xE1\xBA\x9E", "\xC3\x9F", 0},  // capital and small sharp s
+                                                   {"\xC3\x9F", "ss", 1},            // simple folding, not full
+                                                   {"\xE2\x84\xAA", "k", 0},         // Kelvin sign
+                                                   {"\xCE\xA3", "\xCF\x82", 0},      // sigma and final sigma
+                                                   {"\xF0\x90\x90\x80", "\xF0\x90\x90\xA8", 0},  // Deseret
+                                                   {"\xC4\xB0", "i", 1},  // dotted I folds to itself
+                                                   {"\xFF", "\xFF", 0},
+                                                   {"\xFE", "\xFF", -1},
+                                                   {"\xFF", "\xF0\x9F\x98\x80", 1}}) {
+    const auto sign = [](int value) { return (value > 0) - (value < 0); };
+    EXPECT_EQ(sign(CompareText(c.a, c.b)), c.order) << c.a << " and " << c.b;
+    EXPECT_EQ(sign(CompareText(c.b, c.a)), -c.order) << c.b << " and " << c.a;
+    if (c.order == 0) {
+      EXPECT_EQ(HashText(c.a), HashText(c.b)) << c.a << " and " << c.b;
+    }
+  }
+}
+
+// An index is only as good as the order is total: equal hashes for equals, and no cycle among three.
+TEST(TextOrder, IsATotalOrderOnAnyBytes) {
+  std::mt19937 random(11);
+  const std::string letters("aAkK \xC3\x84\xA4\xE2\x84\xAA\xFF", 12);
+  const auto any = [&] {
+    std::string text(random() % 5, ' ');
+    for (char& c : text) c = letters[random() % letters.size()];
+    return text;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    const std::string a = any();
+    const std::string b = any();
+    const std::string c = any();
+    ASSERT_EQ(CompareText(a, b) < 0, CompareText(b, a) > 0) << a << "|" << b;
+    if (CompareText(a, b) <= 0 && CompareText(b, c) <= 0) {
+      ASSERT_LE(CompareText(a, c), 0) << a << "|" << b << "|" << c;
+    }
+    if (CompareText(a, b) == 0) {
+      ASSERT_EQ(HashText(a), HashText(b)) << a << "|" << b;
+    }
+  }
+}
+
+TEST(TextOrder, LikeTakesWildcardsInAnyCase) {
+  struct Case {
+    const char* pattern;
+    const char* text;
+    bool fits;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"%", "", true},
+                                                   {"_", "", false},
+                                                   {"", "", true},
+                                                   {"", "a", false},
+                                                   {"%EXAMPLE%", "ada@example.org", true},
+                                                   {"ada%", "Ada@example.org", true},
+                                                   {"%.org", "ada@example.org.uk", false},
+                                                   {"%.org", "ada@x.org.org", true},
+                                                   {"a_a", "ada", true},
+                                                   {"a_a",
+                                                    "a\xC3\xA4"
+                                                    "a",
+                                                    true},
+                                                   {"a_a", "adda", false},
+                                                   {"%\xC3\x84%", "x\xC3\xA4y", true},
+                                                   {"%a%b%c%", "xxaxxbxxcxx", true},
+                                                   {"%a%b%c%", "xxaxxcxxbxx", false},
+                                                   {"%aab", "aaaaaab", true},
+                                                   {"ada", "ada ", false},
+                                                   {"%%", "x", true}}) {
+    EXPECT_EQ(LikeText(c.pattern, c.text), c.fits) << c.pattern << " on " << c.text;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::recipients
