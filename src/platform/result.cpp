@@ -11,6 +11,7 @@ int ExitCode(Failure failure) {
     case Failure::kNoInput:
       return 66;
     case Failure::kUnavailable:
+    case Failure::kTimedOut:
       return 69;
     case Failure::kInternal:
       return 70;

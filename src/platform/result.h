@@ -14,6 +14,7 @@ enum class Failure {
   kBadData,        // an input that exists and cannot be understood
   kNoInput,        // an input that does not exist or cannot be opened
   kUnavailable,    // a server that cannot be reached or does not serve
+  kTimedOut,       // a server that did not answer in time
   kInternal,       // a fault of this program
   kCannotCreate,   // an output that cannot be created
   kIo,             // reading or writing failed under way: disk full, device error

@@ -34,10 +34,11 @@ struct ClientOptions {
   std::string user;
   std::string password;
   AuthMode auth_mode = AuthMode::kLogin;
-  bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
-  bool extended = false;           // use extensions even where the greeting does not say ESMTP
-  bool pipeline = false;
-  std::chrono::seconds timeout{60};  // of each step
+  bool send_without_auth = false;    // where no authentication is offered; only after TLS or to a loopback host
+  bool extended = false;             // use extensions even where the greeting does not say ESMTP
+  bool pipeline = false;             // accepted, and served one command and one reply at a time for now
+  std::chrono::seconds timeout{60};  // of each step: finding the host, connecting, TLS, one command and its whole reply
+  std::string ca_file;               // PEM file of trusted authorities; empty for those of the system
 };
 
 // One message on its way.

@@ -1,0 +1,72 @@
+// Internet addresses as values: parsed from text, written as text, handed to the system.
+#pragma once
+
+#include <sys/socket.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillcast::net {
+
+enum class Family { kIpv4, kIpv6 };
+
+struct IpAddress {
+  Family family = Family::kIpv4;
+  std::array<std::uint8_t, 16> bytes{};  // network order; the first four for IPv4
+  std::uint32_t scope = 0;               // the interface of a link-local IPv6 address
+
+  bool operator==(const IpAddress&) const = default;
+};
+
+// "127.0.0.1", "::1", "fe80::1%eth0"; also "[::1]". Nothing for anything else: no short or octal forms of IPv4.
+std::optional<IpAddress> ParseIpAddress(std::string_view text);
+
+// The inverse of ParseIpAddress, without brackets and without the interface.
+std::string ToString(const IpAddress& address);
+
+// 127.0.0.0/8 and ::1, also as an IPv4 address in IPv6 clothes (::ffff:127.0.0.1).
+bool IsLoopback(const IpAddress& address);
+
+// What stands for a host without a name in HELO and EHLO (RFC 5321 4.1.3): "[127.0.0.1]", "[IPv6:::1]".
+std::string AddressLiteral(const IpAddress& address);
+
+struct Endpoint {
+  IpAddress address;
+  std::uint16_t port = 0;
+
+  bool operator==(const Endpoint&) const = default;
+};
+
+// "127.0.0.1:25", "[::1]:25".
+std::string ToString(const Endpoint& endpoint);
+
+struct HostPort {
+  std::string host;  // without brackets
+  std::uint16_t port = 0;
+
+  bool operator==(const HostPort&) const = default;
+};
+
+// "host", "host:port", "[v6]", "[v6]:port" or a bare IPv6 address. Nothing when the host is empty, or the port is not
+// a number from 1 to 65535.
+std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t default_port);
+
+// The system's form of an endpoint.
+struct SocketAddress {
+  sockaddr_storage storage{};
+  socklen_t length = 0;
+
+  const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&storage); }
+};
+SocketAddress ToSystem(const Endpoint& endpoint);
+// Nothing for a family that is neither IPv4 nor IPv6.
+std::optional<Endpoint> FromSystem(const sockaddr* address);
+
+// Both ends of a connected socket; an empty endpoint where the system does not know.
+Endpoint LocalEndpoint(int socket);
+Endpoint PeerEndpoint(int socket);
+
+}  // namespace quillcast::net

@@ -1,0 +1,139 @@
+#include "net/stream.h"
+
+#include <openssl/err.h>
+#include <openssl/ssl.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace quillcast::net {
+namespace {
+
+Error Broken(int error_number) {
+  return {Failure::kIo, std::string("The connection broke: ") + std::strerror(error_number) + "."};
+}
+
+Error TlsBroken() {
+  const unsigned long code = ERR_peek_error();
+  const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
+  ERR_clear_error();
+  return {Failure::kIo, std::string("The connection broke: ") + (words != nullptr ? words : "closed under TLS") + "."};
+}
+
+bool WouldBlock() { return errno == EAGAIN || errno == EINTR; }
+
+// What TLS waits for after a call that did not succeed; 0 when it is no wait.
+short WantedEvents(const SSL* tls, int result) {
+  switch (SSL_get_error(tls, result)) {
+    case SSL_ERROR_WANT_READ:
+      return POLLIN;
+    case SSL_ERROR_WANT_WRITE:
+      return POLLOUT;
+    default:
+      return 0;
+  }
+}
+
+// The end of the connection: said so, or cut off. Replies have their own framing, so a cut between them is an end.
+bool IsEnd(const SSL* tls, int result) {
+  const int error = SSL_get_error(tls, result);
+  if (error == SSL_ERROR_ZERO_RETURN) return true;
+  return error == SSL_ERROR_SSL && ERR_GET_REASON(ERR_peek_error()) == SSL_R_UNEXPECTED_EOF_WHILE_READING;
+}
+
+}  // namespace
+
+Result<std::size_t> Stream::Read(std::span<char> buffer, const Patience& patience) {
+  // In clear, poll first: a reply is never there yet when its command has just gone out, so a read would be in vain.
+  if (!tls_) {
+    wanted_ = POLLIN;
+    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
+  }
+  for (;;) {
+    const auto got = ReadNow(buffer);
+    if (!got) return got.error();
+    if (*got) return **got;
+    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
+  }
+}
+
+Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {
+  if (tls_) return ReadTls(buffer);
+  const ssize_t count = ::recv(socket_.get(), buffer.data(), buffer.size(), 0);
+  if (count >= 0) return std::optional(static_cast<std::size_t>(count));
+  if (WouldBlock()) return std::optional<std::size_t>();
+  return Broken(errno);
+}
+
+Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
+  ERR_clear_error();
+  const int count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
+  if (count > 0) return std::optional(static_cast<std::size_t>(count));
+  wanted_ = WantedEvents(tls_.get(), count);
+  if (wanted_ != 0) return std::optional<std::size_t>();
+  if (!IsEnd(tls_.get(), count)) return TlsBroken();
+  ERR_clear_error();
+  return std::optional<std::size_t>(0);
+}
+
+Result<std::size_t> Stream::WriteSome(std::string_view first, std::string_view second, const Patience& patience) {
+  if (tls_) return WriteTls(first.empty() ? second : first, patience);
+  return WritePlain(first, second, patience);
+}
+
+Result<std::size_t> Stream::WriteTls(std::string_view piece, const Patience& patience) {
+  for (;;) {
+    ERR_clear_error();
+    const int count =
+        SSL_write(tls_.get(), piece.data(), static_cast<int>(std::min<std::size_t>(piece.size(), 1 << 20)));
+    if (count > 0) return static_cast<std::size_t>(count);
+    const short events = WantedEvents(tls_.get(), count);
+    if (events == 0) return TlsBroken();
+    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
+  }
+}
+
+Result<std::size_t> Stream::WritePlain(std::string_view first, std::string_view second, const Patience& patience) {
+  std::array<iovec, 2> pieces{iovec{const_cast<char*>(first.data()), first.size()},
+                              iovec{const_cast<char*>(second.data()), second.size()}};
+  msghdr message{};
+  message.msg_iov = pieces.data();
+  message.msg_iovlen = pieces.size();
+  for (;;) {
+    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (!WouldBlock()) return Broken(errno);
+    if (auto ready = Wait(socket_.get(), POLLOUT, patience); !ready) return ready.error();
+  }
+}
+
+Result<void> Stream::StartTls(TlsContext& context, const std::string& host, const Patience& patience) {
+  auto connection = context.NewConnection(socket_.get(), host);
+  if (!connection) return connection.error();
+  tls_ = *std::move(connection);
+  for (;;) {
+    ERR_clear_error();
+    const int done = SSL_do_handshake(tls_.get());
+    if (done == 1) return {};
+    const short events = WantedEvents(tls_.get(), done);
+    if (events == 0) return HandshakeError(*tls_, host);
+    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
+  }
+}
+
+bool Stream::resumed() const { return tls_ && SSL_session_reused(tls_.get()) == 1; }
+
+void Stream::Close() {
+  if (tls_ && SSL_is_init_finished(tls_.get())) {
+    SSL_shutdown(tls_.get());
+    ERR_clear_error();
+  }
+  tls_.reset();
+  socket_.Close();
+}
+
+}  // namespace quillcast::net

@@ -1,0 +1,149 @@
+#include "net/tls_context.h"
+
+#include <fmt/format.h>
+#include <openssl/err.h>
+#include <openssl/ssl.h>
+#include <openssl/x509v3.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+
+#include "net/address.h"
+
+namespace quillcast::net {
+namespace {
+
+// The library's own socket BIO writes with write(2), which raises SIGPIPE when the other side is gone; this one does
+// not. The descriptor is kept in the BIO's data pointer.
+int SocketOf(BIO* bio) { return static_cast<int>(reinterpret_cast<std::intptr_t>(BIO_get_data(bio))); }
+
+int BioResult(BIO* bio, ssize_t count, int retry_flag) {
+  BIO_clear_retry_flags(bio);
+  if (count < 0 && (errno == EAGAIN || errno == EINTR)) BIO_set_flags(bio, retry_flag | BIO_FLAGS_SHOULD_RETRY);
+  return static_cast<int>(count);
+}
+
+int WriteBio(BIO* bio, const char* bytes, int size) {
+  return BioResult(bio, ::send(SocketOf(bio), bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL), BIO_FLAGS_WRITE);
+}
+
+int ReadBio(BIO* bio, char* buffer, int size) {
+  return BioResult(bio, ::recv(SocketOf(bio), buffer, static_cast<std::size_t>(size), 0), BIO_FLAGS_READ);
+}
+
+long ControlBio(BIO* /*bio*/, int command, long /*number*/, void* /*pointer*/) {
+  return command == BIO_CTRL_FLUSH ? 1 : 0;
+}
+
+BIO_METHOD* NewMethod() {
+  BIO_METHOD* method = BIO_meth_new(BIO_TYPE_SOURCE_SINK | BIO_get_new_index(), "socket without SIGPIPE");
+  if (method == nullptr) return nullptr;
+  BIO_meth_set_write(method, WriteBio);
+  BIO_meth_set_read(method, ReadBio);
+  BIO_meth_set_ctrl(method, ControlBio);
+  return method;
+}
+
+Error LibraryError(std::string_view doing) {
+  std::array<char, 256> words{};
+  ERR_error_string_n(ERR_get_error(), words.data(), words.size());
+  ERR_clear_error();
+  return {Failure::kInternal, fmt::format("TLS cannot be used: {}: {}.", doing, words.data())};
+}
+
+bool SetName(SSL* connection, const std::string& host) {
+  if (ParseIpAddress(host)) return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), host.c_str()) == 1;
+  return SSL_set_tlsext_host_name(connection, host.c_str()) == 1 && SSL_set1_host(connection, host.c_str()) == 1;
+}
+
+struct Reason {
+  long code;
+  const char* words;
+};
+constexpr std::array kReasons{
+    Reason{X509_V_ERR_CERT_HAS_EXPIRED, "it has expired"},
+    Reason{X509_V_ERR_CERT_NOT_YET_VALID, "it is not yet valid (is this computer's clock right?)"},
+    Reason{X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT, "it is self-signed"},
+    Reason{X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN, "it comes from an authority that this computer does not know"},
+    Reason{X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY, "it comes from an authority that this computer does not know"},
+    Reason{X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE, "it comes from an authority that this computer does not know"},
+    Reason{X509_V_ERR_HOSTNAME_MISMATCH, "it is for another name"},
+    Reason{X509_V_ERR_IP_ADDRESS_MISMATCH, "it is for another name"},
+    Reason{X509_V_ERR_CERT_REVOKED, "it was revoked"},
+};
+
+std::string WordsFor(long verdict) {
+  for (const Reason& reason : kReasons) {
+    if (reason.code == verdict) return reason.words;
+  }
+  return X509_verify_cert_error_string(verdict);
+}
+
+}  // namespace
+
+void FreeTls::operator()(bio_method_st* method) const { BIO_meth_free(method); }
+void FreeTls::operator()(ssl_ctx_st* context) const { SSL_CTX_free(context); }
+void FreeTls::operator()(ssl_session_st* session) const { SSL_SESSION_free(session); }
+void FreeTls::operator()(ssl_st* connection) const { SSL_free(connection); }
+
+Result<std::unique_ptr<TlsContext>> TlsContext::ForClient(const std::string& ca_file) {
+  std::unique_ptr<TlsContext> out(new TlsContext);
+  out->method_.reset(NewMethod());
+  out->context_.reset(SSL_CTX_new(TLS_client_method()));
+  SSL_CTX* context = out->context_.get();
+  if (!out->method_ || context == nullptr) return LibraryError("no memory");
+  SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
+  SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
+  SSL_CTX_set_mode(context, SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
+  SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
+  SSL_CTX_sess_set_new_cb(context, KeepSession);
+  SSL_CTX_set_app_data(context, out.get());
+  const int trusted =
+      ca_file.empty() ? SSL_CTX_set_default_verify_paths(context) : SSL_CTX_load_verify_file(context, ca_file.c_str());
+  if (trusted != 1) return LibraryError("the trusted authorities cannot be read");
+  return out;
+}
+
+Result<SslHandle> TlsContext::NewConnection(int socket, const std::string& host) {
+  SslHandle connection(SSL_new(context_.get()));
+  BIO* bio = BIO_new(method_.get());
+  if (!connection || bio == nullptr) return LibraryError("no memory");
+  BIO_set_data(bio, reinterpret_cast<void*>(static_cast<std::intptr_t>(socket)));
+  BIO_set_init(bio, 1);
+  SSL_set_bio(connection.get(), bio, bio);
+  if (!SetName(connection.get(), host)) return LibraryError("the server's name");
+  // The key of sessions_ stays where it is, so that KeepSession can find it by this pointer.
+  const auto [entry, added] = sessions_.try_emplace(host);
+  SSL_set_app_data(connection.get(), const_cast<std::string*>(&entry->first));
+  if (entry->second) SSL_set_session(connection.get(), entry->second.get());
+  SSL_set_connect_state(connection.get());
+  return connection;
+}
+
+// Tickets of TLS 1.3 come after the handshake, and each is for one use: the newest replaces what was kept.
+int TlsContext::KeepSession(ssl_st* connection, ssl_session_st* session) {
+  auto* self = static_cast<TlsContext*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(connection)));
+  const auto* host = static_cast<const std::string*>(SSL_get_app_data(connection));
+  self->sessions_[*host].reset(session);
+  return 1;  // the reference is ours now
+}
+
+Error HandshakeError(const ssl_st& connection, const std::string& host) {
+  const long verdict = SSL_get_verify_result(&connection);
+  if (verdict != X509_V_OK) {
+    ERR_clear_error();
+    return {Failure::kNotPermitted, fmt::format("The certificate of {} is not trusted: {}.", host, WordsFor(verdict)),
+            "Nothing was sent. Check the server's name; if the server is yours, have its authority's certificate added "
+            "to this computer's trusted ones, or set Security to None if you trust the network."};
+  }
+  const unsigned long code = ERR_peek_error();
+  const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
+  ERR_clear_error();
+  return {Failure::kUnavailable,
+          fmt::format("TLS could not be started with {}: {}.", host,
+                      words != nullptr ? words : "the connection was closed"),
+          "Check that Security fits the server's port (TLS from the first byte is usual on port 465)."};
+}
+
+}  // namespace quillcast::net

@@ -1,0 +1,52 @@
+// What TLS connections of one client share: the trusted authorities, the rules, and the sessions to resume.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "platform/result.h"
+
+struct bio_method_st;
+struct ssl_ctx_st;
+struct ssl_session_st;
+struct ssl_st;
+
+namespace quillcast::net {
+
+struct FreeTls {
+  void operator()(bio_method_st* method) const;
+  void operator()(ssl_ctx_st* context) const;
+  void operator()(ssl_session_st* session) const;
+  void operator()(ssl_st* connection) const;
+};
+using SslHandle = std::unique_ptr<ssl_st, FreeTls>;
+
+// TLS 1.2 or later; the chain and the name of every server are verified, and there is no way to say otherwise. It
+// outlives the connections that are made from it, and stays where it is: the library calls back into it.
+class TlsContext {
+ public:
+  // Trusts the authorities of the system (SSL_CERT_FILE and SSL_CERT_DIR are honoured), or, when `ca_file` is not
+  // empty, those of that PEM file alone.
+  static Result<std::unique_ptr<TlsContext>> ForClient(const std::string& ca_file = {});
+  TlsContext(const TlsContext&) = delete;
+  TlsContext& operator=(const TlsContext&) = delete;
+
+  // A client's end of a connection to `host` (a name or an address) over a connected socket, which stays the caller's.
+  // The session of the last connection to the same host is offered for resumption.
+  Result<SslHandle> NewConnection(int socket, const std::string& host);
+
+ private:
+  TlsContext() = default;
+  static int KeepSession(ssl_st* connection, ssl_session_st* session);
+
+  std::unique_ptr<bio_method_st, FreeTls> method_;
+  std::unique_ptr<ssl_ctx_st, FreeTls> context_;
+  std::unordered_map<std::string, std::unique_ptr<ssl_session_st, FreeTls>> sessions_;
+};
+
+// Why a handshake with `host` failed, in words that say how to go on: kNotPermitted when the certificate is not
+// trusted, else kUnavailable.
+Error HandshakeError(const ssl_st& connection, const std::string& host);
+
+}  // namespace quillcast::net

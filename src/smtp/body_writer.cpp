@@ -1,0 +1,57 @@
+#include "smtp/body_writer.h"
+
+namespace quillcast::smtp {
+namespace {
+
+Error WrongSize() {
+  return {Failure::kInternal, "The message is not as long as was announced, so the connection was given up."};
+}
+
+}  // namespace
+
+Result<void> BodyWriter::Fill(std::string& out, std::size_t enough) {
+  while (!ended_ && out.size() < enough) {
+    const auto piece = source_->Next();
+    if (!piece) return piece.error();
+    if (piece->empty()) return End(out);
+    taken_ += piece->size();
+    if (form_ == Form::kCounted && taken_ > size_) return WrongSize();
+    if (form_ == Form::kDots) {
+      Stuff(*piece, out);
+    } else {
+      out += *piece;
+    }
+    const char last = piece->back();
+    after_cr_ = last == '\r';
+    at_line_start_ = last == '\n';
+  }
+  return {};
+}
+
+// A line begins after every LF, not after CRLF alone: a server that takes a bare LF for a line end must not see the end
+// of the message in the middle of it.
+void BodyWriter::Stuff(std::string_view piece, std::string& out) {
+  if (at_line_start_ && piece.front() == '.') out += '.';
+  for (;;) {
+    const auto dot = piece.find("\n.");
+    if (dot == std::string_view::npos) break;
+    out += piece.substr(0, dot + 2);
+    out += '.';
+    piece.remove_prefix(dot + 2);
+  }
+  out += piece;
+}
+
+Result<void> BodyWriter::End(std::string& out) {
+  ended_ = true;
+  if (form_ == Form::kCounted) {
+    if (taken_ != size_) return WrongSize();
+    return {};
+  }
+  // A last line that was left open is ended here; one ended by CR alone gets the LF that it lacks.
+  if (!at_line_start_) out += after_cr_ ? "\n" : "\r\n";
+  out += ".\r\n";
+  return {};
+}
+
+}  // namespace quillcast::smtp

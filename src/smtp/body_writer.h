@@ -1,0 +1,42 @@
+// Turns the pieces of a message into what goes over the wire after DATA or BDAT.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+#include "smtp/envelope.h"
+
+namespace quillcast::smtp {
+
+class BodyWriter {
+ public:
+  // kDots: for DATA, a dot added to each line that begins with one (RFC 5321 4.5.2), and CRLF.CRLF at the end.
+  // kBare: for DATA, the message is known to have no such line. kCounted: for BDAT, the octets and nothing else, which
+  // must be `size`.
+  enum class Form { kDots, kBare, kCounted };
+
+  BodyWriter(MessageSource& source, Form form, std::uint64_t size) : source_(&source), form_(form), size_(size) {}
+
+  // Appends pieces to `out` until it holds `enough` bytes or the message has ended. Fails when a piece cannot be had,
+  // or the count is not kept; the connection is then of no more use, for the message cannot be ended.
+  Result<void> Fill(std::string& out, std::size_t enough);
+  bool ended() const { return ended_; }
+  // Octets of the message that were taken from the source.
+  std::uint64_t taken() const { return taken_; }
+
+ private:
+  void Stuff(std::string_view piece, std::string& out);
+  Result<void> End(std::string& out);
+
+  MessageSource* source_;
+  Form form_;
+  std::uint64_t size_;
+  std::uint64_t taken_ = 0;
+  bool at_line_start_ = true;
+  bool after_cr_ = false;
+  bool ended_ = false;
+};
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,164 @@
+#include "smtp/client.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <utility>
+
+#include "net/connect.h"
+#include "net/resolver.h"
+#include "smtp/connection.h"
+#include "smtp/secret.h"
+
+namespace quillcast::smtp {
+namespace {
+
+using platform::Stop;
+
+constexpr std::uint16_t kTlsPort = 465;
+constexpr std::chrono::seconds kQuitPatience{2};
+
+Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
+Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}}; }
+
+// A failure on the way to a connection, where `timeout` and `otherwise` are the numbers of that part of the way.
+Outcome Unreachable(const Error& error, ResultCode timeout, ResultCode otherwise) {
+  if (error.failure == Failure::kTryAgain) return Cancelled();
+  const std::string reason = error.remedy.empty() ? error.what : error.what + " " + error.remedy;
+  return {State::kFailed, error.failure == Failure::kTimedOut ? timeout : otherwise, {}, reason};
+}
+
+// Whether another server may do better. A wrong password is not tried at each of them.
+bool WorthAnotherServer(const Outcome& outcome) {
+  return outcome.code != ResultCode::kCancelled && outcome.code != ResultCode::kAuthRefused &&
+         outcome.code != ResultCode::kAuthNotOffered && outcome.code != ResultCode::kAuthProtocolError;
+}
+
+}  // namespace
+
+class Client::Driver {
+ public:
+  Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
+      : options_(std::move(options)), around_{options_, clock, cancel} {}
+  ~Driver() { Wipe(options_.password); }
+  Driver(const Driver&) = delete;
+  Driver& operator=(const Driver&) = delete;
+
+  void Run(Mailing& mailing);
+  Outcome Test(Mailing& mailing);
+
+ private:
+  bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
+  Outcome Connect();
+  Outcome ConnectTo(const Server& server);
+  Result<void> PrepareTls();
+  Outcome Send(Job& job);
+
+  ClientOptions options_;
+  Surroundings around_;
+  net::Resolver resolver_;
+  std::unique_ptr<net::TlsContext> tls_;
+  std::optional<Connection> connection_;
+};
+
+Result<void> Client::Driver::PrepareTls() {
+  if (tls_) return {};
+  auto made = net::TlsContext::ForClient(options_.ca_file);
+  if (!made) return made.error();
+  tls_ = *std::move(made);
+  around_.tls = tls_.get();
+  return {};
+}
+
+Outcome Client::Driver::ConnectTo(const Server& server) {
+  const auto patience = [this] {
+    return net::Patience{around_.clock, around_.cancel, Stop::kStop,
+                         net::Deadline::After(around_.clock.Monotonic(), options_.timeout)};
+  };
+  const auto addresses = resolver_.Resolve(server.host, patience());
+  if (!addresses) return Unreachable(addresses.error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound);
+  auto socket = net::Connect(*addresses, server.port, patience());
+  if (!socket) return Unreachable(socket.error(), ResultCode::kConnectTimeout, ResultCode::kConnectFailed);
+
+  net::Stream stream(*std::move(socket));
+  const bool tls_at_once =
+      options_.security == Security::kTls || (options_.security == Security::kAutomatic && server.port == kTlsPort);
+  if (options_.security != Security::kNone) {
+    if (const auto ready = PrepareTls(); !ready) return OutcomeOf(ready.error());
+  }
+  if (tls_at_once) {
+    if (const auto started = stream.StartTls(*tls_, server.host, patience()); !started) {
+      return OutcomeOf(started.error());
+    }
+  }
+  connection_.emplace(around_, std::move(stream), server.host, tls_at_once);
+  const Outcome opened = connection_->Open();
+  if (opened.code != ResultCode::kSuccess) connection_.reset();
+  return opened;
+}
+
+// Tells the failure of the first server that could be found: one that is misspelt says less than one that refused.
+Outcome Client::Driver::Connect() {
+  Outcome told{State::kFailed, ResultCode::kNoServer, {}, "No server is set up."};
+  for (const Server& server : options_.servers) {
+    Outcome outcome = ConnectTo(server);
+    if (outcome.code == ResultCode::kSuccess || !WorthAnotherServer(outcome)) return outcome;
+    if (told.code == ResultCode::kNoServer || told.code == ResultCode::kHostNotFound) told = std::move(outcome);
+  }
+  return told;
+}
+
+// Sends over the connection that is there, or a new one; a second time over a new one when the first is found closed
+// before the end of data went out.
+Outcome Client::Driver::Send(Job& job) {
+  bool replaced = false;
+  if (connection_ && (connection_->closed() || connection_->ClosedMeanwhile())) {
+    connection_.reset();
+    replaced = true;
+  }
+  for (;;) {
+    if (!connection_) {
+      Outcome opened = Connect();
+      if (opened.code != ResultCode::kSuccess) return opened;
+    }
+    if (Stopped()) return Cancelled();
+    Outcome outcome = connection_->Send(job);
+    const bool lost = outcome.code == ResultCode::kConnectionLost && outcome.state == State::kFailed;
+    if (!connection_->closed()) return outcome;
+    connection_.reset();
+    if (!lost || replaced || Stopped()) return outcome;
+    replaced = true;
+    job.message->Rewind();
+  }
+}
+
+void Client::Driver::Run(Mailing& mailing) {
+  around_.mailing = &mailing;
+  while (!Stopped()) {
+    Job* job = mailing.NextJob();
+    if (job == nullptr) break;
+    mailing.Finished(*job, Send(*job));
+  }
+  if (connection_) connection_->Quit(kQuitPatience);  // every message has its outcome: how QUIT goes is no matter
+  connection_.reset();
+}
+
+Outcome Client::Driver::Test(Mailing& mailing) {
+  around_.mailing = &mailing;
+  const Outcome opened = Connect();
+  if (opened.code != ResultCode::kSuccess) return opened;
+  Outcome quit = connection_->Quit(options_.timeout);
+  connection_.reset();
+  if (quit.code == ResultCode::kSuccess) return Succeeded();
+  quit.code = quit.code == ResultCode::kCancelled ? ResultCode::kCancelled : ResultCode::kQuitFailed;
+  return quit;
+}
+
+Client::Client(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
+    : driver_(std::make_unique<Driver>(std::move(options), clock, cancel)) {}
+Client::~Client() = default;
+
+void Client::Run(Mailing& mailing) { driver_->Run(mailing); }
+Outcome Client::Test(Mailing& mailing) { return driver_->Test(mailing); }
+
+}  // namespace quillcast::smtp

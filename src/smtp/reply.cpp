@@ -1,0 +1,101 @@
+#include "smtp/reply.h"
+
+#include <algorithm>
+
+namespace quillcast::smtp {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Takes one to three digits off the front; false when there are none, or more.
+bool TakeNumber(std::string_view& text) {
+  std::size_t count = 0;
+  while (count < text.size() && IsDigit(text[count])) ++count;
+  text.remove_prefix(count);
+  return count >= 1 && count <= 3;
+}
+
+// "5.1.1" at the start of a text (RFC 2034: class "." subject "." detail, then a blank or the end); empty when none, or
+// when its class is not the reply's.
+std::string_view EnhancedCode(std::string_view text, int code) {
+  std::string_view rest = text;
+  if (rest.size() < 5 || rest[0] - '0' != code / 100 || rest[1] != '.') return {};
+  rest.remove_prefix(2);
+  if (!TakeNumber(rest) || !rest.starts_with('.')) return {};
+  rest.remove_prefix(1);
+  if (!TakeNumber(rest) || (!rest.empty() && rest.front() != ' ')) return {};
+  return text.substr(0, text.size() - rest.size());
+}
+
+// The code of a line, 0 when the line is none of a reply.
+int CodeOf(std::string_view line) {
+  if (line.size() < 3 || !std::all_of(line.begin(), line.begin() + 3, IsDigit)) return 0;
+  if (line[0] < '2' || line[0] > '5' || (line.size() > 3 && line[3] != ' ' && line[3] != '-')) return 0;
+  return (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
+}
+
+}  // namespace
+
+void ReplyReader::Add(std::string_view bytes) {
+  if (at_ == buffer_.size()) {
+    buffer_.clear();
+    at_ = scanned_ = 0;
+  } else if (at_ > kLongestLine) {
+    buffer_.erase(0, at_);
+    scanned_ -= at_;
+    at_ = 0;
+  }
+  buffer_ += bytes;
+}
+
+ReplyReader::Step ReplyReader::Next() {
+  while (complaint_.empty()) {
+    const std::size_t end = buffer_.find('\n', scanned_);
+    const std::size_t length = (end == std::string::npos ? buffer_.size() : end) - at_;
+    if (length > kLongestLine + 1) {
+      Complain("a line of its reply is longer than 4096 octets");
+    } else if (end == std::string::npos) {
+      scanned_ = buffer_.size();
+      return Step::kNeedMore;
+    } else {
+      const std::string_view line = std::string_view(buffer_).substr(at_, length);
+      at_ = scanned_ = end + 1;
+      if (TakeLine(line.ends_with('\r') ? line.substr(0, length - 1) : line)) return Step::kReply;
+    }
+  }
+  return Step::kSenseless;
+}
+
+bool ReplyReader::TakeLine(std::string_view line) {
+  const int code = CodeOf(line);
+  if (line.size() > kLongestLine) {
+    Complain("a line of its reply is longer than 4096 octets");
+  } else if (code == 0 || line.find('\0') != std::string_view::npos) {
+    Complain("its answer is no reply of SMTP");
+  } else if (line_count_ > 0 && code != reply_.code) {
+    Complain("the lines of its reply have different codes");
+  } else if (line_count_ == kMostLines) {
+    Complain("its reply has more than 200 lines");
+  }
+  if (!complaint_.empty()) return false;
+
+  if (line_count_ == 0) {
+    reply_ = {code, {}, {}};
+    lines_.clear();
+  }
+  std::string_view text = line.size() > 4 ? line.substr(4) : std::string_view();
+  const std::string_view enhanced = EnhancedCode(text, code);
+  if (line_count_ == 0) reply_.enhanced = enhanced;
+  if (!enhanced.empty()) text.remove_prefix(std::min(text.size(), enhanced.size() + 1));
+  if (line_count_ > 0) reply_.text += '\n';
+  reply_.text += text;
+  lines_ += line;
+  lines_ += '\n';
+  const bool last = line.size() == 3 || line[3] == ' ';
+  line_count_ = last ? 0 : line_count_ + 1;
+  return last;
+}
+
+void ReplyReader::Complain(std::string why) { complaint_ = std::move(why); }
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,40 @@
+// The mechanisms of signing in (RFC 4422). A new one is a file beside sasl_plain.cpp, a line at the end of this header
+// and a row in sasl.cpp.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "platform/result.h"
+#include "smtp/capabilities.h"
+#include "smtp/client.h"
+#include "smtp/secret.h"
+
+namespace quillcast::smtp {
+
+// One exchange. What goes in and out is plain bytes; the session puts base 64 around them.
+class SaslMechanism {
+ public:
+  virtual ~SaslMechanism() = default;
+  virtual const char* Name() const = 0;
+  // What goes out together with the mechanism's name; nothing when the server speaks first.
+  virtual std::optional<Secret> Start() = 0;
+  // The response to a challenge. Fails when the mechanism has nothing more to say.
+  virtual Result<Secret> Step(std::string_view challenge) = 0;
+};
+
+// Who signs in; the views must outlive the mechanism.
+struct Credentials {
+  std::string_view user;
+  std::string_view password;
+};
+
+// The mechanism for a mode among those that the server offers. Fails with a reason for people when there is none.
+Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
+                                                       const Credentials& credentials);
+
+std::unique_ptr<SaslMechanism> MakePlain(const Credentials& credentials);  // RFC 4616
+std::unique_ptr<SaslMechanism> MakeLogin(const Credentials& credentials);  // draft-murchison-sasl-login
+
+}  // namespace quillcast::smtp
