@@ -244,7 +244,10 @@ class Reader {
     if (closed.role == Role::kItem || closed.role == Role::kQuotation || closed.role == Role::kDescription) {
       layout_.PopPrefix();
     }
-    if (closed.role == Role::kRow && !open_.empty()) open_.back().cells = closed.cells;
+    if (closed.role == Role::kRow) {
+      open_.back().cells = closed.cells;  // rows are in tables
+      if (closed.cells > 1 && layout_.line_number() - closed.line_before == 1) layout_.CloseUp();
+    }
     layout_.ReleaseBlocks();
     layout_.Block(MarginOf(closed.role));
   }
@@ -272,7 +275,10 @@ class Reader {
     const Role role = RoleOf(token.name);
     dropping_ = role == Role::kDropped;
     if (dropping_) return;
-    if (!HasNoContent(token.name) && IsHidden(tokenizer_, token)) return hidden_.Begin(token);
+    if (IsHidden(tokenizer_, token)) {
+      if (!HasNoContent(token.name)) hidden_.Begin(token);
+      return;
+    }
     if (IsStacked(role)) return StartStacked(role, token);
     if (role == Role::kCell) return StartCell();
     if (role == Role::kBreak) return layout_.Break();
@@ -300,6 +306,7 @@ class Reader {
     if (role == Role::kQuotation) layout_.PushPrefix("> ", "> ");
     if (role == Role::kDescription) layout_.PushPrefix("  ", "  ");
     Push(role);
+    if (role == Role::kItem) layout_.HoldBlocks();
     if (role == Role::kNumbered) {
       open_.back().next_number = platform::ParseWholeNumber(tokenizer_.Value(token, "start")).value_or(1);
     }
