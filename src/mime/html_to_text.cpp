@@ -287,6 +287,7 @@ class Reader {
       CloseLink();
       link_target_ = ReadableTarget(tokenizer_.Value(token, "href"));
       in_link_ = !link_target_.empty();
+      size_before_link_ = layout_.size();
     }
     if (!IsBlock(role) && role != Role::kRule) return;
     if (token.name == "dt") PopIfInnermost(Role::kDescription);
@@ -368,7 +369,7 @@ class Reader {
     in_link_ = false;
     const std::string text = WithoutBlanks(link_text_);
     link_text_.clear();
-    if (text.empty()) return layout_.AddText('<' + link_target_ + '>');
+    if (layout_.size() == size_before_link_) return layout_.AddText('<' + link_target_ + '>');
     if (WithoutSchemeAndSlash(text) == WithoutSchemeAndSlash(WithoutBlanks(link_target_))) return;
     layout_.AppendToLine(" <" + link_target_ + '>');
   }
@@ -380,6 +381,7 @@ class Reader {
   std::array<std::size_t, kStackedRoles> open_counts_{};
   std::string link_target_;
   std::string link_text_;
+  std::size_t size_before_link_ = 0;
   bool in_link_ = false;
   bool dropping_ = false;
   bool after_pre_ = false;

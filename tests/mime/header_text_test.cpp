@@ -157,7 +157,7 @@ TEST(HeaderText, AnyValueComesBackInShortLines) {
     const std::string field = Subject(value.text(), encoding);
     ASSERT_TRUE(field.ends_with("\r\n"));
     ASSERT_EQ(ReadBack(field.substr(9, field.size() - 11)), value.text()) << field;
-    for (std::string_view line : platform::Split(field.substr(0, field.size() - 2), '\n')) {
+    for (std::string_view line : platform::Split(std::string_view(field).substr(0, field.size() - 2), '\n')) {
       if (line.ends_with('\r')) line.remove_suffix(1);
       ASSERT_TRUE(line.size() <= 76 || line.find("=?utf-8?") == std::string_view::npos) << field;
       ASSERT_LE(line.size(), 998U);

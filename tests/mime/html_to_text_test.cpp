@@ -45,6 +45,7 @@ constexpr Page kPages[] = {
     {"link around a picture",
      "<a href='http://x.example/'><img src=a.png></a> <a href='http://y.example'><img alt='Buy &amp; go'></a>",
      "<http://x.example/> Buy & go <http://y.example>\n"},
+    {"link around nothing visible", "<a href='x.example'>&#8203;</a>", "<x.example>\n"},
     {"unclosed links", "<a href=http://a.example>a<a href=http://b.example>b",
      "a <http://a.example>b <http://b.example>\n"},
     {"merge tags", "Dear $*MergeFirstName*$, <a href='https://x.example/?m=$*MergeEmail*$'>$*MergeTitle*$</a>",
