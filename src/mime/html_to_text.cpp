@@ -244,7 +244,10 @@ class Reader {
     if (closed.role == Role::kItem || closed.role == Role::kQuotation || closed.role == Role::kDescription) {
       layout_.PopPrefix();
     }
-    if (closed.role == Role::kRow && !open_.empty()) open_.back().cells = closed.cells;
+    if (closed.role == Role::kRow) {
+      open_.back().cells = closed.cells;  // rows are in tables
+      if (closed.cells > 1 && layout_.line_number() - closed.line_before == 1) layout_.CloseUp();
+    }
     layout_.ReleaseBlocks();
     layout_.Block(MarginOf(closed.role));
   }
@@ -272,7 +275,10 @@ class Reader {
     const Role role = RoleOf(token.name);
     dropping_ = role == Role::kDropped;
     if (dropping_) return;
-    if (!HasNoContent(token.name) && IsHidden(tokenizer_, token)) return hidden_.Begin(token);
+    if (IsHidden(tokenizer_, token)) {
+      if (!HasNoContent(token.name)) hidden_.Begin(token);
+      return;
+    }
     if (IsStacked(role)) return StartStacked(role, token);
     if (role == Role::kCell) return StartCell();
     if (role == Role::kBreak) return layout_.Break();
@@ -281,6 +287,7 @@ class Reader {
       CloseLink();
       link_target_ = ReadableTarget(tokenizer_.Value(token, "href"));
       in_link_ = !link_target_.empty();
+      size_before_link_ = layout_.size();
     }
     if (!IsBlock(role) && role != Role::kRule) return;
     if (token.name == "dt") PopIfInnermost(Role::kDescription);
@@ -300,6 +307,7 @@ class Reader {
     if (role == Role::kQuotation) layout_.PushPrefix("> ", "> ");
     if (role == Role::kDescription) layout_.PushPrefix("  ", "  ");
     Push(role);
+    if (role == Role::kItem) layout_.HoldBlocks();
     if (role == Role::kNumbered) {
       open_.back().next_number = platform::ParseWholeNumber(tokenizer_.Value(token, "start")).value_or(1);
     }
@@ -361,7 +369,7 @@ class Reader {
     in_link_ = false;
     const std::string text = WithoutBlanks(link_text_);
     link_text_.clear();
-    if (text.empty()) return layout_.AddText('<' + link_target_ + '>');
+    if (layout_.size() == size_before_link_) return layout_.AddText('<' + link_target_ + '>');
     if (WithoutSchemeAndSlash(text) == WithoutSchemeAndSlash(WithoutBlanks(link_target_))) return;
     layout_.AppendToLine(" <" + link_target_ + '>');
   }
@@ -373,6 +381,7 @@ class Reader {
   std::array<std::size_t, kStackedRoles> open_counts_{};
   std::string link_target_;
   std::string link_text_;
+  std::size_t size_before_link_ = 0;
   bool in_link_ = false;
   bool dropping_ = false;
   bool after_pre_ = false;

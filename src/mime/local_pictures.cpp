@@ -153,7 +153,7 @@ class Finder {
       std::size_t address_end = at;
       while (address_end > begin && html_[address_end - 1] == ',') --address_end;
       if (address_end > begin) Add(begin, address_end, true);
-      while (address_end == at && at < end && html_[at] != ',') ++at;
+      if (address_end == at) at = std::min(html_.find(',', at), end);
     }
   }
 

@@ -101,10 +101,6 @@ void TextLayout::CellGap() {
   collapsible_ = true;
 }
 
-void TextLayout::ReleaseBlocks() { held_ = false; }
-
-void TextLayout::AppendToLine(std::string_view utf8) { out_ += utf8; }
-
 void TextLayout::PushPrefix(std::string first, std::string rest) {
   if (depth_ < kDrawnLevels) prefixes_.push_back({std::move(first), std::move(rest)});
   ++depth_;

@@ -23,17 +23,21 @@ class TextLayout {
 
   // A table cell that goes on in the line of the one before it.
   void CellGap();
-  // Until the next text, blocks that begin or end make no line: what a cell wraps its text in.
+  // Until the next text, blocks that begin or end make no line: what a cell or a list item wraps its text in.
   void HoldBlocks() { held_ = true; }
   // Undoes both, for a block that stands on its own wherever it is.
-  void ReleaseBlocks();
-  // Text for the end of the line that is open, before the boundaries that were announced since.
-  void AppendToLine(std::string_view utf8);
+  void ReleaseBlocks() { held_ = false; }
+  // Takes back the boundaries since the last text, as between the rows of a table.
+  void CloseUp() { breaks_ = block_ = 0; }
+  // Text for the end of the last line, which must have been begun, before the boundaries that were announced since.
+  void AppendToLine(std::string_view utf8) { out_ += utf8; }
 
   // What each line begins with from now on: `first` once, then `rest`. Of deep nesting only the outer levels are drawn.
   void PushPrefix(std::string first, std::string rest);
   void PopPrefix();
 
+  // Grows with everything that is shown.
+  std::size_t size() const { return out_.size(); }
   // Counts up with each line that text begins.
   std::size_t line_number() const { return line_number_; }
 

@@ -1,0 +1,33 @@
+// Any bytes taken for HTML: the tokens cover the source without gaps, the pictures lie within it.
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "mime/html_to_text.h"
+#include "mime/html_tokenizer.h"
+#include "mime/local_pictures.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace quillcast::mime;
+  const std::string_view html(reinterpret_cast<const char*>(data), size);
+  HtmlTokenizer tokenizer(html);
+  HtmlToken token;
+  std::size_t at = 0;
+  while (tokenizer.Next(token)) {
+    if (token.begin != at || token.end <= token.begin) std::abort();
+    at = token.end;
+  }
+  if (at != size) std::abort();
+
+  const std::string text = HtmlToText(html);
+  if (!text.empty() && (text.back() != '\n' || text.find(" \n") != std::string::npos)) std::abort();
+
+  std::size_t end = 0;
+  const auto pictures = FindLocalPictures(html);
+  for (const PictureReference& picture : pictures) {
+    if (picture.offset < end || picture.offset + picture.length > size) std::abort();
+    end = picture.offset + picture.length;
+  }
+  if (RewriteReferences(html, pictures, std::vector<std::string>(pictures.size())) != html) std::abort();
+  return 0;
+}

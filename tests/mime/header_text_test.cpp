@@ -1,0 +1,179 @@
+// Header fields: written out by hand for the rules, and read back by a small decoder of its own for any text.
+#include "mime/header_text.h"
+
+#include <gtest/gtest.h>
+
+#include "mime/base64.h"
+#include "mime/quoted_printable.h"
+#include "mime/random_text.h"
+#include "platform/text.h"
+
+namespace quillcast::mime {
+namespace {
+
+constexpr const char* kLong = "One two three four five six seven eight nine ten eleven twelve thirteen fourteen";
+
+std::string Subject(std::string_view value, HeaderEncoding encoding = HeaderEncoding::kQ,
+                    const Charset& charset = Charset::Utf8()) {
+  std::string out;
+  AppendUnstructured(out, "Subject", value, charset, encoding);
+  return out;
+}
+
+TEST(HeaderText, HoldsNoLineBreak) {
+  EXPECT_EQ(HeaderText("a\r\nBcc: b\x00\x1B\x7F z").text(), "a  Bcc: b");
+  EXPECT_EQ(HeaderText(std::string("a\0b\tc\xC2\x85"
+                                   "d\xFF ",
+                                   9))
+                .text(),
+            "a b c d\uFFFD");
+  EXPECT_EQ(HeaderText(" \r\n ").text(), "");
+}
+
+TEST(HeaderText, WritesUnstructuredText) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"Plain words", "Subject: Plain words\r\n"},
+      {"", "Subject: \r\n"},
+      {"a\r\nBcc: x@example.org", "Subject: a  Bcc: x@example.org\r\n"},
+      {"For caf\u00E9 owners", "Subject: For =?utf-8?Q?caf=C3=A9?= owners\r\n"},
+      {"\u00E9 \u00E9 x", "Subject: =?utf-8?Q?=C3=A9_=C3=A9?= x\r\n"},
+      {"read =?utf-8?Q?x?= now", "Subject: read =?utf-8?Q?=3D=3Futf-8=3FQ=3Fx=3F=3D?= now\r\n"},
+      {kLong, "Subject: One two three four five six seven eight nine ten eleven twelve\r\n thirteen fourteen\r\n"},
+  };
+  for (const auto& [value, expected] : cases) EXPECT_EQ(Subject(value), expected);
+}
+
+TEST(HeaderText, ChoosesTheEncodingAsked) {
+  const Charset western = *FindCharset("windows-1252");
+  EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kB), "Subject: =?utf-8?B?Y2Fmw6k=?=\r\n");
+  EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kQ, western), "Subject: =?windows-1252?Q?caf=E9?=\r\n");
+  EXPECT_EQ(Subject("abcdefghijkl\u00E9", HeaderEncoding::kNone), "Subject: =?utf-8?Q?abcdefghijkl=C3=A9?=\r\n");
+  EXPECT_EQ(Subject("\u0416\u0416\u0416", HeaderEncoding::kNone), "Subject: =?utf-8?B?0JbQltCW?=\r\n");
+  EXPECT_TRUE(CanEncode(western, "\u20AC"));
+  EXPECT_FALSE(CanEncode(western, "\u0416"));
+}
+
+TEST(HeaderText, WritesMailboxes) {
+  struct Case {
+    const char* name;
+    const char* address;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"", "ada@example.org", "To: ada@example.org\r\n"},
+      {"Ada Lovelace", "ada@example.org", "To: Ada Lovelace <ada@example.org>\r\n"},
+      {"Lovelace, Ada", "ada@example.org", "To: \"Lovelace, Ada\" <ada@example.org>\r\n"},
+      {"Ada \"Count\\ess\"", "a@example.org", "To: \"Ada \\\"Count\\\\ess\\\"\" <a@example.org>\r\n"},
+      {"Zo\u00EB, x", "zoe@example.org", "To: =?utf-8?Q?Zo=C3=AB=2C_x?= <zoe@example.org>\r\n"},
+      {"=?utf-8?Q?x?=", "a@example.org", "To: =?utf-8?Q?=3D=3Futf-8=3FQ=3Fx=3F=3D?= <a@example.org>\r\n"},
+      {"A\r\nBcc: b", "a@example.org>,\r\n <b@example.org", "To: \"A  Bcc: b\" <a@example.orgb@example.org>\r\n"},
+      {"", "\"a, b\"@example.org", "To: \"a, b\"@example.org\r\n"},
+      {"", "\"a, b@example.org", "To: ab@example.org\r\n"},
+      {"A name that fills the line so that its address goes below", "somebody@example.org",
+       "To: A name that fills the line so that its address goes below\r\n <somebody@example.org>\r\n"},
+  };
+  for (const Case& c : cases) {
+    std::string out;
+    AppendMailbox(out, "To", c.name, c.address, Charset::Utf8(), HeaderEncoding::kQ);
+    EXPECT_EQ(out, c.expected);
+  }
+}
+
+TEST(HeaderText, WritesFileNames) {
+  struct Case {
+    std::string file;
+    std::string disposition;
+    std::string type;
+  };
+  const Case cases[] = {
+      {"a b.pdf", ";\r\n filename=\"a b.pdf\"", ";\r\n name=\"a b.pdf\""},
+      {"../x\"\r\ny", ";\r\n filename=\"..x\\\"y\"", ";\r\n name=\"..x\\\"y\""},
+      {"/", ";\r\n filename=\"attachment\"", ";\r\n name=\"attachment\""},
+      {"\u00FC 1.txt", ";\r\n filename=\"_ 1.txt\";\r\n filename*=utf-8''%C3%BC%201.txt",
+       ";\r\n name=\"=?utf-8?B?w7wgMS50eHQ=?=\""},
+      {std::string(90, 'n') + ".pdf",
+       ";\r\n filename=\"" + std::string(46, 'n') + ".pdf\";\r\n filename*0*=utf-8''" + std::string(57, 'n') +
+           ";\r\n filename*1*=" + std::string(33, 'n') + ".pdf",
+       ";\r\n name=\"=?utf-8?Q?" + std::string(56, 'n') + "?=\r\n =?utf-8?Q?" + std::string(34, 'n') + "=2Epdf?=\""},
+  };
+  for (const Case& c : cases) {
+    std::string out;
+    AppendParameter(out, "filename", c.file);
+    EXPECT_EQ(out, c.disposition);
+    out.clear();
+    AppendNameParameter(out, c.file);
+    EXPECT_EQ(out, c.type);
+  }
+}
+
+TEST(HeaderText, WritesDatesInEnglishWithTheirOffset) {
+  std::tm local{};
+  local.tm_year = 97, local.tm_mon = 10, local.tm_mday = 21, local.tm_wday = 5;
+  local.tm_hour = 9, local.tm_min = 55, local.tm_sec = 6;
+  EXPECT_EQ(FormatDate(local, -21600), "Fri, 21 Nov 1997 09:55:06 -0600");
+  EXPECT_EQ(FormatDate(local, 20700), "Fri, 21 Nov 1997 09:55:06 +0545");
+  EXPECT_EQ(FormatDate(local, -1800), "Fri, 21 Nov 1997 09:55:06 -0030");
+}
+
+TEST(HeaderText, MakesIdentifiersThatHoldNothingForeign) {
+  EXPECT_EQ(MakeMessageId(1, 33, "ex ample.org>\r\n"), "<100000000000.110000000000@example.org>");
+  EXPECT_EQ(MakeMessageId(0, 0, ""), "<000000000000.000000000000@localhost>");
+  EXPECT_EQ(MakeBoundary(31, 0), "=_v00000000000000000000000");
+  EXPECT_NE(MakeBoundary(1ULL << 59, 0), MakeBoundary(0, 0));
+}
+
+// Reads an unstructured value as RFC 2047 says readers do, for UTF-8 only.
+std::string ReadBack(std::string value) {
+  value = platform::ReplaceAll(value, "\r\n", "");
+  std::string out;
+  bool after_word = false;
+  for (std::size_t at = 0; at < value.size();) {
+    const std::size_t word = std::min(value.find_first_not_of(' ', at), value.size());
+    const std::size_t end = std::min(value.find(' ', word), value.size());
+    const std::string token = value.substr(word, end - word);
+    const bool encoded = token.starts_with("=?utf-8?") && token.ends_with("?=");
+    if (!(encoded && after_word)) out += value.substr(at, word - at);
+    if (encoded) {
+      std::string text = token.substr(10, token.size() - 12);
+      if (token[8] == 'B') text = DecodeBase64(text).value_or("not base64");
+      if (token[8] == 'Q') text = DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
+      out += text;
+    } else {
+      out += token;
+    }
+    after_word = encoded;
+    at = end;
+  }
+  return out;
+}
+
+TEST(HeaderText, AnyValueComesBackInShortLines) {
+  std::mt19937 random(3);
+  const std::vector<std::string> alphabet = {" ",  " ",  "a", "Wort", "\u00E9", "\u20AC",     "\U0001F600",
+                                             "=?", "?=", "_", "=",    "\"",     "elevenchars"};
+  for (int round = 0; round < 6000; ++round) {
+    const HeaderText value(RandomText(random, alphabet, 60));
+    const auto encoding = static_cast<HeaderEncoding>(round % 3);
+    const std::string field = Subject(value.text(), encoding);
+    ASSERT_TRUE(field.ends_with("\r\n"));
+    ASSERT_EQ(ReadBack(field.substr(9, field.size() - 11)), value.text()) << field;
+    for (std::string_view line : platform::Split(std::string_view(field).substr(0, field.size() - 2), '\n')) {
+      if (line.ends_with('\r')) line.remove_suffix(1);
+      ASSERT_TRUE(line.size() <= 76 || line.find("=?utf-8?") == std::string_view::npos) << field;
+      ASSERT_LE(line.size(), 998U);
+      ASSERT_NE(line.find_first_not_of(' '), std::string_view::npos) << field;
+      for (const std::string_view word : platform::Split(line, ' ')) {
+        ASSERT_TRUE(word.size() <= 75 || !word.starts_with("=?utf-8?"));
+      }
+    }
+  }
+  for (const std::string& hard :
+       {std::string(5000, 'x'), "a" + std::string(3000, ' ') + "b", "a " + std::string(2000, '.')}) {
+    const std::string field = Subject(hard);
+    EXPECT_EQ(ReadBack(field.substr(9, field.size() - 11)), hard);
+    for (const std::string_view line : platform::Split(field, '\n')) EXPECT_LE(line.size(), 77U);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::mime

@@ -1,0 +1,89 @@
+// Which addresses in HTML are files of this computer, where they stand, and putting others in their place.
+#include "mime/local_pictures.h"
+
+#include <gtest/gtest.h>
+
+#include "mime/media_type.h"
+
+namespace quillcast::mime {
+namespace {
+
+// The raw texts and the paths found: "raw->path;".
+std::string Found(std::string_view html) {
+  std::string found;
+  for (const PictureReference& r : FindLocalPictures(html)) {
+    found += std::string(html.substr(r.offset, r.length)) + "->" + r.path + ';';
+  }
+  return found;
+}
+
+TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"<img src=a.png><IMG SRC=' b c.png '>", "a.png->a.png;b c.png->b c.png;"},
+      {"<input type=image src=\"x/y.gif?v=1#f\">", "x/y.gif?v=1#f->x/y.gif;"},
+      {"<img src='a&amp;b%20c%2.png'>", "a&amp;b%20c%2.png->a&b c%2.png;"},
+      {"<img src='file:///home/a%C3%A9.png'>", "file:///home/a%C3%A9.png->/home/a\u00E9.png;"},
+      {"<img src='FILE://localhost/x.png'><img src='file:/y.png'>",
+       "FILE://localhost/x.png->/x.png;file:/y.png->/y.png;"},
+      {"<img src='C:\\pics\\a.png'>", "C:\\pics\\a.png->C:/pics/a.png;"},
+      {"<body background=b.jpg><table><td background='c.jpg'>", "b.jpg->b.jpg;c.jpg->c.jpg;"},
+      {"<img style=x srcset='a.png, b.png 2x,data:image/png;base64,AA== 3x' src=c.png>",
+       "a.png->a.png;b.png->b.png;c.png->c.png;"},
+      {"<p style=\"background: URL( &quot;a b.png&quot; ) x, url('c.png'),url(d.png)\">",
+       "a b.png->a b.png;c.png->c.png;d.png->d.png;"},
+      {"<style>@import url(x.css?1);/* url(no.png) */p{background:url(\"a&amp;b.png\")}@import "
+       "'q';i{b:url(z.png)}</style>",
+       "a&amp;b.png->a&amp;b.png;z.png->z.png;"},
+      {"<style>@font-face{src:url(f.woff2)}</style><img src=first.png src=second.png>", "first.png->first.png;"},
+      {"<p style=\"background:url('never closed\"><img src=a.png>", "a.png->a.png;"},
+      {"<img src='http://x/a.png'><img src='HTTPS:a'><img src='//x/a.png'><img src='\\\\x\\a.png'><img src='data:x'>"
+       "<img src='cid:x'><img src='mailto:x'><img src='about:blank'><img src=''><img src=' #x'><img src><img "
+       "src='a%00b'>"
+       "<img src='file://server/x.png'><img src='$*MergeID*$.png'><script src=a.js></script><!--<img src=a.png>-->",
+       ""},
+      {"<img src='ht\ntp://x/a.png'>", ""},
+  };
+  for (const auto& [html, expected] : cases) EXPECT_EQ(Found(html), expected) << html;
+}
+
+TEST(LocalPictures, ReplacesAddressesAndNothingElse) {
+  const std::string html = "<a  HREF=x><img src='a.png' alt=\"a.png\"><p style='b:url(b.png)'><img src=c.png>";
+  const auto found = FindLocalPictures(html);
+  EXPECT_EQ(RewriteReferences(html, found, {"cid:1@x", "", "cid:3@x"}),
+            "<a  HREF=x><img src='cid:1@x' alt=\"a.png\"><p style='b:url(b.png)'><img src=cid:3@x>");
+  EXPECT_EQ(RewriteReferences(html, {}, {}), html);
+}
+
+TEST(MediaType, KnowsPicturesByContentAndTheRestByName) {
+  struct Case {
+    const char* name;
+    std::string_view content;
+    const char* type;
+  };
+  const Case cases[] = {
+      {"a.txt", "\x89PNG\r\n\x1A\n....", "image/png"},
+      {"a", "\xFF\xD8\xFF\xE0", "image/jpeg"},
+      {"a.gif", "GIF89a...", "image/gif"},
+      {"a", "RIFF....WEBPVP8 ", "image/webp"},
+      {"a.wav", "RIFF....WAVEfmt ", "audio/wav"},
+      {"a",
+       std::string_view("\0\0\0\x1C"
+                        "ftypavif",
+                        12),
+       "image/avif"},
+      {"a", std::string_view("BM\x10\0\0\0\0\0\0\0\x36\0\0\0", 14), "image/bmp"},
+      {"BMW.txt", "BMW is a make of car", "text/plain"},
+      {"a", "\xEF\xBB\xBF<?xml version='1.0'?>\n<!-- x > y -->\n<!DOCTYPE svg><svg xmlns='x'>", "image/svg+xml"},
+      {"a.html", "<html><svg>", "text/html"},
+      {"Offer.PDF", "%PDF-1.7", "application/pdf"},
+      {"x.tar.gz", "", "application/gzip"},
+      {"7z.7z", "", "application/x-7z-compressed"},
+      {"pdf", "", "application/octet-stream"},
+      {"a.pdf/readme", "", "application/octet-stream"},
+      {"x.", "", "application/octet-stream"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(MediaTypeOf(c.name, c.content), c.type) << c.name;
+}
+
+}  // namespace
+}  // namespace quillcast::mime
