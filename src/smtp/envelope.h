@@ -21,7 +21,7 @@ struct Envelope {
   bool eight_bit = false;  // some octet of the message is above 127 (BODY=8BITMIME, RFC 6152)
   DsnNotify notify = DsnNotify::kNone;
   DsnReturn dsn_return = DsnReturn::kNone;
-  std::string envelope_id;  // ENVID, empty for none; encoded as xtext by the session
+  std::string envelope_id = {};  // ENVID, empty for none; encoded as xtext by the session
 };
 
 // The bytes of one message, complete (headers and body, CRLF line ends, the last line ended), in pieces. A session may

@@ -1,0 +1,129 @@
+// A server in a thread of the test that does to each connection what its script says, and remembers what it was told.
+#pragma once
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <openssl/ssl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/file.h"
+
+namespace quillcast::smtp {
+
+// One accepted connection, blocking, in clear until StartTls.
+class Peer {
+ public:
+  explicit Peer(platform::UniqueFd socket) : socket_(std::move(socket)) {}
+  ~Peer() { SSL_free(tls_); }
+  Peer(const Peer&) = delete;
+  Peer& operator=(const Peer&) = delete;
+
+  void Say(const std::string& text) {
+    if (tls_ != nullptr) {
+      SSL_write(tls_, text.data(), static_cast<int>(text.size()));
+    } else {
+      (void)!::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL);
+    }
+  }
+  // The next line without its end; empty at the end of the connection.
+  std::string Line() {
+    for (;;) {
+      const auto end = pending_.find("\r\n");
+      if (end != std::string::npos) {
+        const std::string line = pending_.substr(0, end);
+        pending_.erase(0, end + 2);
+        return line;
+      }
+      char buffer[4096];
+      const auto count = tls_ != nullptr ? SSL_read(tls_, buffer, sizeof buffer)
+                                         : static_cast<int>(::recv(socket_.get(), buffer, sizeof buffer, 0));
+      if (count <= 0) return "";
+      pending_.append(buffer, static_cast<std::size_t>(count));
+    }
+  }
+  // Everything up to the line with the dot alone.
+  std::string Message() {
+    std::string message;
+    for (std::string line = Line(); line != "."; line = Line()) {
+      message += line + "\n";
+      if (message.size() > 1U << 20) break;
+    }
+    return message;
+  }
+  bool StartTls(SSL_CTX* context) {
+    tls_ = SSL_new(context);
+    SSL_set_fd(tls_, socket_.get());
+    return SSL_accept(tls_) == 1;
+  }
+  // Waits until the client has gone, as a server that answers nothing does.
+  void Stall() {
+    while (!Line().empty()) {
+    }
+  }
+  bool resumed() const { return SSL_session_reused(tls_) == 1; }
+
+ private:
+  platform::UniqueFd socket_;
+  SSL* tls_ = nullptr;
+  std::string pending_;
+};
+
+class ScriptedServer {
+ public:
+  // `serve` is called for each connection in turn, with its number from 0; closing follows.
+  explicit ScriptedServer(std::function<void(Peer&, int)> serve) : serve_(std::move(serve)) {
+    listener_ = platform::UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(::bind(listener_.get(), generic, length), 0);
+    EXPECT_EQ(::listen(listener_.get(), 8), 0);
+    ::getsockname(listener_.get(), generic, &length);
+    port_ = ntohs(address.sin_port);
+    thread_ = std::thread([this] { Loop(); });
+  }
+  ~ScriptedServer() {
+    stop_ = true;
+    ::shutdown(listener_.get(), SHUT_RDWR);
+    thread_.join();
+  }
+  ScriptedServer(const ScriptedServer&) = delete;
+  ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+  std::uint16_t port() const { return port_; }
+  int connections() const { return connections_; }
+
+ private:
+  void Loop() {
+    while (!stop_) {
+      pollfd ready{listener_.get(), POLLIN, 0};
+      ::poll(&ready, 1, 100);
+      if (ready.revents == 0 || stop_) continue;
+      platform::UniqueFd socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+      if (!socket) continue;
+      Peer peer(std::move(socket));
+      serve_(peer, connections_++);
+    }
+  }
+
+  std::function<void(Peer&, int)> serve_;
+  platform::UniqueFd listener_;
+  std::uint16_t port_ = 0;
+  std::atomic<int> connections_ = 0;
+  std::atomic<bool> stop_ = false;
+  std::thread thread_;
+};
+
+}  // namespace quillcast::smtp
