@@ -100,8 +100,9 @@ void AppendParameter(std::string& out, std::string_view attribute, std::string_v
   const std::string name = SafeFileName(file_name);
   const std::string simple = std::string(attribute) + '=' + Quoted(name);
   const bool fits = platform::IsAscii(name) && simple.size() + 2 <= kLongestLine;
-  AppendLine(out, fits ? simple : std::string(attribute) + '=' + Quoted(PlainStandIn(name)));
+  // The true name goes first: some readers take whichever form they meet first.
   if (!fits) AppendExtended(out, attribute, name);
+  AppendLine(out, fits ? simple : std::string(attribute) + '=' + Quoted(PlainStandIn(name)));
 }
 
 void AppendNameParameter(std::string& out, std::string_view file_name) {

@@ -24,6 +24,13 @@ Result<void> BodyWriter::Fill(std::string& out, std::size_t enough) {
     const char last = piece->back();
     after_cr_ = last == '\r';
     at_line_start_ = last == '\n';
+    // With the last octet of a counted message the server has all of it and may answer at once: the end is known now,
+    // not when somebody asks for more.
+    if (form_ == Form::kCounted && taken_ == size_) {
+      const auto rest = source_->Next();
+      if (!rest) return rest.error();
+      return rest->empty() ? End(out) : WrongSize();
+    }
   }
   return {};
 }

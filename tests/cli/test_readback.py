@@ -3,6 +3,8 @@ import email
 import email.policy
 import itertools
 import unittest
+from email.header import decode_header, make_header
+from email.utils import parseaddr
 
 from quillcast import Case
 
@@ -27,6 +29,16 @@ def merged(text, fields):
     for tag in ("Email", "FirstName", "City", "Company"):
         text = text.replace(f"$*Merge{tag}*$", fields.get(tag, ""))
     return text
+
+
+def content(part):
+    return part.get_content().replace("\r\n", "\n")
+
+
+def mailbox(raw, field):
+    """(display name, address). By the older reader: the newer one leaves blanks between encoded words of a name in."""
+    name, address = parseaddr(email.message_from_bytes(raw)[field])
+    return str(make_header(decode_header(name))), address
 
 
 def parse(raw):
@@ -56,17 +68,17 @@ class ReadBack(Case):
 
     def check_body(self, message, person, charset, text_part):
         html = message.get_body(("html",))
-        content = html.get_content().rstrip("\n")
+        read = content(html).rstrip("\n")
         wanted = merged(HTML, person)
         for _, reference in (("a", "pic%20ture.png"), ("b", "pic ture.png")):
             wanted = wanted.replace(reference, "cid:" + self.picture_id(message))
         if charset != "utf-8":
             wanted = "".join(c if self.in_windows(c) else f"&#{ord(c)};" for c in wanted)
-        self.assertEqual(content, wanted.rstrip("\n"))
+        self.assertEqual(read, wanted.rstrip("\n"))
         text = message.get_body(("plain",))
         self.assertEqual(text is not None, text_part)
         if text_part:
-            words = text.get_content()
+            words = content(text)
             self.assertIn(merged("Dear $*MergeFirstName*$,", person).strip(), words)
             self.assertIn("漢字", words, "a text part that the set cannot hold goes out as UTF-8")
 
@@ -99,16 +111,15 @@ class ReadBack(Case):
             self.assertEqual(code, 0, err)
             messages = box.messages()
             self.assertEqual(len(messages), len(self.people))
+            attachments = {name.replace("\\", ""): content for name, content in self.attachments.items()}
             identifiers = set()
             for (recipient, raw), person in zip(messages, self.people):
                 message = parse(raw)
                 self.assertEqual(recipient, person["Email"])
                 self.assertEqual(str(message["Subject"]), merged(subject, person).replace("\t", " ").strip())
-                self.assertEqual(message["From"].addresses[0].display_name, 'Ada "Łöve" Ω, Inc.')
-                self.assertEqual(message["From"].addresses[0].addr_spec, "ada@sender.example")
+                self.assertEqual(mailbox(raw, "From"), ('Ada "Łöve" Ω, Inc.', "ada@sender.example"))
                 name = person["FirstName"] if to_field == "First Name" else ""
-                self.assertEqual(message["To"].addresses[0].addr_spec, person["Email"])
-                self.assertEqual(message["To"].addresses[0].display_name, name.strip())
+                self.assertEqual(mailbox(raw, "To"), (name.strip(), person["Email"]))
                 self.assertEqual(message["X-Mailer"], "Tarnwick Quillcast Classic 1.0")
                 self.assertEqual(message["X-Priority"], "1")
                 self.assertEqual(message["Disposition-Notification-To"], "ada@sender.example")
@@ -116,7 +127,7 @@ class ReadBack(Case):
                 identifiers.add(message["Message-ID"])
                 self.check_body(message, person, "utf-8" if "UTF" in charset else "windows-1252", text_part == "1")
                 read = {part.get_filename(): part.get_payload(decode=True) for part in message.iter_attachments()}
-                self.assertEqual(read, self.attachments)
+                self.assertEqual(read, attachments)
                 self.assertEqual(message.defects, [])
                 count += 1
             self.assertEqual(len(identifiers), len(messages), "a Message-ID came twice")
@@ -133,11 +144,11 @@ class ReadBack(Case):
         for (_, raw), person in zip(box.messages(), self.people):
             message = parse(raw)
             self.assertEqual(message.get_content_type(), "text/plain")
-            self.assertEqual(message.get_content(), merged(
+            self.assertEqual(content(message), merged(
                 "Dear $*MergeFirstName*$,\n\n.dot\nFrom me\n  indented   \n<b>not bold</b> & so\n", person))
         _, code, err = self.send("--group", "All", "--subject", "s", "--body", self.body, "--text", text, "--format", "Text")
         self.assertEqual(code, 0, err)
-        self.assertIn("<b>not bold</b>", parse(box.messages()[-1][1]).get_content())
+        self.assertIn("<b>not bold</b>", content(parse(box.messages()[-1][1])))
 
     def test_one_message_to_a_file_and_the_preview(self):
         self.account(25)
@@ -148,7 +159,7 @@ class ReadBack(Case):
         self.ok("preview", "--subject", "Hi $*MergeFirstName*$", "--body", self.body)
         preview = parse((self.profile / "Temp" / "Preview.eml").read_bytes())
         self.assertEqual(str(preview["Subject"]), "Hi $*MergeFirstName*$")
-        self.assertIn("Dear $*MergeFirstName*$,", preview.get_body(("html",)).get_content())
+        self.assertIn("Dear $*MergeFirstName*$,", content(preview.get_body(("html",))))
         self.assertEqual((self.profile / "Temp" / "Preview.htm").read_text(), HTML)
 
 
