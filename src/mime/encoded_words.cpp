@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "mime/base64.h"
+#include "platform/base64.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -65,7 +65,7 @@ void AppendEncodedWords(std::string& out, std::string_view utf8, const Charset& 
   const auto write_word = [&] {
     const std::size_t start = out.size();
     out += opening;
-    q ? AppendQ(out, word) : AppendBase64(out, word);
+    q ? AppendQ(out, word) : platform::AppendBase64(out, word);
     out += "?=";
     column += out.size() - start;
     word.clear();

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "mime/base64.h"
+#include "platform/base64.h"
 
 namespace quillcast::sending {
 namespace {
@@ -40,7 +40,7 @@ std::optional<FileTrouble> SharedTail::Append(std::string_view bytes) {
 }
 
 std::optional<FileTrouble> SharedTail::AppendFileAsBase64(int fd, const std::filesystem::path& file) {
-  mime::Base64LineEncoder encoder;
+  platform::Base64LineEncoder encoder;
   std::string block(kFileBlock, '\0');
   std::string encoded;
   for (;;) {

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/base64.h"
 #include "platform/text.h"
-#include "smtp/base64.h"
 #include "smtp/command.h"
 
 namespace quillcast::smtp {
@@ -303,7 +303,8 @@ void ClientSession::SignInWith(std::unique_ptr<SaslMechanism> mechanism) {
   const std::string command = std::string("AUTH ") + mechanism_->Name();
   const auto initial = mechanism_->Start();
   if (!initial) return SendSecret(command, command);
-  std::string coded = EncodeBase64(initial->view());
+  std::string coded;
+  platform::AppendBase64(coded, initial->view());
   std::string line;
   line.reserve(command.size() + coded.size() + 2);
   // RFC 4954 4: an empty initial response is "=".
@@ -314,11 +315,12 @@ void ClientSession::SignInWith(std::unique_ptr<SaslMechanism> mechanism) {
 }
 
 void ClientSession::OnChallenge(const ServerReply& reply) {
-  const auto challenge = DecodeBase64(platform::Trim(reply.text));
+  const auto challenge = platform::DecodeBase64(platform::Trim(reply.text));
   if (!challenge) return Fail(ResultCode::kAuthProtocolError, "The server broke the exchange that signs in.");
   const auto response = mechanism_->Step(*challenge);
   if (!response) return Fail(ResultCode::kAuthProtocolError, response.error().what);
-  std::string coded = EncodeBase64(response->view());
+  std::string coded;
+  platform::AppendBase64(coded, response->view());
   SendSecret(coded, "****");
   Wipe(coded);
 }

@@ -1,38 +1,12 @@
 // Signing in to the mailbox: AUTH PLAIN (RFC 4616) and AUTH LOGIN, as RFC 4954 frames them.
-#include <array>
-#include <optional>
 #include <utility>
 
+#include "platform/base64.h"
 #include "platform/text.h"
 #include "smtp/server_session.h"
 
 namespace quillcast::smtp {
 namespace {
-
-constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-// Strict: no blanks, padding where it belongs. Nothing when it is not base64.
-std::optional<std::string> DecodeBase64(std::string_view text) {
-  if (text.size() % 4 != 0) return {};
-  std::size_t padding = 0;
-  while (padding < 2 && text.ends_with('=')) {
-    text.remove_suffix(1);
-    ++padding;
-  }
-  std::string out;
-  unsigned bits = 0;
-  int count = 0;
-  for (const char c : text) {
-    const auto value = kBase64.find(c);
-    if (value == std::string_view::npos) return {};
-    bits = (bits << 6 | static_cast<unsigned>(value)) & 0xFFFFFF;
-    count += 6;
-    if (count < 8) continue;
-    count -= 8;
-    out += static_cast<char>(bits >> count & 0xFF);
-  }
-  return out;
-}
 
 // Takes as long for any text of that length.
 bool SameSecret(std::string_view a, std::string_view b) {
@@ -68,7 +42,7 @@ void ServerSession::Auth(std::string_view argument) {
 void ServerSession::TakeAuthLine(std::string_view line) {
   const Phase phase = std::exchange(phase_, Phase::kCommand);
   if (line == "*") return Complain({501, "5.7.0", "Signing in was given up"});
-  const auto text = DecodeBase64(line);
+  const auto text = platform::DecodeBase64(line);
   if (!text) return Complain(kBadBase64);
   if (phase == Phase::kAuthResponse) return TakePlain(*text);
   if (phase == Phase::kAuthPassword) return FinishAuth(auth_user_, *text);

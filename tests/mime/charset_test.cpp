@@ -7,7 +7,7 @@ namespace quillcast::mime {
 namespace {
 
 TEST(Charset, IsFoundByAnyOfItsNames) {
-  EXPECT_EQ(FindCharset("Windows-1252")->MimeName(), "windows-1252");
+  EXPECT_EQ(FindCharset("Windows-1252")->MimeName(), "Windows-1252");
   EXPECT_EQ(FindCharset("UTF8"), Charset::Utf8());
   EXPECT_FALSE(FindCharset(""));
   EXPECT_FALSE(FindCharset("windows-12520"));

@@ -1,9 +1,9 @@
 // Base64 and quoted-printable: the RFCs' own examples, and what must hold for any bytes cut anywhere.
 #include <gtest/gtest.h>
 
-#include "mime/base64.h"
 #include "mime/quoted_printable.h"
 #include "mime/random_text.h"
+#include "platform/base64.h"
 #include "platform/text.h"
 
 namespace quillcast::mime {
@@ -20,16 +20,16 @@ TEST(Base64, EncodesTheExamplesOfRfc4648) {
                                                        {"\xFB\xFF\xFE", "+//+"}};
   for (const auto& [bytes, text] : cases) {
     std::string out = "kept ";
-    AppendBase64(out, bytes);
+    platform::AppendBase64(out, bytes);
     EXPECT_EQ(out, std::string("kept ") + text);
-    EXPECT_EQ(DecodeBase64(text), bytes);
+    EXPECT_EQ(platform::DecodeBase64(text), bytes);
   }
 }
 
 TEST(Base64, RefusesWhatIsMalformed) {
-  EXPECT_EQ(DecodeBase64(" Zm9v\r\n\tYg== \r\n"), "foob");
-  for (const char* bad : {"Z", "Zg", "Zg=", "Zg===", "Zm9v=", "=", "Zg==Zg==", "Zm-v", "Zm9v\x80"}) {
-    EXPECT_EQ(DecodeBase64(bad), std::nullopt) << bad;
+  for (const char* bad :
+       {"Z", "Zg", "Zg=", "Zg===", "Zm9v=", "=", "Zg==Zg==", "Zm-v", "Zm9v\x80", "Zm 9", "Zm9v\r\n", "=Zm9"}) {
+    EXPECT_EQ(platform::DecodeBase64(bad), std::nullopt) << bad;
   }
 }
 
@@ -37,13 +37,13 @@ TEST(Base64, LinesAreTheSameHoweverTheStreamIsCut) {
   std::mt19937 random(1);
   for (int round = 0; round < 300; ++round) {
     const std::string bytes = RandomText(random, EveryByte(), 400);
-    Base64LineEncoder encoder;
+    platform::Base64LineEncoder encoder;
     std::string lines;
     for (const std::string_view piece : RandomPieces(random, bytes)) encoder.Encode(piece, lines);
     encoder.Finish(lines);
-    ASSERT_EQ(DecodeBase64(lines), bytes);
     std::string plain;
-    AppendBase64(plain, bytes);
+    platform::AppendBase64(plain, bytes);
+    ASSERT_EQ(platform::DecodeBase64(plain), bytes);
     std::string expected;
     for (std::size_t at = 0; at < plain.size(); at += 76) expected += plain.substr(at, 76) + "\r\n";
     ASSERT_EQ(lines, expected);

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "mime/base64.h"
 #include "mime/quoted_printable.h"
 #include "mime/random_text.h"
+#include "platform/base64.h"
 #include "platform/text.h"
 
 namespace quillcast::mime {
@@ -46,7 +46,7 @@ TEST(HeaderText, WritesUnstructuredText) {
 TEST(HeaderText, ChoosesTheEncodingAsked) {
   const Charset western = *FindCharset("windows-1252");
   EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kB), "Subject: =?utf-8?B?Y2Fmw6k=?=\r\n");
-  EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kQ, western), "Subject: =?windows-1252?Q?caf=E9?=\r\n");
+  EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kQ, western), "Subject: =?Windows-1252?Q?caf=E9?=\r\n");
   EXPECT_EQ(Subject("abcdefghijkl\u00E9", HeaderEncoding::kNone), "Subject: =?utf-8?Q?abcdefghijkl=C3=A9?=\r\n");
   EXPECT_EQ(Subject("\u0416\u0416\u0416", HeaderEncoding::kNone), "Subject: =?utf-8?B?0JbQltCW?=\r\n");
   EXPECT_TRUE(CanEncode(western, "\u20AC"));
@@ -89,11 +89,11 @@ TEST(HeaderText, WritesFileNames) {
       {"a b.pdf", ";\r\n filename=\"a b.pdf\"", ";\r\n name=\"a b.pdf\""},
       {"../x\"\r\ny", ";\r\n filename=\"..x\\\"y\"", ";\r\n name=\"..x\\\"y\""},
       {"/", ";\r\n filename=\"attachment\"", ";\r\n name=\"attachment\""},
-      {"\u00FC 1.txt", ";\r\n filename=\"_ 1.txt\";\r\n filename*=utf-8''%C3%BC%201.txt",
+      {"\u00FC 1.txt", ";\r\n filename*=utf-8''%C3%BC%201.txt;\r\n filename=\"_ 1.txt\"",
        ";\r\n name=\"=?utf-8?B?w7wgMS50eHQ=?=\""},
       {std::string(90, 'n') + ".pdf",
-       ";\r\n filename=\"" + std::string(46, 'n') + ".pdf\";\r\n filename*0*=utf-8''" + std::string(57, 'n') +
-           ";\r\n filename*1*=" + std::string(33, 'n') + ".pdf",
+       ";\r\n filename*0*=utf-8''" + std::string(57, 'n') + ";\r\n filename*1*=" + std::string(33, 'n') +
+           ".pdf;\r\n filename=\"" + std::string(46, 'n') + ".pdf\"",
        ";\r\n name=\"=?utf-8?Q?" + std::string(56, 'n') + "?=\r\n =?utf-8?Q?" + std::string(34, 'n') + "=2Epdf?=\""},
   };
   for (const Case& c : cases) {
@@ -135,7 +135,7 @@ std::string ReadBack(std::string value) {
     if (!(encoded && after_word)) out += value.substr(at, word - at);
     if (encoded) {
       std::string text = token.substr(10, token.size() - 12);
-      if (token[8] == 'B') text = DecodeBase64(text).value_or("not base64");
+      if (token[8] == 'B') text = platform::DecodeBase64(text).value_or("not base64");
       if (token[8] == 'Q') text = DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
       out += text;
     } else {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "smtp/base64.h"
 #include "smtp/capabilities.h"
 
 namespace quillcast::smtp {
@@ -76,16 +75,6 @@ TEST(Capabilities, AreReadFromEhlo) {
   EXPECT_EQ(c.size_limit, 1000U);
   EXPECT_EQ(c.mechanisms, (std::vector<std::string>{"PLAIN", "LOGIN", "CRAM-MD5"}));
   EXPECT_EQ(ParseCapabilities("mx\nSIZE 99999999999999999999").size_limit, 0U);
-}
-
-TEST(Base64, HoldsTheVectorsOfItsStandard) {
-  for (const auto& [plain, coded] : {std::pair{"", ""}, std::pair{"f", "Zg=="}, std::pair{"fo", "Zm8="},
-                                     std::pair{"foo", "Zm9v"}, std::pair{"foobar", "Zm9vYmFy"}}) {
-    EXPECT_EQ(EncodeBase64(plain), coded);
-    EXPECT_EQ(DecodeBase64(coded), plain);
-  }
-  for (const char* bad : {"Z", "Zg=", "Zm9v=", "Z===", "Zm 9", "=Zm9", "Zm9v\n"})
-    EXPECT_FALSE(DecodeBase64(bad)) << bad;
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace quillcast::mime {
+namespace quillcast::platform {
 
 // Without line breaks, padded to a multiple of four.
 void AppendBase64(std::string& out, std::string_view bytes);
@@ -27,7 +27,7 @@ class Base64LineEncoder {
   std::size_t pending_size_ = 0;
 };
 
-// Blanks and line ends are passed over. Nothing for any other foreign character, wrong padding, or text after it.
+// Nothing for what is no base64: a foreign character (blanks and line ends included), wrong padding, a cut group.
 std::optional<std::string> DecodeBase64(std::string_view text);
 
-}  // namespace quillcast::mime
+}  // namespace quillcast::platform

@@ -1,10 +1,10 @@
-#include "mime/base64.h"
+#include "platform/base64.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-namespace quillcast::mime {
+namespace quillcast::platform {
 namespace {
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -20,12 +20,10 @@ constexpr std::array<Pair, 4096> MakePairs() {
 constexpr std::array<Pair, 4096> kPairs = MakePairs();
 
 constexpr std::uint8_t kForeign = 0xFF;
-constexpr std::uint8_t kSpace = 0xFE;
 
 constexpr std::array<std::uint8_t, 256> MakeValues() {
   std::array<std::uint8_t, 256> values{};
   values.fill(kForeign);
-  for (const char c : {' ', '\t', '\r', '\n'}) values[static_cast<std::uint8_t>(c)] = kSpace;
   for (std::size_t i = 0; i < kAlphabet.size(); ++i) {
     values[static_cast<std::uint8_t>(kAlphabet[i])] = static_cast<std::uint8_t>(i);
   }
@@ -97,7 +95,6 @@ std::optional<std::string> DecodeBase64(std::string_view text) {
   std::size_t padding = 0;
   for (const char c : text) {
     const std::uint8_t value = kValues[static_cast<std::uint8_t>(c)];
-    if (value == kSpace) continue;
     if (c == '=') {
       ++padding;
       continue;
@@ -115,4 +112,4 @@ std::optional<std::string> DecodeBase64(std::string_view text) {
   return out;
 }
 
-}  // namespace quillcast::mime
+}  // namespace quillcast::platform
