@@ -109,7 +109,7 @@ Result<SslHandle> TlsContext::NewConnection(int socket, const std::string& host)
   SslHandle connection(SSL_new(context_.get()));
   BIO* bio = BIO_new(method_.get());
   if (!connection || bio == nullptr) return LibraryError("no memory");
-  BIO_set_data(bio, reinterpret_cast<void*>(static_cast<std::intptr_t>(socket)));
+  BIO_set_data(bio, reinterpret_cast<void*>(static_cast<std::intptr_t>(socket)));  // NOLINT(performance-no-int-to-ptr)
   BIO_set_init(bio, 1);
   SSL_set_bio(connection.get(), bio, bio);
   if (!SetName(connection.get(), host)) return LibraryError("the server's name");

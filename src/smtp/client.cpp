@@ -92,7 +92,7 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
     }
   }
   connection_.emplace(around_, std::move(stream), server.host, tls_at_once);
-  const Outcome opened = connection_->Open();
+  Outcome opened = connection_->Open();
   if (opened.code != ResultCode::kSuccess) connection_.reset();
   return opened;
 }
@@ -145,7 +145,7 @@ void Client::Driver::Run(Mailing& mailing) {
 
 Outcome Client::Driver::Test(Mailing& mailing) {
   around_.mailing = &mailing;
-  const Outcome opened = Connect();
+  Outcome opened = Connect();
   if (opened.code != ResultCode::kSuccess) return opened;
   Outcome quit = connection_->Quit(options_.timeout);
   connection_.reset();

@@ -15,7 +15,7 @@ namespace {
 using Command = ClientSession::Command;
 
 // As much of a message as is kept ready to be written.
-constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t kBlock = std::size_t{64} * 1024;
 
 enum class After { kGoOn, kReset, kHangUp };
 

@@ -132,7 +132,7 @@ Outcome Connection::Send(Job& job) {
   told_ = 0;
   session_.Submit(job.envelope, *job.message);
   Pump(outcome_);
-  const Outcome outcome = outcome_.value_or(Outcome{});
+  Outcome outcome = outcome_.value_or(Outcome{});
   // RSET after a refusal is waited for here, so that the next message finds an idle session.
   if (!session_.closed() && !session_.Idle()) Pump(ended_);
   return outcome;

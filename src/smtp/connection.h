@@ -57,7 +57,7 @@ class Connection {
   std::optional<Outcome> ended_;
   std::uint64_t total_ = 0;
   std::uint64_t told_ = 0;
-  std::array<char, 16 * 1024> buffer_{};
+  std::array<char, std::size_t{16} * 1024> buffer_{};
 };
 
 // The outcome that an error of net/ comes to in the middle of a session.

@@ -12,7 +12,7 @@ namespace quillcast::smtp {
 struct ServerReply {
   int code = 0;          // 0 when there was none
   std::string enhanced;  // "5.1.1" (RFC 3463), empty when the reply has none
-  std::string text;
+  std::string text;      // without the digits and, on each line, without the enhanced code
 };
 
 enum class State {

@@ -19,7 +19,8 @@ class Secret {
   Secret() = default;
   explicit Secret(std::string_view text) : text_(text) {}
   explicit Secret(std::string&& text) : text_(std::move(text)) {}
-  Secret(Secret&& other) noexcept : text_(other.text_) { Wipe(other.text_); }
+  // Swapped, not moved: a short text lives inside its string, and a move would leave it there.
+  Secret(Secret&& other) noexcept { text_.swap(other.text_); }
   Secret& operator=(Secret&& other) noexcept {
     text_.swap(other.text_);
     return *this;
