@@ -181,7 +181,9 @@ Result<smtp::Outcome> SendOne(const sending::AccountSettings& account, sending::
 
 std::string ReplyText(const smtp::ServerReply& reply) {
   if (reply.code == 0) return {};
-  return fmt::format("{} {}", reply.code, platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
+  const std::string enhanced = reply.enhanced.empty() ? "" : reply.enhanced + " ";
+  return fmt::format("{} {}{}", reply.code, enhanced,
+                     platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
 }
 
 std::string OutcomeText(const smtp::Outcome& outcome) {
