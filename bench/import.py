@@ -58,7 +58,7 @@ def import_with_shell(folder, file):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("program", nargs="?", default=ROOT / "build/release/bin/quillcast")
+    parser.add_argument("program", nargs="?", default=ROOT / "build/bench/bin/quillcast")
     parser.add_argument("--lines", type=int, default=1_000_000)
     parser.add_argument("--rounds", type=int, default=3)
     options = parser.parse_args()

@@ -4,7 +4,7 @@
 The two servers take turns within each round, so that both see the same machine. smtp-sink and smtp-source are taken out
 of the distribution's postfix package; nothing is installed.
 
-  bench/mailbox.py build/release/bin/quillcast [--rounds N] [--messages N]
+  bench/run mailbox [--rounds N] [--messages N]
 """
 import argparse
 import glob
@@ -95,7 +95,7 @@ def compare(servers, source, environment, options, sessions, keep_open):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("quillcast")
+    parser.add_argument("quillcast", nargs="?", default="build/bench/bin/quillcast")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--messages", type=int, default=20000)
     options = parser.parse_args()
