@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr PixelSize kSmallestScreen{800, 600};
-constexpr std::size_t kCopyBlock = 64 * 1024;
+constexpr std::size_t kCopyBlock = 64UL * 1024;
 
 bool Exists(const fs::path& path) {
   std::error_code ignored;

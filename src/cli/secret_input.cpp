@@ -12,7 +12,7 @@
 namespace quillcast::cli {
 namespace {
 
-constexpr std::uint64_t kLongestSecretFile = 64 * 1024;
+constexpr std::uint64_t kLongestSecretFile = 64ULL * 1024;
 
 // Switches the terminal's echo off for its life.
 class NoEcho {

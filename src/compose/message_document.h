@@ -32,7 +32,7 @@ struct MessageDocument {
 };
 
 // The longest body that is read from a file.
-inline constexpr std::uint64_t kLongestBody = 64 * 1024 * 1024;
+inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
 
 // Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
 // is the text with its markup characters escaped). Encodings: a byte-order mark, else UTF-8, else Windows-1252.

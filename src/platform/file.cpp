@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kWriterBlock = 64 * 1024;
+constexpr std::size_t kWriterBlock = 64UL * 1024;
 
 Failure FailureOf(int error_number, std::string_view doing) {
   switch (error_number) {
@@ -181,7 +181,7 @@ Result<void> FileWriter::Write(std::string_view text) {
 
 Result<void> FileWriter::Flush() {
   if (failed_) return *failed_;
-  const auto done = WriteAll(fd_.get(), path_, pending_);
+  auto done = WriteAll(fd_.get(), path_, pending_);
   pending_.clear();
   if (!done) failed_ = done.error();
   return done;

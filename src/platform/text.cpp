@@ -84,8 +84,8 @@ std::string WithThousands(std::int64_t number) {
 
 std::string HumanSize(std::uint64_t bytes) {
   if (bytes < 1024) return Counted(static_cast<std::int64_t>(bytes), "byte", "bytes");
-  if (bytes < 1024 * 1024) return fmt::format("{:.1f} KiB", static_cast<double>(bytes) / 1024);
-  return fmt::format("{:.1f} MiB", static_cast<double>(bytes) / (1024 * 1024));
+  if (bytes < 1024ULL * 1024) return fmt::format("{:.1f} KiB", static_cast<double>(bytes) / 1024);
+  return fmt::format("{:.1f} MiB", static_cast<double>(bytes) / (1024.0 * 1024));
 }
 
 std::string Counted(std::int64_t count, std::string_view singular, std::string_view plural) {

@@ -9,9 +9,9 @@
 namespace quillcast::sending {
 namespace {
 
-constexpr std::size_t kKeptInMemory = 1024 * 1024;
-constexpr std::size_t kReadBlock = 256 * 1024;
-constexpr std::size_t kFileBlock = 57 * 4096;  // whole lines of base64
+constexpr std::size_t kKeptInMemory = 1024UL * 1024;
+constexpr std::size_t kReadBlock = 256UL * 1024;
+constexpr std::size_t kFileBlock = 57UL * 4096;  // whole lines of base64
 
 FileTrouble ScratchTrouble(Error error) {
   error.remedy = "Attachments are encoded into a scratch file there; make room, or set Temp to a folder with more.";
