@@ -44,6 +44,18 @@ Error ErrorOf(sqlite3_stmt* statement) {
   return SqliteError(database, path == nullptr ? "" : path);
 }
 
+Result<void> BindText(sqlite3_stmt* statement, int parameter, std::string_view text, sqlite3_destructor_type lifetime) {
+  // A null pointer would bind NULL, not the empty text.
+  const int code = sqlite3_bind_text64(statement, parameter, text.data() == nullptr ? "" : text.data(), text.size(),
+                                       lifetime, SQLITE_UTF8);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement));
+}
+
+// Counting every allocation takes a lock each, and nobody asks for the count. Only the first call has an effect.
+void SwitchOffAllocationCounts() {
+  [[maybe_unused]] static const int code = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+}
+
 std::string_view TextOf(sqlite3_value* value) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
   return text == nullptr ? std::string_view() : std::string_view(text, sqlite3_value_bytes(value));
@@ -55,9 +67,11 @@ void CloseDatabase::operator()(sqlite3* database) const { sqlite3_close_v2(datab
 void FinalizeStatement::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
 Result<void> Statement::Bind(int parameter, std::string_view text) {
-  const int code = sqlite3_bind_text64(statement_.get(), parameter, text.data() == nullptr ? "" : text.data(),
-                                       text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-  return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement_.get()));
+  return BindText(statement_.get(), parameter, text, SQLITE_TRANSIENT);
+}
+
+Result<void> Statement::BindView(int parameter, std::string_view text) {
+  return BindText(statement_.get(), parameter, text, SQLITE_STATIC);
 }
 
 Result<void> Statement::Bind(int parameter, std::int64_t number) {
@@ -101,6 +115,7 @@ Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode
     const auto readable = OpenForReading(path);
     if (!readable) return readable.error();
   }
+  SwitchOffAllocationCounts();
   sqlite3* raw = nullptr;
   const int flags = mode == OpenMode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);

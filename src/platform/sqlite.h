@@ -28,6 +28,7 @@ class Statement {
   explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
 
   Result<void> Bind(int parameter, std::string_view text);  // the text is copied
+  Result<void> BindView(int parameter, std::string_view text);  // not copied: it must outlive the next Step
   Result<void> Bind(int parameter, std::int64_t number);
 
   // True when a row is there to be read, false at the end.

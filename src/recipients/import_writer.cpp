@@ -92,7 +92,7 @@ Result<void> ImportWriter::GiveUp(const Result<void>& failed) {
 Result<bool> ImportWriter::IsThere(std::string_view address) {
   if (filter_ && !filter_->MayHold(address)) return false;
   const std::array<std::string_view, 2> values{group_key_, address};
-  if (const auto bound = find_.Bind(values); !bound) return bound.error();
+  if (const auto bound = find_.Bind(values, Lifetime::kOutlivesStep); !bound) return bound.error();
   auto row = find_.rows().Step();
   find_.rows().Reset();
   return row;
@@ -112,7 +112,8 @@ Result<void> ImportWriter::Offer(std::span<const std::string_view> values) {
   }
   std::array<std::string_view, kFieldCount + 1> all{group_key_};
   std::copy(values.begin(), values.end(), all.begin() + 1);
-  if (const auto bound = insert_.Bind(std::span(all).first(values.size() + 1)); !bound) return GiveUp(bound);
+  if (const auto bound = insert_.Bind(std::span(all).first(values.size() + 1), Lifetime::kOutlivesStep); !bound)
+    return GiveUp(bound);
   const auto inserted = insert_.rows().Run();
   insert_.rows().Reset();
   if (!inserted) return GiveUp(inserted);

@@ -162,7 +162,7 @@ Result<CatalogueStatement> CatalogueStatement::PrepareAfter(std::string_view bef
   return CatalogueStatement(std::move(*statement), std::move(parameters));
 }
 
-Result<void> CatalogueStatement::Bind(Values values) {
+Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
   statement_.Reset();
   for (std::size_t at = 0; at < parameters_.size(); ++at) {
     const Parameter& parameter = parameters_[at];
@@ -175,7 +175,8 @@ Result<void> CatalogueStatement::Bind(Values values) {
     if (parameter.is_number) {
       bound = statement_.Bind(position, platform::ParseWholeNumber(values[at]).value_or(0));
     } else if (parameter.before.empty() && parameter.after.empty()) {
-      bound = statement_.Bind(position, values[at]);
+      bound = lifetime == Lifetime::kOutlivesStep ? statement_.BindView(position, values[at])
+                                                  : statement_.Bind(position, values[at]);
     } else {
       scratch_.assign(parameter.before).append(values[at]).append(parameter.after);
       bound = statement_.Bind(position, scratch_);

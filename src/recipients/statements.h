@@ -44,6 +44,10 @@ using Values = std::span<const std::string_view>;
 // sort text (empty for none) or the column, for the statements that have one.
 std::string IssuedText(StatementId id, Values values, std::string_view extra = {});
 
+// Whether bound values are known to stay where they are until the statement has been stepped; they are copied
+// otherwise.
+enum class Lifetime : std::uint8_t { kUnknown, kOutlivesStep };
+
 // A statement of the catalogue on a connection, to be given its values once or many times.
 class CatalogueStatement {
  public:
@@ -56,7 +60,7 @@ class CatalogueStatement {
 
   // As many values as the row of StatementId names. A group name with an apostrophe fails with kUsage, as it would
   // break the issued text. Resets the statement first.
-  Result<void> Bind(Values values);
+  Result<void> Bind(Values values, Lifetime lifetime = Lifetime::kUnknown);
   platform::Statement& rows() { return statement_; }
 
  private:
