@@ -25,7 +25,8 @@ void RunReport::Sent() {
 }
 
 void RunReport::Failed(std::int32_t code) {
-  for (const auto line : platform::Split(WriteSendStatus(code), '\n')) Line(platform::Trim(line));
+  const std::string text = WriteSendStatus(code);  // the lines are views into it
+  for (const auto line : platform::Split(text, '\n')) Line(platform::Trim(line));
   BlankLine();
 }
 
