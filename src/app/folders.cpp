@@ -32,7 +32,9 @@ Folders ResolveFolders(const platform::Environment& environment, const fs::path&
   folders.program_is_installed = !named;
 
   if (profile) {
-    const fs::path root = fs::absolute(*profile);
+    std::error_code failed;  // the current folder is gone: the path stays as it is, and making it tells the failure
+    fs::path root = fs::absolute(*profile, failed);
+    if (failed) root = *profile;
     folders.data = root / "data" / "";
     folders.settings = root / "settings.db";
     folders.temporary = root / "Temp";

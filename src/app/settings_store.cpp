@@ -82,8 +82,23 @@ Result<std::string> SettingsStore::Read(std::string_view section, std::string_vi
 }
 
 Result<void> SettingsStore::Write(std::string_view section, std::string_view key, std::string_view value) {
-  return Run(file_, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
-             {section, key, value});
+  const SettingValue one{key, value};
+  return WriteAll(section, {&one, 1});
+}
+
+Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const SettingValue> values) {
+  auto database = OpenForWriting(file_);
+  if (!database) return database.error();
+  auto transaction = platform::Transaction::Begin(*database);
+  if (!transaction) return transaction.error();
+  for (const auto& [key, value] : values) {
+    auto statement = Prepare(
+        *database, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
+        {section, key, value});
+    if (!statement) return statement.error();
+    if (auto written = statement->Run(); !written) return written;
+  }
+  return transaction->Commit();
 }
 
 Result<void> SettingsStore::DeleteSection(std::string_view section) {

@@ -83,6 +83,9 @@ int RunSet(Context& context, const SetOptions& options) {
   }
   const auto client_options = sending::ClientOptionsOf(*account);  // a server or port that could never work
   if (!client_options) return context.output.Fail(client_options.error());
+  if (client_options->servers.empty()) {
+    return context.output.Complain("Please enter your mail server; Server names none. Nothing was saved.");
+  }
   const auto saved = account->Save(settings);
   if (!saved) return context.output.Fail(saved.error());
   if (const auto note = sending::TidiedByDialog(*account); !note.empty()) context.output.Note(note);

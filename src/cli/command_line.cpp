@@ -20,7 +20,7 @@ constexpr const char* kDescription =
 int CheckStandardOutput(int exit_code) {
   const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
   if (written) return exit_code;
-  fmt::print(stderr, "quillcast: Standard output could not be written.\n");
+  Print(stderr, "quillcast: Standard output could not be written.\n");
   return exit_code == 0 ? ExitCode(Failure::kIo) : exit_code;
 }
 
@@ -43,7 +43,8 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   app.add_flag("--yes", prompts.assume_yes, "Answer every question with Yes");
   app.add_flag("--no-input", no_input, "Never ask; questions count as answered with No");
   app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check([](const std::string& folder) { return folder.empty() ? "names no folder" : ""; });
   app.require_subcommand(0, 1);
   app.fallthrough();  // these options may also stand behind the command
   app.parse_complete_callback([&] { context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0; });
@@ -65,7 +66,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
     return error.get_exit_code() == 0 ? CheckStandardOutput(app.exit(error))
                                       : (app.exit(error), ExitCode(Failure::kUsage));
   }
-  if (app.get_subcommands().empty()) fmt::print("{}", app.help());
+  if (app.get_subcommands().empty()) Print(stdout, app.help());
   return CheckStandardOutput(context.exit_code);
 }
 

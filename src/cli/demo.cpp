@@ -48,7 +48,8 @@ Result<fs::path> DemoFolder(const DemoOptions& options) {
     }
     auto made = platform::EnsureFolder(options.folder);
     if (!made) return made.error();
-    return fs::absolute(options.folder);
+    auto folder = fs::absolute(options.folder, failed);
+    return failed ? fs::path(options.folder) : folder;
   }
   std::string name = (fs::temp_directory_path() / "quillcast-demo-XXXXXX").string();
   if (::mkdtemp(name.data()) == nullptr) return platform::SystemError("create", name, errno);
@@ -90,7 +91,8 @@ std::vector<std::vector<std::string>> Commands(const fs::path& demo, const std::
 
 int RunDemo(Context& context, const DemoOptions& options) {
   const fs::path demo = context.Folders().program / "demo";
-  if (!fs::exists(demo / "people.csv")) {
+  std::error_code unreadable;
+  if (!fs::exists(demo / "people.csv", unreadable)) {
     return context.output.Fail({Failure::kNoInput,
                                 fmt::format("The demonstration's files are not in {}.", demo.string()),
                                 "Build or install the program whole."});

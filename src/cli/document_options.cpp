@@ -62,7 +62,12 @@ Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, co
   document.subject = options.subject;
   document.priority = PriorityFrom(options.priority);
   document.read_receipt = options.read_receipt;
-  for (const auto& file : options.attachments) document.attachments.Add(std::filesystem::absolute(file).string());
+  for (const auto& file : options.attachments) {
+    if (file.empty()) return Error{Failure::kUsage, "--attach names no file.", "Give it the path of a file."};
+    std::error_code failed;  // the current folder is gone: opening the file tells the failure
+    const auto path = std::filesystem::absolute(file, failed);
+    document.attachments.Add(failed ? file : path.string());
+  }
   return document;
 }
 

@@ -1,4 +1,5 @@
 // The program `quillcast`: signals, limits, and the command line.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -21,6 +22,14 @@ void OnInterrupt(int) {
   interrupted->Request();
 }
 
+// A standard stream that the caller closed must not become the number of a store, a report or a connection, which then
+// takes what is printed. Opened the other way round, so that using it still fails.
+void HoldStandardStreams() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(fd, F_GETFD) == -1) ::open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
 void HandleSignals() {
   struct sigaction action {};
   action.sa_handler = OnInterrupt;
@@ -39,6 +48,7 @@ std::filesystem::path Executable(const char* name) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  HoldStandardStreams();
   quillcast::platform::CancelToken cancel;
   interrupted = &cancel;
   HandleSignals();

@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <cstdio>
-
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -17,25 +15,29 @@ std::string ForTerminal(std::string_view text) { return platform::ReplaceAll(tex
 
 }  // namespace
 
+void Print(std::FILE* stream, std::string_view text) {
+  [[maybe_unused]] const auto written = std::fwrite(text.data(), 1, text.size(), stream);
+}
+
 void Output::Line(std::string_view text) const {
-  if (!json) fmt::print("{}\n", ForTerminal(text));
+  if (!json) Print(stdout, ForTerminal(text) + "\n");
 }
 
 void Output::Object(const nlohmann::ordered_json& object) const {
-  if (json) fmt::print("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  if (json) Print(stdout, object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
 void Output::Note(std::string_view text) const {
-  if (!quiet) fmt::print(stderr, "{}\n", ForTerminal(text));
+  if (!quiet) Print(stderr, ForTerminal(text) + "\n");
 }
 
 int Output::Fail(const Error& error) const {
-  fmt::print(stderr, "quillcast: {}\n", Describe(error));
+  Print(stderr, fmt::format("quillcast: {}\n", Describe(error)));
   return ExitCode(error.failure);
 }
 
 int Output::Complain(std::string_view text) const {
-  fmt::print(stderr, "quillcast: {}\n", ForTerminal(text));
+  Print(stderr, fmt::format("quillcast: {}\n", ForTerminal(text)));
   return ExitCode(Failure::kUsage);
 }
 
@@ -45,12 +47,12 @@ void Output::Progress(std::string_view text) {
   if (progress_shown_ && now - last_progress_ < kProgressPause) return;
   last_progress_ = now;
   progress_shown_ = true;
-  fmt::print(stderr, "\r{}\x1b[K", text);
+  Print(stderr, fmt::format("\r{}\x1b[K", text));
   std::fflush(stderr);
 }
 
 void Output::EndProgress() {
-  if (progress_shown_) fmt::print(stderr, "\r\x1b[K");
+  if (progress_shown_) Print(stderr, "\r\x1b[K");
   progress_shown_ = false;
 }
 

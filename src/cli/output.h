@@ -2,12 +2,17 @@
 #pragma once
 
 #include <chrono>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "platform/result.h"
 
 namespace quillcast::cli {
+
+// Writes without buts: a stream that is closed, full or a broken pipe fails for good and is asked with std::ferror at the
+// end, for no run may break off because nobody listens any more.
+void Print(std::FILE* stream, std::string_view text);
 
 class Output {
  public:

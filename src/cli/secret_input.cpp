@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "cli/output.h"
 #include "platform/file.h"
 
 namespace quillcast::cli {
@@ -48,12 +49,12 @@ Result<std::string> SecretFromFile(const std::filesystem::path& file) {
 }
 
 Result<std::string> SecretFromTerminal(const std::string& question) {
-  fmt::print(stderr, "{}: ", question);
+  Print(stderr, fmt::format("{}: ", question));
   std::fflush(stderr);
   const NoEcho silent;
   std::string secret;
   const bool answered = static_cast<bool>(std::getline(std::cin, secret));
-  fmt::print(stderr, "\n");
+  Print(stderr, "\n");
   if (!answered || secret.empty()) return Error{Failure::kUsage, "No password was given.", "Use --password-file."};
   return secret;
 }

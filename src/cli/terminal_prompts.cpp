@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "cli/output.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -13,17 +14,17 @@ namespace quillcast::cli {
 using platform::Answer;
 
 void TerminalPrompts::Show(std::string_view text) {
-  fmt::print(stderr, "{}\n", platform::ReplaceAll(text, "\r\n", "\n"));
+  Print(stderr, platform::ReplaceAll(text, "\r\n", "\n") + "\n");
 }
 
 char TerminalPrompts::AskFor(std::string_view text, std::string_view choices) const {
   Show(text);
   if (assume_yes) return choices.front();
   if (!may_ask) {
-    fmt::print(stderr, "Nobody is there to answer; --yes answers for you.\n");
+    Print(stderr, "Nobody is there to answer; --yes answers for you.\n");
     return 0;
   }
-  fmt::print(stderr, "[{}] ", fmt::join(choices, "/"));
+  Print(stderr, fmt::format("[{}] ", fmt::join(choices, "/")));
   std::fflush(stderr);
   std::string line;
   if (!std::getline(std::cin, line) || line.empty()) return 0;

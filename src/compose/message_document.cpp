@@ -46,7 +46,8 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
   auto bytes = platform::ReadFile(file, kLongestBody);
   if (!bytes) return bytes.error();
   std::string body = DecodeBody(std::move(*bytes));
-  document.base_folder = std::filesystem::absolute(file).parent_path();
+  std::error_code failed;
+  document.base_folder = std::filesystem::absolute(file, failed).parent_path();
   if (platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt")) {
     document.format = Format::kText;
     document.html = HtmlFromText(body);

@@ -123,6 +123,11 @@ Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode
   if (code != SQLITE_OK) return SqliteError(raw, path);
   sqlite3_busy_timeout(raw, kLockWaitMilliseconds);
   const auto is_database = database.Execute("SELECT count(*) FROM sqlite_master");
+  if (!is_database && sqlite3_extended_errcode(raw) == SQLITE_READONLY_ROLLBACK) {
+    // A writer that was killed left its journal behind. Only one who may write can take the half-written change back.
+    const auto restored = Open(path, OpenMode::kReadWrite);
+    return restored ? Open(path, mode) : restored.error();
+  }
   if (!is_database) return is_database.error();
   return database;
 }

@@ -1,6 +1,7 @@
 // Small operations on text that several folders need. Text is UTF-8; what is said to be ASCII looks at single bytes.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ std::string_view Trim(std::string_view text);
 
 // The pieces between separators; always at least one, empty pieces included.
 std::vector<std::string_view> Split(std::string_view text, char separator);
+template <std::same_as<std::string> Temporary>
+std::vector<std::string_view> Split(Temporary&& text, char separator) = delete;  // the pieces would outlive it
 
 // Every occurrence of `from` replaced, left to right, the replacement not looked at again. `from` is not empty.
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);

@@ -169,11 +169,9 @@ Result<AccountSettings> AccountSettings::Load(const app::SettingsStore& store) {
 }
 
 Result<void> AccountSettings::Save(app::SettingsStore& store) const {
-  for (const auto& row : kRows) {
-    auto written = store.Write(kAccountSection, row.name, (*this)[row.key]);
-    if (!written) return written;
-  }
-  return {};
+  std::array<app::SettingValue, kRows.size()> values;
+  for (std::size_t i = 0; i < kRows.size(); ++i) values[i] = {kRows[i].name, (*this)[kRows[i].key]};
+  return store.WriteAll(kAccountSection, values);
 }
 
 int AccountSettings::TimeoutSeconds() const {

@@ -25,8 +25,8 @@ void RunReport::Sent() {
 }
 
 void RunReport::Failed(std::int32_t code) {
-  const std::string status = WriteSendStatus(code);
-  for (const auto line : platform::Split(status, '\n')) Line(platform::Trim(line));
+  const std::string text = WriteSendStatus(code);  // the lines are views into it
+  for (const auto line : platform::Split(text, '\n')) Line(platform::Trim(line));
   BlankLine();
 }
 

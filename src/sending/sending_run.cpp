@@ -76,6 +76,8 @@ class Run final : public smtp::Mailing {
 RunSummary Run::Execute(const smtp::ClientOptions& options) {
   report_.Started(request_.recipients, request_.range);
   TellAboutPictures();
+  report_.Flush();
+  if (report_.trouble()) summary_.stopped = report_.trouble();  // what cannot be recorded is not begun
   auto rows = recipients::RecipientStore(place_.folders.Database())
                   .ListRecipients(request_.group.id, request_.group.sort_sql, recipients::Reading::kCopy);
   if (rows) {

@@ -1,0 +1,355 @@
+"""Bad input of every kind: a clear answer with the right exit code, no crash, nothing lost, nothing injected."""
+import email
+import email.policy
+import json
+import os
+import resource
+import shutil
+import sqlite3
+import subprocess
+import sys
+import unittest
+
+from quillcast import PROGRAM, Case
+
+MAP = ("--map", "Email Address=1")
+EVIL = "evil@example.org"
+
+
+class BadInput(Case):
+    def setUp(self):
+        super().setUp()
+        self.body = self.write("letter.html", "<p>Dear $*MergeFirstName*$ of $*MergeCompany*$</p>")
+        self.list = self.write("list.txt", "ada@r.example\n")
+
+    def check(self, table, *before):
+        """Rows of (arguments, exit code, words that standard error holds)."""
+        for arguments, exit_code, *words in table:
+            with self.subTest(arguments=arguments):
+                code, out, err = self.run_program(*before, *arguments)
+                self.assertEqual(code, exit_code, out + err)
+                for word in words:
+                    self.assertIn(word, err)
+
+    def shell(self, line, **streams):
+        """Runs a command line of the shell's, in which "$Q" is the program with its profile."""
+        return subprocess.run(["sh", "-c", line.replace("$Q", f"'{PROGRAM}' --profile '{self.profile}'")], timeout=60,
+                              stdin=subprocess.DEVNULL, capture_output=True, **streams)
+
+    def addresses(self, group):
+        return [json.loads(line)["Email Address"] for line in self.ok("--json", "recipient", "list", "-g", group).splitlines()]
+
+    # --- what is given ---
+
+    def test_import(self):
+        self.group("All", ["old@r.example"])
+        folder = self.folder / "folder"
+        folder.mkdir()
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        rubbish = bytes(byte for byte in os.urandom(200_000) if byte != ord("@"))
+        preview = ("--preview", "--delimiter")
+        to_all = ("--group", "All", "--opt-in")
+        self.check([
+            (["nosuch.txt", *to_all, *MAP], 66, "nosuch.txt", "Check the name"),
+            ([folder, *to_all, *MAP], 66, str(folder), "Name a file in that folder"),
+            ([pipe, *to_all, *MAP], 66, str(pipe), "ordinary file"),
+            ([self.write("none.txt", "nobody here\n"), *to_all, *MAP], 65, "none.txt holds no address", *preview),
+            ([self.write("empty.txt", ""), *to_all, "--harvest"], 65, "empty.txt holds no address"),
+            ([self.write("rubbish", rubbish), *to_all, *MAP], 65, "rubbish holds no address"),
+            ([self.write("rubbish", rubbish), *to_all, "--harvest"], 65, "rubbish holds no address"),
+            ([self.list, *to_all, "--map", "Email Address=5"], 65, "list.txt holds no address", *preview),
+            ([self.list, *to_all, "--map", "Email Address=19"], 64, "first eighteen fields"),
+            ([self.list, *to_all, "--map", "Email=1"], 64, 'no field "Email"', '"Email Address"'),
+            ([self.list, *to_all, "--map", "First Name=1"], 64, "Email Address field is required"),
+            ([self.list, *to_all, *MAP, "--harvest"], 64, "either --harvest or --map"),
+            ([self.list, *to_all, *MAP, "--delimiter", "Pipe"], 64, "no delimiter", "Comma"),
+            ([self.list, *to_all, *MAP, "--encoding", "nosuch"], 64, "nosuch", "UTF-8"),
+            ([self.list, "--group", "Nobody", "--opt-in", *MAP], 64, 'no group "Nobody"', "group list"),
+            ([self.list, "--group", "All", *MAP], 77, "not confirmed", "--opt-in"),
+        ], "import")
+        self.assertEqual(self.addresses("All"), ["old@r.example"])
+
+    def test_import_in_bounded_memory(self):
+        self.group("All", ["old@r.example"])
+        large = self.folder / "large.txt"
+        with large.open("wb") as file:  # one line of 200 MB, and one more
+            for _ in range(100):
+                file.write(b"x" * 2_000_000)
+            file.write(b"\nada@r.info\n")
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_AS, (300_000_000, 300_000_000))
+        for options in (MAP, ["--harvest"], [*MAP, "--preview"]):
+            done = subprocess.run([PROGRAM, "--profile", self.profile, "import", large, "-g", "All", "--opt-in", *options],
+                                  preexec_fn=limit, capture_output=True, timeout=60)
+            self.assertEqual(done.returncode, 0, (options, done.stderr))
+        self.assertEqual(self.addresses("All"), ["old@r.example", "ada@r.info"])
+
+    def test_account(self):
+        self.account(25)
+        before = self.ok("account", "show")
+        self.check([
+            (["Port=0"], 64, "valid port"), (["Port=65536"], 64, "valid port"), (["Port=smtp"], 64, "valid port"),
+            (["Port=-1"], 64, "valid port"), (["Port="], 64, "enter your port"), (["Timeout=0"], 64, "valid timeout"),
+            (["Server="], 64, "enter your mail server"), (["Server=host:0"], 78, "no port", "1 to 65535"),
+            (["Server= ; "], 64, "mail server"),
+            (["Email=ada"], 64, '"ada" is no e-mail address', "Email=you@"), (["Colour=red"], 64, "Colour=red", "KEY=VALUE"),
+            (["Port"], 64, "no setting", "KEY=VALUE"), (["=x"], 64, "no setting"), (["Auth=yes"], 64, "one of: 0, 1"),
+            (["CharSet=Klingon"], 64, "CharSet cannot be", "Unicode (UTF-8)"),
+            (["Password=geheim7"], 64, "must not stand on the command line", "--password-file"),
+            (["Auth=1", "Username=ada"], 64, "enter the password"),
+            (["--password-file", "nosuch.txt"], 66, "nosuch.txt"),
+            (["--password-file", self.write("blank", "\nx\n")], 65, "holds no password", "first line"),
+            (["Port=26", "Name=Eve", "Wrap=1000"], 64, "wrap characters"),
+        ], "account", "set")
+        self.assertEqual(self.ok("account", "show"), before, "a refused change changes nothing")
+        self.assertNotIn("geheim7", "".join(self.run_program("account", "set", "Password=geheim7")[1:]))
+
+    def test_send(self):
+        everything = ["--yes", "send", "--group", "All", "--subject", "s", "--body", self.body]
+        self.group("All", ["ada@r.example"])
+        self.check([(everything, 78, "account set")])
+        box = self.mailbox()
+        self.account(box.port)
+        self.check([
+            (["--yes", "send", "--group", "Nobody", "--subject", "s", "--body", self.body], 64, "no group Nobody", "group list"),
+            (["--yes", "send", "--group", "All", "--subject", "s", "--body", "nosuch.html"], 66, "nosuch.html"),
+            (["--yes", "send", "--group", "All", "--subject", "s", "--body", self.folder], 66, str(self.folder)),
+            ([*everything, "--text", "nosuch.txt"], 66, "nosuch.txt"),
+            ([*everything, "--attach", ""], 64, "names no file"),
+            ([*everything, "--to-file", "x.eml"], 64, "--as"),
+            ([*everything, "--dry-run", "--proof", "a@b.example"], 64, "Only one of"),
+            ([*everything, "--as", "eve@r.example", "--to-file", "x.eml"], 64, "eve@r.example is not in the group"),
+            ([*everything, "--as", "ada@r.example", "--to-file", self.folder / "no" / "x.eml"], 73, "x.eml", "folder"),
+            (["frobnicate"], 64), (["group"], 64), (["history", "open", "7"], 64, "no run number 7", "history list"),
+        ])
+        self.assertEqual(box.index(), [])
+        for setting in ("CharSet=Greek (ISO)", "Encoding=None", "AttachmentEncoding=Quoted Printable", "Boundary=1"):
+            self.ok("account", "set", setting)
+            self.check([(everything, 78, setting.split("=")[0], "does not serve yet", "account set")])
+            self.run_program("--yes", "account", "reset")
+            self.account(box.port)
+        self.assertEqual((box.index(), self.reports()), ([], []))
+        self.write("letter.html", "<p>$*MergeFristName*$</p>")
+        self.check([(everything, 0, "Unknown tag $*MergeFristName*$")])
+        self.assertEqual(len(box.index()), 1)
+
+    def test_attachments(self):
+        self.group("All", ["ada@r.example", "bob@r.example"])
+        box = self.mailbox()
+        self.account(box.port)
+        file = self.folder / "price.pdf"
+        for exists in (False, True, False):
+            file.write_text("x") if exists else file.unlink(missing_ok=True)
+            before = len(box.index())
+            lines, code, err = self.send("--group", "All", "--subject", "s", "--body", self.body, "--attach", file)
+            self.assertEqual(code, 0 if exists else 1, err)
+            self.assertEqual([line["code"] for line in lines[:-1]], [0, 0] if exists else [10, 10])
+            self.assertEqual(len(box.index()) - before, 2 if exists else 0)
+            if not exists:
+                self.assertIn(str(file), err)
+
+    # --- what must not become a header or a command ---
+
+    def test_nothing_is_injected(self):
+        values = [f"x\r\nBcc: {EVIL}", f"x\nBcc: {EVIL}\n\nbody", f"x\rBcc: {EVIL}", "<b>", '"quoted" \\', "\"", "y" * 10_000,
+                  "Ελένη Привет 漢字 😀 שלום", "\x01\x02\x7f", f"=?utf-8?Q?x=0D=0ABcc:_{EVIL}?=", f"a,{EVIL}", ".\r\n.", ""]
+        self.ok("group", "new", "All")
+        for number, value in enumerate(values):
+            self.ok("recipient", "add", "-g", "All", "-e", f"user{number}@r.example", f"-fFirst Name={value}", f"-fCompany={value}")
+        with_nul = self.write("nul.txt", b"nul@r.example;x\0Bcc: " + EVIL.encode() + b";\0\n")
+        self.ok("import", with_nul, "-g", "All", "--opt-in", "--delimiter", "Semicolon", "--map",
+                "Email Address=1,First Name=2,Company=3")
+        attachment = self.write(f"x\r\nBcc: {EVIL}\r\n\r\n\".txt", "x")
+        box = self.mailbox()
+        for header, sender in (("None", f"Ada\r\nBcc: {EVIL}"), ("Base 64", f"Ada\" <{EVIL}>, \"x")):
+            self.account(box.port, f"Name={sender}", "ToField=First Name", f"HeaderEncoding={header}")
+            before = len(box.index())
+            lines, code, err = self.send("--group", "All", "--subject", f"$*MergeCompany*$\r\nBcc: {EVIL}\r\n\r\nx",
+                                         "--body", self.body, "--attach", attachment)
+            self.assertEqual(code, 0, err)
+            self.assertEqual(lines[-1]["sent"], len(values) + 1)
+            for row, (to, raw) in zip(box.index()[before:], box.messages()[before:]):
+                self.assertEqual((len(row["to"]), row["from"]), (1, "ada@sender.example"))
+                message = email.message_from_bytes(raw, policy=email.policy.default)
+                self.assertEqual(sorted(name.lower() for name in message.keys()), sorted(
+                    ["from", "to", "subject", "date", "message-id", "x-mailer", "x-priority", "mime-version", "content-type"]))
+                for part in message.walk():
+                    self.assertNotIn("Bcc", part)
+                self.assertEqual([a.addr_spec for a in message["From"].addresses], ["ada@sender.example"])
+                self.assertEqual([a.addr_spec for a in message["To"].addresses], [to])
+                self.assertLess(max(map(len, raw.split(b"\r\n"))), 999)
+                self.assertNotIn(b"\0", raw)
+
+    def test_addresses_that_hold_commands(self):
+        """Whatever is stored as an address, the server hears one recipient for it or none."""
+        stored = [f"a@b.example>\r\nRCPT TO:<{EVIL}", f"a@b.example\r\nDATA\r\nx\r\n.\r\n", f"<a@b.example>\nRSET <{EVIL}",
+                  f"a@b.example> SIZE=1 NOTIFY=NEVER", "a@b.example\t", "\x01a@b.example", "<a\x7f@b.example>", "a@b.example\\",
+                  f"a@b.example,{EVIL}", "ü@r.example a@b.example", "x" * 3000 + "@b.example", "@b.example a@b.example"]
+        self.ok("group", "new", "All")
+        for address in stored:
+            self.run_program("recipient", "add", "-g", "All", "-e", address)
+        kept = self.addresses("All")
+        self.assertGreater(len(kept), 8)
+        box = self.mailbox()
+        self.account(box.port)
+        lines, code, err = self.send("--group", "All", "--subject", "s", "--body", self.body)
+        self.assertEqual(code, 1, err)
+        self.assertEqual([line["address"] for line in lines[:-1]], kept)
+        self.assertEqual(len(box.index()), lines[-1]["sent"])
+        for row in box.index():
+            self.assertEqual(len(row["to"]), 1)
+            self.assertIn("b.example", row["to"][0])
+        refused = {line["address"]: line["code"] for line in lines[:-1] if line["state"] != "sent"}
+        self.assertEqual({refused.get(address) for address in stored[:2]}, {8}, "it holds a line end, so it is no address")
+
+    # --- stores ---
+
+    def test_damaged_recipient_store(self):
+        self.group("All", ["ada@r.example"])
+        self.account(25)
+        file = self.profile / "data" / "Group.mdb"
+        good = file.read_bytes()
+        other = self.folder / "other.db"
+        with sqlite3.connect(other) as database:
+            database.execute("CREATE TABLE Albums (Title TEXT)")
+        commands = (["group", "list"], ["group", "new", "New"], ["import", self.list, "-g", "All", "--opt-in", *MAP],
+                    ["recipient", "list", "-g", "All"], ["--yes", "send", "--group", "All", "--subject", "s", "--body", self.body])
+        for name, content in (("rubbish", b"rubbish" * 5000), ("of another program", other.read_bytes()), ("empty", b""),
+                              ("torn", good[:len(good) // 2]), ("overwritten", good[:100] + b"\xff" * (len(good) - 100))):
+            for command in commands:
+                file.write_bytes(content)
+                with self.subTest(store=name, command=command):
+                    code, out, err = self.run_program(*command)
+                    self.assertEqual(code, 65, out + err)
+                    self.assertIn("Group.mdb", err)
+                    self.assertIn("backup", err)
+                    self.assertEqual(file.read_bytes(), content, "a store that cannot be read is left alone")
+        file.write_bytes(good)
+        self.assertEqual(self.addresses("All"), ["ada@r.example"])
+
+    def test_damaged_settings(self):
+        self.account(2525)
+        file = self.profile / "settings.db"
+        other = self.folder / "other.db"
+        with sqlite3.connect(other) as database:
+            database.execute("CREATE TABLE Albums (Title TEXT)")
+        for number, content in enumerate((b"rubbish" * 5000, other.read_bytes(), file.read_bytes()[:100] + b"\xff" * 9000), 1):
+            file.write_bytes(content)
+            code, out, err = self.run_program("group", "list")
+            self.assertEqual(code, 65, out + err)
+            self.assertIn(f"settings.db.damaged-{number}", err)
+            self.assertIn("Fill in the account again", err)
+            self.assertEqual((self.profile / f"settings.db.damaged-{number}").read_bytes(), content)
+            self.ok("group", "list")
+            self.assertIn("Port=25\n", self.ok("account", "show"))
+            self.account(2525)
+
+    def test_a_writer_was_killed(self):
+        """A journal of a half-written change is taken back by whichever command comes next, also one that only reads."""
+        self.account(2525)
+        self.group("All", ["ada@r.example"])
+        file = self.profile / "settings.db"
+        subprocess.run([sys.executable, "-c", "import os, sqlite3, sys\nd = sqlite3.connect(sys.argv[1])\n"
+                        "d.execute('PRAGMA cache_size = 1')\nd.execute('BEGIN')\n"
+                        "d.execute(\"UPDATE Settings SET Value = 'half'\")\n"
+                        "for i in range(500): d.execute(\"INSERT INTO Settings VALUES ('a', 'b', ?, ?)\", (str(i), 'x' * 500))\n"
+                        "os._exit(0)", file], check=True)
+        journal = (file.read_bytes(), (self.profile / "settings.db-journal").read_bytes())
+        for command in (["account", "show"], ["group", "list"], ["account", "set", "Wrap=70"]):
+            file.write_bytes(journal[0])
+            (self.profile / "settings.db-journal").write_bytes(journal[1])
+            self.ok(*command)
+            self.assertIn("Port=2525\n", self.ok("account", "show"))
+
+    def test_folders_that_cannot_be_written(self):
+        in_the_way = self.write("file", "")
+        for profile in (in_the_way, f"{in_the_way}/below", "/proc/nosuch", "/dev/null"):
+            done = subprocess.run([PROGRAM, "--profile", profile, "group", "list"], capture_output=True, text=True)
+            code, out, err = done.returncode, done.stdout, done.stderr
+            self.assertEqual(code, 73, out + err)
+            self.assertIn(in_the_way if profile.startswith(in_the_way) else profile, err)
+        self.ok("group", "list")
+        history = self.profile / "data" / "History"
+        shutil.rmtree(history)
+        history.write_text("")
+        code, _, err = self.run_program("group", "list")
+        self.assertEqual(code, 73, err)
+        self.assertIn(str(history), err)
+        self.assertIn(b"names no folder", self.shell(f"'{PROGRAM}' --profile '' group list").stderr)
+        gone = self.folder / "gone"
+        done = self.shell(f"mkdir '{gone}' && cd '{gone}' && rmdir '{gone}' && '{os.path.abspath(PROGRAM)}' --profile p group list")
+        self.assertEqual(done.returncode, 73, done.stderr)
+
+    # --- no room ---
+
+    def test_full_disk(self):
+        """Every write meets the limit once; what was stored before stays, and what is told as sent was sent."""
+        people = [f"user{n:04}@r.example" for n in range(1500)]
+        many = self.write("many.txt", "\n".join(people) + "\n")
+        large = self.write("large.bin", os.urandom(1_500_000))
+        self.group("All", ["ada@r.example", "bob@r.example", "cy@r.example"])
+        box = self.mailbox()
+        self.account(box.port)
+        store = {file: file.read_bytes() for file in (self.profile / "data" / "Group.mdb", self.profile / "settings.db")}
+        commands = {
+            "import": ["import", many, "-g", "All", "--opt-in", *MAP],
+            "account": ["account", "set", "Port=26", "Name=" + "N" * 20_000],
+            "send": ["--yes", "--json", "send", "--group", "All", "--subject", "s", "--body", self.body],
+            "attach": ["--yes", "--json", "send", "--group", "All", "--subject", "s", "--body", self.body, "--attach", large],
+        }
+        for name, command in commands.items():
+            for size in (0, 1, 512, 2048, 4096, 20_480, 40_960, 131_072, 1_048_576, None):
+                for file, content in store.items():
+                    for left in file.parent.glob(file.name + "-*"):
+                        left.unlink()
+                    file.write_bytes(content)
+                before = len(box.index())
+                with self.subTest(command=name, size=size):
+                    code, out, err = self.run_program(*command, fsize=size)
+                    self.assertIn(code, (0, 1, 73, 74) if size is not None else (0,), out + err)
+                    if code not in (0,):
+                        self.assertIn(str(self.profile), err, "which file it was")
+                        self.assertRegex(err, "space|room|disk")
+                    self.check_after(name, code, out, len(box.index()) - before, people)
+
+    def check_after(self, name, code, out, arrived, people):
+        account = json.loads(self.ok("--json", "account", "show"))
+        changed = (account["Port"] == "26", account["Name"] != "Ada")
+        self.assertEqual(changed, (code == 0,) * 2 if name == "account" else (False, False), "all of it or nothing")
+        there = self.addresses("All")
+        self.assertEqual(there[:3], ["ada@r.example", "bob@r.example", "cy@r.example"])
+        if name == "import":
+            added = int(out.split(" recipients imported")[0]) if "recipients imported" in out else 0
+            self.assertEqual(len(there) - 3, added, "told as added")
+            self.assertTrue(code != 0 or added == len(people))
+        lines = [json.loads(line) for line in out.splitlines()] if out.startswith("{") else []
+        self.assertEqual(sum(line.get("state") == "sent" for line in lines), arrived)
+
+    def test_streams_that_are_gone(self):
+        addresses = [f"user{n:04}@r.example" for n in range(400)]
+        self.group("All", addresses)
+        box = self.mailbox()
+        self.account(box.port)
+        send = f"$Q --yes --json send --group All --subject s --body '{self.body}'"
+        for line in ("$Q group list >/dev/full", "$Q group list >&-", "$Q --json recipient list -g All >/dev/full", "$Q --help >&-",
+                     "$Q account show >&-", "$Q --json recipient list -g All >&- 2>&- <&-", "$Q --version >/dev/full"):
+            with self.subTest(line=line):
+                done = self.shell(line)
+                self.assertEqual(done.returncode, 74, done.stderr)
+        for line in ("$Q group list 2>/dev/full", "$Q group list 2>&-", "$Q group list <&- 2>&-"):
+            self.assertEqual((self.shell(line).returncode, self.shell(line).stdout), (0, b"All\n"), line)
+        for line, exit_code in ((send + " >/dev/full", 74), (send + " 2>/dev/full", 0), (send + " >&- 2>&- <&-", 74),
+                                (f"({send}; echo $? >&2) | head -1", 74)):
+            before = len(box.index())
+            done = self.shell(line)
+            code = int(done.stderr.split()[-1]) if "head" in line else done.returncode
+            self.assertEqual(code, exit_code, (line, done.stderr))
+            self.assertEqual([row["to"] for row in box.index()[before:]], [[address] for address in addresses],
+                             "nobody listens, and the run goes on")
+            self.assertTrue(self.reports()[-1].read_bytes().endswith(b"400 messages sent during process.\r\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()

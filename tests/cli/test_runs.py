@@ -1,0 +1,268 @@
+"""Whole runs against the mailbox: what the report says, what the server holds, and that nobody is served twice."""
+import json
+import os
+import re
+import signal
+import subprocess
+import unittest
+from collections import Counter
+from pathlib import Path
+
+from quillcast import Case, Mailbox, in_background
+
+STARTED, COMPLETED = "Personal Sending process has been started.", "Personal Sending process has been completed."
+FAILED = "There was an error sending your message."
+REFUSED = ("Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to handle mail "
+           "for unknown recipients.")
+PASSWORD = "kJ7-never-shown"
+
+
+def logged(mail_size, recipient, *answer):
+    """A message's part of the report, up to the verdict."""
+    return [f"C: MAIL FROM:<ada@sender.example> SIZE={mail_size}", "S: 250 2.1.0 Ok", f"C: RCPT TO:<{recipient}>", *answer]
+
+
+def follow(process, count, act):
+    """Reads `count` lines of a program's results, acts, and reads the rest."""
+    err = []
+    reading = in_background(lambda: err.append(process.stderr.read()))
+    out = b"".join(process.stdout.readline() for _ in range(count))
+    act()
+    out += process.stdout.read()
+    reading.join()
+    process.wait(60)
+    return out, err[0]
+
+
+class Runs(Case):
+    def setUp(self):
+        super().setUp()
+        self.body = self.write("letter.html", "<p>Dear $*MergeEmail*$</p>")
+
+    def mailing(self, *options, group="All"):
+        return self.send("--group", group, "--subject", "Hi $*MergeEmail*$", "--body", self.body, *options)
+
+    def served(self, box):
+        """How often each address was served, by the server's own index."""
+        return Counter(row["to"][0] for row in box.index())
+
+    def report(self):
+        return self.reports()[-1].read_bytes().decode()
+
+    def check_report(self, report, sent, failed):
+        """The whole report: its frame, one verdict for each message that was told, and the counts."""
+        lines = report.split("\r\n")
+        self.assertNotIn("\n", report.replace("\r\n", ""))
+        self.assertEqual((lines[0], lines[-1]), (STARTED, ""))
+        tail = [COMPLETED]
+        tail += [f"{sent} messages sent during process."] if sent else []
+        tail += [f"{failed} messages failed during process."] if failed else []
+        self.assertEqual(lines[-1 - len(tail):-1], tail)
+        self.assertEqual(lines.count("Message sent successfully."), sent)
+        self.assertEqual(lines.count(FAILED), failed)
+
+    def test_report_and_results(self):
+        addresses = ["ada@r.example", "bob@r.example", "cy@r.example", "di@r.example"]
+        box = self.mailbox("--refuse", "bob@*=550", "--defer", "cy@*=451")
+        self.account(box.port)
+        self.group("All", addresses)
+        lines, code, err = self.mailing()
+        self.assertEqual(code, 1, err)
+        self.assertIn("#2 bob@r.example: refused", err)
+        refused, deferred = ("<bob@r.example> refused by a rule of this mailbox",
+                             "<cy@r.example> deferred by a rule of this mailbox")
+        history = self.reports()[0].stem
+        expected = [(1, "sent", 0, "250 Kept as 000001.eml"), (2, "refused", 8, "550 " + refused),
+                    (3, "deferred", 8, "451 " + deferred), (4, "sent", 0, "250 Kept as 000002.eml")]
+        self.assertEqual(lines, [{"position": n, "address": addresses[n - 1], "state": state, "code": result,
+                                  "reply": reply, "reason": ""} for n, state, result, reply in expected] +
+                         [{"sent": 2, "failed": 2, "history": history}])
+        sizes = [len(message) for _, message in box.messages()]
+        size_of_bob = sizes[0]  # addresses of one length
+        ok = ["S: 250 2.1.5 Ok"]
+
+        def accepted(size, name):
+            return [f"C: BDAT {size} LAST", f"C: (message, {size} bytes)", f"S: 250 2.0.0 Kept as {name}",
+                    "Message sent successfully.", ""]
+        reset = ["C: RSET", "S: 250 2.0.0 Ok", FAILED, REFUSED, ""]
+        frame = self.report().split("\r\n")
+        greeting_ends = frame.index("S: 250 ENHANCEDSTATUSCODES") + 1
+        self.assertEqual(frame[:2], [STARTED, "Sending to 4 recipients."])
+        self.assertTrue(frame[2].startswith("S: 220 ") and frame[3] == "C: EHLO [127.0.0.1]")
+        self.assertEqual(frame[greeting_ends:], [
+            *logged(sizes[0], addresses[0], *ok), *accepted(sizes[0], "000001.eml"),
+            *logged(size_of_bob, addresses[1], "S: 550 5.1.1 " + refused), *reset,
+            *logged(sizes[1], addresses[2], "S: 451 4.3.0 " + deferred), *reset,
+            *logged(sizes[1], addresses[3], *ok), *accepted(sizes[1], "000002.eml"),
+            "C: QUIT", "S: 221 2.0.0 mailbox.localhost closing",
+            COMPLETED, "2 messages sent during process.", "2 messages failed during process.", ""])
+        self.assertEqual(self.reports()[0].with_suffix(".eml").read_bytes(), box.messages()[0][1])
+        self.assertRegex(self.ok("history", "list"), r"^ +1  Date = \d\d-\d\d-\d{4}  -  Time = [\d-]{8} - Subject = "
+                                                     r"Hi MergeEmail\n$")
+
+    def test_parts_of_a_group(self):
+        box = self.mailbox()
+        self.account(box.port)
+        self.group("All", [f"user{n}@r.example" for n in range(1, 7)])
+        for options in (["--dry-run"], ["--dry-run", "--range", "2-3"]):
+            self.assertEqual(self.mailing(*options)[1], 0)
+            self.assertEqual((box.index(), self.reports()), ([], []), "a dry run leaves nothing")
+        for wrong in ("0-2", "3-2", "5-7", "x", "1-2-3", "-1", "99999999999999999999-1", ""):
+            if wrong:
+                self.assertEqual(self.mailing(f"--range={wrong}")[1], 64, wrong)
+        lines, code, err = self.mailing("--range", "2-4")
+        self.assertEqual((code, [line.get("position") for line in lines]), (0, [2, 3, 4, None]), err)
+        self.assertIn("\r\nPartial Sending to 3 recipients (from #2 to #4).\r\n", self.report())
+        self.check_report(self.report(), 3, 0)
+        self.assertEqual(self.served(box), Counter(f"user{n}@r.example" for n in (2, 3, 4)))
+        self.assertEqual(self.mailing("--proof", "me@own.example", "--as", "user6@r.example")[1], 0)
+        to, message = box.messages()[-1]
+        self.assertEqual(to, "me@own.example")
+        self.assertIn(b"user6@r.example", message, "the proof has the data of the recipient")
+        self.assertEqual(len(self.reports()), 1, "a proof is no run")
+
+    def test_two_runs_at_once(self):
+        box = self.mailbox()
+        self.account(box.port)
+        addresses = [f"user{n}@r.example" for n in range(300)]
+        self.group("All", addresses)
+        results = []
+        threads = [in_background(lambda: results.append(self.mailing())) for _ in range(2)]
+        for thread in threads:
+            thread.join()
+        self.assertEqual([code for _, code, _ in results], [0, 0], results[0][2] + results[1][2])
+        self.assertEqual(len({lines[-1]["history"] for lines, _, _ in results}), 2)
+        self.assertEqual(self.served(box), {address: 2 for address in addresses})
+        for report in self.reports():
+            self.check_report(report.read_bytes().decode(), 300, 0)
+
+    def interrupted_run(self, box, after, signals):
+        """Starts a run and interrupts it once `after` results were told."""
+        with self.popen("--json", "--yes", "send", "--group", "Many", "--subject", "s", "--body", self.body) as process:
+            out, err = follow(process, after, lambda: [process.send_signal(signal.SIGINT) for _ in range(signals)])
+            return process.returncode, [json.loads(line) for line in out.splitlines()], err.decode()
+
+    def test_interrupted(self):
+        addresses = [f"user{n:04}@r.example" for n in range(2000)]
+        self.group("Many", addresses)
+        for number, (after, signals) in enumerate(((0, 1), (1, 1), (37, 1), (300, 1), (150, 2))):
+            box = self.mailbox(name=f"box{number}")
+            self.account(box.port)
+            before = len(self.reports())
+            code, lines, err = self.interrupted_run(box, after, signals)
+            if code == -signal.SIGINT:
+                continue  # it was too early: the program had not begun, and nothing may have gone out
+            with self.subTest(after=after, signals=signals):
+                self.assertEqual(code, 75, err)
+                served = self.served(box)
+                self.assertEqual(set(served.values()) - {1}, set(), "somebody was served twice")
+                if len(self.reports()) == before:
+                    self.assertEqual(served, {})
+                    continue
+                sent = {line["address"] for line in lines if line.get("state") == "sent"}
+                unknown = {line["address"] for line in lines if line.get("state") == "unknown"}
+                self.assertLessEqual(len(unknown), 1)
+                self.assertLessEqual(sent, set(served))
+                self.assertLessEqual(set(served) - sent, unknown, "served and not told")
+                total = lines[-1]
+                self.assertEqual(total["sent"], len(sent))
+                self.assertLess(len(served), len(addresses))
+                self.check_report(self.report(), total["sent"], total["failed"])
+                not_tried = len(addresses) - total["sent"] - total["failed"]
+                self.assertIn(f"{not_tried:,} recipients were not tried", err)
+
+    def test_killed_server(self):
+        addresses = [f"user{n:03}@r.example" for n in range(400)]
+        self.group("Many", addresses)
+        box = Mailbox(self.folder / "box")
+        self.addCleanup(box.process.stdout.close)
+        self.account(box.port)
+        with self.popen("--json", "--yes", "send", "--group", "Many", "--subject", "s", "--body", self.body) as process:
+            out, err = follow(process, 50, box.process.kill)
+        box.process.wait()
+        *lines, total = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual(process.returncode, 1, err.decode())
+        self.assertEqual([line["position"] for line in lines], list(range(1, 401)))
+        served = self.served(box)
+        self.assertEqual(set(served.values()), {1})
+        sent = {line["address"] for line in lines if line["state"] == "sent"}
+        unknown = {line["address"] for line in lines if line["state"] == "unknown"}
+        self.assertLessEqual(sent, set(served))
+        self.assertLessEqual(set(served) - sent, unknown)
+        self.assertLessEqual({line["code"] for line in lines if line["state"] != "sent"}, {9, 16})
+        self.check_report(self.report(), total["sent"], total["failed"])
+
+
+def openssl(folder, *arguments):
+    subprocess.run(["openssl", *map(str, arguments)], cwd=folder, check=True, capture_output=True)
+
+
+def make_certificate(folder, name, subject_name, authority=None):
+    """`name`.pem and `name`.key for a server; signed by the authority, or by itself."""
+    extension = Path(folder) / f"{name}.ext"
+    extension.write_text(f"subjectAltName={subject_name}\n")
+    openssl(folder, "req", "-newkey", "rsa:2048", "-nodes", "-keyout", f"{name}.key", "-out", f"{name}.csr", "-subj", "/CN=x")
+    signed = ["-CA", f"{authority}.pem", "-CAkey", f"{authority}.key", "-CAcreateserial"] if authority else \
+        ["-signkey", f"{name}.key"]
+    openssl(folder, "x509", "-req", "-in", f"{name}.csr", *signed, "-days", "2", "-extfile", extension, "-out", f"{name}.pem")
+
+
+class Secured(Case):
+    def setUp(self):
+        super().setUp()
+        self.body = self.write("letter.html", "<p>secret words</p>")
+        self.group("All", ["bob@r.example"])
+        self.password = self.write("password", PASSWORD + "\n")
+
+    def run_to(self, *settings):
+        """A run with these settings, and everything that it wrote anywhere as one text."""
+        _, out, err = self.run_program("account", "set", "Name=Ada", "Email=ada@sender.example", "Server=127.0.0.1", *settings)
+        lines, code, told = self.send("--group", "All", "--subject", "s", "--body", self.body)
+        reports = "".join(file.read_text() for file in self.reports())
+        return code, lines, json.dumps(lines) + out + err + told + reports
+
+    def test_tls(self):
+        openssl(self.folder, "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", "ca.key", "-out", "ca.pem", "-days",
+                "2", "-subj", "/CN=Test authority")
+        make_certificate(self.folder, "good", "IP:127.0.0.1", "ca")
+        make_certificate(self.folder, "stranger", "DNS:other.example", "ca")
+        make_certificate(self.folder, "selfmade", "IP:127.0.0.1")
+        known = str(self.folder / "ca.pem")
+        cases = [("good", known, 0, ""), ("stranger", known, 1, "it is for another name"),
+                 ("selfmade", known, 1, "self-signed"), ("good", os.devnull, 1, "authority that this computer does not know")]
+        self.addCleanup(os.environ.pop, "SSL_CERT_FILE", None)
+        for number, (certificate, trusted, exit_code, words) in enumerate(cases):
+            os.environ["SSL_CERT_FILE"] = trusted
+            box = self.mailbox("--tls-cert", self.folder / f"{certificate}.pem", "--tls-key", self.folder / f"{certificate}.key",
+                               name=f"box{number}")
+            for security in ("STARTTLS", "Automatic"):
+                with self.subTest(certificate=certificate, trusted=trusted, security=security):
+                    code, lines, told = self.run_to(f"Port={box.port}", f"Security={security}")
+                    self.assertEqual(code, exit_code, told)
+                    self.assertIn(words, told)
+                    if exit_code:
+                        self.assertEqual((lines[0]["code"], box.index()), (5, []), "nothing goes out in clear")
+                    else:
+                        self.assertTrue(box.index()[-1]["tls"])
+
+    def test_no_tls_where_it_was_asked_for(self):
+        box = self.mailbox()
+        code, lines, told = self.run_to(f"Port={box.port}", "Security=STARTTLS")
+        self.assertEqual((code, lines[0]["code"], box.index()), (1, 5, []), told)
+
+    def test_signing_in(self):
+        for number, (server_password, exit_code, result) in enumerate(((PASSWORD, 0, 0), ("another", 1, 24))):
+            box = self.mailbox("--auth", "ada", "--password-file", self.write("server-password", server_password),
+                               name=f"box{number}")
+            code, lines, told = self.run_to(f"Port={box.port}", "Auth=1", "Username=ada", "--password-file", self.password)
+            self.assertEqual((code, lines[0]["code"]), (exit_code, result), told)
+            self.assertEqual([row["auth"] for row in box.index()], ["ada"] if exit_code == 0 else [])
+            shown = told + self.ok("account", "show") + self.run_program("account", "test")[1]
+            for secret in (PASSWORD, "a0o3LW5ldmVyLXNob3du"):  # in base 64 too
+                self.assertNotIn(secret, shown)
+        self.assertIsNone(re.search(PASSWORD, "".join(f.read_text(errors="replace") for f in self.profile.rglob("*")
+                                                      if f.is_file() and f.suffix in (".txt", ".eml", ".htm"))))
+
+
+if __name__ == "__main__":
+    unittest.main()
