@@ -92,9 +92,9 @@ Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const S
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
   for (const auto& [key, value] : values) {
-    auto statement = Prepare(
-        *database, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
-        {section, key, value});
+    auto statement =
+        Prepare(*database, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
+                {section, key, value});
     if (!statement) return statement.error();
     if (auto written = statement->Run(); !written) return written;
   }

@@ -82,7 +82,9 @@ int RunSet(Context& context, const SetOptions& options) {
             : complaint->message + " Nothing was saved.");
   }
   const auto client_options = sending::ClientOptionsOf(*account);  // a server or port that could never work
-  if (!client_options) return context.output.Fail(client_options.error());
+  if (!client_options) {
+    return context.output.Fail({Failure::kUsage, client_options.error().what, client_options.error().remedy});
+  }
   if (client_options->servers.empty()) {
     return context.output.Complain("Please enter your mail server; Server names none. Nothing was saved.");
   }
@@ -147,7 +149,7 @@ int RunTest(Context& context) {
     context.output.Note(
         fmt::format("The server said: {} {}", outcome.reply.code, platform::Printable(outcome.reply.text)));
   }
-  return ExitCode(Failure::kUnavailable);
+  return ExitCode(outcome.code == smtp::ResultCode::kCancelled ? Failure::kTryAgain : Failure::kUnavailable);
 }
 
 int RunReset(Context& context) {

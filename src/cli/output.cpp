@@ -8,12 +8,22 @@
 namespace quillcast::cli {
 namespace {
 
+constexpr std::size_t kLongestLine = 20'000;
 constexpr auto kProgressPause = std::chrono::milliseconds(100);
 
-// Texts of the system join their lines with CR LF; a terminal wants LF.
-std::string ForTerminal(std::string_view text) { return platform::ReplaceAll(text, "\r\n", "\n"); }
-
 }  // namespace
+
+std::string ForTerminal(std::string_view text) {
+  const std::string lines = platform::ReplaceAll(text, "\r\n", "\n");
+  std::string out;
+  std::string_view between;
+  for (const auto line : platform::Split(lines, '\n')) {
+    out += between;
+    out += platform::Printable(line, kLongestLine);
+    between = "\n";
+  }
+  return out;
+}
 
 void Print(std::FILE* stream, std::string_view text) {
   [[maybe_unused]] const auto written = std::fwrite(text.data(), 1, text.size(), stream);
@@ -32,7 +42,7 @@ void Output::Note(std::string_view text) const {
 }
 
 int Output::Fail(const Error& error) const {
-  Print(stderr, fmt::format("quillcast: {}\n", Describe(error)));
+  Print(stderr, fmt::format("quillcast: {}\n", ForTerminal(Describe(error))));
   return ExitCode(error.failure);
 }
 
@@ -47,7 +57,7 @@ void Output::Progress(std::string_view text) {
   if (progress_shown_ && now - last_progress_ < kProgressPause) return;
   last_progress_ = now;
   progress_shown_ = true;
-  Print(stderr, fmt::format("\r{}\x1b[K", text));
+  Print(stderr, fmt::format("\r{}\x1b[K", ForTerminal(text)));
   std::fflush(stderr);
 }
 

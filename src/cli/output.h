@@ -4,14 +4,19 @@
 #include <chrono>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string>
 #include <string_view>
 
 #include "platform/result.h"
 
 namespace quillcast::cli {
 
-// Writes without buts: a stream that is closed, full or a broken pipe fails for good and is asked with std::ferror at the
-// end, for no run may break off because nobody listens any more.
+// Text that is safe to show: CR LF as a line end, each line by platform::Printable, for it may hold what files and
+// servers say.
+std::string ForTerminal(std::string_view text);
+
+// Writes without buts: a stream that is closed, full or a broken pipe fails for good and is asked with std::ferror at
+// the end, for no run may break off because nobody listens any more.
 void Print(std::FILE* stream, std::string_view text);
 
 class Output {

@@ -39,7 +39,8 @@ Result<std::filesystem::path> WritePreview(const app::Folders& folders, const co
     if (!body) return body.error();
   }
   sending::RenderedMessage rendered;
-  message.Render(TagsAsValues(), address, 1, rendered);
+  const auto made = message.Render(TagsAsValues(), address, 1, rendered);
+  if (!made) return made.error();
   const auto file = folders.PreviewMessage();
   const auto written = platform::ReplaceFile(file, [&](int fd) { return sending::WriteMessage(rendered, fd, file); });
   if (!written) return written.error();

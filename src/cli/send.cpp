@@ -67,15 +67,20 @@ Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, 
                fmt::format("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
 }
 
-int RunMailing(Context& context, const Mailing& mailing, const std::optional<sending::PartialRange>& range) {
+int RunMailing(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
+               const std::optional<sending::PartialRange>& range) {
   SendListener listener(context.output);
-  const sending::RunRequest request{mailing.document, mailing.account, mailing.group, mailing.recipients, range};
+  const sending::RunRequest request{message,       mailing.document.subject, mailing.account,
+                                    mailing.group, mailing.recipients,       range};
   const auto summary =
       sending::SendToGroup(request, {mailing.folders, context.clock, context.entropy, context.cancel}, listener);
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());
 
-  context.output.Object({{"sent", summary->sent}, {"failed", summary->failed}, {"history", summary->history}});
+  context.output.Object({{"sent", summary->sent},
+                         {"failed", summary->failed},
+                         {"not_tried", summary->not_tried},
+                         {"history", summary->history}});
   context.output.Line(
       fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"), summary->failed));
   context.output.Line(fmt::format("Report: {}", (mailing.folders.History() / (summary->history + ".txt")).string()));
@@ -84,7 +89,7 @@ int RunMailing(Context& context, const Mailing& mailing, const std::optional<sen
                                     platform::Counted(summary->not_tried, "recipient was", "recipients were")));
   }
   if (summary->stopped) return context.output.Fail(*summary->stopped);
-  if (summary->cancelled) return ExitCode(Failure::kTryAgain);
+  if (summary->not_tried > 0) return ExitCode(Failure::kTryAgain);
   return summary->failed > 0 ? 1 : 0;
 }
 
@@ -136,7 +141,7 @@ int RunProof(Context& context, const SendOptions& options, const Mailing& mailin
     return 0;
   }
   context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), OutcomeText(*outcome)));
-  return 1;
+  return outcome->code == smtp::ResultCode::kCancelled ? ExitCode(Failure::kTryAgain) : 1;
 }
 
 Result<void> CheckOptions(const SendOptions& options) {
@@ -172,7 +177,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (options.dry_run) return RunDry(context, *mailing, message, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *mailing, message);
   if (!options.proof.empty()) return RunProof(context, options, *mailing, message);
-  return RunMailing(context, *mailing, *range);
+  return RunMailing(context, *mailing, message, *range);
 }
 
 }  // namespace

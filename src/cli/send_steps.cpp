@@ -44,10 +44,10 @@ class SingleMailing final : public smtp::Mailing {
       .state = smtp::State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
 };
 
-void RenderRow(const recipients::Recipient& row, const std::string& to, std::int64_t number,
-               const sending::MessageTemplate& message, sending::RenderedMessage& out) {
+Result<void> RenderRow(const recipients::Recipient& row, const std::string& to, std::int64_t number,
+                       const sending::MessageTemplate& message, sending::RenderedMessage& out) {
   std::array<std::string, compose::kMergeFields.size()> changed;
-  message.Render(compose::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
+  return message.Render(compose::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
 }
 
 Result<recipients::Recipient> FindRow(const std::string& address, const Mailing& mailing) {
@@ -120,7 +120,7 @@ int AskBeforeSending(Context& context, const Mailing& mailing) {
 Result<void> TellFindings(Context& context, const Mailing& mailing, const sending::MessageTemplate& message) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
-  const auto found = sending::LookOver(std::move(*rows), mailing.document, message);
+  const auto found = sending::LookOver(std::move(*rows), mailing.document, message, context.cancel);
   if (!found) return found.error();
   for (const auto& line : sending::Describe(*found)) context.output.Note("Note: " + line);
   if (found->largest_message > 0) {
@@ -149,7 +149,9 @@ Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::Mes
       ++composed.unaddressed;
       continue;
     }
-    RenderRow(row, *address, position, message, rendered);
+    const auto made = RenderRow(row, *address, position, message, rendered);
+    if (!made)
+      return Error{made.error().failure, fmt::format("{} (#{})", made.error().what, position), made.error().remedy};
     for (auto bytes = rendered.Next(); !bytes || !bytes->empty(); bytes = rendered.Next()) {
       if (!bytes) return bytes.error();
       composed.octets += bytes->size();
@@ -166,7 +168,8 @@ Result<RenderedRow> RenderFor(const std::string& address, const std::string& sen
   if (!row) return row.error();
   const auto to = recipients::EnvelopeAddress(send_to.empty() ? row->email() : send_to);
   if (!to) return to.error();
-  RenderRow(*row, *to, 1, message, out);
+  const auto made = RenderRow(*row, *to, 1, message, out);
+  if (!made) return made.error();
   return RenderedRow{row->email()};
 }
 

@@ -13,9 +13,7 @@ namespace quillcast::cli {
 
 using platform::Answer;
 
-void TerminalPrompts::Show(std::string_view text) {
-  Print(stderr, platform::ReplaceAll(text, "\r\n", "\n") + "\n");
-}
+void TerminalPrompts::Show(std::string_view text) { Print(stderr, ForTerminal(text) + "\n"); }
 
 char TerminalPrompts::AskFor(std::string_view text, std::string_view choices) const {
   Show(text);

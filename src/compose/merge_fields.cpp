@@ -32,6 +32,12 @@ std::string ForMerge(std::string_view value) {
   return out;
 }
 
+std::size_t Count(std::string_view text, std::string_view tag) {
+  std::size_t count = 0;
+  for (auto at = text.find(tag); at != std::string_view::npos; at = text.find(tag, at + tag.size())) ++count;
+  return count;
+}
+
 }  // namespace
 
 MergeValues ValuesForMerge(const recipients::Recipient& recipient,
@@ -44,11 +50,13 @@ MergeValues ValuesForMerge(const recipients::Recipient& recipient,
   return values;
 }
 
-std::string ReplaceMergeFields(std::string text, const MergeValues& values) {
+std::optional<std::string> ReplaceMergeFields(std::string text, const MergeValues& values) {
   for (std::size_t i = 0; i < kMergeFields.size(); ++i) {
-    if (text.find(kMergeFields[i].tag) != std::string::npos) {
-      text = platform::ReplaceAll(text, kMergeFields[i].tag, values[i]);
-    }
+    const std::size_t occurrences = Count(text, kMergeFields[i].tag);
+    if (occurrences == 0) continue;
+    if (!values[i].empty() && occurrences > kLargestMergedText / values[i].size()) return {};
+    text = platform::ReplaceAll(text, kMergeFields[i].tag, values[i]);
+    if (text.size() > kLargestMergedText) return {};
   }
   return text;
 }

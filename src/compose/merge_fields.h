@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,9 +47,12 @@ using MergeValues = std::array<std::string_view, kMergeFields.size()>;
 MergeValues ValuesForMerge(const recipients::Recipient& recipient,
                            std::array<std::string, kMergeFields.size()>& changed);
 
+// Values may spell later tags, which may hold further ones: a few kilobytes of them could grow without end.
+inline constexpr std::size_t kLargestMergedText = std::size_t{128} * 1024 * 1024;
+
 // What merging means: eighteen replacements one after the other over the growing text, all occurrences, case-sensitive.
-// A value that spells a later tag is replaced in turn.
-std::string ReplaceMergeFields(std::string text, const MergeValues& values);
+// A value that spells a later tag is replaced in turn. Nothing when the text would grow beyond kLargestMergedText.
+std::optional<std::string> ReplaceMergeFields(std::string text, const MergeValues& values);
 
 // Texts that look like a tag ("$*Merge" up to "*$") and are none, each once; they would go out as they stand.
 std::vector<std::string> UnknownTags(std::string_view text);

@@ -27,7 +27,7 @@ class Statement {
  public:
   explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
 
-  Result<void> Bind(int parameter, std::string_view text);  // the text is copied
+  Result<void> Bind(int parameter, std::string_view text);      // the text is copied
   Result<void> BindView(int parameter, std::string_view text);  // not copied: it must outlive the next Step
   Result<void> Bind(int parameter, std::int64_t number);
 

@@ -62,12 +62,14 @@ bool MergedBody::CanHold(const compose::MergeValues& values) const {
 
 // A value begins where the literal before it ended. A literal was encoded as the beginning of a line, so a soft break
 // goes before it unless it begins with a line end of its own.
-void MergedBody::Render(const compose::MergeValues& values, RenderedPieces& out) const {
+bool MergedBody::Render(const compose::MergeValues& values, RenderedPieces& out) const {
   std::size_t column = 0;
   if (!source_.OnePassHolds(values)) {
-    AppendEncoded(out.personal(), compose::ReplaceMergeFields(source_.text(), values), column);
+    const auto merged = compose::ReplaceMergeFields(source_.text(), values);
+    if (!merged) return false;
+    AppendEncoded(out.personal(), *merged, column);
     out.EndPersonal();
-    return;
+    return true;
   }
   for (const EncodedPiece& piece : pieces_) {
     if (piece.field >= 0) {
@@ -80,6 +82,7 @@ void MergedBody::Render(const compose::MergeValues& values, RenderedPieces& out)
     column = piece.end_column;
   }
   out.EndPersonal();
+  return true;
 }
 
 void MergedBody::AppendEncoded(std::string& out, std::string_view text, std::size_t& column) const {

@@ -45,8 +45,9 @@ class MergedBody {
   // Whether the character set holds the text, and the values that it would take up.
   bool CanHold(const compose::MergeValues& values) const;
 
-  // Appends the body for these values, quoted-printable with CRLF line ends.
-  void Render(const compose::MergeValues& values, RenderedPieces& out) const;
+  // Appends the body for these values, quoted-printable with CRLF line ends. False, with nothing of use appended, when
+  // the values make it grow beyond compose::kLargestMergedText.
+  bool Render(const compose::MergeValues& values, RenderedPieces& out) const;
 
   const compose::MergePieces& source() const { return source_; }
 

@@ -14,6 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLookedAt = 512;
+constexpr std::size_t kLongestSubject = std::size_t{1024} * 1024;
 constexpr const char* kQuotedPrintable = "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
 
 // Line ends as "\n", no NUL, well-formed UTF-8: the shape in which values are merged too.
@@ -214,50 +215,58 @@ std::bitset<compose::kMergeFields.size()> MessageTemplate::UsedFields() const {
   return used;
 }
 
-void MessageTemplate::Render(const compose::MergeValues& values, const std::string& recipient_address,
-                             std::uint64_t number, RenderedMessage& out) const {
+Result<void> MessageTemplate::Render(const compose::MergeValues& values, const std::string& recipient_address,
+                                     std::uint64_t number, RenderedMessage& out) const {
   out.Begin(tail_);
-  AppendHeaders(values, recipient_address, number, out);
+  bool rendered = AppendHeaders(values, recipient_address, number, out);
   out.pieces.AddShared(before_text_);
-  AppendText(values, out.pieces);
+  rendered = rendered && AppendText(values, out.pieces);
   out.pieces.AddShared(before_html_);
-  if (html_) html_->Render(values, out.pieces);
+  rendered = rendered && (!html_ || html_->Render(values, out.pieces));
+  if (!rendered) {
+    return Error{Failure::kBadData,
+                 "The recipient's values hold merge tags that make the message grow without measure.",
+                 "Take the merge tags out of the values of this recipient."};
+  }
   out.envelope.sender = options_.sender_address;
   out.envelope.recipient = recipient_address;
   out.envelope.size = out.size();
   out.envelope.notify = options_.notify;
   out.envelope.dsn_return = options_.dsn_return;
+  return {};
 }
 
-void MessageTemplate::AppendHeaders(const compose::MergeValues& values, const std::string& address,
+bool MessageTemplate::AppendHeaders(const compose::MergeValues& values, const std::string& address,
                                     std::uint64_t number, RenderedMessage& out) const {
   out.pieces.AddShared(from_header_);
   std::string& header = out.pieces.personal();
   const auto name = options_.name_field == 0 ? std::string_view() : values[options_.name_field];
   mime::AppendMailbox(header, "To", name, address, CharsetFor(name, options_.charset), options_.header_encoding);
-  AppendSubject(values, out);
+  if (!AppendSubject(values, out)) return false;
   const std::tm local = clock_.Local(clock_.Now());
   header += "Date: " + mime::FormatDate(local, local.tm_gmtoff) + "\r\n";
   header += fmt::format("Message-ID: <{}.{}@{}>\r\n", id_prefix_, number, id_domain_);
   out.pieces.EndPersonal();
   out.pieces.AddShared(other_headers_);
+  return true;
 }
 
-void MessageTemplate::AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const {
-  const std::string subject =
-      subject_.HasTags() ? compose::ReplaceMergeFields(subject_.text(), values) : subject_.text();
-  const mime::Charset charset = CharsetFor(subject, options_.charset);
+bool MessageTemplate::AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const {
+  const auto subject = compose::ReplaceMergeFields(subject_.text(), values);
+  if (!subject || subject->size() > kLongestSubject) return false;
+  const mime::Charset charset = CharsetFor(*subject, options_.charset);
   out.subject_not_encoded = charset.IsUtf8() && !options_.charset.IsUtf8();
-  mime::AppendUnstructured(out.pieces.personal(), "Subject", subject, charset, options_.header_encoding);
+  mime::AppendUnstructured(out.pieces.personal(), "Subject", *subject, charset, options_.header_encoding);
+  return true;
 }
 
-void MessageTemplate::AppendText(const compose::MergeValues& values, RenderedPieces& out) const {
+bool MessageTemplate::AppendText(const compose::MergeValues& values, RenderedPieces& out) const {
   for (const TextVariant& variant : text_) {
     if (&variant != &text_.back() && !variant.body.CanHold(values)) continue;
     out.AddShared(variant.header);
-    variant.body.Render(values, out);
-    return;
+    return variant.body.Render(values, out);
   }
+  return true;  // HTML without a text part
 }
 
 }  // namespace quillcast::sending

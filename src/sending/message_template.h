@@ -63,9 +63,9 @@ class MessageTemplate {
   bool is_html() const { return html_.has_value(); }
 
   // `recipient_address` is bare: the envelope's. `number` is the recipient's place in the run, for a Message-ID of its
-  // own.
-  void Render(const compose::MergeValues& values, const std::string& recipient_address, std::uint64_t number,
-              RenderedMessage& out) const;
+  // own. Fails with kBadData for values that make the message grow without measure.
+  Result<void> Render(const compose::MergeValues& values, const std::string& recipient_address, std::uint64_t number,
+                      RenderedMessage& out) const;
 
  private:
   // A text part in the account's character set and, for the recipients whose values that set cannot hold, in UTF-8.
@@ -78,10 +78,10 @@ class MessageTemplate {
   void CompileText(std::string text);
   void CompileParts(std::span<const Picture> pictures, const std::vector<std::string>& attachments,
                     platform::Entropy& entropy);
-  void AppendHeaders(const compose::MergeValues& values, const std::string& address, std::uint64_t number,
+  bool AppendHeaders(const compose::MergeValues& values, const std::string& address, std::uint64_t number,
                      RenderedMessage& out) const;
-  void AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const;
-  void AppendText(const compose::MergeValues& values, RenderedPieces& out) const;
+  bool AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const;
+  bool AppendText(const compose::MergeValues& values, RenderedPieces& out) const;
 
   MessageOptions options_;
   const platform::Clock& clock_;

@@ -40,8 +40,7 @@ class Look {
   std::uint64_t SizeFor(const recipients::Recipient& row, const std::string& address) const {
     std::array<std::string, compose::kMergeFields.size()> changed;
     RenderedMessage rendered;
-    message_.Render(compose::ValuesForMerge(row, changed), address, 1, rendered);
-    return rendered.size();
+    return message_.Render(compose::ValuesForMerge(row, changed), address, 1, rendered) ? rendered.size() : 0;
   }
 
   const MessageTemplate& message_;
@@ -52,13 +51,16 @@ class Look {
 }  // namespace
 
 Result<PreFlight> LookOver(recipients::RecipientCursor rows, const compose::MessageDocument& document,
-                           const MessageTemplate& message) {
+                           const MessageTemplate& message, const platform::CancelToken& cancel) {
   PreFlight found;
   found.unknown_tags =
       compose::UnknownTags(document.subject + "\n" + document.html + "\n" + document.text.value_or(""));
   Look look(message, found);
   recipients::Recipient row;
   for (;;) {
+    if (cancel.Requested() != platform::Stop::kNone) {
+      return Error{Failure::kTryAgain, "Stopped before anything was sent.", ""};
+    }
     const auto more = rows.Next(row);
     if (!more) return more.error();
     if (!*more) break;

@@ -7,6 +7,7 @@
 
 #include "compose/merge_fields.h"
 #include "compose/message_document.h"
+#include "platform/cancel.h"
 #include "recipients/recipient_store.h"
 #include "sending/message_template.h"
 
@@ -29,9 +30,10 @@ struct PreFlight {
   std::uint64_t largest_message = 0;  // octets, of those rendered
 };
 
-// Reads the whole group once, in constant memory, and renders the first recipient's message for its size.
+// Reads the whole group once, in constant memory, and renders the first recipient's message for its size. Fails with
+// kTryAgain after a cancel.
 Result<PreFlight> LookOver(recipients::RecipientCursor rows, const compose::MessageDocument& document,
-                           const MessageTemplate& message);
+                           const MessageTemplate& message, const platform::CancelToken& cancel);
 
 // The findings as sentences, one a line each; empty when there is nothing to say but the size.
 std::vector<std::string> Describe(const PreFlight& findings);

@@ -7,7 +7,7 @@
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
 #include "sending/history.h"
-#include "sending/message_template.h"
+#include "sending/message_options.h"
 #include "sending/send_status.h"
 #include "smtp/client.h"
 
@@ -29,13 +29,12 @@ struct Letter : smtp::Job {
 // Takes the rows of the group one by one, from the store to the wire to the report.
 class Run final : public smtp::Mailing {
  public:
-  Run(const RunRequest& request, const RunPlace& place, RunListener& listener, HistoryEntry& entry,
-      const MessageTemplate& message)
+  Run(const RunRequest& request, const RunPlace& place, RunListener& listener, HistoryEntry& entry)
       : request_(request),
         place_(place),
         listener_(listener),
         entry_(entry),
-        template_(message),
+        template_(request.message),
         report_(std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); }),
         range_(request.range.value_or(PartialRange{1, request.recipients})) {}
 
@@ -121,8 +120,9 @@ std::optional<smtp::Outcome> Run::RenderRow() {
   const auto address = recipients::EnvelopeAddress(row_.email());
   if (!address) return OwnFailure(smtp::ResultCode::kRecipientRefused, address.error());
   std::array<std::string, compose::kMergeFields.size()> changed;
-  template_.Render(compose::ValuesForMerge(row_, changed), *address, static_cast<std::uint64_t>(position_),
-                   letter_.rendered);
+  const auto rendered = template_.Render(compose::ValuesForMerge(row_, changed), *address,
+                                         static_cast<std::uint64_t>(position_), letter_.rendered);
+  if (!rendered) return OwnFailure(smtp::ResultCode::kOutOfMemory, rendered.error());
   if (letter_.rendered.subject_not_encoded) report_.SubjectNotEncoded();
   KeepFirstMessage();
   letter_.envelope = letter_.rendered.envelope;
@@ -171,15 +171,11 @@ void Run::TellAboutPictures() {
 }  // namespace
 
 Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place, RunListener& listener) {
-  auto message_options = MessageOptionsOf(request.account);
-  if (!message_options) return message_options.error();
   const auto client_options = ClientOptionsOf(request.account);
   if (!client_options) return client_options.error();
-  auto entry = BeginHistoryEntry(place.folders.History(), place.clock, request.document.subject);
+  auto entry = BeginHistoryEntry(place.folders.History(), place.clock, request.subject);
   if (!entry) return entry.error();
-  const MessageTemplate message(request.document, std::move(*message_options), place.folders.temporary, place.clock,
-                                place.entropy);
-  return Run(request, place, listener, *entry, message).Execute(*client_options);
+  return Run(request, place, listener, *entry).Execute(*client_options);
 }
 
 }  // namespace quillcast::sending

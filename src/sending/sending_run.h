@@ -8,12 +8,12 @@
 #include <string_view>
 
 #include "app/folders.h"
-#include "compose/message_document.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
 #include "platform/entropy.h"
 #include "recipients/recipient_store.h"
 #include "sending/account_settings.h"
+#include "sending/message_template.h"
 #include "sending/run_report.h"
 #include "smtp/outcome.h"
 
@@ -39,7 +39,8 @@ class RunListener {
 };
 
 struct RunRequest {
-  const compose::MessageDocument& document;
+  const MessageTemplate& message;
+  const std::string& subject;  // as composed, for the name in the history
   const AccountSettings& account;
   recipients::RecipientGroup group;
   std::int64_t recipients = 0;  // in the group

@@ -126,7 +126,10 @@ Outcome Client::Driver::Send(Job& job) {
     const bool lost = outcome.code == ResultCode::kConnectionLost && outcome.state == State::kFailed;
     if (!connection_->closed()) return outcome;
     connection_.reset();
-    if (!lost || replaced || Stopped()) return outcome;
+    if (!lost || replaced || Stopped()) {
+      if (lost && outcome.reply.code == 421) outcome.state = State::kDeferred;  // the server asks for another time
+      return outcome;
+    }
     replaced = true;
     job.message->Rewind();
   }

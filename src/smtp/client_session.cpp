@@ -184,7 +184,10 @@ void ClientSession::OnReply(const ServerReply& reply) {
   const Command command = awaited_.front();
   const Meaning& meaning = MeaningOf(command);
   const int reply_class = reply.code / 100;
-  if (reply.code == 421) {
+  if (reply.code == 421 && message_under_way() && !end_of_data_out_) {
+    // The connection is over, not the message: none of it counts before its end, so it may go over another one.
+    Close({State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."});
+  } else if (reply.code == 421) {
     Close(Verdict(meaning.refused, reply));
   } else if (command == Command::kAuth && reply.code == 334) {
     awaited_.pop_front();

@@ -72,11 +72,11 @@ class Runs(Case):
         refused, deferred = ("<bob@r.example> refused by a rule of this mailbox",
                              "<cy@r.example> deferred by a rule of this mailbox")
         history = self.reports()[0].stem
-        expected = [(1, "sent", 0, "250 Kept as 000001.eml"), (2, "refused", 8, "550 " + refused),
-                    (3, "deferred", 8, "451 " + deferred), (4, "sent", 0, "250 Kept as 000002.eml")]
+        expected = [(1, "sent", 0, "250 2.0.0 Kept as 000001.eml"), (2, "refused", 8, "550 5.1.1 " + refused),
+                    (3, "deferred", 8, "451 4.3.0 " + deferred), (4, "sent", 0, "250 2.0.0 Kept as 000002.eml")]
         self.assertEqual(lines, [{"position": n, "address": addresses[n - 1], "state": state, "code": result,
                                   "reply": reply, "reason": ""} for n, state, result, reply in expected] +
-                         [{"sent": 2, "failed": 2, "history": history}])
+                         [{"sent": 2, "failed": 2, "not_tried": 0, "history": history}])
         sizes = [len(message) for _, message in box.messages()]
         size_of_bob = sizes[0]  # addresses of one length
         ok = ["S: 250 2.1.5 Ok"]

@@ -105,6 +105,17 @@ TEST(Merge, ValuesBecomeMergeable) {
   EXPECT_EQ(values[3].data(), recipient.values[3].data()) << "copied without need";
 }
 
+TEST(Merge, GivesUpOnValuesThatGrowWithoutMeasure) {
+  std::array<std::string, kMergeFields.size()> owned;
+  MergeValues values;
+  for (std::size_t i = 0; i + 1 < values.size(); ++i) {
+    for (int n = 0; n < 50; ++n) owned[i] += kMergeFields[i + 1].tag;
+    values[i] = owned[i];
+  }
+  EXPECT_FALSE(ReplaceMergeFields("$*MergeEmail*$", values));
+  EXPECT_TRUE(ReplaceMergeFields("$*MergeField1*$", values)) << "2,500 empty texts";
+}
+
 TEST(Merge, FindsUnknownTags) {
   EXPECT_EQ(UnknownTags("$*MergeFirstName*$ $*MergeFristName*$ $*MergeAdd1*$ $*MergeFristName*$ $*Merge and *$ on"),
             (std::vector<std::string>{"$*MergeFristName*$", "$*MergeAdd1*$", "$*Merge and *$"}));

@@ -13,7 +13,7 @@ namespace {
 
 std::string WireBytes(const MergedBody& body, const compose::MergeValues& values) {
   RenderedPieces pieces;
-  body.Render(values, pieces);
+  EXPECT_TRUE(body.Render(values, pieces));
   std::string out;
   for (std::size_t i = 0; i < pieces.count(); ++i) out += pieces.At(i);
   EXPECT_EQ(out.size(), pieces.size());
@@ -68,7 +68,7 @@ TEST(MergedBody, ReadsAsTheTextMergedWhole) {
     std::array<std::string, compose::kMergeFields.size()> owned;
     compose::MergeValues values;
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = owned[i] = pick(contents);
-    std::string merged = compose::ReplaceMergeFields(text.ends_with('\n') ? text : text + "\n", values);
+    std::string merged = *compose::ReplaceMergeFields(text.ends_with('\n') ? text : text + "\n", values);
 
     const std::string utf8 = WireBytes(MergedBody(text, mime::Charset::Utf8(), mime::Unmapped::kQuestionMark), values);
     CheckLines(utf8);

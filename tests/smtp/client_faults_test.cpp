@@ -51,7 +51,7 @@ void SendAll(const ClientOptions& options, Letters& letters, const platform::Can
   Client(options, clock, cancel).Run(letters);
 }
 
-enum class Fault { kHangUp, kStall, kDrip };
+enum class Fault { kHangUp, kStall, kDrip, kGoodbye };
 
 // Serves a connection well, except that at reply number `at` the fault happens in place of it.
 // Replies: 0 greeting, 1 EHLO, 2 MAIL, 3 RCPT, 4 DATA, 5 end of data.
@@ -63,6 +63,7 @@ void Serve(Peer& peer, int at, Fault fault, std::vector<std::string>& taken) {
       return true;
     }
     if (fault == Fault::kStall) peer.Stall();
+    if (fault == Fault::kGoodbye) peer.Say("421 4.3.2 enough for this connection\r\n");
     for (int n = 0; fault == Fault::kDrip && n < 20; ++n) {
       peer.Say("2");
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -125,12 +126,25 @@ TEST(ClientFaults, AMessageIsTakenToOneNewConnectionOnly) {
 }
 
 TEST(ClientFaults, AServerThatServesOneMessageAConnectionIsServedAll) {
+  for (const Fault fault : {Fault::kHangUp, Fault::kGoodbye}) {
+    std::vector<std::string> taken;
+    ScriptedServer server([&](Peer& peer, int) { Serve(peer, 6, fault, taken); });
+    Letters letters(3);
+    SendAll(OptionsFor(server.port()), letters);
+    for (const Outcome& outcome : letters.outcomes) EXPECT_EQ(outcome.state, State::kSent);
+    EXPECT_EQ(taken.size(), 3U);
+  }
+}
+
+TEST(ClientFaults, AServerThatKeepsSayingGoodbyeDefersTheMessage) {
   std::vector<std::string> taken;
-  ScriptedServer server([&](Peer& peer, int) { Serve(peer, 6, Fault::kHangUp, taken); });
-  Letters letters(3);
+  ScriptedServer server([&](Peer& peer, int) { Serve(peer, 2, Fault::kGoodbye, taken); });
+  Letters letters(1);
   SendAll(OptionsFor(server.port()), letters);
-  for (const Outcome& outcome : letters.outcomes) EXPECT_EQ(outcome.state, State::kSent);
-  EXPECT_EQ(taken.size(), 3U);
+  EXPECT_EQ(letters.outcomes.at(0).state, State::kDeferred);
+  EXPECT_EQ(letters.outcomes.at(0).code, ResultCode::kConnectionLost);
+  EXPECT_EQ(letters.outcomes.at(0).reply.code, 421);
+  EXPECT_TRUE(taken.empty());
 }
 
 TEST(ClientFaults, NoConnectionIsToldByItsReason) {
