@@ -110,17 +110,15 @@ int RunShow(Context& context) {
   return 0;
 }
 
-// Follows a test of the connection; there is no message.
+// Follows a test of the connection; there is no message. The log is of use when the test fails.
 class TestListener final : public smtp::Mailing {
  public:
-  explicit TestListener(const Output& output) : output_(output) {}
+  std::vector<std::string> log;
+
   smtp::Job* NextJob() override { return nullptr; }
   void Finished(smtp::Job&, const smtp::Outcome&) override {}
-  void LogLine(std::string_view line) override { output_.Note(line); }
+  void LogLine(std::string_view line) override { log.emplace_back(line); }
   void Progress(std::uint64_t, std::uint64_t) override {}
-
- private:
-  const Output& output_;
 };
 
 int RunTest(Context& context) {
@@ -134,7 +132,7 @@ int RunTest(Context& context) {
   }
   const auto options = sending::ClientOptionsOf(*account);
   if (!options) return context.output.Fail(options.error());
-  TestListener listener(context.output);
+  TestListener listener;
   const smtp::Outcome outcome = smtp::Client(*options, context.clock, context.cancel).Test(listener);
   const auto code = static_cast<int>(outcome.code);
   const std::string text = code == 0 ? sending::kAccountWorks : sending::TestResultText(code);
@@ -143,6 +141,7 @@ int RunTest(Context& context) {
     context.output.Line(text);
     return 0;
   }
+  for (const auto& line : listener.log) context.output.Note(line);
   context.prompts.Warn(text);
   if (!outcome.reason.empty()) context.output.Note(outcome.reason);
   if (outcome.reply.code != 0) {
