@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 using platform::Duration;
 using platform::Instant;
 
-constexpr std::size_t kReadBlock = 64 * 1024;
+constexpr std::size_t kReadBlock = 64UL * 1024;
 constexpr Duration kLongestLinger = 2s;     // how long a client may take to close after the last word
 constexpr Duration kPauseWithoutRoom = 1s;  // until connections are taken again when no descriptor was free
 

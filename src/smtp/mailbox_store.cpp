@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <stdio.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "platform/text.h"
@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
-constexpr std::size_t kLargestPending = 64 * 1024;
+constexpr std::size_t kLargestPending = 64UL * 1024;
 constexpr const char* kIndexName = "index.jsonl";
 constexpr std::string_view kIncomingPrefix = ".incoming-";
 
@@ -144,7 +144,7 @@ Result<void> MailboxStore::AppendLine(std::string_view line) {
   const fs::path path = folder_ / kIndexName;
   const auto size = platform::FileSize(index_.get(), path);
   if (!size) return size.error();
-  const auto written = platform::WriteAll(index_.get(), path, line);
+  auto written = platform::WriteAll(index_.get(), path, line);
   if (!written && ::ftruncate(index_.get(), static_cast<off_t>(*size)) != 0) {
     return platform::SystemError("write", path, errno);
   }
@@ -176,7 +176,7 @@ Result<void> IncomingMessage::Flush() {
     file_ = platform::UniqueFd(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file_) return platform::SystemError("create", path_, errno);
   }
-  const auto written = platform::WriteAll(file_.get(), path_, pending_);
+  auto written = platform::WriteAll(file_.get(), path_, pending_);
   pending_.clear();
   return written;
 }
