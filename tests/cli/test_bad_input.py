@@ -83,7 +83,7 @@ class BadInput(Case):
                 resource.setrlimit(resource.RLIMIT_AS, (300_000_000, 300_000_000))
         for options in (MAP, ["--harvest"], [*MAP, "--preview"]):
             done = subprocess.run([PROGRAM, "--profile", self.profile, "import", large, "-g", "All", "--opt-in", *options],
-                                  preexec_fn=limit, capture_output=True, timeout=60)
+                                  preexec_fn=limit, capture_output=True, timeout=240)
             self.assertEqual(done.returncode, 0, (options, done.stderr))
         self.assertEqual(self.addresses("All"), ["old@r.example", "ada@r.info"])
 
