@@ -137,14 +137,14 @@ MessageTemplate::MessageTemplate(const compose::MessageDocument& document, Messa
                                  platform::Entropy& entropy)
     : options_(std::move(options)),
       clock_(clock),
-      id_prefix_(fmt::format("{:x}.{:016x}", std::chrono::system_clock::to_time_t(clock.Now()), entropy.Next())),
+      run_id_(entropy.Next()),
       id_domain_(options_.sender_address.substr(options_.sender_address.find('@') + 1)),
       subject_(ForMerging(document.subject)),
       tail_(scratch_folder) {
   CompileHeaders(document);
   RelatedPictures related;
   if (document.format == compose::Format::kHtml) {
-    related = TakePictures(document.html, document.base_folder, id_prefix_ + "@" + id_domain_);
+    related = TakePictures(document.html, document.base_folder, fmt::format("{:016x}@{}", run_id_, id_domain_));
     html_.emplace(ForMerging(related.html), options_.charset, mime::Unmapped::kHtmlReference);
   }
   if (!html_ || options_.text_part) CompileText(ForMerging(document.PlainText()));
@@ -245,7 +245,7 @@ bool MessageTemplate::AppendHeaders(const compose::MergeValues& values, const st
   if (!AppendSubject(values, out)) return false;
   const std::tm local = clock_.Local(clock_.Now());
   header += "Date: " + mime::FormatDate(local, local.tm_gmtoff) + "\r\n";
-  header += fmt::format("Message-ID: <{}.{}@{}>\r\n", id_prefix_, number, id_domain_);
+  header += "Message-ID: " + mime::MakeMessageId(run_id_, number, id_domain_) + "\r\n";
   out.pieces.EndPersonal();
   out.pieces.AddShared(other_headers_);
   return true;

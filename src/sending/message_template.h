@@ -85,7 +85,7 @@ class MessageTemplate {
 
   MessageOptions options_;
   const platform::Clock& clock_;
-  std::string id_prefix_;
+  std::uint64_t run_id_;  // chance; with the number of a message it makes its Message-ID
   std::string id_domain_;
   compose::MergePieces subject_;
   std::string from_header_;
