@@ -8,7 +8,6 @@
 #include "net/connect.h"
 #include "net/resolver.h"
 #include "smtp/connection.h"
-#include "smtp/secret.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -40,7 +39,6 @@ class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
       : options_(std::move(options)), around_{options_, clock, cancel} {}
-  ~Driver() { Wipe(options_.password); }
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/base64.h"
 #include "platform/text.h"
 #include "smtp/command.h"
 
@@ -85,13 +84,13 @@ void ClientSession::Send(Command command, const SmtpLine& line) {
 
 void ClientSession::SendWords(Command command, const char* words) { Send(command, *SmtpLine::From(words)); }
 
-// `line` is made of base 64 and fixed words, so it cannot break out.
-void ClientSession::SendSecret(const std::string& line, std::string_view shown) {
-  out_.reserve(out_.size() + line.size() + 2);  // growing later would leave a copy behind
-  out_.append(line).append("\r\n");
+// The line is made of base 64 and fixed words, so it cannot break out.
+void ClientSession::SendSecret(const SecretLine& line) {
+  out_.reserve(out_.size() + line.text.view().size() + 2);  // growing later would leave a copy behind
+  out_.append(line.text.view()).append("\r\n");
   out_secret_ = true;
   awaited_.push_back(Command::kAuth);
-  Log("C: ", shown);
+  Log("C: ", line.shown);
 }
 
 void ClientSession::SendEhlo() {
@@ -177,6 +176,7 @@ void ClientSession::OnReply(const ServerReply& reply) {
     if (reply.code == 421) return Close(Verdict(ResultCode::kConnectionLost, reply));
     return Senseless("it answered without having been asked");
   }
+  if (!cancelled_.empty()) return Close({});
   const Command command = awaited_.front();
   const Meaning& meaning = MeaningOf(command);
   const int reply_class = reply.code / 100;
@@ -216,6 +216,9 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
       if (reader_.HasMore()) return Senseless("it went on in clear after it agreed to TLS");
       return events_.push_back({Event::Kind::kStartTls, {}, {}});
     case Command::kAuth:
+      if (const auto proved = exchange_->Finish(); !proved) {
+        return Fail(ResultCode::kAuthProtocolError, proved.error().what);
+      }
       return BecomeReady();
     case Command::kMail:
       if (const auto line = RcptCommand(*envelope_, capabilities_)) return Send(Command::kRcpt, *line);
@@ -242,7 +245,8 @@ void ClientSession::OnRefused(Command command, const ServerReply& reply) {
   // A message cut short by its refusal leaves the server in the middle of it, so there is no way on.
   const bool cut_short = command == Command::kEndOfData && !end_of_data_out_;
   if (meaning.after_refusal == After::kHangUp || cut_short) {
-    outcome.reason = fmt::format("The server did not take {}.", meaning.what);
+    outcome.reason =
+        command == Command::kAuth ? AuthRefusal(reply.code) : fmt::format("The server did not take {}.", meaning.what);
     return Close(std::move(outcome));
   }
   // RFC 3030 4.2: after a BDAT that failed the transaction is in doubt until RSET.
@@ -287,9 +291,11 @@ void ClientSession::TlsStarted() {
 
 void ClientSession::SignIn() {
   if (!capabilities_.mechanisms.empty()) {
-    auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_, {options_.user, options_.password});
+    auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
+                                     {options_.user, options_.password.view(), setup_.nonce, setup_.now});
     if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what);
-    return SignInWith(*std::move(mechanism));
+    exchange_.emplace(*std::move(mechanism));
+    return SendSecret(exchange_->Begin());
   }
   const bool safe = setup_.encrypted || setup_.loopback;
   if (!options_.send_without_auth) return Fail(ResultCode::kAuthNotOffered, kAuthMissing);
@@ -297,35 +303,15 @@ void ClientSession::SignIn() {
   BecomeReady();
 }
 
-void ClientSession::SignInWith(std::unique_ptr<SaslMechanism> mechanism) {
-  mechanism_ = std::move(mechanism);
-  const std::string command = std::string("AUTH ") + mechanism_->Name();
-  const auto initial = mechanism_->Start();
-  if (!initial) return SendSecret(command, command);
-  std::string coded;
-  platform::AppendBase64(coded, initial->view());
-  std::string line;
-  line.reserve(command.size() + coded.size() + 2);
-  // RFC 4954 4: an empty initial response is "=".
-  line.append(command).append(" ").append(coded.empty() ? "=" : coded);
-  SendSecret(line, command + " ****");
-  Wipe(coded);
-  Wipe(line);
-}
-
 void ClientSession::OnChallenge(const ServerReply& reply) {
-  const auto challenge = platform::DecodeBase64(platform::Trim(reply.text));
-  if (!challenge) return Fail(ResultCode::kAuthProtocolError, "The server broke the exchange that signs in.");
-  const auto response = mechanism_->Step(*challenge);
-  if (!response) return Fail(ResultCode::kAuthProtocolError, response.error().what);
-  std::string coded;
-  platform::AppendBase64(coded, response->view());
-  SendSecret(coded, "****");
-  Wipe(coded);
+  const auto response = exchange_->Answer(platform::Trim(reply.text));
+  if (response) return SendSecret(*response);
+  cancelled_ = response.error().what;
+  SendSecret(CancelSaslExchange());
 }
 
 void ClientSession::BecomeReady() {
-  mechanism_.reset();
+  exchange_.reset();
   ready_ = true;
   events_.push_back({Event::Kind::kReady, {}, {}});
 }
@@ -351,6 +337,8 @@ void ClientSession::FinishMessage(Outcome outcome) {
 void ClientSession::Close(Outcome why) {
   if (closed_) return;
   closed_ = true;
+  if (!cancelled_.empty()) why = {State::kFailed, ResultCode::kAuthProtocolError, {}, std::move(cancelled_)};
+  exchange_.reset();
   if (out_secret_) Wipe(out_);
   if (envelope_ != nullptr) {
     Outcome outcome = why;

@@ -15,7 +15,7 @@
 #include "smtp/envelope.h"
 #include "smtp/outcome.h"
 #include "smtp/reply.h"
-#include "smtp/sasl.h"
+#include "smtp/sasl_exchange.h"
 #include "smtp/smtp_line.h"
 
 namespace quillcast::smtp {
@@ -25,6 +25,8 @@ struct SessionSetup {
   std::string local_name;  // for EHLO: "[127.0.0.1]"
   bool loopback = false;   // the server is this computer
   bool encrypted = false;  // TLS stands already
+  std::string nonce = {};  // for signing in, see Credentials
+  std::chrono::system_clock::time_point now = {};
 };
 
 struct Event {
@@ -88,7 +90,7 @@ class ClientSession {
  private:
   void Send(Command command, const SmtpLine& line);
   void SendWords(Command command, const char* words);
-  void SendSecret(const std::string& line, std::string_view shown);
+  void SendSecret(const SecretLine& line);
   void SendEhlo();
   void Log(std::string_view side, std::string_view line);
 
@@ -100,7 +102,6 @@ class ClientSession {
   void OnChallenge(const ServerReply& reply);
   bool MayUseStartTls() const;
   void SignIn();
-  void SignInWith(std::unique_ptr<SaslMechanism> mechanism);
   void BecomeReady();
   void StartData();
   void StartBody(BodyWriter::Form form);
@@ -127,7 +128,8 @@ class ClientSession {
   // Receiving.
   ReplyReader reader_;
   std::deque<Command> awaited_;
-  std::unique_ptr<SaslMechanism> mechanism_;
+  std::optional<SaslExchange> exchange_;
+  std::string cancelled_;  // why the exchange was cancelled; the reply to that ends the session
 
   Envelope fitted_;                     // to what the server can do
   const Envelope* envelope_ = nullptr;  // `fitted_` while a message is under way

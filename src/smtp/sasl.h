@@ -2,6 +2,7 @@
 // and a row in sasl.cpp.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -20,14 +21,18 @@ class SaslMechanism {
   virtual const char* Name() const = 0;
   // What goes out together with the mechanism's name; nothing when the server speaks first.
   virtual std::optional<Secret> Start() = 0;
-  // The response to a challenge. Fails when the mechanism has nothing more to say.
+  // The response to a challenge. Fails when the challenge makes no sense, or the mechanism has nothing more to say.
   virtual Result<Secret> Step(std::string_view challenge) = 0;
+  // The server says that the exchange went well. Fails where it had to prove something first and did not.
+  virtual Result<void> Finish() { return {}; }
 };
 
-// Who signs in; the views must outlive the mechanism.
+// Who signs in, in UTF-8, and what a mechanism needs of the world. The views must outlive the mechanism.
 struct Credentials {
   std::string_view user;
   std::string_view password;
+  std::string_view nonce = {};  // 24 octets of chance that no other exchange gets
+  std::chrono::system_clock::time_point now = {};
 };
 
 // The mechanism for a mode among those that the server offers. Fails with a reason for people when there is none.
