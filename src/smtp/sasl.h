@@ -39,7 +39,11 @@ struct Credentials {
 Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
                                                        const Credentials& credentials);
 
-std::unique_ptr<SaslMechanism> MakePlain(const Credentials& credentials);  // RFC 4616
-std::unique_ptr<SaslMechanism> MakeLogin(const Credentials& credentials);  // draft-murchison-sasl-login
+std::unique_ptr<SaslMechanism> MakePlain(const Credentials& credentials);        // RFC 4616
+std::unique_ptr<SaslMechanism> MakeLogin(const Credentials& credentials);        // draft-murchison-sasl-login
+std::unique_ptr<SaslMechanism> MakeCramMd5(const Credentials& credentials);      // RFC 2195
+std::unique_ptr<SaslMechanism> MakeScramSha1(const Credentials& credentials);    // RFC 5802
+std::unique_ptr<SaslMechanism> MakeScramSha256(const Credentials& credentials);  // RFC 7677
+std::unique_ptr<SaslMechanism> MakeNtlm(const Credentials& credentials);         // NTLMv2
 
 }  // namespace quillcast::smtp

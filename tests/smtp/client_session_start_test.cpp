@@ -135,9 +135,6 @@ TEST(ClientSessionStart, SignsIn) {
            {"none", EHLO "S: 250 mx", kAuthNotOffered}}) {
     Check(at_home(c));
   }
-  Check(at_home(
-      {.name = "cram", .dialogue = AUTH("LOGIN CRAM-MD5"), .code = kAuthNotOffered, .mode = AuthMode::kCramMd5}));
-  Check(at_home({.name = "ntlm", .dialogue = AUTH("LOGIN NTLM"), .code = kAuthNotOffered, .mode = AuthMode::kNtlm}));
   Check(at_home({.name = "without", .dialogue = EHLO "S: 250 mx", .code = kSuccess, .without_auth = true}));
 }
 
