@@ -83,6 +83,21 @@ std::string WordsFor(long verdict) {
   return X509_verify_cert_error_string(verdict);
 }
 
+constexpr const char* kTooOld = "it knows only versions of TLS older than 1.2, which are no longer safe";
+constexpr std::array kHandshakeReasons{
+    Reason{SSL_R_UNSUPPORTED_PROTOCOL, kTooOld},
+    Reason{SSL_R_TLSV1_ALERT_PROTOCOL_VERSION, kTooOld},
+    Reason{SSL_R_WRONG_VERSION_NUMBER, "it does not answer with TLS on this port"},
+};
+
+std::string HandshakeWords(unsigned long code) {
+  for (const Reason& reason : kHandshakeReasons) {
+    if (reason.code == ERR_GET_REASON(code)) return reason.words;
+  }
+  const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
+  return words != nullptr ? words : "the connection was closed";
+}
+
 }  // namespace
 
 void FreeTls::operator()(bio_method_st* method) const { BIO_meth_free(method); }
@@ -140,12 +155,9 @@ Error HandshakeError(const ssl_st& connection, const std::string& host) {
             "Nothing was sent. Check the server's name; if the server is yours, have its authority's certificate added "
             "to this computer's trusted ones, or set Security to None if you trust the network."};
   }
-  const unsigned long code = ERR_peek_error();
-  const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
+  const std::string words = HandshakeWords(ERR_peek_error());
   ERR_clear_error();
-  return {Failure::kUnavailable,
-          fmt::format("TLS could not be started with {}: {}.", host,
-                      words != nullptr ? words : "the connection was closed"),
+  return {Failure::kUnavailable, fmt::format("TLS could not be started with {}: {}.", host, words),
           "Check that Security fits the server's port (TLS from the first byte is usual on port 465)."};
 }
 

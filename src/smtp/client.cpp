@@ -8,6 +8,7 @@
 #include "net/connect.h"
 #include "net/resolver.h"
 #include "smtp/connection.h"
+#include "smtp/no_core_dump.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -38,7 +39,9 @@ bool WorthAnotherServer(const Outcome& outcome) {
 class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
-      : options_(std::move(options)), around_{options_, clock, cancel} {}
+      : options_(std::move(options)), around_{options_, clock, cancel} {
+    if (!options_.password.empty()) no_core_.emplace();
+  }
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 
@@ -52,6 +55,7 @@ class Client::Driver {
   Result<void> PrepareTls();
   Outcome Send(Job& job);
 
+  std::optional<NoCoreDump> no_core_;  // while the password is in memory
   ClientOptions options_;
   Surroundings around_;
   net::Resolver resolver_;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
+#include <sys/prctl.h>
 
 #include <filesystem>
 #include <fstream>
@@ -150,15 +151,16 @@ TEST_F(ClientTls, TakesWhatIsTrustedAndRefusesTheRestInWords) {
     long to;
     const char* why;  // nullptr when it is trusted
   };
-  for (const Case& c :
-       std::initializer_list<Case>{{"localhost", "DNS:localhost", true, -kHour, kHour, nullptr},
-                                   {"127.0.0.1", "IP:127.0.0.1", true, -kHour, kHour, nullptr},
-                                   {"localhost", "DNS:mx.example", true, -kHour, kHour, "another name"},
-                                   {"127.0.0.1", "IP:127.0.0.2", true, -kHour, kHour, "another name"},
-                                   {"127.0.0.1", "DNS:127.0.0.1", true, -kHour, kHour, "another name"},
-                                   {"localhost", "DNS:localhost", true, -2 * kHour, -kHour, "expired"},
-                                   {"localhost", "DNS:localhost", true, kHour, 2 * kHour, "not yet valid"},
-                                   {"localhost", "DNS:localhost", false, -kHour, kHour, "self-signed"}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           {"localhost", "DNS:localhost", true, -kHour, kHour, nullptr},
+           {"127.0.0.1", "IP:127.0.0.1", true, -kHour, kHour, nullptr},
+           {"m\u00FCller.localhost", "DNS:xn--mller-kva.localhost", true, -kHour, kHour, nullptr},
+           {"localhost", "DNS:mx.example", true, -kHour, kHour, "another name"},
+           {"127.0.0.1", "IP:127.0.0.2", true, -kHour, kHour, "another name"},
+           {"127.0.0.1", "DNS:127.0.0.1", true, -kHour, kHour, "another name"},
+           {"localhost", "DNS:localhost", true, -2 * kHour, -kHour, "expired"},
+           {"localhost", "DNS:localhost", true, kHour, 2 * kHour, "not yet valid"},
+           {"localhost", "DNS:localhost", false, -kHour, kHour, "self-signed"}}) {
     for (const bool at_once : {false, true}) {
       SCOPED_TRACE(std::string(c.host) + " " + c.name + " " + (c.why != nullptr ? c.why : "good"));
       const Certificate certificate = Make(c.host, c.name, c.signed_by_ca ? &ca_ : nullptr, c.from, c.to);
@@ -196,32 +198,108 @@ TEST_F(ClientTls, RefusesAnAuthorityThatNobodyKnows) {
   Free(other);
 }
 
-TEST_F(ClientTls, RefusesOldVersions) {
-  const Certificate certificate = Make("localhost", "DNS:localhost", &ca_, -kHour, kHour);
-  {
-    TlsServer tls(certificate, true);
-    SSL_CTX_set_min_proto_version(tls.context.get(), TLS1_VERSION);
-    SSL_CTX_set_max_proto_version(tls.context.get(), TLS1_1_VERSION);
-    SSL_CTX_set_security_level(tls.context.get(), 0);
-    ClientOptions options = OptionsFor("localhost", tls.server.port());
-    options.security = Security::kTls;
-    EXPECT_EQ(TestAccount(options).code, ResultCode::kGreetingRefused);
+TEST_F(ClientTls, WantsTheWholeChain) {
+  const Certificate between = Make("Test Authority 2", "", &ca_, -kHour, kHour);
+  const Certificate certificate = Make("localhost", "DNS:localhost", &between, -kHour, kHour);
+  for (const bool whole : {true, false}) {
+    TlsServer tls(certificate, false);
+    if (whole) SSL_CTX_add1_chain_cert(tls.context.get(), between.certificate);
+    const Outcome outcome = TestAccount(OptionsFor("localhost", tls.server.port()));
+    EXPECT_EQ(outcome.code, whole ? ResultCode::kSuccess : ResultCode::kGreetingRefused) << outcome.reason;
+    EXPECT_EQ(tls.auth.empty(), !whole);
   }
   Free(certificate);
+  Free(between);
 }
 
-TEST_F(ClientTls, ResumesTheSessionOfTheLastConnection) {
+TEST_F(ClientTls, TakesSafeVersionsAndResumesTheSessionOfTheLastConnection) {
   const Certificate certificate = Make("localhost", "DNS:localhost", &ca_, -kHour, kHour);
-  {
+  for (const int version : {TLS1_VERSION, TLS1_1_VERSION, TLS1_2_VERSION, TLS1_3_VERSION}) {
+    SCOPED_TRACE(version);
+    const bool safe = version >= TLS1_2_VERSION;
     TlsServer tls(certificate, false);
+    SSL_CTX_set_min_proto_version(tls.context.get(), version);
+    SSL_CTX_set_max_proto_version(tls.context.get(), version);
+    if (!safe) SSL_CTX_set_security_level(tls.context.get(), 0);
     const platform::SystemClock clock;
     const platform::CancelToken cancel;
     Silent silent;
     Client client(OptionsFor("localhost", tls.server.port()), clock, cancel);
-    for (int n = 0; n < 2; ++n) EXPECT_EQ(client.Test(silent).code, ResultCode::kSuccess);
-    EXPECT_EQ(tls.resumed, (std::vector<bool>{false, true}));
+    for (int n = 0; n < 2; ++n) {
+      const Outcome outcome = client.Test(silent);
+      EXPECT_EQ(outcome.code, safe ? ResultCode::kSuccess : ResultCode::kGreetingRefused);
+      EXPECT_EQ(outcome.reason.find("older than 1.2") != std::string::npos, !safe) << outcome.reason;
+    }
+    EXPECT_EQ(tls.resumed, safe ? (std::vector<bool>{false, true}) : std::vector<bool>());
+    EXPECT_EQ(tls.auth.empty(), !safe);
   }
   Free(certificate);
+}
+
+TEST_F(ClientTls, SaysThatAPortDoesNotSpeakTls) {
+  Outcome outcome;
+  {
+    const ScriptedServer server([](Peer& peer, int) {
+      peer.Say("220 ESMTP\r\n");
+      peer.Stall();
+    });
+    ClientOptions options = OptionsFor("localhost", server.port());
+    options.security = Security::kTls;
+    outcome = TestAccount(options);
+  }
+  EXPECT_EQ(outcome.code, ResultCode::kGreetingRefused);
+  EXPECT_NE(outcome.reason.find("does not answer with TLS"), std::string::npos) << outcome.reason;
+}
+
+TEST(NoCoreDump, LastsAsLongAsAClientWithAPassword) {
+  const auto may_dump = [] { return ::prctl(PR_GET_DUMPABLE); };
+  const platform::SystemClock clock;
+  const platform::CancelToken cancel;
+  ClientOptions options;
+  const Client without(options, clock, cancel);
+  EXPECT_EQ(may_dump(), 1);
+  options.password = Secret("s3cret");
+  std::optional<Client> first(std::in_place, options, clock, cancel);
+  std::optional<Client> second(std::in_place, options, clock, cancel);
+  first.reset();
+  EXPECT_EQ(may_dump(), 0);
+  second.reset();
+  EXPECT_EQ(may_dump(), 1);
+}
+
+// Somebody on the way takes the offer of TLS out, or puts words of their own behind the server's last one in clear.
+TEST_F(ClientTls, SendsNothingInClearToWhoMeddles) {
+  struct Case {
+    const char* offers;
+    const char* to_starttls;
+    ResultCode code;
+    const char* words;
+  };
+  for (const Case& c :
+       {Case{"250-mx\r\n250 AUTH PLAIN\r\n", "", ResultCode::kGreetingRefused, "does not offer STARTTLS"},
+        Case{"250-mx\r\n250 STARTTLS\r\n", "454 not now\r\n", ResultCode::kGreetingRefused, "STARTTLS"},
+        Case{"250-mx\r\n250 STARTTLS\r\n", "220 go\r\n250-mx\r\n250 AUTH PLAIN\r\n", ResultCode::kBadResponse,
+             "in clear"}}) {
+    std::vector<std::string> clear;
+    Outcome outcome;
+    {
+      const ScriptedServer server([&](Peer& peer, int) {
+        peer.Say("220 ESMTP\r\n");
+        clear.push_back(peer.Line());
+        peer.Say(c.offers);
+        clear.push_back(peer.Line());
+        peer.Say(c.to_starttls);
+        peer.Stall();
+      });
+      ClientOptions options = OptionsFor("localhost", server.port());
+      options.security = Security::kStartTls;
+      outcome = TestAccount(options);
+    }
+    EXPECT_EQ(outcome.code, c.code) << c.to_starttls;
+    EXPECT_NE(outcome.reason.find(c.words), std::string::npos) << outcome.reason;
+    clear.erase(std::remove(clear.begin(), clear.end(), ""), clear.end());
+    for (const std::string& line : clear) EXPECT_TRUE(line == "STARTTLS" || line.starts_with("EHLO")) << line;
+  }
 }
 
 }  // namespace
