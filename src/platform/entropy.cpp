@@ -13,4 +13,15 @@ std::uint64_t SystemEntropy::Next() {
   return (static_cast<std::uint64_t>(device()) << 32) | device();
 }
 
+std::string RandomOctets(std::size_t count) {
+  SystemEntropy entropy;
+  std::string out;
+  while (out.size() < count) {
+    const std::uint64_t value = entropy.Next();
+    out.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  out.resize(count);
+  return out;
+}
+
 }  // namespace quillcast::platform

@@ -1,7 +1,9 @@
 // Unpredictable numbers, behind a port so that tests can repeat them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace quillcast::platform {
 
@@ -16,5 +18,8 @@ class SystemEntropy final : public Entropy {
  public:
   std::uint64_t Next() override;
 };
+
+// Octets from the system for nonces, at the border where they come in.
+std::string RandomOctets(std::size_t count);
 
 }  // namespace quillcast::platform

@@ -9,16 +9,6 @@ namespace {
 // A message's progress is told at each of so many parts of it.
 constexpr std::uint64_t kProgressParts = 4;
 
-std::string Nonce() {
-  platform::SystemEntropy entropy;
-  std::string nonce;
-  for (int n = 0; n < 3; ++n) {
-    const std::uint64_t value = entropy.Next();
-    nonce.append(reinterpret_cast<const char*>(&value), sizeof value);
-  }
-  return nonce;
-}
-
 Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnectionLost, {}, std::move(reason)}; }
 
 }  // namespace
@@ -45,7 +35,7 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
       stream_(std::move(stream)),
       host_(std::move(host)),
       session_(around.options, {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address),
-                                encrypted, Nonce(), around.clock.Now()}),
+                                encrypted, platform::RandomOctets(24), around.clock.Now()}),
       step_(around.options.timeout) {}
 
 net::Patience Connection::StepPatience(std::chrono::seconds longest) const {

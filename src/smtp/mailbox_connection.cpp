@@ -5,6 +5,8 @@
 
 #include <cerrno>
 
+#include "platform/entropy.h"
+
 namespace quillcast::smtp {
 
 MailboxSink::MailboxSink(Mailbox& mailbox) : mailbox_(mailbox) {
@@ -35,7 +37,7 @@ void MailboxSink::Drop() {
 
 MailboxConnection::MailboxConnection(net::Listener::Accepted accepted, Mailbox& mailbox)
     : fd_(std::move(accepted.fd)),
-      peer_{std::move(accepted.peer), accepted.loopback},
+      peer_{std::move(accepted.peer), accepted.loopback, platform::RandomOctets(24)},
       mailbox_(mailbox),
       sink_(mailbox),
       session_(mailbox.options.session, peer_, sink_) {}

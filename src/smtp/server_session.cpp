@@ -169,7 +169,7 @@ void ServerSession::Ehlo(std::string_view argument) {
     out_ += "250-" + previous + "\r\n";
     previous = row.keyword;
     if (row.feature == kSize) previous += fmt::format(" {}", options_.size_limit);
-    if (row.feature == kAuth) previous += " PLAIN LOGIN";
+    if (row.feature == kAuth) previous += " " + ServerMechanismNames(" ");
   }
   out_ += "250 " + previous + "\r\n";
   features_ = offered;

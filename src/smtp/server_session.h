@@ -18,6 +18,7 @@
 #include "smtp/server_envelope.h"
 #include "smtp/server_features.h"
 #include "smtp/server_policy.h"
+#include "smtp/server_sasl.h"
 #include "smtp/server_scanner.h"
 
 namespace quillcast::smtp {
@@ -34,8 +35,9 @@ struct ServerOptions {
 };
 
 struct ServerPeer {
-  std::string address;    // "127.0.0.1:54321"
-  bool loopback = false;  // it may sign in without TLS
+  std::string address;     // "127.0.0.1:54321"
+  bool loopback = false;   // it may sign in without TLS
+  std::string nonce = {};  // for signing in, see ServerAccount
 };
 
 // Where the content of a session's messages goes; one message at a time.
@@ -71,7 +73,7 @@ class ServerSession {
   bool ended_by_quit() const { return quit_; }
 
  private:
-  enum class Phase { kCommand, kAuthResponse, kAuthUser, kAuthPassword, kData, kChunk, kTls, kClosed };
+  enum class Phase { kCommand, kAuth, kData, kChunk, kTls, kClosed };
   // What is known of the chunk that is being received.
   struct ChunkUnderWay {
     std::uint64_t left = 0;
@@ -110,8 +112,8 @@ class ServerSession {
   Features Offered() const;
   bool AuthNeedsTls() const { return options_.has_certificate && !tls_ && !peer_.loopback; }
   void TakeAuthLine(std::string_view line);
-  void TakePlain(std::string_view response);
-  void FinishAuth(std::string_view user, std::string_view password);
+  void Challenge(std::string_view text);
+  void EndAuth(const Answer& answer);
 
   std::optional<Answer> WhyNoContent() const;
   std::optional<Answer> WhyNoChunk() const;
@@ -143,7 +145,7 @@ class ServerSession {
   Features features_ = 0;  // what EHLO offered; nothing before it and after HELO
   bool tls_ = false;
   std::string user_;
-  std::string auth_user_;  // the name given to AUTH LOGIN
+  std::unique_ptr<ServerMechanism> mechanism_;  // while the client signs in
   int faults_ = 0;
   bool quit_ = false;
 

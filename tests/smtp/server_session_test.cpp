@@ -387,7 +387,7 @@ const std::string kSignInHello = R"(
   S: 220 box ESMTP Quillcast mailbox
   C: EHLO client
   S: 250-box
-  S: 250 AUTH PLAIN LOGIN
+  S: 250 AUTH PLAIN LOGIN CRAM-MD5 SCRAM-SHA-256
 )";
 
 std::vector<Case> SigningIn() {
@@ -422,8 +422,8 @@ std::vector<Case> SigningIn() {
   S: 334 
   C: *
   S: 501 Signing in was given up
-  C: AUTH CRAM-MD5
-  S: 504 Choose PLAIN or LOGIN
+  C: AUTH GSSAPI
+  S: 504 Choose one of PLAIN, LOGIN, CRAM-MD5, SCRAM-SHA-256
   C: AUTH plain
   S: 334 
   C: AGFkYQBzZWNyZXQ=
@@ -563,7 +563,9 @@ TEST(ServerSession, StartTlsForgetsWhatCameInClear) {
   TakeReplies(session);
   session.TlsStarted();
   session.Receive("MAIL FROM:<a@b.example>\r\nEHLO client\r\nSTARTTLS\r\n");
-  EXPECT_EQ(TakeReplies(session), "503 Say EHLO first\r\n250-box\r\n250 AUTH PLAIN LOGIN\r\n502 TLS is on already\r\n");
+  EXPECT_EQ(
+      TakeReplies(session),
+      "503 Say EHLO first\r\n250-box\r\n250 AUTH PLAIN LOGIN CRAM-MD5 SCRAM-SHA-256\r\n502 TLS is on already\r\n");
 }
 
 TEST(ServerSession, ClearTextBehindStartTlsEndsTheConnection) {
