@@ -137,8 +137,6 @@ constexpr auto kServed = std::to_array<Served>({
      "\"Unicode (UTF-8)\" or \"Western European (Windows)\""},
     {kEncoding, [](const AccountSettings& a) { return a[kEncoding] == "Quoted Printable"; }, "\"Quoted Printable\""},
     {kAttachmentEncoding, [](const AccountSettings& a) { return a[kAttachmentEncoding] == "Base 64"; }, "\"Base 64\""},
-    {kAuthMode, [](const AccountSettings& a) { return !a.IsOn(kAuth) || a[kAuthMode] == "AUTH LOGIN"; },
-     "\"AUTH LOGIN\""},
     {kBoundary, [](const AccountSettings& a) { return !a.IsOn(kBoundary); }, "\"0\""},
 });
 

@@ -121,11 +121,6 @@ TEST(Account, WhatIsNotServedIsRefusedInWords) {
     EXPECT_FALSE(refused->remedy.empty());
   }
   EXPECT_TRUE(UnservedSetting(Good(), "Plain"));
-  AccountSettings account = Good();
-  account.Set(kAuthMode, "NTLM");
-  EXPECT_FALSE(UnservedSetting(account, "MIME")) << "without Auth the mode does not matter";
-  account.Set(kAuth, "1");
-  EXPECT_TRUE(UnservedSetting(account, "MIME"));
 }
 
 TEST(Account, GivesTheConnection) {

@@ -30,9 +30,10 @@ Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue
 #define AUTH(mechanisms) EHLO "S: 250-mx\nS: 250 AUTH " mechanisms "\n"
 #define CRAM \
   AUTH("LOGIN CRAM-MD5") "C: AUTH CRAM-MD5\nS: 334 PDFAYT4=\nC: YWRhIGI2N2JkZmQ1ODVjZGQ2ZjA0ZmQ4MjYwNTkzZjhiMjIz\n"
-#define SCRAM_FIRST                                       \
-  AUTH("CRAM-MD5 SCRAM-SHA-256") "C: AUTH SCRAM-SHA-256 " \
-                                 "biwsbj1hZGEscj1xcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcQ==\n"
+#define SCRAM_FIRST              \
+  AUTH("CRAM-MD5 SCRAM-SHA-256") \
+  "C: AUTH SCRAM-SHA-256 "       \
+  "biwsbj1hZGEscj1xcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcQ==\n"
 #define SCRAM                                                                     \
   SCRAM_FIRST                                                                     \
   "S: 334 cj1xcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXgscz1jMkZzZEE9PSxpPTE=\n" \
