@@ -1,0 +1,15 @@
+// What of a link in HTML is worth reading in plain text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillcast::mime {
+
+// The part of an "href" to show; empty when there is none.
+std::string ReadableTarget(std::string href);
+
+// Whether the text of a link tells the reader its target already.
+bool SaysTarget(std::string_view text, std::string_view target);
+
+}  // namespace quillcast::mime
