@@ -27,6 +27,8 @@ enum class HtmlRole : std::uint8_t {
   kBreak,
   kRule,
   kPicture,
+  kArea,
+  kQuote,
   kDropped,
   kInline
 };

@@ -8,14 +8,17 @@
 #include "mime/html_elements.h"
 #include "mime/html_hidden.h"
 #include "mime/html_link.h"
+#include "mime/html_list.h"
 #include "mime/html_tokenizer.h"
 #include "mime/text_layout.h"
-#include "platform/text.h"
 
 namespace quillcast::mime {
 namespace {
 
 using Margin = TextLayout::Margin;
+
+// What is nested deeper stands beside the innermost instead, as in browsers.
+constexpr std::size_t kMostOpen = 500;
 
 class Reader {
  public:
@@ -30,7 +33,7 @@ class Reader {
       } else if (token.kind == HtmlTokenKind::kEndTag) {
         End(token);
       } else if (!dropping_ && token.kind == HtmlTokenKind::kText) {
-        AddText(DecodeCharacterReferences(tokenizer_.Source(token)));
+        AddEncoded(tokenizer_.Source(token));
       } else if (!dropping_ && token.kind == HtmlTokenKind::kRawText) {
         AddText(tokenizer_.Source(token));
       }
@@ -44,9 +47,10 @@ class Reader {
   // An element that is closed by its end tag or by that of one around it.
   struct Open {
     HtmlRole role;
-    std::int64_t next_number = 1;  // of a numbered list
+    std::size_t line_before = 0;   // the number of the line above it
     std::size_t cells = 0;         // of a row, so far; of a table, in its last row
-    std::size_t line_before = 0;   // of a row: the number of the line above it
+    std::int64_t next_number = 1;  // of a numbered list
+    std::string numerals = {};     // its "type"
   };
 
   void AddText(std::string_view text) {
@@ -58,15 +62,23 @@ class Reader {
     layout_.AddPreformatted(text);
   }
 
+  void AddEncoded(std::string_view text) {
+    text.find('&') == std::string_view::npos ? AddText(text) : AddText(DecodeCharacterReferences(text));
+  }
+
+  void AddDescription(const HtmlToken& token) { AddText(ReadableDescription(tokenizer_.Value(token, "alt"))); }
+
   std::size_t OpenCount(HtmlRole role) const { return open_counts_[static_cast<std::size_t>(role)]; }
 
   void Push(HtmlRole role) {
-    open_.push_back({role});
+    while (role != HtmlRole::kRow && open_.size() >= kMostOpen) Pop();  // a row stays with its table
+    open_.push_back({role, layout_.line_number()});
     ++open_counts_[static_cast<std::size_t>(role)];
   }
 
   void Pop() {
-    const Open closed = open_.back();
+    const Open closed = std::move(open_.back());
+    const bool one_line = layout_.line_number() - closed.line_before == 1;
     open_.pop_back();
     --open_counts_[static_cast<std::size_t>(closed.role)];
     if (closed.role == HtmlRole::kItem || closed.role == HtmlRole::kQuotation ||
@@ -75,10 +87,15 @@ class Reader {
     }
     if (closed.role == HtmlRole::kRow) {
       open_.back().cells = closed.cells;  // rows are in tables
-      if (closed.cells > 1 && layout_.line_number() - closed.line_before == 1) layout_.CloseUp();
+      if (closed.cells > 1 && one_line) layout_.CloseUp();
     }
+    if (closed.role == HtmlRole::kItem && one_line) layout_.CloseUp();
     layout_.ReleaseBlocks();
     layout_.Block(MarginOf(closed.role));
+    // A row of several lines arranges the page.
+    if (closed.role == HtmlRole::kRow && layout_.line_number() - closed.line_before > 1) {
+      layout_.Block(Margin::kBlankLine);
+    }
   }
 
   // Each element is popped once, so that all these searches together take linear time.
@@ -111,13 +128,10 @@ class Reader {
     if (IsStacked(role)) return StartStacked(role, token);
     if (role == HtmlRole::kCell) return StartCell();
     if (role == HtmlRole::kBreak) return layout_.Break();
-    if (role == HtmlRole::kPicture) return AddText(tokenizer_.Value(token, "alt"));
-    if (role == HtmlRole::kLink) {
-      CloseLink();
-      link_target_ = ReadableTarget(tokenizer_.Value(token, "href"));
-      in_link_ = !link_target_.empty();
-      size_before_link_ = layout_.size();
-    }
+    if (role == HtmlRole::kPicture) return AddDescription(token);
+    if (role == HtmlRole::kQuote) return AddText("\"");
+    if (role == HtmlRole::kLink) return OpenLink(token);
+    if (role == HtmlRole::kArea) return StartArea(token);
     if (!IsBlock(role) && role != HtmlRole::kRule) return;
     if (token.name == "dt") PopIfInnermost(HtmlRole::kDescription);
     if (role == HtmlRole::kHeading || role == HtmlRole::kRule) layout_.ReleaseBlocks();
@@ -138,7 +152,8 @@ class Reader {
     Push(role);
     if (role == HtmlRole::kItem) layout_.HoldBlocks();
     if (role == HtmlRole::kNumbered) {
-      open_.back().next_number = platform::ParseWholeNumber(tokenizer_.Value(token, "start")).value_or(1);
+      open_.back().next_number = ListNumber(tokenizer_.Value(token, "start"), 1);
+      open_.back().numerals = tokenizer_.Value(token, "type").substr(0, 2);
     }
   }
 
@@ -151,9 +166,8 @@ class Reader {
   std::string Marker(const HtmlToken& token) {
     if (open_.empty() || open_.back().role != HtmlRole::kNumbered) return "- ";
     Open& list = open_.back();
-    const std::string given = tokenizer_.Value(token, "value");
-    list.next_number = platform::ParseWholeNumber(given).value_or(list.next_number);
-    return std::to_string(list.next_number++) + ". ";
+    list.next_number = ListNumber(tokenizer_.Value(token, "value"), list.next_number);
+    return ListNumeral(list.next_number++, list.numerals) + ". ";
   }
 
   void PopToTable() {
@@ -165,7 +179,6 @@ class Reader {
     if (OpenCount(HtmlRole::kTable) == 0) return;
     PopToTable();
     Push(HtmlRole::kRow);
-    open_.back().line_before = layout_.line_number();
   }
 
   void StartCell() {
@@ -176,7 +189,7 @@ class Reader {
     const std::size_t lines = layout_.line_number() - row.line_before;
     // Cells of one line share it. One that is longer, as in a table that only arranges the page, stays a block.
     if (row.cells > 0 && lines == 1) layout_.CellGap();
-    if (row.cells > 0 && lines > 1) layout_.Block(Margin::kLine);
+    if (row.cells > 0 && lines > 1) layout_.Block(Margin::kBlankLine);
     const std::size_t cells_above = open_[open_.size() - 2].cells;
     if (row.cells > 0 ? lines == 1 : cells_above > 1) layout_.HoldBlocks();
     ++row.cells;
@@ -186,6 +199,7 @@ class Reader {
     dropping_ = false;
     const HtmlRole role = RoleOf(token.name);
     if (role == HtmlRole::kLink) return CloseLink();
+    if (role == HtmlRole::kQuote) return AddText("\"");
     if (token.name == "p" || token.name == "br")
       return token.name == "p" ? layout_.Block(Margin::kBlankLine) : layout_.Break();
     if (token.name == "dl") PopIfInnermost(HtmlRole::kDescription);
@@ -193,12 +207,49 @@ class Reader {
     if (IsBlock(role) && role != HtmlRole::kCell) layout_.Block(MarginOf(role));
   }
 
+  void OpenLink(const HtmlToken& token) {
+    std::string target = ReadableTarget(tokenizer_.Value(token, "href"));
+    if (target == link_target_ && NothingOfLink()) in_link_ = false;
+    CloseLink();
+    link_target_ = std::move(target);
+    in_link_ = !link_target_.empty();
+    size_before_link_ = layout_.size();
+  }
+
+  // A part of a picture that is a link of its own.
+  void StartArea(const HtmlToken& token) {
+    layout_.Block(Margin::kLine);
+    OpenLink(token);
+    AddDescription(token);
+    CloseLink();
+    layout_.Block(Margin::kLine);
+  }
+
+  bool NothingOfLink() const { return layout_.size() == size_before_link_; }
+
   void CloseLink() {
     if (!in_link_) return;
     in_link_ = false;
     const std::string text = std::exchange(link_text_, {});
-    if (layout_.size() == size_before_link_) return layout_.AddText('<' + link_target_ + '>');
-    if (!SaysTarget(text, link_target_)) layout_.AppendToLine(" <" + link_target_ + '>');
+    if (NothingOfLink()) {
+      if (link_target_ == shown_target_ || NextLinkLeadsToo()) return;
+      layout_.AddText('<' + link_target_ + '>');
+    } else if (!SaysTarget(text, link_target_)) {
+      layout_.AppendToLine(" <" + link_target_ + '>');
+    }
+    shown_target_ = link_target_;
+  }
+
+  // Whether the next link leads to the same place, as the headline below a picture. Looks no further than that link, so
+  // that no part of the source is looked at more than twice.
+  bool NextLinkLeadsToo() const {
+    HtmlTokenizer ahead = tokenizer_;
+    HtmlToken token;
+    while (ahead.Next(token)) {
+      if (token.kind != HtmlTokenKind::kStartTag || token.name != "a") continue;
+      return ReadableTarget(ahead.Value(token, "href")) == link_target_;
+    }
+    return false;
   }
 
   HtmlTokenizer tokenizer_;
@@ -208,6 +259,7 @@ class Reader {
   std::array<std::size_t, kStackedRoles> open_counts_{};
   std::string link_target_;
   std::string link_text_;
+  std::string shown_target_;  // the last one
   std::size_t size_before_link_ = 0;
   bool in_link_ = false;
   bool dropping_ = false;
