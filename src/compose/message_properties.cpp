@@ -19,6 +19,7 @@ constexpr auto kDirections = std::to_array<PropertyRow>({
 
 std::vector<std::string> AllPhrases() {
   std::vector<std::string> phrases;
+  phrases.reserve(kDirections.size() + kLanguages.size() + kDocumentCharsets.size());
   for (const auto& row : kDirections) phrases.emplace_back(row.searched);
   for (const auto& row : kLanguages) phrases.push_back('"' + std::string(row.searched) + '"');
   for (const auto& row : kDocumentCharsets) phrases.emplace_back(row.searched);
