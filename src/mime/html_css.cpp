@@ -84,7 +84,10 @@ class CssReader {
       while (at_ < css_.size() && css_[at_] != ')') SkipCharacter();
     }
     if (at_ >= css_.size() || IsLineEnd(css_[at_])) return std::nullopt;
-    const CssRange address{begin, at_};
+    CssRange address{begin, at_};
+    while (quote.length == 0 && address.end > escape_end_ && address.end > begin && IsSpace(css_[address.end - 1])) {
+      --address.end;
+    }
     at_ += ReadQuote(css_.substr(at_), place_).length;  // it begins no string
     return address;
   }
@@ -99,11 +102,13 @@ class CssReader {
     const bool escape = css_[at_] == '\\';
     ++at_;
     if (escape && at_ < css_.size()) at_ += std::max<std::size_t>(1, ReadQuote(css_.substr(at_), place_).length);
+    if (escape) escape_end_ = at_;
   }
 
   std::string_view css_;
   CssPlace place_;
   std::size_t at_ = 0;
+  std::size_t escape_end_ = 0;  // of the last one; a blank in it is part of an address
   std::vector<CssRange> found_;
 };
 

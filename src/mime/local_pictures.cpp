@@ -41,6 +41,12 @@ bool IsPicture(std::string_view path) {
   return std::none_of(kOthers.begin(), kOthers.end(), [&](const char* other) { return lower.ends_with(other); });
 }
 
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 // What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
 std::string_view ConditionalContent(std::string_view comment) {
   if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
@@ -79,7 +85,7 @@ class Finder {
       if (!row.element.empty() && row.element != token.name) continue;
       const HtmlAttribute* const attribute = tokenizer.Find(token, row.attribute);
       if (attribute == nullptr) continue;
-      const std::string_view value = tokenizer.RawValue(*attribute);
+      const std::string_view value = Trimmed(tokenizer.RawValue(*attribute));
       if (row.holds == Holds::kAddress) Add(value, DecodeCharacterReferences(value, true));
       if (row.holds == Holds::kCandidates) LookAtCandidates(value);
       if (row.holds == Holds::kCss) LookAtCss(value, CssPlace::kAttribute);
@@ -96,8 +102,6 @@ class Finder {
 
   // `written` is a part of the source.
   void Add(std::string_view written, const std::string& address) {
-    while (!written.empty() && IsSpace(written.front())) written.remove_prefix(1);
-    while (!written.empty() && IsSpace(written.back())) written.remove_suffix(1);
     LocalAddress file = ReadLocalAddress(address);
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
     if (file.kind == AddressKind::kElsewhere || !IsPicture(file.path)) return;

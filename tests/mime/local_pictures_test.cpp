@@ -37,6 +37,7 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
       // Escapes of CSS, and what only looks like an address.
       {"<style>p{background:url(a\\ b\\).png) url('it\\27 s.png')url(\"q\\\"q.png\")url(\n\tc.png\n)}</style>",
        "a\\ b\\).png->a b).png;it\\27 s.png->it's.png;q\\\"q.png->q\"q.png;c.png->c.png;"},
+      {"<style>p{background:url(\"a.png\\\n\") url(b\\ )}</style>", "a.png\\\n->a.png;b\\ ->b;"},
       {"<style>p:after{content:'url(no.png)';x:my-url(no.png);src:url('no\n.png);y:URL(a.png)}</style>",
        "a.png->a.png;"},
       {"<p style='font-family:&quot;url(no.png)&quot;;background:url(&#39;a.png&#39;)/*url(no.png)*/'>",
