@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "net/idna.h"
 #include "platform/text.h"
 
 namespace quillcast::net {
@@ -102,13 +103,15 @@ Result<void> Resolver::Open() {
 
 Result<std::vector<IpAddress>> Resolver::Resolve(const std::string& host, const Patience& patience) {
   if (const auto address = ParseIpAddress(host)) return std::vector{*address};
-  if (IsLocalhost(host)) return LoopbackAddresses();
+  const auto name = AsciiHost(host);
+  if (!name) return name.error();
+  if (IsLocalhost(*name)) return LoopbackAddresses();
   if (auto opened = Open(); !opened) return opened.error();
   Answer answer;
   ares_addrinfo_hints hints{};
   hints.ai_family = AF_UNSPEC;
   hints.ai_socktype = SOCK_STREAM;
-  ares_getaddrinfo(channel_.get(), host.c_str(), nullptr, &hints, Keep, &answer);
+  ares_getaddrinfo(channel_.get(), name->c_str(), nullptr, &hints, Keep, &answer);
   while (!answer.done) {
     Sockets sockets = SocketsOf(channel_.get());
     const auto now = patience.clock.Monotonic();

@@ -10,6 +10,7 @@
 #include <cerrno>
 
 #include "net/address.h"
+#include "net/idna.h"
 
 namespace quillcast::net {
 namespace {
@@ -54,7 +55,9 @@ Error LibraryError(std::string_view doing) {
 
 bool SetName(SSL* connection, const std::string& host) {
   if (ParseIpAddress(host)) return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), host.c_str()) == 1;
-  return SSL_set_tlsext_host_name(connection, host.c_str()) == 1 && SSL_set1_host(connection, host.c_str()) == 1;
+  const auto ascii = AsciiHost(host);
+  return ascii && SSL_set_tlsext_host_name(connection, ascii->c_str()) == 1 &&
+         SSL_set1_host(connection, ascii->c_str()) == 1;
 }
 
 struct Reason {

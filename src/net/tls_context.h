@@ -32,8 +32,8 @@ class TlsContext {
   TlsContext(const TlsContext&) = delete;
   TlsContext& operator=(const TlsContext&) = delete;
 
-  // A client's end of a connection to `host` (a name or an address) over a connected socket, which stays the caller's.
-  // The session of the last connection to the same host is offered for resumption.
+  // A client's end of a connection to `host` (a name, in any script, or an address) over a connected socket, which
+  // stays the caller's. The session of the last connection to the same host is offered for resumption.
   Result<SslHandle> NewConnection(int socket, const std::string& host);
 
  private:

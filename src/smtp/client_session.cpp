@@ -105,12 +105,7 @@ std::string_view ClientSession::BytesToSend() {
     out_.erase(0, out_at_);
     out_at_ = 0;
     if (const auto filled = body_->Fill(out_, kBlock); !filled) {
-      const bool missing = filled.error().failure == Failure::kNoInput;
-      const bool ours = filled.error().failure == Failure::kInternal;
-      Fail(ours      ? ResultCode::kException
-           : missing ? ResultCode::kFileNotOpened
-                     : ResultCode::kFileNotRead,
-           filled.error().what);
+      Fail(CodeOfSource(filled.error()), filled.error().what);
       return {};
     }
     if (body_->ended()) Log("C: ", fmt::format("(message, {} bytes)", body_->taken()));
@@ -129,11 +124,12 @@ void ClientSession::Sent(std::size_t count) {
 }
 
 void ClientSession::Submit(const Envelope& envelope, MessageSource& message) {
-  envelope_ = &envelope;
+  fitted_ = envelope;
+  envelope_ = &fitted_;
   message_ = &message;
   end_of_data_out_ = false;
-  if (auto bad = CheckEnvelope(envelope, capabilities_)) return FinishMessage(*std::move(bad));
-  const auto line = MailCommand(envelope, capabilities_);
+  if (auto bad = FitEnvelope(fitted_, message, capabilities_)) return FinishMessage(*std::move(bad));
+  const auto line = MailCommand(fitted_, capabilities_);
   if (!line) return FinishMessage({State::kFailed, ResultCode::kSenderRefused, {}, "The sender cannot be sent."});
   Send(Command::kMail, *line);
 }

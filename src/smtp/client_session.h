@@ -55,7 +55,7 @@ class ClientSession {
   ClientSession(const ClientOptions& options, SessionSetup setup);
   ~ClientSession();
 
-  // Sends a message; both must live until its outcome has come. Only when Idle().
+  // Sends a message, which must live until its outcome has come. Only when Idle().
   void Submit(const Envelope& envelope, MessageSource& message);
   // Only when Idle().
   void Quit();
@@ -129,7 +129,8 @@ class ClientSession {
   std::deque<Command> awaited_;
   std::unique_ptr<SaslMechanism> mechanism_;
 
-  const Envelope* envelope_ = nullptr;
+  Envelope fitted_;                     // to what the server can do
+  const Envelope* envelope_ = nullptr;  // `fitted_` while a message is under way
   MessageSource* message_ = nullptr;
   std::deque<Event> events_;
 };

@@ -8,13 +8,17 @@
 
 namespace quillcast::smtp {
 
-// Why an envelope cannot be sent to a server with these capabilities; nothing when it can. Nothing has to be sent to
-// find out.
-std::optional<Outcome> CheckEnvelope(const Envelope& envelope, const Capabilities& capabilities);
+// Makes an envelope and its message fit for a server with these capabilities: the message in its form without octets
+// above 127 where the server does not take them, domains in A-labels. Why it cannot be sent, nothing when it can;
+// nothing has to be sent to find out.
+std::optional<Outcome> FitEnvelope(Envelope& envelope, MessageSource& message, const Capabilities& capabilities);
 
-// For envelopes that have passed the check; nothing for others.
+// For envelopes that fit; nothing for others.
 std::optional<SmtpLine> MailCommand(const Envelope& envelope, const Capabilities& capabilities);
 std::optional<SmtpLine> RcptCommand(const Envelope& envelope, const Capabilities& capabilities);
+
+// The number of a message that its source cannot give.
+ResultCode CodeOfSource(const Error& error);
 
 // RFC 3461 4: what is not printable ASCII, and "+" and "=", as "+XX".
 std::string Xtext(std::string_view text);

@@ -13,7 +13,8 @@ namespace quillcast::smtp {
 enum class DsnNotify { kNone, kServerDefault, kAll, kFailure, kSuccess, kDelay, kNever };
 enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
 
-// Addresses are bare ("ada@example.org"), without angle brackets; the session refuses what would break a command.
+// Addresses are bare ("ada@example.org"), in UTF-8, without angle brackets; the session refuses what would break a
+// command.
 struct Envelope {
   std::string sender;
   std::string recipient;
@@ -21,7 +22,7 @@ struct Envelope {
   bool eight_bit = false;  // some octet of the message is above 127 (BODY=8BITMIME, RFC 6152)
   DsnNotify notify = DsnNotify::kNone;
   DsnReturn dsn_return = DsnReturn::kNone;
-  std::string envelope_id = {};  // ENVID, empty for none; encoded as xtext by the session
+  std::string envelope_id = {};  // ENVID, empty for none; the first 100 characters go out, as xtext (RFC 3461 4.4)
 };
 
 // The bytes of one message, complete (headers and body, CRLF line ends, the last line ended), in pieces. A session may
@@ -31,7 +32,15 @@ class MessageSource {
   virtual ~MessageSource() = default;
   // The next piece; empty at the end. It stays valid until the next call. Fails when a file of ours cannot be read.
   virtual Result<std::string_view> Next() = 0;
+  // The message starts anew, in its first form.
   virtual void Rewind() = 0;
+  // Turns the message into its form without octets above 127 and gives the size of that form, which holds until Rewind.
+  // Called before the first byte is taken, for a server without 8BITMIME. Fails with kBadData where there is no such
+  // form.
+  virtual Result<std::uint64_t> UseSevenBit() {
+    return Error{Failure::kBadData, "The message holds octets above 127, and the server does not take them (8BITMIME).",
+                 "Choose the encoding Quoted Printable."};
+  }
   // False when it is known that no line begins with "." (encoded bodies): dot-stuffing can then be skipped.
   virtual bool MayHaveLeadingDots() const { return true; }
 };

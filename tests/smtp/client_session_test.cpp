@@ -172,7 +172,7 @@ TEST(ClientSession, UsesExtensionsWhereTheGreetingOrTheAccountAllowsThem) {
     const char* rcpt;
   };
   const char* const full_mail = "MAIL FROM:<ada@example.org> SIZE=9 BODY=8BITMIME RET=HDRS ENVID=a+2B1+20";
-  const char* const full_rcpt = "RCPT TO:<bob@example.net> NOTIFY=SUCCESS,FAILURE,DELAY";
+  const char* const full_rcpt = "RCPT TO:<bob@example.net> NOTIFY=SUCCESS,FAILURE,DELAY ORCPT=rfc822;bob@example.net";
   for (const Case& c : std::initializer_list<Case>{{"220 mx.example esmtp ready", false, full_mail, full_rcpt},
                                                    {"220 mx.example", true, full_mail, full_rcpt}}) {
     Fixture f;

@@ -1,0 +1,19 @@
+// Internationalised host names: what a person writes ("müller.example") and what the network knows
+// ("xn--mller-kva...").
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+
+namespace quillcast::net {
+
+// The name in A-labels (UTS 46, nontransitional, with every check on). A name in ASCII, or an address, is its own
+// answer, whatever it holds. Fails with kNoInput for a name that no host can have.
+Result<std::string> AsciiHost(std::string_view host);
+
+// An e-mail address with its domain in A-labels. It comes back as it is when its domain is ASCII or is not valid.
+std::string WithAsciiDomain(std::string_view address);
+
+}  // namespace quillcast::net
