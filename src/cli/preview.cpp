@@ -24,16 +24,14 @@ compose::MergeValues TagsAsValues() {
 
 Result<std::filesystem::path> WritePreview(const app::Folders& folders, const compose::MessageDocument& document,
                                            const sending::AccountSettings& account, Context& context) {
-  auto options = sending::MessageOptionsOf(account);
+  auto options = MessageOptionsFrom(folders, account);
   if (!options) return options.error();
   options->name_field = 0;
   const std::string address = options->sender_address;
   const sending::MessageTemplate message(document, std::move(*options), folders.temporary, context.clock,
                                          context.entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
-  for (const auto& picture : message.missing_pictures()) {
-    context.output.Note(fmt::format("The picture {} is missing or is no picture.", picture));
-  }
+  for (const auto& trouble : message.picture_troubles()) context.output.Note(sending::Describe(trouble));
   if (document.format == compose::Format::kHtml) {
     const auto body = platform::ReplaceFile(folders.PreviewBody(), document.html);
     if (!body) return body.error();

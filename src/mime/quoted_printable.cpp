@@ -96,6 +96,19 @@ void AppendQuotedPrintable(std::string& out, std::string_view bytes, std::size_t
   }
 }
 
+void QuotedPrintableFileEncoder::Encode(std::string_view bytes, std::string& out) {
+  while (!bytes.empty()) {
+    const auto plain = bytes.substr(0, bytes.find('\r'));
+    AppendQuotedPrintable(out, plain, column_, false);
+    bytes.remove_prefix(plain.size());
+    if (bytes.empty()) break;
+    AppendQuotedPrintable(out, "\r", column_, false);
+    bytes.remove_prefix(1);
+  }
+}
+
+void QuotedPrintableFileEncoder::Finish(std::string&) { column_ = 0; }
+
 std::string DecodeQuotedPrintable(std::string_view text) {
   std::string out;
   out.reserve(text.size());

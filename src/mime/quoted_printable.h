@@ -14,6 +14,16 @@ namespace quillcast::mime {
 // follows this piece.
 void AppendQuotedPrintable(std::string& out, std::string_view bytes, std::size_t& column, bool at_end);
 
+// Quoted-printable for a file: every byte comes back, CR and LF are encoded too. The last line is not ended.
+class QuotedPrintableFileEncoder {
+ public:
+  void Encode(std::string_view bytes, std::string& out);
+  void Finish(std::string& out);
+
+ private:
+  std::size_t column_ = 0;
+};
+
 // Ends the line without a line break in the content; the column is 0 after it. What is encoded from column 0 on does
 // not depend on what stands before.
 void AppendSoftBreak(std::string& out, std::size_t& column);

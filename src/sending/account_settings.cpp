@@ -135,11 +135,8 @@ constexpr auto kServed = std::to_array<Served>({
        return a[kCharSet] == "Unicode (UTF-8)" || a[kCharSet] == "Western European (Windows)";
      },
      "\"Unicode (UTF-8)\" or \"Western European (Windows)\""},
-    {kEncoding, [](const AccountSettings& a) { return a[kEncoding] == "Quoted Printable"; }, "\"Quoted Printable\""},
-    {kAttachmentEncoding, [](const AccountSettings& a) { return a[kAttachmentEncoding] == "Base 64"; }, "\"Base 64\""},
     {kAuthMode, [](const AccountSettings& a) { return !a.IsOn(kAuth) || a[kAuthMode] == "AUTH LOGIN"; },
      "\"AUTH LOGIN\""},
-    {kBoundary, [](const AccountSettings& a) { return !a.IsOn(kBoundary); }, "\"0\""},
 });
 
 }  // namespace
@@ -200,7 +197,7 @@ std::string TidiedByDialog(const AccountSettings& account) {
   return fmt::format("Stored as asked. Without Auth=1 the account dialog will set back: {}.", keys);
 }
 
-std::optional<Error> UnservedSetting(const AccountSettings& account, std::string_view advanced_encoding) {
+std::optional<Error> UnservedSetting(const AccountSettings& account) {
   for (const auto& row : kServed) {
     if (row.served(account)) continue;
     const auto name = RowOf(row.key).name;
@@ -208,11 +205,6 @@ std::optional<Error> UnservedSetting(const AccountSettings& account, std::string
                  fmt::format("The account's {} is \"{}\", which this version does not serve yet.", name,
                              platform::Printable(account[row.key], 80)),
                  fmt::format("Set it to {}: quillcast account set {}=...", row.choose, name)};
-  }
-  if (advanced_encoding == "Plain") {
-    return Error{Failure::kNotConfigured,
-                 "The setting Encoding of the section Advanced is \"Plain\", which this version does not serve yet.",
-                 "Set it to \"MIME\"."};
   }
   return {};
 }

@@ -86,6 +86,6 @@ std::optional<Complaint> CheckAccount(const AccountSettings& account);
 std::string TidiedByDialog(const AccountSettings& account);
 
 // A value that this version does not serve yet, in words; a run refuses to start with it rather than ignore it.
-std::optional<Error> UnservedSetting(const AccountSettings& account, std::string_view advanced_encoding);
+std::optional<Error> UnservedSetting(const AccountSettings& account);
 
 }  // namespace quillcast::sending

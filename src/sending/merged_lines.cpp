@@ -10,7 +10,8 @@ MergedLines::MergedLines(const compose::MergePieces& source, const BodyStyle& st
   std::vector<compose::MergePiece> open;  // the line in which a value stands, up to its end
   if (style.is_html && style.wrap > 0 && source.HasTags()) {
     open = source.pieces();
-    return AddPersonal(open);
+    AddPersonal(open);
+    return;
   }
   for (const auto& piece : source.pieces()) {
     if (piece.field >= 0) {

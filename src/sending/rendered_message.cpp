@@ -10,6 +10,7 @@ void RenderedMessage::Begin(EncodedFiles& files) {
   pieces.Clear();
   files_ = &files;
   eight_bit_parts_.clear();
+  eight_bit_header_ = false;
   as_it_stands_ = false;
   Rewind();
 }
@@ -18,10 +19,14 @@ void RenderedMessage::AddEightBitPart(std::size_t header, std::string_view seven
   eight_bit_parts_.push_back({header, pieces.count(), seven_bit_header, seven_bit_form});
 }
 
+void RenderedMessage::ExtendEightBitPart() {
+  if (!eight_bit_parts_.empty()) eight_bit_parts_.back().end = pieces.count();
+}
+
 Result<std::string_view> RenderedMessage::Next() {
-  while (next_piece_ < pieces.count()) {
-    if (!pieces.IsFile(next_piece_)) return pieces.At(next_piece_++);
-    auto bytes = files_->ReadAt(pieces.FileAt(next_piece_), file_offset_, buffer_);
+  while (next_piece_ < sent_->count()) {
+    if (!sent_->IsFile(next_piece_)) return sent_->At(next_piece_++);
+    auto bytes = files_->ReadAt(sent_->FileAt(next_piece_), file_offset_, buffer_);
     if (!bytes) return bytes;
     file_offset_ += bytes->size();
     if (!bytes->empty()) return bytes;
@@ -32,27 +37,26 @@ Result<std::string_view> RenderedMessage::Next() {
 }
 
 void RenderedMessage::Rewind() {
+  sent_ = &pieces;
   next_piece_ = 0;
   file_offset_ = 0;
 }
 
 Result<std::uint64_t> RenderedMessage::UseSevenBit() {
-  RenderedPieces seven_bit;
+  if (eight_bit_header_) return smtp::MessageSource::UseSevenBit();
+  seven_bit_.Clear();
   std::size_t at = 0;
   for (const EightBitPart& part : eight_bit_parts_) {
-    for (; at < part.header; ++at) seven_bit.AddFrom(pieces, at);
-    seven_bit.AddShared(part.seven_bit_header);
-    const auto encoded = Encode(part, seven_bit);
+    for (; at < part.header; ++at) seven_bit_.AddFrom(pieces, at);
+    seven_bit_.AddShared(part.seven_bit_header);
+    const auto encoded = Encode(part, seven_bit_);
     if (!encoded) return encoded.error();
     at = part.end;
   }
-  for (; at < pieces.count(); ++at) seven_bit.AddFrom(pieces, at);
-  pieces = std::move(seven_bit);
-  eight_bit_parts_.clear();
-  envelope.eight_bit = false;
-  envelope.size = pieces.size();
+  for (; at < pieces.count(); ++at) seven_bit_.AddFrom(pieces, at);
   Rewind();
-  return pieces.size();
+  sent_ = &seven_bit_;
+  return seven_bit_.size();
 }
 
 // Texts are encoded here, each recipient's anew: only a server without 8BITMIME asks for it. Files are encoded once.

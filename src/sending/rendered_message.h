@@ -19,15 +19,24 @@ class RenderedMessage final : public smtp::MessageSource {
  public:
   smtp::Envelope envelope;
   bool subject_not_encoded = false;  // the account's character set cannot hold it; it goes out as UTF-8
-  RenderedPieces pieces;
+  RenderedPieces pieces;  // in the first form
+
+  RenderedMessage() = default;
+  RenderedMessage(const RenderedMessage&) = delete;
+  RenderedMessage& operator=(const RenderedMessage&) = delete;
 
   // Empty again, for the next recipient.
   void Begin(EncodedFiles& files);
   // The pieces from `header` to the end of the list are a part that holds octets above 127. Without them it has this
   // header, and a body of that form.
   void AddEightBitPart(std::size_t header, std::string_view seven_bit_header, WireForm seven_bit_form);
+  // What was added since belongs to the last such part, where there is one.
+  void ExtendEightBitPart();
   // Some part goes out as it stands, and its lines may begin with anything.
   void SetAsItStands() { as_it_stands_ = true; }
+  // A header holds octets above 127, for which there is no other form.
+  void SetEightBitHeader() { eight_bit_header_ = true; }
+  bool eight_bit() const { return eight_bit_header_ || !eight_bit_parts_.empty(); }
 
   std::uint64_t size() const { return pieces.size(); }
 
@@ -47,7 +56,10 @@ class RenderedMessage final : public smtp::MessageSource {
 
   EncodedFiles* files_ = nullptr;
   std::vector<EightBitPart> eight_bit_parts_;
+  bool eight_bit_header_ = false;
   bool as_it_stands_ = false;
+  RenderedPieces seven_bit_;
+  const RenderedPieces* sent_ = &pieces;  // the form that goes out
   std::size_t next_piece_ = 0;
   std::uint64_t file_offset_ = 0;
   std::string buffer_;
