@@ -29,23 +29,6 @@ std::string PercentEncoded(char c) {
   return {'%', kUpperHex[byte >> 4], kUpperHex[byte & 15]};
 }
 
-// A name in ASCII for readers that know no better: "_" for each foreign character, shortened before its extension.
-std::string PlainStandIn(std::string_view utf8) {
-  constexpr std::size_t kLongest = 50;
-  constexpr std::size_t kLongestExtension = 10;
-  std::string plain;
-  while (!utf8.empty()) {
-    const auto [code, length] = platform::DecodeUtf8(utf8);
-    plain += code < 0x80 ? static_cast<char>(code) : '_';
-    utf8.remove_prefix(length);
-  }
-  if (plain.size() <= kLongest) return plain;
-  const std::size_t dot = plain.rfind('.');
-  const bool keep = dot != std::string::npos && plain.size() - dot <= kLongestExtension;
-  const std::string extension = keep ? plain.substr(dot) : "";
-  return plain.substr(0, kLongest - extension.size()) + extension;
-}
-
 void AppendLine(std::string& out, std::string_view line) {
   out += ";\r\n ";
   out += line;
@@ -96,13 +79,30 @@ std::string SafeFileName(std::string_view utf8) {
   return trimmed.empty() ? "attachment" : std::string(trimmed);
 }
 
+std::string AsciiFileName(std::string_view utf8) {
+  constexpr std::size_t kLongest = 50;
+  constexpr std::size_t kLongestExtension = 10;
+  const std::string name = SafeFileName(utf8);
+  std::string plain;
+  for (std::string_view rest = name; !rest.empty();) {
+    const auto [code, length] = platform::DecodeUtf8(rest);
+    plain += code < 0x80 ? static_cast<char>(code) : '_';
+    rest.remove_prefix(length);
+  }
+  if (plain.size() <= kLongest) return plain;
+  const std::size_t dot = plain.rfind('.');
+  const bool keep = dot != std::string::npos && plain.size() - dot <= kLongestExtension;
+  const std::string extension = keep ? plain.substr(dot) : "";
+  return plain.substr(0, kLongest - extension.size()) + extension;
+}
+
 void AppendParameter(std::string& out, std::string_view attribute, std::string_view file_name) {
   const std::string name = SafeFileName(file_name);
   const std::string simple = std::string(attribute) + '=' + Quoted(name);
   const bool fits = platform::IsAscii(name) && simple.size() + 2 <= kLongestLine;
   // The true name goes first: some readers take whichever form they meet first.
   if (!fits) AppendExtended(out, attribute, name);
-  AppendLine(out, fits ? simple : std::string(attribute) + '=' + Quoted(PlainStandIn(name)));
+  AppendLine(out, fits ? simple : std::string(attribute) + '=' + Quoted(AsciiFileName(name)));
 }
 
 void AppendNameParameter(std::string& out, std::string_view file_name) {

@@ -45,6 +45,8 @@ void AppendMailbox(std::string& out, std::string_view name, const HeaderText& di
 
 // Without path separators and control characters; "attachment" when nothing is left.
 std::string SafeFileName(std::string_view utf8);
+// The same in ASCII, for readers that know no better: "_" for each foreign character, shortened before its extension.
+std::string AsciiFileName(std::string_view utf8);
 
 // Goes on with a Content-Disposition: `;` CRLF ` filename="..."`, and for names that ASCII cannot hold or that are too
 // long for a line the RFC 2231 form beside a plain stand-in. No CRLF at the end. The value passes SafeFileName.

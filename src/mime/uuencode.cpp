@@ -1,19 +1,22 @@
 #include "mime/uuencode.h"
 
+#include <algorithm>
 #include <cstdint>
+
+#include "mime/header_text.h"
 
 namespace quillcast::mime {
 namespace {
 
-constexpr std::size_t kLineBytes = 45;
-
 char Digit(std::uint32_t bits) { return (bits & 63) == 0 ? '`' : static_cast<char>(' ' + (bits & 63)); }
 
 void AppendLine(std::string& out, std::string_view bytes) {
+  const auto byte_at = [bytes](std::size_t at) -> std::uint32_t {
+    return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0;
+  };
   out += Digit(static_cast<std::uint32_t>(bytes.size()));
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    std::uint32_t bits = 0;
-    for (std::size_t k = i; k < i + 3; ++k) bits = bits << 8 | (k < bytes.size() ? static_cast<std::uint8_t>(bytes[k]) : 0);
+    const std::uint32_t bits = byte_at(i) << 16 | byte_at(i + 1) << 8 | byte_at(i + 2);
     out += {Digit(bits >> 18), Digit(bits >> 12), Digit(bits >> 6), Digit(bits)};
   }
   out += "\r\n";
@@ -22,22 +25,27 @@ void AppendLine(std::string& out, std::string_view bytes) {
 }  // namespace
 
 void Uuencoder::Begin(std::string_view file_name, std::string& out) {
-  out += "begin 644 ";
-  out += file_name;
-  out += "\r\n";
+  pending_size_ = 0;
+  out += "begin 644 " + AsciiFileName(file_name) + "\r\n";
 }
 
 void Uuencoder::Encode(std::string_view bytes, std::string& out) {
-  open_ += bytes;
-  std::string_view rest = open_;
-  for (; rest.size() >= kLineBytes; rest.remove_prefix(kLineBytes)) AppendLine(out, rest.substr(0, kLineBytes));
-  open_ = std::string(rest);
+  while (!bytes.empty()) {
+    const std::size_t taken = std::min(kLineBytes - pending_size_, bytes.size());
+    std::copy_n(bytes.data(), taken, pending_.data() + pending_size_);
+    pending_size_ += taken;
+    bytes.remove_prefix(taken);
+    if (pending_size_ < kLineBytes) return;
+    AppendLine(out, {pending_.data(), kLineBytes});
+    pending_size_ = 0;
+  }
 }
 
 void Uuencoder::Finish(std::string& out) {
-  if (!open_.empty()) AppendLine(out, open_);
-  open_.clear();
-  out += "`\r\nend\r\n";
+  if (pending_size_ > 0) AppendLine(out, {pending_.data(), pending_size_});
+  pending_size_ = 0;
+  AppendLine(out, {});
+  out += "end\r\n";
 }
 
 }  // namespace quillcast::mime

@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <cstring>
 
-namespace quillcast::platform {
-namespace {
+#include "platform/base64_paths.h"
 
-constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+namespace quillcast::platform {
+namespace base64 {
+namespace {
 
 using Pair = std::array<char, 2>;
 
@@ -19,46 +20,65 @@ constexpr std::array<Pair, 4096> MakePairs() {
 }
 constexpr std::array<Pair, 4096> kPairs = MakePairs();
 
-constexpr std::uint8_t kForeign = 0xFF;
-
-constexpr std::array<std::uint8_t, 256> MakeValues() {
-  std::array<std::uint8_t, 256> values{};
-  values.fill(kForeign);
-  for (std::size_t i = 0; i < kAlphabet.size(); ++i) {
-    values[static_cast<std::uint8_t>(kAlphabet[i])] = static_cast<std::uint8_t>(i);
-  }
-  return values;
-}
-constexpr std::array<std::uint8_t, 256> kValues = MakeValues();
-
-constexpr std::size_t EncodedSize(std::size_t bytes) { return (bytes + 2) / 3 * 4; }
-
 std::uint32_t ByteAt(const char* in, std::size_t at) { return static_cast<std::uint8_t>(in[at]); }
 
-// Writes EncodedSize(size) characters.
-char* EncodeInto(char* to, const char* in, std::size_t size) {
+void EncodeLinesPortably(char* to, const char* in, std::size_t lines) {
+  for (; lines > 0; --lines, in += kLineBytes, to += kLineSize) {
+    EncodePortably(to, in, kLineBytes);
+    std::memcpy(to + kLineSize - 2, "\r\n", 2);
+  }
+}
+
+}  // namespace
+
+void EncodePortably(char* to, const char* in, std::size_t size) {
   for (; size >= 3; size -= 3, in += 3, to += 4) {
     const std::uint32_t bits = ByteAt(in, 0) << 16 | ByteAt(in, 1) << 8 | ByteAt(in, 2);
     std::memcpy(to, kPairs[bits >> 12].data(), 2);
     std::memcpy(to + 2, kPairs[bits & 0xFFF].data(), 2);
   }
-  if (size == 0) return to;
+  if (size == 0) return;
   const std::uint32_t bits = ByteAt(in, 0) << 16 | (size == 2 ? ByteAt(in, 1) << 8 : 0);
   std::memcpy(to, kPairs[bits >> 12].data(), 2);
   to[2] = size == 2 ? kAlphabet[(bits >> 6) & 63] : '=';
   to[3] = '=';
-  return to + 4;
 }
+
+std::span<const Path> Paths() {
+  static const std::vector<Path> paths = [] {
+    std::vector<Path> found = {{"portable", EncodePortably, EncodeLinesPortably}};
+    AddVectorPaths(found);
+    return found;
+  }();
+  return paths;
+}
+
+}  // namespace base64
+
+namespace {
+
+constexpr std::uint8_t kForeign = 0xFF;
+
+constexpr std::array<std::uint8_t, 256> MakeValues() {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kForeign);
+  for (std::size_t i = 0; i < base64::kAlphabet.size(); ++i) {
+    values[static_cast<std::uint8_t>(base64::kAlphabet[i])] = static_cast<std::uint8_t>(i);
+  }
+  return values;
+}
+constexpr std::array<std::uint8_t, 256> kValues = MakeValues();
 
 }  // namespace
 
 void AppendBase64(std::string& out, std::string_view bytes) {
   const std::size_t start = out.size();
-  out.resize(start + EncodedSize(bytes.size()));
-  EncodeInto(out.data() + start, bytes.data(), bytes.size());
+  out.resize(start + base64::EncodedSize(bytes.size()));
+  base64::Paths().back().encode(out.data() + start, bytes.data(), bytes.size());
 }
 
 void Base64LineEncoder::Encode(std::string_view bytes, std::string& out) {
+  static_assert(kLineBytes == base64::kLineBytes);
   if (pending_size_ > 0 || bytes.size() < kLineBytes) {
     const std::size_t taken = std::min(kLineBytes - pending_size_, bytes.size());
     std::copy_n(bytes.data(), taken, pending_.data() + pending_size_);
@@ -69,13 +89,9 @@ void Base64LineEncoder::Encode(std::string_view bytes, std::string& out) {
   }
   const std::size_t lines = bytes.size() / kLineBytes;
   const std::size_t start = out.size();
-  out.resize(start + lines * (EncodedSize(kLineBytes) + 2));
-  char* to = out.data() + start;
-  for (std::size_t line = 0; line < lines; ++line, bytes.remove_prefix(kLineBytes)) {
-    to = EncodeInto(to, bytes.data(), kLineBytes);
-    *to++ = '\r';
-    *to++ = '\n';
-  }
+  out.resize(start + lines * base64::kLineSize);
+  base64::Paths().back().encode_lines(out.data() + start, bytes.data(), lines);
+  bytes.remove_prefix(lines * kLineBytes);
   std::copy_n(bytes.data(), bytes.size(), pending_.data());
   pending_size_ = bytes.size();
 }

@@ -8,23 +8,41 @@
 namespace quillcast::sending {
 namespace {
 
-// Even where every character is an escape of its own (ISO-2022), so many fit into the longest line.
+// Even where every character is an escape sequence of its own (ISO-2022), so many fit into the longest line.
 constexpr std::size_t kSafeColumns = 110;
 
-// Words of more than kSafeColumns characters are cut: the one case in which a line end comes into the middle of one.
-std::string CutLines(std::string_view text) {
+bool Fits(const BodyStyle& style, std::string_view line) { return style.InCharset(line).size() <= kLongestLine; }
+
+std::string Cut(std::string_view line) {
   std::string out;
-  std::size_t column = 0;
+  for (std::size_t count = 0; !line.empty(); ++count) {
+    const std::size_t length = platform::DecodeUtf8(line).length;
+    if (count > 0 && count % kSafeColumns == 0) out += '\n';
+    out += line.substr(0, length);
+    line.remove_prefix(length);
+  }
+  return out;
+}
+
+// Wraps the lines that may not go out as they are. Where that leaves one too long, which only an address of the net can
+// be, it is cut.
+std::string FitLines(const BodyStyle& style, std::string_view text) {
+  std::string out;
   while (!text.empty()) {
-    const std::size_t length = platform::DecodeUtf8(text).length;
-    if (text.front() == '\n') {
-      column = 0;
-    } else if (column++ == kSafeColumns) {
-      out += '\n';
-      column = 1;
+    const auto line = text.substr(0, text.find('\n'));
+    if (Fits(style, line)) {
+      out += line;
+    } else {
+      const std::string wrapped = mime::WrapText(line, kSafeColumns);
+      for (const auto part : platform::Split(wrapped, '\n')) {
+        if (part.data() != wrapped.data()) out += '\n';
+        out += Fits(style, part) ? std::string(part) : Cut(part);
+      }
     }
-    out += text.substr(0, length);
-    text.remove_prefix(length);
+    text.remove_prefix(line.size());
+    if (text.empty()) break;
+    out += '\n';
+    text.remove_prefix(1);
   }
   return out;
 }
@@ -46,7 +64,7 @@ std::string BodyStyle::AsItStands(std::string_view text) const {
   if (!is_bare) return bytes;
   WireText check;
   check.Look(bytes);
-  return check.lines_fit() ? bytes : InCharset(CutLines(mime::WrapText(text, kSafeColumns)));
+  return check.lines_fit() ? bytes : InCharset(FitLines(*this, text));
 }
 
 }  // namespace quillcast::sending

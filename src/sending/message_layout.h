@@ -20,9 +20,10 @@ class MessageLayout {
   explicit MessageLayout(bool personal_prefix) : personal_prefix_(personal_prefix) {}
 
   void AddBytes(std::string_view bytes);
-  void AddText() { segments_.push_back({Place::kText, {}}); }
-  void AddHtml() { segments_.push_back({Place::kHtml, {}}); }
-  void AddFile(std::size_t file) { segments_.push_back({Place::kFile, {}, file}); }
+  void AddText() { Add(Place::kText); }
+  void AddHtml() { Add(Place::kHtml); }
+  // `ends_line` says that the line end behind it is no part of the file, but the beginning of the next delimiter.
+  void AddFile(std::size_t file, bool ends_line);
 
   // `boundary` is what stands behind the prefix. Begin takes the header of the multipart and its first delimiter.
   void BeginMultipart(std::string_view type, std::string_view boundary);
@@ -32,10 +33,12 @@ class MessageLayout {
   const std::vector<Segment>& segments() const { return segments_; }
 
  private:
+  void Add(Place place);
   void AddDelimiter(std::string_view boundary, std::string_view end);
   void AddBoundary(std::string_view boundary);
 
   bool personal_prefix_;
+  bool ends_line_ = false;
   std::vector<Segment> segments_;
 };
 

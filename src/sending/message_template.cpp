@@ -114,7 +114,7 @@ void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
     }
     trouble_ = files_.AddUuencoded(attachment->fd.get(), file);
     file_parts_.emplace_back();
-    layout_.AddFile(file_parts_.size() - 1);
+    layout_.AddFile(file_parts_.size() - 1, true);
   }
 }
 
@@ -144,7 +144,7 @@ void MessageTemplate::AddFilePart(std::string_view media_type, std::string_view 
     part.seven_bit_header = FilePartHeader(media_type, disposition, file, content_id, WireForm::kBase64);
   }
   file_parts_.push_back(std::move(part));
-  layout_.AddFile(number);
+  layout_.AddFile(number, !IsAsItStands(form));
 }
 
 std::bitset<compose::kMergeFields.size()> MessageTemplate::UsedFields() const {

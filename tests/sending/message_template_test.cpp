@@ -146,7 +146,7 @@ TEST_F(Messages, AreWhatTheAccountSays) {
        "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>\n"
        "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
        "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
-       "\n--B2--\n\n--B1--\n",
+       "--B2--\n--B1--\n",
        "MIME-Version: 1.0\nContent-Type: multipart/alternative; boundary=\"B1\"\n\n--B1\n"
        "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
        "J=C3=BCrgen =E2=82=AC\n"
@@ -155,10 +155,10 @@ TEST_F(Messages, AreWhatTheAccountSays) {
        "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>\n"
        "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
        "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
-       "\n--B2--\n\n--B1--\n"},
+       "--B2--\n--B1--\n"},
       {"attachment, base64", attach(lines, kBase64), "Bob",
        mixed + "Content-Type: text/plain;\n name=\"lines.txt\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\nb25lDQoudHdvIA0K\n\n--B1--\n",
+               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\nb25lDQoudHdvIA0K\n--B1--\n",
        ""},
       {"attachment, quoted-printable", attach(sums, kQuotedPrintable), "Bob",
        mixed + "Content-Type: text/plain;\n name=\"sums.txt\"\nContent-Transfer-Encoding: quoted-printable\n"
@@ -175,11 +175,11 @@ TEST_F(Messages, AreWhatTheAccountSays) {
                "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\nY2Fmw6kNCg==\n\n--B1--\n"},
       {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
        mixed + "Content-Type: text/plain;\n name=\"unix.txt\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"unix.txt\"\n\nYQpi\n\n--B1--\n",
+               "Content-Disposition: attachment;\n filename=\"unix.txt\"\n\nYQpi\n--B1--\n",
        ""},
       {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
        mixed + "Content-Type: application/octet-stream;\n name=\"mail.eml\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"mail.eml\"\n\nU3ViamVjdDogeAoK\n\n--B1--\n",
+               "Content-Disposition: attachment;\n filename=\"mail.eml\"\n\nU3ViamVjdDogeAoK\n--B1--\n",
        ""},
       {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
       {"no MIME, octets above 127", bare(""), "J\xC3\xBCrgen", "\nDear J\xC3\xBCrgen\n",
