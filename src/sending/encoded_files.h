@@ -21,14 +21,14 @@ struct FileTrouble {
   Error error;
 };
 
-// Files are read once, block by block, while they are added: what becomes of them later is no matter. Numbers count them
-// from 0 in the order in which they were added.
+// Files are read once, block by block, while they are added: what becomes of them later is no matter. Numbers count
+// them from 0 in the order in which they were added.
 class EncodedFiles {
  public:
   explicit EncodedFiles(std::filesystem::path scratch_folder) : bytes_(std::move(scratch_folder)) {}
 
-  // `fd` stands at the beginning. kNone takes the file as it stands when it is text that every reader gets back byte for
-  // byte, else in base64.
+  // `fd` stands at the beginning. kNone takes the file as it stands when it is text that every reader gets back byte
+  // for byte, else in base64.
   std::optional<FileTrouble> Add(int fd, const std::filesystem::path& file, TransferEncoding wanted);
   // As lines behind a text that is no MIME, beginning and ending with an empty one.
   std::optional<FileTrouble> AddUuencoded(int fd, const std::filesystem::path& file);

@@ -19,7 +19,7 @@ class RenderedMessage final : public smtp::MessageSource {
  public:
   smtp::Envelope envelope;
   bool subject_not_encoded = false;  // the account's character set cannot hold it; it goes out as UTF-8
-  RenderedPieces pieces;  // in the first form
+  RenderedPieces pieces;             // in the first form
 
   RenderedMessage() = default;
   RenderedMessage(const RenderedMessage&) = delete;

@@ -21,8 +21,8 @@ class ScratchBytes {
   Result<void> CutBack(std::uint64_t size);
   std::uint64_t size() const { return size_; }
 
-  // The bytes from `offset` on, `most` or as many as are at hand; empty at the end. `buffer` is room for those that have
-  // to be read from the scratch file.
+  // The bytes from `offset` on, `most` or as many as are at hand; empty at the end. `buffer` is room for those that
+  // have to be read from the scratch file.
   Result<std::string_view> ReadAt(std::uint64_t offset, std::uint64_t most, std::string& buffer) const;
 
  private:

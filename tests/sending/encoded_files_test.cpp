@@ -81,9 +81,9 @@ TEST(EncodedFiles, ComeBackByteForByte) {
   for (std::size_t file = 0; file < 3 * cases.size(); ++file) {
     const Case& c = cases[file % cases.size()];
     const auto encoding = static_cast<TransferEncoding>(file / cases.size());
-    const WireForm wanted = encoding == kNone      ? c.as_it_stands
+    const WireForm wanted = encoding == kNone     ? c.as_it_stands
                             : encoding == kBase64 ? WireForm::kBase64
-                                                   : WireForm::kQuotedPrintable;
+                                                  : WireForm::kQuotedPrintable;
     ASSERT_EQ(files.FormOf(file), wanted) << file;
     ASSERT_TRUE(Decoded(Bytes(files, file), wanted) == c.content) << file;
     if (wanted != WireForm::kEightBit) continue;

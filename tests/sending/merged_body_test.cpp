@@ -69,10 +69,23 @@ std::string Decoded(const Wire& wire) {
 class Chance {
  public:
   std::string Text() {
-    static const std::vector<std::string> kParts = {
-        "$*MergeFirstName*$", "$*MergeEmail*$", "\n",  " ",  ".",  "From ", "=",  "x",
-        "word ",              "\xC3\xA9",       "\xE6\xBC\xA2", "\t", "$5", "*", "<p>", std::string(80, 'y'),
-        std::string(61, 'w')};
+    static const std::vector<std::string> kParts = {"$*MergeFirstName*$",
+                                                    "$*MergeEmail*$",
+                                                    "\n",
+                                                    " ",
+                                                    ".",
+                                                    "From ",
+                                                    "=",
+                                                    "x",
+                                                    "word ",
+                                                    "\xC3\xA9",
+                                                    "\xE6\xBC\xA2",
+                                                    "\t",
+                                                    "$5",
+                                                    "*",
+                                                    "<p>",
+                                                    std::string(80, 'y'),
+                                                    std::string(61, 'w')};
     std::string text;
     for (std::size_t n = random_() % 30; n > 0; --n) text += Pick(kParts);
     if (random_() % 50 == 0) text += std::string(1000, 'z');
@@ -80,9 +93,21 @@ class Chance {
   }
 
   void Fill(Values& owned, compose::MergeValues& values) {
-    static const std::vector<std::string> kContents = {
-        "",  "Ada", "AB", ".", "From here", "rom ", " ", "\n", "a\nb", "\xF0\x9F\x98\x80", std::string(100, 'z'),
-        "$*MergeEmail*$", "=", "\xE2\x82\xAC", std::string(990, 'v')};
+    static const std::vector<std::string> kContents = {"",
+                                                       "Ada",
+                                                       "AB",
+                                                       ".",
+                                                       "From here",
+                                                       "rom ",
+                                                       " ",
+                                                       "\n",
+                                                       "a\nb",
+                                                       "\xF0\x9F\x98\x80",
+                                                       std::string(100, 'z'),
+                                                       "$*MergeEmail*$",
+                                                       "=",
+                                                       "\xE2\x82\xAC",
+                                                       std::string(990, 'v')};
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = owned[i] = Pick(kContents);
   }
 
@@ -175,11 +200,11 @@ TEST(WireText, SeesTheSameHoweverTheTextIsCut) {
   };
   const std::string nul("a\0b\r\n", 5);
   const std::string longest(kLongestLine, 'x');
-  for (const auto& [text, fits] : {Case{"", true}, Case{"a", true}, Case{"a\r\n", true}, Case{"a\n", false},
-                                   Case{"a\r", false}, Case{"a\rb\r\n", false}, Case{"a\r\r\n", false}, Case{nul, false},
-                                   Case{"From me\r\n", false}, Case{"x\r\nFrom me", false}, Case{" From\r\n", true},
-                                   Case{"From\r\n", true}, Case{longest + "\r\n", true}, Case{longest + "x\r\n", false},
-                                   Case{longest + "x", false}, Case{longest, true}, Case{".\r\n\r\n.", true}}) {
+  for (const auto& [text, fits] :
+       {Case{"", true}, Case{"a", true}, Case{"a\r\n", true}, Case{"a\n", false}, Case{"a\r", false},
+        Case{"a\rb\r\n", false}, Case{"a\r\r\n", false}, Case{nul, false}, Case{"From me\r\n", false},
+        Case{"x\r\nFrom me", false}, Case{" From\r\n", true}, Case{"From\r\n", true}, Case{longest + "\r\n", true},
+        Case{longest + "x\r\n", false}, Case{longest + "x", false}, Case{longest, true}, Case{".\r\n\r\n.", true}}) {
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
       WireText look;
       look.Look(std::string_view(text).substr(0, cut));

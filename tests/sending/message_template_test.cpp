@@ -110,8 +110,8 @@ TEST_F(Messages, AreWhatTheAccountSays) {
   };
   const std::string quoted_text =
       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\nDear=20Bob\n";
-  const std::string mixed = "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"B1\"\n\n--B1\n" + quoted_text +
-                            "\n--B1\n";
+  const std::string mixed =
+      "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"B1\"\n\n--B1\n" + quoted_text + "\n--B1\n";
   const std::vector<Case> cases = {
       {"text, quoted-printable", text(kQuotedPrintable), "J\xC3\xBCrgen",
        "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
@@ -122,7 +122,8 @@ TEST_F(Messages, AreWhatTheAccountSays) {
        "RGVhciBKw7xyZ2VuDQo=\n",
        ""},
       {"text as it stands", text(kNone), ".Bob ",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 7bit\n\nDear .Bob \n", ""},
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 7bit\n\nDear .Bob \n",
+       ""},
       {"text with octets above 127", text(kNone), "J\xC3\xBCrgen",
        "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n"
        "Dear J\xC3\xBCrgen\n",
