@@ -13,6 +13,7 @@ namespace quillcast::sending {
 struct BodyStyle {
   mime::Charset charset = mime::Charset::Utf8();
   mime::Unmapped unmapped = mime::Unmapped::kQuestionMark;  // what becomes of a character that the set lacks
+  std::string_view start = {};                              // what a body in this set begins with, before its text
   TransferEncoding encoding = TransferEncoding::kQuotedPrintable;
   std::size_t wrap = 0;  // the columns at which lines are wrapped under kNone; 0 for not at all
   bool is_html = false;

@@ -51,9 +51,13 @@ bool MergedBody::NeverFits(const MergedLines& lines) const {
 template <typename Stream>
 MergedBody::Encoded<Stream> MergedBody::Compile() {
   Encoded<Stream> encoded;
-  for (const auto& piece : source_.pieces()) {
+  const auto& pieces = source_.pieces();
+  if (pieces.front().field >= 0) encoded.pieces.push_back({Stream::Prepare(style_.start, true), -1});
+  for (const auto& piece : pieces) {
     const bool is_first = encoded.pieces.empty();
-    encoded.pieces.push_back({Stream::Prepare(style_.InCharset(piece.literal), is_first), piece.field});
+    std::string bytes(is_first ? style_.start : std::string_view());
+    bytes += style_.InCharset(piece.literal);
+    encoded.pieces.push_back({Stream::Prepare(bytes, is_first), piece.field});
   }
   return encoded;
 }
@@ -88,7 +92,7 @@ void MergedBody::Write(const Encoded<Stream>& encoded, const compose::MergeValue
                        RenderedPieces& out) const {
   Stream stream;
   if (merged != nullptr) {
-    stream.Add(style_.InCharset(*merged), out);
+    stream.Add(std::string(style_.start) + style_.InCharset(*merged), out);
   } else {
     for (const auto& piece : encoded.pieces) {
       if (piece.field < 0) {

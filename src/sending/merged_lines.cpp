@@ -42,7 +42,8 @@ MergedLines::MergedLines(const compose::MergePieces& source, const BodyStyle& st
 void MergedLines::AddFixed(std::string_view text) {
   if (text.empty()) return;
   Stretch stretch;
-  stretch.bytes = style_.AsItStands(text);
+  if (stretches_.empty()) stretch.bytes = style_.start;
+  stretch.bytes += style_.AsItStands(text);
   stretch.look.Look(stretch.bytes);
   stretches_.push_back(std::move(stretch));
 }
@@ -51,8 +52,14 @@ void MergedLines::AddPersonal(std::vector<compose::MergePiece>& pieces) {
   stretches_.push_back({.bytes = {}, .look = {}, .pieces = std::exchange(pieces, {})});
 }
 
+void MergedLines::Begin(WireText& look, RenderedPieces& out) const {
+  look.Look(style_.start);
+  out.personal() += style_.start;
+}
+
 WireText MergedLines::Render(const compose::MergeValues& values, RenderedPieces& out) const {
   WireText look;
+  if (!stretches_.front().pieces.empty()) Begin(look, out);
   std::string text;
   for (const Stretch& stretch : stretches_) {
     if (stretch.pieces.empty()) {
@@ -73,6 +80,7 @@ WireText MergedLines::Render(const compose::MergeValues& values, RenderedPieces&
 
 WireText MergedLines::RenderMerged(std::string_view text, RenderedPieces& out) const {
   WireText look;
+  Begin(look, out);
   Append(text, look, out);
   out.EndPersonal();
   return look;

@@ -29,6 +29,7 @@ class MergedLines {
     std::vector<compose::MergePiece> pieces;
   };
 
+  void Begin(WireText& look, RenderedPieces& out) const;
   void AddFixed(std::string_view text);
   void AddPersonal(std::vector<compose::MergePiece>& pieces);
   void Append(std::string_view text, WireText& look, RenderedPieces& out) const;

@@ -139,6 +139,8 @@ TEST(MergedBody, ReadsAsTheTextMergedWhole) {
           .charset = western, .unmapped = mime::Unmapped::kHtmlReference, .encoding = encoding, .is_html = true};
       const Wire wire = Render(MergedBody(text, html), values);
       ASSERT_EQ(Decoded(wire), references) << text;
+      const Wire begun = Render(MergedBody(text, {.start = "\033$)C", .encoding = encoding}), values);
+      ASSERT_EQ(Decoded(begun), "\033$)C" + merged) << text;
       ++seen[static_cast<std::size_t>(wire.form)];
     }
   }
