@@ -37,9 +37,8 @@ std::string ForMerging(std::string_view text) {
   return std::string(compose::ValuesForMerge(carrier, changed)[0]);
 }
 
-MessageHeaders::MessageHeaders(const compose::MessageDocument& document, const MessageOptions& options,
-                               std::uint64_t run_id)
-    : options_(options), run_id_(run_id), subject_(ForMerging(document.subject)) {
+MessageHeaders::MessageHeaders(const compose::MessageDocument& document, MessageOptions options, std::uint64_t run_id)
+    : options_(std::move(options)), run_id_(run_id), subject_(ForMerging(document.subject)) {
   const std::string sender = net::WithAsciiDomain(options_.sender_address);
   id_domain_ = sender.substr(sender.rfind('@') + 1);
   mime::AppendMailbox(from_, "From", options_.sender_name, sender, CharsetFor(options_.sender_name, options_.charset),

@@ -16,7 +16,7 @@ namespace quillcast::sending {
 class MessageHeaders {
  public:
   // `run_id` is chance; with the number of a message it makes its Message-ID.
-  MessageHeaders(const compose::MessageDocument& document, const MessageOptions& options, std::uint64_t run_id);
+  MessageHeaders(const compose::MessageDocument& document, MessageOptions options, std::uint64_t run_id);
 
   // Also fills in the envelope, but its size. False when the values make the subject grow without measure.
   bool Append(const compose::MergeValues& values, const std::string& address, std::uint64_t number,

@@ -69,46 +69,46 @@ std::string Decoded(const Wire& wire) {
 class Chance {
  public:
   std::string Text() {
-    static const std::vector<std::string> kParts = {"$*MergeFirstName*$",
-                                                    "$*MergeEmail*$",
-                                                    "\n",
-                                                    " ",
-                                                    ".",
-                                                    "From ",
-                                                    "=",
-                                                    "x",
-                                                    "word ",
-                                                    "\xC3\xA9",
-                                                    "\xE6\xBC\xA2",
-                                                    "\t",
-                                                    "$5",
-                                                    "*",
-                                                    "<p>",
-                                                    std::string(80, 'y'),
-                                                    std::string(61, 'w')};
+    static const std::vector<std::string> parts = {"$*MergeFirstName*$",
+                                                   "$*MergeEmail*$",
+                                                   "\n",
+                                                   " ",
+                                                   ".",
+                                                   "From ",
+                                                   "=",
+                                                   "x",
+                                                   "word ",
+                                                   "\xC3\xA9",
+                                                   "\xE6\xBC\xA2",
+                                                   "\t",
+                                                   "$5",
+                                                   "*",
+                                                   "<p>",
+                                                   std::string(80, 'y'),
+                                                   std::string(61, 'w')};
     std::string text;
-    for (std::size_t n = random_() % 30; n > 0; --n) text += Pick(kParts);
+    for (std::size_t n = random_() % 30; n > 0; --n) text += Pick(parts);
     if (random_() % 50 == 0) text += std::string(1000, 'z');
     return text;
   }
 
   void Fill(Values& owned, compose::MergeValues& values) {
-    static const std::vector<std::string> kContents = {"",
-                                                       "Ada",
-                                                       "AB",
-                                                       ".",
-                                                       "From here",
-                                                       "rom ",
-                                                       " ",
-                                                       "\n",
-                                                       "a\nb",
-                                                       "\xF0\x9F\x98\x80",
-                                                       std::string(100, 'z'),
-                                                       "$*MergeEmail*$",
-                                                       "=",
-                                                       "\xE2\x82\xAC",
-                                                       std::string(990, 'v')};
-    for (std::size_t i = 0; i < values.size(); ++i) values[i] = owned[i] = Pick(kContents);
+    static const std::vector<std::string> contents = {"",
+                                                      "Ada",
+                                                      "AB",
+                                                      ".",
+                                                      "From here",
+                                                      "rom ",
+                                                      " ",
+                                                      "\n",
+                                                      "a\nb",
+                                                      "\xF0\x9F\x98\x80",
+                                                      std::string(100, 'z'),
+                                                      "$*MergeEmail*$",
+                                                      "=",
+                                                      "\xE2\x82\xAC",
+                                                      std::string(990, 'v')};
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = owned[i] = Pick(contents);
   }
 
  private:
