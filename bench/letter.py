@@ -6,6 +6,10 @@ PARAGRAPH = ("<p>Dear $*MergeFirstName*$ $*MergeLastName*$, spring has come to t
 FILLER = "<p>Feather travels far, Meadow holds real petals, and Harbour is as blue as the sea would like to be.</p>\n"
 HTML = "<html><head><title>Letter</title></head><body>\n" + PARAGRAPH + FILLER * 34 + "</body></html>\n"
 TEXT = PARAGRAPH.replace("<p>", "").replace("</p>", "") + FILLER.replace("<p>", "").replace("</p>", "") * 34
+# About 4 KiB as HTML and text together, on the wire.
+SHORT_HTML = "<html><head><title>Letter</title></head><body>\n" + PARAGRAPH + FILLER * 13 + "</body></html>\n"
+SHORT_TEXT = PARAGRAPH.replace("<p>", "").replace("</p>", "") + FILLER.replace("<p>", "").replace("</p>", "") * 13
+SHORT_OCTETS = 4096
 SUBJECT = "Spring papers for $*MergeFirstName*$"
 TAGS = ("Email", "Title", "FirstName", "LastName", "Country", "State", "City", "Address1", "Address2", "ZIPCode", "Phone",
         "Fax", "Company", "JobTitle", "WebSite", "Field1", "Field2", "Field3")

@@ -7,7 +7,6 @@ of the distribution's postfix package; nothing is installed.
   bench/run mailbox [--rounds N] [--messages N]
 """
 import argparse
-import glob
 import os
 import resource
 import shutil
@@ -17,17 +16,10 @@ import subprocess
 import tempfile
 import time
 
+import postfix
+
 SIZE = 4096
 TICKS = os.sysconf("SC_CLK_TCK")
-
-
-def unpack_postfix(folder):
-    """Returns the folder of the programs and the environment that they need."""
-    subprocess.run(["apt-get", "download", "postfix"], cwd=folder, check=True, capture_output=True)
-    package = glob.glob(os.path.join(folder, "postfix_*.deb"))[0]
-    subprocess.run(["dpkg", "-x", package, folder], check=True)
-    environment = dict(os.environ, LD_LIBRARY_PATH=os.path.join(folder, "usr/lib/postfix"))
-    return os.path.join(folder, "usr/sbin"), environment
 
 
 def free_port():
@@ -106,7 +98,7 @@ def main():
     os.chmod(folder, 0o755)
     servers = []
     try:
-        programs, environment = unpack_postfix(folder)
+        programs, environment = postfix.unpack(folder)
         # As root it wants to be told whom to become; anybody else it stays.
         become = ["-u", "root"] if os.geteuid() == 0 else []
         port = free_port()

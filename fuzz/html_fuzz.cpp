@@ -1,4 +1,5 @@
-// Any bytes taken for HTML: the tokens cover the source without gaps, the pictures lie within it.
+// Any bytes taken for HTML: the tokens cover the source without gaps, the text is well set and not much longer, and once
+// the pictures are replaced none is left.
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -20,7 +21,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (at != size) std::abort();
 
   const std::string text = HtmlToText(html);
-  if (!text.empty() && (text.back() != '\n' || text.find(" \n") != std::string::npos)) std::abort();
+  if (!text.empty() && (text.front() == '\n' || text.back() != '\n')) std::abort();
+  if (text.find(" \n") != std::string::npos || text.ends_with("\n\n")) std::abort();
+  if (text.size() > 16 * size + 64) std::abort();
 
   std::size_t end = 0;
   const auto pictures = FindLocalPictures(html);
@@ -29,5 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     end = picture.offset + picture.length;
   }
   if (RewriteReferences(html, pictures, std::vector<std::string>(pictures.size())) != html) std::abort();
+  const std::string sent = RewriteReferences(html, pictures, std::vector<std::string>(pictures.size(), "cid:x"));
+  if (pictures.size() < 1000 && !FindLocalPictures(sent).empty()) std::abort();
   return 0;
 }

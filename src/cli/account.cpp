@@ -1,104 +1,78 @@
-// quillcast account set|show|test|reset
+// quillcast account set|show|test|threads|reset
 #include <fmt/format.h>
 
-#include <algorithm>
-
+#include "cli/account_values.h"
 #include "cli/commands.h"
-#include "cli/secret_input.h"
 #include "platform/text.h"
-#include "sending/account_settings.h"
+#include "sending/account_checks.h"
+#include "sending/account_form.h"
+#include "sending/account_steps.h"
+#include "sending/component_values.h"
 #include "sending/message_options.h"
-#include "sending/send_status.h"
-#include "smtp/client.h"
 
 namespace quillcast::cli {
 namespace {
 
 using sending::AccountKey;
-using sending::AccountKeyRow;
 using sending::AccountSettings;
+using sending::ThreadProtocol;
 
 constexpr const char* kHiddenPassword = "********";
 
-struct SetOptions {
-  std::vector<std::string> assignments;
-  std::string password_file;
+struct ThreadOptions {
+  std::array<std::string, sending::kThreadSections.size()> modes;  // empty for one that stays
 };
 
-Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
-  if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end()) return {};
-  return Error{Failure::kUsage, fmt::format("{} cannot be \"{}\".", row.name, platform::Printable(value, 80)),
-               fmt::format("It is one of: {}.", fmt::join(row.choices, ", "))};
+// Fails, in words, for a server or port that could never work.
+Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
+  auto options = sending::ClientOptionsOf(account);
+  if (!options) return Error{Failure::kUsage, options.error().what, options.error().remedy};
+  return options;
 }
 
-Result<void> Assign(AccountSettings& account, const std::string& assignment) {
-  const auto equals = assignment.find('=');
-  const AccountKeyRow* row = sending::FindAccountKey(assignment.substr(0, equals));
-  if (equals == std::string::npos || row == nullptr) {
-    std::string keys;
-    for (const auto& known : sending::AccountKeyRows())
-      keys += fmt::format("{}{}", keys.empty() ? "" : ", ", known.name);
-    return Error{Failure::kUsage,
-                 fmt::format("\"{}\" is no setting of the account.", platform::Printable(assignment, 80)),
-                 fmt::format("Write KEY=VALUE with one of: {}.", keys)};
-  }
-  if (row->key == AccountKey::kPassword) {
-    return Error{Failure::kUsage, "A password must not stand on the command line, where others can read it.",
-                 "Use --password-file FILE, or leave it out to be asked."};
-  }
-  std::string value = assignment.substr(equals + 1);
-  auto choice = CheckChoice(*row, value);
-  if (choice) account.Set(row->key, std::move(value));
-  return choice;
-}
-
-Result<void> TakePassword(AccountSettings& account, const SetOptions& options, const Context& context) {
-  const bool needed = account.IsOn(AccountKey::kAuth) && account[AccountKey::kPassword].empty() && context.may_ask;
-  if (options.password_file.empty() && !needed) return {};
-  auto password =
-      options.password_file.empty() ? SecretFromTerminal("Password") : SecretFromFile(options.password_file);
-  if (!password) return password.error();
-  account.Set(AccountKey::kPassword, std::move(*password));
-  return {};
-}
-
-int RunSet(Context& context, const SetOptions& options) {
+int RunSet(Context& context, const AccountValueOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   app::SettingsStore settings(folders->settings);
-  auto account = AccountSettings::Load(settings);
-  if (!account) return context.output.Fail(account.error());
-  for (const auto& assignment : options.assignments) {
-    const auto assigned = Assign(*account, assignment);
-    if (!assigned) return context.output.Fail(assigned.error());
-  }
-  const auto password = TakePassword(*account, options, context);
-  if (!password) return context.output.Fail(password.error());
-  if (const auto complaint = sending::CheckAccount(*account)) {
+  const auto values = AccountWith(options, settings, context);
+  if (!values) return context.output.Fail(values.error());
+  const AccountSettings& account = values->account;
+  if (const auto complaint = sending::CheckAccount(account)) {
     return context.output.Complain(
         complaint->message.empty()
             ? fmt::format("\"{}\" is no e-mail address; nothing was saved. Set one: Email=you@example.org",
-                          platform::Printable((*account)[AccountKey::kEmail], 80))
+                          platform::Printable(account[AccountKey::kEmail], 80))
             : complaint->message + " Nothing was saved.");
   }
-  const auto client_options = sending::ClientOptionsOf(*account);  // a server or port that could never work
-  if (!client_options) {
-    return context.output.Fail({Failure::kUsage, client_options.error().what, client_options.error().remedy});
-  }
-  if (client_options->servers.empty()) {
+  const auto connection = ConnectionOf(account);
+  if (!connection) return context.output.Fail(connection.error());
+  if (connection->servers.empty()) {
     return context.output.Complain("Please enter your mail server; Server names none. Nothing was saved.");
   }
-  const auto saved = account->Save(settings);
+  const auto saved = account.Save(settings);
   if (!saved) return context.output.Fail(saved.error());
-  if (const auto note = sending::TidiedByDialog(*account); !note.empty()) context.output.Note(note);
-  context.output.Line(fmt::format("The account of {} is saved.", (*account)[AccountKey::kEmail]));
-  context.output.Object({{"saved", true}, {"email", (*account)[AccountKey::kEmail]}});
+  for (const auto& note : sending::TidiedByDialog(account, values->given)) context.output.Note(note);
+  const auto texts = sending::TextsOf(account);
+  context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));
+  context.output.Object(
+      {{"saved", true}, {"email", account[AccountKey::kEmail]}, {"from", texts.from}, {"method", texts.method}});
   return 0;
 }
 
+void ShowThreads(const Context& context, const sending::ThreadModes& threads, nlohmann::ordered_json& object) {
+  for (std::size_t i = 0; i < sending::kThreadSections.size(); ++i) {
+    const auto mode = sending::Name(threads[static_cast<ThreadProtocol>(i)]);
+    context.output.Line(fmt::format("{}={}", sending::kThreadSections[i], mode));
+    object[std::string(sending::kThreadSections[i])] = mode;
+  }
+}
+
 int RunShow(Context& context) {
-  const auto account = AccountSettings::Load(app::SettingsStore(context.Folders().settings));
+  const app::SettingsStore settings(context.Folders().settings);
+  const auto account = AccountSettings::Load(settings);
   if (!account) return context.output.Fail(account.error());
+  const auto threads = sending::ThreadModes::Load(settings);
+  if (!threads) return context.output.Fail(threads.error());
   nlohmann::ordered_json object;
   for (const auto& row : sending::AccountKeyRows()) {
     const bool hidden = row.key == AccountKey::kPassword && !(*account)[row.key].empty();
@@ -106,59 +80,103 @@ int RunShow(Context& context) {
     context.output.Line(fmt::format("{}={}", row.name, platform::Printable(value)));
     object[std::string(row.name)] = value;
   }
+  ShowThreads(context, *threads, object);
   context.output.Object(object);
   return 0;
 }
 
-// Follows a test of the connection; there is no message. The log is of use when the test fails.
-class TestListener final : public smtp::Mailing {
- public:
-  std::vector<std::string> log;
+// What the client was given, as the mail component counts it.
+nlohmann::ordered_json Given(const AccountSettings& account, const sending::ThreadModes& threads) {
+  const auto values = sending::ComponentValuesOf(account, threads[ThreadProtocol::kSmtp]);
+  nlohmann::ordered_json given = {{"server", account[AccountKey::kServer]},
+                                  {"port", account[AccountKey::kPort]},
+                                  {"security", account[AccountKey::kSecurity]},
+                                  {"timeout", values.timeout_seconds},
+                                  {"auth", account.IsOn(AccountKey::kAuth)},
+                                  {"auth_mode", values.auth_mode},
+                                  {"pipeline", account.IsOn(AccountKey::kPipeline)},
+                                  {"options", nullptr},
+                                  {"threading", values.threading}};
+  if (values.options) given["options"] = *values.options;
+  return given;
+}
 
-  smtp::Job* NextJob() override { return nullptr; }
-  void Finished(smtp::Job&, const smtp::Outcome&) override {}
-  void LogLine(std::string_view line) override { log.emplace_back(line); }
-  void Progress(std::uint64_t, std::uint64_t) override {}
-};
-
-int RunTest(Context& context) {
-  const auto account = AccountSettings::Load(app::SettingsStore(context.Folders().settings));
-  if (!account) return context.output.Fail(account.error());
-  if (const auto complaint = sending::CheckAccount(*account)) {
-    return context.output.Fail(
-        {Failure::kNotConfigured,
-         complaint->message.empty() ? "The account's address is no e-mail address." : complaint->message,
-         "Fill in the account first: quillcast account set --help"});
-  }
-  const auto options = sending::ClientOptionsOf(*account);
-  if (!options) return context.output.Fail(options.error());
-  TestListener listener;
-  const smtp::Outcome outcome = smtp::Client(*options, context.clock, context.cancel).Test(listener);
-  const auto code = static_cast<int>(outcome.code);
-  const std::string text = code == 0 ? sending::kAccountWorks : sending::TestResultText(code);
-  context.output.Object({{"code", code}, {"text", text}, {"reply", outcome.reply.text}, {"reason", outcome.reason}});
-  if (code == 0) {
-    context.output.Line(text);
-    return 0;
-  }
-  for (const auto& line : listener.log) context.output.Note(line);
-  context.prompts.Warn(text);
+// The text of the dialog's box first, then what the server and the client say about it.
+int TellFailedTest(Context& context, const sending::AccountTest& test) {
+  for (const auto& line : test.log) context.output.Note(line);
+  context.prompts.Warn(test.text);
+  const auto& outcome = test.outcome;
   if (!outcome.reason.empty()) context.output.Note(outcome.reason);
   if (outcome.reply.code != 0) {
     context.output.Note(
         fmt::format("The server said: {} {}", outcome.reply.code, platform::Printable(outcome.reply.text)));
   }
-  return ExitCode(outcome.code == smtp::ResultCode::kCancelled ? Failure::kTryAgain : Failure::kUnavailable);
+  if (outcome.code == smtp::ResultCode::kCancelled) return ExitCode(Failure::kTryAgain);
+  if (outcome.code != smtp::ResultCode::kNoServer) return ExitCode(Failure::kUnavailable);
+  context.output.Note("Fill in the account first: quillcast account set --help");
+  return ExitCode(Failure::kNotConfigured);
+}
+
+int RunTest(Context& context, const AccountValueOptions& options) {
+  const app::SettingsStore settings(context.Folders().settings);
+  const auto values = AccountWith(options, settings, context);
+  if (!values) return context.output.Fail(values.error());
+  const auto threads = sending::ThreadModes::Load(settings);
+  if (!threads) return context.output.Fail(threads.error());
+  const auto connection = ConnectionOf(values->account);
+  if (!connection) return context.output.Fail(connection.error());
+  const auto test = sending::TestAccount(values->account, context.clock, context.cancel);
+  context.output.Object({{"code", static_cast<int>(test.outcome.code)},
+                         {"text", test.text},
+                         {"reply_code", test.outcome.reply.code},
+                         {"reply", test.outcome.reply.text},
+                         {"reason", test.outcome.reason},
+                         {"given", Given(values->account, *threads)}});
+  if (!test.Works()) return TellFailedTest(context, test);
+  context.output.Line(test.text);
+  return 0;
+}
+
+int RunThreads(Context& context, const ThreadOptions& options) {
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  app::SettingsStore settings(folders->settings);
+  auto threads = sending::ThreadModes::Load(settings);
+  if (!threads) return context.output.Fail(threads.error());
+  bool changed = false;
+  for (std::size_t i = 0; i < options.modes.size(); ++i) {
+    if (options.modes[i].empty()) continue;
+    threads->Set(static_cast<ThreadProtocol>(i), sending::ThreadModeFrom(options.modes[i]));
+    changed = true;
+  }
+  const auto saved = changed ? threads->Save(settings) : Result<void>();
+  if (!saved) return context.output.Fail(saved.error());
+  nlohmann::ordered_json object;
+  ShowThreads(context, *threads, object);
+  context.output.Object(object);
+  return 0;
 }
 
 int RunReset(Context& context) {
-  constexpr const char* kQuestion =
-      "You are just about to wipe out all your SMTP settings.\r\nAre you sure you want to proceed?";
-  if (context.prompts.Ask(kQuestion) != platform::Answer::kYes) return ExitCode(Failure::kNotPermitted);
-  const auto deleted = app::SettingsStore(context.Folders().settings).DeleteSection(sending::kAccountSection);
-  if (!deleted) return context.output.Fail(deleted.error());
+  app::SettingsStore settings(context.Folders().settings);
+  const auto reset = sending::ResetAccount(settings, context.prompts);
+  if (!reset) return context.output.Fail(reset.error());
+  if (!*reset) return ExitCode(Failure::kNotPermitted);
   context.output.Line("The account is back to its defaults.");
+  context.output.Object({{"reset", true}, {"from", (*reset)->from}, {"method", (*reset)->method}});
   return 0;
+}
+
+void AddThreads(CLI::App& account, Context& context) {
+  auto* threads = account.add_subcommand("threads", "Show or change the threading modes: No, Single, Second");
+  auto options = std::make_shared<ThreadOptions>();
+  constexpr std::array<const char*, sending::kThreadSections.size()> kNames = {"--smtp", "--pop3", "--imap4"};
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    threads->add_option(kNames[i], options->modes[i], fmt::format("The mode of {}", sending::kThreadSections[i]))
+        ->check(CLI::IsMember({"No", "Single", "Second"}));
+  }
+  threads->footer("Example:\n  quillcast account threads --smtp Single");
+  OnRun(*threads, context, [options](Context& c) { return RunThreads(c, *options); });
 }
 
 }  // namespace
@@ -168,22 +186,25 @@ void AddAccountCommand(CLI::App& app, Context& context) {
   account->require_subcommand(1);
 
   auto* set = account->add_subcommand("set", "Change settings of the account and save it");
-  auto options = std::make_shared<SetOptions>();
-  set->add_option("settings", options->assignments, "KEY=VALUE, as many as you like; see account show");
-  set->add_option("--password-file", options->password_file, "Take the password from the first line of this file")
-      ->type_name("FILE");
+  auto set_options = std::make_shared<AccountValueOptions>();
+  AddAccountValueOptions(*set, *set_options);
   set->footer(
       "Example:\n  quillcast account set Name=\"Ada\" Email=ada@example.org Server=mail.example.org Port=587 Auth=1 "
       "Username=ada --password-file secret.txt");
-  OnRun(*set, context, [options](Context& c) { return RunSet(c, *options); });
+  OnRun(*set, context, [set_options](Context& c) { return RunSet(c, *set_options); });
 
   auto* show = account->add_subcommand("show", "Every setting of the account; the password is hidden");
   show->footer("Example:\n  quillcast account show");
   OnRun(*show, context, RunShow);
 
-  auto* test = account->add_subcommand("test", "Connect to the server, sign in and leave, without sending anything");
-  test->footer("Example:\n  quillcast account test");
-  OnRun(*test, context, RunTest);
+  auto* test = account->add_subcommand(
+      "test", "Connect to the server, sign in and leave, without sending anything; values given here are not saved");
+  auto test_options = std::make_shared<AccountValueOptions>();
+  AddAccountValueOptions(*test, *test_options);
+  test->footer("Example:\n  quillcast account test\n  quillcast account test Port=587 Security=STARTTLS");
+  OnRun(*test, context, [test_options](Context& c) { return RunTest(c, *test_options); });
+
+  AddThreads(*account, context);
 
   auto* reset = account->add_subcommand("reset", "Set every setting of the account back to its default");
   reset->footer("Example:\n  quillcast account reset --yes");

@@ -55,6 +55,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddRecipientCommand(app, context);
   AddImportCommand(app, context);
   AddPreviewCommand(app, context);
+  AddPropertiesCommand(app, context);
   AddSendCommand(app, context);
   AddHistoryCommand(app, context);
   AddMailboxCommand(app, context);

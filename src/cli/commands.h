@@ -10,6 +10,7 @@ void AddRecipientCommand(CLI::App& app, Context& context);
 void AddImportCommand(CLI::App& app, Context& context);
 void AddAccountCommand(CLI::App& app, Context& context);
 void AddPreviewCommand(CLI::App& app, Context& context);
+void AddPropertiesCommand(CLI::App& app, Context& context);
 void AddSendCommand(CLI::App& app, Context& context);
 void AddHistoryCommand(CLI::App& app, Context& context);
 void AddMailboxCommand(CLI::App& app, Context& context);

@@ -22,13 +22,20 @@ class Charset {
  public:
   static Charset Utf8();
 
-  // The preferred MIME name, as it goes into the headers: "utf-8", "windows-1252".
+  // The preferred MIME name, as it goes into the headers: "utf-8", "windows-1251".
   std::string_view MimeName() const;
   bool IsUtf8() const;
 
-  // Appends `utf8` in this charset. Each code point that the charset lacks, and each byte that is not UTF-8, counts in
+  // The set to write encoded words in: itself, but EUC-KR in place of ISO-2022-KR (RFC 1557).
+  Charset ForHeaders() const;
+
+  // What the caller writes once, as the first bytes of a body in this set; empty for nearly all.
+  std::string_view BodyPrefix() const;
+
+  // Appends `utf8` in this charset. Each call begins and ends in ASCII, and so does each line in it: what was encoded
+  // in pieces can be put together. Each code point that the charset lacks, and each byte that is not UTF-8, counts in
   // `lost` and is written as `unmapped` says. False only with kFail, when something would be lost; `out` is then as it
-  // was before.
+  // was before. A letter with marks may come out as letter and marks, where the set has it so.
   bool Encode(std::string_view utf8, std::string& out, std::size_t* lost = nullptr,
               Unmapped unmapped = Unmapped::kQuestionMark) const;
 

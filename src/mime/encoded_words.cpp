@@ -1,5 +1,7 @@
 #include "mime/encoded_words.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -40,12 +42,76 @@ void AppendQ(std::string& out, std::string_view bytes) {
   }
 }
 
-bool ChoosesQ(std::string_view utf8, const Charset& charset, HeaderEncoding encoding) {
-  if (encoding != HeaderEncoding::kNone) return encoding == HeaderEncoding::kQ;
-  std::string bytes;
-  charset.Encode(utf8, bytes);
-  return QSize(bytes) <= BSize(bytes.size());
+// One character, with the marks on it if `with_marks`.
+std::size_t LetterLength(std::string_view utf8, bool with_marks) {
+  std::size_t length = platform::DecodeUtf8(utf8).length;
+  while (with_marks && length < utf8.size() && static_cast<std::uint8_t>(utf8[length]) >= 0x80) {
+    const auto [code, mark] = platform::DecodeUtf8(utf8.substr(length));
+    if (code == platform::kNotUtf8 || !u_hasBinaryProperty(static_cast<UChar32>(code), UCHAR_GRAPHEME_EXTEND)) break;
+    length += mark;
+  }
+  return length;
 }
+
+// The form of one field's words, and how long they become. Sets that shift make a word longer by more than the sum of
+// its characters, so a length is that of the whole word each time.
+class WordForm {
+ public:
+  WordForm(std::string_view utf8, const Charset& charset, HeaderEncoding encoding)
+      : charset_(charset.ForHeaders()), q_(encoding == HeaderEncoding::kQ) {
+    if (encoding == HeaderEncoding::kNone) q_ = Size(utf8, true) <= Size(utf8, false);
+  }
+
+  std::size_t Columns(std::string_view utf8) { return Columns(utf8, q_); }
+  std::size_t ColumnsInEitherEncoding(std::string_view utf8) {
+    return std::max(Columns(utf8, true), Columns(utf8, false));
+  }
+
+  // The length of the longest beginning, of whole letters, whose word fits into `room`; 0 when none does.
+  std::size_t LongestFit(std::string_view utf8, std::size_t room, bool with_marks) {
+    std::array<std::size_t, kLongestWord> ends{};  // a letter takes a column at least
+    std::size_t count = 0;
+    for (std::size_t at = 0; at < utf8.size() && count < ends.size(); ends[count++] = at) {
+      at += LetterLength(utf8.substr(at), with_marks);
+    }
+    const auto fits = [&](std::size_t end) { return Columns(utf8.substr(0, end)) <= room; };
+    if (count > 0 && fits(ends[count - 1])) return ends[count - 1];
+    const auto* const beyond = std::ranges::partition_point(ends.begin(), ends.begin() + count, fits);
+    return beyond == ends.begin() ? 0 : *(beyond - 1);
+  }
+
+  void Append(std::string& out, std::string_view utf8) {
+    Encode(utf8);
+    out += "=?";
+    out += charset_.MimeName();
+    out += q_ ? "?Q?" : "?B?";
+    q_ ? AppendQ(out, bytes_) : platform::AppendBase64(out, bytes_);
+    out += "?=";
+  }
+
+ private:
+  std::size_t Columns(std::string_view utf8, bool q) {
+    constexpr std::size_t kDelimiters = 7;  // as in =?...?Q?...?=
+    return kDelimiters + charset_.MimeName().size() + Size(utf8, q);
+  }
+
+  std::size_t Size(std::string_view utf8, bool q) {
+    Encode(utf8);
+    return q ? QSize(bytes_) : BSize(bytes_.size());
+  }
+
+  void Encode(std::string_view utf8) {
+    if (utf8.data() == encoded_.data() && utf8.size() == encoded_.size()) return;
+    bytes_.clear();
+    charset_.Encode(utf8, bytes_);
+    encoded_ = utf8;
+  }
+
+  Charset charset_;
+  bool q_;
+  std::string_view encoded_;  // the text that bytes_ holds
+  std::string bytes_;
+};
 
 }  // namespace
 
@@ -53,36 +119,30 @@ bool NeedsEncodedWord(std::string_view text) {
   return !platform::IsAscii(text) || text.find("=?") != std::string_view::npos;
 }
 
+std::size_t FirstWordColumns(std::string_view utf8, const Charset& charset, HeaderEncoding encoding) {
+  const std::string_view letter = utf8.substr(0, LetterLength(utf8, true));
+  WordForm form(letter, charset, encoding);
+  const std::size_t longest =
+      encoding == HeaderEncoding::kNone ? form.ColumnsInEitherEncoding(letter) : form.Columns(letter);
+  return std::min(longest, kLongestWord);
+}
+
 void AppendEncodedWords(std::string& out, std::string_view utf8, const Charset& charset, HeaderEncoding encoding,
                         std::size_t& column) {
-  const bool q = ChoosesQ(utf8, charset, encoding);
-  const std::string opening = "=?" + std::string(charset.MimeName()) + (q ? "?Q?" : "?B?");
-  const auto room = [&] { return std::min(kLongestWord, kHeaderColumns - std::min(column, kHeaderColumns)); };
-  const auto size_of = [&](std::string_view bytes) {
-    return opening.size() + 2 + (q ? QSize(bytes) : BSize(bytes.size()));
-  };
-  std::string word;  // the bytes of the word under construction; never longer than one word
-  const auto write_word = [&] {
-    const std::size_t start = out.size();
-    out += opening;
-    q ? AppendQ(out, word) : platform::AppendBase64(out, word);
-    out += "?=";
-    column += out.size() - start;
-    word.clear();
-  };
+  WordForm form(utf8, charset, encoding);
   while (!utf8.empty()) {
-    const std::size_t length = platform::DecodeUtf8(utf8).length;
-    std::string character;
-    charset.Encode(utf8.substr(0, length), character);
+    const std::size_t room = std::min(kLongestWord, kHeaderColumns - std::min(column, kHeaderColumns));
+    std::size_t length = form.LongestFit(utf8, room, true);
+    if (length == 0) length = form.LongestFit(utf8, room, false);
+    if (length == 0) length = LetterLength(utf8, false);
+    const std::size_t start = out.size();
+    form.Append(out, utf8.substr(0, length));
+    column += out.size() - start;
     utf8.remove_prefix(length);
-    if (!word.empty() && size_of(word + character) > room()) {
-      write_word();
-      out += "\r\n ";
-      column = 1;
-    }
-    word += character;
+    if (utf8.empty()) break;
+    out += "\r\n ";
+    column = 1;
   }
-  if (!word.empty()) write_word();
 }
 
 }  // namespace quillcast::mime

@@ -135,13 +135,17 @@ void AppendUnstructured(std::string& out, std::string_view name, const HeaderTex
       if (!MustEncode(text, next)) break;
     }
     at = last.end;
+    const std::size_t gap_size = first.begin - first.gap;
+    const std::size_t needed =
+        encoded ? std::max(kShortestRoom, FirstWordColumns(text.substr(first.begin), charset, encoding))
+                : last.end - first.begin;
     // One blank stays outside where a long gap goes into the word, so that a fold has its blank.
-    const bool long_gap = first.begin - first.gap > kLongestGap;
+    const bool long_gap = encoded && gap_size + needed > kHeaderColumns;
     const std::size_t inside = long_gap ? first.gap + 1 : first.begin;
     const std::string_view gap = text.substr(first.gap, inside - first.gap);
     const std::string_view words = text.substr(inside, last.end - inside);
-    if (first.gap > 0 || (encoded && column + kShortestRoom > kHeaderColumns)) {
-      FoldBefore(out, gap.size() + (encoded ? kShortestRoom : words.size()), column);
+    if (first.gap > 0 || (encoded && column + needed > kHeaderColumns)) {
+      FoldBefore(out, gap.size() + needed, column);
       if (gap.empty() && column == 0) out += ' ';
     }
     out += gap;

@@ -22,7 +22,8 @@ bool SetsWhiteSpace(std::string_view html) {
     std::string_view rest = std::string_view(lower).substr(at + kProperty.size(), kLongestValue);
     rest = rest.substr(0, rest.find_first_of(";}\"'<"));
     const std::string_view value = rest.substr(std::min(rest.find(':'), rest.size()));
-    if (value.find("pre") != std::string_view::npos || value.find("break-spaces") != std::string_view::npos) return true;
+    if (value.find("pre") != std::string_view::npos || value.find("break-spaces") != std::string_view::npos)
+      return true;
   }
   return false;
 }

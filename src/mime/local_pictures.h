@@ -15,9 +15,11 @@ struct PictureReference {
   std::string path;  // decoded: absolute, or relative to wherever the HTML belongs
 };
 
-// Looks at src, poster, background and srcset attributes and at url() in style attributes and style elements. Addresses
-// of the net (also "//host"), of data and of parts ("cid:"), and those with a merge tag are no files. In the order of
-// the source; a file that is named twice is there twice.
+// Looks at src, poster, background and srcset attributes and at url() in style attributes and style elements, also
+// within conditional comments. Addresses of the net (also "//host", and relative ones below a <base> of the net), of
+// data and of parts ("cid:"), and those with a merge tag are no files. A query or a fragment is no part of the name.
+// What Windows alone would find ("C:\x.png", "file://server/x.png") counts as a file, so that it can be reported as
+// missing. In the order of the source; a file that is named twice is there twice. Linear in time on any input.
 std::vector<PictureReference> FindLocalPictures(std::string_view html);
 
 // The HTML with each reference replaced by the text at the same index; an empty one leaves it as it is.

@@ -25,7 +25,7 @@ std::uint32_t ByteAt(const char* in, std::size_t at) { return static_cast<std::u
 void EncodeLinesPortably(char* to, const char* in, std::size_t lines) {
   for (; lines > 0; --lines, in += kLineBytes, to += kLineSize) {
     EncodePortably(to, in, kLineBytes);
-    std::memcpy(to + kLineSize - 2, "\r\n", 2);
+    std::memcpy(to + kLineSize - kLineEnd.size(), kLineEnd.data(), kLineEnd.size());
   }
 }
 

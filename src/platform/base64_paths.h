@@ -2,6 +2,7 @@
 // measurement.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -12,6 +13,7 @@ namespace quillcast::platform::base64 {
 inline constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 inline constexpr std::size_t kLineBytes = 57;  // 76 columns
 inline constexpr std::size_t kLineSize = 78;   // with CRLF
+inline constexpr std::array<char, 2> kLineEnd = {'\r', '\n'};
 
 constexpr std::size_t EncodedSize(std::size_t bytes) { return (bytes + 2) / 3 * 4; }
 

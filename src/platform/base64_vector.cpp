@@ -71,7 +71,7 @@ QUILLCAST_AVX2 void EncodeLinesByAvx2(char* to, const char* in, std::size_t line
     Store32(to, Encode24(Load16(in), Load16(in + 12), 0));
     Store32(to + 32, Encode24(Load16(in + 24), Load16(in + 36), 0));
     Store32(to + 44, Encode24(Load16(in + 33), Load16(in + 41), 4));
-    std::memcpy(to + kLineSize - 2, "\r\n", 2);
+    std::memcpy(to + kLineSize - kLineEnd.size(), kLineEnd.data(), kLineEnd.size());
   }
 }
 
@@ -118,8 +118,8 @@ QUILLCAST_VBMI void EncodeByVbmi(char* to, const char* in, std::size_t size) {
   EncodePortably(to, in, size);
 }
 
-// The line's last 12 bytes give its last 16 characters, the first four of which are written twice, and the CRLF goes out
-// with them.
+// The line's last 12 bytes give its last 16 characters, the first four of which are written twice, and the CRLF goes
+// out with them.
 QUILLCAST_VBMI void EncodeLinesByVbmi(char* to, const char* in, std::size_t lines) {
   const Vbmi vbmi = MakeVbmi();
   const __m512i end_order = _mm512_add_epi8(vbmi.order, _mm512_set1_epi8(45));

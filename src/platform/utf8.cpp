@@ -47,28 +47,29 @@ void AppendUtf8(std::string& out, char32_t code) {
   }
 }
 
+std::size_t AsciiRun(std::string_view text) {
+  std::size_t run = 0;
+  std::uint64_t eight = 0;
+  while (run + sizeof eight <= text.size()) {
+    std::memcpy(&eight, text.data() + run, sizeof eight);
+    if ((eight & 0x8080808080808080) != 0) break;
+    run += sizeof eight;
+  }
+  while (run < text.size() && ByteAt(text, run) < 0x80) ++run;
+  return run;
+}
+
 bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    std::uint64_t eight = 0;
-    while (text.size() >= sizeof eight) {
-      std::memcpy(&eight, text.data(), sizeof eight);
-      if ((eight & 0x8080808080808080) != 0) break;
-      text.remove_prefix(sizeof eight);
-    }
+  for (;;) {
+    text.remove_prefix(AsciiRun(text));
     if (text.empty()) return true;
     const auto [code, length] = DecodeUtf8(text);
     if (code == kNotUtf8) return false;
     text.remove_prefix(length);
   }
-  return true;
 }
 
-bool IsAscii(std::string_view text) {
-  for (const char c : text) {
-    if (static_cast<std::uint8_t>(c) >= 0x80) return false;
-  }
-  return true;
-}
+bool IsAscii(std::string_view text) { return AsciiRun(text) == text.size(); }
 
 std::size_t IncompleteUtf8Tail(std::string_view text) {
   for (std::size_t back = 1; back <= 3 && back <= text.size(); ++back) {

@@ -23,6 +23,8 @@ void AppendUtf8(std::string& out, char32_t code);
 
 bool IsUtf8(std::string_view text);
 bool IsAscii(std::string_view text);
+// How many ASCII characters the text begins with.
+std::size_t AsciiRun(std::string_view text);
 
 // How many bytes at the end of `text` may be the beginning of a sequence that continues beyond it: 0 to 3.
 std::size_t IncompleteUtf8Tail(std::string_view text);

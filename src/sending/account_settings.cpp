@@ -6,8 +6,8 @@
 
 #include "compose/charset_table.h"
 #include "platform/text.h"
-#include "recipients/check_email.h"
 #include "recipients/recipient.h"
+#include "sending/account_checks.h"
 
 namespace quillcast::sending {
 namespace {
@@ -76,53 +76,6 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 
-// The pages of the account dialog.
-constexpr const char* kGeneralPage = "General";
-constexpr const char* kMethodPage = "Method";
-constexpr const char* kMessagePage = "Message";
-
-// The number when the text is one and lies within the bounds; a fraction is no number here, the fields take digits
-// only.
-bool IsBetween(std::string_view text, std::int64_t low, std::int64_t high) {
-  const auto number = platform::ParseWholeNumber(text);
-  return number && *number >= low && *number <= high;
-}
-
-struct AccountCheck {
-  bool (*passes)(const AccountSettings&);
-  const char* message;
-  AccountKey key;
-  const char* page;
-  const char* control = nullptr;  // where it is not the key's own
-};
-
-// In their order. The refusal of the sender's address has no message; deliberate.
-constexpr auto kChecks = std::to_array<AccountCheck>({
-    {[](const AccountSettings& a) { return !a[kName].empty(); }, "Please enter your name.", kName, kGeneralPage},
-    {[](const AccountSettings& a) { return recipients::CheckEmail(a[kEmail]); }, "", kEmail, kGeneralPage},
-    {[](const AccountSettings& a) { return !a[kServer].empty(); }, "Please enter your mail server.", kServer,
-     kGeneralPage},
-    {[](const AccountSettings& a) { return !a[kPort].empty(); }, "Please enter your port.", kPort, kGeneralPage},
-    {[](const AccountSettings& a) { return IsBetween(a[kPort], 1, 65535); }, "Please enter a valid port.", kPort,
-     kGeneralPage},
-    {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kUsername].empty(); }, "You must enter the username.",
-     kUsername, kGeneralPage},
-    {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kPassword].empty(); }, "You must enter the password.",
-     kPassword, kGeneralPage},
-    {[](const AccountSettings& a) { return !a[kTimeout].empty(); }, "Please enter your timeout.", kTimeout,
-     kGeneralPage},
-    {[](const AccountSettings& a) { return IsBetween(a[kTimeout], 1, 10); }, "Please enter a valid timeout.", kTimeout,
-     kGeneralPage},
-    {[](const AccountSettings& a) { return a[kMethod] != "Bulk" || !a[kBccField].empty(); },
-     "You must enter the BCC Field.", kBccField, kMethodPage},
-    {[](const AccountSettings& a) { return a[kMethod] != "Third" || !a[kThirdPath].empty(); },
-     "You must enter the queue directory.", kThirdPath, kMethodPage, "ThirdCommandButton"},
-    {[](const AccountSettings& a) { return !a[kWrap].empty(); }, "Please enter your wrap characters.", kWrap,
-     kMessagePage},
-    {[](const AccountSettings& a) { return IsBetween(a[kWrap], 32, 128); }, "Please enter a valid wrap characters.",
-     kWrap, kMessagePage},
-});
-
 // What each key can be in this version, where that is less than its choices.
 struct Served {
   AccountKey key;
@@ -130,11 +83,6 @@ struct Served {
   const char* choose;
 };
 constexpr auto kServed = std::to_array<Served>({
-    {kCharSet,
-     [](const AccountSettings& a) {
-       return a[kCharSet] == "Unicode (UTF-8)" || a[kCharSet] == "Western European (Windows)";
-     },
-     "\"Unicode (UTF-8)\" or \"Western European (Windows)\""},
     {kAuthMode, [](const AccountSettings& a) { return !a.IsOn(kAuth) || a[kAuthMode] == "AUTH LOGIN"; },
      "\"AUTH LOGIN\""},
 });
@@ -172,29 +120,7 @@ Result<void> AccountSettings::Save(app::SettingsStore& store) const {
 }
 
 int AccountSettings::TimeoutSeconds() const {
-  return IsBetween((*this)[kTimeout], 1, 10) ? static_cast<int>(*platform::ParseWholeNumber((*this)[kTimeout])) * 60
-                                             : 60;
-}
-
-std::optional<Complaint> CheckAccount(const AccountSettings& account) {
-  for (const auto& check : kChecks) {
-    if (check.passes(account)) continue;
-    const char* control = check.control;
-    return Complaint{check.message, control != nullptr ? control : std::string(RowOf(check.key).control), check.page};
-  }
-  return {};
-}
-
-std::string TidiedByDialog(const AccountSettings& account) {
-  if (account.IsOn(kAuth)) return {};
-  std::string keys;
-  for (const AccountKey key : {kUsername, kPassword, kPipeline, kNoAuth, kAuthMode}) {
-    if (account[key] == RowOf(key).fallback) continue;
-    keys += keys.empty() ? "" : ", ";
-    keys += RowOf(key).name;
-  }
-  if (keys.empty()) return {};
-  return fmt::format("Stored as asked. Without Auth=1 the account dialog will set back: {}.", keys);
+  return static_cast<int>(WholeNumberBetween((*this)[kTimeout], 1, 10).value_or(1)) * 60;
 }
 
 std::optional<Error> UnservedSetting(const AccountSettings& account) {

@@ -1,4 +1,5 @@
-// The one mail account: its settings as they are stored, their defaults, their choices and their checks.
+// The one mail account: its settings as they are stored, their defaults and their choices. What is checked
+// before they are saved is in account_checks.h, what the dialog does with them in account_form.h.
 #pragma once
 
 #include <array>
@@ -8,7 +9,6 @@
 #include <string_view>
 
 #include "app/settings_store.h"
-#include "platform/complaint.h"
 #include "platform/result.h"
 
 namespace quillcast::sending {
@@ -78,12 +78,6 @@ class AccountSettings {
  private:
   std::array<std::string, static_cast<std::size_t>(AccountKey::kCount)> values_;
 };
-
-// The checks before saving, in their order; the first that fails. The refusal of the address has no message.
-std::optional<Complaint> CheckAccount(const AccountSettings& account);
-
-// What the dialog would tidy although it was stored as asked; for a note on the command line. Empty when nothing.
-std::string TidiedByDialog(const AccountSettings& account);
 
 // A value that this version does not serve yet, in words; a run refuses to start with it rather than ignore it.
 std::optional<Error> UnservedSetting(const AccountSettings& account);

@@ -59,6 +59,7 @@ MessageTemplate::MessageTemplate(const compose::MessageDocument& document, Messa
 BodyStyle MessageTemplate::StyleOf(mime::Charset charset, bool is_html) const {
   return {.charset = charset,
           .unmapped = is_html ? mime::Unmapped::kHtmlReference : mime::Unmapped::kQuestionMark,
+          .start = charset.BodyPrefix(),
           .encoding = options_.is_bare ? TransferEncoding::kNone : options_.body_encoding,
           .wrap = options_.wrap,
           .is_html = is_html,

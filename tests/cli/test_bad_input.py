@@ -127,11 +127,6 @@ class BadInput(Case):
             (["frobnicate"], 64), (["group"], 64), (["history", "open", "7"], 64, "no run number 7", "history list"),
         ])
         self.assertEqual(box.index(), [])
-        for setting in ("CharSet=Greek (ISO)",):
-            self.ok("account", "set", setting)
-            self.check([(everything, 78, setting.split("=")[0], "does not serve yet", "account set")])
-            self.run_program("--yes", "account", "reset")
-            self.account(box.port)
         self.assertEqual((box.index(), self.reports()), ([], []))
         self.write("letter.html", "<p>$*MergeFristName*$</p>")
         self.check([(everything, 0, "Unknown tag $*MergeFristName*$")])

@@ -3,6 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "mime/random_text.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
+
 namespace quillcast::mime {
 namespace {
 
@@ -40,6 +46,9 @@ TEST(Charset, WritesWhatItHoldsAndCountsWhatItDoesNot) {
       {"windows-1251", "\u0416\u20AC\u00FF", "\xC6\x88?", "\xC6\x88&#255;", 1},
       {"koi8-r", "\u0416\uFF21", "\xF6?", "\xF6&#65313;", 1},
       {"us-ascii", "a\u00E9", "a?", "a&#233;", 1},
+      {"iso-2022-jp", "a\u65E5\u00E9\x1B$B", "a\x1B$BF|\x1B(B??$B", "a\x1B$BF|\x1B(B&#233;&#27;$B", 2},
+      {"hz-gb-2312", "\u4E2D~\u0416\u00F1", "~{VP~}~~~{'(~}?", "~{VP~}~~~{'(~}&#241;", 1},
+      {"utf-7", "a+\xFF\u00E9", "a+-+//0A6Q-", "a+-+//0A6Q-", 1},
       {"utf-8", "\u0416\xFF", "\u0416\uFFFD", "\u0416\uFFFD", 1},
       {"windows-1252", "a\xC3", "a?", "a&#65533;", 1},
   };
@@ -61,8 +70,9 @@ TEST(Charset, WritesWhatItHoldsAndCountsWhatItDoesNot) {
 
 TEST(Charset, EveryByteThatHasAMeaningComesBack) {
   const std::pair<const char*, std::size_t> undefined[] = {
-      {"windows-1252", 5}, {"iso-8859-1", 0},   {"iso-8859-2", 0}, {"iso-8859-15", 0},
-      {"windows-1250", 0}, {"windows-1251", 0}, {"koi8-r", 0},     {"us-ascii", 128}};
+      {"windows-1252", 5}, {"iso-8859-1", 32},   {"iso-8859-2", 32},    {"iso-8859-15", 32}, {"windows-1250", 5},
+      {"windows-1251", 1}, {"windows-1253", 17}, {"windows-1255", 23},  {"windows-1258", 9}, {"windows-874", 31},
+      {"koi8-r", 0},       {"koi8-u", 0},        {"x-user-defined", 0}, {"us-ascii", 128}};
   for (const auto& [name, expected] : undefined) {
     const Charset charset = *FindCharset(name);
     std::size_t missing = 0;
@@ -79,6 +89,88 @@ TEST(Charset, EveryByteThatHasAMeaningComesBack) {
       }
     }
     EXPECT_EQ(missing, expected) << name;
+  }
+}
+
+// A line of charset_samples.tsv: made with another implementation of the sets, but for x-user-defined.
+struct Sample {
+  Charset charset = Charset::Utf8();
+  std::string text;
+  std::string bytes;
+  std::string refused;  // characters that the set lacks, or that readers would see as something else
+  std::string decoded;  // the text with letters and marks taken apart as the set has them
+};
+
+std::vector<Sample> Samples() {
+  std::vector<Sample> samples;
+  std::ifstream file(QUILLCAST_TEST_DATA "/charset_samples.tsv");
+  for (std::string line; std::getline(file, line);) {
+    line = platform::ReplaceAll(line, "\u23CE", "\n");
+    const auto fields = platform::Split(line, '\t');
+    const auto charset = FindCharset(fields[0]);
+    if (!charset || charset->MimeName() != fields[0]) {
+      ADD_FAILURE() << fields[0];
+      continue;
+    }
+    Sample& sample = samples.emplace_back(Sample{*charset, std::string(fields[1]), {}, std::string(fields[3]), {}});
+    for (std::size_t i = 0; i < fields[2].size(); i += 2) {
+      sample.bytes += static_cast<char>(std::stoi(std::string(fields[2].substr(i, 2)), nullptr, 16));
+    }
+    sample.decoded = fields.size() > 4 ? fields[4] : fields[1];
+  }
+  return samples;
+}
+
+std::vector<std::string> CharactersOfText(std::string_view text) {
+  std::vector<std::string> characters;
+  while (!text.empty()) {
+    characters.emplace_back(text.substr(0, platform::DecodeUtf8(text).length));
+    text.remove_prefix(characters.back().size());
+  }
+  return characters;
+}
+
+TEST(Charset, WritesAndReadsEverySet) {
+  const auto samples = Samples();
+  EXPECT_EQ(samples.size(), 37U);
+  for (const Sample& sample : samples) {
+    const auto name = sample.charset.MimeName();
+    std::string out;
+    EXPECT_TRUE(sample.charset.Encode(sample.text, out, nullptr, Unmapped::kFail)) << name;
+    EXPECT_EQ(out, sample.bytes) << name;
+    EXPECT_EQ(sample.charset.Decode(sample.bytes), sample.decoded) << name;
+    for (const std::string& character : CharactersOfText(sample.refused)) {
+      EXPECT_FALSE(sample.charset.Encode(character, out, nullptr, Unmapped::kFail)) << name << character;
+    }
+  }
+}
+
+TEST(Charset, PiecesAndLinesStandAlone) {
+  std::mt19937 random(11);
+  for (const Sample& sample : Samples()) {
+    auto alphabet = CharactersOfText(sample.decoded);
+    for (const char* const more : {"\n", " ", "~", "+", "-", "\\", "{", "&"}) alphabet.emplace_back(more);
+    for (int round = 0; round < 60; ++round) {
+      std::string text;
+      std::string bytes(sample.charset.BodyPrefix());
+      for (int piece = 0; piece < 8; ++piece) {
+        const std::string part = RandomText(random, alphabet, 9);
+        ASSERT_TRUE(sample.charset.Encode(part, bytes, nullptr, Unmapped::kFail));
+        text += part;
+      }
+      ASSERT_EQ(sample.charset.Decode(bytes), text) << sample.charset.MimeName();
+      std::string lines;
+      for (const std::string_view line : platform::Split(bytes, '\n')) lines += sample.charset.Decode(line) + '\n';
+      ASSERT_EQ(lines, text + '\n') << sample.charset.MimeName();
+    }
+  }
+}
+
+TEST(Charset, AnnouncesHangulOnceInABodyAndNeverInAHeader) {
+  for (const Sample& sample : Samples()) {
+    const bool shifts = sample.charset.MimeName() == "iso-2022-kr";
+    EXPECT_EQ(sample.charset.BodyPrefix(), shifts ? "\x1B$)C" : "");
+    EXPECT_EQ(sample.charset.ForHeaders(), shifts ? *FindCharset("euc-kr") : sample.charset);
   }
 }
 

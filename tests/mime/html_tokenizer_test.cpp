@@ -72,6 +72,8 @@ TEST(HtmlTokenizer, DecodesCharacterReferences) {
   const Case cases[] = {
       {"&amp;&lt;&gt;&quot;&apos;", "&<>\"'", "&<>\"'"},
       {"&eacute;&Eacute;&euro;&thetasym;", "\u00E9\u00C9\u20AC\u03D1", "\u00E9\u00C9\u20AC\u03D1"},
+      {"&commat;&period;&NewLine;&zcaron;&yacy;&check;&AMP&LT;", "@.\n\u017E\u044F\u2713&<",
+       "@.\n\u017E\u044F\u2713&<"},
       {"&#233;&#xE9;&#XE9 &#8364", "\u00E9\u00E9\u00E9 \u20AC", "\u00E9\u00E9\u00E9 \u20AC"},
       {"&#128;&#x99;&#0;&#xD800;&#99999999999;", "\u20AC\u2122\uFFFD\uFFFD\uFFFD", "\u20AC\u2122\uFFFD\uFFFD\uFFFD"},
       {"&copy2&copy=1&amp", "\u00A92\u00A9=1&", "&copy2&copy=1&"},

@@ -34,12 +34,41 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
       {"<style>@import url(x.css?1);/* url(no.png) */p{background:url(\"a&amp;b.png\")}@import "
        "'q';i{b:url(z.png)}</style>",
        "a&amp;b.png->a&amp;b.png;z.png->z.png;"},
+      // Escapes of CSS, and what only looks like an address.
+      {"<style>p{background:url(a\\ b\\).png) url('it\\27 s.png')url(\"q\\\"q.png\")url(\n\tc.png\n)}</style>",
+       "a\\ b\\).png->a b).png;it\\27 s.png->it's.png;q\\\"q.png->q\"q.png;c.png->c.png;"},
+      {"<style>p{background:url(\"a.png\\\n\") url(b\\ )}</style>", "a.png\\\n->a.png;b\\ ->b;"},
+      {"<style>p:after{content:'url(no.png)';x:my-url(no.png);src:url('no\n.png);y:URL(a.png)}</style>",
+       "a.png->a.png;"},
+      {"<p style='font-family:&quot;url(no.png)&quot;;background:url(&#39;a.png&#39;)/*url(no.png)*/'>",
+       "a.png->a.png;"},
+      {"<p style=\"b:url('a.png'\n)\">", "a.png->a.png;"},
+      {"<style><!-- p{b:url(a.png)} --></style>", "a.png->a.png;"},
       {"<style>@font-face{src:url(f.woff2)}</style><img src=first.png src=second.png>", "first.png->first.png;"},
+      {"<picture><source srcset='a,b.png 1x , c.png (x) 2.5x,\nd&amp;.png'><img alt=url(no.png)></picture>",
+       "a,b.png->a,b.png;c.png->c.png;d&amp;.png->d&.png;"},
+      {"<img srcset=', a.png,'><img srcset='b.png 2x'>x, y<img srcset=''>", "a.png->a.png;b.png->b.png;"},
+      {"<link rel=icon href=no.png><video src=no.mp4 poster=p.png></video><a href=no.png>", "p.png->p.png;"},
+      {"<IMG\nSRC\n=\n'a.png'\nSTYLE='B:URL(b.png)' Background=c.png>", "a.png->a.png;b.png->b.png;c.png->c.png;"},
+      {"<img src='./x/../a.png?a=b.gif'><img src='a&#46;png#f'><img src='%3F%23.png'>",
+       "./x/../a.png?a=b.gif->./x/../a.png;a&#46;png#f->a.png;%3F%23.png->?#.png;"},
+      // Files that only another computer has: found, to be reported as missing.
+      {"<img src='file:///C:/x.png'><img src='file://server/x.png'><img src='file:///C|/x.png'>",
+       "file:///C:/x.png->/C:/x.png;file://server/x.png->//server/x.png;file:///C|/x.png->/C|/x.png;"},
+      {"<!--[if mso]><v:rect><v:fill type=tile src='a.png' /><v:imagedata src=\"b.png\"/></v:rect><![endif]-->"
+       "<!--[if !mso]><!--><img src=c.png><!--<![endif]--><!-- [if mso]><img src=no.png><![endif]-->",
+       "a.png->a.png;b.png->b.png;c.png->c.png;"},
+      {"<!--[if gte mso 9]><style>td{background:url(a.png)}</style><img src=b.png", "a.png->a.png;"},
+      {"<base target=_blank><base href='#x'><base href='https://x.example/'><img src=no.png><img src='/no.png'>"
+       "<img src='file:///a.png'>",
+       "file:///a.png->/a.png;"},
+      {"<base href='file:///srv/mail/index.html'><img src=a.png><img src='/b.png'>",
+       "a.png->/srv/mail/a.png;/b.png->/b.png;"},
       {"<p style=\"background:url('never closed\"><img src=a.png>", "a.png->a.png;"},
       {"<img src='http://x/a.png'><img src='HTTPS:a'><img src='//x/a.png'><img src='\\\\x\\a.png'><img src='data:x'>"
        "<img src='cid:x'><img src='mailto:x'><img src='about:blank'><img src=''><img src=' #x'><img src><img "
        "src='a%00b'>"
-       "<img src='file://server/x.png'><img src='$*MergeID*$.png'><script src=a.js></script><!--<img src=a.png>-->",
+       "<img src='$*MergeID*$.png'><script src=a.js></script><!--<img src=a.png>-->",
        ""},
       {"<img src='ht\ntp://x/a.png'>", ""},
   };
@@ -47,10 +76,13 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
 }
 
 TEST(LocalPictures, ReplacesAddressesAndNothingElse) {
-  const std::string html = "<a  HREF=x><img src='a.png' alt=\"a.png\"><p style='b:url(b.png)'><img src=c.png>";
+  const std::string html =
+      "<a  HREF=x><img src='a.png' alt=\"a.png\"><p style='b:url(b.png)'><img src=c.png><!--[if mso]>\r\n<v:fill "
+      "SRC = \"d.png\"/>\t<![endif]-->";
   const auto found = FindLocalPictures(html);
-  EXPECT_EQ(RewriteReferences(html, found, {"cid:1@x", "", "cid:3@x"}),
-            "<a  HREF=x><img src='cid:1@x' alt=\"a.png\"><p style='b:url(b.png)'><img src=cid:3@x>");
+  EXPECT_EQ(RewriteReferences(html, found, {"cid:1@x", "", "cid:3@x", "cid:4@x"}),
+            "<a  HREF=x><img src='cid:1@x' alt=\"a.png\"><p style='b:url(b.png)'><img src=cid:3@x><!--[if mso]>\r\n"
+            "<v:fill SRC = \"cid:4@x\"/>\t<![endif]-->");
   EXPECT_EQ(RewriteReferences(html, {}, {}), html);
 }
 

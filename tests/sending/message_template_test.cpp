@@ -133,6 +133,15 @@ TEST_F(Messages, AreWhatTheAccountSays) {
        "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: base64\n\n"
        "RGVhciBKw7xyZ2VuDQo=\n",
        ""},
+      {"text in a set that bodies have to announce",
+       [](Letter& l) {
+         l.document.format = Format::kText;
+         l.options.charset = *mime::FindCharset("iso-2022-kr");
+       },
+       "Bob",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=iso-2022-kr\n"
+       "Content-Transfer-Encoding: quoted-printable\n\n=1B$)CDear=20Bob\n",
+       ""},
       {"text as it stands", text(kNone), ".Bob ",
        "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 7bit\n\nDear .Bob \n",
        ""},

@@ -1,0 +1,231 @@
+"""Sending over SMTP against pooled nodemailer, libcurl and smtp-source, every case in one run.
+
+Each message is composed for its recipient as HTML and text (smtp-source composes nothing). The server is bench_smtp_sink,
+which takes everything and keeps nothing; for the distant line it holds each direction for 20 ms. A rate is messages by
+the time that the sender's process took, start and end included.
+
+  bench/run smtp [--rounds N] [--scale F] [--only WORDS]
+"""
+import argparse
+import json
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import letter
+import postfix
+
+BIN = Path("build/bench/bin")
+PROGRAM = BIN / "quillcast"
+BENCH = Path(__file__).parent
+ONE_CORE = ["taskset", "-c", "0"]
+WITHOUT_CHUNKING = "PIPELINING,8BITMIME,SIZE 0,DSN,ENHANCEDSTATUSCODES"
+WITH_CHUNKING = WITHOUT_CHUNKING + ",CHUNKING"
+ROUND_TRIP = 0.040
+
+
+class Sink:
+    """The server; after `with` its counts are in `told`, a connection each."""
+
+    def __init__(self, offer, pin, hold=0, tls=None):
+        command = [*pin, BIN / "bench_smtp_sink", "--offer", offer, "--hold", str(hold), *(["--tls", *tls] if tls else [])]
+        self.process = subprocess.Popen(list(map(str, command)), stdout=subprocess.PIPE, text=True)
+        self.port = int(self.process.stdout.readline())
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        time.sleep(0.2)
+        self.process.terminate()
+        self.told = [json.loads(line) for line in self.process.communicate()[0].splitlines()]
+
+    def messages(self):
+        return sum(connection["messages"] for connection in self.told)
+
+
+def timed(command, environment=None):
+    """Seconds, processor seconds, peak MiB of one process and its end."""
+    start = time.perf_counter()
+    process = subprocess.Popen(list(map(str, command)), stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, env=environment)
+    words = process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    seconds = time.perf_counter() - start
+    if process.returncode != 0:
+        raise SystemExit(f"{command[0]} failed: {words.decode()[-2000:]}")
+    return {"seconds": seconds, "processor": usage.ru_utime + usage.ru_stime, "mib": usage.ru_maxrss / 1024}
+
+
+class Senders:
+    def __init__(self, folder):
+        self.folder = Path(folder)
+        self.texts = []
+        for name, body in (("letter.txt", letter.SHORT_TEXT), ("letter.html", letter.SHORT_HTML)):
+            (self.folder / name).write_text(body)
+            self.texts.append(self.folder / name)
+        self.attachments = {}
+        self.profiles = {}
+        peers = Path("build/bench/peers")
+        shutil.copytree(BENCH / "peers", peers, dirs_exist_ok=True)
+        subprocess.run(["npm", "ci", "--silent"], cwd=peers, check=True)
+        self.node = dict(os.environ, NODE_PATH=str((peers / "node_modules").resolve()))
+        self.postfix, self.postfix_environment = postfix.unpack(folder)
+        self.certificate = self.folder / "sink.pem", self.folder / "sink.key"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=sink.example", "-addext",
+                        "subjectAltName=IP:127.0.0.1", "-days", "2", "-out", self.certificate[0], "-keyout",
+                        self.certificate[1]], check=True, capture_output=True)
+
+    def attachment(self, kib):
+        if kib not in self.attachments:
+            self.attachments[kib] = self.folder / f"paper-{kib}.bin"
+            self.attachments[kib].write_bytes(os.urandom(kib * 1024))
+        return self.attachments[kib]
+
+    def profile(self, count):
+        """A profile with a group of so many people."""
+        if count not in self.profiles:
+            profile = self.folder / f"profile-{count}"
+            people = self.folder / "people.csv"
+            with people.open("w") as file:
+                for number in range(1, count + 1):
+                    file.write(f"user{number}@example.org,Ada{number % 1000},Lovelace,Köln,Analytical Engines\n")
+            self.quillcast(profile, "account", "set", "Name=Ada", "Email=ada@example.org", "Server=127.0.0.1", "Port=25",
+                           "CharSet=Unicode (UTF-8)")
+            self.quillcast(profile, "group", "new", "All")
+            self.quillcast(profile, "import", people, "--group", "All", "--opt-in", "--map",
+                           "Email Address=1,First Name=2,Last Name=3,City=4,Company=5")
+            self.profiles[count] = profile
+        return self.profiles[count]
+
+    def quillcast(self, profile, *arguments):
+        subprocess.run([PROGRAM, "--profile", profile, "--yes", "--quiet", *map(str, arguments)], check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def ours(self, port, count, pin, pipeline=1, attachment=0, tls=False):
+        profile = self.profile(count)
+        self.quillcast(profile, "account", "set", f"Port={port}", f"Pipeline={pipeline}",
+                       f"Security={'TLS' if tls else 'None'}")
+        extra = ["--attach", self.attachment(attachment)] if attachment else []
+        environment = dict(os.environ, SSL_CERT_FILE=str(self.certificate[0])) if tls else None
+        return timed([*pin, PROGRAM, "--profile", profile, "--yes", "--quiet", "send", "--group", "All", "--subject",
+                      letter.SUBJECT, "--body", self.texts[1], *extra], environment)
+
+    def nodemailer(self, port, count, pin, connections=1, attachment=0):
+        extra = [self.attachment(attachment)] if attachment else []
+        return timed([*pin, "node", BENCH / "smtp_nodemailer.js", port, connections, count, *self.texts, letter.SUBJECT,
+                      *extra], self.node)
+
+    def libcurl(self, port, count, pin):
+        return timed([*pin, BIN / "bench_smtp_curl", f"smtp://127.0.0.1:{port}/", count, *self.texts, letter.SUBJECT])
+
+    def smtp_source(self, port, count, pin):
+        return timed([*pin, Path(self.postfix) / "smtp-source", "-d", "-s", 1, "-m", count, "-l", letter.SHORT_OCTETS, "-f",
+                      "ada@example.org", "-t", "user@example.org", f"127.0.0.1:{port}"], self.postfix_environment)
+
+
+class Case:
+    """One sender against one sink, some rounds; keeps the median rate and the worst of the rest."""
+
+    def __init__(self, rounds, scale):
+        self.rounds, self.scale = rounds, scale
+
+    def run(self, send, count, offer, pin=(), hold=0, tls=None, **options):
+        count = max(10, int(count * self.scale))
+        results = []
+        for _ in range(self.rounds):
+            with Sink(offer, pin, hold, tls) as sink:
+                result = send(sink.port, count, pin, **options, **({"tls": True} if tls else {}))
+            if sink.messages() != count:
+                raise SystemExit(f"the sink was handed {sink.messages()} of {count} messages")
+            result["rate"] = count / result["seconds"]
+            result["processor"] *= 1000 / count
+            result["reads"] = sum(connection["reads"] for connection in sink.told) / count
+            results.append(result)
+        out = {name: statistics.median(result[name] for result in results) for name in ("rate", "processor", "reads")}
+        out["mib"] = max(result["mib"] for result in results)
+        return out
+
+
+def row(words, us, *comparisons):
+    """`comparisons`: (name, their rate, factor to reach)."""
+    parts = []
+    for name, rate, aim in comparisons:
+        ratio = us["rate"] / rate
+        parts.append(f"{ratio:.2f} x {name} ({rate:,.1f}/s), aim {aim:g}{'' if ratio >= aim else ' MISSED'}")
+    print(f"{words}: {us['rate']:,.1f}/s, {us['processor']:.4f} s processor per 1,000, {us['mib']:.0f} MiB, "
+          f"{us['reads']:.2f} reads a message; {'; '.join(parts)}", flush=True)
+
+
+def cases(senders, case):
+    """(name, what to run), in the order of the table of aims."""
+    ours, node = senders.ours, senders.nodemailer
+
+    def loopback(pin, place, factors):
+        def run():
+            plain = case.run(node, 4000, WITHOUT_CHUNKING, pin)["rate"]
+            us = case.run(ours, 40_000, WITHOUT_CHUNKING, pin)
+            curl = [] if not pin else [("libcurl", case.run(senders.libcurl, 8000, WITHOUT_CHUNKING, pin)["rate"], 3)]
+            row(f"loopback, {place}, Pipeline 1", us, ("nodemailer", plain, factors[0]), *curl)
+            row(f"loopback, {place}, Pipeline 1, CHUNKING", case.run(ours, 40_000, WITH_CHUNKING, pin),
+                ("nodemailer", plain, factors[1]))
+        return run
+
+    def attached():
+        plain = case.run(node, 600, WITHOUT_CHUNKING, ONE_CORE, attachment=100)["rate"]
+        for words, offer, aim in (("", WITHOUT_CHUNKING, 25), (", CHUNKING", WITH_CHUNKING, 40)):
+            row(f"loopback, one core, 100 KiB attached, Pipeline 1{words}",
+                case.run(ours, 8000, offer, ONE_CORE, attachment=100), ("nodemailer", plain, aim))
+
+    def lock_step():
+        source = case.run(senders.smtp_source, 20_000, WITHOUT_CHUNKING, ONE_CORE)["rate"]
+        row("loopback, one core, Pipeline 0", case.run(ours, 20_000, WITHOUT_CHUNKING, ONE_CORE, pipeline=0),
+            ("smtp-source, which composes nothing", source, 0.9))
+
+    def distant_lock_step():
+        for words, offer, trips in (("", WITHOUT_CHUNKING, 4), (", CHUNKING", WITH_CHUNKING, 3)):
+            row(f"40 ms, Pipeline 0{words}", case.run(ours, 150, offer, hold=20, pipeline=0),
+                (f"the floor of {trips} round trips", 1 / (trips * ROUND_TRIP), 0.95))
+
+    def distant():
+        one = case.run(node, 150, WITHOUT_CHUNKING, hold=20)["rate"]
+        five = case.run(node, 600, WITHOUT_CHUNKING, hold=20, connections=5)["rate"]
+        row("40 ms, Pipeline 1", case.run(ours, 400, WITHOUT_CHUNKING, hold=20), ("nodemailer", one, 1.9),
+            ("the floor of one round trip", 1 / ROUND_TRIP, 0.95))
+        row("40 ms, Pipeline 1, CHUNKING", case.run(ours, 4000, WITH_CHUNKING, hold=20), ("nodemailer", one, 50),
+            ("nodemailer on five connections", five, 10))
+
+    def encrypted():
+        clear = case.run(ours, 20_000, WITHOUT_CHUNKING, ONE_CORE)["rate"]
+        row("loopback, one core, TLS 1.3, Pipeline 1",
+            case.run(ours, 20_000, WITHOUT_CHUNKING, ONE_CORE, tls=senders.certificate), ("the same in clear", clear, 0.6))
+
+    def memory():
+        for words, count, attachment in (("500 recipients", 500, 0), ("500,000 recipients", 500_000, 0),
+                                         ("20 recipients, 25 MiB attached", 20, 25 * 1024)):
+            row(f"memory, {words}", case.run(ours, count, WITH_CHUNKING, attachment=attachment))
+
+    return {"one core": loopback(ONE_CORE, "one core", (20, 30)), "attachment": attached,
+            "free": loopback((), "free placement", (8, 16)), "lock-step": lock_step, "distant lock-step": distant_lock_step,
+            "distant": distant, "tls": encrypted, "memory": memory}
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--scale", type=float, default=1.0, help="of the number of messages")
+    parser.add_argument("--only", default="", help="cases whose name holds this")
+    arguments = parser.parse_args()
+    with tempfile.TemporaryDirectory() as folder:
+        for name, run in cases(Senders(folder), Case(arguments.rounds, arguments.scale)).items():
+            if arguments.only in name:
+                run()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

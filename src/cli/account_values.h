@@ -1,0 +1,29 @@
+// KEY=VALUE arguments of the account commands: to be saved, or only to be tried.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/context.h"
+#include "sending/account_settings.h"
+
+namespace quillcast::cli {
+
+struct AccountValueOptions {
+  std::vector<std::string> assignments;
+  std::string password_file;
+};
+
+void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options);
+
+struct GivenAccount {
+  sending::AccountSettings account;  // what is stored, with the given values in place
+  std::vector<sending::AccountKey> given;
+};
+
+// Fails with kUsage for an unknown key or a value that is none of its choices. The password comes from the file, or is
+// asked for where sign-in needs one and none is known.
+Result<GivenAccount> AccountWith(const AccountValueOptions& options, const app::SettingsStore& settings,
+                                 const Context& context);
+
+}  // namespace quillcast::cli

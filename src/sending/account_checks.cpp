@@ -1,0 +1,74 @@
+#include "sending/account_checks.h"
+
+#include <array>
+
+#include "platform/text.h"
+#include "recipients/check_email.h"
+
+namespace quillcast::sending {
+namespace {
+
+using enum AccountKey;
+
+// The pages of the account dialog.
+constexpr const char* kGeneralPage = "General";
+constexpr const char* kMethodPage = "Method";
+constexpr const char* kMessagePage = "Message";
+
+bool IsBetween(std::string_view text, std::int64_t low, std::int64_t high) {
+  return WholeNumberBetween(text, low, high).has_value();
+}
+
+struct AccountCheck {
+  bool (*passes)(const AccountSettings&);
+  const char* message;
+  AccountKey key;
+  const char* page;
+  const char* control = nullptr;  // where it is not the key's own
+};
+
+// In their order. The refusal of the sender's address has no message; deliberate.
+constexpr auto kChecks = std::to_array<AccountCheck>({
+    {[](const AccountSettings& a) { return !a[kName].empty(); }, "Please enter your name.", kName, kGeneralPage},
+    {[](const AccountSettings& a) { return recipients::CheckEmail(a[kEmail]); }, "", kEmail, kGeneralPage},
+    {[](const AccountSettings& a) { return !a[kServer].empty(); }, "Please enter your mail server.", kServer,
+     kGeneralPage},
+    {[](const AccountSettings& a) { return !a[kPort].empty(); }, "Please enter your port.", kPort, kGeneralPage},
+    {[](const AccountSettings& a) { return IsBetween(a[kPort], 1, 65535); }, "Please enter a valid port.", kPort,
+     kGeneralPage},
+    {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kUsername].empty(); }, "You must enter the username.",
+     kUsername, kGeneralPage},
+    {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kPassword].empty(); }, "You must enter the password.",
+     kPassword, kGeneralPage},
+    {[](const AccountSettings& a) { return !a[kTimeout].empty(); }, "Please enter your timeout.", kTimeout,
+     kGeneralPage},
+    {[](const AccountSettings& a) { return IsBetween(a[kTimeout], 1, 10); }, "Please enter a valid timeout.", kTimeout,
+     kGeneralPage},
+    {[](const AccountSettings& a) { return a[kMethod] != "Bulk" || !a[kBccField].empty(); },
+     "You must enter the BCC Field.", kBccField, kMethodPage},
+    {[](const AccountSettings& a) { return a[kMethod] != "Third" || !a[kThirdPath].empty(); },
+     "You must enter the queue directory.", kThirdPath, kMethodPage, "ThirdCommandButton"},
+    {[](const AccountSettings& a) { return !a[kWrap].empty(); }, "Please enter your wrap characters.", kWrap,
+     kMessagePage},
+    {[](const AccountSettings& a) { return IsBetween(a[kWrap], 32, 128); }, "Please enter a valid wrap characters.",
+     kWrap, kMessagePage},
+});
+
+}  // namespace
+
+std::optional<Complaint> CheckAccount(const AccountSettings& account) {
+  for (const auto& check : kChecks) {
+    if (check.passes(account)) continue;
+    const char* control = check.control;
+    return Complaint{check.message, control != nullptr ? control : std::string(RowOf(check.key).control), check.page};
+  }
+  return {};
+}
+
+std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64_t low, std::int64_t high) {
+  if (platform::Trim(text) != text) return {};
+  const auto number = platform::ParseWholeNumber(text);
+  return number && *number >= low && *number <= high ? number : std::nullopt;
+}
+
+}  // namespace quillcast::sending

@@ -1,0 +1,93 @@
+"""The account from the command line: values are tried without being saved, notes tell what the dialog would do."""
+import json
+import socket
+import threading
+import unittest
+
+from quillcast import Case
+
+
+def serve(replies):
+    """A server for one client that gives these replies, one to each line after the greeting, then hangs up."""
+    listener = socket.create_server(("127.0.0.1", 0))
+
+    def run():
+        with listener, listener.accept()[0] as client, client.makefile("rb") as lines:
+            for reply in replies:
+                client.sendall(reply.encode() + b"\r\n")
+                lines.readline()
+    thread = threading.Thread(target=run, daemon=True)
+    thread.start()
+    return listener.getsockname()[1]
+
+
+class Account(Case):
+    def test_values_are_tried_without_being_saved(self):
+        box = self.mailbox("--auth", "ada", "--password-file", self.write("server", "right-7"))
+        self.account(1)
+        before = self.ok("account", "show")
+        right, wrong = self.write("right", "right-7"), self.write("wrong", "wrong-7")
+        signed = (f"Port={box.port}", "Auth=1", "Username=ada", "NoAuth=1", "Extended=1", "Timeout=2", "--password-file")
+        for arguments, exit_code, code, words in (
+                ((), 69, 9, "Error 9: There was an error connecting"),
+                ((*signed, right), 0, 0, ""),
+                ((*signed, wrong), 69, 24, "Error 24: ESMTP Authentication failed."),
+                (("Server=",), 78, 15, "Error 15: No mail server specified."),
+                ((f"Port={serve(['220 x ESMTP', '250 x'])}",), 69, 6, "Error 6: Unknown Error."),
+                ((f"Port={serve(['554 go away'])}",), 69, 5, "The server said: 554 go away")):
+            with self.subTest(arguments=arguments):
+                got, out, err = self.run_program("--json", "account", "test", *arguments)
+                self.assertEqual(got, exit_code, out + err)
+                told = json.loads(out)
+                self.assertEqual(told["code"], code)
+                self.assertIn(words, err)
+                self.assertNotIn("-7", out + err)
+                if code == 0:
+                    self.assertEqual(told["text"], "Your SMTP settings appear to be functioning correctly.")
+                    self.assertEqual((told["given"]["options"], told["given"]["timeout"]), (272, 120))
+        self.assertEqual(self.ok("account", "show"), before)
+        for wrong in ("Port=0", "AuthMode=PLAIN", "Password=x"):
+            self.assertEqual(self.run_program("account", "test", wrong)[0], 64)
+
+    def test_what_is_stored_is_shown_and_told(self):
+        long, odd = "n" * 10_000, "A\tda \"é\" \x1b[31m\u2028"
+        self.account(25, f"Name={odd}", f"Username={long}", "Auth=1", "--password-file", self.write("p", "geheim-7\n"))
+        shown = json.loads(self.ok("--json", "account", "show"))
+        self.assertEqual((shown["Name"], shown["Username"], shown["Password"]), (odd, long, "********"))
+        self.assertNotIn("\x1b", self.ok("account", "show"))
+        out = self.run_program("account", "set", "Auth=0", "Pipeline=1", "BCCField=x")
+        self.assertEqual(out[0], 0)
+        self.assertIn("Without Auth=1 the account dialog will set back: Username, Password, Pipeline.", out[2])
+        self.assertIn("Without Method=Bulk the account dialog will keep but not offer: BCCField.", out[2])
+        for method, text in (("Bulk", "Bulk Sending"), ("Third", "3rd Party Sending")):
+            told = json.loads(self.ok("--json", "account", "set", f"Method={method}", "ThirdPath=/q/", "Name=Ada"))
+            self.assertEqual((told["from"], told["method"]), ("Ada <ada@sender.example>", text))
+        self.assertEqual(self.run_program("account", "reset")[0], 77)
+        told = json.loads(self.ok("--json", "--yes", "account", "reset"))
+        self.assertEqual((told["from"], told["method"]), ("", "Personal"))
+
+    def test_threads(self):
+        self.assertEqual(self.ok("account", "threads"), "SMTP-Thread=Second\nPOP3-Thread=Second\nIMAP4-Thread=Second\n")
+        self.ok("account", "threads", "--smtp", "No", "--imap4", "Single")
+        self.assertIn("SMTP-Thread=No\nPOP3-Thread=Second\nIMAP4-Thread=Single\n", self.ok("account", "show"))
+        self.assertEqual(self.run_program("account", "threads", "--smtp", "no")[0], 64)
+        self.ok("--yes", "account", "reset")
+        self.assertIn("SMTP-Thread=No\n", self.ok("account", "show"), "they are no part of the account")
+
+
+class Properties(Case):
+    def test_a_file_is_told_of(self):
+        page = self.write("page.html", b'\xff\xfe' + '<title>Spring\n &amp; sun</title><p lang="EN-US" dir="rtl">utf-8'.encode("utf-16-le"))
+        self.assertEqual(self.ok("properties", page), f"Location: {page}\nTitle: Spring & sun\nDirection: Right to Left\n"
+                         "Language: English (United States)\nCharacter set: Unicode (UTF-8)\n")
+        self.assertEqual(json.loads(self.ok("--json", "properties", self.write("empty.txt", ""))), {
+            "location": str(self.folder / "empty.txt"), "title": "Not Available", "direction": "None", "language": "None",
+            "charset": "None"})
+        for name in ("nosuch.html", self.folder):
+            code, out, err = self.run_program("properties", name)
+            self.assertEqual((code, out), (66, ""))
+            self.assertIn(str(name), err)
+
+
+if __name__ == "__main__":
+    unittest.main()
