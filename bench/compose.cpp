@@ -1,4 +1,5 @@
-// Composes messages for N recipients, complete wire bytes, and hashes them: bench_compose N HTML_FILE.
+// Composes messages for N recipients, complete wire bytes, and hashes them:
+// bench_compose N HTML_FILE [none|base64|wrapped|boundary].
 #include <fmt/format.h>
 #include <openssl/evp.h>
 #include <sys/resource.h>
@@ -43,6 +44,11 @@ int main(int argc, char** argv) {
   sending::MessageOptions options;
   options.sender_name = "Ada";
   options.sender_address = "ada@example.org";
+  const std::string_view how = argc > 3 ? argv[3] : "";
+  if (how == "none" || how == "wrapped") options.body_encoding = sending::TransferEncoding::kNone;
+  if (how == "base64") options.body_encoding = sending::TransferEncoding::kBase64;
+  if (how == "wrapped") options.wrap = 76;
+  options.own_boundary_prefix = how == "boundary";
   const platform::SystemClock clock;
   platform::SystemEntropy entropy;
 

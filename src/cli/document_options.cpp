@@ -71,13 +71,11 @@ Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, co
   return document;
 }
 
-Result<sending::AccountSettings> ServedAccount(const app::SettingsStore& settings) {
-  auto account = sending::AccountSettings::Load(settings);
-  if (!account) return account;
-  const auto encoding = settings.Read("Advanced", "Encoding", "MIME");
-  if (!encoding) return encoding.error();
-  if (auto unserved = sending::UnservedSetting(*account, *encoding)) return *unserved;
-  return account;
+Result<sending::MessageOptions> MessageOptionsFrom(const app::Folders& folders,
+                                                   const sending::AccountSettings& account) {
+  const auto format = app::SettingsStore(folders.settings).Read("Advanced", "Encoding", "MIME");
+  if (!format) return format.error();
+  return sending::MessageOptionsOf(account, *format);
 }
 
 }  // namespace quillcast::cli

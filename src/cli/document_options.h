@@ -7,6 +7,7 @@
 #include "cli/context.h"
 #include "compose/message_document.h"
 #include "sending/account_settings.h"
+#include "sending/message_options.h"
 
 namespace quillcast::cli {
 
@@ -26,7 +27,8 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
 Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
                                               platform::Prompts& prompts);
 
-// The account, ready for composing: every setting that it has is served by this version.
-Result<sending::AccountSettings> ServedAccount(const app::SettingsStore& settings);
+// What the account and the body format of the advanced settings contribute to a message.
+Result<sending::MessageOptions> MessageOptionsFrom(const app::Folders& folders,
+                                                   const sending::AccountSettings& account);
 
 }  // namespace quillcast::cli

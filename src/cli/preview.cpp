@@ -24,16 +24,14 @@ compose::MergeValues TagsAsValues() {
 
 Result<std::filesystem::path> WritePreview(const app::Folders& folders, const compose::MessageDocument& document,
                                            const sending::AccountSettings& account, Context& context) {
-  auto options = sending::MessageOptionsOf(account);
+  auto options = MessageOptionsFrom(folders, account);
   if (!options) return options.error();
   options->name_field = 0;
   const std::string address = options->sender_address;
   const sending::MessageTemplate message(document, std::move(*options), folders.temporary, context.clock,
                                          context.entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
-  for (const auto& picture : message.missing_pictures()) {
-    context.output.Note(fmt::format("The picture {} is missing or is no picture.", picture));
-  }
+  for (const auto& trouble : message.picture_troubles()) context.output.Note(sending::Describe(trouble));
   if (document.format == compose::Format::kHtml) {
     const auto body = platform::ReplaceFile(folders.PreviewBody(), document.html);
     if (!body) return body.error();
@@ -51,7 +49,7 @@ int RunPreview(Context& context, const PreviewOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   const app::SettingsStore settings(folders->settings);
-  const auto account = ServedAccount(settings);
+  const auto account = sending::AccountSettings::Load(settings);
   if (!account) return context.output.Fail(account.error());
   const auto document = DocumentFrom(options.document, settings, context.prompts);
   if (!document) return context.output.Fail(document.error());

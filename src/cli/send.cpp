@@ -168,7 +168,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!range) return context.output.Fail(range.error());
   if (const int refused = AskBeforeSending(context, *mailing)) return refused;
 
-  auto message_options = sending::MessageOptionsOf(mailing->account);
+  auto message_options = MessageOptionsFrom(mailing->folders, mailing->account);
   if (!message_options) return context.output.Fail(message_options.error());
   const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);

@@ -74,7 +74,7 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
   auto folders = context.PreparedFolders();
   if (!folders) return folders.error();
   const app::SettingsStore settings(folders->settings);
-  auto account = ServedAccount(settings);
+  auto account = sending::AccountSettings::Load(settings);
   if (!account) return account.error();
   auto document = DocumentFrom(options, settings, context.prompts);
   if (!document) return document.error();

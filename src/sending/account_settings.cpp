@@ -1,7 +1,5 @@
 #include "sending/account_settings.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 #include "compose/charset_table.h"
@@ -76,23 +74,6 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 
-// What each key can be in this version, where that is less than its choices.
-struct Served {
-  AccountKey key;
-  bool (*served)(const AccountSettings&);
-  const char* choose;
-};
-constexpr auto kServed = std::to_array<Served>({
-    {kCharSet,
-     [](const AccountSettings& a) {
-       return a[kCharSet] == "Unicode (UTF-8)" || a[kCharSet] == "Western European (Windows)";
-     },
-     "\"Unicode (UTF-8)\" or \"Western European (Windows)\""},
-    {kEncoding, [](const AccountSettings& a) { return a[kEncoding] == "Quoted Printable"; }, "\"Quoted Printable\""},
-    {kAttachmentEncoding, [](const AccountSettings& a) { return a[kAttachmentEncoding] == "Base 64"; }, "\"Base 64\""},
-    {kBoundary, [](const AccountSettings& a) { return !a.IsOn(kBoundary); }, "\"0\""},
-});
-
 }  // namespace
 
 std::span<const AccountKeyRow> AccountKeyRows() { return kRows; }
@@ -127,23 +108,6 @@ Result<void> AccountSettings::Save(app::SettingsStore& store) const {
 
 int AccountSettings::TimeoutSeconds() const {
   return static_cast<int>(WholeNumberBetween((*this)[kTimeout], 1, 10).value_or(1)) * 60;
-}
-
-std::optional<Error> UnservedSetting(const AccountSettings& account, std::string_view advanced_encoding) {
-  for (const auto& row : kServed) {
-    if (row.served(account)) continue;
-    const auto name = RowOf(row.key).name;
-    return Error{Failure::kNotConfigured,
-                 fmt::format("The account's {} is \"{}\", which this version does not serve yet.", name,
-                             platform::Printable(account[row.key], 80)),
-                 fmt::format("Set it to {}: quillcast account set {}=...", row.choose, name)};
-  }
-  if (advanced_encoding == "Plain") {
-    return Error{Failure::kNotConfigured,
-                 "The setting Encoding of the section Advanced is \"Plain\", which this version does not serve yet.",
-                 "Set it to \"MIME\"."};
-  }
-  return {};
 }
 
 }  // namespace quillcast::sending

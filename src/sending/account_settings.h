@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -78,8 +77,5 @@ class AccountSettings {
  private:
   std::array<std::string, static_cast<std::size_t>(AccountKey::kCount)> values_;
 };
-
-// A value that this version does not serve yet, in words; a run refuses to start with it rather than ignore it.
-std::optional<Error> UnservedSetting(const AccountSettings& account, std::string_view advanced_encoding);
 
 }  // namespace quillcast::sending

@@ -1,8 +1,6 @@
 #include "sending/merged_body.h"
 
 #include "mime/header_text.h"
-#include "mime/quoted_printable.h"
-#include "platform/text.h"
 
 namespace quillcast::sending {
 namespace {
@@ -12,85 +10,109 @@ std::string Ended(std::string text) {
   return text;
 }
 
+// The pieces from `first` on, made quoted-printable.
+void EncodePieces(RenderedPieces& out, std::size_t first) {
+  std::string bytes;
+  for (std::size_t i = first; i < out.count(); ++i) bytes += out.At(i);
+  out.CutBack(first);
+  QuotedPrintableStream stream;
+  stream.Add(bytes, out);
+  stream.Finish(out);
+}
+
 }  // namespace
 
-void RenderedPieces::Clear() {
-  personal_.clear();
-  pieces_.clear();
-  taken_ = 0;
-  size_ = 0;
-}
-
-void RenderedPieces::AddShared(std::string_view bytes) {
-  if (bytes.empty()) return;
-  pieces_.push_back({bytes.data(), 0, bytes.size()});
-  size_ += bytes.size();
-}
-
-void RenderedPieces::EndPersonal() {
-  const std::size_t length = personal_.size() - taken_;
-  if (length == 0) return;
-  pieces_.push_back({nullptr, taken_, length});
-  taken_ = personal_.size();
-  size_ += length;
-}
-
-std::string_view RenderedPieces::At(std::size_t index) const {
-  const Piece& piece = pieces_[index];
-  return {piece.shared != nullptr ? piece.shared : personal_.data() + piece.offset, piece.length};
-}
-
-MergedBody::MergedBody(std::string text, mime::Charset charset, mime::Unmapped unmapped)
-    : source_(Ended(std::move(text))), charset_(charset), unmapped_(unmapped) {
+MergedBody::MergedBody(std::string text, const BodyStyle& style) : source_(Ended(std::move(text))), style_(style) {
   for (const auto& piece : source_.pieces()) {
-    EncodedPiece encoded{.bytes = {}, .end_column = 0, .begins_with_break = false, .field = piece.field};
-    AppendEncoded(encoded.bytes, piece.literal, encoded.end_column);
-    encoded.begins_with_break = encoded.bytes.starts_with("\r\n");
-    holds_text_ = holds_text_ && mime::CanEncode(charset_, piece.literal);
-    pieces_.push_back(std::move(encoded));
+    holds_text_ = holds_text_ && mime::CanEncode(style_.charset, piece.literal);
   }
+  if (style_.encoding == TransferEncoding::kBase64) {
+    compiled_ = Compile<Base64Stream>();
+  } else if (style_.encoding == TransferEncoding::kNone) {
+    MergedLines lines(source_, style_);
+    if (NeverFits(lines)) {
+      compiled_ = Compile<QuotedPrintableStream>();
+    } else {
+      compiled_ = std::move(lines);
+    }
+  } else {
+    compiled_ = Compile<QuotedPrintableStream>();
+  }
+}
+
+// Lines that are too long without values stay so with them. Wrapped bodies are encoded, where they must be, as they
+// were wrapped.
+bool MergedBody::NeverFits(const MergedLines& lines) const {
+  if (style_.wrap > 0 || style_.is_bare) return false;
+  RenderedPieces pieces;
+  return !lines.Render({}, pieces).Fits();
+}
+
+template <typename Stream>
+MergedBody::Encoded<Stream> MergedBody::Compile() {
+  Encoded<Stream> encoded;
+  const auto& pieces = source_.pieces();
+  if (pieces.front().field >= 0) encoded.pieces.push_back({Stream::Prepare(style_.start, true), -1});
+  for (const auto& piece : pieces) {
+    const bool is_first = encoded.pieces.empty();
+    std::string bytes(is_first ? style_.start : std::string_view());
+    bytes += style_.InCharset(piece.literal);
+    encoded.pieces.push_back({Stream::Prepare(bytes, is_first), piece.field});
+  }
+  return encoded;
 }
 
 bool MergedBody::CanHold(const compose::MergeValues& values) const {
   if (!holds_text_) return false;
   const bool values_may_hold_tags = !source_.OnePassHolds(values);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if ((source_.used()[i] || values_may_hold_tags) && !mime::CanEncode(charset_, values[i])) return false;
+    if ((source_.used()[i] || values_may_hold_tags) && !mime::CanEncode(style_.charset, values[i])) return false;
   }
   return true;
 }
 
-// A value begins where the literal before it ended. A literal was encoded as the beginning of a line, so a soft break
-// goes before it unless it begins with a line end of its own.
-bool MergedBody::Render(const compose::MergeValues& values, RenderedPieces& out) const {
-  std::size_t column = 0;
+std::optional<WireForm> MergedBody::Render(const compose::MergeValues& values, RenderedPieces& out) const {
+  std::optional<std::string> merged;
   if (!source_.OnePassHolds(values)) {
-    const auto merged = compose::ReplaceMergeFields(source_.text(), values);
-    if (!merged) return false;
-    AppendEncoded(out.personal(), *merged, column);
-    out.EndPersonal();
-    return true;
+    merged = compose::ReplaceMergeFields(source_.text(), values);
+    if (!merged) return {};
   }
-  for (const EncodedPiece& piece : pieces_) {
-    if (piece.field >= 0) {
-      AppendEncoded(out.personal(), values[static_cast<std::size_t>(piece.field)], column);
-      continue;
-    }
-    if (column > 0 && !piece.begins_with_break) mime::AppendSoftBreak(out.personal(), column);
-    out.EndPersonal();
-    out.AddShared(piece.bytes);
-    column = piece.end_column;
+  const std::string* const whole = merged ? &*merged : nullptr;
+  if (std::holds_alternative<MergedLines>(compiled_)) return WriteLines(values, whole, out);
+  if (const auto* base64 = std::get_if<Base64>(&compiled_)) {
+    Write(*base64, values, whole, out);
+    return WireForm::kBase64;
   }
-  out.EndPersonal();
-  return true;
+  Write(std::get<QuotedPrintable>(compiled_), values, whole, out);
+  return WireForm::kQuotedPrintable;
 }
 
-void MergedBody::AppendEncoded(std::string& out, std::string_view text, std::size_t& column) const {
-  std::string with_crlf;
-  if (text.find('\n') != std::string_view::npos) text = with_crlf = platform::ReplaceAll(text, "\n", "\r\n");
-  std::string in_charset;
-  charset_.Encode(text, in_charset, nullptr, unmapped_);
-  mime::AppendQuotedPrintable(out, in_charset, column, false);
+template <typename Stream>
+void MergedBody::Write(const Encoded<Stream>& encoded, const compose::MergeValues& values, const std::string* merged,
+                       RenderedPieces& out) const {
+  Stream stream;
+  if (merged != nullptr) {
+    stream.Add(std::string(style_.start) + style_.InCharset(*merged), out);
+  } else {
+    for (const auto& piece : encoded.pieces) {
+      if (piece.field < 0) {
+        stream.AddLiteral(piece.literal, out);
+      } else {
+        stream.Add(style_.InCharset(values[static_cast<std::size_t>(piece.field)]), out);
+      }
+    }
+  }
+  stream.Finish(out);
+}
+
+WireForm MergedBody::WriteLines(const compose::MergeValues& values, const std::string* merged,
+                                RenderedPieces& out) const {
+  const auto& lines = std::get<MergedLines>(compiled_);
+  const std::size_t first = out.count();
+  const WireText look = merged != nullptr ? lines.RenderMerged(*merged, out) : lines.Render(values, out);
+  if (look.Fits() || style_.is_bare) return look.eight_bit() ? WireForm::kEightBit : WireForm::kSevenBit;
+  EncodePieces(out, first);
+  return WireForm::kQuotedPrintable;
 }
 
 }  // namespace quillcast::sending

@@ -60,13 +60,20 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   return server;
 }
 
+// A stored width that the account dialog would not take counts as its default.
+std::size_t WrapOf(const AccountSettings& account) {
+  if (!account.IsOn(kAutoWrap)) return 0;
+  const auto columns = platform::ParseWholeNumber(account[kWrap]);
+  return columns && *columns >= 32 && *columns <= 128 ? static_cast<std::size_t>(*columns) : 76;
+}
+
 }  // namespace
 
 std::string MailerName() {
   return fmt::format("Tarnwick Quillcast Classic {}.{}", app::kVersionMajor, app::kVersionMinor);
 }
 
-Result<MessageOptions> MessageOptionsOf(const AccountSettings& account) {
+Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::string_view body_format) {
   const auto charset = mime::FindCharset(compose::MimeNameOf(account[kCharSet]));
   if (!charset) {
     return Error{Failure::kNotConfigured,
@@ -80,6 +87,10 @@ Result<MessageOptions> MessageOptionsOf(const AccountSettings& account) {
   if (!name_field) return name_field.error();
   const auto header_encoding = ChosenEnum<mime::HeaderEncoding>(account, kHeaderEncoding);
   if (!header_encoding) return header_encoding.error();
+  const auto body_encoding = ChosenEnum<TransferEncoding>(account, kEncoding);
+  if (!body_encoding) return body_encoding.error();
+  const auto attachment_encoding = ChosenEnum<TransferEncoding>(account, kAttachmentEncoding);
+  if (!attachment_encoding) return attachment_encoding.error();
   const auto notify = ChosenEnum<smtp::DsnNotify>(account, kDsnNotify);
   if (!notify) return notify.error();
   const auto dsn_return = ChosenEnum<smtp::DsnReturn>(account, kDsnReturn);
@@ -89,6 +100,11 @@ Result<MessageOptions> MessageOptionsOf(const AccountSettings& account) {
                         .name_field = *name_field,
                         .charset = *charset,
                         .header_encoding = *header_encoding,
+                        .body_encoding = *body_encoding,
+                        .attachment_encoding = *attachment_encoding,
+                        .wrap = *body_encoding == TransferEncoding::kNone ? WrapOf(account) : 0,
+                        .own_boundary_prefix = platform::ParseWholeNumber(account[kBoundary]) == 1,
+                        .is_bare = body_format == "Plain",
                         .text_part = account.IsOn(kTextPart),
                         .notify = *notify,
                         .dsn_return = *dsn_return};

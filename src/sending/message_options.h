@@ -8,6 +8,7 @@
 #include "mime/header_text.h"
 #include "platform/result.h"
 #include "sending/account_settings.h"
+#include "sending/transfer_encoding.h"
 #include "smtp/client.h"
 #include "smtp/envelope.h"
 
@@ -19,13 +20,19 @@ struct MessageOptions {
   std::size_t name_field = 0;  // whose value becomes the recipient's display name; 0, the address, for none
   mime::Charset charset = mime::Charset::Utf8();
   mime::HeaderEncoding header_encoding = mime::HeaderEncoding::kNone;
+  TransferEncoding body_encoding = TransferEncoding::kQuotedPrintable;
+  TransferEncoding attachment_encoding = TransferEncoding::kBase64;
+  std::size_t wrap = 0;              // the columns at which lines of a body under kNone are wrapped; 0 for not at all
+  bool own_boundary_prefix = false;  // a fresh prefix for the boundaries of each message
+  bool is_bare = false;              // no MIME, and text only
   bool text_part = true;
   smtp::DsnNotify notify = smtp::DsnNotify::kNone;
   smtp::DsnReturn dsn_return = smtp::DsnReturn::kNone;
 };
 
+// `body_format` is the setting Encoding of the section Advanced: "Plain" sends text without MIME, anything else MIME.
 // Fails with kNotConfigured for a value that cannot be used, naming it.
-Result<MessageOptions> MessageOptionsOf(const AccountSettings& account);
+Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::string_view body_format);
 
 // The connection that the account describes. "host", "host:port" and "[v6]:port" are understood in the server list;
 // blanks round entries and empty entries are passed over.

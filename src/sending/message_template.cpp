@@ -1,12 +1,12 @@
 #include "sending/message_template.h"
 
-#include <fmt/format.h>
+#include <unistd.h>
 
-#include "compose/merge_fields.h"
+#include <cerrno>
+
 #include "mime/header_text.h"
 #include "mime/media_type.h"
-#include "platform/text.h"
-#include "platform/utf8.h"
+#include "sending/boundary_prefix.h"
 
 namespace quillcast::sending {
 namespace {
@@ -14,44 +14,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLookedAt = 512;
-constexpr std::size_t kLongestSubject = std::size_t{1024} * 1024;
-constexpr const char* kQuotedPrintable = "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
-
-// Line ends as "\n", no NUL, well-formed UTF-8: the shape in which values are merged too.
-std::string ForMerging(std::string_view text) {
-  recipients::Recipient carrier;
-  carrier.values[0] = text;
-  std::array<std::string, compose::kMergeFields.size()> changed;
-  return std::string(compose::ValuesForMerge(carrier, changed)[0]);
-}
-
-std::string PartHeader(std::string_view type, mime::Charset charset) {
-  return fmt::format("Content-Type: text/{}; charset={}\r\n{}", type, charset.MimeName(), kQuotedPrintable);
-}
-
-std::string MultipartHeader(std::string_view type, std::string_view boundary) {
-  return fmt::format("Content-Type: multipart/{}; boundary=\"{}\"\r\n\r\n--{}\r\n", type, boundary, boundary);
-}
-
-std::string_view PriorityValue(compose::Priority priority) {
-  switch (priority) {
-    case compose::Priority::kLow:
-      return "5";
-    case compose::Priority::kNormal:
-      return "3";
-    case compose::Priority::kHigh:
-      return "1";
-  }
-  return "3";
-}
-
-// UTF-8 where the account's set cannot hold the text.
-mime::Charset CharsetFor(std::string_view text, mime::Charset wanted) {
-  return mime::CanEncode(wanted, text) ? wanted : mime::Charset::Utf8();
-}
 
 struct OpenAttachment {
-  fs::path file;
   platform::UniqueFd fd;
   std::string media_type;
 };
@@ -64,137 +28,84 @@ Result<OpenAttachment> OpenForAttaching(const fs::path& file) {
   if (!got) return got.error();
   if (::lseek(fd->get(), 0, SEEK_SET) != 0) return platform::SystemError("read", file, errno);
   std::string type(mime::MediaTypeOf(file.filename().string(), std::string_view(start, *got)));
-  return OpenAttachment{file, std::move(*fd), std::move(type)};
+  return OpenAttachment{std::move(*fd), std::move(type)};
 }
-
-// The headers of a base64 part made from a file, and the empty line behind them. `content_id` may be empty.
-std::string FilePartHeader(std::string_view media_type, std::string_view disposition, const fs::path& file,
-                           std::string_view content_id) {
-  const std::string name = file.filename().string();
-  std::string header = fmt::format("Content-Type: {}", media_type);
-  mime::AppendNameParameter(header, name);
-  header += "\r\nContent-Transfer-Encoding: base64\r\n";
-  if (!content_id.empty()) header += fmt::format("Content-ID: <{}>\r\n", content_id);
-  header += fmt::format("Content-Disposition: {}", disposition);
-  mime::AppendParameter(header, "filename", name);
-  header += "\r\n\r\n";
-  return header;
-}
-
-// The lines between parts. A body is ended by a line end that belongs to the boundary after it; encoded files end
-// theirs themselves.
-class Delimiters {
- public:
-  std::string Next(std::string_view boundary) { return Line(boundary, ""); }
-  std::string Close(std::string_view boundary) { return Line(boundary, "--"); }
-
- private:
-  std::string Line(std::string_view boundary, std::string_view end) {
-    const char* line_end = after_body_ ? "\r\n" : "";
-    after_body_ = false;
-    return fmt::format("{}--{}{}\r\n", line_end, boundary, end);
-  }
-  bool after_body_ = true;
-};
 
 }  // namespace
-
-void RenderedMessage::Begin(const SharedTail& tail) {
-  envelope = {};
-  subject_not_encoded = false;
-  pieces.Clear();
-  tail_ = &tail;
-  Rewind();
-}
-
-Result<std::string_view> RenderedMessage::Next() {
-  if (next_piece_ < pieces.count()) return pieces.At(next_piece_++);
-  auto bytes = tail_->ReadAt(tail_offset_, buffer_);
-  if (bytes) tail_offset_ += bytes->size();
-  return bytes;
-}
-
-void RenderedMessage::Rewind() {
-  next_piece_ = 0;
-  tail_offset_ = 0;
-}
-
-Result<void> WriteMessage(RenderedMessage& message, int fd, const fs::path& file) {
-  message.Rewind();
-  for (;;) {
-    const auto bytes = message.Next();
-    if (!bytes) return bytes.error();
-    if (bytes->empty()) break;
-    auto written = platform::WriteAll(fd, file, *bytes);
-    if (!written) return written;
-  }
-  message.Rewind();
-  return {};
-}
 
 MessageTemplate::MessageTemplate(const compose::MessageDocument& document, MessageOptions options,
                                  const fs::path& scratch_folder, const platform::Clock& clock,
                                  platform::Entropy& entropy)
     : options_(std::move(options)),
       clock_(clock),
-      run_id_(entropy.Next()),
-      id_domain_(options_.sender_address.substr(options_.sender_address.find('@') + 1)),
-      subject_(ForMerging(document.subject)),
-      tail_(scratch_folder) {
-  CompileHeaders(document);
+      headers_(document, options_, entropy.Next()),
+      layout_(options_.own_boundary_prefix),
+      files_(scratch_folder) {
   RelatedPictures related;
-  if (document.format == compose::Format::kHtml) {
-    related = TakePictures(document.html, document.base_folder, fmt::format("{:016x}@{}", run_id_, id_domain_));
-    html_.emplace(ForMerging(related.html), options_.charset, mime::Unmapped::kHtmlReference);
+  if (document.format == compose::Format::kHtml && !options_.is_bare) {
+    related = TakePictures(document.html, document.base_folder, headers_.ContentIdSuffix());
+    html_ = TextPart{TextPartHeaders("html", options_.charset),
+                     MergedBody(ForMerging(related.html), StyleOf(options_.charset, true))};
   }
   if (!html_ || options_.text_part) CompileText(ForMerging(document.PlainText()));
-  missing_pictures_ = std::move(related.missing);
-  CompileParts(related.pictures, document.attachments.paths(), entropy);
-}
-
-void MessageTemplate::CompileHeaders(const compose::MessageDocument& document) {
-  mime::AppendMailbox(from_header_, "From", options_.sender_name, options_.sender_address,
-                      CharsetFor(options_.sender_name, options_.charset), options_.header_encoding);
-  std::string& out = other_headers_;
-  out = fmt::format("X-Mailer: {}\r\nX-Priority: {}\r\n", MailerName(), PriorityValue(document.priority));
-  if (document.read_receipt) {
-    mime::AppendMailbox(out, "Disposition-Notification-To", "", options_.sender_address, options_.charset,
-                        options_.header_encoding);
+  picture_troubles_ = std::move(related.troubles);
+  if (options_.is_bare) {
+    CompileBare(document.attachments.paths());
+  } else {
+    CompileParts(related.pictures, document.attachments.paths(), entropy);
   }
 }
 
-void MessageTemplate::CompileText(std::string text) {
+BodyStyle MessageTemplate::StyleOf(mime::Charset charset, bool is_html) const {
+  return {.charset = charset,
+          .unmapped = is_html ? mime::Unmapped::kHtmlReference : mime::Unmapped::kQuestionMark,
+          .start = charset.BodyPrefix(),
+          .encoding = options_.is_bare ? TransferEncoding::kNone : options_.body_encoding,
+          .wrap = options_.wrap,
+          .is_html = is_html,
+          .is_bare = options_.is_bare};
+}
+
+void MessageTemplate::CompileText(const std::string& text) {
   const auto add = [&](mime::Charset charset) {
-    text_.push_back({PartHeader("plain", charset), MergedBody(text, charset, mime::Unmapped::kQuestionMark)});
+    const bool is_second = !texts_.empty();
+    texts_.push_back({options_.is_bare ? BareHeaders(charset, is_second) : TextPartHeaders("plain", charset),
+                      MergedBody(text, StyleOf(charset, false))});
   };
   add(options_.charset);
   if (!options_.charset.IsUtf8()) add(mime::Charset::Utf8());
 }
 
-void MessageTemplate::CompileParts(std::span<const Picture> pictures, const std::vector<std::string>& attachments,
+// What makes a boundary unique is chance, drawn here and seen by nobody before the first message is out; content that
+// was written earlier cannot hold it, encoded or not.
+void MessageTemplate::CompileParts(const std::vector<Picture>& pictures, const std::vector<std::string>& attachments,
                                    platform::Entropy& entropy) {
   const std::string mixed = attachments.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
-  const std::string alternative = html_ && !text_.empty() ? mime::MakeBoundary(entropy.Next(), entropy.Next()) : "";
+  const std::string alternative = html_ && !texts_.empty() ? mime::MakeBoundary(entropy.Next(), entropy.Next()) : "";
   const std::string related = pictures.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
-  Delimiters delimiters;
 
-  before_text_ = "MIME-Version: 1.0\r\n";
-  if (!mixed.empty()) before_text_ += MultipartHeader("mixed", mixed);
-  if (!alternative.empty()) before_text_ += MultipartHeader("alternative", alternative);
-  if (html_) {
-    if (!alternative.empty()) before_html_ += "\r\n--" + alternative + "\r\n";
-    if (!related.empty()) before_html_ += MultipartHeader("related; type=\"text/html\"", related);
-    before_html_ += PartHeader("html", options_.charset);
-  }
-
+  layout_.AddBytes("MIME-Version: 1.0\r\n");
+  if (!mixed.empty()) layout_.BeginMultipart("mixed", mixed);
+  if (!alternative.empty()) layout_.BeginMultipart("alternative", alternative);
+  if (!texts_.empty()) layout_.AddText();
+  if (!alternative.empty()) layout_.NextPart(alternative);
+  if (!related.empty()) layout_.BeginMultipart("related; type=\"text/html\"", related);
+  if (html_) layout_.AddHtml();
   for (const Picture& picture : pictures) {
-    const std::string delimiter = delimiters.Next(related);
-    if (trouble_) return;
-    trouble_ = tail_.Append(delimiter + FilePartHeader(picture.media_type, "inline", picture.file, picture.content_id));
-    if (!trouble_) trouble_ = tail_.AppendFileAsBase64(picture.fd.get(), picture.file);
+    layout_.NextPart(related);
+    AddPicture(picture);
   }
-  if (!related.empty() && !trouble_) trouble_ = tail_.Append(delimiters.Close(related));
-  if (!alternative.empty() && !trouble_) trouble_ = tail_.Append(delimiters.Close(alternative));
+  if (!related.empty()) layout_.EndMultipart(related);
+  if (!alternative.empty()) layout_.EndMultipart(alternative);
+  for (const fs::path file : attachments) {
+    layout_.NextPart(mixed);
+    AddAttachment(file);
+  }
+  if (!mixed.empty()) layout_.EndMultipart(mixed);
+}
+
+void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
+  layout_.AddText();
   for (const fs::path file : attachments) {
     if (trouble_) return;
     const auto attachment = OpenForAttaching(file);
@@ -202,71 +113,118 @@ void MessageTemplate::CompileParts(std::span<const Picture> pictures, const std:
       trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, attachment.error()};
       return;
     }
-    trouble_ = tail_.Append(delimiters.Next(mixed) + FilePartHeader(attachment->media_type, "attachment", file, {}));
-    if (!trouble_) trouble_ = tail_.AppendFileAsBase64(attachment->fd.get(), file);
+    trouble_ = files_.AddUuencoded(attachment->fd.get(), file);
+    file_parts_.emplace_back();
+    layout_.AddFile(file_parts_.size() - 1, true);
   }
-  if (!mixed.empty() && !trouble_) trouble_ = tail_.Append(delimiters.Close(mixed));
+}
+
+void MessageTemplate::AddPicture(const Picture& picture) {
+  if (trouble_) return;
+  trouble_ = files_.Add(picture.fd.get(), picture.file, options_.attachment_encoding);
+  if (!trouble_) AddFilePart(picture.media_type, "inline", picture.file, picture.content_id);
+}
+
+void MessageTemplate::AddAttachment(const fs::path& file) {
+  if (trouble_) return;
+  const auto attachment = OpenForAttaching(file);
+  if (!attachment) {
+    trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, attachment.error()};
+    return;
+  }
+  trouble_ = files_.Add(attachment->fd.get(), file, options_.attachment_encoding);
+  if (!trouble_) AddFilePart(attachment->media_type, "attachment", file, {});
+}
+
+void MessageTemplate::AddFilePart(std::string_view media_type, std::string_view disposition, const fs::path& file,
+                                  std::string_view content_id) {
+  const std::size_t number = file_parts_.size();
+  const WireForm form = files_.FormOf(number);
+  FilePart part{FilePartHeader(media_type, disposition, file, content_id, form), {}};
+  if (form == WireForm::kEightBit) {
+    part.seven_bit_header = FilePartHeader(media_type, disposition, file, content_id, WireForm::kBase64);
+  }
+  file_parts_.push_back(std::move(part));
+  layout_.AddFile(number, !IsAsItStands(form));
 }
 
 std::bitset<compose::kMergeFields.size()> MessageTemplate::UsedFields() const {
-  auto used = subject_.used();
-  if (!text_.empty()) used |= text_.front().body.source().used();
-  if (html_) used |= html_->source().used();
+  auto used = headers_.used_fields();
+  if (!texts_.empty()) used |= texts_.front().body.source().used();
+  if (html_) used |= html_->body.source().used();
   return used;
 }
 
 Result<void> MessageTemplate::Render(const compose::MergeValues& values, const std::string& recipient_address,
                                      std::uint64_t number, RenderedMessage& out) const {
-  out.Begin(tail_);
-  bool rendered = AppendHeaders(values, recipient_address, number, out);
-  out.pieces.AddShared(before_text_);
-  rendered = rendered && AppendText(values, out.pieces);
-  out.pieces.AddShared(before_html_);
-  rendered = rendered && (!html_ || html_->Render(values, out.pieces));
-  if (!rendered) {
+  out.Begin(files_);
+  if (!headers_.Append(values, recipient_address, number, clock_, out) || !AppendParts(values, out)) {
     return Error{Failure::kBadData,
                  "The recipient's values hold merge tags that make the message grow without measure.",
                  "Take the merge tags out of the values of this recipient."};
   }
-  out.envelope.sender = options_.sender_address;
-  out.envelope.recipient = recipient_address;
   out.envelope.size = out.size();
-  out.envelope.notify = options_.notify;
-  out.envelope.dsn_return = options_.dsn_return;
+  out.envelope.eight_bit = out.eight_bit();
   return {};
 }
 
-bool MessageTemplate::AppendHeaders(const compose::MergeValues& values, const std::string& address,
-                                    std::uint64_t number, RenderedMessage& out) const {
-  out.pieces.AddShared(from_header_);
-  std::string& header = out.pieces.personal();
-  const auto name = options_.name_field == 0 ? std::string_view() : values[options_.name_field];
-  mime::AppendMailbox(header, "To", name, address, CharsetFor(name, options_.charset), options_.header_encoding);
-  if (!AppendSubject(values, out)) return false;
-  const std::tm local = clock_.Local(clock_.Now());
-  header += "Date: " + mime::FormatDate(local, local.tm_gmtoff) + "\r\n";
-  header += "Message-ID: " + mime::MakeMessageId(run_id_, number, id_domain_) + "\r\n";
-  out.pieces.EndPersonal();
-  out.pieces.AddShared(other_headers_);
-  return true;
-}
-
-bool MessageTemplate::AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const {
-  const auto subject = compose::ReplaceMergeFields(subject_.text(), values);
-  if (!subject || subject->size() > kLongestSubject) return false;
-  const mime::Charset charset = CharsetFor(*subject, options_.charset);
-  out.subject_not_encoded = charset.IsUtf8() && !options_.charset.IsUtf8();
-  mime::AppendUnstructured(out.pieces.personal(), "Subject", *subject, charset, options_.header_encoding);
-  return true;
-}
-
-bool MessageTemplate::AppendText(const compose::MergeValues& values, RenderedPieces& out) const {
-  for (const TextVariant& variant : text_) {
-    if (&variant != &text_.back() && !variant.body.CanHold(values)) continue;
-    out.AddShared(variant.header);
-    return variant.body.Render(values, out);
+bool MessageTemplate::AppendParts(const compose::MergeValues& values, RenderedMessage& out) const {
+  using Place = MessageLayout::Place;
+  const std::string prefix = options_.own_boundary_prefix ? GetBoundaryMarkPrefix(clock_.Now()) : "";
+  for (const auto& segment : layout_.segments()) {
+    bool appended = true;
+    switch (segment.place) {
+      case Place::kBytes:
+        out.pieces.AddShared(segment.bytes);
+        break;
+      case Place::kPrefix:
+        out.pieces.personal() += prefix;
+        out.pieces.EndPersonal();
+        break;
+      case Place::kText:
+        appended = AppendTexts(values, out);
+        break;
+      case Place::kHtml:
+        appended = AppendText(*html_, values, out);
+        break;
+      case Place::kFile:
+        AppendFile(segment.file, out);
+        break;
+    }
+    if (!appended) return false;
   }
-  return true;  // HTML without a text part
+  return true;
+}
+
+bool MessageTemplate::AppendTexts(const compose::MergeValues& values, RenderedMessage& out) const {
+  for (const TextPart& part : texts_) {
+    if (&part == &texts_.back() || part.body.CanHold(values)) return AppendText(part, values, out);
+  }
+  return true;
+}
+
+bool MessageTemplate::AppendText(const TextPart& part, const compose::MergeValues& values, RenderedMessage& out) const {
+  const std::size_t header = out.pieces.Reserve();
+  const auto form = part.body.Render(values, out.pieces);
+  if (!form) return false;
+  out.pieces.Fill(header, part.headers[static_cast<std::size_t>(*form)]);
+  if (IsAsItStands(*form)) out.SetAsItStands();
+  if (*form == WireForm::kEightBit) {
+    const auto seven_bit = WireForm::kQuotedPrintable;
+    out.AddEightBitPart(header, part.headers[static_cast<std::size_t>(seven_bit)], seven_bit);
+  }
+  return true;
+}
+
+void MessageTemplate::AppendFile(std::size_t file, RenderedMessage& out) const {
+  const FilePart& part = file_parts_[file];
+  const std::size_t header = out.pieces.count();
+  const WireForm form = files_.FormOf(file);
+  out.pieces.AddShared(part.header);
+  out.pieces.AddFile(file, files_.SizeOf(file));
+  if (IsAsItStands(form)) out.SetAsItStands();
+  if (form == WireForm::kEightBit) out.AddEightBitPart(header, part.seven_bit_header, WireForm::kBase64);
+  if (options_.is_bare) out.ExtendEightBitPart();  // without MIME there is one body, and this belongs to it
 }
 
 }  // namespace quillcast::sending

@@ -4,10 +4,11 @@
 #include <unistd.h>
 
 #include <map>
-#include <optional>
 
 #include "mime/local_pictures.h"
 #include "mime/media_type.h"
+#include "platform/text.h"
+#include "sending/send_status.h"
 
 namespace quillcast::sending {
 namespace {
@@ -16,18 +17,39 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLookedAt = 512;
 
-std::optional<Picture> OpenPicture(const fs::path& file) {
+// What is wrong with a path before it is opened; 0 for nothing.
+std::int32_t LookAtPath(const fs::path& file) {
+  std::error_code failed;
+  const auto status = fs::status(file, failed);
+  if (failed == std::errc::filename_too_long) return kBodyNoFile;
+  if (!fs::exists(status)) return kBodyNotOpened;
+  if (fs::is_directory(status)) return kBodyNotRead;
+  return fs::is_regular_file(status) ? 0 : kBodyNoFile;
+}
+
+// Opens it, or says why not. The file may have become another since it was looked at; that is told as not opened.
+std::int32_t OpenPicture(const fs::path& file, Picture& picture) {
+  if (const auto code = LookAtPath(file)) return code;
   auto fd = platform::OpenForReading(file);
-  if (!fd) return {};
+  if (!fd) return kBodyNotOpened;
   std::string start(kLookedAt, '\0');
   const auto got = platform::ReadSome(fd->get(), file, start.data(), start.size());
-  if (!got || ::lseek(fd->get(), 0, SEEK_SET) != 0) return {};
+  if (!got || ::lseek(fd->get(), 0, SEEK_SET) != 0) return kBodyNotRead;
   const std::string_view type = mime::MediaTypeOf("", std::string_view(start).substr(0, *got));
-  if (!type.starts_with("image/")) return {};
-  return Picture{file, std::move(*fd), {}, std::string(type)};
+  if (!type.starts_with("image/")) return kBodyNotParsed;
+  picture = Picture{file, std::move(*fd), {}, std::string(type)};
+  return 0;
 }
 
 }  // namespace
+
+std::string Describe(const PictureTrouble& trouble) {
+  const char* const what = trouble.code == kBodyNotOpened ? "is missing or may not be read"
+                           : trouble.code == kBodyNotRead ? "cannot be read"
+                           : trouble.code == kBodyNoFile  ? "is no file that can be taken along"
+                                                          : "is no picture";
+  return fmt::format("The picture {} {}.", platform::Printable(trouble.file, 300), what);
+}
 
 RelatedPictures TakePictures(std::string_view html, const fs::path& base_folder, std::string_view content_id_suffix) {
   RelatedPictures result;
@@ -38,12 +60,13 @@ RelatedPictures TakePictures(std::string_view html, const fs::path& base_folder,
     const fs::path file = (base_folder / reference.path).lexically_normal();
     const auto [known, is_new] = content_ids.try_emplace(file);
     if (is_new) {
-      if (auto picture = OpenPicture(file)) {
-        known->second = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);
-        picture->content_id = known->second;
-        result.pictures.push_back(std::move(*picture));
+      Picture picture;
+      if (const auto code = OpenPicture(file, picture)) {
+        result.troubles.push_back({file.string(), code});
       } else {
-        result.missing.push_back(file.string());
+        known->second = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);
+        picture.content_id = known->second;
+        result.pictures.push_back(std::move(picture));
       }
     }
     if (known->second.empty()) continue;

@@ -1,6 +1,7 @@
 // The local pictures of an HTML body, taken along under Content-IDs.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -17,11 +18,19 @@ struct Picture {
   std::string media_type;  // by its content
 };
 
+// A local reference that was not taken along; it stays as it is.
+struct PictureTrouble {
+  std::string file;
+  std::int32_t code;  // of loading the body, see send_status.h
+};
+
+// A sentence for the person.
+std::string Describe(const PictureTrouble& trouble);
+
 struct RelatedPictures {
-  std::string html;               // with "cid:" references
-  std::vector<Picture> pictures;  // each file once
-  std::vector<std::string>
-      missing;  // references whose file is missing, not readable or no picture; they stay as they are
+  std::string html;                      // with "cid:" references
+  std::vector<Picture> pictures;         // each file once
+  std::vector<PictureTrouble> troubles;  // each file once, in the order of the HTML
 };
 
 // References are relative to `base_folder`. Only what is a picture by its content is taken: a page from elsewhere must

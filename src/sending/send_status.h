@@ -19,8 +19,10 @@ std::string WriteSendStatus(std::int32_t code);
 std::string BodyImportText(std::int32_t code);
 
 // The codes of loading the body, as they arise here.
-inline constexpr std::int32_t kBodyNotOpened = 1;  // the body file is missing or may not be read
-inline constexpr std::int32_t kBodyNotRead = 2;    // reading it failed, or a picture it refers to cannot be read
+inline constexpr std::int32_t kBodyNotOpened = 1;    // a picture's file is missing, or may not be opened
+inline constexpr std::int32_t kBodyNotRead = 2;      // it was found and cannot be read: a folder, a failing disk
+inline constexpr std::int32_t kBodyNoFile = 3;       // the reference names no file: a device, a pipe, too long a path
+inline constexpr std::int32_t kBodyNotParsed = 101;  // the file's content is no picture
 
 inline constexpr const char* kSentText = "Message sent successfully.";
 inline constexpr const char* kSubjectNotEncoded = "Error encoding subject.";

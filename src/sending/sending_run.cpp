@@ -160,11 +160,11 @@ void Run::KeepFirstMessage() {
 }
 
 void Run::TellAboutPictures() {
-  if (template_.missing_pictures().empty()) return;
-  report_.BodyNotLoaded(kBodyNotRead);
-  for (const auto& picture : template_.missing_pictures()) {
-    listener_.Note(
-        fmt::format("The picture {} is missing or is no picture; the message goes out without it.", picture));
+  const auto& troubles = template_.picture_troubles();
+  if (troubles.empty()) return;
+  report_.BodyNotLoaded(troubles.front().code);  // the body is loaded once and has one result
+  for (const auto& trouble : troubles) {
+    listener_.Note(fmt::format("{} The message goes out without it.", Describe(trouble)));
   }
 }
 

@@ -1,6 +1,7 @@
 """Bad input of every kind: a clear answer with the right exit code, no crash, nothing lost, nothing injected."""
 import email
 import email.policy
+import itertools
 import json
 import os
 import resource
@@ -126,11 +127,6 @@ class BadInput(Case):
             (["frobnicate"], 64), (["group"], 64), (["history", "open", "7"], 64, "no run number 7", "history list"),
         ])
         self.assertEqual(box.index(), [])
-        for setting in ("CharSet=Greek (ISO)", "Encoding=None", "AttachmentEncoding=Quoted Printable", "Boundary=1"):
-            self.ok("account", "set", setting)
-            self.check([(everything, 78, setting.split("=")[0], "does not serve yet", "account set")])
-            self.run_program("--yes", "account", "reset")
-            self.account(box.port)
         self.assertEqual((box.index(), self.reports()), ([], []))
         self.write("letter.html", "<p>$*MergeFristName*$</p>")
         self.check([(everything, 0, "Unknown tag $*MergeFristName*$")])
@@ -150,6 +146,51 @@ class BadInput(Case):
             self.assertEqual(len(box.index()) - before, 2 if exists else 0)
             if not exists:
                 self.assertIn(str(file), err)
+
+        folder = self.folder / "folder"
+        folder.mkdir()
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        before = len(box.index())
+        for path, encoding in itertools.product((folder, pipe, "/dev/zero"), ("None", "Quoted Printable", "Base 64")):
+            self.account(box.port, f"AttachmentEncoding={encoding}")
+            lines, code, err = self.send("--group", "All", "--subject", "s", "--body", self.body, "--attach", path)
+            self.assertEqual((code, [line["code"] for line in lines[:-1]]), (1, [10, 10]), err)
+        self.assertEqual(len(box.index()), before)
+
+    def test_a_huge_attachment_in_bounded_memory(self):
+        self.group("All", ["ada@r.example"])
+        huge = self.folder / "huge.txt"
+        with huge.open("wb") as file:
+            for _ in range(10):
+                file.write(b"a line of text\r\n" * 500_000)
+            file.write(b"\n")  # at its end it turns out not to be such a text
+        for encoding in ("None", "Quoted Printable", "Base 64"):
+            self.account(25, f"AttachmentEncoding={encoding}")
+            with self.popen("--yes", "send", "--group", "All", "--subject", "s", "--body", self.body, "--attach", huge,
+                            "--dry-run") as process:
+                told = process.stderr.read().decode()
+                _, status, usage = os.wait4(process.pid, 0)
+                process.returncode = os.waitstatus_to_exitcode(status)
+            self.assertEqual(process.returncode, 0, told)
+            if not os.environ.get("QUILLCAST_SANITIZE"):
+                self.assertLess(usage.ru_maxrss, 64 * 1024, encoding)
+
+    def test_pictures_that_cannot_be_taken(self):
+        self.group("All", ["ada@r.example", "bob@r.example"])
+        box = self.mailbox()
+        self.account(box.port)
+        self.write("text.png", "no picture")
+        for reference, line in (("missing.png", "Error 1: Failure opening file."), (".", "Error 2: Failure reading file."),
+                                ("/dev/null", "Error 3: Invalid parameter."),
+                                ("text.png", "Error 101: Exception was thrown during parsing.")):
+            body = self.write("pictures.html", f"<img src='{reference}'><img src='also-missing.png'>")
+            _, code, err = self.send("--group", "All", "--subject", "s", "--body", body)
+            self.assertEqual(code, 0, err)
+            report = self.reports()[-1].read_text().splitlines()
+            self.assertEqual(report[2:4], [line, ""])
+            self.assertEqual(sum(text.startswith("Error ") for text in report), 1)
+            self.assertIn("also-missing.png", err)
 
     # --- what must not become a header or a command ---
 

@@ -118,26 +118,6 @@ TEST(Account, NumbersAreDecimalDigitsAlone) {
   }
 }
 
-TEST(Account, WhatIsNotServedIsRefusedInWords) {
-  EXPECT_FALSE(UnservedSetting(Good(), "MIME"));
-  EXPECT_FALSE(UnservedSetting(Good(), "other"));
-  for (const auto& [key, value] :
-       std::initializer_list<std::pair<AccountKey, const char*>>{{kCharSet, "Greek (ISO)"},
-                                                                 {kCharSet, "unicode (utf-8)"},
-                                                                 {kEncoding, "None"},
-                                                                 {kAttachmentEncoding, "Base 65"},
-                                                                 {kBoundary, "1"},
-                                                                 {kEncoding, "Base 64"}}) {
-    AccountSettings account = Good();
-    account.Set(key, value);
-    const auto refused = UnservedSetting(account, "MIME");
-    ASSERT_TRUE(refused) << value;
-    EXPECT_NE(refused->what.find(value), std::string::npos) << refused->what;
-    EXPECT_FALSE(refused->remedy.empty());
-  }
-  EXPECT_TRUE(UnservedSetting(Good(), "Plain"));
-}
-
 TEST(Account, GivesTheConnection) {
   AccountSettings account = Good();
   account.Set(kServer, " a.example ; ;b.example:2525;[::1]:26;fe80::1; 10.0.0.1 : 27");
@@ -166,15 +146,61 @@ TEST(Account, GivesTheMessage) {
   account.Set(kDsnReturn, "Return the full message");
   account.Set(kHeaderEncoding, "Base 64");
   account.Set(kEmail, "Ada <ada@example.org>");
-  const auto options = MessageOptionsOf(account);
+  const auto options = MessageOptionsOf(account, "MIME");
   ASSERT_TRUE(options);
   EXPECT_EQ(options->sender_address, "ada@example.org");
   EXPECT_EQ(options->name_field, 2U);
   EXPECT_EQ(options->notify, smtp::DsnNotify::kDelay);
   EXPECT_EQ(options->dsn_return, smtp::DsnReturn::kFull);
   EXPECT_EQ(options->header_encoding, mime::HeaderEncoding::kB);
-  account.Set(kToField, "Shoe Size");
-  EXPECT_FALSE(MessageOptionsOf(account));
+  for (const AccountKey key : {kToField, kEncoding, kAttachmentEncoding, kHeaderEncoding, kDsnNotify}) {
+    AccountSettings wrong = account;
+    wrong.Set(key, "Shoe Size");
+    EXPECT_FALSE(MessageOptionsOf(wrong, "MIME"));
+  }
+}
+
+TEST(Account, ReadsWhatTheDialogWouldNotHaveStored) {
+  struct Case {
+    AccountKey key;
+    const char* value;
+    std::size_t wrap;
+    bool own_prefix;
+  };
+  for (const auto& [key, value, wrap, own_prefix] : std::initializer_list<Case>{
+           {kWrap, "60", 60, false},
+           {kWrap, "32", 32, false},
+           {kWrap, "128", 128, false},
+           {kWrap, "31", 76, false},
+           {kWrap, "129", 76, false},
+           {kWrap, "", 76, false},
+           {kWrap, "64.5", 76, false},
+           {kWrap, "-64", 76, false},
+           {kWrap, "99999999999999999999", 76, false},
+           {kAutoWrap, "0", 0, false},
+           {kAutoWrap, "yes", 0, false},
+           {kEncoding, "Base 64", 0, false},
+           {kEncoding, "Quoted Printable", 0, false},
+           {kBoundary, "1", 76, true},
+           {kBoundary, " 01 ", 76, true},
+           {kBoundary, "2", 76, false},
+           {kBoundary, "-1", 76, false},
+           {kBoundary, "yes", 76, false},
+           {kBoundary, "", 76, false},
+       }) {
+    AccountSettings account = Good();
+    account.Set(kEncoding, "None");
+    account.Set(kAutoWrap, "1");
+    account.Set(key, value);
+    const auto options = MessageOptionsOf(account, "MIME");
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->wrap, wrap) << value;
+    EXPECT_EQ(options->own_boundary_prefix, own_prefix) << value;
+  }
+  for (const auto& [format, is_bare] : std::initializer_list<std::pair<const char*, bool>>{
+           {"Plain", true}, {"MIME", false}, {"plain", false}, {"", false}, {"other", false}}) {
+    EXPECT_EQ(MessageOptionsOf(Good(), format)->is_bare, is_bare) << format;
+  }
 }
 
 TEST(SendStatus, GivesTheTextsToTheLetter) {

@@ -1,0 +1,62 @@
+// The pictures and attachments of a run, each encoded once and the same for every recipient.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sending/scratch_bytes.h"
+#include "sending/transfer_encoding.h"
+#include "sending/wire_text.h"
+#include "smtp/result_code.h"
+
+namespace quillcast::sending {
+
+// Why a file could not be taken in, with the code that its recipients get.
+struct FileTrouble {
+  smtp::ResultCode code = smtp::ResultCode::kFileNotOpened;
+  Error error;
+};
+
+// Files are read once, block by block, while they are added: what becomes of them later is no matter. Numbers count
+// them from 0 in the order in which they were added.
+class EncodedFiles {
+ public:
+  explicit EncodedFiles(std::filesystem::path scratch_folder) : bytes_(std::move(scratch_folder)) {}
+
+  // `fd` stands at the beginning. kNone takes the file as it stands when it is text that every reader gets back byte
+  // for byte, else in base64.
+  std::optional<FileTrouble> Add(int fd, const std::filesystem::path& file, TransferEncoding wanted);
+  // As lines behind a text that is no MIME, beginning and ending with an empty one.
+  std::optional<FileTrouble> AddUuencoded(int fd, const std::filesystem::path& file);
+
+  std::size_t count() const { return files_.size(); }
+  WireForm FormOf(std::size_t file) const { return files_[file].form; }
+  std::uint64_t SizeOf(std::size_t file) const { return files_[file].size; }
+  // The bytes of a file from `offset` on, as many as are at hand; empty at its end.
+  Result<std::string_view> ReadAt(std::size_t file, std::uint64_t offset, std::string& buffer) const;
+
+  // The number under which the content of a file is to be had in a part of the form `form` that holds no octet above
+  // 127. Made when it is first asked for, from what was read then.
+  Result<std::size_t> InForm(std::size_t file, WireForm form);
+
+ private:
+  struct File {
+    std::uint64_t begin;
+    std::uint64_t size;
+    WireForm form;
+    std::size_t other_form = 0;  // its number; 0, which is never a second form, for none
+  };
+  void Added(std::uint64_t begin, WireForm form) { files_.push_back({begin, bytes_.size() - begin, form}); }
+  std::optional<FileTrouble> TakeAsItStands(int fd, const std::filesystem::path& file, WireText& look);
+  template <typename Encoder>
+  std::optional<FileTrouble> Encode(int fd, const std::filesystem::path& file, Encoder& encoder);
+
+  ScratchBytes bytes_;
+  std::vector<File> files_;
+};
+
+}  // namespace quillcast::sending

@@ -1,0 +1,92 @@
+#include "sending/rendered_message.h"
+
+#include "mime/quoted_printable.h"
+
+namespace quillcast::sending {
+
+void RenderedMessage::Begin(EncodedFiles& files) {
+  envelope = {};
+  subject_not_encoded = false;
+  pieces.Clear();
+  files_ = &files;
+  eight_bit_parts_.clear();
+  eight_bit_header_ = false;
+  as_it_stands_ = false;
+  Rewind();
+}
+
+void RenderedMessage::AddEightBitPart(std::size_t header, std::string_view seven_bit_header, WireForm seven_bit_form) {
+  eight_bit_parts_.push_back({header, pieces.count(), seven_bit_header, seven_bit_form});
+}
+
+void RenderedMessage::ExtendEightBitPart() {
+  if (!eight_bit_parts_.empty()) eight_bit_parts_.back().end = pieces.count();
+}
+
+Result<std::string_view> RenderedMessage::Next() {
+  while (next_piece_ < sent_->count()) {
+    if (!sent_->IsFile(next_piece_)) return sent_->At(next_piece_++);
+    auto bytes = files_->ReadAt(sent_->FileAt(next_piece_), file_offset_, buffer_);
+    if (!bytes) return bytes;
+    file_offset_ += bytes->size();
+    if (!bytes->empty()) return bytes;
+    ++next_piece_;
+    file_offset_ = 0;
+  }
+  return std::string_view();
+}
+
+void RenderedMessage::Rewind() {
+  sent_ = &pieces;
+  next_piece_ = 0;
+  file_offset_ = 0;
+}
+
+Result<std::uint64_t> RenderedMessage::UseSevenBit() {
+  if (eight_bit_header_) return smtp::MessageSource::UseSevenBit();
+  seven_bit_.Clear();
+  std::size_t at = 0;
+  for (const EightBitPart& part : eight_bit_parts_) {
+    for (; at < part.header; ++at) seven_bit_.AddFrom(pieces, at);
+    seven_bit_.AddShared(part.seven_bit_header);
+    const auto encoded = Encode(part, seven_bit_);
+    if (!encoded) return encoded.error();
+    at = part.end;
+  }
+  for (; at < pieces.count(); ++at) seven_bit_.AddFrom(pieces, at);
+  Rewind();
+  sent_ = &seven_bit_;
+  return seven_bit_.size();
+}
+
+// Texts are encoded here, each recipient's anew: only a server without 8BITMIME asks for it. Files are encoded once.
+Result<void> RenderedMessage::Encode(const EightBitPart& part, RenderedPieces& out) {
+  std::size_t column = 0;
+  for (std::size_t i = part.header + 1; i < part.end; ++i) {
+    if (!pieces.IsFile(i)) {
+      mime::AppendQuotedPrintable(out.personal(), pieces.At(i), column, false);
+      continue;
+    }
+    const auto file = files_->InForm(pieces.FileAt(i), part.seven_bit_form);
+    if (!file) return file.error();
+    out.EndPersonal();
+    out.AddFile(*file, files_->SizeOf(*file));
+  }
+  out.EndPersonal();
+  return {};
+}
+
+Result<void> WriteMessage(RenderedMessage& message, int fd, const std::filesystem::path& file) {
+  message.Rewind();
+  for (;;) {
+    const auto bytes = message.Next();
+    if (!bytes) return bytes.error();
+    if (bytes->empty()) break;
+    auto written = platform::WriteAll(fd, file, *bytes);
+    if (!written) return written;
+  }
+  message.Rewind();
+  return {};
+}
+
+}  // namespace quillcast::sending

@@ -1,0 +1,71 @@
+// One recipient's message, as a session takes it.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sending/encoded_files.h"
+#include "sending/rendered_pieces.h"
+#include "smtp/envelope.h"
+
+namespace quillcast::sending {
+
+// What MAIL and RCPT need, and the bytes. Reused from one recipient to the next; it must not outlive the template that
+// rendered it.
+class RenderedMessage final : public smtp::MessageSource {
+ public:
+  smtp::Envelope envelope;
+  bool subject_not_encoded = false;  // the account's character set cannot hold it; it goes out as UTF-8
+  RenderedPieces pieces;             // in the first form
+
+  RenderedMessage() = default;
+  RenderedMessage(const RenderedMessage&) = delete;
+  RenderedMessage& operator=(const RenderedMessage&) = delete;
+
+  // Empty again, for the next recipient.
+  void Begin(EncodedFiles& files);
+  // The pieces from `header` to the end of the list are a part that holds octets above 127. Without them it has this
+  // header, and a body of that form.
+  void AddEightBitPart(std::size_t header, std::string_view seven_bit_header, WireForm seven_bit_form);
+  // What was added since belongs to the last such part, where there is one.
+  void ExtendEightBitPart();
+  // Some part goes out as it stands, and its lines may begin with anything.
+  void SetAsItStands() { as_it_stands_ = true; }
+  // A header holds octets above 127, for which there is no other form.
+  void SetEightBitHeader() { eight_bit_header_ = true; }
+  bool eight_bit() const { return eight_bit_header_ || !eight_bit_parts_.empty(); }
+
+  std::uint64_t size() const { return pieces.size(); }
+
+  Result<std::string_view> Next() override;
+  void Rewind() override;
+  bool MayHaveLeadingDots() const override { return as_it_stands_; }  // an encoded line does not begin with one
+  Result<std::uint64_t> UseSevenBit() override;
+
+ private:
+  struct EightBitPart {
+    std::size_t header;
+    std::size_t end;
+    std::string_view seven_bit_header;
+    WireForm seven_bit_form;
+  };
+  Result<void> Encode(const EightBitPart& part, RenderedPieces& out);
+
+  EncodedFiles* files_ = nullptr;
+  std::vector<EightBitPart> eight_bit_parts_;
+  bool eight_bit_header_ = false;
+  bool as_it_stands_ = false;
+  RenderedPieces seven_bit_;
+  const RenderedPieces* sent_ = &pieces;  // the form that goes out
+  std::size_t next_piece_ = 0;
+  std::uint64_t file_offset_ = 0;
+  std::string buffer_;
+};
+
+// The bytes of a message into an open file; the message is rewound for its sending.
+Result<void> WriteMessage(RenderedMessage& message, int fd, const std::filesystem::path& file);
+
+}  // namespace quillcast::sending

@@ -1,0 +1,332 @@
+// Whole messages as they go over the wire, for every structure and every way to encode.
+#include "sending/message_template.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <set>
+
+#include "platform/text.h"
+#include "support/fake_clock.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::sending {
+namespace {
+
+using enum TransferEncoding;
+using compose::Format;
+
+constexpr const char* kPicture = "GIF89a\x01";
+
+struct Letter {
+  compose::MessageDocument document;
+  MessageOptions options;
+};
+
+class Messages : public ::testing::Test {
+ protected:
+  std::string File(const std::string& name, std::string_view content) { return folder_.Write(name, content).string(); }
+
+  Letter Plain(const std::string& html) {
+    Letter letter;
+    letter.document.subject = "Hi";
+    letter.document.html = html;
+    letter.document.base_folder = folder_.path();
+    letter.options.sender_name = "Ada";
+    letter.options.sender_address = "ada@example.org";
+    return letter;
+  }
+
+  void Compile(const Letter& letter) {
+    template_.emplace(letter.document, letter.options, folder_.path(), clock_, entropy_);
+  }
+
+  void Render(std::string_view first_name, std::string_view address = "bob@example.net") {
+    values_[2] = first_name;
+    ASSERT_TRUE(template_->Render(values_, std::string(address), 7, message_));
+  }
+
+  std::string Wire() {
+    std::string out;
+    for (auto bytes = message_.Next(); bytes && !bytes->empty(); bytes = message_.Next()) out += *bytes;
+    return out;
+  }
+
+  static std::vector<std::string> Boundaries(std::string_view wire) {
+    constexpr std::string_view kDeclared = "boundary=\"";
+    std::vector<std::string> found;
+    for (auto at = wire.find(kDeclared); at != std::string_view::npos; at = wire.find(kDeclared, at + 1)) {
+      const auto value = wire.substr(at + kDeclared.size());
+      found.emplace_back(value.substr(0, value.find('"')));
+    }
+    return found;
+  }
+
+  // What MIME and the body say, with "\n" line ends and the boundaries called B1, B2 in their order.
+  static std::string Shown(std::string wire) {
+    EXPECT_TRUE(wire.ends_with("\r\n"));
+    const std::string last_header = "X-Priority: 3\r\n";
+    wire.erase(0, wire.find(last_header) + last_header.size());
+    int number = 0;
+    for (const auto& boundary : Boundaries(wire)) {
+      wire = platform::ReplaceAll(wire, boundary, "B" + std::to_string(++number));
+    }
+    const std::string picture = "picture1.";
+    for (auto at = wire.find(picture); at != std::string::npos; at = wire.find(picture, at + 1)) {
+      wire.replace(at + picture.size(), 16, "ID");
+    }
+    return platform::ReplaceAll(wire, "\r\n", "\n");
+  }
+
+  test::TemporaryFolder folder_;
+  test::FakeClock clock_;
+  test::CountingEntropy entropy_;
+  std::optional<MessageTemplate> template_;
+  compose::MergeValues values_{};
+  RenderedMessage message_;
+};
+
+TEST_F(Messages, AreWhatTheAccountSays) {
+  struct Case {
+    const char* name;
+    std::function<void(Letter&)> change;
+    const char* first_name;
+    std::string expected;
+    std::string seven_bit;  // empty where it is the same
+  };
+  const std::string picture = File("p.gif", kPicture);
+  const std::string lines = File("lines.txt", "one\r\n.two \r\n");
+  const std::string sums = File("sums.txt", "1=1\r\n");
+  const std::string cafe = File("cafe.txt", "caf\xC3\xA9\r\n");
+  const std::string unix_lines = File("unix.txt", "a\nb");
+  const std::string mail = File("mail.eml", "Subject: x\n\n");
+  const auto text = [](TransferEncoding encoding) {
+    return [encoding](Letter& l) {
+      l.document.format = Format::kText;
+      l.options.body_encoding = encoding;
+    };
+  };
+  const auto attach = [](const std::string& file, TransferEncoding encoding) {
+    return [file, encoding](Letter& l) {
+      l.document.format = Format::kText;
+      l.document.attachments.Add(file);
+      l.options.attachment_encoding = encoding;
+    };
+  };
+  const auto bare = [](const std::string& file) {
+    return [file](Letter& l) {
+      l.options.is_bare = true;
+      if (!file.empty()) l.document.attachments.Add(file);
+    };
+  };
+  const std::string quoted_text =
+      "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\nDear=20Bob\n";
+  const std::string mixed =
+      "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"B1\"\n\n--B1\n" + quoted_text + "\n--B1\n";
+  const std::vector<Case> cases = {
+      {"text, quoted-printable", text(kQuotedPrintable), "J\xC3\xBCrgen",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear=20J=C3=BCrgen\n",
+       ""},
+      {"text, base64", text(kBase64), "J\xC3\xBCrgen",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: base64\n\n"
+       "RGVhciBKw7xyZ2VuDQo=\n",
+       ""},
+      {"text in a set that bodies have to announce",
+       [](Letter& l) {
+         l.document.format = Format::kText;
+         l.options.charset = *mime::FindCharset("iso-2022-kr");
+       },
+       "Bob",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=iso-2022-kr\n"
+       "Content-Transfer-Encoding: quoted-printable\n\n=1B$)CDear=20Bob\n",
+       ""},
+      {"text as it stands", text(kNone), ".Bob ",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 7bit\n\nDear .Bob \n",
+       ""},
+      {"text with octets above 127", text(kNone), "J\xC3\xBCrgen",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n"
+       "Dear J\xC3\xBCrgen\n",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear J=C3=BCrgen\n"},
+      {"a value makes a line that mailboxes quote", text(kNone), "you\nFrom me",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear you\n=46rom me\n",
+       ""},
+      {"HTML with a text part and a picture, as it stands",
+       [](Letter& l) {
+         l.document.html = "$*MergeFirstName*$ <img src=p.gif>";
+         l.options.body_encoding = kNone;
+         l.options.charset = *mime::FindCharset("iso-8859-1");
+       },
+       "J\xC3\xBCrgen \xE2\x82\xAC",
+       "MIME-Version: 1.0\nContent-Type: multipart/alternative; boundary=\"B1\"\n\n--B1\n"
+       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\nJ\xC3\xBCrgen \xE2\x82\xAC\n"
+       "\n--B1\nContent-Type: multipart/related; type=\"text/html\"; boundary=\"B2\"\n\n--B2\n"
+       "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: 8bit\n\n"
+       "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>\n"
+       "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
+       "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
+       "--B2--\n--B1--\n",
+       "MIME-Version: 1.0\nContent-Type: multipart/alternative; boundary=\"B1\"\n\n--B1\n"
+       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "J=C3=BCrgen =E2=82=AC\n"
+       "\n--B1\nContent-Type: multipart/related; type=\"text/html\"; boundary=\"B2\"\n\n--B2\n"
+       "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>\n"
+       "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
+       "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
+       "--B2--\n--B1--\n"},
+      {"attachment, base64", attach(lines, kBase64), "Bob",
+       mixed + "Content-Type: text/plain;\n name=\"lines.txt\"\nContent-Transfer-Encoding: base64\n"
+               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\nb25lDQoudHdvIA0K\n--B1--\n",
+       ""},
+      {"attachment, quoted-printable", attach(sums, kQuotedPrintable), "Bob",
+       mixed + "Content-Type: text/plain;\n name=\"sums.txt\"\nContent-Transfer-Encoding: quoted-printable\n"
+               "Content-Disposition: attachment;\n filename=\"sums.txt\"\n\n1=3D1=0D=0A\n--B1--\n",
+       ""},
+      {"attachment as it stands", attach(lines, kNone), "Bob",
+       mixed + "Content-Type: text/plain;\n name=\"lines.txt\"\nContent-Transfer-Encoding: 7bit\n"
+               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\none\n.two \n\n--B1--\n",
+       ""},
+      {"attachment with octets above 127", attach(cafe, kNone), "Bob",
+       mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
+               "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
+       mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: base64\n"
+               "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\nY2Fmw6kNCg==\n\n--B1--\n"},
+      {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
+       mixed + "Content-Type: text/plain;\n name=\"unix.txt\"\nContent-Transfer-Encoding: base64\n"
+               "Content-Disposition: attachment;\n filename=\"unix.txt\"\n\nYQpi\n--B1--\n",
+       ""},
+      {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
+       mixed + "Content-Type: application/octet-stream;\n name=\"mail.eml\"\nContent-Transfer-Encoding: base64\n"
+               "Content-Disposition: attachment;\n filename=\"mail.eml\"\n\nU3ViamVjdDogeAoK\n--B1--\n",
+       ""},
+      {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
+      {"no MIME, octets above 127", bare(""), "J\xC3\xBCrgen", "\nDear J\xC3\xBCrgen\n",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear J=C3=BCrgen\n"},
+      {"no MIME, an attachment", bare(picture), "J\xC3\xBCrgen",
+       "\nDear J\xC3\xBCrgen\n\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear J=C3=BCrgen\n\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n"},
+      {"no MIME, a text that the set cannot hold",
+       [](Letter& l) {
+         l.options.is_bare = true;
+         l.options.charset = *mime::FindCharset("iso-8859-1");
+       },
+       "\xE2\x82\xAC",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n"
+       "Dear \xE2\x82\xAC\n",
+       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
+       "Dear =E2=82=AC\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Letter letter = Plain("<p>Dear $*MergeFirstName*$</p>");
+    c.change(letter);
+    Compile(letter);
+    ASSERT_FALSE(template_->trouble());
+    Render(c.first_name);
+    const std::string wire = Wire();
+    EXPECT_EQ(Shown(wire), c.expected);
+    EXPECT_EQ(message_.envelope.size, wire.size());
+    EXPECT_EQ(message_.envelope.eight_bit, !c.seven_bit.empty());
+    EXPECT_TRUE(message_.MayHaveLeadingDots() || wire.find("\n.") == std::string::npos);
+    for (int time = 0; time < 2; ++time) {  // a second server may ask again
+      message_.Rewind();
+      const auto size = message_.UseSevenBit();
+      ASSERT_TRUE(size);
+      const std::string seven_bit = Wire();
+      EXPECT_EQ(Shown(seven_bit), c.seven_bit.empty() ? c.expected : c.seven_bit);
+      EXPECT_EQ(*size, seven_bit.size());
+    }
+    message_.Rewind();
+    EXPECT_EQ(Wire(), wire) << "the first form is there again";
+  }
+}
+
+TEST_F(Messages, BoundariesGetTheirOwnPrefixEachTime) {
+  Letter letter = Plain("<p>x <img src=p.gif></p>");
+  File("p.gif", kPicture);
+  letter.document.attachments.Add(File("a.bin", "abc"));
+  letter.options.own_boundary_prefix = true;
+  Compile(letter);
+  std::set<std::string> prefixes;
+  std::set<std::string> remainders;
+  for (int message = 0; message < 300; ++message) {
+    clock_.now += std::chrono::microseconds(1);
+    Render("");
+    const std::string wire = Wire();
+    EXPECT_EQ(wire.size(), message_.envelope.size);
+    const auto boundaries = Boundaries(wire);
+    ASSERT_EQ(boundaries.size(), 3U);
+    for (const auto& boundary : boundaries) {
+      EXPECT_NE(wire.find("\r\n--" + boundary + "\r\n"), std::string::npos);
+      EXPECT_NE(wire.find("\r\n--" + boundary + "--\r\n"), std::string::npos);
+      for (std::size_t i = 0; i < 10; ++i) {
+        const char least = i % 2 == 0 ? 'A' : '1';
+        const char most = i % 2 == 0 ? 'Z' : '9';
+        EXPECT_TRUE(boundary[i] >= least && boundary[i] <= most) << boundary;
+      }
+      EXPECT_EQ(boundary.substr(10, 2), "=_");
+      prefixes.insert(boundary.substr(0, 10));
+      remainders.insert(boundary.substr(10));
+    }
+  }
+  EXPECT_EQ(prefixes.size(), 300U);
+  EXPECT_EQ(remainders.size(), 3U);
+}
+
+TEST_F(Messages, EnvelopeCarriesWhatTheAccountAsksFor) {
+  struct Case {
+    smtp::DsnNotify notify;
+    smtp::DsnReturn what;
+    bool has_id;
+  };
+  for (const auto& [notify, what, has_id] :
+       {Case{smtp::DsnNotify::kNone, smtp::DsnReturn::kNone, false},
+        Case{smtp::DsnNotify::kServerDefault, smtp::DsnReturn::kServerDefault, false},
+        Case{smtp::DsnNotify::kDelay, smtp::DsnReturn::kNone, true},
+        Case{smtp::DsnNotify::kNone, smtp::DsnReturn::kFull, true}}) {
+    Letter letter = Plain("x");
+    letter.options.notify = notify;
+    letter.options.dsn_return = what;
+    Compile(letter);
+    Render("", "bob@m\xC3\xBCller.example");
+    EXPECT_EQ(message_.envelope.notify, notify);
+    EXPECT_EQ(message_.envelope.dsn_return, what);
+    const std::string wire = Wire();
+    EXPECT_NE(wire.find("To: bob@xn--mller-kva.example\r\n"), std::string::npos);
+    const std::string& id = message_.envelope.envelope_id;
+    EXPECT_EQ(!id.empty(), has_id);
+    EXPECT_TRUE(!has_id || wire.find("Message-ID: <" + id + ">\r\n") != std::string::npos) << id;
+  }
+  Render("", "j\xC3\xBCrgen@example.net");
+  EXPECT_TRUE(message_.envelope.eight_bit);
+  EXPECT_EQ(message_.UseSevenBit().error().failure, Failure::kBadData) << "a header has no other form";
+}
+
+TEST_F(Messages, TellWhatBecameOfEachPicture) {
+  std::filesystem::create_directory(folder_.path() / "folder");
+  File("text.gif", "no picture");
+  File("p.gif", kPicture);
+  ASSERT_EQ(::mkfifo((folder_.path() / "pipe").c_str(), 0600), 0);
+  const std::string too_long(300, 'x');
+  struct Case {
+    std::string reference;
+    std::int32_t code;  // 0 when it is taken along
+  };
+  for (const auto& [reference, code] :
+       {Case{"p.gif", 0}, Case{"missing.gif", 1}, Case{"folder", 2}, Case{"pipe", 3}, Case{"/dev/null", 3},
+        Case{too_long + ".gif", 3}, Case{"text.gif", 101}, Case{"https://example.org/p.gif", 0}}) {
+    const auto taken = TakePictures("<img src='" + reference + "'><img src='" + reference + "'>", folder_.path(), "x");
+    ASSERT_EQ(taken.troubles.size(), code == 0 ? 0U : 1U) << reference;
+    EXPECT_TRUE(code == 0 || taken.troubles[0].code == code) << reference;
+    EXPECT_EQ(taken.pictures.size(), reference == "p.gif" ? 1U : 0U);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::sending
