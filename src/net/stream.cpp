@@ -3,9 +3,7 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <sys/socket.h>
-#include <sys/uio.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -47,18 +45,10 @@ bool IsEnd(const SSL* tls, int result) {
 
 }  // namespace
 
-Result<std::size_t> Stream::Read(std::span<char> buffer, const Patience& patience) {
-  // In clear, poll first: a reply is never there yet when its command has just gone out, so a read would be in vain.
-  if (!tls_) {
-    wanted_ = POLLIN;
-    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
-  }
-  for (;;) {
-    const auto got = ReadNow(buffer);
-    if (!got) return got.error();
-    if (*got) return **got;
-    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
-  }
+Result<void> Stream::WaitToRead(bool or_to_write, const Patience& patience) {
+  // What TLS has decrypted already is not seen by poll.
+  if (tls_ && SSL_pending(tls_.get()) > 0) return {};
+  return Wait(socket_.get(), static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0)), patience);
 }
 
 Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {
@@ -73,42 +63,32 @@ Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
   ERR_clear_error();
   const int count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
   if (count > 0) return std::optional(static_cast<std::size_t>(count));
-  wanted_ = WantedEvents(tls_.get(), count);
-  if (wanted_ != 0) return std::optional<std::size_t>();
+  const short wanted = WantedEvents(tls_.get(), count);
+  to_read_ = wanted != 0 ? wanted : short{POLLIN};
+  if (wanted != 0) return std::optional<std::size_t>();
   if (!IsEnd(tls_.get(), count)) return TlsBroken();
   ERR_clear_error();
   return std::optional<std::size_t>(0);
 }
 
-Result<std::size_t> Stream::WriteSome(std::string_view first, std::string_view second, const Patience& patience) {
-  if (tls_) return WriteTls(first.empty() ? second : first, patience);
-  return WritePlain(first, second, patience);
+Result<std::optional<std::size_t>> Stream::WriteNow(std::string_view bytes) {
+  if (tls_) return WriteTls(bytes);
+  const ssize_t count = ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  if (count >= 0) return std::optional(static_cast<std::size_t>(count));
+  if (WouldBlock()) return std::optional<std::size_t>();
+  return Broken(errno);
 }
 
-Result<std::size_t> Stream::WriteTls(std::string_view piece, const Patience& patience) {
-  for (;;) {
-    ERR_clear_error();
-    const int count =
-        SSL_write(tls_.get(), piece.data(), static_cast<int>(std::min<std::size_t>(piece.size(), 1 << 20)));
-    if (count > 0) return static_cast<std::size_t>(count);
-    const short events = WantedEvents(tls_.get(), count);
-    if (events == 0) return TlsBroken();
-    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
-  }
-}
-
-Result<std::size_t> Stream::WritePlain(std::string_view first, std::string_view second, const Patience& patience) {
-  std::array<iovec, 2> pieces{iovec{const_cast<char*>(first.data()), first.size()},
-                              iovec{const_cast<char*>(second.data()), second.size()}};
-  msghdr message{};
-  message.msg_iov = pieces.data();
-  message.msg_iovlen = pieces.size();
-  for (;;) {
-    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
-    if (count >= 0) return static_cast<std::size_t>(count);
-    if (!WouldBlock()) return Broken(errno);
-    if (auto ready = Wait(socket_.get(), POLLOUT, patience); !ready) return ready.error();
-  }
+// One record a call. A record that the system took in part is none yet to the other side, so its bytes are not out.
+Result<std::optional<std::size_t>> Stream::WriteTls(std::string_view bytes) {
+  ERR_clear_error();
+  const int count = SSL_write(tls_.get(), bytes.data(), static_cast<int>(std::min<std::size_t>(bytes.size(), 1 << 20)));
+  half_out_ = count <= 0;
+  if (count > 0) return std::optional(static_cast<std::size_t>(count));
+  const short wanted = WantedEvents(tls_.get(), count);
+  if (wanted == 0) return TlsBroken();
+  to_write_ = wanted;
+  return std::optional<std::size_t>();
 }
 
 Result<void> Stream::StartTls(TlsContext& context, const std::string& host, const Patience& patience) {
@@ -128,7 +108,8 @@ Result<void> Stream::StartTls(TlsContext& context, const std::string& host, cons
 bool Stream::resumed() const { return tls_ && SSL_session_reused(tls_.get()) == 1; }
 
 void Stream::Close() {
-  if (tls_ && SSL_is_init_finished(tls_.get())) {
+  // A goodbye would push a record out that is half out, after its bytes were told as not sent.
+  if (tls_ && SSL_is_init_finished(tls_.get()) && !half_out_) {
     SSL_shutdown(tls_.get());
     ERR_clear_error();
   }
