@@ -212,7 +212,8 @@ void AddSendCommand(CLI::App& app, Context& context) {
   send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");
   send->footer(
       "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
-      "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused 3 "
+      "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused "
+      "3 "
       "times or the sender 20 times in a row; others: quillcast is told why on standard "
       "error.");
   OnRun(*send, context, [options](Context& c) { return RunSend(c, *options); });

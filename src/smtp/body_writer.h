@@ -19,8 +19,8 @@ class BodyWriter {
 
   BodyWriter(MessageSource& source, Form form, std::uint64_t size) : source_(&source), form_(form), size_(size) {}
 
-  // Appends to `out` until it holds `enough` bytes, or a few more, or the message has ended. Fails when a piece cannot be had,
-  // or the count is not kept; the connection is then of no more use, for the message cannot be ended.
+  // Appends to `out` until it holds `enough` bytes, or a few more, or the message has ended. Fails when a piece cannot
+  // be had, or the count is not kept; the connection is then of no more use, for the message cannot be ended.
   Result<void> Fill(std::string& out, std::size_t enough);
   bool ended() const { return ended_; }
   // Octets of the message that were appended.

@@ -34,15 +34,15 @@ struct ClientOptions {
   std::string user;
   std::string password;
   AuthMode auth_mode = AuthMode::kLogin;
-  bool send_without_auth = false;    // where no authentication is offered; only after TLS or to a loopback host
-  bool extended = false;             // use extensions even where the greeting does not say ESMTP
+  bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
+  bool extended = false;           // use extensions even where the greeting does not say ESMTP
   // Where the server offers PIPELINING: commands that need no reply in between in one write, and with CHUNKING several
   // messages in flight (see ClientSession). Off: one command, one reply.
   bool pipeline = false;
   // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of
   // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
   std::chrono::seconds timeout{60};
-  std::string ca_file;               // PEM file of trusted authorities; empty for those of the system
+  std::string ca_file;  // PEM file of trusted authorities; empty for those of the system
 };
 
 // One message on its way.
@@ -80,8 +80,8 @@ class Client {
   ~Client();
 
   // Takes jobs until there are none left or the person cancels, then says QUIT. A message whose end had not gone out
-  // when the connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is never
-  // sent again. Where no connection can be had the job fails with the reason, and the next job tries anew.
+  // when the connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is
+  // never sent again. Where no connection can be had the job fails with the reason, and the next job tries anew.
   void Run(Mailing& mailing);
 
   // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well.

@@ -1,5 +1,5 @@
-// The jobs of a run between NextJob and Finished: which goes next, which goes over a second connection, and that each is
-// told once, in the order taken.
+// The jobs of a run between NextJob and Finished: which goes next, which goes over a second connection, and that each
+// is told once, in the order taken.
 #pragma once
 
 #include "platform/cancel.h"
@@ -24,8 +24,8 @@ class JobQueue {
   explicit JobQueue(const platform::CancelToken& cancel) : cancel_(cancel) {}
   void Begin(Mailing& mailing);
 
-  // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the next
-  // one until Submitted or Fail is called.
+  // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
+  // next one until Submitted or Fail is called.
   Job* Next();
   void Submitted();
   // It has had one connection already: there is no third.
@@ -33,16 +33,16 @@ class JobQueue {
   // It has this outcome without having been submitted.
   void Fail(const Outcome& outcome);
 
-  // The outcome of the first of those that were submitted. `again`: the server has not taken it for certain, and another
-  // connection may serve it.
+  // The outcome of the first of those that were submitted. `again`: the server has not taken it for certain, and
+  // another connection may serve it.
   void Settle(const Outcome& outcome, bool again);
 
   // Says Mailing::CaughtUp where something was told since the last time.
   void CatchUp();
 
  private:
-  // In the order taken. Those submitted have the order in which they were submitted: while any is, those that wait stand
-  // behind it, for they lost their connection together.
+  // In the order taken. Those submitted have the order in which they were submitted: while any is, those that wait
+  // stand behind it, for they lost their connection together.
   struct Entry {
     enum class Stage { kWaiting, kSubmitted, kSettled };
     Job* job = nullptr;

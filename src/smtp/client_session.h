@@ -137,11 +137,11 @@ class ClientSession {
     Envelope envelope;  // fitted to what the server can do
     MessageSource* message = nullptr;
     Next next = Next::kReset;
-    bool chunked = false;      // BDAT
-    bool open = false;         // the server may hold a transaction for it
-    bool ended = false;        // its last byte is made; `end` tells where
-    std::uint64_t end = 0;     // of the bytes of this connection
-    std::size_t awaited = 0;   // its commands without a reply
+    bool chunked = false;     // BDAT
+    bool open = false;        // the server may hold a transaction for it
+    bool ended = false;       // its last byte is made; `end` tells where
+    std::uint64_t end = 0;    // of the bytes of this connection
+    std::size_t awaited = 0;  // its commands without a reply
     bool sender_refused = false;
     std::optional<Outcome> verdict;  // the first refusal
   };
@@ -200,11 +200,11 @@ class ClientSession {
   SessionSetup setup_;
   SendWindow& window_;
   Capabilities capabilities_;
-  bool extended_ = false;   // the greeting, or the account, allows extensions
+  bool extended_ = false;  // the greeting, or the account, allows extensions
   bool ready_ = false;
   bool pipelined_ = false;
-  bool proven_ = false;     // the server has answered commands that came together
-  bool in_doubt_ = false;   // a transaction may be open: RSET goes before the next message
+  bool proven_ = false;    // the server has answered commands that came together
+  bool in_doubt_ = false;  // a transaction may be open: RSET goes before the next message
   bool closed_ = false;
   bool handshake_ = false;  // between the 220 to STARTTLS and TlsStarted
 
@@ -216,8 +216,8 @@ class ClientSession {
   std::uint64_t octets_made_ = 0;
   std::uint64_t octets_in_all_ = 0;
   std::string out_;
-  std::size_t out_at_ = 0;    // what lies before is out
-  std::uint64_t base_ = 0;    // how many bytes of this connection were before out_
+  std::size_t out_at_ = 0;  // what lies before is out
+  std::uint64_t base_ = 0;  // how many bytes of this connection were before out_
   bool out_secret_ = false;
 
   // Receiving.

@@ -263,9 +263,9 @@ void ClientSession::OnMessageRefused(Command command, const ServerReply& reply) 
   --transfer.awaited;
   if (BreaksPipelining(command, reply.code)) {
     window_.GiveUpPipelining();
-    return Close({State::kFailed, ResultCode::kBadResponse, reply,
-                  "The server does not keep the pipelining that it offers."},
-                 true);
+    return Close(
+        {State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers."},
+        true);
   }
   if (reply.code / 100 == 4 || command == Command::kMail) window_.BeCautious();
   if (command == Command::kReset) {

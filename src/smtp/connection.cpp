@@ -50,8 +50,7 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
       step_(session_.Step() - 1) {}
 
 net::Patience Connection::HandshakePatience() const {
-  return {around_.clock, around_.cancel, gives_up_at_,
-          net::Deadline::After(around_.clock.Monotonic(), longest_step_)};
+  return {around_.clock, around_.cancel, gives_up_at_, net::Deadline::After(around_.clock.Monotonic(), longest_step_)};
 }
 
 void Connection::Submit(Job& job) {
@@ -89,9 +88,9 @@ bool Connection::WriteAll() {
   return true;
 }
 
-// The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered, whole
-// reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read while a
-// write waits, so that two sides that both have much to say do not wait for each other.
+// The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
+// whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
+// while a write waits, so that two sides that both have much to say do not wait for each other.
 void Connection::WaitAndRead(bool blocked) {
   const auto began = around_.clock.Monotonic();
   if (session_.Step() != step_) {

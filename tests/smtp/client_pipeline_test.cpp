@@ -69,13 +69,17 @@ void Check(const char* extensions, const Case& c) {
 TEST(ClientPipeline, DataGoesWithItsEnvelopeAndTheNextEnvelopeWithTheEnd) {
   for (const Case& c : std::initializer_list<Case>{
            {"all is well", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES, "sent 0, sent 0"},
-           {"replies in one packet", DATA(0) "S+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(0) DATA(1)
-                "S+ 250 taken\nS+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(1) YES, "sent 0, sent 0"},
-           {"recipient and DATA refused", DATA(0) YES "S: 550 5.1.1 no\nS: 554 no recipients\nC: RSET\n" DATA(1) YES GO
-                BODY(1) YES, "refused 8, sent 0"},
+           {"replies in one packet",
+            DATA(0) "S+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(0)
+                DATA(1) "S+ 250 taken\nS+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(1) YES,
+            "sent 0, sent 0"},
+           {"recipient and DATA refused",
+            DATA(0) YES "S: 550 5.1.1 no\nS: 554 no recipients\nC: RSET\n" DATA(1) YES GO BODY(1) YES,
+            "refused 8, sent 0"},
            {"354 in vain", DATA(0) YES "S: 550 no\nS: 354 go\nC: .\n" DATA(1) "S: 554 no recipients\n" GO BODY(1) YES,
             "refused 8, sent 0"},
-           {"354 and 250 in vain", DATA(0) YES "S: 450 no\nS: 354 go\nC: .\n" DATA(1) "S: 250 whatever\n" GO BODY(1) YES,
+           {"354 and 250 in vain",
+            DATA(0) YES "S: 450 no\nS: 354 go\nC: .\n" DATA(1) "S: 250 whatever\n" GO BODY(1) YES,
             "deferred 8, sent 0"},
            {"sender refused", DATA(0) "S: 550 no\nS: 503 MAIL first\nS: 503 MAIL first\n" DATA(1) GO BODY(1) YES,
             "refused 7, sent 0"},
@@ -118,11 +122,12 @@ TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
             "sent 0, unknown 18, unknown 16"},
            {"message refused", BEGUN "S: 554 spam\n" TAKEN, "refused 4, sent 0"},
            {"last message refused", BEGUN YES YES YES YES "S: 554 spam\n", "sent 0, refused 4"},
-           {"after a 4xx one at a time, envelope first",
-            BEGUN "S: 451 later\n" TAKEN ENVELOPE(2) YES YES CHUNK(2) YES, "deferred 4, sent 0, sent 0"},
+           {"after a 4xx one at a time, envelope first", BEGUN "S: 451 later\n" TAKEN ENVELOPE(2) YES YES CHUNK(2) YES,
+            "deferred 4, sent 0, sent 0"},
            {"RSET refused", BEGUN YES "S: 502 what?\n", "sent 0, unknown 18"},
            {"goodbye to MAIL", BEGUN YES WHOLE(2) YES "S: 421 bye\n", "sent 0, failed 16 again, failed 16 again"},
-           {"goodbye to a message", BEGUN YES WHOLE(2) YES YES YES "S: 421 bye\n", "sent 0, deferred 4, failed 16 again"},
+           {"goodbye to a message", BEGUN YES WHOLE(2) YES YES YES "S: 421 bye\n",
+            "sent 0, deferred 4, failed 16 again"},
            {"no sense", BEGUN YES WHOLE(2) "S: what?\n", "sent 0, unknown 18, unknown 16"},
            {"pipelining not kept", ENVELOPE(0) YES "S: 503 one at a time\n", "failed 18 again"}}) {
     Check("S: 250-PIPELINING\nS: 250 CHUNKING\n", c);
@@ -131,10 +136,9 @@ TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
 
 // Where the connection breaks: before any byte of a message's end is out it may go again, after it nobody knows.
 TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
-  for (const auto& [code, first, second] :
-       {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
-        std::tuple{ResultCode::kReplyTimeout, "unknown 27", "failed 27 again"},
-        std::tuple{ResultCode::kCancelled, "unknown 20", "failed 20"}}) {
+  for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
+                                            std::tuple{ResultCode::kReplyTimeout, "unknown 27", "failed 27 again"},
+                                            std::tuple{ResultCode::kCancelled, "unknown 20", "failed 20"}}) {
     Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
     p.Run(ENVELOPE(0) YES YES CHUNK(0) WHOLE(1));
     p.session->GiveUp({State::kFailed, code, {}, "why"});
@@ -162,8 +166,9 @@ TEST(ClientPipeline, AServerThatDoesNotKeepItIsRemembered) {
   EXPECT_EQ(p.Outcomes(), "failed 27 again");
   p.session.emplace(p.options, SessionSetup{"[127.0.0.1]", true, false}, p.window);
   p.submitted = 0;
-  p.Run("S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 PIPELINING\n"
-        "C: MAIL FROM:<a@b.c>\nS: 250 ok\nC: RCPT TO:<r0@b.c>\nS: 250 ok\nC: DATA\nS: 354 go\n" BODY(0) YES);
+  p.Run(
+      "S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 PIPELINING\n"
+      "C: MAIL FROM:<a@b.c>\nS: 250 ok\nC: RCPT TO:<r0@b.c>\nS: 250 ok\nC: DATA\nS: 354 go\n" BODY(0) YES);
   EXPECT_EQ(p.Outcomes(), "failed 27 again, sent 0");
 }
 

@@ -73,7 +73,8 @@ inline void Listen(ClientSession& session, Told& told) {
 // "S: " lines are received, "C: " lines must be what is sent next, "TLS" is a handshake that succeeds. "S+ " lines come
 // in one packet with the line after them. After the last line nothing more may be waiting to be sent. `feed` is called
 // wherever a client would look for messages to submit.
-inline void Play(ClientSession& session, Told& told, std::string_view dialogue, const std::function<void()>& feed = {}) {
+inline void Play(ClientSession& session, Told& told, std::string_view dialogue,
+                 const std::function<void()>& feed = {}) {
   std::string sent;
   std::string packet;
   const auto take = [&] {

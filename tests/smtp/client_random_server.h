@@ -1,5 +1,5 @@
-// A server without a socket that does what chance says at every command, and keeps account of what it took. It is strict
-// about the state of its transaction, in one of the ways in which real servers are.
+// A server without a socket that does what chance says at every command, and keeps account of what it took. It is
+// strict about the state of its transaction, in one of the ways in which real servers are.
 #pragma once
 
 #include <algorithm>
@@ -17,12 +17,12 @@ struct ServerKind {
   const char* name = "";
   bool pipelining = false;
   bool chunking = false;
-  int refuse = 0;             // a command or a message, with 4xx or 5xx
+  int refuse = 0;              // a command or a message, with 4xx or 5xx
   bool only_for_good = false;  // with 5xx, and never the sender: what leaves a window open
-  int goodbye = 0;            // 421, and the connection closed
-  int drop = 0;               // the connection closed: before a command, or after it with its reply cut
-  bool data_in_vain = false;  // 354 though no recipient was taken
-  bool needs_reset = false;   // after a BDAT that failed everything is 503 until RSET; else the transaction goes on
+  int goodbye = 0;             // 421, and the connection closed
+  int drop = 0;                // the connection closed: before a command, or after it with its reply cut
+  bool data_in_vain = false;   // 354 though no recipient was taken
+  bool needs_reset = false;    // after a BDAT that failed everything is 503 until RSET; else the transaction goes on
   enum class Pipelining { kKept, kRestLost, kRestRefused } kept = Pipelining::kKept;
 };
 
