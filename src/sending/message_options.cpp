@@ -112,7 +112,7 @@ Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
   options.auth_mode = *auth_mode;
   options.sign_in = account.IsOn(kAuth);
   options.user = account[kUsername];
-  options.password = account[kPassword];
+  options.password = smtp::Secret(account[kPassword]);
   options.send_without_auth = account.IsOn(kNoAuth);
   options.extended = account.IsOn(kExtended);
   options.pipeline = account.IsOn(kPipeline);

@@ -10,7 +10,6 @@
 #include "smtp/client_jobs.h"
 #include "smtp/client_window.h"
 #include "smtp/connection.h"
-#include "smtp/secret.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -42,7 +41,6 @@ class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
       : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel, window_, jobs_} {}
-  ~Driver() { Wipe(options_.password); }
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 

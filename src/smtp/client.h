@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "smtp/envelope.h"
 #include "smtp/outcome.h"
+#include "smtp/secret.h"
 
 namespace quillcast::smtp {
 
@@ -19,7 +20,7 @@ namespace quillcast::smtp {
 // to be sent to any host but a loopback one. Certificates and names are always verified.
 enum class Security { kAutomatic, kStartTls, kTls, kNone };
 
-// The mechanism asked for. kLogin also takes PLAIN where LOGIN is not offered.
+// The way of signing in that is asked for; sasl.cpp has the mechanisms that serve each.
 enum class AuthMode { kLogin, kCramMd5, kNtlm };
 
 struct Server {
@@ -32,7 +33,7 @@ struct ClientOptions {
   Security security = Security::kAutomatic;
   bool sign_in = false;
   std::string user;
-  std::string password;
+  Secret password;
   AuthMode auth_mode = AuthMode::kLogin;
   bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
   bool extended = false;           // use extensions even where the greeting does not say ESMTP

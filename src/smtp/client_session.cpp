@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/base64.h"
 #include "platform/text.h"
 
 namespace quillcast::smtp {
@@ -99,6 +98,7 @@ void ClientSession::OnReply(const ServerReply& reply) {
     if (reply.code == 421) return Close(VerdictOf(ResultCode::kConnectionLost, reply));
     return Senseless("it answered without having been asked");
   }
+  if (!cancelled_.empty()) return Close({});
   const Command command = awaited_.front().command;
   const bool refused = reply.code / 100 == 4 || reply.code / 100 == 5;
   if (reply.code == 421) return OnGoodbye(command, reply);
@@ -149,6 +149,9 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
       NewEvent(Event::Kind::kStartTls);
       return;
     case Command::kAuth:
+      if (const auto proved = exchange_->Finish(); !proved) {
+        return Fail(ResultCode::kAuthProtocolError, proved.error().what);
+      }
       return BecomeReady();
     default:  // kQuit
       return Close({State::kSent, ResultCode::kSuccess, reply, {}});
@@ -158,7 +161,8 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
 void ClientSession::OnRefused(Command command, const ServerReply& reply) {
   if (command == Command::kEhlo && reply.code / 100 == 5) return Send(Command::kHelo, "HELO " + setup_.local_name);
   Outcome outcome = VerdictOf(MeaningOf(command).refused, reply);
-  outcome.reason = fmt::format("The server did not take {}.", MeaningOf(command).what);
+  outcome.reason = command == Command::kAuth ? AuthRefusal(reply.code)
+                                             : fmt::format("The server did not take {}.", MeaningOf(command).what);
   Close(std::move(outcome));
 }
 
@@ -204,9 +208,11 @@ void ClientSession::TlsStarted() {
 
 void ClientSession::SignIn() {
   if (!capabilities_.mechanisms.empty()) {
-    auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_, {options_.user, options_.password});
+    auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
+                                     {options_.user, options_.password.view(), setup_.nonce, setup_.now});
     if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what);
-    return SignInWith(*std::move(mechanism));
+    exchange_.emplace(*std::move(mechanism));
+    return SendSecret(exchange_->Begin());
   }
   const bool safe = setup_.encrypted || setup_.loopback;
   if (!options_.send_without_auth) return Fail(ResultCode::kAuthNotOffered, kAuthMissing);
@@ -214,35 +220,15 @@ void ClientSession::SignIn() {
   BecomeReady();
 }
 
-void ClientSession::SignInWith(std::unique_ptr<SaslMechanism> mechanism) {
-  mechanism_ = std::move(mechanism);
-  const std::string command = std::string("AUTH ") + mechanism_->Name();
-  const auto initial = mechanism_->Start();
-  if (!initial) return SendSecret(command, command);
-  std::string coded;
-  platform::AppendBase64(coded, initial->view());
-  std::string line;
-  line.reserve(command.size() + coded.size() + 2);
-  // RFC 4954 4: an empty initial response is "=".
-  line.append(command).append(" ").append(coded.empty() ? "=" : coded);
-  SendSecret(line, command + " ****");
-  Wipe(coded);
-  Wipe(line);
-}
-
 void ClientSession::OnChallenge(const ServerReply& reply) {
-  const auto challenge = platform::DecodeBase64(platform::Trim(reply.text));
-  if (!challenge) return Fail(ResultCode::kAuthProtocolError, kAuthBroken);
-  const auto response = mechanism_->Step(*challenge);
-  if (!response) return Fail(ResultCode::kAuthProtocolError, response.error().what);
-  std::string coded;
-  platform::AppendBase64(coded, response->view());
-  SendSecret(coded, "****");
-  Wipe(coded);
+  const auto response = exchange_->Answer(platform::Trim(reply.text));
+  if (response) return SendSecret(*response);
+  cancelled_ = response.error().what;
+  SendSecret(CancelSaslExchange());
 }
 
 void ClientSession::BecomeReady() {
-  mechanism_.reset();
+  exchange_.reset();
   ready_ = true;
   pipelined_ = options_.pipeline && capabilities_.pipelining && window_.pipelining();
   NewEvent(Event::Kind::kReady);
@@ -291,6 +277,8 @@ void ClientSession::GiveUp(Outcome why) {
 void ClientSession::Close(Outcome why, bool again, bool goodbye) {
   if (closed_) return;
   closed_ = true;
+  if (!cancelled_.empty()) why = {State::kFailed, ResultCode::kAuthProtocolError, {}, std::move(cancelled_)};
+  exchange_.reset();
   if (out_secret_) Wipe(out_);
   const bool cancelled = why.code == ResultCode::kCancelled;
   for (bool oldest = true; !transfers_.empty(); oldest = false) {

@@ -18,7 +18,7 @@
 #include "smtp/envelope.h"
 #include "smtp/outcome.h"
 #include "smtp/reply.h"
-#include "smtp/sasl.h"
+#include "smtp/sasl_exchange.h"
 #include "smtp/smtp_line.h"
 
 namespace quillcast::smtp {
@@ -28,6 +28,8 @@ struct SessionSetup {
   std::string local_name;  // for EHLO: "[127.0.0.1]"
   bool loopback = false;   // the server is this computer
   bool encrypted = false;  // TLS stands already
+  std::string nonce = {};  // for signing in, see Credentials
+  std::chrono::system_clock::time_point now = {};
 };
 
 struct Event {
@@ -153,7 +155,7 @@ class ClientSession {
 
   // Sending.
   void Send(Command command, std::string_view line);
-  void SendSecret(const std::string& line, std::string_view shown);
+  void SendSecret(const SecretLine& line);
   void SendEhlo();
   void Await(Command command, std::uint64_t end);
   bool SendMore();
@@ -182,7 +184,6 @@ class ClientSession {
   void OnChallenge(const ServerReply& reply);
   bool MayUseStartTls() const;
   void SignIn();
-  void SignInWith(std::unique_ptr<SaslMechanism> mechanism);
   void BecomeReady();
 
   // Ends.
@@ -223,7 +224,8 @@ class ClientSession {
   // Receiving.
   ReplyReader reader_;
   ReusedQueue<Awaited> awaited_;
-  std::unique_ptr<SaslMechanism> mechanism_;
+  std::optional<SaslExchange> exchange_;
+  std::string cancelled_;  // why the exchange was cancelled; the reply to that ends the session
 
   std::uint64_t steps_ = 0;
   ReusedQueue<Event> events_;

@@ -74,13 +74,13 @@ void ClientSession::Send(Command command, std::string_view line) {
   Log("C: ", line);
 }
 
-// `line` is made of base 64 and fixed words.
-void ClientSession::SendSecret(const std::string& line, std::string_view shown) {
-  out_.reserve(out_.size() + line.size() + 2);  // growing later would leave a copy behind
-  out_.append(line).append("\r\n");
+// The line is made of base 64 and fixed words.
+void ClientSession::SendSecret(const SecretLine& line) {
+  out_.reserve(out_.size() + line.text.view().size() + 2);  // growing later would leave a copy behind
+  out_.append(line.text.view()).append("\r\n");
   out_secret_ = true;
   Await(Command::kAuth, made());
-  Log("C: ", shown);
+  Log("C: ", line.shown);
 }
 
 void ClientSession::SendEhlo() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/entropy.h"
 #include "platform/text.h"
 
 namespace quillcast::smtp {
@@ -9,6 +10,16 @@ namespace {
 
 // A message's progress is told at each of so many parts of it.
 constexpr std::uint64_t kProgressParts = 4;
+
+std::string Nonce() {
+  platform::SystemEntropy entropy;
+  std::string nonce;
+  for (int n = 0; n < 3; ++n) {
+    const std::uint64_t value = entropy.Next();
+    nonce.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  return nonce;
+}
 
 // A server that takes longer to answer than this is not pressed for more.
 constexpr std::chrono::seconds kQuick{1};
@@ -44,7 +55,8 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
       stream_(std::move(stream)),
       host_(std::move(host)),
       session_(around.options,
-               {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address), encrypted},
+               {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address), encrypted,
+                Nonce(), around.clock.Now()},
                around.window),
       longest_step_(around.options.timeout),
       step_(session_.Step() - 1) {}

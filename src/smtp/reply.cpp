@@ -5,6 +5,8 @@
 namespace quillcast::smtp {
 namespace {
 
+constexpr const char* kTooLong = "a line of its reply is longer than 12288 octets";
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Takes one to three digits off the front; false when there are none, or more.
@@ -53,7 +55,7 @@ ReplyReader::Step ReplyReader::Next() {
     const std::size_t end = buffer_.find('\n', scanned_);
     const std::size_t length = (end == std::string::npos ? buffer_.size() : end) - at_;
     if (length > kLongestLine + 1) {
-      Complain("a line of its reply is longer than 4096 octets");
+      Complain(kTooLong);
     } else if (end == std::string::npos) {
       scanned_ = buffer_.size();
       return Step::kNeedMore;
@@ -69,7 +71,7 @@ ReplyReader::Step ReplyReader::Next() {
 bool ReplyReader::TakeLine(std::string_view line) {
   const int code = CodeOf(line);
   if (line.size() > kLongestLine) {
-    Complain("a line of its reply is longer than 4096 octets");
+    Complain(kTooLong);
   } else if (code == 0 || line.find('\0') != std::string_view::npos) {
     Complain("its answer is no reply of SMTP");
   } else if (line_count_ > 0 && code != reply_.code) {

@@ -11,7 +11,7 @@ namespace quillcast::smtp {
 
 class ReplyReader {
  public:
-  static constexpr std::size_t kLongestLine = 4096;  // octets without the line end; RFC 5321 asks for 512
+  static constexpr std::size_t kLongestLine = 12288;  // octets; RFC 5321 asks for 512, RFC 4954 for these
   static constexpr int kMostLines = 200;
 
   enum class Step {

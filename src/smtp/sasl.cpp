@@ -12,10 +12,17 @@ struct Row {
   const char* name;
   std::unique_ptr<SaslMechanism> (*make)(const Credentials&);
 };
-// For each mode the mechanisms that serve it, the one asked for first.
+// For each mode the mechanisms that serve it, the best first. Whoever asks for CRAM-MD5 wants the password not to
+// travel: SCRAM does that better.
 constexpr std::array kRows{
     Row{AuthMode::kLogin, "LOGIN", MakeLogin},
     Row{AuthMode::kLogin, "PLAIN", MakePlain},
+    Row{AuthMode::kLogin, "SCRAM-SHA-256", MakeScramSha256},
+    Row{AuthMode::kLogin, "SCRAM-SHA-1", MakeScramSha1},
+    Row{AuthMode::kCramMd5, "SCRAM-SHA-256", MakeScramSha256},
+    Row{AuthMode::kCramMd5, "SCRAM-SHA-1", MakeScramSha1},
+    Row{AuthMode::kCramMd5, "CRAM-MD5", MakeCramMd5},
+    Row{AuthMode::kNtlm, "NTLM", MakeNtlm},
 };
 
 struct ModeName {
@@ -39,15 +46,8 @@ const char* NameOf(AuthMode mode) {
 
 Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
                                                        const Credentials& credentials) {
-  bool served = false;
   for (const Row& row : kRows) {
-    if (row.mode != mode) continue;
-    served = true;
-    if (capabilities.Offers(row.name)) return row.make(credentials);
-  }
-  if (!served) {
-    return Error{Failure::kUnavailable,
-                 fmt::format("{} is not served by this version; choose AUTH LOGIN.", NameOf(mode))};
+    if (row.mode == mode && capabilities.Offers(row.name)) return row.make(credentials);
   }
   return Error{Failure::kUnavailable,
                fmt::format("The server does not offer {} but {}. Choose another way of signing in.", NameOf(mode),

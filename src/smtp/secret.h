@@ -10,6 +10,7 @@
 namespace quillcast::smtp {
 
 inline void Wipe(std::string& text) {
+  text.resize(text.capacity());  // what was longer once may still lie behind the end
   OPENSSL_cleanse(text.data(), text.size());
   text.clear();
 }
@@ -18,16 +19,20 @@ class Secret {
  public:
   Secret() = default;
   explicit Secret(std::string_view text) : text_(text) {}
-  explicit Secret(std::string&& text) : text_(std::move(text)) {}
+  explicit Secret(const char* text) : text_(text) {}
   // Swapped, not moved: a short text lives inside its string, and a move would leave it there.
+  explicit Secret(std::string&& text) { text_.swap(text); }
+  Secret(const Secret& other) = default;
   Secret(Secret&& other) noexcept { text_.swap(other.text_); }
   Secret& operator=(Secret&& other) noexcept {
     text_.swap(other.text_);
     return *this;
   }
+  Secret& operator=(const Secret& other) { return *this = Secret(other); }
   ~Secret() { Wipe(text_); }
 
   std::string_view view() const { return text_; }
+  bool empty() const { return text_.empty(); }
 
  private:
   std::string text_;

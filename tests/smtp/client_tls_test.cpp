@@ -76,7 +76,7 @@ class ClientTls : public testing::Test {
     options.ca_file = ca_file_;
     options.sign_in = true;
     options.user = "ada";
-    options.password = "s3cret";
+    options.password = Secret("s3cret");
     return options;
   }
 

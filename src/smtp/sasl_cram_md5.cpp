@@ -1,0 +1,39 @@
+#include <fmt/format.h>
+
+#include "smtp/digest.h"
+#include "smtp/sasl.h"
+
+namespace quillcast::smtp {
+namespace {
+
+class CramMd5 final : public SaslMechanism {
+ public:
+  explicit CramMd5(const Credentials& credentials) : credentials_(credentials) {}
+  const char* Name() const override { return "CRAM-MD5"; }
+  std::optional<Secret> Start() override { return {}; }
+
+  Result<Secret> Step(std::string_view challenge) override {
+    // To an empty challenge the answer would be the same each time, and could be used again.
+    if (challenge.empty()) return Error{Failure::kBadData, "The server's challenge is empty."};
+    if (answered_) return Error{Failure::kBadData, "The server asked for more than CRAM-MD5 has to say."};
+    answered_ = true;
+    const Secret digest = Hmac(EVP_md5(), credentials_.password, challenge);
+    if (digest.empty()) return Error{Failure::kUnavailable, "This computer's policy does not allow CRAM-MD5."};
+    std::string response(credentials_.user);
+    response += ' ';
+    for (const char c : digest.view()) response += fmt::format("{:02x}", static_cast<unsigned char>(c));
+    return Secret(std::move(response));
+  }
+
+ private:
+  Credentials credentials_;
+  bool answered_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<SaslMechanism> MakeCramMd5(const Credentials& credentials) {
+  return std::make_unique<CramMd5>(credentials);
+}
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,15 @@
+// SASLprep (RFC 4013): the one form of a user name or a password that can be written in several ways.
+#pragma once
+
+#include <string_view>
+
+#include "platform/result.h"
+#include "smtp/secret.h"
+
+namespace quillcast::smtp {
+
+// As a query: code points that Unicode has not assigned may stand. Fails with kBadData for what is not UTF-8, or holds
+// characters that are never taken (controls, a mix of directions); the error does not repeat the text.
+Result<Secret> SaslPrep(std::string_view text);
+
+}  // namespace quillcast::smtp

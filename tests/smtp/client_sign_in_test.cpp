@@ -1,0 +1,141 @@
+// Dialogues of signing in where the password does not travel, and the rules of the exchange itself.
+#include <gtest/gtest.h>
+
+#include "platform/base64.h"
+#include "smtp/client_play.h"
+
+namespace quillcast::smtp {
+namespace {
+
+struct Played {
+  Told told;
+  Outcome closed;  // kSuccess when the session became ready
+};
+
+Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue, bool loopback = true) {
+  ClientOptions options;
+  options.sign_in = true;
+  options.user = "ada";
+  options.password = password;
+  options.auth_mode = mode;
+  SendWindow window;
+  ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')}, window);
+  Played out;
+  Play(session, out.told, dialogue);
+  EXPECT_NE(out.told.ready, out.told.closed.has_value());
+  out.closed = out.told.closed.value_or(Outcome{State::kSent, ResultCode::kSuccess, {}, {}});
+  return out;
+}
+
+#define EHLO "S: 220 mx ESMTP\nC: EHLO [192.0.2.1]\n"
+#define AUTH(mechanisms) EHLO "S: 250-mx\nS: 250 AUTH " mechanisms "\n"
+#define CRAM \
+  AUTH("LOGIN CRAM-MD5") "C: AUTH CRAM-MD5\nS: 334 PDFAYT4=\nC: YWRhIGI2N2JkZmQ1ODVjZGQ2ZjA0ZmQ4MjYwNTkzZjhiMjIz\n"
+#define SCRAM_FIRST              \
+  AUTH("CRAM-MD5 SCRAM-SHA-256") \
+  "C: AUTH SCRAM-SHA-256 "       \
+  "biwsbj1hZGEscj1xcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcQ==\n"
+#define SCRAM                                                                     \
+  SCRAM_FIRST                                                                     \
+  "S: 334 cj1xcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXgscz1jMkZzZEE9PSxpPTE=\n" \
+  "C: Yz1iaXdzLHI9cXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXF4LHA9"               \
+  "dVlOUjJZU21ZaGtjZm96NXE4MGZGa3h6YWJ0RHZrN0tYcklISzVOdklrRT0=\n"
+#define NTLM_FIRST AUTH("LOGIN NTLM") "C: AUTH NTLM TlRMTVNTUAABAAAABYKIAAAAAAAAAAAAAAAAAAAAAAA=\n"
+#define NTLM                                                                               \
+  NTLM_FIRST                                                                               \
+  "S: 334 TlRMTVNTUAACAAAADAAMADgAAAAzgoriASNFZ4mrze8AAAAAAAAAACQAJABEAAAABgBwFw"          \
+  "AAAA9TAGUAcgB2AGUAcgACAAwARABvAG0AYQBpAG4AAQAMAFMAZQByAHYAZQByAAAAAAA=\n"               \
+  "C: TlRMTVNTUAADAAAAGAAYAEgAAABUAFQAYAAAAAAAAAC0AAAABgAGALQAAAAAAAAAugAAAAAAAAC6AAAAAYK" \
+  "IAAAAAAAAAAAAbnKVxa8UhK6bLsHCMGFbI6qqqqqqqqqqxBL6lFE03s1njUAudKApgAEBAAAAAAAAAIA+1d"    \
+  "6xnQGqqqqqqqqqqgAAAAACAAwARABvAG0AYQBpAG4AAQAMAFMAZQByAHYAZQByAAAAAAAAAAAAYQBkAGEA\n"
+
+// What the client says was computed with the hmac module of Python.
+TEST(ClientSignIn, SignsInWithoutSendingThePassword) {
+  using enum ResultCode;
+  using enum AuthMode;
+  struct Case {
+    const char* name;
+    AuthMode mode;
+    const char* dialogue;
+    ResultCode code;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"cram", kCramMd5, CRAM "S: 235 ok", kSuccess},
+           {"cram refused", kCramMd5, CRAM "S: 535 no", kAuthRefused},
+           {"cram asks again", kCramMd5, CRAM "S: 334 PDFAYT4=\nC: *\nS: 501 no", kAuthProtocolError},
+           {"only what sends the password", kCramMd5, AUTH("LOGIN PLAIN"), kAuthNotOffered},
+           {"scram", kCramMd5,
+            SCRAM "S: 334 dj1LSnJDVmtlMzU0c2lvNnlsREVxZWNTUFBTbVhIWWdZcVQ0aVc3UWdmTVhRPQ==\nC: \nS: 235 ok", kSuccess},
+           {"scram refused", kCramMd5, SCRAM "S: 535 no", kAuthRefused},
+           {"scram refused in its own words", kCramMd5, SCRAM "S: 334 ZT14\nC: \nS: 535 no", kAuthRefused},
+           {"scram without a proof", kCramMd5, SCRAM "S: 235 ok", kAuthProtocolError},
+           {"scram with a wrong proof", kCramMd5, SCRAM "S: 334 dj1BQUFB\nC: *\nS: 501 ok", kAuthProtocolError},
+           {"scram taken at once", kCramMd5, SCRAM_FIRST "S: 235 ok", kAuthProtocolError},
+           {"ntlm", kNtlm, NTLM "S: 235 ok", kSuccess},
+           {"ntlm refused", kNtlm, NTLM "S: 535 no", kAuthRefused},
+           {"ntlm asks again", kNtlm, NTLM "S: 334 TlRM\nC: *\nS: 501 no", kAuthProtocolError},
+           {"ntlm with a challenge that is none", kNtlm, NTLM_FIRST "S: 334 Tk9QRQ==\nC: *\nS: 501 ok",
+            kAuthProtocolError},
+           {"ntlm not offered", kNtlm, AUTH("LOGIN"), kAuthNotOffered}}) {
+    SCOPED_TRACE(c.name);
+    const Played played = SignIn(c.mode, Secret("s3cret"), c.dialogue);
+    EXPECT_EQ(played.closed.code, c.code);
+    for (const std::string& line : played.told.log) {
+      for (const char* secret : {"s3cret", "YWRhIG", "Yz1iaXdz", "TlRMTVNTUAAD"}) {
+        EXPECT_EQ(line.find(secret), std::string::npos) << line;
+      }
+    }
+  }
+}
+
+TEST(ClientSignIn, ReadsTheMechanismsAnewUnderTls) {
+  const std::string until_tls =
+      EHLO "S: 250-mx\nS: 250-AUTH LOGIN\nS: 250 STARTTLS\nC: STARTTLS\nS: 220 go\nTLS\nC: EHLO [192.0.2.1]\n";
+  for (const auto& [dialogue, code] :
+       {std::pair{"S: 250-mx\nS: 250 AUTH PLAIN\nC: AUTH PLAIN AGFkYQBzM2NyZXQ=\nS: 235 ok", ResultCode::kSuccess},
+        std::pair{"S: 250 mx", ResultCode::kAuthNotOffered}}) {
+    EXPECT_EQ(SignIn(AuthMode::kLogin, Secret("s3cret"), until_tls + dialogue, false).closed.code, code) << dialogue;
+  }
+}
+
+TEST(ClientSignIn, SaysWhyItWasNotTaken) {
+  struct Case {
+    const char* reply;
+    State state;
+    const char* words;
+  };
+  using enum State;
+  for (const Case& c : {Case{"535 5.7.8 no", kRefused, "the user or the password"},
+                        Case{"454 4.7.0 no", kDeferred, "cannot check the password at present"},
+                        Case{"432 4.7.12 no", kDeferred, "change of the password"},
+                        Case{"504 5.5.4 no", kRefused, "Choose another"}, Case{"534 5.7.9 no", kRefused, "too weak"},
+                        Case{"538 5.7.11 no", kRefused, "encrypted"}, Case{"451 no", kDeferred, "Try again later"}}) {
+    const auto closed =
+        SignIn(AuthMode::kLogin, Secret("x"), AUTH("LOGIN") "C: AUTH LOGIN\nS: " + std::string(c.reply)).closed;
+    EXPECT_EQ(closed.state, c.state) << c.reply;
+    EXPECT_EQ(closed.code, ResultCode::kAuthRefused) << c.reply;
+    EXPECT_NE(closed.reason.find(c.words), std::string::npos) << closed.reason;
+  }
+}
+
+// A command has 512 octets at most, a line of the exchange 12288 (RFC 4954 4).
+TEST(ClientSignIn, KeepsItsLinesToTheLengthThatServersTake) {
+  struct Case {
+    std::size_t password;
+    bool in_command;
+    bool sent;
+  };
+  for (const Case& c :
+       {Case{367, true, true}, Case{368, false, true}, Case{9208, false, true}, Case{9211, false, false}}) {
+    const std::string password(c.password, 'x');
+    std::string coded;
+    platform::AppendBase64(coded, std::string("\0ada\0", 5) + password);
+    std::string dialogue = AUTH("PLAIN") "C: AUTH PLAIN";
+    dialogue += c.in_command ? " " : "\nS: 334 \nC: ";
+    dialogue += c.sent ? coded + "\nS: 235 ok" : "*\nS: 501 ok";
+    EXPECT_EQ(SignIn(AuthMode::kLogin, Secret(password), dialogue).told.ready, c.sent) << c.password;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::smtp
