@@ -13,7 +13,7 @@
 
 namespace quillcast::net {
 
-// SIGPIPE is never raised. Reading and writing never wait; errors are those of Patience.
+// SIGPIPE is never raised. Errors are those of Patience. ReadNow and WriteNow never wait.
 class Stream {
  public:
   Stream() = default;
@@ -24,8 +24,9 @@ class Stream {
   // Writes as much as goes in one call and returns how many bytes are out, so that a caller knows how far it got when a
   // later call fails; nothing when none goes. Bytes that were offered are to be offered again, first.
   Result<std::optional<std::size_t>> WriteNow(std::string_view bytes);
-  // Waits until there is something to read; with `or_to_write`, also until what did not go may go.
-  Result<void> WaitToRead(bool or_to_write, const Patience& patience);
+  // Waits until there is something to read, and reads it; with `or_to_write`, also until what did not go may go, and
+  // then what it reads may be nothing.
+  Result<std::optional<std::size_t>> Read(std::span<char> buffer, bool or_to_write, const Patience& patience);
 
   // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
@@ -40,6 +41,8 @@ class Stream {
   void Close();
 
  private:
+  Result<std::optional<std::size_t>> ReadWith(std::span<char> buffer, int flags);
+  void SetWaiting(bool waiting);
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);
   Result<std::optional<std::size_t>> WriteTls(std::string_view bytes);
 
@@ -47,6 +50,7 @@ class Stream {
   SslHandle tls_;
   short to_read_ = POLLIN;    // what a read that got nothing waits for; TLS may have to write first
   short to_write_ = POLLOUT;  // and the reverse
+  bool waiting_ = false;      // a read without MSG_DONTWAIT waits, for a while
   bool half_out_ = false;     // under TLS: a record is with us that the system took in part
 };
 

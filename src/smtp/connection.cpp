@@ -109,21 +109,28 @@ void Connection::WaitAndRead(bool blocked) {
     step_ = session_.Step();
     deadline_ = net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
   }
-  const auto ready = stream_.WaitToRead(blocked, {around_.clock, around_.cancel, gives_up_at_, deadline_});
-  if (!ready) return GiveUp(ready.error());
+  const auto count = stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, deadline_});
   around_.window.SetQuick(around_.clock.Monotonic() - began < kQuick);
-  ReadAll();
+  // A short read in clear took all that there is.
+  if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
 }
 
 void Connection::ReadAll() {
-  for (bool more = true; more && !session_.closed();) {
-    const auto count = stream_.ReadNow(buffer_);
-    if (!count) return GiveUp(count.error());
-    if (!*count) return;
-    if (**count == 0) return session_.GiveUp(Lost("The server closed the connection."));
-    session_.Receive({buffer_.data(), **count});
-    more = stream_.encrypted() || **count == buffer_.size();  // a short read in clear took all that there is
+  while (Take(stream_.ReadNow(buffer_))) {
   }
+}
+
+// Hands on what was read into the buffer; false when there was nothing, or there will be nothing more.
+bool Connection::Take(const Result<std::optional<std::size_t>>& count) {
+  if (!count) {
+    GiveUp(count.error());
+  } else if (*count && **count == 0) {
+    session_.GiveUp(Lost("The server closed the connection."));
+  } else if (*count) {
+    session_.Receive({buffer_.data(), **count});
+    return !session_.closed();
+  }
+  return false;
 }
 
 void Connection::GiveUp(const Error& error) { session_.GiveUp(OutcomeOf(error)); }

@@ -49,6 +49,7 @@ class Connection {
   bool WriteAll();
   void WaitAndRead(bool blocked);
   void ReadAll();
+  bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
   void StartTls();
   void TellProgress();
