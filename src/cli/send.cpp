@@ -19,6 +19,7 @@ struct SendOptions {
   std::string group;
   std::string range;
   bool dry_run = false;
+  bool keep_going = false;
   std::string as;
   std::string to_file;
   std::string proof;
@@ -27,7 +28,7 @@ struct SendOptions {
 // Tells the person at the terminal, or the program behind it, how a run goes.
 class SendListener final : public sending::RunListener {
  public:
-  explicit SendListener(Output& output) : output_(output) {}
+  SendListener(Output& output, bool keep_going) : output_(output), keep_going_(keep_going) {}
 
   void ReportLine(std::string_view) override {}  // the report is in the history
   void Note(std::string_view text) override { output_.Note(text); }
@@ -47,12 +48,25 @@ class SendListener final : public sending::RunListener {
         fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100), OutcomeText(outcome)));
   }
 
+  bool GoOn(const smtp::Outcome& refusal, int times) override {
+    if (keep_going_) return true;
+    output_.EndProgress();
+    output_.Note(fmt::format("The server refused the same {} times in a row, so the run stops: {}", times,
+                             OutcomeText(refusal)));
+    output_.Note("--keep-going tries every recipient all the same.");
+    return false;
+  }
+  void NotTried(std::int64_t position, const std::string& address) override {
+    output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
+  }
+
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
     output_.Progress(fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total)));
   }
 
  private:
   Output& output_;
+  bool keep_going_;
 };
 
 Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
@@ -68,8 +82,8 @@ Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, 
 }
 
 int RunMailing(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
-               const std::optional<sending::PartialRange>& range) {
-  SendListener listener(context.output);
+               const std::optional<sending::PartialRange>& range, bool keep_going) {
+  SendListener listener(context.output, keep_going);
   const sending::RunRequest request{message,       mailing.document.subject, mailing.account,
                                     mailing.group, mailing.recipients,       range};
   const auto summary =
@@ -85,8 +99,10 @@ int RunMailing(Context& context, const Mailing& mailing, const sending::MessageT
       fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"), summary->failed));
   context.output.Line(fmt::format("Report: {}", (mailing.folders.History() / (summary->history + ".txt")).string()));
   if (summary->not_tried > 0) {
-    context.output.Note(fmt::format("{} not tried; nothing was sent to them.",
-                                    platform::Counted(summary->not_tried, "recipient was", "recipients were")));
+    const std::int64_t last = range ? range->last : mailing.recipients;
+    context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",
+                                    platform::Counted(summary->not_tried, "recipient was", "recipients were"),
+                                    last - summary->not_tried + 1, last));
   }
   if (summary->stopped) return context.output.Fail(*summary->stopped);
   if (summary->not_tried > 0) return ExitCode(Failure::kTryAgain);
@@ -177,7 +193,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (options.dry_run) return RunDry(context, *mailing, message, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *mailing, message);
   if (!options.proof.empty()) return RunProof(context, options, *mailing, message);
-  return RunMailing(context, *mailing, message, *range);
+  return RunMailing(context, *mailing, message, *range, options.keep_going);
 }
 
 }  // namespace
@@ -189,12 +205,16 @@ void AddSendCommand(CLI::App& app, Context& context) {
   AddDocumentOptions(*send, options->document);
   send->add_option("--range", options->range, "Only these places of the group's list, FIRST-LAST")->type_name("N-M");
   send->add_flag("--dry-run", options->dry_run, "Check and compose everything, hand over nothing");
+  send->add_flag("--keep-going", options->keep_going,
+                 "Try every recipient, even where the server keeps refusing the sign-in or the sender");
   send->add_option("--as", options->as, "Whose data --to-file and --proof use")->type_name("ADDRESS");
   send->add_option("--to-file", options->to_file, "Write that recipient's message into this file")->type_name("FILE");
   send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");
   send->footer(
       "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
-      "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted; others: quillcast is told why on standard "
+      "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused "
+      "3 "
+      "times or the sender 20 times in a row; others: quillcast is told why on standard "
       "error.");
   OnRun(*send, context, [options](Context& c) { return RunSend(c, *options); });
 }

@@ -1,17 +1,20 @@
 #include "net/stream.h"
 
+#include <fcntl.h>
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <sys/socket.h>
-#include <sys/uio.h>
+#include <sys/time.h>
 
-#include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 namespace quillcast::net {
 namespace {
+
+constexpr std::chrono::milliseconds kWhile{200};
 
 Error Broken(int error_number) {
   return {Failure::kIo, std::string("The connection broke: ") + std::strerror(error_number) + "."};
@@ -47,23 +50,38 @@ bool IsEnd(const SSL* tls, int result) {
 
 }  // namespace
 
-Result<std::size_t> Stream::Read(std::span<char> buffer, const Patience& patience) {
-  // In clear, poll first: a reply is never there yet when its command has just gone out, so a read would be in vain.
-  if (!tls_) {
-    wanted_ = POLLIN;
-    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
+// In clear a read that waits takes one call in place of two, so the first while is waited in it. It ends early for a
+// signal; another thread that cancels is heard when it is over.
+Result<std::optional<std::size_t>> Stream::Read(std::span<char> buffer, bool or_to_write, const Patience& patience) {
+  const int left = patience.deadline.PollTimeout(patience.clock.Monotonic());
+  if (!tls_ && !or_to_write && (left < 0 || left > kWhile.count()) &&
+      patience.cancel.Requested() < patience.gives_up_at) {
+    SetWaiting(true);
+    auto got = ReadWith(buffer, 0);
+    if (!got || *got) return got;
   }
-  for (;;) {
-    const auto got = ReadNow(buffer);
-    if (!got) return got.error();
-    if (*got) return **got;
-    if (auto ready = Wait(socket_.get(), wanted_, patience); !ready) return ready.error();
+  // What TLS has decrypted already is not seen by poll.
+  if (!tls_ || SSL_pending(tls_.get()) == 0) {
+    const auto events = static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0));
+    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
   }
+  return ReadNow(buffer);
+}
+
+void Stream::SetWaiting(bool waiting) {
+  if (waiting == waiting_) return;
+  waiting_ = waiting;
+  const timeval longest{.tv_sec = 0, .tv_usec = std::chrono::microseconds(kWhile).count()};
+  if (waiting) ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest);
+  ::fcntl(socket_.get(), F_SETFL, waiting ? 0 : O_NONBLOCK);
 }
 
 Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {
-  if (tls_) return ReadTls(buffer);
-  const ssize_t count = ::recv(socket_.get(), buffer.data(), buffer.size(), 0);
+  return tls_ ? ReadTls(buffer) : ReadWith(buffer, MSG_DONTWAIT);
+}
+
+Result<std::optional<std::size_t>> Stream::ReadWith(std::span<char> buffer, int flags) {
+  const ssize_t count = ::recv(socket_.get(), buffer.data(), buffer.size(), flags);
   if (count >= 0) return std::optional(static_cast<std::size_t>(count));
   if (WouldBlock()) return std::optional<std::size_t>();
   return Broken(errno);
@@ -73,45 +91,36 @@ Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
   ERR_clear_error();
   const int count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
   if (count > 0) return std::optional(static_cast<std::size_t>(count));
-  wanted_ = WantedEvents(tls_.get(), count);
-  if (wanted_ != 0) return std::optional<std::size_t>();
+  const short wanted = WantedEvents(tls_.get(), count);
+  to_read_ = wanted != 0 ? wanted : short{POLLIN};
+  if (wanted != 0) return std::optional<std::size_t>();
   if (!IsEnd(tls_.get(), count)) return TlsBroken();
   ERR_clear_error();
   return std::optional<std::size_t>(0);
 }
 
-Result<std::size_t> Stream::WriteSome(std::string_view first, std::string_view second, const Patience& patience) {
-  if (tls_) return WriteTls(first.empty() ? second : first, patience);
-  return WritePlain(first, second, patience);
+Result<std::optional<std::size_t>> Stream::WriteNow(std::string_view bytes) {
+  if (tls_) return WriteTls(bytes);
+  const ssize_t count = ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (count >= 0) return std::optional(static_cast<std::size_t>(count));
+  if (WouldBlock()) return std::optional<std::size_t>();
+  return Broken(errno);
 }
 
-Result<std::size_t> Stream::WriteTls(std::string_view piece, const Patience& patience) {
-  for (;;) {
-    ERR_clear_error();
-    const int count =
-        SSL_write(tls_.get(), piece.data(), static_cast<int>(std::min<std::size_t>(piece.size(), 1 << 20)));
-    if (count > 0) return static_cast<std::size_t>(count);
-    const short events = WantedEvents(tls_.get(), count);
-    if (events == 0) return TlsBroken();
-    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
-  }
-}
-
-Result<std::size_t> Stream::WritePlain(std::string_view first, std::string_view second, const Patience& patience) {
-  std::array<iovec, 2> pieces{iovec{const_cast<char*>(first.data()), first.size()},
-                              iovec{const_cast<char*>(second.data()), second.size()}};
-  msghdr message{};
-  message.msg_iov = pieces.data();
-  message.msg_iovlen = pieces.size();
-  for (;;) {
-    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
-    if (count >= 0) return static_cast<std::size_t>(count);
-    if (!WouldBlock()) return Broken(errno);
-    if (auto ready = Wait(socket_.get(), POLLOUT, patience); !ready) return ready.error();
-  }
+// One record a call. A record that the system took in part is none yet to the other side, so its bytes are not out.
+Result<std::optional<std::size_t>> Stream::WriteTls(std::string_view bytes) {
+  ERR_clear_error();
+  const int count = SSL_write(tls_.get(), bytes.data(), static_cast<int>(std::min<std::size_t>(bytes.size(), 1 << 20)));
+  half_out_ = count <= 0;
+  if (count > 0) return std::optional(static_cast<std::size_t>(count));
+  const short wanted = WantedEvents(tls_.get(), count);
+  if (wanted == 0) return TlsBroken();
+  to_write_ = wanted;
+  return std::optional<std::size_t>();
 }
 
 Result<void> Stream::StartTls(TlsContext& context, const std::string& host, const Patience& patience) {
+  SetWaiting(false);
   auto connection = context.NewConnection(socket_.get(), host);
   if (!connection) return connection.error();
   tls_ = *std::move(connection);
@@ -128,7 +137,8 @@ Result<void> Stream::StartTls(TlsContext& context, const std::string& host, cons
 bool Stream::resumed() const { return tls_ && SSL_session_reused(tls_.get()) == 1; }
 
 void Stream::Close() {
-  if (tls_ && SSL_is_init_finished(tls_.get())) {
+  // A goodbye would push a record out that is half out, after its bytes were told as not sent.
+  if (tls_ && SSL_is_init_finished(tls_.get()) && !half_out_) {
     SSL_shutdown(tls_.get());
     ERR_clear_error();
   }

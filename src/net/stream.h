@@ -13,20 +13,20 @@
 
 namespace quillcast::net {
 
-// SIGPIPE is never raised. Errors are those of Patience.
+// SIGPIPE is never raised. Errors are those of Patience. ReadNow and WriteNow never wait.
 class Stream {
  public:
   Stream() = default;
   explicit Stream(platform::UniqueFd socket) : socket_(std::move(socket)) {}
 
-  // Waits for bytes and reads what is there, up to the buffer's size. 0 when the other side has closed.
-  Result<std::size_t> Read(std::span<char> buffer, const Patience& patience);
-  // The same without waiting; nothing when there is nothing to read.
+  // Reads what is there, up to the buffer's size: nothing when there is nothing yet, 0 when the other side has closed.
   Result<std::optional<std::size_t>> ReadNow(std::span<char> buffer);
-
-  // Writes some of two pieces, `first` before `second`, at least one byte: as much as goes in one call. Returns how
-  // many bytes are out, so that a caller knows how far it got when a later call fails.
-  Result<std::size_t> WriteSome(std::string_view first, std::string_view second, const Patience& patience);
+  // Writes as much as goes in one call and returns how many bytes are out, so that a caller knows how far it got when a
+  // later call fails; nothing when none goes. Bytes that were offered are to be offered again, first.
+  Result<std::optional<std::size_t>> WriteNow(std::string_view bytes);
+  // Waits until there is something to read, and reads it; with `or_to_write`, also until what did not go may go, and
+  // then what it reads may be nothing.
+  Result<std::optional<std::size_t>> Read(std::span<char> buffer, bool or_to_write, const Patience& patience);
 
   // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
@@ -41,13 +41,17 @@ class Stream {
   void Close();
 
  private:
+  Result<std::optional<std::size_t>> ReadWith(std::span<char> buffer, int flags);
+  void SetWaiting(bool waiting);
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);
-  Result<std::size_t> WriteTls(std::string_view piece, const Patience& patience);
-  Result<std::size_t> WritePlain(std::string_view first, std::string_view second, const Patience& patience);
+  Result<std::optional<std::size_t>> WriteTls(std::string_view bytes);
 
   platform::UniqueFd socket_;
   SslHandle tls_;
-  short wanted_ = POLLIN;  // what a read that got nothing waits for; TLS may have to write first
+  short to_read_ = POLLIN;    // what a read that got nothing waits for; TLS may have to write first
+  short to_write_ = POLLOUT;  // and the reverse
+  bool waiting_ = false;      // a read without MSG_DONTWAIT waits, for a while
+  bool half_out_ = false;     // under TLS: a record is with us that the system took in part
 };
 
 }  // namespace quillcast::net

@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <deque>
+#include <memory>
+#include <vector>
 
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
@@ -15,7 +18,7 @@ namespace quillcast::sending {
 namespace {
 
 // The report's name for a failure of ours, before any server was asked.
-smtp::Outcome OwnFailure(smtp::ResultCode code, const Error& error) {
+smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
   return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = Describe(error)};
 }
 
@@ -24,6 +27,14 @@ struct Letter : smtp::Job {
   std::int64_t position = 0;
   std::string address;  // as stored
   RenderedMessage rendered;
+};
+
+// A row that failed before any server was asked, until the rows before it have their results.
+struct OwnFailure {
+  std::int64_t position = 0;
+  std::string address;
+  smtp::Outcome outcome;
+  std::int64_t after = 0;  // how many letters were taken before it
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
@@ -42,6 +53,8 @@ class Run final : public smtp::Mailing {
 
   smtp::Job* NextJob() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
+  void CaughtUp() override { Flush(); }
+  bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override { report_.LogLine(line); }
   void Progress(std::uint64_t sent, std::uint64_t total) override {
     listener_.Progress(Done(), InRange(), sent, total);
@@ -52,9 +65,12 @@ class Run final : public smtp::Mailing {
   std::int64_t InRange() const { return range_.last - range_.first + 1; }
   bool MayGoOn() const { return place_.cancel.Requested() == platform::Stop::kNone && !summary_.stopped; }
   bool NextRow();
-  std::optional<smtp::Outcome> RenderRow();
-  void KeepFirstMessage();
+  std::optional<smtp::Outcome> RenderRow(Letter& letter);
+  void KeepFirstMessage(Letter& letter);
+  void SettleOwnFailures();
   void Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome);
+  void Flush();
+  void NameThoseNotTried();
   void TellAboutPictures();
 
   const RunRequest& request_;
@@ -68,26 +84,29 @@ class Run final : public smtp::Mailing {
   std::optional<recipients::RecipientCursor> rows_;
   recipients::Recipient row_;
   std::int64_t position_ = 0;
-  Letter letter_;
+  std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
+  std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
+  std::deque<OwnFailure> own_failures_;
+  std::int64_t taken_ = 0;     // letters by the client
+  std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
 };
 
 RunSummary Run::Execute(const smtp::ClientOptions& options) {
   report_.Started(request_.recipients, request_.range);
   TellAboutPictures();
-  report_.Flush();
-  if (report_.trouble()) summary_.stopped = report_.trouble();  // what cannot be recorded is not begun
+  Flush();  // what cannot be recorded is not begun
   auto rows = recipients::RecipientStore(place_.folders.Database())
                   .ListRecipients(request_.group.id, request_.group.sort_sql, recipients::Reading::kCopy);
   if (rows) {
     rows_ = std::move(*rows);
     smtp::Client(options, place_.clock, place_.cancel).Run(*this);
+    if (summary_.gave_up) NameThoseNotTried();
   } else {
     summary_.stopped = rows.error();
   }
   report_.Completed(summary_.sent, summary_.failed);
-  report_.Flush();
-  if (report_.trouble() && !summary_.stopped) summary_.stopped = report_.trouble();
+  Flush();
   summary_.history = entry_.base;
   summary_.cancelled = place_.cancel.Requested() != platform::Stop::kNone && Done() < InRange();
   summary_.not_tried = std::max<std::int64_t>(0, InRange() - Done());
@@ -96,45 +115,66 @@ RunSummary Run::Execute(const smtp::ClientOptions& options) {
 
 // The next row of the range, or false at its end.
 bool Run::NextRow() {
-  do {
+  while (rows_ && position_ < range_.last) {
     const auto row = rows_->Next(row_);
     if (!row) summary_.stopped = row.error();
-    if (!row || !*row) return false;
-    ++position_;
-  } while (position_ < range_.first);
-  return position_ <= range_.last;
+    if (!row || !*row) break;
+    if (++position_ >= range_.first) return true;
+  }
+  rows_.reset();  // read again, it would begin anew
+  return false;
 }
 
 smtp::Job* Run::NextJob() {
+  if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
+  Letter* letter = free_letters_.back();
   while (MayGoOn() && NextRow()) {
-    const auto failure = RenderRow();
-    if (!failure) return &letter_;
-    Settle(position_, row_.email(), *failure);
+    const auto failure = RenderRow(*letter);
+    if (!failure) {
+      free_letters_.pop_back();
+      ++taken_;
+      return letter;
+    }
+    own_failures_.push_back({position_, row_.email(), *failure, taken_});
+    SettleOwnFailures();
   }
   return nullptr;
 }
 
 // Makes the row's letter; or says why it failed before any server was asked.
-std::optional<smtp::Outcome> Run::RenderRow() {
-  if (const auto& trouble = template_.trouble()) return OwnFailure(trouble->code, trouble->error);
+std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
+  if (const auto& trouble = template_.trouble()) return FailureOfOurs(trouble->code, trouble->error);
   const auto address = recipients::EnvelopeAddress(row_.email());
-  if (!address) return OwnFailure(smtp::ResultCode::kRecipientRefused, address.error());
+  if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
   std::array<std::string, compose::kMergeFields.size()> changed;
   const auto rendered = template_.Render(compose::ValuesForMerge(row_, changed), *address,
-                                         static_cast<std::uint64_t>(position_), letter_.rendered);
-  if (!rendered) return OwnFailure(smtp::ResultCode::kOutOfMemory, rendered.error());
-  if (letter_.rendered.subject_not_encoded) report_.SubjectNotEncoded();
-  KeepFirstMessage();
-  letter_.envelope = letter_.rendered.envelope;
-  letter_.message = &letter_.rendered;
-  letter_.position = position_;
-  letter_.address = row_.email();
+                                         static_cast<std::uint64_t>(position_), letter.rendered);
+  if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
+  KeepFirstMessage(letter);
+  letter.envelope = letter.rendered.envelope;
+  letter.message = &letter.rendered;
+  letter.position = position_;
+  letter.address = row_.email();
   return {};
 }
 
 void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
-  const auto& letter = static_cast<const Letter&>(job);
+  auto& letter = static_cast<Letter&>(job);
+  if (letter.rendered.subject_not_encoded) report_.SubjectNotEncoded();
   Settle(letter.position, letter.address, outcome);
+  free_letters_.push_back(&letter);
+  ++finished_;
+  SettleOwnFailures();
+}
+
+// Results stand in the order of the rows, so these wait for the letters that were taken before them.
+void Run::SettleOwnFailures() {
+  while (!own_failures_.empty() && own_failures_.front().after == finished_) {
+    const OwnFailure& failure = own_failures_.front();
+    Settle(failure.position, failure.address, failure.outcome);
+    own_failures_.pop_front();
+    if (taken_ == finished_) Flush();
+  }
 }
 
 void Run::Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome) {
@@ -145,17 +185,31 @@ void Run::Settle(std::int64_t position, const std::string& address, const smtp::
     ++summary_.failed;
     report_.Failed(static_cast<std::int32_t>(outcome.code));
   }
-  // One write a message, so that after a kill the report still knows everybody who was served.
-  report_.Flush();
   listener_.Finished({position, address, outcome});
-  if (report_.trouble()) summary_.stopped = report_.trouble();
 }
 
-void Run::KeepFirstMessage() {
+// One write for all results that came together, before anything more is sent: after a kill the report still knows
+// everybody whose result this process knew when it last spoke to the server.
+void Run::Flush() {
+  report_.Flush();
+  if (report_.trouble() && !summary_.stopped) summary_.stopped = report_.trouble();
+}
+
+bool Run::GoOn(const smtp::Outcome& refusal, int times) {
+  if (listener_.GoOn(refusal, times)) return true;
+  summary_.gave_up = true;
+  return false;
+}
+
+void Run::NameThoseNotTried() {
+  while (NextRow()) listener_.NotTried(position_, row_.email());
+}
+
+void Run::KeepFirstMessage(Letter& letter) {
   if (first_message_kept_) return;
   first_message_kept_ = true;
   const auto kept =
-      platform::ReplaceFile(entry_.message, [&](int fd) { return WriteMessage(letter_.rendered, fd, entry_.message); });
+      platform::ReplaceFile(entry_.message, [&](int fd) { return WriteMessage(letter.rendered, fd, entry_.message); });
   if (!kept) listener_.Note(fmt::format("The history keeps no copy of the message. {}", Describe(kept.error())));
 }
 

@@ -34,6 +34,10 @@ class RunListener {
   virtual void Finished(const RecipientResult& result) = 0;
   // `done` of `total` messages; and of the current one `sent` of `size` octets.
   virtual void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) = 0;
+  // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
+  // False ends the run, and NotTried is called for each recipient who is left.
+  virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
+  virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
   // Something about the whole run that the person should know: a whole sentence.
   virtual void Note(std::string_view text) = 0;
 };
@@ -53,6 +57,7 @@ struct RunSummary {
   std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop
   std::string history;         // the base name
   bool cancelled = false;
+  bool gave_up = false;          // the listener's GoOn said so
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
 };
 

@@ -9,27 +9,38 @@ Error WrongSize() {
 
 }  // namespace
 
+// Takes the next piece when the last one is used up; false at the end of the message.
+Result<bool> BodyWriter::HasRest() {
+  if (!rest_.empty()) return true;
+  const auto piece = source_->Next();
+  if (!piece) return piece.error();
+  rest_ = *piece;
+  return !rest_.empty();
+}
+
 Result<void> BodyWriter::Fill(std::string& out, std::size_t enough) {
   while (!ended_ && out.size() < enough) {
-    const auto piece = source_->Next();
-    if (!piece) return piece.error();
-    if (piece->empty()) return End(out);
-    taken_ += piece->size();
+    const auto more = HasRest();
+    if (!more) return more.error();
+    if (!*more) return End(out);
+    const std::string_view part = rest_.substr(0, enough - out.size());
+    taken_ += part.size();
     if (form_ == Form::kCounted && taken_ > size_) return WrongSize();
     if (form_ == Form::kDots) {
-      Stuff(*piece, out);
+      Stuff(part, out);
     } else {
-      out += *piece;
+      out += part;
     }
-    const char last = piece->back();
+    const char last = part.back();
     after_cr_ = last == '\r';
     at_line_start_ = last == '\n';
+    rest_.remove_prefix(part.size());
     // With the last octet of a counted message the server has all of it and may answer at once: the end is known now,
     // not when somebody asks for more.
     if (form_ == Form::kCounted && taken_ == size_) {
-      const auto rest = source_->Next();
-      if (!rest) return rest.error();
-      return rest->empty() ? End(out) : WrongSize();
+      const auto too_many = HasRest();
+      if (!too_many) return too_many.error();
+      return *too_many ? WrongSize() : End(out);
     }
   }
   return {};

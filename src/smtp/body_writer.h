@@ -19,21 +19,23 @@ class BodyWriter {
 
   BodyWriter(MessageSource& source, Form form, std::uint64_t size) : source_(&source), form_(form), size_(size) {}
 
-  // Appends pieces to `out` until it holds `enough` bytes or the message has ended. Fails when a piece cannot be had,
-  // or the count is not kept; the connection is then of no more use, for the message cannot be ended.
+  // Appends to `out` until it holds `enough` bytes, or a few more, or the message has ended. Fails when a piece cannot
+  // be had, or the count is not kept; the connection is then of no more use, for the message cannot be ended.
   Result<void> Fill(std::string& out, std::size_t enough);
   bool ended() const { return ended_; }
-  // Octets of the message that were taken from the source.
+  // Octets of the message that were appended.
   std::uint64_t taken() const { return taken_; }
 
  private:
   void Stuff(std::string_view piece, std::string& out);
+  Result<bool> HasRest();
   Result<void> End(std::string& out);
 
   MessageSource* source_;
   Form form_;
   std::uint64_t size_;
   std::uint64_t taken_ = 0;
+  std::string_view rest_;  // of the last piece
   bool at_line_start_ = true;
   bool after_cr_ = false;
   bool ended_ = false;

@@ -7,6 +7,8 @@
 
 #include "net/connect.h"
 #include "net/resolver.h"
+#include "smtp/client_jobs.h"
+#include "smtp/client_window.h"
 #include "smtp/connection.h"
 #include "smtp/no_core_dump.h"
 
@@ -39,7 +41,7 @@ bool WorthAnotherServer(const Outcome& outcome) {
 class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
-      : options_(std::move(options)), around_{options_, clock, cancel} {
+      : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel, window_, jobs_} {
     if (!options_.password.empty()) no_core_.emplace();
   }
   Driver(const Driver&) = delete;
@@ -53,10 +55,12 @@ class Client::Driver {
   Outcome Connect();
   Outcome ConnectTo(const Server& server);
   Result<void> PrepareTls();
-  Outcome Send(Job& job);
+  void SendOver(Job& job);
 
   std::optional<NoCoreDump> no_core_;  // while the password is in memory
   ClientOptions options_;
+  SendWindow window_;
+  JobQueue jobs_;
   Surroundings around_;
   net::Resolver resolver_;
   std::unique_ptr<net::TlsContext> tls_;
@@ -110,39 +114,36 @@ Outcome Client::Driver::Connect() {
   return told;
 }
 
-// Sends over the connection that is there, or a new one; a second time over a new one when the first is found closed
-// before the end of data went out.
-Outcome Client::Driver::Send(Job& job) {
-  bool replaced = false;
-  if (connection_ && (connection_->closed() || connection_->ClosedMeanwhile())) {
+// Over the connection that is there, or a new one.
+void Client::Driver::SendOver(Job& job) {
+  if (connection_ && connection_->idle() && connection_->ClosedMeanwhile()) {
     connection_.reset();
-    replaced = true;
+    jobs_.Move();
   }
-  for (;;) {
-    if (!connection_) {
-      Outcome opened = Connect();
-      if (opened.code != ResultCode::kSuccess) return opened;
-    }
-    if (Stopped()) return Cancelled();
-    Outcome outcome = connection_->Send(job);
-    const bool lost = outcome.code == ResultCode::kConnectionLost && outcome.state == State::kFailed;
-    if (!connection_->closed()) return outcome;
-    connection_.reset();
-    if (!lost || replaced || Stopped()) {
-      if (lost && outcome.reply.code == 421) outcome.state = State::kDeferred;  // the server asks for another time
-      return outcome;
-    }
-    replaced = true;
-    job.message->Rewind();
+  if (!connection_) {
+    jobs_.CatchUp();
+    const Outcome opened = Connect();
+    if (opened.code != ResultCode::kSuccess) return jobs_.Fail(opened);
   }
+  if (Stopped()) return jobs_.Fail(Cancelled());
+  jobs_.Submitted();
+  connection_->Submit(job);
 }
 
 void Client::Driver::Run(Mailing& mailing) {
   around_.mailing = &mailing;
-  while (!Stopped()) {
-    Job* job = mailing.NextJob();
-    if (job == nullptr) break;
-    mailing.Finished(*job, Send(*job));
+  jobs_.Begin(mailing);
+  for (;;) {
+    if (connection_ && connection_->closed()) connection_.reset();
+    Job* job = !connection_ || connection_->WantsMessage() ? jobs_.Next() : nullptr;
+    if (job != nullptr) {
+      SendOver(*job);
+      continue;
+    }
+    jobs_.CatchUp();
+    if (!connection_ || connection_->idle()) break;
+    if (Stopped()) connection_->Withdraw(Cancelled());
+    connection_->Advance();
   }
   if (connection_) connection_->Quit(kQuitPatience);  // every message has its outcome: how QUIT goes is no matter
   connection_.reset();

@@ -35,11 +35,15 @@ struct ClientOptions {
   std::string user;
   Secret password;
   AuthMode auth_mode = AuthMode::kLogin;
-  bool send_without_auth = false;    // where no authentication is offered; only after TLS or to a loopback host
-  bool extended = false;             // use extensions even where the greeting does not say ESMTP
-  bool pipeline = false;             // accepted, and served one command and one reply at a time for now
-  std::chrono::seconds timeout{60};  // of each step: finding the host, connecting, TLS, one command and its whole reply
-  std::string ca_file;               // PEM file of trusted authorities; empty for those of the system
+  bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
+  bool extended = false;           // use extensions even where the greeting does not say ESMTP
+  // Where the server offers PIPELINING: commands that need no reply in between in one write, and with CHUNKING several
+  // messages in flight (see ClientSession). Off: one command, one reply.
+  bool pipeline = false;
+  // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of
+  // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
+  std::chrono::seconds timeout{60};
+  std::string ca_file;  // PEM file of trusted authorities; empty for those of the system
 };
 
 // One message on its way.
@@ -52,11 +56,18 @@ struct Job {
 class Mailing {
  public:
   virtual ~Mailing() = default;
-  // The next message, nullptr when there is none. The job stays where it is until Finished has been called for it;
-  // with several messages in flight more than one is out at a time.
+  // The next message, nullptr when there is none any more. The job stays where it is until Finished has been called for
+  // it; with several messages in flight more than one is out at a time.
   virtual Job* NextJob() = 0;
   // Called once for each job, in the order in which they were taken.
   virtual void Finished(Job& job, const Outcome& outcome) = 0;
+  // Everything that the server's replies decided so far has been told, and more is about to be sent or waited for: the
+  // time to put on disk what Finished told. What is told later than it came is what waits for an earlier message that
+  // goes over another connection, less than a window of messages.
+  virtual void CaughtUp() {}
+  // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
+  // times, with this same outcome. Asked again after as many more. False: no further job is taken.
+  virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
   // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked.
   virtual void LogLine(std::string_view line) = 0;
   // How many of a message's octets are out; told a few times a message at most.
@@ -69,10 +80,9 @@ class Client {
   Client(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel);
   ~Client();
 
-  // Takes jobs until there are none left or the person cancels, then says QUIT. A connection that is found closed
-  // before a message's end of data went out is replaced once for that message; one lost after it makes the outcome
-  // kUnknown, and the message is never sent again. Where no connection can be had the job fails with the reason, and
-  // the next job tries anew.
+  // Takes jobs until there are none left or the person cancels, then says QUIT. A message whose end had not gone out
+  // when the connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is
+  // never sent again. Where no connection can be had the job fails with the reason, and the next job tries anew.
   void Run(Mailing& mailing);
 
   // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well.

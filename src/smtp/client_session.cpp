@@ -6,49 +6,45 @@
 #include <array>
 
 #include "platform/text.h"
-#include "smtp/command.h"
 
 namespace quillcast::smtp {
 namespace {
 
+using namespace std::chrono_literals;
 using Command = ClientSession::Command;
 
-// As much of a message as is kept ready to be written.
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
-
-enum class After { kGoOn, kReset, kHangUp };
-
-// What a reply means: the class that lets things go on, and what a 4xx or 5xx makes of it.
+// What a reply means: the class that lets things go on, what a 4xx or 5xx makes of it, and how long it may take
+// (RFC 5321 4.5.3.2; what is not named there takes as long as MAIL).
 struct Meaning {
   Command command;
   int ok_class;
   ResultCode refused;
-  After after_refusal;
+  std::chrono::minutes patience;
   const char* what;  // that the server did not take
 };
 constexpr std::array kMeanings{
-    Meaning{Command::kGreeting, 2, ResultCode::kGreetingRefused, After::kHangUp, "the connection"},
-    Meaning{Command::kEhlo, 2, ResultCode::kGreetingRefused, After::kHangUp, "EHLO"},
-    Meaning{Command::kHelo, 2, ResultCode::kGreetingRefused, After::kHangUp, "HELO"},
-    Meaning{Command::kStartTls, 2, ResultCode::kGreetingRefused, After::kHangUp, "STARTTLS"},
-    Meaning{Command::kAuth, 2, ResultCode::kAuthRefused, After::kHangUp, "the user or the password"},
-    Meaning{Command::kMail, 2, ResultCode::kSenderRefused, After::kGoOn, "the sender"},
-    Meaning{Command::kRcpt, 2, ResultCode::kRecipientRefused, After::kReset, "the recipient"},
-    Meaning{Command::kData, 3, ResultCode::kMessageRefused, After::kReset, "the message"},
-    Meaning{Command::kEndOfData, 2, ResultCode::kMessageRefused, After::kGoOn, "the message"},
-    Meaning{Command::kReset, 2, ResultCode::kBadResponse, After::kHangUp, "RSET"},
-    Meaning{Command::kQuit, 2, ResultCode::kQuitFailed, After::kHangUp, "QUIT"},
+    Meaning{Command::kGreeting, 2, ResultCode::kGreetingRefused, 5min, "the connection"},
+    Meaning{Command::kEhlo, 2, ResultCode::kGreetingRefused, 5min, "EHLO"},
+    Meaning{Command::kHelo, 2, ResultCode::kGreetingRefused, 5min, "HELO"},
+    Meaning{Command::kStartTls, 2, ResultCode::kGreetingRefused, 5min, "STARTTLS"},
+    Meaning{Command::kAuth, 2, ResultCode::kAuthRefused, 5min, "the user or the password"},
+    Meaning{Command::kMail, 2, ResultCode::kSenderRefused, 5min, "the sender"},
+    Meaning{Command::kRcpt, 2, ResultCode::kRecipientRefused, 5min, "the recipient"},
+    Meaning{Command::kData, 3, ResultCode::kMessageRefused, 2min, "the message"},
+    Meaning{Command::kEndOfData, 2, ResultCode::kMessageRefused, 10min, "the message"},
+    Meaning{Command::kLoneDot, 2, ResultCode::kMessageRefused, 10min, "the message"},
+    Meaning{Command::kReset, 2, ResultCode::kBadResponse, 5min, "RSET"},
+    Meaning{Command::kQuit, 2, ResultCode::kQuitFailed, 5min, "QUIT"},
 };
+constexpr std::chrono::minutes kPatienceForABlock = 3min;
 
 const Meaning& MeaningOf(Command command) { return kMeanings[static_cast<std::size_t>(command)]; }
-
-Outcome Verdict(ResultCode code, const ServerReply& reply) {
-  return {reply.code / 100 == 4 ? State::kDeferred : State::kRefused, code, reply, {}};
-}
 
 constexpr const char* kNoTls =
     "The server does not offer STARTTLS, so the password would travel in clear. Set Security to None only if you trust "
     "the network.";
+constexpr const char* kAuthBroken = "The server broke the exchange that signs in.";
+constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 constexpr const char* kStartTlsMissing =
     "The server does not offer STARTTLS, which the account asks for. Choose another Security, or another port.";
 constexpr const char* kAuthMissing =
@@ -61,90 +57,15 @@ constexpr const char* kAuthMissingInClear =
 
 }  // namespace
 
-ClientSession::ClientSession(const ClientOptions& options, SessionSetup setup)
-    : options_(options), setup_(std::move(setup)), awaited_{Command::kGreeting} {}
+ClientSession::ClientSession(const ClientOptions& options, SessionSetup setup, SendWindow& window)
+    : options_(options), setup_(std::move(setup)), window_(window) {
+  Await(Command::kGreeting, 0);
+}
 
 ClientSession::~ClientSession() { Wipe(out_); }
 
 bool ClientSession::Idle() const {
-  return ready_ && !closed_ && awaited_.empty() && envelope_ == nullptr && out_at_ == out_.size();
-}
-
-// --- sending ---
-
-void ClientSession::Log(std::string_view side, std::string_view line) {
-  events_.push_back({Event::Kind::kLogLine, std::string(side).append(line), {}});
-}
-
-void ClientSession::Send(Command command, const SmtpLine& line) {
-  out_.append(line.text()).append("\r\n");
-  awaited_.push_back(command);
-  Log("C: ", line.text());
-}
-
-void ClientSession::SendWords(Command command, const char* words) { Send(command, *SmtpLine::From(words)); }
-
-// The line is made of base 64 and fixed words, so it cannot break out.
-void ClientSession::SendSecret(const SecretLine& line) {
-  out_.reserve(out_.size() + line.text.view().size() + 2);  // growing later would leave a copy behind
-  out_.append(line.text.view()).append("\r\n");
-  out_secret_ = true;
-  awaited_.push_back(Command::kAuth);
-  Log("C: ", line.shown);
-}
-
-void ClientSession::SendEhlo() {
-  if (const auto line = SmtpLine::From("EHLO " + setup_.local_name)) return Send(Command::kEhlo, *line);
-  Fail(ResultCode::kException, "The name of this computer cannot be sent.");
-}
-
-std::string_view ClientSession::BytesToSend() {
-  if (closed_) return {};
-  if (body_ && !body_->ended() && out_.size() - out_at_ < kBlock) {
-    out_.erase(0, out_at_);
-    out_at_ = 0;
-    if (const auto filled = body_->Fill(out_, kBlock); !filled) {
-      Fail(CodeOfSource(filled.error()), filled.error().what);
-      return {};
-    }
-    if (body_->ended()) Log("C: ", fmt::format("(message, {} bytes)", body_->taken()));
-  }
-  return std::string_view(out_).substr(out_at_);
-}
-
-void ClientSession::Sent(std::size_t count) {
-  out_at_ += count;
-  if (out_at_ < out_.size()) return;
-  if (out_secret_) Wipe(out_);
-  out_secret_ = false;
-  out_.clear();
-  out_at_ = 0;
-  if (body_ && body_->ended()) end_of_data_out_ = true;
-}
-
-void ClientSession::Submit(const Envelope& envelope, MessageSource& message) {
-  fitted_ = envelope;
-  envelope_ = &fitted_;
-  message_ = &message;
-  end_of_data_out_ = false;
-  if (auto bad = FitEnvelope(fitted_, message, capabilities_)) return FinishMessage(*std::move(bad));
-  const auto line = MailCommand(fitted_, capabilities_);
-  if (!line) return FinishMessage({State::kFailed, ResultCode::kSenderRefused, {}, "The sender cannot be sent."});
-  Send(Command::kMail, *line);
-}
-
-void ClientSession::Quit() { SendWords(Command::kQuit, "QUIT"); }
-
-void ClientSession::StartData() {
-  if (!capabilities_.chunking || envelope_->size == 0) return SendWords(Command::kData, "DATA");
-  // The one chunk follows its command without a reply in between (RFC 3030 2).
-  SendWords(Command::kEndOfData, ("BDAT " + std::to_string(envelope_->size) + " LAST").c_str());
-  body_.emplace(*message_, BodyWriter::Form::kCounted, envelope_->size);
-}
-
-void ClientSession::StartBody(BodyWriter::Form form) {
-  body_.emplace(*message_, form, envelope_->size);
-  awaited_.push_back(Command::kEndOfData);
+  return ready_ && !closed_ && awaited_.empty() && transfers_.empty() && out_at_ == out_.size();
 }
 
 // --- receiving ---
@@ -172,35 +93,46 @@ void ClientSession::Receive(std::string_view bytes) {
 }
 
 void ClientSession::OnReply(const ServerReply& reply) {
+  ++steps_;
   if (awaited_.empty()) {
-    if (reply.code == 421) return Close(Verdict(ResultCode::kConnectionLost, reply));
+    if (reply.code == 421) return Close(VerdictOf(ResultCode::kConnectionLost, reply));
     return Senseless("it answered without having been asked");
   }
   if (!cancelled_.empty()) return Close({});
-  const Command command = awaited_.front();
-  const Meaning& meaning = MeaningOf(command);
-  const int reply_class = reply.code / 100;
-  if (reply.code == 421 && message_under_way() && !end_of_data_out_) {
-    // The connection is over, not the message: none of it counts before its end, so it may go over another one.
-    Close({State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."});
-  } else if (reply.code == 421) {
-    Close(Verdict(meaning.refused, reply));
-  } else if (command == Command::kAuth && reply.code == 334) {
-    awaited_.pop_front();
-    OnChallenge(reply);
-  } else if (command == Command::kAuth && reply_class == 3) {
-    Fail(ResultCode::kAuthProtocolError, "The server broke the exchange that signs in.");
-  } else if (reply_class == 4 || reply_class == 5) {
-    awaited_.pop_front();
-    OnRefused(command, reply);
-  } else if (reply_class != meaning.ok_class || (command == Command::kGreeting && reply.code != 220)) {
-    Senseless(fmt::format("{} is no answer to what it was asked", reply.code));
-  } else if (command == Command::kEndOfData && !end_of_data_out_) {
-    Senseless("it took the message before it was complete");
-  } else {
-    awaited_.pop_front();
-    OnAccepted(command, reply);
+  const Command command = awaited_.front().command;
+  const bool refused = reply.code / 100 == 4 || reply.code / 100 == 5;
+  if (reply.code == 421) return OnGoodbye(command, reply);
+  if (!ReplyIsDue()) {
+    if (command != Command::kEndOfData) return Senseless("it answered before it was asked");
+    if (!refused) return Senseless("it took the message before it was complete");
+    // A message cut short by its refusal leaves the server in the middle of it, so there is no way on.
+    Outcome outcome = VerdictOf(ResultCode::kMessageRefused, reply);
+    outcome.reason = "The server did not take the message.";
+    return Close(std::move(outcome));
   }
+  if (command == Command::kAuth && reply.code / 100 == 3) {
+    if (reply.code != 334) return Fail(ResultCode::kAuthProtocolError, kAuthBroken);
+    awaited_.Pop();
+    return OnChallenge(reply);
+  }
+  const bool accepted = reply.code / 100 == MeaningOf(command).ok_class;
+  if (!refused && (!accepted || (command == Command::kGreeting && reply.code != 220))) {
+    return Senseless(fmt::format("{} is no answer to what it was asked", reply.code));
+  }
+  awaited_.Pop();
+  if (OfMessage(command)) return accepted ? OnMessageAccepted(command, reply) : OnMessageRefused(command, reply);
+  accepted ? OnAccepted(command, reply) : OnRefused(command, reply);
+}
+
+// A message that has its end out gets the 421 as its verdict; any other has not been taken.
+void ClientSession::OnGoodbye(Command command, const ServerReply& reply) {
+  if (!OfMessage(command)) return Close(VerdictOf(MeaningOf(command).refused, reply));
+  window_.BeCautious();
+  if (command == Command::kEndOfData && ReplyIsDue()) {
+    return Close(VerdictOf(ResultCode::kMessageRefused, reply), false, true);
+  }
+  Close({State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."},
+        true, true);
 }
 
 void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
@@ -214,46 +146,31 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
     case Command::kStartTls:
       handshake_ = true;
       if (reader_.HasMore()) return Senseless("it went on in clear after it agreed to TLS");
-      return events_.push_back({Event::Kind::kStartTls, {}, {}});
+      NewEvent(Event::Kind::kStartTls);
+      return;
     case Command::kAuth:
       if (const auto proved = exchange_->Finish(); !proved) {
         return Fail(ResultCode::kAuthProtocolError, proved.error().what);
       }
       return BecomeReady();
-    case Command::kMail:
-      if (const auto line = RcptCommand(*envelope_, capabilities_)) return Send(Command::kRcpt, *line);
-      return Fail(ResultCode::kRecipientRefused, "The recipient cannot be sent.");
-    case Command::kRcpt:
-      return StartData();
-    case Command::kData:
-      return StartBody(message_->MayHaveLeadingDots() ? BodyWriter::Form::kDots : BodyWriter::Form::kBare);
-    case Command::kEndOfData:
-      return FinishMessage({State::kSent, ResultCode::kSuccess, reply, {}});
-    case Command::kReset:
-      return;
-    case Command::kQuit:
+    default:  // kQuit
       return Close({State::kSent, ResultCode::kSuccess, reply, {}});
   }
 }
 
 void ClientSession::OnRefused(Command command, const ServerReply& reply) {
-  const Meaning& meaning = MeaningOf(command);
-  if (command == Command::kEhlo && reply.code / 100 == 5) {
-    if (const auto line = SmtpLine::From("HELO " + setup_.local_name)) return Send(Command::kHelo, *line);
-  }
-  Outcome outcome = Verdict(meaning.refused, reply);
-  // A message cut short by its refusal leaves the server in the middle of it, so there is no way on.
-  const bool cut_short = command == Command::kEndOfData && !end_of_data_out_;
-  if (meaning.after_refusal == After::kHangUp || cut_short) {
-    outcome.reason =
-        command == Command::kAuth ? AuthRefusal(reply.code) : fmt::format("The server did not take {}.", meaning.what);
-    return Close(std::move(outcome));
-  }
-  // RFC 3030 4.2: after a BDAT that failed the transaction is in doubt until RSET.
-  const bool chunk = command == Command::kEndOfData && capabilities_.chunking && envelope_->size != 0;
-  FinishMessage(std::move(outcome));
-  if (chunk || meaning.after_refusal == After::kReset) SendWords(Command::kReset, "RSET");
+  if (command == Command::kEhlo && reply.code / 100 == 5) return Send(Command::kHelo, "HELO " + setup_.local_name);
+  Outcome outcome = VerdictOf(MeaningOf(command).refused, reply);
+  outcome.reason = command == Command::kAuth ? AuthRefusal(reply.code)
+                                             : fmt::format("The server did not take {}.", MeaningOf(command).what);
+  Close(std::move(outcome));
 }
+
+std::chrono::minutes ClientSession::Patience() const {
+  return ReplyIsDue() ? MeaningOf(awaited_.front().command).patience : kPatienceForABlock;
+}
+
+// --- greeting and signing in ---
 
 void ClientSession::OnGreeting(const ServerReply& reply) {
   extended_ = options_.extended || platform::AsciiUpper(reply.text).find("ESMTP") != std::string::npos;
@@ -263,7 +180,7 @@ void ClientSession::OnGreeting(const ServerReply& reply) {
 // What a server offers before TLS is forgotten with the EHLO after it (RFC 3207 4.2).
 void ClientSession::OnCapabilities(const ServerReply& reply) {
   capabilities_ = ParseCapabilities(reply.text);
-  if (MayUseStartTls()) return SendWords(Command::kStartTls, "STARTTLS");
+  if (MayUseStartTls()) return Send(Command::kStartTls, "STARTTLS");
   const bool clear = !setup_.encrypted;
   if (clear && options_.security == Security::kStartTls) return Fail(ResultCode::kGreetingRefused, kStartTlsMissing);
   if (clear && options_.security == Security::kAutomatic && options_.sign_in && !setup_.loopback) {
@@ -313,46 +230,72 @@ void ClientSession::OnChallenge(const ServerReply& reply) {
 void ClientSession::BecomeReady() {
   exchange_.reset();
   ready_ = true;
-  events_.push_back({Event::Kind::kReady, {}, {}});
+  pipelined_ = options_.pipeline && capabilities_.pipelining && window_.pipelining();
+  NewEvent(Event::Kind::kReady);
 }
 
 // --- ends ---
 
+Event& ClientSession::NewEvent(Event::Kind kind) {
+  Event& event = events_.Push();
+  event.kind = kind;
+  event.text.clear();
+  event.again = false;
+  return event;
+}
+
+const Event* ClientSession::NextEvent() {
+  if (events_.empty()) return nullptr;
+  const Event& event = events_.front();
+  events_.Pop();
+  return &event;
+}
+
+void ClientSession::Log(std::string_view side, std::string_view line) {
+  NewEvent(Event::Kind::kLogLine).text.append(side).append(line);
+}
+
+// A server that makes no sense while it is first asked for several things at once may do well with one at a time.
 void ClientSession::Senseless(std::string_view what) {
-  Fail(ResultCode::kBadResponse, fmt::format("The server's answer makes no sense: {}.", what));
+  const bool overtaxed = pipelined_ && !proven_ && !transfers_.empty();
+  if (overtaxed) window_.GiveUpPipelining();
+  Close({State::kFailed, ResultCode::kBadResponse, {}, fmt::format("The server's answer makes no sense: {}.", what)},
+        overtaxed);
 }
 
 void ClientSession::Fail(ResultCode code, std::string reason) { Close({State::kFailed, code, {}, std::move(reason)}); }
 
-void ClientSession::GiveUp(Outcome why) { Close(std::move(why)); }
-
-void ClientSession::FinishMessage(Outcome outcome) {
-  envelope_ = nullptr;
-  message_ = nullptr;
-  body_.reset();
-  events_.push_back({Event::Kind::kOutcome, {}, std::move(outcome)});
+void ClientSession::GiveUp(Outcome why) {
+  const bool lost = why.code == ResultCode::kConnectionLost;
+  const bool late = why.code == ResultCode::kReplyTimeout;
+  const bool overtaxed = (lost || late) && pipelined_ && !proven_ && !transfers_.empty() && !awaited_.empty();
+  if (overtaxed) window_.GiveUpPipelining();
+  if ((lost || late) && !transfers_.empty()) window_.BeCautious();
+  Close(std::move(why), lost || overtaxed);
 }
 
-// A verdict of the server stands as it is; without one, a message whose last byte is out may have been taken.
-void ClientSession::Close(Outcome why) {
+void ClientSession::Close(Outcome why, bool again, bool goodbye) {
   if (closed_) return;
   closed_ = true;
   if (!cancelled_.empty()) why = {State::kFailed, ResultCode::kAuthProtocolError, {}, std::move(cancelled_)};
   exchange_.reset();
   if (out_secret_) Wipe(out_);
-  if (envelope_ != nullptr) {
-    Outcome outcome = why;
-    if (end_of_data_out_ && why.state == State::kFailed) outcome.state = State::kUnknown;
-    FinishMessage(std::move(outcome));
+  const bool cancelled = why.code == ResultCode::kCancelled;
+  for (bool oldest = true; !transfers_.empty(); oldest = false) {
+    const Transfer& transfer = transfers_.front();
+    Event& event = NewEvent(Event::Kind::kOutcome);
+    if (transfer.verdict) {
+      event.outcome = *transfer.verdict;
+    } else {
+      const bool out = IsOut(transfer) && !goodbye;
+      const bool shared = oldest || cancelled || why.code == ResultCode::kReplyTimeout;
+      event.outcome = shared ? why : Outcome{State::kFailed, ResultCode::kConnectionLost, {}, kEndedBefore};
+      if (out && event.outcome.state == State::kFailed) event.outcome.state = State::kUnknown;
+      event.again = !out && !cancelled && event.outcome.state == State::kFailed && (again || !oldest);
+    }
+    PopTransfer();
   }
-  events_.push_back({Event::Kind::kClosed, {}, std::move(why)});
-}
-
-std::optional<Event> ClientSession::NextEvent() {
-  if (events_.empty()) return {};
-  Event event = std::move(events_.front());
-  events_.pop_front();
-  return event;
+  NewEvent(Event::Kind::kClosed).outcome = std::move(why);
 }
 
 }  // namespace quillcast::smtp

@@ -1,5 +1,7 @@
 #include "smtp/connection.h"
 
+#include <algorithm>
+
 #include "platform/entropy.h"
 #include "platform/text.h"
 
@@ -8,6 +10,14 @@ namespace {
 
 // A message's progress is told at each of so many parts of it.
 constexpr std::uint64_t kProgressParts = 4;
+
+// A server that takes longer to answer than this is not pressed for more.
+constexpr std::chrono::seconds kQuick{1};
+
+// Short printable ASCII, which may be shown as it is.
+bool IsPlain(std::string_view line) {
+  return line.size() <= 200 && std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
+}
 
 Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnectionLost, {}, std::move(reason)}; }
 
@@ -34,68 +44,104 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
     : around_(around),
       stream_(std::move(stream)),
       host_(std::move(host)),
-      session_(around.options, {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address),
-                                encrypted, platform::RandomOctets(24), around.clock.Now()}),
-      step_(around.options.timeout) {}
+      session_(around.options,
+               {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address), encrypted,
+                platform::RandomOctets(24), around.clock.Now()},
+               around.window),
+      longest_step_(around.options.timeout),
+      step_(session_.Step() - 1) {}
 
-net::Patience Connection::StepPatience(std::chrono::seconds longest) const {
-  return {around_.clock, around_.cancel, gives_up_at_, net::Deadline::After(around_.clock.Monotonic(), longest)};
+net::Patience Connection::HandshakePatience() const {
+  return {around_.clock, around_.cancel, gives_up_at_, net::Deadline::After(around_.clock.Monotonic(), longest_step_)};
 }
 
-// Moves bytes until `until` has a value, the session is open (where none is waited for) or over. The deadline of a
-// reply is set when its command is out, and holds for the whole reply: bytes that drip in do not move it.
-void Connection::Pump(const std::optional<Outcome>& until) {
+void Connection::Submit(Job& job) {
+  session_.Submit(job.envelope, *job.message);
   TakeEvents();
-  while (!until && !session_.closed()) {
-    if (!session_.BytesToSend().empty()) {
-      WriteOnce();
-      TakeEvents();
-      continue;
+}
+
+void Connection::Withdraw(const Outcome& why) {
+  session_.Withdraw(why);
+  TakeEvents();
+}
+
+void Connection::Advance() {
+  const bool blocked = !WriteAll();
+  TakeEvents();
+  if (session_.closed() || session_.Idle()) return;
+  WaitAndRead(blocked);
+  TakeEvents();
+}
+
+// False when the server does not take all of it now.
+bool Connection::WriteAll() {
+  for (auto bytes = session_.BytesToSend(); !bytes.empty(); bytes = session_.BytesToSend()) {
+    const auto sent = stream_.WriteNow(bytes);
+    if (!sent) {
+      // A server that refuses a message half-way may say so before it closes: its word is worth more than "lost".
+      if (sent.error().failure == Failure::kIo) ReadAll();
+      GiveUp(sent.error());
+      return true;
     }
-    const net::Patience patience = StepPatience(step_);
-    do {
-      ReadOnce(patience);
-      TakeEvents();
-    } while (!until && !session_.closed() && session_.BytesToSend().empty() && !session_.Idle());
-    if (session_.Idle()) return;
+    if (!*sent) return false;
+    session_.Sent(**sent);
+    TellProgress();
+  }
+  return true;
+}
+
+// The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
+// whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
+// while a write waits, so that two sides that both have much to say do not wait for each other.
+void Connection::WaitAndRead(bool blocked) {
+  const auto began = around_.clock.Monotonic();
+  if (session_.Step() != step_) {
+    step_ = session_.Step();
+    deadline_ = net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
+  }
+  const auto count = stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, deadline_});
+  around_.window.SetQuick(around_.clock.Monotonic() - began < kQuick);
+  // A short read in clear took all that there is.
+  if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
+}
+
+void Connection::ReadAll() {
+  while (Take(stream_.ReadNow(buffer_))) {
   }
 }
 
-void Connection::WriteOnce() {
-  const auto sent = stream_.WriteSome(session_.BytesToSend(), {}, StepPatience(step_));
-  if (sent) {
-    session_.Sent(*sent);
-    TellProgress(session_.message_octets_taken());
-    return;
+// Hands on what was read into the buffer; false when there was nothing, or there will be nothing more.
+bool Connection::Take(const Result<std::optional<std::size_t>>& count) {
+  if (!count) {
+    GiveUp(count.error());
+  } else if (*count && **count == 0) {
+    session_.GiveUp(Lost("The server closed the connection."));
+  } else if (*count) {
+    session_.Receive({buffer_.data(), **count});
+    return !session_.closed();
   }
-  // A server that refuses a message half-way may say so before it closes: its word is worth more than "lost".
-  if (sent.error().failure == Failure::kIo) {
-    const auto last_words = stream_.ReadNow(buffer_);
-    if (last_words && last_words->value_or(0) > 0) session_.Receive({buffer_.data(), **last_words});
-  }
-  GiveUp(sent.error());
-}
-
-void Connection::ReadOnce(const net::Patience& patience) {
-  const auto count = stream_.Read(buffer_, patience);
-  if (!count) return GiveUp(count.error());
-  if (*count == 0) return session_.GiveUp(Lost("The server closed the connection."));
-  session_.Receive({buffer_.data(), *count});
+  return false;
 }
 
 void Connection::GiveUp(const Error& error) { session_.GiveUp(OutcomeOf(error)); }
 
-void Connection::TellProgress(std::uint64_t taken) {
-  if (total_ == 0 || taken < told_ + total_ / kProgressParts || taken == told_) return;
-  told_ = taken;
-  around_.mailing->Progress(taken, total_);
+void Connection::TellProgress() {
+  const std::uint64_t made = session_.octets_made();
+  const std::uint64_t total = session_.octets_in_all();
+  if (total == 0 || made == told_ || (made > told_ && made < told_ + total / kProgressParts && made < total)) return;
+  told_ = made;
+  around_.mailing->Progress(made, total);
 }
 
 void Connection::TakeEvents() {
-  while (auto event = session_.NextEvent()) {
+  while (const Event* event = session_.NextEvent()) {
     switch (event->kind) {
       case Event::Kind::kLogLine:
-        around_.mailing->LogLine(platform::Printable(event->text));
+        if (IsPlain(event->text)) {
+          around_.mailing->LogLine(event->text);
+        } else {
+          around_.mailing->LogLine(platform::Printable(event->text));
+        }
         break;
       case Event::Kind::kStartTls:
         StartTls();
@@ -104,10 +150,10 @@ void Connection::TakeEvents() {
         ready_ = true;
         break;
       case Event::Kind::kOutcome:
-        outcome_ = std::move(event->outcome);
+        around_.jobs.Settle(event->outcome, event->again);
         break;
       case Event::Kind::kClosed:
-        ended_ = std::move(event->outcome);
+        ended_ = event->outcome;
         stream_.Close();
         break;
     }
@@ -115,47 +161,27 @@ void Connection::TakeEvents() {
 }
 
 void Connection::StartTls() {
-  const auto started = stream_.StartTls(*around_.tls, host_, StepPatience(step_));
+  const auto started = stream_.StartTls(*around_.tls, host_, HandshakePatience());
   if (!started) return GiveUp(started.error());
   session_.TlsStarted();
 }
 
 Outcome Connection::Open() {
-  Pump(ended_);
-  if (!ready_) return ended_.value_or(Outcome{});
+  while (!ready_ && !session_.closed()) Advance();
+  if (session_.closed()) return ended_.value_or(Outcome{});
   gives_up_at_ = platform::Stop::kAbandon;
   return {State::kSent, ResultCode::kSuccess, {}, {}};
 }
 
-Outcome Connection::Send(Job& job) {
-  outcome_.reset();
-  total_ = job.envelope.size;
-  told_ = 0;
-  session_.Submit(job.envelope, *job.message);
-  Pump(outcome_);
-  Outcome outcome = outcome_.value_or(Outcome{});
-  // RSET after a refusal is waited for here, so that the next message finds an idle session.
-  if (!session_.closed() && !session_.Idle()) Pump(ended_);
-  return outcome;
-}
-
 Outcome Connection::Quit(std::chrono::seconds longest) {
-  if (session_.closed()) return ended_.value_or(Outcome{});
-  step_ = std::min(step_, longest);
-  session_.Quit();
-  Pump(ended_);
+  longest_step_ = std::min(longest_step_, longest);
+  if (!session_.closed()) session_.Quit();
+  while (!session_.closed()) Advance();
   return ended_.value_or(Outcome{});
 }
 
 bool Connection::ClosedMeanwhile() {
-  const auto count = stream_.ReadNow(buffer_);
-  if (!count) {
-    GiveUp(count.error());
-  } else if (*count && **count == 0) {
-    session_.GiveUp(Lost("The server closed the connection."));
-  } else if (*count) {
-    session_.Receive({buffer_.data(), **count});
-  }
+  ReadAll();
   TakeEvents();
   return session_.closed();
 }

@@ -7,6 +7,7 @@
 
 #include "net/stream.h"
 #include "smtp/client.h"
+#include "smtp/client_jobs.h"
 #include "smtp/client_session.h"
 
 namespace quillcast::smtp {
@@ -16,6 +17,8 @@ struct Surroundings {
   const ClientOptions& options;
   const platform::Clock& clock;
   const platform::CancelToken& cancel;
+  SendWindow& window;
+  JobQueue& jobs;
   net::TlsContext* tls = nullptr;
   Mailing* mailing = nullptr;
 };
@@ -26,24 +29,30 @@ class Connection {
 
   // Greets and signs in. kSuccess, or why not; the connection is then closed.
   Outcome Open();
-  // Sends one message. Sets end_of_data_out().
-  Outcome Send(Job& job);
+  // Whether a message should be submitted now, if there is one.
+  bool WantsMessage() { return session_.WantsMessage(); }
+  void Submit(Job& job);
+  // Messages that nothing was sent of yet get this outcome.
+  void Withdraw(const Outcome& why);
+  // Writes what can be written, then waits for replies once and takes them.
+  void Advance();
   // Says QUIT and waits for the reply `longest` at most.
   Outcome Quit(std::chrono::seconds longest);
 
   // Whether the server has closed it, or said anything, while there was nothing to say; then it is of no more use.
   bool ClosedMeanwhile();
   bool closed() const { return session_.closed(); }
-  bool end_of_data_out() const { return session_.end_of_data_out(); }
+  bool idle() const { return session_.Idle(); }
 
  private:
-  net::Patience StepPatience(std::chrono::seconds longest) const;
-  void Pump(const std::optional<Outcome>& until);
-  void WriteOnce();
-  void ReadOnce(const net::Patience& patience);
+  net::Patience HandshakePatience() const;
+  bool WriteAll();
+  void WaitAndRead(bool blocked);
+  void ReadAll();
+  bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
   void StartTls();
-  void TellProgress(std::uint64_t total);
+  void TellProgress();
   void GiveUp(const Error& error);
 
   const Surroundings& around_;
@@ -51,13 +60,13 @@ class Connection {
   std::string host_;
   ClientSession session_;
   platform::Stop gives_up_at_ = platform::Stop::kStop;  // until it is open; then kAbandon
-  std::chrono::seconds step_;
+  std::chrono::seconds longest_step_;
+  std::uint64_t step_;  // the one that `deadline_` belongs to
+  net::Deadline deadline_ = net::Deadline::Never();
   bool ready_ = false;
-  std::optional<Outcome> outcome_;
   std::optional<Outcome> ended_;
-  std::uint64_t total_ = 0;
-  std::uint64_t told_ = 0;
-  std::array<char, std::size_t{16} * 1024> buffer_{};
+  std::uint64_t told_ = 0;  // octets of the message under way
+  std::array<char, std::size_t{16} * 1024> buffer_;
 };
 
 // The outcome that an error of net/ comes to in the middle of a session.

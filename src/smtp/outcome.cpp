@@ -2,6 +2,10 @@
 
 namespace quillcast::smtp {
 
+Outcome VerdictOf(ResultCode code, const ServerReply& reply) {
+  return {reply.code / 100 == 4 ? State::kDeferred : State::kRefused, code, reply, {}};
+}
+
 const char* Name(State state) {
   switch (state) {
     case State::kSent:

@@ -30,6 +30,9 @@ struct Outcome {
   std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
 };
 
+// What a reply of class 4 or 5 makes of a message.
+Outcome VerdictOf(ResultCode code, const ServerReply& reply);
+
 // "sent", "refused", "deferred", "failed", "unknown".
 const char* Name(State state);
 

@@ -82,7 +82,8 @@ bool ReplyReader::TakeLine(std::string_view line) {
   if (!complaint_.empty()) return false;
 
   if (line_count_ == 0) {
-    reply_ = {code, {}, {}};
+    reply_.code = code;
+    reply_.text.clear();
     lines_.clear();
   }
   std::string_view text = line.size() > 4 ? line.substr(4) : std::string_view();

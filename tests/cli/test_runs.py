@@ -84,16 +84,16 @@ class Runs(Case):
         def accepted(size, name):
             return [f"C: BDAT {size} LAST", f"C: (message, {size} bytes)", f"S: 250 2.0.0 Kept as {name}",
                     "Message sent successfully.", ""]
-        reset = ["C: RSET", "S: 250 2.0.0 Ok", FAILED, REFUSED, ""]
+        failed, reset = [FAILED, REFUSED, ""], ["C: RSET", "S: 250 2.0.0 Ok"]
         frame = self.report().split("\r\n")
         greeting_ends = frame.index("S: 250 ENHANCEDSTATUSCODES") + 1
         self.assertEqual(frame[:2], [STARTED, "Sending to 4 recipients."])
         self.assertTrue(frame[2].startswith("S: 220 ") and frame[3] == "C: EHLO [127.0.0.1]")
         self.assertEqual(frame[greeting_ends:], [
             *logged(sizes[0], addresses[0], *ok), *accepted(sizes[0], "000001.eml"),
-            *logged(size_of_bob, addresses[1], "S: 550 5.1.1 " + refused), *reset,
-            *logged(sizes[1], addresses[2], "S: 451 4.3.0 " + deferred), *reset,
-            *logged(sizes[1], addresses[3], *ok), *accepted(sizes[1], "000002.eml"),
+            *logged(size_of_bob, addresses[1], "S: 550 5.1.1 " + refused), *failed,
+            *reset, *logged(sizes[1], addresses[2], "S: 451 4.3.0 " + deferred), *failed,
+            *reset, *logged(sizes[1], addresses[3], *ok), *accepted(sizes[1], "000002.eml"),
             "C: QUIT", "S: 221 2.0.0 mailbox.localhost closing",
             COMPLETED, "2 messages sent during process.", "2 messages failed during process.", ""])
         self.assertEqual(self.reports()[0].with_suffix(".eml").read_bytes(), box.messages()[0][1])
@@ -170,6 +170,44 @@ class Runs(Case):
                 self.check_report(self.report(), total["sent"], total["failed"])
                 not_tried = len(addresses) - total["sent"] - total["failed"]
                 self.assertIn(f"{not_tried:,} recipients were not tried", err)
+
+    def test_pipelined(self):
+        """Everybody has a result, in order, and it is true, whatever goes wrong for some of several messages in flight."""
+        addresses = [f"user{n:03}@r.example" for n in range(200)]
+        addresses[50] = "@nobody user050@r.example"  # fails before any server is asked
+        self.group("All", addresses)
+        for number, offer in enumerate(("PIPELINING,CHUNKING", "PIPELINING", "CHUNKING")):
+            for wrong in ([], ["--refuse", "user?7?@*=550", "--refuse", "DATA:user?9?@*=554"],
+                          ["--refuse", "user?7?@*=550", "--defer", "user12?@*=451"]):
+                box = self.mailbox("--offer", offer, *wrong, name=f"box{number}-{len(str(wrong))}")
+                self.account(box.port, "Pipeline=1")
+                lines, code, err = self.mailing()
+                with self.subTest(offer=offer, wrong=wrong):
+                    self.assertEqual(code, 1, err)
+                    self.assertEqual([line["position"] for line in lines[:-1]], list(range(1, 201)))
+                    served = self.served(box)
+                    self.assertEqual(set(served.values()), {1})
+                    self.assertEqual({line["address"] for line in lines[:-1] if line["state"] == "sent"}, set(served))
+                    refused = sum(map(lambda line: line["state"] in ("refused", "deferred"), lines[:-1]))
+                    self.assertEqual(refused, {0: 0, 4: 40 if "DATA" in str(wrong) else 30}[len(wrong)])
+                    for to, message in box.messages():
+                        self.assertIn(to.encode(), message)
+                    self.check_report(self.report(), lines[-1]["sent"], lines[-1]["failed"])
+
+    def test_stops_where_nothing_is_gained(self):
+        self.group("All", [f"user{n:02}@r.example" for n in range(1, 31)])
+        box = self.mailbox("--refuse", "MAIL:*=550")
+        for pipeline in (0, 1):
+            self.account(box.port, f"Pipeline={pipeline}")
+            lines, code, err = self.mailing()
+            self.assertEqual(code, 75, err)
+            self.assertEqual([(line["position"], line["state"]) for line in lines[:-1]],
+                             [(n, "refused" if n <= 20 else "not tried") for n in range(1, 31)])
+            self.assertEqual(lines[-1]["not_tried"], 10)
+            self.assertIn("10 recipients were not tried (from #21 to #30)", err)
+            lines, code, err = self.mailing("--keep-going")
+            self.assertEqual((code, {line["state"] for line in lines[:-1]}), (1, {"refused"}))
+            self.check_report(self.report(), 0, 30)
 
     def test_killed_server(self):
         addresses = [f"user{n:03}@r.example" for n in range(400)]

@@ -23,7 +23,8 @@ class TwoForms final : public MessageSource {
 void Send(const std::string& offers, const Envelope& envelope, MessageSource& message, Told& told,
           std::string_view dialogue) {
   ClientOptions options;
-  ClientSession session(options, {"[127.0.0.1]", true, false});
+  SendWindow window;
+  ClientSession session(options, {"[127.0.0.1]", true, false}, window);
   Play(session, told,
        "S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250-" + platform::ReplaceAll(offers, ",", "\nS: 250-") +
            "\nS: 250 HELP");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,13 +41,14 @@ class TextSource final : public MessageSource {
 struct Told {
   std::vector<std::string> log;
   std::vector<Outcome> outcomes;
+  std::vector<bool> again;  // of each outcome
   std::optional<Outcome> closed;
   bool ready = false;
   bool tls_wanted = false;
 };
 
 inline void Listen(ClientSession& session, Told& told) {
-  while (auto event = session.NextEvent()) {
+  while (const Event* event = session.NextEvent()) {
     switch (event->kind) {
       case Event::Kind::kLogLine:
         told.log.push_back(event->text);
@@ -59,6 +61,7 @@ inline void Listen(ClientSession& session, Told& told) {
         break;
       case Event::Kind::kOutcome:
         told.outcomes.push_back(event->outcome);
+        told.again.push_back(event->again);
         break;
       case Event::Kind::kClosed:
         told.closed = event->outcome;
@@ -67,11 +70,15 @@ inline void Listen(ClientSession& session, Told& told) {
   }
 }
 
-// "S: " lines are received, "C: " lines must be what is sent next, "TLS" is a handshake that succeeds. After the
-// last line nothing more may be waiting to be sent.
-inline void Play(ClientSession& session, Told& told, std::string_view dialogue) {
+// "S: " lines are received, "C: " lines must be what is sent next, "TLS" is a handshake that succeeds. "S+ " lines come
+// in one packet with the line after them. After the last line nothing more may be waiting to be sent. `feed` is called
+// wherever a client would look for messages to submit.
+inline void Play(ClientSession& session, Told& told, std::string_view dialogue,
+                 const std::function<void()>& feed = {}) {
   std::string sent;
+  std::string packet;
   const auto take = [&] {
+    if (feed) feed();
     for (auto bytes = session.BytesToSend(); !bytes.empty(); bytes = session.BytesToSend()) {
       sent += bytes;
       session.Sent(bytes.size());
@@ -80,10 +87,13 @@ inline void Play(ClientSession& session, Told& told, std::string_view dialogue) 
   };
   for (std::string_view line : platform::Split(dialogue, '\n')) {
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));  // a blank at the end belongs to the line
-    if (line.starts_with("S: ")) {
-      take();
+    if (line.starts_with("S: ") || line.starts_with("S+ ")) {
+      if (packet.empty()) take();
       ASSERT_EQ(sent, "") << "sent before: " << line;
-      session.Receive(std::string(line.substr(3)) + "\r\n");
+      packet.append(line.substr(3)).append("\r\n");
+      if (line.starts_with("S+ ")) continue;
+      session.Receive(std::exchange(packet, {}));
+      Listen(session, told);
     } else if (line.starts_with("C: ")) {
       take();
       const std::string wanted = std::string(line.substr(3)) + "\r\n";

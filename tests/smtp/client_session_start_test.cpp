@@ -27,7 +27,8 @@ void Check(const Start& c) {
   options.password = Secret("s3cret");
   options.send_without_auth = c.without_auth;
   options.auth_mode = c.mode;
-  ClientSession session(options, {"[192.0.2.1]", c.loopback, c.security == Security::kTls});
+  SendWindow window;
+  ClientSession session(options, {"[192.0.2.1]", c.loopback, c.security == Security::kTls}, window);
   Told told;
   Play(session, told, c.dialogue);
   EXPECT_EQ(told.ready, c.code == ResultCode::kSuccess);
@@ -88,7 +89,8 @@ TEST(ClientSessionStart, TakesTlsWhereItMust) {
 TEST(ClientSessionStart, BelievesNothingInClearAfterStartTls) {
   for (const char* packet : {"220 go\r\n250 mx\r\n", "220 go\r\n2"}) {
     ClientOptions options;
-    ClientSession session(options, {"[192.0.2.1]", false, false});
+    SendWindow window;
+    ClientSession session(options, {"[192.0.2.1]", false, false}, window);
     Told told;
     Play(session, told, EHLO "S: 250-mx\nS: 250 STARTTLS\nC: STARTTLS");
     session.Receive(packet);

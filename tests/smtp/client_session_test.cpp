@@ -15,13 +15,14 @@ const char* const kHello = R"(
 
 struct Fixture {
   ClientOptions options;
+  SendWindow window;
   Told told;
   Envelope envelope{.sender = "ada@example.org", .recipient = "bob@example.net"};
   TextSource message{"Subject: x\r\n\r\nhello\r\n"};
   std::optional<ClientSession> session;
 
   void Start(const char* hello = kHello) {
-    session.emplace(options, SessionSetup{"[127.0.0.1]", true, false});
+    session.emplace(options, SessionSetup{"[127.0.0.1]", true, false}, window);
     Play(*session, told, hello);
   }
   void Send(const std::string& dialogue) {
@@ -75,7 +76,7 @@ TEST(ClientSession, GivesEachReplyToAMessageItsMeaning) {
     const char* reply;
     State state;
     ResultCode code;
-    bool reset;   // RSET follows, and the connection lives
+    bool reset;   // RSET goes before the next message
     bool closed;  // the connection is over
   };
   using enum ResultCode;
@@ -104,12 +105,13 @@ TEST(ClientSession, GivesEachReplyToAMessageItsMeaning) {
     SCOPED_TRACE(std::string(c.before) + c.reply);
     Fixture f;
     f.Start();
-    f.Send(std::string(c.before) + "S: " + c.reply + (c.reset ? "\nC: RSET\nS: 250 ok" : ""));
+    f.Send(std::string(c.before) + "S: " + c.reply);
     ASSERT_EQ(f.told.outcomes.size(), 1U);
     EXPECT_EQ(f.Last().state, c.state);
     EXPECT_EQ(f.Last().code, c.code);
     EXPECT_EQ(f.told.closed.has_value(), c.closed);
     EXPECT_EQ(f.session->Idle(), !c.closed);
+    if (!c.closed) f.Send(c.reset ? "C: RSET\nS: 250 ok\nC: MAIL FROM:<ada@example.org>" : kAtMail);
   }
 }
 
@@ -237,8 +239,10 @@ TEST(ClientSession, ChunksGoOutWithTheirCommandAndUnstuffed) {
   f.Send(until_chunk + "S: 250 ok");
   EXPECT_EQ(f.Last().state, State::kSent);
   f.message.Rewind();
-  f.Send(until_chunk + "S: 554 no\nC: RSET\nS: 250 ok");
+  f.Send(until_chunk + "S: 554 no");
   EXPECT_EQ(f.Last().code, ResultCode::kMessageRefused);
+  f.message.Rewind();
+  f.Send("C: RSET\nS: 250 ok\n" + until_chunk);
   for (const std::uint64_t wrong : {6U, 8U}) {  // a chunk of another length than announced must never be completed
     f.Start("S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 CHUNKING");
     f.message.Rewind();

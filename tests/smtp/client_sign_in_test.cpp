@@ -18,7 +18,8 @@ Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue
   options.user = "ada";
   options.password = password;
   options.auth_mode = mode;
-  ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')});
+  SendWindow window;
+  ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')}, window);
   Played out;
   Play(session, out.told, dialogue);
   EXPECT_NE(out.told.ready, out.told.closed.has_value());

@@ -1,0 +1,55 @@
+// How far a run goes ahead of the server's replies. One for all connections of a run: what a server showed on one of
+// them is remembered.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace quillcast::smtp {
+
+class SendWindow {
+ public:
+  static constexpr std::size_t kFirst = 2;
+  static constexpr std::size_t kMost = 64;
+  static constexpr std::uint64_t kMostOctets = std::uint64_t{4} * 1024 * 1024;
+
+  // Whether another message is wanted beside those that have no outcome yet. Once full, nothing is wanted until half of
+  // it is answered: so that replies which trickle in do not cost a write each.
+  bool Wants(std::size_t messages, std::uint64_t octets) {
+    if (messages >= limit_ || octets >= kMostOctets) {
+      filling_ = false;
+    } else if (messages <= limit_ / 2 && octets <= kMostOctets / 2) {
+      filling_ = true;
+    }
+    return filling_;
+  }
+
+  // A message was taken. One more for each doubles the window with every round trip, while the server is quick.
+  void Taken() {
+    if (quick_ && !cautious_) limit_ = std::min(limit_ + 1, kMost);
+  }
+  void SetQuick(bool quick) { quick_ = quick; }
+
+  // The server showed trouble: from here on one message at a time, and no message before its envelope is accepted.
+  void BeCautious() {
+    cautious_ = true;
+    limit_ = 1;
+  }
+  bool cautious() const { return cautious_; }
+
+  // The server offers pipelining and does not keep it: from here on one command, one reply.
+  void GiveUpPipelining() { pipelining_ = false; }
+  bool pipelining() const { return pipelining_; }
+
+  std::size_t limit() const { return limit_; }
+
+ private:
+  std::size_t limit_ = kFirst;
+  bool filling_ = true;
+  bool quick_ = true;
+  bool cautious_ = false;
+  bool pipelining_ = true;
+};
+
+}  // namespace quillcast::smtp
