@@ -28,12 +28,10 @@ class Peer {
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
 
-  void Say(const std::string& text) {
-    if (tls_ != nullptr) {
-      SSL_write(tls_, text.data(), static_cast<int>(text.size()));
-    } else {
-      (void)!::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL);
-    }
+  // False when the client is gone.
+  bool Say(const std::string& text) {
+    if (tls_ != nullptr) return SSL_write(tls_, text.data(), static_cast<int>(text.size())) > 0;
+    return ::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL) >= 0;
   }
   // The next line without its end; empty at the end of the connection.
   std::string Line() {
@@ -44,20 +42,21 @@ class Peer {
         pending_.erase(0, end + 2);
         return line;
       }
-      char buffer[4096];
-      const auto count = tls_ != nullptr ? SSL_read(tls_, buffer, sizeof buffer)
-                                         : static_cast<int>(::recv(socket_.get(), buffer, sizeof buffer, 0));
-      if (count <= 0) return "";
-      pending_.append(buffer, static_cast<std::size_t>(count));
+      if (!Fill()) return "";
     }
+  }
+  // So many octets, or fewer at the end of the connection.
+  std::string Octets(std::size_t count) {
+    while (pending_.size() < count && Fill()) {
+    }
+    const std::string octets = pending_.substr(0, count);
+    pending_.erase(0, octets.size());
+    return octets;
   }
   // Everything up to the line with the dot alone.
   std::string Message() {
     std::string message;
-    for (std::string line = Line(); line != "."; line = Line()) {
-      message += line + "\n";
-      if (message.size() > 1U << 20) break;
-    }
+    for (std::string line = Line(); line != "." && !ended_; line = Line()) message += line + "\n";
     return message;
   }
   bool StartTls(SSL_CTX* context) {
@@ -73,9 +72,19 @@ class Peer {
   bool resumed() const { return SSL_session_reused(tls_) == 1; }
 
  private:
+  bool Fill() {
+    char buffer[4096];
+    const auto count = tls_ != nullptr ? SSL_read(tls_, buffer, sizeof buffer)
+                                       : static_cast<int>(::recv(socket_.get(), buffer, sizeof buffer, 0));
+    ended_ = count <= 0;
+    if (!ended_) pending_.append(buffer, static_cast<std::size_t>(count));
+    return !ended_;
+  }
+
   platform::UniqueFd socket_;
   SSL* tls_ = nullptr;
   std::string pending_;
+  bool ended_ = false;
 };
 
 class ScriptedServer {
