@@ -1,5 +1,5 @@
-// Any bytes taken for HTML: the tokens cover the source without gaps, the text is well set and not much longer, and once
-// the pictures are replaced none is left.
+// Any bytes taken for HTML: the tokens cover the source without gaps, the text is well set and not much longer, and
+// once the pictures are replaced none is left.
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>

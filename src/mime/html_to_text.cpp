@@ -22,7 +22,7 @@ constexpr std::size_t kMostOpen = 500;
 
 class Reader {
  public:
-  explicit Reader(std::string_view html) : tokenizer_(html) {}
+  explicit Reader(std::string_view html) : tokenizer_(html), layout_(html.size()) {}
 
   std::string Run() {
     HtmlToken token;

@@ -6,11 +6,13 @@
 
 namespace quillcast::mime {
 
-// Paragraphs and headings stand apart by a blank line; lists have "- " or "1. ", quotations "> ", rules "----"; the
-// cells of a table row are two blanks apart; a link is followed by its target in angle brackets when the text does not
-// say it already; a picture is its alt text. What is not displayed is left out. Lines end in "\n", without blanks
-// before it; empty when there is nothing to read. Merge tags pass unchanged. The HTML is UTF-8. Linear in time, and
-// does not recurse: any depth of nesting will do, of which a few levels are drawn.
+// Paragraphs, headings and the parts of a page stand apart by a blank line; lists have "- " or "1. " or their letters,
+// quotations "> ", rules "----"; the cells of a table row are two blanks apart; a link is followed by its target in
+// angle brackets when neither the text says it already nor, for a picture without words, the link beside it; a picture
+// is its alt text. What is not displayed is left out, as far as the element itself says so: style sheets are not
+// applied. Lines end in "\n", without blanks before it; empty when there is nothing to read. Merge tags pass unchanged.
+// The HTML is UTF-8. Linear in time, and does not recurse: any depth of nesting will do, of which a few levels are
+// drawn. The text is at most 16 times as long as the HTML.
 std::string HtmlToText(std::string_view html);
 
 }  // namespace quillcast::mime

@@ -51,7 +51,9 @@ std::string_view Trimmed(std::string_view text) {
 std::string_view ConditionalContent(std::string_view comment) {
   if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
   const std::size_t begin = comment.find("]>");
-  return begin == std::string_view::npos ? std::string_view() : comment.substr(begin + 2);
+  if (begin == std::string_view::npos) return {};
+  const std::size_t end = std::min(comment.rfind("<!["), comment.rfind("--"));
+  return end > begin + 2 ? comment.substr(begin + 2, end - begin - 2) : std::string_view();
 }
 
 class Finder {
@@ -113,7 +115,7 @@ class Finder {
     for (std::size_t count = 0; count < kMostCandidates; ++count) {
       while (!rest.empty() && (IsSpace(rest.front()) || rest.front() == ',')) rest.remove_prefix(1);
       if (rest.empty()) return;
-      const std::size_t end = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), IsSpace) - rest.begin());
+      const auto end = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), IsSpace) - rest.begin());
       std::string_view address = rest.substr(0, end);
       const bool described = address.back() != ',';
       while (address.ends_with(',')) address.remove_suffix(1);

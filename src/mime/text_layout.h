@@ -12,6 +12,9 @@ class TextLayout {
  public:
   enum class Margin { kLine, kBlankLine };
 
+  // How long the text may be expected to become at most; more is no error.
+  explicit TextLayout(std::size_t expected_size) { out_.reserve(expected_size); }
+
   // Text with its white space collapsed. No-break spaces and those of a given width stay, as blanks, except at line
   // starts and ends; white space beside them adds nothing.
   void AddText(std::string_view utf8);

@@ -58,7 +58,10 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
       {"<!--[if mso]><v:rect><v:fill type=tile src='a.png' /><v:imagedata src=\"b.png\"/></v:rect><![endif]-->"
        "<!--[if !mso]><!--><img src=c.png><!--<![endif]--><!-- [if mso]><img src=no.png><![endif]-->",
        "a.png->a.png;b.png->b.png;c.png->c.png;"},
-      {"<!--[if gte mso 9]><style>td{background:url(a.png)}</style><img src=b.png", "a.png->a.png;"},
+      {"<!--[if mso]><img src=a.png><![endif]--><!--[if mso]><img src=--><b background=b.png>",
+       "a.png->a.png;b.png->b.png;"},
+      {"<!--[if gte mso 9]><style>td{background:url(a.png)}</style><![endif]--><!--[if mso]><img src=no.png>",
+       "a.png->a.png;"},
       {"<base target=_blank><base href='#x'><base href='https://x.example/'><img src=no.png><img src='/no.png'>"
        "<img src='file:///a.png'>",
        "file:///a.png->/a.png;"},

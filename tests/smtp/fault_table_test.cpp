@@ -15,8 +15,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kLetters = 4;
-constexpr std::uint64_t kLetterOctets = 25;
+constexpr int kLetters = 24;  // more than are in flight when the fault happens
+constexpr std::uint64_t kLetterOctets = 26;
 constexpr auto kStep = 1s;  // the longest that the client waits for one reply
 
 // Where a server speaks. Messages are counted from 0; faults happen at the second, so that one has gone well.
@@ -167,7 +167,8 @@ class Letters final : public Mailing {
  public:
   Letters() {
     for (int n = 0; n < kLetters; ++n) {
-      sources_.push_back(std::make_unique<TextSource>("Subject: " + std::to_string(n) + "\r\n\r\n.dot\r\nend\r\n"));
+      sources_.push_back(
+          std::make_unique<TextSource>("Subject: " + std::to_string(10 + n) + "\r\n\r\n.dot\r\nend\r\n"));
       Job job;
       job.envelope.sender = "ada@example.org";
       job.envelope.recipient = "r" + std::to_string(n) + "@example.net";
@@ -254,8 +255,8 @@ void Check(const FaultRun& run) {
 TEST(FaultTable, EveryFaultAtEveryPlace) {
   std::vector<FaultRun> runs;
   for (const Fault& fault : Faults()) {
-    for (const Place place : {Place::kGreeting, Place::kEhlo, Place::kMail, Place::kRcpt, Place::kData, Place::kEnd,
-                              Place::kQuit}) {
+    for (const Place place :
+         {Place::kGreeting, Place::kEhlo, Place::kMail, Place::kRcpt, Place::kData, Place::kEnd, Place::kQuit}) {
       for (const bool pipeline : {false, true}) {
         for (const bool chunking : {false, true}) {
           if (chunking && place == Place::kData) continue;
