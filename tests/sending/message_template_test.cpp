@@ -161,9 +161,11 @@ TEST_F(Messages, AreWhatTheAccountSays) {
          l.options.charset = *mime::FindCharset("iso-8859-1");
        },
        "J\xC3\xBCrgen \xE2\x82\xAC",
-       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\n\n--B1\n"
+       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
+       "8bit\n\n--B1\n"
        "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\nJ\xC3\xBCrgen \xE2\x82\xAC\n"
-       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n\n--B2\n"
+       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n"
+       "Content-Transfer-Encoding: 8bit\n\n--B2\n"
        "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: 8bit\n\n"
        "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>\n"
        "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
@@ -191,8 +193,11 @@ TEST_F(Messages, AreWhatTheAccountSays) {
                "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\none\n.two \n\n--B1--\n",
        ""},
       {"attachment with octets above 127", attach(cafe, kNone), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
-               "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
+       "MIME-Version: 1.0\nContent-Type: multipart/mixed;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
+       "8bit\n\n--B1\n" +
+           quoted_text + "\n--B1\n" +
+           "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
+           "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
        mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: base64\n"
                "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\nY2Fmw6kNCg==\n\n--B1--\n"},
       {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
