@@ -14,7 +14,7 @@ namespace quillcast::mime {
 namespace {
 
 constexpr std::size_t kLongestWord = 75;
-constexpr std::size_t kLettersLess = 16;
+constexpr std::size_t kLettersLess = 5;
 
 // What RFC 2047 5 (3) allows in every place where an encoded word may stand.
 bool IsPlainInQ(char c) {
