@@ -12,11 +12,12 @@ CODECS = {row["mime"].lower(): row["codec"] for row in CASES["charsets"].values(
 def _user_defined(name):
     if name != "x_user_defined":
         return None
-    return codecs.CodecInfo(
-        lambda text, errors="strict": (bytes(ord(c) - 0xF700 if 0xF780 <= ord(c) <= 0xF7FF else c.encode("ascii")[0] for c in text),
-                                       len(text)),
-        lambda octets, errors="strict": ("".join(chr(b + 0xF700) if b > 127 else chr(b) for b in bytes(octets)), len(octets)),
-        name="x-user-defined")
+    def encode(text, errors="strict"):
+        return bytes(ord(c) - 0xF700 if 0xF780 <= ord(c) <= 0xF7FF else c.encode("ascii")[0] for c in text), len(text)
+
+    def decode(octets, errors="strict"):
+        return "".join(chr(b + 0xF700) if b > 127 else chr(b) for b in bytes(octets)), len(octets)
+    return codecs.CodecInfo(encode, decode, name="x-user-defined")
 
 
 codecs.register(_user_defined)

@@ -2,14 +2,10 @@
 import html
 import json
 import sqlite3
-import sys
 from dataclasses import dataclass, field
 from pathlib import Path
 
 from covering import covering_rows, single_rows
-
-sys.path.insert(0, str(Path(__file__).parent.parent / "cli"))
-from quillcast import Mailbox  # noqa: E402
 
 CASES = json.loads((Path(__file__).parent / "cases.json").read_text(encoding="utf-8"))
 DIMENSIONS = {"charset": list(CASES["charsets"]), **CASES["dimensions"]}
@@ -96,7 +92,7 @@ class Composer:
         if name not in self.groups:
             people = [{"Email": f"user{i}@example.org", **{key: filled(value, row.sample) for key, value in person.items()}}
                       for i, person in enumerate(CASES["people"])]
-            lines = ["\x3a".join(person[tag] for tag in TAGS) for person in people]
+            lines = [":".join(person[tag] for tag in TAGS) for person in people]
             self.case.ok("group", "new", name)
             self.case.ok("import", self.write("people.txt", "\n".join(lines) + "\n"), "--group", name, "--delimiter", "Colon",
                          "--opt-in", "--encoding", "UTF-8", "--map", "Email Address=1,First Name=2,City=3,Company=4")

@@ -91,7 +91,8 @@ class Expected:
             text = merged(row.text(), person)
             made = row.is_html and row["text_part"] == "1"  # from the HTML, which has its own white space
             cut = row["format"] == "Plain" and max(map(len, text.encode("utf-8").split(b"\n"))) > 900
-            yield Body("text/plain", text, self.charset_of(text), wrapped or made or cut, row.width or BARE_WIDTH if cut else row.width)
+            width = row.width or (BARE_WIDTH if cut else None)
+            yield Body("text/plain", text, self.charset_of(text), wrapped or made or cut, width)
         if row.is_html:
             yield Body("text/html", merged(row.html(), person), row.sample["mime"], wrapped)
 
