@@ -14,6 +14,7 @@ namespace quillcast::mime {
 namespace {
 
 constexpr std::size_t kLongestWord = 75;
+constexpr std::size_t kLettersLess = 5;
 
 // What RFC 2047 5 (3) allows in every place where an encoded word may stand.
 bool IsPlainInQ(char c) {
@@ -67,7 +68,8 @@ class WordForm {
     return std::max(Columns(utf8, true), Columns(utf8, false));
   }
 
-  // The length of the longest beginning, of whole letters, whose word fits into `room`; 0 when none does.
+  // The length of a beginning, of whole letters, whose word fits into `room`; 0 when none does. The longest, but a few
+  // letters less where base64 then needs no padding: some readers decode neighbouring words as one, and stop at it.
   std::size_t LongestFit(std::string_view utf8, std::size_t room, bool with_marks) {
     std::array<std::size_t, kLongestWord> ends{};  // a letter takes a column at least
     std::size_t count = 0;
@@ -77,7 +79,13 @@ class WordForm {
     const auto fits = [&](std::size_t end) { return Columns(utf8.substr(0, end)) <= room; };
     if (count > 0 && fits(ends[count - 1])) return ends[count - 1];
     const auto* const beyond = std::ranges::partition_point(ends.begin(), ends.begin() + count, fits);
-    return beyond == ends.begin() ? 0 : *(beyond - 1);
+    if (beyond == ends.begin()) return 0;
+    const auto longest = static_cast<std::size_t>(beyond - ends.begin()) - 1;
+    for (std::size_t less = 0; !q_ && less <= std::min(longest, kLettersLess); ++less) {
+      Encode(utf8.substr(0, ends[longest - less]));
+      if (bytes_.size() % 3 == 0) return ends[longest - less];
+    }
+    return ends[longest];
   }
 
   void Append(std::string& out, std::string_view utf8) {

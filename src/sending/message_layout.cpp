@@ -20,10 +20,10 @@ void MessageLayout::AddBytes(std::string_view bytes) {
 void MessageLayout::BeginMultipart(std::string_view type, std::string_view boundary) {
   AddBytes("Content-Type: multipart/");
   AddBytes(type);
-  AddBytes("; boundary=\"");
+  AddBytes(";\r\n boundary=\"");
   AddBoundary(boundary);
   AddBytes("\"\r\n");
-  ends_line_ = false;
+  Add(Place::kEncoding);
   AddDelimiter(boundary, "\r\n");
 }
 

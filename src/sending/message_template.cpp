@@ -89,7 +89,7 @@ void MessageTemplate::CompileParts(const std::vector<Picture>& pictures, const s
   if (!alternative.empty()) layout_.BeginMultipart("alternative", alternative);
   if (!texts_.empty()) layout_.AddText();
   if (!alternative.empty()) layout_.NextPart(alternative);
-  if (!related.empty()) layout_.BeginMultipart("related; type=\"text/html\"", related);
+  if (!related.empty()) layout_.BeginMultipart("related;\r\n type=\"text/html\"", related);
   if (html_) layout_.AddHtml();
   for (const Picture& picture : pictures) {
     layout_.NextPart(related);
@@ -181,6 +181,9 @@ bool MessageTemplate::AppendParts(const compose::MergeValues& values, RenderedMe
         out.pieces.personal() += prefix;
         out.pieces.EndPersonal();
         break;
+      case Place::kEncoding:
+        out.ReserveMultipartEncoding();
+        break;
       case Place::kText:
         appended = AppendTexts(values, out);
         break;
@@ -193,6 +196,7 @@ bool MessageTemplate::AppendParts(const compose::MergeValues& values, RenderedMe
     }
     if (!appended) return false;
   }
+  out.FillMultipartEncodings();
   return true;
 }
 

@@ -1,5 +1,7 @@
 #include "sending/rendered_message.h"
 
+#include <algorithm>
+
 #include "mime/quoted_printable.h"
 
 namespace quillcast::sending {
@@ -10,6 +12,7 @@ void RenderedMessage::Begin(EncodedFiles& files) {
   pieces.Clear();
   files_ = &files;
   eight_bit_parts_.clear();
+  multipart_encodings_.clear();
   eight_bit_header_ = false;
   as_it_stands_ = false;
   Rewind();
@@ -23,9 +26,18 @@ void RenderedMessage::ExtendEightBitPart() {
   if (!eight_bit_parts_.empty()) eight_bit_parts_.back().end = pieces.count();
 }
 
+void RenderedMessage::FillMultipartEncodings() {
+  if (eight_bit_parts_.empty()) return;
+  for (const std::size_t place : multipart_encodings_) pieces.Fill(place, "Content-Transfer-Encoding: 8bit\r\n");
+}
+
 Result<std::string_view> RenderedMessage::Next() {
   while (next_piece_ < sent_->count()) {
-    if (!sent_->IsFile(next_piece_)) return sent_->At(next_piece_++);
+    if (!sent_->IsFile(next_piece_)) {
+      const auto piece = sent_->At(next_piece_++);
+      if (!piece.empty()) return piece;
+      continue;
+    }
     auto bytes = files_->ReadAt(sent_->FileAt(next_piece_), file_offset_, buffer_);
     if (!bytes) return bytes;
     file_offset_ += bytes->size();
@@ -47,16 +59,24 @@ Result<std::uint64_t> RenderedMessage::UseSevenBit() {
   seven_bit_.Clear();
   std::size_t at = 0;
   for (const EightBitPart& part : eight_bit_parts_) {
-    for (; at < part.header; ++at) seven_bit_.AddFrom(pieces, at);
+    AddInSevenBits(at, part.header);
     seven_bit_.AddShared(part.seven_bit_header);
     const auto encoded = Encode(part, seven_bit_);
     if (!encoded) return encoded.error();
     at = part.end;
   }
-  for (; at < pieces.count(); ++at) seven_bit_.AddFrom(pieces, at);
+  AddInSevenBits(at, pieces.count());
   Rewind();
   sent_ = &seven_bit_;
   return seven_bit_.size();
+}
+
+// Pieces that are the same in both forms; the labels of multiparts stay away.
+void RenderedMessage::AddInSevenBits(std::size_t begin, std::size_t end) {
+  for (std::size_t at = begin; at < end; ++at) {
+    const bool is_label = std::binary_search(multipart_encodings_.begin(), multipart_encodings_.end(), at);
+    if (!is_label) seven_bit_.AddFrom(pieces, at);
+  }
 }
 
 // Texts are encoded here, each recipient's anew: only a server without 8BITMIME asks for it. Files are encoded once.

@@ -32,6 +32,10 @@ class RenderedMessage final : public smtp::MessageSource {
   void AddEightBitPart(std::size_t header, std::string_view seven_bit_header, WireForm seven_bit_form);
   // What was added since belongs to the last such part, where there is one.
   void ExtendEightBitPart();
+  // The label of a multipart, at this place in its header. Filled when all parts are there: a multipart is as wide as
+  // the widest of its parts (RFC 2045 6.4), and has no label in seven bits.
+  void ReserveMultipartEncoding() { multipart_encodings_.push_back(pieces.Reserve()); }
+  void FillMultipartEncodings();
   // Some part goes out as it stands, and its lines may begin with anything.
   void SetAsItStands() { as_it_stands_ = true; }
   // A header holds octets above 127, for which there is no other form.
@@ -53,9 +57,11 @@ class RenderedMessage final : public smtp::MessageSource {
     WireForm seven_bit_form;
   };
   Result<void> Encode(const EightBitPart& part, RenderedPieces& out);
+  void AddInSevenBits(std::size_t begin, std::size_t end);
 
   EncodedFiles* files_ = nullptr;
   std::vector<EightBitPart> eight_bit_parts_;
+  std::vector<std::size_t> multipart_encodings_;  // in rising order
   bool eight_bit_header_ = false;
   bool as_it_stands_ = false;
   RenderedPieces seven_bit_;

@@ -57,10 +57,10 @@ class Case(unittest.TestCase):
 
     def popen(self, *arguments, fsize=None):
         def limit():
-            if fsize is not None:
-                resource.setrlimit(resource.RLIMIT_FSIZE, (fsize, fsize))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (fsize, fsize))
         return subprocess.Popen([PROGRAM, "--profile", str(self.profile), *map(str, arguments)], stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=limit)
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                preexec_fn=limit if fsize is not None else None)
 
     def run_program(self, *arguments, fsize=None):
         """(exit code, standard output, standard error)"""

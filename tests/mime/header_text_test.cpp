@@ -49,6 +49,9 @@ TEST(HeaderText, ChoosesTheEncodingAsked) {
   EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kQ, western), "Subject: =?Windows-1252?Q?caf=E9?=\r\n");
   EXPECT_EQ(Subject("abcdefghijkl\u00E9", HeaderEncoding::kNone), "Subject: =?utf-8?Q?abcdefghijkl=C3=A9?=\r\n");
   EXPECT_EQ(Subject("\u0416\u0416\u0416", HeaderEncoding::kNone), "Subject: =?utf-8?B?0JbQltCW?=\r\n");
+  std::string letters;
+  while (letters.size() < 200) letters += "\u0416";
+  EXPECT_EQ(Subject("(" + letters, HeaderEncoding::kB).find("=?=\r\n "), std::string::npos) << "padding inside a run";
   EXPECT_TRUE(CanEncode(western, "\u20AC"));
   EXPECT_FALSE(CanEncode(western, "\u0416"));
 }

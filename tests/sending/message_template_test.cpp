@@ -123,7 +123,7 @@ TEST_F(Messages, AreWhatTheAccountSays) {
   const std::string quoted_text =
       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\nDear=20Bob\n";
   const std::string mixed =
-      "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"B1\"\n\n--B1\n" + quoted_text + "\n--B1\n";
+      "MIME-Version: 1.0\nContent-Type: multipart/mixed;\n boundary=\"B1\"\n\n--B1\n" + quoted_text + "\n--B1\n";
   const std::vector<Case> cases = {
       {"text, quoted-printable", text(kQuotedPrintable), "J\xC3\xBCrgen",
        "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
@@ -161,18 +161,20 @@ TEST_F(Messages, AreWhatTheAccountSays) {
          l.options.charset = *mime::FindCharset("iso-8859-1");
        },
        "J\xC3\xBCrgen \xE2\x82\xAC",
-       "MIME-Version: 1.0\nContent-Type: multipart/alternative; boundary=\"B1\"\n\n--B1\n"
+       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
+       "8bit\n\n--B1\n"
        "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\nJ\xC3\xBCrgen \xE2\x82\xAC\n"
-       "\n--B1\nContent-Type: multipart/related; type=\"text/html\"; boundary=\"B2\"\n\n--B2\n"
+       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n"
+       "Content-Transfer-Encoding: 8bit\n\n--B2\n"
        "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: 8bit\n\n"
        "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>\n"
        "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
        "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
        "--B2--\n--B1--\n",
-       "MIME-Version: 1.0\nContent-Type: multipart/alternative; boundary=\"B1\"\n\n--B1\n"
+       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\n\n--B1\n"
        "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
        "J=C3=BCrgen =E2=82=AC\n"
-       "\n--B1\nContent-Type: multipart/related; type=\"text/html\"; boundary=\"B2\"\n\n--B2\n"
+       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n\n--B2\n"
        "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: quoted-printable\n\n"
        "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>\n"
        "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
@@ -191,8 +193,11 @@ TEST_F(Messages, AreWhatTheAccountSays) {
                "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\none\n.two \n\n--B1--\n",
        ""},
       {"attachment with octets above 127", attach(cafe, kNone), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
-               "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
+       "MIME-Version: 1.0\nContent-Type: multipart/mixed;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
+       "8bit\n\n--B1\n" +
+           quoted_text + "\n--B1\n" +
+           "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
+           "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
        mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: base64\n"
                "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\nY2Fmw6kNCg==\n\n--B1--\n"},
       {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
