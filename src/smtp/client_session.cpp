@@ -124,15 +124,16 @@ void ClientSession::OnReply(const ServerReply& reply) {
   accepted ? OnAccepted(command, reply) : OnRefused(command, reply);
 }
 
-// A message that has its end out gets the 421 as its verdict; any other has not been taken.
+// The 421 is the verdict of the message whose end it answers. Those behind it are in doubt once their end is out: not
+// every server stops where it says so.
 void ClientSession::OnGoodbye(Command command, const ServerReply& reply) {
   if (!OfMessage(command)) return Close(VerdictOf(MeaningOf(command).refused, reply));
   window_.BeCautious();
   if (command == Command::kEndOfData && ReplyIsDue()) {
-    return Close(VerdictOf(ResultCode::kMessageRefused, reply), false, true);
+    return Close(VerdictOf(ResultCode::kMessageRefused, reply));
   }
   Close({State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."},
-        true, true);
+        true);
 }
 
 void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
@@ -274,7 +275,7 @@ void ClientSession::GiveUp(Outcome why) {
   Close(std::move(why), lost || overtaxed);
 }
 
-void ClientSession::Close(Outcome why, bool again, bool goodbye) {
+void ClientSession::Close(Outcome why, bool again) {
   if (closed_) return;
   closed_ = true;
   if (!cancelled_.empty()) why = {State::kFailed, ResultCode::kAuthProtocolError, {}, std::move(cancelled_)};
@@ -287,7 +288,7 @@ void ClientSession::Close(Outcome why, bool again, bool goodbye) {
     if (transfer.verdict) {
       event.outcome = *transfer.verdict;
     } else {
-      const bool out = IsOut(transfer) && !goodbye;
+      const bool out = IsOut(transfer);
       const bool shared = oldest || cancelled || why.code == ResultCode::kReplyTimeout;
       event.outcome = shared ? why : Outcome{State::kFailed, ResultCode::kConnectionLost, {}, kEndedBefore};
       if (out && event.outcome.state == State::kFailed) event.outcome.state = State::kUnknown;

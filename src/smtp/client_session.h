@@ -71,8 +71,7 @@ struct Event {
 //      is found out before any message is in doubt.
 //
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
-// whose last byte is out without a reply is kUnknown. 421 is the server's word that it does nothing more: messages
-// behind the command that it answers have not been taken.
+// whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.
 class ClientSession {
  public:
   // `options` and `window` must outlive the session.
@@ -195,7 +194,7 @@ class ClientSession {
   void Senseless(std::string_view what);
   // `why` is told of the oldest message; `again`: where it is not out, it may go over another connection, as those
   // behind it may. `goodbye`: the server said that it takes nothing more.
-  void Close(Outcome why, bool again = false, bool goodbye = false);
+  void Close(Outcome why, bool again = false);
 
   const ClientOptions& options_;
   SessionSetup setup_;
