@@ -121,7 +121,12 @@ void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
 
 void MessageTemplate::AddPicture(const Picture& picture) {
   if (trouble_) return;
-  trouble_ = files_.Add(picture.fd.get(), picture.file, options_.attachment_encoding);
+  const auto fd = OpenAgain(picture);
+  if (!fd) {
+    trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, fd.error()};
+    return;
+  }
+  trouble_ = files_.Add(fd->get(), picture.file, options_.attachment_encoding);
   if (!trouble_) AddFilePart(picture.media_type, "inline", picture.file, picture.content_id);
 }
 

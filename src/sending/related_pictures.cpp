@@ -1,8 +1,10 @@
 #include "sending/related_pictures.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <map>
 
 #include "mime/local_pictures.h"
@@ -27,17 +29,19 @@ std::int32_t LookAtPath(const fs::path& file) {
   return fs::is_regular_file(status) ? 0 : kBodyNoFile;
 }
 
-// Opens it, or says why not. The file may have become another since it was looked at; that is told as not opened.
-std::int32_t OpenPicture(const fs::path& file, Picture& picture) {
+// Looks into it, or says why not. The file may have become another since its path was looked at; that is told as not
+// opened.
+std::int32_t LookInto(const fs::path& file, Picture& picture) {
   if (const auto code = LookAtPath(file)) return code;
   auto fd = platform::OpenForReading(file);
   if (!fd) return kBodyNotOpened;
   std::string start(kLookedAt, '\0');
   const auto got = platform::ReadSome(fd->get(), file, start.data(), start.size());
-  if (!got || ::lseek(fd->get(), 0, SEEK_SET) != 0) return kBodyNotRead;
+  struct stat status {};
+  if (!got || ::fstat(fd->get(), &status) != 0) return kBodyNotRead;
   const std::string_view type = mime::MediaTypeOf("", std::string_view(start).substr(0, *got));
   if (!type.starts_with("image/")) return kBodyNotParsed;
-  picture = Picture{file, std::move(*fd), {}, std::string(type)};
+  picture = Picture{file, {}, std::string(type), status.st_dev, status.st_ino};
   return 0;
 }
 
@@ -51,6 +55,17 @@ std::string Describe(const PictureTrouble& trouble) {
   return fmt::format("The picture {} {}.", platform::Printable(trouble.file, 300), what);
 }
 
+Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
+  auto fd = platform::OpenForReading(picture.file);
+  if (!fd) return fd;
+  struct stat status {};
+  if (::fstat(fd->get(), &status) != 0) return platform::SystemError("read", picture.file, errno);
+  if (status.st_dev == picture.device && status.st_ino == picture.inode) return fd;
+  return Error{Failure::kIo,
+               fmt::format("The picture {} was replaced while the message was made.", picture.file.string()),
+               "Send again."};
+}
+
 RelatedPictures TakePictures(std::string_view html, const fs::path& base_folder, std::string_view content_id_suffix) {
   RelatedPictures result;
   std::map<fs::path, std::string> content_ids;  // empty for a file that cannot be taken
@@ -61,7 +76,7 @@ RelatedPictures TakePictures(std::string_view html, const fs::path& base_folder,
     const auto [known, is_new] = content_ids.try_emplace(file);
     if (is_new) {
       Picture picture;
-      if (const auto code = OpenPicture(file, picture)) {
+      if (const auto code = LookInto(file, picture)) {
         result.troubles.push_back({file.string(), code});
       } else {
         known->second = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);

@@ -8,15 +8,21 @@
 #include <vector>
 
 #include "platform/file.h"
+#include "platform/result.h"
 
 namespace quillcast::sending {
 
 struct Picture {
   std::filesystem::path file;
-  platform::UniqueFd fd;   // open from the moment it was looked at
   std::string content_id;  // without angle brackets
   std::string media_type;  // by its content
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
 };
+
+// The file, at its beginning. Pictures are not kept open: a page may have more of them than a process may have
+// descriptors. Fails when the file has gone, or is another one than was looked at.
+Result<platform::UniqueFd> OpenAgain(const Picture& picture);
 
 // A local reference that was not taken along; it stays as it is.
 struct PictureTrouble {

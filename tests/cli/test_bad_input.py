@@ -192,6 +192,23 @@ class BadInput(Case):
             self.assertEqual(sum(text.startswith("Error ") for text in report), 1)
             self.assertIn("also-missing.png", err)
 
+    def test_more_pictures_than_descriptors(self):
+        """1,100 files under two names each, in a process that may have 256 files open."""
+        gif = b"GIF89a\x01\x00\x01\x00\x00\x00\x00;"
+        for number in range(1100):
+            (self.folder / f"{number}.gif").write_bytes(gif + bytes(str(number), "ascii"))
+        body = self.write("many.html", "".join(f"<img src={n}.gif><img src='./%s.gif'>" % n for n in range(1100)))
+        self.group("All", ["ada@r.example"])
+        box = self.mailbox()
+        self.account(box.port)
+        code = subprocess.run(["prlimit", "--nofile=256", PROGRAM, "--profile", self.profile, "--yes", "send", "--group", "All",
+                               "--subject", "s", "--body", body], capture_output=True).returncode
+        self.assertEqual(code, 0)
+        [(_, content)] = box.messages()
+        self.assertEqual(content.count(b"Content-Type: image/gif"), 1100)
+        html = email.message_from_bytes(content, policy=email.policy.SMTP).get_body(("html",)).get_content()
+        self.assertEqual(html.count("cid:"), 2200)
+
     # --- what must not become a header or a command ---
 
     def test_nothing_is_injected(self):

@@ -13,7 +13,7 @@ import subprocess
 import time
 from pathlib import Path
 
-USER, PASSWORD = "ada", "pa ss=wörd\\\"'"
+USER, PASSWORD = "ada", "pa ss=word\\\"'"
 MAILBOXES = [f"user{number}" for number in range(1000)]
 MAIL_UID = 12345
 # What the distribution's packages would add.
@@ -279,7 +279,7 @@ login:
 cram:
   driver = cram_md5
   public_name = CRAM-MD5
-  server_secret = "THE_PASSWORD"
+  server_secret = THE_PASSWORD
   server_set_id = $auth1
 """.replace("THE_PASSWORD", password))
         (etc / "exim4" / "mailboxes").write_text("".join(f"{user}: {user}\n" for user in MAILBOXES))
