@@ -64,8 +64,7 @@ void Serve(Peer& peer, int at, Fault fault, std::vector<std::string>& taken) {
     }
     if (fault == Fault::kStall) peer.Stall();
     if (fault == Fault::kGoodbye) peer.Say("421 4.3.2 enough for this connection\r\n");
-    for (int n = 0; fault == Fault::kDrip && n < 20; ++n) {
-      peer.Say("2");
+    for (int n = 0; fault == Fault::kDrip && n < 100 && peer.Say("2"); ++n) {
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     return false;
@@ -112,7 +111,7 @@ TEST(ClientFaults, DrippingDoesNotStretchTheDeadline) {
   const auto start = std::chrono::steady_clock::now();
   SendAll(OptionsFor(server.port()), letters);
   EXPECT_EQ(letters.outcomes.at(0).code, ResultCode::kReplyTimeout);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(ClientFaults, AMessageIsTakenToOneNewConnectionOnly) {
