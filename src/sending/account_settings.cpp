@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "recipients/recipient.h"
 #include "sending/account_checks.h"
+#include "smtp/secret.h"
 
 namespace quillcast::sending {
 namespace {
@@ -88,6 +89,13 @@ const AccountKeyRow* FindAccountKey(std::string_view name) {
 
 AccountSettings::AccountSettings() {
   for (const auto& row : kRows) Set(row.key, std::string(row.fallback));
+}
+
+// A short password lives inside its string, also after a move: all of it is overwritten, whatever its size says.
+AccountSettings::~AccountSettings() {
+  std::string& password = values_[static_cast<std::size_t>(kPassword)];
+  password.resize(password.capacity());
+  smtp::Wipe(password);
 }
 
 Result<AccountSettings> AccountSettings::Load(const app::SettingsStore& store) {

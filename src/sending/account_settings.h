@@ -63,7 +63,12 @@ const AccountKeyRow* FindAccountKey(std::string_view name);
 // The texts as stored. Nothing is cached between runs: load them anew for each.
 class AccountSettings {
  public:
-  AccountSettings();  // the defaults
+  AccountSettings();   // the defaults
+  ~AccountSettings();  // the password leaves no trace in memory
+  AccountSettings(const AccountSettings&) = default;
+  AccountSettings& operator=(const AccountSettings&) = default;
+  AccountSettings(AccountSettings&&) = default;
+  AccountSettings& operator=(AccountSettings&&) = default;
 
   static Result<AccountSettings> Load(const app::SettingsStore& store);
   // Writes every key, in order.
