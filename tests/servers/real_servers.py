@@ -120,7 +120,11 @@ class Server:
             shutil.rmtree(folder)
 
     def close(self):
-        self.process.send_signal(signal.SIGKILL)
+        # The first process of the namespace, with which all others end. It may have changed its user, and then does not
+        # end with the one that started it.
+        for child in Path(f"/proc/{self.process.pid}/task/{self.process.pid}/children").read_text().split():
+            os.kill(int(child), signal.SIGKILL)
+        self.process.kill()
         self.process.wait()
 
 
