@@ -206,6 +206,7 @@ pki here key "/etc/smtpd.key"
 table users file:/etc/smtpd.users
 table mailboxes file:/etc/smtpd.mailboxes
 smtp max-message-size "100M"
+smtp limit max-mails 100000
 listen on lo port {self.port} tls pki here hostname opensmtpd.example
 listen on lo port {self.tls_port} smtps pki here auth <users> hostname opensmtpd.example
 action "keep" maildir "{self.mail}/%{{rcpt.user}}" virtual <mailboxes>
