@@ -173,7 +173,7 @@ void AddThreads(CLI::App& account, Context& context) {
   constexpr std::array<const char*, sending::kThreadSections.size()> kNames = {"--smtp", "--pop3", "--imap4"};
   for (std::size_t i = 0; i < kNames.size(); ++i) {
     threads->add_option(kNames[i], options->modes[i], fmt::format("The mode of {}", sending::kThreadSections[i]))
-        ->check(CLI::IsMember({"No", "Single", "Second"}));
+        ->check(CLI::IsMember(std::vector<std::string>(sending::kThreadModes.begin(), sending::kThreadModes.end())));
   }
   threads->footer("Example:\n  quillcast account threads --smtp Single");
   OnRun(*threads, context, [options](Context& c) { return RunThreads(c, *options); });

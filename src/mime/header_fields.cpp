@@ -130,19 +130,20 @@ std::string FormatDate(const std::tm& local, long utc_offset_seconds) {
   return text.data();
 }
 
+std::string IdDomain(std::string_view domain) {
+  std::string out;
+  for (const char c : domain) {
+    if (platform::AsciiIsAlnum(c) || c == '.' || c == '-') out += c;
+  }
+  return out.empty() ? "localhost" : out;
+}
+
 std::string MakeMessageId(std::uint64_t first, std::uint64_t second, std::string_view domain) {
   std::string id = "<";
   AppendToken(id, first);
   id += '.';
   AppendToken(id, second);
-  id += '@';
-  const std::size_t start = id.size();
-  for (const char c : domain) {
-    const bool foreign = static_cast<std::uint8_t>(c) >= 0x80;  // an internationalised domain (RFC 6532 3.2)
-    if (foreign || platform::AsciiIsAlnum(c) || c == '.' || c == '-') id += c;
-  }
-  if (id.size() == start) id += "localhost";
-  return id + '>';
+  return id + '@' + IdDomain(domain) + '>';
 }
 
 std::string MakeBoundary(std::uint64_t first, std::uint64_t second) {

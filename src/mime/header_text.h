@@ -59,7 +59,11 @@ void AppendNameParameter(std::string& out, std::string_view file_name);
 // RFC 5322 3.3: "Fri, 21 Nov 1997 09:55:06 -0600".
 std::string FormatDate(const std::tm& local, long utc_offset_seconds);
 
-// "<...@domain>" from 128 bits of chance. Characters that a domain cannot have are dropped; "localhost" when none stay.
+// What may stand behind the "@" of a Message-ID or a Content-ID: characters that a domain cannot have are dropped;
+// "localhost" when none stay.
+std::string IdDomain(std::string_view domain);
+
+// "<...@domain>" from 128 bits of chance. The domain passes IdDomain.
 std::string MakeMessageId(std::uint64_t first, std::uint64_t second, std::string_view domain);
 
 // 26 characters that begin with "=_", which neither quoted-printable nor base64 can contain.

@@ -72,6 +72,12 @@ std::optional<std::int64_t> ParseWholeNumber(std::string_view text) {
   return value;
 }
 
+std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64_t low, std::int64_t high) {
+  if (Trim(text) != text) return {};
+  const auto number = ParseWholeNumber(text);
+  return number && *number >= low && *number <= high ? number : std::nullopt;
+}
+
 std::string WithThousands(std::int64_t number) {
   std::string digits = std::to_string(number);
   const std::size_t first = number < 0 ? 1 : 0;

@@ -33,6 +33,9 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
 // else or does not fit.
 std::optional<std::int64_t> ParseWholeNumber(std::string_view text);
 
+// The same without blanks around it, when it lies within the bounds: what a person typed where only digits may stand.
+std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64_t low, std::int64_t high);
+
 // "1,234,567".
 std::string WithThousands(std::int64_t number);
 

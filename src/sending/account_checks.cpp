@@ -16,7 +16,7 @@ constexpr const char* kMethodPage = "Method";
 constexpr const char* kMessagePage = "Message";
 
 bool IsBetween(std::string_view text, std::int64_t low, std::int64_t high) {
-  return WholeNumberBetween(text, low, high).has_value();
+  return platform::WholeNumberBetween(text, low, high).has_value();
 }
 
 struct AccountCheck {
@@ -63,12 +63,6 @@ std::optional<Complaint> CheckAccount(const AccountSettings& account) {
     return Complaint{check.message, control != nullptr ? control : std::string(RowOf(check.key).control), check.page};
   }
   return {};
-}
-
-std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64_t low, std::int64_t high) {
-  if (platform::Trim(text) != text) return {};
-  const auto number = platform::ParseWholeNumber(text);
-  return number && *number >= low && *number <= high ? number : std::nullopt;
 }
 
 }  // namespace quillcast::sending

@@ -5,7 +5,6 @@
 #include "compose/charset_table.h"
 #include "platform/text.h"
 #include "recipients/recipient.h"
-#include "sending/account_checks.h"
 #include "smtp/secret.h"
 
 namespace quillcast::sending {
@@ -115,7 +114,7 @@ Result<void> AccountSettings::Save(app::SettingsStore& store) const {
 }
 
 int AccountSettings::TimeoutSeconds() const {
-  return static_cast<int>(WholeNumberBetween((*this)[kTimeout], 1, 10).value_or(1)) * 60;
+  return static_cast<int>(platform::WholeNumberBetween((*this)[kTimeout], 1, 10).value_or(1)) * 60;
 }
 
 }  // namespace quillcast::sending

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 
-#include "mime/header_text.h"
 #include "mime/quoted_printable.h"
 #include "mime/uuencode.h"
 #include "platform/base64.h"
@@ -98,7 +97,7 @@ std::optional<FileTrouble> EncodedFiles::AddUuencoded(int fd, const std::filesys
   const std::uint64_t begin = bytes_.size();
   std::string first = "\r\n";
   mime::Uuencoder encoder;
-  encoder.Begin(mime::SafeFileName(file.filename().string()), first);
+  encoder.Begin(file.filename().string(), first);
   const auto begun = bytes_.Append(first);
   if (!begun) return NotRead(begun.error());
   auto trouble = Encode(fd, file, encoder);

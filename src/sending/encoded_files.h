@@ -21,8 +21,8 @@ struct FileTrouble {
   Error error;
 };
 
-// Files are read once, block by block, while they are added: what becomes of them later is no matter. Numbers count
-// them from 0 in the order in which they were added.
+// Files are read block by block, while they are added: what becomes of them later is no matter. Numbers count them from
+// 0 in the order in which they were added.
 class EncodedFiles {
  public:
   explicit EncodedFiles(std::filesystem::path scratch_folder) : bytes_(std::move(scratch_folder)) {}
@@ -36,7 +36,8 @@ class EncodedFiles {
   std::size_t count() const { return files_.size(); }
   WireForm FormOf(std::size_t file) const { return files_[file].form; }
   std::uint64_t SizeOf(std::size_t file) const { return files_[file].size; }
-  // The bytes of a file from `offset` on, as many as are at hand; empty at its end.
+  // The bytes of a file from `offset` on, as many as are at hand; empty at its end. The view holds while files and
+  // forms are added.
   Result<std::string_view> ReadAt(std::size_t file, std::uint64_t offset, std::string& buffer) const;
 
   // The number under which the content of a file is to be had in a part of the form `form` that holds no octet above

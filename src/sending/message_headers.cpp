@@ -49,7 +49,9 @@ MessageHeaders::MessageHeaders(const compose::MessageDocument& document, Message
   }
 }
 
-std::string MessageHeaders::ContentIdSuffix() const { return fmt::format("{:016x}@{}", run_id_, id_domain_); }
+std::string MessageHeaders::ContentIdSuffix() const {
+  return fmt::format("{:016x}@{}", run_id_, mime::IdDomain(id_domain_));
+}
 
 bool MessageHeaders::AsksForNotice() const {
   const bool notify = options_.notify != smtp::DsnNotify::kNone && options_.notify != smtp::DsnNotify::kServerDefault;

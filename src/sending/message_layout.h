@@ -9,7 +9,8 @@ namespace quillcast::sending {
 
 class MessageLayout {
  public:
-  // kEncoding: the Content-Transfer-Encoding of a multipart, which says whether a part of it has octets above 127.
+  // kEncoding: the Content-Transfer-Encoding of a multipart, which says whether the message has octets above
+  // 127.
   enum class Place { kBytes, kPrefix, kEncoding, kText, kHtml, kFile };
   struct Segment {
     Place place;

@@ -35,8 +35,8 @@ Result<Enum> ChosenEnum(const AccountSettings& account, AccountKey key) {
 }
 
 Result<std::uint16_t> PortFrom(std::string_view text) {
-  const auto port = platform::ParseWholeNumber(text);
-  if (port && *port >= 1 && *port <= 65535) return static_cast<std::uint16_t>(*port);
+  const auto port = platform::WholeNumberBetween(platform::Trim(text), 1, 65535);
+  if (port) return static_cast<std::uint16_t>(*port);
   return Error{Failure::kNotConfigured,
                fmt::format("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
                "A port is a number from 1 to 65535: quillcast account set Port=587"};
@@ -63,8 +63,7 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
 // A stored width that the account dialog would not take counts as its default.
 std::size_t WrapOf(const AccountSettings& account) {
   if (!account.IsOn(kAutoWrap)) return 0;
-  const auto columns = platform::ParseWholeNumber(account[kWrap]);
-  return columns && *columns >= 32 && *columns <= 128 ? static_cast<std::size_t>(*columns) : 76;
+  return static_cast<std::size_t>(platform::WholeNumberBetween(account[kWrap], 32, 128).value_or(76));
 }
 
 }  // namespace

@@ -15,20 +15,12 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLookedAt = 512;
 
-struct OpenAttachment {
-  platform::UniqueFd fd;
-  std::string media_type;
-};
-
-Result<OpenAttachment> OpenForAttaching(const fs::path& file) {
-  auto fd = platform::OpenForReading(file);
-  if (!fd) return fd.error();
+Result<std::string> MediaTypeOfFile(int fd, const fs::path& file) {
   char start[kLookedAt];
-  const auto got = platform::ReadSome(fd->get(), file, start, sizeof start);
+  const auto got = platform::ReadSome(fd, file, start, sizeof start);
   if (!got) return got.error();
-  if (::lseek(fd->get(), 0, SEEK_SET) != 0) return platform::SystemError("read", file, errno);
-  std::string type(mime::MediaTypeOf(file.filename().string(), std::string_view(start, *got)));
-  return OpenAttachment{std::move(*fd), std::move(type)};
+  if (::lseek(fd, 0, SEEK_SET) != 0) return platform::SystemError("read", file, errno);
+  return std::string(mime::MediaTypeOf(file.filename().string(), std::string_view(start, *got)));
 }
 
 }  // namespace
@@ -107,38 +99,36 @@ void MessageTemplate::CompileParts(const std::vector<Picture>& pictures, const s
 void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
   layout_.AddText();
   for (const fs::path file : attachments) {
+    TakeFile(platform::OpenForReading(file), [&](int fd) { return files_.AddUuencoded(fd, file); });
     if (trouble_) return;
-    const auto attachment = OpenForAttaching(file);
-    if (!attachment) {
-      trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, attachment.error()};
-      return;
-    }
-    trouble_ = files_.AddUuencoded(attachment->fd.get(), file);
     file_parts_.emplace_back();
     layout_.AddFile(file_parts_.size() - 1, true);
   }
 }
 
+// What `take` makes of an open file, unless there is trouble already or it could not be opened.
+template <typename Take>
+void MessageTemplate::TakeFile(const Result<platform::UniqueFd>& fd, const Take& take) {
+  if (trouble_) return;
+  trouble_ = fd ? take(fd->get()) : FileTrouble{smtp::ResultCode::kFileNotOpened, fd.error()};
+}
+
 void MessageTemplate::AddPicture(const Picture& picture) {
   if (trouble_) return;
-  const auto fd = OpenAgain(picture);
-  if (!fd) {
-    trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, fd.error()};
-    return;
-  }
-  trouble_ = files_.Add(fd->get(), picture.file, options_.attachment_encoding);
+  TakeFile(OpenAgain(picture), [&](int fd) { return files_.Add(fd, picture.file, options_.attachment_encoding); });
   if (!trouble_) AddFilePart(picture.media_type, "inline", picture.file, picture.content_id);
 }
 
 void MessageTemplate::AddAttachment(const fs::path& file) {
   if (trouble_) return;
-  const auto attachment = OpenForAttaching(file);
-  if (!attachment) {
-    trouble_ = FileTrouble{smtp::ResultCode::kFileNotOpened, attachment.error()};
-    return;
-  }
-  trouble_ = files_.Add(attachment->fd.get(), file, options_.attachment_encoding);
-  if (!trouble_) AddFilePart(attachment->media_type, "attachment", file, {});
+  std::string media_type;
+  TakeFile(platform::OpenForReading(file), [&](int fd) -> std::optional<FileTrouble> {
+    auto type = MediaTypeOfFile(fd, file);
+    if (!type) return FileTrouble{smtp::ResultCode::kFileNotOpened, type.error()};
+    media_type = *std::move(type);
+    return files_.Add(fd, file, options_.attachment_encoding);
+  });
+  if (!trouble_) AddFilePart(media_type, "attachment", file, {});
 }
 
 void MessageTemplate::AddFilePart(std::string_view media_type, std::string_view disposition, const fs::path& file,

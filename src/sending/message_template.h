@@ -62,6 +62,8 @@ class MessageTemplate {
   void CompileParts(const std::vector<Picture>& pictures, const std::vector<std::string>& attachments,
                     platform::Entropy& entropy);
   void CompileBare(const std::vector<std::string>& attachments);
+  template <typename Take>
+  void TakeFile(const Result<platform::UniqueFd>& fd, const Take& take);
   void AddPicture(const Picture& picture);
   void AddAttachment(const std::filesystem::path& file);
   void AddFilePart(std::string_view media_type, std::string_view disposition, const std::filesystem::path& file,

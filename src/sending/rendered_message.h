@@ -32,8 +32,8 @@ class RenderedMessage final : public smtp::MessageSource {
   void AddEightBitPart(std::size_t header, std::string_view seven_bit_header, WireForm seven_bit_form);
   // What was added since belongs to the last such part, where there is one.
   void ExtendEightBitPart();
-  // The label of a multipart, at this place in its header. Filled when all parts are there: a multipart is as wide as
-  // the widest of its parts (RFC 2045 6.4), and has no label in seven bits.
+  // The label of a multipart, at this place in its header. Filled when all parts are there: 8bit where any part of the
+  // message is, which is at least as wide as RFC 2045 6.4 asks, and no label in seven bits.
   void ReserveMultipartEncoding() { multipart_encodings_.push_back(pieces.Reserve()); }
   void FillMultipartEncodings();
   // Some part goes out as it stands, and its lines may begin with anything.

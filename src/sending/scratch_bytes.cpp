@@ -20,47 +20,41 @@ Error ForScratch(Error error) {
 
 Result<void> ScratchBytes::Append(std::string_view bytes) {
   if (!scratch_ && memory_.size() + bytes.size() <= kKeptInMemory) {
+    memory_.reserve(kKeptInMemory);
     memory_ += bytes;
     size_ += bytes.size();
     return {};
   }
-  if (auto spilled = Spill(); !spilled) return spilled;
+  if (!scratch_) {
+    auto scratch = platform::OpenScratchFile(folder_);
+    if (!scratch) return ForScratch(scratch.error());
+    scratch_ = std::move(*scratch);
+  }
   const auto written = platform::WriteAll(scratch_.get(), folder_, bytes);
   if (!written) return ForScratch(written.error());
   size_ += bytes.size();
   return {};
 }
 
-Result<void> ScratchBytes::Spill() {
-  if (scratch_) return {};
-  auto scratch = platform::OpenScratchFile(folder_);
-  if (!scratch) return ForScratch(scratch.error());
-  const auto spilled = platform::WriteAll(scratch->get(), folder_, memory_);
-  if (!spilled) return ForScratch(spilled.error());
-  scratch_ = std::move(*scratch);
-  memory_ = {};
-  return {};
-}
-
 Result<void> ScratchBytes::CutBack(std::uint64_t size) {
   if (scratch_) {
-    const auto end = static_cast<off_t>(size);
+    const auto end = static_cast<off_t>(size - std::min<std::uint64_t>(size, memory_.size()));
     if (::ftruncate(scratch_.get(), end) != 0 || ::lseek(scratch_.get(), end, SEEK_SET) != end) {
       return ForScratch(platform::SystemError("write", folder_, errno));
     }
-  } else {
-    memory_.resize(size);
   }
+  if (size < memory_.size()) memory_.resize(size);
   size_ = size;
   return {};
 }
 
 Result<std::string_view> ScratchBytes::ReadAt(std::uint64_t offset, std::uint64_t most, std::string& buffer) const {
   if (offset >= size_) return std::string_view();
-  if (!scratch_) return std::string_view(memory_).substr(offset, most);
+  if (offset < memory_.size()) return std::string_view(memory_).substr(offset, most);
+  const auto place = static_cast<off_t>(offset - memory_.size());
   buffer.resize(std::min(kReadBlock, most));
   for (;;) {
-    const ssize_t n = ::pread(scratch_.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    const ssize_t n = ::pread(scratch_.get(), buffer.data(), buffer.size(), place);
     if (n > 0) return std::string_view(buffer).substr(0, static_cast<std::size_t>(n));
     if (n == 0) return platform::SystemError("read", folder_, EIO);  // shorter than what was written
     if (errno != EINTR) return platform::SystemError("read", folder_, errno);

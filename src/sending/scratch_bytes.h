@@ -1,4 +1,4 @@
-// Bytes that grow and are then read many times. Few stay in memory; more go to a scratch file that has no name.
+// Bytes that grow and are read many times. The first stay in memory; more go to a scratch file that has no name.
 #pragma once
 
 #include <cstdint>
@@ -22,15 +22,14 @@ class ScratchBytes {
   std::uint64_t size() const { return size_; }
 
   // The bytes from `offset` on, `most` or as many as are at hand; empty at the end. `buffer` is room for those that
-  // have to be read from the scratch file.
+  // have to be read from the scratch file. What is appended later leaves the view as it is: a message may be half
+  // written when the next one needs another form of its attachments.
   Result<std::string_view> ReadAt(std::uint64_t offset, std::uint64_t most, std::string& buffer) const;
 
  private:
-  Result<void> Spill();
-
   std::filesystem::path folder_;
-  std::string memory_;  // all of it, until it is spilled
-  platform::UniqueFd scratch_;
+  std::string memory_;          // the beginning; it never moves
+  platform::UniqueFd scratch_;  // what lies behind it
   std::uint64_t size_ = 0;
 };
 

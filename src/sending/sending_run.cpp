@@ -90,6 +90,7 @@ class Run final : public smtp::Mailing {
   std::int64_t taken_ = 0;     // letters by the client
   std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
+  bool gave_up_ = false;  // the listener's GoOn said so
 };
 
 RunSummary Run::Execute(const smtp::ClientOptions& options) {
@@ -101,7 +102,7 @@ RunSummary Run::Execute(const smtp::ClientOptions& options) {
   if (rows) {
     rows_ = std::move(*rows);
     smtp::Client(options, place_.clock, place_.cancel).Run(*this);
-    if (summary_.gave_up) NameThoseNotTried();
+    if (gave_up_) NameThoseNotTried();
   } else {
     summary_.stopped = rows.error();
   }
@@ -197,7 +198,7 @@ void Run::Flush() {
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   if (listener_.GoOn(refusal, times)) return true;
-  summary_.gave_up = true;
+  gave_up_ = true;
   return false;
 }
 

@@ -57,7 +57,6 @@ struct RunSummary {
   std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop
   std::string history;         // the base name
   bool cancelled = false;
-  bool gave_up = false;          // the listener's GoOn said so
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
 };
 

@@ -120,6 +120,7 @@ TEST(HeaderText, WritesDatesInEnglishWithTheirOffset) {
 
 TEST(HeaderText, MakesIdentifiersThatHoldNothingForeign) {
   EXPECT_EQ(MakeMessageId(1, 33, "ex ample.org>\r\n"), "<100000000000.110000000000@example.org>");
+  EXPECT_EQ(IdDomain("b.org\"x>\xC3\xBC"), "b.orgx");
   EXPECT_EQ(MakeMessageId(0, 0, ""), "<000000000000.000000000000@localhost>");
   EXPECT_EQ(MakeBoundary(31, 0), "=_v00000000000000000000000");
   EXPECT_NE(MakeBoundary(1ULL << 59, 0), MakeBoundary(0, 0));

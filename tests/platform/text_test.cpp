@@ -63,5 +63,17 @@ TEST(Utf8, EveryCodePointComesBack) {
   }
 }
 
+TEST(Text, NumbersAreDecimalDigitsAlone) {
+  for (const auto& [text, value] : std::initializer_list<std::pair<std::string, std::int64_t>>{
+           {"1", 1}, {"7", 7}, {"007", 7}, {"10", 10}, {std::string(10'000, '0') + "10", 10}}) {
+    EXPECT_EQ(WholeNumberBetween(text, 1, 10), value) << text;
+  }
+  for (const std::string& text : std::initializer_list<std::string>{
+           "", " ", " 7", "7 ", "7\n", "+5", "-5", "1e1", "0x5", "5.0", "5,", "\xD9\xA3", "\xEF\xBC\x92", "0", "11",
+           "18446744073709551621", std::string(10'000, '9')}) {
+    EXPECT_FALSE(WholeNumberBetween(text, 1, 10)) << text;
+  }
+}
+
 }  // namespace
 }  // namespace quillcast::platform

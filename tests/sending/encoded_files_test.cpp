@@ -95,6 +95,25 @@ TEST(EncodedFiles, ComeBackByteForByte) {
   }
 }
 
+// A message may be half written when the next one, to a server that takes less, needs another form.
+TEST(EncodedFiles, AViewHoldsWhileFormsAreAdded) {
+  const test::TemporaryFolder folder;
+  const std::string content = Repeated("caf\xE9, and a line of text\r\n", 300'000);
+  const auto path = folder.Write("file", content);
+  EncodedFiles files(folder.path());
+  for (int n = 0; n < 2; ++n) {
+    const auto fd = platform::OpenForReading(path);
+    ASSERT_TRUE(fd);
+    ASSERT_FALSE(files.Add(fd->get(), path, kNone));
+  }
+  std::string buffer;
+  const auto view = files.ReadAt(0, 0, buffer);
+  ASSERT_TRUE(view);
+  for (const std::size_t file : {0, 1}) ASSERT_TRUE(files.InForm(file, WireForm::kBase64));
+  EXPECT_TRUE(content.starts_with(*view));
+  EXPECT_TRUE(Bytes(files, 1) == content);
+}
+
 TEST(EncodedFiles, TellWhyNotWhenTheScratchFileCannotGrow) {
   const test::TemporaryFolder folder;
   const auto path = folder.Write("large", std::string(3'000'000, 'x'));

@@ -120,40 +120,44 @@ TEST_F(Messages, AreWhatTheAccountSays) {
       if (!file.empty()) l.document.attachments.Add(file);
     };
   };
-  const std::string quoted_text =
-      "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\nDear=20Bob\n";
-  const std::string mixed =
-      "MIME-Version: 1.0\nContent-Type: multipart/mixed;\n boundary=\"B1\"\n\n--B1\n" + quoted_text + "\n--B1\n";
+  const auto part = [](const std::string& encoding, const std::string& body, const std::string& type = "text/plain",
+                       const std::string& charset = "utf-8") {
+    return "Content-Type: " + type + "; charset=" + charset + "\nContent-Transfer-Encoding: " + encoding + "\n\n" +
+           body + "\n";
+  };
+  const std::string mime = "MIME-Version: 1.0\n";
+  // A text and one attachment; `label` is that of the multipart.
+  const auto with_file = [&](const std::string& name, const std::string& encoding, const std::string& body,
+                             const std::string& type = "text/plain", const std::string& label = "") {
+    return mime + "Content-Type: multipart/mixed;\n boundary=\"B1\"\n" + label + "\n--B1\n" +
+           part("quoted-printable", "Dear=20Bob") + "\n--B1\nContent-Type: " + type + ";\n name=\"" + name +
+           "\"\nContent-Transfer-Encoding: " + encoding + "\nContent-Disposition: attachment;\n filename=\"" + name +
+           "\"\n\n" + body + "\n--B1--\n";
+  };
+  const std::string eight_bit = "Content-Transfer-Encoding: 8bit\n";
+  const auto page = [&](const std::string& label, const std::string& text_part, const std::string& html_part) {
+    return mime + "Content-Type: multipart/alternative;\n boundary=\"B1\"\n" + label + "\n--B1\n" + text_part +
+           "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n" + label + "\n--B2\n" +
+           html_part +
+           "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
+           "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
+           "--B2--\n--B1--\n";
+  };
   const std::vector<Case> cases = {
       {"text, quoted-printable", text(kQuotedPrintable), "J\xC3\xBCrgen",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear=20J=C3=BCrgen\n",
-       ""},
-      {"text, base64", text(kBase64), "J\xC3\xBCrgen",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: base64\n\n"
-       "RGVhciBKw7xyZ2VuDQo=\n",
-       ""},
+       mime + part("quoted-printable", "Dear=20J=C3=BCrgen"), ""},
+      {"text, base64", text(kBase64), "J\xC3\xBCrgen", mime + part("base64", "RGVhciBKw7xyZ2VuDQo="), ""},
       {"text in a set that bodies have to announce",
        [](Letter& l) {
          l.document.format = Format::kText;
          l.options.charset = *mime::FindCharset("iso-2022-kr");
        },
-       "Bob",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=iso-2022-kr\n"
-       "Content-Transfer-Encoding: quoted-printable\n\n=1B$)CDear=20Bob\n",
-       ""},
-      {"text as it stands", text(kNone), ".Bob ",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 7bit\n\nDear .Bob \n",
-       ""},
-      {"text with octets above 127", text(kNone), "J\xC3\xBCrgen",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n"
-       "Dear J\xC3\xBCrgen\n",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear J=C3=BCrgen\n"},
+       "Bob", mime + part("quoted-printable", "=1B$)CDear=20Bob", "text/plain", "iso-2022-kr"), ""},
+      {"text as it stands", text(kNone), ".Bob ", mime + part("7bit", "Dear .Bob "), ""},
+      {"text with octets above 127", text(kNone), "J\xC3\xBCrgen", mime + part("8bit", "Dear J\xC3\xBCrgen"),
+       mime + part("quoted-printable", "Dear J=C3=BCrgen")},
       {"a value makes a line that mailboxes quote", text(kNone), "you\nFrom me",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear you\n=46rom me\n",
-       ""},
+       mime + part("quoted-printable", "Dear you\n=46rom me"), ""},
       {"HTML with a text part and a picture, as it stands",
        [](Letter& l) {
          l.document.html = "$*MergeFirstName*$ <img src=p.gif>";
@@ -161,71 +165,34 @@ TEST_F(Messages, AreWhatTheAccountSays) {
          l.options.charset = *mime::FindCharset("iso-8859-1");
        },
        "J\xC3\xBCrgen \xE2\x82\xAC",
-       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
-       "8bit\n\n--B1\n"
-       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\nJ\xC3\xBCrgen \xE2\x82\xAC\n"
-       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n"
-       "Content-Transfer-Encoding: 8bit\n\n--B2\n"
-       "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: 8bit\n\n"
-       "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>\n"
-       "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
-       "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
-       "--B2--\n--B1--\n",
-       "MIME-Version: 1.0\nContent-Type: multipart/alternative;\n boundary=\"B1\"\n\n--B1\n"
-       "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "J=C3=BCrgen =E2=82=AC\n"
-       "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n\n--B2\n"
-       "Content-Type: text/html; charset=iso-8859-1\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>\n"
-       "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
-       "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
-       "--B2--\n--B1--\n"},
-      {"attachment, base64", attach(lines, kBase64), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"lines.txt\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\nb25lDQoudHdvIA0K\n--B1--\n",
-       ""},
+       page(eight_bit, part("8bit", "J\xC3\xBCrgen \xE2\x82\xAC"),
+            part("8bit", "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>", "text/html", "iso-8859-1")),
+       page("", part("quoted-printable", "J=C3=BCrgen =E2=82=AC"),
+            part("quoted-printable", "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>", "text/html",
+                 "iso-8859-1"))},
+      {"attachment, base64", attach(lines, kBase64), "Bob", with_file("lines.txt", "base64", "b25lDQoudHdvIA0K"), ""},
       {"attachment, quoted-printable", attach(sums, kQuotedPrintable), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"sums.txt\"\nContent-Transfer-Encoding: quoted-printable\n"
-               "Content-Disposition: attachment;\n filename=\"sums.txt\"\n\n1=3D1=0D=0A\n--B1--\n",
-       ""},
-      {"attachment as it stands", attach(lines, kNone), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"lines.txt\"\nContent-Transfer-Encoding: 7bit\n"
-               "Content-Disposition: attachment;\n filename=\"lines.txt\"\n\none\n.two \n\n--B1--\n",
-       ""},
+       with_file("sums.txt", "quoted-printable", "1=3D1=0D=0A"), ""},
+      {"attachment as it stands", attach(lines, kNone), "Bob", with_file("lines.txt", "7bit", "one\n.two \n"), ""},
       {"attachment with octets above 127", attach(cafe, kNone), "Bob",
-       "MIME-Version: 1.0\nContent-Type: multipart/mixed;\n boundary=\"B1\"\nContent-Transfer-Encoding: "
-       "8bit\n\n--B1\n" +
-           quoted_text + "\n--B1\n" +
-           "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: 8bit\n"
-           "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\ncaf\xC3\xA9\n\n--B1--\n",
-       mixed + "Content-Type: text/plain;\n name=\"cafe.txt\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"cafe.txt\"\n\nY2Fmw6kNCg==\n\n--B1--\n"},
+       with_file("cafe.txt", "8bit", "caf\xC3\xA9\n", "text/plain", eight_bit),
+       with_file("cafe.txt", "base64", "Y2Fmw6kNCg==\n")},
       {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
-       mixed + "Content-Type: text/plain;\n name=\"unix.txt\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"unix.txt\"\n\nYQpi\n--B1--\n",
-       ""},
+       with_file("unix.txt", "base64", "YQpi"), ""},
       {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
-       mixed + "Content-Type: application/octet-stream;\n name=\"mail.eml\"\nContent-Transfer-Encoding: base64\n"
-               "Content-Disposition: attachment;\n filename=\"mail.eml\"\n\nU3ViamVjdDogeAoK\n--B1--\n",
-       ""},
+       with_file("mail.eml", "base64", "U3ViamVjdDogeAoK", "application/octet-stream"), ""},
       {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
       {"no MIME, octets above 127", bare(""), "J\xC3\xBCrgen", "\nDear J\xC3\xBCrgen\n",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear J=C3=BCrgen\n"},
+       mime + part("quoted-printable", "Dear J=C3=BCrgen")},
       {"no MIME, an attachment", bare(picture), "J\xC3\xBCrgen",
        "\nDear J\xC3\xBCrgen\n\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear J=C3=BCrgen\n\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n"},
+       mime + part("quoted-printable", "Dear J=C3=BCrgen") + "\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n"},
       {"no MIME, a text that the set cannot hold",
        [](Letter& l) {
          l.options.is_bare = true;
          l.options.charset = *mime::FindCharset("iso-8859-1");
        },
-       "\xE2\x82\xAC",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n\n"
-       "Dear \xE2\x82\xAC\n",
-       "MIME-Version: 1.0\nContent-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: quoted-printable\n\n"
-       "Dear =E2=82=AC\n"},
+       "\xE2\x82\xAC", mime + part("8bit", "Dear \xE2\x82\xAC"), mime + part("quoted-printable", "Dear =E2=82=AC")},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
