@@ -134,8 +134,6 @@ Result<void> Stream::StartTls(TlsContext& context, const std::string& host, cons
   }
 }
 
-bool Stream::resumed() const { return tls_ && SSL_session_reused(tls_.get()) == 1; }
-
 void Stream::Close() {
   // A goodbye would push a record out that is half out, after its bytes were told as not sent.
   if (tls_ && SSL_is_init_finished(tls_.get()) && !half_out_) {

@@ -31,10 +31,7 @@ class Stream {
   // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
   bool encrypted() const { return tls_ != nullptr; }
-  // Under TLS: whether the session of an earlier connection was resumed.
-  bool resumed() const;
 
-  bool open() const { return static_cast<bool>(socket_); }
   Endpoint local() const { return LocalEndpoint(socket_.get()); }
   Endpoint peer() const { return PeerEndpoint(socket_.get()); }
   // Says goodbye under TLS where that needs no waiting, and closes.

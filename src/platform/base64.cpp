@@ -77,6 +77,12 @@ void AppendBase64(std::string& out, std::string_view bytes) {
   base64::Paths().back().encode(out.data() + start, bytes.data(), bytes.size());
 }
 
+std::string Base64(std::string_view bytes) {
+  std::string out;
+  AppendBase64(out, bytes);
+  return out;
+}
+
 void Base64LineEncoder::Encode(std::string_view bytes, std::string& out) {
   static_assert(kLineBytes == base64::kLineBytes);
   if (pending_size_ > 0 || bytes.size() < kLineBytes) {

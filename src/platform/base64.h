@@ -11,6 +11,7 @@ namespace quillcast::platform {
 
 // Without line breaks, padded to a multiple of four.
 void AppendBase64(std::string& out, std::string_view bytes);
+std::string Base64(std::string_view bytes);
 
 // Encodes a stream piece by piece into lines of 76 columns, each ended by CRLF. The result is the same however the
 // stream is cut.

@@ -33,4 +33,8 @@ std::string Describe(const Error& error) {
   return error.remedy.empty() ? error.what : error.what + "\n" + error.remedy;
 }
 
+std::string InOneLine(const Error& error) {
+  return error.remedy.empty() ? error.what : error.what + " " + error.remedy;
+}
+
 }  // namespace quillcast

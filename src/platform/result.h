@@ -35,6 +35,8 @@ int ExitCode(Failure failure);
 
 // The two sentences of an error, one line each; the remedy only when there is one.
 std::string Describe(const Error& error);
+// What happened and the remedy, parted by a blank.
+std::string InOneLine(const Error& error);
 
 // A value, or the reason why there is none. Reading the one that is not there ends the program.
 template <typename T>

@@ -90,12 +90,7 @@ AccountSettings::AccountSettings() {
   for (const auto& row : kRows) Set(row.key, std::string(row.fallback));
 }
 
-// A short password lives inside its string, also after a move: all of it is overwritten, whatever its size says.
-AccountSettings::~AccountSettings() {
-  std::string& password = values_[static_cast<std::size_t>(kPassword)];
-  password.resize(password.capacity());
-  smtp::Wipe(password);
-}
+AccountSettings::~AccountSettings() { smtp::Wipe(values_[static_cast<std::size_t>(kPassword)]); }
 
 Result<AccountSettings> AccountSettings::Load(const app::SettingsStore& store) {
   AccountSettings account;

@@ -39,8 +39,9 @@ Result<void> BodyWriter::Fill(std::string& out, std::size_t enough) {
     // not when somebody asks for more.
     if (form_ == Form::kCounted && taken_ == size_) {
       const auto too_many = HasRest();
-      if (!too_many) return too_many.error();
-      return *too_many ? WrongSize() : End(out);
+      if (too_many && !*too_many) return End(out);
+      out.pop_back();  // without it the server never has a whole message
+      return too_many ? WrongSize() : too_many.error();
     }
   }
   return {};

@@ -26,14 +26,16 @@ Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}}; }
 // A failure on the way to a connection, where `timeout` and `otherwise` are the numbers of that part of the way.
 Outcome Unreachable(const Error& error, ResultCode timeout, ResultCode otherwise) {
   if (error.failure == Failure::kTryAgain) return Cancelled();
-  const std::string reason = error.remedy.empty() ? error.what : error.what + " " + error.remedy;
+  const std::string reason = InOneLine(error);
   return {State::kFailed, error.failure == Failure::kTimedOut ? timeout : otherwise, {}, reason};
 }
 
-// Whether another server may do better. A wrong password is not tried at each of them.
+// Whether another server may do better. A wrong password is not tried at each of them; a server that cannot say now
+// whether it is right is passed over.
 bool WorthAnotherServer(const Outcome& outcome) {
-  return outcome.code != ResultCode::kCancelled && outcome.code != ResultCode::kAuthRefused &&
-         outcome.code != ResultCode::kAuthNotOffered && outcome.code != ResultCode::kAuthProtocolError;
+  const bool wrong = outcome.code == ResultCode::kAuthRefused && outcome.state == State::kRefused;
+  return outcome.code != ResultCode::kCancelled && !wrong && outcome.code != ResultCode::kAuthNotOffered &&
+         outcome.code != ResultCode::kAuthProtocolError;
 }
 
 }  // namespace

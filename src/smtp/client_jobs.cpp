@@ -11,7 +11,6 @@ int LimitOf(const Outcome& outcome) {
   const bool refused = outcome.state == State::kRefused;
   switch (outcome.code) {
     case ResultCode::kAuthRefused:
-      return refused ? 3 : 0;
     case ResultCode::kAuthNotOffered:
       return 3;
     case ResultCode::kSenderRefused:

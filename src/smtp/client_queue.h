@@ -32,7 +32,6 @@ class ReusedQueue {
     first_ = (first_ + 1) % slots_.size();
     --count_;
   }
-  void Clear() { count_ = 0; }
 
  private:
   void Grow() {

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "platform/text.h"
+#include "smtp/reply_meaning.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -13,32 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using Command = ClientSession::Command;
 
-// What a reply means: the class that lets things go on, what a 4xx or 5xx makes of it, and how long it may take
-// (RFC 5321 4.5.3.2; what is not named there takes as long as MAIL).
-struct Meaning {
-  Command command;
-  int ok_class;
-  ResultCode refused;
-  std::chrono::minutes patience;
-  const char* what;  // that the server did not take
-};
-constexpr std::array kMeanings{
-    Meaning{Command::kGreeting, 2, ResultCode::kGreetingRefused, 5min, "the connection"},
-    Meaning{Command::kEhlo, 2, ResultCode::kGreetingRefused, 5min, "EHLO"},
-    Meaning{Command::kHelo, 2, ResultCode::kGreetingRefused, 5min, "HELO"},
-    Meaning{Command::kStartTls, 2, ResultCode::kGreetingRefused, 5min, "STARTTLS"},
-    Meaning{Command::kAuth, 2, ResultCode::kAuthRefused, 5min, "the user or the password"},
-    Meaning{Command::kMail, 2, ResultCode::kSenderRefused, 5min, "the sender"},
-    Meaning{Command::kRcpt, 2, ResultCode::kRecipientRefused, 5min, "the recipient"},
-    Meaning{Command::kData, 3, ResultCode::kMessageRefused, 2min, "the message"},
-    Meaning{Command::kEndOfData, 2, ResultCode::kMessageRefused, 10min, "the message"},
-    Meaning{Command::kLoneDot, 2, ResultCode::kMessageRefused, 10min, "the message"},
-    Meaning{Command::kReset, 2, ResultCode::kBadResponse, 5min, "RSET"},
-    Meaning{Command::kQuit, 2, ResultCode::kQuitFailed, 5min, "QUIT"},
-};
 constexpr std::chrono::minutes kPatienceForABlock = 3min;
-
-const Meaning& MeaningOf(Command command) { return kMeanings[static_cast<std::size_t>(command)]; }
 
 constexpr const char* kNoTls =
     "The server does not offer STARTTLS, so the password would travel in clear. Set Security to None only if you trust "

@@ -6,6 +6,7 @@
 
 #include "smtp/client_session.h"
 #include "smtp/command.h"
+#include "smtp/reply_meaning.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -14,17 +15,6 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{64} * 1024;
 // A message of more octets is not sent before its recipient is accepted.
 constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
-
-constexpr ResultCode RefusalOf(ClientSession::Command command) {
-  switch (command) {
-    case ClientSession::Command::kMail:
-      return ResultCode::kSenderRefused;
-    case ClientSession::Command::kRcpt:
-      return ResultCode::kRecipientRefused;
-    default:
-      return ResultCode::kMessageRefused;
-  }
-}
 
 }  // namespace
 
@@ -271,7 +261,7 @@ void ClientSession::OnMessageRefused(Command command, const ServerReply& reply) 
   if (command == Command::kReset) {
     return Close({State::kFailed, ResultCode::kBadResponse, reply, "The server did not take RSET."}, true);
   }
-  if (!transfer.verdict) transfer.verdict = VerdictOf(RefusalOf(command), reply);
+  if (!transfer.verdict) transfer.verdict = VerdictOf(MeaningOf(command).refused, reply);
   using Next = Transfer::Next;
   const bool not_begun = transfer.next == Next::kRcpt || transfer.next == Next::kContent;
   if (not_begun || command == Command::kData) transfer.next = Next::kNothing;

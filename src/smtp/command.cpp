@@ -69,7 +69,7 @@ std::optional<Outcome> UseSevenBit(Envelope& envelope, MessageSource& message) {
     envelope.eight_bit = false;
     return {};
   }
-  if (size.error().failure == Failure::kBadData) return Refuse(size.error().what + " " + size.error().remedy);
+  if (size.error().failure == Failure::kBadData) return Refuse(InOneLine(size.error()));
   return Outcome{State::kFailed, CodeOfSource(size.error()), {}, size.error().what};
 }
 

@@ -24,7 +24,7 @@ Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnecti
 }  // namespace
 
 Outcome OutcomeOf(const Error& error) {
-  const std::string reason = error.remedy.empty() ? error.what : error.what + " " + error.remedy;
+  const std::string reason = InOneLine(error);
   switch (error.failure) {
     case Failure::kTimedOut:
       return {State::kFailed, ResultCode::kReplyTimeout, {}, "The server did not answer in time."};
@@ -76,6 +76,10 @@ void Connection::Advance() {
 // False when the server does not take all of it now.
 bool Connection::WriteAll() {
   for (auto bytes = session_.BytesToSend(); !bytes.empty(); bytes = session_.BytesToSend()) {
+    if (around_.cancel.Requested() >= gives_up_at_) {
+      session_.GiveUp({State::kFailed, ResultCode::kCancelled, {}, {}});
+      return true;
+    }
     const auto sent = stream_.WriteNow(bytes);
     if (!sent) {
       // A server that refuses a message half-way may say so before it closes: its word is worth more than "lost".

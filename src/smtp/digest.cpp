@@ -1,5 +1,6 @@
 #include "smtp/digest.h"
 
+#include <fmt/format.h>
 #include <openssl/crypto.h>
 #include <openssl/hmac.h>
 
@@ -38,6 +39,15 @@ Secret Hash(const EVP_MD* digest, std::string_view text) {
   std::string out = Room(digest);
   if (EVP_Digest(text.data(), text.size(), Octets(out), nullptr, digest, nullptr) != 1) return {};
   return Secret(std::move(out));
+}
+
+std::string CramMd5Response(std::string_view user, std::string_view password, std::string_view challenge) {
+  const Secret digest = Hmac(EVP_md5(), password, challenge);
+  if (digest.empty()) return {};
+  std::string out(user);
+  out += ' ';
+  for (const char c : digest.view()) out += fmt::format("{:02x}", static_cast<unsigned char>(c));
+  return out;
 }
 
 bool SameSecret(std::string_view a, std::string_view b) {

@@ -3,6 +3,7 @@
 
 #include <openssl/evp.h>
 
+#include <string>
 #include <string_view>
 
 #include "smtp/secret.h"
@@ -17,6 +18,9 @@ Secret DeriveKey(const EVP_MD* digest, std::string_view password, std::string_vi
 
 // The digest itself; empty as above.
 Secret Hash(const EVP_MD* digest, std::string_view text);
+
+// What CRAM-MD5 answers to a challenge (RFC 2195 2): the user and the digest in hexadecimal. Empty as above.
+std::string CramMd5Response(std::string_view user, std::string_view password, std::string_view challenge);
 
 // Takes as long for any two texts of that length.
 bool SameSecret(std::string_view a, std::string_view b);

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <cstdint>
-#include <string>
 
 namespace quillcast::smtp {
 namespace {
@@ -35,10 +33,6 @@ constexpr std::array kRounds{
           {3, 9, 11, 15}},
 };
 
-void AppendLittleEndian(std::string& out, std::uint64_t value, int octets) {
-  for (int n = 0; n < octets; ++n) out += static_cast<char>(value >> (8 * n));
-}
-
 Words WordsOf(std::string_view block) {
   Words words{};
   for (std::size_t n = 0; n < kBlock; ++n) {
@@ -49,7 +43,7 @@ Words WordsOf(std::string_view block) {
 
 // The registers change their places after each step, so that the one at the front is always the next to change.
 void Digest(State& state, std::string_view block) {
-  const Words words = WordsOf(block);
+  Words words = WordsOf(block);
   State at = state;
   for (const Round& round : kRounds) {
     for (std::size_t step = 0; step < words.size(); ++step) {
@@ -58,6 +52,8 @@ void Digest(State& state, std::string_view block) {
     }
   }
   for (std::size_t n = 0; n < state.size(); ++n) state[n] += at[n];
+  OPENSSL_cleanse(words.data(), sizeof words);
+  OPENSSL_cleanse(at.data(), sizeof at);
 }
 
 }  // namespace
@@ -73,7 +69,9 @@ Secret Md4(std::string_view octets) {
   for (std::size_t at = 0; at < text.size(); at += kBlock) Digest(state, std::string_view(text).substr(at, kBlock));
   Wipe(text);
   std::string digest;
+  digest.reserve(16);  // no copy is left by growing
   for (const std::uint32_t word : state) AppendLittleEndian(digest, word, 4);
+  OPENSSL_cleanse(state.data(), sizeof state);
   return Secret(std::move(digest));
 }
 

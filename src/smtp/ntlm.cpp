@@ -17,12 +17,9 @@ namespace {
 
 // NegotiateFlags (2.2.2.5).
 constexpr std::uint32_t kUnicode = 0x00000001;
-constexpr std::uint32_t kRequestTarget = 0x00000004;
-constexpr std::uint32_t kNtlm = 0x00000200;
-constexpr std::uint32_t kAlwaysSign = 0x00008000;
-constexpr std::uint32_t kExtendedSecurity = 0x00080000;
 constexpr std::uint32_t kTargetInfo = 0x00800000;
-constexpr std::uint32_t kAsked = kUnicode | kRequestTarget | kNtlm | kAlwaysSign | kExtendedSecurity | kTargetInfo;
+// These two, and: request target, NTLM, always sign, extended session security.
+constexpr std::uint32_t kAsked = 0x00888205;
 
 constexpr std::string_view kSignature{"NTLMSSP\0", 8};
 constexpr std::size_t kNonceSize = 8;
@@ -38,7 +35,7 @@ constexpr std::size_t kWholeHead = 48;
 
 // Where the payload of the answer begins (2.2.1.3): after the version, and with a code after that.
 constexpr std::size_t kPlainHead = 72;
-constexpr std::size_t kMicAt = 72;
+constexpr std::size_t kMicAt = kPlainHead;
 constexpr std::size_t kSealedHead = kMicAt + kMicSize;
 
 // Attributes of the target information (2.2.2.1).
@@ -56,10 +53,6 @@ std::uint32_t Number(std::string_view octets) {
   std::uint32_t value = 0;
   for (std::size_t n = octets.size(); n > 0; --n) value = value << 8 | static_cast<unsigned char>(octets[n - 1]);
   return value;
-}
-
-void AppendNumber(std::string& out, std::uint64_t value, int octets) {
-  for (int n = 0; n < octets; ++n) out += static_cast<char>(value >> (8 * n));
 }
 
 Error Broken() { return {Failure::kBadData, "The server's NTLM challenge makes no sense."}; }
@@ -101,11 +94,11 @@ std::optional<std::vector<Attribute>> AttributesOf(std::string_view list) {
 std::string ListOf(const std::vector<Attribute>& attributes) {
   std::string out;
   for (const Attribute& attribute : attributes) {
-    AppendNumber(out, attribute.id, 2);
-    AppendNumber(out, attribute.value.size(), 2);
+    AppendLittleEndian(out, attribute.id, 2);
+    AppendLittleEndian(out, attribute.value.size(), 2);
     out += attribute.value;
   }
-  AppendNumber(out, kEndOfList, 4);
+  AppendLittleEndian(out, kEndOfList, 4);
   return out;
 }
 
@@ -133,10 +126,10 @@ Secret Wide(std::string_view text, bool upper = false) {
     char32_t wide = code == platform::kNotUtf8 ? U'\uFFFD' : code;
     if (upper) wide = static_cast<char32_t>(u_toupper(static_cast<UChar32>(wide)));
     if (wide > 0xFFFF) {
-      AppendNumber(out, 0xD800 + ((wide - 0x10000) >> 10), 2);
-      AppendNumber(out, 0xDC00 + ((wide - 0x10000) & 0x3FF), 2);
+      AppendLittleEndian(out, 0xD800 + ((wide - 0x10000) >> 10), 2);
+      AppendLittleEndian(out, 0xDC00 + ((wide - 0x10000) & 0x3FF), 2);
     } else {
-      AppendNumber(out, wide, 2);
+      AppendLittleEndian(out, wide, 2);
     }
   }
   return Secret(std::move(out));
@@ -148,7 +141,7 @@ std::string WithMicFlag(std::string_view target_info) {
   std::string flags;
   const auto known =
       std::find_if(attributes.begin(), attributes.end(), [](const Attribute& a) { return a.id == kAvFlags; });
-  AppendNumber(flags, kMicPresent | (known == attributes.end() ? 0 : Number(known->value)), 4);
+  AppendLittleEndian(flags, kMicPresent | (known == attributes.end() ? 0 : Number(known->value)), 4);
   if (known == attributes.end()) {
     attributes.push_back({kAvFlags, flags});
   } else {
@@ -162,16 +155,16 @@ class Answer {
  public:
   explicit Answer(std::size_t head) : head_size_(head) {
     head_ += kSignature;
-    AppendNumber(head_, 3, 4);
+    AppendLittleEndian(head_, 3, 4);
   }
   void Add(std::string_view octets) {
-    AppendNumber(head_, octets.size(), 2);
-    AppendNumber(head_, octets.size(), 2);
-    AppendNumber(head_, head_size_ + payload_.size(), 4);
+    AppendLittleEndian(head_, octets.size(), 2);
+    AppendLittleEndian(head_, octets.size(), 2);
+    AppendLittleEndian(head_, head_size_ + payload_.size(), 4);
     payload_ += octets;
   }
   std::string Finish(std::uint32_t flags) {
-    AppendNumber(head_, flags, 4);
+    AppendLittleEndian(head_, flags, 4);
     head_.resize(head_size_, '\0');  // version, and room for the code
     return head_ + payload_;
   }
@@ -195,14 +188,14 @@ std::string NtlmTime(std::int64_t unix_seconds) {
   constexpr std::int64_t kFrom1601To1970 = 11'644'473'600;
   constexpr std::int64_t kTicks = 10'000'000;
   std::string out;
-  AppendNumber(out, static_cast<std::uint64_t>((unix_seconds + kFrom1601To1970) * kTicks), 8);
+  AppendLittleEndian(out, static_cast<std::uint64_t>((unix_seconds + kFrom1601To1970) * kTicks), 8);
   return out;
 }
 
 std::string NtlmNegotiate() {
   std::string out(kSignature);
-  AppendNumber(out, 1, 4);
-  AppendNumber(out, kAsked, 4);
+  AppendLittleEndian(out, 1, 4);
+  AppendLittleEndian(out, kAsked, 4);
   out.append(16, '\0');  // neither domain nor workstation
   return out;
 }

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include "smtp/digest.h"
 #include "smtp/sasl.h"
 
@@ -17,11 +15,8 @@ class CramMd5 final : public SaslMechanism {
     if (challenge.empty()) return Error{Failure::kBadData, "The server's challenge is empty."};
     if (answered_) return Error{Failure::kBadData, "The server asked for more than CRAM-MD5 has to say."};
     answered_ = true;
-    const Secret digest = Hmac(EVP_md5(), credentials_.password, challenge);
-    if (digest.empty()) return Error{Failure::kUnavailable, "This computer's policy does not allow CRAM-MD5."};
-    std::string response(credentials_.user);
-    response += ' ';
-    for (const char c : digest.view()) response += fmt::format("{:02x}", static_cast<unsigned char>(c));
+    std::string response = CramMd5Response(credentials_.user, credentials_.password, challenge);
+    if (response.empty()) return Error{Failure::kUnavailable, "This computer's policy does not allow CRAM-MD5."};
     return Secret(std::move(response));
   }
 

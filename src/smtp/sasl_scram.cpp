@@ -17,12 +17,6 @@ constexpr std::string_view kNoBindingCoded = "biws";
 // Some seconds of work; servers ask for some thousand to a million. More would hold the run up for a hostile one.
 constexpr std::int64_t kMostRounds = 10'000'000;
 
-std::string Coded(std::string_view octets) {
-  std::string out;
-  platform::AppendBase64(out, octets);
-  return out;
-}
-
 Error Senseless(std::string_view what) {
   return {Failure::kBadData, "The server broke the exchange that signs in: " + std::string(what) + "."};
 }
@@ -62,7 +56,7 @@ std::optional<Secret> Scram::Start() {
     bad_name_ = user.error();
     return {};  // told when the server asks
   }
-  nonce_ = Coded(credentials_.nonce);
+  nonce_ = platform::Base64(credentials_.nonce);
   first_ = "n=" + EscapedName(user->view()) + ",r=" + nonce_;
   return Secret(std::string(kNoBinding) + first_);
 }
@@ -91,7 +85,7 @@ Result<Secret> Scram::Prove(std::string_view server_first) {
                                    first_ + "," + std::string(server_first) + "," + last);
   if (!proofs) return Error{Failure::kUnavailable, std::string("This computer's policy does not allow ") + name_ + "."};
   server_proof_ = std::move(proofs->server);
-  last += ",p=" + Coded(proofs->client.view());
+  last += ",p=" + platform::Base64(proofs->client.view());
   return Secret(std::move(last));
 }
 

@@ -9,7 +9,9 @@
 
 namespace quillcast::smtp {
 
+// All of it, whatever its size says: a short text lives inside its string, and moving or swapping it leaves it there.
 inline void Wipe(std::string& text) {
+  text.resize(text.capacity());
   text.resize(text.capacity());  // what was longer once may still lie behind the end
   OPENSSL_cleanse(text.data(), text.size());
   text.clear();
@@ -20,8 +22,10 @@ class Secret {
   Secret() = default;
   explicit Secret(std::string_view text) : text_(text) {}
   explicit Secret(const char* text) : text_(text) {}
-  // Swapped, not moved: a short text lives inside its string, and a move would leave it there.
-  explicit Secret(std::string&& text) { text_.swap(text); }
+  explicit Secret(std::string&& text) {
+    text_.swap(text);
+    Wipe(text);
+  }
   Secret(const Secret& other) = default;
   Secret(Secret&& other) noexcept { text_.swap(other.text_); }
   Secret& operator=(Secret&& other) noexcept {

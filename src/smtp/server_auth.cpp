@@ -22,11 +22,7 @@ void ServerSession::Auth(std::string_view argument) {
   Challenge(mechanism_->Begin());
 }
 
-void ServerSession::Challenge(std::string_view text) {
-  std::string coded;
-  platform::AppendBase64(coded, text);
-  Say(334, "", coded);
-}
+void ServerSession::Challenge(std::string_view text) { Say(334, "", platform::Base64(text)); }
 
 void ServerSession::TakeAuthLine(std::string_view line) {
   if (line == "*") return EndAuth({501, "5.7.0", "Signing in was given up"});

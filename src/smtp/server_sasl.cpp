@@ -26,12 +26,6 @@ ServerStep Judge(std::string_view user, std::string_view password, const ServerA
   return SameSecret(password, account.password) && same_user ? Welcome() : Wrong();
 }
 
-std::string Coded(std::string_view octets) {
-  std::string out;
-  platform::AppendBase64(out, octets);
-  return out;
-}
-
 class Plain final : public ServerMechanism {
  public:
   explicit Plain(const ServerAccount& account) : account_(account) {}
@@ -66,14 +60,11 @@ class Login final : public ServerMechanism {
 class CramMd5 final : public ServerMechanism {
  public:
   explicit CramMd5(const ServerAccount& account)
-      : account_(account), challenge_("<" + Coded(account.nonce) + "@mailbox>") {}
+      : account_(account), challenge_("<" + platform::Base64(account.nonce) + "@mailbox>") {}
   std::string Begin() override { return challenge_; }
   ServerStep Step(std::string_view response) override {
-    std::string wanted(account_.user);
-    wanted += ' ';
-    const Secret digest = Hmac(EVP_md5(), account_.password, challenge_);
-    for (const char c : digest.view()) wanted += fmt::format("{:02x}", static_cast<unsigned char>(c));
-    return SameSecret(response, wanted) && !digest.empty() ? Welcome() : Wrong();
+    const std::string wanted = CramMd5Response(account_.user, account_.password, challenge_);
+    return SameSecret(response, wanted) && !wanted.empty() ? Welcome() : Wrong();
   }
 
  private:
@@ -112,14 +103,14 @@ ServerStep ScramSha256::First(std::string_view message) {
   if (!ScramAttribute(client_bare_, 0, 'n') || !nonce || nonce->empty()) return Broken("That is not a SCRAM message");
   const auto salt = account_.nonce.substr(0, account_.nonce.size() / 2);
   const auto ours = account_.nonce.substr(salt.size());
-  server_first_ = fmt::format("r={}{},s={},i={}", *nonce, Coded(ours), Coded(salt), kScramRounds);
+  server_first_ = fmt::format("r={}{},s={},i={}", *nonce, platform::Base64(ours), platform::Base64(salt), kScramRounds);
   return Ask(server_first_);
 }
 
 ServerStep ScramSha256::Last(std::string_view message) {
   const auto proof_at = message.rfind(",p=");
   const auto nonce = ScramAttribute(server_first_, 0, 'r');
-  if (proof_at == std::string_view::npos || ScramAttribute(message, 0, 'c') != Coded(header_) ||
+  if (proof_at == std::string_view::npos || ScramAttribute(message, 0, 'c') != platform::Base64(header_) ||
       ScramAttribute(message, 1, 'r') != nonce) {
     return Broken("That is not the end of a SCRAM exchange");
   }
@@ -135,7 +126,7 @@ ServerStep ScramSha256::Last(std::string_view message) {
   name = platform::ReplaceAll(platform::ReplaceAll(name, "=2C", ","), "=3D", "=");
   if (!proofs || !shown || !SameSecret(*shown, proofs->client.view()) || name != user->view()) return Wrong();
   verdict_ = Welcome();
-  return Ask("v=" + Coded(proofs->server.view()));
+  return Ask("v=" + platform::Base64(proofs->server.view()));
 }
 
 template <typename Mechanism>

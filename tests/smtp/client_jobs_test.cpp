@@ -21,7 +21,7 @@ TEST(Breaker, AsksOnceTheSameRefusalHasComeOftenEnough) {
                                                    {Refused(kGreetingRefused, 554), 20},
                                                    {Refused(kAuthRefused, 535), 3},
                                                    {{State::kFailed, kAuthNotOffered, {}, "no"}, 3},
-                                                   {Refused(kAuthRefused, 454, State::kDeferred), 0},
+                                                   {Refused(kAuthRefused, 454, State::kDeferred), 3},
                                                    {Refused(kSenderRefused, 451, State::kDeferred), 0},
                                                    {Refused(kRecipientRefused, 550), 0},
                                                    {Refused(kMessageRefused, 554), 0},

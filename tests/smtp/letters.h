@@ -1,0 +1,54 @@
+// A mailing of small letters, and what was told of it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "smtp/client.h"
+#include "smtp/client_play.h"
+
+namespace quillcast::smtp {
+
+// "Subject: N", an empty line, ".dot" and the ending, to "rN@example.net". Outcomes have to come in order.
+class Letters final : public Mailing {
+ public:
+  enum class Size { kUnknown, kKnown };
+
+  explicit Letters(int count, const std::string& ending = {}, Size size = Size::kUnknown) {
+    for (int n = 0; n < count; ++n) {
+      const std::string text = "Subject: " + std::to_string(n) + "\r\n\r\n.dot\r\n" + ending;
+      sources_.push_back(std::make_unique<TextSource>(text));
+      Job job;
+      job.envelope.sender = "ada@example.org";
+      job.envelope.recipient = "r" + std::to_string(n) + "@example.net";
+      job.envelope.size = size == Size::kKnown ? text.size() : 0;
+      job.message = sources_.back().get();
+      jobs_.push_back(job);
+    }
+  }
+  Job* NextJob() override { return next_ < jobs_.size() ? &jobs_[next_++] : nullptr; }
+  void Finished(Job& job, const Outcome& outcome) override {
+    EXPECT_EQ(&job, &jobs_[outcomes.size()]) << "out of order";
+    outcomes.push_back(outcome);
+  }
+  void LogLine(std::string_view line) override {
+    log.emplace_back(line);
+    if (on_line) on_line(line);
+  }
+  void Progress(std::uint64_t, std::uint64_t) override {}
+
+  std::vector<Outcome> outcomes;
+  std::vector<std::string> log;
+  std::function<void(std::string_view)> on_line;
+
+ private:
+  std::vector<std::unique_ptr<TextSource>> sources_;
+  std::vector<Job> jobs_;
+  std::size_t next_ = 0;
+};
+
+}  // namespace quillcast::smtp
