@@ -136,6 +136,7 @@ void Client::Driver::Run(Mailing& mailing) {
   around_.mailing = &mailing;
   jobs_.Begin(mailing);
   for (;;) {
+    if (connection_ && connection_->used_up()) connection_->Quit(kQuitPatience);
     if (connection_ && connection_->closed()) connection_.reset();
     Job* job = !connection_ || connection_->WantsMessage() ? jobs_.Next() : nullptr;
     if (job != nullptr) {

@@ -85,7 +85,7 @@ void JobQueue::Settle(const Outcome& outcome, bool again) {
     return;
   }
   Outcome last = outcome;
-  if (last.reply.code == 421) last.state = State::kDeferred;  // the server asks for another time
+  if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
   Tell(entry, last);
 }
 

@@ -104,7 +104,11 @@ void ClientSession::OnReply(const ServerReply& reply) {
 // every server stops where it says so.
 void ClientSession::OnGoodbye(Command command, const ServerReply& reply) {
   if (!OfMessage(command)) return Close(VerdictOf(MeaningOf(command).refused, reply));
-  window_.BeCautious();
+  if (IsLimit(command) && !IsOut(transfers_.front())) {
+    window_.LimitConnection(mails_taken_);
+  } else {
+    window_.BeCautious();
+  }
   if (command == Command::kEndOfData && ReplyIsDue()) {
     return Close(VerdictOf(ResultCode::kMessageRefused, reply));
   }
@@ -263,6 +267,7 @@ void ClientSession::Close(Outcome why, bool again) {
     Event& event = NewEvent(Event::Kind::kOutcome);
     if (transfer.verdict) {
       event.outcome = *transfer.verdict;
+      event.again = transfer.again && !cancelled;
     } else {
       const bool out = IsOut(transfer);
       const bool shared = oldest || cancelled || why.code == ResultCode::kReplyTimeout;

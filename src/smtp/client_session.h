@@ -70,6 +70,10 @@ struct Event {
 //      for the replies to MAIL and RCPT: a server that does not keep pipelining, or that closes after so many messages,
 //      is found out before any message is in doubt.
 //
+// A server may take only so many messages over one connection, and says so at a MAIL: with a 4xx, or with a 421. Where
+// it has taken some before, that is no trouble: the messages refused go over a new connection, which is ended at that
+// number. So that no message is in doubt then, one at which a limit is likely waits like the first one.
+//
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
 // whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.
 class ClientSession {
@@ -84,6 +88,8 @@ class ClientSession {
   void Submit(const Envelope& envelope, MessageSource& message);
   // Messages of which no byte is made yet get this outcome.
   void Withdraw(const Outcome& why);
+  // Whether the server takes no further message over this connection, but may over another one.
+  bool UsedUp() const { return used_up_ || submitted_ >= window_.per_connection(); }
   // Only when Idle().
   void Quit();
 
@@ -143,6 +149,7 @@ class ClientSession {
     std::uint64_t end = 0;    // of the bytes of this connection
     std::size_t awaited = 0;  // its commands without a reply
     bool sender_refused = false;
+    bool again = false;              // with the verdict: another connection may serve it
     std::optional<Outcome> verdict;  // the first refusal
   };
   struct Awaited {
@@ -177,6 +184,8 @@ class ClientSession {
   void OnMessageAccepted(Command command, const ServerReply& reply);
   void OnMessageRefused(Command command, const ServerReply& reply);
   bool BreaksPipelining(Command command, int code) const;
+  bool IsLimit(Command command) const { return command == Command::kMail && took_; }
+  void UseUp(const Outcome& why);
   void OnGreeting(const ServerReply& reply);
   void OnCapabilities(const ServerReply& reply);
   void OnChallenge(const ServerReply& reply);
@@ -204,6 +213,8 @@ class ClientSession {
   bool pipelined_ = false;
   bool proven_ = false;    // the server has answered commands that came together
   bool in_doubt_ = false;  // a transaction may be open: RSET goes before the next message
+  bool took_ = false;      // a message
+  bool used_up_ = false;   // it said that it takes no more over this connection
   bool closed_ = false;
   bool handshake_ = false;  // between the 220 to STARTTLS and TlsStarted
 
@@ -211,7 +222,10 @@ class ClientSession {
   ReusedQueue<Transfer> transfers_;  // those without outcome, oldest first
   std::size_t sending_ = 0;          // those before it are wholly made
   std::uint64_t octets_ = 0;         // of all of them
-  std::optional<BodyWriter> body_;   // of transfers_[sending_]
+  std::size_t submitted_ = 0;        // over this connection
+  std::size_t mails_made_ = 0;       // MAIL commands
+  std::size_t mails_taken_ = 0;
+  std::optional<BodyWriter> body_;  // of transfers_[sending_]
   std::uint64_t octets_made_ = 0;
   std::uint64_t octets_in_all_ = 0;
   std::string out_;

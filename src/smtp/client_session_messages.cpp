@@ -16,12 +16,19 @@ constexpr std::size_t kBlock = std::size_t{64} * 1024;
 // A message of more octets is not sent before its recipient is accepted.
 constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 
+// Whether people would choose it as a limit: 20, 150, 1,000.
+bool IsRound(std::size_t number) {
+  if (number < 10) return false;
+  while (number % 10 == 0) number /= 10;
+  return number < 10 || number == 15 || number == 25 || number == 75;
+}
+
 }  // namespace
 
 // --- sending ---
 
 bool ClientSession::WantsMessage() {
-  if (!ready_ || closed_) return false;
+  if (!ready_ || closed_ || UsedUp()) return false;
   if (transfers_.empty()) return true;
   if (!pipelined_) return false;
   const Transfer& last = transfers_.back();
@@ -35,7 +42,8 @@ void ClientSession::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.envelope = envelope;
   transfer.message = &message;
   transfer.next = Transfer::Next::kReset;
-  transfer.open = transfer.ended = transfer.sender_refused = false;
+  transfer.open = transfer.ended = transfer.sender_refused = transfer.again = false;
+  ++submitted_;
   transfer.awaited = 0;
   transfer.verdict = FitEnvelope(transfer.envelope, message, capabilities_);
   transfer.chunked = capabilities_.chunking && transfer.envelope.size != 0;
@@ -150,6 +158,7 @@ void ClientSession::SendMail(Transfer& transfer) {
   const auto line = MailCommand(transfer.envelope, capabilities_);
   if (!line) return Fail(ResultCode::kSenderRefused, "The sender cannot be sent.");
   ++transfer.awaited;
+  ++mails_made_;
   transfer.next = Transfer::Next::kRcpt;
   Send(Command::kMail, line->text());
 }
@@ -170,7 +179,8 @@ bool ClientSession::SendContent(Transfer& transfer) {
     return true;
   }
   const std::uint64_t size = transfer.envelope.size;
-  if ((!proven_ || window_.cautious() || size > kLarge) && !awaited_.empty()) return false;
+  const bool envelope_first = !proven_ || window_.cautious() || size > kLarge || IsRound(mails_made_ - 1);
+  if (envelope_first && !awaited_.empty()) return false;
   // The one chunk follows its command without a reply in between (RFC 3030 2).
   ++transfer.awaited;
   transfer.next = Transfer::Next::kBody;
@@ -215,6 +225,7 @@ void ClientSession::OnMessageAccepted(Command command, const ServerReply& reply)
   switch (command) {
     case Command::kMail:
       transfer.open = true;
+      ++mails_taken_;
       break;
     case Command::kRcpt:
       if (transfer.sender_refused) {
@@ -233,6 +244,7 @@ void ClientSession::OnMessageAccepted(Command command, const ServerReply& reply)
     case Command::kEndOfData: {
       transfer.open = false;
       window_.Taken();
+      took_ = true;
       if (transfer.verdict) break;
       Outcome& outcome = NewEvent(Event::Kind::kOutcome).outcome;
       outcome.state = State::kSent;
@@ -257,11 +269,14 @@ void ClientSession::OnMessageRefused(Command command, const ServerReply& reply) 
         {State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers."},
         true);
   }
-  if (reply.code / 100 == 4 || command == Command::kMail) window_.BeCautious();
+  const bool limit = IsLimit(command) && reply.code / 100 == 4;
+  if (!limit && (reply.code / 100 == 4 || command == Command::kMail)) window_.BeCautious();
   if (command == Command::kReset) {
     return Close({State::kFailed, ResultCode::kBadResponse, reply, "The server did not take RSET."}, true);
   }
   if (!transfer.verdict) transfer.verdict = VerdictOf(MeaningOf(command).refused, reply);
+  transfer.again = transfer.again || limit;
+  if (limit) UseUp(*transfer.verdict);
   using Next = Transfer::Next;
   const bool not_begun = transfer.next == Next::kRcpt || transfer.next == Next::kContent;
   if (not_begun || command == Command::kData) transfer.next = Next::kNothing;
@@ -279,6 +294,19 @@ bool ClientSession::BreaksPipelining(Command command, int code) const {
   return pipelined_ && !proven_ && about_order && command != Command::kEndOfData && !transfers_.front().verdict;
 }
 
+// No further message goes over this connection; those behind that have not begun need not be refused as well.
+void ClientSession::UseUp(const Outcome& why) {
+  used_up_ = true;
+  window_.LimitConnection(mails_taken_);
+  for (std::size_t n = 1; n < transfers_.size(); ++n) {
+    Transfer& transfer = transfers_[n];
+    if (transfer.next != Transfer::Next::kReset) continue;
+    transfer.verdict = why;
+    transfer.again = true;
+    transfer.next = Transfer::Next::kNothing;
+  }
+}
+
 // --- ends ---
 
 void ClientSession::FinishAnswered() {
@@ -286,7 +314,9 @@ void ClientSession::FinishAnswered() {
     const Transfer& oldest = transfers_.front();
     if (oldest.next == Transfer::Next::kImpossible) return Close(*oldest.verdict);
     if (oldest.next != Transfer::Next::kNothing || oldest.awaited != 0 || !oldest.verdict) return;
-    NewEvent(Event::Kind::kOutcome).outcome = *oldest.verdict;
+    Event& event = NewEvent(Event::Kind::kOutcome);
+    event.outcome = *oldest.verdict;
+    event.again = oldest.again;
     PopTransfer();
   }
 }

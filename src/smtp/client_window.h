@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace quillcast::smtp {
 
@@ -38,6 +39,10 @@ class SendWindow {
   }
   bool cautious() const { return cautious_; }
 
+  // The server takes so many messages over one connection, and no more.
+  void LimitConnection(std::size_t messages) { per_connection_ = std::min(per_connection_, messages); }
+  std::size_t per_connection() const { return per_connection_; }
+
   // The server offers pipelining and does not keep it: from here on one command, one reply.
   void GiveUpPipelining() { pipelining_ = false; }
   bool pipelining() const { return pipelining_; }
@@ -46,6 +51,7 @@ class SendWindow {
 
  private:
   std::size_t limit_ = kFirst;
+  std::size_t per_connection_ = std::numeric_limits<std::size_t>::max();
   bool filling_ = true;
   bool quick_ = true;
   bool cautious_ = false;

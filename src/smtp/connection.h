@@ -42,6 +42,8 @@ class Connection {
   // Whether the server has closed it, or said anything, while there was nothing to say; then it is of no more use.
   bool ClosedMeanwhile();
   bool closed() const { return session_.closed(); }
+  // Whether it has served all the messages that it can, and another connection may serve more.
+  bool used_up() const { return session_.UsedUp() && session_.Idle(); }
   bool idle() const { return session_.Idle(); }
 
  private:

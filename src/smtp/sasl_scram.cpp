@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::string_view kNoBinding = "n,,";
 constexpr std::string_view kNoBindingCoded = "biws";
-// Some seconds of work; servers ask for some thousand to a million. More would hold the run up for a hostile one.
-constexpr std::int64_t kMostRounds = 10'000'000;
+// A second of work, as long as a cancel may wait; servers ask for some thousand to a million.
+constexpr std::int64_t kMostRounds = 2'000'000;
 
 Error Senseless(std::string_view what) {
   return {Failure::kBadData, "The server broke the exchange that signs in: " + std::string(what) + "."};

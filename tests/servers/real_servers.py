@@ -92,8 +92,9 @@ class Server:
             if self.process.poll() is not None:
                 break
             time.sleep(0.1)
+        said = self.log.read_text()[-1500:]
         self.close()
-        raise Unavailable(f"{self.name} did not start: {self.log.read_text()[-1500:]}")
+        raise Unavailable(f"{self.name} did not start: {said}")
 
     def tls_works(self):
         """Whether another client than ours can speak TLS with it."""
@@ -210,7 +211,6 @@ pki here key "/etc/smtpd.key"
 table users file:/etc/smtpd.users
 table mailboxes file:/etc/smtpd.mailboxes
 smtp max-message-size "100M"
-smtp limit max-mails 100000
 listen on lo port {self.port} tls pki here hostname opensmtpd.example
 listen on lo port {self.tls_port} smtps pki here auth <users> hostname opensmtpd.example
 action "keep" maildir "{self.mail}/%{{rcpt.user}}" virtual <mailboxes>
@@ -242,7 +242,7 @@ tls_certificate = /etc/exim4/{Path(self.certificate).name}
 tls_privatekey = /etc/exim4/{Path(self.key).name}
 pipelining_advertise_hosts = *
 chunking_advertise_hosts = *
-smtp_accept_max_per_connection = 0
+smtp_accept_max_per_connection = 200
 smtp_accept_queue_per_connection = 0
 smtp_accept_max_nonmail = 10000
 message_size_limit = 100M

@@ -14,7 +14,7 @@ import real_servers  # noqa: E402
 from quillcast import Case, PROGRAM  # noqa: E402
 
 FEW = 10
-COUNT = int(os.environ.get("QUILLCAST_MAILING", "100" if os.environ.get("QUILLCAST_SANITIZE") else "1000"))
+COUNT = int(os.environ.get("QUILLCAST_MAILING", "20" if os.environ.get("QUILLCAST_SANITIZE") else "1000"))
 CACHE = Path(tempfile.gettempdir()) / f"quillcast-test-servers-{os.getuid()}"
 BODY = "<p>Dear $*MergeFirstName*$,</p>\n.\n<p>.leading dot, From here on: ä €</p>\nFrom me\n"
 

@@ -23,7 +23,7 @@ void SendAll(const ClientOptions& options, Letters& letters, const platform::Can
   Client(options, clock, cancel).Run(letters);
 }
 
-enum class Fault { kHangUp, kStall, kGoodbye };
+enum class Fault { kHangUp, kStall, kGoodbye, kLimit };
 
 // Serves a connection well, except that at reply number `at` the fault happens in place of it.
 // Replies: 0 greeting, 1 EHLO, 2 MAIL, 3 RCPT, 4 DATA, 5 end of data.
@@ -35,6 +35,7 @@ void Serve(Peer& peer, int at, Fault fault, std::vector<std::string>& taken) {
       return true;
     }
     if (fault == Fault::kStall) peer.Stall();
+    if (fault == Fault::kLimit) return peer.Say("452 4.5.3 no more over this connection\r\n");
     if (fault == Fault::kGoodbye) peer.Say("421 4.3.2 enough for this connection\r\n");
     return false;
   };
@@ -84,7 +85,7 @@ TEST(ClientFaults, AMessageIsTakenToOneNewConnectionOnly) {
 }
 
 TEST(ClientFaults, AServerThatServesOneMessageAConnectionIsServedAll) {
-  for (const Fault fault : {Fault::kHangUp, Fault::kGoodbye}) {
+  for (const Fault fault : {Fault::kHangUp, Fault::kGoodbye, Fault::kLimit}) {
     std::vector<std::string> taken;
     ScriptedServer server([&](Peer& peer, int) { Serve(peer, 6, fault, taken); });
     Letters letters(3);

@@ -19,6 +19,8 @@ struct ServerKind {
   bool chunking = false;
   int refuse = 0;              // a command or a message, with 4xx or 5xx
   bool only_for_good = false;  // with 5xx, and never the sender: what leaves a window open
+  int most = 1000;             // messages over one connection, counted by MAIL
+  int code_of_limit = 452;     // 421 closes the connection
   int goodbye = 0;             // 421, and the connection closed
   int drop = 0;                // the connection closed: before a command, or after it with its reply cut
   bool data_in_vain = false;   // 354 though no recipient was taken
@@ -117,6 +119,11 @@ class RandomServer {
 
   void Mail() {
     if (has_sender_) return Say("503 5.5.1 nested MAIL");
+    if (++mails_ > kind_.most) {
+      Say(std::to_string(kind_.code_of_limit) + " 4.5.3 enough");
+      open_ = kind_.code_of_limit != 421;
+      return;
+    }
     if (!kind_.only_for_good && Often(kind_.refuse / 4)) return Say(Refusal());
     has_sender_ = true;
     Say("250 2.1.0 sender ok");
@@ -191,6 +198,7 @@ class RandomServer {
   Account& account_;
   bool open_ = true;
   bool greeted_ = false;
+  int mails_ = 0;
   std::string in_;
   std::string out_;
   bool has_sender_ = false;
