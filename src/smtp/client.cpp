@@ -43,7 +43,8 @@ bool WorthAnotherServer(const Outcome& outcome) {
 class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
-      : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel, window_, jobs_} {
+      : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel,
+                                                             window_,  jobs_, [this] { return Tls(); }} {
     if (!options_.password.empty()) no_core_.emplace();
   }
   Driver(const Driver&) = delete;
@@ -56,7 +57,7 @@ class Client::Driver {
   bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
   Outcome Connect();
   Outcome ConnectTo(const Server& server);
-  Result<void> PrepareTls();
+  Result<net::TlsContext*> Tls();
   void SendOver(Job& job);
 
   std::optional<NoCoreDump> no_core_;  // while the password is in memory
@@ -69,13 +70,12 @@ class Client::Driver {
   std::optional<Connection> connection_;
 };
 
-Result<void> Client::Driver::PrepareTls() {
-  if (tls_) return {};
+Result<net::TlsContext*> Client::Driver::Tls() {
+  if (tls_) return tls_.get();
   auto made = net::TlsContext::ForClient(options_.ca_file);
   if (!made) return made.error();
   tls_ = *std::move(made);
-  around_.tls = tls_.get();
-  return {};
+  return tls_.get();
 }
 
 Outcome Client::Driver::ConnectTo(const Server& server) {
@@ -91,11 +91,10 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
   net::Stream stream(*std::move(socket));
   const bool tls_at_once =
       options_.security == Security::kTls || (options_.security == Security::kAutomatic && server.port == kTlsPort);
-  if (options_.security != Security::kNone) {
-    if (const auto ready = PrepareTls(); !ready) return OutcomeOf(ready.error());
-  }
   if (tls_at_once) {
-    if (const auto started = stream.StartTls(*tls_, server.host, patience()); !started) {
+    const auto tls = Tls();
+    if (!tls) return OutcomeOf(tls.error());
+    if (const auto started = stream.StartTls(**tls, server.host, patience()); !started) {
       return OutcomeOf(started.error());
     }
   }

@@ -165,7 +165,9 @@ void Connection::TakeEvents() {
 }
 
 void Connection::StartTls() {
-  const auto started = stream_.StartTls(*around_.tls, host_, HandshakePatience());
+  const auto tls = around_.tls();
+  if (!tls) return GiveUp(tls.error());
+  const auto started = stream_.StartTls(**tls, host_, HandshakePatience());
   if (!started) return GiveUp(started.error());
   session_.TlsStarted();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -19,7 +20,7 @@ struct Surroundings {
   const platform::CancelToken& cancel;
   SendWindow& window;
   JobQueue& jobs;
-  net::TlsContext* tls = nullptr;
+  std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
   Mailing* mailing = nullptr;
 };
 
