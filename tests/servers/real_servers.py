@@ -67,7 +67,7 @@ class Server:
         self.mail.mkdir()
         os.chown(self.mail, MAIL_UID, MAIL_UID)
         for path in (self.folder, *self.folder.parents):
-            if path.stat().st_uid == os.geteuid() and str(path).startswith("/tmp/"):
+            if path.stat().st_uid == os.geteuid() and str(path).startswith(("/tmp/", "/dev/shm/")):
                 path.chmod(0o755)  # the server's users walk through it
         etc = self.root / "etc"
         for name, line in (("passwd", "{0}:x:{1}:{1}::/nonexistent:/usr/sbin/nologin"), ("group", "{0}:x:{1}:")):
@@ -81,7 +81,7 @@ class Server:
                 ["setpriv", "--pdeathsig", "KILL", "unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", "--propagation", "private", "bash",
                  "-c", f"{ENTER}{command}\nexit $?"], env=dict(os.environ, ROOT=str(self.root)), stdin=subprocess.DEVNULL, stdout=log,
                 stderr=subprocess.STDOUT)
-        for _ in range(200):
+        for _ in range(600):
             try:
                 with socket.create_connection(("127.0.0.1", self.tls_port), 1):
                     with socket.create_connection(("127.0.0.1", self.port), 1) as plain:
@@ -245,6 +245,8 @@ chunking_advertise_hosts = *
 smtp_accept_max_per_connection = 200
 smtp_accept_queue_per_connection = 0
 smtp_accept_max_nonmail = 10000
+queue_only = true
+queue_run_max = 2
 message_size_limit = 100M
 acl_smtp_rcpt = check_rcpt
 acl_smtp_data = accept
@@ -295,7 +297,7 @@ cram:
         return """
 mkdir -p /var/spool/exim4 /var/log/exim4
 chown Debian-exim:Debian-exim /var/spool/exim4 /var/log/exim4
-exim4 -bdf -q1h
+exim4 -bdf -q1s
 """
 
 
