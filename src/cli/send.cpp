@@ -35,13 +35,14 @@ class SendListener final : public sending::RunListener {
 
   void Finished(const sending::RecipientResult& result) override {
     const auto& outcome = result.outcome;
-    const std::string reply = ReplyText(outcome.reply);
-    output_.Object({{"position", result.position},
-                    {"address", result.address},
-                    {"state", smtp::Name(outcome.state)},
-                    {"code", static_cast<int>(outcome.code)},
-                    {"reply", reply},
-                    {"reason", outcome.reason}});
+    if (output_.json) {
+      output_.Object({{"position", result.position},
+                      {"address", result.address},
+                      {"state", smtp::Name(outcome.state)},
+                      {"code", static_cast<int>(outcome.code)},
+                      {"reply", ReplyText(outcome.reply)},
+                      {"reason", outcome.reason}});
+    }
     if (outcome.state == smtp::State::kSent) return;
     output_.EndProgress();
     output_.Note(
