@@ -1,11 +1,19 @@
 #include "smtp/reply.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace quillcast::smtp {
 namespace {
 
-constexpr const char* kTooLong = "a line of its reply is longer than 12288 octets";
+std::size_t LimitOf(std::string_view line) {
+  return line.starts_with("334") ? ReplyReader::kLongestChallenge : ReplyReader::kLongestLine;
+}
+
+std::string TooLong(std::string_view line) {
+  return fmt::format("a line of its reply is longer than {} octets", LimitOf(line));
+}
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -54,13 +62,13 @@ ReplyReader::Step ReplyReader::Next() {
   while (complaint_.empty()) {
     const std::size_t end = buffer_.find('\n', scanned_);
     const std::size_t length = (end == std::string::npos ? buffer_.size() : end) - at_;
-    if (length > kLongestLine + 1) {
-      Complain(kTooLong);
+    const std::string_view line = std::string_view(buffer_).substr(at_, length);
+    if (length > LimitOf(line) + 1) {
+      Complain(TooLong(line));
     } else if (end == std::string::npos) {
       scanned_ = buffer_.size();
       return Step::kNeedMore;
     } else {
-      const std::string_view line = std::string_view(buffer_).substr(at_, length);
       at_ = scanned_ = end + 1;
       if (TakeLine(line.ends_with('\r') ? line.substr(0, length - 1) : line)) return Step::kReply;
     }
@@ -70,8 +78,8 @@ ReplyReader::Step ReplyReader::Next() {
 
 bool ReplyReader::TakeLine(std::string_view line) {
   const int code = CodeOf(line);
-  if (line.size() > kLongestLine) {
-    Complain(kTooLong);
+  if (line.size() > LimitOf(line)) {
+    Complain(TooLong(line));
   } else if (code == 0 || line.find('\0') != std::string_view::npos) {
     Complain("its answer is no reply of SMTP");
   } else if (line_count_ > 0 && code != reply_.code) {

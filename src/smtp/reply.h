@@ -11,7 +11,9 @@ namespace quillcast::smtp {
 
 class ReplyReader {
  public:
-  static constexpr std::size_t kLongestLine = 12288;  // octets; RFC 5321 asks for 512, RFC 4954 for these
+  // In octets. RFC 5321 4.5.3.1.5 asks for 512, RFC 4954 4 for 12288 of a challenge.
+  static constexpr std::size_t kLongestLine = 4096;
+  static constexpr std::size_t kLongestChallenge = 12288;
   static constexpr int kMostLines = 200;
 
   enum class Step {

@@ -56,10 +56,12 @@ TEST(Reply, IsReadTheSameWhereverItIsCut) {
 }
 
 TEST(Reply, HasLimits) {
-  const auto line = [](std::size_t length) { return "250 " + std::string(length - 4, 'x'); };
-  EXPECT_EQ(Read(line(12288) + "\r\n", 0).substr(0, 5), "250||");
-  EXPECT_EQ(Read(line(12289) + "\r\n", 0), "senseless");
-  EXPECT_EQ(Read(line(13000), 0), "senseless");  // and does not wait for its end
+  for (const auto& [code, most] : {std::pair<std::string, std::size_t>{"250", 4096}, {"334", 12288}}) {
+    const auto line = [&code](std::size_t length) { return code + " " + std::string(length - 4, 'x'); };
+    EXPECT_EQ(Read(line(most) + "\r\n", 0).substr(0, 5), code + "||");
+    EXPECT_EQ(Read(line(most + 1) + "\r\n", 0), "senseless");
+    EXPECT_EQ(Read(line(most + 2), 0), "senseless");  // and does not wait for its end
+  }
   std::string many;
   for (int n = 0; n < 199; ++n) many += "250-x\r\n";
   EXPECT_EQ(Read(many + "250 x\r\n", 0).substr(0, 5), "250||");
