@@ -71,11 +71,4 @@ Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, co
   return document;
 }
 
-Result<sending::MessageOptions> MessageOptionsFrom(const app::Folders& folders,
-                                                   const sending::AccountSettings& account) {
-  const auto format = app::SettingsStore(folders.settings).Read("Advanced", "Encoding", "MIME");
-  if (!format) return format.error();
-  return sending::MessageOptionsOf(account, *format);
-}
-
 }  // namespace quillcast::cli

@@ -6,8 +6,6 @@
 
 #include "cli/context.h"
 #include "compose/message_document.h"
-#include "sending/account_settings.h"
-#include "sending/message_options.h"
 
 namespace quillcast::cli {
 
@@ -26,9 +24,5 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
 // Reads the body and builds the document. The format is the option's, else what the settings start with.
 Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
                                               platform::Prompts& prompts);
-
-// What the account and the body format of the advanced settings contribute to a message.
-Result<sending::MessageOptions> MessageOptionsFrom(const app::Folders& folders,
-                                                   const sending::AccountSettings& account);
 
 }  // namespace quillcast::cli

@@ -3,9 +3,8 @@
 
 #include "cli/commands.h"
 #include "cli/document_options.h"
-#include "compose/merge_fields.h"
-#include "platform/file.h"
-#include "sending/message_template.h"
+#include "sending/account_settings.h"
+#include "sending/message_preview.h"
 
 namespace quillcast::cli {
 namespace {
@@ -15,36 +14,6 @@ struct PreviewOptions {
   bool open = false;
 };
 
-// A tag that is replaced by itself stays.
-compose::MergeValues TagsAsValues() {
-  compose::MergeValues values;
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] = compose::kMergeFields[i].tag;
-  return values;
-}
-
-Result<std::filesystem::path> WritePreview(const app::Folders& folders, const compose::MessageDocument& document,
-                                           const sending::AccountSettings& account, Context& context) {
-  auto options = MessageOptionsFrom(folders, account);
-  if (!options) return options.error();
-  options->name_field = 0;
-  const std::string address = options->sender_address;
-  const sending::MessageTemplate message(document, std::move(*options), folders.temporary, context.clock,
-                                         context.entropy);
-  if (const auto& trouble = message.trouble()) return trouble->error;
-  for (const auto& trouble : message.picture_troubles()) context.output.Note(sending::Describe(trouble));
-  if (document.format == compose::Format::kHtml) {
-    const auto body = platform::ReplaceFile(folders.PreviewBody(), document.html);
-    if (!body) return body.error();
-  }
-  sending::RenderedMessage rendered;
-  const auto made = message.Render(TagsAsValues(), address, 1, rendered);
-  if (!made) return made.error();
-  const auto file = folders.PreviewMessage();
-  const auto written = platform::ReplaceFile(file, [&](int fd) { return sending::WriteMessage(rendered, fd, file); });
-  if (!written) return written.error();
-  return file;
-}
-
 int RunPreview(Context& context, const PreviewOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
@@ -53,13 +22,14 @@ int RunPreview(Context& context, const PreviewOptions& options) {
   if (!account) return context.output.Fail(account.error());
   const auto document = DocumentFrom(options.document, settings, context.prompts);
   if (!document) return context.output.Fail(document.error());
-  const auto file = WritePreview(*folders, *document, *account, context);
-  if (!file) return context.output.Fail(file.error());
-  context.output.Line(fmt::format("The preview is {}.", file->string()));
-  context.output.Object({{"file", file->string()}});
+  const auto preview = sending::WritePreview(*folders, settings, *document, *account, context.clock, context.entropy);
+  if (!preview) return context.output.Fail(preview.error());
+  for (const auto& note : preview->notes) context.output.Note(note);
+  context.output.Line(fmt::format("The preview is {}.", preview->file.string()));
+  context.output.Object({{"file", preview->file.string()}});
   if (!options.open) return 0;
   platform::XdgDesktop desktop(context.environment.Get("DISPLAY") || context.environment.Get("WAYLAND_DISPLAY"));
-  const auto opened = desktop.OpenFile(*file);
+  const auto opened = desktop.OpenFile(preview->file);
   return opened ? 0 : context.output.Fail(opened.error());
 }
 

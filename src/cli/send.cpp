@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "sending/pre_flight.h"
 #include "sending/sending_run.h"
+#include "sending/single_message.h"
 
 namespace quillcast::cli {
 namespace {
@@ -40,20 +41,20 @@ class SendListener final : public sending::RunListener {
                       {"address", result.address},
                       {"state", smtp::Name(outcome.state)},
                       {"code", static_cast<int>(outcome.code)},
-                      {"reply", ReplyText(outcome.reply)},
+                      {"reply", sending::ReplyText(outcome.reply)},
                       {"reason", outcome.reason}});
     }
     if (outcome.state == smtp::State::kSent) return;
     output_.EndProgress();
-    output_.Note(
-        fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100), OutcomeText(outcome)));
+    output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
+                             sending::OutcomeText(outcome)));
   }
 
   bool GoOn(const smtp::Outcome& refusal, int times) override {
     if (keep_going_) return true;
     output_.EndProgress();
     output_.Note(fmt::format("The server refused the same {} times in a row, so the run stops: {}", times,
-                             OutcomeText(refusal)));
+                             sending::OutcomeText(refusal)));
     output_.Note("--keep-going tries every recipient all the same.");
     return false;
   }
@@ -126,11 +127,27 @@ int RunDry(Context& context, const Mailing& mailing, const sending::MessageTempl
   return composed->unaddressed > 0 ? 1 : 0;
 }
 
+// The message that --to-file or --proof asks for.
+Result<recipients::Recipient> RenderRequested(const SendOptions& options, const Mailing& mailing,
+                                              const sending::MessageTemplate& message,
+                                              sending::RenderedMessage& rendered) {
+  auto rows = OpenRows(mailing);
+  if (!rows) return rows.error();
+  auto row = sending::FindRow(std::move(*rows), options.as);
+  if (!row) {
+    return Error{row.error().failure, row.error().what,
+                 fmt::format("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};
+  }
+  const auto made = sending::RenderFor(*row, options.proof, message, rendered);
+  if (!made) return made.error();
+  return row;
+}
+
 int RunToFile(Context& context, const SendOptions& options, const Mailing& mailing,
               const sending::MessageTemplate& message) {
   sending::RenderedMessage rendered;
-  const auto position = RenderFor(options.as, {}, mailing, message, rendered);
-  if (!position) return context.output.Fail(position.error());
+  const auto row = RenderRequested(options, mailing, message, rendered);
+  if (!row) return context.output.Fail(row.error());
   const auto written = platform::ReplaceFile(std::filesystem::path(options.to_file), [&](int fd) {
     return sending::WriteMessage(rendered, fd, options.to_file);
   });
@@ -144,20 +161,21 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
 int RunProof(Context& context, const SendOptions& options, const Mailing& mailing,
              const sending::MessageTemplate& message) {
   sending::RenderedMessage rendered;
-  const auto position = RenderFor(options.as, options.proof, mailing, message, rendered);
-  if (!position) return context.output.Fail(position.error());
-  const auto outcome = SendOne(mailing.account, rendered, context);
+  const auto row = RenderRequested(options, mailing, message, rendered);
+  if (!row) return context.output.Fail(row.error());
+  const auto outcome = sending::SendAlone(mailing.account, rendered, context.clock, context.cancel,
+                                          [&](std::string_view line) { context.output.Note(line); });
   if (!outcome) return context.output.Fail(outcome.error());
   const bool sent = outcome->state == smtp::State::kSent;
   context.output.Object({{"address", options.proof},
                          {"state", smtp::Name(outcome->state)},
                          {"code", static_cast<int>(outcome->code)},
-                         {"reply", ReplyText(outcome->reply)}});
+                         {"reply", sending::ReplyText(outcome->reply)}});
   if (sent) {
-    context.output.Line(fmt::format("The proof for {} is on its way to {}.", position->address, options.proof));
+    context.output.Line(fmt::format("The proof for {} is on its way to {}.", row->email(), options.proof));
     return 0;
   }
-  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), OutcomeText(*outcome)));
+  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), sending::OutcomeText(*outcome)));
   return outcome->code == smtp::ResultCode::kCancelled ? ExitCode(Failure::kTryAgain) : 1;
 }
 
@@ -185,7 +203,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!range) return context.output.Fail(range.error());
   if (const int refused = AskBeforeSending(context, *mailing)) return refused;
 
-  auto message_options = MessageOptionsFrom(mailing->folders, mailing->account);
+  auto message_options = sending::LoadMessageOptions(app::SettingsStore(mailing->folders.settings), mailing->account);
   if (!message_options) return context.output.Fail(message_options.error());
   const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);

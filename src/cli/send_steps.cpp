@@ -4,68 +4,16 @@
 
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
-#include "recipients/text_order.h"
 #include "sending/pre_flight.h"
 #include "sending/pre_send_checks.h"
-#include "sending/send_status.h"
-#include "smtp/client.h"
 
 namespace quillcast::cli {
 namespace {
-
-// The account as the checks before sending see it: the port counts as missing when it was never saved.
-Result<bool> IsFilledIn(const app::SettingsStore& settings) {
-  for (const char* key : {"Name", "Email", "Server", "Port"}) {
-    const auto value = settings.Read(sending::kAccountSection, key, "");
-    if (!value) return value.error();
-    if (value->empty()) return false;
-  }
-  return true;
-}
-
-// Hands over one message and keeps what became of it.
-class SingleMailing final : public smtp::Mailing {
- public:
-  SingleMailing(sending::RenderedMessage& message, const Output& output) : output_(output) {
-    job_.envelope = message.envelope;
-    job_.message = &message;
-  }
-  smtp::Job* NextJob() override { return std::exchange(taken_, true) ? nullptr : &job_; }
-  void Finished(smtp::Job&, const smtp::Outcome& outcome) override { outcome_ = outcome; }
-  void LogLine(std::string_view line) override { output_.Note(line); }
-  void Progress(std::uint64_t, std::uint64_t) override {}
-  const smtp::Outcome& outcome() const { return outcome_; }
-
- private:
-  const Output& output_;
-  smtp::Job job_;
-  bool taken_ = false;
-  smtp::Outcome outcome_{
-      .state = smtp::State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
-};
 
 Result<void> RenderRow(const recipients::Recipient& row, const std::string& to, std::int64_t number,
                        const sending::MessageTemplate& message, sending::RenderedMessage& out) {
   std::array<std::string, compose::kMergeFields.size()> changed;
   return message.Render(compose::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
-}
-
-Result<recipients::Recipient> FindRow(const std::string& address, const Mailing& mailing) {
-  auto rows = OpenRows(mailing);
-  if (!rows) return rows.error();
-  recipients::Recipient row;
-  for (;;) {
-    const auto more = rows->Next(row);
-    if (!more) return more.error();
-    if (!*more) break;
-    const auto envelope = recipients::EnvelopeAddress(row.email());
-    const bool found = address.empty() || recipients::CompareText(row.email(), address) == 0 ||
-                       (envelope && recipients::CompareText(*envelope, address) == 0);
-    if (found) return row;
-  }
-  return Error{Failure::kUsage,
-               fmt::format("{} is not in the group {}.", platform::Printable(address, 100), mailing.group.name),
-               fmt::format("quillcast recipient list --group '{}' shows who is.", mailing.group.name)};
 }
 
 }  // namespace
@@ -93,7 +41,7 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
 }
 
 int AskBeforeSending(Context& context, const Mailing& mailing) {
-  const auto filled_in = IsFilledIn(app::SettingsStore(mailing.folders.settings));
+  const auto filled_in = sending::AccountIsFilledIn(app::SettingsStore(mailing.folders.settings));
   if (!filled_in) return context.output.Fail(filled_in.error());
   auto groups = recipients::RecipientStore(mailing.folders.Database()).ListGroupNames();
   if (!groups) return context.output.Fail(groups.error());
@@ -159,42 +107,6 @@ Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::Mes
     ++composed.messages;
   }
   return Error{Failure::kTryAgain, "The dry run was interrupted.", ""};
-}
-
-Result<RenderedRow> RenderFor(const std::string& address, const std::string& send_to, const Mailing& mailing,
-                              const sending::MessageTemplate& message, sending::RenderedMessage& out) {
-  if (const auto& trouble = message.trouble()) return trouble->error;
-  const auto row = FindRow(address, mailing);
-  if (!row) return row.error();
-  const auto to = recipients::EnvelopeAddress(send_to.empty() ? row->email() : send_to);
-  if (!to) return to.error();
-  const auto made = RenderRow(*row, *to, 1, message, out);
-  if (!made) return made.error();
-  return RenderedRow{row->email()};
-}
-
-Result<smtp::Outcome> SendOne(const sending::AccountSettings& account, sending::RenderedMessage& message,
-                              Context& context) {
-  const auto options = sending::ClientOptionsOf(account);
-  if (!options) return options.error();
-  SingleMailing mailing(message, context.output);
-  smtp::Client(*options, context.clock, context.cancel).Run(mailing);
-  return mailing.outcome();
-}
-
-std::string ReplyText(const smtp::ServerReply& reply) {
-  if (reply.code == 0) return {};
-  const std::string enhanced = reply.enhanced.empty() ? "" : reply.enhanced + " ";
-  return fmt::format("{} {}{}", reply.code, enhanced,
-                     platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
-}
-
-std::string OutcomeText(const smtp::Outcome& outcome) {
-  std::string text =
-      fmt::format("{} ({})", smtp::Name(outcome.state), sending::ResultText(static_cast<std::int32_t>(outcome.code)));
-  if (outcome.reply.code != 0) text += fmt::format(" The server said: {}", ReplyText(outcome.reply));
-  if (!outcome.reason.empty()) text += " " + outcome.reason;
-  return text;
 }
 
 }  // namespace quillcast::cli

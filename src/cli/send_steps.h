@@ -9,7 +9,6 @@
 #include "recipients/recipient_store.h"
 #include "sending/message_template.h"
 #include "sending/run_report.h"
-#include "smtp/outcome.h"
 
 namespace quillcast::cli {
 
@@ -41,22 +40,5 @@ struct Composed {
 // Renders every message of the range, bytes included, and drops it.
 Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::MessageTemplate& message,
                             const std::optional<sending::PartialRange>& range, const platform::CancelToken& cancel);
-
-struct RenderedRow {
-  std::string address;  // as stored
-};
-
-// Renders the message of the recipient with this address (the first of the group when it is empty), addressed to
-// `send_to` where that is given.
-Result<RenderedRow> RenderFor(const std::string& address, const std::string& send_to, const Mailing& mailing,
-                              const sending::MessageTemplate& message, sending::RenderedMessage& out);
-
-Result<smtp::Outcome> SendOne(const sending::AccountSettings& account, sending::RenderedMessage& message,
-                              Context& context);
-
-// "550 5.1.1 no such user", safe to show; empty without a reply.
-std::string ReplyText(const smtp::ServerReply& reply);
-// "refused (Error 8: ...), the server said: 550 ...".
-std::string OutcomeText(const smtp::Outcome& outcome);
 
 }  // namespace quillcast::cli

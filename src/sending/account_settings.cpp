@@ -86,6 +86,15 @@ const AccountKeyRow* FindAccountKey(std::string_view name) {
   return found == kRows.end() ? nullptr : &*found;
 }
 
+Result<bool> AccountIsFilledIn(const app::SettingsStore& settings) {
+  for (const char* key : {"Name", "Email", "Server", "Port"}) {
+    const auto value = settings.Read(kAccountSection, key, "");
+    if (!value) return value.error();
+    if (value->empty()) return false;
+  }
+  return true;
+}
+
 AccountSettings::AccountSettings() {
   for (const auto& row : kRows) Set(row.key, std::string(row.fallback));
 }

@@ -60,6 +60,9 @@ const AccountKeyRow& RowOf(AccountKey key);
 // The row with this name, without regard to ASCII case.
 const AccountKeyRow* FindAccountKey(std::string_view name);
 
+// Whether the checks before sending take the account for filled in: its name, address, server and port were saved.
+Result<bool> AccountIsFilledIn(const app::SettingsStore& settings);
+
 // The texts as stored. Nothing is cached between runs: load them anew for each.
 class AccountSettings {
  public:

@@ -109,6 +109,12 @@ Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::str
                         .dsn_return = *dsn_return};
 }
 
+Result<MessageOptions> LoadMessageOptions(const app::SettingsStore& settings, const AccountSettings& account) {
+  const auto format = settings.Read("Advanced", "Encoding", "MIME");
+  if (!format) return format.error();
+  return MessageOptionsOf(account, *format);
+}
+
 Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
   smtp::ClientOptions options;
   const auto port = PortFrom(account[kPort]);

@@ -34,6 +34,9 @@ struct MessageOptions {
 // Fails with kNotConfigured for a value that cannot be used, naming it.
 Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::string_view body_format);
 
+// The same with the body format as it is stored.
+Result<MessageOptions> LoadMessageOptions(const app::SettingsStore& settings, const AccountSettings& account);
+
 // The connection that the account describes. "host", "host:port" and "[v6]:port" are understood in the server list;
 // blanks round entries and empty entries are passed over.
 Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account);
