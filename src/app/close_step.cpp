@@ -10,15 +10,14 @@ using platform::Answer;
 
 constexpr const char* kHtmlFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
 
-SaveDecision SaveToPickedFile(EditedDocument& document, platform::Prompts& prompts) {
-  const fs::path file = prompts.PickSaveFile({.title = "Save", .filter = kHtmlFilter, .ask_before_overwriting = true});
-  if (file.empty()) return SaveDecision::kStay;
-  if (platform::IsLocked(file)) {
-    const Answer unlock = prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?");
-    if (unlock != Answer::kYes) return SaveDecision::kStay;
-    IgnoreErrors(platform::Unlock(file));  // the save below tells when it did not help
-  }
-  return document.SaveTo(file) ? SaveDecision::kGoOn : SaveDecision::kStay;
+// Empty when the person cancels on the way.
+fs::path PickFileToSaveTo(platform::Prompts& prompts) {
+  fs::path file = prompts.PickSaveFile({.title = "Save", .filter = kHtmlFilter, .ask_before_overwriting = true});
+  if (file.empty() || !platform::IsLocked(file)) return file;
+  const Answer unlock = prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?");
+  if (unlock != Answer::kYes) return {};
+  IgnoreErrors(platform::Unlock(file));  // the save tells when it did not help
+  return file;
 }
 
 void Remove(const fs::path& file) {
@@ -58,8 +57,14 @@ SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
     case Answer::kYes:
       break;
   }
-  if (document.FileName().empty()) return SaveToPickedFile(document, prompts);
-  return document.SaveTo(document.FileName()) ? SaveDecision::kGoOn : SaveDecision::kStay;
+  const fs::path file = document.FileName().empty() ? PickFileToSaveTo(prompts) : document.FileName();
+  if (file.empty()) return SaveDecision::kStay;
+  return document.SaveTo(file) ? SaveDecision::kGoOn : SaveDecision::kStay;
+}
+
+Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts) {
+  const fs::path file = PickFileToSaveTo(prompts);
+  return file.empty() ? Result<void>() : document.SaveTo(file);
 }
 
 SaveDecision AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts) {

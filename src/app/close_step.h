@@ -25,7 +25,11 @@ enum class SaveDecision { kGoOn, kStay };
 // the changes would be lost otherwise.
 SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts);
 
-// The same unless the program closes itself for a shutdown after sending.
+// Asks for a file, unlocks it where the person allows, and saves there. Cancelling on the way is no failure: nothing is
+// saved then.
+Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts);
+
+// The same as OfferToSave unless the program closes itself for a shutdown after sending.
 SaveDecision AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);
 
 // Removes the preview files, the editor's left-overs in the installed program folder, and the imported body with its

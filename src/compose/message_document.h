@@ -31,11 +31,8 @@ struct MessageDocument {
   std::string PlainText() const;
 };
 
-// The longest body that is read from a file.
-inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
-
 // Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
-// is the text with its markup characters escaped). Encodings: a byte-order mark, else UTF-8, else Windows-1252.
+// is the text with its markup characters escaped). Encodings: see ReadBodyFile.
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
 
 // Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
@@ -49,7 +46,9 @@ Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore
 // cancels on the way.
 std::optional<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts);
 
-// The Save command: not to the preview file, which is never the person's own; to the current file otherwise.
-Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body);
+// The Save command: not to the preview file, which is never the person's own; to the current file otherwise, or for a
+// new document to one that is picked.
+Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body,
+                          platform::Prompts& prompts);
 
 }  // namespace quillcast::compose

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "compose/body_file.h"
+#include "compose/body_source.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
 
@@ -108,12 +110,72 @@ class FakeDocument final : public app::EditedDocument {
 
 TEST(Document, IsNeverSavedOverThePreview) {
   FakeDocument document;
+  test::ScriptedPrompts prompts;
   document.name = "/t/Preview.htm";
-  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm"));
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
   EXPECT_TRUE(document.saved.empty());
   document.name = "/t/letter.htm";
-  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm"));
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
   EXPECT_EQ(document.saved.size(), 1U);
+  EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST(Document, ANewOneAsksForItsName) {
+  FakeDocument document;
+  test::ScriptedPrompts prompts;
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
+  EXPECT_EQ(prompts.shown, std::vector<std::string>{"save: Save"});
+  EXPECT_TRUE(document.saved.empty()) << "nothing was picked";
+  prompts.files = {"/d/new.html"};
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
+  EXPECT_EQ(document.saved, std::vector<std::filesystem::path>{"/d/new.html"});
+}
+
+TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
+  const test::TemporaryFolder folder;
+  struct Case {
+    BodyEncoding encoding;
+    std::string bytes;   // as in the file
+    std::string edited;  // with a Greek letter and an emoji at its end
+  };
+  using namespace std::string_literals;
+  for (const Case& c : std::initializer_list<Case>{
+           {BodyEncoding::kUtf8, "caf\xC3\xA9", "caf\xC3\xA9\xCE\xA9\xF0\x9F\x98\x80"},
+           {BodyEncoding::kUtf8WithMark, "\xEF\xBB\xBFx", "\xEF\xBB\xBFx\xCE\xA9\xF0\x9F\x98\x80"},
+           {BodyEncoding::kUtf16Little, "\xFF\xFEx\0"s, "\xFF\xFEx\0\xA9\x03\x3D\xD8\x00\xDE"s},
+           {BodyEncoding::kUtf16Big, "\xFE\xFF\0x"s, "\xFE\xFF\0x\x03\xA9\xD8\x3D\xDE\x00"s},
+           {BodyEncoding::kWindows1252, "caf\xE9", "caf\xE9&#937;&#128512;"},
+       }) {
+    const auto file = ReadBodyFile(folder.Write("body.html", c.bytes));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->encoding, c.encoding);
+    EXPECT_EQ(file->bytes, c.bytes);
+    EXPECT_EQ(EncodeBody(file->text, file->encoding), c.bytes);
+    EXPECT_EQ(EncodeBody(file->text + "\xCE\xA9\xF0\x9F\x98\x80", file->encoding), c.edited);
+  }
+}
+
+TEST(BodySource, IsCutAtTheTagsThatAreTags) {
+  struct Case {
+    const char* html;
+    const char* head;
+    const char* tail;
+    bool has_body;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"<html><body>x</body></html>", "<html>", "</body></html>", true},
+           {"<!-- <body> --><BODY a='>'>x</BODY >\n", "<!-- <body> -->", "</BODY >\n", true},
+           {"<script>'<body>'</script><body>x", "<script>'<body>'</script>", "", true},
+           {"<body>a</body>b</body>c", "", "</body>c", true},
+           {"<body>a<body>b</body>", "", "</body>", true},
+           {"<!DOCTYPE html><p>x</body>", "<!DOCTYPE html>", "", false},
+           {"", "", "", false},
+       }) {
+    const BodySource source = CutAtBody(c.html);
+    EXPECT_EQ(source.head, c.head) << c.html;
+    EXPECT_EQ(source.tail, c.tail) << c.html;
+    EXPECT_EQ(source.has_body, c.has_body) << c.html;
+  }
 }
 
 TEST(Document, OpeningOffersToSaveFirst) {
