@@ -230,6 +230,7 @@ Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place,
   if (!client_options) return client_options.error();
   auto entry = BeginHistoryEntry(place.folders.History(), place.clock, request.subject);
   if (!entry) return entry.error();
+  listener.Began(entry->report.path());
   return Run(request, place, listener, *entry).Execute(*client_options);
 }
 

@@ -30,6 +30,8 @@ struct RecipientResult {
 class RunListener {
  public:
   virtual ~RunListener() = default;
+  // The run has its place in the history: the file that its report grows in.
+  virtual void Began(const std::filesystem::path& /*report*/) {}
   virtual void ReportLine(std::string_view line) = 0;
   virtual void Finished(const RecipientResult& result) = 0;
   // `done` of `total` messages; and of the current one `sent` of `size` octets.

@@ -1,0 +1,102 @@
+#include "sending/preview_look.h"
+
+#include <fmt/format.h>
+
+#include "compose/merge_fields.h"
+#include "platform/text.h"
+#include "sending/account_settings.h"
+#include "sending/message_template.h"
+#include "sending/pre_flight.h"
+#include "sending/single_message.h"
+
+namespace quillcast::sending {
+namespace {
+
+Result<recipients::Recipient> RowAt(const recipients::RecipientStore& store, const recipients::RecipientGroup& group,
+                                    std::int64_t position, const platform::CancelToken& cancel) {
+  auto rows = store.ListRecipients(group.id, group.sort_sql);
+  if (!rows) return rows.error();
+  recipients::Recipient row;
+  for (std::int64_t at = 1; cancel.Requested() == platform::Stop::kNone; ++at) {
+    const auto more = rows->Next(row);
+    if (!more) return more.error();
+    if (!*more) return Error{Failure::kUsage, fmt::format("The group has no recipient #{}.", position), ""};
+    if (at == position) return row;
+  }
+  return Error{Failure::kTryAgain, "Stopped.", ""};
+}
+
+// The message with the account as it is stored. The account must outlive nothing: what the message needs is copied.
+Result<std::unique_ptr<MessageTemplate>> Compile(const compose::MessageDocument& document, const app::Program& program,
+                                                 const AccountSettings& account) {
+  auto options = LoadMessageOptions(program.settings, account);
+  if (!options) return options.error();
+  return std::make_unique<MessageTemplate>(document, std::move(*options), program.folders.temporary, program.clock,
+                                           program.entropy);
+}
+
+}  // namespace
+
+Result<RecipientView> ViewFor(const compose::MessageDocument& document, const recipients::RecipientStore& store,
+                              const recipients::RecipientGroup& group, std::int64_t position,
+                              const platform::CancelToken& cancel) {
+  const auto row = RowAt(store, group, position, cancel);
+  if (!row) return row.error();
+  std::array<std::string, compose::kMergeFields.size()> changed;
+  const auto values = compose::ValuesForMerge(*row, changed);
+  auto subject = compose::ReplaceMergeFields(document.subject, values);
+  auto html = compose::ReplaceMergeFields(document.html, values);
+  auto text = compose::ReplaceMergeFields(document.PlainText(), values);
+  if (!subject || !html || !text) {
+    return Error{Failure::kBadData, "The values of this recipient make the message too long.",
+                 "Look at the values that hold merge tags themselves."};
+  }
+  return RecipientView{row->email(), std::move(*subject), std::move(*html), std::move(*text)};
+}
+
+Result<std::vector<std::string>> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
+                                             const recipients::RecipientGroup& group,
+                                             const platform::CancelToken& cancel) {
+  const auto account = AccountSettings::Load(program.settings);
+  if (!account) return account.error();
+  const auto message = Compile(document, program, *account);
+  if (!message) return message.error();
+  std::vector<std::string> lines;
+  if (const auto& trouble = (*message)->trouble()) lines.push_back(InOneLine(trouble->error));
+  for (const auto& trouble : (*message)->picture_troubles()) lines.push_back(Describe(trouble));
+  if ((*message)->is_html() && !account->IsOn(AccountKey::kTextPart)) {
+    lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
+  }
+  auto rows = recipients::RecipientStore(program.folders.Database()).ListRecipients(group.id, group.sort_sql);
+  if (!rows) return rows.error();
+  const auto found = LookOver(std::move(*rows), document, **message, cancel);
+  if (!found) return found.error();
+  for (auto& line : Describe(*found)) lines.push_back(std::move(line));
+  if (found->largest_message > 0) {
+    lines.push_back(fmt::format("A message is about {}.", platform::HumanSize(found->largest_message)));
+  }
+  return lines;
+}
+
+Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,
+                                 const recipients::RecipientGroup& group, std::int64_t position,
+                                 const platform::CancelToken& cancel) {
+  const auto account = AccountSettings::Load(program.settings);
+  if (!account) return account.error();
+  const auto row = RowAt(recipients::RecipientStore(program.folders.Database()), group, position, cancel);
+  if (!row) return row.error();
+  const auto message = Compile(document, program, *account);
+  if (!message) return message.error();
+  const std::string& own = (*account)[AccountKey::kEmail];
+  RenderedMessage rendered;
+  const auto made = RenderFor(*row, own, **message, rendered);
+  if (!made) return made.error();
+  const auto outcome = SendAlone(*account, rendered, program.clock, cancel, [](std::string_view) {});
+  if (!outcome) return outcome.error();
+  if (outcome->state == smtp::State::kSent) {
+    return fmt::format("The message for {} is on its way to {}.", platform::Printable(row->email(), 80), own);
+  }
+  return OutcomeText(*outcome);
+}
+
+}  // namespace quillcast::sending

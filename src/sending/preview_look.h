@@ -1,0 +1,39 @@
+// What the preview inside the program shows: one recipient's message, and what may be wrong with all of them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/program.h"
+#include "compose/message_document.h"
+#include "platform/cancel.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::sending {
+
+// The message as this recipient would read it. Pictures are referred to as in the document.
+struct RecipientView {
+  std::string address;  // as stored
+  std::string subject;
+  std::string html;
+  std::string text;
+};
+
+// Fails with kUsage behind the end of the list, and with kBadData for values that make the message grow without
+// measure.
+Result<RecipientView> ViewFor(const compose::MessageDocument& document, const recipients::RecipientStore& store,
+                              const recipients::RecipientGroup& group, std::int64_t position,
+                              const platform::CancelToken& cancel);
+
+// What a look over the whole group and the message finds, as sentences; the size of a message comes last.
+Result<std::vector<std::string>> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
+                                             const recipients::RecipientGroup& group,
+                                             const platform::CancelToken& cancel);
+
+// Sends the message of that recipient to the account's own address: a sentence on what became of it.
+Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,
+                                 const recipients::RecipientGroup& group, std::int64_t position,
+                                 const platform::CancelToken& cancel);
+
+}  // namespace quillcast::sending
