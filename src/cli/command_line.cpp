@@ -7,6 +7,7 @@
 
 #include "app/version.h"
 #include "cli/commands.h"
+#include "cli/start_desktop.h"
 #include "cli/terminal_prompts.h"
 
 namespace quillcast::cli {
@@ -14,7 +15,7 @@ namespace {
 
 constexpr const char* kDescription =
     "Quillcast Classic sends one personal e-mail to each recipient of a group.\n"
-    "Start with: quillcast demo";
+    "Without a command it opens its window, where there is a display. Start with: quillcast demo";
 
 // Written by the standard library on its way out; a result that never arrived must not look like success.
 int CheckStandardOutput(int exit_code) {
@@ -67,7 +68,11 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
     return error.get_exit_code() == 0 ? CheckStandardOutput(app.exit(error))
                                       : (app.exit(error), ExitCode(Failure::kUsage));
   }
-  if (app.get_subcommands().empty()) Print(stdout, app.help());
+  if (app.get_subcommands().empty()) {
+    const auto started = StartDesktop(executable, context.profile, environment);
+    if (!started) output.Note(InOneLine(started.error()));
+    Print(stdout, app.help());
+  }
   return CheckStandardOutput(context.exit_code);
 }
 

@@ -1,0 +1,61 @@
+// The menus and the toolbar of the main window. Everything in them that has an identifier of the command table comes
+// out as that number.
+#pragma once
+
+#include <QHash>
+#include <QObject>
+
+#include "app/command_table.h"
+#include "compose/ui/editor_state.h"
+
+class QAction;
+class QFontComboBox;
+class QComboBox;
+class QMainWindow;
+class QMenu;
+class QToolBar;
+
+namespace quillcast::app {
+
+// Commands of our own, beside those of the table.
+enum class OwnCommand { kNew, kSaveAs, kSource, kColour, kPreview };
+
+class CommandBar final : public QObject {
+  Q_OBJECT
+ public:
+  explicit CommandBar(QMainWindow* window);
+
+  // Commands whose windows are not there yet are left out.
+  static bool IsOffered(Action action);
+
+  // The state of the place where the caret is.
+  void Show(const compose::EditorState& state);
+  void ShowSource(bool shown);
+  // Null for an identifier that the bar does not offer.
+  QAction* ActionOf(int identifier) const { return actions_.value(identifier); }
+
+ signals:
+  void Triggered(int identifier);
+  void OwnTriggered(quillcast::app::OwnCommand command);
+  void FontChosen(const QString& family);
+  void SizeChosen(int size);
+
+ private:
+  QMenu* AddMenu(const QString& title);
+  QAction* Make(int identifier, const QString& text, const char* icon);
+  void AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon, const QKeySequence& keys);
+  void MakeMenus();
+  void MakeMergeMenu();
+  void MakeToolbar();
+  void AddButton(int identifier);
+
+  QMainWindow* window_;
+  QToolBar* toolbar_;
+  QHash<int, QAction*> actions_;
+  QMenu* merge_menu_ = nullptr;
+  QAction* source_ = nullptr;
+  QFontComboBox* fonts_ = nullptr;
+  QComboBox* sizes_ = nullptr;
+};
+
+}  // namespace quillcast::app

@@ -1,0 +1,77 @@
+#include "app/ui/groups_menu.h"
+
+#include <fmt/format.h>
+
+#include <QInputDialog>
+#include <QTimer>
+#include <memory>
+
+#include "platform/text.h"
+#include "platform/ui/qt_text.h"
+#include "recipients/group_checks.h"
+#include "recipients/recipient_import.h"
+
+namespace quillcast::app {
+namespace {
+
+using platform::FromQt;
+using platform::ToQt;
+
+std::string Summary(const recipients::ImportOutcome& outcome) {
+  if (outcome.error) return InOneLine(*outcome.error);
+  return fmt::format("{} added, {} there already.",
+                     platform::Counted(outcome.counts.added, "address was", "addresses were"),
+                     platform::WithThousands(outcome.counts.duplicates));
+}
+
+}  // namespace
+
+GroupsMenu::GroupsMenu(const Program& program, QWidget* parent)
+    : QMenu(parent), program_(program), import_(new platform::BackgroundTask(this)) {
+  setObjectName("GroupsMenu");
+  addAction(tr("&New Group…"), this, &GroupsMenu::AskForNewGroup)->setObjectName("NewGroupAction");
+  addAction(tr("&Add Addresses from a File…"), this, &GroupsMenu::ImportRequested)->setObjectName("AddAddressesAction");
+}
+
+void GroupsMenu::AskForNewGroup() {
+  bool given = false;
+  const QString name =
+      QInputDialog::getText(parentWidget(), tr("New Group"), tr("Name of the group:"), QLineEdit::Normal, {}, &given);
+  if (!given) return;
+  recipients::RecipientStore store(program_.folders.Database());
+  const auto existing = store.ListGroupNames();
+  if (!existing) {
+    emit Said(ToQt(InOneLine(existing.error())));
+    return;
+  }
+  if (const auto complaint = recipients::CheckNewGroupName(FromQt(name), *existing)) {
+    program_.prompts.Warn(complaint->message);
+    return;
+  }
+  const auto made = store.CreateGroup(FromQt(name));
+  if (made) {
+    emit Changed(name);
+  } else {
+    emit Said(ToQt(InOneLine(made.error())));
+  }
+}
+
+void GroupsMenu::ImportInto(const QString& group) {
+  const auto files = program_.prompts.PickOpenFile({.title = "Import", .filter = "All Files (*.*)|*.*"});
+  if (files.empty() || !program_.prompts.Consent(recipients::kConsentQuestion)) return;
+  emit Said(tr("Reading %1…").arg(platform::PathToQt(files.front())));
+  recipients::ImportRequest request;
+  request.file = files.front();
+  request.group = FromQt(group);
+  const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(), "UTF-8"};
+  import_->Start([this, request, places, group](const platform::CancelToken& cancel) {
+    auto outcome = std::make_shared<recipients::ImportOutcome>(
+        recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));
+    return [this, outcome, group] {
+      emit Changed(group);
+      emit Said(ToQt(Summary(*outcome)));
+    };
+  });
+}
+
+}  // namespace quillcast::app

@@ -1,0 +1,240 @@
+#include "app/ui/main_form.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "app/close_step.h"
+#include "app/main_window_contents.h"
+#include "app/min_win_size.h"
+#include "app/startup.h"
+#include "app/ui/groups_menu.h"
+#include "app/ui/message_header.h"
+#include "app/ui/notice_bar.h"
+#include "app/ui/practice_form.h"
+#include "app/ui/practice_mailbox.h"
+#include "compose/ui/editor_document.h"
+#include "compose/ui/find_bar.h"
+#include "compose/ui/html_editor.h"
+#include "platform/ui/qt_text.h"
+#include "sending/account_settings.h"
+
+namespace quillcast::app {
+namespace {
+
+using platform::ToQt;
+
+constexpr const char* kPlaceSection = "Window";
+constexpr int kSentenceTime = 15000;  // milliseconds that a sentence stands in the status bar
+
+}  // namespace
+
+MainForm::MainForm(const Program& program)
+    : program_(program),
+      bar_(new CommandBar(this)),
+      header_(new MessageHeader(program, this)),
+      notice_(new NoticeBar(this)),
+      body_(new QStackedWidget(this)),
+      editor_(new compose::HtmlEditor(this)),
+      source_(new QPlainTextEdit(this)),
+      find_bar_(new compose::FindBar(editor_, this)),
+      document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders.data)),
+      groups_(new GroupsMenu(program, this)),
+      practice_(new PracticeMailbox(program, this)),
+      first_panel_(new QLabel(this)) {
+  BuildWindow();
+  MakeStatusBar();
+  ConnectParts();
+}
+
+MainForm::~MainForm() = default;
+
+void MainForm::BuildWindow() {
+  setObjectName("MainForm");
+  setWindowTitle(kWindowTitle);
+  const PixelSize smallest = MinWinSize(GetWinVer(RunningSystem()));
+  setMinimumSize(smallest.width, smallest.height);
+  editor_->setObjectName("Editor");
+  editor_->SetPictureFolder(platform::PathToQt(program_.folders.data / "Pictures"));
+  source_->setObjectName("SourceTextBox");
+  source_->setAccessibleName(tr("HTML source"));
+  source_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+  QFont fixed("monospace");
+  fixed.setStyleHint(QFont::Monospace);
+  source_->setFont(fixed);
+  body_->addWidget(editor_);
+  body_->addWidget(source_);
+  auto* middle = new QWidget(this);
+  auto* column = new QVBoxLayout(middle);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(notice_);
+  column->addWidget(header_);
+  column->addWidget(body_, 1);
+  column->addWidget(find_bar_);
+  setCentralWidget(middle);
+  header_->findChild<QPushButton*>("GroupButton")->setMenu(groups_);
+}
+
+void MainForm::MakeStatusBar() {
+  first_panel_->setObjectName("StatusPanel1");
+  first_panel_->setText(kStatusPanels[0]);
+  first_panel_->setTextFormat(Qt::PlainText);
+  statusBar()->addWidget(first_panel_, 1);
+  for (std::size_t i = 1; i < kStatusPanels.size(); ++i) {
+    auto* panel = new QLabel(kStatusPanels.at(i), this);
+    panel->setObjectName(QString("StatusPanel%1").arg(i + 1));
+    statusBar()->addPermanentWidget(panel);
+  }
+}
+
+void MainForm::ConnectParts() {
+  connect(bar_, &CommandBar::Triggered, this, &MainForm::Dispatch);
+  connect(bar_, &CommandBar::OwnTriggered, this, &MainForm::RunOwn);
+  connect(bar_, &CommandBar::FontChosen, this, [this](const QString& family) {
+    editor_->Execute("fontName", family);
+    editor_->setFocus();
+  });
+  connect(bar_, &CommandBar::SizeChosen, this, [this](int size) {
+    editor_->Execute("fontSize", QString::number(size));
+    editor_->setFocus();
+  });
+  connect(editor_, &compose::HtmlEditor::StateChanged, bar_, &CommandBar::Show);
+  connect(editor_, &compose::HtmlEditor::ModifiedChanged, this, &QWidget::setWindowModified);
+  connect(editor_, &compose::HtmlEditor::Trouble, this, &MainForm::Say);
+  connect(editor_, &compose::HtmlEditor::FindRequested, this, [this] { find_bar_->Open(editor_->State().selected); });
+  connect(editor_, &compose::HtmlEditor::Restored, this,
+          [this] { Say(tr("The editor had to be started anew; your text is as it was.")); });
+  connect(header_, &MessageHeader::Trouble, this, &MainForm::Say);
+  connect(header_, &MessageHeader::EmailPressed, this, &MainForm::EditAccount);
+  connect(header_, &MessageHeader::SendPressed, this, &MainForm::Send);
+  connect(header_, &MessageHeader::PreviewPressed, this, &MainForm::PreviewInside);
+  connect(groups_, &GroupsMenu::Changed, header_, &MessageHeader::LoadGroups);
+  connect(groups_, &GroupsMenu::Said, this, &MainForm::Say);
+  connect(groups_, &GroupsMenu::ImportRequested, this, [this] { Dispatch(43); });
+  connect(practice_, &PracticeMailbox::Arrived, this, [this] {
+    ++arrived_;
+    ShowNotices();
+  });
+}
+
+void MainForm::Load() {
+  header_->Load();
+  StartNew();
+  RestorePlace();
+  if (practice_->WasOn()) {
+    BeginPractice();
+  } else {
+    ShowNotices();
+  }
+  editor_->setFocus();
+}
+
+void MainForm::StartNew() {
+  const auto contents = LoadMainWindow(program_.settings, {});
+  Tell(document_->StartNew(contents ? contents->signature_html.value_or("") : ""));
+  setWindowModified(false);
+}
+
+void MainForm::Say(const QString& sentence) {
+  first_panel_->setText(sentence);
+  QTimer::singleShot(kSentenceTime, first_panel_, [this, sentence] {
+    if (first_panel_->text() == sentence) first_panel_->setText(kStatusPanels[0]);
+  });
+}
+
+void MainForm::Tell(const Result<void>& result) {
+  if (!result) Say(ToQt(InOneLine(result.error())));
+}
+
+void MainForm::RestorePlace() {
+  const auto geometry = program_.settings.Read(kPlaceSection, "Place", "");
+  if (geometry && !geometry->empty() && restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*geometry)))) {
+    return;
+  }
+  resize(980, 720);
+}
+
+// Worth no word where it cannot be kept.
+void MainForm::KeepPlace() {
+  IgnoreErrors(program_.settings.Write(kPlaceSection, "Place", saveGeometry().toBase64().toStdString()));
+}
+
+void MainForm::resizeEvent(QResizeEvent* event) { QMainWindow::resizeEvent(event); }
+
+void MainForm::Flash() {
+  if (isMinimized()) showNormal();
+  raise();
+  activateWindow();
+  QApplication::alert(this, 1000);
+}
+
+void MainForm::closeEvent(QCloseEvent* event) {
+  LeaveSource();
+  if (AskBeforeClosing(*document_, skip_save_prompt, program_.prompts) == SaveDecision::kStay) {
+    event->ignore();
+    return;
+  }
+  KeepPlace();
+  document_->DropAutosave();
+  CleanUpAtClose(program_.folders);
+  event->accept();
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (window != this && window->isVisible()) window->close();
+  }
+}
+
+// What a new user needs to hear first; one thing at a time.
+void MainForm::ShowNotices() {
+  if (document_->HasRecovered()) {
+    notice_->Show(tr("A message from an earlier session was not saved."), {{tr("&Restore"), "RestoreButton",
+                                                                            [this] {
+                                                                              Tell(document_->Recover());
+                                                                              ShowNotices();
+                                                                            }},
+                                                                           {tr("D&iscard"), "DiscardButton", [this] {
+                                                                              document_->DropRecovered();
+                                                                              ShowNotices();
+                                                                            }}});
+    return;
+  }
+  if (practice_->is_on()) {
+    const QString arrived =
+        arrived_ == 1 ? tr("1 message has arrived.") : tr("%1 messages have arrived.").arg(arrived_);
+    notice_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
+                  {{tr("Sho&w them"), "ShowPracticeButton", [this] { ShowPractice(); }},
+                   {tr("&End practice"), "EndPracticeButton", [this] {
+                      Tell(practice_->End());
+                      arrived_ = 0;
+                      header_->Load();
+                      ShowNotices();
+                    }}});
+    return;
+  }
+  const auto filled_in = sending::AccountIsFilledIn(program_.settings);
+  if (!filled_in) Say(ToQt(InOneLine(filled_in.error())));
+  if (!filled_in || *filled_in) {
+    notice_->hide();
+    return;
+  }
+  notice_->Show(tr("There is no mail account yet. Fill it in, or practise first with a mailbox on this machine."),
+                {{tr("&Fill in the account…"), "FillInButton", [this] { EditAccount(); }},
+                 {tr("&Practise"), "PractiseButton", [this] { BeginPractice(); }}});
+}
+
+void MainForm::BeginPractice() {
+  Tell(practice_->Begin());
+  const auto contents = LoadMainWindow(program_.settings, {});
+  if (contents) header_->ShowSender(ToQt(contents->from), ToQt(contents->method));
+  ShowNotices();
+}
+
+void MainForm::ShowPractice() { PracticeForm(practice_->folder(), this).exec(); }
+
+}  // namespace quillcast::app

@@ -1,0 +1,107 @@
+// The main window: the message that is being composed, and every command of the command bar.
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+#include <memory>
+
+#include "app/command_table.h"
+#include "app/program.h"
+#include "app/ui/command_bar.h"
+#include "compose/message_document.h"
+
+class QLabel;
+class QPlainTextEdit;
+class QStackedWidget;
+
+namespace quillcast::compose {
+class EditorDocument;
+class FindBar;
+class HtmlEditor;
+}  // namespace quillcast::compose
+
+namespace quillcast::app {
+
+class GroupsMenu;
+class MessageHeader;
+class NoticeBar;
+class PracticeMailbox;
+
+class MainForm final : public QMainWindow {
+  Q_OBJECT
+ public:
+  explicit MainForm(const Program& program);
+  ~MainForm() override;
+
+  // Fills the lists, the editor and the place on the screen.
+  void Load();
+  // The one way of every menu entry and toolbar button. What is no identifier of the table does nothing.
+  void Dispatch(int identifier);
+  // The tips window, where it is wanted at the start.
+  void ShowTipsAtStart();
+  // Comes to the front and flashes for a second: another start of the program asked for it.
+  void Flash();
+
+  // The program closes itself for a shutdown after sending: nothing is asked.
+  bool skip_save_prompt = false;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void BuildWindow();
+  void ConnectParts();
+  void MakeStatusBar();
+  void RestorePlace();
+  void KeepPlace();
+  void Say(const QString& sentence);
+  void Tell(const Result<void>& result);
+
+  void StartNew();
+  compose::MessageDocument Document();
+  void RunOwn(OwnCommand command);
+  void RunEditor(int code);
+  void InsertMergeField(std::string_view control);
+  void Open();
+  void Save();
+  void Print();
+  void ChooseFont();
+  void ChooseColour();
+  void InsertPicture();
+  void InsertHyperlink();
+  void ShowSource(bool shown);
+  void LeaveSource();
+  void PreviewInMailProgram();
+  void PreviewInside();
+  void Send();
+  void EditAccount();
+  void ShowGroups();
+  void ImportRecipients();
+  void ExportRecipients();
+  void AskForSupport();
+  void ShowTips(bool on_request);
+  void ShowHelp();
+  void FocusOn(const QString& control);
+
+  void ShowNotices();
+  void BeginPractice();
+  void ShowPractice();
+
+  const Program& program_;
+  CommandBar* bar_;
+  MessageHeader* header_;
+  NoticeBar* notice_;
+  QStackedWidget* body_;
+  compose::HtmlEditor* editor_;
+  QPlainTextEdit* source_;
+  QString source_before_;
+  compose::FindBar* find_bar_;
+  std::unique_ptr<compose::EditorDocument> document_;
+  GroupsMenu* groups_;
+  PracticeMailbox* practice_;
+  int arrived_ = 0;
+  QLabel* first_panel_;
+};
+
+}  // namespace quillcast::app

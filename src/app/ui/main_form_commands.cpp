@@ -1,0 +1,378 @@
+// What each command of the main window does.
+#include <QColorDialog>
+#include <QComboBox>
+#include <QFontDialog>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QStackedWidget>
+
+#include "app/ui/about_form.h"
+#include "app/ui/groups_menu.h"
+#include "app/ui/help_form.h"
+#include "app/ui/main_form.h"
+#include "app/ui/message_header.h"
+#include "app/ui/preview_form.h"
+#include "app/ui/tips_form.h"
+#include "compose/merge_fields.h"
+#include "compose/ui/editor_document.h"
+#include "compose/ui/find_bar.h"
+#include "compose/ui/html_editor.h"
+#include "platform/ui/qt_text.h"
+#include "recipients/group_count.h"
+#include "sending/message_preview.h"
+#include "sending/pre_send_checks.h"
+#include "sending/ui/email_manager_form.h"
+#include "sending/ui/history_manager_form.h"
+#include "sending/ui/send_mail_form1.h"
+#include "sending/ui/thread_form.h"
+
+namespace quillcast::app {
+namespace {
+
+using platform::FromQt;
+using platform::ToQt;
+
+constexpr const char* kPrintQuestion =
+    "Please consider your environmental responsibility before printing.\r\nDo you still want to print this document?";
+constexpr const char* kPictures =
+    "Pictures (*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp)|*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp|All Files (*.*)|*.*";
+
+// The engine's font sizes, 1 to 7, in points.
+int EngineSize(int points) {
+  constexpr std::array<int, 6> kLimits = {9, 11, 13, 16, 21, 30};
+  int size = 1;
+  for (const int limit : kLimits) size += points >= limit ? 1 : 0;
+  return size;
+}
+
+}  // namespace
+
+void MainForm::Dispatch(int identifier) {
+  const auto command = FindCommand(identifier);
+  if (!command) return;
+  switch (command->action) {
+    case Action::kOpen:
+      return Open();
+    case Action::kSave:
+      return Save();
+    case Action::kPrint:
+      return Print();
+    case Action::kExit:
+      close();
+      return;
+    case Action::kEdit:
+      return RunEditor(command->editor_code);
+    case Action::kAddAttachment:
+      return header_->AddAttachments();
+    case Action::kDeleteAttachment:
+      return header_->DeleteAttachment();
+    case Action::kFont:
+      return ChooseFont();
+    case Action::kPicture:
+      return InsertPicture();
+    case Action::kHyperlink:
+      return InsertHyperlink();
+    case Action::kPreview:
+      return PreviewInMailProgram();
+    case Action::kSend:
+      return Send();
+    case Action::kAccount:
+      return EditAccount();
+    case Action::kGroups:
+      return ShowGroups();
+    case Action::kHistory:
+      sending::HistoryManagerForm(program_, this).exec();
+      return;
+    case Action::kImport:
+      return ImportRecipients();
+    case Action::kExport:
+      return ExportRecipients();
+    case Action::kThreads:
+      sending::ThreadForm(program_.settings, this).exec();
+      return;
+    case Action::kHelp:
+      return ShowHelp();
+    case Action::kTips:
+      return ShowTips(true);
+    case Action::kSupport:
+      return AskForSupport();
+    case Action::kAbout:
+      AboutForm(this).exec();
+      return;
+    case Action::kMergeField:
+      return InsertMergeField(command->merge_field);
+    // Their windows are not there yet, and the command bar does not offer them.
+    case Action::kProperties:
+    case Action::kDateTime:
+    case Action::kTemplate:
+    case Action::kBody:
+    case Action::kLine:
+    case Action::kTable:
+    case Action::kSignature:
+    case Action::kDomainTools:
+    case Action::kExtraForm1:
+    case Action::kExtraForm2:
+    case Action::kExtraForm3:
+    case Action::kExtraForm4:
+    case Action::kExtraForm5:
+    case Action::kTutorial:
+    case Action::kUpdate:
+    case Action::kHomePage:
+      return;
+  }
+}
+
+void MainForm::RunOwn(OwnCommand command) {
+  switch (command) {
+    case OwnCommand::kNew:
+      LeaveSource();
+      if (OfferToSave(*document_, program_.prompts) == SaveDecision::kGoOn) StartNew();
+      return;
+    case OwnCommand::kSaveAs:
+      LeaveSource();
+      Tell(SaveAs(*document_, program_.prompts));
+      return;
+    case OwnCommand::kSource:
+      return ShowSource(body_->currentWidget() == editor_);
+    case OwnCommand::kColour:
+      return ChooseColour();
+    case OwnCommand::kPreview:
+      return PreviewInside();
+  }
+}
+
+void MainForm::FocusOn(const QString& control) {
+  if (control == "Editor") {
+    LeaveSource();
+    editor_->setFocus();
+  } else if (auto* widget = findChild<QWidget*>(control)) {
+    widget->setFocus();
+  }
+}
+
+compose::MessageDocument MainForm::Document() {
+  LeaveSource();
+  compose::MessageDocument document;
+  header_->Collect(document);
+  document.html = FromQt(editor_->Html());
+  document.base_folder = document_->FileName().parent_path();
+  return document;
+}
+
+void MainForm::RunEditor(int code) {
+  LeaveSource();
+  editor_->Run(static_cast<compose::EditorCommand>(code));
+  if (code != static_cast<int>(compose::EditorCommand::kFindText)) editor_->setFocus();
+}
+
+void MainForm::InsertMergeField(std::string_view control) {
+  LeaveSource();
+  for (const auto& field : compose::kMergeFields) {
+    if (field.command == control) editor_->InsertHtml(ToQt(field.tag));
+  }
+  editor_->setFocus();
+}
+
+void MainForm::Open() {
+  LeaveSource();
+  const auto file = compose::PickDocumentToOpen(*document_, program_.prompts);
+  if (!file) return;
+  Tell(document_->Open(*file));
+  editor_->setFocus();
+}
+
+void MainForm::Save() {
+  LeaveSource();
+  Tell(compose::SaveDocument(*document_, program_.folders.PreviewBody(), program_.prompts));
+}
+
+void MainForm::Print() {
+  LeaveSource();
+  if (program_.prompts.Ask(kPrintQuestion) != platform::Answer::kYes) return;
+  auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  printer->setOutputFileName(platform::PathToQt(program_.folders.temporary / "message.pdf"));
+  QPrintDialog dialog(printer.get(), this);
+  dialog.setWindowTitle(tr("Print"));
+  if (dialog.exec() != QDialog::Accepted) return;
+  // Into a file the engine writes real text; on paper it prints a picture of the page.
+  if (!printer->outputFileName().isEmpty()) {
+    const QString file = printer->outputFileName();
+    Say(editor_->PrintToPdf(file) ? tr("Printed to %1.").arg(file)
+                                  : tr("%1 could not be written. Choose another place.").arg(file));
+    return;
+  }
+  editor_->Print(printer.get(), [this, printer](bool good) {
+    Say(good ? tr("The message is with the printer.") : tr("The printer did not take the message."));
+  });
+}
+
+void MainForm::ChooseFont() {
+  LeaveSource();
+  bool chosen = false;
+  const QFont font = QFontDialog::getFont(&chosen, QFont(editor_->State().font), this, tr("Font"));
+  if (!chosen) return;
+  const auto state = editor_->State();
+  editor_->Execute("fontName", font.family());
+  editor_->Execute("fontSize", QString::number(EngineSize(font.pointSize())));
+  if (font.bold() != state.bold) editor_->Run(compose::EditorCommand::kBold);
+  if (font.italic() != state.italic) editor_->Run(compose::EditorCommand::kItalic);
+  editor_->setFocus();
+}
+
+void MainForm::ChooseColour() {
+  LeaveSource();
+  const QColor colour = QColorDialog::getColor(Qt::black, this, tr("Text Colour"));
+  if (colour.isValid()) editor_->Execute("foreColor", colour.name());
+  editor_->setFocus();
+}
+
+void MainForm::InsertPicture() {
+  LeaveSource();
+  const auto files = program_.prompts.PickOpenFile({.title = "Picture", .filter = kPictures, .several = true});
+  QStringList names;
+  for (const auto& file : files) names << platform::PathToQt(file);
+  if (!names.isEmpty()) editor_->InsertPictures(names);
+  editor_->setFocus();
+}
+
+void MainForm::InsertHyperlink() {
+  LeaveSource();
+  const auto state = editor_->State();
+  bool given = false;
+  const QString address =
+      QInputDialog::getText(this, tr("Hyperlink"), tr("Address of the page, or mailto: and an address:"),
+                            QLineEdit::Normal, state.link.isEmpty() ? "https://" : state.link, &given);
+  if (given && !address.trimmed().isEmpty()) editor_->InsertLink(address.trimmed(), {});
+  editor_->setFocus();
+}
+
+void MainForm::ShowSource(bool shown) {
+  if (!shown) {
+    LeaveSource();
+    return;
+  }
+  source_before_ = editor_->Html();
+  source_->setPlainText(source_before_);
+  // The box knows "\n" alone: what differs in that only was not edited.
+  source_before_ = source_->toPlainText();
+  body_->setCurrentWidget(source_);
+  source_->setFocus();
+  bar_->ShowSource(true);
+}
+
+void MainForm::LeaveSource() {
+  if (body_->currentWidget() != source_) return;
+  const QString source = source_->toPlainText();
+  if (source != source_before_) {
+    editor_->SetHtml(source, editor_->base());
+    editor_->SetModified(true);
+  }
+  body_->setCurrentWidget(editor_);
+  editor_->setFocus();
+  bar_->ShowSource(false);
+}
+
+void MainForm::PreviewInMailProgram() {
+  const auto account = sending::AccountSettings::Load(program_.settings);
+  if (!account) {
+    Say(ToQt(InOneLine(account.error())));
+    return;
+  }
+  const auto preview = sending::WritePreview(program_.folders, program_.settings, Document(), *account, program_.clock,
+                                             program_.entropy);
+  if (!preview) {
+    Say(ToQt(InOneLine(preview.error())));
+    return;
+  }
+  for (const auto& note : preview->notes) Say(ToQt(note));
+  Tell(program_.desktop.OpenFile(preview->file));
+}
+
+void MainForm::PreviewInside() {
+  const recipients::RecipientStore store(program_.folders.Database());
+  const std::string name = FromQt(header_->Group());
+  const auto group = store.FindGroup(name);
+  const bool is_there = group && *group;
+  PreviewForm(program_, Document(), is_there ? **group : recipients::RecipientGroup(),
+              is_there ? recipients::GroupCount(store, name) : 0, editor_->base(), this)
+      .exec();
+}
+
+void MainForm::Send() {
+  compose::MessageDocument document = Document();
+  const recipients::RecipientStore store(program_.folders.Database());
+  const auto filled_in = sending::AccountIsFilledIn(program_.settings);
+  auto groups = store.ListGroupNames();
+  const std::string name = FromQt(header_->Group());
+  const auto group = store.FindGroup(name);
+  const auto count = store.CountRecipients(name);
+  for (const Error* error : {filled_in ? nullptr : &filled_in.error(), groups ? nullptr : &groups.error(),
+                             group ? nullptr : &group.error(), count ? nullptr : &count.error()}) {
+    if (error == nullptr) continue;
+    Say(ToQt(InOneLine(*error)));
+    return;
+  }
+  const sending::MailingFacts facts{.account_filled_in = *filled_in,
+                                    .groups = std::move(*groups),
+                                    .group = name,
+                                    .recipients = *count,
+                                    .subject = document.subject,
+                                    .body_text = document.PlainText()};
+  if (const auto control = sending::CheckBeforeSending(facts, program_.prompts)) {
+    FocusOn(ToQt(*control));
+    return;
+  }
+  sending::SendMailForm1(program_, {std::move(document), **group, *count}, this).exec();
+}
+
+void MainForm::EditAccount() {
+  sending::EmailManagerForm form(program_, this);
+  form.changed = [this](const sending::SenderTexts& texts) {
+    header_->ShowSender(ToQt(texts.from), ToQt(texts.method));
+  };
+  form.exec();
+  ShowNotices();
+}
+
+void MainForm::ShowGroups() { header_->findChild<QPushButton*>("GroupButton")->showMenu(); }
+
+void MainForm::ImportRecipients() {
+  if (!header_->HasGroups()) {
+    program_.prompts.Warn("There is no group to import the data to.");
+    FocusOn("GroupButton");
+    return;
+  }
+  if (header_->Group().isEmpty()) {
+    program_.prompts.Warn("Please specify a group in the To field.");
+    FocusOn("ToComboBox");
+    return;
+  }
+  groups_->ImportInto(header_->Group());
+}
+
+void MainForm::ExportRecipients() {
+  if (header_->HasGroups()) return;  // its window is not there yet
+  program_.prompts.Warn("There is no group to export the data from.");
+  FocusOn("GroupButton");
+}
+
+void MainForm::AskForSupport() {
+  const auto filled_in = sending::AccountIsFilledIn(program_.settings);
+  if (filled_in && *filled_in) return;  // its window is not there yet
+  program_.prompts.Warn("Please fill out the Mail Account section in Email Manager.");
+  EditAccount();
+}
+
+void MainForm::ShowTips(bool on_request) {
+  if (TipsForm::IsWanted(program_.settings, on_request)) TipsForm(program_.settings, this).exec();
+}
+
+void MainForm::ShowTipsAtStart() { ShowTips(false); }
+
+void MainForm::ShowHelp() { (new HelpForm(program_.folders, "Welcome.htm", this))->show(); }
+
+}  // namespace quillcast::app

@@ -1,0 +1,257 @@
+#include "app/ui/message_header.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDragEnterEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QUrl>
+
+#include "app/main_window_contents.h"
+#include "platform/text.h"
+#include "platform/ui/icons.h"
+#include "platform/ui/qt_text.h"
+#include "recipients/group_count.h"
+
+namespace quillcast::app {
+namespace {
+
+using platform::FromQt;
+using platform::ToQt;
+
+QStringList LocalFiles(const QMimeData* data) {
+  QStringList files;
+  for (const QUrl& url : data->urls()) {
+    if (url.isLocalFile() && url.host().isEmpty()) files << url.toLocalFile();
+  }
+  return files;
+}
+
+QComboBox* MakeBox(const char* name, QWidget* parent) {
+  auto* box = new QComboBox(parent);
+  box->setObjectName(name);
+  return box;
+}
+
+QPushButton* MakeButton(const char* name, const QString& text, std::string_view icon, QWidget* parent) {
+  auto* button = new QPushButton(platform::Icon(icon), text, parent);
+  button->setObjectName(name);
+  return button;
+}
+
+// Shows a text whether or not it is an item of the list.
+void ShowText(QComboBox* box, const QString& text) {
+  box->setCurrentIndex(box->findText(text));
+  box->setPlaceholderText(text);
+  QPalette colours = box->palette();
+  colours.setColor(QPalette::PlaceholderText, colours.color(QPalette::Text));
+  box->setPalette(colours);
+}
+
+template <std::size_t N>
+void AddItems(QComboBox* box, const std::array<const char*, N>& texts) {
+  for (const char* text : texts) box->addItem(text);
+}
+
+}  // namespace
+
+MessageHeader::MessageHeader(const Program& program, QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      from_(MakeBox("FromComboBox", this)),
+      to_(MakeBox("ToComboBox", this)),
+      count_(new QLabel(this)),
+      subject_(new QLineEdit(this)),
+      attachment_box_(MakeBox("AttachmentComboBox", this)),
+      method_(MakeBox("SendingMethodComboBox", this)),
+      priority_(MakeBox("PriorityComboBox", this)),
+      format_(MakeBox("FormatComboBox", this)),
+      receipt_(new QCheckBox(tr("Ask for a &read receipt"), this)) {
+  setAcceptDrops(true);
+  subject_->setObjectName("SubjectTextBox");
+  subject_->setPlaceholderText(tr("What the message is about; merge tags work here too"));
+  receipt_->setObjectName("RRRCheckBox");
+  count_->setObjectName("GroupCountLabel");
+  from_->setPlaceholderText(tr("No account yet"));
+  to_->setPlaceholderText(tr("Choose a group"));
+  attachment_box_->setPlaceholderText(tr("No attachments; drop files here"));
+  AddItems(method_, kSendingMethods);
+  AddItems(priority_, kPriorities);
+  AddItems(format_, kFormats);
+
+  auto* email = MakeButton("EmailButton", tr("Acc&ount…"), "account", this);
+  auto* group = MakeButton("GroupButton", tr("&Groups"), "groups", this);
+  auto* add = MakeButton("FileAttachmentButton", tr("A&dd…"), "attach", this);
+  auto* remove = MakeButton("DeleteAttachmentButton", tr("Re&move"), "remove", this);
+  auto* send = MakeButton("SendButton", tr("&Send…"), "send", this);
+  auto* preview = MakeButton("PreviewButton", tr("Pre&view…"), "preview", this);
+  QFont bold = send->font();
+  bold.setBold(true);
+  send->setFont(bold);
+  send->setMinimumWidth(130);
+
+  auto* grid = new QGridLayout(this);
+  grid->setContentsMargins(10, 8, 10, 6);
+  grid->setVerticalSpacing(6);
+  const auto label = [&](const QString& text, QWidget* buddy, int row) {
+    auto* made = new QLabel(text, this);
+    made->setBuddy(buddy);
+    grid->addWidget(made, row, 0);
+  };
+  label(tr("&From:"), from_, 0);
+  grid->addWidget(from_, 0, 1);
+  grid->addWidget(email, 0, 2);
+  label(tr("&To:"), to_, 1);
+  auto* to_line = new QHBoxLayout();
+  to_line->addWidget(to_, 1);
+  to_line->addWidget(count_);
+  grid->addLayout(to_line, 1, 1);
+  grid->addWidget(group, 1, 2);
+  label(tr("S&ubject:"), subject_, 2);
+  grid->addWidget(subject_, 2, 1, 1, 2);
+  label(tr("Attac&hments:"), attachment_box_, 3);
+  grid->addWidget(attachment_box_, 3, 1);
+  auto* attachment_buttons = new QHBoxLayout();
+  attachment_buttons->addWidget(add);
+  attachment_buttons->addWidget(remove);
+  grid->addLayout(attachment_buttons, 3, 2);
+  auto* options = new QHBoxLayout();
+  options->addWidget(method_);
+  const auto option = [&](const QString& text, QComboBox* box) {
+    auto* made = new QLabel(text, this);
+    made->setBuddy(box);
+    options->addSpacing(8);
+    options->addWidget(made);
+    options->addWidget(box);
+  };
+  option(tr("Pr&iority:"), priority_);
+  option(tr("Forma&t:"), format_);
+  options->addSpacing(8);
+  options->addWidget(receipt_);
+  options->addStretch(1);
+  label(tr("Met&hod:"), method_, 4);
+  grid->addLayout(options, 4, 1, 1, 2);
+  auto* right = new QVBoxLayout();
+  right->addWidget(send);
+  right->addWidget(preview);
+  right->addStretch(1);
+  grid->addLayout(right, 0, 3, 5, 1);
+  grid->setColumnStretch(1, 1);
+  QWidget* const order[] = {from_,   email,     to_,     group,    subject_, attachment_box_, add, remove,
+                            method_, priority_, format_, receipt_, send,     preview};
+  for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
+
+  connect(email, &QPushButton::clicked, this, &MessageHeader::EmailPressed);
+  connect(send, &QPushButton::clicked, this, &MessageHeader::SendPressed);
+  connect(preview, &QPushButton::clicked, this, &MessageHeader::PreviewPressed);
+  connect(add, &QPushButton::clicked, this, qOverload<>(&MessageHeader::AddAttachments));
+  connect(remove, &QPushButton::clicked, this, &MessageHeader::DeleteAttachment);
+  connect(to_, &QComboBox::currentIndexChanged, this, &MessageHeader::ShowCount);
+  connect(format_, &QComboBox::activated, this, &MessageHeader::PickFormat);
+}
+
+void MessageHeader::Load() {
+  const auto contents = LoadMainWindow(program_.settings, {});
+  if (!contents) {
+    emit Trouble(ToQt(InOneLine(contents.error())));
+    return;
+  }
+  ShowSender(ToQt(contents->from), ToQt(contents->method));
+  priority_->setCurrentText(ToQt(contents->priority));
+  if (!contents->format.empty()) format_->setCurrentText(ToQt(contents->format));
+  LoadGroups();
+}
+
+void MessageHeader::LoadGroups(const QString& chosen) {
+  const QString before = chosen.isEmpty() ? to_->currentText() : chosen;
+  const auto names = recipients::RecipientStore(program_.folders.Database()).ListGroupNames();
+  to_->clear();
+  if (names) {
+    for (const auto& name : *names) to_->addItem(ToQt(name));
+  } else {
+    emit Trouble(ToQt(InOneLine(names.error())));
+  }
+  to_->setCurrentIndex(to_->findText(before));
+  ShowCount();
+}
+
+void MessageHeader::ShowSender(const QString& from, const QString& method) {
+  from_->clear();
+  if (!from.isEmpty()) from_->addItem(from);
+  from_->setCurrentIndex(from.isEmpty() ? -1 : 0);
+  ShowText(method_, method);
+}
+
+QString MessageHeader::Group() const { return to_->currentText(); }
+bool MessageHeader::HasGroups() const { return to_->count() > 0; }
+
+void MessageHeader::ShowCount() {
+  if (to_->currentIndex() < 0) {
+    count_->clear();
+    return;
+  }
+  const auto count =
+      recipients::GroupCount(recipients::RecipientStore(program_.folders.Database()), FromQt(to_->currentText()));
+  count_->setText(ToQt(platform::WithThousands(count)) + (count == 1 ? tr(" recipient") : tr(" recipients")));
+}
+
+void MessageHeader::Collect(compose::MessageDocument& document) const {
+  document.subject = FromQt(subject_->text());
+  document.format = format_->currentText() == "Text" ? compose::Format::kText : compose::Format::kHtml;
+  document.attachments = attachments_;
+  document.read_receipt = receipt_->isChecked();
+  const QString priority = priority_->currentText();
+  document.priority = priority == "High"  ? compose::Priority::kHigh
+                      : priority == "Low" ? compose::Priority::kLow
+                                          : compose::Priority::kNormal;
+}
+
+void MessageHeader::PickFormat() {
+  const auto shown = compose::PickFormat(FromQt(format_->currentText()), program_.settings, program_.prompts);
+  if (shown) format_->setCurrentText(ToQt(*shown));
+}
+
+void MessageHeader::AddAttachments() {
+  const auto files =
+      program_.prompts.PickOpenFile({.title = "File Attachment", .filter = "All Files (*.*)|*.*", .several = true});
+  QStringList names;
+  for (const auto& file : files) names << platform::PathToQt(file);
+  AddAttachments(names);
+}
+
+void MessageHeader::AddAttachments(const QStringList& files) {
+  for (const QString& file : files) attachments_.Add(platform::PathFromQt(file).string());
+  if (!files.isEmpty()) ShowAttachments();
+}
+
+void MessageHeader::DeleteAttachment() {
+  const std::string shown = platform::PathFromQt(attachment_box_->currentText()).string();
+  switch (compose::DeleteAttachment(attachments_, shown, program_.prompts)) {
+    case compose::AttachmentDeletion::kDeleted:
+      ShowAttachments();
+      break;
+    case compose::AttachmentDeletion::kNothingShown:
+      attachment_box_->setFocus();
+      break;
+    case compose::AttachmentDeletion::kNothingToDelete:
+    case compose::AttachmentDeletion::kKept:
+      break;
+  }
+}
+
+void MessageHeader::ShowAttachments() {
+  attachment_box_->clear();
+  for (const auto& path : attachments_.paths()) attachment_box_->addItem(platform::PathToQt(path));
+  attachment_box_->setCurrentIndex(attachment_box_->count() > 0 ? 0 : -1);
+}
+
+void MessageHeader::dragEnterEvent(QDragEnterEvent* event) {
+  if (!LocalFiles(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MessageHeader::dropEvent(QDropEvent* event) { AddAttachments(LocalFiles(event->mimeData())); }
+
+}  // namespace quillcast::app

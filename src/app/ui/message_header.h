@@ -1,0 +1,66 @@
+// The upper part of the main window: who sends, to whom, what about, with which files and how.
+#pragma once
+
+#include <QWidget>
+
+#include "app/program.h"
+#include "compose/attachment_list.h"
+#include "compose/message_document.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace quillcast::app {
+
+class MessageHeader final : public QWidget {
+  Q_OBJECT
+ public:
+  MessageHeader(const Program& program, QWidget* parent);
+
+  // From, method, priority and format as at the start; failures are told by Trouble.
+  void Load();
+  // The To box anew, with `chosen` in it, or what was chosen before when that is empty.
+  void LoadGroups(const QString& chosen = {});
+  void ShowSender(const QString& from, const QString& method);
+  QString Group() const;
+  bool HasGroups() const;
+  // Subject, format, attachments, priority and receipt into the document.
+  void Collect(compose::MessageDocument& document) const;
+
+  // The buttons' commands.
+  void AddAttachments();
+  void AddAttachments(const QStringList& files);
+  void DeleteAttachment();
+
+ signals:
+  void EmailPressed();
+  void SendPressed();
+  void PreviewPressed();
+  void Trouble(const QString& sentence);
+
+ protected:
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  void ShowAttachments();
+  void PickFormat();
+  void ShowCount();
+
+  const Program& program_;
+  compose::AttachmentList attachments_;
+  QComboBox* from_;
+  QComboBox* to_;
+  QLabel* count_;
+  QLineEdit* subject_;
+  QComboBox* attachment_box_;
+  QComboBox* method_;
+  QComboBox* priority_;
+  QComboBox* format_;
+  QCheckBox* receipt_;
+};
+
+}  // namespace quillcast::app

@@ -1,0 +1,80 @@
+#include "app/ui/practice_form.h"
+
+#include <QDialogButtonBox>
+#include <QFontDatabase>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "platform/file.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMostShown = 2000;                    // messages, the last ones
+constexpr std::size_t kMostRead = std::size_t{256} * 1024;  // bytes of one
+
+std::string Beginning(const fs::path& file) {
+  const auto fd = platform::OpenForReading(file);
+  if (!fd) return InOneLine(fd.error());
+  std::string text(kMostRead, '\0');
+  const auto got = platform::ReadSome(fd->get(), file, text.data(), text.size());
+  if (!got) return InOneLine(got.error());
+  text.resize(*got);
+  return text;
+}
+
+}  // namespace
+
+PracticeForm::PracticeForm(fs::path folder, QWidget* parent)
+    : QDialog(parent), folder_(std::move(folder)), list_(new QListWidget(this)), message_(new QPlainTextEdit(this)) {
+  setObjectName("PracticeForm");
+  setWindowTitle(tr("Practice Mailbox"));
+  resize(800, 520);
+  list_->setObjectName("PracticeList");
+  list_->setAccessibleName(tr("Messages"));
+  message_->setObjectName("PracticeMessage");
+  message_->setAccessibleName(tr("The message as it arrived"));
+  message_->setReadOnly(true);
+  message_->setTabChangesFocus(true);
+  message_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  message_->setPlaceholderText(tr("Messages that you send while you practise arrive here."));
+  auto* parts = new QSplitter(this);
+  parts->addWidget(list_);
+  parts->addWidget(message_);
+  parts->setStretchFactor(1, 3);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(parts, 1);
+  column->addWidget(buttons);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  connect(list_, &QListWidget::currentRowChanged, this, &PracticeForm::ShowMessage);
+  Fill();
+}
+
+void PracticeForm::Fill() {
+  std::vector<std::string> files;
+  std::error_code failed;
+  for (auto entry = fs::directory_iterator(folder_, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    if (entry->path().extension() == ".eml") files.push_back(entry->path().filename().string());
+  }
+  std::sort(files.rbegin(), files.rend());
+  if (files.size() > kMostShown) files.resize(kMostShown);
+  for (const auto& file : files) list_->addItem(platform::ToQt(file));
+  list_->setCurrentRow(files.empty() ? -1 : 0);
+}
+
+void PracticeForm::ShowMessage() {
+  if (list_->currentItem() == nullptr) return;
+  message_->setPlainText(platform::ToQt(Beginning(folder_ / platform::PathFromQt(list_->currentItem()->text()))));
+}
+
+}  // namespace quillcast::app

@@ -1,0 +1,42 @@
+// The built-in mailbox beside the window, for a person who wants to practise before they have an account.
+#pragma once
+
+#include <QObject>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "app/program.h"
+#include "platform/cancel.h"
+#include "platform/result.h"
+
+namespace quillcast::app {
+
+class PracticeMailbox final : public QObject {
+  Q_OBJECT
+ public:
+  PracticeMailbox(const Program& program, QObject* parent) : QObject(parent), program_(program) {}
+  ~PracticeMailbox() override { Stop(); }
+
+  // An earlier session was practising.
+  bool WasOn() const;
+  // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
+  // missing.
+  Result<void> Begin();
+  // Stops it, and takes it out of the account.
+  Result<void> End();
+  bool is_on() const { return thread_.joinable(); }
+  std::filesystem::path folder() const { return program_.folders.data / "Practice"; }
+
+ signals:
+  void Arrived();  // a message
+
+ private:
+  void Stop();
+
+  const Program& program_;
+  std::unique_ptr<platform::CancelToken> stop_;
+  std::thread thread_;
+};
+
+}  // namespace quillcast::app

@@ -1,0 +1,61 @@
+#include "app/ui/splash_form.h"
+
+#include <QGuiApplication>
+#include <QLabel>
+#include <QProgressBar>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include "app/version.h"
+#include "platform/ui/icons.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::app {
+namespace {
+
+constexpr int kSteps = 500;
+
+}  // namespace
+
+SplashForm::SplashForm(std::string_view windows_name)
+    : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint), progress_(new QProgressBar(this)) {
+  setObjectName("SplashForm");
+  setFixedSize(420, 250);
+  setStyleSheet(
+      "#SplashForm { background: #1f5f8b; } QLabel { color: white; } "
+      "QProgressBar { border: none; background: #17486a; max-height: 4px; } QProgressBar::chunk { background: #f2b84b; "
+      "}");
+  setAttribute(Qt::WA_StyledBackground);
+  auto* sign = new QLabel(this);
+  sign->setPixmap(platform::ProgramIcon().pixmap(64, 64));
+  auto* name = new QLabel("Quillcast Classic", this);
+  QFont large = name->font();
+  large.setPointSize(large.pointSize() + 12);
+  large.setBold(true);
+  name->setFont(large);
+  auto* version = new QLabel(QString("%1.%2").arg(kVersionMajor).arg(kVersionMinor), this);
+  version->setObjectName("VersionNumber");
+  auto* system = new QLabel(platform::ToQt(windows_name), this);
+  system->setObjectName("WindowsVersion");
+  progress_->setTextVisible(false);
+  progress_->setRange(0, kSteps);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(28, 24, 28, 20);
+  column->addWidget(sign);
+  column->addWidget(name);
+  column->addWidget(version);
+  column->addWidget(system);
+  column->addStretch(1);
+  column->addWidget(progress_);
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  move(screen.center() - rect().center());
+}
+
+void SplashForm::Run() {
+  show();
+  repaint();
+  for (int step = 1; step <= kSteps; ++step) progress_->setValue(step);
+  progress_->repaint();
+}
+
+}  // namespace quillcast::app

@@ -1,0 +1,24 @@
+#include "cli/start_desktop.h"
+
+#include <unistd.h>
+
+#include <string>
+
+#include "platform/file.h"
+
+namespace quillcast::cli {
+
+Result<void> StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
+                          const platform::Environment& environment) {
+  if (!environment.Get("DISPLAY") && !environment.Get("WAYLAND_DISPLAY")) return {};
+  std::string program = (executable.parent_path() / "quillcast-desktop").string();
+  std::error_code failed;
+  if (!std::filesystem::exists(program, failed)) return {};  // the command alone is installed
+  std::string option = "--profile";
+  std::string folder = profile.value_or("").string();
+  char* const arguments[] = {program.data(), profile ? option.data() : nullptr, folder.data(), nullptr};
+  ::execv(program.c_str(), arguments);
+  return platform::SystemError("start", program, errno);
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,17 @@
+// From the command to the window.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "platform/environment.h"
+#include "platform/result.h"
+
+namespace quillcast::cli {
+
+// Becomes `quillcast-desktop`, which stands beside the command, where there is a display. Comes back only when it did
+// not: without an Error where there is nothing to start it on, or with it.
+Result<void> StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
+                          const platform::Environment& environment);
+
+}  // namespace quillcast::cli

@@ -1,0 +1,143 @@
+// The editing script: runs in a world of its own beside the document, whose own scripts never run.
+// Timers do not fire here while those are off; listeners, observers and the channel do.
+(function () {
+  'use strict';
+  if (window.quill) return;
+  let bridge = null;
+  let edits = 0;
+  const quill = window.quill = {};
+
+  quill.setReadOnly = readOnly => {
+    document.designMode = readOnly ? 'off' : 'on';
+    if (readOnly) return;
+    document.execCommand('styleWithCSS', false, 'false');
+    document.execCommand('defaultParagraphSeparator', false, 'p');
+  };
+
+  const elementAtCaret = () => {
+    const selection = document.getSelection();
+    if (!selection || !selection.rangeCount) return document.body;
+    const node = selection.getRangeAt(0).startContainer;
+    return node.nodeType === Node.ELEMENT_NODE ? node : node.parentElement;
+  };
+  const linkAtCaret = () => {
+    const element = elementAtCaret();
+    return element && element.closest('a[href]');
+  };
+  const ensureSelection = () => {
+    const selection = document.getSelection();
+    if (selection.rangeCount && document.body.contains(selection.anchorNode)) return;
+    selection.selectAllChildren(document.body);
+    selection.collapseToEnd();
+  };
+
+  quill.edits = () => edits;
+  // The list commands leave a list in its paragraph, which every parser takes apart into empty ones around it.
+  const inner = () => {
+    const kLoneList = 'p > ul:only-child, p > ol:only-child';
+    if (!document.body.querySelector(kLoneList)) return document.body.innerHTML;
+    const copy = document.body.cloneNode(true);
+    copy.querySelectorAll(kLoneList).forEach(list => {
+      if (list.parentNode.childNodes.length === 1) list.parentNode.replaceWith(list);
+    });
+    return copy.innerHTML;
+  };
+  quill.body = () => ({
+    attributes: Array.from(document.body.attributes, a => [a.name, a.value]),
+    inner: inner(),
+  });
+  quill.text = () => document.body.innerText;
+  quill.exec = (name, value) => { ensureSelection(); return document.execCommand(name, false, value); };
+  quill.insert = html => { ensureSelection(); return document.execCommand('insertHTML', false, html); };
+  quill.state = () => {
+    const on = name => document.queryCommandState(name);
+    const link = linkAtCaret();
+    return {
+      bold: on('bold'), italic: on('italic'), underline: on('underline'),
+      bullets: on('insertUnorderedList'), numbers: on('insertOrderedList'),
+      left: on('justifyLeft'), center: on('justifyCenter'), right: on('justifyRight'),
+      font: document.queryCommandValue('fontName'), size: document.queryCommandValue('fontSize'),
+      color: document.queryCommandValue('foreColor'),
+      canUndo: document.queryCommandEnabled('undo'), canRedo: document.queryCommandEnabled('redo'),
+      link: link ? link.getAttribute('href') : '', selected: String(document.getSelection()),
+    };
+  };
+  // With text selected, it becomes the link; with the caret in a link, that one changes; else the address is inserted.
+  quill.link = (address, text) => {
+    ensureSelection();
+    const selection = document.getSelection();
+    const link = linkAtCaret();
+    if (selection.isCollapsed && link) {
+      const range = document.createRange();
+      range.selectNodeContents(link);
+      selection.removeAllRanges();
+      selection.addRange(range);
+    }
+    if (!selection.isCollapsed) return document.execCommand('createLink', false, address);
+    const anchor = document.createElement('a');
+    anchor.setAttribute('href', address);
+    anchor.textContent = text || address;
+    return document.execCommand('insertHTML', false, anchor.outerHTML);
+  };
+
+  // What a word processor or a page puts round its text goes; what a letter is made of stays.
+  const kKept = new Set(['P', 'BR', 'B', 'STRONG', 'I', 'EM', 'U', 'S', 'STRIKE', 'A', 'UL', 'OL', 'LI', 'H1', 'H2', 'H3',
+    'H4', 'H5', 'H6', 'BLOCKQUOTE', 'PRE', 'CODE', 'TABLE', 'THEAD', 'TBODY', 'TFOOT', 'TR', 'TD', 'TH', 'IMG', 'HR',
+    'SUB', 'SUP', 'FONT', 'DIV', 'SPAN', 'CENTER', 'CAPTION']);
+  const kDropped = 'script,style,meta,link,title,head,xml,object,embed,iframe,frame,form,input,button,select,textarea,svg,base';
+  const kAttributes = new Set(['href', 'src', 'alt', 'width', 'height', 'align', 'border', 'cellpadding', 'cellspacing',
+    'colspan', 'rowspan', 'color', 'face', 'size', 'start', 'type', 'dir', 'bgcolor', 'valign']);
+  const unwrap = element => element.replaceWith(...element.childNodes);
+  quill.clean = html => {
+    const parsed = new DOMParser().parseFromString(html, 'text/html');
+    parsed.querySelectorAll(kDropped).forEach(element => element.remove());
+    const comments = parsed.createNodeIterator(parsed.body, NodeFilter.SHOW_COMMENT);
+    for (let comment; (comment = comments.nextNode());) comment.remove();
+    Array.from(parsed.body.querySelectorAll('*')).reverse().forEach(element => {
+      const style = element.style;
+      const weight = style && (style.fontWeight === 'bold' || Number(style.fontWeight) >= 600);
+      const slanted = style && style.fontStyle === 'italic';
+      Array.from(element.attributes).forEach(a => {
+        const address = (a.name === 'href' || a.name === 'src') && !/^\s*(https?|mailto|ftp|tel|file|data:image|\$\*Merge)/i.test(a.value);
+        if (!kAttributes.has(a.name) || address) element.removeAttribute(a.name);
+      });
+      if (element.tagName === 'SPAN' || !kKept.has(element.tagName)) {
+        if (weight) element.innerHTML = '<b>' + element.innerHTML + '</b>';
+        if (slanted) element.innerHTML = '<i>' + element.innerHTML + '</i>';
+        unwrap(element);
+      }
+    });
+    return parsed.body.innerHTML.trim();
+  };
+  document.addEventListener('paste', event => {
+    const data = event.clipboardData;
+    const html = data && data.getData('text/html');
+    if (html) {
+      event.preventDefault();
+      quill.insert(quill.clean(html));
+    } else if (data && !data.getData('text/plain') && data.files.length && bridge) {
+      event.preventDefault();
+      bridge.picturePasted();
+    }
+  });
+
+  const observer = new MutationObserver(() => {
+    ++edits;
+    if (bridge) bridge.changed();
+  });
+  const observe = () =>
+    observer.observe(document, { subtree: true, childList: true, characterData: true, attributes: true });
+  quill.load = source => {  // nothing that a parsed document holds is run
+    observer.disconnect();
+    const parsed = new DOMParser().parseFromString(source, 'text/html');
+    document.replaceChild(document.adoptNode(parsed.documentElement), document.documentElement);
+    if (document.body) document.getSelection().collapse(document.body, 0);
+    edits = 0;
+    observe();
+    return true;
+  };
+
+  quill.setReadOnly(false);
+  document.addEventListener('selectionchange', () => { if (bridge) bridge.selectionMoved(); });
+  new QWebChannel(qt.webChannelTransport, channel => { bridge = channel.objects.bridge; });
+})();

@@ -1,0 +1,105 @@
+#include "compose/ui/editor_document.h"
+
+#include <fmt/format.h>
+
+#include "compose/message_document.h"
+#include "compose/ui/html_editor.h"
+#include "platform/file.h"
+#include "platform/text.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::compose {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kEmptyDocument = "<html><head></head><body></body></html>";
+
+void Remove(const fs::path& file) {
+  std::error_code ignored;
+  fs::remove(file, ignored);
+}
+
+}  // namespace
+
+EditorDocument::EditorDocument(HtmlEditor& editor, fs::path folder) : editor_(editor), folder_(std::move(folder)) {
+  std::error_code none_there;
+  fs::rename(Autosave(), Recovered(), none_there);
+  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor, [this](const QString& html) {
+    // Kept for a crash alone: where the disk is full, saving will tell.
+    IgnoreErrors(platform::ReplaceFile(Autosave(), platform::FromQt(html)));
+  });
+}
+
+EditorDocument::~EditorDocument() { QObject::disconnect(snapshots_); }
+
+bool EditorDocument::HasUnsavedChanges() const { return editor_.IsModified(); }
+
+Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder) {
+  const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
+  if (editor_.SetHtml(platform::ToQt(html), base)) return {};
+  return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
+}
+
+Result<void> EditorDocument::Open(const fs::path& file) {
+  auto read = ReadBodyFile(file);
+  if (!read) return read.error();
+  const bool is_text = platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt");
+  std::error_code failed;
+  const fs::path absolute = fs::absolute(file, failed);
+  auto shown = Show(is_text ? HtmlFromText(read->text) : read->text, absolute.parent_path());
+  if (!shown) return shown;
+  // A text becomes a document of its own: saved under the text's name it would no longer be text.
+  file_ = is_text ? fs::path() : absolute;
+  if (is_text) {
+    read_.reset();
+  } else {
+    read_ = std::move(*read);
+  }
+  DropAutosave();
+  return {};
+}
+
+Result<void> EditorDocument::StartNew(const std::string& html) {
+  auto shown = Show(html.empty() ? kEmptyDocument : html, {});
+  if (!shown) return shown;
+  file_.clear();
+  read_.reset();
+  DropAutosave();
+  return {};
+}
+
+Result<void> EditorDocument::SaveTo(const fs::path& file) {
+  const std::string html = platform::FromQt(editor_.Html());
+  const bool as_read = read_ && html == read_->text;
+  std::string bytes = as_read ? read_->bytes : EncodeBody(html, read_ ? read_->encoding : BodyEncoding::kUtf8);
+  auto written = platform::ReplaceFile(file, bytes);
+  if (!written) return written;
+  read_ = BodyFile{std::move(bytes), html, read_ ? read_->encoding : BodyEncoding::kUtf8};
+  file_ = file;
+  editor_.SetModified(false);
+  DropAutosave();
+  return {};
+}
+
+bool EditorDocument::HasRecovered() const {
+  std::error_code failed;
+  return fs::exists(Recovered(), failed);
+}
+
+Result<void> EditorDocument::Recover() {
+  const auto read = ReadBodyFile(Recovered());
+  if (!read) return read.error();
+  auto shown = Show(read->text, {});
+  if (!shown) return shown;
+  file_.clear();
+  read_.reset();
+  editor_.SetModified(true);
+  DropRecovered();
+  return platform::ReplaceFile(Autosave(), read->text);  // it is still not saved
+}
+
+void EditorDocument::DropRecovered() const { Remove(Recovered()); }
+void EditorDocument::DropAutosave() const { Remove(Autosave()); }
+
+}  // namespace quillcast::compose

@@ -1,0 +1,50 @@
+// The document in the editor as a file: opened, saved, and kept aside while it is not.
+#pragma once
+
+#include <QObject>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "app/close_step.h"
+#include "compose/body_file.h"
+
+namespace quillcast::compose {
+
+class HtmlEditor;
+
+class EditorDocument final : public app::EditedDocument {
+ public:
+  // A second after each change the document is also kept in "Autosave.htm" in `folder`, until it is saved or dropped.
+  EditorDocument(HtmlEditor& editor, std::filesystem::path folder);
+  ~EditorDocument() override;
+
+  bool HasUnsavedChanges() const override;
+  std::filesystem::path FileName() const override { return file_; }
+  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in.
+  Result<void> SaveTo(const std::filesystem::path& file) override;
+
+  Result<void> Open(const std::filesystem::path& file);
+  // A document without a name, which counts as unchanged.
+  Result<void> StartNew(const std::string& html);
+
+  // What an earlier session, which did not end in good order, had not saved.
+  bool HasRecovered() const;
+  Result<void> Recover();
+  void DropRecovered() const;
+  // The session ends in good order: nothing is kept aside.
+  void DropAutosave() const;
+
+ private:
+  Result<void> Show(const std::string& html, const std::filesystem::path& folder);
+  std::filesystem::path Autosave() const { return folder_ / "Autosave.htm"; }
+  std::filesystem::path Recovered() const { return folder_ / "Recovered.htm"; }
+
+  HtmlEditor& editor_;
+  QMetaObject::Connection snapshots_;
+  std::filesystem::path folder_;
+  std::filesystem::path file_;
+  std::optional<BodyFile> read_;  // as it stands in the file, until it is saved anew
+};
+
+}  // namespace quillcast::compose

@@ -1,0 +1,28 @@
+// What the toolbar shows of the place where the caret is.
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+namespace quillcast::compose {
+
+struct EditorState {
+  bool bold = false;
+  bool italic = false;
+  bool underline = false;
+  bool bullets = false;
+  bool numbers = false;
+  bool left = false;
+  bool center = false;
+  bool right = false;
+  bool can_undo = false;
+  bool can_redo = false;
+  QString font;      // as the document names it, without quotes
+  int size = 3;      // 1 to 7
+  QString link;      // the address of the link round the caret, empty for none
+  QString selected;  // the selected text
+
+  static EditorState From(const QVariantMap& map);
+};
+
+}  // namespace quillcast::compose

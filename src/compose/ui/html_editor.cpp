@@ -1,0 +1,337 @@
+#include "compose/ui/html_editor.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QDateTime>
+#include <QDir>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QImage>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QMenu>
+#include <QMimeData>
+#include <QPrinter>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWebEngineFindTextResult>
+#include <QWebEngineProfile>
+#include <QWebEngineScript>
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "compose/ui/editor_page.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::compose {
+namespace {
+
+constexpr auto kWorld = QWebEngineScript::ApplicationWorld;
+constexpr int kLoadLimit = 60000;  // milliseconds; 20 MB take a few seconds
+constexpr int kStatePause = 40;
+constexpr int kSnapshotPause = 1000;
+
+QString Quoted(const QString& text) {
+  const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+  return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
+// Commands of the engine; the others are actions of the page, or ours.
+const char* EngineName(EditorCommand command) {
+  switch (command) {
+    case EditorCommand::kBold:
+      return "bold";
+    case EditorCommand::kItalic:
+      return "italic";
+    case EditorCommand::kUnderline:
+      return "underline";
+    case EditorCommand::kDelete:
+      return "delete";
+    case EditorCommand::kIndent:
+      return "indent";
+    case EditorCommand::kOutdent:
+      return "outdent";
+    case EditorCommand::kAlignLeft:
+      return "justifyLeft";
+    case EditorCommand::kAlignCentre:
+      return "justifyCenter";
+    case EditorCommand::kAlignRight:
+      return "justifyRight";
+    case EditorCommand::kNumberedList:
+      return "insertOrderedList";
+    case EditorCommand::kBulletedList:
+      return "insertUnorderedList";
+    case EditorCommand::kRemoveFormatting:
+      return "removeFormat";
+    case EditorCommand::kRemoveHyperlink:
+      return "unlink";
+    case EditorCommand::kUndo:
+      return "undo";
+    case EditorCommand::kRedo:
+      return "redo";
+    case EditorCommand::kSelectAll:
+      return "selectAll";
+    case EditorCommand::kCut:
+    case EditorCommand::kCopy:
+    case EditorCommand::kPaste:
+    case EditorCommand::kFindText:
+      break;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+HtmlEditor::HtmlEditor(QWidget* parent)
+    : QWidget(parent), view_(new EditorView(this)), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
+  auto* profile = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  auto* bridge = new EditorBridge(this);
+  page_ = new EditorPage(profile, bridge, view_);
+  view_->setPage(page_);
+  view_->setAccessibleName(tr("Message body"));
+  view_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+    QMenu* menu = ContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(view_->mapToGlobal(at));
+  });
+  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(view_);
+  setFocusProxy(view_);
+
+  connect(bridge, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
+  connect(bridge, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
+  state_pause_->setSingleShot(true);
+  state_pause_->setInterval(kStatePause);
+  connect(state_pause_, &QTimer::timeout, this, [this] {
+    page_->runJavaScript("quill.state()", kWorld,
+                         [this](const QVariant& value) { emit StateChanged(EditorState::From(value.toMap())); });
+  });
+  snapshot_pause_->setSingleShot(true);
+  snapshot_pause_->setInterval(kSnapshotPause);
+  connect(snapshot_pause_, &QTimer::timeout, this, [this] {
+    page_->runJavaScript("quill.body()", kWorld, [this](const QVariant& value) {
+      if (!value.isValid()) return;  // the page's process is gone
+      last_seen_ = Assemble(value.toMap());
+      emit Snapshot(last_seen_);
+    });
+  });
+  connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
+    if (status != QWebEnginePage::NormalTerminationStatus) QTimer::singleShot(0, this, &HtmlEditor::Restore);
+  });
+}
+
+HtmlEditor::~HtmlEditor() {
+  disconnect(page_, nullptr, this, nullptr);
+  delete page_;  // it has to go before its profile
+}
+
+QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
+  struct Answer {
+    QEventLoop loop;
+    QVariant value;
+  };
+  const auto answer = std::make_shared<Answer>();  // an answer that comes late must find it alive
+  page_->runJavaScript(script, kWorld, [answer](const QVariant& value) {
+    answer->value = value;
+    answer->loop.quit();
+  });
+  QTimer::singleShot(milliseconds, &answer->loop, &QEventLoop::quit);
+  answer->loop.exec(QEventLoop::ExcludeUserInputEvents);
+  return answer->value;
+}
+
+bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
+  snapshot_pause_->stop();
+  source_ = last_seen_ = source;
+  cut_ = CutAtBody(platform::FromQt(source));
+  base_ = base.isEmpty() ? QUrl("file:///") : base;
+  QEventLoop loop;
+  bool loaded = false;
+  const auto watch = connect(page_, &QWebEnginePage::loadFinished, &loop, [&](bool good) {
+    loaded = good;
+    loop.quit();
+  });
+  QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
+  // that way, and the script puts the document in its place.
+  const QString head = platform::ToQt(cut_.head);
+  const auto type_begin = head.indexOf("<!doctype", 0, Qt::CaseInsensitive);
+  const auto type_end = type_begin < 0 ? -1 : head.indexOf('>', type_begin);
+  const QString type = type_end < 0 ? QString() : head.mid(type_begin, type_end - type_begin + 1);
+  page_->setHtml(type + "<html><body></body></html>", base_);
+  loop.exec(QEventLoop::ExcludeUserInputEvents);
+  disconnect(watch);
+  touched_ = false;
+  SetModified(false);
+  if (!loaded || !Evaluate("quill.load(" + Quoted(source) + ')', kLoadLimit).toBool()) return false;
+  if (read_only_) Evaluate("quill.setReadOnly(true)");
+  return true;
+}
+
+bool HtmlEditor::IsModified() const {
+  return modified_ || (!touched_ && Evaluate("quill.edits()").toInt() > 0);  // the notice may still be on its way
+}
+
+void HtmlEditor::SetModified(bool modified) {
+  if (std::exchange(modified_, modified) != modified) emit ModifiedChanged(modified);
+}
+
+void HtmlEditor::SetReadOnly(bool read_only) {
+  read_only_ = read_only;
+  Evaluate(read_only ? "quill.setReadOnly(true)" : "quill.setReadOnly(false)");
+}
+
+void HtmlEditor::TakeNotice() {
+  if (read_only_) return;
+  touched_ = true;
+  SetModified(true);
+  state_pause_->start();
+  snapshot_pause_->start();
+}
+
+QString HtmlEditor::Assemble(const QVariantMap& body) const {
+  QString tag = "<body";
+  for (const QVariant& pair : body["attributes"].toList()) {
+    tag += QString(" %1=\"%2\"").arg(pair.toList().at(0).toString(), pair.toList().at(1).toString().toHtmlEscaped());
+  }
+  return platform::ToQt(cut_.head) + tag + '>' + body["inner"].toString() + platform::ToQt(cut_.tail);
+}
+
+QString HtmlEditor::Html() const {
+  if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
+  if (!cut_.has_body) {
+    const QVariant html = Evaluate("document.documentElement.outerHTML", kLoadLimit);
+    return html.isValid() ? platform::ToQt(cut_.head) + html.toString() : last_seen_;
+  }
+  const QVariant body = Evaluate("quill.body()", kLoadLimit);
+  return body.isValid() ? Assemble(body.toMap()) : last_seen_;
+}
+
+QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLimit).toString(); }
+
+EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill.state()").toMap()); }
+
+void HtmlEditor::Run(EditorCommand command) {
+  if (const char* name = EngineName(command)) {
+    Execute(name);
+    return;
+  }
+  switch (command) {
+    case EditorCommand::kCut:
+      page_->triggerAction(QWebEnginePage::Cut);
+      break;
+    case EditorCommand::kCopy:
+      page_->triggerAction(QWebEnginePage::Copy);
+      break;
+    case EditorCommand::kPaste:
+      page_->triggerAction(QWebEnginePage::Paste);
+      break;
+    default:
+      emit FindRequested();
+  }
+}
+
+bool HtmlEditor::Execute(const QString& command, const QString& value) {
+  return Evaluate(QString("quill.exec(%1,%2)").arg(Quoted(command), Quoted(value))).toBool();
+}
+
+bool HtmlEditor::InsertHtml(const QString& html) {
+  return Evaluate(QString("quill.insert(%1)").arg(Quoted(html))).toBool();
+}
+
+bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
+  return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
+}
+
+bool HtmlEditor::InsertPictures(const QStringList& files) {
+  QString html;
+  for (const QString& file : files) {
+    QImageReader reader(file);
+    reader.setDecideFormatFromContent(true);
+    const QSize size = reader.size();
+    if (!reader.canRead()) {
+      emit Trouble(tr("%1 is no picture that can be shown in a message.").arg(QDir::toNativeSeparators(file)));
+      continue;
+    }
+    html += QString("<img src=\"%1\" alt=\"%2\"")
+                .arg(QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded()).toHtmlEscaped(),
+                     QFileInfo(file).completeBaseName().toHtmlEscaped());
+    if (size.isValid()) html += QString(" width=\"%1\" height=\"%2\"").arg(size.width()).arg(size.height());
+    html += '>';
+  }
+  return !html.isEmpty() && InsertHtml(html);
+}
+
+void HtmlEditor::PastePicture() {
+  const QImage picture = QGuiApplication::clipboard()->image();
+  if (picture.isNull() || picture_folder_.isEmpty()) return;
+  const QString file =
+      picture_folder_ + "/pasted-" + QDateTime::currentDateTime().toString("yyyyMMdd-hhmmss-zzz") + ".png";
+  if (!QDir().mkpath(picture_folder_) || !picture.save(file)) {
+    emit Trouble(tr("The picture could not be kept as %1. Make room there, then paste it again.").arg(file));
+    return;
+  }
+  QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
+  InsertPictures({file});
+}
+
+void HtmlEditor::Find(const QString& text, bool backward, const std::function<void(int)>& found) {
+  QWebEnginePage::FindFlags flags;
+  flags.setFlag(QWebEnginePage::FindBackward, backward);
+  page_->findText(text, flags, [found](const QWebEngineFindTextResult& result) { found(result.numberOfMatches()); });
+}
+
+void HtmlEditor::Print(QPrinter* printer, const std::function<void(bool)>& done) {
+  connect(
+      view_, &QWebEngineView::printFinished, this, [done](bool good) { done(good); }, Qt::SingleShotConnection);
+  view_->print(printer);
+}
+
+bool HtmlEditor::PrintToPdf(const QString& file) {
+  QEventLoop loop;
+  bool good = false;
+  const auto watch = connect(page_, &QWebEnginePage::pdfPrintingFinished, &loop, [&](const QString&, bool written) {
+    good = written;
+    loop.quit();
+  });
+  QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  page_->printToPdf(file);
+  loop.exec();
+  disconnect(watch);
+  return good;
+}
+
+QMenu* HtmlEditor::ContextMenu() {
+  auto* menu = new QMenu(this);
+  menu->setObjectName("EditorContextMenu");
+  const std::array<std::pair<QString, EditorCommand>, 6> entries = {{{tr("Undo"), EditorCommand::kUndo},
+                                                                     {tr("Cut"), EditorCommand::kCut},
+                                                                     {tr("Copy"), EditorCommand::kCopy},
+                                                                     {tr("Paste"), EditorCommand::kPaste},
+                                                                     {tr("Delete"), EditorCommand::kDelete},
+                                                                     {tr("Select All"), EditorCommand::kSelectAll}}};
+  for (const auto& [text, command] : entries) {
+    menu->addAction(text, this, [this, what = command] { Run(what); });
+  }
+  return menu;
+}
+
+QWidget* HtmlEditor::InputWidget() const { return view_->focusProxy(); }
+
+void HtmlEditor::Restore() {
+  const QString html = last_seen_;
+  const bool was_modified = modified_;
+  if (!SetHtml(html, base_)) return;
+  // What was put back is an edited document: its bytes are no longer those of the source.
+  touched_ = was_modified;
+  SetModified(was_modified);
+  emit Restored();
+}
+
+}  // namespace quillcast::compose

@@ -1,0 +1,98 @@
+// The editor of the message body: an HTML document that can be typed into. What was not edited comes back byte for
+// byte; of an edited document everything outside its body does.
+//
+// A crash of the page's process loses nothing but the last second: the document is put back as it was last seen.
+#pragma once
+
+#include <QStringList>
+#include <QUrl>
+#include <QVariant>
+#include <QWidget>
+#include <functional>
+#include <string>
+
+#include "compose/body_source.h"
+#include "compose/editor_command.h"
+#include "compose/ui/editor_state.h"
+
+class QMenu;
+class QPrinter;
+class QTimer;
+
+namespace quillcast::compose {
+
+class EditorPage;
+class EditorView;
+
+class HtmlEditor final : public QWidget {
+  Q_OBJECT
+ public:
+  explicit HtmlEditor(QWidget* parent = nullptr);
+  ~HtmlEditor() override;
+
+  // Replaces the document and returns when it can be edited; false when the page did not answer. Relative references
+  // start from `base`. Nothing can be undone afterwards, and the document counts as unchanged.
+  bool SetHtml(const QString& source, const QUrl& base = {});
+  QString Html() const;
+  QString PlainText() const;
+  const QUrl& base() const { return base_; }
+
+  bool IsModified() const;
+  void SetModified(bool modified);
+  // For a preview: shown, scrolled and copied from, not changed.
+  void SetReadOnly(bool read_only);
+  bool is_read_only() const { return read_only_; }
+
+  void Run(EditorCommand command);
+  // A command of the engine by its name: "fontName", "foreColor", ...
+  bool Execute(const QString& command, const QString& value = {});
+  // Replaces the selection; one step back undoes it.
+  bool InsertHtml(const QString& html);
+  bool InsertPictures(const QStringList& files);
+  bool InsertLink(const QString& address, const QString& text);
+  EditorState State() const;
+
+  // Marks what is found; `found` gets the number of places. An empty text takes the marks away.
+  void Find(const QString& text, bool backward, const std::function<void(int)>& found);
+  void Print(QPrinter* printer, const std::function<void(bool)>& done);
+  bool PrintToPdf(const QString& file);
+
+  // Where pasted pictures are kept; without a folder they cannot be pasted.
+  void SetPictureFolder(const QString& folder) { picture_folder_ = folder; }
+  QMenu* ContextMenu();
+  // The widget that keys go to.
+  QWidget* InputWidget() const;
+  // Runs a script beside the document and waits for its value, five seconds where nothing else is said; what did not
+  // come by then is an invalid value.
+  QVariant Evaluate(const QString& script, int milliseconds = 5000) const;
+
+ signals:
+  void ModifiedChanged(bool modified);
+  void StateChanged(const quillcast::compose::EditorState& state);
+  void FindRequested();
+  // A second after the last change: the document as it is now.
+  void Snapshot(const QString& html);
+  void Restored();  // after a crash of the page's process
+  void Trouble(const QString& sentence);
+
+ private:
+  QString Assemble(const QVariantMap& body) const;
+  void TakeNotice();
+  void PastePicture();
+  void Restore();
+
+  EditorView* view_;
+  EditorPage* page_;
+  QTimer* state_pause_;
+  QTimer* snapshot_pause_;
+  QString source_;  // as it was set
+  QString last_seen_;
+  BodySource cut_;
+  QUrl base_;
+  QString picture_folder_;
+  bool touched_ = false;   // edited since it was set
+  bool modified_ = false;  // edited since it was set or saved
+  bool read_only_ = false;
+};
+
+}  // namespace quillcast::compose

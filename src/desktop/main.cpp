@@ -1,0 +1,135 @@
+// The program `quillcast-desktop`.
+#include <unistd.h>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QTimer>
+#include <csignal>
+#include <cstdio>
+#include <memory>
+
+#include "app/startup.h"
+#include "app/ui/help_form.h"
+#include "app/ui/main_form.h"
+#include "app/ui/splash_form.h"
+#include "app/version.h"
+#include "desktop/single_instance.h"
+#include "platform/environment.h"
+#include "platform/ui/icons.h"
+#include "platform/ui/qt_prompts.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kSplashTime = 1000;  // milliseconds
+
+// F1 opens the help at the topic of the window that it is pressed in.
+class HelpKey final : public QObject {
+ public:
+  explicit HelpKey(const app::Folders& folders) : folders_(folders) {}
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_F1) return false;
+    auto* widget = qobject_cast<QWidget*>(watched);
+    auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
+    if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
+    auto* help = new app::HelpForm(folders_, app::TopicOf(dialog->objectName()), dialog);
+    help->setModal(true);
+    help->show();
+    return true;
+  }
+
+ private:
+  const app::Folders& folders_;
+};
+
+app::StartupFacts Facts() {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  const qreal ratio = screen->devicePixelRatio();
+  return {.version = app::RunningSystem(),
+          .screen = app::PixelSize{static_cast<int>(screen->size().width() * ratio),
+                                   static_cast<int>(screen->size().height() * ratio)}};
+}
+
+// What ends the program, told on the screen and to whoever started it.
+int Refuse(platform::Prompts& prompts, const std::string& message) {
+  std::fprintf(stderr, "quillcast-desktop: %s\n", message.c_str());
+  prompts.Critical(message);
+  return 1;
+}
+
+int Run(QApplication& application, const std::optional<std::filesystem::path>& profile) {
+  platform::ProcessEnvironment environment;
+  const app::Folders folders =
+      app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), profile);
+  platform::QtPrompts prompts(app::kWindowTitle);
+  SingleInstance instance(platform::PathToQt(folders.data));
+  if (instance.AnotherIsRunning()) return 0;
+  if (const auto refusal = app::CheckStartup(Facts(), folders)) return Refuse(prompts, refusal->message);
+  const auto prepared = app::PrepareFolders(folders);
+  if (!prepared) std::fprintf(stderr, "quillcast-desktop: %s\n", InOneLine(prepared.error()).c_str());
+  app::SettingsStore settings(folders.settings);
+  const auto usable = settings.CheckFile();
+  if (!usable) prompts.Warn(Describe(usable.error()));
+
+  platform::XdgDesktop desktop(true);
+  platform::SystemClock clock;
+  platform::SystemEntropy entropy;
+  const app::Program program{folders, settings, prompts, desktop, clock, entropy};
+  std::unique_ptr<app::SplashForm> splash;
+  if (settings.Read("Options", "Splash", "1").ValueOr("1") != "0") {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    splash = std::make_unique<app::SplashForm>(app::GetWinVer(app::RunningSystem()));
+    splash->Run();
+  }
+  HelpKey help_key(folders);
+  application.installEventFilter(&help_key);
+  app::MainForm window(program);
+  QObject::connect(&instance, &SingleInstance::Raised, &window, &app::MainForm::Flash);
+  window.Load();
+  QTimer::singleShot(splash ? kSplashTime : 0, &window, [&] {
+    if (splash) QApplication::restoreOverrideCursor();
+    splash.reset();
+    window.show();
+    QTimer::singleShot(0, &window, &app::MainForm::ShowTipsAtStart);
+  });
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace quillcast::desktop
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // NOLINT: a peer that is gone is told by the failing write
+  const char* platform_name = std::getenv("QT_QPA_PLATFORM");
+  const bool has_display = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+  if (platform_name == nullptr && !has_display) {
+    std::fputs("quillcast-desktop: There is no display. Use the command in its place: quillcast --help\n", stderr);
+    return 69;
+  }
+  // The web engine refuses to start as root with its sandbox. The page runs no scripts and loads nothing remote.
+  if (::geteuid() == 0 && std::getenv("QTWEBENGINE_DISABLE_SANDBOX") == nullptr) {
+    ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
+    std::fputs("quillcast-desktop: Started as root, so the editor runs without its sandbox.\n", stderr);
+  }
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("quillcast-desktop");
+  QApplication::setApplicationVersion(
+      QString("%1.%2").arg(quillcast::app::kVersionMajor).arg(quillcast::app::kVersionMinor));
+  QApplication::setWindowIcon(quillcast::platform::ProgramIcon());
+  QCommandLineParser parser;
+  parser.setApplicationDescription("Quillcast Classic sends one personal e-mail to each recipient of a group.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  const QCommandLineOption profile("profile", "Keep settings, recipients and history below this folder.", "DIR");
+  parser.addOption(profile);
+  parser.process(application);
+  std::optional<std::filesystem::path> folder;
+  if (parser.isSet(profile)) folder = quillcast::platform::PathFromQt(parser.value(profile));
+  return quillcast::desktop::Run(application, folder);
+}

@@ -1,0 +1,93 @@
+#include "platform/ui/qt_prompts.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::platform {
+namespace {
+
+// Texts are shown as they are: what stands in them is never markup.
+QMessageBox::StandardButton Show(const QString& title, QMessageBox::Icon icon, std::string_view text,
+                                 QMessageBox::StandardButtons buttons, QMessageBox::StandardButton preferred) {
+  QMessageBox box(icon, title, ToQt(text).replace("\r\n", "\n"), buttons, QApplication::activeWindow());
+  box.setTextFormat(Qt::PlainText);
+  box.setDefaultButton(preferred);
+  return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+Answer AnswerOf(QMessageBox::StandardButton button) {
+  if (button == QMessageBox::Yes) return Answer::kYes;
+  return button == QMessageBox::No ? Answer::kNo : Answer::kCancel;
+}
+
+}  // namespace
+
+QString FileDialogFilter(std::string_view filter) {
+  const QStringList parts = ToQt(filter).split('|');
+  QStringList rows;
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+    QString patterns = parts[i + 1];
+    patterns.replace("*.*", "*").replace(';', ' ');
+    rows << parts[i].section('(', 0, 0).trimmed() + " (" + patterns + ')';
+  }
+  return rows.join(";;");
+}
+
+void QtPrompts::Warn(std::string_view text) {
+  Show(title_, QMessageBox::Warning, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+void QtPrompts::Inform(std::string_view text) {
+  Show(title_, QMessageBox::Information, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+void QtPrompts::Critical(std::string_view text) {
+  Show(title_, QMessageBox::Critical, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+// Return alone must not confirm what cannot be taken back.
+Answer QtPrompts::Ask(std::string_view text) {
+  const auto pressed = Show(title_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+  return pressed == QMessageBox::Yes ? Answer::kYes : Answer::kNo;
+}
+
+Answer QtPrompts::AskOrCancel(std::string_view text) {
+  return AnswerOf(Show(title_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+                       QMessageBox::Yes));
+}
+
+bool QtPrompts::Consent(std::string_view text) {
+  return Show(title_, QMessageBox::Question, text, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) ==
+         QMessageBox::Ok;
+}
+
+std::vector<std::filesystem::path> QtPrompts::PickOpenFile(const FileQuestion& question) {
+  std::vector<std::filesystem::path> files;
+  QWidget* parent = QApplication::activeWindow();
+  const QString title = ToQt(question.title);
+  const QString filter = FileDialogFilter(question.filter);
+  if (question.several) {
+    for (const QString& file : QFileDialog::getOpenFileNames(parent, title, {}, filter)) {
+      files.push_back(PathFromQt(file));
+    }
+    return files;
+  }
+  const QString file = QFileDialog::getOpenFileName(parent, title, {}, filter);
+  if (!file.isEmpty()) files.push_back(PathFromQt(file));
+  return files;
+}
+
+std::filesystem::path QtPrompts::PickSaveFile(const FileQuestion& question) {
+  const auto options = question.ask_before_overwriting ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite;
+  return PathFromQt(QFileDialog::getSaveFileName(QApplication::activeWindow(), ToQt(question.title), {},
+                                                 FileDialogFilter(question.filter), nullptr, options));
+}
+
+std::filesystem::path QtPrompts::PickFolder(std::string_view title) {
+  return PathFromQt(QFileDialog::getExistingDirectory(QApplication::activeWindow(), ToQt(title)));
+}
+
+}  // namespace quillcast::platform

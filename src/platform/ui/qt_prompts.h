@@ -1,0 +1,31 @@
+// The person at the desktop: message boxes and file dialogs over the active window.
+#pragma once
+
+#include <QString>
+
+#include "platform/prompts.h"
+
+namespace quillcast::platform {
+
+// "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*" as Qt's file dialog takes it.
+QString FileDialogFilter(std::string_view filter);
+
+class QtPrompts final : public Prompts {
+ public:
+  explicit QtPrompts(QString title) : title_(std::move(title)) {}
+
+  void Warn(std::string_view text) override;
+  void Inform(std::string_view text) override;
+  void Critical(std::string_view text) override;
+  Answer Ask(std::string_view text) override;
+  Answer AskOrCancel(std::string_view text) override;
+  bool Consent(std::string_view text) override;
+  std::vector<std::filesystem::path> PickOpenFile(const FileQuestion& question) override;
+  std::filesystem::path PickSaveFile(const FileQuestion& question) override;
+  std::filesystem::path PickFolder(std::string_view title) override;
+
+ private:
+  QString title_;
+};
+
+}  // namespace quillcast::platform

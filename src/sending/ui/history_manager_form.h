@@ -1,0 +1,45 @@
+// The dialog of what earlier runs left behind.
+#pragma once
+
+#include <QDialog>
+#include <vector>
+
+#include "app/program.h"
+#include "sending/history.h"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+
+namespace quillcast::sending {
+
+class HistoryManagerForm final : public QDialog {
+  Q_OBJECT
+ public:
+  HistoryManagerForm(const app::Program& program, QWidget* parent);
+
+ private:
+  void Fill();
+  void Arrange();
+  void EnableButtons();
+  const HistoryRow* Chosen() const;
+  // OpenLog or OpenMessage.
+  using Opener = Result<void> (*)(const std::filesystem::path&, const HistoryRow&, platform::Desktop&,
+                                  platform::Prompts&);
+  void Open(Opener opener);
+  void Clear();
+
+  const app::Program& program_;
+  std::vector<HistoryRow> rows_;
+  QListWidget* grid_;
+  QLineEdit* filter_;
+  QComboBox* order_;
+  QLabel* status_;
+  QPushButton* open_log_;
+  QPushButton* open_message_;
+  QPushButton* clear_;
+};
+
+}  // namespace quillcast::sending

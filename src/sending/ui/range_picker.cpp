@@ -1,0 +1,107 @@
+#include "sending/ui/range_picker.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSpinBox>
+#include <QTimer>
+#include <algorithm>
+#include <limits>
+
+#include "platform/text.h"
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::sending {
+namespace {
+
+constexpr int kPause = 250;  // milliseconds after the last key
+
+std::string NameOf(const recipients::Recipient& row) {
+  const std::string& first = row.values[recipients::kFirstName];
+  const std::string& last = row.values[recipients::kLastName];
+  const std::string name = first + (first.empty() || last.empty() ? "" : " ") + last;
+  return platform::Printable(name.empty() ? row.email() : name + " <" + row.email() + ">", 80);
+}
+
+// Whom the range begins and ends with; empty where the list cannot be read.
+std::pair<std::string, std::string> EndsOf(const recipients::RecipientStore& store,
+                                           const recipients::RecipientGroup& group, PartialRange range,
+                                           const platform::CancelToken& cancel) {
+  std::pair<std::string, std::string> ends;
+  auto rows = store.ListNames(group.id, group.sort_sql);
+  recipients::Recipient row;
+  for (std::int64_t position = 1; rows && position <= range.last; ++position) {
+    const auto more = rows->Next(row);
+    if (!more || !*more || cancel.Requested() != platform::Stop::kNone) break;
+    if (position == range.first) ends.first = NameOf(row);
+    if (position == range.last) ends.second = NameOf(row);
+  }
+  return ends;
+}
+
+}  // namespace
+
+RangePicker::RangePicker(const app::Program& program, recipients::RecipientGroup group, std::int64_t recipients,
+                         QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      group_(std::move(group)),
+      look_up_(new platform::BackgroundTask(this)),
+      pause_(new QTimer(this)),
+      partial_(new QCheckBox(tr("Only a &part of the list, from #"), this)),
+      first_(new QSpinBox(this)),
+      last_(new QSpinBox(this)),
+      whom_(new QLabel(this)) {
+  const int most = static_cast<int>(std::clamp<std::int64_t>(recipients, 1, std::numeric_limits<int>::max()));
+  partial_->setObjectName("PartialCheckBox");
+  first_->setObjectName("FirstSpinBox");
+  first_->setAccessibleName(tr("First recipient"));
+  first_->setRange(1, most);
+  last_->setObjectName("LastSpinBox");
+  last_->setAccessibleName(tr("Last recipient"));
+  last_->setRange(1, most);
+  last_->setValue(most);
+  whom_->setObjectName("RangeLabel");
+  whom_->setTextFormat(Qt::PlainText);
+  whom_->setMinimumWidth(1);
+  pause_->setSingleShot(true);
+  pause_->setInterval(kPause);
+  auto* line = new QHBoxLayout(this);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->addWidget(partial_);
+  line->addWidget(first_);
+  line->addWidget(new QLabel(tr("to #"), this));
+  line->addWidget(last_);
+  line->addWidget(whom_, 1);
+  connect(partial_, &QCheckBox::toggled, this, &RangePicker::TakeChange);
+  connect(first_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
+  connect(last_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
+  connect(pause_, &QTimer::timeout, this, &RangePicker::LookUp);
+  TakeChange();
+}
+
+std::optional<PartialRange> RangePicker::Range() const {
+  if (!partial_->isChecked()) return {};
+  return PartialRange{first_->value(), last_->value()};
+}
+
+void RangePicker::TakeChange() {
+  if (last_->value() < first_->value()) last_->setValue(first_->value());
+  first_->setEnabled(partial_->isChecked());
+  last_->setEnabled(partial_->isChecked());
+  whom_->clear();
+  if (partial_->isChecked()) pause_->start();
+  emit Changed();
+}
+
+void RangePicker::LookUp() {
+  const auto range = Range();
+  if (!range) return;
+  look_up_->Start([this, store = recipients::RecipientStore(program_.folders.Database()), group = group_,
+                   range = *range](const platform::CancelToken& cancel) {
+    const auto [first, last] = EndsOf(store, group, range, cancel);
+    return [this, text = first == last ? first : first + " … " + last] { whom_->setText(platform::ToQt(text)); };
+  });
+}
+
+}  // namespace quillcast::sending

@@ -1,0 +1,108 @@
+#include "sending/ui/run_worker.h"
+
+#include <QMetaObject>
+
+#include "platform/ui/qt_text.h"
+#include "sending/account_settings.h"
+#include "sending/message_options.h"
+#include "sending/message_template.h"
+#include "sending/single_message.h"
+
+namespace quillcast::sending {
+
+RunWorker::~RunWorker() {
+  cancel_.Request();
+  cancel_.Request();
+  {
+    const std::lock_guard lock(mutex_);
+    ending_ = true;
+  }
+  answered_.notify_all();
+  if (thread_.joinable()) thread_.join();
+}
+
+void RunWorker::Start(SendJob job, std::optional<PartialRange> range) {
+  news_.total = range ? range->last - range->first + 1 : job.recipients;
+  thread_ = std::thread([this, job = std::move(job), range] {
+    auto summary = std::make_shared<Result<RunSummary>>(Run(job, range));
+    QMetaObject::invokeMethod(this, [this, summary] {
+      thread_.join();
+      emit Ended(*summary);
+    });
+  });
+}
+
+Result<RunSummary> RunWorker::Run(const SendJob& job, const std::optional<PartialRange>& range) {
+  const auto account = AccountSettings::Load(program_.settings);
+  if (!account) return account.error();
+  auto options = LoadMessageOptions(program_.settings, *account);
+  if (!options) return options.error();
+  const MessageTemplate message(job.document, std::move(*options), program_.folders.temporary, program_.clock,
+                                program_.entropy);
+  const RunRequest request{message, job.document.subject, *account, job.group, job.recipients, range};
+  return SendToGroup(request, {program_.folders, program_.clock, program_.entropy, cancel_}, *this);
+}
+
+RunNews RunWorker::TakeNews() {
+  const std::lock_guard lock(mutex_);
+  RunNews news = news_;
+  news_.notes.clear();
+  return news;
+}
+
+void RunWorker::TakeResults(RunResults& results) {
+  std::vector<RecipientResult> taken;
+  std::vector<NotTriedRow> not_tried;
+  {
+    const std::lock_guard lock(mutex_);
+    taken.swap(results_);
+    not_tried.swap(not_tried_);
+  }
+  for (const auto& result : taken) results.Add(result);
+  for (const auto& row : not_tried) results.AddNotTried(row.position, row.address);
+}
+
+void RunWorker::Answer(bool go_on) {
+  {
+    const std::lock_guard lock(mutex_);
+    answer_ = go_on;
+  }
+  answered_.notify_all();
+}
+
+void RunWorker::Began(const std::filesystem::path& report) {
+  const std::lock_guard lock(mutex_);
+  news_.report = report;
+}
+
+void RunWorker::Finished(const RecipientResult& result) {
+  const std::lock_guard lock(mutex_);
+  results_.push_back(result);
+  ++news_.done;
+}
+
+void RunWorker::Progress(std::int64_t, std::int64_t, std::uint64_t sent, std::uint64_t size) {
+  const std::lock_guard lock(mutex_);
+  news_.sent_octets = sent;
+  news_.message_octets = size;
+}
+
+bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
+  std::unique_lock lock(mutex_);
+  answer_.reset();
+  emit Asked(platform::ToQt(OutcomeText(refusal)), times);
+  answered_.wait(lock, [this] { return answer_ || ending_; });
+  return answer_.value_or(false);
+}
+
+void RunWorker::NotTried(std::int64_t position, const std::string& address) {
+  const std::lock_guard lock(mutex_);
+  not_tried_.push_back({position, address});
+}
+
+void RunWorker::Note(std::string_view text) {
+  const std::lock_guard lock(mutex_);
+  news_.notes.emplace_back(text);
+}
+
+}  // namespace quillcast::sending

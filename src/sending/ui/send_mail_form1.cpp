@@ -1,0 +1,205 @@
+#include "sending/ui/send_mail_form1.h"
+
+#include <fmt/format.h>
+
+#include <QComboBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "platform/text.h"
+#include "platform/ui/qt_text.h"
+#include "sending/run_rate.h"
+#include "sending/ui/range_picker.h"
+#include "sending/ui/report_view.h"
+#include "sending/ui/results_view.h"
+
+namespace quillcast::sending {
+namespace {
+
+using platform::ToQt;
+
+constexpr int kTick = 100;  // milliseconds between looks at the run
+constexpr int kBarSteps = 1000;
+
+int Steps(std::uint64_t done, std::uint64_t total) {
+  return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
+}
+
+QProgressBar* MakeBar(const char* name, const QString& accessible_name, QWidget* parent) {
+  auto* bar = new QProgressBar(parent);
+  bar->setObjectName(name);
+  bar->setAccessibleName(accessible_name);
+  bar->setRange(0, kBarSteps);
+  bar->setValue(0);
+  return bar;
+}
+
+}  // namespace
+
+SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      job_(std::move(job)),
+      worker_(new RunWorker(program, this)),
+      tick_(new QTimer(this)),
+      range_(new RangePicker(program, job_.group, job_.recipients, this)),
+      tabs_(new QTabWidget(this)),
+      report_(new ReportView(this)),
+      results_view_(new ResultsView(results_, program.prompts, this)),
+      run_bar_(MakeBar("RunProgressBar", tr("The whole run"), this)),
+      message_bar_(MakeBar("MessageProgressBar", tr("The current message"), this)),
+      rate_(new QLabel(this)),
+      status_(new QLabel(this)),
+      button_(new QPushButton(tr("Send"), this)) {
+  setObjectName("SendMailForm1");
+  setWindowTitle(tr("Send"));
+  resize(760, 560);
+  setModal(true);
+  auto* heading = new QLabel(this);
+  heading->setObjectName("HeadingLabel");
+  heading->setTextFormat(Qt::PlainText);
+  heading->setText(tr("“%1” to %2, %3")
+                       .arg(ToQt(platform::Printable(job_.document.subject, 100)),
+                            ToQt(platform::Printable(job_.group.name, 60)),
+                            ToQt(fmt::format("{} {}", platform::WithThousands(job_.recipients),
+                                             job_.recipients == 1 ? "recipient" : "recipients"))));
+  QFont bold = heading->font();
+  bold.setBold(true);
+  heading->setFont(bold);
+  heading->setWordWrap(true);
+  tabs_->addTab(report_, tr("&Report"));
+  tabs_->addTab(results_view_, tr("R&ecipients"));
+  rate_->setObjectName("RateLabel");
+  status_->setObjectName("StatusLine");
+  status_->setTextFormat(Qt::PlainText);
+  status_->setWordWrap(true);
+  button_->setObjectName("SendButton");
+  button_->setDefault(true);
+  button_->setMinimumWidth(120);
+
+  auto* below = new QHBoxLayout();
+  below->addWidget(rate_, 1);
+  below->addWidget(button_);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(heading);
+  column->addWidget(range_);
+  column->addWidget(tabs_, 1);
+  column->addWidget(run_bar_);
+  column->addWidget(message_bar_);
+  column->addWidget(status_);
+  column->addLayout(below);
+  connect(button_, &QPushButton::clicked, this, &SendMailForm1::ButtonPressed);
+  connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
+  connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
+  connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
+  button_->setFocus();
+}
+
+void SendMailForm1::ButtonPressed() {
+  switch (stage_) {
+    case Stage::kIdle:
+      StartRun();
+      break;
+    case Stage::kRunning:
+      AskToCancel();
+      break;
+    case Stage::kFinished:
+      accept();
+  }
+}
+
+void SendMailForm1::StartRun() {
+  stage_ = Stage::kRunning;
+  button_->setText(tr("Cancel"));
+  range_->setEnabled(false);
+  running_.start();
+  tick_->start(kTick);
+  worker_->Start(job_, range_->Range());
+}
+
+void SendMailForm1::AskToCancel() {
+  if (cancel_asked_) {  // the second time gives up the message under way
+    worker_->Stop();
+    Say(tr("Giving up the message that is under way."));
+    return;
+  }
+  const auto answer = program_.prompts.Ask("Are you sure you want to cancel the sending process?");
+  if (answer != platform::Answer::kYes || stage_ != Stage::kRunning) return;
+  cancel_asked_ = true;
+  worker_->Stop();
+  Say(tr("Stopping after the message that is under way; cancel again to give that up too."));
+}
+
+void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
+  const std::string question =
+      fmt::format("The server refused the same {} times in a row:\r\n{}\r\nDo you want to try the others all the same?",
+                  times, platform::FromQt(refusal));
+  worker_->Answer(program_.prompts.Ask(question) == platform::Answer::kYes);
+}
+
+void SendMailForm1::reject() {
+  switch (stage_) {
+    case Stage::kRunning:
+      AskToCancel();
+      break;
+    case Stage::kIdle:
+    case Stage::kFinished:
+      QDialog::reject();
+  }
+}
+
+void SendMailForm1::TakeNews() {
+  const RunNews news = worker_->TakeNews();
+  if (news.report && !report_open_) {
+    report_open_ = true;
+    report_->Open(*news.report);
+  }
+  report_->Update();
+  worker_->TakeResults(results_);
+  results_view_->Grow();
+  ShowProgress(news);
+  for (const auto& note : news.notes) Say(ToQt(platform::Printable(note)));
+}
+
+void SendMailForm1::ShowProgress(const RunNews& news) {
+  run_bar_->setValue(Steps(static_cast<std::uint64_t>(news.done), static_cast<std::uint64_t>(news.total)));
+  run_bar_->setFormat(
+      ToQt(fmt::format("{} of {}", platform::WithThousands(news.done), platform::WithThousands(news.total))));
+  message_bar_->setValue(Steps(news.sent_octets, news.message_octets));
+  rate_->setText(ToQt(DescribeRate(news.done, news.total, std::chrono::milliseconds(running_.elapsed()))));
+}
+
+void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
+  tick_->stop();
+  stage_ = Stage::kFinished;
+  TakeNews();
+  button_->setText(tr("Close"));
+  button_->setDefault(true);
+  button_->setFocus();
+  if (!summary) {
+    Say(ToQt(InOneLine(summary.error())));
+    return;
+  }
+  if (summary->stopped) {
+    Say(ToQt(InOneLine(*summary->stopped)));
+  } else if (summary->not_tried > 0) {
+    Say(ToQt(fmt::format("{} not tried; nothing was sent to them.",
+                         platform::Counted(summary->not_tried, "recipient was", "recipients were"))));
+  } else {
+    Say(ToQt(fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"),
+                         platform::WithThousands(summary->failed))));
+  }
+  if (summary->failed > 0) {
+    tabs_->setCurrentWidget(results_view_);
+    findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);
+  }
+}
+
+void SendMailForm1::Say(const QString& sentence) { status_->setText(sentence); }
+
+}  // namespace quillcast::sending

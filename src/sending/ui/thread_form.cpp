@@ -1,0 +1,67 @@
+#include "sending/ui/thread_form.h"
+
+#include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "platform/ui/qt_text.h"
+
+namespace quillcast::sending {
+namespace {
+
+// "SMTP-Thread" and "Single" give "SMTPSingleRadioButton".
+QString ButtonName(std::size_t protocol, std::size_t mode) {
+  return platform::ToQt(kThreadSections.at(protocol)).section('-', 0, 0) + platform::ToQt(kThreadModes.at(mode)) +
+         "RadioButton";
+}
+
+}  // namespace
+
+ThreadForm::ThreadForm(app::SettingsStore& settings, QWidget* parent) : QDialog(parent), settings_(settings) {
+  setObjectName("ThreadForm");
+  setWindowTitle(tr("Thread Options"));
+  const std::array<QString, 3> texts = {tr("No thread"), tr("Single thread"), tr("Second thread")};
+  const auto stored = ThreadModes::Load(settings);
+  const ThreadModes modes = stored ? *stored : ThreadModes();
+  auto* column = new QVBoxLayout(this);
+  for (std::size_t protocol = 0; protocol < kThreadSections.size(); ++protocol) {
+    auto* box = new QGroupBox(platform::ToQt(kThreadSections.at(protocol)).section('-', 0, 0), this);
+    auto* line = new QHBoxLayout(box);
+    for (std::size_t mode = 0; mode < kThreadModes.size(); ++mode) {
+      auto* button = new QRadioButton(texts.at(mode), box);
+      button->setObjectName(ButtonName(protocol, mode));
+      button->setChecked(modes[static_cast<ThreadProtocol>(protocol)] == static_cast<ThreadMode>(mode));
+      line->addWidget(button);
+    }
+    column->addWidget(box);
+  }
+  auto* note = new QLabel(tr("Sending uses the SMTP mode; the others are kept."), this);
+  note->setEnabled(false);
+  column->addWidget(note);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+  connect(buttons, &QDialogButtonBox::accepted, this, &ThreadForm::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &ThreadForm::reject);
+  column->addWidget(buttons);
+  if (!stored) note->setText(platform::ToQt(InOneLine(stored.error())));
+}
+
+void ThreadForm::accept() {
+  ThreadModes modes;
+  for (std::size_t protocol = 0; protocol < kThreadSections.size(); ++protocol) {
+    for (std::size_t mode = 0; mode < kThreadModes.size(); ++mode) {
+      if (!findChild<QRadioButton*>(ButtonName(protocol, mode))->isChecked()) continue;
+      modes.Set(static_cast<ThreadProtocol>(protocol), static_cast<ThreadMode>(mode));
+    }
+  }
+  const auto saved = modes.Save(settings_);
+  if (saved) {
+    QDialog::accept();
+  } else {
+    findChild<QLabel*>()->setText(platform::ToQt(InOneLine(saved.error())));
+  }
+}
+
+}  // namespace quillcast::sending

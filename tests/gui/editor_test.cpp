@@ -1,0 +1,317 @@
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QImage>
+#include <QMenu>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWebEnginePage>
+#include <csignal>
+
+#include "compose/ui/editor_document.h"
+#include "compose/ui/html_editor.h"
+#include "platform/file.h"
+#include "platform/ui/qt_text.h"
+#include "support/scripted_prompts.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::compose {
+namespace {
+
+constexpr const char* kLetter =
+    "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01//EN\">\r\n<!-- <body> by hand -->\r\n<HTML><HEAD><TITLE>T</TITLE>"
+    "<script>'<body>'</script></HEAD>\r\n<BODY bgColor=#ffeedd>\r\n<P><A HREF=\"$*MergeWebSite*$\">one</A>\r\n<P>two"
+    "</BODY>\r\n</HTML>\r\n";
+
+}  // namespace
+
+class EditorTest : public QObject {
+  Q_OBJECT
+  HtmlEditor* editor_ = nullptr;
+
+  // The toolkit's own keyClicks stops the program on a letter outside ASCII.
+  void Type(const QString& text) {
+    for (const QChar c : text) {
+      const auto key = c.unicode() < 128 ? QTest::asciiToKey(c.toLatin1()) : Qt::Key_unknown;
+      for (const auto kind : {QTest::Press, QTest::Release}) {
+        QTest::sendKeyEvent(kind, editor_->InputWidget(), key, QString(c), Qt::NoModifier);
+      }
+    }
+  }
+  QString Body() const { return editor_->Evaluate("document.body.innerHTML").toString(); }
+  void Load(const QString& inner, const QUrl& base = {}) {
+    QVERIFY(editor_->SetHtml("<!DOCTYPE html><html><head></head><body>" + inner + "</body></html>", base));
+    editor_->InputWidget()->setFocus();
+  }
+  void SelectSecondWord() {
+    Load("<p>one two three</p>");
+    editor_->Evaluate("(t=>getSelection().setBaseAndExtent(t,4,t,7))(document.body.firstChild.firstChild)");
+  }
+
+ private slots:
+  void initTestCase() {
+    editor_ = new HtmlEditor;
+    editor_->resize(800, 600);
+    editor_->show();
+    QVERIFY(QTest::qWaitForWindowActive(editor_));
+  }
+  void cleanupTestCase() { delete editor_; }
+
+  void whatIsRoundTheBodyStays() {
+    const QString source = kLetter;
+    QVERIFY(editor_->SetHtml(source));
+    QCOMPARE(editor_->Html(), source);
+    QVERIFY(!editor_->IsModified());
+    editor_->InputWidget()->setFocus();
+    editor_->Evaluate("getSelection().collapse(document.body.lastElementChild,0)");
+    Type("X");
+    QTRY_VERIFY(editor_->IsModified());
+    const auto at = source.indexOf("<BODY");
+    QVERIFY(editor_->Html().startsWith(source.left(at) + "<body bgcolor=\"#ffeedd\">"));
+    QVERIFY(editor_->Html().contains("href=\"$*MergeWebSite*$\""));
+    QVERIFY(editor_->Html().contains("Xtwo") && editor_->Html().endsWith("</BODY>\r\n</HTML>\r\n"));
+  }
+
+  void typingIsSeenAndSnapshotsFollow() {
+    Load("");
+    QSignalSpy modified(editor_, &HtmlEditor::ModifiedChanged);
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    Type("Dear friend\r");
+    QTRY_COMPARE(Body(), QString("Dear friend<p><br></p>"));
+    QVERIFY(editor_->Execute("bold"));
+    Type(QString::fromUtf8("äß<&>"));
+    QTRY_COMPARE(Body(), QString::fromUtf8("Dear friend<p><b>äß&lt;&amp;&gt;</b></p>"));
+    QVERIFY(editor_->State().bold);
+    QCOMPARE(modified.size(), 1);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QVERIFY(snapshots.last().first().toString().contains("&lt;&amp;&gt;"));
+  }
+
+  void eachCommandIsUndoneInOneStep_data() {
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char* name, EditorCommand command, const char* expected) {
+      QTest::newRow(name) << static_cast<int>(command) << QString(expected);
+    };
+    row("bold", EditorCommand::kBold, "<p>one <b>two</b> three</p>");
+    row("italic", EditorCommand::kItalic, "<p>one <i>two</i> three</p>");
+    row("underline", EditorCommand::kUnderline, "<p>one <u>two</u> three</p>");
+    row("delete", EditorCommand::kDelete, "<p>one&nbsp; three</p>");
+    row("centre", EditorCommand::kAlignCentre, "<p style=\"text-align: center;\">one two three</p>");
+    row("right", EditorCommand::kAlignRight, "<p style=\"text-align: right;\">one two three</p>");
+    row("indent", EditorCommand::kIndent,
+        "<blockquote style=\"margin: 0 0 0 40px; border: none; padding: 0px;\"><p>one two three</p></blockquote>");
+  }
+  void eachCommandIsUndoneInOneStep() {
+    QFETCH(int, code);
+    QFETCH(QString, expected);
+    SelectSecondWord();
+    editor_->Run(static_cast<EditorCommand>(code));
+    QCOMPARE(Body(), expected);
+    editor_->Run(EditorCommand::kUndo);
+    QCOMPARE(Body(), QString("<p>one two three</p>"));
+    editor_->Run(EditorCommand::kRedo);
+    QCOMPARE(Body(), expected);
+  }
+
+  void listsAreSavedOutsideTheirParagraph() {
+    SelectSecondWord();
+    editor_->Run(EditorCommand::kNumberedList);
+    QVERIFY2(editor_->Html().contains("<body><ol><li>one two three</li></ol></body>"), qPrintable(editor_->Html()));
+    QVERIFY(editor_->State().numbers);
+    editor_->Run(EditorCommand::kUndo);
+    QVERIFY(editor_->Html().contains("<body><p>one two three</p></body>"));
+  }
+
+  void insertionsReplaceTheSelection() {
+    SelectSecondWord();
+    QVERIFY(editor_->InsertHtml("$*MergeField1*$"));
+    QCOMPARE(Body(), QString("<p>one $*MergeField1*$ three</p>"));
+    SelectSecondWord();
+    QVERIFY(editor_->InsertLink("$*MergeWebSite*$", {}));
+    QCOMPARE(Body(), QString("<p>one <a href=\"$*MergeWebSite*$\">two</a> three</p>"));
+    QCOMPARE(editor_->State().link, QString("$*MergeWebSite*$"));
+    editor_->Run(EditorCommand::kRemoveHyperlink);
+    QCOMPARE(Body(), QString("<p>one two three</p>"));
+    Load("<p>x</p>");
+    QVERIFY(editor_->InsertLink("https://example.org/?a=1&b=\"2\"", "<here>"));
+    QVERIFY2(Body().contains("<a href=\"https://example.org/?a=1&amp;b=&quot;2&quot;\">&lt;here&gt;</a>"),
+             qPrintable(Body()));
+  }
+
+  void scriptsAndTheNetworkStayOff() {
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QSignalSpy hits(&server, &QTcpServer::newConnection);
+    Load(QString("<p>x</p><img src='%1a.png' onerror='document.title=1'><script>document.title=2</script>"
+                 "<iframe src='%1b'></iframe><link rel=stylesheet href='%1c.css'><object data='%1f'></object>"
+                 "<meta http-equiv=refresh content='0;url=%1d'><a id=l href='%1e'>go</a><base href='%1g/'>"
+                 "<img src='rel.png'><iframe srcdoc='<script>top.document.title=3</script>'></iframe>")
+             .arg(QString("http://127.0.0.1:%1/").arg(server.serverPort())));
+    editor_->Evaluate("document.getElementById('l').click()");
+    QTest::qWait(300);
+    QCOMPARE(hits.size(), 0);
+    QVERIFY(Body().startsWith("<p>x</p>"));
+    QCOMPARE(editor_->Evaluate("document.title").toString(), QString());
+  }
+
+  void localPicturesShow() {
+    QTemporaryDir folder;
+    QImage image(20, 10, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QString file = folder.filePath("a & b.png");
+    QVERIFY(image.save(file));
+    Load("<img src='a%20%26%20b.png'>", QUrl::fromLocalFile(folder.path() + '/'));
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    Load("");
+    QVERIFY(editor_->InsertPictures({file}));
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    QCOMPARE(editor_->Evaluate("document.images[0].alt").toString(), QString("a & b"));
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png")}));
+    QCOMPARE(trouble.size(), 1);
+  }
+
+  void pastedPagesAreCleaned_data() {
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("word")
+        << "<html xmlns:o=x><head><style>p{}</style></head><body><!--[if gte mso 9]><xml/><![endif]-->"
+           "<p class=MsoNormal style='margin:0'><b>Hi</b> <o:p></o:p><span lang=EN "
+           "style='font-weight:bold'>you</span></p></body></html>"
+        << "<p><b>Hi</b> <b>you</b></p>";
+    QTest::newRow("hostile") << "<img src=x.png onerror=alert(1)><a href='javascript:alert(2)'>a</a><script>1</script>"
+                                "<iframe src='https://example.org'></iframe><form><input></form>"
+                             << "<img><a>a</a>";
+    QTest::newRow("kept") << "<a href='https://example.org'>a</a><ul><li>1</li></ul><font color='#ff0000'>r</font>"
+                          << "<a href=\"https://example.org\">a</a><ul><li>1</li></ul><font color=\"#ff0000\">r</font>";
+  }
+  void pastedPagesAreCleaned() {
+    QFETCH(QString, pasted);
+    QFETCH(QString, expected);
+    QCOMPARE(editor_->Evaluate("quill.clean(" + QString("`%1`").arg(pasted) + ")").toString(), expected);
+  }
+
+  void pasteGoesThroughTheCleaning() {
+    Load("");
+    auto* data = new QMimeData;
+    data->setHtml("<p style='color:red'>from <span>elsewhere</span></p>");
+    QGuiApplication::clipboard()->setMimeData(data);
+    editor_->Run(EditorCommand::kPaste);
+    QTRY_VERIFY(Body().contains("from elsewhere"));
+    QVERIFY2(!Body().contains("color"), qPrintable(Body()));
+  }
+
+  void pastedPicturesAreKept() {
+    QTemporaryDir folder;
+    editor_->SetPictureFolder(folder.filePath("Pictures"));
+    Load("");
+    QImage image(7, 5, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    QGuiApplication::clipboard()->setImage(image);
+    editor_->Run(EditorCommand::kPaste);
+    QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 7);
+    QVERIFY(editor_->Html().contains("src=\"file:///"));
+  }
+
+  void contextMenuHasItsSixEntries() {
+    Load("<p>one <a href='x.html'>two</a></p>");
+    QSignalSpy states(editor_, &HtmlEditor::StateChanged);
+    QTest::mouseClick(editor_->InputWidget(), Qt::RightButton, {}, QPoint(300, 20));
+    QMenu* menu = nullptr;
+    QTRY_VERIFY((menu = editor_->findChild<QMenu*>("EditorContextMenu")) && menu->isVisible());
+    QStringList texts;
+    for (const QAction* action : menu->actions()) texts << action->text();
+    QCOMPARE(texts.join(","), QString("Undo,Cut,Copy,Paste,Delete,Select All"));
+    menu->actions().last()->trigger();
+    menu->close();
+    QTRY_VERIFY(!states.isEmpty() && states.last().first().value<EditorState>().selected == "one two");
+  }
+
+  void findingCounts() {
+    Load("<p>alpha beta alpha</p>");
+    int found = -1;
+    editor_->Find("alpha", false, [&](int places) { found = places; });
+    QTRY_COMPARE(found, 2);
+    editor_->Find("gamma", true, [&](int places) { found = places; });
+    QTRY_COMPARE(found, 0);
+  }
+
+  void aKilledPageLosesNothing() {
+    Load("<p>before</p>");
+    Type("kept ");
+    QTRY_VERIFY(editor_->Html().contains("kept before"));
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QSignalSpy restored(editor_, &HtmlEditor::Restored);
+    const auto renderer = editor_->findChild<QWebEnginePage*>()->renderProcessPid();
+    QCOMPARE(::kill(static_cast<pid_t>(renderer), SIGKILL), 0);
+    QTRY_VERIFY(!restored.isEmpty());
+    QVERIFY(editor_->IsModified());
+    QVERIFY(editor_->Html().contains("kept before"));
+  }
+
+  void largeDocumentsAndPdf() {
+    QTemporaryDir folder;
+    const QString inner = ("<p>" + QString("word ").repeated(40) + "</p>\n").repeated(25000);  // 5 MB
+    Load(inner);
+    QVERIFY(editor_->Evaluate("document.body.innerHTML", 60000).toString() == inner);
+    QVERIFY(editor_->SetHtml("<!DOCTYPE html><title>T</title><p>no body tag"));
+    QVERIFY(editor_->InsertHtml("x"));
+    QCOMPARE(editor_->Html(),
+             QString("<!DOCTYPE html><html><head><title>T</title></head><body><p>xno body tag</p></body></html>"));
+    QVERIFY(editor_->PrintToPdf(folder.filePath("a.pdf")));
+    QVERIFY(QFileInfo(folder.filePath("a.pdf")).size() > 1000);
+  }
+
+  void documentsComeBackByteForByte() {
+    test::TemporaryFolder folder;
+    EditorDocument document(*editor_, folder.path());
+    test::ScriptedPrompts prompts;
+    const std::string western = "<html><body>caf\xE9 \x81</body></html>";  // not UTF-8, and a byte without a meaning
+    for (const std::string& bytes :
+         {std::string(kLetter), western, std::string("\xEF\xBB\xBF<p>mark"), std::string("\xFF\xFE<\0p\0>\0x\0", 10)}) {
+      QVERIFY(platform::ReplaceFile(folder.path() / "in.html", bytes));
+      QVERIFY(document.Open(folder.path() / "in.html"));
+      QVERIFY(document.SaveTo(folder.path() / "out.html"));
+      QCOMPARE(*platform::ReadFile(folder.path() / "out.html", 10000), bytes);
+    }
+    QVERIFY(platform::ReplaceFile(folder.path() / "in.html", western));
+    QVERIFY(document.Open(folder.path() / "in.html"));
+    QVERIFY(editor_->InsertHtml(QString::fromUtf8("Ω")));
+    QVERIFY(document.HasUnsavedChanges());
+    QVERIFY(document.SaveTo(folder.path() / "out.html"));
+    QVERIFY(!document.HasUnsavedChanges());
+    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->starts_with("<html><body>&#937;caf\xE9 "));
+    QVERIFY(!document.SaveTo(folder.path() / "missing" / "out.html"));
+  }
+
+  void whatWasNotSavedIsRecovered() {
+    test::TemporaryFolder folder;
+    {
+      EditorDocument document(*editor_, folder.path());
+      QVERIFY(document.StartNew(""));
+      QVERIFY(!document.HasRecovered());
+      QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
+      QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
+    }
+    EditorDocument next(*editor_, folder.path());
+    QVERIFY(next.StartNew(""));
+    QVERIFY(next.HasRecovered());
+    QVERIFY(next.Recover());
+    QVERIFY(editor_->Html().contains("not saved"));
+    QVERIFY(next.HasUnsavedChanges());
+    QVERIFY(!next.HasRecovered());
+    next.DropAutosave();
+    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+  }
+};
+
+}  // namespace quillcast::compose
+
+Q_DECLARE_METATYPE(quillcast::compose::EditorState)
+QTEST_MAIN(quillcast::compose::EditorTest)
+#include "editor_test.moc"

@@ -1,0 +1,389 @@
+// The main window: its dispatcher, its checks, and a whole mailing through it.
+#include "app/ui/main_form.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+#include "app/ui/command_bar.h"
+#include "compose/ui/html_editor.h"
+#include "gui/form_rig.h"
+#include "platform/file.h"
+
+namespace quillcast::app {
+
+class MainFormTest : public QObject {
+  Q_OBJECT
+
+  struct Scene {
+    test::FormRig rig;
+    std::unique_ptr<MainForm> window;
+
+    void Open() {
+      window = std::make_unique<MainForm>(rig.program);
+      window->Load();
+      window->show();
+      QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    compose::HtmlEditor& Editor() const { return *window->findChild<compose::HtmlEditor*>("Editor"); }
+    QString Box(const char* name) const { return window->findChild<QComboBox*>(name)->currentText(); }
+    QString Focus() const { return window->focusWidget() == nullptr ? "" : window->focusWidget()->objectName(); }
+    QString Notice() const {
+      auto* bar = window->findChild<QWidget*>("NoticeBar");
+      return bar->isVisible() ? bar->findChild<QLabel*>()->text() : QString();
+    }
+    QString Status() const { return window->findChild<QLabel*>("StatusPanel1")->text(); }
+  };
+
+  // Runs `act` while a dialog of this name is open, then closes it.
+  static void WhileOpen(const QString& name, const std::function<void(QDialog&)>& act, int tries = 200) {
+    QTimer::singleShot(20, qApp, [=] {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (dialog != nullptr && dialog->objectName() == name) {
+        act(*dialog);
+        dialog->close();
+      } else if (tries > 0) {
+        WhileOpen(name, act, tries - 1);
+      } else {
+        QTest::qFail(qPrintable(name + " did not open"), __FILE__, __LINE__);
+      }
+    });
+  }
+
+ private slots:
+  void aNewUserSeesTheDefaultsAndTwoWaysOn() {
+    Scene scene;
+    scene.Open();
+    QCOMPARE(scene.window->windowTitle(), QString("Tarnwick Quillcast Classic Edition"));
+    QCOMPARE(scene.Box("FromComboBox"), QString());
+    QCOMPARE(scene.window->findChild<QComboBox*>("SendingMethodComboBox")->placeholderText(), QString("Personal"));
+    QCOMPARE(scene.Box("PriorityComboBox") + scene.Box("FormatComboBox"), QString("NormalHTML"));
+    QStringList panels;
+    for (int i = 1; i <= 4; ++i) {
+      panels << scene.window->findChild<QLabel*>(QString("StatusPanel%1").arg(i))->text();
+    }
+    QCOMPARE(panels.join(","), QString("For Help Press F1,INS,CAPS,NUM"));
+    QVERIFY(scene.Notice().contains("no mail account"));
+    QVERIFY(scene.window->findChild<QPushButton*>("FillInButton") != nullptr);
+    QVERIFY(!scene.Editor().IsModified());
+    QVERIFY(scene.window->minimumWidth() >= 640 && scene.window->minimumHeight() >= 495);
+  }
+
+  void theSignatureIsAnUnchangedDocument() {
+    Scene scene;
+    QVERIFY(scene.rig.settings.Write("Signature", "Status", "1"));
+    QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
+    scene.Open();
+    QCOMPARE(scene.Editor().Html(), QString("<html><body><p>Ada</p></body></html>"));
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void everyCommandThatIsOfferedIsInTheBarAndNoOther() {
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    for (const Command& command : Commands()) {
+      QAction* action = bar->ActionOf(command.identifier);
+      if (!CommandBar::IsOffered(command.action)) {
+        QVERIFY2(action == nullptr, qPrintable(QString::number(command.identifier)));
+      } else if (command.identifier < 81) {
+        QVERIFY2(action != nullptr && !action->text().isEmpty(), qPrintable(QString::number(command.identifier)));
+      }
+    }
+    for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+  }
+
+  void mergeCommandsInsertTheirTags() {
+    Scene scene;
+    scene.Open();
+    const std::pair<int, const char*> rows[] = {
+        {67, "$*MergeEmail*$"},     {69, "$*MergeFirstName*$"}, {74, "$*MergeAddress2*$"}, {80, "$*MergeWebSite*$"},
+        {104, "$*MergeAddress1*$"}, {105, "$*MergeField1*$"},   {107, "$*MergeField3*$"}};
+    QString expected;
+    for (const auto& [identifier, tag] : rows) {
+      scene.window->Dispatch(identifier);
+      expected += tag;
+    }
+    QVERIFY2(scene.Editor().Html().contains(expected), qPrintable(scene.Editor().Html()));
+    scene.window->Dispatch(13);
+    scene.window->Dispatch(68);
+    QVERIFY2(scene.Editor().Html().contains("<body>$*MergeTitle*$</body>"), qPrintable(scene.Editor().Html()));
+  }
+
+  void editingCommandsReachTheEditor() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().SetHtml("<html><body><p>one</p></body></html>");
+    scene.window->Dispatch(13);
+    for (const int identifier : {94, 28, 96}) scene.window->Dispatch(identifier);
+    QVERIFY2(scene.Editor().Html().contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(scene.Editor().Html()));
+    auto* bar = scene.window->findChild<CommandBar*>();
+    QTRY_VERIFY(bar->ActionOf(27)->isChecked() && bar->ActionOf(95)->isChecked() && !bar->ActionOf(98)->isChecked());
+    scene.window->Dispatch(14);
+    QVERIFY(scene.window->findChild<QLineEdit*>("FindTextBox")->isVisible());
+  }
+
+  void sendingChecksShowAndFocus_data() {
+    QTest::addColumn<bool>("account");
+    QTest::addColumn<QStringList>("groups");
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QString>("subject");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("focus");
+    QTest::newRow("account") << false << QStringList{} << ""
+                             << ""
+                             << "warn: Please fill out the Mail Account section in Email Manager."
+                             << "EmailButton";
+    QTest::newRow("no group") << true << QStringList{} << ""
+                              << ""
+                              << "warn: Please create at least one group of recipients."
+                              << "GroupButton";
+    QTest::newRow("not chosen") << true << QStringList{"A"} << ""
+                                << ""
+                                << "warn: Please specify a group in the To field."
+                                << "GroupButton";
+    QTest::newRow("no subject") << true << QStringList{"A"} << "A"
+                                << ""
+                                << "ask: This message has no subject. Are you sure you want to send it?"
+                                << "SubjectTextBox";
+    QTest::newRow("reply") << true << QStringList{"A"} << "A"
+                           << "re: x"
+                           << "ask: Never employ spam tactics like using RE: or FW: in the subject line./You should be "
+                              "sure that you know what you are doing./Are you sure you want to continue?"
+                           << "SubjectTextBox";
+    QTest::newRow("empty body") << true << QStringList{"A"} << "A"
+                                << "x"
+                                << "ask: Are you sure you want to send an empty message?"
+                                << "Editor";
+  }
+  void sendingChecksShowAndFocus() {
+    QFETCH(bool, account);
+    QFETCH(QStringList, groups);
+    QFETCH(QString, chosen);
+    QFETCH(QString, subject);
+    QFETCH(QString, shown);
+    QFETCH(QString, focus);
+    Scene scene;
+    if (account) scene.rig.FillInAccount();
+    for (const QString& group : groups) scene.rig.AddGroup(platform::FromQt(group), {});
+    scene.Open();
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText(chosen);
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText(subject);
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QCOMPARE(scene.rig.Shown(), shown);
+    if (focus == "Editor") {
+      QVERIFY(scene.Editor().isAncestorOf(scene.window->focusWidget()));
+    } else {
+      QCOMPARE(scene.Focus(), focus);
+    }
+  }
+
+  void importExportAndSupportCheckFirst() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(43);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to import the data to."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(44);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to export the data from."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    WhileOpen("EmailManagerForm", [](QDialog&) {});
+    scene.window->Dispatch(63);
+    QCOMPARE(scene.rig.Shown(), QString("warn: Please fill out the Mail Account section in Email Manager."));
+  }
+
+  void attachmentsAreAddedOnceAndDeleted() {
+    Scene scene;
+    scene.Open();
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no file to delete."));
+    scene.rig.prompts.files = {"/tmp/b.pdf", "/tmp/a.pdf", "/tmp/b.pdf"};
+    scene.window->Dispatch(17);
+    QCOMPARE(scene.rig.Shown(), QString("open: File Attachment"));
+    QCOMPARE(box->count(), 2);
+    QCOMPARE(box->currentText(), QString("/tmp/b.pdf"));
+    box->setCurrentIndex(-1);
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("warn: Please specify a file to delete."));
+    QCOMPARE(scene.Focus(), QString("AttachmentComboBox"));
+    box->setCurrentIndex(1);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to delete '/tmp/a.pdf'?"));
+    QCOMPARE(box->count(), 1);
+    QCOMPARE(box->currentIndex(), 0);
+  }
+
+  void theFormatSpringsBack() {
+    Scene scene;
+    QVERIFY(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
+    scene.Open();
+    QCOMPARE(scene.Box("FormatComboBox"), QString("Text"));
+    auto* format = scene.window->findChild<QComboBox*>("FormatComboBox");
+    format->setFocus();
+    QTest::keyClick(format, Qt::Key_Up);
+    QCOMPARE(scene.rig.Shown(), QString("warn: You cannot send an HTML message using UUencoding./First change the "
+                                        "encoding format in the advanced window."));
+    QCOMPARE(scene.Box("FormatComboBox"), QString("Text"));
+  }
+
+  void openSaveAndCloseKeepTheWork() {
+    Scene scene;
+    scene.Open();
+    const auto file = scene.rig.folder.Write("letter.html", "<html><body><p>letter</p></body></html>");
+    scene.Editor().InsertHtml("<p>work</p>");
+    scene.rig.prompts.files = {file};
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    scene.window->Dispatch(1);
+    QCOMPARE(scene.rig.Shown(), QString("open: Open | ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().Html().contains("work"));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    scene.window->Dispatch(83);
+    scene.rig.Shown();
+    QVERIFY(scene.Editor().Html().contains("letter") && !scene.Editor().IsModified());
+    scene.Editor().InsertHtml("<b>changed</b>");
+    scene.window->Dispatch(2);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(platform::ReadFile(file, 1000)->find("changed") != std::string::npos);
+    scene.Editor().InsertHtml("again");
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    QVERIFY(!scene.window->close());
+    QVERIFY(scene.window->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(scene.window->close());
+    QVERIFY(platform::ReadFile(file, 1000)->find("again") == std::string::npos);
+  }
+
+  void closingCleansUpAndTheFlagAsksNothing() {
+    Scene scene;
+    scene.Open();
+    QVERIFY(platform::ReplaceFile(scene.rig.folders.PreviewMessage(), "x"));
+    std::filesystem::create_directories(scene.rig.folders.ImportBody());
+    scene.Editor().InsertHtml("work");
+    scene.window->skip_save_prompt = true;
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(!std::filesystem::exists(scene.rig.folders.PreviewMessage()));
+    QVERIFY(!std::filesystem::exists(scene.rig.folders.ImportBody()));
+  }
+
+  void theSourceCanBeEdited() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().SetHtml("<html><head><!-- kept --></head>\r\n<body><p>one</p></body></html>");
+    auto* source = scene.window->findChild<QPlainTextEdit*>("SourceTextBox");
+    auto* action = scene.window->findChild<CommandBar*>();
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(source->isVisible());
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(!scene.Editor().IsModified());
+    QVERIFY(scene.Editor().Html().contains("\r\n"));
+    emit action->OwnTriggered(OwnCommand::kSource);
+    source->setPlainText("<html><body><p>two</p></body></html>");
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(scene.Editor().IsModified());
+    QCOMPARE(scene.Editor().PlainText(), QString("two"));
+  }
+
+  void previewOpensTheMessageWithItsTags() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.Open();
+    scene.Editor().InsertHtml("<p>Dear $*MergeFirstName*$</p>");
+    scene.window->Dispatch(37);
+    QCOMPARE(scene.rig.desktop.opened, std::vector<std::string>{"Preview.eml"});
+    QVERIFY(platform::ReadFile(scene.rig.folders.PreviewMessage(), 100000)->find("$*MergeFirstName*$") !=
+            std::string::npos);
+    QVERIFY(scene.Editor().IsModified());
+  }
+
+  void aBeginnerPractisesFromNothingToArrivedMessages() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("Practice"));
+    QCOMPARE(scene.Box("FromComboBox"), QString("Practice <practice@quillcast.example>"));
+    scene.rig.AddGroup("Friends", {"bob@example.net", "eve@example.net"});
+    auto* groups = scene.window->findChild<QMenu*>("GroupsMenu");
+    QVERIFY(groups != nullptr);
+    scene.rig.prompts.files = {scene.rig.folder.Write("more.txt", "Call Mallory, mallory@example.net, tomorrow.")};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    scene.window->Dispatch(43);
+    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("3 recipients"));
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "For $*MergeEmail*$");
+    scene.Editor().InsertHtml("<p>Dear $*MergeEmail*$</p>");
+    scene.rig.Shown();
+
+    WhileOpen("PreviewForm", [](QDialog& form) {
+      form.findChild<QSpinBox*>("RecipientSpinBox")->setValue(3);
+      QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("For mallory@example.net"));
+      QTRY_VERIFY(form.findChild<QListWidget*>("FindingsList")->item(0)->text().contains("Nothing was found"));
+      QCOMPARE(form.findChild<QPlainTextEdit*>("PreviewText")->toPlainText().trimmed(),
+               QString("Dear mallory@example.net"));
+      QTest::mouseClick(form.findChild<QPushButton*>("SendToMyselfButton"), Qt::LeftButton);
+      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().contains("on its way to practice@"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PreviewButton"), Qt::LeftButton);
+
+    WhileOpen("SendMailForm1", [](QDialog& form) {
+      auto* button = form.findChild<QPushButton*>("SendButton");
+      QTest::mouseClick(button, Qt::LeftButton);
+      QTRY_COMPARE(button->text(), QString("Close"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QTRY_VERIFY(scene.Notice().contains("4 messages have arrived"));
+    const auto message = platform::ReadFile(scene.rig.folders.data / "Practice" / "000002.eml", 100000);
+    QVERIFY(message && message->find("Subject: For bob@example.net") != std::string::npos);
+    const QString text = platform::ToQt(*message).remove("=\r\n");
+    QVERIFY2(text.contains("<p>Dear=20bob@example.net</p>"), qPrintable(text));
+    WhileOpen("PracticeForm", [](QDialog& form) {
+      QCOMPARE(form.findChild<QListWidget*>("PracticeList")->count(), 4);
+      QVERIFY(form.findChild<QPlainTextEdit*>("PracticeMessage")->toPlainText().contains("mallory@example.net"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("no mail account"));
+  }
+
+  void helpAndTipsOpen() {
+    Scene scene;
+    scene.Open();
+    QVERIFY(scene.rig.settings.Write("Options", "Tips", "0"));
+    scene.window->ShowTipsAtStart();  // nothing opens, or the test would wait for ever
+    WhileOpen("TipsForm", [](QDialog& form) {
+      const QString first = form.findChild<QLabel*>("TipText")->text();
+      QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
+      QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
+    });
+    scene.window->Dispatch(61);
+    QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
+    QCOMPARE(scene.rig.settings.Read("Options", "Tips", "")->c_str(), "0");
+    scene.window->Dispatch(59);
+    auto* page = scene.window->findChild<QWidget*>("HelpPage");
+    QVERIFY(page != nullptr && page->isVisible());
+  }
+};
+
+}  // namespace quillcast::app
+
+QTEST_MAIN(quillcast::app::MainFormTest)
+#include "main_form_test.moc"

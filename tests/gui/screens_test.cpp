@@ -1,0 +1,159 @@
+// Shows every window, light and dark; with QUILLCAST_SCREENS set to a folder, a picture of each is put there.
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPalette>
+#include <QPushButton>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTest>
+#include <memory>
+
+#include "app/ui/about_form.h"
+#include "app/ui/help_form.h"
+#include "app/ui/main_form.h"
+#include "app/ui/preview_form.h"
+#include "app/ui/splash_form.h"
+#include "app/ui/tips_form.h"
+#include "compose/ui/html_editor.h"
+#include "gui/form_rig.h"
+#include "platform/file.h"
+#include "sending/ui/email_manager_form.h"
+#include "sending/ui/history_manager_form.h"
+#include "sending/ui/send_mail_form1.h"
+#include "sending/ui/thread_form.h"
+
+namespace quillcast::app {
+namespace {
+
+constexpr const char* kLetter =
+    "<html><body><h2 style='color:#1f5f8b'>Spring papers are here</h2><p>Dear $*MergeFirstName*$,</p><p>The new "
+    "<b>hand-made papers</b> have arrived at our room in $*MergeCity*$. Three that you may like:</p><ul><li>Moss, 120 "
+    "g, deckle edge</li><li>Chalk, 200 g</li><li><a href='https://paper-room.example/ink'>Ink</a>, for "
+    "letterpress</li></ul><table border=1 cellpadding=6 cellspacing=0><tr><td>Sheet</td><td>Price</td></tr><tr><td>A4"
+    "</td><td>0.90</td></tr></table><p>Yours,<br>Ada</p></body></html>";
+
+QPalette DarkPalette() {
+  QPalette dark(QColor(45, 48, 54));
+  dark.setColor(QPalette::Window, QColor(45, 48, 54));
+  dark.setColor(QPalette::Base, QColor(32, 34, 39));
+  dark.setColor(QPalette::AlternateBase, QColor(52, 56, 63));
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+    dark.setColor(role, QColor(230, 232, 235));
+  }
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    dark.setColor(QPalette::Disabled, role, QColor(130, 134, 140));
+  }
+  dark.setColor(QPalette::Button, QColor(58, 62, 69));
+  dark.setColor(QPalette::Highlight, QColor(46, 116, 181));
+  dark.setColor(QPalette::HighlightedText, Qt::white);
+  dark.setColor(QPalette::Link, QColor(110, 180, 240));
+  return dark;
+}
+
+}  // namespace
+
+class ScreensTest : public QObject {
+  Q_OBJECT
+
+  QString folder_ = qEnvironmentVariable("QUILLCAST_SCREENS");
+  QString theme_;
+
+  // A window that shows has every control inside it, and text in each that is not cut off.
+  void Take(QWidget& window, const QString& name) {
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTest::qWait(250);  // the page paints by itself
+    for (const QLabel* label : window.findChildren<QLabel*>()) {
+      if (!label->isVisible() || label->wordWrap() || label->text().isEmpty()) continue;
+      const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
+      QVERIFY2(fits, qPrintable(name + ": " + label->text()));
+    }
+    for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+      if (button->isVisible())
+        QVERIFY2(button->width() >= button->minimumSizeHint().width(), qPrintable(button->text()));
+    }
+    if (folder_.isEmpty()) return;
+    QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
+  }
+
+ private slots:
+  void initTestCase() { QApplication::setStyle(QStyleFactory::create("fusion")); }
+
+  void everyWindow_data() {
+    QTest::addColumn<QString>("theme");
+    QTest::newRow("light") << "light";
+    QTest::newRow("dark") << "dark";
+  }
+  void everyWindow() {
+    QFETCH(QString, theme);
+    theme_ = theme;
+    QApplication::setPalette(theme == "dark" ? DarkPalette() : QApplication::style()->standardPalette());
+    {
+      test::FormRig fresh;
+      MainForm window(fresh.program);
+      window.Load();
+      Take(window, "first-start");
+      window.skip_save_prompt = true;
+      window.close();
+    }
+    test::FormRig rig;
+    rig.FillInAccount("1");
+    rig.AddGroup("Customers", {"bob@example.net", "eve@example.net", "<mallory>", "no address"});
+    MainForm window(rig.program);
+    window.Load();
+    window.findChild<QComboBox*>("ToComboBox")->setCurrentText("Customers");
+    window.findChild<QLineEdit*>("SubjectTextBox")->setText("Spring papers for $*MergeFirstName*$");
+    auto* editor = window.findChild<compose::HtmlEditor*>("Editor");
+    editor->SetHtml(kLetter);
+    Take(window, "main");
+
+    compose::MessageDocument document;
+    document.subject = "Spring papers for $*MergeFirstName*$";
+    document.html = kLetter;
+    const auto group = **rig.Store().FindGroup("Customers");
+    PreviewForm preview(rig.program, document, group, 4, QUrl("file:///"), nullptr);
+    preview.show();
+    QTRY_VERIFY(preview.findChild<QListWidget*>("FindingsList")->count() > 1);
+    Take(preview, "preview");
+
+    sending::SendMailForm1 send(rig.program, {document, group, 4}, nullptr);
+    send.show();
+    send.findChild<QPushButton*>("SendButton")->click();
+    QTRY_COMPARE(send.findChild<QPushButton*>("SendButton")->text(), QString("Close"));
+    Take(send, "send");
+    send.findChild<QTabWidget*>()->setCurrentIndex(0);
+    Take(send, "report");
+
+    sending::EmailManagerForm account(rig.program, nullptr);
+    for (int page = 0; page < 3; ++page) {
+      account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
+      Take(account, QString("account-%1").arg(page + 1));
+    }
+    for (const char* file : {"07-03-2026_09-05-07_Hello.txt", "01-02-2027_10-00-00_News.txt"}) {
+      QVERIFY(platform::ReplaceFile(rig.folders.History() / file, "x"));
+    }
+    sending::HistoryManagerForm history(rig.program, nullptr);
+    Take(history, "history");
+    sending::ThreadForm threads(rig.settings, nullptr);
+    Take(threads, "threads");
+    TipsForm tips(rig.settings, nullptr);
+    Take(tips, "tips");
+    AboutForm about(nullptr);
+    Take(about, "about");
+    auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);
+    Take(*help, "help");
+    delete help;
+    SplashForm splash("Linux");
+    splash.Run();
+    Take(splash, "splash");
+    window.skip_save_prompt = true;
+    window.close();
+  }
+};
+
+}  // namespace quillcast::app
+
+QTEST_MAIN(quillcast::app::ScreensTest)
+#include "screens_test.moc"

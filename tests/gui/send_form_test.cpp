@@ -1,0 +1,222 @@
+// The dialog of a run, against the built-in mailbox.
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
+#include <memory>
+#include <thread>
+
+#include "gui/form_rig.h"
+#include "platform/file.h"
+#include "recipients/recipient_import.h"
+#include "sending/ui/report_view.h"
+#include "sending/ui/send_mail_form1.h"
+#include "smtp/mailbox_server.h"
+
+namespace quillcast::sending {
+namespace {
+
+// Takes messages for as long as it lives; refuses whoever is called "no".
+class Mailbox {
+ public:
+  explicit Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : server_(Listen(store, clock)) {
+    thread_ = std::thread([this] { IgnoreErrors(server_.Run(stop_)); });
+  }
+  ~Mailbox() {
+    stop_.Request();
+    thread_.join();
+  }
+  std::string port() const { return server_.address().substr(server_.address().rfind(':') + 1); }
+
+ private:
+  static smtp::MailboxServer Listen(const std::filesystem::path& store, const platform::Clock& clock) {
+    smtp::MailboxOptions options;
+    options.listen = "127.0.0.1:0";
+    options.store = store;
+    options.session.rules = {{.pattern = "no@*"}};
+    return std::move(*smtp::MailboxServer::Listen(std::move(options), clock));
+  }
+  platform::CancelToken stop_;
+  smtp::MailboxServer server_;
+  std::thread thread_;
+};
+
+}  // namespace
+
+class SendFormTest : public QObject {
+  Q_OBJECT
+
+  struct Scene {
+    test::FormRig rig;
+    Mailbox mailbox{rig.folder.path() / "Mailbox", rig.clock};
+    std::unique_ptr<SendMailForm1> form;
+
+    explicit Scene(const std::vector<std::string>& addresses) {
+      rig.FillInAccount(mailbox.port());
+      rig.AddGroup("Customers", addresses);
+      SendJob job;
+      job.document.subject = "Hello $*MergeEmail*$";
+      job.document.html = "<p>Dear $*MergeEmail*$</p>";
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = static_cast<std::int64_t>(addresses.size());
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+    }
+    void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
+    QString Caption() const { return form->findChild<QPushButton*>("SendButton")->text(); }
+    QString Text(const char* name) const { return form->findChild<QLabel*>(name)->text(); }
+    QStringList Report() const {
+      auto* report = form->findChild<ReportView*>("Report");
+      QStringList lines;
+      for (std::size_t i = 0; i < report->line_count(); ++i) lines << report->LineAt(i);
+      return lines;
+    }
+    std::size_t Arrived() const {
+      std::size_t files = 0;
+      for (const auto& entry : std::filesystem::directory_iterator(rig.folder.path() / "Mailbox")) {
+        files += entry.path().extension() == ".eml" ? 1 : 0;
+      }
+      return files;
+    }
+  };
+
+ private slots:
+  void aRunIsSentReportedAndListed() {
+    Scene scene({"a@example.org", "no@example.org", "c@example.org"});
+    QCOMPARE(scene.Caption(), QString("Send"));
+    QVERIFY(scene.Text("HeadingLabel").contains("3 recipients"));
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), std::size_t{2});
+    const QStringList report = scene.Report();
+    QCOMPARE(report.first(), QString("Personal Sending process has been started."));
+    QCOMPARE(report.count("Message sent successfully."), 2);
+    QVERIFY(report.contains("There was an error sending your message."));
+    QCOMPARE(report.mid(report.size() - 3).join("/"),
+             QString("Personal Sending process has been completed./2 messages sent during process./"
+                     "1 messages failed during process."));
+    QCOMPARE(scene.form->findChild<QProgressBar*>("RunProgressBar")->text(), QString("3 of 3"));
+
+    // Who did not get it is what a person looks for then.
+    auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
+    QCOMPARE(scene.form->findChild<QComboBox*>("ResultStateComboBox")->currentText(), QString("Who did not get it"));
+    QCOMPARE(table->rowCount(), 1);
+    QCOMPARE(table->index(0, 1).data().toString(), QString("no@example.org"));
+    QVERIFY(table->index(0, 3).data().toString().contains("550"));
+    scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(0);
+    QCOMPARE(table->rowCount(), 3);
+    scene.form->findChild<QLineEdit*>("ResultTextBox")->setText("C@EXAMPLE");
+    QCOMPARE(table->rowCount(), 1);
+    scene.Press("CopyResultsButton");
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("3\tc@example.org\tsent\t\n"));
+    scene.rig.prompts.files = {scene.rig.folder.path() / "results.txt"};
+    scene.Press("SaveResultsButton");
+    QCOMPARE(platform::ReadFile(scene.rig.folder.path() / "results.txt", 1000)->c_str(), "3\tc@example.org\tsent\t\n");
+    scene.Press("SendButton");
+    QVERIFY(!scene.form->isVisible());
+  }
+
+  void aPartIsSentAndShowsWhomItMeans() {
+    Scene scene({"a@example.org", "b@example.org", "c@example.org", "d@example.org"});
+    scene.form->findChild<QCheckBox*>("PartialCheckBox")->setChecked(true);
+    scene.form->findChild<QSpinBox*>("FirstSpinBox")->setValue(2);
+    scene.form->findChild<QSpinBox*>("LastSpinBox")->setValue(3);
+    QTRY_COMPARE(scene.Text("RangeLabel"), QString("b@example.org … c@example.org"));
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Report().at(1), QString("Partial Sending to 2 recipients (from #2 to #3)."));
+    QCOMPARE(scene.Arrived(), std::size_t{2});
+  }
+
+  void closingAsksWhileItRuns() {
+    std::vector<std::string> addresses;
+    for (int i = 0; i < 20000; ++i) addresses.push_back("p" + std::to_string(i) + "@example.org");
+    Scene scene({});
+    {  // one transaction for so many
+      const auto list = scene.rig.folder.Write("list.txt", [&] {
+        std::string text;
+        for (const auto& address : addresses) text += address + "\n";
+        return text;
+      }());
+      recipients::ImportRequest request;
+      request.file = list;
+      request.group = "Customers";
+      platform::CancelToken never;
+      recipients::ImportRecipients(request, {scene.rig.folders.Database(), scene.rig.folders.ImportReport(), "UTF-8"},
+                                   never, [](const auto&) {});
+    }
+    SendJob job;
+    job.document.html = "<p>x</p>";
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 20000;
+    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+    scene.form->show();
+    scene.Press("SendButton");
+    QCOMPARE(scene.Caption(), QString("Cancel"));
+    scene.form->close();
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
+    QVERIFY(scene.form->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    const QStringList report = scene.Report();
+    QVERIFY(report.contains("Personal Sending process has been completed."));
+    QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
+    QVERIFY(scene.Arrived() < 20000);
+    QVERIFY(scene.Text("StatusLine").contains("not tried"));
+  }
+
+  void aMissingAttachmentIsToldAndNothingIsSent() {
+    Scene scene({"a@example.org"});
+    SendJob job;
+    job.document.html = "<p>x</p>";
+    job.document.attachments.Add("/nowhere/price.pdf");
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+    scene.form->show();
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Report().join("\n").contains("Error 10:"));
+    QCOMPARE(scene.Arrived(), std::size_t{0});
+  }
+
+  void anAccountThatCannotBeUsedIsTold() {
+    Scene scene({"a@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Port", "mail"));
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY2(scene.Text("StatusLine").contains("port"), qPrintable(scene.Text("StatusLine")));
+  }
+
+  void aLongReportIsOnlyIndexed() {
+    test::TemporaryFolder folder;
+    std::string text;
+    for (int i = 0; i < 200000; ++i) text += "line " + std::to_string(i) + "\r\n";
+    const auto file = folder.Write("report.txt", text);
+    ReportView view(nullptr);
+    view.resize(400, 300);
+    view.show();
+    view.Open(file);
+    QCOMPARE(view.line_count(), std::size_t{200000});
+    QCOMPARE(view.LineAt(123456), QString("line 123456"));
+    QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
+    QVERIFY(QGuiApplication::clipboard()->text().endsWith("line 199999\n"));
+    folder.Write("report.txt", text + "half a line");
+    view.Update();
+    QCOMPARE(view.line_count(), std::size_t{200000});
+  }
+};
+
+}  // namespace quillcast::sending
+
+QTEST_MAIN(quillcast::sending::SendFormTest)
+#include "send_form_test.moc"
