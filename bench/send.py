@@ -24,22 +24,33 @@ class Mailbox:
         self.process.wait()
 
 
-def ours(folder, count, port):
-    profile = Path(folder) / f"profile-{port}"
-    def quillcast(*arguments):
-        subprocess.run([PROGRAM, "--profile", profile, "--yes", "--quiet", *arguments], check=True, stdout=subprocess.DEVNULL)
+def quillcast(profile, *arguments):
+    subprocess.run([PROGRAM, "--profile", profile, "--yes", "--quiet", *arguments], check=True,
+                   stdout=subprocess.DEVNULL)
+
+
+def prepare(folder, profile, count, port):
+    """A profile with an account for the mailbox and a group of so many people."""
     people = Path(folder) / "people.csv"
     people.write_text("".join(f"user{n}@example.org,Ada{n % 1000},Lovelace,Köln,Analytical Engines\n"
                               for n in range(1, count + 1)))
-    body = Path(folder) / "letter.html"
-    body.write_text(letter.HTML)
-    quillcast("account", "set", "Name=Ada", "Email=ada@example.org", "Server=127.0.0.1", f"Port={port}",
+    (Path(folder) / "letter.html").write_text(letter.HTML)
+    quillcast(profile, "account", "set", "Name=Ada", "Email=ada@example.org", "Server=127.0.0.1", f"Port={port}",
               "CharSet=Unicode (UTF-8)")
-    quillcast("group", "new", "All")
-    quillcast("import", people, "--group", "All", "--opt-in", "--map",
+    quillcast(profile, "group", "new", "All")
+    quillcast(profile, "import", people, "--group", "All", "--opt-in", "--map",
               "Email Address=1,First Name=2,Last Name=3,City=4,Company=5")
+
+
+def send(profile, body):
+    quillcast(profile, "send", "--group", "All", "--subject", letter.SUBJECT, "--body", body)
+
+
+def ours(folder, count, port):
+    profile = Path(folder) / f"profile-{port}"
+    prepare(folder, profile, count, port)
     start = time.perf_counter()
-    quillcast("send", "--group", "All", "--subject", letter.SUBJECT, "--body", body)
+    send(profile, Path(folder) / "letter.html")
     return time.perf_counter() - start
 
 

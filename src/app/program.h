@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/entropy.h"
+#include "platform/power.h"
 #include "platform/prompts.h"
 
 namespace quillcast::app {
@@ -15,6 +16,7 @@ struct Program {
   SettingsStore& settings;
   platform::Prompts& prompts;
   platform::Desktop& desktop;
+  platform::Power& power;
   const platform::Clock& clock;
   platform::Entropy& entropy;
 };

@@ -78,9 +78,10 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   if (!usable) prompts.Warn(Describe(usable.error()));
 
   platform::XdgDesktop desktop(true);
+  platform::SystemPower power;
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
-  const app::Program program{folders, settings, prompts, desktop, clock, entropy};
+  const app::Program program{folders, settings, prompts, desktop, power, clock, entropy};
   std::unique_ptr<app::SplashForm> splash;
   if (settings.Read("Options", "Splash", "1").ValueOr("1") != "0") {
     QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -117,6 +118,9 @@ int main(int argc, char** argv) {
     ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
     std::fputs("quillcast-desktop: Started as root, so the editor runs without its sandbox.\n", stderr);
   }
+  // What the engine says of the graphics it found is for nobody.
+  if (std::getenv("QT_LOGGING_RULES") == nullptr)
+    ::setenv("QT_LOGGING_RULES", "qt.webenginecontext.*=false;js=false", 1);
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillcast-desktop");
   QApplication::setApplicationVersion(

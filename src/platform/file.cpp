@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -172,6 +173,13 @@ Result<UniqueFd> OpenScratchFile(const fs::path& folder) {
 
 Result<FileWriter> FileWriter::Create(const fs::path& path) { return CreateWith(path, O_TRUNC); }
 Result<FileWriter> FileWriter::CreateNew(const fs::path& path) { return CreateWith(path, O_EXCL); }
+
+void FileWriter::SayItIsBeingWritten() const { ::flock(fd_.get(), LOCK_EX | LOCK_NB); }
+
+bool IsBeingWritten(const std::filesystem::path& file) {
+  const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  return fd && ::flock(fd.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
 
 Result<void> FileWriter::Write(std::string_view text) {
   if (failed_) return *failed_;

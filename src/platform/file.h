@@ -65,6 +65,9 @@ Result<void> EnsureFolder(const std::filesystem::path& folder);
 // A file that is open and has no name: scratch space that vanishes with the process. Made in `folder`, 0600.
 Result<UniqueFd> OpenScratchFile(const std::filesystem::path& folder);
 
+// True while some FileWriter, of this process or another, says so about the file.
+bool IsBeingWritten(const std::filesystem::path& file);
+
 // Collects small writes and hands them on in blocks. Flush before the end of its life, to hear of a failure; after a
 // failure all later calls fail with the same error.
 class FileWriter {
@@ -75,6 +78,10 @@ class FileWriter {
   static Result<FileWriter> Create(const std::filesystem::path& path);
   // Creates the file, and fails with kCannotCreate when it exists.
   static Result<FileWriter> CreateNew(const std::filesystem::path& path);
+
+  // Says to others, for as long as this lives, that the file is being written: see IsBeingWritten. Where the file
+  // system knows no locks, nothing is said.
+  void SayItIsBeingWritten() const;
 
   Result<void> Write(std::string_view text);
   Result<void> Flush();

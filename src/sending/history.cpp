@@ -70,7 +70,10 @@ Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::
     const fs::path message = history / (base + std::string(kMessageEnding));
     if (Exists(report) || Exists(message)) continue;
     auto writer = platform::FileWriter::CreateNew(report);
-    if (writer) return HistoryEntry{base, message, std::move(*writer)};
+    if (writer) {
+      writer->SayItIsBeingWritten();
+      return HistoryEntry{base, message, std::move(*writer)};
+    }
     if (!Exists(report)) return writer.error();  // else another run was quicker
   }
   return Error{Failure::kCannotCreate, fmt::format("No free name was found for this run in {}.", history.string()),
@@ -110,7 +113,14 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   std::vector<fs::path> files;
   for (auto entry = fs::directory_iterator(history, ignored); !ignored && entry != fs::directory_iterator();
        entry.increment(ignored)) {
-    if (!entry->is_directory(ignored)) files.push_back(entry->path());
+    const fs::path& file = entry->path();
+    if (entry->is_directory(ignored)) continue;
+    const bool of_a_run_going_on = platform::IsBeingWritten(fs::path(file).replace_extension(kReportEnding));
+    if (of_a_run_going_on) {
+      ++result.going_on;
+    } else {
+      files.push_back(file);
+    }
   }
   for (const fs::path& file : files) {
     IgnoreErrors(platform::Unlock(file));

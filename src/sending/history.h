@@ -51,12 +51,13 @@ Result<void> OpenMessage(const std::filesystem::path& history, const HistoryRow&
 
 enum class Clearing { kKept, kCleared };
 
-// Deletes every file of the history folder, whatever it is, after a question. Files that cannot be deleted are passed
-// over and counted.
+// Deletes every file of the history folder, whatever it is, after a question; but not those of a run that is going on.
+// Files that cannot be deleted are passed over and counted.
 struct ClearedHistory {
   Clearing clearing = Clearing::kKept;
   std::size_t deleted = 0;
   std::size_t left = 0;
+  std::size_t going_on = 0;  // files of runs
 };
 ClearedHistory ClearHistory(const std::filesystem::path& history, platform::Prompts& prompts);
 

@@ -5,6 +5,8 @@
 
 #include "compose/body_file.h"
 #include "compose/body_source.h"
+#include "compose/imported_pictures.h"
+#include "platform/file.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
 
@@ -153,6 +155,28 @@ TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
     EXPECT_EQ(EncodeBody(file->text, file->encoding), c.bytes);
     EXPECT_EQ(EncodeBody(file->text + "\xCE\xA9\xF0\x9F\x98\x80", file->encoding), c.edited);
   }
+}
+
+TEST(ImportedPictures, GoAlongWithADocumentThatIsSaved) {
+  const test::TemporaryFolder folder;
+  const auto import = folder / "ImportBody/";
+  folder.Write("ImportBody/a b.png", "one");
+  folder.Write("ImportBody/sub/a b.png", "two");
+  folder.Write("mine.png", "mine");
+  std::filesystem::create_directories(folder / "letters");
+  const std::string html = "<img src='file://" + import.string() + "a%20b.png'><img src=\"" + import.string() +
+                           "sub/a b.png\"><img src='../ImportBody/a%20b.png'><img src='../mine.png'><img src='" +
+                           import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>";
+  const auto saved = TakeImportedPictures(html, folder / "letters", import, folder / "letters" / "May 1.html");
+  ASSERT_TRUE(saved);
+  EXPECT_EQ(*saved,
+            "<img src='May%201_files/a%20b.png'><img src=\"May%201_files/a%20b%20%282%29.png\"><img "
+            "src='May%201_files/a%20b.png'><img src='../mine.png'><img src='" +
+                import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>");
+  EXPECT_EQ(*platform::ReadFile(folder / "letters/May 1_files/a b (2).png", 100), "two");
+  EXPECT_FALSE(std::filesystem::exists(folder / "letters/May 1_files/mine.png"));
+  const auto failed = TakeImportedPictures(html, folder / "letters", import, folder / "mine.png" / "x.html");
+  EXPECT_FALSE(failed) << "no folder can be made there";
 }
 
 TEST(BodySource, IsCutAtTheTagsThatAreTags) {

@@ -27,6 +27,12 @@ constexpr const char* kLetter =
 
 }  // namespace
 
+static app::Folders FoldersIn(const test::TemporaryFolder& folder) {
+  app::Folders folders;
+  folders.data = folder.path();
+  return folders;
+}
+
 class EditorTest : public QObject {
   Q_OBJECT
   HtmlEditor* editor_ = nullptr;
@@ -139,6 +145,22 @@ class EditorTest : public QObject {
     QVERIFY(editor_->InsertLink("https://example.org/?a=1&b=\"2\"", "<here>"));
     QVERIFY2(Body().contains("<a href=\"https://example.org/?a=1&amp;b=&quot;2&quot;\">&lt;here&gt;</a>"),
              qPrintable(Body()));
+  }
+
+  void mergeTagsAreMarkedBesideTheDocument() {
+    const QString source = "<p>Dear $*MergeTitle*$ $*MergeLastName*$, $*MergeNickName*$</p>";
+    QVERIFY(editor_->SetHtml(source));
+    QCOMPARE(editor_->Evaluate("quill.marks().join()").toString(), QString("known,known,unknown"));
+    QCOMPARE(editor_->Html(), source);
+    QVERIFY(!editor_->IsModified());
+    QVERIFY(editor_->InsertHtml("$*MergeCity*$"));
+    QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 4);
+    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
+    editor_->Run(EditorCommand::kSelectAll);
+    editor_->Run(EditorCommand::kDelete);
+    QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 0);
+    QVERIFY(editor_->InsertHtml("<p>x</p>"));
+    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
   }
 
   void scriptsAndTheNetworkStayOff() {
@@ -269,7 +291,7 @@ class EditorTest : public QObject {
 
   void documentsComeBackByteForByte() {
     test::TemporaryFolder folder;
-    EditorDocument document(*editor_, folder.path());
+    EditorDocument document(*editor_, FoldersIn(folder));
     test::ScriptedPrompts prompts;
     const std::string western = "<html><body>caf\xE9 \x81</body></html>";  // not UTF-8, and a byte without a meaning
     for (const std::string& bytes :
@@ -292,13 +314,13 @@ class EditorTest : public QObject {
   void whatWasNotSavedIsRecovered() {
     test::TemporaryFolder folder;
     {
-      EditorDocument document(*editor_, folder.path());
+      EditorDocument document(*editor_, FoldersIn(folder));
       QVERIFY(document.StartNew(""));
       QVERIFY(!document.HasRecovered());
       QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
       QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
     }
-    EditorDocument next(*editor_, folder.path());
+    EditorDocument next(*editor_, FoldersIn(folder));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.HasRecovered());
     QVERIFY(next.Recover());

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QApplication>
+#include <QDialog>
 #include <QTest>
-#include <cstdlib>
+#include <QTimer>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,16 @@ class RememberingDesktop final : public platform::Desktop {
   }
 };
 
+class RememberingPower final : public platform::Power {
+ public:
+  int requests = 0;
+  bool allowed = true;
+  Result<void> PowerOff() override {
+    ++requests;
+    return allowed ? Result<void>() : Error{Failure::kNotPermitted, "The system refused.", ""};
+  }
+};
+
 class OneProfile final : public platform::Environment {
  public:
   std::optional<std::string> Get(const char* name) const override {
@@ -39,9 +51,10 @@ struct FormRig {
   app::SettingsStore settings{folders.settings};
   ScriptedPrompts prompts;
   RememberingDesktop desktop;
+  RememberingPower power;
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
-  app::Program program{folders, settings, prompts, desktop, clock, entropy};
+  app::Program program{folders, settings, prompts, desktop, power, clock, entropy};
 
   FormRig() {
     if (!app::PrepareFolders(folders)) qFatal("The folders of the test could not be made.");
@@ -68,5 +81,20 @@ struct FormRig {
     return lines.join(" | ");
   }
 };
+
+// Runs `act` once a dialog of this name is open, then closes it.
+inline void WhileOpen(const QString& name, const std::function<void(QDialog&)>& act, int tries = 200) {
+  QTimer::singleShot(20, qApp, [=] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog != nullptr && dialog->objectName() == name) {
+      act(*dialog);
+      dialog->close();
+    } else if (tries > 0) {
+      WhileOpen(name, act, tries - 1);
+    } else {
+      QTest::qFail(qPrintable(name + " did not open"), __FILE__, __LINE__);
+    }
+  });
+}
 
 }  // namespace quillcast::test

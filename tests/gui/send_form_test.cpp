@@ -18,6 +18,7 @@
 #include "recipients/recipient_import.h"
 #include "sending/ui/report_view.h"
 #include "sending/ui/send_mail_form1.h"
+#include "sending/ui/shut_down_form.h"
 #include "smtp/mailbox_server.h"
 
 namespace quillcast::sending {
@@ -186,6 +187,43 @@ class SendFormTest : public QObject {
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QVERIFY(scene.Report().join("\n").contains("Error 10:"));
     QCOMPARE(scene.Arrived(), std::size_t{0});
+  }
+
+  void theMachineIsSwitchedOffAfterTheCountdownAlone() {
+    struct Case {
+      bool cancelled;
+      bool allowed;
+      int requests;
+      bool closes;
+    };
+    for (const Case& c : {Case{true, true, 0, false}, Case{false, false, 1, false}, Case{false, true, 1, true}}) {
+      Scene scene({"a@example.org", "no@example.org"});
+      scene.rig.power.allowed = c.allowed;
+      scene.form->findChild<QCheckBox*>("ShutDownCheckBox")->setChecked(true);
+      int closed = 0;
+      test::WhileOpen("ShutDownForm", [&](QDialog& dialog) {
+        auto& countdown = static_cast<ShutDownForm&>(dialog);
+        auto* label = countdown.findChild<QLabel*>("RemainingLabel");
+        QCOMPARE(label->text(), QString("60"));
+        QTest::keyClick(&countdown, Qt::Key_Escape);
+        countdown.close();
+        QVERIFY(countdown.isVisible());
+        if (c.cancelled) {
+          countdown.findChild<QPushButton*>("CancelButton")->click();
+        } else {
+          for (int second = 0; second < 59; ++second) countdown.Tick();
+          QCOMPARE(label->text(), QString("1"));
+          QCOMPARE(scene.rig.power.requests, 0);
+          countdown.Tick();
+        }
+        ++closed;
+      });
+      scene.Press("SendButton");
+      QTRY_COMPARE(closed, 1);
+      QCOMPARE(scene.rig.power.requests, c.requests);
+      QCOMPARE(scene.form->shuts_down(), c.closes);
+      QCOMPARE(scene.form->isVisible(), !c.closes);
+    }
   }
 
   void anAccountThatCannotBeUsedIsTold() {

@@ -103,6 +103,24 @@ TEST(History, IsClearedWholeOrNotAtAll) {
   EXPECT_EQ(prompts.shown.front(), "ask: Are you sure you want to delete your history?");
 }
 
+TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {
+  const test::TemporaryFolder folder;
+  const platform::SystemClock clock;
+  test::ScriptedPrompts prompts;
+  prompts.answers = {Answer::kYes, Answer::kYes};
+  folder.Write("01-01-2026_10-00-00_Old.txt", "x");
+  {
+    const auto running = BeginHistoryEntry(folder.path(), clock, "Now");
+    ASSERT_TRUE(running);
+    folder.Write(running->message.filename(), "its first message");
+    const auto cleared = ClearHistory(folder.path(), prompts);
+    EXPECT_EQ(cleared.deleted, 1U);
+    EXPECT_EQ(cleared.going_on, 2U);
+    EXPECT_TRUE(fs::exists(running->message));
+  }
+  EXPECT_EQ(ClearHistory(folder.path(), prompts).deleted, 2U) << "the run has ended";
+}
+
 TEST(PreSendChecks, RunInTheirOrder) {
   const MailingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
   constexpr const char* kReply =

@@ -84,7 +84,7 @@ constexpr auto kRows = std::to_array<Row>({
     {38, QT_TRANSLATE_NOOP("CommandBar", "&Send…"), "send", "Ctrl+Return"},
     {0, nullptr},
     {41, QT_TRANSLATE_NOOP("CommandBar", "&History…"), "history", "Ctrl+H"},
-    {0, QT_TRANSLATE_NOOP("CommandBar", "&Tools")},
+    {0, QT_TRANSLATE_NOOP("CommandBar", "Too&ls")},
     {39, QT_TRANSLATE_NOOP("CommandBar", "Mail &Account…"), "account"},
     {40, QT_TRANSLATE_NOOP("CommandBar", "&Groups…"), "groups"},
     {42, QT_TRANSLATE_NOOP("CommandBar", "&Signature…")},

@@ -44,7 +44,7 @@ MainForm::MainForm(const Program& program)
       editor_(new compose::HtmlEditor(this)),
       source_(new QPlainTextEdit(this)),
       find_bar_(new compose::FindBar(editor_, this)),
-      document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders.data)),
+      document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders)),
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
       first_panel_(new QLabel(this)) {
@@ -133,7 +133,6 @@ void MainForm::Load() {
   } else {
     ShowNotices();
   }
-  editor_->setFocus();
 }
 
 void MainForm::StartNew() {
@@ -166,7 +165,11 @@ void MainForm::KeepPlace() {
   IgnoreErrors(program_.settings.Write(kPlaceSection, "Place", saveGeometry().toBase64().toStdString()));
 }
 
-void MainForm::resizeEvent(QResizeEvent* event) { QMainWindow::resizeEvent(event); }
+// The page takes keys only when it got the focus while it is on the screen.
+void MainForm::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (!event->spontaneous()) QTimer::singleShot(0, editor_, &compose::HtmlEditor::BeginTyping);
+}
 
 void MainForm::Flash() {
   if (isMinimized()) showNormal();
@@ -193,12 +196,12 @@ void MainForm::closeEvent(QCloseEvent* event) {
 // What a new user needs to hear first; one thing at a time.
 void MainForm::ShowNotices() {
   if (document_->HasRecovered()) {
-    notice_->Show(tr("A message from an earlier session was not saved."), {{tr("&Restore"), "RestoreButton",
+    notice_->Show(tr("A message from an earlier session was not saved."), {{tr("Restore"), "RestoreButton",
                                                                             [this] {
                                                                               Tell(document_->Recover());
                                                                               ShowNotices();
                                                                             }},
-                                                                           {tr("D&iscard"), "DiscardButton", [this] {
+                                                                           {tr("Discard"), "DiscardButton", [this] {
                                                                               document_->DropRecovered();
                                                                               ShowNotices();
                                                                             }}});
@@ -208,8 +211,8 @@ void MainForm::ShowNotices() {
     const QString arrived =
         arrived_ == 1 ? tr("1 message has arrived.") : tr("%1 messages have arrived.").arg(arrived_);
     notice_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
-                  {{tr("Sho&w them"), "ShowPracticeButton", [this] { ShowPractice(); }},
-                   {tr("&End practice"), "EndPracticeButton", [this] {
+                  {{tr("Show them"), "ShowPracticeButton", [this] { ShowPractice(); }},
+                   {tr("End practice"), "EndPracticeButton", [this] {
                       Tell(practice_->End());
                       arrived_ = 0;
                       header_->Load();
@@ -224,7 +227,7 @@ void MainForm::ShowNotices() {
     return;
   }
   notice_->Show(tr("There is no mail account yet. Fill it in, or practise first with a mailbox on this machine."),
-                {{tr("&Fill in the account…"), "FillInButton", [this] { EditAccount(); }},
+                {{tr("Fill i&n the account…"), "FillInButton", [this] { EditAccount(); }},
                  {tr("&Practise"), "PractiseButton", [this] { BeginPractice(); }}});
 }
 

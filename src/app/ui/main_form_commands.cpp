@@ -326,7 +326,11 @@ void MainForm::Send() {
     FocusOn(ToQt(*control));
     return;
   }
-  sending::SendMailForm1(program_, {std::move(document), **group, *count}, this).exec();
+  sending::SendMailForm1 form(program_, {std::move(document), **group, *count}, this);
+  form.exec();
+  if (!form.shuts_down()) return;
+  skip_save_prompt = true;
+  close();
 }
 
 void MainForm::EditAccount() {
@@ -371,7 +375,10 @@ void MainForm::ShowTips(bool on_request) {
   if (TipsForm::IsWanted(program_.settings, on_request)) TipsForm(program_.settings, this).exec();
 }
 
-void MainForm::ShowTipsAtStart() { ShowTips(false); }
+void MainForm::ShowTipsAtStart() {
+  ShowTips(false);
+  editor_->setFocus();
+}
 
 void MainForm::ShowHelp() { (new HelpForm(program_.folders, "Welcome.htm", this))->show(); }
 

@@ -69,7 +69,7 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
       method_(MakeBox("SendingMethodComboBox", this)),
       priority_(MakeBox("PriorityComboBox", this)),
       format_(MakeBox("FormatComboBox", this)),
-      receipt_(new QCheckBox(tr("Ask for a &read receipt"), this)) {
+      receipt_(new QCheckBox(tr("As&k for a read receipt"), this)) {
   setAcceptDrops(true);
   subject_->setObjectName("SubjectTextBox");
   subject_->setPlaceholderText(tr("What the message is about; merge tags work here too"));
@@ -82,12 +82,12 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   AddItems(priority_, kPriorities);
   AddItems(format_, kFormats);
 
-  auto* email = MakeButton("EmailButton", tr("Acc&ount…"), "account", this);
+  auto* email = MakeButton("EmailButton", tr("A&ccount…"), "account", this);
   auto* group = MakeButton("GroupButton", tr("&Groups"), "groups", this);
   auto* add = MakeButton("FileAttachmentButton", tr("A&dd…"), "attach", this);
-  auto* remove = MakeButton("DeleteAttachmentButton", tr("Re&move"), "remove", this);
+  auto* remove = MakeButton("DeleteAttachmentButton", tr("Remo&ve"), "remove", this);
   auto* send = MakeButton("SendButton", tr("&Send…"), "send", this);
-  auto* preview = MakeButton("PreviewButton", tr("Pre&view…"), "preview", this);
+  auto* preview = MakeButton("PreviewButton", tr("Previe&w…"), "preview", this);
   QFont bold = send->font();
   bold.setBold(true);
   send->setFont(bold);
@@ -101,7 +101,7 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
     made->setBuddy(buddy);
     grid->addWidget(made, row, 0);
   };
-  label(tr("&From:"), from_, 0);
+  label(tr("From:"), from_, 0);
   grid->addWidget(from_, 0, 1);
   grid->addWidget(email, 0, 2);
   label(tr("&To:"), to_, 1);
@@ -112,7 +112,7 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   grid->addWidget(group, 1, 2);
   label(tr("S&ubject:"), subject_, 2);
   grid->addWidget(subject_, 2, 1, 1, 2);
-  label(tr("Attac&hments:"), attachment_box_, 3);
+  label(tr("&Attachments:"), attachment_box_, 3);
   grid->addWidget(attachment_box_, 3, 1);
   auto* attachment_buttons = new QHBoxLayout();
   attachment_buttons->addWidget(add);
@@ -127,12 +127,12 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
     options->addWidget(made);
     options->addWidget(box);
   };
-  option(tr("Pr&iority:"), priority_);
-  option(tr("Forma&t:"), format_);
+  option(tr("Priorit&y:"), priority_);
+  option(tr("Fo&rmat:"), format_);
   options->addSpacing(8);
   options->addWidget(receipt_);
   options->addStretch(1);
-  label(tr("Met&hod:"), method_, 4);
+  label(tr("Method:"), method_, 4);
   grid->addLayout(options, 4, 1, 1, 2);
   auto* right = new QVBoxLayout();
   right->addWidget(send);

@@ -31,6 +31,21 @@
     selection.collapseToEnd();
   };
 
+  // At the beginning. A caret that was placed before the page could be seen takes no keys until it is placed anew, which
+  // the first key does.
+  let firstPlace = null;
+  const placeCaret = () => {
+    if (!document.body) return;
+    const first = document.body.firstElementChild;
+    firstPlace = first && /^(P|DIV|H[1-6])$/.test(first.tagName) ? first : document.body;
+    const selection = document.getSelection();
+    selection.removeAllRanges();
+    selection.collapse(firstPlace, 0);
+  };
+  const caretWasNeverMoved = () => {
+    const selection = document.getSelection();
+    return selection.isCollapsed && selection.anchorNode === firstPlace && selection.anchorOffset === 0;
+  };
   quill.edits = () => edits;
   // The list commands leave a list in its paragraph, which every parser takes apart into empty ones around it.
   const inner = () => {
@@ -46,6 +61,11 @@
     attributes: Array.from(document.body.attributes, a => [a.name, a.value]),
     inner: inner(),
   });
+  quill.whole = () => {
+    const copy = document.documentElement.cloneNode(true);
+    copy.querySelector('quill-marks').remove();
+    return copy.outerHTML;
+  };
   quill.text = () => document.body.innerText;
   quill.exec = (name, value) => { ensureSelection(); return document.execCommand(name, false, value); };
   quill.insert = html => { ensureSelection(); return document.execCommand('insertHTML', false, html); };
@@ -109,6 +129,7 @@
     });
     return parsed.body.innerHTML.trim();
   };
+  document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(); }, true);
   document.addEventListener('paste', event => {
     const data = event.clipboardData;
     const html = data && data.getData('text/html');
@@ -121,6 +142,47 @@
     }
   });
 
+  // Marks the merge tags without a change to the document: boxes that lie over it, beside the body, in a tree of their
+  // own. A tag that is none is marked in red.
+  const kLongestMarked = 1000000;  // characters
+  let known = new Set();
+  let layer = null;
+  const makeLayer = () => {
+    const host = document.createElement('quill-marks');
+    const shadow = host.attachShadow({ mode: 'closed' });
+    const style = document.createElement('style');
+    style.textContent = ':host{position:absolute;left:0;top:0;pointer-events:none;user-select:none}' +
+      'i{position:absolute;background:#ffd75e;mix-blend-mode:multiply;border-radius:3px;outline:1px solid #e0a800}' +
+      'i.unknown{background:#ffb3ab;outline-color:#d33a2c}@media print{:host{display:none}}';
+    layer = document.createElement('div');
+    shadow.append(style, layer);
+    document.documentElement.append(host);
+  };
+  quill.setTags = tags => { known = new Set(tags); quill.mark(); };
+  quill.mark = () => {
+    if (!layer || !document.body) return;
+    layer.replaceChildren();
+    if (document.body.textContent.length > kLongestMarked) return;
+    const texts = document.createNodeIterator(document.body, NodeFilter.SHOW_TEXT);
+    const range = document.createRange();
+    for (let text; (text = texts.nextNode());) {
+      for (const tag of text.data.matchAll(/\$\*Merge\w*\*\$/g)) {
+        range.setStart(text, tag.index);
+        range.setEnd(text, tag.index + tag[0].length);
+        for (const box of range.getClientRects()) {
+          const mark = document.createElement('i');
+          if (!known.has(tag[0])) mark.className = 'unknown';
+          mark.style.cssText =
+            `left:${box.x + scrollX}px;top:${box.y + scrollY}px;width:${box.width}px;height:${box.height}px`;
+          layer.append(mark);
+        }
+      }
+    }
+  };
+  quill.marks = () => Array.from(layer.children, mark => mark.className || 'known');
+  window.addEventListener('resize', () => quill.mark());
+  document.addEventListener('load', () => quill.mark(), true);  // a picture has come and moved the text
+
   const observer = new MutationObserver(() => {
     ++edits;
     if (bridge) bridge.changed();
@@ -131,7 +193,9 @@
     observer.disconnect();
     const parsed = new DOMParser().parseFromString(source, 'text/html');
     document.replaceChild(document.adoptNode(parsed.documentElement), document.documentElement);
-    if (document.body) document.getSelection().collapse(document.body, 0);
+    placeCaret();
+    makeLayer();
+    quill.mark();
     edits = 0;
     observe();
     return true;

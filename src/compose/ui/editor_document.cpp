@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "compose/imported_pictures.h"
 #include "compose/message_document.h"
 #include "compose/ui/html_editor.h"
 #include "platform/file.h"
@@ -13,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kEmptyDocument = "<html><head></head><body></body></html>";
+// With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
+constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
 
 void Remove(const fs::path& file) {
   std::error_code ignored;
@@ -22,7 +24,8 @@ void Remove(const fs::path& file) {
 
 }  // namespace
 
-EditorDocument::EditorDocument(HtmlEditor& editor, fs::path folder) : editor_(editor), folder_(std::move(folder)) {
+EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders)
+    : editor_(editor), folders_(std::move(folders)) {
   std::error_code none_there;
   fs::rename(Autosave(), Recovered(), none_there);
   snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor, [this](const QString& html) {
@@ -71,8 +74,10 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const std::string html = platform::FromQt(editor_.Html());
-  const bool as_read = read_ && html == read_->text;
-  std::string bytes = as_read ? read_->bytes : EncodeBody(html, read_ ? read_->encoding : BodyEncoding::kUtf8);
+  const auto saved = TakeImportedPictures(html, file_.parent_path(), folders_.ImportBody(), file);
+  if (!saved) return saved.error();
+  const bool as_read = read_ && *saved == read_->text;
+  std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
   auto written = platform::ReplaceFile(file, bytes);
   if (!written) return written;
   read_ = BodyFile{std::move(bytes), html, read_ ? read_->encoding : BodyEncoding::kUtf8};

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/close_step.h"
+#include "app/folders.h"
 #include "compose/body_file.h"
 
 namespace quillcast::compose {
@@ -15,13 +16,15 @@ class HtmlEditor;
 
 class EditorDocument final : public app::EditedDocument {
  public:
-  // A second after each change the document is also kept in "Autosave.htm" in `folder`, until it is saved or dropped.
-  EditorDocument(HtmlEditor& editor, std::filesystem::path folder);
+  // A second after each change the document is also kept in "Autosave.htm" in the data folder, until it is saved or
+  // dropped.
+  EditorDocument(HtmlEditor& editor, app::Folders folders);
   ~EditorDocument() override;
 
   bool HasUnsavedChanges() const override;
   std::filesystem::path FileName() const override { return file_; }
-  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in.
+  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
+  // of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
 
   Result<void> Open(const std::filesystem::path& file);
@@ -37,12 +40,12 @@ class EditorDocument final : public app::EditedDocument {
 
  private:
   Result<void> Show(const std::string& html, const std::filesystem::path& folder);
-  std::filesystem::path Autosave() const { return folder_ / "Autosave.htm"; }
-  std::filesystem::path Recovered() const { return folder_ / "Recovered.htm"; }
+  std::filesystem::path Autosave() const { return folders_.data / "Autosave.htm"; }
+  std::filesystem::path Recovered() const { return folders_.data / "Recovered.htm"; }
 
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;
-  std::filesystem::path folder_;
+  app::Folders folders_;
   std::filesystem::path file_;
   std::optional<BodyFile> read_;  // as it stands in the file, until it is saved anew
 };

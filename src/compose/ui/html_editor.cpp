@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QEventLoop>
@@ -10,6 +11,8 @@
 #include <QImageReader>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QMenu>
 #include <QMimeData>
 #include <QPrinter>
@@ -18,10 +21,12 @@
 #include <QWebEngineFindTextResult>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <utility>
 
+#include "compose/merge_fields.h"
 #include "compose/ui/editor_page.h"
 #include "platform/ui/qt_text.h"
 
@@ -36,6 +41,26 @@ constexpr int kSnapshotPause = 1000;
 QString Quoted(const QString& text) {
   const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
   return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
+QString KnownTags() {
+  QJsonArray tags;
+  for (const auto& field : kMergeFields) tags.append(platform::ToQt(field.tag));
+  return QString::fromUtf8(QJsonDocument(tags).toJson(QJsonDocument::Compact));
+}
+
+// Marks misspelt words where the engine has a dictionary for the user's language.
+void CheckSpelling(QWebEngineProfile& profile) {
+  const QString language = QLocale().name().replace('_', '-');
+  const QStringList folders = {qEnvironmentVariable("QTWEBENGINE_DICTIONARIES_PATH"),
+                               QCoreApplication::applicationDirPath() + "/qtwebengine_dictionaries",
+                               QLibraryInfo::path(QLibraryInfo::DataPath) + "/qtwebengine_dictionaries"};
+  const bool is_there = std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
+    return !folder.isEmpty() && QFile::exists(folder + '/' + language + ".bdic");
+  });
+  if (!is_there) return;
+  profile.setSpellCheckLanguages({language});
+  profile.setSpellCheckEnabled(true);
 }
 
 // Commands of the engine; the others are actions of the page, or ours.
@@ -87,6 +112,7 @@ const char* EngineName(EditorCommand command) {
 HtmlEditor::HtmlEditor(QWidget* parent)
     : QWidget(parent), view_(new EditorView(this)), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
   auto* profile = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  CheckSpelling(*profile);
   auto* bridge = new EditorBridge(this);
   page_ = new EditorPage(profile, bridge, view_);
   view_->setPage(page_);
@@ -109,7 +135,7 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   state_pause_->setSingleShot(true);
   state_pause_->setInterval(kStatePause);
   connect(state_pause_, &QTimer::timeout, this, [this] {
-    page_->runJavaScript("quill.state()", kWorld,
+    page_->runJavaScript("quill.mark();quill.state()", kWorld,
                          [this](const QVariant& value) { emit StateChanged(EditorState::From(value.toMap())); });
   });
   snapshot_pause_->setSingleShot(true);
@@ -170,8 +196,13 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
   touched_ = false;
   SetModified(false);
   if (!loaded || !Evaluate("quill.load(" + Quoted(source) + ')', kLoadLimit).toBool()) return false;
-  if (read_only_) Evaluate("quill.setReadOnly(true)");
+  Evaluate(read_only_ ? "quill.setReadOnly(true)" : "quill.setTags(" + KnownTags() + ')');
   return true;
+}
+
+void HtmlEditor::BeginTyping() {
+  InputWidget()->clearFocus();
+  view_->setFocus();
 }
 
 bool HtmlEditor::IsModified() const {
@@ -206,7 +237,7 @@ QString HtmlEditor::Assemble(const QVariantMap& body) const {
 QString HtmlEditor::Html() const {
   if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
   if (!cut_.has_body) {
-    const QVariant html = Evaluate("document.documentElement.outerHTML", kLoadLimit);
+    const QVariant html = Evaluate("quill.whole()", kLoadLimit);
     return html.isValid() ? platform::ToQt(cut_.head) + html.toString() : last_seen_;
   }
   const QVariant body = Evaluate("quill.body()", kLoadLimit);

@@ -35,6 +35,8 @@ class HtmlEditor final : public QWidget {
   bool SetHtml(const QString& source, const QUrl& base = {});
   QString Html() const;
   QString PlainText() const;
+  // Takes the keys; to be called once the editor is on the screen.
+  void BeginTyping();
   const QUrl& base() const { return base_; }
 
   bool IsModified() const;

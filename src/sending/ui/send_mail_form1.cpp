@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
@@ -17,6 +18,7 @@
 #include "sending/ui/range_picker.h"
 #include "sending/ui/report_view.h"
 #include "sending/ui/results_view.h"
+#include "sending/ui/shut_down_form.h"
 
 namespace quillcast::sending {
 namespace {
@@ -53,6 +55,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
       results_view_(new ResultsView(results_, program.prompts, this)),
       run_bar_(MakeBar("RunProgressBar", tr("The whole run"), this)),
       message_bar_(MakeBar("MessageProgressBar", tr("The current message"), this)),
+      shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
       button_(new QPushButton(tr("Send"), this)) {
@@ -74,6 +77,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   heading->setWordWrap(true);
   tabs_->addTab(report_, tr("&Report"));
   tabs_->addTab(results_view_, tr("R&ecipients"));
+  shut_down_->setObjectName("ShutDownCheckBox");
   rate_->setObjectName("RateLabel");
   status_->setObjectName("StatusLine");
   status_->setTextFormat(Qt::PlainText);
@@ -91,6 +95,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   column->addWidget(tabs_, 1);
   column->addWidget(run_bar_);
   column->addWidget(message_bar_);
+  column->addWidget(shut_down_);
   column->addWidget(status_);
   column->addLayout(below);
   connect(button_, &QPushButton::clicked, this, &SendMailForm1::ButtonPressed);
@@ -194,10 +199,23 @@ void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
     Say(ToQt(fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"),
                          platform::WithThousands(summary->failed))));
   }
+  const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
+  if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (summary->failed > 0) {
     tabs_->setCurrentWidget(results_view_);
     findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);
   }
+}
+
+void SendMailForm1::CountDown() {
+  if (ShutDownForm(this).exec() != QDialog::Accepted) return;
+  const auto off = program_.power.PowerOff();
+  if (!off) {
+    Say(ToQt(InOneLine(off.error())));
+    return;
+  }
+  shuts_down_ = true;
+  accept();
 }
 
 void SendMailForm1::Say(const QString& sentence) { status_->setText(sentence); }

@@ -8,6 +8,7 @@
 #include "sending/run_results.h"
 #include "sending/ui/run_worker.h"
 
+class QCheckBox;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -27,6 +28,8 @@ class SendMailForm1 final : public QDialog {
 
   enum class Stage { kIdle, kRunning, kFinished };
   Stage stage() const { return stage_; }
+  // The system is being switched off: whoever opened this closes too, and asks nothing.
+  bool shuts_down() const { return shuts_down_; }
 
  public slots:
   // Escape, the close box and "Cancel": while the run goes on, asks first.
@@ -40,6 +43,7 @@ class SendMailForm1 final : public QDialog {
   void TakeNews();
   void RunFinished(const Result<RunSummary>& summary);
   void ShowProgress(const RunNews& news);
+  void CountDown();
   void Say(const QString& sentence);
 
   const app::Program& program_;
@@ -51,6 +55,7 @@ class SendMailForm1 final : public QDialog {
   QTimer* tick_;
   QElapsedTimer running_;
   bool report_open_ = false;
+  bool shuts_down_ = false;
 
   RangePicker* range_;
   QTabWidget* tabs_;
@@ -58,6 +63,7 @@ class SendMailForm1 final : public QDialog {
   ResultsView* results_view_;
   QProgressBar* run_bar_;
   QProgressBar* message_bar_;
+  QCheckBox* shut_down_;
   QLabel* rate_;
   QLabel* status_;
   QPushButton* button_;

@@ -1,0 +1,101 @@
+// The window, measured from inside: until the first key typed appears, its memory, and a mailing through it.
+//   bench_desktop PROFILE HTML SUBJECT, with QUILLCAST_BENCH_START in nanoseconds of the monotonic clock
+#include <fmt/format.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QTest>
+#include <chrono>
+#include <cstdlib>
+
+#include "app/startup.h"
+#include "app/ui/main_form.h"
+#include "app/ui/splash_form.h"
+#include "compose/ui/html_editor.h"
+#include "platform/environment.h"
+#include "platform/file.h"
+#include "platform/ui/qt_prompts.h"
+#include "platform/ui/qt_text.h"
+#include "sending/ui/send_mail_form1.h"
+
+namespace quillcast {
+namespace {
+
+double Now() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration<double>(now).count();
+}
+
+template <typename Condition>
+void WaitFor(const Condition& condition) {
+  while (!condition()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
+}
+
+// Of this process and those it started: what they have for themselves, and their share of what they have together.
+long MemoryKiB() {
+  long total = 0;
+  const QString self = QString::number(QCoreApplication::applicationPid());
+  for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
+    QFile environment("/proc/" + entry + "/environ");
+    QFile status("/proc/" + entry + "/smaps_rollup");
+    if (!environment.open(QIODevice::ReadOnly) || !status.open(QIODevice::ReadOnly)) continue;
+    if (entry != self && !environment.readAll().contains("QUILLCAST_BENCH_START=")) continue;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+      if (line.startsWith("Pss:")) total += line.mid(4).simplified().split(' ').first().toLong();
+    }
+  }
+  return total;
+}
+
+int Measure(const app::Program& program, const std::string& html, const std::string& subject) {
+  app::MainForm window(program);
+  window.Load();
+  window.show();
+  auto& editor = *window.findChild<compose::HtmlEditor*>("Editor");
+  WaitFor([&] { return QApplication::focusWidget() != nullptr && editor.isAncestorOf(QApplication::focusWidget()); });
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_X);
+  WaitFor([&] { return editor.PlainText() == "x"; });
+  const char* start = std::getenv("QUILLCAST_BENCH_START");
+  fmt::print("usable {:.3f}\n", Now() - (start == nullptr ? 0 : std::atof(start) / 1e9));
+  QTest::qWait(1500);
+  fmt::print("memory {}\n", MemoryKiB());
+
+  const recipients::RecipientStore store(program.folders.Database());
+  sending::SendJob job;
+  job.document.subject = subject;
+  job.document.html = html;
+  job.group = **store.FindGroup("All");
+  job.recipients = *store.CountRecipients("All");
+  sending::SendMailForm1 form(program, job, &window);
+  form.show();
+  auto* button = form.findChild<QPushButton*>("SendButton");
+  const double begin = Now();
+  button->click();
+  WaitFor([&] { return form.stage() == sending::SendMailForm1::Stage::kFinished; });
+  fmt::print("sent {:.3f}\n", Now() - begin);
+  std::fflush(stdout);
+  std::_Exit(0);  // closing would ask
+}
+
+}  // namespace
+}  // namespace quillcast
+
+int main(int argc, char** argv) {
+  using namespace quillcast;
+  if (argc < 4) return 64;
+  ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 0);
+  QApplication application(argc, argv);
+  const platform::ProcessEnvironment environment;
+  const app::Folders folders =
+      app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), argv[1]);
+  app::SettingsStore settings(folders.settings);
+  platform::QtPrompts prompts("bench");
+  platform::XdgDesktop desktop(false);
+  platform::SystemPower power;
+  platform::SystemClock clock;
+  platform::SystemEntropy entropy;
+  const auto html = platform::ReadFile(argv[2], 1 << 20);
+  return Measure({folders, settings, prompts, desktop, power, clock, entropy}, html ? *html : "", argv[3]);
+}
