@@ -1,13 +1,18 @@
 #include <QClipboard>
+#include <QDropEvent>
 #include <QGuiApplication>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QWebEnginePage>
+#include <QWebEngineView>
 #include <csignal>
 
 #include "compose/ui/editor_document.h"
@@ -287,6 +292,55 @@ class EditorTest : public QObject {
              QString("<!DOCTYPE html><html><head><title>T</title></head><body><p>xno body tag</p></body></html>"));
     QVERIFY(editor_->PrintToPdf(folder.filePath("a.pdf")));
     QVERIFY(QFileInfo(folder.filePath("a.pdf")).size() > 1000);
+  }
+
+  // Compared by the engine's own HTML parser: the body that is saved has the tree of the source but for the edit.
+  void anEditChangesNothingElse() {
+    const QString source =
+        "<html><head><title>T</title></head><BODY TEXT=black>\r\n<!-- c --><!--[if mso]><p>o</p><![endif]--><CENTER>"
+        "<P id=edit>here<P CLASS=x title='a \"b\" &amp; c'>&copy;&nbsp;&lt;b&gt; &unknown; &#8364;<TABLE "
+        "border=1><TR><TD>1"
+        "<TD nowrap>2</TABLE><ul><li>a<li>b<ol type=a><li>c</ol></ul><pre>\n\n  x  </pre><font size=+1 face=\"A, B\">f"
+        "</font><img src=a.png alt><br/><hr noshade><a href='$*MergeWebSite*$?a=1&b=2'>l</a><textarea>\nt</textarea>"
+        "<svg viewBox='0 0 1 1'><path d='M0 "
+        "0'/></svg><o:p>&nbsp;</o:p><b><i>mis</b>nested</i></CENTER>tail</BODY></html>";
+    QVERIFY(editor_->SetHtml(source));
+    editor_->Evaluate("getSelection().collapse(document.getElementById('edit').firstChild, 4)");
+    QVERIFY(editor_->InsertHtml("EDIT"));
+    const QString saved = editor_->Html();
+    QVERIFY(saved.contains("hereEDIT"));
+    const auto literal = [](const QString& text) {
+      return QString::fromUtf8(QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact)) + "[0]";
+    };
+    const QString same = QString(
+                             "(p=>p(%1).isEqualNode(p(%2.replace('EDIT',''))))"
+                             "(h=>new DOMParser().parseFromString(h,'text/html').documentElement)")
+                             .arg(literal(source), literal(saved));
+    QVERIFY2(editor_->Evaluate(same).toBool(), qPrintable(saved));
+  }
+
+  void droppedPicturesAreInserted() {
+    QTemporaryDir folder;
+    QImage image(4, 4, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    QVERIFY(image.save(folder.filePath("a.png")));
+    Load("<p>x</p>");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath("a.png"))});
+    auto* view = editor_->findChild<QWebEngineView*>();
+    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &enter);
+    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &drop);
+    QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
+  }
+
+  void theLastOfManyDocumentsCounts() {
+    for (int i = 0; i < 5; ++i) {
+      QTimer::singleShot(0, editor_, [this, i] { editor_->SetHtml(QString("<p>number %1</p>").arg(i)); });
+    }
+    QTRY_COMPARE(editor_->PlainText().trimmed(), QString("number 4"));
+    QCOMPARE(editor_->Html(), QString("<p>number 4</p>"));
   }
 
   void documentsComeBackByteForByte() {

@@ -384,6 +384,37 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Notice().contains("no mail account"));
   }
 
+  void practiceNeverTakesTheAccountOfItsOwner() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    const std::string port = *scene.rig.settings.Read("Account", "Port", "");
+    test::WhileOpen("EmailManagerForm", [](QDialog& form) {
+      form.findChild<QLineEdit*>("FullNameTextBox")->setText("Ada");
+      form.findChild<QLineEdit*>("EmailTextBox")->setText("ada@example.org");
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    scene.window->Dispatch(39);
+    QVERIFY(scene.Notice().contains("Practice"));  // still its server
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    scene.Open();
+    QVERIFY(scene.Notice().contains("Practice"));  // goes on after a start
+    test::WhileOpen("EmailManagerForm", [](QDialog& form) {
+      form.findChild<QLineEdit*>("ServerTextBox")->setText("mail.example.org");
+      form.findChild<QLineEdit*>("PortTextBox")->setText("587");
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    scene.window->Dispatch(39);
+    QCOMPARE(scene.Notice(), QString());
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    scene.Open();
+    QCOMPARE(scene.Notice(), QString());
+    QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.example.org");
+    QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
+  }
+
   void helpAndTipsOpen() {
     Scene scene;
     scene.Open();

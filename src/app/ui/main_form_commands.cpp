@@ -15,6 +15,7 @@
 #include "app/ui/help_form.h"
 #include "app/ui/main_form.h"
 #include "app/ui/message_header.h"
+#include "app/ui/practice_mailbox.h"
 #include "app/ui/preview_form.h"
 #include "app/ui/tips_form.h"
 #include "compose/merge_fields.h"
@@ -339,6 +340,9 @@ void MainForm::EditAccount() {
     header_->ShowSender(ToQt(texts.from), ToQt(texts.method));
   };
   form.exec();
+  const auto account = sending::AccountSettings::Load(program_.settings);
+  if (account && practice_->EndsWith(*account))
+    Say(tr("Practice has ended: the account names a server of its own now."));
   ShowNotices();
 }
 

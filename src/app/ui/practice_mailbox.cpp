@@ -8,14 +8,37 @@
 namespace quillcast::app {
 namespace {
 
-using enum sending::AccountKey;
+using sending::AccountKey;
+constexpr auto kServer = AccountKey::kServer;
+constexpr auto kPort = AccountKey::kPort;
+constexpr auto kEmail = AccountKey::kEmail;
 
 constexpr const char* kSection = "Options";
-constexpr const char* kKey = "Practice";
+constexpr const char* kKey = "Practice";  // the port of the mailbox; empty when nobody practises
+constexpr const char* kHost = "127.0.0.1";
+constexpr const char* kName = "Practice";
+constexpr const char* kAddress = "practice@quillcast.example";
+
+bool Names(const sending::AccountSettings& account, std::string_view port) {
+  return !port.empty() && account[kServer] == kHost && account[kPort] == port;
+}
 
 }  // namespace
 
-bool PracticeMailbox::WasOn() const { return program_.settings.Read(kSection, kKey, "0").ValueOr("0") == "1"; }
+bool PracticeMailbox::WasOn() const {
+  const auto account = sending::AccountSettings::Load(program_.settings);
+  const auto port = program_.settings.Read(kSection, kKey, "");
+  return account && port && Names(*account, *port);
+}
+
+bool PracticeMailbox::EndsWith(const sending::AccountSettings& account) {
+  if (!is_on() || Names(account, port_)) return false;
+  Stop();
+  IgnoreErrors(Forget());  // the next start sees that the account names another server
+  return true;
+}
+
+Result<void> PracticeMailbox::Forget() { return program_.settings.Write(kSection, kKey, ""); }
 
 Result<void> PracticeMailbox::Begin() {
   Stop();
@@ -28,25 +51,30 @@ Result<void> PracticeMailbox::Begin() {
   const std::string& address = server->address();
   auto account = sending::AccountSettings::Load(program_.settings);
   if (!account) return account.error();
-  if ((*account)[kName].empty()) account->Set(kName, "Practice");
-  if ((*account)[kEmail].empty()) account->Set(kEmail, "practice@quillcast.example");
-  account->Set(kServer, "127.0.0.1");
-  account->Set(kPort, address.substr(address.rfind(':') + 1));
-  account->Set(kAuth, "0");
-  account->Set(kSecurity, "Automatic");
+  if ((*account)[AccountKey::kName].empty()) account->Set(AccountKey::kName, kName);
+  if ((*account)[kEmail].empty()) account->Set(kEmail, kAddress);
+  account->Set(kServer, kHost);
+  port_ = address.substr(address.rfind(':') + 1);
+  account->Set(kPort, port_);
+  account->Set(AccountKey::kAuth, "0");
+  account->Set(AccountKey::kSecurity, "Automatic");
   auto saved = account->Save(program_.settings);
   if (!saved) return saved;
   stop_ = std::make_unique<platform::CancelToken>();
   // Why it ended does not matter: who sends to it then is told that nobody answers.
   thread_ = std::thread([this, mailbox = std::move(*server)]() mutable { IgnoreErrors(mailbox.Run(*stop_)); });
-  return program_.settings.Write(kSection, kKey, "1");
+  return program_.settings.Write(kSection, kKey, port_);
 }
 
 Result<void> PracticeMailbox::End() {
   Stop();
-  auto forgotten = program_.settings.Write(kSection, kKey, "0");
+  auto forgotten = Forget();
   if (!forgotten) return forgotten;
-  return program_.settings.DeleteSection(sending::kAccountSection);
+  auto account = sending::AccountSettings::Load(program_.settings);
+  if (!account) return account.error();
+  if ((*account)[kEmail] == kAddress) return program_.settings.DeleteSection(sending::kAccountSection);
+  account->Set(kServer, "");
+  return account->Save(program_.settings);
 }
 
 void PracticeMailbox::Stop() {

@@ -9,6 +9,7 @@
 #include "app/program.h"
 #include "platform/cancel.h"
 #include "platform/result.h"
+#include "sending/account_settings.h"
 
 namespace quillcast::app {
 
@@ -18,12 +19,14 @@ class PracticeMailbox final : public QObject {
   PracticeMailbox(const Program& program, QObject* parent) : QObject(parent), program_(program) {}
   ~PracticeMailbox() override { Stop(); }
 
-  // An earlier session was practising.
+  // An earlier session was practising, and the account still names its mailbox.
   bool WasOn() const;
+  // The account was changed: practice ends where it names another server now. True when it did.
+  bool EndsWith(const sending::AccountSettings& account);
   // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
   // missing.
   Result<void> Begin();
-  // Stops it, and takes it out of the account.
+  // Stops it, and takes it out of the account; a sender's name and address that are the person's own stay.
   Result<void> End();
   bool is_on() const { return thread_.joinable(); }
   std::filesystem::path folder() const { return program_.folders.data / "Practice"; }
@@ -33,10 +36,12 @@ class PracticeMailbox final : public QObject {
 
  private:
   void Stop();
+  Result<void> Forget();
 
   const Program& program_;
   std::unique_ptr<platform::CancelToken> stop_;
   std::thread thread_;
+  std::string port_;
 };
 
 }  // namespace quillcast::app

@@ -47,13 +47,20 @@
     return selection.isCollapsed && selection.anchorNode === firstPlace && selection.anchorOffset === 0;
   };
   quill.edits = () => edits;
-  // The list commands leave a list in its paragraph, which every parser takes apart into empty ones around it.
+  // What would not be read back as it is: the list commands leave a list in its paragraph, which every parser takes apart
+  // into empty ones around it; and a line end that begins one of these elements is not written twice, as it has to be.
+  const kLoneList = 'p > ul:only-child, p > ol:only-child';
+  const kLineEndGoes = 'pre, textarea, listing';
+  const beginsWithLineEnd = element => element.firstChild && /^\n/.test(element.firstChild.data);
   const inner = () => {
-    const kLoneList = 'p > ul:only-child, p > ol:only-child';
-    if (!document.body.querySelector(kLoneList)) return document.body.innerHTML;
+    const blocks = Array.from(document.body.querySelectorAll(kLineEndGoes));
+    if (!document.body.querySelector(kLoneList) && !blocks.some(beginsWithLineEnd)) return document.body.innerHTML;
     const copy = document.body.cloneNode(true);
     copy.querySelectorAll(kLoneList).forEach(list => {
       if (list.parentNode.childNodes.length === 1) list.parentNode.replaceWith(list);
+    });
+    copy.querySelectorAll(kLineEndGoes).forEach(element => {
+      if (beginsWithLineEnd(element)) element.prepend('\n');
     });
     return copy.innerHTML;
   };

@@ -69,6 +69,8 @@ void EditorView::dropEvent(QDropEvent* event) {
     QWebEngineView::dropEvent(event);
     return;
   }
+  QDragLeaveEvent leave;  // for the page the drag is over
+  QWebEngineView::dragLeaveEvent(&leave);
   event->acceptProposedAction();
   emit FilesDropped(files);
 }

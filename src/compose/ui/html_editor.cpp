@@ -172,7 +172,18 @@ QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
   return answer->value;
 }
 
+// The page takes one document after the other: what comes while one is waited for is taken by that call.
 bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
+  waiting_ = {source, base};
+  if (loading_) return true;
+  loading_ = true;
+  bool loaded = false;
+  while (const auto next = std::exchange(waiting_, {})) loaded = Load(next->source, next->base);
+  loading_ = false;
+  return loaded;
+}
+
+bool HtmlEditor::Load(const QString& source, const QUrl& base) {
   snapshot_pause_->stop();
   source_ = last_seen_ = source;
   cut_ = CutAtBody(platform::FromQt(source));

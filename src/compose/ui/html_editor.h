@@ -9,6 +9,7 @@
 #include <QVariant>
 #include <QWidget>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "compose/body_source.h"
@@ -30,8 +31,9 @@ class HtmlEditor final : public QWidget {
   explicit HtmlEditor(QWidget* parent = nullptr);
   ~HtmlEditor() override;
 
-  // Replaces the document and returns when it can be edited; false when the page did not answer. Relative references
-  // start from `base`. Nothing can be undone afterwards, and the document counts as unchanged.
+  // Replaces the document and returns when it can be edited; false when the page did not answer. What is given
+  // meanwhile comes after it, and the last of it counts. Relative references start from `base`. Nothing can be undone
+  // afterwards, and the document counts as unchanged.
   bool SetHtml(const QString& source, const QUrl& base = {});
   QString Html() const;
   QString PlainText() const;
@@ -78,6 +80,11 @@ class HtmlEditor final : public QWidget {
   void Trouble(const QString& sentence);
 
  private:
+  struct Document {
+    QString source;
+    QUrl base;
+  };
+  bool Load(const QString& source, const QUrl& base);
   QString Assemble(const QVariantMap& body) const;
   void TakeNotice();
   void PastePicture();
@@ -92,8 +99,10 @@ class HtmlEditor final : public QWidget {
   BodySource cut_;
   QUrl base_;
   QString picture_folder_;
-  bool touched_ = false;   // edited since it was set
-  bool modified_ = false;  // edited since it was set or saved
+  bool loading_ = false;
+  std::optional<Document> waiting_;  // to be loaded next
+  bool touched_ = false;             // edited since it was set
+  bool modified_ = false;            // edited since it was set or saved
   bool read_only_ = false;
 };
 

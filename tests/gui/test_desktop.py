@@ -1,0 +1,73 @@
+"""The desktop program as a process: a second start, no display, a kill and what it leaves."""
+import os
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+PROGRAM = os.environ["QUILLCAST_DESKTOP"]
+
+
+def start(profile, **environment):
+    return subprocess.Popen([PROGRAM, "--profile", profile], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                            env={**os.environ, "QTWEBENGINE_DISABLE_SANDBOX": "1", **environment})
+
+
+class Desktop(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.profile = Path(folder.name)
+
+    def first(self):
+        process = start(self.profile, QT_QPA_PLATFORM="offscreen")
+        def end():
+            process.kill()
+            process.wait()
+            process.stderr.close()
+        self.addCleanup(end)
+        deadline = time.monotonic() + 30
+        while not (self.profile / "data" / "History").exists():
+            self.assertIsNone(process.poll(), "it ended")
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+        return process
+
+    def test_a_second_start_ends_without_a_word(self):
+        first = self.first()
+        second = start(self.profile, QT_QPA_PLATFORM="offscreen")
+        _, words = second.communicate(timeout=20)
+        self.assertEqual(second.returncode, 0)
+        self.assertNotIn("Quillcast", words)
+        self.assertIsNone(first.poll())
+
+    def test_a_killed_one_does_not_lock_out_the_next(self):
+        first = self.first()
+        first.send_signal(signal.SIGKILL)
+        first.wait()
+        again = start(self.profile, QT_QPA_PLATFORM="offscreen")
+        try:
+            with self.assertRaises(subprocess.TimeoutExpired):
+                again.wait(timeout=2)
+        finally:
+            again.kill()
+            again.communicate()
+
+    def test_without_a_display_it_names_the_command(self):
+        environment = {name: value for name, value in os.environ.items()
+                       if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
+        done = subprocess.run([PROGRAM], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                              timeout=20)
+        self.assertEqual(done.returncode, 69)
+        self.assertIn("quillcast --help", done.stderr)
+
+    def test_files_are_private(self):
+        self.first()
+        for path in [self.profile / "data", *(self.profile / "data").iterdir()]:
+            self.assertEqual(path.stat().st_mode & 0o077, 0, path)
+
+
+if __name__ == "__main__":
+    unittest.main()
