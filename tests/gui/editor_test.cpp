@@ -363,6 +363,16 @@ class EditorTest : public QObject {
     QVERIFY(!document.HasUnsavedChanges());
     QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->starts_with("<html><body>&#937;caf\xE9 "));
     QVERIFY(!document.SaveTo(folder.path() / "missing" / "out.html"));
+    using std::filesystem::perms;
+    std::filesystem::permissions(folder.path() / "out.html",
+                                 perms::owner_read | perms::owner_write | perms::group_read);
+    std::filesystem::create_symlink(folder.path() / "out.html", folder.path() / "link.html");
+    QVERIFY(editor_->InsertHtml("more"));
+    QVERIFY(document.SaveTo(folder.path() / "link.html"));
+    QVERIFY(std::filesystem::is_symlink(folder.path() / "link.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->find("more") != std::string::npos);
+    QVERIFY(std::filesystem::status(folder.path() / "out.html").permissions() ==
+            (perms::owner_read | perms::owner_write | perms::group_read));
   }
 
   void whatWasNotSavedIsRecovered() {

@@ -22,6 +22,17 @@ void Remove(const fs::path& file) {
   fs::remove(file, ignored);
 }
 
+// The file that a link leads to gets the new content, and a file that was there keeps its permissions.
+Result<void> Replace(const fs::path& file, std::string_view bytes) {
+  std::error_code failed;
+  const fs::path target = fs::is_symlink(file, failed) ? fs::canonical(file, failed) : file;
+  if (target.empty()) return platform::SystemError("write", file, failed.value());
+  const auto before = fs::status(target, failed);
+  auto written = platform::ReplaceFile(target, bytes);
+  if (written && fs::exists(before)) fs::permissions(target, before.permissions(), failed);
+  return written;
+}
+
 }  // namespace
 
 EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders)
@@ -78,7 +89,7 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
-  auto written = platform::ReplaceFile(file, bytes);
+  auto written = Replace(file, bytes);
   if (!written) return written;
   read_ = BodyFile{std::move(bytes), html, read_ ? read_->encoding : BodyEncoding::kUtf8};
   file_ = file;
