@@ -16,6 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kBlock = std::size_t{64} * 1024;
+
 bool IsBelow(const fs::path& file, const fs::path& folder) {
   const auto [end, at] = std::mismatch(folder.begin(), folder.end(), file.begin(), file.end());
   return end == folder.end() && at != file.end();
@@ -41,9 +43,18 @@ std::string FreeName(const fs::path& file, std::set<std::string>& taken) {
 }
 
 Result<void> Copy(const fs::path& from, const fs::path& to) {
-  auto content = platform::ReadFile(from, std::uint64_t{1} << 30);
-  if (!content) return content.error();
-  return platform::ReplaceFile(to, *content);
+  const auto source = platform::OpenForReading(from);
+  if (!source) return source.error();
+  return platform::ReplaceFile(to, [&](int fd) -> Result<void> {
+    std::string block(kBlock, '\0');
+    for (;;) {
+      const auto got = platform::ReadSome(source->get(), from, block.data(), block.size());
+      if (!got) return got.error();
+      if (*got == 0) return {};
+      auto written = platform::WriteAll(fd, to, std::string_view(block).substr(0, *got));
+      if (!written) return written;
+    }
+  });
 }
 
 }  // namespace

@@ -287,7 +287,10 @@ class EditorTest : public QObject {
     Load(inner);
     QVERIFY(editor_->Evaluate("document.body.innerHTML", 60000).toString() == inner);
     QVERIFY(editor_->SetHtml("<!DOCTYPE html><title>T</title><p>no body tag"));
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
     QVERIFY(editor_->InsertHtml("x"));
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QCOMPARE(snapshots.last().first().toString(), editor_->Html());
     QCOMPARE(editor_->Html(),
              QString("<!DOCTYPE html><html><head><title>T</title></head><body><p>xno body tag</p></body></html>"));
     QVERIFY(editor_->PrintToPdf(folder.filePath("a.pdf")));

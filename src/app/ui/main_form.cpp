@@ -31,6 +31,7 @@ namespace {
 using platform::ToQt;
 
 constexpr const char* kPlaceSection = "Window";
+constexpr int kArrivalsPause = 250;   // milliseconds
 constexpr int kSentenceTime = 15000;  // milliseconds that a sentence stands in the status bar
 
 }  // namespace
@@ -47,6 +48,7 @@ MainForm::MainForm(const Program& program)
       document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders)),
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
+      arrivals_(new QTimer(this)),
       first_panel_(new QLabel(this)) {
   BuildWindow();
   MakeStatusBar();
@@ -120,8 +122,10 @@ void MainForm::ConnectParts() {
   connect(groups_, &GroupsMenu::ImportRequested, this, [this] { Dispatch(43); });
   connect(practice_, &PracticeMailbox::Arrived, this, [this] {
     ++arrived_;
-    ShowNotices();
+    if (!arrivals_->isActive()) arrivals_->start(kArrivalsPause);
   });
+  arrivals_->setSingleShot(true);
+  connect(arrivals_, &QTimer::timeout, this, &MainForm::ShowNotices);
 }
 
 void MainForm::Load() {

@@ -13,6 +13,7 @@
 class QLabel;
 class QPlainTextEdit;
 class QStackedWidget;
+class QTimer;
 
 namespace quillcast::compose {
 class EditorDocument;
@@ -101,6 +102,7 @@ class MainForm final : public QMainWindow {
   GroupsMenu* groups_;
   PracticeMailbox* practice_;
   int arrived_ = 0;
+  QTimer* arrivals_;  // tells of them a few times a second
   QLabel* first_panel_;
 };
 

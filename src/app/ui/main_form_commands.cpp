@@ -106,23 +106,7 @@ void MainForm::Dispatch(int identifier) {
       return;
     case Action::kMergeField:
       return InsertMergeField(command->merge_field);
-    // Their windows are not there yet, and the command bar does not offer them.
-    case Action::kProperties:
-    case Action::kDateTime:
-    case Action::kTemplate:
-    case Action::kBody:
-    case Action::kLine:
-    case Action::kTable:
-    case Action::kSignature:
-    case Action::kDomainTools:
-    case Action::kExtraForm1:
-    case Action::kExtraForm2:
-    case Action::kExtraForm3:
-    case Action::kExtraForm4:
-    case Action::kExtraForm5:
-    case Action::kTutorial:
-    case Action::kUpdate:
-    case Action::kHomePage:
+    default:  // its window is not there yet: see CommandBar::IsOffered
       return;
   }
 }
@@ -355,7 +339,7 @@ void MainForm::ImportRecipients() {
     return;
   }
   if (header_->Group().isEmpty()) {
-    program_.prompts.Warn("Please specify a group in the To field.");
+    Say(tr("Choose the group that the addresses are for."));
     FocusOn("ToComboBox");
     return;
   }

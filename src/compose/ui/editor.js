@@ -52,26 +52,26 @@
   const kLoneList = 'p > ul:only-child, p > ol:only-child';
   const kLineEndGoes = 'pre, textarea, listing';
   const beginsWithLineEnd = element => element.firstChild && /^\n/.test(element.firstChild.data);
-  const inner = () => {
-    const blocks = Array.from(document.body.querySelectorAll(kLineEndGoes));
-    if (!document.body.querySelector(kLoneList) && !blocks.some(beginsWithLineEnd)) return document.body.innerHTML;
-    const copy = document.body.cloneNode(true);
+  const readable = root => {  // the element itself, or a copy in which that is mended
+    const blocks = Array.from(root.querySelectorAll(kLineEndGoes));
+    if (!root.querySelector(kLoneList) && !blocks.some(beginsWithLineEnd)) return root;
+    const copy = root.cloneNode(true);
     copy.querySelectorAll(kLoneList).forEach(list => {
       if (list.parentNode.childNodes.length === 1) list.parentNode.replaceWith(list);
     });
     copy.querySelectorAll(kLineEndGoes).forEach(element => {
       if (beginsWithLineEnd(element)) element.prepend('\n');
     });
-    return copy.innerHTML;
+    return copy;
   };
   quill.body = () => ({
     attributes: Array.from(document.body.attributes, a => [a.name, a.value]),
-    inner: inner(),
+    inner: readable(document.body).innerHTML,
   });
   quill.whole = () => {
     const copy = document.documentElement.cloneNode(true);
     copy.querySelector('quill-marks').remove();
-    return copy.outerHTML;
+    return readable(copy).outerHTML;
   };
   quill.text = () => document.body.innerText;
   quill.exec = (name, value) => { ensureSelection(); return document.execCommand(name, false, value); };

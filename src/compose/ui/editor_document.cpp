@@ -111,8 +111,9 @@ Result<void> EditorDocument::Recover() {
   file_.clear();
   read_.reset();
   editor_.SetModified(true);
-  DropRecovered();
-  return platform::ReplaceFile(Autosave(), read->text);  // it is still not saved
+  auto kept = platform::ReplaceFile(Autosave(), read->text);  // it is still not saved
+  if (kept) DropRecovered();
+  return kept;
 }
 
 void EditorDocument::DropRecovered() const { Remove(Recovered()); }

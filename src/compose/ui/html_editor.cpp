@@ -141,9 +141,9 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   snapshot_pause_->setSingleShot(true);
   snapshot_pause_->setInterval(kSnapshotPause);
   connect(snapshot_pause_, &QTimer::timeout, this, [this] {
-    page_->runJavaScript("quill.body()", kWorld, [this](const QVariant& value) {
+    page_->runJavaScript(SavingScript(), kWorld, [this](const QVariant& value) {
       if (!value.isValid()) return;  // the page's process is gone
-      last_seen_ = Assemble(value.toMap());
+      last_seen_ = Assemble(value);
       emit Snapshot(last_seen_);
     });
   });
@@ -237,7 +237,12 @@ void HtmlEditor::TakeNotice() {
   snapshot_pause_->start();
 }
 
-QString HtmlEditor::Assemble(const QVariantMap& body) const {
+// What asks the page for the document, and Assemble understands.
+QString HtmlEditor::SavingScript() const { return cut_.has_body ? "quill.body()" : "quill.whole()"; }
+
+QString HtmlEditor::Assemble(const QVariant& saved) const {
+  if (!cut_.has_body) return platform::ToQt(cut_.head) + saved.toString();
+  const QVariantMap body = saved.toMap();
   QString tag = "<body";
   for (const QVariant& pair : body["attributes"].toList()) {
     tag += QString(" %1=\"%2\"").arg(pair.toList().at(0).toString(), pair.toList().at(1).toString().toHtmlEscaped());
@@ -247,12 +252,8 @@ QString HtmlEditor::Assemble(const QVariantMap& body) const {
 
 QString HtmlEditor::Html() const {
   if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
-  if (!cut_.has_body) {
-    const QVariant html = Evaluate("quill.whole()", kLoadLimit);
-    return html.isValid() ? platform::ToQt(cut_.head) + html.toString() : last_seen_;
-  }
-  const QVariant body = Evaluate("quill.body()", kLoadLimit);
-  return body.isValid() ? Assemble(body.toMap()) : last_seen_;
+  const QVariant saved = Evaluate(SavingScript(), kLoadLimit);
+  return saved.isValid() ? Assemble(saved) : last_seen_;
 }
 
 QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLimit).toString(); }

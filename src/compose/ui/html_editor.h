@@ -85,7 +85,8 @@ class HtmlEditor final : public QWidget {
     QUrl base;
   };
   bool Load(const QString& source, const QUrl& base);
-  QString Assemble(const QVariantMap& body) const;
+  QString SavingScript() const;
+  QString Assemble(const QVariant& saved) const;
   void TakeNotice();
   void PastePicture();
   void Restore();

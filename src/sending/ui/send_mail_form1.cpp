@@ -27,6 +27,7 @@ using platform::ToQt;
 
 constexpr int kTick = 100;  // milliseconds between looks at the run
 constexpr int kBarSteps = 1000;
+constexpr int kMostNotes = 4;
 
 int Steps(std::uint64_t done, std::uint64_t total) {
   return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
@@ -168,7 +169,8 @@ void SendMailForm1::TakeNews() {
   worker_->TakeResults(results_);
   results_view_->Grow();
   ShowProgress(news);
-  for (const auto& note : news.notes) Say(ToQt(platform::Printable(note)));
+  for (const auto& note : news.notes) notes_ << ToQt(platform::Printable(note));
+  if (!news.notes.empty()) Say({});
 }
 
 void SendMailForm1::ShowProgress(const RunNews& news) {
@@ -218,6 +220,12 @@ void SendMailForm1::CountDown() {
   accept();
 }
 
-void SendMailForm1::Say(const QString& sentence) { status_->setText(sentence); }
+// What was noted about the run stays above it.
+void SendMailForm1::Say(const QString& sentence) {
+  QStringList lines = notes_.mid(0, kMostNotes);
+  if (notes_.size() > kMostNotes) lines << tr("And %1 more of the same kind.").arg(notes_.size() - kMostNotes);
+  if (!sentence.isEmpty()) lines << sentence;
+  status_->setText(lines.join('\n'));
+}
 
 }  // namespace quillcast::sending

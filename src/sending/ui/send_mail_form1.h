@@ -52,6 +52,7 @@ class SendMailForm1 final : public QDialog {
   bool cancel_asked_ = false;
   RunWorker* worker_;
   RunResults results_;
+  QStringList notes_;  // about the run
   QTimer* tick_;
   QElapsedTimer running_;
   bool report_open_ = false;
