@@ -8,11 +8,6 @@
 namespace quillcast::cli {
 namespace {
 
-compose::Priority PriorityFrom(const std::string& text) {
-  if (text == "High") return compose::Priority::kHigh;
-  return text == "Low" ? compose::Priority::kLow : compose::Priority::kNormal;
-}
-
 // The format box as it starts, then as it is picked.
 Result<void> ChooseFormat(compose::MessageDocument& document, const std::string& asked,
                           const app::SettingsStore& settings, platform::Prompts& prompts) {
@@ -26,7 +21,7 @@ Result<void> ChooseFormat(compose::MessageDocument& document, const std::string&
   } else if (document.format == compose::Format::kText) {
     return {};  // the body came from a text file
   }
-  document.format = format == "Text" ? compose::Format::kText : compose::Format::kHtml;
+  document.format = compose::FormatFrom(format);
   return {};
 }
 
@@ -60,7 +55,7 @@ Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, co
   auto chosen = ChooseFormat(document, options.format, settings, prompts);
   if (!chosen) return chosen.error();
   document.subject = options.subject;
-  document.priority = PriorityFrom(options.priority);
+  document.priority = compose::PriorityFrom(options.priority);
   document.read_receipt = options.read_receipt;
   for (const auto& file : options.attachments) {
     if (file.empty()) return Error{Failure::kUsage, "--attach names no file.", "Give it the path of a file."};

@@ -1,11 +1,10 @@
 // quillcast import: recipients from a text file.
 #include <fmt/format.h>
-#include <langinfo.h>
 
-#include <clocale>
 #include <memory>
 
 #include "cli/commands.h"
+#include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "recipients/delimiters.h"
 #include "recipients/recipient_import.h"
@@ -32,15 +31,6 @@ struct ImportOptions {
   std::string encoding;
   bool preview = false;
 };
-
-// The character set of the user's locale, as the report is written in.
-std::string LocaleCodeset() {
-  const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-  if (locale == nullptr) return "UTF-8";
-  std::string codeset = ::nl_langinfo_l(CODESET, locale);
-  ::freelocale(locale);
-  return codeset;
-}
 
 Result<ImportRequest> RequestOf(const ImportOptions& options) {
   if (options.harvest == !options.map.empty()) {
@@ -135,7 +125,7 @@ int Conclude(Context& context, const ImportRequest& request, const ImportPlaces&
 int RunImport(Context& context, const ImportOptions& options) {
   const auto request = RequestOf(options);
   if (!request) return context.output.Fail(request.error());
-  const std::string codeset = LocaleCodeset();
+  const std::string codeset = platform::LocaleCodeset();
   if (options.preview) return Preview(context, *request, codeset);
 
   const auto folders = context.PreparedFolders();

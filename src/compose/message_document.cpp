@@ -11,6 +11,13 @@ constexpr const char* kHtmlFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All 
 
 }  // namespace
 
+Format FormatFrom(std::string_view text) { return text == "Text" ? Format::kText : Format::kHtml; }
+
+Priority PriorityFrom(std::string_view text) {
+  if (text == "High") return Priority::kHigh;
+  return text == "Low" ? Priority::kLow : Priority::kNormal;
+}
+
 std::string MessageDocument::PlainText() const { return text ? *text : mime::HtmlToText(html); }
 
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file) {

@@ -17,6 +17,10 @@ namespace quillcast::compose {
 enum class Format { kHtml, kText };
 enum class Priority { kLow, kNormal, kHigh };
 
+// What the boxes of the main window and the options of the command call them; any other text counts as the usual one.
+Format FormatFrom(std::string_view text);
+Priority PriorityFrom(std::string_view text);
+
 struct MessageDocument {
   std::string subject;
   std::string html;                   // the body, always kept as HTML

@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <memory>
 
+#include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "platform/ui/qt_text.h"
 #include "recipients/group_checks.h"
@@ -63,7 +64,8 @@ void GroupsMenu::ImportInto(const QString& group) {
   recipients::ImportRequest request;
   request.file = files.front();
   request.group = FromQt(group);
-  const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(), "UTF-8"};
+  const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(),
+                                        platform::LocaleCodeset()};
   import_->Start([this, request, places, group](const platform::CancelToken& cancel) {
     auto outcome = std::make_shared<recipients::ImportOutcome>(
         recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));

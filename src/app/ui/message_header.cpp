@@ -200,13 +200,10 @@ void MessageHeader::ShowCount() {
 
 void MessageHeader::Collect(compose::MessageDocument& document) const {
   document.subject = FromQt(subject_->text());
-  document.format = format_->currentText() == "Text" ? compose::Format::kText : compose::Format::kHtml;
+  document.format = compose::FormatFrom(FromQt(format_->currentText()));
+  document.priority = compose::PriorityFrom(FromQt(priority_->currentText()));
   document.attachments = attachments_;
   document.read_receipt = receipt_->isChecked();
-  const QString priority = priority_->currentText();
-  document.priority = priority == "High"  ? compose::Priority::kHigh
-                      : priority == "Low" ? compose::Priority::kLow
-                                          : compose::Priority::kNormal;
 }
 
 void MessageHeader::PickFormat() {
