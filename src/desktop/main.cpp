@@ -6,15 +6,12 @@
 #include <QDialog>
 #include <QKeyEvent>
 #include <QScreen>
-#include <QTimer>
 #include <csignal>
 #include <cstdio>
-#include <memory>
 
 #include "app/startup.h"
 #include "app/ui/help_form.h"
-#include "app/ui/main_form.h"
-#include "app/ui/splash_form.h"
+#include "app/ui/start_window.h"
 #include "app/version.h"
 #include "desktop/single_instance.h"
 #include "platform/environment.h"
@@ -24,8 +21,6 @@
 
 namespace quillcast::desktop {
 namespace {
-
-constexpr int kSplashTime = 1000;  // milliseconds
 
 // F1 opens the help at the topic of the window that it is pressed in.
 class HelpKey final : public QObject {
@@ -82,23 +77,10 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const app::Program program{folders, settings, prompts, desktop, power, clock, entropy};
-  std::unique_ptr<app::SplashForm> splash;
-  if (settings.Read("Options", "Splash", "1").ValueOr("1") != "0") {
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    splash = std::make_unique<app::SplashForm>(app::GetWinVer(app::RunningSystem()));
-    splash->Run();
-  }
   HelpKey help_key(folders);
   application.installEventFilter(&help_key);
-  app::MainForm window(program);
-  QObject::connect(&instance, &SingleInstance::Raised, &window, &app::MainForm::Flash);
-  window.Load();
-  QTimer::singleShot(splash ? kSplashTime : 0, &window, [&] {
-    if (splash) QApplication::restoreOverrideCursor();
-    splash.reset();
-    window.show();
-    QTimer::singleShot(0, &window, &app::MainForm::ShowTipsAtStart);
-  });
+  const auto window = app::StartWindow(program);
+  QObject::connect(&instance, &SingleInstance::Raised, window.get(), &app::MainForm::Flash);
   return QApplication::exec();
 }
 
@@ -120,7 +102,7 @@ int main(int argc, char** argv) {
   }
   // What the engine says of the graphics it found is for nobody.
   if (std::getenv("QT_LOGGING_RULES") == nullptr)
-    ::setenv("QT_LOGGING_RULES", "qt.webenginecontext.*=false;js=false", 1);
+    ::setenv("QT_LOGGING_RULES", "qt.webenginecontext*=false;js=false", 1);
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillcast-desktop");
   QApplication::setApplicationVersion(

@@ -129,9 +129,18 @@ void MainForm::ConnectParts() {
 }
 
 void MainForm::Load() {
+  LoadLists();
+  LoadDocument();
+}
+
+void MainForm::LoadLists() {
   header_->Load();
-  StartNew();
   RestorePlace();
+}
+
+void MainForm::LoadDocument() {
+  StartNew();
+  if (isVisible()) editor_->BeginTyping();
   if (practice_->WasOn()) {
     BeginPractice();
   } else {

@@ -110,28 +110,9 @@ const char* EngineName(EditorCommand command) {
 }  // namespace
 
 HtmlEditor::HtmlEditor(QWidget* parent)
-    : QWidget(parent), view_(new EditorView(this)), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
-  auto* profile = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
-  CheckSpelling(*profile);
-  auto* bridge = new EditorBridge(this);
-  page_ = new EditorPage(profile, bridge, view_);
-  view_->setPage(page_);
-  view_->setAccessibleName(tr("Message body"));
-  view_->setContextMenuPolicy(Qt::CustomContextMenu);
-  connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
-    QMenu* menu = ContextMenu();
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->popup(view_->mapToGlobal(at));
-  });
-  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
+    : QWidget(parent), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(view_);
-  setFocusProxy(view_);
-
-  connect(bridge, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
-  connect(bridge, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
-  connect(bridge, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
   state_pause_->setSingleShot(true);
   state_pause_->setInterval(kStatePause);
   connect(state_pause_, &QTimer::timeout, this, [this] {
@@ -147,17 +128,41 @@ HtmlEditor::HtmlEditor(QWidget* parent)
       emit Snapshot(last_seen_);
     });
   });
+}
+
+// The engine: it takes a quarter of a second, so only the first document starts it.
+void HtmlEditor::Start() {
+  auto* profile = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  CheckSpelling(*profile);
+  auto* bridge = new EditorBridge(this);
+  view_ = new EditorView(this);
+  page_ = new EditorPage(profile, bridge, view_);
+  view_->setPage(page_);
+  view_->setAccessibleName(tr("Message body"));
+  view_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+    QMenu* menu = ContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(view_->mapToGlobal(at));
+  });
+  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
+  layout()->addWidget(view_);
+  setFocusProxy(view_);
+  connect(bridge, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
+  connect(bridge, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
   connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
     if (status != QWebEnginePage::NormalTerminationStatus) QTimer::singleShot(0, this, &HtmlEditor::Restore);
   });
 }
 
 HtmlEditor::~HtmlEditor() {
-  disconnect(page_, nullptr, this, nullptr);
+  if (page_ != nullptr) disconnect(page_, nullptr, this, nullptr);
   delete page_;  // it has to go before its profile
 }
 
 QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
+  if (page_ == nullptr) return {};
   struct Answer {
     QEventLoop loop;
     QVariant value;
@@ -184,6 +189,7 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
 }
 
 bool HtmlEditor::Load(const QString& source, const QUrl& base) {
+  if (page_ == nullptr) Start();
   snapshot_pause_->stop();
   source_ = last_seen_ = source;
   cut_ = CutAtBody(platform::FromQt(source));
@@ -212,6 +218,7 @@ bool HtmlEditor::Load(const QString& source, const QUrl& base) {
 }
 
 void HtmlEditor::BeginTyping() {
+  if (page_ == nullptr) return;
   InputWidget()->clearFocus();
   view_->setFocus();
 }

@@ -2,6 +2,7 @@
 // byte; of an edited document everything outside its body does.
 //
 // A crash of the page's process loses nothing but the last second: the document is put back as it was last seen.
+// The engine is started by the first document; nothing can be done with an editor that has none.
 #pragma once
 
 #include <QStringList>
@@ -84,6 +85,7 @@ class HtmlEditor final : public QWidget {
     QString source;
     QUrl base;
   };
+  void Start();
   bool Load(const QString& source, const QUrl& base);
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
@@ -91,8 +93,8 @@ class HtmlEditor final : public QWidget {
   void PastePicture();
   void Restore();
 
-  EditorView* view_;
-  EditorPage* page_;
+  EditorView* view_ = nullptr;  // until the first document
+  EditorPage* page_ = nullptr;
   QTimer* state_pause_;
   QTimer* snapshot_pause_;
   QString source_;  // as it was set

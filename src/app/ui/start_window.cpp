@@ -1,0 +1,42 @@
+#include "app/ui/start_window.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include "app/startup.h"
+#include "app/ui/splash_form.h"
+
+namespace quillcast::app {
+namespace {
+
+constexpr int kSplashTime = 1000;  // milliseconds
+
+void Show(MainForm* window) {
+  window->show();
+  QTimer::singleShot(0, window, &MainForm::ShowTipsAtStart);
+}
+
+}  // namespace
+
+std::unique_ptr<MainForm> StartWindow(const Program& program) {
+  if (program.settings.Read("Options", "Splash", "1").ValueOr("1") == "0") {
+    auto window = std::make_unique<MainForm>(program);
+    window->Load();
+    QTimer::singleShot(0, window.get(), [made = window.get()] { Show(made); });
+    return window;
+  }
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  auto splash = std::make_shared<SplashForm>(GetWinVer(RunningSystem()));
+  splash->Run();
+  auto window = std::make_unique<MainForm>(program);
+  window->LoadLists();
+  QTimer::singleShot(kSplashTime, window.get(), [made = window.get(), splash] {
+    QApplication::restoreOverrideCursor();
+    splash->close();
+    Show(made);
+  });
+  QTimer::singleShot(0, window.get(), &MainForm::LoadDocument);
+  return window;
+}
+
+}  // namespace quillcast::app
