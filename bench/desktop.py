@@ -18,7 +18,7 @@ class Screen:
     """A screen in memory with a window manager, where both are installed; else none at all."""
     def __enter__(self):
         self.processes = []
-        self.environment = dict(os.environ, LC_ALL="C.UTF-8", QT_LOGGING_RULES="qt.webenginecontext.*=false;js=false")
+        self.environment = dict(os.environ, LC_ALL="C.UTF-8", QT_LOGGING_RULES="qt.webenginecontext=false;js=false")
         if shutil.which("Xvfb") and shutil.which("openbox"):
             self.environment["DISPLAY"] = ":98"
             for command in (["Xvfb", ":98", "-screen", "0", "1280x900x24"], ["openbox"]):

@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLoggingCategory>
 #include <QScreen>
 #include <csignal>
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include "app/ui/start_window.h"
 #include "app/version.h"
 #include "desktop/single_instance.h"
+#include "desktop/termination.h"
 #include "platform/environment.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_prompts.h"
@@ -81,6 +83,10 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   application.installEventFilter(&help_key);
   const auto window = app::StartWindow(program);
   QObject::connect(&instance, &SingleInstance::Raised, window.get(), &app::MainForm::Flash);
+  const Termination termination;
+  QObject::connect(&termination, &Termination::Asked, window.get(), &app::MainForm::EndAtOnce);
+  QObject::connect(&application, &QGuiApplication::commitDataRequest, window.get(), &app::MainForm::KeepAside,
+                   Qt::DirectConnection);
   return QApplication::exec();
 }
 
@@ -100,9 +106,8 @@ int main(int argc, char** argv) {
     ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
     std::fputs("quillcast-desktop: Started as root, so the editor runs without its sandbox.\n", stderr);
   }
-  // What the engine says of the graphics it found is for nobody.
-  if (std::getenv("QT_LOGGING_RULES") == nullptr)
-    ::setenv("QT_LOGGING_RULES", "qt.webenginecontext*=false;js=false", 1);
+  // What the engine says of the graphics it found is for nobody. QT_LOGGING_RULES has the last word.
+  QLoggingCategory::setFilterRules("qt.webenginecontext=false\njs=false");
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillcast-desktop");
   QApplication::setApplicationVersion(

@@ -382,20 +382,26 @@ class EditorTest : public QObject {
     test::TemporaryFolder folder;
     {
       EditorDocument document(*editor_, FoldersIn(folder));
-      QVERIFY(document.StartNew(""));
-      QVERIFY(!document.HasRecovered());
+      QVERIFY(document.Open(folder.Write("letters/letter.html", "<p>was</p><img src=\"a.png\">")));
+      QVERIFY(document.KeepAside());
+      QVERIFY(!document.HasRecovered() && !std::filesystem::exists(folder.path() / "Autosave.htm"));
       QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
       QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QVERIFY(editor_->InsertHtml("<p>at the last moment</p>"));
+      QVERIFY(document.KeepAside());
     }
     EditorDocument next(*editor_, FoldersIn(folder));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.HasRecovered());
     QVERIFY(next.Recover());
-    QVERIFY(editor_->Html().contains("not saved"));
-    QVERIFY(next.HasUnsavedChanges());
+    QVERIFY(editor_->Html().contains("not saved") && editor_->Html().contains("at the last moment"));
+    QCOMPARE(next.BaseFolder(), folder.path() / "letters");
+    QVERIFY(next.FileName().empty() && next.HasUnsavedChanges());
     QVERIFY(!next.HasRecovered());
     next.DropAutosave();
     QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+    QVERIFY(next.StartNew(""));
+    QVERIFY(next.BaseFolder().empty());
   }
 };
 

@@ -316,6 +316,7 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Editor().Html().contains("\r\n"));
     emit action->OwnTriggered(OwnCommand::kSource);
     source->setPlainText("<html><body><p>two</p></body></html>");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.htm"));
     emit action->OwnTriggered(OwnCommand::kSource);
     QVERIFY(scene.Editor().IsModified());
     QCOMPARE(scene.Editor().PlainText(), QString("two"));

@@ -70,6 +70,23 @@ class SendFormTest : public QObject {
       form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
       form->show();
     }
+    // The form for so many recipients, added in one go.
+    explicit Scene(int recipients) : Scene(std::vector<std::string>()) {
+      std::string text;
+      for (int i = 0; i < recipients; ++i) text += "p" + std::to_string(i) + "@example.org\n";
+      recipients::ImportRequest request;
+      request.file = rig.folder.Write("list.txt", text);
+      request.group = "Customers";
+      platform::CancelToken never;
+      recipients::ImportRecipients(request, {rig.folders.Database(), rig.folders.ImportReport(), "UTF-8"}, never,
+                                   [](const auto&) {});
+      SendJob job;
+      job.document.html = "<p>x</p>";
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = recipients;
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+    }
     void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
     QString Caption() const { return form->findChild<QPushButton*>("SendButton")->text(); }
     QString Text(const char* name) const { return form->findChild<QLabel*>(name)->text(); }
@@ -137,28 +154,7 @@ class SendFormTest : public QObject {
   }
 
   void closingAsksWhileItRuns() {
-    std::vector<std::string> addresses;
-    for (int i = 0; i < 20000; ++i) addresses.push_back("p" + std::to_string(i) + "@example.org");
-    Scene scene({});
-    {  // one transaction for so many
-      const auto list = scene.rig.folder.Write("list.txt", [&] {
-        std::string text;
-        for (const auto& address : addresses) text += address + "\n";
-        return text;
-      }());
-      recipients::ImportRequest request;
-      request.file = list;
-      request.group = "Customers";
-      platform::CancelToken never;
-      recipients::ImportRecipients(request, {scene.rig.folders.Database(), scene.rig.folders.ImportReport(), "UTF-8"},
-                                   never, [](const auto&) {});
-    }
-    SendJob job;
-    job.document.html = "<p>x</p>";
-    job.group = **scene.rig.Store().FindGroup("Customers");
-    job.recipients = 20000;
-    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
-    scene.form->show();
+    Scene scene(20000);
     scene.Press("SendButton");
     QCOMPARE(scene.Caption(), QString("Cancel"));
     scene.form->close();
@@ -172,6 +168,20 @@ class SendFormTest : public QObject {
     QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
     QVERIFY(scene.Arrived() < 20000);
     QVERIFY(scene.Text("StatusLine").contains("not tried"));
+  }
+
+  void aWindowThatGoesEndsTheRunInGoodOrder() {
+    Scene scene(20000);
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Arrived() > 0);
+    scene.form.reset();
+    std::string report;
+    for (const auto& entry : std::filesystem::directory_iterator(scene.rig.folders.History())) {
+      if (entry.path().extension() == ".txt") report = *platform::ReadFile(entry.path(), 10000000);
+    }
+    const std::string end = "Personal Sending process has been completed.\r\n" + std::to_string(scene.Arrived()) +
+                            " messages sent during process.\r\n";
+    QVERIFY2(report.ends_with(end), report.substr(report.size() - std::min<std::size_t>(report.size(), 300)).c_str());
   }
 
   void aMissingAttachmentIsToldAndNothingIsSent() {

@@ -55,6 +55,14 @@ class Desktop(unittest.TestCase):
             again.kill()
             again.communicate()
 
+    def test_the_end_of_the_session_ends_it_and_asks_nothing(self):
+        for number, seconds in ((signal.SIGTERM, 0.7), (signal.SIGHUP, 2.2)):  # behind the splash; with the tips open
+            with self.subTest(number=number):
+                first = self.first()
+                time.sleep(seconds)
+                first.send_signal(number)
+                self.assertEqual(first.wait(timeout=20), 0)
+
     def test_without_a_display_it_names_the_command(self):
         environment = {name: value for name, value in os.environ.items()
                        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}

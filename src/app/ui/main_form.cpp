@@ -32,6 +32,7 @@ using platform::ToQt;
 
 constexpr const char* kPlaceSection = "Window";
 constexpr int kArrivalsPause = 250;   // milliseconds
+constexpr int kSourcePause = 1000;    // milliseconds
 constexpr int kSentenceTime = 15000;  // milliseconds that a sentence stands in the status bar
 
 }  // namespace
@@ -44,6 +45,7 @@ MainForm::MainForm(const Program& program)
       body_(new QStackedWidget(this)),
       editor_(new compose::HtmlEditor(this)),
       source_(new QPlainTextEdit(this)),
+      source_pause_(new QTimer(this)),
       find_bar_(new compose::FindBar(editor_, this)),
       document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders)),
       groups_(new GroupsMenu(program, this)),
@@ -124,6 +126,12 @@ void MainForm::ConnectParts() {
     ++arrived_;
     if (!arrivals_->isActive()) arrivals_->start(kArrivalsPause);
   });
+  source_pause_->setSingleShot(true);
+  source_pause_->setInterval(kSourcePause);
+  connect(source_, &QPlainTextEdit::textChanged, source_pause_, qOverload<>(&QTimer::start));
+  connect(source_pause_, &QTimer::timeout, this, [this] {
+    if (SourceWasEdited()) IgnoreErrors(document_->KeepAside(platform::FromQt(source_->toPlainText())));
+  });
   arrivals_->setSingleShot(true);
   connect(arrivals_, &QTimer::timeout, this, &MainForm::ShowNotices);
 }
@@ -189,6 +197,17 @@ void MainForm::Flash() {
   raise();
   activateWindow();
   QApplication::alert(this, 1000);
+}
+
+void MainForm::KeepAside() {
+  LeaveSource();
+  IgnoreErrors(document_->KeepAside());
+}
+
+void MainForm::EndAtOnce() {
+  KeepAside();
+  KeepPlace();
+  QCoreApplication::exit();
 }
 
 void MainForm::closeEvent(QCloseEvent* event) {

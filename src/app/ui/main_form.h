@@ -46,6 +46,11 @@ class MainForm final : public QMainWindow {
   // Comes to the front and flashes for a second: another start of the program asked for it.
   void Flash();
 
+  // The session may end at any moment: what is not saved is kept aside for the next start.
+  void KeepAside();
+  // The system ends the program: nothing is asked, and a run that goes on is ended by its last step.
+  void EndAtOnce();
+
   // The program closes itself for a shutdown after sending: nothing is asked.
   bool skip_save_prompt = false;
 
@@ -75,6 +80,7 @@ class MainForm final : public QMainWindow {
   void InsertPicture();
   void InsertHyperlink();
   void ShowSource(bool shown);
+  bool SourceWasEdited() const;
   void LeaveSource();
   void PreviewInMailProgram();
   void PreviewInside();
@@ -100,6 +106,7 @@ class MainForm final : public QMainWindow {
   compose::HtmlEditor* editor_;
   QPlainTextEdit* source_;
   QString source_before_;
+  QTimer* source_pause_;  // after the last change there
   compose::FindBar* find_bar_;
   std::unique_ptr<compose::EditorDocument> document_;
   GroupsMenu* groups_;

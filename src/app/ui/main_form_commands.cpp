@@ -144,7 +144,7 @@ compose::MessageDocument MainForm::Document() {
   compose::MessageDocument document;
   header_->Collect(document);
   document.html = FromQt(editor_->Html());
-  document.base_folder = document_->FileName().parent_path();
+  document.base_folder = document_->BaseFolder();
   return document;
 }
 
@@ -249,11 +249,14 @@ void MainForm::ShowSource(bool shown) {
   bar_->ShowSource(true);
 }
 
+bool MainForm::SourceWasEdited() const {
+  return body_->currentWidget() == source_ && source_->toPlainText() != source_before_;
+}
+
 void MainForm::LeaveSource() {
   if (body_->currentWidget() != source_) return;
-  const QString source = source_->toPlainText();
-  if (source != source_before_) {
-    editor_->SetHtml(source, editor_->base());
+  if (SourceWasEdited()) {
+    editor_->SetHtml(source_->toPlainText(), editor_->base());
     editor_->SetModified(true);
   }
   body_->setCurrentWidget(editor_);

@@ -26,7 +26,8 @@ std::unique_ptr<MainForm> StartWindow(const Program& program) {
     return window;
   }
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  auto splash = std::make_shared<SplashForm>(GetWinVer(RunningSystem()));
+  auto* splash = new SplashForm(GetWinVer(RunningSystem()));  // goes with the application where it is not closed
+  splash->setAttribute(Qt::WA_DeleteOnClose);
   splash->Run();
   auto window = std::make_unique<MainForm>(program);
   window->LoadLists();

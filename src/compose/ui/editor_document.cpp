@@ -14,6 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::uint64_t kLongestPath = 4096;
+
 // With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
 constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
 
@@ -39,15 +41,35 @@ EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders)
     : editor_(editor), folders_(std::move(folders)) {
   std::error_code none_there;
   fs::rename(Autosave(), Recovered(), none_there);
-  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor, [this](const QString& html) {
-    // Kept for a crash alone: where the disk is full, saving will tell.
-    IgnoreErrors(platform::ReplaceFile(Autosave(), platform::FromQt(html)));
-  });
+  if (!none_there) {
+    Remove(RecoveredFolder());
+    fs::rename(AutosaveFolder(), RecoveredFolder(), none_there);
+  }
+  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
+                                [this](const QString& html) { IgnoreErrors(KeepAside(platform::FromQt(html))); });
 }
 
 EditorDocument::~EditorDocument() { QObject::disconnect(snapshots_); }
 
 bool EditorDocument::HasUnsavedChanges() const { return editor_.IsModified(); }
+
+fs::path EditorDocument::BaseFolder() const {
+  if (!file_.empty()) return file_.parent_path();
+  const fs::path base = platform::PathFromQt(editor_.base().adjusted(QUrl::StripTrailingSlash).toLocalFile());
+  return base == base.root_path() ? fs::path() : base;  // the root is that of a document that came from nowhere
+}
+
+Result<void> EditorDocument::KeepAside(const std::string& html) const {
+  Remove(AutosaveFolder());
+  const fs::path folder = BaseFolder();
+  if (!folder.empty()) IgnoreErrors(platform::ReplaceFile(AutosaveFolder(), folder.native()));  // the text counts more
+  return platform::ReplaceFile(Autosave(), html);
+}
+
+Result<void> EditorDocument::KeepAside() const {
+  if (!HasUnsavedChanges()) return {};
+  return KeepAside(platform::FromQt(editor_.Html()));
+}
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder) {
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
@@ -85,7 +107,7 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const std::string html = platform::FromQt(editor_.Html());
-  const auto saved = TakeImportedPictures(html, file_.parent_path(), folders_.ImportBody(), file);
+  const auto saved = TakeImportedPictures(html, BaseFolder(), folders_.ImportBody(), file);
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
@@ -106,17 +128,25 @@ bool EditorDocument::HasRecovered() const {
 Result<void> EditorDocument::Recover() {
   const auto read = ReadBodyFile(Recovered());
   if (!read) return read.error();
-  auto shown = Show(read->text, {});
+  const auto folder = platform::ReadFile(RecoveredFolder(), kLongestPath);
+  auto shown = Show(read->text, folder ? *folder : "");
   if (!shown) return shown;
   file_.clear();
   read_.reset();
   editor_.SetModified(true);
-  auto kept = platform::ReplaceFile(Autosave(), read->text);  // it is still not saved
+  auto kept = KeepAside(read->text);  // it is still not saved
   if (kept) DropRecovered();
   return kept;
 }
 
-void EditorDocument::DropRecovered() const { Remove(Recovered()); }
-void EditorDocument::DropAutosave() const { Remove(Autosave()); }
+void EditorDocument::DropRecovered() const {
+  Remove(Recovered());
+  Remove(RecoveredFolder());
+}
+
+void EditorDocument::DropAutosave() const {
+  Remove(Autosave());
+  Remove(AutosaveFolder());
+}
 
 }  // namespace quillcast::compose

@@ -17,12 +17,14 @@ class HtmlEditor;
 class EditorDocument final : public app::EditedDocument {
  public:
   // A second after each change the document is also kept in "Autosave.htm" in the data folder, until it is saved or
-  // dropped.
+  // dropped; beside it the folder that its relative pictures start from.
   EditorDocument(HtmlEditor& editor, app::Folders folders);
   ~EditorDocument() override;
 
   bool HasUnsavedChanges() const override;
   std::filesystem::path FileName() const override { return file_; }
+  // Where relative references start from; empty for a document that came from nowhere.
+  std::filesystem::path BaseFolder() const;
   // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
   // of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
@@ -37,11 +39,16 @@ class EditorDocument final : public app::EditedDocument {
   void DropRecovered() const;
   // The session ends in good order: nothing is kept aside.
   void DropAutosave() const;
+  // What is not saved, at once. For a crash alone: where the disk is full, saving will tell.
+  Result<void> KeepAside() const;
+  Result<void> KeepAside(const std::string& html) const;
 
  private:
   Result<void> Show(const std::string& html, const std::filesystem::path& folder);
   std::filesystem::path Autosave() const { return folders_.data / "Autosave.htm"; }
+  std::filesystem::path AutosaveFolder() const { return folders_.data / "Autosave.folder"; }
   std::filesystem::path Recovered() const { return folders_.data / "Recovered.htm"; }
+  std::filesystem::path RecoveredFolder() const { return folders_.data / "Recovered.folder"; }
 
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;

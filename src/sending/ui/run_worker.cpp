@@ -9,22 +9,34 @@
 #include "sending/single_message.h"
 
 namespace quillcast::sending {
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(2);  // for the message that is under way
+
+}  // namespace
 
 RunWorker::~RunWorker() {
-  cancel_.Request();
+  if (!thread_.joinable()) return;
   cancel_.Request();
   {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     ending_ = true;
+    changed_.notify_all();
+    changed_.wait_for(lock, kPatience, [this] { return ended_; });
   }
-  answered_.notify_all();
-  if (thread_.joinable()) thread_.join();
+  cancel_.Request();
+  thread_.join();
 }
 
 void RunWorker::Start(SendJob job, std::optional<PartialRange> range) {
   news_.total = range ? range->last - range->first + 1 : job.recipients;
   thread_ = std::thread([this, job = std::move(job), range] {
     auto summary = std::make_shared<Result<RunSummary>>(Run(job, range));
+    {
+      const std::lock_guard lock(mutex_);
+      ended_ = true;
+    }
+    changed_.notify_all();
     QMetaObject::invokeMethod(this, [this, summary] {
       thread_.join();
       emit Ended(*summary);
@@ -67,7 +79,7 @@ void RunWorker::Answer(bool go_on) {
     const std::lock_guard lock(mutex_);
     answer_ = go_on;
   }
-  answered_.notify_all();
+  changed_.notify_all();
 }
 
 void RunWorker::Began(const std::filesystem::path& report) {
@@ -91,7 +103,7 @@ bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
   std::unique_lock lock(mutex_);
   answer_.reset();
   emit Asked(platform::ToQt(OutcomeText(refusal)), times);
-  answered_.wait(lock, [this] { return answer_ || ending_; });
+  changed_.wait(lock, [this] { return answer_ || ending_; });
   return answer_.value_or(false);
 }
 

@@ -38,7 +38,7 @@ class RunWorker final : public QObject, private RunListener {
   Q_OBJECT
  public:
   RunWorker(const app::Program& program, QObject* parent) : QObject(parent), program_(program) {}
-  // Gives up what is under way and waits for its end.
+  // Starts nothing new, gives the message under way two seconds, and waits for the run's last step.
   ~RunWorker() override;
 
   // Once. The account and its settings are read anew.
@@ -80,9 +80,10 @@ class RunWorker final : public QObject, private RunListener {
   RunNews news_;
   std::vector<RecipientResult> results_;
   std::vector<NotTriedRow> not_tried_;
-  std::condition_variable answered_;
+  std::condition_variable changed_;  // one of these
   std::optional<bool> answer_;
-  bool ending_ = false;
+  bool ending_ = false;  // the window goes
+  bool ended_ = false;   // the run has
 };
 
 }  // namespace quillcast::sending
