@@ -1,6 +1,4 @@
 // The program `quillcast-desktop`.
-#include <unistd.h>
-
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDialog>
@@ -14,6 +12,7 @@
 #include "app/ui/help_form.h"
 #include "app/ui/start_window.h"
 #include "app/version.h"
+#include "desktop/sandbox.h"
 #include "desktop/single_instance.h"
 #include "desktop/termination.h"
 #include "platform/environment.h"
@@ -60,7 +59,19 @@ int Refuse(platform::Prompts& prompts, const std::string& message) {
   return 1;
 }
 
-int Run(QApplication& application, const std::optional<std::filesystem::path>& profile) {
+// Switches the engine's sandbox off where it cannot work, and says so. It can be done without: the page runs no scripts
+// and loads nothing remote. Null where the sandbox is used, or was switched off by whoever started this.
+const char* GoOnWithoutSandbox() {
+  if (std::getenv("QTWEBENGINE_DISABLE_SANDBOX") != nullptr) return nullptr;
+  const Sandbox sandbox = FindSandbox();
+  if (sandbox == Sandbox::kUsable) return nullptr;
+  ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
+  return sandbox == Sandbox::kRoot
+             ? "Started as root, so the editor runs without its sandbox. Better start it as yourself."
+             : "This system lets nobody make user namespaces, so the editor runs without its sandbox.";
+}
+
+int Run(QApplication& application, const std::optional<std::filesystem::path>& profile, const char* warning) {
   platform::ProcessEnvironment environment;
   const app::Folders folders =
       app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), profile);
@@ -83,6 +94,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   application.installEventFilter(&help_key);
   const auto window = app::StartWindow(program);
   QObject::connect(&instance, &SingleInstance::Raised, window.get(), &app::MainForm::Flash);
+  if (warning != nullptr) window->Say(warning);
   const Termination termination;
   QObject::connect(&termination, &Termination::Asked, window.get(), &app::MainForm::EndAtOnce);
   QObject::connect(&application, &QGuiApplication::commitDataRequest, window.get(), &app::MainForm::KeepAside,
@@ -101,11 +113,8 @@ int main(int argc, char** argv) {
     std::fputs("quillcast-desktop: There is no display. Use the command in its place: quillcast --help\n", stderr);
     return 69;
   }
-  // The web engine refuses to start as root with its sandbox. The page runs no scripts and loads nothing remote.
-  if (::geteuid() == 0 && std::getenv("QTWEBENGINE_DISABLE_SANDBOX") == nullptr) {
-    ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
-    std::fputs("quillcast-desktop: Started as root, so the editor runs without its sandbox.\n", stderr);
-  }
+  const char* const warning = quillcast::desktop::GoOnWithoutSandbox();
+  if (warning != nullptr) std::fprintf(stderr, "quillcast-desktop: %s\n", warning);
   // What the engine says of the graphics it found is for nobody. QT_LOGGING_RULES has the last word.
   QLoggingCategory::setFilterRules("qt.webenginecontext=false\njs=false");
   QApplication application(argc, argv);
@@ -122,5 +131,5 @@ int main(int argc, char** argv) {
   parser.process(application);
   std::optional<std::filesystem::path> folder;
   if (parser.isSet(profile)) folder = quillcast::platform::PathFromQt(parser.value(profile));
-  return quillcast::desktop::Run(application, folder);
+  return quillcast::desktop::Run(application, folder, warning);
 }

@@ -63,6 +63,18 @@ class Desktop(unittest.TestCase):
                 first.send_signal(number)
                 self.assertEqual(first.wait(timeout=20), 0)
 
+    def test_where_nobody_may_make_namespaces_it_says_that_it_has_no_sandbox(self):
+        inside = ["unshare", "-U", "--map-user=1001", "--map-group=1001", "--keep-caps", "sh", "-c"]
+        forbid = "echo 0 > /proc/sys/user/max_user_namespaces"
+        if subprocess.run([*inside, forbid], stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("no namespace can be made here, to forbid others in")
+        environment = {name: value for name, value in os.environ.items() if name != "QTWEBENGINE_DISABLE_SANDBOX"}
+        with subprocess.Popen([*inside, f'{forbid}; exec "$0" --profile "$1"', PROGRAM, self.profile],
+                              env={**environment, "QT_QPA_PLATFORM": "offscreen"}, stderr=subprocess.PIPE,
+                              text=True) as process:
+            self.assertIn("runs without its sandbox", process.stderr.readline())
+            process.terminate()
+
     def test_without_a_display_it_names_the_command(self):
         environment = {name: value for name, value in os.environ.items()
                        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}

@@ -41,6 +41,8 @@ class MainForm final : public QMainWindow {
   void LoadDocument();
   // The one way of every menu entry and toolbar button. What is no identifier of the table does nothing.
   void Dispatch(int identifier);
+  // A sentence for the status bar; it stands there for a quarter of a minute.
+  void Say(const QString& sentence);
   // The tips window, where it is wanted at the start.
   void ShowTipsAtStart();
   // Comes to the front and flashes for a second: another start of the program asked for it.
@@ -64,7 +66,6 @@ class MainForm final : public QMainWindow {
   void MakeStatusBar();
   void RestorePlace();
   void KeepPlace();
-  void Say(const QString& sentence);
   void Tell(const Result<void>& result);
 
   void StartNew();
