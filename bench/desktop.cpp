@@ -8,8 +8,11 @@
 #include <QFile>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 
 #include "app/startup.h"
 #include "app/ui/start_window.h"
@@ -18,6 +21,7 @@
 #include "platform/file.h"
 #include "platform/ui/qt_prompts.h"
 #include "platform/ui/qt_text.h"
+#include "sending/ui/report_view.h"
 #include "sending/ui/send_mail_form1.h"
 
 namespace quillcast {
@@ -30,7 +34,9 @@ double Now() {
 
 template <typename Condition>
 void WaitFor(const Condition& condition) {
-  while (!condition()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
+  QTimer look;
+  look.start(5);
+  while (!condition()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 // Of this process and those it started: what they have for themselves, and their share of what they have together.
@@ -48,6 +54,66 @@ long MemoryKiB() {
     }
   }
   return total;
+}
+
+// The longest time, in seconds, that the event loop was kept from its next turn.
+class LongestPause {
+ public:
+  LongestPause() {
+    QObject::connect(&timer_, &QTimer::timeout, [this] {
+      longest_ = std::max(longest_, Now() - last_);
+      last_ = Now();
+    });
+    timer_.start(kTurn);
+  }
+  double seconds() const { return longest_ - kTurn / 1000.0; }
+
+ private:
+  static constexpr int kTurn = 5;  // milliseconds
+  QTimer timer_;
+  double last_ = Now();
+  double longest_ = 0;
+};
+
+// A report of a million lines, and a thousand that come to it.
+void MeasureReport(const std::filesystem::path& file) {
+  std::ofstream out(file, std::ios::binary);
+  const auto add = [&](int lines) {
+    for (int i = 0; i < lines; ++i) out << "Message sent successfully to somebody, number " << i << ".\r\n";
+    out.flush();
+  };
+  add(1000000);
+  const long before = MemoryKiB();
+  sending::ReportView view(nullptr);
+  view.resize(700, 400);
+  view.show();
+  view.Open(file);
+  WaitFor([&] { return view.line_count() == 1000000; });
+  fmt::print("report_memory {}\n", MemoryKiB() - before);
+  double longest = 0;
+  for (int round = 0; round < 20; ++round) {
+    add(1000);
+    const double begin = Now();
+    view.Update();
+    view.viewport()->repaint();
+    longest = std::max(longest, Now() - begin);
+  }
+  fmt::print("report_lines {:.6f}\n", longest);
+}
+
+// A document of 20 MB: until it can be edited, and until an edited one is read back.
+void MeasureLargeDocument(compose::HtmlEditor& editor) {
+  QString html = "<html><body>";
+  while (html.size() < 20000000)
+    html += "<p>Dear $*MergeFirstName*$, <b>this</b> is one paragraph of a great many.</p>\n";
+  html += "</body></html>";
+  double begin = Now();
+  const bool is_shown = editor.SetHtml(html);
+  fmt::print("large_shown {:.2f}\n", is_shown ? Now() - begin : -1);
+  editor.InsertHtml("x");
+  begin = Now();
+  const bool is_read = editor.Html().size() > 20000000;
+  fmt::print("large_read {:.2f}\n", is_read ? Now() - begin : -1);
 }
 
 int Measure(const app::Program& program, const std::string& html, const std::string& subject, bool has_splash) {
@@ -77,10 +143,13 @@ int Measure(const app::Program& program, const std::string& html, const std::str
   sending::SendMailForm1 form(program, job, window.get());
   form.show();
   auto* button = form.findChild<QPushButton*>("SendButton");
+  const LongestPause pause;
   const double begin = Now();
   button->click();
   WaitFor([&] { return form.stage() == sending::SendMailForm1::Stage::kFinished; });
-  fmt::print("sent {:.3f}\n", Now() - begin);
+  fmt::print("sent {:.3f}\npause {:.4f}\n", Now() - begin, pause.seconds());
+  MeasureReport(program.folders.temporary / "report.txt");
+  MeasureLargeDocument(editor);
   std::fflush(stdout);
   std::_Exit(0);  // closing would ask
 }

@@ -34,7 +34,8 @@ namespace quillcast::compose {
 namespace {
 
 constexpr auto kWorld = QWebEngineScript::ApplicationWorld;
-constexpr int kLoadLimit = 60000;  // milliseconds; 20 MB take a few seconds
+constexpr int kLoadLimit = 60000;           // milliseconds; 20 MB of short paragraphs take a quarter of it
+constexpr qsizetype kLongToLoad = 1000000;  // characters
 constexpr int kStatePause = 40;
 constexpr int kSnapshotPause = 1000;
 
@@ -183,7 +184,12 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
   if (loading_) return true;
   loading_ = true;
   bool loaded = false;
-  while (const auto next = std::exchange(waiting_, {})) loaded = Load(next->source, next->base);
+  while (const auto next = std::exchange(waiting_, {})) {
+    const bool takes_long = next->source.size() > kLongToLoad;
+    if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    loaded = Load(next->source, next->base);
+    if (takes_long) QGuiApplication::restoreOverrideCursor();
+  }
   loading_ = false;
   return loaded;
 }
