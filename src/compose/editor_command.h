@@ -26,4 +26,15 @@ enum class EditorCommand : int {
   kBulletedList = 5051,
 };
 
+// Changes of the table that the caret is in.
+enum class TableEdit {
+  kRowAbove,
+  kRowBelow,
+  kColumnLeft,
+  kColumnRight,
+  kDeleteRow,
+  kDeleteColumn,
+  kDeleteTable,
+};
+
 }  // namespace quillcast::compose

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 #include "platform/utf8.h"
 
@@ -61,6 +62,12 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
     out += to;
     text.remove_prefix(at + from.size());
   }
+}
+
+std::string DigitsOf(std::string_view text) {
+  std::string digits;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(digits), [](char c) { return c >= '0' && c <= '9'; });
+  return digits;
 }
 
 std::optional<std::int64_t> ParseWholeNumber(std::string_view text) {

@@ -29,6 +29,9 @@ std::vector<std::string_view> Split(Temporary&& text, char separator) = delete; 
 // Every occurrence of `from` replaced, left to right, the replacement not looked at again. `from` is not empty.
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
 
+// The ASCII digits of a text, one after the other.
+std::string DigitsOf(std::string_view text);
+
 // The decimal value of a text made of ASCII digits alone, with blanks allowed around it; nothing when it is anything
 // else or does not fit.
 std::optional<std::int64_t> ParseWholeNumber(std::string_view text);

@@ -50,8 +50,8 @@ constexpr auto kChecks = std::to_array<AccountCheck>({
      "You must enter the queue directory.", kThirdPath, kMethodPage, "ThirdCommandButton"},
     {[](const AccountSettings& a) { return !a[kWrap].empty(); }, "Please enter your wrap characters.", kWrap,
      kMessagePage},
-    {[](const AccountSettings& a) { return IsBetween(a[kWrap], 32, 128); }, "Please enter a valid wrap characters.",
-     kWrap, kMessagePage},
+    {[](const AccountSettings& a) { return IsBetween(a[kWrap], kNarrowestWrap, kWidestWrap); },
+     "Please enter a valid wrap characters.", kWrap, kMessagePage},
 });
 
 }  // namespace

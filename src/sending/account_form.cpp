@@ -19,8 +19,7 @@ bool Wraps(const AccountSettings& a) { return MayWrap(a) && a.IsOn(kAutoWrap); }
 struct EnablingRule {
   std::string_view control;
   bool (*enabled)(const AccountSettings&);
-  std::string_view needs;  // the same for a person at the command line
-  bool label_follows;
+  std::string_view needs;         // the same for a person at the command line
   std::optional<AccountKey> key;  // what it edits
   bool set_back = false;          // to its default, while it is disabled
 };
@@ -28,18 +27,18 @@ struct EnablingRule {
 // A row may rest on a value that a row above sets back. ToFieldComboBox has none: every run reads its value, whatever
 // the method.
 constexpr auto kRules = std::to_array<EnablingRule>({
-    {"UsernameTextBox", SignsIn, "Auth=1", true, kUsername, true},
-    {"PasswordTextBox", SignsIn, "Auth=1", true, kPassword, true},
-    {"AuthModeComboBox", SignsIn, "Auth=1", true, kAuthMode, true},
-    {"PipelineCheckBox", SignsIn, "Auth=1", true, kPipeline, true},
-    {"NoAuthCheckBox", SignsIn, "Auth=1", true, kNoAuth, true},
-    {"BCCFieldTextBox", IsBulk, "Method=Bulk", true, kBccField},
-    {"ThirdFieldComboBox", IsThird, "Method=Third", true, kThirdField},
-    {"ThirdPathTextBox", IsThird, "Method=Third", true, kThirdPath},
-    {"ThirdCommandButton", IsThird, "Method=Third", true, {}},
-    {"AutoWrapCheckBox", MayWrap, "Encoding=None", true, kAutoWrap, true},
-    {"WrapTextBox", Wraps, "Encoding=None and AutoWrap=1", false, kWrap, true},
-    {"WrapUpDown", Wraps, "Encoding=None and AutoWrap=1", false, {}},
+    {"UsernameTextBox", SignsIn, "Auth=1", kUsername, true},
+    {"PasswordTextBox", SignsIn, "Auth=1", kPassword, true},
+    {"AuthModeComboBox", SignsIn, "Auth=1", kAuthMode, true},
+    {"PipelineCheckBox", SignsIn, "Auth=1", kPipeline, true},
+    {"NoAuthCheckBox", SignsIn, "Auth=1", kNoAuth, true},
+    {"BCCFieldTextBox", IsBulk, "Method=Bulk", kBccField},
+    {"ThirdFieldComboBox", IsThird, "Method=Third", kThirdField},
+    {"ThirdPathTextBox", IsThird, "Method=Third", kThirdPath},
+    {"ThirdCommandButton", IsThird, "Method=Third", {}},
+    {"AutoWrapCheckBox", MayWrap, "Encoding=None", kAutoWrap, true},
+    {"WrapTextBox", Wraps, "Encoding=None and AutoWrap=1", kWrap, true},
+    {"WrapUpDown", Wraps, "Encoding=None and AutoWrap=1", {}},
 });
 
 const EnablingRule* RuleOf(std::string_view control) {
@@ -73,11 +72,6 @@ bool IsEnabled(const AccountSettings& shown, std::string_view control) {
   return rule == nullptr || rule->enabled(shown);
 }
 
-bool LabelFollows(std::string_view control) {
-  const auto* const rule = RuleOf(control);
-  return rule != nullptr && rule->label_follows;
-}
-
 std::string_view RadioButtonOf(std::string_view method) {
   if (method == "Bulk") return "BulkRadioButton";
   return method == "Third" ? "ThirdRadioButton" : "PersonalRadioButton";
@@ -86,14 +80,6 @@ std::string_view RadioButtonOf(std::string_view method) {
 const char* TimeoutUnit(std::string_view timeout) { return timeout == "1" ? "Minute" : "Minutes"; }
 
 bool TakesDigitsOnly(AccountKey key) { return key == kPort || key == kTimeout || key == kWrap; }
-
-bool TakesKey(char32_t key) { return (key >= U'0' && key <= U'9') || key == U'\b'; }
-
-std::string DigitsOf(std::string_view entered) {
-  std::string digits;
-  std::copy_if(entered.begin(), entered.end(), std::back_inserter(digits), [](char c) { return c >= '0' && c <= '9'; });
-  return digits;
-}
 
 std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked) {
   const AccountSettings shown = ShownInDialog(stored);

@@ -22,10 +22,8 @@ AccountSettings ShownInDialog(AccountSettings stored);
 void ApplyRules(AccountSettings& shown);
 
 // Whether a control, by its name, can be used; also those that edit no key of their own (WrapUpDown,
-// ThirdCommandButton). A control that no rule speaks of can always be used.
+// ThirdCommandButton); its label likewise. A control that no rule speaks of can always be used.
 bool IsEnabled(const AccountSettings& shown, std::string_view control);
-// Whether the control's label is disabled together with it.
-bool LabelFollows(std::string_view control);
 
 // The radio button that stands for a method.
 std::string_view RadioButtonOf(std::string_view method);
@@ -33,11 +31,8 @@ std::string_view RadioButtonOf(std::string_view method);
 // "Minute" for exactly "1", else "Minutes".
 const char* TimeoutUnit(std::string_view timeout);
 
-// The key filter of the port, the time-out and the wrap width: digits and Backspace. What is pasted or comes from an
-// input method keeps its ASCII digits.
+// The boxes of the port, the time-out and the wrap width take nothing else, by key, paste and input method.
 bool TakesDigitsOnly(AccountKey key);
-bool TakesKey(char32_t key);
-std::string DigitsOf(std::string_view entered);
 
 // Sentences on what the dialog would do to values that were stored as asked: those that it sets back, and among `asked`
 // those that belong to a method that is not chosen.

@@ -9,6 +9,7 @@
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QTest>
+#include <QToolButton>
 #include <memory>
 
 #include "gui/form_rig.h"
@@ -148,9 +149,21 @@ class AccountFormsTest : public QObject {
     QVERIFY(form.findChild<QWidget*>("AutoWrapCheckBox")->isEnabled());
     form.findChild<QCheckBox*>("AutoWrapCheckBox")->setChecked(true);
     QVERIFY(form.findChild<QWidget*>("WrapTextBox")->isEnabled());
-    Type(form, "WrapTextBox", "60");
+    auto* arrows = form.findChild<QWidget*>("WrapUpDown");
+    QVERIFY(arrows->isEnabled());
+    for (const auto& [typed, key, counted] : {std::tuple("60", Qt::Key_Up, "61"),
+                                              {"32", Qt::Key_Down, "32"},
+                                              {"128", Qt::Key_Up, "128"},
+                                              {"", Qt::Key_Up, "32"}}) {
+      Type(form, "WrapTextBox", typed);
+      QTest::keyClick(form.findChild<QLineEdit*>("WrapTextBox"), key);
+      QCOMPARE(Text(form, "WrapTextBox"), QString(counted));
+    }
+    QTest::mouseClick(arrows->findChild<QToolButton*>(), Qt::LeftButton);
+    QCOMPARE(Text(form, "WrapTextBox"), QString("33"));
     form.findChild<QComboBox*>("ContentEncodingComboBox")->setCurrentText("Base 64");
     QCOMPARE(Text(form, "AutoWrapCheckBox") + Text(form, "WrapTextBox"), QString("076"));
+    QVERIFY(!arrows->isEnabled());
     form.findChild<QRadioButton*>("ThirdRadioButton")->setChecked(true);
     rig.prompts.files = {"/var/queue"};
     form.findChild<QPushButton*>("ThirdCommandButton")->click();

@@ -136,6 +136,81 @@ class EditorTest : public QObject {
     QVERIFY(editor_->Html().contains("<body><p>one two three</p></body>"));
   }
 
+  void tablesAreChangedInOneStep_data() {
+    QTest::addColumn<QString>("before");  // rows by "/", cells by letters; before one, "2" and "W" for
+                                          // two and three wide, "^" and "3" for two and three high
+    QTest::addColumn<QString>("caret");
+    QTest::addColumn<int>("edit");
+    QTest::addColumn<QString>("after");  // "." for a new cell
+    const auto row = [](const char* name, const char* before, const char* caret, TableEdit edit, const char* after) {
+      QTest::newRow(name) << before << caret << static_cast<int>(edit) << after;
+    };
+    row("row above", "ab/cd", "c", TableEdit::kRowAbove, "ab/../cd");
+    row("row above all", "ab/cd", "b", TableEdit::kRowAbove, "../ab/cd");
+    row("row below", "ab/cd", "d", TableEdit::kRowBelow, "ab/cd/..");
+    row("row through a high cell", "^ab/c", "c", TableEdit::kRowAbove, "3ab/./c");
+    row("row below a high cell", "^ab/c/de", "a", TableEdit::kRowBelow, "^ab/c/../de");
+    row("row beside a wide cell", "2a/bc", "a", TableEdit::kRowBelow, "2a/../bc");
+    row("column left", "ab/cd", "d", TableEdit::kColumnLeft, "a.b/c.d");
+    row("column right", "ab/cd", "b", TableEdit::kColumnRight, "ab./cd.");
+    row("column through a wide cell", "2a/bc", "c", TableEdit::kColumnLeft, "Wa/b.c");
+    row("column beside a high cell", "^ab/c", "a", TableEdit::kColumnRight, "^a.b/.c");
+    row("row away", "ab/cd", "a", TableEdit::kDeleteRow, "cd");
+    row("row of a high cell away", "^ab/c", "b", TableEdit::kDeleteRow, "ac");
+    row("row below a high cell away", "^ab/c", "c", TableEdit::kDeleteRow, "ab");
+    row("column away", "ab/cd", "a", TableEdit::kDeleteColumn, "b/d");
+    row("column of a wide cell away", "2a/bc", "b", TableEdit::kDeleteColumn, "a/c");
+    row("last row away", "ab", "a", TableEdit::kDeleteRow, "");
+    row("last column away", "a/b", "a", TableEdit::kDeleteColumn, "");
+    row("table away", "ab", "b", TableEdit::kDeleteTable, "");
+  }
+  void tablesAreChangedInOneStep() {
+    QFETCH(QString, before);
+    QFETCH(QString, caret);
+    QFETCH(int, edit);
+    QFETCH(QString, after);
+    const auto html = [](const QString& picture) {
+      if (picture.isEmpty()) return QString();
+      QString rows;
+      for (const QString& line : picture.split('/')) {
+        rows += "<tr>";
+        QString spans;
+        for (const QChar c : line) {
+          if (c == '^') spans = " rowspan=\"2\"";
+          if (c == '2') spans = " colspan=\"2\"";
+          if (c == '3') spans = " rowspan=\"3\"";
+          if (c == 'W') spans = " colspan=\"3\"";
+          if (!c.isLower() && c != '.') continue;
+          rows += QString("<td%1>%2</td>").arg(spans, c == '.' ? QString("&nbsp;") : QString(c));
+          spans.clear();
+        }
+        rows += "</tr>";
+      }
+      return "<table><tbody>" + rows + "</tbody></table>";
+    };
+    Load("<p>x</p>" + html(before) + "<p>y</p>");
+    QVERIFY(!editor_->EditTable(static_cast<TableEdit>(edit)));  // the caret is in the paragraph
+    editor_->Evaluate(QString("getSelection().collapse([...document.querySelectorAll('td')]"
+                              ".find(cell=>cell.textContent=='%1').firstChild,1)")
+                          .arg(caret));
+    QVERIFY(editor_->State().in_table);
+    QVERIFY(editor_->EditTable(static_cast<TableEdit>(edit)));
+    QCOMPARE(Body(), "<p>x</p>" + html(after) + "<p>y</p>");
+    editor_->Run(EditorCommand::kUndo);
+    QCOMPARE(Body(), "<p>x</p>" + html(before) + "<p>y</p>");
+  }
+
+  void theTabKeyGoesFromCellToCellAndMakesRows() {
+    Load("<table><tbody><tr><td>a</td><td>&nbsp;</td></tr></tbody></table>");
+    editor_->Evaluate("getSelection().collapse(document.querySelector('td').firstChild,1)");
+    Type("\tb\tc");
+    QTRY_COMPARE(Body(), QString("<table><tbody><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>&nbsp;</td></tr></tbody>"
+                                 "</table>"));
+    QTest::keyClick(editor_->InputWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    Type("d");
+    QTRY_VERIFY2(Body().contains("<td>a</td><td>d</td>"), qPrintable(Body()));
+  }
+
   void insertionsReplaceTheSelection() {
     SelectSecondWord();
     QVERIFY(editor_->InsertHtml("$*MergeField1*$"));

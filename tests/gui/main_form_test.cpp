@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -248,6 +249,37 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to delete '/tmp/a.pdf'?"));
     QCOMPARE(box->count(), 1);
     QCOMPARE(box->currentIndex(), 0);
+  }
+
+  void aTableIsAskedForAndChanged() {
+    Scene scene;
+    scene.Open();
+    QMenu& changes = *scene.window->findChild<QMenu*>("TableMenu");
+    test::WhileOpen("TableForm", [&scene](QDialog& form) {
+      const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };
+      const auto ok = [&form] {
+        QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
+      };
+      box("RowsTextBox")->clear();
+      QTest::keyClicks(box("RowsTextBox"), "-1x");
+      QCOMPARE(box("RowsTextBox")->text(), QString("1"));
+      box("BorderTextBox")->setText("0");
+      ok();
+      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter a valid border."));
+      QCOMPARE(form.focusWidget(), box("BorderTextBox"));
+      box("BorderTextBox")->setText("2");
+      ok();
+      QVERIFY(!form.isVisible());
+    });
+    scene.window->Dispatch(22);
+    QVERIFY2(scene.Editor().Html().contains("border=\"2\" width=\"100%\""), qPrintable(scene.Editor().Html()));
+    QTRY_VERIFY(changes.isEnabled());
+    changes.actions().at(1)->trigger();
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 4);
+    scene.window->Dispatch(7);
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 2);
+    scene.Editor().Evaluate("getSelection().collapse(document.body,0)");
+    QTRY_VERIFY(!changes.isEnabled());
   }
 
   void theFormatSpringsBack() {

@@ -17,6 +17,7 @@
 #include "app/ui/splash_form.h"
 #include "app/ui/tips_form.h"
 #include "compose/ui/html_editor.h"
+#include "compose/ui/table_form.h"
 #include "gui/form_rig.h"
 #include "platform/file.h"
 #include "sending/ui/email_manager_form.h"
@@ -138,6 +139,8 @@ class ScreensTest : public QObject {
     Take(history, "history");
     sending::ThreadForm threads(rig.settings, nullptr);
     Take(threads, "threads");
+    compose::TableForm table(rig.prompts, nullptr);
+    Take(table, "table");
     TipsForm tips(rig.settings, nullptr);
     Take(tips, "tips");
     AboutForm about(nullptr);

@@ -108,8 +108,8 @@ constexpr auto kRows = std::to_array<Row>({
 });
 
 // The toolbar: the buttons' own identifiers, 0 for a line between.
-constexpr auto kButtons =
-    std::to_array<int>({83, 84, 85, 0, 87, 88, 0, 94, 95, 96, 0, 97, 98, 99, 0, 102, 103, 100, 101, 0, 23, 24, 0, 93});
+constexpr auto kButtons = std::to_array<int>(
+    {83, 84, 85, 0, 87, 88, 0, 94, 95, 96, 0, 97, 98, 99, 0, 102, 103, 100, 101, 0, 23, 24, 22, 0, 93});
 
 // The commands whose buttons show a state.
 constexpr auto kStates = std::to_array<std::pair<int, bool compose::EditorState::*>>({
@@ -165,7 +165,6 @@ bool CommandBar::IsOffered(Action action) {
     case Action::kTemplate:
     case Action::kBody:
     case Action::kLine:
-    case Action::kTable:
     case Action::kSignature:
     case Action::kExport:
     case Action::kDomainTools:
@@ -221,6 +220,7 @@ void CommandBar::MakeMenus() {
       AddOwn(menu, OwnCommand::kSource, tr("HTML &Source"), "source", QKeySequence("Ctrl+Shift+U"));
     if (row.identifier == 18) MakeMergeMenu();
     if (row.identifier == 18) menu->addMenu(merge_menu_);
+    if (row.identifier == 26) MakeTableMenu(menu);
     if (row.identifier == 19) AddOwn(menu, OwnCommand::kColour, tr("Te&xt Colour…"), "colour", {});
     if (row.identifier == 37) AddOwn(menu, OwnCommand::kPreview, tr("&Preview…"), "preview", QKeySequence("F5"));
   }
@@ -240,6 +240,25 @@ void CommandBar::MakeMergeMenu() {
     merge_menu_->addAction(action);
   }
   merge_menu_->setToolTipsVisible(true);
+}
+
+// For the table that the caret is in.
+void CommandBar::MakeTableMenu(QMenu* format) {
+  using compose::TableEdit;
+  table_menu_ = format->addMenu(tr("Ro&ws and Columns"));
+  table_menu_->setObjectName("TableMenu");
+  const auto add = [this](TableEdit edit, const QString& text) {
+    table_menu_->addAction(text, this, [this, edit] { emit TableChanged(edit); });
+  };
+  add(TableEdit::kRowAbove, tr("Row &Above"));
+  add(TableEdit::kRowBelow, tr("Row &Below"));
+  add(TableEdit::kColumnLeft, tr("Column on the &Left"));
+  add(TableEdit::kColumnRight, tr("Column on the &Right"));
+  table_menu_->addSeparator();
+  add(TableEdit::kDeleteRow, tr("&Delete Row"));
+  add(TableEdit::kDeleteColumn, tr("Delete &Column"));
+  add(TableEdit::kDeleteTable, tr("Delete &Table"));
+  table_menu_->setEnabled(false);
 }
 
 void CommandBar::AddButton(int identifier) {
@@ -282,7 +301,8 @@ void CommandBar::MakeToolbar() {
   }
   auto* merge = new QToolButton(toolbar_);
   merge->setObjectName("MergeTagButton");
-  merge->setText(tr("Merge tag"));
+  merge->setText(tr("Merge tag") + u8" \u25be");
+  merge->setStyleSheet("QToolButton::menu-indicator { image: none; }");  // the style's own lies beside the text
   merge->setIcon(platform::Icon("merge"));
   merge->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   merge->setPopupMode(QToolButton::InstantPopup);
@@ -297,6 +317,7 @@ void CommandBar::Show(const compose::EditorState& state) {
   }
   for (const int undo : {7, 87}) ActionOf(undo)->setEnabled(state.can_undo);
   for (const int redo : {8, 88}) ActionOf(redo)->setEnabled(state.can_redo);
+  table_menu_->setEnabled(state.in_table);
   ActionOf(25)->setEnabled(!state.link.isEmpty() || !state.selected.isEmpty());
   if (!state.font.isEmpty() && !fonts_->hasFocus()) {
     const QSignalBlocker quiet(fonts_);

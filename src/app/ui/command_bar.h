@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include "app/command_table.h"
+#include "compose/editor_command.h"
 #include "compose/ui/editor_state.h"
 
 class QAction;
@@ -37,6 +38,7 @@ class CommandBar final : public QObject {
  signals:
   void Triggered(int identifier);
   void OwnTriggered(quillcast::app::OwnCommand command);
+  void TableChanged(quillcast::compose::TableEdit edit);
   void FontChosen(const QString& family);
   void SizeChosen(int size);
 
@@ -46,6 +48,7 @@ class CommandBar final : public QObject {
   void AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon, const QKeySequence& keys);
   void MakeMenus();
   void MakeMergeMenu();
+  void MakeTableMenu(QMenu* format);
   void MakeToolbar();
   void AddButton(int identifier);
 
@@ -53,6 +56,7 @@ class CommandBar final : public QObject {
   QToolBar* toolbar_;
   QHash<int, QAction*> actions_;
   QMenu* merge_menu_ = nullptr;
+  QMenu* table_menu_ = nullptr;
   QAction* source_ = nullptr;
   QFontComboBox* fonts_ = nullptr;
   QComboBox* sizes_ = nullptr;

@@ -36,6 +36,7 @@ HelpForm::HelpForm(const Folders& folders, const QString& topic, QWidget* parent
 QString TopicOf(const QString& window) {
   static const QHash<QString, QString> topics = {{"EmailManagerForm", "Email Manager 1.htm"},
                                                  {"ThreadForm", "Thread Options.htm"},
+                                                 {"TableForm", "Message Options.htm"},
                                                  {"HistoryManagerForm", "History Manager.htm"}};
   return topics.value(window, "Welcome.htm");
 }

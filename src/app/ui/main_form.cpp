@@ -101,6 +101,10 @@ void MainForm::MakeStatusBar() {
 void MainForm::ConnectParts() {
   connect(bar_, &CommandBar::Triggered, this, &MainForm::Dispatch);
   connect(bar_, &CommandBar::OwnTriggered, this, &MainForm::RunOwn);
+  connect(bar_, &CommandBar::TableChanged, this, [this](compose::TableEdit edit) {
+    editor_->EditTable(edit);
+    editor_->setFocus();
+  });
   connect(bar_, &CommandBar::FontChosen, this, [this](const QString& family) {
     editor_->Execute("fontName", family);
     editor_->setFocus();

@@ -80,6 +80,7 @@ class MainForm final : public QMainWindow {
   void ChooseColour();
   void InsertPicture();
   void InsertHyperlink();
+  void InsertTable();
   void ShowSource(bool shown);
   bool SourceWasEdited() const;
   void LeaveSource();

@@ -22,6 +22,7 @@
 #include "compose/ui/editor_document.h"
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
+#include "compose/ui/table_form.h"
 #include "platform/ui/qt_text.h"
 #include "recipients/group_count.h"
 #include "sending/message_preview.h"
@@ -73,6 +74,8 @@ void MainForm::Dispatch(int identifier) {
       return header_->DeleteAttachment();
     case Action::kFont:
       return ChooseFont();
+    case Action::kTable:
+      return InsertTable();
     case Action::kPicture:
       return InsertPicture();
     case Action::kHyperlink:
@@ -247,6 +250,13 @@ void MainForm::ShowSource(bool shown) {
   body_->setCurrentWidget(source_);
   source_->setFocus();
   bar_->ShowSource(true);
+}
+
+void MainForm::InsertTable() {
+  LeaveSource();
+  compose::TableForm form(program_.prompts, this);
+  if (form.exec() == QDialog::Accepted) editor_->InsertTable(ToQt(compose::TableHtml(form.Choice())));
+  editor_->setFocus();
 }
 
 bool MainForm::SourceWasEdited() const {

@@ -85,6 +85,7 @@
       left: on('justifyLeft'), center: on('justifyCenter'), right: on('justifyRight'),
       font: document.queryCommandValue('fontName'), size: document.queryCommandValue('fontSize'),
       color: document.queryCommandValue('foreColor'),
+      inTable: quill.inTable(),
       canUndo: document.queryCommandEnabled('undo'), canRedo: document.queryCommandEnabled('redo'),
       link: link ? link.getAttribute('href') : '', selected: String(document.getSelection()),
     };

@@ -29,7 +29,7 @@ class LocalOnly final : public QWebEngineUrlRequestInterceptor {
 
 QString EditingScript() {
   QString code;
-  for (const char* name : {":/qtwebchannel/qwebchannel.js", ":/compose/editor.js"}) {
+  for (const char* name : {":/qtwebchannel/qwebchannel.js", ":/compose/editor.js", ":/compose/editor_table.js"}) {
     QFile file(name);
     if (file.open(QIODevice::ReadOnly)) code += QString::fromUtf8(file.readAll()) + '\n';
   }

@@ -12,6 +12,7 @@ EditorState EditorState::From(const QVariantMap& map) {
   state.left = map["left"].toBool();
   state.center = map["center"].toBool();
   state.right = map["right"].toBool();
+  state.in_table = map["inTable"].toBool();
   state.can_undo = map["canUndo"].toBool();
   state.can_redo = map["canRedo"].toBool();
   state.font = map["font"].toString().remove('"').section(',', 0, 0).trimmed();

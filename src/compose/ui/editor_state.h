@@ -15,6 +15,7 @@ struct EditorState {
   bool left = false;
   bool center = false;
   bool right = false;
+  bool in_table = false;
   bool can_undo = false;
   bool can_redo = false;
   QString font;      // as the document names it, without quotes

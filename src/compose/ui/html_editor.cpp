@@ -301,6 +301,16 @@ bool HtmlEditor::InsertHtml(const QString& html) {
   return Evaluate(QString("quill.insert(%1)").arg(Quoted(html))).toBool();
 }
 
+bool HtmlEditor::InsertTable(const QString& html) {
+  return Evaluate(QString("quill.insertTable(%1)").arg(Quoted(html))).toBool();
+}
+
+bool HtmlEditor::EditTable(TableEdit edit) {
+  constexpr std::array<const char*, 7> kNames = {"rowAbove",  "rowBelow",     "columnLeft", "columnRight",
+                                                 "deleteRow", "deleteColumn", "deleteTable"};
+  return Evaluate(QString("quill.editTable('%1')").arg(kNames.at(static_cast<std::size_t>(edit)))).toBool();
+}
+
 bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
   return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
 }

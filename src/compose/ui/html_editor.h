@@ -54,6 +54,10 @@ class HtmlEditor final : public QWidget {
   // Replaces the selection; one step back undoes it.
   bool InsertHtml(const QString& html);
   bool InsertPictures(const QStringList& files);
+  // The caret goes into its first cell.
+  bool InsertTable(const QString& html);
+  // False where the caret is in no table. One step back undoes it.
+  bool EditTable(TableEdit edit);
   bool InsertLink(const QString& address, const QString& text);
   EditorState State() const;
 

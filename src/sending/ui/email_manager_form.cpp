@@ -15,13 +15,14 @@
 #include <QVBoxLayout>
 
 #include "platform/text.h"
+#include "platform/ui/digits_filter.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_text.h"
+#include "platform/ui/up_down.h"
 #include "sending/account_checks.h"
 #include "sending/account_form.h"
 #include "sending/provider_presets.h"
 #include "sending/single_message.h"
-#include "sending/ui/digits_filter.h"
 #include "sending/ui/thread_form.h"
 
 namespace quillcast::sending {
@@ -81,7 +82,7 @@ QWidget* EmailManagerForm::MakeControl(const AccountKeyRow& row, const QString& 
   } else {
     auto* box = new QLineEdit(this);
     if (TakesDigitsOnly(row.key)) {
-      box->setValidator(new DigitsFilter(box));
+      box->setValidator(new platform::DigitsFilter(box));
       box->setFixedWidth(kNarrow);
     }
     connect(box, &QLineEdit::textChanged, this, &EmailManagerForm::ControlChanged);
@@ -102,18 +103,23 @@ void EmailManagerForm::AddRow(QFormLayout* rows, AccountKey key, const QString& 
   text->setBuddy(control);
   control->setAccessibleName(QString(label).remove('&').remove(':'));
   labels_[control->objectName()] = text;
+  QWidget* beside = nullptr;
   if (key == kTimeout) {
-    auto* line = new QWidget(this);
-    auto* boxes = new QHBoxLayout(line);
-    boxes->setContentsMargins(0, 0, 0, 0);
-    auto* unit = new QLabel(line);
-    unit->setObjectName("TimeoutUnitLabel");
-    boxes->addWidget(control);
-    boxes->addWidget(unit, 1);
-    rows->addRow(text, line);
+    beside = new QLabel(this);
+    beside->setObjectName("TimeoutUnitLabel");
+  } else if (key == kWrap) {
+    beside = new platform::UpDown(qobject_cast<QLineEdit*>(control), kNarrowestWrap, kWidestWrap, this);
+    beside->setObjectName("WrapUpDown");
+  }
+  if (beside == nullptr) {
+    rows->addRow(text, control);
     return;
   }
-  rows->addRow(text, control);
+  auto* line = new QHBoxLayout();
+  line->addWidget(control);
+  line->addWidget(beside);
+  line->addStretch(1);
+  rows->addRow(text, line);
 }
 
 QWidget* EmailManagerForm::MakeGeneralPage() {
@@ -319,11 +325,11 @@ void EmailManagerForm::ControlChanged() {
     if (row.key == kMethod) continue;
     auto* control = Find<QWidget>(row.control);
     control->setEnabled(IsEnabled(values, row.control));
-    if (LabelFollows(row.control) && labels_.contains(control->objectName())) {
-      labels_[control->objectName()]->setEnabled(control->isEnabled());
-    }
+    if (auto* label = labels_.value(control->objectName())) label->setEnabled(control->isEnabled());
   }
-  Find<QPushButton>("ThirdCommandButton")->setEnabled(IsEnabled(values, "ThirdCommandButton"));
+  for (const char* control : {"ThirdCommandButton", "WrapUpDown"}) {
+    Find<QWidget>(control)->setEnabled(IsEnabled(values, control));
+  }
   Find<QLabel>("TimeoutUnitLabel")->setText(TimeoutUnit(values[kTimeout]));
   OfferPreset();
 }

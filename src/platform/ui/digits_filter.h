@@ -3,23 +3,23 @@
 
 #include <QValidator>
 
+#include "platform/text.h"
 #include "platform/ui/qt_text.h"
-#include "sending/account_form.h"
 
-namespace quillcast::sending {
+namespace quillcast::platform {
 
 // What is no digit is dropped; the others stay.
 class DigitsFilter final : public QValidator {
  public:
   using QValidator::QValidator;
   State validate(QString& input, int& position) const override {
-    const QString digits = platform::ToQt(DigitsOf(platform::FromQt(input)));
+    const QString digits = ToQt(DigitsOf(FromQt(input)));
     if (digits != input) {
-      position = static_cast<int>(DigitsOf(platform::FromQt(input.left(position))).size());
+      position = static_cast<int>(DigitsOf(FromQt(input.left(position))).size());
       input = digits;
     }
     return Acceptable;
   }
 };
 
-}  // namespace quillcast::sending
+}  // namespace quillcast::platform
