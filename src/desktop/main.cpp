@@ -3,8 +3,11 @@
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QLoggingCategory>
 #include <QScreen>
+#include <QTranslator>
 #include <csignal>
 #include <cstdio>
 
@@ -71,10 +74,21 @@ const char* GoOnWithoutSandbox() {
              : "This system lets nobody make user namespaces, so the editor runs without its sandbox.";
 }
 
+// The window in the user's language, where a catalogue of it is installed; the toolkit's own texts go along.
+void Translate(const app::Folders& folders) {
+  static QTranslator ours;
+  static QTranslator toolkit;
+  if (!ours.load(QLocale(), "quillcast", "_", platform::PathToQt(folders.program / "translations"))) return;
+  QCoreApplication::installTranslator(&ours);
+  if (toolkit.load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    QCoreApplication::installTranslator(&toolkit);
+}
+
 int Run(QApplication& application, const std::optional<std::filesystem::path>& profile, const char* warning) {
   platform::ProcessEnvironment environment;
   const app::Folders folders =
       app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), profile);
+  Translate(folders);
   platform::QtPrompts prompts(app::kWindowTitle);
   SingleInstance instance(platform::PathToQt(folders.data));
   if (instance.AnotherIsRunning()) return 0;

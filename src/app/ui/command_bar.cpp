@@ -235,7 +235,7 @@ void CommandBar::MakeMergeMenu() {
     const auto commands = Commands();
     const auto command = std::find_if(commands.begin(), commands.end(),
                                       [&](const Command& row) { return row.merge_field == field.command; });
-    QAction* action = Make(command->identifier, ToQt(recipients::kFields[i].label), "");
+    QAction* action = Make(command->identifier, platform::Translated(recipients::kFields[i].label), "");
     action->setToolTip(ToQt(field.tag));
     merge_menu_->addAction(action);
   }

@@ -1,7 +1,5 @@
 #include "app/ui/groups_menu.h"
 
-#include <fmt/format.h>
-
 #include <QInputDialog>
 #include <QTimer>
 #include <memory>
@@ -17,13 +15,6 @@ namespace {
 
 using platform::FromQt;
 using platform::ToQt;
-
-std::string Summary(const recipients::ImportOutcome& outcome) {
-  if (outcome.error) return InOneLine(*outcome.error);
-  return fmt::format("{} added, {} there already.",
-                     platform::Counted(outcome.counts.added, "address was", "addresses were"),
-                     platform::WithThousands(outcome.counts.duplicates));
-}
 
 }  // namespace
 
@@ -71,7 +62,13 @@ void GroupsMenu::ImportInto(const QString& group) {
         recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));
     return [this, outcome, group] {
       emit Changed(group);
-      emit Said(ToQt(Summary(*outcome)));
+      if (outcome->error) {
+        emit Said(ToQt(InOneLine(*outcome->error)));
+        return;
+      }
+      emit Said(platform::Counted(outcome->counts.added, tr("1 address was added."), tr("%1 addresses were added.")) +
+                ' ' + platform::Counted(outcome->counts.duplicates, tr("1 was there already."),
+                                        tr("%1 were there already.")));
     };
   });
 }

@@ -88,11 +88,11 @@ void MainForm::BuildWindow() {
 
 void MainForm::MakeStatusBar() {
   first_panel_->setObjectName("StatusPanel1");
-  first_panel_->setText(kStatusPanels[0]);
+  first_panel_->setText(platform::Translated(kStatusPanels[0]));
   first_panel_->setTextFormat(Qt::PlainText);
   statusBar()->addWidget(first_panel_, 1);
   for (std::size_t i = 1; i < kStatusPanels.size(); ++i) {
-    auto* panel = new QLabel(kStatusPanels.at(i), this);
+    auto* panel = new QLabel(platform::Translated(kStatusPanels.at(i)), this);
     panel->setObjectName(QString("StatusPanel%1").arg(i + 1));
     statusBar()->addPermanentWidget(panel);
   }
@@ -169,7 +169,7 @@ void MainForm::StartNew() {
 void MainForm::Say(const QString& sentence) {
   first_panel_->setText(sentence);
   QTimer::singleShot(kSentenceTime, first_panel_, [this, sentence] {
-    if (first_panel_->text() == sentence) first_panel_->setText(kStatusPanels[0]);
+    if (first_panel_->text() == sentence) first_panel_->setText(platform::Translated(kStatusPanels[0]));
   });
 }
 
@@ -245,7 +245,7 @@ void MainForm::ShowNotices() {
   }
   if (practice_->is_on()) {
     const QString arrived =
-        arrived_ == 1 ? tr("1 message has arrived.") : tr("%1 messages have arrived.").arg(arrived_);
+        platform::Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
     notice_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
                   {{tr("Show them"), "ShowPracticeButton", [this] { ShowPractice(); }},
                    {tr("End practice"), "EndPracticeButton", [this] {

@@ -195,7 +195,7 @@ void MessageHeader::ShowCount() {
   }
   const auto count =
       recipients::GroupCount(recipients::RecipientStore(program_.folders.Database()), FromQt(to_->currentText()));
-  count_->setText(ToQt(platform::WithThousands(count)) + (count == 1 ? tr(" recipient") : tr(" recipients")));
+  count_->setText(platform::Counted(count, tr("1 recipient"), tr("%1 recipients")));
 }
 
 void MessageHeader::Collect(compose::MessageDocument& document) const {

@@ -12,7 +12,7 @@ namespace {
 // Texts are shown as they are: what stands in them is never markup.
 QMessageBox::StandardButton Show(const QString& title, QMessageBox::Icon icon, std::string_view text,
                                  QMessageBox::StandardButtons buttons, QMessageBox::StandardButton preferred) {
-  QMessageBox box(icon, title, ToQt(text).replace("\r\n", "\n"), buttons, QApplication::activeWindow());
+  QMessageBox box(icon, title, Translated(text).replace("\r\n", "\n"), buttons, QApplication::activeWindow());
   box.setTextFormat(Qt::PlainText);
   box.setDefaultButton(preferred);
   return static_cast<QMessageBox::StandardButton>(box.exec());
@@ -67,7 +67,7 @@ bool QtPrompts::Consent(std::string_view text) {
 std::vector<std::filesystem::path> QtPrompts::PickOpenFile(const FileQuestion& question) {
   std::vector<std::filesystem::path> files;
   QWidget* parent = QApplication::activeWindow();
-  const QString title = ToQt(question.title);
+  const QString title = Translated(question.title);
   const QString filter = FileDialogFilter(question.filter);
   if (question.several) {
     for (const QString& file : QFileDialog::getOpenFileNames(parent, title, {}, filter)) {
@@ -82,12 +82,12 @@ std::vector<std::filesystem::path> QtPrompts::PickOpenFile(const FileQuestion& q
 
 std::filesystem::path QtPrompts::PickSaveFile(const FileQuestion& question) {
   const auto options = question.ask_before_overwriting ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite;
-  return PathFromQt(QFileDialog::getSaveFileName(QApplication::activeWindow(), ToQt(question.title), {},
+  return PathFromQt(QFileDialog::getSaveFileName(QApplication::activeWindow(), Translated(question.title), {},
                                                  FileDialogFilter(question.filter), nullptr, options));
 }
 
 std::filesystem::path QtPrompts::PickFolder(std::string_view title) {
-  return PathFromQt(QFileDialog::getExistingDirectory(QApplication::activeWindow(), ToQt(title)));
+  return PathFromQt(QFileDialog::getExistingDirectory(QApplication::activeWindow(), Translated(title)));
 }
 
 }  // namespace quillcast::platform

@@ -330,7 +330,7 @@ void EmailManagerForm::ControlChanged() {
   for (const char* control : {"ThirdCommandButton", "WrapUpDown"}) {
     Find<QWidget>(control)->setEnabled(IsEnabled(values, control));
   }
-  Find<QLabel>("TimeoutUnitLabel")->setText(TimeoutUnit(values[kTimeout]));
+  Find<QLabel>("TimeoutUnitLabel")->setText(platform::Translated(TimeoutUnit(values[kTimeout])));
   OfferPreset();
 }
 

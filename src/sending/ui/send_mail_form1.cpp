@@ -1,7 +1,5 @@
 #include "sending/ui/send_mail_form1.h"
 
-#include <fmt/format.h>
-
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -70,8 +68,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   heading->setText(tr("“%1” to %2, %3")
                        .arg(ToQt(platform::Printable(job_.document.subject, 100)),
                             ToQt(platform::Printable(job_.group.name, 60)),
-                            ToQt(fmt::format("{} {}", platform::WithThousands(job_.recipients),
-                                             job_.recipients == 1 ? "recipient" : "recipients"))));
+                            platform::Counted(job_.recipients, tr("1 recipient"), tr("%1 recipients"))));
   QFont bold = heading->font();
   bold.setBold(true);
   heading->setFont(bold);
@@ -142,10 +139,10 @@ void SendMailForm1::AskToCancel() {
 }
 
 void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
-  const std::string question =
-      fmt::format("The server refused the same {} times in a row:\r\n{}\r\nDo you want to try the others all the same?",
-                  times, platform::FromQt(refusal));
-  worker_->Answer(program_.prompts.Ask(question) == platform::Answer::kYes);
+  const QString question =
+      tr("The server refused the same %1 times in a row:\r\n%2\r\nDo you want to try the others all the same?")
+          .arg(QString::number(times), refusal);
+  worker_->Answer(program_.prompts.Ask(platform::FromQt(question)) == platform::Answer::kYes);
 }
 
 void SendMailForm1::reject() {
@@ -176,7 +173,7 @@ void SendMailForm1::TakeNews() {
 void SendMailForm1::ShowProgress(const RunNews& news) {
   run_bar_->setValue(Steps(static_cast<std::uint64_t>(news.done), static_cast<std::uint64_t>(news.total)));
   run_bar_->setFormat(
-      ToQt(fmt::format("{} of {}", platform::WithThousands(news.done), platform::WithThousands(news.total))));
+      tr("%1 of %2").arg(ToQt(platform::WithThousands(news.done)), ToQt(platform::WithThousands(news.total))));
   message_bar_->setValue(Steps(news.sent_octets, news.message_octets));
   rate_->setText(ToQt(DescribeRate(news.done, news.total, std::chrono::milliseconds(running_.elapsed()))));
 }
@@ -195,11 +192,11 @@ void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
   if (summary->stopped) {
     Say(ToQt(InOneLine(*summary->stopped)));
   } else if (summary->not_tried > 0) {
-    Say(ToQt(fmt::format("{} not tried; nothing was sent to them.",
-                         platform::Counted(summary->not_tried, "recipient was", "recipients were"))));
+    Say(platform::Counted(summary->not_tried, tr("1 recipient was not tried; nothing was sent there."),
+                          tr("%1 recipients were not tried; nothing was sent to them.")));
   } else {
-    Say(ToQt(fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"),
-                         platform::WithThousands(summary->failed))));
+    Say(platform::Counted(summary->sent, tr("1 message was sent,"), tr("%1 messages were sent,")) + ' ' +
+        tr("%1 failed.").arg(ToQt(platform::WithThousands(summary->failed))));
   }
   const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
   if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
