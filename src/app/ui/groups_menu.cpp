@@ -66,9 +66,9 @@ void GroupsMenu::ImportInto(const QString& group) {
         emit Said(ToQt(InOneLine(*outcome->error)));
         return;
       }
-      emit Said(platform::Counted(outcome->counts.added, tr("1 address was added."), tr("%1 addresses were added.")) +
-                ' ' + platform::Counted(outcome->counts.duplicates, tr("1 was there already."),
-                                        tr("%1 were there already.")));
+      emit Said(
+          platform::Counted(outcome->counts.added, tr("1 address was added."), tr("%1 addresses were added.")) + ' ' +
+          platform::Counted(outcome->counts.duplicates, tr("1 was there already."), tr("%1 were there already.")));
     };
   });
 }

@@ -244,8 +244,7 @@ void MainForm::ShowNotices() {
     return;
   }
   if (practice_->is_on()) {
-    const QString arrived =
-        platform::Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
+    const QString arrived = platform::Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
     notice_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
                   {{tr("Show them"), "ShowPracticeButton", [this] { ShowPractice(); }},
                    {tr("End practice"), "EndPracticeButton", [this] {

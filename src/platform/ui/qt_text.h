@@ -4,8 +4,8 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QString>
-#include <filesystem>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
