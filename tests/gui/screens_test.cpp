@@ -1,4 +1,5 @@
 // Shows every window, light and dark; with QUILLCAST_SCREENS set to a folder, a picture of each is put there.
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -123,6 +124,14 @@ class ScreensTest : public QObject {
     for (const QPushButton* button : window.findChildren<QPushButton*>()) {
       if (button->isVisible())
         QVERIFY2(button->width() >= button->minimumSizeHint().width(), qPrintable(button->text()));
+    }
+    for (QWidget* widget : window.findChildren<QWidget*>()) {  // what the keyboard reaches says what it is
+      if (!widget->isVisible() || !widget->isEnabled() || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
+      if (widget->inherits("QQuickWidget")) continue;  // the page speaks for itself
+      if (widget->focusProxy() != nullptr || widget->parentWidget()->inherits("QTabWidget")) continue;
+      const auto* accessible = QAccessible::queryAccessibleInterface(widget);
+      QVERIFY2(accessible != nullptr && !accessible->text(QAccessible::Name).isEmpty(),
+               qPrintable(name + ": " + widget->metaObject()->className() + ' ' + widget->objectName()));
     }
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (folder_.isEmpty()) return;

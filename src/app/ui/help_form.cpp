@@ -18,6 +18,7 @@ HelpForm::HelpForm(const Folders& folders, const QString& topic, QWidget* parent
   resize(640, 520);
   auto* page = new QTextBrowser(this);
   page->setObjectName("HelpPage");
+  page->setAccessibleName(tr("Help page"));
   page->setOpenExternalLinks(false);
   const QString folder = platform::PathToQt(folders.program / "help");
   page->setSearchPaths({folder});
