@@ -1,6 +1,7 @@
 // Shows every window, light and dark; with QUILLCAST_SCREENS set to a folder, a picture of each is put there.
 #include <QAccessible>
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
@@ -9,6 +10,7 @@
 #include <QListWidget>
 #include <QPalette>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -121,9 +123,12 @@ class ScreensTest : public QObject {
       const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
       QVERIFY2(fits, qPrintable(name + ": " + label->text()));
     }
-    for (const QPushButton* button : window.findChildren<QPushButton*>()) {
-      if (button->isVisible())
-        QVERIFY2(button->width() >= button->minimumSizeHint().width(), qPrintable(button->text()));
+    for (const QWidget* control : window.findChildren<QWidget*>()) {
+      const bool has_text = qobject_cast<const QPushButton*>(control) != nullptr ||
+                            qobject_cast<const QCheckBox*>(control) != nullptr ||
+                            qobject_cast<const QRadioButton*>(control) != nullptr;
+      if (!has_text || !control->isVisible()) continue;
+      QVERIFY2(control->width() >= control->minimumSizeHint().width(), qPrintable(name + ": " + control->objectName()));
     }
     for (QWidget* widget : window.findChildren<QWidget*>()) {  // what the keyboard reaches says what it is
       if (!widget->isVisible() || !widget->isEnabled() || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
@@ -173,6 +178,8 @@ class ScreensTest : public QObject {
     auto* editor = window.findChild<compose::HtmlEditor*>("Editor");
     editor->SetHtml(kLetter);
     Take(window, "main");
+    window.resize(window.minimumSize());
+    if (!is_translated) Take(window, "main-small");
 
     compose::MessageDocument document;
     document.subject = "Spring papers for $*MergeFirstName*$";

@@ -22,6 +22,8 @@ namespace {
 using platform::FromQt;
 using platform::ToQt;
 
+constexpr int kNarrowest = 80;  // pixels of the method box, where the window is small
+
 QStringList LocalFiles(const QMimeData* data) {
   QStringList files;
   for (const QUrl& url : data->urls()) {
@@ -111,15 +113,14 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   grid->addLayout(to_line, 1, 1);
   grid->addWidget(group, 1, 2);
   label(tr("S&ubject:"), subject_, 2);
-  grid->addWidget(subject_, 2, 1, 1, 2);
+  grid->addWidget(subject_, 2, 1, 1, 3);
   label(tr("&Attachments:"), attachment_box_, 3);
   grid->addWidget(attachment_box_, 3, 1);
-  auto* attachment_buttons = new QHBoxLayout();
-  attachment_buttons->addWidget(add);
-  attachment_buttons->addWidget(remove);
-  grid->addLayout(attachment_buttons, 3, 2);
+  grid->addWidget(add, 3, 2);
+  grid->addWidget(remove, 3, 3);
   auto* options = new QHBoxLayout();
   options->addWidget(method_);
+  method_->setMinimumWidth(kNarrowest);
   const auto option = [&](const QString& text, QComboBox* box) {
     auto* made = new QLabel(text, this);
     made->setBuddy(box);
@@ -133,12 +134,9 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   options->addWidget(receipt_);
   options->addStretch(1);
   label(tr("Method:"), method_, 4);
-  grid->addLayout(options, 4, 1, 1, 2);
-  auto* right = new QVBoxLayout();
-  right->addWidget(send);
-  right->addWidget(preview);
-  right->addStretch(1);
-  grid->addLayout(right, 0, 3, 5, 1);
+  grid->addLayout(options, 4, 1, 1, 3);
+  grid->addWidget(send, 0, 3);
+  grid->addWidget(preview, 1, 3);
   grid->setColumnStretch(1, 1);
   QWidget* const order[] = {from_,   email,     to_,     group,    subject_, attachment_box_, add, remove,
                             method_, priority_, format_, receipt_, send,     preview};
