@@ -47,7 +47,7 @@ void RemoveTemporaries(const fs::path& folder) {
 
 }  // namespace
 
-SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
+Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
   if (!document.HasUnsavedChanges()) return SaveDecision::kGoOn;
   switch (prompts.AskOrCancel("Do you want to save the changes?")) {
     case Answer::kCancel:
@@ -59,7 +59,9 @@ SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
   }
   const fs::path file = document.FileName().empty() ? PickFileToSaveTo(prompts) : document.FileName();
   if (file.empty()) return SaveDecision::kStay;
-  return document.SaveTo(file) ? SaveDecision::kGoOn : SaveDecision::kStay;
+  const auto saved = document.SaveTo(file);
+  if (!saved) return saved.error();
+  return SaveDecision::kGoOn;
 }
 
 Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts) {
@@ -67,8 +69,9 @@ Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts) {
   return file.empty() ? Result<void>() : document.SaveTo(file);
 }
 
-SaveDecision AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts) {
-  return skip_save_prompt ? SaveDecision::kGoOn : OfferToSave(document, prompts);
+Result<SaveDecision> AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts) {
+  if (skip_save_prompt) return SaveDecision::kGoOn;
+  return OfferToSave(document, prompts);
 }
 
 void CleanUpAtClose(const Folders& folders) {

@@ -21,16 +21,16 @@ class EditedDocument {
 enum class SaveDecision { kGoOn, kStay };
 
 // Asks whether to save where there are unsaved changes, and saves: to the current file, or to one that is picked, after
-// the question about a locked file. kStay when the person cancels on the way. A save that fails keeps the window open:
-// the changes would be lost otherwise.
-SaveDecision OfferToSave(EditedDocument& document, platform::Prompts& prompts);
+// the question about a locked file. kStay when the person cancels on the way. After a save that fails the document stays
+// too: the changes would be lost otherwise.
+Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts);
 
 // Asks for a file, unlocks it where the person allows, and saves there. Cancelling on the way is no failure: nothing is
 // saved then.
 Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts);
 
 // The same as OfferToSave unless the program closes itself for a shutdown after sending.
-SaveDecision AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);
+Result<SaveDecision> AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);
 
 // Removes the preview files, the editor's left-overs in the installed program folder, and the imported body with its
 // pictures. Each step goes on after a failure of the one before.

@@ -71,10 +71,12 @@ Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore
   return std::string("Text");
 }
 
-std::optional<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts) {
+Result<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts) {
   const auto files = prompts.PickOpenFile({.title = "Open", .filter = kHtmlFilter});
-  if (files.empty() || app::OfferToSave(document, prompts) == app::SaveDecision::kStay) return {};
-  return files.front();
+  if (files.empty()) return std::filesystem::path();
+  const auto decision = app::OfferToSave(document, prompts);
+  if (!decision) return decision.error();
+  return *decision == app::SaveDecision::kStay ? std::filesystem::path() : files.front();
 }
 
 Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body,

@@ -46,9 +46,9 @@ std::string HtmlFromText(std::string_view text);
 // message, while `Advanced` `Encoding` is "Plain". The document itself is never converted.
 Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore& settings, platform::Prompts& prompts);
 
-// The Open command: asks for a file, offers to save changes first, gives the file to load. Nothing when the person
-// cancels on the way.
-std::optional<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts);
+// The Open command: asks for a file, offers to save changes first, gives the file to load. Empty when the person
+// cancels on the way; an error when the changes could not be saved.
+Result<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts);
 
 // The Save command: not to the preview file, which is never the person's own; to the current file otherwise, or for a
 // new document to one that is picked.

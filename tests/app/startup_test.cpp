@@ -243,7 +243,9 @@ TEST(CloseStep, AsksBeforeChangesAreLost) {
     test::ScriptedPrompts prompts;
     prompts.answers = c.answers;
     prompts.files = c.picked;
-    EXPECT_EQ(AskBeforeClosing(document, c.skip, prompts), c.decision) << c.name;
+    const auto decision = AskBeforeClosing(document, c.skip, prompts);
+    EXPECT_EQ(decision ? *decision : SaveDecision::kStay, c.decision) << c.name;
+    EXPECT_EQ(!decision, c.current == "/full") << c.name;
     EXPECT_EQ(document.saved, c.saved) << c.name;
     EXPECT_TRUE(prompts.answers.empty()) << c.name;
   }

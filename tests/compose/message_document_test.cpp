@@ -206,14 +206,14 @@ TEST(Document, OpeningOffersToSaveFirst) {
   FakeDocument document;
   document.name = "/d/current.html";
   test::ScriptedPrompts prompts;
-  EXPECT_FALSE(PickDocumentToOpen(document, prompts)) << "nothing picked";
+  EXPECT_EQ(*PickDocumentToOpen(document, prompts), "") << "nothing picked";
   EXPECT_EQ(prompts.shown, std::vector<std::string>{"open: Open"}) << "asked about saving before a file was picked";
   prompts.files = {"/d/next.html"};
   prompts.answers = {Answer::kCancel, Answer::kNo, Answer::kYes};
-  EXPECT_FALSE(PickDocumentToOpen(document, prompts));
-  EXPECT_EQ(PickDocumentToOpen(document, prompts), "/d/next.html");
+  EXPECT_EQ(*PickDocumentToOpen(document, prompts), "");
+  EXPECT_EQ(*PickDocumentToOpen(document, prompts), "/d/next.html");
   EXPECT_TRUE(document.saved.empty());
-  EXPECT_EQ(PickDocumentToOpen(document, prompts), "/d/next.html");
+  EXPECT_EQ(*PickDocumentToOpen(document, prompts), "/d/next.html");
   EXPECT_EQ(document.saved, std::vector<std::filesystem::path>{"/d/current.html"});
 }
 

@@ -317,6 +317,24 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kCancel};
     QVERIFY(!scene.window->close());
     QVERIFY(scene.window->isVisible());
+    std::filesystem::remove(file);
+    std::filesystem::create_directories(file / "in the way");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QVERIFY(!scene.window->close());
+    QVERIFY2(scene.Status().contains("letter.html"), qPrintable(scene.Status()));
+    std::filesystem::remove_all(file);
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(scene.window->close());
+    QVERIFY(!std::filesystem::exists(file));
+  }
+
+  void aSavedMessageIsNotSavedOverOnLeaving() {
+    Scene scene;
+    scene.Open();
+    const auto file = scene.rig.folder.Write("letter.html", "<html><body><p>letter</p></body></html>");
+    scene.rig.prompts.files = {file};
+    scene.window->Dispatch(1);
+    scene.Editor().InsertHtml("again");
     scene.rig.prompts.answers = {platform::Answer::kNo};
     QVERIFY(scene.window->close());
     QVERIFY(platform::ReadFile(file, 1000)->find("again") == std::string::npos);

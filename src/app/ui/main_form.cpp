@@ -216,7 +216,9 @@ void MainForm::EndAtOnce() {
 
 void MainForm::closeEvent(QCloseEvent* event) {
   LeaveSource();
-  if (AskBeforeClosing(*document_, skip_save_prompt, program_.prompts) == SaveDecision::kStay) {
+  const auto decision = AskBeforeClosing(*document_, skip_save_prompt, program_.prompts);
+  if (!decision) Say(ToQt(InOneLine(decision.error())));
+  if (!decision || *decision == SaveDecision::kStay) {
     event->ignore();
     return;
   }

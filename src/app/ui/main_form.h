@@ -69,6 +69,7 @@ class MainForm final : public QMainWindow {
   void Tell(const Result<void>& result);
 
   void StartNew();
+  void LeaveForNew();
   compose::MessageDocument Document();
   void RunOwn(OwnCommand command);
   void RunEditor(int code);

@@ -117,9 +117,7 @@ void MainForm::Dispatch(int identifier) {
 void MainForm::RunOwn(OwnCommand command) {
   switch (command) {
     case OwnCommand::kNew:
-      LeaveSource();
-      if (OfferToSave(*document_, program_.prompts) == SaveDecision::kGoOn) StartNew();
-      return;
+      return LeaveForNew();
     case OwnCommand::kSaveAs:
       LeaveSource();
       Tell(SaveAs(*document_, program_.prompts));
@@ -165,11 +163,18 @@ void MainForm::InsertMergeField(std::string_view control) {
   editor_->setFocus();
 }
 
+void MainForm::LeaveForNew() {
+  LeaveSource();
+  const auto decision = OfferToSave(*document_, program_.prompts);
+  if (!decision) Say(ToQt(InOneLine(decision.error())));
+  if (decision && *decision == SaveDecision::kGoOn) StartNew();
+}
+
 void MainForm::Open() {
   LeaveSource();
   const auto file = compose::PickDocumentToOpen(*document_, program_.prompts);
-  if (!file) return;
-  Tell(document_->Open(*file));
+  if (!file) Say(ToQt(InOneLine(file.error())));
+  if (file && !file->empty()) Tell(document_->Open(*file));
   editor_->setFocus();
 }
 

@@ -18,6 +18,12 @@ QMessageBox::StandardButton Show(const QString& title, QMessageBox::Icon icon, s
   return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
+// What a name without one gets: "html" for "HTML Files (*.html *.htm)", nothing for all files.
+QString SuffixOf(const QString& filter) {
+  const QString pattern = filter.section('(', -1).section(' ', 0, 0).remove(')');
+  return pattern.startsWith("*.") ? pattern.mid(2) : QString();
+}
+
 Answer AnswerOf(QMessageBox::StandardButton button) {
   if (button == QMessageBox::Yes) return Answer::kYes;
   return button == QMessageBox::No ? Answer::kNo : Answer::kCancel;
@@ -81,9 +87,15 @@ std::vector<std::filesystem::path> QtPrompts::PickOpenFile(const FileQuestion& q
 }
 
 std::filesystem::path QtPrompts::PickSaveFile(const FileQuestion& question) {
-  const auto options = question.ask_before_overwriting ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite;
-  return PathFromQt(QFileDialog::getSaveFileName(QApplication::activeWindow(), Translated(question.title), {},
-                                                 FileDialogFilter(question.filter), nullptr, options));
+  QFileDialog dialog(QApplication::activeWindow(), Translated(question.title));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setOption(QFileDialog::DontConfirmOverwrite, !question.ask_before_overwriting);
+  dialog.setNameFilters(FileDialogFilter(question.filter).split(";;"));
+  const auto take_suffix = [&dialog](const QString& filter) { dialog.setDefaultSuffix(SuffixOf(filter)); };
+  take_suffix(dialog.selectedNameFilter());
+  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, take_suffix);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  return PathFromQt(dialog.selectedFiles().value(0));
 }
 
 std::filesystem::path QtPrompts::PickFolder(std::string_view title) {
