@@ -21,8 +21,8 @@ class EditedDocument {
 enum class SaveDecision { kGoOn, kStay };
 
 // Asks whether to save where there are unsaved changes, and saves: to the current file, or to one that is picked, after
-// the question about a locked file. kStay when the person cancels on the way. After a save that fails the document stays
-// too: the changes would be lost otherwise.
+// the question about a locked file. kStay when the person cancels on the way. After a save that fails the document
+// stays too: the changes would be lost otherwise.
 Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts);
 
 // Asks for a file, unlocks it where the person allows, and saves there. Cancelling on the way is no failure: nothing is
