@@ -8,11 +8,9 @@ namespace {
 namespace fs = std::filesystem;
 using platform::Answer;
 
-constexpr const char* kHtmlFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
-
 // Empty when the person cancels on the way.
 fs::path PickFileToSaveTo(platform::Prompts& prompts) {
-  fs::path file = prompts.PickSaveFile({.title = "Save", .filter = kHtmlFilter, .ask_before_overwriting = true});
+  fs::path file = prompts.PickSaveFile({.title = "Save", .filter = kDocumentFilter, .ask_before_overwriting = true});
   if (file.empty() || !platform::IsLocked(file)) return file;
   const Answer unlock = prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?");
   if (unlock != Answer::kYes) return {};

@@ -9,6 +9,8 @@
 
 namespace quillcast::app {
 
+inline constexpr const char* kDocumentFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
+
 // The document that is being edited, as far as saving it goes.
 class EditedDocument {
  public:

@@ -13,7 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr PixelSize kSmallestScreen{800, 600};
-constexpr std::size_t kCopyBlock = 64UL * 1024;
 
 bool Exists(const fs::path& path) {
   std::error_code ignored;
@@ -57,19 +56,6 @@ std::optional<Refusal> RefuseMissingTemplate(const StartupFacts&, const Folders&
 constexpr auto kChecks = std::to_array<Check>(
     {RefuseSecondWindow, RefuseSecondInstance, RefuseWindowsVersion, RefuseSmallScreen, RefuseMissingTemplate});
 
-Result<void> CopyInto(int to, const fs::path& to_path, const fs::path& from_path) {
-  auto from = platform::OpenForReading(from_path);
-  if (!from) return from.error();
-  std::string block(kCopyBlock, '\0');
-  for (;;) {
-    const auto got = platform::ReadSome(from->get(), from_path, block.data(), block.size());
-    if (!got) return got.error();
-    if (*got == 0) return {};
-    auto written = platform::WriteAll(to, to_path, std::string_view(block).substr(0, *got));
-    if (!written) return written;
-  }
-}
-
 }  // namespace
 
 std::optional<Refusal> CheckStartup(const StartupFacts& facts, const Folders& folders) {
@@ -87,8 +73,7 @@ Result<void> PrepareFolders(const Folders& folders) {
     if (!made) return made;
   }
   if (!Exists(folders.Database())) {
-    auto copied = platform::ReplaceFile(
-        folders.Database(), [&](int fd) { return CopyInto(fd, folders.Database(), folders.DatabaseTemplate()); });
+    auto copied = platform::CopyFile(folders.DatabaseTemplate(), folders.Database());
     if (!copied) return copied;
   }
   return platform::EnsureFolder(folders.History());

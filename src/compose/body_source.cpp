@@ -4,6 +4,27 @@
 
 namespace quillcast::compose {
 
+namespace {
+
+// What a parser puts into the body even behind its end tag.
+bool IsContent(const mime::HtmlToken& token, std::string_view text) {
+  switch (token.kind) {
+    case mime::HtmlTokenKind::kComment:
+    case mime::HtmlTokenKind::kDoctype:
+      return false;
+    case mime::HtmlTokenKind::kEndTag:
+      return token.name != "html";
+    case mime::HtmlTokenKind::kText:
+      return text.find_first_not_of(" \t\r\n\f") != std::string_view::npos;
+    case mime::HtmlTokenKind::kRawText:
+    case mime::HtmlTokenKind::kStartTag:
+      return true;
+  }
+  return true;
+}
+
+}  // namespace
+
 BodySource CutAtBody(std::string_view html) {
   BodySource source;
   std::string_view doctype;
@@ -12,9 +33,12 @@ BodySource CutAtBody(std::string_view html) {
   mime::HtmlToken token;
   while (tokenizer.Next(token)) {
     if (token.kind == mime::HtmlTokenKind::kDoctype && doctype.empty()) doctype = tokenizer.Source(token);
-    if (token.name != "body") continue;
-    if (token.kind == mime::HtmlTokenKind::kEndTag) end = token.begin;
-    if (token.kind == mime::HtmlTokenKind::kStartTag && !source.has_body) {
+    if (token.kind == mime::HtmlTokenKind::kEndTag && token.name == "body") {
+      end = token.begin;
+    } else if (IsContent(token, tokenizer.Source(token))) {
+      end = html.size();
+    }
+    if (token.kind == mime::HtmlTokenKind::kStartTag && token.name == "body" && !source.has_body) {
       source.has_body = true;
       source.head = html.substr(0, token.begin);
     }

@@ -8,7 +8,7 @@ namespace quillcast::compose {
 
 struct BodySource {
   std::string head;       // up to the body's start tag; the document type alone where there is no body tag
-  std::string tail;       // from the body's end tag on
+  std::string tail;       // from the body's end tag on; empty where content stands behind it, which belongs to the body
   bool has_body = false;  // there is a start tag
 };
 

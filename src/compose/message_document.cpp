@@ -5,11 +5,6 @@
 #include "platform/text.h"
 
 namespace quillcast::compose {
-namespace {
-
-constexpr const char* kHtmlFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
-
-}  // namespace
 
 Format FormatFrom(std::string_view text) { return text == "Text" ? Format::kText : Format::kHtml; }
 
@@ -72,7 +67,7 @@ Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore
 }
 
 Result<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts) {
-  const auto files = prompts.PickOpenFile({.title = "Open", .filter = kHtmlFilter});
+  const auto files = prompts.PickOpenFile({.title = "Open", .filter = app::kDocumentFilter});
   if (files.empty()) return std::filesystem::path();
   const auto decision = app::OfferToSave(document, prompts);
   if (!decision) return decision.error();

@@ -4,9 +4,20 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <chrono>
+#include <thread>
+
 extern char** environ;
 
 namespace quillcast::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPause = 10ms;
+constexpr auto kPatience = 1s;
+
+}  // namespace
 
 Result<void> XdgDesktop::OpenFile(const std::filesystem::path& file) {
   const std::string remedy = fmt::format("Open it yourself: {}", file.string());
@@ -18,8 +29,16 @@ Result<void> XdgDesktop::OpenFile(const std::filesystem::path& file) {
   if (::posix_spawnp(&child, program.c_str(), nullptr, nullptr, arguments, environ) != 0) {
     return Error{Failure::kUnavailable, "xdg-open, which opens files with their programs, is not installed.", remedy};
   }
+  // xdg-open returns once it has handed the file over; where there is no desktop to hand it to, it is itself the
+  // program that shows the file, and goes on for as long as that is open.
   int status = 0;
-  ::waitpid(child, &status, 0);  // xdg-open returns once it has handed the file over
+  for (auto waited = 0ms; ::waitpid(child, &status, WNOHANG) == 0; waited += kPause) {
+    if (waited >= kPatience) {
+      std::thread([child] { ::waitpid(child, nullptr, 0); }).detach();
+      return {};
+    }
+    std::this_thread::sleep_for(kPause);
+  }
   if (status != 0) return Error{Failure::kUnavailable, "No program could be found for the file.", remedy};
   return {};
 }

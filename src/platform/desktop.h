@@ -13,7 +13,8 @@ class Desktop {
   virtual Result<void> OpenFile(const std::filesystem::path& file) = 0;
 };
 
-// xdg-open, started in the background. Fails with kUnavailable where there is no display or no such program.
+// xdg-open, started in the background. Fails with kUnavailable where there is no display or no such program, or where
+// it finds none for the file within a second.
 class XdgDesktop final : public Desktop {
  public:
   explicit XdgDesktop(bool has_display) : has_display_(has_display) {}

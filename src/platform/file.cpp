@@ -15,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kWriterBlock = 64UL * 1024;
+constexpr std::size_t kCopyBlock = 64UL * 1024;
 
 Failure FailureOf(int error_number, std::string_view doing) {
   switch (error_number) {
@@ -145,6 +146,21 @@ Result<void> ReplaceFile(const fs::path& path, const std::function<Result<void>(
   if (done && ::rename(temporary.c_str(), path.c_str()) != 0) done = SystemError("create", path, errno);
   if (!done) ::unlink(temporary.c_str());
   return done;
+}
+
+Result<void> CopyFile(const fs::path& from, const fs::path& to) {
+  const auto source = OpenForReading(from);
+  if (!source) return source.error();
+  return ReplaceFile(to, [&](int fd) -> Result<void> {
+    std::string block(kCopyBlock, '\0');
+    for (;;) {
+      const auto got = ReadSome(source->get(), from, block.data(), block.size());
+      if (!got) return got.error();
+      if (*got == 0) return {};
+      auto written = WriteAll(fd, to, std::string_view(block).substr(0, *got));
+      if (!written) return written;
+    }
+  });
 }
 
 Result<void> EnsureFolder(const fs::path& folder) {

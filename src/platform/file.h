@@ -59,6 +59,9 @@ Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view con
 // takes the name when it succeeds and is removed when it fails.
 Result<void> ReplaceFile(const std::filesystem::path& path, const std::function<Result<void>(int fd)>& write);
 
+// A copy of the content, put under the name `to` in the same way.
+Result<void> CopyFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
 // Makes the folder and those above it that are missing, each 0700. A folder that exists is left as it is.
 Result<void> EnsureFolder(const std::filesystem::path& folder);
 

@@ -54,14 +54,14 @@ Result<RecipientView> ViewFor(const compose::MessageDocument& document, const re
   return RecipientView{row->email(), std::move(*subject), std::move(*html), std::move(*text)};
 }
 
-Result<std::vector<std::string>> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
-                                             const recipients::RecipientGroup& group,
-                                             const platform::CancelToken& cancel) {
+Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
+                                const recipients::RecipientGroup& group, const platform::CancelToken& cancel) {
   const auto account = AccountSettings::Load(program.settings);
   if (!account) return account.error();
   const auto message = Compile(document, program, *account);
   if (!message) return message.error();
-  std::vector<std::string> lines;
+  MessageLook look;
+  auto& lines = look.troubles;
   if (const auto& trouble = (*message)->trouble()) lines.push_back(InOneLine(trouble->error));
   for (const auto& trouble : (*message)->picture_troubles()) lines.push_back(Describe(trouble));
   if ((*message)->is_html() && !account->IsOn(AccountKey::kTextPart)) {
@@ -73,9 +73,9 @@ Result<std::vector<std::string>> FindTrouble(const compose::MessageDocument& doc
   if (!found) return found.error();
   for (auto& line : Describe(*found)) lines.push_back(std::move(line));
   if (found->largest_message > 0) {
-    lines.push_back(fmt::format("A message is about {}.", platform::HumanSize(found->largest_message)));
+    look.size = fmt::format("A message is about {}.", platform::HumanSize(found->largest_message));
   }
-  return lines;
+  return look;
 }
 
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,

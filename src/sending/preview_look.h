@@ -26,10 +26,14 @@ Result<RecipientView> ViewFor(const compose::MessageDocument& document, const re
                               const recipients::RecipientGroup& group, std::int64_t position,
                               const platform::CancelToken& cancel);
 
-// What a look over the whole group and the message finds, as sentences; the size of a message comes last.
-Result<std::vector<std::string>> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
-                                             const recipients::RecipientGroup& group,
-                                             const platform::CancelToken& cancel);
+struct MessageLook {
+  std::vector<std::string> troubles;  // sentences
+  std::string size;                   // one too; empty where no message can be made
+};
+
+// A look over the message and the whole group.
+Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
+                                const recipients::RecipientGroup& group, const platform::CancelToken& cancel);
 
 // Sends the message of that recipient to the account's own address: a sentence on what became of it.
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,

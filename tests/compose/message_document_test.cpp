@@ -5,7 +5,7 @@
 
 #include "compose/body_file.h"
 #include "compose/body_source.h"
-#include "compose/imported_pictures.h"
+#include "compose/document_pictures.h"
 #include "platform/file.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
@@ -157,7 +157,7 @@ TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
   }
 }
 
-TEST(ImportedPictures, GoAlongWithADocumentThatIsSaved) {
+TEST(DocumentPictures, GoAlongWhereTheyWouldBeLost) {
   const test::TemporaryFolder folder;
   const auto import = folder / "ImportBody/";
   folder.Write("ImportBody/a b.png", "one");
@@ -167,7 +167,7 @@ TEST(ImportedPictures, GoAlongWithADocumentThatIsSaved) {
   const std::string html = "<img src='file://" + import.string() + "a%20b.png'><img src=\"" + import.string() +
                            "sub/a b.png\"><img src='../ImportBody/a%20b.png'><img src='../mine.png'><img src='" +
                            import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>";
-  const auto saved = TakeImportedPictures(html, folder / "letters", import, folder / "letters" / "May 1.html");
+  const auto saved = TakePicturesAlong(html, folder / "letters", import, folder / "letters" / "May 1.html");
   ASSERT_TRUE(saved);
   EXPECT_EQ(*saved,
             "<img src='May%201_files/a%20b.png'><img src=\"May%201_files/a%20b%20%282%29.png\"><img "
@@ -175,7 +175,15 @@ TEST(ImportedPictures, GoAlongWithADocumentThatIsSaved) {
                 import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>");
   EXPECT_EQ(*platform::ReadFile(folder / "letters/May 1_files/a b (2).png", 100), "two");
   EXPECT_FALSE(std::filesystem::exists(folder / "letters/May 1_files/mine.png"));
-  const auto failed = TakeImportedPictures(html, folder / "letters", import, folder / "mine.png" / "x.html");
+  const std::string moved =
+      "<img src='a.png'><img src='../mine.png'><img src='" + folder.path().string() + "/mine.png'><img src='gone.png'>";
+  folder.Write("letters/a.png", "a");
+  EXPECT_EQ(*TakePicturesAlong(moved, folder / "letters", import, folder / "other" / "June.html"),
+            "<img src='June_files/a.png'><img src='June_files/mine.png'><img src='" + folder.path().string() +
+                "/mine.png'><img src='gone.png'>");
+  EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a.png", 100), "a");
+  EXPECT_EQ(*TakePicturesAlong(moved, "", import, folder / "other" / "June.html"), moved);
+  const auto failed = TakePicturesAlong(html, folder / "letters", import, folder / "mine.png" / "x.html");
   EXPECT_FALSE(failed) << "no folder can be made there";
 }
 
@@ -190,7 +198,11 @@ TEST(BodySource, IsCutAtTheTagsThatAreTags) {
            {"<html><body>x</body></html>", "<html>", "</body></html>", true},
            {"<!-- <body> --><BODY a='>'>x</BODY >\n", "<!-- <body> -->", "</BODY >\n", true},
            {"<script>'<body>'</script><body>x", "<script>'<body>'</script>", "", true},
-           {"<body>a</body>b</body>c", "", "</body>c", true},
+           {"<body>x</BODY>\n<!-- c --></html> <!-- d -->", "", "</BODY>\n<!-- c --></html> <!-- d -->", true},
+           {"<body>a</body>b</body>\n", "", "</body>\n", true},
+           {"<body>a</body></html>\n<p>the parser takes this in</p>", "", "", true},
+           {"<body>a</body>b", "", "", true},
+           {"<body>a</body></div>", "", "", true},
            {"<body>a<body>b</body>", "", "</body>", true},
            {"<!DOCTYPE html><p>x</body>", "<!DOCTYPE html>", "", false},
            {"", "", "", false},

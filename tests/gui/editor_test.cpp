@@ -304,6 +304,14 @@ class EditorTest : public QObject {
     editor_->Run(EditorCommand::kPaste);
     QTRY_VERIFY(Body().contains("from elsewhere"));
     QVERIFY2(!Body().contains("color"), qPrintable(Body()));
+    Load("<p><b>x</b></p>");
+    data = new QMimeData;
+    data->setHtml("<i>slanted</i>");
+    data->setText("slanted");
+    QGuiApplication::clipboard()->setMimeData(data);
+    editor_->PastePlain();
+    QTRY_VERIFY(Body().contains("slanted"));
+    QVERIFY2(!Body().contains("<i>"), qPrintable(Body()));
   }
 
   void pastedPicturesAreKept() {
@@ -354,6 +362,45 @@ class EditorTest : public QObject {
     QTRY_VERIFY(!restored.isEmpty());
     QVERIFY(editor_->IsModified());
     QVERIFY(editor_->Html().contains("kept before"));
+    // A document that ends the page each time is not loaded again and again, and its text can still be saved.
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QCOMPARE(::kill(static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid()), SIGKILL), 0);
+    QTRY_VERIFY(!trouble.isEmpty());
+    QVERIFY(editor_->Html().contains("kept before"));
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void aPageThatEndsInALoadIsTold() {
+    Load("<p>first</p>");
+    const auto page = static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid());
+    QTimer::singleShot(5, [page] { ::kill(page, SIGKILL); });
+    QElapsedTimer clock;
+    clock.start();
+    const QString large = "<html><body>" + QString("<p>word</p>").repeated(300000) + "</body></html>";
+    const bool is_loaded = editor_->SetHtml(large);
+    QVERIFY2(clock.elapsed() < 30000, "it waited for a page that is gone");
+    QVERIFY(!is_loaded);
+    QVERIFY(editor_->Html() == large);  // nothing of it is lost
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void whatStandsBehindTheBodyIsThereOnce() {
+    QString html = "<html><body><p>x</p></body></html>\n<p>Footer</p>\n";
+    for (int i = 0; i < 3; ++i) {
+      QVERIFY(editor_->SetHtml(html));
+      QVERIFY(editor_->InsertHtml("y"));
+      html = editor_->Html();
+      QCOMPARE(html.count("Footer"), 1);
+    }
+    html = "<html><body><p>x</p>\n</body>\n</html>\n";
+    for (int i = 0; i < 3; ++i) {
+      QVERIFY(editor_->SetHtml(html));
+      QVERIFY(editor_->InsertHtml("y"));
+      html = editor_->Html();
+    }
+    QCOMPARE(html, QString("<html><body><p>yyyx</p>\n</body>\n</html>\n"));
   }
 
   void largeDocumentsAndPdf() {
@@ -473,10 +520,41 @@ class EditorTest : public QObject {
     QCOMPARE(next.BaseFolder(), folder.path() / "letters");
     QVERIFY(next.FileName().empty() && next.HasUnsavedChanges());
     QVERIFY(!next.HasRecovered());
-    next.DropAutosave();
+    // Saved elsewhere it takes its pictures along, and what is sent still finds them.
+    folder.Write("letters/a.png", "picture");
+    QVERIFY(next.SaveTo(folder.path() / "other.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "other.html", 10000)->find("other_files/a.png") != std::string::npos);
+    QVERIFY(std::filesystem::exists(folder.path() / "other_files/a.png"));
+    QCOMPARE(next.BaseFolder(), folder.path() / "letters");
     QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.BaseFolder().empty());
+  }
+
+  void severalThatWereNotSavedAreKept() {
+    test::TemporaryFolder folder;
+    for (const char* text : {"first", "second"}) {
+      EditorDocument document(*editor_, FoldersIn(folder));
+      QVERIFY(document.StartNew(""));
+      QVERIFY(editor_->InsertHtml(text));
+      QVERIFY(document.KeepAside());
+    }
+    EditorDocument document(*editor_, FoldersIn(folder));
+    QVERIFY(document.Recover());
+    QVERIFY(editor_->Html().contains("first") && document.HasRecovered());
+    QVERIFY(document.Recover());
+    QVERIFY(editor_->Html().contains("second") && !document.HasRecovered());
+  }
+
+  void aSaveIsNotFollowedByASnapshot() {
+    test::TemporaryFolder folder;
+    EditorDocument document(*editor_, FoldersIn(folder));
+    QVERIFY(document.StartNew(""));
+    QVERIFY(editor_->InsertHtml("x"));
+    QTRY_VERIFY(editor_->IsModified());
+    QVERIFY(document.SaveTo(folder.path() / "saved.html"));
+    QTest::qWait(1500);  // longer than it takes to be kept aside
+    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
   }
 };
 

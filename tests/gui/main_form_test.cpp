@@ -2,9 +2,11 @@
 #include "app/ui/main_form.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFontDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -370,6 +372,96 @@ class MainFormTest : public QObject {
     emit action->OwnTriggered(OwnCommand::kSource);
     QVERIFY(scene.Editor().IsModified());
     QCOMPARE(scene.Editor().PlainText(), QString("two"));
+
+    // One change leaves the rest as it is: no-break spaces, and line ends of both kinds.
+    scene.Editor().SetHtml(QString::fromUtf8("<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+    emit action->OwnTriggered(OwnCommand::kSource);
+    source->moveCursor(QTextCursor::Start);
+    source->insertPlainText("<!-- new -->");
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QCOMPARE(scene.Editor().Html(),
+             QString::fromUtf8("<!-- new --><title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+  }
+
+  void theEditMenuWorksWhereTheCaretIs() {
+    Scene scene;
+    scene.Open();
+    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
+    subject->setFocus();
+    subject->setText("ab");
+    const auto paste = scene.window->findChild<CommandBar*>()->ActionOf(11);
+    QGuiApplication::clipboard()->setText("cd");
+    paste->trigger();
+    QCOMPARE(subject->text(), QString("abcd"));
+    scene.window->Dispatch(7);
+    QCOMPARE(subject->text(), QString("ab"));
+    scene.window->Dispatch(13);
+    scene.window->Dispatch(12);
+    QCOMPARE(subject->text(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+    // The key deletes where the focus is and nowhere else.
+    scene.Editor().SetHtml("<html><body><p>ab</p></body></html>");
+    scene.Editor().Evaluate("getSelection().collapse(document.body.firstChild.firstChild,1)");
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_Delete);
+    QCOMPARE(scene.Editor().PlainText(), QString("ab"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(12);
+    QCOMPARE(scene.Editor().PlainText(), QString("a"));
+  }
+
+  void theFontDialogStartsFromWhatIsThere() {
+    Scene scene;
+    scene.Open();
+    const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
+    scene.Editor().SetHtml(html);
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
+    QTimer::singleShot(50, qApp, [] {
+      auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
+      QVERIFY(dialog != nullptr && dialog->currentFont().bold() && dialog->currentFont().pointSize() == 18);
+      dialog->accept();
+    });
+    scene.window->Dispatch(19);
+    QCOMPARE(scene.Editor().Html(), html);
+  }
+
+  void recoveringAsksBeforeWhatWasTypedIsLost() {
+    Scene scene;
+    scene.rig.folder.Write("data/Autosave.htm", "<html><body>recovered</body></html>");
+    scene.Open();
+    scene.Editor().InsertHtml("new text");
+    const auto restore = [&] {
+      QTest::mouseClick(scene.window->findChild<QPushButton*>("RestoreButton"), Qt::LeftButton);
+    };
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    restore();
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().Html().contains("new text"));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    restore();
+    QVERIFY(scene.Editor().Html().contains("recovered"));
+  }
+
+  void anImportLeavesTheChosenGroupAndIsNotCutOff() {
+    Scene scene;
+    scene.rig.AddGroup("Alpha", {"a@example.org"});
+    scene.rig.AddGroup("Beta", {"b@example.org"});
+    scene.Open();
+    auto* to = scene.window->findChild<QComboBox*>("ToComboBox");
+    to->setCurrentText("Alpha");
+    std::string text;
+    for (int i = 0; i < 30000; ++i) text += "p" + std::to_string(i) + "@example.org\n";
+    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", text)};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(43);
+    to->setCurrentText("Beta");
+    scene.window->Dispatch(43);
+    QVERIFY2(scene.Status().contains("Another file"), qPrintable(scene.Status()));
+    QVERIFY(!scene.window->close());
+    QTRY_VERIFY2(scene.Status().startsWith("30,000 addresses were added."), qPrintable(scene.Status()));
+    QCOMPARE(to->currentText(), QString("Beta"));
+    QCOMPARE(*scene.rig.Store().CountRecipients("Alpha"), std::int64_t{30001});
   }
 
   void previewOpensTheMessageWithItsTags() {
@@ -464,6 +556,16 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Notice(), QString());
     QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.example.org");
     QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
+  }
+
+  void theSplashIsSwitchedOffInTheMenu() {
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    for (const char* stored : {"0", "1"}) {
+      emit bar->OwnTriggered(OwnCommand::kSplash);
+      QCOMPARE(scene.rig.settings.Read("Options", "Splash", "")->c_str(), stored);
+    }
   }
 
   void helpAndTipsOpen() {

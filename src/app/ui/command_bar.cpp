@@ -192,11 +192,11 @@ QAction* CommandBar::Make(int identifier, const QString& text, const char* icon)
   return action;
 }
 
-void CommandBar::AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon,
-                        const QKeySequence& keys) {
+QAction* CommandBar::AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon,
+                            const QKeySequence& keys) {
   auto* action = menu->addAction(platform::Icon(icon), text, this, [this, command] { emit OwnTriggered(command); });
   action->setShortcut(keys);
-  if (command == OwnCommand::kSource) source_ = action;
+  return action;
 }
 
 void CommandBar::MakeMenus() {
@@ -214,17 +214,23 @@ void CommandBar::MakeMenus() {
     if (!IsOffered(FindCommand(row.identifier)->action)) continue;
     QAction* action = Make(row.identifier, Translated(row.text), row.icon);
     action->setShortcut(QKeySequence(row.keys));
+    // The key that deletes works where the focus is; here it is only shown.
+    if (row.identifier == 12) action->setShortcutContext(Qt::WidgetShortcut);
     menu->addAction(action);
     if (row.identifier == 2) AddOwn(menu, OwnCommand::kSaveAs, tr("Save &As…"), "", QKeySequence("Ctrl+Shift+S"));
     if (row.identifier == 14)
-      AddOwn(menu, OwnCommand::kSource, tr("HTML &Source"), "source", QKeySequence("Ctrl+Shift+U"));
+      source_ = AddOwn(menu, OwnCommand::kSource, tr("HTML &Source"), "source", QKeySequence("Ctrl+Shift+U"));
     if (row.identifier == 18) MakeMergeMenu();
     if (row.identifier == 18) menu->addMenu(merge_menu_);
     if (row.identifier == 26) MakeTableMenu(menu);
-    if (row.identifier == 19) AddOwn(menu, OwnCommand::kColour, tr("Te&xt Colour…"), "colour", {});
+    if (row.identifier == 11)
+      AddOwn(menu, OwnCommand::kPastePlain, tr("Paste &without Formatting"), "", QKeySequence("Ctrl+Shift+V"));
+    if (row.identifier == 19) colour_ = AddOwn(menu, OwnCommand::kColour, tr("Te&xt Colour…"), "colour", {});
+    if (row.identifier == 52) splash_ = AddOwn(menu, OwnCommand::kSplash, tr("Splash at &Start"), "", {});
     if (row.identifier == 37) AddOwn(menu, OwnCommand::kPreview, tr("&Preview…"), "preview", QKeySequence("F5"));
   }
   source_->setCheckable(true);
+  splash_->setCheckable(true);
 }
 
 void CommandBar::MakeMergeMenu() {
@@ -280,6 +286,7 @@ void CommandBar::MakeToolbar() {
     } else {
       AddButton(identifier);
     }
+    if (identifier == 96) toolbar_->addAction(colour_);
     if (++made != 7) continue;  // behind undo and redo
     fonts_ = new QFontComboBox(toolbar_);
     fonts_->setObjectName("FontNameComboBox");
@@ -326,6 +333,8 @@ void CommandBar::Show(const compose::EditorState& state) {
   const QSignalBlocker quiet(sizes_);
   sizes_->setCurrentIndex(state.size - 1);
 }
+
+void CommandBar::ShowSplash(bool wanted) { splash_->setChecked(wanted); }
 
 void CommandBar::ShowSource(bool shown) {
   source_->setChecked(shown);

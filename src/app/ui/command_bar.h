@@ -19,7 +19,7 @@ class QToolBar;
 namespace quillcast::app {
 
 // Commands of our own, beside those of the table.
-enum class OwnCommand { kNew, kSaveAs, kSource, kColour, kPreview };
+enum class OwnCommand { kNew, kSaveAs, kSource, kColour, kPastePlain, kPreview, kSplash };
 
 class CommandBar final : public QObject {
   Q_OBJECT
@@ -32,6 +32,7 @@ class CommandBar final : public QObject {
   // The state of the place where the caret is.
   void Show(const compose::EditorState& state);
   void ShowSource(bool shown);
+  void ShowSplash(bool wanted);
   // Null for an identifier that the bar does not offer.
   QAction* ActionOf(int identifier) const { return actions_.value(identifier); }
 
@@ -43,9 +44,8 @@ class CommandBar final : public QObject {
   void SizeChosen(int size);
 
  private:
-  QMenu* AddMenu(const QString& title);
   QAction* Make(int identifier, const QString& text, const char* icon);
-  void AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon, const QKeySequence& keys);
+  QAction* AddOwn(QMenu* menu, OwnCommand command, const QString& text, const char* icon, const QKeySequence& keys);
   void MakeMenus();
   void MakeMergeMenu();
   void MakeTableMenu(QMenu* format);
@@ -58,6 +58,8 @@ class CommandBar final : public QObject {
   QMenu* merge_menu_ = nullptr;
   QMenu* table_menu_ = nullptr;
   QAction* source_ = nullptr;
+  QAction* splash_ = nullptr;
+  QAction* colour_ = nullptr;
   QFontComboBox* fonts_ = nullptr;
   QComboBox* sizes_ = nullptr;
 };

@@ -49,6 +49,10 @@ void GroupsMenu::AskForNewGroup() {
 }
 
 void GroupsMenu::ImportInto(const QString& group) {
+  if (is_importing()) {
+    emit Said(tr("Another file is being read; try it again when that is done."));
+    return;
+  }
   const auto files = program_.prompts.PickOpenFile({.title = "Import", .filter = "All Files (*.*)|*.*"});
   if (files.empty() || !program_.prompts.Consent(recipients::kConsentQuestion)) return;
   emit Said(tr("Reading %1…").arg(platform::PathToQt(files.front())));
@@ -57,11 +61,11 @@ void GroupsMenu::ImportInto(const QString& group) {
   request.group = FromQt(group);
   const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(),
                                         platform::LocaleCodeset()};
-  import_->Start([this, request, places, group](const platform::CancelToken& cancel) {
+  import_->Start([this, request, places](const platform::CancelToken& cancel) {
     auto outcome = std::make_shared<recipients::ImportOutcome>(
         recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));
-    return [this, outcome, group] {
-      emit Changed(group);
+    return [this, outcome] {
+      emit Changed({});
       if (outcome->error) {
         emit Said(ToQt(InOneLine(*outcome->error)));
         return;

@@ -14,11 +14,13 @@ class GroupsMenu final : public QMenu {
   GroupsMenu(const Program& program, QWidget* parent);
 
   void AskForNewGroup();
-  // Every address that is found in a file, into this group.
+  // Every address that is found in a file, into this group; one file at a time.
   void ImportInto(const QString& group);
+  bool is_importing() const { return import_->is_running(); }
 
  signals:
-  void Changed(const QString& group);
+  // The groups or their counts; `chosen` is a new one that takes the place of what is shown, or empty.
+  void Changed(const QString& chosen);
   void ImportRequested();
   void Said(const QString& sentence);
 

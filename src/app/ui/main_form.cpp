@@ -9,6 +9,7 @@
 #include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "app/close_step.h"
 #include "app/main_window_contents.h"
@@ -19,6 +20,7 @@
 #include "app/ui/notice_bar.h"
 #include "app/ui/practice_form.h"
 #include "app/ui/practice_mailbox.h"
+#include "app/ui/splash_form.h"
 #include "compose/ui/editor_document.h"
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
@@ -102,6 +104,7 @@ void MainForm::ConnectParts() {
   connect(bar_, &CommandBar::Triggered, this, &MainForm::Dispatch);
   connect(bar_, &CommandBar::OwnTriggered, this, &MainForm::RunOwn);
   connect(bar_, &CommandBar::TableChanged, this, [this](compose::TableEdit edit) {
+    LeaveSource();
     editor_->EditTable(edit);
     editor_->setFocus();
   });
@@ -114,7 +117,6 @@ void MainForm::ConnectParts() {
     editor_->setFocus();
   });
   connect(editor_, &compose::HtmlEditor::StateChanged, bar_, &CommandBar::Show);
-  connect(editor_, &compose::HtmlEditor::ModifiedChanged, this, &QWidget::setWindowModified);
   connect(editor_, &compose::HtmlEditor::Trouble, this, &MainForm::Say);
   connect(editor_, &compose::HtmlEditor::FindRequested, this, [this] { find_bar_->Open(editor_->State().selected); });
   connect(editor_, &compose::HtmlEditor::Restored, this,
@@ -134,7 +136,7 @@ void MainForm::ConnectParts() {
   source_pause_->setInterval(kSourcePause);
   connect(source_, &QPlainTextEdit::textChanged, source_pause_, qOverload<>(&QTimer::start));
   connect(source_pause_, &QTimer::timeout, this, [this] {
-    if (SourceWasEdited()) IgnoreErrors(document_->KeepAside(platform::FromQt(source_->toPlainText())));
+    if (SourceWasEdited()) IgnoreErrors(document_->KeepAside(platform::FromQt(SourceText())));
   });
   arrivals_->setSingleShot(true);
   connect(arrivals_, &QTimer::timeout, this, &MainForm::ShowNotices);
@@ -147,6 +149,7 @@ void MainForm::Load() {
 
 void MainForm::LoadLists() {
   header_->Load();
+  bar_->ShowSplash(SplashForm::IsWanted(program_.settings));
   RestorePlace();
 }
 
@@ -163,7 +166,6 @@ void MainForm::LoadDocument() {
 void MainForm::StartNew() {
   const auto contents = LoadMainWindow(program_.settings, {});
   Tell(document_->StartNew(contents ? contents->signature_html.value_or("") : ""));
-  setWindowModified(false);
 }
 
 void MainForm::Say(const QString& sentence) {
@@ -214,16 +216,32 @@ void MainForm::EndAtOnce() {
   QCoreApplication::exit();
 }
 
-void MainForm::closeEvent(QCloseEvent* event) {
+// Asks about unsaved changes, and tells why they could not be saved.
+bool MainForm::MayLeaveDocument() {
   LeaveSource();
   const auto decision = AskBeforeClosing(*document_, skip_save_prompt, program_.prompts);
   if (!decision) Say(ToQt(InOneLine(decision.error())));
-  if (!decision || *decision == SaveDecision::kStay) {
+  return decision && *decision == SaveDecision::kGoOn;
+}
+
+// The first time it says what would be stopped.
+bool MainForm::MayStopImport() {
+  if (!groups_->is_importing() || skip_save_prompt || std::exchange(stops_import_, true)) return true;
+  Say(tr("Addresses are still being added to a group. Close again to stop that; those that are in it stay."));
+  return false;
+}
+
+void MainForm::closeEvent(QCloseEvent* event) {
+  if (!MayStopImport() || !MayLeaveDocument()) {
     event->ignore();
     return;
   }
   KeepPlace();
-  document_->DropAutosave();
+  if (skip_save_prompt) {
+    IgnoreErrors(document_->KeepAside());
+  } else {
+    document_->DropAutosave();
+  }
   CleanUpAtClose(program_.folders);
   event->accept();
   for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -236,7 +254,8 @@ void MainForm::ShowNotices() {
   if (document_->HasRecovered()) {
     notice_->Show(tr("A message from an earlier session was not saved."), {{tr("Restore"), "RestoreButton",
                                                                             [this] {
-                                                                              Tell(document_->Recover());
+                                                                              if (MayLeaveDocument())
+                                                                                Tell(document_->Recover());
                                                                               ShowNotices();
                                                                             }},
                                                                            {tr("Discard"), "DiscardButton", [this] {
@@ -252,7 +271,7 @@ void MainForm::ShowNotices() {
                    {tr("End practice"), "EndPracticeButton", [this] {
                       Tell(practice_->End());
                       arrived_ = 0;
-                      header_->Load();
+                      ShowSender();
                       ShowNotices();
                     }}});
     return;
@@ -270,9 +289,13 @@ void MainForm::ShowNotices() {
 
 void MainForm::BeginPractice() {
   Tell(practice_->Begin());
+  ShowSender();
+  ShowNotices();
+}
+
+void MainForm::ShowSender() {
   const auto contents = LoadMainWindow(program_.settings, {});
   if (contents) header_->ShowSender(ToQt(contents->from), ToQt(contents->method));
-  ShowNotices();
 }
 
 void MainForm::ShowPractice() { PracticeForm(practice_->folder(), this).exec(); }

@@ -69,7 +69,8 @@ class MainForm final : public QMainWindow {
   void Tell(const Result<void>& result);
 
   void StartNew();
-  void LeaveForNew();
+  bool MayLeaveDocument();
+  bool MayStopImport();
   compose::MessageDocument Document();
   void RunOwn(OwnCommand command);
   void RunEditor(int code);
@@ -83,6 +84,7 @@ class MainForm final : public QMainWindow {
   void InsertHyperlink();
   void InsertTable();
   void ShowSource(bool shown);
+  QString SourceText() const;
   bool SourceWasEdited() const;
   void LeaveSource();
   void PreviewInMailProgram();
@@ -99,6 +101,7 @@ class MainForm final : public QMainWindow {
 
   void ShowNotices();
   void BeginPractice();
+  void ShowSender();
   void ShowPractice();
 
   const Program& program_;
@@ -109,6 +112,8 @@ class MainForm final : public QMainWindow {
   compose::HtmlEditor* editor_;
   QPlainTextEdit* source_;
   QString source_before_;
+  bool source_has_crlf_ = false;
+  bool stops_import_ = false;
   QTimer* source_pause_;  // after the last change there
   compose::FindBar* find_bar_;
   std::unique_ptr<compose::EditorDocument> document_;

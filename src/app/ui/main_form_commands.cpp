@@ -1,14 +1,19 @@
 // What each command of the main window does.
+#include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFontDialog>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 
 #include "app/ui/about_form.h"
 #include "app/ui/groups_menu.h"
@@ -17,6 +22,7 @@
 #include "app/ui/message_header.h"
 #include "app/ui/practice_mailbox.h"
 #include "app/ui/preview_form.h"
+#include "app/ui/splash_form.h"
 #include "app/ui/tips_form.h"
 #include "compose/merge_fields.h"
 #include "compose/ui/editor_document.h"
@@ -43,12 +49,46 @@ constexpr const char* kPrintQuestion =
 constexpr const char* kPictures =
     "Pictures (*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp)|*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp|All Files (*.*)|*.*";
 
+// What the Edit menu does in a text box that has the focus: the box's own action, where it has one.
+template <typename Box>
+bool EditsTextIn(Box* box, compose::EditorCommand command) {
+  using compose::EditorCommand;
+  switch (command) {
+    case EditorCommand::kUndo:
+      return box->undo(), true;
+    case EditorCommand::kRedo:
+      return box->redo(), true;
+    case EditorCommand::kCut:
+      return box->cut(), true;
+    case EditorCommand::kCopy:
+      return box->copy(), true;
+    case EditorCommand::kPaste:
+      return box->paste(), true;
+    case EditorCommand::kSelectAll:
+      return box->selectAll(), true;
+    case EditorCommand::kDelete: {
+      QKeyEvent key(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier);
+      return QCoreApplication::sendEvent(box, &key);
+    }
+    default:
+      return false;
+  }
+}
+
+bool EditsText(QWidget* focused, compose::EditorCommand command) {
+  if (auto* line = qobject_cast<QLineEdit*>(focused)) return EditsTextIn(line, command);
+  auto* text = qobject_cast<QPlainTextEdit*>(focused);
+  return text != nullptr && EditsTextIn(text, command);
+}
+
 // The engine's font sizes, 1 to 7, in points.
+constexpr std::array<int, 7> kPoints = {8, 10, 12, 14, 18, 24, 36};
+
+// The one that is next to it.
 int EngineSize(int points) {
-  constexpr std::array<int, 6> kLimits = {9, 11, 13, 16, 21, 30};
-  int size = 1;
-  for (const int limit : kLimits) size += points >= limit ? 1 : 0;
-  return size;
+  const auto* const nearest = std::min_element(
+      kPoints.begin(), kPoints.end(), [points](int a, int b) { return std::abs(a - points) < std::abs(b - points); });
+  return static_cast<int>(nearest - kPoints.begin()) + 1;
 }
 
 }  // namespace
@@ -117,7 +157,8 @@ void MainForm::Dispatch(int identifier) {
 void MainForm::RunOwn(OwnCommand command) {
   switch (command) {
     case OwnCommand::kNew:
-      return LeaveForNew();
+      if (MayLeaveDocument()) StartNew();
+      return;
     case OwnCommand::kSaveAs:
       LeaveSource();
       Tell(SaveAs(*document_, program_.prompts));
@@ -126,8 +167,16 @@ void MainForm::RunOwn(OwnCommand command) {
       return ShowSource(body_->currentWidget() == editor_);
     case OwnCommand::kColour:
       return ChooseColour();
+    case OwnCommand::kPastePlain:
+      LeaveSource();
+      editor_->PastePlain();
+      return;
     case OwnCommand::kPreview:
       return PreviewInside();
+    case OwnCommand::kSplash:
+      Tell(SplashForm::SetWanted(program_.settings, !SplashForm::IsWanted(program_.settings)));
+      bar_->ShowSplash(SplashForm::IsWanted(program_.settings));
+      return;
   }
 }
 
@@ -150,8 +199,10 @@ compose::MessageDocument MainForm::Document() {
 }
 
 void MainForm::RunEditor(int code) {
+  const auto command = static_cast<compose::EditorCommand>(code);
+  if (EditsText(QApplication::focusWidget(), command)) return;
   LeaveSource();
-  editor_->Run(static_cast<compose::EditorCommand>(code));
+  editor_->Run(command);
   if (code != static_cast<int>(compose::EditorCommand::kFindText)) editor_->setFocus();
 }
 
@@ -161,13 +212,6 @@ void MainForm::InsertMergeField(std::string_view control) {
     if (field.command == control) editor_->InsertHtml(ToQt(field.tag));
   }
   editor_->setFocus();
-}
-
-void MainForm::LeaveForNew() {
-  LeaveSource();
-  const auto decision = OfferToSave(*document_, program_.prompts);
-  if (!decision) Say(ToQt(InOneLine(decision.error())));
-  if (decision && *decision == SaveDecision::kGoOn) StartNew();
 }
 
 void MainForm::Open() {
@@ -206,11 +250,15 @@ void MainForm::Print() {
 void MainForm::ChooseFont() {
   LeaveSource();
   bool chosen = false;
-  const QFont font = QFontDialog::getFont(&chosen, QFont(editor_->State().font), this, tr("Font"));
-  if (!chosen) return;
   const auto state = editor_->State();
-  editor_->Execute("fontName", font.family());
-  editor_->Execute("fontSize", QString::number(EngineSize(font.pointSize())));
+  QFont before(state.font, kPoints.at(static_cast<std::size_t>(std::clamp(state.size, 1, 7)) - 1));
+  before.setBold(state.bold);
+  before.setItalic(state.italic);
+  const QFont font = QFontDialog::getFont(&chosen, before, this, tr("Font"));
+  if (!chosen) return;
+  if (font.family() != before.family()) editor_->Execute("fontName", font.family());
+  if (font.pointSize() != before.pointSize())
+    editor_->Execute("fontSize", QString::number(EngineSize(font.pointSize())));
   if (font.bold() != state.bold) editor_->Run(compose::EditorCommand::kBold);
   if (font.italic() != state.italic) editor_->Run(compose::EditorCommand::kItalic);
   editor_->setFocus();
@@ -248,10 +296,10 @@ void MainForm::ShowSource(bool shown) {
     LeaveSource();
     return;
   }
-  source_before_ = editor_->Html();
-  source_->setPlainText(source_before_);
-  // The box knows "\n" alone: what differs in that only was not edited.
-  source_before_ = source_->toPlainText();
+  const QString html = editor_->Html();
+  source_has_crlf_ = html.contains("\r\n") && html.count('\n') == html.count("\r\n");
+  source_->setPlainText(html);
+  source_before_ = SourceText();
   body_->setCurrentWidget(source_);
   source_->setFocus();
   bar_->ShowSource(true);
@@ -264,14 +312,17 @@ void MainForm::InsertTable() {
   editor_->setFocus();
 }
 
-bool MainForm::SourceWasEdited() const {
-  return body_->currentWidget() == source_ && source_->toPlainText() != source_before_;
+bool MainForm::SourceWasEdited() const { return body_->currentWidget() == source_ && SourceText() != source_before_; }
+
+// The box itself makes every no-break space a blank, and knows one line end.
+QString MainForm::SourceText() const {
+  return source_->document()->toRawText().replace(QChar::ParagraphSeparator, source_has_crlf_ ? "\r\n" : "\n");
 }
 
 void MainForm::LeaveSource() {
   if (body_->currentWidget() != source_) return;
   if (SourceWasEdited()) {
-    editor_->SetHtml(source_->toPlainText(), editor_->base());
+    editor_->SetHtml(SourceText(), editor_->base());
     editor_->SetModified(true);
   }
   body_->setCurrentWidget(editor_);

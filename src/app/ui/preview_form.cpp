@@ -143,15 +143,17 @@ void PreviewForm::SetWidth(bool phone) { page_->setMaximumWidth(phone ? kPhoneWi
 void PreviewForm::LookOver() {
   look_task_->Start([this, document = document_, group = group_](const platform::CancelToken& cancel) {
     auto found =
-        std::make_shared<Result<std::vector<std::string>>>(sending::FindTrouble(document, program_, group, cancel));
+        std::make_shared<Result<sending::MessageLook>>(sending::FindTrouble(document, program_, group, cancel));
     return [this, found] {
       findings_->clear();
       if (!*found) {
         findings_->addItem(ToQt(InOneLine(found->error())));
         return;
       }
-      for (const auto& line : **found) findings_->addItem(ToQt(line));
-      if ((*found)->size() <= 1) findings_->insertItem(0, tr("Nothing was found that looks wrong."));
+      const sending::MessageLook& look = **found;
+      for (const auto& line : look.troubles) findings_->addItem(ToQt(line));
+      if (look.troubles.empty()) findings_->addItem(tr("Nothing was found that looks wrong."));
+      if (!look.size.empty()) findings_->addItem(ToQt(look.size));
     };
   });
 }

@@ -51,6 +51,14 @@ SplashForm::SplashForm(std::string_view windows_name)
   move(screen.center() - rect().center());
 }
 
+bool SplashForm::IsWanted(const SettingsStore& settings) {
+  return settings.Read("Options", "Splash", "1").ValueOr("1") != "0";
+}
+
+Result<void> SplashForm::SetWanted(SettingsStore& settings, bool wanted) {
+  return settings.Write("Options", "Splash", wanted ? "1" : "0");
+}
+
 void SplashForm::Run() {
   show();
   repaint();

@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <string_view>
 
+#include "app/settings_store.h"
+
 class QProgressBar;
 
 namespace quillcast::app {
@@ -12,6 +14,11 @@ class SplashForm final : public QWidget {
   Q_OBJECT
  public:
   explicit SplashForm(std::string_view windows_name);
+
+  // The setting `Options` `Splash`; on unless it is "0".
+  static bool IsWanted(const SettingsStore& settings);
+  static Result<void> SetWanted(SettingsStore& settings, bool wanted);
+
   // Shows it without waiting, and steps its progress from 1 to 500.
   void Run();
 

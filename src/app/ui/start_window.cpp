@@ -1,6 +1,7 @@
 #include "app/ui/start_window.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QTimer>
 
 #include "app/startup.h"
@@ -19,21 +20,22 @@ void Show(MainForm* window) {
 }  // namespace
 
 std::unique_ptr<MainForm> StartWindow(const Program& program) {
-  if (program.settings.Read("Options", "Splash", "1").ValueOr("1") == "0") {
+  if (!SplashForm::IsWanted(program.settings)) {
     auto window = std::make_unique<MainForm>(program);
     window->Load();
     QTimer::singleShot(0, window.get(), [made = window.get()] { Show(made); });
     return window;
   }
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  auto* splash = new SplashForm(GetWinVer(RunningSystem()));  // goes with the application where it is not closed
+  const QPointer splash =
+      new SplashForm(GetWinVer(RunningSystem()));  // goes with the application where it is not closed
   splash->setAttribute(Qt::WA_DeleteOnClose);
   splash->Run();
   auto window = std::make_unique<MainForm>(program);
   window->LoadLists();
   QTimer::singleShot(kSplashTime, window.get(), [made = window.get(), splash] {
     QApplication::restoreOverrideCursor();
-    splash->close();
+    if (splash) splash->close();
     Show(made);
   });
   QTimer::singleShot(0, window.get(), &MainForm::LoadDocument);

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "compose/imported_pictures.h"
+#include "compose/document_pictures.h"
 #include "compose/message_document.h"
 #include "compose/ui/html_editor.h"
 #include "platform/file.h"
@@ -15,9 +15,13 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kLongestPath = 4096;
+constexpr int kMostRecovered = 1000;
 
 // With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
 constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
+
+// Beside a document that was kept aside: where its relative references start from.
+fs::path FolderFileOf(fs::path file) { return file.replace_extension(".folder"); }
 
 void Remove(const fs::path& file) {
   std::error_code ignored;
@@ -40,10 +44,12 @@ Result<void> Replace(const fs::path& file, std::string_view bytes) {
 EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders)
     : editor_(editor), folders_(std::move(folders)) {
   std::error_code none_there;
-  fs::rename(Autosave(), Recovered(), none_there);
+  int number = 1;
+  while (fs::exists(Recovered(number), none_there)) ++number;
+  fs::rename(Autosave(), Recovered(number), none_there);
   if (!none_there) {
-    Remove(RecoveredFolder());
-    fs::rename(AutosaveFolder(), RecoveredFolder(), none_there);
+    Remove(FolderFileOf(Recovered(number)));
+    fs::rename(FolderFileOf(Autosave()), FolderFileOf(Recovered(number)), none_there);
   }
   snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
                                 [this](const QString& html) { IgnoreErrors(KeepAside(platform::FromQt(html))); });
@@ -54,24 +60,27 @@ EditorDocument::~EditorDocument() { QObject::disconnect(snapshots_); }
 bool EditorDocument::HasUnsavedChanges() const { return editor_.IsModified(); }
 
 fs::path EditorDocument::BaseFolder() const {
-  if (!file_.empty()) return file_.parent_path();
   const fs::path base = platform::PathFromQt(editor_.base().adjusted(QUrl::StripTrailingSlash).toLocalFile());
   return base == base.root_path() ? fs::path() : base;  // the root is that of a document that came from nowhere
 }
 
 Result<void> EditorDocument::KeepAside(const std::string& html) const {
-  Remove(AutosaveFolder());
+  Remove(FolderFileOf(Autosave()));
   const fs::path folder = BaseFolder();
-  if (!folder.empty()) IgnoreErrors(platform::ReplaceFile(AutosaveFolder(), folder.native()));  // the text counts more
+  // The text counts more.
+  if (!folder.empty()) IgnoreErrors(platform::ReplaceFile(FolderFileOf(Autosave()), folder.native()));
   return platform::ReplaceFile(Autosave(), html);
 }
 
 Result<void> EditorDocument::KeepAside() const {
-  if (!HasUnsavedChanges()) return {};
+  if (!HasUnsavedChanges()) return DropAutosave(), Result<void>();
   return KeepAside(platform::FromQt(editor_.Html()));
 }
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder) {
+  // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
+  file_.clear();
+  read_.reset();
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
   if (editor_.SetHtml(platform::ToQt(html), base)) return {};
   return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
@@ -86,10 +95,8 @@ Result<void> EditorDocument::Open(const fs::path& file) {
   auto shown = Show(is_text ? HtmlFromText(read->text) : read->text, absolute.parent_path());
   if (!shown) return shown;
   // A text becomes a document of its own: saved under the text's name it would no longer be text.
-  file_ = is_text ? fs::path() : absolute;
-  if (is_text) {
-    read_.reset();
-  } else {
+  if (!is_text) {
+    file_ = absolute;
     read_ = std::move(*read);
   }
   DropAutosave();
@@ -99,15 +106,13 @@ Result<void> EditorDocument::Open(const fs::path& file) {
 Result<void> EditorDocument::StartNew(const std::string& html) {
   auto shown = Show(html.empty() ? kEmptyDocument : html, {});
   if (!shown) return shown;
-  file_.clear();
-  read_.reset();
   DropAutosave();
   return {};
 }
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const std::string html = platform::FromQt(editor_.Html());
-  const auto saved = TakeImportedPictures(html, BaseFolder(), folders_.ImportBody(), file);
+  const auto saved = TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(), file);
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
@@ -120,19 +125,27 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   return {};
 }
 
-bool EditorDocument::HasRecovered() const {
-  std::error_code failed;
-  return fs::exists(Recovered(), failed);
+fs::path EditorDocument::Recovered(int number) const {
+  return folders_.data / fmt::format("Recovered{}.htm", number == 1 ? "" : std::to_string(number));
 }
 
+int EditorDocument::FirstRecovered() const {
+  std::error_code failed;
+  for (int number = 1; number <= kMostRecovered; ++number) {
+    if (fs::exists(Recovered(number), failed)) return number;
+  }
+  return 0;
+}
+
+bool EditorDocument::HasRecovered() const { return FirstRecovered() != 0; }
+
 Result<void> EditorDocument::Recover() {
-  const auto read = ReadBodyFile(Recovered());
+  const fs::path file = Recovered(FirstRecovered());
+  const auto read = ReadBodyFile(file);
   if (!read) return read.error();
-  const auto folder = platform::ReadFile(RecoveredFolder(), kLongestPath);
+  const auto folder = platform::ReadFile(FolderFileOf(file), kLongestPath);
   auto shown = Show(read->text, folder ? *folder : "");
   if (!shown) return shown;
-  file_.clear();
-  read_.reset();
   editor_.SetModified(true);
   auto kept = KeepAside(read->text);  // it is still not saved
   if (kept) DropRecovered();
@@ -140,13 +153,14 @@ Result<void> EditorDocument::Recover() {
 }
 
 void EditorDocument::DropRecovered() const {
-  Remove(Recovered());
-  Remove(RecoveredFolder());
+  const fs::path file = Recovered(FirstRecovered());
+  Remove(file);
+  Remove(FolderFileOf(file));
 }
 
 void EditorDocument::DropAutosave() const {
   Remove(Autosave());
-  Remove(AutosaveFolder());
+  Remove(FolderFileOf(Autosave()));
 }
 
 }  // namespace quillcast::compose

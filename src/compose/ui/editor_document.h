@@ -23,7 +23,8 @@ class EditorDocument final : public app::EditedDocument {
 
   bool HasUnsavedChanges() const override;
   std::filesystem::path FileName() const override { return file_; }
-  // Where relative references start from; empty for a document that came from nowhere.
+  // Where relative references start from, also after it was saved elsewhere; empty for a document that came from
+  // nowhere.
   std::filesystem::path BaseFolder() const;
   // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
   // of an imported body go along.
@@ -33,22 +34,22 @@ class EditorDocument final : public app::EditedDocument {
   // A document without a name, which counts as unchanged.
   Result<void> StartNew(const std::string& html);
 
-  // What an earlier session, which did not end in good order, had not saved.
+  // What earlier sessions, which did not end in good order, had not saved; one after the other.
   bool HasRecovered() const;
   Result<void> Recover();
   void DropRecovered() const;
   // The session ends in good order: nothing is kept aside.
   void DropAutosave() const;
-  // What is not saved, at once. For a crash alone: where the disk is full, saving will tell.
+  // What is not saved, at once, and nothing where all is. For a crash alone: where the disk is full, saving will tell.
   Result<void> KeepAside() const;
   Result<void> KeepAside(const std::string& html) const;
 
  private:
   Result<void> Show(const std::string& html, const std::filesystem::path& folder);
   std::filesystem::path Autosave() const { return folders_.data / "Autosave.htm"; }
-  std::filesystem::path AutosaveFolder() const { return folders_.data / "Autosave.folder"; }
-  std::filesystem::path Recovered() const { return folders_.data / "Recovered.htm"; }
-  std::filesystem::path RecoveredFolder() const { return folders_.data / "Recovered.folder"; }
+  // Of messages that were not saved there may be several: "Recovered.htm", "Recovered2.htm", ...; `number` from 1.
+  std::filesystem::path Recovered(int number) const;
+  int FirstRecovered() const;  // 0 for none
 
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;

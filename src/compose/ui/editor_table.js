@@ -88,7 +88,7 @@
 
   const kEdits = {
     rowAbove: (table, grid, { row }) => insertRow(table, grid, row),
-    rowBelow: (table, grid, { row, cell }) => insertRow(table, grid, row + Math.max(1, cell.rowSpan)),
+    rowBelow: (table, grid, { row, cell }) => insertRow(table, grid, Math.min(grid.length, row + Math.max(1, cell.rowSpan))),
     columnLeft: (table, grid, { column }) => insertColumn(table, grid, column),
     columnRight: (table, grid, { column, cell }) => insertColumn(table, grid, column + cell.colSpan),
     deleteRow: (table, grid, { row }) => deleteRow(table, grid, row),

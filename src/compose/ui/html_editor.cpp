@@ -38,6 +38,8 @@ constexpr int kLoadLimit = 60000;           // milliseconds; 20 MB of short para
 constexpr qsizetype kLongToLoad = 1000000;  // characters
 constexpr int kStatePause = 40;
 constexpr int kSnapshotPause = 1000;
+constexpr int kLongestUnseen = 10000;
+constexpr int kCrashesAgain = 5000;  // a document that ends the page within this time will do so each time
 
 QString Quoted(const QString& text) {
   const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
@@ -64,49 +66,26 @@ void CheckSpelling(QWebEngineProfile& profile) {
   profile.setSpellCheckEnabled(true);
 }
 
-// Commands of the engine; the others are actions of the page, or ours.
-const char* EngineName(EditorCommand command) {
-  switch (command) {
-    case EditorCommand::kBold:
-      return "bold";
-    case EditorCommand::kItalic:
-      return "italic";
-    case EditorCommand::kUnderline:
-      return "underline";
-    case EditorCommand::kDelete:
-      return "delete";
-    case EditorCommand::kIndent:
-      return "indent";
-    case EditorCommand::kOutdent:
-      return "outdent";
-    case EditorCommand::kAlignLeft:
-      return "justifyLeft";
-    case EditorCommand::kAlignCentre:
-      return "justifyCenter";
-    case EditorCommand::kAlignRight:
-      return "justifyRight";
-    case EditorCommand::kNumberedList:
-      return "insertOrderedList";
-    case EditorCommand::kBulletedList:
-      return "insertUnorderedList";
-    case EditorCommand::kRemoveFormatting:
-      return "removeFormat";
-    case EditorCommand::kRemoveHyperlink:
-      return "unlink";
-    case EditorCommand::kUndo:
-      return "undo";
-    case EditorCommand::kRedo:
-      return "redo";
-    case EditorCommand::kSelectAll:
-      return "selectAll";
-    case EditorCommand::kCut:
-    case EditorCommand::kCopy:
-    case EditorCommand::kPaste:
-    case EditorCommand::kFindText:
-      break;
-  }
-  return nullptr;
-}
+// Commands of the engine by their names; the others are actions of the page, or ours. Delete takes what is behind the
+// caret, as the key does.
+constexpr auto kEngineNames = std::to_array<std::pair<EditorCommand, const char*>>({
+    {EditorCommand::kBold, "bold"},
+    {EditorCommand::kItalic, "italic"},
+    {EditorCommand::kUnderline, "underline"},
+    {EditorCommand::kDelete, "forwardDelete"},
+    {EditorCommand::kIndent, "indent"},
+    {EditorCommand::kOutdent, "outdent"},
+    {EditorCommand::kAlignLeft, "justifyLeft"},
+    {EditorCommand::kAlignCentre, "justifyCenter"},
+    {EditorCommand::kAlignRight, "justifyRight"},
+    {EditorCommand::kNumberedList, "insertOrderedList"},
+    {EditorCommand::kBulletedList, "insertUnorderedList"},
+    {EditorCommand::kRemoveFormatting, "removeFormat"},
+    {EditorCommand::kRemoveHyperlink, "unlink"},
+    {EditorCommand::kUndo, "undo"},
+    {EditorCommand::kRedo, "redo"},
+    {EditorCommand::kSelectAll, "selectAll"},
+});
 
 }  // namespace
 
@@ -123,22 +102,20 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   snapshot_pause_->setSingleShot(true);
   snapshot_pause_->setInterval(kSnapshotPause);
   connect(snapshot_pause_, &QTimer::timeout, this, [this] {
-    page_->runJavaScript(SavingScript(), kWorld, [this](const QVariant& value) {
-      if (!value.isValid()) return;  // the page's process is gone
+    page_->runJavaScript(SavingScript(), kWorld, [this, load = loads_](const QVariant& value) {
+      if (!value.isValid() || load != loads_) return;  // the page's process is gone, or shows another document
       last_seen_ = Assemble(value);
-      emit Snapshot(last_seen_);
+      if (modified_) emit Snapshot(last_seen_);
     });
   });
 }
 
 // The engine: it takes a quarter of a second, so only the first document starts it.
 void HtmlEditor::Start() {
-  auto* profile = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
-  CheckSpelling(*profile);
-  auto* bridge = new EditorBridge(this);
+  profile_ = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  CheckSpelling(*profile_);
+  bridge_ = new EditorBridge(this);
   view_ = new EditorView(this);
-  page_ = new EditorPage(profile, bridge, view_);
-  view_->setPage(page_);
   view_->setAccessibleName(tr("Message body"));
   view_->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
@@ -149,10 +126,20 @@ void HtmlEditor::Start() {
   connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
   layout()->addWidget(view_);
   setFocusProxy(view_);
-  connect(bridge, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
-  connect(bridge, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
-  connect(bridge, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
+  connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
+  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge_, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
+}
+
+// A page whose process ended is not used again: its next one need not get the editing script.
+void HtmlEditor::MakePage() {
+  const EditorPage* const before = page_;
+  page_ = new EditorPage(profile_, bridge_, view_);
+  view_->setPage(page_);
+  delete before;
+  alive_ = true;
   connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
+    alive_ = false;
     if (status != QWebEnginePage::NormalTerminationStatus) QTimer::singleShot(0, this, &HtmlEditor::Restore);
   });
 }
@@ -163,7 +150,7 @@ HtmlEditor::~HtmlEditor() {
 }
 
 QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
-  if (page_ == nullptr) return {};
+  if (!alive_) return {};
   struct Answer {
     QEventLoop loop;
     QVariant value;
@@ -174,6 +161,7 @@ QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
     answer->loop.quit();
   });
   QTimer::singleShot(milliseconds, &answer->loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &answer->loop, &QEventLoop::quit);
   answer->loop.exec(QEventLoop::ExcludeUserInputEvents);
   return answer->value;
 }
@@ -196,6 +184,8 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
 
 bool HtmlEditor::Load(const QString& source, const QUrl& base) {
   if (page_ == nullptr) Start();
+  if (!alive_) MakePage();
+  ++loads_;
   snapshot_pause_->stop();
   source_ = last_seen_ = source;
   cut_ = CutAtBody(platform::FromQt(source));
@@ -207,6 +197,7 @@ bool HtmlEditor::Load(const QString& source, const QUrl& base) {
     loop.quit();
   });
   QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &loop, &QEventLoop::quit);
   // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
   // that way, and the script puts the document in its place.
   const QString head = platform::ToQt(cut_.head);
@@ -218,7 +209,9 @@ bool HtmlEditor::Load(const QString& source, const QUrl& base) {
   disconnect(watch);
   touched_ = false;
   SetModified(false);
-  if (!loaded || !Evaluate("quill.load(" + Quoted(source) + ')', kLoadLimit).toBool()) return false;
+  // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
+  const QString page = source.left(source.size() - platform::ToQt(cut_.tail).size());
+  if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   Evaluate(read_only_ ? "quill.setReadOnly(true)" : "quill.setTags(" + KnownTags() + ')');
   return true;
 }
@@ -247,7 +240,9 @@ void HtmlEditor::TakeNotice() {
   touched_ = true;
   SetModified(true);
   state_pause_->start();
-  snapshot_pause_->start();
+  // After a pause in the typing, but not too late where there is none.
+  if (!snapshot_pause_->isActive()) unseen_.start();
+  if (unseen_.elapsed() < kLongestUnseen) snapshot_pause_->start();
 }
 
 // What asks the page for the document, and Assemble understands.
@@ -274,8 +269,10 @@ QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLim
 EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill.state()").toMap()); }
 
 void HtmlEditor::Run(EditorCommand command) {
-  if (const char* name = EngineName(command)) {
-    Execute(name);
+  const auto* const named = std::find_if(kEngineNames.begin(), kEngineNames.end(),
+                                         [command](const auto& row) { return row.first == command; });
+  if (named != kEngineNames.end()) {
+    Execute(named->second);
     return;
   }
   switch (command) {
@@ -292,6 +289,8 @@ void HtmlEditor::Run(EditorCommand command) {
       emit FindRequested();
   }
 }
+
+void HtmlEditor::PastePlain() { page_->triggerAction(QWebEnginePage::PasteAndMatchStyle); }
 
 bool HtmlEditor::Execute(const QString& command, const QString& value) {
   return Evaluate(QString("quill.exec(%1,%2)").arg(Quoted(command), Quoted(value))).toBool();
@@ -390,12 +389,17 @@ QMenu* HtmlEditor::ContextMenu() {
 
 QWidget* HtmlEditor::InputWidget() const { return view_->focusProxy(); }
 
+// A load that is going on fails by itself.
 void HtmlEditor::Restore() {
-  const QString html = last_seen_;
+  if (loading_) return;
   const bool was_modified = modified_;
-  if (!SetHtml(html, base_)) return;
-  // What was put back is an edited document: its bytes are no longer those of the source.
-  touched_ = was_modified;
+  const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
+  const QString html = last_seen_;
+  if (again || !SetHtml(html, base_)) {
+    emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
+    return;
+  }
+  restored_.start();
   SetModified(was_modified);
   emit Restored();
 }

@@ -5,6 +5,7 @@
 // The engine is started by the first document; nothing can be done with an editor that has none.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QStringList>
 #include <QUrl>
 #include <QVariant>
@@ -20,9 +21,11 @@
 class QMenu;
 class QPrinter;
 class QTimer;
+class QWebEngineProfile;
 
 namespace quillcast::compose {
 
+class EditorBridge;
 class EditorPage;
 class EditorView;
 
@@ -49,6 +52,7 @@ class HtmlEditor final : public QWidget {
   bool is_read_only() const { return read_only_; }
 
   void Run(EditorCommand command);
+  void PastePlain();
   // A command of the engine by its name: "fontName", "foreColor", ...
   bool Execute(const QString& command, const QString& value = {});
   // Replaces the selection; one step back undoes it.
@@ -90,6 +94,7 @@ class HtmlEditor final : public QWidget {
     QUrl base;
   };
   void Start();
+  void MakePage();
   bool Load(const QString& source, const QUrl& base);
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
@@ -97,15 +102,21 @@ class HtmlEditor final : public QWidget {
   void PastePicture();
   void Restore();
 
-  EditorView* view_ = nullptr;  // until the first document
+  QWebEngineProfile* profile_ = nullptr;  // these until the first document
+  EditorBridge* bridge_ = nullptr;
+  EditorView* view_ = nullptr;
   EditorPage* page_ = nullptr;
   QTimer* state_pause_;
   QTimer* snapshot_pause_;
+  QElapsedTimer unseen_;    // since the first change after the last snapshot
+  QElapsedTimer restored_;  // since the page was last put back
+  int loads_ = 0;
   QString source_;  // as it was set
   QString last_seen_;
   BodySource cut_;
   QUrl base_;
   QString picture_folder_;
+  bool alive_ = false;  // the page has its process
   bool loading_ = false;
   std::optional<Document> waiting_;  // to be loaded next
   bool touched_ = false;             // edited since it was set

@@ -61,6 +61,8 @@ RangePicker::RangePicker(const app::Program& program, recipients::RecipientGroup
   last_->setAccessibleName(tr("Last recipient"));
   last_->setRange(1, most);
   last_->setValue(most);
+  // A number counts once it is typed to its end: on the way it may lie below the first.
+  for (QSpinBox* box : {first_, last_}) box->setKeyboardTracking(false);
   whom_->setObjectName("RangeLabel");
   whom_->setTextFormat(Qt::PlainText);
   whom_->setMinimumWidth(1);
@@ -82,6 +84,7 @@ RangePicker::RangePicker(const app::Program& program, recipients::RecipientGroup
 
 std::optional<PartialRange> RangePicker::Range() const {
   if (!partial_->isChecked()) return {};
+  for (QSpinBox* box : {first_, last_}) box->interpretText();  // what is being typed
   return PartialRange{first_->value(), last_->value()};
 }
 
@@ -91,7 +94,6 @@ void RangePicker::TakeChange() {
   last_->setEnabled(partial_->isChecked());
   whom_->clear();
   if (partial_->isChecked()) pause_->start();
-  emit Changed();
 }
 
 void RangePicker::LookUp() {

@@ -24,9 +24,6 @@ class RangePicker final : public QWidget {
   // Nothing for the whole list.
   std::optional<PartialRange> Range() const;
 
- signals:
-  void Changed();
-
  private:
   void TakeChange();
   void LookUp();

@@ -1,4 +1,4 @@
-#include "compose/imported_pictures.h"
+#include "compose/document_pictures.h"
 
 #include <fmt/format.h>
 
@@ -15,8 +15,6 @@ namespace quillcast::compose {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
 
 bool IsBelow(const fs::path& file, const fs::path& folder) {
   const auto [end, at] = std::mismatch(folder.begin(), folder.end(), file.begin(), file.end());
@@ -42,26 +40,12 @@ std::string FreeName(const fs::path& file, std::set<std::string>& taken) {
   return name;
 }
 
-Result<void> Copy(const fs::path& from, const fs::path& to) {
-  const auto source = platform::OpenForReading(from);
-  if (!source) return source.error();
-  return platform::ReplaceFile(to, [&](int fd) -> Result<void> {
-    std::string block(kBlock, '\0');
-    for (;;) {
-      const auto got = platform::ReadSome(source->get(), from, block.data(), block.size());
-      if (!got) return got.error();
-      if (*got == 0) return {};
-      auto written = platform::WriteAll(fd, to, std::string_view(block).substr(0, *got));
-      if (!written) return written;
-    }
-  });
-}
-
 }  // namespace
 
-Result<std::string> TakeImportedPictures(std::string_view html, const fs::path& base, const fs::path& import_folder,
-                                         const fs::path& target) {
+Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
+                                      const fs::path& target) {
   const fs::path root = (import_folder / "").lexically_normal().parent_path();
+  const bool moves = !base.empty() && base.lexically_normal() != target.parent_path().lexically_normal();
   const std::string folder = target.stem().string() + "_files";
   std::vector<mime::PictureReference> references;
   std::vector<std::string> replacements;
@@ -70,12 +54,13 @@ Result<std::string> TakeImportedPictures(std::string_view html, const fs::path& 
   for (auto& reference : mime::FindLocalPictures(html)) {
     const fs::path file = (base / reference.path).lexically_normal();
     std::error_code failed;
-    if (!IsBelow(file, root) || !fs::is_regular_file(file, failed)) continue;
+    const bool is_lost = IsBelow(file, root) || (moves && fs::path(reference.path).is_relative());
+    if (!is_lost || !fs::is_regular_file(file, failed)) continue;
     const auto [known, is_new] = names.try_emplace(file);
     if (is_new) {
       known->second = FreeName(file, taken);
       auto made = platform::EnsureFolder(target.parent_path() / folder);
-      if (made) made = Copy(file, target.parent_path() / folder / known->second);
+      if (made) made = platform::CopyFile(file, target.parent_path() / folder / known->second);
       if (!made) return made.error();
     }
     replacements.push_back(AsAddress(folder + '/' + known->second));

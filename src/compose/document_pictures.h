@@ -1,0 +1,20 @@
+// The pictures that a document takes along when it is saved. Those of a message that was imported as the body lie in a
+// folder that goes when the program ends.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+
+namespace quillcast::compose {
+
+// Copies the files that the HTML would lose when it is saved as `target` into the folder "NAME_files" beside that, NAME
+// being its name without ending, and gives the HTML that refers to them there: those below `import_folder`, and, where
+// `target` is in another folder than `base`, those of relative references, which start from there. `base` may be empty.
+// A file that is missing keeps its reference. Fails when a file cannot be copied.
+Result<std::string> TakePicturesAlong(std::string_view html, const std::filesystem::path& base,
+                                      const std::filesystem::path& import_folder, const std::filesystem::path& target);
+
+}  // namespace quillcast::compose
