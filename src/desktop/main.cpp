@@ -47,16 +47,19 @@ class HelpKey final : public QObject {
   const app::Folders& folders_;
 };
 
-app::StartupFacts Facts() {
+// The other instance, where there is one, flashes when it is asked after.
+app::StartupFacts Facts(SingleInstance& instance) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const qreal ratio = screen->devicePixelRatio();
-  return {.version = app::RunningSystem(),
+  return {.window_with_our_title = instance.AnotherIsRunning(),
+          .version = app::RunningSystem(),
           .screen = app::PixelSize{static_cast<int>(screen->size().width() * ratio),
                                    static_cast<int>(screen->size().height() * ratio)}};
 }
 
-// What ends the program, told on the screen and to whoever started it.
+// What ends the program, told on the screen and to whoever started it; a second start ends without a word.
 int Refuse(platform::Prompts& prompts, const std::string& message) {
+  if (message.empty()) return 0;
   std::fprintf(stderr, "quillcast-desktop: %s\n", message.c_str());
   prompts.Critical(message);
   return 1;
@@ -91,8 +94,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   Translate(folders);
   platform::QtPrompts prompts(app::kWindowTitle);
   SingleInstance instance(platform::PathToQt(folders.data));
-  if (instance.AnotherIsRunning()) return 0;
-  if (const auto refusal = app::CheckStartup(Facts(), folders)) return Refuse(prompts, refusal->message);
+  if (const auto refusal = app::CheckStartup(Facts(instance), folders)) return Refuse(prompts, refusal->message);
   const auto prepared = app::PrepareFolders(folders);
   if (!prepared) std::fprintf(stderr, "quillcast-desktop: %s\n", InOneLine(prepared.error()).c_str());
   app::SettingsStore settings(folders.settings);

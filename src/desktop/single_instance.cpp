@@ -1,20 +1,27 @@
 #include "desktop/single_instance.h"
 
-#include <unistd.h>
-
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QLocalSocket>
+#include <QStandardPaths>
+#include <QThread>
 
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kPatience = 300;  // milliseconds
+constexpr int kPatience = 1000;  // milliseconds until one that has just started listens
+constexpr int kPause = 20;
+
+QString NameFor(const QString& folder) {
+  const QByteArray digest = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
+  return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + "/quillcast-" +
+         QString::fromLatin1(digest);
+}
 
 }  // namespace
 
-SingleInstance::SingleInstance(const QString& folder) {
-  const QByteArray digest = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
-  name_ = QString("quillcast-%1-%2").arg(::getuid()).arg(QString::fromLatin1(digest));
+SingleInstance::SingleInstance(const QString& folder) : name_(NameFor(folder)), lock_(name_ + ".lock") {
+  lock_.setStaleLockTime(0);  // it is stale when its process is gone, and only then
   connect(&server_, &QLocalServer::newConnection, this, [this] {
     while (QLocalSocket* socket = server_.nextPendingConnection()) socket->deleteLater();
     emit Raised();
@@ -22,9 +29,14 @@ SingleInstance::SingleInstance(const QString& folder) {
 }
 
 bool SingleInstance::AnotherIsRunning() {
-  QLocalSocket first;
-  first.connectToServer(name_);
-  if (first.waitForConnected(kPatience)) return true;
+  if (!lock_.tryLock() && lock_.error() == QLockFile::LockFailedError) {
+    QLocalSocket first;
+    for (const QDeadlineTimer patience(kPatience); !patience.hasExpired(); QThread::msleep(kPause)) {
+      first.connectToServer(name_);
+      if (first.waitForConnected(kPause)) break;
+    }
+    return true;
+  }
   QLocalServer::removeServer(name_);  // left behind by one that was killed
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   server_.listen(name_);

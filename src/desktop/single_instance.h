@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLocalServer>
+#include <QLockFile>
 #include <QObject>
 #include <QString>
 
@@ -13,14 +14,15 @@ class SingleInstance final : public QObject {
   // `folder` tells users, and profiles of one user, apart.
   explicit SingleInstance(const QString& folder);
 
-  // True when another one answered, which now comes to the front. Else this is the first from here on.
+  // True when there is another one, which now comes to the front. Else this is the first from here on.
   bool AnotherIsRunning();
 
  signals:
   void Raised();
 
  private:
-  QString name_;
+  QString name_;    // of the socket, in the user's own runtime folder
+  QLockFile lock_;  // decides between two that start at once
   QLocalServer server_;
 };
 

@@ -65,6 +65,7 @@ class EditorTest : public QObject {
   void initTestCase() {
     editor_ = new HtmlEditor;
     editor_->resize(800, 600);
+    QVERIFY(editor_->SetHtml(""));
     editor_->show();
     QVERIFY(QTest::qWaitForWindowActive(editor_));
   }
@@ -150,6 +151,7 @@ class EditorTest : public QObject {
     row("row below", "ab/cd", "d", TableEdit::kRowBelow, "ab/cd/..");
     row("row through a high cell", "^ab/c", "c", TableEdit::kRowAbove, "3ab/./c");
     row("row below a high cell", "^ab/c/de", "a", TableEdit::kRowBelow, "^ab/c/../de");
+    row("row below a cell higher than its table", "3ab/c", "a", TableEdit::kRowBelow, "3ab/c/.");
     row("row beside a wide cell", "2a/bc", "a", TableEdit::kRowBelow, "2a/../bc");
     row("column left", "ab/cd", "d", TableEdit::kColumnLeft, "a.b/c.d");
     row("column right", "ab/cd", "b", TableEdit::kColumnRight, "ab./cd.");

@@ -20,6 +20,7 @@
 #include <memory>
 
 #include "app/ui/command_bar.h"
+#include "app/ui/preview_form.h"
 #include "compose/ui/html_editor.h"
 #include "gui/form_rig.h"
 #include "platform/file.h"
@@ -71,6 +72,7 @@ class MainFormTest : public QObject {
   void noLetterStandsForTwoControls() {
     Scene scene;
     scene.Open();
+    scene.window->Dispatch(14);  // with the find bar
     QHash<QChar, QString> taken;
     QStringList texts;
     for (const QAction* menu : scene.window->menuBar()->actions()) texts << menu->text();
@@ -424,6 +426,22 @@ class MainFormTest : public QObject {
     });
     scene.window->Dispatch(19);
     QCOMPARE(scene.Editor().Html(), html);
+  }
+
+  void thePreviewCallsNothingRightThatHasAFault() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    rig.AddGroup("Customers", {"a@example.org"});
+    for (const bool is_missing : {true, false}) {
+      compose::MessageDocument document;
+      document.html = "<p>x</p>";
+      document.attachments.Add(is_missing ? "/nowhere/price.pdf" : rig.folder.Write("price.pdf", "x").string());
+      PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+      auto* findings = form.findChild<QListWidget*>("FindingsList");
+      QTRY_VERIFY(!findings->item(0)->text().contains("Looking"));
+      QCOMPARE(findings->item(0)->text().contains("price.pdf"), is_missing);
+      QCOMPARE(findings->item(0)->text().contains("Nothing was found"), !is_missing);
+    }
   }
 
   void recoveringAsksBeforeWhatWasTypedIsLost() {

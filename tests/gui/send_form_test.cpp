@@ -269,6 +269,12 @@ class SendFormTest : public QObject {
     QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
     QVERIFY(QGuiApplication::clipboard()->text().endsWith("line 199999\n"));
+    QTest::keyClick(&view, Qt::Key_Home);
+    QTest::keyClick(&view, Qt::Key_Down);
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QCOMPARE(view.accessibleDescription(), QString("line 2"));
+    QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("line 1\nline 2\n"));
     folder.Write("report.txt", text + "half a line");
     view.Update();
     QCOMPARE(view.line_count(), std::size_t{200000});

@@ -43,6 +43,18 @@ class Desktop(unittest.TestCase):
         self.assertNotIn("Quillcast", words)
         self.assertIsNone(first.poll())
 
+    def test_of_several_that_start_at_once_one_stays(self):
+        processes = [start(self.profile, QT_QPA_PLATFORM="offscreen") for _ in range(4)]
+        def end():
+            for process in processes:
+                process.kill()
+                process.communicate()
+        self.addCleanup(end)
+        deadline = time.monotonic() + 30
+        while sum(process.poll() is None for process in processes) > 1 and time.monotonic() < deadline:
+            time.sleep(0.05)
+        self.assertEqual([process.returncode for process in processes if process.poll() is not None], [0, 0, 0])
+
     def test_a_killed_one_does_not_lock_out_the_next(self):
         first = self.first()
         first.send_signal(signal.SIGKILL)

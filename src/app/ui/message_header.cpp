@@ -6,12 +6,11 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMimeData>
 #include <QPushButton>
-#include <QUrl>
 
 #include "app/main_window_contents.h"
 #include "platform/text.h"
+#include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_text.h"
 #include "recipients/group_count.h"
@@ -23,14 +22,6 @@ using platform::FromQt;
 using platform::ToQt;
 
 constexpr int kNarrowest = 80;  // pixels of the method box, where the window is small
-
-QStringList LocalFiles(const QMimeData* data) {
-  QStringList files;
-  for (const QUrl& url : data->urls()) {
-    if (url.isLocalFile() && url.host().isEmpty()) files << url.toLocalFile();
-  }
-  return files;
-}
 
 QComboBox* MakeBox(const char* name, QWidget* parent) {
   auto* box = new QComboBox(parent);
@@ -244,9 +235,9 @@ void MessageHeader::ShowAttachments() {
 }
 
 void MessageHeader::dragEnterEvent(QDragEnterEvent* event) {
-  if (!LocalFiles(event->mimeData()).isEmpty()) event->acceptProposedAction();
+  if (!platform::DroppedFiles(event->mimeData()).isEmpty()) event->acceptProposedAction();
 }
 
-void MessageHeader::dropEvent(QDropEvent* event) { AddAttachments(LocalFiles(event->mimeData())); }
+void MessageHeader::dropEvent(QDropEvent* event) { AddAttachments(platform::DroppedFiles(event->mimeData())); }
 
 }  // namespace quillcast::app

@@ -2,12 +2,13 @@
 
 #include <QDropEvent>
 #include <QFile>
-#include <QMimeData>
 #include <QWebChannel>
 #include <QWebEngineScript>
 #include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 #include <QWebEngineUrlRequestInterceptor>
+
+#include "platform/ui/dropped_files.h"
 
 namespace quillcast::compose {
 namespace {
@@ -61,10 +62,7 @@ bool EditorPage::acceptNavigationRequest(const QUrl&, NavigationType type, bool 
 }
 
 void EditorView::dropEvent(QDropEvent* event) {
-  QStringList files;
-  for (const QUrl& url : event->mimeData()->urls()) {
-    if (url.isLocalFile() && url.host().isEmpty()) files << url.toLocalFile();
-  }
+  const QStringList files = platform::DroppedFiles(event->mimeData());
   if (files.isEmpty()) {
     QWebEngineView::dropEvent(event);
     return;

@@ -45,8 +45,9 @@
     const spanned = new Set();
     model.forEach((cell, c) => {
       const above = at > 0 && grid[at - 1][c], below = at < grid.length && grid[at][c];
+      const overhangs = above && !below && placeOf(grid, above).row + above.rowSpan > at;
       if (above && above === below) spanned.add(above);
-      else row.append(emptyCell(cell));
+      else if (!overhangs) row.append(emptyCell(cell));
     });
     spanned.forEach(cell => ++cell.rowSpan);
     if (at < grid.length) table.rows[at].before(row);

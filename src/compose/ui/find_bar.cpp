@@ -14,14 +14,16 @@ namespace quillcast::compose {
 
 FindBar::FindBar(HtmlEditor* editor, QWidget* parent)
     : QWidget(parent), editor_(editor), text_(new QLineEdit(this)), result_(new QLabel(this)) {
-  auto* label = new QLabel(tr("Fi&nd:"), this);
+  auto* label = new QLabel(tr("Find:"), this);
   label->setBuddy(text_);
   text_->setObjectName("FindTextBox");
   text_->setClearButtonEnabled(true);
-  auto* next = new QPushButton(tr("&Next"), this);
+  auto* next = new QPushButton(tr("Ne&xt"), this);
   next->setObjectName("FindNextButton");
-  auto* previous = new QPushButton(tr("Pre&vious"), this);
+  next->setToolTip(tr("Enter"));
+  auto* previous = new QPushButton(tr("Previous"), this);
   previous->setObjectName("FindPreviousButton");
+  previous->setToolTip(tr("Shift+Enter"));
   result_->setObjectName("FindResult");
   auto* close = new QToolButton(this);
   close->setIcon(platform::Icon("clear"));

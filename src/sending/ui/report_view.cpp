@@ -102,20 +102,49 @@ void ReportView::mouseMoveEvent(QMouseEvent* event) {
   viewport()->update();
 }
 
-void ReportView::keyPressEvent(QKeyEvent* event) {
+// Where a key takes the caret to; -1 for a key that does not move it.
+std::ptrdiff_t ReportView::LineAfter(int key) const {
+  const std::ptrdiff_t top = verticalScrollBar()->value();
+  switch (key) {
+    case Qt::Key_Up:
+      return std::max<std::ptrdiff_t>(0, caret_ < 0 ? top : caret_ - 1);
+    case Qt::Key_Down:
+      return caret_ < 0 ? top : caret_ + 1;
+    case Qt::Key_PageUp:
+      return std::max<std::ptrdiff_t>(0, std::max(caret_, top) - VisibleLines());
+    case Qt::Key_PageDown:
+      return std::max(caret_, top) + VisibleLines();
+    case Qt::Key_Home:
+      return 0;
+    case Qt::Key_End:
+      return static_cast<std::ptrdiff_t>(line_count()) - 1;
+    default:
+      return -1;
+  }
+}
+
+// A screen reader hears the line that the caret comes to.
+void ReportView::MoveTo(std::ptrdiff_t line, bool extend) {
+  caret_ = std::min(line, static_cast<std::ptrdiff_t>(line_count()) - 1);
+  if (!extend || anchor_ < 0) anchor_ = caret_;
   auto* bar = verticalScrollBar();
+  if (caret_ < bar->value()) bar->setValue(static_cast<int>(caret_));
+  if (caret_ >= bar->value() + VisibleLines()) bar->setValue(static_cast<int>(caret_) - VisibleLines() + 1);
+  setAccessibleDescription(LineAt(static_cast<std::size_t>(caret_)));
+  viewport()->update();
+}
+
+void ReportView::keyPressEvent(QKeyEvent* event) {
   if (event->matches(QKeySequence::Copy)) {
     Copy();
   } else if (event->matches(QKeySequence::SelectAll)) {
     anchor_ = 0;
     caret_ = static_cast<std::ptrdiff_t>(line_count()) - 1;
     viewport()->update();
-  } else if (event->key() == Qt::Key_Home) {
-    bar->setValue(0);
-  } else if (event->key() == Qt::Key_End) {
-    bar->setValue(bar->maximum());
+  } else if (const auto line = LineAfter(event->key()); line >= 0 && line_count() > 0) {
+    MoveTo(line, event->modifiers().testFlag(Qt::ShiftModifier));
   } else {
-    QAbstractScrollArea::keyPressEvent(event);  // arrows and pages
+    QAbstractScrollArea::keyPressEvent(event);
   }
 }
 

@@ -36,6 +36,8 @@ class ReportView final : public QAbstractScrollArea {
   int VisibleLines() const;
   void SetRange();
   std::ptrdiff_t LineUnder(const QPoint& position) const;
+  std::ptrdiff_t LineAfter(int key) const;
+  void MoveTo(std::ptrdiff_t line, bool extend);
 
   std::optional<ReportLines> lines_;
   std::ptrdiff_t anchor_ = -1;  // the selected lines, from here
