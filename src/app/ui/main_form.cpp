@@ -226,7 +226,8 @@ bool MainForm::MayLeaveDocument() {
 
 // The first time it says what would be stopped.
 bool MainForm::MayStopImport() {
-  if (!groups_->is_importing() || skip_save_prompt || std::exchange(stops_import_, true)) return true;
+  const bool was_told = std::exchange(stops_import_, groups_->is_importing());
+  if (!groups_->is_importing() || skip_save_prompt || was_told) return true;
   Say(tr("Addresses are still being added to a group. Close again to stop that; those that are in it stay."));
   return false;
 }
