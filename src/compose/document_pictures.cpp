@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <vector>
 
@@ -31,10 +32,21 @@ std::string AsAddress(std::string_view path) {
   return address;
 }
 
-// A name that no other file of the folder has.
-std::string FreeName(const fs::path& file, std::set<std::string>& taken) {
+// What cannot be read is like nothing.
+bool AreAlike(const fs::path& one, const fs::path& other) {
+  std::error_code failed;
+  if (fs::file_size(one, failed) != fs::file_size(other, failed) || failed) return false;
+  std::ifstream first(one, std::ios::binary);
+  std::ifstream second(other, std::ios::binary);
+  return first && second &&
+         std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
+}
+
+// A name for a copy of the file in the folder: that of a copy which is there already, or one that nothing has.
+std::string NameIn(const fs::path& folder, const fs::path& file) {
   std::string name = file.filename().string();
-  for (int number = 2; !taken.insert(name).second; ++number) {
+  std::error_code failed;
+  for (int number = 2; fs::exists(folder / name, failed) && !AreAlike(file, folder / name); ++number) {
     name = fmt::format("{} ({}){}", file.stem().string(), number, file.extension().string());
   }
   return name;
@@ -43,27 +55,27 @@ std::string FreeName(const fs::path& file, std::set<std::string>& taken) {
 }  // namespace
 
 Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
-                                      const fs::path& target) {
+                                      const fs::path& target, TakenPictures& taken) {
   const fs::path root = (import_folder / "").lexically_normal().parent_path();
   const bool moves = !base.empty() && base.lexically_normal() != target.parent_path().lexically_normal();
   const std::string folder = target.stem().string() + "_files";
+  const fs::path beside = target.parent_path() / folder;
   std::vector<mime::PictureReference> references;
   std::vector<std::string> replacements;
-  std::map<fs::path, std::string> names;
-  std::set<std::string> taken;
+  std::set<fs::path> seen;
   for (auto& reference : mime::FindLocalPictures(html)) {
     const fs::path file = (base / reference.path).lexically_normal();
+    if (!IsBelow(file, root) && !(moves && fs::path(reference.path).is_relative())) continue;
     std::error_code failed;
-    const bool is_lost = IsBelow(file, root) || (moves && fs::path(reference.path).is_relative());
-    if (!is_lost || !fs::is_regular_file(file, failed)) continue;
-    const auto [known, is_new] = names.try_emplace(file);
-    if (is_new) {
-      known->second = FreeName(file, taken);
-      auto made = platform::EnsureFolder(target.parent_path() / folder);
-      if (made) made = platform::CopyFile(file, target.parent_path() / folder / known->second);
+    const bool is_there = fs::is_regular_file(file, failed);
+    if (!is_there && !taken.contains(file)) continue;
+    if (is_there && seen.insert(file).second) {
+      taken[file] = NameIn(beside, file);
+      auto made = platform::EnsureFolder(beside);
+      if (made) made = platform::CopyFile(file, beside / taken[file]);
       if (!made) return made.error();
     }
-    replacements.push_back(AsAddress(folder + '/' + known->second));
+    replacements.push_back(AsAddress(folder + '/' + taken[file]));
     references.push_back(std::move(reference));
   }
   return references.empty() ? std::string(html) : mime::RewriteReferences(html, references, replacements);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -10,11 +11,16 @@
 
 namespace quillcast::compose {
 
+// The names of the copies, by their originals.
+using TakenPictures = std::map<std::filesystem::path, std::string>;
+
 // Copies the files that the HTML would lose when it is saved as `target` into the folder "NAME_files" beside that, NAME
 // being its name without ending, and gives the HTML that refers to them there: those below `import_folder`, and, where
 // `target` is in another folder than `base`, those of relative references, which start from there. `base` may be empty.
-// A file that is missing keeps its reference. Fails when a file cannot be copied.
+// `taken` goes from one save to the next: a copy outlives its original. A file of another document is not written over.
+// A picture that is missing keeps its reference. Fails when a file cannot be copied.
 Result<std::string> TakePicturesAlong(std::string_view html, const std::filesystem::path& base,
-                                      const std::filesystem::path& import_folder, const std::filesystem::path& target);
+                                      const std::filesystem::path& import_folder, const std::filesystem::path& target,
+                                      TakenPictures& taken);
 
 }  // namespace quillcast::compose

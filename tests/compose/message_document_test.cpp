@@ -167,7 +167,8 @@ TEST(DocumentPictures, GoAlongWhereTheyWouldBeLost) {
   const std::string html = "<img src='file://" + import.string() + "a%20b.png'><img src=\"" + import.string() +
                            "sub/a b.png\"><img src='../ImportBody/a%20b.png'><img src='../mine.png'><img src='" +
                            import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>";
-  const auto saved = TakePicturesAlong(html, folder / "letters", import, folder / "letters" / "May 1.html");
+  TakenPictures taken;
+  const auto saved = TakePicturesAlong(html, folder / "letters", import, folder / "letters" / "May 1.html", taken);
   ASSERT_TRUE(saved);
   EXPECT_EQ(*saved,
             "<img src='May%201_files/a%20b.png'><img src=\"May%201_files/a%20b%20%282%29.png\"><img "
@@ -175,15 +176,25 @@ TEST(DocumentPictures, GoAlongWhereTheyWouldBeLost) {
                 import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>");
   EXPECT_EQ(*platform::ReadFile(folder / "letters/May 1_files/a b (2).png", 100), "two");
   EXPECT_FALSE(std::filesystem::exists(folder / "letters/May 1_files/mine.png"));
+  TakenPictures june;
   const std::string moved =
       "<img src='a.png'><img src='../mine.png'><img src='" + folder.path().string() + "/mine.png'><img src='gone.png'>";
   folder.Write("letters/a.png", "a");
-  EXPECT_EQ(*TakePicturesAlong(moved, folder / "letters", import, folder / "other" / "June.html"),
+  EXPECT_EQ(*TakePicturesAlong(moved, folder / "letters", import, folder / "other" / "June.html", june),
             "<img src='June_files/a.png'><img src='June_files/mine.png'><img src='" + folder.path().string() +
                 "/mine.png'><img src='gone.png'>");
   EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a.png", 100), "a");
-  EXPECT_EQ(*TakePicturesAlong(moved, "", import, folder / "other" / "June.html"), moved);
-  const auto failed = TakePicturesAlong(html, folder / "letters", import, folder / "mine.png" / "x.html");
+  // A picture that is there under the same name stays; a copy outlives its original.
+  folder.Write("letters/a.png", "b");
+  for (const bool is_there : {true, false}) {
+    EXPECT_EQ(*TakePicturesAlong("<img src='a.png'>", folder / "letters", import, folder / "other" / "June.html", june),
+              "<img src='June_files/a%20%282%29.png'>");
+    EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a.png", 100), "a");
+    EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a (2).png", 100), "b");
+    if (is_there) std::filesystem::remove(folder / "letters/a.png");
+  }
+  EXPECT_EQ(*TakePicturesAlong(moved, "", import, folder / "other" / "June.html", june), moved);
+  const auto failed = TakePicturesAlong(html, folder / "letters", import, folder / "mine.png" / "x.html", taken);
   EXPECT_FALSE(failed) << "no folder can be made there";
 }
 

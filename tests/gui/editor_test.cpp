@@ -364,11 +364,18 @@ class EditorTest : public QObject {
     QTRY_VERIFY(!restored.isEmpty());
     QVERIFY(editor_->IsModified());
     QVERIFY(editor_->Html().contains("kept before"));
+    QTRY_VERIFY(editor_->isAncestorOf(QApplication::focusWidget()));
+    QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_X, "x", Qt::NoModifier);
+    QTRY_VERIFY(editor_->Html().contains("xkept before"));
+    QTRY_VERIFY(snapshots.last().first().toString().contains("xkept"));
     // A document that ends the page each time is not loaded again and again, and its text can still be saved.
     QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
     QCOMPARE(::kill(static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid()), SIGKILL), 0);
     QTRY_VERIFY(!trouble.isEmpty());
-    QVERIFY(editor_->Html().contains("kept before"));
+    QVERIFY(editor_->Html().contains("xkept before"));
+    QVERIFY(editor_->IsModified());
+    QTest::qWait(500);
+    QCOMPARE(trouble.size(), 1);
     Load("<p>next</p>");
     QCOMPARE(editor_->PlainText(), QString("next"));
   }
@@ -384,6 +391,28 @@ class EditorTest : public QObject {
     QVERIFY2(clock.elapsed() < 30000, "it waited for a page that is gone");
     QVERIFY(!is_loaded);
     QVERIFY(editor_->Html() == large);  // nothing of it is lost
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void aPageThatCannotBePutBackIsGivenUp() {
+    Load("<p>before</p>");
+    QVERIFY(editor_->InsertHtml("kept "));
+    QTRY_VERIFY(editor_->IsModified());
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QTimer killer;
+    connect(&killer, &QTimer::timeout, this, [this] {
+      const auto page = editor_->findChild<QWebEnginePage*>()->renderProcessPid();
+      if (page > 0) ::kill(static_cast<pid_t>(page), SIGKILL);
+    });
+    killer.start(5);
+    QTest::qWait(1000);
+    killer.stop();
+    QCOMPARE(trouble.size(), 1);
+    QVERIFY(editor_->IsModified());
+    QVERIFY(editor_->Html().contains("kept before"));
     Load("<p>next</p>");
     QCOMPARE(editor_->PlainText(), QString("next"));
   }
@@ -528,6 +557,8 @@ class EditorTest : public QObject {
     QVERIFY(platform::ReadFile(folder.path() / "other.html", 10000)->find("other_files/a.png") != std::string::npos);
     QVERIFY(std::filesystem::exists(folder.path() / "other_files/a.png"));
     QCOMPARE(next.BaseFolder(), folder.path() / "letters");
+    QVERIFY(next.SaveTo(folder.path() / "letters/letter.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "letters/letter.html", 10000)->find("\"a.png\"") != std::string::npos);
     QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.BaseFolder().empty());

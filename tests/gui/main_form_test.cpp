@@ -380,9 +380,10 @@ class MainFormTest : public QObject {
     emit action->OwnTriggered(OwnCommand::kSource);
     source->moveCursor(QTextCursor::Start);
     source->insertPlainText("<!-- new -->");
+    QTest::keyClick(source, Qt::Key_Return, Qt::ShiftModifier);
     emit action->OwnTriggered(OwnCommand::kSource);
     QCOMPARE(scene.Editor().Html(),
-             QString::fromUtf8("<!-- new --><title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+             QString::fromUtf8("<!-- new -->\r\n<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
   }
 
   void theEditMenuWorksWhereTheCaretIs() {
@@ -397,6 +398,8 @@ class MainFormTest : public QObject {
     QCOMPARE(subject->text(), QString("abcd"));
     scene.window->Dispatch(7);
     QCOMPARE(subject->text(), QString("ab"));
+    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kPastePlain);
+    QCOMPARE(subject->text(), QString("abcd"));
     scene.window->Dispatch(13);
     scene.window->Dispatch(12);
     QCOMPARE(subject->text(), QString());
@@ -419,12 +422,18 @@ class MainFormTest : public QObject {
     const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
     scene.Editor().SetHtml(html);
     scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
-    QTimer::singleShot(50, qApp, [] {
+    QTimer look;
+    QFont shown;
+    connect(&look, &QTimer::timeout, this, [&shown] {
       auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
-      QVERIFY(dialog != nullptr && dialog->currentFont().bold() && dialog->currentFont().pointSize() == 18);
+      if (dialog == nullptr) return;
+      shown = dialog->currentFont();
       dialog->accept();
     });
+    look.start(20);
     scene.window->Dispatch(19);
+    QVERIFY(shown.bold());
+    QCOMPARE(shown.pointSize(), 18);
     QCOMPARE(scene.Editor().Html(), html);
   }
 

@@ -151,7 +151,10 @@ class SendFormTest : public QObject {
     const auto type = [](QSpinBox* box, const char* number) {
       box->setFocus();
       box->selectAll();
-      QTest::keyClicks(box, number);
+      for (const char* digit = number; *digit != 0; ++digit) {
+        QTest::keyClick(box, *digit);
+        QTest::qWait(300);  // longer than the pause after which the names are looked up
+      }
     };
     type(first, "3");
     type(last, "12");

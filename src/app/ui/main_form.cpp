@@ -126,6 +126,7 @@ void MainForm::ConnectParts() {
   connect(header_, &MessageHeader::SendPressed, this, &MainForm::Send);
   connect(header_, &MessageHeader::PreviewPressed, this, &MainForm::PreviewInside);
   connect(groups_, &GroupsMenu::Changed, header_, &MessageHeader::LoadGroups);
+  connect(groups_, &GroupsMenu::Changed, this, [this] { stops_import_ = false; });
   connect(groups_, &GroupsMenu::Said, this, &MainForm::Say);
   connect(groups_, &GroupsMenu::ImportRequested, this, [this] { Dispatch(43); });
   connect(practice_, &PracticeMailbox::Arrived, this, [this] {
@@ -226,8 +227,7 @@ bool MainForm::MayLeaveDocument() {
 
 // The first time it says what would be stopped.
 bool MainForm::MayStopImport() {
-  const bool was_told = std::exchange(stops_import_, groups_->is_importing());
-  if (!groups_->is_importing() || skip_save_prompt || was_told) return true;
+  if (!groups_->is_importing() || skip_save_prompt || std::exchange(stops_import_, true)) return true;
   Say(tr("Addresses are still being added to a group. Close again to stop that; those that are in it stay."));
   return false;
 }

@@ -77,6 +77,8 @@ bool EditsTextIn(Box* box, compose::EditorCommand command) {
 
 bool EditsText(QWidget* focused, compose::EditorCommand command) {
   if (auto* line = qobject_cast<QLineEdit*>(focused)) return EditsTextIn(line, command);
+  const auto* box = qobject_cast<QComboBox*>(focused);
+  if (box != nullptr && box->lineEdit() != nullptr) return EditsTextIn(box->lineEdit(), command);
   auto* text = qobject_cast<QPlainTextEdit*>(focused);
   return text != nullptr && EditsTextIn(text, command);
 }
@@ -168,8 +170,9 @@ void MainForm::RunOwn(OwnCommand command) {
     case OwnCommand::kColour:
       return ChooseColour();
     case OwnCommand::kPastePlain:
-      LeaveSource();
+      if (EditsText(QApplication::focusWidget(), compose::EditorCommand::kPaste)) return;
       editor_->PastePlain();
+      editor_->setFocus();
       return;
     case OwnCommand::kPreview:
       return PreviewInside();
@@ -316,14 +319,15 @@ bool MainForm::SourceWasEdited() const { return body_->currentWidget() == source
 
 // The box itself makes every no-break space a blank, and knows one line end.
 QString MainForm::SourceText() const {
-  return source_->document()->toRawText().replace(QChar::ParagraphSeparator, source_has_crlf_ ? "\r\n" : "\n");
+  const QString line_end = source_has_crlf_ ? "\r\n" : "\n";
+  QString text = source_->document()->toRawText();
+  return text.replace(QChar::ParagraphSeparator, line_end).replace(QChar::LineSeparator, line_end);
 }
 
 void MainForm::LeaveSource() {
   if (body_->currentWidget() != source_) return;
   if (SourceWasEdited()) {
-    editor_->SetHtml(SourceText(), editor_->base());
-    editor_->SetModified(true);
+    editor_->SetHtml(SourceText(), editor_->base(), true);
   }
   body_->setCurrentWidget(editor_);
   editor_->setFocus();

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "compose/document_pictures.h"
 #include "compose/message_document.h"
 #include "compose/ui/html_editor.h"
 #include "platform/file.h"
@@ -77,12 +76,13 @@ Result<void> EditorDocument::KeepAside() const {
   return KeepAside(platform::FromQt(editor_.Html()));
 }
 
-Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder) {
+Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
   // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
   file_.clear();
   read_.reset();
+  taken_.clear();
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
-  if (editor_.SetHtml(platform::ToQt(html), base)) return {};
+  if (editor_.SetHtml(platform::ToQt(html), base, modified)) return {};
   return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
 }
 
@@ -112,13 +112,14 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const std::string html = platform::FromQt(editor_.Html());
-  const auto saved = TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(), file);
+  if (file != file_) taken_.clear();
+  const auto saved = TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(), file, taken_);
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
   auto written = Replace(file, bytes);
   if (!written) return written;
-  read_ = BodyFile{std::move(bytes), html, read_ ? read_->encoding : BodyEncoding::kUtf8};
+  read_ = BodyFile{std::move(bytes), *saved, read_ ? read_->encoding : BodyEncoding::kUtf8};
   file_ = file;
   editor_.SetModified(false);
   DropAutosave();
@@ -144,9 +145,8 @@ Result<void> EditorDocument::Recover() {
   const auto read = ReadBodyFile(file);
   if (!read) return read.error();
   const auto folder = platform::ReadFile(FolderFileOf(file), kLongestPath);
-  auto shown = Show(read->text, folder ? *folder : "");
+  auto shown = Show(read->text, folder ? *folder : "", true);
   if (!shown) return shown;
-  editor_.SetModified(true);
   auto kept = KeepAside(read->text);  // it is still not saved
   if (kept) DropRecovered();
   return kept;

@@ -9,6 +9,7 @@
 #include "app/close_step.h"
 #include "app/folders.h"
 #include "compose/body_file.h"
+#include "compose/document_pictures.h"
 
 namespace quillcast::compose {
 
@@ -45,7 +46,7 @@ class EditorDocument final : public app::EditedDocument {
   Result<void> KeepAside(const std::string& html) const;
 
  private:
-  Result<void> Show(const std::string& html, const std::filesystem::path& folder);
+  Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
   std::filesystem::path Autosave() const { return folders_.data / "Autosave.htm"; }
   // Of messages that were not saved there may be several: "Recovered.htm", "Recovered2.htm", ...; `number` from 1.
   std::filesystem::path Recovered(int number) const;
@@ -55,6 +56,7 @@ class EditorDocument final : public app::EditedDocument {
   QMetaObject::Connection snapshots_;
   app::Folders folders_;
   std::filesystem::path file_;
+  TakenPictures taken_;           // beside that file
   std::optional<BodyFile> read_;  // as it stands in the file, until it is saved anew
 };
 

@@ -1,6 +1,7 @@
 #include "compose/ui/html_editor.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QDateTime>
@@ -103,7 +104,8 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   snapshot_pause_->setInterval(kSnapshotPause);
   connect(snapshot_pause_, &QTimer::timeout, this, [this] {
     page_->runJavaScript(SavingScript(), kWorld, [this, load = loads_](const QVariant& value) {
-      if (!value.isValid() || load != loads_) return;  // the page's process is gone, or shows another document
+      if (!value.isValid() || load != loads_ || loading_)
+        return;  // the page's process is gone, or shows another document
       last_seen_ = Assemble(value);
       if (modified_) emit Snapshot(last_seen_);
     });
@@ -140,7 +142,10 @@ void HtmlEditor::MakePage() {
   alive_ = true;
   connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
     alive_ = false;
-    if (status != QWebEnginePage::NormalTerminationStatus) QTimer::singleShot(0, this, &HtmlEditor::Restore);
+    had_the_keys_ = isAncestorOf(QApplication::focusWidget());
+    // A load that is going on fails by itself.
+    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus)
+      QTimer::singleShot(0, this, &HtmlEditor::Restore);
   });
 }
 
@@ -167,29 +172,31 @@ QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
 }
 
 // The page takes one document after the other: what comes while one is waited for is taken by that call.
-bool HtmlEditor::SetHtml(const QString& source, const QUrl& base) {
-  waiting_ = {source, base};
+bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified) {
+  waiting_ = {source, base, modified};
   if (loading_) return true;
   loading_ = true;
   bool loaded = false;
   while (const auto next = std::exchange(waiting_, {})) {
     const bool takes_long = next->source.size() > kLongToLoad;
     if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    loaded = Load(next->source, next->base);
+    loaded = Load(*next);
     if (takes_long) QGuiApplication::restoreOverrideCursor();
   }
   loading_ = false;
   return loaded;
 }
 
-bool HtmlEditor::Load(const QString& source, const QUrl& base) {
+bool HtmlEditor::Load(const Document& document) {
   if (page_ == nullptr) Start();
   if (!alive_) MakePage();
   ++loads_;
   snapshot_pause_->stop();
-  source_ = last_seen_ = source;
-  cut_ = CutAtBody(platform::FromQt(source));
-  base_ = base.isEmpty() ? QUrl("file:///") : base;
+  touched_ = false;
+  source_ = last_seen_ = document.source;
+  cut_ = CutAtBody(platform::FromQt(source_));
+  base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
+  SetModified(document.modified);
   QEventLoop loop;
   bool loaded = false;
   const auto watch = connect(page_, &QWebEnginePage::loadFinished, &loop, [&](bool good) {
@@ -207,10 +214,8 @@ bool HtmlEditor::Load(const QString& source, const QUrl& base) {
   page_->setHtml(type + "<html><body></body></html>", base_);
   loop.exec(QEventLoop::ExcludeUserInputEvents);
   disconnect(watch);
-  touched_ = false;
-  SetModified(false);
   // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
-  const QString page = source.left(source.size() - platform::ToQt(cut_.tail).size());
+  const QString page = source_.left(source_.size() - platform::ToQt(cut_.tail).size());
   if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   Evaluate(read_only_ ? "quill.setReadOnly(true)" : "quill.setTags(" + KnownTags() + ')');
   return true;
@@ -259,6 +264,8 @@ QString HtmlEditor::Assemble(const QVariant& saved) const {
 }
 
 QString HtmlEditor::Html() const {
+  if (waiting_) return waiting_->source;
+  if (loading_) return source_;
   if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
   const QVariant saved = Evaluate(SavingScript(), kLoadLimit);
   return saved.isValid() ? Assemble(saved) : last_seen_;
@@ -359,6 +366,7 @@ void HtmlEditor::Print(QPrinter* printer, const std::function<void(bool)>& done)
 }
 
 bool HtmlEditor::PrintToPdf(const QString& file) {
+  if (!alive_) return false;
   QEventLoop loop;
   bool good = false;
   const auto watch = connect(page_, &QWebEnginePage::pdfPrintingFinished, &loop, [&](const QString&, bool written) {
@@ -366,6 +374,7 @@ bool HtmlEditor::PrintToPdf(const QString& file) {
     loop.quit();
   });
   QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &loop, &QEventLoop::quit);
   page_->printToPdf(file);
   loop.exec();
   disconnect(watch);
@@ -389,18 +398,15 @@ QMenu* HtmlEditor::ContextMenu() {
 
 QWidget* HtmlEditor::InputWidget() const { return view_->focusProxy(); }
 
-// A load that is going on fails by itself.
 void HtmlEditor::Restore() {
-  if (loading_) return;
-  const bool was_modified = modified_;
   const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
+  restored_.start();
   const QString html = last_seen_;
-  if (again || !SetHtml(html, base_)) {
+  if (again || !SetHtml(html, base_, modified_)) {
     emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
     return;
   }
-  restored_.start();
-  SetModified(was_modified);
+  if (had_the_keys_) BeginTyping();
   emit Restored();
 }
 

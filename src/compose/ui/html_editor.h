@@ -1,5 +1,5 @@
 // The editor of the message body: an HTML document that can be typed into. What was not edited comes back byte for
-// byte; of an edited document everything outside its body does.
+// byte; of an edited document everything outside its body does. Content behind the body's end belongs to the body.
 //
 // A crash of the page's process loses nothing but the last second: the document is put back as it was last seen.
 // The engine is started by the first document; nothing can be done with an editor that has none.
@@ -37,8 +37,8 @@ class HtmlEditor final : public QWidget {
 
   // Replaces the document and returns when it can be edited; false when the page did not answer. What is given
   // meanwhile comes after it, and the last of it counts. Relative references start from `base`. Nothing can be undone
-  // afterwards, and the document counts as unchanged.
-  bool SetHtml(const QString& source, const QUrl& base = {});
+  // afterwards. The document counts as unchanged unless it is `modified`.
+  bool SetHtml(const QString& source, const QUrl& base = {}, bool modified = false);
   QString Html() const;
   QString PlainText() const;
   // Takes the keys; to be called once the editor is on the screen.
@@ -92,10 +92,11 @@ class HtmlEditor final : public QWidget {
   struct Document {
     QString source;
     QUrl base;
+    bool modified;
   };
   void Start();
   void MakePage();
-  bool Load(const QString& source, const QUrl& base);
+  bool Load(const Document& document);
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
   void TakeNotice();
@@ -116,7 +117,8 @@ class HtmlEditor final : public QWidget {
   BodySource cut_;
   QUrl base_;
   QString picture_folder_;
-  bool alive_ = false;  // the page has its process
+  bool alive_ = false;         // the page has its process
+  bool had_the_keys_ = false;  // when it lost it
   bool loading_ = false;
   std::optional<Document> waiting_;  // to be loaded next
   bool touched_ = false;             // edited since it was set

@@ -96,11 +96,11 @@ void RangePicker::TakeChange() {
   if (partial_->isChecked()) pause_->start();
 }
 
+// Of what was typed to its end; what is being typed is left alone.
 void RangePicker::LookUp() {
-  const auto range = Range();
-  if (!range) return;
+  if (!partial_->isChecked()) return;
   look_up_->Start([this, store = recipients::RecipientStore(program_.folders.Database()), group = group_,
-                   range = *range](const platform::CancelToken& cancel) {
+                   range = PartialRange{first_->value(), last_->value()}](const platform::CancelToken& cancel) {
     const auto [first, last] = EndsOf(store, group, range, cancel);
     return [this, text = first == last ? first : first + " … " + last] { whom_->setText(platform::ToQt(text)); };
   });
