@@ -241,7 +241,7 @@ void HtmlEditor::SetReadOnly(bool read_only) {
 }
 
 void HtmlEditor::TakeNotice() {
-  if (read_only_) return;
+  if (read_only_ || loading_) return;  // of the document before
   touched_ = true;
   SetModified(true);
   state_pause_->start();
