@@ -37,23 +37,19 @@ class Screen:
             process.wait()
 
 
-class TwoProcessors:
-    """One for the mailbox, one for whoever sends to it, neither of which idles: what an idle one of a virtual machine
-    takes to wake up is several times the work on a message, and a window that draws keeps it awake where a command
-    does not."""
+class Awake:
+    """Keeps the mailbox on one processor, and two of them from idling: what an idle one of a virtual machine takes to wake
+    up is several times the work on a message, and a window that draws keeps it awake where a command does not."""
     def __init__(self, mailbox):
         self.mailbox = mailbox
 
     def __enter__(self):
-        self.before = os.sched_getaffinity(0)
-        first, second = sorted(self.before)[:2]
-        os.sched_setaffinity(self.mailbox.process.pid, {first})
+        numbers = sorted(os.sched_getaffinity(0))[:2]
+        os.sched_setaffinity(self.mailbox.process.pid, numbers[:1])
         self.processes = [subprocess.Popen(["chrt", "--idle", "0", "taskset", "-c", str(number), "sh", "-c",
-                                            "while :; do :; done"]) for number in (first, second)]
-        os.sched_setaffinity(0, {second})
+                                            "while :; do :; done"]) for number in numbers]
 
     def __exit__(self, *_):
-        os.sched_setaffinity(0, self.before)
         for process in self.processes:
             process.kill()
             process.wait()
@@ -75,7 +71,7 @@ def main():
         with send.Mailbox() as box:
             send.prepare(folder, profile, count, box.port)
             for _ in range(5):
-                with TwoProcessors(box):
+                with Awake(box):
                     start = time.perf_counter()
                     send.send(profile, body)
                     by_command.append(time.perf_counter() - start)
