@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "app/ui/about_form.h"
 #include "app/ui/groups_menu.h"
@@ -49,38 +50,27 @@ constexpr const char* kPrintQuestion =
 constexpr const char* kPictures =
     "Pictures (*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp)|*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp|All Files (*.*)|*.*";
 
-// What the Edit menu does in a text box that has the focus: the box's own action, where it has one.
-template <typename Box>
-bool EditsTextIn(Box* box, compose::EditorCommand command) {
-  using compose::EditorCommand;
-  switch (command) {
-    case EditorCommand::kUndo:
-      return box->undo(), true;
-    case EditorCommand::kRedo:
-      return box->redo(), true;
-    case EditorCommand::kCut:
-      return box->cut(), true;
-    case EditorCommand::kCopy:
-      return box->copy(), true;
-    case EditorCommand::kPaste:
-      return box->paste(), true;
-    case EditorCommand::kSelectAll:
-      return box->selectAll(), true;
-    case EditorCommand::kDelete: {
-      QKeyEvent key(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier);
-      return QCoreApplication::sendEvent(box, &key);
-    }
-    default:
-      return false;
-  }
-}
+// What a text box that has the focus does itself at a command of the Edit menu, by the names of its slots.
+constexpr auto kTextBoxSlots = std::to_array<std::pair<compose::EditorCommand, const char*>>({
+    {compose::EditorCommand::kUndo, "undo"},
+    {compose::EditorCommand::kRedo, "redo"},
+    {compose::EditorCommand::kCut, "cut"},
+    {compose::EditorCommand::kCopy, "copy"},
+    {compose::EditorCommand::kPaste, "paste"},
+    {compose::EditorCommand::kSelectAll, "selectAll"},
+});
 
 bool EditsText(QWidget* focused, compose::EditorCommand command) {
-  if (auto* line = qobject_cast<QLineEdit*>(focused)) return EditsTextIn(line, command);
-  const auto* box = qobject_cast<QComboBox*>(focused);
-  if (box != nullptr && box->lineEdit() != nullptr) return EditsTextIn(box->lineEdit(), command);
-  auto* text = qobject_cast<QPlainTextEdit*>(focused);
-  return text != nullptr && EditsTextIn(text, command);
+  const auto* const box = qobject_cast<QComboBox*>(focused);
+  if (box != nullptr && box->lineEdit() != nullptr) focused = box->lineEdit();
+  if (qobject_cast<QLineEdit*>(focused) == nullptr && qobject_cast<QPlainTextEdit*>(focused) == nullptr) return false;
+  if (command == compose::EditorCommand::kDelete) {
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier);
+    return QCoreApplication::sendEvent(focused, &key);
+  }
+  const auto* const slot = std::find_if(kTextBoxSlots.begin(), kTextBoxSlots.end(),
+                                        [command](const auto& row) { return row.first == command; });
+  return slot != kTextBoxSlots.end() && QMetaObject::invokeMethod(focused, slot->second);
 }
 
 // The engine's font sizes, 1 to 7, in points.
