@@ -69,8 +69,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
                                       : (app.exit(error), ExitCode(Failure::kUsage));
   }
   if (app.get_subcommands().empty()) {
-    const auto started = StartDesktop(executable, context.profile, environment);
-    if (!started) output.Note(InOneLine(started.error()));
+    output.Note(InOneLine(StartDesktop(executable, context.profile, environment)));
     Print(stdout, app.help());
   }
   return CheckStandardOutput(context.exit_code);

@@ -8,12 +8,18 @@
 
 namespace quillcast::cli {
 
-Result<void> StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
-                          const platform::Environment& environment) {
-  if (!environment.Get("DISPLAY") && !environment.Get("WAYLAND_DISPLAY")) return {};
+Error StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
+                   const platform::Environment& environment) {
   std::string program = (executable.parent_path() / "quillcast-desktop").string();
   std::error_code failed;
-  if (!std::filesystem::exists(program, failed)) return {};  // the command alone is installed
+  if (!std::filesystem::exists(program, failed)) {
+    return {Failure::kNoInput, "The window is not installed here: this is the command alone.",
+            "Build or install quillcast-desktop beside it to have the window"};
+  }
+  if (!environment.Get("DISPLAY") && !environment.Get("WAYLAND_DISPLAY")) {
+    return {Failure::kUnavailable, "There is no display to open the window on.",
+            "Start it on a desktop, or name one in DISPLAY"};
+  }
   std::string option = "--profile";
   std::string folder = profile.value_or("").string();
   char* const arguments[] = {program.data(), profile ? option.data() : nullptr, folder.data(), nullptr};

@@ -10,8 +10,8 @@
 namespace quillcast::cli {
 
 // Becomes `quillcast-desktop`, which stands beside the command, where there is a display. Comes back only when it did
-// not: without an Error where there is nothing to start it on, or with it.
-Result<void> StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
-                          const platform::Environment& environment);
+// not, with the reason.
+Error StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
+                   const platform::Environment& environment);
 
 }  // namespace quillcast::cli
