@@ -59,23 +59,43 @@ def read_by(command, files):
     return [json.loads(line) for line in done.stdout.splitlines()]
 
 
-def mailparser_folder():
-    """Where mailparser is installed, as the lock file says; anew only when that file changed."""
-    folder = Path(os.environ.get("QUILLCAST_READERS_FOLDER", "build/readers"))
+class OutOfReach(Exception):
+    """A reader cannot be had here; the text says why."""
+
+
+# What npm says when nobody answers; everything else that it says is a fault of ours.
+NO_ANSWER = ("ENOTFOUND", "EAI_AGAIN", "ECONNREFUSED", "ECONNRESET", "ETIMEDOUT", "ENETUNREACH", "EHOSTUNREACH",
+             "ERR_SOCKET_TIMEOUT", "FETCH_ERROR")
+
+
+def install_mailparser(folder):
+    """As the lock file says; anew only when that file changed. Asks the registry once, for some seconds."""
     lock = folder / "package-lock.json"
-    if not (folder / "installed").exists() or lock.read_bytes() != (HERE / lock.name).read_bytes():
-        folder.mkdir(parents=True, exist_ok=True)
-        (folder / "installed").unlink(missing_ok=True)
-        for name in ("package.json", "package-lock.json"):
-            shutil.copy(HERE / name, folder)
-        subprocess.run(["npm", "ci", "--ignore-scripts", "--no-audit", "--no-fund"], cwd=folder, check=True, timeout=300,
-                       stdout=subprocess.DEVNULL)
-        (folder / "installed").touch()
-    return folder
+    if (folder / "installed").exists() and lock.read_bytes() == (HERE / lock.name).read_bytes():
+        return
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "installed").unlink(missing_ok=True)
+    for name in ("package.json", "package-lock.json"):
+        shutil.copy(HERE / name, folder)
+    try:
+        npm = subprocess.run(["npm", "ci", "--ignore-scripts", "--no-audit", "--no-fund", "--prefer-offline",
+                              "--fetch-retries=0", "--fetch-timeout=15000"], cwd=folder, timeout=120, capture_output=True,
+                             text=True)
+    except FileNotFoundError as error:
+        raise OutOfReach("npm is not installed") from error
+    except subprocess.TimeoutExpired as error:
+        raise OutOfReach("the npm registry did not answer in time") from error
+    if npm.returncode != 0 and any(word in npm.stderr for word in NO_ANSWER):
+        raise OutOfReach("the npm registry cannot be reached")
+    assert npm.returncode == 0, npm.stderr
+    (folder / "installed").touch()
+
+
+MAILPARSER_FOLDER = Path(os.environ.get("QUILLCAST_READERS_FOLDER", "build/readers"))
 
 
 def read_by_mailparser(files):
-    os.environ["NODE_PATH"] = str(mailparser_folder().resolve() / "node_modules")
+    os.environ["NODE_PATH"] = str(MAILPARSER_FOLDER.resolve() / "node_modules")
     return read_by(["node", str(HERE / "mailparser_reader.js")], files)
 
 
@@ -83,4 +103,12 @@ def read_by_gmime(files):
     return read_by([os.environ.get("QUILLCAST_GMIME_READER", "build/release/bin/gmime_reader")], files)
 
 
-READERS = {"python": read_by_python, "gmime": read_by_gmime, "mailparser": read_by_mailparser}
+def readers(left_out):
+    """The readers that can be had here; `left_out` is told of one that cannot, and why."""
+    found = {"python": read_by_python, "gmime": read_by_gmime}
+    try:
+        install_mailparser(MAILPARSER_FOLDER)
+        found["mailparser"] = read_by_mailparser
+    except OutOfReach as reason:
+        left_out("the reader mailparser", reason)
+    return found

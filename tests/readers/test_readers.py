@@ -3,21 +3,23 @@ import collections
 import os
 import re
 import sys
+import tempfile
 import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from email.utils import getaddresses
 from pathlib import Path
+from unittest import mock
 
 import charsets
 import expected
+import readers
 import wire
 from composing import CASES, DIMENSIONS, Composer, table
 from covering import all_pairs, pairs_of
-from readers import READERS
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "cli"))
-from quillcast import Case  # noqa: E402
+from quillcast import Case, left_out  # noqa: E402
 
 THIN = bool(os.environ.get("QUILLCAST_SANITIZE"))
 SHOWN = 12
@@ -211,6 +213,7 @@ class Readers(Case):
         if not THIN:
             met = set().union(*(pairs_of(row.values, list(DIMENSIONS)) for row in rows))
             self.assertEqual(met, set(all_pairs(DIMENSIONS)), "two values never meet")
+        by = readers.readers(left_out)
         started = time.monotonic()
         messages = self.composed(rows)
         wanted = len(rows) * len(CASES["people"])
@@ -220,8 +223,8 @@ class Readers(Case):
         faults = self.on_the_wire(messages)
         with ThreadPoolExecutor() as pool:
             files = [file for file, *_ in messages]
-            found = {name: pool.submit(lambda read=read: list(read(files))) for name, read in READERS.items()}
-            readings = {name: (Reading(name), rows.result()) for name, rows in found.items()}
+            found = {name: pool.submit(lambda read=read: list(read(files))) for name, read in by.items()}
+            readings = {name: (Reading(name), read.result()) for name, read in found.items()}
         for name, (reading, read) in readings.items():
             self.assertEqual([row["file"] for row in read], files, name)
             for row, (file, *made) in zip(read, messages):
@@ -238,6 +241,15 @@ class Readers(Case):
               f"read in {time.monotonic() - composed:.1f} s")
         faults += "\n".join(str(reading.findings) for reading, _ in readings.values())
         self.assertEqual(faults.strip(), "")
+
+    def test_a_registry_out_of_reach_costs_one_reader_and_some_seconds(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        nobody = {"npm_config_registry": "http://127.0.0.1:9/", "npm_config_cache": f"{folder.name}/cache"}
+        with mock.patch.dict(os.environ, nobody), mock.patch.object(readers, "MAILPARSER_FOLDER", Path(folder.name, "at")):
+            told = []
+            self.assertEqual(list(readers.readers(lambda what, why: told.append(f"{what}: {why}"))), ["python", "gmime"])
+        self.assertEqual(told, ["the reader mailparser: the npm registry cannot be reached"])
 
     def composed(self, rows):
         """By two at a time, each with a profile of its own and its share of the character sets."""

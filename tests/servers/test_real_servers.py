@@ -11,7 +11,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "cli"))
 import real_servers  # noqa: E402
-from quillcast import Case, PROGRAM  # noqa: E402
+from quillcast import Case, PROGRAM, left_out  # noqa: E402
 
 FEW = 10
 COUNT = int(os.environ.get("QUILLCAST_MAILING", "20" if os.environ.get("QUILLCAST_SANITIZE") else "1000"))
@@ -48,7 +48,7 @@ class RealServers(Case):
             server = kind(CACHE, folder, certificate, key)
         except real_servers.Unavailable as reason:
             shutil.rmtree(folder, ignore_errors=True)
-            say(f"{kind.name}: NOT TESTED, {reason}")
+            left_out(kind.name, reason)
             self.skipTest(str(reason))
         self.addCleanup(server.close)
         return server
@@ -88,7 +88,7 @@ class RealServers(Case):
         with_tls = server.tls_works()
         self.assertTrue(with_tls or kind.tls_may_fail, "no other client can speak TLS with it either")
         if not with_tls:
-            say(f"{kind.name}: TLS and signing in NOT TESTED, its own TLS fails for every client here")
+            left_out(f"TLS and signing in with {kind.name}", "its own TLS fails for every client here")
         for pipeline in ("Pipeline=0", "Pipeline=1"):
             self.mail(server, "All", COUNT, pipeline, "Security=None", "Auth=0")
             if not with_tls:
