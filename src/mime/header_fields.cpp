@@ -11,6 +11,7 @@ namespace quillcast::mime {
 namespace {
 
 constexpr std::size_t kLongestLine = 78;
+constexpr std::size_t kLongestPlainName = 900;  // well under the 998 octets of a line, with the parameter's name
 constexpr std::string_view kUpperHex = "0123456789ABCDEF";
 
 std::string Quoted(std::string_view ascii) {
@@ -55,6 +56,9 @@ void AppendExtended(std::string& out, std::string_view attribute, std::string_vi
   AppendLine(out, piece);
 }
 
+// A quoted name cannot be folded, and readers that know no other form show it as it stands, however long its line is.
+bool StandsAsItIs(std::string_view name) { return !NeedsEncodedWord(name) && name.size() <= kLongestPlainName; }
+
 // Twelve characters, 60 bits.
 void AppendToken(std::string& out, std::uint64_t bits) {
   constexpr std::string_view kLetters = "0123456789abcdefghijklmnopqrstuv";
@@ -98,16 +102,16 @@ std::string AsciiFileName(std::string_view utf8) {
 
 void AppendParameter(std::string& out, std::string_view attribute, std::string_view file_name) {
   const std::string name = SafeFileName(file_name);
-  const std::string simple = std::string(attribute) + '=' + Quoted(name);
-  const bool fits = platform::IsAscii(name) && simple.size() + 2 <= kLongestLine;
-  // The true name goes first: some readers take whichever form they meet first.
-  if (!fits) AppendExtended(out, attribute, name);
-  AppendLine(out, fits ? simple : std::string(attribute) + '=' + Quoted(AsciiFileName(name)));
+  if (StandsAsItIs(name)) {
+    AppendLine(out, std::string(attribute) + '=' + Quoted(name));
+  } else {
+    AppendExtended(out, attribute, name);
+  }
 }
 
 void AppendNameParameter(std::string& out, std::string_view file_name) {
   const std::string name = SafeFileName(file_name);
-  if (!NeedsEncodedWord(name) && name.size() <= 60) {
+  if (StandsAsItIs(name)) {
     AppendLine(out, "name=" + Quoted(name));
     return;
   }

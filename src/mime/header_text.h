@@ -48,8 +48,10 @@ std::string SafeFileName(std::string_view utf8);
 // The same in ASCII, for readers that know no better: "_" for each foreign character, shortened before its extension.
 std::string AsciiFileName(std::string_view utf8);
 
-// Goes on with a Content-Disposition: `;` CRLF ` filename="..."`, and for names that ASCII cannot hold or that are too
-// long for a line the RFC 2231 form beside a plain stand-in. No CRLF at the end. The value passes SafeFileName.
+// Goes on with a Content-Disposition: `;` CRLF ` filename="..."`, or the RFC 2231 form for names that ASCII cannot hold
+// or that read like encoded words. No stand-in is beside that: many readers would show it in place of the name, and
+// those that do not know the form take the name of AppendNameParameter. No CRLF at the end. The value passes
+// SafeFileName.
 void AppendParameter(std::string& out, std::string_view attribute, std::string_view file_name);
 
 // Goes on with a Content-Type: `;` CRLF ` name="..."`, with encoded words between the quotes where ASCII is not enough:

@@ -186,4 +186,12 @@ std::size_t HtmlTokenizer::ReadAttribute(std::size_t at, HtmlToken& token) const
   return at;
 }
 
+std::string_view ConditionalContent(std::string_view comment) {
+  if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
+  const std::size_t begin = comment.find("]>");
+  if (begin == std::string_view::npos) return {};
+  const std::size_t end = std::min(comment.rfind("<!["), comment.rfind("--"));
+  return end > begin + 2 ? comment.substr(begin + 2, end - begin - 2) : std::string_view();
+}
+
 }  // namespace quillcast::mime

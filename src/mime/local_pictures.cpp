@@ -47,15 +47,6 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
-// What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
-std::string_view ConditionalContent(std::string_view comment) {
-  if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
-  const std::size_t begin = comment.find("]>");
-  if (begin == std::string_view::npos) return {};
-  const std::size_t end = std::min(comment.rfind("<!["), comment.rfind("--"));
-  return end > begin + 2 ? comment.substr(begin + 2, end - begin - 2) : std::string_view();
-}
-
 class Finder {
  public:
   std::vector<PictureReference> Run(std::string_view html) && {

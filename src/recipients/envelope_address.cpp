@@ -3,16 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdint>
 
+#include "platform/address_limits.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace quillcast::recipients {
 namespace {
 
-constexpr std::string_view kAroundWord = " \t\r\n,;\"'()<>";
+constexpr std::string_view kAroundWord = " ,;\"'()<>";
 
-// A control character counts as part of the word, so that it is refused and not a separator that hides it.
 bool EndsWord(char c) { return c == ' ' || c == ',' || c == ';' || c == '"' || c == '(' || c == ')'; }
 
 std::string_view TrimAround(std::string_view text) {
@@ -39,21 +39,38 @@ std::string_view WordRoundAt(std::string_view text) {
   return TrimAround(text.substr(begin, end - begin));
 }
 
-bool IsForbidden(char c) {
-  const auto byte = static_cast<std::uint8_t>(c);
-  return byte <= 0x20 || byte == 0x7F || c == '<' || c == '>';
+bool IsForbidden(char c) { return c == ' ' || c == '<' || c == '>'; }
+
+// C0, DEL, and C1 as UTF-8 writes them. Whoever typed an address typed none of them: it was cut out of something else.
+bool HoldsControl(std::string_view text) {
+  while (!text.empty()) {
+    const auto [code, length] = platform::DecodeUtf8(text);
+    if (code < 0x20 || (code >= 0x7F && code < 0xA0)) return true;
+    text.remove_prefix(length);
+  }
+  return false;
+}
+
+Error NoAddress(std::string_view stored, const char* why) {
+  return {Failure::kBadData, fmt::format("\"{}\" {}", platform::Printable(stored, 200), why),
+          "Correct the recipient's address."};
 }
 
 }  // namespace
 
 Result<std::string> EnvelopeAddress(std::string_view stored) {
+  if (HoldsControl(stored)) return NoAddress(stored, "holds a control character, so it is no address to send to.");
   const std::string_view bracketed = InAngleBrackets(stored);
   const std::string_view address = bracketed.empty() ? WordRoundAt(stored) : bracketed;
   const auto at = address.rfind('@');
   const bool has_both_parts = at != std::string_view::npos && at > 0 && at + 1 < address.size();
-  if (has_both_parts && std::none_of(address.begin(), address.end(), IsForbidden)) return std::string(address);
-  return Error{Failure::kBadData, fmt::format("\"{}\" holds no address to send to.", platform::Printable(stored, 200)),
-               "Correct the recipient's address."};
+  if (!has_both_parts || std::any_of(address.begin(), address.end(), IsForbidden)) {
+    return NoAddress(stored, "holds no address to send to.");
+  }
+  if (platform::AddressIsTooLong(address)) {
+    return NoAddress(stored, "is too long to send to: an address has at most 254 octets, and 64 before its \"@\".");
+  }
+  return std::string(address);
 }
 
 }  // namespace quillcast::recipients

@@ -7,8 +7,30 @@
 #include "mime/quoted_printable.h"
 #include "mime/uuencode.h"
 #include "platform/base64.h"
+#include "platform/utf8.h"
 
 namespace quillcast::sending {
+
+// Looks at a file piece by piece, however it is cut.
+class Utf8Look {
+ public:
+  void Look(std::string_view bytes) {
+    if (!fits_) return;
+    std::string joined;
+    if (!open_.empty()) bytes = joined = open_ + std::string(bytes);
+    const auto whole = bytes.substr(0, bytes.size() - platform::IncompleteUtf8Tail(bytes));
+    fits_ = platform::IsUtf8(whole) && whole.find_first_of(kNoText) == std::string_view::npos;
+    open_ = bytes.substr(whole.size());
+  }
+  bool Holds() const { return fits_ && open_.empty(); }
+
+ private:
+  static constexpr std::string_view kNoText{"\0\x0E\x0F\x1B", 4};  // NUL, SO, SI, ESC
+
+  bool fits_ = true;
+  std::string open_;  // the beginning of a character
+};
+
 namespace {
 
 constexpr std::size_t kFileBlock = 57UL * 4096;  // whole lines of base64
@@ -40,10 +62,12 @@ std::optional<FileTrouble> ReadThrough(int fd, const std::filesystem::path& file
 }  // namespace
 
 template <typename Encoder>
-std::optional<FileTrouble> EncodedFiles::Encode(int fd, const std::filesystem::path& file, Encoder& encoder) {
+std::optional<FileTrouble> EncodedFiles::Encode(int fd, const std::filesystem::path& file, Encoder& encoder,
+                                                Utf8Look& utf8) {
   std::string encoded;
   return ReadThrough(fd, file, [&](std::string_view block) -> Result<bool> {
     encoded.clear();
+    utf8.Look(block);
     if (block.empty()) {
       encoder.Finish(encoded);
     } else {
@@ -60,10 +84,11 @@ std::optional<FileTrouble> EncodedFiles::Add(int fd, const std::filesystem::path
   std::optional<FileTrouble> trouble;
   if (wanted == TransferEncoding::kNone) {
     WireText look;
-    trouble = TakeAsItStands(fd, file, look);
+    Utf8Look utf8;
+    trouble = TakeAsItStands(fd, file, look, utf8);
     if (trouble) return trouble;
     if (look.Fits()) {
-      Added(begin, look.eight_bit() ? WireForm::kEightBit : WireForm::kSevenBit);
+      Added(begin, look.eight_bit() ? WireForm::kEightBit : WireForm::kSevenBit, utf8.Holds());
       return {};
     }
     const auto cut = bytes_.CutBack(begin);
@@ -71,21 +96,24 @@ std::optional<FileTrouble> EncodedFiles::Add(int fd, const std::filesystem::path
     if (::lseek(fd, 0, SEEK_SET) != 0) return NotRead(platform::SystemError("read", file, errno));
   }
   const bool quoted = wanted == TransferEncoding::kQuotedPrintable;
+  Utf8Look utf8;
   if (quoted) {
     mime::QuotedPrintableFileEncoder encoder;
-    trouble = Encode(fd, file, encoder);
+    trouble = Encode(fd, file, encoder, utf8);
   } else {
     platform::Base64LineEncoder encoder;
-    trouble = Encode(fd, file, encoder);
+    trouble = Encode(fd, file, encoder, utf8);
   }
-  if (!trouble) Added(begin, quoted ? WireForm::kQuotedPrintable : WireForm::kBase64);
+  if (!trouble) Added(begin, quoted ? WireForm::kQuotedPrintable : WireForm::kBase64, utf8.Holds());
   return trouble;
 }
 
 // Stops reading where the file turns out to be no such text.
-std::optional<FileTrouble> EncodedFiles::TakeAsItStands(int fd, const std::filesystem::path& file, WireText& look) {
+std::optional<FileTrouble> EncodedFiles::TakeAsItStands(int fd, const std::filesystem::path& file, WireText& look,
+                                                        Utf8Look& utf8) {
   return ReadThrough(fd, file, [&](std::string_view block) -> Result<bool> {
     look.Look(block);
+    utf8.Look(block);
     if (!look.may_fit()) return false;
     const auto kept = bytes_.Append(block);
     if (!kept) return kept.error();
@@ -100,8 +128,9 @@ std::optional<FileTrouble> EncodedFiles::AddUuencoded(int fd, const std::filesys
   encoder.Begin(file.filename().string(), first);
   const auto begun = bytes_.Append(first);
   if (!begun) return NotRead(begun.error());
-  auto trouble = Encode(fd, file, encoder);
-  if (!trouble) Added(begin, WireForm::kSevenBit);
+  Utf8Look utf8;
+  auto trouble = Encode(fd, file, encoder, utf8);
+  if (!trouble) Added(begin, WireForm::kSevenBit, utf8.Holds());
   return trouble;
 }
 
@@ -135,7 +164,7 @@ Result<std::size_t> EncodedFiles::InForm(std::size_t file, WireForm form) {
     if (!kept) return kept.error();
     if (ended) break;
   }
-  Added(begin, form);
+  Added(begin, form, files_[file].holds_utf8);
   return files_[file].other_form = files_.size() - 1;
 }
 

@@ -21,6 +21,8 @@ struct FileTrouble {
   Error error;
 };
 
+class Utf8Look;
+
 // Files are read block by block, while they are added: what becomes of them later is no matter. Numbers count them from
 // 0 in the order in which they were added.
 class EncodedFiles {
@@ -36,6 +38,9 @@ class EncodedFiles {
   std::size_t count() const { return files_.size(); }
   WireForm FormOf(std::size_t file) const { return files_[file].form; }
   std::uint64_t SizeOf(std::size_t file) const { return files_[file].size; }
+  // Whether all of it is text in UTF-8, which ASCII is too. No text, for this, is what holds NUL, or the bytes by which
+  // sets of seven bits shift.
+  bool HoldsUtf8(std::size_t file) const { return files_[file].holds_utf8; }
   // The bytes of a file from `offset` on, as many as are at hand; empty at its end. The view holds while files and
   // forms are added.
   Result<std::string_view> ReadAt(std::size_t file, std::uint64_t offset, std::string& buffer) const;
@@ -49,12 +54,15 @@ class EncodedFiles {
     std::uint64_t begin;
     std::uint64_t size;
     WireForm form;
+    bool holds_utf8 = false;
     std::size_t other_form = 0;  // its number; 0, which is never a second form, for none
   };
-  void Added(std::uint64_t begin, WireForm form) { files_.push_back({begin, bytes_.size() - begin, form}); }
-  std::optional<FileTrouble> TakeAsItStands(int fd, const std::filesystem::path& file, WireText& look);
+  void Added(std::uint64_t begin, WireForm form, bool holds_utf8) {
+    files_.push_back({begin, bytes_.size() - begin, form, holds_utf8});
+  }
+  std::optional<FileTrouble> TakeAsItStands(int fd, const std::filesystem::path& file, WireText& look, Utf8Look& utf8);
   template <typename Encoder>
-  std::optional<FileTrouble> Encode(int fd, const std::filesystem::path& file, Encoder& encoder);
+  std::optional<FileTrouble> Encode(int fd, const std::filesystem::path& file, Encoder& encoder, Utf8Look& utf8);
 
   ScratchBytes bytes_;
   std::vector<File> files_;

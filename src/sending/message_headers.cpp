@@ -11,16 +11,17 @@ namespace {
 
 constexpr std::size_t kLongestSubject = std::size_t{1024} * 1024;
 
-std::string_view PriorityValue(compose::Priority priority) {
+// None for a normal message, which is what readers take one for: filters count a field that says so against it.
+std::string_view PriorityField(compose::Priority priority) {
   switch (priority) {
     case compose::Priority::kLow:
-      return "5";
+      return "X-Priority: 5\r\n";
     case compose::Priority::kNormal:
-      return "3";
+      break;
     case compose::Priority::kHigh:
-      return "1";
+      return "X-Priority: 1\r\n";
   }
-  return "3";
+  return "";
 }
 
 // UTF-8 where the account's set cannot hold the text.
@@ -43,7 +44,7 @@ MessageHeaders::MessageHeaders(const compose::MessageDocument& document, Message
   id_domain_ = sender.substr(sender.rfind('@') + 1);
   mime::AppendMailbox(from_, "From", options_.sender_name, sender, CharsetFor(options_.sender_name, options_.charset),
                       options_.header_encoding);
-  others_ = fmt::format("X-Mailer: {}\r\nX-Priority: {}\r\n", MailerName(), PriorityValue(document.priority));
+  others_ = fmt::format("X-Mailer: {}\r\n{}", MailerName(), PriorityField(document.priority));
   if (document.read_receipt) {
     mime::AppendMailbox(others_, "Disposition-Notification-To", "", sender, options_.charset, options_.header_encoding);
   }

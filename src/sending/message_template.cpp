@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "mime/header_text.h"
+#include "mime/html_style_escapes.h"
 #include "mime/media_type.h"
 #include "sending/boundary_prefix.h"
 
@@ -23,6 +24,13 @@ Result<std::string> MediaTypeOfFile(int fd, const fs::path& file) {
   return std::string(mime::MediaTypeOf(file.filename().string(), std::string_view(start, *got)));
 }
 
+// A text without a set counts as ASCII, and most readers take it for one of their own: so one whose set nothing tells
+// is only a file.
+std::string WithCharset(std::string_view media_type, bool holds_utf8) {
+  if (!media_type.starts_with("text/")) return std::string(media_type);
+  return holds_utf8 ? std::string(media_type) + "; charset=utf-8" : "application/octet-stream";
+}
+
 }  // namespace
 
 MessageTemplate::MessageTemplate(const compose::MessageDocument& document, MessageOptions options,
@@ -36,8 +44,9 @@ MessageTemplate::MessageTemplate(const compose::MessageDocument& document, Messa
   RelatedPictures related;
   if (document.format == compose::Format::kHtml && !options_.is_bare) {
     related = TakePictures(document.html, document.base_folder, headers_.ContentIdSuffix());
-    html_ = TextPart{TextPartHeaders("html", options_.charset),
-                     MergedBody(ForMerging(related.html), StyleOf(options_.charset, true))};
+    html_ = TextPart{
+        TextPartHeaders("html", options_.charset),
+        MergedBody(mime::EscapeInStyles(ForMerging(related.html), options_.charset), StyleOf(options_.charset, true))};
   }
   if (!html_ || options_.text_part) CompileText(ForMerging(document.PlainText()));
   picture_troubles_ = std::move(related.troubles);
@@ -128,7 +137,8 @@ void MessageTemplate::AddAttachment(const fs::path& file) {
     media_type = *std::move(type);
     return files_.Add(fd, file, options_.attachment_encoding);
   });
-  if (!trouble_) AddFilePart(media_type, "attachment", file, {});
+  if (trouble_) return;
+  AddFilePart(WithCharset(media_type, files_.HoldsUtf8(file_parts_.size())), "attachment", file, {});
 }
 
 void MessageTemplate::AddFilePart(std::string_view media_type, std::string_view disposition, const fs::path& file,

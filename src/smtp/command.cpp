@@ -6,6 +6,7 @@
 #include <array>
 
 #include "net/idna.h"
+#include "platform/address_limits.h"
 #include "platform/utf8.h"
 
 namespace quillcast::smtp {
@@ -38,11 +39,8 @@ bool NeedsUtf8(std::string_view address) { return !platform::IsAscii(address.sub
 
 std::optional<Outcome> Cannot(ResultCode code, const char* reason) { return Outcome{State::kFailed, code, {}, reason}; }
 
-std::optional<Outcome> FitAddress(std::string& address, const Capabilities& capabilities, ResultCode code) {
-  if (BreaksCommand(address)) {
-    return Cannot(code, "The address holds a blank, an angle bracket or a control character, so it was not sent.");
-  }
-  if (platform::IsAscii(address)) return {};
+// Of an address that is not ASCII.
+std::optional<Outcome> FitLetters(std::string& address, const Capabilities& capabilities, ResultCode code) {
   if (!platform::IsUtf8(address)) return Cannot(code, "The address is not UTF-8, so it was not sent.");
   std::string ascii_domain = net::WithAsciiDomain(address);
   if (!platform::IsAscii(ascii_domain.substr(ascii_domain.rfind('@') + 1))) {
@@ -56,6 +54,17 @@ std::optional<Outcome> FitAddress(std::string& address, const Capabilities& capa
                   "addresses (SMTPUTF8), so it was not sent.");
   }
   return {};
+}
+
+std::optional<Outcome> FitAddress(std::string& address, const Capabilities& capabilities, ResultCode code) {
+  if (BreaksCommand(address)) {
+    return Cannot(code, "The address holds a blank, an angle bracket or a control character, so it was not sent.");
+  }
+  if (!platform::IsAscii(address)) {
+    if (auto bad = FitLetters(address, capabilities, code)) return bad;
+  }
+  if (!platform::AddressIsTooLong(address)) return {};  // A-labels are longer than what was typed
+  return Cannot(code, "The address has more than 254 octets, or more than 64 before its \"@\", so it was not sent.");
 }
 
 std::optional<Outcome> Refuse(std::string reason) {

@@ -92,12 +92,13 @@ TEST(HeaderText, WritesFileNames) {
       {"a b.pdf", ";\r\n filename=\"a b.pdf\"", ";\r\n name=\"a b.pdf\""},
       {"../x\"\r\ny", ";\r\n filename=\"..x\\\"y\"", ";\r\n name=\"..x\\\"y\""},
       {"/", ";\r\n filename=\"attachment\"", ";\r\n name=\"attachment\""},
-      {"\u00FC 1.txt", ";\r\n filename*=utf-8''%C3%BC%201.txt;\r\n filename=\"_ 1.txt\"",
-       ";\r\n name=\"=?utf-8?B?w7wgMS50eHQ=?=\""},
-      {std::string(90, 'n') + ".pdf",
-       ";\r\n filename*0*=utf-8''" + std::string(57, 'n') + ";\r\n filename*1*=" + std::string(33, 'n') +
-           ".pdf;\r\n filename=\"" + std::string(46, 'n') + ".pdf\"",
-       ";\r\n name=\"=?utf-8?Q?" + std::string(56, 'n') + "?=\r\n =?utf-8?Q?" + std::string(34, 'n') + "=2Epdf?=\""},
+      {"\u00FC 1.txt", ";\r\n filename*=utf-8''%C3%BC%201.txt", ";\r\n name=\"=?utf-8?B?w7wgMS50eHQ=?=\""},
+      {std::string(250, 'n') + ".pdf", ";\r\n filename=\"" + std::string(250, 'n') + ".pdf\"",
+       ";\r\n name=\"" + std::string(250, 'n') + ".pdf\""},
+      {"=?x?.txt", ";\r\n filename*=utf-8''%3D%3Fx%3F.txt", ";\r\n name=\"=?utf-8?B?PT94Py50eHQ=?=\""},
+      {std::string(90, 'n') + "\u00FC",
+       ";\r\n filename*0*=utf-8''" + std::string(57, 'n') + ";\r\n filename*1*=" + std::string(33, 'n') + "%C3%BC",
+       ";\r\n name=\"=?utf-8?Q?" + std::string(56, 'n') + "?=\r\n =?utf-8?Q?" + std::string(34, 'n') + "=C3=BC?=\""},
   };
   for (const Case& c : cases) {
     std::string out;

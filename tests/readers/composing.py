@@ -16,6 +16,7 @@ REMOTE = "https://example.org/remote.png"
 CONTENTS = {
     "crlf": b"one\r\ntwo  \r\n\r\n.three\r\n", "lf": b"one\ntwo\r three\n", "binary": bytes(range(256)) * 9, "empty": b"",
     "dots": b"\r\n.\r\n..\r\nFrom me\r\n", "long": b"x;" * 700 + b"\r\ny\r\n", "no_end": b"no line end at the end",
+    "latin": b"caf\xe9\r\n",
 }
 
 

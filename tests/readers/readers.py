@@ -28,10 +28,16 @@ def mailbox(message, field):
         return [None, found[0][1], len(found)]
 
 
+def file_name(part):
+    """By both policies, which choose among parameters in ways of their own; by the older one as its users decode it."""
+    newer, older = part.get_filename(), email.message_from_bytes(part.as_bytes()).get_filename()
+    return newer if older is None or words(older) == newer else f"{newer} or {older}"
+
+
 def python_part(part):
     octets = part.get_payload(decode=True)
     row = {"type": part.get_content_type(), "charset": part.get_param("charset"), "sha256": hashlib.sha256(octets).hexdigest(),
-           "disposition": part.get_content_disposition(), "file_name": part.get_filename(),
+           "disposition": part.get_content_disposition(), "file_name": file_name(part),
            "content_id": part["Content-ID"] and part["Content-ID"].strip("<>")}
     if row["type"].startswith("text/") and not row["disposition"]:
         row["octets"] = base64.b64encode(octets).decode()

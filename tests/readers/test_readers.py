@@ -91,6 +91,15 @@ def check_parts(whole, row, wanted):
     attached = [leaf for leaf in leaves if (leaf.field("content-disposition") or "").startswith("attachment")]
     for leaf, content in zip(attached, row.attachments.values()):
         check_choice(leaf, row["attachment"], wire.travels(content, row["offer"] == "all"))
+        check_set(leaf, content)
+
+
+def check_set(entity, content):
+    """A text that is attached says what it is written in, and that is true."""
+    if entity.type.startswith("text/"):
+        content.decode({"utf-8": "utf-8"}[entity.charset()])
+    else:
+        assert entity.charset() is None, f"a set for {entity.type}"
 
 
 def check_choice(entity, chosen, fits):

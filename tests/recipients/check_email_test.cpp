@@ -95,6 +95,8 @@ TEST(EnvelopeAddress, IsTakenOutOfWhatIsStored) {
     std::string stored;
     const char* address;  // nullptr: refused
   };
+  const std::string longest_name(64, 'n');
+  const std::string longest = longest_name + "@" + std::string(181, 'd') + ".example";  // 254 octets
   for (const Case& c : std::initializer_list<Case>{{"ada@example.org", "ada@example.org"},
                                                    {"Ada <ada@example.org>", "ada@example.org"},
                                                    {"\"a@b\" < ada@example.org >", "ada@example.org"},
@@ -111,7 +113,15 @@ TEST(EnvelopeAddress, IsTakenOutOfWhatIsStored) {
                                                    {"Ada <ada lovelace@example.org>", nullptr},
                                                    {"a@x.org\r\nRCPT", nullptr},
                                                    {std::string("a\0b@x.org", 9), nullptr},
-                                                   {"<a@x.org>\r\n<b@x.org\r\n>", "b@x.org"},
+                                                   {"<a@x.org>\r\n<b@x.org\r\n>", nullptr},
+                                                   {"Ada\x01 <a@x.org>", nullptr},
+                                                   {"a@x.org\t", nullptr},
+                                                   {"\na@x.org", nullptr},
+                                                   {"a@x.org\xC2\x85", nullptr},
+                                                   {longest, longest.c_str()},
+                                                   {"n" + longest, nullptr},
+                                                   {longest + "e", nullptr},
+                                                   {"<" + longest_name + "n@x.org>", nullptr},
                                                    {"<a@x.org\x7F>", nullptr}}) {
     const auto address = EnvelopeAddress(c.stored);
     EXPECT_EQ(address ? *address : "refused", c.address == nullptr ? "refused" : c.address) << c.stored;

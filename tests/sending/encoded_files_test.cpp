@@ -46,6 +46,7 @@ TEST(EncodedFiles, ComeBackByteForByte) {
   struct Case {
     std::string content;
     WireForm as_it_stands;  // what kNone makes of it
+    bool holds_utf8 = true;
   };
   std::string all_bytes;
   for (int byte = 0; byte < 256; ++byte) all_bytes += static_cast<char>(byte);
@@ -57,15 +58,20 @@ TEST(EncodedFiles, ComeBackByteForByte) {
       {std::string(57, '.'), WireForm::kSevenBit},
       {std::string(58, ' '), WireForm::kSevenBit},
       {"a\r\n\r\n", WireForm::kSevenBit},
-      {"caf\xE9\r\n", WireForm::kEightBit},
+      {"caf\xE9\r\n", WireForm::kEightBit, false},
+      {"caf\u00E9\r\n", WireForm::kEightBit},
+      {"caf\xC3", WireForm::kEightBit, false},
+      {"\x1B$B8l\x1B(B\r\n", WireForm::kSevenBit, false},
+      {std::string("a\0", 2), WireForm::kBase64, false},
+      {"." + Repeated("\u20AC\r\n", 700'000), WireForm::kEightBit},  // characters that are cut between two blocks
       {"a\n", WireForm::kBase64},
       {"a\r", WireForm::kBase64},
       {"From me\r\n", WireForm::kBase64},
-      {all_bytes, WireForm::kBase64},
+      {all_bytes, WireForm::kBase64, false},
       {large_text, WireForm::kSevenBit},
-      {large_text + "\xFF\r\n", WireForm::kEightBit},
+      {large_text + "\xFF\r\n", WireForm::kEightBit, false},
       {large_text + "\n", WireForm::kBase64},  // found out after a part of it was kept
-      {Repeated(all_bytes, 1'500'000), WireForm::kBase64},
+      {Repeated(all_bytes, 1'500'000), WireForm::kBase64, false},
       {"small, behind what went to the scratch file\r\n", WireForm::kSevenBit},
   };
   const test::TemporaryFolder folder;
@@ -85,6 +91,7 @@ TEST(EncodedFiles, ComeBackByteForByte) {
                             : encoding == kBase64 ? WireForm::kBase64
                                                   : WireForm::kQuotedPrintable;
     ASSERT_EQ(files.FormOf(file), wanted) << file;
+    ASSERT_EQ(files.HoldsUtf8(file), c.holds_utf8) << file;
     ASSERT_TRUE(Decoded(Bytes(files, file), wanted) == c.content) << file;
     if (wanted != WireForm::kEightBit) continue;
     const auto other = files.InForm(file, WireForm::kBase64);

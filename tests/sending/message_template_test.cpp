@@ -66,7 +66,7 @@ class Messages : public ::testing::Test {
   // What MIME and the body say, with "\n" line ends and the boundaries called B1, B2 in their order.
   static std::string Shown(std::string wire) {
     EXPECT_TRUE(wire.ends_with("\r\n"));
-    const std::string last_header = "X-Priority: 3\r\n";
+    const std::string last_header = "X-Mailer: Tarnwick Quillcast Classic 1.0\r\n";
     wire.erase(0, wire.find(last_header) + last_header.size());
     int number = 0;
     for (const auto& boundary : Boundaries(wire)) {
@@ -99,6 +99,7 @@ TEST_F(Messages, AreWhatTheAccountSays) {
   const std::string lines = File("lines.txt", "one\r\n.two \r\n");
   const std::string sums = File("sums.txt", "1=1\r\n");
   const std::string cafe = File("cafe.txt", "caf\xC3\xA9\r\n");
+  const std::string latin = File("latin.csv", "caf\xE9\r\n");
   const std::string unix_lines = File("unix.txt", "a\nb");
   const std::string mail = File("mail.eml", "Subject: x\n\n");
   const auto text = [](TransferEncoding encoding) {
@@ -128,7 +129,7 @@ TEST_F(Messages, AreWhatTheAccountSays) {
   const std::string mime = "MIME-Version: 1.0\n";
   // A text and one attachment; `label` is that of the multipart.
   const auto with_file = [&](const std::string& name, const std::string& encoding, const std::string& body,
-                             const std::string& type = "text/plain", const std::string& label = "") {
+                             const std::string& type = "text/plain; charset=utf-8", const std::string& label = "") {
     return mime + "Content-Type: multipart/mixed;\n boundary=\"B1\"\n" + label + "\n--B1\n" +
            part("quoted-printable", "Dear=20Bob") + "\n--B1\nContent-Type: " + type + ";\n name=\"" + name +
            "\"\nContent-Transfer-Encoding: " + encoding + "\nContent-Disposition: attachment;\n filename=\"" + name +
@@ -170,15 +171,25 @@ TEST_F(Messages, AreWhatTheAccountSays) {
        page("", part("quoted-printable", "J=C3=BCrgen =E2=82=AC"),
             part("quoted-printable", "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>", "text/html",
                  "iso-8859-1"))},
+      {"HTML whose style holds what the set lacks",
+       [](Letter& l) {
+         l.document.html = "<style>q{content:'\u20AC'}</style>\u20AC";
+         l.options.body_encoding = kNone;
+         l.options.text_part = false;
+         l.options.charset = *mime::FindCharset("us-ascii");
+       },
+       "Bob", mime + part("7bit", "<style>q{content:'\\20AC '}</style>&#8364;", "text/html", "us-ascii"), ""},
       {"attachment, base64", attach(lines, kBase64), "Bob", with_file("lines.txt", "base64", "b25lDQoudHdvIA0K"), ""},
       {"attachment, quoted-printable", attach(sums, kQuotedPrintable), "Bob",
        with_file("sums.txt", "quoted-printable", "1=3D1=0D=0A"), ""},
       {"attachment as it stands", attach(lines, kNone), "Bob", with_file("lines.txt", "7bit", "one\n.two \n"), ""},
       {"attachment with octets above 127", attach(cafe, kNone), "Bob",
-       with_file("cafe.txt", "8bit", "caf\xC3\xA9\n", "text/plain", eight_bit),
+       with_file("cafe.txt", "8bit", "caf\xC3\xA9\n", "text/plain; charset=utf-8", eight_bit),
        with_file("cafe.txt", "base64", "Y2Fmw6kNCg==\n")},
       {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
        with_file("unix.txt", "base64", "YQpi"), ""},
+      {"a text in no set that could be known", attach(latin, kBase64), "Bob",
+       with_file("latin.csv", "base64", "Y2Fm6Q0K", "application/octet-stream"), ""},
       {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
        with_file("mail.eml", "base64", "U3ViamVjdDogeAoK", "application/octet-stream"), ""},
       {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
@@ -216,6 +227,18 @@ TEST_F(Messages, AreWhatTheAccountSays) {
     }
     message_.Rewind();
     EXPECT_EQ(Wire(), wire) << "the first form is there again";
+  }
+}
+
+TEST_F(Messages, NameAPriorityWhereItIsNotNormal) {
+  using enum compose::Priority;
+  for (const auto& [priority, field] :
+       {std::pair{kLow, "X-Priority: 5\r\n"}, {kNormal, ""}, {kHigh, "X-Priority: 1\r\n"}}) {
+    Letter letter = Plain("x");
+    letter.document.priority = priority;
+    Compile(letter);
+    Render("");
+    EXPECT_NE(Wire().find(std::string("Classic 1.0\r\n") + field + "MIME-Version"), std::string::npos) << field;
   }
 }
 

@@ -123,12 +123,17 @@ TEST(ClientEnvelope, RefusesAddressesThatTheServerCannotTake) {
     const char* why;
   };
   using enum ResultCode;
+  const std::string long_name = std::string(65, 'x') + "@y.z";
+  std::string long_in_ascii = std::string(64, 'x') + "@z";  // 196 octets as it is written, 256 as the network has it
+  for (int label = 0; label < 10; ++label) long_in_ascii += ".m\u00FCnchenland";
   for (const Case& c :
        std::initializer_list<Case>{{"8BITMIME", "a@b.c", "j\u00FCrgen@y.z", kRecipientRefused, "SMTPUTF8"},
                                    {"8BITMIME", "\u00E5@b.c", "x@y.z", kSenderRefused, "SMTPUTF8"},
                                    {"SMTPUTF8", "a@b.c", "j\u00FC@\u00FC..z", kRecipientRefused, "domain"},
                                    {"SMTPUTF8", "a@\u05D0a.c", "x@y.z", kSenderRefused, "domain"},
-                                   {"SMTPUTF8", "a@b.c", "j\xFC@y.z", kRecipientRefused, "not sent"}}) {
+                                   {"SMTPUTF8", "a@b.c", "j\xFC@y.z", kRecipientRefused, "not sent"},
+                                   {"SMTPUTF8", "a@b.c", long_name.c_str(), kRecipientRefused, "64"},
+                                   {"SMTPUTF8", "a@b.c", long_in_ascii.c_str(), kRecipientRefused, "254"}}) {
     SCOPED_TRACE(std::string(c.sender) + " " + c.recipient);
     TextSource message("x\r\n");
     Told told;

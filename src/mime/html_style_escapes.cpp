@@ -1,0 +1,85 @@
+#include "mime/html_style_escapes.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+
+#include "mime/html_tokenizer.h"
+#include "platform/utf8.h"
+
+namespace quillcast::mime {
+namespace {
+
+class StyleEscaper {
+ public:
+  StyleEscaper(std::string_view html, const Charset& charset) : html_(html), charset_(charset) {}
+
+  std::string Run() && {
+    LookAt(html_, true);
+    out_ += html_.substr(done_);
+    return std::move(out_);
+  }
+
+ private:
+  // Conditional comments do not nest.
+  void LookAt(std::string_view part, bool look_into_comments) {
+    HtmlTokenizer tokenizer(part);
+    HtmlToken token;
+    bool in_style = false;
+    while (tokenizer.Next(token)) {
+      const std::string_view source = tokenizer.Source(token);
+      if (token.kind == HtmlTokenKind::kRawText && in_style) Escape(source, true);
+      if (token.kind == HtmlTokenKind::kComment && look_into_comments) LookAt(ConditionalContent(source), false);
+      in_style = token.kind == HtmlTokenKind::kStartTag && token.name == "style";
+      if (token.kind != HtmlTokenKind::kStartTag) continue;
+      if (const auto* style = tokenizer.Find(token, "style")) {
+        const std::string_view before = part.substr(0, style->value_begin);
+        Escape(tokenizer.RawValue(*style), before.ends_with('"') || before.ends_with("'"));
+      }
+    }
+  }
+
+  // `css` is a part of the page. The blank that ends an escape would end an attribute without quotes; six digits need
+  // none where no blank of the text can follow.
+  void Escape(std::string_view css, bool may_hold_blanks) {
+    if (platform::IsAscii(css)) return;
+    const auto begin = static_cast<std::size_t>(css.data() - html_.data());
+    out_ += html_.substr(done_, begin - done_);
+    done_ = begin + css.size();
+    bool escaped = false;  // a backslash stands before, and takes the next character
+    while (!css.empty()) {
+      const auto [code, length] = platform::DecodeUtf8(css);
+      const auto letter = css.substr(0, length);
+      css.remove_prefix(length);
+      if (CanHold(letter)) {
+        out_ += letter;
+      } else {
+        if (!escaped) out_ += '\\';
+        const auto number = static_cast<std::uint32_t>(code);
+        out_ += may_hold_blanks ? fmt::format("{:X} ", number) : fmt::format("{:06X}", number);
+      }
+      escaped = letter == "\\" && !escaped;
+    }
+  }
+
+  bool CanHold(std::string_view letter) {
+    if (letter.size() == 1) return true;
+    scratch_.clear();
+    return charset_.Encode(letter, scratch_, nullptr, Unmapped::kFail);
+  }
+
+  std::string_view html_;
+  const Charset& charset_;
+  std::string out_;
+  std::size_t done_ = 0;  // how much of the page is in it
+  std::string scratch_;
+};
+
+}  // namespace
+
+std::string EscapeInStyles(std::string_view html, const Charset& charset) {
+  if (charset.IsUtf8() || platform::IsAscii(html)) return std::string(html);
+  return StyleEscaper(html, charset).Run();
+}
+
+}  // namespace quillcast::mime
