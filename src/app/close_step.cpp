@@ -8,14 +8,19 @@ namespace {
 namespace fs = std::filesystem;
 using platform::Answer;
 
-// Empty when the person cancels on the way.
+// Empty when the person cancels.
 fs::path PickFileToSaveTo(platform::Prompts& prompts) {
-  fs::path file = prompts.PickSaveFile({.title = "Save", .filter = kDocumentFilter, .ask_before_overwriting = true});
-  if (file.empty() || !platform::IsLocked(file)) return file;
-  const Answer unlock = prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?");
-  if (unlock != Answer::kYes) return {};
-  IgnoreErrors(platform::Unlock(file));  // the save tells when it did not help
-  return file;
+  return prompts.PickSaveFile({.title = "Save", .filter = kDocumentFilter, .ask_before_overwriting = true});
+}
+
+// To the file, which may be empty or locked; false when the person cancels on the way.
+Result<bool> SaveInto(EditedDocument& document, const fs::path& file, platform::Prompts& prompts) {
+  if (file.empty()) return false;
+  auto may_write = platform::MayWriteTo(file, prompts);
+  if (!may_write || !*may_write) return may_write;
+  const auto saved = document.SaveTo(file);
+  if (!saved) return saved.error();
+  return true;
 }
 
 void Remove(const fs::path& file) {
@@ -55,16 +60,18 @@ Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& pr
     case Answer::kYes:
       break;
   }
-  const fs::path file = document.FileName().empty() ? PickFileToSaveTo(prompts) : document.FileName();
-  if (file.empty()) return SaveDecision::kStay;
-  const auto saved = document.SaveTo(file);
+  const auto saved = Save(document, prompts);
   if (!saved) return saved.error();
-  return SaveDecision::kGoOn;
+  return *saved ? SaveDecision::kGoOn : SaveDecision::kStay;
 }
 
-Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts) {
-  const fs::path file = PickFileToSaveTo(prompts);
-  return file.empty() ? Result<void>() : document.SaveTo(file);
+Result<bool> Save(EditedDocument& document, platform::Prompts& prompts) {
+  if (document.FileName().empty()) return SaveAs(document, prompts);
+  return SaveInto(document, document.FileName(), prompts);
+}
+
+Result<bool> SaveAs(EditedDocument& document, platform::Prompts& prompts) {
+  return SaveInto(document, PickFileToSaveTo(prompts), prompts);
 }
 
 Result<SaveDecision> AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts) {

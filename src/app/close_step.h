@@ -22,14 +22,16 @@ class EditedDocument {
 
 enum class SaveDecision { kGoOn, kStay };
 
-// Asks whether to save where there are unsaved changes, and saves: to the current file, or to one that is picked, after
-// the question about a locked file. kStay when the person cancels on the way. After a save that fails the document
-// stays too: the changes would be lost otherwise.
-Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts);
+// Saves to the current file, or for a new document to one that is picked, after the question about a locked file. False
+// when the person cancels on the way: nothing is saved then.
+Result<bool> Save(EditedDocument& document, platform::Prompts& prompts);
 
-// Asks for a file, unlocks it where the person allows, and saves there. Cancelling on the way is no failure: nothing is
-// saved then.
-Result<void> SaveAs(EditedDocument& document, platform::Prompts& prompts);
+// The same to a file that is picked in any case.
+Result<bool> SaveAs(EditedDocument& document, platform::Prompts& prompts);
+
+// Asks whether to save where there are unsaved changes, and saves. kStay when the person cancels on the way. After a
+// save that fails the document stays too: the changes would be lost otherwise.
+Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts);
 
 // The same as OfferToSave unless the program closes itself for a shutdown after sending.
 Result<SaveDecision> AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);

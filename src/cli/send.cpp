@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/document_options.h"
 #include "cli/send_steps.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "sending/pre_flight.h"
 #include "sending/sending_run.h"
@@ -148,6 +149,13 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
   sending::RenderedMessage rendered;
   const auto row = RenderRequested(options, mailing, message, rendered);
   if (!row) return context.output.Fail(row.error());
+  const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
+  if (!may_write) return context.output.Fail(may_write.error());
+  if (!*may_write) {
+    return context.output.Fail({Failure::kNotPermitted,
+                                fmt::format("{} is locked and was left as it is.", options.to_file),
+                                "Name another file, or answer yes (--yes does) to have it unlocked."});
+  }
   const auto written = platform::ReplaceFile(std::filesystem::path(options.to_file), [&](int fd) {
     return sending::WriteMessage(rendered, fd, options.to_file);
   });

@@ -77,8 +77,8 @@ Result<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, 
 Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body,
                           platform::Prompts& prompts) {
   if (document.FileName() == preview_body) return {};
-  if (document.FileName().empty()) return app::SaveAs(document, prompts);
-  return document.SaveTo(document.FileName());
+  const auto saved = app::Save(document, prompts);
+  return saved ? Result<void>() : saved.error();
 }
 
 }  // namespace quillcast::compose

@@ -50,8 +50,7 @@ Result<std::string> PickFormat(std::string_view chosen, const app::SettingsStore
 // cancels on the way; an error when the changes could not be saved.
 Result<std::filesystem::path> PickDocumentToOpen(app::EditedDocument& document, platform::Prompts& prompts);
 
-// The Save command: not to the preview file, which is never the person's own; to the current file otherwise, or for a
-// new document to one that is picked.
+// The Save command: app::Save, except to the preview file, which is never the person's own.
 Result<void> SaveDocument(app::EditedDocument& document, const std::filesystem::path& preview_body,
                           platform::Prompts& prompts);
 

@@ -20,4 +20,12 @@ Result<void> Unlock(const fs::path& file) {
   return {};
 }
 
+Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
+  if (!IsLocked(file)) return true;
+  if (prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?") != Answer::kYes) return false;
+  const auto unlocked = Unlock(file);
+  if (!unlocked) return unlocked.error();
+  return true;
+}
+
 }  // namespace quillcast::platform

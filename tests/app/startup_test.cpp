@@ -235,6 +235,15 @@ TEST(CloseStep, AsksBeforeChangesAreLost) {
            {"yes, picked", true, false, "", {Answer::kYes}, {"/b"}, SaveDecision::kGoOn, {"/b"}},
            {"yes, locked, no", true, false, "", {Answer::kYes, Answer::kNo}, {locked}, SaveDecision::kStay, {}},
            {"yes, locked, yes", true, false, "", {Answer::kYes, Answer::kYes}, {locked}, SaveDecision::kGoOn, {locked}},
+           {"yes, its own is locked, no",
+            true,
+            false,
+            locked,
+            {Answer::kYes, Answer::kNo},
+            {},
+            SaveDecision::kStay,
+            {}},
+           {"yes, its own, yes", true, false, locked, {Answer::kYes, Answer::kYes}, {}, SaveDecision::kGoOn, {locked}},
        }) {
     fs::permissions(locked, fs::perms::owner_read);
     FakeDocument document;
@@ -248,6 +257,8 @@ TEST(CloseStep, AsksBeforeChangesAreLost) {
     EXPECT_EQ(!decision, c.current == "/full") << c.name;
     EXPECT_EQ(document.saved, c.saved) << c.name;
     EXPECT_TRUE(prompts.answers.empty()) << c.name;
+    const bool is_writable = (fs::status(locked).permissions() & fs::perms::owner_write) != fs::perms::none;
+    EXPECT_EQ(is_writable, document.saved == std::vector{locked}) << c.name;
   }
 }
 

@@ -62,8 +62,17 @@ class ReadBack(Case):
     def test_one_message_to_a_file_and_the_preview(self):
         self.account(25)
         target = self.folder / "one.eml"
-        self.ok("--yes", "send", "--group", "All", "--subject", "Hi $*MergeFirstName*$", "--body", self.body, "--as",
-                "USER0@example.org ", "--to-file", target)
+        command = ["send", "--group", "All", "--subject", "Hi $*MergeFirstName*$", "--body", self.body, "--as",
+                   "USER0@example.org ", "--to-file", target]
+        self.ok("--yes", *command)
+        self.assertEqual(str(parse(target.read_bytes())["Subject"]), "Hi Ada")
+        target.write_text("mine")
+        target.chmod(0o400)
+        code, _, err = self.run_program(*command)
+        self.assertEqual((code, target.read_text(), target.stat().st_mode & 0o777), (77, "mine", 0o400), err)
+        self.assertIn("The output file is locked.", err)
+        self.assertIn(str(target), err)
+        self.ok("--yes", *command)
         self.assertEqual(str(parse(target.read_bytes())["Subject"]), "Hi Ada")
         self.ok("preview", "--subject", "Hi $*MergeFirstName*$", "--body", self.body)
         preview = parse((self.profile / "Temp" / "Preview.eml").read_bytes())

@@ -122,6 +122,23 @@ TEST(Document, IsNeverSavedOverThePreview) {
   EXPECT_TRUE(prompts.shown.empty());
 }
 
+TEST(Document, IsSavedOverALockedFileOnlyWhereThePersonUnlocksIt) {
+  const test::TemporaryFolder folder;
+  FakeDocument document;
+  document.name = folder.Write("letter.html", "x");
+  std::filesystem::permissions(document.name, std::filesystem::perms::owner_read);
+  test::ScriptedPrompts prompts;
+  prompts.answers = {Answer::kNo, Answer::kYes};
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
+  EXPECT_EQ(prompts.shown,
+            std::vector<std::string>{"ask: The output file is locked.\r\nWould you like to unlock it now?"});
+  EXPECT_TRUE(document.saved.empty());
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
+  EXPECT_EQ(document.saved, std::vector{document.name});
+  ASSERT_TRUE(SaveDocument(document, "/t/Preview.htm", prompts));
+  EXPECT_EQ(prompts.shown.size(), 2U) << "it stays unlocked";
+}
+
 TEST(Document, ANewOneAsksForItsName) {
   FakeDocument document;
   test::ScriptedPrompts prompts;

@@ -149,11 +149,10 @@ void MainForm::Dispatch(int identifier) {
 void MainForm::RunOwn(OwnCommand command) {
   switch (command) {
     case OwnCommand::kNew:
-      if (MayLeaveDocument()) StartNew();
-      return;
+      return NewMessage();
     case OwnCommand::kSaveAs:
       LeaveSource();
-      Tell(SaveAs(*document_, program_.prompts));
+      if (const auto saved = SaveAs(*document_, program_.prompts); !saved) Tell(saved.error());
       return;
     case OwnCommand::kSource:
       return ShowSource(body_->currentWidget() == editor_);
