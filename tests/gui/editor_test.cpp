@@ -227,6 +227,18 @@ class EditorTest : public QObject {
     QVERIFY(editor_->InsertLink("https://example.org/?a=1&b=\"2\"", "<here>"));
     QVERIFY2(Body().contains("<a href=\"https://example.org/?a=1&amp;b=&quot;2&quot;\">&lt;here&gt;</a>"),
              qPrintable(Body()));
+    // With the caret in a link, that link changes: its address alone, or its text too.
+    for (const auto& [text, after] : {std::pair{"", "<p>a <a href=\"https://new.example\"><b>b</b> c</a> d</p>"},
+                                      std::pair{"n", "<p>a&nbsp;<a href=\"https://new.example\">n</a>&nbsp;d</p>"}}) {
+      Load("<p>a <a href=\"https://old.example\"><b>b</b> c</a> d</p>");
+      editor_->Evaluate("getSelection().collapse(document.querySelector('a').lastChild,1)");
+      QCOMPARE(editor_->State().link_text, QString("b c"));
+      QVERIFY(editor_->InsertLink("https://new.example", text));
+      QCOMPARE(Body(), QString(after));
+    }
+    SelectSecondWord();
+    QVERIFY(editor_->InsertLink("https://new.example", "2"));
+    QCOMPARE(Body(), QString("<p>one&nbsp;<a href=\"https://new.example\">2</a>&nbsp;three</p>"));
   }
 
   void mergeTagsAreMarkedBesideTheDocument() {

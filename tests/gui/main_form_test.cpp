@@ -2,6 +2,7 @@
 #include "app/ui/main_form.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
@@ -20,12 +21,26 @@
 #include <memory>
 
 #include "app/ui/command_bar.h"
+#include "app/ui/message_header.h"
 #include "app/ui/preview_form.h"
 #include "compose/ui/html_editor.h"
 #include "gui/form_rig.h"
 #include "platform/file.h"
 
 namespace quillcast::app {
+
+namespace {
+
+// Wants every key for itself, as the page and the text boxes want some, which differ by desktop.
+class Greedy final : public QObject {
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride) event->accept();
+    return event->type() == QEvent::ShortcutOverride;
+  }
+};
+
+}  // namespace
 
 class MainFormTest : public QObject {
   Q_OBJECT
@@ -414,6 +429,66 @@ class MainFormTest : public QObject {
     scene.Editor().setFocus();
     scene.window->Dispatch(12);
     QCOMPARE(scene.Editor().PlainText(), QString("a"));
+  }
+
+  void everyShortcutOfTheMenusWorksWhereverTheCaretIs_data() {
+    QTest::addColumn<QString>("field");
+    for (const char* field : {"Editor", "SubjectTextBox", "FindTextBox", "SourceTextBox", "FromComboBox", "ToComboBox",
+                              "AttachmentComboBox", "SendingMethodComboBox", "PriorityComboBox", "FormatComboBox",
+                              "RRRCheckBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
+      QTest::newRow(field) << field;
+    }
+  }
+  void everyShortcutOfTheMenusWorksWhereverTheCaretIs() {
+    QFETCH(QString, field);
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    if (field == "FindTextBox") scene.window->Dispatch(14);
+    if (field == "SourceTextBox") emit bar->OwnTriggered(OwnCommand::kSource);
+    QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
+    QObject::disconnect(&scene.Editor(), nullptr, bar, nullptr);
+    compose::EditorState everything;
+    everything.can_undo = everything.can_redo = true;
+    everything.link = "x";
+    bar->Show(everything);
+    auto* widget = field == "Editor" ? scene.Editor().InputWidget() : scene.window->findChild<QWidget*>(field);
+    widget->setFocus();
+    Greedy greedy;
+    widget->installEventFilter(&greedy);
+    int pressed = 0;
+    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) {
+      for (QAction* action : menu->actions()) {
+        if (action->shortcut().isEmpty() || action->shortcutContext() == Qt::WidgetShortcut) continue;
+        int heard = 0;
+        const auto watch = connect(action, &QAction::triggered, this, [&heard] { ++heard; });
+        const QKeyCombination keys = action->shortcut()[0];
+        QTest::keyClick(widget, keys.key(), keys.keyboardModifiers());
+        disconnect(watch);
+        QVERIFY2(heard == 1, qPrintable(action->text() + ' ' + action->shortcut().toString()));
+        ++pressed;
+      }
+    }
+    QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aLinkGetsItsSchemeAndItsText() {
+    Scene scene;
+    scene.Open();
+    test::WhileOpen("LinkForm", [](QDialog& form) {
+      auto* ok = form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+      QVERIFY(!ok->isEnabled());  // a scheme alone leads nowhere
+      auto* address = form.findChild<QLineEdit*>("AddressTextBox");
+      address->selectAll();
+      QTest::keyClicks(address, "example.org/papers");
+      QTest::keyClicks(form.findChild<QLineEdit*>("LinkTextBox"), "our papers");
+      QTest::mouseClick(ok, Qt::LeftButton);
+    });
+    scene.window->Dispatch(24);
+    QVERIFY2(scene.Editor().Html().contains("<a href=\"https://example.org/papers\">our papers</a>"),
+             qPrintable(scene.Editor().Html()));
+    scene.window->skip_save_prompt = true;
   }
 
   void theFontDialogStartsFromWhatIsThere() {

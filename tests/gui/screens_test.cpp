@@ -212,6 +212,13 @@ class ScreensTest : public QObject {
     Take(threads, "threads");
     compose::TableForm table(rig.prompts, nullptr);
     Take(table, "table");
+    compose::AttachmentList files;
+    files.Add(rig.folder.Write("price.pdf", "x").string());
+    files.Add("/nowhere/leaflet.pdf");
+    AttachmentsForm attachments(files, nullptr);
+    Take(attachments, "attachments");
+    compose::LinkForm link({}, "our papers", nullptr);
+    Take(link, "link");
     TipsForm tips(rig.settings, nullptr);
     Take(tips, "tips");
     AboutForm about(nullptr);

@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QFontComboBox>
+#include <QKeyEvent>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -156,6 +157,7 @@ CommandBar::CommandBar(QMainWindow* window) : QObject(window), window_(window) {
   toolbar_->setIconSize(QSize(18, 18));
   MakeMenus();
   MakeToolbar();
+  QCoreApplication::instance()->installEventFilter(this);
 }
 
 bool CommandBar::IsOffered(Action action) {
@@ -181,6 +183,27 @@ bool CommandBar::IsOffered(Action action) {
     default:
       return true;
   }
+}
+
+std::string_view CommandBar::LabelOf(int identifier) {
+  const auto* const row = std::find_if(kRows.begin(), kRows.end(),
+                                       [&](const Row& candidate) { return candidate.identifier == identifier; });
+  return identifier == 0 || row == kRows.end() ? "" : row->text;
+}
+
+// What has the focus is asked first whether it wants a key for itself. The page and the text boxes want several that
+// this window's menus show, for editing habits of other systems: there the menus have the word.
+bool CommandBar::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::ShortcutOverride) return false;
+  const auto* const widget = qobject_cast<QWidget*>(watched);
+  if (widget == nullptr || widget->window() != window_) return false;
+  const QKeySequence keys(static_cast<QKeyEvent*>(event)->keyCombination());
+  const auto actions = window_->findChildren<QAction*>();
+  const bool is_ours = std::any_of(actions.begin(), actions.end(), [&keys](const QAction* action) {
+    return action->isEnabled() && action->shortcutContext() == Qt::WindowShortcut && action->shortcut() == keys;
+  });
+  if (is_ours) event->ignore();
+  return is_ours;
 }
 
 QAction* CommandBar::Make(int identifier, const QString& text, const char* icon) {

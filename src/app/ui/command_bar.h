@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <string_view>
 
 #include "app/command_table.h"
 #include "compose/editor_command.h"
@@ -28,6 +29,8 @@ class CommandBar final : public QObject {
 
   // Commands whose windows are not there yet are left out.
   static bool IsOffered(Action action);
+  // What the menus call a command, with its letter; empty for one that they do not name.
+  static std::string_view LabelOf(int identifier);
 
   // The state of the place where the caret is.
   void Show(const compose::EditorState& state);
@@ -42,6 +45,9 @@ class CommandBar final : public QObject {
   void TableChanged(quillcast::compose::TableEdit edit);
   void FontChosen(const QString& family);
   void SizeChosen(int size);
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   QAction* Make(int identifier, const QString& text, const char* icon);

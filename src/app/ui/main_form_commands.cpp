@@ -3,7 +3,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFontDialog>
-#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -29,6 +28,7 @@
 #include "compose/ui/editor_document.h"
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
+#include "compose/ui/link_form.h"
 #include "compose/ui/table_form.h"
 #include "platform/ui/qt_text.h"
 #include "recipients/group_count.h"
@@ -275,11 +275,8 @@ void MainForm::InsertPicture() {
 void MainForm::InsertHyperlink() {
   LeaveSource();
   const auto state = editor_->State();
-  bool given = false;
-  const QString address =
-      QInputDialog::getText(this, tr("Hyperlink"), tr("Address of the page, or mailto: and an address:"),
-                            QLineEdit::Normal, state.link.isEmpty() ? "https://" : state.link, &given);
-  if (given && !address.trimmed().isEmpty()) editor_->InsertLink(address.trimmed(), {});
+  compose::LinkForm form(state.link, state.selected.isEmpty() ? state.link_text : state.selected, this);
+  if (form.exec() == QDialog::Accepted) editor_->InsertLink(form.Address(), form.Text());
   editor_->setFocus();
 }
 

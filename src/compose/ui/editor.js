@@ -87,21 +87,23 @@
       color: document.queryCommandValue('foreColor'),
       inTable: quill.inTable(),
       canUndo: document.queryCommandEnabled('undo'), canRedo: document.queryCommandEnabled('redo'),
-      link: link ? link.getAttribute('href') : '', selected: String(document.getSelection()),
+      link: link ? link.getAttribute('href') : '', linkText: link ? link.textContent : '',
+      selected: String(document.getSelection()),
     };
   };
   // With text selected, it becomes the link; with the caret in a link, that one changes; else the address is inserted.
+  // A text that is given stands in place of what was there.
   quill.link = (address, text) => {
     ensureSelection();
     const selection = document.getSelection();
     const link = linkAtCaret();
     if (selection.isCollapsed && link) {
       const range = document.createRange();
-      range.selectNodeContents(link);
+      if (text) range.selectNode(link); else range.selectNodeContents(link);
       selection.removeAllRanges();
       selection.addRange(range);
     }
-    if (!selection.isCollapsed) return document.execCommand('createLink', false, address);
+    if (!selection.isCollapsed && !text) return document.execCommand('createLink', false, address);
     const anchor = document.createElement('a');
     anchor.setAttribute('href', address);
     anchor.textContent = text || address;

@@ -18,6 +18,7 @@ EditorState EditorState::From(const QVariantMap& map) {
   state.font = map["font"].toString().remove('"').section(',', 0, 0).trimmed();
   state.size = map["size"].toString().isEmpty() ? 3 : map["size"].toInt();
   state.link = map["link"].toString();
+  state.link_text = map["linkText"].toString();
   state.selected = map["selected"].toString();
   return state;
 }

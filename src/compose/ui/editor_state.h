@@ -18,9 +18,10 @@ struct EditorState {
   bool in_table = false;
   bool can_undo = false;
   bool can_redo = false;
-  QString font;      // as the document names it, without quotes
-  int size = 3;      // 1 to 7
-  QString link;      // the address of the link round the caret, empty for none
+  QString font;  // as the document names it, without quotes
+  int size = 3;  // 1 to 7
+  QString link;  // the address of the link round the caret, empty for none
+  QString link_text;
   QString selected;  // the selected text
 
   static EditorState From(const QVariantMap& map);

@@ -62,6 +62,7 @@ class HtmlEditor final : public QWidget {
   bool InsertTable(const QString& html);
   // False where the caret is in no table. One step back undoes it.
   bool EditTable(TableEdit edit);
+  // An empty text: the selection or the link at the caret keeps its own, and where there is neither the address is it.
   bool InsertLink(const QString& address, const QString& text);
   EditorState State() const;
 
