@@ -142,6 +142,12 @@ class MainFormTest : public QObject {
         QVERIFY2(action != nullptr && !action->text().isEmpty(), qPrintable(QString::number(command.identifier)));
       }
     }
+    const std::pair<int, const char*> tools[] = {
+        {54, "Print"}, {55, "Import"}, {56, "Export"}, {57, "Extract"}, {58, "Test a Server"}};
+    for (const auto& [identifier, begins] : tools) {
+      const auto label = platform::ToQt(CommandBar::LabelOf(identifier)).remove('&');
+      QVERIFY2(label.startsWith(begins), qPrintable(label));
+    }
     for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
     QCOMPARE(scene.rig.Shown(), QString());
     QVERIFY(!scene.Editor().IsModified());
