@@ -29,6 +29,22 @@ void AttachmentList::AddPicked(std::string_view picked) {
 
 void AttachmentList::Remove(std::string_view path) { std::erase(paths_, path); }
 
+AttachmentTotal TotalOf(const AttachmentList& list) {
+  AttachmentTotal total;
+  for (const std::filesystem::path path : list.paths()) {
+    std::error_code failed;
+    const bool is_there = std::filesystem::is_regular_file(path, failed);
+    const auto size = is_there ? std::filesystem::file_size(path, failed) : 0;
+    ++total.files;
+    if (!is_there || failed) {
+      ++total.missing;
+    } else {
+      total.bytes += size;
+    }
+  }
+  return total;
+}
+
 AttachmentDeletion DeleteAttachment(AttachmentList& list, std::string_view shown, platform::Prompts& prompts) {
   if (list.paths().empty()) {
     prompts.Warn("There is no file to delete.");

@@ -1,6 +1,7 @@
 // The files that go with a message: full paths, in order, no two alike.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -27,6 +28,13 @@ class AttachmentList {
  private:
   std::vector<std::string> paths_;
 };
+
+struct AttachmentTotal {
+  std::int64_t files = 0;
+  std::uint64_t bytes = 0;   // of those that are there
+  std::int64_t missing = 0;  // or no regular file
+};
+AttachmentTotal TotalOf(const AttachmentList& list);
 
 // What the delete command did.
 enum class AttachmentDeletion { kNothingToDelete, kNothingShown, kKept, kDeleted };

@@ -54,6 +54,19 @@ TEST(Attachments, AreDeletedAfterTheChecksInTheirOrder) {
                                       "ask: Are you sure you want to delete '/a'?"}));
 }
 
+TEST(Attachments, AreCountedAndTheirSizesAdded) {
+  const test::TemporaryFolder folder;
+  AttachmentList list;
+  list.Add(folder.Write("a.pdf", "12345").string());
+  list.Add(folder.Write("b.pdf", "1234567").string());
+  list.Add((folder / "gone.pdf").string());
+  list.Add(folder.path().string());
+  const AttachmentTotal total = TotalOf(list);
+  EXPECT_EQ(total.files, 4);
+  EXPECT_EQ(total.bytes, 12U);
+  EXPECT_EQ(total.missing, 2);
+}
+
 TEST(Body, IsReadInTheEncodingThatItHas) {
   const test::TemporaryFolder folder;
   struct Case {

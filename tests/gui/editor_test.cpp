@@ -549,7 +549,7 @@ class EditorTest : public QObject {
       EditorDocument document(*editor_, FoldersIn(folder));
       QVERIFY(document.Open(folder.Write("letters/letter.html", "<p>was</p><img src=\"a.png\">")));
       QVERIFY(document.KeepAside());
-      QVERIFY(!document.HasRecovered() && !std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QVERIFY(!document.drafts().AreOffered() && !std::filesystem::exists(folder.path() / "Autosave.htm"));
       QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
       QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
       QVERIFY(editor_->InsertHtml("<p>at the last moment</p>"));
@@ -557,12 +557,12 @@ class EditorTest : public QObject {
     }
     EditorDocument next(*editor_, FoldersIn(folder));
     QVERIFY(next.StartNew(""));
-    QVERIFY(next.HasRecovered());
+    QVERIFY(next.drafts().AreOffered());
     QVERIFY(next.Recover());
     QVERIFY(editor_->Html().contains("not saved") && editor_->Html().contains("at the last moment"));
     QCOMPARE(next.BaseFolder(), folder.path() / "letters");
     QVERIFY(next.FileName().empty() && next.HasUnsavedChanges());
-    QVERIFY(!next.HasRecovered());
+    QVERIFY(!next.drafts().AreOffered());
     // Saved elsewhere it takes its pictures along, and what is sent still finds them.
     folder.Write("letters/a.png", "picture");
     QVERIFY(next.SaveTo(folder.path() / "other.html"));
@@ -586,9 +586,9 @@ class EditorTest : public QObject {
     }
     EditorDocument document(*editor_, FoldersIn(folder));
     QVERIFY(document.Recover());
-    QVERIFY(editor_->Html().contains("first") && document.HasRecovered());
+    QVERIFY(editor_->Html().contains("first") && document.drafts().AreOffered());
     QVERIFY(document.Recover());
-    QVERIFY(editor_->Html().contains("second") && !document.HasRecovered());
+    QVERIFY(editor_->Html().contains("second") && !document.drafts().AreOffered());
   }
 
   void aSaveIsNotFollowedByASnapshot() {

@@ -551,6 +551,146 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Editor().Html().contains("recovered"));
   }
 
+  // Everything that stands in the window, one line each.
+  static QString Fields(const Scene& scene) {
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    QStringList lines = {scene.window->findChild<QLineEdit*>("SubjectTextBox")->text(),
+                         scene.Box("ToComboBox"),
+                         scene.Box("PriorityComboBox"),
+                         scene.Box("FormatComboBox"),
+                         scene.Box("SendingMethodComboBox"),
+                         scene.window->findChild<QCheckBox*>("RRRCheckBox")->isChecked() ? "receipt" : "none"};
+    for (int i = 0; i < box->count(); ++i) lines << box->itemText(i);
+    return lines.join('|') + '|' + scene.Editor().PlainText().trimmed();
+  }
+  static QString FillIn(const Scene& scene) {
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Customers");
+    scene.window->findChild<QComboBox*>("PriorityComboBox")->setCurrentText("High");
+    scene.window->findChild<QComboBox*>("FormatComboBox")->setCurrentText("Text");
+    scene.window->findChild<QComboBox*>("SendingMethodComboBox")->setCurrentText("Bulk Sending");
+    scene.window->findChild<QCheckBox*>("RRRCheckBox")->setChecked(true);
+    scene.window->findChild<MessageHeader*>()->AddAttachments({"/tmp/a.pdf", "/tmp/b.pdf"});
+    scene.Editor().InsertHtml("work");
+    return "Spring|Customers|High|Text|Bulk Sending|receipt|/tmp/a.pdf|/tmp/b.pdf|work";
+  }
+  static void Press(const Scene& scene, const char* button) {
+    QTest::mouseClick(scene.window->findChild<QPushButton*>(button), Qt::LeftButton);
+  }
+
+  void closingKeepsAllFieldsForTheNextStart() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    scene.Open();
+    const QString filled = FillIn(scene);
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    scene.Open();
+    QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    Press(scene, "RestoreButton");
+    QCOMPARE(Fields(scene), filled);
+    QVERIFY(scene.Editor().IsModified());
+    QCOMPARE(scene.Notice(), QString());
+    // A body that is saved comes back as its file.
+    scene.rig.prompts.files = {scene.rig.folder / "letter.html"};
+    scene.window->Dispatch(2);
+    scene.rig.Shown();
+    QVERIFY(scene.window->close());
+    scene.Open();
+    Press(scene, "RestoreButton");
+    QCOMPARE(Fields(scene), filled);
+    QVERIFY(!scene.Editor().IsModified());
+    scene.Editor().InsertHtml("more");
+    scene.window->Dispatch(2);
+    QVERIFY(platform::ReadFile(scene.rig.folder / "letter.html", 1000)->find("more") != std::string::npos);
+    QCOMPARE(scene.rig.Shown(), QString());
+    // A message without work leaves nothing.
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->clear();
+    scene.window->findChild<MessageHeader*>()->Clear();
+    QVERIFY(scene.window->close());
+    scene.Open();
+    QCOMPARE(scene.Notice(), QString());
+  }
+
+  void aSubjectAloneIsKeptWhileItIsTyped() {
+    Scene scene;
+    scene.Open();
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "Spring");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
+    QVERIFY(!scene.Editor().IsModified());
+  }
+
+  void newClearsAllFieldsAndKeepsThem() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    const QString filled = FillIn(scene);
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    emit bar->OwnTriggered(OwnCommand::kNew);
+    QCOMPARE(Fields(scene), filled);
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    emit bar->OwnTriggered(OwnCommand::kNew);
+    QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    scene.rig.Shown();
+    // What stands there when it is taken up again is kept in its turn.
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Autumn");
+    Press(scene, "RestoreButton");
+    QCOMPARE(scene.rig.Shown(), QString());
+    QCOMPARE(Fields(scene), filled);
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Autumn"));
+    Press(scene, "DiscardButton");
+    QCOMPARE(scene.Notice(), QString());
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aDraftThatCannotBeKeptHoldsTheWindowOnce() {
+    Scene scene;
+    scene.Open();
+    std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    QVERIFY(!scene.window->close());
+    QVERIFY2(scene.Status().contains("Autosave.fields"), qPrintable(scene.Status()));
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void severalAttachmentsAreTakenOutAtOnce() {
+    Scene scene;
+    scene.Open();
+    auto* header = scene.window->findChild<MessageHeader*>();
+    auto* total = scene.window->findChild<QPushButton*>("AttachmentCountButton");
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    QVERIFY(!total->isVisible());
+    QStringList files;
+    for (const char* name : {"a.pdf", "b.pdf", "c.pdf"}) {
+      files << platform::PathToQt(scene.rig.folder.Write(name, "123456"));
+    }
+    header->AddAttachments(files + QStringList{"/nowhere/d.pdf"});
+    QCOMPARE(total->text(), QString("4 files, 18 bytes, 1 not there"));
+    const auto take_out = [](QDialog& form, QDialogButtonBox::StandardButton end) {
+      auto* list = form.findChild<QListWidget*>("AttachmentsList");
+      for (const int row : {0, 2, 3}) list->item(row)->setSelected(true);
+      QTest::mouseClick(form.findChild<QPushButton*>("RemoveButton"), Qt::LeftButton);
+      QCOMPARE(form.findChild<QLabel*>("AttachmentsTotal")->text(), QString("1 file, 6 bytes"));
+      QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(end), Qt::LeftButton);
+    };
+    test::WhileOpen("AttachmentsForm", [&](QDialog& form) { take_out(form, QDialogButtonBox::Cancel); });
+    QTest::mouseClick(total, Qt::LeftButton);
+    QCOMPARE(box->count(), 4);
+    test::WhileOpen("AttachmentsForm", [&](QDialog& form) { take_out(form, QDialogButtonBox::Ok); });
+    QTest::mouseClick(total, Qt::LeftButton);
+    QCOMPARE(box->count(), 1);
+    QCOMPARE(box->currentText(), files.at(1));
+    QCOMPARE(total->text(), QString("1 file, 6 bytes"));
+    QCOMPARE(scene.rig.Shown(), QString());
+    scene.window->skip_save_prompt = true;
+  }
+
   void anImportLeavesTheChosenGroupAndIsNotCutOff() {
     Scene scene;
     scene.rig.AddGroup("Alpha", {"a@example.org"});

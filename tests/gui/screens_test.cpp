@@ -19,12 +19,14 @@
 #include <memory>
 
 #include "app/ui/about_form.h"
+#include "app/ui/attachments_form.h"
 #include "app/ui/help_form.h"
 #include "app/ui/main_form.h"
 #include "app/ui/preview_form.h"
 #include "app/ui/splash_form.h"
 #include "app/ui/tips_form.h"
 #include "compose/ui/html_editor.h"
+#include "compose/ui/link_form.h"
 #include "compose/ui/table_form.h"
 #include "gui/form_rig.h"
 #include "platform/file.h"

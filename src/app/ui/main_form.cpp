@@ -24,6 +24,7 @@
 #include "compose/ui/editor_document.h"
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
+#include "platform/text.h"
 #include "platform/ui/qt_text.h"
 #include "sending/account_settings.h"
 
@@ -33,8 +34,9 @@ namespace {
 using platform::ToQt;
 
 constexpr const char* kPlaceSection = "Window";
-constexpr int kArrivalsPause = 250;   // milliseconds
-constexpr int kSourcePause = 1000;    // milliseconds
+constexpr int kArrivalsPause = 250;  // milliseconds
+constexpr std::size_t kLongestShown = 100;
+constexpr int kDraftPause = 1000;     // milliseconds
 constexpr int kSentenceTime = 15000;  // milliseconds that a sentence stands in the status bar
 
 }  // namespace
@@ -48,8 +50,10 @@ MainForm::MainForm(const Program& program)
       editor_(new compose::HtmlEditor(this)),
       source_(new QPlainTextEdit(this)),
       source_pause_(new QTimer(this)),
+      fields_pause_(new QTimer(this)),
       find_bar_(new compose::FindBar(editor_, this)),
-      document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders)),
+      document_(std::make_unique<compose::EditorDocument>(*editor_, program.folders,
+                                                          [this](compose::Draft& draft) { header_->Collect(draft); })),
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
       arrivals_(new QTimer(this)),
@@ -134,11 +138,15 @@ void MainForm::ConnectParts() {
     if (!arrivals_->isActive()) arrivals_->start(kArrivalsPause);
   });
   source_pause_->setSingleShot(true);
-  source_pause_->setInterval(kSourcePause);
+  source_pause_->setInterval(kDraftPause);
   connect(source_, &QPlainTextEdit::textChanged, source_pause_, qOverload<>(&QTimer::start));
   connect(source_pause_, &QTimer::timeout, this, [this] {
     if (SourceWasEdited()) IgnoreErrors(document_->KeepAside(platform::FromQt(SourceText())));
   });
+  fields_pause_->setSingleShot(true);
+  fields_pause_->setInterval(kDraftPause);
+  connect(header_, &MessageHeader::Changed, fields_pause_, qOverload<>(&QTimer::start));
+  connect(fields_pause_, &QTimer::timeout, this, [this] { IgnoreErrors(document_->KeepFields()); });
   arrivals_->setSingleShot(true);
   connect(arrivals_, &QTimer::timeout, this, &MainForm::ShowNotices);
 }
@@ -167,6 +175,39 @@ void MainForm::LoadDocument() {
 void MainForm::StartNew() {
   const auto contents = LoadMainWindow(program_.settings, {});
   Tell(document_->StartNew(contents ? contents->signature_html.value_or("") : ""));
+}
+
+void MainForm::NewMessage() {
+  if (!MayLeaveDocument() || !SetAside()) return;
+  header_->Clear();
+  StartNew();
+  ShowNotices();
+}
+
+// What stands in the window is kept among the drafts before it goes.
+bool MainForm::SetAside() {
+  const auto kept = document_->SetAside();
+  Tell(kept);
+  return static_cast<bool>(kept);
+}
+
+void MainForm::RestoreDraft() {
+  if (!MayLeaveDocument() || !SetAside()) return;
+  const auto draft = document_->Recover();
+  if (draft) {
+    header_->Show(*draft);
+  } else {
+    Tell(draft.error());
+  }
+  ShowNotices();
+}
+
+// Whether the window may close: the first time that the draft cannot be kept, it stays.
+bool MainForm::KeepDraft() {
+  const auto kept = document_->KeepAside();
+  if (kept || skip_save_prompt || std::exchange(leaves_draft_, true)) return true;
+  Say(tr("%1 Close again to leave without a draft.").arg(ToQt(InOneLine(kept.error()))));
+  return false;
 }
 
 void MainForm::Say(const QString& sentence) {
@@ -233,16 +274,11 @@ bool MainForm::MayStopImport() {
 }
 
 void MainForm::closeEvent(QCloseEvent* event) {
-  if (!MayStopImport() || !MayLeaveDocument()) {
+  if (!MayStopImport() || !MayLeaveDocument() || !KeepDraft()) {
     event->ignore();
     return;
   }
   KeepPlace();
-  if (skip_save_prompt) {
-    IgnoreErrors(document_->KeepAside());
-  } else {
-    document_->DropAutosave();
-  }
   CleanUpAtClose(program_.folders);
   event->accept();
   for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -252,17 +288,16 @@ void MainForm::closeEvent(QCloseEvent* event) {
 
 // What a new user needs to hear first; one thing at a time.
 void MainForm::ShowNotices() {
-  if (document_->HasRecovered()) {
-    notice_->Show(tr("A message from an earlier session was not saved."), {{tr("Restore"), "RestoreButton",
-                                                                            [this] {
-                                                                              if (MayLeaveDocument())
-                                                                                Tell(document_->Recover());
-                                                                              ShowNotices();
-                                                                            }},
-                                                                           {tr("Discard"), "DiscardButton", [this] {
-                                                                              document_->DropRecovered();
-                                                                              ShowNotices();
-                                                                            }}});
+  const compose::Drafts& drafts = document_->drafts();
+  if (drafts.AreOffered()) {
+    const QString subject = ToQt(platform::Printable(drafts.OfferedSubject(), kLongestShown));
+    notice_->Show(
+        subject.isEmpty() ? tr("An unfinished message was kept.")
+                          : tr("An unfinished message was kept: %1").arg(subject),
+        {{tr("Restore"), "RestoreButton", [this] { RestoreDraft(); }}, {tr("Discard"), "DiscardButton", [this] {
+                                                                          document_->drafts().DropOffered();
+                                                                          ShowNotices();
+                                                                        }}});
     return;
   }
   if (practice_->is_on()) {

@@ -69,6 +69,10 @@ class MainForm final : public QMainWindow {
   void Tell(const Result<void>& result);
 
   void StartNew();
+  void NewMessage();
+  void RestoreDraft();
+  bool SetAside();
+  bool KeepDraft();
   bool MayLeaveDocument();
   bool MayStopImport();
   compose::MessageDocument Document();
@@ -114,7 +118,9 @@ class MainForm final : public QMainWindow {
   QString source_before_;
   bool source_has_crlf_ = false;
   bool stops_import_ = false;
-  QTimer* source_pause_;  // after the last change there
+  bool leaves_draft_ = false;  // the person was told that it cannot be kept
+  QTimer* source_pause_;       // after the last change there
+  QTimer* fields_pause_;       // after the last change of what stands above the body
   compose::FindBar* find_bar_;
   std::unique_ptr<compose::EditorDocument> document_;
   GroupsMenu* groups_;

@@ -9,6 +9,7 @@
 #include <QPushButton>
 
 #include "app/main_window_contents.h"
+#include "app/ui/attachments_form.h"
 #include "platform/text.h"
 #include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
@@ -59,6 +60,7 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
       count_(new QLabel(this)),
       subject_(new QLineEdit(this)),
       attachment_box_(MakeBox("AttachmentComboBox", this)),
+      attachment_count_(new QPushButton(this)),
       method_(MakeBox("SendingMethodComboBox", this)),
       priority_(MakeBox("PriorityComboBox", this)),
       format_(MakeBox("FormatComboBox", this)),
@@ -70,6 +72,10 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   count_->setObjectName("GroupCountLabel");
   from_->setPlaceholderText(tr("No account yet"));
   to_->setPlaceholderText(tr("Choose a group"));
+  attachment_count_->setObjectName("AttachmentCountButton");
+  attachment_count_->setFlat(true);
+  attachment_count_->setToolTip(tr("Show all of them, and take several out at once"));
+  attachment_count_->hide();
   attachment_box_->setPlaceholderText(tr("No attachments; drop files here"));
   AddItems(method_, kSendingMethods);
   AddItems(priority_, kPriorities);
@@ -106,7 +112,10 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   label(tr("S&ubject:"), subject_, 2);
   grid->addWidget(subject_, 2, 1, 1, 3);
   label(tr("&Attachments:"), attachment_box_, 3);
-  grid->addWidget(attachment_box_, 3, 1);
+  auto* attachments_line = new QHBoxLayout();
+  attachments_line->addWidget(attachment_box_, 1);
+  attachments_line->addWidget(attachment_count_);
+  grid->addLayout(attachments_line, 3, 1);
   grid->addWidget(add, 3, 2);
   grid->addWidget(remove, 3, 3);
   auto* options = new QHBoxLayout();
@@ -129,8 +138,9 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   grid->addWidget(send, 0, 3);
   grid->addWidget(preview, 1, 3);
   grid->setColumnStretch(1, 1);
-  QWidget* const order[] = {from_,   email,     to_,     group,    subject_, attachment_box_, add, remove,
-                            method_, priority_, format_, receipt_, send,     preview};
+  QWidget* const order[] = {from_,  email,  to_,     group,     subject_, attachment_box_, attachment_count_,
+                            add,    remove, method_, priority_, format_,  receipt_,        send,
+                            preview};
   for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
 
   connect(email, &QPushButton::clicked, this, &MessageHeader::EmailPressed);
@@ -140,6 +150,12 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   connect(remove, &QPushButton::clicked, this, &MessageHeader::DeleteAttachment);
   connect(to_, &QComboBox::currentIndexChanged, this, &MessageHeader::ShowCount);
   connect(format_, &QComboBox::activated, this, &MessageHeader::PickFormat);
+  connect(attachment_count_, &QPushButton::clicked, this, &MessageHeader::ChangeAttachments);
+  connect(subject_, &QLineEdit::textChanged, this, &MessageHeader::Changed);
+  for (QComboBox* box : {to_, method_, priority_, format_}) {
+    connect(box, &QComboBox::currentIndexChanged, this, &MessageHeader::Changed);
+  }
+  connect(receipt_, &QCheckBox::toggled, this, &MessageHeader::Changed);
 }
 
 void MessageHeader::Load() {
@@ -195,6 +211,29 @@ void MessageHeader::Collect(compose::MessageDocument& document) const {
   document.read_receipt = receipt_->isChecked();
 }
 
+void MessageHeader::Collect(compose::Draft& draft) const {
+  Collect(draft.document);
+  draft.group = FromQt(to_->currentText());
+  draft.method = FromQt(method_->currentText());
+}
+
+void MessageHeader::Show(const compose::Draft& draft) {
+  const auto& document = draft.document;
+  subject_->setText(ToQt(document.subject));
+  to_->setCurrentIndex(to_->findText(ToQt(draft.group)));
+  if (!draft.method.empty()) method_->setCurrentText(ToQt(draft.method));
+  priority_->setCurrentIndex(static_cast<int>(document.priority));
+  format_->setCurrentIndex(static_cast<int>(document.format));
+  receipt_->setChecked(document.read_receipt);
+  attachments_ = document.attachments;
+  ShowAttachments();
+}
+
+void MessageHeader::Clear() {
+  Show({});
+  Load();
+}
+
 void MessageHeader::PickFormat() {
   const auto shown = compose::PickFormat(FromQt(format_->currentText()), program_.settings, program_.prompts);
   if (shown) format_->setCurrentText(ToQt(*shown));
@@ -228,10 +267,20 @@ void MessageHeader::DeleteAttachment() {
   }
 }
 
+void MessageHeader::ChangeAttachments() {
+  AttachmentsForm form(attachments_, this);
+  if (form.exec() != QDialog::Accepted) return;
+  attachments_ = form.Remaining();
+  ShowAttachments();
+}
+
 void MessageHeader::ShowAttachments() {
   attachment_box_->clear();
   for (const auto& path : attachments_.paths()) attachment_box_->addItem(platform::PathToQt(path));
   attachment_box_->setCurrentIndex(attachment_box_->count() > 0 ? 0 : -1);
+  attachment_count_->setText(InWords(compose::TotalOf(attachments_)));
+  attachment_count_->setVisible(attachment_box_->count() > 0);
+  emit Changed();
 }
 
 void MessageHeader::dragEnterEvent(QDragEnterEvent* event) {

@@ -5,6 +5,7 @@
 
 #include "app/program.h"
 #include "compose/attachment_list.h"
+#include "compose/drafts.h"
 #include "compose/message_document.h"
 
 class QCheckBox;
@@ -29,17 +30,24 @@ class MessageHeader final : public QWidget {
   bool HasGroups() const;
   // Subject, format, attachments, priority and receipt into the document.
   void Collect(compose::MessageDocument& document) const;
+  // The same with group and method; the body and its file are the caller's.
+  void Collect(compose::Draft& draft) const;
+  void Show(const compose::Draft& draft);
+  // As for a new message.
+  void Clear();
 
   // The buttons' commands.
   void AddAttachments();
   void AddAttachments(const QStringList& files);
   void DeleteAttachment();
+  void ChangeAttachments();
 
  signals:
   void EmailPressed();
   void SendPressed();
   void PreviewPressed();
   void Trouble(const QString& sentence);
+  void Changed();  // something that a draft keeps
 
  protected:
   void dragEnterEvent(QDragEnterEvent* event) override;
@@ -57,6 +65,7 @@ class MessageHeader final : public QWidget {
   QLabel* count_;
   QLineEdit* subject_;
   QComboBox* attachment_box_;
+  QPushButton* attachment_count_;
   QComboBox* method_;
   QComboBox* priority_;
   QComboBox* format_;

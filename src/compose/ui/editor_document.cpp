@@ -13,19 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kLongestPath = 4096;
-constexpr int kMostRecovered = 1000;
-
 // With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
 constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
-
-// Beside a document that was kept aside: where its relative references start from.
-fs::path FolderFileOf(fs::path file) { return file.replace_extension(".folder"); }
-
-void Remove(const fs::path& file) {
-  std::error_code ignored;
-  fs::remove(file, ignored);
-}
 
 // The file that a link leads to gets the new content, and a file that was there keeps its permissions.
 Result<void> Replace(const fs::path& file, std::string_view bytes) {
@@ -40,16 +29,9 @@ Result<void> Replace(const fs::path& file, std::string_view bytes) {
 
 }  // namespace
 
-EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders)
-    : editor_(editor), folders_(std::move(folders)) {
-  std::error_code none_there;
-  int number = 1;
-  while (fs::exists(Recovered(number), none_there)) ++number;
-  fs::rename(Autosave(), Recovered(number), none_there);
-  if (!none_there) {
-    Remove(FolderFileOf(Recovered(number)));
-    fs::rename(FolderFileOf(Autosave()), FolderFileOf(Recovered(number)), none_there);
-  }
+EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders, std::function<void(Draft&)> add_fields)
+    : editor_(editor), folders_(std::move(folders)), add_fields_(std::move(add_fields)), drafts_(folders_.data) {
+  drafts_.SetAside();
   snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
                                 [this](const QString& html) { IgnoreErrors(KeepAside(platform::FromQt(html))); });
 }
@@ -63,17 +45,28 @@ fs::path EditorDocument::BaseFolder() const {
   return base == base.root_path() ? fs::path() : base;  // the root is that of a document that came from nowhere
 }
 
-Result<void> EditorDocument::KeepAside(const std::string& html) const {
-  Remove(FolderFileOf(Autosave()));
-  const fs::path folder = BaseFolder();
-  // The text counts more.
-  if (!folder.empty()) IgnoreErrors(platform::ReplaceFile(FolderFileOf(Autosave()), folder.native()));
-  return platform::ReplaceFile(Autosave(), html);
+Result<void> EditorDocument::KeepFields() const {
+  Draft draft{.is_changed = is_changed_, .file = file_};
+  draft.document.html = seen_;
+  draft.document.base_folder = BaseFolder();
+  if (add_fields_) add_fields_(draft);
+  return drafts_.Keep(draft);
 }
 
-Result<void> EditorDocument::KeepAside() const {
-  if (!HasUnsavedChanges()) return DropAutosave(), Result<void>();
-  return KeepAside(platform::FromQt(editor_.Html()));
+Result<void> EditorDocument::KeepAside(std::string html) {
+  seen_ = std::move(html);
+  is_changed_ = true;
+  return KeepFields();
+}
+
+Result<void> EditorDocument::KeepAside() {
+  return HasUnsavedChanges() ? KeepAside(platform::FromQt(editor_.Html())) : KeepFields();
+}
+
+Result<void> EditorDocument::SetAside() {
+  auto kept = KeepAside();
+  if (kept) drafts_.SetAside();
+  return kept;
 }
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
@@ -81,6 +74,8 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
   file_.clear();
   read_.reset();
   taken_.clear();
+  seen_ = html;
+  is_changed_ = modified;
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
   if (editor_.SetHtml(platform::ToQt(html), base, modified)) return {};
   return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
@@ -99,14 +94,14 @@ Result<void> EditorDocument::Open(const fs::path& file) {
     file_ = absolute;
     read_ = std::move(*read);
   }
-  DropAutosave();
+  IgnoreErrors(KeepFields());  // nothing is changed yet
   return {};
 }
 
 Result<void> EditorDocument::StartNew(const std::string& html) {
   auto shown = Show(html.empty() ? kEmptyDocument : html, {});
   if (!shown) return shown;
-  DropAutosave();
+  IgnoreErrors(KeepFields());  // nothing is changed yet
   return {};
 }
 
@@ -122,45 +117,27 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   read_ = BodyFile{std::move(bytes), *saved, read_ ? read_->encoding : BodyEncoding::kUtf8};
   file_ = file;
   editor_.SetModified(false);
-  DropAutosave();
+  seen_ = html;
+  is_changed_ = false;
+  IgnoreErrors(KeepFields());  // it is saved
   return {};
 }
 
-fs::path EditorDocument::Recovered(int number) const {
-  return folders_.data / fmt::format("Recovered{}.htm", number == 1 ? "" : std::to_string(number));
-}
-
-int EditorDocument::FirstRecovered() const {
-  std::error_code failed;
-  for (int number = 1; number <= kMostRecovered; ++number) {
-    if (fs::exists(Recovered(number), failed)) return number;
+Result<Draft> EditorDocument::Recover() {
+  auto draft = drafts_.ReadOffered();
+  if (!draft) return draft;
+  if (!draft->file.empty() && !draft->is_changed) {
+    const auto file = ReadBodyFile(draft->file);
+    draft->is_changed = !file || file->text != draft->document.html;
   }
-  return 0;
-}
-
-bool EditorDocument::HasRecovered() const { return FirstRecovered() != 0; }
-
-Result<void> EditorDocument::Recover() {
-  const fs::path file = Recovered(FirstRecovered());
-  const auto read = ReadBodyFile(file);
-  if (!read) return read.error();
-  const auto folder = platform::ReadFile(FolderFileOf(file), kLongestPath);
-  auto shown = Show(read->text, folder ? *folder : "", true);
-  if (!shown) return shown;
-  auto kept = KeepAside(read->text);  // it is still not saved
-  if (kept) DropRecovered();
-  return kept;
-}
-
-void EditorDocument::DropRecovered() const {
-  const fs::path file = Recovered(FirstRecovered());
-  Remove(file);
-  Remove(FolderFileOf(file));
-}
-
-void EditorDocument::DropAutosave() const {
-  Remove(Autosave());
-  Remove(FolderFileOf(Autosave()));
+  const bool is_in_file = !draft->file.empty() && !draft->is_changed;
+  const auto shown =
+      is_in_file ? Open(draft->file) : Show(draft->document.html, draft->document.base_folder, draft->is_changed);
+  if (!shown) return shown.error();
+  const auto kept = drafts_.Keep(*draft);
+  if (!kept) return kept.error();
+  drafts_.DropOffered();
+  return draft;
 }
 
 }  // namespace quillcast::compose

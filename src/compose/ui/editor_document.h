@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,7 @@
 #include "app/folders.h"
 #include "compose/body_file.h"
 #include "compose/document_pictures.h"
+#include "compose/drafts.h"
 
 namespace quillcast::compose {
 
@@ -17,9 +19,9 @@ class HtmlEditor;
 
 class EditorDocument final : public app::EditedDocument {
  public:
-  // A second after each change the document is also kept in "Autosave.htm" in the data folder, until it is saved or
-  // dropped; beside it the folder that its relative pictures start from.
-  EditorDocument(HtmlEditor& editor, app::Folders folders);
+  // A second after each change the message is also kept as a draft. `add_fields` gives a draft what stands outside the
+  // editor. What an earlier session left is offered from here on.
+  EditorDocument(HtmlEditor& editor, app::Folders folders, std::function<void(Draft&)> add_fields = {});
   ~EditorDocument() override;
 
   bool HasUnsavedChanges() const override;
@@ -35,26 +37,28 @@ class EditorDocument final : public app::EditedDocument {
   // A document without a name, which counts as unchanged.
   Result<void> StartNew(const std::string& html);
 
-  // What earlier sessions, which did not end in good order, had not saved; one after the other.
-  bool HasRecovered() const;
-  Result<void> Recover();
-  void DropRecovered() const;
-  // The session ends in good order: nothing is kept aside.
-  void DropAutosave() const;
-  // What is not saved, at once, and nothing where all is. For a crash alone: where the disk is full, saving will tell.
-  Result<void> KeepAside() const;
-  Result<void> KeepAside(const std::string& html) const;
+  // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
+  // disk is full, saving will tell.
+  Result<void> KeepAside();
+  // The same with a body that is not in the editor yet.
+  Result<void> KeepAside(std::string html);
+  // The same with the body as it was a second after its last change: something else changed.
+  Result<void> KeepFields() const;
+  // The message as it is becomes one of the drafts that are offered; it stays in the editor.
+  Result<void> SetAside();
+  // Takes up the oldest of those: its body, unchanged where its file still holds it. The other fields are the caller's.
+  Result<Draft> Recover();
+  const Drafts& drafts() const { return drafts_; }
 
  private:
   Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
-  std::filesystem::path Autosave() const { return folders_.data / "Autosave.htm"; }
-  // Of messages that were not saved there may be several: "Recovered.htm", "Recovered2.htm", ...; `number` from 1.
-  std::filesystem::path Recovered(int number) const;
-  int FirstRecovered() const;  // 0 for none
-
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;
   app::Folders folders_;
+  std::function<void(Draft&)> add_fields_;
+  Drafts drafts_;
+  std::string seen_;  // the body a second after its last change
+  bool is_changed_ = false;
   std::filesystem::path file_;
   TakenPictures taken_;           // beside that file
   std::optional<BodyFile> read_;  // as it stands in the file, until it is saved anew
