@@ -6,6 +6,23 @@
 
 namespace quillcast::sending {
 
+Result<std::string_view> PieceReader::Next() {
+  while (next_piece_ < pieces_->count()) {
+    if (!pieces_->IsFile(next_piece_)) {
+      const auto piece = pieces_->At(next_piece_++);
+      if (!piece.empty()) return piece;
+      continue;
+    }
+    auto bytes = files_->ReadAt(pieces_->FileAt(next_piece_), file_offset_, buffer_);
+    if (!bytes) return bytes;
+    file_offset_ += bytes->size();
+    if (!bytes->empty()) return bytes;
+    ++next_piece_;
+    file_offset_ = 0;
+  }
+  return std::string_view();
+}
+
 void RenderedMessage::Begin(EncodedFiles& files) {
   envelope = {};
   subject_not_encoded = false;
@@ -31,29 +48,6 @@ void RenderedMessage::FillMultipartEncodings() {
   for (const std::size_t place : multipart_encodings_) pieces.Fill(place, "Content-Transfer-Encoding: 8bit\r\n");
 }
 
-Result<std::string_view> RenderedMessage::Next() {
-  while (next_piece_ < sent_->count()) {
-    if (!sent_->IsFile(next_piece_)) {
-      const auto piece = sent_->At(next_piece_++);
-      if (!piece.empty()) return piece;
-      continue;
-    }
-    auto bytes = files_->ReadAt(sent_->FileAt(next_piece_), file_offset_, buffer_);
-    if (!bytes) return bytes;
-    file_offset_ += bytes->size();
-    if (!bytes->empty()) return bytes;
-    ++next_piece_;
-    file_offset_ = 0;
-  }
-  return std::string_view();
-}
-
-void RenderedMessage::Rewind() {
-  sent_ = &pieces;
-  next_piece_ = 0;
-  file_offset_ = 0;
-}
-
 Result<std::uint64_t> RenderedMessage::UseSevenBit() {
   if (eight_bit_header_) return smtp::MessageSource::UseSevenBit();
   seven_bit_.Clear();
@@ -66,8 +60,7 @@ Result<std::uint64_t> RenderedMessage::UseSevenBit() {
     at = part.end;
   }
   AddInSevenBits(at, pieces.count());
-  Rewind();
-  sent_ = &seven_bit_;
+  sent_ = {seven_bit_, *files_};
   return seven_bit_.size();
 }
 
@@ -96,17 +89,15 @@ Result<void> RenderedMessage::Encode(const EightBitPart& part, RenderedPieces& o
   return {};
 }
 
-Result<void> WriteMessage(RenderedMessage& message, int fd, const std::filesystem::path& file) {
-  message.Rewind();
+Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file) {
+  PieceReader reader = message.Read();
   for (;;) {
-    const auto bytes = message.Next();
+    const auto bytes = reader.Next();
     if (!bytes) return bytes.error();
-    if (bytes->empty()) break;
+    if (bytes->empty()) return {};
     auto written = platform::WriteAll(fd, file, *bytes);
     if (!written) return written;
   }
-  message.Rewind();
-  return {};
 }
 
 }  // namespace quillcast::sending

@@ -13,6 +13,23 @@
 
 namespace quillcast::sending {
 
+// Reads pieces in order, from a place of its own: several may read the same message at a time.
+class PieceReader {
+ public:
+  PieceReader() = default;
+  PieceReader(const RenderedPieces& pieces, const EncodedFiles& files) : pieces_(&pieces), files_(&files) {}
+
+  // As MessageSource::Next.
+  Result<std::string_view> Next();
+
+ private:
+  const RenderedPieces* pieces_ = nullptr;
+  const EncodedFiles* files_ = nullptr;
+  std::size_t next_piece_ = 0;
+  std::uint64_t file_offset_ = 0;
+  std::string buffer_;
+};
+
 // What MAIL and RCPT need, and the bytes. Reused from one recipient to the next; it must not outlive the template that
 // rendered it.
 class RenderedMessage final : public smtp::MessageSource {
@@ -44,8 +61,10 @@ class RenderedMessage final : public smtp::MessageSource {
 
   std::uint64_t size() const { return pieces.size(); }
 
-  Result<std::string_view> Next() override;
-  void Rewind() override;
+  Result<std::string_view> Next() override { return sent_.Next(); }
+  void Rewind() override { sent_ = Read(); }
+  // The first form, apart from what a session has taken.
+  PieceReader Read() const { return {pieces, *files_}; }
   bool MayHaveLeadingDots() const override { return as_it_stands_; }  // an encoded line does not begin with one
   Result<std::uint64_t> UseSevenBit() override;
 
@@ -65,13 +84,10 @@ class RenderedMessage final : public smtp::MessageSource {
   bool eight_bit_header_ = false;
   bool as_it_stands_ = false;
   RenderedPieces seven_bit_;
-  const RenderedPieces* sent_ = &pieces;  // the form that goes out
-  std::size_t next_piece_ = 0;
-  std::uint64_t file_offset_ = 0;
-  std::string buffer_;
+  PieceReader sent_;  // of the form that goes out
 };
 
-// The bytes of a message into an open file; the message is rewound for its sending.
-Result<void> WriteMessage(RenderedMessage& message, int fd, const std::filesystem::path& file);
+// The bytes of a message into an open file. What is sent of it does not notice.
+Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file);
 
 }  // namespace quillcast::sending

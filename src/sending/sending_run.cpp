@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <deque>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/text.h"
@@ -66,7 +67,7 @@ class Run final : public smtp::Mailing {
   bool MayGoOn() const { return place_.cancel.Requested() == platform::Stop::kNone && !summary_.stopped; }
   bool NextRow();
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
-  void KeepFirstMessage(Letter& letter);
+  void KeepFirstMessage(const RenderedMessage& message);
   void SettleOwnFailures();
   void Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome);
   void Flush();
@@ -90,6 +91,7 @@ class Run final : public smtp::Mailing {
   std::int64_t taken_ = 0;     // letters by the client
   std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
+  bool told_of_no_copy_ = false;
   bool gave_up_ = false;  // the listener's GoOn said so
 };
 
@@ -151,7 +153,7 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   const auto rendered = template_.Render(compose::ValuesForMerge(row_, changed), *address,
                                          static_cast<std::uint64_t>(position_), letter.rendered);
   if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
-  KeepFirstMessage(letter);
+  KeepFirstMessage(letter.rendered);
   letter.envelope = letter.rendered.envelope;
   letter.message = &letter.rendered;
   letter.position = position_;
@@ -206,12 +208,15 @@ void Run::NameThoseNotTried() {
   while (NextRow()) listener_.NotTried(position_, row_.email());
 }
 
-void Run::KeepFirstMessage(Letter& letter) {
+// The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.
+void Run::KeepFirstMessage(const RenderedMessage& message) {
   if (first_message_kept_) return;
-  first_message_kept_ = true;
   const auto kept =
-      platform::ReplaceFile(entry_.message, [&](int fd) { return WriteMessage(letter.rendered, fd, entry_.message); });
-  if (!kept) listener_.Note(fmt::format("The history keeps no copy of the message. {}", Describe(kept.error())));
+      platform::ReplaceFile(entry_.message, [&](int fd) { return WriteMessage(message, fd, entry_.message); });
+  first_message_kept_ = static_cast<bool>(kept);
+  if (kept || std::exchange(told_of_no_copy_, true)) return;
+  listener_.Note(fmt::format("The history has no copy of the first message. {} It keeps the first that it can.",
+                             Describe(kept.error())));
 }
 
 void Run::TellAboutPictures() {

@@ -25,7 +25,7 @@ Result<void> BodyWriter::Fill(std::string& out, std::size_t enough) {
     if (!*more) return End(out);
     const std::string_view part = rest_.substr(0, enough - out.size());
     taken_ += part.size();
-    if (form_ == Form::kCounted && taken_ > size_) return WrongSize();
+    if (size_ != 0 && taken_ > size_) return WrongSize();
     if (form_ == Form::kDots) {
       Stuff(part, out);
     } else {
@@ -62,11 +62,9 @@ void BodyWriter::Stuff(std::string_view piece, std::string& out) {
 }
 
 Result<void> BodyWriter::End(std::string& out) {
+  if (size_ != 0 && taken_ != size_) return WrongSize();
   ended_ = true;
-  if (form_ == Form::kCounted) {
-    if (taken_ != size_) return WrongSize();
-    return {};
-  }
+  if (form_ == Form::kCounted) return {};
   // A last line that was left open is ended here; one ended by CR alone gets the LF that it lacks.
   if (!at_line_start_) out += after_cr_ ? "\n" : "\r\n";
   out += ".\r\n";

@@ -13,10 +13,11 @@ namespace quillcast::smtp {
 class BodyWriter {
  public:
   // kDots: for DATA, a dot added to each line that begins with one (RFC 5321 4.5.2), and CRLF.CRLF at the end.
-  // kBare: for DATA, the message is known to have no such line. kCounted: for BDAT, the octets and nothing else, which
-  // must be `size`.
+  // kBare: for DATA, the message is known to have no such line. kCounted: for BDAT, the octets and nothing else.
   enum class Form { kDots, kBare, kCounted };
 
+  // A message that does not have `size` octets, as it was composed, is ended in no form; 0 where nobody knows, which
+  // kCounted does not allow.
   BodyWriter(MessageSource& source, Form form, std::uint64_t size) : source_(&source), form_(form), size_(size) {}
 
   // Appends to `out` until it holds `enough` bytes, or a few more, or the message has ended. Fails when a piece cannot

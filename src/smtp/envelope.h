@@ -18,7 +18,7 @@ enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
 struct Envelope {
   std::string sender;
   std::string recipient;
-  std::uint64_t size = 0;  // octets of the whole message as it goes over the wire, before dot-stuffing
+  std::uint64_t size = 0;  // octets of the whole message as it goes out, before dot-stuffing; 0 for unknown
   bool eight_bit = false;  // some octet of the message is above 127 (BODY=8BITMIME, RFC 6152)
   DsnNotify notify = DsnNotify::kNone;
   DsnReturn dsn_return = DsnReturn::kNone;

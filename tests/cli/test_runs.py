@@ -1,4 +1,6 @@
 """Whole runs against the mailbox: what the report says, what the server holds, and that nobody is served twice."""
+import email
+import email.policy
 import json
 import os
 import re
@@ -193,6 +195,28 @@ class Runs(Case):
                     for to, message in box.messages():
                         self.assertIn(to.encode(), message)
                     self.check_report(self.report(), lines[-1]["sent"], lines[-1]["failed"])
+
+    def test_no_room_for_a_copy(self):
+        """A message too large for the history reaches its reader whole; the next one is kept in its place."""
+        rows = [("huge@r.example", "H" * 20_000), ("small@r.example", "S"), ("last@r.example", "L")]
+        file = self.write("rows.txt", "".join(f"{address}\t{name}\n" for address, name in rows))
+        self.ok("group", "new", "All")
+        self.ok("import", file, "--group", "All", "--map", "Email Address=1,First Name=2", "--delimiter", "Tab", "--opt-in")
+        body = self.write("names.html", "<p>begin" + " $*MergeFirstName*$" * 20 + " end</p>")
+        for number, offer in enumerate(("SIZE", "SIZE,CHUNKING", "SIZE,PIPELINING")):
+            with self.subTest(offer=offer):
+                box = self.mailbox("--offer", offer, name=f"box{number}")
+                self.account(box.port)
+                code, _, err = self.run_program("--yes", "send", "--group", "All", "--subject", "s", "--body", body,
+                                                fsize=200_000)
+                self.assertEqual(code, 0, err)
+                self.assertEqual(err.count("The history has no copy of the first message."), 1, err)
+                messages = box.messages()
+                self.assertEqual([to for to, _ in messages], [address for address, _ in rows])
+                for (_, message), (_, name) in zip(messages, rows):
+                    html = email.message_from_bytes(message, policy=email.policy.default).get_body(("html",)).get_content()
+                    self.assertIn("<p>begin" + f" {name}" * 20 + " end</p>", " ".join(html.split()))
+                self.assertEqual(self.reports()[-1].with_suffix(".eml").read_bytes(), messages[1][1])
 
     def test_stops_where_nothing_is_gained(self):
         self.group("All", [f"user{n:02}@r.example" for n in range(1, 31)])

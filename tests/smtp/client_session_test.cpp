@@ -270,6 +270,18 @@ TEST(BodyWriter, NeverCompletesAMessageOfAnotherLength) {
     EXPECT_FALSE(writer.Fill(out, 100));
     EXPECT_EQ(out, "hi1\r");
   }
+  using enum BodyWriter::Form;
+  for (const auto form : {kDots, kBare, kCounted}) {
+    for (const std::uint64_t composed : {4U, 5U, 6U}) {
+      TextSource source("hi1\r\n", 2);
+      BodyWriter writer(source, form, composed);
+      std::string out;
+      EXPECT_EQ(static_cast<bool>(writer.Fill(out, 100)), composed == 5);
+      const bool server_has_it = form == kCounted ? out.size() >= composed : out.ends_with("\r\n.\r\n");
+      EXPECT_EQ(server_has_it, composed == 5) << out;
+      EXPECT_EQ(writer.ended(), composed == 5);
+    }
+  }
 }
 
 TEST(BodyWriter, StuffsDotsWhereverThePiecesAreCut) {
