@@ -72,9 +72,9 @@ Result<void> PrepareFolders(const Folders& folders) {
     auto made = platform::EnsureFolder(folder);
     if (!made) return made;
   }
-  if (!Exists(folders.Database())) {
-    auto copied = platform::CopyFile(folders.DatabaseTemplate(), folders.Database());
-    if (!copied) return copied;
+  // Several starts may come to this at once, and a link may lead to a disk that is away.
+  if (const auto copied = platform::CopyFileIfAbsent(folders.DatabaseTemplate(), folders.Database()); !copied) {
+    return copied.error();
   }
   return platform::EnsureFolder(folders.History());
 }

@@ -40,19 +40,10 @@ Result<int> ListGroups(Context& context, const RecipientStore& store) {
   return 0;
 }
 
-// What cannot be typed into the box of a dialog is refused here with words of our own.
-std::optional<int> RefuseOtherKeys(Context& context, std::string_view name) {
-  if (recipients::IsGroupName(name)) return {};
-  return context.output.Complain("A group name holds only letters A to Z, digits, blanks and \"-\".");
-}
-
 Result<int> NewGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
-  if (const auto refused = RefuseOtherKeys(context, options.name)) return *refused;
-  const auto names = store.ListGroupNames();
-  if (!names) return names.error();
-  const auto complaint = recipients::CheckNewGroupName(options.name, *names);
-  if (complaint) return context.output.Complain(complaint->message);
-  if (const auto made = store.CreateGroup(options.name); !made) return made.error();
+  const auto complaint = recipients::MakeGroup(store, options.name);
+  if (!complaint) return complaint.error();
+  if (*complaint) return context.output.Complain((*complaint)->message);
   context.output.Line(fmt::format("Group \"{}\" was made.", options.name));
   context.output.Object({{"group", options.name}, {"done", "new"}});
   return 0;
@@ -61,12 +52,9 @@ Result<int> NewGroup(Context& context, RecipientStore& store, const GroupOptions
 Result<int> RenameGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
   const auto group = store.RequireGroup(options.name);
   if (!group) return group.error();
-  if (const auto refused = RefuseOtherKeys(context, options.new_name)) return *refused;
-  const auto names = store.ListGroupNames();
-  if (!names) return names.error();
-  const auto complaint = recipients::CheckRenamedGroup(options.new_name, group->name, *names);
-  if (complaint) return context.output.Complain(complaint->message);
-  if (const auto renamed = store.RenameGroup(group->name, options.new_name); !renamed) return renamed.error();
+  const auto complaint = recipients::GiveGroupName(store, group->name, options.new_name);
+  if (!complaint) return complaint.error();
+  if (*complaint) return context.output.Complain((*complaint)->message);
   context.output.Line(fmt::format(R"(Group "{}" is now "{}".)", group->name, options.new_name));
   context.output.Object({{"group", options.new_name}, {"done", "rename"}, {"old", group->name}});
   return 0;

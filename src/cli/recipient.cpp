@@ -116,10 +116,9 @@ Result<int> Add(Context& context, RecipientStore& store, const RecipientGroup& g
   Recipient recipient;
   if (const auto set = SetFields(options.fields, recipient); !set) return set.error();
   if (options.email) recipient.values[recipients::kEmail] = *options.email;
-  const auto complaint = recipients::CheckNewRecipient(store, group.id, recipient);
+  const auto complaint = recipients::AddNewRecipient(store, group.id, recipient);
   if (!complaint) return complaint.error();
   if (*complaint) return context.output.Complain((*complaint)->message);
-  if (const auto added = store.AddRecipient(group.id, recipient); !added) return added.error();
   return Tell(context, group, recipient.email(), "added");
 }
 
@@ -130,10 +129,9 @@ Result<int> Modify(Context& context, RecipientStore& store, const RecipientGroup
   Recipient& recipient = stored->recipient;
   if (const auto set = SetFields(options.fields, recipient); !set) return set.error();
   if (options.email) recipient.values[recipients::kEmail] = *options.email;
-  const auto complaint = recipients::CheckChangedRecipient(store, group.id, stored->id, recipient);
+  const auto complaint = recipients::ChangeRecipient(store, group.id, stored->id, recipient);
   if (!complaint) return complaint.error();
   if (*complaint) return context.output.Complain((*complaint)->message);
-  if (const auto updated = store.UpdateRecipient(stored->id, recipient); !updated) return updated.error();
   return Tell(context, group, recipient.email(), "modified");
 }
 

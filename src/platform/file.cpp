@@ -55,6 +55,44 @@ std::string RemedyOf(int error_number, std::string_view doing) {
   }
 }
 
+// Writes a new file beside `path` and gives it the name by `place`, which returns 0 or sets errno. False when `place`
+// said that something stands there.
+Result<bool> WriteAndPlace(const fs::path& path, int (*place)(const char* from, const char* to),
+                           const std::function<Result<void>(int fd)>& write) {
+  std::string temporary = path.string() + ".XXXXXX";
+  UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+  if (!fd) return SystemError("create", path, errno);
+  auto done = write(fd.get());
+  if (done && ::fsync(fd.get()) != 0) done = SystemError("write", path, errno);
+  bool in_the_way = false;
+  if (done && place(temporary.c_str(), path.c_str()) != 0) {
+    in_the_way = errno == EEXIST;
+    done = SystemError("create", path, errno);
+  }
+  if (!done) ::unlink(temporary.c_str());
+  return done || in_the_way ? Result<bool>(static_cast<bool>(done)) : Result<bool>(done.error());
+}
+
+int PlaceIfAbsent(const char* from, const char* to) {
+  if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return -1;
+  // A file system that cannot rename so; a second name is never made over another either.
+  if (::link(from, to) != 0) return -1;
+  ::unlink(from);
+  return 0;
+}
+
+Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::path& to_path) {
+  std::string block(kCopyBlock, '\0');
+  for (;;) {
+    const auto got = ReadSome(from, from_path, block.data(), block.size());
+    if (!got) return got.error();
+    if (*got == 0) return {};
+    auto written = WriteAll(to, to_path, std::string_view(block).substr(0, *got));
+    if (!written) return written;
+  }
+}
+
 Result<FileWriter> CreateWith(const fs::path& path, int flags) {
   UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0600));
   if (!fd) return SystemError("create", path, errno);
@@ -138,29 +176,22 @@ Result<void> ReplaceFile(const fs::path& path, std::string_view content) {
 }
 
 Result<void> ReplaceFile(const fs::path& path, const std::function<Result<void>(int fd)>& write) {
-  std::string temporary = path.string() + ".XXXXXX";
-  UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (!fd) return SystemError("create", path, errno);
-  auto done = write(fd.get());
-  if (done && ::fsync(fd.get()) != 0) done = SystemError("write", path, errno);
-  if (done && ::rename(temporary.c_str(), path.c_str()) != 0) done = SystemError("create", path, errno);
-  if (!done) ::unlink(temporary.c_str());
-  return done;
+  const auto placed = WriteAndPlace(path, ::rename, write);
+  return placed ? Result<void>() : placed.error();
 }
 
 Result<void> CopyFile(const fs::path& from, const fs::path& to) {
   const auto source = OpenForReading(from);
   if (!source) return source.error();
-  return ReplaceFile(to, [&](int fd) -> Result<void> {
-    std::string block(kCopyBlock, '\0');
-    for (;;) {
-      const auto got = ReadSome(source->get(), from, block.data(), block.size());
-      if (!got) return got.error();
-      if (*got == 0) return {};
-      auto written = WriteAll(fd, to, std::string_view(block).substr(0, *got));
-      if (!written) return written;
-    }
-  });
+  return ReplaceFile(to, [&](int fd) { return CopyContent(source->get(), from, fd, to); });
+}
+
+Result<bool> CopyFileIfAbsent(const fs::path& from, const fs::path& to) {
+  std::error_code ignored;
+  if (fs::symlink_status(to, ignored).type() != fs::file_type::not_found) return false;
+  const auto source = OpenForReading(from);
+  if (!source) return source.error();
+  return WriteAndPlace(to, PlaceIfAbsent, [&](int fd) { return CopyContent(source->get(), from, fd, to); });
 }
 
 Result<void> EnsureFolder(const fs::path& folder) {

@@ -62,6 +62,10 @@ Result<void> ReplaceFile(const std::filesystem::path& path, const std::function<
 // A copy of the content, put under the name `to` in the same way.
 Result<void> CopyFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
+// The same where nothing stands at `to`. What does, a link that leads nowhere included, is never replaced, however many
+// do this at once: false then.
+Result<bool> CopyFileIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to);
+
 // Makes the folder and those above it that are missing, each 0700. A folder that exists is left as it is.
 Result<void> EnsureFolder(const std::filesystem::path& folder);
 

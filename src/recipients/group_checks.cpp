@@ -4,13 +4,13 @@
 
 #include "platform/text.h"
 #include "recipients/check_email.h"
-#include "recipients/text_order.h"
 
 namespace quillcast::recipients {
 namespace {
 
 constexpr const char* kNameControl = "NameTextBox";
 constexpr const char* kEmailControl = "EmailTextBox";
+constexpr const char* kNoAddress = "Invalid email address.";
 constexpr const char* kAddressExists = "A recipient with the email you specified already exists.";
 
 std::optional<Complaint> CheckBlanks(std::string_view name) {
@@ -19,11 +19,17 @@ std::optional<Complaint> CheckBlanks(std::string_view name) {
   return {};
 }
 
-std::optional<Complaint> CheckNotTaken(std::string_view name, std::span<const std::string> existing) {
-  const bool taken = std::any_of(existing.begin(), existing.end(),
-                                 [name](const std::string& other) { return CompareText(name, other) == 0; });
-  if (!taken) return {};
-  return Complaint{"A Group with the name you specified already exists. Specify a different name.", kNameControl};
+constexpr const char* kNameTaken = "A Group with the name you specified already exists. Specify a different name.";
+
+// What cannot be typed into the box of a dialog has words of our own.
+std::optional<Complaint> CheckKeys(std::string_view name) {
+  if (IsGroupName(name)) return {};
+  return Complaint{"A group name holds only letters A to Z, digits, blanks and \"-\".", kNameControl};
+}
+
+Result<std::optional<Complaint>> TakenUnless(const Result<bool>& written, const Complaint& complaint) {
+  if (!written) return written.error();
+  return *written ? std::optional<Complaint>() : complaint;
 }
 
 }  // namespace
@@ -36,18 +42,20 @@ bool IsGroupName(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return IsGroupNameKey(static_cast<unsigned char>(c)); });
 }
 
-std::optional<Complaint> CheckNewGroupName(std::string_view name, std::span<const std::string> existing) {
-  if (name.empty()) return Complaint{"Please enter a name.", kNameControl};
+Result<std::optional<Complaint>> MakeGroup(RecipientStore& store, std::string_view name) {
+  if (name.empty()) return std::optional(Complaint{"Please enter a name.", kNameControl});
+  if (auto complaint = CheckKeys(name)) return complaint;
   if (auto complaint = CheckBlanks(name)) return complaint;
-  return CheckNotTaken(name, existing);
+  return TakenUnless(store.CreateGroupIfFree(name), {kNameTaken, kNameControl});
 }
 
-std::optional<Complaint> CheckRenamedGroup(std::string_view name, std::string_view old_name,
-                                           std::span<const std::string> existing) {
-  if (name.empty()) return Complaint{"Please enter a name.", kNameControl};
-  if (name == old_name) return Complaint{"You didn't modify the group name.", kNameControl};
+Result<std::optional<Complaint>> GiveGroupName(RecipientStore& store, std::string_view old_name,
+                                               std::string_view name) {
+  if (name.empty()) return std::optional(Complaint{"Please enter a name.", kNameControl});
+  if (auto complaint = CheckKeys(name)) return complaint;
+  if (name == old_name) return std::optional(Complaint{"You didn't modify the group name.", kNameControl});
   if (auto complaint = CheckBlanks(name)) return complaint;
-  return CheckNotTaken(name, existing);
+  return TakenUnless(store.RenameGroupIfFree(old_name, name), {kNameTaken, kNameControl});
 }
 
 std::optional<Complaint> CheckGroupChosen(std::string_view group) {
@@ -60,23 +68,16 @@ std::optional<Complaint> CheckGroupNotEmpty(std::int64_t recipients) {
   return Complaint{"The selected group does not contain any recipients.", ""};
 }
 
-Result<std::optional<Complaint>> CheckNewRecipient(const RecipientStore& store, std::int64_t group_id,
-                                                   const Recipient& recipient) {
-  using Found = std::optional<Complaint>;
-  if (!CheckEmail(recipient.email())) return Found({"Invalid email address.", kEmailControl});
-  const auto exists = store.RecipientExists(group_id, recipient.email());
-  if (!exists) return exists.error();
-  return *exists ? Found({kAddressExists, kEmailControl}) : Found();
+Result<std::optional<Complaint>> AddNewRecipient(RecipientStore& store, std::int64_t group_id,
+                                                 const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return std::optional(Complaint{kNoAddress, kEmailControl});
+  return TakenUnless(store.AddRecipientIfNew(group_id, recipient), {kAddressExists, kEmailControl});
 }
 
-Result<std::optional<Complaint>> CheckChangedRecipient(const RecipientStore& store, std::int64_t group_id,
-                                                       std::int64_t recipient_id, const Recipient& recipient) {
-  using Found = std::optional<Complaint>;
-  if (!CheckEmail(recipient.email())) return Found({"Invalid email address.", kEmailControl});
-  const auto other = store.FindRecipient(group_id, recipient.email());
-  if (!other) return other.error();
-  const bool conflict = *other && (*other)->id != recipient_id;
-  return conflict ? Found({kAddressExists, kEmailControl}) : Found();
+Result<std::optional<Complaint>> ChangeRecipient(RecipientStore& store, std::int64_t group_id,
+                                                 std::int64_t recipient_id, const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return std::optional(Complaint{kNoAddress, kEmailControl});
+  return TakenUnless(store.UpdateRecipientIfNew(group_id, recipient_id, recipient), {kAddressExists, kEmailControl});
 }
 
 }  // namespace quillcast::recipients

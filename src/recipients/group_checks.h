@@ -1,10 +1,9 @@
-// What must hold before a group or a recipient is written. Each check gives the first complaint, in the given order.
+// What must hold before a group or a recipient is written, and the writing. Each gives the first complaint, in the
+// given order.
 #pragma once
 
 #include <cstdint>
 #include <optional>
-#include <span>
-#include <string>
 #include <string_view>
 
 #include "platform/complaint.h"
@@ -16,18 +15,16 @@ namespace quillcast::recipients {
 bool IsGroupNameKey(char32_t key);
 bool IsGroupName(std::string_view name);
 
-std::optional<Complaint> CheckNewGroupName(std::string_view name, std::span<const std::string> existing);
-std::optional<Complaint> CheckRenamedGroup(std::string_view name, std::string_view old_name,
-                                           std::span<const std::string> existing);
+// These write when nothing is to be complained of. The error is the store's.
+Result<std::optional<Complaint>> MakeGroup(RecipientStore& store, std::string_view name);
+Result<std::optional<Complaint>> GiveGroupName(RecipientStore& store, std::string_view old_name, std::string_view name);
+// The address rule, then that the address is not in the group; a recipient that is changed may keep its own.
+Result<std::optional<Complaint>> AddNewRecipient(RecipientStore& store, std::int64_t group_id,
+                                                 const Recipient& recipient);
+Result<std::optional<Complaint>> ChangeRecipient(RecipientStore& store, std::int64_t group_id,
+                                                 std::int64_t recipient_id, const Recipient& recipient);
 
 std::optional<Complaint> CheckGroupChosen(std::string_view group);
 std::optional<Complaint> CheckGroupNotEmpty(std::int64_t recipients);
-
-// The address rule, then that the address is not in the group. The error is the store's.
-Result<std::optional<Complaint>> CheckNewRecipient(const RecipientStore& store, std::int64_t group_id,
-                                                   const Recipient& recipient);
-// The same for a recipient that is changed: its own row is no conflict.
-Result<std::optional<Complaint>> CheckChangedRecipient(const RecipientStore& store, std::int64_t group_id,
-                                                       std::int64_t recipient_id, const Recipient& recipient);
 
 }  // namespace quillcast::recipients

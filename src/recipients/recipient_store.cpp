@@ -72,6 +72,19 @@ List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipi
   return values;
 }
 
+// For the statement that has its key at the end.
+List<kFieldCount + 1> ValuesAndKey(std::string_view key, const Recipient& recipient) {
+  auto values = KeyAndValues(key, recipient);
+  std::rotate(values.begin(), values.begin() + 1, values.end());
+  return values;
+}
+
+Result<bool> IsGroupOn(Database& database, std::string_view name) {
+  const auto group = FindGroupOn(database, name);
+  if (!group) return group.error();
+  return group->has_value();
+}
+
 }  // namespace
 
 Result<bool> RecipientCursor::Next(Recipient& recipient) {
@@ -159,6 +172,55 @@ Result<void> RecipientStore::RunAlone(StatementId id, Values values) {
   return RunOn(*database, id, values);
 }
 
+Result<bool> RecipientStore::RunUnless(const std::function<Result<bool>(Database&)>& is_there, StatementId id,
+                                       Values values) {
+  auto database = OpenStore(file_);
+  if (!database) return database.error();
+  auto transaction = platform::Transaction::Begin(*database);
+  if (!transaction) return transaction.error();
+  const auto there = is_there(*database);
+  if (!there) return there;
+  if (*there) return false;
+  if (const auto done = RunOn(*database, id, values); !done) return done.error();
+  if (const auto done = transaction->Commit(); !done) return done.error();
+  return true;
+}
+
+Result<bool> RecipientStore::CreateGroupIfFree(std::string_view name) {
+  return RunUnless([&](Database& database) { return IsGroupOn(database, name); }, StatementId::kCreateGroup,
+                   List<1>{name});
+}
+
+Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::string_view new_name) {
+  return RunUnless([&](Database& database) { return IsGroupOn(database, new_name); }, StatementId::kRenameGroup,
+                   List<2>{new_name, old_name});
+}
+
+Result<bool> RecipientStore::AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient) {
+  const std::string key = std::to_string(group_id);
+  return RunUnless(
+      [&](Database& database) -> Result<bool> {
+        auto found = Bound(database, StatementId::kFindDuplicate, List<2>{key, recipient.email()});
+        return found ? found->rows().Step() : found.error();
+      },
+      StatementId::kAddRecipient, KeyAndValues(key, recipient));
+}
+
+Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id,
+                                                  const Recipient& recipient) {
+  const std::string group_key = std::to_string(group_id);
+  const std::string key = std::to_string(recipient_id);
+  return RunUnless(
+      [&](Database& database) -> Result<bool> {
+        auto found = Bound(database, StatementId::kFindRecipient, List<2>{group_key, recipient.email()});
+        if (!found) return found.error();
+        const auto row = found->rows().Step();
+        if (!row) return row.error();
+        return *row && found->rows().Int(0) != recipient_id;
+      },
+      StatementId::kUpdateRecipient, ValuesAndKey(key, recipient));
+}
+
 Result<void> RecipientStore::AddRecipient(std::int64_t group_id, const Recipient& recipient) {
   const std::string key = std::to_string(group_id);
   return RunAlone(StatementId::kAddRecipient, KeyAndValues(key, recipient));
@@ -171,9 +233,7 @@ Result<void> RecipientStore::AddAddress(std::int64_t group_id, std::string_view 
 
 Result<void> RecipientStore::UpdateRecipient(std::int64_t recipient_id, const Recipient& recipient) {
   const std::string key = std::to_string(recipient_id);
-  auto values = KeyAndValues(key, recipient);
-  std::rotate(values.begin(), values.begin() + 1, values.end());  // this statement has its key at the end
-  return RunAlone(StatementId::kUpdateRecipient, values);
+  return RunAlone(StatementId::kUpdateRecipient, ValuesAndKey(key, recipient));
 }
 
 Result<void> RecipientStore::DeleteRecipient(std::int64_t recipient_id) {

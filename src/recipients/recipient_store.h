@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,7 +55,14 @@ class RecipientStore {
   Result<bool> RecipientExists(std::int64_t group_id, std::string_view address) const;
   Result<std::optional<StoredRecipient>> FindRecipient(std::int64_t group_id, std::string_view address) const;
 
-  // The writers check nothing: see CheckNewRecipient and CheckNewGroupName.
+  // These look and write in one transaction, so that of two at once only one succeeds. False, with nothing written,
+  // when the name or the address is taken. The checks on what a person typed come before: see group_checks.h.
+  Result<bool> CreateGroupIfFree(std::string_view name);
+  Result<bool> RenameGroupIfFree(std::string_view old_name, std::string_view new_name);
+  Result<bool> AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient);
+  Result<bool> UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id, const Recipient& recipient);
+
+  // These check nothing.
   Result<void> AddRecipient(std::int64_t group_id, const Recipient& recipient);
   Result<void> AddAddress(std::int64_t group_id, std::string_view address);
   Result<void> UpdateRecipient(std::int64_t recipient_id, const Recipient& recipient);
@@ -82,6 +90,9 @@ class RecipientStore {
  private:
   // Runs one statement that gives no rows, on a connection of its own.
   Result<void> RunAlone(StatementId id, Values values);
+  // The same unless the thing is there already.
+  Result<bool> RunUnless(const std::function<Result<bool>(platform::Database&)>& is_there, StatementId id,
+                         Values values);
 
   std::filesystem::path file_;
 };

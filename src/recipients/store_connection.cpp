@@ -31,6 +31,13 @@ Result<void> CheckPassword(platform::Database& database, std::string_view passwo
 }
 
 Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password) {
+  std::error_code ignored;
+  if (std::filesystem::is_symlink(file, ignored) && !std::filesystem::exists(file, ignored)) {
+    const auto target = std::filesystem::read_symlink(file, ignored);
+    return Error{Failure::kNoInput,
+                 fmt::format("{} is a link to {}, which is not there.", file.string(), target.string()),
+                 "Make available what it leads to, or remove the link to begin with an empty store."};
+  }
   auto database = platform::Database::Open(file, platform::OpenMode::kReadWrite);
   if (!database) return database;
   if (const auto added = AddTextRules(*database); !added) return added.error();

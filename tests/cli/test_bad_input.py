@@ -339,6 +339,39 @@ class BadInput(Case):
         done = self.shell(f"mkdir '{gone}' && cd '{gone}' && rmdir '{gone}' && '{os.path.abspath(PROGRAM)}' --profile p group list")
         self.assertEqual(done.returncode, 73, done.stderr)
 
+    def test_a_store_that_is_away(self):
+        """A link at the store's place is the person's, also while what it leads to is not there."""
+        self.group("All", ["ada@r.example"])
+        store, disk = self.profile / "data" / "Group.mdb", self.folder / "disk" / "Group.mdb"
+        disk.parent.mkdir()
+        shutil.move(store, disk)
+        store.symlink_to(disk)
+        self.assertEqual(self.addresses("All"), ["ada@r.example"])
+        disk.rename(disk.with_suffix(".away"))
+        self.check([(["group", "list"], 66, f"is a link to {disk}", "Make available"),
+                    (["group", "new", "Other"], 66, str(disk))])
+        self.assertTrue(store.is_symlink())
+        disk.with_suffix(".away").rename(disk)
+        self.assertEqual(self.addresses("All"), ["ada@r.example"])
+
+    def at_once(self, *commands):
+        """The exit codes of commands that run beside each other."""
+        processes = [self.popen(*command) for command in commands]
+        told = [process.communicate(timeout=60) for process in processes]
+        self.assertEqual([err for _, err in told if b"locked" in err], [])
+        return [process.returncode for process in processes]
+
+    def test_several_at_once(self):
+        for _ in range(4):
+            shutil.rmtree(self.profile, ignore_errors=True)
+            names = [f"Group {n}" for n in range(12)]
+            self.assertEqual(self.at_once(*(["group", "new", name] for name in names)), [0] * 12, "a first start")
+            self.assertEqual(sorted(self.ok("group", "list").splitlines()), sorted(names))
+            self.assertEqual(sorted(self.at_once(*[["group", "new", "Same"]] * 8)), [0] + [64] * 7)
+            add = ["recipient", "add", "-g", "Same", "-e", "ada@r.example"]
+            self.assertEqual(sorted(self.at_once(*[add] * 8)), [0] + [64] * 7)
+            self.assertEqual(self.addresses("Same"), ["ada@r.example"])
+
     # --- no room ---
 
     def test_full_disk(self):

@@ -51,19 +51,21 @@ TEST_F(StoreTest, AddressesAreEqualAsPeopleSeeThem) {
   EXPECT_EQ((*stored)->recipient, Named("O'Neill \xC3\x84 <o@x.org>", "Shan", "100%_'"));
 }
 
-TEST_F(StoreTest, ChecksComeBeforeWriting) {
+TEST_F(StoreTest, WritesOnlyWhatPassesTheChecks) {
   const auto group = NewGroup("A");
   ASSERT_TRUE(store().AddAddress(group, "ada@example.org"));
   ASSERT_TRUE(store().AddAddress(group, "bob@example.org"));
   const auto id = (*store().FindRecipient(group, "ada@example.org"))->id;
   const Complaint bad{"Invalid email address.", "EmailTextBox"};
   const Complaint twice{"A recipient with the email you specified already exists.", "EmailTextBox"};
-  EXPECT_EQ(*CheckNewRecipient(store(), group, Named("ada@example.o")), bad);
-  EXPECT_EQ(*CheckNewRecipient(store(), group, Named("ADA@example.org")), twice);
-  EXPECT_EQ(*CheckNewRecipient(store(), group, Named("eve@example.org")), std::nullopt);
-  EXPECT_EQ(*CheckChangedRecipient(store(), group, id, Named("Ada@example.org")), std::nullopt);
-  EXPECT_EQ(*CheckChangedRecipient(store(), group, id, Named("Bob@example.org")), twice);
-  EXPECT_EQ(*CheckChangedRecipient(store(), group, id, Named("")), bad);
+  auto open = store();
+  EXPECT_EQ(*AddNewRecipient(open, group, Named("ada@example.o")), bad);
+  EXPECT_EQ(*AddNewRecipient(open, group, Named("ADA@example.org")), twice);
+  EXPECT_EQ(*AddNewRecipient(open, group, Named("eve@example.org")), std::nullopt);
+  EXPECT_EQ(*ChangeRecipient(open, group, id, Named("Ada@example.org")), std::nullopt);
+  EXPECT_EQ(*ChangeRecipient(open, group, id, Named("Bob@example.org")), twice);
+  EXPECT_EQ(*ChangeRecipient(open, group, id, Named("")), bad);
+  EXPECT_EQ(Addresses(group), "Ada@example.org bob@example.org eve@example.org ");
 }
 
 TEST_F(StoreTest, UpdatesAndDeletesOneRow) {
@@ -146,29 +148,39 @@ TEST_F(StoreTest, SearchesByOneField) {
   }
 }
 
-TEST(GroupChecks, NamesInTheGivenOrder) {
-  const std::vector<std::string> existing = {"Readers", "Authors"};
+TEST_F(StoreTest, ChecksGroupNamesInTheGivenOrder) {
+  NewGroup("Readers");
+  NewGroup("Authors");
   struct Case {
     const char* name;
     const char* message;  // nullptr: accepted
     bool is_rename;       // of "Readers"
   };
   constexpr const char* kTaken = "A Group with the name you specified already exists. Specify a different name.";
+  constexpr const char* kKeys = "A group name holds only letters A to Z, digits, blanks and \"-\".";
   for (const Case& c : std::initializer_list<Case>{{"", "Please enter a name.", false},
                                                    {" ", "Group name cannot begin with space.", false},
                                                    {" a ", "Group name cannot begin with space.", false},
                                                    {"a ", "Group name cannot end with space.", false},
                                                    {"readers", kTaken, false},
                                                    {"Reader", nullptr, false},
+                                                   {"a_b", kKeys, false},
+                                                   {"\xC3\xA4", kKeys, true},
                                                    {"", "Please enter a name.", true},
                                                    {"Readers", "You didn't modify the group name.", true},
                                                    {"READERS", kTaken, true},
                                                    {" Readers", "Group name cannot begin with space.", true},
                                                    {"authors", kTaken, true},
                                                    {"Readers-2", nullptr, true}}) {
-    const auto complaint =
-        c.is_rename ? CheckRenamedGroup(c.name, "Readers", existing) : CheckNewGroupName(c.name, existing);
-    EXPECT_EQ(complaint ? complaint->message : "accepted", c.message == nullptr ? "accepted" : c.message) << c.name;
+    const auto file = folder_ / "Case.mdb";
+    std::filesystem::copy_file(store().file(), file, std::filesystem::copy_options::overwrite_existing);
+    RecipientStore of_case(file);
+    const auto complaint = c.is_rename ? GiveGroupName(of_case, "Readers", c.name) : MakeGroup(of_case, c.name);
+    ASSERT_TRUE(complaint);
+    EXPECT_EQ(*complaint ? (*complaint)->message : "accepted", c.message == nullptr ? "accepted" : c.message) << c.name;
+    const auto names = *of_case.ListGroupNames();
+    const bool is_written = std::find(names.begin(), names.end(), c.name) != names.end();
+    EXPECT_EQ(is_written, c.message == nullptr || std::string_view(c.name) == "Readers") << c.name;
   }
   EXPECT_TRUE(IsGroupName("Az09 -"));
   for (const char* name : {"a'b", "a_b", "\xC3\xA4", "a\tb", "a.b"}) EXPECT_FALSE(IsGroupName(name)) << name;

@@ -31,20 +31,13 @@ void GroupsMenu::AskForNewGroup() {
       QInputDialog::getText(parentWidget(), tr("New Group"), tr("Name of the group:"), QLineEdit::Normal, {}, &given);
   if (!given) return;
   recipients::RecipientStore store(program_.folders.Database());
-  const auto existing = store.ListGroupNames();
-  if (!existing) {
-    emit Said(ToQt(InOneLine(existing.error())));
-    return;
-  }
-  if (const auto complaint = recipients::CheckNewGroupName(FromQt(name), *existing)) {
-    program_.prompts.Warn(complaint->message);
-    return;
-  }
-  const auto made = store.CreateGroup(FromQt(name));
-  if (made) {
-    emit Changed(name);
+  const auto complaint = recipients::MakeGroup(store, FromQt(name));
+  if (!complaint) {
+    emit Said(ToQt(InOneLine(complaint.error())));
+  } else if (*complaint) {
+    program_.prompts.Warn((*complaint)->message);
   } else {
-    emit Said(ToQt(InOneLine(made.error())));
+    emit Changed(name);
   }
 }
 
