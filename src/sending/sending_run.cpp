@@ -57,6 +57,7 @@ class Run final : public smtp::Mailing {
   void CaughtUp() override { Flush(); }
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override { report_.LogLine(line); }
+  void Waiting() override { Flush(); }
   void Progress(std::uint64_t sent, std::uint64_t total) override {
     listener_.Progress(Done(), InRange(), sent, total);
   }
@@ -199,6 +200,7 @@ void Run::Flush() {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
+  Flush();  // who is asked may read it
   if (listener_.GoOn(refusal, times)) return true;
   gave_up_ = true;
   return false;

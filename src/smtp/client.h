@@ -68,8 +68,11 @@ class Mailing {
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
   // times, with this same outcome. Asked again after as many more. False: no further job is taken.
   virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
-  // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked.
+  // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked. It belongs to
+  // the next job that is finished; with several in flight, lines of the later ones wait for the earlier.
   virtual void LogLine(std::string_view line) = 0;
+  // The server is being waited for: the time to show what LogLine told. A few times a second at most.
+  virtual void Waiting() {}
   // How many of a message's octets are out; told a few times a message at most.
   virtual void Progress(std::uint64_t sent, std::uint64_t total) = 0;
 };

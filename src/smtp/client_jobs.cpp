@@ -1,5 +1,6 @@
 #include "smtp/client_jobs.h"
 
+#include <string_view>
 #include <utility>
 
 namespace quillcast::smtp {
@@ -58,6 +59,7 @@ Job* JobQueue::Next() {
   entry.job = job;
   entry.stage = Entry::Stage::kWaiting;
   entry.moved = false;
+  entry.log.clear();
   ++waiting_;
   return job;
 }
@@ -99,7 +101,24 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
     const int times = breaker_.TimeToAsk(first.outcome);
     if (times != 0 && !no_more_) no_more_ = !mailing_->GoOn(first.outcome, times);
     entries_.Pop();
+    if (!entries_.empty()) TellLog(entries_.front());
   }
+}
+
+void JobQueue::TellLog(Entry& entry) {
+  std::string_view lines = entry.log;
+  for (auto end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
+    mailing_->LogLine(lines.substr(0, end));
+    lines.remove_prefix(end + 1);
+  }
+  entry.log.clear();
+}
+
+void JobQueue::Log(std::size_t place, std::string_view line) {
+  std::size_t n = 0;
+  while (n < entries_.size() && (entries_[n].stage != Entry::Stage::kSubmitted || place-- > 0)) ++n;
+  if (n == 0 || n == entries_.size()) return mailing_->LogLine(line);
+  entries_[n].log.append(line).push_back('\n');
 }
 
 void JobQueue::CatchUp() {

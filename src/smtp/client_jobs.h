@@ -37,6 +37,11 @@ class JobQueue {
   // another connection may serve it.
   void Settle(const Outcome& outcome, bool again);
 
+  // A line of the connection, of the submitted job that has `place` submitted ones before it. The first job of all has
+  // its lines told at once; those behind keep theirs until it has been told, so that the lines of each stand together
+  // before its outcome.
+  void Log(std::size_t place, std::string_view line);
+
   // Says Mailing::CaughtUp where something was told since the last time.
   void CatchUp();
 
@@ -49,10 +54,12 @@ class JobQueue {
     Stage stage = Stage::kWaiting;
     bool moved = false;
     Outcome outcome;
+    std::string log;  // lines, each with "\n", that wait for the jobs before
   };
 
   Entry* FirstAt(Entry::Stage stage);
   void Tell(Entry& entry, const Outcome& outcome);
+  void TellLog(Entry& entry);
 
   const platform::CancelToken& cancel_;
   Mailing* mailing_ = nullptr;

@@ -221,6 +221,7 @@ Event& ClientSession::NewEvent(Event::Kind kind) {
   Event& event = events_.Push();
   event.kind = kind;
   event.text.clear();
+  event.place = 0;
   event.again = false;
   return event;
 }
@@ -232,8 +233,12 @@ const Event* ClientSession::NextEvent() {
   return &event;
 }
 
-void ClientSession::Log(std::string_view side, std::string_view line) {
-  NewEvent(Event::Kind::kLogLine).text.append(side).append(line);
+// What is sent belongs to the message that is being sent, what comes to the oldest one.
+Event& ClientSession::Log(std::string_view side, std::string_view line) {
+  Event& event = NewEvent(Event::Kind::kLogLine);
+  event.text.append(side).append(line);
+  if (side == "C: ") event.place = sending_;
+  return event;
 }
 
 // A server that makes no sense while it is first asked for several things at once may do well with one at a time.

@@ -42,6 +42,7 @@ struct Event {
   };
   Kind kind = Kind::kLogLine;
   std::string text;
+  std::size_t place = 0;  // of a log line: how many messages without outcome come before the one that it belongs to
   Outcome outcome;
   bool again = false;  // of a message: the server has not taken it for certain, and another connection may serve it
 };
@@ -172,7 +173,7 @@ class ClientSession {
   void SendBody(Transfer& transfer);
   std::uint64_t made() const { return base_ + out_.size(); }
   std::uint64_t sent() const { return base_ + out_at_; }
-  void Log(std::string_view side, std::string_view line);
+  Event& Log(std::string_view side, std::string_view line);
 
   // Receiving.
   bool ReplyIsDue() const { return !awaited_.empty() && awaited_.front().end <= sent(); }

@@ -210,7 +210,7 @@ void ClientSession::SendBody(Transfer& transfer) {
     return FinishAnswered();
   }
   if (!body_->ended()) return;
-  fmt::format_to(std::back_inserter(NewEvent(Event::Kind::kLogLine).text), "C: (message, {} bytes)", octets_made_);
+  fmt::format_to(std::back_inserter(Log("C: ", {}).text), "(message, {} bytes)", octets_made_);
   transfer.next = Transfer::Next::kNothing;
   transfer.ended = true;
   transfer.end = awaited_.back().end = made();

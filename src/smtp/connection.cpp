@@ -14,6 +14,10 @@ constexpr std::uint64_t kProgressParts = 4;
 // A server that takes longer to answer than this is not pressed for more.
 constexpr std::chrono::seconds kQuick{1};
 
+// How long a wait may be before what was said is shown, and the time between two such waits. Longer than the wait that
+// takes a read one call alone.
+constexpr std::chrono::milliseconds kUnshown{250};
+
 // Short printable ASCII, which may be shown as it is.
 bool IsPlain(std::string_view line) {
   return line.size() <= 200 && std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
@@ -49,7 +53,8 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
                 platform::RandomOctets(24), around.clock.Now()},
                around.window),
       longest_step_(around.options.timeout),
-      step_(session_.Step() - 1) {}
+      step_(session_.Step() - 1),
+      shown_(around.clock.Monotonic()) {}
 
 net::Patience Connection::HandshakePatience() const {
   return {around_.clock, around_.cancel, gives_up_at_, net::Deadline::After(around_.clock.Monotonic(), longest_step_)};
@@ -103,10 +108,26 @@ void Connection::WaitAndRead(bool blocked) {
     step_ = session_.Step();
     deadline_ = net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
   }
-  const auto count = stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, deadline_});
+  const auto count = ReadOrShow(blocked, began);
   around_.window.SetQuick(around_.clock.Monotonic() - began < kQuick);
   // A short read in clear took all that there is.
   if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
+}
+
+// Reads; and where the server takes its time, lets the conversation so far be shown. Once in a while, and not at each
+// wait, because that costs a write.
+Result<std::optional<std::size_t>> Connection::ReadOrShow(bool blocked, platform::Instant began) {
+  const auto read = [&](const net::Deadline& until) {
+    return stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, until});
+  };
+  if (began - shown_ < kUnshown) {
+    auto count = read(Earlier(deadline_, net::Deadline::After(began, kUnshown)));
+    const bool quiet = !count && count.error().failure == Failure::kTimedOut;
+    if (!quiet || deadline_.Passed(around_.clock.Monotonic())) return count;
+  }
+  around_.mailing->Waiting();
+  shown_ = around_.clock.Monotonic();
+  return read(deadline_);
 }
 
 void Connection::ReadAll() {
@@ -142,9 +163,9 @@ void Connection::TakeEvents() {
     switch (event->kind) {
       case Event::Kind::kLogLine:
         if (IsPlain(event->text)) {
-          around_.mailing->LogLine(event->text);
+          around_.jobs.Log(event->place, event->text);
         } else {
-          around_.mailing->LogLine(platform::Printable(event->text));
+          around_.jobs.Log(event->place, platform::Printable(event->text));
         }
         break;
       case Event::Kind::kStartTls:

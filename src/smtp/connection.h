@@ -51,6 +51,7 @@ class Connection {
   net::Patience HandshakePatience() const;
   bool WriteAll();
   void WaitAndRead(bool blocked);
+  Result<std::optional<std::size_t>> ReadOrShow(bool blocked, platform::Instant began);
   void ReadAll();
   bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
@@ -66,6 +67,7 @@ class Connection {
   std::chrono::seconds longest_step_;
   std::uint64_t step_;  // the one that `deadline_` belongs to
   net::Deadline deadline_ = net::Deadline::Never();
+  platform::Instant shown_;  // when the conversation was shown last
   bool ready_ = false;
   std::optional<Outcome> ended_;
   std::uint64_t told_ = 0;  // octets of the message under way

@@ -39,11 +39,15 @@ class Letters final : public Mailing {
     log.emplace_back(line);
     if (on_line) on_line(line);
   }
+  void Waiting() override {
+    if (on_waiting) on_waiting();
+  }
   void Progress(std::uint64_t, std::uint64_t) override {}
 
   std::vector<Outcome> outcomes;
   std::vector<std::string> log;
   std::function<void(std::string_view)> on_line;
+  std::function<void()> on_waiting;
 
  private:
   std::vector<std::unique_ptr<TextSource>> sources_;
