@@ -53,11 +53,12 @@ int RunClear(Context& context) {
   if (cleared.clearing == sending::Clearing::kKept) return ExitCode(Failure::kNotPermitted);
   context.output.Line(
       fmt::format("{} deleted.", platform::Counted(static_cast<std::int64_t>(cleared.deleted), "file", "files")));
-  context.output.Object({{"deleted", cleared.deleted}, {"left", cleared.left}, {"going_on", cleared.going_on}});
-  if (cleared.going_on > 0) context.output.Note("The files of a run that is going on were kept.");
-  if (cleared.left == 0) return 0;
-  return context.output.Fail({Failure::kNotPermitted, fmt::format("{} files could not be deleted.", cleared.left),
-                              "Look at the permissions of " + folders->History().string()});
+  context.output.Object({{"deleted", cleared.deleted},
+                         {"left", cleared.left},
+                         {"going_on", cleared.going_on},
+                         {"folders", cleared.folders}});
+  for (const auto& sentence : sending::WhatStayed(cleared, folders->History())) context.output.Note(sentence);
+  return cleared.left == 0 ? 0 : ExitCode(Failure::kNotPermitted);
 }
 
 }  // namespace

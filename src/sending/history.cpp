@@ -37,6 +37,12 @@ std::string RowText(std::string_view base) {
   return text;
 }
 
+// A file, or a link to one.
+bool IsEntry(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  return entry.path().extension() == kReportEnding && entry.is_regular_file(ignored);
+}
+
 Result<void> OpenOrWarn(const fs::path& file, const char* warning, platform::Desktop& desktop,
                         platform::Prompts& prompts) {
   if (Exists(file)) return desktop.OpenFile(file);
@@ -85,8 +91,9 @@ Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
   std::error_code failed;
   for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
        entry.increment(failed)) {
-    if (entry->path().extension() != kReportEnding) continue;
-    IgnoreErrors(platform::Unlock(entry->path()));
+    if (!IsEntry(*entry)) continue;
+    std::error_code ignored;
+    if (!entry->is_symlink(ignored)) IgnoreErrors(platform::Unlock(entry->path()));
     const std::string file = entry->path().filename().string();
     rows.push_back({file, RowText(WithoutEnding(file))});
   }
@@ -114,19 +121,33 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   for (auto entry = fs::directory_iterator(history, ignored); !ignored && entry != fs::directory_iterator();
        entry.increment(ignored)) {
     const fs::path& file = entry->path();
-    if (entry->is_directory(ignored)) continue;
-    const bool of_a_run_going_on = platform::IsBeingWritten(fs::path(file).replace_extension(kReportEnding));
-    if (of_a_run_going_on) {
+    if (fs::is_directory(entry->symlink_status(ignored))) {
+      ++result.folders;
+    } else if (platform::IsBeingWritten(fs::path(file).replace_extension(kReportEnding))) {
       ++result.going_on;
     } else {
       files.push_back(file);
     }
   }
-  for (const fs::path& file : files) {
-    IgnoreErrors(platform::Unlock(file));
-    (fs::remove(file, ignored) ? result.deleted : result.left) += 1;
-  }
+  // Removing a name asks nothing of the file's own permissions, so that nothing needs to be unlocked first.
+  for (const fs::path& file : files) (fs::remove(file, ignored) ? result.deleted : result.left) += 1;
   return result;
+}
+
+std::vector<std::string> WhatStayed(const ClearedHistory& cleared, const fs::path& history) {
+  const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };
+  std::vector<std::string> sentences;
+  if (cleared.folders > 0) {
+    sentences.push_back(platform::Counted(number(cleared.folders), "folder in it was left as it is.",
+                                          "folders in it were left as they are."));
+  }
+  if (cleared.going_on > 0) sentences.emplace_back("The files of a run that is going on were kept.");
+  if (cleared.left > 0) {
+    sentences.push_back(fmt::format("{} could not be deleted. Look at the permissions of {}.",
+                                    platform::Counted(number(cleared.left), "file", "files"),
+                                    platform::Printable(history.string())));
+  }
+  return sentences;
 }
 
 }  // namespace quillcast::sending

@@ -39,8 +39,8 @@ struct HistoryRow {
   std::string text;  // "Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello"
 };
 
-// The entries in the order in which the file system gives them; files that are read-only become writable. Names that
-// are not in three parts give shorter rows.
+// The entries in the order in which the file system gives them; files that are read-only become writable. Folders are
+// no entries, and what a link points to stays as it is. Names that are not in three parts give shorter rows.
 Result<std::vector<HistoryRow>> ListHistory(const std::filesystem::path& history);
 
 // Opens a row's report or message with the desktop's program for it. Warns when it is not there.
@@ -52,13 +52,18 @@ Result<void> OpenMessage(const std::filesystem::path& history, const HistoryRow&
 enum class Clearing { kKept, kCleared };
 
 // Deletes every file of the history folder, whatever it is, after a question; but not those of a run that is going on.
-// Files that cannot be deleted are passed over and counted.
+// Of a link it deletes the link, never what it points to. Folders, and files that cannot be deleted, are passed over
+// and counted.
 struct ClearedHistory {
   Clearing clearing = Clearing::kKept;
   std::size_t deleted = 0;
   std::size_t left = 0;
   std::size_t going_on = 0;  // files of runs
+  std::size_t folders = 0;
 };
 ClearedHistory ClearHistory(const std::filesystem::path& history, platform::Prompts& prompts);
+
+// What stayed and why, a sentence each; none when the folder is empty now.
+std::vector<std::string> WhatStayed(const ClearedHistory& cleared, const std::filesystem::path& history);
 
 }  // namespace quillcast::sending

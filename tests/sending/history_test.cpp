@@ -74,6 +74,48 @@ TEST(History, ListsReportsAndMakesThemWritable) {
   EXPECT_FALSE(platform::IsLocked(folder / "one.txt"));
 }
 
+TEST(History, TouchesNeitherFoldersNorWhatLinksPointTo) {
+  const test::TemporaryFolder folder;
+  const test::TemporaryFolder elsewhere;
+  const auto mine = elsewhere.Write("mine.txt", "x");
+  fs::permissions(mine, fs::perms::owner_read);
+  fs::create_directory(folder / "folder_a_b.txt");
+  fs::permissions(folder / "folder_a_b.txt", fs::perms::owner_read | fs::perms::owner_exec);
+  fs::create_symlink(mine, folder / "link_a_b.txt");
+  fs::create_directory_symlink(elsewhere.path(), folder / "album");
+  fs::create_symlink("/nowhere", folder / "dangling.txt");
+  const auto rows = ListHistory(folder.path());
+  ASSERT_TRUE(rows);
+  ASSERT_EQ(rows->size(), 1U);
+  EXPECT_EQ(rows->front().file, "link_a_b.txt");
+
+  test::ScriptedPrompts prompts;
+  prompts.answers = {Answer::kYes};
+  const auto cleared = ClearHistory(folder.path(), prompts);
+  EXPECT_EQ(cleared.deleted, 3U);
+  EXPECT_EQ(cleared.folders, 1U);
+  EXPECT_TRUE(platform::IsLocked(folder / "folder_a_b.txt")) << "was made writable";
+  EXPECT_FALSE(fs::is_symlink(folder / "album"));
+  EXPECT_TRUE(platform::IsLocked(mine)) << "what a link points to is gone, or was made writable";
+}
+
+TEST(History, ClearingTellsWhatStayed) {
+  struct Case {
+    ClearedHistory cleared;
+    const char* told;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{Clearing::kCleared, 5, 0, 0, 0}, ""},
+           {{Clearing::kCleared, 5, 1, 0, 0}, "1 file could not be deleted. Look at the permissions of /h.|"},
+           {{Clearing::kCleared, 0, 1000, 2, 2},
+            "2 folders in it were left as they are.|The files of a run that is going on were kept.|"
+            "1,000 files could not be deleted. Look at the permissions of /h.|"}}) {
+    std::string told;
+    for (const auto& sentence : WhatStayed(c.cleared, "/h")) told += sentence + "|";
+    EXPECT_EQ(told, c.told);
+  }
+}
+
 TEST(History, OpensWhatIsThereAndSaysWhatIsNot) {
   const test::TemporaryFolder folder;
   folder.Write("a_b_c.txt", "x");

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/file.h"
+#include "platform/ui/first_key.h"
 #include "platform/ui/qt_text.h"
 
 namespace quillcast::app {
@@ -40,6 +41,7 @@ PracticeForm::PracticeForm(fs::path folder, QWidget* parent)
   resize(800, 520);
   list_->setObjectName("PracticeList");
   list_->setAccessibleName(tr("Messages"));
+  new platform::FirstKey(list_);
   message_->setObjectName("PracticeMessage");
   message_->setAccessibleName(tr("The message as it arrived"));
   message_->setReadOnly(true);

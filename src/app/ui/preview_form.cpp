@@ -17,6 +17,7 @@
 
 #include "compose/ui/html_editor.h"
 #include "platform/text.h"
+#include "platform/ui/first_key.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_text.h"
 
@@ -86,6 +87,7 @@ void PreviewForm::BuildWindow() {
   findings_->setObjectName("FindingsList");
   findings_->setAccessibleName(tr("What was found"));
   findings_->setWordWrap(true);
+  new platform::FirstKey(findings_);
   findings_->setMaximumHeight(110);
   findings_->addItem(tr("Looking over the whole group…"));
   status_->setObjectName("StatusLine");

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "platform/ui/first_key.h"
 #include "platform/ui/qt_text.h"
 
 namespace quillcast::sending {
@@ -54,6 +55,7 @@ HistoryManagerForm::HistoryManagerForm(const app::Program& program, QWidget* par
   grid_->setObjectName("HistoryGrid");
   grid_->setAccessibleName(tr("Runs"));
   grid_->setUniformItemSizes(true);
+  new platform::FirstKey(grid_);
   filter_->setObjectName("FilterTextBox");
   filter_->setPlaceholderText(tr("Filter"));
   filter_->setAccessibleName(tr("Filter"));
@@ -62,6 +64,7 @@ HistoryManagerForm::HistoryManagerForm(const app::Program& program, QWidget* par
   order_->setAccessibleName(tr("Order"));
   order_->addItems({tr("As listed"), tr("Newest first"), tr("Oldest first"), tr("By subject")});
   open_log_->setObjectName("OpenLogButton");
+  open_log_->setDefault(true);
   open_message_->setObjectName("OpenMessageButton");
   clear_->setObjectName("ClearHistoryButton");
   auto* close = new QPushButton(tr("Close"), this);
@@ -87,7 +90,8 @@ HistoryManagerForm::HistoryManagerForm(const app::Program& program, QWidget* par
   connect(filter_, &QLineEdit::textChanged, this, &HistoryManagerForm::Arrange);
   connect(order_, &QComboBox::currentIndexChanged, this, &HistoryManagerForm::Arrange);
   connect(grid_, &QListWidget::itemSelectionChanged, this, &HistoryManagerForm::EnableButtons);
-  connect(grid_, &QListWidget::itemActivated, this, [this] { Open(OpenLog); });
+  // Return goes to the default button; a list hands it on after acting on it, so acting here too would open it twice.
+  connect(grid_, &QListWidget::itemDoubleClicked, this, [this] { Open(OpenLog); });
   connect(open_log_, &QPushButton::clicked, this, [this] { Open(OpenLog); });
   connect(open_message_, &QPushButton::clicked, this, [this] { Open(OpenMessage); });
   connect(clear_, &QPushButton::clicked, this, &HistoryManagerForm::Clear);
@@ -149,7 +153,12 @@ void HistoryManagerForm::Open(Opener opener) {
 
 void HistoryManagerForm::Clear() {
   const auto cleared = ClearHistory(program_.folders.History(), program_.prompts);
-  if (cleared.clearing == Clearing::kCleared) accept();
+  if (cleared.clearing != Clearing::kCleared) return;
+  QStringList sentences = {platform::Counted(static_cast<std::int64_t>(cleared.deleted), tr("1 file was deleted."),
+                                             tr("%1 files were deleted."))};
+  for (const auto& sentence : WhatStayed(cleared, program_.folders.History())) sentences << ToQt(sentence);
+  cleared_ = sentences.join(' ');
+  accept();
 }
 
 }  // namespace quillcast::sending

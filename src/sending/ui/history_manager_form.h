@@ -19,6 +19,8 @@ class HistoryManagerForm final : public QDialog {
   Q_OBJECT
  public:
   HistoryManagerForm(const app::Program& program, QWidget* parent);
+  // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
+  QString cleared() const { return cleared_; }
 
  private:
   void Fill();
@@ -33,6 +35,7 @@ class HistoryManagerForm final : public QDialog {
 
   const app::Program& program_;
   std::vector<HistoryRow> rows_;
+  QString cleared_;
   QListWidget* grid_;
   QLineEdit* filter_;
   QComboBox* order_;

@@ -15,6 +15,7 @@
 
 #include "platform/file.h"
 #include "platform/text.h"
+#include "platform/ui/first_key.h"
 #include "platform/ui/qt_text.h"
 
 namespace quillcast::sending {
@@ -105,6 +106,7 @@ ResultsView::ResultsView(const RunResults& results, platform::Prompts& prompts, 
   table_->horizontalHeader()->setStretchLastSection(true);
   table_->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   table_->setTabKeyNavigation(false);
+  new platform::FirstKey(table_);
   table_->setColumnWidth(kPosition, 70);
   table_->setColumnWidth(kAddress, 230);
   table_->setColumnWidth(kState, 90);
