@@ -38,6 +38,7 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   if (!values) return context.output.Fail(values.error());
   const AccountSettings& account = values->account;
   if (const auto complaint = sending::CheckAccount(account)) {
+    if (!complaint->reason.empty()) return context.output.Complain(complaint->reason + " Nothing was saved.");
     return context.output.Complain(
         complaint->message.empty()
             ? fmt::format("\"{}\" is no e-mail address; nothing was saved. Set one: Email=you@example.org",
@@ -46,9 +47,6 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   }
   const auto connection = ConnectionOf(account);
   if (!connection) return context.output.Fail(connection.error());
-  if (connection->servers.empty()) {
-    return context.output.Complain("Please enter your mail server; Server names none. Nothing was saved.");
-  }
   const auto saved = account.Save(settings);
   if (!saved) return context.output.Fail(saved.error());
   for (const auto& note : sending::TidiedByDialog(account, values->given)) context.output.Note(note);

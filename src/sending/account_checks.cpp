@@ -4,6 +4,7 @@
 
 #include "platform/text.h"
 #include "recipients/check_email.h"
+#include "sending/message_options.h"
 
 namespace quillcast::sending {
 namespace {
@@ -19,6 +20,9 @@ bool IsBetween(std::string_view text, std::int64_t low, std::int64_t high) {
   return platform::WholeNumberBetween(text, low, high).has_value();
 }
 
+// A list of separators and blanks alone names none.
+bool NamesAServer(std::string_view list) { return list.find_first_not_of("; \t\r\n") != std::string_view::npos; }
+
 struct AccountCheck {
   bool (*passes)(const AccountSettings&);
   const char* message;
@@ -31,7 +35,7 @@ struct AccountCheck {
 constexpr auto kChecks = std::to_array<AccountCheck>({
     {[](const AccountSettings& a) { return !a[kName].empty(); }, "Please enter your name.", kName, kGeneralPage},
     {[](const AccountSettings& a) { return recipients::CheckEmail(a[kEmail]); }, "", kEmail, kGeneralPage},
-    {[](const AccountSettings& a) { return !a[kServer].empty(); }, "Please enter your mail server.", kServer,
+    {[](const AccountSettings& a) { return NamesAServer(a[kServer]); }, "Please enter your mail server.", kServer,
      kGeneralPage},
     {[](const AccountSettings& a) { return !a[kPort].empty(); }, "Please enter your port.", kPort, kGeneralPage},
     {[](const AccountSettings& a) { return IsBetween(a[kPort], 1, 65535); }, "Please enter a valid port.", kPort,
@@ -62,6 +66,8 @@ std::optional<Complaint> CheckAccount(const AccountSettings& account) {
     const char* control = check.control;
     return Complaint{check.message, control != nullptr ? control : std::string(RowOf(check.key).control), check.page};
   }
+  const auto servers = ServersOf(account);  // one of several may have a port of its own
+  if (!servers) return Complaint{"", std::string(RowOf(kServer).control), kGeneralPage, InOneLine(servers.error())};
   return {};
 }
 

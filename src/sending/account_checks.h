@@ -12,7 +12,8 @@ namespace quillcast::sending {
 inline constexpr int kNarrowestWrap = 32;
 inline constexpr int kWidestWrap = 128;
 
-// The checks in their order; the first that fails. The refusal of the sender's address has no message.
+// The checks in their order; the first that fails. The refusals of the sender's address and of a server list that
+// cannot be read have no message; that of the list has its reason.
 std::optional<Complaint> CheckAccount(const AccountSettings& account);
 
 }  // namespace quillcast::sending

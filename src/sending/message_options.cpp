@@ -55,7 +55,12 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   }
   if (port_text.empty()) return server;
   const auto own_port = PortFrom(port_text);
-  if (!own_port) return own_port.error();
+  if (!own_port) {
+    return Error{
+        own_port.error().failure,
+        fmt::format("\"{}\" in the server list names no port of a mail server.", platform::Printable(entry, 80)),
+        "A port is a number from 1 to 65535, as in mail.example.org:587."};
+  }
   server.port = *own_port;
   return server;
 }
@@ -115,16 +120,34 @@ Result<MessageOptions> LoadMessageOptions(const app::SettingsStore& settings, co
   return MessageOptionsOf(account, *format);
 }
 
-Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
-  smtp::ClientOptions options;
+Result<std::vector<smtp::Server>> ServersOf(const AccountSettings& account) {
+  std::vector<smtp::Server> servers;
   const auto port = PortFrom(account[kPort]);
   if (!port) return port.error();
   for (const auto entry : platform::Split(account[kServer], ';')) {
     if (platform::Trim(entry).empty()) continue;
     auto server = ServerFrom(platform::Trim(entry), *port);
     if (!server) return server.error();
-    options.servers.push_back(std::move(*server));
+    servers.push_back(std::move(*server));
   }
+  return servers;
+}
+
+std::string ServersText(const AccountSettings& account) {
+  const auto servers = ServersOf(account);
+  if (!servers) return account[kServer];
+  std::string text;
+  for (const auto& server : *servers) {
+    text += fmt::format("{}{}, port {}", text.empty() ? "" : ", or ", server.host, server.port);
+  }
+  return text;
+}
+
+Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
+  smtp::ClientOptions options;
+  auto servers = ServersOf(account);
+  if (!servers) return servers.error();
+  options.servers = std::move(*servers);
   const auto security = ChosenEnum<smtp::Security>(account, kSecurity);
   if (!security) return security.error();
   const auto auth_mode = ChosenEnum<smtp::AuthMode>(account, kAuthMode);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "mime/charset.h"
 #include "mime/header_text.h"
@@ -36,6 +37,13 @@ Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::str
 
 // The same with the body format as it is stored.
 Result<MessageOptions> LoadMessageOptions(const app::SettingsStore& settings, const AccountSettings& account);
+
+// The account's servers, with the port of each. A list that names none is empty.
+Result<std::vector<smtp::Server>> ServersOf(const AccountSettings& account);
+
+// "mail.example.org, port 587, or mx.example.org, port 25", in the order in which they are tried; the list as it is
+// stored where it cannot be read.
+std::string ServersText(const AccountSettings& account);
 
 // The connection that the account describes. "host", "host:port" and "[v6]:port" are understood in the server list;
 // blanks round entries and empty entries are passed over.

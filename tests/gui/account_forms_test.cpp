@@ -85,6 +85,8 @@ class AccountFormsTest : public QObject {
     row("FullNameTextBox", "", "warn: Please enter your name.", "FullNameTextBox");
     row("EmailTextBox", "ada", "", "EmailTextBox");
     row("ServerTextBox", "", "warn: Please enter your mail server.", "ServerTextBox");
+    row("ServerTextBox", " ; ;", "warn: Please enter your mail server.", "ServerTextBox");
+    row("ServerTextBox", "mail.example.org; mx.example.org:99999", "", "ServerTextBox");
     row("PortTextBox", "", "warn: Please enter your port.", "PortTextBox");
     row("PortTextBox", "65536", "warn: Please enter a valid port.", "PortTextBox");
     row("AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox");
@@ -213,7 +215,7 @@ class AccountFormsTest : public QObject {
     Type(form, "ServerTextBox", "127.0.0.1:x");
     Press(form, "TestButton");
     QTRY_VERIFY(!rig.prompts.shown.empty());
-    QVERIFY(Text(form, "StatusLine").contains("\"x\" is no port"));
+    QVERIFY(Text(form, "StatusLine").contains("\"127.0.0.1:x\" in the server list"));
   }
 
   void resetAsksFirst() {
@@ -244,6 +246,7 @@ class AccountFormsTest : public QObject {
     QCOMPARE(rig.settings.Read("POP3-Thread", "Mode", "")->c_str(), "Second");
     QCOMPARE(rig.settings.Read("IMAP4-Thread", "Mode", "")->c_str(), "Single");
     ThreadForm again(rig.settings, nullptr);
+    QVERIFY(again.findChild<QLabel*>("NoteLabel")->text().contains("no effect yet"));
     QVERIFY(again.findChild<QRadioButton*>("SMTPNoRadioButton")->isChecked());
   }
 
@@ -276,6 +279,20 @@ class AccountFormsTest : public QObject {
     Press(form, "ClearHistoryButton");
     QVERIFY(!form.isVisible());
     QVERIFY(std::filesystem::is_empty(history));
+    QCOMPARE(form.cleared(), QString("4 files were deleted."));
+  }
+
+  void theOnlyRunIsReachedByKeyboard() {
+    test::FormRig rig;
+    QVERIFY(platform::ReplaceFile(rig.folders.History() / "07-03-2026_09-05-07_Hello.txt", "x"));
+    HistoryManagerForm form(rig.program, nullptr);
+    form.show();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    auto* grid = form.findChild<QListWidget*>("HistoryGrid");
+    QTest::keyClick(grid, Qt::Key_Down);
+    QVERIFY(form.findChild<QPushButton*>("OpenLogButton")->isEnabled());
+    QTest::keyClick(grid, Qt::Key_Return);
+    QCOMPARE(rig.desktop.opened, std::vector<std::string>{"07-03-2026_09-05-07_Hello.txt"});
   }
 
   void everyBoxHasANameForScreenReaders() {

@@ -352,8 +352,9 @@ bool EmailManagerForm::Check(const AccountSettings& shown) {
     if (pages_->tabText(page) == tr(complaint->page.c_str())) pages_->setCurrentIndex(page);
   }
   Find<QWidget>(complaint->control)->setFocus();
-  status_->setText(complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
-                                              : QString());
+  status_->setText(!complaint->reason.empty()   ? ToQt(complaint->reason)
+                   : complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
+                                                : QString());
   return false;
 }
 

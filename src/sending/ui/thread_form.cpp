@@ -38,8 +38,11 @@ ThreadForm::ThreadForm(app::SettingsStore& settings, QWidget* parent) : QDialog(
     }
     column->addWidget(box);
   }
-  auto* note = new QLabel(tr("Sending uses the SMTP mode; the others are kept."), this);
-  note->setEnabled(false);
+  auto* note =
+      new QLabel(tr("The modes are kept, and have no effect yet: messages are made and sent on one thread."), this);
+  note->setObjectName("NoteLabel");
+  note->setWordWrap(true);
+  note->setTextFormat(Qt::PlainText);
   column->addWidget(note);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   connect(buttons, &QDialogButtonBox::accepted, this, &ThreadForm::accept);
@@ -60,7 +63,7 @@ void ThreadForm::accept() {
   if (saved) {
     QDialog::accept();
   } else {
-    findChild<QLabel*>()->setText(platform::ToQt(InOneLine(saved.error())));
+    findChild<QLabel*>("NoteLabel")->setText(platform::ToQt(InOneLine(saved.error())));
   }
 }
 
