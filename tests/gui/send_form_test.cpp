@@ -5,16 +5,21 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
+#include <atomic>
 #include <memory>
 #include <thread>
 
 #include "gui/form_rig.h"
 #include "platform/file.h"
+#include "platform/ui/qt_prompts.h"
 #include "recipients/recipient_import.h"
 #include "sending/ui/report_view.h"
 #include "sending/ui/send_mail_form1.h"
@@ -24,26 +29,40 @@
 namespace quillcast::sending {
 namespace {
 
-// Takes messages for as long as it lives; refuses whoever is called "no".
+// Takes messages for as long as it lives; refuses whoever is called "no", and the sender "refused".
 class Mailbox {
  public:
   explicit Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : server_(Listen(store, clock)) {
     thread_ = std::thread([this] { IgnoreErrors(server_.Run(stop_)); });
   }
   ~Mailbox() {
+    Release();
     stop_.Request();
     thread_.join();
   }
   std::string port() const { return server_.address().substr(server_.address().rfind(':') + 1); }
+  // From here on a message that has come whole is not answered before Release.
+  void Hold() { holds_ = true; }
+  void Release() {
+    holds_ = false;
+    holds_.notify_all();
+  }
+  bool has_one() const { return has_one_; }
 
  private:
-  static smtp::MailboxServer Listen(const std::filesystem::path& store, const platform::Clock& clock) {
+  smtp::MailboxServer Listen(const std::filesystem::path& store, const platform::Clock& clock) {
     smtp::MailboxOptions options;
     options.listen = "127.0.0.1:0";
     options.store = store;
-    options.session.rules = {{.pattern = "no@*"}};
+    options.session.rules = {{.pattern = "no@*"}, {.stage = smtp::RuleStage::kSender, .pattern = "refused@*"}};
+    options.kept = [this](const smtp::MailboxMessage&) {
+      has_one_ = true;
+      holds_.wait(true);
+    };
     return std::move(*smtp::MailboxServer::Listen(std::move(options), clock));
   }
+  std::atomic<bool> holds_ = false;
+  std::atomic<bool> has_one_ = false;
   platform::CancelToken stop_;
   smtp::MailboxServer server_;
   std::thread thread_;
@@ -184,6 +203,103 @@ class SendFormTest : public QObject {
     QVERIFY(scene.Text("StatusLine").contains("not tried"));
   }
 
+  void closingAgainGivesUpTheMessageUnderWay() {
+    Scene scene({"a@example.org", "b@example.org"});
+    scene.mailbox.Hold();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.mailbox.has_one());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.form->close();
+    QTest::qWait(300);
+    QCOMPARE(scene.form->stage(), SendMailForm1::Stage::kRunning);
+    scene.form->close();
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
+    auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
+    QCOMPARE(table->index(0, 2).data().toString(), QString("unknown"));
+    QVERIFY(!scene.Text("RateLabel").contains("left"));
+  }
+
+  void theConversationAppearsWhileItHappens() {
+    Scene scene({"a@example.org"});
+    scene.mailbox.Hold();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Report().join('\n').contains("C: (message, "));
+    QVERIFY(scene.Report().contains("C: RCPT TO:<a@example.org>"));
+    QVERIFY(!scene.Report().contains("Message sent successfully."));
+    scene.mailbox.Release();
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Report().contains("Message sent successfully."));
+  }
+
+  void theQuestionGoesWhenTheRunIsOver() {
+    Scene scene({"a@example.org"});
+    scene.mailbox.Hold();
+    platform::QtPrompts prompts("Test");
+    app::Program program{scene.rig.folders, scene.rig.settings, prompts,          scene.rig.desktop,
+                         scene.rig.power,   scene.rig.clock,    scene.rig.entropy};
+    SendJob job;
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(program, std::move(job), nullptr);
+    scene.form->show();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.mailbox.has_one());
+    bool stayed = false;
+    QTimer::singleShot(200, qApp, [&scene] { scene.mailbox.Release(); });
+    QTimer::singleShot(5000, scene.form.get(), [&stayed] {
+      if (auto* box = QApplication::activeModalWidget(); qobject_cast<QMessageBox*>(box) != nullptr) {
+        stayed = true;
+        box->close();
+      }
+    });
+    scene.Press("SendButton");  // comes back when the box is gone
+    QVERIFY(!stayed);
+    QCOMPARE(scene.Caption(), QString("Close"));
+  }
+
+  void aServerThatRefusesEverybodyIsAskedAboutInTheDialog() {
+    Scene scene(45);
+    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    auto* panel = scene.form->findChild<QWidget*>("PausePanel");
+    scene.Press("SendButton");
+    QTRY_VERIFY(panel->isVisible());
+    QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
+    QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
+    scene.Press("GoOnButton");
+    QVERIFY(!panel->isVisible());
+    QTRY_VERIFY(panel->isVisible());
+    scene.Press("StopButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(!panel->isVisible());
+    QVERIFY(scene.Text("StatusLine").contains("5 recipients were not tried"));
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void cancellingWhileItWaitsForAnAnswerIsOne() {
+    Scene scene(25);
+    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.form->findChild<QWidget*>("PausePanel")->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Text("StatusLine").contains("5 recipients were not tried"));
+  }
+
+  void itSaysWhoSendsOverWhichServer() {
+    Scene scene({"a@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.example.org; mx.example.org:26"));
+    QVERIFY(scene.rig.settings.Write("Account", "Port", "587"));
+    SendMailForm1 real(scene.rig.program, {}, nullptr);
+    QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
+             QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
+    SendJob job;
+    job.practice = true;
+    SendMailForm1 practice(scene.rig.program, job, nullptr);
+    QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
+  }
+
   void aWindowThatGoesEndsTheRunInGoodOrder() {
     Scene scene(20000);
     scene.Press("SendButton");
@@ -218,11 +334,18 @@ class SendFormTest : public QObject {
       bool cancelled;
       bool allowed;
       int requests;
-      bool closes;
+      bool shuts_down;
+      const char* steps;
     };
-    for (const Case& c : {Case{true, true, 0, false}, Case{false, false, 1, false}, Case{false, true, 1, true}}) {
+    for (const Case& c : {Case{true, true, 0, false, ""}, Case{false, false, 1, false, "closed skip 0, closed ask 1"},
+                          Case{false, true, 1, true, "closed skip 0"}}) {
       Scene scene({"a@example.org", "no@example.org"});
       scene.rig.power.allowed = c.allowed;
+      QStringList steps;
+      scene.form->skip_save_prompt = [&](bool skip) {
+        steps << QString(scene.form->isVisible() ? "open" : "closed") + (skip ? " skip " : " ask ") +
+                     QString::number(scene.rig.power.requests);
+      };
       scene.form->findChild<QCheckBox*>("ShutDownCheckBox")->setChecked(true);
       int closed = 0;
       test::WhileOpen("ShutDownForm", [&](QDialog& dialog) {
@@ -239,14 +362,22 @@ class SendFormTest : public QObject {
           QCOMPARE(label->text(), QString("1"));
           QCOMPARE(scene.rig.power.requests, 0);
           countdown.Tick();
+          if (!c.allowed) {  // stays open at 0
+            QVERIFY(countdown.isVisible());
+            QCOMPARE(label->text(), QString("0"));
+            countdown.findChild<QPushButton*>("CancelButton")->click();
+          }
         }
+        QVERIFY(!countdown.isVisible());
         ++closed;
       });
       scene.Press("SendButton");
       QTRY_COMPARE(closed, 1);
       QCOMPARE(scene.rig.power.requests, c.requests);
-      QCOMPARE(scene.form->shuts_down(), c.closes);
-      QCOMPARE(scene.form->isVisible(), !c.closes);
+      QCOMPARE(scene.form->shuts_down(), c.shuts_down);
+      QCOMPARE(scene.form->isVisible(), c.cancelled);
+      QCOMPARE(steps.join(", "), QString(c.steps));
+      QCOMPARE(scene.form->refusal().isEmpty(), c.allowed);
     }
   }
 
@@ -272,6 +403,12 @@ class SendFormTest : public QObject {
     QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
     QVERIFY(QGuiApplication::clipboard()->text().endsWith("line 199999\n"));
+    const auto* bar = view.verticalScrollBar();
+    for (const int height : {150, 60, 400}) {
+      view.resize(400, height);
+      QCOMPARE(bar->value(), bar->maximum());
+      QVERIFY(bar->maximum() > 199000);
+    }
     QTest::keyClick(&view, Qt::Key_Home);
     QTest::keyClick(&view, Qt::Key_Down);
     QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);

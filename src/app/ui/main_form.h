@@ -59,6 +59,7 @@ class MainForm final : public QMainWindow {
  protected:
   void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   void BuildWindow();
@@ -95,6 +96,7 @@ class MainForm final : public QMainWindow {
   void PreviewInside();
   void Send();
   void EditAccount();
+  void ShowHistory();
   void ShowGroups();
   void ImportRecipients();
   void ExportRecipients();

@@ -121,8 +121,7 @@ void MainForm::Dispatch(int identifier) {
     case Action::kGroups:
       return ShowGroups();
     case Action::kHistory:
-      sending::HistoryManagerForm(program_, this).exec();
-      return;
+      return ShowHistory();
     case Action::kImport:
       return ImportRecipients();
     case Action::kExport:
@@ -370,11 +369,11 @@ void MainForm::Send() {
     FocusOn(ToQt(*control));
     return;
   }
-  sending::SendMailForm1 form(program_, {std::move(document), **group, *count}, this);
+  sending::SendMailForm1 form(program_, {std::move(document), **group, *count, practice_->Serves()}, this);
+  form.skip_save_prompt = [this](bool skip) { skip_save_prompt = skip; };
   form.exec();
-  if (!form.shuts_down()) return;
-  skip_save_prompt = true;
-  close();
+  if (!form.refusal().isEmpty()) Say(form.refusal());
+  if (form.shuts_down()) close();
 }
 
 void MainForm::EditAccount() {
@@ -387,6 +386,12 @@ void MainForm::EditAccount() {
   if (account && practice_->EndsWith(*account))
     Say(tr("Practice has ended: the account names a server of its own now."));
   ShowNotices();
+}
+
+void MainForm::ShowHistory() {
+  sending::HistoryManagerForm form(program_, this);
+  form.exec();
+  if (!form.cleared().isEmpty()) Say(form.cleared());
 }
 
 void MainForm::ShowGroups() { header_->findChild<QPushButton*>("GroupButton")->showMenu(); }

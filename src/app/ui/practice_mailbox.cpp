@@ -31,6 +31,11 @@ bool PracticeMailbox::WasOn() const {
   return account && port && Names(*account, *port);
 }
 
+bool PracticeMailbox::Serves() const {
+  const auto account = sending::AccountSettings::Load(program_.settings);
+  return is_on() && account && Names(*account, port_);
+}
+
 bool PracticeMailbox::EndsWith(const sending::AccountSettings& account) {
   if (!is_on() || Names(account, port_)) return false;
   Stop();

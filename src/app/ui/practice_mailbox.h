@@ -29,6 +29,8 @@ class PracticeMailbox final : public QObject {
   // Stops it, and takes it out of the account; a sender's name and address that are the person's own stay.
   Result<void> End();
   bool is_on() const { return thread_.joinable(); }
+  // It is on, and is the account's server: what is sent goes nowhere else.
+  bool Serves() const;
   std::filesystem::path folder() const { return program_.folders.data / "Practice"; }
 
  signals:

@@ -42,6 +42,10 @@ QString FileDialogFilter(std::string_view filter) {
   return rows.join(";;");
 }
 
+void WithdrawQuestion() {
+  if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) box->done(QMessageBox::No);
+}
+
 void QtPrompts::Warn(std::string_view text) {
   Show(title_, QMessageBox::Warning, text, QMessageBox::Ok, QMessageBox::Ok);
 }

@@ -10,6 +10,9 @@ namespace quillcast::platform {
 // "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*" as Qt's file dialog takes it.
 QString FileDialogFilter(std::string_view filter);
 
+// Takes the question that is open back, where what it asks about is over: it counts as answered with No.
+void WithdrawQuestion();
+
 class QtPrompts final : public Prompts {
  public:
   explicit QtPrompts(QString title) : title_(std::move(title)) {}

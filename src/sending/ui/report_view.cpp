@@ -41,11 +41,9 @@ void ReportView::Open(const std::filesystem::path& file) {
 
 void ReportView::Update() {
   if (!lines_) return;
-  const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();
   const auto more = lines_->Update();
   if (!more || !*more) return;
   SetRange();
-  if (at_end) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
   viewport()->update();
 }
 
@@ -54,10 +52,13 @@ QString ReportView::LineAt(std::size_t line) const { return lines_ ? platform::T
 int ReportView::LineHeight() const { return fontMetrics().lineSpacing(); }
 int ReportView::VisibleLines() const { return std::max(1, (viewport()->height() - kMargin) / LineHeight()); }
 
+// Where the end was in view it stays there.
 void ReportView::SetRange() {
   const int lines = static_cast<int>(line_count());
+  const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();
   verticalScrollBar()->setPageStep(VisibleLines());
   verticalScrollBar()->setRange(0, std::max(0, lines - VisibleLines()));
+  if (at_end) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
   horizontalScrollBar()->setPageStep(viewport()->width());
   horizontalScrollBar()->setRange(0, lines == 0 ? 0 : std::max(0, kWidestLine - viewport()->width()));
 }

@@ -22,6 +22,7 @@ struct SendJob {
   compose::MessageDocument document;
   recipients::RecipientGroup group;
   std::int64_t recipients = 0;
+  bool practice = false;  // the account's server is the practice mailbox
 };
 
 // What has happened since it was asked last.

@@ -1,7 +1,10 @@
 #include "sending/ui/send_mail_form1.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFrame>
+#include <QGridLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -9,9 +12,13 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <tuple>
 
 #include "platform/text.h"
+#include "platform/ui/qt_prompts.h"
 #include "platform/ui/qt_text.h"
+#include "sending/account_steps.h"
+#include "sending/message_options.h"
 #include "sending/run_rate.h"
 #include "sending/ui/range_picker.h"
 #include "sending/ui/report_view.h"
@@ -31,10 +38,9 @@ int Steps(std::uint64_t done, std::uint64_t total) {
   return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
 }
 
-QProgressBar* MakeBar(const char* name, const QString& accessible_name, QWidget* parent) {
+QProgressBar* MakeBar(const char* name, QWidget* parent) {
   auto* bar = new QProgressBar(parent);
   bar->setObjectName(name);
-  bar->setAccessibleName(accessible_name);
   bar->setRange(0, kBarSteps);
   bar->setValue(0);
   return bar;
@@ -52,8 +58,10 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
       tabs_(new QTabWidget(this)),
       report_(new ReportView(this)),
       results_view_(new ResultsView(results_, program.prompts, this)),
-      run_bar_(MakeBar("RunProgressBar", tr("The whole run"), this)),
-      message_bar_(MakeBar("MessageProgressBar", tr("The current message"), this)),
+      pause_panel_(new QFrame(this)),
+      pause_text_(new QLabel(pause_panel_)),
+      run_bar_(MakeBar("RunProgressBar", this)),
+      message_bar_(MakeBar("MessageProgressBar", this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
@@ -62,17 +70,6 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   setWindowTitle(tr("Send"));
   resize(760, 560);
   setModal(true);
-  auto* heading = new QLabel(this);
-  heading->setObjectName("HeadingLabel");
-  heading->setTextFormat(Qt::PlainText);
-  heading->setText(tr("“%1” to %2, %3")
-                       .arg(ToQt(platform::Printable(job_.document.subject, 100)),
-                            ToQt(platform::Printable(job_.group.name, 60)),
-                            platform::Counted(job_.recipients, tr("1 recipient"), tr("%1 recipients"))));
-  QFont bold = heading->font();
-  bold.setBold(true);
-  heading->setFont(bold);
-  heading->setWordWrap(true);
   tabs_->addTab(report_, tr("&Report"));
   tabs_->addTab(results_view_, tr("R&ecipients"));
   shut_down_->setObjectName("ShutDownCheckBox");
@@ -88,11 +85,11 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   below->addWidget(rate_, 1);
   below->addWidget(button_);
   auto* column = new QVBoxLayout(this);
-  column->addWidget(heading);
+  column->addWidget(MakeHeading());
   column->addWidget(range_);
   column->addWidget(tabs_, 1);
-  column->addWidget(run_bar_);
-  column->addWidget(message_bar_);
+  column->addWidget(MakePausePanel());
+  column->addWidget(MakeProgress());
   column->addWidget(shut_down_);
   column->addWidget(status_);
   column->addLayout(below);
@@ -101,6 +98,76 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
   button_->setFocus();
+}
+
+// What goes to whom; and from whom, over which servers.
+QWidget* SendMailForm1::MakeHeading() {
+  auto* heading = new QWidget(this);
+  auto* what = new QLabel(heading);
+  what->setObjectName("HeadingLabel");
+  what->setText(tr("“%1” to %2, %3")
+                    .arg(ToQt(platform::Printable(job_.document.subject, 100)),
+                         ToQt(platform::Printable(job_.group.name, 60)),
+                         platform::Counted(job_.recipients, tr("1 recipient"), tr("%1 recipients"))));
+  QFont bold = what->font();
+  bold.setBold(true);
+  what->setFont(bold);
+  auto* route = new QLabel(heading);
+  route->setObjectName("RouteLabel");
+  // What cannot be read is told by the run.
+  if (const auto account = AccountSettings::Load(program_.settings)) {
+    const QString from = ToQt(platform::Printable(TextsOf(*account).from, 120));
+    route->setText(job_.practice
+                       ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+                       : tr("From %1 over %2").arg(from, ToQt(platform::Printable(ServersText(*account), 200))));
+  }
+  auto* column = new QVBoxLayout(heading);
+  column->setContentsMargins(0, 0, 0, 0);
+  for (QLabel* label : {what, route}) {
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    column->addWidget(label);
+  }
+  return heading;
+}
+
+// Where the server refuses everybody for the same reason.
+QWidget* SendMailForm1::MakePausePanel() {
+  pause_panel_->setObjectName("PausePanel");
+  pause_panel_->setFrameShape(QFrame::StyledPanel);
+  pause_panel_->setAutoFillBackground(true);
+  pause_panel_->setBackgroundRole(QPalette::AlternateBase);
+  pause_text_->setObjectName("PauseLabel");
+  pause_text_->setTextFormat(Qt::PlainText);
+  pause_text_->setWordWrap(true);
+  auto* line = new QHBoxLayout(pause_panel_);
+  line->addWidget(pause_text_, 1);
+  for (const auto& [name, text, go_on] :
+       {std::tuple{"GoOnButton", tr("&Go on"), true}, {"StopButton", tr("S&top"), false}}) {
+    auto* button = new QPushButton(text, pause_panel_);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, [this, answer = go_on] { AnswerToGoOn(answer); });
+    line->addWidget(button);
+  }
+  pause_panel_->hide();
+  return pause_panel_;
+}
+
+QWidget* SendMailForm1::MakeProgress() {
+  auto* progress = new QWidget(this);
+  auto* grid = new QGridLayout(progress);
+  grid->setContentsMargins(0, 0, 0, 0);
+  grid->setColumnStretch(1, 1);
+  int row = 0;
+  for (const auto& [text, bar] :
+       {std::pair{tr("The whole run:"), run_bar_}, {tr("The current message:"), message_bar_}}) {
+    auto* caption = new QLabel(text, progress);
+    bar->setAccessibleName(text.chopped(1));
+    grid->addWidget(caption, row, 0);
+    grid->addWidget(bar, row++, 1);
+  }
+  return progress;
 }
 
 void SendMailForm1::ButtonPressed() {
@@ -131,18 +198,34 @@ void SendMailForm1::AskToCancel() {
     Say(tr("Giving up the message that is under way."));
     return;
   }
+  if (asking_) return;
+  asking_ = true;
   const auto answer = program_.prompts.Ask("Are you sure you want to cancel the sending process?");
+  asking_ = false;
   if (answer != platform::Answer::kYes || stage_ != Stage::kRunning) return;
   cancel_asked_ = true;
   worker_->Stop();
+  if (pause_panel_->isVisible()) AnswerToGoOn(false);
   Say(tr("Stopping after the message that is under way; cancel again to give that up too."));
 }
 
+// The run waits meanwhile. Once it is being cancelled there is nothing to ask.
 void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
-  const QString question =
-      tr("The server refused the same %1 times in a row:\r\n%2\r\nDo you want to try the others all the same?")
-          .arg(QString::number(times), refusal);
-  worker_->Answer(program_.prompts.Ask(platform::FromQt(question)) == platform::Answer::kYes);
+  if (cancel_asked_) {
+    worker_->Answer(false);
+    return;
+  }
+  TakeNews();  // what led to it can be read
+  pause_text_->setText(
+      tr("The server refused the same %1 times in a row, so the run waits: %2").arg(QString::number(times), refusal));
+  pause_panel_->show();
+  QApplication::alert(this);
+}
+
+void SendMailForm1::AnswerToGoOn(bool go_on) {
+  pause_panel_->hide();
+  button_->setFocus();
+  worker_->Answer(go_on);
 }
 
 void SendMailForm1::reject() {
@@ -175,13 +258,17 @@ void SendMailForm1::ShowProgress(const RunNews& news) {
   run_bar_->setFormat(
       tr("%1 of %2").arg(ToQt(platform::WithThousands(news.done)), ToQt(platform::WithThousands(news.total))));
   message_bar_->setValue(Steps(news.sent_octets, news.message_octets));
-  rate_->setText(ToQt(DescribeRate(news.done, news.total, std::chrono::milliseconds(running_.elapsed()))));
+  const bool is_over = stage_ == Stage::kFinished;  // those not tried take no time
+  rate_->setText(
+      ToQt(DescribeRate(news.done, is_over ? news.done : news.total, std::chrono::milliseconds(running_.elapsed()))));
 }
 
 void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
   tick_->stop();
   stage_ = Stage::kFinished;
   TakeNews();
+  pause_panel_->hide();
+  if (asking_) platform::WithdrawQuestion();
   button_->setText(tr("Close"));
   button_->setDefault(true);
   button_->setFocus();
@@ -206,15 +293,20 @@ void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
   }
 }
 
+// Over the window behind this one, for it outlives this one where the system refuses.
 void SendMailForm1::CountDown() {
-  if (ShutDownForm(this).exec() != QDialog::Accepted) return;
-  const auto off = program_.power.PowerOff();
-  if (!off) {
-    Say(ToQt(InOneLine(off.error())));
-    return;
-  }
-  shuts_down_ = true;
+  ShutDownForm([this] { return SwitchOff(); }, parentWidget()).exec();
+}
+
+bool SendMailForm1::SwitchOff() {
   accept();
+  if (skip_save_prompt) skip_save_prompt(true);
+  const auto off = program_.power.PowerOff();
+  shuts_down_ = static_cast<bool>(off);
+  if (off) return true;
+  if (skip_save_prompt) skip_save_prompt(false);
+  refusal_ = ToQt(InOneLine(off.error()));
+  return false;
 }
 
 // What was noted about the run stays above it.

@@ -3,12 +3,14 @@
 
 #include <QDialog>
 #include <QElapsedTimer>
+#include <functional>
 
 #include "app/program.h"
 #include "sending/run_results.h"
 #include "sending/ui/run_worker.h"
 
 class QCheckBox;
+class QFrame;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -28,8 +30,14 @@ class SendMailForm1 final : public QDialog {
 
   enum class Stage { kIdle, kRunning, kFinished };
   Stage stage() const { return stage_; }
-  // The system is being switched off: whoever opened this closes too, and asks nothing.
+  // The system is being switched off: whoever opened this closes too.
   bool shuts_down() const { return shuts_down_; }
+  // Why it is not, where the system refused; for the status line of whoever opened this.
+  QString refusal() const { return refusal_; }
+
+  // Whether whoever opened this is to close without asking to save: set before the system is asked to switch off,
+  // which may end the program at any moment, and taken back when it refuses.
+  std::function<void(bool)> skip_save_prompt;
 
  public slots:
   // Escape, the close box and "Cancel": while the run goes on, asks first.
@@ -40,16 +48,22 @@ class SendMailForm1 final : public QDialog {
   void StartRun();
   void AskToCancel();
   void AskToGoOn(const QString& refusal, int times);
+  void AnswerToGoOn(bool go_on);
   void TakeNews();
   void RunFinished(const Result<RunSummary>& summary);
   void ShowProgress(const RunNews& news);
   void CountDown();
+  bool SwitchOff();
+  QWidget* MakeHeading();
+  QWidget* MakePausePanel();
+  QWidget* MakeProgress();
   void Say(const QString& sentence);
 
   const app::Program& program_;
   SendJob job_;
   Stage stage_ = Stage::kIdle;
   bool cancel_asked_ = false;
+  bool asking_ = false;  // the question whether to cancel is open
   RunWorker* worker_;
   RunResults results_;
   QStringList notes_;  // about the run
@@ -57,11 +71,14 @@ class SendMailForm1 final : public QDialog {
   QElapsedTimer running_;
   bool report_open_ = false;
   bool shuts_down_ = false;
+  QString refusal_;
 
   RangePicker* range_;
   QTabWidget* tabs_;
   ReportView* report_;
   ResultsView* results_view_;
+  QFrame* pause_panel_;
+  QLabel* pause_text_;
   QProgressBar* run_bar_;
   QProgressBar* message_bar_;
   QCheckBox* shut_down_;

@@ -15,8 +15,11 @@ constexpr int kSecond = 1000;  // milliseconds
 
 }  // namespace
 
-ShutDownForm::ShutDownForm(QWidget* parent)
-    : QDialog(parent), timer_(new QTimer(this)), remaining_(new QLabel("60", this)) {
+ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
+    : QDialog(parent),
+      switch_off_(std::move(switch_off)),
+      timer_(new QTimer(this)),
+      remaining_(new QLabel("60", this)) {
   setObjectName("ShutDownForm");
   setWindowTitle("Shut Down");
   remaining_->setObjectName("RemainingLabel");
@@ -48,7 +51,7 @@ void ShutDownForm::Tick() {
   remaining_->setText(QString::number(remaining_->text().toInt() - 1));
   if (remaining_->text() != "0") return;
   timer_->stop();
-  accept();
+  if (switch_off_()) accept();
 }
 
 // Neither Alt+F4 nor Escape ends the countdown: what stops it must be meant.

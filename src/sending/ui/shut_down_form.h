@@ -1,7 +1,8 @@
-// Counts down after a run, then switches the machine off; Cancel alone stops it.
+// Counts down after a run, then has the machine switched off; Cancel alone stops it.
 #pragma once
 
 #include <QDialog>
+#include <functional>
 
 class QLabel;
 class QTimer;
@@ -11,9 +12,11 @@ namespace quillcast::sending {
 class ShutDownForm final : public QDialog {
   Q_OBJECT
  public:
-  explicit ShutDownForm(QWidget* parent);
+  // `switch_off` is called when the label reads "0", with the timer stopped. Where it gives false, the countdown stays
+  // open at 0 until Cancel.
+  ShutDownForm(std::function<bool()> switch_off, QWidget* parent);
 
-  // A second has passed. Accepts when the label reads "0".
+  // A second has passed.
   void Tick();
 
  public slots:
@@ -24,6 +27,7 @@ class ShutDownForm final : public QDialog {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  std::function<bool()> switch_off_;
   QTimer* timer_;
   QLabel* remaining_;  // holds the remaining time, as its text
 };
