@@ -8,6 +8,7 @@
 #include <QLoggingCategory>
 #include <QScreen>
 #include <QTranslator>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 
@@ -37,9 +38,8 @@ class HelpKey final : public QObject {
     auto* widget = qobject_cast<QWidget*>(watched);
     auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
     if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
-    auto* help = new app::HelpForm(folders_, app::TopicOf(dialog->objectName()), dialog);
-    help->setModal(true);
-    help->show();
+    // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
+    (new app::HelpForm(folders_, app::TopicOf(dialog->objectName()), dialog))->show();
     return true;
   }
 
@@ -47,14 +47,15 @@ class HelpKey final : public QObject {
   const app::Folders& folders_;
 };
 
-// The other instance, where there is one, flashes when it is asked after.
+// The screen's size is in physical pixels; rounded up, because the toolkit rounds it down where its scale does not
+// divide it. The other instance, where there is one, flashes when it is asked after.
 app::StartupFacts Facts(SingleInstance& instance) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const qreal ratio = screen->devicePixelRatio();
   return {.window_with_our_title = instance.AnotherIsRunning(),
           .version = app::RunningSystem(),
-          .screen = app::PixelSize{static_cast<int>(screen->size().width() * ratio),
-                                   static_cast<int>(screen->size().height() * ratio)}};
+          .screen = app::PixelSize{static_cast<int>(std::ceil(screen->size().width() * ratio)),
+                                   static_cast<int>(std::ceil(screen->size().height() * ratio))}};
 }
 
 // What ends the program, told on the screen and to whoever started it; a second start ends without a word.

@@ -276,6 +276,28 @@ class MainFormTest : public QObject {
     QCOMPARE(box->currentIndex(), 0);
   }
 
+  void groupsThatTheCommandMakesAppear() {
+    Scene scene;
+    scene.rig.AddGroup("Customers", {"a@example.org"});
+    scene.rig.AddGroup("Old", {});
+    scene.Open();
+    auto* box = scene.window->findChild<QComboBox*>("ToComboBox");
+    box->setCurrentText("Customers");
+    const auto count = [&] { return scene.window->findChild<QLabel*>("GroupCountLabel")->text(); };
+    QCOMPARE(count(), QString("1 recipient"));
+    QDialog elsewhere;
+    elsewhere.show();
+    QVERIFY(QTest::qWaitForWindowActive(&elsewhere));
+    scene.rig.AddGroup("Friends", {"b@example.org"});
+    auto store = scene.rig.Store();
+    QVERIFY(store.AddAddress((**store.FindGroup("Customers")).id, "c@example.org"));
+    elsewhere.close();
+    scene.window->activateWindow();
+    QTRY_COMPARE(box->count(), 3);
+    QCOMPARE(box->currentText(), QString("Customers"));
+    QCOMPARE(count(), QString("2 recipients"));
+  }
+
   void aTableIsAskedForAndChanged() {
     Scene scene;
     scene.Open();

@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTest>
@@ -120,6 +121,9 @@ class ScreensTest : public QObject {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QTest::qWait(250);  // the page paints by itself
+    const QSize free = window.screen()->availableGeometry().size();
+    const QSize taken = window.frameGeometry().size();
+    QVERIFY2(taken.boundedTo(free) == taken, qPrintable(name + " is larger than the screen"));
     for (const QLabel* label : window.findChildren<QLabel*>()) {
       if (!label->isVisible() || label->wordWrap() || label->text().isEmpty()) continue;
       const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;

@@ -1,5 +1,6 @@
 """The desktop program as a process: a second start, no display, a kill and what it leaves."""
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -91,6 +92,19 @@ class Desktop(unittest.TestCase):
                               text=True) as process:
             self.assertIn("runs without its sandbox", process.stderr.readline())
             process.terminate()
+
+    def test_a_screen_that_is_just_large_enough_is_so_at_every_scale(self):
+        for scale in ("1.5", "1.75"):
+            with self.subTest(scale=scale):
+                process = start(self.profile, QT_QPA_PLATFORM="offscreen", QT_SCALE_FACTOR=scale)
+                try:
+                    with self.assertRaises(subprocess.TimeoutExpired):
+                        process.wait(timeout=3)
+                    self.assertTrue((self.profile / "data" / "History").exists(), "it is asking")
+                finally:
+                    process.kill()
+                    process.communicate()
+                shutil.rmtree(self.profile / "data")
 
     def test_without_a_display_it_names_the_command(self):
         environment = {name: value for name, value in os.environ.items()

@@ -25,6 +25,7 @@
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
 #include "platform/text.h"
+#include "platform/ui/keep_on_screen.h"
 #include "platform/ui/qt_text.h"
 #include "sending/account_settings.h"
 
@@ -66,6 +67,7 @@ MainForm::MainForm(const Program& program)
 MainForm::~MainForm() = default;
 
 void MainForm::BuildWindow() {
+  platform::KeepWindowsOnScreen();
   setObjectName("MainForm");
   setWindowTitle(kWindowTitle);
   const PixelSize smallest = MinWinSize(GetWinVer(RunningSystem()));
@@ -238,6 +240,12 @@ void MainForm::KeepPlace() {
 void MainForm::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (!event->spontaneous()) QTimer::singleShot(0, editor_, &compose::HtmlEditor::BeginTyping);
+}
+
+// Groups may have been made by the command meanwhile.
+void MainForm::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && isActiveWindow()) header_->Refresh();
 }
 
 void MainForm::Flash() {

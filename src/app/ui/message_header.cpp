@@ -1,5 +1,6 @@
 #include "app/ui/message_header.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDragEnterEvent>
@@ -55,6 +56,7 @@ void AddItems(QComboBox* box, const std::array<const char*, N>& texts) {
 MessageHeader::MessageHeader(const Program& program, QWidget* parent)
     : QWidget(parent),
       program_(program),
+      refresh_(new platform::BackgroundTask(this)),
       from_(MakeBox("FromComboBox", this)),
       to_(MakeBox("ToComboBox", this)),
       count_(new QLabel(this)),
@@ -171,16 +173,37 @@ void MessageHeader::Load() {
 }
 
 void MessageHeader::LoadGroups(const QString& chosen) {
-  const QString before = chosen.isEmpty() ? to_->currentText() : chosen;
   const auto names = recipients::RecipientStore(program_.folders.Database()).ListGroupNames();
-  to_->clear();
-  if (names) {
-    for (const auto& name : *names) to_->addItem(ToQt(name));
-  } else {
-    emit Trouble(ToQt(InOneLine(names.error())));
-  }
-  to_->setCurrentIndex(to_->findText(before));
+  if (!names) emit Trouble(ToQt(InOneLine(names.error())));
+  ShowGroups(names ? *names : std::vector<std::string>(), chosen.isEmpty() ? to_->currentText() : chosen);
   ShowCount();
+}
+
+void MessageHeader::ShowGroups(const std::vector<std::string>& names, const QString& chosen) {
+  ++loads_;
+  const QSignalBlocker quiet(to_);
+  to_->clear();
+  for (const auto& name : names) to_->addItem(ToQt(name));
+  to_->setCurrentIndex(to_->findText(chosen));
+}
+
+void MessageHeader::Refresh() {
+  if (refresh_->is_running()) return;
+  const recipients::RecipientStore store(program_.folders.Database());
+  refresh_->Start([this, store, chosen = to_->currentText(), loads = loads_](const platform::CancelToken&) {
+    const auto names = store.ListGroupNames();
+    const auto count = chosen.isEmpty() || !names ? 0 : recipients::GroupCount(store, FromQt(chosen));
+    return [this, names, count, chosen, loads] {
+      const bool is_old = loads != loads_ || chosen != to_->currentText() || to_->view()->isVisible();
+      if (!names || is_old) return;  // what cannot be read is told when it is needed
+      QStringList shown;
+      for (int i = 0; i < to_->count(); ++i) shown << to_->itemText(i);
+      QStringList stored;
+      for (const auto& name : *names) stored << ToQt(name);
+      if (shown != stored) ShowGroups(*names, chosen);
+      ShowTotal(count);
+    };
+  });
 }
 
 void MessageHeader::ShowSender(const QString& from, const QString& method) {
@@ -194,13 +217,15 @@ QString MessageHeader::Group() const { return to_->currentText(); }
 bool MessageHeader::HasGroups() const { return to_->count() > 0; }
 
 void MessageHeader::ShowCount() {
-  if (to_->currentIndex() < 0) {
-    count_->clear();
-    return;
-  }
-  const auto count =
-      recipients::GroupCount(recipients::RecipientStore(program_.folders.Database()), FromQt(to_->currentText()));
-  count_->setText(platform::Counted(count, tr("1 recipient"), tr("%1 recipients")));
+  const bool is_chosen = to_->currentIndex() >= 0;
+  ShowTotal(is_chosen ? recipients::GroupCount(recipients::RecipientStore(program_.folders.Database()),
+                                               FromQt(to_->currentText()))
+                      : 0);
+}
+
+void MessageHeader::ShowTotal(std::int64_t recipients) {
+  count_->setText(to_->currentIndex() < 0 ? QString()
+                                          : platform::Counted(recipients, tr("1 recipient"), tr("%1 recipients")));
 }
 
 void MessageHeader::Collect(compose::MessageDocument& document) const {

@@ -2,11 +2,15 @@
 #pragma once
 
 #include <QWidget>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "app/program.h"
 #include "compose/attachment_list.h"
 #include "compose/drafts.h"
 #include "compose/message_document.h"
+#include "platform/ui/background_task.h"
 
 class QCheckBox;
 class QComboBox;
@@ -25,6 +29,8 @@ class MessageHeader final : public QWidget {
   void Load();
   // The To box anew, with `chosen` in it, or what was chosen before when that is empty.
   void LoadGroups(const QString& chosen = {});
+  // The same beside the window, where the store holds other groups, or others in them, than are shown.
+  void Refresh();
   void ShowSender(const QString& from, const QString& method);
   QString Group() const;
   bool HasGroups() const;
@@ -57,9 +63,13 @@ class MessageHeader final : public QWidget {
   void ShowAttachments();
   void PickFormat();
   void ShowCount();
+  void ShowGroups(const std::vector<std::string>& names, const QString& chosen);
+  void ShowTotal(std::int64_t recipients);
 
   const Program& program_;
   compose::AttachmentList attachments_;
+  platform::BackgroundTask* refresh_;
+  int loads_ = 0;  // of the To box; what was read before the last one is old
   QComboBox* from_;
   QComboBox* to_;
   QLabel* count_;
