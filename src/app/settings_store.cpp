@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "platform/file.h"
-#include "platform/sqlite.h"
 
 namespace quillcast::app {
 namespace {
@@ -26,10 +25,10 @@ bool Exists(const fs::path& file) {
   return fs::exists(file, ignored);
 }
 
-Result<Database> OpenForWriting(const fs::path& file) {
+Result<Database> OpenForWriting(const fs::path& file, const platform::Patience& patience) {
   auto folder = platform::EnsureFolder(file.parent_path());
   if (!folder) return folder.error();
-  auto database = Database::Open(file, OpenMode::kCreate);
+  auto database = Database::Open(file, OpenMode::kCreate, patience);
   if (!database) return database;
   const auto made = database->Execute(kSchema);
   if (!made) return made.error();
@@ -49,14 +48,6 @@ Result<Statement> Prepare(Database& database, std::string_view sql, std::initial
   return statement;
 }
 
-Result<void> Run(const fs::path& file, std::string_view sql, std::initializer_list<std::string_view> values) {
-  auto database = OpenForWriting(file);
-  if (!database) return database.error();
-  auto statement = Prepare(*database, sql, values);
-  if (!statement) return statement.error();
-  return statement->Run();
-}
-
 fs::path FreeNameForDamaged(const fs::path& file) {
   for (int n = 1;; ++n) {
     fs::path name = file;
@@ -70,7 +61,7 @@ fs::path FreeNameForDamaged(const fs::path& file) {
 Result<std::string> SettingsStore::Read(std::string_view section, std::string_view key,
                                         std::string_view fallback) const {
   if (!Exists(file_)) return std::string(fallback);
-  auto database = Database::Open(file_, OpenMode::kReadOnly);
+  auto database = Database::Open(file_, OpenMode::kReadOnly, patience_);
   if (!database) return database.error();
   auto statement = Prepare(*database, "SELECT Value FROM Settings WHERE Application = ?1 AND Section = ?2 AND Key = ?3",
                            {section, key});
@@ -87,7 +78,7 @@ Result<void> SettingsStore::Write(std::string_view section, std::string_view key
 }
 
 Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const SettingValue> values) {
-  auto database = OpenForWriting(file_);
+  auto database = OpenForWriting(file_, patience_);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
@@ -103,13 +94,17 @@ Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const S
 
 Result<void> SettingsStore::DeleteSection(std::string_view section) {
   if (!Exists(file_)) return {};
-  return Run(file_, "DELETE FROM Settings WHERE Application = ?1 AND Section = ?2", {section});
+  auto database = OpenForWriting(file_, patience_);
+  if (!database) return database.error();
+  auto statement = Prepare(*database, "DELETE FROM Settings WHERE Application = ?1 AND Section = ?2", {section});
+  if (!statement) return statement.error();
+  return statement->Run();
 }
 
 Result<void> SettingsStore::CheckFile() {
   if (!Exists(file_)) return {};
   auto usable = [&]() -> Result<void> {
-    auto database = Database::Open(file_, OpenMode::kReadOnly);
+    auto database = Database::Open(file_, OpenMode::kReadOnly, patience_);
     if (!database) return database.error();
     auto check = database->Prepare("PRAGMA quick_check(1)");
     if (!check) return check.error();

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/result.h"
+#include "platform/sqlite.h"
 
 namespace quillcast::app {
 
@@ -21,7 +22,8 @@ struct SettingValue {
 // first write.
 class SettingsStore {
  public:
-  explicit SettingsStore(std::filesystem::path file) : file_(std::move(file)) {}
+  explicit SettingsStore(std::filesystem::path file, const platform::Patience& patience = {})
+      : file_(std::move(file)), patience_(patience) {}
 
   // The stored text, or `fallback` when there is no such value. Fails only when the file is there and cannot be read.
   Result<std::string> Read(std::string_view section, std::string_view key, std::string_view fallback) const;
@@ -38,6 +40,7 @@ class SettingsStore {
 
  private:
   std::filesystem::path file_;
+  platform::Patience patience_;
 };
 
 }  // namespace quillcast::app

@@ -24,7 +24,7 @@ template <typename Action>
 int WithStore(Context& context, Action action) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  RecipientStore store(folders->Database());
+  RecipientStore store(folders->Database(), {.cancel = &context.cancel});
   const Result<int> done = action(store);
   return done ? *done : context.output.Fail(done.error());
 }

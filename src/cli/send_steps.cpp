@@ -26,7 +26,7 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
   if (!account) return account.error();
   auto document = DocumentFrom(options, settings, context.prompts);
   if (!document) return document.error();
-  const recipients::RecipientStore store(folders->Database());
+  const recipients::RecipientStore store(folders->Database(), {.cancel = &context.cancel});
   auto found = store.FindGroup(group);
   if (!found) return found.error();
   Mailing mailing{*folders, std::move(*account), std::move(*document), {}, 0};
@@ -43,7 +43,7 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
 int AskBeforeSending(Context& context, const Mailing& mailing) {
   const auto filled_in = sending::AccountIsFilledIn(app::SettingsStore(mailing.folders.settings));
   if (!filled_in) return context.output.Fail(filled_in.error());
-  auto groups = recipients::RecipientStore(mailing.folders.Database()).ListGroupNames();
+  auto groups = recipients::RecipientStore(mailing.folders.Database(), {.cancel = &context.cancel}).ListGroupNames();
   if (!groups) return context.output.Fail(groups.error());
   const sending::MailingFacts facts{.account_filled_in = *filled_in,
                                     .groups = std::move(*groups),

@@ -98,7 +98,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   if (const auto refusal = app::CheckStartup(Facts(instance), folders)) return Refuse(prompts, refusal->message);
   const auto prepared = app::PrepareFolders(folders);
   if (!prepared) std::fprintf(stderr, "quillcast-desktop: %s\n", InOneLine(prepared.error()).c_str());
-  app::SettingsStore settings(folders.settings);
+  app::SettingsStore settings(folders.settings, app::kWindowPatience);
   const auto usable = settings.CheckFile();
   if (!usable) prompts.Warn(Describe(usable.error()));
 

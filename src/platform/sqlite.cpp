@@ -3,15 +3,36 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
+#include <cstring>
+#include <thread>
+#include <utility>
 
 #include "platform/file.h"
+#include "platform/text.h"
 
 namespace quillcast::platform {
 namespace {
 
-constexpr int kLockWaitMilliseconds = 10'000;
+constexpr auto kLockPause = std::chrono::milliseconds(5);
+constexpr int kStepsBetweenLooks = 10'000;  // of SQLite's machine, some tenths of a millisecond
+
+bool IsCancelled(const Patience& patience) {
+  return patience.cancel != nullptr && patience.cancel->Requested() != Stop::kNone;
+}
+
+// For SQLite, which asks before each further try: 1 to try again.
+int WaitForLock(void* context, int tries) {
+  const auto& patience = *static_cast<const Patience*>(context);
+  if (IsCancelled(patience) || tries * kLockPause >= patience.lock_wait) return 0;
+  std::this_thread::sleep_for(kLockPause);
+  return 1;
+}
+
+int EndsStatement(void* context) { return IsCancelled(*static_cast<const Patience*>(context)) ? 1 : 0; }
 
 Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
   const int code = sqlite3_errcode(database) & 0xFF;
@@ -31,6 +52,8 @@ Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       return {Failure::kTryAgain, what, "Another program is using it; try again when that is done."};
+    case SQLITE_INTERRUPT:
+      return {Failure::kTryAgain, fmt::format("The work on {} was cancelled.", path.string())};
     case SQLITE_IOERR:
       return {Failure::kIo, what, "Check the disk and the space that is left on it."};
     default:
@@ -59,6 +82,18 @@ void SwitchOffAllocationCounts() {
 std::string_view TextOf(sqlite3_value* value) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
   return text == nullptr ? std::string_view() : std::string_view(text, sqlite3_value_bytes(value));
+}
+
+// A file that an older copy, or another program, made with wider permissions; its journal is made with the same.
+Result<void> ShutOutOthers(int fd, const std::filesystem::path& path) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0) return SystemError("read", path, errno);
+  constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+  if ((status.st_mode & kOthers) == 0 || ::fchmod(fd, status.st_mode & S_IRWXU) == 0) return {};
+  return Error{
+      Failure::kNotPermitted,
+      fmt::format("{} can be read by others, and that could not be changed: {}.", path.string(), std::strerror(errno)),
+      "Take their permissions away (chmod 600), or move the file away."};
 }
 
 }  // namespace
@@ -106,11 +141,45 @@ std::string_view Statement::Text(int column) const {
 
 std::int64_t Statement::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 
-Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode) {
+// A schema in a file is run by whoever opens it.
+void Database::SwitchOffForeignCode() {
+  constexpr std::array<std::pair<int, int>, 4> kSwitches = {{{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                                             {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                                             {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                                             {SQLITE_DBCONFIG_ENABLE_VIEW, 0}}};
+  for (const auto& [option, on] : kSwitches) sqlite3_db_config(database_.get(), option, on, nullptr);
+}
+
+void Database::KeepPatience() {
+  sqlite3_busy_handler(database_.get(), WaitForLock, patience_.get());
+  if (patience_->cancel == nullptr || !patience_->cancel_ends_statements) return;
+  sqlite3_progress_handler(database_.get(), kStepsBetweenLooks, EndsStatement, patience_.get());
+}
+
+void Database::ForgetCancel() {
+  patience_->cancel = nullptr;
+  sqlite3_progress_handler(database_.get(), 0, nullptr, nullptr);
+}
+
+// The first statement on a connection: it also tells whether the file is a database at all.
+Result<void> Database::CheckSchema() {
+  auto foreign = Prepare("SELECT type, name FROM sqlite_master WHERE type IN ('trigger', 'view') LIMIT 1");
+  if (!foreign) return foreign.error();
+  const auto row = foreign->Step();
+  if (!row) return row.error();
+  if (!*row) return {};
+  return Error{Failure::kBadData,
+               fmt::format("{} holds the {} \"{}\", which no file of this program has, so it was not used.",
+                           path_.string(), foreign->Text(0), Printable(foreign->Text(1), 100)),
+               "Put a copy of your own back, or move the file away to begin with an empty one."};
+}
+
+Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode, const Patience& patience) {
   if (mode == OpenMode::kCreate) {
     // Made here so that it is private from the first moment; SQLite would use the process's mask.
     const UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!fd) return SystemError("create", path, errno);
+    if (const auto shut = ShutOutOthers(fd.get(), path); !shut) return shut.error();
   } else {
     const auto readable = OpenForReading(path);
     if (!readable) return readable.error();
@@ -119,14 +188,15 @@ Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode
   sqlite3* raw = nullptr;
   const int flags = mode == OpenMode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-  Database database(raw, path);
+  Database database(raw, path, patience);
   if (code != SQLITE_OK) return SqliteError(raw, path);
-  sqlite3_busy_timeout(raw, kLockWaitMilliseconds);
-  const auto is_database = database.Execute("SELECT count(*) FROM sqlite_master");
+  database.SwitchOffForeignCode();
+  database.KeepPatience();
+  const auto is_database = database.CheckSchema();
   if (!is_database && sqlite3_extended_errcode(raw) == SQLITE_READONLY_ROLLBACK) {
     // A writer that was killed left its journal behind. Only one who may write can take the half-written change back.
-    const auto restored = Open(path, OpenMode::kReadWrite);
-    return restored ? Open(path, mode) : restored.error();
+    const auto restored = Open(path, OpenMode::kReadWrite, patience);
+    return restored ? Open(path, mode, patience) : restored.error();
   }
   if (!is_database) return is_database.error();
   return database;

@@ -1,6 +1,7 @@
 // A thin typed layer over SQLite: a connection, a prepared statement, a transaction that rolls back unless committed.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -8,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/cancel.h"
 #include "platform/result.h"
 
 struct sqlite3;
@@ -48,12 +50,23 @@ class Statement {
 
 enum class OpenMode { kReadOnly, kReadWrite, kCreate };
 
-// A connection to one database file. A file made by kCreate has mode 0600.
+// How long a statement may take.
+struct Patience {
+  std::chrono::milliseconds lock_wait = std::chrono::seconds(10);  // for another process or connection
+  const CancelToken* cancel = nullptr;  // its first request ends every wait and statement; outlives the connection
+  bool cancel_ends_statements = true;   // false: the waits for locks alone, for work that is to be rounded off
+};
+
+// A connection to one database file. A file that kCreate makes, or finds, is for its owner alone. What a file from
+// elsewhere could have in it to be run at our statements is refused and switched off: triggers, views, functions in the
+// schema.
 class Database {
  public:
-  // Fails with kNoInput when the file is missing, kBadData when it is damaged or of another program, kCannotCreate or
-  // kIo otherwise. A lock of another process is waited for, 10 seconds at most.
-  static Result<Database> Open(const std::filesystem::path& path, OpenMode mode);
+  // Fails with kNoInput when the file is missing, kBadData when it is damaged or of another program, kTryAgain when it
+  // is locked or the work was cancelled, kCannotCreate or kIo otherwise.
+  static Result<Database> Open(const std::filesystem::path& path, OpenMode mode, const Patience& patience = {});
+  // From here on no request ends a statement.
+  void ForgetCancel();
 
   Result<Statement> Prepare(std::string_view sql);
   Result<void> Execute(const char* sql);  // one or several statements without parameters
@@ -71,8 +84,13 @@ class Database {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  Database(sqlite3* database, std::filesystem::path path) : database_(database), path_(std::move(path)) {}
+  Database(sqlite3* database, std::filesystem::path path, const Patience& patience)
+      : patience_(std::make_unique<Patience>(patience)), database_(database), path_(std::move(path)) {}
+  void SwitchOffForeignCode();
+  void KeepPatience();
+  Result<void> CheckSchema();
 
+  std::unique_ptr<Patience> patience_;  // before the connection, which reads it
   std::unique_ptr<sqlite3, CloseDatabase> database_;
   std::filesystem::path path_;
 };

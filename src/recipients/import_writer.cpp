@@ -29,8 +29,9 @@ ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find,
       batch_size_(kFirstBatch) {}
 
 Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std::int64_t group_id,
-                                        StatementId statement, ImportReport& report) {
-  auto database = OpenStore(store);
+                                        StatementId statement, ImportReport& report,
+                                        const platform::Patience& patience) {
+  auto database = OpenStore(store, patience);
   if (!database) return database.error();
   if (const auto set = database->Execute(kCacheSize); !set) return set.error();
   auto find = CatalogueStatement::Prepare(*database, StatementId::kFindDuplicate);

@@ -102,7 +102,7 @@ Result<bool> RecipientCursor::Next(Recipient& recipient) {
 }
 
 Result<std::vector<std::string>> RecipientStore::ListGroupNames() const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   auto statement = Bound(*database, StatementId::kGroupNames, {});
   if (!statement) return statement.error();
@@ -116,7 +116,7 @@ Result<std::vector<std::string>> RecipientStore::ListGroupNames() const {
 }
 
 Result<std::optional<RecipientGroup>> RecipientStore::FindGroup(std::string_view name) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   return FindGroupOn(*database, name);
 }
@@ -129,7 +129,7 @@ Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const
 }
 
 Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const auto group = FindGroupOn(*database, group_name);
   if (!group) return group.error();
@@ -145,7 +145,7 @@ Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name
 }
 
 Result<bool> RecipientStore::RecipientExists(std::int64_t group_id, std::string_view address) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const std::string key = std::to_string(group_id);
   auto statement = Bound(*database, StatementId::kFindDuplicate, List<2>{key, address});
@@ -155,7 +155,7 @@ Result<bool> RecipientStore::RecipientExists(std::int64_t group_id, std::string_
 
 Result<std::optional<StoredRecipient>> RecipientStore::FindRecipient(std::int64_t group_id,
                                                                      std::string_view address) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const std::string key = std::to_string(group_id);
   auto statement = Bound(*database, StatementId::kFindRecipient, List<2>{key, address});
@@ -167,14 +167,14 @@ Result<std::optional<StoredRecipient>> RecipientStore::FindRecipient(std::int64_
 }
 
 Result<void> RecipientStore::RunAlone(StatementId id, Values values) {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   return RunOn(*database, id, values);
 }
 
 Result<bool> RecipientStore::RunUnless(const std::function<Result<bool>(Database&)>& is_there, StatementId id,
                                        Values values) {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
@@ -256,7 +256,7 @@ Result<void> RecipientStore::RenameGroup(std::string_view old_name, std::string_
 }
 
 Result<void> RecipientStore::DeleteGroup(std::string_view name) {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
@@ -276,7 +276,7 @@ Result<void> RecipientStore::SetSort(std::int64_t group_id, std::string_view sor
 
 Result<RecipientCursor> RecipientStore::ListRecipients(std::int64_t group_id, std::string_view sort_sql,
                                                        Reading reading) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const std::string key = std::to_string(group_id);
   const List<1> values{key};
@@ -293,13 +293,14 @@ Result<RecipientCursor> RecipientStore::ListRecipients(std::int64_t group_id, st
     if (const auto bound = copy->Bind(values); !bound) return bound.error();
     if (const auto done = copy->rows().Run(); !done) return done.error();
   }
+  database->ForgetCancel();  // the copy is private: whoever was cancelled may still want to know who is left in it
   auto rows = database->Prepare("SELECT * FROM temp.[Copy] ORDER BY rowid");
   if (!rows) return rows.error();
   return RecipientCursor(std::move(*database), std::move(*rows), kColumns);
 }
 
 Result<RecipientCursor> RecipientStore::ListNames(std::int64_t group_id, std::string_view sort_sql) const {
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const std::string key = std::to_string(group_id);
   auto rows = Bound(*database, StatementId::kListNames, List<1>{key}, sort_sql);
@@ -311,7 +312,7 @@ Result<std::vector<StoredRecipient>> RecipientStore::Find(std::int64_t group_id,
                                                           Comparison comparison, std::string_view term) const {
   constexpr std::array kIds = {StatementId::kFindEqual, StatementId::kFindContaining, StatementId::kFindStarting,
                                StatementId::kFindEnding};
-  auto database = OpenStore(file_);
+  auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   const std::string key = std::to_string(group_id);
   auto statement =

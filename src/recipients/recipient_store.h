@@ -19,7 +19,8 @@ namespace quillcast::recipients {
 enum class Comparison : std::uint8_t { kEquals, kContains, kStartsWith, kEndsWith };
 
 // kLive reads from the store while it is walked through, and holds up writers meanwhile. kCopy first copies the rows
-// to a private file on disk: for walks that take long, as a sending run does; what is changed later is not seen.
+// to a private file on disk: for walks that take long, as a sending run does; what is changed later is not seen, and a
+// cancel ends the copying alone.
 enum class Reading : std::uint8_t { kLive, kCopy };
 
 // Walks through the recipients of a group one by one, in constant memory.
@@ -40,7 +41,8 @@ class RecipientCursor {
 
 class RecipientStore {
  public:
-  explicit RecipientStore(std::filesystem::path file) : file_(std::move(file)) {}
+  explicit RecipientStore(std::filesystem::path file, const platform::Patience& patience = {})
+      : file_(std::move(file)), patience_(patience) {}
   const std::filesystem::path& file() const { return file_; }
 
   // The names in the order in which the groups were made.
@@ -95,6 +97,7 @@ class RecipientStore {
                          Values values);
 
   std::filesystem::path file_;
+  platform::Patience patience_;
 };
 
 }  // namespace quillcast::recipients

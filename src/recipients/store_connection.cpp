@@ -30,7 +30,8 @@ Result<void> CheckPassword(platform::Database& database, std::string_view passwo
   return Error{Failure::kNotPermitted, fmt::format("{}: not a valid password.", database.path().string())};
 }
 
-Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password) {
+Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password,
+                                            const platform::Patience& patience) {
   std::error_code ignored;
   if (std::filesystem::is_symlink(file, ignored) && !std::filesystem::exists(file, ignored)) {
     const auto target = std::filesystem::read_symlink(file, ignored);
@@ -38,7 +39,7 @@ Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, s
                  fmt::format("{} is a link to {}, which is not there.", file.string(), target.string()),
                  "Make available what it leads to, or remove the link to begin with an empty store."};
   }
-  auto database = platform::Database::Open(file, platform::OpenMode::kReadWrite);
+  auto database = platform::Database::Open(file, platform::OpenMode::kReadWrite, patience);
   if (!database) return database;
   if (const auto added = AddTextRules(*database); !added) return added.error();
   if (const auto checked = CheckPassword(*database, password); !checked) return checked.error();
@@ -59,10 +60,12 @@ Result<platform::Database> OpenByConnectionString(std::string_view connection_st
   }
   const std::string_view password = connection_string.substr(password_at + kPasswordClause.size());
   const std::string_view file = connection_string.substr(kSourceClause.size(), password_at - kSourceClause.size());
-  return OpenWithPassword(std::filesystem::path(file), password);
+  return OpenWithPassword(std::filesystem::path(file), password, {});
 }
 
-Result<platform::Database> OpenStore(const std::filesystem::path& file) { return OpenWithPassword(file, kPassword); }
+Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::Patience& patience) {
+  return OpenWithPassword(file, kPassword, patience);
+}
 
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema) {
   if (std::error_code error; std::filesystem::exists(file, error)) {

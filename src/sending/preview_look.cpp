@@ -67,7 +67,8 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
   if ((*message)->is_html() && !account->IsOn(AccountKey::kTextPart)) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }
-  auto rows = recipients::RecipientStore(program.folders.Database()).ListRecipients(group.id, group.sort_sql);
+  auto rows = recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel})
+                  .ListRecipients(group.id, group.sort_sql);
   if (!rows) return rows.error();
   const auto found = LookOver(std::move(*rows), document, **message, cancel);
   if (!found) return found.error();
@@ -83,7 +84,8 @@ Result<std::string> SendToMyself(const compose::MessageDocument& document, const
                                  const platform::CancelToken& cancel) {
   const auto account = AccountSettings::Load(program.settings);
   if (!account) return account.error();
-  const auto row = RowAt(recipients::RecipientStore(program.folders.Database()), group, position, cancel);
+  const auto row =
+      RowAt(recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel}), group, position, cancel);
   if (!row) return row.error();
   const auto message = Compile(document, program, *account);
   if (!message) return message.error();

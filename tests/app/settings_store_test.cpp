@@ -38,6 +38,29 @@ TEST(SettingsStore, ReadsWritesAndDeletes) {
   EXPECT_EQ(fs::status(store.file().parent_path()).permissions(), fs::perms::owner_all);
 }
 
+TEST(SettingsStore, IsOneApplicationsInAFileOfTheOwnersAlone) {
+  const test::TemporaryFolder root;
+  SettingsStore store(root / "settings.db");
+  ASSERT_TRUE(store.Write("Account", "Name", "Ada"));
+  {
+    auto database = platform::Database::Open(store.file(), platform::OpenMode::kReadWrite);
+    ASSERT_TRUE(database->Execute("INSERT INTO Settings VALUES ('Another Program', 'Account', 'Name', 'Eve')"));
+    auto names = database->Prepare("SELECT Application FROM Settings WHERE Value = 'Ada'");
+    ASSERT_TRUE(names && *names->Step());
+    EXPECT_EQ(names->Text(0), "Quillcast Classic");
+  }
+  EXPECT_EQ(ReadOr(store, "Account", "Name", ""), "Ada");
+  ASSERT_TRUE(store.DeleteSection("Account"));
+  fs::permissions(store.file(),
+                  fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::others_read);
+  ASSERT_TRUE(store.Write("Account", "Password", "secret"));
+  EXPECT_EQ(fs::status(store.file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  auto database = platform::Database::Open(store.file(), platform::OpenMode::kReadWrite);
+  auto others = database->Prepare("SELECT count(*) FROM Settings WHERE Application = 'Another Program'");
+  ASSERT_TRUE(others && *others->Step());
+  EXPECT_EQ(others->Int(0), 1);
+}
+
 TEST(SettingsStore, TwoProcessesSeeEachOthersWrites) {
   const test::TemporaryFolder root;
   SettingsStore store(root / "settings.db");

@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
 #include <QFontDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -236,6 +237,30 @@ class MainFormTest : public QObject {
     } else {
       QCOMPARE(scene.Focus(), focus);
     }
+  }
+
+  void nothingWaitsForAStoreInUse() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Readers", {"bob@example.net"});
+    scene.rig.AddGroup("Others", {"cy@example.net", "di@example.net"});
+    scene.Open();
+    auto* to = scene.window->findChild<QComboBox*>("ToComboBox");
+    to->setCurrentText("Readers");
+    auto other = platform::Database::Open(scene.rig.folders.Database(), platform::OpenMode::kReadWrite);
+    QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
+    QElapsedTimer waited;
+    waited.start();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
+    scene.window->Say({});
+    to->setCurrentText("Others");
+    QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
+    QVERIFY2(waited.elapsed() < 3000, "the window stood still");
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(other->Execute("ROLLBACK"));
+    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("2 recipients"));
+    QCOMPARE(to->currentText(), QString("Others"));
   }
 
   void importExportAndSupportCheckFirst() {

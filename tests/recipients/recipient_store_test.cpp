@@ -95,6 +95,13 @@ TEST_F(StoreTest, DeletingAGroupTakesItsRecipientsAlong) {
   EXPECT_NE(NewGroup("A"), group);  // a key is never used again
 }
 
+TEST_F(StoreTest, AGroupThatCannotBeDeletedWholeStays) {
+  NewGroup("A");
+  ASSERT_TRUE(OpenStore(store().file())->Execute("DROP TABLE [Emails]"));  // its second statement fails
+  EXPECT_FALSE(store().DeleteGroup("A"));
+  EXPECT_EQ(*store().ListGroupNames(), (std::vector<std::string>{"A"}));
+}
+
 TEST_F(StoreTest, ListsInTheOrderOfAddingUnlessSorted) {
   const auto group = NewGroup("A");
   for (const char* address : {"z@x.org", "a@x.org", "M@x.org"}) ASSERT_TRUE(store().AddAddress(group, address));
@@ -120,6 +127,55 @@ TEST_F(StoreTest, ACopiedListHoldsNobodyUp) {
   ASSERT_TRUE(store().AddAddress(group, "b@x.org"));
   EXPECT_FALSE(*cursor->Next(recipient));
   EXPECT_EQ(*store().CountRecipients("A"), 2);
+}
+
+TEST_F(StoreTest, AFileFromElsewhereRunsNothing) {
+  NewGroup("A");
+  for (const char* foreign : {"CREATE TRIGGER [t] AFTER INSERT ON [Emails] BEGIN DELETE FROM [Groups]; END",
+                              "CREATE VIEW [v] AS SELECT * FROM [Emails]"}) {
+    const auto file = folder_ / "Foreign.mdb";
+    std::filesystem::copy_file(store().file(), file, std::filesystem::copy_options::overwrite_existing);
+    ASSERT_TRUE(OpenStore(file)->Execute(foreign));
+    const auto refused = RecipientStore(file).ListGroupNames();
+    ASSERT_FALSE(refused) << foreign;
+    EXPECT_EQ(refused.error().failure, Failure::kBadData);
+    EXPECT_NE(refused.error().remedy.find("move the file away"), std::string::npos);
+  }
+  // Put in behind the look at the schema, they are switched off all the same.
+  auto open = OpenStore(store().file());
+  ASSERT_TRUE(OpenStore(store().file())
+                  ->Execute("CREATE TRIGGER [t] AFTER INSERT ON [Emails] BEGIN DELETE FROM [Groups]; END"));
+  ASSERT_TRUE(open->Execute("INSERT INTO [Emails] ([G-ID], [G-Email]) VALUES (1, 'a@x.org')"));
+  auto groups = open->Prepare("SELECT count(*) FROM [Groups]");
+  ASSERT_TRUE(groups && groups->Step());
+  EXPECT_EQ(groups->Int(0), 1);
+  EXPECT_FALSE(open->Execute("PRAGMA writable_schema = ON; DELETE FROM sqlite_master"));
+}
+
+TEST_F(StoreTest, WaitsNoLongerThanAsked) {
+  const auto group = NewGroup("A");
+  ASSERT_TRUE(OpenStore(store().file())
+                  ->Execute("WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 20000) "
+                            "INSERT INTO [Emails] ([G-ID], [G-Email]) SELECT (SELECT [ID] FROM [Groups]), 'a@x.org' "
+                            "FROM [n]"));
+  platform::CancelToken cancel;
+  const RecipientStore cancelled(store().file(), {.cancel = &cancel});
+  auto copy = cancelled.ListRecipients(group, "", Reading::kCopy);
+  ASSERT_TRUE(copy);
+  cancel.Request();
+  EXPECT_EQ(cancelled.CountRecipients("A").error().failure, Failure::kTryAgain);
+  EXPECT_EQ(cancelled.ListRecipients(group, "", Reading::kCopy).error().failure, Failure::kTryAgain);
+  Recipient recipient;
+  EXPECT_TRUE(*copy->Next(recipient)) << "what was copied stays readable";
+
+  auto other = OpenStore(store().file());
+  ASSERT_TRUE(other->Execute("BEGIN EXCLUSIVE"));
+  const auto begin = std::chrono::steady_clock::now();
+  for (const platform::Patience& patience :
+       {platform::Patience{.lock_wait = {}}, platform::Patience{.cancel = &cancel}}) {
+    EXPECT_EQ(RecipientStore(store().file(), patience).ListGroupNames().error().failure, Failure::kTryAgain);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 TEST_F(StoreTest, SearchesByOneField) {

@@ -336,9 +336,13 @@ void MainForm::PreviewInMailProgram() {
 }
 
 void MainForm::PreviewInside() {
-  const recipients::RecipientStore store(program_.folders.Database());
+  const recipients::RecipientStore store(program_.folders.Database(), kWindowPatience);
   const std::string name = FromQt(header_->Group());
   const auto group = store.FindGroup(name);
+  if (!group && group.error().failure == Failure::kTryAgain) {
+    Say(ToQt(InOneLine(group.error())));
+    return;
+  }
   const bool is_there = group && *group;
   PreviewForm(program_, Document(), is_there ? **group : recipients::RecipientGroup(),
               is_there ? recipients::GroupCount(store, name) : 0, editor_->base(), this)
@@ -347,7 +351,7 @@ void MainForm::PreviewInside() {
 
 void MainForm::Send() {
   compose::MessageDocument document = Document();
-  const recipients::RecipientStore store(program_.folders.Database());
+  const recipients::RecipientStore store(program_.folders.Database(), kWindowPatience);
   const auto filled_in = sending::AccountIsFilledIn(program_.settings);
   auto groups = store.ListGroupNames();
   const std::string name = FromQt(header_->Group());

@@ -8,6 +8,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTimer>
+#include <utility>
 
 #include "app/main_window_contents.h"
 #include "app/ui/attachments_form.h"
@@ -15,7 +17,7 @@
 #include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_text.h"
-#include "recipients/group_count.h"
+#include "recipients/recipient_store.h"
 
 namespace quillcast::app {
 namespace {
@@ -23,7 +25,8 @@ namespace {
 using platform::FromQt;
 using platform::ToQt;
 
-constexpr int kNarrowest = 80;  // pixels of the method box, where the window is small
+constexpr int kPauseBeforeLoading = 1000;  // milliseconds
+constexpr int kNarrowest = 80;             // pixels of the method box, where the window is small
 
 QComboBox* MakeBox(const char* name, QWidget* parent) {
   auto* box = new QComboBox(parent);
@@ -173,7 +176,11 @@ void MessageHeader::Load() {
 }
 
 void MessageHeader::LoadGroups(const QString& chosen) {
-  const auto names = recipients::RecipientStore(program_.folders.Database()).ListGroupNames();
+  const auto names = recipients::RecipientStore(program_.folders.Database(), kWindowPatience).ListGroupNames();
+  if (!names && names.error().failure == Failure::kTryAgain) {
+    LoadGroupsAgain(ToQt(InOneLine(names.error())), chosen);
+    return;
+  }
   if (!names) emit Trouble(ToQt(InOneLine(names.error())));
   ShowGroups(names ? *names : std::vector<std::string>(), chosen.isEmpty() ? to_->currentText() : chosen);
   ShowCount();
@@ -189,19 +196,20 @@ void MessageHeader::ShowGroups(const std::vector<std::string>& names, const QStr
 
 void MessageHeader::Refresh() {
   if (refresh_->is_running()) return;
-  const recipients::RecipientStore store(program_.folders.Database());
-  refresh_->Start([this, store, chosen = to_->currentText(), loads = loads_](const platform::CancelToken&) {
+  refresh_->Start([this, file = program_.folders.Database(), chosen = to_->currentText(),
+                   loads = loads_](const platform::CancelToken& cancel) {
+    const recipients::RecipientStore store(file, {.cancel = &cancel});
     const auto names = store.ListGroupNames();
-    const auto count = chosen.isEmpty() || !names ? 0 : recipients::GroupCount(store, FromQt(chosen));
+    const auto count = store.CountRecipients(FromQt(chosen));
     return [this, names, count, chosen, loads] {
       const bool is_old = loads != loads_ || chosen != to_->currentText() || to_->view()->isVisible();
-      if (!names || is_old) return;  // what cannot be read is told when it is needed
+      if (!names || !count || is_old) return;  // what cannot be read is told when it is needed
       QStringList shown;
       for (int i = 0; i < to_->count(); ++i) shown << to_->itemText(i);
       QStringList stored;
       for (const auto& name : *names) stored << ToQt(name);
       if (shown != stored) ShowGroups(*names, chosen);
-      ShowTotal(count);
+      ShowTotal(*count);
     };
   });
 }
@@ -217,15 +225,34 @@ QString MessageHeader::Group() const { return to_->currentText(); }
 bool MessageHeader::HasGroups() const { return to_->count() > 0; }
 
 void MessageHeader::ShowCount() {
-  const bool is_chosen = to_->currentIndex() >= 0;
-  ShowTotal(is_chosen ? recipients::GroupCount(recipients::RecipientStore(program_.folders.Database()),
-                                               FromQt(to_->currentText()))
-                      : 0);
+  if (to_->currentIndex() < 0) {
+    ShowTotal(0);
+    return;
+  }
+  auto count = recipients::RecipientStore(program_.folders.Database(), kWindowPatience)
+                   .CountRecipients(FromQt(to_->currentText()));
+  if (!count && count.error().failure == Failure::kTryAgain) {
+    count_->clear();
+    LoadGroupsAgain(ToQt(InOneLine(count.error())), {});
+    return;
+  }
+  ShowTotal(std::move(count).ValueOr(0));
 }
 
 void MessageHeader::ShowTotal(std::int64_t recipients) {
   count_->setText(to_->currentIndex() < 0 ? QString()
                                           : platform::Counted(recipients, tr("1 recipient"), tr("%1 recipients")));
+}
+
+// The store is in use: what is shown stays, and is looked up again in a moment.
+void MessageHeader::LoadGroupsAgain(const QString& why, const QString& chosen) {
+  emit Trouble(why);
+  if (!std::exchange(loads_again_, true)) {
+    QTimer::singleShot(kPauseBeforeLoading, this, [this, chosen] {
+      loads_again_ = false;
+      LoadGroups(chosen);
+    });
+  }
 }
 
 void MessageHeader::Collect(compose::MessageDocument& document) const {

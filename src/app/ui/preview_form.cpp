@@ -168,8 +168,8 @@ void PreviewForm::ShowRecipient() {
     return;
   }
   view_task_->Start([this, document = document_, group = group_, position = position_->value(),
-                     store =
-                         recipients::RecipientStore(program_.folders.Database())](const platform::CancelToken& cancel) {
+                     file = program_.folders.Database()](const platform::CancelToken& cancel) {
+    const recipients::RecipientStore store(file, {.cancel = &cancel});
     auto view =
         std::make_shared<Result<sending::RecipientView>>(sending::ViewFor(document, store, group, position, cancel));
     return [this, view] {

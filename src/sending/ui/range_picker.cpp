@@ -99,8 +99,9 @@ void RangePicker::TakeChange() {
 // Of what was typed to its end; what is being typed is left alone.
 void RangePicker::LookUp() {
   if (!partial_->isChecked()) return;
-  look_up_->Start([this, store = recipients::RecipientStore(program_.folders.Database()), group = group_,
+  look_up_->Start([this, file = program_.folders.Database(), group = group_,
                    range = PartialRange{first_->value(), last_->value()}](const platform::CancelToken& cancel) {
+    const recipients::RecipientStore store(file, {.cancel = &cancel});
     const auto [first, last] = EndsOf(store, group, range, cancel);
     return [this, text = first == last ? first : first + " … " + last] { whom_->setText(platform::ToQt(text)); };
   });
