@@ -61,6 +61,8 @@ class SendListener final : public sending::RunListener {
   }
   void NotTried(std::int64_t position, const std::string& address) override {
     output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
+    output_.EndProgress();
+    output_.Note(fmt::format("#{} {}: not tried", position, platform::Printable(address, 100)));
   }
 
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {

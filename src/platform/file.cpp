@@ -93,12 +93,6 @@ Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::
   }
 }
 
-Result<FileWriter> CreateWith(const fs::path& path, int flags) {
-  UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0600));
-  if (!fd) return SystemError("create", path, errno);
-  return FileWriter(std::move(fd), path);
-}
-
 }  // namespace
 
 void UniqueFd::Close() {
@@ -218,8 +212,16 @@ Result<UniqueFd> OpenScratchFile(const fs::path& folder) {
   return named;
 }
 
-Result<FileWriter> FileWriter::Create(const fs::path& path) { return CreateWith(path, O_TRUNC); }
-Result<FileWriter> FileWriter::CreateNew(const fs::path& path) { return CreateWith(path, O_EXCL); }
+Result<FileWriter> FileWriter::CreateNew(const fs::path& path) {
+  UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!fd) return SystemError("create", path, errno);
+  return FileWriter(std::move(fd), path);
+}
+
+Result<FileWriter> FileWriter::CreateAnew(const fs::path& path) {
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) return SystemError("replace", path, errno);
+  return CreateNew(path);
+}
 
 void FileWriter::SayItIsBeingWritten() const { ::flock(fd_.get(), LOCK_EX | LOCK_NB); }
 
@@ -237,9 +239,26 @@ Result<void> FileWriter::Write(std::string_view text) {
 Result<void> FileWriter::Flush() {
   if (failed_) return *failed_;
   auto done = WriteAll(fd_.get(), path_, pending_);
+  if (done) {
+    const auto end = pending_.rfind('\n');
+    if (end != std::string::npos) whole_lines_ = flushed_ + end + 1;
+    flushed_ += pending_.size();
+  } else {
+    failed_ = done.error();
+    CutTornLine();
+  }
   pending_.clear();
-  if (!done) failed_ = done.error();
   return done;
+}
+
+// Some of the bytes may have gone in.
+void FileWriter::CutTornLine() {
+  const off_t size = ::lseek(fd_.get(), 0, SEEK_END);
+  if (size < 0) return;
+  const auto written = static_cast<std::uint64_t>(size) - flushed_;
+  const auto end = written == 0 ? std::string::npos : pending_.rfind('\n', written - 1);
+  if (end != std::string::npos) whole_lines_ = flushed_ + end + 1;
+  [[maybe_unused]] const int cut = ::ftruncate(fd_.get(), static_cast<off_t>(whole_lines_));  // the failure is told
 }
 
 }  // namespace quillcast::platform

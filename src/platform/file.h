@@ -76,13 +76,14 @@ Result<UniqueFd> OpenScratchFile(const std::filesystem::path& folder);
 bool IsBeingWritten(const std::filesystem::path& file);
 
 // Collects small writes and hands them on in blocks. Flush before the end of its life, to hear of a failure; after a
-// failure all later calls fail with the same error.
+// failure all later calls fail with the same error, and the file ends with the last line that went into it whole.
 class FileWriter {
  public:
   FileWriter(UniqueFd fd, std::filesystem::path path) : fd_(std::move(fd)), path_(std::move(path)) {}
 
-  // Creates the file, or empties it, with mode 0600.
-  static Result<FileWriter> Create(const std::filesystem::path& path);
+  // Creates the file, with mode 0600, in the place of what stands there: a link is not followed, a pipe not opened, and
+  // nobody else's file written into.
+  static Result<FileWriter> CreateAnew(const std::filesystem::path& path);
   // Creates the file, and fails with kCannotCreate when it exists.
   static Result<FileWriter> CreateNew(const std::filesystem::path& path);
 
@@ -97,7 +98,11 @@ class FileWriter {
  private:
   UniqueFd fd_;
   std::filesystem::path path_;
+  void CutTornLine();
+
   std::string pending_;
+  std::uint64_t flushed_ = 0;      // bytes
+  std::uint64_t whole_lines_ = 0;  // bytes of them
   std::optional<Error> failed_;
 };
 

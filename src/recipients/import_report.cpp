@@ -37,7 +37,8 @@ void AppendCharacter(UConverter* converter, char32_t code, std::string& out) {
 
 }  // namespace
 
-ImportReport::ImportReport(platform::FileWriter writer, std::string_view code_page) : writer_(std::move(writer)) {
+ImportReport::ImportReport(std::optional<platform::FileWriter> writer, std::string_view code_page)
+    : writer_(std::move(writer)) {
   if (IsUtf8Codeset(code_page)) return;
   UErrorCode status = U_ZERO_ERROR;
   converter_.reset(ucnv_open(std::string(code_page).c_str(), &status));
@@ -50,7 +51,7 @@ ImportReport::ImportReport(platform::FileWriter writer, std::string_view code_pa
 
 Result<ImportReport> ImportReport::Create(const std::filesystem::path& file, std::string_view code_page) {
   if (const auto made = platform::EnsureFolder(file.parent_path()); !made) return made.error();
-  auto writer = platform::FileWriter::Create(file);
+  auto writer = platform::FileWriter::CreateAnew(file);
   if (!writer) return writer.error();
   ImportReport report(std::move(*writer), code_page);
   report.kept_back_ = kHeading;
@@ -82,18 +83,28 @@ void ImportReport::Note(std::string_view label, std::string_view value) {
 
 Result<void> ImportReport::Keep() {
   constexpr std::size_t kSlice = std::size_t{32} * 1024;  // so that the writer never holds a copy of it all
+  if (!writer_) {
+    kept_back_.clear();
+    return {};
+  }
   for (std::string_view rest = kept_back_; !rest.empty(); rest.remove_prefix(std::min(kSlice, rest.size()))) {
-    if (auto written = writer_.Write(rest.substr(0, kSlice)); !written) return written;
+    if (auto written = writer_->Write(rest.substr(0, kSlice)); !written) return written;
   }
   kept_back_.clear();
-  return writer_.Flush();
+  return writer_->Flush();
 }
 
-Result<void> ImportReport::Close(std::uint64_t bytes_processed, const ImportCounts& counts, bool is_harvest) {
-  const std::string ignored = is_harvest ? "" : fmt::format("Ignored : {}\r\n", counts.ignored);
-  kept_back_ += fmt::format(
-      "\r\nProcessed : {} Bytes\r\n\r\nAdded : {}\r\n{}Duplicates : {}\r\n\r\n----------------\r\nImport Completed\r\n",
-      platform::WithThousands(static_cast<std::int64_t>(bytes_processed)), counts.added, ignored, counts.duplicates);
+Result<void> ImportReport::Close(End end, std::uint64_t bytes_processed, const ImportCounts& counts, bool is_harvest) {
+  const bool completed = end == End::kCompleted;
+  kept_back_ += "\r\n";
+  if (completed) {
+    kept_back_ += fmt::format("Processed : {} Bytes\r\n\r\n",
+                              platform::WithThousands(static_cast<std::int64_t>(bytes_processed)));
+  }
+  kept_back_ += fmt::format("Added : {}\r\n", counts.added);
+  if (!is_harvest) kept_back_ += fmt::format("Ignored : {}\r\n", counts.ignored);
+  kept_back_ += fmt::format("Duplicates : {}\r\n", counts.duplicates);
+  if (completed) kept_back_ += "\r\n----------------\r\nImport Completed\r\n";
   return Keep();
 }
 

@@ -23,9 +23,11 @@ struct ImportCounts {
 
 class ImportReport {
  public:
-  // Replaces the file and writes the heading. `code_page` is the locale's codeset; characters that it cannot hold
-  // become "?". The folder is made when it is missing.
+  // Puts a new file in the place of what stands there, and writes the heading. `code_page` is the locale's codeset;
+  // characters that it cannot hold become "?". The folder is made when it is missing.
   static Result<ImportReport> Create(const std::filesystem::path& file, std::string_view code_page);
+  // For an import that goes on although its report cannot be made: nothing is written.
+  static ImportReport Nowhere() { return ImportReport({}, {}); }
 
   // One line about one address, kept back until Keep.
   void Added(std::string_view address) { Note("Email Added : ", address); }
@@ -37,15 +39,17 @@ class ImportReport {
   void Drop() { kept_back_.clear(); }
   std::size_t BytesKeptBack() const { return kept_back_.size(); }
 
-  // The block at the end. A harvest has no line for ignored addresses.
-  Result<void> Close(std::uint64_t bytes_processed, const ImportCounts& counts, bool is_harvest);
+  // The block at the end. A harvest has no line for ignored addresses; a cancelled import none of what it did not read,
+  // nor of an end that it did not come to.
+  enum class End { kCompleted, kCancelled };
+  Result<void> Close(End end, std::uint64_t bytes_processed, const ImportCounts& counts, bool is_harvest);
 
  private:
-  ImportReport(platform::FileWriter writer, std::string_view code_page);
+  ImportReport(std::optional<platform::FileWriter> writer, std::string_view code_page);
   void Note(std::string_view label, std::string_view value);
   void AppendEncoded(std::string_view text);
 
-  platform::FileWriter writer_;
+  std::optional<platform::FileWriter> writer_;
   std::unique_ptr<UConverter, CloseConverter> converter_;  // none: the code page is UTF-8
   std::string kept_back_;
 };

@@ -77,24 +77,29 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
                        const platform::CancelToken& cancel, const std::function<void(const ImportProgress&)>& progress,
                        ImportOutcome& outcome) {
   const bool is_harvest = request.mode == ImportMode::kHarvest;
-  auto report = ImportReport::Create(places.report, places.code_page);
-  if (!report) return report.error();
+  auto made = ImportReport::Create(places.report, places.code_page);
+  if (!made) outcome.no_report = made.error();
+  ImportReport report = made ? std::move(*made) : ImportReport::Nowhere();
   auto source = TextSource::Open(request.file, request.encoding, places.code_page);
   if (!source) {
-    IgnoreErrors(report->Close(0, {}, is_harvest));  // the file's failure is the one to tell
+    // The file's failure is the one to tell.
+    IgnoreErrors(report.Close(ImportReport::End::kCompleted, 0, {}, is_harvest));
     return source.error();
   }
   outcome.encoding = source->encoding();
   outcome.how_known = source->how_known();
   outcome.bytes = source->size();
-  auto writer = ImportWriter::Open(places.store, group_id,
-                                   is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, *report);
+  auto writer =
+      ImportWriter::Open(places.store, group_id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient,
+                         report, {.cancel = &cancel, .cancel_ends_statements = false});
   if (!writer) return writer.error();
   Run run{request, cancel, progress, *source, *writer, outcome};
   auto done = is_harvest ? Harvest(run) : ImportLines(run);
   if (done) done = writer->Commit();
   outcome.counts = writer->Counts();
-  return done ? report->Close(outcome.bytes, outcome.counts, is_harvest) : done;
+  if (!done) return done;
+  const auto end = outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted;
+  return report.Close(end, outcome.bytes, outcome.counts, is_harvest);
 }
 
 }  // namespace
@@ -114,7 +119,7 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
                                const platform::CancelToken& cancel,
                                const std::function<void(const ImportProgress&)>& progress) {
   ImportOutcome outcome;
-  const auto group = RecipientStore(places.store).RequireGroup(request.group);
+  const auto group = RecipientStore(places.store, {.cancel = &cancel}).RequireGroup(request.group);
   const auto done =
       group ? RunImport(request, places, group->id, cancel, progress, outcome) : Result<void>(group.error());
   if (!done) outcome.error = done.error();

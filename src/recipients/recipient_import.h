@@ -65,7 +65,8 @@ struct ImportOutcome {
   std::string encoding;            // empty when the file could not be read
   std::string how_known;
   bool cancelled = false;
-  std::optional<Error> error;  // why it ended early, or that the file could not be read
+  std::optional<Error> no_report;  // why there is none; the import went on without
+  std::optional<Error> error;      // why it ended early, or that the file could not be read
 };
 
 // Runs the import; the checks and the consent come before. A file that cannot be read gives a report with zero counts;

@@ -93,22 +93,25 @@ class Run final : public smtp::Mailing {
   std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
-  bool gave_up_ = false;  // the listener's GoOn said so
 };
 
 RunSummary Run::Execute(const smtp::ClientOptions& options) {
   report_.Started(request_.recipients, request_.range);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  auto rows = recipients::RecipientStore(place_.folders.Database())
+  auto rows = recipients::RecipientStore(place_.folders.Database(), {.cancel = &place_.cancel})
                   .ListRecipients(request_.group.id, request_.group.sort_sql, recipients::Reading::kCopy);
   if (rows) {
     rows_ = std::move(*rows);
     smtp::Client(options, place_.clock, place_.cancel).Run(*this);
-    if (gave_up_) NameThoseNotTried();
   } else {
-    summary_.stopped = rows.error();
+    if (place_.cancel.Requested() == platform::Stop::kNone) summary_.stopped = rows.error();
+    // No copy, no run; but who is in the group can still be told.
+    auto live = recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)})
+                    .ListRecipients(request_.group.id, request_.group.sort_sql);
+    if (live) rows_ = std::move(*live);
   }
+  NameThoseNotTried();
   report_.Completed(summary_.sent, summary_.failed);
   Flush();
   summary_.history = entry_.base;
@@ -201,11 +204,10 @@ void Run::Flush() {
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   Flush();  // who is asked may read it
-  if (listener_.GoOn(refusal, times)) return true;
-  gave_up_ = true;
-  return false;
+  return listener_.GoOn(refusal, times);
 }
 
+// Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after.
 void Run::NameThoseNotTried() {
   while (NextRow()) listener_.NotTried(position_, row_.email());
 }

@@ -37,8 +37,9 @@ class RunListener {
   // `done` of `total` messages; and of the current one `sent` of `size` octets.
   virtual void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) = 0;
   // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
-  // False ends the run, and NotTried is called for each recipient who is left.
+  // False ends the run.
   virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
+  // For each recipient who is left when a run has ended early, for whatever reason.
   virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
   // Something about the whole run that the person should know: a whole sentence.
   virtual void Note(std::string_view text) = 0;

@@ -172,6 +172,9 @@ class Runs(Case):
                 self.check_report(self.report(), total["sent"], total["failed"])
                 not_tried = len(addresses) - total["sent"] - total["failed"]
                 self.assertIn(f"{not_tried:,} recipients were not tried", err)
+                self.assertEqual([line.get("position") for line in lines], [*range(1, len(addresses) + 1), None])
+                self.assertEqual(sum(line.get("state") == "not tried" for line in lines), not_tried)
+                self.assertIn(f"#{len(addresses)} {addresses[-1]}: not tried", err)
 
     def test_pipelined(self):
         """Everybody has a result, in order, and it is true, whatever goes wrong for some of several messages in flight."""

@@ -90,8 +90,10 @@ TEST_F(ImportTest, ACancelKeepsWhatItReports) {
   EXPECT_LT(outcome.counts.added, 6000);
   EXPECT_EQ(outcome.counts.added, *store().CountRecipients("A"));
   EXPECT_TRUE(Report().ends_with(
-      fmt::format("Added : {}\r\nIgnored : 0\r\nDuplicates : 0\r\n\r\n----------------\r\nImport Completed\r\n",
-                  outcome.counts.added)));
+      fmt::format("@x.org\r\n\r\nAdded : {}\r\nIgnored : 0\r\nDuplicates : 0\r\n", outcome.counts.added)));
+  for (const char* untrue : {"Processed", "Bytes", "Completed"}) {
+    EXPECT_EQ(Report().find(untrue), std::string::npos) << untrue;
+  }
 }
 
 TEST_F(ImportTest, AFileThatCannotBeReadGivesAReportOfZeros) {
@@ -157,6 +159,13 @@ TEST_F(ImportTest, ReadsEachEncoding) {
            {wide(u"\xFEFF\xE4\n\xD83D\xDE00", false), "", "UTF-8", "UTF-16LE", "\xC3\xA4\n\xF0\x9F\x98\x80"},
            {wide(u"\xFEFF\xE4\xD83D", true), "", "UTF-8", "UTF-16BE", "\xC3\xA4\xEF\xBF\xBD"},
            {wide(u"\xE4", false), "UTF-16LE", "UTF-8", "UTF-16LE", "\xC3\xA4"},
+           {"\xEF\xBB\xBF\xC3\xA4", "utf8", "UTF-8", "utf8", "\xC3\xA4"},
+           {"\xEF\xBB\xBF"
+            "a\xE4",
+            "utf8", "UTF-8", "utf8", "a\xEF\xBF\xBD"},
+           {wide(u"\xFEFF\xE4", false), "utf-16le", "UTF-8", "utf-16le", "\xC3\xA4"},
+           {wide(u"\xFEFF\xE4", false), "UTF-16", "UTF-8", "UTF-16", "\xC3\xA4"},
+           {"\xEF\xBB\xBF", "windows-1252", "UTF-8", "windows-1252", "\xC3\xAF\xC2\xBB\xC2\xBF"},
            {"abc", "klingon", "UTF-8", nullptr, ""}}) {
     auto source = TextSource::Open(NewFile("text.txt", c.bytes), c.overrule, c.code_page);
     ASSERT_EQ(bool(source), c.encoding != nullptr) << c.overrule;

@@ -1,6 +1,7 @@
 // The report: its lines to the letter, and what becomes of it when it cannot be written.
 #include "sending/run_report.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include "support/temporary_folder.h"
@@ -9,8 +10,9 @@ namespace quillcast::sending {
 namespace {
 
 RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown) {
-  auto writer = platform::FileWriter::Create(file);
-  return RunReport(std::move(*writer), [&shown](std::string_view line) { shown.emplace_back(line); });
+  platform::UniqueFd fd(::open(file.c_str(), O_WRONLY | O_CREAT, 0600));
+  return RunReport(platform::FileWriter(std::move(fd), file),
+                   [&shown](std::string_view line) { shown.emplace_back(line); });
 }
 
 TEST(RunReport, WritesItsLinesToTheLetter) {

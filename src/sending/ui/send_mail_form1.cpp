@@ -287,7 +287,7 @@ void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
   }
   const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
   if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
-  if (summary->failed > 0) {
+  if (summary->failed > 0 || summary->not_tried > 0) {
     tabs_->setCurrentWidget(results_view_);
     findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);
   }
