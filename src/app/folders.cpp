@@ -32,8 +32,10 @@ Folders ResolveFolders(const platform::Environment& environment, const fs::path&
   folders.program_is_installed = !named;
 
   if (profile) {
-    std::error_code failed;  // the current folder is gone: the path stays as it is, and making it tells the failure
-    fs::path root = fs::absolute(*profile, failed);
+    // One profile has one path, however it was written: a second window looks for the first by it. Where the current
+    // folder is gone the path stays as it is, and making it tells the failure.
+    std::error_code failed;
+    fs::path root = fs::weakly_canonical(fs::absolute(*profile, failed), failed);
     if (failed) root = *profile;
     folders.data = root / "data" / "";
     folders.settings = root / "settings.db";

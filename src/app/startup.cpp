@@ -68,14 +68,13 @@ std::optional<Refusal> CheckStartup(const StartupFacts& facts, const Folders& fo
 Result<void> PrepareFolders(const Folders& folders) {
   // An installation medium may have left a read-only mark; where it is not ours to take off it does no harm either.
   IgnoreErrors(platform::Unlock(folders.DatabaseTemplate()));
-  for (const fs::path& folder : {folders.data, folders.temporary}) {
-    auto made = platform::EnsureFolder(folder);
-    if (!made) return made;
-  }
+  if (auto made = platform::EnsureFolder(folders.data); !made) return made;
   // Several starts may come to this at once, and a link may lead to a disk that is away.
   if (const auto copied = platform::CopyFileIfAbsent(folders.DatabaseTemplate(), folders.Database()); !copied) {
     return copied.error();
   }
+  // Neither the store nor the history needs this one; what does tells of it.
+  IgnoreErrors(platform::EnsureFolder(folders.temporary));
   return platform::EnsureFolder(folders.History());
 }
 

@@ -106,7 +106,8 @@ void TellCounts(Context& context, const ImportOutcome& outcome, const ImportPlac
                     "five. Import such a list with --map.",
                     platform::Counted(outcome.cut_addresses, "address", "addresses")));
   }
-  context.output.Note(fmt::format("The report is in {}", places.report.string()));
+  context.output.Note(outcome.no_report ? "There is no report. " + InOneLine(*outcome.no_report)
+                                        : fmt::format("The report is in {}", places.report.string()));
 }
 
 int Conclude(Context& context, const ImportRequest& request, const ImportPlaces& places, const ImportOutcome& outcome) {
@@ -131,7 +132,7 @@ int RunImport(Context& context, const ImportOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   const ImportPlaces places{folders->Database(), folders->ImportReport(), codeset};
-  const recipients::RecipientStore store(places.store);
+  const recipients::RecipientStore store(places.store, {.cancel = &context.cancel});
   const auto complaint = Check(*request, store);
   if (!complaint) return context.output.Fail(complaint.error());
   if (*complaint) return context.output.Complain((*complaint)->message);

@@ -33,6 +33,13 @@ void Output::Line(std::string_view text) const {
   if (!json) Print(stdout, ForTerminal(text) + "\n");
 }
 
+void Output::Columns(const std::vector<std::string>& texts) const {
+  if (json) return;
+  std::string line;
+  for (const auto& text : texts) line += (&text == texts.data() ? "" : "\t") + platform::Printable(text, kLongestLine);
+  Print(stdout, line + "\n");
+}
+
 void Output::Object(const nlohmann::ordered_json& object) const {
   if (json) Print(stdout, object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/result.h"
 
@@ -26,6 +27,8 @@ class Output {
 
   // A result for people; nothing with --json. A line end is added.
   void Line(std::string_view text) const;
+  // One line of several texts, parted by tabs; none of their own is shown.
+  void Columns(const std::vector<std::string>& texts) const;
   // A result for programs, one object a line; nothing without --json.
   void Object(const nlohmann::ordered_json& object) const;
   // Something worth knowing, on standard error; nothing with --quiet.

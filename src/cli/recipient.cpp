@@ -33,7 +33,7 @@ void OnGroup(CLI::App& command, Context& context, const std::shared_ptr<Recipien
   OnRun(command, context, [options, action](Context& ctx) {
     const auto folders = ctx.PreparedFolders();
     if (!folders) return ctx.output.Fail(folders.error());
-    RecipientStore store(folders->Database());
+    RecipientStore store(folders->Database(), {.cancel = &ctx.cancel});
     const auto group = store.RequireGroup(options->group);
     if (!group) return ctx.output.Fail(group.error());
     const Result<int> done = action(ctx, store, *group, *options);
@@ -52,23 +52,20 @@ nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
   return object;
 }
 
-std::string AsLine(const Recipient& recipient, bool all_fields) {
-  std::string line = platform::Printable(recipient.email());
-  if (!all_fields) {
-    return line + '\t' + platform::Printable(recipient.values[recipients::kFirstName]) + '\t' +
-           platform::Printable(recipient.values[recipients::kLastName]);
-  }
+std::vector<std::string> AsColumns(const Recipient& recipient, bool all_fields) {
+  const auto& values = recipient.values;
+  if (!all_fields) return {values[recipients::kEmail], values[recipients::kFirstName], values[recipients::kLastName]};
+  std::vector<std::string> columns = {values[recipients::kEmail]};
   for (std::size_t field = 1; field < recipients::kFieldCount; ++field) {
-    if (recipient.values[field].empty()) continue;
-    line += fmt::format("\t{}={}", kFields[field].label, platform::Printable(recipient.values[field]));
+    if (!values[field].empty()) columns.push_back(fmt::format("{}={}", kFields[field].label, values[field]));
   }
-  return line;
+  return columns;
 }
 
 Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& group,
                  const RecipientOptions& options) {
-  auto cursor =
-      options.all_fields ? store.ListRecipients(group.id, group.sort_sql) : store.ListNames(group.id, group.sort_sql);
+  // A pager may hold the list for hours, and writers are not to wait for it.
+  auto cursor = store.ListRecipients(group.id, group.sort_sql, recipients::Reading::kCopy);
   if (!cursor) return cursor.error();
   Recipient recipient;
   for (;;) {
@@ -78,7 +75,7 @@ Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& 
     if (context.output.json) {
       context.output.Object(AsObject(recipient, options.all_fields));
     } else {
-      context.output.Line(AsLine(recipient, options.all_fields));
+      context.output.Columns(AsColumns(recipient, options.all_fields));
     }
   }
 }

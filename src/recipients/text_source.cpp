@@ -89,6 +89,17 @@ std::unique_ptr<UConverter, CloseConverter> OpenConverter(const std::string& nam
   return U_SUCCESS(status) ? std::move(converter) : nullptr;
 }
 
+// One encoding has many names: "utf8" is UTF-8.
+bool IsSameEncoding(const std::string& a, const char* b) {
+  const auto name_of = [](const std::string& name) {
+    const auto converter = OpenConverter(name);
+    UErrorCode status = U_ZERO_ERROR;
+    const char* found = converter ? ucnv_getName(converter.get(), &status) : nullptr;
+    return found == nullptr ? name : std::string(found);
+  };
+  return EqualsIgnoringAsciiCase(name_of(a), name_of(b));
+}
+
 Error UnknownEncoding(std::string_view name) {
   return {Failure::kUsage, fmt::format("\"{}\" is no known encoding.", platform::Printable(name, 100)),
           R"(Name one as in "UTF-8", "ISO-8859-1", "windows-1252", "Shift_JIS".)"};
@@ -142,7 +153,7 @@ Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::stri
   };
   if (!overrule.empty()) {
     decide(overrule, "as asked");
-    if (mark != nullptr && !EqualsIgnoringAsciiCase(mark->encoding, overrule)) mark = nullptr;
+    if (mark != nullptr && !IsSameEncoding(source.encoding_, mark->encoding)) mark = nullptr;
   } else if (mark != nullptr) {
     decide(mark->encoding, "byte order mark");
   } else if (seen->is_utf8) {
@@ -152,7 +163,7 @@ Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::stri
   } else {
     decide(system_code_page, "the system's code page");
   }
-  const bool as_it_is = seen->is_utf8 && EqualsIgnoringAsciiCase(source.encoding_, "UTF-8");
+  const bool as_it_is = seen->is_utf8 && IsSameEncoding(source.encoding_, "UTF-8");
   if (!as_it_is) source.converter_ = OpenConverter(source.encoding_);
   if (!as_it_is && !source.converter_) return UnknownEncoding(source.encoding_);
 

@@ -23,6 +23,7 @@ using nlohmann::ordered_json;
 
 constexpr std::size_t kLargestPending = 64UL * 1024;
 constexpr const char* kIndexName = "index.jsonl";
+constexpr std::string_view kLineBegins = "{\"file\":\"";
 constexpr std::string_view kIncomingPrefix = ".incoming-";
 
 ordered_json DsnOf(const ReceivedEnvelope& envelope) {
@@ -62,6 +63,21 @@ std::string IndexLine(const std::string& file, std::uint64_t size, const Receive
   return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
+// Whether a line of ours, or the beginning of one, stands there in a regular file; or nothing.
+bool BeginsLikeOurs(int fd, off_t at) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  std::array<char, kLineBegins.size()> begin{};
+  const ssize_t got = ::pread(fd, begin.data(), begin.size(), at);
+  return got >= 0 && kLineBegins.starts_with(std::string_view(begin.data(), static_cast<std::size_t>(got)));
+}
+
+Error NoIndex(const fs::path& index) {
+  return {Failure::kCannotCreate,
+          fmt::format("{} is not a mailbox's list of messages, so it was left alone.", index.string()),
+          "Choose another folder with --store, or move that file away."};
+}
+
 // The number in "000001.eml"; 0 for any other name.
 std::uint64_t NumberOf(const fs::path& name) {
   if (name.extension() != ".eml") return 0;
@@ -74,15 +90,16 @@ std::uint64_t NumberOf(const fs::path& name) {
 Result<MailboxStore> MailboxStore::Open(const fs::path& folder, const platform::Clock& clock) {
   if (const auto made = platform::EnsureFolder(folder); !made) return made.error();
   const fs::path index = folder / kIndexName;
-  platform::UniqueFd fd(::open(index.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-  if (!fd) return platform::SystemError("create", index, errno);
+  platform::UniqueFd fd(::open(index.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+  if (!fd) return errno == ELOOP || errno == ENXIO ? NoIndex(index) : platform::SystemError("create", index, errno);
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     return Error{Failure::kUnavailable, fmt::format("Another mailbox is keeping its messages in {}.", folder.string()),
                  "Choose another folder with --store, or end the other one."};
   }
+  if (!BeginsLikeOurs(fd.get(), 0)) return NoIndex(index);
   MailboxStore store(folder, std::move(fd), clock);
-  if (const auto found = store.FindLastNumber(); !found) return found.error();
   if (const auto cut = store.CutTornLine(); !cut) return cut.error();
+  if (const auto found = store.FindLastNumber(); !found) return found.error();
   return store;
 }
 
@@ -115,7 +132,9 @@ Result<void> MailboxStore::CutTornLine() {
     end += static_cast<off_t>(newline) + 1;
     break;
   }
-  if (end == static_cast<off_t>(*size) || ::ftruncate(index_.get(), end) == 0) return {};
+  if (end == static_cast<off_t>(*size)) return {};
+  if (!BeginsLikeOurs(index_.get(), end)) return NoIndex(folder_ / kIndexName);
+  if (::ftruncate(index_.get(), end) == 0) return {};
   return platform::SystemError("write", folder_ / kIndexName, errno);
 }
 

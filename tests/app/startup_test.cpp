@@ -192,6 +192,14 @@ TEST(Folders, FollowTheVariables) {
   EXPECT_EQ(folders.settings, "/p/settings.db");
   EXPECT_EQ(folders.temporary, "/p/Temp");
 
+  const test::TemporaryFolder root;
+  fs::create_directory(root / "one");
+  fs::create_directory_symlink(root / "one", root / "link");
+  const auto spelled = ResolveFolders(environment, "/usr/bin/quillcast", root / "one");
+  for (const char* other : {"link", "./one/", "one/../one", "link/."}) {
+    EXPECT_EQ(ResolveFolders(environment, "/usr/bin/quillcast", root / other).data, spelled.data) << other;
+  }
+
   environment.values.clear();
   folders = ResolveFolders(environment, "/usr/bin/quillcast", {});
   EXPECT_EQ(folders.data.string(), "/usr/share/quillcast/Application Data/");

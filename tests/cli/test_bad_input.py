@@ -71,6 +71,71 @@ class BadInput(Case):
         ], "import")
         self.assertEqual(self.addresses("All"), ["old@r.example"])
 
+    def import_list(self, *options):
+        return self.run_program("import", self.list, "-g", "All", *options, *MAP)
+
+    def test_import_report(self):
+        self.ok("group", "new", "All")
+        report = self.profile / "Temp" / "ReportButton.txt"
+        self.assertEqual(self.import_list()[0], 77)
+        self.assertFalse(report.exists(), "no report without consent")
+        many = self.write("many.txt", "".join(f"First{n} last{n}@r.example\n" for n in range(100)))
+        self.ok("import", many, "-g", "All", "--opt-in", "--delimiter", "Space", "--map", "Email Address=2,First Name=1")
+        size = os.path.getsize(many)
+        self.assertGreater(size, 1000)
+        self.assertIn(f"\r\nProcessed : {size:,} Bytes\r\n\r\nAdded : 100\r\n", report.read_bytes().decode())
+        self.assertIn("last7@r.example\tFirst7\t\n", self.ok("recipient", "list", "-g", "All"))
+        self.assertIn("last7@r.example\tFirst Name=First7\n", self.ok("recipient", "list", "-g", "All", "--fields"))
+        before = report.read_bytes()
+        self.assertEqual(self.import_list()[0], 77)
+        self.assertEqual(report.read_bytes(), before)
+        victim = self.folder / "victim"
+        victim.write_text("not a report")
+        for put in (lambda: report.symlink_to(victim), lambda: os.link(victim, report), lambda: os.mkfifo(report)):
+            report.unlink()
+            put()
+            self.import_list("--opt-in")
+            self.assertEqual(victim.read_text(), "not a report")
+            self.assertTrue(report.is_file() and not report.is_symlink())
+            self.assertIn("Import Completed", report.read_text())
+
+    def test_no_temporary_folder(self):
+        self.profile.mkdir()
+        (self.profile / "Temp").write_text("in the way")
+        self.ok("group", "new", "All")
+        self.assertEqual(self.ok("history", "list"), "")
+        code, out, err = self.import_list("--opt-in")
+        self.assertEqual((code, out.splitlines()[0]), (0, "1 recipients imported successfully."), err)
+        self.assertIn("There is no report. ", err)
+        self.assertIn(str(self.profile / "Temp"), err)
+
+    def test_a_list_in_a_pager(self):
+        """Whoever reads a list slowly holds up nobody who writes."""
+        self.group("All", [f"user{n:05}@a-long-name-of-a-domain.example" for n in range(4000)])
+        with self.popen("recipient", "list", "-g", "All") as pager:
+            pager.stdout.readline()
+            self.ok("recipient", "add", "-g", "All", "-e", "new@r.example")
+            self.assertEqual(pager.stdout.read().count(b"\n"), 3999)
+
+    def test_a_mailbox_in_a_foreign_folder(self):
+        store = self.folder / "store"
+        store.mkdir()
+        index = store / "index.jsonl"
+        target = self.write("target", "")
+        (store / ".incoming-7").write_text("a stranger's")
+        for content in ("notes without an end", '{"name": 1}\n{"name": 2', '{"file":"000001.eml"}\nnotes', None):
+            if content is None:
+                index.unlink()
+                index.symlink_to(target)
+            else:
+                index.write_text(content)
+            done = subprocess.run([PROGRAM, "mailbox", "--listen", "127.0.0.1:0", "--store", store], timeout=20,
+                                  capture_output=True, text=True)
+            self.assertEqual(done.returncode, 73, done.stderr)
+            self.assertIn(str(index), done.stderr)
+            self.assertEqual(index.read_text(), content or "")
+            self.assertTrue((store / ".incoming-7").exists())
+
     def test_import_in_bounded_memory(self):
         self.group("All", ["old@r.example"])
         large = self.folder / "large.txt"
@@ -415,6 +480,10 @@ class BadInput(Case):
             self.assertEqual(len(there) - 3, added, "told as added")
             self.assertTrue(code != 0 or added == len(people))
         lines = [json.loads(line) for line in out.splitlines()] if out.startswith("{") else []
+        if lines:
+            self.assertEqual([line.get("position") for line in lines], [1, 2, 3, None], "each is named")
+        for report in self.reports():
+            self.assertRegex(report.read_bytes(), rb"(\r\n|\A)\Z", "it ends at a whole line")
         self.assertEqual(sum(line.get("state") == "sent" for line in lines), arrived)
 
     def test_streams_that_are_gone(self):

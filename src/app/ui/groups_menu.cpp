@@ -22,7 +22,8 @@ GroupsMenu::GroupsMenu(const Program& program, QWidget* parent)
     : QMenu(parent), program_(program), import_(new platform::BackgroundTask(this)) {
   setObjectName("GroupsMenu");
   addAction(tr("&New Group…"), this, &GroupsMenu::AskForNewGroup)->setObjectName("NewGroupAction");
-  addAction(tr("&Add Addresses from a File…"), this, &GroupsMenu::ImportRequested)->setObjectName("AddAddressesAction");
+  addAction(tr("&Add Addresses from a File, without Names…"), this, &GroupsMenu::ImportRequested)
+      ->setObjectName("AddAddressesAction");
 }
 
 void GroupsMenu::AskForNewGroup() {
@@ -30,7 +31,7 @@ void GroupsMenu::AskForNewGroup() {
   const QString name =
       QInputDialog::getText(parentWidget(), tr("New Group"), tr("Name of the group:"), QLineEdit::Normal, {}, &given);
   if (!given) return;
-  recipients::RecipientStore store(program_.folders.Database());
+  recipients::RecipientStore store(program_.folders.Database(), kWindowPatience);
   const auto complaint = recipients::MakeGroup(store, FromQt(name));
   if (!complaint) {
     emit Said(ToQt(InOneLine(complaint.error())));
@@ -65,7 +66,8 @@ void GroupsMenu::ImportInto(const QString& group) {
       }
       emit Said(
           platform::Counted(outcome->counts.added, tr("1 address was added."), tr("%1 addresses were added.")) + ' ' +
-          platform::Counted(outcome->counts.duplicates, tr("1 was there already."), tr("%1 were there already.")));
+          platform::Counted(outcome->counts.duplicates, tr("1 was there already."), tr("%1 were there already.")) +
+          ' ' + tr("Names and other fields stayed in the file; “quillcast import --map” takes them."));
     };
   });
 }
