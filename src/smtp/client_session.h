@@ -177,6 +177,9 @@ class ClientSession {
 
   // Receiving.
   bool ReplyIsDue() const { return !awaited_.empty() && awaited_.front().end <= sent(); }
+  bool SigningIn() const { return !awaited_.empty() && awaited_.front().command == Command::kAuth; }
+  void LogLines(std::string_view lines);
+  void TakeMasked();
   void OnReply(const ServerReply& reply);
   void OnGoodbye(Command command, const ServerReply& reply);
   void OnAccepted(Command command, const ServerReply& reply);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "smtp/sasl.h"
 
@@ -26,11 +27,16 @@ class SaslExchange {
   Result<SecretLine> Answer(std::string_view challenge);
   // The server has said 235. Fails where it still owes a proof of its own.
   Result<void> Finish() { return mechanism_->Finish(); }
+  // The text without what either side said in this exchange, should the server repeat any of it in its verdict.
+  std::string Masked(std::string_view text) const;
 
  private:
+  void Remember(std::string_view coded, std::string_view plain);
+
   std::unique_ptr<SaslMechanism> mechanism_;
   std::optional<Secret> initial_;
   bool challenged_ = false;
+  std::vector<Secret> said_;  // by both sides, coded and plain
 };
 
 // Cancels an exchange (RFC 4954 4).
