@@ -13,6 +13,11 @@ namespace quillcast::net {
 // answer, whatever it holds. Fails with kNoInput for a name that no host can have.
 Result<std::string> AsciiHost(std::string_view host);
 
+// "mx.example." is "mx.example", said with the root of all names.
+constexpr std::string_view WithoutRootDot(std::string_view host) {
+  return host.ends_with('.') ? host.substr(0, host.size() - 1) : host;
+}
+
 // An e-mail address with its domain in A-labels. It comes back as it is when its domain is ASCII or is not valid.
 std::string WithAsciiDomain(std::string_view address);
 

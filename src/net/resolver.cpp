@@ -30,7 +30,7 @@ void Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo* result) {
 }
 
 bool IsLocalhost(std::string_view host) {
-  if (host.ends_with('.')) host.remove_suffix(1);
+  host = WithoutRootDot(host);
   const std::string lower = platform::AsciiLower(host);
   return lower == "localhost" || lower.ends_with(".localhost");
 }
@@ -87,6 +87,12 @@ Error NotFound(const std::string& host, int status) {
 }
 
 }  // namespace
+
+bool IsLoopbackHost(std::string_view host) {
+  if (const auto address = ParseIpAddress(host)) return IsLoopback(*address);
+  const auto name = AsciiHost(host);
+  return name && IsLocalhost(*name);
+}
 
 void Resolver::CloseChannel::operator()(ares_channeldata* channel) const { ares_destroy(channel); }
 

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "net/address.h"
@@ -11,6 +12,10 @@
 struct ares_channeldata;
 
 namespace quillcast::net {
+
+// Whether this is the computer itself by what it is called: a loopback address, "localhost" or a name below it. What
+// any other name leads to is for a name server to say, which others may have a hand in.
+bool IsLoopbackHost(std::string_view host);
 
 class Resolver {
  public:

@@ -53,11 +53,16 @@ Error LibraryError(std::string_view doing) {
   return {Failure::kInternal, fmt::format("TLS cannot be used: {}: {}.", doing, words.data())};
 }
 
+// The names that count are those of the extension alone, and a wildcard stands for a whole label (RFC 9525 6.3, 6.4): a
+// common name is free text, and "m*.example" fits names that nobody thought of. Names in certificates, and the one that
+// is sent ahead, have no dot at their end (RFC 6066 3).
 bool SetName(SSL* connection, const std::string& host) {
   if (ParseIpAddress(host)) return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), host.c_str()) == 1;
   const auto ascii = AsciiHost(host);
-  return ascii && SSL_set_tlsext_host_name(connection, ascii->c_str()) == 1 &&
-         SSL_set1_host(connection, ascii->c_str()) == 1;
+  if (!ascii) return false;
+  const std::string name(WithoutRootDot(*ascii));
+  SSL_set_hostflags(connection, X509_CHECK_FLAG_NEVER_CHECK_SUBJECT | X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS);
+  return SSL_set_tlsext_host_name(connection, name.c_str()) == 1 && SSL_set1_host(connection, name.c_str()) == 1;
 }
 
 struct Reason {

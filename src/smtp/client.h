@@ -17,7 +17,7 @@
 namespace quillcast::smtp {
 
 // kAutomatic: TLS from the first byte on port 465; else STARTTLS when it is offered, and required when credentials are
-// to be sent to any host but a loopback one. Certificates and names are always verified.
+// to be sent to any host but a loopback one (net::IsLoopbackHost). Certificates and names are always verified.
 enum class Security { kAutomatic, kStartTls, kTls, kNone };
 
 // The way of signing in that is asked for; sasl.cpp has the mechanisms that serve each.

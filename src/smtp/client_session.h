@@ -26,7 +26,7 @@ namespace quillcast::smtp {
 // What is known of the connection before the first byte.
 struct SessionSetup {
   std::string local_name;  // for EHLO: "[127.0.0.1]"
-  bool loopback = false;   // the server is this computer
+  bool loopback = false;   // the server is this computer by its name: what a name leads to is no proof
   bool encrypted = false;  // TLS stands already
   std::string nonce = {};  // for signing in, see Credentials
   std::chrono::system_clock::time_point now = {};

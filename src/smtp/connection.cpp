@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "net/resolver.h"
 #include "platform/entropy.h"
 #include "platform/text.h"
 
@@ -49,7 +50,7 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
       stream_(std::move(stream)),
       host_(std::move(host)),
       session_(around.options,
-               {net::AddressLiteral(stream_.local().address), net::IsLoopback(stream_.peer().address), encrypted,
+               {net::AddressLiteral(stream_.local().address), net::IsLoopbackHost(host_), encrypted,
                 platform::RandomOctets(24), around.clock.Now()},
                around.window),
       longest_step_(around.options.timeout),

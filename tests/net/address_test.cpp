@@ -92,6 +92,15 @@ TEST(Resolver, AnswersWithoutAQueryWhereItCan) {
   }
 }
 
+TEST(Resolver, KnowsThisComputerByItsNamesAlone) {
+  for (const char* host : {"localhost", "LOCALHOST.", "box.localhost", "127.0.0.1", "::1", "::ffff:127.0.0.1"}) {
+    EXPECT_TRUE(IsLoopbackHost(host)) << host;
+  }
+  for (const char* host : {"", ".", "localhost.example", "notlocalhost", "localhost..", "128.0.0.1", "127.1", "\xFF"}) {
+    EXPECT_FALSE(IsLoopbackHost(host)) << host;
+  }
+}
+
 TEST(Wait, EndsWhenThePersonCancelsToItsLevel) {
   const platform::SystemClock clock;
   platform::CancelToken cancel;

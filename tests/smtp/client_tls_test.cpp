@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "net/connect.h"
 #include "smtp/client.h"
+#include "smtp/connection.h"
 #include "smtp/letters.h"
 #include "smtp/scripted_server.h"
 
@@ -146,6 +148,11 @@ TEST_F(ClientTls, TakesWhatIsTrustedAndRefusesTheRestInWords) {
            {"localhost", "DNS:localhost", true, -kHour, kHour, nullptr},
            {"127.0.0.1", "IP:127.0.0.1", true, -kHour, kHour, nullptr},
            {"m\u00FCller.localhost", "DNS:xn--mller-kva.localhost", true, -kHour, kHour, nullptr},
+           {"localhost.", "DNS:localhost", true, -kHour, kHour, nullptr},
+           {"mail.box.localhost", "DNS:*.box.localhost", true, -kHour, kHour, nullptr},
+           {"mail.box.localhost", "DNS:m*.box.localhost", true, -kHour, kHour, "another name"},
+           {"mail.box.localhost", "DNS:*.localhost", true, -kHour, kHour, "another name"},
+           {"localhost", "", true, -kHour, kHour, "another name"},  // the common name alone says so
            {"localhost", "DNS:mx.example", true, -kHour, kHour, "another name"},
            {"127.0.0.1", "IP:127.0.0.2", true, -kHour, kHour, "another name"},
            {"127.0.0.1", "DNS:127.0.0.1", true, -kHour, kHour, "another name"},
@@ -279,6 +286,41 @@ TEST_F(ClientTls, SendsNothingInClearToWhoMeddles) {
     EXPECT_NE(outcome.reason.find(c.words), std::string::npos) << outcome.reason;
     clear.erase(std::remove(clear.begin(), clear.end(), ""), clear.end());
     for (const std::string& line : clear) EXPECT_TRUE(line == "STARTTLS" || line.starts_with("EHLO")) << line;
+  }
+}
+
+// A name server, or whoever answers in its place, can make any name lead to this computer, where others listen as well.
+TEST(ClientInClear, TrustsThisComputerByItsNameOnly) {
+  struct Case {
+    const char* host;
+    bool trusted;
+  };
+  for (const Case& c : {Case{"127.0.0.1", true}, Case{"localhost", true}, Case{"relay.example", false}}) {
+    for (const bool offered : {true, false}) {
+      SCOPED_TRACE(std::string(c.host) + (offered ? ", sign-in offered" : ", not offered"));
+      const ScriptedServer server([&](Peer& peer, int) {
+        peer.Say("220 ESMTP\r\n");
+        peer.Line();
+        peer.Say(offered ? "250-mx\r\n250 AUTH PLAIN\r\n" : "250 mx\r\n");
+        if (peer.Line().starts_with("AUTH")) peer.Say("235 ok\r\n");
+      });
+      ClientOptions options;
+      options.sign_in = options.send_without_auth = true;
+      options.user = "ada";
+      options.security = offered ? Security::kAutomatic : Security::kNone;
+      const platform::SystemClock clock;
+      const platform::CancelToken cancel;
+      SendWindow window;
+      JobQueue jobs(cancel);
+      Letters silent(0);
+      const Surroundings around{options, clock, cancel, window, jobs, {}, &silent};
+      const auto here = *net::ParseIpAddress("127.0.0.1");
+      const net::Patience patience{clock, cancel, platform::Stop::kStop, net::Deadline::Never()};
+      auto socket = net::Connect(std::span(&here, 1), server.port(), patience);
+      ASSERT_TRUE(socket);
+      Connection connection(around, net::Stream(*std::move(socket)), c.host, false);
+      EXPECT_EQ(connection.Open().code == ResultCode::kSuccess, c.trusted);
+    }
   }
 }
 
