@@ -41,7 +41,9 @@ void Output::Columns(const std::vector<std::string>& texts) const {
 }
 
 void Output::Object(const nlohmann::ordered_json& object) const {
-  if (json) Print(stdout, object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+  if (!json) return;
+  const std::string text = object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  Print(stdout, platform::PrintableJson(text) + "\n");
 }
 
 void Output::Note(std::string_view text) const {

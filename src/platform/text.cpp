@@ -9,6 +9,16 @@
 #include "platform/utf8.h"
 
 namespace quillcast::platform {
+namespace {
+
+// Whether a terminal or a reader of lines obeys it, or lets it change how the text round it reads.
+bool IsObeyed(char32_t code) {
+  if (code < 0x7F) return code < 0x20;
+  if (code < 0xA0 || code == 0x2028 || code == 0x2029) return true;
+  return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+}  // namespace
 
 char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
@@ -109,14 +119,28 @@ std::string Printable(std::string_view text, std::size_t longest) {
   std::string out;
   while (!text.empty()) {
     const auto [code, length] = DecodeUtf8(text);
-    const bool shown = code >= 0x20 && code != 0x7F && !(code >= 0x80 && code < 0xA0) && code != kNotUtf8;
-    if (shown) {
+    if (code != kNotUtf8 && !IsObeyed(code)) {
       out += text.substr(0, length);
     } else {
       out += '?';
     }
     text.remove_prefix(length);
     if (out.size() > longest) return out + "...";
+  }
+  return out;
+}
+
+std::string PrintableJson(std::string_view json) {
+  std::string out;
+  out.reserve(json.size());
+  while (!json.empty()) {
+    const auto [code, length] = DecodeUtf8(json);
+    if (IsObeyed(code)) {
+      fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(code));
+    } else {
+      out += json.substr(0, length);
+    }
+    json.remove_prefix(length);
   }
   return out;
 }

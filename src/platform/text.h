@@ -48,9 +48,13 @@ std::string HumanSize(std::uint64_t bytes);
 // "1 message", "2 messages".
 std::string Counted(std::int64_t count, std::string_view singular, std::string_view plural);
 
-// One line that is safe to show or log: control characters (C0, DEL and C1) and broken UTF-8 become "?", and what is
-// longer than `longest` bytes is cut with "...". What comes from a server or a file passes through here before a person
-// sees it.
+// One line that is safe to show or log: control characters (C0, DEL and C1), line and paragraph separators, characters
+// that override or isolate the direction of what follows, and broken UTF-8 become "?", and what is longer than
+// `longest` bytes is cut with "...". What comes from a server or a file passes through here before a person sees it.
 std::string Printable(std::string_view text, std::size_t longest = 1000);
+
+// JSON text, as a writer made it, in which those same characters stand as "\uXXXX", so that it is safe to show and
+// loses nothing. They can stand in its strings alone.
+std::string PrintableJson(std::string_view json);
 
 }  // namespace quillcast::platform

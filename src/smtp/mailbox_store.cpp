@@ -60,7 +60,7 @@ std::string IndexLine(const std::string& file, std::uint64_t size, const Receive
                     {"body", envelope.body},
                     {"smtputf8", envelope.utf8},
                     {"dsn", DsnOf(envelope)}};
-  return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return platform::PrintableJson(line.dump(-1, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
 }
 
 // Whether a line of ours, or the beginning of one, stands there in a regular file; or nothing.

@@ -38,6 +38,21 @@ TEST(Text, PrintableLetsNothingThroughThatATerminalObeys) {
   EXPECT_EQ(Printable("250 ok\r\n\x1b[31mred\x07\x7f"), "250 ok???[31mred??");
   EXPECT_EQ(Printable("caf\xC3\xA9 \xC2\x9B \xFF"), "caf\xC3\xA9 ? ?");  // U+009B is a control sequence introducer
   EXPECT_EQ(Printable("abcdef", 3), "abcd...");
+  struct Case {
+    const char* text;
+    const char* printable;
+    const char* json;
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{"a\x7F\u0080\u009Fb", "a???b", R"(a\u007f\u0080\u009fb)"},
+                                   {"a\u2028b\u2029", "a?b?", R"(a\u2028b\u2029)"},
+                                   {"gpj.\u202Aa\u202Eexe", "gpj.?a?exe", R"(gpj.\u202aa\u202eexe)"},
+                                   {"\u2066x\u2069", "?x?", R"(\u2066x\u2069)"},
+                                   {"\u00A0\u2027\u202F\u2065\u206A \u05D0", "\u00A0\u2027\u202F\u2065\u206A \u05D0",
+                                    "\u00A0\u2027\u202F\u2065\u206A \u05D0"}}) {
+    EXPECT_EQ(Printable(c.text), c.printable);
+    EXPECT_EQ(PrintableJson(c.text), c.json);
+  }
 }
 
 TEST(Utf8, RefusesWhatIsNotWellFormed) {
