@@ -38,7 +38,7 @@ class NoEcho {
 }  // namespace
 
 Result<std::string> SecretFromFile(const std::filesystem::path& file) {
-  auto content = platform::ReadFile(file, kLongestSecretFile);
+  auto content = platform::ReadFileOrPipe(file, kLongestSecretFile);
   if (!content) return content;
   std::string secret = content->substr(0, content->find_first_of("\r\n"));
   if (secret.empty()) {

@@ -93,6 +93,10 @@ Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::
   }
 }
 
+Error TooLarge(const fs::path& path, std::string_view detail) {
+  return {Failure::kBadData, fmt::format("{} is too large: {}.", path.string(), detail), "Use a smaller file."};
+}
+
 }  // namespace
 
 void UniqueFd::Close() {
@@ -153,15 +157,27 @@ Result<std::string> ReadFile(const fs::path& path, std::uint64_t limit) {
   if (!fd) return fd.error();
   const auto size = FileSize(fd->get(), path);
   if (!size) return size.error();
-  if (*size > limit) {
-    return Error{Failure::kBadData,
-                 fmt::format("{} is too large: {} bytes, at most {} are read.", path.string(), *size, limit),
-                 "Use a smaller file."};
-  }
+  if (*size > limit) return TooLarge(path, fmt::format("{} bytes, at most {} are read", *size, limit));
   std::string content(*size, '\0');
   const auto got = ReadSome(fd->get(), path, content.data(), content.size());
   if (!got) return got.error();
   content.resize(*got);
+  return content;
+}
+
+Result<std::string> ReadFileOrPipe(const fs::path& path, std::uint64_t limit) {
+  std::error_code ignored;
+  if (!fs::is_fifo(path, ignored)) return ReadFile(path, limit);
+  UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!fd) return SystemError("read", path, errno);
+  std::string content(limit + 1, '\0');
+  std::size_t size = 0;
+  for (ssize_t got = 1; got > 0 && size < content.size(); size += static_cast<std::size_t>(got)) {
+    got = ::read(fd.get(), content.data() + size, content.size() - size);
+    if (got < 0) return SystemError("read", path, errno);  // EINTR as well: the person who waits has had enough
+  }
+  if (size > limit) return TooLarge(path, fmt::format("at most {} bytes are read", limit));
+  content.resize(size);
   return content;
 }
 

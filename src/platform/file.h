@@ -51,6 +51,10 @@ Result<void> WriteAll(int fd, const std::filesystem::path& path, std::string_vie
 // The whole content of a regular file of at most `limit` bytes.
 Result<std::string> ReadFile(const std::filesystem::path& path, std::uint64_t limit);
 
+// The same, also out of a pipe, to its end: what a person names there is often the output of a command.
+// Waits for it, until a signal comes.
+Result<std::string> ReadFileOrPipe(const std::filesystem::path& path, std::uint64_t limit);
+
 // Puts `content` under the name by a rename, so that a reader sees the old file or the new one and a failure leaves the
 // old one. Mode 0600.
 Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view content);
