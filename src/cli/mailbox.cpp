@@ -32,6 +32,7 @@ struct Arguments {
   std::string password_file;
   std::string certificate;
   std::string key;
+  bool auth_in_clear = false;
   std::string offer;
   std::vector<std::string> refuse;
   std::vector<std::string> defer;
@@ -80,6 +81,7 @@ Result<smtp::MailboxOptions> OptionsOf(const Arguments& arguments, const Context
   options.session = *std::move(session);
   options.certificate = arguments.certificate;
   options.key = arguments.key;
+  options.sign_in_in_clear = arguments.auth_in_clear;
   options.connection_limit = arguments.connection_limit;
   options.timeout = std::chrono::seconds(arguments.timeout);
   options.count = arguments.count;
@@ -143,6 +145,8 @@ void AddMailboxCommand(CLI::App& app, Context& context) {
       command->add_option("--tls-key", typed.key, "The private key of that certificate (PEM)")->type_name("FILE");
   certificate->needs(key);
   key->needs(certificate);
+  command->add_flag("--auth-in-clear", typed.auth_in_clear, "Let other computers sign in without a certificate too")
+      ->needs(user);
   command->add_option("--offer", typed.offer, "Extensions to offer, separated by commas, or \"none\"")
       ->type_name("LIST");
   command->add_option("--refuse", typed.refuse, "Refuse recipients that match, with a code from 500 to 599")
@@ -159,7 +163,9 @@ void AddMailboxCommand(CLI::App& app, Context& context) {
       ->type_name("N")
       ->capture_default_str()
       ->check(CLI::Range(1, 1000000));
-  command->add_option("--timeout", typed.timeout, "Close a client that says nothing for so long")
+  command
+      ->add_option("--timeout", typed.timeout,
+                   "Close a client that takes longer for a command, or for 64 KiB of a message")
       ->type_name("SECONDS")
       ->capture_default_str()
       ->check(CLI::Range(1, 86400));

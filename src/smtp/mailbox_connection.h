@@ -59,6 +59,8 @@ class MailboxConnection {
   void Shutdown(std::string_view why);
 
   State state() const { return state_; }
+  // See ServerSession.
+  std::uint64_t Step() const { return session_.Step(); }
   // A client that does not take its replies is not read from.
   net::Interest interest() const { return blocked_ ? net::Interest::kWrite : net::Interest::kRead; }
   int fd() const { return fd_.get(); }

@@ -24,7 +24,8 @@ constexpr Duration kPauseWithoutRoom = 1s;  // until connections are taken again
 }  // namespace
 
 // Two lists hold the connections: those that are served and those that are about to close. Each is in the order of the
-// last thing that happened, oldest first, so that only the front has to be looked at for who waited too long.
+// last step, the last word of ours or whole command of theirs, oldest first, so that only the front has to be looked at
+// for who waited too long.
 class MailboxServer::Loop {
  public:
   Loop(Mailbox mailbox, net::Listener listener, net::EventLoop events, const platform::Clock& clock)
@@ -45,7 +46,7 @@ class MailboxServer::Loop {
     MailboxConnection connection;
     net::Interest watched = net::Interest::kRead;
     bool closing = false;
-    Instant last_event;
+    Instant last_step;
     Entries::iterator self;
   };
 
@@ -127,7 +128,7 @@ void MailboxServer::Loop::AcceptOne() {
   }
   Entry& entry = served_.emplace_back(*std::move(*accepted), mailbox_);
   entry.self = std::prev(served_.end());
-  entry.last_event = now_;
+  entry.last_step = now_;
   if (!events_.Add(entry.connection.fd(), net::Interest::kRead, &entry)) {
     served_.pop_back();
     return;
@@ -137,12 +138,15 @@ void MailboxServer::Loop::AcceptOne() {
 }
 
 void MailboxServer::Loop::Serve(Entry& entry, const net::EventLoop::Ready& ready) {
-  entry.last_event = now_;
-  if (!entry.closing) served_.splice(served_.end(), served_, entry.self);
+  const auto step = entry.connection.Step();
   if (ready.writable && entry.connection.interest() == net::Interest::kWrite) {
     entry.connection.Write();
   } else if (ready.readable) {
     entry.connection.Read(buffer_);
+  }
+  if (!entry.closing && entry.connection.Step() != step) {
+    entry.last_step = now_;
+    served_.splice(served_.end(), served_, entry.self);
   }
   Settle(entry);
 }
@@ -156,7 +160,7 @@ void MailboxServer::Loop::Settle(Entry& entry) {
   }
   if (state == MailboxConnection::State::kLingering && !entry.closing) {
     entry.closing = true;
-    entry.last_event = now_;
+    entry.last_step = now_;
     closing_.splice(closing_.end(), served_, entry.self);
   }
   if (const auto wanted = entry.connection.interest(); wanted != entry.watched) {
@@ -166,7 +170,7 @@ void MailboxServer::Loop::Settle(Entry& entry) {
 }
 
 void MailboxServer::Loop::CloseIdle() {
-  while (!served_.empty() && now_ - served_.front().last_event >= mailbox_.options.timeout) {
+  while (!served_.empty() && now_ - served_.front().last_step >= mailbox_.options.timeout) {
     Entry& entry = served_.front();
     entry.connection.Shutdown("waited too long for you");
     Settle(entry);
@@ -176,7 +180,7 @@ void MailboxServer::Loop::CloseIdle() {
 }
 
 void MailboxServer::Loop::CutOffLingering() {
-  while (!closing_.empty() && now_ - closing_.front().last_event >= kLongestLinger) closing_.pop_front();
+  while (!closing_.empty() && now_ - closing_.front().last_step >= kLongestLinger) closing_.pop_front();
 }
 
 void MailboxServer::Loop::StopServing() {
@@ -192,8 +196,8 @@ void MailboxServer::Loop::StopServing() {
 std::optional<std::chrono::milliseconds> MailboxServer::Loop::UntilNextDeadline() const {
   std::optional<Instant> next = stop_at_;
   const auto consider = [&next](Instant deadline) { next = next ? std::min(*next, deadline) : deadline; };
-  if (!served_.empty()) consider(served_.front().last_event + mailbox_.options.timeout);
-  if (!closing_.empty()) consider(closing_.front().last_event + kLongestLinger);
+  if (!served_.empty()) consider(served_.front().last_step + mailbox_.options.timeout);
+  if (!closing_.empty()) consider(closing_.front().last_step + kLongestLinger);
   if (paused_until_) consider(*paused_until_);
   if (!next) return {};
   return std::chrono::ceil<std::chrono::milliseconds>(*next - now_);
@@ -206,6 +210,13 @@ Result<MailboxServer> MailboxServer::Listen(MailboxOptions options, const platfo
     return Error{Failure::kUsage, "A certificate and its key go together.", "Name both files, or neither."};
   }
   given.session.has_certificate = !given.certificate.empty();
+  const bool in_clear = !given.session.user.empty() && !given.session.has_certificate;
+  if (in_clear && !given.sign_in_in_clear && !net::IsLoopbackAddress(given.listen)) {
+    return Error{
+        Failure::kUsage, fmt::format("At {} passwords would come in clear from other computers.", given.listen),
+        "Give it a certificate by --tls-cert and --tls-key, listen on 127.0.0.1, or say --auth-in-clear if you "
+        "trust the network."};
+  }
   if (given.session.has_certificate) {
     auto tls = net::ServerTls::Load(given.certificate, given.key);
     if (!tls) return tls.error();

@@ -29,15 +29,18 @@ struct MailboxOptions {
   ServerOptions session;                       // has_certificate is set by the two files below
   std::filesystem::path certificate;           // PEM; both or none
   std::filesystem::path key;
+  bool sign_in_in_clear = false;  // without a certificate, also from other computers
   std::size_t connection_limit = 100;
-  std::chrono::seconds timeout{300};                // a client that says nothing for so long is closed
+  // A client that takes longer for a step is closed: for a command and its replies, or 64 KiB of a message.
+  std::chrono::seconds timeout{300};
   std::uint64_t count = 0;                          // stop after so many messages; 0: never
   std::function<void(const MailboxMessage&)> kept;  // called before the client gets its 250, by the thread in Run
 };
 
 class MailboxServer {
  public:
-  // Listens from here on; nobody is answered before Run. The clock must outlive the server.
+  // Listens from here on; nobody is answered before Run. The clock must outlive the server. Fails with kUsage where
+  // passwords would come in clear from other computers, unless the options say that they may.
   static Result<MailboxServer> Listen(MailboxOptions options, const platform::Clock& clock);
 
   MailboxServer(MailboxServer&&) noexcept;

@@ -22,6 +22,18 @@ bool HasControls(std::string_view line) {
   });
 }
 
+// A page in a browser can have a request sent to any port of this computer, with mail commands of its own choice as its
+// content. They are not reached: the request's first line ends the session, or one of its fields where that line is too
+// long.
+bool IsOfTheWeb(std::string_view line) {
+  constexpr std::string_view kMethods[] = {"GET",    "POST",    "PUT",   "HEAD", "OPTIONS",
+                                           "DELETE", "CONNECT", "PATCH", "TRACE"};
+  const auto verb = SplitCommand(line).verb;
+  const auto last = line.substr(line.rfind(' ') + 1);
+  return verb.ends_with(':') || last.starts_with("HTTP/") ||
+         std::find(std::begin(kMethods), std::end(kMethods), verb) != std::end(kMethods);
+}
+
 }  // namespace
 
 const ServerSession::CommandRow ServerSession::kCommands[] = {
@@ -46,10 +58,8 @@ void ServerSession::Receive(std::string_view bytes) {
   while (!bytes.empty() && phase_ != Phase::kClosed) {
     switch (phase_) {
       case Phase::kData:
-        bytes = ReceiveData(bytes);
-        break;
       case Phase::kChunk:
-        bytes = ReceiveChunk(bytes);
+        bytes = ReceiveContent(bytes);
         break;
       case Phase::kTls:  // clear text behind STARTTLS: somebody on the way put it in (RFC 3207 4.2)
         Close();
@@ -59,6 +69,14 @@ void ServerSession::Receive(std::string_view bytes) {
     }
   }
   if (!bytes.empty()) quit_ = false;
+}
+
+std::string_view ServerSession::ReceiveContent(std::string_view bytes) {
+  const Phase phase = phase_;
+  const auto rest = phase == Phase::kData ? ReceiveData(bytes) : ReceiveChunk(bytes);
+  content_octets_ += bytes.size() - rest.size();
+  if (phase_ != phase) ++ends_;
+  return rest;
 }
 
 void ServerSession::Sent(std::size_t octets) {
@@ -104,6 +122,7 @@ std::string_view ServerSession::ReceiveLine(std::string_view bytes) {
     }
     return rest;
   }
+  ++ends_;
   if (std::exchange(line_too_long_, false)) {
     line_.clear();
     phase_ = Phase::kCommand;
@@ -123,6 +142,9 @@ void ServerSession::TakeLine(std::string_view line) {
   line.remove_suffix(1);
   const bool ends_in_crlf = line.ends_with('\r');
   if (ends_in_crlf) line.remove_suffix(1);
+  if (phase_ == Phase::kCommand && IsOfTheWeb(line)) {
+    return Say(421, "4.7.0", options_.host_name + " takes mail and nothing else, closing");
+  }
   if (!ends_in_crlf || HasControls(line)) {
     phase_ = Phase::kCommand;
     Complain({500, "5.5.2", ends_in_crlf ? "Control characters in a line" : "Lines must end in CRLF"});

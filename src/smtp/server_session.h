@@ -69,6 +69,10 @@ class ServerSession {
   // Says 421 and closes; what was not kept by now is dropped.
   void Shutdown(std::string_view why);
 
+  // A number that grows with each step of the client's: a whole line, 64 KiB of content, the end of one. Bytes that
+  // drip make none.
+  std::uint64_t Step() const { return ends_ + content_octets_ / kContentStep; }
+
   // The client ended the session in good order and nothing it sent is left unread.
   bool ended_by_quit() const { return quit_; }
 
@@ -86,8 +90,10 @@ class ServerSession {
     void (ServerSession::*run)(std::string_view argument);
   };
   static const CommandRow kCommands[];
+  static constexpr std::uint64_t kContentStep = 64ULL * 1024;
 
   std::string_view ReceiveLine(std::string_view bytes);
+  std::string_view ReceiveContent(std::string_view bytes);
   std::string_view ReceiveData(std::string_view bytes);
   std::string_view ReceiveChunk(std::string_view bytes);
   void TakeLine(std::string_view line);
@@ -147,6 +153,8 @@ class ServerSession {
   std::string user_;
   std::unique_ptr<ServerMechanism> mechanism_;  // while the client signs in
   int faults_ = 0;
+  std::uint64_t ends_ = 0;            // of lines and contents
+  std::uint64_t content_octets_ = 0;  // taken, of all messages
   bool quit_ = false;
 
   bool has_sender_ = false;  // MAIL was taken; the two below belong to its transaction

@@ -2,6 +2,7 @@
 #include "smtp/mailbox_server.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -166,6 +167,28 @@ TEST(MailboxServer, ClosesWithWords) {
   EXPECT_EQ(third.Reply(), "421 box is ending, closing");
 }
 
+// Somebody who drips bytes holds a place no longer than somebody who says nothing, before the 421 and after it.
+TEST(MailboxServer, IsNotHeldByBytesThatDrip) {
+  TestFolder folder;
+  auto options = StoringIn(folder);
+  options.timeout = std::chrono::seconds(1);
+  RunningMailbox mailbox(std::move(options));
+  TestClient client(mailbox.address());
+  client.Reply();
+  constexpr int kDrops = 60;  // one each tenth of a second
+  const auto drips_until = [&](int drops, short event, short wanted) {
+    pollfd seen{client.fd(), event, 0};
+    for (int n = 0; n < drops && (seen.revents & wanted) == 0; ++n) {
+      client.Send("x");
+      ::poll(&seen, 1, 100);
+    }
+    return (seen.revents & wanted) != 0;
+  };
+  ASSERT_TRUE(drips_until(kDrops, POLLIN, POLLIN));
+  EXPECT_EQ(client.Reply(), "421 box waited too long for you, closing");
+  EXPECT_TRUE(drips_until(kDrops, 0, POLLERR | POLLHUP));
+}
+
 TEST(MailboxServer, EndsAfterTheCount) {
   MailboxOptions options;
   options.count = 2;
@@ -214,6 +237,31 @@ TEST(MailboxServer, SaysWhyItCannotListen) {
     const auto server = MailboxServer::Listen(options, clock);
     ASSERT_FALSE(server) << c.listen;
     EXPECT_EQ(server.error().failure, c.failure) << c.listen;
+  }
+}
+
+TEST(MailboxServer, AsksForPasswordsInClearOnThisComputerAlone) {
+  platform::SystemClock clock;
+  struct Case {
+    const char* listen;
+    const char* user;
+    bool in_clear;
+    bool listens;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"127.0.0.1:0", "ada", false, true},
+                                                   {"0.0.0.0:0", "", false, true},
+                                                   {"0.0.0.0:0", "ada", true, true},
+                                                   {"0.0.0.0:0", "ada", false, false},
+                                                   {"[::]:0", "ada", false, false}}) {
+    MailboxOptions options;
+    options.listen = c.listen;
+    options.session.user = c.user;
+    options.sign_in_in_clear = c.in_clear;
+    const auto server = MailboxServer::Listen(options, clock);
+    EXPECT_EQ(static_cast<bool>(server), c.listens) << c.listen << c.user;
+    if (!server) {
+      EXPECT_EQ(server.error().failure, Failure::kUsage);
+    }
   }
 }
 

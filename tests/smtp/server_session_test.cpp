@@ -61,6 +61,14 @@ const std::string kContent = kReady + R"(
   S: 354 End with <CRLF>.<CRLF>
 )";
 
+// A line of a web request ends the session, whatever commands stand behind it.
+std::string Web(const std::string& line) {
+  return "C: " + line + R"(
+  C: MAIL FROM:<ada@example.org>
+  S: 421 4.7.0 box takes mail and nothing else, closing
+)";
+}
+
 void Rule(Scene& scene, const char* text, RuleKind kind) {
   scene.options.rules.push_back(*ParseServerRule(text, kind));
 }
@@ -265,6 +273,18 @@ std::vector<Case> Limits() {
   S: 452 4.5.3 Too many recipients)",
        {},
        [](Scene& scene) { scene.options.recipient_limit = 2; }},
+      {"a request of the web", kHello + Web("GET / HTTP/1.1"), {}, [](Scene&) {}, ServerSession::Next::kClose},
+      {"one of the oldest kind", kHello + Web("POST /"), {}, [](Scene&) {}, ServerSession::Next::kClose},
+      {"one that looks like a command",
+       kHello + Web("HELO / HTTP/1.1"),
+       {},
+       [](Scene&) {},
+       ServerSession::Next::kClose},
+      {"one whose first line is too long",
+       kHello + "C: POST /" + longest_command + " HTTP/1.1\nS: 500 5.5.2 The line is too long\n" + Web("Host: x"),
+       {},
+       [](Scene&) {},
+       ServerSession::Next::kClose},
       {"too many faults",
        faults + "S: 421 4.7.0 Too many faults, closing",
        {},
@@ -594,6 +614,38 @@ TEST(ServerSession, ShutdownDropsTheMessageUnderWay) {
   EXPECT_EQ(TakeReplies(session), "421 box is ending, closing\r\n");
   EXPECT_TRUE(scene.sink.kept.empty());
   EXPECT_FALSE(scene.sink.open());
+}
+
+// The deadline of a step is moved by whole lines, 64 KiB of content, and its end; never by bytes that drip.
+TEST(ServerSession, CountsWholeStepsAlone) {
+  struct Fed {
+    std::string bytes;
+    bool step;
+  };
+  ServerOptions options;
+  options.size_limit = 1000;  // what is thrown away counts as well
+  const ServerPeer peer;
+  MemorySink sink;
+  ServerSession session(options, peer, sink);
+  for (const Fed& c : std::initializer_list<Fed>{{"EHLO", false},
+                                                 {" c\r", false},
+                                                 {"\n", true},
+                                                 {std::string(100'000, 'x'), false},
+                                                 {"\r\n", true},
+                                                 {"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true},
+                                                 {"DATA\r\n", true},
+                                                 {std::string(60'000, 'x'), false},
+                                                 {std::string(10'000, 'x'), true},
+                                                 {"\r\n.", false},
+                                                 {"\r\n", true},
+                                                 {"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true},
+                                                 {"BDAT 10 LAST\r\n", true},
+                                                 {"123456789", false},
+                                                 {"0", true}}) {
+    const auto before = session.Step();
+    session.Receive(c.bytes);
+    EXPECT_EQ(session.Step() != before, c.step) << c.bytes.substr(0, 30);
+  }
 }
 
 }  // namespace
