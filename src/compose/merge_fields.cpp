@@ -1,6 +1,7 @@
 #include "compose/merge_fields.h"
 
 #include <algorithm>
+#include <set>
 
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -63,13 +64,15 @@ std::optional<std::string> ReplaceMergeFields(std::string text, const MergeValue
 
 std::vector<std::string> UnknownTags(std::string_view text) {
   std::vector<std::string> unknown;
-  for (auto at = text.find(kTagStart); at != std::string_view::npos; at = text.find(kTagStart, at + 1)) {
+  std::set<std::string_view> seen;
+  for (auto at = text.find(kTagStart); at != std::string_view::npos && seen.size() < kMostUnknownTags;
+       at = text.find(kTagStart, at + 1)) {
     const auto end = text.substr(at, kLongestTag).find(kTagEnd, kTagStart.size());
     if (end == std::string_view::npos) continue;
     const auto tag = text.substr(at, end + kTagEnd.size());
     const bool known =
         std::any_of(kMergeFields.begin(), kMergeFields.end(), [&](const auto& f) { return f.tag == tag; });
-    if (!known && std::find(unknown.begin(), unknown.end(), tag) == unknown.end()) unknown.emplace_back(tag);
+    if (!known && seen.insert(tag).second) unknown.emplace_back(tag);
   }
   return unknown;
 }

@@ -109,7 +109,8 @@ ShiftedWriter::ShiftedWriter(std::string& out, const CharsetRow& row)
     : out_(out), characters_(CharactersOf(row)), sequences_(SequencesOf(row.form)) {}
 
 std::size_t ShiftedWriter::DirectRun(std::string_view utf8) const {
-  std::string_view ascii = utf8.substr(0, platform::AsciiRun(utf8));
+  constexpr std::size_t kFarEnough = 128;  // what lies behind a special character would be looked at for each of them
+  std::string_view ascii = utf8.substr(0, platform::AsciiRun(utf8.substr(0, kFarEnough)));
   for (const char special : sequences_.special) ascii = ascii.substr(0, ascii.find(special));
   return ascii.size();
 }

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestWord = 75;
 constexpr std::size_t kLettersLess = 5;
+constexpr std::size_t kMostMarks = 30;  // on one letter (UAX 15, stream-safe text)
 
 // What RFC 2047 5 (3) allows in every place where an encoded word may stand.
 bool IsPlainInQ(char c) {
@@ -43,10 +44,12 @@ void AppendQ(std::string& out, std::string_view bytes) {
   }
 }
 
-// One character, with the marks on it if `with_marks`.
+// One character, with the marks on it if `with_marks`; a text of marks alone is not one letter, which would be
+// measured anew for each of its words.
 std::size_t LetterLength(std::string_view utf8, bool with_marks) {
   std::size_t length = platform::DecodeUtf8(utf8).length;
-  while (with_marks && length < utf8.size() && static_cast<std::uint8_t>(utf8[length]) >= 0x80) {
+  for (std::size_t marks = 0; with_marks && marks < kMostMarks && length < utf8.size(); ++marks) {
+    if (static_cast<std::uint8_t>(utf8[length]) < 0x80) break;
     const auto [code, mark] = platform::DecodeUtf8(utf8.substr(length));
     if (code == platform::kNotUtf8 || !u_hasBinaryProperty(static_cast<UChar32>(code), UCHAR_GRAPHEME_EXTEND)) break;
     length += mark;

@@ -246,7 +246,7 @@ class Reader {
     HtmlTokenizer ahead = tokenizer_;
     HtmlToken token;
     while (ahead.Next(token)) {
-      if (token.kind != HtmlTokenKind::kStartTag || token.name != "a") continue;
+      if (token.kind != HtmlTokenKind::kStartTag || (token.name != "a" && token.name != "area")) continue;
       return ReadableTarget(ahead.Value(token, "href")) == link_target_;
     }
     return false;

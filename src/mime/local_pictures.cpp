@@ -16,6 +16,8 @@ namespace {
 // More candidates than this in one srcset are passed over; memory stays small on hostile input.
 constexpr std::size_t kMostCandidates = 1000;
 
+constexpr std::size_t kLongestBase = 1000;
+
 enum class Holds { kAddress, kCandidates, kCss };
 
 // Which attributes hold pictures; an empty element stands for every one.
@@ -87,10 +89,12 @@ class Finder {
               [](const auto& a, const auto& b) { return a.offset < b.offset; });
   }
 
-  // The first base counts; what is only a fragment names the page itself.
+  // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
+  // leads nowhere: it would stand before each of the page's addresses.
   void ReadBase(const std::string& address) {
     const std::string_view given = platform::Trim(address);
-    if (!given.empty() && !given.starts_with('#')) base_ = ReadLocalAddress(address);
+    if (given.empty() || given.starts_with('#')) return;
+    base_ = given.size() <= kLongestBase ? ReadLocalAddress(address) : LocalAddress{};
   }
 
   // `written` is a part of the source.

@@ -75,6 +75,10 @@ std::vector<std::string> Describe(const PreFlight& findings) {
   for (const auto& tag : findings.unknown_tags) {
     lines.push_back(fmt::format("Unknown tag {}: it goes out as it stands.", platform::Printable(tag)));
   }
+  if (findings.unknown_tags.size() == compose::kMostUnknownTags) {
+    lines.push_back(
+        fmt::format("There may be more unknown tags: no more than {} are looked for.", compose::kMostUnknownTags));
+  }
   for (const auto& empty : findings.empty_fields) {
     lines.push_back(fmt::format("{} no value for {} (the first is {}).",
                                 platform::Counted(empty.recipients, "recipient has", "recipients have"),

@@ -24,9 +24,19 @@ constexpr std::array kKeywords{
     Keyword{"ENHANCEDSTATUSCODES", &Capabilities::enhanced_status_codes},
 };
 
+// Those that can be used, and those that a person may look for when none of them is offered.
+constexpr std::array<std::string_view, 15> kMechanisms{
+    "LOGIN",         "PLAIN",      "CRAM-MD5",    "SCRAM-SHA-1",      "SCRAM-SHA-256",
+    "SCRAM-SHA-512", "NTLM",       "DIGEST-MD5",  "SCRAM-SHA-1-PLUS", "SCRAM-SHA-256-PLUS",
+    "XOAUTH2",       "GSS-SPNEGO", "OAUTHBEARER", "GSSAPI",           "EXTERNAL"};
+
 void AddMechanisms(std::string_view names, Capabilities& out) {
   for (const std::string_view name : platform::Split(names, ' ')) {
-    if (!name.empty() && !out.Offers(name)) out.mechanisms.push_back(platform::AsciiUpper(name));
+    if (name.empty()) continue;
+    out.auth = true;
+    for (const std::string_view known : kMechanisms) {
+      if (platform::EqualsIgnoringAsciiCase(known, name) && !out.Offers(known)) out.mechanisms.push_back(known);
+    }
   }
 }
 
@@ -48,7 +58,7 @@ void ParseLine(std::string_view line, Capabilities& out) {
 
 bool Capabilities::Offers(std::string_view mechanism) const {
   return std::any_of(mechanisms.begin(), mechanisms.end(),
-                     [&](const std::string& offered) { return platform::EqualsIgnoringAsciiCase(offered, mechanism); });
+                     [&](std::string_view offered) { return platform::EqualsIgnoringAsciiCase(offered, mechanism); });
 }
 
 Capabilities ParseCapabilities(std::string_view text) {

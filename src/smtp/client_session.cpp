@@ -189,6 +189,7 @@ void ClientSession::OnCapabilities(const ServerReply& reply) {
   }
   if (!extended_) {
     Capabilities kept;
+    kept.auth = capabilities_.auth;
     kept.mechanisms = std::move(capabilities_.mechanisms);
     capabilities_ = std::move(kept);
   }
@@ -208,7 +209,7 @@ void ClientSession::TlsStarted() {
 }
 
 void ClientSession::SignIn() {
-  if (!capabilities_.mechanisms.empty()) {
+  if (capabilities_.auth) {
     auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
                                      {options_.user, options_.password.view(), setup_.nonce, setup_.now});
     if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what);

@@ -49,6 +49,9 @@ Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capa
   for (const Row& row : kRows) {
     if (row.mode == mode && capabilities.Offers(row.name)) return row.make(credentials);
   }
+  if (capabilities.mechanisms.empty()) {
+    return Error{Failure::kUnavailable, "The server offers no way of signing in that is known here."};
+  }
   return Error{Failure::kUnavailable,
                fmt::format("The server does not offer {} but {}. Choose another way of signing in.", NameOf(mode),
                            fmt::join(capabilities.mechanisms, ", "))};

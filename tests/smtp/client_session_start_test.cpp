@@ -134,6 +134,7 @@ TEST(ClientSessionStart, SignsIn) {
            {"354", LOGIN_USER "S: 354 go", kAuthProtocolError},
            {"garbage", LOGIN_USER "S: ***", kBadResponse},
            {"other mechanism", AUTH("GSSAPI"), kAuthNotOffered},
+           {"unheard-of mechanism", AUTH("X-NEW"), kAuthNotOffered},
            {"none", EHLO "S: 250 mx", kAuthNotOffered}}) {
     Check(at_home(c));
   }

@@ -75,7 +75,7 @@ TEST(Capabilities, AreReadFromEhlo) {
   EXPECT_TRUE(c.size && c.eight_bit_mime && c.chunking);
   EXPECT_FALSE(c.dsn || c.starttls || c.smtputf8);
   EXPECT_EQ(c.size_limit, 1000U);
-  EXPECT_EQ(c.mechanisms, (std::vector<std::string>{"PLAIN", "LOGIN", "CRAM-MD5"}));
+  EXPECT_EQ(c.mechanisms, (std::vector<std::string_view>{"PLAIN", "LOGIN", "CRAM-MD5"}));
   EXPECT_EQ(ParseCapabilities("mx\nSIZE 99999999999999999999").size_limit, 0U);
 }
 

@@ -1,0 +1,486 @@
+// Every reader of foreign bytes takes time in proportion to what it reads, whatever it reads: nobody is to be kept busy
+// for minutes by a page, a list or a server of a megabyte.
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <functional>
+#include <limits>
+
+#include "compose/body_file.h"
+#include "compose/body_source.h"
+#include "compose/merge_pieces.h"
+#include "compose/message_document.h"
+#include "compose/message_properties.h"
+#include "mime/charset.h"
+#include "mime/header_text.h"
+#include "mime/html_to_text.h"
+#include "mime/html_tokenizer.h"
+#include "mime/line_wrap.h"
+#include "mime/local_pictures.h"
+#include "mime/media_type.h"
+#include "mime/quoted_printable.h"
+#include "net/address.h"
+#include "net/idna.h"
+#include "platform/base64.h"
+#include "platform/text.h"
+#include "recipients/address_harvest.h"
+#include "recipients/check_email.h"
+#include "recipients/envelope_address.h"
+#include "recipients/import_mapping.h"
+#include "recipients/line_reader.h"
+#include "recipients/statements.h"
+#include "recipients/text_order.h"
+#include "sending/related_pictures.h"
+#include "smtp/capabilities.h"
+#include "smtp/client_session.h"
+#include "smtp/ntlm.h"
+#include "smtp/sasl_prep.h"
+#include "smtp/server_policy.h"
+#include "smtp/server_session.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast {
+namespace {
+
+constexpr std::size_t kSize = std::size_t{24} * 1024;
+
+// Four times the input takes four times as long, or a little more; where the work is its square, sixteen times.
+constexpr double kMostGrowth = 9;
+constexpr int kFewestRounds = 2;
+constexpr int kMostRounds = 12;
+
+using Reader = std::function<void(const std::string&)>;
+using Source = std::function<std::string(std::size_t size)>;
+
+// The pattern again and again; "\1" in it becomes a number, another one each time.
+std::string Repeated(std::string_view pattern, std::size_t size) {
+  std::string out;
+  for (std::size_t n = 0; out.size() < size; ++n) {
+    for (const char c : pattern) c == '\1' ? out += std::to_string(n) : out += c;
+  }
+  return out;
+}
+
+// Of this thread alone, so that others on the processor do not count.
+double SecondsOf(const Reader& read, const std::string& input) {
+  const auto now = [] {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+  };
+  const double begin = now();
+  read(input);
+  return now() - begin;
+}
+
+// What disturbs a measurement only lengthens it: the shortest of several is compared, and more are made while it looks
+// as if it grew too fast.
+void ExpectSteadyGrowth(const std::string& name, const Reader& read, const Source& source) {
+  const std::array inputs = {source(kSize), source(2 * kSize), source(4 * kSize)};
+  std::array<double, 3> shortest;
+  shortest.fill(std::numeric_limits<double>::max());
+  const auto grows = [&] { return shortest[2] / std::max(shortest[0], 1e-9); };
+  for (int round = 0; round < kMostRounds && (round < kFewestRounds || grows() > kMostGrowth); ++round) {
+    for (std::size_t i = 0; i < inputs.size(); ++i) shortest[i] = std::min(shortest[i], SecondsOf(read, inputs[i]));
+  }
+  EXPECT_LE(grows(), kMostGrowth) << name << " takes " << shortest[0] << ", " << shortest[1] << ", " << shortest[2]
+                                  << " s for one, two and four times the input";
+}
+
+struct NamedReader {
+  const char* name;
+  Reader read;
+};
+
+void CheckEach(const std::vector<NamedReader>& readers, std::initializer_list<std::string_view> patterns) {
+  // Memory is kept, so that growing to a size for the first time does not count.
+  ::mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  ::mallopt(M_TRIM_THRESHOLD, 1 << 30);
+  for (const NamedReader& reader : readers) {
+    for (const std::string_view pattern : patterns) {
+      const std::string name = std::string(reader.name) + " of \"" + platform::Printable(pattern) + "\"";
+      ExpectSteadyGrowth(name, reader.read, [&](std::size_t size) { return Repeated(pattern, size); });
+    }
+  }
+}
+
+void ReadAttributes(const std::string& html) {
+  mime::HtmlTokenizer tokenizer(html);
+  mime::HtmlToken token;
+  while (tokenizer.Next(token)) tokenizer.Value(token, "style");
+}
+
+const std::vector<NamedReader> kHtmlReaders = {
+    {"HtmlTokenizer", ReadAttributes},
+    {"HtmlToText", [](const std::string& html) { return mime::HtmlToText(html); }},
+    {"FindLocalPictures", [](const std::string& html) { return mime::FindLocalPictures(html); }},
+    {"TakePictures", [](const std::string& html) { return sending::TakePictures(html, "/nowhere", "x"); }},
+    {"WrapHtml", [](const std::string& html) { return mime::WrapHtml(html, 76); }},
+    {"CutAtBody", [](const std::string& html) { return compose::CutAtBody(html); }},
+    {"TitleOf", [](const std::string& html) { return compose::TitleOf(html); }},
+    {"PropertiesLoad", [](const std::string& html) { return compose::PropertiesLoad("", "", html); }},
+    {"DecodeCharacterReferences", [](const std::string& html) { return mime::DecodeCharacterReferences(html, true); }},
+    {"UnknownTags", [](const std::string& text) { return compose::UnknownTags(text); }},
+    {"MergePieces", [](const std::string& text) { return compose::MergePieces(text); }},
+    {"ReplaceMergeFields",
+     [](const std::string& text) { return compose::ReplaceMergeFields(text, compose::MergeValues{}); }},
+};
+
+TEST(Growth, OfReadingHtml) {
+  CheckEach(kHtmlReaders, {"<",
+                           "</",
+                           "<!",
+                           "<!--",
+                           "<!-->",
+                           "--!",
+                           "<![CDATA[",
+                           "<?",
+                           "<a ",
+                           "<a b='",
+                           "<a b=\"\" ",
+                           "a = ",
+                           "<a\n",
+                           "<a href=\1>",
+                           "<a href=\1></a>",
+                           "<a href=x><img>",
+                           "<area href=\1>",
+                           "<area href=\1 alt=x>",
+                           "<b>",
+                           "</b>",
+                           "<div>",
+                           "<div>x",
+                           "<ul><li>",
+                           "<ol type=i><li>x",
+                           "<table><tr><td>",
+                           "<table>",
+                           "<td>x",
+                           "</td>",
+                           "</table>",
+                           "<blockquote>x",
+                           "<dl><dd>",
+                           "<p>",
+                           "<pre>\n",
+                           "<q>",
+                           "<hr>",
+                           "<br>",
+                           "<style>",
+                           "<style>url(",
+                           "<style>url('x')</style>",
+                           "<style>/*",
+                           "<style>@import ",
+                           "<style>\\",
+                           "<script>",
+                           "</script",
+                           "<textarea>",
+                           "<title>",
+                           "<plaintext>",
+                           "<svg><title/>",
+                           "<img src=\1>",
+                           "<img src=\1.png>",
+                           "<img srcset='\1,",
+                           "<img alt=x ",
+                           "<div style='display:none'>",
+                           "<div style='url(\1)'>",
+                           "<div hidden>",
+                           "<p hidden>x",
+                           "<template>",
+                           "<base href=\1/>",
+                           "<!--[if mso]><img src=\1>",
+                           "<!--[if mso]>x<![endif]-->",
+                           "]>",
+                           "<![",
+                           "&",
+                           "&amp",
+                           "&#1",
+                           "&a",
+                           "$*Merge",
+                           "$*Merge\1*$",
+                           "$*MergeEmail*$",
+                           "$*M",
+                           "$",
+                           "x",
+                           " ",
+                           "\n",
+                           "\u00E9",
+                           "\u4E2D",
+                           "e\u0301",
+                           "a ",
+                           "://",
+                           "white-space:",
+                           "- ",
+                           "<body>",
+                           "</body>x",
+                           "<!doctype>"});
+}
+
+// Two things that grow together, and what grows within one place.
+TEST(Growth, OfReadingHtmlInOnePlace) {
+  struct Row {
+    const char* name;
+    const char* before;
+    const char* pattern;
+    const char* behind;
+  };
+  for (const NamedReader& reader : kHtmlReaders) {
+    for (const Row& row :
+         {Row{"a srcset", "<img srcset='", "\1 1x, ", "'>"}, Row{"a style", "<p style='", "url(\1);", "'>"},
+          Row{"declarations", "<p style='", "a:b;", "'>"}, Row{"blanks", "<p style", " ", ">"},
+          Row{"a style sheet", "<style>", "url(\1)", "</style>"}, Row{"a name", "<", "a", ">"},
+          Row{"a link", "<a href='", "x", "'>x</a>"}, Row{"a comment", "<!--[if x]>", "<![", "-->"}}) {
+      ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
+                         [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });
+    }
+    ExpectSteadyGrowth(std::string(reader.name) + " of a long base", reader.read, [&](std::size_t size) {
+      return "<base href='" + Repeated("x", size / 2) + "/'>" + Repeated("<img src=\1>", size / 2);
+    });
+  }
+}
+
+std::size_t FindAll(const std::string& text) {
+  std::size_t count = 0;
+  for (auto found = recipients::FindAddress(text, 0); found; ++count) {
+    found = recipients::FindAddress(text, found->position + found->length);
+  }
+  return count;
+}
+
+void ReadLines(const std::string& content) {
+  const test::TemporaryFolder folder;
+  auto source = recipients::TextSource::Open(folder.Write("list", content), "", "");
+  if (!source) return;
+  recipients::LineReader lines(*source);
+  recipients::Line line;
+  while (*lines.Next(line)) {
+    recipients::MapLine(line.text, ',', true, *recipients::ParseMapping("Email Address=18"));
+    recipients::SampleEntries(line.text, ',', true);
+  }
+}
+
+void Harvest(const std::string& text) {
+  recipients::AddressHarvest harvest([](std::string_view, bool) { return true; });
+  for (std::size_t at = 0; at < text.size(); at += 100) harvest.Feed(std::string_view(text).substr(at, 100));
+  harvest.Finish();
+}
+
+template <typename Append>
+Reader Header(const Append& append) {
+  return [append](const std::string& text) {
+    std::string out;
+    append(out, text);
+  };
+}
+
+Reader InCharset(const char* name) {
+  return [charset = *mime::FindCharset(name)](const std::string& text) {
+    std::string out;
+    charset.Encode(text, out);
+    charset.Decode(text);
+  };
+}
+
+TEST(Growth, OfReadingText) {
+  const auto utf8 = mime::Charset::Utf8();
+  const auto shifted = *mime::FindCharset("iso-2022-jp");
+  using enum mime::HeaderEncoding;
+  CheckEach({{"FindAddress", FindAll},
+             {"AddressHarvest", Harvest},
+             {"EnvelopeAddress", [](const std::string& text) { return recipients::EnvelopeAddress(text); }},
+             {"delimited lines", ReadLines},
+             {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
+             {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
+             {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
+             {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
+             {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
+                mime::AppendUnstructured(out, "Subject", text, utf8, kNone);
+              })},
+             {"AppendUnstructured in a shifted set", Header([=](std::string& out, const std::string& text) {
+                mime::AppendUnstructured(out, "Subject", text, shifted, kB);
+              })},
+             {"AppendMailbox", Header([=](std::string& out, const std::string& text) {
+                mime::AppendMailbox(out, "To", text, text, utf8, kQ);
+              })},
+             {"AppendParameter",
+              Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},
+             {"AppendNameParameter",
+              Header([](std::string& out, const std::string& text) { mime::AppendNameParameter(out, text); })},
+             {"WrapText", [](const std::string& text) { return mime::WrapText(text, 76); }},
+             {"HtmlFromText", [](const std::string& text) { return compose::HtmlFromText(text); }},
+             {"ReadBodyFile",
+              [](const std::string& text) {
+                const test::TemporaryFolder folder;
+                const auto body = compose::ReadBodyFile(folder.Write("body", text));
+                if (body) compose::EncodeBody(body->text, compose::BodyEncoding::kWindows1252);
+              }},
+             {"windows-1252", InCharset("windows-1252")},
+             {"iso-2022-jp", InCharset("iso-2022-jp")},
+             {"iso-2022-kr", InCharset("iso-2022-kr")},
+             {"utf-7", InCharset("utf-7")},
+             {"gb18030 or gb2312", InCharset("gb2312")},
+             {"MediaTypeOf", [](const std::string& text) { return mime::MediaTypeOf(text, text); }},
+             {"DecodeQuotedPrintable", [](const std::string& text) { return mime::DecodeQuotedPrintable(text); }},
+             {"DecodeBase64", [](const std::string& text) { return platform::DecodeBase64(text); }},
+             {"Printable", [](const std::string& text) { return platform::Printable(text, text.size()); }},
+             {"PrintableJson", [](const std::string& text) { return platform::PrintableJson(text); }},
+             {"ParseHostPort", [](const std::string& text) { return net::ParseHostPort(text, 25); }},
+             {"AsciiHost", [](const std::string& text) { return net::AsciiHost(text); }},
+             {"SaslPrep", [](const std::string& text) { return smtp::SaslPrep(text); }}},
+            {"a@",
+             "@",
+             "a@b.",
+             "a.",
+             "a@b.cc ",
+             "a@b.c",
+             "<",
+             ">",
+             "\"",
+             "\"\"",
+             "\\",
+             ",",
+             "\"a\",",
+             ";",
+             "\r",
+             "\n",
+             "\t",
+             " ",
+             "'",
+             "=",
+             "=3D",
+             "=\n",
+             "\xFF",
+             "\xC3",
+             "\u00E9",
+             "\u0130",
+             "\u00E9 a ",
+             "e\u0301",
+             "\u0301",
+             "\u4E2D",
+             "\u4E2Da",
+             "\u3042\u300D",
+             "\u05D0",
+             "\u200D",
+             "a",
+             "A B",
+             "a b ",
+             "(",
+             "=?utf-8?q?",
+             "%",
+             "+",
+             "+-",
+             "+AAA-",
+             "~",
+             "\x1B$B",
+             "\x1B",
+             "\x0E",
+             "[Email] ASC,",
+             "Email Address=1,",
+             "://",
+             "AAAA",
+             "[",
+             "::",
+             "xn--",
+             std::string_view("\0", 1)});
+}
+
+class NoSink final : public smtp::MessageSink {
+ public:
+  void Begin() override {}
+  Result<void> Write(std::string_view) override { return {}; }
+  Result<std::string> Keep(const smtp::ReceivedEnvelope&) override { return std::string("kept"); }
+  void Drop() override {}
+};
+
+void Serve(const std::string& bytes, std::string_view before) {
+  smtp::ServerOptions options;
+  options.user = "ada";
+  options.password = "s3cret";
+  options.rules = {*smtp::ParseServerRule("*a*@*b*=550", smtp::RuleKind::kRefuse)};
+  const smtp::ServerPeer peer{"127.0.0.1:1", true, std::string(24, 'x')};
+  NoSink sink;
+  smtp::ServerSession session(options, peer, sink);
+  session.Receive(before);
+  for (std::size_t at = 0; at < bytes.size(); at += 7) {
+    session.Receive(std::string_view(bytes).substr(at, 7));
+    session.Sent(session.BytesToSend().size());
+  }
+}
+
+void Answer(const std::string& bytes, std::string_view before, std::size_t piece) {
+  smtp::ClientOptions options;
+  options.sign_in = true;
+  options.user = "ada";
+  options.password = smtp::Secret("s3cret");
+  smtp::SendWindow window;
+  smtp::ClientSession session(options, {"[127.0.0.1]", true, false, std::string(24, 'x')}, window);
+  const auto receive = [&session](std::string_view some) {
+    session.Receive(some);
+    for (auto out = session.BytesToSend(); !out.empty(); out = session.BytesToSend()) session.Sent(out.size());
+    while (session.NextEvent() != nullptr) {
+    }
+  };
+  receive("220 mx ESMTP\r\n");
+  receive(before);
+  for (std::size_t at = 0; at < bytes.size(); at += piece) receive(std::string_view(bytes).substr(at, piece));
+}
+
+TEST(Growth, OfServersAndClients) {
+  const auto serve = [](std::string_view before) {
+    return [before](const std::string& bytes) { Serve(bytes, before); };
+  };
+  const auto answer = [](std::string_view before, std::size_t piece) {
+    return [before, piece](const std::string& bytes) { Answer(bytes, before, piece); };
+  };
+  constexpr std::string_view kSignedIn =
+      "EHLO c\r\nAUTH PLAIN AGFkYQBzM2NyZXQ=\r\nMAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n";
+  static const std::string in_data = std::string(kSignedIn) + "DATA\r\n";
+  CheckEach({{"the mailbox", serve("")},
+             {"the mailbox in a transaction", serve(kSignedIn)},
+             {"the mailbox in a message", serve(in_data)},
+             {"the mailbox in a sign-in", serve("EHLO c\r\nAUTH SCRAM-SHA-256\r\n")},
+             {"the client", answer("", 7)},
+             {"the client in large pieces", answer("", 16384)},
+             {"the client at EHLO", answer("250-mx\r\n250-AUTH ", 16384)},
+             {"the client in a sign-in", answer("250-mx\r\n250 AUTH LOGIN\r\n", 7)},
+             {"ParseCapabilities", [](const std::string& text) { return smtp::ParseCapabilities(text); }},
+             {"NtlmChallenge", [](const std::string& text) { return smtp::ParseNtlmChallenge("NTLMSSP" + text); }}},
+            {"x",
+             "\r",
+             "\n",
+             "\r\n",
+             ".",
+             ".\r\n",
+             "\r\n.",
+             " ",
+             "*",
+             "=",
+             "NOOP\r\n",
+             "RCPT TO:<a@b.example>\r\n",
+             "RCPT TO:<aaaaaaaaaaaaaaaaaaaa>\r\n",
+             "MAIL FROM:<a@b.example>\r\nRSET\r\n",
+             "DATA\r\n",
+             "BDAT 1\r\nx",
+             "AUTH LOGIN\r\n",
+             "QUIT\r\n",
+             "250-x\r\n",
+             "250-AUTH X\1\r\n",
+             "X\1 ",
+             "AUTH X\1\n",
+             "AUTH\n",
+             "SIZE 1\n",
+             "334 \r\n",
+             "334 eA==\r\n",
+             "250 ok\r\n",
+             "421-x\r\n",
+             std::string_view("\0", 1)});
+}
+
+TEST(Growth, OfRules) {
+  ExpectSteadyGrowth(
+      "MatchesGlob", [](const std::string& text) { return smtp::MatchesGlob("*a*ab*aab", text); },
+      [](std::size_t size) { return Repeated("a", size); });
+}
+
+}  // namespace
+}  // namespace quillcast
