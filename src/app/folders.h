@@ -20,6 +20,8 @@ struct Folders {
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
   std::filesystem::path History() const { return data / "History"; }
   std::filesystem::path ImportBody() const { return data / "ImportBody"; }
+  std::filesystem::path Pictures() const { return data / "Pictures"; }  // copies of what was picked or pasted
+  std::filesystem::path Templates() const { return data / "Templates"; }
   std::filesystem::path ImportReport() const { return temporary / "ReportButton.txt"; }
   std::filesystem::path PreviewMessage() const { return temporary / "Preview.eml"; }
   std::filesystem::path PreviewBody() const { return temporary / "Preview.htm"; }

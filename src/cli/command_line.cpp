@@ -41,14 +41,18 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   app.set_version_flag("--version", fmt::format("Quillcast Classic {}.{}", app::kVersionMajor, app::kVersionMinor));
   app.add_flag("--json", output.json, "Results as JSON, one object a line");
   app.add_flag("--quiet", output.quiet, "No notes on standard error, only failures");
-  app.add_flag("--yes", prompts.assume_yes, "Answer every question with Yes");
+  app.add_flag("--yes", prompts.assume_yes,
+               "Answer every question with Yes, but not that for pictures from other folders");
   app.add_flag("--no-input", no_input, "Never ask; questions count as answered with No");
   app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
       ->type_name("DIR")
       ->check([](const std::string& folder) { return folder.empty() ? "names no folder" : ""; });
   app.require_subcommand(0, 1);
   app.fallthrough();  // these options may also stand behind the command
-  app.parse_complete_callback([&] { context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0; });
+  app.parse_complete_callback([&] {
+    context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0;
+    context.assume_yes = prompts.assume_yes;
+  });
 
   AddDemoCommand(app, context);
   AddAccountCommand(app, context);

@@ -27,8 +27,9 @@ struct Context {
   platform::CancelToken& cancel;
   std::filesystem::path executable;
   std::optional<std::filesystem::path> profile;
-  bool may_ask = true;  // false with --no-input, and when standard input is no terminal
-  int exit_code = 0;    // set by the command that ran
+  bool may_ask = true;      // false with --no-input, and when standard input is no terminal
+  bool assume_yes = false;  // --yes
+  int exit_code = 0;        // set by the command that ran
 
   app::Folders Folders() const { return app::ResolveFolders(environment, executable, profile); }
   // The folders, made ready as at the start of the program: created where missing, with a working Group.mdb.

@@ -25,6 +25,19 @@ Result<void> ChooseFormat(compose::MessageDocument& document, const std::string&
   return {};
 }
 
+Result<void> AllowFolders(const std::vector<std::string>& folders, compose::PicturePlaces& places) {
+  for (const auto& folder : folders) {
+    std::error_code failed;
+    if (!std::filesystem::is_directory(folder, failed)) {
+      return Error{Failure::kUsage,
+                   fmt::format("--pictures-from names no folder: {}", platform::Printable(folder, 300)),
+                   "Give it a folder that exists."};
+    }
+    places.AllowFolder(std::filesystem::absolute(folder, failed));
+  }
+  return {};
+}
+
 }  // namespace
 
 void AddDocumentOptions(CLI::App& command, DocumentOptions& options) {
@@ -37,13 +50,21 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options) {
   command.add_option("--format", options.format, "How the body is sent")->check(CLI::IsMember({"HTML", "Text"}));
   command.add_option("--attach", options.attachments, "A file to go with each message; may be given several times")
       ->type_name("FILE");
+  command
+      .add_option("--pictures-from", options.pictures_from,
+                  "Also take the pictures that the body names in this folder; may be given several times. Those in the "
+                  "body's own folder need no option")
+      ->type_name("DIR");
   command.add_option("--priority", options.priority, "The priority")->check(CLI::IsMember({"Low", "Normal", "High"}));
   command.add_flag("--read-receipt", options.read_receipt, "Ask each reader for a receipt");
 }
 
-Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
-                                              platform::Prompts& prompts) {
+Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::Folders& folders,
+                                              const app::SettingsStore& settings, platform::Prompts& prompts) {
   compose::MessageDocument document;
+  document.picture_places = compose::PicturePlaces(folders);
+  auto allowed = AllowFolders(options.pictures_from, document.picture_places);
+  if (!allowed) return allowed.error();
   auto loaded = compose::LoadBody(document, options.body);
   if (!loaded) return loaded.error();
   if (!options.text.empty()) {

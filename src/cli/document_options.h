@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/folders.h"
 #include "cli/context.h"
 #include "compose/message_document.h"
 
@@ -17,12 +18,14 @@ struct DocumentOptions {
   std::string priority = "Normal";
   std::vector<std::string> attachments;
   bool read_receipt = false;
+  std::vector<std::string> pictures_from;
 };
 
 void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
 
-// Reads the body and builds the document. The format is the option's, else what the settings start with.
-Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::SettingsStore& settings,
-                                              platform::Prompts& prompts);
+// Reads the body and builds the document, which may take pictures from its own folder, those of the program, and
+// --pictures-from. The format is the option's, else what the settings start with.
+Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::Folders& folders,
+                                              const app::SettingsStore& settings, platform::Prompts& prompts);
 
 }  // namespace quillcast::cli

@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/document_options.h"
+#include "platform/text.h"
 #include "sending/account_settings.h"
 #include "sending/message_preview.h"
 
@@ -20,13 +21,15 @@ int RunPreview(Context& context, const PreviewOptions& options) {
   const app::SettingsStore settings(folders->settings);
   const auto account = sending::AccountSettings::Load(settings);
   if (!account) return context.output.Fail(account.error());
-  const auto document = DocumentFrom(options.document, settings, context.prompts);
+  const auto document = DocumentFrom(options.document, *folders, settings, context.prompts);
   if (!document) return context.output.Fail(document.error());
   const auto preview = sending::WritePreview(*folders, settings, *document, *account, context.clock, context.entropy);
   if (!preview) return context.output.Fail(preview.error());
   for (const auto& note : preview->notes) context.output.Note(note);
   context.output.Line(fmt::format("The preview is {}.", preview->file.string()));
-  context.output.Object({{"file", preview->file.string()}});
+  std::vector<std::string> pictures;
+  for (const auto& picture : preview->pictures) pictures.push_back(platform::Printable(picture.string(), 4096));
+  context.output.Object({{"file", preview->file.string()}, {"pictures", pictures}});
   if (!options.open) return 0;
   platform::XdgDesktop desktop(context.environment.Get("DISPLAY") || context.environment.Get("WAYLAND_DISPLAY"));
   const auto opened = desktop.OpenFile(preview->file);

@@ -22,6 +22,7 @@ struct SendOptions {
   std::string range;
   bool dry_run = false;
   bool keep_going = false;
+  bool leave_pictures_out = false;
   std::string as;
   std::string to_file;
   std::string proof;
@@ -215,6 +216,13 @@ int RunSend(Context& context, const SendOptions& options) {
 
   auto message_options = sending::LoadMessageOptions(app::SettingsStore(mailing->folders.settings), mailing->account);
   if (!message_options) return context.output.Fail(message_options.error());
+  // Where nothing is sent, they are only told of.
+  const bool sends = !options.dry_run && options.to_file.empty();
+  if (sends || options.leave_pictures_out) {
+    const auto answer = options.leave_pictures_out ? PictureAnswer::kLeaveOut : PictureAnswer::kAsk;
+    const auto answered = AskForPictures(context, *message_options, answer, mailing->document);
+    if (!answered) return context.output.Fail(answered.error());
+  }
   const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);
   const auto told = TellFindings(context, *mailing, message);
@@ -236,6 +244,8 @@ void AddSendCommand(CLI::App& app, Context& context) {
   send->add_flag("--dry-run", options->dry_run, "Check and compose everything, hand over nothing");
   send->add_flag("--keep-going", options->keep_going,
                  "Try every recipient, even where the server keeps refusing the sign-in or the sender");
+  send->add_flag("--leave-pictures-out", options->leave_pictures_out,
+                 "Send without the pictures that the body names in other folders, and do not ask");
   send->add_option("--as", options->as, "Whose data --to-file and --proof use")->type_name("ADDRESS");
   send->add_option("--to-file", options->to_file, "Write that recipient's message into this file")->type_name("FILE");
   send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");

@@ -24,7 +24,7 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
   const app::SettingsStore settings(folders->settings);
   auto account = sending::AccountSettings::Load(settings);
   if (!account) return account.error();
-  auto document = DocumentFrom(options, settings, context.prompts);
+  auto document = DocumentFrom(options, *folders, settings, context.prompts);
   if (!document) return document.error();
   const recipients::RecipientStore store(folders->Database(), {.cancel = &context.cancel});
   auto found = store.FindGroup(group);
@@ -65,11 +65,38 @@ int AskBeforeSending(Context& context, const Mailing& mailing) {
   return ExitCode(*refused == "GroupButton" ? Failure::kUsage : Failure::kNotPermitted);
 }
 
+Result<void> AskForPictures(Context& context, const sending::MessageOptions& options, PictureAnswer answer,
+                            compose::MessageDocument& document) {
+  if (!sending::TakesPictures(document, options)) return {};
+  const auto files = sending::PicturesToAskFor(sending::TakePictures(document, {}).foreign);
+  if (files.empty()) return {};
+  if (answer == PictureAnswer::kAsk) {
+    if (!context.may_ask || context.assume_yes) {
+      return Error{Failure::kNotPermitted, sending::NameForeign(files),
+                   "--pictures-from DIR takes those in that folder along, --leave-pictures-out sends without them."};
+    }
+    switch (context.prompts.AskOrCancel(sending::PictureQuestion(files))) {
+      case platform::Answer::kYes:
+        for (const auto& file : files) document.picture_places.AllowFile(file);
+        return {};
+      case platform::Answer::kNo:
+        break;
+      case platform::Answer::kCancel:
+        return Error{Failure::kNotPermitted, "Nothing was sent.", ""};
+    }
+  }
+  for (const auto& file : files) document.picture_places.LeaveOut(file);
+  return {};
+}
+
 Result<void> TellFindings(Context& context, const Mailing& mailing, const sending::MessageTemplate& message) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
   const auto found = sending::LookOver(std::move(*rows), mailing.document, message, context.cancel);
   if (!found) return found.error();
+  for (const auto& line : sending::ListPictures(message.pictures(), message.foreign_pictures())) {
+    context.output.Note("Note: " + line);
+  }
   for (const auto& line : sending::Describe(*found)) context.output.Note("Note: " + line);
   if (found->largest_message > 0) {
     context.output.Note(fmt::format("A message is about {}.", platform::HumanSize(found->largest_message)));

@@ -17,12 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsBelow(const fs::path& file, const fs::path& folder) {
-  const auto [end, at] = std::mismatch(folder.begin(), folder.end(), file.begin(), file.end());
-  return end == folder.end() && at != file.end();
-}
-
-// As a relative address: what could end it or mean something in it is written as percent and two digits.
+// As an address: what could end it or mean something in it is written as percent and two digits.
 std::string AsAddress(std::string_view path) {
   std::string address;
   for (const char c : path) {
@@ -54,8 +49,16 @@ std::string NameIn(const fs::path& folder, const fs::path& file) {
 
 }  // namespace
 
+Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
+  const fs::path copy = folder / NameIn(folder, file);
+  auto made = platform::EnsureFolder(folder);
+  if (made) made = platform::CopyFile(file, copy);
+  if (!made) return made.error();
+  return copy;
+}
+
 Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
-                                      const fs::path& target, TakenPictures& taken) {
+                                      const PicturePlaces& places, const fs::path& target, TakenPictures& taken) {
   const fs::path root = (import_folder / "").lexically_normal().parent_path();
   const bool moves = !base.empty() && base.lexically_normal() != target.parent_path().lexically_normal();
   const std::string folder = target.stem().string() + "_files";
@@ -65,15 +68,21 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
   std::set<fs::path> seen;
   for (auto& reference : mime::FindLocalPictures(html)) {
     const fs::path file = (base / reference.path).lexically_normal();
-    if (!IsBelow(file, root) && !(moves && fs::path(reference.path).is_relative())) continue;
+    const bool loses_its_folder = moves && fs::path(reference.path).is_relative();
+    if (!IsBelow(file, root) && !loses_its_folder) continue;
     std::error_code failed;
     const bool is_there = fs::is_regular_file(file, failed);
     if (!is_there && !taken.contains(file)) continue;
+    if (is_there && !places.Hold(file)) {
+      if (!loses_its_folder) continue;
+      replacements.push_back("file://" + AsAddress(file.string()));
+      references.push_back(std::move(reference));
+      continue;
+    }
     if (is_there && seen.insert(file).second) {
-      taken[file] = NameIn(beside, file);
-      auto made = platform::EnsureFolder(beside);
-      if (made) made = platform::CopyFile(file, beside / taken[file]);
-      if (!made) return made.error();
+      const auto copy = KeepPicture(file, beside);
+      if (!copy) return copy.error();
+      taken[file] = copy->filename().string();
     }
     replacements.push_back(AsAddress(folder + '/' + taken[file]));
     references.push_back(std::move(reference));

@@ -9,6 +9,7 @@
 #include "app/close_step.h"
 #include "app/settings_store.h"
 #include "compose/attachment_list.h"
+#include "compose/picture_places.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
 
@@ -25,6 +26,7 @@ struct MessageDocument {
   std::string subject;
   std::string html;                   // the body, always kept as HTML
   std::filesystem::path base_folder;  // what relative references in the HTML start from
+  PicturePlaces picture_places;       // where pictures may come from besides that folder
   std::optional<std::string> text;    // a text part of its own, in place of the one made from the HTML
   Format format = Format::kHtml;
   AttachmentList attachments;

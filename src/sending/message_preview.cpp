@@ -25,7 +25,8 @@ Result<Preview> WritePreview(const app::Folders& folders, const app::SettingsSto
   const std::string address = options->sender_address;
   const MessageTemplate message(document, std::move(*options), folders.temporary, clock, entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
-  Preview preview{folders.PreviewMessage(), {}};
+  Preview preview{folders.PreviewMessage(), ListPictures(message.pictures(), message.foreign_pictures()), {}};
+  for (const auto& picture : message.pictures()) preview.pictures.push_back(picture.file);
   for (const auto& trouble : message.picture_troubles()) preview.notes.push_back(Describe(trouble));
   if (document.format == compose::Format::kHtml) {
     const auto body = platform::ReplaceFile(folders.PreviewBody(), document.html);

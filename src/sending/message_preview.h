@@ -16,7 +16,8 @@ namespace quillcast::sending {
 
 struct Preview {
   std::filesystem::path file;      // Preview.eml in the temporary folder; for HTML, Preview.htm stands beside it
-  std::vector<std::string> notes;  // about pictures that could not be taken along
+  std::vector<std::string> notes;  // about pictures that could not be taken along, and those that go along
+  std::vector<std::filesystem::path> pictures;  // that go along
 };
 
 Result<Preview> WritePreview(const app::Folders& folders, const app::SettingsStore& settings,

@@ -42,18 +42,20 @@ MessageTemplate::MessageTemplate(const compose::MessageDocument& document, Messa
       layout_(options_.own_boundary_prefix),
       files_(scratch_folder) {
   RelatedPictures related;
-  if (document.format == compose::Format::kHtml && !options_.is_bare) {
-    related = TakePictures(document.html, document.base_folder, headers_.ContentIdSuffix());
+  if (TakesPictures(document, options_)) {
+    related = TakePictures(document, headers_.ContentIdSuffix());
     html_ = TextPart{
         TextPartHeaders("html", options_.charset),
         MergedBody(mime::EscapeInStyles(ForMerging(related.html), options_.charset), StyleOf(options_.charset, true))};
   }
   if (!html_ || options_.text_part) CompileText(ForMerging(document.PlainText()));
+  pictures_ = std::move(related.pictures);
   picture_troubles_ = std::move(related.troubles);
+  foreign_pictures_ = std::move(related.foreign);
   if (options_.is_bare) {
     CompileBare(document.attachments.paths());
   } else {
-    CompileParts(related.pictures, document.attachments.paths(), entropy);
+    CompileParts(document.attachments.paths(), entropy);
   }
 }
 
@@ -79,11 +81,10 @@ void MessageTemplate::CompileText(const std::string& text) {
 
 // What makes a boundary unique is chance, drawn here and seen by nobody before the first message is out; content that
 // was written earlier cannot hold it, encoded or not.
-void MessageTemplate::CompileParts(const std::vector<Picture>& pictures, const std::vector<std::string>& attachments,
-                                   platform::Entropy& entropy) {
+void MessageTemplate::CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy) {
   const std::string mixed = attachments.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
   const std::string alternative = html_ && !texts_.empty() ? mime::MakeBoundary(entropy.Next(), entropy.Next()) : "";
-  const std::string related = pictures.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
+  const std::string related = pictures_.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
 
   layout_.AddBytes("MIME-Version: 1.0\r\n");
   if (!mixed.empty()) layout_.BeginMultipart("mixed", mixed);
@@ -92,7 +93,7 @@ void MessageTemplate::CompileParts(const std::vector<Picture>& pictures, const s
   if (!alternative.empty()) layout_.NextPart(alternative);
   if (!related.empty()) layout_.BeginMultipart("related;\r\n type=\"text/html\"", related);
   if (html_) layout_.AddHtml();
-  for (const Picture& picture : pictures) {
+  for (const Picture& picture : pictures_) {
     layout_.NextPart(related);
     AddPicture(picture);
   }

@@ -38,6 +38,9 @@ class MessageTemplate {
   const std::optional<FileTrouble>& trouble() const { return trouble_; }
   // Local pictures that the HTML refers to and that could not be taken in; the reference stays as it is.
   const std::vector<PictureTrouble>& picture_troubles() const { return picture_troubles_; }
+  // Those that go along, and those that lie where the document may not take pictures from.
+  const std::vector<Picture>& pictures() const { return pictures_; }
+  const std::vector<ForeignPicture>& foreign_pictures() const { return foreign_pictures_; }
   // Which merge tags the message uses anywhere.
   std::bitset<compose::kMergeFields.size()> UsedFields() const;
   bool is_html() const { return html_.has_value(); }
@@ -59,8 +62,7 @@ class MessageTemplate {
 
   BodyStyle StyleOf(mime::Charset charset, bool is_html) const;
   void CompileText(const std::string& text);
-  void CompileParts(const std::vector<Picture>& pictures, const std::vector<std::string>& attachments,
-                    platform::Entropy& entropy);
+  void CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy);
   void CompileBare(const std::vector<std::string>& attachments);
   template <typename Take>
   void TakeFile(const Result<platform::UniqueFd>& fd, const Take& take);
@@ -85,7 +87,9 @@ class MessageTemplate {
   std::vector<FilePart> file_parts_;  // by the number of the file
   mutable EncodedFiles files_;        // grows where a server needs files without octets above 127
   std::optional<FileTrouble> trouble_;
+  std::vector<Picture> pictures_;
   std::vector<PictureTrouble> picture_troubles_;
+  std::vector<ForeignPicture> foreign_pictures_;
 };
 
 }  // namespace quillcast::sending

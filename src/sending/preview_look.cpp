@@ -64,6 +64,7 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
   auto& lines = look.troubles;
   if (const auto& trouble = (*message)->trouble()) lines.push_back(InOneLine(trouble->error));
   for (const auto& trouble : (*message)->picture_troubles()) lines.push_back(Describe(trouble));
+  look.pictures = ListPictures((*message)->pictures(), (*message)->foreign_pictures());
   if ((*message)->is_html() && !account->IsOn(AccountKey::kTextPart)) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }
@@ -77,6 +78,14 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
     look.size = fmt::format("A message is about {}.", platform::HumanSize(found->largest_message));
   }
   return look;
+}
+
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const app::SettingsStore& settings) {
+  const auto account = AccountSettings::Load(settings);
+  if (!account) return account.error();
+  const auto options = LoadMessageOptions(settings, *account);
+  if (!options) return options.error();
+  return TakesPictures(document, *options) ? TakePictures(document, {}) : RelatedPictures();
 }
 
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,

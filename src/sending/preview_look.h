@@ -9,6 +9,7 @@
 #include "compose/message_document.h"
 #include "platform/cancel.h"
 #include "recipients/recipient_store.h"
+#include "sending/related_pictures.h"
 
 namespace quillcast::sending {
 
@@ -28,12 +29,16 @@ Result<RecipientView> ViewFor(const compose::MessageDocument& document, const re
 
 struct MessageLook {
   std::vector<std::string> troubles;  // sentences
+  std::vector<std::string> pictures;  // what goes along, and what does not
   std::string size;                   // one too; empty where no message can be made
 };
 
 // A look over the message and the whole group.
 Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
                                 const recipients::RecipientGroup& group, const platform::CancelToken& cancel);
+
+// The pictures that go along as the account is now, and those to be asked about.
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const app::SettingsStore& settings);
 
 // Sends the message of that recipient to the account's own address: a sentence on what became of it.
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
 
@@ -18,6 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLookedAt = 512;
+constexpr std::size_t kMostListed = 20;
+constexpr std::size_t kMostNamed = 3;  // in a question
 
 // What is wrong with a path before it is opened; 0 for nothing.
 std::int32_t LookAtPath(const fs::path& file) {
@@ -29,20 +32,83 @@ std::int32_t LookAtPath(const fs::path& file) {
   return fs::is_regular_file(status) ? 0 : kBodyNoFile;
 }
 
+// Whether what was opened has this path: a folder on the way may have become a link to elsewhere meanwhile.
+bool IsStill(int fd, const fs::path& real) {
+  std::error_code failed;
+  const fs::path opened = fs::read_symlink(fmt::format("/proc/self/fd/{}", fd), failed);
+  return failed || opened == real;
+}
+
+enum class Look { kPicture, kForeign, kTrouble };
+
+struct Looked {
+  Look look = Look::kTrouble;
+  std::int32_t code = kBodyNotOpened;  // for kTrouble
+  Picture picture;
+};
+
 // Looks into it, or says why not. The file may have become another since its path was looked at; that is told as not
 // opened.
-std::int32_t LookInto(const fs::path& file, Picture& picture) {
-  if (const auto code = LookAtPath(file)) return code;
-  auto fd = platform::OpenForReading(file);
-  if (!fd) return kBodyNotOpened;
+Looked LookInto(const fs::path& file, const compose::PicturePlaces& places) {
+  if (const auto code = LookAtPath(file)) return {Look::kTrouble, code, {}};
+  std::error_code failed;
+  const fs::path real = fs::canonical(file, failed);
+  auto fd = platform::OpenForReading(real);
+  if (failed || !fd || !IsStill(fd->get(), real)) return {Look::kTrouble, kBodyNotOpened, {}};
   std::string start(kLookedAt, '\0');
   const auto got = platform::ReadSome(fd->get(), file, start.data(), start.size());
   struct stat status {};
-  if (!got || ::fstat(fd->get(), &status) != 0) return kBodyNotRead;
+  if (!got || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, kBodyNotRead, {}};
   const std::string_view type = mime::MediaTypeOf("", std::string_view(start).substr(0, *got));
-  if (!type.starts_with("image/")) return kBodyNotParsed;
-  picture = Picture{file, {}, std::string(type), status.st_dev, status.st_ino};
-  return 0;
+  if (!type.starts_with("image/")) return {Look::kTrouble, kBodyNotParsed, {}};
+  Picture picture{file,          {},           std::string(type), static_cast<std::uint64_t>(status.st_size),
+                  status.st_dev, status.st_ino};
+  return {places.Hold(real) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
+}
+
+// By its real name, once, so that the person sees what a link would give away.
+void AddForeign(const fs::path& file, const compose::PicturePlaces& places, std::vector<ForeignPicture>& foreign) {
+  std::error_code gone;
+  const fs::path real = fs::canonical(file, gone);
+  const bool is_new =
+      std::none_of(foreign.begin(), foreign.end(), [&](const auto& picture) { return picture.file == real; });
+  if (is_new) foreign.push_back({real, places.IsLeftOut(real)});
+}
+
+// Puts the file where it belongs in `result`; its Content-ID, or nothing for one that is not taken.
+std::string Take(const fs::path& file, const compose::PicturePlaces& places, std::string_view content_id_suffix,
+                 RelatedPictures& result) {
+  auto [look, code, picture] = LookInto(file, places);
+  switch (look) {
+    case Look::kTrouble:
+      result.troubles.push_back({file.string(), code});
+      return {};
+    case Look::kForeign:
+      AddForeign(file, places, result.foreign);
+      return {};
+    case Look::kPicture:
+      break;
+  }
+  picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);
+  result.pictures.push_back(std::move(picture));
+  return result.pictures.back().content_id;
+}
+
+std::string FirstOf(const std::vector<fs::path>& files) {
+  std::string names;
+  for (std::size_t i = 0; i < files.size() && i < kMostNamed; ++i) {
+    names += (i == 0 ? "" : ", ") + platform::Printable(files[i].string(), 300);
+  }
+  if (files.size() > kMostNamed) names += fmt::format(" and {} more", files.size() - kMostNamed);
+  return names;
+}
+
+template <typename Item>
+void AppendListed(std::vector<std::string>& lines, const std::vector<Item>& items, const char* rest) {
+  for (std::size_t i = 0; i < items.size() && i < kMostListed; ++i) lines.push_back(Describe(items[i]));
+  if (items.size() <= kMostListed) return;
+  const auto more = static_cast<std::int64_t>(items.size() - kMostListed);
+  lines.push_back(fmt::format(fmt::runtime(rest), platform::Counted(more, "more picture", "more pictures")));
 }
 
 }  // namespace
@@ -53,6 +119,17 @@ std::string Describe(const PictureTrouble& trouble) {
                            : trouble.code == kBodyNoFile  ? "is no file that can be taken along"
                                                           : "is no picture";
   return fmt::format("The picture {} {}.", platform::Printable(trouble.file, 300), what);
+}
+
+std::string Describe(const Picture& picture) {
+  return fmt::format("The picture {} goes along ({}).", platform::Printable(picture.file.string(), 300),
+                     platform::HumanSize(picture.size));
+}
+
+std::string Describe(const ForeignPicture& picture) {
+  return fmt::format("The picture {} lies outside the document's folder and {}.",
+                     platform::Printable(picture.file.string(), 300),
+                     picture.left_out ? "is left out" : "does not go along unless you allow it");
 }
 
 Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
@@ -66,30 +143,59 @@ Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
                "Send again."};
 }
 
-RelatedPictures TakePictures(std::string_view html, const fs::path& base_folder, std::string_view content_id_suffix) {
+RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix) {
+  const compose::PicturePlaces places = document.picture_places.WithOwnFolder(document.base_folder);
+  const fs::path base = document.base_folder.empty() ? fs::path("/") : document.base_folder;
   RelatedPictures result;
-  std::map<fs::path, std::string> content_ids;  // empty for a file that cannot be taken
+  std::map<fs::path, std::string> content_ids;  // empty for a file that is not taken
   std::vector<mime::PictureReference> taken;
   std::vector<std::string> replacements;
-  for (auto& reference : mime::FindLocalPictures(html)) {
-    const fs::path file = (base_folder / reference.path).lexically_normal();
+  for (auto& reference : mime::FindLocalPictures(document.html)) {
+    const fs::path file = (base / reference.path).lexically_normal();
     const auto [known, is_new] = content_ids.try_emplace(file);
-    if (is_new) {
-      Picture picture;
-      if (const auto code = LookInto(file, picture)) {
-        result.troubles.push_back({file.string(), code});
-      } else {
-        known->second = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);
-        picture.content_id = known->second;
-        result.pictures.push_back(std::move(picture));
-      }
-    }
+    if (is_new) known->second = Take(file, places, content_id_suffix, result);
     if (known->second.empty()) continue;
     replacements.push_back("cid:" + known->second);
     taken.push_back(std::move(reference));
   }
-  result.html = mime::RewriteReferences(html, taken, replacements);
+  result.html = mime::RewriteReferences(document.html, taken, replacements);
   return result;
+}
+
+bool TakesPictures(const compose::MessageDocument& document, const MessageOptions& options) {
+  return document.format == compose::Format::kHtml && !options.is_bare;
+}
+
+std::vector<std::string> ListPictures(const std::vector<Picture>& pictures,
+                                      const std::vector<ForeignPicture>& foreign) {
+  std::vector<std::string> lines;
+  AppendListed(lines, pictures, "And {} that go along.");
+  AppendListed(lines, foreign, "And {} from outside the document's folder.");
+  return lines;
+}
+
+std::vector<fs::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreign) {
+  std::vector<fs::path> files;
+  for (const auto& picture : foreign) {
+    if (!picture.left_out) files.push_back(picture.file);
+  }
+  return files;
+}
+
+std::string SumUp(const std::vector<Picture>& pictures) {
+  std::vector<fs::path> files;
+  for (const auto& picture : pictures) files.push_back(picture.file);
+  return fmt::format("{}: {}.", platform::Counted(std::ssize(files), "picture goes along", "pictures go along"),
+                     FirstOf(files));
+}
+
+std::string NameForeign(const std::vector<fs::path>& files) {
+  return fmt::format("The document names {} outside its own folder: {}.",
+                     platform::Counted(std::ssize(files), "picture", "pictures"), FirstOf(files));
+}
+
+std::string PictureQuestion(const std::vector<fs::path>& files) {
+  return NameForeign(files) + (files.size() == 1 ? " Shall it go along?" : " Shall they go along?");
 }
 
 }  // namespace quillcast::sending

@@ -1,4 +1,4 @@
-// The local pictures of an HTML body, taken along under Content-IDs.
+// The local pictures of an HTML body, taken along under Content-IDs, and those that nobody has allowed to be.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "compose/message_document.h"
 #include "platform/file.h"
 #include "platform/result.h"
+#include "sending/message_options.h"
 
 namespace quillcast::sending {
 
@@ -16,6 +18,7 @@ struct Picture {
   std::filesystem::path file;
   std::string content_id;  // without angle brackets
   std::string media_type;  // by its content
+  std::uint64_t size = 0;  // octets
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
 };
@@ -30,18 +33,43 @@ struct PictureTrouble {
   std::int32_t code;  // of loading the body, see send_status.h
 };
 
-// A sentence for the person.
+// Sentences for the person.
 std::string Describe(const PictureTrouble& trouble);
+std::string Describe(const Picture& picture);
+
+// A picture that lies where the document may not take pictures from (compose::PicturePlaces). Its reference stays.
+struct ForeignPicture {
+  std::filesystem::path file;  // links resolved
+  bool left_out = false;       // the person was asked, and said so
+};
+std::string Describe(const ForeignPicture& picture);
 
 struct RelatedPictures {
   std::string html;                      // with "cid:" references
   std::vector<Picture> pictures;         // each file once
   std::vector<PictureTrouble> troubles;  // each file once, in the order of the HTML
+  std::vector<ForeignPicture> foreign;   // also
 };
 
-// References are relative to `base_folder`. Only what is a picture by its content is taken: a page from elsewhere must
-// not be able to make a person send a file of theirs.
-RelatedPictures TakePictures(std::string_view html, const std::filesystem::path& base_folder,
-                             std::string_view content_id_suffix);
+// A page from elsewhere must not be able to make a person send a file of theirs: only what is a picture by its content
+// and lies where the document may take pictures from goes along. Only regular files are opened. References of a
+// document without a folder start from the root.
+RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix);
+
+// Whether the document's pictures go along at all.
+bool TakesPictures(const compose::MessageDocument& document, const MessageOptions& options);
+
+// What is to be told of them before anything goes out: those that go along, then those that do not, a sentence each; of
+// many, the first and how many more there are.
+std::vector<std::string> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign);
+
+// The same of those that go along in one sentence, for where there is little room.
+std::string SumUp(const std::vector<Picture>& pictures);
+
+// What the person has to be asked about before the message can go out.
+std::vector<std::filesystem::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreign);
+// Which they are, as a sentence, and with the question about them behind it.
+std::string NameForeign(const std::vector<std::filesystem::path>& files);
+std::string PictureQuestion(const std::vector<std::filesystem::path>& files);
 
 }  // namespace quillcast::sending

@@ -255,6 +255,44 @@ class BadInput(Case):
             self.assertEqual(sum(text.startswith("Error ") for text in report), 1)
             self.assertIn("also-missing.png", err)
 
+    def test_pictures_of_the_persons_own(self):
+        """A page from elsewhere names them; they go along when the person says so, and then alone."""
+        gif = b"GIF89a\x01\x00\x01\x00\x00\x00\x00;"
+        for name in ("page", "home", "other"):
+            (self.folder / name).mkdir()
+            self.write(f"{name}/{name}.gif", gif)
+        (self.folder / "page" / "link.gif").symlink_to(self.folder / "other" / "other.gif")
+        body = self.write("page/letter.html", f"<img src=page.gif><img src='{self.folder}/home/home.gif'><img src=link.gif>")
+        self.group("All", ["ada@r.example"])
+        box = self.mailbox()
+        self.account(box.port)
+        message = ("--group", "All", "--subject", "s", "--body", body)
+        home, other = self.folder / "home", self.folder / "other"
+        for options, code, names in (((), 77, None), (("--proof", "me@r.example", "--as", "ada@r.example"), 77, None),
+                                     (("--leave-pictures-out",), 0, ["page.gif"]),
+                                     (("--pictures-from", home), 77, None),
+                                     (("--pictures-from", home, "--leave-pictures-out"), 0, ["page.gif", "home.gif"]),
+                                     (("--pictures-from", home, "--pictures-from", other), 0,
+                                      ["page.gif", "home.gif", "link.gif"]),
+                                     (("--pictures-from", self.folder / "nowhere"), 64, None)):
+            with self.subTest(options=options):
+                before = len(box.messages())
+                status, _, err = self.run_program("--yes", "send", *message, *options)
+                self.assertEqual(status, code, err)
+                if status == 77:
+                    self.assertIn("--pictures-from DIR", err)
+                    self.assertIn(str(other / "other.gif"), err)
+                new = box.messages()[before:]
+                self.assertEqual(len(new), 0 if names is None else 1)
+                for _, content in new:
+                    parts = email.message_from_bytes(content, policy=email.policy.SMTP).walk()
+                    self.assertEqual([part.get_filename() for part in parts if part.get_filename()], names)
+                    self.assertEqual(err.count("goes along"), len(names))
+        status, _, err = self.run_program("--yes", "send", *message, "--dry-run")
+        self.assertEqual((status, err.count("does not go along")), (0, 2), err)
+        shown = json.loads(self.ok("--json", "preview", "--subject", "s", "--body", body, "--pictures-from", home))
+        self.assertEqual(shown["pictures"], [str(self.folder / "page" / "page.gif"), str(home / "home.gif")])
+
     def test_more_pictures_than_descriptors(self):
         """1,100 files under two names each, in a process that may have 256 files open."""
         gif = b"GIF89a\x01\x00\x01\x00\x00\x00\x00;"

@@ -197,8 +197,12 @@ TEST(DocumentPictures, GoAlongWhereTheyWouldBeLost) {
   const std::string html = "<img src='file://" + import.string() + "a%20b.png'><img src=\"" + import.string() +
                            "sub/a b.png\"><img src='../ImportBody/a%20b.png'><img src='../mine.png'><img src='" +
                            import.string() + "gone.png'><img src='" + folder.path().string() + "/ImportBodyX.png'>";
+  PicturePlaces places;
+  places.AllowFolder(import);
+  places = places.WithOwnFolder(folder / "letters");
   TakenPictures taken;
-  const auto saved = TakePicturesAlong(html, folder / "letters", import, folder / "letters" / "May 1.html", taken);
+  const auto saved =
+      TakePicturesAlong(html, folder / "letters", import, places, folder / "letters" / "May 1.html", taken);
   ASSERT_TRUE(saved);
   EXPECT_EQ(*saved,
             "<img src='May%201_files/a%20b.png'><img src=\"May%201_files/a%20b%20%282%29.png\"><img "
@@ -210,22 +214,77 @@ TEST(DocumentPictures, GoAlongWhereTheyWouldBeLost) {
   const std::string moved =
       "<img src='a.png'><img src='../mine.png'><img src='" + folder.path().string() + "/mine.png'><img src='gone.png'>";
   folder.Write("letters/a.png", "a");
-  EXPECT_EQ(*TakePicturesAlong(moved, folder / "letters", import, folder / "other" / "June.html", june),
-            "<img src='June_files/a.png'><img src='June_files/mine.png'><img src='" + folder.path().string() +
-                "/mine.png'><img src='gone.png'>");
+  EXPECT_EQ(*TakePicturesAlong(moved, folder / "letters", import, places, folder / "other" / "June.html", june),
+            "<img src='June_files/a.png'><img src='file://" + folder.path().string() + "/mine.png'><img src='" +
+                folder.path().string() + "/mine.png'><img src='gone.png'>");
+  EXPECT_FALSE(std::filesystem::exists(folder / "other/June_files/mine.png")) << "it would go along from there";
   EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a.png", 100), "a");
   // A picture that is there under the same name stays; a copy outlives its original.
   folder.Write("letters/a.png", "b");
   for (const bool is_there : {true, false}) {
-    EXPECT_EQ(*TakePicturesAlong("<img src='a.png'>", folder / "letters", import, folder / "other" / "June.html", june),
+    EXPECT_EQ(*TakePicturesAlong("<img src='a.png'>", folder / "letters", import, places,
+                                 folder / "other" / "June.html", june),
               "<img src='June_files/a%20%282%29.png'>");
     EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a.png", 100), "a");
     EXPECT_EQ(*platform::ReadFile(folder / "other/June_files/a (2).png", 100), "b");
     if (is_there) std::filesystem::remove(folder / "letters/a.png");
   }
-  EXPECT_EQ(*TakePicturesAlong(moved, "", import, folder / "other" / "June.html", june), moved);
-  const auto failed = TakePicturesAlong(html, folder / "letters", import, folder / "mine.png" / "x.html", taken);
+  EXPECT_EQ(*TakePicturesAlong(moved, "", import, places, folder / "other" / "June.html", june), moved);
+  const auto failed =
+      TakePicturesAlong(html, folder / "letters", import, places, folder / "mine.png" / "x.html", taken);
   EXPECT_FALSE(failed) << "no folder can be made there";
+}
+
+TEST(PicturePlaces, HoldWhatReallyLiesThere) {
+  const test::TemporaryFolder folder;
+  namespace fs = std::filesystem;
+  for (const char* file : {"page/a.png", "page/sub/b.png", "page2/c.png", "home/d.png", "home/e.png", "app/logo.png",
+                           "data/Pictures/p.png", "data/Templates/t.png", "data/ImportBody/i.png", "data/other.png"}) {
+    folder.Write(file, "x");
+  }
+  fs::create_symlink("../home/d.png", folder / "page/link.png");
+  fs::create_directory_symlink("../home", folder / "page/home");
+  fs::create_symlink("a.png", folder / "page/inner.png");
+  fs::create_directory_symlink("page", folder / "alias");
+  app::Folders folders;
+  folders.program = folder / "app";
+  folders.data = folder / "data" / "";
+  PicturePlaces places(folders);
+  struct Case {
+    const char* file;
+    bool held;
+  };
+  for (const char* own : {"page", "alias"}) {
+    const PicturePlaces of_document = places.WithOwnFolder(folder / own);
+    for (const Case& c : std::initializer_list<Case>{{"page/a.png", true},
+                                                     {"page/sub/b.png", true},
+                                                     {"page/inner.png", true},
+                                                     {"page/sub/../a.png", true},
+                                                     {"alias/a.png", true},
+                                                     {"page2/c.png", false},
+                                                     {"page/../home/d.png", false},
+                                                     {"page/link.png", false},
+                                                     {"page/home/d.png", false},
+                                                     {"page/missing.png", false},
+                                                     {"app/logo.png", true},
+                                                     {"data/Pictures/p.png", true},
+                                                     {"data/Templates/t.png", true},
+                                                     {"data/ImportBody/i.png", true},
+                                                     {"data/other.png", false}}) {
+      EXPECT_EQ(of_document.Hold(folder / c.file), c.held) << own << ' ' << c.file;
+    }
+  }
+  EXPECT_FALSE(places.Hold(folder / "page/a.png"));
+  EXPECT_FALSE(places.WithOwnFolder("/").Hold(folder / "page/a.png"));
+  EXPECT_FALSE(places.WithOwnFolder("").Hold(folder / "page/a.png"));
+  places.AllowFile(folder / "page/link.png");
+  EXPECT_TRUE(places.Hold(folder / "home/d.png"));
+  EXPECT_FALSE(places.Hold(folder / "home/e.png"));
+  fs::remove(folder / "page/link.png");
+  fs::create_symlink("../home/e.png", folder / "page/link.png");
+  EXPECT_FALSE(places.Hold(folder / "page/link.png")) << "it leads elsewhere than when it was allowed";
+  places.LeaveOut(folder / "home/e.png");
+  EXPECT_TRUE(places.IsLeftOut(folder / "page/link.png"));
 }
 
 TEST(BodySource, IsCutAtTheTagsThatAreTags) {

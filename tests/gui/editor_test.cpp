@@ -1,4 +1,7 @@
+#include <sys/stat.h>
+
 #include <QClipboard>
+#include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QImage>
@@ -55,6 +58,22 @@ class EditorTest : public QObject {
   void Load(const QString& inner, const QUrl& base = {}) {
     QVERIFY(editor_->SetHtml("<!DOCTYPE html><html><head></head><body>" + inner + "</body></html>", base));
     editor_->InputWidget()->setFocus();
+  }
+  void KeepPicturesIn(const QString& folder) {
+    editor_->SetPictureFolder(folder);
+    PicturePlaces places;
+    places.AllowFolder(folder.toStdString());
+    editor_->SetPicturePlaces(places);
+  }
+  void Drop(const QMimeData& data) {
+    auto* view = editor_->findChild<QWebEngineView*>();
+    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &enter);
+    QDragMoveEvent move(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &move);
+    QTest::qWait(100);  // the page hears of it by its own way
+    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &drop);
   }
   void SelectSecondWord() {
     Load("<p>one two three</p>");
@@ -281,13 +300,38 @@ class EditorTest : public QObject {
     QVERIFY(image.save(file));
     Load("<img src='a%20%26%20b.png'>", QUrl::fromLocalFile(folder.path() + '/'));
     QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    KeepPicturesIn(folder.filePath("Pictures"));
     Load("");
     QVERIFY(editor_->InsertPictures({file}));
     QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    QVERIFY(QFile::exists(folder.filePath("Pictures/a & b.png")));
     QCOMPARE(editor_->Evaluate("document.images[0].alt").toString(), QString("a & b"));
     QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
-    QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png")}));
-    QCOMPARE(trouble.size(), 1);
+    QCOMPARE(::mkfifo(folder.filePath("pipe.png").toUtf8().constData(), 0600), 0);
+    QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()}));
+    QCOMPARE(trouble.size(), 3);
+  }
+
+  void onlyAllowedPicturesShow() {
+    QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkpath("page") && QDir(folder.path()).mkpath("home"));
+    QImage image(20, 10, QImage::Format_RGB32);
+    QVERIFY(image.save(folder.filePath("page/own.png")) && image.save(folder.filePath("home/other.png")));
+    QVERIFY(QFile::link(folder.filePath("home/other.png"), folder.filePath("page/link.png")));
+    QCOMPARE(::mkfifo(folder.filePath("page/pipe.png").toUtf8().constData(), 0600), 0);
+    editor_->SetPicturePlaces({});
+    const auto widths = [this] {
+      return editor_->Evaluate("Array.from(document.images,i=>i.complete?i.naturalWidth:'?').join()").toString();
+    };
+    Load("<img src='../home/other.png'><img src='link.png'><img src='pipe.png'><img src='own.png'>",
+         QUrl::fromLocalFile(folder.filePath("page/")));
+    QTRY_COMPARE(widths(), QString("0,0,0,20"));
+    PicturePlaces places;
+    places.AllowFile(folder.filePath("home/other.png").toStdString());
+    editor_->SetPicturePlaces(places);
+    editor_->ReloadPictures();
+    QTRY_COMPARE(widths(), QString("20,20,0,20"));
+    QVERIFY(!editor_->IsModified());
   }
 
   void pastedPagesAreCleaned_data() {
@@ -300,7 +344,12 @@ class EditorTest : public QObject {
         << "<p><b>Hi</b> <b>you</b></p>";
     QTest::newRow("hostile") << "<img src=x.png onerror=alert(1)><a href='javascript:alert(2)'>a</a><script>1</script>"
                                 "<iframe src='https://example.org'></iframe><form><input></form>"
-                             << "<img><a>a</a>";
+                             << "<a>a</a>";
+    QTest::newRow("pictures") << "<img src='https://example.org/t.gif' alt='beach'> <img src='file:///home/a.png'>"
+                                 "<img src='data:image/gif;base64,R0lGODlh'><img src='x' srcset='file:///a.png'>"
+                                 "<p style='background:url(file:///a.png)' background='a.png'>x</p>"
+                                 "<a href='file:///home/a.png'>f</a>"
+                              << "beach <img src=\"data:image/gif;base64,R0lGODlh\"><p>x</p><a>f</a>";
     QTest::newRow("kept") << "<a href='https://example.org'>a</a><ul><li>1</li></ul><font color='#ff0000'>r</font>"
                           << "<a href=\"https://example.org\">a</a><ul><li>1</li></ul><font color=\"#ff0000\">r</font>";
   }
@@ -328,9 +377,26 @@ class EditorTest : public QObject {
     QVERIFY2(!Body().contains("<i>"), qPrintable(Body()));
   }
 
+  void whatIsDroppedIsCleanedToo() {
+    QTemporaryDir folder;
+    QImage image(20, 10, QImage::Format_RGB32);
+    QVERIFY(image.save(folder.filePath("own.png")));
+    Load("<p>x</p>", QUrl::fromLocalFile(folder.path() + '/'));
+    const QString own = QUrl::fromLocalFile(folder.filePath("own.png")).toString();
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QMimeData data;
+    data.setHtml("<form><b style='color:red'>y</b></form><img src='file:///etc/other.png'><img src='" + own +
+                 "'><img src='http://127.0.0.1:1/t.gif'>");
+    Drop(data);
+    QTRY_VERIFY(Body().contains("<b>y</b>"));
+    QCOMPARE(editor_->Evaluate("Array.from(document.images,i=>i.src).join()").toString(), own);
+    QVERIFY2(!Body().contains("color") && !Body().contains("form"), qPrintable(Body()));
+    QTRY_COMPARE(trouble.size(), 1);
+  }
+
   void pastedPicturesAreKept() {
     QTemporaryDir folder;
-    editor_->SetPictureFolder(folder.filePath("Pictures"));
+    KeepPicturesIn(folder.filePath("Pictures"));
     Load("");
     QImage image(7, 5, QImage::Format_RGB32);
     image.fill(Qt::blue);
@@ -495,11 +561,7 @@ class EditorTest : public QObject {
     Load("<p>x</p>");
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(folder.filePath("a.png"))});
-    auto* view = editor_->findChild<QWebEngineView*>();
-    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(view, &enter);
-    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(view, &drop);
+    Drop(data);
     QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
   }
 

@@ -412,6 +412,45 @@ class MainFormTest : public QObject {
     QVERIFY(platform::ReadFile(file, 1000)->find("again") == std::string::npos);
   }
 
+  void picturesFromElsewhereAreAskedAboutOnce() {
+    for (const bool take : {false, true}) {
+      Scene scene;
+      scene.rig.FillInAccount();
+      const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
+      scene.Open();
+      scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
+      scene.window->Dispatch(1);
+      QTRY_VERIFY(scene.Notice().contains(platform::PathToQt(home)));
+      scene.window->findChild<QPushButton*>(take ? "NoticeTakePicturesButton" : "NoticeLeavePicturesButton")->click();
+      QTRY_COMPARE(scene.Notice(), QString());
+      QVERIFY(!scene.Editor().IsModified());
+      scene.window->skip_save_prompt = true;
+      scene.window->close();
+    }
+  }
+
+  void thePreviewListsPicturesAndAsksAboutOthers() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    rig.AddGroup("Customers", {"bob@example.net"});
+    compose::MessageDocument document;
+    document.html = "<img src='own.gif'><img src='../home/private.gif'>";
+    document.base_folder = rig.folder.Write("page/own.gif", "GIF89a\x01").parent_path();
+    const QString home = platform::PathToQt(rig.folder.Write("home/private.gif", "GIF89a\x01"));
+    PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+    form.show();
+    const auto says = [&](const QString& words) {
+      return !form.findChild<QListWidget*>("FindingsList")->findItems(words, Qt::MatchContains).isEmpty();
+    };
+    const auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
+    QTRY_VERIFY(says("own.gif goes along") && says(home + " lies outside"));
+    QVERIFY(!send->isEnabled());
+    form.findChild<QPushButton*>("TakePicturesButton")->click();
+    QTRY_VERIFY(says("private.gif goes along"));
+    QTRY_VERIFY(send->isEnabled());
+    QVERIFY(form.picture_places().Hold(rig.folder / "home/private.gif"));
+  }
+
   void closingCleansUpAndTheFlagAsksNothing() {
     Scene scene;
     scene.Open();

@@ -186,10 +186,40 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Arrived(), std::size_t{9});
   }
 
+  void aQuestionAboutPicturesHoldsTheButton() {
+    for (const bool take : {false, true}) {
+      Scene scene({"a@example.org"});
+      scene.form->close();
+      const std::string gif = "GIF89a\x01";
+      const auto home = scene.rig.folder.Write("home/private.gif", gif);
+      SendJob job;
+      job.document.html = "<img src=own.gif><img src='../home/private.gif'>";
+      job.document.base_folder = scene.rig.folder.Write("page/own.gif", gif).parent_path();
+      job.group = **scene.rig.Store().FindGroup("Customers");
+      job.recipients = 1;
+      scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+      scene.form->show();
+      scene.Press("SendButton");  // before it is known
+      QTRY_VERIFY(scene.Text("PicturesLabel").contains(platform::PathToQt(home)));
+      QVERIFY(scene.Text("PicturesLabel").contains("own.gif"));
+      QVERIFY(!scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
+      QTest::qWait(50);
+      QCOMPARE(scene.Arrived(), 0U);
+      scene.Press(take ? "TakePicturesButton" : "LeavePicturesButton");
+      QTRY_VERIFY(scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
+      scene.Press("SendButton");
+      QTRY_COMPARE(scene.Caption(), QString("Close"));
+      const auto message = platform::ReadFile(scene.rig.folder.path() / "Mailbox" / "000001.eml", 100000);
+      QVERIFY(message);
+      QVERIFY(message->find("own.gif") != std::string::npos);
+      QCOMPARE(message->find("filename=\"private.gif\"") != std::string::npos, take);
+    }
+  }
+
   void closingAsksWhileItRuns() {
     Scene scene(20000);
     scene.Press("SendButton");
-    QCOMPARE(scene.Caption(), QString("Cancel"));
+    QTRY_COMPARE(scene.Caption(), QString("Cancel"));
     scene.form->close();
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
     QVERIFY(scene.form->isVisible());

@@ -316,10 +316,41 @@ TEST_F(Messages, TellWhatBecameOfEachPicture) {
   for (const auto& [reference, code] :
        {Case{"p.gif", 0}, Case{"missing.gif", 1}, Case{"folder", 2}, Case{"pipe", 3}, Case{"/dev/null", 3},
         Case{too_long + ".gif", 3}, Case{"text.gif", 101}, Case{"https://example.org/p.gif", 0}}) {
-    const auto taken = TakePictures("<img src='" + reference + "'><img src='" + reference + "'>", folder_.path(), "x");
+    const auto taken = TakePictures(Plain("<img src='" + reference + "'><img src='" + reference + "'>").document, "x");
     ASSERT_EQ(taken.troubles.size(), code == 0 ? 0U : 1U) << reference;
     EXPECT_TRUE(code == 0 || taken.troubles[0].code == code) << reference;
     EXPECT_EQ(taken.pictures.size(), reference == "p.gif" ? 1U : 0U);
+  }
+}
+
+TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
+  const std::string home = File("home/private photo.gif", kPicture);
+  File("page/own.gif", kPicture);
+  std::filesystem::create_symlink(home, folder_ / "page/link.gif");
+  Letter letter = Plain("");
+  letter.document.base_folder = folder_ / "page";
+  for (const char* const written :
+       {"<img src='../home/private photo.gif'>", "<img src='..\\home\\private%20photo.gif'>", "<img src='link.gif'>",
+        "<img src='sub/../../home/private%20photo.gif'>", "<img src='HOME'>", "<img src='file://HOME'>",
+        "<img src='FILE://localhost/HOME'>", "<!--[if mso]><v:image src='HOME'><![endif]-->",
+        "<div style=\"display:none;background:url('../home/pri\\76 ate photo.gif')\">x</div>",
+        "<style>p{background:url(../home/private%20photo.gif)}</style>",
+        "<img srcset='../home/private%20photo.gif 2x'>", "<base href='../home/'><img src='private photo.gif'>"}) {
+    const std::string html = "<img src=own.gif>" + platform::ReplaceAll(written, "HOME", home);
+    letter.document.html = html;
+    letter.document.picture_places = {};
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 1U) << html;
+    ASSERT_EQ(PicturesToAskFor(template_->foreign_pictures()), std::vector<std::filesystem::path>{home}) << html;
+    Render("Bob");
+    EXPECT_EQ(Wire().find("picture2."), std::string::npos) << html;
+    letter.document.picture_places.LeaveOut(home);
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 1U) << html;
+    EXPECT_TRUE(PicturesToAskFor(template_->foreign_pictures()).empty()) << html;
+    letter.document.picture_places.AllowFile(home);
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 2U) << html;
   }
 }
 

@@ -25,9 +25,11 @@
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
 #include "platform/text.h"
+#include "platform/ui/background_task.h"
 #include "platform/ui/keep_on_screen.h"
 #include "platform/ui/qt_text.h"
 #include "sending/account_settings.h"
+#include "sending/preview_look.h"
 
 namespace quillcast::app {
 namespace {
@@ -57,6 +59,7 @@ MainForm::MainForm(const Program& program)
                                                           [this](compose::Draft& draft) { header_->Collect(draft); })),
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
+      picture_task_(new platform::BackgroundTask(this)),
       arrivals_(new QTimer(this)),
       first_panel_(new QLabel(this)) {
   BuildWindow();
@@ -73,7 +76,7 @@ void MainForm::BuildWindow() {
   const PixelSize smallest = MinWinSize(GetWinVer(RunningSystem()));
   setMinimumSize(smallest.width, smallest.height);
   editor_->setObjectName("Editor");
-  editor_->SetPictureFolder(platform::PathToQt(program_.folders.data / "Pictures"));
+  editor_->SetPictureFolder(platform::PathToQt(program_.folders.Pictures()));
   source_->setObjectName("SourceTextBox");
   source_->setAccessibleName(tr("HTML source"));
   source_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
@@ -177,6 +180,7 @@ void MainForm::LoadDocument() {
 void MainForm::StartNew() {
   const auto contents = LoadMainWindow(program_.settings, {});
   Tell(document_->StartNew(contents ? contents->signature_html.value_or("") : ""));
+  LookForPictures();
 }
 
 void MainForm::NewMessage() {
@@ -198,6 +202,7 @@ void MainForm::RestoreDraft() {
   const auto draft = document_->Recover();
   if (draft) {
     header_->Show(*draft);
+    LookForPictures();
   } else {
     Tell(draft.error());
   }
@@ -294,8 +299,50 @@ void MainForm::closeEvent(QCloseEvent* event) {
   }
 }
 
+// What the document names outside its folder is neither shown nor sent until the person was asked. A failure is that of
+// the settings, which whoever sends will hear of.
+void MainForm::LookForPictures() {
+  compose::MessageDocument document;
+  document.html = platform::FromQt(editor_->Html());
+  document.base_folder = document_->BaseFolder();
+  document.picture_places = document_->picture_places();
+  picture_task_->Start([this, document = std::move(document)](const platform::CancelToken&) {
+    const auto pictures = sending::LookForPictures(document, program_.settings);
+    auto files = pictures ? sending::PicturesToAskFor(pictures->foreign) : std::vector<std::filesystem::path>();
+    return [this, files = std::move(files)] {
+      if (files == asked_pictures_) return;
+      asked_pictures_ = files;
+      ShowNotices();
+    };
+  });
+}
+
+void MainForm::AnswerForPictures(bool take) {
+  compose::PicturePlaces places = document_->picture_places();
+  for (const auto& file : asked_pictures_) {
+    if (take) {
+      places.AllowFile(file);
+    } else {
+      places.LeaveOut(file);
+    }
+  }
+  TakePictureAnswers(places);
+}
+
+void MainForm::TakePictureAnswers(const compose::PicturePlaces& places) {
+  if (places == document_->picture_places()) return;
+  document_->SetPicturePlaces(places);
+  LookForPictures();
+}
+
 // What a new user needs to hear first; one thing at a time.
 void MainForm::ShowNotices() {
+  if (!asked_pictures_.empty()) {
+    notice_->Show(ToQt(sending::PictureQuestion(asked_pictures_)),
+                  {{tr("Take them along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }},
+                   {tr("Leave them out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }}});
+    return;
+  }
   const compose::Drafts& drafts = document_->drafts();
   if (drafts.AreOffered()) {
     const QString subject = ToQt(platform::Printable(drafts.OfferedSubject(), kLongestShown));

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QMainWindow>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "app/command_table.h"
 #include "app/program.h"
@@ -14,6 +16,10 @@ class QLabel;
 class QPlainTextEdit;
 class QStackedWidget;
 class QTimer;
+
+namespace quillcast::platform {
+class BackgroundTask;
+}
 
 namespace quillcast::compose {
 class EditorDocument;
@@ -105,6 +111,9 @@ class MainForm final : public QMainWindow {
   void ShowHelp();
   void FocusOn(const QString& control);
 
+  void LookForPictures();
+  void AnswerForPictures(bool take);
+  void TakePictureAnswers(const compose::PicturePlaces& places);
   void ShowNotices();
   void BeginPractice();
   void ShowSender();
@@ -127,6 +136,8 @@ class MainForm final : public QMainWindow {
   std::unique_ptr<compose::EditorDocument> document_;
   GroupsMenu* groups_;
   PracticeMailbox* practice_;
+  platform::BackgroundTask* picture_task_;
+  std::vector<std::filesystem::path> asked_pictures_;  // that the document names outside its folder
   int arrived_ = 0;
   QTimer* arrivals_;  // tells of them a few times a second
   QLabel* first_panel_;

@@ -186,6 +186,7 @@ compose::MessageDocument MainForm::Document() {
   header_->Collect(document);
   document.html = FromQt(editor_->Html());
   document.base_folder = document_->BaseFolder();
+  document.picture_places = document_->picture_places();
   return document;
 }
 
@@ -210,6 +211,7 @@ void MainForm::Open() {
   const auto file = compose::PickDocumentToOpen(*document_, program_.prompts);
   if (!file) Say(ToQt(InOneLine(file.error())));
   if (file && !file->empty()) Tell(document_->Open(*file));
+  LookForPictures();
   editor_->setFocus();
 }
 
@@ -313,6 +315,7 @@ void MainForm::LeaveSource() {
   if (body_->currentWidget() != source_) return;
   if (SourceWasEdited()) {
     editor_->SetHtml(SourceText(), editor_->base(), true);
+    LookForPictures();
   }
   body_->setCurrentWidget(editor_);
   editor_->setFocus();
@@ -344,9 +347,10 @@ void MainForm::PreviewInside() {
     return;
   }
   const bool is_there = group && *group;
-  PreviewForm(program_, Document(), is_there ? **group : recipients::RecipientGroup(),
-              is_there ? recipients::GroupCount(store, name) : 0, editor_->base(), this)
-      .exec();
+  PreviewForm form(program_, Document(), is_there ? **group : recipients::RecipientGroup(),
+                   is_there ? recipients::GroupCount(store, name) : 0, editor_->base(), this);
+  form.exec();
+  TakePictureAnswers(form.picture_places());
 }
 
 void MainForm::Send() {
@@ -376,6 +380,7 @@ void MainForm::Send() {
   sending::SendMailForm1 form(program_, {std::move(document), **group, *count, practice_->Serves()}, this);
   form.skip_save_prompt = [this](bool skip) { skip_save_prompt = skip; };
   form.exec();
+  TakePictureAnswers(form.picture_places());
   if (!form.refusal().isEmpty()) Say(form.refusal());
   if (form.shuts_down()) close();
 }

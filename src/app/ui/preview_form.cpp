@@ -20,6 +20,7 @@
 #include "platform/ui/first_key.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_text.h"
+#include "sending/ui/pictures_panel.h"
 
 namespace quillcast::app {
 namespace {
@@ -49,10 +50,17 @@ PreviewForm::PreviewForm(const Program& program, compose::MessageDocument docume
       page_(new compose::HtmlEditor(this)),
       text_(new QPlainTextEdit(this)),
       findings_(new QListWidget(this)),
+      pictures_(new sending::PicturesPanel(program.settings, this)),
       send_(new QPushButton(platform::Icon("send"), tr("Send this one to &myself"), this)),
       status_(new QLabel(this)) {
   BuildWindow();
   page_->SetReadOnly(true);
+  page_->SetPicturePlaces(document_.picture_places);
+  connect(pictures_, &sending::PicturesPanel::Known, this,
+          [this](bool settled) { send_->setEnabled(settled && recipients_ > 0); });
+  connect(pictures_, &sending::PicturesPanel::Answered, this, &PreviewForm::TakeAnswer);
+  send_->setEnabled(false);
+  pictures_->LookAt(document_);
   connect(position_, &QSpinBox::valueChanged, pause_, qOverload<>(&QTimer::start));
   connect(pause_, &QTimer::timeout, this, &PreviewForm::ShowRecipient);
   connect(send_, &QPushButton::clicked, this, &PreviewForm::SendToMyself);
@@ -94,7 +102,6 @@ void PreviewForm::BuildWindow() {
   status_->setTextFormat(Qt::PlainText);
   status_->setWordWrap(true);
   send_->setObjectName("SendToMyselfButton");
-  send_->setEnabled(recipients_ > 0);
 
   auto* desktop = new QRadioButton(tr("&Desktop"), this);
   auto* phone = new QRadioButton(tr("&Phone"), this);
@@ -137,6 +144,7 @@ void PreviewForm::BuildWindow() {
   column->addWidget(subject_);
   column->addWidget(tabs, 1);
   column->addWidget(findings_);
+  column->addWidget(pictures_);
   column->addLayout(below);
 }
 
@@ -155,9 +163,17 @@ void PreviewForm::LookOver() {
       const sending::MessageLook& look = **found;
       for (const auto& line : look.troubles) findings_->addItem(ToQt(line));
       if (look.troubles.empty()) findings_->addItem(tr("Nothing was found that looks wrong."));
+      for (const auto& line : look.pictures) findings_->addItem(ToQt(line));
       if (!look.size.empty()) findings_->addItem(ToQt(look.size));
     };
   });
+}
+
+void PreviewForm::TakeAnswer(const compose::PicturePlaces& places) {
+  document_.picture_places = places;
+  page_->SetPicturePlaces(places);
+  page_->ReloadPictures();
+  LookOver();
 }
 
 void PreviewForm::ShowRecipient() {

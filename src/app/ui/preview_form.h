@@ -20,18 +20,26 @@ class QTimer;
 namespace quillcast::compose {
 class HtmlEditor;
 }
+namespace quillcast::sending {
+class PicturesPanel;
+}
 
 namespace quillcast::app {
 
+// The pictures from other folders that the document names can be answered for here too.
 class PreviewForm final : public QDialog {
   Q_OBJECT
  public:
   PreviewForm(const Program& program, compose::MessageDocument document, recipients::RecipientGroup group,
               std::int64_t recipients, QUrl base, QWidget* parent);
 
+  // With what the person answered about pictures.
+  const compose::PicturePlaces& picture_places() const { return document_.picture_places; }
+
  private:
   void BuildWindow();
   void LookOver();
+  void TakeAnswer(const compose::PicturePlaces& places);
   void ShowRecipient();
   void Put(const Result<sending::RecipientView>& view);
   void SendToMyself();
@@ -52,6 +60,7 @@ class PreviewForm final : public QDialog {
   compose::HtmlEditor* page_;
   QPlainTextEdit* text_;
   QListWidget* findings_;
+  sending::PicturesPanel* pictures_;
   QPushButton* send_;
   QLabel* status_;
 };

@@ -114,12 +114,14 @@
   const kKept = new Set(['P', 'BR', 'B', 'STRONG', 'I', 'EM', 'U', 'S', 'STRIKE', 'A', 'UL', 'OL', 'LI', 'H1', 'H2', 'H3',
     'H4', 'H5', 'H6', 'BLOCKQUOTE', 'PRE', 'CODE', 'TABLE', 'THEAD', 'TBODY', 'TFOOT', 'TR', 'TD', 'TH', 'IMG', 'HR',
     'SUB', 'SUP', 'FONT', 'DIV', 'SPAN', 'CENTER', 'CAPTION']);
-  const kDropped = 'script,style,meta,link,title,head,xml,object,embed,iframe,frame,form,input,button,select,textarea,svg,base';
+  const kDropped = 'script,style,meta,link,title,head,xml,object,embed,iframe,frame,input,button,select,textarea,svg,base';
   const kAttributes = new Set(['href', 'src', 'alt', 'width', 'height', 'align', 'border', 'cellpadding', 'cellspacing',
     'colspan', 'rowspan', 'color', 'face', 'size', 'start', 'type', 'dir', 'bgcolor', 'valign']);
+  const kLinks = /^\s*(https?|mailto|ftp|tel|\$\*Merge)/i;
+  const kOwnPictures = /^\s*(data:image|\$\*Merge)/i;
   const unwrap = element => element.replaceWith(...element.childNodes);
-  quill.clean = html => {
-    const parsed = new DOMParser().parseFromString(html, 'text/html');
+  // `allowed` are the addresses of files whose pictures may stay. Gives how many pictures did not.
+  const cleanTree = (parsed, allowed) => {
     parsed.querySelectorAll(kDropped).forEach(element => element.remove());
     const comments = parsed.createNodeIterator(parsed.body, NodeFilter.SHOW_COMMENT);
     for (let comment; (comment = comments.nextNode());) comment.remove();
@@ -128,8 +130,9 @@
       const weight = style && (style.fontWeight === 'bold' || Number(style.fontWeight) >= 600);
       const slanted = style && style.fontStyle === 'italic';
       Array.from(element.attributes).forEach(a => {
-        const address = (a.name === 'href' || a.name === 'src') && !/^\s*(https?|mailto|ftp|tel|file|data:image|\$\*Merge)/i.test(a.value);
-        if (!kAttributes.has(a.name) || address) element.removeAttribute(a.name);
+        const stays = a.name === 'href' ? kLinks.test(a.value) :
+          a.name === 'src' ? kOwnPictures.test(a.value) || allowed.includes(a.value) : kAttributes.has(a.name);
+        if (!stays) element.removeAttribute(a.name);
       });
       if (element.tagName === 'SPAN' || !kKept.has(element.tagName)) {
         if (weight) element.innerHTML = '<b>' + element.innerHTML + '</b>';
@@ -137,7 +140,26 @@
         unwrap(element);
       }
     });
+    const dropped = parsed.body.querySelectorAll('img:not([src])');
+    dropped.forEach(picture => picture.replaceWith(picture.alt));
+    return dropped.length;
+  };
+  quill.clean = (html, allowed = []) => {
+    const parsed = new DOMParser().parseFromString(html, 'text/html');
+    cleanTree(parsed, allowed);
     return parsed.body.innerHTML.trim();
+  };
+  // What comes from elsewhere, pasted or dropped. Which files it may name, the program decides.
+  const insertForeign = html => {
+    const parsed = new DOMParser().parseFromString(html, 'text/html');
+    const put = allowed => {
+      const dropped = cleanTree(parsed, allowed);
+      quill.insert(parsed.body.innerHTML.trim());
+      if (dropped && bridge) bridge.picturesDropped();
+    };
+    const files = Array.from(parsed.querySelectorAll('img[src]'), picture => picture.getAttribute('src'))
+      .filter(address => /^\s*file:/i.test(address));
+    if (files.length && bridge) bridge.allowedPictures(files, put); else put([]);
   };
   document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(); }, true);
   document.addEventListener('paste', event => {
@@ -145,11 +167,27 @@
     const html = data && data.getData('text/html');
     if (html) {
       event.preventDefault();
-      quill.insert(quill.clean(html));
+      insertForeign(html);
     } else if (data && !data.getData('text/plain') && data.files.length && bridge) {
       event.preventDefault();
       bridge.picturePasted();
     }
+  });
+
+  // What is dragged within the document moves as it is. No mouse moves while something is dragged.
+  let dragsOwn = false;
+  document.addEventListener('dragstart', () => { dragsOwn = true; });
+  ['dragend', 'mousemove'].forEach(name => document.addEventListener(name, () => { dragsOwn = false; }));
+  document.addEventListener('drop', event => {
+    const html = !dragsOwn && event.dataTransfer && event.dataTransfer.getData('text/html');
+    if (!html) return;
+    event.preventDefault();
+    const place = document.caretRangeFromPoint(event.clientX, event.clientY);
+    if (place) {
+      document.getSelection().removeAllRanges();
+      document.getSelection().addRange(place);
+    }
+    insertForeign(html);
   });
 
   // Marks the merge tags without a change to the document: boxes that lie over it, beside the body, in a tree of their
@@ -193,12 +231,20 @@
   window.addEventListener('resize', () => quill.mark());
   document.addEventListener('load', () => quill.mark(), true);  // a picture has come and moved the text
 
-  const observer = new MutationObserver(() => {
+  const notice = () => {
     ++edits;
     if (bridge) bridge.changed();
-  });
+  };
+  const observer = new MutationObserver(notice);
   const observe = () =>
     observer.observe(document, { subtree: true, childList: true, characterData: true, attributes: true });
+  // Asks for them anew, for other ones may be shown now. No change to the document.
+  quill.reloadPictures = () => {
+    if (observer.takeRecords().length) notice();
+    observer.disconnect();
+    document.querySelectorAll('img[src]').forEach(picture => { picture.src = picture.getAttribute('src'); });
+    observe();
+  };
   quill.load = source => {  // nothing that a parsed document holds is run
     observer.disconnect();
     const parsed = new DOMParser().parseFromString(source, 'text/html');

@@ -45,6 +45,12 @@ fs::path EditorDocument::BaseFolder() const {
   return base == base.root_path() ? fs::path() : base;  // the root is that of a document that came from nowhere
 }
 
+void EditorDocument::SetPicturePlaces(const PicturePlaces& places) {
+  picture_places_ = places;
+  editor_.SetPicturePlaces(places);
+  editor_.ReloadPictures();
+}
+
 Result<void> EditorDocument::KeepFields() const {
   Draft draft{.is_changed = is_changed_, .file = file_};
   draft.document.html = seen_;
@@ -76,6 +82,8 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
   taken_.clear();
   seen_ = html;
   is_changed_ = modified;
+  picture_places_ = PicturePlaces(folders_);
+  editor_.SetPicturePlaces(picture_places_);
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(platform::PathToQt(folder) + '/');
   if (editor_.SetHtml(platform::ToQt(html), base, modified)) return {};
   return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
@@ -108,7 +116,8 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const std::string html = platform::FromQt(editor_.Html());
   if (file != file_) taken_.clear();
-  const auto saved = TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(), file, taken_);
+  const auto saved = TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(),
+                                       picture_places_.WithOwnFolder(BaseFolder()), file, taken_);
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);

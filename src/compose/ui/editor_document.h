@@ -29,6 +29,10 @@ class EditorDocument final : public app::EditedDocument {
   // Where relative references start from, also after it was saved elsewhere; empty for a document that came from
   // nowhere.
   std::filesystem::path BaseFolder() const;
+  // Where its pictures may come from besides that folder, and what the person answered about others. A document that
+  // takes its place starts without answers.
+  const PicturePlaces& picture_places() const { return picture_places_; }
+  void SetPicturePlaces(const PicturePlaces& places);
   // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
   // of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
@@ -60,6 +64,7 @@ class EditorDocument final : public app::EditedDocument {
   std::string seen_;  // the body a second after its last change
   bool is_changed_ = false;
   std::filesystem::path file_;
+  PicturePlaces picture_places_;
   TakenPictures taken_;           // beside that file
   std::optional<BodyFile> read_;  // as it stands in the file, until it is saved anew
 };

@@ -7,25 +7,36 @@
 #include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 #include <QWebEngineUrlRequestInterceptor>
+#include <filesystem>
 
 #include "platform/ui/dropped_files.h"
+#include "platform/ui/qt_text.h"
 
 namespace quillcast::compose {
 namespace {
 
+// A file's host is another machine's: "file://server/share" would reach out. A pipe or a device is never opened.
+bool MayShow(const QUrl& address, const PicturePlaces& places) {
+  if (address.scheme() != u"file" || !address.host().isEmpty()) return false;
+  const std::filesystem::path file = platform::PathFromQt(address.toLocalFile());
+  std::error_code failed;
+  return std::filesystem::is_regular_file(file, failed) && places.Hold(file);
+}
+
 class LocalOnly final : public QWebEngineUrlRequestInterceptor {
  public:
-  using QWebEngineUrlRequestInterceptor::QWebEngineUrlRequestInterceptor;
+  LocalOnly(const PicturePlaces& places, QObject* parent) : QWebEngineUrlRequestInterceptor(parent), places_(places) {}
   void interceptRequest(QWebEngineUrlRequestInfo& info) override {
     using Info = QWebEngineUrlRequestInfo;
     const QString scheme = info.requestUrl().scheme();
     const bool is_page = info.resourceType() == Info::ResourceTypeMainFrame && scheme == u"data";
     const bool is_embedded =
         info.resourceType() == Info::ResourceTypeImage || info.resourceType() == Info::ResourceTypeStylesheet;
-    // A file's host is another machine's: "file://server/share" would reach out.
-    const bool is_local = scheme == u"data" || (scheme == u"file" && info.requestUrl().host().isEmpty());
-    info.block(!is_page && !(is_embedded && is_local));
+    info.block(!is_page && !(is_embedded && (scheme == u"data" || MayShow(info.requestUrl(), places_))));
   }
+
+ private:
+  const PicturePlaces& places_;
 };
 
 QString EditingScript() {
@@ -39,9 +50,17 @@ QString EditingScript() {
 
 }  // namespace
 
-EditorPage::EditorPage(QWebEngineProfile* profile, EditorBridge* bridge, QObject* parent)
+QStringList EditorBridge::allowedPictures(const QStringList& addresses) const {
+  QStringList allowed;
+  for (const QString& address : addresses) {
+    if (MayShow(QUrl(address.trimmed()), places_)) allowed << address;
+  }
+  return allowed;
+}
+
+EditorPage::EditorPage(QWebEngineProfile* profile, const PicturePlaces& places, EditorBridge* bridge, QObject* parent)
     : QWebEnginePage(profile, parent) {
-  setUrlRequestInterceptor(new LocalOnly(this));
+  setUrlRequestInterceptor(new LocalOnly(places, this));
   // Stops the scripts of the document; those of our own world run all the same.
   settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
   settings()->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);

@@ -7,6 +7,8 @@
 #include <QDateTime>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QImageReader>
@@ -27,8 +29,10 @@
 #include <memory>
 #include <utility>
 
+#include "compose/document_pictures.h"
 #include "compose/merge_fields.h"
 #include "compose/ui/editor_page.h"
+#include "platform/file.h"
 #include "platform/ui/qt_text.h"
 
 namespace quillcast::compose {
@@ -116,7 +120,7 @@ HtmlEditor::HtmlEditor(QWidget* parent)
 void HtmlEditor::Start() {
   profile_ = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
   CheckSpelling(*profile_);
-  bridge_ = new EditorBridge(this);
+  bridge_ = new EditorBridge(places_, this);
   view_ = new EditorView(this);
   view_->setAccessibleName(tr("Message body"));
   view_->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -130,13 +134,16 @@ void HtmlEditor::Start() {
   setFocusProxy(view_);
   connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
   connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
+    emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
+  });
   connect(bridge_, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
 }
 
 // A page whose process ended is not used again: its next one need not get the editing script.
 void HtmlEditor::MakePage() {
   const EditorPage* const before = page_;
-  page_ = new EditorPage(profile_, bridge_, view_);
+  page_ = new EditorPage(profile_, places_, bridge_, view_);
   view_->setPage(page_);
   delete before;
   alive_ = true;
@@ -196,6 +203,7 @@ bool HtmlEditor::Load(const Document& document) {
   source_ = last_seen_ = document.source;
   cut_ = CutAtBody(platform::FromQt(source_));
   base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
+  places_ = given_places_.WithOwnFolder(platform::PathFromQt(base_.toLocalFile()));
   SetModified(document.modified);
   QEventLoop loop;
   bool loaded = false;
@@ -321,22 +329,46 @@ bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
   return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
 }
 
+void HtmlEditor::SetPicturePlaces(const PicturePlaces& places) {
+  given_places_ = places;
+  places_ = given_places_.WithOwnFolder(platform::PathFromQt(base_.toLocalFile()));
+}
+
+void HtmlEditor::ReloadPictures() {
+  if (!loading_) Evaluate("quill.reloadPictures()");
+}
+
+// What it is in HTML; nothing for what is no picture, or no ordinary file, or cannot be kept.
+QString HtmlEditor::PictureElement(const QString& file) {
+  const auto fd = platform::OpenForReading(platform::PathFromQt(file));  // a pipe would keep a reader waiting
+  QFile opened;
+  if (fd) opened.open(fd->get(), QIODevice::ReadOnly);
+  QImageReader reader(&opened);
+  reader.setDecideFormatFromContent(true);
+  const QSize size = reader.size();
+  if (!fd || !reader.canRead()) {
+    emit Trouble(tr("%1 is no picture that can be shown in a message.").arg(QDir::toNativeSeparators(file)));
+    return {};
+  }
+  QString kept = file;
+  if (!picture_folder_.isEmpty()) {
+    const auto copy = KeepPicture(platform::PathFromQt(file), platform::PathFromQt(picture_folder_));
+    if (!copy) {
+      emit Trouble(platform::ToQt(InOneLine(copy.error())));
+      return {};
+    }
+    kept = platform::PathToQt(*copy);
+  }
+  QString element = QString("<img src=\"%1\" alt=\"%2\"")
+                        .arg(QString::fromLatin1(QUrl::fromLocalFile(kept).toEncoded()).toHtmlEscaped(),
+                             QFileInfo(file).completeBaseName().toHtmlEscaped());
+  if (size.isValid()) element += QString(" width=\"%1\" height=\"%2\"").arg(size.width()).arg(size.height());
+  return element + '>';
+}
+
 bool HtmlEditor::InsertPictures(const QStringList& files) {
   QString html;
-  for (const QString& file : files) {
-    QImageReader reader(file);
-    reader.setDecideFormatFromContent(true);
-    const QSize size = reader.size();
-    if (!reader.canRead()) {
-      emit Trouble(tr("%1 is no picture that can be shown in a message.").arg(QDir::toNativeSeparators(file)));
-      continue;
-    }
-    html += QString("<img src=\"%1\" alt=\"%2\"")
-                .arg(QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded()).toHtmlEscaped(),
-                     QFileInfo(file).completeBaseName().toHtmlEscaped());
-    if (size.isValid()) html += QString(" width=\"%1\" height=\"%2\"").arg(size.width()).arg(size.height());
-    html += '>';
-  }
+  for (const QString& file : files) html += PictureElement(file);
   return !html.isEmpty() && InsertHtml(html);
 }
 

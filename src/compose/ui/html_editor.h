@@ -16,6 +16,7 @@
 
 #include "compose/body_source.h"
 #include "compose/editor_command.h"
+#include "compose/picture_places.h"
 #include "compose/ui/editor_state.h"
 
 class QMenu;
@@ -57,6 +58,7 @@ class HtmlEditor final : public QWidget {
   bool Execute(const QString& command, const QString& value = {});
   // Replaces the selection; one step back undoes it.
   bool InsertHtml(const QString& html);
+  // Their copies in the picture folder, where there is one.
   bool InsertPictures(const QStringList& files);
   // The caret goes into its first cell.
   bool InsertTable(const QString& html);
@@ -71,8 +73,12 @@ class HtmlEditor final : public QWidget {
   void Print(QPrinter* printer, const std::function<void(bool)>& done);
   bool PrintToPdf(const QString& file);
 
-  // Where pasted pictures are kept; without a folder they cannot be pasted.
+  // Where pictures that are picked, pasted and dropped are kept; without a folder they cannot be pasted.
   void SetPictureFolder(const QString& folder) { picture_folder_ = folder; }
+  // Where pictures may be shown from besides the document's own folder. Counts for those that are asked for from now
+  // on.
+  void SetPicturePlaces(const PicturePlaces& places);
+  void ReloadPictures();
   QMenu* ContextMenu();
   // The widget that keys go to.
   QWidget* InputWidget() const;
@@ -101,6 +107,7 @@ class HtmlEditor final : public QWidget {
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
   void TakeNotice();
+  QString PictureElement(const QString& file);
   void PastePicture();
   void Restore();
 
@@ -118,6 +125,8 @@ class HtmlEditor final : public QWidget {
   BodySource cut_;
   QUrl base_;
   QString picture_folder_;
+  PicturePlaces given_places_;
+  PicturePlaces places_;       // these and the document's own folder
   bool alive_ = false;         // the page has its process
   bool had_the_keys_ = false;  // when it lost it
   bool loading_ = false;

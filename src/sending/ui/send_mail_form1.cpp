@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 #include "platform/text.h"
 #include "platform/ui/qt_prompts.h"
@@ -20,6 +21,7 @@
 #include "sending/account_steps.h"
 #include "sending/message_options.h"
 #include "sending/run_rate.h"
+#include "sending/ui/pictures_panel.h"
 #include "sending/ui/range_picker.h"
 #include "sending/ui/report_view.h"
 #include "sending/ui/results_view.h"
@@ -62,6 +64,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
       pause_text_(new QLabel(pause_panel_)),
       run_bar_(MakeBar("RunProgressBar", this)),
       message_bar_(MakeBar("MessageProgressBar", this)),
+      pictures_(new PicturesPanel(program.settings, this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
@@ -90,6 +93,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   column->addWidget(tabs_, 1);
   column->addWidget(MakePausePanel());
   column->addWidget(MakeProgress());
+  column->addWidget(pictures_);
   column->addWidget(shut_down_);
   column->addWidget(status_);
   column->addLayout(below);
@@ -97,7 +101,21 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
+  connect(pictures_, &PicturesPanel::Known, this, &SendMailForm1::PicturesKnown);
+  connect(pictures_, &PicturesPanel::Answered, this,
+          [this](const compose::PicturePlaces& places) { job_.document.picture_places = places; });
   button_->setFocus();
+  pictures_->LookAt(job_.document);
+}
+
+// A question holds the button until it is answered. Where it was pressed before that was known, and there is none, the
+// run begins now.
+void SendMailForm1::PicturesKnown(bool settled) {
+  if (stage_ != Stage::kIdle) return;
+  button_->setEnabled(settled);
+  button_->setToolTip(settled ? QString() : tr("Answer first what becomes of the pictures from other folders."));
+  if (settled && std::exchange(wants_to_send_, false)) StartRun();
+  wants_to_send_ = false;
 }
 
 // What goes to whom; and from whom, over which servers.
@@ -173,7 +191,8 @@ QWidget* SendMailForm1::MakeProgress() {
 void SendMailForm1::ButtonPressed() {
   switch (stage_) {
     case Stage::kIdle:
-      StartRun();
+      wants_to_send_ = true;
+      if (pictures_->is_settled()) StartRun();
       break;
     case Stage::kRunning:
       AskToCancel();

@@ -19,6 +19,7 @@ class QTimer;
 
 namespace quillcast::sending {
 
+class PicturesPanel;
 class RangePicker;
 class ReportView;
 class ResultsView;
@@ -32,6 +33,8 @@ class SendMailForm1 final : public QDialog {
   Stage stage() const { return stage_; }
   // The system is being switched off: whoever opened this closes too.
   bool shuts_down() const { return shuts_down_; }
+  // With what the person answered about pictures.
+  const compose::PicturePlaces& picture_places() const { return job_.document.picture_places; }
   // Why it is not, where the system refused; for the status line of whoever opened this.
   QString refusal() const { return refusal_; }
 
@@ -45,6 +48,7 @@ class SendMailForm1 final : public QDialog {
 
  private:
   void ButtonPressed();
+  void PicturesKnown(bool settled);
   void StartRun();
   void AskToCancel();
   void AskToGoOn(const QString& refusal, int times);
@@ -63,7 +67,8 @@ class SendMailForm1 final : public QDialog {
   SendJob job_;
   Stage stage_ = Stage::kIdle;
   bool cancel_asked_ = false;
-  bool asking_ = false;  // the question whether to cancel is open
+  bool asking_ = false;         // the question whether to cancel is open
+  bool wants_to_send_ = false;  // pressed before it was known what there is to ask
   RunWorker* worker_;
   RunResults results_;
   QStringList notes_;  // about the run
@@ -81,6 +86,7 @@ class SendMailForm1 final : public QDialog {
   QLabel* pause_text_;
   QProgressBar* run_bar_;
   QProgressBar* message_bar_;
+  PicturesPanel* pictures_;
   QCheckBox* shut_down_;
   QLabel* rate_;
   QLabel* status_;
