@@ -124,6 +124,10 @@ class ScreensTest : public QObject {
     const QSize free = window.screen()->availableGeometry().size();
     const QSize taken = window.frameGeometry().size();
     QVERIFY2(taken.boundedTo(free) == taken, qPrintable(name + " is larger than the screen"));
+    for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+      const bool is_out = button->isVisible() && button->isDefault() && button->visibleRegion().isEmpty();
+      QVERIFY2(!is_out, qPrintable(name + " scrolls its button away"));
+    }
     for (const QLabel* label : window.findChildren<QLabel*>()) {
       if (!label->isVisible() || label->wordWrap() || label->text().isEmpty()) continue;
       const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
