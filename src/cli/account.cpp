@@ -151,6 +151,9 @@ int RunThreads(Context& context, const ThreadOptions& options) {
   if (!saved) return context.output.Fail(saved.error());
   nlohmann::ordered_json object;
   ShowThreads(context, *threads, object);
+  context.output.Line(sending::kThreadModesNote);
+  object["effect"] = false;
+  object["note"] = sending::kThreadModesNote;
   context.output.Object(object);
   return 0;
 }
@@ -173,7 +176,7 @@ void AddThreads(CLI::App& account, Context& context) {
     threads->add_option(kNames[i], options->modes[i], fmt::format("The mode of {}", sending::kThreadSections[i]))
         ->check(CLI::IsMember(std::vector<std::string>(sending::kThreadModes.begin(), sending::kThreadModes.end())));
   }
-  threads->footer("Example:\n  quillcast account threads --smtp Single");
+  threads->footer(fmt::format("{}\n\nExample:\n  quillcast account threads --smtp Single", sending::kThreadModesNote));
   OnRun(*threads, context, [options](Context& c) { return RunThreads(c, *options); });
 }
 

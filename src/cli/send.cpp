@@ -2,7 +2,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
 
 #include "cli/commands.h"
 #include "cli/document_options.h"
@@ -31,10 +31,14 @@ struct SendOptions {
 // Tells the person at the terminal, or the program behind it, how a run goes.
 class SendListener final : public sending::RunListener {
  public:
-  SendListener(Output& output, bool keep_going) : output_(output), keep_going_(keep_going) {}
+  // `told`: what the person was told before the run, and is not told again.
+  SendListener(Output& output, const std::vector<std::string>& told, bool keep_going)
+      : output_(output), told_(told), keep_going_(keep_going) {}
 
   void ReportLine(std::string_view) override {}  // the report is in the history
-  void Note(std::string_view text) override { output_.Note(text); }
+  void Note(std::string_view text) override {
+    if (std::find(told_.begin(), told_.end(), text) == told_.end()) output_.Note(text);
+  }
 
   void Finished(const sending::RecipientResult& result) override {
     const auto& outcome = result.outcome;
@@ -72,6 +76,7 @@ class SendListener final : public sending::RunListener {
 
  private:
   Output& output_;
+  const std::vector<std::string>& told_;
   bool keep_going_;
 };
 
@@ -88,8 +93,12 @@ Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, 
 }
 
 int RunMailing(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
-               const std::optional<sending::PartialRange>& range, bool keep_going) {
-  SendListener listener(context.output, keep_going);
+               const std::optional<sending::PartialRange>& range, const std::vector<std::string>& told,
+               bool keep_going) {
+  if (const auto& trouble = message.trouble()) {
+    context.output.Note("Note: No message can be made. " + InOneLine(trouble->error));
+  }
+  SendListener listener(context.output, told, keep_going);
   const sending::RunRequest request{message,       mailing.document.subject, mailing.account,
                                     mailing.group, mailing.recipients,       range};
   const auto summary =
@@ -225,12 +234,12 @@ int RunSend(Context& context, const SendOptions& options) {
   }
   const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);
-  const auto told = TellFindings(context, *mailing, message);
+  const auto told = TellFindings(context, *mailing, message, options.dry_run || !options.to_file.empty());
   if (!told) return context.output.Fail(told.error());
   if (options.dry_run) return RunDry(context, *mailing, message, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *mailing, message);
   if (!options.proof.empty()) return RunProof(context, options, *mailing, message);
-  return RunMailing(context, *mailing, message, *range, options.keep_going);
+  return RunMailing(context, *mailing, message, *range, *told, options.keep_going);
 }
 
 }  // namespace

@@ -89,19 +89,23 @@ Result<void> AskForPictures(Context& context, const sending::MessageOptions& opt
   return {};
 }
 
-Result<void> TellFindings(Context& context, const Mailing& mailing, const sending::MessageTemplate& message) {
+Result<std::vector<std::string>> TellFindings(Context& context, const Mailing& mailing,
+                                              const sending::MessageTemplate& message, bool asks_server) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
   const auto found = sending::LookOver(std::move(*rows), mailing.document, message, context.cancel);
   if (!found) return found.error();
-  for (const auto& line : sending::ListPictures(message.pictures(), message.foreign_pictures())) {
-    context.output.Note("Note: " + line);
+  auto lines = sending::ListPictures(message.pictures(), message.foreign_pictures());
+  for (auto& line : sending::Describe(*found)) lines.push_back(std::move(line));
+  if (asks_server) {
+    const auto told = sending::AskAboutNotices(mailing.account, message, context.clock, context.cancel);
+    if (told) lines.push_back(*told);
   }
-  for (const auto& line : sending::Describe(*found)) context.output.Note("Note: " + line);
+  for (const auto& line : lines) context.output.Note("Note: " + line);
   if (found->largest_message > 0) {
     context.output.Note(fmt::format("A message is about {}.", platform::HumanSize(found->largest_message)));
   }
-  return {};
+  return lines;
 }
 
 Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing) {

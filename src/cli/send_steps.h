@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/document_options.h"
 #include "recipients/recipient_store.h"
@@ -34,8 +35,10 @@ enum class PictureAnswer { kAsk, kLeaveOut };
 Result<void> AskForPictures(Context& context, const sending::MessageOptions& options, PictureAnswer answer,
                             compose::MessageDocument& document);
 
-// Looks the group over and tells, on standard error, what the person may not have meant.
-Result<void> TellFindings(Context& context, const Mailing& mailing, const sending::MessageTemplate& message);
+// Looks the group over and tells, on standard error, what the person may not have meant. A run asks its server itself
+// what it offers, where the rest does not speak to one. Gives what was told.
+Result<std::vector<std::string>> TellFindings(Context& context, const Mailing& mailing,
+                                              const sending::MessageTemplate& message, bool asks_server);
 
 Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing);
 

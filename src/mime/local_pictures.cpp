@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "mime/html_css.h"
@@ -49,13 +51,14 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
+constexpr std::string_view kTagBegin = "$*Merge";
+
 class Finder {
  public:
-  std::vector<PictureReference> Run(std::string_view html) && {
-    html_ = html;
-    LookAt(html, true);
-    return std::move(found_);
-  }
+  explicit Finder(std::string_view html) : html_(html) { LookAt(html, true); }
+
+  std::vector<PictureReference> found() && { return std::move(found_); }
+  const std::set<std::string>& named_by_tags() const { return named_by_tags_; }
 
  private:
   // Conditional comments do not nest.
@@ -99,10 +102,17 @@ class Finder {
 
   // `written` is a part of the source.
   void Add(std::string_view written, const std::string& address) {
+    if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(address);
     LocalAddress file = ReadLocalAddress(address);
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
     if (file.kind == AddressKind::kElsewhere || !IsPicture(file.path)) return;
     found_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
+  }
+
+  void AddNamedByTag(const std::string& address) {
+    const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, "_"));
+    const bool of_the_net = file.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
+    if (file.kind != AddressKind::kElsewhere && !of_the_net && IsPicture(file.path)) named_by_tags_.insert(address);
   }
 
   // srcset: addresses without blanks, each with an optional description up to a comma.
@@ -129,11 +139,18 @@ class Finder {
   std::string_view html_;
   std::optional<LocalAddress> base_;
   std::vector<PictureReference> found_;
+  std::set<std::string> named_by_tags_;
 };
 
 }  // namespace
 
-std::vector<PictureReference> FindLocalPictures(std::string_view html) { return Finder().Run(html); }
+std::vector<PictureReference> FindLocalPictures(std::string_view html) { return Finder(html).found(); }
+
+std::vector<std::string> FindPicturesNamedByTags(std::string_view html) {
+  if (html.find(kTagBegin) == std::string_view::npos) return {};
+  const Finder finder(html);
+  return {finder.named_by_tags().begin(), finder.named_by_tags().end()};
+}
 
 std::string RewriteReferences(std::string_view html, const std::vector<PictureReference>& references,
                               const std::vector<std::string>& replacements) {

@@ -22,6 +22,10 @@ struct PictureReference {
 // missing. In the order of the source; a file that is named twice is there twice. Linear in time on any input.
 std::vector<PictureReference> FindLocalPictures(std::string_view html);
 
+// The addresses of pictures that hold a merge tag and are not of the net by how they begin, each once: which file they
+// name differs by recipient, so that FindLocalPictures passes them over.
+std::vector<std::string> FindPicturesNamedByTags(std::string_view html);
+
 // The HTML with each reference replaced by the text at the same index; an empty one leaves it as it is.
 std::string RewriteReferences(std::string_view html, const std::vector<PictureReference>& references,
                               const std::vector<std::string>& replacements);

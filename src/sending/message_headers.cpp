@@ -60,6 +60,12 @@ bool MessageHeaders::AsksForNotice() const {
   return notify || what;
 }
 
+bool MessageHeaders::CanHoldSubject(const compose::MergeValues& values) const {
+  if (options_.charset.IsUtf8()) return true;
+  const auto subject = compose::ReplaceMergeFields(subject_.text(), values);
+  return !subject || mime::CanEncode(options_.charset, *subject);
+}
+
 bool MessageHeaders::Append(const compose::MergeValues& values, const std::string& address, std::uint64_t number,
                             const platform::Clock& clock, RenderedMessage& out) const {
   const std::string id = mime::MakeMessageId(run_id_, number, id_domain_);

@@ -23,12 +23,14 @@ class MessageHeaders {
               const platform::Clock& clock, RenderedMessage& out) const;
 
   const std::bitset<compose::kMergeFields.size()>& used_fields() const { return subject_.used(); }
+  bool AsksForNotice() const;
+  // Whether the account's set holds the subject.
+  bool CanHoldSubject(const compose::MergeValues& values) const;
   // What the Content-IDs of this run end in.
   std::string ContentIdSuffix() const;
 
  private:
   bool AppendSubject(const compose::MergeValues& values, RenderedMessage& out) const;
-  bool AsksForNotice() const;
 
   MessageOptions options_;
   std::uint64_t run_id_;

@@ -65,6 +65,16 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   return server;
 }
 
+Error NoSender(std::string_view email) {
+  constexpr const char* kRemedy =
+      "Fill in the account: quillcast account set Name=... Email=you@example.org Server=...";
+  if (email.empty()) return {Failure::kNotConfigured, "The account has no e-mail address yet.", kRemedy};
+  return {
+      Failure::kNotConfigured,
+      fmt::format("The account's Email is \"{}\", which is no address to send from.", platform::Printable(email, 80)),
+      kRemedy};
+}
+
 // A stored width that the account dialog would not take counts as its default.
 std::size_t WrapOf(const AccountSettings& account) {
   if (!account.IsOn(kAutoWrap)) return 0;
@@ -86,7 +96,7 @@ Result<MessageOptions> MessageOptionsOf(const AccountSettings& account, std::str
                  "Choose one, for example: quillcast account set CharSet='Unicode (UTF-8)'"};
   }
   auto sender = recipients::EnvelopeAddress(account[kEmail]);
-  if (!sender) return sender.error();
+  if (!sender) return NoSender(account[kEmail]);
   const auto name_field = ChoiceOf(account, kToField);
   if (!name_field) return name_field.error();
   const auto header_encoding = ChosenEnum<mime::HeaderEncoding>(account, kHeaderEncoding);
@@ -150,11 +160,13 @@ Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
   options.servers = std::move(*servers);
   const auto security = ChosenEnum<smtp::Security>(account, kSecurity);
   if (!security) return security.error();
-  const auto auth_mode = ChosenEnum<smtp::AuthMode>(account, kAuthMode);
-  if (!auth_mode) return auth_mode.error();
   options.security = *security;
-  options.auth_mode = *auth_mode;
   options.sign_in = account.IsOn(kAuth);
+  if (options.sign_in) {
+    const auto auth_mode = ChosenEnum<smtp::AuthMode>(account, kAuthMode);
+    if (!auth_mode) return auth_mode.error();
+    options.auth_mode = *auth_mode;
+  }
   options.user = account[kUsername];
   options.password = smtp::Secret(account[kPassword]);
   options.send_without_auth = account.IsOn(kNoAuth);

@@ -44,6 +44,12 @@ class MessageTemplate {
   // Which merge tags the message uses anywhere.
   std::bitset<compose::kMergeFields.size()> UsedFields() const;
   bool is_html() const { return html_.has_value(); }
+  bool has_text() const { return !texts_.empty(); }
+  // Whether the server is asked for delivery notifications.
+  bool asks_for_notice() const { return headers_.AsksForNotice(); }
+  // Whether the account's character set, which is `charset()`, holds the subject with these values.
+  bool CanHoldSubject(const compose::MergeValues& values) const { return headers_.CanHoldSubject(values); }
+  const mime::Charset& charset() const { return options_.charset; }
 
   // `recipient_address` is bare: the envelope's. `number` is the recipient's place in the run, for a Message-ID of its
   // own. Fails with kBadData for values that make the message grow without measure.

@@ -2,16 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "compose/merge_fields.h"
 #include "compose/message_document.h"
 #include "platform/cancel.h"
+#include "platform/clock.h"
 #include "recipients/recipient_store.h"
+#include "sending/account_settings.h"
 #include "sending/message_template.h"
 
 namespace quillcast::sending {
+
+inline constexpr const char* kNoNotices =
+    "The account asks for delivery notifications, which the server does not offer (DSN), so none will come.";
 
 struct PreFlight {
   // For each field that the message uses: how many recipients have it empty, and the first of them.
@@ -22,6 +28,12 @@ struct PreFlight {
   };
   std::vector<EmptyField> empty_fields;
   std::vector<std::string> unknown_tags;
+  std::vector<std::string> pictures;  // sentences on those that do not go along
+  bool lacks_text = false;            // HTML without a text part
+  // Recipients whose subject holds what the account's character set, `charset`, does not.
+  std::int64_t subjects_beyond_set = 0;
+  std::string first_beyond_set;
+  std::string charset;
   // Recipients with "<" or "&" in a value that an HTML message uses; they go in as they stand.
   std::int64_t markup_values = 0;
   std::string first_with_markup;
@@ -37,5 +49,10 @@ Result<PreFlight> LookOver(recipients::RecipientCursor rows, const compose::Mess
 
 // The findings as sentences, one a line each; empty when there is nothing to say but the size.
 std::vector<std::string> Describe(const PreFlight& findings);
+
+// Asks the account's server, where the message asks it for delivery notifications, whether it offers them: a sentence
+// when it does not, or cannot be asked within seconds. Nothing is sent, and nobody signs in.
+std::optional<std::string> AskAboutNotices(const AccountSettings& account, const MessageTemplate& message,
+                                           const platform::Clock& clock, const platform::CancelToken& cancel);
 
 }  // namespace quillcast::sending

@@ -63,17 +63,14 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
   MessageLook look;
   auto& lines = look.troubles;
   if (const auto& trouble = (*message)->trouble()) lines.push_back(InOneLine(trouble->error));
-  for (const auto& trouble : (*message)->picture_troubles()) lines.push_back(Describe(trouble));
   look.pictures = ListPictures((*message)->pictures(), (*message)->foreign_pictures());
-  if ((*message)->is_html() && !account->IsOn(AccountKey::kTextPart)) {
-    lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
-  }
   auto rows = recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel})
                   .ListRecipients(group.id, group.sort_sql);
   if (!rows) return rows.error();
   const auto found = LookOver(std::move(*rows), document, **message, cancel);
   if (!found) return found.error();
   for (auto& line : Describe(*found)) lines.push_back(std::move(line));
+  if (auto told = AskAboutNotices(*account, **message, program.clock, cancel)) lines.push_back(std::move(*told));
   if (found->largest_message > 0) {
     look.size = fmt::format("A message is about {}.", platform::HumanSize(found->largest_message));
   }

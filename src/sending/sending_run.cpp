@@ -12,6 +12,7 @@
 #include "recipients/envelope_address.h"
 #include "sending/history.h"
 #include "sending/message_options.h"
+#include "sending/pre_flight.h"
 #include "sending/send_status.h"
 #include "smtp/client.h"
 
@@ -55,6 +56,7 @@ class Run final : public smtp::Mailing {
   smtp::Job* NextJob() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
   void CaughtUp() override { Flush(); }
+  void Connected(const smtp::Capabilities& offered) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override { report_.LogLine(line); }
   void Waiting() override { Flush(); }
@@ -93,6 +95,7 @@ class Run final : public smtp::Mailing {
   std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
+  bool told_of_notices_ = false;
 };
 
 RunSummary Run::Execute(const smtp::ClientOptions& options) {
@@ -200,6 +203,12 @@ void Run::Settle(std::int64_t position, const std::string& address, const smtp::
 void Run::Flush() {
   report_.Flush();
   if (report_.trouble() && !summary_.stopped) summary_.stopped = report_.trouble();
+}
+
+void Run::Connected(const smtp::Capabilities& offered) {
+  if (told_of_notices_ || offered.dsn || !template_.asks_for_notice()) return;
+  told_of_notices_ = true;
+  listener_.Note(kNoNotices);
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {

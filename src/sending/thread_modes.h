@@ -14,9 +14,13 @@ namespace quillcast::sending {
 enum class ThreadMode { kNo, kSingle, kSecond };
 inline constexpr std::array<std::string_view, 3> kThreadModes = {"No", "Single", "Second"};
 
-// In the order of the dialog's groups. Only SMTP is used by sending; the others are kept and shown.
+// In the order of the dialog's groups.
 enum class ThreadProtocol { kSmtp, kPop3, kImap4 };
 inline constexpr std::array<std::string_view, 3> kThreadSections = {"SMTP-Thread", "POP3-Thread", "IMAP4-Thread"};
+
+// What there is to say of them until a run has threads to choose from.
+inline constexpr std::string_view kThreadModesNote =
+    "The modes are kept, and have no effect yet: messages are made and sent on one thread.";
 
 class ThreadModes {
  public:

@@ -10,6 +10,7 @@
 
 #include "platform/cancel.h"
 #include "platform/clock.h"
+#include "smtp/capabilities.h"
 #include "smtp/envelope.h"
 #include "smtp/outcome.h"
 #include "smtp/secret.h"
@@ -68,6 +69,8 @@ class Mailing {
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
   // times, with this same outcome. Asked again after as many more. False: no further job is taken.
   virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
+  // A connection is ready for its first message: what its server offers.
+  virtual void Connected(const Capabilities& /*offered*/) {}
   // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked. It belongs to
   // the next job that is finished; with several in flight, lines of the later ones wait for the earlier.
   virtual void LogLine(std::string_view line) = 0;

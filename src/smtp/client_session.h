@@ -111,6 +111,8 @@ class ClientSession {
   // Ready for a message: signed in, no reply awaited, nothing to send.
   bool Idle() const;
   bool closed() const { return closed_; }
+  // What the server offers, of what is used; once it is greeted.
+  const Capabilities& capabilities() const { return capabilities_; }
 
   // A number that changes when the server has done what it was waited for: answered a command, or taken a block.
   std::uint64_t Step() const { return steps_ * 2 + (ReplyIsDue() ? 1 : 0); }

@@ -174,6 +174,7 @@ void Connection::TakeEvents() {
         break;
       case Event::Kind::kReady:
         ready_ = true;
+        around_.mailing->Connected(session_.capabilities());
         break;
       case Event::Kind::kOutcome:
         around_.jobs.Settle(event->outcome, event->again);

@@ -293,6 +293,20 @@ TEST(CloseStep, RemovesWhatTheProgramLeftAndNothingElse) {
   }
 }
 
+TEST(MainWindow, NamesASenderOnlyWhenItHasNameAndAddress) {
+  for (const auto& [name, email, shown] :
+       std::initializer_list<std::array<const char*, 3>>{{"Ada", "ada@example.org", "Ada <ada@example.org>"},
+                                                         {"Ada", "", ""},
+                                                         {"", "ada@example.org", ""},
+                                                         {"", "", ""}}) {
+    const test::TemporaryFolder root;
+    SettingsStore settings(root / "settings.db");
+    ASSERT_TRUE(settings.Write("Account", "Name", name));
+    ASSERT_TRUE(settings.Write("Account", "Email", email));
+    EXPECT_EQ(*SenderText(settings), shown);
+  }
+}
+
 TEST(MainWindow, ShowsWhatTheSettingsChoose) {
   const test::TemporaryFolder root;
   SettingsStore settings(root / "settings.db");

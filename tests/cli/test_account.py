@@ -77,7 +77,11 @@ class Account(Case):
         self.assertEqual((told["from"], told["method"]), ("", "Personal"))
 
     def test_threads(self):
-        self.assertEqual(self.ok("account", "threads"), "SMTP-Thread=Second\nPOP3-Thread=Second\nIMAP4-Thread=Second\n")
+        note = "The modes are kept, and have no effect yet: messages are made and sent on one thread."
+        modes = {"SMTP-Thread": "Second", "POP3-Thread": "Second", "IMAP4-Thread": "Second"}
+        self.assertEqual(self.ok("account", "threads"), "".join(f"{key}={mode}\n" for key, mode in modes.items()) + note + "\n")
+        self.assertEqual(json.loads(self.ok("--json", "account", "threads")), {**modes, "effect": False, "note": note})
+        self.assertIn(note, self.ok("account", "threads", "--help").replace("\n", " "))
         self.ok("account", "threads", "--smtp", "No", "--imap4", "Single")
         self.assertIn("SMTP-Thread=No\nPOP3-Thread=Second\nIMAP4-Thread=Single\n", self.ok("account", "show"))
         self.assertEqual(self.run_program("account", "threads", "--smtp", "no")[0], 64)

@@ -51,6 +51,58 @@ class Runs(Case):
     def report(self):
         return self.reports()[-1].read_bytes().decode()
 
+    def test_what_is_known_is_told_first(self):
+        """By every way to look first, each finding once; and a run tells it too, before its first message."""
+        self.ok("group", "new", "All")
+        for address, first, company in (("a@r.example", "Ada", "A & B"), ("b@r.example", "", "C"), ("c@r.example", "Łukasz", "D <E>"),
+                                        ("d@r.example\x07", "Łucja", "F"), ("x" * 65 + "@r.example", "", "")):
+            self.ok("recipient", "add", "-g", "All", "-e", address, f"-fFirst Name={first}", f"-fCompany={company}")
+        box = self.mailbox("--offer", "8BITMIME")
+        self.account(box.port, "CharSet=Western European (Windows)", "DSNNotify=Notify me if message fails", "TextPart=0")
+        self.body = self.write("letter.html", "<img src='gone.png'><img src='gone.png'><img src='$*MergeCity*$.png'>"
+                               "<img src='https://r.example/$*MergeCity*$'>$*MergeFirstName*$ $*MergeCompany*$ $*MergeNick*$")
+        no_notices = ("The account asks for delivery notifications, which the server does not offer (DSN), so none will come.")
+        known = [f"The picture {self.folder}/gone.png is missing or may not be read. The message goes out without it.",
+                 "The picture $*MergeCity*$.png is named by a merge tag, so it is not taken along: readers show it only where "
+                 "its address is one of the net.",
+                 "The message goes out without a plain-text part, which some readers and filters expect.",
+                 "Unknown tag $*MergeNick*$: it goes out as it stands.",
+                 "2 recipients have no value for $*MergeFirstName*$ (the first is b@r.example).",
+                 "5 recipients have no value for $*MergeCity*$ (the first is a@r.example).",
+                 "1 recipient has no value for $*MergeCompany*$ (the first is " + "x" * 65 + "@r.example).",
+                 "2 recipients have a subject that Windows-1252 cannot hold, so it goes out in UTF-8 (the first is c@r.example).",
+                 '2 recipients have "<" or "&" in a value, which goes into the HTML as it stands (the first is a@r.example).',
+                 "2 entries have no address that a message can be sent to."]
+        arguments = ("--group", "All", "--subject", "Hi $*MergeFirstName*$", "--body", self.body)
+        for way in (["--dry-run"], ["--to-file", self.folder / "one.eml", "--as", "a@r.example"], []):
+            lines, _, err = self.send(*arguments, *way)
+            told = [line for line in err.splitlines() if not line.startswith(("A message is about", "#", "Correct"))]
+            asked = [f"Note: {no_notices}"] if way else [no_notices]
+            self.assertEqual(told, [f"Note: {line}" for line in known] + asked)
+            self.assertEqual(len(box.index()), 0 if way else 3)
+        self.assertEqual([(line["state"], line["code"]) for line in lines[3:-1]], [("failed", 8)] * 2)
+        box.close()
+        for offers, word in (("8BITMIME,DSN", None), (None, "could not be asked")):
+            if offers:
+                self.account(self.mailbox("--offer", offers, name="other").port)
+            else:
+                self.account(1)
+            _, _, err = self.send(*arguments, "--dry-run")
+            self.assertNotIn(no_notices, err)
+            self.assertEqual("could not be asked" in err, word is not None, err)
+
+    def test_a_vanished_attachment_is_told_once(self):
+        self.group("All", ["a@r.example", "b@r.example"])
+        self.account(1)
+        for way, exit_code in ((["--dry-run"], 66), (["--to-file", self.folder / "x", "--as", "a@r.example"], 66)):
+            _, code, err = self.mailing("--attach", self.folder / "gone.pdf", *way)
+            self.assertEqual((code, err.count("gone.pdf")), (exit_code, 1), err)
+
+    def test_a_preview_without_an_account_says_so(self):
+        code, _, err = self.run_program("preview", "--subject", "Hi", "--body", self.body)
+        self.assertEqual(code, 78)
+        self.assertIn("The account has no e-mail address yet. Fill in the account", err.replace("\n", " "))
+
     def check_report(self, report, sent, failed):
         """The whole report: its frame, one verdict for each message that was told, and the counts."""
         lines = report.split("\r\n")

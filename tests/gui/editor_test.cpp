@@ -276,6 +276,13 @@ class EditorTest : public QObject {
     QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
   }
 
+  void aPageToLookAtMarksWhatIsNoTagAlone() {
+    HtmlEditor preview;
+    preview.SetReadOnly(true);
+    QVERIFY(preview.SetHtml("<p>Dear $*MergeLastName*$ $*MergeNickName*$</p>"));
+    QCOMPARE(preview.Evaluate("quill.marks().join()").toString(), QString("known,unknown"));
+  }
+
   void scriptsAndTheNetworkStayOff() {
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));

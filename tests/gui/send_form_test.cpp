@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -342,6 +343,36 @@ class SendFormTest : public QObject {
     const std::string end = "Personal Sending process has been completed.\r\n" + std::to_string(scene.Arrived()) +
                             " messages sent during process.\r\n";
     QVERIFY2(report.ends_with(end), report.substr(report.size() - std::min<std::size_t>(report.size(), 300)).c_str());
+  }
+
+  void whatIsKnownIsToldAboveTheButton() {
+    Scene scene({"a@example.org"});
+    SendJob job;
+    job.document.html = "<p>$*MergeCity*$ $*MergeNickName*$</p><img src='missing.png'>";
+    job.document.attachments.Add("/nowhere/price.pdf");
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+    scene.form->show();
+    auto* notes = scene.form->findChild<QListWidget*>("NotesList");
+    QTRY_VERIFY(notes->isVisible());
+    QStringList told;
+    for (int row = 0; row < notes->count(); ++row) told << notes->item(row)->text();
+    for (const char* what : {"price.pdf", "missing.png", "$*MergeNickName*$", "no value for $*MergeCity*$"}) {
+      QCOMPARE(told.filter(what).size(), 1);
+    }
+    auto* button = scene.form->findChild<QPushButton*>("SendButton");
+    QVERIFY(notes->mapTo(scene.form.get(), QPoint(0, notes->height())).y() <=
+            button->mapTo(scene.form.get(), QPoint()).y());
+    scene.Press("SendButton");
+    QVERIFY(!notes->isVisible());
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+  }
+
+  void aLookOverALongListHoldsUpNothing() {
+    Scene scene(20000);
+    QCOMPARE(scene.Text("NotesLabel"), QString("Looking over the message and the whole group…"));
+    QTRY_VERIFY(scene.Text("NotesLabel").startsWith("Nothing was found"));
   }
 
   void aMissingAttachmentIsToldAndNothingIsSent() {

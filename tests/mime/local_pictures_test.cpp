@@ -120,5 +120,21 @@ TEST(MediaType, KnowsPicturesByContentAndTheRestByName) {
   for (const Case& c : cases) EXPECT_EQ(MediaTypeOf(c.name, c.content), c.type) << c.name;
 }
 
+TEST(LocalPictures, AreToldWhenATagNamesThem) {
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
+      {"<img src='$*MergeCity*$.png'><img src='$*MergeCity*$.png'><td background='pics/$*MergeState*$.gif'>",
+       {"$*MergeCity*$.png", "pics/$*MergeState*$.gif"}},
+      {"<p style='background:url($*MergeField1*$)'><img src='file:///x/$*MergeField2*$'>",
+       {"$*MergeField1*$", "file:///x/$*MergeField2*$"}},
+      {"<img src='https://example.org/$*MergeCity*$.png'><img src='//example.org/$*MergeCity*$'><img src='a.png'>", {}},
+      {"<base href='https://example.org/'><img src='$*MergeCity*$.png'><a href='$*MergeWebSite*$'>", {}},
+      {"<style>@font-face{src:url($*MergeCity*$.woff)}</style><img src='cid:$*MergeCity*$'>", {}},
+  };
+  for (const auto& [html, named] : cases) {
+    EXPECT_EQ(FindPicturesNamedByTags(html), named) << html;
+    for (const auto& found : FindLocalPictures(html)) EXPECT_EQ(found.path, "a.png");
+  }
+}
+
 }  // namespace
 }  // namespace quillcast::mime

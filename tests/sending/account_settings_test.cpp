@@ -99,6 +99,15 @@ TEST(Account, GivesTheConnection) {
   EXPECT_EQ(options->timeout, std::chrono::seconds(600));
   EXPECT_EQ(options->security, smtp::Security::kTls);
 
+  account.Set(kAuthMode, "DIGEST MD5");
+  for (const char* signs_in : {"0", "1"}) {
+    account.Set(kAuth, signs_in);
+    EXPECT_EQ(static_cast<bool>(ClientOptionsOf(account)), signs_in[0] == '0')
+        << "a way that nobody goes stops nothing";
+  }
+  account.Set(kAuthMode, "NTLM");
+  EXPECT_EQ(ClientOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
+
   for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
     account.Set(kServer, bad);
     EXPECT_FALSE(ClientOptionsOf(account)) << bad;
@@ -119,6 +128,14 @@ TEST(Account, GivesTheMessage) {
   EXPECT_EQ(options->notify, smtp::DsnNotify::kDelay);
   EXPECT_EQ(options->dsn_return, smtp::DsnReturn::kFull);
   EXPECT_EQ(options->header_encoding, mime::HeaderEncoding::kB);
+  for (const char* email : {"", "ada", "ada@"}) {
+    AccountSettings nobody = account;
+    nobody.Set(kEmail, email);
+    const auto refused = MessageOptionsOf(nobody, "MIME");
+    ASSERT_FALSE(refused) << email;
+    EXPECT_EQ(refused.error().failure, Failure::kNotConfigured);
+    EXPECT_TRUE(refused.error().what.starts_with("The account")) << refused.error().what;
+  }
   for (const AccountKey key : {kToField, kEncoding, kAttachmentEncoding, kHeaderEncoding, kDsnNotify}) {
     AccountSettings wrong = account;
     wrong.Set(key, "Shoe Size");

@@ -225,7 +225,8 @@ bool HtmlEditor::Load(const Document& document) {
   // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
   const QString page = source_.left(source_.size() - platform::ToQt(cut_.tail).size());
   if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
-  Evaluate(read_only_ ? "quill.setReadOnly(true)" : "quill.setTags(" + KnownTags() + ')');
+  if (read_only_) Evaluate("quill.setReadOnly(true)");
+  Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too
   return true;
 }
 

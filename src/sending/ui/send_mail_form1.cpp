@@ -21,6 +21,7 @@
 #include "sending/account_steps.h"
 #include "sending/message_options.h"
 #include "sending/run_rate.h"
+#include "sending/ui/notes_panel.h"
 #include "sending/ui/pictures_panel.h"
 #include "sending/ui/range_picker.h"
 #include "sending/ui/report_view.h"
@@ -68,6 +69,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
+      before_(new NotesPanel(program, this)),
       button_(new QPushButton(tr("Send"), this)) {
   setObjectName("SendMailForm1");
   setWindowTitle(tr("Send"));
@@ -96,16 +98,20 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   column->addWidget(pictures_);
   column->addWidget(shut_down_);
   column->addWidget(status_);
+  column->addWidget(before_);
   column->addLayout(below);
   connect(button_, &QPushButton::clicked, this, &SendMailForm1::ButtonPressed);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
   connect(pictures_, &PicturesPanel::Known, this, &SendMailForm1::PicturesKnown);
-  connect(pictures_, &PicturesPanel::Answered, this,
-          [this](const compose::PicturePlaces& places) { job_.document.picture_places = places; });
+  connect(pictures_, &PicturesPanel::Answered, this, [this](const compose::PicturePlaces& places) {
+    job_.document.picture_places = places;
+    before_->LookAt(job_.document, job_.group);
+  });
   button_->setFocus();
   pictures_->LookAt(job_.document);
+  before_->LookAt(job_.document, job_.group);
 }
 
 // A question holds the button until it is answered. Where it was pressed before that was known, and there is none, the
@@ -206,6 +212,7 @@ void SendMailForm1::StartRun() {
   stage_ = Stage::kRunning;
   button_->setText(tr("Cancel"));
   range_->setEnabled(false);
+  before_->Close();
   running_.start();
   tick_->start(kTick);
   worker_->Start(job_, range_->Range());

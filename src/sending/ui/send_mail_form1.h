@@ -19,6 +19,7 @@ class QTimer;
 
 namespace quillcast::sending {
 
+class NotesPanel;
 class PicturesPanel;
 class RangePicker;
 class ReportView;
@@ -90,6 +91,7 @@ class SendMailForm1 final : public QDialog {
   QCheckBox* shut_down_;
   QLabel* rate_;
   QLabel* status_;
+  NotesPanel* before_;
   QPushButton* button_;
 };
 

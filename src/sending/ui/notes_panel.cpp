@@ -1,0 +1,69 @@
+#include "sending/ui/notes_panel.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QVBoxLayout>
+#include <memory>
+
+#include "platform/ui/qt_text.h"
+#include "sending/preview_look.h"
+
+namespace quillcast::sending {
+namespace {
+
+using platform::ToQt;
+
+constexpr int kTallest = 90;  // pixels: the report is what the dialog is for
+
+}  // namespace
+
+NotesPanel::NotesPanel(const app::Program& program, QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      look_(new platform::BackgroundTask(this)),
+      state_(new QLabel(this)),
+      notes_(new QListWidget(this)) {
+  state_->setObjectName("NotesLabel");
+  state_->setTextFormat(Qt::PlainText);
+  state_->setWordWrap(true);
+  notes_->setObjectName("NotesList");
+  notes_->setAccessibleName(tr("What to know before sending"));
+  notes_->setWordWrap(true);
+  notes_->setMaximumHeight(kTallest);
+  notes_->hide();
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(state_);
+  column->addWidget(notes_);
+}
+
+void NotesPanel::LookAt(const compose::MessageDocument& document, const recipients::RecipientGroup& group) {
+  notes_->hide();
+  state_->setText(tr("Looking over the message and the whole group…"));
+  look_->Start([this, document, group](const platform::CancelToken& cancel) {
+    auto found = std::make_shared<Result<MessageLook>>(FindTrouble(document, program_, group, cancel));
+    return [this, found] {
+      QStringList notes;
+      if (!*found) notes << ToQt(InOneLine(found->error()));
+      if (*found) {
+        for (const auto& line : (*found)->troubles) notes << ToQt(line);
+      }
+      Show(notes);
+      if (*found && !(*found)->size.empty()) state_->setText(state_->text() + ' ' + ToQt((*found)->size));
+    };
+  });
+}
+
+void NotesPanel::Show(const QStringList& notes) {
+  notes_->clear();
+  notes_->addItems(notes);
+  notes_->setVisible(!notes.isEmpty());
+  state_->setText(notes.isEmpty() ? tr("Nothing was found that looks wrong.") : tr("Before you send:"));
+}
+
+void NotesPanel::Close() {
+  look_->Cancel();
+  hide();
+}
+
+}  // namespace quillcast::sending
