@@ -106,6 +106,32 @@ TEST(ClientFaults, AServerThatKeepsSayingGoodbyeDefersTheMessage) {
   EXPECT_TRUE(taken.empty());
 }
 
+// Listens, and answers nobody: its queue of two is full, and the system passes over whoever comes then.
+class FullListener {
+ public:
+  FullListener() : listener_(NewSocket()), waiting_{NewSocket(), NewSocket()} {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(::bind(listener_.get(), generic, length), 0);
+    EXPECT_EQ(::listen(listener_.get(), 0), 0);
+    ::getsockname(listener_.get(), generic, &length);
+    port_ = ntohs(address.sin_port);
+    for (const auto& one : waiting_) ::connect(one.get(), generic, length);
+  }
+  std::uint16_t port() const { return port_; }
+
+ private:
+  static platform::UniqueFd NewSocket() {
+    return platform::UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  }
+  platform::UniqueFd listener_;
+  std::array<platform::UniqueFd, 2> waiting_;
+  std::uint16_t port_ = 0;
+};
+
 TEST(ClientFaults, NoConnectionIsToldByItsReason) {
   std::uint16_t closed_port = 0;
   {
@@ -113,6 +139,7 @@ TEST(ClientFaults, NoConnectionIsToldByItsReason) {
   }
   std::vector<std::string> taken;
   ScriptedServer good([&](Peer& peer, int) { Serve(peer, -1, Fault::kHangUp, taken); });
+  const FullListener full;
   struct Case {
     std::vector<Server> servers;
     ResultCode code;
@@ -120,6 +147,8 @@ TEST(ClientFaults, NoConnectionIsToldByItsReason) {
   for (const Case& c :
        std::initializer_list<Case>{{{}, ResultCode::kNoServer},
                                    {{{"127.0.0.1", closed_port}}, ResultCode::kConnectFailed},
+                                   {{{"127.0.0.1", full.port()}}, ResultCode::kConnectTimeout},
+                                   {{{"no\u00E9 name", good.port()}}, ResultCode::kHostNotFound},
                                    {{{"127.0.0.1", closed_port}, {"127.0.0.1", good.port()}}, ResultCode::kSuccess}}) {
     Letters letters(2);
     ClientOptions options = OptionsFor(0);

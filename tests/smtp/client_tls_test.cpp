@@ -238,6 +238,53 @@ TEST_F(ClientTls, SaysThatAPortDoesNotSpeakTls) {
   EXPECT_NE(outcome.reason.find("does not answer with TLS"), std::string::npos) << outcome.reason;
 }
 
+// A server that goes silent in the midst of it.
+TEST_F(ClientTls, WaitsForAHandshakeNoLongerThanForAReply) {
+  for (const bool at_once : {true, false}) {
+    const ScriptedServer server([&](Peer& peer, int) {
+      if (!at_once) {
+        peer.Say("220 ESMTP\r\n");
+        peer.Line();
+        peer.Say("250-mx\r\n250 STARTTLS\r\n");
+        peer.Line();
+        peer.Say("220 go\r\n");
+      }
+      peer.Stall();
+    });
+    ClientOptions options = OptionsFor("localhost", server.port());
+    options.security = at_once ? Security::kTls : Security::kStartTls;
+    options.timeout = std::chrono::seconds(1);
+    EXPECT_EQ(TestAccount(options).code, ResultCode::kReplyTimeout) << at_once;
+  }
+}
+
+// A session that is resumed has no certificate looked at, so it may serve the name alone that it was made for.
+TEST_F(ClientTls, ResumesASessionForItsOwnHostOnly) {
+  const Certificate certificate = Make("localhost", "DNS:localhost", &ca_, -kHour, kHour);
+  {
+    const Context server_context = ServerContext(certificate);
+    SSL_CTX_set_max_proto_version(server_context.get(), TLS1_2_VERSION);  // the session is there with the handshake
+    const ScriptedServer server([&](Peer& peer, int) {
+      if (peer.StartTls(server_context.get())) peer.Stall();
+    });
+    const auto context = net::TlsContext::ForClient(ca_file_);
+    ASSERT_TRUE(context);
+    const platform::SystemClock clock;
+    const platform::CancelToken cancel;
+    const net::Patience patience{clock, cancel, platform::Stop::kStop,
+                                 net::Deadline::After(clock.Monotonic(), std::chrono::seconds(5))};
+    const auto here = *net::ParseIpAddress("127.0.0.1");
+    for (const auto& [host, taken] : {std::pair{"localhost", true}, std::pair{"mx.example", false}}) {
+      auto socket = net::Connect(std::span(&here, 1), server.port(), patience);
+      ASSERT_TRUE(socket);
+      net::Stream stream(*std::move(socket));
+      EXPECT_EQ(static_cast<bool>(stream.StartTls(**context, host, patience)), taken) << host;
+      stream.Close();
+    }
+  }
+  Free(certificate);
+}
+
 TEST(NoCoreDump, LastsAsLongAsAClientWithAPassword) {
   const auto may_dump = [] { return ::prctl(PR_GET_DUMPABLE); };
   const platform::SystemClock clock;
@@ -313,6 +360,7 @@ TEST(ClientInClear, TrustsThisComputerByItsNameOnly) {
       SendWindow window;
       JobQueue jobs(cancel);
       Letters silent(0);
+      jobs.Begin(silent);
       const Surroundings around{options, clock, cancel, window, jobs, {}, &silent};
       const auto here = *net::ParseIpAddress("127.0.0.1");
       const net::Patience patience{clock, cancel, platform::Stop::kStop, net::Deadline::Never()};
