@@ -16,6 +16,7 @@
 #include "compose/message_properties.h"
 #include "mime/charset.h"
 #include "mime/header_text.h"
+#include "mime/html_style_escapes.h"
 #include "mime/html_to_text.h"
 #include "mime/html_tokenizer.h"
 #include "mime/line_wrap.h"
@@ -117,7 +118,16 @@ const std::vector<NamedReader> kHtmlReaders = {
     {"HtmlTokenizer", ReadAttributes},
     {"HtmlToText", [](const std::string& html) { return mime::HtmlToText(html); }},
     {"FindLocalPictures", [](const std::string& html) { return mime::FindLocalPictures(html); }},
-    {"TakePictures", [](const std::string& html) { return sending::TakePictures(html, "/nowhere", "x"); }},
+    {"FindPicturesNamedByTags", [](const std::string& html) { return mime::FindPicturesNamedByTags(html); }},
+    {"EscapeInStyles",
+     [](const std::string& html) { return mime::EscapeInStyles(html, *mime::FindCharset("us-ascii")); }},
+    {"TakePictures",
+     [](const std::string& html) {
+       compose::MessageDocument document;
+       document.html = html;
+       document.base_folder = "/nowhere";
+       return sending::TakePictures(document, "x");
+     }},
     {"WrapHtml", [](const std::string& html) { return mime::WrapHtml(html, 76); }},
     {"CutAtBody", [](const std::string& html) { return compose::CutAtBody(html); }},
     {"TitleOf", [](const std::string& html) { return compose::TitleOf(html); }},
@@ -181,6 +191,9 @@ TEST(Growth, OfReadingHtml) {
                            "<img src=\1>",
                            "<img src=\1.png>",
                            "<img srcset='\1,",
+                           "<img src='$*Merge\1'>",
+                           "<style>\u20AC\\",
+                           "<i style=\u20AC>",
                            "<img alt=x ",
                            "<div style='display:none'>",
                            "<div style='url(\1)'>",
