@@ -15,6 +15,7 @@
 #include "platform/entropy.h"
 #include "platform/environment.h"
 #include "platform/prompts.h"
+#include "platform/session_log.h"
 
 namespace quillcast::cli {
 
@@ -39,7 +40,10 @@ struct Context {
 // Gives a command its action: what it returns becomes the exit code.
 template <typename Action>
 void OnRun(CLI::App& command, Context& context, Action action) {
-  command.callback([&context, action] { context.exit_code = action(context); });
+  command.callback([&context, action] {
+    const platform::SessionLog log(context.Folders().data, context.clock);
+    context.exit_code = action(context);
+  });
 }
 
 }  // namespace quillcast::cli

@@ -20,6 +20,7 @@
 #include "desktop/single_instance.h"
 #include "desktop/termination.h"
 #include "platform/environment.h"
+#include "platform/session_log.h"
 #include "platform/ui/icons.h"
 #include "platform/ui/qt_prompts.h"
 #include "platform/ui/qt_text.h"
@@ -106,6 +107,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   platform::SystemPower power;
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
+  const platform::SessionLog log(folders.data, clock);
   const app::Program program{folders, settings, prompts, desktop, power, clock, entropy};
   HelpKey help_key(folders);
   application.installEventFilter(&help_key);

@@ -1,6 +1,20 @@
 #include "platform/result.h"
 
 namespace quillcast {
+namespace {
+
+std::function<void(const Error&)>& Listener() {
+  static std::function<void(const Error&)> listener;
+  return listener;
+}
+
+}  // namespace
+
+void OnPassedOver(std::function<void(const Error&)> listener) { Listener() = std::move(listener); }
+
+void NotePassedOver(const Error& error) {
+  if (Listener()) Listener()(error);
+}
 
 int ExitCode(Failure failure) {
   switch (failure) {

@@ -1,6 +1,7 @@
 // The one way in which a function of this system fails: it returns a Result that holds an Error in place of a value.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -71,8 +72,14 @@ class [[nodiscard]] Result<void> {
   std::optional<Error> error_;
 };
 
+// Who hears of the failures that are passed over: the session's log. Nobody at first; to be set while one thread runs.
+void OnPassedOver(std::function<void(const Error&)> listener);
+void NotePassedOver(const Error& error);
+
 // Marks the places that carry on past a failure on purpose; a search for the name lists them all.
 template <typename T>
-void IgnoreErrors(const Result<T>&) {}
+void IgnoreErrors(const Result<T>& result) {
+  if (!result) NotePassedOver(result.error());
+}
 
 }  // namespace quillcast

@@ -224,8 +224,11 @@ void MainForm::Say(const QString& sentence) {
   });
 }
 
+// What stands in the status bar is soon gone; the log keeps it.
 void MainForm::Tell(const Result<void>& result) {
-  if (!result) Say(ToQt(InOneLine(result.error())));
+  if (result) return;
+  NotePassedOver(result.error());
+  Say(ToQt(InOneLine(result.error())));
 }
 
 void MainForm::RestorePlace() {
@@ -275,7 +278,7 @@ void MainForm::EndAtOnce() {
 bool MainForm::MayLeaveDocument() {
   LeaveSource();
   const auto decision = AskBeforeClosing(*document_, skip_save_prompt, program_.prompts);
-  if (!decision) Say(ToQt(InOneLine(decision.error())));
+  if (!decision) Tell(decision.error());
   return decision && *decision == SaveDecision::kGoOn;
 }
 
@@ -368,7 +371,7 @@ void MainForm::ShowNotices() {
     return;
   }
   const auto filled_in = sending::AccountIsFilledIn(program_.settings);
-  if (!filled_in) Say(ToQt(InOneLine(filled_in.error())));
+  if (!filled_in) Tell(filled_in.error());
   if (!filled_in || *filled_in) {
     notice_->hide();
     return;

@@ -209,7 +209,7 @@ void MainForm::InsertMergeField(std::string_view control) {
 void MainForm::Open() {
   LeaveSource();
   const auto file = compose::PickDocumentToOpen(*document_, program_.prompts);
-  if (!file) Say(ToQt(InOneLine(file.error())));
+  if (!file) Tell(file.error());
   if (file && !file->empty()) Tell(document_->Open(*file));
   LookForPictures();
   editor_->setFocus();
@@ -325,13 +325,13 @@ void MainForm::LeaveSource() {
 void MainForm::PreviewInMailProgram() {
   const auto account = sending::AccountSettings::Load(program_.settings);
   if (!account) {
-    Say(ToQt(InOneLine(account.error())));
+    Tell(account.error());
     return;
   }
   const auto preview = sending::WritePreview(program_.folders, program_.settings, Document(), *account, program_.clock,
                                              program_.entropy);
   if (!preview) {
-    Say(ToQt(InOneLine(preview.error())));
+    Tell(preview.error());
     return;
   }
   for (const auto& note : preview->notes) Say(ToQt(note));
@@ -364,7 +364,7 @@ void MainForm::Send() {
   for (const Error* error : {filled_in ? nullptr : &filled_in.error(), groups ? nullptr : &groups.error(),
                              group ? nullptr : &group.error(), count ? nullptr : &count.error()}) {
     if (error == nullptr) continue;
-    Say(ToQt(InOneLine(*error)));
+    Tell(*error);
     return;
   }
   const sending::MailingFacts facts{.account_filled_in = *filled_in,

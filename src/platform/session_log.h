@@ -1,0 +1,45 @@
+// The log of a session: what went wrong and was passed over, for whoever looks for a cause later.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/file.h"
+
+namespace quillcast::platform {
+
+// The text with everything that looks like a mail address taken out.
+std::string WithoutAddresses(std::string_view text);
+
+// "Session.log" in the folder, 0600, begun with the session's first line; the one before is "Session.before.log". At
+// its largest size it becomes the one before. Where it cannot be written, nothing is. Any thread may write.
+class SessionLog {
+ public:
+  // Hears of the failures that are passed over for as long as it lives.
+  SessionLog(std::filesystem::path folder, const Clock& clock);
+  SessionLog(const SessionLog&) = delete;
+  SessionLog& operator=(const SessionLog&) = delete;
+  ~SessionLog();
+
+  // One line with the time; nothing when it says the same as the line before. No address comes into it.
+  void Write(std::string_view text);
+
+  static constexpr std::uint64_t kLargest = 1024ULL * 1024;
+
+ private:
+  bool Begin();
+
+  std::filesystem::path folder_;
+  const Clock& clock_;
+  std::mutex lock_;
+  std::optional<FileWriter> writer_;
+  std::uint64_t size_ = 0;
+  std::string last_;
+};
+
+}  // namespace quillcast::platform

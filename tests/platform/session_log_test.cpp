@@ -1,0 +1,72 @@
+#include "platform/session_log.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fake_clock.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(SessionLog, HoldsNoAddress) {
+  struct Case {
+    const char* text;
+    const char* logged;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"Cannot read /home/ada/a.txt.", "Cannot read /home/ada/a.txt."},
+           {"eve@r.example is not in the group.", "(an address) is not in the group."},
+           {"550 <bob+x@example.net>: no", "550 <(an address)>: no"},
+           {"\"a b\"@example.org,c@d.example; e", "(an address),(an address); e"},
+           {"\"@example.org", "(an address)"},
+           {"J\xC3\xBCrg@b\xC3\xBC"
+            "cher.example!",
+            "(an address)"},
+           {"@", "(an address)"},
+       }) {
+    EXPECT_EQ(WithoutAddresses(c.text), c.logged) << c.text;
+  }
+}
+
+TEST(SessionLog, TellsWhatWasPassedOverAndKeepsTheOneBefore) {
+  const test::TemporaryFolder folder;
+  const test::FakeClock clock;
+  folder.Write("target", "mine");
+  fs::create_symlink(folder / "target", folder / "Session.log");
+  for (const char* session : {"first", "second"}) {
+    SessionLog log(folder.path(), clock);
+    IgnoreErrors(Result<void>());
+    IgnoreErrors(
+        Result<int>(Error{Failure::kIo, std::string("The ") + session + " line\nof ada@example.org.", "Wait."}));
+    log.Write("again");
+    log.Write("again");
+  }
+  IgnoreErrors(Result<void>(Error{Failure::kIo, "Nobody listens."}));
+  const auto expected = [](const std::string& session) {
+    return "2026-07-03 09:05:07 The " + session + " line?of (an address) Wait.\n2026-07-03 09:05:07 again\n";
+  };
+  EXPECT_EQ(test::ReadAll(folder / "Session.log"), expected("second"));
+  EXPECT_EQ(test::ReadAll(folder / "Session.before.log"), expected("first"));
+  EXPECT_EQ(test::ReadAll(folder / "target"), "mine");
+  EXPECT_EQ(fs::status(folder / "Session.log").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(SessionLog, GrowsNoLargerThanItMay) {
+  const test::TemporaryFolder folder;
+  const test::FakeClock clock;
+  SessionLog log(folder.path(), clock);
+  for (int i = 0; i < 3000; ++i) log.Write(std::to_string(i) + std::string(1000, 'x'));
+  const auto size = fs::file_size(folder / "Session.log");
+  const auto before = fs::file_size(folder / "Session.before.log");
+  EXPECT_LE(before, SessionLog::kLargest);
+  EXPECT_GT(before, SessionLog::kLargest - 2000);
+  EXPECT_LE(size, SessionLog::kLargest);
+  EXPECT_NE(test::ReadAll(folder / "Session.log").find(" 2999x"), std::string::npos);
+  fs::remove_all(folder.path());
+  log.Write("there is no place for it");
+}
+
+}  // namespace
+}  // namespace quillcast::platform
