@@ -15,7 +15,10 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPointer>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
 #include <QTimer>
@@ -24,9 +27,12 @@
 #include "app/ui/command_bar.h"
 #include "app/ui/message_header.h"
 #include "app/ui/preview_form.h"
+#include "app/ui/splash_form.h"
+#include "app/ui/start_window.h"
 #include "compose/ui/html_editor.h"
 #include "gui/form_rig.h"
 #include "platform/file.h"
+#include "platform/system_name.h"
 
 namespace quillcast::app {
 
@@ -890,6 +896,102 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Notice(), QString());
     QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.example.org");
     QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
+  }
+
+  void theSplashStandsForASecondBeforeTheWindow() {
+    test::FormRig rig;
+    QVERIFY(rig.settings.Write("Options", "Tips", "0"));
+    SplashForm steps("Any System 1");
+    QSignalSpy values(steps.findChild<QProgressBar*>(), &QProgressBar::valueChanged);
+    steps.Run();
+    QCOMPARE(values.size(), 500);
+    QCOMPARE(values.first().first().toInt() * 1000 + values.last().first().toInt(), 1500);
+    QCOMPARE(steps.findChild<QLabel*>("VersionNumber")->text(), QString("1.0"));
+    QCOMPARE(steps.findChild<QLabel*>("WindowsVersion")->text(), QString("Any System 1"));
+    steps.close();
+
+    QElapsedTimer since;
+    since.start();
+    const auto window = StartWindow(rig.program);
+    QPointer<SplashForm> splash;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (widget != &steps && widget->objectName() == "SplashForm") splash = qobject_cast<SplashForm*>(widget);
+    }
+    QVERIFY(splash && splash->isVisible() && !window->isVisible());
+    QCOMPARE(splash->findChild<QLabel*>("WindowsVersion")->text(), platform::ToQt(platform::SystemName()));
+    QVERIFY(QApplication::overrideCursor() != nullptr);
+    QTRY_VERIFY(window->isVisible());
+    QVERIFY2(since.elapsed() >= 1000, qPrintable(QString::number(since.elapsed())));
+    QTRY_VERIFY(!splash);
+    QVERIFY(QApplication::overrideCursor() == nullptr);
+    window->skip_save_prompt = true;
+    window->close();
+
+    QVERIFY(rig.settings.Write("Options", "Splash", "0"));
+    const auto at_once = StartWindow(rig.program);
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      QVERIFY(widget == &steps || !widget->inherits("SplashForm"));
+    QTRY_VERIFY(at_once->isVisible());
+    at_once->skip_save_prompt = true;
+    at_once->close();
+  }
+
+  void thePanelsOfTheLocksAreDimmedUnlessTheyHold() {
+    Scene scene;
+    scene.Open();
+    const auto lit = [&scene] {
+      QString names;
+      for (int i = 2; i <= 4; ++i) {
+        auto* panel = scene.window->findChild<QLabel*>(QString("StatusPanel%1").arg(i));
+        if (panel->isEnabled()) names += panel->text() + ' ';
+      }
+      return names;
+    };
+    QCOMPARE(lit(), QString("INS "));
+    struct Key {
+      Qt::Key key;
+      quint32 scan_code, modifiers;  // as the system counts them, before the key
+      const char* lit;
+    };
+    for (const Key& c : {Key{Qt::Key_A, 38, 0x10, "INS NUM "}, Key{Qt::Key_CapsLock, 66, 0x10, "INS CAPS NUM "},
+                         Key{Qt::Key_A, 38, 0x12, "INS CAPS NUM "}, Key{Qt::Key_A, 0, 0, "INS CAPS NUM "},
+                         Key{Qt::Key_NumLock, 77, 0x12, "INS CAPS "}, Key{Qt::Key_CapsLock, 66, 0x02, "INS "}}) {
+      QKeyEvent press(QEvent::KeyPress, c.key, Qt::NoModifier, c.scan_code, 0, c.modifiers);
+      QCoreApplication::sendEvent(scene.window->findChild<QLineEdit*>("SubjectTextBox"), &press);
+      QCOMPARE(lit(), QString(c.lit));
+    }
+  }
+
+  void theSubjectHasAMenuOfTagsOfItsOwn() {
+    Scene scene;
+    scene.Open();
+    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
+    subject->setText("For  only");
+    subject->setCursorPosition(4);
+    auto* tags = scene.window->findChild<QMenu*>("SubjectTagMenu");
+    QCOMPARE(tags->actions().size(), 18);
+    tags->actions().at(2)->trigger();
+    QCOMPARE(subject->text(), QString("For $*MergeFirstName*$ only"));
+    QCOMPARE(scene.Focus(), QString("SubjectTextBox"));
+    QVERIFY(!scene.Editor().IsModified());
+    emit subject->customContextMenuRequested({});
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    QVERIFY(menu != nullptr && menu->actions().contains(tags->menuAction()));
+    menu->close();
+    scene.window->skip_save_prompt = true;
+  }
+
+  void anotherMethodSaysThatARunIsPersonal() {
+    Scene scene;
+    scene.Open();
+    auto* method = scene.window->findChild<QComboBox*>("SendingMethodComboBox");
+    for (const auto& [index, is_said] :
+         {std::pair{0, false}, std::pair{1, true}, std::pair{0, false}, std::pair{2, true}}) {
+      scene.window->Say("x");
+      method->setCurrentIndex(index);
+      emit method->activated(index);
+      QCOMPARE(scene.Status().contains("personal"), is_said);
+    }
   }
 
   void theSplashIsSwitchedOffInTheMenu() {

@@ -16,6 +16,7 @@
 #include "app/min_win_size.h"
 #include "app/startup.h"
 #include "app/ui/groups_menu.h"
+#include "app/ui/key_panels.h"
 #include "app/ui/message_header.h"
 #include "app/ui/notice_bar.h"
 #include "app/ui/practice_form.h"
@@ -102,11 +103,7 @@ void MainForm::MakeStatusBar() {
   first_panel_->setText(platform::Translated(kStatusPanels[0]));
   first_panel_->setTextFormat(Qt::PlainText);
   statusBar()->addWidget(first_panel_, 1);
-  for (std::size_t i = 1; i < kStatusPanels.size(); ++i) {
-    auto* panel = new QLabel(platform::Translated(kStatusPanels.at(i)), this);
-    panel->setObjectName(QString("StatusPanel%1").arg(i + 1));
-    statusBar()->addPermanentWidget(panel);
-  }
+  new KeyPanels(statusBar());
 }
 
 void MainForm::ConnectParts() {

@@ -17,7 +17,7 @@ constexpr int kSteps = 500;
 
 }  // namespace
 
-SplashForm::SplashForm(std::string_view windows_name)
+SplashForm::SplashForm(std::string_view system_name)
     : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint), progress_(new QProgressBar(this)) {
   setObjectName("SplashForm");
   setFixedSize(420, 250);
@@ -35,7 +35,7 @@ SplashForm::SplashForm(std::string_view windows_name)
   name->setFont(large);
   auto* version = new QLabel(QString("%1.%2").arg(kVersionMajor).arg(kVersionMinor), this);
   version->setObjectName("VersionNumber");
-  auto* system = new QLabel(platform::ToQt(windows_name), this);
+  auto* system = new QLabel(platform::ToQt(system_name), this);
   system->setObjectName("WindowsVersion");
   progress_->setTextVisible(false);
   progress_->setRange(0, kSteps);

@@ -13,7 +13,7 @@ namespace quillcast::app {
 class SplashForm final : public QWidget {
   Q_OBJECT
  public:
-  explicit SplashForm(std::string_view windows_name);
+  explicit SplashForm(std::string_view system_name);
 
   // The setting `Options` `Splash`; on unless it is "0".
   static bool IsWanted(const SettingsStore& settings);

@@ -4,8 +4,8 @@
 #include <QPointer>
 #include <QTimer>
 
-#include "app/startup.h"
 #include "app/ui/splash_form.h"
+#include "platform/system_name.h"
 
 namespace quillcast::app {
 namespace {
@@ -27,8 +27,7 @@ std::unique_ptr<MainForm> StartWindow(const Program& program) {
     return window;
   }
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  const QPointer splash =
-      new SplashForm(GetWinVer(RunningSystem()));  // goes with the application where it is not closed
+  const QPointer splash = new SplashForm(platform::SystemName());  // goes with the application where it is not closed
   splash->setAttribute(Qt::WA_DeleteOnClose);
   splash->Run();
   auto window = std::make_unique<MainForm>(program);
