@@ -128,6 +128,7 @@ void MainForm::ConnectParts() {
   connect(editor_, &compose::HtmlEditor::Restored, this,
           [this] { Say(tr("The editor had to be started anew; your text is as it was.")); });
   connect(header_, &MessageHeader::Trouble, this, &MainForm::Say);
+  connect(header_, &MessageHeader::Said, this, &MainForm::Say);
   connect(header_, &MessageHeader::EmailPressed, this, &MainForm::EditAccount);
   connect(header_, &MessageHeader::SendPressed, this, &MainForm::Send);
   connect(header_, &MessageHeader::PreviewPressed, this, &MainForm::PreviewInside);

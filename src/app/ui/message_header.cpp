@@ -7,12 +7,15 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTimer>
+#include <QToolButton>
 #include <utility>
 
 #include "app/main_window_contents.h"
 #include "app/ui/attachments_form.h"
+#include "compose/merge_fields.h"
 #include "platform/text.h"
 #include "platform/ui/dropped_files.h"
 #include "platform/ui/icons.h"
@@ -115,7 +118,19 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   grid->addLayout(to_line, 1, 1);
   grid->addWidget(group, 1, 2);
   label(tr("S&ubject:"), subject_, 2);
-  grid->addWidget(subject_, 2, 1, 1, 3);
+  tags_ = MakeTagMenu();
+  auto* tag = new QToolButton(this);
+  tag->setObjectName("SubjectTagButton");
+  tag->setIcon(platform::Icon("merge"));
+  tag->setPopupMode(QToolButton::InstantPopup);
+  tag->setFocusPolicy(Qt::TabFocus);
+  tag->setToolTip(tr("Put a merge tag into the subject"));
+  tag->setAccessibleName(tr("Merge tag for the subject"));
+  tag->setMenu(tags_);
+  auto* subject_line = new QHBoxLayout();
+  subject_line->addWidget(subject_, 1);
+  subject_line->addWidget(tag);
+  grid->addLayout(subject_line, 2, 1, 1, 3);
   label(tr("&Attachments:"), attachment_box_, 3);
   auto* attachments_line = new QHBoxLayout();
   attachments_line->addWidget(attachment_box_, 1);
@@ -143,9 +158,9 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   grid->addWidget(send, 0, 3);
   grid->addWidget(preview, 1, 3);
   grid->setColumnStretch(1, 1);
-  QWidget* const order[] = {from_,  email,  to_,     group,     subject_, attachment_box_, attachment_count_,
-                            add,    remove, method_, priority_, format_,  receipt_,        send,
-                            preview};
+  QWidget* const order[] = {
+      from_,  email,   to_,       group,   subject_, tag,  attachment_box_, attachment_count_, add,
+      remove, method_, priority_, format_, receipt_, send, preview};
   for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
 
   connect(email, &QPushButton::clicked, this, &MessageHeader::EmailPressed);
@@ -156,6 +171,9 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   connect(to_, &QComboBox::currentIndexChanged, this, &MessageHeader::ShowCount);
   connect(format_, &QComboBox::activated, this, &MessageHeader::PickFormat);
   connect(attachment_count_, &QPushButton::clicked, this, &MessageHeader::ChangeAttachments);
+  connect(method_, &QComboBox::activated, this, &MessageHeader::PickMethod);
+  subject_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(subject_, &QWidget::customContextMenuRequested, this, &MessageHeader::ShowSubjectMenu);
   connect(subject_, &QLineEdit::textChanged, this, &MessageHeader::Changed);
   for (QComboBox* box : {to_, method_, priority_, format_}) {
     connect(box, &QComboBox::currentIndexChanged, this, &MessageHeader::Changed);
@@ -284,6 +302,35 @@ void MessageHeader::Show(const compose::Draft& draft) {
 void MessageHeader::Clear() {
   Show({});
   Load();
+}
+
+// The commands of the menu bar put their tags into the body, wherever the caret is; these put them into the subject.
+QMenu* MessageHeader::MakeTagMenu() {
+  auto* menu = new QMenu(tr("Merge Tag"), this);
+  menu->setObjectName("SubjectTagMenu");
+  menu->setToolTipsVisible(true);
+  for (std::size_t i = 0; i < compose::kMergeFields.size(); ++i) {
+    const QString tag = ToQt(compose::kMergeFields.at(i).tag);
+    QAction* action = menu->addAction(platform::Translated(recipients::kFields.at(i).label), this, [this, tag] {
+      subject_->insert(tag);
+      subject_->setFocus();
+    });
+    action->setToolTip(tag);
+  }
+  return menu;
+}
+
+void MessageHeader::ShowSubjectMenu(const QPoint& at) {
+  QMenu* menu = subject_->createStandardContextMenu();
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->addSeparator();
+  menu->addMenu(tags_);
+  menu->popup(subject_->mapToGlobal(at));
+}
+
+void MessageHeader::PickMethod() {
+  if (method_->currentText() != kSendingMethods.front())
+    emit Said(tr("A run is personal all the same: each recipient gets a message of their own."));
 }
 
 void MessageHeader::PickFormat() {

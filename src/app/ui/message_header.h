@@ -16,6 +16,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QPushButton;
 
 namespace quillcast::app {
@@ -53,6 +54,7 @@ class MessageHeader final : public QWidget {
   void SendPressed();
   void PreviewPressed();
   void Trouble(const QString& sentence);
+  void Said(const QString& sentence);
   void Changed();  // something that a draft keeps
 
  protected:
@@ -60,6 +62,9 @@ class MessageHeader final : public QWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  QMenu* MakeTagMenu();
+  void ShowSubjectMenu(const QPoint& at);
+  void PickMethod();
   void ShowAttachments();
   void PickFormat();
   void ShowCount();
@@ -76,6 +81,7 @@ class MessageHeader final : public QWidget {
   QComboBox* to_;
   QLabel* count_;
   QLineEdit* subject_;
+  QMenu* tags_ = nullptr;  // for the subject
   QComboBox* attachment_box_;
   QPushButton* attachment_count_;
   QComboBox* method_;
