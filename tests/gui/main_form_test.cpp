@@ -763,7 +763,7 @@ class MainFormTest : public QObject {
       files << platform::PathToQt(scene.rig.folder.Write(name, "123456"));
     }
     header->AddAttachments(files + QStringList{"/nowhere/d.pdf"});
-    QCOMPARE(total->text(), QString("4 files, 18 bytes, 1 not there"));
+    QCOMPARE(total->text(), QString::fromUtf8("4 files, 18 bytes, 1 not there…"));
     const auto take_out = [](QDialog& form, QDialogButtonBox::StandardButton end) {
       auto* list = form.findChild<QListWidget*>("AttachmentsList");
       for (const int row : {0, 2, 3}) list->item(row)->setSelected(true);
@@ -778,7 +778,7 @@ class MainFormTest : public QObject {
     QTest::mouseClick(total, Qt::LeftButton);
     QCOMPARE(box->count(), 1);
     QCOMPARE(box->currentText(), files.at(1));
-    QCOMPARE(total->text(), QString("1 file, 6 bytes"));
+    QCOMPARE(total->text(), QString::fromUtf8("1 file, 6 bytes…"));
     QCOMPARE(scene.rig.Shown(), QString());
     scene.window->skip_save_prompt = true;
   }

@@ -81,7 +81,6 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   from_->setPlaceholderText(tr("No account yet"));
   to_->setPlaceholderText(tr("Choose a group"));
   attachment_count_->setObjectName("AttachmentCountButton");
-  attachment_count_->setFlat(true);
   attachment_count_->setToolTip(tr("Show all of them, and take several out at once"));
   attachment_count_->hide();
   attachment_box_->setPlaceholderText(tr("No attachments; drop files here"));
@@ -122,6 +121,7 @@ MessageHeader::MessageHeader(const Program& program, QWidget* parent)
   auto* tag = new QToolButton(this);
   tag->setObjectName("SubjectTagButton");
   tag->setIcon(platform::Icon("merge"));
+  tag->setStyleSheet("QToolButton::menu-indicator { image: none; }");  // the style's own lies over the icon
   tag->setPopupMode(QToolButton::InstantPopup);
   tag->setFocusPolicy(Qt::TabFocus);
   tag->setToolTip(tr("Put a merge tag into the subject"));
@@ -377,7 +377,7 @@ void MessageHeader::ShowAttachments() {
   attachment_box_->clear();
   for (const auto& path : attachments_.paths()) attachment_box_->addItem(platform::PathToQt(path));
   attachment_box_->setCurrentIndex(attachment_box_->count() > 0 ? 0 : -1);
-  attachment_count_->setText(InWords(compose::TotalOf(attachments_)));
+  attachment_count_->setText(InWords(compose::TotalOf(attachments_)) + u8"\u2026");
   attachment_count_->setVisible(attachment_box_->count() > 0);
   emit Changed();
 }
