@@ -63,7 +63,8 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
   MessageLook look;
   auto& lines = look.troubles;
   if (const auto& trouble = (*message)->trouble()) lines.push_back(InOneLine(trouble->error));
-  look.pictures = ListPictures((*message)->pictures(), (*message)->foreign_pictures());
+  for (auto& line : ListPictures({}, (*message)->foreign_pictures())) lines.push_back(std::move(line));
+  look.pictures = ListPictures((*message)->pictures(), {});
   auto rows = recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel})
                   .ListRecipients(group.id, group.sort_sql);
   if (!rows) return rows.error();

@@ -29,7 +29,7 @@ Result<RecipientView> ViewFor(const compose::MessageDocument& document, const re
 
 struct MessageLook {
   std::vector<std::string> troubles;  // sentences
-  std::vector<std::string> pictures;  // what goes along, and what does not
+  std::vector<std::string> pictures;  // that go along, one a sentence
   std::string size;                   // one too; empty where no message can be made
 };
 

@@ -182,13 +182,6 @@ std::vector<fs::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreig
   return files;
 }
 
-std::string SumUp(const std::vector<Picture>& pictures) {
-  std::vector<fs::path> files;
-  for (const auto& picture : pictures) files.push_back(picture.file);
-  return fmt::format("{}: {}.", platform::Counted(std::ssize(files), "picture goes along", "pictures go along"),
-                     FirstOf(files));
-}
-
 std::string NameForeign(const std::vector<fs::path>& files) {
   return fmt::format("The document names {} outside its own folder: {}.",
                      platform::Counted(std::ssize(files), "picture", "pictures"), FirstOf(files));

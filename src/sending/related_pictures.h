@@ -63,9 +63,6 @@ bool TakesPictures(const compose::MessageDocument& document, const MessageOption
 // many, the first and how many more there are.
 std::vector<std::string> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign);
 
-// The same of those that go along in one sentence, for where there is little room.
-std::string SumUp(const std::vector<Picture>& pictures);
-
 // What the person has to be asked about before the message can go out.
 std::vector<std::filesystem::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreign);
 // Which they are, as a sentence, and with the question about them behind it.

@@ -202,7 +202,9 @@ class SendFormTest : public QObject {
       scene.form->show();
       scene.Press("SendButton");  // before it is known
       QTRY_VERIFY(scene.Text("PicturesLabel").contains(platform::PathToQt(home)));
-      QVERIFY(scene.Text("PicturesLabel").contains("own.gif"));
+      const auto* notes = scene.form->findChild<QListWidget*>("NotesList");
+      QTRY_COMPARE(notes->findItems("own.gif goes along", Qt::MatchContains).size(), 1);
+      QVERIFY(scene.form->findChild<QPushButton*>("TakePicturesButton")->isVisible());
       QVERIFY(!scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
       QTest::qWait(50);
       QCOMPARE(scene.Arrived(), 0U);

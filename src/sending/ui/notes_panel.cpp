@@ -37,6 +37,8 @@ NotesPanel::NotesPanel(const app::Program& program, QWidget* parent)
   column->addWidget(notes_);
 }
 
+void NotesPanel::AddQuestion(QWidget* question) { layout()->addWidget(question); }
+
 void NotesPanel::LookAt(const compose::MessageDocument& document, const recipients::RecipientGroup& group) {
   notes_->hide();
   state_->setText(tr("Looking over the message and the whole group…"));
@@ -44,21 +46,23 @@ void NotesPanel::LookAt(const compose::MessageDocument& document, const recipien
     auto found = std::make_shared<Result<MessageLook>>(FindTrouble(document, program_, group, cancel));
     return [this, found] {
       QStringList notes;
+      QStringList pictures;
       if (!*found) notes << ToQt(InOneLine(found->error()));
       if (*found) {
         for (const auto& line : (*found)->troubles) notes << ToQt(line);
+        for (const auto& line : (*found)->pictures) pictures << ToQt(line);
       }
-      Show(notes);
+      Show(notes, pictures);
       if (*found && !(*found)->size.empty()) state_->setText(state_->text() + ' ' + ToQt((*found)->size));
     };
   });
 }
 
-void NotesPanel::Show(const QStringList& notes) {
+void NotesPanel::Show(const QStringList& troubles, const QStringList& pictures) {
   notes_->clear();
-  notes_->addItems(notes);
-  notes_->setVisible(!notes.isEmpty());
-  state_->setText(notes.isEmpty() ? tr("Nothing was found that looks wrong.") : tr("Before you send:"));
+  notes_->addItems(troubles + pictures);
+  notes_->setVisible(notes_->count() > 0);
+  state_->setText(troubles.isEmpty() ? tr("Nothing was found that looks wrong.") : tr("Before you send:"));
 }
 
 void NotesPanel::Close() {

@@ -18,13 +18,15 @@ class NotesPanel final : public QWidget {
  public:
   NotesPanel(const app::Program& program, QWidget* parent);
 
+  // A question that belongs to what is found stands below it.
+  void AddQuestion(QWidget* question);
   // Looks, and shows what there is to say; anew when it is called again.
   void LookAt(const compose::MessageDocument& document, const recipients::RecipientGroup& group);
   // The run begins: what was not found by now is told by the run.
   void Close();
 
  private:
-  void Show(const QStringList& notes);
+  void Show(const QStringList& troubles, const QStringList& pictures);
 
   const app::Program& program_;
   platform::BackgroundTask* look_;

@@ -6,13 +6,20 @@
 #include <memory>
 #include <utility>
 
+#include "platform/text.h"
 #include "platform/ui/background_task.h"
 #include "platform/ui/qt_text.h"
 #include "sending/preview_look.h"
 
 namespace quillcast::sending {
+namespace {
 
 using platform::ToQt;
+
+constexpr std::size_t kLongestShown = 300;
+constexpr qsizetype kMostInTip = 40;
+
+}  // namespace
 
 PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent)
     : QFrame(parent),
@@ -51,21 +58,15 @@ void PicturesPanel::LookAt(compose::MessageDocument document) {
 
 // A failure is that of the settings, which whoever sends will hear of.
 void PicturesPanel::Show(const Result<RelatedPictures>& pictures) {
-  QStringList lines;
-  asked_.clear();
-  if (pictures) {
-    asked_ = PicturesToAskFor(pictures->foreign);
-    if (!pictures->pictures.empty()) lines << ToQt(SumUp(pictures->pictures));
-    if (!asked_.empty()) lines << ToQt(PictureQuestion(asked_));
-    QStringList all;
-    for (const auto& line : ListPictures(pictures->pictures, pictures->foreign)) all << ToQt(line);
-    text_->setToolTip(all.join('\n'));
-  }
+  asked_ = pictures ? PicturesToAskFor(pictures->foreign) : std::vector<std::filesystem::path>();
   settled_ = asked_.empty();
-  text_->setText(lines.join('\n'));
-  take_->setVisible(!settled_);
-  leave_->setVisible(!settled_);
-  setVisible(!lines.isEmpty());
+  if (!settled_) {
+    text_->setText(ToQt(PictureQuestion(asked_)));
+    QStringList all;
+    for (const auto& file : asked_) all << ToQt(platform::Printable(file.string(), kLongestShown));
+    text_->setToolTip(all.mid(0, kMostInTip).join('\n'));
+  }
+  setVisible(!settled_);
   emit Known(settled_);
 }
 

@@ -1,4 +1,4 @@
-// Says which pictures go along with a message, and asks about those that lie outside the document's folder.
+// Asks about pictures that a message names outside the document's folder; hidden where there are none.
 #pragma once
 
 #include <QFrame>
@@ -25,7 +25,7 @@ class PicturesPanel final : public QFrame {
  public:
   explicit PicturesPanel(const app::SettingsStore& settings, QWidget* parent);
 
-  // Looks beside the window, then emits Known; hidden where there is nothing to say.
+  // Looks beside the window, then emits Known.
   void LookAt(compose::MessageDocument document);
   // Whether nothing is left to be asked; false until that is known.
   bool is_settled() const { return settled_; }

@@ -95,10 +95,10 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   column->addWidget(tabs_, 1);
   column->addWidget(MakePausePanel());
   column->addWidget(MakeProgress());
-  column->addWidget(pictures_);
   column->addWidget(shut_down_);
   column->addWidget(status_);
   column->addWidget(before_);
+  before_->AddQuestion(pictures_);
   column->addLayout(below);
   connect(button_, &QPushButton::clicked, this, &SendMailForm1::ButtonPressed);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
