@@ -4,6 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -18,8 +23,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kLongestFields = 16ULL * 1024 * 1024;
-constexpr int kBeingWritten = 0;
-constexpr int kMostOffered = 1000;
+constexpr std::int64_t kBeingWritten = 0;
+constexpr std::int64_t kLastNumber = std::numeric_limits<std::int64_t>::max() - 1;
+constexpr std::string_view kOffered = "Recovered";
+constexpr std::string_view kBodyEnding = ".htm";
 
 fs::path FieldsOf(fs::path body) { return body.replace_extension(".fields"); }
 
@@ -110,6 +117,25 @@ void ReadFields(const fs::path& file, Draft& draft) {
   }
 }
 
+// Of a body that is offered, "Recovered.htm" being the first.
+std::optional<std::int64_t> NumberOf(const fs::path& body) {
+  const std::string file = body.filename().string();
+  std::string_view name = file;
+  if (!name.starts_with(kOffered) || !name.ends_with(kBodyEnding)) return std::nullopt;
+  name.remove_prefix(kOffered.size());
+  name.remove_suffix(kBodyEnding.size());
+  if (name.empty()) return 1;
+  return name.starts_with('0') ? std::nullopt : platform::WholeNumberBetween(name, 2, kLastNumber);
+}
+
+Result<void> Rename(const fs::path& from, const fs::path& to) {
+  std::error_code failed;
+  fs::rename(from, to, failed);
+  if (failed && failed != std::errc::no_such_file_or_directory)
+    return platform::SystemError("rename", from, failed.value());
+  return {};
+}
+
 void Remove(const fs::path& body) {
   std::error_code ignored;
   fs::remove(body, ignored);
@@ -122,45 +148,54 @@ bool Draft::IsWorthKeeping() const {
   return is_changed || !document.subject.empty() || !document.attachments.paths().empty();
 }
 
-fs::path Drafts::Body(int number) const {
+fs::path Drafts::Body(std::int64_t number) const {
   if (number == kBeingWritten) return folder_ / "Autosave.htm";
-  return folder_ / fmt::format("Recovered{}.htm", number == 1 ? "" : std::to_string(number));
+  return folder_ / fmt::format("{}{}{}", kOffered, number == 1 ? "" : std::to_string(number), kBodyEnding);
 }
 
 Result<void> Drafts::Keep(const Draft& draft) const {
-  if (!draft.IsWorthKeeping()) return Drop(), Result<void>();
+  if (!draft.IsWorthKeeping()) {
+    Drop();
+    return {};
+  }
   auto kept = platform::ReplaceFile(FieldsOf(Body(kBeingWritten)), WriteFields(draft));
   return kept ? platform::ReplaceFile(Body(kBeingWritten), draft.document.html) : kept;
 }
 
 void Drafts::Drop() const { Remove(Body(kBeingWritten)); }
 
-void Drafts::SetAside() const {
+// The body goes first: fields alone are no draft, and a body alone is one.
+Result<void> Drafts::SetAside() const {
   std::error_code failed;
-  if (!fs::exists(Body(kBeingWritten), failed)) return;
-  int number = 1;
-  while (fs::exists(Body(number), failed)) ++number;
-  fs::remove(FieldsOf(Body(number)), failed);
-  fs::rename(FieldsOf(Body(kBeingWritten)), FieldsOf(Body(number)), failed);
-  fs::rename(Body(kBeingWritten), Body(number), failed);
+  if (!fs::exists(Body(kBeingWritten), failed)) return {};
+  const fs::path body = Body(Offered().last + 1);
+  fs::remove(FieldsOf(body), failed);  // of a body that is gone
+  if (failed) return platform::SystemError("replace", FieldsOf(body), failed.value());
+  auto renamed = Rename(Body(kBeingWritten), body);
+  return renamed ? Rename(FieldsOf(Body(kBeingWritten)), FieldsOf(body)) : renamed;
 }
 
-int Drafts::First() const {
+Drafts::Numbers Drafts::Offered() const {
+  Numbers offered;
   std::error_code failed;
-  for (int number = 1; number <= kMostOffered; ++number) {
-    if (fs::exists(Body(number), failed)) return number;
+  for (auto entry = fs::directory_iterator(folder_, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    const auto number = NumberOf(entry->path());
+    if (!number) continue;
+    offered.first = offered.first == 0 ? *number : std::min(offered.first, *number);
+    offered.last = std::max(offered.last, *number);
   }
-  return 0;
+  return offered;
 }
 
 std::string Drafts::OfferedSubject() const {
   Draft draft;
-  ReadFields(FieldsOf(Body(First())), draft);
+  ReadFields(FieldsOf(Body(Offered().first)), draft);
   return draft.document.subject;
 }
 
 Result<Draft> Drafts::ReadOffered() const {
-  const fs::path body = Body(First());
+  const fs::path body = Body(Offered().first);
   auto read = ReadBodyFile(body);
   if (!read) return read.error();
   Draft draft;
@@ -170,7 +205,7 @@ Result<Draft> Drafts::ReadOffered() const {
 }
 
 void Drafts::DropOffered() const {
-  if (const int number = First()) Remove(Body(number));
+  if (const auto number = Offered().first) Remove(Body(number));
 }
 
 }  // namespace quillcast::compose

@@ -1,6 +1,7 @@
 // Messages that were not finished, kept in the data folder until they are taken up again.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -29,10 +30,10 @@ class Drafts {
   // Keeps the one that is being written, in place of what was kept of it, and nothing where nothing is worth it.
   Result<void> Keep(const Draft& draft) const;
   void Drop() const;
-  // From now on it is one of those that are offered.
-  void SetAside() const;
+  // From now on it is one of those that are offered, behind all others.
+  Result<void> SetAside() const;
 
-  bool AreOffered() const { return First() != 0; }
+  bool AreOffered() const { return Offered().first != 0; }
   // The subject of the oldest, empty where it has none.
   std::string OfferedSubject() const;
   // The oldest; of a message that is kept by its body alone, the other fields are as in a new one.
@@ -40,8 +41,12 @@ class Drafts {
   void DropOffered() const;
 
  private:
-  std::filesystem::path Body(int number) const;
-  int First() const;  // 0 for none
+  struct Numbers {  // 0 for none
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+  };
+  std::filesystem::path Body(std::int64_t number) const;
+  Numbers Offered() const;
 
   std::filesystem::path folder_;
 };

@@ -29,7 +29,7 @@ TEST(Drafts, ComeBackWithAllTheirFields) {
   const Draft before = FullDraft();
   ASSERT_TRUE(drafts.Keep(before));
   EXPECT_FALSE(drafts.AreOffered()) << "it is still being written";
-  drafts.SetAside();
+  ASSERT_TRUE(drafts.SetAside());
   EXPECT_EQ(drafts.OfferedSubject(), before.document.subject);
   const auto after = drafts.ReadOffered();
   ASSERT_TRUE(after);
@@ -53,15 +53,50 @@ TEST(Drafts, AreOfferedTheOldestFirstAndNoneIsReplaced) {
     Draft draft;
     draft.document.subject = subject;
     ASSERT_TRUE(drafts.Keep(draft));
-    drafts.SetAside();
+    ASSERT_TRUE(drafts.SetAside());
   }
-  drafts.SetAside();  // nothing is there any more
+  ASSERT_TRUE(drafts.SetAside());  // nothing is there any more
   for (const char* subject : {"first", "second", "third"}) {
     EXPECT_EQ(drafts.OfferedSubject(), subject);
     drafts.DropOffered();
   }
   EXPECT_FALSE(drafts.AreOffered());
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(Drafts, GoBehindAllThatAreOffered) {
+  const test::TemporaryFolder folder;
+  const Drafts drafts(folder.path());
+  for (const char* other :
+       {"Recovered1.htm", "Recovered05.htm", "Recovered x.htm", "Recovered99999999999999999999.htm"})
+    folder.Write(other, "of somebody else");
+  EXPECT_FALSE(drafts.AreOffered());
+  folder.Write("Recovered7.htm", "first");
+  folder.Write("Recovered2000.htm", "second");
+  folder.Write("Recovered2001.fields", "Subject: of a body that is gone");
+  std::vector<std::string> offered;
+  for (int i = 0; i < 3; ++i) {
+    auto draft = drafts.ReadOffered();
+    ASSERT_TRUE(draft);
+    offered.push_back(draft->document.html + draft->document.subject);
+    draft->document.html = "again " + draft->document.html;
+    ASSERT_TRUE(drafts.Keep(*draft));
+    drafts.DropOffered();
+    ASSERT_TRUE(drafts.SetAside());
+  }
+  EXPECT_EQ(offered, (std::vector<std::string>{"first", "second", "again first"}));
+}
+
+TEST(Drafts, StayWhereTheyCannotBeSetAside) {
+  const test::TemporaryFolder folder;
+  const Drafts drafts(folder.path());
+  ASSERT_TRUE(drafts.Keep(FullDraft()));
+  folder.Write("Recovered.fields/in the way", "");
+  const auto failed = drafts.SetAside();
+  ASSERT_FALSE(failed);
+  EXPECT_NE(failed.error().what.find("Recovered.fields"), std::string::npos) << failed.error().what;
+  EXPECT_FALSE(drafts.AreOffered());
+  EXPECT_TRUE(std::filesystem::exists(folder / "Autosave.htm"));
 }
 
 TEST(Drafts, AreKeptForWorkAlone) {
@@ -86,7 +121,7 @@ TEST(Drafts, AreKeptForWorkAlone) {
     Draft draft = nothing;
     c.change(draft);
     ASSERT_TRUE(drafts.Keep(draft));
-    drafts.SetAside();
+    ASSERT_TRUE(drafts.SetAside());
     EXPECT_TRUE(drafts.AreOffered()) << c.name;
     drafts.DropOffered();
   }

@@ -653,11 +653,17 @@ class EditorTest : public QObject {
       QVERIFY(editor_->InsertHtml(text));
       QVERIFY(document.KeepAside());
     }
+    folder.Write("Recovered2.fields/in the way", "");
     EditorDocument document(*editor_, FoldersIn(folder));
-    QVERIFY(document.Recover());
-    QVERIFY(editor_->Html().contains("first") && document.drafts().AreOffered());
-    QVERIFY(document.Recover());
-    QVERIFY(editor_->Html().contains("second") && !document.drafts().AreOffered());
+    QVERIFY(document.StartNew(""));
+    QVERIFY2(!document.KeepAside() && std::filesystem::exists(folder.path() / "Autosave.htm"),
+             "it cannot be set aside");
+    std::filesystem::remove_all(folder.path() / "Recovered2.fields");
+    QVERIFY(document.KeepAside());
+    for (const char* text : {"first", "second", "first"}) {
+      QVERIFY(document.Recover());
+      QVERIFY2(editor_->Html().contains(text) && document.drafts().AreOffered(), text);
+    }
   }
 
   void aSaveIsNotFollowedByASnapshot() {

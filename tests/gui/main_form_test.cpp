@@ -747,6 +747,13 @@ class MainFormTest : public QObject {
     scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
     QVERIFY(!scene.window->close());
     QVERIFY2(scene.Status().contains("Autosave.fields"), qPrintable(scene.Status()));
+    // One that was kept since is lost again only after a word of it.
+    std::filesystem::remove_all(scene.rig.folders.data / "Autosave.fields");
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Summer");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
+    std::filesystem::remove(scene.rig.folders.data / "Autosave.fields");
+    std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
+    QVERIFY(!scene.window->close());
     QVERIFY(scene.window->close());
     QCOMPARE(scene.rig.Shown(), QString());
   }

@@ -182,21 +182,19 @@ void MainForm::StartNew() {
 }
 
 void MainForm::NewMessage() {
-  if (!MayLeaveDocument() || !SetAside()) return;
+  if (!MayLeaveDocument()) return;
+  const auto aside = document_->SetAside();
+  if (!aside) {
+    Tell(aside);
+    return;
+  }
   header_->Clear();
   StartNew();
   ShowNotices();
 }
 
-// What stands in the window is kept among the drafts before it goes.
-bool MainForm::SetAside() {
-  const auto kept = document_->SetAside();
-  Tell(kept);
-  return static_cast<bool>(kept);
-}
-
 void MainForm::RestoreDraft() {
-  if (!MayLeaveDocument() || !SetAside()) return;
+  if (!MayLeaveDocument()) return;
   const auto draft = document_->Recover();
   if (draft) {
     header_->Show(*draft);
@@ -207,10 +205,11 @@ void MainForm::RestoreDraft() {
   ShowNotices();
 }
 
-// Whether the window may close: the first time that the draft cannot be kept, it stays.
+// Whether the window may close: the first time that the draft cannot be kept, it stays, and so after each that was.
 bool MainForm::KeepDraft() {
   const auto kept = document_->KeepAside();
-  if (kept || skip_save_prompt || std::exchange(leaves_draft_, true)) return true;
+  const std::uint64_t now = document_->times_kept();
+  if (kept || skip_save_prompt || std::exchange(lost_after_, now) == now) return true;
   Say(tr("%1 Close again to leave without a draft.").arg(ToQt(InOneLine(kept.error()))));
   return false;
 }

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QMainWindow>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "app/command_table.h"
@@ -78,7 +80,6 @@ class MainForm final : public QMainWindow {
   void StartNew();
   void NewMessage();
   void RestoreDraft();
-  bool SetAside();
   bool KeepDraft();
   bool MayLeaveDocument();
   bool MayStopImport();
@@ -129,9 +130,9 @@ class MainForm final : public QMainWindow {
   QString source_before_;
   bool source_has_crlf_ = false;
   bool stops_import_ = false;
-  bool leaves_draft_ = false;  // the person was told that it cannot be kept
-  QTimer* source_pause_;       // after the last change there
-  QTimer* fields_pause_;       // after the last change of what stands above the body
+  std::optional<std::uint64_t> lost_after_;  // so many times kept, the person was told that it cannot be kept now
+  QTimer* source_pause_;                     // after the last change there
+  QTimer* fields_pause_;                     // after the last change of what stands above the body
   compose::FindBar* find_bar_;
   std::unique_ptr<compose::EditorDocument> document_;
   GroupsMenu* groups_;

@@ -31,7 +31,7 @@ Result<void> Replace(const fs::path& file, std::string_view bytes) {
 
 EditorDocument::EditorDocument(HtmlEditor& editor, app::Folders folders, std::function<void(Draft&)> add_fields)
     : editor_(editor), folders_(std::move(folders)), add_fields_(std::move(add_fields)), drafts_(folders_.data) {
-  drafts_.SetAside();
+  IgnoreErrors(SetAsideEarlier());
   snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
                                 [this](const QString& html) { IgnoreErrors(KeepAside(platform::FromQt(html))); });
 }
@@ -51,12 +51,24 @@ void EditorDocument::SetPicturePlaces(const PicturePlaces& places) {
   editor_.ReloadPictures();
 }
 
-Result<void> EditorDocument::KeepFields() const {
+// Nothing is kept, nor dropped, in place of what an earlier session left.
+Result<void> EditorDocument::SetAsideEarlier() {
+  if (has_set_aside_) return {};
+  auto done = drafts_.SetAside();
+  has_set_aside_ = static_cast<bool>(done);
+  return done;
+}
+
+Result<void> EditorDocument::KeepFields() {
+  auto is_free = SetAsideEarlier();
+  if (!is_free) return is_free;
   Draft draft{.is_changed = is_changed_, .file = file_};
   draft.document.html = seen_;
   draft.document.base_folder = BaseFolder();
   if (add_fields_) add_fields_(draft);
-  return drafts_.Keep(draft);
+  auto kept = drafts_.Keep(draft);
+  if (kept) ++times_kept_;
+  return kept;
 }
 
 Result<void> EditorDocument::KeepAside(std::string html) {
@@ -71,8 +83,7 @@ Result<void> EditorDocument::KeepAside() {
 
 Result<void> EditorDocument::SetAside() {
   auto kept = KeepAside();
-  if (kept) drafts_.SetAside();
-  return kept;
+  return kept ? drafts_.SetAside() : kept;
 }
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
@@ -135,6 +146,8 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
 Result<Draft> EditorDocument::Recover() {
   auto draft = drafts_.ReadOffered();
   if (!draft) return draft;
+  const auto aside = SetAside();
+  if (!aside) return aside.error();
   if (!draft->file.empty() && !draft->is_changed) {
     const auto file = ReadBodyFile(draft->file);
     draft->is_changed = !file || file->text != draft->document.html;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -47,22 +48,28 @@ class EditorDocument final : public app::EditedDocument {
   // The same with a body that is not in the editor yet.
   Result<void> KeepAside(std::string html);
   // The same with the body as it was a second after its last change: something else changed.
-  Result<void> KeepFields() const;
+  Result<void> KeepFields();
   // The message as it is becomes one of the drafts that are offered; it stays in the editor.
   Result<void> SetAside();
   // Takes up the oldest of those: its body, unchanged where its file still holds it. The other fields are the caller's.
+  // What was in the editor is set aside for it.
   Result<Draft> Recover();
   const Drafts& drafts() const { return drafts_; }
+  // How often keeping it succeeded, in whichever way.
+  std::uint64_t times_kept() const { return times_kept_; }
 
  private:
+  Result<void> SetAsideEarlier();
   Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;
   app::Folders folders_;
   std::function<void(Draft&)> add_fields_;
   Drafts drafts_;
-  std::string seen_;  // the body a second after its last change
+  bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
+  std::string seen_;            // the body a second after its last change
   bool is_changed_ = false;
+  std::uint64_t times_kept_ = 0;
   std::filesystem::path file_;
   PicturePlaces picture_places_;
   TakenPictures taken_;           // beside that file
