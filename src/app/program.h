@@ -14,7 +14,7 @@ namespace quillcast::app {
 
 // What the window itself asks of the stores waits for no lock longer than a person notices; the failure is told, and
 // what has more time runs beside the window.
-inline constexpr platform::Patience kWindowPatience{.lock_wait = std::chrono::milliseconds(50)};
+inline constexpr platform::LockPatience kWindowPatience{.lock_wait = std::chrono::milliseconds(50)};
 
 struct Program {
   const Folders& folders;

@@ -25,7 +25,7 @@ bool Exists(const fs::path& file) {
   return fs::exists(file, ignored);
 }
 
-Result<Database> OpenForWriting(const fs::path& file, const platform::Patience& patience) {
+Result<Database> OpenForWriting(const fs::path& file, const platform::LockPatience& patience) {
   auto folder = platform::EnsureFolder(file.parent_path());
   if (!folder) return folder.error();
   auto database = Database::Open(file, OpenMode::kCreate, patience);

@@ -22,7 +22,7 @@ struct SettingValue {
 // first write.
 class SettingsStore {
  public:
-  explicit SettingsStore(std::filesystem::path file, const platform::Patience& patience = {})
+  explicit SettingsStore(std::filesystem::path file, const platform::LockPatience& patience = {})
       : file_(std::move(file)), patience_(patience) {}
 
   // The stored text, or `fallback` when there is no such value. Fails only when the file is there and cannot be read.
@@ -40,7 +40,7 @@ class SettingsStore {
 
  private:
   std::filesystem::path file_;
-  platform::Patience patience_;
+  platform::LockPatience patience_;
 };
 
 }  // namespace quillcast::app

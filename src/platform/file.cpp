@@ -110,17 +110,19 @@ Error SystemError(std::string_view doing, const fs::path& path, int error_number
           RemedyOf(error_number, doing)};
 }
 
+Error NotAnOrdinaryFile(const fs::path& path, mode_t mode) {
+  if (S_ISDIR(mode)) return SystemError("read", path, EISDIR);
+  return {Failure::kNoInput, fmt::format("Cannot read {}: it is a device or a pipe.", path.string()),
+          "Name an ordinary file."};
+}
+
 Result<UniqueFd> OpenForReading(const fs::path& path) {
   // O_NONBLOCK: a pipe without a writer is refused below instead of waited for.
   UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!fd) return SystemError("read", path, errno);
   struct stat status {};
   if (::fstat(fd.get(), &status) != 0) return SystemError("read", path, errno);
-  if (S_ISDIR(status.st_mode)) return SystemError("read", path, EISDIR);
-  if (!S_ISREG(status.st_mode)) {
-    return Error{Failure::kNoInput, fmt::format("Cannot read {}: it is a device or a pipe.", path.string()),
-                 "Name an ordinary file."};
-  }
+  if (!S_ISREG(status.st_mode)) return NotAnOrdinaryFile(path, status.st_mode);
   return fd;
 }
 
@@ -227,6 +229,8 @@ Result<UniqueFd> OpenScratchFile(const fs::path& folder) {
   ::unlink(name.c_str());
   return named;
 }
+
+FileWriter::FileWriter(UniqueFd fd, fs::path path) : fd_(std::move(fd)), path_(std::move(path)) {}
 
 Result<FileWriter> FileWriter::CreateNew(const fs::path& path) {
   UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));

@@ -2,6 +2,8 @@
 // with the path and the system's reason.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -35,6 +37,9 @@ class UniqueFd {
 // The Error for a failed system call on a path, from errno: what the system said, and a remedy where one is known
 // (disk full, not permitted, is a folder). `doing` is a verb phrase: "read", "create".
 Error SystemError(std::string_view doing, const std::filesystem::path& path, int error_number);
+
+// The Error for what is no regular file, by its st_mode.
+Error NotAnOrdinaryFile(const std::filesystem::path& path, mode_t mode);
 
 // Opens a regular file for reading. Folders, devices and pipes are refused.
 Result<UniqueFd> OpenForReading(const std::filesystem::path& path);
@@ -83,8 +88,6 @@ bool IsBeingWritten(const std::filesystem::path& file);
 // failure all later calls fail with the same error, and the file ends with the last line that went into it whole.
 class FileWriter {
  public:
-  FileWriter(UniqueFd fd, std::filesystem::path path) : fd_(std::move(fd)), path_(std::move(path)) {}
-
   // Creates the file, with mode 0600, in the place of what stands there: a link is not followed, a pipe not opened, and
   // nobody else's file written into.
   static Result<FileWriter> CreateAnew(const std::filesystem::path& path);
@@ -100,10 +103,11 @@ class FileWriter {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  UniqueFd fd_;
-  std::filesystem::path path_;
+  FileWriter(UniqueFd fd, std::filesystem::path path);
   void CutTornLine();
 
+  UniqueFd fd_;
+  std::filesystem::path path_;
   std::string pending_;
   std::uint64_t flushed_ = 0;      // bytes
   std::uint64_t whole_lines_ = 0;  // bytes of them

@@ -20,19 +20,19 @@ namespace {
 constexpr auto kLockPause = std::chrono::milliseconds(5);
 constexpr int kStepsBetweenLooks = 10'000;  // of SQLite's machine, some tenths of a millisecond
 
-bool IsCancelled(const Patience& patience) {
+bool IsCancelled(const LockPatience& patience) {
   return patience.cancel != nullptr && patience.cancel->Requested() != Stop::kNone;
 }
 
 // For SQLite, which asks before each further try: 1 to try again.
 int WaitForLock(void* context, int tries) {
-  const auto& patience = *static_cast<const Patience*>(context);
+  const auto& patience = *static_cast<const LockPatience*>(context);
   if (IsCancelled(patience) || tries * kLockPause >= patience.lock_wait) return 0;
   std::this_thread::sleep_for(kLockPause);
   return 1;
 }
 
-int EndsStatement(void* context) { return IsCancelled(*static_cast<const Patience*>(context)) ? 1 : 0; }
+int EndsStatement(void* context) { return IsCancelled(*static_cast<const LockPatience*>(context)) ? 1 : 0; }
 
 Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
   const int code = sqlite3_errcode(database) & 0xFF;
@@ -84,12 +84,27 @@ std::string_view TextOf(sqlite3_value* value) {
   return text == nullptr ? std::string_view() : std::string_view(text, sqlite3_value_bytes(value));
 }
 
-// A file that an older copy, or another program, made with wider permissions; its journal is made with the same.
-Result<void> ShutOutOthers(int fd, const std::filesystem::path& path) {
+// The files of databases are never opened beside SQLite: closing any descriptor of a file, even one of another thread,
+// takes away every lock that the process holds on it.
+
+// Fails for what cannot be read, and for folders, devices and pipes.
+Result<struct stat> LookAtFile(const std::filesystem::path& path) {
   struct stat status {};
-  if (::fstat(fd, &status) != 0) return SystemError("read", path, errno);
+  if (::stat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0) return SystemError("read", path, errno);
+  if (!S_ISREG(status.st_mode)) return NotAnOrdinaryFile(path, status.st_mode);
+  return status;
+}
+
+// Private from the first moment; SQLite would use the process's mask. mknod needs no descriptor.
+Result<void> MakeFile(const std::filesystem::path& path) {
+  if (::mknod(path.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0 || errno == EEXIST) return {};
+  return SystemError("create", path, errno);
+}
+
+// A file that an older copy, or another program, made with wider permissions; its journal is made with the same.
+Result<void> ShutOutOthers(const std::filesystem::path& path, mode_t mode) {
   constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
-  if ((status.st_mode & kOthers) == 0 || ::fchmod(fd, status.st_mode & S_IRWXU) == 0) return {};
+  if ((mode & kOthers) == 0 || ::chmod(path.c_str(), mode & S_IRWXU) == 0) return {};
   return Error{
       Failure::kNotPermitted,
       fmt::format("{} can be read by others, and that could not be changed: {}.", path.string(), std::strerror(errno)),
@@ -174,15 +189,14 @@ Result<void> Database::CheckSchema() {
                "Put a copy of your own back, or move the file away to begin with an empty one."};
 }
 
-Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode, const Patience& patience) {
+Result<Database> Database::Open(const std::filesystem::path& path, OpenMode mode, const LockPatience& patience) {
   if (mode == OpenMode::kCreate) {
-    // Made here so that it is private from the first moment; SQLite would use the process's mask.
-    const UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!fd) return SystemError("create", path, errno);
-    if (const auto shut = ShutOutOthers(fd.get(), path); !shut) return shut.error();
-  } else {
-    const auto readable = OpenForReading(path);
-    if (!readable) return readable.error();
+    if (const auto made = MakeFile(path); !made) return made.error();
+  }
+  const auto status = LookAtFile(path);
+  if (!status) return status.error();
+  if (mode == OpenMode::kCreate) {
+    if (const auto shut = ShutOutOthers(path, status->st_mode); !shut) return shut.error();
   }
   SwitchOffAllocationCounts();
   sqlite3* raw = nullptr;

@@ -51,7 +51,7 @@ class Statement {
 enum class OpenMode { kReadOnly, kReadWrite, kCreate };
 
 // How long a statement may take.
-struct Patience {
+struct LockPatience {
   std::chrono::milliseconds lock_wait = std::chrono::seconds(10);  // for another process or connection
   const CancelToken* cancel = nullptr;  // its first request ends every wait and statement; outlives the connection
   bool cancel_ends_statements = true;   // false: the waits for locks alone, for work that is to be rounded off
@@ -64,7 +64,7 @@ class Database {
  public:
   // Fails with kNoInput when the file is missing, kBadData when it is damaged or of another program, kTryAgain when it
   // is locked or the work was cancelled, kCannotCreate or kIo otherwise.
-  static Result<Database> Open(const std::filesystem::path& path, OpenMode mode, const Patience& patience = {});
+  static Result<Database> Open(const std::filesystem::path& path, OpenMode mode, const LockPatience& patience = {});
   // From here on no request ends a statement.
   void ForgetCancel();
 
@@ -84,13 +84,13 @@ class Database {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  Database(sqlite3* database, std::filesystem::path path, const Patience& patience)
-      : patience_(std::make_unique<Patience>(patience)), database_(database), path_(std::move(path)) {}
+  Database(sqlite3* database, std::filesystem::path path, const LockPatience& patience)
+      : patience_(std::make_unique<LockPatience>(patience)), database_(database), path_(std::move(path)) {}
   void SwitchOffForeignCode();
   void KeepPatience();
   Result<void> CheckSchema();
 
-  std::unique_ptr<Patience> patience_;  // before the connection, which reads it
+  std::unique_ptr<LockPatience> patience_;  // before the connection, which reads it
   std::unique_ptr<sqlite3, CloseDatabase> database_;
   std::filesystem::path path_;
 };

@@ -30,7 +30,7 @@ ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find,
 
 Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std::int64_t group_id,
                                         StatementId statement, ImportReport& report,
-                                        const platform::Patience& patience) {
+                                        const platform::LockPatience& patience) {
   auto database = OpenStore(store, patience);
   if (!database) return database.error();
   if (const auto set = database->Execute(kCacheSize); !set) return set.error();

@@ -22,7 +22,7 @@ class ImportWriter {
  public:
   // `report` outlives the writer. `statement` is kAddAddress or kImportRecipient.
   static Result<ImportWriter> Open(const std::filesystem::path& store, std::int64_t group_id, StatementId statement,
-                                   ImportReport& report, const platform::Patience& patience = {});
+                                   ImportReport& report, const platform::LockPatience& patience = {});
 
   // Adds a recipient, or counts a duplicate when the group holds the address. `values` begins with the address, and has
   // as many values as the statement takes behind the group's key.

@@ -41,7 +41,7 @@ class RecipientCursor {
 
 class RecipientStore {
  public:
-  explicit RecipientStore(std::filesystem::path file, const platform::Patience& patience = {})
+  explicit RecipientStore(std::filesystem::path file, const platform::LockPatience& patience = {})
       : file_(std::move(file)), patience_(patience) {}
   const std::filesystem::path& file() const { return file_; }
 
@@ -97,7 +97,7 @@ class RecipientStore {
                          Values values);
 
   std::filesystem::path file_;
-  platform::Patience patience_;
+  platform::LockPatience patience_;
 };
 
 }  // namespace quillcast::recipients

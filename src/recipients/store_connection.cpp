@@ -31,7 +31,7 @@ Result<void> CheckPassword(platform::Database& database, std::string_view passwo
 }
 
 Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password,
-                                            const platform::Patience& patience) {
+                                            const platform::LockPatience& patience) {
   std::error_code ignored;
   if (std::filesystem::is_symlink(file, ignored) && !std::filesystem::exists(file, ignored)) {
     const auto target = std::filesystem::read_symlink(file, ignored);
@@ -63,7 +63,7 @@ Result<platform::Database> OpenByConnectionString(std::string_view connection_st
   return OpenWithPassword(std::filesystem::path(file), password, {});
 }
 
-Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::Patience& patience) {
+Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::LockPatience& patience) {
   return OpenWithPassword(file, kPassword, patience);
 }
 

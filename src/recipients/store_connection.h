@@ -17,7 +17,7 @@ std::string ConnectionString(const std::filesystem::path& data_folder);
 Result<platform::Database> OpenByConnectionString(std::string_view connection_string);
 
 // Opens the store's file with the program's own password.
-Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::Patience& patience = {});
+Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::LockPatience& patience = {});
 
 // Makes a store with no groups out of the statements of `schema`. Fails with kCannotCreate when the file exists.
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema);

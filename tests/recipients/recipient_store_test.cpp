@@ -171,8 +171,8 @@ TEST_F(StoreTest, WaitsNoLongerThanAsked) {
   auto other = OpenStore(store().file());
   ASSERT_TRUE(other->Execute("BEGIN EXCLUSIVE"));
   const auto begin = std::chrono::steady_clock::now();
-  for (const platform::Patience& patience :
-       {platform::Patience{.lock_wait = {}}, platform::Patience{.cancel = &cancel}}) {
+  for (const platform::LockPatience& patience :
+       {platform::LockPatience{.lock_wait = {}}, platform::LockPatience{.cancel = &cancel}}) {
     EXPECT_EQ(RecipientStore(store().file(), patience).ListGroupNames().error().failure, Failure::kTryAgain);
   }
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));

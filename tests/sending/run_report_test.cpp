@@ -1,8 +1,10 @@
 // The report: its lines to the letter, and what becomes of it when it cannot be written.
 #include "sending/run_report.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "support/temporary_folder.h"
 
@@ -10,8 +12,7 @@ namespace quillcast::sending {
 namespace {
 
 RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown) {
-  platform::UniqueFd fd(::open(file.c_str(), O_WRONLY | O_CREAT, 0600));
-  return RunReport(platform::FileWriter(std::move(fd), file),
+  return RunReport(std::move(*platform::FileWriter::CreateNew(file)),
                    [&shown](std::string_view line) { shown.emplace_back(line); });
 }
 
@@ -63,13 +64,21 @@ TEST(RunReport, LeavesOutCountsOfNothing) {
 }
 
 TEST(RunReport, RemembersThatItCouldNotBeWritten) {
+  const test::TemporaryFolder folder;
   std::vector<std::string> shown;
-  RunReport report = ReportInto("/dev/full", shown);
+  RunReport report = ReportInto(folder / "r.txt", shown);
   report.Sent();
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit nothing{0, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
   report.Flush();
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, before);
   ASSERT_TRUE(report.trouble());
   EXPECT_EQ(report.trouble()->failure, Failure::kIo);
-  EXPECT_NE(report.trouble()->what.find("/dev/full"), std::string::npos);
+  EXPECT_NE(report.trouble()->what.find("r.txt"), std::string::npos);
 }
 
 }  // namespace
