@@ -153,7 +153,6 @@ void Client::Driver::Run(Mailing& mailing) {
 
 Outcome Client::Driver::Test(Mailing& mailing) {
   around_.mailing = &mailing;
-  jobs_.Begin(mailing);
   Outcome opened = Connect();
   if (opened.code != ResultCode::kSuccess) return opened;
   Outcome quit = connection_->Quit(options_.timeout);

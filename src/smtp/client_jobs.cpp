@@ -114,11 +114,12 @@ void JobQueue::TellLog(Entry& entry) {
   entry.log.clear();
 }
 
-void JobQueue::Log(std::size_t place, std::string_view line) {
+bool JobQueue::KeepLine(std::size_t place, std::string_view line) {
   std::size_t n = 0;
   while (n < entries_.size() && (entries_[n].stage != Entry::Stage::kSubmitted || place-- > 0)) ++n;
-  if (n == 0 || n == entries_.size()) return mailing_->LogLine(line);
+  if (n == 0 || n == entries_.size()) return false;
   entries_[n].log.append(line).push_back('\n');
+  return true;
 }
 
 void JobQueue::CatchUp() {

@@ -37,10 +37,10 @@ class JobQueue {
   // another connection may serve it.
   void Settle(const Outcome& outcome, bool again);
 
-  // A line of the connection, of the submitted job that has `place` submitted ones before it. The first job of all has
-  // its lines told at once; those behind keep theirs until it has been told, so that the lines of each stand together
-  // before its outcome.
-  void Log(std::size_t place, std::string_view line);
+  // Takes a line of the connection, of the submitted job that has `place` submitted ones before it, and tells it before
+  // that job's outcome, so that the lines of each job stand together. False where nothing has to be waited for, because
+  // it is of the first job of all or of none: the line is to be told now.
+  bool KeepLine(std::size_t place, std::string_view line);
 
   // Says Mailing::CaughtUp where something was told since the last time.
   void CatchUp();

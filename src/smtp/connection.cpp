@@ -159,14 +159,18 @@ void Connection::TellProgress() {
   around_.mailing->Progress(made, total);
 }
 
+void Connection::TellLine(std::size_t place, std::string_view line) {
+  if (!around_.jobs.KeepLine(place, line)) around_.mailing->LogLine(line);
+}
+
 void Connection::TakeEvents() {
   while (const Event* event = session_.NextEvent()) {
     switch (event->kind) {
       case Event::Kind::kLogLine:
         if (IsPlain(event->text)) {
-          around_.jobs.Log(event->place, event->text);
+          TellLine(event->place, event->text);
         } else {
-          around_.jobs.Log(event->place, platform::Printable(event->text));
+          TellLine(event->place, platform::Printable(event->text));
         }
         break;
       case Event::Kind::kStartTls:

@@ -55,6 +55,7 @@ class Connection {
   void ReadAll();
   bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
+  void TellLine(std::size_t place, std::string_view line);
   void StartTls();
   void TellProgress();
   void GiveUp(const Error& error);
