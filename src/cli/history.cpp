@@ -57,8 +57,9 @@ int RunClear(Context& context) {
                          {"left", cleared.left},
                          {"going_on", cleared.going_on},
                          {"folders", cleared.folders}});
-  for (const auto& sentence : sending::WhatStayed(cleared, folders->History())) context.output.Note(sentence);
-  return cleared.left == 0 ? 0 : ExitCode(Failure::kNotPermitted);
+  for (const auto& sentence : sending::WhatStayed(cleared)) context.output.Note(sentence);
+  const auto done = sending::WhatFailed(cleared, folders->History());
+  return done ? 0 : context.output.Fail(done.error());
 }
 
 }  // namespace

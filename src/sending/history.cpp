@@ -134,20 +134,22 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   return result;
 }
 
-std::vector<std::string> WhatStayed(const ClearedHistory& cleared, const fs::path& history) {
-  const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };
+std::vector<std::string> WhatStayed(const ClearedHistory& cleared) {
   std::vector<std::string> sentences;
   if (cleared.folders > 0) {
-    sentences.push_back(platform::Counted(number(cleared.folders), "folder in it was left as it is.",
+    sentences.push_back(platform::Counted(static_cast<std::int64_t>(cleared.folders), "folder in it was left as it is.",
                                           "folders in it were left as they are."));
   }
   if (cleared.going_on > 0) sentences.emplace_back("The files of a run that is going on were kept.");
-  if (cleared.left > 0) {
-    sentences.push_back(fmt::format("{} could not be deleted. Look at the permissions of {}.",
-                                    platform::Counted(number(cleared.left), "file", "files"),
-                                    platform::Printable(history.string())));
-  }
   return sentences;
+}
+
+Result<void> WhatFailed(const ClearedHistory& cleared, const fs::path& history) {
+  if (cleared.left == 0) return {};
+  return Error{Failure::kNotPermitted,
+               fmt::format("{} could not be deleted.",
+                           platform::Counted(static_cast<std::int64_t>(cleared.left), "file", "files")),
+               fmt::format("Look at the permissions of {}.", platform::Printable(history.string()))};
 }
 
 }  // namespace quillcast::sending

@@ -63,7 +63,9 @@ struct ClearedHistory {
 };
 ClearedHistory ClearHistory(const std::filesystem::path& history, platform::Prompts& prompts);
 
-// What stayed and why, a sentence each; none when the folder is empty now.
-std::vector<std::string> WhatStayed(const ClearedHistory& cleared, const std::filesystem::path& history);
+// What stayed on purpose and why, a sentence each.
+std::vector<std::string> WhatStayed(const ClearedHistory& cleared);
+// What could not be deleted, where something could not.
+Result<void> WhatFailed(const ClearedHistory& cleared, const std::filesystem::path& history);
 
 }  // namespace quillcast::sending

@@ -156,7 +156,9 @@ void HistoryManagerForm::Clear() {
   if (cleared.clearing != Clearing::kCleared) return;
   QStringList sentences = {platform::Counted(static_cast<std::int64_t>(cleared.deleted), tr("1 file was deleted."),
                                              tr("%1 files were deleted."))};
-  for (const auto& sentence : WhatStayed(cleared, program_.folders.History())) sentences << ToQt(sentence);
+  for (const auto& sentence : WhatStayed(cleared)) sentences << ToQt(sentence);
+  const auto done = WhatFailed(cleared, program_.folders.History());
+  if (!done) sentences << ToQt(InOneLine(done.error()));
   cleared_ = sentences.join(' ');
   accept();
 }
