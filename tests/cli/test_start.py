@@ -1,5 +1,6 @@
 """The command without a command: its window where it can be had, else the reason in one line and the help."""
 import os
+import re
 import shutil
 import subprocess
 import unittest
@@ -30,6 +31,25 @@ class Start(Case):
                 self.assertEqual((done.returncode, done.stderr.count("\n")), (0, 1 if line else 0), done.stderr)
                 self.assertIn(line, done.stderr)
                 self.assertIn(out, done.stdout)
+
+    def test_the_manual_page(self):
+        """Every option stands where its command is told of; those of a message, once for all who make one."""
+        page = Path(__file__).parents[2] / "docs" / "quillcast.1"
+        text = re.sub(r"\\f[RBI]", "", page.read_text()).replace("\\-", "-")
+        told = dict(re.findall(r"^\.B (\w+)(.*?)(?=^\.TP|^\.SH)", text, re.M | re.S))
+        told["preview"] += told["send"]
+        told[""] = text[text.index(".SH OPTIONS"):]
+
+        def look(*command):
+            lines = self.ok(*command, "--help")
+            topic = told[command[0] if command else ""]
+            for option in re.findall(r"^  (?:-\w,)?(--[\w-]+)", lines, re.M):
+                if option not in ("--help", "--yes" if command else ""):
+                    self.assertRegex(topic, re.escape(option) + r"(?![\w-])", command)
+            _, _, subcommands = lines.partition("\nSubcommands:\n")
+            for name in re.findall(r"^  (\w+)", subcommands, re.M):
+                look(*command, name)
+        look()
 
 
 if __name__ == "__main__":

@@ -35,11 +35,10 @@ HelpForm::HelpForm(const Folders& folders, const QString& topic, QWidget* parent
 }
 
 QString TopicOf(const QString& window) {
-  static const QHash<QString, QString> topics = {{"EmailManagerForm", "Email Manager 1.htm"},
-                                                 {"ThreadForm", "Thread Options.htm"},
-                                                 {"TableForm", "Message Options.htm"},
-                                                 {"LinkForm", "Message Options.htm"},
-                                                 {"HistoryManagerForm", "History Manager.htm"}};
+  static const QHash<QString, QString> topics = {
+      {"EmailManagerForm", "Email Manager 1.htm"}, {"ThreadForm", "Thread Options.htm"},
+      {"TableForm", "Message Options.htm"},        {"LinkForm", "Message Options.htm"},
+      {"AttachmentsForm", "Message Options.htm"},  {"HistoryManagerForm", "History Manager.htm"}};
   return topics.value(window, "Welcome.htm");
 }
 
