@@ -100,14 +100,8 @@ void TellCounts(Context& context, const ImportOutcome& outcome, const ImportPlac
   if (!outcome.encoding.empty()) {
     context.output.Note(fmt::format("Read as {} ({}).", outcome.encoding, outcome.how_known));
   }
-  if (outcome.cut_addresses > 0) {
-    context.output.Note(
-        fmt::format("{} lost the end of a top-level part with more than five letters: a harvest takes "
-                    "five. Import such a list with --map.",
-                    platform::Counted(outcome.cut_addresses, "address", "addresses")));
-  }
-  context.output.Note(outcome.no_report ? "There is no report. " + InOneLine(*outcome.no_report)
-                                        : fmt::format("The report is in {}", places.report.string()));
+  for (const auto& sentence : recipients::ImportTroubles(outcome)) context.output.Note(sentence);
+  if (!outcome.no_report) context.output.Note(fmt::format("The report is in {}", places.report.string()));
 }
 
 int Conclude(Context& context, const ImportRequest& request, const ImportPlaces& places, const ImportOutcome& outcome) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/text.h"
 #include "recipients/address_harvest.h"
 #include "recipients/check_email.h"
 #include "recipients/import_writer.h"
@@ -78,7 +79,10 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
                        ImportOutcome& outcome) {
   const bool is_harvest = request.mode == ImportMode::kHarvest;
   auto made = ImportReport::Create(places.report, places.code_page);
-  if (!made) outcome.no_report = made.error();
+  if (!made) {
+    NotePassedOver(made.error());
+    outcome.no_report = made.error();
+  }
   ImportReport report = made ? std::move(*made) : ImportReport::Nowhere();
   auto source = TextSource::Open(request.file, request.encoding, places.code_page);
   if (!source) {
@@ -124,6 +128,18 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
       group ? RunImport(request, places, group->id, cancel, progress, outcome) : Result<void>(group.error());
   if (!done) outcome.error = done.error();
   return outcome;
+}
+
+std::vector<std::string> ImportTroubles(const ImportOutcome& outcome) {
+  std::vector<std::string> sentences;
+  if (outcome.cut_addresses > 0) {
+    sentences.push_back(fmt::format(
+        "{} lost the end of a top-level part with more than five letters: a harvest takes five. Import such "
+        "a list with “quillcast import --map”.",
+        platform::Counted(outcome.cut_addresses, "address", "addresses")));
+  }
+  if (outcome.no_report) sentences.push_back("There is no report. " + InOneLine(*outcome.no_report));
+  return sentences;
 }
 
 std::string ImportSummary(const ImportCounts& counts) {

@@ -25,6 +25,7 @@
 #include <memory>
 
 #include "app/ui/command_bar.h"
+#include "app/ui/help_form.h"
 #include "app/ui/message_header.h"
 #include "app/ui/preview_form.h"
 #include "app/ui/splash_form.h"
@@ -267,6 +268,11 @@ class MainFormTest : public QObject {
     QVERIFY(other->Execute("ROLLBACK"));
     QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("2 recipients"));
     QCOMPARE(to->currentText(), QString("Others"));
+    // A group that is to be chosen meanwhile is not forgotten over what waits already.
+    QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
+    for (const char* chosen : {"", "Readers", ""}) scene.window->findChild<MessageHeader*>()->LoadGroups(chosen);
+    QVERIFY(other->Execute("ROLLBACK"));
+    QTRY_COMPARE(to->currentText(), QString("Readers"));
   }
 
   void importExportAndSupportCheckFirst() {
@@ -811,6 +817,21 @@ class MainFormTest : public QObject {
     QCOMPARE(*scene.rig.Store().CountRecipients("Alpha"), std::int64_t{30001});
   }
 
+  void anImportTellsWhatItsCountsDoNot() {
+    Scene scene;
+    scene.rig.AddGroup("Alpha", {"a@example.org"});
+    scene.Open();
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Alpha");
+    std::filesystem::remove_all(scene.rig.folders.temporary);
+    scene.rig.folder.Write("Temp", "in the way");
+    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", "b@example.organic")};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(43);
+    QTRY_VERIFY2(scene.Status().startsWith("1 address was added."), qPrintable(scene.Status()));
+    QVERIFY2(scene.Status().contains("There is no report. ") && scene.Status().contains("1 address lost the end"),
+             qPrintable(scene.Status()));
+  }
+
   void previewOpensTheMessageWithItsTags() {
     Scene scene;
     scene.rig.FillInAccount();
@@ -1027,6 +1048,11 @@ class MainFormTest : public QObject {
     scene.window->Dispatch(59);
     auto* page = scene.window->findChild<QWidget*>("HelpPage");
     QVERIFY(page != nullptr && page->isVisible());
+    for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"AttachmentsForm", "<h2>Attachments</h2>"}, {"TableForm", "<h2>Tables</h2>"}, {"", "<h2>Welcome</h2>"}}) {
+      const auto topic = scene.rig.folders.program / "help" / platform::FromQt(TopicOf(window));
+      QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);
+    }
   }
 };
 

@@ -16,6 +16,25 @@ namespace {
 using platform::FromQt;
 using platform::ToQt;
 
+QString InWords(const recipients::ImportOutcome& outcome) {
+  const auto& counts = outcome.counts;
+  QStringList sentences;
+  if (outcome.error) sentences << ToQt(InOneLine(*outcome.error));
+  if (!outcome.error || counts.added > 0) {
+    sentences << platform::Counted(counts.added, GroupsMenu::tr("1 address was added."),
+                                   GroupsMenu::tr("%1 addresses were added."));
+  }
+  if (!outcome.error) {
+    sentences << platform::Counted(counts.duplicates, GroupsMenu::tr("1 was there already."),
+                                   GroupsMenu::tr("%1 were there already."));
+  }
+  const auto troubles = recipients::ImportTroubles(outcome);
+  for (const auto& trouble : troubles) sentences << ToQt(trouble);
+  if (!outcome.error && troubles.empty())
+    sentences << GroupsMenu::tr("Names and other fields stayed in the file; “quillcast import --map” takes them.");
+  return sentences.join(' ');
+}
+
 }  // namespace
 
 GroupsMenu::GroupsMenu(const Program& program, QWidget* parent)
@@ -60,14 +79,7 @@ void GroupsMenu::ImportInto(const QString& group) {
         recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));
     return [this, outcome] {
       emit Changed({});
-      if (outcome->error) {
-        emit Said(ToQt(InOneLine(*outcome->error)));
-        return;
-      }
-      emit Said(
-          platform::Counted(outcome->counts.added, tr("1 address was added."), tr("%1 addresses were added.")) + ' ' +
-          platform::Counted(outcome->counts.duplicates, tr("1 was there already."), tr("%1 were there already.")) +
-          ' ' + tr("Names and other fields stayed in the file; “quillcast import --map” takes them."));
+      emit Said(InWords(*outcome));
     };
   });
 }

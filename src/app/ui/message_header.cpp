@@ -194,13 +194,15 @@ void MessageHeader::Load() {
 }
 
 void MessageHeader::LoadGroups(const QString& chosen) {
+  if (!chosen.isEmpty()) wanted_ = chosen;
   const auto names = recipients::RecipientStore(program_.folders.Database(), kWindowPatience).ListGroupNames();
   if (!names && names.error().failure == Failure::kTryAgain) {
-    LoadGroupsAgain(ToQt(InOneLine(names.error())), chosen);
+    LoadGroupsAgain(ToQt(InOneLine(names.error())));
     return;
   }
   if (!names) emit Trouble(ToQt(InOneLine(names.error())));
-  ShowGroups(names ? *names : std::vector<std::string>(), chosen.isEmpty() ? to_->currentText() : chosen);
+  const QString wanted = std::exchange(wanted_, {});
+  ShowGroups(names ? *names : std::vector<std::string>(), wanted.isEmpty() ? to_->currentText() : wanted);
   ShowCount();
 }
 
@@ -251,7 +253,7 @@ void MessageHeader::ShowCount() {
                    .CountRecipients(FromQt(to_->currentText()));
   if (!count && count.error().failure == Failure::kTryAgain) {
     count_->clear();
-    LoadGroupsAgain(ToQt(InOneLine(count.error())), {});
+    LoadGroupsAgain(ToQt(InOneLine(count.error())));
     return;
   }
   ShowTotal(std::move(count).ValueOr(0));
@@ -263,12 +265,12 @@ void MessageHeader::ShowTotal(std::int64_t recipients) {
 }
 
 // The store is in use: what is shown stays, and is looked up again in a moment.
-void MessageHeader::LoadGroupsAgain(const QString& why, const QString& chosen) {
+void MessageHeader::LoadGroupsAgain(const QString& why) {
   emit Trouble(why);
   if (!std::exchange(loads_again_, true)) {
-    QTimer::singleShot(kPauseBeforeLoading, this, [this, chosen] {
+    QTimer::singleShot(kPauseBeforeLoading, this, [this] {
       loads_again_ = false;
-      LoadGroups(chosen);
+      LoadGroups();
     });
   }
 }

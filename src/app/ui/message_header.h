@@ -70,10 +70,11 @@ class MessageHeader final : public QWidget {
   void ShowCount();
   void ShowGroups(const std::vector<std::string>& names, const QString& chosen);
   void ShowTotal(std::int64_t recipients);
-  void LoadGroupsAgain(const QString& why, const QString& chosen);
+  void LoadGroupsAgain(const QString& why);
 
   const Program& program_;
   bool loads_again_ = false;
+  QString wanted_;  // the group to choose once the groups could be read
   compose::AttachmentList attachments_;
   platform::BackgroundTask* refresh_;
   int loads_ = 0;  // of the To box; what was read before the last one is old
