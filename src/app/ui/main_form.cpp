@@ -339,8 +339,8 @@ void MainForm::TakePictureAnswers(const compose::PicturePlaces& places) {
 void MainForm::ShowNotices() {
   if (!asked_pictures_.empty()) {
     notice_->Show(ToQt(sending::PictureQuestion(asked_pictures_)),
-                  {{tr("Take them along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }},
-                   {tr("Leave them out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }}});
+                  {{tr("Take along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }},
+                   {tr("Leave out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }}});
     return;
   }
   const compose::Drafts& drafts = document_->drafts();

@@ -26,8 +26,8 @@ PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent
       settings_(settings),
       task_(new platform::BackgroundTask(this)),
       text_(new QLabel(this)),
-      take_(new QPushButton(tr("&Take them along"), this)),
-      leave_(new QPushButton(tr("&Leave them out"), this)) {
+      take_(new QPushButton(tr("Ta&ke along"), this)),
+      leave_(new QPushButton(tr("&Leave out"), this)) {
   setObjectName("PicturesPanel");
   setFrameShape(QFrame::StyledPanel);
   setAutoFillBackground(true);
@@ -37,6 +37,9 @@ PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent
   text_->setWordWrap(true);
   take_->setObjectName("TakePicturesButton");
   leave_->setObjectName("LeavePicturesButton");
+  // Enter, pressed for the dialog's own button, is no answer.
+  take_->setAutoDefault(false);
+  leave_->setAutoDefault(false);
   auto* line = new QHBoxLayout(this);
   line->setContentsMargins(12, 6, 8, 6);
   line->addWidget(text_, 1);
