@@ -10,40 +10,34 @@
 namespace quillcast::mime {
 namespace {
 
-class StyleEscaper {
+class StyleEscaper final : public HtmlVisitor {
  public:
   StyleEscaper(std::string_view html, const Charset& charset) : html_(html), charset_(charset) {}
 
   std::string Run() && {
-    LookAt(html_, true);
+    VisitTagsAndStyles(html_, *this);
     out_ += html_.substr(done_);
     return std::move(out_);
   }
 
  private:
-  // Conditional comments do not nest.
-  void LookAt(std::string_view part, bool look_into_comments) {
-    HtmlTokenizer tokenizer(part);
-    HtmlToken token;
-    bool in_style = false;
-    while (tokenizer.Next(token)) {
-      const std::string_view source = tokenizer.Source(token);
-      if (token.kind == HtmlTokenKind::kRawText && in_style) Escape(source, true);
-      if (token.kind == HtmlTokenKind::kComment && look_into_comments) LookAt(ConditionalContent(source), false);
-      in_style = token.kind == HtmlTokenKind::kStartTag && token.name == "style";
-      if (token.kind != HtmlTokenKind::kStartTag) continue;
-      if (const auto* style = tokenizer.Find(token, "style")) {
-        const std::string_view before = part.substr(0, style->value_begin);
-        Escape(tokenizer.RawValue(*style), before.ends_with('"') || before.ends_with("'"));
-      }
-    }
+  void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
+    const auto* const style = tokenizer.Find(token, "style");
+    if (style == nullptr) return;
+    const std::string_view css = tokenizer.RawValue(*style);
+    const std::string_view before = html_.substr(0, PlaceOf(css));
+    Escape(css, before.ends_with('"') || before.ends_with("'"));
   }
+
+  void StyleSheet(std::string_view css) override { Escape(css, true); }
+
+  std::size_t PlaceOf(std::string_view part) const { return static_cast<std::size_t>(part.data() - html_.data()); }
 
   // `css` is a part of the page. The blank that ends an escape would end an attribute without quotes; six digits need
   // none where no blank of the text can follow.
   void Escape(std::string_view css, bool may_hold_blanks) {
     if (platform::IsAscii(css)) return;
-    const auto begin = static_cast<std::size_t>(css.data() - html_.data());
+    const std::size_t begin = PlaceOf(css);
     out_ += html_.substr(done_, begin - done_);
     done_ = begin + css.size();
     bool escaped = false;  // a backslash stands before, and takes the next character

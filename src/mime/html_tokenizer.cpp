@@ -186,6 +186,9 @@ std::size_t HtmlTokenizer::ReadAttribute(std::size_t at, HtmlToken& token) const
   return at;
 }
 
+namespace {
+
+// What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
 std::string_view ConditionalContent(std::string_view comment) {
   if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
   const std::size_t begin = comment.find("]>");
@@ -193,5 +196,22 @@ std::string_view ConditionalContent(std::string_view comment) {
   const std::size_t end = std::min(comment.rfind("<!["), comment.rfind("--"));
   return end > begin + 2 ? comment.substr(begin + 2, end - begin - 2) : std::string_view();
 }
+
+void Visit(std::string_view part, HtmlVisitor& visitor, bool look_into_comments) {
+  HtmlTokenizer tokenizer(part);
+  HtmlToken token;
+  bool in_style = false;
+  while (tokenizer.Next(token)) {
+    const std::string_view source = tokenizer.Source(token);
+    if (token.kind == HtmlTokenKind::kStartTag) visitor.StartTag(tokenizer, token);
+    if (token.kind == HtmlTokenKind::kRawText && in_style) visitor.StyleSheet(source);
+    if (token.kind == HtmlTokenKind::kComment && look_into_comments) Visit(ConditionalContent(source), visitor, false);
+    in_style = token.kind == HtmlTokenKind::kStartTag && token.name == "style";
+  }
+}
+
+}  // namespace
+
+void VisitTagsAndStyles(std::string_view html, HtmlVisitor& visitor) { Visit(html, visitor, true); }
 
 }  // namespace quillcast::mime

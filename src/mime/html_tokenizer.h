@@ -70,8 +70,16 @@ class HtmlTokenizer {
   std::string raw_text_element_;  // its content comes next
 };
 
-// What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
-std::string_view ConditionalContent(std::string_view comment);
+// What looks at a page's tags and styles, in their order. Those within conditional comments ("<!--[if mso]>...") count
+// too, since some programs show them; such comments do not nest.
+class HtmlVisitor {
+ public:
+  virtual ~HtmlVisitor() = default;
+  virtual void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) = 0;
+  // The content of a style element, a part of the page.
+  virtual void StyleSheet(std::string_view css) = 0;
+};
+void VisitTagsAndStyles(std::string_view html, HtmlVisitor& visitor);
 
 // Replaces "&amp;", "&#8364;", "&#x20AC;" and the usual names by their characters in UTF-8. In an attribute, a name
 // without its semicolon before "=", a letter or a digit stays as it is, because it is part of an address.

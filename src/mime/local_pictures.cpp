@@ -53,29 +53,15 @@ std::string_view Trimmed(std::string_view text) {
 
 constexpr std::string_view kTagBegin = "$*Merge";
 
-class Finder {
+class Finder final : public HtmlVisitor {
  public:
-  explicit Finder(std::string_view html) : html_(html) { LookAt(html, true); }
+  explicit Finder(std::string_view html) : html_(html) { VisitTagsAndStyles(html, *this); }
 
   std::vector<PictureReference> found() && { return std::move(found_); }
   const std::set<std::string>& named_by_tags() const { return named_by_tags_; }
 
  private:
-  // Conditional comments do not nest.
-  void LookAt(std::string_view part, bool look_into_comments) {
-    HtmlTokenizer tokenizer(part);
-    HtmlToken token;
-    bool in_style = false;
-    while (tokenizer.Next(token)) {
-      const std::string_view source = tokenizer.Source(token);
-      if (token.kind == HtmlTokenKind::kStartTag) LookAtTag(tokenizer, token);
-      if (token.kind == HtmlTokenKind::kRawText && in_style) LookAtCss(source, CssPlace::kElement);
-      if (token.kind == HtmlTokenKind::kComment && look_into_comments) LookAt(ConditionalContent(source), false);
-      in_style = token.kind == HtmlTokenKind::kStartTag && token.name == "style";
-    }
-  }
-
-  void LookAtTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
     if (token.attributes.empty()) return;
     if (token.name == "base" && !base_) ReadBase(tokenizer.Value(token, "href"));
     const std::size_t first = found_.size();
@@ -91,6 +77,8 @@ class Finder {
     std::sort(found_.begin() + static_cast<std::ptrdiff_t>(first), found_.end(),
               [](const auto& a, const auto& b) { return a.offset < b.offset; });
   }
+
+  void StyleSheet(std::string_view css) override { LookAtCss(css, CssPlace::kElement); }
 
   // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
   // leads nowhere: it would stand before each of the page's addresses.

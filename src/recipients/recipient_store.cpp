@@ -144,15 +144,6 @@ Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name
   }
 }
 
-Result<bool> RecipientStore::RecipientExists(std::int64_t group_id, std::string_view address) const {
-  auto database = OpenStore(file_, patience_);
-  if (!database) return database.error();
-  const std::string key = std::to_string(group_id);
-  auto statement = Bound(*database, StatementId::kFindDuplicate, List<2>{key, address});
-  if (!statement) return statement.error();
-  return statement->rows().Step();
-}
-
 Result<std::optional<StoredRecipient>> RecipientStore::FindRecipient(std::int64_t group_id,
                                                                      std::string_view address) const {
   auto database = OpenStore(file_, patience_);
@@ -221,21 +212,6 @@ Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::in
       StatementId::kUpdateRecipient, ValuesAndKey(key, recipient));
 }
 
-Result<void> RecipientStore::AddRecipient(std::int64_t group_id, const Recipient& recipient) {
-  const std::string key = std::to_string(group_id);
-  return RunAlone(StatementId::kAddRecipient, KeyAndValues(key, recipient));
-}
-
-Result<void> RecipientStore::AddAddress(std::int64_t group_id, std::string_view address) {
-  const std::string key = std::to_string(group_id);
-  return RunAlone(StatementId::kAddAddress, List<2>{key, address});
-}
-
-Result<void> RecipientStore::UpdateRecipient(std::int64_t recipient_id, const Recipient& recipient) {
-  const std::string key = std::to_string(recipient_id);
-  return RunAlone(StatementId::kUpdateRecipient, ValuesAndKey(key, recipient));
-}
-
 Result<void> RecipientStore::DeleteRecipient(std::int64_t recipient_id) {
   const std::string key = std::to_string(recipient_id);
   return RunAlone(StatementId::kDeleteRecipient, List<1>{key});
@@ -245,14 +221,6 @@ Result<void> RecipientStore::DeleteFoundRecipient(std::int64_t recipient_id) {
   const std::string key = std::to_string(recipient_id);
   IgnoreErrors(RunAlone(StatementId::kFailingSelect, List<1>{key}));
   return DeleteRecipient(recipient_id);
-}
-
-Result<void> RecipientStore::CreateGroup(std::string_view name) {
-  return RunAlone(StatementId::kCreateGroup, List<1>{name});
-}
-
-Result<void> RecipientStore::RenameGroup(std::string_view old_name, std::string_view new_name) {
-  return RunAlone(StatementId::kRenameGroup, List<2>{new_name, old_name});
 }
 
 Result<void> RecipientStore::DeleteGroup(std::string_view name) {

@@ -54,7 +54,6 @@ class RecipientStore {
   // Whether a group is there, said as an error for people when it is not.
   Result<RecipientGroup> RequireGroup(std::string_view name) const;
 
-  Result<bool> RecipientExists(std::int64_t group_id, std::string_view address) const;
   Result<std::optional<StoredRecipient>> FindRecipient(std::int64_t group_id, std::string_view address) const;
 
   // These look and write in one transaction, so that of two at once only one succeeds. False, with nothing written,
@@ -64,16 +63,10 @@ class RecipientStore {
   Result<bool> AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient);
   Result<bool> UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id, const Recipient& recipient);
 
-  // These check nothing.
-  Result<void> AddRecipient(std::int64_t group_id, const Recipient& recipient);
-  Result<void> AddAddress(std::int64_t group_id, std::string_view address);
-  Result<void> UpdateRecipient(std::int64_t recipient_id, const Recipient& recipient);
   Result<void> DeleteRecipient(std::int64_t recipient_id);
   // The delete of the search's results: a statement that is known to fail goes before the one that deletes.
   Result<void> DeleteFoundRecipient(std::int64_t recipient_id);
 
-  Result<void> CreateGroup(std::string_view name);
-  Result<void> RenameGroup(std::string_view old_name, std::string_view new_name);
   // The group and all its recipients, or neither.
   Result<void> DeleteGroup(std::string_view name);
   Result<void> SetSort(std::int64_t group_id, std::string_view sort_sql);

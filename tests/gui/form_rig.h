@@ -63,9 +63,15 @@ struct FormRig {
   recipients::RecipientStore Store() const { return recipients::RecipientStore(folders.Database()); }
   void AddGroup(const std::string& name, const std::vector<std::string>& addresses) const {
     auto store = Store();
-    IgnoreErrors(store.CreateGroup(name));
-    const auto group = store.FindGroup(name);
-    for (const auto& address : addresses) IgnoreErrors(store.AddAddress((*group)->id, address));
+    if (!store.CreateGroupIfFree(name)) qFatal("A group of the test could not be made.");
+    for (const auto& address : addresses) AddRecipient(name, address);
+  }
+  void AddRecipient(const std::string& group, const std::string& address) const {
+    recipients::Recipient recipient;
+    recipient.values[recipients::kEmail] = address;
+    auto store = Store();
+    const auto added = store.AddRecipientIfNew(store.RequireGroup(group)->id, recipient);
+    if (!added || !*added) qFatal("A recipient of the test could not be added.");
   }
   void FillInAccount(const std::string& port = "25") {
     for (const auto& [key, value] : std::vector<std::pair<const char*, std::string>>{

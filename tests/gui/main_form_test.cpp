@@ -326,8 +326,7 @@ class MainFormTest : public QObject {
     elsewhere.show();
     QVERIFY(QTest::qWaitForWindowActive(&elsewhere));
     scene.rig.AddGroup("Friends", {"b@example.org"});
-    auto store = scene.rig.Store();
-    QVERIFY(store.AddAddress((**store.FindGroup("Customers")).id, "c@example.org"));
+    scene.rig.AddRecipient("Customers", "c@example.org");
     elsewhere.close();
     scene.window->activateWindow();
     QTRY_COMPARE(box->count(), 3);

@@ -26,8 +26,13 @@ class StoreTest : public testing::Test {
   ~StoreTest() override { std::filesystem::remove_all(folder_); }
 
   std::int64_t NewGroup(const char* name) {
-    EXPECT_TRUE(store().CreateGroup(name));
+    EXPECT_TRUE(*store().CreateGroupIfFree(name));
     return store().RequireGroup(name)->id;
+  }
+  void Add(std::int64_t group, std::string_view address) {
+    Recipient recipient;
+    recipient.values[kEmail] = address;
+    EXPECT_TRUE(*store().AddRecipientIfNew(group, recipient)) << address;
   }
   std::filesystem::path NewFile(const char* name, std::string_view content) {
     std::ofstream(folder_ / name, std::ios::binary) << content;
