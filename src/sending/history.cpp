@@ -50,6 +50,12 @@ Result<void> OpenOrWarn(const fs::path& file, const char* warning, platform::Des
   return {};
 }
 
+// A separator at the end would name what the link leads to.
+bool IsLink(const fs::path& folder) {
+  std::error_code ignored;
+  return fs::is_symlink(folder.has_filename() ? folder : folder.parent_path(), ignored);
+}
+
 }  // namespace
 
 std::string CleanSubject(std::string_view subject) {
@@ -88,12 +94,13 @@ Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::
 
 Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
   std::vector<HistoryRow> rows;
+  const bool is_link = IsLink(history);
   std::error_code failed;
   for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
        entry.increment(failed)) {
     if (!IsEntry(*entry)) continue;
     std::error_code ignored;
-    if (!entry->is_symlink(ignored)) IgnoreErrors(platform::Unlock(entry->path()));
+    if (!is_link && !entry->is_symlink(ignored)) IgnoreErrors(platform::Unlock(entry->path()));
     const std::string file = entry->path().filename().string();
     rows.push_back({file, RowText(WithoutEnding(file))});
   }
@@ -116,6 +123,8 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   ClearedHistory result;
   if (prompts.Ask("Are you sure you want to delete your history?") != platform::Answer::kYes) return result;
   result.clearing = Clearing::kCleared;
+  result.is_link = IsLink(history);
+  if (result.is_link) return result;
   std::error_code ignored;
   std::vector<fs::path> files;
   for (auto entry = fs::directory_iterator(history, ignored); !ignored && entry != fs::directory_iterator();
@@ -136,6 +145,7 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
 
 std::vector<std::string> WhatStayed(const ClearedHistory& cleared) {
   std::vector<std::string> sentences;
+  if (cleared.is_link) sentences.emplace_back("The history folder is a link; what it leads to was left as it is.");
   if (cleared.folders > 0) {
     sentences.push_back(platform::Counted(static_cast<std::int64_t>(cleared.folders), "folder in it was left as it is.",
                                           "folders in it were left as they are."));

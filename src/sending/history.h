@@ -52,14 +52,15 @@ Result<void> OpenMessage(const std::filesystem::path& history, const HistoryRow&
 enum class Clearing { kKept, kCleared };
 
 // Deletes every file of the history folder, whatever it is, after a question; but not those of a run that is going on.
-// Of a link it deletes the link, never what it points to. Folders, and files that cannot be deleted, are passed over
-// and counted.
+// Of a link it deletes the link, never what it points to; so where the folder itself is one, nothing is deleted.
+// Folders, and files that cannot be deleted, are passed over and counted.
 struct ClearedHistory {
   Clearing clearing = Clearing::kKept;
   std::size_t deleted = 0;
   std::size_t left = 0;
   std::size_t going_on = 0;  // files of runs
   std::size_t folders = 0;
+  bool is_link = false;  // the folder
 };
 ClearedHistory ClearHistory(const std::filesystem::path& history, platform::Prompts& prompts);
 

@@ -132,7 +132,8 @@ TEST_F(StoreTest, ACopiedListHoldsNobodyUp) {
 TEST_F(StoreTest, AFileFromElsewhereRunsNothing) {
   NewGroup("A");
   for (const char* foreign : {"CREATE TRIGGER [t] AFTER INSERT ON [Emails] BEGIN DELETE FROM [Groups]; END",
-                              "CREATE VIEW [v] AS SELECT * FROM [Emails]"}) {
+                              "CREATE VIEW [v] AS SELECT * FROM [Emails]",
+                              "DROP TABLE [Emails]; CREATE VIRTUAL TABLE [Emails] USING fts5([G-ID], [G-Email])"}) {
     const auto file = folder_ / "Foreign.mdb";
     std::filesystem::copy_file(store().file(), file, std::filesystem::copy_options::overwrite_existing);
     ASSERT_TRUE(OpenStore(file)->Execute(foreign));

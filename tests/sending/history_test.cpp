@@ -97,6 +97,16 @@ TEST(History, TouchesNeitherFoldersNorWhatLinksPointTo) {
   EXPECT_TRUE(platform::IsLocked(folder / "folder_a_b.txt")) << "was made writable";
   EXPECT_FALSE(fs::is_symlink(folder / "album"));
   EXPECT_TRUE(platform::IsLocked(mine)) << "what a link points to is gone, or was made writable";
+
+  // The folder itself may be one.
+  fs::create_directory_symlink(elsewhere.path(), folder / "History");
+  fs::rename(mine, elsewhere.path() / "a_b_mine.txt");
+  EXPECT_EQ(ListHistory(folder / "History" / "")->size(), 1U);
+  prompts.answers = {Answer::kYes};
+  const auto kept = ClearHistory(folder / "History" / "", prompts);
+  EXPECT_EQ(kept.deleted, 0U);
+  EXPECT_EQ(WhatStayed(kept).size(), 1U);
+  EXPECT_TRUE(platform::IsLocked(elsewhere.path() / "a_b_mine.txt"));
 }
 
 TEST(History, ClearingTellsWhatStayed) {
