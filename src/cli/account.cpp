@@ -34,8 +34,9 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   app::SettingsStore settings(folders->settings);
-  const auto values = AccountWith(options, settings, context);
+  auto values = AccountWith(options, settings, context);
   if (!values) return context.output.Fail(values.error());
+  const std::string forgotten = sending::ForgetUnusedSignIn(values->account);
   const AccountSettings& account = values->account;
   if (const auto complaint = sending::CheckAccount(account)) {
     if (!complaint->reason.empty()) return context.output.Complain(complaint->reason + " Nothing was saved.");
@@ -49,6 +50,7 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   if (!connection) return context.output.Fail(connection.error());
   const auto saved = account.Save(settings);
   if (!saved) return context.output.Fail(saved.error());
+  if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
   for (const auto& note : sending::TidiedByDialog(account, values->given)) context.output.Note(note);
   const auto texts = sending::TextsOf(account);
   context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));

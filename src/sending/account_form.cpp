@@ -81,6 +81,17 @@ const char* TimeoutUnit(std::string_view timeout) { return timeout == "1" ? "Min
 
 bool TakesDigitsOnly(AccountKey key) { return key == kPort || key == kTimeout || key == kWrap; }
 
+std::string ForgetUnusedSignIn(AccountSettings& account) {
+  std::string forgotten;
+  if (SignsIn(account)) return forgotten;
+  for (const AccountKey key : {kUsername, kPassword}) {
+    if (account[key].empty()) continue;
+    forgotten += fmt::format("{}{}", forgotten.empty() ? "" : ", ", RowOf(key).name);
+    account.Set(key, {});
+  }
+  return forgotten;
+}
+
 std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked) {
   const AccountSettings shown = ShownInDialog(stored);
   std::vector<std::string> sentences;

@@ -34,6 +34,10 @@ const char* TimeoutUnit(std::string_view timeout);
 // The boxes of the port, the time-out and the wrap width take nothing else, by key, paste and input method.
 bool TakesDigitsOnly(AccountKey key);
 
+// Takes the user and the password out of values that sign in nowhere: a secret that nothing uses is not kept. The names
+// of what was taken out, for a person; empty when there was nothing.
+std::string ForgetUnusedSignIn(AccountSettings& account);
+
 // Sentences on what the dialog would do to values that were stored as asked: those that it sets back, and among `asked`
 // those that belong to a method that is not chosen.
 std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked);

@@ -67,7 +67,12 @@ class Account(Case):
         self.assertEqual((shown["Name"], shown["Username"], shown["Password"]), (odd, long, "********"))
         out = self.run_program("account", "set", "Auth=0", "Pipeline=1", "BCCField=x")
         self.assertEqual(out[0], 0)
-        self.assertIn("Without Auth=1 the account dialog will set back: Username, Password, Pipeline.", out[2])
+        self.assertIn("Without Auth=1 these are not kept: Username, Password.", out[2])
+        self.assertIn("Without Auth=1 the account dialog will set back: Pipeline.", out[2])
+        shown = json.loads(self.ok("--json", "account", "show"))
+        self.assertEqual((shown["Auth"], shown["Username"], shown["Password"], shown["Pipeline"]), ("0", "", "", "1"))
+        for file in self.profile.glob("settings.db*"):
+            self.assertNotIn(b"geheim-7", file.read_bytes(), file)
         self.assertIn("Without Method=Bulk the account dialog will keep but not offer: BCCField.", out[2])
         for method, text in (("Bulk", "Bulk Sending"), ("Third", "3rd Party Sending")):
             told = json.loads(self.ok("--json", "account", "set", f"Method={method}", "ThirdPath=/q/", "Name=Ada"))
