@@ -22,6 +22,32 @@ std::optional<fs::path> HomeOf(const platform::Environment& environment, const c
   return {};
 }
 
+// One place has one path, however it was written and whatever links lead to it: a second window looks for the first by
+// it. Where that cannot be found out the path stays as it is, and making it tells the failure.
+fs::path OnePath(const fs::path& path) {
+  std::error_code failed;
+  fs::path one = fs::weakly_canonical(fs::absolute(path, failed), failed);
+  return failed ? path : one;
+}
+
+struct UserFolders {
+  fs::path data;
+  fs::path settings;
+  fs::path temporary;
+};
+
+UserFolders FoldersOf(const platform::Environment& environment, const fs::path& program) {
+  const auto data = HomeOf(environment, "XDG_DATA_HOME", ".local/share");
+  const auto config = HomeOf(environment, "XDG_CONFIG_HOME", ".config");
+  const auto cache = HomeOf(environment, "XDG_CACHE_HOME", ".cache");
+  const auto temp = environment.Get("Temp");
+  UserFolders user;
+  user.data = data ? OurFolder(*data) : program / "Application Data";
+  user.settings = config ? OurFolder(*config) : user.data;
+  user.temporary = temp ? fs::path(*temp) : (cache ? OurFolder(*cache) : user.data) / "Temp";
+  return user;
+}
+
 }  // namespace
 
 Folders ResolveFolders(const platform::Environment& environment, const fs::path& executable,
@@ -31,24 +57,11 @@ Folders ResolveFolders(const platform::Environment& environment, const fs::path&
   folders.program = named ? fs::path(*named) : InstalledFolder(executable);
   folders.program_is_installed = !named;
 
-  if (profile) {
-    // One profile has one path, however it was written: a second window looks for the first by it. Where the current
-    // folder is gone the path stays as it is, and making it tells the failure.
-    std::error_code failed;
-    fs::path root = fs::weakly_canonical(fs::absolute(*profile, failed), failed);
-    if (failed) root = *profile;
-    folders.data = root / "data" / "";
-    folders.settings = root / "settings.db";
-    folders.temporary = root / "Temp";
-    return folders;
-  }
-  const auto data = HomeOf(environment, "XDG_DATA_HOME", ".local/share");
-  folders.data = (data ? OurFolder(*data) : folders.program / "Application Data") / "";
-  const auto config = HomeOf(environment, "XDG_CONFIG_HOME", ".config");
-  folders.settings = (config ? OurFolder(*config) : folders.data) / "settings.db";
-  const auto cache = HomeOf(environment, "XDG_CACHE_HOME", ".cache");
-  const auto temp = environment.Get("Temp");
-  folders.temporary = temp ? fs::path(*temp) : (cache ? OurFolder(*cache) : folders.data) / "Temp";
+  const UserFolders user =
+      profile ? UserFolders{*profile / "data", *profile, *profile / "Temp"} : FoldersOf(environment, folders.program);
+  folders.data = OnePath(user.data) / "";
+  folders.settings = OnePath(user.settings) / "settings.db";
+  folders.temporary = OnePath(user.temporary);
   return folders;
 }
 
