@@ -168,9 +168,8 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
                                 fmt::format("{} is locked and was left as it is.", options.to_file),
                                 "Name another file, or answer yes (--yes does) to have it unlocked."});
   }
-  const auto written = platform::ReplaceFile(std::filesystem::path(options.to_file), [&](int fd) {
-    return sending::WriteMessage(rendered, fd, options.to_file);
-  });
+  const auto written = platform::ReplaceChosenFile(
+      options.to_file, [&](int fd) { return sending::WriteMessage(rendered, fd, options.to_file); });
   if (!written) return context.output.Fail(written.error());
   context.output.Line(
       fmt::format("The message for {} is in {}.", platform::Printable(options.as, 100), options.to_file));

@@ -1,5 +1,8 @@
 #include "platform/file_attributes.h"
 
+#include <fmt/format.h>
+#include <sys/stat.h>
+
 #include "platform/file.h"
 
 namespace quillcast::platform {
@@ -26,6 +29,29 @@ Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
   const auto unlocked = Unlock(file);
   if (!unlocked) return unlocked.error();
   return true;
+}
+
+Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<void>(int fd)>& write) {
+  std::error_code failed;
+  const fs::path target = fs::is_symlink(path, failed) ? fs::canonical(path, failed) : path;
+  if (target.empty()) return SystemError("write", path, failed.value());
+  const auto before = fs::status(target, failed);
+  if (fs::is_other(before)) {
+    return Error{Failure::kCannotCreate, fmt::format("Cannot write {}: it is a device or a pipe.", path.string()),
+                 "Name an ordinary file."};
+  }
+  return ReplaceFile(target, [&](int fd) {
+    auto written = write(fd);
+    if (fs::is_regular_file(before)) {
+      // A file system that refuses has no permissions to keep.
+      [[maybe_unused]] const int kept = ::fchmod(fd, static_cast<mode_t>(before.permissions()));
+    }
+    return written;
+  });
+}
+
+Result<void> ReplaceChosenFile(const fs::path& path, std::string_view content) {
+  return ReplaceChosenFile(path, [&](int fd) { return WriteAll(fd, path, content); });
 }
 
 }  // namespace quillcast::platform

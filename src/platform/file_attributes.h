@@ -1,7 +1,9 @@
-// The one attribute of files that this system asks about: whether their owner may write them.
+// Files of a person's own choice, and the one attribute that is asked about: whether their owner may write them.
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <string_view>
 
 #include "platform/prompts.h"
 #include "platform/result.h"
@@ -18,5 +20,10 @@ Result<void> Unlock(const std::filesystem::path& file);
 // when the answer is Yes. False when the file is to be left alone. The new content comes by a rename, which no
 // permission of the old file holds up: an error here is the only thing that does.
 Result<bool> MayWriteTo(const std::filesystem::path& file, Prompts& prompts);
+
+// ReplaceFile for such a file: what a link leads to gets the new content, a file that was there keeps its permissions,
+// and a device or a pipe is refused.
+Result<void> ReplaceChosenFile(const std::filesystem::path& path, const std::function<Result<void>(int fd)>& write);
+Result<void> ReplaceChosenFile(const std::filesystem::path& path, std::string_view content);
 
 }  // namespace quillcast::platform

@@ -1,6 +1,7 @@
 """Bodies and files that servers touch, texts, one message into a file and the preview; whole runs are in tests/readers."""
 import email
 import email.policy
+import os
 import unittest
 
 from quillcast import Case
@@ -72,8 +73,15 @@ class ReadBack(Case):
         self.assertEqual((code, target.read_text(), target.stat().st_mode & 0o777), (77, "mine", 0o400), err)
         self.assertIn("The output file is locked.", err)
         self.assertIn(str(target), err)
-        self.ok("--yes", *command)
+        target.chmod(0o444)
+        link = self.folder / "link.eml"
+        link.symlink_to(target.name)
+        self.ok("--yes", *command[:-1], link)
         self.assertEqual(str(parse(target.read_bytes())["Subject"]), "Hi Ada")
+        self.assertEqual((link.is_symlink(), target.stat().st_mode & 0o777), (True, 0o644), "what was locked is unlocked")
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        self.assertEqual((self.run_program("--yes", *command[:-1], pipe)[0], pipe.is_fifo()), (73, True))
         self.ok("preview", "--subject", "Hi $*MergeFirstName*$", "--body", self.body)
         preview = parse((self.profile / "Temp" / "Preview.eml").read_bytes())
         self.assertEqual(str(preview["Subject"]), "Hi $*MergeFirstName*$")

@@ -116,6 +116,14 @@ class SendFormTest : public QObject {
       for (std::size_t i = 0; i < report->line_count(); ++i) lines << report->LineAt(i);
       return lines;
     }
+    // The report as it stands in the history.
+    QString Kept() const {
+      QString text;
+      for (const auto& entry : std::filesystem::directory_iterator(rig.folders.History())) {
+        if (entry.path().extension() == ".txt") text += platform::ToQt(*platform::ReadFile(entry.path(), 1 << 20));
+      }
+      return text;
+    }
     std::size_t Arrived() const {
       std::size_t files = 0;
       for (const auto& entry : std::filesystem::directory_iterator(rig.folder.path() / "Mailbox")) {
@@ -154,9 +162,16 @@ class SendFormTest : public QObject {
     QCOMPARE(table->rowCount(), 1);
     scene.Press("CopyResultsButton");
     QCOMPARE(QGuiApplication::clipboard()->text(), QString("3\tc@example.org\tsent\t\n"));
-    scene.rig.prompts.files = {scene.rig.folder.path() / "results.txt"};
-    scene.Press("SaveResultsButton");
-    QCOMPARE(platform::ReadFile(scene.rig.folder.path() / "results.txt", 1000)->c_str(), "3\tc@example.org\tsent\t\n");
+    const auto results = scene.rig.folder.Write("results.txt", "mine");
+    std::filesystem::permissions(results, std::filesystem::perms(0444));
+    scene.rig.prompts.files = {results};
+    for (const auto& [answer, content] :
+         {std::pair(platform::Answer::kNo, "mine"), std::pair(platform::Answer::kYes, "3\tc@example.org\tsent\t\n")}) {
+      scene.rig.prompts.answers = {answer};
+      scene.Press("SaveResultsButton");
+      QVERIFY(scene.rig.prompts.answers.empty());
+      QCOMPARE(platform::ReadFile(results, 1000)->c_str(), content);
+    }
     scene.Press("SendButton");
     QVERIFY(!scene.form->isVisible());
   }
@@ -302,6 +317,7 @@ class SendFormTest : public QObject {
     QTRY_VERIFY(panel->isVisible());
     QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
     QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
+    QCOMPARE(scene.Kept().count("There was an error sending your message."), 20);  // who is asked may read the file
     scene.Press("GoOnButton");
     QVERIFY(!panel->isVisible());
     QTRY_VERIFY(panel->isVisible());

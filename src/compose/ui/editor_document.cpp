@@ -4,7 +4,7 @@
 
 #include "compose/message_document.h"
 #include "compose/ui/html_editor.h"
-#include "platform/file.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "platform/ui/qt_text.h"
 
@@ -15,17 +15,6 @@ namespace fs = std::filesystem;
 
 // With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
 constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
-
-// The file that a link leads to gets the new content, and a file that was there keeps its permissions.
-Result<void> Replace(const fs::path& file, std::string_view bytes) {
-  std::error_code failed;
-  const fs::path target = fs::is_symlink(file, failed) ? fs::canonical(file, failed) : file;
-  if (target.empty()) return platform::SystemError("write", file, failed.value());
-  const auto before = fs::status(target, failed);
-  auto written = platform::ReplaceFile(target, bytes);
-  if (written && fs::exists(before)) fs::permissions(target, before.permissions(), failed);
-  return written;
-}
 
 }  // namespace
 
@@ -132,7 +121,7 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
   std::string bytes = as_read ? read_->bytes : EncodeBody(*saved, read_ ? read_->encoding : BodyEncoding::kUtf8);
-  auto written = Replace(file, bytes);
+  auto written = platform::ReplaceChosenFile(file, bytes);
   if (!written) return written;
   read_ = BodyFile{std::move(bytes), *saved, read_ ? read_->encoding : BodyEncoding::kUtf8};
   file_ = file;

@@ -13,7 +13,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "platform/file.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "platform/ui/first_key.h"
 #include "platform/ui/qt_text.h"
@@ -167,7 +167,12 @@ void ResultsView::Save() {
   const auto file = prompts_.PickSaveFile(
       {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
   if (file.empty()) return;
-  const auto saved = platform::ReplaceFile(file, results_.AsText(model_->rows()));
+  const auto may_write = platform::MayWriteTo(file, prompts_);
+  if (may_write && !*may_write) {
+    count_->setText(tr("%1 is locked and was left as it is.").arg(platform::PathToQt(file)));
+    return;
+  }
+  const auto saved = may_write ? platform::ReplaceChosenFile(file, results_.AsText(model_->rows())) : may_write.error();
   count_->setText(saved ? tr("Saved as %1.").arg(platform::PathToQt(file)) : ToQt(InOneLine(saved.error())));
 }
 
