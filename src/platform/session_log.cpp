@@ -1,8 +1,13 @@
 #include "platform/session_log.h"
 
+#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include "platform/file.h"
 #include "platform/text.h"
 
 namespace quillcast::platform {
@@ -19,6 +24,36 @@ std::size_t BeginOf(std::string_view text, std::size_t at) {
   }
   const auto before = text.substr(0, at).find_last_of(kEndsAnAddress);
   return before == std::string_view::npos ? 0 : before + 1;
+}
+
+// Opened anew for each line, so that no line goes into a file that another process has put away; failures are few.
+// Nothing for what is not a private file of this user's own: somebody else put it there.
+UniqueFd OpenLog(const std::filesystem::path& file) {
+  UniqueFd fd(::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+  struct stat status {};
+  if (!fd || ::fstat(fd.get(), &status) != 0) return {};
+  const bool is_ours = S_ISREG(status.st_mode) && status.st_nlink == 1 && status.st_uid == ::geteuid() &&
+                       (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+  return is_ours ? std::move(fd) : UniqueFd();
+}
+
+bool HasRoom(const UniqueFd& log, std::size_t line) {
+  struct stat status {};
+  return ::fstat(log.get(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) + line <= SessionLog::kLargest;
+}
+
+// Of several processes that find it full one moves it, the one that has its lock while it still bears the name; the
+// others would move the new one over it.
+void PutAway(const std::filesystem::path& folder, const UniqueFd& full) {
+  const auto log = folder / "Session.log";
+  struct stat held {};
+  struct stat named {};
+  if (full && ::flock(full.get(), LOCK_EX | LOCK_NB) != 0) return;
+  if (full && (::fstat(full.get(), &held) != 0 || ::lstat(log.c_str(), &named) != 0 || held.st_ino != named.st_ino)) {
+    return;
+  }
+  std::error_code none_there;
+  std::filesystem::rename(log, folder / "Session.before.log", none_there);
 }
 
 }  // namespace
@@ -39,28 +74,19 @@ SessionLog::SessionLog(std::filesystem::path folder, const Clock& clock) : folde
 
 SessionLog::~SessionLog() { OnPassedOver({}); }
 
-// A file of our own making, never one that somebody put there.
-bool SessionLog::Begin() {
-  std::error_code none_there;
-  std::filesystem::rename(folder_ / "Session.log", folder_ / "Session.before.log", none_there);
-  auto made = FileWriter::CreateNew(folder_ / "Session.log");
-  if (!made) return false;
-  writer_ = std::move(*made);
-  size_ = 0;
-  return true;
-}
-
 void SessionLog::Write(std::string_view text) {
   const std::lock_guard guard(lock_);
   const std::string shown = Printable(WithoutAddresses(text), kLongestLine);
   if (shown == last_) return;
   last_ = shown;
   const std::string line = fmt::format("{:%Y-%m-%d %H:%M:%S} {}\n", clock_.Local(clock_.Now()), shown);
-  if ((!writer_ || size_ + line.size() > kLargest) && !Begin()) return;
-  size_ += line.size();
-  // There is nobody left to tell of a failure here.
-  if (writer_->Write(line) && writer_->Flush()) return;
-  writer_.reset();
+  auto log = OpenLog(folder_ / "Session.log");
+  if (!log || !HasRoom(log, line.size())) {
+    PutAway(folder_, log);
+    log = OpenLog(folder_ / "Session.log");
+  }
+  if (!log) return;
+  [[maybe_unused]] const auto written = WriteAll(log.get(), folder_, line);  // nobody is left to tell of a failure
 }
 
 }  // namespace quillcast::platform

@@ -4,20 +4,19 @@
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "platform/clock.h"
-#include "platform/file.h"
 
 namespace quillcast::platform {
 
 // The text with everything that looks like a mail address taken out.
 std::string WithoutAddresses(std::string_view text);
 
-// "Session.log" in the folder, 0600, begun with the session's first line; the one before is "Session.before.log". At
-// its largest size it becomes the one before. Where it cannot be written, nothing is. Any thread may write.
+// "Session.log" in the folder, 0600. All that runs on the same data writes behind one another there, a window and the
+// commands beside it; at its largest size it becomes "Session.before.log". Where it cannot be written, nothing is. Any
+// thread may write.
 class SessionLog {
  public:
   // Hears of the failures that are passed over for as long as it lives.
@@ -32,13 +31,9 @@ class SessionLog {
   static constexpr std::uint64_t kLargest = 1024ULL * 1024;
 
  private:
-  bool Begin();
-
   std::filesystem::path folder_;
   const Clock& clock_;
   std::mutex lock_;
-  std::optional<FileWriter> writer_;
-  std::uint64_t size_ = 0;
   std::string last_;
 };
 

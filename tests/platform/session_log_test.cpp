@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <thread>
+#include <vector>
+
+#include "platform/result.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 
@@ -30,7 +36,7 @@ TEST(SessionLog, HoldsNoAddress) {
   }
 }
 
-TEST(SessionLog, TellsWhatWasPassedOverAndKeepsTheOneBefore) {
+TEST(SessionLog, TellsWhatWasPassedOverBehindWhatStandsThere) {
   const test::TemporaryFolder folder;
   const test::FakeClock clock;
   folder.Write("target", "mine");
@@ -47,10 +53,29 @@ TEST(SessionLog, TellsWhatWasPassedOverAndKeepsTheOneBefore) {
   const auto expected = [](const std::string& session) {
     return "2026-07-03 09:05:07 The " + session + " line?of (an address) Wait.\n2026-07-03 09:05:07 again\n";
   };
-  EXPECT_EQ(test::ReadAll(folder / "Session.log"), expected("second"));
-  EXPECT_EQ(test::ReadAll(folder / "Session.before.log"), expected("first"));
+  EXPECT_EQ(test::ReadAll(folder / "Session.log"), expected("first") + expected("second"));
+  EXPECT_TRUE(fs::is_symlink(folder / "Session.before.log")) << "what somebody put there is moved, not written into";
   EXPECT_EQ(test::ReadAll(folder / "target"), "mine");
   EXPECT_EQ(fs::status(folder / "Session.log").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(SessionLog, LosesNobodysLinesWhereManyWrite) {
+  const test::TemporaryFolder folder;
+  const test::FakeClock clock;
+  SessionLog window(folder.path(), clock);
+  window.Write("window 0");
+  for (int i = 1; i <= 500; ++i) {
+    std::array<SessionLog, 3> commands = {{{folder.path(), clock}, {folder.path(), clock}, {folder.path(), clock}}};
+    std::vector<std::thread> threads;
+    for (auto& command : commands) {
+      threads.emplace_back([&command, i] { command.Write(std::to_string(i) + std::string(1000, 'x')); });
+    }
+    for (auto& thread : threads) thread.join();
+    window.Write("window " + std::to_string(i));
+  }
+  const std::string all = test::ReadAll(folder / "Session.before.log") + test::ReadAll(folder / "Session.log");
+  EXPECT_TRUE(fs::exists(folder / "Session.before.log"));
+  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 500 * 4);
 }
 
 TEST(SessionLog, GrowsNoLargerThanItMay) {
