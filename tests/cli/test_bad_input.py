@@ -288,8 +288,10 @@ class BadInput(Case):
                     parts = email.message_from_bytes(content, policy=email.policy.SMTP).walk()
                     self.assertEqual([part.get_filename() for part in parts if part.get_filename()], names)
                     self.assertEqual(err.count("goes along"), len(names))
-        status, _, err = self.run_program("--yes", "send", *message, "--dry-run")
-        self.assertEqual((status, err.count("does not go along")), (0, 2), err)
+        for mode in (("--dry-run",), ("--to-file", self.folder / "one.eml", "--as", "ada@r.example")):
+            for options, asked in (((), 2), (("--leave-pictures-out",), 0)):
+                status, _, err = self.run_program("--yes", "send", *message, *mode, *options)
+                self.assertEqual((status, err.count("does not go along")), (0, asked), err)
         shown = json.loads(self.ok("--json", "preview", "--subject", "s", "--body", body, "--pictures-from", home))
         self.assertEqual(shown["pictures"], [str(self.folder / "page" / "page.gif"), str(home / "home.gif")])
 

@@ -151,6 +151,10 @@ TEST_F(StoreTest, AFileFromElsewhereRunsNothing) {
   ASSERT_TRUE(groups && groups->Step());
   EXPECT_EQ(groups->Int(0), 1);
   EXPECT_FALSE(open->Execute("PRAGMA writable_schema = ON; DELETE FROM sqlite_master"));
+  // Nor may a table call what has effects beyond the file; any function that is not marked as harmless counts as such.
+  const std::string call = "rtreedepth(x'0000')";
+  ASSERT_TRUE(open->Execute(("SELECT " + call + "; CREATE TABLE [c] ([x] DEFAULT (" + call + "))").c_str()));
+  EXPECT_FALSE(open->Execute("INSERT INTO [c] DEFAULT VALUES"));
 }
 
 TEST_F(StoreTest, WaitsNoLongerThanAsked) {

@@ -139,6 +139,7 @@ TEST(ClientSessionStart, SignsIn) {
     Check(at_home(c));
   }
   Check(at_home({.name = "without", .dialogue = EHLO "S: 250 mx", .code = kSuccess, .without_auth = true}));
+  Check(at_home({.name = "in another way", .dialogue = AUTH("X-NEW"), .code = kAuthNotOffered, .without_auth = true}));
 }
 
 TEST(ClientSessionStart, SendsWithoutSigningInOnlyWhereNobodyCanHaveTakenTheOfferOut) {
