@@ -11,9 +11,8 @@ class AddressHarvest {
  public:
   // A local part, "@" and the characters behind it that are longer together are no address.
   static constexpr std::size_t kLongestCandidate = std::size_t{64} * 1024;
-  // Gets each address in order, and whether its top-level part goes on beyond the five letters taken.
-  // False ends the harvest.
-  using Sink = std::function<bool(std::string_view address, bool cuts_top_level)>;
+  // Gets each address in order, and whether it is cut out of its word, see IsCut. False ends the harvest.
+  using Sink = std::function<bool(std::string_view address, bool is_cut)>;
 
   explicit AddressHarvest(Sink sink) : sink_(std::move(sink)) {}
 
@@ -24,12 +23,14 @@ class AddressHarvest {
 
  private:
   void Append(std::string_view characters);
-  bool EndRun(bool at_sign);
+  bool EndRun(char next);
 
   Sink sink_;
   bool has_local_ = false;  // an "@" stands between local_ and run_
   std::string local_;
-  std::string run_;  // address characters since the last other one; grows little beyond kLongestCandidate
+  bool local_inside_ = false;  // a word goes on into local_, as IsCut takes it
+  std::string run_;            // address characters since the last other one; grows little beyond kLongestCandidate
+  bool run_inside_ = false;    // a word goes on into run_
 };
 
 }  // namespace quillcast::recipients

@@ -18,7 +18,34 @@ constexpr std::array<bool, 256> kAddressCharacters = [] {
   return set;
 }();
 
+// What stands in local parts beside the characters that the rule takes. Those that also stand between addresses, such
+// as "=", "/" and "|", are left out.
+constexpr std::string_view kJoinsWords = "'+!#$%&*^~@";
+
+enum class InWord : std::uint8_t { kOutside, kInside, kAsBefore };
+
+constexpr std::array<InWord, 256> kInWord = [] {
+  std::array<InWord, 256> table{};
+  for (int c = 0; c < 256; ++c) {
+    if (kAddressCharacters[c]) table[c] = InWord::kInside;
+    if (c >= 0x80 && c <= 0xBF) table[c] = InWord::kAsBefore;  // within a character
+    // What begins the characters from U+00C0 to U+1FFF, the letters of scripts that put blanks between words. Signs and
+    // punctuation stand before and behind them.
+    if (c >= 0xC3 && c <= 0xE1) table[c] = InWord::kInside;
+  }
+  for (const char c : kJoinsWords) table[static_cast<std::uint8_t>(c)] = InWord::kAsBefore;
+  return table;
+}();
+
+InWord InWordAt(char c) { return kInWord[static_cast<std::uint8_t>(c)]; }
+
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsLetterOrDigit(char c) { return IsLetter(c) || (c >= '0' && c <= '9'); }
+
+bool EndsInsideWord(std::string_view text) {
+  const auto last = std::find_if(text.rbegin(), text.rend(), [](char c) { return InWordAt(c) != InWord::kAsBefore; });
+  return last != text.rend() && InWordAt(*last) == InWord::kInside;
+}
 
 }  // namespace
 
@@ -34,7 +61,13 @@ std::size_t DomainLength(std::string_view run) {
   return 0;
 }
 
-bool DomainLengthCuts(std::string_view run, std::size_t taken) { return taken < run.size() && IsLetter(run[taken]); }
+bool GoesOn(char c, bool so_far) {
+  return InWordAt(c) == InWord::kInside || (so_far && InWordAt(c) == InWord::kAsBefore);
+}
+
+bool IsCut(bool inside, std::string_view rest, char next) {
+  return inside || GoesOn(next, false) || std::any_of(rest.begin(), rest.end(), IsLetterOrDigit);
+}
 
 // A local part ends at its "@", for "@" is no character of it; so the leftmost match is the first "@" with a run before
 // it and a domain behind it, and it begins where that run begins. Each run is looked at twice at most.
@@ -50,7 +83,9 @@ std::optional<AddressMatch> FindAddress(std::string_view text, std::size_t from)
     const std::string_view run = text.substr(at + 1, end - at - 1);
     const std::size_t domain = DomainLength(run);
     if (domain == 0) continue;
-    return AddressMatch{begin, at + 1 + domain - begin, DomainLengthCuts(run, domain)};
+    const char next = end < text.size() ? text[end] : '\0';
+    return AddressMatch{begin, at + 1 + domain - begin,
+                        IsCut(EndsInsideWord(text.substr(0, begin)), run.substr(domain), next)};
   }
   return {};
 }

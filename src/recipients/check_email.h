@@ -13,7 +13,7 @@ namespace quillcast::recipients {
 struct AddressMatch {
   std::size_t position;
   std::size_t length;
-  bool cuts_top_level;  // more letters follow the five that the rule takes
+  bool is_cut;  // its word goes on, see IsCut
 };
 
 // The first match at or after `from`, with the extent that a backtracking matcher gives it. To find all, go on from its
@@ -24,8 +24,14 @@ std::optional<AddressMatch> FindAddress(std::string_view text, std::size_t from)
 // 0 when there is no match. `run` holds only characters for which IsAddressCharacter is true.
 std::size_t DomainLength(std::string_view run);
 
-// Whether the top-level part goes on with letters behind the `taken` characters that DomainLength gave.
-bool DomainLengthCuts(std::string_view run, std::size_t taken);
+// Whether a word goes on behind a byte of UTF-8, given whether one did before it. An apostrophe or a plus sign leaves
+// it as it was: they stand in words, and round them.
+bool GoesOn(char c, bool so_far);
+
+// Whether a match is only a part of its word: o'brien@x.org gives brien@x.org, and a@x.museum a@x.museu. `inside`:
+// whether a word goes on into the match; `rest`: the address characters behind it, and `next` what ends them, 0 at the
+// end of the text.
+bool IsCut(bool inside, std::string_view rest, char next);
 
 // [a-zA-Z0-9_\-\.]
 bool IsAddressCharacter(char c);

@@ -31,8 +31,8 @@ struct Run {
 
 Result<void> Harvest(Run& run) {
   Result<void> offered;
-  AddressHarvest harvest([&](std::string_view address, bool cuts_top_level) {
-    if (cuts_top_level) ++run.outcome.cut_addresses;
+  AddressHarvest harvest([&](std::string_view address, bool is_cut) {
+    if (is_cut && ++run.outcome.cut_addresses == 1) run.outcome.first_cut = address;
     offered = run.writer.Offer({&address, 1});
     return offered && !run.IsCancelled();
   });
@@ -134,9 +134,10 @@ std::vector<std::string> ImportTroubles(const ImportOutcome& outcome) {
   std::vector<std::string> sentences;
   if (outcome.cut_addresses > 0) {
     sentences.push_back(fmt::format(
-        "{} lost the end of a top-level part with more than five letters: a harvest takes five. Import such "
-        "a list with “quillcast import --map”.",
-        platform::Counted(outcome.cut_addresses, "address", "addresses")));
+        "{} cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters at the end. "
+        "Import such a list with “quillcast import --map”.",
+        platform::Counted(outcome.cut_addresses, "address was", "addresses were"),
+        platform::Printable(outcome.first_cut, 100)));
   }
   if (outcome.no_report) sentences.push_back("There is no report. " + InOneLine(*outcome.no_report));
   return sentences;

@@ -61,7 +61,8 @@ struct ImportProgress {
 struct ImportOutcome {
   ImportCounts counts;  // what is in the store and in the report
   std::uint64_t bytes = 0;
-  std::int64_t cut_addresses = 0;  // harvested without the end of their top-level part
+  std::int64_t cut_addresses = 0;  // harvested as a part of their word only
+  std::string first_cut;           // as it was harvested
   std::string encoding;            // empty when the file could not be read
   std::string how_known;
   bool cancelled = false;

@@ -49,8 +49,8 @@ TEST(CheckEmail, TakesLinearTimeOnTextMadeToBeSlow) {
 
 std::string Harvested(const std::vector<std::string_view>& pieces) {
   std::string all;
-  AddressHarvest harvest([&](std::string_view address, bool cuts) {
-    all.append(address).append(cuts ? "+ " : " ");
+  AddressHarvest harvest([&](std::string_view address, bool is_cut) {
+    all.append(address).append(is_cut ? "+ " : " ");
     return true;
   });
   for (const auto piece : pieces) EXPECT_TRUE(harvest.Feed(piece));
@@ -60,14 +60,14 @@ std::string Harvested(const std::vector<std::string_view>& pieces) {
 
 TEST(AddressHarvest, FindsTheSameWhereverTheTextIsCut) {
   std::mt19937 random(3);
-  const std::string_view letters = "aZb.@.@-c d1";
+  const std::string_view letters = "aZb.@.@-c d1'+\xC3\xA9\xE2\x80\x9C";
   for (int round = 0; round < 3000; ++round) {
     std::string text(random() % 60, ' ');
     for (char& c : text) c = letters[random() % letters.size()];
     std::string whole;
     std::size_t from = 0;
     while (const auto match = FindAddress(text, from)) {
-      whole.append(text, match->position, match->length).append(match->cuts_top_level ? "+ " : " ");
+      whole.append(text, match->position, match->length).append(match->is_cut ? "+ " : " ");
       from = match->position + match->length;
     }
     std::vector<std::string_view> pieces;
@@ -87,7 +87,31 @@ TEST(AddressHarvest, LeavesOutCandidatesBeyondTheLimit) {
   EXPECT_EQ(Harvested({"a" + fits + " x@y.zz"}), "x@y.zz ");
   EXPECT_EQ(Harvested({"a@" + std::string(3, 'b') + ".cd" + most + "bbbbb x@y.zz"}), "x@y.zz ");
   EXPECT_EQ(Harvested({"a@" + most, most, most + ".com@y.zz"}), "");
-  EXPECT_EQ(Harvested({"ada@x.museum"}), "ada@x.museu+ ");
+}
+
+TEST(AddressHarvest, TellsWhatIsCutOutOfItsWord) {
+  for (const auto& [text, harvested] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"ada@x.museum", "ada@x.museu+ "},
+           {"ada@x.xn--p1ai", "ada@x.xn+ "},
+           {"ada@x.org\xC3\xBC", "ada@x.org+ "},
+           {"ada@x.org. ada@x.org-, ada@x.org's (ada@x.org)", "ada@x.org ada@x.org ada@x.org ada@x.org "},
+           {"o'brien@x.org", "brien@x.org+ "},
+           {"john+tag@x.org", "tag@x.org+ "},
+           {"j\xC3\xBCrg@x.org", "rg@x.org+ "},
+           {"\xC3\xBC-b@x.org", "-b@x.org+ "},
+           {"x@ada@x.org", "ada@x.org+ "},
+           {"a@x.museumb@y.org", "a@x.museu+ mb@y.org+ "},
+           {"'ada@x.org' <ada@x.org> =ada@x.org &ada@x.org +ada@x.org",
+            "ada@x.org ada@x.org ada@x.org ada@x.org ada@x.org "},
+           {"to:ada@x.org?cc=ada@x.org;ada@x.org/ada@x.org|ada@x.org",
+            "ada@x.org ada@x.org ada@x.org ada@x.org ada@x.org "},
+           {"\xE2\x80\x9C"
+            "ada@x.org\xE2\x80\x9D \xEF\xBC\x9A"
+            "ada@x.org",
+            "ada@x.org ada@x.org "},
+       }) {
+    EXPECT_EQ(Harvested({text}), harvested) << text;
+  }
 }
 
 TEST(EnvelopeAddress, IsTakenOutOfWhatIsStored) {

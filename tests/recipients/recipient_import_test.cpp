@@ -47,10 +47,11 @@ TEST_F(ImportTest, AHarvestFindsWhatTheGoldenReportSays) {
   const std::filesystem::path data(QUILLCAST_TEST_DATA);
   const auto outcome = Run({.file = data / "import_harvest.txt", .group = "a ", .mapping = {}, .encoding = ""});
   EXPECT_FALSE(outcome.error);
-  EXPECT_EQ(outcome.counts, (ImportCounts{4, 2, 0}));
-  EXPECT_EQ(outcome.cut_addresses, 1);
+  EXPECT_EQ(outcome.counts, (ImportCounts{6, 2, 0}));
+  EXPECT_EQ(outcome.cut_addresses, 5);
+  EXPECT_EQ(outcome.first_cut, "bob@example.museu");
   EXPECT_EQ(Report(), FileText(data / "import_harvest_report.txt"));
-  EXPECT_EQ(Addresses(group), "ada@example.org bob@example.museu b@example.net y@z.info ");
+  EXPECT_EQ(Addresses(group), "ada@example.org bob@example.museu b@example.net brien@x.org tag@x.org y@z.info ");
 }
 
 TEST_F(ImportTest, ASecondRunFindsDuplicatesOnly) {
