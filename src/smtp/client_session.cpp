@@ -58,12 +58,7 @@ void ClientSession::Receive(std::string_view bytes) {
       case ReplyReader::Step::kSenseless:
         return Senseless(reader_.complaint());
       case ReplyReader::Step::kReply:
-        if (SigningIn()) {
-          TakeMasked();
-        } else {
-          LogLines(reader_.lines());
-          OnReply(reader_.reply());
-        }
+        TakeReply();
     }
   }
 }
@@ -75,17 +70,21 @@ void ClientSession::LogLines(std::string_view lines) {
   }
 }
 
-// A challenge is half of what it takes to try passwords at home, so that the log, and the outcome that others show,
-// have none of it. The verdict at the end is for people.
-void ClientSession::TakeMasked() {
-  ServerReply reply = reader_.reply();
-  if (reply.code / 100 == 3) {
-    Log("S: ", fmt::format("{} ****", reply.code));
-  } else {
-    LogLines(exchange_->Masked(reader_.lines()));
-    reply.text = exchange_->Masked(reply.text);
+// A challenge is half of what it takes to try passwords at home, and a server may repeat what it was told, in its
+// verdict or long after it. The log, and the outcome that others show, have none of it: such a reply is shown by its
+// codes.
+void ClientSession::TakeReply() {
+  const ServerReply& reply = reader_.reply();
+  const bool challenge = SigningIn() && reply.code / 100 == 3;
+  if (!challenge && !traces_.In(reply.text)) {
+    LogLines(reader_.lines());
+    return OnReply(reply);
   }
-  OnReply(reply);
+  Log("S: ", fmt::format("{}{}{} ****", reply.code, reply.enhanced.empty() ? "" : " ", reply.enhanced));
+  if (challenge) return OnReply(reply);
+  ServerReply shown = reply;
+  shown.text = "****";
+  OnReply(shown);
 }
 
 void ClientSession::OnReply(const ServerReply& reply) {
@@ -213,7 +212,8 @@ void ClientSession::SignIn() {
     auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
                                      {options_.user, options_.password.view(), setup_.nonce, setup_.now});
     if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what);
-    exchange_.emplace(*std::move(mechanism));
+    traces_.Begin(options_.user, (*mechanism)->Name(), options_.password.view());
+    exchange_.emplace(*std::move(mechanism), traces_);
     return SendSecret(exchange_->Begin());
   }
   const bool safe = setup_.encrypted || setup_.loopback;
@@ -231,6 +231,7 @@ void ClientSession::OnChallenge(const ServerReply& reply) {
 
 void ClientSession::BecomeReady() {
   exchange_.reset();
+  traces_.End();
   ready_ = true;
   pipelined_ = options_.pipeline && capabilities_.pipelining && window_.pipelining();
   NewEvent(Event::Kind::kReady);

@@ -181,7 +181,7 @@ class ClientSession {
   bool ReplyIsDue() const { return !awaited_.empty() && awaited_.front().end <= sent(); }
   bool SigningIn() const { return !awaited_.empty() && awaited_.front().command == Command::kAuth; }
   void LogLines(std::string_view lines);
-  void TakeMasked();
+  void TakeReply();
   void OnReply(const ServerReply& reply);
   void OnGoodbye(Command command, const ServerReply& reply);
   void OnAccepted(Command command, const ServerReply& reply);
@@ -242,6 +242,7 @@ class ClientSession {
   // Receiving.
   ReplyReader reader_;
   ReusedQueue<Awaited> awaited_;
+  SecretTraces traces_;  // of signing in, to the end of the session
   std::optional<SaslExchange> exchange_;
   std::string cancelled_;  // why the exchange was cancelled; the reply to that ends the session
 

@@ -23,6 +23,8 @@ class SaslMechanism {
   virtual std::optional<Secret> Start() = 0;
   // The response to a challenge. Fails when the challenge makes no sense, or the mechanism has nothing more to say.
   virtual Result<Secret> Step(std::string_view challenge) = 0;
+  // Whether the server's challenges only say what is to come, in words that its verdict may well have too.
+  virtual bool OnlyPrompted() const { return false; }
   // The server says that the exchange went well. Fails where it had to prove something first and did not.
   virtual Result<void> Finish() { return {}; }
 };

@@ -4,14 +4,12 @@
 #include <utility>
 
 #include "platform/base64.h"
-#include "platform/text.h"
 
 namespace quillcast::smtp {
 namespace {
 
 constexpr std::size_t kLongestCommand = 510;  // octets before CRLF (RFC 5321 4.5.3.1.4)
 constexpr std::size_t kLongestLine = 12286;   // the same for the lines of an exchange (RFC 4954 4)
-constexpr std::size_t kShortestMasked = 8;    // octets; what is shorter stands in a sentence by chance
 
 Secret Coded(const Secret& message) {
   std::string coded;
@@ -40,7 +38,7 @@ SecretLine SaslExchange::Begin() {
   initial_ = mechanism_->Start();
   if (!initial_) return {Secret(std::string_view(command)), command};
   const Secret coded = Coded(*initial_);
-  Remember(coded.view(), initial_->view());
+  traces_.AddResponse(initial_->view());
   const std::string_view argument = coded.view().empty() ? "=" : coded.view();  // "=": empty, not absent (RFC 4954 4)
   // What would make the command too long waits until the server asks for it.
   if (command.size() + 1 + argument.size() > kLongestCommand) return {Secret(std::string_view(command)), command};
@@ -54,7 +52,7 @@ Result<SecretLine> SaslExchange::Answer(std::string_view challenge) {
   const auto plain = platform::DecodeBase64(challenge);
   if (!plain)
     return Error{Failure::kBadData, "The server broke the exchange that signs in: its challenge is no base 64."};
-  Remember(challenge, *plain);
+  if (!mechanism_->OnlyPrompted()) traces_.AddChallenge(*plain);
   // The first message was not in the command, or the server passed it over.
   const bool asks_for_the_first = !std::exchange(challenged_, true) && plain->empty() && initial_;
   Result<Secret> response = asks_for_the_first ? Secret(initial_->view()) : mechanism_->Step(*plain);
@@ -63,22 +61,8 @@ Result<SecretLine> SaslExchange::Answer(std::string_view challenge) {
   if (coded.view().size() > kLongestLine) {
     return Error{Failure::kBadData, "The user and the password are too long for SMTP."};
   }
-  Remember(coded.view(), response->view());
+  traces_.AddResponse(response->view());
   return SecretLine{std::move(coded), "****"};
-}
-
-void SaslExchange::Remember(std::string_view coded, std::string_view plain) {
-  for (const std::string_view text : {coded, plain}) {
-    if (text.size() >= kShortestMasked) said_.emplace_back(text);
-  }
-}
-
-std::string SaslExchange::Masked(std::string_view text) const {
-  std::string out(text);
-  for (const Secret& said : said_) {
-    if (out.find(said.view()) != std::string::npos) out = platform::ReplaceAll(out, said.view(), "****");
-  }
-  return out;
 }
 
 const char* AuthRefusal(int code) {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "smtp/sasl.h"
+#include "smtp/secret_traces.h"
 
 namespace quillcast::smtp {
 
@@ -19,7 +19,9 @@ struct SecretLine {
 
 class SaslExchange {
  public:
-  explicit SaslExchange(std::unique_ptr<SaslMechanism> mechanism) : mechanism_(std::move(mechanism)) {}
+  // `traces`, which must outlive the exchange, learns what both sides say.
+  SaslExchange(std::unique_ptr<SaslMechanism> mechanism, SecretTraces& traces)
+      : mechanism_(std::move(mechanism)), traces_(traces) {}
 
   // The AUTH command, with the mechanism's first message where it has one that fits into a command.
   SecretLine Begin();
@@ -27,16 +29,12 @@ class SaslExchange {
   Result<SecretLine> Answer(std::string_view challenge);
   // The server has said 235. Fails where it still owes a proof of its own.
   Result<void> Finish() { return mechanism_->Finish(); }
-  // The text without what either side said in this exchange, should the server repeat any of it in its verdict.
-  std::string Masked(std::string_view text) const;
 
  private:
-  void Remember(std::string_view coded, std::string_view plain);
-
   std::unique_ptr<SaslMechanism> mechanism_;
+  SecretTraces& traces_;
   std::optional<Secret> initial_;
   bool challenged_ = false;
-  std::vector<Secret> said_;  // by both sides, coded and plain
 };
 
 // Cancels an exchange (RFC 4954 4).

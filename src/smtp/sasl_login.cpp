@@ -8,6 +8,7 @@ class Login final : public SaslMechanism {
   explicit Login(const Credentials& credentials) : credentials_(credentials) {}
   const char* Name() const override { return "LOGIN"; }
   std::optional<Secret> Start() override { return {}; }
+  bool OnlyPrompted() const override { return true; }
 
   // The user first and the password second, whatever the prompts say: servers word them in many ways, and a prompt that
   // could choose would let a server ask for the password alone.

@@ -12,6 +12,7 @@ struct Played {
   Outcome closed;  // kSuccess when the session became ready
 };
 
+// A message is submitted as soon as the session is ready where the dialogue has one.
 Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue, bool loopback = true) {
   ClientOptions options;
   options.sign_in = true;
@@ -20,8 +21,13 @@ Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue
   options.auth_mode = mode;
   SendWindow window;
   ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')}, window);
+  const Envelope envelope{.sender = "ada@example.org", .recipient = "bob@example.net"};
+  TextSource message{"Subject: x\r\n\r\nhello\r\n"};
+  const bool submits = dialogue.find("C: MAIL") != std::string::npos;
   Played out;
-  Play(session, out.told, dialogue);
+  Play(session, out.told, dialogue, [&] {
+    if (submits && session.Idle() && out.told.outcomes.empty()) session.Submit(envelope, message);
+  });
   EXPECT_NE(out.told.ready, out.told.closed.has_value());
   out.closed = out.told.closed.value_or(Outcome{State::kSent, ResultCode::kSuccess, {}, {}});
   return out;
@@ -92,6 +98,67 @@ TEST(ClientSignIn, SignsInWithoutSendingThePassword) {
         EXPECT_EQ(line.find(secret), std::string::npos) << line;
       }
     }
+  }
+}
+
+#define LOGIN(user, password) \
+  AUTH("LOGIN") "C: AUTH LOGIN\nS: 334 VXNlcm5hbWU6\nC: " user "\nS: 334 VQ==\nC: " password "\n"
+#define PLAIN AUTH("PLAIN") "C: AUTH PLAIN AGFkYQBzM2NyZXQ=\n"
+#define SCRAM_PROVED SCRAM "S: 334 dj1LSnJDVmtlMzU0c2lvNnlsREVxZWNTUFBTbVhIWWdZcVQ0aVc3UWdmTVhRPQ==\nC: \n"
+#define LOGIN_7 LOGIN("YWRh", "aHVudGVyNw==")
+#define LOGIN_2 LOGIN("YWRh", "eHk=")
+
+// Servers repeat what they were told, in the verdict or in what they say of a message later.
+TEST(ClientSignIn, HidesWhatTheServerRepeatsOfIt) {
+  using enum AuthMode;
+  struct Case {
+    AuthMode mode;
+    const char* password;
+    const char* dialogue;  // up to the verdict
+    const char* said;      // by the server
+    bool in_verdict;       // hidden there
+    bool later;
+  };
+  const Case cases[] = {
+      {kLogin, "s3cret", PLAIN, "s3cret", true, true},
+      {kLogin, "s3cret", PLAIN, "S3CRET", true, true},
+      {kLogin, "s3cret", PLAIN, "s3cr", true, false},
+      {kLogin, "s3cret", PLAIN, "czNjcmV0", true, true},
+      {kLogin, "s3cret", PLAIN, "AGFkYQBzM2NyZXQ", true, true},
+      {kLogin, "s3cret", PLAIN, "733363726574", true, true},
+      {kLogin, "hunter7", LOGIN_7, "hunter7", true, true},
+      {kLogin, "hunter7", LOGIN_7, "aHVudGVyNw", true, true},
+      {kLogin, "xy", LOGIN_2, "xy", true, true},
+      {kCramMd5, "s3cret", CRAM, "b67bdfd585cdd6f04fd8260593f8b223", true, true},
+      {kCramMd5, "s3cret", CRAM, "<1@a>", true, false},
+      {kCramMd5, "s3cret", SCRAM_PROVED, "qqqqqqqqqqqqqqqqqqqqqqqqqqqqqqqqx", true, true},
+      {kCramMd5, "s3cret", SCRAM_PROVED, "c2FsdA", true, false},
+      {kCramMd5, "s3cret", SCRAM_PROVED, "uYNR2YSmYhkcfoz5q80fFkxzabtDvk7KXrIHK5NvIkE", true, true},
+      {kNtlm, "s3cret", NTLM, "C412FA945134DECD678D402E74A02980", true, true},
+      // What is no secret is for people.
+      {kLogin, "s3cret", PLAIN, "ada", false, false},
+      {kLogin, "hunter7", LOGIN_7, "Username and Password not accepted, see https://example.org/", false, false},
+      {kNtlm, "s3cret", NTLM, "NTLM authentication failed", false, false},
+      {kLogin, "mailpass", LOGIN("YWRh", "bWFpbHBhc3M="), "no such mailbox", true, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.dialogue) + c.said);
+    const std::string said = std::string("[") + c.said + "]";
+    const auto count_shown = [&](const std::string& rest, bool hidden) {
+      const Played played = SignIn(c.mode, Secret(c.password), c.dialogue + rest);
+      std::vector<std::string> shown = played.told.log;
+      shown.insert(shown.end(), {played.closed.reply.text, played.closed.reason});
+      for (const Outcome& outcome : played.told.outcomes) {
+        EXPECT_EQ(outcome.reply.enhanced, "5.7.1");
+        shown.insert(shown.end(), {outcome.reply.text, outcome.reason});
+      }
+      return std::count_if(shown.begin(), shown.end(), [&](const std::string& line) {
+        return line.find(hidden ? c.said : said) != std::string::npos;
+      });
+    };
+    EXPECT_EQ(count_shown("S: 535 5.7.1 no: " + said, c.in_verdict), c.in_verdict ? 0 : 2);
+    const std::string later = "S: 235 ok\nC: MAIL FROM:<ada@example.org>\nS: 550-5.7.1 no\nS: 550 5.7.1 " + said;
+    EXPECT_EQ(count_shown(later, c.later), c.later ? 0 : 2);
   }
 }
 
