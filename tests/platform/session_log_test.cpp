@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
+#include <barrier>
+#include <deque>
 #include <thread>
 #include <vector>
 
@@ -59,23 +60,31 @@ TEST(SessionLog, TellsWhatWasPassedOverBehindWhatStandsThere) {
   EXPECT_EQ(fs::status(folder / "Session.log").permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
+// All find it full at once, and one alone may put it away.
 TEST(SessionLog, LosesNobodysLinesWhereManyWrite) {
   const test::TemporaryFolder folder;
   const test::FakeClock clock;
-  SessionLog window(folder.path(), clock);
-  window.Write("window 0");
-  for (int i = 1; i <= 500; ++i) {
-    std::array<SessionLog, 3> commands = {{{folder.path(), clock}, {folder.path(), clock}, {folder.path(), clock}}};
+  const fs::path file = folder / "Session.log";
+  for (int round = 0; round < 1000; ++round) {
+    folder.Write("Session.log", "");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    fs::resize_file(file, SessionLog::kLargest);
+    std::deque<SessionLog> logs;
+    for (int i = 0; i < 4; ++i) logs.emplace_back(folder.path(), clock);
+    std::barrier together(4);
     std::vector<std::thread> threads;
-    for (auto& command : commands) {
-      threads.emplace_back([&command, i] { command.Write(std::to_string(i) + std::string(1000, 'x')); });
+    for (auto& log : logs) {
+      threads.emplace_back([&] {
+        together.arrive_and_wait();
+        log.Write("mine");
+      });
     }
     for (auto& thread : threads) thread.join();
-    window.Write("window " + std::to_string(i));
+    const std::string before = test::ReadAll(folder / "Session.before.log");
+    const std::string all = before + test::ReadAll(file);
+    ASSERT_GE(before.size(), SessionLog::kLargest);
+    ASSERT_EQ(std::count(all.begin(), all.end(), '\n'), 4);
   }
-  const std::string all = test::ReadAll(folder / "Session.before.log") + test::ReadAll(folder / "Session.log");
-  EXPECT_TRUE(fs::exists(folder / "Session.before.log"));
-  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 500 * 4);
 }
 
 TEST(SessionLog, GrowsNoLargerThanItMay) {
