@@ -717,6 +717,15 @@ class MainFormTest : public QObject {
     QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "Spring");
     QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
     QVERIFY(!scene.Editor().IsModified());
+    // So is the group that was made for it.
+    test::WhileOpen("", [](QDialog& form) {
+      QTest::keyClicks(form.findChild<QLineEdit*>(), "Gardeners");
+      QTest::keyClick(&form, Qt::Key_Return);
+    });
+    scene.window->findChild<QAction*>("NewGroupAction")->trigger();
+    QCOMPARE(scene.Box("ToComboBox"), QString("Gardeners"));
+    QTRY_VERIFY(platform::ReadFile(scene.rig.folders.data / "Autosave.fields", 10000)->find("Group: Gardeners") !=
+                std::string::npos);
   }
 
   void newClearsAllFieldsAndKeepsThem() {

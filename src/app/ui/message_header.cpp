@@ -208,10 +208,14 @@ void MessageHeader::LoadGroups(const QString& chosen) {
 
 void MessageHeader::ShowGroups(const std::vector<std::string>& names, const QString& chosen) {
   ++loads_;
-  const QSignalBlocker quiet(to_);
-  to_->clear();
-  for (const auto& name : names) to_->addItem(ToQt(name));
-  to_->setCurrentIndex(to_->findText(chosen));
+  const QString before = to_->currentText();
+  {
+    const QSignalBlocker quiet(to_);  // what is chosen on the way was chosen by nobody
+    to_->clear();
+    for (const auto& name : names) to_->addItem(ToQt(name));
+    to_->setCurrentIndex(to_->findText(chosen));
+  }
+  if (to_->currentText() != before) emit Changed();
 }
 
 void MessageHeader::Refresh() {
