@@ -2,6 +2,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,6 +16,7 @@
 #include <QTest>
 #include <QTimer>
 #include <atomic>
+#include <cmath>
 #include <memory>
 #include <thread>
 
@@ -313,14 +315,26 @@ class SendFormTest : public QObject {
     Scene scene(45);
     QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
     auto* panel = scene.form->findChild<QWidget*>("PausePanel");
+    QElapsedTimer since;
+    since.start();
     scene.Press("SendButton");
     QTRY_VERIFY(panel->isVisible());
+    qint64 worked = since.elapsed();
+    const QString rate = scene.Text("RateLabel");
+    QTest::qWait(700);  // longer than a rate needs to be told
+    QCOMPARE(scene.Text("RateLabel"), rate);
+    QVERIFY(!rate.contains("left"));
     QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
     QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
     QCOMPARE(scene.Kept().count("There was an error sending your message."), 20);  // who is asked may read the file
+    since.start();
     scene.Press("GoOnButton");
     QVERIFY(!panel->isVisible());
     QTRY_VERIFY(panel->isVisible());
+    worked += since.elapsed();
+    const QString told = scene.Text("RateLabel");  // of the time that it worked
+    QVERIFY2(told.isEmpty() || told.section(' ', 0, 0).toDouble() >= std::floor(40000.0 / static_cast<double>(worked)),
+             qPrintable(told));
     scene.Press("StopButton");
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QVERIFY(!panel->isVisible());

@@ -241,6 +241,7 @@ void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
     worker_->Answer(false);
     return;
   }
+  waiting_.start();
   TakeNews();  // what led to it can be read
   pause_text_->setText(
       tr("The server refused the same %1 times in a row, so the run waits: %2").arg(QString::number(times), refusal));
@@ -249,6 +250,8 @@ void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
 }
 
 void SendMailForm1::AnswerToGoOn(bool go_on) {
+  waited_ += waiting_.elapsed();
+  waiting_.invalidate();
   pause_panel_->hide();
   button_->setFocus();
   worker_->Answer(go_on);
@@ -284,9 +287,15 @@ void SendMailForm1::ShowProgress(const RunNews& news) {
   run_bar_->setFormat(
       tr("%1 of %2").arg(ToQt(platform::WithThousands(news.done)), ToQt(platform::WithThousands(news.total))));
   message_bar_->setValue(Steps(news.sent_octets, news.message_octets));
-  const bool is_over = stage_ == Stage::kFinished;  // those not tried take no time
-  rate_->setText(
-      ToQt(DescribeRate(news.done, is_over ? news.done : news.total, std::chrono::milliseconds(running_.elapsed()))));
+  // Those not tried take no time, and nobody knows how long an answer takes.
+  const bool goes_on = stage_ == Stage::kRunning && !waiting_.isValid();
+  rate_->setText(ToQt(DescribeRate(news.done, goes_on ? news.total : news.done, Worked())));
+}
+
+// Since the start, without the time that the run waited for answers.
+std::chrono::milliseconds SendMailForm1::Worked() const {
+  const qint64 waits = waiting_.isValid() ? waiting_.elapsed() : 0;
+  return std::chrono::milliseconds(running_.elapsed() - waited_ - waits);
 }
 
 void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {

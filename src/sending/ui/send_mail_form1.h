@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <QElapsedTimer>
+#include <chrono>
 #include <functional>
 
 #include "app/program.h"
@@ -57,6 +58,7 @@ class SendMailForm1 final : public QDialog {
   void TakeNews();
   void RunFinished(const Result<RunSummary>& summary);
   void ShowProgress(const RunNews& news);
+  std::chrono::milliseconds Worked() const;
   void CountDown();
   bool SwitchOff();
   QWidget* MakeHeading();
@@ -75,6 +77,8 @@ class SendMailForm1 final : public QDialog {
   QStringList notes_;  // about the run
   QTimer* tick_;
   QElapsedTimer running_;
+  QElapsedTimer waiting_;  // for the answer whether to go on; invalid while the run works
+  qint64 waited_ = 0;      // milliseconds, for the answers before
   bool report_open_ = false;
   bool shuts_down_ = false;
   QString refusal_;
