@@ -22,6 +22,7 @@
 #include <QSpinBox>
 #include <QTest>
 #include <QTimer>
+#include <fstream>
 #include <memory>
 
 #include "app/ui/command_bar.h"
@@ -918,8 +919,11 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Notice().contains("Practice"));  // still its server
     scene.window->skip_save_prompt = true;
     scene.window->close();
+    for (const char* file : {"000001.eml", "000001.txt", "000002.eml"}) {
+      std::ofstream(scene.rig.folders.data / "Practice" / file) << "Subject: x\r\n";
+    }
     scene.Open();
-    QVERIFY(scene.Notice().contains("Practice"));  // goes on after a start
+    QVERIFY2(scene.Notice().contains("2 messages have arrived"), qPrintable(scene.Notice()));  // goes on after a start
     test::WhileOpen("EmailManagerForm", [](QDialog& form) {
       form.findChild<QLineEdit*>("ServerTextBox")->setText("mail.example.org");
       form.findChild<QLineEdit*>("PortTextBox")->setText("587");

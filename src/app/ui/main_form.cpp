@@ -361,7 +361,6 @@ void MainForm::ShowNotices() {
                   {{tr("Show them"), "ShowPracticeButton", [this] { ShowPractice(); }},
                    {tr("End practice"), "EndPracticeButton", [this] {
                       Tell(practice_->End());
-                      arrived_ = 0;
                       ShowSender();
                       ShowNotices();
                     }}});
@@ -378,7 +377,9 @@ void MainForm::ShowNotices() {
                  {tr("&Practise"), "PractiseButton", [this] { BeginPractice(); }}});
 }
 
+// Counted before it takes any more, for each of those is announced.
 void MainForm::BeginPractice() {
+  arrived_ = static_cast<qint64>(PracticeMessages(practice_->folder()).size());
   Tell(practice_->Begin());
   ShowSender();
   ShowNotices();

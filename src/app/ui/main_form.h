@@ -139,8 +139,8 @@ class MainForm final : public QMainWindow {
   PracticeMailbox* practice_;
   platform::BackgroundTask* picture_task_;
   std::vector<std::filesystem::path> asked_pictures_;  // that the document names outside its folder
-  int arrived_ = 0;
-  QTimer* arrivals_;  // tells of them a few times a second
+  qint64 arrived_ = 0;                                 // in the practice mailbox, those of earlier sessions too
+  QTimer* arrivals_;                                   // tells of them a few times a second
   QLabel* first_panel_;
 };
 

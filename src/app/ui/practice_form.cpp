@@ -6,10 +6,10 @@
 #include <QPlainTextEdit>
 #include <QSplitter>
 #include <QVBoxLayout>
-#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "app/ui/practice_mailbox.h"
 #include "platform/file.h"
 #include "platform/ui/first_key.h"
 #include "platform/ui/qt_text.h"
@@ -62,13 +62,7 @@ PracticeForm::PracticeForm(fs::path folder, QWidget* parent)
 }
 
 void PracticeForm::Fill() {
-  std::vector<std::string> files;
-  std::error_code failed;
-  for (auto entry = fs::directory_iterator(folder_, failed); !failed && entry != fs::directory_iterator();
-       entry.increment(failed)) {
-    if (entry->path().extension() == ".eml") files.push_back(entry->path().filename().string());
-  }
-  std::sort(files.rbegin(), files.rend());
+  std::vector<std::string> files = PracticeMessages(folder_);
   if (files.size() > kMostShown) files.resize(kMostShown);
   for (const auto& file : files) list_->addItem(platform::ToQt(file));
   list_->setCurrentRow(files.empty() ? -1 : 0);

@@ -1,6 +1,7 @@
 #include "app/ui/practice_mailbox.h"
 
 #include <QMetaObject>
+#include <algorithm>
 
 #include "sending/account_settings.h"
 #include "smtp/mailbox_server.h"
@@ -24,6 +25,17 @@ bool Names(const sending::AccountSettings& account, std::string_view port) {
 }
 
 }  // namespace
+
+std::vector<std::string> PracticeMessages(const std::filesystem::path& folder) {
+  std::vector<std::string> files;
+  std::error_code failed;
+  for (auto entry = std::filesystem::directory_iterator(folder, failed);
+       !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+    if (entry->path().extension() == ".eml") files.push_back(entry->path().filename().string());
+  }
+  std::sort(files.rbegin(), files.rend());
+  return files;
+}
 
 bool PracticeMailbox::WasOn() const {
   const auto account = sending::AccountSettings::Load(program_.settings);

@@ -4,7 +4,9 @@
 #include <QObject>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "app/program.h"
 #include "platform/cancel.h"
@@ -12,6 +14,9 @@
 #include "sending/account_settings.h"
 
 namespace quillcast::app {
+
+// The names of the messages' files in its folder, the last that arrived first.
+std::vector<std::string> PracticeMessages(const std::filesystem::path& folder);
 
 class PracticeMailbox final : public QObject {
   Q_OBJECT
