@@ -41,6 +41,21 @@ int Steps(std::uint64_t done, std::uint64_t total) {
   return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
 }
 
+QString InWords(const RunSummary& summary) {
+  QStringList sentences;
+  sentences << platform::Counted(summary.sent, SendMailForm1::tr("1 message was sent,"),
+                                 SendMailForm1::tr("%1 messages were sent,"))
+            << SendMailForm1::tr("%1 failed.").arg(ToQt(platform::WithThousands(summary.failed)));
+  if (summary.stopped) {
+    sentences << ToQt(InOneLine(*summary.stopped));
+  } else if (summary.not_tried > 0) {
+    sentences << platform::Counted(summary.not_tried,
+                                   SendMailForm1::tr("1 recipient was not tried; nothing was sent there."),
+                                   SendMailForm1::tr("%1 recipients were not tried; nothing was sent to them."));
+  }
+  return sentences.join(' ');
+}
+
 QProgressBar* MakeBar(const char* name, QWidget* parent) {
   auto* bar = new QProgressBar(parent);
   bar->setObjectName(name);
@@ -311,15 +326,7 @@ void SendMailForm1::RunFinished(const Result<RunSummary>& summary) {
     Say(ToQt(InOneLine(summary.error())));
     return;
   }
-  if (summary->stopped) {
-    Say(ToQt(InOneLine(*summary->stopped)));
-  } else if (summary->not_tried > 0) {
-    Say(platform::Counted(summary->not_tried, tr("1 recipient was not tried; nothing was sent there."),
-                          tr("%1 recipients were not tried; nothing was sent to them.")));
-  } else {
-    Say(platform::Counted(summary->sent, tr("1 message was sent,"), tr("%1 messages were sent,")) + ' ' +
-        tr("%1 failed.").arg(ToQt(platform::WithThousands(summary->failed))));
-  }
+  Say(InWords(*summary));
   const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
   if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (summary->failed > 0 || summary->not_tried > 0) {
