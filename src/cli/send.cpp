@@ -16,6 +16,8 @@
 namespace quillcast::cli {
 namespace {
 
+constexpr std::int64_t kMostNotTried = 20;  // who are named to people
+
 struct SendOptions {
   DocumentOptions document;
   std::string group;
@@ -66,8 +68,19 @@ class SendListener final : public sending::RunListener {
   }
   void NotTried(std::int64_t position, const std::string& address) override {
     output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
+    if (++not_tried_ > kMostNotTried) {
+      last_not_tried_ = position;
+      return;
+    }
     output_.EndProgress();
     output_.Note(fmt::format("#{} {}: not tried", position, platform::Printable(address, 100)));
+  }
+  // Those beyond the first few, who would push what failed out of sight; --json and the history name each.
+  void CountNotTried() {
+    if (not_tried_ <= kMostNotTried) return;
+    const std::int64_t more = not_tried_ - kMostNotTried;
+    output_.Note(fmt::format("and {} more: not tried (from #{} to #{})", platform::WithThousands(more),
+                             last_not_tried_ - more + 1, last_not_tried_));
   }
 
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
@@ -78,6 +91,8 @@ class SendListener final : public sending::RunListener {
   Output& output_;
   const std::vector<std::string>& told_;
   bool keep_going_;
+  std::int64_t not_tried_ = 0;
+  std::int64_t last_not_tried_ = 0;
 };
 
 Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
@@ -106,6 +121,7 @@ int RunMailing(Context& context, const Mailing& mailing, const sending::MessageT
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());
 
+  listener.CountNotTried();
   context.output.Object({{"sent", summary->sent},
                          {"failed", summary->failed},
                          {"not_tried", summary->not_tried},
