@@ -441,6 +441,25 @@ class MainFormTest : public QObject {
     }
   }
 
+  void noClickMeantForANoticeAnswersAboutPictures() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
+    scene.Open();
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kNew);
+    const auto place = [&](const char* name) {
+      QTest::qWait(50);  // until the layout is made
+      const auto* button = scene.window->findChild<QPushButton*>(name);
+      return QRect(button->mapTo(scene.window.get(), QPoint()), button->size());
+    };
+    const QRect before = place("RestoreButton").united(place("DiscardButton"));
+    scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
+    scene.window->Dispatch(1);
+    QTRY_VERIFY(scene.Notice().contains(platform::PathToQt(home)));
+    QVERIFY(!place("NoticeTakePicturesButton").intersects(before));
+  }
+
   void thePreviewListsPicturesAndAsksAboutOthers() {
     test::FormRig rig;
     rig.FillInAccount();

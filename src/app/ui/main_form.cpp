@@ -339,8 +339,9 @@ void MainForm::TakePictureAnswers(const compose::PicturePlaces& places) {
 void MainForm::ShowNotices() {
   if (!asked_pictures_.empty()) {
     notice_->Show(ToQt(sending::PictureQuestion(asked_pictures_)),
-                  {{tr("Take along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }},
-                   {tr("Leave out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }}});
+                  {{tr("Leave out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }},
+                   {tr("Take along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }}},
+                  NoticeBar::Place::kBelow);
     return;
   }
   const compose::Drafts& drafts = document_->drafts();

@@ -21,11 +21,15 @@ class NoticeBar final : public QFrame {
     const char* name;  // of the button
     std::function<void()> action;
   };
-  void Show(const QString& sentence, const std::vector<Offer>& offers);
+  // Beside the sentence, at its right end; or below it on the left, where no button of another notice ever stands, for
+  // what nobody may agree to with a click that was meant for another.
+  enum class Place { kBeside, kBelow };
+  void Show(const QString& sentence, const std::vector<Offer>& offers, Place place = Place::kBeside);
   QString text() const;
 
  private:
-  QHBoxLayout* line_;
+  QHBoxLayout* beside_;
+  QHBoxLayout* below_;
   QLabel* sentence_;
   std::vector<QWidget*> buttons_;
 };

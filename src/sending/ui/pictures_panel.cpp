@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 #include <memory>
 #include <utility>
 
@@ -40,11 +41,15 @@ PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent
   // Enter, pressed for the dialog's own button, is no answer.
   take_->setAutoDefault(false);
   leave_->setAutoDefault(false);
-  auto* line = new QHBoxLayout(this);
-  line->setContentsMargins(12, 6, 8, 6);
-  line->addWidget(text_, 1);
-  line->addWidget(take_);
+  // Below the question on the left, where no other panel has a button: no click that was meant for another agrees.
+  auto* line = new QHBoxLayout();
   line->addWidget(leave_);
+  line->addWidget(take_);
+  line->addStretch(1);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(12, 6, 8, 6);
+  column->addWidget(text_);
+  column->addLayout(line);
   connect(take_, &QPushButton::clicked, this, [this] { Answer(true); });
   connect(leave_, &QPushButton::clicked, this, [this] { Answer(false); });
   hide();
