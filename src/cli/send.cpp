@@ -243,9 +243,9 @@ int RunSend(Context& context, const SendOptions& options) {
   // Where nothing is sent, they are only told of.
   const bool sends = !options.dry_run && options.to_file.empty();
   if (sends || options.leave_pictures_out) {
-    const auto answer = options.leave_pictures_out ? PictureAnswer::kLeaveOut : PictureAnswer::kAsk;
-    const auto answered = AskForPictures(context, *message_options, answer, mailing->document);
-    if (!answered) return context.output.Fail(answered.error());
+    const auto choice = options.leave_pictures_out ? ForeignPictures::kLeaveOut : ForeignPictures::kAskAbout;
+    const auto settled = SettlePictures(context, *message_options, choice, mailing->document);
+    if (!settled) return context.output.Fail(settled.error());
   }
   const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);

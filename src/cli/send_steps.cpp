@@ -65,27 +65,23 @@ int AskBeforeSending(Context& context, const Mailing& mailing) {
   return ExitCode(*refused == "GroupButton" ? Failure::kUsage : Failure::kNotPermitted);
 }
 
-Result<void> AskForPictures(Context& context, const sending::MessageOptions& options, PictureAnswer answer,
+Result<void> SettlePictures(Context& context, const sending::MessageOptions& options, ForeignPictures choice,
                             compose::MessageDocument& document) {
-  if (!sending::TakesPictures(document, options)) return {};
-  const auto files = sending::PicturesToAskFor(sending::TakePictures(document, {}).foreign);
+  const auto pictures = sending::LookForPictures(document, options, context.cancel);
+  if (!pictures) return pictures.error();
+  const auto files = sending::PicturesToAskFor(pictures->foreign);
   if (files.empty()) return {};
-  if (answer == PictureAnswer::kAsk) {
+  bool take = false;
+  if (choice == ForeignPictures::kAskAbout) {
     if (!context.may_ask || context.assume_yes) {
       return Error{Failure::kNotPermitted, sending::NameForeign(files),
                    "--pictures-from DIR takes those in that folder along, --leave-pictures-out sends without them."};
     }
-    switch (context.prompts.AskOrCancel(sending::PictureQuestion(files))) {
-      case platform::Answer::kYes:
-        for (const auto& file : files) document.picture_places.AllowFile(file);
-        return {};
-      case platform::Answer::kNo:
-        break;
-      case platform::Answer::kCancel:
-        return Error{Failure::kNotPermitted, "Nothing was sent.", ""};
-    }
+    const auto answer = context.prompts.AskOrCancel(sending::PictureQuestion(files));
+    if (answer == platform::Answer::kCancel) return Error{Failure::kNotPermitted, "Nothing was sent.", ""};
+    take = answer == platform::Answer::kYes;
   }
-  for (const auto& file : files) document.picture_places.LeaveOut(file);
+  document.picture_places.Answer(files, take);
   return {};
 }
 

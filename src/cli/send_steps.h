@@ -27,12 +27,12 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
 // The checks and questions before sending. 0 when the run may start, else the exit code.
 int AskBeforeSending(Context& context, const Mailing& mailing);
 
-// What becomes of pictures that the document names where it may not take them from.
-enum class PictureAnswer { kAsk, kLeaveOut };
+// What to do about pictures that the document names where it may not take them from.
+enum class ForeignPictures { kAskAbout, kLeaveOut };
 
 // Asks about them; --yes is no answer, for it was given before anybody knew of them. Fails with kNotPermitted when
 // there is nobody to ask, or when nothing is to be sent.
-Result<void> AskForPictures(Context& context, const sending::MessageOptions& options, PictureAnswer answer,
+Result<void> SettlePictures(Context& context, const sending::MessageOptions& options, ForeignPictures choice,
                             compose::MessageDocument& document);
 
 // Looks the group over and tells, on standard error, what the person may not have meant. A run asks its server itself

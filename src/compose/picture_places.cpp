@@ -1,6 +1,7 @@
 #include "compose/picture_places.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quillcast::compose {
 namespace {
@@ -37,16 +38,27 @@ void PicturePlaces::AllowFile(const fs::path& file) { allowed_.insert(Real(file)
 
 void PicturePlaces::LeaveOut(const fs::path& file) { left_out_.insert(Real(file)); }
 
+void PicturePlaces::Answer(const std::vector<fs::path>& files, bool take) {
+  for (const auto& file : files) take ? AllowFile(file) : LeaveOut(file);
+}
+
 bool PicturePlaces::IsLeftOut(const fs::path& file) const { return left_out_.contains(Real(file)); }
 
-bool PicturePlaces::Hold(const fs::path& file) const {
+std::vector<fs::path> PicturePlaces::RealFolders() const {
+  std::vector<fs::path> real;
+  for (const auto& folder : folders_) {
+    fs::path place = Real(folder);
+    if (!place.empty()) real.push_back(std::move(place));
+  }
+  return real;
+}
+
+bool PicturePlaces::Hold(const fs::path& file, const std::vector<fs::path>& real_folders) const {
   const fs::path real = Real(file);
   if (real.empty()) return false;
   if (allowed_.contains(real)) return true;
-  return std::any_of(folders_.begin(), folders_.end(), [&](const fs::path& folder) {
-    const fs::path place = Real(folder);
-    return !place.empty() && IsBelow(real, place);
-  });
+  return std::any_of(real_folders.begin(), real_folders.end(),
+                     [&](const fs::path& place) { return IsBelow(real, place); });
 }
 
 }  // namespace quillcast::compose

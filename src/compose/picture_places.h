@@ -27,11 +27,16 @@ class PicturePlaces {
   // What the person answered about single files.
   void AllowFile(const std::filesystem::path& file);
   void LeaveOut(const std::filesystem::path& file);
+  // The same answer for each of them.
+  void Answer(const std::vector<std::filesystem::path>& files, bool take);
   bool IsLeftOut(const std::filesystem::path& file) const;
 
   // Whether the file, with all links and ".." resolved, really lies in one of these places. False for one that is not
   // there. The file is not opened.
-  bool Hold(const std::filesystem::path& file) const;
+  bool Hold(const std::filesystem::path& file) const { return Hold(file, RealFolders()); }
+  // For many files: the folders that are there, without links, looked up once.
+  std::vector<std::filesystem::path> RealFolders() const;
+  bool Hold(const std::filesystem::path& file, const std::vector<std::filesystem::path>& real_folders) const;
 
   bool operator==(const PicturePlaces&) const = default;
 

@@ -28,8 +28,8 @@ Result<recipients::Recipient> RowAt(const recipients::RecipientStore& store, con
 
 // The message with the account as it is stored. The account must outlive nothing: what the message needs is copied.
 Result<std::unique_ptr<MessageTemplate>> Compile(const compose::MessageDocument& document, const app::Program& program,
-                                                 const AccountSettings& account) {
-  auto options = LoadMessageOptions(program.settings, account);
+                                                 const app::SettingsStore& settings, const AccountSettings& account) {
+  auto options = LoadMessageOptions(settings, account);
   if (!options) return options.error();
   return std::make_unique<MessageTemplate>(document, std::move(*options), program.folders.temporary, program.clock,
                                            program.entropy);
@@ -56,9 +56,10 @@ Result<RecipientView> ViewFor(const compose::MessageDocument& document, const re
 
 Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
                                 const recipients::RecipientGroup& group, const platform::CancelToken& cancel) {
-  const auto account = AccountSettings::Load(program.settings);
+  const app::SettingsStore settings(program.settings.file(), {.cancel = &cancel});
+  const auto account = AccountSettings::Load(settings);
   if (!account) return account.error();
-  const auto message = Compile(document, program, *account);
+  const auto message = Compile(document, program, settings, *account);
   if (!message) return message.error();
   MessageLook look;
   auto& lines = look.troubles;
@@ -78,23 +79,29 @@ Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const 
   return look;
 }
 
-Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const app::SettingsStore& settings) {
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document,
+                                        const std::filesystem::path& settings_file,
+                                        const platform::CancelToken& cancel) {
+  const app::SettingsStore settings(settings_file, {.cancel = &cancel});
   const auto account = AccountSettings::Load(settings);
   if (!account) return account.error();
   const auto options = LoadMessageOptions(settings, *account);
+  // With such an account no message goes out, which whoever sends is told.
+  if (!options && options.error().failure == Failure::kNotConfigured) return RelatedPictures();
   if (!options) return options.error();
-  return TakesPictures(document, *options) ? TakePictures(document, {}) : RelatedPictures();
+  return LookForPictures(document, *options, cancel);
 }
 
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,
                                  const recipients::RecipientGroup& group, std::int64_t position,
                                  const platform::CancelToken& cancel) {
-  const auto account = AccountSettings::Load(program.settings);
+  const app::SettingsStore settings(program.settings.file(), {.cancel = &cancel});
+  const auto account = AccountSettings::Load(settings);
   if (!account) return account.error();
   const auto row =
       RowAt(recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel}), group, position, cancel);
   if (!row) return row.error();
-  const auto message = Compile(document, program, *account);
+  const auto message = Compile(document, program, settings, *account);
   if (!message) return message.error();
   const std::string& own = (*account)[AccountKey::kEmail];
   RenderedMessage rendered;

@@ -1,4 +1,5 @@
-// What the preview inside the program shows: one recipient's message, and what may be wrong with all of them.
+// What the preview inside the program shows: one recipient's message, and what may be wrong with all of them. All of it
+// runs beside a window, so it waits for a locked settings file until it is cancelled, however impatient the window is.
 #pragma once
 
 #include <optional>
@@ -37,8 +38,11 @@ struct MessageLook {
 Result<MessageLook> FindTrouble(const compose::MessageDocument& document, const app::Program& program,
                                 const recipients::RecipientGroup& group, const platform::CancelToken& cancel);
 
-// The pictures that go along as the account is now, and those to be asked about.
-Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const app::SettingsStore& settings);
+// The pictures that go along as the account in this settings file is now, and those to be asked about; none where it
+// is not filled in. Fails when the settings cannot be read.
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document,
+                                        const std::filesystem::path& settings_file,
+                                        const platform::CancelToken& cancel);
 
 // Sends the message of that recipient to the account's own address: a sentence on what became of it.
 Result<std::string> SendToMyself(const compose::MessageDocument& document, const app::Program& program,

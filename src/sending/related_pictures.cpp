@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <set>
 
 #include "mime/local_pictures.h"
 #include "mime/media_type.h"
@@ -32,11 +33,12 @@ std::int32_t LookAtPath(const fs::path& file) {
   return fs::is_regular_file(status) ? 0 : kBodyNoFile;
 }
 
-// Whether what was opened has this path: a folder on the way may have become a link to elsewhere meanwhile.
+// Whether what was opened has this path: a folder on the way may have become a link to elsewhere meanwhile. What cannot
+// be known counts as no.
 bool IsStill(int fd, const fs::path& real) {
   std::error_code failed;
   const fs::path opened = fs::read_symlink(fmt::format("/proc/self/fd/{}", fd), failed);
-  return failed || opened == real;
+  return !failed && opened == real;
 }
 
 enum class Look { kPicture, kForeign, kTrouble };
@@ -47,9 +49,29 @@ struct Looked {
   Picture picture;
 };
 
+// One document's pictures, each put where it belongs in `result`.
+class Taking {
+ public:
+  Taking(const compose::PicturePlaces& places, std::string_view content_id_suffix)
+      : places_(places), folders_(places.RealFolders()), content_id_suffix_(content_id_suffix) {}
+
+  // The file's Content-ID, or nothing for one that is not taken.
+  std::string Take(const fs::path& file);
+  RelatedPictures result;
+
+ private:
+  Looked LookInto(const fs::path& file) const;
+  void AddForeign(const fs::path& file);
+
+  const compose::PicturePlaces& places_;
+  const std::vector<fs::path> folders_;
+  const std::string_view content_id_suffix_;
+  std::set<fs::path> foreign_;
+};
+
 // Looks into it, or says why not. The file may have become another since its path was looked at; that is told as not
 // opened.
-Looked LookInto(const fs::path& file, const compose::PicturePlaces& places) {
+Looked Taking::LookInto(const fs::path& file) const {
   if (const auto code = LookAtPath(file)) return {Look::kTrouble, code, {}};
   std::error_code failed;
   const fs::path real = fs::canonical(file, failed);
@@ -63,33 +85,29 @@ Looked LookInto(const fs::path& file, const compose::PicturePlaces& places) {
   if (!type.starts_with("image/")) return {Look::kTrouble, kBodyNotParsed, {}};
   Picture picture{file,          {},           std::string(type), static_cast<std::uint64_t>(status.st_size),
                   status.st_dev, status.st_ino};
-  return {places.Hold(real) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
+  return {places_.Hold(real, folders_) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
 }
 
 // By its real name, once, so that the person sees what a link would give away.
-void AddForeign(const fs::path& file, const compose::PicturePlaces& places, std::vector<ForeignPicture>& foreign) {
+void Taking::AddForeign(const fs::path& file) {
   std::error_code gone;
   const fs::path real = fs::canonical(file, gone);
-  const bool is_new =
-      std::none_of(foreign.begin(), foreign.end(), [&](const auto& picture) { return picture.file == real; });
-  if (is_new) foreign.push_back({real, places.IsLeftOut(real)});
+  if (foreign_.insert(real).second) result.foreign.push_back({real, places_.IsLeftOut(real)});
 }
 
-// Puts the file where it belongs in `result`; its Content-ID, or nothing for one that is not taken.
-std::string Take(const fs::path& file, const compose::PicturePlaces& places, std::string_view content_id_suffix,
-                 RelatedPictures& result) {
-  auto [look, code, picture] = LookInto(file, places);
+std::string Taking::Take(const fs::path& file) {
+  auto [look, code, picture] = LookInto(file);
   switch (look) {
     case Look::kTrouble:
       result.troubles.push_back({file.string(), code});
       return {};
     case Look::kForeign:
-      AddForeign(file, places, result.foreign);
+      AddForeign(file);
       return {};
     case Look::kPicture:
       break;
   }
-  picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix);
+  picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix_);
   result.pictures.push_back(std::move(picture));
   return result.pictures.back().content_id;
 }
@@ -143,23 +161,33 @@ Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
                "Send again."};
 }
 
-RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix) {
+RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix,
+                             const platform::CancelToken* cancel) {
   const compose::PicturePlaces places = document.picture_places.WithOwnFolder(document.base_folder);
   const fs::path base = document.base_folder.empty() ? fs::path("/") : document.base_folder;
-  RelatedPictures result;
+  Taking taking(places, content_id_suffix);
   std::map<fs::path, std::string> content_ids;  // empty for a file that is not taken
   std::vector<mime::PictureReference> taken;
   std::vector<std::string> replacements;
   for (auto& reference : mime::FindLocalPictures(document.html)) {
+    if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone) break;
     const fs::path file = (base / reference.path).lexically_normal();
     const auto [known, is_new] = content_ids.try_emplace(file);
-    if (is_new) known->second = Take(file, places, content_id_suffix, result);
+    if (is_new) known->second = taking.Take(file);
     if (known->second.empty()) continue;
     replacements.push_back("cid:" + known->second);
     taken.push_back(std::move(reference));
   }
-  result.html = mime::RewriteReferences(document.html, taken, replacements);
-  return result;
+  taking.result.html = mime::RewriteReferences(document.html, taken, replacements);
+  return std::move(taking.result);
+}
+
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const MessageOptions& options,
+                                        const platform::CancelToken& cancel) {
+  if (!TakesPictures(document, options)) return RelatedPictures();
+  auto pictures = TakePictures(document, {}, &cancel);
+  if (cancel.Requested() == platform::Stop::kNone) return pictures;
+  return Error{Failure::kTryAgain, "The look at the pictures was stopped.", ""};
 }
 
 bool TakesPictures(const compose::MessageDocument& document, const MessageOptions& options) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "compose/message_document.h"
+#include "platform/cancel.h"
 #include "platform/file.h"
 #include "platform/result.h"
 #include "sending/message_options.h"
@@ -53,11 +54,15 @@ struct RelatedPictures {
 
 // A page from elsewhere must not be able to make a person send a file of theirs: only what is a picture by its content
 // and lies where the document may take pictures from goes along. Only regular files are opened. References of a
-// document without a folder start from the root.
-RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix);
+// document without a folder start from the root. A request by `cancel` ends it with what it has by then.
+RelatedPictures TakePictures(const compose::MessageDocument& document, std::string_view content_id_suffix,
+                             const platform::CancelToken* cancel = nullptr);
 
 // Whether the document's pictures go along at all.
 bool TakesPictures(const compose::MessageDocument& document, const MessageOptions& options);
+// The pictures that would go along, and those to be asked about. Fails with kTryAgain when it is stopped.
+Result<RelatedPictures> LookForPictures(const compose::MessageDocument& document, const MessageOptions& options,
+                                        const platform::CancelToken& cancel);
 
 // What is to be told of them before anything goes out: those that go along, then those that do not, a sentence each; of
 // many, the first and how many more there are.

@@ -252,6 +252,21 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
   }
 }
 
+TEST(Growth, OfPicturesThatMayNotBeTaken) {
+  const test::TemporaryFolder folder;
+  constexpr std::string_view kReference = "<img src=\1>";
+  const std::string all = Repeated(kReference, 4 * kSize);
+  for (auto n = std::count(all.begin(), all.end(), '<'); n > 0; --n) folder.Write(std::to_string(n - 1), "GIF89a\x01");
+  const std::string base = "<base href='file://" + folder.path().string() + "/'>";
+  const auto take = [](const std::string& html) {
+    compose::MessageDocument document;
+    document.html = html;
+    return sending::TakePictures(document, "x");
+  };
+  EXPECT_EQ(take(base + all).foreign.size(), static_cast<std::size_t>(std::count(all.begin(), all.end(), '<')));
+  ExpectSteadyGrowth("TakePictures", take, [&](std::size_t size) { return base + Repeated(kReference, size); });
+}
+
 std::size_t FindAll(const std::string& text) {
   std::size_t count = 0;
   for (auto found = recipients::FindAddress(text, 0); found; ++count) {

@@ -48,7 +48,7 @@ class OneProfile final : public platform::Environment {
 struct FormRig {
   TemporaryFolder folder;
   app::Folders folders = app::ResolveFolders(OneProfile(), "/nowhere/bin/quillcast", folder.path());
-  app::SettingsStore settings{folders.settings};
+  app::SettingsStore settings{folders.settings, app::kWindowPatience};
   ScriptedPrompts prompts;
   RememberingDesktop desktop;
   RememberingPower power;

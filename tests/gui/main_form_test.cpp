@@ -97,6 +97,7 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.Open();
     scene.window->Dispatch(14);  // with the find bar
+    scene.window->findChild<QWidget*>("PicturesPanel")->show();
     QHash<QChar, QString> taken;
     QStringList texts;
     for (const QAction* menu : scene.window->menuBar()->actions()) texts << menu->text();
@@ -432,9 +433,12 @@ class MainFormTest : public QObject {
       scene.Open();
       scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
       scene.window->Dispatch(1);
-      QTRY_VERIFY(scene.Notice().contains(platform::PathToQt(home)));
-      scene.window->findChild<QPushButton*>(take ? "NoticeTakePicturesButton" : "NoticeLeavePicturesButton")->click();
-      QTRY_COMPARE(scene.Notice(), QString());
+      const auto* panel = scene.window->findChild<QWidget*>("PicturesPanel");
+      const auto* question = panel->findChild<QLabel*>("PicturesLabel");
+      QTRY_VERIFY(panel->isVisible() && question->text().contains(platform::PathToQt(home)));
+      QCOMPARE(scene.Notice(), QString());
+      panel->findChild<QPushButton*>(take ? "TakePicturesButton" : "LeavePicturesButton")->click();
+      QTRY_VERIFY(!panel->isVisible());
       QVERIFY(!scene.Editor().IsModified());
       scene.window->skip_save_prompt = true;
       scene.window->close();
@@ -456,8 +460,8 @@ class MainFormTest : public QObject {
     const QRect before = place("RestoreButton").united(place("DiscardButton"));
     scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
     scene.window->Dispatch(1);
-    QTRY_VERIFY(scene.Notice().contains(platform::PathToQt(home)));
-    QVERIFY(!place("NoticeTakePicturesButton").intersects(before));
+    QTRY_VERIFY(scene.window->findChild<QLabel*>("PicturesLabel")->text().contains(platform::PathToQt(home)));
+    QVERIFY(!place("TakePicturesButton").intersects(before));
   }
 
   void thePreviewListsPicturesAndAsksAboutOthers() {

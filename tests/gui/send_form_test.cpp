@@ -109,6 +109,19 @@ class SendFormTest : public QObject {
       form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
       form->show();
     }
+    // The form for a message that names a picture of its own and this one of another folder.
+    std::filesystem::path OpenWithForeignPicture() {
+      const std::string gif = "GIF89a\x01";
+      SendJob job;
+      job.document.html = "<img src=own.gif><img src='../home/private.gif'>";
+      job.document.base_folder = rig.folder.Write("page/own.gif", gif).parent_path();
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = 1;
+      const auto home = rig.folder.Write("home/private.gif", gif);
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+      return home;
+    }
     void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
     QString Caption() const { return form->findChild<QPushButton*>("SendButton")->text(); }
     QString Text(const char* name) const { return form->findChild<QLabel*>(name)->text(); }
@@ -207,16 +220,7 @@ class SendFormTest : public QObject {
   void aQuestionAboutPicturesHoldsTheButton() {
     for (const bool take : {false, true}) {
       Scene scene({"a@example.org"});
-      scene.form->close();
-      const std::string gif = "GIF89a\x01";
-      const auto home = scene.rig.folder.Write("home/private.gif", gif);
-      SendJob job;
-      job.document.html = "<img src=own.gif><img src='../home/private.gif'>";
-      job.document.base_folder = scene.rig.folder.Write("page/own.gif", gif).parent_path();
-      job.group = **scene.rig.Store().FindGroup("Customers");
-      job.recipients = 1;
-      scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
-      scene.form->show();
+      const auto home = scene.OpenWithForeignPicture();
       scene.Press("SendButton");  // before it is known
       QTRY_VERIFY(scene.Text("PicturesLabel").contains(platform::PathToQt(home)));
       const auto* notes = scene.form->findChild<QListWidget*>("NotesList");
@@ -237,6 +241,33 @@ class SendFormTest : public QObject {
       QVERIFY(message->find("own.gif") != std::string::npos);
       QCOMPARE(message->find("filename=\"private.gif\"") != std::string::npos, take);
     }
+  }
+
+  void aFailureDoesNotAnswerForThePerson() {
+    Scene scene({"a@example.org"});
+    const auto settings = scene.rig.settings.file();
+    const auto button = [&] { return scene.form->findChild<QPushButton*>("SendButton"); };
+    {
+      auto other = platform::Database::Open(settings, platform::OpenMode::kReadWrite);
+      QVERIFY(other && other->Execute("BEGIN EXCLUSIVE"));
+      const auto home = scene.OpenWithForeignPicture();
+      scene.Press("SendButton");
+      QTest::qWait(300);  // longer than the window itself would wait
+      QCOMPARE(scene.form->stage(), SendMailForm1::Stage::kIdle);
+      QVERIFY(other->Execute("COMMIT"));
+      QTRY_VERIFY(scene.Text("PicturesLabel").contains(platform::PathToQt(home)));
+    }
+    std::filesystem::rename(settings, settings.string() + ".good");
+    QVERIFY(platform::ReplaceFile(settings, std::string(5000, 'x')));
+    const auto home = scene.OpenWithForeignPicture();
+    QTRY_VERIFY(scene.Text("PicturesLabel").contains("damaged"));
+    QVERIFY(!button()->isEnabled());
+    QVERIFY(!scene.form->findChild<QPushButton*>("LeavePicturesButton")->isVisible());
+    std::filesystem::rename(settings.string() + ".good", settings);
+    scene.Press("LookAgainButton");
+    QTRY_VERIFY(scene.Text("PicturesLabel").contains(platform::PathToQt(home)));
+    QVERIFY(!button()->isEnabled());
+    QCOMPARE(scene.Arrived(), 0U);
   }
 
   void closingAsksWhileItRuns() {
@@ -400,8 +431,8 @@ class SendFormTest : public QObject {
     auto* button = scene.form->findChild<QPushButton*>("SendButton");
     QVERIFY(notes->mapTo(scene.form.get(), QPoint(0, notes->height())).y() <=
             button->mapTo(scene.form.get(), QPoint()).y());
-    scene.Press("SendButton");
-    QVERIFY(!notes->isVisible());
+    scene.Press("SendButton");  // the run begins once it is known that there is nothing to ask
+    QTRY_VERIFY(!notes->isVisible());
     QTRY_COMPARE(scene.Caption(), QString("Close"));
   }
 

@@ -352,6 +352,10 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
     Compile(letter);
     EXPECT_EQ(template_->pictures().size(), 2U) << html;
   }
+  platform::CancelToken cancel;
+  EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel)->pictures.size(), 2U);
+  cancel.Request();
+  EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel).error().failure, Failure::kTryAgain);
 }
 
 }  // namespace

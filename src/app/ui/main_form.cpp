@@ -26,11 +26,10 @@
 #include "compose/ui/find_bar.h"
 #include "compose/ui/html_editor.h"
 #include "platform/text.h"
-#include "platform/ui/background_task.h"
 #include "platform/ui/keep_on_screen.h"
 #include "platform/ui/qt_text.h"
 #include "sending/account_settings.h"
-#include "sending/preview_look.h"
+#include "sending/ui/pictures_panel.h"
 
 namespace quillcast::app {
 namespace {
@@ -60,7 +59,7 @@ MainForm::MainForm(const Program& program)
                                                           [this](compose::Draft& draft) { header_->Collect(draft); })),
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
-      picture_task_(new platform::BackgroundTask(this)),
+      pictures_(new sending::PicturesPanel(program.settings.file(), this)),
       arrivals_(new QTimer(this)),
       first_panel_(new QLabel(this)) {
   BuildWindow();
@@ -91,6 +90,7 @@ void MainForm::BuildWindow() {
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
   column->addWidget(notice_);
+  column->addWidget(pictures_);
   column->addWidget(header_);
   column->addWidget(body_, 1);
   column->addWidget(find_bar_);
@@ -150,6 +150,16 @@ void MainForm::ConnectParts() {
   fields_pause_->setInterval(kDraftPause);
   connect(header_, &MessageHeader::Changed, fields_pause_, qOverload<>(&QTimer::start));
   connect(fields_pause_, &QTimer::timeout, this, [this] { IgnoreErrors(document_->KeepFields()); });
+  pictures_->DropLetters();
+  connect(pictures_, &sending::PicturesPanel::Known, this, [this] {
+    if (pictures_->asks() != notice_->isHidden()) ShowNotices();
+  });
+  connect(pictures_, &sending::PicturesPanel::Answered, this,
+          [this](const std::vector<std::filesystem::path>& files, bool take) {
+            compose::PicturePlaces places = document_->picture_places();
+            places.Answer(files, take);
+            document_->SetPicturePlaces(places);
+          });
   arrivals_->setSingleShot(true);
   connect(arrivals_, &QTimer::timeout, this, &MainForm::ShowNotices);
 }
@@ -178,7 +188,7 @@ void MainForm::LoadDocument() {
 void MainForm::StartNew() {
   const auto contents = LoadMainWindow(program_.settings, {});
   Tell(document_->StartNew(contents ? contents->signature_html.value_or("") : ""));
-  LookForPictures();
+  AskAboutPictures();
 }
 
 void MainForm::NewMessage() {
@@ -198,7 +208,7 @@ void MainForm::RestoreDraft() {
   const auto draft = document_->Recover();
   if (draft) {
     header_->Show(*draft);
-    LookForPictures();
+    AskAboutPictures();
   } else {
     Tell(draft.error());
   }
@@ -299,49 +309,25 @@ void MainForm::closeEvent(QCloseEvent* event) {
   }
 }
 
-// What the document names outside its folder is neither shown nor sent until the person was asked. A failure is that of
-// the settings, which whoever sends will hear of.
-void MainForm::LookForPictures() {
+// What the document names outside its folder is neither shown nor sent until the person was asked.
+void MainForm::AskAboutPictures() {
   compose::MessageDocument document;
   document.html = platform::FromQt(editor_->Html());
   document.base_folder = document_->BaseFolder();
   document.picture_places = document_->picture_places();
-  picture_task_->Start([this, document = std::move(document)](const platform::CancelToken&) {
-    const auto pictures = sending::LookForPictures(document, program_.settings);
-    auto files = pictures ? sending::PicturesToAskFor(pictures->foreign) : std::vector<std::filesystem::path>();
-    return [this, files = std::move(files)] {
-      if (files == asked_pictures_) return;
-      asked_pictures_ = files;
-      ShowNotices();
-    };
-  });
-}
-
-void MainForm::AnswerForPictures(bool take) {
-  compose::PicturePlaces places = document_->picture_places();
-  for (const auto& file : asked_pictures_) {
-    if (take) {
-      places.AllowFile(file);
-    } else {
-      places.LeaveOut(file);
-    }
-  }
-  TakePictureAnswers(places);
+  pictures_->LookAt(std::move(document));
 }
 
 void MainForm::TakePictureAnswers(const compose::PicturePlaces& places) {
   if (places == document_->picture_places()) return;
   document_->SetPicturePlaces(places);
-  LookForPictures();
+  AskAboutPictures();
 }
 
 // What a new user needs to hear first; one thing at a time.
 void MainForm::ShowNotices() {
-  if (!asked_pictures_.empty()) {
-    notice_->Show(ToQt(sending::PictureQuestion(asked_pictures_)),
-                  {{tr("Leave out"), "NoticeLeavePicturesButton", [this] { AnswerForPictures(false); }},
-                   {tr("Take along"), "NoticeTakePicturesButton", [this] { AnswerForPictures(true); }}},
-                  NoticeBar::Place::kBelow);
+  if (pictures_->asks()) {
+    notice_->hide();
     return;
   }
   const compose::Drafts& drafts = document_->drafts();

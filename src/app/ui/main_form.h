@@ -19,15 +19,15 @@ class QPlainTextEdit;
 class QStackedWidget;
 class QTimer;
 
-namespace quillcast::platform {
-class BackgroundTask;
-}
-
 namespace quillcast::compose {
 class EditorDocument;
 class FindBar;
 class HtmlEditor;
 }  // namespace quillcast::compose
+
+namespace quillcast::sending {
+class PicturesPanel;
+}
 
 namespace quillcast::app {
 
@@ -112,8 +112,7 @@ class MainForm final : public QMainWindow {
   void ShowHelp();
   void FocusOn(const QString& control);
 
-  void LookForPictures();
-  void AnswerForPictures(bool take);
+  void AskAboutPictures();
   void TakePictureAnswers(const compose::PicturePlaces& places);
   void ShowNotices();
   void BeginPractice();
@@ -137,10 +136,9 @@ class MainForm final : public QMainWindow {
   std::unique_ptr<compose::EditorDocument> document_;
   GroupsMenu* groups_;
   PracticeMailbox* practice_;
-  platform::BackgroundTask* picture_task_;
-  std::vector<std::filesystem::path> asked_pictures_;  // that the document names outside its folder
-  qint64 arrived_ = 0;                                 // in the practice mailbox, those of earlier sessions too
-  QTimer* arrivals_;                                   // tells of them a few times a second
+  sending::PicturesPanel* pictures_;  // in the notice's place while it asks
+  qint64 arrived_ = 0;                // in the practice mailbox, those of earlier sessions too
+  QTimer* arrivals_;                  // tells of them a few times a second
   QLabel* first_panel_;
 };
 

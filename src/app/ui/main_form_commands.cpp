@@ -211,7 +211,7 @@ void MainForm::Open() {
   const auto file = compose::PickDocumentToOpen(*document_, program_.prompts);
   if (!file) Tell(file.error());
   if (file && !file->empty()) Tell(document_->Open(*file));
-  LookForPictures();
+  AskAboutPictures();
   editor_->setFocus();
 }
 
@@ -315,7 +315,7 @@ void MainForm::LeaveSource() {
   if (body_->currentWidget() != source_) return;
   if (SourceWasEdited()) {
     editor_->SetHtml(SourceText(), editor_->base(), true);
-    LookForPictures();
+    AskAboutPictures();
   }
   body_->setCurrentWidget(editor_);
   editor_->setFocus();

@@ -3,28 +3,22 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace quillcast::app {
 
-NoticeBar::NoticeBar(QWidget* parent)
-    : QFrame(parent), beside_(new QHBoxLayout()), below_(new QHBoxLayout()), sentence_(new QLabel(this)) {
+NoticeBar::NoticeBar(QWidget* parent) : QFrame(parent), line_(new QHBoxLayout(this)), sentence_(new QLabel(this)) {
   setObjectName("NoticeBar");
   setFrameShape(QFrame::StyledPanel);
   setAutoFillBackground(true);
   setBackgroundRole(QPalette::AlternateBase);
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(12, 6, 8, 6);
-  column->addLayout(beside_);
-  column->addLayout(below_);
-  below_->addStretch(1);
+  line_->setContentsMargins(12, 6, 8, 6);
   sentence_->setWordWrap(true);
   sentence_->setTextFormat(Qt::PlainText);
-  beside_->addWidget(sentence_, 1);
+  line_->addWidget(sentence_, 1);
   hide();
 }
 
-void NoticeBar::Show(const QString& sentence, const std::vector<Offer>& offers, Place place) {
+void NoticeBar::Show(const QString& sentence, const std::vector<Offer>& offers) {
   for (QWidget* button : buttons_) button->deleteLater();
   buttons_.clear();
   sentence_->setText(sentence);
@@ -32,11 +26,7 @@ void NoticeBar::Show(const QString& sentence, const std::vector<Offer>& offers, 
     auto* button = new QPushButton(offer.text, this);
     button->setObjectName(offer.name);
     connect(button, &QPushButton::clicked, this, [action = offer.action] { action(); });
-    if (place == Place::kBeside) {
-      beside_->addWidget(button);
-    } else {
-      below_->insertWidget(below_->count() - 1, button);
-    }
+    line_->addWidget(button);
     buttons_.push_back(button);
   }
   show();

@@ -21,15 +21,11 @@ class NoticeBar final : public QFrame {
     const char* name;  // of the button
     std::function<void()> action;
   };
-  // Beside the sentence, at its right end; or below it on the left, where no button of another notice ever stands, for
-  // what nobody may agree to with a click that was meant for another.
-  enum class Place { kBeside, kBelow };
-  void Show(const QString& sentence, const std::vector<Offer>& offers, Place place = Place::kBeside);
+  void Show(const QString& sentence, const std::vector<Offer>& offers);
   QString text() const;
 
  private:
-  QHBoxLayout* beside_;
-  QHBoxLayout* below_;
+  QHBoxLayout* line_;
   QLabel* sentence_;
   std::vector<QWidget*> buttons_;
 };

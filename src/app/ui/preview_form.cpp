@@ -50,7 +50,7 @@ PreviewForm::PreviewForm(const Program& program, compose::MessageDocument docume
       page_(new compose::HtmlEditor(this)),
       text_(new QPlainTextEdit(this)),
       findings_(new QListWidget(this)),
-      pictures_(new sending::PicturesPanel(program.settings, this)),
+      pictures_(new sending::PicturesPanel(program.settings.file(), this)),
       send_(new QPushButton(platform::Icon("send"), tr("Send this one to &myself"), this)),
       status_(new QLabel(this)) {
   BuildWindow();
@@ -169,9 +169,9 @@ void PreviewForm::LookOver() {
   });
 }
 
-void PreviewForm::TakeAnswer(const compose::PicturePlaces& places) {
-  document_.picture_places = places;
-  page_->SetPicturePlaces(places);
+void PreviewForm::TakeAnswer(const std::vector<std::filesystem::path>& files, bool take) {
+  document_.picture_places.Answer(files, take);
+  page_->SetPicturePlaces(document_.picture_places);
   page_->ReloadPictures();
   LookOver();
 }

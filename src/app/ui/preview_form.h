@@ -39,7 +39,7 @@ class PreviewForm final : public QDialog {
  private:
   void BuildWindow();
   void LookOver();
-  void TakeAnswer(const compose::PicturePlaces& places);
+  void TakeAnswer(const std::vector<std::filesystem::path>& files, bool take);
   void ShowRecipient();
   void Put(const Result<sending::RecipientView>& view);
   void SendToMyself();

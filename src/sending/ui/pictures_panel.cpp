@@ -22,13 +22,14 @@ constexpr qsizetype kMostInTip = 40;
 
 }  // namespace
 
-PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent)
+PicturesPanel::PicturesPanel(std::filesystem::path settings_file, QWidget* parent)
     : QFrame(parent),
-      settings_(settings),
+      settings_file_(std::move(settings_file)),
       task_(new platform::BackgroundTask(this)),
       text_(new QLabel(this)),
       take_(new QPushButton(tr("Ta&ke along"), this)),
-      leave_(new QPushButton(tr("&Leave out"), this)) {
+      leave_(new QPushButton(tr("&Leave out"), this)),
+      again_(new QPushButton(tr("Look again"), this)) {
   setObjectName("PicturesPanel");
   setFrameShape(QFrame::StyledPanel);
   setAutoFillBackground(true);
@@ -38,13 +39,14 @@ PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent
   text_->setWordWrap(true);
   take_->setObjectName("TakePicturesButton");
   leave_->setObjectName("LeavePicturesButton");
+  again_->setObjectName("LookAgainButton");
   // Enter, pressed for the dialog's own button, is no answer.
-  take_->setAutoDefault(false);
-  leave_->setAutoDefault(false);
+  for (QPushButton* button : {leave_, take_, again_}) button->setAutoDefault(false);
   // Below the question on the left, where no other panel has a button: no click that was meant for another agrees.
   auto* line = new QHBoxLayout();
   line->addWidget(leave_);
   line->addWidget(take_);
+  line->addWidget(again_);
   line->addStretch(1);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(12, 6, 8, 6);
@@ -52,41 +54,41 @@ PicturesPanel::PicturesPanel(const app::SettingsStore& settings, QWidget* parent
   column->addLayout(line);
   connect(take_, &QPushButton::clicked, this, [this] { Answer(true); });
   connect(leave_, &QPushButton::clicked, this, [this] { Answer(false); });
+  connect(again_, &QPushButton::clicked, this, [this] { LookAt(std::move(document_)); });
   hide();
+}
+
+void PicturesPanel::DropLetters() {
+  for (QPushButton* button : {take_, leave_, again_}) button->setText(button->text().remove('&'));
 }
 
 void PicturesPanel::LookAt(compose::MessageDocument document) {
   document_ = std::move(document);
   settled_ = false;
-  task_->Start([this, looked = document_](const platform::CancelToken&) {
-    auto pictures = std::make_shared<Result<RelatedPictures>>(LookForPictures(looked, settings_));
+  task_->Start([this, looked = document_](const platform::CancelToken& cancel) {
+    auto pictures = std::make_shared<Result<RelatedPictures>>(LookForPictures(looked, settings_file_, cancel));
     return [this, pictures] { Show(*pictures); };
   });
 }
 
-// A failure is that of the settings, which whoever sends will hear of.
 void PicturesPanel::Show(const Result<RelatedPictures>& pictures) {
-  asked_ = pictures ? PicturesToAskFor(pictures->foreign) : std::vector<std::filesystem::path>();
-  settled_ = asked_.empty();
-  if (!settled_) {
-    text_->setText(ToQt(PictureQuestion(asked_)));
-    QStringList all;
+  QStringList all;
+  if (pictures) {
+    asked_ = PicturesToAskFor(pictures->foreign);
     for (const auto& file : asked_) all << ToQt(platform::Printable(file.string(), kLongestShown));
-    text_->setToolTip(all.mid(0, kMostInTip).join('\n'));
   }
+  settled_ = pictures && asked_.empty();
+  text_->setText(ToQt(pictures ? PictureQuestion(asked_) : InOneLine(pictures.error())));
+  text_->setToolTip(all.mid(0, kMostInTip).join('\n'));
+  for (QPushButton* answer : {take_, leave_}) answer->setVisible(static_cast<bool>(pictures));
+  again_->setVisible(!pictures);
   setVisible(!settled_);
   emit Known(settled_);
 }
 
 void PicturesPanel::Answer(bool take) {
-  for (const auto& file : asked_) {
-    if (take) {
-      document_.picture_places.AllowFile(file);
-    } else {
-      document_.picture_places.LeaveOut(file);
-    }
-  }
-  emit Answered(document_.picture_places);
+  document_.picture_places.Answer(asked_, take);
+  emit Answered(asked_, take);
   LookAt(std::move(document_));
 }
 

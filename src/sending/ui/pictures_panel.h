@@ -1,12 +1,11 @@
-// Asks about pictures that a message names outside the document's folder; hidden where there are none.
+// Asks about pictures that a message names outside the document's folder; hidden where there are none. Where they could
+// not be looked at, it says why and offers another look: nothing is settled by a failure.
 #pragma once
 
 #include <QFrame>
-#include <functional>
-#include <memory>
-#include <optional>
+#include <filesystem>
+#include <vector>
 
-#include "app/settings_store.h"
 #include "compose/message_document.h"
 #include "platform/result.h"
 #include "sending/related_pictures.h"
@@ -23,23 +22,27 @@ namespace quillcast::sending {
 class PicturesPanel final : public QFrame {
   Q_OBJECT
  public:
-  explicit PicturesPanel(const app::SettingsStore& settings, QWidget* parent);
+  explicit PicturesPanel(std::filesystem::path settings_file, QWidget* parent);
 
+  // For a window in which the letters of its buttons stand for other things.
+  void DropLetters();
   // Looks beside the window, then emits Known.
   void LookAt(compose::MessageDocument document);
   // Whether nothing is left to be asked; false until that is known.
   bool is_settled() const { return settled_; }
+  // Whether it stands there with something to be answered.
+  bool asks() const { return !isHidden(); }
 
  signals:
   void Known(bool settled);
-  // The person answered: where the document's pictures may come from now. The panel looks again by itself.
-  void Answered(const quillcast::compose::PicturePlaces& places);
+  // The person answered for these files. The panel looks again by itself.
+  void Answered(const std::vector<std::filesystem::path>& files, bool take);
 
  private:
   void Show(const Result<RelatedPictures>& pictures);
   void Answer(bool take);
 
-  const app::SettingsStore& settings_;
+  const std::filesystem::path settings_file_;
   platform::BackgroundTask* task_;
   compose::MessageDocument document_;
   std::vector<std::filesystem::path> asked_;
@@ -47,6 +50,7 @@ class PicturesPanel final : public QFrame {
   QLabel* text_;
   QPushButton* take_;
   QPushButton* leave_;
+  QPushButton* again_;
 };
 
 }  // namespace quillcast::sending

@@ -45,9 +45,10 @@ void RunWorker::Start(SendJob job, std::optional<PartialRange> range) {
 }
 
 Result<RunSummary> RunWorker::Run(const SendJob& job, const std::optional<PartialRange>& range) {
-  const auto account = AccountSettings::Load(program_.settings);
+  const app::SettingsStore settings(program_.settings.file(), {.cancel = &cancel_});  // more patient than the window
+  const auto account = AccountSettings::Load(settings);
   if (!account) return account.error();
-  auto options = LoadMessageOptions(program_.settings, *account);
+  auto options = LoadMessageOptions(settings, *account);
   if (!options) return options.error();
   const MessageTemplate message(job.document, std::move(*options), program_.folders.temporary, program_.clock,
                                 program_.entropy);

@@ -80,7 +80,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
       pause_text_(new QLabel(pause_panel_)),
       run_bar_(MakeBar("RunProgressBar", this)),
       message_bar_(MakeBar("MessageProgressBar", this)),
-      pictures_(new PicturesPanel(program.settings, this)),
+      pictures_(new PicturesPanel(program.settings.file(), this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
@@ -120,10 +120,11 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
   connect(pictures_, &PicturesPanel::Known, this, &SendMailForm1::PicturesKnown);
-  connect(pictures_, &PicturesPanel::Answered, this, [this](const compose::PicturePlaces& places) {
-    job_.document.picture_places = places;
-    before_->LookAt(job_.document, job_.group);
-  });
+  connect(pictures_, &PicturesPanel::Answered, this,
+          [this](const std::vector<std::filesystem::path>& files, bool take) {
+            job_.document.picture_places.Answer(files, take);
+            before_->LookAt(job_.document, job_.group);
+          });
   button_->setFocus();
   pictures_->LookAt(job_.document);
   before_->LookAt(job_.document, job_.group);
@@ -134,7 +135,7 @@ SendMailForm1::SendMailForm1(const app::Program& program, SendJob job, QWidget* 
 void SendMailForm1::PicturesKnown(bool settled) {
   if (stage_ != Stage::kIdle) return;
   button_->setEnabled(settled);
-  button_->setToolTip(settled ? QString() : tr("Answer first what becomes of the pictures from other folders."));
+  button_->setToolTip(settled ? QString() : tr("See first to what stands above about pictures."));
   if (settled && std::exchange(wants_to_send_, false)) StartRun();
   wants_to_send_ = false;
 }
