@@ -16,17 +16,16 @@ namespace {
 
 constexpr int kFrame = 2;  // pixels of a frame beside and below a window; its title stands above
 
-// The room inside the frame, which the window manager adds only once the window
-// is there.
-QSize RoomFor(const QWidget &window) {
+// The room inside the frame, which the window manager adds only once the window is there.
+QSize RoomFor(const QWidget& window) {
   const int title = window.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &window);
   return window.screen()->availableGeometry().size() - QSize(2 * kFrame, title + kFrame);
 }
 
-bool Fits(const QSize &size, const QSize &room) { return size.boundedTo(room) == size; }
+bool Fits(const QSize& size, const QSize& room) { return size.boundedTo(room) == size; }
 
-QScrollArea *MakeArea(QWidget &window) {
-  auto *area = new QScrollArea(&window);
+QScrollArea* MakeArea(QWidget& window) {
+  auto* area = new QScrollArea(&window);
   area->setObjectName("ScrollArea");
   area->setFrameShape(QFrame::NoFrame);
   area->setFocusPolicy(Qt::NoFocus);
@@ -34,23 +33,22 @@ QScrollArea *MakeArea(QWidget &window) {
   return area;
 }
 
-// All but the last row of a column, where a dialog has its buttons: those stay
-// in view.
-void MakeScrollable(QWidget &dialog) {
-  auto *column = qobject_cast<QVBoxLayout *>(dialog.layout());
-  QLayoutItem *buttons = column != nullptr && column->count() > 1 ? column->takeAt(column->count() - 1) : nullptr;
+// All but the last row of a column, where a dialog has its buttons: those stay in view.
+void MakeScrollable(QWidget& dialog) {
+  auto* column = qobject_cast<QVBoxLayout*>(dialog.layout());
+  QLayoutItem* buttons = column != nullptr && column->count() > 1 ? column->takeAt(column->count() - 1) : nullptr;
   const QMargins margins = dialog.layout()->contentsMargins();
-  auto *content = new QWidget();
+  auto* content = new QWidget();
   content->setLayout(dialog.layout());
-  auto *area = MakeArea(dialog);
+  auto* area = MakeArea(dialog);
   area->setWidget(content);
-  auto *around = new QVBoxLayout(&dialog);
+  auto* around = new QVBoxLayout(&dialog);
   around->setContentsMargins(0, 0, 0, 0);
   around->addWidget(area);
   if (buttons == nullptr) return;
-  auto *below = new QVBoxLayout();
+  auto* below = new QVBoxLayout();
   below->setContentsMargins(margins.left(), 0, margins.right(), margins.bottom());
-  if (QLayout *row = buttons->layout()) {
+  if (QLayout* row = buttons->layout()) {
     below->addLayout(row);
   } else {
     below->addItem(buttons);
@@ -59,16 +57,16 @@ void MakeScrollable(QWidget &dialog) {
 }
 
 // What is between the bars of a main window.
-void MakeScrollable(QMainWindow &window) {
-  auto *area = MakeArea(window);
+void MakeScrollable(QMainWindow& window) {
+  auto* area = MakeArea(window);
   area->setWidget(window.takeCentralWidget());
   window.setCentralWidget(area);
 }
 
 // What has the focus keeps it, and is scrolled to.
-void LetScroll(QWidget &window) {
-  QWidget *const focused = window.focusWidget();
-  if (auto *main = qobject_cast<QMainWindow *>(&window)) {
+void LetScroll(QWidget& window) {
+  QWidget* const focused = window.focusWidget();
+  if (auto* main = qobject_cast<QMainWindow*>(&window)) {
     MakeScrollable(*main);
   } else {
     MakeScrollable(window);
@@ -77,7 +75,7 @@ void LetScroll(QWidget &window) {
   if (focused != nullptr) focused->setFocus();
 }
 
-void KeepOnScreen(QWidget &window) {
+void KeepOnScreen(QWidget& window) {
   const QSize room = RoomFor(window);
   if (window.layout() != nullptr && !Fits(window.layout()->totalMinimumSize(), room)) LetScroll(window);
   if (!Fits(window.minimumSize(), room)) window.setMinimumSize(window.minimumSize().boundedTo(room));
@@ -92,12 +90,12 @@ class Watcher final : public QObject {
   using QObject::QObject;
 
  protected:
-  bool eventFilter(QObject *watched, QEvent *event) override {
+  bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() != QEvent::Show || event->spontaneous() || !watched->isWidgetType()) return false;
-    auto *window = static_cast<QWidget *>(watched);
+    auto* window = static_cast<QWidget*>(watched);
     const Qt::WindowType type = window->windowType();
     const bool is_framed = window->isWindow() && (type == Qt::Window || type == Qt::Dialog);
-    if (is_framed && qobject_cast<QMessageBox *>(window) == nullptr) KeepOnScreen(*window);
+    if (is_framed && qobject_cast<QMessageBox*>(window) == nullptr) KeepOnScreen(*window);
     return false;
   }
 };
