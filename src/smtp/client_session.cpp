@@ -35,6 +35,7 @@ constexpr const char* kAuthMissingInClear =
 
 ClientSession::ClientSession(const ClientOptions& options, SessionSetup setup, SendWindow& window)
     : options_(options), setup_(std::move(setup)), window_(window) {
+  ExpectNoSecrets();
   Await(Command::kGreeting, 0);
 }
 
@@ -42,6 +43,15 @@ ClientSession::~ClientSession() { Wipe(out_); }
 
 bool ClientSession::Idle() const {
   return ready_ && !closed_ && awaited_.empty() && transfers_.empty() && out_at_ == out_.size();
+}
+
+// A server that was told on an earlier connection may repeat it from the greeting on.
+void ClientSession::ExpectNoSecrets() {
+  if (!options_.sign_in) return;
+  const Secret plain(std::string(1, '\0') + options_.user + '\0' + std::string(options_.password.view()));
+  traces_.Begin(options_.user, {}, options_.password.view());
+  traces_.AddResponse(plain.view());
+  traces_.End();
 }
 
 // --- receiving ---
@@ -72,16 +82,17 @@ void ClientSession::LogLines(std::string_view lines) {
 
 // A challenge is half of what it takes to try passwords at home, and a server may repeat what it was told, in its
 // verdict or long after it. The log, and the outcome that others show, have none of it: such a reply is shown by its
-// codes.
+// codes. What is only read, a challenge or what the server can do, is read as it is.
 void ClientSession::TakeReply() {
   const ServerReply& reply = reader_.reply();
   const bool challenge = SigningIn() && reply.code / 100 == 3;
+  const bool offer = !awaited_.empty() && awaited_.front().command == Command::kEhlo && reply.code / 100 == 2;
   if (!challenge && !traces_.In(reply.text)) {
     LogLines(reader_.lines());
     return OnReply(reply);
   }
   Log("S: ", fmt::format("{}{}{} ****", reply.code, reply.enhanced.empty() ? "" : " ", reply.enhanced));
-  if (challenge) return OnReply(reply);
+  if (challenge || offer) return OnReply(reply);
   ServerReply shown = reply;
   shown.text = "****";
   OnReply(shown);

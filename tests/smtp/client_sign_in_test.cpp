@@ -162,6 +162,21 @@ TEST(ClientSignIn, HidesWhatTheServerRepeatsOfIt) {
   }
 }
 
+// It may know them from an earlier connection.
+TEST(ClientSignIn, HidesWhatTheServerKnowsBeforeIt) {
+  for (const std::string said : {"hunter2secret", "AGFkYQBodW50ZXIyc2VjcmV0"}) {
+    for (const std::string& dialogue :
+         {"S: 554 you are " + said,
+          "S: 220 ok\nC: EHLO [192.0.2.1]\nS: 550 you are " + said + "\nC: HELO [192.0.2.1]\nS: 550 you are " + said}) {
+      const Played played = SignIn(AuthMode::kLogin, Secret("hunter2secret"), dialogue);
+      EXPECT_FALSE(played.told.log.empty());
+      std::vector<std::string> shown = played.told.log;
+      shown.insert(shown.end(), {played.closed.reply.text, played.closed.reason});
+      for (const auto& line : shown) EXPECT_EQ(line.find(said), std::string::npos) << line;
+    }
+  }
+}
+
 TEST(ClientSignIn, ReadsTheMechanismsAnewUnderTls) {
   const std::string until_tls =
       EHLO "S: 250-mx\nS: 250-AUTH LOGIN\nS: 250 STARTTLS\nC: STARTTLS\nS: 220 go\nTLS\nC: EHLO [192.0.2.1]\n";

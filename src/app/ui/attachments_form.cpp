@@ -17,7 +17,7 @@ using platform::ToQt;
 
 QString InWords(const compose::AttachmentTotal& total) {
   const QString files = platform::Counted(total.files, AttachmentsForm::tr("1 file"), AttachmentsForm::tr("%1 files"));
-  const QString text = files + ", " + ToQt(platform::HumanSize(total.bytes));
+  QString text = files + ", " + ToQt(platform::HumanSize(total.bytes));
   if (total.missing == 0) return text;
   return text + ", " +
          platform::Counted(total.missing, AttachmentsForm::tr("1 not there"), AttachmentsForm::tr("%1 not there"));
