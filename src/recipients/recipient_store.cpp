@@ -169,7 +169,7 @@ Result<bool> RecipientStore::RunUnless(const std::function<Result<bool>(Database
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
-  const auto there = is_there(*database);
+  auto there = is_there(*database);
   if (!there) return there;
   if (*there) return false;
   if (const auto done = RunOn(*database, id, values); !done) return done.error();
