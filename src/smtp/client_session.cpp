@@ -35,7 +35,7 @@ constexpr const char* kAuthMissingInClear =
 
 ClientSession::ClientSession(const ClientOptions& options, SessionSetup setup, SendWindow& window)
     : options_(options), setup_(std::move(setup)), window_(window) {
-  ExpectNoSecrets();
+  HidePassword();
   Await(Command::kGreeting, 0);
 }
 
@@ -46,7 +46,7 @@ bool ClientSession::Idle() const {
 }
 
 // A server that was told on an earlier connection may repeat it from the greeting on.
-void ClientSession::ExpectNoSecrets() {
+void ClientSession::HidePassword() {
   if (!options_.sign_in) return;
   const Secret plain(std::string(1, '\0') + options_.user + '\0' + std::string(options_.password.view()));
   traces_.Begin(options_.user, {}, options_.password.view());

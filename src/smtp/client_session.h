@@ -196,7 +196,7 @@ class ClientSession {
   void OnCapabilities(const ServerReply& reply);
   void OnChallenge(const ServerReply& reply);
   bool MayUseStartTls() const;
-  void ExpectNoSecrets();
+  void HidePassword();
   void SignIn();
   void BecomeReady();
 

@@ -110,15 +110,11 @@ TEST(ClientFaults, AServerThatKeepsSayingGoodbyeDefersTheMessage) {
 class FullListener {
  public:
   FullListener() : listener_(NewSocket()), waiting_{NewSocket(), NewSocket()} {
+    port_ = ListenOnLoopback(listener_.get(), 0);
     sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
-    EXPECT_EQ(::bind(listener_.get(), generic, length), 0);
-    EXPECT_EQ(::listen(listener_.get(), 0), 0);
     ::getsockname(listener_.get(), generic, &length);
-    port_ = ntohs(address.sin_port);
     for (const auto& one : waiting_) ::connect(one.get(), generic, length);
   }
   std::uint16_t port() const { return port_; }

@@ -87,20 +87,25 @@ class Peer {
   bool ended_ = false;
 };
 
+// On a free port, which is given back.
+inline std::uint16_t ListenOnLoopback(int listener, int most_waiting) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  EXPECT_EQ(::bind(listener, generic, length), 0);
+  EXPECT_EQ(::listen(listener, most_waiting), 0);
+  ::getsockname(listener, generic, &length);
+  return ntohs(address.sin_port);
+}
+
 class ScriptedServer {
  public:
   // `serve` is called for each connection in turn, with its number from 0; closing follows.
   explicit ScriptedServer(std::function<void(Peer&, int)> serve) : serve_(std::move(serve)) {
     listener_ = platform::UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    EXPECT_EQ(::bind(listener_.get(), generic, length), 0);
-    EXPECT_EQ(::listen(listener_.get(), 8), 0);
-    ::getsockname(listener_.get(), generic, &length);
-    port_ = ntohs(address.sin_port);
+    port_ = ListenOnLoopback(listener_.get(), 8);
     thread_ = std::thread([this] { Loop(); });
   }
   ~ScriptedServer() {
