@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <memory>
 
-#include "compose/message_document.h"
+#include "document/message_document.h"
+#include "message/message_template.h"
 #include "platform/clock.h"
 #include "platform/entropy.h"
-#include "sending/message_template.h"
 
 namespace {
 
@@ -35,33 +35,33 @@ recipients::Recipient RecipientNumber(std::uint64_t number) {
 
 int main(int argc, char** argv) {
   const std::uint64_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 100'000;
-  compose::MessageDocument document;
-  if (const auto loaded = compose::LoadBody(document, argc > 2 ? argv[2] : "letter.html"); !loaded) {
+  document::MessageDocument document;
+  if (const auto loaded = document::LoadBody(document, argc > 2 ? argv[2] : "letter.html"); !loaded) {
     fmt::print(stderr, "{}\n", Describe(loaded.error()));
     return ExitCode(loaded.error().failure);
   }
   document.subject = "Spring papers for $*MergeFirstName*$";
-  sending::MessageOptions options;
+  message::MessageOptions options;
   options.sender_name = "Ada";
   options.sender_address = "ada@example.org";
   const std::string_view how = argc > 3 ? argv[3] : "";
-  if (how == "none" || how == "wrapped") options.body_encoding = sending::TransferEncoding::kNone;
-  if (how == "base64") options.body_encoding = sending::TransferEncoding::kBase64;
+  if (how == "none" || how == "wrapped") options.body_encoding = message::TransferEncoding::kNone;
+  if (how == "base64") options.body_encoding = message::TransferEncoding::kBase64;
   if (how == "wrapped") options.wrap = 76;
   options.own_boundary_prefix = how == "boundary";
   const platform::SystemClock clock;
   platform::SystemEntropy entropy;
 
   const auto start = std::chrono::steady_clock::now();
-  const sending::MessageTemplate message(document, options, "/tmp", clock, entropy);
+  const message::MessageTemplate message(document, options, "/tmp", clock, entropy);
   const std::unique_ptr<EVP_MD_CTX, FreeDigest> digest(EVP_MD_CTX_new());
   EVP_DigestInit_ex(digest.get(), EVP_sha256(), nullptr);
-  sending::RenderedMessage rendered;
+  message::RenderedMessage rendered;
   std::uint64_t octets = 0;
   for (std::uint64_t number = 1; number <= count; ++number) {
     const auto recipient = RecipientNumber(number);
-    std::array<std::string, compose::kMergeFields.size()> changed;
-    IgnoreErrors(message.Render(compose::ValuesForMerge(recipient, changed), recipient.email(), number,
+    std::array<std::string, document::kMergeFields.size()> changed;
+    IgnoreErrors(message.Render(document::ValuesForMerge(recipient, changed), recipient.email(), number,
                                 rendered));  // values without tags
     for (auto bytes = rendered.Next(); bytes && !bytes->empty(); bytes = rendered.Next()) {
       EVP_DigestUpdate(digest.get(), bytes->data(), bytes->size());

@@ -14,15 +14,15 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "app/startup.h"
-#include "app/ui/start_window.h"
-#include "compose/ui/html_editor.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/run/report_view.h"
+#include "desktop/run/send_mail_form1.h"
+#include "desktop/shell/start_window.h"
+#include "desktop/widgets/qt_prompts.h"
+#include "desktop/widgets/qt_text.h"
 #include "platform/environment.h"
 #include "platform/file.h"
-#include "platform/ui/qt_prompts.h"
-#include "platform/ui/qt_text.h"
-#include "sending/ui/report_view.h"
-#include "sending/ui/send_mail_form1.h"
+#include "profile/startup.h"
 
 namespace quillcast {
 namespace {
@@ -84,7 +84,7 @@ void MeasureReport(const std::filesystem::path& file) {
   };
   add(1000000);
   const long before = MemoryKiB();
-  sending::ReportView view(nullptr);
+  desktop::ReportView view(nullptr);
   view.resize(700, 400);
   view.show();
   view.Open(file);
@@ -102,7 +102,7 @@ void MeasureReport(const std::filesystem::path& file) {
 }
 
 // A document of 20 MB: until it can be edited, and until an edited one is read back.
-void MeasureLargeDocument(compose::HtmlEditor& editor) {
+void MeasureLargeDocument(desktop::HtmlEditor& editor) {
   QString html = "<html><body>";
   while (html.size() < 20000000)
     html += "<p>Dear $*MergeFirstName*$, <b>this</b> is one paragraph of a great many.</p>\n";
@@ -116,12 +116,12 @@ void MeasureLargeDocument(compose::HtmlEditor& editor) {
   fmt::print("large_read {:.2f}\n", is_read ? Now() - begin : -1);
 }
 
-int Measure(const app::Program& program, const std::string& html, const std::string& subject, bool has_splash) {
+int Measure(const profile::Program& program, const std::string& html, const std::string& subject, bool has_splash) {
   const double begun = Now();
   IgnoreErrors(program.settings.Write("Options", "Tips", "0"));  // what is not written, the wait for the page shows
   IgnoreErrors(program.settings.Write("Options", "Splash", has_splash ? "1" : "0"));
-  const auto window = app::StartWindow(program);
-  auto& editor = *window->findChild<compose::HtmlEditor*>("Editor");
+  const auto window = desktop::StartWindow(program);
+  auto& editor = *window->findChild<desktop::HtmlEditor*>("Editor");
   WaitFor([&] { return QApplication::focusWidget() != nullptr && editor.isAncestorOf(QApplication::focusWidget()); });
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_X);
   WaitFor([&] { return editor.PlainText() == "x"; });
@@ -135,18 +135,18 @@ int Measure(const app::Program& program, const std::string& html, const std::str
   fmt::print("memory {}\n", MemoryKiB());
 
   const recipients::RecipientStore store(program.folders.Database());
-  sending::SendJob job;
+  desktop::SendJob job;
   job.document.subject = subject;
   job.document.html = html;
   job.group = **store.FindGroup("All");
   job.recipients = *store.CountRecipients("All");
-  sending::SendMailForm1 form(program, job, window.get());
+  desktop::SendMailForm1 form(program, job, window.get());
   form.show();
   auto* button = form.findChild<QPushButton*>("SendButton");
   const LongestPause pause;
   const double begin = Now();
   button->click();
-  WaitFor([&] { return form.stage() == sending::SendMailForm1::Stage::kFinished; });
+  WaitFor([&] { return form.stage() == desktop::SendMailForm1::Stage::kFinished; });
   fmt::print("sent {:.3f}\npause {:.4f}\n", Now() - begin, pause.seconds());
   MeasureReport(program.folders.temporary / "report.txt");
   MeasureLargeDocument(editor);
@@ -163,10 +163,10 @@ int main(int argc, char** argv) {
   ::setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 0);
   QApplication application(argc, argv);
   const platform::ProcessEnvironment environment;
-  const app::Folders folders =
-      app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), argv[1]);
-  app::SettingsStore settings(folders.settings);
-  platform::QtPrompts prompts("bench");
+  const profile::Folders folders =
+      profile::ResolveFolders(environment, desktop::PathFromQt(QApplication::applicationFilePath()), argv[1]);
+  profile::SettingsStore settings(folders.settings);
+  desktop::QtPrompts prompts("bench");
   platform::XdgDesktop desktop(false);
   platform::SystemPower power;
   platform::SystemClock clock;

@@ -8,9 +8,9 @@
 #include <functional>
 #include <string>
 
-#include "mime/html_to_text.h"
-#include "mime/html_tokenizer.h"
-#include "mime/local_pictures.h"
+#include "html/html_to_text.h"
+#include "html/html_tokenizer.h"
+#include "html/local_pictures.h"
 
 namespace {
 

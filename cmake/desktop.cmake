@@ -1,7 +1,7 @@
 # The desktop: what it stands on, the shape of a folder of windows, and the shape of their tests.
 
 if(NOT QUILLCAST_DESKTOP)
-  function(quillcast_ui_folder)
+  function(quillcast_desktop_folder)
   endfunction()
   return()
 endif()
@@ -12,22 +12,22 @@ if(NOT Qt6_FOUND)
                       "qt6-webengine-dev; or build without the desktop: -DQUILLCAST_DESKTOP=OFF")
 endif()
 
-# Every .cpp of NAME/ui becomes quillcast_NAME_ui. RESOURCES are found at :/NAME/.
-function(quillcast_ui_folder name)
+# A room of the desktop: every .cpp in it becomes quillcast_desktop_NAME. RESOURCES are found at :/NAME/.
+function(quillcast_desktop_folder name)
   cmake_parse_arguments(ARG "" "" "USES;RESOURCES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-  qt_add_library(quillcast_${name}_ui STATIC ${sources})
-  set_target_properties(quillcast_${name}_ui PROPERTIES AUTOMOC ON)
-  target_link_libraries(quillcast_${name}_ui PUBLIC quillcast_flags Qt6::Widgets ${ARG_USES})
+  qt_add_library(quillcast_desktop_${name} STATIC ${sources})
+  set_target_properties(quillcast_desktop_${name} PROPERTIES AUTOMOC ON)
+  target_link_libraries(quillcast_desktop_${name} PUBLIC quillcast_flags Qt6::Widgets ${ARG_USES})
   if(ARG_RESOURCES)
-    qt_add_resources(quillcast_${name}_ui ${name}_resources PREFIX /${name} FILES ${ARG_RESOURCES})
+    qt_add_resources(quillcast_desktop_${name} ${name}_resources PREFIX /${name} FILES ${ARG_RESOURCES})
   endif()
 endfunction()
 
-# A test of windows: tests/gui/NAME_test.cpp, run without a display.
+# A test of windows: tests/desktop/NAME_test.cpp, run without a display.
 function(quillcast_gui_test name)
   cmake_parse_arguments(ARG "" "" "USES" ${ARGN})
-  add_executable(test_gui_${name} gui/${name}_test.cpp)
+  add_executable(test_gui_${name} desktop/${name}_test.cpp)
   set_target_properties(test_gui_${name} PROPERTIES AUTOMOC ON)
   target_include_directories(test_gui_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_definitions(test_gui_${name} PRIVATE

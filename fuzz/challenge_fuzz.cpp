@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "smtp/ntlm.h"
-#include "smtp/sasl.h"
+#include "smtp/sasl/ntlm.h"
+#include "smtp/sasl/sasl.h"
 
 namespace {
 

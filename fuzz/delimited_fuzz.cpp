@@ -6,11 +6,11 @@
 
 #include "platform/file.h"
 #include "platform/utf8.h"
-#include "recipients/address_harvest.h"
 #include "recipients/check_email.h"
 #include "recipients/envelope_address.h"
-#include "recipients/import_mapping.h"
-#include "recipients/line_reader.h"
+#include "recipients/import/address_harvest.h"
+#include "recipients/import/import_mapping.h"
+#include "recipients/import/line_reader.h"
 
 using namespace quillcast;
 

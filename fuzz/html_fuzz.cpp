@@ -4,12 +4,12 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "mime/html_to_text.h"
-#include "mime/html_tokenizer.h"
-#include "mime/local_pictures.h"
+#include "html/html_to_text.h"
+#include "html/html_tokenizer.h"
+#include "html/local_pictures.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace quillcast::mime;
+  using namespace quillcast::html;
   const std::string_view html(reinterpret_cast<const char*>(data), size);
   HtmlTokenizer tokenizer(html);
   HtmlToken token;

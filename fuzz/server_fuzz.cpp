@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/server_session.h"
+#include "smtp/mailbox/server_session.h"
 
 namespace {
 

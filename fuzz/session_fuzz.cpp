@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "smtp/client_session.h"
+#include "smtp/client/client_session.h"
 
 namespace {
 

@@ -1,31 +1,31 @@
 // quillcast account set|show|test|threads|reset
 #include <fmt/format.h>
 
+#include "account/account_checks.h"
+#include "account/account_form.h"
+#include "account/account_steps.h"
 #include "cli/account_values.h"
 #include "cli/commands.h"
+#include "message/component_values.h"
+#include "message/message_options.h"
 #include "platform/text.h"
-#include "sending/account_checks.h"
-#include "sending/account_form.h"
-#include "sending/account_steps.h"
-#include "sending/component_values.h"
-#include "sending/message_options.h"
 
 namespace quillcast::cli {
 namespace {
 
-using sending::AccountKey;
-using sending::AccountSettings;
-using sending::ThreadProtocol;
+using account::AccountKey;
+using account::AccountSettings;
+using account::ThreadProtocol;
 
 constexpr const char* kHiddenPassword = "********";
 
 struct ThreadOptions {
-  std::array<std::string, sending::kThreadSections.size()> modes;  // empty for one that stays
+  std::array<std::string, account::kThreadSections.size()> modes;  // empty for one that stays
 };
 
 // Fails, in words, for a server or port that could never work.
 Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
-  auto options = sending::ClientOptionsOf(account);
+  auto options = message::ClientOptionsOf(account);
   if (!options) return Error{Failure::kUsage, options.error().what, options.error().remedy};
   return options;
 }
@@ -33,12 +33,12 @@ Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
 int RunSet(Context& context, const AccountValueOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  app::SettingsStore settings(folders->settings);
+  profile::SettingsStore settings(folders->settings);
   auto values = AccountWith(options, settings, context);
   if (!values) return context.output.Fail(values.error());
-  const std::string forgotten = sending::ForgetUnusedSignIn(values->account);
+  const std::string forgotten = account::ForgetUnusedSignIn(values->account);
   const AccountSettings& account = values->account;
-  if (const auto complaint = sending::CheckAccount(account)) {
+  if (const auto complaint = account::CheckAccount(account)) {
     if (!complaint->reason.empty()) return context.output.Complain(complaint->reason + " Nothing was saved.");
     return context.output.Complain(
         complaint->message.empty()
@@ -51,30 +51,30 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const auto saved = account.Save(settings);
   if (!saved) return context.output.Fail(saved.error());
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
-  for (const auto& note : sending::TidiedByDialog(account, values->given)) context.output.Note(note);
-  const auto texts = sending::TextsOf(account);
+  for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note);
+  const auto texts = account::TextsOf(account);
   context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));
   context.output.Object(
       {{"saved", true}, {"email", account[AccountKey::kEmail]}, {"from", texts.from}, {"method", texts.method}});
   return 0;
 }
 
-void ShowThreads(const Context& context, const sending::ThreadModes& threads, nlohmann::ordered_json& object) {
-  for (std::size_t i = 0; i < sending::kThreadSections.size(); ++i) {
-    const auto mode = sending::Name(threads[static_cast<ThreadProtocol>(i)]);
-    context.output.Line(fmt::format("{}={}", sending::kThreadSections[i], mode));
-    object[std::string(sending::kThreadSections[i])] = mode;
+void ShowThreads(const Context& context, const account::ThreadModes& threads, nlohmann::ordered_json& object) {
+  for (std::size_t i = 0; i < account::kThreadSections.size(); ++i) {
+    const auto mode = account::Name(threads[static_cast<ThreadProtocol>(i)]);
+    context.output.Line(fmt::format("{}={}", account::kThreadSections[i], mode));
+    object[std::string(account::kThreadSections[i])] = mode;
   }
 }
 
 int RunShow(Context& context) {
-  const app::SettingsStore settings(context.Folders().settings);
+  const profile::SettingsStore settings(context.Folders().settings);
   const auto account = AccountSettings::Load(settings);
   if (!account) return context.output.Fail(account.error());
-  const auto threads = sending::ThreadModes::Load(settings);
+  const auto threads = account::ThreadModes::Load(settings);
   if (!threads) return context.output.Fail(threads.error());
   nlohmann::ordered_json object;
-  for (const auto& row : sending::AccountKeyRows()) {
+  for (const auto& row : account::AccountKeyRows()) {
     const bool hidden = row.key == AccountKey::kPassword && !(*account)[row.key].empty();
     const std::string value = hidden ? kHiddenPassword : (*account)[row.key];
     context.output.Line(fmt::format("{}={}", row.name, platform::Printable(value)));
@@ -86,8 +86,8 @@ int RunShow(Context& context) {
 }
 
 // What the client was given, as the mail component counts it.
-nlohmann::ordered_json Given(const AccountSettings& account, const sending::ThreadModes& threads) {
-  const auto values = sending::ComponentValuesOf(account, threads[ThreadProtocol::kSmtp]);
+nlohmann::ordered_json Given(const AccountSettings& account, const account::ThreadModes& threads) {
+  const auto values = message::ComponentValuesOf(account, threads[ThreadProtocol::kSmtp]);
   nlohmann::ordered_json given = {{"server", account[AccountKey::kServer]},
                                   {"port", account[AccountKey::kPort]},
                                   {"security", account[AccountKey::kSecurity]},
@@ -102,7 +102,7 @@ nlohmann::ordered_json Given(const AccountSettings& account, const sending::Thre
 }
 
 // The text of the dialog's box first, then what the server and the client say about it.
-int TellFailedTest(Context& context, const sending::AccountTest& test) {
+int TellFailedTest(Context& context, const account::AccountTest& test) {
   for (const auto& line : test.log) context.output.Note(line);
   context.prompts.Warn(test.text);
   const auto& outcome = test.outcome;
@@ -118,14 +118,14 @@ int TellFailedTest(Context& context, const sending::AccountTest& test) {
 }
 
 int RunTest(Context& context, const AccountValueOptions& options) {
-  const app::SettingsStore settings(context.Folders().settings);
+  const profile::SettingsStore settings(context.Folders().settings);
   const auto values = AccountWith(options, settings, context);
   if (!values) return context.output.Fail(values.error());
-  const auto threads = sending::ThreadModes::Load(settings);
+  const auto threads = account::ThreadModes::Load(settings);
   if (!threads) return context.output.Fail(threads.error());
   const auto connection = ConnectionOf(values->account);
   if (!connection) return context.output.Fail(connection.error());
-  const auto test = sending::TestAccount(values->account, context.clock, context.cancel);
+  const auto test = account::TestAccount(values->account, context.clock, context.cancel);
   context.output.Object({{"code", static_cast<int>(test.outcome.code)},
                          {"text", test.text},
                          {"reply_code", test.outcome.reply.code},
@@ -140,29 +140,29 @@ int RunTest(Context& context, const AccountValueOptions& options) {
 int RunThreads(Context& context, const ThreadOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  app::SettingsStore settings(folders->settings);
-  auto threads = sending::ThreadModes::Load(settings);
+  profile::SettingsStore settings(folders->settings);
+  auto threads = account::ThreadModes::Load(settings);
   if (!threads) return context.output.Fail(threads.error());
   bool changed = false;
   for (std::size_t i = 0; i < options.modes.size(); ++i) {
     if (options.modes[i].empty()) continue;
-    threads->Set(static_cast<ThreadProtocol>(i), sending::ThreadModeFrom(options.modes[i]));
+    threads->Set(static_cast<ThreadProtocol>(i), account::ThreadModeFrom(options.modes[i]));
     changed = true;
   }
   const auto saved = changed ? threads->Save(settings) : Result<void>();
   if (!saved) return context.output.Fail(saved.error());
   nlohmann::ordered_json object;
   ShowThreads(context, *threads, object);
-  context.output.Line(sending::kThreadModesNote);
+  context.output.Line(account::kThreadModesNote);
   object["effect"] = false;
-  object["note"] = sending::kThreadModesNote;
+  object["note"] = account::kThreadModesNote;
   context.output.Object(object);
   return 0;
 }
 
 int RunReset(Context& context) {
-  app::SettingsStore settings(context.Folders().settings);
-  const auto reset = sending::ResetAccount(settings, context.prompts);
+  profile::SettingsStore settings(context.Folders().settings);
+  const auto reset = account::ResetAccount(settings, context.prompts);
   if (!reset) return context.output.Fail(reset.error());
   if (!*reset) return ExitCode(Failure::kNotPermitted);
   context.output.Line("The account is back to its defaults.");
@@ -173,12 +173,12 @@ int RunReset(Context& context) {
 void AddThreads(CLI::App& account, Context& context) {
   auto* threads = account.add_subcommand("threads", "Show or change the threading modes: No, Single, Second");
   auto options = std::make_shared<ThreadOptions>();
-  constexpr std::array<const char*, sending::kThreadSections.size()> kNames = {"--smtp", "--pop3", "--imap4"};
+  constexpr std::array<const char*, account::kThreadSections.size()> kNames = {"--smtp", "--pop3", "--imap4"};
   for (std::size_t i = 0; i < kNames.size(); ++i) {
-    threads->add_option(kNames[i], options->modes[i], fmt::format("The mode of {}", sending::kThreadSections[i]))
-        ->check(CLI::IsMember(std::vector<std::string>(sending::kThreadModes.begin(), sending::kThreadModes.end())));
+    threads->add_option(kNames[i], options->modes[i], fmt::format("The mode of {}", account::kThreadSections[i]))
+        ->check(CLI::IsMember(std::vector<std::string>(account::kThreadModes.begin(), account::kThreadModes.end())));
   }
-  threads->footer(fmt::format("{}\n\nExample:\n  quillcast account threads --smtp Single", sending::kThreadModesNote));
+  threads->footer(fmt::format("{}\n\nExample:\n  quillcast account threads --smtp Single", account::kThreadModesNote));
   OnRun(*threads, context, [options](Context& c) { return RunThreads(c, *options); });
 }
 

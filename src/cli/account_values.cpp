@@ -10,9 +10,9 @@
 namespace quillcast::cli {
 namespace {
 
-using sending::AccountKey;
-using sending::AccountKeyRow;
-using sending::AccountSettings;
+using account::AccountKey;
+using account::AccountKeyRow;
+using account::AccountSettings;
 
 Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
   if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end()) return {};
@@ -22,10 +22,10 @@ Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
 
 Result<void> Assign(GivenAccount& values, const std::string& assignment) {
   const auto equals = assignment.find('=');
-  const AccountKeyRow* row = sending::FindAccountKey(assignment.substr(0, equals));
+  const AccountKeyRow* row = account::FindAccountKey(assignment.substr(0, equals));
   if (equals == std::string::npos || row == nullptr) {
     std::string keys;
-    for (const auto& known : sending::AccountKeyRows())
+    for (const auto& known : account::AccountKeyRows())
       keys += fmt::format("{}{}", keys.empty() ? "" : ", ", known.name);
     return Error{Failure::kUsage,
                  fmt::format("\"{}\" is no setting of the account.", platform::Printable(assignment, 80)),
@@ -60,7 +60,7 @@ void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options) {
       ->type_name("FILE");
 }
 
-Result<GivenAccount> AccountWith(const AccountValueOptions& options, const app::SettingsStore& settings,
+Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,
                                  const Context& context) {
   auto stored = AccountSettings::Load(settings);
   if (!stored) return stored.error();

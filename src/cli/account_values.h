@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "account/account_settings.h"
 #include "cli/context.h"
-#include "sending/account_settings.h"
 
 namespace quillcast::cli {
 
@@ -17,13 +17,13 @@ struct AccountValueOptions {
 void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options);
 
 struct GivenAccount {
-  sending::AccountSettings account;  // what is stored, with the given values in place
-  std::vector<sending::AccountKey> given;
+  account::AccountSettings account;  // what is stored, with the given values in place
+  std::vector<account::AccountKey> given;
 };
 
 // Fails with kUsage for an unknown key or a value that is none of its choices. The password comes from the file, or is
 // asked for where sign-in needs one and none is known.
-Result<GivenAccount> AccountWith(const AccountValueOptions& options, const app::SettingsStore& settings,
+Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,
                                  const Context& context);
 
 }  // namespace quillcast::cli

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "app/version.h"
 #include "cli/commands.h"
 #include "cli/start_desktop.h"
 #include "cli/terminal_prompts.h"
+#include "profile/version.h"
 
 namespace quillcast::cli {
 namespace {
@@ -38,7 +38,8 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
 
   CLI::App app(kDescription, "quillcast");
   bool no_input = false;
-  app.set_version_flag("--version", fmt::format("Quillcast Classic {}.{}", app::kVersionMajor, app::kVersionMinor));
+  app.set_version_flag("--version",
+                       fmt::format("Quillcast Classic {}.{}", profile::kVersionMajor, profile::kVersionMinor));
   app.add_flag("--json", output.json, "Results as JSON, one object a line");
   app.add_flag("--quiet", output.quiet, "No notes on standard error, only failures");
   app.add_flag("--yes", prompts.assume_yes,

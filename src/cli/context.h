@@ -6,8 +6,6 @@
 #include <optional>
 #include <string>
 
-#include "app/folders.h"
-#include "app/settings_store.h"
 #include "cli/output.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
@@ -16,6 +14,8 @@
 #include "platform/environment.h"
 #include "platform/prompts.h"
 #include "platform/session_log.h"
+#include "profile/folders.h"
+#include "profile/settings_store.h"
 
 namespace quillcast::cli {
 
@@ -32,9 +32,9 @@ struct Context {
   bool assume_yes = false;  // --yes
   int exit_code = 0;        // set by the command that ran
 
-  app::Folders Folders() const { return app::ResolveFolders(environment, executable, profile); }
+  profile::Folders Folders() const { return profile::ResolveFolders(environment, executable, profile); }
   // The folders, made ready as at the start of the program: created where missing, with a working Group.mdb.
-  Result<app::Folders> PreparedFolders() const;
+  Result<profile::Folders> PreparedFolders() const;
 };
 
 // Gives a command its action: what it returns becomes the exit code.

@@ -9,7 +9,7 @@
 #include "cli/commands.h"
 #include "platform/file.h"
 #include "platform/text.h"
-#include "smtp/mailbox_server.h"
+#include "smtp/mailbox/mailbox_server.h"
 
 namespace quillcast::cli {
 namespace {

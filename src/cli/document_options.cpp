@@ -2,30 +2,30 @@
 
 #include <fmt/format.h>
 
-#include "app/main_window_contents.h"
 #include "platform/text.h"
+#include "profile/main_window_contents.h"
 
 namespace quillcast::cli {
 namespace {
 
 // The format box as it starts, then as it is picked.
-Result<void> ChooseFormat(compose::MessageDocument& document, const std::string& asked,
-                          const app::SettingsStore& settings, platform::Prompts& prompts) {
-  const auto contents = app::LoadMainWindow(settings, {});
+Result<void> ChooseFormat(document::MessageDocument& document, const std::string& asked,
+                          const profile::SettingsStore& settings, platform::Prompts& prompts) {
+  const auto contents = profile::LoadMainWindow(settings, {});
   if (!contents) return contents.error();
   std::string format = contents->format;
   if (!asked.empty()) {
-    auto picked = compose::PickFormat(asked, settings, prompts);
+    auto picked = document::PickFormat(asked, settings, prompts);
     if (!picked) return picked.error();
     format = *picked;
-  } else if (document.format == compose::Format::kText) {
+  } else if (document.format == document::Format::kText) {
     return {};  // the body came from a text file
   }
-  document.format = compose::FormatFrom(format);
+  document.format = document::FormatFrom(format);
   return {};
 }
 
-Result<void> AllowFolders(const std::vector<std::string>& folders, compose::PicturePlaces& places) {
+Result<void> AllowFolders(const std::vector<std::string>& folders, document::PicturePlaces& places) {
   for (const auto& folder : folders) {
     std::error_code failed;
     if (!std::filesystem::is_directory(folder, failed)) {
@@ -59,24 +59,24 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options) {
   command.add_flag("--read-receipt", options.read_receipt, "Ask each reader for a receipt");
 }
 
-Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::Folders& folders,
-                                              const app::SettingsStore& settings, platform::Prompts& prompts) {
-  compose::MessageDocument document;
-  document.picture_places = compose::PicturePlaces(folders);
+Result<document::MessageDocument> DocumentFrom(const DocumentOptions& options, const profile::Folders& folders,
+                                               const profile::SettingsStore& settings, platform::Prompts& prompts) {
+  document::MessageDocument document;
+  document.picture_places = document::PicturePlaces(folders);
   auto allowed = AllowFolders(options.pictures_from, document.picture_places);
   if (!allowed) return allowed.error();
-  auto loaded = compose::LoadBody(document, options.body);
+  auto loaded = document::LoadBody(document, options.body);
   if (!loaded) return loaded.error();
   if (!options.text.empty()) {
-    compose::MessageDocument text;
-    loaded = compose::LoadBody(text, options.text);
+    document::MessageDocument text;
+    loaded = document::LoadBody(text, options.text);
     if (!loaded) return loaded.error();
     document.text = text.text ? *text.text : text.html;
   }
   auto chosen = ChooseFormat(document, options.format, settings, prompts);
   if (!chosen) return chosen.error();
   document.subject = options.subject;
-  document.priority = compose::PriorityFrom(options.priority);
+  document.priority = document::PriorityFrom(options.priority);
   document.read_receipt = options.read_receipt;
   for (const auto& file : options.attachments) {
     if (file.empty()) return Error{Failure::kUsage, "--attach names no file.", "Give it the path of a file."};

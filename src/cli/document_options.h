@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "app/folders.h"
 #include "cli/context.h"
-#include "compose/message_document.h"
+#include "document/message_document.h"
+#include "profile/folders.h"
 
 namespace quillcast::cli {
 
@@ -25,7 +25,7 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
 
 // Reads the body and builds the document, which may take pictures from its own folder, those of the program, and
 // --pictures-from. The format is the option's, else what the settings start with.
-Result<compose::MessageDocument> DocumentFrom(const DocumentOptions& options, const app::Folders& folders,
-                                              const app::SettingsStore& settings, platform::Prompts& prompts);
+Result<document::MessageDocument> DocumentFrom(const DocumentOptions& options, const profile::Folders& folders,
+                                               const profile::SettingsStore& settings, platform::Prompts& prompts);
 
 }  // namespace quillcast::cli

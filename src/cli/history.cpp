@@ -1,5 +1,5 @@
 // quillcast history list|open|clear
-#include "sending/history.h"
+#include "run/history.h"
 
 #include <fmt/format.h>
 
@@ -17,7 +17,7 @@ struct OpenOptions {
 int RunList(Context& context) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  const auto rows = sending::ListHistory(folders->History());
+  const auto rows = run::ListHistory(folders->History());
   if (!rows) return context.output.Fail(rows.error());
   std::size_t number = 0;
   for (const auto& row : *rows) {
@@ -33,7 +33,7 @@ int RunList(Context& context) {
 int RunOpen(Context& context, const OpenOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  const auto rows = sending::ListHistory(folders->History());
+  const auto rows = run::ListHistory(folders->History());
   if (!rows) return context.output.Fail(rows.error());
   if (options.number == 0 || options.number > rows->size()) {
     return context.output.Complain(
@@ -41,24 +41,24 @@ int RunOpen(Context& context, const OpenOptions& options) {
   }
   platform::XdgDesktop desktop(context.environment.Get("DISPLAY") || context.environment.Get("WAYLAND_DISPLAY"));
   const auto& row = (*rows)[options.number - 1];
-  const auto opened = options.message ? sending::OpenMessage(folders->History(), row, desktop, context.prompts)
-                                      : sending::OpenLog(folders->History(), row, desktop, context.prompts);
+  const auto opened = options.message ? run::OpenMessage(folders->History(), row, desktop, context.prompts)
+                                      : run::OpenLog(folders->History(), row, desktop, context.prompts);
   return opened ? 0 : context.output.Fail(opened.error());
 }
 
 int RunClear(Context& context) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  const auto cleared = sending::ClearHistory(folders->History(), context.prompts);
-  if (cleared.clearing == sending::Clearing::kKept) return ExitCode(Failure::kNotPermitted);
+  const auto cleared = run::ClearHistory(folders->History(), context.prompts);
+  if (cleared.clearing == run::Clearing::kKept) return ExitCode(Failure::kNotPermitted);
   context.output.Line(
       fmt::format("{} deleted.", platform::Counted(static_cast<std::int64_t>(cleared.deleted), "file", "files")));
   context.output.Object({{"deleted", cleared.deleted},
                          {"left", cleared.left},
                          {"going_on", cleared.going_on},
                          {"folders", cleared.folders}});
-  for (const auto& sentence : sending::WhatStayed(cleared)) context.output.Note(sentence);
-  const auto done = sending::WhatFailed(cleared, folders->History());
+  for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence);
+  const auto done = run::WhatFailed(cleared, folders->History());
   return done ? 0 : context.output.Fail(done.error());
 }
 

@@ -10,7 +10,7 @@
 #include "cli/secret_input.h"
 #include "net/listener.h"
 #include "platform/text.h"
-#include "smtp/mailbox_server.h"
+#include "smtp/mailbox/mailbox_server.h"
 
 namespace quillcast::cli {
 namespace {

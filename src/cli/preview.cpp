@@ -1,11 +1,11 @@
 // quillcast preview: the message as a run would send it, with the merge tags left as they are.
 #include <fmt/format.h>
 
+#include "account/account_settings.h"
 #include "cli/commands.h"
 #include "cli/document_options.h"
 #include "platform/text.h"
-#include "sending/account_settings.h"
-#include "sending/message_preview.h"
+#include "run/message_preview.h"
 
 namespace quillcast::cli {
 namespace {
@@ -18,12 +18,12 @@ struct PreviewOptions {
 int RunPreview(Context& context, const PreviewOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  const app::SettingsStore settings(folders->settings);
-  const auto account = sending::AccountSettings::Load(settings);
+  const profile::SettingsStore settings(folders->settings);
+  const auto account = account::AccountSettings::Load(settings);
   if (!account) return context.output.Fail(account.error());
   const auto document = DocumentFrom(options.document, *folders, settings, context.prompts);
   if (!document) return context.output.Fail(document.error());
-  const auto preview = sending::WritePreview(*folders, settings, *document, *account, context.clock, context.entropy);
+  const auto preview = run::WritePreview(*folders, settings, *document, *account, context.clock, context.entropy);
   if (!preview) return context.output.Fail(preview.error());
   for (const auto& note : preview->notes) context.output.Note(note);
   context.output.Line(fmt::format("The preview is {}.", preview->file.string()));

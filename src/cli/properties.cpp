@@ -2,8 +2,8 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
-#include "compose/message_document.h"
-#include "compose/message_properties.h"
+#include "document/message_document.h"
+#include "document/message_properties.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -14,13 +14,13 @@ struct PropertiesOptions {
 };
 
 int RunProperties(Context& context, const PropertiesOptions& options) {
-  compose::MessageDocument document;
-  const auto loaded = compose::LoadBody(document, options.file);
+  document::MessageDocument document;
+  const auto loaded = document::LoadBody(document, options.file);
   if (!loaded) return context.output.Fail(loaded.error());
   std::error_code failed;  // the current folder is gone: the name as given is the best there is
   const auto absolute = std::filesystem::absolute(options.file, failed);
-  const auto properties = compose::PropertiesLoad(failed ? options.file : absolute.string(),
-                                                  compose::TitleOf(document.html), document.html);
+  const auto properties = document::PropertiesLoad(failed ? options.file : absolute.string(),
+                                                   document::TitleOf(document.html), document.html);
   for (const auto& [label, text] :
        std::initializer_list<std::pair<const char*, std::string_view>>{{"Location", properties.location},
                                                                        {"Title", properties.title},

@@ -9,9 +9,9 @@
 #include "cli/send_steps.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
-#include "sending/pre_flight.h"
-#include "sending/sending_run.h"
-#include "sending/single_message.h"
+#include "run/pre_flight.h"
+#include "run/sending_run.h"
+#include "run/single_message.h"
 
 namespace quillcast::cli {
 namespace {
@@ -31,7 +31,7 @@ struct SendOptions {
 };
 
 // Tells the person at the terminal, or the program behind it, how a run goes.
-class SendListener final : public sending::RunListener {
+class SendListener final : public run::RunListener {
  public:
   // `told`: what the person was told before the run, and is not told again.
   SendListener(Output& output, const std::vector<std::string>& told, bool keep_going)
@@ -42,27 +42,27 @@ class SendListener final : public sending::RunListener {
     if (std::find(told_.begin(), told_.end(), text) == told_.end()) output_.Note(text);
   }
 
-  void Finished(const sending::RecipientResult& result) override {
+  void Finished(const run::RecipientResult& result) override {
     const auto& outcome = result.outcome;
     if (output_.json) {
       output_.Object({{"position", result.position},
                       {"address", result.address},
                       {"state", smtp::Name(outcome.state)},
                       {"code", static_cast<int>(outcome.code)},
-                      {"reply", sending::ReplyText(outcome.reply)},
+                      {"reply", run::ReplyText(outcome.reply)},
                       {"reason", outcome.reason}});
     }
     if (outcome.state == smtp::State::kSent) return;
     output_.EndProgress();
     output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
-                             sending::OutcomeText(outcome)));
+                             run::OutcomeText(outcome)));
   }
 
   bool GoOn(const smtp::Outcome& refusal, int times) override {
     if (keep_going_) return true;
     output_.EndProgress();
     output_.Note(fmt::format("The server refused the same {} times in a row, so the run stops: {}", times,
-                             sending::OutcomeText(refusal)));
+                             run::OutcomeText(refusal)));
     output_.Note("--keep-going tries every recipient all the same.");
     return false;
   }
@@ -95,29 +95,28 @@ class SendListener final : public sending::RunListener {
   std::int64_t last_not_tried_ = 0;
 };
 
-Result<std::optional<sending::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
-  if (text.empty()) return std::optional<sending::PartialRange>();
+Result<std::optional<run::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
+  if (text.empty()) return std::optional<run::PartialRange>();
   const auto dash = text.find('-');
   const auto first = platform::ParseWholeNumber(text.substr(0, dash));
   const auto last = dash == std::string::npos ? first : platform::ParseWholeNumber(text.substr(dash + 1));
   if (first && last && *first >= 1 && *first <= *last && *last <= recipients) {
-    return std::optional(sending::PartialRange{*first, *last});
+    return std::optional(run::PartialRange{*first, *last});
   }
   return Error{Failure::kUsage, fmt::format("\"{}\" is no range of recipients.", platform::Printable(text, 40)),
                fmt::format("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
 }
 
-int RunMailing(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
-               const std::optional<sending::PartialRange>& range, const std::vector<std::string>& told,
-               bool keep_going) {
+int RunMailing(Context& context, const Mailing& mailing, const message::MessageTemplate& message,
+               const std::optional<run::PartialRange>& range, const std::vector<std::string>& told, bool keep_going) {
   if (const auto& trouble = message.trouble()) {
     context.output.Note("Note: No message can be made. " + InOneLine(trouble->error));
   }
   SendListener listener(context.output, told, keep_going);
-  const sending::RunRequest request{message,       mailing.document.subject, mailing.account,
-                                    mailing.group, mailing.recipients,       range};
+  const run::RunRequest request{message,       mailing.document.subject, mailing.account,
+                                mailing.group, mailing.recipients,       range};
   const auto summary =
-      sending::SendToGroup(request, {mailing.folders, context.clock, context.entropy, context.cancel}, listener);
+      run::SendToGroup(request, {mailing.folders, context.clock, context.entropy, context.cancel}, listener);
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());
 
@@ -141,8 +140,8 @@ int RunMailing(Context& context, const Mailing& mailing, const sending::MessageT
 }
 
 // Composes every message and hands over nothing.
-int RunDry(Context& context, const Mailing& mailing, const sending::MessageTemplate& message,
-           const std::optional<sending::PartialRange>& range) {
+int RunDry(Context& context, const Mailing& mailing, const message::MessageTemplate& message,
+           const std::optional<run::PartialRange>& range) {
   if (const auto& trouble = message.trouble()) return context.output.Fail(trouble->error);
   auto rows = OpenRows(mailing);
   if (!rows) return context.output.Fail(rows.error());
@@ -158,23 +157,23 @@ int RunDry(Context& context, const Mailing& mailing, const sending::MessageTempl
 
 // The message that --to-file or --proof asks for.
 Result<recipients::Recipient> RenderRequested(const SendOptions& options, const Mailing& mailing,
-                                              const sending::MessageTemplate& message,
-                                              sending::RenderedMessage& rendered) {
+                                              const message::MessageTemplate& message,
+                                              message::RenderedMessage& rendered) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
-  auto row = sending::FindRow(std::move(*rows), options.as);
+  auto row = run::FindRow(std::move(*rows), options.as);
   if (!row) {
     return Error{row.error().failure, row.error().what,
                  fmt::format("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};
   }
-  const auto made = sending::RenderFor(*row, options.proof, message, rendered);
+  const auto made = run::RenderFor(*row, options.proof, message, rendered);
   if (!made) return made.error();
   return row;
 }
 
 int RunToFile(Context& context, const SendOptions& options, const Mailing& mailing,
-              const sending::MessageTemplate& message) {
-  sending::RenderedMessage rendered;
+              const message::MessageTemplate& message) {
+  message::RenderedMessage rendered;
   const auto row = RenderRequested(options, mailing, message, rendered);
   if (!row) return context.output.Fail(row.error());
   const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
@@ -185,7 +184,7 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
                                 "Name another file, or answer yes (--yes does) to have it unlocked."});
   }
   const auto written = platform::ReplaceChosenFile(
-      options.to_file, [&](int fd) { return sending::WriteMessage(rendered, fd, options.to_file); });
+      options.to_file, [&](int fd) { return message::WriteMessage(rendered, fd, options.to_file); });
   if (!written) return context.output.Fail(written.error());
   context.output.Line(
       fmt::format("The message for {} is in {}.", platform::Printable(options.as, 100), options.to_file));
@@ -194,23 +193,23 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
 }
 
 int RunProof(Context& context, const SendOptions& options, const Mailing& mailing,
-             const sending::MessageTemplate& message) {
-  sending::RenderedMessage rendered;
+             const message::MessageTemplate& message) {
+  message::RenderedMessage rendered;
   const auto row = RenderRequested(options, mailing, message, rendered);
   if (!row) return context.output.Fail(row.error());
-  const auto outcome = sending::SendAlone(mailing.account, rendered, context.clock, context.cancel,
-                                          [&](std::string_view line) { context.output.Note(line); });
+  const auto outcome = run::SendAlone(mailing.account, rendered, context.clock, context.cancel,
+                                      [&](std::string_view line) { context.output.Note(line); });
   if (!outcome) return context.output.Fail(outcome.error());
   const bool sent = outcome->state == smtp::State::kSent;
   context.output.Object({{"address", options.proof},
                          {"state", smtp::Name(outcome->state)},
                          {"code", static_cast<int>(outcome->code)},
-                         {"reply", sending::ReplyText(outcome->reply)}});
+                         {"reply", run::ReplyText(outcome->reply)}});
   if (sent) {
     context.output.Line(fmt::format("The proof for {} is on its way to {}.", row->email(), options.proof));
     return 0;
   }
-  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), sending::OutcomeText(*outcome)));
+  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), run::OutcomeText(*outcome)));
   return outcome->code == smtp::ResultCode::kCancelled ? ExitCode(Failure::kTryAgain) : 1;
 }
 
@@ -238,7 +237,8 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!range) return context.output.Fail(range.error());
   if (const int refused = AskBeforeSending(context, *mailing)) return refused;
 
-  auto message_options = sending::LoadMessageOptions(app::SettingsStore(mailing->folders.settings), mailing->account);
+  auto message_options =
+      message::LoadMessageOptions(profile::SettingsStore(mailing->folders.settings), mailing->account);
   if (!message_options) return context.output.Fail(message_options.error());
   // Where nothing is sent, they are only told of.
   const bool sends = !options.dry_run && options.to_file.empty();
@@ -247,7 +247,7 @@ int RunSend(Context& context, const SendOptions& options) {
     const auto settled = SettlePictures(context, *message_options, choice, mailing->document);
     if (!settled) return context.output.Fail(settled.error());
   }
-  const sending::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
+  const message::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
                                          context.clock, context.entropy);
   const auto told = TellFindings(context, *mailing, message, options.dry_run || !options.to_file.empty());
   if (!told) return context.output.Fail(told.error());

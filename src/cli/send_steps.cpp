@@ -4,16 +4,16 @@
 
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
-#include "sending/pre_flight.h"
-#include "sending/pre_send_checks.h"
+#include "run/pre_flight.h"
+#include "run/pre_send_checks.h"
 
 namespace quillcast::cli {
 namespace {
 
 Result<void> RenderRow(const recipients::Recipient& row, const std::string& to, std::int64_t number,
-                       const sending::MessageTemplate& message, sending::RenderedMessage& out) {
-  std::array<std::string, compose::kMergeFields.size()> changed;
-  return message.Render(compose::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
+                       const message::MessageTemplate& message, message::RenderedMessage& out) {
+  std::array<std::string, document::kMergeFields.size()> changed;
+  return message.Render(document::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
 }
 
 }  // namespace
@@ -21,8 +21,8 @@ Result<void> RenderRow(const recipients::Recipient& row, const std::string& to, 
 Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options, const std::string& group) {
   auto folders = context.PreparedFolders();
   if (!folders) return folders.error();
-  const app::SettingsStore settings(folders->settings);
-  auto account = sending::AccountSettings::Load(settings);
+  const profile::SettingsStore settings(folders->settings);
+  auto account = account::AccountSettings::Load(settings);
   if (!account) return account.error();
   auto document = DocumentFrom(options, *folders, settings, context.prompts);
   if (!document) return document.error();
@@ -41,22 +41,22 @@ Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options,
 }
 
 int AskBeforeSending(Context& context, const Mailing& mailing) {
-  const auto filled_in = sending::AccountIsFilledIn(app::SettingsStore(mailing.folders.settings));
+  const auto filled_in = account::AccountIsFilledIn(profile::SettingsStore(mailing.folders.settings));
   if (!filled_in) return context.output.Fail(filled_in.error());
   auto groups = recipients::RecipientStore(mailing.folders.Database(), {.cancel = &context.cancel}).ListGroupNames();
   if (!groups) return context.output.Fail(groups.error());
-  const sending::MailingFacts facts{.account_filled_in = *filled_in,
-                                    .groups = std::move(*groups),
-                                    .group = mailing.group.name,
-                                    .recipients = mailing.recipients,
-                                    .subject = mailing.document.subject,
-                                    .body_text = mailing.document.PlainText()};
+  const run::MailingFacts facts{.account_filled_in = *filled_in,
+                                .groups = std::move(*groups),
+                                .group = mailing.group.name,
+                                .recipients = mailing.recipients,
+                                .subject = mailing.document.subject,
+                                .body_text = mailing.document.PlainText()};
   if (*filled_in && !facts.groups.empty() && !facts.group.empty() && mailing.group.id == 0) {
     return context.output.Fail({Failure::kUsage,
                                 fmt::format("There is no group {}.", platform::Printable(facts.group, 100)),
                                 "quillcast group list shows the groups; quillcast group new makes one."});
   }
-  const auto refused = sending::CheckBeforeSending(facts, context.prompts);
+  const auto refused = run::CheckBeforeSending(facts, context.prompts);
   if (!refused) return 0;
   if (!*filled_in) {
     context.output.Note("Fill in the account with: quillcast account set --help");
@@ -65,19 +65,19 @@ int AskBeforeSending(Context& context, const Mailing& mailing) {
   return ExitCode(*refused == "GroupButton" ? Failure::kUsage : Failure::kNotPermitted);
 }
 
-Result<void> SettlePictures(Context& context, const sending::MessageOptions& options, ForeignPictures choice,
-                            compose::MessageDocument& document) {
-  const auto pictures = sending::LookForPictures(document, options, context.cancel);
+Result<void> SettlePictures(Context& context, const message::MessageOptions& options, ForeignPictures choice,
+                            document::MessageDocument& document) {
+  const auto pictures = message::LookForPictures(document, options, context.cancel);
   if (!pictures) return pictures.error();
-  const auto files = sending::PicturesToAskFor(pictures->foreign);
+  const auto files = message::PicturesToAskFor(pictures->foreign);
   if (files.empty()) return {};
   bool take = false;
   if (choice == ForeignPictures::kAskAbout) {
     if (!context.may_ask || context.assume_yes) {
-      return Error{Failure::kNotPermitted, sending::NameForeign(files),
+      return Error{Failure::kNotPermitted, message::NameForeign(files),
                    "--pictures-from DIR takes those in that folder along, --leave-pictures-out sends without them."};
     }
-    const auto answer = context.prompts.AskOrCancel(sending::PictureQuestion(files));
+    const auto answer = context.prompts.AskOrCancel(message::PictureQuestion(files));
     if (answer == platform::Answer::kCancel) return Error{Failure::kNotPermitted, "Nothing was sent.", ""};
     take = answer == platform::Answer::kYes;
   }
@@ -86,15 +86,15 @@ Result<void> SettlePictures(Context& context, const sending::MessageOptions& opt
 }
 
 Result<std::vector<std::string>> TellFindings(Context& context, const Mailing& mailing,
-                                              const sending::MessageTemplate& message, bool asks_server) {
+                                              const message::MessageTemplate& message, bool asks_server) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
-  const auto found = sending::LookOver(std::move(*rows), mailing.document, message, context.cancel);
+  const auto found = run::LookOver(std::move(*rows), mailing.document, message, context.cancel);
   if (!found) return found.error();
-  auto lines = sending::ListPictures(message.pictures(), message.foreign_pictures());
-  for (auto& line : sending::Describe(*found)) lines.push_back(std::move(line));
+  auto lines = message::ListPictures(message.pictures(), message.foreign_pictures());
+  for (auto& line : run::Describe(*found)) lines.push_back(std::move(line));
   if (asks_server) {
-    const auto told = sending::AskAboutNotices(mailing.account, message, context.clock, context.cancel);
+    const auto told = run::AskAboutNotices(mailing.account, message, context.clock, context.cancel);
     if (told) lines.push_back(*told);
   }
   for (const auto& line : lines) context.output.Note("Note: " + line);
@@ -109,11 +109,11 @@ Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing) {
       .ListRecipients(mailing.group.id, mailing.group.sort_sql);
 }
 
-Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::MessageTemplate& message,
-                            const std::optional<sending::PartialRange>& range, const platform::CancelToken& cancel) {
+Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::MessageTemplate& message,
+                            const std::optional<run::PartialRange>& range, const platform::CancelToken& cancel) {
   Composed composed;
   recipients::Recipient row;
-  sending::RenderedMessage rendered;
+  message::RenderedMessage rendered;
   for (std::int64_t position = 1; cancel.Requested() == platform::Stop::kNone; ++position) {
     const auto more = rows.Next(row);
     if (!more) return more.error();

@@ -7,17 +7,17 @@
 #include <vector>
 
 #include "cli/document_options.h"
+#include "message/message_template.h"
 #include "recipients/recipient_store.h"
-#include "sending/message_template.h"
-#include "sending/run_report.h"
+#include "run/run_report.h"
 
 namespace quillcast::cli {
 
 // Everything that a run needs to know before it starts.
 struct Mailing {
-  app::Folders folders;
-  sending::AccountSettings account;
-  compose::MessageDocument document;
+  profile::Folders folders;
+  account::AccountSettings account;
+  document::MessageDocument document;
   recipients::RecipientGroup group;  // id 0 for a group that does not exist
   std::int64_t recipients = 0;
 };
@@ -32,13 +32,13 @@ enum class ForeignPictures { kAskAbout, kLeaveOut };
 
 // Asks about them; --yes is no answer, for it was given before anybody knew of them. Fails with kNotPermitted when
 // there is nobody to ask, or when nothing is to be sent.
-Result<void> SettlePictures(Context& context, const sending::MessageOptions& options, ForeignPictures choice,
-                            compose::MessageDocument& document);
+Result<void> SettlePictures(Context& context, const message::MessageOptions& options, ForeignPictures choice,
+                            document::MessageDocument& document);
 
 // Looks the group over and tells, on standard error, what the person may not have meant. A run asks its server itself
 // what it offers, where the rest does not speak to one. Gives what was told.
 Result<std::vector<std::string>> TellFindings(Context& context, const Mailing& mailing,
-                                              const sending::MessageTemplate& message, bool asks_server);
+                                              const message::MessageTemplate& message, bool asks_server);
 
 Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing);
 
@@ -49,7 +49,7 @@ struct Composed {
 };
 
 // Renders every message of the range, bytes included, and drops it.
-Result<Composed> ComposeAll(recipients::RecipientCursor rows, const sending::MessageTemplate& message,
-                            const std::optional<sending::PartialRange>& range, const platform::CancelToken& cancel);
+Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::MessageTemplate& message,
+                            const std::optional<run::PartialRange>& range, const platform::CancelToken& cancel);
 
 }  // namespace quillcast::cli

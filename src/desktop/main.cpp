@@ -12,18 +12,18 @@
 #include <csignal>
 #include <cstdio>
 
-#include "app/startup.h"
-#include "app/ui/help_form.h"
-#include "app/ui/start_window.h"
-#include "app/version.h"
 #include "desktop/sandbox.h"
+#include "desktop/shell/help_form.h"
+#include "desktop/shell/start_window.h"
 #include "desktop/single_instance.h"
 #include "desktop/termination.h"
+#include "desktop/widgets/icons.h"
+#include "desktop/widgets/qt_prompts.h"
+#include "desktop/widgets/qt_text.h"
 #include "platform/environment.h"
 #include "platform/session_log.h"
-#include "platform/ui/icons.h"
-#include "platform/ui/qt_prompts.h"
-#include "platform/ui/qt_text.h"
+#include "profile/startup.h"
+#include "profile/version.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -31,7 +31,7 @@ namespace {
 // F1 opens the help at the topic of the window that it is pressed in.
 class HelpKey final : public QObject {
  public:
-  explicit HelpKey(const app::Folders& folders) : folders_(folders) {}
+  explicit HelpKey(const profile::Folders& folders) : folders_(folders) {}
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
@@ -40,23 +40,23 @@ class HelpKey final : public QObject {
     auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
     if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
     // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
-    (new app::HelpForm(folders_, app::TopicOf(dialog->objectName()), dialog))->show();
+    (new HelpForm(folders_, TopicOf(dialog->objectName()), dialog))->show();
     return true;
   }
 
  private:
-  const app::Folders& folders_;
+  const profile::Folders& folders_;
 };
 
 // The screen's size is in physical pixels; rounded up, because the toolkit rounds it down where its scale does not
 // divide it. The other instance, where there is one, flashes when it is asked after.
-app::StartupFacts Facts(SingleInstance& instance) {
+profile::StartupFacts Facts(SingleInstance& instance) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const qreal ratio = screen->devicePixelRatio();
   return {.window_with_our_title = instance.AnotherIsRunning(),
-          .version = app::RunningSystem(),
-          .screen = app::PixelSize{static_cast<int>(std::ceil(screen->size().width() * ratio)),
-                                   static_cast<int>(std::ceil(screen->size().height() * ratio))}};
+          .version = profile::RunningSystem(),
+          .screen = profile::PixelSize{static_cast<int>(std::ceil(screen->size().width() * ratio)),
+                                       static_cast<int>(std::ceil(screen->size().height() * ratio))}};
 }
 
 // What ends the program, told on the screen and to whoever started it; a second start ends without a word.
@@ -80,10 +80,10 @@ const char* GoOnWithoutSandbox() {
 }
 
 // The window in the user's language, where a catalogue of it is installed; the toolkit's own texts go along.
-void Translate(const app::Folders& folders) {
+void Translate(const profile::Folders& folders) {
   static QTranslator ours;
   static QTranslator toolkit;
-  if (!ours.load(QLocale(), "quillcast", "_", platform::PathToQt(folders.program / "translations"))) return;
+  if (!ours.load(QLocale(), "quillcast", "_", PathToQt(folders.program / "translations"))) return;
   QCoreApplication::installTranslator(&ours);
   if (toolkit.load(QLocale(), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
     QCoreApplication::installTranslator(&toolkit);
@@ -91,15 +91,15 @@ void Translate(const app::Folders& folders) {
 
 int Run(QApplication& application, const std::optional<std::filesystem::path>& profile, const char* warning) {
   platform::ProcessEnvironment environment;
-  const app::Folders folders =
-      app::ResolveFolders(environment, platform::PathFromQt(QApplication::applicationFilePath()), profile);
+  const profile::Folders folders =
+      profile::ResolveFolders(environment, PathFromQt(QApplication::applicationFilePath()), profile);
   Translate(folders);
-  platform::QtPrompts prompts(app::kWindowTitle);
-  SingleInstance instance(platform::PathToQt(folders.data));
-  if (const auto refusal = app::CheckStartup(Facts(instance), folders)) return Refuse(prompts, refusal->message);
-  const auto prepared = app::PrepareFolders(folders);
+  QtPrompts prompts(profile::kWindowTitle);
+  SingleInstance instance(PathToQt(folders.data));
+  if (const auto refusal = profile::CheckStartup(Facts(instance), folders)) return Refuse(prompts, refusal->message);
+  const auto prepared = profile::PrepareFolders(folders);
   if (!prepared) std::fprintf(stderr, "quillcast-desktop: %s\n", InOneLine(prepared.error()).c_str());
-  app::SettingsStore settings(folders.settings, app::kWindowPatience);
+  profile::SettingsStore settings(folders.settings, profile::kWindowPatience);
   const auto usable = settings.CheckFile();
   if (!usable) prompts.Warn(Describe(usable.error()));
 
@@ -108,15 +108,15 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const platform::SessionLog log(folders.data, clock);
-  const app::Program program{folders, settings, prompts, desktop, power, clock, entropy};
+  const profile::Program program{folders, settings, prompts, desktop, power, clock, entropy};
   HelpKey help_key(folders);
   application.installEventFilter(&help_key);
-  const auto window = app::StartWindow(program);
-  QObject::connect(&instance, &SingleInstance::Raised, window.get(), &app::MainForm::Flash);
+  const auto window = StartWindow(program);
+  QObject::connect(&instance, &SingleInstance::Raised, window.get(), &MainForm::Flash);
   if (warning != nullptr) window->Say(warning);
   const Termination termination;
-  QObject::connect(&termination, &Termination::Asked, window.get(), &app::MainForm::EndAtOnce);
-  QObject::connect(&application, &QGuiApplication::commitDataRequest, window.get(), &app::MainForm::KeepAside,
+  QObject::connect(&termination, &Termination::Asked, window.get(), &MainForm::EndAtOnce);
+  QObject::connect(&application, &QGuiApplication::commitDataRequest, window.get(), &MainForm::KeepAside,
                    Qt::DirectConnection);
   return QApplication::exec();
 }
@@ -139,8 +139,8 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("quillcast-desktop");
   QApplication::setApplicationVersion(
-      QString("%1.%2").arg(quillcast::app::kVersionMajor).arg(quillcast::app::kVersionMinor));
-  QApplication::setWindowIcon(quillcast::platform::ProgramIcon());
+      QString("%1.%2").arg(quillcast::profile::kVersionMajor).arg(quillcast::profile::kVersionMinor));
+  QApplication::setWindowIcon(quillcast::desktop::ProgramIcon());
   QCommandLineParser parser;
   parser.setApplicationDescription("Quillcast Classic sends one personal e-mail to each recipient of a group.");
   parser.addHelpOption();
@@ -149,6 +149,6 @@ int main(int argc, char** argv) {
   parser.addOption(profile);
   parser.process(application);
   std::optional<std::filesystem::path> folder;
-  if (parser.isSet(profile)) folder = quillcast::platform::PathFromQt(parser.value(profile));
+  if (parser.isSet(profile)) folder = quillcast::desktop::PathFromQt(parser.value(profile));
   return quillcast::desktop::Run(application, folder, warning);
 }

@@ -61,7 +61,7 @@ std::size_t LetterLength(std::string_view utf8, bool with_marks) {
 // its characters, so a length is that of the whole word each time.
 class WordForm {
  public:
-  WordForm(std::string_view utf8, const Charset& charset, HeaderEncoding encoding)
+  WordForm(std::string_view utf8, const charset::Charset& charset, HeaderEncoding encoding)
       : charset_(charset.ForHeaders()), q_(encoding == HeaderEncoding::kQ) {
     if (encoding == HeaderEncoding::kNone) q_ = Size(utf8, true) <= Size(utf8, false);
   }
@@ -118,7 +118,7 @@ class WordForm {
     encoded_ = utf8;
   }
 
-  Charset charset_;
+  charset::Charset charset_;
   bool q_;
   std::string_view encoded_;  // the text that bytes_ holds
   std::string bytes_;
@@ -130,7 +130,7 @@ bool NeedsEncodedWord(std::string_view text) {
   return !platform::IsAscii(text) || text.find("=?") != std::string_view::npos;
 }
 
-std::size_t FirstWordColumns(std::string_view utf8, const Charset& charset, HeaderEncoding encoding) {
+std::size_t FirstWordColumns(std::string_view utf8, const charset::Charset& charset, HeaderEncoding encoding) {
   const std::string_view letter = utf8.substr(0, LetterLength(utf8, true));
   WordForm form(letter, charset, encoding);
   const std::size_t longest =
@@ -138,8 +138,8 @@ std::size_t FirstWordColumns(std::string_view utf8, const Charset& charset, Head
   return std::min(longest, kLongestWord);
 }
 
-void AppendEncodedWords(std::string& out, std::string_view utf8, const Charset& charset, HeaderEncoding encoding,
-                        std::size_t& column) {
+void AppendEncodedWords(std::string& out, std::string_view utf8, const charset::Charset& charset,
+                        HeaderEncoding encoding, std::size_t& column) {
   WordForm form(utf8, charset, encoding);
   while (!utf8.empty()) {
     const std::size_t room = std::min(kLongestWord, kHeaderColumns - std::min(column, kHeaderColumns));

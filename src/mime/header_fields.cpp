@@ -117,7 +117,7 @@ void AppendNameParameter(std::string& out, std::string_view file_name) {
   }
   std::string words;
   std::size_t column = 8;  // ` name="` and the closing quote
-  AppendEncodedWords(words, name, Charset::Utf8(), HeaderEncoding::kNone, column);
+  AppendEncodedWords(words, name, charset::Charset::Utf8(), HeaderEncoding::kNone, column);
   AppendLine(out, "name=\"" + words + '"');
 }
 

@@ -54,8 +54,8 @@ void AppendQuoted(std::string& out, std::string_view ascii) {
   out += '"';
 }
 
-void AppendDisplayName(std::string& out, std::string_view text, const Charset& charset, HeaderEncoding encoding,
-                       std::size_t& column) {
+void AppendDisplayName(std::string& out, std::string_view text, const charset::Charset& charset,
+                       HeaderEncoding encoding, std::size_t& column) {
   if (NeedsEncodedWord(text) || text.size() > kLongestQuotedName) {
     AppendEncodedWords(out, text, charset, encoding, column);
     return;
@@ -114,13 +114,13 @@ bool IsFieldName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~' && c != ':'; });
 }
 
-bool CanEncode(const Charset& charset, std::string_view utf8) {
+bool CanEncode(const charset::Charset& charset, std::string_view utf8) {
   std::string bytes;
-  return charset.Encode(utf8, bytes, nullptr, Unmapped::kFail);
+  return charset.Encode(utf8, bytes, nullptr, charset::Unmapped::kFail);
 }
 
-void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value, const Charset& charset,
-                        HeaderEncoding encoding) {
+void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value,
+                        const charset::Charset& charset, HeaderEncoding encoding) {
   const std::string_view text = value.text();
   out += name;
   out += ": ";
@@ -161,7 +161,7 @@ void AppendUnstructured(std::string& out, std::string_view name, const HeaderTex
 }
 
 void AppendMailbox(std::string& out, std::string_view name, const HeaderText& display_name, const HeaderText& address,
-                   const Charset& charset, HeaderEncoding encoding) {
+                   const charset::Charset& charset, HeaderEncoding encoding) {
   const std::string clean = CleanAddress(address.text());
   out += name;
   out += ": ";

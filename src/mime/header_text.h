@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "mime/charset.h"
+#include "charset/charset.h"
 
 namespace quillcast::mime {
 
@@ -31,17 +31,17 @@ enum class HeaderEncoding { kNone, kQ, kB };
 bool IsFieldName(std::string_view name);
 
 // True when the charset holds every character, so that the caller can turn to UTF-8 when it does not.
-bool CanEncode(const Charset& charset, std::string_view utf8);
+bool CanEncode(const charset::Charset& charset, std::string_view utf8);
 
 // "Subject: value" and CRLF, folded at 76 columns where there is a blank to fold at. Words that need it, and words that
 // read like encoded words, are encoded; what the charset lacks becomes "?". `name` is a field name.
-void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value, const Charset& charset,
-                        HeaderEncoding encoding);
+void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value,
+                        const charset::Charset& charset, HeaderEncoding encoding);
 
 // "From: Name <address>" and CRLF; the address alone when there is no name. The address is checked elsewhere; here it
 // only loses what would begin another mailbox or end this one.
 void AppendMailbox(std::string& out, std::string_view name, const HeaderText& display_name, const HeaderText& address,
-                   const Charset& charset, HeaderEncoding encoding);
+                   const charset::Charset& charset, HeaderEncoding encoding);
 
 // Without path separators and control characters; "attachment" when nothing is left.
 std::string SafeFileName(std::string_view utf8);

@@ -9,38 +9,38 @@
 #include <functional>
 #include <limits>
 
-#include "compose/body_file.h"
-#include "compose/body_source.h"
-#include "compose/merge_pieces.h"
-#include "compose/message_document.h"
-#include "compose/message_properties.h"
-#include "mime/charset.h"
+#include "charset/charset.h"
+#include "document/body_file.h"
+#include "document/body_source.h"
+#include "document/merge_pieces.h"
+#include "document/message_document.h"
+#include "document/message_properties.h"
+#include "html/html_to_text.h"
+#include "html/html_tokenizer.h"
+#include "html/line_wrap.h"
+#include "html/local_pictures.h"
+#include "message/html_style_escapes.h"
+#include "message/related_pictures.h"
 #include "mime/header_text.h"
-#include "mime/html_style_escapes.h"
-#include "mime/html_to_text.h"
-#include "mime/html_tokenizer.h"
-#include "mime/line_wrap.h"
-#include "mime/local_pictures.h"
 #include "mime/media_type.h"
 #include "mime/quoted_printable.h"
 #include "net/address.h"
 #include "net/idna.h"
 #include "platform/base64.h"
 #include "platform/text.h"
-#include "recipients/address_harvest.h"
 #include "recipients/check_email.h"
 #include "recipients/envelope_address.h"
-#include "recipients/import_mapping.h"
-#include "recipients/line_reader.h"
+#include "recipients/import/address_harvest.h"
+#include "recipients/import/import_mapping.h"
+#include "recipients/import/line_reader.h"
 #include "recipients/statements.h"
 #include "recipients/text_order.h"
-#include "sending/related_pictures.h"
 #include "smtp/capabilities.h"
-#include "smtp/client_session.h"
-#include "smtp/ntlm.h"
-#include "smtp/sasl_prep.h"
-#include "smtp/server_policy.h"
-#include "smtp/server_session.h"
+#include "smtp/client/client_session.h"
+#include "smtp/mailbox/server_policy.h"
+#include "smtp/mailbox/server_session.h"
+#include "smtp/sasl/ntlm.h"
+#include "smtp/sasl/sasl_prep.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast {
@@ -111,34 +111,34 @@ void CheckEach(const std::vector<NamedReader>& readers, std::initializer_list<st
 }
 
 void ReadAttributes(const std::string& html) {
-  mime::HtmlTokenizer tokenizer(html);
-  mime::HtmlToken token;
+  html::HtmlTokenizer tokenizer(html);
+  html::HtmlToken token;
   while (tokenizer.Next(token)) tokenizer.Value(token, "style");
 }
 
 const std::vector<NamedReader> kHtmlReaders = {
     {"HtmlTokenizer", ReadAttributes},
-    {"HtmlToText", [](const std::string& html) { return mime::HtmlToText(html); }},
-    {"FindLocalPictures", [](const std::string& html) { return mime::FindLocalPictures(html); }},
-    {"FindPicturesNamedByTags", [](const std::string& html) { return mime::FindPicturesNamedByTags(html); }},
+    {"HtmlToText", [](const std::string& html) { return html::HtmlToText(html); }},
+    {"FindLocalPictures", [](const std::string& html) { return html::FindLocalPictures(html); }},
+    {"FindPicturesNamedByTags", [](const std::string& html) { return html::FindPicturesNamedByTags(html); }},
     {"EscapeInStyles",
-     [](const std::string& html) { return mime::EscapeInStyles(html, *mime::FindCharset("us-ascii")); }},
+     [](const std::string& html) { return message::EscapeInStyles(html, *charset::FindCharset("us-ascii")); }},
     {"TakePictures",
      [](const std::string& html) {
-       compose::MessageDocument document;
+       document::MessageDocument document;
        document.html = html;
        document.base_folder = "/nowhere";
-       return sending::TakePictures(document, "x");
+       return message::TakePictures(document, "x");
      }},
-    {"WrapHtml", [](const std::string& html) { return mime::WrapHtml(html, 76); }},
-    {"CutAtBody", [](const std::string& html) { return compose::CutAtBody(html); }},
-    {"TitleOf", [](const std::string& html) { return compose::TitleOf(html); }},
-    {"PropertiesLoad", [](const std::string& html) { return compose::PropertiesLoad("", "", html); }},
-    {"DecodeCharacterReferences", [](const std::string& html) { return mime::DecodeCharacterReferences(html, true); }},
-    {"UnknownTags", [](const std::string& text) { return compose::UnknownTags(text); }},
-    {"MergePieces", [](const std::string& text) { return compose::MergePieces(text); }},
+    {"WrapHtml", [](const std::string& html) { return html::WrapHtml(html, 76); }},
+    {"CutAtBody", [](const std::string& html) { return document::CutAtBody(html); }},
+    {"TitleOf", [](const std::string& html) { return document::TitleOf(html); }},
+    {"PropertiesLoad", [](const std::string& html) { return document::PropertiesLoad("", "", html); }},
+    {"DecodeCharacterReferences", [](const std::string& html) { return html::DecodeCharacterReferences(html, true); }},
+    {"UnknownTags", [](const std::string& text) { return document::UnknownTags(text); }},
+    {"MergePieces", [](const std::string& text) { return document::MergePieces(text); }},
     {"ReplaceMergeFields",
-     [](const std::string& text) { return compose::ReplaceMergeFields(text, compose::MergeValues{}); }},
+     [](const std::string& text) { return document::ReplaceMergeFields(text, document::MergeValues{}); }},
 };
 
 TEST(Growth, OfReadingHtml) {
@@ -261,9 +261,9 @@ TEST(Growth, OfPicturesThatMayNotBeTaken) {
   for (auto n = std::count(all.begin(), all.end(), '<'); n > 0; --n) folder.Write(std::to_string(n - 1), "GIF89a\x01");
   const std::string base = "<base href='file://" + folder.path().string() + "/'>";
   const auto take = [](const std::string& html) {
-    compose::MessageDocument document;
+    document::MessageDocument document;
     document.html = html;
-    return sending::TakePictures(document, "x");
+    return message::TakePictures(document, "x");
   };
   EXPECT_EQ(take(base + all).foreign.size(), static_cast<std::size_t>(std::count(all.begin(), all.end(), '<')));
   ExpectSteadyGrowth("TakePictures", take, [&](std::size_t size) { return base + Repeated(kReference, size); });
@@ -304,7 +304,7 @@ Reader Header(const Append& append) {
 }
 
 Reader InCharset(const char* name) {
-  return [charset = *mime::FindCharset(name)](const std::string& text) {
+  return [charset = *charset::FindCharset(name)](const std::string& text) {
     std::string out;
     charset.Encode(text, out);
     charset.Decode(text);
@@ -312,8 +312,8 @@ Reader InCharset(const char* name) {
 }
 
 TEST(Growth, OfReadingText) {
-  const auto utf8 = mime::Charset::Utf8();
-  const auto shifted = *mime::FindCharset("iso-2022-jp");
+  const auto utf8 = charset::Charset::Utf8();
+  const auto shifted = *charset::FindCharset("iso-2022-jp");
   using enum mime::HeaderEncoding;
   CheckEach({{"FindAddress", FindAll},
              {"AddressHarvest", Harvest},
@@ -336,13 +336,13 @@ TEST(Growth, OfReadingText) {
               Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},
              {"AppendNameParameter",
               Header([](std::string& out, const std::string& text) { mime::AppendNameParameter(out, text); })},
-             {"WrapText", [](const std::string& text) { return mime::WrapText(text, 76); }},
-             {"HtmlFromText", [](const std::string& text) { return compose::HtmlFromText(text); }},
+             {"WrapText", [](const std::string& text) { return html::WrapText(text, 76); }},
+             {"HtmlFromText", [](const std::string& text) { return document::HtmlFromText(text); }},
              {"ReadBodyFile",
               [](const std::string& text) {
                 const test::TemporaryFolder folder;
-                const auto body = compose::ReadBodyFile(folder.Write("body", text));
-                if (body) compose::EncodeBody(body->text, compose::BodyEncoding::kWindows1252);
+                const auto body = document::ReadBodyFile(folder.Write("body", text));
+                if (body) document::EncodeBody(body->text, document::BodyEncoding::kWindows1252);
               }},
              {"windows-1252", InCharset("windows-1252")},
              {"iso-2022-jp", InCharset("iso-2022-jp")},

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "mime/quoted_printable.h"
-#include "mime/random_text.h"
 #include "platform/base64.h"
 #include "platform/text.h"
+#include "support/random_text.h"
 
 namespace quillcast::mime {
 namespace {
@@ -36,10 +36,10 @@ TEST(Base64, RefusesWhatIsMalformed) {
 TEST(Base64, LinesAreTheSameHoweverTheStreamIsCut) {
   std::mt19937 random(1);
   for (int round = 0; round < 300; ++round) {
-    const std::string bytes = RandomText(random, EveryByte(), 400);
+    const std::string bytes = test::RandomText(random, test::EveryByte(), 400);
     platform::Base64LineEncoder encoder;
     std::string lines;
-    for (const std::string_view piece : RandomPieces(random, bytes)) encoder.Encode(piece, lines);
+    for (const std::string_view piece : test::RandomPieces(random, bytes)) encoder.Encode(piece, lines);
     encoder.Finish(lines);
     std::string plain;
     platform::AppendBase64(plain, bytes);
@@ -94,11 +94,11 @@ TEST(QuotedPrintable, AnyPiecesComeBackAndNoLineInvitesChanges) {
     const bool dense = round % 2 == 0;  // alternately the awkward characters alone, and mostly plain text
     std::vector<std::string> letters = alphabet;
     if (!dense) letters.insert(letters.end(), 40, "x");
-    if (round % 10 == 0) letters = EveryByte();
-    const std::string text = RandomText(random, letters, 400);
+    if (round % 10 == 0) letters = test::EveryByte();
+    const std::string text = test::RandomText(random, letters, 400);
     std::string out;
     std::size_t column = 0;
-    for (const std::string_view piece : RandomPieces(random, text)) {
+    for (const std::string_view piece : test::RandomPieces(random, text)) {
       AppendQuotedPrintable(out, piece, column, false);
       if (random() % 4 == 0) AppendSoftBreak(out, column);
     }

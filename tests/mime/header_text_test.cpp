@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "mime/quoted_printable.h"
-#include "mime/random_text.h"
 #include "platform/base64.h"
 #include "platform/text.h"
+#include "support/random_text.h"
 
 namespace quillcast::mime {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kLong = "One two three four five six seven eight nine ten eleven twelve thirteen fourteen";
 
 std::string Subject(std::string_view value, HeaderEncoding encoding = HeaderEncoding::kQ,
-                    const Charset& charset = Charset::Utf8()) {
+                    const charset::Charset& charset = charset::Charset::Utf8()) {
   std::string out;
   AppendUnstructured(out, "Subject", value, charset, encoding);
   return out;
@@ -44,7 +44,7 @@ TEST(HeaderText, WritesUnstructuredText) {
 }
 
 TEST(HeaderText, ChoosesTheEncodingAsked) {
-  const Charset western = *FindCharset("windows-1252");
+  const charset::Charset western = *charset::FindCharset("windows-1252");
   EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kB), "Subject: =?utf-8?B?Y2Fmw6k=?=\r\n");
   EXPECT_EQ(Subject("caf\u00E9", HeaderEncoding::kQ, western), "Subject: =?Windows-1252?Q?caf=E9?=\r\n");
   EXPECT_EQ(Subject("abcdefghijkl\u00E9", HeaderEncoding::kNone), "Subject: =?utf-8?Q?abcdefghijkl=C3=A9?=\r\n");
@@ -77,7 +77,7 @@ TEST(HeaderText, WritesMailboxes) {
   };
   for (const Case& c : cases) {
     std::string out;
-    AppendMailbox(out, "To", c.name, c.address, Charset::Utf8(), HeaderEncoding::kQ);
+    AppendMailbox(out, "To", c.name, c.address, charset::Charset::Utf8(), HeaderEncoding::kQ);
     EXPECT_EQ(out, c.expected);
   }
 }
@@ -143,7 +143,7 @@ std::string ReadBack(std::string value) {
       std::string text(parts.at(3));
       if (parts[2] == "B") text = platform::DecodeBase64(text).value_or("not base64");
       if (parts[2] == "Q") text = DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
-      text = FindCharset(parts[1])->Decode(text);
+      text = charset::FindCharset(parts[1])->Decode(text);
       EXPECT_FALSE(text.starts_with("\u0301") || text.starts_with("\u0323")) << "a letter without its mark: " << value;
       out += text;
     } else {
@@ -174,13 +174,13 @@ TEST(HeaderText, AnyValueComesBackInShortLines) {
   };
   std::mt19937 random(3);
   for (const Case& c : cases) {
-    const Charset charset = *FindCharset(c.charset);
+    const charset::Charset charset = *charset::FindCharset(c.charset);
     std::vector<std::string> alphabet = {" ", " ", "a", "Wort", "=?", "?=", "_", "=", "\"", "elevenchars"};
     for (int twice = 0; twice < 2; ++twice) alphabet.insert(alphabet.end(), c.characters.begin(), c.characters.end());
     for (int round = 0; round < 600; ++round) {
-      const HeaderText value(RandomText(random, alphabet, 60));
+      const HeaderText value(test::RandomText(random, alphabet, 60));
       std::string bytes;
-      ASSERT_TRUE(charset.Encode(value.text(), bytes, nullptr, Unmapped::kFail));
+      ASSERT_TRUE(charset.Encode(value.text(), bytes, nullptr, charset::Unmapped::kFail));
       const std::string field = Subject(value.text(), static_cast<HeaderEncoding>(round % 3), charset);
       ASSERT_TRUE(field.ends_with("\r\n"));
       ASSERT_EQ(ReadBack(field.substr(9, field.size() - 11)), charset.Decode(bytes)) << field;

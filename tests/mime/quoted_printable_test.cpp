@@ -7,8 +7,8 @@
 #include <map>
 
 #include "mime/quoted_printable_scan.h"
-#include "mime/random_text.h"
 #include "platform/text.h"
+#include "support/random_text.h"
 
 namespace quillcast::mime {
 namespace {
@@ -22,7 +22,7 @@ std::vector<std::string> AwkwardAmongPlain(int plain) {
 // Round by round the awkward characters alone, among more and more plain ones, and any byte.
 std::vector<std::string> LettersOfRound(int round) {
   constexpr std::array kPlain = {0, 20, 200, 1000};
-  return round % 5 == 4 ? EveryByte() : AwkwardAmongPlain(kPlain[static_cast<std::size_t>(round % 5)]);
+  return round % 5 == 4 ? test::EveryByte() : AwkwardAmongPlain(kPlain[static_cast<std::size_t>(round % 5)]);
 }
 
 class SlowEncoder {
@@ -72,13 +72,13 @@ class SlowEncoder {
 TEST(QuotedPrintable, IsWhatTheSlowEncoderWrites) {
   std::mt19937 random(3);
   for (int round = 0; round < 5000; ++round) {
-    const std::string text = RandomText(random, LettersOfRound(round), 600);
+    const std::string text = test::RandomText(random, LettersOfRound(round), 600);
     std::size_t column = random() % 76;
     const bool at_end = random() % 2 == 0;
     SlowEncoder slow(column);
     std::string out;
     const std::vector<std::string_view> whole = {text};
-    for (const std::string_view piece : round % 3 == 0 ? whole : RandomPieces(random, text)) {
+    for (const std::string_view piece : round % 3 == 0 ? whole : test::RandomPieces(random, text)) {
       AppendQuotedPrintable(out, piece, column, at_end);
       slow.Encode(piece, at_end);
       ASSERT_EQ(column, slow.column());
@@ -92,7 +92,7 @@ TEST(QuotedPrintableScan, VectorsAndTheTableAgree) {
   using namespace quoted_printable;  // NOLINT(google-build-using-namespace)
   std::mt19937 random(4);
   for (int round = 0; round < 6000; ++round) {
-    const std::string text = RandomText(random, LettersOfRound(round), round % 2 == 0 ? 40 : 200);
+    const std::string text = test::RandomText(random, LettersOfRound(round), round % 2 == 0 ? 40 : 200);
     // Of its own size, so that a sanitizer sees what is read behind the end.
     const std::vector<char> exact(text.begin(), text.end());
     const std::string_view bytes(exact.data(), exact.size());
@@ -141,9 +141,9 @@ TEST(QuotedPrintableFile, KeepsEveryByteInReadableLines) {
 TEST(QuotedPrintableFile, AnyFileComesBackHoweverItIsCut) {
   std::mt19937 random(5);
   for (int round = 0; round < 4000; ++round) {
-    const std::string file = RandomText(random, LettersOfRound(round), 600);
+    const std::string file = test::RandomText(random, LettersOfRound(round), 600);
     const std::string out = EncodeFile({file});
-    ASSERT_EQ(EncodeFile(RandomPieces(random, file)), out);
+    ASSERT_EQ(EncodeFile(test::RandomPieces(random, file)), out);
     if (file.empty()) continue;
     ASSERT_TRUE(out.ends_with("\r\n"));
     const std::string_view content = std::string_view(out).substr(0, out.size() - 2);  // the rest is the delimiter's

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mime/random_text.h"
+#include "support/random_text.h"
 
 namespace quillcast::mime {
 namespace {
@@ -46,8 +46,8 @@ TEST(Uuencode, NamesAreAsciiWithoutFolders) {
 TEST(Uuencode, IsTheSameHoweverTheStreamIsCut) {
   std::mt19937 random(6);
   for (int round = 0; round < 300; ++round) {
-    const std::string bytes = RandomText(random, EveryByte(), 400);
-    ASSERT_EQ(Encode(RandomPieces(random, bytes)), Encode({bytes}));
+    const std::string bytes = test::RandomText(random, test::EveryByte(), 400);
+    ASSERT_EQ(Encode(test::RandomPieces(random, bytes)), Encode({bytes}));
   }
 }
 

@@ -8,8 +8,8 @@
 #include <random>
 #include <string>
 
-#include "recipients/address_harvest.h"
 #include "recipients/envelope_address.h"
+#include "recipients/import/address_harvest.h"
 
 namespace quillcast::recipients {
 namespace {

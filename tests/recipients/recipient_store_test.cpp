@@ -3,7 +3,7 @@
 
 #include "recipients/group_checks.h"
 #include "recipients/group_count.h"
-#include "store_fixture.h"
+#include "recipients/store_fixture.h"
 
 namespace quillcast::recipients {
 namespace {

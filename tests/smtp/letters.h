@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "smtp/client.h"
-#include "smtp/client_play.h"
+#include "smtp/client/client.h"
+#include "smtp/client/client_play.h"
 
 namespace quillcast::smtp {
 

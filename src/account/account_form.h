@@ -1,0 +1,45 @@
+// The account dialog without a window: what it shows for stored values, which controls can be used, what its rules
+// change. The form puts values into controls and asks here after every change.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "account/account_settings.h"
+
+namespace quillcast::account {
+
+// What is on screen once the dialog has loaded. A stored text that is no entry of its box, no state of its check box or
+// no method leaves the first entry, off, "Personal", and is not reported; ToFieldComboBox, ThirdFieldComboBox and
+// CharSetComboBox, whose entries name things that exist outside this program too, show it as stored.
+AccountSettings ShownInDialog(AccountSettings stored);
+
+// What the enabling rules make of the values on screen; after every change of a control. Sign-in off empties the user
+// and the password and sets AuthMode, Pipeline and NoAuth back; an encoding other than "None" takes AutoWrap off;
+// without AutoWrap, Wrap is 76.
+void ApplyRules(AccountSettings& shown);
+
+// Whether a control, by its name, can be used; also those that edit no key of their own (WrapUpDown,
+// ThirdCommandButton); its label likewise. A control that no rule speaks of can always be used.
+bool IsEnabled(const AccountSettings& shown, std::string_view control);
+
+// The radio button that stands for a method.
+std::string_view RadioButtonOf(std::string_view method);
+
+// "Minute" for exactly "1", else "Minutes".
+const char* TimeoutUnit(std::string_view timeout);
+
+// The boxes of the port, the time-out and the wrap width take nothing else, by key, paste and input method.
+bool TakesDigitsOnly(AccountKey key);
+
+// Takes the user and the password out of values that sign in nowhere: a secret that nothing uses is not kept. The names
+// of what was taken out, for a person; empty when there was nothing.
+std::string ForgetUnusedSignIn(AccountSettings& account);
+
+// Sentences on what the dialog would do to values that were stored as asked: those that it sets back, and among `asked`
+// those that belong to a method that is not chosen.
+std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked);
+
+}  // namespace quillcast::account

@@ -1,0 +1,21 @@
+// The public mail servers of well-known providers, offered by the domain of an address.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace quillcast::account {
+
+struct ProviderPreset {
+  std::string_view name;     // "Fastmail"
+  std::string_view domains;  // parted by blanks
+  std::string_view server;
+  std::string_view port;
+  std::string_view security;  // a choice of the account's Security
+  std::string_view note;      // what else a person has to do there; may be empty
+};
+
+// The preset for the part behind the "@"; nothing where none is known.
+std::optional<ProviderPreset> PresetFor(std::string_view address);
+
+}  // namespace quillcast::account

@@ -1,0 +1,23 @@
+// The dialog of the threading modes.
+#pragma once
+
+#include <QDialog>
+
+#include "account/thread_modes.h"
+#include "profile/settings_store.h"
+
+namespace quillcast::desktop {
+
+class ThreadForm final : public QDialog {
+  Q_OBJECT
+ public:
+  ThreadForm(profile::SettingsStore& settings, QWidget* parent);
+
+ public slots:
+  void accept() override;
+
+ private:
+  profile::SettingsStore& settings_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,34 @@
+// All files that go with the message, of which several can be taken out at once.
+#pragma once
+
+#include <QDialog>
+
+#include "document/attachment_list.h"
+
+class QLabel;
+class QListWidget;
+class QPushButton;
+
+namespace quillcast::desktop {
+
+// "3 files, 1.2 MiB", and how many of them are not there.
+QString InWords(const document::AttachmentTotal& total);
+
+class AttachmentsForm final : public QDialog {
+  Q_OBJECT
+ public:
+  AttachmentsForm(const document::AttachmentList& attachments, QWidget* parent);
+
+  const document::AttachmentList& Remaining() const { return remaining_; }
+
+ private:
+  void RemoveSelected();
+  void ShowTotal();
+
+  document::AttachmentList remaining_;
+  QListWidget* list_;
+  QLabel* total_;
+  QPushButton* remove_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,156 @@
+#include "desktop/document/editor_document.h"
+
+#include <fmt/format.h>
+
+#include "desktop/document/html_editor.h"
+#include "desktop/widgets/qt_text.h"
+#include "document/message_document.h"
+#include "platform/file_attributes.h"
+#include "platform/text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+
+// With a paragraph to type into: a page takes no key in an empty body that was made while it could not be seen.
+constexpr const char* kEmptyDocument = "<html><head></head><body><p><br></p></body></html>";
+
+}  // namespace
+
+EditorDocument::EditorDocument(HtmlEditor& editor, profile::Folders folders,
+                               std::function<void(document::Draft&)> add_fields)
+    : editor_(editor), folders_(std::move(folders)), add_fields_(std::move(add_fields)), drafts_(folders_.data) {
+  IgnoreErrors(SetAsideEarlier());
+  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
+                                [this](const QString& html) { IgnoreErrors(KeepAside(FromQt(html))); });
+}
+
+EditorDocument::~EditorDocument() { QObject::disconnect(snapshots_); }
+
+bool EditorDocument::HasUnsavedChanges() const { return editor_.IsModified(); }
+
+fs::path EditorDocument::BaseFolder() const {
+  const fs::path base = PathFromQt(editor_.base().adjusted(QUrl::StripTrailingSlash).toLocalFile());
+  return base == base.root_path() ? fs::path() : base;  // the root is that of a document that came from nowhere
+}
+
+void EditorDocument::SetPicturePlaces(const document::PicturePlaces& places) {
+  picture_places_ = places;
+  editor_.SetPicturePlaces(places);
+  editor_.ReloadPictures();
+}
+
+// Nothing is kept, nor dropped, in place of what an earlier session left.
+Result<void> EditorDocument::SetAsideEarlier() {
+  if (has_set_aside_) return {};
+  auto done = drafts_.SetAside();
+  has_set_aside_ = static_cast<bool>(done);
+  return done;
+}
+
+Result<void> EditorDocument::KeepFields() {
+  auto is_free = SetAsideEarlier();
+  if (!is_free) return is_free;
+  document::Draft draft{.is_changed = is_changed_, .file = file_};
+  draft.document.html = seen_;
+  draft.document.base_folder = BaseFolder();
+  if (add_fields_) add_fields_(draft);
+  auto kept = drafts_.Keep(draft);
+  if (kept) ++times_kept_;
+  return kept;
+}
+
+Result<void> EditorDocument::KeepAside(std::string html) {
+  seen_ = std::move(html);
+  is_changed_ = true;
+  return KeepFields();
+}
+
+Result<void> EditorDocument::KeepAside() {
+  return HasUnsavedChanges() ? KeepAside(FromQt(editor_.Html())) : KeepFields();
+}
+
+Result<void> EditorDocument::SetAside() {
+  auto kept = KeepAside();
+  return kept ? drafts_.SetAside() : kept;
+}
+
+Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
+  // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
+  file_.clear();
+  read_.reset();
+  taken_.clear();
+  seen_ = html;
+  is_changed_ = modified;
+  picture_places_ = document::PicturePlaces(folders_);
+  editor_.SetPicturePlaces(picture_places_);
+  const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(PathToQt(folder) + '/');
+  if (editor_.SetHtml(ToQt(html), base, modified)) return {};
+  return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
+}
+
+Result<void> EditorDocument::Open(const fs::path& file) {
+  auto read = document::ReadBodyFile(file);
+  if (!read) return read.error();
+  const bool is_text = platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt");
+  std::error_code failed;
+  const fs::path absolute = fs::absolute(file, failed);
+  auto shown = Show(is_text ? document::HtmlFromText(read->text) : read->text, absolute.parent_path());
+  if (!shown) return shown;
+  // A text becomes a document of its own: saved under the text's name it would no longer be text.
+  if (!is_text) {
+    file_ = absolute;
+    read_ = std::move(*read);
+  }
+  IgnoreErrors(KeepFields());  // nothing is changed yet
+  return {};
+}
+
+Result<void> EditorDocument::StartNew(const std::string& html) {
+  auto shown = Show(html.empty() ? kEmptyDocument : html, {});
+  if (!shown) return shown;
+  IgnoreErrors(KeepFields());  // nothing is changed yet
+  return {};
+}
+
+Result<void> EditorDocument::SaveTo(const fs::path& file) {
+  const std::string html = FromQt(editor_.Html());
+  if (file != file_) taken_.clear();
+  const auto saved = document::TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(),
+                                                 picture_places_.WithOwnFolder(BaseFolder()), file, taken_);
+  if (!saved) return saved.error();
+  const bool as_read = read_ && *saved == read_->text;
+  std::string bytes =
+      as_read ? read_->bytes : document::EncodeBody(*saved, read_ ? read_->encoding : document::BodyEncoding::kUtf8);
+  auto written = platform::ReplaceChosenFile(file, bytes);
+  if (!written) return written;
+  read_ = document::BodyFile{std::move(bytes), *saved, read_ ? read_->encoding : document::BodyEncoding::kUtf8};
+  file_ = file;
+  editor_.SetModified(false);
+  seen_ = html;
+  is_changed_ = false;
+  IgnoreErrors(KeepFields());  // it is saved
+  return {};
+}
+
+Result<document::Draft> EditorDocument::Recover() {
+  auto draft = drafts_.ReadOffered();
+  if (!draft) return draft;
+  const auto aside = SetAside();
+  if (!aside) return aside.error();
+  if (!draft->file.empty() && !draft->is_changed) {
+    const auto file = document::ReadBodyFile(draft->file);
+    draft->is_changed = !file || file->text != draft->document.html;
+  }
+  const bool is_in_file = !draft->file.empty() && !draft->is_changed;
+  const auto shown =
+      is_in_file ? Open(draft->file) : Show(draft->document.html, draft->document.base_folder, draft->is_changed);
+  if (!shown) return shown.error();
+  const auto kept = drafts_.Keep(*draft);
+  if (!kept) return kept.error();
+  drafts_.DropOffered();
+  return draft;
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,79 @@
+// The document in the editor as a file: opened, saved, and kept aside while it is not.
+#pragma once
+
+#include <QObject>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "document/body_file.h"
+#include "document/document_pictures.h"
+#include "document/drafts.h"
+#include "document/edited_document.h"
+#include "profile/folders.h"
+
+namespace quillcast::desktop {
+
+class HtmlEditor;
+
+class EditorDocument final : public document::EditedDocument {
+ public:
+  // A second after each change the message is also kept as a draft. `add_fields` gives a draft what stands outside the
+  // editor. What an earlier session left is offered from here on.
+  EditorDocument(HtmlEditor& editor, profile::Folders folders, std::function<void(document::Draft&)> add_fields = {});
+  ~EditorDocument() override;
+
+  bool HasUnsavedChanges() const override;
+  std::filesystem::path FileName() const override { return file_; }
+  // Where relative references start from, also after it was saved elsewhere; empty for a document that came from
+  // nowhere.
+  std::filesystem::path BaseFolder() const;
+  // Where its pictures may come from besides that folder, and what the person answered about others. A document that
+  // takes its place starts without answers.
+  const document::PicturePlaces& picture_places() const { return picture_places_; }
+  void SetPicturePlaces(const document::PicturePlaces& places);
+  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
+  // of an imported body go along.
+  Result<void> SaveTo(const std::filesystem::path& file) override;
+
+  Result<void> Open(const std::filesystem::path& file);
+  // A document without a name, which counts as unchanged.
+  Result<void> StartNew(const std::string& html);
+
+  // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
+  // disk is full, saving will tell.
+  Result<void> KeepAside();
+  // The same with a body that is not in the editor yet.
+  Result<void> KeepAside(std::string html);
+  // The same with the body as it was a second after its last change: something else changed.
+  Result<void> KeepFields();
+  // The message as it is becomes one of the drafts that are offered; it stays in the editor.
+  Result<void> SetAside();
+  // Takes up the oldest of those: its body, unchanged where its file still holds it. The other fields are the caller's.
+  // What was in the editor is set aside for it.
+  Result<document::Draft> Recover();
+  const document::Drafts& drafts() const { return drafts_; }
+  // How often keeping it succeeded, in whichever way.
+  std::uint64_t times_kept() const { return times_kept_; }
+
+ private:
+  Result<void> SetAsideEarlier();
+  Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
+  HtmlEditor& editor_;
+  QMetaObject::Connection snapshots_;
+  profile::Folders folders_;
+  std::function<void(document::Draft&)> add_fields_;
+  document::Drafts drafts_;
+  bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
+  std::string seen_;            // the body a second after its last change
+  bool is_changed_ = false;
+  std::uint64_t times_kept_ = 0;
+  std::filesystem::path file_;
+  document::PicturePlaces picture_places_;
+  document::TakenPictures taken_;           // beside that file
+  std::optional<document::BodyFile> read_;  // as it stands in the file, until it is saved anew
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,59 @@
+// The page that the document is edited in: its own scripts never run, and nothing is loaded but local pictures, from
+// where the document may take them.
+#pragma once
+
+#include <QWebEnginePage>
+#include <QWebEngineView>
+
+#include "document/picture_places.h"
+
+class QWebEngineProfile;
+
+namespace quillcast::desktop {
+
+// Hears the notices of the editing script, and answers it.
+class EditorBridge final : public QObject {
+  Q_OBJECT
+ public:
+  EditorBridge(const document::PicturePlaces& places, QObject* parent) : QObject(parent), places_(places) {}
+ public slots:
+  void changed() { emit Edited(); }
+  void selectionMoved() { emit SelectionMoved(); }
+  void picturePasted() { emit PicturePasted(); }
+  void picturesDropped() { emit PicturesDropped(); }
+  // Those of these addresses that are pictures which may be shown.
+  QStringList allowedPictures(const QStringList& addresses) const;
+ signals:
+  void Edited();
+  void SelectionMoved();
+  void PicturePasted();
+  void PicturesDropped();  // out of what was inserted
+
+ private:
+  const document::PicturePlaces& places_;
+};
+
+class EditorPage final : public QWebEnginePage {
+  Q_OBJECT
+ public:
+  // `places` must outlive it, and counts as it is when a picture is asked for.
+  EditorPage(QWebEngineProfile* profile, const document::PicturePlaces& places, EditorBridge* bridge, QObject* parent);
+
+ protected:
+  bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool is_main_frame) override;
+  QWebEnginePage* createWindow(WebWindowType) override { return nullptr; }
+};
+
+// Takes files that are dropped on it, in place of the page, which would open them.
+class EditorView final : public QWebEngineView {
+  Q_OBJECT
+ public:
+  using QWebEngineView::QWebEngineView;
+ signals:
+  void FilesDropped(const QStringList& files);
+
+ protected:
+  void dropEvent(QDropEvent* event) override;
+};
+
+}  // namespace quillcast::desktop

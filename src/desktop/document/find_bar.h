@@ -1,0 +1,33 @@
+// The bar under the editor that finds text in it.
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+
+namespace quillcast::desktop {
+
+class HtmlEditor;
+
+class FindBar final : public QWidget {
+  Q_OBJECT
+ public:
+  FindBar(HtmlEditor* editor, QWidget* parent);
+
+  // Shows the bar with `text` in its box.
+  void Open(const QString& text);
+  void Close();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void Find(bool backward);
+
+  HtmlEditor* editor_;
+  QLineEdit* text_;
+  QLabel* result_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,446 @@
+#include "desktop/document/html_editor.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QMenu>
+#include <QMimeData>
+#include <QPrinter>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWebEngineFindTextResult>
+#include <QWebEngineProfile>
+#include <QWebEngineScript>
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "desktop/document/editor_page.h"
+#include "desktop/widgets/qt_text.h"
+#include "document/document_pictures.h"
+#include "document/merge_fields.h"
+#include "platform/file.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr auto kWorld = QWebEngineScript::ApplicationWorld;
+constexpr int kLoadLimit = 60000;           // milliseconds; 20 MB of short paragraphs take a quarter of it
+constexpr qsizetype kLongToLoad = 1000000;  // characters
+constexpr int kStatePause = 40;
+constexpr int kSnapshotPause = 1000;
+constexpr int kLongestUnseen = 10000;
+constexpr int kCrashesAgain = 5000;  // a document that ends the page within this time will do so each time
+
+QString Quoted(const QString& text) {
+  const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+  return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
+QString KnownTags() {
+  QJsonArray tags;
+  for (const auto& field : document::kMergeFields) tags.append(ToQt(field.tag));
+  return QString::fromUtf8(QJsonDocument(tags).toJson(QJsonDocument::Compact));
+}
+
+// Marks misspelt words where the engine has a dictionary for the user's language.
+void CheckSpelling(QWebEngineProfile& profile) {
+  const QString language = QLocale().name().replace('_', '-');
+  const QStringList folders = {qEnvironmentVariable("QTWEBENGINE_DICTIONARIES_PATH"),
+                               QCoreApplication::applicationDirPath() + "/qtwebengine_dictionaries",
+                               QLibraryInfo::path(QLibraryInfo::DataPath) + "/qtwebengine_dictionaries"};
+  const bool is_there = std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
+    return !folder.isEmpty() && QFile::exists(folder + '/' + language + ".bdic");
+  });
+  if (!is_there) return;
+  profile.setSpellCheckLanguages({language});
+  profile.setSpellCheckEnabled(true);
+}
+
+// Commands of the engine by their names; the others are actions of the page, or ours. Delete takes what is behind the
+// caret, as the key does.
+constexpr auto kEngineNames = std::to_array<std::pair<EditorCommand, const char*>>({
+    {EditorCommand::kBold, "bold"},
+    {EditorCommand::kItalic, "italic"},
+    {EditorCommand::kUnderline, "underline"},
+    {EditorCommand::kDelete, "forwardDelete"},
+    {EditorCommand::kIndent, "indent"},
+    {EditorCommand::kOutdent, "outdent"},
+    {EditorCommand::kAlignLeft, "justifyLeft"},
+    {EditorCommand::kAlignCentre, "justifyCenter"},
+    {EditorCommand::kAlignRight, "justifyRight"},
+    {EditorCommand::kNumberedList, "insertOrderedList"},
+    {EditorCommand::kBulletedList, "insertUnorderedList"},
+    {EditorCommand::kRemoveFormatting, "removeFormat"},
+    {EditorCommand::kRemoveHyperlink, "unlink"},
+    {EditorCommand::kUndo, "undo"},
+    {EditorCommand::kRedo, "redo"},
+    {EditorCommand::kSelectAll, "selectAll"},
+});
+
+}  // namespace
+
+HtmlEditor::HtmlEditor(QWidget* parent)
+    : QWidget(parent), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  state_pause_->setSingleShot(true);
+  state_pause_->setInterval(kStatePause);
+  connect(state_pause_, &QTimer::timeout, this, [this] {
+    page_->runJavaScript("quill.mark();quill.state()", kWorld,
+                         [this](const QVariant& value) { emit StateChanged(EditorState::From(value.toMap())); });
+  });
+  snapshot_pause_->setSingleShot(true);
+  snapshot_pause_->setInterval(kSnapshotPause);
+  connect(snapshot_pause_, &QTimer::timeout, this, [this] {
+    page_->runJavaScript(SavingScript(), kWorld, [this, load = loads_](const QVariant& value) {
+      if (!value.isValid() || load != loads_ || loading_)
+        return;  // the page's process is gone, or shows another document
+      last_seen_ = Assemble(value);
+      if (modified_) emit Snapshot(last_seen_);
+    });
+  });
+}
+
+// The engine: it takes a quarter of a second, so only the first document starts it.
+void HtmlEditor::Start() {
+  profile_ = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  CheckSpelling(*profile_);
+  bridge_ = new EditorBridge(places_, this);
+  view_ = new EditorView(this);
+  view_->setAccessibleName(tr("Message body"));
+  view_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+    QMenu* menu = ContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(view_->mapToGlobal(at));
+  });
+  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
+  layout()->addWidget(view_);
+  setFocusProxy(view_);
+  connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
+  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
+    emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
+  });
+  connect(bridge_, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
+}
+
+// A page whose process ended is not used again: its next one need not get the editing script.
+void HtmlEditor::MakePage() {
+  const EditorPage* const before = page_;
+  page_ = new EditorPage(profile_, places_, bridge_, view_);
+  view_->setPage(page_);
+  delete before;
+  alive_ = true;
+  connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
+    alive_ = false;
+    had_the_keys_ = isAncestorOf(QApplication::focusWidget());
+    // A load that is going on fails by itself.
+    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus)
+      QTimer::singleShot(0, this, &HtmlEditor::Restore);
+  });
+}
+
+HtmlEditor::~HtmlEditor() {
+  if (page_ != nullptr) disconnect(page_, nullptr, this, nullptr);
+  delete page_;  // it has to go before its profile
+}
+
+QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
+  if (!alive_) return {};
+  struct Answer {
+    QEventLoop loop;
+    QVariant value;
+  };
+  const auto answer = std::make_shared<Answer>();  // an answer that comes late must find it alive
+  page_->runJavaScript(script, kWorld, [answer](const QVariant& value) {
+    answer->value = value;
+    answer->loop.quit();
+  });
+  QTimer::singleShot(milliseconds, &answer->loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &answer->loop, &QEventLoop::quit);
+  answer->loop.exec(QEventLoop::ExcludeUserInputEvents);
+  return answer->value;
+}
+
+// The page takes one document after the other: what comes while one is waited for is taken by that call.
+bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified) {
+  waiting_ = {source, base, modified};
+  if (loading_) return true;
+  loading_ = true;
+  bool loaded = false;
+  while (const auto next = std::exchange(waiting_, {})) {
+    const bool takes_long = next->source.size() > kLongToLoad;
+    if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    loaded = Load(*next);
+    if (takes_long) QGuiApplication::restoreOverrideCursor();
+  }
+  loading_ = false;
+  return loaded;
+}
+
+bool HtmlEditor::Load(const Document& document) {
+  if (page_ == nullptr) Start();
+  if (!alive_) MakePage();
+  ++loads_;
+  snapshot_pause_->stop();
+  touched_ = false;
+  source_ = last_seen_ = document.source;
+  cut_ = document::CutAtBody(FromQt(source_));
+  base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
+  places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
+  SetModified(document.modified);
+  QEventLoop loop;
+  bool loaded = false;
+  const auto watch = connect(page_, &QWebEnginePage::loadFinished, &loop, [&](bool good) {
+    loaded = good;
+    loop.quit();
+  });
+  QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &loop, &QEventLoop::quit);
+  // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
+  // that way, and the script puts the document in its place.
+  const QString head = ToQt(cut_.head);
+  const auto type_begin = head.indexOf("<!doctype", 0, Qt::CaseInsensitive);
+  const auto type_end = type_begin < 0 ? -1 : head.indexOf('>', type_begin);
+  const QString type = type_end < 0 ? QString() : head.mid(type_begin, type_end - type_begin + 1);
+  page_->setHtml(type + "<html><body></body></html>", base_);
+  loop.exec(QEventLoop::ExcludeUserInputEvents);
+  disconnect(watch);
+  // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
+  const QString page = source_.left(source_.size() - ToQt(cut_.tail).size());
+  if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
+  if (read_only_) Evaluate("quill.setReadOnly(true)");
+  Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too
+  return true;
+}
+
+void HtmlEditor::BeginTyping() {
+  if (page_ == nullptr) return;
+  InputWidget()->clearFocus();
+  view_->setFocus();
+}
+
+bool HtmlEditor::IsModified() const {
+  return modified_ || (!touched_ && Evaluate("quill.edits()").toInt() > 0);  // the notice may still be on its way
+}
+
+void HtmlEditor::SetModified(bool modified) {
+  if (std::exchange(modified_, modified) != modified) emit ModifiedChanged(modified);
+}
+
+void HtmlEditor::SetReadOnly(bool read_only) {
+  read_only_ = read_only;
+  Evaluate(read_only ? "quill.setReadOnly(true)" : "quill.setReadOnly(false)");
+}
+
+void HtmlEditor::TakeNotice() {
+  if (read_only_ || loading_) return;  // of the document before
+  touched_ = true;
+  SetModified(true);
+  state_pause_->start();
+  // After a pause in the typing, but not too late where there is none.
+  if (!snapshot_pause_->isActive()) unseen_.start();
+  if (unseen_.elapsed() < kLongestUnseen) snapshot_pause_->start();
+}
+
+// What asks the page for the document, and Assemble understands.
+QString HtmlEditor::SavingScript() const { return cut_.has_body ? "quill.body()" : "quill.whole()"; }
+
+QString HtmlEditor::Assemble(const QVariant& saved) const {
+  if (!cut_.has_body) return ToQt(cut_.head) + saved.toString();
+  const QVariantMap body = saved.toMap();
+  QString tag = "<body";
+  for (const QVariant& pair : body["attributes"].toList()) {
+    tag += QString(" %1=\"%2\"").arg(pair.toList().at(0).toString(), pair.toList().at(1).toString().toHtmlEscaped());
+  }
+  return ToQt(cut_.head) + tag + '>' + body["inner"].toString() + ToQt(cut_.tail);
+}
+
+QString HtmlEditor::Html() const {
+  if (waiting_) return waiting_->source;
+  if (loading_) return source_;
+  if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
+  const QVariant saved = Evaluate(SavingScript(), kLoadLimit);
+  return saved.isValid() ? Assemble(saved) : last_seen_;
+}
+
+QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLimit).toString(); }
+
+EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill.state()").toMap()); }
+
+void HtmlEditor::Run(EditorCommand command) {
+  const auto* const named = std::find_if(kEngineNames.begin(), kEngineNames.end(),
+                                         [command](const auto& row) { return row.first == command; });
+  if (named != kEngineNames.end()) {
+    Execute(named->second);
+    return;
+  }
+  switch (command) {
+    case EditorCommand::kCut:
+      page_->triggerAction(QWebEnginePage::Cut);
+      break;
+    case EditorCommand::kCopy:
+      page_->triggerAction(QWebEnginePage::Copy);
+      break;
+    case EditorCommand::kPaste:
+      page_->triggerAction(QWebEnginePage::Paste);
+      break;
+    default:
+      emit FindRequested();
+  }
+}
+
+void HtmlEditor::PastePlain() { page_->triggerAction(QWebEnginePage::PasteAndMatchStyle); }
+
+bool HtmlEditor::Execute(const QString& command, const QString& value) {
+  return Evaluate(QString("quill.exec(%1,%2)").arg(Quoted(command), Quoted(value))).toBool();
+}
+
+bool HtmlEditor::InsertHtml(const QString& html) {
+  return Evaluate(QString("quill.insert(%1)").arg(Quoted(html))).toBool();
+}
+
+bool HtmlEditor::InsertTable(const QString& html) {
+  return Evaluate(QString("quill.insertTable(%1)").arg(Quoted(html))).toBool();
+}
+
+bool HtmlEditor::EditTable(TableEdit edit) {
+  constexpr std::array<const char*, 7> kNames = {"rowAbove",  "rowBelow",     "columnLeft", "columnRight",
+                                                 "deleteRow", "deleteColumn", "deleteTable"};
+  return Evaluate(QString("quill.editTable('%1')").arg(kNames.at(static_cast<std::size_t>(edit)))).toBool();
+}
+
+bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
+  return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
+}
+
+void HtmlEditor::SetPicturePlaces(const document::PicturePlaces& places) {
+  given_places_ = places;
+  places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
+}
+
+void HtmlEditor::ReloadPictures() {
+  if (!loading_) Evaluate("quill.reloadPictures()");
+}
+
+// What it is in HTML; nothing for what is no picture, or no ordinary file, or cannot be kept.
+QString HtmlEditor::PictureElement(const QString& file) {
+  const auto fd = platform::OpenForReading(PathFromQt(file));  // a pipe would keep a reader waiting
+  QFile opened;
+  if (fd) opened.open(fd->get(), QIODevice::ReadOnly);
+  QImageReader reader(&opened);
+  reader.setDecideFormatFromContent(true);
+  const QSize size = reader.size();
+  if (!fd || !reader.canRead()) {
+    emit Trouble(tr("%1 is no picture that can be shown in a message.").arg(QDir::toNativeSeparators(file)));
+    return {};
+  }
+  QString kept = file;
+  if (!picture_folder_.isEmpty()) {
+    const auto copy = document::KeepPicture(PathFromQt(file), PathFromQt(picture_folder_));
+    if (!copy) {
+      emit Trouble(ToQt(InOneLine(copy.error())));
+      return {};
+    }
+    kept = PathToQt(*copy);
+  }
+  QString element = QString("<img src=\"%1\" alt=\"%2\"")
+                        .arg(QString::fromLatin1(QUrl::fromLocalFile(kept).toEncoded()).toHtmlEscaped(),
+                             QFileInfo(file).completeBaseName().toHtmlEscaped());
+  if (size.isValid()) element += QString(" width=\"%1\" height=\"%2\"").arg(size.width()).arg(size.height());
+  return element + '>';
+}
+
+bool HtmlEditor::InsertPictures(const QStringList& files) {
+  QString html;
+  for (const QString& file : files) html += PictureElement(file);
+  return !html.isEmpty() && InsertHtml(html);
+}
+
+void HtmlEditor::PastePicture() {
+  const QImage picture = QGuiApplication::clipboard()->image();
+  if (picture.isNull() || picture_folder_.isEmpty()) return;
+  const QString file =
+      picture_folder_ + "/pasted-" + QDateTime::currentDateTime().toString("yyyyMMdd-hhmmss-zzz") + ".png";
+  if (!QDir().mkpath(picture_folder_) || !picture.save(file)) {
+    emit Trouble(tr("The picture could not be kept as %1. Make room there, then paste it again.").arg(file));
+    return;
+  }
+  QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
+  InsertPictures({file});
+}
+
+void HtmlEditor::Find(const QString& text, bool backward, const std::function<void(int)>& found) {
+  QWebEnginePage::FindFlags flags;
+  flags.setFlag(QWebEnginePage::FindBackward, backward);
+  page_->findText(text, flags, [found](const QWebEngineFindTextResult& result) { found(result.numberOfMatches()); });
+}
+
+void HtmlEditor::Print(QPrinter* printer, const std::function<void(bool)>& done) {
+  connect(
+      view_, &QWebEngineView::printFinished, this, [done](bool good) { done(good); }, Qt::SingleShotConnection);
+  view_->print(printer);
+}
+
+bool HtmlEditor::PrintToPdf(const QString& file) {
+  if (!alive_) return false;
+  QEventLoop loop;
+  bool good = false;
+  const auto watch = connect(page_, &QWebEnginePage::pdfPrintingFinished, &loop, [&](const QString&, bool written) {
+    good = written;
+    loop.quit();
+  });
+  QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &loop, &QEventLoop::quit);
+  page_->printToPdf(file);
+  loop.exec();
+  disconnect(watch);
+  return good;
+}
+
+QMenu* HtmlEditor::ContextMenu() {
+  auto* menu = new QMenu(this);
+  menu->setObjectName("EditorContextMenu");
+  const std::array<std::pair<QString, EditorCommand>, 6> entries = {{{tr("Undo"), EditorCommand::kUndo},
+                                                                     {tr("Cut"), EditorCommand::kCut},
+                                                                     {tr("Copy"), EditorCommand::kCopy},
+                                                                     {tr("Paste"), EditorCommand::kPaste},
+                                                                     {tr("Delete"), EditorCommand::kDelete},
+                                                                     {tr("Select All"), EditorCommand::kSelectAll}}};
+  for (const auto& [text, command] : entries) {
+    menu->addAction(text, this, [this, what = command] { Run(what); });
+  }
+  return menu;
+}
+
+QWidget* HtmlEditor::InputWidget() const { return view_->focusProxy(); }
+
+void HtmlEditor::Restore() {
+  const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
+  restored_.start();
+  const QString html = last_seen_;
+  if (again || !SetHtml(html, base_, modified_)) {
+    emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
+    return;
+  }
+  if (had_the_keys_) BeginTyping();
+  emit Restored();
+}
+
+}  // namespace quillcast::desktop

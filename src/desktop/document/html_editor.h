@@ -1,0 +1,139 @@
+// The editor of the message body: an HTML document that can be typed into. What was not edited comes back byte for
+// byte; of an edited document everything outside its body does. Content behind the body's end belongs to the body.
+//
+// A crash of the page's process loses nothing but the last second: the document is put back as it was last seen.
+// The engine is started by the first document; nothing can be done with an editor that has none.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QStringList>
+#include <QUrl>
+#include <QVariant>
+#include <QWidget>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "desktop/document/editor_command.h"
+#include "desktop/document/editor_state.h"
+#include "document/body_source.h"
+#include "document/picture_places.h"
+
+class QMenu;
+class QPrinter;
+class QTimer;
+class QWebEngineProfile;
+
+namespace quillcast::desktop {
+
+class EditorBridge;
+class EditorPage;
+class EditorView;
+
+class HtmlEditor final : public QWidget {
+  Q_OBJECT
+ public:
+  explicit HtmlEditor(QWidget* parent = nullptr);
+  ~HtmlEditor() override;
+
+  // Replaces the document and returns when it can be edited; false when the page did not answer. What is given
+  // meanwhile comes after it, and the last of it counts. Relative references start from `base`. Nothing can be undone
+  // afterwards. The document counts as unchanged unless it is `modified`.
+  bool SetHtml(const QString& source, const QUrl& base = {}, bool modified = false);
+  QString Html() const;
+  QString PlainText() const;
+  // Takes the keys; to be called once the editor is on the screen.
+  void BeginTyping();
+  const QUrl& base() const { return base_; }
+
+  bool IsModified() const;
+  void SetModified(bool modified);
+  // For a preview: shown, scrolled and copied from, not changed.
+  void SetReadOnly(bool read_only);
+  bool is_read_only() const { return read_only_; }
+
+  void Run(EditorCommand command);
+  void PastePlain();
+  // A command of the engine by its name: "fontName", "foreColor", ...
+  bool Execute(const QString& command, const QString& value = {});
+  // Replaces the selection; one step back undoes it.
+  bool InsertHtml(const QString& html);
+  // Their copies in the picture folder, where there is one.
+  bool InsertPictures(const QStringList& files);
+  // The caret goes into its first cell.
+  bool InsertTable(const QString& html);
+  // False where the caret is in no table. One step back undoes it.
+  bool EditTable(TableEdit edit);
+  // An empty text: the selection or the link at the caret keeps its own, and where there is neither the address is it.
+  bool InsertLink(const QString& address, const QString& text);
+  EditorState State() const;
+
+  // Marks what is found; `found` gets the number of places. An empty text takes the marks away.
+  void Find(const QString& text, bool backward, const std::function<void(int)>& found);
+  void Print(QPrinter* printer, const std::function<void(bool)>& done);
+  bool PrintToPdf(const QString& file);
+
+  // Where pictures that are picked, pasted and dropped are kept; without a folder they cannot be pasted.
+  void SetPictureFolder(const QString& folder) { picture_folder_ = folder; }
+  // Where pictures may be shown from besides the document's own folder. Counts for those that are asked for from now
+  // on.
+  void SetPicturePlaces(const document::PicturePlaces& places);
+  void ReloadPictures();
+  QMenu* ContextMenu();
+  // The widget that keys go to.
+  QWidget* InputWidget() const;
+  // Runs a script beside the document and waits for its value, five seconds where nothing else is said; what did not
+  // come by then is an invalid value.
+  QVariant Evaluate(const QString& script, int milliseconds = 5000) const;
+
+ signals:
+  void ModifiedChanged(bool modified);
+  void StateChanged(const quillcast::desktop::EditorState& state);
+  void FindRequested();
+  // A second after the last change: the document as it is now.
+  void Snapshot(const QString& html);
+  void Restored();  // after a crash of the page's process
+  void Trouble(const QString& sentence);
+
+ private:
+  struct Document {
+    QString source;
+    QUrl base;
+    bool modified;
+  };
+  void Start();
+  void MakePage();
+  bool Load(const Document& document);
+  QString SavingScript() const;
+  QString Assemble(const QVariant& saved) const;
+  void TakeNotice();
+  QString PictureElement(const QString& file);
+  void PastePicture();
+  void Restore();
+
+  QWebEngineProfile* profile_ = nullptr;  // these until the first document
+  EditorBridge* bridge_ = nullptr;
+  EditorView* view_ = nullptr;
+  EditorPage* page_ = nullptr;
+  QTimer* state_pause_;
+  QTimer* snapshot_pause_;
+  QElapsedTimer unseen_;    // since the first change after the last snapshot
+  QElapsedTimer restored_;  // since the page was last put back
+  int loads_ = 0;
+  QString source_;  // as it was set
+  QString last_seen_;
+  document::BodySource cut_;
+  QUrl base_;
+  QString picture_folder_;
+  document::PicturePlaces given_places_;
+  document::PicturePlaces places_;  // these and the document's own folder
+  bool alive_ = false;              // the page has its process
+  bool had_the_keys_ = false;       // when it lost it
+  bool loading_ = false;
+  std::optional<Document> waiting_;  // to be loaded next
+  bool touched_ = false;             // edited since it was set
+  bool modified_ = false;            // edited since it was set or saved
+  bool read_only_ = false;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,40 @@
+// The dialog in which a table is asked for.
+#pragma once
+
+#include <QDialog>
+#include <string>
+
+#include "document/table_html.h"
+#include "platform/prompts.h"
+
+class QComboBox;
+class QLineEdit;
+class QRadioButton;
+
+namespace quillcast::desktop {
+
+class TableForm final : public QDialog {
+  Q_OBJECT
+ public:
+  TableForm(platform::Prompts& prompts, QWidget* parent);
+
+  document::TableChoice Choice() const;
+
+ public slots:
+  void accept() override;
+
+ private:
+  QLineEdit* MakeBox(const char* name, const std::string& text, int longest);
+
+  platform::Prompts& prompts_;
+  QComboBox* align_;
+  QLineEdit* rows_;
+  QLineEdit* columns_;
+  QLineEdit* border_;
+  QLineEdit* spacing_;
+  QLineEdit* padding_;
+  QLineEdit* width_;
+  QRadioButton* percent_;
+};
+
+}  // namespace quillcast::desktop

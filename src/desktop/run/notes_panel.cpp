@@ -1,0 +1,71 @@
+#include "desktop/run/notes_panel.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QVBoxLayout>
+#include <memory>
+
+#include "desktop/widgets/qt_text.h"
+#include "run/preview_look.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kTallest = 90;  // pixels: the report is what the dialog is for
+
+}  // namespace
+
+NotesPanel::NotesPanel(const profile::Program& program, QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      look_(new BackgroundTask(this)),
+      state_(new QLabel(this)),
+      notes_(new QListWidget(this)) {
+  state_->setObjectName("NotesLabel");
+  state_->setTextFormat(Qt::PlainText);
+  state_->setWordWrap(true);
+  notes_->setObjectName("NotesList");
+  notes_->setAccessibleName(tr("What to know before sending"));
+  notes_->setWordWrap(true);
+  notes_->setMaximumHeight(kTallest);
+  notes_->hide();
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(state_);
+  column->addWidget(notes_);
+}
+
+void NotesPanel::AddQuestion(QWidget* question) { layout()->addWidget(question); }
+
+void NotesPanel::LookAt(const document::MessageDocument& document, const recipients::RecipientGroup& group) {
+  notes_->hide();
+  state_->setText(tr("Looking over the message and the whole group…"));
+  look_->Start([this, document, group](const platform::CancelToken& cancel) {
+    auto found = std::make_shared<Result<run::MessageLook>>(run::FindTrouble(document, program_, group, cancel));
+    return [this, found] {
+      QStringList notes;
+      QStringList pictures;
+      if (!*found) notes << ToQt(InOneLine(found->error()));
+      if (*found) {
+        for (const auto& line : (*found)->troubles) notes << ToQt(line);
+        for (const auto& line : (*found)->pictures) pictures << ToQt(line);
+      }
+      Show(notes, pictures);
+      if (*found && !(*found)->size.empty()) state_->setText(state_->text() + ' ' + ToQt((*found)->size));
+    };
+  });
+}
+
+void NotesPanel::Show(const QStringList& troubles, const QStringList& pictures) {
+  notes_->clear();
+  notes_->addItems(troubles + pictures);
+  notes_->setVisible(notes_->count() > 0);
+  state_->setText(troubles.isEmpty() ? tr("Nothing was found that looks wrong.") : tr("Before you send:"));
+}
+
+void NotesPanel::Close() {
+  look_->Cancel();
+  hide();
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,37 @@
+// What a look over the message and the whole group found, before anything is sent. It works beside the window.
+#pragma once
+
+#include <QWidget>
+
+#include "desktop/widgets/background_task.h"
+#include "document/message_document.h"
+#include "profile/program.h"
+#include "recipients/recipient_store.h"
+
+class QLabel;
+class QListWidget;
+
+namespace quillcast::desktop {
+
+class NotesPanel final : public QWidget {
+  Q_OBJECT
+ public:
+  NotesPanel(const profile::Program& program, QWidget* parent);
+
+  // A question that belongs to what is found stands below it.
+  void AddQuestion(QWidget* question);
+  // Looks, and shows what there is to say; anew when it is called again.
+  void LookAt(const document::MessageDocument& document, const recipients::RecipientGroup& group);
+  // The run begins: what was not found by now is told by the run.
+  void Close();
+
+ private:
+  void Show(const QStringList& troubles, const QStringList& pictures);
+
+  const profile::Program& program_;
+  BackgroundTask* look_;
+  QLabel* state_;
+  QListWidget* notes_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,110 @@
+#include "desktop/run/range_picker.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSpinBox>
+#include <QTimer>
+#include <algorithm>
+#include <limits>
+
+#include "desktop/widgets/qt_text.h"
+#include "platform/text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kPause = 250;  // milliseconds after the last key
+
+std::string NameOf(const recipients::Recipient& row) {
+  const std::string& first = row.values[recipients::kFirstName];
+  const std::string& last = row.values[recipients::kLastName];
+  const std::string name = first + (first.empty() || last.empty() ? "" : " ") + last;
+  return platform::Printable(name.empty() ? row.email() : name + " <" + row.email() + ">", 80);
+}
+
+// Whom the range begins and ends with; empty where the list cannot be read.
+std::pair<std::string, std::string> EndsOf(const recipients::RecipientStore& store,
+                                           const recipients::RecipientGroup& group, run::PartialRange range,
+                                           const platform::CancelToken& cancel) {
+  std::pair<std::string, std::string> ends;
+  auto rows = store.ListNames(group.id, group.sort_sql);
+  recipients::Recipient row;
+  for (std::int64_t position = 1; rows && position <= range.last; ++position) {
+    const auto more = rows->Next(row);
+    if (!more || !*more || cancel.Requested() != platform::Stop::kNone) break;
+    if (position == range.first) ends.first = NameOf(row);
+    if (position == range.last) ends.second = NameOf(row);
+  }
+  return ends;
+}
+
+}  // namespace
+
+RangePicker::RangePicker(const profile::Program& program, recipients::RecipientGroup group, std::int64_t recipients,
+                         QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      group_(std::move(group)),
+      look_up_(new BackgroundTask(this)),
+      pause_(new QTimer(this)),
+      partial_(new QCheckBox(tr("Only a &part of the list, from #"), this)),
+      first_(new QSpinBox(this)),
+      last_(new QSpinBox(this)),
+      whom_(new QLabel(this)) {
+  const int most = static_cast<int>(std::clamp<std::int64_t>(recipients, 1, std::numeric_limits<int>::max()));
+  partial_->setObjectName("PartialCheckBox");
+  first_->setObjectName("FirstSpinBox");
+  first_->setAccessibleName(tr("First recipient"));
+  first_->setRange(1, most);
+  last_->setObjectName("LastSpinBox");
+  last_->setAccessibleName(tr("Last recipient"));
+  last_->setRange(1, most);
+  last_->setValue(most);
+  // A number counts once it is typed to its end: on the way it may lie below the first.
+  for (QSpinBox* box : {first_, last_}) box->setKeyboardTracking(false);
+  whom_->setObjectName("RangeLabel");
+  whom_->setTextFormat(Qt::PlainText);
+  whom_->setMinimumWidth(1);
+  pause_->setSingleShot(true);
+  pause_->setInterval(kPause);
+  auto* line = new QHBoxLayout(this);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->addWidget(partial_);
+  line->addWidget(first_);
+  line->addWidget(new QLabel(tr("to #"), this));
+  line->addWidget(last_);
+  line->addWidget(whom_, 1);
+  connect(partial_, &QCheckBox::toggled, this, &RangePicker::TakeChange);
+  connect(first_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
+  connect(last_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
+  connect(pause_, &QTimer::timeout, this, &RangePicker::LookUp);
+  TakeChange();
+}
+
+std::optional<run::PartialRange> RangePicker::Range() const {
+  if (!partial_->isChecked()) return {};
+  for (QSpinBox* box : {first_, last_}) box->interpretText();  // what is being typed
+  return run::PartialRange{first_->value(), last_->value()};
+}
+
+void RangePicker::TakeChange() {
+  if (last_->value() < first_->value()) last_->setValue(first_->value());
+  first_->setEnabled(partial_->isChecked());
+  last_->setEnabled(partial_->isChecked());
+  whom_->clear();
+  if (partial_->isChecked()) pause_->start();
+}
+
+// Of what was typed to its end; what is being typed is left alone.
+void RangePicker::LookUp() {
+  if (!partial_->isChecked()) return;
+  look_up_->Start([this, file = program_.folders.Database(), group = group_,
+                   range = run::PartialRange{first_->value(), last_->value()}](const platform::CancelToken& cancel) {
+    const recipients::RecipientStore store(file, {.cancel = &cancel});
+    const auto [first, last] = EndsOf(store, group, range, cancel);
+    return [this, text = first == last ? first : first + " … " + last] { whom_->setText(ToQt(text)); };
+  });
+}
+
+}  // namespace quillcast::desktop

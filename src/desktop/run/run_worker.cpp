@@ -1,0 +1,122 @@
+#include "desktop/run/run_worker.h"
+
+#include <QMetaObject>
+
+#include "account/account_settings.h"
+#include "desktop/widgets/qt_text.h"
+#include "message/message_options.h"
+#include "message/message_template.h"
+#include "run/single_message.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(2);  // for the message that is under way
+
+}  // namespace
+
+RunWorker::~RunWorker() {
+  if (!thread_.joinable()) return;
+  cancel_.Request();
+  {
+    std::unique_lock lock(mutex_);
+    ending_ = true;
+    changed_.notify_all();
+    changed_.wait_for(lock, kPatience, [this] { return ended_; });
+  }
+  cancel_.Request();
+  thread_.join();
+}
+
+void RunWorker::Start(SendJob job, std::optional<run::PartialRange> range) {
+  news_.total = range ? range->last - range->first + 1 : job.recipients;
+  thread_ = std::thread([this, job = std::move(job), range] {
+    auto summary = std::make_shared<Result<run::RunSummary>>(Run(job, range));
+    {
+      const std::lock_guard lock(mutex_);
+      ended_ = true;
+    }
+    changed_.notify_all();
+    QMetaObject::invokeMethod(this, [this, summary] {
+      thread_.join();
+      emit Ended(*summary);
+    });
+  });
+}
+
+Result<run::RunSummary> RunWorker::Run(const SendJob& job, const std::optional<run::PartialRange>& range) {
+  const profile::SettingsStore settings(program_.settings.file(),
+                                        {.cancel = &cancel_});  // more patient than the window
+  const auto account = account::AccountSettings::Load(settings);
+  if (!account) return account.error();
+  auto options = message::LoadMessageOptions(settings, *account);
+  if (!options) return options.error();
+  const message::MessageTemplate message(job.document, std::move(*options), program_.folders.temporary, program_.clock,
+                                         program_.entropy);
+  const run::RunRequest request{message, job.document.subject, *account, job.group, job.recipients, range};
+  return run::SendToGroup(request, {program_.folders, program_.clock, program_.entropy, cancel_}, *this);
+}
+
+RunNews RunWorker::TakeNews() {
+  const std::lock_guard lock(mutex_);
+  RunNews news = news_;
+  news_.notes.clear();
+  return news;
+}
+
+void RunWorker::TakeResults(run::RunResults& results) {
+  std::vector<run::RecipientResult> taken;
+  std::vector<NotTriedRow> not_tried;
+  {
+    const std::lock_guard lock(mutex_);
+    taken.swap(results_);
+    not_tried.swap(not_tried_);
+  }
+  for (const auto& result : taken) results.Add(result);
+  for (const auto& row : not_tried) results.AddNotTried(row.position, row.address);
+}
+
+void RunWorker::Answer(bool go_on) {
+  {
+    const std::lock_guard lock(mutex_);
+    answer_ = go_on;
+  }
+  changed_.notify_all();
+}
+
+void RunWorker::Began(const std::filesystem::path& report) {
+  const std::lock_guard lock(mutex_);
+  news_.report = report;
+}
+
+void RunWorker::Finished(const run::RecipientResult& result) {
+  const std::lock_guard lock(mutex_);
+  results_.push_back(result);
+  ++news_.done;
+}
+
+void RunWorker::Progress(std::int64_t, std::int64_t, std::uint64_t sent, std::uint64_t size) {
+  const std::lock_guard lock(mutex_);
+  news_.sent_octets = sent;
+  news_.message_octets = size;
+}
+
+bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
+  std::unique_lock lock(mutex_);
+  answer_.reset();
+  emit Asked(ToQt(run::OutcomeText(refusal)), times);
+  changed_.wait(lock, [this] { return answer_ || ending_; });
+  return answer_.value_or(false);
+}
+
+void RunWorker::NotTried(std::int64_t position, const std::string& address) {
+  const std::lock_guard lock(mutex_);
+  not_tried_.push_back({position, address});
+}
+
+void RunWorker::Note(std::string_view text) {
+  const std::lock_guard lock(mutex_);
+  news_.notes.emplace_back(text);
+}
+
+}  // namespace quillcast::desktop

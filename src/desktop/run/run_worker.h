@@ -1,0 +1,90 @@
+// A sending run beside its window. The window asks for what has happened a few times a second; a hundred thousand
+// messages do not mean a hundred thousand events.
+#pragma once
+
+#include <QObject>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "document/message_document.h"
+#include "platform/cancel.h"
+#include "profile/program.h"
+#include "run/run_results.h"
+#include "run/sending_run.h"
+
+namespace quillcast::desktop {
+
+struct SendJob {
+  document::MessageDocument document;
+  recipients::RecipientGroup group;
+  std::int64_t recipients = 0;
+  bool practice = false;  // the account's server is the practice mailbox
+};
+
+// What has happened since it was asked last.
+struct RunNews {
+  std::int64_t done = 0;
+  std::int64_t total = 0;
+  std::uint64_t sent_octets = 0;  // of the current message
+  std::uint64_t message_octets = 0;
+  std::vector<std::string> notes;
+  std::optional<std::filesystem::path> report;  // once it is there
+};
+
+class RunWorker final : public QObject, private run::RunListener {
+  Q_OBJECT
+ public:
+  RunWorker(const profile::Program& program, QObject* parent) : QObject(parent), program_(program) {}
+  // Starts nothing new, gives the message under way two seconds, and waits for the run's last step.
+  ~RunWorker() override;
+
+  // Once. The account and its settings are read anew.
+  void Start(SendJob job, std::optional<run::PartialRange> range);
+  // The first time nothing new is started; the second time the message under way is given up.
+  void Stop() { cancel_.Request(); }
+  bool is_running() const { return thread_.joinable(); }
+
+  RunNews TakeNews();
+  // Moves the results since the last call to the end of `results`.
+  void TakeResults(run::RunResults& results);
+  // The answer to Asked.
+  void Answer(bool go_on);
+
+ signals:
+  // The server refused the same so many times in a row; the run waits for Answer.
+  void Asked(const QString& refusal, int times);
+  void Ended(const quillcast::Result<quillcast::run::RunSummary>& summary);
+
+ private:
+  struct NotTriedRow {
+    std::int64_t position;
+    std::string address;
+  };
+  Result<run::RunSummary> Run(const SendJob& job, const std::optional<run::PartialRange>& range);
+
+  void Began(const std::filesystem::path& report) override;
+  void ReportLine(std::string_view) override {}  // the window reads the report's file
+  void Finished(const run::RecipientResult& result) override;
+  void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
+  bool GoOn(const smtp::Outcome& refusal, int times) override;
+  void NotTried(std::int64_t position, const std::string& address) override;
+  void Note(std::string_view text) override;
+
+  const profile::Program& program_;
+  platform::CancelToken cancel_;
+  std::thread thread_;
+  std::mutex mutex_;  // guards what follows
+  RunNews news_;
+  std::vector<run::RecipientResult> results_;
+  std::vector<NotTriedRow> not_tried_;
+  std::condition_variable changed_;  // one of these
+  std::optional<bool> answer_;
+  bool ending_ = false;  // the window goes
+  bool ended_ = false;   // the run has
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,102 @@
+// The dialog in which a message goes out: report, progress, results.
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <chrono>
+#include <functional>
+
+#include "desktop/run/run_worker.h"
+#include "profile/program.h"
+#include "run/run_results.h"
+
+class QCheckBox;
+class QFrame;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTabWidget;
+class QTimer;
+
+namespace quillcast::desktop {
+
+class NotesPanel;
+class PicturesPanel;
+class RangePicker;
+class ReportView;
+class ResultsView;
+
+class SendMailForm1 final : public QDialog {
+  Q_OBJECT
+ public:
+  SendMailForm1(const profile::Program& program, SendJob job, QWidget* parent);
+
+  enum class Stage { kIdle, kRunning, kFinished };
+  Stage stage() const { return stage_; }
+  // The system is being switched off: whoever opened this closes too.
+  bool shuts_down() const { return shuts_down_; }
+  // With what the person answered about pictures.
+  const document::PicturePlaces& picture_places() const { return job_.document.picture_places; }
+  // Why it is not, where the system refused; for the status line of whoever opened this.
+  QString refusal() const { return refusal_; }
+
+  // Whether whoever opened this is to close without asking to save: set before the system is asked to switch off,
+  // which may end the program at any moment, and taken back when it refuses.
+  std::function<void(bool)> skip_save_prompt;
+
+ public slots:
+  // Escape, the close box and "Cancel": while the run goes on, asks first.
+  void reject() override;
+
+ private:
+  void ButtonPressed();
+  void PicturesKnown(bool settled);
+  void StartRun();
+  void AskToCancel();
+  void AskToGoOn(const QString& refusal, int times);
+  void AnswerToGoOn(bool go_on);
+  void TakeNews();
+  void RunFinished(const Result<run::RunSummary>& summary);
+  void ShowProgress(const RunNews& news);
+  std::chrono::milliseconds Worked() const;
+  void CountDown();
+  bool SwitchOff();
+  QWidget* MakeHeading();
+  QWidget* MakePausePanel();
+  QWidget* MakeProgress();
+  void Say(const QString& sentence);
+
+  const profile::Program& program_;
+  SendJob job_;
+  Stage stage_ = Stage::kIdle;
+  bool cancel_asked_ = false;
+  bool asking_ = false;         // the question whether to cancel is open
+  bool wants_to_send_ = false;  // pressed before it was known what there is to ask
+  RunWorker* worker_;
+  run::RunResults results_;
+  QStringList notes_;  // about the run
+  QTimer* tick_;
+  QElapsedTimer running_;
+  QElapsedTimer waiting_;  // for the answer whether to go on; invalid while the run works
+  qint64 waited_ = 0;      // milliseconds, for the answers before
+  bool report_open_ = false;
+  bool shuts_down_ = false;
+  QString refusal_;
+
+  RangePicker* range_;
+  QTabWidget* tabs_;
+  ReportView* report_;
+  ResultsView* results_view_;
+  QFrame* pause_panel_;
+  QLabel* pause_text_;
+  QProgressBar* run_bar_;
+  QProgressBar* message_bar_;
+  PicturesPanel* pictures_;
+  QCheckBox* shut_down_;
+  QLabel* rate_;
+  QLabel* status_;
+  NotesPanel* before_;
+  QPushButton* button_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,64 @@
+#include "desktop/run/shut_down_form.h"
+
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kSecond = 1000;  // milliseconds
+
+}  // namespace
+
+ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
+    : QDialog(parent),
+      switch_off_(std::move(switch_off)),
+      timer_(new QTimer(this)),
+      remaining_(new QLabel("60", this)) {
+  setObjectName("ShutDownForm");
+  setWindowTitle("Shut Down");
+  remaining_->setObjectName("RemainingLabel");
+  QFont bold = remaining_->font();
+  bold.setBold(true);
+  remaining_->setFont(bold);
+  auto* cancel = new QPushButton(tr("Cancel"), this);
+  cancel->setObjectName("CancelButton");
+  cancel->setDefault(true);
+  auto* time = new QHBoxLayout();
+  time->addWidget(new QLabel(tr("Remaining Time :"), this));
+  time->addWidget(remaining_);
+  time->addWidget(new QLabel(tr("Seconds."), this));
+  time->addStretch(1);
+  auto* button = new QHBoxLayout();
+  button->addStretch(1);
+  button->addWidget(cancel);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(new QLabel(tr("Quillcast is going to shut down the system in 60 seconds."), this));
+  column->addWidget(new QLabel(tr("If you do not want to shut down Windows, please press the Cancel button."), this));
+  column->addLayout(time);
+  column->addLayout(button);
+  connect(cancel, &QPushButton::clicked, this, [this] { done(Rejected); });
+  connect(timer_, &QTimer::timeout, this, &ShutDownForm::Tick);
+  timer_->start(kSecond);
+}
+
+void ShutDownForm::Tick() {
+  remaining_->setText(QString::number(remaining_->text().toInt() - 1));
+  if (remaining_->text() != "0") return;
+  timer_->stop();
+  if (switch_off_()) accept();
+}
+
+// Neither Alt+F4 nor Escape ends the countdown: what stops it must be meant.
+void ShutDownForm::reject() {}
+void ShutDownForm::closeEvent(QCloseEvent* event) { event->setAccepted(!isVisible()); }
+void ShutDownForm::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape) QDialog::keyPressEvent(event);
+}
+
+}  // namespace quillcast::desktop

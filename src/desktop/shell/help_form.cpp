@@ -1,0 +1,45 @@
+#include "desktop/shell/help_form.h"
+
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QHash>
+#include <QTextBrowser>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+
+HelpForm::HelpForm(const profile::Folders& folders, const QString& topic, QWidget* parent) : QDialog(parent) {
+  setObjectName("HelpForm");
+  setWindowTitle(tr("Help"));
+  setAttribute(Qt::WA_DeleteOnClose);
+  resize(640, 520);
+  auto* page = new QTextBrowser(this);
+  page->setObjectName("HelpPage");
+  page->setAccessibleName(tr("Help page"));
+  page->setOpenExternalLinks(false);
+  const QString folder = PathToQt(folders.program / "help");
+  page->setSearchPaths({folder});
+  if (QFile::exists(folder + '/' + topic)) {
+    page->setSource(QUrl::fromLocalFile(folder + '/' + topic));
+  } else {
+    page->setPlainText(tr("The help page %1 is not in %2. Install the program anew.").arg(topic, folder));
+  }
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(page, 1);
+  column->addWidget(buttons);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+}
+
+QString TopicOf(const QString& window) {
+  static const QHash<QString, QString> topics = {
+      {"EmailManagerForm", "Email Manager 1.htm"}, {"ThreadForm", "Thread Options.htm"},
+      {"TableForm", "Message Options.htm"},        {"LinkForm", "Message Options.htm"},
+      {"AttachmentsForm", "Message Options.htm"},  {"HistoryManagerForm", "History Manager.htm"}};
+  return topics.value(window, "Welcome.htm");
+}
+
+}  // namespace quillcast::desktop

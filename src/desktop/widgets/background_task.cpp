@@ -1,0 +1,34 @@
+#include "desktop/widgets/background_task.h"
+
+#include <QMetaObject>
+
+namespace quillcast::desktop {
+
+BackgroundTask::~BackgroundTask() { End(); }
+
+void BackgroundTask::Start(Work work) {
+  End();
+  cancel_ = std::make_unique<platform::CancelToken>();
+  thread_ = std::thread([this, work = std::move(work), number = number_] {
+    auto done = work(*cancel_);
+    QMetaObject::invokeMethod(this, [this, done = std::move(done), number] {
+      if (number != number_) return;
+      thread_.join();
+      if (done) done();
+    });
+  });
+}
+
+void BackgroundTask::Cancel() {
+  if (!cancel_) return;
+  cancel_->Request();
+  cancel_->Request();  // also what is under way
+}
+
+void BackgroundTask::End() {
+  ++number_;
+  Cancel();
+  if (thread_.joinable()) thread_.join();
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,36 @@
+// Work beside a window, which stays alive meanwhile.
+#pragma once
+
+#include <QObject>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include "platform/cancel.h"
+
+namespace quillcast::desktop {
+
+// One piece of work at a time.
+class BackgroundTask final : public QObject {
+ public:
+  // Runs on a thread of its own; what it returns is called on the window's thread when it is done.
+  using Work = std::function<std::function<void()>(const platform::CancelToken&)>;
+
+  explicit BackgroundTask(QObject* parent) : QObject(parent) {}
+  ~BackgroundTask() override;
+
+  // Work that is still under way is cancelled and waited for; what it returns is then dropped.
+  void Start(Work work);
+  // Asks it to give up; what it returns is called all the same.
+  void Cancel();
+  bool is_running() const { return thread_.joinable(); }
+
+ private:
+  void End();
+
+  std::unique_ptr<platform::CancelToken> cancel_;
+  std::thread thread_;
+  int number_ = 0;  // of the work whose end counts
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,15 @@
+// The program's icons: line drawings that take the colour of the text beside them, light or dark.
+#pragma once
+
+#include <QIcon>
+#include <string_view>
+
+namespace quillcast::desktop {
+
+// An empty icon for a name that has none.
+QIcon Icon(std::string_view name);
+
+// The sign of the program itself, for its windows and the desktop.
+QIcon ProgramIcon();
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,35 @@
+// Between the core's UTF-8 and Qt's texts.
+#pragma once
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QString>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/text.h"
+
+namespace quillcast::desktop {
+
+inline QString ToQt(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+inline QString PathToQt(const std::filesystem::path& path) {
+  return QFile::decodeName(QByteArray::fromStdString(path.string()));
+}
+inline std::string FromQt(const QString& text) { return text.toStdString(); }
+inline std::filesystem::path PathFromQt(const QString& path) { return QFile::encodeName(path).toStdString(); }
+
+// A given text of the core in the user's language, where a catalogue has it.
+inline QString Translated(std::string_view text) {
+  return QCoreApplication::translate("Core", std::string(text).c_str());
+}
+
+// `one` for 1, else `many` with the number in the place of its %1.
+inline QString Counted(std::int64_t count, const QString& one, const QString& many) {
+  return count == 1 ? one : many.arg(ToQt(platform::WithThousands(count)));
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,104 @@
+#include "document/body_file.h"
+
+#include "charset/charset.h"
+#include "platform/file.h"
+#include "platform/utf8.h"
+
+namespace quillcast::document {
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kLittleMark = "\xFF\xFE";
+constexpr std::string_view kBigMark = "\xFE\xFF";
+
+std::string DecodeUtf16(std::string_view bytes, bool big_endian) {
+  std::string out;
+  const auto unit = [&](std::size_t at) {
+    const auto first = static_cast<unsigned char>(bytes[at]);
+    const auto second = static_cast<unsigned char>(bytes[at + 1]);
+    return static_cast<char32_t>(big_endian ? (first << 8) | second : (second << 8) | first);
+  };
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
+    char32_t code = unit(at);
+    const bool pair = code >= 0xD800 && code < 0xDC00 && at + 3 < bytes.size() && (unit(at + 2) & 0xFC00) == 0xDC00;
+    if (pair) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (unit(at + 2) - 0xDC00);
+      at += 2;
+    }
+    platform::AppendUtf8(out, code >= 0xD800 && code < 0xE000 ? 0xFFFD : code);
+  }
+  return out;
+}
+
+void AppendUnit(std::string& out, char32_t unit, bool big_endian) {
+  const auto high = static_cast<char>(unit >> 8);
+  const auto low = static_cast<char>(unit & 0xFF);
+  out += big_endian ? high : low;
+  out += big_endian ? low : high;
+}
+
+std::string EncodeUtf16(std::string_view text, bool big_endian) {
+  std::string out(big_endian ? kBigMark : kLittleMark);
+  while (!text.empty()) {
+    const auto [read, length] = platform::DecodeUtf8(text);
+    const char32_t code = read == platform::kNotUtf8 ? 0xFFFD : read;
+    if (code >= 0x10000) {
+      AppendUnit(out, 0xD800 + ((code - 0x10000) >> 10), big_endian);
+      AppendUnit(out, 0xDC00 + ((code - 0x10000) & 0x3FF), big_endian);
+    } else {
+      AppendUnit(out, code, big_endian);
+    }
+    text.remove_prefix(length);
+  }
+  return out;
+}
+
+BodyEncoding EncodingOf(std::string_view bytes) {
+  if (bytes.starts_with(kUtf8Mark)) return BodyEncoding::kUtf8WithMark;
+  if (bytes.starts_with(kLittleMark)) return BodyEncoding::kUtf16Little;
+  if (bytes.starts_with(kBigMark)) return BodyEncoding::kUtf16Big;
+  return platform::IsUtf8(bytes) ? BodyEncoding::kUtf8 : BodyEncoding::kWindows1252;
+}
+
+std::string Decode(std::string_view bytes, BodyEncoding encoding) {
+  switch (encoding) {
+    case BodyEncoding::kUtf8:
+      return std::string(bytes);
+    case BodyEncoding::kUtf8WithMark:
+      return std::string(bytes.substr(kUtf8Mark.size()));
+    case BodyEncoding::kUtf16Little:
+    case BodyEncoding::kUtf16Big:
+      return DecodeUtf16(bytes.substr(2), encoding == BodyEncoding::kUtf16Big);
+    case BodyEncoding::kWindows1252:
+      return charset::FindCharset("windows-1252")->Decode(bytes);
+  }
+  return {};
+}
+
+}  // namespace
+
+Result<BodyFile> ReadBodyFile(const std::filesystem::path& file) {
+  auto bytes = platform::ReadFile(file, kLongestBody);
+  if (!bytes) return bytes.error();
+  const BodyEncoding encoding = EncodingOf(*bytes);
+  std::string text = Decode(*bytes, encoding);
+  return BodyFile{std::move(*bytes), std::move(text), encoding};
+}
+
+std::string EncodeBody(std::string_view html, BodyEncoding encoding) {
+  std::string out;
+  switch (encoding) {
+    case BodyEncoding::kUtf8:
+      return std::string(html);
+    case BodyEncoding::kUtf8WithMark:
+      return std::string(kUtf8Mark) + std::string(html);
+    case BodyEncoding::kUtf16Little:
+    case BodyEncoding::kUtf16Big:
+      return EncodeUtf16(html, encoding == BodyEncoding::kUtf16Big);
+    case BodyEncoding::kWindows1252:
+      charset::FindCharset("windows-1252")->Encode(html, out, nullptr, charset::Unmapped::kHtmlReference);
+  }
+  return out;
+}
+
+}  // namespace quillcast::document

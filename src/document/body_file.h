@@ -1,0 +1,29 @@
+// A body in a file: the encoding it was found in, and back into it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/result.h"
+
+namespace quillcast::document {
+
+enum class BodyEncoding { kUtf8, kUtf8WithMark, kUtf16Little, kUtf16Big, kWindows1252 };
+
+struct BodyFile {
+  std::string bytes;  // as they stand in the file
+  std::string text;   // in UTF-8, without a byte-order mark
+  BodyEncoding encoding = BodyEncoding::kUtf8;
+};
+
+// The longest body that is read from a file.
+inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
+
+// A byte-order mark decides, else what is UTF-8 counts as UTF-8, all other as Windows-1252.
+Result<BodyFile> ReadBodyFile(const std::filesystem::path& file);
+
+// HTML in that encoding; characters that it lacks become numeric references.
+std::string EncodeBody(std::string_view html, BodyEncoding encoding);
+
+}  // namespace quillcast::document

@@ -1,0 +1,19 @@
+// Cuts the source of an HTML document at its body, so that an edited body can go back between what was never touched.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillcast::document {
+
+struct BodySource {
+  std::string head;       // up to the body's start tag; the document type alone where there is no body tag
+  std::string tail;       // from the body's end tag on; empty where content stands behind it, which belongs to the body
+  bool has_body = false;  // there is a start tag
+};
+
+// A tag in a comment, a script or an attribute is none. With several start tags the first counts, as in browsers; of
+// end tags the last one.
+BodySource CutAtBody(std::string_view html);
+
+}  // namespace quillcast::document

@@ -1,0 +1,93 @@
+#include "document/document_pictures.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <vector>
+
+#include "html/local_pictures.h"
+#include "platform/file.h"
+#include "platform/text.h"
+
+namespace quillcast::document {
+namespace {
+
+namespace fs = std::filesystem;
+
+// As an address: what could end it or mean something in it is written as percent and two digits.
+std::string AsAddress(std::string_view path) {
+  std::string address;
+  for (const char c : path) {
+    const bool is_plain = platform::AsciiIsAlnum(c) || c == '-' || c == '.' || c == '_' || c == '/';
+    address += is_plain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
+  }
+  return address;
+}
+
+// What cannot be read is like nothing.
+bool AreAlike(const fs::path& one, const fs::path& other) {
+  std::error_code failed;
+  if (fs::file_size(one, failed) != fs::file_size(other, failed) || failed) return false;
+  std::ifstream first(one, std::ios::binary);
+  std::ifstream second(other, std::ios::binary);
+  return first && second &&
+         std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
+}
+
+// A name for a copy of the file in the folder: that of a copy which is there already, or one that nothing has.
+std::string NameIn(const fs::path& folder, const fs::path& file) {
+  std::string name = file.filename().string();
+  std::error_code failed;
+  for (int number = 2; fs::exists(folder / name, failed) && !AreAlike(file, folder / name); ++number) {
+    name = fmt::format("{} ({}){}", file.stem().string(), number, file.extension().string());
+  }
+  return name;
+}
+
+}  // namespace
+
+Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
+  const fs::path copy = folder / NameIn(folder, file);
+  auto made = platform::EnsureFolder(folder);
+  if (made) made = platform::CopyFile(file, copy);
+  if (!made) return made.error();
+  return copy;
+}
+
+Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
+                                      const PicturePlaces& places, const fs::path& target, TakenPictures& taken) {
+  const fs::path root = (import_folder / "").lexically_normal().parent_path();
+  const bool moves = !base.empty() && base.lexically_normal() != target.parent_path().lexically_normal();
+  const std::string folder = target.stem().string() + "_files";
+  const fs::path beside = target.parent_path() / folder;
+  std::vector<html::PictureReference> references;
+  std::vector<std::string> replacements;
+  std::set<fs::path> seen;
+  for (auto& reference : html::FindLocalPictures(html)) {
+    const fs::path file = (base / reference.path).lexically_normal();
+    const bool loses_its_folder = moves && fs::path(reference.path).is_relative();
+    if (!IsBelow(file, root) && !loses_its_folder) continue;
+    std::error_code failed;
+    const bool is_there = fs::is_regular_file(file, failed);
+    if (!is_there && !taken.contains(file)) continue;
+    if (is_there && !places.Hold(file)) {
+      if (!loses_its_folder) continue;
+      replacements.push_back("file://" + AsAddress(file.string()));
+      references.push_back(std::move(reference));
+      continue;
+    }
+    if (is_there && seen.insert(file).second) {
+      const auto copy = KeepPicture(file, beside);
+      if (!copy) return copy.error();
+      taken[file] = copy->filename().string();
+    }
+    replacements.push_back(AsAddress(folder + '/' + taken[file]));
+    references.push_back(std::move(reference));
+  }
+  return references.empty() ? std::string(html) : html::RewriteReferences(html, references, replacements);
+}
+
+}  // namespace quillcast::document

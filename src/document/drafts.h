@@ -1,0 +1,54 @@
+// Messages that were not finished, kept in the data folder until they are taken up again.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "document/message_document.h"
+
+namespace quillcast::document {
+
+// A message with everything that the window knows of it.
+struct Draft {
+  MessageDocument document = {};    // its base folder is where relative references start from
+  bool is_changed = true;           // the body, since it was opened, saved or begun
+  std::filesystem::path file = {};  // the body's own; empty for one that has none
+  std::string group = {};
+  std::string method = {};
+
+  // A subject, a file or a change to the body is work; a group or an option that was chosen is a moment's doing.
+  bool IsWorthKeeping() const;
+};
+
+// The one that is being written is "Autosave.htm", with its other fields in "Autosave.fields". What an earlier session
+// or message left is offered, the oldest first: "Recovered.htm", "Recovered2.htm", ..., each with its fields.
+class Drafts {
+ public:
+  explicit Drafts(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  // Keeps the one that is being written, in place of what was kept of it, and nothing where nothing is worth it.
+  Result<void> Keep(const Draft& draft) const;
+  void Drop() const;
+  // From now on it is one of those that are offered, behind all others.
+  Result<void> SetAside() const;
+
+  bool AreOffered() const { return Offered().first != 0; }
+  // The subject of the oldest, empty where it has none.
+  std::string OfferedSubject() const;
+  // The oldest; of a message that is kept by its body alone, the other fields are as in a new one.
+  Result<Draft> ReadOffered() const;
+  void DropOffered() const;
+
+ private:
+  struct Numbers {  // 0 for none
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+  };
+  std::filesystem::path Body(std::int64_t number) const;
+  Numbers Offered() const;
+
+  std::filesystem::path folder_;
+};
+
+}  // namespace quillcast::document

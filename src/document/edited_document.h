@@ -1,0 +1,38 @@
+// The document that is being edited, as far as saving it goes: Save, Save As, and the question about unsaved changes.
+#pragma once
+
+#include <filesystem>
+
+#include "platform/prompts.h"
+#include "platform/result.h"
+
+namespace quillcast::document {
+
+inline constexpr const char* kDocumentFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
+
+// The document that is being edited, as far as saving it goes.
+class EditedDocument {
+ public:
+  virtual ~EditedDocument() = default;
+  virtual bool HasUnsavedChanges() const = 0;
+  virtual std::filesystem::path FileName() const = 0;  // empty for a new document
+  virtual Result<void> SaveTo(const std::filesystem::path& file) = 0;
+};
+
+enum class SaveDecision { kGoOn, kStay };
+
+// Saves to the current file, or for a new document to one that is picked, after the question about a locked file. False
+// when the person cancels on the way: nothing is saved then.
+Result<bool> Save(EditedDocument& document, platform::Prompts& prompts);
+
+// The same to a file that is picked in any case.
+Result<bool> SaveAs(EditedDocument& document, platform::Prompts& prompts);
+
+// Asks whether to save where there are unsaved changes, and saves. kStay when the person cancels on the way. After a
+// save that fails the document stays too: the changes would be lost otherwise.
+Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts);
+
+// The same as OfferToSave unless the program closes itself for a shutdown after sending.
+Result<SaveDecision> AskBeforeClosing(EditedDocument& document, bool skip_save_prompt, platform::Prompts& prompts);
+
+}  // namespace quillcast::document

@@ -1,0 +1,84 @@
+#include "document/message_document.h"
+
+#include "document/body_file.h"
+#include "html/html_to_text.h"
+#include "platform/text.h"
+
+namespace quillcast::document {
+
+Format FormatFrom(std::string_view text) { return text == "Text" ? Format::kText : Format::kHtml; }
+
+Priority PriorityFrom(std::string_view text) {
+  if (text == "High") return Priority::kHigh;
+  return text == "Low" ? Priority::kLow : Priority::kNormal;
+}
+
+std::string MessageDocument::PlainText() const { return text ? *text : html::HtmlToText(html); }
+
+Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file) {
+  auto read = ReadBodyFile(file);
+  if (!read) return read.error();
+  std::string& body = read->text;
+  std::error_code failed;
+  document.base_folder = std::filesystem::absolute(file, failed).parent_path();
+  if (platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt")) {
+    document.format = Format::kText;
+    document.html = HtmlFromText(body);
+    document.text = std::move(body);
+  } else {
+    document.html = std::move(body);
+  }
+  return {};
+}
+
+std::string HtmlFromText(std::string_view text) {
+  std::string html;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    switch (text[at]) {
+      case '<':
+        html += "&lt;";
+        break;
+      case '&':
+        html += "&amp;";
+        break;
+      case '\r':
+        if (at + 1 < text.size() && text[at + 1] == '\n') break;  // the line feed writes it
+        [[fallthrough]];
+      case '\n':
+        html += "<br>\n";
+        break;
+      default:
+        html += text[at];
+    }
+  }
+  return html;
+}
+
+Result<std::string> PickFormat(std::string_view chosen, const profile::SettingsStore& settings,
+                               platform::Prompts& prompts) {
+  if (chosen != "HTML") return std::string(chosen);
+  auto encoding = settings.Read("Advanced", "Encoding", "MIME");
+  if (!encoding) return encoding;
+  if (*encoding != "Plain") return std::string(chosen);
+  prompts.Warn(
+      "You cannot send an HTML message using UUencoding.\r\n"
+      "First change the encoding format in the advanced window.");
+  return std::string("Text");
+}
+
+Result<std::filesystem::path> PickDocumentToOpen(EditedDocument& document, platform::Prompts& prompts) {
+  const auto files = prompts.PickOpenFile({.title = "Open", .filter = kDocumentFilter});
+  if (files.empty()) return std::filesystem::path();
+  const auto decision = OfferToSave(document, prompts);
+  if (!decision) return decision.error();
+  return *decision == SaveDecision::kStay ? std::filesystem::path() : files.front();
+}
+
+Result<void> SaveDocument(EditedDocument& document, const std::filesystem::path& preview_body,
+                          platform::Prompts& prompts) {
+  if (document.FileName() == preview_body) return {};
+  const auto saved = Save(document, prompts);
+  return saved ? Result<void>() : saved.error();
+}
+
+}  // namespace quillcast::document

@@ -1,0 +1,60 @@
+// The one message that is being composed.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "document/attachment_list.h"
+#include "document/edited_document.h"
+#include "document/picture_places.h"
+#include "platform/prompts.h"
+#include "platform/result.h"
+#include "profile/settings_store.h"
+
+namespace quillcast::document {
+
+enum class Format { kHtml, kText };
+enum class Priority { kLow, kNormal, kHigh };
+
+// What the boxes of the main window and the options of the command call them; any other text counts as the usual one.
+Format FormatFrom(std::string_view text);
+Priority PriorityFrom(std::string_view text);
+
+struct MessageDocument {
+  std::string subject;
+  std::string html;                   // the body, always kept as HTML
+  std::filesystem::path base_folder;  // what relative references in the HTML start from
+  PicturePlaces picture_places;       // where pictures may come from besides that folder
+  std::optional<std::string> text;    // a text part of its own, in place of the one made from the HTML
+  Format format = Format::kHtml;
+  AttachmentList attachments;
+  Priority priority = Priority::kNormal;
+  bool read_receipt = false;
+
+  // The body as plain text: `text` where it is given, else made from the HTML. Lines end in "\n".
+  std::string PlainText() const;
+};
+
+// Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
+// is the text with its markup characters escaped). Encodings: see ReadBodyFile.
+Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
+
+// Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
+std::string HtmlFromText(std::string_view text);
+
+// What picking `chosen` in the format box does: the text that the box then shows. Picking HTML is refused, with a
+// message, while `Advanced` `Encoding` is "Plain". The document itself is never converted.
+Result<std::string> PickFormat(std::string_view chosen, const profile::SettingsStore& settings,
+                               platform::Prompts& prompts);
+
+// The Open command: asks for a file, offers to save changes first, gives the file to load. Empty when the person
+// cancels on the way; an error when the changes could not be saved.
+Result<std::filesystem::path> PickDocumentToOpen(EditedDocument& document, platform::Prompts& prompts);
+
+// The Save command: Save, except to the preview file, which is never the person's own.
+Result<void> SaveDocument(EditedDocument& document, const std::filesystem::path& preview_body,
+                          platform::Prompts& prompts);
+
+}  // namespace quillcast::document

@@ -1,0 +1,150 @@
+#include "html/html_css.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "html/html_tokenizer.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
+
+namespace quillcast::html {
+namespace {
+
+using platform::StartsWithIgnoringAsciiCase;
+
+constexpr std::size_t kMostEscapeDigits = 6;
+
+bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
+bool IsLineEnd(char c) { return c == '\n' || c == '\r' || c == '\f'; }
+bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
+bool IsOfName(char c) {
+  return platform::AsciiIsAlnum(c) || c == '-' || c == '_' || c == '\\' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+// A quote as it is written. Length 0: none.
+struct Quote {
+  char mark = 0;
+  std::size_t length = 0;
+};
+
+Quote ReadQuote(std::string_view css, CssPlace place) {
+  if (css.empty()) return {};
+  if (css.front() == '"' || css.front() == '\'') return {css.front(), 1};
+  if (place == CssPlace::kElement || css.front() != '&') return {};
+  constexpr std::array<std::pair<std::string_view, char>, 6> kReferences = {
+      {{"&quot;", '"'}, {"&#34;", '"'}, {"&#x22;", '"'}, {"&apos;", '\''}, {"&#39;", '\''}, {"&#x27;", '\''}}};
+  for (const auto& [reference, mark] : kReferences) {
+    if (StartsWithIgnoringAsciiCase(css, reference)) return {mark, reference.size()};
+  }
+  return {};
+}
+
+class CssReader {
+ public:
+  CssReader(std::string_view css, CssPlace place) : css_(css), place_(place) {}
+
+  std::vector<CssRange> Run() {
+    bool importing = false;  // from "@import" to its semicolon
+    while (at_ < css_.size()) {
+      const std::string_view rest = css_.substr(at_);
+      if (const Quote quote = ReadQuote(rest, place_); quote.length > 0) {
+        at_ += quote.length;
+        SkipTo(quote);
+        at_ += ReadQuote(css_.substr(at_), place_).length;
+      } else if (rest.starts_with("/*")) {
+        at_ = std::min(css_.find("*/", at_ + 2), css_.size() - 2) + 2;
+      } else if (StartsWithIgnoringAsciiCase(rest, "@import")) {
+        importing = true;
+        at_ += std::string_view("@import").size();
+      } else if (StartsWithIgnoringAsciiCase(rest, "url(") && (at_ == 0 || !IsOfName(css_[at_ - 1]))) {
+        at_ += std::string_view("url(").size();
+        const auto address = ReadAddress();
+        if (address && !importing) found_.push_back(*address);
+      } else {
+        importing = importing && rest.front() != ';';
+        at_ += rest.front() == '\\' ? std::min<std::size_t>(2, rest.size()) : 1;
+      }
+    }
+    return std::move(found_);
+  }
+
+ private:
+  // Nothing when it is not closed, also by the end of a line within quotes.
+  std::optional<CssRange> ReadAddress() {
+    while (at_ < css_.size() && IsSpace(css_[at_])) ++at_;
+    const Quote quote = ReadQuote(css_.substr(at_), place_);
+    const std::size_t begin = at_ += quote.length;
+    if (quote.length > 0) {
+      SkipTo(quote);
+    } else {
+      while (at_ < css_.size() && css_[at_] != ')') SkipCharacter();
+    }
+    if (at_ >= css_.size() || IsLineEnd(css_[at_])) return std::nullopt;
+    CssRange address{begin, at_};
+    while (quote.length == 0 && address.end > escape_end_ && address.end > begin && IsSpace(css_[address.end - 1])) {
+      --address.end;
+    }
+    at_ += ReadQuote(css_.substr(at_), place_).length;  // it begins no string
+    return address;
+  }
+
+  void SkipTo(Quote quote) {
+    while (at_ < css_.size() && !IsLineEnd(css_[at_]) && ReadQuote(css_.substr(at_), place_).mark != quote.mark) {
+      SkipCharacter();
+    }
+  }
+
+  void SkipCharacter() {
+    const bool escape = css_[at_] == '\\';
+    ++at_;
+    if (escape && at_ < css_.size()) at_ += std::max<std::size_t>(1, ReadQuote(css_.substr(at_), place_).length);
+    if (escape) escape_end_ = at_;
+  }
+
+  std::string_view css_;
+  CssPlace place_;
+  std::size_t at_ = 0;
+  std::size_t escape_end_ = 0;  // of the last one; a blank in it is part of an address
+  std::vector<CssRange> found_;
+};
+
+// Takes the escape at the start, behind its backslash, off the text.
+void AppendEscape(std::string& out, std::string_view& rest) {
+  std::size_t digits = 0;
+  while (digits < std::min(rest.size(), kMostEscapeDigits) && IsHexDigit(rest[digits])) ++digits;
+  if (digits == 0) {
+    if (!rest.empty() && !IsLineEnd(rest.front())) out += rest.front();
+    rest.remove_prefix(rest.starts_with("\r\n") ? 2 : std::min<std::size_t>(1, rest.size()));
+    return;
+  }
+  std::uint32_t code = 0;
+  std::from_chars(rest.data(), rest.data() + digits, code, 16);
+  const bool valid = code != 0 && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+  platform::AppendUtf8(out, valid ? code : 0xFFFD);
+  rest.remove_prefix(digits);
+  if (rest.starts_with("\r\n")) rest.remove_prefix(1);
+  if (!rest.empty() && IsSpace(rest.front())) rest.remove_prefix(1);
+}
+
+}  // namespace
+
+std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place) { return CssReader(css, place).Run(); }
+
+std::string DecodeCssAddress(std::string_view written, CssPlace place) {
+  const std::string text =
+      place == CssPlace::kAttribute ? DecodeCharacterReferences(written, true) : std::string(written);
+  std::string out;
+  for (std::string_view rest = text;;) {
+    const std::size_t plain = rest.find('\\');
+    out += rest.substr(0, plain);
+    if (plain == std::string_view::npos) return out;
+    rest.remove_prefix(plain + 1);
+    AppendEscape(out, rest);
+  }
+}
+
+}  // namespace quillcast::html

@@ -1,0 +1,27 @@
+// The addresses in CSS, of a style element or of a style attribute as HTML writes it. Linear in time on any input.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillcast::html {
+
+// A style element has no character references; an attribute has, so that its quotes may be written "&quot;".
+enum class CssPlace { kElement, kAttribute };
+
+// Of an address as written, without quotes.
+struct CssRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+// What stands in url(...), in the order of the source: not in comments, in strings or after @import, and not what is
+// never closed.
+std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place);
+
+// The address with its character references, where there are any, and its escapes ("\20", "\)") resolved.
+std::string DecodeCssAddress(std::string_view written, CssPlace place);
+
+}  // namespace quillcast::html

@@ -1,0 +1,44 @@
+// What the elements of HTML do to a plain-text reading of it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace quillcast::html {
+
+enum class HtmlRole : std::uint8_t {
+  // These stay open until they are closed,
+  kBulleted,
+  kNumbered,
+  kItem,
+  kQuotation,
+  kDescription,
+  kPreformatted,
+  kTable,
+  kRow,
+  // these are further blocks,
+  kCell,
+  kLine,
+  kParagraph,
+  kHeading,
+  // and these are none.
+  kLink,
+  kBreak,
+  kRule,
+  kPicture,
+  kArea,
+  kQuote,
+  kDropped,
+  kInline
+};
+constexpr std::size_t kStackedRoles = static_cast<std::size_t>(HtmlRole::kRow) + 1;
+
+// By the name in lower case.
+HtmlRole RoleOf(std::string_view name);
+inline bool IsStacked(HtmlRole role) { return static_cast<std::size_t>(role) < kStackedRoles; }
+inline bool IsBlock(HtmlRole role) { return role <= HtmlRole::kHeading; }
+// Such an element has no end tag.
+bool HasNoContent(std::string_view name);
+
+}  // namespace quillcast::html

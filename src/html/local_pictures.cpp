@@ -1,0 +1,157 @@
+#include "html/local_pictures.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "html/html_css.h"
+#include "html/html_tokenizer.h"
+#include "html/local_pictures_address.h"
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+// More candidates than this in one srcset are passed over; memory stays small on hostile input.
+constexpr std::size_t kMostCandidates = 1000;
+
+constexpr std::size_t kLongestBase = 1000;
+
+enum class Holds { kAddress, kCandidates, kCss };
+
+// Which attributes hold pictures; an empty element stands for every one.
+struct PictureAttribute {
+  std::string_view element;
+  std::string_view attribute;
+  Holds holds;
+};
+constexpr std::array kPictureAttributes = {
+    PictureAttribute{"img", "src", Holds::kAddress},         PictureAttribute{"input", "src", Holds::kAddress},
+    PictureAttribute{"v:fill", "src", Holds::kAddress},      PictureAttribute{"v:image", "src", Holds::kAddress},
+    PictureAttribute{"v:imagedata", "src", Holds::kAddress}, PictureAttribute{"video", "poster", Holds::kAddress},
+    PictureAttribute{"img", "srcset", Holds::kCandidates},   PictureAttribute{"source", "srcset", Holds::kCandidates},
+    PictureAttribute{"", "background", Holds::kAddress},     PictureAttribute{"", "style", Holds::kCss},
+};
+
+bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
+
+// Style sheets and fonts come by url() too.
+bool IsPicture(std::string_view path) {
+  constexpr std::array kOthers = {".css", ".woff", ".woff2", ".ttf", ".otf", ".eot", ".htc"};
+  const std::string lower = platform::AsciiLower(path);
+  return std::none_of(kOthers.begin(), kOthers.end(), [&](const char* other) { return lower.ends_with(other); });
+}
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+constexpr std::string_view kTagBegin = "$*Merge";
+
+class Finder final : public HtmlVisitor {
+ public:
+  explicit Finder(std::string_view html) : html_(html) { VisitTagsAndStyles(html, *this); }
+
+  std::vector<PictureReference> found() && { return std::move(found_); }
+  const std::set<std::string>& named_by_tags() const { return named_by_tags_; }
+
+ private:
+  void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
+    if (token.attributes.empty()) return;
+    if (token.name == "base" && !base_) ReadBase(tokenizer.Value(token, "href"));
+    const std::size_t first = found_.size();
+    for (const PictureAttribute& row : kPictureAttributes) {
+      if (!row.element.empty() && row.element != token.name) continue;
+      const HtmlAttribute* const attribute = tokenizer.Find(token, row.attribute);
+      if (attribute == nullptr) continue;
+      const std::string_view value = Trimmed(tokenizer.RawValue(*attribute));
+      if (row.holds == Holds::kAddress) Add(value, DecodeCharacterReferences(value, true));
+      if (row.holds == Holds::kCandidates) LookAtCandidates(value);
+      if (row.holds == Holds::kCss) LookAtCss(value, CssPlace::kAttribute);
+    }
+    std::sort(found_.begin() + static_cast<std::ptrdiff_t>(first), found_.end(),
+              [](const auto& a, const auto& b) { return a.offset < b.offset; });
+  }
+
+  void StyleSheet(std::string_view css) override { LookAtCss(css, CssPlace::kElement); }
+
+  // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
+  // leads nowhere: it would stand before each of the page's addresses.
+  void ReadBase(const std::string& address) {
+    const std::string_view given = platform::Trim(address);
+    if (given.empty() || given.starts_with('#')) return;
+    base_ = given.size() <= kLongestBase ? ReadLocalAddress(address) : LocalAddress{};
+  }
+
+  // `written` is a part of the source.
+  void Add(std::string_view written, const std::string& address) {
+    if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(address);
+    LocalAddress file = ReadLocalAddress(address);
+    if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
+    if (file.kind == AddressKind::kElsewhere || !IsPicture(file.path)) return;
+    found_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
+  }
+
+  void AddNamedByTag(const std::string& address) {
+    const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, "_"));
+    const bool of_the_net = file.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
+    if (file.kind != AddressKind::kElsewhere && !of_the_net && IsPicture(file.path)) named_by_tags_.insert(address);
+  }
+
+  // srcset: addresses without blanks, each with an optional description up to a comma.
+  void LookAtCandidates(std::string_view rest) {
+    for (std::size_t count = 0; count < kMostCandidates; ++count) {
+      while (!rest.empty() && (IsSpace(rest.front()) || rest.front() == ',')) rest.remove_prefix(1);
+      if (rest.empty()) return;
+      const auto end = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), IsSpace) - rest.begin());
+      std::string_view address = rest.substr(0, end);
+      const bool described = address.back() != ',';
+      while (address.ends_with(',')) address.remove_suffix(1);
+      Add(address, DecodeCharacterReferences(address, true));
+      rest.remove_prefix(described ? std::min(rest.find(',', end), rest.size()) : end);
+    }
+  }
+
+  void LookAtCss(std::string_view css, CssPlace place) {
+    for (const CssRange& range : FindCssAddresses(css, place)) {
+      const std::string_view written = css.substr(range.begin, range.end - range.begin);
+      Add(written, DecodeCssAddress(written, place));
+    }
+  }
+
+  std::string_view html_;
+  std::optional<LocalAddress> base_;
+  std::vector<PictureReference> found_;
+  std::set<std::string> named_by_tags_;
+};
+
+}  // namespace
+
+std::vector<PictureReference> FindLocalPictures(std::string_view html) { return Finder(html).found(); }
+
+std::vector<std::string> FindPicturesNamedByTags(std::string_view html) {
+  if (html.find(kTagBegin) == std::string_view::npos) return {};
+  const Finder finder(html);
+  return {finder.named_by_tags().begin(), finder.named_by_tags().end()};
+}
+
+std::string RewriteReferences(std::string_view html, const std::vector<PictureReference>& references,
+                              const std::vector<std::string>& replacements) {
+  std::string out;
+  std::size_t at = 0;
+  for (std::size_t i = 0; i < references.size() && i < replacements.size(); ++i) {
+    if (replacements[i].empty()) continue;
+    out += html.substr(at, references[i].offset - at);
+    out += replacements[i];
+    at = references[i].offset + references[i].length;
+  }
+  out += html.substr(at);
+  return out;
+}
+
+}  // namespace quillcast::html

@@ -1,0 +1,33 @@
+// The pictures that an HTML text takes from files of this computer, and putting other addresses in their place. Looks
+// at the text alone; whether the files exist is not asked.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillcast::html {
+
+struct PictureReference {
+  std::size_t offset = 0;  // of the address as written in the source, without quotes
+  std::size_t length = 0;
+  std::string path;  // decoded: absolute, or relative to wherever the HTML belongs
+};
+
+// Looks at src, poster, background and srcset attributes and at url() in style attributes and style elements, also
+// within conditional comments. Addresses of the net (also "//host", and relative ones below a <base> of the net), of
+// data and of parts ("cid:"), and those with a merge tag are no files. A query or a fragment is no part of the name.
+// What Windows alone would find ("C:\x.png", "file://server/x.png") counts as a file, so that it can be reported as
+// missing. In the order of the source; a file that is named twice is there twice. Linear in time on any input.
+std::vector<PictureReference> FindLocalPictures(std::string_view html);
+
+// The addresses of pictures that hold a merge tag and are not of the net by how they begin, each once: which file they
+// name differs by recipient, so that FindLocalPictures passes them over.
+std::vector<std::string> FindPicturesNamedByTags(std::string_view html);
+
+// The HTML with each reference replaced by the text at the same index; an empty one leaves it as it is.
+std::string RewriteReferences(std::string_view html, const std::vector<PictureReference>& references,
+                              const std::vector<std::string>& replacements);
+
+}  // namespace quillcast::html

@@ -1,0 +1,25 @@
+// Which file an address in HTML names.
+#pragma once
+
+#include <string>
+
+namespace quillcast::html {
+
+enum class AddressKind {
+  kElsewhere,  // of the net, of data, of a part, with a merge tag, or no address
+  kRelative,   // to wherever the HTML belongs; the path may be absolute
+  kFile,       // "file:"
+};
+
+struct LocalAddress {
+  AddressKind kind = AddressKind::kElsewhere;
+  std::string path;  // percent-decoded, without query and fragment, with slashes
+};
+
+// As browsers read it. The path of "file://server/x" is "//server/x", which is missing here rather than passed over.
+LocalAddress ReadLocalAddress(std::string address);
+
+// A relative address against that of a <base>.
+LocalAddress Resolve(const LocalAddress& base, LocalAddress address);
+
+}  // namespace quillcast::html

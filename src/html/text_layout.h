@@ -1,0 +1,78 @@
+// Sets running text and block boundaries as lines of plain text: collapsed white space, margins, and line prefixes.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillcast::html {
+
+class TextLayout {
+ public:
+  enum class Margin { kLine, kBlankLine };
+
+  // How long the text may be expected to become at most; more is no error.
+  explicit TextLayout(std::size_t expected_size) { out_.reserve(expected_size); }
+
+  // Text with its white space collapsed. No-break spaces and those of a given width stay, as blanks, except at line
+  // starts and ends; white space beside them adds nothing.
+  void AddText(std::string_view utf8);
+  // Text whose blanks and line ends are kept.
+  void AddPreformatted(std::string_view utf8);
+
+  void Break();
+  // A block begins or ends here.
+  void Block(Margin margin);
+
+  // A table cell that goes on in the line of the one before it.
+  void CellGap();
+  // Until the next text, blocks that begin or end make no line: what a cell or a list item wraps its text in.
+  void HoldBlocks() { held_ = true; }
+  // Undoes both, for a block that stands on its own wherever it is.
+  void ReleaseBlocks() { held_ = false; }
+  // Takes back the boundaries since the last text, as between the rows of a table.
+  void CloseUp() { breaks_ = block_ = 0; }
+  // Text for the end of the last line, which must have been begun, before the boundaries that were announced since.
+  void AppendToLine(std::string_view utf8) { out_ += utf8; }
+
+  // What each line begins with from now on: `first` once, then `rest`. Of deep or wide nesting only the outer levels
+  // are drawn.
+  void PushPrefix(std::string first, std::string rest);
+  void PopPrefix();
+
+  // Grows with everything that is shown.
+  std::size_t size() const { return out_.size(); }
+  // Counts up with each line that text begins.
+  std::size_t line_number() const { return line_number_; }
+
+  std::string Finish() &&;
+
+ private:
+  struct Prefix {
+    std::string first;
+    std::string rest;
+    bool used = false;
+  };
+
+  bool NothingToJoin() const { return at_line_start() || blanks_ > 0 || collapsible_; }
+  void Put(std::string_view visible);
+  bool at_line_start() const { return line_number_ == 0 || breaks_ > 0 || block_ > 0; }
+  void BeginLine();
+  void EndLine();
+
+  std::string out_;
+  std::vector<Prefix> prefixes_;  // the outer levels
+  std::size_t prefix_width_ = 0;  // of them all
+  std::size_t depth_ = 0;         // all levels, drawn or not
+  std::size_t blank_depth_ = 0;   // the shallowest level since the last text, whose prefix blank lines get
+  std::size_t breaks_ = 0;        // line breaks since the last text
+  std::size_t block_ = 0;         // 1: the next text begins a line, 2: after a blank line
+  std::size_t blanks_ = 0;        // to be written before the next text of the line, besides what collapses
+  std::size_t line_number_ = 0;
+  bool collapsible_ = false;  // white space stands here, which is one blank when there is no other
+  bool literal_ = false;      // the blanks count at the start of a line too
+  bool held_ = false;
+};
+
+}  // namespace quillcast::html

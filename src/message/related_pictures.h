@@ -1,0 +1,77 @@
+// The local pictures of an HTML body, taken along under Content-IDs, and those that nobody has allowed to be.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "document/message_document.h"
+#include "message/message_options.h"
+#include "platform/cancel.h"
+#include "platform/file.h"
+#include "platform/result.h"
+
+namespace quillcast::message {
+
+struct Picture {
+  std::filesystem::path file;
+  std::string content_id;  // without angle brackets
+  std::string media_type;  // by its content
+  std::uint64_t size = 0;  // octets
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+};
+
+// The file, at its beginning. Pictures are not kept open: a page may have more of them than a process may have
+// descriptors. Fails when the file has gone, or is another one than was looked at.
+Result<platform::UniqueFd> OpenAgain(const Picture& picture);
+
+// A local reference that was not taken along; it stays as it is.
+struct PictureTrouble {
+  std::string file;
+  std::int32_t code;  // of loading the body, see send_status.h
+};
+
+// Sentences for the person.
+std::string Describe(const PictureTrouble& trouble);
+std::string Describe(const Picture& picture);
+
+// A picture that lies where the document may not take pictures from (document::PicturePlaces). Its reference stays.
+struct ForeignPicture {
+  std::filesystem::path file;  // links resolved
+  bool left_out = false;       // the person was asked, and said so
+};
+std::string Describe(const ForeignPicture& picture);
+
+struct RelatedPictures {
+  std::string html;                      // with "cid:" references
+  std::vector<Picture> pictures;         // each file once
+  std::vector<PictureTrouble> troubles;  // each file once, in the order of the HTML
+  std::vector<ForeignPicture> foreign;   // also
+};
+
+// A page from elsewhere must not be able to make a person send a file of theirs: only what is a picture by its content
+// and lies where the document may take pictures from goes along. Only regular files are opened. References of a
+// document without a folder start from the root. A request by `cancel` ends it with what it has by then.
+RelatedPictures TakePictures(const document::MessageDocument& document, std::string_view content_id_suffix,
+                             const platform::CancelToken* cancel = nullptr);
+
+// Whether the document's pictures go along at all.
+bool TakesPictures(const document::MessageDocument& document, const MessageOptions& options);
+// The pictures that would go along, and those to be asked about. Fails with kTryAgain when it is stopped.
+Result<RelatedPictures> LookForPictures(const document::MessageDocument& document, const MessageOptions& options,
+                                        const platform::CancelToken& cancel);
+
+// What is to be told of them before anything goes out: those that go along, then those that do not, a sentence each; of
+// many, the first and how many more there are.
+std::vector<std::string> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign);
+
+// What the person has to be asked about before the message can go out.
+std::vector<std::filesystem::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreign);
+// Which they are, as a sentence, and with the question about them behind it.
+std::string NameForeign(const std::vector<std::filesystem::path>& files);
+std::string PictureQuestion(const std::vector<std::filesystem::path>& files);
+
+}  // namespace quillcast::message

@@ -1,0 +1,98 @@
+#include "recipients/import/import_mapping.h"
+
+#include <fmt/format.h>
+
+#include "platform/text.h"
+#include "platform/utf8.h"
+
+namespace quillcast::recipients {
+namespace {
+
+std::string AllLabels() {
+  std::string all;
+  for (const FieldNames& field : kFields) all += fmt::format("{}\"{}\"", all.empty() ? "" : ", ", field.label);
+  return all;
+}
+
+Error BadMapping(std::string what) { return {Failure::kUsage, std::move(what), "The fields are " + AllLabels() + "."}; }
+
+}  // namespace
+
+Result<ImportMapping> ParseMapping(std::string_view text) {
+  ImportMapping mapping;
+  std::array<bool, kFieldCount> named{};
+  for (const std::string_view raw : platform::Split(text, ',')) {
+    const auto equals = raw.find('=');
+    const std::string_view label = platform::Trim(raw.substr(0, equals));
+    const std::size_t field = FieldOfLabel(label);
+    if (equals == std::string_view::npos) {
+      return BadMapping(fmt::format("\"{}\" does not say which field of the line it takes.", label));
+    }
+    if (field == kFieldCount) return BadMapping(fmt::format("There is no field \"{}\".", label));
+    if (std::exchange(named[field], true)) return BadMapping(fmt::format("\"{}\" is mapped twice.", label));
+    const std::string_view source = platform::Trim(raw.substr(equals + 1));
+    if (platform::EqualsIgnoringAsciiCase(source, kIgnoreEntry)) continue;
+    const auto number = platform::ParseWholeNumber(source);
+    if (!number || *number < 1 || *number > kSourceFields) {
+      return Error{
+          Failure::kUsage, fmt::format(R"("{}" cannot be taken from field "{}" of a line.)", label, source),
+          "Only the first eighteen fields of a line can be chosen: name a number from 1 to 18, or \"Ignore\"."};
+    }
+    mapping.source[field] = static_cast<int>(*number);
+  }
+  return mapping;
+}
+
+std::vector<std::string> SampleEntries(std::string_view first_line, char delimiter, bool quotes) {
+  std::array<std::string_view, kSourceFields> fields;
+  const std::size_t count = SplitLine(first_line, delimiter, fields);
+  std::vector<std::string> entries{kIgnoreEntry};
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string_view trimmed = platform::Trim(fields[i]);
+    entries.push_back(fmt::format("Field {} = {}", i + 1, quotes ? WithoutQuotes(trimmed) : trimmed));
+  }
+  return entries;
+}
+
+int SourceFieldOf(std::string_view entry) {
+  for (int field = 1; field <= kSourceFields; ++field) {
+    const std::string key = fmt::format("{:<8}", fmt::format("Field {}", field));
+    if (entry.substr(0, key.size()) == key) return field;
+  }
+  return kIgnore;
+}
+
+std::string_view WithoutQuotes(std::string_view field) {
+  if (field.empty()) return {};
+  field.remove_prefix(platform::DecodeUtf8(field).length);
+  if (field.empty()) return {};
+  std::size_t last = field.size() - 1;
+  while (last > 0 && field.size() - last < 4 && (static_cast<unsigned char>(field[last]) & 0xC0) == 0x80) --last;
+  return field.substr(0, last);
+}
+
+std::size_t SplitLine(std::string_view line, char delimiter, std::array<std::string_view, kSourceFields>& fields) {
+  std::size_t count = 0;
+  for (;;) {
+    const auto end = line.find(delimiter);
+    fields[count++] = line.substr(0, end);
+    if (end == std::string_view::npos || count == fields.size()) return count;
+    line.remove_prefix(end + 1);
+  }
+}
+
+std::array<std::string_view, kFieldCount> MapLine(std::string_view line, char delimiter, bool quotes,
+                                                  const ImportMapping& mapping) {
+  std::array<std::string_view, kSourceFields> fields;
+  const auto count = static_cast<int>(SplitLine(line, delimiter, fields));
+  std::array<std::string_view, kFieldCount> values;
+  for (std::size_t target = 0; target < kFieldCount; ++target) {
+    const int source = mapping.source[target];
+    if (source == kIgnore || source > count) continue;
+    const std::string_view field = fields[static_cast<std::size_t>(source) - 1];
+    values[target] = quotes ? WithoutQuotes(field) : field;
+  }
+  return values;
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,154 @@
+#include "recipients/import/import_writer.h"
+
+#include <algorithm>
+#include <array>
+
+#include "recipients/recipient.h"
+#include "recipients/store_connection.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::int64_t kFirstBatch = 4096;
+constexpr std::int64_t kLargestBatch = 131'072;
+// A batch ends early when this much text waits for the report, so that long values cannot fill the memory.
+constexpr std::size_t kMostKeptBack = std::size_t{4} * 1024 * 1024;
+// Most of the address index stays in the cache while it is written all over.
+constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
+
+}  // namespace
+
+ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find, CatalogueStatement insert,
+                           platform::Statement version, std::int64_t group_id, ImportReport& report)
+    : database_(std::move(database)),
+      find_(std::move(find)),
+      insert_(std::move(insert)),
+      version_(std::move(version)),
+      group_key_(std::to_string(group_id)),
+      report_(report),
+      batch_size_(kFirstBatch) {}
+
+Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std::int64_t group_id,
+                                        StatementId statement, ImportReport& report,
+                                        const platform::LockPatience& patience) {
+  auto database = OpenStore(store, patience);
+  if (!database) return database.error();
+  if (const auto set = database->Execute(kCacheSize); !set) return set.error();
+  auto find = CatalogueStatement::Prepare(*database, StatementId::kFindDuplicate);
+  if (!find) return find.error();
+  auto insert = CatalogueStatement::Prepare(*database, statement);
+  if (!insert) return insert.error();
+  auto version = database->Prepare("PRAGMA data_version");
+  if (!version) return version.error();
+  return ImportWriter(std::move(*database), std::move(*find), std::move(*insert), std::move(*version), group_id,
+                      report);
+}
+
+Result<std::int64_t> ImportWriter::DataVersion() {
+  version_.Reset();
+  const auto row = version_.Step();
+  if (!row) return row.error();
+  const std::int64_t version = version_.Int(0);
+  version_.Reset();
+  return version;
+}
+
+Result<void> ImportWriter::FillFilter() {
+  filter_.emplace();
+  auto list = CatalogueStatement::Prepare(database_, StatementId::kListAddresses);
+  if (!list) return list.error();
+  const std::array<std::string_view, 1> values{group_key_};
+  if (auto bound = list->Bind(values); !bound) return bound;
+  for (;;) {
+    const auto row = list->rows().Step();
+    if (!row) return row.error();
+    if (!*row) return {};
+    filter_->Add(list->rows().Text(0));
+  }
+}
+
+// The filter is filled inside the first transaction, when nobody else can write. When the version is another one at the
+// beginning of a later batch, somebody has written in between, and from then on the store is asked about every address.
+Result<void> ImportWriter::Begin() {
+  const bool is_first = seen_version_ == 0;
+  auto begun = platform::Transaction::Begin(database_);
+  if (!begun) return begun.error();
+  transaction_.emplace(std::move(*begun));
+  const auto version = DataVersion();
+  if (!version) return version.error();
+  if (is_first) {
+    seen_version_ = *version;
+    return FillFilter();
+  }
+  if (*version != seen_version_) filter_.reset();
+  return {};
+}
+
+Result<void> ImportWriter::GiveUp(const Result<void>& failed) {
+  transaction_.reset();
+  report_.Drop();
+  return failed;
+}
+
+Result<bool> ImportWriter::IsThere(std::string_view address) {
+  if (filter_ && !filter_->MayHold(address)) return false;
+  const std::array<std::string_view, 2> values{group_key_, address};
+  if (const auto bound = find_.Bind(values, Lifetime::kOutlivesStep); !bound) return bound.error();
+  auto row = find_.rows().Step();
+  find_.rows().Reset();
+  return row;
+}
+
+Result<void> ImportWriter::Offer(std::span<const std::string_view> values) {
+  if (!transaction_) {
+    if (const auto begun = Begin(); !begun) return GiveUp(begun);
+  }
+  const std::string_view address = values.front();
+  const auto there = IsThere(address);
+  if (!there) return GiveUp(there.error());
+  if (*there) {
+    ++batch_.duplicates;
+    report_.Duplicated(address);
+    return CountRow();
+  }
+  std::array<std::string_view, kFieldCount + 1> all{group_key_};
+  std::copy(values.begin(), values.end(), all.begin() + 1);
+  if (const auto bound = insert_.Bind(std::span(all).first(values.size() + 1), Lifetime::kOutlivesStep); !bound)
+    return GiveUp(bound);
+  const auto inserted = insert_.rows().Run();
+  insert_.rows().Reset();
+  if (!inserted) return GiveUp(inserted);
+  if (filter_) filter_->Add(address);
+  ++batch_.added;
+  report_.Added(address);
+  return CountRow();
+}
+
+Result<void> ImportWriter::Ignore(std::string_view told) {
+  ++batch_.ignored;
+  report_.Ignored(told);
+  return CountRow();
+}
+
+Result<void> ImportWriter::CountRow() {
+  ++rows_in_batch_;
+  const bool is_full = rows_in_batch_ >= batch_size_ || report_.BytesKeptBack() >= kMostKeptBack;
+  if (!is_full) return {};
+  batch_size_ = std::min(batch_size_ * 2, kLargestBatch);
+  return Commit();
+}
+
+Result<void> ImportWriter::Commit() {
+  if (transaction_) {
+    if (const auto done = transaction_->Commit(); !done) return GiveUp(done);
+    transaction_.reset();
+  }
+  committed_.added += batch_.added;
+  committed_.duplicates += batch_.duplicates;
+  committed_.ignored += batch_.ignored;
+  batch_ = {};
+  rows_in_batch_ = 0;
+  return report_.Keep();
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,165 @@
+#include "run/history.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "platform/file_attributes.h"
+#include "platform/text.h"
+
+namespace quillcast::run {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kLongestSubject = 64;
+constexpr int kSecondsToTry = 3600;
+constexpr std::string_view kReportEnding = ".txt";
+constexpr std::string_view kMessageEnding = ".eml";
+
+bool Exists(const fs::path& file) {
+  std::error_code ignored;
+  return fs::exists(file, ignored);
+}
+
+std::string_view WithoutEnding(std::string_view file) {
+  return file.size() < kReportEnding.size() ? file : file.substr(0, file.size() - kReportEnding.size());
+}
+
+std::string RowText(std::string_view base) {
+  constexpr std::array<std::string_view, 3> kLabels = {"Date = ", "  -  Time = ", " - Subject = "};
+  const auto parts = platform::Split(base, '_');
+  std::string text;
+  for (std::size_t i = 0; i < kLabels.size() && i < parts.size(); ++i) {
+    text += kLabels[i];
+    text += parts[i];
+  }
+  return text;
+}
+
+// A file, or a link to one.
+bool IsEntry(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  return entry.path().extension() == kReportEnding && entry.is_regular_file(ignored);
+}
+
+Result<void> OpenOrWarn(const fs::path& file, const char* warning, platform::Desktop& desktop,
+                        platform::Prompts& prompts) {
+  if (Exists(file)) return desktop.OpenFile(file);
+  prompts.Warn(warning);
+  return {};
+}
+
+// A separator at the end would name what the link leads to.
+bool IsLink(const fs::path& folder) {
+  std::error_code ignored;
+  return fs::is_symlink(folder.has_filename() ? folder : folder.parent_path(), ignored);
+}
+
+}  // namespace
+
+std::string CleanSubject(std::string_view subject) {
+  std::string clean;
+  for (const char c : subject) {
+    if (platform::AsciiIsAlnum(c) || c == ' ' || c == '-') clean += c;
+  }
+  if (clean.empty()) return "No Subject";
+  clean.resize(std::min(clean.size(), kLongestSubject));
+  return clean;
+}
+
+std::string HistoryBaseName(const std::tm& local, std::string_view subject) {
+  return fmt::format("{:02}-{:02}-{:04}_{:02}-{:02}-{:02}_{}", local.tm_mon + 1, local.tm_mday, local.tm_year + 1900,
+                     local.tm_hour, local.tm_min, local.tm_sec, CleanSubject(subject));
+}
+
+Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::Clock& clock,
+                                       std::string_view subject) {
+  auto moment = clock.Now();
+  for (int tries = 0; tries < kSecondsToTry; ++tries, moment += std::chrono::seconds(1)) {
+    const std::string base = HistoryBaseName(clock.Local(moment), subject);
+    const fs::path report = history / (base + std::string(kReportEnding));
+    const fs::path message = history / (base + std::string(kMessageEnding));
+    if (Exists(report) || Exists(message)) continue;
+    auto writer = platform::FileWriter::CreateNew(report);
+    if (writer) {
+      writer->SayItIsBeingWritten();
+      return HistoryEntry{base, message, std::move(*writer)};
+    }
+    if (!Exists(report)) return writer.error();  // else another run was quicker
+  }
+  return Error{Failure::kCannotCreate, fmt::format("No free name was found for this run in {}.", history.string()),
+               "Clear the history or move its files away."};
+}
+
+Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
+  std::vector<HistoryRow> rows;
+  const bool is_link = IsLink(history);
+  std::error_code failed;
+  for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    if (!IsEntry(*entry)) continue;
+    std::error_code ignored;
+    if (!is_link && !entry->is_symlink(ignored)) IgnoreErrors(platform::Unlock(entry->path()));
+    const std::string file = entry->path().filename().string();
+    rows.push_back({file, RowText(WithoutEnding(file))});
+  }
+  if (failed) return platform::SystemError("read", history, failed.value());
+  return rows;
+}
+
+Result<void> OpenLog(const fs::path& history, const HistoryRow& row, platform::Desktop& desktop,
+                     platform::Prompts& prompts) {
+  return OpenOrWarn(history / row.file, "Server Log is not available.", desktop, prompts);
+}
+
+Result<void> OpenMessage(const fs::path& history, const HistoryRow& row, platform::Desktop& desktop,
+                         platform::Prompts& prompts) {
+  const std::string file = std::string(WithoutEnding(row.file)) + std::string(kMessageEnding);
+  return OpenOrWarn(history / file, "Original Message is not available.", desktop, prompts);
+}
+
+ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts) {
+  ClearedHistory result;
+  if (prompts.Ask("Are you sure you want to delete your history?") != platform::Answer::kYes) return result;
+  result.clearing = Clearing::kCleared;
+  result.is_link = IsLink(history);
+  if (result.is_link) return result;
+  std::error_code ignored;
+  std::vector<fs::path> files;
+  for (auto entry = fs::directory_iterator(history, ignored); !ignored && entry != fs::directory_iterator();
+       entry.increment(ignored)) {
+    const fs::path& file = entry->path();
+    if (fs::is_directory(entry->symlink_status(ignored))) {
+      ++result.folders;
+    } else if (platform::IsBeingWritten(fs::path(file).replace_extension(kReportEnding))) {
+      ++result.going_on;
+    } else {
+      files.push_back(file);
+    }
+  }
+  // Removing a name asks nothing of the file's own permissions, so that nothing needs to be unlocked first.
+  for (const fs::path& file : files) (fs::remove(file, ignored) ? result.deleted : result.left) += 1;
+  return result;
+}
+
+std::vector<std::string> WhatStayed(const ClearedHistory& cleared) {
+  std::vector<std::string> sentences;
+  if (cleared.is_link) sentences.emplace_back("The history folder is a link; what it leads to was left as it is.");
+  if (cleared.folders > 0) {
+    sentences.push_back(platform::Counted(static_cast<std::int64_t>(cleared.folders), "folder in it was left as it is.",
+                                          "folders in it were left as they are."));
+  }
+  if (cleared.going_on > 0) sentences.emplace_back("The files of a run that is going on were kept.");
+  return sentences;
+}
+
+Result<void> WhatFailed(const ClearedHistory& cleared, const fs::path& history) {
+  if (cleared.left == 0) return {};
+  return Error{Failure::kNotPermitted,
+               fmt::format("{} could not be deleted.",
+                           platform::Counted(static_cast<std::int64_t>(cleared.left), "file", "files")),
+               fmt::format("Look at the permissions of {}.", platform::Printable(history.string()))};
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,44 @@
+#include "run/message_preview.h"
+
+#include "document/merge_fields.h"
+#include "message/message_template.h"
+#include "platform/file.h"
+
+namespace quillcast::run {
+namespace {
+
+// A tag that is replaced by itself stays.
+document::MergeValues TagsAsValues() {
+  document::MergeValues values;
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = document::kMergeFields[i].tag;
+  return values;
+}
+
+}  // namespace
+
+Result<Preview> WritePreview(const profile::Folders& folders, const profile::SettingsStore& settings,
+                             const document::MessageDocument& document, const account::AccountSettings& account,
+                             const platform::Clock& clock, platform::Entropy& entropy) {
+  auto options = message::LoadMessageOptions(settings, account);
+  if (!options) return options.error();
+  options->name_field = 0;
+  const std::string address = options->sender_address;
+  const message::MessageTemplate message(document, std::move(*options), folders.temporary, clock, entropy);
+  if (const auto& trouble = message.trouble()) return trouble->error;
+  Preview preview{folders.PreviewMessage(), message::ListPictures(message.pictures(), message.foreign_pictures()), {}};
+  for (const auto& picture : message.pictures()) preview.pictures.push_back(picture.file);
+  for (const auto& trouble : message.picture_troubles()) preview.notes.push_back(Describe(trouble));
+  if (document.format == document::Format::kHtml) {
+    const auto body = platform::ReplaceFile(folders.PreviewBody(), document.html);
+    if (!body) return body.error();
+  }
+  message::RenderedMessage rendered;
+  const auto made = message.Render(TagsAsValues(), address, 1, rendered);
+  if (!made) return made.error();
+  const auto written =
+      platform::ReplaceFile(preview.file, [&](int fd) { return message::WriteMessage(rendered, fd, preview.file); });
+  if (!written) return written.error();
+  return preview;
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,173 @@
+#include "run/pre_flight.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "html/local_pictures.h"
+#include "message/message_options.h"
+#include "platform/text.h"
+#include "recipients/envelope_address.h"
+#include "run/single_message.h"
+#include "smtp/client/client.h"
+
+namespace quillcast::run {
+namespace {
+
+constexpr std::chrono::seconds kPatience{10};  // for each step of asking the server
+
+class Look {
+ public:
+  Look(const message::MessageTemplate& message, PreFlight& found)
+      : message_(message), found_(found), used_(message.UsedFields()) {
+    for (std::size_t i = 0; i < used_.size(); ++i) {
+      if (used_[i]) found_.empty_fields.push_back({i, 0, {}});
+    }
+  }
+
+  void At(const recipients::Recipient& row) {
+    ++found_.recipients;
+    const auto address = recipients::EnvelopeAddress(row.email());
+    if (!address) ++found_.without_address;
+    for (auto& empty : found_.empty_fields) {
+      if (!row.values[empty.field].empty()) continue;
+      if (empty.recipients++ == 0) empty.first = row.email();
+    }
+    if (!SubjectFits(row) && found_.subjects_beyond_set++ == 0) found_.first_beyond_set = row.email();
+    if (message_.is_html() && HasMarkup(row) && found_.markup_values++ == 0) found_.first_with_markup = row.email();
+    if (address && found_.largest_message == 0 && !message_.trouble()) found_.largest_message = SizeFor(row, *address);
+  }
+
+ private:
+  bool HasMarkup(const recipients::Recipient& row) const {
+    for (std::size_t i = 0; i < used_.size(); ++i) {
+      if (used_[i] && row.values[i].find_first_of("<&") != std::string::npos) return true;
+    }
+    return false;
+  }
+
+  bool SubjectFits(const recipients::Recipient& row) const {
+    if (message_.charset().IsUtf8()) return true;
+    std::array<std::string, document::kMergeFields.size()> changed;
+    return message_.CanHoldSubject(document::ValuesForMerge(row, changed));
+  }
+
+  std::uint64_t SizeFor(const recipients::Recipient& row, const std::string& address) const {
+    std::array<std::string, document::kMergeFields.size()> changed;
+    message::RenderedMessage rendered;
+    return message_.Render(document::ValuesForMerge(row, changed), address, 1, rendered) ? rendered.size() : 0;
+  }
+
+  const message::MessageTemplate& message_;
+  PreFlight& found_;
+  std::bitset<document::kMergeFields.size()> used_;
+};
+
+// Of the message itself.
+PreFlight LookAt(const document::MessageDocument& document, const message::MessageTemplate& message) {
+  PreFlight found;
+  found.unknown_tags =
+      document::UnknownTags(document.subject + "\n" + document.html + "\n" + document.text.value_or(""));
+  for (const auto& trouble : message.picture_troubles()) {
+    found.pictures.push_back(Describe(trouble) + " The message goes out without it.");
+  }
+  if (message.is_html()) {
+    for (const auto& address : html::FindPicturesNamedByTags(document.html)) {
+      found.pictures.push_back(fmt::format(
+          "The picture {} is named by a merge tag, so it is not taken along: readers show it only where its "
+          "address is one of the net.",
+          platform::Printable(address, 200)));
+    }
+  }
+  found.lacks_text = message.is_html() && !message.has_text();
+  found.charset = message.charset().MimeName();
+  return found;
+}
+
+// Hears what the server offers.
+class NoticeListener final : public smtp::Mailing {
+ public:
+  smtp::Job* NextJob() override { return nullptr; }
+  void Finished(smtp::Job&, const smtp::Outcome&) override {}
+  void Connected(const smtp::Capabilities& offered) override { offers_notices_ = offered.dsn; }
+  void LogLine(std::string_view) override {}
+  void Progress(std::uint64_t, std::uint64_t) override {}
+  bool offers_notices() const { return offers_notices_; }
+
+ private:
+  bool offers_notices_ = false;
+};
+
+}  // namespace
+
+Result<PreFlight> LookOver(recipients::RecipientCursor rows, const document::MessageDocument& document,
+                           const message::MessageTemplate& message, const platform::CancelToken& cancel) {
+  PreFlight found = LookAt(document, message);
+  Look look(message, found);
+  recipients::Recipient row;
+  for (;;) {
+    if (cancel.Requested() != platform::Stop::kNone) {
+      return Error{Failure::kTryAgain, "Stopped before anything was sent.", ""};
+    }
+    const auto more = rows.Next(row);
+    if (!more) return more.error();
+    if (!*more) break;
+    look.At(row);
+  }
+  std::erase_if(found.empty_fields, [](const auto& empty) { return empty.recipients == 0; });
+  return found;
+}
+
+std::vector<std::string> Describe(const PreFlight& findings) {
+  std::vector<std::string> lines = findings.pictures;
+  if (findings.lacks_text) {
+    lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
+  }
+  for (const auto& tag : findings.unknown_tags) {
+    lines.push_back(fmt::format("Unknown tag {}: it goes out as it stands.", platform::Printable(tag)));
+  }
+  if (findings.unknown_tags.size() == document::kMostUnknownTags) {
+    lines.push_back(
+        fmt::format("There may be more unknown tags: no more than {} are looked for.", document::kMostUnknownTags));
+  }
+  for (const auto& empty : findings.empty_fields) {
+    lines.push_back(fmt::format("{} no value for {} (the first is {}).",
+                                platform::Counted(empty.recipients, "recipient has", "recipients have"),
+                                document::kMergeFields[empty.field].tag, platform::Printable(empty.first, 100)));
+  }
+  if (findings.subjects_beyond_set > 0) {
+    lines.push_back(fmt::format("{} a subject that {} cannot hold, so it goes out in UTF-8 (the first is {}).",
+                                platform::Counted(findings.subjects_beyond_set, "recipient has", "recipients have"),
+                                findings.charset, platform::Printable(findings.first_beyond_set, 100)));
+  }
+  if (findings.markup_values > 0) {
+    lines.push_back(
+        fmt::format("{} \"<\" or \"&\" in a value, which goes into the HTML as it stands (the first is {}).",
+                    platform::Counted(findings.markup_values, "recipient has", "recipients have"),
+                    platform::Printable(findings.first_with_markup, 100)));
+  }
+  if (findings.without_address > 0) {
+    lines.push_back(fmt::format("{} no address that a message can be sent to.",
+                                platform::Counted(findings.without_address, "entry has", "entries have")));
+  }
+  return lines;
+}
+
+std::optional<std::string> AskAboutNotices(const account::AccountSettings& account,
+                                           const message::MessageTemplate& message, const platform::Clock& clock,
+                                           const platform::CancelToken& cancel) {
+  if (!message.asks_for_notice()) return {};
+  auto options = message::ClientOptionsOf(account);
+  if (!options) return InOneLine(options.error());
+  options->sign_in = false;
+  options->password = smtp::Secret();
+  options->timeout = std::min(options->timeout, kPatience);
+  NoticeListener listener;
+  const auto outcome = smtp::Client(*options, clock, cancel).Test(listener);
+  if (listener.offers_notices()) return {};
+  if (outcome.code == smtp::ResultCode::kSuccess) return kNoNotices;
+  return "The server could not be asked whether it offers delivery notifications (DSN): " + WhyText(outcome);
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,64 @@
+#include "run/pre_send_checks.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/text.h"
+
+namespace quillcast::run {
+namespace {
+
+enum class Kind { kWarning, kQuestion };
+
+bool LooksLikeAReply(std::string_view subject) {
+  const std::string start = platform::AsciiUpper(subject.substr(0, 4));
+  return start.starts_with("RE:") || start.starts_with("FW:") || start == "RE :" || start == "FW :";
+}
+
+bool IsEmptyBody(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c == ' ' || c == '\r' || c == '\n'; });
+}
+
+struct Row {
+  bool (*applies)(const MailingFacts&);
+  Kind kind;
+  const char* text;
+  const char* control;
+};
+
+constexpr auto kRows = std::to_array<Row>({
+    {[](const MailingFacts& f) { return !f.account_filled_in; }, Kind::kWarning,
+     "Please fill out the Mail Account section in Email Manager.", "EmailButton"},
+    {[](const MailingFacts& f) { return f.groups.empty(); }, Kind::kWarning,
+     "Please create at least one group of recipients.", "GroupButton"},
+    {[](const MailingFacts& f) { return f.group.empty(); }, Kind::kWarning, "Please specify a group in the To field.",
+     "GroupButton"},
+    {[](const MailingFacts& f) { return f.subject.empty(); }, Kind::kQuestion,
+     "This message has no subject. Are you sure you want to send it?", "SubjectTextBox"},
+    {[](const MailingFacts& f) { return LooksLikeAReply(f.subject); }, Kind::kQuestion,
+     "Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
+     "You should be sure that you know what you are doing.\r\n"
+     "Are you sure you want to continue?",
+     "SubjectTextBox"},
+    {[](const MailingFacts& f) { return IsEmptyBody(f.body_text); }, Kind::kQuestion,
+     "Are you sure you want to send an empty message?", "Editor"},
+    {[](const MailingFacts& f) { return f.recipients == 0; }, Kind::kWarning,
+     "The selected group does not contain any recipients.", "GroupButton"},
+});
+
+}  // namespace
+
+std::optional<std::string> CheckBeforeSending(const MailingFacts& facts, platform::Prompts& prompts) {
+  for (const Row& row : kRows) {
+    if (!row.applies(facts)) continue;
+    if (row.kind == Kind::kQuestion) {
+      if (prompts.Ask(row.text) == platform::Answer::kYes) continue;
+    } else {
+      prompts.Warn(row.text);
+    }
+    return row.control;
+  }
+  return {};
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,50 @@
+// The running text of a sending run: written to the history folder line by line as it grows, never held whole.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/file.h"
+#include "platform/result.h"
+
+namespace quillcast::run {
+
+// A part of a group's list, by 1-based places in it, both included.
+struct PartialRange {
+  std::int64_t first = 1;
+  std::int64_t last = 1;
+};
+
+class RunReport {
+ public:
+  // `shown` gets every line as well, without its line end.
+  RunReport(platform::FileWriter file, std::function<void(std::string_view)> shown)
+      : file_(std::move(file)), shown_(std::move(shown)) {}
+
+  void Started(std::int64_t recipients, const std::optional<PartialRange>& range);
+  void LogLine(std::string_view line);  // of the connection
+  void Sent();
+  void Failed(std::int32_t code);
+  void SubjectNotEncoded();
+  void BodyNotLoaded(std::int32_t code);  // nothing for a code that has no text
+  void Completed(std::int64_t sent, std::int64_t failed);
+
+  // Makes what was written so far safe from a kill of this process.
+  void Flush();
+  // The first failure to write, when there was one; nothing after it is in the file.
+  const std::optional<Error>& trouble() const { return trouble_; }
+
+ private:
+  void Line(std::string_view text);
+  void BlankLine() { Line(""); }
+  void Keep(const Result<void>& written);
+
+  platform::FileWriter file_;
+  std::function<void(std::string_view)> shown_;
+  std::optional<Error> trouble_;
+};
+
+}  // namespace quillcast::run

@@ -1,0 +1,87 @@
+#include "run/run_results.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "platform/text.h"
+#include "run/single_message.h"
+
+namespace quillcast::run {
+namespace {
+
+constexpr std::array<const char*, 6> kNames = {"sent", "refused", "deferred", "failed", "unknown", "not tried"};
+
+ResultState StateOf(smtp::State state) {
+  switch (state) {
+    case smtp::State::kSent:
+      return ResultState::kSent;
+    case smtp::State::kRefused:
+      return ResultState::kRefused;
+    case smtp::State::kDeferred:
+      return ResultState::kDeferred;
+    case smtp::State::kFailed:
+      return ResultState::kFailed;
+    case smtp::State::kUnknown:
+      break;
+  }
+  return ResultState::kUnknown;
+}
+
+bool Holds(std::string_view text, std::string_view lower_part) {
+  return platform::AsciiLower(text).find(lower_part) != std::string::npos;
+}
+
+}  // namespace
+
+const char* Name(ResultState state) { return kNames.at(static_cast<std::size_t>(state)); }
+
+void RunResults::Add(std::int64_t position, std::string_view address, ResultState state, std::string detail) {
+  auto known = known_details_.find(detail);
+  if (known == known_details_.end()) {
+    known = known_details_.emplace(detail, static_cast<std::uint32_t>(details_.size())).first;
+    details_.push_back(std::move(detail));
+  }
+  rows_.push_back({addresses_.size(), position, static_cast<std::uint32_t>(address.size()), known->second, state});
+  addresses_ += address;
+}
+
+void RunResults::Add(const RecipientResult& result) {
+  const ResultState state = StateOf(result.outcome.state);
+  Add(result.position, result.address, state, state == ResultState::kSent ? "" : WhyText(result.outcome));
+}
+
+void RunResults::AddNotTried(std::int64_t position, std::string_view address) {
+  Add(position, address, ResultState::kNotTried, "The run ended before this recipient.");
+}
+
+ResultRow RunResults::At(std::size_t row) const {
+  const Row& at = rows_[row];
+  return {at.position, std::string_view(addresses_).substr(at.address_begin, at.address_size), at.state,
+          details_[at.detail]};
+}
+
+std::vector<std::uint32_t> RunResults::Matching(const Filter& filter, std::size_t from) const {
+  const std::string part = platform::AsciiLower(filter.text);
+  std::vector<std::uint32_t> found;
+  for (std::size_t i = from; i < rows_.size(); ++i) {
+    const ResultRow row = At(i);
+    if (filter.state && row.state != *filter.state) continue;
+    if (filter.unsent_only && row.state == ResultState::kSent) continue;
+    if (!part.empty() && !Holds(row.address, part) && !Holds(row.detail, part)) continue;
+    found.push_back(static_cast<std::uint32_t>(i));
+  }
+  return found;
+}
+
+std::string RunResults::AsText(const std::vector<std::uint32_t>& rows) const {
+  std::string text;
+  for (const std::uint32_t place : rows) {
+    const ResultRow row = At(place);
+    text += fmt::format("{}\t{}\t{}\t{}\n", row.position, platform::Printable(row.address), Name(row.state),
+                        platform::Printable(row.detail));
+  }
+  return text;
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,79 @@
+// The central operation: one personal message to each recipient of a group, reported as it goes.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "account/account_settings.h"
+#include "message/message_template.h"
+#include "platform/cancel.h"
+#include "platform/clock.h"
+#include "platform/entropy.h"
+#include "profile/folders.h"
+#include "recipients/recipient_store.h"
+#include "run/run_report.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::run {
+
+// What became of one recipient.
+struct RecipientResult {
+  std::int64_t position = 0;  // 1-based place in the group's list
+  std::string address;        // as stored
+  smtp::Outcome outcome;
+};
+
+// Follows a run. Called on the thread that runs it.
+class RunListener {
+ public:
+  virtual ~RunListener() = default;
+  // The run has its place in the history: the file that its report grows in.
+  virtual void Began(const std::filesystem::path& /*report*/) {}
+  virtual void ReportLine(std::string_view line) = 0;
+  virtual void Finished(const RecipientResult& result) = 0;
+  // `done` of `total` messages; and of the current one `sent` of `size` octets.
+  virtual void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) = 0;
+  // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
+  // False ends the run.
+  virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
+  // For each recipient who is left when a run has ended early, for whatever reason.
+  virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
+  // Something about the whole run that the person should know: a whole sentence.
+  virtual void Note(std::string_view text) = 0;
+};
+
+struct RunRequest {
+  const message::MessageTemplate& message;
+  const std::string& subject;  // as composed, for the name in the history
+  const account::AccountSettings& account;
+  recipients::RecipientGroup group;
+  std::int64_t recipients = 0;  // in the group
+  std::optional<PartialRange> range;
+};
+
+struct RunSummary {
+  std::int64_t sent = 0;
+  std::int64_t failed = 0;     // refused, deferred, failed or unknown
+  std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop
+  std::string history;         // the base name
+  bool cancelled = false;
+  std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
+};
+
+// Where a run works.
+struct RunPlace {
+  const profile::Folders& folders;
+  const platform::Clock& clock;
+  platform::Entropy& entropy;
+  const platform::CancelToken& cancel;
+};
+
+// Sends. Fails, with nothing sent, when the settings cannot be used or the report cannot be created; everything later
+// is in the report, the listener's results and the summary. The failures of one recipient never stop the run; a report
+// that cannot be written any more does, because results would be lost.
+Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place, RunListener& listener);
+
+}  // namespace quillcast::run

@@ -1,0 +1,102 @@
+#include "run/single_message.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "message/message_options.h"
+#include "platform/text.h"
+#include "recipients/envelope_address.h"
+#include "recipients/text_order.h"
+#include "smtp/client/client.h"
+#include "smtp/send_status.h"
+
+namespace quillcast::run {
+namespace {
+
+class SingleMailing final : public smtp::Mailing {
+ public:
+  SingleMailing(message::RenderedMessage& message, const std::function<void(std::string_view)>& log_line)
+      : log_line_(log_line) {
+    job_.envelope = message.envelope;
+    job_.message = &message;
+  }
+  smtp::Job* NextJob() override { return std::exchange(taken_, true) ? nullptr : &job_; }
+  void Finished(smtp::Job&, const smtp::Outcome& outcome) override { outcome_ = outcome; }
+  void LogLine(std::string_view line) override { log_line_(line); }
+  void Progress(std::uint64_t, std::uint64_t) override {}
+  const smtp::Outcome& outcome() const { return outcome_; }
+
+ private:
+  const std::function<void(std::string_view)>& log_line_;
+  smtp::Job job_;
+  bool taken_ = false;
+  smtp::Outcome outcome_{
+      .state = smtp::State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
+};
+
+bool HasAddress(const recipients::Recipient& row, std::string_view address) {
+  if (recipients::CompareText(row.email(), address) == 0) return true;
+  const auto envelope = recipients::EnvelopeAddress(row.email());
+  return envelope && recipients::CompareText(*envelope, address) == 0;
+}
+
+// What the server and we have to say beside the code, each with a blank before it.
+std::string Details(const smtp::Outcome& outcome) {
+  std::string text;
+  if (outcome.reply.code != 0) text += fmt::format(" The server said: {}", ReplyText(outcome.reply));
+  if (!outcome.reason.empty()) text += " " + outcome.reason;
+  return text;
+}
+
+}  // namespace
+
+Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::string_view address) {
+  recipients::Recipient row;
+  for (;;) {
+    const auto more = rows.Next(row);
+    if (!more) return more.error();
+    if (!*more) break;
+    if (address.empty() || HasAddress(row, address)) return row;
+  }
+  if (address.empty()) return Error{Failure::kUsage, "The group has no recipients.", "Add some first."};
+  return Error{Failure::kUsage, fmt::format("{} is not in the group.", platform::Printable(address, 100)),
+               "Name one of the group's recipients."};
+}
+
+Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,
+                       const message::MessageTemplate& message, message::RenderedMessage& out) {
+  if (const auto& trouble = message.trouble()) return trouble->error;
+  const auto to = recipients::EnvelopeAddress(send_to.empty() ? std::string_view(row.email()) : send_to);
+  if (!to) return to.error();
+  std::array<std::string, document::kMergeFields.size()> changed;
+  return message.Render(document::ValuesForMerge(row, changed), *to, 1, out);
+}
+
+Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message::RenderedMessage& message,
+                                const platform::Clock& clock, const platform::CancelToken& cancel,
+                                const std::function<void(std::string_view)>& log_line) {
+  const auto options = message::ClientOptionsOf(account);
+  if (!options) return options.error();
+  SingleMailing mailing(message, log_line);
+  smtp::Client(*options, clock, cancel).Run(mailing);
+  return mailing.outcome();
+}
+
+std::string ReplyText(const smtp::ServerReply& reply) {
+  if (reply.code == 0) return {};
+  const std::string enhanced = reply.enhanced.empty() ? "" : reply.enhanced + " ";
+  return fmt::format("{} {}{}", reply.code, enhanced,
+                     platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
+}
+
+std::string WhyText(const smtp::Outcome& outcome) {
+  return smtp::ResultText(static_cast<std::int32_t>(outcome.code)) + Details(outcome);
+}
+
+std::string OutcomeText(const smtp::Outcome& outcome) {
+  return fmt::format("{} ({}){}", smtp::Name(outcome.state), smtp::ResultText(static_cast<std::int32_t>(outcome.code)),
+                     Details(outcome));
+}
+
+}  // namespace quillcast::run

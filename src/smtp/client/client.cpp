@@ -1,0 +1,172 @@
+#include "smtp/client/client.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <utility>
+
+#include "net/connect.h"
+#include "net/resolver.h"
+#include "smtp/client/client_jobs.h"
+#include "smtp/client/client_window.h"
+#include "smtp/client/connection.h"
+#include "smtp/client/no_core_dump.h"
+
+namespace quillcast::smtp {
+namespace {
+
+using platform::Stop;
+
+constexpr std::uint16_t kTlsPort = 465;
+constexpr std::chrono::seconds kQuitPatience{2};
+
+Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
+Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}}; }
+
+// A failure on the way to a connection, where `timeout` and `otherwise` are the numbers of that part of the way.
+Outcome Unreachable(const Error& error, ResultCode timeout, ResultCode otherwise) {
+  if (error.failure == Failure::kTryAgain) return Cancelled();
+  const std::string reason = InOneLine(error);
+  return {State::kFailed, error.failure == Failure::kTimedOut ? timeout : otherwise, {}, reason};
+}
+
+// Whether another server may do better. A wrong password is not tried at each of them; a server that cannot say now
+// whether it is right is passed over.
+bool WorthAnotherServer(const Outcome& outcome) {
+  const bool wrong = outcome.code == ResultCode::kAuthRefused && outcome.state == State::kRefused;
+  return outcome.code != ResultCode::kCancelled && !wrong && outcome.code != ResultCode::kAuthNotOffered &&
+         outcome.code != ResultCode::kAuthProtocolError;
+}
+
+}  // namespace
+
+class Client::Driver {
+ public:
+  Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
+      : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel,
+                                                             window_,  jobs_, [this] { return Tls(); }} {
+    if (!options_.password.empty()) no_core_.emplace();
+  }
+  Driver(const Driver&) = delete;
+  Driver& operator=(const Driver&) = delete;
+
+  void Run(Mailing& mailing);
+  Outcome Test(Mailing& mailing);
+
+ private:
+  bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
+  Outcome Connect();
+  Outcome ConnectTo(const Server& server);
+  Result<net::TlsContext*> Tls();
+  void SendOver(Job& job);
+
+  std::optional<NoCoreDump> no_core_;  // while the password is in memory
+  ClientOptions options_;
+  SendWindow window_;
+  JobQueue jobs_;
+  Surroundings around_;
+  net::Resolver resolver_;
+  std::unique_ptr<net::TlsContext> tls_;
+  std::optional<Connection> connection_;
+};
+
+Result<net::TlsContext*> Client::Driver::Tls() {
+  if (tls_) return tls_.get();
+  auto made = net::TlsContext::ForClient(options_.ca_file);
+  if (!made) return made.error();
+  tls_ = *std::move(made);
+  return tls_.get();
+}
+
+Outcome Client::Driver::ConnectTo(const Server& server) {
+  const auto patience = [this] {
+    return net::Patience{around_.clock, around_.cancel, Stop::kStop,
+                         net::Deadline::After(around_.clock.Monotonic(), options_.timeout)};
+  };
+  const auto addresses = resolver_.Resolve(server.host, patience());
+  if (!addresses) return Unreachable(addresses.error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound);
+  auto socket = net::Connect(*addresses, server.port, patience());
+  if (!socket) return Unreachable(socket.error(), ResultCode::kConnectTimeout, ResultCode::kConnectFailed);
+
+  net::Stream stream(*std::move(socket));
+  const bool tls_at_once =
+      options_.security == Security::kTls || (options_.security == Security::kAutomatic && server.port == kTlsPort);
+  if (tls_at_once) {
+    const auto tls = Tls();
+    if (!tls) return OutcomeOf(tls.error());
+    if (const auto started = stream.StartTls(**tls, server.host, patience()); !started) {
+      return OutcomeOf(started.error());
+    }
+  }
+  connection_.emplace(around_, std::move(stream), server.host, tls_at_once);
+  Outcome opened = connection_->Open();
+  if (opened.code != ResultCode::kSuccess) connection_.reset();
+  return opened;
+}
+
+// Tells the failure of the first server that could be found: one that is misspelt says less than one that refused.
+Outcome Client::Driver::Connect() {
+  Outcome told{State::kFailed, ResultCode::kNoServer, {}, "No server is set up."};
+  for (const Server& server : options_.servers) {
+    Outcome outcome = ConnectTo(server);
+    if (outcome.code == ResultCode::kSuccess || !WorthAnotherServer(outcome)) return outcome;
+    if (told.code == ResultCode::kNoServer || told.code == ResultCode::kHostNotFound) told = std::move(outcome);
+  }
+  return told;
+}
+
+// Over the connection that is there, or a new one.
+void Client::Driver::SendOver(Job& job) {
+  if (connection_ && connection_->idle() && connection_->ClosedMeanwhile()) {
+    connection_.reset();
+    jobs_.Move();
+  }
+  if (!connection_) {
+    jobs_.CatchUp();
+    const Outcome opened = Connect();
+    if (opened.code != ResultCode::kSuccess) return jobs_.Fail(opened);
+  }
+  if (Stopped()) return jobs_.Fail(Cancelled());
+  jobs_.Submitted();
+  connection_->Submit(job);
+}
+
+void Client::Driver::Run(Mailing& mailing) {
+  around_.mailing = &mailing;
+  jobs_.Begin(mailing);
+  for (;;) {
+    if (connection_ && connection_->used_up()) connection_->Quit(kQuitPatience);
+    if (connection_ && connection_->closed()) connection_.reset();
+    Job* job = !connection_ || connection_->WantsMessage() ? jobs_.Next() : nullptr;
+    if (job != nullptr) {
+      SendOver(*job);
+      continue;
+    }
+    jobs_.CatchUp();
+    if (!connection_ || connection_->idle()) break;
+    if (Stopped()) connection_->Withdraw(Cancelled());
+    connection_->Advance();
+  }
+  if (connection_) connection_->Quit(kQuitPatience);  // every message has its outcome: how QUIT goes is no matter
+  connection_.reset();
+}
+
+Outcome Client::Driver::Test(Mailing& mailing) {
+  around_.mailing = &mailing;
+  Outcome opened = Connect();
+  if (opened.code != ResultCode::kSuccess) return opened;
+  Outcome quit = connection_->Quit(options_.timeout);
+  connection_.reset();
+  if (quit.code == ResultCode::kSuccess) return Succeeded();
+  quit.code = quit.code == ResultCode::kCancelled ? ResultCode::kCancelled : ResultCode::kQuitFailed;
+  return quit;
+}
+
+Client::Client(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
+    : driver_(std::make_unique<Driver>(std::move(options), clock, cancel)) {}
+Client::~Client() = default;
+
+void Client::Run(Mailing& mailing) { driver_->Run(mailing); }
+Outcome Client::Test(Mailing& mailing) { return driver_->Test(mailing); }
+
+}  // namespace quillcast::smtp

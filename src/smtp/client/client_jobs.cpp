@@ -1,0 +1,129 @@
+#include "smtp/client/client_jobs.h"
+
+#include <string_view>
+#include <utility>
+
+namespace quillcast::smtp {
+namespace {
+
+// How many of the same in a row are enough; 0 for what another message may not meet. Sign-ins are few, for servers lock
+// an account that fails too often.
+int LimitOf(const Outcome& outcome) {
+  const bool refused = outcome.state == State::kRefused;
+  switch (outcome.code) {
+    case ResultCode::kAuthRefused:
+    case ResultCode::kAuthNotOffered:
+      return 3;
+    case ResultCode::kSenderRefused:
+    case ResultCode::kGreetingRefused:
+      return refused ? 20 : 0;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+int Breaker::TimeToAsk(const Outcome& outcome) {
+  const int limit = LimitOf(outcome);
+  if (limit == 0) {
+    times_ = 0;
+    return 0;
+  }
+  const bool same = times_ > 0 && outcome.code == last_.code && outcome.reply.code == last_.reply.code &&
+                    outcome.reply.enhanced == last_.reply.enhanced;
+  if (!same) last_ = outcome;
+  times_ = same ? times_ + 1 : 1;
+  return times_ % limit == 0 ? times_ : 0;
+}
+
+void JobQueue::Begin(Mailing& mailing) {
+  mailing_ = &mailing;
+  no_more_ = false;
+}
+
+JobQueue::Entry* JobQueue::FirstAt(Entry::Stage stage) {
+  for (std::size_t n = 0; n < entries_.size(); ++n) {
+    if (entries_[n].stage == stage) return &entries_[n];
+  }
+  return nullptr;
+}
+
+Job* JobQueue::Next() {
+  if (waiting_ > 0) return FirstAt(Entry::Stage::kWaiting)->job;
+  if (no_more_ || cancel_.Requested() != platform::Stop::kNone) return nullptr;
+  Job* job = mailing_->NextJob();
+  no_more_ = job == nullptr;
+  if (no_more_) return nullptr;
+  Entry& entry = entries_.Push();
+  entry.job = job;
+  entry.stage = Entry::Stage::kWaiting;
+  entry.moved = false;
+  entry.log.clear();
+  ++waiting_;
+  return job;
+}
+
+void JobQueue::Submitted() {
+  FirstAt(Entry::Stage::kWaiting)->stage = Entry::Stage::kSubmitted;
+  --waiting_;
+}
+
+void JobQueue::Move() { FirstAt(Entry::Stage::kWaiting)->moved = true; }
+
+void JobQueue::Fail(const Outcome& outcome) {
+  --waiting_;
+  Tell(*FirstAt(Entry::Stage::kWaiting), outcome);
+}
+
+void JobQueue::Settle(const Outcome& outcome, bool again) {
+  Entry& entry = *FirstAt(Entry::Stage::kSubmitted);
+  if (!again) return Tell(entry, outcome);
+  if (!entry.moved && cancel_.Requested() == platform::Stop::kNone) {
+    entry.moved = true;
+    entry.stage = Entry::Stage::kWaiting;
+    ++waiting_;
+    entry.job->message->Rewind();
+    return;
+  }
+  Outcome last = outcome;
+  if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
+  Tell(entry, last);
+}
+
+void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
+  entry.stage = Entry::Stage::kSettled;
+  entry.outcome = outcome;
+  while (!entries_.empty() && entries_.front().stage == Entry::Stage::kSettled) {
+    const Entry& first = entries_.front();
+    mailing_->Finished(*first.job, first.outcome);
+    told_ = true;
+    const int times = breaker_.TimeToAsk(first.outcome);
+    if (times != 0 && !no_more_) no_more_ = !mailing_->GoOn(first.outcome, times);
+    entries_.Pop();
+    if (!entries_.empty()) TellLog(entries_.front());
+  }
+}
+
+void JobQueue::TellLog(Entry& entry) {
+  std::string_view lines = entry.log;
+  for (auto end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
+    mailing_->LogLine(lines.substr(0, end));
+    lines.remove_prefix(end + 1);
+  }
+  entry.log.clear();
+}
+
+bool JobQueue::KeepLine(std::size_t place, std::string_view line) {
+  std::size_t n = 0;
+  while (n < entries_.size() && (entries_[n].stage != Entry::Stage::kSubmitted || place-- > 0)) ++n;
+  if (n == 0 || n == entries_.size()) return false;
+  entries_[n].log.append(line).push_back('\n');
+  return true;
+}
+
+void JobQueue::CatchUp() {
+  if (std::exchange(told_, false)) mailing_->CaughtUp();
+}
+
+}  // namespace quillcast::smtp

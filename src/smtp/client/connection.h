@@ -1,0 +1,81 @@
+// One connection of the client: a session and the stream under it, and the loop that moves bytes between them.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "net/stream.h"
+#include "smtp/client/client.h"
+#include "smtp/client/client_jobs.h"
+#include "smtp/client/client_session.h"
+
+namespace quillcast::smtp {
+
+// What the connections of one client share.
+struct Surroundings {
+  const ClientOptions& options;
+  const platform::Clock& clock;
+  const platform::CancelToken& cancel;
+  SendWindow& window;
+  JobQueue& jobs;
+  std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
+  Mailing* mailing = nullptr;
+};
+
+class Connection {
+ public:
+  Connection(const Surroundings& around, net::Stream stream, std::string host, bool encrypted);
+
+  // Greets and signs in. kSuccess, or why not; the connection is then closed.
+  Outcome Open();
+  // Whether a message should be submitted now, if there is one.
+  bool WantsMessage() { return session_.WantsMessage(); }
+  void Submit(Job& job);
+  // Messages that nothing was sent of yet get this outcome.
+  void Withdraw(const Outcome& why);
+  // Writes what can be written, then waits for replies once and takes them.
+  void Advance();
+  // Says QUIT and waits for the reply `longest` at most.
+  Outcome Quit(std::chrono::seconds longest);
+
+  // Whether the server has closed it, or said anything, while there was nothing to say; then it is of no more use.
+  bool ClosedMeanwhile();
+  bool closed() const { return session_.closed(); }
+  // Whether it has served all the messages that it can, and another connection may serve more.
+  bool used_up() const { return session_.UsedUp() && session_.Idle(); }
+  bool idle() const { return session_.Idle(); }
+
+ private:
+  net::Patience HandshakePatience() const;
+  bool WriteAll();
+  void WaitAndRead(bool blocked);
+  Result<std::optional<std::size_t>> ReadOrShow(bool blocked, platform::Instant began);
+  void ReadAll();
+  bool Take(const Result<std::optional<std::size_t>>& count);
+  void TakeEvents();
+  void TellLine(std::size_t place, std::string_view line);
+  void StartTls();
+  void TellProgress();
+  void GiveUp(const Error& error);
+
+  const Surroundings& around_;
+  net::Stream stream_;
+  std::string host_;
+  ClientSession session_;
+  platform::Stop gives_up_at_ = platform::Stop::kStop;  // until it is open; then kAbandon
+  std::chrono::seconds longest_step_;
+  std::uint64_t step_;  // the one that `deadline_` belongs to
+  net::Deadline deadline_ = net::Deadline::Never();
+  platform::Instant shown_;  // when the conversation was shown last
+  bool ready_ = false;
+  std::optional<Outcome> ended_;
+  std::uint64_t told_ = 0;  // octets of the message under way
+  std::array<char, std::size_t{16} * 1024> buffer_;
+};
+
+// The outcome that an error of net/ comes to in the middle of a session.
+Outcome OutcomeOf(const Error& error);
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,46 @@
+// One exchange of signing in as SMTP frames it (RFC 4954): a mechanism's messages in base 64, one a line.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "smtp/sasl/sasl.h"
+#include "smtp/secret_traces.h"
+
+namespace quillcast::smtp {
+
+// A line for the wire, without its end, and what the log shows in its place.
+struct SecretLine {
+  Secret text;
+  std::string shown;
+};
+
+class SaslExchange {
+ public:
+  // `traces`, which must outlive the exchange, learns what both sides say.
+  SaslExchange(std::unique_ptr<SaslMechanism> mechanism, SecretTraces& traces)
+      : mechanism_(std::move(mechanism)), traces_(traces) {}
+
+  // The AUTH command, with the mechanism's first message where it has one that fits into a command.
+  SecretLine Begin();
+  // The response to the text of a 334. Fails where the challenge makes no sense; the exchange is then to be cancelled.
+  Result<SecretLine> Answer(std::string_view challenge);
+  // The server has said 235. Fails where it still owes a proof of its own.
+  Result<void> Finish() { return mechanism_->Finish(); }
+
+ private:
+  std::unique_ptr<SaslMechanism> mechanism_;
+  SecretTraces& traces_;
+  std::optional<Secret> initial_;
+  bool challenged_ = false;
+};
+
+// Cancels an exchange (RFC 4954 4).
+inline SecretLine CancelSaslExchange() { return {Secret("*"), "*"}; }
+
+// What a 4xx or 5xx to AUTH says, in a sentence for people.
+const char* AuthRefusal(int code);
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,209 @@
+// The account: what is stored, which checks refuse it, what it contributes to a connection and a message.
+#include "account/account_settings.h"
+
+#include <gtest/gtest.h>
+
+#include "account/account_checks.h"
+#include "message/message_options.h"
+#include "smtp/send_status.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::account {
+namespace {
+
+using enum AccountKey;
+
+AccountSettings Good() {
+  AccountSettings account;
+  account.Set(kName, "Ada");
+  account.Set(kEmail, "ada@example.org");
+  account.Set(kServer, "mail.example.org");
+  return account;
+}
+
+TEST(Account, StartsFromItsDefaultsAndComesBackAsSaved) {
+  const test::TemporaryFolder folder;
+  profile::SettingsStore store(folder / "settings.db");
+  auto loaded = AccountSettings::Load(store);
+  ASSERT_TRUE(loaded);
+  std::string values;
+  for (const auto& row : AccountKeyRows()) values += (*loaded)[row.key] + "|";
+  EXPECT_EQ(values,
+            "|||25|0|||AUTH LOGIN|0|0|0|1|Personal|Email Address|Group|Quiksoft SMTP Express Service||None|"
+            "Quoted Printable|Base 64|Western European (Windows)|0|76|1|0|Do not send command to server|"
+            "Do not send command to server|Automatic|");
+  AccountSettings account = Good();
+  account.Set(kPassword, "p'\"\\ \xC3\xA9\t");
+  ASSERT_TRUE(account.Save(store));
+  loaded = AccountSettings::Load(store);
+  for (const auto& row : AccountKeyRows()) EXPECT_EQ((*loaded)[row.key], account[row.key]) << row.name;
+}
+
+TEST(Account, TheFirstCheckThatFailsIsTold) {
+  struct Case {
+    std::vector<std::pair<AccountKey, const char*>> set;
+    const char* message;
+    const char* control;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{{kName, ""}, {kEmail, ""}}, "Please enter your name.", "FullNameTextBox"},
+           {{{kEmail, "ada"}, {kServer, ""}}, "", "EmailTextBox"},
+           {{{kServer, ""}, {kPort, ""}}, "Please enter your mail server.", "ServerTextBox"},
+           {{{kPort, ""}}, "Please enter your port.", "PortTextBox"},
+           {{{kPort, "x"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, "0"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, "65536"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, " 25"}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kPort, "x"}, {kAuth, "1"}, {kWrap, ""}}, "Please enter a valid port.", "PortTextBox"},
+           {{{kAuth, "1"}}, "You must enter the username.", "UsernameTextBox"},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kTimeout, ""}}, "You must enter the password.", "PasswordTextBox"},
+           {{{kServer, " ; "}}, "Please enter your mail server.", "ServerTextBox"},
+           {{{kServer, "a.example;b.example:x"}}, "", "ServerTextBox"},
+           {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+           {{{kTimeout, ""}}, "Please enter your timeout.", "TimeoutTextBox"},
+           {{{kTimeout, "11"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
+           {{{kTimeout, "0"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
+           {{{kMethod, "Bulk"}, {kBccField, ""}}, "You must enter the BCC Field.", "BCCFieldTextBox"},
+           {{{kMethod, "Third"}, {kWrap, ""}}, "You must enter the queue directory.", "ThirdCommandButton"},
+           {{{kEncoding, "Base 64"}, {kWrap, ""}}, "Please enter your wrap characters.", "WrapTextBox"},
+           {{{kWrap, "31"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+           {{{kWrap, "129"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+       }) {
+    AccountSettings account = Good();
+    for (const auto& [key, value] : c.set) account.Set(key, value);
+    const auto complaint = CheckAccount(account);
+    ASSERT_TRUE(complaint) << c.message << c.control;
+    EXPECT_EQ(complaint->message, c.message);
+    EXPECT_EQ(complaint->control, c.control);
+  }
+  for (const auto& [key, value] : std::initializer_list<std::pair<AccountKey, const char*>>{
+           {kPort, "1"}, {kPort, "65535"}, {kTimeout, "10"}, {kWrap, "32"}, {kWrap, "128"}, {kBccField, ""}}) {
+    AccountSettings account = Good();
+    account.Set(key, value);
+    EXPECT_FALSE(CheckAccount(account)) << value;
+  }
+}
+
+TEST(Account, GivesTheConnection) {
+  AccountSettings account = Good();
+  account.Set(kServer, " a.example ; ;b.example:2525;[::1]:26;fe80::1; 10.0.0.1 : 27");
+  account.Set(kPort, "587");
+  account.Set(kTimeout, "10");
+  account.Set(kSecurity, "TLS");
+  const auto options = message::ClientOptionsOf(account);
+  ASSERT_TRUE(options);
+  std::vector<std::string> servers;
+  for (const auto& server : options->servers) servers.push_back(server.host + " " + std::to_string(server.port));
+  EXPECT_EQ(servers,
+            (std::vector<std::string>{"a.example 587", "b.example 2525", "::1 26", "fe80::1 587", "10.0.0.1 27"}));
+  EXPECT_EQ(options->timeout, std::chrono::seconds(600));
+  EXPECT_EQ(options->security, smtp::Security::kTls);
+
+  account.Set(kAuthMode, "DIGEST MD5");
+  for (const char* signs_in : {"0", "1"}) {
+    account.Set(kAuth, signs_in);
+    EXPECT_EQ(static_cast<bool>(message::ClientOptionsOf(account)), signs_in[0] == '0')
+        << "a way that nobody goes stops nothing";
+  }
+  account.Set(kAuthMode, "NTLM");
+  EXPECT_EQ(message::ClientOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
+
+  for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
+    account.Set(kServer, bad);
+    EXPECT_FALSE(message::ClientOptionsOf(account)) << bad;
+  }
+}
+
+TEST(Account, GivesTheMessage) {
+  AccountSettings account = Good();
+  account.Set(kToField, "First Name");
+  account.Set(kDsnNotify, "Notify me if message is delayed");
+  account.Set(kDsnReturn, "Return the full message");
+  account.Set(kHeaderEncoding, "Base 64");
+  account.Set(kEmail, "Ada <ada@example.org>");
+  const auto options = message::MessageOptionsOf(account, "MIME");
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->sender_address, "ada@example.org");
+  EXPECT_EQ(options->name_field, 2U);
+  EXPECT_EQ(options->notify, smtp::DsnNotify::kDelay);
+  EXPECT_EQ(options->dsn_return, smtp::DsnReturn::kFull);
+  EXPECT_EQ(options->header_encoding, mime::HeaderEncoding::kB);
+  for (const char* email : {"", "ada", "ada@"}) {
+    AccountSettings nobody = account;
+    nobody.Set(kEmail, email);
+    const auto refused = message::MessageOptionsOf(nobody, "MIME");
+    ASSERT_FALSE(refused) << email;
+    EXPECT_EQ(refused.error().failure, Failure::kNotConfigured);
+    EXPECT_TRUE(refused.error().what.starts_with("The account")) << refused.error().what;
+  }
+  for (const AccountKey key : {kToField, kEncoding, kAttachmentEncoding, kHeaderEncoding, kDsnNotify}) {
+    AccountSettings wrong = account;
+    wrong.Set(key, "Shoe Size");
+    EXPECT_FALSE(message::MessageOptionsOf(wrong, "MIME"));
+  }
+}
+
+TEST(Account, ReadsWhatTheDialogWouldNotHaveStored) {
+  struct Case {
+    AccountKey key;
+    const char* value;
+    std::size_t wrap;
+    bool own_prefix;
+  };
+  for (const auto& [key, value, wrap, own_prefix] : std::initializer_list<Case>{
+           {kWrap, "60", 60, false},
+           {kWrap, "129", 76, false},
+           {kAutoWrap, "0", 0, false},
+           {kAutoWrap, "yes", 0, false},
+           {kEncoding, "Base 64", 0, false},
+           {kEncoding, "Quoted Printable", 0, false},
+           {kBoundary, "1", 76, true},
+           {kBoundary, " 01 ", 76, true},
+           {kBoundary, "2", 76, false},
+           {kBoundary, "-1", 76, false},
+           {kBoundary, "yes", 76, false},
+           {kBoundary, "", 76, false},
+       }) {
+    AccountSettings account = Good();
+    account.Set(kEncoding, "None");
+    account.Set(kAutoWrap, "1");
+    account.Set(key, value);
+    const auto options = message::MessageOptionsOf(account, "MIME");
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->wrap, wrap) << value;
+    EXPECT_EQ(options->own_boundary_prefix, own_prefix) << value;
+  }
+  for (const auto& [format, is_bare] : std::initializer_list<std::pair<const char*, bool>>{
+           {"Plain", true}, {"MIME", false}, {"plain", false}, {"", false}, {"other", false}}) {
+    EXPECT_EQ(message::MessageOptionsOf(Good(), format)->is_bare, is_bare) << format;
+  }
+}
+
+TEST(SendStatus, GivesTheTextsToTheLetter) {
+  for (const auto& [code, text] : std::initializer_list<std::pair<int, const char*>>{
+           {0, "Error 0: Unknown Error."},
+           {1, "Error 1: An exception has occurred."},
+           {2, "Error 2: Unknown Error."},
+           {6, "Error 6: There was an error terminating the conversation with the SMTP mail server."},
+           {8,
+            "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to handle "
+            "mail for unknown recipients."},
+           {11,
+            "Error 11: There was an error reading a file. If you have specified file attachments, ensure that they "
+            "exist and the you have access to them."},
+           {12, "Error 12: Unknown Error."},
+           {23, "Error 23: Unknown Error."},
+           {27, "Error 27: Socket Timeout Error."},
+           {28, "Error 28: Unknown Error."},
+           {-5, "Error -5: Unknown Error."}}) {
+    EXPECT_EQ(smtp::ResultText(code), text);
+    EXPECT_EQ(smtp::WriteSendStatus(code), std::string("There was an error sending your message.\r\n") + text);
+    EXPECT_EQ(smtp::TestResultText(code), code == 6 ? "Error 6: Unknown Error." : text);
+  }
+  EXPECT_EQ(smtp::BodyImportText(1), "Error 1: Failure opening file.");
+  EXPECT_EQ(smtp::BodyImportText(101), "Error 101: Exception was thrown during parsing.");
+  EXPECT_EQ(smtp::BodyImportText(4), "");
+}
+
+}  // namespace
+}  // namespace quillcast::account

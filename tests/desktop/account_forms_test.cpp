@@ -1,0 +1,318 @@
+// The dialogs of the account, the threading modes and the history.
+#include <QAccessible>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
+#include <memory>
+
+#include "desktop/account/email_manager_form.h"
+#include "desktop/account/thread_form.h"
+#include "desktop/form_rig.h"
+#include "desktop/run/history_manager_form.h"
+#include "platform/file.h"
+
+namespace quillcast::desktop {
+
+class AccountFormsTest : public QObject {
+  Q_OBJECT
+
+  static void Type(QDialog& form, const char* name, const QString& text) {
+    auto* box = form.findChild<QLineEdit*>(name);
+    box->selectAll();
+    QTest::keyClick(box, Qt::Key_Delete);
+    QTest::keyClicks(box, text);
+  }
+  static void Press(QDialog& form, const char* name) {
+    QTest::mouseClick(form.findChild<QPushButton*>(name), Qt::LeftButton);
+  }
+  static QString Text(QDialog& form, const char* name) {
+    if (auto* box = form.findChild<QComboBox*>(name)) return box->currentText();
+    if (auto* box = form.findChild<QCheckBox*>(name)) return box->isChecked() ? "1" : "0";
+    if (auto* label = form.findChild<QLabel*>(name)) return label->text();
+    return form.findChild<QLineEdit*>(name)->text();
+  }
+  static void FillIn(QDialog& form) {
+    Type(form, "FullNameTextBox", "Ada");
+    Type(form, "EmailTextBox", "ada@example.org");
+    Type(form, "ServerTextBox", "mail.example.org");
+  }
+
+ private slots:
+  void aFreshInstallationShowsTheDefaults() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    for (const auto& [control, text] :
+         std::vector<std::pair<const char*, const char*>>{{"PortTextBox", "25"},
+                                                          {"TimeoutTextBox", "1"},
+                                                          {"TimeoutUnitLabel", "Minute"},
+                                                          {"ToFieldComboBox", "Email Address"},
+                                                          {"BCCFieldTextBox", "Group"},
+                                                          {"HeaderEncodingComboBox", "None"},
+                                                          {"ContentEncodingComboBox", "Quoted Printable"},
+                                                          {"AttachmentEncodingComboBox", "Base 64"},
+                                                          {"CharSetComboBox", "Western European (Windows)"},
+                                                          {"WrapTextBox", "76"},
+                                                          {"TextPartCheckBox", "1"},
+                                                          {"NotifyComboBox", "Do not send command to server"},
+                                                          {"SecurityComboBox", "Automatic"}}) {
+      QCOMPARE(Text(form, control), QString(text));
+    }
+    QVERIFY(form.findChild<QRadioButton*>("PersonalRadioButton")->isChecked());
+    for (const char* off : {"UsernameTextBox", "PasswordTextBox", "AuthModeComboBox", "PipelineCheckBox",
+                            "NoAuthCheckBox", "BCCFieldTextBox", "ThirdFieldComboBox", "ThirdPathTextBox",
+                            "ThirdCommandButton", "AutoWrapCheckBox", "WrapTextBox"}) {
+      QVERIFY2(!form.findChild<QWidget*>(off)->isEnabled(), off);
+    }
+  }
+
+  void checksWarnTurnThePageAndFocus_data() {
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("warning");
+    QTest::addColumn<QString>("focus");
+    QTest::addColumn<QString>("page");
+    const auto row = [](const char* control, const char* value, const char* warning, const char* focus,
+                        const char* page = "General") {
+      QTest::addRow("%s=%s", control, value) << control << value << warning << focus << page;
+    };
+    row("FullNameTextBox", "", "warn: Please enter your name.", "FullNameTextBox");
+    row("EmailTextBox", "ada", "", "EmailTextBox");
+    row("ServerTextBox", "", "warn: Please enter your mail server.", "ServerTextBox");
+    row("ServerTextBox", " ; ;", "warn: Please enter your mail server.", "ServerTextBox");
+    row("ServerTextBox", "mail.example.org; mx.example.org:99999", "", "ServerTextBox");
+    row("PortTextBox", "", "warn: Please enter your port.", "PortTextBox");
+    row("PortTextBox", "65536", "warn: Please enter a valid port.", "PortTextBox");
+    row("AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox");
+    row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
+    row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
+  }
+  void checksWarnTurnThePageAndFocus() {
+    QFETCH(QString, control);
+    QFETCH(QString, value);
+    QFETCH(QString, warning);
+    QFETCH(QString, focus);
+    QFETCH(QString, page);
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    FillIn(form);
+    if (auto* button = form.findChild<QAbstractButton*>(control)) {
+      button->setChecked(true);
+    } else {
+      Type(form, control.toLatin1(), value);
+    }
+    Press(form, "OKButton");
+    QCOMPARE(rig.Shown(), warning);
+    QVERIFY(form.isVisible());
+    QCOMPARE(form.focusWidget()->objectName(), focus);
+    auto* tabs = form.findChild<QTabWidget*>("AccountTabs");
+    QCOMPARE(tabs->tabText(tabs->currentIndex()), page);
+    QCOMPARE(rig.settings.Read("Account", "Name", "never")->c_str(), "never");
+  }
+
+  void okSavesAndTellsTheMainWindow() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    account::SenderTexts told;
+    form.changed = [&](const account::SenderTexts& texts) { told = texts; };
+    FillIn(form);
+    Type(form, "PortTextBox", "5a8x7");  // letters do not arrive
+    Type(form, "TimeoutTextBox", "10");
+    QCOMPARE(Text(form, "TimeoutUnitLabel"), QString("Minutes"));
+    QTest::mouseClick(form.findChild<QCheckBox*>("AuthCheckBox"), Qt::LeftButton, {}, QPoint(8, 8));
+    Type(form, "UsernameTextBox", "ada");
+    Type(form, "PasswordTextBox", "secret");
+    Press(form, "OKButton");
+    QVERIFY(!form.isVisible());
+    const auto account = account::AccountSettings::Load(rig.settings);
+    QCOMPARE((*account)[account::AccountKey::kPort].c_str(), "587");
+    QCOMPARE((*account)[account::AccountKey::kPassword].c_str(), "secret");
+    QCOMPARE((*account)[account::AccountKey::kAuth].c_str(), "1");
+    QCOMPARE(told.from.c_str(), "Ada <ada@example.org>");
+    QCOMPARE(told.method.c_str(), "Personal Sending");
+  }
+
+  void rulesFollowTheControls() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+    Type(form, "UsernameTextBox", "ada");
+    form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(false);
+    QCOMPARE(Text(form, "UsernameTextBox"), QString());
+    form.findChild<QComboBox*>("ContentEncodingComboBox")->setCurrentText("None");
+    QVERIFY(form.findChild<QWidget*>("AutoWrapCheckBox")->isEnabled());
+    form.findChild<QCheckBox*>("AutoWrapCheckBox")->setChecked(true);
+    QVERIFY(form.findChild<QWidget*>("WrapTextBox")->isEnabled());
+    auto* arrows = form.findChild<QWidget*>("WrapUpDown");
+    QVERIFY(arrows->isEnabled());
+    for (const auto& [typed, key, counted] : {std::tuple("60", Qt::Key_Up, "61"),
+                                              {"32", Qt::Key_Down, "32"},
+                                              {"128", Qt::Key_Up, "128"},
+                                              {"", Qt::Key_Up, "32"}}) {
+      Type(form, "WrapTextBox", typed);
+      QTest::keyClick(form.findChild<QLineEdit*>("WrapTextBox"), key);
+      QCOMPARE(Text(form, "WrapTextBox"), QString(counted));
+    }
+    QTest::mouseClick(arrows->findChild<QToolButton*>(), Qt::LeftButton);
+    QCOMPARE(Text(form, "WrapTextBox"), QString("33"));
+    form.findChild<QComboBox*>("ContentEncodingComboBox")->setCurrentText("Base 64");
+    QCOMPARE(Text(form, "AutoWrapCheckBox") + Text(form, "WrapTextBox"), QString("076"));
+    QVERIFY(!arrows->isEnabled());
+    form.findChild<QRadioButton*>("ThirdRadioButton")->setChecked(true);
+    rig.prompts.files = {"/var/queue"};
+    form.findChild<QPushButton*>("ThirdCommandButton")->click();
+    QCOMPARE(Text(form, "ThirdPathTextBox"), QString("/var/queue/"));
+    QCOMPARE(rig.Shown(), QString("folder: Please select the destination folder."));
+  }
+
+  void handEditedValuesDoNotBreakIt() {
+    test::FormRig rig;
+    for (const auto& [key, value] : std::vector<std::pair<const char*, const char*>>{
+             {"Method", "Pigeon"}, {"Auth", "yes"}, {"CharSet", "Martian"}, {"Encoding", "Zip"}, {"Port", "x"}}) {
+      QVERIFY(rig.settings.Write("Account", key, value));
+    }
+    EmailManagerForm form(rig.program, nullptr);
+    QVERIFY(form.findChild<QRadioButton*>("PersonalRadioButton")->isChecked());
+    QCOMPARE(Text(form, "CharSetComboBox"), QString("Martian"));
+    QCOMPARE(Text(form, "ContentEncodingComboBox"), QString("None"));
+  }
+
+  void presetsAreOfferedNeverForced() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    FillIn(form);
+    QVERIFY(!form.findChild<QWidget*>("PresetBar")->isVisible());
+    Type(form, "EmailTextBox", "ada@gmail.com");
+    QVERIFY(form.findChild<QWidget*>("PresetBar")->isVisible());
+    QCOMPARE(Text(form, "ServerTextBox"), QString("mail.example.org"));
+    Press(form, "PresetButton");
+    QCOMPARE(Text(form, "ServerTextBox") + Text(form, "PortTextBox") + Text(form, "SecurityComboBox") +
+                 Text(form, "UsernameTextBox"),
+             QString("smtp.gmail.com587STARTTLSada@gmail.com"));
+    QVERIFY(!form.findChild<QWidget*>("PresetBar")->isVisible());
+  }
+
+  void aTestTellsWhatItFound() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    FillIn(form);
+    Type(form, "ServerTextBox", "127.0.0.1");
+    Type(form, "PortTextBox", "9");  // nobody listens there
+    Press(form, "TestButton");
+    QTRY_VERIFY(!rig.prompts.shown.empty());
+    QCOMPARE(rig.Shown(), QString("warn: Error 9: There was an error connecting to the SMTP mail server."));
+    QVERIFY(form.findChild<QPushButton*>("OKButton")->isEnabled());
+    Type(form, "ServerTextBox", "127.0.0.1:x");
+    Press(form, "TestButton");
+    QTRY_VERIFY(!rig.prompts.shown.empty());
+    QVERIFY(Text(form, "StatusLine").contains("\"127.0.0.1:x\" in the server list"));
+  }
+
+  void resetAsksFirst() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    Press(form, "ResetButton");
+    QVERIFY(form.isVisible());
+    QCOMPARE(rig.Shown(),
+             QString("ask: You are just about to wipe out all your SMTP settings./Are you sure you want to proceed?"));
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press(form, "ResetButton");
+    QVERIFY(!form.isVisible());
+    QCOMPARE(rig.settings.Read("Account", "Name", "gone")->c_str(), "gone");
+  }
+
+  void threadModesAreKept() {
+    test::FormRig rig;
+    {
+      ThreadForm form(rig.settings, nullptr);
+      QVERIFY(form.findChild<QRadioButton*>("SMTPSecondRadioButton")->isChecked());
+      form.findChild<QRadioButton*>("SMTPNoRadioButton")->setChecked(true);
+      form.findChild<QRadioButton*>("IMAP4SingleRadioButton")->setChecked(true);
+      form.accept();
+    }
+    QCOMPARE(rig.settings.Read("SMTP-Thread", "Mode", "")->c_str(), "No");
+    QCOMPARE(rig.settings.Read("POP3-Thread", "Mode", "")->c_str(), "Second");
+    QCOMPARE(rig.settings.Read("IMAP4-Thread", "Mode", "")->c_str(), "Single");
+    ThreadForm again(rig.settings, nullptr);
+    QVERIFY(again.findChild<QLabel*>("NoteLabel")->text().contains("no effect yet"));
+    QVERIFY(again.findChild<QRadioButton*>("SMTPNoRadioButton")->isChecked());
+  }
+
+  void historyListsOpensAndClears() {
+    test::FormRig rig;
+    const auto history = rig.folders.History();
+    for (const char* file : {"07-03-2026_09-05-07_Hello.txt", "07-03-2026_09-05-07_Hello.eml",
+                             "01-02-2027_10-00-00_News.txt", "odd.txt"}) {
+      QVERIFY(platform::ReplaceFile(history / file, "x"));
+    }
+    HistoryManagerForm form(rig.program, nullptr);
+    form.show();
+    auto* grid = form.findChild<QListWidget*>("HistoryGrid");
+    QCOMPARE(grid->count(), 3);
+    QVERIFY(!form.findChild<QPushButton*>("OpenLogButton")->isEnabled());
+    form.findChild<QComboBox*>("OrderComboBox")->setCurrentText("Newest first");
+    QCOMPARE(grid->item(0)->text(), QString("Date = 01-02-2027  -  Time = 10-00-00 - Subject = News"));
+    QVERIFY(grid->item(0)->background().color() != grid->item(1)->background().color());
+    grid->setCurrentRow(0);
+    Press(form, "OpenMessageButton");
+    QCOMPARE(rig.Shown(), QString("warn: Original Message is not available."));
+    Press(form, "OpenLogButton");
+    QCOMPARE(rig.desktop.opened, std::vector<std::string>{"01-02-2027_10-00-00_News.txt"});
+    Type(form, "FilterTextBox", "hello");
+    QCOMPARE(grid->count(), 1);
+    Press(form, "ClearHistoryButton");
+    QCOMPARE(rig.Shown(), QString("ask: Are you sure you want to delete your history?"));
+    QVERIFY(form.isVisible());
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press(form, "ClearHistoryButton");
+    QVERIFY(!form.isVisible());
+    QVERIFY(std::filesystem::is_empty(history));
+    QCOMPARE(form.cleared(), QString("4 files were deleted."));
+  }
+
+  void theOnlyRunIsReachedByKeyboard() {
+    test::FormRig rig;
+    QVERIFY(platform::ReplaceFile(rig.folders.History() / "07-03-2026_09-05-07_Hello.txt", "x"));
+    HistoryManagerForm form(rig.program, nullptr);
+    form.show();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    auto* grid = form.findChild<QListWidget*>("HistoryGrid");
+    QTest::keyClick(grid, Qt::Key_Down);
+    QVERIFY(form.findChild<QPushButton*>("OpenLogButton")->isEnabled());
+    QTest::keyClick(grid, Qt::Key_Return);
+    QCOMPARE(rig.desktop.opened, std::vector<std::string>{"07-03-2026_09-05-07_Hello.txt"});
+  }
+
+  void everyBoxHasANameForScreenReaders() {
+    test::FormRig rig;
+    EmailManagerForm account(rig.program, nullptr);
+    HistoryManagerForm history(rig.program, nullptr);
+    for (QDialog* form : {static_cast<QDialog*>(&account), static_cast<QDialog*>(&history)}) {
+      for (QWidget* box : form->findChildren<QWidget*>()) {
+        if (box->objectName().isEmpty() || box->objectName().startsWith("qt_") || box->focusPolicy() == Qt::NoFocus ||
+            qobject_cast<QTabWidget*>(box) != nullptr) {
+          continue;
+        }
+        const auto* seen = QAccessible::queryAccessibleInterface(box);
+        QVERIFY2(seen != nullptr && !seen->text(QAccessible::Name).isEmpty(), qPrintable(box->objectName()));
+      }
+    }
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::AccountFormsTest)
+#include "account_forms_test.moc"

@@ -1,0 +1,685 @@
+#include <sys/stat.h>
+
+#include <QClipboard>
+#include <QDir>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QMenu>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWebEnginePage>
+#include <QWebEngineView>
+#include <csignal>
+
+#include "desktop/document/editor_document.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/widgets/qt_text.h"
+#include "platform/file.h"
+#include "support/scripted_prompts.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr const char* kLetter =
+    "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01//EN\">\r\n<!-- <body> by hand -->\r\n<HTML><HEAD><TITLE>T</TITLE>"
+    "<script>'<body>'</script></HEAD>\r\n<BODY bgColor=#ffeedd>\r\n<P><A HREF=\"$*MergeWebSite*$\">one</A>\r\n<P>two"
+    "</BODY>\r\n</HTML>\r\n";
+
+}  // namespace
+
+static profile::Folders FoldersIn(const test::TemporaryFolder& folder) {
+  profile::Folders folders;
+  folders.data = folder.path();
+  return folders;
+}
+
+class EditorTest : public QObject {
+  Q_OBJECT
+  HtmlEditor* editor_ = nullptr;
+
+  // The toolkit's own keyClicks stops the program on a letter outside ASCII.
+  void Type(const QString& text) {
+    for (const QChar c : text) {
+      const auto key = c.unicode() < 128 ? QTest::asciiToKey(c.toLatin1()) : Qt::Key_unknown;
+      for (const auto kind : {QTest::Press, QTest::Release}) {
+        QTest::sendKeyEvent(kind, editor_->InputWidget(), key, QString(c), Qt::NoModifier);
+      }
+    }
+  }
+  QString Body() const { return editor_->Evaluate("document.body.innerHTML").toString(); }
+  void Load(const QString& inner, const QUrl& base = {}) {
+    QVERIFY(editor_->SetHtml("<!DOCTYPE html><html><head></head><body>" + inner + "</body></html>", base));
+    editor_->InputWidget()->setFocus();
+  }
+  void KeepPicturesIn(const QString& folder) {
+    editor_->SetPictureFolder(folder);
+    document::PicturePlaces places;
+    places.AllowFolder(folder.toStdString());
+    editor_->SetPicturePlaces(places);
+  }
+  void Drop(const QMimeData& data) {
+    auto* view = editor_->findChild<QWebEngineView*>();
+    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &enter);
+    QDragMoveEvent move(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &move);
+    QTest::qWait(100);  // the page hears of it by its own way
+    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &drop);
+  }
+  void SelectSecondWord() {
+    Load("<p>one two three</p>");
+    editor_->Evaluate("(t=>getSelection().setBaseAndExtent(t,4,t,7))(document.body.firstChild.firstChild)");
+  }
+
+ private slots:
+  void initTestCase() {
+    editor_ = new HtmlEditor;
+    editor_->resize(800, 600);
+    QVERIFY(editor_->SetHtml(""));
+    editor_->show();
+    QVERIFY(QTest::qWaitForWindowActive(editor_));
+  }
+  void cleanupTestCase() { delete editor_; }
+
+  void whatIsRoundTheBodyStays() {
+    const QString source = kLetter;
+    QVERIFY(editor_->SetHtml(source));
+    QCOMPARE(editor_->Html(), source);
+    QVERIFY(!editor_->IsModified());
+    editor_->InputWidget()->setFocus();
+    editor_->Evaluate("getSelection().collapse(document.body.lastElementChild,0)");
+    Type("X");
+    QTRY_VERIFY(editor_->IsModified());
+    const auto at = source.indexOf("<BODY");
+    QVERIFY(editor_->Html().startsWith(source.left(at) + "<body bgcolor=\"#ffeedd\">"));
+    QVERIFY(editor_->Html().contains("href=\"$*MergeWebSite*$\""));
+    QVERIFY(editor_->Html().contains("Xtwo") && editor_->Html().endsWith("</BODY>\r\n</HTML>\r\n"));
+  }
+
+  void typingIsSeenAndSnapshotsFollow() {
+    Load("");
+    QSignalSpy modified(editor_, &HtmlEditor::ModifiedChanged);
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    Type("Dear friend\r");
+    QTRY_COMPARE(Body(), QString("Dear friend<p><br></p>"));
+    QVERIFY(editor_->Execute("bold"));
+    Type(QString::fromUtf8("äß<&>"));
+    QTRY_COMPARE(Body(), QString::fromUtf8("Dear friend<p><b>äß&lt;&amp;&gt;</b></p>"));
+    QVERIFY(editor_->State().bold);
+    QCOMPARE(modified.size(), 1);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QVERIFY(snapshots.last().first().toString().contains("&lt;&amp;&gt;"));
+  }
+
+  void eachCommandIsUndoneInOneStep_data() {
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char* name, EditorCommand command, const char* expected) {
+      QTest::newRow(name) << static_cast<int>(command) << QString(expected);
+    };
+    row("bold", EditorCommand::kBold, "<p>one <b>two</b> three</p>");
+    row("italic", EditorCommand::kItalic, "<p>one <i>two</i> three</p>");
+    row("underline", EditorCommand::kUnderline, "<p>one <u>two</u> three</p>");
+    row("delete", EditorCommand::kDelete, "<p>one&nbsp; three</p>");
+    row("centre", EditorCommand::kAlignCentre, "<p style=\"text-align: center;\">one two three</p>");
+    row("right", EditorCommand::kAlignRight, "<p style=\"text-align: right;\">one two three</p>");
+    row("indent", EditorCommand::kIndent,
+        "<blockquote style=\"margin: 0 0 0 40px; border: none; padding: 0px;\"><p>one two three</p></blockquote>");
+  }
+  void eachCommandIsUndoneInOneStep() {
+    QFETCH(int, code);
+    QFETCH(QString, expected);
+    SelectSecondWord();
+    editor_->Run(static_cast<EditorCommand>(code));
+    QCOMPARE(Body(), expected);
+    editor_->Run(EditorCommand::kUndo);
+    QCOMPARE(Body(), QString("<p>one two three</p>"));
+    editor_->Run(EditorCommand::kRedo);
+    QCOMPARE(Body(), expected);
+  }
+
+  void listsAreSavedOutsideTheirParagraph() {
+    SelectSecondWord();
+    editor_->Run(EditorCommand::kNumberedList);
+    QVERIFY2(editor_->Html().contains("<body><ol><li>one two three</li></ol></body>"), qPrintable(editor_->Html()));
+    QVERIFY(editor_->State().numbers);
+    editor_->Run(EditorCommand::kUndo);
+    QVERIFY(editor_->Html().contains("<body><p>one two three</p></body>"));
+  }
+
+  void tablesAreChangedInOneStep_data() {
+    QTest::addColumn<QString>("before");  // rows by "/", cells by letters; before one, "2" and "W" for
+                                          // two and three wide, "^" and "3" for two and three high
+    QTest::addColumn<QString>("caret");
+    QTest::addColumn<int>("edit");
+    QTest::addColumn<QString>("after");  // "." for a new cell
+    const auto row = [](const char* name, const char* before, const char* caret, TableEdit edit, const char* after) {
+      QTest::newRow(name) << before << caret << static_cast<int>(edit) << after;
+    };
+    row("row above", "ab/cd", "c", TableEdit::kRowAbove, "ab/../cd");
+    row("row above all", "ab/cd", "b", TableEdit::kRowAbove, "../ab/cd");
+    row("row below", "ab/cd", "d", TableEdit::kRowBelow, "ab/cd/..");
+    row("row through a high cell", "^ab/c", "c", TableEdit::kRowAbove, "3ab/./c");
+    row("row below a high cell", "^ab/c/de", "a", TableEdit::kRowBelow, "^ab/c/../de");
+    row("row below a cell higher than its table", "3ab/c", "a", TableEdit::kRowBelow, "3ab/c/.");
+    row("row beside a wide cell", "2a/bc", "a", TableEdit::kRowBelow, "2a/../bc");
+    row("column left", "ab/cd", "d", TableEdit::kColumnLeft, "a.b/c.d");
+    row("column right", "ab/cd", "b", TableEdit::kColumnRight, "ab./cd.");
+    row("column through a wide cell", "2a/bc", "c", TableEdit::kColumnLeft, "Wa/b.c");
+    row("column beside a high cell", "^ab/c", "a", TableEdit::kColumnRight, "^a.b/.c");
+    row("row away", "ab/cd", "a", TableEdit::kDeleteRow, "cd");
+    row("row of a high cell away", "^ab/c", "b", TableEdit::kDeleteRow, "ac");
+    row("row below a high cell away", "^ab/c", "c", TableEdit::kDeleteRow, "ab");
+    row("column away", "ab/cd", "a", TableEdit::kDeleteColumn, "b/d");
+    row("column of a wide cell away", "2a/bc", "b", TableEdit::kDeleteColumn, "a/c");
+    row("last row away", "ab", "a", TableEdit::kDeleteRow, "");
+    row("last column away", "a/b", "a", TableEdit::kDeleteColumn, "");
+    row("table away", "ab", "b", TableEdit::kDeleteTable, "");
+  }
+  void tablesAreChangedInOneStep() {
+    QFETCH(QString, before);
+    QFETCH(QString, caret);
+    QFETCH(int, edit);
+    QFETCH(QString, after);
+    const auto html = [](const QString& picture) {
+      if (picture.isEmpty()) return QString();
+      QString rows;
+      for (const QString& line : picture.split('/')) {
+        rows += "<tr>";
+        QString spans;
+        for (const QChar c : line) {
+          if (c == '^') spans = " rowspan=\"2\"";
+          if (c == '2') spans = " colspan=\"2\"";
+          if (c == '3') spans = " rowspan=\"3\"";
+          if (c == 'W') spans = " colspan=\"3\"";
+          if (!c.isLower() && c != '.') continue;
+          rows += QString("<td%1>%2</td>").arg(spans, c == '.' ? QString("&nbsp;") : QString(c));
+          spans.clear();
+        }
+        rows += "</tr>";
+      }
+      return "<table><tbody>" + rows + "</tbody></table>";
+    };
+    Load("<p>x</p>" + html(before) + "<p>y</p>");
+    QVERIFY(!editor_->EditTable(static_cast<TableEdit>(edit)));  // the caret is in the paragraph
+    editor_->Evaluate(QString("getSelection().collapse([...document.querySelectorAll('td')]"
+                              ".find(cell=>cell.textContent=='%1').firstChild,1)")
+                          .arg(caret));
+    QVERIFY(editor_->State().in_table);
+    QVERIFY(editor_->EditTable(static_cast<TableEdit>(edit)));
+    QCOMPARE(Body(), "<p>x</p>" + html(after) + "<p>y</p>");
+    editor_->Run(EditorCommand::kUndo);
+    QCOMPARE(Body(), "<p>x</p>" + html(before) + "<p>y</p>");
+  }
+
+  void theTabKeyGoesFromCellToCellAndMakesRows() {
+    Load("<table><tbody><tr><td>a</td><td>&nbsp;</td></tr></tbody></table>");
+    editor_->Evaluate("getSelection().collapse(document.querySelector('td').firstChild,1)");
+    Type("\tb\tc");
+    QTRY_COMPARE(Body(), QString("<table><tbody><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>&nbsp;</td></tr></tbody>"
+                                 "</table>"));
+    QTest::keyClick(editor_->InputWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    Type("d");
+    QTRY_VERIFY2(Body().contains("<td>a</td><td>d</td>"), qPrintable(Body()));
+  }
+
+  void insertionsReplaceTheSelection() {
+    SelectSecondWord();
+    QVERIFY(editor_->InsertHtml("$*MergeField1*$"));
+    QCOMPARE(Body(), QString("<p>one $*MergeField1*$ three</p>"));
+    SelectSecondWord();
+    QVERIFY(editor_->InsertLink("$*MergeWebSite*$", {}));
+    QCOMPARE(Body(), QString("<p>one <a href=\"$*MergeWebSite*$\">two</a> three</p>"));
+    QCOMPARE(editor_->State().link, QString("$*MergeWebSite*$"));
+    editor_->Run(EditorCommand::kRemoveHyperlink);
+    QCOMPARE(Body(), QString("<p>one two three</p>"));
+    Load("<p>x</p>");
+    QVERIFY(editor_->InsertLink("https://example.org/?a=1&b=\"2\"", "<here>"));
+    QVERIFY2(Body().contains("<a href=\"https://example.org/?a=1&amp;b=&quot;2&quot;\">&lt;here&gt;</a>"),
+             qPrintable(Body()));
+    // With the caret in a link, that link changes: its address alone, or its text too.
+    for (const auto& [text, after] : {std::pair{"", "<p>a <a href=\"https://new.example\"><b>b</b> c</a> d</p>"},
+                                      std::pair{"n", "<p>a&nbsp;<a href=\"https://new.example\">n</a>&nbsp;d</p>"}}) {
+      Load("<p>a <a href=\"https://old.example\"><b>b</b> c</a> d</p>");
+      editor_->Evaluate("getSelection().collapse(document.querySelector('a').lastChild,1)");
+      QCOMPARE(editor_->State().link_text, QString("b c"));
+      QVERIFY(editor_->InsertLink("https://new.example", text));
+      QCOMPARE(Body(), QString(after));
+    }
+    SelectSecondWord();
+    QVERIFY(editor_->InsertLink("https://new.example", "2"));
+    QCOMPARE(Body(), QString("<p>one&nbsp;<a href=\"https://new.example\">2</a>&nbsp;three</p>"));
+  }
+
+  void mergeTagsAreMarkedBesideTheDocument() {
+    const QString source = "<p>Dear $*MergeTitle*$ $*MergeLastName*$, $*MergeNickName*$</p>";
+    QVERIFY(editor_->SetHtml(source));
+    QCOMPARE(editor_->Evaluate("quill.marks().join()").toString(), QString("known,known,unknown"));
+    QCOMPARE(editor_->Html(), source);
+    QVERIFY(!editor_->IsModified());
+    QVERIFY(editor_->InsertHtml("$*MergeCity*$"));
+    QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 4);
+    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
+    editor_->Run(EditorCommand::kSelectAll);
+    editor_->Run(EditorCommand::kDelete);
+    QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 0);
+    QVERIFY(editor_->InsertHtml("<p>x</p>"));
+    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
+  }
+
+  void aPageToLookAtMarksWhatIsNoTagAlone() {
+    HtmlEditor preview;
+    preview.SetReadOnly(true);
+    QVERIFY(preview.SetHtml("<p>Dear $*MergeLastName*$ $*MergeNickName*$</p>"));
+    QCOMPARE(preview.Evaluate("quill.marks().join()").toString(), QString("known,unknown"));
+  }
+
+  void scriptsAndTheNetworkStayOff() {
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QSignalSpy hits(&server, &QTcpServer::newConnection);
+    Load(QString("<p>x</p><img src='%1a.png' onerror='document.title=1'><script>document.title=2</script>"
+                 "<iframe src='%1b'></iframe><link rel=stylesheet href='%1c.css'><object data='%1f'></object>"
+                 "<meta http-equiv=refresh content='0;url=%1d'><a id=l href='%1e'>go</a><base href='%1g/'>"
+                 "<img src='rel.png'><iframe srcdoc='<script>top.document.title=3</script>'></iframe>")
+             .arg(QString("http://127.0.0.1:%1/").arg(server.serverPort())));
+    editor_->Evaluate("document.getElementById('l').click()");
+    QTest::qWait(300);
+    QCOMPARE(hits.size(), 0);
+    QVERIFY(Body().startsWith("<p>x</p>"));
+    QCOMPARE(editor_->Evaluate("document.title").toString(), QString());
+  }
+
+  void localPicturesShow() {
+    QTemporaryDir folder;
+    QImage image(20, 10, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QString file = folder.filePath("a & b.png");
+    QVERIFY(image.save(file));
+    Load("<img src='a%20%26%20b.png'>", QUrl::fromLocalFile(folder.path() + '/'));
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    KeepPicturesIn(folder.filePath("Pictures"));
+    Load("");
+    QVERIFY(editor_->InsertPictures({file}));
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    QVERIFY(QFile::exists(folder.filePath("Pictures/a & b.png")));
+    QCOMPARE(editor_->Evaluate("document.images[0].alt").toString(), QString("a & b"));
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QCOMPARE(::mkfifo(folder.filePath("pipe.png").toUtf8().constData(), 0600), 0);
+    QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()}));
+    QCOMPARE(trouble.size(), 3);
+  }
+
+  void onlyAllowedPicturesShow() {
+    QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkpath("page") && QDir(folder.path()).mkpath("home"));
+    QImage image(20, 10, QImage::Format_RGB32);
+    QVERIFY(image.save(folder.filePath("page/own.png")) && image.save(folder.filePath("home/other.png")));
+    QVERIFY(QFile::link(folder.filePath("home/other.png"), folder.filePath("page/link.png")));
+    QCOMPARE(::mkfifo(folder.filePath("page/pipe.png").toUtf8().constData(), 0600), 0);
+    editor_->SetPicturePlaces({});
+    const auto widths = [this] {
+      return editor_->Evaluate("Array.from(document.images,i=>i.complete?i.naturalWidth:'?').join()").toString();
+    };
+    Load("<img src='../home/other.png'><img src='link.png'><img src='pipe.png'><img src='own.png'>",
+         QUrl::fromLocalFile(folder.filePath("page/")));
+    QTRY_COMPARE(widths(), QString("0,0,0,20"));
+    document::PicturePlaces places;
+    places.AllowFile(folder.filePath("home/other.png").toStdString());
+    editor_->SetPicturePlaces(places);
+    editor_->ReloadPictures();
+    QTRY_COMPARE(widths(), QString("20,20,0,20"));
+    QVERIFY(!editor_->IsModified());
+  }
+
+  void pastedPagesAreCleaned_data() {
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("word")
+        << "<html xmlns:o=x><head><style>p{}</style></head><body><!--[if gte mso 9]><xml/><![endif]-->"
+           "<p class=MsoNormal style='margin:0'><b>Hi</b> <o:p></o:p><span lang=EN "
+           "style='font-weight:bold'>you</span></p></body></html>"
+        << "<p><b>Hi</b> <b>you</b></p>";
+    QTest::newRow("hostile") << "<img src=x.png onerror=alert(1)><a href='javascript:alert(2)'>a</a><script>1</script>"
+                                "<iframe src='https://example.org'></iframe><form><input></form>"
+                             << "<a>a</a>";
+    QTest::newRow("pictures") << "<img src='https://example.org/t.gif' alt='beach'> <img src='file:///home/a.png'>"
+                                 "<img src='data:image/gif;base64,R0lGODlh'><img src='x' srcset='file:///a.png'>"
+                                 "<p style='background:url(file:///a.png)' background='a.png'>x</p>"
+                                 "<a href='file:///home/a.png'>f</a>"
+                              << "beach <img src=\"data:image/gif;base64,R0lGODlh\"><p>x</p><a>f</a>";
+    QTest::newRow("kept") << "<a href='https://example.org'>a</a><ul><li>1</li></ul><font color='#ff0000'>r</font>"
+                          << "<a href=\"https://example.org\">a</a><ul><li>1</li></ul><font color=\"#ff0000\">r</font>";
+  }
+  void pastedPagesAreCleaned() {
+    QFETCH(QString, pasted);
+    QFETCH(QString, expected);
+    QCOMPARE(editor_->Evaluate("quill.clean(" + QString("`%1`").arg(pasted) + ")").toString(), expected);
+  }
+
+  void pasteGoesThroughTheCleaning() {
+    Load("");
+    auto* data = new QMimeData;
+    data->setHtml("<p style='color:red'>from <span>elsewhere</span></p>");
+    QGuiApplication::clipboard()->setMimeData(data);
+    editor_->Run(EditorCommand::kPaste);
+    QTRY_VERIFY(Body().contains("from elsewhere"));
+    QVERIFY2(!Body().contains("color"), qPrintable(Body()));
+    Load("<p><b>x</b></p>");
+    data = new QMimeData;
+    data->setHtml("<i>slanted</i>");
+    data->setText("slanted");
+    QGuiApplication::clipboard()->setMimeData(data);
+    editor_->PastePlain();
+    QTRY_VERIFY(Body().contains("slanted"));
+    QVERIFY2(!Body().contains("<i>"), qPrintable(Body()));
+  }
+
+  void whatIsDroppedIsCleanedToo() {
+    QTemporaryDir folder;
+    QImage image(20, 10, QImage::Format_RGB32);
+    QVERIFY(image.save(folder.filePath("own.png")));
+    Load("<p>x</p>", QUrl::fromLocalFile(folder.path() + '/'));
+    const QString own = QUrl::fromLocalFile(folder.filePath("own.png")).toString();
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QMimeData data;
+    data.setHtml("<form><b style='color:red'>y</b></form><img src='file:///etc/other.png'><img src='" + own +
+                 "'><img src='http://127.0.0.1:1/t.gif'>");
+    Drop(data);
+    QTRY_VERIFY(Body().contains("<b>y</b>"));
+    QCOMPARE(editor_->Evaluate("Array.from(document.images,i=>i.src).join()").toString(), own);
+    QVERIFY2(!Body().contains("color") && !Body().contains("form"), qPrintable(Body()));
+    QTRY_COMPARE(trouble.size(), 1);
+  }
+
+  void pastedPicturesAreKept() {
+    QTemporaryDir folder;
+    KeepPicturesIn(folder.filePath("Pictures"));
+    Load("");
+    QImage image(7, 5, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    QGuiApplication::clipboard()->setImage(image);
+    editor_->Run(EditorCommand::kPaste);
+    QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 7);
+    QVERIFY(editor_->Html().contains("src=\"file:///"));
+  }
+
+  void contextMenuHasItsSixEntries() {
+    Load("<p>one <a href='x.html'>two</a></p>");
+    QSignalSpy states(editor_, &HtmlEditor::StateChanged);
+    QTest::mouseClick(editor_->InputWidget(), Qt::RightButton, {}, QPoint(300, 20));
+    QMenu* menu = nullptr;
+    QTRY_VERIFY((menu = editor_->findChild<QMenu*>("EditorContextMenu")) && menu->isVisible());
+    QStringList texts;
+    for (const QAction* action : menu->actions()) texts << action->text();
+    QCOMPARE(texts.join(","), QString("Undo,Cut,Copy,Paste,Delete,Select All"));
+    menu->actions().last()->trigger();
+    menu->close();
+    QTRY_VERIFY(!states.isEmpty() && states.last().first().value<EditorState>().selected == "one two");
+  }
+
+  void findingCounts() {
+    Load("<p>alpha beta alpha</p>");
+    int found = -1;
+    editor_->Find("alpha", false, [&](int places) { found = places; });
+    QTRY_COMPARE(found, 2);
+    editor_->Find("gamma", true, [&](int places) { found = places; });
+    QTRY_COMPARE(found, 0);
+  }
+
+  void aKilledPageLosesNothing() {
+    Load("<p>before</p>");
+    Type("kept ");
+    QTRY_VERIFY(editor_->Html().contains("kept before"));
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QSignalSpy restored(editor_, &HtmlEditor::Restored);
+    const auto renderer = editor_->findChild<QWebEnginePage*>()->renderProcessPid();
+    QCOMPARE(::kill(static_cast<pid_t>(renderer), SIGKILL), 0);
+    QTRY_VERIFY(!restored.isEmpty());
+    QVERIFY(editor_->IsModified());
+    QVERIFY(editor_->Html().contains("kept before"));
+    QTRY_VERIFY(editor_->isAncestorOf(QApplication::focusWidget()));
+    QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_X, "x", Qt::NoModifier);
+    QTRY_VERIFY(editor_->Html().contains("xkept before"));
+    QTRY_VERIFY(snapshots.last().first().toString().contains("xkept"));
+    // A document that ends the page each time is not loaded again and again, and its text can still be saved.
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QCOMPARE(::kill(static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid()), SIGKILL), 0);
+    QTRY_VERIFY(!trouble.isEmpty());
+    QVERIFY(editor_->Html().contains("xkept before"));
+    QVERIFY(editor_->IsModified());
+    QTest::qWait(500);
+    QCOMPARE(trouble.size(), 1);
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void aPageThatEndsInALoadIsTold() {
+    Load("<p>first</p>");
+    const auto page = static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid());
+    QTimer::singleShot(5, [page] { ::kill(page, SIGKILL); });
+    QElapsedTimer clock;
+    clock.start();
+    const QString large = "<html><body>" + QString("<p>word</p>").repeated(300000) + "</body></html>";
+    const bool is_loaded = editor_->SetHtml(large);
+    QVERIFY2(clock.elapsed() < 30000, "it waited for a page that is gone");
+    QVERIFY(!is_loaded);
+    QVERIFY(editor_->Html() == large);  // nothing of it is lost
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void aPageThatCannotBePutBackIsGivenUp() {
+    Load("<p>before</p>");
+    QVERIFY(editor_->InsertHtml("kept "));
+    QTRY_VERIFY(editor_->IsModified());
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
+    QTimer killer;
+    connect(&killer, &QTimer::timeout, this, [this] {
+      const auto page = editor_->findChild<QWebEnginePage*>()->renderProcessPid();
+      if (page > 0) ::kill(static_cast<pid_t>(page), SIGKILL);
+    });
+    killer.start(5);
+    QTest::qWait(1000);
+    killer.stop();
+    QCOMPARE(trouble.size(), 1);
+    QVERIFY(editor_->IsModified());
+    QVERIFY(editor_->Html().contains("kept before"));
+    Load("<p>next</p>");
+    QCOMPARE(editor_->PlainText(), QString("next"));
+  }
+
+  void whatStandsBehindTheBodyIsThereOnce() {
+    QString html = "<html><body><p>x</p></body></html>\n<p>Footer</p>\n";
+    for (int i = 0; i < 3; ++i) {
+      QVERIFY(editor_->SetHtml(html));
+      QVERIFY(editor_->InsertHtml("y"));
+      html = editor_->Html();
+      QCOMPARE(html.count("Footer"), 1);
+    }
+    html = "<html><body><p>x</p>\n</body>\n</html>\n";
+    for (int i = 0; i < 3; ++i) {
+      QVERIFY(editor_->SetHtml(html));
+      QVERIFY(editor_->InsertHtml("y"));
+      html = editor_->Html();
+    }
+    QCOMPARE(html, QString("<html><body><p>yyyx</p>\n</body>\n</html>\n"));
+  }
+
+  void largeDocumentsAndPdf() {
+    QTemporaryDir folder;
+    const QString inner = ("<p>" + QString("word ").repeated(40) + "</p>\n").repeated(25000);  // 5 MB
+    Load(inner);
+    QVERIFY(editor_->Evaluate("document.body.innerHTML", 60000).toString() == inner);
+    QVERIFY(editor_->SetHtml("<!DOCTYPE html><title>T</title><p>no body tag"));
+    QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
+    QVERIFY(editor_->InsertHtml("x"));
+    QTRY_VERIFY(!snapshots.isEmpty());
+    QCOMPARE(snapshots.last().first().toString(), editor_->Html());
+    QCOMPARE(editor_->Html(),
+             QString("<!DOCTYPE html><html><head><title>T</title></head><body><p>xno body tag</p></body></html>"));
+    QVERIFY(editor_->PrintToPdf(folder.filePath("a.pdf")));
+    QVERIFY(QFileInfo(folder.filePath("a.pdf")).size() > 1000);
+  }
+
+  // Compared by the engine's own HTML parser: the body that is saved has the tree of the source but for the edit.
+  void anEditChangesNothingElse() {
+    const QString source =
+        "<html><head><title>T</title></head><BODY TEXT=black>\r\n<!-- c --><!--[if mso]><p>o</p><![endif]--><CENTER>"
+        "<P id=edit>here<P CLASS=x title='a \"b\" &amp; c'>&copy;&nbsp;&lt;b&gt; &unknown; &#8364;<TABLE "
+        "border=1><TR><TD>1"
+        "<TD nowrap>2</TABLE><ul><li>a<li>b<ol type=a><li>c</ol></ul><pre>\n\n  x  </pre><font size=+1 face=\"A, B\">f"
+        "</font><img src=a.png alt><br/><hr noshade><a href='$*MergeWebSite*$?a=1&b=2'>l</a><textarea>\nt</textarea>"
+        "<svg viewBox='0 0 1 1'><path d='M0 "
+        "0'/></svg><o:p>&nbsp;</o:p><b><i>mis</b>nested</i></CENTER>tail</BODY></html>";
+    QVERIFY(editor_->SetHtml(source));
+    editor_->Evaluate("getSelection().collapse(document.getElementById('edit').firstChild, 4)");
+    QVERIFY(editor_->InsertHtml("EDIT"));
+    const QString saved = editor_->Html();
+    QVERIFY(saved.contains("hereEDIT"));
+    const auto literal = [](const QString& text) {
+      return QString::fromUtf8(QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact)) + "[0]";
+    };
+    const QString same = QString(
+                             "(p=>p(%1).isEqualNode(p(%2.replace('EDIT',''))))"
+                             "(h=>new DOMParser().parseFromString(h,'text/html').documentElement)")
+                             .arg(literal(source), literal(saved));
+    QVERIFY2(editor_->Evaluate(same).toBool(), qPrintable(saved));
+  }
+
+  void droppedPicturesAreInserted() {
+    QTemporaryDir folder;
+    QImage image(4, 4, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    QVERIFY(image.save(folder.filePath("a.png")));
+    Load("<p>x</p>");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath("a.png"))});
+    Drop(data);
+    QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
+  }
+
+  void theLastOfManyDocumentsCounts() {
+    for (int i = 0; i < 5; ++i) {
+      QTimer::singleShot(0, editor_, [this, i] { editor_->SetHtml(QString("<p>number %1</p>").arg(i)); });
+    }
+    QTRY_COMPARE(editor_->PlainText().trimmed(), QString("number 4"));
+    QCOMPARE(editor_->Html(), QString("<p>number 4</p>"));
+  }
+
+  void documentsComeBackByteForByte() {
+    test::TemporaryFolder folder;
+    EditorDocument document(*editor_, FoldersIn(folder));
+    test::ScriptedPrompts prompts;
+    const std::string western = "<html><body>caf\xE9 \x81</body></html>";  // not UTF-8, and a byte without a meaning
+    for (const std::string& bytes :
+         {std::string(kLetter), western, std::string("\xEF\xBB\xBF<p>mark"), std::string("\xFF\xFE<\0p\0>\0x\0", 10)}) {
+      QVERIFY(platform::ReplaceFile(folder.path() / "in.html", bytes));
+      QVERIFY(document.Open(folder.path() / "in.html"));
+      QVERIFY(document.SaveTo(folder.path() / "out.html"));
+      QCOMPARE(*platform::ReadFile(folder.path() / "out.html", 10000), bytes);
+    }
+    QVERIFY(platform::ReplaceFile(folder.path() / "in.html", western));
+    QVERIFY(document.Open(folder.path() / "in.html"));
+    QVERIFY(editor_->InsertHtml(QString::fromUtf8("Ω")));
+    QVERIFY(document.HasUnsavedChanges());
+    QVERIFY(document.SaveTo(folder.path() / "out.html"));
+    QVERIFY(!document.HasUnsavedChanges());
+    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->starts_with("<html><body>&#937;caf\xE9 "));
+    QVERIFY(!document.SaveTo(folder.path() / "missing" / "out.html"));
+    using std::filesystem::perms;
+    std::filesystem::permissions(folder.path() / "out.html",
+                                 perms::owner_read | perms::owner_write | perms::group_read);
+    std::filesystem::create_symlink(folder.path() / "out.html", folder.path() / "link.html");
+    QVERIFY(editor_->InsertHtml("more"));
+    QVERIFY(document.SaveTo(folder.path() / "link.html"));
+    QVERIFY(std::filesystem::is_symlink(folder.path() / "link.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->find("more") != std::string::npos);
+    QVERIFY(std::filesystem::status(folder.path() / "out.html").permissions() ==
+            (perms::owner_read | perms::owner_write | perms::group_read));
+  }
+
+  void whatWasNotSavedIsRecovered() {
+    test::TemporaryFolder folder;
+    {
+      EditorDocument document(*editor_, FoldersIn(folder));
+      QVERIFY(document.Open(folder.Write("letters/letter.html", "<p>was</p><img src=\"a.png\">")));
+      QVERIFY(document.KeepAside());
+      QVERIFY(!document.drafts().AreOffered() && !std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
+      QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QVERIFY(editor_->InsertHtml("<p>at the last moment</p>"));
+      QVERIFY(document.KeepAside());
+    }
+    EditorDocument next(*editor_, FoldersIn(folder));
+    QVERIFY(next.StartNew(""));
+    QVERIFY(next.drafts().AreOffered());
+    QVERIFY(next.Recover());
+    QVERIFY(editor_->Html().contains("not saved") && editor_->Html().contains("at the last moment"));
+    QCOMPARE(next.BaseFolder(), folder.path() / "letters");
+    QVERIFY(next.FileName().empty() && next.HasUnsavedChanges());
+    QVERIFY(!next.drafts().AreOffered());
+    // Saved elsewhere it takes its pictures along, and what is sent still finds them.
+    folder.Write("letters/a.png", "picture");
+    QVERIFY(next.SaveTo(folder.path() / "other.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "other.html", 10000)->find("other_files/a.png") != std::string::npos);
+    QVERIFY(std::filesystem::exists(folder.path() / "other_files/a.png"));
+    QCOMPARE(next.BaseFolder(), folder.path() / "letters");
+    QVERIFY(next.SaveTo(folder.path() / "letters/letter.html"));
+    QVERIFY(platform::ReadFile(folder.path() / "letters/letter.html", 10000)->find("\"a.png\"") != std::string::npos);
+    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+    QVERIFY(next.StartNew(""));
+    QVERIFY(next.BaseFolder().empty());
+  }
+
+  void severalThatWereNotSavedAreKept() {
+    test::TemporaryFolder folder;
+    for (const char* text : {"first", "second"}) {
+      EditorDocument document(*editor_, FoldersIn(folder));
+      QVERIFY(document.StartNew(""));
+      QVERIFY(editor_->InsertHtml(text));
+      QVERIFY(document.KeepAside());
+    }
+    folder.Write("Recovered2.fields/in the way", "");
+    EditorDocument document(*editor_, FoldersIn(folder));
+    QVERIFY(document.StartNew(""));
+    QVERIFY2(!document.KeepAside() && std::filesystem::exists(folder.path() / "Autosave.htm"),
+             "it cannot be set aside");
+    std::filesystem::remove_all(folder.path() / "Recovered2.fields");
+    QVERIFY(document.KeepAside());
+    for (const char* text : {"first", "second", "first"}) {
+      QVERIFY(document.Recover());
+      QVERIFY2(editor_->Html().contains(text) && document.drafts().AreOffered(), text);
+    }
+  }
+
+  void aSaveIsNotFollowedByASnapshot() {
+    test::TemporaryFolder folder;
+    EditorDocument document(*editor_, FoldersIn(folder));
+    QVERIFY(document.StartNew(""));
+    QVERIFY(editor_->InsertHtml("x"));
+    QTRY_VERIFY(editor_->IsModified());
+    QVERIFY(document.SaveTo(folder.path() / "saved.html"));
+    QTest::qWait(1500);  // longer than it takes to be kept aside
+    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+  }
+};
+
+}  // namespace quillcast::desktop
+
+Q_DECLARE_METATYPE(quillcast::desktop::EditorState)
+QTEST_MAIN(quillcast::desktop::EditorTest)
+#include "editor_test.moc"

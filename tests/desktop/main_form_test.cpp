@@ -1,0 +1,1098 @@
+// The main window: its dispatcher, its checks, and a whole mailing through it.
+#include "desktop/shell/main_form.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QFontDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+#include <QTimer>
+#include <fstream>
+#include <memory>
+
+#include "desktop/document/html_editor.h"
+#include "desktop/form_rig.h"
+#include "desktop/run/preview_form.h"
+#include "desktop/shell/command_bar.h"
+#include "desktop/shell/help_form.h"
+#include "desktop/shell/message_header.h"
+#include "desktop/shell/splash_form.h"
+#include "desktop/shell/start_window.h"
+#include "platform/file.h"
+#include "platform/system_name.h"
+
+namespace quillcast::desktop {
+
+namespace {
+
+// Wants every key for itself, as the page and the text boxes want some, which differ by desktop.
+class Greedy final : public QObject {
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride) event->accept();
+    return event->type() == QEvent::ShortcutOverride;
+  }
+};
+
+}  // namespace
+
+class MainFormTest : public QObject {
+  Q_OBJECT
+
+  struct Scene {
+    test::FormRig rig;
+    std::unique_ptr<MainForm> window;
+
+    void Open() {
+      window = std::make_unique<MainForm>(rig.program);
+      window->Load();
+      window->show();
+      QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    HtmlEditor& Editor() const { return *window->findChild<HtmlEditor*>("Editor"); }
+    QString Box(const char* name) const { return window->findChild<QComboBox*>(name)->currentText(); }
+    QString Focus() const { return window->focusWidget() == nullptr ? "" : window->focusWidget()->objectName(); }
+    QString Notice() const {
+      auto* bar = window->findChild<QWidget*>("NoticeBar");
+      return bar->isVisible() ? bar->findChild<QLabel*>()->text() : QString();
+    }
+    QString Status() const { return window->findChild<QLabel*>("StatusPanel1")->text(); }
+  };
+
+ private slots:
+  void aNewUserSeesTheDefaultsAndTwoWaysOn() {
+    Scene scene;
+    scene.Open();
+    QCOMPARE(scene.window->windowTitle(), QString("Tarnwick Quillcast Classic Edition"));
+    QCOMPARE(scene.Box("FromComboBox"), QString());
+    QCOMPARE(scene.window->findChild<QComboBox*>("SendingMethodComboBox")->placeholderText(), QString("Personal"));
+    QCOMPARE(scene.Box("PriorityComboBox") + scene.Box("FormatComboBox"), QString("NormalHTML"));
+    QStringList panels;
+    for (int i = 1; i <= 4; ++i) {
+      panels << scene.window->findChild<QLabel*>(QString("StatusPanel%1").arg(i))->text();
+    }
+    QCOMPARE(panels.join(","), QString("For Help Press F1,INS,CAPS,NUM"));
+    QVERIFY(scene.Notice().contains("no mail account"));
+    QVERIFY(scene.window->findChild<QPushButton*>("FillInButton") != nullptr);
+    QVERIFY(!scene.Editor().IsModified());
+    QVERIFY(scene.window->minimumWidth() >= 640 && scene.window->minimumHeight() >= 495);
+  }
+
+  void noLetterStandsForTwoControls() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(14);  // with the find bar
+    scene.window->findChild<QWidget*>("PicturesPanel")->show();
+    QHash<QChar, QString> taken;
+    QStringList texts;
+    for (const QAction* menu : scene.window->menuBar()->actions()) texts << menu->text();
+    for (const QLabel* label : scene.window->findChildren<QLabel*>()) {
+      if (label->isVisible() && label->buddy() != nullptr) texts << label->text();
+    }
+    for (const QAbstractButton* button : scene.window->findChildren<QAbstractButton*>()) {
+      if (button->isVisible()) texts << button->text();
+    }
+    for (const QString& text : texts) {
+      const auto at = text.indexOf('&');
+      if (at < 0) continue;
+      const QChar letter = text.at(at + 1).toLower();
+      QVERIFY2(!taken.contains(letter), qPrintable(text + " and " + taken.value(letter)));
+      taken.insert(letter, text);
+    }
+  }
+
+  void theFirstKeyTypedAppears() {
+    for (const bool signed_letter : {false, true}) {
+      Scene scene;
+      QVERIFY(scene.rig.settings.Write("Signature", "Status", signed_letter ? "1" : "0"));
+      QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
+      scene.Open();
+      QTRY_VERIFY(scene.Editor().isAncestorOf(QApplication::focusWidget()));
+      QTest::keyClicks(QApplication::focusWidget(), "Dear");
+      QTRY_COMPARE(scene.Editor().PlainText(), QString(signed_letter ? "DearAda" : "Dear"));
+      scene.window->skip_save_prompt = true;
+      scene.window->close();
+    }
+  }
+
+  void theSignatureIsAnUnchangedDocument() {
+    Scene scene;
+    QVERIFY(scene.rig.settings.Write("Signature", "Status", "1"));
+    QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
+    scene.Open();
+    QCOMPARE(scene.Editor().Html(), QString("<html><body><p>Ada</p></body></html>"));
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void everyCommandThatIsOfferedIsInTheBarAndNoOther() {
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    for (const Command& command : Commands()) {
+      QAction* action = bar->ActionOf(command.identifier);
+      if (!CommandBar::IsOffered(command.action)) {
+        QVERIFY2(action == nullptr, qPrintable(QString::number(command.identifier)));
+      } else if (command.identifier < 81) {
+        QVERIFY2(action != nullptr && !action->text().isEmpty(), qPrintable(QString::number(command.identifier)));
+      }
+    }
+    const std::pair<int, const char*> tools[] = {
+        {54, "Print"}, {55, "Import"}, {56, "Export"}, {57, "Extract"}, {58, "Test a Server"}};
+    for (const auto& [identifier, begins] : tools) {
+      const auto label = ToQt(CommandBar::LabelOf(identifier)).remove('&');
+      QVERIFY2(label.startsWith(begins), qPrintable(label));
+    }
+    for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+  }
+
+  void mergeCommandsInsertTheirTags() {
+    Scene scene;
+    scene.Open();
+    const std::pair<int, const char*> rows[] = {
+        {67, "$*MergeEmail*$"},     {69, "$*MergeFirstName*$"}, {74, "$*MergeAddress2*$"}, {80, "$*MergeWebSite*$"},
+        {104, "$*MergeAddress1*$"}, {105, "$*MergeField1*$"},   {107, "$*MergeField3*$"}};
+    QString expected;
+    for (const auto& [identifier, tag] : rows) {
+      scene.window->Dispatch(identifier);
+      expected += tag;
+    }
+    QVERIFY2(scene.Editor().Html().contains(expected), qPrintable(scene.Editor().Html()));
+    scene.window->Dispatch(13);
+    scene.window->Dispatch(68);
+    QCOMPARE(scene.Editor().PlainText().trimmed(), QString("$*MergeTitle*$"));
+  }
+
+  void editingCommandsReachTheEditor() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().SetHtml("<html><body><p>one</p></body></html>");
+    scene.window->Dispatch(13);
+    for (const int identifier : {94, 28, 96}) scene.window->Dispatch(identifier);
+    QVERIFY2(scene.Editor().Html().contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(scene.Editor().Html()));
+    auto* bar = scene.window->findChild<CommandBar*>();
+    QTRY_VERIFY(bar->ActionOf(27)->isChecked() && bar->ActionOf(95)->isChecked() && !bar->ActionOf(98)->isChecked());
+    scene.window->Dispatch(14);
+    QVERIFY(scene.window->findChild<QLineEdit*>("FindTextBox")->isVisible());
+  }
+
+  void sendingChecksShowAndFocus_data() {
+    QTest::addColumn<bool>("account");
+    QTest::addColumn<QStringList>("groups");
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QString>("subject");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("focus");
+    QTest::newRow("account") << false << QStringList{} << ""
+                             << ""
+                             << "warn: Please fill out the Mail Account section in Email Manager."
+                             << "EmailButton";
+    QTest::newRow("no group") << true << QStringList{} << ""
+                              << ""
+                              << "warn: Please create at least one group of recipients."
+                              << "GroupButton";
+    QTest::newRow("not chosen") << true << QStringList{"A"} << ""
+                                << ""
+                                << "warn: Please specify a group in the To field."
+                                << "GroupButton";
+    QTest::newRow("no subject") << true << QStringList{"A"} << "A"
+                                << ""
+                                << "ask: This message has no subject. Are you sure you want to send it?"
+                                << "SubjectTextBox";
+    QTest::newRow("reply") << true << QStringList{"A"} << "A"
+                           << "re: x"
+                           << "ask: Never employ spam tactics like using RE: or FW: in the subject line./You should be "
+                              "sure that you know what you are doing./Are you sure you want to continue?"
+                           << "SubjectTextBox";
+    QTest::newRow("empty body") << true << QStringList{"A"} << "A"
+                                << "x"
+                                << "ask: Are you sure you want to send an empty message?"
+                                << "Editor";
+  }
+  void sendingChecksShowAndFocus() {
+    QFETCH(bool, account);
+    QFETCH(QStringList, groups);
+    QFETCH(QString, chosen);
+    QFETCH(QString, subject);
+    QFETCH(QString, shown);
+    QFETCH(QString, focus);
+    Scene scene;
+    if (account) scene.rig.FillInAccount();
+    for (const QString& group : groups) scene.rig.AddGroup(FromQt(group), {});
+    scene.Open();
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText(chosen);
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText(subject);
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QCOMPARE(scene.rig.Shown(), shown);
+    if (focus == "Editor") {
+      QVERIFY(scene.Editor().isAncestorOf(scene.window->focusWidget()));
+    } else {
+      QCOMPARE(scene.Focus(), focus);
+    }
+  }
+
+  void nothingWaitsForAStoreInUse() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Readers", {"bob@example.net"});
+    scene.rig.AddGroup("Others", {"cy@example.net", "di@example.net"});
+    scene.Open();
+    auto* to = scene.window->findChild<QComboBox*>("ToComboBox");
+    to->setCurrentText("Readers");
+    auto other = platform::Database::Open(scene.rig.folders.Database(), platform::OpenMode::kReadWrite);
+    QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
+    QElapsedTimer waited;
+    waited.start();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
+    scene.window->Say({});
+    to->setCurrentText("Others");
+    QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
+    QVERIFY2(waited.elapsed() < 3000, "the window stood still");
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(other->Execute("ROLLBACK"));
+    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("2 recipients"));
+    QCOMPARE(to->currentText(), QString("Others"));
+    // A group that is to be chosen meanwhile is not forgotten over what waits already.
+    QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
+    for (const char* chosen : {"", "Readers", ""}) scene.window->findChild<MessageHeader*>()->LoadGroups(chosen);
+    QVERIFY(other->Execute("ROLLBACK"));
+    QTRY_COMPARE(to->currentText(), QString("Readers"));
+  }
+
+  void importExportAndSupportCheckFirst() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(43);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to import the data to."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(44);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to export the data from."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    test::WhileOpen("EmailManagerForm", [](QDialog&) {});
+    scene.window->Dispatch(63);
+    QCOMPARE(scene.rig.Shown(), QString("warn: Please fill out the Mail Account section in Email Manager."));
+  }
+
+  void attachmentsAreAddedOnceAndDeleted() {
+    Scene scene;
+    scene.Open();
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no file to delete."));
+    scene.rig.prompts.files = {"/tmp/b.pdf", "/tmp/a.pdf", "/tmp/b.pdf"};
+    scene.window->Dispatch(17);
+    QCOMPARE(scene.rig.Shown(), QString("open: File Attachment"));
+    QCOMPARE(box->count(), 2);
+    QCOMPARE(box->currentText(), QString("/tmp/b.pdf"));
+    box->setCurrentIndex(-1);
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("warn: Please specify a file to delete."));
+    QCOMPARE(scene.Focus(), QString("AttachmentComboBox"));
+    box->setCurrentIndex(1);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(18);
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to delete '/tmp/a.pdf'?"));
+    QCOMPARE(box->count(), 1);
+    QCOMPARE(box->currentIndex(), 0);
+  }
+
+  void groupsThatTheCommandMakesAppear() {
+    Scene scene;
+    scene.rig.AddGroup("Customers", {"a@example.org"});
+    scene.rig.AddGroup("Old", {});
+    scene.Open();
+    auto* box = scene.window->findChild<QComboBox*>("ToComboBox");
+    box->setCurrentText("Customers");
+    const auto count = [&] { return scene.window->findChild<QLabel*>("GroupCountLabel")->text(); };
+    QCOMPARE(count(), QString("1 recipient"));
+    QDialog elsewhere;
+    elsewhere.show();
+    QVERIFY(QTest::qWaitForWindowActive(&elsewhere));
+    scene.rig.AddGroup("Friends", {"b@example.org"});
+    scene.rig.AddRecipient("Customers", "c@example.org");
+    elsewhere.close();
+    scene.window->activateWindow();
+    QTRY_COMPARE(box->count(), 3);
+    QCOMPARE(box->currentText(), QString("Customers"));
+    QCOMPARE(count(), QString("2 recipients"));
+  }
+
+  void aTableIsAskedForAndChanged() {
+    Scene scene;
+    scene.Open();
+    QMenu& changes = *scene.window->findChild<QMenu*>("TableMenu");
+    test::WhileOpen("TableForm", [&scene](QDialog& form) {
+      const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };
+      const auto ok = [&form] {
+        QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
+      };
+      box("RowsTextBox")->clear();
+      QTest::keyClicks(box("RowsTextBox"), "-1x");
+      QCOMPARE(box("RowsTextBox")->text(), QString("1"));
+      box("BorderTextBox")->setText("0");
+      ok();
+      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter a valid border."));
+      QCOMPARE(form.focusWidget(), box("BorderTextBox"));
+      box("BorderTextBox")->setText("2");
+      ok();
+      QVERIFY(!form.isVisible());
+    });
+    scene.window->Dispatch(22);
+    QVERIFY2(scene.Editor().Html().contains("border=\"2\" width=\"100%\""), qPrintable(scene.Editor().Html()));
+    QTRY_VERIFY(changes.isEnabled());
+    changes.actions().at(1)->trigger();
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 4);
+    scene.window->Dispatch(7);
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 2);
+    scene.Editor().Evaluate("getSelection().collapse(document.body,0)");
+    QTRY_VERIFY(!changes.isEnabled());
+  }
+
+  void theFormatSpringsBack() {
+    Scene scene;
+    QVERIFY(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
+    scene.Open();
+    QCOMPARE(scene.Box("FormatComboBox"), QString("Text"));
+    auto* format = scene.window->findChild<QComboBox*>("FormatComboBox");
+    format->setFocus();
+    QTest::keyClick(format, Qt::Key_Up);
+    QCOMPARE(scene.rig.Shown(), QString("warn: You cannot send an HTML message using UUencoding./First change the "
+                                        "encoding format in the advanced window."));
+    QCOMPARE(scene.Box("FormatComboBox"), QString("Text"));
+  }
+
+  void openSaveAndCloseKeepTheWork() {
+    Scene scene;
+    scene.Open();
+    const auto file = scene.rig.folder.Write("letter.html", "<html><body><p>letter</p></body></html>");
+    scene.Editor().InsertHtml("<p>work</p>");
+    scene.rig.prompts.files = {file};
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    scene.window->Dispatch(1);
+    QCOMPARE(scene.rig.Shown(), QString("open: Open | ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().Html().contains("work"));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    scene.window->Dispatch(83);
+    scene.rig.Shown();
+    QVERIFY(scene.Editor().Html().contains("letter") && !scene.Editor().IsModified());
+    scene.Editor().InsertHtml("<b>changed</b>");
+    scene.window->Dispatch(2);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(platform::ReadFile(file, 1000)->find("changed") != std::string::npos);
+    scene.Editor().InsertHtml("again");
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    QVERIFY(!scene.window->close());
+    QVERIFY(scene.window->isVisible());
+    std::filesystem::remove(file);
+    std::filesystem::create_directories(file / "in the way");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QVERIFY(!scene.window->close());
+    QVERIFY2(scene.Status().contains("letter.html"), qPrintable(scene.Status()));
+    std::filesystem::remove_all(file);
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(scene.window->close());
+    QVERIFY(!std::filesystem::exists(file));
+  }
+
+  void aSavedMessageIsNotSavedOverOnLeaving() {
+    Scene scene;
+    scene.Open();
+    const auto file = scene.rig.folder.Write("letter.html", "<html><body><p>letter</p></body></html>");
+    scene.rig.prompts.files = {file};
+    scene.window->Dispatch(1);
+    scene.Editor().InsertHtml("again");
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(scene.window->close());
+    QVERIFY(platform::ReadFile(file, 1000)->find("again") == std::string::npos);
+  }
+
+  void picturesFromElsewhereAreAskedAboutOnce() {
+    for (const bool take : {false, true}) {
+      Scene scene;
+      scene.rig.FillInAccount();
+      const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
+      scene.Open();
+      scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
+      scene.window->Dispatch(1);
+      const auto* panel = scene.window->findChild<QWidget*>("PicturesPanel");
+      const auto* question = panel->findChild<QLabel*>("PicturesLabel");
+      QTRY_VERIFY(panel->isVisible() && question->text().contains(PathToQt(home)));
+      QCOMPARE(scene.Notice(), QString());
+      panel->findChild<QPushButton*>(take ? "TakePicturesButton" : "LeavePicturesButton")->click();
+      QTRY_VERIFY(!panel->isVisible());
+      QVERIFY(!scene.Editor().IsModified());
+      scene.window->skip_save_prompt = true;
+      scene.window->close();
+    }
+  }
+
+  void noClickMeantForANoticeAnswersAboutPictures() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
+    scene.Open();
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kNew);
+    const auto place = [&](const char* name) {
+      QTest::qWait(50);  // until the layout is made
+      const auto* button = scene.window->findChild<QPushButton*>(name);
+      return QRect(button->mapTo(scene.window.get(), QPoint()), button->size());
+    };
+    const QRect before = place("RestoreButton").united(place("DiscardButton"));
+    scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
+    scene.window->Dispatch(1);
+    QTRY_VERIFY(scene.window->findChild<QLabel*>("PicturesLabel")->text().contains(PathToQt(home)));
+    QVERIFY(!place("TakePicturesButton").intersects(before));
+  }
+
+  void thePreviewListsPicturesAndAsksAboutOthers() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    rig.AddGroup("Customers", {"bob@example.net"});
+    document::MessageDocument document;
+    document.html = "<img src='own.gif'><img src='../home/private.gif'>";
+    document.base_folder = rig.folder.Write("page/own.gif", "GIF89a\x01").parent_path();
+    const QString home = PathToQt(rig.folder.Write("home/private.gif", "GIF89a\x01"));
+    PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+    form.show();
+    const auto says = [&](const QString& words) {
+      return !form.findChild<QListWidget*>("FindingsList")->findItems(words, Qt::MatchContains).isEmpty();
+    };
+    const auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
+    QTRY_VERIFY(says("own.gif goes along") && says(home + " lies outside"));
+    QVERIFY(!send->isEnabled());
+    form.findChild<QPushButton*>("TakePicturesButton")->click();
+    QTRY_VERIFY(says("private.gif goes along"));
+    QTRY_VERIFY(send->isEnabled());
+    QVERIFY(form.picture_places().Hold(rig.folder / "home/private.gif"));
+  }
+
+  void closingCleansUpAndTheFlagAsksNothing() {
+    Scene scene;
+    scene.Open();
+    QVERIFY(platform::ReplaceFile(scene.rig.folders.PreviewMessage(), "x"));
+    std::filesystem::create_directories(scene.rig.folders.ImportBody());
+    scene.Editor().InsertHtml("work");
+    scene.window->skip_save_prompt = true;
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(!std::filesystem::exists(scene.rig.folders.PreviewMessage()));
+    QVERIFY(!std::filesystem::exists(scene.rig.folders.ImportBody()));
+  }
+
+  void theSourceCanBeEdited() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().SetHtml("<html><head><!-- kept --></head>\r\n<body><p>one</p></body></html>");
+    auto* source = scene.window->findChild<QPlainTextEdit*>("SourceTextBox");
+    auto* action = scene.window->findChild<CommandBar*>();
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(source->isVisible());
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(!scene.Editor().IsModified());
+    QVERIFY(scene.Editor().Html().contains("\r\n"));
+    emit action->OwnTriggered(OwnCommand::kSource);
+    source->setPlainText("<html><body><p>two</p></body></html>");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.htm"));
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QVERIFY(scene.Editor().IsModified());
+    QCOMPARE(scene.Editor().PlainText(), QString("two"));
+
+    // One change leaves the rest as it is: no-break spaces, and line ends of both kinds.
+    scene.Editor().SetHtml(QString::fromUtf8("<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+    emit action->OwnTriggered(OwnCommand::kSource);
+    source->moveCursor(QTextCursor::Start);
+    source->insertPlainText("<!-- new -->");
+    QTest::keyClick(source, Qt::Key_Return, Qt::ShiftModifier);
+    emit action->OwnTriggered(OwnCommand::kSource);
+    QCOMPARE(scene.Editor().Html(),
+             QString::fromUtf8("<!-- new -->\r\n<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+  }
+
+  void theEditMenuWorksWhereTheCaretIs() {
+    Scene scene;
+    scene.Open();
+    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
+    subject->setFocus();
+    subject->setText("ab");
+    const auto paste = scene.window->findChild<CommandBar*>()->ActionOf(11);
+    QGuiApplication::clipboard()->setText("cd");
+    paste->trigger();
+    QCOMPARE(subject->text(), QString("abcd"));
+    scene.window->Dispatch(7);
+    QCOMPARE(subject->text(), QString("ab"));
+    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kPastePlain);
+    QCOMPARE(subject->text(), QString("abcd"));
+    scene.window->Dispatch(13);
+    scene.window->Dispatch(12);
+    QCOMPARE(subject->text(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+    // The key deletes where the focus is and nowhere else.
+    scene.Editor().SetHtml("<html><body><p>ab</p></body></html>");
+    scene.Editor().Evaluate("getSelection().collapse(document.body.firstChild.firstChild,1)");
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_Delete);
+    QCOMPARE(scene.Editor().PlainText(), QString("ab"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(12);
+    QCOMPARE(scene.Editor().PlainText(), QString("a"));
+  }
+
+  void everyShortcutOfTheMenusWorksWhereverTheCaretIs_data() {
+    QTest::addColumn<QString>("field");
+    for (const char* field : {"Editor", "SubjectTextBox", "FindTextBox", "SourceTextBox", "FromComboBox", "ToComboBox",
+                              "AttachmentComboBox", "SendingMethodComboBox", "PriorityComboBox", "FormatComboBox",
+                              "RRRCheckBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
+      QTest::newRow(field) << field;
+    }
+  }
+  void everyShortcutOfTheMenusWorksWhereverTheCaretIs() {
+    QFETCH(QString, field);
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    if (field == "FindTextBox") scene.window->Dispatch(14);
+    if (field == "SourceTextBox") emit bar->OwnTriggered(OwnCommand::kSource);
+    QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
+    QObject::disconnect(&scene.Editor(), nullptr, bar, nullptr);
+    EditorState everything;
+    everything.can_undo = everything.can_redo = true;
+    everything.link = "x";
+    bar->Show(everything);
+    auto* widget = field == "Editor" ? scene.Editor().InputWidget() : scene.window->findChild<QWidget*>(field);
+    widget->setFocus();
+    Greedy greedy;
+    widget->installEventFilter(&greedy);
+    int pressed = 0;
+    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) {
+      for (QAction* action : menu->actions()) {
+        if (action->shortcut().isEmpty() || action->shortcutContext() == Qt::WidgetShortcut) continue;
+        int heard = 0;
+        const auto watch = connect(action, &QAction::triggered, this, [&heard] { ++heard; });
+        const QKeyCombination keys = action->shortcut()[0];
+        QTest::keyClick(widget, keys.key(), keys.keyboardModifiers());
+        disconnect(watch);
+        QVERIFY2(heard == 1, qPrintable(action->text() + ' ' + action->shortcut().toString()));
+        ++pressed;
+      }
+    }
+    QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aLinkGetsItsSchemeAndItsText() {
+    Scene scene;
+    scene.Open();
+    test::WhileOpen("LinkForm", [](QDialog& form) {
+      auto* ok = form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+      QVERIFY(!ok->isEnabled());  // a scheme alone leads nowhere
+      auto* address = form.findChild<QLineEdit*>("AddressTextBox");
+      address->selectAll();
+      QTest::keyClicks(address, "example.org/papers");
+      QTest::keyClicks(form.findChild<QLineEdit*>("LinkTextBox"), "our papers");
+      QTest::mouseClick(ok, Qt::LeftButton);
+    });
+    scene.window->Dispatch(24);
+    QVERIFY2(scene.Editor().Html().contains("<a href=\"https://example.org/papers\">our papers</a>"),
+             qPrintable(scene.Editor().Html()));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void theFontDialogStartsFromWhatIsThere() {
+    Scene scene;
+    scene.Open();
+    const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
+    scene.Editor().SetHtml(html);
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
+    QTimer look;
+    QFont shown;
+    connect(&look, &QTimer::timeout, this, [&shown] {
+      auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
+      if (dialog == nullptr) return;
+      shown = dialog->currentFont();
+      dialog->accept();
+    });
+    look.start(20);
+    scene.window->Dispatch(19);
+    QVERIFY(shown.bold());
+    QCOMPARE(shown.pointSize(), 18);
+    QCOMPARE(scene.Editor().Html(), html);
+  }
+
+  void thePreviewCallsNothingRightThatHasAFault() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    rig.AddGroup("Customers", {"a@example.org"});
+    for (const bool is_missing : {true, false}) {
+      document::MessageDocument document;
+      document.html = "<p>x</p>";
+      document.attachments.Add(is_missing ? "/nowhere/price.pdf" : rig.folder.Write("price.pdf", "x").string());
+      PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+      auto* findings = form.findChild<QListWidget*>("FindingsList");
+      QTRY_VERIFY(!findings->item(0)->text().contains("Looking"));
+      QCOMPARE(findings->item(0)->text().contains("price.pdf"), is_missing);
+      QCOMPARE(findings->item(0)->text().contains("Nothing was found"), !is_missing);
+    }
+  }
+
+  void recoveringAsksBeforeWhatWasTypedIsLost() {
+    Scene scene;
+    scene.rig.folder.Write("data/Autosave.htm", "<html><body>recovered</body></html>");
+    scene.Open();
+    scene.Editor().InsertHtml("new text");
+    const auto restore = [&] {
+      QTest::mouseClick(scene.window->findChild<QPushButton*>("RestoreButton"), Qt::LeftButton);
+    };
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    restore();
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().Html().contains("new text"));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    restore();
+    QVERIFY(scene.Editor().Html().contains("recovered"));
+  }
+
+  // Everything that stands in the window, one line each.
+  static QString Fields(const Scene& scene) {
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    QStringList lines = {scene.window->findChild<QLineEdit*>("SubjectTextBox")->text(),
+                         scene.Box("ToComboBox"),
+                         scene.Box("PriorityComboBox"),
+                         scene.Box("FormatComboBox"),
+                         scene.Box("SendingMethodComboBox"),
+                         scene.window->findChild<QCheckBox*>("RRRCheckBox")->isChecked() ? "receipt" : "none"};
+    for (int i = 0; i < box->count(); ++i) lines << box->itemText(i);
+    return lines.join('|') + '|' + scene.Editor().PlainText().trimmed();
+  }
+  static QString FillIn(const Scene& scene) {
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Customers");
+    scene.window->findChild<QComboBox*>("PriorityComboBox")->setCurrentText("High");
+    scene.window->findChild<QComboBox*>("FormatComboBox")->setCurrentText("Text");
+    scene.window->findChild<QComboBox*>("SendingMethodComboBox")->setCurrentText("Bulk Sending");
+    scene.window->findChild<QCheckBox*>("RRRCheckBox")->setChecked(true);
+    scene.window->findChild<MessageHeader*>()->AddAttachments({"/tmp/a.pdf", "/tmp/b.pdf"});
+    scene.Editor().InsertHtml("work");
+    return "Spring|Customers|High|Text|Bulk Sending|receipt|/tmp/a.pdf|/tmp/b.pdf|work";
+  }
+  static void Press(const Scene& scene, const char* button) {
+    QTest::mouseClick(scene.window->findChild<QPushButton*>(button), Qt::LeftButton);
+  }
+
+  void closingKeepsAllFieldsForTheNextStart() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    scene.Open();
+    const QString filled = FillIn(scene);
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    scene.Open();
+    QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    Press(scene, "RestoreButton");
+    QCOMPARE(Fields(scene), filled);
+    QVERIFY(scene.Editor().IsModified());
+    QCOMPARE(scene.Notice(), QString());
+    // A body that is saved comes back as its file.
+    scene.rig.prompts.files = {scene.rig.folder / "letter.html"};
+    scene.window->Dispatch(2);
+    scene.rig.Shown();
+    QVERIFY(scene.window->close());
+    scene.Open();
+    Press(scene, "RestoreButton");
+    QCOMPARE(Fields(scene), filled);
+    QVERIFY(!scene.Editor().IsModified());
+    scene.Editor().InsertHtml("more");
+    scene.window->Dispatch(2);
+    QVERIFY(platform::ReadFile(scene.rig.folder / "letter.html", 1000)->find("more") != std::string::npos);
+    QCOMPARE(scene.rig.Shown(), QString());
+    // A message without work leaves nothing.
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->clear();
+    scene.window->findChild<MessageHeader*>()->Clear();
+    QVERIFY(scene.window->close());
+    scene.Open();
+    QCOMPARE(scene.Notice(), QString());
+  }
+
+  void aSubjectAloneIsKeptWhileItIsTyped() {
+    Scene scene;
+    scene.Open();
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "Spring");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
+    QVERIFY(!scene.Editor().IsModified());
+    // So is the group that was made for it.
+    test::WhileOpen("", [](QDialog& form) {
+      QTest::keyClicks(form.findChild<QLineEdit*>(), "Gardeners");
+      QTest::keyClick(&form, Qt::Key_Return);
+    });
+    scene.window->findChild<QAction*>("NewGroupAction")->trigger();
+    QCOMPARE(scene.Box("ToComboBox"), QString("Gardeners"));
+    QTRY_VERIFY(platform::ReadFile(scene.rig.folders.data / "Autosave.fields", 10000)->find("Group: Gardeners") !=
+                std::string::npos);
+  }
+
+  void newClearsAllFieldsAndKeepsThem() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    const QString filled = FillIn(scene);
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    emit bar->OwnTriggered(OwnCommand::kNew);
+    QCOMPARE(Fields(scene), filled);
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    emit bar->OwnTriggered(OwnCommand::kNew);
+    QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    scene.rig.Shown();
+    // What stands there when it is taken up again is kept in its turn.
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Autumn");
+    Press(scene, "RestoreButton");
+    QCOMPARE(scene.rig.Shown(), QString());
+    QCOMPARE(Fields(scene), filled);
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Autumn"));
+    Press(scene, "DiscardButton");
+    QCOMPARE(scene.Notice(), QString());
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aDraftThatCannotBeKeptHoldsTheWindowOnce() {
+    Scene scene;
+    scene.Open();
+    std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    QVERIFY(!scene.window->close());
+    QVERIFY2(scene.Status().contains("Autosave.fields"), qPrintable(scene.Status()));
+    // One that was kept since is lost again only after a word of it.
+    std::filesystem::remove_all(scene.rig.folders.data / "Autosave.fields");
+    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Summer");
+    QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
+    std::filesystem::remove(scene.rig.folders.data / "Autosave.fields");
+    std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
+    QVERIFY(!scene.window->close());
+    QVERIFY(scene.window->close());
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void severalAttachmentsAreTakenOutAtOnce() {
+    Scene scene;
+    scene.Open();
+    auto* header = scene.window->findChild<MessageHeader*>();
+    auto* total = scene.window->findChild<QPushButton*>("AttachmentCountButton");
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    QVERIFY(!total->isVisible());
+    QStringList files;
+    for (const char* name : {"a.pdf", "b.pdf", "c.pdf"}) {
+      files << PathToQt(scene.rig.folder.Write(name, "123456"));
+    }
+    header->AddAttachments(files + QStringList{"/nowhere/d.pdf"});
+    QCOMPARE(total->text(), QString::fromUtf8("4 files, 18 bytes, 1 not there…"));
+    const auto take_out = [](QDialog& form, QDialogButtonBox::StandardButton end) {
+      auto* list = form.findChild<QListWidget*>("AttachmentsList");
+      for (const int row : {0, 2, 3}) list->item(row)->setSelected(true);
+      QTest::mouseClick(form.findChild<QPushButton*>("RemoveButton"), Qt::LeftButton);
+      QCOMPARE(form.findChild<QLabel*>("AttachmentsTotal")->text(), QString("1 file, 6 bytes"));
+      QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(end), Qt::LeftButton);
+    };
+    test::WhileOpen("AttachmentsForm", [&](QDialog& form) { take_out(form, QDialogButtonBox::Cancel); });
+    QTest::mouseClick(total, Qt::LeftButton);
+    QCOMPARE(box->count(), 4);
+    test::WhileOpen("AttachmentsForm", [&](QDialog& form) { take_out(form, QDialogButtonBox::Ok); });
+    QTest::mouseClick(total, Qt::LeftButton);
+    QCOMPARE(box->count(), 1);
+    QCOMPARE(box->currentText(), files.at(1));
+    QCOMPARE(total->text(), QString::fromUtf8("1 file, 6 bytes…"));
+    QCOMPARE(scene.rig.Shown(), QString());
+    scene.window->skip_save_prompt = true;
+  }
+
+  void anImportLeavesTheChosenGroupAndIsNotCutOff() {
+    Scene scene;
+    scene.rig.AddGroup("Alpha", {"a@example.org"});
+    scene.rig.AddGroup("Beta", {"b@example.org"});
+    scene.Open();
+    auto* to = scene.window->findChild<QComboBox*>("ToComboBox");
+    to->setCurrentText("Alpha");
+    std::string text;
+    for (int i = 0; i < 30000; ++i) text += "p" + std::to_string(i) + "@example.org\n";
+    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", text)};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(43);
+    to->setCurrentText("Beta");
+    scene.window->Dispatch(43);
+    QVERIFY2(scene.Status().contains("Another file"), qPrintable(scene.Status()));
+    QVERIFY(!scene.window->close());
+    QTRY_VERIFY2(scene.Status().startsWith("30,000 addresses were added."), qPrintable(scene.Status()));
+    QCOMPARE(to->currentText(), QString("Beta"));
+    QCOMPARE(*scene.rig.Store().CountRecipients("Alpha"), std::int64_t{30001});
+  }
+
+  void anImportTellsWhatItsCountsDoNot() {
+    Scene scene;
+    scene.rig.AddGroup("Alpha", {"a@example.org"});
+    scene.Open();
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Alpha");
+    std::filesystem::remove_all(scene.rig.folders.temporary);
+    scene.rig.folder.Write("Temp", "in the way");
+    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", "o'brien@example.org")};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->Dispatch(43);
+    QTRY_VERIFY2(scene.Status().startsWith("1 address was added."), qPrintable(scene.Status()));
+    QVERIFY2(scene.Status().contains("There is no report. ") &&
+                 scene.Status().contains("1 address was cut, the first to brien@"),
+             qPrintable(scene.Status()));
+  }
+
+  void previewOpensTheMessageWithItsTags() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.Open();
+    scene.Editor().InsertHtml("<p>Dear $*MergeFirstName*$</p>");
+    scene.window->Dispatch(37);
+    QCOMPARE(scene.rig.desktop.opened, std::vector<std::string>{"Preview.eml"});
+    QVERIFY(platform::ReadFile(scene.rig.folders.PreviewMessage(), 100000)->find("$*MergeFirstName*$") !=
+            std::string::npos);
+    QVERIFY(scene.Editor().IsModified());
+  }
+
+  void aBeginnerPractisesFromNothingToArrivedMessages() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("Practice"));
+    QCOMPARE(scene.Box("FromComboBox"), QString("Practice <practice@quillcast.example>"));
+    scene.rig.AddGroup("Friends", {"bob@example.net", "eve@example.net"});
+    auto* groups = scene.window->findChild<QMenu*>("GroupsMenu");
+    QVERIFY(groups != nullptr);
+    scene.rig.prompts.files = {scene.rig.folder.Write("more.txt", "Call Mallory, mallory@example.net, tomorrow.")};
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    scene.window->Dispatch(43);
+    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("3 recipients"));
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "For $*MergeEmail*$");
+    scene.Editor().InsertHtml("<p>Dear $*MergeEmail*$</p>");
+    scene.rig.Shown();
+
+    test::WhileOpen("PreviewForm", [](QDialog& form) {
+      form.findChild<QSpinBox*>("RecipientSpinBox")->setValue(3);
+      QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("For mallory@example.net"));
+      QTRY_VERIFY(form.findChild<QListWidget*>("FindingsList")->item(0)->text().contains("Nothing was found"));
+      QCOMPARE(form.findChild<QPlainTextEdit*>("PreviewText")->toPlainText().trimmed(),
+               QString("Dear mallory@example.net"));
+      QTest::mouseClick(form.findChild<QPushButton*>("SendToMyselfButton"), Qt::LeftButton);
+      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().contains("on its way to practice@"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PreviewButton"), Qt::LeftButton);
+
+    test::WhileOpen("SendMailForm1", [](QDialog& form) {
+      auto* button = form.findChild<QPushButton*>("SendButton");
+      QTest::mouseClick(button, Qt::LeftButton);
+      QTRY_COMPARE(button->text(), QString("Close"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QTRY_VERIFY(scene.Notice().contains("4 messages have arrived"));
+    const auto message = platform::ReadFile(scene.rig.folders.data / "Practice" / "000002.eml", 100000);
+    QVERIFY(message && message->find("Subject: For bob@example.net") != std::string::npos);
+    const QString text = ToQt(*message).remove("=\r\n");
+    QVERIFY2(text.contains("<p>Dear=20bob@example.net</p>"), qPrintable(text));
+    test::WhileOpen("PracticeForm", [](QDialog& form) {
+      QCOMPARE(form.findChild<QListWidget*>("PracticeList")->count(), 4);
+      QVERIFY(form.findChild<QPlainTextEdit*>("PracticeMessage")->toPlainText().contains("mallory@example.net"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("no mail account"));
+  }
+
+  void practiceNeverTakesTheAccountOfItsOwner() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    const std::string port = *scene.rig.settings.Read("Account", "Port", "");
+    test::WhileOpen("EmailManagerForm", [](QDialog& form) {
+      form.findChild<QLineEdit*>("FullNameTextBox")->setText("Ada");
+      form.findChild<QLineEdit*>("EmailTextBox")->setText("ada@example.org");
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    scene.window->Dispatch(39);
+    QVERIFY(scene.Notice().contains("Practice"));  // still its server
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    for (const char* file : {"000001.eml", "000001.txt", "000002.eml"}) {
+      std::ofstream(scene.rig.folders.data / "Practice" / file) << "Subject: x\r\n";
+    }
+    scene.Open();
+    QVERIFY2(scene.Notice().contains("2 messages have arrived"), qPrintable(scene.Notice()));  // goes on after a start
+    test::WhileOpen("EmailManagerForm", [](QDialog& form) {
+      form.findChild<QLineEdit*>("ServerTextBox")->setText("mail.example.org");
+      form.findChild<QLineEdit*>("PortTextBox")->setText("587");
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    scene.window->Dispatch(39);
+    QCOMPARE(scene.Notice(), QString());
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    scene.Open();
+    QCOMPARE(scene.Notice(), QString());
+    QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.example.org");
+    QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
+  }
+
+  void theSplashStandsForASecondBeforeTheWindow() {
+    test::FormRig rig;
+    QVERIFY(rig.settings.Write("Options", "Tips", "0"));
+    SplashForm steps("Any System 1");
+    QSignalSpy values(steps.findChild<QProgressBar*>(), &QProgressBar::valueChanged);
+    steps.Run();
+    QCOMPARE(values.size(), 500);
+    QCOMPARE(values.first().first().toInt() * 1000 + values.last().first().toInt(), 1500);
+    QCOMPARE(steps.findChild<QLabel*>("VersionNumber")->text(), QString("1.0"));
+    QCOMPARE(steps.findChild<QLabel*>("WindowsVersion")->text(), QString("Any System 1"));
+    steps.close();
+
+    QElapsedTimer since;
+    since.start();
+    const auto window = StartWindow(rig.program);
+    QPointer<SplashForm> splash;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (widget != &steps && widget->objectName() == "SplashForm") splash = qobject_cast<SplashForm*>(widget);
+    }
+    QVERIFY(splash && splash->isVisible() && !window->isVisible());
+    QCOMPARE(splash->findChild<QLabel*>("WindowsVersion")->text(), ToQt(platform::SystemName()));
+    QVERIFY(QApplication::overrideCursor() != nullptr);
+    QTRY_VERIFY(window->isVisible());
+    QVERIFY2(since.elapsed() >= 1000, qPrintable(QString::number(since.elapsed())));
+    QTRY_VERIFY(!splash);
+    QVERIFY(QApplication::overrideCursor() == nullptr);
+    window->skip_save_prompt = true;
+    window->close();
+
+    QVERIFY(rig.settings.Write("Options", "Splash", "0"));
+    const auto at_once = StartWindow(rig.program);
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      QVERIFY(widget == &steps || !widget->inherits("SplashForm"));
+    QTRY_VERIFY(at_once->isVisible());
+    at_once->skip_save_prompt = true;
+    at_once->close();
+  }
+
+  void thePanelsOfTheLocksAreDimmedUnlessTheyHold() {
+    Scene scene;
+    scene.Open();
+    const auto lit = [&scene] {
+      QString names;
+      for (int i = 2; i <= 4; ++i) {
+        auto* panel = scene.window->findChild<QLabel*>(QString("StatusPanel%1").arg(i));
+        if (panel->isEnabled()) names += panel->text() + ' ';
+      }
+      return names;
+    };
+    QCOMPARE(lit(), QString("INS "));
+    struct Key {
+      Qt::Key key;
+      quint32 scan_code, modifiers;  // as the system counts them, before the key
+      const char* lit;
+    };
+    for (const Key& c : {Key{Qt::Key_A, 38, 0x10, "INS NUM "}, Key{Qt::Key_CapsLock, 66, 0x10, "INS CAPS NUM "},
+                         Key{Qt::Key_A, 38, 0x12, "INS CAPS NUM "}, Key{Qt::Key_A, 0, 0, "INS CAPS NUM "},
+                         Key{Qt::Key_NumLock, 77, 0x12, "INS CAPS "}, Key{Qt::Key_CapsLock, 66, 0x02, "INS "}}) {
+      QKeyEvent press(QEvent::KeyPress, c.key, Qt::NoModifier, c.scan_code, 0, c.modifiers);
+      QCoreApplication::sendEvent(scene.window->findChild<QLineEdit*>("SubjectTextBox"), &press);
+      QCOMPARE(lit(), QString(c.lit));
+    }
+  }
+
+  void theSubjectHasAMenuOfTagsOfItsOwn() {
+    Scene scene;
+    scene.Open();
+    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
+    subject->setText("For  only");
+    subject->setCursorPosition(4);
+    auto* tags = scene.window->findChild<QMenu*>("SubjectTagMenu");
+    QCOMPARE(tags->actions().size(), 18);
+    tags->actions().at(2)->trigger();
+    QCOMPARE(subject->text(), QString("For $*MergeFirstName*$ only"));
+    QCOMPARE(scene.Focus(), QString("SubjectTextBox"));
+    QVERIFY(!scene.Editor().IsModified());
+    emit subject->customContextMenuRequested({});
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    QVERIFY(menu != nullptr && menu->actions().contains(tags->menuAction()));
+    menu->close();
+    scene.window->skip_save_prompt = true;
+  }
+
+  void anotherMethodSaysThatARunIsPersonal() {
+    Scene scene;
+    scene.Open();
+    auto* method = scene.window->findChild<QComboBox*>("SendingMethodComboBox");
+    for (const auto& [index, is_said] :
+         {std::pair{0, false}, std::pair{1, true}, std::pair{0, false}, std::pair{2, true}}) {
+      scene.window->Say("x");
+      method->setCurrentIndex(index);
+      emit method->activated(index);
+      QCOMPARE(scene.Status().contains("personal"), is_said);
+    }
+  }
+
+  void theSplashIsSwitchedOffInTheMenu() {
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    for (const char* stored : {"0", "1"}) {
+      emit bar->OwnTriggered(OwnCommand::kSplash);
+      QCOMPARE(scene.rig.settings.Read("Options", "Splash", "")->c_str(), stored);
+    }
+  }
+
+  void helpAndTipsOpen() {
+    Scene scene;
+    scene.Open();
+    QVERIFY(scene.rig.settings.Write("Options", "Tips", "0"));
+    scene.window->ShowTipsAtStart();  // nothing opens, or the test would wait for ever
+    test::WhileOpen("TipsForm", [](QDialog& form) {
+      const QString first = form.findChild<QLabel*>("TipText")->text();
+      QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
+      QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
+    });
+    scene.window->Dispatch(61);
+    QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
+    QCOMPARE(scene.rig.settings.Read("Options", "Tips", "")->c_str(), "0");
+    scene.window->Dispatch(59);
+    auto* page = scene.window->findChild<QWidget*>("HelpPage");
+    QVERIFY(page != nullptr && page->isVisible());
+    for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"AttachmentsForm", "<h2>Attachments</h2>"}, {"TableForm", "<h2>Tables</h2>"}, {"", "<h2>Welcome</h2>"}}) {
+      const auto topic = scene.rig.folders.program / "help" / FromQt(TopicOf(window));
+      QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);
+    }
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::MainFormTest)
+#include "main_form_test.moc"

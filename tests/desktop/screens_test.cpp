@@ -1,0 +1,250 @@
+// Shows every window, light and dark; with QUILLCAST_SCREENS set to a folder, a picture of each is put there.
+#include <QAccessible>
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPalette>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTest>
+#include <QTranslator>
+#include <memory>
+
+#include "desktop/account/email_manager_form.h"
+#include "desktop/account/thread_form.h"
+#include "desktop/document/attachments_form.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/document/link_form.h"
+#include "desktop/document/table_form.h"
+#include "desktop/form_rig.h"
+#include "desktop/run/history_manager_form.h"
+#include "desktop/run/preview_form.h"
+#include "desktop/run/send_mail_form1.h"
+#include "desktop/shell/about_form.h"
+#include "desktop/shell/help_form.h"
+#include "desktop/shell/main_form.h"
+#include "desktop/shell/splash_form.h"
+#include "desktop/shell/tips_form.h"
+#include "platform/file.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr const char* kLetter =
+    "<html><body><h2 style='color:#1f5f8b'>Spring papers are here</h2><p>Dear $*MergeFirstName*$,</p><p>The new "
+    "<b>hand-made papers</b> have arrived at our room in $*MergeCity*$. Three that you may like:</p><ul><li>Moss, 120 "
+    "g, deckle edge</li><li>Chalk, 200 g</li><li><a href='https://paper-room.example/ink'>Ink</a>, for "
+    "letterpress</li></ul><table border=1 cellpadding=6 cellspacing=0><tr><td>Sheet</td><td>Price</td></tr><tr><td>A4"
+    "</td><td>0.90</td></tr></table><p>Yours,<br>Ada</p></body></html>";
+
+QPalette DarkPalette() {
+  QPalette dark(QColor(45, 48, 54));
+  dark.setColor(QPalette::Window, QColor(45, 48, 54));
+  dark.setColor(QPalette::Base, QColor(32, 34, 39));
+  dark.setColor(QPalette::AlternateBase, QColor(52, 56, 63));
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+    dark.setColor(role, QColor(230, 232, 235));
+  }
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    dark.setColor(QPalette::Disabled, role, QColor(130, 134, 140));
+  }
+  dark.setColor(QPalette::Button, QColor(58, 62, 69));
+  dark.setColor(QPalette::Highlight, QColor(46, 116, 181));
+  dark.setColor(QPalette::HighlightedText, Qt::white);
+  dark.setColor(QPalette::Link, QColor(110, 180, 240));
+  return dark;
+}
+
+constexpr QChar kMark = u'\u00a7';
+
+// Names, versions, and what people wrote.
+const QStringList kNotOurs = {"Personal",
+                              "bob@example.net",
+                              "Spring papers for ",
+                              "SMTP",
+                              "POP3",
+                              "IMAP4",
+                              "Linux",
+                              "Quillcast Classic",
+                              "Tarnwick Quillcast Classic Edition 1.0"};
+
+// Stands in for a catalogue: marks what goes through it.
+class Marking final : public QTranslator {
+ public:
+  bool isEmpty() const override { return false; }
+  QString translate(const char*, const char* source, const char*, int) const override {
+    return kMark + QString(source);
+  }
+};
+
+}  // namespace
+
+class ScreensTest : public QObject {
+  Q_OBJECT
+
+  QString folder_ = qEnvironmentVariable("QUILLCAST_SCREENS");
+  QString theme_;
+
+  // Every text that is the program's own bears the translator's mark; what people wrote, names and numbers do not.
+  void LookForUntranslated(QWidget& window, const QString& name) {
+    QStringList texts;
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (!widget->isVisible() || qobject_cast<const QDialogButtonBox*>(widget->parent()) != nullptr) continue;
+      for (const char* property : {"placeholderText", "toolTip", "accessibleName"}) {
+        texts << widget->property(property).toString();
+      }
+      if (qobject_cast<const QLineEdit*>(widget) == nullptr) texts << widget->property("text").toString();
+      if (const auto* box = qobject_cast<const QGroupBox*>(widget)) texts << box->title();
+    }
+    for (const QAction* action : window.findChildren<QAction*>()) texts << action->text();
+    for (const auto* tabs : window.findChildren<QTabWidget*>()) {
+      for (int i = 0; i < tabs->count(); ++i) texts << tabs->tabText(i);
+    }
+    const QRegularExpression letters("[A-Za-z]{2}");
+    for (const QString& text : texts) {
+      const bool is_ours = text.contains(letters) && !kNotOurs.contains(text);
+      QVERIFY2(!is_ours || text.contains(kMark), qPrintable(name + ": " + text));
+    }
+  }
+
+  // A window that shows has every control inside it, and text in each that is not cut off.
+  void Take(QWidget& window, const QString& name) {
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTest::qWait(250);  // the page paints by itself
+    const QSize free = window.screen()->availableGeometry().size();
+    const QSize taken = window.frameGeometry().size();
+    QVERIFY2(taken.boundedTo(free) == taken, qPrintable(name + " is larger than the screen"));
+    for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+      const bool is_out = button->isVisible() && button->isDefault() && button->visibleRegion().isEmpty();
+      QVERIFY2(!is_out, qPrintable(name + " scrolls its button away"));
+    }
+    for (const QLabel* label : window.findChildren<QLabel*>()) {
+      if (!label->isVisible() || label->wordWrap() || label->text().isEmpty()) continue;
+      const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
+      QVERIFY2(fits, qPrintable(name + ": " + label->text()));
+    }
+    for (const QWidget* control : window.findChildren<QWidget*>()) {
+      const bool has_text = qobject_cast<const QPushButton*>(control) != nullptr ||
+                            qobject_cast<const QCheckBox*>(control) != nullptr ||
+                            qobject_cast<const QRadioButton*>(control) != nullptr;
+      if (!has_text || !control->isVisible()) continue;
+      QVERIFY2(control->width() >= control->minimumSizeHint().width(), qPrintable(name + ": " + control->objectName()));
+    }
+    for (QWidget* widget : window.findChildren<QWidget*>()) {  // what the keyboard reaches says what it is
+      if (!widget->isVisible() || !widget->isEnabled() || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
+      if (widget->inherits("QQuickWidget")) continue;  // the page speaks for itself
+      if (widget->focusProxy() != nullptr || widget->parentWidget()->inherits("QTabWidget")) continue;
+      const auto* accessible = QAccessible::queryAccessibleInterface(widget);
+      QVERIFY2(accessible != nullptr && !accessible->text(QAccessible::Name).isEmpty(),
+               qPrintable(name + ": " + widget->metaObject()->className() + ' ' + widget->objectName()));
+    }
+    if (theme_ == "translated") LookForUntranslated(window, name);
+    if (folder_.isEmpty()) return;
+    QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
+  }
+
+ private slots:
+  void initTestCase() { QApplication::setStyle(QStyleFactory::create("fusion")); }
+
+  void everyWindow_data() {
+    QTest::addColumn<QString>("theme");
+    QTest::newRow("light") << "light";
+    QTest::newRow("dark") << "dark";
+    QTest::newRow("translated, from right to left") << "translated";
+  }
+  void everyWindow() {
+    QFETCH(QString, theme);
+    theme_ = theme;
+    Marking translator;
+    const bool is_translated = theme == "translated";
+    if (is_translated) QCoreApplication::installTranslator(&translator);
+    QApplication::setLayoutDirection(is_translated ? Qt::RightToLeft : Qt::LeftToRight);
+    QApplication::setPalette(theme == "dark" ? DarkPalette() : QApplication::style()->standardPalette());
+    {
+      test::FormRig fresh;
+      MainForm window(fresh.program);
+      window.Load();
+      Take(window, "first-start");
+      window.skip_save_prompt = true;
+      window.close();
+    }
+    test::FormRig rig;
+    rig.FillInAccount("1");
+    rig.AddGroup("Customers", {"bob@example.net", "eve@example.net", "<mallory>", "no address"});
+    MainForm window(rig.program);
+    window.Load();
+    window.findChild<QComboBox*>("ToComboBox")->setCurrentText("Customers");
+    window.findChild<QLineEdit*>("SubjectTextBox")->setText("Spring papers for $*MergeFirstName*$");
+    auto* editor = window.findChild<HtmlEditor*>("Editor");
+    editor->SetHtml(kLetter);
+    Take(window, "main");
+    window.resize(window.minimumSize());
+    if (!is_translated) Take(window, "main-small");
+
+    document::MessageDocument document;
+    document.subject = "Spring papers for $*MergeFirstName*$";
+    document.html = kLetter;
+    const auto group = **rig.Store().FindGroup("Customers");
+    PreviewForm preview(rig.program, document, group, 4, QUrl("file:///"), nullptr);
+    preview.show();
+    QTRY_VERIFY(preview.findChild<QListWidget*>("FindingsList")->count() > 1);
+    Take(preview, "preview");
+
+    SendMailForm1 send(rig.program, {document, group, 4}, nullptr);
+    send.show();
+    send.findChild<QPushButton*>("SendButton")->click();
+    QTRY_COMPARE(send.stage(), SendMailForm1::Stage::kFinished);
+    Take(send, "send");
+    send.findChild<QTabWidget*>()->setCurrentIndex(0);
+    Take(send, "report");
+
+    EmailManagerForm account(rig.program, nullptr);
+    for (int page = 0; page < 3; ++page) {
+      account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
+      Take(account, QString("account-%1").arg(page + 1));
+    }
+    for (const char* file : {"07-03-2026_09-05-07_Hello.txt", "01-02-2027_10-00-00_News.txt"}) {
+      QVERIFY(platform::ReplaceFile(rig.folders.History() / file, "x"));
+    }
+    HistoryManagerForm history(rig.program, nullptr);
+    Take(history, "history");
+    ThreadForm threads(rig.settings, nullptr);
+    Take(threads, "threads");
+    TableForm table(rig.prompts, nullptr);
+    Take(table, "table");
+    document::AttachmentList files;
+    files.Add(rig.folder.Write("price.pdf", "x").string());
+    files.Add("/nowhere/leaflet.pdf");
+    AttachmentsForm attachments(files, nullptr);
+    Take(attachments, "attachments");
+    LinkForm link({}, "our papers", nullptr);
+    Take(link, "link");
+    TipsForm tips(rig.settings, nullptr);
+    Take(tips, "tips");
+    AboutForm about(nullptr);
+    Take(about, "about");
+    auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);
+    Take(*help, "help");
+    delete help;
+    SplashForm splash("Linux");
+    splash.Run();
+    Take(splash, "splash");
+    window.skip_save_prompt = true;
+    window.close();
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ScreensTest)
+#include "screens_test.moc"

@@ -1,0 +1,555 @@
+// The dialog of a run, against the built-in mailbox.
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
+#include <QTimer>
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <thread>
+
+#include "desktop/form_rig.h"
+#include "desktop/run/report_view.h"
+#include "desktop/run/send_mail_form1.h"
+#include "desktop/run/shut_down_form.h"
+#include "desktop/widgets/qt_prompts.h"
+#include "platform/file.h"
+#include "recipients/import/recipient_import.h"
+#include "smtp/mailbox/mailbox_server.h"
+
+namespace quillcast::desktop {
+namespace {
+
+// Takes messages for as long as it lives; refuses whoever is called "no", and the sender "refused".
+class Mailbox {
+ public:
+  explicit Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : server_(Listen(store, clock)) {
+    thread_ = std::thread([this] { IgnoreErrors(server_.Run(stop_)); });
+  }
+  ~Mailbox() {
+    Release();
+    stop_.Request();
+    thread_.join();
+  }
+  std::string port() const { return server_.address().substr(server_.address().rfind(':') + 1); }
+  // From here on a message that has come whole is not answered before Release.
+  void Hold() { holds_ = true; }
+  void Release() {
+    holds_ = false;
+    holds_.notify_all();
+  }
+  bool has_one() const { return has_one_; }
+
+ private:
+  smtp::MailboxServer Listen(const std::filesystem::path& store, const platform::Clock& clock) {
+    smtp::MailboxOptions options;
+    options.listen = "127.0.0.1:0";
+    options.store = store;
+    options.session.rules = {{.pattern = "no@*"}, {.stage = smtp::RuleStage::kSender, .pattern = "refused@*"}};
+    options.kept = [this](const smtp::MailboxMessage&) {
+      has_one_ = true;
+      holds_.wait(true);
+    };
+    return std::move(*smtp::MailboxServer::Listen(std::move(options), clock));
+  }
+  std::atomic<bool> holds_ = false;
+  std::atomic<bool> has_one_ = false;
+  platform::CancelToken stop_;
+  smtp::MailboxServer server_;
+  std::thread thread_;
+};
+
+}  // namespace
+
+class SendFormTest : public QObject {
+  Q_OBJECT
+
+  struct Scene {
+    test::FormRig rig;
+    Mailbox mailbox{rig.folder.path() / "Mailbox", rig.clock};
+    std::unique_ptr<SendMailForm1> form;
+
+    explicit Scene(const std::vector<std::string>& addresses) {
+      rig.FillInAccount(mailbox.port());
+      rig.AddGroup("Customers", addresses);
+      SendJob job;
+      job.document.subject = "Hello $*MergeEmail*$";
+      job.document.html = "<p>Dear $*MergeEmail*$</p>";
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = static_cast<std::int64_t>(addresses.size());
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+    }
+    // The form for so many recipients, added in one go.
+    explicit Scene(int recipients) : Scene(std::vector<std::string>()) {
+      std::string text;
+      for (int i = 0; i < recipients; ++i) text += "p" + std::to_string(i) + "@example.org\n";
+      recipients::ImportRequest request;
+      request.file = rig.folder.Write("list.txt", text);
+      request.group = "Customers";
+      platform::CancelToken never;
+      recipients::ImportRecipients(request, {rig.folders.Database(), rig.folders.ImportReport(), "UTF-8"}, never,
+                                   [](const auto&) {});
+      SendJob job;
+      job.document.html = "<p>x</p>";
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = recipients;
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+    }
+    // The form for a message that names a picture of its own and this one of another folder.
+    std::filesystem::path OpenWithForeignPicture() {
+      const std::string gif = "GIF89a\x01";
+      SendJob job;
+      job.document.html = "<img src=own.gif><img src='../home/private.gif'>";
+      job.document.base_folder = rig.folder.Write("page/own.gif", gif).parent_path();
+      job.group = **rig.Store().FindGroup("Customers");
+      job.recipients = 1;
+      const auto home = rig.folder.Write("home/private.gif", gif);
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      form->show();
+      return home;
+    }
+    void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
+    QString Caption() const { return form->findChild<QPushButton*>("SendButton")->text(); }
+    QString Text(const char* name) const { return form->findChild<QLabel*>(name)->text(); }
+    QStringList Report() const {
+      auto* report = form->findChild<ReportView*>("Report");
+      QStringList lines;
+      for (std::size_t i = 0; i < report->line_count(); ++i) lines << report->LineAt(i);
+      return lines;
+    }
+    // The report as it stands in the history.
+    QString Kept() const {
+      QString text;
+      for (const auto& entry : std::filesystem::directory_iterator(rig.folders.History())) {
+        if (entry.path().extension() == ".txt") text += ToQt(*platform::ReadFile(entry.path(), 1 << 20));
+      }
+      return text;
+    }
+    std::size_t Arrived() const {
+      std::size_t files = 0;
+      for (const auto& entry : std::filesystem::directory_iterator(rig.folder.path() / "Mailbox")) {
+        files += entry.path().extension() == ".eml" ? 1 : 0;
+      }
+      return files;
+    }
+  };
+
+ private slots:
+  void aRunIsSentReportedAndListed() {
+    Scene scene({"a@example.org", "no@example.org", "c@example.org"});
+    QCOMPARE(scene.Caption(), QString("Send"));
+    QVERIFY(scene.Text("HeadingLabel").contains("3 recipients"));
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), std::size_t{2});
+    const QStringList report = scene.Report();
+    QCOMPARE(report.first(), QString("Personal Sending process has been started."));
+    QCOMPARE(report.count("Message sent successfully."), 2);
+    QVERIFY(report.contains("There was an error sending your message."));
+    QCOMPARE(report.mid(report.size() - 3).join("/"),
+             QString("Personal Sending process has been completed./2 messages sent during process./"
+                     "1 messages failed during process."));
+    QCOMPARE(scene.form->findChild<QProgressBar*>("RunProgressBar")->text(), QString("3 of 3"));
+
+    // Who did not get it is what a person looks for then.
+    auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
+    QCOMPARE(scene.form->findChild<QComboBox*>("ResultStateComboBox")->currentText(), QString("Who did not get it"));
+    QCOMPARE(table->rowCount(), 1);
+    QCOMPARE(table->index(0, 1).data().toString(), QString("no@example.org"));
+    QVERIFY(table->index(0, 3).data().toString().contains("550"));
+    scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(0);
+    QCOMPARE(table->rowCount(), 3);
+    scene.form->findChild<QLineEdit*>("ResultTextBox")->setText("C@EXAMPLE");
+    QCOMPARE(table->rowCount(), 1);
+    scene.Press("CopyResultsButton");
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("3\tc@example.org\tsent\t\n"));
+    const auto results = scene.rig.folder.Write("results.txt", "mine");
+    std::filesystem::permissions(results, std::filesystem::perms(0444));
+    scene.rig.prompts.files = {results};
+    for (const auto& [answer, content] :
+         {std::pair(platform::Answer::kNo, "mine"), std::pair(platform::Answer::kYes, "3\tc@example.org\tsent\t\n")}) {
+      scene.rig.prompts.answers = {answer};
+      scene.Press("SaveResultsButton");
+      QVERIFY(scene.rig.prompts.answers.empty());
+      QCOMPARE(platform::ReadFile(results, 1000)->c_str(), content);
+    }
+    scene.Press("SendButton");
+    QVERIFY(!scene.form->isVisible());
+  }
+
+  void aPartIsSentAndShowsWhomItMeans() {
+    std::vector<std::string> addresses;
+    for (char letter = 'a'; letter <= 'm'; ++letter) addresses.push_back(std::string(1, letter) + "@example.org");
+    Scene scene(addresses);
+    scene.form->findChild<QCheckBox*>("PartialCheckBox")->setChecked(true);
+    auto* first = scene.form->findChild<QSpinBox*>("FirstSpinBox");
+    auto* last = scene.form->findChild<QSpinBox*>("LastSpinBox");
+    const auto type = [](QSpinBox* box, const char* number) {
+      box->setFocus();
+      box->selectAll();
+      for (const char* digit = number; *digit != 0; ++digit) {
+        QTest::keyClick(box, *digit);
+        QTest::qWait(300);  // longer than the pause after which the names are looked up
+      }
+    };
+    type(first, "3");
+    type(last, "12");
+    first->setFocus();
+    QTRY_COMPARE(scene.Text("RangeLabel"), QString("c@example.org … l@example.org"));
+    type(last, "11");
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Report().at(1), QString("Partial Sending to 9 recipients (from #3 to #11)."));
+    QCOMPARE(scene.Arrived(), std::size_t{9});
+  }
+
+  void aQuestionAboutPicturesHoldsTheButton() {
+    for (const bool take : {false, true}) {
+      Scene scene({"a@example.org"});
+      const auto home = scene.OpenWithForeignPicture();
+      scene.Press("SendButton");  // before it is known
+      QTRY_VERIFY(scene.Text("PicturesLabel").contains(PathToQt(home)));
+      const auto* notes = scene.form->findChild<QListWidget*>("NotesList");
+      QTRY_COMPARE(notes->findItems("own.gif goes along", Qt::MatchContains).size(), 1);
+      QVERIFY(scene.form->findChild<QPushButton*>("TakePicturesButton")->isVisible());
+      QVERIFY(!scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
+      scene.form->findChild<QPushButton*>("TakePicturesButton")->setFocus();  // as when the other is disabled
+      QTest::keyClick(scene.form->findChild<QPushButton*>("TakePicturesButton"), Qt::Key_Return);
+      QTest::qWait(50);
+      QVERIFY(scene.form->findChild<QPushButton*>("TakePicturesButton")->isVisible());
+      QCOMPARE(scene.Arrived(), 0U);
+      scene.Press(take ? "TakePicturesButton" : "LeavePicturesButton");
+      QTRY_VERIFY(scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
+      scene.Press("SendButton");
+      QTRY_COMPARE(scene.Caption(), QString("Close"));
+      const auto message = platform::ReadFile(scene.rig.folder.path() / "Mailbox" / "000001.eml", 100000);
+      QVERIFY(message);
+      QVERIFY(message->find("own.gif") != std::string::npos);
+      QCOMPARE(message->find("filename=\"private.gif\"") != std::string::npos, take);
+    }
+  }
+
+  void aFailureDoesNotAnswerForThePerson() {
+    Scene scene({"a@example.org"});
+    const auto settings = scene.rig.settings.file();
+    const auto button = [&] { return scene.form->findChild<QPushButton*>("SendButton"); };
+    {
+      auto other = platform::Database::Open(settings, platform::OpenMode::kReadWrite);
+      QVERIFY(other && other->Execute("BEGIN EXCLUSIVE"));
+      const auto home = scene.OpenWithForeignPicture();
+      scene.Press("SendButton");
+      QTest::qWait(300);  // longer than the window itself would wait
+      QCOMPARE(scene.form->stage(), SendMailForm1::Stage::kIdle);
+      QVERIFY(other->Execute("COMMIT"));
+      QTRY_VERIFY(scene.Text("PicturesLabel").contains(PathToQt(home)));
+    }
+    std::filesystem::rename(settings, settings.string() + ".good");
+    QVERIFY(platform::ReplaceFile(settings, std::string(5000, 'x')));
+    const auto home = scene.OpenWithForeignPicture();
+    QTRY_VERIFY(scene.Text("PicturesLabel").contains("damaged"));
+    QVERIFY(!button()->isEnabled());
+    QVERIFY(!scene.form->findChild<QPushButton*>("LeavePicturesButton")->isVisible());
+    std::filesystem::rename(settings.string() + ".good", settings);
+    scene.Press("LookAgainButton");
+    QTRY_VERIFY(scene.Text("PicturesLabel").contains(PathToQt(home)));
+    QVERIFY(!button()->isEnabled());
+    QCOMPARE(scene.Arrived(), 0U);
+  }
+
+  void closingAsksWhileItRuns() {
+    Scene scene(20000);
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Cancel"));
+    scene.form->close();
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
+    QVERIFY(scene.form->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    const QStringList report = scene.Report();
+    QVERIFY(report.contains("Personal Sending process has been completed."));
+    QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
+    QVERIFY(scene.Arrived() < 20000);
+    QVERIFY(scene.Text("StatusLine").contains("not tried"));
+  }
+
+  void closingAgainGivesUpTheMessageUnderWay() {
+    Scene scene({"a@example.org", "b@example.org"});
+    scene.mailbox.Hold();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.mailbox.has_one());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.form->close();
+    QTest::qWait(700);  // longer than a rate needs to be told
+    QCOMPARE(scene.form->stage(), SendMailForm1::Stage::kRunning);
+    scene.form->close();
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
+    auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
+    QCOMPARE(table->index(0, 2).data().toString(), QString("unknown"));
+    QVERIFY(scene.Text("RateLabel").endsWith("messages a second"));  // no time is left
+  }
+
+  void theConversationAppearsWhileItHappens() {
+    Scene scene({"a@example.org"});
+    scene.mailbox.Hold();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Report().join('\n').contains("C: (message, "));
+    QVERIFY(scene.Report().contains("C: RCPT TO:<a@example.org>"));
+    QVERIFY(!scene.Report().contains("Message sent successfully."));
+    scene.mailbox.Release();
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Report().contains("Message sent successfully."));
+  }
+
+  void theQuestionGoesWhenTheRunIsOver() {
+    Scene scene({"a@example.org"});
+    scene.mailbox.Hold();
+    QtPrompts prompts("Test");
+    profile::Program program{scene.rig.folders, scene.rig.settings, prompts,          scene.rig.desktop,
+                             scene.rig.power,   scene.rig.clock,    scene.rig.entropy};
+    SendJob job;
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(program, std::move(job), nullptr);
+    scene.form->show();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.mailbox.has_one());
+    bool stayed = false;
+    QTimer::singleShot(200, qApp, [&scene] { scene.mailbox.Release(); });
+    QTimer::singleShot(5000, scene.form.get(), [&stayed] {
+      if (auto* box = QApplication::activeModalWidget(); qobject_cast<QMessageBox*>(box) != nullptr) {
+        stayed = true;
+        box->close();
+      }
+    });
+    scene.Press("SendButton");  // comes back when the box is gone
+    QVERIFY(!stayed);
+    QCOMPARE(scene.Caption(), QString("Close"));
+  }
+
+  void aServerThatRefusesEverybodyIsAskedAboutInTheDialog() {
+    Scene scene(45);
+    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    auto* panel = scene.form->findChild<QWidget*>("PausePanel");
+    QElapsedTimer since;
+    since.start();
+    scene.Press("SendButton");
+    QTRY_VERIFY(panel->isVisible());
+    qint64 worked = since.elapsed();
+    const QString rate = scene.Text("RateLabel");
+    QTest::qWait(700);  // longer than a rate needs to be told
+    QCOMPARE(scene.Text("RateLabel"), rate);
+    QVERIFY(!rate.contains("left"));
+    QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
+    QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
+    QCOMPARE(scene.Kept().count("There was an error sending your message."), 20);  // who is asked may read the file
+    since.start();
+    scene.Press("GoOnButton");
+    QVERIFY(!panel->isVisible());
+    QTRY_VERIFY(panel->isVisible());
+    worked += since.elapsed();
+    const QString told = scene.Text("RateLabel");  // of the time that it worked
+    QVERIFY2(told.isEmpty() || told.section(' ', 0, 0).toDouble() >= std::floor(40000.0 / static_cast<double>(worked)),
+             qPrintable(told));
+    scene.Press("StopButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(!panel->isVisible());
+    QVERIFY2(scene.Text("StatusLine").contains("0 messages were sent, 40 failed. 5 recipients were not tried"),
+             qPrintable(scene.Text("StatusLine")));
+    QCOMPARE(scene.rig.Shown(), QString());
+  }
+
+  void cancellingWhileItWaitsForAnAnswerIsOne() {
+    Scene scene(25);
+    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.form->findChild<QWidget*>("PausePanel")->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Text("StatusLine").contains("5 recipients were not tried"));
+  }
+
+  void itSaysWhoSendsOverWhichServer() {
+    Scene scene({"a@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.example.org; mx.example.org:26"));
+    QVERIFY(scene.rig.settings.Write("Account", "Port", "587"));
+    SendMailForm1 real(scene.rig.program, {}, nullptr);
+    QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
+             QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
+    SendJob job;
+    job.practice = true;
+    SendMailForm1 practice(scene.rig.program, job, nullptr);
+    QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
+  }
+
+  void aWindowThatGoesEndsTheRunInGoodOrder() {
+    Scene scene(20000);
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Arrived() > 0);
+    scene.form.reset();
+    std::string report;
+    for (const auto& entry : std::filesystem::directory_iterator(scene.rig.folders.History())) {
+      if (entry.path().extension() == ".txt") report = *platform::ReadFile(entry.path(), 10000000);
+    }
+    const std::string end = "Personal Sending process has been completed.\r\n" + std::to_string(scene.Arrived()) +
+                            " messages sent during process.\r\n";
+    QVERIFY2(report.ends_with(end), report.substr(report.size() - std::min<std::size_t>(report.size(), 300)).c_str());
+  }
+
+  void whatIsKnownIsToldAboveTheButton() {
+    Scene scene({"a@example.org"});
+    SendJob job;
+    job.document.html = "<p>$*MergeCity*$ $*MergeNickName*$</p><img src='missing.png'>";
+    job.document.attachments.Add("/nowhere/price.pdf");
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+    scene.form->show();
+    auto* notes = scene.form->findChild<QListWidget*>("NotesList");
+    QTRY_VERIFY(notes->isVisible());
+    QStringList told;
+    for (int row = 0; row < notes->count(); ++row) told << notes->item(row)->text();
+    for (const char* what : {"price.pdf", "missing.png", "$*MergeNickName*$", "no value for $*MergeCity*$"}) {
+      QCOMPARE(told.filter(what).size(), 1);
+    }
+    auto* button = scene.form->findChild<QPushButton*>("SendButton");
+    QVERIFY(notes->mapTo(scene.form.get(), QPoint(0, notes->height())).y() <=
+            button->mapTo(scene.form.get(), QPoint()).y());
+    scene.Press("SendButton");  // the run begins once it is known that there is nothing to ask
+    QTRY_VERIFY(!notes->isVisible());
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+  }
+
+  void aLookOverALongListHoldsUpNothing() {
+    Scene scene(20000);
+    QCOMPARE(scene.Text("NotesLabel"), QString("Looking over the message and the whole group…"));
+    QTRY_VERIFY(scene.Text("NotesLabel").startsWith("Nothing was found"));
+  }
+
+  void aMissingAttachmentIsToldAndNothingIsSent() {
+    Scene scene({"a@example.org"});
+    SendJob job;
+    job.document.html = "<p>x</p>";
+    job.document.attachments.Add("/nowhere/price.pdf");
+    job.group = **scene.rig.Store().FindGroup("Customers");
+    job.recipients = 1;
+    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
+    scene.form->show();
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY(scene.Report().join("\n").contains("Error 10:"));
+    QCOMPARE(scene.Arrived(), std::size_t{0});
+  }
+
+  void theMachineIsSwitchedOffAfterTheCountdownAlone() {
+    struct Case {
+      bool cancelled;
+      bool allowed;
+      int requests;
+      bool shuts_down;
+      const char* steps;
+    };
+    for (const Case& c : {Case{true, true, 0, false, ""}, Case{false, false, 1, false, "closed skip 0, closed ask 1"},
+                          Case{false, true, 1, true, "closed skip 0"}}) {
+      Scene scene({"a@example.org", "no@example.org"});
+      scene.rig.power.allowed = c.allowed;
+      QStringList steps;
+      scene.form->skip_save_prompt = [&](bool skip) {
+        steps << QString(scene.form->isVisible() ? "open" : "closed") + (skip ? " skip " : " ask ") +
+                     QString::number(scene.rig.power.requests);
+      };
+      scene.form->findChild<QCheckBox*>("ShutDownCheckBox")->setChecked(true);
+      int closed = 0;
+      test::WhileOpen("ShutDownForm", [&](QDialog& dialog) {
+        auto& countdown = static_cast<ShutDownForm&>(dialog);
+        auto* label = countdown.findChild<QLabel*>("RemainingLabel");
+        QCOMPARE(label->text(), QString("60"));
+        QTest::keyClick(&countdown, Qt::Key_Escape);
+        countdown.close();
+        QVERIFY(countdown.isVisible());
+        if (c.cancelled) {
+          countdown.findChild<QPushButton*>("CancelButton")->click();
+        } else {
+          for (int second = 0; second < 59; ++second) countdown.Tick();
+          QCOMPARE(label->text(), QString("1"));
+          QCOMPARE(scene.rig.power.requests, 0);
+          countdown.Tick();
+          if (!c.allowed) {  // stays open at 0
+            QVERIFY(countdown.isVisible());
+            QCOMPARE(label->text(), QString("0"));
+            countdown.findChild<QPushButton*>("CancelButton")->click();
+          }
+        }
+        QVERIFY(!countdown.isVisible());
+        ++closed;
+      });
+      scene.Press("SendButton");
+      QTRY_COMPARE(closed, 1);
+      QCOMPARE(scene.rig.power.requests, c.requests);
+      QCOMPARE(scene.form->shuts_down(), c.shuts_down);
+      QCOMPARE(scene.form->isVisible(), c.cancelled);
+      QCOMPARE(steps.join(", "), QString(c.steps));
+      QCOMPARE(scene.form->refusal().isEmpty(), c.allowed);
+    }
+  }
+
+  void anAccountThatCannotBeUsedIsTold() {
+    Scene scene({"a@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Port", "mail"));
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY2(scene.Text("StatusLine").contains("port"), qPrintable(scene.Text("StatusLine")));
+  }
+
+  void aLongReportIsOnlyIndexed() {
+    test::TemporaryFolder folder;
+    std::string text;
+    for (int i = 0; i < 200000; ++i) text += "line " + std::to_string(i) + "\r\n";
+    const auto file = folder.Write("report.txt", text);
+    ReportView view(nullptr);
+    view.resize(400, 300);
+    view.show();
+    view.Open(file);
+    QCOMPARE(view.line_count(), std::size_t{200000});
+    QCOMPARE(view.LineAt(123456), QString("line 123456"));
+    QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
+    QVERIFY(QGuiApplication::clipboard()->text().endsWith("line 199999\n"));
+    const auto* bar = view.verticalScrollBar();
+    for (const int height : {150, 60, 400}) {
+      view.resize(400, height);
+      QCOMPARE(bar->value(), bar->maximum());
+      QVERIFY(bar->maximum() > 199000);
+    }
+    QTest::keyClick(&view, Qt::Key_Home);
+    QTest::keyClick(&view, Qt::Key_Down);
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QCOMPARE(view.accessibleDescription(), QString("line 2"));
+    QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("line 1\nline 2\n"));
+    folder.Write("report.txt", text + "half a line");
+    view.Update();
+    QCOMPARE(view.line_count(), std::size_t{200000});
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::SendFormTest)
+#include "send_form_test.moc"

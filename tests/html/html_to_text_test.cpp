@@ -1,0 +1,202 @@
+// What people read who see no HTML: a table of pages and their texts, and hostile pages in linear time.
+#include "html/html_to_text.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "html/html_tokenizer.h"
+#include "html/local_pictures.h"
+#include "support/random_text.h"
+
+namespace quillcast::html {
+namespace {
+
+struct Page {
+  const char* name;
+  const char* html;
+  const char* text;
+};
+
+constexpr Page kPages[] = {
+    {"nothing", "", ""},
+    {"only blanks", "<p> &nbsp; </p><br>", ""},
+    {"white space", "  a\n\t b <b> c</b>d  ", "a b cd\n"},
+    {"no-break spaces", "<p>&nbsp;a&nbsp;&nbsp;b&nbsp;</p> c &nbsp; d&nbsp; e", "a  b\n\nc d e\n"},
+    {"spaces of a given width", "12&#8239;000&thinsp;km&#12288;x", "12 000 km\u3000x\n"},
+    {"joiners", "&zwnj;&nbsp;&zwnj; a &zwj;b&zwnj;c", "a b\u200Cc\n"},
+    {"paragraphs", "<p>One</p>\n<p>Two<p>Three", "One\n\nTwo\n\nThree\n"},
+    {"headings", "<div>a</div><h1>Big  news</h1><div>b</div>", "a\n\nBig news\n\nb\n"},
+    {"breaks", "a<br>b<br/><br>c<br><br><br><br><br>d<br>", "a\nb\n\nc\n\n\nd\n"},
+    {"divisions", "<div><div>a</div></div><div>b</div>c", "a\nb\nc\n"},
+    {"bullets", "<p>x</p><ul><li>one<li>two\n</li><li></li></ul><p>y</p>", "x\n\n- one\n- two\n\ny\n"},
+    {"numbers", "<ol start=3><li>c</li><li><p>d</p><p>e</p></li><li value=9>i<li>j</ol>",
+     "3. c\n4. d\n\n   e\n\n9. i\n10. j\n"},
+    {"letters",
+     "<ol type=A start=26><li>z<li>aa</ol><ol type=i><li value=4>d<li value=-1>e</ol><ol type=a start=0><li>0",
+     "Z. z\nAA. aa\n\niv. d\n-1. e\n\n0. 0\n"},
+    {"numbers beyond measure", "<ol start=9223372036854775807><li value=99999999999>a<li value=999999999>b<li>c",
+     "1. a\n999999999. b\n1000000000. c\n"},
+    {"items of one paragraph", "<ul><li><p>a</p></li><li><p>b</p></li></ul>c", "- a\n- b\n\nc\n"},
+    {"nested lists", "<ul><li>a<ol><li>b<br>c</li></ol></li><li>d</li></ul>", "- a\n  1. b\n     c\n- d\n"},
+    {"definitions", "<dl><dt>A<dd>first<dt>B<dd>second</dl>x", "A\n  first\nB\n  second\n\nx\n"},
+    {"quotation", "a<blockquote><p>b</p><p>c</p><blockquote>d</blockquote></blockquote>e",
+     "a\n\n> b\n>\n> c\n>\n> > d\n\ne\n"},
+    {"rule", "a<hr>b", "a\n\n----\n\nb\n"},
+    {"link", "See <a href='https://example.org/x?a=1&amp;b=2'>our <b>shop</b> </a>now",
+     "See our shop <https://example.org/x?a=1&b=2> now\n"},
+    {"link that says it",
+     "<a href='https://example.org/'>example.org</a> <a href='mailto:a@b.c?subject=x'>a@b.c</a> <a href='#top'>up</a>",
+     "example.org a@b.c up\n"},
+    {"link with or without trimmings",
+     "<a href='HTTPS://www.Example.org/'>example.org</a> <a href='tel:+4930123456'>+49 (30) 123-456</a> <a "
+     "href='tel:123'>Call</a> <a href='mailto:?subject=x'>Tell</a> <a href='file:///etc/x'>f</a> <a "
+     "href='data:x'>d</a>",
+     "example.org +49 (30) 123-456 Call <123> Tell f d\n"},
+    {"pictures that lead where text does",
+     "<a href=//x.example/1><img src=a></a><h2>News</h2><a href=//x.example/1>More</a><br><a "
+     "href=//x.example/1><img></a>"
+     "<a href=//x.example/2><img></a>",
+     "News\n\nMore <//x.example/1>\n<//x.example/2>\n"},
+    {"picture map",
+     "<img usemap=#m alt=Offers><map name=m><area href=//x.example/t alt=Tea><area href=//x.example/c alt=''></map>",
+     "Offers\nTea <//x.example/t>\n<//x.example/c>\n"},
+    {"names of files are no descriptions", "<img alt='IMG_1.JPG'><img alt='https://x/y'>a<img alt=' our photo.png'>",
+     "a our photo.png\n"},
+    {"inline quotation", "He said <q>tea <b>please</b></q>.", "He said \"tea please\".\n"},
+    {"mail link", "<a href='MAILTO:a@b.c'>Write</a>", "Write <a@b.c>\n"},
+    {"link around blocks", "<a href='http://x.example/'><div>Go</div></a><p>y</p>", "Go <http://x.example/>\n\ny\n"},
+    {"link around a picture",
+     "<a href='http://x.example/'><img src=a.png></a> <a href='http://y.example'><img alt='Buy &amp; go'></a>",
+     "<http://x.example/> Buy & go <http://y.example>\n"},
+    {"link around nothing visible", "<a href='x.example'>&#8203;</a>", "<x.example>\n"},
+    {"unclosed links", "<a href=http://a.example>a<a href=http://b.example>b",
+     "a <http://a.example>b <http://b.example>\n"},
+    {"merge tags", "Dear $*MergeFirstName*$, <a href='https://x.example/?m=$*MergeEmail*$'>$*MergeTitle*$</a>",
+     "Dear $*MergeFirstName*$, $*MergeTitle*$ <https://x.example/?m=$*MergeEmail*$>\n"},
+    {"data table",
+     "<table><tr><th>Item<th>Price</tr>\n<tr><td><p>Tea</p></td> <td><p>3 "
+     "&euro;</p></td></tr><tr><td>Cake</td><td></td></tr></table>x",
+     "Item  Price\nTea  3 \u20AC\nCake\nx\n"},
+    {"layout table", "<table><tr><td><h2>News</h2><p>a</p></td></tr><tr><td><p>b</p></td></tr></table>",
+     "News\n\na\n\nb\n"},
+    {"nested tables", "<table><tr><td>a</td><td><table><tr><td>b<td>c</tr></table></td></tr><tr><td>d</table>e",
+     "a\nb  c\n\nd\ne\n"},
+    {"columns", "<table><tr><td><p>a</p><p>b</p></td><td><p>c</p></td></tr></table>", "a\n\nb\n\nc\n"},
+    {"list in a cell", "<table><tr><td>a<td><ul><li>b</ul></tr></table>", "a\n\n- b\n"},
+    {"preformatted", "x<pre>\n  a  b \n\n\n\n\tc\n  </pre>y", "x\n\n  a  b\n\n\n\n    c\n\ny\n"},
+    {"dropped",
+     "<html><head><title>T</title><style>p{}</style><script>if (a<b) x()</script></head><body>x<!-- c "
+     "--><textarea>t</textarea></body>",
+     "x\n"},
+    {"empty title", "<title></title>x", "x\n"},
+    {"preheader", "<div style='Display : none;max-height:0'>Hi <div>x</div></div>Text<span hidden>z</span>.",
+     "Text.\n"},
+    {"unclosed hidden", "<div><span style=display:none>x</div>shown<p style=display:none>y<p>z", "shown\n\nz\n"},
+    {"hidden in other ways",
+     "<p style='opacity:0'>a</p><p style='COLOR:red;max-height: 0px !important'>b</p><p style='visibility:hidden'>c</p>"
+     "<p style='opacity:0.9;font-size:0;max-height:0.5em;x-display:none'>shown</p><noscript>d</noscript>",
+     "shown\n"},
+    {"hidden picture", "<img style='display:none' alt=x>a", "a\n"},
+    {"invisible padding", "a&#8203;&#173;bc", "abc\n"},
+    {"stray end tags", "</ul></li></blockquote>a</p>b</table></td>c", "a\n\nbc\n"},
+    {"not markup", "1 < 2 & 3 &lt;b&gt; <a", "1 < 2 & 3 <b>\n"},
+};
+
+TEST(HtmlToText, ReadsLikeThePage) {
+  for (const Page& page : kPages) EXPECT_EQ(HtmlToText(page.html), page.text) << page.name;
+}
+
+std::string Repeat(std::string_view unit, std::size_t bytes) {
+  std::string out;
+  while (out.size() < bytes) out += unit;
+  return out;
+}
+
+// Anything quadratic takes minutes on these, not seconds.
+TEST(HtmlToText, TakesLinearTimeOnHostilePages) {
+  constexpr std::size_t kSize = 1'000'000;
+  const char* units[] = {"<div>",
+                         "<blockquote>x",
+                         "<ul><li>x",
+                         "<<<<",
+                         "&&&&",
+                         "&#",
+                         "<!--",
+                         "<!",
+                         "<a b='",
+                         "<a b=\"c",
+                         "</div>",
+                         "<table><tr><td>x",
+                         "<table></tr>",
+                         "<a href=x>y",
+                         "<script>",
+                         "</scrip",
+                         "<title></titl",
+                         "<p hidden>",
+                         "<div hidden>",
+                         "<a href='",
+                         "--!",
+                         "<x ",
+                         " a=b",
+                         "<style>url(",
+                         "url(\"",
+                         "<p style='background:url(",
+                         "<img srcset='a,,",
+                         "<pre>\n",
+                         "&nbsp;",
+                         "<br>",
+                         "<td>",
+                         "<li></ul>",
+                         "<div></p>",
+                         "<ol><dd>",
+                         "<a href=x></a>",
+                         "<img srcset='a 2x'>",
+                         "<!--[if mso]>",
+                         "<!--[if mso]><img src=a><![endif]-->",
+                         "url(\\",
+                         "/*/",
+                         "<b><i>",
+                         "<ol start=999999999><li>"};
+  for (const char* unit : units) {
+    for (const char* opening : {"", "<p style=\"", "<style>", "<a "}) {
+      const std::string html = opening + Repeat(unit, *opening == 0 ? kSize : kSize / 4);
+      const auto start = std::chrono::steady_clock::now();
+      const std::string text = HtmlToText(html);
+      FindLocalPictures(html);
+      const auto taken = std::chrono::steady_clock::now() - start;
+      EXPECT_LT(taken, std::chrono::seconds(20)) << opening << unit;
+      EXPECT_LE(text.size(), 16 * html.size()) << unit;
+    }
+  }
+  const std::string closed =
+      Repeat("<div><ul><blockquote>", 1'000'000) + "x" + Repeat("</blockquote></div></ul>", 1'000'000);
+  EXPECT_TRUE(HtmlToText(closed).ends_with("> x\n"));
+  // Each line of the source begins with as little as possible, each of the text with as much as is drawn.
+  for (const char* level : {"<blockquote>", "<ol start=999999999><li>"}) {
+    for (const auto& [start, line] :
+         {std::pair("", "<br>x"), {"", "<p>x"}, {"<pre>", "\n"}, {"<pre>", "\nx"}, {"<pre>", "\t"}}) {
+      const std::string html = Repeat(level, 500) + start + Repeat(line, 100'000) + "x";
+      EXPECT_LE(HtmlToText(html).size(), 16 * html.size()) << level << start << line;
+    }
+  }
+}
+
+TEST(HtmlToText, LeavesNoBlanksAtLineEndsOfRandomPages) {
+  std::mt19937 random(5);
+  const std::vector<std::string> alphabet = {
+      "<p>",  "</p>",       "<br>",     "<ul>",       "</ul>",  "<li>", "<blockquote>", "</blockquote>", "<table>",
+      "<tr>", "<td>",       "</table>", "<pre>",      "</pre>", " ",    "\n",           "&nbsp;",        "x",
+      "y",    "<a href=z>", "</a>",     "<b hidden>", "</b>",   "<hr>"};
+  for (int round = 0; round < 20000; ++round) {
+    const std::string html = test::RandomText(random, alphabet, 40);
+    const std::string text = HtmlToText(html);
+    if (text.empty()) continue;
+    ASSERT_EQ(text.find(" \n"), std::string::npos) << html;
+    ASSERT_NE(text.front(), '\n') << html;
+    ASSERT_TRUE(text.ends_with('\n') && !text.ends_with("\n\n")) << html;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::html

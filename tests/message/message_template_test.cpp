@@ -1,0 +1,362 @@
+// Whole messages as they go over the wire, for every structure and every way to encode.
+#include "message/message_template.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <set>
+
+#include "platform/text.h"
+#include "support/fake_clock.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::message {
+namespace {
+
+using enum TransferEncoding;
+using document::Format;
+
+constexpr const char* kPicture = "GIF89a\x01";
+
+struct Letter {
+  document::MessageDocument document;
+  MessageOptions options;
+};
+
+class Messages : public ::testing::Test {
+ protected:
+  std::string File(const std::string& name, std::string_view content) { return folder_.Write(name, content).string(); }
+
+  Letter Plain(const std::string& html) {
+    Letter letter;
+    letter.document.subject = "Hi";
+    letter.document.html = html;
+    letter.document.base_folder = folder_.path();
+    letter.options.sender_name = "Ada";
+    letter.options.sender_address = "ada@example.org";
+    return letter;
+  }
+
+  void Compile(const Letter& letter) {
+    template_.emplace(letter.document, letter.options, folder_.path(), clock_, entropy_);
+  }
+
+  void Render(std::string_view first_name, std::string_view address = "bob@example.net") {
+    values_[2] = first_name;
+    ASSERT_TRUE(template_->Render(values_, std::string(address), 7, message_));
+  }
+
+  std::string Wire() {
+    std::string out;
+    for (auto bytes = message_.Next(); bytes && !bytes->empty(); bytes = message_.Next()) out += *bytes;
+    return out;
+  }
+
+  static std::vector<std::string> Boundaries(std::string_view wire) {
+    constexpr std::string_view kDeclared = "boundary=\"";
+    std::vector<std::string> found;
+    for (auto at = wire.find(kDeclared); at != std::string_view::npos; at = wire.find(kDeclared, at + 1)) {
+      const auto value = wire.substr(at + kDeclared.size());
+      found.emplace_back(value.substr(0, value.find('"')));
+    }
+    return found;
+  }
+
+  // What MIME and the body say, with "\n" line ends and the boundaries called B1, B2 in their order.
+  static std::string Shown(std::string wire) {
+    EXPECT_TRUE(wire.ends_with("\r\n"));
+    const std::string last_header = "X-Mailer: Tarnwick Quillcast Classic 1.0\r\n";
+    wire.erase(0, wire.find(last_header) + last_header.size());
+    int number = 0;
+    for (const auto& boundary : Boundaries(wire)) {
+      wire = platform::ReplaceAll(wire, boundary, "B" + std::to_string(++number));
+    }
+    const std::string picture = "picture1.";
+    for (auto at = wire.find(picture); at != std::string::npos; at = wire.find(picture, at + 1)) {
+      wire.replace(at + picture.size(), 16, "ID");
+    }
+    return platform::ReplaceAll(wire, "\r\n", "\n");
+  }
+
+  test::TemporaryFolder folder_;
+  test::FakeClock clock_;
+  test::CountingEntropy entropy_;
+  std::optional<MessageTemplate> template_;
+  document::MergeValues values_{};
+  RenderedMessage message_;
+};
+
+TEST_F(Messages, AreWhatTheAccountSays) {
+  struct Case {
+    const char* name;
+    std::function<void(Letter&)> change;
+    const char* first_name;
+    std::string expected;
+    std::string seven_bit;  // empty where it is the same
+  };
+  const std::string picture = File("p.gif", kPicture);
+  const std::string lines = File("lines.txt", "one\r\n.two \r\n");
+  const std::string sums = File("sums.txt", "1=1\r\n");
+  const std::string cafe = File("cafe.txt", "caf\xC3\xA9\r\n");
+  const std::string latin = File("latin.csv", "caf\xE9\r\n");
+  const std::string unix_lines = File("unix.txt", "a\nb");
+  const std::string mail = File("mail.eml", "Subject: x\n\n");
+  const auto text = [](TransferEncoding encoding) {
+    return [encoding](Letter& l) {
+      l.document.format = Format::kText;
+      l.options.body_encoding = encoding;
+    };
+  };
+  const auto attach = [](const std::string& file, TransferEncoding encoding) {
+    return [file, encoding](Letter& l) {
+      l.document.format = Format::kText;
+      l.document.attachments.Add(file);
+      l.options.attachment_encoding = encoding;
+    };
+  };
+  const auto bare = [](const std::string& file) {
+    return [file](Letter& l) {
+      l.options.is_bare = true;
+      if (!file.empty()) l.document.attachments.Add(file);
+    };
+  };
+  const auto part = [](const std::string& encoding, const std::string& body, const std::string& type = "text/plain",
+                       const std::string& charset = "utf-8") {
+    return "Content-Type: " + type + "; charset=" + charset + "\nContent-Transfer-Encoding: " + encoding + "\n\n" +
+           body + "\n";
+  };
+  const std::string mime = "MIME-Version: 1.0\n";
+  // A text and one attachment; `label` is that of the multipart.
+  const auto with_file = [&](const std::string& name, const std::string& encoding, const std::string& body,
+                             const std::string& type = "text/plain; charset=utf-8", const std::string& label = "") {
+    return mime + "Content-Type: multipart/mixed;\n boundary=\"B1\"\n" + label + "\n--B1\n" +
+           part("quoted-printable", "Dear=20Bob") + "\n--B1\nContent-Type: " + type + ";\n name=\"" + name +
+           "\"\nContent-Transfer-Encoding: " + encoding + "\nContent-Disposition: attachment;\n filename=\"" + name +
+           "\"\n\n" + body + "\n--B1--\n";
+  };
+  const std::string eight_bit = "Content-Transfer-Encoding: 8bit\n";
+  const auto page = [&](const std::string& label, const std::string& text_part, const std::string& html_part) {
+    return mime + "Content-Type: multipart/alternative;\n boundary=\"B1\"\n" + label + "\n--B1\n" + text_part +
+           "\n--B1\nContent-Type: multipart/related;\n type=\"text/html\";\n boundary=\"B2\"\n" + label + "\n--B2\n" +
+           html_part +
+           "\n--B2\nContent-Type: image/gif;\n name=\"p.gif\"\nContent-Transfer-Encoding: base64\n"
+           "Content-ID: <picture1.ID@example.org>\nContent-Disposition: inline;\n filename=\"p.gif\"\n\nR0lGODlhAQ==\n"
+           "--B2--\n--B1--\n";
+  };
+  const std::vector<Case> cases = {
+      {"text, quoted-printable", text(kQuotedPrintable), "J\xC3\xBCrgen",
+       mime + part("quoted-printable", "Dear=20J=C3=BCrgen"), ""},
+      {"text, base64", text(kBase64), "J\xC3\xBCrgen", mime + part("base64", "RGVhciBKw7xyZ2VuDQo="), ""},
+      {"text in a set that bodies have to announce",
+       [](Letter& l) {
+         l.document.format = Format::kText;
+         l.options.charset = *charset::FindCharset("iso-2022-kr");
+       },
+       "Bob", mime + part("quoted-printable", "=1B$)CDear=20Bob", "text/plain", "iso-2022-kr"), ""},
+      {"text as it stands", text(kNone), ".Bob ", mime + part("7bit", "Dear .Bob "), ""},
+      {"text with octets above 127", text(kNone), "J\xC3\xBCrgen", mime + part("8bit", "Dear J\xC3\xBCrgen"),
+       mime + part("quoted-printable", "Dear J=C3=BCrgen")},
+      {"a value makes a line that mailboxes quote", text(kNone), "you\nFrom me",
+       mime + part("quoted-printable", "Dear you\n=46rom me"), ""},
+      {"HTML with a text part and a picture, as it stands",
+       [](Letter& l) {
+         l.document.html = "$*MergeFirstName*$ <img src=p.gif>";
+         l.options.body_encoding = kNone;
+         l.options.charset = *charset::FindCharset("iso-8859-1");
+       },
+       "J\xC3\xBCrgen \xE2\x82\xAC",
+       page(eight_bit, part("8bit", "J\xC3\xBCrgen \xE2\x82\xAC"),
+            part("8bit", "J\xFCrgen &#8364; <img src=cid:picture1.ID@example.org>", "text/html", "iso-8859-1")),
+       page("", part("quoted-printable", "J=C3=BCrgen =E2=82=AC"),
+            part("quoted-printable", "J=FCrgen &#8364; <img src=3Dcid:picture1.ID@example.org>", "text/html",
+                 "iso-8859-1"))},
+      {"HTML whose style holds what the set lacks",
+       [](Letter& l) {
+         l.document.html = "<style>q{content:'\u20AC'}</style>\u20AC";
+         l.options.body_encoding = kNone;
+         l.options.text_part = false;
+         l.options.charset = *charset::FindCharset("us-ascii");
+       },
+       "Bob", mime + part("7bit", "<style>q{content:'\\20AC '}</style>&#8364;", "text/html", "us-ascii"), ""},
+      {"attachment, base64", attach(lines, kBase64), "Bob", with_file("lines.txt", "base64", "b25lDQoudHdvIA0K"), ""},
+      {"attachment, quoted-printable", attach(sums, kQuotedPrintable), "Bob",
+       with_file("sums.txt", "quoted-printable", "1=3D1=0D=0A"), ""},
+      {"attachment as it stands", attach(lines, kNone), "Bob", with_file("lines.txt", "7bit", "one\n.two \n"), ""},
+      {"attachment with octets above 127", attach(cafe, kNone), "Bob",
+       with_file("cafe.txt", "8bit", "caf\xC3\xA9\n", "text/plain; charset=utf-8", eight_bit),
+       with_file("cafe.txt", "base64", "Y2Fmw6kNCg==\n")},
+      {"attachment that would not come back as it stands", attach(unix_lines, kNone), "Bob",
+       with_file("unix.txt", "base64", "YQpi"), ""},
+      {"a text in no set that could be known", attach(latin, kBase64), "Bob",
+       with_file("latin.csv", "base64", "Y2Fm6Q0K", "application/octet-stream"), ""},
+      {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
+       with_file("mail.eml", "base64", "U3ViamVjdDogeAoK", "application/octet-stream"), ""},
+      {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
+      {"no MIME, octets above 127", bare(""), "J\xC3\xBCrgen", "\nDear J\xC3\xBCrgen\n",
+       mime + part("quoted-printable", "Dear J=C3=BCrgen")},
+      {"no MIME, an attachment", bare(picture), "J\xC3\xBCrgen",
+       "\nDear J\xC3\xBCrgen\n\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n",
+       mime + part("quoted-printable", "Dear J=C3=BCrgen") + "\nbegin 644 p.gif\n'1TE&.#EA`0``\n`\nend\n"},
+      {"no MIME, a text that the set cannot hold",
+       [](Letter& l) {
+         l.options.is_bare = true;
+         l.options.charset = *charset::FindCharset("iso-8859-1");
+       },
+       "\xE2\x82\xAC", mime + part("8bit", "Dear \xE2\x82\xAC"), mime + part("quoted-printable", "Dear =E2=82=AC")},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Letter letter = Plain("<p>Dear $*MergeFirstName*$</p>");
+    c.change(letter);
+    Compile(letter);
+    ASSERT_FALSE(template_->trouble());
+    Render(c.first_name);
+    const std::string wire = Wire();
+    EXPECT_EQ(Shown(wire), c.expected);
+    EXPECT_EQ(message_.envelope.size, wire.size());
+    EXPECT_EQ(message_.envelope.eight_bit, !c.seven_bit.empty());
+    EXPECT_TRUE(message_.MayHaveLeadingDots() || wire.find("\n.") == std::string::npos);
+    for (int time = 0; time < 2; ++time) {  // a second server may ask again
+      message_.Rewind();
+      const auto size = message_.UseSevenBit();
+      ASSERT_TRUE(size);
+      const std::string seven_bit = Wire();
+      EXPECT_EQ(Shown(seven_bit), c.seven_bit.empty() ? c.expected : c.seven_bit);
+      EXPECT_EQ(*size, seven_bit.size());
+    }
+    message_.Rewind();
+    EXPECT_EQ(Wire(), wire) << "the first form is there again";
+  }
+}
+
+TEST_F(Messages, NameAPriorityWhereItIsNotNormal) {
+  using enum document::Priority;
+  for (const auto& [priority, field] :
+       {std::pair{kLow, "X-Priority: 5\r\n"}, {kNormal, ""}, {kHigh, "X-Priority: 1\r\n"}}) {
+    Letter letter = Plain("x");
+    letter.document.priority = priority;
+    Compile(letter);
+    Render("");
+    EXPECT_NE(Wire().find(std::string("Classic 1.0\r\n") + field + "MIME-Version"), std::string::npos) << field;
+  }
+}
+
+TEST_F(Messages, BoundariesGetTheirOwnPrefixEachTime) {
+  Letter letter = Plain("<p>x <img src=p.gif></p>");
+  File("p.gif", kPicture);
+  letter.document.attachments.Add(File("a.bin", "abc"));
+  letter.options.own_boundary_prefix = true;
+  Compile(letter);
+  std::set<std::string> prefixes;
+  std::set<std::string> remainders;
+  for (int message = 0; message < 300; ++message) {
+    clock_.now += std::chrono::microseconds(1);
+    Render("");
+    const std::string wire = Wire();
+    EXPECT_EQ(wire.size(), message_.envelope.size);
+    const auto boundaries = Boundaries(wire);
+    ASSERT_EQ(boundaries.size(), 3U);
+    for (const auto& boundary : boundaries) {
+      EXPECT_NE(wire.find("\r\n--" + boundary + "\r\n"), std::string::npos);
+      EXPECT_NE(wire.find("\r\n--" + boundary + "--\r\n"), std::string::npos);
+      for (std::size_t i = 0; i < 10; ++i) {
+        const char least = i % 2 == 0 ? 'A' : '1';
+        const char most = i % 2 == 0 ? 'Z' : '9';
+        EXPECT_TRUE(boundary[i] >= least && boundary[i] <= most) << boundary;
+      }
+      EXPECT_EQ(boundary.substr(10, 2), "=_");
+      prefixes.insert(boundary.substr(0, 10));
+      remainders.insert(boundary.substr(10));
+    }
+  }
+  EXPECT_EQ(prefixes.size(), 300U);
+  EXPECT_EQ(remainders.size(), 3U);
+}
+
+TEST_F(Messages, EnvelopeCarriesWhatTheAccountAsksFor) {
+  struct Case {
+    smtp::DsnNotify notify;
+    smtp::DsnReturn what;
+    bool has_id;
+  };
+  for (const auto& [notify, what, has_id] :
+       {Case{smtp::DsnNotify::kNone, smtp::DsnReturn::kNone, false},
+        Case{smtp::DsnNotify::kServerDefault, smtp::DsnReturn::kServerDefault, false},
+        Case{smtp::DsnNotify::kDelay, smtp::DsnReturn::kNone, true},
+        Case{smtp::DsnNotify::kNone, smtp::DsnReturn::kFull, true}}) {
+    Letter letter = Plain("x");
+    letter.options.notify = notify;
+    letter.options.dsn_return = what;
+    Compile(letter);
+    Render("", "bob@m\xC3\xBCller.example");
+    EXPECT_EQ(message_.envelope.notify, notify);
+    EXPECT_EQ(message_.envelope.dsn_return, what);
+    const std::string wire = Wire();
+    EXPECT_NE(wire.find("To: bob@xn--mller-kva.example\r\n"), std::string::npos);
+    const std::string& id = message_.envelope.envelope_id;
+    EXPECT_EQ(!id.empty(), has_id);
+    EXPECT_TRUE(!has_id || wire.find("Message-ID: <" + id + ">\r\n") != std::string::npos) << id;
+  }
+  Render("", "j\xC3\xBCrgen@example.net");
+  EXPECT_TRUE(message_.envelope.eight_bit);
+  EXPECT_EQ(message_.UseSevenBit().error().failure, Failure::kBadData) << "a header has no other form";
+}
+
+TEST_F(Messages, TellWhatBecameOfEachPicture) {
+  std::filesystem::create_directory(folder_.path() / "folder");
+  File("text.gif", "no picture");
+  File("p.gif", kPicture);
+  ASSERT_EQ(::mkfifo((folder_.path() / "pipe").c_str(), 0600), 0);
+  const std::string too_long(300, 'x');
+  struct Case {
+    std::string reference;
+    std::int32_t code;  // 0 when it is taken along
+  };
+  for (const auto& [reference, code] :
+       {Case{"p.gif", 0}, Case{"missing.gif", 1}, Case{"folder", 2}, Case{"pipe", 3}, Case{"/dev/null", 3},
+        Case{too_long + ".gif", 3}, Case{"text.gif", 101}, Case{"https://example.org/p.gif", 0}}) {
+    const auto taken = TakePictures(Plain("<img src='" + reference + "'><img src='" + reference + "'>").document, "x");
+    ASSERT_EQ(taken.troubles.size(), code == 0 ? 0U : 1U) << reference;
+    EXPECT_TRUE(code == 0 || taken.troubles[0].code == code) << reference;
+    EXPECT_EQ(taken.pictures.size(), reference == "p.gif" ? 1U : 0U);
+  }
+}
+
+TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
+  const std::string home = File("home/private photo.gif", kPicture);
+  File("page/own.gif", kPicture);
+  std::filesystem::create_symlink(home, folder_ / "page/link.gif");
+  Letter letter = Plain("");
+  letter.document.base_folder = folder_ / "page";
+  for (const char* const written :
+       {"<img src='../home/private photo.gif'>", "<img src='..\\home\\private%20photo.gif'>", "<img src='link.gif'>",
+        "<img src='sub/../../home/private%20photo.gif'>", "<img src='HOME'>", "<img src='file://HOME'>",
+        "<img src='FILE://localhost/HOME'>", "<!--[if mso]><v:image src='HOME'><![endif]-->",
+        "<div style=\"display:none;background:url('../home/pri\\76 ate photo.gif')\">x</div>",
+        "<style>p{background:url(../home/private%20photo.gif)}</style>",
+        "<img srcset='../home/private%20photo.gif 2x'>", "<base href='../home/'><img src='private photo.gif'>"}) {
+    const std::string html = "<img src=own.gif>" + platform::ReplaceAll(written, "HOME", home);
+    letter.document.html = html;
+    letter.document.picture_places = {};
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 1U) << html;
+    ASSERT_EQ(PicturesToAskFor(template_->foreign_pictures()), std::vector<std::filesystem::path>{home}) << html;
+    Render("Bob");
+    EXPECT_EQ(Wire().find("picture2."), std::string::npos) << html;
+    letter.document.picture_places.LeaveOut(home);
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 1U) << html;
+    EXPECT_TRUE(PicturesToAskFor(template_->foreign_pictures()).empty()) << html;
+    letter.document.picture_places.AllowFile(home);
+    Compile(letter);
+    EXPECT_EQ(template_->pictures().size(), 2U) << html;
+  }
+  platform::CancelToken cancel;
+  EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel)->pictures.size(), 2U);
+  cancel.Request();
+  EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel).error().failure, Failure::kTryAgain);
+}
+
+}  // namespace
+}  // namespace quillcast::message

@@ -1,0 +1,232 @@
+// History names, listing, opening and clearing; and the checks before a run.
+#include "run/history.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/file_attributes.h"
+#include "run/pre_send_checks.h"
+#include "support/fake_clock.h"
+#include "support/scripted_prompts.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::Answer;
+
+class RecordingDesktop final : public platform::Desktop {
+ public:
+  std::vector<fs::path> opened;
+  Result<void> OpenFile(const fs::path& file) override {
+    opened.push_back(file);
+    return {};
+  }
+};
+
+TEST(History, NamesARunByItsMomentAndItsSubject) {
+  const std::tm moment = test::FakeClock().Local(test::FakeClock().now);
+  struct Case {
+    std::string subject;
+    std::string base;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"Re: Offer_2026!", "07-03-2026_09-05-07_Re Offer2026"},
+           {"", "07-03-2026_09-05-07_No Subject"},
+           {"?!_./", "07-03-2026_09-05-07_No Subject"},
+           {"../../etc/passwd", "07-03-2026_09-05-07_etcpasswd"},
+           {"Привет, Ada - 5", "07-03-2026_09-05-07_ Ada - 5"},
+           {std::string(100, 'x'), "07-03-2026_09-05-07_" + std::string(64, 'x')},
+       }) {
+    EXPECT_EQ(HistoryBaseName(moment, c.subject), c.base);
+  }
+}
+
+TEST(History, TwoRunsInOneSecondTakeDifferentNames) {
+  const test::TemporaryFolder folder;
+  const test::FakeClock clock;
+  folder.Write("07-03-2026_09-05-08_Hello.eml", "left by a run whose report is gone");
+  std::vector<std::string> bases;
+  for (int run = 0; run < 2; ++run) {
+    auto entry = BeginHistoryEntry(folder.path(), clock, "Hello");
+    ASSERT_TRUE(entry);
+    EXPECT_TRUE(fs::exists(folder / (entry->base + ".txt")));
+    bases.push_back(entry->base);
+  }
+  EXPECT_EQ(bases, (std::vector<std::string>{"07-03-2026_09-05-07_Hello", "07-03-2026_09-05-09_Hello"}));
+  EXPECT_FALSE(BeginHistoryEntry(folder / "missing", clock, "Hello"));
+}
+
+TEST(History, ListsReportsAndMakesThemWritable) {
+  const test::TemporaryFolder folder;
+  for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"}) {
+    folder.Write(name, "x");
+  }
+  fs::permissions(folder / "one.txt", fs::perms::owner_read);
+  auto rows = ListHistory(folder.path());
+  ASSERT_TRUE(rows);
+  std::vector<std::string> texts;
+  for (const auto& row : *rows) texts.push_back(row.text);
+  std::sort(texts.begin(), texts.end());
+  EXPECT_EQ(texts, (std::vector<std::string>{"Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello",
+                                             "Date = a  -  Time = b - Subject = c", "Date = one",
+                                             "Date = two  -  Time = parts"}));
+  EXPECT_FALSE(platform::IsLocked(folder / "one.txt"));
+}
+
+TEST(History, TouchesNeitherFoldersNorWhatLinksPointTo) {
+  const test::TemporaryFolder folder;
+  const test::TemporaryFolder elsewhere;
+  const auto mine = elsewhere.Write("mine.txt", "x");
+  fs::permissions(mine, fs::perms::owner_read);
+  fs::create_directory(folder / "folder_a_b.txt");
+  fs::permissions(folder / "folder_a_b.txt", fs::perms::owner_read | fs::perms::owner_exec);
+  fs::create_symlink(mine, folder / "link_a_b.txt");
+  fs::create_directory_symlink(elsewhere.path(), folder / "album");
+  fs::create_symlink("/nowhere", folder / "dangling.txt");
+  const auto rows = ListHistory(folder.path());
+  ASSERT_TRUE(rows);
+  ASSERT_EQ(rows->size(), 1U);
+  EXPECT_EQ(rows->front().file, "link_a_b.txt");
+
+  test::ScriptedPrompts prompts;
+  prompts.answers = {Answer::kYes};
+  const auto cleared = ClearHistory(folder.path(), prompts);
+  EXPECT_EQ(cleared.deleted, 3U);
+  EXPECT_EQ(cleared.folders, 1U);
+  EXPECT_TRUE(platform::IsLocked(folder / "folder_a_b.txt")) << "was made writable";
+  EXPECT_FALSE(fs::is_symlink(folder / "album"));
+  EXPECT_TRUE(platform::IsLocked(mine)) << "what a link points to is gone, or was made writable";
+
+  // The folder itself may be one.
+  fs::create_directory_symlink(elsewhere.path(), folder / "History");
+  fs::rename(mine, elsewhere.path() / "a_b_mine.txt");
+  EXPECT_EQ(ListHistory(folder / "History" / "")->size(), 1U);
+  prompts.answers = {Answer::kYes};
+  const auto kept = ClearHistory(folder / "History" / "", prompts);
+  EXPECT_EQ(kept.deleted, 0U);
+  EXPECT_EQ(WhatStayed(kept).size(), 1U);
+  EXPECT_TRUE(platform::IsLocked(elsewhere.path() / "a_b_mine.txt"));
+}
+
+TEST(History, ClearingTellsWhatStayed) {
+  struct Case {
+    ClearedHistory cleared;
+    const char* told;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{Clearing::kCleared, 5, 0, 0, 0}, ""},
+           {{Clearing::kCleared, 5, 1, 0, 0}, "1 file could not be deleted. Look at the permissions of /h.|"},
+           {{Clearing::kCleared, 0, 1000, 2, 2},
+            "2 folders in it were left as they are.|The files of a run that is going on were kept.|"
+            "1,000 files could not be deleted. Look at the permissions of /h.|"}}) {
+    std::string told;
+    for (const auto& sentence : WhatStayed(c.cleared)) told += sentence + "|";
+    const auto done = WhatFailed(c.cleared, "/h");
+    if (!done) told += InOneLine(done.error()) + "|";
+    EXPECT_EQ(told, c.told);
+  }
+}
+
+TEST(History, OpensWhatIsThereAndSaysWhatIsNot) {
+  const test::TemporaryFolder folder;
+  folder.Write("a_b_c.txt", "x");
+  folder.Write("a_b_c.eml", "x");
+  RecordingDesktop desktop;
+  test::ScriptedPrompts prompts;
+  ASSERT_TRUE(OpenLog(folder.path(), {"a_b_c.txt", ""}, desktop, prompts));
+  ASSERT_TRUE(OpenMessage(folder.path(), {"a_b_c.txt", ""}, desktop, prompts));
+  EXPECT_EQ(desktop.opened, (std::vector<fs::path>{folder / "a_b_c.txt", folder / "a_b_c.eml"}));
+  ASSERT_TRUE(OpenLog(folder.path(), {"gone.txt", ""}, desktop, prompts));
+  ASSERT_TRUE(OpenMessage(folder.path(), {"gone.txt", ""}, desktop, prompts));
+  EXPECT_EQ(prompts.shown, (std::vector<std::string>{"warn: Server Log is not available.",
+                                                     "warn: Original Message is not available."}));
+}
+
+TEST(History, IsClearedWholeOrNotAtAll) {
+  const test::TemporaryFolder folder;
+  for (const char* name : {"a_b_c.txt", "a_b_c.eml", "holiday.jpg"}) folder.Write(name, "x");
+  fs::permissions(folder / "holiday.jpg", fs::perms::owner_read);
+  test::ScriptedPrompts prompts;
+  EXPECT_EQ(ClearHistory(folder.path(), prompts).clearing, Clearing::kKept);
+  EXPECT_TRUE(fs::exists(folder / "a_b_c.txt"));
+  prompts.answers = {Answer::kYes};
+  const auto cleared = ClearHistory(folder.path(), prompts);
+  EXPECT_EQ(cleared.deleted, 3U);
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  EXPECT_EQ(prompts.shown.front(), "ask: Are you sure you want to delete your history?");
+}
+
+TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {
+  const test::TemporaryFolder folder;
+  const platform::SystemClock clock;
+  test::ScriptedPrompts prompts;
+  prompts.answers = {Answer::kYes, Answer::kYes};
+  folder.Write("01-01-2026_10-00-00_Old.txt", "x");
+  {
+    const auto running = BeginHistoryEntry(folder.path(), clock, "Now");
+    ASSERT_TRUE(running);
+    folder.Write(running->message.filename(), "its first message");
+    const auto cleared = ClearHistory(folder.path(), prompts);
+    EXPECT_EQ(cleared.deleted, 1U);
+    EXPECT_EQ(cleared.going_on, 2U);
+    EXPECT_TRUE(fs::exists(running->message));
+  }
+  EXPECT_EQ(ClearHistory(folder.path(), prompts).deleted, 2U) << "the run has ended";
+}
+
+TEST(PreSendChecks, RunInTheirOrder) {
+  const MailingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
+  constexpr const char* kReply =
+      "ask: Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
+      "You should be sure that you know what you are doing.\r\nAre you sure you want to continue?";
+  constexpr const char* kNoSubject = "ask: This message has no subject. Are you sure you want to send it?";
+  constexpr const char* kEmpty = "ask: Are you sure you want to send an empty message?";
+  constexpr const char* kNobody = "warn: The selected group does not contain any recipients.";
+  struct Case {
+    const char* name;
+    MailingFacts facts;
+    std::deque<Answer> answers;
+    std::optional<std::string> control;
+    std::vector<std::string> shown;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"good", good, {}, {}, {}},
+           {"no account",
+            {false, {}, "", 0, "", ""},
+            {},
+            "EmailButton",
+            {"warn: Please fill out the Mail Account section in Email Manager."}},
+           {"no groups",
+            {true, {}, "", 0, "", ""},
+            {},
+            "GroupButton",
+            {"warn: Please create at least one group of recipients."}},
+           {"none chosen",
+            {true, {"A"}, "", 0, "", ""},
+            {},
+            "GroupButton",
+            {"warn: Please specify a group in the To field."}},
+           {"no subject, no", {true, {"A"}, "A", 0, "", ""}, {Answer::kNo}, "SubjectTextBox", {kNoSubject}},
+           {"everything, yes",
+            {true, {"A"}, "A", 0, "", " \r\n "},
+            {Answer::kYes, Answer::kYes},
+            "GroupButton",
+            {kNoSubject, kEmpty, kNobody}},
+           {"re:", {true, {"A"}, "A", 1, "re: x", "t"}, {Answer::kNo}, "SubjectTextBox", {kReply}},
+           {"Fw :", {true, {"A"}, "A", 1, "Fw :x", "t"}, {Answer::kYes}, {}, {kReply}},
+           {"re-", {true, {"A"}, "A", 1, "re- x", "t"}, {}, {}, {}},
+           {"RE  :", {true, {"A"}, "A", 1, "RE  : x", "t"}, {}, {}, {}},
+           {"empty body", {true, {"A"}, "A", 1, "x", ""}, {Answer::kNo}, "Editor", {kEmpty}},
+           {"a tab is a body", {true, {"A"}, "A", 1, "x", "\t"}, {}, {}, {}},
+       }) {
+    test::ScriptedPrompts prompts;
+    prompts.answers = c.answers;
+    EXPECT_EQ(CheckBeforeSending(c.facts, prompts), c.control) << c.name;
+    EXPECT_EQ(prompts.shown, c.shown) << c.name;
+    EXPECT_TRUE(prompts.answers.empty()) << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::run

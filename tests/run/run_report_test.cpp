@@ -1,0 +1,85 @@
+// The report: its lines to the letter, and what becomes of it when it cannot be written.
+#include "run/run_report.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown) {
+  return RunReport(std::move(*platform::FileWriter::CreateNew(file)),
+                   [&shown](std::string_view line) { shown.emplace_back(line); });
+}
+
+TEST(RunReport, WritesItsLinesToTheLetter) {
+  const test::TemporaryFolder folder;
+  std::vector<std::string> shown;
+  {
+    RunReport report = ReportInto(folder / "r.txt", shown);
+    report.Started(5, PartialRange{2, 4});
+    report.BodyNotLoaded(2);
+    report.BodyNotLoaded(77);
+    report.LogLine("S: 220 ready");
+    report.SubjectNotEncoded();
+    report.Sent();
+    report.Failed(9);
+    report.Failed(12);
+    report.Completed(1, 2);
+    report.Flush();
+    EXPECT_FALSE(report.trouble());
+  }
+  EXPECT_EQ(test::ReadAll(folder / "r.txt"),
+            "Personal Sending process has been started.\r\n"
+            "Partial Sending to 3 recipients (from #2 to #4).\r\n"
+            "Error 2: Failure reading file.\r\n\r\n"
+            "S: 220 ready\r\n"
+            "Error encoding subject.\r\n\r\n"
+            "Message sent successfully.\r\n\r\n"
+            "There was an error sending your message.\r\n"
+            "Error 9: There was an error connecting to the SMTP mail server.\r\n\r\n"
+            "There was an error sending your message.\r\n"
+            "Error 12: Unknown Error.\r\n\r\n"
+            "Personal Sending process has been completed.\r\n"
+            "1 messages sent during process.\r\n"
+            "2 messages failed during process.\r\n");
+  EXPECT_EQ(shown[0], "Personal Sending process has been started.");
+}
+
+TEST(RunReport, LeavesOutCountsOfNothing) {
+  const test::TemporaryFolder folder;
+  std::vector<std::string> shown;
+  RunReport report = ReportInto(folder / "r.txt", shown);
+  report.Started(1, {});
+  report.Completed(0, 1);
+  report.Completed(1, 0);
+  EXPECT_EQ(shown, (std::vector<std::string>{
+                       "Personal Sending process has been started.", "Sending to 1 recipients.",
+                       "Personal Sending process has been completed.", "1 messages failed during process.",
+                       "Personal Sending process has been completed.", "1 messages sent during process."}));
+}
+
+TEST(RunReport, RemembersThatItCouldNotBeWritten) {
+  const test::TemporaryFolder folder;
+  std::vector<std::string> shown;
+  RunReport report = ReportInto(folder / "r.txt", shown);
+  report.Sent();
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit nothing{0, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
+  report.Flush();
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, before);
+  ASSERT_TRUE(report.trouble());
+  EXPECT_EQ(report.trouble()->failure, Failure::kIo);
+  EXPECT_NE(report.trouble()->what.find("r.txt"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillcast::run

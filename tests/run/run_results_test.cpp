@@ -1,0 +1,96 @@
+// What a window shows of a run: its results as a list, its report by lines, its rate.
+#include "run/run_results.h"
+
+#include <gtest/gtest.h>
+
+#include "account/provider_presets.h"
+#include "run/report_lines.h"
+#include "run/run_rate.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+RecipientResult Result(std::int64_t position, const char* address, smtp::State state, smtp::ResultCode code,
+                       smtp::ServerReply reply = {}) {
+  return {position, address, {.state = state, .code = code, .reply = std::move(reply), .reason = ""}};
+}
+
+RunResults SomeResults() {
+  RunResults results;
+  results.Add(Result(1, "ada@example.org", smtp::State::kSent, smtp::ResultCode::kSuccess, {250, "2.0.0", "queued"}));
+  results.Add(Result(2, "bob@example.net", smtp::State::kRefused, smtp::ResultCode::kRecipientRefused,
+                     {550, "5.1.1", "no\tsuch\nuser"}));
+  results.Add(Result(3, "eve\n@example.net", smtp::State::kUnknown, smtp::ResultCode::kReplyTimeout));
+  results.AddNotTried(4, "mallory@example.net");
+  return results;
+}
+
+TEST(RunResults, AreFilteredByStateAndText) {
+  const RunResults results = SomeResults();
+  using Rows = std::vector<std::uint32_t>;
+  EXPECT_EQ(results.Matching({}, 0), (Rows{0, 1, 2, 3}));
+  EXPECT_EQ(results.Matching({}, 2), (Rows{2, 3}));
+  EXPECT_EQ(results.Matching({.state = {}, .unsent_only = true, .text = ""}, 0), (Rows{1, 2, 3}));
+  EXPECT_EQ(results.Matching({.state = ResultState::kUnknown, .unsent_only = false, .text = ""}, 0), (Rows{2}));
+  EXPECT_EQ(results.Matching({.state = {}, .unsent_only = false, .text = "EXAMPLE.NET"}, 0), (Rows{1, 2, 3}));
+  EXPECT_EQ(results.Matching({.state = {}, .unsent_only = false, .text = "550"}, 0), (Rows{1}));
+}
+
+TEST(RunResults, AsTextKeepEachRowOnItsLine) {
+  const RunResults results = SomeResults();
+  EXPECT_EQ(results.AsText({0, 1, 2, 3}),
+            "1\tada@example.org\tsent\t\n"
+            "2\tbob@example.net\trefused\tError 8: An error was reported in response to a recipient address. The SMTP "
+            "server may refuse to handle mail for unknown recipients. The server said: 550 5.1.1 no?such / user\n"
+            "3\teve?@example.net\tunknown\tError 27: Socket Timeout Error.\n"
+            "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n");
+}
+
+TEST(ReportLines, FollowAFileThatGrows) {
+  const test::TemporaryFolder folder;
+  const auto file = folder.Write("report.txt", "one\r\n\r\nthr");
+  auto lines = ReportLines::Open(file);
+  ASSERT_TRUE(lines);
+  EXPECT_TRUE(*lines->Update());
+  ASSERT_EQ(lines->size(), 2U);
+  EXPECT_EQ(lines->At(0), "one");
+  EXPECT_EQ(lines->At(1), "");
+  EXPECT_FALSE(*lines->Update());
+  std::ofstream(file, std::ios::app) << "ee\r\n" << std::string(100000, 'x') << "\n";
+  EXPECT_TRUE(*lines->Update());
+  ASSERT_EQ(lines->size(), 4U);
+  EXPECT_EQ(lines->At(2), "three");
+  EXPECT_EQ(lines->At(3), std::string(65536, 'x'));
+  EXPECT_FALSE(ReportLines::Open(folder / "missing.txt"));
+}
+
+TEST(RunRate, IsSaidInWords) {
+  using std::chrono::milliseconds;
+  struct Case {
+    std::int64_t done, total;
+    int elapsed;
+    const char* text;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {0, 100, 5000, ""},
+           {5, 100, 100, ""},
+           {2500, 5000, 2000, "1,250 messages a second, 2 seconds left"},
+           {10, 100, 10000, "1.0 messages a second, 2 minutes left"},
+           {10, 100000, 10000, "1.0 messages a second, 27 hours and 46 minutes left"},
+           {100, 100, 1000, "100 messages a second"},
+       }) {
+    EXPECT_EQ(DescribeRate(c.done, c.total, milliseconds(c.elapsed)), c.text);
+  }
+}
+
+TEST(ProviderPresets, AreFoundByTheDomain) {
+  EXPECT_EQ(account::PresetFor("ada@gmail.com")->server, "smtp.gmail.com");
+  EXPECT_EQ(account::PresetFor(" Ada@GMX.de ")->server, "mail.gmx.net");
+  for (const char* none : {"ada@example.org", "ada@mail.gmail.com", "gmail.com", "", "ada@"}) {
+    EXPECT_FALSE(account::PresetFor(none)) << none;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::run

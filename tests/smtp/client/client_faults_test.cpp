@@ -1,0 +1,219 @@
+// The client over real sockets against servers that refuse, stall, hang up and drip: nothing lost, nothing sent twice,
+// and the next recipient is served.
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "smtp/client/client.h"
+#include "smtp/letters.h"
+#include "smtp/scripted_server.h"
+
+namespace quillcast::smtp {
+namespace {
+
+ClientOptions OptionsFor(std::uint16_t port) {
+  ClientOptions options;
+  options.servers = {{"127.0.0.1", port}};
+  options.timeout = std::chrono::seconds(1);
+  return options;
+}
+
+void SendAll(const ClientOptions& options, Letters& letters, const platform::CancelToken& cancel = {}) {
+  const platform::SystemClock clock;
+  Client(options, clock, cancel).Run(letters);
+}
+
+enum class Fault { kHangUp, kStall, kGoodbye, kLimit };
+
+// Serves a connection well, except that at reply number `at` the fault happens in place of it.
+// Replies: 0 greeting, 1 EHLO, 2 MAIL, 3 RCPT, 4 DATA, 5 end of data.
+void Serve(Peer& peer, int at, Fault fault, std::vector<std::string>& taken) {
+  int reply = 0;
+  const auto answer = [&](const std::string& text) {
+    if (reply++ != at) {
+      peer.Say(text);
+      return true;
+    }
+    if (fault == Fault::kStall) peer.Stall();
+    if (fault == Fault::kLimit) return peer.Say("452 4.5.3 no more over this connection\r\n");
+    if (fault == Fault::kGoodbye) peer.Say("421 4.3.2 enough for this connection\r\n");
+    return false;
+  };
+  if (!answer("220 ESMTP\r\n")) return;
+  for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
+    if (!answer(line == "DATA" ? "354 go\r\n" : "250 ok\r\n") || line == "QUIT") return;
+    if (line != "DATA") continue;
+    taken.push_back(peer.Message());
+    if (!answer("250 ok\r\n")) return;
+  }
+}
+
+TEST(ClientFaults, AtEveryReplyOfAConnection) {
+  for (const Fault fault : {Fault::kHangUp, Fault::kStall}) {
+    for (int at = 0; at <= 5; ++at) {
+      SCOPED_TRACE(std::to_string(static_cast<int>(fault)) + " at reply " + std::to_string(at));
+      std::vector<std::string> taken;
+      Letters letters(2);
+      {
+        ScriptedServer server([&](Peer& peer, int n) { Serve(peer, n == 0 ? at : -1, fault, taken); });
+        SendAll(OptionsFor(server.port()), letters);
+      }
+      ASSERT_EQ(letters.outcomes.size(), 2U);
+      const Outcome& first = letters.outcomes[0];
+      const bool resent = fault == Fault::kHangUp && at >= 2 && at <= 4;
+      EXPECT_EQ(first.state, at == 5 ? State::kUnknown : resent ? State::kSent : State::kFailed);
+      const ResultCode code = fault == Fault::kStall ? ResultCode::kReplyTimeout : ResultCode::kConnectionLost;
+      EXPECT_EQ(first.code, resent ? ResultCode::kSuccess : code);
+      EXPECT_EQ(letters.outcomes[1].state, State::kSent);
+      std::map<std::string, int> times;
+      for (const auto& message : taken) ++times[message.substr(0, 10)];
+      EXPECT_EQ(times["Subject: 0"], first.state == State::kFailed ? 0 : 1);
+      EXPECT_EQ(times["Subject: 1"], 1);
+      EXPECT_EQ(taken.back(), "Subject: 1\n\n..dot\n");
+    }
+  }
+}
+
+TEST(ClientFaults, AMessageIsTakenToOneNewConnectionOnly) {
+  std::vector<std::string> taken;
+  ScriptedServer server([&](Peer& peer, int n) { Serve(peer, n < 2 ? 3 : -1, Fault::kHangUp, taken); });
+  Letters letters(2);
+  SendAll(OptionsFor(server.port()), letters);
+  EXPECT_EQ(letters.outcomes.at(0).code, ResultCode::kConnectionLost);
+  EXPECT_EQ(letters.outcomes.at(0).state, State::kFailed);
+  EXPECT_EQ(letters.outcomes.at(1).state, State::kSent);
+}
+
+TEST(ClientFaults, AServerThatServesOneMessageAConnectionIsServedAll) {
+  for (const Fault fault : {Fault::kHangUp, Fault::kGoodbye, Fault::kLimit}) {
+    std::vector<std::string> taken;
+    ScriptedServer server([&](Peer& peer, int) { Serve(peer, 6, fault, taken); });
+    Letters letters(3);
+    SendAll(OptionsFor(server.port()), letters);
+    for (const Outcome& outcome : letters.outcomes) EXPECT_EQ(outcome.state, State::kSent);
+    EXPECT_EQ(taken.size(), 3U);
+  }
+}
+
+TEST(ClientFaults, AServerThatKeepsSayingGoodbyeDefersTheMessage) {
+  std::vector<std::string> taken;
+  ScriptedServer server([&](Peer& peer, int) { Serve(peer, 2, Fault::kGoodbye, taken); });
+  Letters letters(1);
+  SendAll(OptionsFor(server.port()), letters);
+  EXPECT_EQ(letters.outcomes.at(0).state, State::kDeferred);
+  EXPECT_EQ(letters.outcomes.at(0).code, ResultCode::kConnectionLost);
+  EXPECT_EQ(letters.outcomes.at(0).reply.code, 421);
+  EXPECT_TRUE(taken.empty());
+}
+
+// Listens, and answers nobody: its queue of two is full, and the system passes over whoever comes then.
+class FullListener {
+ public:
+  FullListener() : listener_(NewSocket()), waiting_{NewSocket(), NewSocket()} {
+    port_ = ListenOnLoopback(listener_.get(), 0);
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    ::getsockname(listener_.get(), generic, &length);
+    for (const auto& one : waiting_) ::connect(one.get(), generic, length);
+  }
+  std::uint16_t port() const { return port_; }
+
+ private:
+  static platform::UniqueFd NewSocket() {
+    return platform::UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  }
+  platform::UniqueFd listener_;
+  std::array<platform::UniqueFd, 2> waiting_;
+  std::uint16_t port_ = 0;
+};
+
+TEST(ClientFaults, NoConnectionIsToldByItsReason) {
+  std::uint16_t closed_port = 0;
+  {
+    closed_port = ScriptedServer([](Peer&, int) {}).port();
+  }
+  std::vector<std::string> taken;
+  ScriptedServer good([&](Peer& peer, int) { Serve(peer, -1, Fault::kHangUp, taken); });
+  const FullListener full;
+  struct Case {
+    std::vector<Server> servers;
+    ResultCode code;
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{{}, ResultCode::kNoServer},
+                                   {{{"127.0.0.1", closed_port}}, ResultCode::kConnectFailed},
+                                   {{{"127.0.0.1", full.port()}}, ResultCode::kConnectTimeout},
+                                   {{{"no\u00E9 name", good.port()}}, ResultCode::kHostNotFound},
+                                   {{{"127.0.0.1", closed_port}, {"127.0.0.1", good.port()}}, ResultCode::kSuccess}}) {
+    Letters letters(2);
+    ClientOptions options = OptionsFor(0);
+    options.servers = c.servers;
+    SendAll(options, letters);
+    ASSERT_EQ(letters.outcomes.size(), 2U);
+    EXPECT_EQ(letters.outcomes[0].code, c.code);
+    EXPECT_EQ(letters.outcomes[1].code, c.code);
+  }
+}
+
+TEST(ClientFaults, StopsForThePerson) {
+  struct Case {
+    const char* at_line;
+    int requests;
+    std::size_t outcomes;
+    State state;
+    ResultCode code;
+  };
+  using enum ResultCode;
+  for (const Case& c : std::initializer_list<Case>{{"C: MAIL FROM:<ada@example.org>", 1, 1, State::kSent, kSuccess},
+                                                   {"C: MAIL FROM:<ada@example.org>", 2, 1, State::kFailed, kCancelled},
+                                                   {"C: EHLO [127.0.0.1]", 1, 1, State::kFailed, kCancelled}}) {
+    std::vector<std::string> taken;
+    ScriptedServer server([&](Peer& peer, int) { Serve(peer, -1, Fault::kHangUp, taken); });
+    platform::CancelToken cancel;
+    Letters letters(3);
+    letters.on_line = [&](std::string_view line) {
+      if (line == c.at_line) {
+        for (int n = 0; n < c.requests; ++n) cancel.Request();
+      }
+    };
+    SendAll(OptionsFor(server.port()), letters, cancel);
+    ASSERT_EQ(letters.outcomes.size(), c.outcomes);
+    EXPECT_EQ(letters.outcomes[0].state, c.state) << c.at_line << c.requests;
+    EXPECT_EQ(letters.outcomes[0].code, c.code) << c.at_line << c.requests;
+  }
+}
+
+// A second request while a server keeps silent after the end of data: given up at once, and not known.
+TEST(ClientFaults, AbandonsAMessageThatIsOut) {
+  std::vector<std::string> taken;
+  platform::CancelToken cancel;
+  ScriptedServer server([&](Peer& peer, int) {
+    Serve(peer, 5, Fault::kHangUp, taken);
+    cancel.Request();
+    cancel.Request();
+    peer.Stall();
+  });
+  ClientOptions options = OptionsFor(server.port());
+  options.timeout = std::chrono::seconds(30);
+  Letters letters(2);
+  SendAll(options, letters, cancel);
+  ASSERT_EQ(letters.outcomes.size(), 1U);
+  EXPECT_EQ(letters.outcomes[0].state, State::kUnknown);
+  EXPECT_EQ(letters.outcomes[0].code, ResultCode::kCancelled);
+}
+
+TEST(ClientFaults, TestTellsOfQuit) {
+  for (const auto& [fault_at, code] : {std::pair{-1, ResultCode::kSuccess}, std::pair{2, ResultCode::kQuitFailed},
+                                       std::pair{1, ResultCode::kConnectionLost}}) {
+    std::vector<std::string> taken;
+    ScriptedServer server([&, at = fault_at](Peer& peer, int) { Serve(peer, at, Fault::kHangUp, taken); });
+    const platform::SystemClock clock;
+    const platform::CancelToken cancel;
+    Letters letters(0);
+    EXPECT_EQ(Client(OptionsFor(server.port()), clock, cancel).Test(letters).code, code);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::smtp

@@ -1,0 +1,203 @@
+// Dialogues of several messages under pipelining: what goes out without waiting, what each reply means where more is in
+// flight behind it, and what becomes of the messages behind.
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "smtp/client/client_play.h"
+
+namespace quillcast::smtp {
+namespace {
+
+// Messages of one line to r0, r1 and so on, submitted as the session wants them.
+struct Pipeline {
+  explicit Pipeline(const char* extensions, std::size_t messages) {
+    options.pipeline = true;
+    for (std::size_t n = 0; n < messages; ++n) sources.emplace_back("hi" + std::to_string(n) + "\r\n");
+    session.emplace(options, SessionSetup{"[127.0.0.1]", true, false}, window);
+    Play(*session, told, std::string("S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\n") + extensions);
+  }
+  void Run(std::string_view dialogue) {
+    Play(*session, told, dialogue, [this] {
+      while (submitted < sources.size() && session->WantsMessage()) {
+        const std::string recipient = "r" + std::to_string(submitted) + "@b.c";
+        session->Submit({.sender = "a@b.c", .recipient = recipient, .size = 5}, sources[submitted]);
+        ++submitted;
+      }
+      Listen(*session, told);
+    });
+  }
+  // "sent 0, failed 16 again": of the messages, in order.
+  std::string Outcomes() const {
+    std::string out;
+    for (std::size_t n = 0; n < told.outcomes.size(); ++n) {
+      if (n > 0) out += ", ";
+      out += std::string(Name(told.outcomes[n].state)) + " " + std::to_string(static_cast<int>(told.outcomes[n].code));
+      if (told.again[n]) out += " again";
+    }
+    return out;
+  }
+
+  ClientOptions options;
+  SendWindow window;
+  Told told;
+  std::deque<TextSource> sources;
+  std::size_t submitted = 0;
+  std::optional<ClientSession> session;
+};
+
+struct Case {
+  const char* name;
+  std::string dialogue;
+  const char* outcomes;
+};
+
+void Check(const char* extensions, const Case& c) {
+  SCOPED_TRACE(c.name);
+  const bool three = c.dialogue.find("r2@") != std::string::npos;
+  Pipeline p(extensions, three ? 3 : 2);
+  p.Run(c.dialogue);
+  EXPECT_EQ(p.Outcomes(), c.outcomes);
+}
+
+#define ENVELOPE(n) "C: MAIL FROM:<a@b.c>\nC: RCPT TO:<r" #n "@b.c>\n"
+#define DATA(n) ENVELOPE(n) "C: DATA\n"
+#define BODY(n) "C: hi" #n "\nC: .\n"
+#define YES "S: 250 ok\n"
+#define GO YES YES "S: 354 go\n"
+
+TEST(ClientPipeline, DataGoesWithItsEnvelopeAndTheNextEnvelopeWithTheEnd) {
+  for (const Case& c : std::initializer_list<Case>{
+           {"all is well", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES, "sent 0, sent 0"},
+           {"replies in one packet",
+            DATA(0) "S+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(0)
+                DATA(1) "S+ 250 taken\nS+ 250 ok\nS+ 250 ok\nS: 354 go\n" BODY(1) YES,
+            "sent 0, sent 0"},
+           {"recipient and DATA refused",
+            DATA(0) YES "S: 550 5.1.1 no\nS: 554 no recipients\nC: RSET\n" DATA(1) YES GO BODY(1) YES,
+            "refused 8, sent 0"},
+           {"354 in vain", DATA(0) YES "S: 550 no\nS: 354 go\nC: .\n" DATA(1) "S: 554 no recipients\n" GO BODY(1) YES,
+            "refused 8, sent 0"},
+           {"354 and 250 in vain",
+            DATA(0) YES "S: 450 no\nS: 354 go\nC: .\n" DATA(1) "S: 250 whatever\n" GO BODY(1) YES,
+            "deferred 8, sent 0"},
+           {"sender refused", DATA(0) "S: 550 no\nS: 503 MAIL first\nS: 503 MAIL first\n" DATA(1) GO BODY(1) YES,
+            "refused 7, sent 0"},
+           {"sender refused, recipient taken", DATA(0) "S: 550 no\nS: 250 ok\n", "failed 18 again"},
+           {"DATA refused", DATA(0) YES YES "S: 452 full\nC: RSET\n" DATA(1) YES GO BODY(1) YES, "deferred 4, sent 0"},
+           {"message refused", DATA(0) GO BODY(0) DATA(1) "S: 554 spam\n" GO BODY(1) YES, "refused 4, sent 0"},
+           {"goodbye to MAIL", DATA(0) "S: 421 bye\n", "failed 16 again"},
+           {"goodbye to DATA", DATA(0) YES YES "S: 421 bye\n", "failed 16 again"},
+           {"goodbye to the message", DATA(0) GO BODY(0) DATA(1) "S: 421 bye\n", "deferred 4, failed 16 again"},
+           {"goodbye after a refusal", DATA(0) YES "S: 550 no\nS: 421 bye\n", "refused 8"},
+           {"taken before it is out", DATA(0) YES YES "S+ 354 go\nS: 250 taken\n", "failed 18"},
+           {"a reply too many", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES YES, "sent 0, sent 0"},
+           {"no reply at all to the message", DATA(0) GO BODY(0) DATA(1) "S: what?\n", "unknown 18, failed 16 again"},
+           {"pipelining not kept at MAIL", DATA(0) "S: 503 one at a time\n", "failed 18 again"},
+           {"pipelining not kept at RCPT", DATA(0) YES "S: 500 what?\n", "failed 18 again"},
+           {"out of order later, and so refused", DATA(0) GO BODY(0) DATA(1) YES "S: 503 no\nS: 503 no\nS: 503 no\n",
+            "sent 0, refused 7"}}) {
+    Check("S: 250 PIPELINING\n", c);
+  }
+}
+
+#define CHUNK(n) "C: BDAT 5 LAST\nC: hi" #n "\n"
+#define WHOLE(n) "C: RSET\n" ENVELOPE(n) CHUNK(n)
+// The first message has gone alone as far as its chunk, and the second one behind it.
+#define BEGUN ENVELOPE(0) YES YES CHUNK(0) WHOLE(1)
+#define TAKEN YES YES YES "S: 250 taken\n"
+
+TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
+  for (const Case& c : std::initializer_list<Case>{
+           {"all is well", BEGUN YES WHOLE(2) TAKEN TAKEN, "sent 0, sent 0, sent 0"},
+           {"first recipient refused", ENVELOPE(0) YES "S: 550 no\nC: RSET\n" ENVELOPE(1) CHUNK(1) WHOLE(2) TAKEN TAKEN,
+            "refused 8, sent 0, sent 0"},
+           {"recipient refused", BEGUN YES WHOLE(2) YES YES "S: 550 no\nS: 503 no recipients\n" TAKEN,
+            "sent 0, refused 8, sent 0"},
+           {"chunk taken in vain", BEGUN YES WHOLE(2) YES YES "S: 550 no\nS: 250 whatever\n" TAKEN,
+            "sent 0, refused 8, sent 0"},
+           {"sender and all refused", BEGUN YES WHOLE(2) YES "S: 550 no\nS: 503 no\nS: 503 no\n" TAKEN,
+            "sent 0, refused 7, sent 0"},
+           {"sender refused, recipient taken", BEGUN YES WHOLE(2) YES "S: 550 no\nS: 250 ok\n",
+            "sent 0, unknown 18, unknown 16"},
+           {"message refused", BEGUN "S: 554 spam\n" TAKEN, "refused 4, sent 0"},
+           {"last message refused", BEGUN YES YES YES YES "S: 554 spam\n", "sent 0, refused 4"},
+           {"after a 4xx one at a time, envelope first", BEGUN "S: 451 later\n" TAKEN ENVELOPE(2) YES YES CHUNK(2) YES,
+            "deferred 4, sent 0, sent 0"},
+           {"RSET refused", BEGUN YES "S: 502 what?\n", "sent 0, unknown 18"},
+           {"goodbye to MAIL", BEGUN YES WHOLE(2) YES "S: 421 bye\n", "sent 0, unknown 16, unknown 16"},
+           {"goodbye to a message", BEGUN YES WHOLE(2) YES YES YES "S: 421 bye\n", "sent 0, deferred 4, unknown 16"},
+           {"no sense", BEGUN YES WHOLE(2) "S: what?\n", "sent 0, unknown 18, unknown 16"},
+           {"pipelining not kept", ENVELOPE(0) YES "S: 503 one at a time\n", "failed 18 again"}}) {
+    Check("S: 250-PIPELINING\nS: 250 CHUNKING\n", c);
+  }
+}
+
+// Where the connection breaks: before any byte of a message's end is out it may go again, after it nobody knows.
+TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
+  for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
+                                            std::tuple{ResultCode::kReplyTimeout, "unknown 27", "failed 27 again"},
+                                            std::tuple{ResultCode::kCancelled, "unknown 20", "failed 20"}}) {
+    Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
+    p.Run(ENVELOPE(0) YES YES CHUNK(0) WHOLE(1));
+    p.session->GiveUp({State::kFailed, code, {}, "why"});
+    Listen(*p.session, p.told);
+    EXPECT_EQ(p.Outcomes(), std::string(first) + ", " + first);
+
+    Pipeline q("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
+    q.Run(ENVELOPE(0));
+    q.session->Receive("250 ok\r\n250 ok\r\n");
+    q.session->BytesToSend();
+    q.session->Submit({.sender = "a@b.c", .recipient = "r1@b.c", .size = 5}, q.sources[1]);
+    q.session->Sent(q.session->BytesToSend().size() - 1);
+    q.session->GiveUp({State::kFailed, code, {}, "why"});
+    Listen(*q.session, q.told);
+    EXPECT_EQ(q.Outcomes(), std::string(first) + ", " + second);
+  }
+}
+
+// A server that answers the first of several commands and no more has one chance: the message goes again, in lock-step.
+TEST(ClientPipeline, AServerThatDoesNotKeepItIsRemembered) {
+  Pipeline p("S: 250 PIPELINING\n", 1);
+  p.Run(DATA(0) YES);
+  p.session->GiveUp({State::kFailed, ResultCode::kReplyTimeout, {}, "It took too long."});
+  Listen(*p.session, p.told);
+  EXPECT_EQ(p.Outcomes(), "failed 27 again");
+  p.session.emplace(p.options, SessionSetup{"[127.0.0.1]", true, false}, p.window);
+  p.submitted = 0;
+  p.Run(
+      "S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 PIPELINING\n"
+      "C: MAIL FROM:<a@b.c>\nS: 250 ok\nC: RCPT TO:<r0@b.c>\nS: 250 ok\nC: DATA\nS: 354 go\n" BODY(0) YES);
+  EXPECT_EQ(p.Outcomes(), "failed 27 again, sent 0");
+}
+
+// The attachment of a message in flight fails: those before it keep their replies, those behind go elsewhere.
+TEST(ClientPipeline, AFileThatFailsHarmsNoOtherMessage) {
+  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
+  p.sources[1].fails_at = 0;
+  p.Run(ENVELOPE(0) YES YES CHUNK(0) "C: RSET\n" ENVELOPE(1) "C: BDAT 5 LAST\n" YES);
+  EXPECT_EQ(p.Outcomes(), "sent 0, failed 11");
+  EXPECT_TRUE(p.session->closed());
+}
+
+TEST(SendWindow, GrowsWhileTheServerIsQuickAndClosesForGood) {
+  SendWindow window;
+  EXPECT_EQ(window.limit(), 2U);
+  for (int n = 0; n < 100; ++n) window.Taken();
+  EXPECT_EQ(window.limit(), 64U);
+  EXPECT_TRUE(window.Wants(32, 1000));
+  EXPECT_FALSE(window.Wants(64, 1000));
+  EXPECT_FALSE(window.Wants(33, 1000));  // not until half of it is answered
+  EXPECT_TRUE(window.Wants(32, 1000));
+  EXPECT_FALSE(window.Wants(1, SendWindow::kMostOctets));
+  SendWindow slow;
+  slow.SetQuick(false);
+  slow.Taken();
+  EXPECT_EQ(slow.limit(), 2U);
+  window.BeCautious();
+  window.Taken();
+  EXPECT_EQ(window.limit(), 1U);
+}
+
+}  // namespace
+}  // namespace quillcast::smtp
