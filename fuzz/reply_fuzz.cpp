@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "smtp/capabilities.h"
-#include "smtp/reply.h"
+#include "smtp/client/reply_reader.h"
 
 namespace {
 

@@ -5,13 +5,15 @@
 #include "message/message_options.h"
 #include "profile/main_window_contents.h"
 #include "smtp/client/client.h"
-#include "smtp/send_status.h"
+#include "smtp/result_code.h"
 
 namespace quillcast::account {
 namespace {
 
+constexpr const char* kAccountWorks = "Your SMTP settings appear to be functioning correctly.";
+
 // There is no message to follow; the log is kept for a test that fails.
-class TestListener final : public smtp::Mailing {
+class TestListener final : public smtp::JobSource {
  public:
   explicit TestListener(std::vector<std::string>& log) : log_(log) {}
 
@@ -61,7 +63,7 @@ AccountTest TestAccount(const AccountSettings& shown, const platform::Clock& clo
   } else {
     test.outcome.reason = options.error().what;
   }
-  test.text = test.Works() ? smtp::kAccountWorks : smtp::TestResultText(static_cast<int>(test.outcome.code));
+  test.text = test.Works() ? kAccountWorks : smtp::TestResultText(static_cast<int>(test.outcome.code));
   return test;
 }
 

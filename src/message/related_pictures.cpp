@@ -10,9 +10,9 @@
 #include <set>
 
 #include "html/local_pictures.h"
+#include "message/body_import.h"
 #include "mime/media_type.h"
 #include "platform/text.h"
-#include "smtp/send_status.h"
 
 namespace quillcast::message {
 namespace {
@@ -27,10 +27,10 @@ constexpr std::size_t kMostNamed = 3;  // in a question
 std::int32_t LookAtPath(const fs::path& file) {
   std::error_code failed;
   const auto status = fs::status(file, failed);
-  if (failed == std::errc::filename_too_long) return smtp::kBodyNoFile;
-  if (!fs::exists(status)) return smtp::kBodyNotOpened;
-  if (fs::is_directory(status)) return smtp::kBodyNotRead;
-  return fs::is_regular_file(status) ? 0 : smtp::kBodyNoFile;
+  if (failed == std::errc::filename_too_long) return kBodyNoFile;
+  if (!fs::exists(status)) return kBodyNotOpened;
+  if (fs::is_directory(status)) return kBodyNotRead;
+  return fs::is_regular_file(status) ? 0 : kBodyNoFile;
 }
 
 // Whether what was opened has this path: a folder on the way may have become a link to elsewhere meanwhile. What cannot
@@ -45,7 +45,7 @@ enum class Look { kPicture, kForeign, kTrouble };
 
 struct Looked {
   Look look = Look::kTrouble;
-  std::int32_t code = smtp::kBodyNotOpened;  // for kTrouble
+  std::int32_t code = kBodyNotOpened;  // for kTrouble
   Picture picture;
 };
 
@@ -76,13 +76,13 @@ Looked Taking::LookInto(const fs::path& file) const {
   std::error_code failed;
   const fs::path real = fs::canonical(file, failed);
   auto fd = platform::OpenForReading(real);
-  if (failed || !fd || !IsStill(fd->get(), real)) return {Look::kTrouble, smtp::kBodyNotOpened, {}};
+  if (failed || !fd || !IsStill(fd->get(), real)) return {Look::kTrouble, kBodyNotOpened, {}};
   std::string start(kLookedAt, '\0');
   const auto got = platform::ReadSome(fd->get(), file, start.data(), start.size());
   struct stat status {};
-  if (!got || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, smtp::kBodyNotRead, {}};
+  if (!got || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, kBodyNotRead, {}};
   const std::string_view type = mime::MediaTypeOf("", std::string_view(start).substr(0, *got));
-  if (!type.starts_with("image/")) return {Look::kTrouble, smtp::kBodyNotParsed, {}};
+  if (!type.starts_with("image/")) return {Look::kTrouble, kBodyNotParsed, {}};
   Picture picture{file,          {},           std::string(type), static_cast<std::uint64_t>(status.st_size),
                   status.st_dev, status.st_ino};
   return {places_.Hold(real, folders_) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
@@ -132,10 +132,10 @@ void AppendListed(std::vector<std::string>& lines, const std::vector<Item>& item
 }  // namespace
 
 std::string Describe(const PictureTrouble& trouble) {
-  const char* const what = trouble.code == smtp::kBodyNotOpened ? "is missing or may not be read"
-                           : trouble.code == smtp::kBodyNotRead ? "cannot be read"
-                           : trouble.code == smtp::kBodyNoFile  ? "is no file that can be taken along"
-                                                                : "is no picture";
+  const char* const what = trouble.code == kBodyNotOpened ? "is missing or may not be read"
+                           : trouble.code == kBodyNotRead ? "cannot be read"
+                           : trouble.code == kBodyNoFile  ? "is no file that can be taken along"
+                                                          : "is no picture";
   return fmt::format("The picture {} {}.", platform::Printable(trouble.file, 300), what);
 }
 

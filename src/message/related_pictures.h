@@ -31,7 +31,7 @@ Result<platform::UniqueFd> OpenAgain(const Picture& picture);
 // A local reference that was not taken along; it stays as it is.
 struct PictureTrouble {
   std::string file;
-  std::int32_t code;  // of loading the body, see send_status.h
+  std::int32_t code;  // of loading the body, see body_import.h
 };
 
 // Sentences for the person.

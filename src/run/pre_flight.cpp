@@ -86,7 +86,7 @@ PreFlight LookAt(const document::MessageDocument& document, const message::Messa
 }
 
 // Hears what the server offers.
-class NoticeListener final : public smtp::Mailing {
+class NoticeListener final : public smtp::JobSource {
  public:
   smtp::Job* NextJob() override { return nullptr; }
   void Finished(smtp::Job&, const smtp::Outcome&) override {}

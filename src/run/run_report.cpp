@@ -2,8 +2,9 @@
 
 #include <fmt/format.h>
 
+#include "message/body_import.h"
 #include "platform/text.h"
-#include "smtp/send_status.h"
+#include "smtp/result_code.h"
 
 namespace quillcast::run {
 
@@ -31,12 +32,12 @@ void RunReport::Failed(std::int32_t code) {
 }
 
 void RunReport::SubjectNotEncoded() {
-  Line(smtp::kSubjectNotEncoded);
+  Line("Error encoding subject.");
   BlankLine();
 }
 
 void RunReport::BodyNotLoaded(std::int32_t code) {
-  const std::string text = smtp::BodyImportText(code);
+  const std::string text = message::BodyImportText(code);
   if (text.empty()) return;
   Line(text);
   BlankLine();

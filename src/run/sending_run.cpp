@@ -14,7 +14,7 @@
 #include "run/history.h"
 #include "run/pre_flight.h"
 #include "smtp/client/client.h"
-#include "smtp/send_status.h"
+#include "smtp/result_code.h"
 
 namespace quillcast::run {
 namespace {
@@ -40,7 +40,7 @@ struct OwnFailure {
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
-class Run final : public smtp::Mailing {
+class Run final : public smtp::JobSource {
  public:
   Run(const RunRequest& request, const RunPlace& place, RunListener& listener, HistoryEntry& entry)
       : request_(request),

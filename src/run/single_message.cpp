@@ -9,12 +9,12 @@
 #include "recipients/envelope_address.h"
 #include "recipients/text_order.h"
 #include "smtp/client/client.h"
-#include "smtp/send_status.h"
+#include "smtp/result_code.h"
 
 namespace quillcast::run {
 namespace {
 
-class SingleMailing final : public smtp::Mailing {
+class SingleMailing final : public smtp::JobSource {
  public:
   SingleMailing(message::RenderedMessage& message, const std::function<void(std::string_view)>& log_line)
       : log_line_(log_line) {

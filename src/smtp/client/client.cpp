@@ -7,10 +7,10 @@
 
 #include "net/connect.h"
 #include "net/resolver.h"
-#include "smtp/client/client_jobs.h"
-#include "smtp/client/client_window.h"
 #include "smtp/client/connection.h"
+#include "smtp/client/job_queue.h"
 #include "smtp/client/no_core_dump.h"
+#include "smtp/client/send_window.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -50,8 +50,8 @@ class Client::Driver {
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;
 
-  void Run(Mailing& mailing);
-  Outcome Test(Mailing& mailing);
+  void Run(JobSource& source);
+  Outcome Test(JobSource& source);
 
  private:
   bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
@@ -131,9 +131,9 @@ void Client::Driver::SendOver(Job& job) {
   connection_->Submit(job);
 }
 
-void Client::Driver::Run(Mailing& mailing) {
-  around_.mailing = &mailing;
-  jobs_.Begin(mailing);
+void Client::Driver::Run(JobSource& source) {
+  around_.source = &source;
+  jobs_.Begin(source);
   for (;;) {
     if (connection_ && connection_->used_up()) connection_->Quit(kQuitPatience);
     if (connection_ && connection_->closed()) connection_.reset();
@@ -151,8 +151,8 @@ void Client::Driver::Run(Mailing& mailing) {
   connection_.reset();
 }
 
-Outcome Client::Driver::Test(Mailing& mailing) {
-  around_.mailing = &mailing;
+Outcome Client::Driver::Test(JobSource& source) {
+  around_.source = &source;
   Outcome opened = Connect();
   if (opened.code != ResultCode::kSuccess) return opened;
   Outcome quit = connection_->Quit(options_.timeout);
@@ -166,7 +166,7 @@ Client::Client(ClientOptions options, const platform::Clock& clock, const platfo
     : driver_(std::make_unique<Driver>(std::move(options), clock, cancel)) {}
 Client::~Client() = default;
 
-void Client::Run(Mailing& mailing) { driver_->Run(mailing); }
-Outcome Client::Test(Mailing& mailing) { return driver_->Test(mailing); }
+void Client::Run(JobSource& source) { driver_->Run(source); }
+Outcome Client::Test(JobSource& source) { return driver_->Test(source); }
 
 }  // namespace quillcast::smtp

@@ -12,12 +12,12 @@
 
 #include "smtp/capabilities.h"
 #include "smtp/client/body_writer.h"
-#include "smtp/client/client.h"
-#include "smtp/client/client_queue.h"
-#include "smtp/client/client_window.h"
+#include "smtp/client/client_options.h"
+#include "smtp/client/reply_reader.h"
+#include "smtp/client/reused_queue.h"
+#include "smtp/client/send_window.h"
 #include "smtp/envelope.h"
 #include "smtp/outcome.h"
-#include "smtp/reply.h"
 #include "smtp/sasl/sasl_exchange.h"
 #include "smtp/smtp_line.h"
 

@@ -126,7 +126,7 @@ Result<std::optional<std::size_t>> Connection::ReadOrShow(bool blocked, platform
     const bool quiet = !count && count.error().failure == Failure::kTimedOut;
     if (!quiet || deadline_.Passed(around_.clock.Monotonic())) return count;
   }
-  around_.mailing->Waiting();
+  around_.source->Waiting();
   shown_ = around_.clock.Monotonic();
   return read(deadline_);
 }
@@ -156,11 +156,11 @@ void Connection::TellProgress() {
   const std::uint64_t total = session_.octets_in_all();
   if (total == 0 || made == told_ || (made > told_ && made < told_ + total / kProgressParts && made < total)) return;
   told_ = made;
-  around_.mailing->Progress(made, total);
+  around_.source->Progress(made, total);
 }
 
 void Connection::TellLine(std::size_t place, std::string_view line) {
-  if (!around_.jobs.KeepLine(place, line)) around_.mailing->LogLine(line);
+  if (!around_.jobs.KeepLine(place, line)) around_.source->LogLine(line);
 }
 
 void Connection::TakeEvents() {
@@ -178,7 +178,7 @@ void Connection::TakeEvents() {
         break;
       case Event::Kind::kReady:
         ready_ = true;
-        around_.mailing->Connected(session_.capabilities());
+        around_.source->Connected(session_.capabilities());
         break;
       case Event::Kind::kOutcome:
         around_.jobs.Settle(event->outcome, event->again);

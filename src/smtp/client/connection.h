@@ -7,9 +7,9 @@
 #include <optional>
 
 #include "net/stream.h"
-#include "smtp/client/client.h"
-#include "smtp/client/client_jobs.h"
+#include "smtp/client/client_options.h"
 #include "smtp/client/client_session.h"
+#include "smtp/client/job_queue.h"
 
 namespace quillcast::smtp {
 
@@ -21,7 +21,7 @@ struct Surroundings {
   SendWindow& window;
   JobQueue& jobs;
   std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
-  Mailing* mailing = nullptr;
+  JobSource* source = nullptr;
 };
 
 class Connection {

@@ -9,7 +9,7 @@
 
 #include "platform/result.h"
 #include "smtp/capabilities.h"
-#include "smtp/client/client.h"
+#include "smtp/sasl/auth_mode.h"
 #include "smtp/secret.h"
 
 namespace quillcast::smtp {

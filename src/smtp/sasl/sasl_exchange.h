@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "smtp/sasl/sasl.h"
-#include "smtp/secret_traces.h"
+#include "smtp/sasl/secret_traces.h"
 
 namespace quillcast::smtp {
 

@@ -4,9 +4,9 @@
 
 #include <deque>
 
-#include "smtp/client/client_jobs.h"
 #include "smtp/client/client_play.h"
 #include "smtp/client/client_random_server.h"
+#include "smtp/client/job_queue.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -16,9 +16,9 @@ struct RandomJob : Job {
   std::unique_ptr<TextSource> source;
 };
 
-class RandomMailing final : public Mailing {
+class RandomSource final : public JobSource {
  public:
-  RandomMailing(std::size_t count, std::mt19937& chance) {
+  RandomSource(std::size_t count, std::mt19937& chance) {
     for (std::size_t n = 0; n < count; ++n) {
       RandomJob& job = jobs_.emplace_back();
       job.recipient = "r" + std::to_string(n) + "@example.net";
@@ -50,9 +50,9 @@ class RandomMailing final : public Mailing {
 class Wire {
  public:
   Wire(const ServerKind& kind, bool pipeline, std::uint32_t seed)
-      : kind_(kind), chance_(seed), mailing_(5 + chance_() % 30, chance_), jobs_(cancel_) {
+      : kind_(kind), chance_(seed), source_(5 + chance_() % 30, chance_), jobs_(cancel_) {
     options_.pipeline = pipeline;
-    jobs_.Begin(mailing_);
+    jobs_.Begin(source_);
   }
 
   void Run() {
@@ -75,7 +75,7 @@ class Wire {
   }
 
   const Account& account() const { return account_; }
-  const RandomMailing& mailing() const { return mailing_; }
+  const RandomSource& source() const { return source_; }
   int stalls() const { return stalls_; }
 
  private:
@@ -134,7 +134,7 @@ class Wire {
   platform::CancelToken cancel_;
   ClientOptions options_;
   Account account_;
-  RandomMailing mailing_;
+  RandomSource source_;
   SendWindow window_;
   JobQueue jobs_;
   std::optional<RandomServer> server_;
@@ -149,7 +149,7 @@ int TimesIn(const std::map<std::string, int>& counts, const std::string& key) {
 }
 
 void ExpectTruth(const Wire& wire, const ServerKind& kind) {
-  const auto& [finished, outcomes] = std::tie(wire.mailing().finished, wire.mailing().outcomes);
+  const auto& [finished, outcomes] = std::tie(wire.source().finished, wire.source().outcomes);
   const Account& account = wire.account();
   EXPECT_EQ(account.misdelivered, 0);
   for (std::size_t n = 0; n < finished.size(); ++n) {

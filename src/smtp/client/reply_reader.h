@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/outcome.h"
+#include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 

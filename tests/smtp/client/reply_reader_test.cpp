@@ -1,5 +1,5 @@
 // Replies in one piece and in many, and what is no reply.
-#include "smtp/reply.h"
+#include "smtp/client/reply_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "smtp/client/client_jobs.h"
+#include "smtp/client/job_queue.h"
 
 #include <string_view>
 #include <utility>
@@ -37,8 +37,8 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
   return times_ % limit == 0 ? times_ : 0;
 }
 
-void JobQueue::Begin(Mailing& mailing) {
-  mailing_ = &mailing;
+void JobQueue::Begin(JobSource& source) {
+  source_ = &source;
   no_more_ = false;
 }
 
@@ -52,7 +52,7 @@ JobQueue::Entry* JobQueue::FirstAt(Entry::Stage stage) {
 Job* JobQueue::Next() {
   if (waiting_ > 0) return FirstAt(Entry::Stage::kWaiting)->job;
   if (no_more_ || cancel_.Requested() != platform::Stop::kNone) return nullptr;
-  Job* job = mailing_->NextJob();
+  Job* job = source_->NextJob();
   no_more_ = job == nullptr;
   if (no_more_) return nullptr;
   Entry& entry = entries_.Push();
@@ -96,10 +96,10 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
   entry.outcome = outcome;
   while (!entries_.empty() && entries_.front().stage == Entry::Stage::kSettled) {
     const Entry& first = entries_.front();
-    mailing_->Finished(*first.job, first.outcome);
+    source_->Finished(*first.job, first.outcome);
     told_ = true;
     const int times = breaker_.TimeToAsk(first.outcome);
-    if (times != 0 && !no_more_) no_more_ = !mailing_->GoOn(first.outcome, times);
+    if (times != 0 && !no_more_) no_more_ = !source_->GoOn(first.outcome, times);
     entries_.Pop();
     if (!entries_.empty()) TellLog(entries_.front());
   }
@@ -108,7 +108,7 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
 void JobQueue::TellLog(Entry& entry) {
   std::string_view lines = entry.log;
   for (auto end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
-    mailing_->LogLine(lines.substr(0, end));
+    source_->LogLine(lines.substr(0, end));
     lines.remove_prefix(end + 1);
   }
   entry.log.clear();
@@ -123,7 +123,7 @@ bool JobQueue::KeepLine(std::size_t place, std::string_view line) {
 }
 
 void JobQueue::CatchUp() {
-  if (std::exchange(told_, false)) mailing_->CaughtUp();
+  if (std::exchange(told_, false)) source_->CaughtUp();
 }
 
 }  // namespace quillcast::smtp

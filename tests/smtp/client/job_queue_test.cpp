@@ -1,5 +1,5 @@
 // When a run is asked whether it makes sense to go on.
-#include "smtp/client/client_jobs.h"
+#include "smtp/client/job_queue.h"
 
 #include <gtest/gtest.h>
 

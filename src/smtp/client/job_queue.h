@@ -3,8 +3,8 @@
 #pragma once
 
 #include "platform/cancel.h"
-#include "smtp/client/client.h"
-#include "smtp/client/client_queue.h"
+#include "smtp/client/job_source.h"
+#include "smtp/client/reused_queue.h"
 
 namespace quillcast::smtp {
 
@@ -22,7 +22,7 @@ class Breaker {
 class JobQueue {
  public:
   explicit JobQueue(const platform::CancelToken& cancel) : cancel_(cancel) {}
-  void Begin(Mailing& mailing);
+  void Begin(JobSource& source);
 
   // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
   // next one until Submitted or Fail is called.
@@ -42,7 +42,7 @@ class JobQueue {
   // it is of the first job of all or of none: the line is to be told now.
   bool KeepLine(std::size_t place, std::string_view line);
 
-  // Says Mailing::CaughtUp where something was told since the last time.
+  // Says JobSource::CaughtUp where something was told since the last time.
   void CatchUp();
 
  private:
@@ -62,7 +62,7 @@ class JobQueue {
   void TellLog(Entry& entry);
 
   const platform::CancelToken& cancel_;
-  Mailing* mailing_ = nullptr;
+  JobSource* source_ = nullptr;
   ReusedQueue<Entry> entries_;
   std::size_t waiting_ = 0;  // entries at that stage
   Breaker breaker_;

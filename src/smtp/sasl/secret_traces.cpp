@@ -1,4 +1,4 @@
-#include "smtp/secret_traces.h"
+#include "smtp/sasl/secret_traces.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "smtp/reply.h"
+#include "smtp/client/reply_reader.h"
 
 #include <fmt/format.h>
 

@@ -1,0 +1,41 @@
+// Which servers a client may use, and how.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "smtp/sasl/auth_mode.h"
+#include "smtp/secret.h"
+
+namespace quillcast::smtp {
+
+// kAutomatic: TLS from the first byte on port 465; else STARTTLS when it is offered, and required when credentials are
+// to be sent to any host but a loopback one (net::IsLoopbackHost). Certificates and names are always verified.
+enum class Security { kAutomatic, kStartTls, kTls, kNone };
+
+struct Server {
+  std::string host;  // a name, an IPv4 address, or an IPv6 address without brackets
+  std::uint16_t port = 25;
+};
+
+struct ClientOptions {
+  std::vector<Server> servers;  // tried in this order for each connection
+  Security security = Security::kAutomatic;
+  bool sign_in = false;
+  std::string user;
+  Secret password;
+  AuthMode auth_mode = AuthMode::kLogin;
+  bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
+  bool extended = false;           // use extensions even where the greeting does not say ESMTP
+  // Where the server offers PIPELINING: commands that need no reply in between in one write, and with CHUNKING several
+  // messages in flight (see ClientSession). Off: one command, one reply.
+  bool pipeline = false;
+  // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of
+  // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
+  std::chrono::seconds timeout{60};
+  std::string ca_file;  // PEM file of trusted authorities; empty for those of the system
+};
+
+}  // namespace quillcast::smtp

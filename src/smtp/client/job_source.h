@@ -1,0 +1,46 @@
+// Where a client takes its messages from, and whom it tells what became of them.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "smtp/capabilities.h"
+#include "smtp/envelope.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::smtp {
+
+// One message on its way.
+struct Job {
+  Envelope envelope;
+  MessageSource* message = nullptr;
+};
+
+// All calls come from the thread that called Client::Run.
+class JobSource {
+ public:
+  virtual ~JobSource() = default;
+  // The next message, nullptr when there is none any more. The job stays where it is until Finished has been called for
+  // it; with several messages in flight more than one is out at a time.
+  virtual Job* NextJob() = 0;
+  // Called once for each job, in the order in which they were taken.
+  virtual void Finished(Job& job, const Outcome& outcome) = 0;
+  // Everything that the server's replies decided so far has been told, and more is about to be sent or waited for: the
+  // time to put on disk what Finished told. What is told later than it came is what waits for an earlier message that
+  // goes over another connection, less than a window of messages.
+  virtual void CaughtUp() {}
+  // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
+  // times, with this same outcome. Asked again after as many more. False: no further job is taken.
+  virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
+  // A connection is ready for its first message: what its server offers.
+  virtual void Connected(const Capabilities& /*offered*/) {}
+  // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked. It belongs to
+  // the next job that is finished; with several in flight, lines of the later ones wait for the earlier.
+  virtual void LogLine(std::string_view line) = 0;
+  // The server is being waited for: the time to show what LogLine told. A few times a second at most.
+  virtual void Waiting() {}
+  // How many of a message's octets are out; told a few times a message at most.
+  virtual void Progress(std::uint64_t sent, std::uint64_t total) = 0;
+};
+
+}  // namespace quillcast::smtp
