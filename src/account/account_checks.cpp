@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "message/message_options.h"
+#include "account/account_connection.h"
 #include "platform/text.h"
 #include "recipients/check_email.h"
 
@@ -66,7 +66,7 @@ std::optional<Complaint> CheckAccount(const AccountSettings& account) {
     const char* control = check.control;
     return Complaint{check.message, control != nullptr ? control : std::string(RowOf(check.key).control), check.page};
   }
-  const auto servers = message::ServersOf(account);  // one of several may have a port of its own
+  const auto servers = ServersOf(account);  // one of several may have a port of its own
   if (!servers) return Complaint{"", std::string(RowOf(kServer).control), kGeneralPage, InOneLine(servers.error())};
   return {};
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "message/message_options.h"
+#include "account/account_connection.h"
 #include "profile/main_window_contents.h"
 #include "smtp/client/client.h"
 #include "smtp/result_code.h"
@@ -57,7 +57,7 @@ void PickQueueFolder(AccountSettings& shown, platform::Prompts& prompts) {
 AccountTest TestAccount(const AccountSettings& shown, const platform::Clock& clock,
                         const platform::CancelToken& cancel) {
   AccountTest test;
-  if (const auto options = message::ClientOptionsOf(shown)) {
+  if (const auto options = ClientOptionsOf(shown)) {
     TestListener listener(test.log);
     test.outcome = smtp::Client(*options, clock, cancel).Test(listener);
   } else {

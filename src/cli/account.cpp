@@ -2,12 +2,12 @@
 #include <fmt/format.h>
 
 #include "account/account_checks.h"
+#include "account/account_connection.h"
 #include "account/account_form.h"
 #include "account/account_steps.h"
+#include "account/component_values.h"
 #include "cli/account_values.h"
 #include "cli/commands.h"
-#include "message/component_values.h"
-#include "message/message_options.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -25,7 +25,7 @@ struct ThreadOptions {
 
 // Fails, in words, for a server or port that could never work.
 Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
-  auto options = message::ClientOptionsOf(account);
+  auto options = account::ClientOptionsOf(account);
   if (!options) return Error{Failure::kUsage, options.error().what, options.error().remedy};
   return options;
 }
@@ -87,7 +87,7 @@ int RunShow(Context& context) {
 
 // What the client was given, as the mail component counts it.
 nlohmann::ordered_json Given(const AccountSettings& account, const account::ThreadModes& threads) {
-  const auto values = message::ComponentValuesOf(account, threads[ThreadProtocol::kSmtp]);
+  const auto values = account::ComponentValuesOf(account, threads[ThreadProtocol::kSmtp]);
   nlohmann::ordered_json given = {{"server", account[AccountKey::kServer]},
                                   {"port", account[AccountKey::kPort]},
                                   {"security", account[AccountKey::kSecurity]},

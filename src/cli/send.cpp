@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "account/account_message.h"
 #include "cli/commands.h"
 #include "cli/document_options.h"
 #include "cli/send_steps.h"
@@ -238,7 +239,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (const int refused = AskBeforeSending(context, *mailing)) return refused;
 
   auto message_options =
-      message::LoadMessageOptions(profile::SettingsStore(mailing->folders.settings), mailing->account);
+      account::LoadMessageOptions(profile::SettingsStore(mailing->folders.settings), mailing->account);
   if (!message_options) return context.output.Fail(message_options.error());
   // Where nothing is sent, they are only told of.
   const bool sends = !options.dry_run && options.to_file.empty();

@@ -5,6 +5,7 @@
 #include "mime/header_text.h"
 #include "net/idna.h"
 #include "platform/utf8.h"
+#include "profile/mailer_name.h"
 
 namespace quillcast::message {
 namespace {
@@ -44,7 +45,7 @@ MessageHeaders::MessageHeaders(const document::MessageDocument& document, Messag
   id_domain_ = sender.substr(sender.rfind('@') + 1);
   mime::AppendMailbox(from_, "From", options_.sender_name, sender, CharsetFor(options_.sender_name, options_.charset),
                       options_.header_encoding);
-  others_ = fmt::format("X-Mailer: {}\r\n{}", MailerName(), PriorityField(document.priority));
+  others_ = fmt::format("X-Mailer: {}\r\n{}", profile::MailerName(), PriorityField(document.priority));
   if (document.read_receipt) {
     mime::AppendMailbox(others_, "Disposition-Notification-To", "", sender, options_.charset, options_.header_encoding);
   }

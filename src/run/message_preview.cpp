@@ -1,5 +1,6 @@
 #include "run/message_preview.h"
 
+#include "account/account_message.h"
 #include "document/merge_fields.h"
 #include "message/message_template.h"
 #include "platform/file.h"
@@ -19,7 +20,7 @@ document::MergeValues TagsAsValues() {
 Result<Preview> WritePreview(const profile::Folders& folders, const profile::SettingsStore& settings,
                              const document::MessageDocument& document, const account::AccountSettings& account,
                              const platform::Clock& clock, platform::Entropy& entropy) {
-  auto options = message::LoadMessageOptions(settings, account);
+  auto options = account::LoadMessageOptions(settings, account);
   if (!options) return options.error();
   options->name_field = 0;
   const std::string address = options->sender_address;

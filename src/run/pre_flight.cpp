@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "account/account_connection.h"
 #include "html/local_pictures.h"
-#include "message/message_options.h"
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
 #include "run/single_message.h"
@@ -158,7 +158,7 @@ std::optional<std::string> AskAboutNotices(const account::AccountSettings& accou
                                            const message::MessageTemplate& message, const platform::Clock& clock,
                                            const platform::CancelToken& cancel) {
   if (!message.asks_for_notice()) return {};
-  auto options = message::ClientOptionsOf(account);
+  auto options = account::ClientOptionsOf(account);
   if (!options) return InOneLine(options.error());
   options->sign_in = false;
   options->password = smtp::Secret();

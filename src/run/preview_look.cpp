@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "account/account_message.h"
 #include "account/account_settings.h"
 #include "document/merge_fields.h"
 #include "message/message_template.h"
@@ -31,7 +32,7 @@ Result<std::unique_ptr<message::MessageTemplate>> Compile(const document::Messag
                                                           const profile::Program& program,
                                                           const profile::SettingsStore& settings,
                                                           const account::AccountSettings& account) {
-  auto options = message::LoadMessageOptions(settings, account);
+  auto options = account::LoadMessageOptions(settings, account);
   if (!options) return options.error();
   return std::make_unique<message::MessageTemplate>(document, std::move(*options), program.folders.temporary,
                                                     program.clock, program.entropy);
@@ -87,7 +88,7 @@ Result<message::RelatedPictures> LookForPictures(const document::MessageDocument
   const profile::SettingsStore settings(settings_file, {.cancel = &cancel});
   const auto account = account::AccountSettings::Load(settings);
   if (!account) return account.error();
-  const auto options = message::LoadMessageOptions(settings, *account);
+  const auto options = account::LoadMessageOptions(settings, *account);
   // With such an account no message goes out, which whoever sends is told.
   if (!options && options.error().failure == Failure::kNotConfigured) return message::RelatedPictures();
   if (!options) return options.error();

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "message/message_options.h"
+#include "account/account_connection.h"
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
 #include "run/history.h"
@@ -244,7 +244,7 @@ void Run::TellAboutPictures() {
 }  // namespace
 
 Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place, RunListener& listener) {
-  const auto client_options = message::ClientOptionsOf(request.account);
+  const auto client_options = account::ClientOptionsOf(request.account);
   if (!client_options) return client_options.error();
   auto entry = BeginHistoryEntry(place.folders.History(), place.clock, request.subject);
   if (!entry) return entry.error();

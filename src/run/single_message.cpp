@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "message/message_options.h"
+#include "account/account_connection.h"
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
 #include "recipients/text_order.h"
@@ -76,7 +76,7 @@ Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_t
 Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message::RenderedMessage& message,
                                 const platform::Clock& clock, const platform::CancelToken& cancel,
                                 const std::function<void(std::string_view)>& log_line) {
-  const auto options = message::ClientOptionsOf(account);
+  const auto options = account::ClientOptionsOf(account);
   if (!options) return options.error();
   SingleMailing mailing(message, log_line);
   smtp::Client(*options, clock, cancel).Run(mailing);

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "account/account_steps.h"
-#include "message/component_values.h"
+#include "account/component_values.h"
 #include "platform/text.h"
 #include "support/fake_clock.h"
 #include "support/scripted_prompts.h"
@@ -208,10 +208,10 @@ TEST(AccountSteps, TestTellsAPortThatIsNone) {
 TEST(ComponentValues, AreTheComponentsNumbers) {
   for (const auto& [mode, number] :
        std::initializer_list<std::pair<const char*, int>>{{"AUTH LOGIN", 1}, {"CRAM MD5", 2}, {"NTLM", 4}, {"x", 1}}) {
-    EXPECT_EQ(message::ComponentValuesOf(With({{kAuthMode, mode}}), ThreadMode::kSecond).auth_mode, number);
+    EXPECT_EQ(account::ComponentValuesOf(With({{kAuthMode, mode}}), ThreadMode::kSecond).auth_mode, number);
   }
   const auto options = [](const char* no_auth, const char* extended) {
-    return message::ComponentValuesOf(With({{kNoAuth, no_auth}, {kExtended, extended}}), ThreadMode::kNo).options;
+    return account::ComponentValuesOf(With({{kNoAuth, no_auth}, {kExtended, extended}}), ThreadMode::kNo).options;
   };
   EXPECT_EQ(options("0", "0"), std::nullopt);
   EXPECT_EQ(options("1", "0"), 256);
@@ -219,7 +219,7 @@ TEST(ComponentValues, AreTheComponentsNumbers) {
   EXPECT_EQ(options("1", "1"), 272);
   for (const auto& [minutes, seconds] : std::initializer_list<std::pair<const char*, int>>{
            {"1", 60}, {"10", 600}, {"007", 420}, {"11", 60}, {"0", 60}, {"", 60}, {" 5", 60}}) {
-    EXPECT_EQ(message::ComponentValuesOf(With({{kTimeout, minutes}}), ThreadMode::kNo).timeout_seconds, seconds)
+    EXPECT_EQ(account::ComponentValuesOf(With({{kTimeout, minutes}}), ThreadMode::kNo).timeout_seconds, seconds)
         << minutes;
   }
 }

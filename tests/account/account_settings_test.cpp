@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "account/account_checks.h"
-#include "message/message_options.h"
+#include "account/account_connection.h"
+#include "account/account_message.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::account {
@@ -89,7 +90,7 @@ TEST(Account, GivesTheConnection) {
   account.Set(kPort, "587");
   account.Set(kTimeout, "10");
   account.Set(kSecurity, "TLS");
-  const auto options = message::ClientOptionsOf(account);
+  const auto options = account::ClientOptionsOf(account);
   ASSERT_TRUE(options);
   std::vector<std::string> servers;
   for (const auto& server : options->servers) servers.push_back(server.host + " " + std::to_string(server.port));
@@ -101,15 +102,15 @@ TEST(Account, GivesTheConnection) {
   account.Set(kAuthMode, "DIGEST MD5");
   for (const char* signs_in : {"0", "1"}) {
     account.Set(kAuth, signs_in);
-    EXPECT_EQ(static_cast<bool>(message::ClientOptionsOf(account)), signs_in[0] == '0')
+    EXPECT_EQ(static_cast<bool>(account::ClientOptionsOf(account)), signs_in[0] == '0')
         << "a way that nobody goes stops nothing";
   }
   account.Set(kAuthMode, "NTLM");
-  EXPECT_EQ(message::ClientOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
+  EXPECT_EQ(account::ClientOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
 
   for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
     account.Set(kServer, bad);
-    EXPECT_FALSE(message::ClientOptionsOf(account)) << bad;
+    EXPECT_FALSE(account::ClientOptionsOf(account)) << bad;
   }
 }
 
@@ -120,7 +121,7 @@ TEST(Account, GivesTheMessage) {
   account.Set(kDsnReturn, "Return the full message");
   account.Set(kHeaderEncoding, "Base 64");
   account.Set(kEmail, "Ada <ada@example.org>");
-  const auto options = message::MessageOptionsOf(account, "MIME");
+  const auto options = account::MessageOptionsOf(account, "MIME");
   ASSERT_TRUE(options);
   EXPECT_EQ(options->sender_address, "ada@example.org");
   EXPECT_EQ(options->name_field, 2U);
@@ -130,7 +131,7 @@ TEST(Account, GivesTheMessage) {
   for (const char* email : {"", "ada", "ada@"}) {
     AccountSettings nobody = account;
     nobody.Set(kEmail, email);
-    const auto refused = message::MessageOptionsOf(nobody, "MIME");
+    const auto refused = account::MessageOptionsOf(nobody, "MIME");
     ASSERT_FALSE(refused) << email;
     EXPECT_EQ(refused.error().failure, Failure::kNotConfigured);
     EXPECT_TRUE(refused.error().what.starts_with("The account")) << refused.error().what;
@@ -138,7 +139,7 @@ TEST(Account, GivesTheMessage) {
   for (const AccountKey key : {kToField, kEncoding, kAttachmentEncoding, kHeaderEncoding, kDsnNotify}) {
     AccountSettings wrong = account;
     wrong.Set(key, "Shoe Size");
-    EXPECT_FALSE(message::MessageOptionsOf(wrong, "MIME"));
+    EXPECT_FALSE(account::MessageOptionsOf(wrong, "MIME"));
   }
 }
 
@@ -167,14 +168,14 @@ TEST(Account, ReadsWhatTheDialogWouldNotHaveStored) {
     account.Set(kEncoding, "None");
     account.Set(kAutoWrap, "1");
     account.Set(key, value);
-    const auto options = message::MessageOptionsOf(account, "MIME");
+    const auto options = account::MessageOptionsOf(account, "MIME");
     ASSERT_TRUE(options);
     EXPECT_EQ(options->wrap, wrap) << value;
     EXPECT_EQ(options->own_boundary_prefix, own_prefix) << value;
   }
   for (const auto& [format, is_bare] : std::initializer_list<std::pair<const char*, bool>>{
            {"Plain", true}, {"MIME", false}, {"plain", false}, {"", false}, {"other", false}}) {
-    EXPECT_EQ(message::MessageOptionsOf(Good(), format)->is_bare, is_bare) << format;
+    EXPECT_EQ(account::MessageOptionsOf(Good(), format)->is_bare, is_bare) << format;
   }
 }
 

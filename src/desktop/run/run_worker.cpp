@@ -2,9 +2,9 @@
 
 #include <QMetaObject>
 
+#include "account/account_message.h"
 #include "account/account_settings.h"
 #include "desktop/widgets/qt_text.h"
-#include "message/message_options.h"
 #include "message/message_template.h"
 #include "run/single_message.h"
 
@@ -49,7 +49,7 @@ Result<run::RunSummary> RunWorker::Run(const SendJob& job, const std::optional<r
                                         {.cancel = &cancel_});  // more patient than the window
   const auto account = account::AccountSettings::Load(settings);
   if (!account) return account.error();
-  auto options = message::LoadMessageOptions(settings, *account);
+  auto options = account::LoadMessageOptions(settings, *account);
   if (!options) return options.error();
   const message::MessageTemplate message(job.document, std::move(*options), program_.folders.temporary, program_.clock,
                                          program_.entropy);

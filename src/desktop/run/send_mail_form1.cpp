@@ -15,6 +15,7 @@
 #include <tuple>
 #include <utility>
 
+#include "account/account_connection.h"
 #include "account/account_steps.h"
 #include "desktop/run/notes_panel.h"
 #include "desktop/run/pictures_panel.h"
@@ -24,7 +25,6 @@
 #include "desktop/run/shut_down_form.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
-#include "message/message_options.h"
 #include "platform/text.h"
 #include "run/run_rate.h"
 
@@ -157,7 +157,7 @@ QWidget* SendMailForm1::MakeHeading() {
     route->setText(
         job_.practice
             ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-            : tr("From %1 over %2").arg(from, ToQt(platform::Printable(message::ServersText(*account), 200))));
+            : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
   }
   auto* column = new QVBoxLayout(heading);
   column->setContentsMargins(0, 0, 0, 0);

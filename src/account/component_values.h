@@ -6,7 +6,7 @@
 #include "account/account_settings.h"
 #include "account/thread_modes.h"
 
-namespace quillcast::message {
+namespace quillcast::account {
 
 struct ComponentValues {
   int auth_mode = 1;           // "AUTH LOGIN" 1, "CRAM MD5" 2, "NTLM" 4; any other text counts as the first
@@ -15,6 +15,6 @@ struct ComponentValues {
   int threading = 1;           // of SMTP
 };
 
-ComponentValues ComponentValuesOf(const account::AccountSettings& account, account::ThreadMode smtp);
+ComponentValues ComponentValuesOf(const AccountSettings& account, ThreadMode smtp);
 
-}  // namespace quillcast::message
+}  // namespace quillcast::account

@@ -1,0 +1,94 @@
+#include "account/account_connection.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "account/account_choices.h"
+#include "platform/text.h"
+
+namespace quillcast::account {
+namespace {
+
+using enum AccountKey;
+
+Result<std::uint16_t> PortFrom(std::string_view text) {
+  const auto port = platform::WholeNumberBetween(platform::Trim(text), 1, 65535);
+  if (port) return static_cast<std::uint16_t>(*port);
+  return Error{Failure::kNotConfigured,
+               fmt::format("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
+               "A port is a number from 1 to 65535: quillcast account set Port=587"};
+}
+
+Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
+  smtp::Server server{std::string(entry), port};
+  std::string_view port_text;
+  if (entry.starts_with('[')) {
+    const auto end = entry.find(']');
+    server.host = entry.substr(1, end == std::string_view::npos ? end : end - 1);
+    if (end != std::string_view::npos && entry.substr(end + 1).starts_with(':')) port_text = entry.substr(end + 2);
+  } else if (std::count(entry.begin(), entry.end(), ':') == 1) {  // more of them: a bare IPv6 address
+    server.host = platform::Trim(entry.substr(0, entry.find(':')));
+    port_text = entry.substr(entry.find(':') + 1);
+  }
+  if (port_text.empty()) return server;
+  const auto own_port = PortFrom(port_text);
+  if (!own_port) {
+    return Error{
+        own_port.error().failure,
+        fmt::format("\"{}\" in the server list names no port of a mail server.", platform::Printable(entry, 80)),
+        "A port is a number from 1 to 65535, as in mail.example.org:587."};
+  }
+  server.port = *own_port;
+  return server;
+}
+
+}  // namespace
+
+Result<std::vector<smtp::Server>> ServersOf(const AccountSettings& account) {
+  std::vector<smtp::Server> servers;
+  const auto port = PortFrom(account[kPort]);
+  if (!port) return port.error();
+  for (const auto entry : platform::Split(account[kServer], ';')) {
+    if (platform::Trim(entry).empty()) continue;
+    auto server = ServerFrom(platform::Trim(entry), *port);
+    if (!server) return server.error();
+    servers.push_back(std::move(*server));
+  }
+  return servers;
+}
+
+std::string ServersText(const AccountSettings& account) {
+  const auto servers = ServersOf(account);
+  if (!servers) return account[kServer];
+  std::string text;
+  for (const auto& server : *servers) {
+    text += fmt::format("{}{}, port {}", text.empty() ? "" : ", or ", server.host, server.port);
+  }
+  return text;
+}
+
+Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
+  smtp::ClientOptions options;
+  auto servers = ServersOf(account);
+  if (!servers) return servers.error();
+  options.servers = std::move(*servers);
+  const auto security = ChosenAs<smtp::Security>(account, kSecurity);
+  if (!security) return security.error();
+  options.security = *security;
+  options.sign_in = account.IsOn(kAuth);
+  if (options.sign_in) {
+    const auto auth_mode = ChosenAs<smtp::AuthMode>(account, kAuthMode);
+    if (!auth_mode) return auth_mode.error();
+    options.auth_mode = *auth_mode;
+  }
+  options.user = account[kUsername];
+  options.password = smtp::Secret(account[kPassword]);
+  options.send_without_auth = account.IsOn(kNoAuth);
+  options.extended = account.IsOn(kExtended);
+  options.pipeline = account.IsOn(kPipeline);
+  options.timeout = std::chrono::seconds(account.TimeoutSeconds());
+  return options;
+}
+
+}  // namespace quillcast::account
