@@ -12,10 +12,10 @@ Result<std::size_t> ChoiceOf(const AccountSettings& account, AccountKey key) {
   const auto& row = RowOf(key);
   const auto found = std::find(row.choices.begin(), row.choices.end(), account[key]);
   if (found != row.choices.end()) return static_cast<std::size_t>(found - row.choices.begin());
-  return Error{Failure::kNotConfigured,
-               fmt::format("The account's {} is \"{}\", which is none of its choices.", row.name,
-                           platform::Printable(account[key], 80)),
-               fmt::format("Choose one: {}.", fmt::join(row.choices, ", "))};
+  return Error{
+      Failure::kNotConfigured,
+      Say("The account's {} is \"{}\", which is none of its choices.", row.name, platform::Printable(account[key], 80)),
+      Say("Choose one: {}.", fmt::to_string(fmt::join(row.choices, ", ")))};
 }
 
 }  // namespace quillcast::account

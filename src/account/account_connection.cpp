@@ -15,8 +15,7 @@ using enum AccountKey;
 Result<std::uint16_t> PortFrom(std::string_view text) {
   const auto port = platform::WholeNumberBetween(platform::Trim(text), 1, 65535);
   if (port) return static_cast<std::uint16_t>(*port);
-  return Error{Failure::kNotConfigured,
-               fmt::format("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
+  return Error{Failure::kNotConfigured, Say("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
                "A port is a number from 1 to 65535: quillcast account set Port=587"};
 }
 
@@ -34,10 +33,9 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   if (port_text.empty()) return server;
   const auto own_port = PortFrom(port_text);
   if (!own_port) {
-    return Error{
-        own_port.error().failure,
-        fmt::format("\"{}\" in the server list names no port of a mail server.", platform::Printable(entry, 80)),
-        "A port is a number from 1 to 65535, as in mail.example.org:587."};
+    return Error{own_port.error().failure,
+                 Say("\"{}\" in the server list names no port of a mail server.", platform::Printable(entry, 80)),
+                 "A port is a number from 1 to 65535, as in mail.example.org:587."};
   }
   server.port = *own_port;
   return server;

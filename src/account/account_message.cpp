@@ -17,10 +17,9 @@ Error NoSender(std::string_view email) {
   constexpr const char* kRemedy =
       "Fill in the account: quillcast account set Name=... Email=you@example.org Server=...";
   if (email.empty()) return {Failure::kNotConfigured, "The account has no e-mail address yet.", kRemedy};
-  return {
-      Failure::kNotConfigured,
-      fmt::format("The account's Email is \"{}\", which is no address to send from.", platform::Printable(email, 80)),
-      kRemedy};
+  return {Failure::kNotConfigured,
+          Say("The account's Email is \"{}\", which is no address to send from.", platform::Printable(email, 80)),
+          kRemedy};
 }
 
 // A stored width that the account dialog would not take counts as its default.
@@ -35,8 +34,8 @@ Result<message::MessageOptions> MessageOptionsOf(const AccountSettings& account,
   const auto charset = charset::FindCharset(document::MimeNameOf(account[kCharSet]));
   if (!charset) {
     return Error{Failure::kNotConfigured,
-                 fmt::format("The account's CharSet is \"{}\", which is no known character set.",
-                             platform::Printable(account[kCharSet], 80)),
+                 Say("The account's CharSet is \"{}\", which is no known character set.",
+                     platform::Printable(account[kCharSet], 80)),
                  "Choose one, for example: quillcast account set CharSet='Unicode (UTF-8)'"};
   }
   auto sender = recipients::EnvelopeAddress(account[kEmail]);

@@ -61,7 +61,7 @@ AccountTest TestAccount(const AccountSettings& shown, const platform::Clock& clo
     TestListener listener(test.log);
     test.outcome = smtp::Client(*options, clock, cancel).Test(listener);
   } else {
-    test.outcome.reason = options.error().what;
+    test.outcome.reason = options.error().what.InEnglish();
   }
   test.text = test.Works() ? kAccountWorks : smtp::TestResultText(static_cast<int>(test.outcome.code));
   return test;

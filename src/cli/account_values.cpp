@@ -16,8 +16,8 @@ using account::AccountSettings;
 
 Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
   if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end()) return {};
-  return Error{Failure::kUsage, fmt::format("{} cannot be \"{}\".", row.name, platform::Printable(value, 80)),
-               fmt::format("It is one of: {}.", fmt::join(row.choices, ", "))};
+  return Error{Failure::kUsage, Say("{} cannot be \"{}\".", row.name, platform::Printable(value, 80)),
+               Say("It is one of: {}.", fmt::to_string(fmt::join(row.choices, ", ")))};
 }
 
 Result<void> Assign(GivenAccount& values, const std::string& assignment) {
@@ -27,9 +27,8 @@ Result<void> Assign(GivenAccount& values, const std::string& assignment) {
     std::string keys;
     for (const auto& known : account::AccountKeyRows())
       keys += fmt::format("{}{}", keys.empty() ? "" : ", ", known.name);
-    return Error{Failure::kUsage,
-                 fmt::format("\"{}\" is no setting of the account.", platform::Printable(assignment, 80)),
-                 fmt::format("Write KEY=VALUE with one of: {}.", keys)};
+    return Error{Failure::kUsage, Say("\"{}\" is no setting of the account.", platform::Printable(assignment, 80)),
+                 Say("Write KEY=VALUE with one of: {}.", keys)};
   }
   if (row->key == AccountKey::kPassword) {
     return Error{Failure::kUsage, "A password must not stand on the command line, where others can read it.",

@@ -43,7 +43,7 @@ Result<fs::path> DemoFolder(const DemoOptions& options) {
   if (!options.folder.empty()) {
     std::error_code failed;
     if (fs::exists(options.folder, failed) && !fs::is_empty(options.folder, failed)) {
-      return Error{Failure::kUsage, fmt::format("{} is not empty.", options.folder),
+      return Error{Failure::kUsage, Say("{} is not empty.", options.folder),
                    "Name a folder that does not exist yet; the demonstration fills it."};
     }
     auto made = platform::EnsureFolder(options.folder);
@@ -93,8 +93,7 @@ int RunDemo(Context& context, const DemoOptions& options) {
   const fs::path demo = context.Folders().program / "demo";
   std::error_code unreadable;
   if (!fs::exists(demo / "people.csv", unreadable)) {
-    return context.output.Fail({Failure::kNoInput,
-                                fmt::format("The demonstration's files are not in {}.", demo.string()),
+    return context.output.Fail({Failure::kNoInput, Say("The demonstration's files are not in {}.", demo.string()),
                                 "Build or install the program whole."});
   }
   const auto folder = DemoFolder(options);

@@ -29,8 +29,7 @@ Result<void> AllowFolders(const std::vector<std::string>& folders, document::Pic
   for (const auto& folder : folders) {
     std::error_code failed;
     if (!std::filesystem::is_directory(folder, failed)) {
-      return Error{Failure::kUsage,
-                   fmt::format("--pictures-from names no folder: {}", platform::Printable(folder, 300)),
+      return Error{Failure::kUsage, Say("--pictures-from names no folder: {}", platform::Printable(folder, 300)),
                    "Give it a folder that exists."};
     }
     places.AllowFolder(std::filesystem::absolute(folder, failed));

@@ -46,7 +46,7 @@ Result<ImportRequest> RequestOf(const ImportOptions& options) {
   request.encoding = options.encoding;
   const auto delimiter = recipients::DelimiterOf(options.delimiter);
   if (!delimiter) {
-    return Error{Failure::kUsage, fmt::format("\"{}\" is no delimiter.", options.delimiter),
+    return Error{Failure::kUsage, Say("\"{}\" is no delimiter.", options.delimiter),
                  "Name Tab, Colon, Space, Comma or Semicolon."};
   }
   request.delimiter = *delimiter;
@@ -112,7 +112,7 @@ int Conclude(Context& context, const ImportRequest& request, const ImportPlaces&
                                 "Run it again to go on: what is there already counts as duplicate."});
   }
   if (outcome.counts.added + outcome.counts.duplicates > 0) return 0;
-  return context.output.Fail({Failure::kBadData, fmt::format("{} holds no address.", request.file.string()),
+  return context.output.Fail({Failure::kBadData, Say("{} holds no address.", request.file.string()),
                               "`--preview` shows how the file is read; `--encoding`, `--delimiter` and `--map` change "
                               "it."});
 }

@@ -87,7 +87,7 @@ Result<void> SetFields(const std::vector<std::string>& fields, Recipient& recipi
     if (equals == std::string::npos || field == recipients::kFieldCount) {
       std::string labels;
       for (const auto& names : kFields) labels += fmt::format("{}\"{}\"", labels.empty() ? "" : ", ", names.label);
-      return Error{Failure::kUsage, fmt::format("\"{}\" names no field.", platform::Printable(text, 100)),
+      return Error{Failure::kUsage, Say("\"{}\" names no field.", platform::Printable(text, 100)),
                    "Write it as in \"First Name=Ada\"; the fields are " + labels + "."};
     }
     recipient.values[field] = text.substr(equals + 1);
@@ -99,7 +99,7 @@ Result<StoredRecipient> Require(const RecipientStore& store, const RecipientGrou
   auto found = store.FindRecipient(group.id, address);
   if (!found) return found.error();
   if (*found) return **found;
-  return Error{Failure::kUsage, fmt::format(R"(There is no recipient "{}" in the group "{}".)", address, group.name),
+  return Error{Failure::kUsage, Say(R"(There is no recipient "{}" in the group "{}".)", address, group.name),
                "`quillcast recipient list` shows those that are."};
 }
 

@@ -42,8 +42,7 @@ Result<std::string> SecretFromFile(const std::filesystem::path& file) {
   if (!content) return content;
   std::string secret = content->substr(0, content->find_first_of("\r\n"));
   if (secret.empty()) {
-    return Error{Failure::kBadData, fmt::format("{} holds no password.", file.string()),
-                 "Put the password on its first line."};
+    return Error{Failure::kBadData, Say("{} holds no password.", file.string()), "Put the password on its first line."};
   }
   return secret;
 }

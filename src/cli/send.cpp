@@ -104,8 +104,8 @@ Result<std::optional<run::PartialRange>> RangeFrom(const std::string& text, std:
   if (first && last && *first >= 1 && *first <= *last && *last <= recipients) {
     return std::optional(run::PartialRange{*first, *last});
   }
-  return Error{Failure::kUsage, fmt::format("\"{}\" is no range of recipients.", platform::Printable(text, 40)),
-               fmt::format("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
+  return Error{Failure::kUsage, Say("\"{}\" is no range of recipients.", platform::Printable(text, 40)),
+               Say("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
 }
 
 int RunMailing(Context& context, const Mailing& mailing, const message::MessageTemplate& message,
@@ -165,7 +165,7 @@ Result<recipients::Recipient> RenderRequested(const SendOptions& options, const 
   auto row = run::FindRow(std::move(*rows), options.as);
   if (!row) {
     return Error{row.error().failure, row.error().what,
-                 fmt::format("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};
+                 Say("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};
   }
   const auto made = run::RenderFor(*row, options.proof, message, rendered);
   if (!made) return made.error();
@@ -180,8 +180,7 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
   const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write) {
-    return context.output.Fail({Failure::kNotPermitted,
-                                fmt::format("{} is locked and was left as it is.", options.to_file),
+    return context.output.Fail({Failure::kNotPermitted, Say("{} is locked and was left as it is.", options.to_file),
                                 "Name another file, or answer yes (--yes does) to have it unlocked."});
   }
   const auto written = platform::ReplaceChosenFile(

@@ -52,8 +52,7 @@ int AskBeforeSending(Context& context, const Mailing& mailing) {
                                 .subject = mailing.document.subject,
                                 .body_text = mailing.document.PlainText()};
   if (*filled_in && !facts.groups.empty() && !facts.group.empty() && mailing.group.id == 0) {
-    return context.output.Fail({Failure::kUsage,
-                                fmt::format("There is no group {}.", platform::Printable(facts.group, 100)),
+    return context.output.Fail({Failure::kUsage, Say("There is no group {}.", platform::Printable(facts.group, 100)),
                                 "quillcast group list shows the groups; quillcast group new makes one."});
   }
   const auto refused = run::CheckBeforeSending(facts, context.prompts);
@@ -125,8 +124,7 @@ Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::Mes
       continue;
     }
     const auto made = RenderRow(row, *address, position, message, rendered);
-    if (!made)
-      return Error{made.error().failure, fmt::format("{} (#{})", made.error().what, position), made.error().remedy};
+    if (!made) return Error{made.error().failure, Say("{} (#{})", made.error().what, position), made.error().remedy};
     for (auto bytes = rendered.Next(); !bytes || !bytes->empty(); bytes = rendered.Next()) {
       if (!bytes) return bytes.error();
       composed.octets += bytes->size();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "account/account_settings.h"
 #include "cli/document_options.h"
 #include "message/message_template.h"
 #include "recipients/recipient_store.h"

@@ -156,8 +156,7 @@ Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
   struct stat status {};
   if (::fstat(fd->get(), &status) != 0) return platform::SystemError("read", picture.file, errno);
   if (status.st_dev == picture.device && status.st_ino == picture.inode) return fd;
-  return Error{Failure::kIo,
-               fmt::format("The picture {} was replaced while the message was made.", picture.file.string()),
+  return Error{Failure::kIo, Say("The picture {} was replaced while the message was made.", picture.file.string()),
                "Send again."};
 }
 

@@ -23,7 +23,7 @@ struct Attempt {
 };
 
 Error NotConnected(const Endpoint& peer, int error_number) {
-  return {Failure::kUnavailable, fmt::format("No connection to {}: {}.", ToString(peer), std::strerror(error_number)),
+  return {Failure::kUnavailable, Say("No connection to {}: {}.", ToString(peer), std::strerror(error_number)),
           "Check the server's name and port, and that it is running."};
 }
 

@@ -10,7 +10,7 @@ namespace quillcast::net {
 namespace {
 
 Error LoopError(int error_number) {
-  return {Failure::kInternal, fmt::format("Cannot wait for connections: {}.", std::strerror(error_number)), {}};
+  return {Failure::kInternal, Say("Cannot wait for connections: {}.", std::strerror(error_number)), {}};
 }
 
 std::uint32_t MaskOf(Interest interest) {

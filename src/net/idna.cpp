@@ -21,7 +21,7 @@ struct CloseIdna {
 };
 
 Error NoName(std::string_view host) {
-  return {Failure::kNoInput, fmt::format("\"{}\" is not a name that a host can have.", host),
+  return {Failure::kNoInput, Say("\"{}\" is not a name that a host can have.", host),
           "Check the spelling of the name."};
 }
 

@@ -63,7 +63,7 @@ bool IsLoopback(const SocketAddress& address) {
 }
 
 Error ListenError(std::string_view address, int error_number) {
-  std::string what = fmt::format("Cannot listen on {}: {}.", address, std::strerror(error_number));
+  const Sentence what = Say("Cannot listen on {}: {}.", address, std::strerror(error_number));
   switch (error_number) {
     case EADDRINUSE:
       return {Failure::kUnavailable, what, "Another program listens there; choose another port, or 0 for a free one."};
@@ -95,7 +95,7 @@ bool IsLoopbackAddress(std::string_view address_and_port) {
 Result<Listener> Listener::Open(std::string_view address_and_port) {
   auto address = ParseAddress(address_and_port);
   if (!address) {
-    return Error{Failure::kUsage, fmt::format("\"{}\" is not an address to listen on.", address_and_port),
+    return Error{Failure::kUsage, Say("\"{}\" is not an address to listen on.", address_and_port),
                  "Write an IP address and a port, as in 127.0.0.1:2525 or [::1]:2525."};
   }
   platform::UniqueFd fd(::socket(address->any.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -115,7 +115,7 @@ Result<std::optional<Listener::Accepted>> Listener::Accept() {
     if (fd) return std::optional<Accepted>(Accepted{std::move(fd), Format(peer), IsLoopback(peer)});
     if (errno == EAGAIN || errno == EWOULDBLOCK) return std::optional<Accepted>();
     if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
-      return Error{Failure::kTryAgain, fmt::format("Cannot take a connection: {}.", std::strerror(errno))};
+      return Error{Failure::kTryAgain, Say("Cannot take a connection: {}.", std::strerror(errno))};
     }
     // Anything else is about that one connection, which is gone (accept(2)); the next one may be well.
   }

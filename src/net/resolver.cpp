@@ -76,13 +76,13 @@ void Process(ares_channel channel, const Sockets& sockets) {
 }
 
 Error TookTooLong(const std::string& host) {
-  return {Failure::kTimedOut, fmt::format("The address of {} was not found in time.", host),
+  return {Failure::kTimedOut, Say("The address of {} was not found in time.", host),
           "Check that the name server of this computer can be reached."};
 }
 
 Error NotFound(const std::string& host, int status) {
   if (status == ARES_ETIMEOUT) return TookTooLong(host);
-  return {Failure::kNoInput, fmt::format("The address of {} was not found: {}.", host, ares_strerror(status)),
+  return {Failure::kNoInput, Say("The address of {} was not found: {}.", host, ares_strerror(status)),
           "Check the spelling of the server's name."};
 }
 
@@ -102,7 +102,7 @@ Result<void> Resolver::Open() {
   if (channel_) return {};
   ares_channel channel = nullptr;
   const int status = ares_init(&channel);
-  if (status != ARES_SUCCESS) return Error{Failure::kInternal, fmt::format("No resolver: {}.", ares_strerror(status))};
+  if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
   channel_.reset(channel);
   return {};
 }

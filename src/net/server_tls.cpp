@@ -21,14 +21,14 @@ std::string LastSslError() {
 Error LoadError(const std::filesystem::path& path, std::string_view remedy) {
   // The library's own word for a missing file is unreadable; the system's is better.
   if (const auto opened = platform::OpenForReading(path); !opened) return opened.error();
-  return {Failure::kBadData, fmt::format("Cannot use {}: {}.", path.string(), LastSslError()), std::string(remedy)};
+  return {Failure::kBadData, Say("Cannot use {}: {}.", path.string(), LastSslError()), std::string(remedy)};
 }
 
 }  // namespace
 
 Result<ServerTls> ServerTls::Load(const std::filesystem::path& certificate, const std::filesystem::path& key) {
   std::unique_ptr<SSL_CTX, FreeSslContext> context(SSL_CTX_new(TLS_server_method()));
-  if (!context) return Error{Failure::kInternal, fmt::format("TLS cannot be set up: {}.", LastSslError())};
+  if (!context) return Error{Failure::kInternal, Say("TLS cannot be set up: {}.", LastSslError())};
   SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
   SSL_CTX_set_options(context.get(), SSL_OP_NO_RENEGOTIATION);
   SSL_CTX_set_mode(context.get(), SSL_MODE_RELEASE_BUFFERS);
@@ -48,7 +48,7 @@ Result<ServerTlsStream> ServerTlsStream::Create(const ServerTls& tls) {
   if (!ssl || in == nullptr || out == nullptr) {
     BIO_free(in);
     BIO_free(out);
-    return Error{Failure::kInternal, fmt::format("TLS cannot be set up: {}.", LastSslError())};
+    return Error{Failure::kInternal, Say("TLS cannot be set up: {}.", LastSslError())};
   }
   BIO_set_mem_eof_return(in, -1);  // an empty buffer means "later", not the end
   SSL_set_bio(ssl.get(), in, out);

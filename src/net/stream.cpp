@@ -16,15 +16,13 @@ namespace {
 
 constexpr std::chrono::milliseconds kWhile{200};
 
-Error Broken(int error_number) {
-  return {Failure::kIo, std::string("The connection broke: ") + std::strerror(error_number) + "."};
-}
+Error Broken(int error_number) { return {Failure::kIo, Say("The connection broke: {}.", std::strerror(error_number))}; }
 
 Error TlsBroken() {
   const unsigned long code = ERR_peek_error();
   const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
   ERR_clear_error();
-  return {Failure::kIo, std::string("The connection broke: ") + (words != nullptr ? words : "closed under TLS") + "."};
+  return {Failure::kIo, Say("The connection broke: {}.", words != nullptr ? words : "closed under TLS")};
 }
 
 bool WouldBlock() { return errno == EAGAIN || errno == EINTR; }

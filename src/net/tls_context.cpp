@@ -50,7 +50,7 @@ Error LibraryError(std::string_view doing) {
   std::array<char, 256> words{};
   ERR_error_string_n(ERR_get_error(), words.data(), words.size());
   ERR_clear_error();
-  return {Failure::kInternal, fmt::format("TLS cannot be used: {}: {}.", doing, words.data())};
+  return {Failure::kInternal, Say("TLS cannot be used: {}: {}.", doing, words.data())};
 }
 
 // The names that count are those of the extension alone, and a wildcard stands for a whole label (RFC 9525 6.3, 6.4): a
@@ -156,13 +156,13 @@ Error HandshakeError(const ssl_st& connection, const std::string& host) {
   const long verdict = SSL_get_verify_result(&connection);
   if (verdict != X509_V_OK) {
     ERR_clear_error();
-    return {Failure::kNotPermitted, fmt::format("The certificate of {} is not trusted: {}.", host, WordsFor(verdict)),
+    return {Failure::kNotPermitted, Say("The certificate of {} is not trusted: {}.", host, WordsFor(verdict)),
             "Nothing was sent. Check the server's name; if the server is yours, have its authority's certificate added "
             "to this computer's trusted ones, or set Security to None if you trust the network."};
   }
   const std::string words = HandshakeWords(ERR_peek_error());
   ERR_clear_error();
-  return {Failure::kUnavailable, fmt::format("TLS could not be started with {}: {}.", host, words),
+  return {Failure::kUnavailable, Say("TLS could not be started with {}: {}.", host, words),
           "Check that Security fits the server's port (TLS from the first byte is usual on port 465)."};
 }
 

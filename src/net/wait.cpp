@@ -32,7 +32,8 @@ Result<bool> WaitAny(std::span<pollfd> descriptors, const Patience& patience, co
     if (GaveUp(patience)) return Cancelled();
     all.back() = {patience.cancel.PollFd(), POLLIN, 0};
     const int ready = PollOnce(all, ours, until.PollTimeout(patience.clock.Monotonic()));
-    if (ready < 0 && errno != EINTR) return Error{Failure::kInternal, std::string("poll: ") + std::strerror(errno)};
+    if (ready < 0 && errno != EINTR)
+      return Error{Failure::kInternal, Say("Cannot wait for the network: {}.", std::strerror(errno))};
     if (ready > 0 && all.back().revents != 0) {
       // A request below our level: made quiet first and judged after, so that one that comes in between wakes us again.
       patience.cancel.Drain();

@@ -20,7 +20,7 @@ constexpr auto kPatience = 1s;
 }  // namespace
 
 Result<void> XdgDesktop::OpenFile(const std::filesystem::path& file) {
-  const std::string remedy = fmt::format("Open it yourself: {}", file.string());
+  const Sentence remedy = Say("Open it yourself: {}", file.string());
   if (!has_display_) return Error{Failure::kUnavailable, "There is no display to open the file on.", remedy};
   std::string program = "xdg-open";
   std::string argument = file.string();

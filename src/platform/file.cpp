@@ -94,7 +94,7 @@ Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::
 }
 
 Error TooLarge(const fs::path& path, std::string_view detail) {
-  return {Failure::kBadData, fmt::format("{} is too large: {}.", path.string(), detail), "Use a smaller file."};
+  return {Failure::kBadData, Say("{} is too large: {}.", path.string(), detail), "Use a smaller file."};
 }
 
 }  // namespace
@@ -105,15 +105,13 @@ void UniqueFd::Close() {
 }
 
 Error SystemError(std::string_view doing, const fs::path& path, int error_number) {
-  return {FailureOf(error_number, doing),
-          fmt::format("Cannot {} {}: {}.", doing, path.string(), std::strerror(error_number)),
+  return {FailureOf(error_number, doing), Say("Cannot {} {}: {}.", doing, path.string(), std::strerror(error_number)),
           RemedyOf(error_number, doing)};
 }
 
 Error NotAnOrdinaryFile(const fs::path& path, mode_t mode) {
   if (S_ISDIR(mode)) return SystemError("read", path, EISDIR);
-  return {Failure::kNoInput, fmt::format("Cannot read {}: it is a device or a pipe.", path.string()),
-          "Name an ordinary file."};
+  return {Failure::kNoInput, Say("Cannot read {}: it is a device or a pipe.", path.string()), "Name an ordinary file."};
 }
 
 Result<UniqueFd> OpenForReading(const fs::path& path) {

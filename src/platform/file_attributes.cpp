@@ -37,7 +37,7 @@ Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<
   if (target.empty()) return SystemError("write", path, failed.value());
   const auto before = fs::status(target, failed);
   if (fs::is_other(before)) {
-    return Error{Failure::kCannotCreate, fmt::format("Cannot write {}: it is a device or a pipe.", path.string()),
+    return Error{Failure::kCannotCreate, Say("Cannot write {}: it is a device or a pipe.", path.string()),
                  "Name an ordinary file."};
   }
   return ReplaceFile(target, [&](int fd) {

@@ -44,11 +44,11 @@ int ExitCode(Failure failure) {
 }
 
 std::string Describe(const Error& error) {
-  return error.remedy.empty() ? error.what : error.what + "\n" + error.remedy;
+  return error.remedy.empty() ? error.what.InEnglish() : error.what.InEnglish() + "\n" + error.remedy.InEnglish();
 }
 
 std::string InOneLine(const Error& error) {
-  return error.remedy.empty() ? error.what : error.what + " " + error.remedy;
+  return error.remedy.empty() ? error.what.InEnglish() : error.what.InEnglish() + " " + error.remedy.InEnglish();
 }
 
 }  // namespace quillcast

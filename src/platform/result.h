@@ -7,6 +7,8 @@
 #include <utility>
 #include <variant>
 
+#include "platform/sentence.h"
+
 namespace quillcast {
 
 // What kind of failure it was; each has its exit code on the command line (sysexits.h), see ExitCode.
@@ -27,8 +29,8 @@ enum class Failure {
 // What happened to which thing, and what the user can do about it. Both are whole sentences for people.
 struct Error {
   Failure failure = Failure::kInternal;
-  std::string what;
-  std::string remedy = {};
+  Sentence what;
+  Sentence remedy = {};
 };
 
 // The exit code of the command line for a failure.

@@ -36,7 +36,7 @@ int EndsStatement(void* context) { return IsCancelled(*static_cast<const LockPat
 
 Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
   const int code = sqlite3_errcode(database) & 0xFF;
-  const std::string what = fmt::format("{}: {}.", path.string(), sqlite3_errmsg(database));
+  const Sentence what = Say("{}: {}.", path.string(), sqlite3_errmsg(database));
   switch (code) {
     case SQLITE_NOTADB:
     case SQLITE_CORRUPT:
@@ -53,7 +53,7 @@ Error SqliteError(sqlite3* database, const std::filesystem::path& path) {
     case SQLITE_LOCKED:
       return {Failure::kTryAgain, what, "Another program is using it; try again when that is done."};
     case SQLITE_INTERRUPT:
-      return {Failure::kTryAgain, fmt::format("The work on {} was cancelled.", path.string())};
+      return {Failure::kTryAgain, Say("The work on {} was cancelled.", path.string())};
     case SQLITE_IOERR:
       return {Failure::kIo, what, "Check the disk and the space that is left on it."};
     default:
@@ -105,10 +105,9 @@ Result<void> MakeFile(const std::filesystem::path& path) {
 Result<void> ShutOutOthers(const std::filesystem::path& path, mode_t mode) {
   constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
   if ((mode & kOthers) == 0 || ::chmod(path.c_str(), mode & S_IRWXU) == 0) return {};
-  return Error{
-      Failure::kNotPermitted,
-      fmt::format("{} can be read by others, and that could not be changed: {}.", path.string(), std::strerror(errno)),
-      "Take their permissions away (chmod 600), or move the file away."};
+  return Error{Failure::kNotPermitted,
+               Say("{} can be read by others, and that could not be changed: {}.", path.string(), std::strerror(errno)),
+               "Take their permissions away (chmod 600), or move the file away."};
 }
 
 }  // namespace
@@ -187,8 +186,8 @@ Result<void> Database::CheckSchema() {
   if (!row) return row.error();
   if (!*row) return {};
   return Error{Failure::kBadData,
-               fmt::format("{} holds the {} \"{}\", which no file of this program has, so it was not used.",
-                           path_.string(), foreign->Text(0), Printable(foreign->Text(1), 100)),
+               Say("{} holds the {} \"{}\", which no file of this program has, so it was not used.", path_.string(),
+                   foreign->Text(0), Printable(foreign->Text(1), 100)),
                "Put a copy of your own back, or move the file away to begin with an empty one."};
 }
 

@@ -127,8 +127,8 @@ Result<void> SettingsStore::CheckFile() {
   if (failed) return platform::SystemError("rename", file_, failed.value());
   return Error{
       Failure::kBadData,
-      fmt::format("The settings in {} could not be read ({}); the file was kept as {}.", file_.string(),
-                  usable.error().what, aside.filename().string()),
+      Say("The settings in {} could not be read ({}); the file was kept as {}.", file_.string(), usable.error().what,
+          aside.filename().string()),
       "Settings start from their defaults now. Fill in the account again, or put a good copy of the file back."};
 }
 

@@ -52,7 +52,7 @@ bool HoldsControl(std::string_view text) {
 }
 
 Error NoAddress(std::string_view stored, const char* why) {
-  return {Failure::kBadData, fmt::format("\"{}\" {}", platform::Printable(stored, 200), why),
+  return {Failure::kBadData, Say("\"{}\" {}", platform::Printable(stored, 200), why),
           "Correct the recipient's address."};
 }
 

@@ -62,7 +62,7 @@ Result<std::vector<StoredRecipient>> ReadWholeRows(platform::Statement& rows) {
 }
 
 Error NoSuchGroup(std::string_view name) {
-  return {Failure::kUsage, fmt::format("There is no group \"{}\".", name),
+  return {Failure::kUsage, Say("There is no group \"{}\".", name),
           "`quillcast group list` shows the groups; `quillcast group new` makes one."};
 }
 

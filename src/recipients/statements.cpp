@@ -70,8 +70,7 @@ Piece TakePiece(std::string_view& text) {
 }
 
 Error NotASort(std::string_view sort_sql) {
-  return {Failure::kBadData,
-          fmt::format("\"{}\" is no list of columns to sort by.", platform::Printable(sort_sql, 200)),
+  return {Failure::kBadData, Say("\"{}\" is no list of columns to sort by.", platform::Printable(sort_sql, 200)),
           "Name columns as in \"[G-LastName], [G-FirstName] DESC\"."};
 }
 
@@ -168,7 +167,7 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
     const Parameter& parameter = parameters_[at];
     const int position = static_cast<int>(at) + 1;
     if (parameter.is_name && values[at].find('\'') != std::string_view::npos) {
-      return Error{Failure::kUsage, fmt::format("The group name \"{}\" holds an apostrophe.", values[at]),
+      return Error{Failure::kUsage, Say("The group name \"{}\" holds an apostrophe.", values[at]),
                    "Group names hold letters, digits, blanks and \"-\"."};
     }
     Result<void> bound;

@@ -21,13 +21,13 @@ Result<void> AddTextRules(platform::Database& database) {
 Result<void> CheckPassword(platform::Database& database, std::string_view password) {
   auto statement = database.Prepare("SELECT [Password] FROM [Meta]");
   if (!statement) {
-    return Error{Failure::kBadData, fmt::format("{} is no recipient store.", database.path().string()),
+    return Error{Failure::kBadData, Say("{} is no recipient store.", database.path().string()),
                  "Restore it from a backup, or move it away to begin with an empty one."};
   }
   const auto row = statement->Step();
   if (!row) return row.error();
   if (*row && statement->Text(0) == password) return {};
-  return Error{Failure::kNotPermitted, fmt::format("{}: not a valid password.", database.path().string())};
+  return Error{Failure::kNotPermitted, Say("{}: not a valid password.", database.path().string())};
 }
 
 Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password,
@@ -35,8 +35,7 @@ Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, s
   std::error_code ignored;
   if (std::filesystem::is_symlink(file, ignored) && !std::filesystem::exists(file, ignored)) {
     const auto target = std::filesystem::read_symlink(file, ignored);
-    return Error{Failure::kNoInput,
-                 fmt::format("{} is a link to {}, which is not there.", file.string(), target.string()),
+    return Error{Failure::kNoInput, Say("{} is a link to {}, which is not there.", file.string(), target.string()),
                  "Make available what it leads to, or remove the link to begin with an empty store."};
   }
   auto database = platform::Database::Open(file, platform::OpenMode::kReadWrite, patience);
@@ -69,7 +68,7 @@ Result<platform::Database> OpenStore(const std::filesystem::path& file, const pl
 
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema) {
   if (std::error_code error; std::filesystem::exists(file, error)) {
-    return Error{Failure::kCannotCreate, fmt::format("{} exists already.", file.string())};
+    return Error{Failure::kCannotCreate, Say("{} exists already.", file.string())};
   }
   auto database = platform::Database::Open(file, platform::OpenMode::kCreate);
   if (!database) return database.error();

@@ -88,7 +88,7 @@ Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::
     }
     if (!Exists(report)) return writer.error();  // else another run was quicker
   }
-  return Error{Failure::kCannotCreate, fmt::format("No free name was found for this run in {}.", history.string()),
+  return Error{Failure::kCannotCreate, Say("No free name was found for this run in {}.", history.string()),
                "Clear the history or move its files away."};
 }
 
@@ -156,10 +156,10 @@ std::vector<std::string> WhatStayed(const ClearedHistory& cleared) {
 
 Result<void> WhatFailed(const ClearedHistory& cleared, const fs::path& history) {
   if (cleared.left == 0) return {};
-  return Error{Failure::kNotPermitted,
-               fmt::format("{} could not be deleted.",
-                           platform::Counted(static_cast<std::int64_t>(cleared.left), "file", "files")),
-               fmt::format("Look at the permissions of {}.", platform::Printable(history.string()))};
+  return Error{
+      Failure::kNotPermitted,
+      Say("{} could not be deleted.", platform::Counted(static_cast<std::int64_t>(cleared.left), "file", "files")),
+      Say("Look at the permissions of {}.", platform::Printable(history.string()))};
 }
 
 }  // namespace quillcast::run

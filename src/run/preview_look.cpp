@@ -21,7 +21,7 @@ Result<recipients::Recipient> RowAt(const recipients::RecipientStore& store, con
   for (std::int64_t at = 1; cancel.Requested() == platform::Stop::kNone; ++at) {
     const auto more = rows->Next(row);
     if (!more) return more.error();
-    if (!*more) return Error{Failure::kUsage, fmt::format("The group has no recipient #{}.", position), ""};
+    if (!*more) return Error{Failure::kUsage, Say("The group has no recipient #{}.", position), ""};
     if (at == position) return row;
   }
   return Error{Failure::kTryAgain, "Stopped.", ""};

@@ -60,7 +60,7 @@ Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::str
     if (address.empty() || HasAddress(row, address)) return row;
   }
   if (address.empty()) return Error{Failure::kUsage, "The group has no recipients.", "Add some first."};
-  return Error{Failure::kUsage, fmt::format("{} is not in the group.", platform::Printable(address, 100)),
+  return Error{Failure::kUsage, Say("{} is not in the group.", platform::Printable(address, 100)),
                "Name one of the group's recipients."};
 }
 

@@ -134,7 +134,7 @@ TEST(Account, GivesTheMessage) {
     const auto refused = account::MessageOptionsOf(nobody, "MIME");
     ASSERT_FALSE(refused) << email;
     EXPECT_EQ(refused.error().failure, Failure::kNotConfigured);
-    EXPECT_TRUE(refused.error().what.starts_with("The account")) << refused.error().what;
+    EXPECT_TRUE(refused.error().what.InEnglish().starts_with("The account")) << refused.error().what.InEnglish();
   }
   for (const AccountKey key : {kToField, kEncoding, kAttachmentEncoding, kHeaderEncoding, kDsnNotify}) {
     AccountSettings wrong = account;

@@ -94,7 +94,8 @@ TEST(Drafts, StayWhereTheyCannotBeSetAside) {
   folder.Write("Recovered.fields/in the way", "");
   const auto failed = drafts.SetAside();
   ASSERT_FALSE(failed);
-  EXPECT_NE(failed.error().what.find("Recovered.fields"), std::string::npos) << failed.error().what;
+  EXPECT_NE(failed.error().what.InEnglish().find("Recovered.fields"), std::string::npos)
+      << failed.error().what.InEnglish();
   EXPECT_FALSE(drafts.AreOffered());
   EXPECT_TRUE(std::filesystem::exists(folder / "Autosave.htm"));
 }
@@ -139,7 +140,7 @@ TEST(Drafts, OfABodyAloneAreTakenUpToo) {
   EXPECT_TRUE(draft->is_changed);
   const auto failed = Drafts(folder / "gone").Keep(*draft);
   ASSERT_FALSE(failed);
-  EXPECT_NE(failed.error().what.find((folder / "gone").string()), std::string::npos);
+  EXPECT_NE(failed.error().what.InEnglish().find((folder / "gone").string()), std::string::npos);
 }
 
 }  // namespace

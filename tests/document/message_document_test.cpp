@@ -94,7 +94,7 @@ TEST(Body, IsReadInTheEncodingThatItHas) {
     const auto loaded = LoadBody(document, bad);
     ASSERT_FALSE(loaded) << bad;
     EXPECT_EQ(loaded.error().failure, Failure::kNoInput) << bad;
-    EXPECT_NE(loaded.error().what.find(bad.string()), std::string::npos) << loaded.error().what;
+    EXPECT_NE(loaded.error().what.InEnglish().find(bad.string()), std::string::npos) << loaded.error().what.InEnglish();
   }
 }
 

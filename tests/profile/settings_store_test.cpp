@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 std::string ReadOr(const SettingsStore& store, const char* section, const char* key, const char* fallback) {
   auto value = store.Read(section, key, fallback);
-  return value ? *value : "failed: " + value.error().what;
+  return value ? *value : "failed: " + value.error().what.InEnglish();
 }
 
 TEST(SettingsStore, ReadsWritesAndDeletes) {
@@ -91,7 +91,7 @@ TEST(SettingsStore, SetsADamagedFileAside) {
     const auto checked = store.CheckFile();
     ASSERT_FALSE(checked);
     const std::string aside = "settings.db.damaged-" + std::to_string(round);
-    EXPECT_NE(checked.error().what.find(aside), std::string::npos) << checked.error().what;
+    EXPECT_NE(checked.error().what.InEnglish().find(aside), std::string::npos) << checked.error().what.InEnglish();
     EXPECT_EQ(test::ReadAll(root / aside), rubbish);
     EXPECT_TRUE(store.CheckFile());
     EXPECT_EQ(ReadOr(store, "Account", "Name", "default"), "default");

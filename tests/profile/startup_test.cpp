@@ -162,7 +162,8 @@ TEST(Startup, SaysWhichFolderCannotBeMade) {
   root.Write("data", "a file where the folder should be");
   const auto prepared = PrepareFolders(folders);
   ASSERT_FALSE(prepared);
-  EXPECT_NE(prepared.error().what.find((root / "data").string()), std::string::npos) << prepared.error().what;
+  EXPECT_NE(prepared.error().what.InEnglish().find((root / "data").string()), std::string::npos)
+      << prepared.error().what.InEnglish();
 }
 
 TEST(Folders, FollowTheVariables) {

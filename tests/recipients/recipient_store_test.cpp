@@ -140,7 +140,7 @@ TEST_F(StoreTest, AFileFromElsewhereRunsNothing) {
     const auto refused = RecipientStore(file).ListGroupNames();
     ASSERT_FALSE(refused) << foreign;
     EXPECT_EQ(refused.error().failure, Failure::kBadData);
-    EXPECT_NE(refused.error().remedy.find("move the file away"), std::string::npos);
+    EXPECT_NE(refused.error().remedy.InEnglish().find("move the file away"), std::string::npos);
   }
   // Put in behind the look at the schema, they are switched off all the same.
   auto open = OpenStore(store().file());

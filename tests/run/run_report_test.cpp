@@ -78,7 +78,7 @@ TEST(RunReport, RemembersThatItCouldNotBeWritten) {
   std::signal(SIGXFSZ, before);
   ASSERT_TRUE(report.trouble());
   EXPECT_EQ(report.trouble()->failure, Failure::kIo);
-  EXPECT_NE(report.trouble()->what.find("r.txt"), std::string::npos);
+  EXPECT_NE(report.trouble()->what.InEnglish().find("r.txt"), std::string::npos);
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* par
   column->addWidget(MakeButtons());
 
   const auto stored = account::AccountSettings::Load(program_.settings);
-  if (!stored) status_->setText(ToQt(InOneLine(stored.error())));
+  if (!stored) status_->setText(InWords(stored.error()));
   Show(account::ShownInDialog(stored ? *stored : account::AccountSettings()));
   Find<QLineEdit>("FullNameTextBox")->setFocus();
 }
@@ -360,7 +360,7 @@ void EmailManagerForm::accept() {
   if (!Check(shown)) return;
   const auto saved = shown.Save(program_.settings);
   if (!saved) {
-    status_->setText(ToQt(InOneLine(saved.error())));
+    status_->setText(InWords(saved.error()));
     return;
   }
   if (changed) changed(account::TextsOf(shown));
@@ -379,7 +379,7 @@ void EmailManagerForm::reject() {
 void EmailManagerForm::Reset() {
   const auto reset = account::ResetAccount(program_.settings, program_.prompts);
   if (!reset) {
-    status_->setText(ToQt(InOneLine(reset.error())));
+    status_->setText(InWords(reset.error()));
     return;
   }
   if (!*reset) return;

@@ -49,7 +49,7 @@ ThreadForm::ThreadForm(profile::SettingsStore& settings, QWidget* parent) : QDia
   connect(buttons, &QDialogButtonBox::accepted, this, &ThreadForm::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &ThreadForm::reject);
   column->addWidget(buttons);
-  if (!stored) note->setText(ToQt(InOneLine(stored.error())));
+  if (!stored) note->setText(InWords(stored.error()));
 }
 
 void ThreadForm::accept() {
@@ -64,7 +64,7 @@ void ThreadForm::accept() {
   if (saved) {
     QDialog::accept();
   } else {
-    findChild<QLabel*>("NoteLabel")->setText(ToQt(InOneLine(saved.error())));
+    findChild<QLabel*>("NoteLabel")->setText(InWords(saved.error()));
   }
 }
 

@@ -355,7 +355,7 @@ QString HtmlEditor::PictureElement(const QString& file) {
   if (!picture_folder_.isEmpty()) {
     const auto copy = document::KeepPicture(PathFromQt(file), PathFromQt(picture_folder_));
     if (!copy) {
-      emit Trouble(ToQt(InOneLine(copy.error())));
+      emit Trouble(InWords(copy.error()));
       return {};
     }
     kept = PathToQt(*copy);

@@ -13,10 +13,10 @@
 namespace quillcast::desktop {
 namespace {
 
-QString InWords(const recipients::ImportOutcome& outcome) {
+QString OutcomeText(const recipients::ImportOutcome& outcome) {
   const auto& counts = outcome.counts;
   QStringList sentences;
-  if (outcome.error) sentences << ToQt(InOneLine(*outcome.error));
+  if (outcome.error) sentences << InWords(*outcome.error);
   if (!outcome.error || counts.added > 0) {
     sentences << Counted(counts.added, GroupsMenu::tr("1 address was added."),
                          GroupsMenu::tr("%1 addresses were added."));
@@ -50,7 +50,7 @@ void GroupsMenu::AskForNewGroup() {
   recipients::RecipientStore store(program_.folders.Database(), profile::kWindowPatience);
   const auto complaint = recipients::MakeGroup(store, FromQt(name));
   if (!complaint) {
-    emit Said(ToQt(InOneLine(complaint.error())));
+    emit Said(InWords(complaint.error()));
   } else if (*complaint) {
     program_.prompts.Warn((*complaint)->message);
   } else {
@@ -76,7 +76,7 @@ void GroupsMenu::ImportInto(const QString& group) {
         recipients::ImportRecipients(request, places, cancel, [](const recipients::ImportProgress&) {}));
     return [this, outcome] {
       emit Changed({});
-      emit Said(InWords(*outcome));
+      emit Said(OutcomeText(*outcome));
     };
   });
 }

@@ -102,7 +102,7 @@ void HistoryManagerForm::Fill() {
   auto rows = run::ListHistory(program_.folders.History());
   rows_ = rows ? std::move(*rows) : std::vector<run::HistoryRow>();
   Arrange();
-  if (!rows) status_->setText(ToQt(InOneLine(rows.error())));
+  if (!rows) status_->setText(InWords(rows.error()));
 }
 
 void HistoryManagerForm::Arrange() {
@@ -146,7 +146,7 @@ void HistoryManagerForm::Open(Opener opener) {
   const run::HistoryRow* row = Chosen();
   if (row == nullptr) return;
   const auto opened = opener(program_.folders.History(), *row, program_.desktop, program_.prompts);
-  if (!opened) status_->setText(ToQt(InOneLine(opened.error())));
+  if (!opened) status_->setText(InWords(opened.error()));
 }
 
 void HistoryManagerForm::Clear() {
@@ -156,7 +156,7 @@ void HistoryManagerForm::Clear() {
       Counted(static_cast<std::int64_t>(cleared.deleted), tr("1 file was deleted."), tr("%1 files were deleted."))};
   for (const auto& sentence : run::WhatStayed(cleared)) sentences << ToQt(sentence);
   const auto done = run::WhatFailed(cleared, program_.folders.History());
-  if (!done) sentences << ToQt(InOneLine(done.error()));
+  if (!done) sentences << InWords(done.error());
   cleared_ = sentences.join(' ');
   accept();
 }

@@ -45,7 +45,7 @@ void NotesPanel::LookAt(const document::MessageDocument& document, const recipie
     return [this, found] {
       QStringList notes;
       QStringList pictures;
-      if (!*found) notes << ToQt(InOneLine(found->error()));
+      if (!*found) notes << InWords(found->error());
       if (*found) {
         for (const auto& line : (*found)->troubles) notes << ToQt(line);
         for (const auto& line : (*found)->pictures) pictures << ToQt(line);

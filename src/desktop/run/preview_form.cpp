@@ -154,7 +154,7 @@ void PreviewForm::LookOver() {
     return [this, found] {
       findings_->clear();
       if (!*found) {
-        findings_->addItem(ToQt(InOneLine(found->error())));
+        findings_->addItem(InWords(found->error()));
         return;
       }
       const run::MessageLook& look = **found;
@@ -193,7 +193,7 @@ void PreviewForm::ShowRecipient() {
 
 void PreviewForm::Put(const Result<run::RecipientView>& view) {
   if (!view) {
-    status_->setText(ToQt(InOneLine(view.error())));
+    status_->setText(InWords(view.error()));
     return;
   }
   subject_->setText(view->subject.empty() ? tr("(no subject)") : ToQt(platform::Printable(view->subject)));

@@ -171,7 +171,7 @@ void ResultsView::Save() {
     return;
   }
   const auto saved = may_write ? platform::ReplaceChosenFile(file, results_.AsText(model_->rows())) : may_write.error();
-  count_->setText(saved ? tr("Saved as %1.").arg(PathToQt(file)) : ToQt(InOneLine(saved.error())));
+  count_->setText(saved ? tr("Saved as %1.").arg(PathToQt(file)) : InWords(saved.error()));
 }
 
 }  // namespace quillcast::desktop

@@ -39,13 +39,13 @@ int Steps(std::uint64_t done, std::uint64_t total) {
   return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
 }
 
-QString InWords(const run::RunSummary& summary) {
+QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences;
   sentences << Counted(summary.sent, SendMailForm1::tr("1 message was sent,"),
                        SendMailForm1::tr("%1 messages were sent,"))
             << SendMailForm1::tr("%1 failed.").arg(ToQt(platform::WithThousands(summary.failed)));
   if (summary.stopped) {
-    sentences << ToQt(InOneLine(*summary.stopped));
+    sentences << InWords(*summary.stopped);
   } else if (summary.not_tried > 0) {
     sentences << Counted(summary.not_tried, SendMailForm1::tr("1 recipient was not tried; nothing was sent there."),
                          SendMailForm1::tr("%1 recipients were not tried; nothing was sent to them."));
@@ -322,10 +322,10 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   button_->setDefault(true);
   button_->setFocus();
   if (!summary) {
-    Say(ToQt(InOneLine(summary.error())));
+    Say(InWords(summary.error()));
     return;
   }
-  Say(InWords(*summary));
+  Say(SummaryText(*summary));
   const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
   if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (summary->failed > 0 || summary->not_tried > 0) {
@@ -346,7 +346,7 @@ bool SendMailForm1::SwitchOff() {
   shuts_down_ = static_cast<bool>(off);
   if (off) return true;
   if (skip_save_prompt) skip_save_prompt(false);
-  refusal_ = ToQt(InOneLine(off.error()));
+  refusal_ = InWords(off.error());
   return false;
 }
 

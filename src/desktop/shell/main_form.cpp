@@ -219,7 +219,7 @@ bool MainForm::KeepDraft() {
   const auto kept = document_->KeepAside();
   const std::uint64_t now = document_->times_kept();
   if (kept || skip_save_prompt || std::exchange(lost_after_, now) == now) return true;
-  Say(tr("%1 Close again to leave without a draft.").arg(ToQt(InOneLine(kept.error()))));
+  Say(tr("%1 Close again to leave without a draft.").arg(InWords(kept.error())));
   return false;
 }
 
@@ -234,7 +234,7 @@ void MainForm::Say(const QString& sentence) {
 void MainForm::Tell(const Result<void>& result) {
   if (result) return;
   NotePassedOver(result.error());
-  Say(ToQt(InOneLine(result.error())));
+  Say(InWords(result.error()));
 }
 
 void MainForm::RestorePlace() {

@@ -340,7 +340,7 @@ void MainForm::PreviewInside() {
   const std::string name = FromQt(header_->Group());
   const auto group = store.FindGroup(name);
   if (!group && group.error().failure == Failure::kTryAgain) {
-    Say(ToQt(InOneLine(group.error())));
+    Say(InWords(group.error()));
     return;
   }
   const bool is_there = group && *group;

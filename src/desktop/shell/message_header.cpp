@@ -181,7 +181,7 @@ MessageHeader::MessageHeader(const profile::Program& program, QWidget* parent)
 void MessageHeader::Load() {
   const auto contents = profile::LoadMainWindow(program_.settings, {});
   if (!contents) {
-    emit Trouble(ToQt(InOneLine(contents.error())));
+    emit Trouble(InWords(contents.error()));
     return;
   }
   ShowSender(ToQt(contents->from), ToQt(contents->method));
@@ -194,10 +194,10 @@ void MessageHeader::LoadGroups(const QString& chosen) {
   if (!chosen.isEmpty()) wanted_ = chosen;
   const auto names = recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience).ListGroupNames();
   if (!names && names.error().failure == Failure::kTryAgain) {
-    LoadGroupsAgain(ToQt(InOneLine(names.error())));
+    LoadGroupsAgain(InWords(names.error()));
     return;
   }
-  if (!names) emit Trouble(ToQt(InOneLine(names.error())));
+  if (!names) emit Trouble(InWords(names.error()));
   const QString wanted = std::exchange(wanted_, {});
   ShowGroups(names ? *names : std::vector<std::string>(), wanted.isEmpty() ? to_->currentText() : wanted);
   ShowCount();
@@ -254,7 +254,7 @@ void MessageHeader::ShowCount() {
                    .CountRecipients(FromQt(to_->currentText()));
   if (!count && count.error().failure == Failure::kTryAgain) {
     count_->clear();
-    LoadGroupsAgain(ToQt(InOneLine(count.error())));
+    LoadGroupsAgain(InWords(count.error()));
     return;
   }
   ShowTotal(std::move(count).ValueOr(0));

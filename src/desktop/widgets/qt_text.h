@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/result.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
@@ -25,6 +26,16 @@ inline std::filesystem::path PathFromQt(const QString& path) { return QFile::enc
 // A given text of the core in the user's language, where a catalogue has it.
 inline QString Translated(std::string_view text) {
   return QCoreApplication::translate("Core", std::string(text).c_str());
+}
+
+inline QString InWords(const Sentence& sentence) {
+  return ToQt(sentence.In([](const std::string& pattern) { return FromQt(Translated(std::string_view(pattern))); }));
+}
+
+// What happened and the remedy, in the user's language.
+inline QString InWords(const Error& error) {
+  const QString what = InWords(error.what);
+  return error.remedy.empty() ? what : what + " " + InWords(error.remedy);
 }
 
 // `one` for 1, else `many` with the number in the place of its %1.

@@ -35,7 +35,7 @@ Result<ImportMapping> ParseMapping(std::string_view text) {
     const auto number = platform::ParseWholeNumber(source);
     if (!number || *number < 1 || *number > kSourceFields) {
       return Error{
-          Failure::kUsage, fmt::format(R"("{}" cannot be taken from field "{}" of a line.)", label, source),
+          Failure::kUsage, Say(R"("{}" cannot be taken from field "{}" of a line.)", label, source),
           "Only the first eighteen fields of a line can be chosen: name a number from 1 to 18, or \"Ignore\"."};
     }
     mapping.source[field] = static_cast<int>(*number);

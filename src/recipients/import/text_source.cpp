@@ -101,7 +101,7 @@ bool IsSameEncoding(const std::string& a, const char* b) {
 }
 
 Error UnknownEncoding(std::string_view name) {
-  return {Failure::kUsage, fmt::format("\"{}\" is no known encoding.", platform::Printable(name, 100)),
+  return {Failure::kUsage, Say("\"{}\" is no known encoding.", platform::Printable(name, 100)),
           R"(Name one as in "UTF-8", "ISO-8859-1", "windows-1252", "Shift_JIS".)"};
 }
 

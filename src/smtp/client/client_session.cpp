@@ -161,7 +161,7 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
       return;
     case Command::kAuth:
       if (const auto proved = exchange_->Finish(); !proved) {
-        return Fail(ResultCode::kAuthProtocolError, proved.error().what);
+        return Fail(ResultCode::kAuthProtocolError, proved.error().what.InEnglish());
       }
       return BecomeReady();
     default:  // kQuit
@@ -222,7 +222,7 @@ void ClientSession::SignIn() {
   if (capabilities_.auth) {
     auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
                                      {options_.user, options_.password.view(), setup_.nonce, setup_.now});
-    if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what);
+    if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what.InEnglish());
     traces_.Begin(options_.user, (*mechanism)->Name(), options_.password.view());
     exchange_.emplace(*std::move(mechanism), traces_);
     return SendSecret(exchange_->Begin());
@@ -236,7 +236,7 @@ void ClientSession::SignIn() {
 void ClientSession::OnChallenge(const ServerReply& reply) {
   const auto response = exchange_->Answer(platform::Trim(reply.text));
   if (response) return SendSecret(*response);
-  cancelled_ = response.error().what;
+  cancelled_ = response.error().what.InEnglish();
   SendSecret(CancelSaslExchange());
 }
 

@@ -206,7 +206,8 @@ void ClientSession::SendBody(Transfer& transfer) {
   if (!filled) {
     // The message cannot be ended, so the connection cannot go on; the messages before it wait for their replies.
     transfer.next = Transfer::Next::kImpossible;
-    if (!transfer.verdict) transfer.verdict = {State::kFailed, CodeOfSource(filled.error()), {}, filled.error().what};
+    if (!transfer.verdict)
+      transfer.verdict = {State::kFailed, CodeOfSource(filled.error()), {}, filled.error().what.InEnglish()};
     return FinishAnswered();
   }
   if (!body_->ended()) return;

@@ -79,7 +79,7 @@ std::optional<Outcome> UseSevenBit(Envelope& envelope, MessageSource& message) {
     return {};
   }
   if (size.error().failure == Failure::kBadData) return Refuse(InOneLine(size.error()));
-  return Outcome{State::kFailed, CodeOfSource(size.error()), {}, size.error().what};
+  return Outcome{State::kFailed, CodeOfSource(size.error()), {}, size.error().what.InEnglish()};
 }
 
 // RFC 6533 3, the form that is ASCII: "=", "+" and "\" and what is beyond ASCII as "\x{HEX}".

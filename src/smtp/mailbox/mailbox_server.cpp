@@ -213,7 +213,7 @@ Result<MailboxServer> MailboxServer::Listen(MailboxOptions options, const platfo
   const bool in_clear = !given.session.user.empty() && !given.session.has_certificate;
   if (in_clear && !given.sign_in_in_clear && !net::IsLoopbackAddress(given.listen)) {
     return Error{
-        Failure::kUsage, fmt::format("At {} passwords would come in clear from other computers.", given.listen),
+        Failure::kUsage, Say("At {} passwords would come in clear from other computers.", given.listen),
         "Give it a certificate by --tls-cert and --tls-key, listen on 127.0.0.1, or say --auth-in-clear if you "
         "trust the network."};
   }

@@ -73,8 +73,7 @@ bool BeginsLikeOurs(int fd, off_t at) {
 }
 
 Error NoIndex(const fs::path& index) {
-  return {Failure::kCannotCreate,
-          fmt::format("{} is not a mailbox's list of messages, so it was left alone.", index.string()),
+  return {Failure::kCannotCreate, Say("{} is not a mailbox's list of messages, so it was left alone.", index.string()),
           "Choose another folder with --store, or move that file away."};
 }
 
@@ -93,7 +92,7 @@ Result<MailboxStore> MailboxStore::Open(const fs::path& folder, const platform::
   platform::UniqueFd fd(::open(index.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
   if (!fd) return errno == ELOOP || errno == ENXIO ? NoIndex(index) : platform::SystemError("create", index, errno);
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
-    return Error{Failure::kUnavailable, fmt::format("Another mailbox is keeping its messages in {}.", folder.string()),
+    return Error{Failure::kUnavailable, Say("Another mailbox is keeping its messages in {}.", folder.string()),
                  "Choose another folder with --store, or end the other one."};
   }
   if (!BeginsLikeOurs(fd.get(), 0)) return NoIndex(index);

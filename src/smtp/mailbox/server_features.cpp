@@ -12,8 +12,8 @@ namespace {
 Error UnknownKeyword(std::string_view keyword) {
   std::string known;
   for (const auto& row : kFeatureNames) known += (known.empty() ? "" : ", ") + std::string(row.keyword);
-  return {Failure::kUsage, fmt::format("\"{}\" is not an extension that the mailbox knows.", keyword),
-          fmt::format("Choose from {}, separated by commas, or \"none\".", known)};
+  return {Failure::kUsage, Say("\"{}\" is not an extension that the mailbox knows.", keyword),
+          Say("Choose from {}, separated by commas, or \"none\".", known)};
 }
 
 }  // namespace

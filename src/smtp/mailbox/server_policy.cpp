@@ -35,9 +35,9 @@ std::string_view EnhancedOf(RuleStage stage, int code) {
 
 Error BadRule(std::string_view text, RuleKind kind) {
   const bool refuse = kind == RuleKind::kRefuse;
-  return {Failure::kUsage, fmt::format("\"{}\" is not a rule.", platform::Printable(text)),
-          fmt::format("Write PATTERN=CODE with a code from {}, as in \"{}\".", refuse ? "500 to 599" : "400 to 499",
-                      refuse ? "bob@*=550" : "*@slow.example=451")};
+  return {Failure::kUsage, Say("\"{}\" is not a rule.", platform::Printable(text)),
+          Say("Write PATTERN=CODE with a code from {}, as in \"{}\".", refuse ? "500 to 599" : "400 to 499",
+              refuse ? "bob@*=550" : "*@slow.example=451")};
 }
 
 }  // namespace

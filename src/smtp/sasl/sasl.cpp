@@ -52,9 +52,8 @@ Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capa
   if (capabilities.mechanisms.empty()) {
     return Error{Failure::kUnavailable, "The server offers no way of signing in that is known here."};
   }
-  return Error{Failure::kUnavailable,
-               fmt::format("The server does not offer {} but {}. Choose another way of signing in.", NameOf(mode),
-                           fmt::join(capabilities.mechanisms, ", "))};
+  return Error{Failure::kUnavailable, Say("The server does not offer {} but {}. Choose another way of signing in.",
+                                          NameOf(mode), fmt::to_string(fmt::join(capabilities.mechanisms, ", ")))};
 }
 
 }  // namespace quillcast::smtp

@@ -28,8 +28,8 @@ int ImportWithin(rlim_t limit, const ImportRequest& request, const ImportPlaces&
     const platform::CancelToken cancel;
     const auto outcome = ImportRecipients(request, places, cancel, nullptr);
     if (!outcome.error) ::_exit(kEndedWell);
-    const bool names_the_file = outcome.error->what.find(".mdb") != std::string::npos ||
-                                outcome.error->what.find("ReportButton.txt") != std::string::npos;
+    const bool names_the_file = outcome.error->what.InEnglish().find(".mdb") != std::string::npos ||
+                                outcome.error->what.InEnglish().find("ReportButton.txt") != std::string::npos;
     ::_exit(names_the_file ? kToldOfTheDisk : kSaidNothing);
   }
   int status = 0;

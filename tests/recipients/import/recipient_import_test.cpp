@@ -228,11 +228,12 @@ TEST(ImportMapping, ReadsLabelsAndFields) {
     const auto mapping = ParseMapping(c.text);
     ASSERT_EQ(bool(mapping), c.complaint == nullptr) << c.text;
     if (!mapping) {
-      EXPECT_NE(mapping.error().what.find(c.complaint), std::string::npos) << mapping.error().what;
+      EXPECT_NE(mapping.error().what.InEnglish().find(c.complaint), std::string::npos)
+          << mapping.error().what.InEnglish();
     }
   }
   EXPECT_EQ(ParseMapping("Email Address=18,First Name=1")->source[kEmail], 18);
-  EXPECT_NE(ParseMapping("Email=1").error().remedy.find("\"Email Address\", \"Title\""), std::string::npos);
+  EXPECT_NE(ParseMapping("Email=1").error().remedy.InEnglish().find("\"Email Address\", \"Title\""), std::string::npos);
 }
 
 TEST(ImportMapping, ShowsASampleAndReadsItsKeysBack) {

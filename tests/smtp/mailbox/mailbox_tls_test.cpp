@@ -141,7 +141,7 @@ TEST(MailboxTls, SaysWhichFileIsBad) {
     const auto tls = net::ServerTls::Load(c.certificate, c.key);
     ASSERT_FALSE(tls) << c.named;
     EXPECT_EQ(tls.error().failure, c.failure) << c.named;
-    EXPECT_NE(tls.error().what.find(c.named), std::string::npos) << tls.error().what;
+    EXPECT_NE(tls.error().what.InEnglish().find(c.named), std::string::npos) << tls.error().what.InEnglish();
   }
 }
 

@@ -16,11 +16,11 @@ std::string Talk(SaslMechanism& mechanism, std::initializer_list<std::string_vie
   std::string said = first ? std::string(first->view()) : "(waits)";
   for (const auto challenge : challenges) {
     const auto response = mechanism.Step(challenge);
-    if (!response) return said + "\n!" + response.error().what;
+    if (!response) return said + "\n!" + response.error().what.InEnglish();
     said += "\n" + std::string(response->view());
   }
   const auto end = mechanism.Finish();
-  return said + (end ? "\nsigned in" : "\n!" + end.error().what);
+  return said + (end ? "\nsigned in" : "\n!" + end.error().what.InEnglish());
 }
 
 // The examples of RFC 5802 5 and RFC 7677 3; the nonces are theirs.

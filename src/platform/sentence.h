@@ -1,0 +1,73 @@
+// A sentence for people that keeps its pattern apart from its values, so that a face finds the pattern in another
+// language before the values go in.
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace quillcast {
+
+class Sentence {
+ public:
+  Sentence() = default;
+  // A whole sentence of ours, which a translation knows by its English.
+  Sentence(const char* pattern) : text_(pattern), is_ours_(true) {}  // NOLINT(google-explicit-constructor)
+  // What comes from elsewhere (a name, a reply, the system's words): the same in every language.
+  Sentence(std::string text) : text_(std::move(text)) {}  // NOLINT(google-explicit-constructor)
+  // `pattern` holds a "{}" for each value, filled in their order, or their places as "{0}", "{1}".
+  Sentence(std::string_view pattern, std::vector<Sentence> values)
+      : text_(pattern), values_(std::move(values)), is_ours_(true) {}
+
+  bool empty() const { return text_.empty(); }
+  std::string InEnglish() const;
+  // `translate` gives the pattern in the language of the face; it is asked for each pattern, not for values.
+  std::string In(const std::function<std::string(const std::string& pattern)>& translate) const;
+
+  bool operator==(const Sentence& other) const = default;
+
+ private:
+  std::string text_;
+  std::vector<Sentence> values_;
+  bool is_ours_ = false;
+};
+
+// A pattern with as many places as there are values; another number of them does not compile.
+template <std::size_t kValues>
+class SentencePattern {
+ public:
+  consteval SentencePattern(const char* text) : text_(text) {  // NOLINT(google-explicit-constructor)
+    std::size_t places = 0;
+    for (std::size_t i = text_.find('{'); i != std::string_view::npos; i = text_.find('{', i + 1)) {
+      if (text_.substr(i, 2) != "{}") throw "a place in a sentence is written {}";
+      ++places;
+    }
+    if (places != kValues) throw "a sentence needs a value for each of its places";
+  }
+  std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
+};
+
+inline Sentence ValueOf(Sentence value) { return value; }
+inline Sentence ValueOf(std::string_view value) { return std::string(value); }
+inline Sentence ValueOf(const std::string& value) { return value; }
+inline Sentence ValueOf(const char* value) { return std::string(value); }
+template <std::integral Number>
+Sentence ValueOf(Number value) {
+  return std::to_string(value);
+}
+
+// The sentence of a pattern and its values: Say("{} cannot be read: {}.", path, reason).
+template <typename... Values>
+Sentence Say(std::type_identity_t<SentencePattern<sizeof...(Values)>> pattern, const Values&... values) {
+  return Sentence(pattern.text(), {ValueOf(values)...});
+}
+
+}  // namespace quillcast
