@@ -13,6 +13,7 @@
 #include "run/pre_flight.h"
 #include "run/sending_run.h"
 #include "run/single_message.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::cli {
 namespace {
@@ -50,20 +51,20 @@ class SendListener final : public run::RunListener {
                       {"address", result.address},
                       {"state", smtp::Name(outcome.state)},
                       {"code", static_cast<int>(outcome.code)},
-                      {"reply", run::ReplyText(outcome.reply)},
+                      {"reply", smtp::ReplyText(outcome.reply)},
                       {"reason", outcome.reason}});
     }
     if (outcome.state == smtp::State::kSent) return;
     output_.EndProgress();
     output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
-                             run::OutcomeText(outcome)));
+                             smtp::OutcomeText(outcome)));
   }
 
   bool GoOn(const smtp::Outcome& refusal, int times) override {
     if (keep_going_) return true;
     output_.EndProgress();
     output_.Note(fmt::format("The server refused the same {} times in a row, so the run stops: {}", times,
-                             run::OutcomeText(refusal)));
+                             smtp::OutcomeText(refusal)));
     output_.Note("--keep-going tries every recipient all the same.");
     return false;
   }
@@ -204,12 +205,12 @@ int RunProof(Context& context, const SendOptions& options, const Mailing& mailin
   context.output.Object({{"address", options.proof},
                          {"state", smtp::Name(outcome->state)},
                          {"code", static_cast<int>(outcome->code)},
-                         {"reply", run::ReplyText(outcome->reply)}});
+                         {"reply", smtp::ReplyText(outcome->reply)}});
   if (sent) {
     context.output.Line(fmt::format("The proof for {} is on its way to {}.", row->email(), options.proof));
     return 0;
   }
-  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), run::OutcomeText(*outcome)));
+  context.output.Note(fmt::format("{}: {}", platform::Printable(options.proof, 100), smtp::OutcomeText(*outcome)));
   return outcome->code == smtp::ResultCode::kCancelled ? ExitCode(Failure::kTryAgain) : 1;
 }
 

@@ -9,8 +9,8 @@
 #include "html/local_pictures.h"
 #include "platform/text.h"
 #include "recipients/envelope_address.h"
-#include "run/single_message.h"
 #include "smtp/client/client.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::run {
 namespace {
@@ -167,7 +167,7 @@ std::optional<std::string> AskAboutNotices(const account::AccountSettings& accou
   const auto outcome = smtp::Client(*options, clock, cancel).Test(listener);
   if (listener.offers_notices()) return {};
   if (outcome.code == smtp::ResultCode::kSuccess) return kNoNotices;
-  return "The server could not be asked whether it offers delivery notifications (DSN): " + WhyText(outcome);
+  return "The server could not be asked whether it offers delivery notifications (DSN): " + smtp::WhyText(outcome);
 }
 
 }  // namespace quillcast::run

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "run/pre_flight.h"
 #include "run/single_message.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::run {
 namespace {
@@ -115,7 +116,7 @@ Result<std::string> SendToMyself(const document::MessageDocument& document, cons
   if (outcome->state == smtp::State::kSent) {
     return fmt::format("The message for {} is on its way to {}.", platform::Printable(row->email(), 80), own);
   }
-  return OutcomeText(*outcome);
+  return smtp::OutcomeText(*outcome);
 }
 
 }  // namespace quillcast::run

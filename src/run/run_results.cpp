@@ -5,7 +5,7 @@
 #include <array>
 
 #include "platform/text.h"
-#include "run/single_message.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::run {
 namespace {
@@ -48,7 +48,7 @@ void RunResults::Add(std::int64_t position, std::string_view address, ResultStat
 
 void RunResults::Add(const RecipientResult& result) {
   const ResultState state = StateOf(result.outcome.state);
-  Add(result.position, result.address, state, state == ResultState::kSent ? "" : WhyText(result.outcome));
+  Add(result.position, result.address, state, state == ResultState::kSent ? "" : smtp::WhyText(result.outcome));
 }
 
 void RunResults::AddNotTried(std::int64_t position, std::string_view address) {

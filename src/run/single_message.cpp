@@ -41,14 +41,6 @@ bool HasAddress(const recipients::Recipient& row, std::string_view address) {
   return envelope && recipients::CompareText(*envelope, address) == 0;
 }
 
-// What the server and we have to say beside the code, each with a blank before it.
-std::string Details(const smtp::Outcome& outcome) {
-  std::string text;
-  if (outcome.reply.code != 0) text += fmt::format(" The server said: {}", ReplyText(outcome.reply));
-  if (!outcome.reason.empty()) text += " " + outcome.reason;
-  return text;
-}
-
 }  // namespace
 
 Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::string_view address) {
@@ -81,22 +73,6 @@ Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message
   SingleMailing mailing(message, log_line);
   smtp::Client(*options, clock, cancel).Run(mailing);
   return mailing.outcome();
-}
-
-std::string ReplyText(const smtp::ServerReply& reply) {
-  if (reply.code == 0) return {};
-  const std::string enhanced = reply.enhanced.empty() ? "" : reply.enhanced + " ";
-  return fmt::format("{} {}{}", reply.code, enhanced,
-                     platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
-}
-
-std::string WhyText(const smtp::Outcome& outcome) {
-  return smtp::ResultText(static_cast<std::int32_t>(outcome.code)) + Details(outcome);
-}
-
-std::string OutcomeText(const smtp::Outcome& outcome) {
-  return fmt::format("{} ({}){}", smtp::Name(outcome.state), smtp::ResultText(static_cast<std::int32_t>(outcome.code)),
-                     Details(outcome));
 }
 
 }  // namespace quillcast::run

@@ -27,11 +27,4 @@ Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message
                                 const platform::Clock& clock, const platform::CancelToken& cancel,
                                 const std::function<void(std::string_view)>& log_line);
 
-// "550 5.1.1 no such user", safe to show; empty without a reply.
-std::string ReplyText(const smtp::ServerReply& reply);
-// Why a message was not sent: "Error 8: ... The server said: 550 ...".
-std::string WhyText(const smtp::Outcome& outcome);
-// "refused (Error 8: ...) The server said: 550 ...".
-std::string OutcomeText(const smtp::Outcome& outcome);
-
 }  // namespace quillcast::run

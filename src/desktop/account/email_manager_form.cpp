@@ -23,7 +23,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/up_down.h"
 #include "platform/text.h"
-#include "run/single_message.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -410,7 +410,7 @@ void EmailManagerForm::TestOrCancel() {
 void EmailManagerForm::TestFinished(const account::AccountTest& test) {
   test_button_->setText(tr("Test"));
   Find<QPushButton>("OKButton")->setEnabled(true);
-  const std::string reply = run::ReplyText(test.outcome.reply);
+  const std::string reply = smtp::ReplyText(test.outcome.reply);
   QString detail = ToQt(platform::Printable(test.outcome.reason));
   if (!reply.empty())
     detail += (detail.isEmpty() ? QString() : QString(" ")) + tr("The server said: %1").arg(ToQt(reply));

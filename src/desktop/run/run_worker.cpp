@@ -6,7 +6,7 @@
 #include "account/account_settings.h"
 #include "desktop/widgets/qt_text.h"
 #include "message/message_template.h"
-#include "run/single_message.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -104,7 +104,7 @@ void RunWorker::Progress(std::int64_t, std::int64_t, std::uint64_t sent, std::ui
 bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
   std::unique_lock lock(mutex_);
   answer_.reset();
-  emit Asked(ToQt(run::OutcomeText(refusal)), times);
+  emit Asked(ToQt(smtp::OutcomeText(refusal)), times);
   changed_.wait(lock, [this] { return answer_ || ending_; });
   return answer_.value_or(false);
 }

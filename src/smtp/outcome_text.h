@@ -1,0 +1,17 @@
+// An outcome in the words that people read.
+#pragma once
+
+#include <string>
+
+#include "smtp/outcome.h"
+
+namespace quillcast::smtp {
+
+// "550 5.1.1 no such user", safe to show; empty without a reply.
+std::string ReplyText(const ServerReply& reply);
+// Why a message was not sent: "Error 8: ... The server said: 550 ...".
+std::string WhyText(const Outcome& outcome);
+// "refused (Error 8: ...) The server said: 550 ...".
+std::string OutcomeText(const Outcome& outcome);
+
+}  // namespace quillcast::smtp
