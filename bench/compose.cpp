@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   document.subject = "Spring papers for $*MergeFirstName*$";
   message::MessageOptions options;
   options.sender_name = "Ada";
-  options.sender_address = "ada@example.org";
+  options.sender_address = *smtp::Address::From("ada@example.org");
   const std::string_view how = argc > 3 ? argv[3] : "";
   if (how == "none" || how == "wrapped") options.body_encoding = message::TransferEncoding::kNone;
   if (how == "base64") options.body_encoding = message::TransferEncoding::kBase64;
@@ -61,8 +61,8 @@ int main(int argc, char** argv) {
   for (std::uint64_t number = 1; number <= count; ++number) {
     const auto recipient = RecipientNumber(number);
     std::array<std::string, document::kMergeFields.size()> changed;
-    IgnoreErrors(message.Render(document::ValuesForMerge(recipient, changed), recipient.email(), number,
-                                rendered));  // values without tags
+    IgnoreErrors(message.Render(document::ValuesForMerge(recipient, changed), *smtp::Address::From(recipient.email()),
+                                number, rendered));  // values without tags
     for (auto bytes = rendered.Next(); bytes && !bytes->empty(); bytes = rendered.Next()) {
       EVP_DigestUpdate(digest.get(), bytes->data(), bytes->size());
       octets += bytes->size();

@@ -7,10 +7,10 @@
 #include "platform/file.h"
 #include "platform/utf8.h"
 #include "recipients/check_email.h"
-#include "recipients/envelope_address.h"
 #include "recipients/import/address_harvest.h"
 #include "recipients/import/import_mapping.h"
 #include "recipients/import/line_reader.h"
+#include "smtp/envelope_address.h"
 
 using namespace quillcast;
 
@@ -32,8 +32,8 @@ void ReadLines(const std::filesystem::path& file, const char* overrule) {
     Require(line.text.find_first_of("\r\n") == std::string_view::npos && platform::IsUtf8(line.text));
     for (const auto value : recipients::MapLine(line.text, ',', true, mapping)) {
       Require(platform::IsUtf8(value));
-      if (const auto address = recipients::EnvelopeAddress(value)) {
-        Require(address->find_first_of(" \r\n<>") == std::string::npos);
+      if (const auto address = smtp::EnvelopeAddress(value)) {
+        Require(address->text().find_first_of(" \r\n<>") == std::string::npos);
       }
     }
   }

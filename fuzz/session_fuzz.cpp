@@ -198,7 +198,10 @@ class Conversation {
     while (const Event* event = session_->NextEvent()) Hear(*event);
     while (submitted_ < letters_.size() && session_->WantsMessage()) {
       Letter& letter = letters_[submitted_++];
-      session_->Submit({.sender = "a@b.c", .recipient = letter.recipient, .size = letter.text.size()}, letter);
+      session_->Submit({.sender = *Address::From("a@b.c"),
+                        .recipient = *Address::From(letter.recipient),
+                        .size = letter.text.size()},
+                       letter);
       while (const Event* event = session_->NextEvent()) Hear(*event);
     }
   }

@@ -5,8 +5,8 @@
 #include "account/account_choices.h"
 #include "document/charset_table.h"
 #include "platform/text.h"
-#include "recipients/envelope_address.h"
 #include "recipients/recipient.h"
+#include "smtp/envelope_address.h"
 
 namespace quillcast::account {
 namespace {
@@ -38,7 +38,7 @@ Result<message::MessageOptions> MessageOptionsOf(const AccountSettings& account,
                      platform::Printable(account[kCharSet], 80)),
                  "Choose one, for example: quillcast account set CharSet='Unicode (UTF-8)'"};
   }
-  auto sender = recipients::EnvelopeAddress(account[kEmail]);
+  auto sender = smtp::EnvelopeAddress(account[kEmail]);
   if (!sender) return NoSender(account[kEmail]);
   const auto name_field = ChoiceOf(account, kToField);
   if (!name_field) return name_field.error();

@@ -3,14 +3,14 @@
 #include <fmt/format.h>
 
 #include "platform/text.h"
-#include "recipients/envelope_address.h"
 #include "run/pre_flight.h"
 #include "run/pre_send_checks.h"
+#include "smtp/envelope_address.h"
 
 namespace quillcast::cli {
 namespace {
 
-Result<void> RenderRow(const recipients::Recipient& row, const std::string& to, std::int64_t number,
+Result<void> RenderRow(const recipients::Recipient& row, const smtp::Address& to, std::int64_t number,
                        const message::MessageTemplate& message, message::RenderedMessage& out) {
   std::array<std::string, document::kMergeFields.size()> changed;
   return message.Render(document::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
@@ -118,7 +118,7 @@ Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::Mes
     if (!more) return more.error();
     if (!*more || (range && position > range->last)) return composed;
     if (range && position < range->first) continue;
-    const auto address = recipients::EnvelopeAddress(row.email());
+    const auto address = smtp::EnvelopeAddress(row.email());
     if (!address) {
       ++composed.unaddressed;
       continue;

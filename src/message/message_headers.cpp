@@ -41,13 +41,14 @@ std::string ForMerging(std::string_view text) {
 
 MessageHeaders::MessageHeaders(const document::MessageDocument& document, MessageOptions options, std::uint64_t run_id)
     : options_(std::move(options)), run_id_(run_id), subject_(ForMerging(document.subject)) {
-  const std::string sender = net::WithAsciiDomain(options_.sender_address);
+  const std::string sender = net::WithAsciiDomain(options_.sender_address.text());
   id_domain_ = sender.substr(sender.rfind('@') + 1);
-  mime::AppendMailbox(from_, "From", options_.sender_name, sender, CharsetFor(options_.sender_name, options_.charset),
-                      options_.header_encoding);
+  mime::AppendMailbox(from_, "From", mime::HeaderText(options_.sender_name), mime::HeaderText(sender),
+                      CharsetFor(options_.sender_name, options_.charset), options_.header_encoding);
   others_ = fmt::format("X-Mailer: {}\r\n{}", profile::MailerName(), PriorityField(document.priority));
   if (document.read_receipt) {
-    mime::AppendMailbox(others_, "Disposition-Notification-To", "", sender, options_.charset, options_.header_encoding);
+    mime::AppendMailbox(others_, "Disposition-Notification-To", mime::HeaderText(""), mime::HeaderText(sender),
+                        options_.charset, options_.header_encoding);
   }
 }
 
@@ -67,14 +68,14 @@ bool MessageHeaders::CanHoldSubject(const document::MergeValues& values) const {
   return !subject || mime::CanEncode(options_.charset, *subject);
 }
 
-bool MessageHeaders::Append(const document::MergeValues& values, const std::string& address, std::uint64_t number,
+bool MessageHeaders::Append(const document::MergeValues& values, const smtp::Address& address, std::uint64_t number,
                             const platform::Clock& clock, RenderedMessage& out) const {
   const std::string id = mime::MakeMessageId(run_id_, number, id_domain_);
   out.pieces.AddShared(from_);
   std::string& header = out.pieces.personal();
   const auto name = options_.name_field == 0 ? std::string_view() : values[options_.name_field];
-  mime::AppendMailbox(header, "To", name, net::WithAsciiDomain(address), CharsetFor(name, options_.charset),
-                      options_.header_encoding);
+  mime::AppendMailbox(header, "To", mime::HeaderText(name), mime::HeaderText(net::WithAsciiDomain(address.text())),
+                      CharsetFor(name, options_.charset), options_.header_encoding);
   const bool eight_bit_address = !platform::IsAscii(header) || !platform::IsAscii(from_);
   if (!AppendSubject(values, out)) return false;
   const std::tm local = clock.Local(clock.Now());
@@ -96,7 +97,8 @@ bool MessageHeaders::AppendSubject(const document::MergeValues& values, Rendered
   if (!subject || subject->size() > kLongestSubject) return false;
   const charset::Charset charset = CharsetFor(*subject, options_.charset);
   out.subject_not_encoded = charset.IsUtf8() && !options_.charset.IsUtf8();
-  mime::AppendUnstructured(out.pieces.personal(), "Subject", *subject, charset, options_.header_encoding);
+  mime::AppendUnstructured(out.pieces.personal(), "Subject", mime::HeaderText(*subject), charset,
+                           options_.header_encoding);
   return true;
 }
 

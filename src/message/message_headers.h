@@ -19,7 +19,7 @@ class MessageHeaders {
   MessageHeaders(const document::MessageDocument& document, MessageOptions options, std::uint64_t run_id);
 
   // Also fills in the envelope, but its size. False when the values make the subject grow without measure.
-  bool Append(const document::MergeValues& values, const std::string& address, std::uint64_t number,
+  bool Append(const document::MergeValues& values, const smtp::Address& address, std::uint64_t number,
               const platform::Clock& clock, RenderedMessage& out) const;
 
   const std::bitset<document::kMergeFields.size()>& used_fields() const { return subject_.used(); }

@@ -13,7 +13,7 @@ namespace quillcast::message {
 
 struct MessageOptions {
   std::string sender_name;
-  std::string sender_address;  // bare
+  smtp::Address sender_address;
   std::size_t name_field = 0;  // whose value becomes the recipient's display name; 0, the address, for none
   charset::Charset charset = charset::Charset::Utf8();
   mime::HeaderEncoding header_encoding = mime::HeaderEncoding::kNone;

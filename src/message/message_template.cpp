@@ -161,10 +161,10 @@ std::bitset<document::kMergeFields.size()> MessageTemplate::UsedFields() const {
   return used;
 }
 
-Result<void> MessageTemplate::Render(const document::MergeValues& values, const std::string& recipient_address,
+Result<void> MessageTemplate::Render(const document::MergeValues& values, const smtp::Address& recipient,
                                      std::uint64_t number, RenderedMessage& out) const {
   out.Begin(files_);
-  if (!headers_.Append(values, recipient_address, number, clock_, out) || !AppendParts(values, out)) {
+  if (!headers_.Append(values, recipient, number, clock_, out) || !AppendParts(values, out)) {
     return Error{Failure::kBadData,
                  "The recipient's values hold merge tags that make the message grow without measure.",
                  "Take the merge tags out of the values of this recipient."};

@@ -51,9 +51,9 @@ class MessageTemplate {
   bool CanHoldSubject(const document::MergeValues& values) const { return headers_.CanHoldSubject(values); }
   const charset::Charset& charset() const { return options_.charset; }
 
-  // `recipient_address` is bare: the envelope's. `number` is the recipient's place in the run, for a Message-ID of its
+  // `recipient` is the envelope's. `number` is the recipient's place in the run, for a Message-ID of its
   // own. Fails with kBadData for values that make the message grow without measure.
-  Result<void> Render(const document::MergeValues& values, const std::string& recipient_address, std::uint64_t number,
+  Result<void> Render(const document::MergeValues& values, const smtp::Address& recipient, std::uint64_t number,
                       RenderedMessage& out) const;
 
  private:

@@ -110,21 +110,17 @@ HeaderText::HeaderText(std::string_view utf8) {
   text_.erase(0, std::min(text_.find_first_not_of(' '), text_.size()));
 }
 
-bool IsFieldName(std::string_view name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~' && c != ':'; });
-}
-
 bool CanEncode(const charset::Charset& charset, std::string_view utf8) {
   std::string bytes;
   return charset.Encode(utf8, bytes, nullptr, charset::Unmapped::kFail);
 }
 
-void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value,
-                        const charset::Charset& charset, HeaderEncoding encoding) {
+void AppendUnstructured(std::string& out, FieldName name, const HeaderText& value, const charset::Charset& charset,
+                        HeaderEncoding encoding) {
   const std::string_view text = value.text();
-  out += name;
+  out += name.text();
   out += ": ";
-  std::size_t column = name.size() + 2;
+  std::size_t column = name.text().size() + 2;
   for (std::size_t at = 0; at < text.size();) {
     const Word first = NextWord(text, at);
     Word last = first;
@@ -160,12 +156,12 @@ void AppendUnstructured(std::string& out, std::string_view name, const HeaderTex
   out += "\r\n";
 }
 
-void AppendMailbox(std::string& out, std::string_view name, const HeaderText& display_name, const HeaderText& address,
+void AppendMailbox(std::string& out, FieldName name, const HeaderText& display_name, const HeaderText& address,
                    const charset::Charset& charset, HeaderEncoding encoding) {
   const std::string clean = CleanAddress(address.text());
-  out += name;
+  out += name.text();
   out += ": ";
-  std::size_t column = name.size() + 2;
+  std::size_t column = name.text().size() + 2;
   if (display_name.text().empty()) {
     out += clean;
   } else {

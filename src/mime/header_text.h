@@ -14,9 +14,7 @@ namespace quillcast::mime {
 // U+FFFD, and blanks at the ends are dropped.
 class HeaderText {
  public:
-  HeaderText(std::string_view utf8);                                           // NOLINT(google-explicit-constructor)
-  HeaderText(const std::string& utf8) : HeaderText(std::string_view(utf8)) {}  // NOLINT(google-explicit-constructor)
-  HeaderText(const char* utf8) : HeaderText(std::string_view(utf8)) {}         // NOLINT(google-explicit-constructor)
+  explicit HeaderText(std::string_view utf8);
 
   std::string_view text() const { return text_; }
 
@@ -27,20 +25,33 @@ class HeaderText {
 // The encoding of RFC 2047 words. kNone leaves the choice: the shorter one, for each run of words that needs it.
 enum class HeaderEncoding { kNone, kQ, kB };
 
-// True for a field name that may stand before the colon: printable ASCII without blank and colon (RFC 5322 2.2).
-bool IsFieldName(std::string_view name);
+// What stands before the colon: printable ASCII without blank and colon (RFC 5322 2.2). Names stand in this program and
+// are checked when they are compiled.
+class FieldName {
+ public:
+  consteval FieldName(const char* name) : text_(name) {  // NOLINT(google-explicit-constructor)
+    if (text_.empty()) throw "a header field has a name";
+    for (const char c : text_) {
+      if (c <= 0x20 || c == ':' || c == 0x7F) throw "a name of a header field is printable ASCII without a colon";
+    }
+  }
+  std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
+};
 
 // True when the charset holds every character, so that the caller can turn to UTF-8 when it does not.
 bool CanEncode(const charset::Charset& charset, std::string_view utf8);
 
 // "Subject: value" and CRLF, folded at 76 columns where there is a blank to fold at. Words that need it, and words that
-// read like encoded words, are encoded; what the charset lacks becomes "?". `name` is a field name.
-void AppendUnstructured(std::string& out, std::string_view name, const HeaderText& value,
-                        const charset::Charset& charset, HeaderEncoding encoding);
+// read like encoded words, are encoded; what the charset lacks becomes "?".
+void AppendUnstructured(std::string& out, FieldName name, const HeaderText& value, const charset::Charset& charset,
+                        HeaderEncoding encoding);
 
 // "From: Name <address>" and CRLF; the address alone when there is no name. The address is checked elsewhere; here it
 // only loses what would begin another mailbox or end this one.
-void AppendMailbox(std::string& out, std::string_view name, const HeaderText& display_name, const HeaderText& address,
+void AppendMailbox(std::string& out, FieldName name, const HeaderText& display_name, const HeaderText& address,
                    const charset::Charset& charset, HeaderEncoding encoding);
 
 // Without path separators and control characters; "attachment" when nothing is left.

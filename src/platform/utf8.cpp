@@ -69,6 +69,16 @@ bool IsUtf8(std::string_view text) {
   }
 }
 
+// The first octet of a C1 never goes on with another character, so there is no need to decode.
+bool HoldsControl(std::string_view text) {
+  for (std::size_t n = 0; n < text.size(); ++n) {
+    const auto octet = static_cast<unsigned char>(text[n]);
+    if (octet < 0x20 || octet == 0x7F) return true;
+    if (octet == 0xC2 && n + 1 < text.size() && static_cast<unsigned char>(text[n + 1]) - 0x80U < 0x20U) return true;
+  }
+  return false;
+}
+
 bool IsAscii(std::string_view text) { return AsciiRun(text) == text.size(); }
 
 std::size_t IncompleteUtf8Tail(std::string_view text) {

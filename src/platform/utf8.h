@@ -22,6 +22,8 @@ DecodedUtf8 DecodeUtf8(std::string_view text);
 void AppendUtf8(std::string& out, char32_t code);
 
 bool IsUtf8(std::string_view text);
+// C0, DEL, or C1 as UTF-8 writes them.
+bool HoldsControl(std::string_view text);
 bool IsAscii(std::string_view text);
 // How many ASCII characters the text begins with.
 std::size_t AsciiRun(std::string_view text);

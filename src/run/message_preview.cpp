@@ -23,7 +23,7 @@ Result<Preview> WritePreview(const profile::Folders& folders, const profile::Set
   auto options = account::LoadMessageOptions(settings, account);
   if (!options) return options.error();
   options->name_field = 0;
-  const std::string address = options->sender_address;
+  const smtp::Address address = options->sender_address;
   const message::MessageTemplate message(document, std::move(*options), folders.temporary, clock, entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
   Preview preview{folders.PreviewMessage(), message::ListPictures(message.pictures(), message.foreign_pictures()), {}};

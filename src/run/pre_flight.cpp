@@ -8,8 +8,8 @@
 #include "account/account_connection.h"
 #include "html/local_pictures.h"
 #include "platform/text.h"
-#include "recipients/envelope_address.h"
 #include "smtp/client/client.h"
+#include "smtp/envelope_address.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::run {
@@ -28,7 +28,7 @@ class Look {
 
   void At(const recipients::Recipient& row) {
     ++found_.recipients;
-    const auto address = recipients::EnvelopeAddress(row.email());
+    const auto address = smtp::EnvelopeAddress(row.email());
     if (!address) ++found_.without_address;
     for (auto& empty : found_.empty_fields) {
       if (!row.values[empty.field].empty()) continue;
@@ -53,7 +53,7 @@ class Look {
     return message_.CanHoldSubject(document::ValuesForMerge(row, changed));
   }
 
-  std::uint64_t SizeFor(const recipients::Recipient& row, const std::string& address) const {
+  std::uint64_t SizeFor(const recipients::Recipient& row, const smtp::Address& address) const {
     std::array<std::string, document::kMergeFields.size()> changed;
     message::RenderedMessage rendered;
     return message_.Render(document::ValuesForMerge(row, changed), address, 1, rendered) ? rendered.size() : 0;

@@ -10,10 +10,10 @@
 
 #include "account/account_connection.h"
 #include "platform/text.h"
-#include "recipients/envelope_address.h"
 #include "run/history.h"
 #include "run/pre_flight.h"
 #include "smtp/client/client.h"
+#include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
 namespace quillcast::run {
@@ -154,7 +154,7 @@ smtp::Job* Run::NextJob() {
 // Makes the row's letter; or says why it failed before any server was asked.
 std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   if (const auto& trouble = template_.trouble()) return FailureOfOurs(trouble->code, trouble->error);
-  const auto address = recipients::EnvelopeAddress(row_.email());
+  const auto address = smtp::EnvelopeAddress(row_.email());
   if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
   std::array<std::string, document::kMergeFields.size()> changed;
   const auto rendered = template_.Render(document::ValuesForMerge(row_, changed), *address,

@@ -6,9 +6,9 @@
 
 #include "account/account_connection.h"
 #include "platform/text.h"
-#include "recipients/envelope_address.h"
 #include "recipients/text_order.h"
 #include "smtp/client/client.h"
+#include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
 namespace quillcast::run {
@@ -37,8 +37,8 @@ class SingleMailing final : public smtp::JobSource {
 
 bool HasAddress(const recipients::Recipient& row, std::string_view address) {
   if (recipients::CompareText(row.email(), address) == 0) return true;
-  const auto envelope = recipients::EnvelopeAddress(row.email());
-  return envelope && recipients::CompareText(*envelope, address) == 0;
+  const auto envelope = smtp::EnvelopeAddress(row.email());
+  return envelope && recipients::CompareText(envelope->text(), address) == 0;
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::str
 Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,
                        const message::MessageTemplate& message, message::RenderedMessage& out) {
   if (const auto& trouble = message.trouble()) return trouble->error;
-  const auto to = recipients::EnvelopeAddress(send_to.empty() ? std::string_view(row.email()) : send_to);
+  const auto to = smtp::EnvelopeAddress(send_to.empty() ? std::string_view(row.email()) : send_to);
   if (!to) return to.error();
   std::array<std::string, document::kMergeFields.size()> changed;
   return message.Render(document::ValuesForMerge(row, changed), *to, 1, out);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/result.h"
+#include "smtp/address.h"
 
 namespace quillcast::smtp {
 
@@ -13,11 +14,9 @@ namespace quillcast::smtp {
 enum class DsnNotify { kNone, kServerDefault, kAll, kFailure, kSuccess, kDelay, kNever };
 enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
 
-// Addresses are bare ("ada@example.org"), in UTF-8, without angle brackets; the session refuses what would break a
-// command.
 struct Envelope {
-  std::string sender;
-  std::string recipient;
+  Address sender;          // nobody for a message that nobody is to answer
+  Address recipient;       // the session refuses nobody
   std::uint64_t size = 0;  // octets of the whole message as it goes out, before dot-stuffing; 0 for unknown
   bool eight_bit = false;  // some octet of the message is above 127 (BODY=8BITMIME, RFC 6152)
   DsnNotify notify = DsnNotify::kNone;

@@ -123,7 +123,7 @@ TEST(Account, GivesTheMessage) {
   account.Set(kEmail, "Ada <ada@example.org>");
   const auto options = account::MessageOptionsOf(account, "MIME");
   ASSERT_TRUE(options);
-  EXPECT_EQ(options->sender_address, "ada@example.org");
+  EXPECT_EQ(options->sender_address.text(), "ada@example.org");
   EXPECT_EQ(options->name_field, 2U);
   EXPECT_EQ(options->notify, smtp::DsnNotify::kDelay);
   EXPECT_EQ(options->dsn_return, smtp::DsnReturn::kFull);

@@ -29,7 +29,6 @@
 #include "platform/base64.h"
 #include "platform/text.h"
 #include "recipients/check_email.h"
-#include "recipients/envelope_address.h"
 #include "recipients/import/address_harvest.h"
 #include "recipients/import/import_mapping.h"
 #include "recipients/import/line_reader.h"
@@ -37,6 +36,7 @@
 #include "recipients/text_order.h"
 #include "smtp/capabilities.h"
 #include "smtp/client/client_session.h"
+#include "smtp/envelope_address.h"
 #include "smtp/mailbox/server_policy.h"
 #include "smtp/mailbox/server_session.h"
 #include "smtp/sasl/ntlm.h"
@@ -317,20 +317,20 @@ TEST(Growth, OfReadingText) {
   using enum mime::HeaderEncoding;
   CheckEach({{"FindAddress", FindAll},
              {"AddressHarvest", Harvest},
-             {"EnvelopeAddress", [](const std::string& text) { return recipients::EnvelopeAddress(text); }},
+             {"EnvelopeAddress", [](const std::string& text) { return smtp::EnvelopeAddress(text); }},
              {"delimited lines", ReadLines},
              {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
              {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
              {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
              {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
              {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
-                mime::AppendUnstructured(out, "Subject", text, utf8, kNone);
+                mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), utf8, kNone);
               })},
              {"AppendUnstructured in a shifted set", Header([=](std::string& out, const std::string& text) {
-                mime::AppendUnstructured(out, "Subject", text, shifted, kB);
+                mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), shifted, kB);
               })},
              {"AppendMailbox", Header([=](std::string& out, const std::string& text) {
-                mime::AppendMailbox(out, "To", text, text, utf8, kQ);
+                mime::AppendMailbox(out, "To", mime::HeaderText(text), mime::HeaderText(text), utf8, kQ);
               })},
              {"AppendParameter",
               Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},

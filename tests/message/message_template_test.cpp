@@ -34,7 +34,7 @@ class Messages : public ::testing::Test {
     letter.document.html = html;
     letter.document.base_folder = folder_.path();
     letter.options.sender_name = "Ada";
-    letter.options.sender_address = "ada@example.org";
+    letter.options.sender_address = *smtp::Address::From("ada@example.org");
     return letter;
   }
 
@@ -44,7 +44,7 @@ class Messages : public ::testing::Test {
 
   void Render(std::string_view first_name, std::string_view address = "bob@example.net") {
     values_[2] = first_name;
-    ASSERT_TRUE(template_->Render(values_, std::string(address), 7, message_));
+    ASSERT_TRUE(template_->Render(values_, *smtp::Address::From(address), 7, message_));
   }
 
   std::string Wire() {

@@ -16,7 +16,7 @@ constexpr const char* kLong = "One two three four five six seven eight nine ten 
 std::string Subject(std::string_view value, HeaderEncoding encoding = HeaderEncoding::kQ,
                     const charset::Charset& charset = charset::Charset::Utf8()) {
   std::string out;
-  AppendUnstructured(out, "Subject", value, charset, encoding);
+  AppendUnstructured(out, "Subject", HeaderText(value), charset, encoding);
   return out;
 }
 
@@ -77,7 +77,7 @@ TEST(HeaderText, WritesMailboxes) {
   };
   for (const Case& c : cases) {
     std::string out;
-    AppendMailbox(out, "To", c.name, c.address, charset::Charset::Utf8(), HeaderEncoding::kQ);
+    AppendMailbox(out, "To", HeaderText(c.name), HeaderText(c.address), charset::Charset::Utf8(), HeaderEncoding::kQ);
     EXPECT_EQ(out, c.expected);
   }
 }

@@ -8,7 +8,6 @@
 #include <random>
 #include <string>
 
-#include "recipients/envelope_address.h"
 #include "recipients/import/address_harvest.h"
 
 namespace quillcast::recipients {
@@ -111,44 +110,6 @@ TEST(AddressHarvest, TellsWhatIsCutOutOfItsWord) {
             "ada@x.org ada@x.org "},
        }) {
     EXPECT_EQ(Harvested({text}), harvested) << text;
-  }
-}
-
-TEST(EnvelopeAddress, IsTakenOutOfWhatIsStored) {
-  struct Case {
-    std::string stored;
-    const char* address;  // nullptr: refused
-  };
-  const std::string longest_name(64, 'n');
-  const std::string longest = longest_name + "@" + std::string(181, 'd') + ".example";  // 254 octets
-  for (const Case& c : std::initializer_list<Case>{{"ada@example.org", "ada@example.org"},
-                                                   {"Ada <ada@example.org>", "ada@example.org"},
-                                                   {"\"a@b\" < ada@example.org >", "ada@example.org"},
-                                                   {"Ada Lovelace ada@example.museum", "ada@example.museum"},
-                                                   {" (ada+b@example.org); ", "ada+b@example.org"},
-                                                   {"'o@x.org',", "o@x.org"},
-                                                   {"o'neill@x.org", "o'neill@x.org"},
-                                                   {"j\xC3\xB6rg@m\xC3\xBCller.de", "j\xC3\xB6rg@m\xC3\xBCller.de"},
-                                                   {"", nullptr},
-                                                   {"ada", nullptr},
-                                                   {"@example.org", nullptr},
-                                                   {"ada@", nullptr},
-                                                   {"ada @ example.org", nullptr},
-                                                   {"Ada <ada lovelace@example.org>", nullptr},
-                                                   {"a@x.org\r\nRCPT", nullptr},
-                                                   {std::string("a\0b@x.org", 9), nullptr},
-                                                   {"<a@x.org>\r\n<b@x.org\r\n>", nullptr},
-                                                   {"Ada\x01 <a@x.org>", nullptr},
-                                                   {"a@x.org\t", nullptr},
-                                                   {"\na@x.org", nullptr},
-                                                   {"a@x.org\xC2\x85", nullptr},
-                                                   {longest, longest.c_str()},
-                                                   {"n" + longest, nullptr},
-                                                   {longest + "e", nullptr},
-                                                   {"<" + longest_name + "n@x.org>", nullptr},
-                                                   {"<a@x.org\x7F>", nullptr}}) {
-    const auto address = EnvelopeAddress(c.stored);
-    EXPECT_EQ(address ? *address : "refused", c.address == nullptr ? "refused" : c.address) << c.stored;
   }
 }
 

@@ -23,8 +23,8 @@ class Letters final : public JobSource {
       const std::string text = "Subject: " + std::to_string(n) + "\r\n\r\n.dot\r\n" + ending;
       sources_.push_back(std::make_unique<TextSource>(text));
       Job job;
-      job.envelope.sender = "ada@example.org";
-      job.envelope.recipient = "r" + std::to_string(n) + "@example.net";
+      job.envelope.sender = "ada@example.org"_address;
+      job.envelope.recipient = *Address::From("r" + std::to_string(n) + "@example.net");
       job.envelope.size = size == Size::kKnown ? text.size() : 0;
       job.message = sources_.back().get();
       jobs_.push_back(job);

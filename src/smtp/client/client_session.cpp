@@ -170,7 +170,7 @@ void ClientSession::OnAccepted(Command command, const ServerReply& reply) {
 }
 
 void ClientSession::OnRefused(Command command, const ServerReply& reply) {
-  if (command == Command::kEhlo && reply.code / 100 == 5) return Send(Command::kHelo, "HELO " + setup_.local_name);
+  if (command == Command::kEhlo && reply.code / 100 == 5) return SendHello(Command::kHelo);
   Outcome outcome = VerdictOf(MeaningOf(command).refused, reply);
   outcome.reason = command == Command::kAuth ? AuthRefusal(reply.code)
                                              : fmt::format("The server did not take {}.", MeaningOf(command).what);
@@ -185,7 +185,7 @@ std::chrono::minutes ClientSession::Patience() const {
 
 void ClientSession::OnGreeting(const ServerReply& reply) {
   extended_ = options_.extended || platform::AsciiUpper(reply.text).find("ESMTP") != std::string::npos;
-  SendEhlo();
+  SendHello(Command::kEhlo);
 }
 
 // What a server offers before TLS is forgotten with the EHLO after it (RFC 3207 4.2).
@@ -215,7 +215,7 @@ bool ClientSession::MayUseStartTls() const {
 void ClientSession::TlsStarted() {
   handshake_ = false;
   setup_.encrypted = true;
-  SendEhlo();
+  SendHello(Command::kEhlo);
 }
 
 void ClientSession::SignIn() {
@@ -223,7 +223,7 @@ void ClientSession::SignIn() {
     auto mechanism = ChooseMechanism(options_.auth_mode, capabilities_,
                                      {options_.user, options_.password.view(), setup_.nonce, setup_.now});
     if (!mechanism) return Fail(ResultCode::kAuthNotOffered, mechanism.error().what.InEnglish());
-    traces_.Begin(options_.user, (*mechanism)->Name(), options_.password.view());
+    traces_.Begin(options_.user, (*mechanism)->Name().text(), options_.password.view());
     exchange_.emplace(*std::move(mechanism), traces_);
     return SendSecret(exchange_->Begin());
   }

@@ -162,9 +162,9 @@ class ClientSession {
   static constexpr std::uint64_t kNotMade = std::numeric_limits<std::uint64_t>::max();
 
   // Sending.
-  void Send(Command command, std::string_view line);
+  void Send(Command command, const SmtpLine& line);
   void SendSecret(const SecretLine& line);
-  void SendEhlo();
+  void SendHello(Command command);
   void Await(Command command, std::uint64_t end);
   bool SendMore();
   bool MaySend(const Transfer& transfer) const;

@@ -5,7 +5,8 @@
 #include <iterator>
 
 #include "smtp/client/client_session.h"
-#include "smtp/client/command.h"
+#include "smtp/client/envelope_commands.h"
+#include "smtp/client/fit_envelope.h"
 #include "smtp/client/reply_meaning.h"
 
 namespace quillcast::smtp {
@@ -65,25 +66,25 @@ void ClientSession::Quit() { Send(Command::kQuit, "QUIT"); }
 
 void ClientSession::Await(Command command, std::uint64_t end) { awaited_.Push() = {command, end}; }
 
-// `line` is made of fixed words, or is an SmtpLine's: it cannot hold a line end.
-void ClientSession::Send(Command command, std::string_view line) {
-  out_.append(line).append("\r\n");
+void ClientSession::Send(Command command, const SmtpLine& line) {
+  out_.append(line.text()).append("\r\n");
   Await(command, made());
-  Log("C: ", line);
+  Log("C: ", line.text());
 }
 
-// The line is made of base 64 and fixed words.
 void ClientSession::SendSecret(const SecretLine& line) {
-  out_.reserve(out_.size() + line.text.view().size() + 2);  // growing later would leave a copy behind
-  out_.append(line.text.view()).append("\r\n");
+  out_.reserve(out_.size() + line.text().size() + 2);  // growing later would leave a copy behind
+  out_.append(line.text()).append("\r\n");
   out_secret_ = true;
   Await(Command::kAuth, made());
-  Log("C: ", line.shown);
+  Log("C: ", line.shown());
 }
 
-void ClientSession::SendEhlo() {
-  if (const auto line = SmtpLine::From("EHLO " + setup_.local_name)) return Send(Command::kEhlo, line->text());
-  Fail(ResultCode::kException, "The name of this computer cannot be sent.");
+void ClientSession::SendHello(Command command) {
+  const auto name = SmtpLine::From(setup_.local_name);
+  if (!name) return Fail(ResultCode::kException, "The name of this computer cannot be sent.");
+  const SmtpLine word = command == Command::kEhlo ? SmtpLine("EHLO") : SmtpLine("HELO");
+  Send(command, word.Then(*name));
 }
 
 std::string_view ClientSession::BytesToSend() {
@@ -160,7 +161,7 @@ void ClientSession::SendMail(Transfer& transfer) {
   ++transfer.awaited;
   ++mails_made_;
   transfer.next = Transfer::Next::kRcpt;
-  Send(Command::kMail, line->text());
+  Send(Command::kMail, *line);
 }
 
 void ClientSession::SendRcpt(Transfer& transfer) {
@@ -168,7 +169,7 @@ void ClientSession::SendRcpt(Transfer& transfer) {
   if (!line) return Fail(ResultCode::kRecipientRefused, "The recipient cannot be sent.");
   ++transfer.awaited;
   transfer.next = Transfer::Next::kContent;
-  Send(Command::kRcpt, line->text());
+  Send(Command::kRcpt, *line);
 }
 
 bool ClientSession::SendContent(Transfer& transfer) {
@@ -184,9 +185,7 @@ bool ClientSession::SendContent(Transfer& transfer) {
   // The one chunk follows its command without a reply in between (RFC 3030 2).
   ++transfer.awaited;
   transfer.next = Transfer::Next::kBody;
-  fmt::memory_buffer line;
-  fmt::format_to(std::back_inserter(line), "BDAT {} LAST", size);
-  Send(Command::kEndOfData, {line.data(), line.size()});
+  Send(Command::kEndOfData, SmtpLine("BDAT").Then(SmtpLine::Of(size)).Then("LAST"));
   awaited_.back().end = kNotMade;
   body_.emplace(*transfer.message, BodyWriter::Form::kCounted, size);
   return true;

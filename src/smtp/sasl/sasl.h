@@ -11,6 +11,7 @@
 #include "smtp/capabilities.h"
 #include "smtp/sasl/auth_mode.h"
 #include "smtp/secret.h"
+#include "smtp/smtp_line.h"
 
 namespace quillcast::smtp {
 
@@ -18,7 +19,8 @@ namespace quillcast::smtp {
 class SaslMechanism {
  public:
   virtual ~SaslMechanism() = default;
-  virtual const char* Name() const = 0;
+  // As the AUTH command has it: "SCRAM-SHA-256".
+  virtual SmtpLine Name() const = 0;
   // What goes out together with the mechanism's name; nothing when the server speaks first.
   virtual std::optional<Secret> Start() = 0;
   // The response to a challenge. Fails when the challenge makes no sense, or the mechanism has nothing more to say.

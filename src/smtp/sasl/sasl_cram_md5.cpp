@@ -7,7 +7,7 @@ namespace {
 class CramMd5 final : public SaslMechanism {
  public:
   explicit CramMd5(const Credentials& credentials) : credentials_(credentials) {}
-  const char* Name() const override { return "CRAM-MD5"; }
+  SmtpLine Name() const override { return "CRAM-MD5"; }
   std::optional<Secret> Start() override { return {}; }
 
   Result<Secret> Step(std::string_view challenge) override {

@@ -11,13 +11,6 @@ namespace {
 constexpr std::size_t kLongestCommand = 510;  // octets before CRLF (RFC 5321 4.5.3.1.4)
 constexpr std::size_t kLongestLine = 12286;   // the same for the lines of an exchange (RFC 4954 4)
 
-Secret Coded(const Secret& message) {
-  std::string coded;
-  coded.reserve((message.view().size() + 2) / 3 * 4);  // growing would leave a copy behind
-  platform::AppendBase64(coded, message.view());
-  return Secret(std::move(coded));
-}
-
 struct Refusal {
   int code;
   const char* words;
@@ -34,18 +27,14 @@ constexpr std::array kRefusals{
 }  // namespace
 
 SecretLine SaslExchange::Begin() {
-  const std::string command = std::string("AUTH ") + mechanism_->Name();
+  const SmtpLine command = SmtpLine("AUTH").Then(mechanism_->Name());
   initial_ = mechanism_->Start();
-  if (!initial_) return {Secret(std::string_view(command)), command};
-  const Secret coded = Coded(*initial_);
+  if (!initial_) return SecretLine(command);
   traces_.AddResponse(initial_->view());
-  const std::string_view argument = coded.view().empty() ? "=" : coded.view();  // "=": empty, not absent (RFC 4954 4)
+  SecretLine line = SecretLine::Coded(*initial_).Behind(command);
   // What would make the command too long waits until the server asks for it.
-  if (command.size() + 1 + argument.size() > kLongestCommand) return {Secret(std::string_view(command)), command};
-  std::string line;
-  line.reserve(command.size() + 1 + argument.size());
-  line.append(command).append(" ").append(argument);
-  return {Secret(std::move(line)), command + " ****"};
+  if (line.text().size() > kLongestCommand) return SecretLine(command);
+  return line;
 }
 
 Result<SecretLine> SaslExchange::Answer(std::string_view challenge) {
@@ -57,12 +46,12 @@ Result<SecretLine> SaslExchange::Answer(std::string_view challenge) {
   const bool asks_for_the_first = !std::exchange(challenged_, true) && plain->empty() && initial_;
   Result<Secret> response = asks_for_the_first ? Secret(initial_->view()) : mechanism_->Step(*plain);
   if (!response) return response.error();
-  Secret coded = Coded(*response);
-  if (coded.view().size() > kLongestLine) {
+  SecretLine line = SecretLine::Coded(*response);
+  if (line.text().size() > kLongestLine) {
     return Error{Failure::kBadData, "The user and the password are too long for SMTP."};
   }
   traces_.AddResponse(response->view());
-  return SecretLine{std::move(coded), "****"};
+  return line;
 }
 
 const char* AuthRefusal(int code) {

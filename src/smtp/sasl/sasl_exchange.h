@@ -3,19 +3,13 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "smtp/sasl/sasl.h"
+#include "smtp/sasl/secret_line.h"
 #include "smtp/sasl/secret_traces.h"
 
 namespace quillcast::smtp {
-
-// A line for the wire, without its end, and what the log shows in its place.
-struct SecretLine {
-  Secret text;
-  std::string shown;
-};
 
 class SaslExchange {
  public:
@@ -38,7 +32,7 @@ class SaslExchange {
 };
 
 // Cancels an exchange (RFC 4954 4).
-inline SecretLine CancelSaslExchange() { return {Secret("*"), "*"}; }
+inline SecretLine CancelSaslExchange() { return SecretLine("*"); }
 
 // What a 4xx or 5xx to AUTH says, in a sentence for people.
 const char* AuthRefusal(int code);

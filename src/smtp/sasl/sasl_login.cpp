@@ -6,7 +6,7 @@ namespace {
 class Login final : public SaslMechanism {
  public:
   explicit Login(const Credentials& credentials) : credentials_(credentials) {}
-  const char* Name() const override { return "LOGIN"; }
+  SmtpLine Name() const override { return "LOGIN"; }
   std::optional<Secret> Start() override { return {}; }
   bool OnlyPrompted() const override { return true; }
 

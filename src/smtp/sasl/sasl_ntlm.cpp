@@ -7,7 +7,7 @@ namespace {
 class Ntlm final : public SaslMechanism {
  public:
   explicit Ntlm(const Credentials& credentials) : credentials_(credentials) {}
-  const char* Name() const override { return "NTLM"; }
+  SmtpLine Name() const override { return "NTLM"; }
   std::optional<Secret> Start() override { return Secret(std::string_view(negotiate_)); }
 
   Result<Secret> Step(std::string_view challenge) override {

@@ -6,7 +6,7 @@ namespace {
 class Plain final : public SaslMechanism {
  public:
   explicit Plain(const Credentials& credentials) : credentials_(credentials) {}
-  const char* Name() const override { return "PLAIN"; }
+  SmtpLine Name() const override { return "PLAIN"; }
 
   // The identity to act for is left empty: the server takes the user's own.
   std::optional<Secret> Start() override {

@@ -1,5 +1,7 @@
 // SCRAM (RFC 5802, RFC 7677) without channel binding: neither side learns the password from the other, and the server
 // has to prove that it knows it.
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "platform/base64.h"
@@ -28,9 +30,9 @@ std::string EscapedName(std::string_view name) {
 
 class Scram final : public SaslMechanism {
  public:
-  Scram(const char* name, const EVP_MD* digest, const Credentials& credentials)
-      : name_(name), digest_(digest), credentials_(credentials) {}
-  const char* Name() const override { return name_; }
+  Scram(SmtpLine name, const EVP_MD* digest, const Credentials& credentials)
+      : name_(std::move(name)), digest_(digest), credentials_(credentials) {}
+  SmtpLine Name() const override { return name_; }
   std::optional<Secret> Start() override;
   Result<Secret> Step(std::string_view challenge) override;
   Result<void> Finish() override;
@@ -39,7 +41,7 @@ class Scram final : public SaslMechanism {
   Result<Secret> Prove(std::string_view server_first);
   Result<Secret> Verify(std::string_view server_last);
 
-  const char* name_;
+  SmtpLine name_;
   const EVP_MD* digest_;
   Credentials credentials_;
   std::string nonce_;
@@ -83,7 +85,8 @@ Result<Secret> Scram::Prove(std::string_view server_first) {
   std::string last = "c=" + std::string(kNoBindingCoded) + ",r=" + std::string(*nonce);
   auto proofs = ComputeScramProofs(digest_, DeriveKey(digest_, password->view(), *salt, static_cast<int>(*rounds)),
                                    first_ + "," + std::string(server_first) + "," + last);
-  if (!proofs) return Error{Failure::kUnavailable, std::string("This computer's policy does not allow ") + name_ + "."};
+  if (!proofs)
+    return Error{Failure::kUnavailable, fmt::format("This computer's policy does not allow {}.", name_.text())};
   server_proof_ = std::move(proofs->server);
   last += ",p=" + platform::Base64(proofs->client.view());
   return Secret(std::move(last));
@@ -108,11 +111,11 @@ Result<void> Scram::Finish() {
 }  // namespace
 
 std::unique_ptr<SaslMechanism> MakeScramSha256(const Credentials& credentials) {
-  return std::make_unique<Scram>("SCRAM-SHA-256", EVP_sha256(), credentials);
+  return std::make_unique<Scram>(SmtpLine("SCRAM-SHA-256"), EVP_sha256(), credentials);
 }
 
 std::unique_ptr<SaslMechanism> MakeScramSha1(const Credentials& credentials) {
-  return std::make_unique<Scram>("SCRAM-SHA-1", EVP_sha1(), credentials);
+  return std::make_unique<Scram>(SmtpLine("SCRAM-SHA-1"), EVP_sha1(), credentials);
 }
 
 }  // namespace quillcast::smtp

@@ -46,7 +46,8 @@ TEST(ClientEnvelope, TurnsTheMessageIntoSevenBitsWhereTheServerTakesNoMore) {
     SCOPED_TRACE(c.offers);
     TwoForms message;
     Told told;
-    const Envelope envelope{.sender = "ada@example.org", .recipient = "bob@example.net", .size = 4, .eight_bit = true};
+    const Envelope envelope{
+        .sender = "ada@example.org"_address, .recipient = "bob@example.net"_address, .size = 4, .eight_bit = true};
     Send(c.offers, envelope, message, told,
          std::string("C: MAIL FROM:<ada@example.org>") + c.mail + "\n" + until_data + c.rest);
     ASSERT_EQ(told.outcomes.size(), 1U);
@@ -55,7 +56,8 @@ TEST(ClientEnvelope, TurnsTheMessageIntoSevenBitsWhereTheServerTakesNoMore) {
   // The limit is on the form that goes out.
   TwoForms message;
   Told told;
-  Send("SIZE 7", {.sender = "a@b.c", .recipient = "x@y.z", .size = 4, .eight_bit = true}, message, told, "");
+  Send("SIZE 7", {.sender = "a@b.c"_address, .recipient = "x@y.z"_address, .size = 4, .eight_bit = true}, message, told,
+       "");
   ASSERT_EQ(told.outcomes.size(), 1U);
   EXPECT_EQ(told.outcomes[0].code, ResultCode::kMessageRefused);
 }
@@ -74,37 +76,41 @@ TEST(ClientEnvelope, WritesAddressesAndNotificationsAsTheServerReadsThem) {
   for (const Case& c : std::initializer_list<Case>{
            {"domain",
             "HELP",
-            {"ada@m\u00FCller.example", "bob@b\u00FCcher.example"},
+            {"ada@m\u00FCller.example"_address, "bob@b\u00FCcher.example"_address},
             "<ada@xn--mller-kva.example>",
             "<bob@xn--bcher-kva.example>"},
            {"recipient",
             "SMTPUTF8,8BITMIME",
-            {"ada@m\u00FCller.example", "j\u00FCrgen@b\u00FCcher.example"},
+            {"ada@m\u00FCller.example"_address, "j\u00FCrgen@b\u00FCcher.example"_address},
             "<ada@xn--mller-kva.example> BODY=8BITMIME SMTPUTF8",
             "<j\u00FCrgen@b\u00FCcher.example>"},
            {"sender",
             "SMTPUTF8,8BITMIME",
-            {"\u00E5da@example.org", "bob@example.net"},
+            {"\u00E5da@example.org"_address, "bob@example.net"_address},
             "<\u00E5da@example.org> BODY=8BITMIME SMTPUTF8",
             "<bob@example.net>"},
-           {"bounces nowhere", "HELP", {"", "bob@example.net"}, "<>", "<bob@example.net>"},
+           {"bounces nowhere", "HELP", {{}, "bob@example.net"_address}, "<>", "<bob@example.net>"},
            {"original",
             "DSN",
-            {"a@b.c", "a+b=c@y.z", 0, false, DsnNotify::kFailure},
+            {"a@b.c"_address, "a+b=c@y.z"_address, 0, false, DsnNotify::kFailure},
             "<a@b.c>",
             "<a+b=c@y.z> NOTIFY=FAILURE ORCPT=rfc822;a+2Bb+3Dc@y.z"},
            {"never",
             "DSN",
-            {"a@b.c", "x@y.z", 0, false, DsnNotify::kNever},
+            {"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kNever},
             "<a@b.c>",
             "<x@y.z> NOTIFY=NEVER ORCPT=rfc822;x@y.z"},
            {"original beyond ASCII",
             "DSN,SMTPUTF8",
-            {"a@b.c", "\u00FC+\\@y.z", 0, false, DsnNotify::kDelay},
+            {"a@b.c"_address, "\"\u00FC+\\\\\"@y.z"_address, 0, false, DsnNotify::kDelay},
             "<a@b.c> SMTPUTF8",
-            "<\u00FC+\\@y.z> NOTIFY=DELAY ORCPT=utf-8;\\x{FC}\\x{2B}\\x{5C}@y.z"},
-           {"server's default", "DSN", {"a@b.c", "x@y.z", 0, false, DsnNotify::kServerDefault}, "<a@b.c>", "<x@y.z>"},
-           {"long id", "DSN", {"a@b.c", "x@y.z", 0, false, {}, {}, long_id}, nullptr, "<x@y.z>"}}) {
+            "<\"\u00FC+\\\\\"@y.z> NOTIFY=DELAY ORCPT=utf-8;\"\\x{FC}\\x{2B}\\x{5C}\\x{5C}\"@y.z"},
+           {"server's default",
+            "DSN",
+            {"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kServerDefault},
+            "<a@b.c>",
+            "<x@y.z>"},
+           {"long id", "DSN", {"a@b.c"_address, "x@y.z"_address, 0, false, {}, {}, long_id}, nullptr, "<x@y.z>"}}) {
     SCOPED_TRACE(c.name);
     TextSource message("x\r\n");
     Told told;
@@ -123,7 +129,6 @@ TEST(ClientEnvelope, RefusesAddressesThatTheServerCannotTake) {
     const char* why;
   };
   using enum ResultCode;
-  const std::string long_name = std::string(65, 'x') + "@y.z";
   std::string long_in_ascii = std::string(64, 'x') + "@z";  // 196 octets as it is written, 256 as the network has it
   for (int label = 0; label < 10; ++label) long_in_ascii += ".m\u00FCnchenland";
   for (const Case& c :
@@ -131,13 +136,11 @@ TEST(ClientEnvelope, RefusesAddressesThatTheServerCannotTake) {
                                    {"8BITMIME", "\u00E5@b.c", "x@y.z", kSenderRefused, "SMTPUTF8"},
                                    {"SMTPUTF8", "a@b.c", "j\u00FC@\u00FC..z", kRecipientRefused, "domain"},
                                    {"SMTPUTF8", "a@\u05D0a.c", "x@y.z", kSenderRefused, "domain"},
-                                   {"SMTPUTF8", "a@b.c", "j\xFC@y.z", kRecipientRefused, "not sent"},
-                                   {"SMTPUTF8", "a@b.c", long_name.c_str(), kRecipientRefused, "64"},
                                    {"SMTPUTF8", "a@b.c", long_in_ascii.c_str(), kRecipientRefused, "254"}}) {
     SCOPED_TRACE(std::string(c.sender) + " " + c.recipient);
     TextSource message("x\r\n");
     Told told;
-    Send(c.offers, {c.sender, c.recipient}, message, told, "");
+    Send(c.offers, {*Address::From(c.sender), *Address::From(c.recipient)}, message, told, "");
     ASSERT_EQ(told.outcomes.size(), 1U);
     EXPECT_EQ(told.outcomes[0].code, c.code);
     EXPECT_EQ(told.outcomes[0].state, State::kFailed);

@@ -21,7 +21,8 @@ struct Pipeline {
     Play(*session, told, dialogue, [this] {
       while (submitted < sources.size() && session->WantsMessage()) {
         const std::string recipient = "r" + std::to_string(submitted) + "@b.c";
-        session->Submit({.sender = "a@b.c", .recipient = recipient, .size = 5}, sources[submitted]);
+        session->Submit({.sender = "a@b.c"_address, .recipient = *Address::From(recipient), .size = 5},
+                        sources[submitted]);
         ++submitted;
       }
       Listen(*session, told);
@@ -148,7 +149,7 @@ TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
     q.Run(ENVELOPE(0));
     q.session->Receive("250 ok\r\n250 ok\r\n");
     q.session->BytesToSend();
-    q.session->Submit({.sender = "a@b.c", .recipient = "r1@b.c", .size = 5}, q.sources[1]);
+    q.session->Submit({.sender = "a@b.c"_address, .recipient = "r1@b.c"_address, .size = 5}, q.sources[1]);
     q.session->Sent(q.session->BytesToSend().size() - 1);
     q.session->GiveUp({State::kFailed, code, {}, "why"});
     Listen(*q.session, q.told);

@@ -15,6 +15,8 @@
 
 namespace quillcast::smtp {
 
+inline Address operator""_address(const char* text, std::size_t length) { return *Address::From({text, length}); }
+
 // A message in pieces of a given length.
 class TextSource final : public MessageSource {
  public:

@@ -25,7 +25,8 @@ class RandomSource final : public JobSource {
       const std::size_t lines = chance() % 10 == 0 ? 3000 : chance() % 5;
       std::string text = "To: " + job.recipient + "\r\n";
       for (std::size_t line = 0; line < lines; ++line) text += "a line of the message\r\n";
-      job.envelope = {.sender = "ada@example.org", .recipient = job.recipient, .size = text.size()};
+      job.envelope = {
+          .sender = "ada@example.org"_address, .recipient = *Address::From(job.recipient), .size = text.size()};
       job.source = std::make_unique<TextSource>(text, 1 + chance() % 5000, false);
       job.message = job.source.get();
     }

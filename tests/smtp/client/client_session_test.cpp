@@ -17,7 +17,7 @@ struct Fixture {
   ClientOptions options;
   SendWindow window;
   Told told;
-  Envelope envelope{.sender = "ada@example.org", .recipient = "bob@example.net"};
+  Envelope envelope{.sender = "ada@example.org"_address, .recipient = "bob@example.net"_address};
   TextSource message{"Subject: x\r\n\r\nhello\r\n"};
   std::optional<ClientSession> session;
 
@@ -191,15 +191,9 @@ TEST(ClientSession, RefusesBeforeAnythingIsSent) {
   };
   using enum ResultCode;
   for (const Case& c : std::initializer_list<Case>{
-           {"line end in the recipient", {"a@b.c", "x@y.z>\r\nRCPT TO:<evil@y.z"}, kRecipientRefused, State::kFailed},
-           {"bare LF", {"a@b.c", "x@y.z\nDATA"}, kRecipientRefused, State::kFailed},
-           {"line end in the sender", {"a@b.c\rX", "x@y.z"}, kSenderRefused, State::kFailed},
-           {"NUL", {std::string("a\0@b.c", 6), "x@y.z"}, kSenderRefused, State::kFailed},
-           {"parameter", {"a@b.c", "x@y.z NOTIFY=NEVER"}, kRecipientRefused, State::kFailed},
-           {"bracket", {"<a@b.c", "x@y.z"}, kSenderRefused, State::kFailed},
-           {"no recipient", {"a@b.c", ""}, kRecipientRefused, State::kFailed},
-           {"larger than SIZE", {"a@b.c", "x@y.z", 1001}, kMessageRefused, State::kRefused},
-           {"eight bits", {"a@b.c", "x@y.z", 10, true}, kMessageRefused, State::kRefused}}) {
+           {"no recipient", {"a@b.c"_address, {}}, kRecipientRefused, State::kFailed},
+           {"larger than SIZE", {"a@b.c"_address, "x@y.z"_address, 1001}, kMessageRefused, State::kRefused},
+           {"eight bits", {"a@b.c"_address, "x@y.z"_address, 10, true}, kMessageRefused, State::kRefused}}) {
     SCOPED_TRACE(c.name);
     Fixture f;
     f.Start();

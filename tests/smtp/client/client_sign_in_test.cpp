@@ -21,7 +21,7 @@ Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue
   options.auth_mode = mode;
   SendWindow window;
   ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')}, window);
-  const Envelope envelope{.sender = "ada@example.org", .recipient = "bob@example.net"};
+  const Envelope envelope{.sender = "ada@example.org"_address, .recipient = "bob@example.net"_address};
   TextSource message{"Subject: x\r\n\r\nhello\r\n"};
   const bool submits = dialogue.find("C: MAIL") != std::string::npos;
   Played out;

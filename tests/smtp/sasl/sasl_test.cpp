@@ -122,7 +122,7 @@ TEST(Sasl, ChoosesTheBestThatServesTheMode) {
                                                    {kNtlm, "LOGIN SCRAM-SHA-256", nullptr}}) {
     const auto capabilities = ParseCapabilities(std::string("mx\nAUTH ") + c.offers);
     const auto chosen = ChooseMechanism(c.mode, capabilities, {"u", "p", kNonce1});
-    EXPECT_STREQ(chosen ? (*chosen)->Name() : "none", c.chosen != nullptr ? c.chosen : "none") << c.offers;
+    EXPECT_EQ(chosen ? (*chosen)->Name().text() : "none", c.chosen != nullptr ? c.chosen : "none") << c.offers;
   }
 }
 

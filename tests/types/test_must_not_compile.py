@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""What must not compile: text from outside where only a checked type may go.
+
+Each case is a place and what is put there: first what may stand there, which shows that the place is well-formed and
+that the rest of the case compiles, then what may not, one by one. QUILLCAST_CXX names the compiler.
+"""
+import os
+import pathlib
+import subprocess
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2] / "src"
+
+PRELUDE = """
+#include <string>
+#include <string_view>
+#include "mime/header_text.h"
+#include "smtp/envelope.h"
+#include "smtp/sasl/secret_line.h"
+#include "smtp/smtp_line.h"
+using namespace quillcast;
+void Command(const smtp::SmtpLine& line);
+void SignIn(const smtp::SecretLine& line);
+void Try(std::string& out, std::string text, std::string_view view, const char* pointer, smtp::Envelope envelope,
+         const smtp::Secret& secret) {
+"""
+
+CHARSET = "charset::Charset::Utf8(), mime::HeaderEncoding::kQ"
+
+# Name, place, what may stand there, what may not.
+CASES = [
+    ("a command", "Command(%s);",
+     ['"DATA"', 'smtp::SmtpLine("BDAT").Then(smtp::SmtpLine::Of(7)).Then("LAST")', "*smtp::SmtpLine::From(text)"],
+     ["text", "view", "pointer", "std::string()", '"DATA\\r\\nRSET"', '"DATA\\n"', '"\\x7F"', "smtp::SmtpLine(text)",
+      "smtp::SmtpLine(view)", 'smtp::SmtpLine("RCPT").Then(text)', "smtp::SmtpLine::From(text)"]),
+    ("a line of signing in", "SignIn(%s);",
+     ["smtp::SecretLine::Coded(secret)", 'smtp::SecretLine("*")', 'smtp::SecretLine::Coded(secret).Behind("AUTH PLAIN")'],
+     ["secret", "smtp::SecretLine(secret)", "smtp::SecretLine(text)", "smtp::SecretLine(smtp::Secret(view), text)"]),
+    ("an address", "envelope.recipient = %s;",
+     ["*smtp::Address::From(text)", "*smtp::Address::From(view)", "envelope.sender", "smtp::Address()"],
+     ["text", "view", '"ada@example.org"', "smtp::Address(text)", "smtp::Address::From(text)"]),
+    ("a header's value", 'mime::AppendUnstructured(out, "Subject", %s, ' + CHARSET + ");",
+     ["mime::HeaderText(text)", "mime::HeaderText(view)"],
+     ["text", "view", "pointer", '"Hello"']),
+    ("a header's address", 'mime::AppendMailbox(out, "To", mime::HeaderText(view), %s, ' + CHARSET + ");",
+     ["mime::HeaderText(envelope.recipient.text())"],
+     ["text", "envelope.recipient.text()", '"ada@example.org"']),
+    ("a header's name", "mime::AppendUnstructured(out, %s, mime::HeaderText(view), " + CHARSET + ");",
+     ['"X-Mailer"'],
+     ["text", "pointer", '""', '"Subject:"', '"Sub ject"', '"Subject\\r\\nBcc"', '"S\\xC3\\xBC"']),
+]
+
+
+def compile_bodies(bodies):
+    """Whether a function of these statements compiles, and what the compiler said."""
+    command = [os.environ["QUILLCAST_CXX"], "-std=c++20", "-fsyntax-only", "-Wno-unused", f"-I{SOURCE}", "-x", "c++", "-"]
+    done = subprocess.run(command, input=PRELUDE + "\n".join(bodies) + "\n}\n", capture_output=True, text=True)
+    return done.returncode == 0, done.stderr
+
+
+class MustNotCompile(unittest.TestCase):
+    def test_what_may_stand_there_does(self):
+        ok, said = compile_bodies([place % good for _, place, goods, _ in CASES for good in goods])
+        self.assertTrue(ok, said)
+
+    def test_nothing_else_may(self):
+        tried = [(name, place % bad) for name, place, _, bads in CASES for bad in bads]
+        with ThreadPoolExecutor(os.cpu_count()) as pool:
+            results = list(pool.map(lambda case: compile_bodies([case[1]]), tried))
+        taken = [f"{name}: {body}" for (name, body), (ok, _) in zip(tried, results) if ok]
+        self.assertEqual(taken, [])
+        for (name, body), (_, said) in zip(tried, results):
+            self.assertIn("<stdin>:", said, f"{name}: {body} fails elsewhere:\n{said}")
+
+
+if __name__ == "__main__":
+    unittest.main()
