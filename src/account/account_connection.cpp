@@ -13,7 +13,8 @@ namespace {
 using enum AccountKey;
 
 Result<std::uint16_t> PortFrom(std::string_view text) {
-  const auto port = platform::WholeNumberBetween(platform::Trim(text), 1, 65535);
+  const auto port =
+      platform::WholeNumberBetween(platform::Trim(text), RowOf(kPort).bounds->lowest, RowOf(kPort).bounds->highest);
   if (port) return static_cast<std::uint16_t>(*port);
   return Error{Failure::kNotConfigured, Say("\"{}\" is no port of a mail server.", platform::Printable(text, 40)),
                "A port is a number from 1 to 65535: quillcast account set Port=587"};

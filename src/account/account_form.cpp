@@ -17,31 +17,36 @@ bool MayWrap(const AccountSettings& a) { return a[kEncoding] == "None"; }
 bool Wraps(const AccountSettings& a) { return MayWrap(a) && a.IsOn(kAutoWrap); }
 
 struct EnablingRule {
-  std::string_view control;
+  AccountControl control;
   bool (*enabled)(const AccountSettings&);
-  std::string_view needs;         // the same for a person at the command line
-  std::optional<AccountKey> key;  // what it edits
-  bool set_back = false;          // to its default, while it is disabled
+  std::string_view needs;  // the same for a person at the command line
+  bool set_back = false;   // what it edits, to its default, while it is disabled
 };
+
+// What the rule's control edits.
+std::optional<AccountKey> KeyOf(AccountControl control) {
+  if (control >= ControlOf(AccountKey::kCount)) return {};
+  return static_cast<AccountKey>(control);
+}
 
 // A row may rest on a value that a row above sets back. ToFieldComboBox has none: every run reads its value, whatever
 // the method.
 constexpr auto kRules = std::to_array<EnablingRule>({
-    {"UsernameTextBox", SignsIn, "Auth=1", kUsername, true},
-    {"PasswordTextBox", SignsIn, "Auth=1", kPassword, true},
-    {"AuthModeComboBox", SignsIn, "Auth=1", kAuthMode, true},
-    {"PipelineCheckBox", SignsIn, "Auth=1", kPipeline, true},
-    {"NoAuthCheckBox", SignsIn, "Auth=1", kNoAuth, true},
-    {"BCCFieldTextBox", IsBulk, "Method=Bulk", kBccField},
-    {"ThirdFieldComboBox", IsThird, "Method=Third", kThirdField},
-    {"ThirdPathTextBox", IsThird, "Method=Third", kThirdPath},
-    {"ThirdCommandButton", IsThird, "Method=Third", {}},
-    {"AutoWrapCheckBox", MayWrap, "Encoding=None", kAutoWrap, true},
-    {"WrapTextBox", Wraps, "Encoding=None and AutoWrap=1", kWrap, true},
-    {"WrapUpDown", Wraps, "Encoding=None and AutoWrap=1", {}},
+    {ControlOf(kUsername), SignsIn, "Auth=1", true},
+    {ControlOf(kPassword), SignsIn, "Auth=1", true},
+    {ControlOf(kAuthMode), SignsIn, "Auth=1", true},
+    {ControlOf(kPipeline), SignsIn, "Auth=1", true},
+    {ControlOf(kNoAuth), SignsIn, "Auth=1", true},
+    {ControlOf(kBccField), IsBulk, "Method=Bulk"},
+    {ControlOf(kThirdField), IsThird, "Method=Third"},
+    {ControlOf(kThirdPath), IsThird, "Method=Third"},
+    {AccountControl::kPickThirdPath, IsThird, "Method=Third"},
+    {ControlOf(kAutoWrap), MayWrap, "Encoding=None", true},
+    {ControlOf(kWrap), Wraps, "Encoding=None and AutoWrap=1", true},
+    {AccountControl::kWrapArrows, Wraps, "Encoding=None and AutoWrap=1"},
 });
 
-const EnablingRule* RuleOf(std::string_view control) {
+const EnablingRule* RuleOf(AccountControl control) {
   const auto* const rule =
       std::find_if(kRules.begin(), kRules.end(), [&](const EnablingRule& row) { return row.control == control; });
   return rule == kRules.end() ? nullptr : rule;
@@ -63,23 +68,17 @@ AccountSettings ShownInDialog(AccountSettings stored) {
 
 void ApplyRules(AccountSettings& shown) {
   for (const auto& rule : kRules) {
-    if (rule.set_back && !rule.enabled(shown)) shown.Set(*rule.key, std::string(RowOf(*rule.key).fallback));
+    if (rule.set_back && !rule.enabled(shown))
+      shown.Set(*KeyOf(rule.control), std::string(RowOf(*KeyOf(rule.control)).fallback));
   }
 }
 
-bool IsEnabled(const AccountSettings& shown, std::string_view control) {
+bool IsEnabled(const AccountSettings& shown, AccountControl control) {
   const auto* const rule = RuleOf(control);
   return rule == nullptr || rule->enabled(shown);
 }
 
-std::string_view RadioButtonOf(std::string_view method) {
-  if (method == "Bulk") return "BulkRadioButton";
-  return method == "Third" ? "ThirdRadioButton" : "PersonalRadioButton";
-}
-
 const char* TimeoutUnit(std::string_view timeout) { return timeout == "1" ? "Minute" : "Minutes"; }
-
-bool TakesDigitsOnly(AccountKey key) { return key == kPort || key == kTimeout || key == kWrap; }
 
 std::string ForgetUnusedSignIn(AccountSettings& account) {
   std::string forgotten;
@@ -99,10 +98,11 @@ std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span
     const auto group = rule;
     std::string keys;
     for (; rule != kRules.end() && rule->needs == group->needs; ++rule) {
-      if (!rule->key || rule->enabled(shown)) continue;
-      const bool told = rule->set_back ? shown[*rule->key] != stored[*rule->key]
-                                       : std::find(asked.begin(), asked.end(), *rule->key) != asked.end();
-      if (told) keys += fmt::format("{}{}", keys.empty() ? "" : ", ", RowOf(*rule->key).name);
+      const auto key = KeyOf(rule->control);
+      if (!key || rule->enabled(shown)) continue;
+      const bool told =
+          rule->set_back ? shown[*key] != stored[*key] : std::find(asked.begin(), asked.end(), *key) != asked.end();
+      if (told) keys += fmt::format("{}{}", keys.empty() ? "" : ", ", RowOf(*key).name);
     }
     if (keys.empty()) continue;
     sentences.push_back(fmt::format("Stored as asked. Without {} the account dialog will {}: {}.", group->needs,

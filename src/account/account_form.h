@@ -21,18 +21,15 @@ AccountSettings ShownInDialog(AccountSettings stored);
 // without AutoWrap, Wrap is 76.
 void ApplyRules(AccountSettings& shown);
 
-// Whether a control, by its name, can be used; also those that edit no key of their own (WrapUpDown,
-// ThirdCommandButton); its label likewise. A control that no rule speaks of can always be used.
-bool IsEnabled(const AccountSettings& shown, std::string_view control);
+// The controls of the dialog: one for each key, and those that edit no key of their own.
+enum class AccountControl { kPickThirdPath = static_cast<int>(AccountKey::kCount), kWrapArrows, kCount };
+constexpr AccountControl ControlOf(AccountKey key) { return static_cast<AccountControl>(key); }
 
-// The radio button that stands for a method.
-std::string_view RadioButtonOf(std::string_view method);
+// Whether a control can be used; its label likewise. One that no rule speaks of can always be used.
+bool IsEnabled(const AccountSettings& shown, AccountControl control);
 
 // "Minute" for exactly "1", else "Minutes".
 const char* TimeoutUnit(std::string_view timeout);
-
-// The boxes of the port, the time-out and the wrap width take nothing else, by key, paste and input method.
-bool TakesDigitsOnly(AccountKey key);
 
 // Takes the user and the password out of values that sign in nowhere: a secret that nothing uses is not kept. The names
 // of what was taken out, for a person; empty when there was nothing.

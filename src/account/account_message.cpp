@@ -25,7 +25,7 @@ Error NoSender(std::string_view email) {
 // A stored width that the account dialog would not take counts as its default.
 std::size_t WrapOf(const AccountSettings& account) {
   if (!account.IsOn(kAutoWrap)) return 0;
-  return static_cast<std::size_t>(platform::WholeNumberBetween(account[kWrap], 32, 128).value_or(76));
+  return static_cast<std::size_t>(account.NumberOf(kWrap).value_or(76));
 }
 
 }  // namespace

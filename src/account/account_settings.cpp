@@ -43,34 +43,34 @@ constexpr auto kCharSets = [] {
 }();
 
 constexpr auto kRows = std::to_array<AccountKeyRow>({
-    {kName, "Name", "FullNameTextBox", "", {}},
-    {kEmail, "Email", "EmailTextBox", "", {}},
-    {kServer, "Server", "ServerTextBox", "", {}},
-    {kPort, "Port", "PortTextBox", "25", {}},
-    {kAuth, "Auth", "AuthCheckBox", "0", kSwitch},
-    {kUsername, "Username", "UsernameTextBox", "", {}},
-    {kPassword, "Password", "PasswordTextBox", "", {}},
-    {kAuthMode, "AuthMode", "AuthModeComboBox", "AUTH LOGIN", kAuthModes},
-    {kPipeline, "Pipeline", "PipelineCheckBox", "0", kSwitch},
-    {kNoAuth, "NoAuth", "NoAuthCheckBox", "0", kSwitch},
-    {kBoundary, "Boundary", "BoundaryCheckBox", "0", kSwitch},
-    {kTimeout, "Timeout", "TimeoutTextBox", "1", {}},
-    {kMethod, "Method", "PersonalRadioButton", "Personal", kMethods},
-    {kToField, "ToField", "ToFieldComboBox", "Email Address", kFieldLabels},
-    {kBccField, "BCCField", "BCCFieldTextBox", "Group", {}},
-    {kThirdField, "ThirdField", "ThirdFieldComboBox", "Quiksoft SMTP Express Service", kQueueServers},
-    {kThirdPath, "ThirdPath", "ThirdPathTextBox", "", {}},
-    {kHeaderEncoding, "HeaderEncoding", "HeaderEncodingComboBox", "None", kEncodings},
-    {kEncoding, "Encoding", "ContentEncodingComboBox", "Quoted Printable", kEncodings},
-    {kAttachmentEncoding, "AttachmentEncoding", "AttachmentEncodingComboBox", "Base 64", kEncodings},
-    {kCharSet, "CharSet", "CharSetComboBox", "Western European (Windows)", kCharSets},
-    {kAutoWrap, "AutoWrap", "AutoWrapCheckBox", "0", kSwitch},
-    {kWrap, "Wrap", "WrapTextBox", "76", {}},
-    {kTextPart, "TextPart", "TextPartCheckBox", "1", kSwitch},
-    {kExtended, "Extended", "ExtendedCheckBox", "0", kSwitch},
-    {kDsnNotify, "DSNNotify", "NotifyComboBox", "Do not send command to server", kNotify},
-    {kDsnReturn, "DSNReturn", "ReturnComboBox", "Do not send command to server", kReturn},
-    {kSecurity, "Security", "SecurityComboBox", "Automatic", kSecurities},
+    {kName, "Name", "", {}},
+    {kEmail, "Email", "", {}},
+    {kServer, "Server", "", {}},
+    {kPort, "Port", "25", {}, Bounds{1, 65535}},
+    {kAuth, "Auth", "0", kSwitch},
+    {kUsername, "Username", "", {}},
+    {kPassword, "Password", "", {}},
+    {kAuthMode, "AuthMode", "AUTH LOGIN", kAuthModes},
+    {kPipeline, "Pipeline", "0", kSwitch},
+    {kNoAuth, "NoAuth", "0", kSwitch},
+    {kBoundary, "Boundary", "0", kSwitch},
+    {kTimeout, "Timeout", "1", {}, Bounds{1, 10}},
+    {kMethod, "Method", "Personal", kMethods},
+    {kToField, "ToField", "Email Address", kFieldLabels},
+    {kBccField, "BCCField", "Group", {}},
+    {kThirdField, "ThirdField", "Quiksoft SMTP Express Service", kQueueServers},
+    {kThirdPath, "ThirdPath", "", {}},
+    {kHeaderEncoding, "HeaderEncoding", "None", kEncodings},
+    {kEncoding, "Encoding", "Quoted Printable", kEncodings},
+    {kAttachmentEncoding, "AttachmentEncoding", "Base 64", kEncodings},
+    {kCharSet, "CharSet", "Western European (Windows)", kCharSets},
+    {kAutoWrap, "AutoWrap", "0", kSwitch},
+    {kWrap, "Wrap", "76", {}, Bounds{32, 128}},
+    {kTextPart, "TextPart", "1", kSwitch},
+    {kExtended, "Extended", "0", kSwitch},
+    {kDsnNotify, "DSNNotify", "Do not send command to server", kNotify},
+    {kDsnReturn, "DSNReturn", "Do not send command to server", kReturn},
+    {kSecurity, "Security", "Automatic", kSecurities},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 
@@ -87,8 +87,8 @@ const AccountKeyRow* FindAccountKey(std::string_view name) {
 }
 
 Result<bool> AccountIsFilledIn(const profile::SettingsStore& settings) {
-  for (const char* key : {"Name", "Email", "Server", "Port"}) {
-    const auto value = settings.Read(kAccountSection, key, "");
+  for (const AccountKey key : {kName, kEmail, kServer, kPort}) {
+    const auto value = settings.Read(kAccountSection, RowOf(key).name, "");
     if (!value) return value.error();
     if (value->empty()) return false;
   }
@@ -117,8 +117,11 @@ Result<void> AccountSettings::Save(profile::SettingsStore& store) const {
   return store.WriteAll(kAccountSection, values);
 }
 
-int AccountSettings::TimeoutSeconds() const {
-  return static_cast<int>(platform::WholeNumberBetween((*this)[kTimeout], 1, 10).value_or(1)) * 60;
+std::optional<std::int64_t> AccountSettings::NumberOf(AccountKey key) const {
+  const auto& bounds = RowOf(key).bounds;
+  return bounds ? platform::WholeNumberBetween((*this)[key], bounds->lowest, bounds->highest) : std::nullopt;
 }
+
+int AccountSettings::TimeoutSeconds() const { return static_cast<int>(NumberOf(kTimeout).value_or(1)) * 60; }
 
 }  // namespace quillcast::account

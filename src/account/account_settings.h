@@ -3,6 +3,8 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -47,12 +49,18 @@ enum class AccountKey {
   kCount
 };
 
+// Of a whole number; both are allowed.
+struct Bounds {
+  std::int64_t lowest = 0;
+  std::int64_t highest = 0;
+};
+
 struct AccountKeyRow {
   AccountKey key;
   std::string_view name;                      // in the store, and on the command line
-  std::string_view control;                   // the control of the dialog that edits it
   std::string_view fallback;                  // when the store has none
-  std::span<const std::string_view> choices;  // what it may be; empty for free text
+  std::span<const std::string_view> choices;  // what it may be; empty for free text and numbers
+  std::optional<Bounds> bounds = {};          // of a number
 };
 
 std::span<const AccountKeyRow> AccountKeyRows();
@@ -80,7 +88,9 @@ class AccountSettings {
   const std::string& operator[](AccountKey key) const { return values_[static_cast<std::size_t>(key)]; }
   void Set(AccountKey key, std::string value) { values_[static_cast<std::size_t>(key)] = std::move(value); }
   bool IsOn(AccountKey key) const { return (*this)[key] == "1"; }
-  int TimeoutSeconds() const;  // 60 to 600; 60 where the stored text is no number of minutes from 1 to 10
+  // The number that a key with bounds holds; nothing where the stored text is none within them.
+  std::optional<std::int64_t> NumberOf(AccountKey key) const;
+  int TimeoutSeconds() const;  // 60 to 600; of a minute where the stored text is no number of minutes
 
  private:
   std::array<std::string, static_cast<std::size_t>(AccountKey::kCount)> values_;

@@ -3,13 +3,12 @@
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <thread>
 
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "platform/file.h"
 #include "platform/text.h"
-#include "smtp/mailbox/mailbox_server.h"
+#include "smtp/mailbox/running_mailbox.h"
 
 namespace quillcast::cli {
 namespace {
@@ -18,25 +17,6 @@ namespace fs = std::filesystem;
 
 struct DemoOptions {
   std::string folder;
-};
-
-// A mailbox that takes messages for as long as the object lives.
-class RunningMailbox {
- public:
-  explicit RunningMailbox(smtp::MailboxServer server)
-      : server_(std::move(server)), thread_([this] { IgnoreErrors(server_.Run(stop_)); }) {}
-  RunningMailbox(const RunningMailbox&) = delete;
-  RunningMailbox& operator=(const RunningMailbox&) = delete;
-  ~RunningMailbox() {
-    stop_.Request();
-    thread_.join();
-  }
-  std::string port() const { return server_.address().substr(server_.address().rfind(':') + 1); }
-
- private:
-  platform::CancelToken stop_;
-  smtp::MailboxServer server_;
-  std::thread thread_;
 };
 
 Result<fs::path> DemoFolder(const DemoOptions& options) {
@@ -99,14 +79,12 @@ int RunDemo(Context& context, const DemoOptions& options) {
   const auto folder = DemoFolder(options);
   if (!folder) return context.output.Fail(folder.error());
   smtp::MailboxOptions mailbox_options;
-  mailbox_options.listen = "127.0.0.1:0";
   mailbox_options.store = *folder / "Mailbox";
-  auto server = smtp::MailboxServer::Listen(mailbox_options, context.clock);
-  if (!server) return context.output.Fail(server.error());
+  const auto mailbox = smtp::RunningMailbox::Start(mailbox_options, context.clock);
+  if (!mailbox) return context.output.Fail(mailbox.error());
 
   context.output.Line("A mailing of 25 letters to the built-in mailbox. Nothing leaves this machine.");
-  const RunningMailbox mailbox(std::move(*server));
-  for (const auto& command : Commands(demo, mailbox.port())) {
+  for (const auto& command : Commands(demo, (*mailbox)->port())) {
     if (const int failed = Type(context, *folder / "profile", command)) return failed;
   }
   context.output.Line(

@@ -57,7 +57,8 @@ Result<ImportRequest> RequestOf(const ImportOptions& options) {
   return request;
 }
 
-Result<std::optional<Complaint>> Check(const ImportRequest& request, const recipients::RecipientStore& store) {
+Result<std::optional<Complaint<recipients::ImportControl>>> Check(const ImportRequest& request,
+                                                                  const recipients::RecipientStore& store) {
   const auto names = store.ListGroupNames();
   if (!names) return names.error();
   return recipients::CheckImport({.file = request.file.string(),

@@ -11,15 +11,15 @@ struct Rule {
   const std::string TableChoice::*field;
   std::int64_t lowest;
   const char* name;
-  const char* control;
+  TableBox box;
 };
 
 constexpr auto kRules = std::to_array<Rule>({
-    {&TableChoice::border, 1, "border", "BorderTextBox"},
-    {&TableChoice::spacing, 0, "spacing", "SpacingTextBox"},
-    {&TableChoice::padding, 0, "padding", "PaddingTextBox"},
-    {&TableChoice::rows, 1, "row", "RowsTextBox"},
-    {&TableChoice::columns, 1, "column", "ColumnsTextBox"},
+    {&TableChoice::border, 1, "border", TableBox::kBorder},
+    {&TableChoice::spacing, 0, "spacing", TableBox::kSpacing},
+    {&TableChoice::padding, 0, "padding", TableBox::kPadding},
+    {&TableChoice::rows, 1, "row", TableBox::kRows},
+    {&TableChoice::columns, 1, "column", TableBox::kColumns},
 });
 constexpr std::int64_t kHighest = 99;
 
@@ -31,12 +31,12 @@ std::string Repeated(const std::string& text, const std::string& times) {
 
 }  // namespace
 
-std::optional<Complaint> CheckTable(const TableChoice& choice) {
+std::optional<Complaint<TableBox>> CheckTable(const TableChoice& choice) {
   for (const Rule& rule : kRules) {
     const std::string& text = choice.*rule.field;
-    if (text.empty()) return Complaint{fmt::format("Please enter your {}.", rule.name), rule.control};
+    if (text.empty()) return Complaint<TableBox>{fmt::format("Please enter your {}.", rule.name), rule.box};
     if (!platform::WholeNumberBetween(text, rule.lowest, kHighest)) {
-      return Complaint{fmt::format("Please enter a valid {}.", rule.name), rule.control};
+      return Complaint<TableBox>{fmt::format("Please enter a valid {}.", rule.name), rule.box};
     }
   }
   return {};

@@ -23,8 +23,11 @@ struct TableChoice {
   bool in_percent = true;  // else pixels
 };
 
+// What is checked.
+enum class TableBox { kBorder, kSpacing, kPadding, kRows, kColumns };
+
 // The first thing that is wrong. A border has to be there; spacing and padding need not. The width is free.
-std::optional<Complaint> CheckTable(const TableChoice& choice);
+std::optional<Complaint<TableBox>> CheckTable(const TableChoice& choice);
 
 // Of a choice that passed the checks; with CRLF.
 std::string TableHtml(const TableChoice& choice);

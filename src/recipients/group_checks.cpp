@@ -8,28 +8,26 @@
 namespace quillcast::recipients {
 namespace {
 
-constexpr const char* kNameControl = "NameTextBox";
-constexpr const char* kEmailControl = "EmailTextBox";
 constexpr const char* kNoAddress = "Invalid email address.";
 constexpr const char* kAddressExists = "A recipient with the email you specified already exists.";
 
-std::optional<Complaint> CheckBlanks(std::string_view name) {
-  if (name.front() == ' ') return Complaint{"Group name cannot begin with space.", kNameControl};
-  if (name.back() == ' ') return Complaint{"Group name cannot end with space.", kNameControl};
+std::optional<GroupComplaint> CheckBlanks(std::string_view name) {
+  if (name.front() == ' ') return GroupComplaint{"Group name cannot begin with space.", GroupControl::kName};
+  if (name.back() == ' ') return GroupComplaint{"Group name cannot end with space.", GroupControl::kName};
   return {};
 }
 
 constexpr const char* kNameTaken = "A Group with the name you specified already exists. Specify a different name.";
 
 // What cannot be typed into the box of a dialog has words of our own.
-std::optional<Complaint> CheckKeys(std::string_view name) {
+std::optional<GroupComplaint> CheckKeys(std::string_view name) {
   if (IsGroupName(name)) return {};
-  return Complaint{"A group name holds only letters A to Z, digits, blanks and \"-\".", kNameControl};
+  return GroupComplaint{"A group name holds only letters A to Z, digits, blanks and \"-\".", GroupControl::kName};
 }
 
-Result<std::optional<Complaint>> TakenUnless(const Result<bool>& written, const Complaint& complaint) {
+Result<std::optional<GroupComplaint>> TakenUnless(const Result<bool>& written, const GroupComplaint& complaint) {
   if (!written) return written.error();
-  return *written ? std::optional<Complaint>() : complaint;
+  return *written ? std::optional<GroupComplaint>() : complaint;
 }
 
 }  // namespace
@@ -42,42 +40,43 @@ bool IsGroupName(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return IsGroupNameKey(static_cast<unsigned char>(c)); });
 }
 
-Result<std::optional<Complaint>> MakeGroup(RecipientStore& store, std::string_view name) {
-  if (name.empty()) return std::optional(Complaint{"Please enter a name.", kNameControl});
+Result<std::optional<GroupComplaint>> MakeGroup(RecipientStore& store, std::string_view name) {
+  if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
   if (auto complaint = CheckKeys(name)) return complaint;
   if (auto complaint = CheckBlanks(name)) return complaint;
-  return TakenUnless(store.CreateGroupIfFree(name), {kNameTaken, kNameControl});
+  return TakenUnless(store.CreateGroupIfFree(name), {kNameTaken, GroupControl::kName});
 }
 
-Result<std::optional<Complaint>> GiveGroupName(RecipientStore& store, std::string_view old_name,
-                                               std::string_view name) {
-  if (name.empty()) return std::optional(Complaint{"Please enter a name.", kNameControl});
+Result<std::optional<GroupComplaint>> GiveGroupName(RecipientStore& store, std::string_view old_name,
+                                                    std::string_view name) {
+  if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
   if (auto complaint = CheckKeys(name)) return complaint;
-  if (name == old_name) return std::optional(Complaint{"You didn't modify the group name.", kNameControl});
+  if (name == old_name) return std::optional(GroupComplaint{"You didn't modify the group name.", GroupControl::kName});
   if (auto complaint = CheckBlanks(name)) return complaint;
-  return TakenUnless(store.RenameGroupIfFree(old_name, name), {kNameTaken, kNameControl});
+  return TakenUnless(store.RenameGroupIfFree(old_name, name), {kNameTaken, GroupControl::kName});
 }
 
-std::optional<Complaint> CheckGroupChosen(std::string_view group) {
+std::optional<GroupComplaint> CheckGroupChosen(std::string_view group) {
   if (!group.empty()) return {};
-  return Complaint{"Please specify a group.", "GroupComboBox"};
+  return GroupComplaint{"Please specify a group.", GroupControl::kGroup};
 }
 
-std::optional<Complaint> CheckGroupNotEmpty(std::int64_t recipients) {
+std::optional<GroupComplaint> CheckGroupNotEmpty(std::int64_t recipients) {
   if (recipients > 0) return {};
-  return Complaint{"The selected group does not contain any recipients.", ""};
+  return GroupComplaint{"The selected group does not contain any recipients."};
 }
 
-Result<std::optional<Complaint>> AddNewRecipient(RecipientStore& store, std::int64_t group_id,
-                                                 const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return std::optional(Complaint{kNoAddress, kEmailControl});
-  return TakenUnless(store.AddRecipientIfNew(group_id, recipient), {kAddressExists, kEmailControl});
+Result<std::optional<GroupComplaint>> AddNewRecipient(RecipientStore& store, std::int64_t group_id,
+                                                      const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return std::optional(GroupComplaint{kNoAddress, GroupControl::kAddress});
+  return TakenUnless(store.AddRecipientIfNew(group_id, recipient), {kAddressExists, GroupControl::kAddress});
 }
 
-Result<std::optional<Complaint>> ChangeRecipient(RecipientStore& store, std::int64_t group_id,
-                                                 std::int64_t recipient_id, const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return std::optional(Complaint{kNoAddress, kEmailControl});
-  return TakenUnless(store.UpdateRecipientIfNew(group_id, recipient_id, recipient), {kAddressExists, kEmailControl});
+Result<std::optional<GroupComplaint>> ChangeRecipient(RecipientStore& store, std::int64_t group_id,
+                                                      std::int64_t recipient_id, const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return std::optional(GroupComplaint{kNoAddress, GroupControl::kAddress});
+  return TakenUnless(store.UpdateRecipientIfNew(group_id, recipient_id, recipient),
+                     {kAddressExists, GroupControl::kAddress});
 }
 
 }  // namespace quillcast::recipients

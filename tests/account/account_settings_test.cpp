@@ -43,36 +43,36 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
   struct Case {
     std::vector<std::pair<AccountKey, const char*>> set;
     const char* message;
-    const char* control;
+    AccountControl control;
   };
   for (const Case& c : std::initializer_list<Case>{
-           {{{kName, ""}, {kEmail, ""}}, "Please enter your name.", "FullNameTextBox"},
-           {{{kEmail, "ada"}, {kServer, ""}}, "", "EmailTextBox"},
-           {{{kServer, ""}, {kPort, ""}}, "Please enter your mail server.", "ServerTextBox"},
-           {{{kPort, ""}}, "Please enter your port.", "PortTextBox"},
-           {{{kPort, "x"}}, "Please enter a valid port.", "PortTextBox"},
-           {{{kPort, "0"}}, "Please enter a valid port.", "PortTextBox"},
-           {{{kPort, "65536"}}, "Please enter a valid port.", "PortTextBox"},
-           {{{kPort, " 25"}}, "Please enter a valid port.", "PortTextBox"},
-           {{{kPort, "x"}, {kAuth, "1"}, {kWrap, ""}}, "Please enter a valid port.", "PortTextBox"},
-           {{{kAuth, "1"}}, "You must enter the username.", "UsernameTextBox"},
-           {{{kAuth, "1"}, {kUsername, "a"}, {kTimeout, ""}}, "You must enter the password.", "PasswordTextBox"},
-           {{{kServer, " ; "}}, "Please enter your mail server.", "ServerTextBox"},
-           {{{kServer, "a.example;b.example:x"}}, "", "ServerTextBox"},
-           {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
-           {{{kTimeout, ""}}, "Please enter your timeout.", "TimeoutTextBox"},
-           {{{kTimeout, "11"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
-           {{{kTimeout, "0"}}, "Please enter a valid timeout.", "TimeoutTextBox"},
-           {{{kMethod, "Bulk"}, {kBccField, ""}}, "You must enter the BCC Field.", "BCCFieldTextBox"},
-           {{{kMethod, "Third"}, {kWrap, ""}}, "You must enter the queue directory.", "ThirdCommandButton"},
-           {{{kEncoding, "Base 64"}, {kWrap, ""}}, "Please enter your wrap characters.", "WrapTextBox"},
-           {{{kWrap, "31"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
-           {{{kWrap, "129"}}, "Please enter a valid wrap characters.", "WrapTextBox"},
+           {{{kName, ""}, {kEmail, ""}}, "Please enter your name.", ControlOf(kName)},
+           {{{kEmail, "ada"}, {kServer, ""}}, "", ControlOf(kEmail)},
+           {{{kServer, ""}, {kPort, ""}}, "Please enter your mail server.", ControlOf(kServer)},
+           {{{kPort, ""}}, "Please enter your port.", ControlOf(kPort)},
+           {{{kPort, "x"}}, "Please enter a valid port.", ControlOf(kPort)},
+           {{{kPort, "0"}}, "Please enter a valid port.", ControlOf(kPort)},
+           {{{kPort, "65536"}}, "Please enter a valid port.", ControlOf(kPort)},
+           {{{kPort, " 25"}}, "Please enter a valid port.", ControlOf(kPort)},
+           {{{kPort, "x"}, {kAuth, "1"}, {kWrap, ""}}, "Please enter a valid port.", ControlOf(kPort)},
+           {{{kAuth, "1"}}, "You must enter the username.", ControlOf(kUsername)},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kTimeout, ""}}, "You must enter the password.", ControlOf(kPassword)},
+           {{{kServer, " ; "}}, "Please enter your mail server.", ControlOf(kServer)},
+           {{{kServer, "a.example;b.example:x"}}, "", ControlOf(kServer)},
+           {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
+           {{{kTimeout, ""}}, "Please enter your timeout.", ControlOf(kTimeout)},
+           {{{kTimeout, "11"}}, "Please enter a valid timeout.", ControlOf(kTimeout)},
+           {{{kTimeout, "0"}}, "Please enter a valid timeout.", ControlOf(kTimeout)},
+           {{{kMethod, "Bulk"}, {kBccField, ""}}, "You must enter the BCC Field.", ControlOf(kBccField)},
+           {{{kMethod, "Third"}, {kWrap, ""}}, "You must enter the queue directory.", AccountControl::kPickThirdPath},
+           {{{kEncoding, "Base 64"}, {kWrap, ""}}, "Please enter your wrap characters.", ControlOf(kWrap)},
+           {{{kWrap, "31"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
+           {{{kWrap, "129"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
        }) {
     AccountSettings account = Good();
     for (const auto& [key, value] : c.set) account.Set(key, value);
     const auto complaint = CheckAccount(account);
-    ASSERT_TRUE(complaint) << c.message << c.control;
+    ASSERT_TRUE(complaint) << c.message;
     EXPECT_EQ(complaint->message, c.message);
     EXPECT_EQ(complaint->control, c.control);
   }

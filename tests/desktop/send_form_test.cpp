@@ -18,7 +18,6 @@
 #include <atomic>
 #include <cmath>
 #include <memory>
-#include <thread>
 
 #include "desktop/form_rig.h"
 #include "desktop/run/report_view.h"
@@ -27,7 +26,7 @@
 #include "desktop/widgets/qt_prompts.h"
 #include "platform/file.h"
 #include "recipients/import/recipient_import.h"
-#include "smtp/mailbox/mailbox_server.h"
+#include "smtp/mailbox/running_mailbox.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -35,15 +34,9 @@ namespace {
 // Takes messages for as long as it lives; refuses whoever is called "no", and the sender "refused".
 class Mailbox {
  public:
-  explicit Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : server_(Listen(store, clock)) {
-    thread_ = std::thread([this] { IgnoreErrors(server_.Run(stop_)); });
-  }
-  ~Mailbox() {
-    Release();
-    stop_.Request();
-    thread_.join();
-  }
-  std::string port() const { return server_.address().substr(server_.address().rfind(':') + 1); }
+  Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : mailbox_(Start(store, clock)) {}
+  ~Mailbox() { Release(); }
+  std::string port() const { return mailbox_->port(); }
   // From here on a message that has come whole is not answered before Release.
   void Hold() { holds_ = true; }
   void Release() {
@@ -53,22 +46,19 @@ class Mailbox {
   bool has_one() const { return has_one_; }
 
  private:
-  smtp::MailboxServer Listen(const std::filesystem::path& store, const platform::Clock& clock) {
+  std::unique_ptr<smtp::RunningMailbox> Start(const std::filesystem::path& store, const platform::Clock& clock) {
     smtp::MailboxOptions options;
-    options.listen = "127.0.0.1:0";
     options.store = store;
     options.session.rules = {{.pattern = "no@*"}, {.stage = smtp::RuleStage::kSender, .pattern = "refused@*"}};
     options.kept = [this](const smtp::MailboxMessage&) {
       has_one_ = true;
       holds_.wait(true);
     };
-    return std::move(*smtp::MailboxServer::Listen(std::move(options), clock));
+    return std::move(*smtp::RunningMailbox::Start(std::move(options), clock));
   }
   std::atomic<bool> holds_ = false;
   std::atomic<bool> has_one_ = false;
-  platform::CancelToken stop_;
-  smtp::MailboxServer server_;
-  std::thread thread_;
+  std::unique_ptr<smtp::RunningMailbox> mailbox_;
 };
 
 }  // namespace

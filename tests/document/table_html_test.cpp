@@ -9,26 +9,26 @@ struct CheckCase {
   std::string TableChoice::*field;
   const char* text;
   const char* message;  // null where it passes
-  const char* control = "";
+  TableBox control = {};
 };
 
 TEST(TableHtml, ChecksEachFieldInOrder) {
   for (const auto& [field, text, message, control] : std::initializer_list<CheckCase>{
-           {&TableChoice::border, "", "Please enter your border.", "BorderTextBox"},
-           {&TableChoice::border, "0", "Please enter a valid border.", "BorderTextBox"},
+           {&TableChoice::border, "", "Please enter your border.", TableBox::kBorder},
+           {&TableChoice::border, "0", "Please enter a valid border.", TableBox::kBorder},
            {&TableChoice::border, "1", nullptr},
            {&TableChoice::border, "99", nullptr},
-           {&TableChoice::border, "100", "Please enter a valid border.", "BorderTextBox"},
-           {&TableChoice::spacing, "", "Please enter your spacing.", "SpacingTextBox"},
+           {&TableChoice::border, "100", "Please enter a valid border.", TableBox::kBorder},
+           {&TableChoice::spacing, "", "Please enter your spacing.", TableBox::kSpacing},
            {&TableChoice::spacing, "0", nullptr},
-           {&TableChoice::spacing, "100", "Please enter a valid spacing.", "SpacingTextBox"},
-           {&TableChoice::padding, "", "Please enter your padding.", "PaddingTextBox"},
-           {&TableChoice::padding, "-1", "Please enter a valid padding.", "PaddingTextBox"},
-           {&TableChoice::rows, "", "Please enter your row.", "RowsTextBox"},
-           {&TableChoice::rows, "0", "Please enter a valid row.", "RowsTextBox"},
-           {&TableChoice::rows, "2.5", "Please enter a valid row.", "RowsTextBox"},
-           {&TableChoice::columns, "", "Please enter your column.", "ColumnsTextBox"},
-           {&TableChoice::columns, "many", "Please enter a valid column.", "ColumnsTextBox"},
+           {&TableChoice::spacing, "100", "Please enter a valid spacing.", TableBox::kSpacing},
+           {&TableChoice::padding, "", "Please enter your padding.", TableBox::kPadding},
+           {&TableChoice::padding, "-1", "Please enter a valid padding.", TableBox::kPadding},
+           {&TableChoice::rows, "", "Please enter your row.", TableBox::kRows},
+           {&TableChoice::rows, "0", "Please enter a valid row.", TableBox::kRows},
+           {&TableChoice::rows, "2.5", "Please enter a valid row.", TableBox::kRows},
+           {&TableChoice::columns, "", "Please enter your column.", TableBox::kColumns},
+           {&TableChoice::columns, "many", "Please enter a valid column.", TableBox::kColumns},
            {&TableChoice::width, "", nullptr},
        }) {
     TableChoice choice;
@@ -36,10 +36,10 @@ TEST(TableHtml, ChecksEachFieldInOrder) {
     const auto complaint = CheckTable(choice);
     ASSERT_EQ(complaint.has_value(), message != nullptr) << text;
     if (message != nullptr) {
-      EXPECT_EQ(*complaint, (Complaint{message, control}));
+      EXPECT_EQ(*complaint, (Complaint<TableBox>{message, control}));
     }
   }
-  EXPECT_EQ(CheckTable({.border = "0", .columns = ""})->control, "BorderTextBox") << "the first that fails";
+  EXPECT_EQ(CheckTable({.border = "0", .columns = ""})->control, TableBox::kBorder) << "the first that fails";
 }
 
 TEST(TableHtml, WritesRowsOfCells) {

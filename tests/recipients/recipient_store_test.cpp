@@ -56,8 +56,8 @@ TEST_F(StoreTest, WritesOnlyWhatPassesTheChecks) {
   Add(group, "ada@example.org");
   Add(group, "bob@example.org");
   const auto id = (*store().FindRecipient(group, "ada@example.org"))->id;
-  const Complaint bad{"Invalid email address.", "EmailTextBox"};
-  const Complaint twice{"A recipient with the email you specified already exists.", "EmailTextBox"};
+  const GroupComplaint bad{"Invalid email address.", GroupControl::kAddress};
+  const GroupComplaint twice{"A recipient with the email you specified already exists.", GroupControl::kAddress};
   auto open = store();
   EXPECT_EQ(*AddNewRecipient(open, group, Named("ada@example.o")), bad);
   EXPECT_EQ(*AddNewRecipient(open, group, Named("ADA@example.org")), twice);

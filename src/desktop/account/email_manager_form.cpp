@@ -13,10 +13,12 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "account/account_checks.h"
 #include "account/account_form.h"
 #include "account/provider_presets.h"
+#include "desktop/account/account_control_names.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/widgets/digits_filter.h"
 #include "desktop/widgets/icons.h"
@@ -78,14 +80,14 @@ QWidget* EmailManagerForm::MakeControl(const account::AccountKeyRow& row, const 
     control = box;
   } else {
     auto* box = new QLineEdit(this);
-    if (account::TakesDigitsOnly(row.key)) {
+    if (row.bounds) {
       box->setValidator(new DigitsFilter(box));
       box->setFixedWidth(kNarrow);
     }
     connect(box, &QLineEdit::textChanged, this, &EmailManagerForm::ControlChanged);
     control = box;
   }
-  control->setObjectName(ToQt(row.control));
+  control->setObjectName(NameOf(row.key));
   return control;
 }
 
@@ -105,7 +107,8 @@ void EmailManagerForm::AddRow(QFormLayout* rows, account::AccountKey key, const 
     beside = new QLabel(this);
     beside->setObjectName("TimeoutUnitLabel");
   } else if (key == kWrap) {
-    beside = new UpDown(qobject_cast<QLineEdit*>(control), account::kNarrowestWrap, account::kWidestWrap, this);
+    beside = new UpDown(qobject_cast<QLineEdit*>(control), static_cast<int>(row.bounds->lowest),
+                        static_cast<int>(row.bounds->highest), this);
     beside->setObjectName("WrapUpDown");
   }
   if (beside == nullptr) {
@@ -273,11 +276,11 @@ account::AccountSettings EmailManagerForm::Shown() const {
   for (const account::AccountKeyRow& row : account::AccountKeyRows()) {
     if (row.key == kMethod) continue;
     QString value;
-    if (const auto* check = Find<QCheckBox>(row.control)) {
+    if (const auto* check = Find<QCheckBox>(NameOf(row.key))) {
       value = check->isChecked() ? "1" : "0";
-    } else if (const auto* combo = Find<QComboBox>(row.control)) {
+    } else if (const auto* combo = Find<QComboBox>(NameOf(row.key))) {
       value = combo->currentText();
-    } else if (const auto* line = Find<QLineEdit>(row.control)) {
+    } else if (const auto* line = Find<QLineEdit>(NameOf(row.key))) {
       value = line->text();
     }
     values.Set(row.key, FromQt(value));
@@ -294,16 +297,19 @@ void EmailManagerForm::Put(const account::AccountSettings& values) {
   filling_ = true;
   for (const account::AccountKeyRow& row : account::AccountKeyRows()) {
     const QString value = ToQt(values[row.key]);
-    if (auto* check = Find<QCheckBox>(row.control)) {
+    if (auto* check = Find<QCheckBox>(NameOf(row.key))) {
       check->setChecked(values.IsOn(row.key));
-    } else if (auto* combo = Find<QComboBox>(row.control)) {
+    } else if (auto* combo = Find<QComboBox>(NameOf(row.key))) {
       if (combo->findText(value) < 0) combo->addItem(value);
       combo->setCurrentText(value);
-    } else if (auto* line = Find<QLineEdit>(row.control); line != nullptr && line->text() != value) {
+    } else if (auto* line = Find<QLineEdit>(NameOf(row.key)); line != nullptr && line->text() != value) {
       line->setText(value);
     }
   }
-  Find<QRadioButton>(account::RadioButtonOf(values[kMethod]))->setChecked(true);
+  const auto methods = account::RowOf(kMethod).choices;
+  const auto method = std::find(methods.begin(), methods.end(), values[kMethod]);
+  const auto button = method == methods.end() ? 0 : method - methods.begin();
+  Find<QRadioButton>(kMethodButtons.at(static_cast<std::size_t>(button)))->setChecked(true);
   filling_ = false;
 }
 
@@ -320,12 +326,12 @@ void EmailManagerForm::ControlChanged() {
   Put(values);
   for (const account::AccountKeyRow& row : account::AccountKeyRows()) {
     if (row.key == kMethod) continue;
-    auto* control = Find<QWidget>(row.control);
-    control->setEnabled(account::IsEnabled(values, row.control));
+    auto* control = Find<QWidget>(NameOf(row.key));
+    control->setEnabled(account::IsEnabled(values, account::ControlOf(row.key)));
     if (auto* label = labels_.value(control->objectName())) label->setEnabled(control->isEnabled());
   }
-  for (const char* control : {"ThirdCommandButton", "WrapUpDown"}) {
-    Find<QWidget>(control)->setEnabled(account::IsEnabled(values, control));
+  for (const auto control : {account::AccountControl::kPickThirdPath, account::AccountControl::kWrapArrows}) {
+    Find<QWidget>(NameOf(control))->setEnabled(account::IsEnabled(values, control));
   }
   Find<QLabel>("TimeoutUnitLabel")->setText(Translated(account::TimeoutUnit(values[kTimeout])));
   OfferPreset();
@@ -345,10 +351,11 @@ bool EmailManagerForm::Check(const account::AccountSettings& shown) {
   const auto complaint = account::CheckAccount(shown);
   if (!complaint) return true;
   if (!complaint->message.empty()) program_.prompts.Warn(complaint->message);
+  auto* control = Find<QWidget>(NameOf(*complaint->control));
   for (int page = 0; page < pages_->count(); ++page) {
-    if (pages_->tabText(page) == tr(complaint->page.c_str())) pages_->setCurrentIndex(page);
+    if (pages_->widget(page)->isAncestorOf(control)) pages_->setCurrentIndex(page);
   }
-  Find<QWidget>(complaint->control)->setFocus();
+  control->setFocus();
   status_->setText(!complaint->reason.empty()   ? ToQt(complaint->reason)
                    : complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
                                                 : QString());

@@ -82,7 +82,8 @@ void TableForm::accept() {
   const auto complaint = document::CheckTable(Choice());
   if (!complaint) return QDialog::accept();
   prompts_.Warn(complaint->message);
-  auto* box = findChild<QLineEdit*>(ToQt(complaint->control));
+  QLineEdit* box =
+      std::array{border_, spacing_, padding_, rows_, columns_}.at(static_cast<std::size_t>(*complaint->control));
   box->setFocus();
   box->selectAll();
 }

@@ -177,7 +177,7 @@ void MainForm::LoadLists() {
 void MainForm::LoadDocument() {
   StartNew();
   if (isVisible()) editor_->BeginTyping();
-  if (practice_->WasOn()) {
+  if (practice_->practice().WasOn()) {
     BeginPractice();
   } else {
     ShowNotices();
@@ -341,12 +341,12 @@ void MainForm::ShowNotices() {
                                                                         }}});
     return;
   }
-  if (practice_->is_on()) {
+  if (practice_->practice().is_on()) {
     const QString arrived = Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
     notice_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
                   {{tr("Show them"), "ShowPracticeButton", [this] { ShowPractice(); }},
                    {tr("End practice"), "EndPracticeButton", [this] {
-                      Tell(practice_->End());
+                      Tell(practice_->practice().End());
                       ShowSender();
                       ShowNotices();
                     }}});
@@ -365,7 +365,7 @@ void MainForm::ShowNotices() {
 
 // Counted before it takes any more, for each of those is announced.
 void MainForm::BeginPractice() {
-  arrived_ = static_cast<qint64>(PracticeMessages(practice_->folder()).size());
+  arrived_ = static_cast<qint64>(account::PracticeMessages(practice_->practice().folder()).size());
   Tell(practice_->Begin());
   ShowSender();
   ShowNotices();
@@ -376,6 +376,6 @@ void MainForm::ShowSender() {
   if (contents) header_->ShowSender(ToQt(contents->from), ToQt(contents->method));
 }
 
-void MainForm::ShowPractice() { PracticeForm(practice_->folder(), this).exec(); }
+void MainForm::ShowPractice() { PracticeForm(practice_->practice().folder(), this).exec(); }
 
 }  // namespace quillcast::desktop

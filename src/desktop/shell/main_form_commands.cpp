@@ -374,7 +374,7 @@ void MainForm::Send() {
     FocusOn(ToQt(*control));
     return;
   }
-  SendMailForm1 form(program_, {std::move(document), **group, *count, practice_->Serves()}, this);
+  SendMailForm1 form(program_, {std::move(document), **group, *count, practice_->practice().Serves()}, this);
   form.skip_save_prompt = [this](bool skip) { skip_save_prompt = skip; };
   form.exec();
   TakePictureAnswers(form.picture_places());
@@ -389,7 +389,7 @@ void MainForm::EditAccount() {
   };
   form.exec();
   const auto account = account::AccountSettings::Load(program_.settings);
-  if (account && practice_->EndsWith(*account))
+  if (account && practice_->practice().EndsWith(*account))
     Say(tr("Practice has ended: the account names a server of its own now."));
   ShowNotices();
 }

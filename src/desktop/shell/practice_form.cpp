@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "desktop/shell/practice_mailbox.h"
+#include "account/practice.h"
 #include "desktop/widgets/first_key.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/file.h"
@@ -62,7 +62,7 @@ PracticeForm::PracticeForm(fs::path folder, QWidget* parent)
 }
 
 void PracticeForm::Fill() {
-  std::vector<std::string> files = PracticeMessages(folder_);
+  std::vector<std::string> files = account::PracticeMessages(folder_);
   if (files.size() > kMostShown) files.resize(kMostShown);
   for (const auto& file : files) list_->addItem(ToQt(file));
   list_->setCurrentRow(files.empty() ? -1 : 0);

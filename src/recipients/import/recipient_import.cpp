@@ -108,14 +108,16 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
 
 }  // namespace
 
-std::optional<Complaint> CheckImport(const ImportForm& form) {
-  if (form.file.empty()) return Complaint{"Please specify a file.", "BrowseTextBox"};
-  if (!form.has_groups) return Complaint{"There is no group to import.", "DataComboBox"};
-  if (form.group.empty()) return Complaint{"Please select a group.", "DataComboBox"};
+std::optional<Complaint<ImportControl>> CheckImport(const ImportForm& form) {
+  if (form.file.empty()) return Complaint<ImportControl>{"Please specify a file.", ImportControl::kFile};
+  if (!form.has_groups) return Complaint<ImportControl>{"There is no group to import.", ImportControl::kGroup};
+  if (form.group.empty()) return Complaint<ImportControl>{"Please select a group.", ImportControl::kGroup};
   if (form.mode == ImportMode::kHarvest) return {};
-  if (!form.sample_was_read) return Complaint{"There is no data to import.", "GetDataButton"};
-  if (form.mapping.IsAllIgnore()) return Complaint{"Please select at least one field to import.", "ComboBox"};
-  if (form.mapping.source[kEmail] == kIgnore) return Complaint{"Email Address field is required.", "ComboBox"};
+  if (!form.sample_was_read) return Complaint<ImportControl>{"There is no data to import.", ImportControl::kGetData};
+  if (form.mapping.IsAllIgnore())
+    return Complaint<ImportControl>{"Please select at least one field to import.", ImportControl::kMapping};
+  if (form.mapping.source[kEmail] == kIgnore)
+    return Complaint<ImportControl>{"Email Address field is required.", ImportControl::kMapping};
   return {};
 }
 

@@ -36,6 +36,9 @@ struct ImportPlaces {
   std::string code_page;  // the locale's codeset
 };
 
+// The controls of the import's dialog that a complaint sends the focus to.
+enum class ImportControl { kFile, kGroup, kGetData, kMapping };
+
 // What the checks before an import look at.
 struct ImportForm {
   std::string file;
@@ -45,7 +48,7 @@ struct ImportForm {
   bool sample_was_read = true;
   ImportMapping mapping;
 };
-std::optional<Complaint> CheckImport(const ImportForm& form);
+std::optional<Complaint<ImportControl>> CheckImport(const ImportForm& form);
 
 // The question that must be answered with OK before an import.
 inline constexpr const char* kConsentQuestion =

@@ -11,16 +11,6 @@
 #include <sstream>
 
 namespace quillcast::smtp {
-namespace {
-
-MailboxServer MustListen(MailboxOptions options, const platform::Clock& clock) {
-  if (options.listen == MailboxOptions().listen) options.listen = "127.0.0.1:0";
-  auto server = MailboxServer::Listen(std::move(options), clock);
-  if (!server) ADD_FAILURE() << Describe(server.error());
-  return *std::move(server);
-}
-
-}  // namespace
 
 TestFolder::TestFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "mailbox-test-XXXXXX").string();
@@ -29,19 +19,10 @@ TestFolder::TestFolder() {
 
 TestFolder::~TestFolder() { std::filesystem::remove_all(path_); }
 
-RunningMailbox::RunningMailbox(MailboxOptions options)
-    : server_(MustListen(std::move(options), clock_)), address_(server_.address()) {
-  thread_ = std::thread([this] { kept_ = server_.Run(cancel_).ValueOr(UINT64_MAX); });
-}
-
-std::uint64_t RunningMailbox::Wait() {
-  if (thread_.joinable()) thread_.join();
-  return kept_;
-}
-
-std::uint64_t RunningMailbox::Stop() {
-  cancel_.Request();
-  return Wait();
+TestMailbox::TestMailbox(MailboxOptions options) {
+  auto mailbox = RunningMailbox::Start(std::move(options), clock_);
+  if (!mailbox) ADD_FAILURE() << Describe(mailbox.error());
+  mailbox_ = std::move(*mailbox);
 }
 
 TestClient::TestClient(std::string_view address) {

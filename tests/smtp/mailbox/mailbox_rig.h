@@ -4,10 +4,9 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
-#include "smtp/mailbox/mailbox_server.h"
+#include "smtp/mailbox/running_mailbox.h"
 
 namespace quillcast::smtp {
 
@@ -22,23 +21,17 @@ class TestFolder {
   std::filesystem::path path_;
 };
 
-class RunningMailbox {
+// A mailbox on a thread of its own; a test fails where it cannot listen.
+class TestMailbox {
  public:
-  // On a free port of this machine, unless the options name another place.
-  explicit RunningMailbox(MailboxOptions options);
-  ~RunningMailbox() { Stop(); }
-  const std::string& address() const { return address_; }
-  // Waits for the end that the options set, then tells how many messages were kept.
-  std::uint64_t Wait();
-  std::uint64_t Stop();
+  explicit TestMailbox(MailboxOptions options);
+  const std::string& address() const { return mailbox_->address(); }
+  std::uint64_t Wait() { return mailbox_->Wait().ValueOr(UINT64_MAX); }
+  std::uint64_t Stop() { return mailbox_->Stop().ValueOr(UINT64_MAX); }
 
  private:
   platform::SystemClock clock_;
-  platform::CancelToken cancel_;
-  MailboxServer server_;
-  std::string address_;
-  std::uint64_t kept_ = 0;
-  std::thread thread_;
+  std::unique_ptr<RunningMailbox> mailbox_;
 };
 
 // Ten seconds without an answer count as the end of the connection.

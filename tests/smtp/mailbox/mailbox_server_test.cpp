@@ -41,7 +41,7 @@ TEST(MailboxServer, KeepsMessagesByteForByte) {
   const auto box = *options.store;
   std::string told;
   options.kept = [&](const MailboxMessage& m) { told = m.file.filename().string() + " " + std::to_string(m.size); };
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   TestClient client(mailbox.address());
   EXPECT_EQ(client.Reply(), "220 box ESMTP Quillcast mailbox");
   client.Say("EHLO \"\xFF\"");
@@ -81,7 +81,7 @@ TEST(MailboxServer, NumbersGoOnOverRestartsAndNeverOverwrite) {
   TestFolder folder;
   const auto box = *StoringIn(folder).store;
   const auto deliver = [&] {
-    RunningMailbox mailbox(StoringIn(folder));
+    TestMailbox mailbox(StoringIn(folder));
     TestClient client(mailbox.address());
     client.Reply();
     client.Say("EHLO c");
@@ -99,7 +99,7 @@ TEST(MailboxServer, NumbersGoOnOverRestartsAndNeverOverwrite) {
 
 TEST(MailboxServer, TwoMailboxesDoNotShareAFolder) {
   TestFolder folder;
-  RunningMailbox mailbox(StoringIn(folder));
+  TestMailbox mailbox(StoringIn(folder));
   platform::SystemClock clock;
   auto options = StoringIn(folder);
   options.listen = "127.0.0.1:0";
@@ -110,7 +110,7 @@ TEST(MailboxServer, TwoMailboxesDoNotShareAFolder) {
 
 TEST(MailboxServer, ServesFiftyAtATime) {
   TestFolder folder;
-  RunningMailbox mailbox(StoringIn(folder));
+  TestMailbox mailbox(StoringIn(folder));
   std::vector<std::unique_ptr<TestClient>> clients;
   for (int i = 0; i < 50; ++i) {
     clients.push_back(std::make_unique<TestClient>(mailbox.address()));
@@ -130,7 +130,7 @@ TEST(MailboxServer, ServesFiftyAtATime) {
 // A client that pipelines and does not read must neither block the others nor lose a reply.
 TEST(MailboxServer, WaitsForAClientThatDoesNotRead) {
   TestFolder folder;
-  RunningMailbox mailbox(StoringIn(folder));
+  TestMailbox mailbox(StoringIn(folder));
   TestClient slow(mailbox.address());
   std::string batch;
   constexpr int kCommands = 200000;
@@ -153,7 +153,7 @@ TEST(MailboxServer, ClosesWithWords) {
   auto options = StoringIn(folder);
   options.timeout = std::chrono::seconds(1);
   options.connection_limit = 1;
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   TestClient idle(mailbox.address());
   EXPECT_EQ(idle.Reply(), "220 box ESMTP Quillcast mailbox");
   TestClient second(mailbox.address());
@@ -172,7 +172,7 @@ TEST(MailboxServer, IsNotHeldByBytesThatDrip) {
   TestFolder folder;
   auto options = StoringIn(folder);
   options.timeout = std::chrono::seconds(1);
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   TestClient client(mailbox.address());
   client.Reply();
   constexpr int kDrops = 60;  // one each tenth of a second
@@ -193,7 +193,7 @@ TEST(MailboxServer, EndsAfterTheCount) {
   MailboxOptions options;
   options.count = 2;
   options.session.host_name = "box";
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   TestClient client(mailbox.address());
   TestClient other(mailbox.address());
   client.Reply();
@@ -213,7 +213,7 @@ TEST(MailboxServer, EndsAfterTheCount) {
 TEST(MailboxServer, ListensOnIpv6) {
   MailboxOptions options;
   options.listen = "[::1]:0";
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   EXPECT_TRUE(mailbox.address().starts_with("[::1]:"));
   TestClient client(mailbox.address());
   EXPECT_TRUE(client.Reply().starts_with("220 "));
@@ -221,7 +221,7 @@ TEST(MailboxServer, ListensOnIpv6) {
 
 TEST(MailboxServer, SaysWhyItCannotListen) {
   platform::SystemClock clock;
-  RunningMailbox mailbox(MailboxOptions{});
+  TestMailbox mailbox(MailboxOptions{});
   struct Case {
     std::string listen;
     Failure failure;
@@ -277,7 +277,7 @@ std::string RepliesWithFilesLimitedTo(rlim_t limit, const TestFolder& folder) {
     ::setrlimit(RLIMIT_FSIZE, &files);
     std::string replies;
     {
-      RunningMailbox mailbox(StoringIn(folder));
+      TestMailbox mailbox(StoringIn(folder));
       TestClient client(mailbox.address());
       client.Reply();
       client.Say("EHLO c");

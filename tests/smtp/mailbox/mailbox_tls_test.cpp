@@ -80,7 +80,7 @@ TEST(MailboxTls, TakesMessages) {
   TestFolder folder;
   auto options = WithTls(folder);
   options.session.offer = kStartTls;
-  RunningMailbox mailbox(std::move(options));
+  TestMailbox mailbox(std::move(options));
   TestClient client(mailbox.address());
   client.Reply();
   EXPECT_EQ(client.Say("EHLO c"), "250-mailbox.localhost\r\n250 STARTTLS");
@@ -103,7 +103,7 @@ TEST(MailboxTls, TakesMessages) {
 
 TEST(MailboxTls, RefusesOldVersionsAndNoise) {
   TestFolder folder;
-  RunningMailbox mailbox(WithTls(folder));
+  TestMailbox mailbox(WithTls(folder));
   for (const bool noise : {false, true}) {
     TestClient client(mailbox.address());
     client.Reply();

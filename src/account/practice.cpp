@@ -1,0 +1,90 @@
+#include "account/practice.h"
+
+#include <algorithm>
+
+namespace quillcast::account {
+namespace {
+
+using enum AccountKey;
+
+constexpr const char* kSection = "Options";
+constexpr const char* kPracticeKey = "Practice";  // the port of the mailbox; empty when nobody practises
+constexpr const char* kHost = "127.0.0.1";
+constexpr const char* kSender = "Practice";
+constexpr const char* kAddress = "practice@quillcast.example";
+
+bool Names(const AccountSettings& account, std::string_view port) {
+  return !port.empty() && account[kServer] == kHost && account[kPort] == port;
+}
+
+// Makes the mailbox on this port the account's server.
+AccountSettings PointedAt(std::string_view port, AccountSettings account) {
+  if (account[kName].empty()) account.Set(kName, kSender);
+  if (account[kEmail].empty()) account.Set(kEmail, kAddress);
+  account.Set(kServer, kHost);
+  account.Set(kPort, std::string(port));
+  account.Set(kAuth, "0");
+  account.Set(kSecurity, "Automatic");
+  return account;
+}
+
+}  // namespace
+
+std::vector<std::string> PracticeMessages(const std::filesystem::path& folder) {
+  std::vector<std::string> files;
+  std::error_code failed;
+  for (auto entry = std::filesystem::directory_iterator(folder, failed);
+       !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+    if (entry->path().extension() == ".eml") files.push_back(entry->path().filename().string());
+  }
+  std::sort(files.rbegin(), files.rend());
+  return files;
+}
+
+bool Practice::WasOn() const {
+  const auto account = AccountSettings::Load(settings_);
+  const auto port = settings_.Read(kSection, kPracticeKey, "");
+  return account && port && Names(*account, *port);
+}
+
+bool Practice::Serves() const {
+  const auto account = AccountSettings::Load(settings_);
+  return is_on() && account && Names(*account, mailbox_->port());
+}
+
+bool Practice::EndsWith(const AccountSettings& account) {
+  if (!is_on() || Names(account, mailbox_->port())) return false;
+  Stop();
+  IgnoreErrors(Forget());  // the next start sees that the account names another server
+  return true;
+}
+
+Result<void> Practice::Forget() { return settings_.Write(kSection, kPracticeKey, ""); }
+
+Result<void> Practice::Begin(std::function<void()> arrived) {
+  Stop();
+  smtp::MailboxOptions options;
+  options.store = folder_;
+  options.kept = [arrived = std::move(arrived)](const smtp::MailboxMessage&) { arrived(); };
+  auto mailbox = smtp::RunningMailbox::Start(std::move(options), clock_);
+  if (!mailbox) return mailbox.error();
+  auto account = AccountSettings::Load(settings_);
+  if (!account) return account.error();
+  auto saved = PointedAt((*mailbox)->port(), std::move(*account)).Save(settings_);
+  if (!saved) return saved;
+  mailbox_ = std::move(*mailbox);
+  return settings_.Write(kSection, kPracticeKey, mailbox_->port());
+}
+
+Result<void> Practice::End() {
+  Stop();
+  auto forgotten = Forget();
+  if (!forgotten) return forgotten;
+  auto account = AccountSettings::Load(settings_);
+  if (!account) return account.error();
+  if ((*account)[kEmail] == kAddress) return settings_.DeleteSection(kAccountSection);
+  account->Set(kServer, "");
+  return account->Save(settings_);
+}
+
+}  // namespace quillcast::account

@@ -1,0 +1,51 @@
+// Practice: the built-in mailbox as the account's server, for a person who has no account yet. Nothing leaves the
+// computer while it lasts.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "account/account_settings.h"
+#include "smtp/mailbox/running_mailbox.h"
+
+namespace quillcast::account {
+
+// The names of the messages' files in its folder, the last that arrived first.
+std::vector<std::string> PracticeMessages(const std::filesystem::path& folder);
+
+class Practice {
+ public:
+  // Messages are kept in `folder`. The settings and the clock must outlive it.
+  Practice(profile::SettingsStore& settings, const platform::Clock& clock, std::filesystem::path folder)
+      : settings_(settings), clock_(clock), folder_(std::move(folder)) {}
+
+  // An earlier session was practising, and the account still names its mailbox.
+  bool WasOn() const;
+  // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
+  // missing. `arrived` is called for each message, on the mailbox's thread.
+  Result<void> Begin(std::function<void()> arrived);
+  // Stops it, and takes it out of the account; a sender's name and address that are the person's own stay.
+  Result<void> End();
+  // The account was changed: practice ends where it names another server now. True when it did.
+  bool EndsWith(const AccountSettings& account);
+  // Stops the mailbox; the account keeps naming it, so that the next session goes on.
+  void Stop() { mailbox_.reset(); }
+
+  bool is_on() const { return mailbox_ != nullptr; }
+  // It is on, and is the account's server: what is sent goes nowhere else.
+  bool Serves() const;
+  const std::filesystem::path& folder() const { return folder_; }
+
+ private:
+  Result<void> Forget();
+
+  profile::SettingsStore& settings_;
+  const platform::Clock& clock_;
+  const std::filesystem::path folder_;
+  std::unique_ptr<smtp::RunningMailbox> mailbox_;
+};
+
+}  // namespace quillcast::account

@@ -1,0 +1,48 @@
+// What the controls of the account dialog are called.
+#pragma once
+
+#include <array>
+
+#include "account/account_form.h"
+
+namespace quillcast::desktop {
+
+// In the order of AccountControl. The method has a radio button for each of its choices: see kMethodButtons.
+inline constexpr std::array<const char*, static_cast<std::size_t>(account::AccountControl::kCount)> kAccountControls = {
+    "FullNameTextBox",
+    "EmailTextBox",
+    "ServerTextBox",
+    "PortTextBox",
+    "AuthCheckBox",
+    "UsernameTextBox",
+    "PasswordTextBox",
+    "AuthModeComboBox",
+    "PipelineCheckBox",
+    "NoAuthCheckBox",
+    "BoundaryCheckBox",
+    "TimeoutTextBox",
+    "PersonalRadioButton",
+    "ToFieldComboBox",
+    "BCCFieldTextBox",
+    "ThirdFieldComboBox",
+    "ThirdPathTextBox",
+    "HeaderEncodingComboBox",
+    "ContentEncodingComboBox",
+    "AttachmentEncodingComboBox",
+    "CharSetComboBox",
+    "AutoWrapCheckBox",
+    "WrapTextBox",
+    "TextPartCheckBox",
+    "ExtendedCheckBox",
+    "NotifyComboBox",
+    "ReturnComboBox",
+    "SecurityComboBox",
+    "ThirdCommandButton",
+    "WrapUpDown"};
+
+constexpr const char* NameOf(account::AccountControl control) {
+  return kAccountControls.at(static_cast<std::size_t>(control));
+}
+constexpr const char* NameOf(account::AccountKey key) { return NameOf(account::ControlOf(key)); }
+
+}  // namespace quillcast::desktop

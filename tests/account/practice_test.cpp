@@ -1,0 +1,68 @@
+// What practice does to the account, and what it leaves of it.
+#include "account/practice.h"
+
+#include <gtest/gtest.h>
+
+#include "support/temporary_folder.h"
+
+namespace quillcast::account {
+namespace {
+
+using enum AccountKey;
+
+TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
+  struct Case {
+    const char* name;
+    std::vector<std::pair<AccountKey, const char*>> before;
+    const char* sender;      // while it is on
+    const char* left;        // Name|Email|Server afterwards
+    const char* new_server;  // what the person sets meanwhile; null for nothing
+  };
+  const Case cases[] = {
+      {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr},
+      {"an account without a server",
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}},
+       "Ada <ada@a.example>",
+       "Ada|ada@a.example|",
+       nullptr},
+      {"a server of one's own",
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}},
+       "Ada <ada@a.example>",
+       "Ada|ada@a.example|mail.a.example",
+       "mail.a.example"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const test::TemporaryFolder root;
+    profile::SettingsStore settings(root / "settings.db");
+    const platform::SystemClock clock;
+    AccountSettings account;
+    for (const auto& [key, value] : c.before) account.Set(key, value);
+    ASSERT_TRUE(account.Save(settings));
+    Practice practice(settings, clock, root / "Practice");
+    EXPECT_FALSE(practice.WasOn() || practice.Serves());
+
+    ASSERT_TRUE(practice.Begin([] {}));
+    EXPECT_TRUE(practice.is_on() && practice.WasOn() && practice.Serves());
+    auto during = *AccountSettings::Load(settings);
+    EXPECT_EQ(during[kName] + " <" + during[kEmail] + ">", c.sender);
+    EXPECT_EQ(during[kServer], "127.0.0.1");
+    EXPECT_TRUE(Practice(settings, clock, root / "Practice").WasOn()) << "the next session knows";
+
+    EXPECT_FALSE(practice.EndsWith(during));
+    if (c.new_server != nullptr) {
+      during.Set(kServer, c.new_server);
+      ASSERT_TRUE(during.Save(settings));
+      EXPECT_FALSE(practice.Serves());
+      EXPECT_TRUE(practice.EndsWith(during));
+    } else {
+      ASSERT_TRUE(practice.End());
+    }
+    EXPECT_FALSE(practice.is_on() || practice.WasOn());
+    const auto after = *AccountSettings::Load(settings);
+    EXPECT_EQ(after[kName] + "|" + after[kEmail] + "|" + after[kServer], c.left);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::account
