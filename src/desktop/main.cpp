@@ -18,6 +18,7 @@
 #include "desktop/single_instance.h"
 #include "desktop/termination.h"
 #include "desktop/widgets/icons.h"
+#include "desktop/widgets/look.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/environment.h"
@@ -141,6 +142,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(
       QString("%1.%2").arg(quillcast::profile::kVersionMajor).arg(quillcast::profile::kVersionMinor));
   QApplication::setWindowIcon(quillcast::desktop::ProgramIcon());
+  quillcast::desktop::DressWindows();
   QCommandLineParser parser;
   parser.setApplicationDescription("Quillcast Classic sends one personal e-mail to each recipient of a group.");
   parser.addHelpOption();

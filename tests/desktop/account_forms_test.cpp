@@ -4,7 +4,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
@@ -16,6 +15,7 @@
 #include "desktop/account/thread_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/run/history_manager_form.h"
+#include "desktop/widgets/row_list.h"
 #include "platform/file.h"
 
 namespace quillcast::desktop {
@@ -259,19 +259,19 @@ class AccountFormsTest : public QObject {
     }
     HistoryManagerForm form(rig.program, nullptr);
     form.show();
-    auto* grid = form.findChild<QListWidget*>("HistoryGrid");
-    QCOMPARE(grid->count(), 3);
+    auto* grid = form.findChild<RowList*>("HistoryGrid");
+    QCOMPARE(grid->size(), 3U);
     QVERIFY(!form.findChild<QPushButton*>("OpenLogButton")->isEnabled());
     form.findChild<QComboBox*>("OrderComboBox")->setCurrentText("Newest first");
-    QCOMPARE(grid->item(0)->text(), QString("Date = 01-02-2027  -  Time = 10-00-00 - Subject = News"));
-    QVERIFY(grid->item(0)->background().color() != grid->item(1)->background().color());
-    grid->setCurrentRow(0);
+    QCOMPARE(grid->model()->index(0, 0).data().toString(),
+             QString("Date = 01-02-2027  -  Time = 10-00-00 - Subject = News"));
+    grid->Choose(0);
     Press(form, "OpenMessageButton");
     QCOMPARE(rig.Shown(), QString("warn: Original Message is not available."));
     Press(form, "OpenLogButton");
     QCOMPARE(rig.desktop.opened, std::vector<std::string>{"01-02-2027_10-00-00_News.txt"});
     Type(form, "FilterTextBox", "hello");
-    QCOMPARE(grid->count(), 1);
+    QCOMPARE(grid->size(), 1U);
     Press(form, "ClearHistoryButton");
     QCOMPARE(rig.Shown(), QString("ask: Are you sure you want to delete your history?"));
     QVERIFY(form.isVisible());
@@ -288,7 +288,7 @@ class AccountFormsTest : public QObject {
     HistoryManagerForm form(rig.program, nullptr);
     form.show();
     QVERIFY(QTest::qWaitForWindowActive(&form));
-    auto* grid = form.findChild<QListWidget*>("HistoryGrid");
+    auto* grid = form.findChild<RowList*>("HistoryGrid");
     QTest::keyClick(grid, Qt::Key_Down);
     QVERIFY(form.findChild<QPushButton*>("OpenLogButton")->isEnabled());
     QTest::keyClick(grid, Qt::Key_Return);

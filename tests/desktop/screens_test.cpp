@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPalette>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
@@ -21,6 +20,7 @@
 
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
+#include "desktop/dark_palette.h"
 #include "desktop/document/attachments_form.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/document/link_form.h"
@@ -29,11 +29,15 @@
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
+#include "desktop/run/shut_down_form.h"
 #include "desktop/shell/about_form.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/main_form.h"
+#include "desktop/shell/practice_form.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/look.h"
 #include "platform/file.h"
 
 namespace quillcast::desktop {
@@ -46,23 +50,11 @@ constexpr const char* kLetter =
     "letterpress</li></ul><table border=1 cellpadding=6 cellspacing=0><tr><td>Sheet</td><td>Price</td></tr><tr><td>A4"
     "</td><td>0.90</td></tr></table><p>Yours,<br>Ada</p></body></html>";
 
-QPalette DarkPalette() {
-  QPalette dark(QColor(45, 48, 54));
-  dark.setColor(QPalette::Window, QColor(45, 48, 54));
-  dark.setColor(QPalette::Base, QColor(32, 34, 39));
-  dark.setColor(QPalette::AlternateBase, QColor(52, 56, 63));
-  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
-    dark.setColor(role, QColor(230, 232, 235));
-  }
-  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-    dark.setColor(QPalette::Disabled, role, QColor(130, 134, 140));
-  }
-  dark.setColor(QPalette::Button, QColor(58, 62, 69));
-  dark.setColor(QPalette::Highlight, QColor(46, 116, 181));
-  dark.setColor(QPalette::HighlightedText, Qt::white);
-  dark.setColor(QPalette::Link, QColor(110, 180, 240));
-  return dark;
-}
+// As a run writes it.
+constexpr const char* kArrived =
+    "From: Ada <ada@example.org>\r\nTo: bob@example.net\r\nSubject: =?utf-8?Q?Gr=C3=BC=C3=9Fe_f=C3=BCr_Bob?=\r\n"
+    "MIME-Version: 1.0\r\nContent-Type: text/html; charset=utf-8\r\n"
+    "Content-Transfer-Encoding: quoted-printable\r\n\r\n<p>Sch=C3=B6ne Gr=C3=BC=C3=9Fe, Bob</p>\r\n";
 
 constexpr QChar kMark = u'\u00a7';
 
@@ -116,6 +108,25 @@ class ScreensTest : public QObject {
     }
   }
 
+  // The fields that labels lead to begin in one line: those of each place where grids stand side by side.
+  static void LookForOneLine(const QWidget& window, const QString& name) {
+    const bool from_right = window.layoutDirection() == Qt::RightToLeft;
+    QHash<int, int> line_of;
+    for (const FormGrid* grid : window.findChildren<FormGrid*>()) {
+      if (!grid->isVisible()) continue;
+      for (const QLabel* label : grid->findChildren<QLabel*>()) {
+        if (label->buddy() == nullptr) continue;
+        const QRect place(label->buddy()->mapTo(&window, QPoint()), label->buddy()->size());
+        const int begin = from_right ? window.width() - place.right() : place.left();
+        const int line = line_of.value(grid->place(), begin);
+        line_of.insert(grid->place(), line);
+        QVERIFY2(begin == line,
+                 qPrintable(QString("%1: %2 begins at %3, others at %4")
+                                .arg(name, label->text(), QString::number(begin), QString::number(line))));
+      }
+    }
+  }
+
   // A window that shows has every control inside it, and text in each that is not cut off.
   void Take(QWidget& window, const QString& name) {
     window.show();
@@ -148,13 +159,17 @@ class ScreensTest : public QObject {
       QVERIFY2(accessible != nullptr && !accessible->text(QAccessible::Name).isEmpty(),
                qPrintable(name + ": " + widget->metaObject()->className() + ' ' + widget->objectName()));
     }
+    LookForOneLine(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (folder_.isEmpty()) return;
     QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
   }
 
  private slots:
-  void initTestCase() { QApplication::setStyle(QStyleFactory::create("fusion")); }
+  void initTestCase() {
+    QApplication::setStyle(QStyleFactory::create("fusion"));
+    DressWindows();
+  }
 
   void everyWindow_data() {
     QTest::addColumn<QString>("theme");
@@ -169,7 +184,7 @@ class ScreensTest : public QObject {
     const bool is_translated = theme == "translated";
     if (is_translated) QCoreApplication::installTranslator(&translator);
     QApplication::setLayoutDirection(is_translated ? Qt::RightToLeft : Qt::LeftToRight);
-    QApplication::setPalette(theme == "dark" ? DarkPalette() : QApplication::style()->standardPalette());
+    QApplication::setPalette(theme == "dark" ? test::DarkPalette() : QApplication::style()->standardPalette());
     {
       test::FormRig fresh;
       MainForm window(fresh.program);
@@ -233,6 +248,12 @@ class ScreensTest : public QObject {
     Take(tips, "tips");
     AboutForm about(nullptr);
     Take(about, "about");
+    const auto practised = rig.folder.Write("Practice/000001.eml", kArrived);
+    rig.folder.Write("Practice/000002.eml", kArrived);
+    PracticeForm practice(practised.parent_path(), nullptr);
+    Take(practice, "practice");
+    ShutDownForm shut_down([] { return false; }, nullptr);
+    Take(shut_down, "shut-down");
     auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);
     Take(*help, "help");
     delete help;

@@ -4,15 +4,11 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFormLayout>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSpinBox>
 #include <QTabWidget>
-#include <QVBoxLayout>
 #include <algorithm>
 
 #include "account/account_checks.h"
@@ -21,8 +17,12 @@
 #include "desktop/account/account_control_names.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/widgets/digits_filter.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/icons.h"
+#include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 #include "desktop/widgets/up_down.h"
 #include "platform/text.h"
 #include "smtp/outcome_text.h"
@@ -32,7 +32,8 @@ namespace {
 
 using enum account::AccountKey;
 constexpr std::array<const char*, 3> kMethodButtons = {"PersonalRadioButton", "BulkRadioButton", "ThirdRadioButton"};
-constexpr int kNarrow = 90;  // pixels; for a few digits
+constexpr int kNarrow = 90;       // pixels; for a few digits
+constexpr int kBelowButton = 28;  // pixels that a label stands in below its radio button
 
 bool IsSwitch(const account::AccountKeyRow& row) { return row.choices.size() == 2 && row.choices[0] == "0"; }
 
@@ -44,213 +45,184 @@ Control* EmailManagerForm::Find(std::string_view name) const {
 }
 
 EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* parent)
-    : QDialog(parent), program_(program), test_(new BackgroundTask(this)), pages_(new QTabWidget(this)) {
+    : QDialog(parent),
+      program_(program),
+      test_(new BackgroundTask(this)),
+      pages_(new QTabWidget(this)),
+      status_(new StatusLine(this)) {
   setObjectName("EmailManagerForm");
   setWindowTitle(tr("Email Manager"));
   pages_->setObjectName("AccountTabs");
   pages_->addTab(MakeGeneralPage(), tr("General"));
   pages_->addTab(MakeMethodPage(), tr("Method"));
   pages_->addTab(MakeMessagePage(), tr("Message"));
-  status_ = new QLabel(this);
-  status_->setObjectName("StatusLine");
-  status_->setWordWrap(true);
-  status_->setTextFormat(Qt::PlainText);
-  auto* column = new QVBoxLayout(this);
-  column->addWidget(pages_, 1);
-  column->addWidget(status_);
-  column->addWidget(MakeButtons());
+  auto* column = new FormColumn(this);
+  column->Add(pages_, 1);
+  column->Add(status_);
+  AddButtons(column->AddButtons());
 
   const auto stored = account::AccountSettings::Load(program_.settings);
-  if (!stored) status_->setText(InWords(stored.error()));
+  if (!stored) status_->Fail(stored.error());
   Show(account::ShownInDialog(stored ? *stored : account::AccountSettings()));
   Find<QLineEdit>("FullNameTextBox")->setFocus();
 }
 
 QWidget* EmailManagerForm::MakeControl(const account::AccountKeyRow& row, const QString& label) {
-  QWidget* control = nullptr;
   if (IsSwitch(row)) {
     auto* box = new QCheckBox(label, this);
     connect(box, &QCheckBox::toggled, this, &EmailManagerForm::ControlChanged);
-    control = box;
-  } else if (!row.choices.empty()) {
+    return box;
+  }
+  if (!row.choices.empty()) {
     auto* box = new QComboBox(this);
     for (const auto& choice : row.choices) box->addItem(ToQt(choice));
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     connect(box, &QComboBox::currentTextChanged, this, &EmailManagerForm::ControlChanged);
-    control = box;
-  } else {
-    auto* box = new QLineEdit(this);
-    if (row.bounds) {
-      box->setValidator(new DigitsFilter(box));
-      box->setFixedWidth(kNarrow);
-    }
-    connect(box, &QLineEdit::textChanged, this, &EmailManagerForm::ControlChanged);
-    control = box;
+    return box;
   }
-  control->setObjectName(NameOf(row.key));
-  return control;
+  auto* box = new QLineEdit(this);
+  if (row.bounds) {
+    box->setValidator(new DigitsFilter(box));
+    box->setFixedWidth(kNarrow);
+  }
+  connect(box, &QLineEdit::textChanged, this, &EmailManagerForm::ControlChanged);
+  return box;
 }
 
-void EmailManagerForm::AddRow(QFormLayout* rows, account::AccountKey key, const QString& label) {
+std::vector<QWidget*> EmailManagerForm::MakeBeside(account::AccountKey key, QWidget* control) {
+  if (key == kTimeout) {
+    auto* unit = new QLabel(this);
+    unit->setObjectName("TimeoutUnitLabel");
+    return {unit};
+  }
+  if (key == kWrap) {
+    const auto& bounds = *account::RowOf(key).bounds;
+    auto* arrows = new UpDown(qobject_cast<QLineEdit*>(control), static_cast<int>(bounds.lowest),
+                              static_cast<int>(bounds.highest), this);
+    arrows->setObjectName(NameOf(account::AccountControl::kWrapArrows));
+    return {arrows};
+  }
+  if (key == kThirdPath) {
+    auto* browse = new QPushButton(tr("Bro&wse…"), this);
+    browse->setObjectName(NameOf(account::AccountControl::kPickThirdPath));
+    connect(browse, &QPushButton::clicked, this, &EmailManagerForm::PickFolder);
+    return {browse};
+  }
+  return {};
+}
+
+void EmailManagerForm::AddRow(FormGrid* rows, account::AccountKey key, const QString& label) {
   const account::AccountKeyRow& row = account::RowOf(key);
   QWidget* control = MakeControl(row, label);
   if (IsSwitch(row)) {
-    rows->addRow(QString(), control);
-    return;
+    rows->AddPlain(NameOf(key), control);
+  } else {
+    rows->Add(NameOf(key), label, control, MakeBeside(key, control));
   }
-  auto* text = new QLabel(label, this);
-  text->setBuddy(control);
-  control->setAccessibleName(QString(label).remove('&').remove(':'));
-  labels_[control->objectName()] = text;
-  QWidget* beside = nullptr;
-  if (key == kTimeout) {
-    beside = new QLabel(this);
-    beside->setObjectName("TimeoutUnitLabel");
-  } else if (key == kWrap) {
-    beside = new UpDown(qobject_cast<QLineEdit*>(control), static_cast<int>(row.bounds->lowest),
-                        static_cast<int>(row.bounds->highest), this);
-    beside->setObjectName("WrapUpDown");
-  }
-  if (beside == nullptr) {
-    rows->addRow(text, control);
-    return;
-  }
-  auto* line = new QHBoxLayout();
-  line->addWidget(control);
-  line->addWidget(beside);
-  line->addStretch(1);
-  rows->addRow(text, line);
 }
 
 QWidget* EmailManagerForm::MakeGeneralPage() {
   auto* page = new QWidget(this);
-  auto* column = new QVBoxLayout(page);
-  auto* sender = new QGroupBox(tr("You"), page);
-  auto* sender_rows = new QFormLayout(sender);
-  AddRow(sender_rows, kName, tr("&Full name:"));
-  AddRow(sender_rows, kEmail, tr("&E-mail address:"));
-  column->addWidget(sender);
-  column->addWidget(MakePresetBar());
+  auto* column = new FormColumn(page);
+  FormGrid* sender = column->AddBox(tr("You"));
+  AddRow(sender, kName, tr("&Full name:"));
+  AddRow(sender, kEmail, tr("&E-mail address:"));
+  column->Add(MakePresetBar());
 
-  auto* server = new QGroupBox(tr("Mail server (SMTP)"), page);
-  auto* server_rows = new QFormLayout(server);
-  AddRow(server_rows, kServer, tr("&Server:"));
+  FormGrid* server = column->AddBox(tr("Mail server (SMTP)"));
+  AddRow(server, kServer, tr("&Server:"));
   Find<QLineEdit>("ServerTextBox")->setPlaceholderText(tr("mail.example.org; several are parted by semicolons"));
-  AddRow(server_rows, kPort, tr("&Port:"));
-  AddRow(server_rows, kSecurity, tr("Securit&y:"));
-  AddRow(server_rows, kTimeout, tr("&Time-out:"));
-  column->addWidget(server);
+  AddRow(server, kPort, tr("&Port:"));
+  AddRow(server, kSecurity, tr("Securit&y:"));
+  AddRow(server, kTimeout, tr("&Time-out:"));
 
-  auto* sign_in = new QGroupBox(tr("Signing in"), page);
-  auto* sign_in_rows = new QFormLayout(sign_in);
-  AddRow(sign_in_rows, kAuth, tr("The server needs &authentication"));
-  AddRow(sign_in_rows, kUsername, tr("&User name:"));
-  AddRow(sign_in_rows, kPassword, tr("Pass&word:"));
-  AddRow(sign_in_rows, kAuthMode, tr("&Mode:"));
-  AddRow(sign_in_rows, kPipeline, tr("Send without waiting for each answer (p&ipelining)"));
-  AddRow(sign_in_rows, kNoAuth, tr("Go on where the server offers &no authentication"));
-  auto* password = Find<QLineEdit>("PasswordTextBox");
+  FormGrid* sign_in = column->AddBox(tr("Signing in"));
+  AddRow(sign_in, kAuth, tr("The server needs &authentication"));
+  AddRow(sign_in, kUsername, tr("&User name:"));
+  AddRow(sign_in, kPassword, tr("Pass&word:"));
+  LetReveal(Find<QLineEdit>("PasswordTextBox"));
+  AddRow(sign_in, kAuthMode, tr("&Mode:"));
+  AddRow(sign_in, kPipeline, tr("Send without waiting for each answer (p&ipelining)"));
+  AddRow(sign_in, kNoAuth, tr("Go on where the server offers &no authentication"));
+  column->addStretch(1);
+  return page;
+}
+
+void EmailManagerForm::LetReveal(QLineEdit* password) {
   password->setEchoMode(QLineEdit::Password);
   auto* reveal = password->addAction(Icon("preview"), QLineEdit::TrailingPosition);
   reveal->setCheckable(true);
   reveal->setToolTip(tr("Show the password"));
   connect(reveal, &QAction::toggled, password,
           [password](bool shown) { password->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password); });
-  column->addWidget(sign_in);
-  column->addStretch(1);
-  return page;
 }
 
 QWidget* EmailManagerForm::MakePresetBar() {
-  preset_bar_ = new QWidget(this);
-  preset_bar_->setObjectName("PresetBar");
-  auto* line = new QHBoxLayout(preset_bar_);
-  line->setContentsMargins(4, 0, 4, 0);
-  preset_text_ = new QLabel(preset_bar_);
-  preset_text_->setWordWrap(true);
-  auto* use = new QPushButton(tr("Fill &in"), preset_bar_);
-  use->setObjectName("PresetButton");
-  line->addWidget(preset_text_, 1);
-  line->addWidget(use);
+  preset_bar_ = new NotePanel(NoteKind::kInformation, "PresetBar", "PresetLabel", this);
+  preset_bar_->AddOffer("PresetButton", tr("Fill &in"), [this] { FillInPreset(); });
   preset_bar_->hide();
-  connect(use, &QPushButton::clicked, this, [this] {
-    const auto preset = account::PresetFor(FromQt(Find<QLineEdit>("EmailTextBox")->text()));
-    if (!preset) return;
-    account::AccountSettings values = Shown();
-    values.Set(kServer, std::string(preset->server));
-    values.Set(kPort, std::string(preset->port));
-    values.Set(kSecurity, std::string(preset->security));
-    values.Set(kAuth, "1");
-    if (values[kUsername].empty()) values.Set(kUsername, values[kEmail]);
-    Show(values);
-    Find<QLineEdit>("PasswordTextBox")->setFocus();
-    status_->setText(ToQt(preset->note));
-  });
   return preset_bar_;
+}
+
+void EmailManagerForm::FillInPreset() {
+  const auto preset = account::PresetFor(FromQt(Find<QLineEdit>("EmailTextBox")->text()));
+  if (!preset) return;
+  account::AccountSettings values = Shown();
+  values.Set(kServer, std::string(preset->server));
+  values.Set(kPort, std::string(preset->port));
+  values.Set(kSecurity, std::string(preset->security));
+  values.Set(kAuth, "1");
+  if (values[kUsername].empty()) values.Set(kUsername, values[kEmail]);
+  Show(values);
+  Find<QLineEdit>("PasswordTextBox")->setFocus();
+  status_->Say(ToQt(preset->note));
+}
+
+void EmailManagerForm::AddMethod(FormGrid* rows, std::size_t method, const QString& text) {
+  rows->Indent(0);
+  auto* button = rows->AddWide(kMethodButtons.at(method), new QRadioButton(text, this));
+  connect(button, &QRadioButton::toggled, this, &EmailManagerForm::ControlChanged);
+  rows->Indent(kBelowButton);
 }
 
 QWidget* EmailManagerForm::MakeMethodPage() {
   auto* page = new QWidget(this);
-  auto* column = new QVBoxLayout(page);
-  const std::array<QString, 3> texts = {tr("&Personal: a message of their own to each recipient"),
-                                        tr("&Bulk: one message to all, by blind copy"),
-                                        tr("&3rd party: into the queue folder of another mail server")};
-  const std::array<std::vector<std::pair<account::AccountKey, QString>>, 3> rows_of = {
-      {{{kToField, tr("&To field:")}},
-       {{kBccField, tr("BCC f&ield:")}},
-       {{kThirdField, tr("Mail &server:")}, {kThirdPath, tr("&Queue folder:")}}}};
-  for (std::size_t i = 0; i < kMethodButtons.size(); ++i) {
-    auto* button = new QRadioButton(texts.at(i), page);
-    button->setObjectName(kMethodButtons.at(i));
-    connect(button, &QRadioButton::toggled, this, &EmailManagerForm::ControlChanged);
-    column->addWidget(button);
-    auto* rows = new QFormLayout();
-    rows->setContentsMargins(28, 0, 0, 8);
-    for (const auto& [key, label] : rows_of.at(i)) AddRow(rows, key, label);
-    column->addLayout(rows);
-  }
-  auto* browse = new QPushButton(tr("Bro&wse…"), page);
-  browse->setObjectName("ThirdCommandButton");
-  connect(browse, &QPushButton::clicked, this, &EmailManagerForm::PickFolder);
-  auto* line = new QHBoxLayout();
-  line->addStretch(1);
-  line->addWidget(browse);
-  column->addLayout(line);
-  auto* note =
-      new QLabel(tr("Runs of this program always send personally; the other methods keep their settings."), page);
-  note->setWordWrap(true);
-  note->setEnabled(false);
+  auto* column = new FormColumn(page);
+  FormGrid* rows = column->AddGrid();
+  AddMethod(rows, 0, tr("&Personal: a message of their own to each recipient"));
+  AddRow(rows, kToField, tr("&To field:"));
+  AddMethod(rows, 1, tr("&Bulk: one message to all, by blind copy"));
+  AddRow(rows, kBccField, tr("BCC f&ield:"));
+  AddMethod(rows, 2, tr("&3rd party: into the queue folder of another mail server"));
+  AddRow(rows, kThirdField, tr("Mail &server:"));
+  AddRow(rows, kThirdPath, tr("&Queue folder:"));
   column->addStretch(1);
-  column->addWidget(note);
+  column->Add(new StatusLine(this, "MethodNote"))
+      ->Say(tr("Runs of this program always send personally; the other methods keep their settings."));
   return page;
 }
 
 QWidget* EmailManagerForm::MakeMessagePage() {
   auto* page = new QWidget(this);
-  auto* column = new QVBoxLayout(page);
-  auto* encoding = new QGroupBox(tr("How it is written"), page);
-  auto* rows = new QFormLayout(encoding);
-  AddRow(rows, kCharSet, tr("&Character set:"));
-  AddRow(rows, kHeaderEncoding, tr("&Header encoding:"));
-  AddRow(rows, kEncoding, tr("&Body encoding:"));
-  AddRow(rows, kAttachmentEncoding, tr("&Attachment encoding:"));
-  AddRow(rows, kAutoWrap, tr("&Wrap long lines of the body"));
-  AddRow(rows, kWrap, tr("C&olumns:"));
-  AddRow(rows, kTextPart, tr("Add a plain-&text part to HTML messages"));
-  AddRow(rows, kBoundary, tr("Use a boundary &prefix of our own"));
-  AddRow(rows, kExtended, tr("Use server e&xtensions even where none are announced"));
-  column->addWidget(encoding);
-  auto* notices = new QGroupBox(tr("Delivery notices"), page);
-  auto* notice_rows = new QFormLayout(notices);
-  AddRow(notice_rows, kDsnNotify, tr("&Notify:"));
-  AddRow(notice_rows, kDsnReturn, tr("&Return:"));
-  column->addWidget(notices);
+  auto* column = new FormColumn(page);
+  FormGrid* encoding = column->AddBox(tr("How it is written"));
+  AddRow(encoding, kCharSet, tr("&Character set:"));
+  AddRow(encoding, kHeaderEncoding, tr("&Header encoding:"));
+  AddRow(encoding, kEncoding, tr("&Body encoding:"));
+  AddRow(encoding, kAttachmentEncoding, tr("&Attachment encoding:"));
+  AddRow(encoding, kAutoWrap, tr("&Wrap long lines of the body"));
+  AddRow(encoding, kWrap, tr("C&olumns:"));
+  AddRow(encoding, kTextPart, tr("Add a plain-&text part to HTML messages"));
+  AddRow(encoding, kBoundary, tr("Use a boundary &prefix of our own"));
+  AddRow(encoding, kExtended, tr("Use server e&xtensions even where none are announced"));
+  FormGrid* notices = column->AddBox(tr("Delivery notices"));
+  AddRow(notices, kDsnNotify, tr("&Notify:"));
+  AddRow(notices, kDsnReturn, tr("&Return:"));
   column->addStretch(1);
   return page;
 }
 
-QWidget* EmailManagerForm::MakeButtons() {
-  auto* box = new QDialogButtonBox(this);
+void EmailManagerForm::AddButtons(QDialogButtonBox* box) {
   const auto add = [&](const QString& text, QDialogButtonBox::ButtonRole role, const char* name) {
     QPushButton* button = box->addButton(text, role);
     button->setObjectName(name);
@@ -263,12 +235,8 @@ QWidget* EmailManagerForm::MakeButtons() {
           &EmailManagerForm::Reset);
   connect(add(tr("Advanced…"), QDialogButtonBox::ResetRole, "AdvancedButton"), &QPushButton::clicked, this,
           [this] { ThreadForm(program_.settings, this).exec(); });
-  QPushButton* ok = add(tr("OK"), QDialogButtonBox::AcceptRole, "OKButton");
-  ok->setDefault(true);
+  add(tr("OK"), QDialogButtonBox::AcceptRole, "OKButton")->setDefault(true);
   add(tr("Cancel"), QDialogButtonBox::RejectRole, "CancelButton");
-  connect(box, &QDialogButtonBox::accepted, this, &EmailManagerForm::accept);
-  connect(box, &QDialogButtonBox::rejected, this, &EmailManagerForm::reject);
-  return box;
 }
 
 account::AccountSettings EmailManagerForm::Shown() const {
@@ -326,9 +294,7 @@ void EmailManagerForm::ControlChanged() {
   Put(values);
   for (const account::AccountKeyRow& row : account::AccountKeyRows()) {
     if (row.key == kMethod) continue;
-    auto* control = Find<QWidget>(NameOf(row.key));
-    control->setEnabled(account::IsEnabled(values, account::ControlOf(row.key)));
-    if (auto* label = labels_.value(control->objectName())) label->setEnabled(control->isEnabled());
+    Find<QWidget>(NameOf(row.key))->setEnabled(account::IsEnabled(values, account::ControlOf(row.key)));
   }
   for (const auto control : {account::AccountControl::kPickThirdPath, account::AccountControl::kWrapArrows}) {
     Find<QWidget>(NameOf(control))->setEnabled(account::IsEnabled(values, control));
@@ -342,7 +308,7 @@ void EmailManagerForm::OfferPreset() {
   const bool is_new = preset && Find<QLineEdit>("ServerTextBox")->text() != ToQt(preset->server);
   preset_bar_->setVisible(is_new);
   if (is_new) {
-    preset_text_->setText(
+    preset_bar_->SetText(
         tr("%1 sends through %2, port %3.").arg(ToQt(preset->name), ToQt(preset->server), ToQt(preset->port)));
   }
 }
@@ -356,9 +322,10 @@ bool EmailManagerForm::Check(const account::AccountSettings& shown) {
     if (pages_->widget(page)->isAncestorOf(control)) pages_->setCurrentIndex(page);
   }
   control->setFocus();
-  status_->setText(!complaint->reason.empty()   ? ToQt(complaint->reason)
-                   : complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
-                                                : QString());
+  status_->Say(!complaint->reason.empty()   ? ToQt(complaint->reason)
+               : complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
+                                            : QString(),
+               NoteKind::kFailure);
   return false;
 }
 
@@ -367,7 +334,7 @@ void EmailManagerForm::accept() {
   if (!Check(shown)) return;
   const auto saved = shown.Save(program_.settings);
   if (!saved) {
-    status_->setText(InWords(saved.error()));
+    status_->Fail(saved.error());
     return;
   }
   if (changed) changed(account::TextsOf(shown));
@@ -386,7 +353,7 @@ void EmailManagerForm::reject() {
 void EmailManagerForm::Reset() {
   const auto reset = account::ResetAccount(program_.settings, program_.prompts);
   if (!reset) {
-    status_->setText(InWords(reset.error()));
+    status_->Fail(reset.error());
     return;
   }
   if (!*reset) return;
@@ -405,7 +372,7 @@ void EmailManagerForm::TestOrCancel() {
     test_->Cancel();
     return;
   }
-  status_->setText(tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
+  status_->Say(tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
   test_button_->setText(tr("Stop test"));
   Find<QPushButton>("OKButton")->setEnabled(false);
   test_->Start([this, shown = Shown()](const platform::CancelToken& cancel) {
@@ -421,11 +388,11 @@ void EmailManagerForm::TestFinished(const account::AccountTest& test) {
   QString detail = ToQt(platform::Printable(test.outcome.reason));
   if (!reply.empty())
     detail += (detail.isEmpty() ? QString() : QString(" ")) + tr("The server said: %1").arg(ToQt(reply));
-  status_->setText(detail);
+  status_->Say(detail, test.Works() ? NoteKind::kInformation : NoteKind::kFailure);
   if (test.Works()) {
     program_.prompts.Inform(test.text);
   } else if (test.outcome.code == smtp::ResultCode::kCancelled) {
-    status_->setText(tr("The test was stopped."));
+    status_->Say(tr("The test was stopped."));
   } else {
     program_.prompts.Warn(test.text);
   }

@@ -2,20 +2,24 @@
 #pragma once
 
 #include <QDialog>
-#include <QHash>
 #include <functional>
+#include <vector>
 
 #include "account/account_settings.h"
 #include "account/account_steps.h"
 #include "desktop/widgets/background_task.h"
 #include "profile/program.h"
 
-class QFormLayout;
-class QLabel;
+class QDialogButtonBox;
+class QLineEdit;
 class QPushButton;
 class QTabWidget;
 
 namespace quillcast::desktop {
+
+class FormGrid;
+class NotePanel;
+class StatusLine;
 
 class EmailManagerForm final : public QDialog {
   Q_OBJECT
@@ -30,19 +34,23 @@ class EmailManagerForm final : public QDialog {
   void reject() override;
 
  private:
-  void AddRow(QFormLayout* rows, account::AccountKey key, const QString& label);
+  void AddRow(FormGrid* rows, account::AccountKey key, const QString& label);
   QWidget* MakeControl(const account::AccountKeyRow& row, const QString& label);
+  std::vector<QWidget*> MakeBeside(account::AccountKey key, QWidget* control);
+  void AddMethod(FormGrid* rows, std::size_t method, const QString& text);
+  void LetReveal(QLineEdit* password);
   QWidget* MakeGeneralPage();
   QWidget* MakeMethodPage();
   QWidget* MakeMessagePage();
   QWidget* MakePresetBar();
-  QWidget* MakeButtons();
+  void AddButtons(QDialogButtonBox* box);
 
   account::AccountSettings Shown() const;
   void Show(const account::AccountSettings& values);
   void Put(const account::AccountSettings& values);
   void ControlChanged();
   void OfferPreset();
+  void FillInPreset();
   bool Check(const account::AccountSettings& shown);
   void Reset();
   void PickFolder();
@@ -55,10 +63,8 @@ class EmailManagerForm final : public QDialog {
   BackgroundTask* test_;
   QTabWidget* pages_;
   QPushButton* test_button_ = nullptr;
-  QLabel* status_ = nullptr;
-  QWidget* preset_bar_ = nullptr;
-  QLabel* preset_text_ = nullptr;
-  QHash<QString, QLabel*> labels_;  // by the name of their control
+  StatusLine* status_;
+  NotePanel* preset_bar_ = nullptr;
   bool filling_ = false;
 };
 

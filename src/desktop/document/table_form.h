@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QDialog>
-#include <string>
 
 #include "document/table_html.h"
 #include "platform/prompts.h"
@@ -24,8 +23,6 @@ class TableForm final : public QDialog {
   void accept() override;
 
  private:
-  QLineEdit* MakeBox(const char* name, const std::string& text, int longest);
-
   platform::Prompts& prompts_;
   QComboBox* align_;
   QLineEdit* rows_;

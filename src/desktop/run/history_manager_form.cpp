@@ -1,26 +1,20 @@
 #include "desktop/run/history_manager_form.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QPushButton>
-#include <QVBoxLayout>
 #include <algorithm>
 #include <numeric>
 
-#include "desktop/widgets/first_key.h"
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
 namespace {
 
 enum Order : int { kAsListed, kNewestFirst, kOldestFirst, kBySubject };
-
-// The two colours of the rows.
-const QColor kLightRow(255, 255, 192);
-const QColor kDarkRow(255, 200, 0);
 
 constexpr std::size_t kSubjectPlace = 20;  // in "07-03-2026_09-05-07_Hello.txt"
 
@@ -40,20 +34,15 @@ std::string SubjectOf(const run::HistoryRow& row) {
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
-      grid_(new QListWidget(this)),
       filter_(new QLineEdit(this)),
       order_(new QComboBox(this)),
-      status_(new QLabel(this)),
-      open_log_(new QPushButton(tr("Open &Log"), this)),
-      open_message_(new QPushButton(tr("Open &Message"), this)),
-      clear_(new QPushButton(tr("Clear &History…"), this)) {
+      grid_(new RowList(
+          "HistoryGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this,
+          RowColourSet::kGiven)),
+      status_(new StatusLine(this)) {
   setObjectName("HistoryManagerForm");
   setWindowTitle(tr("History Manager"));
   resize(720, 440);
-  grid_->setObjectName("HistoryGrid");
-  grid_->setAccessibleName(tr("Runs"));
-  grid_->setUniformItemSizes(true);
-  new FirstKey(grid_);
   filter_->setObjectName("FilterTextBox");
   filter_->setPlaceholderText(tr("Filter"));
   filter_->setAccessibleName(tr("Filter"));
@@ -61,48 +50,41 @@ HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget*
   order_->setObjectName("OrderComboBox");
   order_->setAccessibleName(tr("Order"));
   order_->addItems({tr("As listed"), tr("Newest first"), tr("Oldest first"), tr("By subject")});
-  open_log_->setObjectName("OpenLogButton");
-  open_log_->setDefault(true);
-  open_message_->setObjectName("OpenMessageButton");
-  clear_->setObjectName("ClearHistoryButton");
-  auto* close = new QPushButton(tr("Close"), this);
-  close->setObjectName("CloseButton");
-  status_->setTextFormat(Qt::PlainText);
-  status_->setWordWrap(true);
-
-  auto* above = new QHBoxLayout();
-  above->addWidget(filter_, 1);
-  above->addWidget(order_);
-  auto* below = new QHBoxLayout();
-  below->addWidget(open_log_);
-  below->addWidget(open_message_);
-  below->addStretch(1);
-  below->addWidget(clear_);
-  below->addWidget(close);
-  auto* column = new QVBoxLayout(this);
-  column->addLayout(above);
-  column->addWidget(grid_, 1);
-  column->addWidget(status_);
-  column->addLayout(below);
+  auto* column = new FormColumn(this);
+  column->AddLine({filter_, order_});
+  column->Add(grid_, 1);
+  column->Add(status_);
+  MakeButtons(column);
 
   connect(filter_, &QLineEdit::textChanged, this, &HistoryManagerForm::Arrange);
   connect(order_, &QComboBox::currentIndexChanged, this, &HistoryManagerForm::Arrange);
-  connect(grid_, &QListWidget::itemSelectionChanged, this, &HistoryManagerForm::EnableButtons);
+  connect(grid_, &RowList::ChosenChanged, this, &HistoryManagerForm::EnableButtons);
   // Return goes to the default button; a list hands it on after acting on it, so acting here too would open it twice.
-  connect(grid_, &QListWidget::itemDoubleClicked, this, [this] { Open(run::OpenLog); });
-  connect(open_log_, &QPushButton::clicked, this, [this] { Open(run::OpenLog); });
-  connect(open_message_, &QPushButton::clicked, this, [this] { Open(run::OpenMessage); });
-  connect(clear_, &QPushButton::clicked, this, &HistoryManagerForm::Clear);
-  connect(close, &QPushButton::clicked, this, &QDialog::reject);
+  connect(grid_, &RowList::doubleClicked, this, [this] { Open(run::OpenLog); });
   Fill();
   grid_->setFocus();
+}
+
+void HistoryManagerForm::MakeButtons(FormColumn* column) {
+  const auto make = [this](const char* name, const QString& text, auto press) {
+    auto* button = new QPushButton(text, this);
+    button->setObjectName(name);
+    connect(button, &QPushButton::clicked, this, press);
+    return button;
+  };
+  open_log_ = make("OpenLogButton", tr("Open &Log"), [this] { Open(run::OpenLog); });
+  open_log_->setDefault(true);
+  open_message_ = make("OpenMessageButton", tr("Open &Message"), [this] { Open(run::OpenMessage); });
+  column->AddLine({open_log_, open_message_, nullptr,
+                   make("ClearHistoryButton", tr("Clear &History…"), [this] { Clear(); }),
+                   make("CloseButton", tr("Close"), [this] { reject(); })});
 }
 
 void HistoryManagerForm::Fill() {
   auto rows = run::ListHistory(program_.folders.History());
   rows_ = rows ? std::move(*rows) : std::vector<run::HistoryRow>();
   Arrange();
-  if (!rows) status_->setText(InWords(rows.error()));
+  if (!rows) status_->Fail(rows.error());
 }
 
 void HistoryManagerForm::Arrange() {
@@ -116,20 +98,20 @@ void HistoryManagerForm::Arrange() {
   if (order_->currentIndex() == kNewestFirst) by(MomentOf, true);
   if (order_->currentIndex() == kOldestFirst) by(MomentOf, false);
   if (order_->currentIndex() == kBySubject) by(SubjectOf, false);
-  grid_->clear();
+  shown_.clear();
   for (const std::size_t place : places) {
-    const QString text = ToQt(rows_[place].text);
-    if (!text.contains(filter_->text(), Qt::CaseInsensitive)) continue;
-    auto* item = new QListWidgetItem(text, grid_);
-    item->setData(Qt::UserRole, static_cast<qulonglong>(place));
-    item->setBackground(grid_->count() % 2 == 1 ? kLightRow : kDarkRow);
-    item->setForeground(Qt::black);
+    if (ToQt(rows_[place].text).contains(filter_->text(), Qt::CaseInsensitive)) shown_.push_back(place);
   }
-  status_->setText(rows_.empty()         ? tr("No run has been made yet; each one is kept here.")
-                   : grid_->count() == 0 ? tr("No run matches the filter.")
-                                         : tr("%1 of %2 shown.").arg(grid_->count()).arg(rows_.size()));
-  EnableButtons();
+  grid_->SetEmptyText(rows_.empty() ? tr("Each run keeps its report and its first message here. Send a message to see "
+                                         "one.")
+                                    : tr("No run has this in its text. Clear the filter to see them all."));
+  grid_->Reset(shown_.size());
+  status_->Say(rows_.empty()    ? tr("No run has been made yet; each one is kept here.")
+               : shown_.empty() ? tr("No run matches the filter.")
+                                : tr("%1 of %2 shown.").arg(shown_.size()).arg(rows_.size()));
 }
+
+QString HistoryManagerForm::TextOf(std::size_t row) const { return ToQt(rows_[shown_[row]].text); }
 
 void HistoryManagerForm::EnableButtons() {
   const bool chosen = Chosen() != nullptr;
@@ -138,15 +120,15 @@ void HistoryManagerForm::EnableButtons() {
 }
 
 const run::HistoryRow* HistoryManagerForm::Chosen() const {
-  const auto items = grid_->selectedItems();
-  return items.isEmpty() ? nullptr : &rows_.at(items.first()->data(Qt::UserRole).toULongLong());
+  const auto chosen = grid_->Chosen();
+  return chosen.empty() ? nullptr : &rows_[shown_[chosen.front()]];
 }
 
 void HistoryManagerForm::Open(Opener opener) {
   const run::HistoryRow* row = Chosen();
   if (row == nullptr) return;
   const auto opened = opener(program_.folders.History(), *row, program_.desktop, program_.prompts);
-  if (!opened) status_->setText(InWords(opened.error()));
+  if (!opened) status_->Fail(opened.error());
 }
 
 void HistoryManagerForm::Clear() {

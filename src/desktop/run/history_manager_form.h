@@ -8,12 +8,14 @@
 #include "run/history.h"
 
 class QComboBox;
-class QLabel;
 class QLineEdit;
-class QListWidget;
 class QPushButton;
 
 namespace quillcast::desktop {
+
+class FormColumn;
+class RowList;
+class StatusLine;
 
 class HistoryManagerForm final : public QDialog {
   Q_OBJECT
@@ -23,9 +25,11 @@ class HistoryManagerForm final : public QDialog {
   QString cleared() const { return cleared_; }
 
  private:
+  void MakeButtons(FormColumn* column);
   void Fill();
   void Arrange();
   void EnableButtons();
+  QString TextOf(std::size_t row) const;
   const run::HistoryRow* Chosen() const;
   // OpenLog or OpenMessage.
   using Opener = Result<void> (*)(const std::filesystem::path&, const run::HistoryRow&, platform::Desktop&,
@@ -35,14 +39,14 @@ class HistoryManagerForm final : public QDialog {
 
   const profile::Program& program_;
   std::vector<run::HistoryRow> rows_;
+  std::vector<std::size_t> shown_;  // places in rows_, in the order of the list
   QString cleared_;
-  QListWidget* grid_;
   QLineEdit* filter_;
   QComboBox* order_;
-  QLabel* status_;
-  QPushButton* open_log_;
-  QPushButton* open_message_;
-  QPushButton* clear_;
+  RowList* grid_;
+  StatusLine* status_;
+  QPushButton* open_log_ = nullptr;
+  QPushButton* open_message_ = nullptr;
 };
 
 }  // namespace quillcast::desktop

@@ -7,6 +7,7 @@
 #include <QSvgRenderer>
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace quillcast::desktop {
 namespace {
@@ -32,12 +33,14 @@ constexpr auto kDrawings = std::to_array<Drawing>({
      "<rect x='8' y='8' width='12' height='12' rx='2'/><path d='M16 8V6a2 2 0 0 0-2-2H6a2 2 0 0 0-2 2v8a2 2 0 0 0 2 "
      "2h2'/>"},
     {"cut", "<circle cx='6' cy='6' r='2.5'/><circle cx='6' cy='18' r='2.5'/><path d='M8.2 7.5L20 17M8.2 16.5L20 7'/>"},
+    {"failure", "<path d='M8 3h8l5 5v8l-5 5H8l-5-5V8zM9 9l6 6M15 9l-6 6'/>"},
     {"find", "<circle cx='10.5' cy='10.5' r='6'/><path d='M15 15l5.5 5.5'/>"},
     {"groups",
      "<circle cx='9' cy='8' r='3.5'/><path d='M2.5 20c.6-4 3-6 6.500-6s5.900 2 6.500 6'/><path d='M16 4.800a3.500 "
      "3.500 0 0 1 0 6.400M17.500 14.300c2.300.8 3.600 2.700 4 5.700'/>"},
     {"history", "<path d='M4 12a8 8 0 1 0 2.500-5.800L4 8.500M4 4v4.500h4.500'/><path d='M12 7.500V12l3 2'/>"},
     {"indent", "<path d='M4 5h16M11 10h9M11 14h9M4 19h16M4 9.500l3.500 2.500L4 14.500'/>"},
+    {"information", "<circle cx='12' cy='12' r='9'/><path d='M12 11v6'/><circle cx='12' cy='7.5' r='.6'/>"},
     {"italic", "<path d='M10 5h8M6 19h8M14 5l-4 14'/>"},
     {"left", "<path d='M4 6h16M4 10h10M4 14h16M4 18h10'/>"},
     {"link",
@@ -76,15 +79,17 @@ constexpr auto kDrawings = std::to_array<Drawing>({
      "4.500v15M14.800 4.500v15'/>"},
     {"underline", "<path d='M7 4v7a5 5 0 0 0 10 0V4M5 20.500h14'/>"},
     {"undo", "<path d='M4 9h11a5 5 0 0 1 0 10H8M8 5L4 9l4 4'/>"},
+    {"warning", "<path d='M12 3.500L21.500 20h-19zM12 10v5'/><circle cx='12' cy='17.500' r='.5'/>"},
 });
 
 class LineIcon final : public QIconEngine {
  public:
-  explicit LineIcon(const char* paths) : paths_(paths) {}
+  LineIcon(const char* paths, QColor colour) : paths_(paths), colour_(std::move(colour)) {}
 
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
     const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-    const QString colour = QApplication::palette().color(group, QPalette::ButtonText).name();
+    const QString colour =
+        (colour_.isValid() ? colour_ : QApplication::palette().color(group, QPalette::ButtonText)).name();
     QString svg = QString(
                       "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 24 24' fill='none' stroke='%1' "
                       "stroke-width='1.7' stroke-linecap='round' stroke-linejoin='round'>%2</svg>")
@@ -98,18 +103,19 @@ class LineIcon final : public QIconEngine {
     paint(&painter, QRect(QPoint(), size), mode, state);
     return map;
   }
-  QIconEngine* clone() const override { return new LineIcon(paths_); }
+  QIconEngine* clone() const override { return new LineIcon(paths_, colour_); }
 
  private:
   const char* paths_;
+  QColor colour_;  // invalid for that of the text on buttons
 };
 
 }  // namespace
 
-QIcon Icon(std::string_view name) {
+QIcon Icon(std::string_view name, const QColor& colour) {
   const auto* const drawing =
       std::find_if(kDrawings.begin(), kDrawings.end(), [&](const Drawing& row) { return row.name == name; });
-  return drawing == kDrawings.end() ? QIcon() : QIcon(new LineIcon(drawing->paths));
+  return drawing == kDrawings.end() ? QIcon() : QIcon(new LineIcon(drawing->paths, colour));
 }
 
 QIcon ProgramIcon() {

@@ -1,17 +1,13 @@
-// A strip above the message that says something and offers what can be done about it, without stopping anybody.
+// The strip above the message: one notice at a time, with what it offers.
 #pragma once
 
-#include <QFrame>
-#include <functional>
-#include <utility>
 #include <vector>
 
-class QHBoxLayout;
-class QLabel;
+#include "desktop/widgets/note_panel.h"
 
 namespace quillcast::desktop {
 
-class NoticeBar final : public QFrame {
+class NoticeBar final : public NotePanel {
   Q_OBJECT
  public:
   explicit NoticeBar(QWidget* parent);
@@ -22,11 +18,8 @@ class NoticeBar final : public QFrame {
     std::function<void()> action;
   };
   void Show(const QString& sentence, const std::vector<Offer>& offers);
-  QString text() const;
 
  private:
-  QHBoxLayout* line_;
-  QLabel* sentence_;
   std::vector<QWidget*> buttons_;
 };
 

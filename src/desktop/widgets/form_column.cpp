@@ -1,0 +1,61 @@
+#include "desktop/widgets/form_column.h"
+
+#include <QDialog>
+#include <QGroupBox>
+
+#include "desktop/widgets/form_grid.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kMargin = 14;  // pixels
+constexpr int kSpacing = 10;
+
+}  // namespace
+
+FormColumn::FormColumn(QWidget* window) : QVBoxLayout(window) {
+  setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  setSpacing(kSpacing);
+}
+
+FormGrid* FormColumn::AddGrid(int place) {
+  auto* grid = new FormGrid(parentWidget(), place);
+  addWidget(grid);
+  return grid;
+}
+
+FormGrid* FormColumn::AddBox(const QString& title, int place) {
+  auto* box = new QGroupBox(title, parentWidget());
+  auto* grid = new FormGrid(box, place);
+  (new QVBoxLayout(box))->addWidget(grid);
+  addWidget(box);
+  return grid;
+}
+
+void FormColumn::AddLine(const std::vector<QWidget*>& widgets, int stretch) {
+  auto* line = new QHBoxLayout();
+  for (QWidget* widget : widgets) {
+    if (widget == nullptr) {
+      line->addStretch(1);
+    } else {
+      LetFollow(widget);
+      line->addWidget(widget);
+    }
+  }
+  addLayout(line, stretch);
+}
+
+QDialogButtonBox* FormColumn::AddButtons(QDialogButtonBox::StandardButtons buttons) {
+  auto* box = new QDialogButtonBox(buttons, parentWidget());
+  addWidget(box);
+  if (auto* dialog = qobject_cast<QDialog*>(parentWidget())) {
+    QObject::connect(box, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+  }
+  return box;
+}
+
+// A widget is last in a window's order when it comes into it, so it goes out first.
+void LetFollow(QWidget* widget) { widget->setParent(nullptr); }
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,119 @@
+#include "desktop/widgets/form_grid.h"
+
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <algorithm>
+
+#include "desktop/widgets/form_column.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kSpacing = 8;  // pixels between the rows
+constexpr int kGap = 12;     // between a label and its field
+
+bool HasWidest(const QWidget& field) { return field.maximumWidth() < QWIDGETSIZE_MAX; }
+
+int Leading(const QMargins& margins, bool from_right) { return from_right ? margins.right() : margins.left(); }
+
+}  // namespace
+
+FormGrid::FormGrid(QWidget* parent, int place) : QWidget(parent), place_(place), rows_(new QGridLayout(this)) {
+  rows_->setContentsMargins(0, 0, 0, 0);
+  rows_->setVerticalSpacing(kSpacing);
+  rows_->setHorizontalSpacing(0);  // a column of no labels would have none: the gap belongs to the labels
+  rows_->setColumnStretch(1, 1);
+}
+
+QLabel* FormGrid::MakeLabel(const QString& text, QWidget* field) {
+  auto* label = new QLabel(text, this);
+  label->setBuddy(field);
+  label->setIndent(0);
+  const bool from_right = isRightToLeft();
+  label->setContentsMargins(from_right ? 0 : indent_, 0, from_right ? indent_ : 0, 0);
+  if (field->accessibleName().isEmpty()) field->setAccessibleName(QString(text).remove('&').remove(':'));
+  labels_.push_back(label);
+  return label;
+}
+
+void FormGrid::AddRow(const QString& name, const QString& label, QWidget* field, const std::vector<QWidget*>& beside) {
+  field->setObjectName(name);
+  LetFollow(field);
+  const int row = rows_->rowCount();
+  const bool is_tall = (field->sizePolicy().verticalPolicy() & QSizePolicy::ExpandFlag) != 0;
+  rows_->addWidget(MakeLabel(label, field), row, 0, Qt::AlignLeading | (is_tall ? Qt::AlignTop : Qt::AlignVCenter));
+  if (beside.empty() && !HasWidest(*field)) {
+    rows_->addWidget(field, row, 1);
+  } else {
+    auto* line = new QHBoxLayout();
+    line->setSpacing(kGap / 2);
+    line->addWidget(field, HasWidest(*field) ? 0 : 1);
+    for (QWidget* widget : beside) {
+      LetFollow(widget);
+      line->addWidget(widget);
+    }
+    if (HasWidest(*field)) line->addStretch(1);
+    rows_->addLayout(line, row, 1);
+  }
+  field->installEventFilter(this);
+}
+
+void FormGrid::AddUnlabelled(const QString& name, QWidget* field, int column) {
+  field->setObjectName(name);
+  LetFollow(field);
+  rows_->addWidget(field, rows_->rowCount(), column, 1, 2 - column, Qt::AlignLeading | Qt::AlignVCenter);
+}
+
+// A label says by its colour, too, that its field cannot be used.
+bool FormGrid::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::EnabledChange) {
+    for (QLabel* label : labels_) {
+      if (label->buddy() == watched) label->setEnabled(label->buddy()->isEnabledTo(this));
+    }
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+bool FormGrid::event(QEvent* event) {
+  switch (event->type()) {
+    case QEvent::Polish:
+    case QEvent::LayoutRequest:
+    case QEvent::FontChange:
+    case QEvent::StyleChange:
+      Align();
+      break;
+    default:
+      break;
+  }
+  return QWidget::event(event);
+}
+
+// How far the boxes round the grid hold it in.
+int FormGrid::Inset() const {
+  int inset = 0;
+  for (const QWidget* box = parentWidget(); box != nullptr && !box->isWindow(); box = box->parentWidget()) {
+    inset += Leading(box->contentsMargins(), isRightToLeft());
+    if (box->layout() != nullptr) inset += Leading(box->layout()->contentsMargins(), isRightToLeft());
+  }
+  return inset;
+}
+
+int FormGrid::LabelsEnd() const {
+  int width = 0;
+  for (const QLabel* label : labels_) width = std::max(width, label->sizeHint().width());
+  return Inset() + width;
+}
+
+// Each grid makes room for the label that reaches furthest in any of them.
+void FormGrid::Align() const {
+  std::vector<const FormGrid*> grids;
+  for (const FormGrid* grid : window()->findChildren<FormGrid*>()) {
+    if (grid->place_ == place_) grids.push_back(grid);
+  }
+  int end = 0;
+  for (const FormGrid* grid : grids) end = std::max(end, grid->LabelsEnd());
+  for (const FormGrid* grid : grids) grid->rows_->setColumnMinimumWidth(0, end + kGap - grid->Inset());
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,152 @@
+#include "desktop/widgets/row_list.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QLocale>
+#include <algorithm>
+
+#include "desktop/widgets/empty_state.h"
+#include "desktop/widgets/first_key.h"
+#include "desktop/widgets/row_colours.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kRoom = 8;  // pixels above and below the text of a row together
+
+bool AnyTitle(const std::vector<RowColumn>& columns) {
+  return std::any_of(columns.begin(), columns.end(), [](const RowColumn& column) { return !column.title.isEmpty(); });
+}
+
+void Paint(QWidget& widget, QPalette::ColorRole ground, QPalette::ColorRole text, const OnGround& colours) {
+  QPalette palette = widget.palette();
+  if (palette.color(ground) == colours.ground && palette.color(text) == colours.text) return;
+  palette.setColor(ground, colours.ground);
+  palette.setColor(text, colours.text);
+  widget.setPalette(palette);
+}
+
+}  // namespace
+
+RowModel::RowModel(std::vector<RowColumn> columns, Cell cell, RowColourSet colours, QObject* parent)
+    : QAbstractTableModel(parent),
+      columns_(std::move(columns)),
+      cell_(std::move(cell)),
+      colours_(colours),
+      has_head_(AnyTitle(columns_)) {}
+
+void RowModel::Reset(std::size_t rows) {
+  beginResetModel();
+  rows_ = static_cast<int>(rows);
+  endResetModel();
+}
+
+void RowModel::Grow(std::size_t rows) {
+  const int count = static_cast<int>(rows);
+  if (count <= rows_) return;
+  beginInsertRows({}, rows_, count - 1);
+  rows_ = count;
+  endInsertRows();
+}
+
+int RowModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : rows_; }
+
+int RowModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(columns_.size());
+}
+
+QVariant RowModel::data(const QModelIndex& index, int role) const {
+  const bool is_given = colours_ == RowColourSet::kGiven;
+  switch (role) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+      return cell_(static_cast<std::size_t>(index.row()), index.column());
+    case Qt::TextAlignmentRole: {
+      const bool is_number = columns_.at(static_cast<std::size_t>(index.column())).is_number;
+      return QVariant::fromValue(Qt::Alignment((is_number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
+    }
+    case Qt::BackgroundRole:
+      return is_given ? QVariant(RowColours(index.row(), has_head_).ground) : QVariant();
+    case Qt::ForegroundRole:
+      return is_given ? QVariant(RowColours(index.row(), has_head_).text) : QVariant();
+    default:
+      return {};
+  }
+}
+
+QVariant RowModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+  return columns_.at(static_cast<std::size_t>(section)).title;
+}
+
+RowList::RowList(const char* name, const QString& accessible_name, std::vector<RowColumn> columns, RowModel::Cell cell,
+                 QWidget* parent, RowColourSet colours)
+    : QTableView(parent),
+      colours_(colours),
+      rows_(new RowModel(columns, std::move(cell), colours, this)),
+      empty_(new EmptyState(this)) {
+  setObjectName(name);
+  setAccessibleName(accessible_name);
+  setModel(rows_);
+  setSelectionBehavior(SelectRows);
+  setSelectionMode(SingleSelection);
+  setEditTriggers(NoEditTriggers);
+  setAlternatingRowColors(colours == RowColourSet::kPalette);
+  setShowGrid(false);
+  setWordWrap(false);
+  setTabKeyNavigation(false);
+  new FirstKey(this);
+  verticalHeader()->hide();
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRoom);
+  horizontalHeader()->setVisible(rows_->has_head());
+  horizontalHeader()->setStretchLastSection(true);
+  horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  horizontalHeader()->setHighlightSections(false);
+  for (std::size_t i = 0; i + 1 < columns.size(); ++i) {
+    setColumnWidth(static_cast<int>(i), columns[i].letters * fontMetrics().averageCharWidth() + 2 * kRoom);
+  }
+  TakeColours();
+  connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowList::ChosenChanged);
+}
+
+void RowList::Reset(std::size_t rows) {
+  rows_->Reset(rows);
+  ShowEmpty();
+  emit ChosenChanged();
+}
+
+void RowList::Grow(std::size_t rows) {
+  rows_->Grow(rows);
+  ShowEmpty();
+}
+
+void RowList::SetEmptyText(const QString& text) {
+  empty_->setText(text);
+  ShowEmpty();
+}
+
+void RowList::ShowEmpty() { empty_->setVisible(size() == 0); }
+
+std::vector<std::size_t> RowList::Chosen() const {
+  std::vector<std::size_t> rows;
+  for (const QModelIndex& index : selectionModel()->selectedRows())
+    rows.push_back(static_cast<std::size_t>(index.row()));
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+void RowList::Choose(std::size_t row) { setCurrentIndex(rows_->index(static_cast<int>(row), 0)); }
+
+void RowList::changeEvent(QEvent* event) {
+  QTableView::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) TakeColours();
+}
+
+void RowList::TakeColours() {
+  if (colours_ != RowColourSet::kGiven) return;
+  Paint(*this, QPalette::Highlight, QPalette::HighlightedText, kChosenRow);
+  Paint(*horizontalHeader(), QPalette::Button, QPalette::ButtonText, kHeadRow);
+}
+
+}  // namespace quillcast::desktop

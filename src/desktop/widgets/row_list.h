@@ -1,0 +1,83 @@
+// A list of rows in one or more columns. Each cell is asked for only when it is on the screen, so that a hundred
+// thousand rows cost what a screenful does.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QTableView>
+#include <functional>
+#include <vector>
+
+namespace quillcast::desktop {
+
+class EmptyState;
+
+struct RowColumn {
+  QString title;    // where no column has one, the list has no head
+  int letters = 0;  // so wide at first; the last column takes what is left
+  bool is_number = false;
+};
+
+// Those of the palette, or the given ones; see row_colours.h.
+enum class RowColourSet { kPalette, kGiven };
+
+class RowModel final : public QAbstractTableModel {
+ public:
+  // What stands in a cell; asked with rows below the number that was told last.
+  using Cell = std::function<QString(std::size_t row, int column)>;
+
+  RowModel(std::vector<RowColumn> columns, Cell cell, RowColourSet colours, QObject* parent);
+
+  // All rows are others now, and so many.
+  void Reset(std::size_t rows);
+  // Rows were added below those that were there.
+  void Grow(std::size_t rows);
+  bool has_head() const { return has_head_; }
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ private:
+  const std::vector<RowColumn> columns_;
+  const Cell cell_;
+  const RowColourSet colours_;
+  const bool has_head_;
+  int rows_ = 0;
+};
+
+// Rows are chosen whole: one at a time, or several after setSelectionMode. The first arrow key in a list with nothing
+// chosen chooses the current row. Return goes on to the window's default button.
+class RowList final : public QTableView {
+  Q_OBJECT
+ public:
+  RowList(const char* name, const QString& accessible_name, std::vector<RowColumn> columns, RowModel::Cell cell,
+          QWidget* parent, RowColourSet colours = RowColourSet::kPalette);
+
+  // See RowModel. What was chosen is chosen no more after Reset.
+  void Reset(std::size_t rows);
+  void Grow(std::size_t rows);
+  std::size_t size() const { return static_cast<std::size_t>(rows_->rowCount()); }
+  // What stands in the list while it has no rows: what belongs there, and the next step to it.
+  void SetEmptyText(const QString& text);
+
+  // From above to below.
+  std::vector<std::size_t> Chosen() const;
+  void Choose(std::size_t row);
+
+ signals:
+  void ChosenChanged();
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void TakeColours();
+  void ShowEmpty();
+
+  RowColourSet colours_;
+  RowModel* rows_;
+  EmptyState* empty_;
+};
+
+}  // namespace quillcast::desktop

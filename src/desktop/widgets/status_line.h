@@ -1,0 +1,30 @@
+// The line of a window that says what happened, or why something did not.
+#pragma once
+
+#include <QLabel>
+
+#include "desktop/widgets/note.h"
+#include "platform/result.h"
+
+namespace quillcast::desktop {
+
+// Wraps; what stands in it is never markup.
+class StatusLine final : public QLabel {
+  Q_OBJECT
+ public:
+  explicit StatusLine(QWidget* parent, const char* name = "StatusLine");
+
+  void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
+  // What went wrong and the remedy.
+  void Fail(const Error& error);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void TakeColour();
+
+  NoteKind kind_ = NoteKind::kInformation;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,326 @@
+// What windows are built with: it can be read in light and dark, stands in line, and is reached by keys.
+#include <QAccessible>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTest>
+#include <memory>
+
+#include "desktop/dark_palette.h"
+#include "desktop/widgets/contrast.h"
+#include "desktop/widgets/focus_ring.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/icons.h"
+#include "desktop/widgets/look.h"
+#include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/row_colours.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr std::array<NoteKind, 3> kKinds = {NoteKind::kInformation, NoteKind::kWarning, NoteKind::kFailure};
+
+QPalette Light() { return QApplication::style()->standardPalette(); }
+
+QString Say(const char* what, const QColor& one, const QColor& other) {
+  return QString("%1: %2 on %3 is %4 to 1").arg(what, one.name(), other.name()).arg(Contrast(one, other));
+}
+
+// The colour in the picture that is told best from `ground`.
+QColor Strongest(const QImage& picture, const QColor& ground) {
+  QColor best = ground;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) {
+      const QColor colour = picture.pixelColor(x, y);
+      if (Contrast(colour, ground) > Contrast(best, ground)) best = colour;
+    }
+  }
+  return best;
+}
+
+}  // namespace
+
+class WidgetsTest : public QObject {
+  Q_OBJECT
+
+  static void UseTheme(bool dark) { QApplication::setPalette(dark ? test::DarkPalette() : Light()); }
+  static void ReadsOn(const char* what, const QColor& text, const QColor& ground, double least = 4.5) {
+    QVERIFY2(text.alpha() == 255 && Contrast(text, ground) >= least, qPrintable(Say(what, text, ground)));
+  }
+
+ private slots:
+  void initTestCase() {
+    QApplication::setStyle(QStyleFactory::create("fusion"));
+    DressWindows();
+  }
+  void cleanup() {
+    UseTheme(false);
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+  }
+
+  // By the table of an independent program.
+  void contrastIsThatOfTheStandard() {
+    struct Case {
+      const char* one;
+      const char* other;
+      double ratio;
+    };
+    for (const Case& c :
+         {Case{"#000000", "#ffffff", 21.0}, Case{"#767676", "#ffffff", 4.54}, Case{"#777777", "#ffffff", 4.48},
+          Case{"#ffffff", "#ff0000", 4.00}, Case{"#1f5f8b", "#efefef", 5.95}, Case{"#123456", "#123456", 1.0}}) {
+      const double ratio = Contrast(QColor(c.one), QColor(c.other));
+      QVERIFY2(std::abs(ratio - c.ratio) < 0.01, qPrintable(Say("expected otherwise", c.one, c.other)));
+      QCOMPARE(Contrast(QColor(c.other), QColor(c.one)), ratio);
+    }
+  }
+
+  void everythingThatIsSaidCanBeRead_data() {
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+  }
+  void everythingThatIsSaidCanBeRead() {
+    QFETCH(bool, dark);
+    UseTheme(dark);
+    const QPalette palette = QApplication::palette();
+    const QColor window = palette.color(QPalette::Window);
+    QVERIFY((window.lightness() < 128) == dark);
+    for (const NoteKind kind : kKinds) {
+      const NoteColours panel = PanelColours(kind, palette);
+      ReadsOn("panel", panel.text, panel.ground);
+      ReadsOn("sign", panel.sign, panel.ground);
+      ReadsOn("line", LineColour(kind, palette), window);
+      QVERIFY(kind == NoteKind::kInformation || LineColour(kind, palette) != palette.color(QPalette::WindowText));
+      QVERIFY((panel.ground.lightness() < 128) == dark);
+    }
+    for (const OnGround* row : {&kPaleRow, &kAmberRow, &kHeadRow, &kChosenRow}) ReadsOn("row", row->text, row->ground);
+    for (const auto role : {QPalette::Base, QPalette::Button}) {
+      ReadsOn("empty box", palette.color(QPalette::PlaceholderText), palette.color(role));
+    }
+  }
+
+  // Windows stay open while the desktop turns dark.
+  void openWindowsFollowTheTheme() {
+    QDialog dialog;
+    auto* column = new FormColumn(&dialog);
+    auto* line = column->Add(new StatusLine(&dialog));
+    line->Say("It failed.", NoteKind::kFailure);
+    auto* panel = column->Add(new NotePanel(NoteKind::kWarning, "Panel", "PanelLabel", &dialog));
+    panel->SetText("Take care.");
+    auto* list = column->Add(new RowList(
+        "Rows", "Rows", {{}}, [](std::size_t, int) { return QString(); }, &dialog));
+    list->SetEmptyText("Add some.");
+    QPushButton* button = column->Add(new QPushButton(Icon("send"), {}, &dialog));
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    for (const bool dark : {true, false, true}) {
+      UseTheme(dark);
+      QCoreApplication::processEvents();
+      for (QWidget* said : {static_cast<QWidget*>(line), static_cast<QWidget*>(panel), static_cast<QWidget*>(button),
+                            list->viewport()}) {
+        const QImage picture = said->grab().toImage();
+        const QColor ground = picture.pixelColor(8, picture.height() / 2);
+        QVERIFY2((ground.lightness() < 128) == dark, said->metaObject()->className());
+        ReadsOn(said->metaObject()->className(), Strongest(picture, ground), ground);
+      }
+    }
+  }
+
+  // A head counts as the first row, so that what is below it begins with the other colour.
+  void rowsTakeTurnsInTheirColours() {
+    for (const bool dark : {false, true}) {
+      UseTheme(dark);
+      for (const char* title : {"", "Runs"}) {
+        RowList list(
+            "Rows", "Rows", {{title}}, [](std::size_t row, int) { return QString("run %1").arg(row); }, nullptr,
+            RowColourSet::kGiven);
+        list.resize(300, 200);
+        list.Reset(4);
+        list.Choose(3);
+        list.show();
+        const QImage picture = list.viewport()->grab().toImage();
+        const auto ground_of = [&](int row) {
+          return picture.pixelColor(250, list.rowViewportPosition(row) + list.rowHeight(row) / 2);
+        };
+        const bool has_head = *title != 0;
+        QCOMPARE(ground_of(0), has_head ? kAmberRow.ground : kPaleRow.ground);
+        QCOMPARE(ground_of(1), has_head ? kPaleRow.ground : kAmberRow.ground);
+        QCOMPARE(ground_of(2), ground_of(0));
+        QCOMPARE(ground_of(3), kChosenRow.ground);
+        for (const int row : {0, 1, 3}) {
+          const QRect place(0, list.rowViewportPosition(row), 200, list.rowHeight(row));
+          ReadsOn("row", Strongest(picture.copy(place), ground_of(row)), ground_of(row));
+        }
+        QCOMPARE(list.horizontalHeader()->isVisible(), has_head);
+        if (has_head) {
+          const QImage head = list.horizontalHeader()->grab().toImage();
+          ReadsOn("head", Strongest(head, head.pixelColor(250, 10)), head.pixelColor(250, 10));
+        }
+      }
+    }
+  }
+
+  void aLongListAsksForWhatIsOnTheScreen() {
+    std::size_t asked = 0;
+    RowList list(
+        "Rows", "Rows", {{"#", 6, true}, {"Name"}}, [&](std::size_t row, int) { return ++asked, QString::number(row); },
+        nullptr);
+    list.resize(300, 400);
+    list.Reset(400000);
+    list.Grow(500000);
+    list.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    list.Choose(499999);
+    list.grab();
+    QVERIFY2(asked > 0 && asked < 2000, qPrintable(QString::number(asked)));
+    QCOMPARE(list.Chosen(), std::vector<std::size_t>{499999});
+    list.Reset(3);
+    QVERIFY(list.Chosen().empty());
+    QTest::keyClick(&list, Qt::Key_Down);  // takes the row that the list came to
+    QCOMPARE(list.Chosen(), std::vector<std::size_t>{0});
+  }
+
+  void anEmptyListNamesTheNextStep() {
+    RowList list(
+        "Rows", "Rows", {{}}, [](std::size_t, int) { return QString("x"); }, nullptr);
+    list.SetEmptyText("Send a message to see one.");
+    list.resize(200, 200);
+    list.show();
+    const auto* text = list.findChild<QLabel*>("EmptyState");
+    const auto told = [&] { return QAccessible::queryAccessibleInterface(&list)->text(QAccessible::Description); };
+    QVERIFY(text->isVisible() && list.viewport()->rect() == text->geometry());
+    QCOMPARE(told(), QString("Send a message to see one."));
+    list.resize(300, 100);
+    QCOMPARE(text->geometry(), list.viewport()->rect());
+    list.Grow(1);
+    QVERIFY(!text->isVisible());
+    QCOMPARE(told(), QString());
+    list.Reset(0);
+    QVERIFY(text->isVisible());
+  }
+
+  void fieldsBeginInOneLine() {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+      QApplication::setLayoutDirection(direction);
+      QDialog dialog;
+      auto* column = new FormColumn(&dialog);
+      auto* pages = column->Add(new QTabWidget(&dialog));
+      std::vector<QWidget*> fields;
+      for (const char* page : {"One", "Two"}) {
+        auto* place = new QWidget(&dialog);
+        auto* rows = new FormColumn(place);
+        fields.push_back(rows->AddGrid()->Add("A", QString("%1:").arg(page), new QLineEdit()));
+        FormGrid* box = rows->AddBox("Box");
+        fields.push_back(box->Add("B", "A label that is rather long:", new QComboBox()));
+        auto* narrow = new QLineEdit();
+        narrow->setFixedWidth(60);
+        fields.push_back(box->Add("C", "Narrow:", narrow, {new QLabel("pixels")}));
+        fields.push_back(rows->AddBox("Without labels")->AddPlain("D", new QCheckBox("Switch")));
+        FormGrid* indented = rows->AddGrid();
+        indented->AddWide("E", new QRadioButton("Method"));
+        indented->Indent(40);
+        fields.push_back(indented->Add("F", "Below:", new QLineEdit()));
+        pages->addTab(place, page);
+      }
+      dialog.show();
+      QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+      QSet<int> lines;
+      for (int page = 0; page < 2; ++page) {
+        pages->setCurrentIndex(page);
+        QCoreApplication::processEvents();
+        for (const QWidget* field : fields) {
+          if (!field->isVisible()) continue;
+          const QRect place(field->mapTo(&dialog, QPoint()), field->size());
+          lines << (direction == Qt::RightToLeft ? dialog.width() - place.right() : place.left());
+        }
+      }
+      QCOMPARE(lines.size(), 1);
+      auto* label = dialog.findChild<QLabel*>();
+      QCOMPARE(label->buddy(), fields.front());
+      fields.front()->setEnabled(false);
+      QVERIFY(!label->isEnabled());
+      fields.front()->setEnabled(true);
+      QVERIFY(label->isEnabled());
+    }
+  }
+
+  // Also where the controls were made in another order than they stand in.
+  void theTabKeyFollowsTheRows() {
+    QDialog dialog;
+    auto* third = new QLineEdit(&dialog);
+    auto* fourth = new QPushButton("&Go", &dialog);
+    auto* second = new QLineEdit(&dialog);
+    auto* column = new FormColumn(&dialog);
+    auto* first = column->AddGrid()->Add("First", "&First:", new QLineEdit());
+    column->AddBox("Box")->Add("Second", "&Second:", second, {third});
+    column->Add(fourth);
+    QDialogButtonBox* box = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QCOMPARE(dialog.focusWidget(), first);
+    for (QWidget* next : {static_cast<QWidget*>(second), static_cast<QWidget*>(third), static_cast<QWidget*>(fourth),
+                          static_cast<QWidget*>(box->button(QDialogButtonBox::Ok))}) {
+      QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+      QCOMPARE(dialog.focusWidget(), next);
+    }
+    QTest::keyClick(fourth, Qt::Key_F, Qt::AltModifier);
+    QCOMPARE(dialog.focusWidget(), first);
+    box->button(QDialogButtonBox::Cancel)->click();
+    QVERIFY(!dialog.isVisible() && dialog.result() == QDialog::Rejected);
+  }
+
+  void theFocusIsSeenOnEveryControl() {
+    for (const bool dark : {false, true}) {
+      UseTheme(dark);
+      QDialog dialog;
+      auto* column = new FormColumn(&dialog);
+      const std::vector<QWidget*> controls = {new QLineEdit(),
+                                              new QPushButton("Button"),
+                                              new QCheckBox("Check"),
+                                              new QRadioButton("Radio"),
+                                              new QComboBox(),
+                                              new RowList(
+                                                  "Rows", "Rows", {{}}, [](auto, auto) { return QString(); }, nullptr),
+                                              (new QTabWidget())->tabBar()};
+      for (QWidget* control : controls) {
+        auto* tabs = qobject_cast<QTabWidget*>(control->parentWidget());
+        if (tabs != nullptr) tabs->addTab(new QWidget(), "Page");
+        column->Add(tabs != nullptr ? tabs : control);
+      }
+      dialog.show();
+      QVERIFY(QTest::qWaitForWindowActive(&dialog));
+      for (QWidget* control : controls) {
+        control->setFocus(Qt::TabFocusReason);
+        QCoreApplication::processEvents();
+        auto* ring = dialog.findChild<FocusRing*>();
+        QVERIFY(ring != nullptr && ring->isVisible() && ring->control() == control);
+        const QImage picture = dialog.grab(ring->geometry()).toImage();
+        const QColor window = dialog.palette().color(QPalette::Window);
+        for (const QPoint& at : {QPoint(6, 0), QPoint(6, picture.height() - 1), QPoint(0, picture.height() / 2)}) {
+          ReadsOn(control->metaObject()->className(), picture.pixelColor(at), window, 3.0);
+        }
+      }
+      QTest::mouseClick(controls[1], Qt::LeftButton);
+      QVERIFY(!dialog.findChild<FocusRing*>()->isVisible());
+      QTest::keyClick(controls[1], Qt::Key_Shift);
+      QVERIFY(dialog.findChild<FocusRing*>()->isVisible());
+    }
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::WidgetsTest)
+#include "widgets_test.moc"
