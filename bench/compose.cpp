@@ -60,9 +60,8 @@ int main(int argc, char** argv) {
   std::uint64_t octets = 0;
   for (std::uint64_t number = 1; number <= count; ++number) {
     const auto recipient = RecipientNumber(number);
-    std::array<std::string, document::kMergeFields.size()> changed;
-    IgnoreErrors(message.Render(document::ValuesForMerge(recipient, changed), *smtp::Address::From(recipient.email()),
-                                number, rendered));  // values without tags
+    IgnoreErrors(message.Render(recipient, *smtp::Address::From(recipient.email()), static_cast<std::int64_t>(number),
+                                rendered));  // values without tags
     for (auto bytes = rendered.Next(); bytes && !bytes->empty(); bytes = rendered.Next()) {
       EVP_DigestUpdate(digest.get(), bytes->data(), bytes->size());
       octets += bytes->size();

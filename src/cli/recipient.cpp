@@ -67,17 +67,16 @@ Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& 
   // A pager may hold the list for hours, and writers are not to wait for it.
   auto cursor = store.ListRecipients(group.id, group.sort_sql, recipients::Reading::kCopy);
   if (!cursor) return cursor.error();
-  Recipient recipient;
-  for (;;) {
-    const auto more = cursor->Next(recipient);
-    if (!more) return more.error();
-    if (!*more) return 0;
+  const auto walked = Walk(*cursor, {}, nullptr, [&](const Recipient& recipient, std::int64_t) {
     if (context.output.json) {
       context.output.Object(AsObject(recipient, options.all_fields));
     } else {
       context.output.Columns(AsColumns(recipient, options.all_fields));
     }
-  }
+    return true;
+  });
+  if (!walked) return walked.error();
+  return 0;
 }
 
 Result<void> SetFields(const std::vector<std::string>& fields, Recipient& recipient) {

@@ -147,7 +147,7 @@ int RunDry(Context& context, const Mailing& mailing, const message::MessageTempl
   if (const auto& trouble = message.trouble()) return context.output.Fail(trouble->error);
   auto rows = OpenRows(mailing);
   if (!rows) return context.output.Fail(rows.error());
-  const auto composed = ComposeAll(std::move(*rows), message, range, context.cancel);
+  const auto composed = ComposeAll(*rows, message, range, context.cancel);
   if (!composed) return context.output.Fail(composed.error());
   context.output.Line(fmt::format("{} composed, {} octets in all; nothing was sent.",
                                   platform::Counted(composed->messages, "message", "messages"),
@@ -163,7 +163,7 @@ Result<recipients::Recipient> RenderRequested(const SendOptions& options, const 
                                               message::RenderedMessage& rendered) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
-  auto row = run::FindRow(std::move(*rows), options.as);
+  auto row = run::FindRow(*rows, options.as);
   if (!row) {
     return Error{row.error().failure, row.error().what,
                  Say("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};

@@ -8,16 +8,6 @@
 #include "smtp/envelope_address.h"
 
 namespace quillcast::cli {
-namespace {
-
-Result<void> RenderRow(const recipients::Recipient& row, const smtp::Address& to, std::int64_t number,
-                       const message::MessageTemplate& message, message::RenderedMessage& out) {
-  std::array<std::string, document::kMergeFields.size()> changed;
-  return message.Render(document::ValuesForMerge(row, changed), to, static_cast<std::uint64_t>(number), out);
-}
-
-}  // namespace
-
 Result<Mailing> PrepareMailing(Context& context, const DocumentOptions& options, const std::string& group) {
   auto folders = context.PreparedFolders();
   if (!folders) return folders.error();
@@ -88,7 +78,7 @@ Result<std::vector<std::string>> TellFindings(Context& context, const Mailing& m
                                               const message::MessageTemplate& message, bool asks_server) {
   auto rows = OpenRows(mailing);
   if (!rows) return rows.error();
-  const auto found = run::LookOver(std::move(*rows), mailing.document, message, context.cancel);
+  const auto found = run::LookOver(*rows, mailing.document, message, context.cancel);
   if (!found) return found.error();
   auto lines = message::ListPictures(message.pictures(), message.foreign_pictures());
   for (auto& line : run::Describe(*found)) lines.push_back(std::move(line));
@@ -108,30 +98,31 @@ Result<recipients::RecipientCursor> OpenRows(const Mailing& mailing) {
       .ListRecipients(mailing.group.id, mailing.group.sort_sql);
 }
 
-Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::MessageTemplate& message,
+Result<Composed> ComposeAll(recipients::RowSource& rows, const message::MessageTemplate& message,
                             const std::optional<run::PartialRange>& range, const platform::CancelToken& cancel) {
   Composed composed;
-  recipients::Recipient row;
   message::RenderedMessage rendered;
-  for (std::int64_t position = 1; cancel.Requested() == platform::Stop::kNone; ++position) {
-    const auto more = rows.Next(row);
-    if (!more) return more.error();
-    if (!*more || (range && position > range->last)) return composed;
-    if (range && position < range->first) continue;
+  const auto compose = [&](const recipients::Recipient& row, std::int64_t position) -> Result<bool> {
     const auto address = smtp::EnvelopeAddress(row.email());
     if (!address) {
       ++composed.unaddressed;
-      continue;
+      return true;
     }
-    const auto made = RenderRow(row, *address, position, message, rendered);
+    const auto made = message.Render(row, *address, position, rendered);
     if (!made) return Error{made.error().failure, Say("{} (#{})", made.error().what, position), made.error().remedy};
     for (auto bytes = rendered.Next(); !bytes || !bytes->empty(); bytes = rendered.Next()) {
       if (!bytes) return bytes.error();
       composed.octets += bytes->size();
     }
     ++composed.messages;
+    return true;
+  };
+  const auto walked = Walk(rows, range, &cancel, compose);
+  if (!walked) return walked.error();
+  if (*walked == recipients::Walked::kCancelled) {
+    return Error{Failure::kTryAgain, "The dry run was interrupted.", ""};
   }
-  return Error{Failure::kTryAgain, "The dry run was interrupted.", ""};
+  return composed;
 }
 
 }  // namespace quillcast::cli

@@ -50,7 +50,7 @@ struct Composed {
 };
 
 // Renders every message of the range, bytes included, and drops it.
-Result<Composed> ComposeAll(recipients::RecipientCursor rows, const message::MessageTemplate& message,
+Result<Composed> ComposeAll(recipients::RowSource& rows, const message::MessageTemplate& message,
                             const std::optional<run::PartialRange>& range, const platform::CancelToken& cancel);
 
 }  // namespace quillcast::cli

@@ -161,10 +161,17 @@ std::bitset<document::kMergeFields.size()> MessageTemplate::UsedFields() const {
   return used;
 }
 
-Result<void> MessageTemplate::Render(const document::MergeValues& values, const smtp::Address& recipient,
-                                     std::uint64_t number, RenderedMessage& out) const {
+bool MessageTemplate::CanHoldSubject(const recipients::Recipient& recipient) const {
+  std::array<std::string, document::kMergeFields.size()> changed;
+  return headers_.CanHoldSubject(document::ValuesForMerge(recipient, changed));
+}
+
+Result<void> MessageTemplate::Render(const recipients::Recipient& recipient, const smtp::Address& address,
+                                     std::int64_t number, RenderedMessage& out) const {
+  std::array<std::string, document::kMergeFields.size()> changed;
+  const auto values = document::ValuesForMerge(recipient, changed);
   out.Begin(files_);
-  if (!headers_.Append(values, recipient, number, clock_, out) || !AppendParts(values, out)) {
+  if (!headers_.Append(values, address, static_cast<std::uint64_t>(number), clock_, out) || !AppendParts(values, out)) {
     return Error{Failure::kBadData,
                  "The recipient's values hold merge tags that make the message grow without measure.",
                  "Take the merge tags out of the values of this recipient."};

@@ -23,6 +23,7 @@
 #include "message/rendered_message.h"
 #include "platform/clock.h"
 #include "platform/entropy.h"
+#include "recipients/recipient.h"
 
 namespace quillcast::message {
 
@@ -47,13 +48,13 @@ class MessageTemplate {
   bool has_text() const { return !texts_.empty(); }
   // Whether the server is asked for delivery notifications.
   bool asks_for_notice() const { return headers_.AsksForNotice(); }
-  // Whether the account's character set, which is `charset()`, holds the subject with these values.
-  bool CanHoldSubject(const document::MergeValues& values) const { return headers_.CanHoldSubject(values); }
+  // Whether the account's character set, which is `charset()`, holds this recipient's subject.
+  bool CanHoldSubject(const recipients::Recipient& recipient) const;
   const charset::Charset& charset() const { return options_.charset; }
 
-  // `recipient` is the envelope's. `number` is the recipient's place in the run, for a Message-ID of its
-  // own. Fails with kBadData for values that make the message grow without measure.
-  Result<void> Render(const document::MergeValues& values, const smtp::Address& recipient, std::uint64_t number,
+  // The recipient's message. `address` is the envelope's. `number` is the recipient's place in the run, for a
+  // Message-ID of its own. Fails with kBadData for values that make the message grow without measure.
+  Result<void> Render(const recipients::Recipient& recipient, const smtp::Address& address, std::int64_t number,
                       RenderedMessage& out) const;
 
  private:

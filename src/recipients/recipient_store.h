@@ -12,6 +12,7 @@
 
 #include "platform/result.h"
 #include "recipients/recipient.h"
+#include "recipients/row_source.h"
 #include "recipients/statements.h"
 
 namespace quillcast::recipients {
@@ -24,14 +25,13 @@ enum class Comparison : std::uint8_t { kEquals, kContains, kStartsWith, kEndsWit
 enum class Reading : std::uint8_t { kLive, kCopy };
 
 // Walks through the recipients of a group one by one, in constant memory.
-class RecipientCursor {
+class RecipientCursor final : public RowSource {
  public:
   // Over rows that give all fields in order, or address, first and last name.
   RecipientCursor(platform::Database connection, platform::Statement rows, int columns)
       : connection_(std::move(connection)), rows_(std::move(rows)), columns_(columns) {}
 
-  // True when `recipient` was filled, false behind the last.
-  Result<bool> Next(Recipient& recipient);
+  Result<bool> Next(Recipient& recipient) override;
 
  private:
   platform::Database connection_;  // before rows_: it is closed after them

@@ -9,10 +9,10 @@ namespace quillcast::run {
 namespace {
 
 // A tag that is replaced by itself stays.
-document::MergeValues TagsAsValues() {
-  document::MergeValues values;
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] = document::kMergeFields[i].tag;
-  return values;
+recipients::Recipient TagsAsValues() {
+  recipients::Recipient recipient;
+  for (std::size_t i = 0; i < recipient.values.size(); ++i) recipient.values[i] = document::kMergeFields[i].tag;
+  return recipient;
 }
 
 }  // namespace

@@ -48,15 +48,12 @@ class Look {
   }
 
   bool SubjectFits(const recipients::Recipient& row) const {
-    if (message_.charset().IsUtf8()) return true;
-    std::array<std::string, document::kMergeFields.size()> changed;
-    return message_.CanHoldSubject(document::ValuesForMerge(row, changed));
+    return message_.charset().IsUtf8() || message_.CanHoldSubject(row);
   }
 
   std::uint64_t SizeFor(const recipients::Recipient& row, const smtp::Address& address) const {
-    std::array<std::string, document::kMergeFields.size()> changed;
     message::RenderedMessage rendered;
-    return message_.Render(document::ValuesForMerge(row, changed), address, 1, rendered) ? rendered.size() : 0;
+    return message_.Render(row, address, 1, rendered) ? rendered.size() : 0;
   }
 
   const message::MessageTemplate& message_;
@@ -101,19 +98,17 @@ class NoticeListener final : public smtp::JobSource {
 
 }  // namespace
 
-Result<PreFlight> LookOver(recipients::RecipientCursor rows, const document::MessageDocument& document,
+Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageDocument& document,
                            const message::MessageTemplate& message, const platform::CancelToken& cancel) {
   PreFlight found = LookAt(document, message);
   Look look(message, found);
-  recipients::Recipient row;
-  for (;;) {
-    if (cancel.Requested() != platform::Stop::kNone) {
-      return Error{Failure::kTryAgain, "Stopped before anything was sent.", ""};
-    }
-    const auto more = rows.Next(row);
-    if (!more) return more.error();
-    if (!*more) break;
+  const auto walked = Walk(rows, {}, &cancel, [&](const recipients::Recipient& row, std::int64_t) {
     look.At(row);
+    return true;
+  });
+  if (!walked) return walked.error();
+  if (*walked == recipients::Walked::kCancelled) {
+    return Error{Failure::kTryAgain, "Stopped before anything was sent.", ""};
   }
   std::erase_if(found.empty_fields, [](const auto& empty) { return empty.recipients == 0; });
   return found;

@@ -12,7 +12,7 @@
 #include "message/message_template.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
-#include "recipients/recipient_store.h"
+#include "recipients/row_source.h"
 
 namespace quillcast::run {
 
@@ -44,7 +44,7 @@ struct PreFlight {
 
 // Reads the whole group once, in constant memory, and renders the first recipient's message for its size. Fails with
 // kTryAgain after a cancel.
-Result<PreFlight> LookOver(recipients::RecipientCursor rows, const document::MessageDocument& document,
+Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageDocument& document,
                            const message::MessageTemplate& message, const platform::CancelToken& cancel);
 
 // The findings as sentences, one a line each; empty when there is nothing to say but the size.

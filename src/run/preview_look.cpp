@@ -18,14 +18,16 @@ Result<recipients::Recipient> RowAt(const recipients::RecipientStore& store, con
                                     std::int64_t position, const platform::CancelToken& cancel) {
   auto rows = store.ListRecipients(group.id, group.sort_sql);
   if (!rows) return rows.error();
-  recipients::Recipient row;
-  for (std::int64_t at = 1; cancel.Requested() == platform::Stop::kNone; ++at) {
-    const auto more = rows->Next(row);
-    if (!more) return more.error();
-    if (!*more) return Error{Failure::kUsage, Say("The group has no recipient #{}.", position), ""};
-    if (at == position) return row;
-  }
-  return Error{Failure::kTryAgain, "Stopped.", ""};
+  std::optional<recipients::Recipient> found;
+  const auto walked = Walk(*rows, recipients::PartialRange{position, position}, &cancel,
+                           [&found](const recipients::Recipient& row, std::int64_t) {
+                             found = row;
+                             return false;
+                           });
+  if (!walked) return walked.error();
+  if (found) return *found;
+  if (*walked == recipients::Walked::kCancelled) return Error{Failure::kTryAgain, "Stopped.", ""};
+  return Error{Failure::kUsage, Say("The group has no recipient #{}.", position), ""};
 }
 
 // The message with the account as it is stored. The account must outlive nothing: what the message needs is copied.
@@ -73,7 +75,7 @@ Result<MessageLook> FindTrouble(const document::MessageDocument& document, const
   auto rows = recipients::RecipientStore(program.folders.Database(), {.cancel = &cancel})
                   .ListRecipients(group.id, group.sort_sql);
   if (!rows) return rows.error();
-  const auto found = LookOver(std::move(*rows), document, **message, cancel);
+  const auto found = LookOver(*rows, document, **message, cancel);
   if (!found) return found.error();
   for (auto& line : Describe(*found)) lines.push_back(std::move(line));
   if (auto told = AskAboutNotices(*account, **message, program.clock, cancel)) lines.push_back(std::move(*told));

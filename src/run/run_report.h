@@ -9,14 +9,11 @@
 
 #include "platform/file.h"
 #include "platform/result.h"
+#include "recipients/row_source.h"
 
 namespace quillcast::run {
 
-// A part of a group's list, by 1-based places in it, both included.
-struct PartialRange {
-  std::int64_t first = 1;
-  std::int64_t last = 1;
-};
+using recipients::PartialRange;
 
 class RunReport {
  public:

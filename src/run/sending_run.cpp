@@ -156,9 +156,7 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   if (const auto& trouble = template_.trouble()) return FailureOfOurs(trouble->code, trouble->error);
   const auto address = smtp::EnvelopeAddress(row_.email());
   if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
-  std::array<std::string, document::kMergeFields.size()> changed;
-  const auto rendered = template_.Render(document::ValuesForMerge(row_, changed), *address,
-                                         static_cast<std::uint64_t>(position_), letter.rendered);
+  const auto rendered = template_.Render(row_, *address, position_, letter.rendered);
   if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
   KeepFirstMessage(letter.rendered);
   letter.envelope = letter.rendered.envelope;

@@ -43,14 +43,14 @@ bool HasAddress(const recipients::Recipient& row, std::string_view address) {
 
 }  // namespace
 
-Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::string_view address) {
-  recipients::Recipient row;
-  for (;;) {
-    const auto more = rows.Next(row);
-    if (!more) return more.error();
-    if (!*more) break;
-    if (address.empty() || HasAddress(row, address)) return row;
-  }
+Result<recipients::Recipient> FindRow(recipients::RowSource& rows, std::string_view address) {
+  std::optional<recipients::Recipient> found;
+  const auto walked = Walk(rows, {}, nullptr, [&](const recipients::Recipient& row, std::int64_t) {
+    if (address.empty() || HasAddress(row, address)) found = row;
+    return !found;
+  });
+  if (!walked) return walked.error();
+  if (found) return *found;
   if (address.empty()) return Error{Failure::kUsage, "The group has no recipients.", "Add some first."};
   return Error{Failure::kUsage, Say("{} is not in the group.", platform::Printable(address, 100)),
                "Name one of the group's recipients."};
@@ -61,8 +61,7 @@ Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_t
   if (const auto& trouble = message.trouble()) return trouble->error;
   const auto to = smtp::EnvelopeAddress(send_to.empty() ? std::string_view(row.email()) : send_to);
   if (!to) return to.error();
-  std::array<std::string, document::kMergeFields.size()> changed;
-  return message.Render(document::ValuesForMerge(row, changed), *to, 1, out);
+  return message.Render(row, *to, 1, out);
 }
 
 Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message::RenderedMessage& message,

@@ -16,7 +16,7 @@ namespace quillcast::run {
 
 // The recipient with this address, as it is stored or as mail is sent to it; the first of the list when it is empty.
 // Fails with kUsage when there is none.
-Result<recipients::Recipient> FindRow(recipients::RecipientCursor rows, std::string_view address);
+Result<recipients::Recipient> FindRow(recipients::RowSource& rows, std::string_view address);
 
 // Renders the row's message, addressed to `send_to` where that is given.
 Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,

@@ -43,8 +43,8 @@ class Messages : public ::testing::Test {
   }
 
   void Render(std::string_view first_name, std::string_view address = "bob@example.net") {
-    values_[2] = first_name;
-    ASSERT_TRUE(template_->Render(values_, *smtp::Address::From(address), 7, message_));
+    recipient_.values[recipients::kFirstName] = first_name;
+    ASSERT_TRUE(template_->Render(recipient_, *smtp::Address::From(address), 7, message_));
   }
 
   std::string Wire() {
@@ -83,7 +83,7 @@ class Messages : public ::testing::Test {
   test::FakeClock clock_;
   test::CountingEntropy entropy_;
   std::optional<MessageTemplate> template_;
-  document::MergeValues values_{};
+  recipients::Recipient recipient_;
   RenderedMessage message_;
 };
 

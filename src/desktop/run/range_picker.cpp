@@ -29,13 +29,12 @@ std::pair<std::string, std::string> EndsOf(const recipients::RecipientStore& sto
                                            const platform::CancelToken& cancel) {
   std::pair<std::string, std::string> ends;
   auto rows = store.ListNames(group.id, group.sort_sql);
-  recipients::Recipient row;
-  for (std::int64_t position = 1; rows && position <= range.last; ++position) {
-    const auto more = rows->Next(row);
-    if (!more || !*more || cancel.Requested() != platform::Stop::kNone) break;
+  if (!rows) return ends;
+  IgnoreErrors(Walk(*rows, range, &cancel, [&](const recipients::Recipient& row, std::int64_t position) {
     if (position == range.first) ends.first = NameOf(row);
     if (position == range.last) ends.second = NameOf(row);
-  }
+    return true;
+  }));
   return ends;
 }
 
