@@ -26,7 +26,7 @@
 #include <memory>
 
 #include "desktop/document/html_editor.h"
-#include "desktop/form_rig.h"
+#include "desktop/main_window.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/help_form.h"
@@ -38,41 +38,8 @@
 
 namespace quillcast::desktop {
 
-namespace {
-
-// Wants every key for itself, as the page and the text boxes want some, which differ by desktop.
-class Greedy final : public QObject {
- protected:
-  bool eventFilter(QObject*, QEvent* event) override {
-    if (event->type() == QEvent::ShortcutOverride) event->accept();
-    return event->type() == QEvent::ShortcutOverride;
-  }
-};
-
-}  // namespace
-
 class MainFormTest : public QObject {
   Q_OBJECT
-
-  struct Scene {
-    test::FormRig rig;
-    std::unique_ptr<MainForm> window;
-
-    void Open() {
-      window = std::make_unique<MainForm>(rig.program);
-      window->Load();
-      window->show();
-      QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    }
-    HtmlEditor& Editor() const { return *window->findChild<HtmlEditor*>("Editor"); }
-    QString Box(const char* name) const { return window->findChild<QComboBox*>(name)->currentText(); }
-    QString Focus() const { return window->focusWidget() == nullptr ? "" : window->focusWidget()->objectName(); }
-    QString Notice() const {
-      auto* bar = window->findChild<QWidget*>("NoticeBar");
-      return bar->isVisible() ? bar->findChild<QLabel*>()->text() : QString();
-    }
-    QString Status() const { return window->findChild<QLabel*>("StatusPanel1")->text(); }
-  };
 
  private slots:
   void aNewUserSeesTheDefaultsAndTwoWaysOn() {
@@ -96,7 +63,7 @@ class MainFormTest : public QObject {
   void noLetterStandsForTwoControls() {
     Scene scene;
     scene.Open();
-    scene.window->Dispatch(14);  // with the find bar
+    scene.window->Dispatch(CommandId::kFind);  // with the find bar
     scene.window->findChild<QWidget*>("PicturesPanel")->show();
     QHash<QChar, QString> taken;
     QStringList texts;
@@ -138,59 +105,6 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Editor().Html(), QString("<html><body><p>Ada</p></body></html>"));
     QVERIFY(scene.window->close());
     QCOMPARE(scene.rig.Shown(), QString());
-  }
-
-  void everyCommandThatIsOfferedIsInTheBarAndNoOther() {
-    Scene scene;
-    scene.Open();
-    auto* bar = scene.window->findChild<CommandBar*>();
-    for (const Command& command : Commands()) {
-      QAction* action = bar->ActionOf(command.identifier);
-      if (!CommandBar::IsOffered(command.action)) {
-        QVERIFY2(action == nullptr, qPrintable(QString::number(command.identifier)));
-      } else if (command.identifier < 81) {
-        QVERIFY2(action != nullptr && !action->text().isEmpty(), qPrintable(QString::number(command.identifier)));
-      }
-    }
-    const std::pair<int, const char*> tools[] = {
-        {54, "Print"}, {55, "Import"}, {56, "Export"}, {57, "Extract"}, {58, "Test a Server"}};
-    for (const auto& [identifier, begins] : tools) {
-      const auto label = ToQt(CommandBar::LabelOf(identifier)).remove('&');
-      QVERIFY2(label.startsWith(begins), qPrintable(label));
-    }
-    for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
-    QCOMPARE(scene.rig.Shown(), QString());
-    QVERIFY(!scene.Editor().IsModified());
-  }
-
-  void mergeCommandsInsertTheirTags() {
-    Scene scene;
-    scene.Open();
-    const std::pair<int, const char*> rows[] = {
-        {67, "$*MergeEmail*$"},     {69, "$*MergeFirstName*$"}, {74, "$*MergeAddress2*$"}, {80, "$*MergeWebSite*$"},
-        {104, "$*MergeAddress1*$"}, {105, "$*MergeField1*$"},   {107, "$*MergeField3*$"}};
-    QString expected;
-    for (const auto& [identifier, tag] : rows) {
-      scene.window->Dispatch(identifier);
-      expected += tag;
-    }
-    QVERIFY2(scene.Editor().Html().contains(expected), qPrintable(scene.Editor().Html()));
-    scene.window->Dispatch(13);
-    scene.window->Dispatch(68);
-    QCOMPARE(scene.Editor().PlainText().trimmed(), QString("$*MergeTitle*$"));
-  }
-
-  void editingCommandsReachTheEditor() {
-    Scene scene;
-    scene.Open();
-    scene.Editor().SetHtml("<html><body><p>one</p></body></html>");
-    scene.window->Dispatch(13);
-    for (const int identifier : {94, 28, 96}) scene.window->Dispatch(identifier);
-    QVERIFY2(scene.Editor().Html().contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(scene.Editor().Html()));
-    auto* bar = scene.window->findChild<CommandBar*>();
-    QTRY_VERIFY(bar->ActionOf(27)->isChecked() && bar->ActionOf(95)->isChecked() && !bar->ActionOf(98)->isChecked());
-    scene.window->Dispatch(14);
-    QVERIFY(scene.window->findChild<QLineEdit*>("FindTextBox")->isVisible());
   }
 
   void sendingChecksShowAndFocus_data() {
@@ -277,39 +191,24 @@ class MainFormTest : public QObject {
     QTRY_COMPARE(to->currentText(), QString("Readers"));
   }
 
-  void importExportAndSupportCheckFirst() {
-    Scene scene;
-    scene.Open();
-    scene.window->Dispatch(43);
-    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to import the data to."));
-    QCOMPARE(scene.Focus(), QString("GroupButton"));
-    scene.Editor().setFocus();
-    scene.window->Dispatch(44);
-    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to export the data from."));
-    QCOMPARE(scene.Focus(), QString("GroupButton"));
-    test::WhileOpen("EmailManagerForm", [](QDialog&) {});
-    scene.window->Dispatch(63);
-    QCOMPARE(scene.rig.Shown(), QString("warn: Please fill out the Mail Account section in Email Manager."));
-  }
-
   void attachmentsAreAddedOnceAndDeleted() {
     Scene scene;
     scene.Open();
     auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
-    scene.window->Dispatch(18);
+    scene.window->Dispatch(CommandId::kDeleteAttachment);
     QCOMPARE(scene.rig.Shown(), QString("warn: There is no file to delete."));
     scene.rig.prompts.files = {"/tmp/b.pdf", "/tmp/a.pdf", "/tmp/b.pdf"};
-    scene.window->Dispatch(17);
+    scene.window->Dispatch(CommandId::kAddAttachment);
     QCOMPARE(scene.rig.Shown(), QString("open: File Attachment"));
     QCOMPARE(box->count(), 2);
     QCOMPARE(box->currentText(), QString("/tmp/b.pdf"));
     box->setCurrentIndex(-1);
-    scene.window->Dispatch(18);
+    scene.window->Dispatch(CommandId::kDeleteAttachment);
     QCOMPARE(scene.rig.Shown(), QString("warn: Please specify a file to delete."));
     QCOMPARE(scene.Focus(), QString("AttachmentComboBox"));
     box->setCurrentIndex(1);
     scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->Dispatch(18);
+    scene.window->Dispatch(CommandId::kDeleteAttachment);
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to delete '/tmp/a.pdf'?"));
     QCOMPARE(box->count(), 1);
     QCOMPARE(box->currentIndex(), 0);
@@ -336,37 +235,6 @@ class MainFormTest : public QObject {
     QCOMPARE(count(), QString("2 recipients"));
   }
 
-  void aTableIsAskedForAndChanged() {
-    Scene scene;
-    scene.Open();
-    QMenu& changes = *scene.window->findChild<QMenu*>("TableMenu");
-    test::WhileOpen("TableForm", [&scene](QDialog& form) {
-      const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };
-      const auto ok = [&form] {
-        QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
-      };
-      box("RowsTextBox")->clear();
-      QTest::keyClicks(box("RowsTextBox"), "-1x");
-      QCOMPARE(box("RowsTextBox")->text(), QString("1"));
-      box("BorderTextBox")->setText("0");
-      ok();
-      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter a valid border."));
-      QCOMPARE(form.focusWidget(), box("BorderTextBox"));
-      box("BorderTextBox")->setText("2");
-      ok();
-      QVERIFY(!form.isVisible());
-    });
-    scene.window->Dispatch(22);
-    QVERIFY2(scene.Editor().Html().contains("border=\"2\" width=\"100%\""), qPrintable(scene.Editor().Html()));
-    QTRY_VERIFY(changes.isEnabled());
-    changes.actions().at(1)->trigger();
-    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 4);
-    scene.window->Dispatch(7);
-    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 2);
-    scene.Editor().Evaluate("getSelection().collapse(document.body,0)");
-    QTRY_VERIFY(!changes.isEnabled());
-  }
-
   void theFormatSpringsBack() {
     Scene scene;
     QVERIFY(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
@@ -387,15 +255,15 @@ class MainFormTest : public QObject {
     scene.Editor().InsertHtml("<p>work</p>");
     scene.rig.prompts.files = {file};
     scene.rig.prompts.answers = {platform::Answer::kCancel};
-    scene.window->Dispatch(1);
+    scene.window->Dispatch(CommandId::kOpen);
     QCOMPARE(scene.rig.Shown(), QString("open: Open | ask or cancel: Do you want to save the changes?"));
     QVERIFY(scene.Editor().Html().contains("work"));
     scene.rig.prompts.answers = {platform::Answer::kNo};
-    scene.window->Dispatch(83);
+    scene.window->Dispatch(CommandId::kOpen);
     scene.rig.Shown();
     QVERIFY(scene.Editor().Html().contains("letter") && !scene.Editor().IsModified());
     scene.Editor().InsertHtml("<b>changed</b>");
-    scene.window->Dispatch(2);
+    scene.window->Dispatch(CommandId::kSave);
     QCOMPARE(scene.rig.Shown(), QString());
     QVERIFY(platform::ReadFile(file, 1000)->find("changed") != std::string::npos);
     scene.Editor().InsertHtml("again");
@@ -418,7 +286,7 @@ class MainFormTest : public QObject {
     scene.Open();
     const auto file = scene.rig.folder.Write("letter.html", "<html><body><p>letter</p></body></html>");
     scene.rig.prompts.files = {file};
-    scene.window->Dispatch(1);
+    scene.window->Dispatch(CommandId::kOpen);
     scene.Editor().InsertHtml("again");
     scene.rig.prompts.answers = {platform::Answer::kNo};
     QVERIFY(scene.window->close());
@@ -432,7 +300,7 @@ class MainFormTest : public QObject {
       const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
       scene.Open();
       scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
-      scene.window->Dispatch(1);
+      scene.window->Dispatch(CommandId::kOpen);
       const auto* panel = scene.window->findChild<QWidget*>("PicturesPanel");
       const auto* question = panel->findChild<QLabel*>("PicturesLabel");
       QTRY_VERIFY(panel->isVisible() && question->text().contains(PathToQt(home)));
@@ -451,7 +319,7 @@ class MainFormTest : public QObject {
     const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
     scene.Open();
     scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
-    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kNew);
+    scene.window->Dispatch(CommandId::kNew);
     const auto place = [&](const char* name) {
       QTest::qWait(50);  // until the layout is made
       const auto* button = scene.window->findChild<QPushButton*>(name);
@@ -459,7 +327,7 @@ class MainFormTest : public QObject {
     };
     const QRect before = place("RestoreButton").united(place("DiscardButton"));
     scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
-    scene.window->Dispatch(1);
+    scene.window->Dispatch(CommandId::kOpen);
     QTRY_VERIFY(scene.window->findChild<QLabel*>("PicturesLabel")->text().contains(PathToQt(home)));
     QVERIFY(!place("TakePicturesButton").intersects(before));
   }
@@ -504,139 +372,27 @@ class MainFormTest : public QObject {
     scene.Open();
     scene.Editor().SetHtml("<html><head><!-- kept --></head>\r\n<body><p>one</p></body></html>");
     auto* source = scene.window->findChild<QPlainTextEdit*>("SourceTextBox");
-    auto* action = scene.window->findChild<CommandBar*>();
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     QVERIFY(source->isVisible());
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     QVERIFY(!scene.Editor().IsModified());
     QVERIFY(scene.Editor().Html().contains("\r\n"));
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     source->setPlainText("<html><body><p>two</p></body></html>");
     QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.htm"));
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     QVERIFY(scene.Editor().IsModified());
     QCOMPARE(scene.Editor().PlainText(), QString("two"));
 
     // One change leaves the rest as it is: no-break spaces, and line ends of both kinds.
     scene.Editor().SetHtml(QString::fromUtf8("<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     source->moveCursor(QTextCursor::Start);
     source->insertPlainText("<!-- new -->");
     QTest::keyClick(source, Qt::Key_Return, Qt::ShiftModifier);
-    emit action->OwnTriggered(OwnCommand::kSource);
+    scene.window->Dispatch(CommandId::kSource);
     QCOMPARE(scene.Editor().Html(),
              QString::fromUtf8("<!-- new -->\r\n<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
-  }
-
-  void theEditMenuWorksWhereTheCaretIs() {
-    Scene scene;
-    scene.Open();
-    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
-    subject->setFocus();
-    subject->setText("ab");
-    const auto paste = scene.window->findChild<CommandBar*>()->ActionOf(11);
-    QGuiApplication::clipboard()->setText("cd");
-    paste->trigger();
-    QCOMPARE(subject->text(), QString("abcd"));
-    scene.window->Dispatch(7);
-    QCOMPARE(subject->text(), QString("ab"));
-    emit scene.window->findChild<CommandBar*>()->OwnTriggered(OwnCommand::kPastePlain);
-    QCOMPARE(subject->text(), QString("abcd"));
-    scene.window->Dispatch(13);
-    scene.window->Dispatch(12);
-    QCOMPARE(subject->text(), QString());
-    QVERIFY(!scene.Editor().IsModified());
-    // The key deletes where the focus is and nowhere else.
-    scene.Editor().SetHtml("<html><body><p>ab</p></body></html>");
-    scene.Editor().Evaluate("getSelection().collapse(document.body.firstChild.firstChild,1)");
-    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_Delete);
-    QCOMPARE(scene.Editor().PlainText(), QString("ab"));
-    scene.Editor().setFocus();
-    scene.window->Dispatch(12);
-    QCOMPARE(scene.Editor().PlainText(), QString("a"));
-  }
-
-  void everyShortcutOfTheMenusWorksWhereverTheCaretIs_data() {
-    QTest::addColumn<QString>("field");
-    for (const char* field : {"Editor", "SubjectTextBox", "FindTextBox", "SourceTextBox", "FromComboBox", "ToComboBox",
-                              "AttachmentComboBox", "SendingMethodComboBox", "PriorityComboBox", "FormatComboBox",
-                              "RRRCheckBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
-      QTest::newRow(field) << field;
-    }
-  }
-  void everyShortcutOfTheMenusWorksWhereverTheCaretIs() {
-    QFETCH(QString, field);
-    Scene scene;
-    scene.Open();
-    auto* bar = scene.window->findChild<CommandBar*>();
-    if (field == "FindTextBox") scene.window->Dispatch(14);
-    if (field == "SourceTextBox") emit bar->OwnTriggered(OwnCommand::kSource);
-    QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
-    QObject::disconnect(&scene.Editor(), nullptr, bar, nullptr);
-    EditorState everything;
-    everything.can_undo = everything.can_redo = true;
-    everything.link = "x";
-    bar->Show(everything);
-    auto* widget = field == "Editor" ? scene.Editor().InputWidget() : scene.window->findChild<QWidget*>(field);
-    widget->setFocus();
-    Greedy greedy;
-    widget->installEventFilter(&greedy);
-    int pressed = 0;
-    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) {
-      for (QAction* action : menu->actions()) {
-        if (action->shortcut().isEmpty() || action->shortcutContext() == Qt::WidgetShortcut) continue;
-        int heard = 0;
-        const auto watch = connect(action, &QAction::triggered, this, [&heard] { ++heard; });
-        const QKeyCombination keys = action->shortcut()[0];
-        QTest::keyClick(widget, keys.key(), keys.keyboardModifiers());
-        disconnect(watch);
-        QVERIFY2(heard == 1, qPrintable(action->text() + ' ' + action->shortcut().toString()));
-        ++pressed;
-      }
-    }
-    QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));
-    scene.window->skip_save_prompt = true;
-  }
-
-  void aLinkGetsItsSchemeAndItsText() {
-    Scene scene;
-    scene.Open();
-    test::WhileOpen("LinkForm", [](QDialog& form) {
-      auto* ok = form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
-      QVERIFY(!ok->isEnabled());  // a scheme alone leads nowhere
-      auto* address = form.findChild<QLineEdit*>("AddressTextBox");
-      address->selectAll();
-      QTest::keyClicks(address, "example.org/papers");
-      QTest::keyClicks(form.findChild<QLineEdit*>("LinkTextBox"), "our papers");
-      QTest::mouseClick(ok, Qt::LeftButton);
-    });
-    scene.window->Dispatch(24);
-    QVERIFY2(scene.Editor().Html().contains("<a href=\"https://example.org/papers\">our papers</a>"),
-             qPrintable(scene.Editor().Html()));
-    scene.window->skip_save_prompt = true;
-  }
-
-  void theFontDialogStartsFromWhatIsThere() {
-    Scene scene;
-    scene.Open();
-    const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
-    scene.Editor().SetHtml(html);
-    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
-    QTimer look;
-    QFont shown;
-    connect(&look, &QTimer::timeout, this, [&shown] {
-      auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
-      if (dialog == nullptr) return;
-      shown = dialog->currentFont();
-      dialog->accept();
-    });
-    look.start(20);
-    scene.window->Dispatch(19);
-    QVERIFY(shown.bold());
-    QCOMPARE(shown.pointSize(), 18);
-    QCOMPARE(scene.Editor().Html(), html);
   }
 
   void thePreviewCallsNothingRightThatHasAFault() {
@@ -716,7 +472,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Notice(), QString());
     // A body that is saved comes back as its file.
     scene.rig.prompts.files = {scene.rig.folder / "letter.html"};
-    scene.window->Dispatch(2);
+    scene.window->Dispatch(CommandId::kSave);
     scene.rig.Shown();
     QVERIFY(scene.window->close());
     scene.Open();
@@ -724,7 +480,7 @@ class MainFormTest : public QObject {
     QCOMPARE(Fields(scene), filled);
     QVERIFY(!scene.Editor().IsModified());
     scene.Editor().InsertHtml("more");
-    scene.window->Dispatch(2);
+    scene.window->Dispatch(CommandId::kSave);
     QVERIFY(platform::ReadFile(scene.rig.folder / "letter.html", 1000)->find("more") != std::string::npos);
     QCOMPARE(scene.rig.Shown(), QString());
     // A message without work leaves nothing.
@@ -757,13 +513,12 @@ class MainFormTest : public QObject {
     scene.rig.FillInAccount();
     scene.rig.AddGroup("Customers", {"bob@example.net"});
     scene.Open();
-    auto* bar = scene.window->findChild<CommandBar*>();
     const QString filled = FillIn(scene);
     scene.rig.prompts.answers = {platform::Answer::kCancel};
-    emit bar->OwnTriggered(OwnCommand::kNew);
+    scene.window->Dispatch(CommandId::kNew);
     QCOMPARE(Fields(scene), filled);
     scene.rig.prompts.answers = {platform::Answer::kNo};
-    emit bar->OwnTriggered(OwnCommand::kNew);
+    scene.window->Dispatch(CommandId::kNew);
     QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
     QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
     scene.rig.Shown();
@@ -839,9 +594,9 @@ class MainFormTest : public QObject {
     for (int i = 0; i < 30000; ++i) text += "p" + std::to_string(i) + "@example.org\n";
     scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", text)};
     scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->Dispatch(43);
+    scene.window->Dispatch(CommandId::kImport);
     to->setCurrentText("Beta");
-    scene.window->Dispatch(43);
+    scene.window->Dispatch(CommandId::kImport);
     QVERIFY2(scene.Status().contains("Another file"), qPrintable(scene.Status()));
     QVERIFY(!scene.window->close());
     QTRY_VERIFY2(scene.Status().startsWith("30,000 addresses were added."), qPrintable(scene.Status()));
@@ -858,7 +613,7 @@ class MainFormTest : public QObject {
     scene.rig.folder.Write("Temp", "in the way");
     scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", "o'brien@example.org")};
     scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->Dispatch(43);
+    scene.window->Dispatch(CommandId::kImport);
     QTRY_VERIFY2(scene.Status().startsWith("1 address was added."), qPrintable(scene.Status()));
     QVERIFY2(scene.Status().contains("There is no report. ") &&
                  scene.Status().contains("1 address was cut, the first to brien@"),
@@ -870,7 +625,7 @@ class MainFormTest : public QObject {
     scene.rig.FillInAccount();
     scene.Open();
     scene.Editor().InsertHtml("<p>Dear $*MergeFirstName*$</p>");
-    scene.window->Dispatch(37);
+    scene.window->Dispatch(CommandId::kMailPreview);
     QCOMPARE(scene.rig.desktop.opened, std::vector<std::string>{"Preview.eml"});
     QVERIFY(platform::ReadFile(scene.rig.folders.PreviewMessage(), 100000)->find("$*MergeFirstName*$") !=
             std::string::npos);
@@ -890,7 +645,7 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kYes};
     scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
     scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
-    scene.window->Dispatch(43);
+    scene.window->Dispatch(CommandId::kImport);
     QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("3 recipients"));
     QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "For $*MergeEmail*$");
     scene.Editor().InsertHtml("<p>Dear $*MergeEmail*$</p>");
@@ -938,7 +693,7 @@ class MainFormTest : public QObject {
       form.findChild<QLineEdit*>("EmailTextBox")->setText("ada@example.org");
       QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
     });
-    scene.window->Dispatch(39);
+    scene.window->Dispatch(CommandId::kAccount);
     QVERIFY(scene.Notice().contains("Practice"));  // still its server
     scene.window->skip_save_prompt = true;
     scene.window->close();
@@ -952,7 +707,7 @@ class MainFormTest : public QObject {
       form.findChild<QLineEdit*>("PortTextBox")->setText("587");
       QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
     });
-    scene.window->Dispatch(39);
+    scene.window->Dispatch(CommandId::kAccount);
     QCOMPARE(scene.Notice(), QString());
     scene.window->skip_save_prompt = true;
     scene.window->close();
@@ -1058,16 +813,6 @@ class MainFormTest : public QObject {
     }
   }
 
-  void theSplashIsSwitchedOffInTheMenu() {
-    Scene scene;
-    scene.Open();
-    auto* bar = scene.window->findChild<CommandBar*>();
-    for (const char* stored : {"0", "1"}) {
-      emit bar->OwnTriggered(OwnCommand::kSplash);
-      QCOMPARE(scene.rig.settings.Read("Options", "Splash", "")->c_str(), stored);
-    }
-  }
-
   void helpAndTipsOpen() {
     Scene scene;
     scene.Open();
@@ -1078,10 +823,10 @@ class MainFormTest : public QObject {
       QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
       QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
     });
-    scene.window->Dispatch(61);
+    scene.window->Dispatch(CommandId::kTips);
     QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
     QCOMPARE(scene.rig.settings.Read("Options", "Tips", "")->c_str(), "0");
-    scene.window->Dispatch(59);
+    scene.window->Dispatch(CommandId::kHelpTopics);
     auto* page = scene.window->findChild<QWidget*>("HelpPage");
     QVERIFY(page != nullptr && page->isVisible());
     for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{

@@ -1,124 +1,208 @@
 #include "desktop/shell/command_table.h"
 
+#include <QCoreApplication>
 #include <algorithm>
-#include <array>
+
+#include "desktop/shell/commands.h"
+#include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
 namespace {
 
-using enum Action;
+using enum CommandId;
+using enum Menu;
 
-// The merge fields do not follow the order of the tags: Address1 and the additional fields came later.
-constexpr auto kCommands = std::to_array<Command>({
-    {1, kOpen},
-    {2, kSave},
-    {4, kPrint},
-    {5, kProperties},
-    {6, kExit},
-    {7, kEdit, 5049},
-    {8, kEdit, 5033},
-    {9, kEdit, 5003},
-    {10, kEdit, 5002},
-    {11, kEdit, 5032},
-    {12, kEdit, 5004},
-    {13, kEdit, 5035},
-    {14, kEdit, 5008},
-    {15, kDateTime},
-    {16, kTemplate},
-    {17, kAddAttachment},
-    {18, kDeleteAttachment},
-    {19, kFont},
-    {20, kBody},
-    {21, kLine},
-    {22, kTable},
-    {23, kPicture},
-    {24, kHyperlink},
-    {25, kEdit, 5050},
-    {26, kEdit, 5034},
-    {27, kEdit, 5000},
-    {28, kEdit, 5023},
-    {29, kEdit, 5048},
-    {30, kEdit, 5025},
-    {31, kEdit, 5024},
-    {32, kEdit, 5026},
-    {33, kEdit, 5018},
-    {34, kEdit, 5031},
-    {35, kEdit, 5051},
-    {36, kEdit, 5030},
-    {37, kPreview},
-    {38, kSend},
-    {39, kAccount},
-    {40, kGroups},
-    {41, kHistory},
-    {42, kSignature},
-    {43, kImport},
-    {44, kExport},
-    {52, kThreads},
-    {53, kDomainTools},
-    {54, kExtraForm1},
-    {55, kExtraForm2},
-    {56, kExtraForm3},
-    {57, kExtraForm4},
-    {58, kExtraForm5},
-    {59, kHelp},
-    {60, kTutorial},
-    {61, kTips},
-    {63, kSupport},
-    {64, kUpdate},
-    {65, kHomePage},
-    {66, kAbout},
-    {67, kMergeField, 0, "MergeEmail"},
-    {68, kMergeField, 0, "MergeTitle"},
-    {69, kMergeField, 0, "MergeFirstName"},
-    {70, kMergeField, 0, "MergeLastName"},
-    {71, kMergeField, 0, "MergeCountry"},
-    {72, kMergeField, 0, "MergeState"},
-    {73, kMergeField, 0, "MergeCity"},
-    {74, kMergeField, 0, "MergeAddress2"},
-    {75, kMergeField, 0, "MergeZIPCode"},
-    {76, kMergeField, 0, "MergePhone"},
-    {77, kMergeField, 0, "MergeFax"},
-    {78, kMergeField, 0, "MergeCompany"},
-    {79, kMergeField, 0, "MergeJobTitle"},
-    {80, kMergeField, 0, "MergeWebSite"},
-    {83, kOpen},
-    {84, kSave},
-    {85, kPrint},
-    {86, kProperties},
-    {87, kEdit, 5049},
-    {88, kEdit, 5033},
-    {89, kEdit, 5003},
-    {90, kEdit, 5002},
-    {91, kEdit, 5032},
-    {92, kEdit, 5004},
-    {93, kEdit, 5008},
-    {94, kEdit, 5000},
-    {95, kEdit, 5023},
-    {96, kEdit, 5048},
-    {97, kEdit, 5025},
-    {98, kEdit, 5024},
-    {99, kEdit, 5026},
-    {100, kEdit, 5031},
-    {101, kEdit, 5018},
-    {102, kEdit, 5051},
-    {103, kEdit, 5030},
-    {104, kMergeField, 0, "MergeAddress1"},
-    {105, kMergeField, 0, "MergeAdditional1"},
-    {106, kMergeField, 0, "MergeAdditional2"},
-    {107, kMergeField, 0, "MergeAdditional3"},
-});
-static_assert(std::is_sorted(kCommands.begin(), kCommands.end(),
-                             [](const Command& a, const Command& b) { return a.identifier < b.identifier; }));
+constexpr Place UnderLine(Menu menu) {
+  Place place = menu;
+  place.under_line = true;
+  return place;
+}
+
+template <EditorCommand command>
+constexpr Command Editing(CommandId id, std::array<int, 2> numbers, Place place, std::string_view text,
+                          std::string_view icon, std::string_view keys, int code,
+                          bool EditorState::*checked = nullptr) {
+  return {id, numbers, {}, place, text, icon, keys, Edit<command>, code, checked};
+}
+
+template <TableEdit edit>
+constexpr Command Changing(CommandId id, Place place, std::string_view text) {
+  return {id, {}, {}, place, text, {}, {}, ChangeTableBy<edit>};
+}
+
+constexpr Command NotBuilt(Command row) {
+  row.is_built = false;
+  return row;
+}
+
+// Inserts the merge tag of a field.
+template <std::size_t field>
+constexpr Command Tag(CommandId id, int number) {
+  return {id, {number},          document::kMergeFields[field].command, kMergeTag, recipients::kFields[field].label, {},
+          {}, InsertTagOf<field>};
+}
+
+// A class, so that the texts are collected for catalogues under its name.
+class Table {
+  Q_DECLARE_TR_FUNCTIONS(CommandBar)
+ public:
+  // The numbers of the merge tags do not follow their order: Address1 and the additional fields came later.
+  static constexpr auto kRows = std::to_array<Command>({
+      {kNew, {}, "", kFile, QT_TR_NOOP("&New"), "", "Ctrl+N", NewMessage},
+      {kOpen, {1, 83}, "", kFile, QT_TR_NOOP("&Open…"), "open", "Ctrl+O", OpenDocument},
+      {kSave, {2, 84}, "", kFile, QT_TR_NOOP("&Save"), "save", "Ctrl+S", SaveDocument},
+      {kSaveAs, {}, "", kFile, QT_TR_NOOP("Save &As…"), "", "Ctrl+Shift+S", SaveDocumentAs},
+      {kPrint, {4, 85}, "", kFile, QT_TR_NOOP("&Print…"), "print", "Ctrl+P", PrintMessage},
+      NotBuilt({kProperties, {5, 86}, "", kFile, QT_TR_NOOP("P&roperties…")}),
+      {kExit, {6}, "", UnderLine(kFile), QT_TR_NOOP("E&xit"), "", "Ctrl+Q", CloseWindow},
+      Editing<EditorCommand::kUndo>(kUndo, {7, 87}, kEdit, QT_TR_NOOP("&Undo"), "undo", "Ctrl+Z", 5049),
+      Editing<EditorCommand::kRedo>(kRedo, {8, 88}, kEdit, QT_TR_NOOP("&Redo"), "redo", "Ctrl+Shift+Z", 5033),
+      Editing<EditorCommand::kCut>(kCut, {9, 89}, UnderLine(kEdit), QT_TR_NOOP("Cu&t"), "cut", "Ctrl+X", 5003),
+      Editing<EditorCommand::kCopy>(kCopy, {10, 90}, kEdit, QT_TR_NOOP("&Copy"), "copy", "Ctrl+C", 5002),
+      Editing<EditorCommand::kPaste>(kPaste, {11, 91}, kEdit, QT_TR_NOOP("&Paste"), "paste", "Ctrl+V", 5032),
+      {kPastePlain, {}, "", kEdit, QT_TR_NOOP("Paste &without Formatting"), "", "Ctrl+Shift+V", PastePlain},
+      Editing<EditorCommand::kDelete>(kDelete, {12, 92}, kEdit, QT_TR_NOOP("&Delete"), "", "Del", 5004),
+      Editing<EditorCommand::kSelectAll>(kSelectAll, {13}, kEdit, QT_TR_NOOP("Select &All"), "", "Ctrl+A", 5035),
+      Editing<EditorCommand::kFindText>(kFind, {14, 93}, UnderLine(kEdit), QT_TR_NOOP("&Find…"), "find", "Ctrl+F",
+                                        5008),
+      {kSource, {}, "", kEdit, QT_TR_NOOP("HTML &Source"), "source", "Ctrl+Shift+U", SwitchSource},
+      NotBuilt({kDateTime, {15}, "", kInsert, QT_TR_NOOP("&Date and Time…")}),
+      NotBuilt({kTemplate, {16}, "", kInsert, QT_TR_NOOP("Te&mplate…")}),
+      {kAddAttachment,
+       {17},
+       "FileAttachmentButton",
+       kInsert,
+       QT_TR_NOOP("&Attachment…"),
+       "attach",
+       "Ctrl+Shift+A",
+       AddAttachments},
+      {kDeleteAttachment,
+       {18},
+       "DeleteAttachmentButton",
+       kInsert,
+       QT_TR_NOOP("&Remove Attachment"),
+       "remove",
+       "",
+       DeleteAttachment},
+      Tag<0>(kMergeEmail, 67),
+      Tag<1>(kMergeTitle, 68),
+      Tag<2>(kMergeFirstName, 69),
+      Tag<3>(kMergeLastName, 70),
+      Tag<4>(kMergeCountry, 71),
+      Tag<5>(kMergeState, 72),
+      Tag<6>(kMergeCity, 73),
+      Tag<7>(kMergeAddress1, 104),
+      Tag<8>(kMergeAddress2, 74),
+      Tag<9>(kMergeZipCode, 75),
+      Tag<10>(kMergePhone, 76),
+      Tag<11>(kMergeFax, 77),
+      Tag<12>(kMergeCompany, 78),
+      Tag<13>(kMergeJobTitle, 79),
+      Tag<14>(kMergeWebSite, 80),
+      Tag<15>(kMergeAdditional1, 105),
+      Tag<16>(kMergeAdditional2, 106),
+      Tag<17>(kMergeAdditional3, 107),
+      {kPicture,
+       {23},
+       "PictureButton",
+       UnderLine(kInsert),
+       QT_TR_NOOP("&Picture…"),
+       "picture",
+       "Ctrl+Shift+P",
+       InsertPicture},
+      {kHyperlink, {24}, "HyperlinkButton", kInsert, QT_TR_NOOP("&Hyperlink…"), "link", "Ctrl+K", InsertHyperlink},
+      NotBuilt({kLine, {21}, "LineButton", kInsert, QT_TR_NOOP("Horizontal &Line…")}),
+      {kTable, {22}, "TableButton", kInsert, QT_TR_NOOP("&Table…"), "table", "", InsertTable},
+      {kFont, {19}, "FontButton", kFormat, QT_TR_NOOP("&Font…"), "", "", ChooseFont},
+      {kTextColour, {}, "", kFormat, QT_TR_NOOP("Te&xt Colour…"), "colour", "", ChooseColour},
+      NotBuilt({kBody, {20}, "BodyButton", kFormat, QT_TR_NOOP("&Page Colours…")}),
+      Editing<EditorCommand::kBold>(kBold, {27, 94}, UnderLine(kFormat), QT_TR_NOOP("&Bold"), "bold", "Ctrl+B", 5000,
+                                    &EditorState::bold),
+      Editing<EditorCommand::kItalic>(kItalic, {28, 95}, kFormat, QT_TR_NOOP("&Italic"), "italic", "Ctrl+I", 5023,
+                                      &EditorState::italic),
+      Editing<EditorCommand::kUnderline>(kUnderline, {29, 96}, kFormat, QT_TR_NOOP("&Underline"), "underline", "Ctrl+U",
+                                         5048, &EditorState::underline),
+      Editing<EditorCommand::kAlignLeft>(kAlignLeft, {30, 97}, UnderLine(kFormat), QT_TR_NOOP("Align &Left"), "left",
+                                         "Ctrl+L", 5025, &EditorState::left),
+      Editing<EditorCommand::kAlignCentre>(kCentre, {31, 98}, kFormat, QT_TR_NOOP("&Centre"), "center", "Ctrl+E", 5024,
+                                           &EditorState::center),
+      Editing<EditorCommand::kAlignRight>(kAlignRight, {32, 99}, kFormat, QT_TR_NOOP("Align &Right"), "right", "Ctrl+R",
+                                          5026, &EditorState::right),
+      Editing<EditorCommand::kIndent>(kIndent, {33, 101}, kFormat, QT_TR_NOOP("I&ndent"), "indent", "Ctrl+]", 5018),
+      Editing<EditorCommand::kOutdent>(kOutdent, {34, 100}, kFormat, QT_TR_NOOP("&Outdent"), "outdent", "Ctrl+[", 5031),
+      Editing<EditorCommand::kBulletedList>(kBullets, {35, 102}, UnderLine(kFormat), QT_TR_NOOP("Bulleted Li&st"),
+                                            "bullets", "Ctrl+Shift+8", 5051, &EditorState::bullets),
+      Editing<EditorCommand::kNumberedList>(kNumbers, {36, 103}, kFormat, QT_TR_NOOP("Nu&mbered List"), "numbers",
+                                            "Ctrl+Shift+7", 5030, &EditorState::numbers),
+      Editing<EditorCommand::kRemoveHyperlink>(kRemoveHyperlink, {25}, UnderLine(kFormat),
+                                               QT_TR_NOOP("Remove &Hyperlink"), "", "", 5050),
+      Editing<EditorCommand::kRemoveFormatting>(kRemoveFormatting, {26}, kFormat, QT_TR_NOOP("Remove Forma&tting"), "",
+                                                "Ctrl+Space", 5034),
+      Changing<TableEdit::kRowAbove>(kRowAbove, kRowsAndColumns, QT_TR_NOOP("Row &Above")),
+      Changing<TableEdit::kRowBelow>(kRowBelow, kRowsAndColumns, QT_TR_NOOP("Row &Below")),
+      Changing<TableEdit::kColumnLeft>(kColumnLeft, kRowsAndColumns, QT_TR_NOOP("Column on the &Left")),
+      Changing<TableEdit::kColumnRight>(kColumnRight, kRowsAndColumns, QT_TR_NOOP("Column on the &Right")),
+      Changing<TableEdit::kDeleteRow>(kDeleteRow, UnderLine(kRowsAndColumns), QT_TR_NOOP("&Delete Row")),
+      Changing<TableEdit::kDeleteColumn>(kDeleteColumn, kRowsAndColumns, QT_TR_NOOP("Delete &Column")),
+      Changing<TableEdit::kDeleteTable>(kDeleteTable, kRowsAndColumns, QT_TR_NOOP("Delete &Table")),
+      {kMailPreview, {37}, "", kMessage, QT_TR_NOOP("Preview in the &Mail Program"), "", "Shift+F5", PreviewAsMail},
+      {kPreview, {}, "PreviewButton", kMessage, QT_TR_NOOP("&Preview…"), "preview", "F5", PreviewInside},
+      {kSend, {38}, "SendButton", kMessage, QT_TR_NOOP("&Send…"), "send", "Ctrl+Return", Send},
+      {kHistory, {41}, "HistoryButton", UnderLine(kMessage), QT_TR_NOOP("&History…"), "history", "Ctrl+H", ShowHistory},
+      {kAccount, {39}, "EmailButton", kTools, QT_TR_NOOP("Mail &Account…"), "account", "", EditAccount},
+      {kGroups, {40}, "GroupButton", kTools, QT_TR_NOOP("&Groups…"), "groups", "", ShowGroups},
+      NotBuilt({kSignature, {42}, "SignatureButton", kTools, QT_TR_NOOP("&Signature…")}),
+      {kImport, {43}, "", kTools, QT_TR_NOOP("&Import Recipients…"), "", "", ImportRecipients},
+      NotBuilt({kExport, {44}, "", kTools, QT_TR_NOOP("&Export Recipients…"), "", "", ExportRecipients}),
+      {kThreads, {52}, "", kTools, QT_TR_NOOP("&Thread Options…"), "", "", ShowThreads},
+      {kSplash, {}, "", kTools, QT_TR_NOOP("Splash at &Start"), "", "", SwitchSplash},
+      NotBuilt({kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…")}),
+      NotBuilt({kExtraForm1, {54}, "", kTools, QT_TR_NOOP("&Print Messages…")}),
+      NotBuilt({kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Import Messa&ge…")}),
+      NotBuilt({kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…")}),
+      NotBuilt({kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…")}),
+      NotBuilt({kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…")}),
+      {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
+      NotBuilt({kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial")}),
+      {kTips, {61}, "", kHelp, QT_TR_NOOP("&Tip of the Day"), "", "", ShowTips},
+      NotBuilt({kSupport, {63}, "", kHelp, QT_TR_NOOP("&Support…"), "", "", AskForSupport}),
+      NotBuilt({kUpdate, {64}, "", kHelp, QT_TR_NOOP("Check for &Updates…")}),
+      NotBuilt({kHomePage, {65}, "", kHelp, QT_TR_NOOP("Home &Page")}),
+      {kAbout, {66}, "", kHelp, QT_TR_NOOP("&About"), "", "", ShowAbout},
+  });
+};
+
+constexpr std::span<const Command> kCommands = Table::kRows;
+
+constexpr bool StandInOrder() {
+  for (std::size_t i = 0; i < kCommands.size(); ++i) {
+    if (kCommands[i].id != static_cast<CommandId>(i)) return false;
+  }
+  return kCommands.back().id == kAbout;
+}
+static_assert(StandInOrder(), "a row stands where its CommandId does");
+static_assert(std::all_of(kCommands.begin(), kCommands.end(),
+                          [](const Command& row) { return !row.is_built || row.run != nullptr; }));
 
 }  // namespace
 
 std::span<const Command> Commands() { return kCommands; }
 
-std::optional<Command> FindCommand(int identifier) {
-  const auto* const row = std::lower_bound(kCommands.begin(), kCommands.end(), identifier,
-                                           [](const Command& c, int id) { return c.identifier < id; });
-  if (row == kCommands.end() || row->identifier != identifier) return {};
-  return *row;
+const Command& RowOf(CommandId id) { return kCommands[static_cast<std::size_t>(id)]; }
+
+std::optional<CommandId> CommandNumbered(int number) {
+  const auto row = std::find_if(kCommands.begin(), kCommands.end(), [number](const Command& command) {
+    return number != 0 && std::find(command.numbers.begin(), command.numbers.end(), number) != command.numbers.end();
+  });
+  if (row == kCommands.end()) return {};
+  return row->id;
 }
+
+QString LabelOf(const Command& command) {
+  if (command.place.menu == kMergeTag) return Translated(command.text);
+  return Table::tr(command.text.data());
+}
+
+QString NameOf(const Command& command) { return LabelOf(command).remove('&').remove("…"); }
 
 }  // namespace quillcast::desktop

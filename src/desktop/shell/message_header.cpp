@@ -160,11 +160,6 @@ MessageHeader::MessageHeader(const profile::Program& program, QWidget* parent)
       remove, method_, priority_, format_, receipt_, send, preview};
   for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
 
-  connect(email, &QPushButton::clicked, this, &MessageHeader::EmailPressed);
-  connect(send, &QPushButton::clicked, this, &MessageHeader::SendPressed);
-  connect(preview, &QPushButton::clicked, this, &MessageHeader::PreviewPressed);
-  connect(add, &QPushButton::clicked, this, qOverload<>(&MessageHeader::AddAttachments));
-  connect(remove, &QPushButton::clicked, this, &MessageHeader::DeleteAttachment);
   connect(to_, &QComboBox::currentIndexChanged, this, &MessageHeader::ShowCount);
   connect(format_, &QComboBox::activated, this, &MessageHeader::PickFormat);
   connect(attachment_count_, &QPushButton::clicked, this, &MessageHeader::ChangeAttachments);

@@ -43,16 +43,12 @@ class MessageHeader final : public QWidget {
   // As for a new message.
   void Clear();
 
-  // The buttons' commands.
   void AddAttachments();
   void AddAttachments(const QStringList& files);
   void DeleteAttachment();
   void ChangeAttachments();
 
  signals:
-  void EmailPressed();
-  void SendPressed();
-  void PreviewPressed();
   void Trouble(const QString& sentence);
   void Said(const QString& sentence);
   void Changed();  // something that a draft keeps

@@ -1,0 +1,30 @@
+// The body as HTML source, to be typed into.
+#pragma once
+
+#include <QPlainTextEdit>
+
+class QTimer;
+
+namespace quillcast::desktop {
+
+class SourceView final : public QPlainTextEdit {
+  Q_OBJECT
+ public:
+  explicit SourceView(QWidget* parent);
+
+  void SetHtml(const QString& html);
+  // With the line ends and the blanks that it was given.
+  QString Html() const;
+  // Since it was given.
+  bool IsChanged() const { return Html() != before_; }
+
+ signals:
+  void Paused();  // a second after the last change
+
+ private:
+  QTimer* pause_;
+  QString before_;
+  bool has_crlf_ = false;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,76 @@
+// What the commands of the main window do, by the file that has them.
+#pragma once
+
+#include <cstddef>
+
+#include "desktop/document/editor_command.h"
+#include "desktop/shell/command_table.h"
+#include "document/merge_fields.h"
+
+namespace quillcast::desktop {
+
+// file_commands.cpp
+void NewMessage(Shell& shell);
+void OpenDocument(Shell& shell);
+void SaveDocument(Shell& shell);
+void SaveDocumentAs(Shell& shell);
+void PrintMessage(Shell& shell);
+void CloseWindow(Shell& shell);
+// An empty body, or the signature where it is wanted; the fields above it stay.
+void StartDocument(Shell& shell);
+// Takes up the draft that a notice offers.
+void RestoreDraft(Shell& shell);
+
+// edit_commands.cpp: those of the Edit menu work in the text box that has the focus, else in the editor.
+void RunEditing(Shell& shell, EditorCommand command);
+void PastePlain(Shell& shell);
+void SwitchSource(Shell& shell);
+template <EditorCommand command>
+void Edit(Shell& shell) {
+  RunEditing(shell, command);
+}
+
+// insert_commands.cpp
+void AddAttachments(Shell& shell);
+void DeleteAttachment(Shell& shell);
+void InsertPicture(Shell& shell);
+void InsertHyperlink(Shell& shell);
+void InsertTable(Shell& shell);
+void InsertTag(Shell& shell, const document::MergeField& field);
+template <std::size_t field>
+void InsertTagOf(Shell& shell) {
+  InsertTag(shell, document::kMergeFields[field]);
+}
+
+// format_commands.cpp
+void ChooseFont(Shell& shell);
+void ChooseColour(Shell& shell);
+void ChangeTable(Shell& shell, TableEdit edit);
+template <TableEdit edit>
+void ChangeTableBy(Shell& shell) {
+  ChangeTable(shell, edit);
+}
+
+// message_commands.cpp
+void PreviewAsMail(Shell& shell);  // in the mail program
+void PreviewInside(Shell& shell);
+void Send(Shell& shell);
+void ShowHistory(Shell& shell);
+
+// tools_commands.cpp
+void EditAccount(Shell& shell);
+void ShowGroups(Shell& shell);
+void ImportRecipients(Shell& shell);
+void ExportRecipients(Shell& shell);
+void ShowThreads(Shell& shell);
+void SwitchSplash(Shell& shell);
+
+// help_commands.cpp
+void ShowHelp(Shell& shell);
+void ShowTips(Shell& shell);
+void AskForSupport(Shell& shell);
+void ShowAbout(Shell& shell);
+// For a command whose window is yet to come.
+void SayNotBuilt(Shell& shell, CommandId id);
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,101 @@
+// The commands of the File menu.
+#include <QPrintDialog>
+#include <QPrinter>
+#include <memory>
+
+#include "desktop/document/body_view.h"
+#include "desktop/document/editor_document.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/shell/commands.h"
+#include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
+#include "desktop/shell/shell.h"
+#include "desktop/widgets/qt_text.h"
+#include "document/edited_document.h"
+#include "profile/main_window_contents.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr const char* kPrintQuestion =
+    "Please consider your environmental responsibility before printing.\r\nDo you still want to print this document?";
+
+// Into a file the engine writes real text; on paper it prints a picture of the page.
+void Print(Shell& shell, const std::shared_ptr<QPrinter>& printer) {
+  const QString file = printer->outputFileName();
+  if (!file.isEmpty()) {
+    shell.Say(shell.editor.PrintToPdf(file) ? Shell::tr("Printed to %1.").arg(file)
+                                            : Shell::tr("%1 could not be written. Choose another place.").arg(file));
+    return;
+  }
+  shell.editor.Print(printer.get(), [&shell, printer](bool good) {
+    shell.Say(good ? Shell::tr("The message is with the printer.")
+                   : Shell::tr("The printer did not take the message."));
+  });
+}
+
+}  // namespace
+
+void StartDocument(Shell& shell) {
+  const auto contents = profile::LoadMainWindow(shell.program.settings, {});
+  shell.Tell(shell.document.StartNew(contents ? contents->signature_html.value_or("") : ""));
+  shell.AskAboutPictures();
+}
+
+void NewMessage(Shell& shell) {
+  if (!shell.MayLeaveDocument()) return;
+  const auto aside = shell.document.SetAside();
+  if (!aside) {
+    shell.Tell(aside);
+    return;
+  }
+  shell.header.Clear();
+  StartDocument(shell);
+  shell.notices.Refresh();
+}
+
+void RestoreDraft(Shell& shell) {
+  if (!shell.MayLeaveDocument()) return;
+  const auto draft = shell.document.Recover();
+  if (draft) {
+    shell.header.Show(*draft);
+    shell.AskAboutPictures();
+  } else {
+    shell.Tell(draft.error());
+  }
+  shell.notices.Refresh();
+}
+
+void OpenDocument(Shell& shell) {
+  shell.body.LeaveSource();
+  const auto file = document::PickDocumentToOpen(shell.document, shell.program.prompts);
+  if (!file) shell.Tell(file.error());
+  if (file && !file->empty()) shell.Tell(shell.document.Open(*file));
+  shell.AskAboutPictures();
+  shell.editor.setFocus();
+}
+
+void SaveDocument(Shell& shell) {
+  shell.body.LeaveSource();
+  shell.Tell(document::SaveDocument(shell.document, shell.program.folders.PreviewBody(), shell.program.prompts));
+}
+
+void SaveDocumentAs(Shell& shell) {
+  shell.body.LeaveSource();
+  const auto saved = document::SaveAs(shell.document, shell.program.prompts);
+  if (!saved) shell.Tell(saved.error());
+}
+
+void PrintMessage(Shell& shell) {
+  shell.body.LeaveSource();
+  if (shell.program.prompts.Ask(kPrintQuestion) != platform::Answer::kYes) return;
+  auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  printer->setOutputFileName(PathToQt(shell.program.folders.temporary / "message.pdf"));
+  QPrintDialog dialog(printer.get(), &shell.window);
+  dialog.setWindowTitle(Shell::tr("Print"));
+  if (dialog.exec() == QDialog::Accepted) Print(shell, printer);
+}
+
+void CloseWindow(Shell& shell) { shell.window.close(); }
+
+}  // namespace quillcast::desktop

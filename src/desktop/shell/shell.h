@@ -1,0 +1,59 @@
+// What the commands of the main window work on: its parts, and what takes several of them.
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+#include "document/message_document.h"
+#include "platform/result.h"
+#include "profile/program.h"
+
+class QWidget;
+
+namespace quillcast::desktop {
+
+class BodyView;
+class CommandBar;
+class EditorDocument;
+class GroupsMenu;
+class HtmlEditor;
+class MessageHeader;
+class Notices;
+class PracticeMailbox;
+class StatusLine;
+
+struct Shell {
+  Q_DECLARE_TR_FUNCTIONS(Shell)
+ public:
+  const profile::Program& program;
+  QWidget& window;
+  CommandBar& bar;
+  Notices& notices;
+  MessageHeader& header;
+  BodyView& body;
+  HtmlEditor& editor;
+  EditorDocument& document;
+  GroupsMenu& groups;
+  PracticeMailbox& practice;
+  StatusLine& status;
+  bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked
+
+  void Say(const QString& sentence);
+  // A failure, in the status line and in the log.
+  void Tell(const Result<void>& result);
+
+  // The whole message as it stands there. Leaves the source.
+  document::MessageDocument Message();
+  // Asks about unsaved changes, and tells why they could not be saved. Leaves the source.
+  bool MayLeaveDocument();
+  // What the document names outside its folder is neither shown nor sent until the person was asked.
+  void AskAboutPictures();
+  // The answers that were given in another window.
+  void TakePictureAnswers(const document::PicturePlaces& places);
+  // A control of the window by its name, or "Editor".
+  void FocusOn(const QString& control);
+  // Who sends, as the account has it now.
+  void ShowSender();
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,28 @@
+#include "desktop/shell/status_line.h"
+
+#include <QTimer>
+
+#include "desktop/widgets/qt_text.h"
+#include "profile/main_window_contents.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kSentenceTime = 15000;  // milliseconds
+
+}  // namespace
+
+StatusLine::StatusLine(QWidget* parent) : QLabel(parent) {
+  setObjectName("StatusPanel1");
+  setText(Translated(profile::kStatusPanels[0]));
+  setTextFormat(Qt::PlainText);
+}
+
+void StatusLine::Say(const QString& sentence) {
+  setText(sentence);
+  QTimer::singleShot(kSentenceTime, this, [this, sentence] {
+    if (text() == sentence) setText(Translated(profile::kStatusPanels[0]));
+  });
+}
+
+}  // namespace quillcast::desktop

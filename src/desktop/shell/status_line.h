@@ -1,0 +1,17 @@
+// The first panel of the status bar: what there is to be told, for a while.
+#pragma once
+
+#include <QLabel>
+
+namespace quillcast::desktop {
+
+class StatusLine final : public QLabel {
+  Q_OBJECT
+ public:
+  explicit StatusLine(QWidget* parent);
+
+  // Stands there for a quarter of a minute, or until the next sentence.
+  void Say(const QString& sentence);
+};
+
+}  // namespace quillcast::desktop

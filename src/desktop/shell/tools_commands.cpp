@@ -1,0 +1,62 @@
+// The commands of the Tools menu.
+#include <QPushButton>
+
+#include "account/account_settings.h"
+#include "desktop/account/email_manager_form.h"
+#include "desktop/account/thread_form.h"
+#include "desktop/recipients/groups_menu.h"
+#include "desktop/shell/command_bar.h"
+#include "desktop/shell/commands.h"
+#include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
+#include "desktop/shell/practice_mailbox.h"
+#include "desktop/shell/shell.h"
+#include "desktop/shell/splash_form.h"
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+
+void EditAccount(Shell& shell) {
+  EmailManagerForm form(shell.program, &shell.window);
+  form.changed = [&shell](const account::SenderTexts& texts) {
+    shell.header.ShowSender(ToQt(texts.from), ToQt(texts.method));
+  };
+  form.exec();
+  const auto account = account::AccountSettings::Load(shell.program.settings);
+  if (account && shell.practice.practice().EndsWith(*account))
+    shell.Say(Shell::tr("Practice has ended: the account names a server of its own now."));
+  shell.notices.Refresh();
+}
+
+void ShowGroups(Shell& shell) { shell.header.findChild<QPushButton*>("GroupButton")->showMenu(); }
+
+void ImportRecipients(Shell& shell) {
+  if (!shell.header.HasGroups()) {
+    shell.program.prompts.Warn("There is no group to import the data to.");
+    shell.FocusOn("GroupButton");
+  } else if (shell.header.Group().isEmpty()) {
+    shell.Say(Shell::tr("Choose the group that the addresses are for."));
+    shell.FocusOn("ToComboBox");
+  } else {
+    shell.groups.ImportInto(shell.header.Group());
+  }
+}
+
+void ExportRecipients(Shell& shell) {
+  if (shell.header.HasGroups()) {
+    SayNotBuilt(shell, CommandId::kExport);
+    return;
+  }
+  shell.program.prompts.Warn("There is no group to export the data from.");
+  shell.FocusOn("GroupButton");
+}
+
+void ShowThreads(Shell& shell) { ThreadForm(shell.program.settings, &shell.window).exec(); }
+
+void SwitchSplash(Shell& shell) {
+  auto& settings = shell.program.settings;
+  shell.Tell(SplashForm::SetWanted(settings, !SplashForm::IsWanted(settings)));
+  shell.bar.ShowSplash(SplashForm::IsWanted(settings));
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,483 @@
+// The commands of the main window: each row of their table done once, and the ways that lead to it.
+#include <QAction>
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QFontDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QToolBar>
+#include <QToolButton>
+#include <array>
+#include <functional>
+#include <map>
+#include <vector>
+
+#include "desktop/main_window.h"
+#include "desktop/shell/command_bar.h"
+#include "desktop/shell/message_header.h"
+
+namespace quillcast::desktop {
+namespace {
+
+using enum CommandId;
+
+// What stands there before a command: a body, all of it selected, or the subject "ab" with the keys in its box.
+constexpr const char* kOne = "<p>one</p>";
+constexpr const char* kTwoByTwo =
+    "<table><tbody><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>d</td></tr></tbody></table>";
+constexpr const char* kTyped = "typed";
+constexpr const char* kSelected = "selected";
+constexpr const char* kUndone = "undone";
+
+constexpr const char* kNotBuilt = "says: %1: this version does not have that yet.";
+
+struct Row {
+  CommandId id;
+  std::array<int, 2> numbers;  // in the menu and in the toolbar
+  const char* effect;          // what is different afterwards
+  const char* given = kOne;
+};
+
+constexpr auto kRows = std::to_array<Row>({
+    {kNew, {}, "body: <p><br></p> | subject: "},
+    {kOpen, {1, 83}, "open: Open"},
+    {kSave, {2, 84}, "save: Save"},
+    {kSaveAs, {}, "save: Save"},
+    {kPrint,
+     {4, 85},
+     "ask: Please consider your environmental responsibility before printing./Do you still want to print this "
+     "document?"},
+    {kProperties, {5, 86}, kNotBuilt},
+    {kExit, {6}, "window: closed"},
+    {kUndo, {7, 87}, "subject: ", kTyped},
+    {kRedo, {8, 88}, "subject: ab", kUndone},
+    {kCut, {9, 89}, "clipboard: ab | selected:  | subject: ", kSelected},
+    {kCopy, {10, 90}, "clipboard: ab", kSelected},
+    {kPaste, {11, 91}, "selected:  | subject: cd", kSelected},
+    {kPastePlain, {}, "selected:  | subject: cd", kSelected},
+    {kDelete, {12, 92}, "selected:  | subject: ", kSelected},
+    {kSelectAll, {13}, "selected: ab", kTyped},
+    {kFind, {14, 93}, "keys: FindTextBox"},
+    {kSource, {}, "keys: SourceTextBox"},
+    {kDateTime, {15}, kNotBuilt},
+    {kTemplate, {16}, kNotBuilt},
+    {kAddAttachment, {17}, "open: File Attachment"},
+    {kDeleteAttachment, {18}, "warn: There is no file to delete."},
+    {kMergeEmail, {67}, "body: <p>$*MergeEmail*$</p>"},
+    {kMergeTitle, {68}, "body: <p>$*MergeTitle*$</p>"},
+    {kMergeFirstName, {69}, "body: <p>$*MergeFirstName*$</p>"},
+    {kMergeLastName, {70}, "body: <p>$*MergeLastName*$</p>"},
+    {kMergeCountry, {71}, "body: <p>$*MergeCountry*$</p>"},
+    {kMergeState, {72}, "body: <p>$*MergeState*$</p>"},
+    {kMergeCity, {73}, "body: <p>$*MergeCity*$</p>"},
+    {kMergeAddress1, {104}, "body: <p>$*MergeAddress1*$</p>"},
+    {kMergeAddress2, {74}, "body: <p>$*MergeAddress2*$</p>"},
+    {kMergeZipCode, {75}, "body: <p>$*MergeZIPCode*$</p>"},
+    {kMergePhone, {76}, "body: <p>$*MergePhone*$</p>"},
+    {kMergeFax, {77}, "body: <p>$*MergeFax*$</p>"},
+    {kMergeCompany, {78}, "body: <p>$*MergeCompany*$</p>"},
+    {kMergeJobTitle, {79}, "body: <p>$*MergeJobTitle*$</p>"},
+    {kMergeWebSite, {80}, "body: <p>$*MergeWebSite*$</p>"},
+    {kMergeAdditional1, {105}, "body: <p>$*MergeField1*$</p>"},
+    {kMergeAdditional2, {106}, "body: <p>$*MergeField2*$</p>"},
+    {kMergeAdditional3, {107}, "body: <p>$*MergeField3*$</p>"},
+    {kPicture, {23}, "open: Picture"},
+    {kHyperlink, {24}, "LinkForm"},
+    {kLine, {21}, kNotBuilt},
+    {kTable, {22}, "TableForm"},
+    {kFont, {19}, "QFontDialog"},
+    {kTextColour, {}, "QColorDialog"},
+    {kBody, {20}, kNotBuilt},
+    {kBold, {27, 94}, "body: <p><b>one</b></p>"},
+    {kItalic, {28, 95}, "body: <p><i>one</i></p>"},
+    {kUnderline, {29, 96}, "body: <p><u>one</u></p>"},
+    {kAlignLeft, {30, 97}, "body: <p style=\"text-align: left;\">one</p>", "<p style='text-align: right'>one</p>"},
+    {kCentre, {31, 98}, "body: <p style=\"text-align: center;\">one</p>"},
+    {kAlignRight, {32, 99}, "body: <p style=\"text-align: right;\">one</p>"},
+    {kIndent,
+     {33, 101},
+     "body: <blockquote style=\"margin: 0 0 0 40px; border: none; padding: 0px;\"><p>one</p></blockquote>"},
+    {kOutdent, {34, 100}, "body: <p>one</p>", "<blockquote><p>one</p></blockquote>"},
+    {kBullets, {35, 102}, "body: <ul><li>one</li></ul>"},
+    {kNumbers, {36, 103}, "body: <ol><li>one</li></ol>"},
+    {kRemoveHyperlink, {25}, "body: <p>one</p>", "<p><a href='x'>one</a></p>"},
+    {kRemoveFormatting, {26}, "body: <p>one</p>", "<p><b>one</b></p>"},
+    {kRowAbove, {}, "body: /|_|_/|a|b/|c|d", kTwoByTwo},
+    {kRowBelow, {}, "body: /|a|b/|_|_/|c|d", kTwoByTwo},
+    {kColumnLeft, {}, "body: /|_|a|b/|_|c|d", kTwoByTwo},
+    {kColumnRight, {}, "body: /|a|_|b/|c|_|d", kTwoByTwo},
+    {kDeleteRow, {}, "body: /|c|d", kTwoByTwo},
+    {kDeleteColumn, {}, "body: /|b/|d", kTwoByTwo},
+    {kDeleteTable, {}, "body: <br>", kTwoByTwo},
+    {kMailPreview, {37}, "desktop: Preview.eml"},
+    {kPreview, {}, "PreviewForm"},
+    {kSend, {38}, "SendMailForm1"},
+    {kHistory, {41}, "HistoryManagerForm"},
+    {kAccount, {39}, "EmailManagerForm"},
+    {kGroups, {40}, "GroupsMenu"},
+    {kSignature, {42}, kNotBuilt},
+    {kImport, {43}, "open: Import"},
+    {kExport, {44}, kNotBuilt},
+    {kThreads, {52}, "ThreadForm"},
+    {kSplash, {}, "splash: 0"},
+    {kDomainTools, {53}, kNotBuilt},
+    {kExtraForm1, {54}, "says: Print Messages: this version does not have that yet."},
+    {kExtraForm2, {55}, "says: Import Message: this version does not have that yet."},
+    {kExtraForm3, {56}, "says: Export Message: this version does not have that yet."},
+    {kExtraForm4, {57}, "says: Extract from Messages: this version does not have that yet."},
+    {kExtraForm5, {58}, "says: Test a Server: this version does not have that yet."},
+    {kHelpTopics, {59}, "opens: HelpForm"},
+    {kTutorial, {60}, kNotBuilt},
+    {kTips, {61}, "TipsForm"},
+    {kSupport, {63}, kNotBuilt},
+    {kUpdate, {64}, kNotBuilt},
+    {kHomePage, {65}, kNotBuilt},
+    {kAbout, {66}, "AboutForm"},
+});
+
+// Wants every key for itself, as the page and the text boxes want some, which differ by desktop.
+class Greedy final : public QObject {
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride) event->accept();
+    return event->type() == QEvent::ShortcutOverride;
+  }
+};
+
+// The body's HTML; of a table its rows behind "/" and its cells behind "|".
+QString BodyOf(const Scene& scene) {
+  QString body = scene.Editor().Html();
+  body = body.mid(body.indexOf("<body>") + 6);
+  body.truncate(body.indexOf("</body>"));
+  for (const char* quiet : {"<table>", "</table>", "<tbody>", "</tbody>", "</tr>", "</td>"}) body.remove(quiet);
+  return body.replace("<tr>", "/").replace("<td>", "|").replace("&nbsp;", "_");
+}
+
+// What a person can see of the window, by what each of it is.
+std::map<QString, QString> Look(const Scene& scene) {
+  const auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
+  std::map<QString, QString> seen = {{"body", BodyOf(scene)},
+                                     {"subject", subject.text()},
+                                     {"selected", subject.selectedText()},
+                                     {"clipboard", QGuiApplication::clipboard()->text()},
+                                     {"keys", scene.Focus()},
+                                     {"says", scene.Status()},
+                                     {"splash", ToQt(*scene.rig.settings.Read("Options", "Splash", "1"))},
+                                     {"window", scene.window->isVisible() ? "there" : "closed"}};
+  for (const QWidget* widget : QApplication::topLevelWidgets()) {
+    if (widget->isVisible() && widget->objectName() == "HelpForm") seen["opens"] = "HelpForm";
+  }
+  return seen;
+}
+
+// Closes whatever opens over the window, and keeps its name.
+class Closer final : public QObject {
+ public:
+  Closer() {
+    connect(&look_, &QTimer::timeout, this, [this] {
+      QWidget* open = QApplication::activePopupWidget();
+      if (open == nullptr) open = QApplication::activeModalWidget();
+      if (open == nullptr) return;
+      opened += open->objectName().isEmpty() ? open->metaObject()->className() : open->objectName();
+      open->close();
+    });
+    look_.start(5);
+  }
+  QStringList opened;
+
+ private:
+  QTimer look_;
+};
+
+// Everything that a command does, in one line.
+QString EffectOf(Scene& scene, const std::function<void()>& run) {
+  const auto before = Look(scene);
+  scene.rig.desktop.opened.clear();
+  scene.rig.Shown();
+  Closer closer;
+  run();
+  QStringList effects = closer.opened;
+  const QString shown = scene.rig.Shown();
+  if (!shown.isEmpty()) effects << shown;
+  for (const auto& file : scene.rig.desktop.opened) effects << "desktop: " + ToQt(file);
+  for (const auto& [what, now] : Look(scene)) {
+    const auto was = before.find(what);
+    if (was == before.end() || was->second != now) effects << what + ": " + now;
+  }
+  return effects.join(" | ");
+}
+
+}  // namespace
+
+class CommandsTest : public QObject {
+  Q_OBJECT
+
+  // With an account, a group and a subject, so that nothing stands in the way.
+  static void MakeReady(Scene& scene) {
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    scene.Open();
+    scene.Find<QComboBox>("ToComboBox").setCurrentText("Customers");
+  }
+
+  static void Put(Scene& scene, const QString& given) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      if (widget->objectName() == "HelpForm") widget->close();
+    }
+    if (!scene.window->isVisible()) scene.window->show();
+    scene.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(scene.window.get()));
+    scene.window->Say("-");
+    scene.Find<QComboBox>("ToComboBox").setCurrentText("Customers");
+    QVERIFY(scene.rig.settings.Write("Options", "Splash", "1"));
+    QGuiApplication::clipboard()->setText("cd");
+    auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
+    subject.setFocus();
+    subject.clear();
+    QTest::keyClicks(&subject, "ab");
+    scene.Editor().SetHtml("<html><body>" + (given.startsWith('<') ? given : kOne) + "</body></html>");
+    if (given == kSelected) subject.selectAll();
+    if (given == kUndone) subject.undo();
+    if (!given.startsWith('<')) return;
+    scene.Editor().setFocus();
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('td,a,p'))");
+  }
+
+ private slots:
+  void eachRowDoesTheSameByEachWay() {
+    Scene scene;
+    MakeReady(scene);
+    auto* bar = scene.window->findChild<CommandBar*>();
+    auto* header = scene.window->findChild<MessageHeader*>();
+    QCOMPARE(kRows.size(), Commands().size());
+    for (const Row& row : kRows) {
+      const Command& command = RowOf(row.id);
+      QCOMPARE(command.numbers, row.numbers);
+      const QString expected = QString(row.effect).replace("%1", NameOf(command));
+      const auto by = [&](const QString& way, const std::function<void()>& run) {
+        Put(scene, row.given);
+        const QString effect = EffectOf(scene, run);
+        QVERIFY2(effect == expected, qPrintable(NameOf(command) + ", by " + way + ": " + effect));
+      };
+      for (const int number : row.numbers) {
+        if (number != 0) by(QString::number(number), [&] { scene.window->Dispatch(number); });
+      }
+      if (QAction* action = bar->ActionOf(row.id)) {
+        by("the menu", [&] {
+          action->setEnabled(true);
+          action->trigger();
+        });
+      }
+      auto* button = command.name.empty() ? nullptr : header->findChild<QPushButton*>(ToQt(command.name));
+      if (button != nullptr) by("its button", [button] { button->click(); });
+    }
+  }
+
+  void theMenusHaveEachCommandThatIsBuiltAndTheToolbarItsButtons() {
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    CommandId came = kAbout;
+    QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
+    connect(bar, &CommandBar::Triggered, this, [&came](CommandId id) { came = id; });
+    QList<QAction*> shown;
+    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) shown += menu->actions();
+    const auto& tools = scene.Find<QToolBar>("Toolbar");
+    for (const Command& command : Commands()) {
+      const QString name = NameOf(command);
+      QAction* action = bar->ActionOf(command.id);
+      QCOMPARE(action != nullptr, command.is_built);
+      if (action == nullptr) continue;
+      QVERIFY2(shown.count(action) == 1 && !action->text().isEmpty(), qPrintable(name));
+      for (const bool is_button : {false, true}) {
+        auto* button = qobject_cast<QToolButton*>(tools.widgetForAction(action));
+        if (is_button && button == nullptr) continue;
+        action->setEnabled(true);
+        came = command.id == kAbout ? kNew : kAbout;
+        is_button ? button->click() : action->trigger();
+        QVERIFY2(came == command.id, qPrintable(name));
+      }
+    }
+    for (const char* name : {"TableButton", "PictureButton", "HyperlinkButton"}) {
+      QVERIFY(tools.findChild<QToolButton*>(name) != nullptr);
+    }
+  }
+
+  void everyKeyOfTheMenusWorksWhereverTheCaretIs_data() {
+    QTest::addColumn<QString>("field");
+    for (const char* field : {"Editor", "SubjectTextBox", "FindTextBox", "SourceTextBox", "FromComboBox", "ToComboBox",
+                              "AttachmentComboBox", "SendingMethodComboBox", "PriorityComboBox", "FormatComboBox",
+                              "RRRCheckBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
+      QTest::newRow(field) << field;
+    }
+  }
+  void everyKeyOfTheMenusWorksWhereverTheCaretIs() {
+    QFETCH(QString, field);
+    Scene scene;
+    scene.Open();
+    auto* bar = scene.window->findChild<CommandBar*>();
+    if (field == "FindTextBox") scene.window->Dispatch(kFind);
+    if (field == "SourceTextBox") scene.window->Dispatch(kSource);
+    QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
+    QObject::disconnect(&scene.Editor(), nullptr, bar, nullptr);
+    EditorState everything;
+    everything.can_undo = everything.can_redo = true;
+    everything.link = "x";
+    bar->Show(everything);
+    auto* widget = field == "Editor" ? scene.Editor().InputWidget() : scene.window->findChild<QWidget*>(field);
+    widget->setFocus();
+    Greedy greedy;
+    widget->installEventFilter(&greedy);
+    std::vector<CommandId> came;
+    connect(bar, &CommandBar::Triggered, this, [&came](CommandId id) { came.push_back(id); });
+    int pressed = 0;
+    for (const Command& command : Commands()) {
+      if (command.keys.empty() || command.id == kDelete) continue;
+      came.clear();
+      const QKeyCombination keys = QKeySequence(ToQt(command.keys))[0];
+      QTest::keyClick(widget, keys.key(), keys.keyboardModifiers());
+      QVERIFY2(came == std::vector{command.id}, qPrintable(NameOf(command)));
+      ++pressed;
+    }
+    QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void numbersLeadToTheirRowsAndOthersNowhere() {
+    Scene scene;
+    scene.Open();
+    for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
+    QCOMPARE(scene.rig.Shown(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+    scene.Editor().SetHtml("<html><body><p>one</p></body></html>");
+    scene.window->Dispatch(13);
+    for (const int number : {94, 28, 96}) scene.window->Dispatch(number);
+    QVERIFY2(scene.Editor().Html().contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(scene.Editor().Html()));
+    auto* bar = scene.window->findChild<CommandBar*>();
+    QTRY_VERIFY(bar->ActionOf(kBold)->isChecked() && bar->ActionOf(kItalic)->isChecked());
+    QVERIFY(!bar->ActionOf(kCentre)->isChecked());
+  }
+
+  void importExportAndSupportCheckFirst() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(CommandId::kImport);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to import the data to."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(CommandId::kExport);
+    QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to export the data from."));
+    QCOMPARE(scene.Focus(), QString("GroupButton"));
+    test::WhileOpen("EmailManagerForm", [](QDialog&) {});
+    scene.window->Dispatch(CommandId::kSupport);
+    QCOMPARE(scene.rig.Shown(), QString("warn: Please fill out the Mail Account section in Email Manager."));
+  }
+
+  void theEditMenuWorksWhereTheCaretIs() {
+    Scene scene;
+    scene.Open();
+    auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
+    subject->setFocus();
+    subject->setText("ab");
+    const auto paste = scene.window->findChild<CommandBar*>()->ActionOf(CommandId::kPaste);
+    QGuiApplication::clipboard()->setText("cd");
+    paste->trigger();
+    QCOMPARE(subject->text(), QString("abcd"));
+    scene.window->Dispatch(CommandId::kUndo);
+    QCOMPARE(subject->text(), QString("ab"));
+    scene.window->Dispatch(CommandId::kPastePlain);
+    QCOMPARE(subject->text(), QString("abcd"));
+    scene.window->Dispatch(CommandId::kSelectAll);
+    scene.window->Dispatch(CommandId::kDelete);
+    QCOMPARE(subject->text(), QString());
+    QVERIFY(!scene.Editor().IsModified());
+    // The key deletes where the focus is and nowhere else.
+    scene.Editor().SetHtml("<html><body><p>ab</p></body></html>");
+    scene.Editor().Evaluate("getSelection().collapse(document.body.firstChild.firstChild,1)");
+    auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_Delete);
+    QCOMPARE(scene.Editor().PlainText(), QString("ab"));
+    scene.Editor().setFocus();
+    scene.window->Dispatch(CommandId::kDelete);
+    QCOMPARE(scene.Editor().PlainText(), QString("a"));
+  }
+
+  void theFontDialogStartsFromWhatIsThere() {
+    Scene scene;
+    scene.Open();
+    const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
+    scene.Editor().SetHtml(html);
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
+    QTimer look;
+    QFont shown;
+    connect(&look, &QTimer::timeout, this, [&shown] {
+      auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
+      if (dialog == nullptr) return;
+      shown = dialog->currentFont();
+      dialog->accept();
+    });
+    look.start(20);
+    scene.window->Dispatch(CommandId::kFont);
+    QVERIFY(shown.bold());
+    QCOMPARE(shown.pointSize(), 18);
+    QCOMPARE(scene.Editor().Html(), html);
+  }
+
+  void aLinkGetsItsSchemeAndItsText() {
+    Scene scene;
+    scene.Open();
+    test::WhileOpen("LinkForm", [](QDialog& form) {
+      auto* ok = form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+      QVERIFY(!ok->isEnabled());  // a scheme alone leads nowhere
+      auto* address = form.findChild<QLineEdit*>("AddressTextBox");
+      address->selectAll();
+      QTest::keyClicks(address, "example.org/papers");
+      QTest::keyClicks(form.findChild<QLineEdit*>("LinkTextBox"), "our papers");
+      QTest::mouseClick(ok, Qt::LeftButton);
+    });
+    scene.window->Dispatch(CommandId::kHyperlink);
+    QVERIFY2(scene.Editor().Html().contains("<a href=\"https://example.org/papers\">our papers</a>"),
+             qPrintable(scene.Editor().Html()));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aTableIsAskedForAndChanged() {
+    Scene scene;
+    scene.Open();
+    QMenu& changes = *scene.window->findChild<QMenu*>("TableMenu");
+    test::WhileOpen("TableForm", [&scene](QDialog& form) {
+      const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };
+      const auto ok = [&form] {
+        QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok), Qt::LeftButton);
+      };
+      box("RowsTextBox")->clear();
+      QTest::keyClicks(box("RowsTextBox"), "-1x");
+      QCOMPARE(box("RowsTextBox")->text(), QString("1"));
+      box("BorderTextBox")->setText("0");
+      ok();
+      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter a valid border."));
+      QCOMPARE(form.focusWidget(), box("BorderTextBox"));
+      box("BorderTextBox")->setText("2");
+      ok();
+      QVERIFY(!form.isVisible());
+    });
+    scene.window->Dispatch(CommandId::kTable);
+    QVERIFY2(scene.Editor().Html().contains("border=\"2\" width=\"100%\""), qPrintable(scene.Editor().Html()));
+    QTRY_VERIFY(changes.isEnabled());
+    changes.actions().at(1)->trigger();
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 4);
+    scene.window->Dispatch(CommandId::kUndo);
+    QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 2);
+    scene.Editor().Evaluate("getSelection().collapse(document.body,0)");
+    QTRY_VERIFY(!changes.isEnabled());
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::CommandsTest)
+#include "commands_test.moc"
