@@ -27,6 +27,7 @@
 
 #include "desktop/document/html_editor.h"
 #include "desktop/main_window.h"
+#include "desktop/run/pictures_panel.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/help_form.h"
@@ -311,6 +312,13 @@ class MainFormTest : public QObject {
       scene.window->skip_save_prompt = true;
       scene.window->close();
     }
+  }
+
+  void aLookAtPicturesIsOverWithItsPanel() {
+    const test::FormRig rig;
+    document::MessageDocument document;
+    document.html = "<img src='a.gif'>";
+    for (int i = 0; i < 500; ++i) PicturesPanel(rig.settings.file(), nullptr).LookAt(document);
   }
 
   void noClickMeantForANoticeAnswersAboutPictures() {

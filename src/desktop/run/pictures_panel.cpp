@@ -63,9 +63,8 @@ void PicturesPanel::DropLetters() {
 void PicturesPanel::LookAt(document::MessageDocument document) {
   document_ = std::move(document);
   settled_ = false;
-  task_->Start([this, looked = document_](const platform::CancelToken& cancel) {
-    auto pictures =
-        std::make_shared<Result<message::RelatedPictures>>(run::LookForPictures(looked, settings_file_, cancel));
+  task_->Start([this, looked = document_, settings = settings_file_](const platform::CancelToken& cancel) {
+    auto pictures = std::make_shared<Result<message::RelatedPictures>>(run::LookForPictures(looked, settings, cancel));
     return [this, pictures] { Show(*pictures); };
   });
 }

@@ -13,7 +13,8 @@ namespace quillcast::desktop {
 // One piece of work at a time.
 class BackgroundTask final : public QObject {
  public:
-  // Runs on a thread of its own; what it returns is called on the window's thread when it is done.
+  // Runs on a thread of its own; what it returns is called on the window's thread when it is done. A window that is
+  // closed waits for it only after its own members are gone, so what it works on it has with it.
   using Work = std::function<std::function<void()>(const platform::CancelToken&)>;
 
   explicit BackgroundTask(QObject* parent) : QObject(parent) {}
