@@ -2,24 +2,21 @@
 #pragma once
 
 #include <QWidget>
-#include <cstdint>
-#include <string>
-#include <vector>
 
-#include "desktop/widgets/background_task.h"
-#include "document/attachment_list.h"
 #include "document/drafts.h"
 #include "document/message_document.h"
 #include "profile/program.h"
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
-class QLineEdit;
-class QMenu;
-class QPushButton;
+class QGridLayout;
+class QHBoxLayout;
 
 namespace quillcast::desktop {
+
+class AttachmentsField;
+class GroupField;
+class SubjectField;
 
 class MessageHeader final : public QWidget {
   Q_OBJECT
@@ -46,7 +43,6 @@ class MessageHeader final : public QWidget {
   void AddAttachments();
   void AddAttachments(const QStringList& files);
   void DeleteAttachment();
-  void ChangeAttachments();
 
  signals:
   void Trouble(const QString& sentence);
@@ -58,29 +54,18 @@ class MessageHeader final : public QWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  QMenu* MakeTagMenu();
-  void ShowSubjectMenu(const QPoint& at);
+  void FillBoxes();
+  void LayOut();
+  QHBoxLayout* OptionsLine();
+  void ConnectParts();
   void PickMethod();
-  void ShowAttachments();
   void PickFormat();
-  void ShowCount();
-  void ShowGroups(const std::vector<std::string>& names, const QString& chosen);
-  void ShowTotal(std::int64_t recipients);
-  void LoadGroupsAgain(const QString& why);
 
   const profile::Program& program_;
-  bool loads_again_ = false;
-  QString wanted_;  // the group to choose once the groups could be read
-  document::AttachmentList attachments_;
-  BackgroundTask* refresh_;
-  int loads_ = 0;  // of the To box; what was read before the last one is old
   QComboBox* from_;
-  QComboBox* to_;
-  QLabel* count_;
-  QLineEdit* subject_;
-  QMenu* tags_ = nullptr;  // for the subject
-  QComboBox* attachment_box_;
-  QPushButton* attachment_count_;
+  GroupField* group_;
+  SubjectField* subject_;
+  AttachmentsField* attachments_;
   QComboBox* method_;
   QComboBox* priority_;
   QComboBox* format_;
