@@ -22,7 +22,7 @@
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/splash_form.h"
-#include "desktop/shell/status_line.h"
+#include "desktop/shell/status_panel.h"
 #include "desktop/shell/tips_form.h"
 #include "desktop/widgets/keep_on_screen.h"
 #include "desktop/widgets/qt_text.h"
@@ -52,7 +52,7 @@ MainForm::MainForm(const profile::Program& program)
       groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
       notices_(new Notices(program, document_->drafts(), *practice_, this)),
-      status_(new StatusLine(this)),
+      status_(new StatusPanel(this)),
       shell_(new Shell{program, *this, *bar_, *notices_, *header_, *body_, *editor_, *document_, *groups_, *practice_,
                        *status_, skip_save_prompt}),
       fields_pause_(new QTimer(this)) {

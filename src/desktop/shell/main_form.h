@@ -23,7 +23,7 @@ class HtmlEditor;
 class MessageHeader;
 class Notices;
 class PracticeMailbox;
-class StatusLine;
+class StatusPanel;
 
 class MainForm final : public QMainWindow {
   Q_OBJECT
@@ -81,7 +81,7 @@ class MainForm final : public QMainWindow {
   GroupsMenu* groups_;
   PracticeMailbox* practice_;
   Notices* notices_;
-  StatusLine* status_;
+  StatusPanel* status_;
   std::unique_ptr<Shell> shell_;
   QTimer* fields_pause_;  // after the last change of what stands above the body
   bool stops_import_ = false;

@@ -6,7 +6,7 @@
 #include "desktop/run/pictures_panel.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
-#include "desktop/shell/status_line.h"
+#include "desktop/shell/status_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "document/edited_document.h"
 #include "profile/main_window_contents.h"

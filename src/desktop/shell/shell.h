@@ -20,7 +20,7 @@ class HtmlEditor;
 class MessageHeader;
 class Notices;
 class PracticeMailbox;
-class StatusLine;
+class StatusPanel;
 
 struct Shell {
   Q_DECLARE_TR_FUNCTIONS(Shell)
@@ -35,7 +35,7 @@ struct Shell {
   EditorDocument& document;
   GroupsMenu& groups;
   PracticeMailbox& practice;
-  StatusLine& status;
+  StatusPanel& status;
   bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked
 
   void Say(const QString& sentence);

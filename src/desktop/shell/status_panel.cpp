@@ -1,4 +1,4 @@
-#include "desktop/shell/status_line.h"
+#include "desktop/shell/status_panel.h"
 
 #include <QTimer>
 
@@ -12,13 +12,13 @@ constexpr int kSentenceTime = 15000;  // milliseconds
 
 }  // namespace
 
-StatusLine::StatusLine(QWidget* parent) : QLabel(parent) {
+StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent) {
   setObjectName("StatusPanel1");
   setText(Translated(profile::kStatusPanels[0]));
   setTextFormat(Qt::PlainText);
 }
 
-void StatusLine::Say(const QString& sentence) {
+void StatusPanel::Say(const QString& sentence) {
   setText(sentence);
   QTimer::singleShot(kSentenceTime, this, [this, sentence] {
     if (text() == sentence) setText(Translated(profile::kStatusPanels[0]));

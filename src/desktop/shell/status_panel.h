@@ -5,10 +5,10 @@
 
 namespace quillcast::desktop {
 
-class StatusLine final : public QLabel {
+class StatusPanel final : public QLabel {
   Q_OBJECT
  public:
-  explicit StatusLine(QWidget* parent);
+  explicit StatusPanel(QWidget* parent);
 
   // Stands there for a quarter of a minute, or until the next sentence.
   void Say(const QString& sentence);
