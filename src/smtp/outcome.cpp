@@ -6,6 +6,11 @@ Outcome VerdictOf(ResultCode code, const ServerReply& reply) {
   return {reply.code / 100 == 4 ? State::kDeferred : State::kRefused, code, reply, {}};
 }
 
+void AddSentence(std::string& reason, std::string_view sentence) {
+  if (!reason.empty() && !sentence.empty()) reason += ' ';
+  reason += sentence;
+}
+
 const char* Name(State state) {
   switch (state) {
     case State::kSent:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "smtp/result_code.h"
 #include "smtp/server_reply.h"
@@ -25,6 +26,9 @@ struct Outcome {
 
 // What a reply of class 4 or 5 makes of a message.
 Outcome VerdictOf(ResultCode code, const ServerReply& reply);
+
+// Puts a sentence behind what a reason says; nothing where there is none.
+void AddSentence(std::string& reason, std::string_view sentence);
 
 // "sent", "refused", "deferred", "failed", "unknown".
 const char* Name(State state);

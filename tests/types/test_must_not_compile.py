@@ -16,25 +16,22 @@ PRELUDE = """
 #include <string>
 #include <string_view>
 #include "mime/header_text.h"
+#include "smtp/client/wire.h"
 #include "smtp/envelope.h"
-#include "smtp/sasl/secret_line.h"
-#include "smtp/smtp_line.h"
 using namespace quillcast;
-void Command(const smtp::SmtpLine& line);
-void SignIn(const smtp::SecretLine& line);
-void Try(std::string& out, std::string text, std::string_view view, const char* pointer, smtp::Envelope envelope,
-         const smtp::Secret& secret) {
+void Try(smtp::Wire& wire, std::string& out, std::string text, std::string_view view, const char* pointer,
+         smtp::Envelope envelope, const smtp::Secret& secret) {
 """
 
 CHARSET = "charset::Charset::Utf8(), mime::HeaderEncoding::kQ"
 
 # Name, place, what may stand there, what may not.
 CASES = [
-    ("a command", "Command(%s);",
+    ("a command", "wire.Send(smtp::Awaited::kMail, %s);",
      ['"DATA"', 'smtp::SmtpLine("BDAT").Then(smtp::SmtpLine::Of(7)).Then("LAST")', "*smtp::SmtpLine::From(text)"],
      ["text", "view", "pointer", "std::string()", '"DATA\\r\\nRSET"', '"DATA\\n"', '"\\x7F"', "smtp::SmtpLine(text)",
       "smtp::SmtpLine(view)", 'smtp::SmtpLine("RCPT").Then(text)', "smtp::SmtpLine::From(text)"]),
-    ("a line of signing in", "SignIn(%s);",
+    ("a line of signing in", "wire.SendSecret(smtp::Awaited::kAuth, %s);",
      ["smtp::SecretLine::Coded(secret)", 'smtp::SecretLine("*")', 'smtp::SecretLine::Coded(secret).Behind("AUTH PLAIN")'],
      ["secret", "smtp::SecretLine(secret)", "smtp::SecretLine(text)", "smtp::SecretLine(smtp::Secret(view), text)"]),
     ("an address", "envelope.recipient = %s;",

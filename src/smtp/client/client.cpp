@@ -95,7 +95,9 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
     const auto tls = Tls();
     if (!tls) return OutcomeOf(tls.error());
     if (const auto started = stream.StartTls(**tls, server.host, patience()); !started) {
-      return OutcomeOf(started.error());
+      Outcome outcome = OutcomeOf(started.error());
+      if (outcome.code == ResultCode::kReplyTimeout) outcome.reason = MeaningOf(Awaited::kHandshake).missing;
+      return outcome;
     }
   }
   connection_.emplace(around_, std::move(stream), server.host, tls_at_once);

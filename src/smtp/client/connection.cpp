@@ -32,7 +32,7 @@ Outcome OutcomeOf(const Error& error) {
   const std::string reason = InOneLine(error);
   switch (error.failure) {
     case Failure::kTimedOut:
-      return {State::kFailed, ResultCode::kReplyTimeout, {}, "The server did not answer in time."};
+      return {State::kFailed, ResultCode::kReplyTimeout, {}, {}};
     case Failure::kTryAgain:
       return {State::kFailed, ResultCode::kCancelled, {}, {}};
     case Failure::kNotPermitted:

@@ -75,7 +75,7 @@ class Connection {
   std::array<char, std::size_t{16} * 1024> buffer_;
 };
 
-// The outcome that an error of net/ comes to in the middle of a session.
+// The outcome that an error of net/ comes to in the middle of a session, which says itself what it waited for.
 Outcome OutcomeOf(const Error& error);
 
 }  // namespace quillcast::smtp

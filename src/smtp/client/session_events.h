@@ -1,0 +1,69 @@
+// What a session tells: lines of the conversation, outcomes of messages, and its own turns.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "smtp/client/reused_queue.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::smtp {
+
+struct Event {
+  enum class Kind {
+    kLogLine,   // `text`: "C: ..." or "S: ...", secrets masked, not yet safe to show
+    kStartTls,  // make the handshake now, then call TlsStarted or GiveUp
+    kReady,     // greeted and signed in, once
+    kOutcome,   // of the oldest message that has none yet
+    kClosed,    // the session is over; `outcome` says why. Comes last
+  };
+  Kind kind = Kind::kLogLine;
+  std::string text;
+  std::size_t place = 0;  // of a log line: how many messages without outcome come before the one that it belongs to
+  Outcome outcome;
+  bool again = false;  // of a message: the server has not taken it for certain, and another connection may serve it
+};
+
+// Oldest first.
+class SessionEvents {
+ public:
+  // A new last one, whose outcome the caller sets where its kind has one.
+  Event& Add(Event::Kind kind) {
+    Event& event = events_.Push();
+    event.kind = kind;
+    event.text.clear();
+    event.place = 0;
+    event.again = false;
+    return event;
+  }
+  // What the client said (`place` as above), and what the server did.
+  Event& Client(std::string_view line, std::size_t place) {
+    Event& event = Add(Event::Kind::kLogLine);
+    event.text.append("C: ").append(line);
+    event.place = place;
+    return event;
+  }
+  void Server(std::string_view line) { Add(Event::Kind::kLogLine).text.append("S: ").append(line); }
+
+  // Valid until the next call of another function; nullptr when there is none.
+  const Event* Next() {
+    if (events_.empty()) return nullptr;
+    const Event& event = events_.front();
+    events_.Pop();
+    return &event;
+  }
+
+ private:
+  ReusedQueue<Event> events_;
+};
+
+// Why a session ends. `why` is told of the oldest message; `again`: where it is not out, it may go over another
+// connection, as those behind it may. `missing`: what was waited for and did not come, as a sentence (Meaning).
+struct SessionEnd {
+  Outcome why;
+  bool again = false;
+  std::string_view missing = {};
+};
+
+}  // namespace quillcast::smtp

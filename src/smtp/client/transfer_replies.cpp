@@ -1,0 +1,138 @@
+// What the replies to the commands of a message mean for it and for those behind it.
+#include <utility>
+
+#include "smtp/client/transfers.h"
+
+namespace quillcast::smtp {
+
+void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
+  Transfer& transfer = transfers_.front();
+  --transfer.awaited;
+  switch (command) {
+    case Awaited::kMail:
+      transfer.open = true;
+      ++mails_taken_;
+      break;
+    case Awaited::kRcpt:
+      if (transfer.sender_refused) {
+        transfer.verdict.reset();  // nobody knows what it does with the message
+        end_ = OnNoSense("it took the recipient after it had refused the sender");
+        return;
+      }
+      proven_ = proven_ || transfer.chunked;
+      break;
+    case Awaited::kData:
+      proven_ = true;
+      transfer.next = transfer.verdict ? Next::kLoneDot : Next::kBody;
+      break;
+    case Awaited::kLoneDot:
+      transfer.open = false;
+      break;
+    case Awaited::kEndOfData:
+      transfer.open = false;
+      window_.Taken();
+      took_ = true;
+      if (!transfer.verdict) Deliver(reply);
+      break;
+    default:  // kReset
+      break;
+  }
+  FinishAnswered();
+}
+
+// The server has taken the oldest message.
+void Transfers::Deliver(const ServerReply& reply) {
+  Outcome& outcome = events_.Add(Event::Kind::kOutcome).outcome;
+  outcome.state = State::kSent;
+  outcome.code = ResultCode::kSuccess;
+  outcome.reply = reply;
+  outcome.reason.clear();
+  Pop();
+}
+
+void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
+  Transfer& transfer = transfers_.front();
+  --transfer.awaited;
+  if (BreaksPipelining(command, reply.code)) {
+    window_.GiveUpPipelining();
+    end_ = {
+        {State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers."},
+        true};
+    return;
+  }
+  const bool deferred = reply.code / 100 == 4;
+  const bool limit = IsLimit(command) && deferred;
+  if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
+  if (command == Awaited::kReset) {
+    end_ = {Refusal(command, reply), true};
+    end_->why.state = State::kFailed;
+    return;
+  }
+  if (!transfer.verdict) transfer.verdict = VerdictOf(MeaningOf(command).refused, reply);
+  transfer.again = transfer.again || limit;
+  if (limit) UseUp(*transfer.verdict);
+  SetNextAfterRefusal(transfer, command);
+  FinishAnswered();
+}
+
+void Transfers::SetNextAfterRefusal(Transfer& transfer, Awaited command) {
+  const bool not_begun = transfer.next == Next::kRcpt || transfer.next == Next::kContent;
+  if (not_begun || command == Awaited::kData) transfer.next = Next::kNothing;
+  if (command == Awaited::kMail) transfer.sender_refused = true;
+  if (command == Awaited::kData || (transfer.chunked && command == Awaited::kRcpt)) proven_ = true;
+  if (command == Awaited::kEndOfData) transfer.open = transfer.chunked;
+  if (command == Awaited::kLoneDot) transfer.open = false;
+}
+
+// Whether a refusal says "out of order" or "not known" of a command that was neither: of the first that came together
+// with others, while nothing of the message is out.
+bool Transfers::BreaksPipelining(Awaited command, int code) const {
+  const bool about_order = code == 500 || code == 502 || code == 503;
+  return AsksMuch() && about_order && command != Awaited::kEndOfData && !transfers_.front().verdict;
+}
+
+// No further message goes over this connection; those behind that have not begun need not be refused as well.
+void Transfers::UseUp(const Outcome& why) {
+  used_up_ = true;
+  window_.LimitConnection(mails_taken_);
+  for (std::size_t n = 1; n < transfers_.size(); ++n) {
+    Transfer& transfer = transfers_[n];
+    if (transfer.next != Next::kReset) continue;
+    transfer.verdict = why;
+    transfer.again = true;
+    transfer.next = Next::kNothing;
+  }
+}
+
+// --- ends ---
+
+// The 421 is the verdict of the message whose end it answers. Those behind it are in doubt once their end is out: not
+// every server stops where it says so.
+SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
+  if (IsLimit(command) && !IsOut(transfers_.front())) {
+    window_.LimitConnection(mails_taken_);
+  } else {
+    window_.BeCautious();
+  }
+  if (command == Awaited::kEndOfData && wire_.ReplyIsDue()) return {VerdictOf(ResultCode::kMessageRefused, reply)};
+  return {{State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."},
+          true};
+}
+
+// A server that makes no sense while it is first asked for several things at once may do well with one at a time.
+SessionEnd Transfers::OnNoSense(std::string_view what) {
+  const bool overtaxed = AsksMuch();
+  if (overtaxed) window_.GiveUpPipelining();
+  return {NoSense(what), overtaxed};
+}
+
+SessionEnd Transfers::OnGivenUp(Outcome why) {
+  const bool lost = why.code == ResultCode::kConnectionLost;
+  const bool late = why.code == ResultCode::kReplyTimeout;
+  const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
+  if (overtaxed) window_.GiveUpPipelining();
+  if ((lost || late) && !transfers_.empty()) window_.BeCautious();
+  return {std::move(why), lost || overtaxed};
+}
+
+}  // namespace quillcast::smtp

@@ -1,0 +1,235 @@
+#include "smtp/client/transfers.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <utility>
+
+#include "smtp/client/envelope_commands.h"
+#include "smtp/client/fit_envelope.h"
+
+namespace quillcast::smtp {
+namespace {
+
+// A message of more octets is not sent before its recipient is accepted.
+constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
+
+constexpr const char* kEndedBefore = "The connection ended before the server answered.";
+
+// Whether people would choose it as a limit: 20, 150, 1,000.
+bool IsRound(std::size_t number) {
+  if (number < 10) return false;
+  while (number % 10 == 0) number /= 10;
+  return number < 10 || number == 15 || number == 25 || number == 75;
+}
+
+}  // namespace
+
+void Transfers::Begin(const Capabilities& offered, bool pipeline) {
+  offered_ = &offered;
+  pipelined_ = pipeline && offered.pipelining && window_.pipelining();
+}
+
+bool Transfers::WantsMessage() {
+  if (offered_ == nullptr || UsedUp()) return false;
+  if (transfers_.empty()) return true;
+  if (!pipelined_) return false;
+  const Transfer& last = transfers_.back();
+  // The next envelope goes with the end of this message, which begins when DATA has been accepted.
+  if (!last.chunked) return last.next == Next::kBody || last.next == Next::kLoneDot;
+  return proven_ && last.next != Next::kImpossible && window_.Wants(transfers_.size(), octets_);
+}
+
+void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
+  Transfer& transfer = transfers_.Push();
+  transfer.envelope = envelope;
+  transfer.message = &message;
+  transfer.next = Next::kReset;
+  transfer.open = transfer.ended = transfer.sender_refused = transfer.again = false;
+  ++submitted_;
+  transfer.awaited = 0;
+  transfer.verdict = FitEnvelope(transfer.envelope, message, *offered_);
+  transfer.chunked = offered_->chunking && transfer.envelope.size != 0;
+  octets_ += transfer.envelope.size;
+  if (transfer.verdict) transfer.next = Next::kNothing;
+  FinishAnswered();
+}
+
+void Transfers::Withdraw(const Outcome& why) {
+  for (std::size_t n = sending_; n < transfers_.size(); ++n) {
+    if (transfers_[n].next != Next::kReset) continue;
+    transfers_[n].verdict = why;
+    transfers_[n].next = Next::kNothing;
+  }
+  FinishAnswered();
+}
+
+// --- sending ---
+
+bool Transfers::SendMore() {
+  if (offered_ == nullptr || end_ || sending_ == transfers_.size()) return false;
+  return SendNext(transfers_[sending_]);
+}
+
+void Transfers::Send(Transfer& transfer, Awaited reply, const SmtpLine& line, Next next) {
+  ++transfer.awaited;
+  transfer.next = next;
+  wire_.Send(reply, line, sending_);
+}
+
+bool Transfers::SendNext(Transfer& transfer) {
+  const bool may_send = pipelined_ || !wire_.awaits();
+  switch (transfer.next) {
+    case Next::kReset:
+      if (!may_send) return false;
+      transfer.next = Next::kMail;
+      if (!in_doubt_ && (!wire_.awaits() || !offered_->chunking)) return true;
+      in_doubt_ = false;
+      Send(transfer, Awaited::kReset, "RSET", Next::kMail);
+      return true;
+    case Next::kMail:
+      if (may_send) SendMail(transfer);
+      return may_send;
+    case Next::kRcpt:
+      if (may_send) SendRcpt(transfer);
+      return may_send;
+    case Next::kContent:
+      return may_send && SendContent(transfer);
+    case Next::kBody:
+      SendBody(transfer);
+      return true;
+    case Next::kLoneDot:
+      Send(transfer, Awaited::kLoneDot, ".", Next::kNothing);
+      return true;
+    case Next::kNothing:
+      ++sending_;
+      return true;
+    case Next::kReplyToData:
+    case Next::kImpossible:
+      return false;
+  }
+  return false;
+}
+
+void Transfers::SendMail(Transfer& transfer) {
+  if (const auto line = MailCommand(transfer.envelope, *offered_)) {
+    ++mails_made_;
+    return Send(transfer, Awaited::kMail, *line, Next::kRcpt);
+  }
+  end_ = {{State::kFailed, ResultCode::kSenderRefused, {}, "The sender cannot be sent."}};
+}
+
+void Transfers::SendRcpt(Transfer& transfer) {
+  if (const auto line = RcptCommand(transfer.envelope, *offered_)) {
+    return Send(transfer, Awaited::kRcpt, *line, Next::kContent);
+  }
+  end_ = {{State::kFailed, ResultCode::kRecipientRefused, {}, "The recipient cannot be sent."}};
+}
+
+bool Transfers::SendContent(Transfer& transfer) {
+  if (!transfer.chunked) {
+    Send(transfer, Awaited::kData, "DATA", Next::kReplyToData);
+    return true;
+  }
+  const std::uint64_t size = transfer.envelope.size;
+  if (MustBeAccepted(size) && wire_.awaits()) return false;
+  // The one chunk follows its command without a reply in between (RFC 3030 2).
+  Send(transfer, Awaited::kEndOfData, SmtpLine("BDAT").Then(SmtpLine::Of(size)).Then("LAST"), Next::kBody);
+  wire_.AwaitEndOfLast();
+  body_.emplace(*transfer.message, BodyWriter::Form::kCounted, size);
+  return true;
+}
+
+// Whether the envelope of a message of that many octets has to be accepted before the message goes.
+bool Transfers::MustBeAccepted(std::uint64_t size) const {
+  return !proven_ || window_.cautious() || size > kLarge || IsRound(mails_made_ - 1);
+}
+
+void Transfers::SendBody(Transfer& transfer) {
+  if (!body_) {
+    ++transfer.awaited;
+    wire_.AwaitEnd();
+    const bool dots = transfer.message->MayHaveLeadingDots();
+    body_.emplace(*transfer.message, dots ? BodyWriter::Form::kDots : BodyWriter::Form::kBare, transfer.envelope.size);
+  }
+  const auto filled = wire_.Fill(*body_);
+  octets_made_ = body_->taken();
+  octets_in_all_ = transfer.envelope.size;
+  if (!filled) {
+    // The message cannot be ended, so the connection cannot go on; the messages before it wait for their replies.
+    transfer.next = Next::kImpossible;
+    if (!transfer.verdict) {
+      transfer.verdict = {State::kFailed, CodeOfSource(filled.error()), {}, filled.error().what.InEnglish()};
+    }
+    return FinishAnswered();
+  }
+  if (!body_->ended()) return;
+  fmt::format_to(std::back_inserter(events_.Client({}, sending_).text), "(message, {} bytes)", octets_made_);
+  transfer.next = Next::kNothing;
+  transfer.ended = true;
+  transfer.end = wire_.EndMade();
+  body_.reset();
+}
+
+// --- outcomes ---
+
+void Transfers::FinishAnswered() {
+  while (!end_ && !transfers_.empty()) {
+    const Transfer& oldest = transfers_.front();
+    if (oldest.next == Next::kImpossible) {
+      end_ = {*oldest.verdict};
+      return;
+    }
+    if (oldest.next != Next::kNothing || oldest.awaited != 0 || !oldest.verdict) return;
+    Event& event = events_.Add(Event::Kind::kOutcome);
+    event.outcome = *oldest.verdict;
+    event.again = oldest.again;
+    Pop();
+  }
+}
+
+void Transfers::Pop() {
+  const Transfer& oldest = transfers_.front();
+  const bool next_has_begun = transfers_.size() > 1 && transfers_[1].next != Next::kReset;
+  if (oldest.open && !next_has_begun) in_doubt_ = true;
+  octets_ -= oldest.envelope.size;
+  transfers_.Pop();
+  if (sending_ > 0) --sending_;
+}
+
+void Transfers::Close(const SessionEnd& end) {
+  const bool cancelled = end.why.code == ResultCode::kCancelled;
+  for (bool oldest = true; !transfers_.empty(); oldest = false) {
+    const Transfer& transfer = transfers_.front();
+    Event& event = events_.Add(Event::Kind::kOutcome);
+    if (transfer.verdict) {
+      event.outcome = *transfer.verdict;
+      event.again = transfer.again && !cancelled;
+    } else {
+      event.outcome = OutcomeAtEnd(transfer, end, oldest);
+      const bool open = !IsOut(transfer) && event.outcome.state == State::kFailed;
+      event.again = open && !cancelled && (end.again || !oldest);
+    }
+    Pop();
+  }
+}
+
+// Of a message without a verdict. Which wait failed is told of the oldest, and of each that is out: it was the reply to
+// its end.
+Outcome Transfers::OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const {
+  const bool late = end.why.code == ResultCode::kReplyTimeout;
+  Outcome outcome{State::kFailed, late ? end.why.code : ResultCode::kConnectionLost, {}, {}};
+  if (oldest || end.why.code == ResultCode::kCancelled) outcome = end.why;
+  if (IsOut(transfer) && outcome.state == State::kFailed) {
+    outcome.state = State::kUnknown;
+    if (outcome.reason.empty() || !end.missing.empty())
+      AddSentence(outcome.reason, MeaningOf(Awaited::kEndOfData).missing);
+  } else if (oldest) {
+    AddSentence(outcome.reason, end.missing);
+  } else if (end.why.code != ResultCode::kCancelled) {
+    outcome.reason = kEndedBefore;
+  }
+  return outcome;
+}
+
+}  // namespace quillcast::smtp

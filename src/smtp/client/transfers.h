@@ -1,0 +1,115 @@
+// The messages of a session from Submit to their outcomes: MAIL, RCPT, DATA or BDAT, and how far they run ahead of the
+// server's replies. The order and its rules stand above ClientSession.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "smtp/capabilities.h"
+#include "smtp/client/body_writer.h"
+#include "smtp/client/reused_queue.h"
+#include "smtp/client/send_window.h"
+#include "smtp/client/session_events.h"
+#include "smtp/client/wire.h"
+#include "smtp/envelope.h"
+
+namespace quillcast::smtp {
+
+class Transfers {
+ public:
+  // All must outlive it.
+  Transfers(SendWindow& window, Wire& wire, SessionEvents& events) : window_(window), wire_(wire), events_(events) {}
+
+  // The server is ready, and offers this, which must outlive it as well. `pipeline`: the account asks for pipelining.
+  void Begin(const Capabilities& offered, bool pipeline);
+
+  // As those of ClientSession.
+  bool WantsMessage();
+  void Submit(const Envelope& envelope, MessageSource& message);
+  void Withdraw(const Outcome& why);
+  bool UsedUp() const { return used_up_ || submitted_ >= window_.per_connection(); }
+  bool empty() const { return transfers_.empty(); }
+  std::uint64_t octets_made() const { return octets_made_; }
+  std::uint64_t octets_in_all() const { return octets_in_all_; }
+
+  // Makes the next thing that may go out; false where there is none, or one has to wait for a reply.
+  bool SendMore();
+
+  // The reply to a command of the oldest message, no longer awaited.
+  void OnAccepted(Awaited command, const ServerReply& reply);
+  void OnRefused(Awaited command, const ServerReply& reply);
+
+  // Why the session has to end, once it has to; to be looked at after each call that may send or settle something.
+  const std::optional<SessionEnd>& end() const { return end_; }
+
+  // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.
+  SessionEnd OnGoodbye(Awaited command, const ServerReply& reply);
+  SessionEnd OnNoSense(std::string_view what);
+  SessionEnd OnGivenUp(Outcome why);
+
+  // Each message that is left has its outcome; the oldest one the session's.
+  void Close(const SessionEnd& end);
+
+ private:
+  // One message between Submit and its outcome.
+  struct Transfer {
+    enum class Next { kReset, kMail, kRcpt, kContent, kReplyToData, kBody, kLoneDot, kNothing, kImpossible };
+    Envelope envelope;  // fitted to what the server can do
+    MessageSource* message = nullptr;
+    Next next = Next::kReset;
+    bool chunked = false;     // BDAT
+    bool open = false;        // the server may hold a transaction for it
+    bool ended = false;       // its last byte is made; `end` tells where
+    std::uint64_t end = 0;    // of the bytes of this connection
+    std::size_t awaited = 0;  // its commands without a reply
+    bool sender_refused = false;
+    bool again = false;              // with the verdict: another connection may serve it
+    std::optional<Outcome> verdict;  // the first refusal
+  };
+  using Next = Transfer::Next;
+
+  // transfers.cpp
+  void Send(Transfer& transfer, Awaited reply, const SmtpLine& line, Next next);
+  bool SendNext(Transfer& transfer);
+  void SendMail(Transfer& transfer);
+  void SendRcpt(Transfer& transfer);
+  bool SendContent(Transfer& transfer);
+  bool MustBeAccepted(std::uint64_t size) const;
+  void SendBody(Transfer& transfer);
+  void FinishAnswered();
+  void Pop();
+  bool IsOut(const Transfer& transfer) const { return transfer.ended && transfer.end <= wire_.sent(); }
+  Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
+
+  // transfer_replies.cpp
+  void Deliver(const ServerReply& reply);
+  void SetNextAfterRefusal(Transfer& transfer, Awaited command);
+  bool BreaksPipelining(Awaited command, int code) const;
+  bool IsLimit(Awaited command) const { return command == Awaited::kMail && took_; }
+  void UseUp(const Outcome& why);
+  // Several things were asked at once of a server that has not shown yet that it can take that.
+  bool AsksMuch() const { return pipelined_ && !proven_ && !transfers_.empty(); }
+
+  SendWindow& window_;
+  Wire& wire_;
+  SessionEvents& events_;
+  const Capabilities* offered_ = nullptr;  // nothing before Begin
+  bool pipelined_ = false;
+  bool proven_ = false;    // the server has answered commands that came together
+  bool in_doubt_ = false;  // a transaction may be open: RSET goes before the next message
+  bool took_ = false;      // a message
+  bool used_up_ = false;   // it said that it takes no more over this connection
+
+  ReusedQueue<Transfer> transfers_;  // those without outcome, oldest first
+  std::size_t sending_ = 0;          // those before it are wholly made
+  std::uint64_t octets_ = 0;         // of all of them
+  std::size_t submitted_ = 0;        // over this connection
+  std::size_t mails_made_ = 0;       // MAIL commands
+  std::size_t mails_taken_ = 0;
+  std::optional<BodyWriter> body_;  // of transfers_[sending_]
+  std::uint64_t octets_made_ = 0;
+  std::uint64_t octets_in_all_ = 0;
+  std::optional<SessionEnd> end_;
+};
+
+}  // namespace quillcast::smtp
