@@ -135,12 +135,11 @@ int Measure(const profile::Program& program, const std::string& html, const std:
   fmt::print("memory {}\n", MemoryKiB());
 
   const recipients::RecipientStore store(program.folders.Database());
-  desktop::SendJob job;
-  job.document.subject = subject;
-  job.document.html = html;
-  job.group = **store.FindGroup("All");
-  job.recipients = *store.CountRecipients("All");
-  desktop::SendMailForm1 form(program, job, window.get());
+  document::MessageDocument letter;
+  letter.subject = subject;
+  letter.html = html;
+  desktop::SendMailForm1 form(program, letter, {**store.FindGroup("All"), *store.CountRecipients("All")},
+                              desktop::SendMailForm1::Server::kReal, window.get());
   form.show();
   auto* button = form.findChild<QPushButton*>("SendButton");
   const LongestPause pause;

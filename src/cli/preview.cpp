@@ -4,8 +4,9 @@
 #include "account/account_settings.h"
 #include "cli/commands.h"
 #include "cli/document_options.h"
+#include "cli/send_steps.h"
 #include "platform/text.h"
-#include "run/message_preview.h"
+#include "run/prepared_run.h"
 
 namespace quillcast::cli {
 namespace {
@@ -19,13 +20,12 @@ int RunPreview(Context& context, const PreviewOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   const profile::SettingsStore settings(folders->settings);
-  const auto account = account::AccountSettings::Load(settings);
-  if (!account) return context.output.Fail(account.error());
-  const auto document = DocumentFrom(options.document, *folders, settings, context.prompts);
+  auto document = DocumentFrom(options.document, *folders, settings, context.prompts);
   if (!document) return context.output.Fail(document.error());
-  const auto preview = run::WritePreview(*folders, settings, *document, *account, context.clock, context.entropy);
+  const auto preview =
+      run::Prepare(std::move(*document), run::ChosenGroup(), PlaceOf(context, *folders)).WritePreview();
   if (!preview) return context.output.Fail(preview.error());
-  for (const auto& note : preview->notes) context.output.Note(note);
+  for (const auto& note : preview->notes) context.output.Note(note.InEnglish());
   context.output.Line(fmt::format("The preview is {}.", preview->file.string()));
   std::vector<std::string> pictures;
   for (const auto& picture : preview->pictures) pictures.push_back(platform::Printable(picture.string(), 4096));

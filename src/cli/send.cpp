@@ -4,15 +4,12 @@
 
 #include <algorithm>
 
-#include "account/account_message.h"
 #include "cli/commands.h"
 #include "cli/document_options.h"
 #include "cli/send_steps.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
-#include "run/pre_flight.h"
-#include "run/sending_run.h"
-#include "run/single_message.h"
+#include "run/prepared_run.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::cli {
@@ -36,12 +33,12 @@ struct SendOptions {
 class SendListener final : public run::RunListener {
  public:
   // `told`: what the person was told before the run, and is not told again.
-  SendListener(Output& output, const std::vector<std::string>& told, bool keep_going)
+  SendListener(Output& output, const std::vector<Sentence>& told, bool keep_going)
       : output_(output), told_(told), keep_going_(keep_going) {}
 
   void ReportLine(std::string_view) override {}  // the report is in the history
-  void Note(std::string_view text) override {
-    if (std::find(told_.begin(), told_.end(), text) == told_.end()) output_.Note(text);
+  void Note(const Sentence& sentence) override {
+    if (std::find(told_.begin(), told_.end(), sentence) == told_.end()) output_.Note(sentence.InEnglish());
   }
 
   void Finished(const run::RecipientResult& result) override {
@@ -91,7 +88,7 @@ class SendListener final : public run::RunListener {
 
  private:
   Output& output_;
-  const std::vector<std::string>& told_;
+  const std::vector<Sentence>& told_;
   bool keep_going_;
   std::int64_t not_tried_ = 0;
   std::int64_t last_not_tried_ = 0;
@@ -109,45 +106,44 @@ Result<std::optional<run::PartialRange>> RangeFrom(const std::string& text, std:
                Say("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
 }
 
-int RunMailing(Context& context, const Mailing& mailing, const message::MessageTemplate& message,
-               const std::optional<run::PartialRange>& range, const std::vector<std::string>& told, bool keep_going) {
-  if (const auto& trouble = message.trouble()) {
+int TellSummary(Context& context, const run::PreparedRun& prepared, const profile::Folders& folders,
+                const std::optional<run::PartialRange>& range, const run::RunSummary& summary) {
+  context.output.Object({{"sent", summary.sent},
+                         {"failed", summary.failed},
+                         {"not_tried", summary.not_tried},
+                         {"history", summary.history}});
+  context.output.Line(
+      fmt::format("{} sent, {} failed.", platform::Counted(summary.sent, "message", "messages"), summary.failed));
+  context.output.Line(fmt::format("Report: {}", (folders.History() / (summary.history + ".txt")).string()));
+  if (summary.not_tried > 0) {
+    const std::int64_t last = range ? range->last : prepared.group().recipients;
+    context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",
+                                    platform::Counted(summary.not_tried, "recipient was", "recipients were"),
+                                    last - summary.not_tried + 1, last));
+  }
+  if (summary.stopped) return context.output.Fail(*summary.stopped);
+  if (summary.not_tried > 0) return ExitCode(Failure::kTryAgain);
+  return summary.failed > 0 ? 1 : 0;
+}
+
+int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
+               const std::optional<run::PartialRange>& range, const std::vector<Sentence>& told, bool keep_going) {
+  const auto message = prepared.Message();
+  if (!message) return context.output.Fail(message.error());
+  if (const auto& trouble = (*message)->trouble()) {
     context.output.Note("Note: No message can be made. " + InOneLine(trouble->error));
   }
   SendListener listener(context.output, told, keep_going);
-  const run::RunRequest request{message,       mailing.document.subject, mailing.account,
-                                mailing.group, mailing.recipients,       range};
-  const auto summary =
-      run::SendToGroup(request, {mailing.folders, context.clock, context.entropy, context.cancel}, listener);
+  const auto summary = prepared.Run(range, listener);
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());
-
   listener.CountNotTried();
-  context.output.Object({{"sent", summary->sent},
-                         {"failed", summary->failed},
-                         {"not_tried", summary->not_tried},
-                         {"history", summary->history}});
-  context.output.Line(
-      fmt::format("{} sent, {} failed.", platform::Counted(summary->sent, "message", "messages"), summary->failed));
-  context.output.Line(fmt::format("Report: {}", (mailing.folders.History() / (summary->history + ".txt")).string()));
-  if (summary->not_tried > 0) {
-    const std::int64_t last = range ? range->last : mailing.recipients;
-    context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",
-                                    platform::Counted(summary->not_tried, "recipient was", "recipients were"),
-                                    last - summary->not_tried + 1, last));
-  }
-  if (summary->stopped) return context.output.Fail(*summary->stopped);
-  if (summary->not_tried > 0) return ExitCode(Failure::kTryAgain);
-  return summary->failed > 0 ? 1 : 0;
+  return TellSummary(context, prepared, folders, range, *summary);
 }
 
 // Composes every message and hands over nothing.
-int RunDry(Context& context, const Mailing& mailing, const message::MessageTemplate& message,
-           const std::optional<run::PartialRange>& range) {
-  if (const auto& trouble = message.trouble()) return context.output.Fail(trouble->error);
-  auto rows = OpenRows(mailing);
-  if (!rows) return context.output.Fail(rows.error());
-  const auto composed = ComposeAll(*rows, message, range, context.cancel);
+int RunDry(Context& context, run::PreparedRun& prepared, const std::optional<run::PartialRange>& range) {
+  const auto composed = prepared.Compose(range);
   if (!composed) return context.output.Fail(composed.error());
   context.output.Line(fmt::format("{} composed, {} octets in all; nothing was sent.",
                                   platform::Counted(composed->messages, "message", "messages"),
@@ -158,25 +154,21 @@ int RunDry(Context& context, const Mailing& mailing, const message::MessageTempl
 }
 
 // The message that --to-file or --proof asks for.
-Result<recipients::Recipient> RenderRequested(const SendOptions& options, const Mailing& mailing,
-                                              const message::MessageTemplate& message,
+Result<recipients::Recipient> RenderRequested(const SendOptions& options, run::PreparedRun& prepared,
                                               message::RenderedMessage& rendered) {
-  auto rows = OpenRows(mailing);
-  if (!rows) return rows.error();
-  auto row = run::FindRow(*rows, options.as);
+  auto row = prepared.RecipientWith(options.as);
   if (!row) {
     return Error{row.error().failure, row.error().what,
-                 Say("quillcast recipient list --group '{}' shows who is in it.", mailing.group.name)};
+                 Say("quillcast recipient list --group '{}' shows who is in it.", prepared.group().group.name)};
   }
-  const auto made = run::RenderFor(*row, options.proof, message, rendered);
+  const auto made = prepared.Render(*row, options.proof, rendered);
   if (!made) return made.error();
   return row;
 }
 
-int RunToFile(Context& context, const SendOptions& options, const Mailing& mailing,
-              const message::MessageTemplate& message) {
+int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& prepared) {
   message::RenderedMessage rendered;
-  const auto row = RenderRequested(options, mailing, message, rendered);
+  const auto row = RenderRequested(options, prepared, rendered);
   if (!row) return context.output.Fail(row.error());
   const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
@@ -193,13 +185,11 @@ int RunToFile(Context& context, const SendOptions& options, const Mailing& maili
   return 0;
 }
 
-int RunProof(Context& context, const SendOptions& options, const Mailing& mailing,
-             const message::MessageTemplate& message) {
+int RunProof(Context& context, const SendOptions& options, run::PreparedRun& prepared) {
   message::RenderedMessage rendered;
-  const auto row = RenderRequested(options, mailing, message, rendered);
+  const auto row = RenderRequested(options, prepared, rendered);
   if (!row) return context.output.Fail(row.error());
-  const auto outcome = run::SendAlone(mailing.account, rendered, context.clock, context.cancel,
-                                      [&](std::string_view line) { context.output.Note(line); });
+  const auto outcome = prepared.Send(rendered, [&](std::string_view line) { context.output.Note(line); });
   if (!outcome) return context.output.Fail(outcome.error());
   const bool sent = outcome->state == smtp::State::kSent;
   context.output.Object({{"address", options.proof},
@@ -232,30 +222,29 @@ Result<void> CheckOptions(const SendOptions& options) {
 int RunSend(Context& context, const SendOptions& options) {
   const auto usable = CheckOptions(options);
   if (!usable) return context.output.Fail(usable.error());
-  auto mailing = PrepareMailing(context, options.document, options.group);
-  if (!mailing) return context.output.Fail(mailing.error());
-  const auto range = RangeFrom(options.range, mailing->recipients);
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  auto prepared = PrepareRun(context, *folders, options.document, options.group);
+  if (!prepared) return context.output.Fail(prepared.error());
+  const auto range = RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());
-  if (const int refused = AskBeforeSending(context, *mailing)) return refused;
+  if (const int refused = AskBeforeSending(context, *prepared)) return refused;
 
-  auto message_options =
-      account::LoadMessageOptions(profile::SettingsStore(mailing->folders.settings), mailing->account);
-  if (!message_options) return context.output.Fail(message_options.error());
   // Where nothing is sent, they are only told of.
   const bool sends = !options.dry_run && options.to_file.empty();
   if (sends || options.leave_pictures_out) {
     const auto choice = options.leave_pictures_out ? ForeignPictures::kLeaveOut : ForeignPictures::kAskAbout;
-    const auto settled = SettlePictures(context, *message_options, choice, mailing->document);
+    const auto settled = SettlePictures(context, choice, *prepared);
     if (!settled) return context.output.Fail(settled.error());
   }
-  const message::MessageTemplate message(mailing->document, std::move(*message_options), mailing->folders.temporary,
-                                         context.clock, context.entropy);
-  const auto told = TellFindings(context, *mailing, message, options.dry_run || !options.to_file.empty());
+  // A run asks its server itself what it offers, where the rest does not speak to one.
+  using Server = run::PreparedRun::Server;
+  const auto told = TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked);
   if (!told) return context.output.Fail(told.error());
-  if (options.dry_run) return RunDry(context, *mailing, message, *range);
-  if (!options.to_file.empty()) return RunToFile(context, options, *mailing, message);
-  if (!options.proof.empty()) return RunProof(context, options, *mailing, message);
-  return RunMailing(context, *mailing, message, *range, *told, options.keep_going);
+  if (options.dry_run) return RunDry(context, *prepared, *range);
+  if (!options.to_file.empty()) return RunToFile(context, options, *prepared);
+  if (!options.proof.empty()) return RunProof(context, options, *prepared);
+  return RunMailing(context, *folders, *prepared, *range, *told, options.keep_going);
 }
 
 }  // namespace

@@ -112,42 +112,47 @@ std::string Taking::Take(const fs::path& file) {
   return result.pictures.back().content_id;
 }
 
-std::string FirstOf(const std::vector<fs::path>& files) {
+Sentence FirstOf(const std::vector<fs::path>& files) {
   std::string names;
   for (std::size_t i = 0; i < files.size() && i < kMostNamed; ++i) {
     names += (i == 0 ? "" : ", ") + platform::Printable(files[i].string(), 300);
   }
-  if (files.size() > kMostNamed) names += fmt::format(" and {} more", files.size() - kMostNamed);
-  return names;
+  return files.size() > kMostNamed ? Say("{} and {} more", names, files.size() - kMostNamed) : Sentence(names);
 }
 
 template <typename Item>
-void AppendListed(std::vector<std::string>& lines, const std::vector<Item>& items, const char* rest) {
+void AppendListed(std::vector<Sentence>& lines, const std::vector<Item>& items, SentencePattern<1> one_more,
+                  SentencePattern<1> many_more) {
   for (std::size_t i = 0; i < items.size() && i < kMostListed; ++i) lines.push_back(Describe(items[i]));
   if (items.size() <= kMostListed) return;
-  const auto more = static_cast<std::int64_t>(items.size() - kMostListed);
-  lines.push_back(fmt::format(fmt::runtime(rest), platform::Counted(more, "more picture", "more pictures")));
+  lines.push_back(SayOf(std::ssize(items) - std::int64_t{kMostListed}, one_more, many_more));
 }
 
 }  // namespace
 
-std::string Describe(const PictureTrouble& trouble) {
-  const char* const what = trouble.code == kBodyNotOpened ? "is missing or may not be read"
-                           : trouble.code == kBodyNotRead ? "cannot be read"
-                           : trouble.code == kBodyNoFile  ? "is no file that can be taken along"
-                                                          : "is no picture";
-  return fmt::format("The picture {} {}.", platform::Printable(trouble.file, 300), what);
+Sentence Describe(const PictureTrouble& trouble) {
+  const std::string file = platform::Printable(trouble.file, 300);
+  if (trouble.code == kBodyNotOpened) return Say("The picture {} is missing or may not be read.", file);
+  if (trouble.code == kBodyNotRead) return Say("The picture {} cannot be read.", file);
+  if (trouble.code == kBodyNoFile) return Say("The picture {} is no file that can be taken along.", file);
+  return Say("The picture {} is no picture.", file);
 }
 
-std::string Describe(const Picture& picture) {
-  return fmt::format("The picture {} goes along ({}).", platform::Printable(picture.file.string(), 300),
-                     platform::HumanSize(picture.size));
+Sentence GoesWithout(const PictureTrouble& trouble) {
+  return Say("{} The message goes out without it.", Describe(trouble));
 }
 
-std::string Describe(const ForeignPicture& picture) {
-  return fmt::format("The picture {} lies outside the document's folder and {}.",
-                     platform::Printable(picture.file.string(), 300),
-                     picture.left_out ? "is left out" : "does not go along unless you allow it");
+Sentence Describe(const Picture& picture) {
+  return Say("The picture {} goes along ({}).", platform::Printable(picture.file.string(), 300),
+             platform::HumanSize(picture.size));
+}
+
+Sentence Describe(const ForeignPicture& picture) {
+  const std::string file = platform::Printable(picture.file.string(), 300);
+  return picture.left_out ? Say("The picture {} lies outside the document's folder and is left out.", file)
+                          : Say("The picture {} lies outside the document's folder and does not go along unless you "
+                                "allow it.",
+                                file);
 }
 
 Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
@@ -193,11 +198,11 @@ bool TakesPictures(const document::MessageDocument& document, const MessageOptio
   return document.format == document::Format::kHtml && !options.is_bare;
 }
 
-std::vector<std::string> ListPictures(const std::vector<Picture>& pictures,
-                                      const std::vector<ForeignPicture>& foreign) {
-  std::vector<std::string> lines;
-  AppendListed(lines, pictures, "And {} that go along.");
-  AppendListed(lines, foreign, "And {} from outside the document's folder.");
+std::vector<Sentence> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign) {
+  std::vector<Sentence> lines;
+  AppendListed(lines, pictures, "And {} more picture that go along.", "And {} more pictures that go along.");
+  AppendListed(lines, foreign, "And {} more picture from outside the document's folder.",
+               "And {} more pictures from outside the document's folder.");
   return lines;
 }
 
@@ -209,13 +214,14 @@ std::vector<fs::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreig
   return files;
 }
 
-std::string NameForeign(const std::vector<fs::path>& files) {
-  return fmt::format("The document names {} outside its own folder: {}.",
-                     platform::Counted(std::ssize(files), "picture", "pictures"), FirstOf(files));
+Sentence NameForeign(const std::vector<fs::path>& files) {
+  return SayOf(std::ssize(files), "The document names {} picture outside its own folder: {}.",
+               "The document names {} pictures outside its own folder: {}.", FirstOf(files));
 }
 
-std::string PictureQuestion(const std::vector<fs::path>& files) {
-  return NameForeign(files) + (files.size() == 1 ? " Shall it go along?" : " Shall they go along?");
+Sentence PictureQuestion(const std::vector<fs::path>& files) {
+  return files.size() == 1 ? Say("{} Shall it go along?", NameForeign(files))
+                           : Say("{} Shall they go along?", NameForeign(files));
 }
 
 }  // namespace quillcast::message

@@ -12,6 +12,7 @@
 #include "platform/cancel.h"
 #include "platform/file.h"
 #include "platform/result.h"
+#include "platform/sentence.h"
 
 namespace quillcast::message {
 
@@ -34,16 +35,17 @@ struct PictureTrouble {
   std::int32_t code;  // of loading the body, see body_import.h
 };
 
-// Sentences for the person.
-std::string Describe(const PictureTrouble& trouble);
-std::string Describe(const Picture& picture);
+// Sentences for the person; with what comes of a trouble behind it.
+Sentence Describe(const PictureTrouble& trouble);
+Sentence GoesWithout(const PictureTrouble& trouble);
+Sentence Describe(const Picture& picture);
 
 // A picture that lies where the document may not take pictures from (document::PicturePlaces). Its reference stays.
 struct ForeignPicture {
   std::filesystem::path file;  // links resolved
   bool left_out = false;       // the person was asked, and said so
 };
-std::string Describe(const ForeignPicture& picture);
+Sentence Describe(const ForeignPicture& picture);
 
 struct RelatedPictures {
   std::string html;                      // with "cid:" references
@@ -66,12 +68,12 @@ Result<RelatedPictures> LookForPictures(const document::MessageDocument& documen
 
 // What is to be told of them before anything goes out: those that go along, then those that do not, a sentence each; of
 // many, the first and how many more there are.
-std::vector<std::string> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign);
+std::vector<Sentence> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign);
 
 // What the person has to be asked about before the message can go out.
 std::vector<std::filesystem::path> PicturesToAskFor(const std::vector<ForeignPicture>& foreign);
 // Which they are, as a sentence, and with the question about them behind it.
-std::string NameForeign(const std::vector<std::filesystem::path>& files);
-std::string PictureQuestion(const std::vector<std::filesystem::path>& files);
+Sentence NameForeign(const std::vector<std::filesystem::path>& files);
+Sentence PictureQuestion(const std::vector<std::filesystem::path>& files);
 
 }  // namespace quillcast::message

@@ -43,12 +43,16 @@ int ExitCode(Failure failure) {
   return 70;
 }
 
-std::string Describe(const Error& error) {
-  return error.remedy.empty() ? error.what.InEnglish() : error.what.InEnglish() + "\n" + error.remedy.InEnglish();
+Sentence AsLines(const Error& error) {
+  return error.remedy.empty() ? error.what : Say("{}\n{}", error.what, error.remedy);
 }
 
-std::string InOneLine(const Error& error) {
-  return error.remedy.empty() ? error.what.InEnglish() : error.what.InEnglish() + " " + error.remedy.InEnglish();
+Sentence AsSentence(const Error& error) {
+  return error.remedy.empty() ? error.what : Say("{} {}", error.what, error.remedy);
 }
+
+std::string Describe(const Error& error) { return AsLines(error).InEnglish(); }
+
+std::string InOneLine(const Error& error) { return AsSentence(error).InEnglish(); }
 
 }  // namespace quillcast

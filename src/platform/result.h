@@ -37,8 +37,10 @@ struct Error {
 int ExitCode(Failure failure);
 
 // The two sentences of an error, one line each; the remedy only when there is one.
+Sentence AsLines(const Error& error);
 std::string Describe(const Error& error);
 // What happened and the remedy, parted by a blank.
+Sentence AsSentence(const Error& error);
 std::string InOneLine(const Error& error);
 
 // A value, or the reason why there is none. Reading the one that is not there ends the program.

@@ -2,7 +2,11 @@
 
 #include <charconv>
 
+#include "platform/text.h"
+
 namespace quillcast {
+
+Sentence NumberValue(std::int64_t number) { return platform::WithThousands(number); }
 
 std::string Sentence::InEnglish() const {
   return In([](const std::string& pattern) { return pattern; });

@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -59,6 +60,7 @@ inline Sentence ValueOf(Sentence value) { return value; }
 inline Sentence ValueOf(std::string_view value) { return std::string(value); }
 inline Sentence ValueOf(const std::string& value) { return value; }
 inline Sentence ValueOf(const char* value) { return std::string(value); }
+Sentence NumberValue(std::int64_t number);  // "1,234,567"
 template <std::integral Number>
 Sentence ValueOf(Number value) {
   return std::to_string(value);
@@ -68,6 +70,13 @@ Sentence ValueOf(Number value) {
 template <typename... Values>
 Sentence Say(std::type_identity_t<SentencePattern<sizeof...(Values)>> pattern, const Values&... values) {
   return Sentence(pattern.text(), {ValueOf(values)...});
+}
+
+// The same of a number of things, which is the first value: `one` for 1, else `many`.
+template <typename... Values>
+Sentence SayOf(std::int64_t count, std::type_identity_t<SentencePattern<sizeof...(Values) + 1>> one,
+               std::type_identity_t<SentencePattern<sizeof...(Values) + 1>> many, const Values&... values) {
+  return Sentence((count == 1 ? one : many).text(), {NumberValue(count), ValueOf(values)...});
 }
 
 }  // namespace quillcast

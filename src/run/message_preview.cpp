@@ -1,6 +1,5 @@
 #include "run/message_preview.h"
 
-#include "account/account_message.h"
 #include "document/merge_fields.h"
 #include "message/message_template.h"
 #include "platform/file.h"
@@ -17,14 +16,12 @@ recipients::Recipient TagsAsValues() {
 
 }  // namespace
 
-Result<Preview> WritePreview(const profile::Folders& folders, const profile::SettingsStore& settings,
-                             const document::MessageDocument& document, const account::AccountSettings& account,
-                             const platform::Clock& clock, platform::Entropy& entropy) {
-  auto options = account::LoadMessageOptions(settings, account);
-  if (!options) return options.error();
-  options->name_field = 0;
-  const smtp::Address address = options->sender_address;
-  const message::MessageTemplate message(document, std::move(*options), folders.temporary, clock, entropy);
+Result<Preview> WritePreview(const document::MessageDocument& document, message::MessageOptions options,
+                             const RunPlace& place) {
+  const profile::Folders& folders = place.folders;
+  options.name_field = 0;
+  const smtp::Address address = options.sender_address;
+  const message::MessageTemplate message(document, std::move(options), folders.temporary, place.clock, place.entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
   Preview preview{folders.PreviewMessage(), message::ListPictures(message.pictures(), message.foreign_pictures()), {}};
   for (const auto& picture : message.pictures()) preview.pictures.push_back(picture.file);

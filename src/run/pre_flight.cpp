@@ -67,14 +67,14 @@ PreFlight LookAt(const document::MessageDocument& document, const message::Messa
   found.unknown_tags =
       document::UnknownTags(document.subject + "\n" + document.html + "\n" + document.text.value_or(""));
   for (const auto& trouble : message.picture_troubles()) {
-    found.pictures.push_back(Describe(trouble) + " The message goes out without it.");
+    found.pictures.push_back(message::GoesWithout(trouble));
   }
   if (message.is_html()) {
     for (const auto& address : html::FindPicturesNamedByTags(document.html)) {
-      found.pictures.push_back(fmt::format(
-          "The picture {} is named by a merge tag, so it is not taken along: readers show it only where its "
-          "address is one of the net.",
-          platform::Printable(address, 200)));
+      found.pictures.push_back(
+          Say("The picture {} is named by a merge tag, so it is not taken along: readers show it only where its "
+              "address is one of the net.",
+              platform::Printable(address, 200)));
     }
   }
   found.lacks_text = message.is_html() && !message.has_text();
@@ -114,47 +114,49 @@ Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageD
   return found;
 }
 
-std::vector<std::string> Describe(const PreFlight& findings) {
-  std::vector<std::string> lines = findings.pictures;
+std::vector<Sentence> Describe(const PreFlight& findings) {
+  std::vector<Sentence> lines = findings.pictures;
   if (findings.lacks_text) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }
   for (const auto& tag : findings.unknown_tags) {
-    lines.push_back(fmt::format("Unknown tag {}: it goes out as it stands.", platform::Printable(tag)));
+    lines.push_back(Say("Unknown tag {}: it goes out as it stands.", platform::Printable(tag)));
   }
   if (findings.unknown_tags.size() == document::kMostUnknownTags) {
-    lines.push_back(
-        fmt::format("There may be more unknown tags: no more than {} are looked for.", document::kMostUnknownTags));
+    lines.push_back(Say("There may be more unknown tags: no more than {} are looked for.", document::kMostUnknownTags));
   }
   for (const auto& empty : findings.empty_fields) {
-    lines.push_back(fmt::format("{} no value for {} (the first is {}).",
-                                platform::Counted(empty.recipients, "recipient has", "recipients have"),
-                                document::kMergeFields[empty.field].tag, platform::Printable(empty.first, 100)));
+    lines.push_back(SayOf(empty.recipients, "{} recipient has no value for {} (the first is {}).",
+                          "{} recipients have no value for {} (the first is {}).",
+                          document::kMergeFields[empty.field].tag, platform::Printable(empty.first, 100)));
   }
   if (findings.subjects_beyond_set > 0) {
-    lines.push_back(fmt::format("{} a subject that {} cannot hold, so it goes out in UTF-8 (the first is {}).",
-                                platform::Counted(findings.subjects_beyond_set, "recipient has", "recipients have"),
-                                findings.charset, platform::Printable(findings.first_beyond_set, 100)));
+    lines.push_back(
+        SayOf(findings.subjects_beyond_set,
+              "{} recipient has a subject that {} cannot hold, so it goes out in UTF-8 (the first is {}).",
+              "{} recipients have a subject that {} cannot hold, so it goes out in UTF-8 (the first is {}).",
+              findings.charset, platform::Printable(findings.first_beyond_set, 100)));
   }
   if (findings.markup_values > 0) {
     lines.push_back(
-        fmt::format("{} \"<\" or \"&\" in a value, which goes into the HTML as it stands (the first is {}).",
-                    platform::Counted(findings.markup_values, "recipient has", "recipients have"),
-                    platform::Printable(findings.first_with_markup, 100)));
+        SayOf(findings.markup_values,
+              "{} recipient has \"<\" or \"&\" in a value, which goes into the HTML as it stands (the first is {}).",
+              "{} recipients have \"<\" or \"&\" in a value, which goes into the HTML as it stands (the first is {}).",
+              platform::Printable(findings.first_with_markup, 100)));
   }
   if (findings.without_address > 0) {
-    lines.push_back(fmt::format("{} no address that a message can be sent to.",
-                                platform::Counted(findings.without_address, "entry has", "entries have")));
+    lines.push_back(SayOf(findings.without_address, "{} entry has no address that a message can be sent to.",
+                          "{} entries have no address that a message can be sent to."));
   }
   return lines;
 }
 
-std::optional<std::string> AskAboutNotices(const account::AccountSettings& account,
-                                           const message::MessageTemplate& message, const platform::Clock& clock,
-                                           const platform::CancelToken& cancel) {
+std::optional<Sentence> AskAboutNotices(const account::AccountSettings& account,
+                                        const message::MessageTemplate& message, const platform::Clock& clock,
+                                        const platform::CancelToken& cancel) {
   if (!message.asks_for_notice()) return {};
   auto options = account::ClientOptionsOf(account);
-  if (!options) return InOneLine(options.error());
+  if (!options) return AsSentence(options.error());
   options->sign_in = false;
   options->password = smtp::Secret();
   options->timeout = std::min(options->timeout, kPatience);
@@ -162,7 +164,8 @@ std::optional<std::string> AskAboutNotices(const account::AccountSettings& accou
   const auto outcome = smtp::Client(*options, clock, cancel).Test(listener);
   if (listener.offers_notices()) return {};
   if (outcome.code == smtp::ResultCode::kSuccess) return kNoNotices;
-  return "The server could not be asked whether it offers delivery notifications (DSN): " + smtp::WhyText(outcome);
+  return Say("The server could not be asked whether it offers delivery notifications (DSN): {}",
+             smtp::WhyText(outcome));
 }
 
 }  // namespace quillcast::run

@@ -12,10 +12,12 @@
 #include "message/message_template.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
+#include "platform/sentence.h"
 #include "recipients/row_source.h"
 
 namespace quillcast::run {
 
+// What the run says where notices were asked for and none will come.
 inline constexpr const char* kNoNotices =
     "The account asks for delivery notifications, which the server does not offer (DSN), so none will come.";
 
@@ -28,8 +30,8 @@ struct PreFlight {
   };
   std::vector<EmptyField> empty_fields;
   std::vector<std::string> unknown_tags;
-  std::vector<std::string> pictures;  // sentences on those that do not go along
-  bool lacks_text = false;            // HTML without a text part
+  std::vector<Sentence> pictures;  // on those that do not go along
+  bool lacks_text = false;         // HTML without a text part
   // Recipients whose subject holds what the account's character set, `charset`, does not.
   std::int64_t subjects_beyond_set = 0;
   std::string first_beyond_set;
@@ -47,13 +49,13 @@ struct PreFlight {
 Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageDocument& document,
                            const message::MessageTemplate& message, const platform::CancelToken& cancel);
 
-// The findings as sentences, one a line each; empty when there is nothing to say but the size.
-std::vector<std::string> Describe(const PreFlight& findings);
+// The findings as sentences; empty when there is nothing to say but the size.
+std::vector<Sentence> Describe(const PreFlight& findings);
 
 // Asks the account's server, where the message asks it for delivery notifications, whether it offers them: a sentence
 // when it does not, or cannot be asked within seconds. Nothing is sent, and nobody signs in.
-std::optional<std::string> AskAboutNotices(const account::AccountSettings& account,
-                                           const message::MessageTemplate& message, const platform::Clock& clock,
-                                           const platform::CancelToken& cancel);
+std::optional<Sentence> AskAboutNotices(const account::AccountSettings& account,
+                                        const message::MessageTemplate& message, const platform::Clock& clock,
+                                        const platform::CancelToken& cancel);
 
 }  // namespace quillcast::run

@@ -20,35 +20,35 @@ bool IsEmptyBody(std::string_view text) {
 }
 
 struct Row {
-  bool (*applies)(const MailingFacts&);
+  bool (*applies)(const SendingFacts&);
   Kind kind;
   const char* text;
   const char* control;
 };
 
 constexpr auto kRows = std::to_array<Row>({
-    {[](const MailingFacts& f) { return !f.account_filled_in; }, Kind::kWarning,
+    {[](const SendingFacts& f) { return !f.account_filled_in; }, Kind::kWarning,
      "Please fill out the Mail Account section in Email Manager.", "EmailButton"},
-    {[](const MailingFacts& f) { return f.groups.empty(); }, Kind::kWarning,
+    {[](const SendingFacts& f) { return f.groups.empty(); }, Kind::kWarning,
      "Please create at least one group of recipients.", "GroupButton"},
-    {[](const MailingFacts& f) { return f.group.empty(); }, Kind::kWarning, "Please specify a group in the To field.",
+    {[](const SendingFacts& f) { return f.group.empty(); }, Kind::kWarning, "Please specify a group in the To field.",
      "GroupButton"},
-    {[](const MailingFacts& f) { return f.subject.empty(); }, Kind::kQuestion,
+    {[](const SendingFacts& f) { return f.subject.empty(); }, Kind::kQuestion,
      "This message has no subject. Are you sure you want to send it?", "SubjectTextBox"},
-    {[](const MailingFacts& f) { return LooksLikeAReply(f.subject); }, Kind::kQuestion,
+    {[](const SendingFacts& f) { return LooksLikeAReply(f.subject); }, Kind::kQuestion,
      "Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
      "You should be sure that you know what you are doing.\r\n"
      "Are you sure you want to continue?",
      "SubjectTextBox"},
-    {[](const MailingFacts& f) { return IsEmptyBody(f.body_text); }, Kind::kQuestion,
+    {[](const SendingFacts& f) { return IsEmptyBody(f.body_text); }, Kind::kQuestion,
      "Are you sure you want to send an empty message?", "Editor"},
-    {[](const MailingFacts& f) { return f.recipients == 0; }, Kind::kWarning,
+    {[](const SendingFacts& f) { return f.recipients == 0; }, Kind::kWarning,
      "The selected group does not contain any recipients.", "GroupButton"},
 });
 
 }  // namespace
 
-std::optional<std::string> CheckBeforeSending(const MailingFacts& facts, platform::Prompts& prompts) {
+std::optional<std::string> CheckBeforeSending(const SendingFacts& facts, platform::Prompts& prompts) {
   for (const Row& row : kRows) {
     if (!row.applies(facts)) continue;
     if (row.kind == Kind::kQuestion) {

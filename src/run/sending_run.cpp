@@ -1,18 +1,12 @@
 #include "run/sending_run.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
 #include <vector>
 
-#include "account/account_connection.h"
-#include "platform/text.h"
-#include "run/history.h"
 #include "run/pre_flight.h"
-#include "smtp/client/client.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
@@ -42,16 +36,15 @@ struct OwnFailure {
 // Takes the rows of the group one by one, from the store to the wire to the report.
 class Run final : public smtp::JobSource {
  public:
-  Run(const RunRequest& request, const RunPlace& place, RunListener& listener, HistoryEntry& entry)
-      : request_(request),
-        place_(place),
+  Run(const RunParts& parts, HistoryEntry entry, RunListener& listener)
+      : parts_(parts),
         listener_(listener),
-        entry_(entry),
-        template_(request.message),
+        history_(std::move(entry.base)),
+        copy_(std::move(entry.message)),
         report_(std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); }),
-        range_(request.range.value_or(PartialRange{1, request.recipients})) {}
+        range_(parts.range.value_or(PartialRange{1, parts.recipients})) {}
 
-  RunSummary Execute(const smtp::ClientOptions& options);
+  RunSummary Execute();
 
   smtp::Job* NextJob() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
@@ -67,7 +60,9 @@ class Run final : public smtp::JobSource {
  private:
   std::int64_t Done() const { return summary_.sent + summary_.failed; }
   std::int64_t InRange() const { return range_.last - range_.first + 1; }
-  bool MayGoOn() const { return place_.cancel.Requested() == platform::Stop::kNone && !summary_.stopped; }
+  bool IsCancelled() const { return parts_.cancel.Requested() != platform::Stop::kNone; }
+  bool MayGoOn() const { return !IsCancelled() && !summary_.stopped; }
+  bool OpenRows(recipients::Reading reading);
   bool NextRow();
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
@@ -77,17 +72,16 @@ class Run final : public smtp::JobSource {
   void NameThoseNotTried();
   void TellAboutPictures();
 
-  const RunRequest& request_;
-  const RunPlace& place_;
+  const RunParts& parts_;
   RunListener& listener_;
-  HistoryEntry& entry_;
-  const message::MessageTemplate& template_;
+  const std::string history_;         // the run's base name there
+  const std::filesystem::path copy_;  // of the first message
   RunReport report_;
   PartialRange range_;
   RunSummary summary_;
-  std::optional<recipients::RecipientCursor> rows_;
+  std::unique_ptr<recipients::RowSource> rows_;
+  std::optional<recipients::RowWalk> walk_;  // over rows_
   recipients::Recipient row_;
-  std::int64_t position_ = 0;
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::deque<OwnFailure> own_failures_;
@@ -98,41 +92,41 @@ class Run final : public smtp::JobSource {
   bool told_of_notices_ = false;
 };
 
-RunSummary Run::Execute(const smtp::ClientOptions& options) {
-  report_.Started(request_.recipients, request_.range);
+RunSummary Run::Execute() {
+  report_.Started(parts_.recipients, parts_.range);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  auto rows = recipients::RecipientStore(place_.folders.Database(), {.cancel = &place_.cancel})
-                  .ListRecipients(request_.group.id, request_.group.sort_sql, recipients::Reading::kCopy);
-  if (rows) {
-    rows_ = std::move(*rows);
-    smtp::Client(options, place_.clock, place_.cancel).Run(*this);
+  if (OpenRows(recipients::Reading::kCopy)) {
+    parts_.carrier.Carry(*this);
   } else {
-    if (place_.cancel.Requested() == platform::Stop::kNone) summary_.stopped = rows.error();
-    // No copy, no run; but who is in the group can still be told.
-    auto live = recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)})
-                    .ListRecipients(request_.group.id, request_.group.sort_sql);
-    if (live) rows_ = std::move(*live);
+    OpenRows(recipients::Reading::kLive);  // no copy, no run; but who is in the group can still be told
   }
   NameThoseNotTried();
   report_.Completed(summary_.sent, summary_.failed);
   Flush();
-  summary_.history = entry_.base;
-  summary_.cancelled = place_.cancel.Requested() != platform::Stop::kNone && Done() < InRange();
+  summary_.history = history_;
+  summary_.cancelled = IsCancelled() && Done() < InRange();
   summary_.not_tried = std::max<std::int64_t>(0, InRange() - Done());
   return summary_;
 }
 
+bool Run::OpenRows(recipients::Reading reading) {
+  auto rows = parts_.rows(reading);
+  if (!rows) {
+    if (MayGoOn()) summary_.stopped = rows.error();
+    return false;
+  }
+  rows_ = std::move(*rows);
+  walk_.emplace(*rows_, range_);
+  return true;
+}
+
 // The next row of the range, or false at its end.
 bool Run::NextRow() {
-  while (rows_ && position_ < range_.last) {
-    const auto row = rows_->Next(row_);
-    if (!row) summary_.stopped = row.error();
-    if (!row || !*row) break;
-    if (++position_ >= range_.first) return true;
-  }
-  rows_.reset();  // read again, it would begin anew
-  return false;
+  if (!walk_) return false;
+  const auto row = walk_->Next(row_);
+  if (!row && !summary_.stopped) summary_.stopped = row.error();
+  return row && *row;
 }
 
 smtp::Job* Run::NextJob() {
@@ -145,7 +139,7 @@ smtp::Job* Run::NextJob() {
       ++taken_;
       return letter;
     }
-    own_failures_.push_back({position_, row_.email(), *failure, taken_});
+    own_failures_.push_back({walk_->position(), row_.email(), *failure, taken_});
     SettleOwnFailures();
   }
   return nullptr;
@@ -153,15 +147,15 @@ smtp::Job* Run::NextJob() {
 
 // Makes the row's letter; or says why it failed before any server was asked.
 std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
-  if (const auto& trouble = template_.trouble()) return FailureOfOurs(trouble->code, trouble->error);
+  if (const auto& trouble = parts_.message.trouble()) return FailureOfOurs(trouble->code, trouble->error);
   const auto address = smtp::EnvelopeAddress(row_.email());
   if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
-  const auto rendered = template_.Render(row_, *address, position_, letter.rendered);
+  const auto rendered = parts_.message.Render(row_, *address, walk_->position(), letter.rendered);
   if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
   KeepFirstMessage(letter.rendered);
   letter.envelope = letter.rendered.envelope;
   letter.message = &letter.rendered;
-  letter.position = position_;
+  letter.position = walk_->position();
   letter.address = row_.email();
   return {};
 }
@@ -204,7 +198,7 @@ void Run::Flush() {
 }
 
 void Run::Connected(const smtp::Capabilities& offered) {
-  if (told_of_notices_ || offered.dsn || !template_.asks_for_notice()) return;
+  if (told_of_notices_ || offered.dsn || !parts_.message.asks_for_notice()) return;
   told_of_notices_ = true;
   listener_.Note(kNoNotices);
 }
@@ -216,38 +210,33 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after.
 void Run::NameThoseNotTried() {
-  while (NextRow()) listener_.NotTried(position_, row_.email());
+  while (NextRow()) listener_.NotTried(walk_->position(), row_.email());
 }
 
 // The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.
 void Run::KeepFirstMessage(const message::RenderedMessage& message) {
   if (first_message_kept_) return;
-  const auto kept =
-      platform::ReplaceFile(entry_.message, [&](int fd) { return message::WriteMessage(message, fd, entry_.message); });
+  const auto kept = platform::ReplaceFile(copy_, [&](int fd) { return message::WriteMessage(message, fd, copy_); });
   first_message_kept_ = static_cast<bool>(kept);
   if (kept || std::exchange(told_of_no_copy_, true)) return;
-  listener_.Note(fmt::format("The history has no copy of the first message. {} It keeps the first that it can.",
-                             Describe(kept.error())));
+  listener_.Note(
+      Say("The history has no copy of the first message. {} It keeps the first that it can.", AsLines(kept.error())));
 }
 
 void Run::TellAboutPictures() {
-  const auto& troubles = template_.picture_troubles();
+  const auto& troubles = parts_.message.picture_troubles();
   if (troubles.empty()) return;
   report_.BodyNotLoaded(troubles.front().code);  // the body is loaded once and has one result
   for (const auto& trouble : troubles) {
-    listener_.Note(fmt::format("{} The message goes out without it.", Describe(trouble)));
+    listener_.Note(message::GoesWithout(trouble));
   }
 }
 
 }  // namespace
 
-Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place, RunListener& listener) {
-  const auto client_options = account::ClientOptionsOf(request.account);
-  if (!client_options) return client_options.error();
-  auto entry = BeginHistoryEntry(place.folders.History(), place.clock, request.subject);
-  if (!entry) return entry.error();
-  listener.Began(entry->report.path());
-  return Run(request, place, listener, *entry).Execute(*client_options);
+RunSummary SendLetters(const RunParts& parts, HistoryEntry entry, RunListener& listener) {
+  listener.Began(entry.report.path());
+  return Run(parts, std::move(entry), listener).Execute();
 }
 
 }  // namespace quillcast::run

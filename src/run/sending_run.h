@@ -1,19 +1,23 @@
-// The central operation: one personal message to each recipient of a group, reported as it goes.
+// The central operation: one personal message to each recipient of a group, reported as it goes. It knows neither where
+// its rows come from nor how its letters travel.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "account/account_settings.h"
 #include "message/message_template.h"
 #include "platform/cancel.h"
-#include "platform/clock.h"
-#include "platform/entropy.h"
-#include "profile/folders.h"
+#include "platform/result.h"
+#include "platform/sentence.h"
 #include "recipients/recipient_store.h"
+#include "recipients/row_source.h"
+#include "run/carrier.h"
+#include "run/history.h"
 #include "run/run_report.h"
 #include "smtp/outcome.h"
 
@@ -26,7 +30,8 @@ struct RecipientResult {
   smtp::Outcome outcome;
 };
 
-// Follows a run. Called on the thread that runs it.
+// Follows a run. Called on the thread that runs it. Each recipient of the range is told once, by Finished or NotTried,
+// in the order of the list; but after a row that cannot be read nobody knows who comes behind it.
 class RunListener {
  public:
   virtual ~RunListener() = default;
@@ -42,16 +47,7 @@ class RunListener {
   // For each recipient who is left when a run has ended early, for whatever reason.
   virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
   // Something about the whole run that the person should know: a whole sentence.
-  virtual void Note(std::string_view text) = 0;
-};
-
-struct RunRequest {
-  const message::MessageTemplate& message;
-  const std::string& subject;  // as composed, for the name in the history
-  const account::AccountSettings& account;
-  recipients::RecipientGroup group;
-  std::int64_t recipients = 0;  // in the group
-  std::optional<PartialRange> range;
+  virtual void Note(const Sentence& sentence) = 0;
 };
 
 struct RunSummary {
@@ -63,17 +59,22 @@ struct RunSummary {
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
 };
 
-// Where a run works.
-struct RunPlace {
-  const profile::Folders& folders;
-  const platform::Clock& clock;
-  platform::Entropy& entropy;
+// Gives the rows of the group from its beginning: kCopy for the run itself, kLive to name those who are left where no
+// copy could be made.
+using OpenRows = std::function<Result<std::unique_ptr<recipients::RowSource>>(recipients::Reading reading)>;
+
+// What a run is made of. All of it must outlive the run.
+struct RunParts {
+  const message::MessageTemplate& message;
+  std::int64_t recipients = 0;        // in the group
+  std::optional<PartialRange> range;  // the whole list where there is none
+  OpenRows rows;
+  Carrier& carrier;
   const platform::CancelToken& cancel;
 };
 
-// Sends. Fails, with nothing sent, when the settings cannot be used or the report cannot be created; everything later
-// is in the report, the listener's results and the summary. The failures of one recipient never stop the run; a report
-// that cannot be written any more does, because results would be lost.
-Result<RunSummary> SendToGroup(const RunRequest& request, const RunPlace& place, RunListener& listener);
+// Sends. The failures of one recipient never stop the run; a report that cannot be written any more does, because
+// results would be lost. What is told is in the report too, and the summary counts it.
+RunSummary SendLetters(const RunParts& parts, HistoryEntry entry, RunListener& listener);
 
 }  // namespace quillcast::run

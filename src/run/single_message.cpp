@@ -4,10 +4,8 @@
 
 #include <utility>
 
-#include "account/account_connection.h"
 #include "platform/text.h"
 #include "recipients/text_order.h"
-#include "smtp/client/client.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
@@ -56,6 +54,20 @@ Result<recipients::Recipient> FindRow(recipients::RowSource& rows, std::string_v
                "Name one of the group's recipients."};
 }
 
+Result<recipients::Recipient> FindRowAt(recipients::RowSource& rows, std::int64_t position,
+                                        const platform::CancelToken& cancel) {
+  std::optional<recipients::Recipient> found;
+  const auto walked = Walk(rows, recipients::PartialRange{position, position}, &cancel,
+                           [&found](const recipients::Recipient& row, std::int64_t) {
+                             found = row;
+                             return false;
+                           });
+  if (!walked) return walked.error();
+  if (found) return *found;
+  if (*walked == recipients::Walked::kCancelled) return Error{Failure::kTryAgain, "Stopped.", ""};
+  return Error{Failure::kUsage, Say("The group has no recipient #{}.", position), ""};
+}
+
 Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,
                        const message::MessageTemplate& message, message::RenderedMessage& out) {
   if (const auto& trouble = message.trouble()) return trouble->error;
@@ -64,13 +76,10 @@ Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_t
   return message.Render(row, *to, 1, out);
 }
 
-Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message::RenderedMessage& message,
-                                const platform::Clock& clock, const platform::CancelToken& cancel,
-                                const std::function<void(std::string_view)>& log_line) {
-  const auto options = account::ClientOptionsOf(account);
-  if (!options) return options.error();
+smtp::Outcome SendAlone(Carrier& carrier, message::RenderedMessage& message,
+                        const std::function<void(std::string_view)>& log_line) {
   SingleMailing mailing(message, log_line);
-  smtp::Client(*options, clock, cancel).Run(mailing);
+  carrier.Carry(mailing);
   return mailing.outcome();
 }
 

@@ -5,11 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "account/account_settings.h"
 #include "message/message_template.h"
 #include "platform/cancel.h"
-#include "platform/clock.h"
-#include "recipients/recipient_store.h"
+#include "recipients/row_source.h"
+#include "run/carrier.h"
 #include "smtp/outcome.h"
 
 namespace quillcast::run {
@@ -18,13 +17,16 @@ namespace quillcast::run {
 // Fails with kUsage when there is none.
 Result<recipients::Recipient> FindRow(recipients::RowSource& rows, std::string_view address);
 
+// The recipient at this place of the list. Fails with kUsage behind its end, and with kTryAgain after a cancel.
+Result<recipients::Recipient> FindRowAt(recipients::RowSource& rows, std::int64_t position,
+                                        const platform::CancelToken& cancel);
+
 // Renders the row's message, addressed to `send_to` where that is given.
 Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,
                        const message::MessageTemplate& message, message::RenderedMessage& out);
 
-// Hands over one message and tells what became of it. Fails for settings that describe no connection.
-Result<smtp::Outcome> SendAlone(const account::AccountSettings& account, message::RenderedMessage& message,
-                                const platform::Clock& clock, const platform::CancelToken& cancel,
-                                const std::function<void(std::string_view)>& log_line);
+// Hands over one message and tells what became of it. `log_line` gets the lines of the connection's log.
+smtp::Outcome SendAlone(Carrier& carrier, message::RenderedMessage& message,
+                        const std::function<void(std::string_view)>& log_line);
 
 }  // namespace quillcast::run

@@ -318,7 +318,7 @@ class MainFormTest : public QObject {
     const test::FormRig rig;
     document::MessageDocument document;
     document.html = "<img src='a.gif'>";
-    for (int i = 0; i < 500; ++i) PicturesPanel(rig.settings.file(), nullptr).LookAt(document);
+    for (int i = 0; i < 500; ++i) PicturesPanel(rig.program, nullptr).LookAt(document);
   }
 
   void noClickMeantForANoticeAnswersAboutPictures() {
@@ -348,7 +348,7 @@ class MainFormTest : public QObject {
     document.html = "<img src='own.gif'><img src='../home/private.gif'>";
     document.base_folder = rig.folder.Write("page/own.gif", "GIF89a\x01").parent_path();
     const QString home = PathToQt(rig.folder.Write("home/private.gif", "GIF89a\x01"));
-    PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+    PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
     form.show();
     const auto says = [&](const QString& words) {
       return !form.findChild<QListWidget*>("FindingsList")->findItems(words, Qt::MatchContains).isEmpty();
@@ -411,7 +411,7 @@ class MainFormTest : public QObject {
       document::MessageDocument document;
       document.html = "<p>x</p>";
       document.attachments.Add(is_missing ? "/nowhere/price.pdf" : rig.folder.Write("price.pdf", "x").string());
-      PreviewForm form(rig.program, document, **rig.Store().FindGroup("Customers"), 1, {}, nullptr);
+      PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
       auto* findings = form.findChild<QListWidget*>("FindingsList");
       QTRY_VERIFY(!findings->item(0)->text().contains("Looking"));
       QCOMPARE(findings->item(0)->text().contains("price.pdf"), is_missing);

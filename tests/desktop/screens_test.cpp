@@ -210,12 +210,12 @@ class ScreensTest : public QObject {
     document.subject = "Spring papers for $*MergeFirstName*$";
     document.html = kLetter;
     const auto group = **rig.Store().FindGroup("Customers");
-    PreviewForm preview(rig.program, document, group, 4, QUrl("file:///"), nullptr);
+    PreviewForm preview(rig.program, document, {group, 4}, QUrl("file:///"), nullptr);
     preview.show();
     QTRY_VERIFY(preview.findChild<QListWidget*>("FindingsList")->count() > 1);
     Take(preview, "preview");
 
-    SendMailForm1 send(rig.program, {document, group, 4}, nullptr);
+    SendMailForm1 send(rig.program, document, {group, 4}, SendMailForm1::Server::kReal, nullptr);
     send.show();
     send.findChild<QPushButton*>("SendButton")->click();
     QTRY_COMPARE(send.stage(), SendMailForm1::Stage::kFinished);

@@ -74,13 +74,10 @@ class SendFormTest : public QObject {
     explicit Scene(const std::vector<std::string>& addresses) {
       rig.FillInAccount(mailbox.port());
       rig.AddGroup("Customers", addresses);
-      SendJob job;
-      job.document.subject = "Hello $*MergeEmail*$";
-      job.document.html = "<p>Dear $*MergeEmail*$</p>";
-      job.group = **rig.Store().FindGroup("Customers");
-      job.recipients = static_cast<std::int64_t>(addresses.size());
-      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
-      form->show();
+      document::MessageDocument document;
+      document.subject = "Hello $*MergeEmail*$";
+      document.html = "<p>Dear $*MergeEmail*$</p>";
+      Open(std::move(document));
     }
     // The form for so many recipients, added in one go.
     explicit Scene(int recipients) : Scene(std::vector<std::string>()) {
@@ -92,24 +89,27 @@ class SendFormTest : public QObject {
       platform::CancelToken never;
       recipients::ImportRecipients(request, {rig.folders.Database(), rig.folders.ImportReport(), "UTF-8"}, never,
                                    [](const auto&) {});
-      SendJob job;
-      job.document.html = "<p>x</p>";
-      job.group = **rig.Store().FindGroup("Customers");
-      job.recipients = recipients;
-      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
+      document::MessageDocument document;
+      document.html = "<p>x</p>";
+      Open(std::move(document));
+    }
+    // The form for a message to all of the group.
+    void Open(document::MessageDocument document) {
+      form = std::make_unique<SendMailForm1>(rig.program, std::move(document), Customers(),
+                                             SendMailForm1::Server::kReal, nullptr);
       form->show();
+    }
+    run::ChosenGroup Customers() const {
+      return {**rig.Store().FindGroup("Customers"), *rig.Store().CountRecipients("Customers")};
     }
     // The form for a message that names a picture of its own and this one of another folder.
     std::filesystem::path OpenWithForeignPicture() {
       const std::string gif = "GIF89a\x01";
-      SendJob job;
-      job.document.html = "<img src=own.gif><img src='../home/private.gif'>";
-      job.document.base_folder = rig.folder.Write("page/own.gif", gif).parent_path();
-      job.group = **rig.Store().FindGroup("Customers");
-      job.recipients = 1;
+      document::MessageDocument document;
+      document.html = "<img src=own.gif><img src='../home/private.gif'>";
+      document.base_folder = rig.folder.Write("page/own.gif", gif).parent_path();
       const auto home = rig.folder.Write("home/private.gif", gif);
-      form = std::make_unique<SendMailForm1>(rig.program, std::move(job), nullptr);
-      form->show();
+      Open(std::move(document));
       return home;
     }
     void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
@@ -312,10 +312,8 @@ class SendFormTest : public QObject {
     QtPrompts prompts("Test");
     profile::Program program{scene.rig.folders, scene.rig.settings, prompts,          scene.rig.desktop,
                              scene.rig.power,   scene.rig.clock,    scene.rig.entropy};
-    SendJob job;
-    job.group = **scene.rig.Store().FindGroup("Customers");
-    job.recipients = 1;
-    scene.form = std::make_unique<SendMailForm1>(program, std::move(job), nullptr);
+    scene.form = std::make_unique<SendMailForm1>(program, document::MessageDocument(), scene.Customers(),
+                                                 SendMailForm1::Server::kReal, nullptr);
     scene.form->show();
     scene.Press("SendButton");
     QTRY_VERIFY(scene.mailbox.has_one());
@@ -379,12 +377,10 @@ class SendFormTest : public QObject {
     Scene scene({"a@example.org"});
     QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.example.org; mx.example.org:26"));
     QVERIFY(scene.rig.settings.Write("Account", "Port", "587"));
-    SendMailForm1 real(scene.rig.program, {}, nullptr);
+    SendMailForm1 real(scene.rig.program, {}, {}, SendMailForm1::Server::kReal, nullptr);
     QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
              QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
-    SendJob job;
-    job.practice = true;
-    SendMailForm1 practice(scene.rig.program, job, nullptr);
+    SendMailForm1 practice(scene.rig.program, {}, {}, SendMailForm1::Server::kPractice, nullptr);
     QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
   }
 
@@ -404,13 +400,10 @@ class SendFormTest : public QObject {
 
   void whatIsKnownIsToldAboveTheButton() {
     Scene scene({"a@example.org"});
-    SendJob job;
-    job.document.html = "<p>$*MergeCity*$ $*MergeNickName*$</p><img src='missing.png'>";
-    job.document.attachments.Add("/nowhere/price.pdf");
-    job.group = **scene.rig.Store().FindGroup("Customers");
-    job.recipients = 1;
-    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
-    scene.form->show();
+    document::MessageDocument document;
+    document.html = "<p>$*MergeCity*$ $*MergeNickName*$</p><img src='missing.png'>";
+    document.attachments.Add("/nowhere/price.pdf");
+    scene.Open(std::move(document));
     auto* notes = scene.form->findChild<QListWidget*>("NotesList");
     QTRY_VERIFY(notes->isVisible());
     QStringList told;
@@ -434,13 +427,10 @@ class SendFormTest : public QObject {
 
   void aMissingAttachmentIsToldAndNothingIsSent() {
     Scene scene({"a@example.org"});
-    SendJob job;
-    job.document.html = "<p>x</p>";
-    job.document.attachments.Add("/nowhere/price.pdf");
-    job.group = **scene.rig.Store().FindGroup("Customers");
-    job.recipients = 1;
-    scene.form = std::make_unique<SendMailForm1>(scene.rig.program, std::move(job), nullptr);
-    scene.form->show();
+    document::MessageDocument document;
+    document.html = "<p>x</p>";
+    document.attachments.Add("/nowhere/price.pdf");
+    scene.Open(std::move(document));
     scene.Press("SendButton");
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QVERIFY(scene.Report().join("\n").contains("Error 10:"));

@@ -176,7 +176,7 @@ TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {
 }
 
 TEST(PreSendChecks, RunInTheirOrder) {
-  const MailingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
+  const SendingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
   constexpr const char* kReply =
       "ask: Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
       "You should be sure that you know what you are doing.\r\nAre you sure you want to continue?";
@@ -185,7 +185,7 @@ TEST(PreSendChecks, RunInTheirOrder) {
   constexpr const char* kNobody = "warn: The selected group does not contain any recipients.";
   struct Case {
     const char* name;
-    MailingFacts facts;
+    SendingFacts facts;
     std::deque<Answer> answers;
     std::optional<std::string> control;
     std::vector<std::string> shown;

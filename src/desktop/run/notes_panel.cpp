@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "desktop/widgets/qt_text.h"
-#include "run/preview_look.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -37,21 +36,19 @@ NotesPanel::NotesPanel(const profile::Program& program, QWidget* parent)
 
 void NotesPanel::AddQuestion(QWidget* question) { layout()->addWidget(question); }
 
-void NotesPanel::LookAt(const document::MessageDocument& document, const recipients::RecipientGroup& group) {
+void NotesPanel::LookAt(const document::MessageDocument& document, const run::ChosenGroup& group) {
   notes_->hide();
   state_->setText(tr("Looking over the message and the whole group…"));
-  look_->Start([this, document, group](const platform::CancelToken& cancel) {
-    auto found = std::make_shared<Result<run::MessageLook>>(run::FindTrouble(document, program_, group, cancel));
+  look_->Start([this, &program = program_, document, group](const platform::CancelToken& cancel) {
+    auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
+    auto found = std::make_shared<Result<run::MessageLook>>(prepared.LookOver(run::PreparedRun::Server::kIsAsked));
     return [this, found] {
-      QStringList notes;
-      QStringList pictures;
-      if (!*found) notes << InWords(found->error());
-      if (*found) {
-        for (const auto& line : (*found)->troubles) notes << ToQt(line);
-        for (const auto& line : (*found)->pictures) pictures << ToQt(line);
+      if (!*found) {
+        Show({InWords(found->error())}, {});
+        return;
       }
-      Show(notes, pictures);
-      if (*found && !(*found)->size.empty()) state_->setText(state_->text() + ' ' + ToQt((*found)->size));
+      Show(InWords((*found)->Troubles()), InWords((*found)->along));
+      if (!(*found)->size.empty()) state_->setText(state_->text() + ' ' + InWords((*found)->size));
     };
   });
 }

@@ -6,7 +6,7 @@
 #include "desktop/widgets/background_task.h"
 #include "document/message_document.h"
 #include "profile/program.h"
-#include "recipients/recipient_store.h"
+#include "run/prepared_run.h"
 
 class QLabel;
 class QListWidget;
@@ -21,7 +21,7 @@ class NotesPanel final : public QWidget {
   // A question that belongs to what is found stands below it.
   void AddQuestion(QWidget* question);
   // Looks, and shows what there is to say; anew when it is called again.
-  void LookAt(const document::MessageDocument& document, const recipients::RecipientGroup& group);
+  void LookAt(const document::MessageDocument& document, const run::ChosenGroup& group);
   // The run begins: what was not found by now is told by the run.
   void Close();
 

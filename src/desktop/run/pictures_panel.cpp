@@ -10,7 +10,7 @@
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
-#include "run/preview_look.h"
+#include "run/prepared_run.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -20,9 +20,9 @@ constexpr qsizetype kMostInTip = 40;
 
 }  // namespace
 
-PicturesPanel::PicturesPanel(std::filesystem::path settings_file, QWidget* parent)
+PicturesPanel::PicturesPanel(const profile::Program& program, QWidget* parent)
     : QFrame(parent),
-      settings_file_(std::move(settings_file)),
+      program_(program),
       task_(new BackgroundTask(this)),
       text_(new QLabel(this)),
       take_(new QPushButton(tr("Ta&ke along"), this)),
@@ -63,8 +63,9 @@ void PicturesPanel::DropLetters() {
 void PicturesPanel::LookAt(document::MessageDocument document) {
   document_ = std::move(document);
   settled_ = false;
-  task_->Start([this, looked = document_, settings = settings_file_](const platform::CancelToken& cancel) {
-    auto pictures = std::make_shared<Result<message::RelatedPictures>>(run::LookForPictures(looked, settings, cancel));
+  task_->Start([this, &program = program_, looked = document_](const platform::CancelToken& cancel) {
+    auto prepared = run::Prepare(looked, run::ChosenGroup(), run::PlaceOf(program, cancel));
+    auto pictures = std::make_shared<Result<message::RelatedPictures>>(prepared.LookForPictures());
     return [this, pictures] { Show(*pictures); };
   });
 }
@@ -76,7 +77,7 @@ void PicturesPanel::Show(const Result<message::RelatedPictures>& pictures) {
     for (const auto& file : asked_) all << ToQt(platform::Printable(file.string(), kLongestShown));
   }
   settled_ = pictures && asked_.empty();
-  text_->setText(ToQt(pictures ? message::PictureQuestion(asked_) : InOneLine(pictures.error())));
+  text_->setText(pictures ? InWords(message::PictureQuestion(asked_)) : InWords(pictures.error()));
   text_->setToolTip(all.mid(0, kMostInTip).join('\n'));
   for (QPushButton* answer : {take_, leave_}) answer->setVisible(static_cast<bool>(pictures));
   again_->setVisible(!pictures);

@@ -9,6 +9,7 @@
 #include "document/message_document.h"
 #include "message/related_pictures.h"
 #include "platform/result.h"
+#include "profile/program.h"
 
 class QLabel;
 class QPushButton;
@@ -22,7 +23,7 @@ namespace quillcast::desktop {
 class PicturesPanel final : public QFrame {
   Q_OBJECT
  public:
-  explicit PicturesPanel(std::filesystem::path settings_file, QWidget* parent);
+  PicturesPanel(const profile::Program& program, QWidget* parent);
 
   // For a window in which the letters of its buttons stand for other things.
   void DropLetters();
@@ -42,7 +43,7 @@ class PicturesPanel final : public QFrame {
   void Show(const Result<message::RelatedPictures>& pictures);
   void Answer(bool take);
 
-  const std::filesystem::path settings_file_;
+  const profile::Program& program_;
   BackgroundTask* task_;
   document::MessageDocument document_;
   std::vector<std::filesystem::path> asked_;

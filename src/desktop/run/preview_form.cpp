@@ -30,13 +30,12 @@ constexpr int kPause = 200;       // milliseconds after the last change of the r
 
 }  // namespace
 
-PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocument document,
-                         recipients::RecipientGroup group, std::int64_t recipients, QUrl base, QWidget* parent)
+PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocument document, run::ChosenGroup group,
+                         QUrl base, QWidget* parent)
     : QDialog(parent),
       program_(program),
       document_(std::move(document)),
       group_(std::move(group)),
-      recipients_(recipients),
       base_(std::move(base)),
       view_task_(new BackgroundTask(this)),
       look_task_(new BackgroundTask(this)),
@@ -48,14 +47,14 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
       page_(new HtmlEditor(this)),
       text_(new QPlainTextEdit(this)),
       findings_(new QListWidget(this)),
-      pictures_(new PicturesPanel(program.settings.file(), this)),
+      pictures_(new PicturesPanel(program, this)),
       send_(new QPushButton(Icon("send"), tr("Send this one to &myself"), this)),
       status_(new QLabel(this)) {
   BuildWindow();
   page_->SetReadOnly(true);
   page_->SetPicturePlaces(document_.picture_places);
   connect(pictures_, &PicturesPanel::Known, this,
-          [this](bool settled) { send_->setEnabled(settled && recipients_ > 0); });
+          [this](bool settled) { send_->setEnabled(settled && group_.recipients > 0); });
   connect(pictures_, &PicturesPanel::Answered, this, &PreviewForm::TakeAnswer);
   send_->setEnabled(false);
   pictures_->LookAt(document_);
@@ -75,7 +74,8 @@ void PreviewForm::BuildWindow() {
   pause_->setSingleShot(true);
   pause_->setInterval(kPause);
   position_->setObjectName("RecipientSpinBox");
-  position_->setRange(1, static_cast<int>(std::clamp<std::int64_t>(recipients_, 1, std::numeric_limits<int>::max())));
+  position_->setRange(
+      1, static_cast<int>(std::clamp<std::int64_t>(group_.recipients, 1, std::numeric_limits<int>::max())));
   position_->setAccessibleName(tr("Recipient number"));
   whom_->setObjectName("RecipientLabel");
   whom_->setTextFormat(Qt::PlainText);
@@ -149,21 +149,24 @@ void PreviewForm::BuildWindow() {
 void PreviewForm::SetWidth(bool phone) { page_->setMaximumWidth(phone ? kPhoneWidth : QWIDGETSIZE_MAX); }
 
 void PreviewForm::LookOver() {
-  look_task_->Start([this, document = document_, group = group_](const platform::CancelToken& cancel) {
-    auto found = std::make_shared<Result<run::MessageLook>>(run::FindTrouble(document, program_, group, cancel));
-    return [this, found] {
-      findings_->clear();
-      if (!*found) {
-        findings_->addItem(InWords(found->error()));
-        return;
-      }
-      const run::MessageLook& look = **found;
-      for (const auto& line : look.troubles) findings_->addItem(ToQt(line));
-      if (look.troubles.empty()) findings_->addItem(tr("Nothing was found that looks wrong."));
-      for (const auto& line : look.pictures) findings_->addItem(ToQt(line));
-      if (!look.size.empty()) findings_->addItem(ToQt(look.size));
-    };
-  });
+  look_task_->Start(
+      [this, &program = program_, document = document_, group = group_](const platform::CancelToken& cancel) {
+        auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
+        auto found = std::make_shared<Result<run::MessageLook>>(prepared.LookOver(run::PreparedRun::Server::kIsAsked));
+        return [this, found] {
+          findings_->clear();
+          if (!*found) {
+            findings_->addItem(InWords(found->error()));
+            return;
+          }
+          const run::MessageLook& look = **found;
+          const QStringList troubles = InWords(look.Troubles());
+          findings_->addItems(troubles);
+          if (troubles.isEmpty()) findings_->addItem(tr("Nothing was found that looks wrong."));
+          findings_->addItems(InWords(look.along));
+          if (!look.size.empty()) findings_->addItem(InWords(look.size));
+        };
+      });
 }
 
 void PreviewForm::TakeAnswer(const std::vector<std::filesystem::path>& files, bool take) {
@@ -174,16 +177,16 @@ void PreviewForm::TakeAnswer(const std::vector<std::filesystem::path>& files, bo
 }
 
 void PreviewForm::ShowRecipient() {
-  if (recipients_ == 0) {
+  if (group_.recipients == 0) {
     whom_->setText(tr("No group is chosen, so the merge tags stay as they are."));
-    Put(run::RecipientView{"", document_.subject, document_.html, document_.PlainText()});
+    Put(run::ViewOfTags(document_));
     position_->setEnabled(false);
     return;
   }
-  view_task_->Start([this, document = document_, group = group_, position = position_->value(),
-                     file = program_.folders.Database()](const platform::CancelToken& cancel) {
-    const recipients::RecipientStore store(file, {.cancel = &cancel});
-    auto view = std::make_shared<Result<run::RecipientView>>(run::ViewFor(document, store, group, position, cancel));
+  view_task_->Start([this, &program = program_, document = document_, group = group_,
+                     position = position_->value()](const platform::CancelToken& cancel) {
+    const auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
+    auto view = std::make_shared<Result<run::RecipientView>>(prepared.View(position));
     return [this, view] {
       if (*view) whom_->setText(ToQt(platform::Printable((*view)->address, 100)));
       Put(*view);
@@ -208,12 +211,13 @@ void PreviewForm::SendToMyself() {
   }
   send_->setText(tr("Stop"));
   status_->setText(tr("Sending…"));
-  send_task_->Start([this, document = document_, group = group_,
+  send_task_->Start([this, &program = program_, document = document_, group = group_,
                      position = position_->value()](const platform::CancelToken& cancel) {
-    auto told = std::make_shared<Result<std::string>>(run::SendToMyself(document, program_, group, position, cancel));
+    auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
+    auto told = std::make_shared<Result<Sentence>>(prepared.SendToMyself(position));
     return [this, told] {
       send_->setText(tr("Send this one to &myself"));
-      status_->setText(ToQt(*told ? **told : InOneLine(told->error())));
+      status_->setText(*told ? InWords(**told) : InWords(told->error()));
     };
   });
 }

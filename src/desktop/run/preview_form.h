@@ -7,7 +7,7 @@
 #include "desktop/widgets/background_task.h"
 #include "document/message_document.h"
 #include "profile/program.h"
-#include "run/preview_look.h"
+#include "run/prepared_run.h"
 
 class QButtonGroup;
 class QLabel;
@@ -26,8 +26,8 @@ class PicturesPanel;
 class PreviewForm final : public QDialog {
   Q_OBJECT
  public:
-  PreviewForm(const profile::Program& program, document::MessageDocument document, recipients::RecipientGroup group,
-              std::int64_t recipients, QUrl base, QWidget* parent);
+  PreviewForm(const profile::Program& program, document::MessageDocument document, run::ChosenGroup group, QUrl base,
+              QWidget* parent);
 
   // With what the person answered about pictures.
   const document::PicturePlaces& picture_places() const { return document_.picture_places; }
@@ -43,8 +43,7 @@ class PreviewForm final : public QDialog {
 
   const profile::Program& program_;
   document::MessageDocument document_;
-  recipients::RecipientGroup group_;
-  std::int64_t recipients_;
+  run::ChosenGroup group_;
   QUrl base_;
   BackgroundTask* view_task_;
   BackgroundTask* look_task_;

@@ -16,35 +16,11 @@ namespace {
 
 constexpr int kPause = 250;  // milliseconds after the last key
 
-std::string NameOf(const recipients::Recipient& row) {
-  const std::string& first = row.values[recipients::kFirstName];
-  const std::string& last = row.values[recipients::kLastName];
-  const std::string name = first + (first.empty() || last.empty() ? "" : " ") + last;
-  return platform::Printable(name.empty() ? row.email() : name + " <" + row.email() + ">", 80);
-}
-
-// Whom the range begins and ends with; empty where the list cannot be read.
-std::pair<std::string, std::string> EndsOf(const recipients::RecipientStore& store,
-                                           const recipients::RecipientGroup& group, run::PartialRange range,
-                                           const platform::CancelToken& cancel) {
-  std::pair<std::string, std::string> ends;
-  auto rows = store.ListNames(group.id, group.sort_sql);
-  if (!rows) return ends;
-  IgnoreErrors(Walk(*rows, range, &cancel, [&](const recipients::Recipient& row, std::int64_t position) {
-    if (position == range.first) ends.first = NameOf(row);
-    if (position == range.last) ends.second = NameOf(row);
-    return true;
-  }));
-  return ends;
-}
-
 }  // namespace
 
-RangePicker::RangePicker(const profile::Program& program, recipients::RecipientGroup group, std::int64_t recipients,
-                         QWidget* parent)
+RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* parent)
     : QWidget(parent),
-      program_(program),
-      group_(std::move(group)),
+      ends_of_(std::move(ends_of)),
       look_up_(new BackgroundTask(this)),
       pause_(new QTimer(this)),
       partial_(new QCheckBox(tr("Only a &part of the list, from #"), this)),
@@ -98,11 +74,8 @@ void RangePicker::TakeChange() {
 // Of what was typed to its end; what is being typed is left alone.
 void RangePicker::LookUp() {
   if (!partial_->isChecked()) return;
-  look_up_->Start([this, file = program_.folders.Database(), group = group_,
-                   range = run::PartialRange{first_->value(), last_->value()}](const platform::CancelToken& cancel) {
-    const recipients::RecipientStore store(file, {.cancel = &cancel});
-    const auto [first, last] = EndsOf(store, group, range, cancel);
-    return [this, text = first == last ? first : first + " … " + last] { whom_->setText(ToQt(text)); };
+  look_up_->Start([this, range = run::PartialRange{first_->value(), last_->value()}](const auto& cancel) {
+    return [this, text = ends_of_(range, cancel)] { whom_->setText(ToQt(text)); };
   });
 }
 

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <optional>
+#include <string>
 
 #include "desktop/widgets/background_task.h"
-#include "profile/program.h"
-#include "recipients/recipient_store.h"
 #include "run/run_report.h"
 
 class QCheckBox;
@@ -19,8 +19,10 @@ namespace quillcast::desktop {
 class RangePicker final : public QWidget {
   Q_OBJECT
  public:
-  RangePicker(const profile::Program& program, recipients::RecipientGroup group, std::int64_t recipients,
-              QWidget* parent);
+  // Whom a part of the list begins and ends with; asked beside the window.
+  using EndsOf = std::function<std::string(const run::PartialRange& range, const platform::CancelToken& cancel)>;
+
+  RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* parent);
 
   // Nothing for the whole list.
   std::optional<run::PartialRange> Range() const;
@@ -29,8 +31,7 @@ class RangePicker final : public QWidget {
   void TakeChange();
   void LookUp();
 
-  const profile::Program& program_;
-  recipients::RecipientGroup group_;
+  const EndsOf ends_of_;
   BackgroundTask* look_up_;
   QTimer* pause_;
   QCheckBox* partial_;

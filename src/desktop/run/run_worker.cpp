@@ -28,10 +28,12 @@ RunWorker::~RunWorker() {
   thread_.join();
 }
 
-void RunWorker::Start(SendJob job, std::optional<run::PartialRange> range) {
-  news_.total = range ? range->last - range->first + 1 : job.recipients;
-  thread_ = std::thread([this, job = std::move(job), range] {
-    auto summary = std::make_shared<Result<run::RunSummary>>(Run(job, range));
+void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
+                      const std::optional<run::PartialRange>& range) {
+  news_.total = range ? range->last - range->first + 1 : group.recipients;
+  thread_ = std::thread([this, document, group, range] {
+    auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
+    auto summary = std::make_shared<Result<run::RunSummary>>(prepared.Run(range, *this));
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;
@@ -42,19 +44,6 @@ void RunWorker::Start(SendJob job, std::optional<run::PartialRange> range) {
       emit Ended(*summary);
     });
   });
-}
-
-Result<run::RunSummary> RunWorker::Run(const SendJob& job, const std::optional<run::PartialRange>& range) {
-  const profile::SettingsStore settings(program_.settings.file(),
-                                        {.cancel = &cancel_});  // more patient than the window
-  const auto account = account::AccountSettings::Load(settings);
-  if (!account) return account.error();
-  auto options = account::LoadMessageOptions(settings, *account);
-  if (!options) return options.error();
-  const message::MessageTemplate message(job.document, std::move(*options), program_.folders.temporary, program_.clock,
-                                         program_.entropy);
-  const run::RunRequest request{message, job.document.subject, *account, job.group, job.recipients, range};
-  return run::SendToGroup(request, {program_.folders, program_.clock, program_.entropy, cancel_}, *this);
 }
 
 RunNews RunWorker::TakeNews() {
@@ -114,9 +103,9 @@ void RunWorker::NotTried(std::int64_t position, const std::string& address) {
   not_tried_.push_back({position, address});
 }
 
-void RunWorker::Note(std::string_view text) {
+void RunWorker::Note(const Sentence& sentence) {
   const std::lock_guard lock(mutex_);
-  news_.notes.emplace_back(text);
+  news_.notes.push_back(sentence);
 }
 
 }  // namespace quillcast::desktop

@@ -13,17 +13,10 @@
 #include "document/message_document.h"
 #include "platform/cancel.h"
 #include "profile/program.h"
+#include "run/prepared_run.h"
 #include "run/run_results.h"
-#include "run/sending_run.h"
 
 namespace quillcast::desktop {
-
-struct SendJob {
-  document::MessageDocument document;
-  recipients::RecipientGroup group;
-  std::int64_t recipients = 0;
-  bool practice = false;  // the account's server is the practice mailbox
-};
 
 // What has happened since it was asked last.
 struct RunNews {
@@ -31,7 +24,7 @@ struct RunNews {
   std::int64_t total = 0;
   std::uint64_t sent_octets = 0;  // of the current message
   std::uint64_t message_octets = 0;
-  std::vector<std::string> notes;
+  std::vector<Sentence> notes;
   std::optional<std::filesystem::path> report;  // once it is there
 };
 
@@ -43,7 +36,8 @@ class RunWorker final : public QObject, private run::RunListener {
   ~RunWorker() override;
 
   // Once. The account and its settings are read anew.
-  void Start(SendJob job, std::optional<run::PartialRange> range);
+  void Start(const document::MessageDocument& document, const run::ChosenGroup& group,
+             const std::optional<run::PartialRange>& range);
   // The first time nothing new is started; the second time the message under way is given up.
   void Stop() { cancel_.Request(); }
   bool is_running() const { return thread_.joinable(); }
@@ -64,7 +58,6 @@ class RunWorker final : public QObject, private run::RunListener {
     std::int64_t position;
     std::string address;
   };
-  Result<run::RunSummary> Run(const SendJob& job, const std::optional<run::PartialRange>& range);
 
   void Began(const std::filesystem::path& report) override;
   void ReportLine(std::string_view) override {}  // the window reads the report's file
@@ -72,7 +65,7 @@ class RunWorker final : public QObject, private run::RunListener {
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void NotTried(std::int64_t position, const std::string& address) override;
-  void Note(std::string_view text) override;
+  void Note(const Sentence& sentence) override;
 
   const profile::Program& program_;
   platform::CancelToken cancel_;

@@ -63,13 +63,20 @@ QProgressBar* MakeBar(const char* name, QWidget* parent) {
 
 }  // namespace
 
-SendMailForm1::SendMailForm1(const profile::Program& program, SendJob job, QWidget* parent)
+SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageDocument document,
+                             run::ChosenGroup group, Server server, QWidget* parent)
     : QDialog(parent),
       program_(program),
-      job_(std::move(job)),
+      document_(std::move(document)),
+      group_(std::move(group)),
       worker_(new RunWorker(program, this)),
       tick_(new QTimer(this)),
-      range_(new RangePicker(program, job_.group, job_.recipients, this)),
+      range_(new RangePicker(
+          group_.recipients,
+          [&program, chosen = group_](const run::PartialRange& range, const platform::CancelToken& cancel) {
+            return run::Prepare({}, chosen, run::PlaceOf(program, cancel)).EndsOf(range);
+          },
+          this)),
       tabs_(new QTabWidget(this)),
       report_(new ReportView(this)),
       results_view_(new ResultsView(results_, program.prompts, this)),
@@ -77,7 +84,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, SendJob job, QWidg
       pause_text_(new QLabel(pause_panel_)),
       run_bar_(MakeBar("RunProgressBar", this)),
       message_bar_(MakeBar("MessageProgressBar", this)),
-      pictures_(new PicturesPanel(program.settings.file(), this)),
+      pictures_(new PicturesPanel(program, this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
       rate_(new QLabel(this)),
       status_(new QLabel(this)),
@@ -102,7 +109,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, SendJob job, QWidg
   below->addWidget(rate_, 1);
   below->addWidget(button_);
   auto* column = new QVBoxLayout(this);
-  column->addWidget(MakeHeading());
+  column->addWidget(MakeHeading(server));
   column->addWidget(range_);
   column->addWidget(tabs_, 1);
   column->addWidget(MakePausePanel());
@@ -119,12 +126,12 @@ SendMailForm1::SendMailForm1(const profile::Program& program, SendJob job, QWidg
   connect(pictures_, &PicturesPanel::Known, this, &SendMailForm1::PicturesKnown);
   connect(pictures_, &PicturesPanel::Answered, this,
           [this](const std::vector<std::filesystem::path>& files, bool take) {
-            job_.document.picture_places.Answer(files, take);
-            before_->LookAt(job_.document, job_.group);
+            document_.picture_places.Answer(files, take);
+            before_->LookAt(document_, group_);
           });
   button_->setFocus();
-  pictures_->LookAt(job_.document);
-  before_->LookAt(job_.document, job_.group);
+  pictures_->LookAt(document_);
+  before_->LookAt(document_, group_);
 }
 
 // A question holds the button until it is answered. Where it was pressed before that was known, and there is none, the
@@ -138,14 +145,14 @@ void SendMailForm1::PicturesKnown(bool settled) {
 }
 
 // What goes to whom; and from whom, over which servers.
-QWidget* SendMailForm1::MakeHeading() {
+QWidget* SendMailForm1::MakeHeading(Server server) {
   auto* heading = new QWidget(this);
   auto* what = new QLabel(heading);
   what->setObjectName("HeadingLabel");
   what->setText(tr("“%1” to %2, %3")
-                    .arg(ToQt(platform::Printable(job_.document.subject, 100)),
-                         ToQt(platform::Printable(job_.group.name, 60)),
-                         Counted(job_.recipients, tr("1 recipient"), tr("%1 recipients"))));
+                    .arg(ToQt(platform::Printable(document_.subject, 100)),
+                         ToQt(platform::Printable(group_.group.name, 60)),
+                         Counted(group_.recipients, tr("1 recipient"), tr("%1 recipients"))));
   QFont bold = what->font();
   bold.setBold(true);
   what->setFont(bold);
@@ -155,7 +162,7 @@ QWidget* SendMailForm1::MakeHeading() {
   if (const auto account = account::AccountSettings::Load(program_.settings)) {
     const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
     route->setText(
-        job_.practice
+        server == Server::kPractice
             ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
             : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
   }
@@ -229,7 +236,7 @@ void SendMailForm1::StartRun() {
   before_->Close();
   running_.start();
   tick_->start(kTick);
-  worker_->Start(job_, range_->Range());
+  worker_->Start(document_, group_, range_->Range());
 }
 
 void SendMailForm1::AskToCancel() {
@@ -292,7 +299,7 @@ void SendMailForm1::TakeNews() {
   worker_->TakeResults(results_);
   results_view_->Grow();
   ShowProgress(news);
-  for (const auto& note : news.notes) notes_ << ToQt(platform::Printable(note));
+  for (const auto& note : news.notes) notes_ << ToQt(platform::Printable(FromQt(InWords(note))));
   if (!news.notes.empty()) Say({});
 }
 

@@ -29,14 +29,17 @@ class ResultsView;
 class SendMailForm1 final : public QDialog {
   Q_OBJECT
  public:
-  SendMailForm1(const profile::Program& program, SendJob job, QWidget* parent);
+  // Whether the account's server is the practice mailbox.
+  enum class Server { kReal, kPractice };
+  SendMailForm1(const profile::Program& program, document::MessageDocument document, run::ChosenGroup group,
+                Server server, QWidget* parent);
 
   enum class Stage { kIdle, kRunning, kFinished };
   Stage stage() const { return stage_; }
   // The system is being switched off: whoever opened this closes too.
   bool shuts_down() const { return shuts_down_; }
   // With what the person answered about pictures.
-  const document::PicturePlaces& picture_places() const { return job_.document.picture_places; }
+  const document::PicturePlaces& picture_places() const { return document_.picture_places; }
   // Why it is not, where the system refused; for the status line of whoever opened this.
   QString refusal() const { return refusal_; }
 
@@ -61,13 +64,14 @@ class SendMailForm1 final : public QDialog {
   std::chrono::milliseconds Worked() const;
   void CountDown();
   bool SwitchOff();
-  QWidget* MakeHeading();
+  QWidget* MakeHeading(Server server);
   QWidget* MakePausePanel();
   QWidget* MakeProgress();
   void Say(const QString& sentence);
 
   const profile::Program& program_;
-  SendJob job_;
+  document::MessageDocument document_;
+  const run::ChosenGroup group_;
   Stage stage_ = Stage::kIdle;
   bool cancel_asked_ = false;
   bool asking_ = false;         // the question whether to cancel is open

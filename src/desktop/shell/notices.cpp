@@ -26,7 +26,7 @@ Notices::Notices(const profile::Program& program, const document::Drafts& drafts
       drafts_(drafts),
       practice_(practice),
       bar_(new NoticeBar(this)),
-      pictures_(new PicturesPanel(program.settings.file(), this)),
+      pictures_(new PicturesPanel(program, this)),
       arrivals_(new QTimer(this)) {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);

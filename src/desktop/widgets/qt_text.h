@@ -4,10 +4,12 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/result.h"
 #include "platform/text.h"
@@ -30,6 +32,13 @@ inline QString Translated(std::string_view text) {
 
 inline QString InWords(const Sentence& sentence) {
   return ToQt(sentence.In([](const std::string& pattern) { return FromQt(Translated(std::string_view(pattern))); }));
+}
+
+// One a line of a list.
+inline QStringList InWords(const std::vector<Sentence>& sentences) {
+  QStringList lines;
+  for (const auto& sentence : sentences) lines << InWords(sentence);
+  return lines;
 }
 
 // What happened and the remedy, in the user's language.

@@ -1,0 +1,212 @@
+#include "run/prepared_run.h"
+
+#include <chrono>
+#include <utility>
+
+#include "account/account_connection.h"
+#include "account/account_message.h"
+#include "platform/text.h"
+#include "run/carrier.h"
+#include "run/history.h"
+#include "run/range_ends.h"
+#include "run/single_message.h"
+#include "smtp/outcome_text.h"
+
+namespace quillcast::run {
+
+using account::AccountSettings;
+using message::MessageOptions;
+using message::MessageTemplate;
+
+Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place) {
+  const auto store = place.Recipients();
+  auto found = store.FindGroup(group);
+  if (!found) return found.error();
+  ChosenGroup chosen;
+  chosen.group.name = group;
+  if (*found) {
+    const auto count = store.CountRecipients(group);
+    if (!count) return count.error();
+    chosen = {std::move(**found), *count};
+  }
+  return Prepare(std::move(document), std::move(chosen), place);
+}
+
+PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place) {
+  return {std::move(document), std::move(group), place};
+}
+
+PreparedRun::PreparedRun(document::MessageDocument document, ChosenGroup group, const RunPlace& place)
+    : document_(std::move(document)), group_(std::move(group)), place_(place) {}
+
+Result<const AccountSettings*> PreparedRun::Account() {
+  if (!account_) {
+    auto account = AccountSettings::Load(place_.Settings());
+    if (!account) return account.error();
+    account_ = std::move(*account);
+  }
+  return &*account_;
+}
+
+Result<const MessageOptions*> PreparedRun::Options() {
+  if (!options_) {
+    const auto account = Account();
+    if (!account) return account.error();
+    auto options = account::LoadMessageOptions(place_.Settings(), **account);
+    if (!options) return options.error();
+    options_ = std::move(*options);
+  }
+  return &*options_;
+}
+
+Result<const MessageTemplate*> PreparedRun::Message() {
+  if (!message_) {
+    const auto options = Options();
+    if (!options) return options.error();
+    message_ =
+        std::make_unique<MessageTemplate>(document_, **options, place_.folders.temporary, place_.clock, place_.entropy);
+  }
+  return message_.get();
+}
+
+Result<recipients::RecipientCursor> PreparedRun::Rows() const {
+  return place_.Recipients().ListRecipients(group_.group.id, group_.group.sort_sql);
+}
+
+Result<SendingFacts> PreparedRun::Facts() {
+  const auto filled_in = account::AccountIsFilledIn(place_.Settings());
+  if (!filled_in) return filled_in.error();
+  auto groups = place_.Recipients().ListGroupNames();
+  if (!groups) return groups.error();
+  return SendingFacts{.account_filled_in = *filled_in,
+                      .groups = std::move(*groups),
+                      .group = group_.group.name,
+                      .recipients = group_.recipients,
+                      .subject = document_.subject,
+                      .body_text = document_.PlainText(),
+                      .group_is_there = group_.group.id != 0};
+}
+
+Result<message::RelatedPictures> PreparedRun::LookForPictures() {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto options = Options();
+  // With such an account no message goes out, which whoever sends is told.
+  if (!options && options.error().failure == Failure::kNotConfigured) return message::RelatedPictures();
+  if (!options) return options.error();
+  return message::LookForPictures(document_, **options, place_.cancel);
+}
+
+void PreparedRun::AnswerAboutPictures(const std::vector<std::filesystem::path>& files, bool take) {
+  document_.picture_places.Answer(files, take);
+  message_.reset();
+}
+
+Result<MessageLook> PreparedRun::LookOver(Server server) {
+  const auto message = Message();
+  if (!message) return message.error();
+  auto rows = Rows();
+  if (!rows) return rows.error();
+  const auto found = run::LookOver(*rows, document_, **message, place_.cancel);
+  if (!found) return found.error();
+  std::optional<Sentence> notices;
+  if (server == Server::kIsAsked) notices = AskAboutNotices(*account_, **message, place_.clock, place_.cancel);
+  return LookOf(**message, *found, notices);
+}
+
+Result<recipients::Recipient> PreparedRun::RecipientAt(std::int64_t position) const {
+  auto rows = Rows();
+  if (!rows) return rows.error();
+  return FindRowAt(*rows, position, place_.cancel);
+}
+
+Result<recipients::Recipient> PreparedRun::RecipientWith(std::string_view address) const {
+  auto rows = Rows();
+  if (!rows) return rows.error();
+  return FindRow(*rows, address);
+}
+
+std::string PreparedRun::EndsOf(const PartialRange& range) const {
+  auto names = place_.Recipients().ListNames(group_.group.id, group_.group.sort_sql);
+  return names ? run::EndsOf(*names, range, place_.cancel) : std::string();
+}
+
+Result<RecipientView> PreparedRun::View(std::int64_t position) const {
+  const auto recipient = RecipientAt(position);
+  if (!recipient) return recipient.error();
+  return ViewFor(document_, *recipient);
+}
+
+Result<void> PreparedRun::Render(const recipients::Recipient& recipient, std::string_view send_to,
+                                 message::RenderedMessage& out) {
+  const auto message = Message();
+  if (!message) return message.error();
+  return RenderFor(recipient, send_to, **message, out);
+}
+
+Result<smtp::Outcome> PreparedRun::Send(message::RenderedMessage& message,
+                                        const std::function<void(std::string_view)>& log_line) {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto options = account::ClientOptionsOf(**account);
+  if (!options) return options.error();
+  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
+  return SendAlone(carrier, message, log_line);
+}
+
+Result<Sentence> PreparedRun::SendToMyself(std::int64_t position) {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto recipient = RecipientAt(position);
+  if (!recipient) return recipient.error();
+  const std::string& own = (**account)[account::AccountKey::kEmail];
+  message::RenderedMessage rendered;
+  const auto made = Render(*recipient, own, rendered);
+  if (!made) return made.error();
+  const auto outcome = Send(rendered, [](std::string_view) {});
+  if (!outcome) return outcome.error();
+  if (outcome->state != smtp::State::kSent) return Sentence(smtp::OutcomeText(*outcome));
+  return Say("The message for {} is on its way to {}.", platform::Printable(recipient->email(), 80), own);
+}
+
+Result<Preview> PreparedRun::WritePreview() {
+  const auto options = Options();
+  if (!options) return options.error();
+  return run::WritePreview(document_, **options, place_);
+}
+
+Result<Composed> PreparedRun::Compose(const std::optional<PartialRange>& range) {
+  const auto message = Message();
+  if (!message) return message.error();
+  if (const auto& trouble = (*message)->trouble()) return trouble->error;
+  auto rows = Rows();
+  if (!rows) return rows.error();
+  return ComposeAll(*rows, **message, range, place_.cancel);
+}
+
+// The copy outlives a mailing of hours; those left over are told even where a cancel ended the copying.
+OpenRows PreparedRun::RowsForRun() const {
+  return [this](recipients::Reading reading) -> Result<std::unique_ptr<recipients::RowSource>> {
+    const bool copies = reading == recipients::Reading::kCopy;
+    const auto store =
+        copies ? place_.Recipients()
+               : recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)});
+    auto rows = store.ListRecipients(group_.group.id, group_.group.sort_sql, reading);
+    if (!rows) return rows.error();
+    return std::unique_ptr<recipients::RowSource>(std::make_unique<recipients::RecipientCursor>(std::move(*rows)));
+  };
+}
+
+Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
+  const auto message = Message();
+  if (!message) return message.error();
+  const auto options = account::ClientOptionsOf(*account_);
+  if (!options) return options.error();
+  auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
+  if (!entry) return entry.error();
+  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
+  const RunParts parts{**message, group_.recipients, range, RowsForRun(), carrier, place_.cancel};
+  return SendLetters(parts, std::move(*entry), listener);
+}
+
+}  // namespace quillcast::run

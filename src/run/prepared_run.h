@@ -1,0 +1,100 @@
+// A run that is ready to go: one message, whom it goes to and the account it goes from, and the questions that are
+// asked of it before, during and instead of sending. Window, command, preview and proof all begin here.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "account/account_settings.h"
+#include "document/message_document.h"
+#include "message/message_template.h"
+#include "message/related_pictures.h"
+#include "platform/prompts.h"
+#include "platform/result.h"
+#include "recipients/recipient_store.h"
+#include "run/dry_run.h"
+#include "run/message_look.h"
+#include "run/message_preview.h"
+#include "run/pre_send_checks.h"
+#include "run/recipient_view.h"
+#include "run/run_place.h"
+#include "run/sending_run.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::run {
+
+// Whom a run goes to: a group as it was when it was chosen.
+struct ChosenGroup {
+  recipients::RecipientGroup group;  // id 0 where there is none of this name
+  std::int64_t recipients = 0;
+};
+
+// Nothing here changes under its questions: the account is read, and the message compiled, at the first one that needs
+// it, and is then the same for all. It belongs to one thread.
+class PreparedRun {
+ public:
+  PreparedRun(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
+
+  const document::MessageDocument& document() const { return document_; }
+  const ChosenGroup& group() const { return group_; }
+  // Fails where the settings cannot be read.
+  Result<const account::AccountSettings*> Account();
+  // Fails as Account does, and with kNotConfigured for an account that no message can be made with. Files that cannot
+  // be read do not fail it: see MessageTemplate::trouble.
+  Result<const message::MessageTemplate*> Message();
+
+  // Before it goes: what must hold (then CheckBeforeSending), the pictures that go along and those to be asked about
+  // (none while the account describes no message; the answer then goes to AnswerAboutPictures), and what the person may
+  // not have meant. The last reads the whole group, and asks the server what it offers where it is to.
+  Result<SendingFacts> Facts();
+  Result<message::RelatedPictures> LookForPictures();
+  void AnswerAboutPictures(const std::vector<std::filesystem::path>& files, bool take);
+  enum class Server { kIsAsked, kIsLeftAlone };
+  Result<MessageLook> LookOver(Server server);
+
+  // Its list: whom a place of it stands for, who has an address (the first for an empty one), and whom a part of it
+  // begins and ends with. kUsage where there is nobody.
+  Result<recipients::Recipient> RecipientAt(std::int64_t position) const;
+  Result<recipients::Recipient> RecipientWith(std::string_view address) const;
+  std::string EndsOf(const PartialRange& range) const;
+
+  // One message by itself: as its recipient reads it, as it goes out (addressed to `send_to` where that is given), or
+  // handed over; and one that keeps its tags, in the preview's files.
+  Result<RecipientView> View(std::int64_t position) const;
+  Result<void> Render(const recipients::Recipient& recipient, std::string_view send_to, message::RenderedMessage& out);
+  Result<smtp::Outcome> Send(message::RenderedMessage& message, const std::function<void(std::string_view)>& log_line);
+  // Sends the message of the recipient at this place to the account's own address: a sentence on what became of it.
+  Result<Sentence> SendToMyself(std::int64_t position);
+  Result<Preview> WritePreview();
+
+  // All of them, or those of a range: made and dropped, or sent. Run fails, with nothing sent, when the account cannot
+  // be used or the report cannot be created; everything later is in the report, the listener's results and the summary.
+  Result<Composed> Compose(const std::optional<PartialRange>& range);
+  Result<RunSummary> Run(const std::optional<PartialRange>& range, RunListener& listener);
+
+ private:
+  Result<const message::MessageOptions*> Options();
+  Result<recipients::RecipientCursor> Rows() const;
+  OpenRows RowsForRun() const;
+
+  document::MessageDocument document_;
+  ChosenGroup group_;
+  RunPlace place_;
+  std::optional<account::AccountSettings> account_;
+  std::optional<message::MessageOptions> options_;
+  std::unique_ptr<message::MessageTemplate> message_;
+};
+
+// The run of this document to the group of this name; see ChosenGroup for one that is not there. Fails where the store
+// cannot be read.
+Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place);
+// The same to a group that was chosen before.
+PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
+
+}  // namespace quillcast::run

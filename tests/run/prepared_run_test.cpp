@@ -1,0 +1,131 @@
+// What a prepared run answers, out of a real store and settings file, and that nothing changes under it. No server.
+#include "run/prepared_run.h"
+
+#include "message/related_pictures.h"
+#include "recipients/store_fixture.h"
+#include "support/fake_clock.h"
+
+namespace quillcast::run {
+namespace {
+
+class PreparedRunTest : public recipients::StoreTest {
+ protected:
+  PreparedRunTest() {
+    folders_.data = folder_;
+    folders_.temporary = folder_;
+    folders_.settings = folder_ / "settings.db";
+    Set("Name", "Ada");
+    Set("Email", "ada@example.org");
+    const auto group = NewGroup("Readers");
+    EXPECT_TRUE(*store().AddRecipientIfNew(group, recipients::Named("Bob <bob@example.net>", "Bob")));
+    EXPECT_TRUE(*store().AddRecipientIfNew(group, recipients::Named("cy@example.net", "")));
+    Add(group, "nobody");
+    letter_.subject = "For $*MergeFirstName*$";
+    letter_.html = "<p>Dear $*MergeFirstName*$ $*MergeNick*$</p>";
+  }
+
+  void Set(const char* key, const char* value) {
+    EXPECT_TRUE(profile::SettingsStore(folders_.settings).Write("Account", key, value));
+  }
+  RunPlace Place() { return {folders_, clock_, entropy_, cancel_}; }
+  PreparedRun Prepared() { return *Prepare(letter_, "readers", Place()); }
+  // The message of the first recipient, who stands in it with his address.
+  static std::string MessageOf(PreparedRun& prepared) {
+    message::RenderedMessage rendered;
+    std::string bytes;
+    const auto recipient = prepared.RecipientWith("");
+    if (!recipient || !prepared.Render(*recipient, "", rendered)) return "failed";
+    for (auto piece = rendered.Next(); piece && !piece->empty(); piece = rendered.Next()) bytes += *piece;
+    return bytes;
+  }
+
+  profile::Folders folders_;
+  test::FakeClock clock_;
+  test::CountingEntropy entropy_;
+  platform::CancelToken cancel_;
+  document::MessageDocument letter_;
+};
+
+TEST_F(PreparedRunTest, KnowsItsGroupWhateverIsThere) {
+  EXPECT_EQ(Prepared().group().group.name, "Readers");
+  EXPECT_EQ(Prepared().group().recipients, 3);
+  auto nobody = *Prepare(letter_, "Nobody", Place());
+  const auto facts = nobody.Facts();
+  ASSERT_TRUE(facts);
+  EXPECT_EQ(facts->group, "Nobody");
+  EXPECT_FALSE(facts->group_is_there);
+  EXPECT_FALSE(facts->account_filled_in) << "the server and the port were never saved";
+  EXPECT_EQ(facts->groups, std::vector<std::string>{"Readers"});
+  EXPECT_FALSE(Prepare(letter_, "Read'ers", Place()));
+}
+
+TEST_F(PreparedRunTest, KeepsTheAccountThatItsFirstQuestionFound) {
+  auto prepared = Prepared();
+  Set("Email", "early@example.org");
+  EXPECT_NE(MessageOf(prepared).find("From: Ada <early@example.org>"), std::string::npos);
+  Set("Email", "late@example.org");
+  EXPECT_NE(MessageOf(prepared).find("From: Ada <early@example.org>"), std::string::npos);
+  EXPECT_EQ((**prepared.Account())[account::AccountKey::kEmail], "early@example.org");
+  auto anew = Prepare(letter_, prepared.group(), Place());
+  EXPECT_NE(MessageOf(anew).find("From: Ada <late@example.org>"), std::string::npos);
+}
+
+TEST_F(PreparedRunTest, AnswersForOneRecipient) {
+  const auto prepared = Prepared();
+  EXPECT_EQ(prepared.View(1)->subject, "For Bob");
+  EXPECT_EQ(prepared.View(2)->address, "cy@example.net");
+  EXPECT_EQ(prepared.View(4).error().what, Say("The group has no recipient #{}.", 4));
+  EXPECT_EQ(prepared.RecipientWith("BOB@example.net")->values[recipients::kFirstName], "Bob");
+  EXPECT_EQ(prepared.RecipientWith("dan@example.net").error().failure, Failure::kUsage);
+  EXPECT_EQ(prepared.EndsOf({1, 2}), "Bob <Bob <bob@example.net>> \xE2\x80\xA6 cy@example.net");
+  EXPECT_EQ(prepared.EndsOf({2, 2}), "cy@example.net");
+  cancel_.Request();
+  EXPECT_EQ(prepared.View(1).error().failure, Failure::kTryAgain);
+}
+
+TEST_F(PreparedRunTest, FindsWhatThePersonMayNotHaveMeant) {
+  auto prepared = Prepared();
+  const auto look = prepared.LookOver(PreparedRun::Server::kIsLeftAlone);
+  ASSERT_TRUE(look);
+  EXPECT_EQ(look->findings,
+            (std::vector<Sentence>{
+                Say("Unknown tag {}: it goes out as it stands.", "$*MergeNick*$"),
+                SayOf(2, "{} recipient has no value for {} (the first is {}).",
+                      "{} recipients have no value for {} (the first is {}).", "$*MergeFirstName*$", "cy@example.net"),
+                SayOf(1, "{} entry has no address that a message can be sent to.",
+                      "{} entries have no address that a message can be sent to.")}));
+  EXPECT_FALSE(look->size.empty());
+  const auto composed = prepared.Compose({});
+  ASSERT_TRUE(composed);
+  EXPECT_EQ(composed->messages, 2);
+  EXPECT_EQ(composed->unaddressed, 1);
+  EXPECT_EQ(prepared.Compose(PartialRange{2, 2})->messages, 1);
+}
+
+TEST_F(PreparedRunTest, TakesAPictureFromElsewhereOnlyAfterTheAnswer) {
+  std::filesystem::create_directory(folder_ / "page");
+  const auto picture = NewFile("private.gif", "GIF89a\x01");
+  letter_.html = "<img src='../private.gif'>";
+  letter_.base_folder = folder_ / "page";
+  for (const bool take : {true, false}) {
+    auto prepared = Prepared();
+    EXPECT_EQ(MessageOf(prepared).find("image/gif"), std::string::npos) << "nobody was asked";
+    const auto asked = message::PicturesToAskFor(prepared.LookForPictures()->foreign);
+    ASSERT_EQ(asked.size(), 1U);
+    prepared.AnswerAboutPictures(asked, take);
+    EXPECT_EQ(MessageOf(prepared).find("image/gif") != std::string::npos, take);
+    EXPECT_TRUE(message::PicturesToAskFor(prepared.LookForPictures()->foreign).empty());
+  }
+}
+
+TEST_F(PreparedRunTest, SaysThatTheAccountDescribesNoMessage) {
+  Set("Email", "nobody");
+  auto prepared = Prepared();
+  EXPECT_EQ(prepared.LookOver(PreparedRun::Server::kIsLeftAlone).error().failure, Failure::kNotConfigured);
+  EXPECT_EQ(prepared.WritePreview().error().failure, Failure::kNotConfigured);
+  EXPECT_TRUE(prepared.LookForPictures()) << "whoever sends is told";
+  EXPECT_TRUE(prepared.View(1));
+}
+
+}  // namespace
+}  // namespace quillcast::run

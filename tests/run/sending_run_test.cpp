@@ -1,0 +1,349 @@
+// A run without a store and without a server: rows and letters are the test's own. Whatever happens, and whenever,
+// everybody in the range is told once, in the order of the list, and the report says the same.
+#include "run/sending_run.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <deque>
+#include <map>
+#include <set>
+
+#include "platform/text.h"
+#include "support/fake_clock.h"
+#include "support/fake_rows.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+using platform::Stop;
+using smtp::State;
+using test::FakeRows;
+
+// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'u'nknown, or 'x' for an entry without an address,
+// which no server is asked about.
+using Fates = std::string;
+
+std::vector<std::string> AddressesOf(const Fates& fates) {
+  std::vector<std::string> addresses;
+  for (const char fate : fates) {
+    const auto address = FakeRows::AddressAt(std::ssize(addresses) + 1);
+    addresses.push_back(fate == 'x' ? "nobody" : address);
+  }
+  return addresses;
+}
+
+std::int64_t PositionOf(std::string_view address) {
+  return *platform::ParseWholeNumber(address.substr(1, address.find('@') - 1));
+}
+
+smtp::Outcome OutcomeOf(char fate) {
+  if (fate == 's') return {.state = State::kSent, .code = smtp::ResultCode::kSuccess, .reply = {}, .reason = {}};
+  if (fate == 'u') return {.state = State::kUnknown, .code = smtp::ResultCode::kException, .reply = {}, .reason = {}};
+  return {
+      .state = State::kRefused, .code = smtp::ResultCode::kRecipientRefused, .reply = {550, "", "no"}, .reason = {}};
+}
+
+// Takes letters as the client does: some in flight, results in the order taken, asking whether to go on after refusals.
+class FakeCarrier final : public Carrier {
+ public:
+  FakeCarrier(Fates fates, std::size_t window, const platform::CancelToken& cancel)
+      : fates_(std::move(fates)), window_(window), cancel_(cancel) {}
+
+  std::function<void(int step)> at_step;  // before each taking and each result, counted from 1
+  int asks_after = 0;                     // so many refusals in a row; 0 for never
+  std::vector<std::int64_t> carried;      // who was handed over, in order
+
+  void Carry(smtp::JobSource& letters) override {
+    std::deque<smtp::Job*> in_flight;
+    bool takes = true;
+    int refused = 0;
+    while (takes || !in_flight.empty()) {
+      while (takes && in_flight.size() < window_) {
+        Step();
+        smtp::Job* job = letters.NextJob();
+        takes = job != nullptr;
+        if (takes) in_flight.push_back(job);
+      }
+      if (in_flight.empty()) break;
+      Step();
+      const auto outcome = Deliver(*in_flight.front());
+      letters.Finished(*in_flight.front(), outcome);
+      in_flight.pop_front();
+      letters.CaughtUp();
+      refused = outcome.state == State::kRefused ? refused + 1 : 0;
+      if (refused == asks_after && asks_after > 0 && !letters.GoOn(outcome, refused)) takes = false;
+    }
+  }
+
+ private:
+  void Step() {
+    ++step_;
+    if (at_step) at_step(step_);
+  }
+  smtp::Outcome Deliver(const smtp::Job& job) {
+    if (cancel_.Requested() == Stop::kAbandon) {
+      return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
+    }
+    carried.push_back(PositionOf(job.envelope.recipient.text()));
+    return OutcomeOf(fates_[static_cast<std::size_t>(carried.back() - 1)]);
+  }
+
+  const Fates fates_;
+  const std::size_t window_;
+  const platform::CancelToken& cancel_;
+  int step_ = 0;
+};
+
+struct Told final : RunListener {
+  std::vector<std::int64_t> order;  // everybody who was told of
+  std::map<State, std::int64_t> results;
+  std::vector<std::int64_t> sent;
+  std::int64_t not_tried = 0;
+  bool goes_on = true;
+  int asked = 0;
+
+  void ReportLine(std::string_view) override {}
+  void Finished(const RecipientResult& result) override {
+    EXPECT_EQ(not_tried, 0) << "results come before those who were not tried";
+    order.push_back(result.position);
+    ++results[result.outcome.state];
+    if (result.outcome.state == State::kSent) sent.push_back(result.position);
+  }
+  void Progress(std::int64_t, std::int64_t, std::uint64_t, std::uint64_t) override {}
+  bool GoOn(const smtp::Outcome&, int) override { return ++asked, goes_on; }
+  void NotTried(std::int64_t position, const std::string&) override {
+    order.push_back(position);
+    ++not_tried;
+  }
+  void Note(const Sentence&) override {}
+};
+
+std::int64_t Count(std::string_view text, std::string_view part) {
+  std::int64_t count = 0;
+  for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) ++count;
+  return count;
+}
+
+std::vector<std::int64_t> Places(std::int64_t first, std::int64_t last) {
+  std::vector<std::int64_t> places;
+  for (auto place = first; place <= last; ++place) places.push_back(place);
+  return places;
+}
+
+class SendingRun : public ::testing::Test {
+ protected:
+  SendingRun() : template_(Document(), Options(), folder_.path(), clock_, entropy_) {}
+
+  static document::MessageDocument Document() {
+    document::MessageDocument document;
+    document.subject = "Hello";
+    document.html = "<p>Dear $*MergeEmail*$</p>";
+    return document;
+  }
+  static message::MessageOptions Options() {
+    message::MessageOptions options;
+    options.sender_address = *smtp::Address::From("ada@example.org");
+    return options;
+  }
+
+  struct Setting {
+    Fates fates;
+    std::size_t window = 1;
+    std::optional<PartialRange> range = {};
+    std::function<void(FakeCarrier&, Told&)> change = {};
+    int unreadable = 0;               // the row that cannot be read
+    bool copy_fails = false;          // the rows for the run
+    bool list_fails = false;          // those for who is left as well
+    std::optional<rlim_t> room = {};  // octets that a file may have while it runs
+  };
+
+  // Runs once; what came of it is in told_, summary_, carried_ and report_.
+  void Run(const Setting& setting) {
+    platform::CancelToken& cancel = cancel_.emplace();
+    FakeCarrier carrier(setting.fates, setting.window, cancel);
+    told_ = Told();
+    if (setting.change) setting.change(carrier, told_);
+    const OpenRows rows = [&](recipients::Reading reading) -> Result<std::unique_ptr<recipients::RowSource>> {
+      const bool copies = reading == recipients::Reading::kCopy;
+      if (copies ? setting.copy_fails : setting.list_fails) return Error{Failure::kIo, "No room for a copy.", ""};
+      auto source = std::make_unique<FakeRows>(AddressesOf(setting.fates));
+      source->unreadable = setting.unreadable;
+      return std::unique_ptr<recipients::RowSource>(std::move(source));
+    };
+    auto entry = BeginHistoryEntry(folder_.path(), clock_, "Hello");
+    ASSERT_TRUE(entry);
+    const std::filesystem::path report = entry->report.path();
+    const RunParts parts{template_, std::ssize(setting.fates), setting.range, rows, carrier, cancel};
+    {
+      const Room room(setting.room);
+      summary_ = SendLetters(parts, std::move(*entry), told_);
+    }
+    carried_ = carrier.carried;
+    report_ = test::ReadAll(report);
+    for (const auto& file : std::filesystem::directory_iterator(folder_.path())) std::filesystem::remove(file);
+    ExpectTheSameFromAll(setting);
+  }
+
+  // Report, summary and listener agree, whatever happened.
+  void ExpectTheSameFromAll(const Setting& setting) {
+    const auto range = setting.range.value_or(PartialRange{1, std::ssize(setting.fates)});
+    const bool all_can_be_named = setting.unreadable == 0 && !setting.list_fails;
+    const auto named = all_can_be_named ? range.last : range.first - 1 + std::ssize(told_.order);
+    EXPECT_EQ(told_.order, Places(range.first, named)) << "none lost, none twice, in order";
+    std::int64_t failed = 0;
+    for (const auto& [state, count] : told_.results) failed += state == State::kSent ? 0 : count;
+    EXPECT_EQ(summary_.sent, std::ssize(told_.sent));
+    EXPECT_EQ(summary_.failed, failed);
+    EXPECT_EQ(summary_.sent + summary_.failed + summary_.not_tried, range.last - range.first + 1);
+    EXPECT_TRUE(!all_can_be_named || summary_.not_tried == told_.not_tried);
+    std::vector<std::int64_t> delivered;
+    for (const auto place : carried_) {
+      if (setting.fates[static_cast<std::size_t>(place - 1)] == 's') delivered.push_back(place);
+    }
+    EXPECT_EQ(told_.sent, delivered) << "sent is who was delivered to";
+    EXPECT_EQ(std::set(carried_.begin(), carried_.end()).size(), carried_.size()) << "nobody gets two";
+    if (setting.room) return;
+    EXPECT_EQ(Count(report_, "Message sent successfully."), summary_.sent);
+    EXPECT_EQ(Count(report_, "There was an error sending your message."), summary_.failed);
+    EXPECT_TRUE(platform::Trim(report_).ends_with(
+        failed > 0          ? std::to_string(failed) + " messages failed during process."
+        : summary_.sent > 0 ? std::to_string(summary_.sent) + " messages sent during process."
+                            : "Personal Sending process has been completed."));
+  }
+
+  // A disk on which a file may grow to so many octets.
+  class Room {
+   public:
+    explicit Room(std::optional<rlim_t> octets) : before_(std::signal(SIGXFSZ, SIG_IGN)) {
+      ::getrlimit(RLIMIT_FSIZE, &limit_);
+      const rlimit smaller{octets.value_or(limit_.rlim_cur), limit_.rlim_max};
+      ::setrlimit(RLIMIT_FSIZE, &smaller);
+    }
+    Room(const Room&) = delete;
+    Room& operator=(const Room&) = delete;
+    ~Room() {
+      ::setrlimit(RLIMIT_FSIZE, &limit_);
+      std::signal(SIGXFSZ, before_);
+    }
+
+   private:
+    void (*before_)(int);
+    rlimit limit_{};
+  };
+
+  test::TemporaryFolder folder_;
+  test::FakeClock clock_;
+  test::CountingEntropy entropy_;
+  message::MessageTemplate template_;
+  std::optional<platform::CancelToken> cancel_;
+  Told told_;
+  RunSummary summary_;
+  std::vector<std::int64_t> carried_;
+  std::string report_;
+};
+
+// All lists of five of these fates, with so many letters in flight.
+TEST_F(SendingRun, TellsEveryOrderOfResultsAndOfFailuresOfItsOwn) {
+  constexpr std::string_view kFates = "srx";
+  for (const std::size_t window : {1, 2, 4}) {
+    for (int number = 0; number < 243; ++number) {
+      Fates fates;
+      for (int rest = number; fates.size() < 5; rest /= 3) fates += kFates[static_cast<std::size_t>(rest % 3)];
+      SCOPED_TRACE(fates + " window " + std::to_string(window));
+      Run({.fates = fates, .window = window});
+      EXPECT_EQ(summary_.not_tried, 0);
+      EXPECT_FALSE(summary_.stopped || summary_.cancelled);
+    }
+  }
+}
+
+TEST_F(SendingRun, KeepsToItsRange) {
+  for (std::int64_t first = 1; first <= 5; ++first) {
+    for (std::int64_t last = first; last <= 5; ++last) {
+      SCOPED_TRACE(std::to_string(first) + "-" + std::to_string(last));
+      Run({.fates = "sxsrs", .window = 2, .range = PartialRange{first, last}, .change = {}});
+      EXPECT_EQ(summary_.not_tried, 0);
+    }
+  }
+}
+
+TEST_F(SendingRun, EndsWhereNobodyWantsToGoOn) {
+  for (const bool goes_on : {true, false}) {
+    for (const std::size_t window : {1, 3}) {
+      Run({.fates = "srrxrsss", .window = window, .change = [&](FakeCarrier& carrier, Told& told) {
+             carrier.asks_after = 2;
+             told.goes_on = goes_on;
+           }});
+      EXPECT_EQ(told_.asked, 1);
+      EXPECT_EQ(summary_.not_tried > 0, !goes_on);
+      EXPECT_FALSE(summary_.cancelled);
+    }
+  }
+}
+
+TEST_F(SendingRun, LosesNobodyWhereverItIsCancelled) {
+  for (const Stop stop : {Stop::kStop, Stop::kAbandon}) {
+    for (const std::size_t window : {1, 3}) {
+      for (int at = 1; at <= 13; ++at) {
+        SCOPED_TRACE("step " + std::to_string(at));
+        Run({.fates = "sxrsus", .window = window, .change = [&](FakeCarrier& carrier, Told&) {
+               carrier.at_step = [this, at, stop](int step) {
+                 if (step != at) return;
+                 cancel_->Request();
+                 if (stop == Stop::kAbandon) cancel_->Request();
+               };
+             }});
+        EXPECT_EQ(summary_.cancelled, summary_.not_tried > 0);
+        EXPECT_FALSE(summary_.stopped);
+      }
+    }
+  }
+}
+
+// For every octet at which the disk is full: what was told is told, what is written is written whole, and at most the
+// letters that were on their way go out after it.
+TEST_F(SendingRun, StopsWhereverItsReportCannotBeWritten) {
+  const Fates fates = "srxss";
+  Run({.fates = fates, .window = 2});
+  const std::string whole = report_;
+  ASSERT_GT(whole.size(), 300U);
+  for (rlim_t room = 0; room < whole.size(); ++room) {
+    SCOPED_TRACE("room for " + std::to_string(room));
+    Run({.fates = fates, .window = 2, .room = room});
+    ASSERT_TRUE(summary_.stopped);
+    EXPECT_EQ(summary_.stopped->failure, Failure::kIo);
+    EXPECT_TRUE(whole.starts_with(report_) && (report_.empty() || report_.ends_with("\r\n")));
+    EXPECT_LE(summary_.sent + summary_.failed, Count(report_, "\r\n\r\n") + 3);
+    EXPECT_TRUE(!report_.empty() || carried_.empty()) << "what cannot be recorded is not begun";
+  }
+}
+
+TEST_F(SendingRun, StopsAtARowThatCannotBeRead) {
+  for (int unreadable = 1; unreadable <= 6; ++unreadable) {
+    for (const std::size_t window : {1, 3}) {
+      SCOPED_TRACE(unreadable);
+      Run({.fates = "ssxrs", .window = window, .unreadable = unreadable});
+      const bool is_behind_the_last = unreadable == 6;
+      EXPECT_EQ(std::ssize(told_.order), unreadable - 1) << "nobody knows who comes behind";
+      EXPECT_EQ(summary_.stopped.has_value(), !is_behind_the_last);
+      EXPECT_EQ(summary_.not_tried, 6 - unreadable);
+    }
+  }
+}
+
+TEST_F(SendingRun, NamesEverybodyWhereNoCopyOfTheRowsCouldBeMade) {
+  for (const bool list_fails : {false, true}) {
+    Run({.fates = "sss", .window = 1, .copy_fails = true, .list_fails = list_fails});
+    EXPECT_TRUE(carried_.empty());
+    ASSERT_TRUE(summary_.stopped);
+    EXPECT_EQ(summary_.stopped->what, Sentence("No room for a copy."));
+    EXPECT_EQ(told_.not_tried, list_fails ? 0 : 3);
+    EXPECT_EQ(summary_.not_tried, 3);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::run
