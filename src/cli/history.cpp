@@ -57,7 +57,7 @@ int RunClear(Context& context) {
                          {"left", cleared.left},
                          {"going_on", cleared.going_on},
                          {"folders", cleared.folders}});
-  for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence);
+  for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence.InEnglish());
   const auto done = run::WhatFailed(cleared, folders->History());
   return done ? 0 : context.output.Fail(done.error());
 }

@@ -114,7 +114,7 @@ int TellSummary(Context& context, const run::PreparedRun& prepared, const profil
                          {"history", summary.history}});
   context.output.Line(
       fmt::format("{} sent, {} failed.", platform::Counted(summary.sent, "message", "messages"), summary.failed));
-  context.output.Line(fmt::format("Report: {}", (folders.History() / (summary.history + ".txt")).string()));
+  context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   if (summary.not_tried > 0) {
     const std::int64_t last = range ? range->last : prepared.group().recipients;
     context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",

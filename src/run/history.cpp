@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <numeric>
 
 #include "platform/file_attributes.h"
 #include "platform/text.h"
@@ -16,6 +17,8 @@ constexpr std::size_t kLongestSubject = 64;
 constexpr int kSecondsToTry = 3600;
 constexpr std::string_view kReportEnding = ".txt";
 constexpr std::string_view kMessageEnding = ".eml";
+constexpr std::size_t kTimePlace = 10;     // its "_" in "07-03-2026_09-05-07_Hello"
+constexpr std::size_t kSubjectPlace = 19;  // that of the subject
 
 bool Exists(const fs::path& file) {
   std::error_code ignored;
@@ -35,6 +38,22 @@ std::string RowText(std::string_view base) {
     text += parts[i];
   }
   return text;
+}
+
+bool HasThreeParts(std::string_view file) {
+  return file.size() > kSubjectPlace && file[kTimePlace] == '_' && file[kSubjectPlace] == '_';
+}
+
+// "2026-07-03_09-05-07", which sorts.
+std::string MomentOf(std::string_view file) {
+  if (!HasThreeParts(file)) return {};
+  const std::string_view date = file.substr(0, kTimePlace);
+  return std::string(date.substr(6)) + "-" + std::string(date.substr(0, 5)) +
+         std::string(file.substr(kTimePlace, kSubjectPlace - kTimePlace));
+}
+
+std::string SubjectOf(std::string_view file) {
+  return std::string(HasThreeParts(file) ? file.substr(kSubjectPlace + 1) : file);
 }
 
 // A file, or a link to one.
@@ -73,12 +92,16 @@ std::string HistoryBaseName(const std::tm& local, std::string_view subject) {
                      local.tm_hour, local.tm_min, local.tm_sec, CleanSubject(subject));
 }
 
+fs::path ReportIn(const fs::path& history, std::string_view base) {
+  return history / (std::string(base) + std::string(kReportEnding));
+}
+
 Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::Clock& clock,
                                        std::string_view subject) {
   auto moment = clock.Now();
   for (int tries = 0; tries < kSecondsToTry; ++tries, moment += std::chrono::seconds(1)) {
     const std::string base = HistoryBaseName(clock.Local(moment), subject);
-    const fs::path report = history / (base + std::string(kReportEnding));
+    const fs::path report = ReportIn(history, base);
     const fs::path message = history / (base + std::string(kMessageEnding));
     if (Exists(report) || Exists(message)) continue;
     auto writer = platform::FileWriter::CreateNew(report);
@@ -106,6 +129,20 @@ Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
   }
   if (failed) return platform::SystemError("read", history, failed.value());
   return rows;
+}
+
+std::vector<std::size_t> Arranged(const std::vector<HistoryRow>& rows, HistoryOrder order) {
+  std::vector<std::size_t> places(rows.size());
+  std::iota(places.begin(), places.end(), 0);
+  if (order == HistoryOrder::kAsListed) return places;
+  std::vector<std::string> keys;
+  for (const auto& row : rows) {
+    keys.push_back(order == HistoryOrder::kBySubject ? SubjectOf(row.file) : MomentOf(row.file));
+  }
+  std::stable_sort(places.begin(), places.end(), [&](std::size_t a, std::size_t b) {
+    return order == HistoryOrder::kNewestFirst ? keys[b] < keys[a] : keys[a] < keys[b];
+  });
+  return places;
 }
 
 Result<void> OpenLog(const fs::path& history, const HistoryRow& row, platform::Desktop& desktop,
@@ -143,12 +180,12 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   return result;
 }
 
-std::vector<std::string> WhatStayed(const ClearedHistory& cleared) {
-  std::vector<std::string> sentences;
+std::vector<Sentence> WhatStayed(const ClearedHistory& cleared) {
+  std::vector<Sentence> sentences;
   if (cleared.is_link) sentences.emplace_back("The history folder is a link; what it leads to was left as it is.");
   if (cleared.folders > 0) {
-    sentences.push_back(platform::Counted(static_cast<std::int64_t>(cleared.folders), "folder in it was left as it is.",
-                                          "folders in it were left as they are."));
+    sentences.push_back(SayOf(static_cast<std::int64_t>(cleared.folders), "{} folder in it was left as it is.",
+                              "{} folders in it were left as they are."));
   }
   if (cleared.going_on > 0) sentences.emplace_back("The files of a run that is going on were kept.");
   return sentences;
@@ -158,7 +195,7 @@ Result<void> WhatFailed(const ClearedHistory& cleared, const fs::path& history) 
   if (cleared.left == 0) return {};
   return Error{
       Failure::kNotPermitted,
-      Say("{} could not be deleted.", platform::Counted(static_cast<std::int64_t>(cleared.left), "file", "files")),
+      SayOf(static_cast<std::int64_t>(cleared.left), "{} file could not be deleted.", "{} files could not be deleted."),
       Say("Look at the permissions of {}.", platform::Printable(history.string()))};
 }
 

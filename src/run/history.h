@@ -13,6 +13,7 @@
 #include "platform/file.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
+#include "platform/sentence.h"
 
 namespace quillcast::run {
 
@@ -22,6 +23,9 @@ std::string CleanSubject(std::string_view subject);
 
 // "mm-dd-yyyy_hh-mm-ss_cleaned subject".
 std::string HistoryBaseName(const std::tm& local, std::string_view subject);
+
+// The report of the run with this base name.
+std::filesystem::path ReportIn(const std::filesystem::path& history, std::string_view base);
 
 // A run's place in the history folder. Its report exists from the first moment, so that no other run takes the name.
 struct HistoryEntry {
@@ -42,6 +46,11 @@ struct HistoryRow {
 // The entries in the order in which the file system gives them; files that are read-only become writable. Folders are
 // no entries, and what a link points to stays as it is. Names that are not in three parts give shorter rows.
 Result<std::vector<HistoryRow>> ListHistory(const std::filesystem::path& history);
+
+// The places of the rows in an order that a list offers. Names that are not in three parts count as older than all, and
+// are their own subjects.
+enum class HistoryOrder { kAsListed, kNewestFirst, kOldestFirst, kBySubject };
+std::vector<std::size_t> Arranged(const std::vector<HistoryRow>& rows, HistoryOrder order);
 
 // Opens a row's report or message with the desktop's program for it. Warns when it is not there.
 Result<void> OpenLog(const std::filesystem::path& history, const HistoryRow& row, platform::Desktop& desktop,
@@ -64,8 +73,8 @@ struct ClearedHistory {
 };
 ClearedHistory ClearHistory(const std::filesystem::path& history, platform::Prompts& prompts);
 
-// What stayed on purpose and why, a sentence each.
-std::vector<std::string> WhatStayed(const ClearedHistory& cleared);
+// What stayed on purpose and why.
+std::vector<Sentence> WhatStayed(const ClearedHistory& cleared);
 // What could not be deleted, where something could not.
 Result<void> WhatFailed(const ClearedHistory& cleared, const std::filesystem::path& history);
 

@@ -121,7 +121,7 @@ TEST(History, ClearingTellsWhatStayed) {
             "2 folders in it were left as they are.|The files of a run that is going on were kept.|"
             "1,000 files could not be deleted. Look at the permissions of /h.|"}}) {
     std::string told;
-    for (const auto& sentence : WhatStayed(c.cleared)) told += sentence + "|";
+    for (const auto& sentence : WhatStayed(c.cleared)) told += sentence.InEnglish() + "|";
     const auto done = WhatFailed(c.cleared, "/h");
     if (!done) told += InOneLine(done.error()) + "|";
     EXPECT_EQ(told, c.told);
@@ -155,6 +155,22 @@ TEST(History, IsClearedWholeOrNotAtAll) {
   EXPECT_EQ(cleared.deleted, 3U);
   EXPECT_TRUE(fs::is_empty(folder.path()));
   EXPECT_EQ(prompts.shown.front(), "ask: Are you sure you want to delete your history?");
+}
+
+TEST(History, ArrangesItsRowsByWhatTheirNamesSay) {
+  const std::vector<HistoryRow> rows = {{"12-01-2025_10-00-00_Bees.txt", ""},
+                                        {"07-03-2026_09-05-07_Ants.txt", ""},
+                                        {"notes.txt", ""},
+                                        {"07-03-2026_09-05-06_Cows and_sheep.txt", ""},
+                                        {"01-01-2026 10-00-00 Dogs.txt", ""}};
+  using Places = std::vector<std::size_t>;
+  EXPECT_EQ(Arranged(rows, HistoryOrder::kAsListed), (Places{0, 1, 2, 3, 4}));
+  EXPECT_EQ(Arranged(rows, HistoryOrder::kNewestFirst), (Places{1, 3, 0, 2, 4}));
+  EXPECT_EQ(Arranged(rows, HistoryOrder::kOldestFirst), (Places{2, 4, 0, 3, 1}));
+  EXPECT_EQ(Arranged(rows, HistoryOrder::kBySubject), (Places{4, 1, 0, 3, 2}));
+  const std::tm late = test::FakeClock().Local(std::chrono::system_clock::from_time_t(1798761539));
+  const std::vector<HistoryRow> written = {{HistoryBaseName(late, "Z") + ".txt", ""}, rows[1]};
+  EXPECT_EQ(Arranged(written, HistoryOrder::kOldestFirst), (Places{1, 0})) << "as they are written";
 }
 
 TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {

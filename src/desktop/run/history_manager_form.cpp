@@ -3,8 +3,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <algorithm>
-#include <numeric>
 
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
@@ -12,25 +10,6 @@
 #include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
-namespace {
-
-enum Order : int { kAsListed, kNewestFirst, kOldestFirst, kBySubject };
-
-constexpr std::size_t kSubjectPlace = 20;  // in "07-03-2026_09-05-07_Hello.txt"
-
-// "2026-07-03_09-05-07"; empty for a name of another shape, which counts as older than all.
-std::string MomentOf(const run::HistoryRow& row) {
-  const std::string& file = row.file;
-  if (file.size() < kSubjectPlace || file[10] != '_' || file[19] != '_') return {};
-  return file.substr(6, 4) + "-" + file.substr(0, 5) + file.substr(10, 9);
-}
-
-std::string SubjectOf(const run::HistoryRow& row) {
-  return MomentOf(row).empty() ? row.file : row.file.substr(kSubjectPlace);
-}
-
-}  // namespace
-
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
@@ -88,18 +67,8 @@ void HistoryManagerForm::Fill() {
 }
 
 void HistoryManagerForm::Arrange() {
-  std::vector<std::size_t> places(rows_.size());
-  std::iota(places.begin(), places.end(), 0);
-  const auto by = [&](auto key, bool descending) {
-    std::stable_sort(places.begin(), places.end(), [&](std::size_t a, std::size_t b) {
-      return descending ? key(rows_[b]) < key(rows_[a]) : key(rows_[a]) < key(rows_[b]);
-    });
-  };
-  if (order_->currentIndex() == kNewestFirst) by(MomentOf, true);
-  if (order_->currentIndex() == kOldestFirst) by(MomentOf, false);
-  if (order_->currentIndex() == kBySubject) by(SubjectOf, false);
   shown_.clear();
-  for (const std::size_t place : places) {
+  for (const std::size_t place : run::Arranged(rows_, static_cast<run::HistoryOrder>(order_->currentIndex()))) {
     if (ToQt(rows_[place].text).contains(filter_->text(), Qt::CaseInsensitive)) shown_.push_back(place);
   }
   grid_->SetEmptyText(rows_.empty() ? tr("Each run keeps its report and its first message here. Send a message to see "
@@ -136,7 +105,7 @@ void HistoryManagerForm::Clear() {
   if (cleared.clearing != run::Clearing::kCleared) return;
   QStringList sentences = {
       Counted(static_cast<std::int64_t>(cleared.deleted), tr("1 file was deleted."), tr("%1 files were deleted."))};
-  for (const auto& sentence : run::WhatStayed(cleared)) sentences << ToQt(sentence);
+  for (const auto& sentence : run::WhatStayed(cleared)) sentences << InWords(sentence);
   const auto done = run::WhatFailed(cleared, program_.folders.History());
   if (!done) sentences << InWords(done.error());
   cleared_ = sentences.join(' ');
