@@ -2,12 +2,14 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDialog>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QLoggingCategory>
 #include <QScreen>
 #include <QTranslator>
+#include <QUrl>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
@@ -28,6 +30,9 @@
 
 namespace quillcast::desktop {
 namespace {
+
+constexpr const char* kNotHandedOver = QT_TRANSLATE_NOOP(
+    "Start", "The window that is open already did not take what was to be opened. Open it there, or try it once more.");
 
 // F1 opens the help at the topic of the window that it is pressed in.
 class HelpKey final : public QObject {
@@ -51,13 +56,28 @@ class HelpKey final : public QObject {
 
 // The screen's size is in physical pixels; rounded up, because the toolkit rounds it down where its scale does not
 // divide it. The other instance, where there is one, flashes when it is asked after.
-profile::StartupFacts Facts(SingleInstance& instance) {
+profile::StartupFacts Facts(SingleInstance& instance, const std::vector<std::string>& arguments) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const qreal ratio = screen->devicePixelRatio();
-  return {.window_with_our_title = instance.AnotherIsRunning(),
+  return {.window_with_our_title = instance.AnotherIsRunning(arguments),
           .version = profile::RunningSystem(),
           .screen = profile::PixelSize{static_cast<int>(std::ceil(screen->size().width() * ratio)),
                                        static_cast<int>(std::ceil(screen->size().height() * ratio))}};
+}
+
+// As the window takes them, wherever it was started: the absolute paths of files, and "mailto:" addresses.
+std::vector<std::string> StartArguments(const QStringList& given) {
+  std::vector<std::string> arguments;
+  for (const QString& argument : given) {
+    const QUrl address(argument);
+    if (address.scheme() == "mailto") {
+      arguments.push_back(FromQt(argument));
+    } else if (!argument.isEmpty()) {
+      const QString path = address.isLocalFile() ? address.toLocalFile() : argument;
+      arguments.push_back(PathFromQt(QFileInfo(path).absoluteFilePath()).string());
+    }
+  }
+  return arguments;
 }
 
 // What ends the program, told on the screen and to whoever started it; a second start ends without a word.
@@ -90,14 +110,19 @@ void Translate(const profile::Folders& folders) {
     QCoreApplication::installTranslator(&toolkit);
 }
 
-int Run(QApplication& application, const std::optional<std::filesystem::path>& profile, const char* warning) {
+int Run(QApplication& application, const std::optional<std::filesystem::path>& profile,
+        const std::vector<std::string>& arguments, const char* warning) {
   platform::ProcessEnvironment environment;
   const profile::Folders folders =
       profile::ResolveFolders(environment, PathFromQt(QApplication::applicationFilePath()), profile);
   Translate(folders);
   QtPrompts prompts(profile::kWindowTitle);
   SingleInstance instance(PathToQt(folders.data));
-  if (const auto refusal = profile::CheckStartup(Facts(instance), folders)) return Refuse(prompts, refusal->message);
+  const profile::StartupFacts facts = Facts(instance, arguments);
+  if (facts.window_with_our_title && !arguments.empty() && !instance.handed_over()) {
+    return Refuse(prompts, FromQt(QCoreApplication::translate("Start", kNotHandedOver)));
+  }
+  if (const auto refusal = profile::CheckStartup(facts, folders)) return Refuse(prompts, refusal->message);
   const auto prepared = profile::PrepareFolders(folders);
   if (!prepared) std::fprintf(stderr, "quillcast-desktop: %s\n", InOneLine(prepared.error()).c_str());
   profile::SettingsStore settings(folders.settings, profile::kWindowPatience);
@@ -114,6 +139,9 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   application.installEventFilter(&help_key);
   const auto window = StartWindow(program);
   QObject::connect(&instance, &SingleInstance::Raised, window.get(), &MainForm::Flash);
+  QObject::connect(&instance, &SingleInstance::Asked, window.get(), &MainForm::Open);
+  instance.BeginHearing();
+  window->Open(arguments);
   if (warning != nullptr) window->Say(warning);
   const Termination termination;
   QObject::connect(&termination, &Termination::Asked, window.get(), &MainForm::EndAtOnce);
@@ -147,10 +175,13 @@ int main(int argc, char** argv) {
   parser.setApplicationDescription("Quillcast Classic sends one personal e-mail to each recipient of a group.");
   parser.addHelpOption();
   parser.addVersionOption();
+  parser.addPositionalArgument("what", "An HTML or text file to open, or a mailto: address to begin a message from.",
+                               "[FILE|mailto:...]");
   const QCommandLineOption profile("profile", "Keep settings, recipients and history below this folder.", "DIR");
   parser.addOption(profile);
   parser.process(application);
   std::optional<std::filesystem::path> folder;
   if (parser.isSet(profile)) folder = quillcast::desktop::PathFromQt(parser.value(profile));
-  return quillcast::desktop::Run(application, folder, warning);
+  return quillcast::desktop::Run(application, folder, quillcast::desktop::StartArguments(parser.positionalArguments()),
+                                 warning);
 }

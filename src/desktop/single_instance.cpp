@@ -5,12 +5,18 @@
 #include <QLocalSocket>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
+
+#include "desktop/widgets/qt_text.h"
+#include "profile/start_message.h"
 
 namespace quillcast::desktop {
 namespace {
 
 constexpr int kPatience = 1000;  // milliseconds until one that has just started listens
 constexpr int kPause = 20;
+constexpr int kAnswerPatience = 10000;  // until it answers: it may be starting
+constexpr int kSpeakPatience = 3000;    // until whoever connects has said everything
 
 QString NameFor(const QString& folder) {
   const QByteArray digest = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
@@ -22,25 +28,64 @@ QString NameFor(const QString& folder) {
 
 SingleInstance::SingleInstance(const QString& folder) : name_(NameFor(folder)), lock_(name_ + ".lock") {
   lock_.setStaleLockTime(0);  // it is stale when its process is gone, and only then
-  connect(&server_, &QLocalServer::newConnection, this, [this] {
-    while (QLocalSocket* socket = server_.nextPendingConnection()) socket->deleteLater();
-    emit Raised();
-  });
 }
 
-bool SingleInstance::AnotherIsRunning() {
+void SingleInstance::BeginHearing() {
+  const auto hear = [this] {
+    while (QLocalSocket* socket = server_.nextPendingConnection()) Hear(socket);
+  };
+  connect(&server_, &QLocalServer::newConnection, this, hear);
+  hear();
+}
+
+bool SingleInstance::AnotherIsRunning(const std::vector<std::string>& arguments) {
   if (!lock_.tryLock() && lock_.error() == QLockFile::LockFailedError) {
-    QLocalSocket first;
-    for (const QDeadlineTimer patience(kPatience); !patience.hasExpired(); QThread::msleep(kPause)) {
-      first.connectToServer(name_);
-      if (first.waitForConnected(kPause)) break;
-    }
+    handed_over_ = HandOver(arguments);
     return true;
   }
   QLocalServer::removeServer(name_);  // left behind by one that was killed
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   server_.listen(name_);
   return false;
+}
+
+bool SingleInstance::HandOver(const std::vector<std::string>& arguments) const {
+  const auto message = profile::WriteStartMessage(arguments);
+  if (!message) return false;
+  QLocalSocket first;
+  for (const QDeadlineTimer patience(kPatience); !patience.hasExpired(); QThread::msleep(kPause)) {
+    first.connectToServer(name_);
+    if (first.waitForConnected(kPause)) break;
+  }
+  first.write(QByteArray::fromStdString(*message));
+  if (arguments.empty()) return first.waitForBytesWritten(kPause);
+  const auto expected = static_cast<qint64>(profile::kStartTaken.size());
+  for (const QDeadlineTimer patience(kAnswerPatience); first.bytesAvailable() < expected;) {
+    if (!first.waitForReadyRead(static_cast<int>(patience.remainingTime()))) break;
+  }
+  return first.readAll().toStdString() == profile::kStartTaken;
+}
+
+// Whoever says something else than a start does, too much or nothing at all is not listened to any longer.
+void SingleInstance::Hear(QLocalSocket* socket) {
+  connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+  QTimer::singleShot(kSpeakPatience, socket, &QLocalSocket::abort);
+  const auto read = [this, socket, said = std::string()]() mutable {
+    said += socket->read(static_cast<qint64>(profile::kLargestStart + 1 - said.size())).toStdString();
+    const auto message = profile::ReadStartMessage(said);
+    if (message.state == profile::StartMessageState::kIncomplete) return;
+    if (message.state == profile::StartMessageState::kRefused) {
+      socket->abort();
+      return;
+    }
+    socket->write(profile::kStartTaken.data(), static_cast<qint64>(profile::kStartTaken.size()));
+    socket->flush();
+    socket->disconnectFromServer();
+    emit Raised();
+    if (!message.arguments.empty()) emit Asked(message.arguments);
+  };
+  connect(socket, &QLocalSocket::readyRead, this, read);
+  if (socket->bytesAvailable() > 0) emit socket->readyRead();
 }
 
 }  // namespace quillcast::desktop

@@ -1,10 +1,15 @@
-// One window for each user: a second start asks the first to come to the front, and ends.
+// One window for each user: a second start hands what it was started with to the first, which comes to the front, and
+// ends.
 #pragma once
 
 #include <QLocalServer>
 #include <QLockFile>
 #include <QObject>
 #include <QString>
+#include <string>
+#include <vector>
+
+class QLocalSocket;
 
 namespace quillcast::desktop {
 
@@ -14,16 +19,27 @@ class SingleInstance final : public QObject {
   // `folder` tells users, and profiles of one user, apart.
   explicit SingleInstance(const QString& folder);
 
-  // True when there is another one, which now comes to the front. Else this is the first from here on.
-  bool AnotherIsRunning();
+  // True when there is another one, which now comes to the front with `arguments`: see profile/start_message.h. Else
+  // this is the first from here on.
+  bool AnotherIsRunning(const std::vector<std::string>& arguments);
+  // From here on the signals come; who asked before is heard now. To be called once they are connected.
+  void BeginHearing();
+  // The other one answered that it has them.
+  bool handed_over() const { return handed_over_; }
 
  signals:
   void Raised();
+  // Behind Raised, where it was started with something.
+  void Asked(const std::vector<std::string>& arguments);
 
  private:
+  bool HandOver(const std::vector<std::string>& arguments) const;
+  void Hear(QLocalSocket* socket);
+
   QString name_;    // of the socket, in the user's own runtime folder
   QLockFile lock_;  // decides between two that start at once
   QLocalServer server_;
+  bool handed_over_ = false;
 };
 
 }  // namespace quillcast::desktop

@@ -1,7 +1,6 @@
 #include "html/local_pictures_address.h"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -11,25 +10,6 @@ namespace quillcast::html {
 namespace {
 
 using platform::StartsWithIgnoringAsciiCase;
-
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char lower = platform::AsciiLower(c);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-// Nothing when a byte of the name would be 0, which no file has.
-std::optional<std::string> PercentDecoded(std::string_view text) {
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escape =
-        text[i] == '%' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 && HexValue(text[i + 2]) >= 0;
-    out += escape ? static_cast<char>(HexValue(text[i + 1]) << 4 | HexValue(text[i + 2])) : text[i];
-    if (escape) i += 2;
-    if (out.back() == '\0') return std::nullopt;
-  }
-  return out;
-}
 
 // The length of a "scheme:" at the start, 0 when there is none. One letter is the drive of a Windows path.
 std::size_t SchemeLength(std::string_view address) {
@@ -55,8 +35,8 @@ LocalAddress ReadLocalAddress(std::string address) {
   if (scheme > 0 && rest.starts_with("///")) rest.remove_prefix(2);
   rest = rest.substr(0, rest.find_first_of("?#"));
   if (rest.empty()) return {};
-  auto path = PercentDecoded(rest);
-  if (!path) return {};
+  auto path = platform::PercentDecoded(rest);
+  if (!path) return {};  // no file has such a name
   return {scheme > 0 ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
 }
 

@@ -18,6 +18,12 @@ bool IsObeyed(char32_t code) {
   return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const char lower = AsciiLower(c);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 }  // namespace
 
 char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
@@ -72,6 +78,18 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
     out += to;
     text.remove_prefix(at + from.size());
   }
+}
+
+std::optional<std::string> PercentDecoded(std::string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escape =
+        text[i] == '%' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 && HexValue(text[i + 2]) >= 0;
+    out += escape ? static_cast<char>(HexValue(text[i + 1]) << 4 | HexValue(text[i + 2])) : text[i];
+    if (escape) i += 2;
+    if (out.back() == '\0') return std::nullopt;
+  }
+  return out;
 }
 
 std::string DigitsOf(std::string_view text) {

@@ -282,6 +282,59 @@ class MainFormTest : public QObject {
     QVERIFY(!std::filesystem::exists(file));
   }
 
+  void whatAStartBringsIsOpenedAsOpenDoes() {
+    Scene scene;
+    const std::string first = scene.rig.folder.Write("first.html", "<html><body><p>first</p></body></html>");
+    const std::string second = scene.rig.folder.Write("second.txt", "second");
+    scene.window = std::make_unique<MainForm>(scene.rig.program);
+    scene.window->Open({first, second});
+    QCOMPARE(scene.Status(), ToQt(first + " waits until this window is free."));
+    scene.window->Load();
+    scene.window->show();
+    QTRY_COMPARE(scene.Editor().PlainText(), QString("first"));
+    QVERIFY2(scene.Status().contains("Not opened: " + ToQt(second)), qPrintable(scene.Status()));
+    scene.window->Open({second});
+    QTRY_COMPARE(scene.Editor().PlainText(), QString("second"));
+    QCOMPARE(scene.Status(), QString("For Help Press F1"));
+    scene.Editor().InsertHtml("work ");
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    scene.window->Open({first});
+    QTRY_VERIFY(!scene.rig.prompts.shown.empty());
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().PlainText().contains("work"));
+    scene.window->skip_save_prompt = true;
+    scene.window->Open({"/nowhere/letter.html"});
+    QTRY_VERIFY2(scene.Status().contains("/nowhere/letter.html"), qPrintable(scene.Status()));
+    QVERIFY(scene.Editor().PlainText().contains("work"));
+  }
+
+  void aLinkBeginsAMessageOnceTheWindowIsFree() {
+    Scene scene;
+    QVERIFY(scene.rig.settings.Write("Signature", "Status", "1"));
+    QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
+    scene.Open();
+    auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
+    subject.setText("Winter");
+    const auto ask = [&](QDialog&) {
+      scene.window->Open({"mailto:bob@example.net?subject=Spring&body=One%20%3C%20two%0D%0Athree&attach=x"});
+      QTest::qWait(50);
+      QCOMPARE(subject.text(), QString("Winter"));
+      QVERIFY2(scene.Status().endsWith("waits until this window is free."), qPrintable(scene.Status()));
+    };
+    test::WhileOpen("AboutForm", ask);
+    scene.window->Dispatch(CommandId::kAbout);
+    QTRY_COMPARE(subject.text(), QString("Spring"));
+    QTRY_VERIFY2(scene.Editor().Html().contains("<p>One &lt; two<br>\nthree</p><p><br></p><p>Ada</p>"),
+                 qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Status().endsWith("Left out of the link: bob@example.net, attach."), qPrintable(scene.Status()));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Winter"));
+    QCOMPARE(scene.rig.Shown(), QString());
+    scene.window->Open({"mailto:?body=%00"});
+    QTRY_VERIFY2(scene.Status().startsWith("The link asks for nothing"), qPrintable(scene.Status()));
+    QCOMPARE(subject.text(), QString("Spring"));
+    scene.window->skip_save_prompt = true;
+  }
+
   void aSavedMessageIsNotSavedOverOnLeaving() {
     Scene scene;
     scene.Open();

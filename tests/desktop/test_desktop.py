@@ -2,6 +2,8 @@
 import os
 import shutil
 import signal
+import socket
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -15,9 +17,9 @@ from quillcast import left_out  # noqa: E402
 PROGRAM = os.environ["QUILLCAST_DESKTOP"]
 
 
-def start(profile, **environment):
-    return subprocess.Popen([PROGRAM, "--profile", profile], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
-                            env={**os.environ, "QTWEBENGINE_DISABLE_SANDBOX": "1", **environment})
+def start(profile, *arguments, cwd=None, **environment):
+    return subprocess.Popen([PROGRAM, "--profile", profile, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                            text=True, cwd=cwd, env={**os.environ, "QTWEBENGINE_DISABLE_SANDBOX": "1", **environment})
 
 
 class Desktop(unittest.TestCase):
@@ -26,8 +28,8 @@ class Desktop(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.profile = Path(folder.name)
 
-    def first(self):
-        process = start(self.profile, QT_QPA_PLATFORM="offscreen")
+    def first(self, *arguments, **environment):
+        process = start(self.profile, *arguments, QT_QPA_PLATFORM="offscreen", **environment)
         def end():
             process.kill()
             process.wait()
@@ -47,6 +49,69 @@ class Desktop(unittest.TestCase):
         self.assertEqual(second.returncode, 0)
         self.assertNotIn("Quillcast", words)
         self.assertIsNone(first.poll())
+
+    def without_splash_and_tips(self):
+        with sqlite3.connect(self.profile / "settings.db") as settings:
+            settings.execute("CREATE TABLE Settings (Application TEXT NOT NULL COLLATE NOCASE, Section TEXT NOT NULL COLLATE "
+                             "NOCASE, Key TEXT NOT NULL COLLATE NOCASE, Value TEXT NOT NULL, "
+                             "PRIMARY KEY (Application, Section, Key)) WITHOUT ROWID")
+            settings.executemany("INSERT INTO Settings VALUES ('Quillcast Classic', 'Options', ?, '0')", [("Splash",), ("Tips",)])
+        settings.close()
+
+    def kept(self, name, words):
+        """Waits until what is kept of the message holds these words."""
+        deadline = time.monotonic() + 30
+        file = self.profile / "data" / name
+        while not file.exists() or words not in file.read_text():
+            self.assertLess(time.monotonic(), deadline, f"{words} did not come into {name}")
+            time.sleep(0.02)
+
+    def test_what_a_start_is_given_is_opened_by_the_one_window(self):
+        self.without_splash_and_tips()
+        (self.profile / "letter.html").write_text("<p>Dear reader</p>")
+        (self.profile / "next.html").write_text("<p>Dear all</p>")
+        first = self.first("mailto:?subject=Spring")
+        self.kept("Autosave.fields", "Subject: Spring\n")
+        for argument, name, words in (("letter.html", "Autosave.htm", "Dear reader"),
+                                      ((self.profile / "next.html").as_uri(), "Autosave.htm", "Dear all"),
+                                      ("mailto:bob@example.net?subject=Summer", "Autosave.fields", "Subject: Summer\n")):
+            with self.subTest(argument=argument):
+                second = start(self.profile, argument, cwd=self.profile, QT_QPA_PLATFORM="offscreen")
+                _, words_of_second = second.communicate(timeout=20)
+                self.assertEqual((second.returncode, words_of_second.count("quillcast-desktop:")), (0, 0), words_of_second)
+                self.kept(name, words)
+        self.assertIsNone(first.poll())
+
+    def test_what_is_no_start_of_the_program_is_not_listened_to(self):
+        with tempfile.TemporaryDirectory() as runtime:
+            self.without_splash_and_tips()
+            first = self.first(XDG_RUNTIME_DIR=runtime)
+            address = self.socket_in(runtime)
+            self.assertEqual(address.stat().st_mode & 0o077, 0)
+            begin = b"quillcast start 1\n"
+            for name, said, answer in (("another program", b"GET / HTTP/1.1\r\n\r\n", b""),
+                                       ("a relative path", begin + b"letter.html\0\0", b""),
+                                       ("no end", begin + b"/" * 300_000, b""),
+                                       ("half of it", begin, b""),
+                                       ("ours", begin + b"mailto:?subject=Heard\0\0", b"taken\n")):
+                with self.subTest(name=name), socket.socket(socket.AF_UNIX) as speaker:
+                    speaker.settimeout(20)
+                    speaker.connect(str(address))
+                    try:
+                        speaker.sendall(said)
+                        heard = speaker.recv(100)
+                    except (BrokenPipeError, ConnectionResetError):
+                        heard = b""
+                    self.assertEqual(heard, answer)
+            self.kept("Autosave.fields", "Subject: Heard\n")
+            self.assertIsNone(first.poll())
+
+    def socket_in(self, runtime):
+        deadline = time.monotonic() + 30
+        while not (found := [path for path in Path(runtime).glob("quillcast-*") if path.is_socket()]):
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+        return found[0]
 
     def test_of_several_that_start_at_once_one_stays(self):
         processes = [start(self.profile, QT_QPA_PLATFORM="offscreen") for _ in range(4)]

@@ -12,6 +12,7 @@
 #include "charset/charset.h"
 #include "document/body_file.h"
 #include "document/body_source.h"
+#include "document/mailto.h"
 #include "document/merge_pieces.h"
 #include "document/message_document.h"
 #include "document/message_properties.h"
@@ -322,6 +323,8 @@ TEST(Growth, OfReadingText) {
              {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
              {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
              {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
+             {"ReadMailto", [](const std::string& text) { return document::ReadMailto("mailto:" + text); }},
+             {"mailto fields", [](const std::string& text) { return document::ReadMailto("mailto:?" + text); }},
              {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
              {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
                 mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), utf8, kNone);
@@ -358,6 +361,9 @@ TEST(Growth, OfReadingText) {
              {"AsciiHost", [](const std::string& text) { return net::AsciiHost(text); }},
              {"SaslPrep", [](const std::string& text) { return smtp::SaslPrep(text); }}},
             {"a@",
+             "\1,",
+             "&\1=x",
+             "%41",
              "@",
              "a@b.",
              "a.",

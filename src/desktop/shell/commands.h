@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
+#include <string_view>
 
 #include "desktop/document/editor_command.h"
 #include "desktop/shell/command_table.h"
@@ -20,6 +22,12 @@ void CloseWindow(Shell& shell);
 void StartDocument(Shell& shell);
 // Takes up the draft that a notice offers.
 void RestoreDraft(Shell& shell);
+// The same as NewMessage; false when the one that is there stays.
+bool BeginMessage(Shell& shell);
+// What the program was started with: a file as OpenDocument opens one, and a "mailto:" address, which begins a message.
+// False when it did not come to that; the person was told why.
+bool OpenFile(Shell& shell, const std::filesystem::path& file);
+bool BeginFromLink(Shell& shell, std::string_view address);
 
 // edit_commands.cpp: those of the Edit menu work in the text box that has the focus, else in the editor.
 void RunEditing(Shell& shell, EditorCommand command);

@@ -12,6 +12,7 @@
 #include "desktop/shell/shell.h"
 #include "desktop/widgets/qt_text.h"
 #include "document/edited_document.h"
+#include "document/mailto.h"
 #include "profile/main_window_contents.h"
 
 namespace quillcast::desktop {
@@ -36,23 +37,26 @@ void Print(Shell& shell, const std::shared_ptr<QPrinter>& printer) {
 
 }  // namespace
 
+bool BeginMessage(Shell& shell) {
+  if (!shell.MayLeaveDocument()) return false;
+  const auto aside = shell.document.SetAside();
+  if (!aside) {
+    shell.Tell(aside);
+    return false;
+  }
+  shell.header.Clear();
+  StartDocument(shell);
+  shell.notices.Refresh();
+  return true;
+}
+
 void StartDocument(Shell& shell) {
   const auto contents = profile::LoadMainWindow(shell.program.settings, {});
   shell.Tell(shell.document.StartNew(contents ? contents->signature_html.value_or("") : ""));
   shell.AskAboutPictures();
 }
 
-void NewMessage(Shell& shell) {
-  if (!shell.MayLeaveDocument()) return;
-  const auto aside = shell.document.SetAside();
-  if (!aside) {
-    shell.Tell(aside);
-    return;
-  }
-  shell.header.Clear();
-  StartDocument(shell);
-  shell.notices.Refresh();
-}
+void NewMessage(Shell& shell) { BeginMessage(shell); }
 
 void RestoreDraft(Shell& shell) {
   if (!shell.MayLeaveDocument()) return;
@@ -73,6 +77,34 @@ void OpenDocument(Shell& shell) {
   if (file && !file->empty()) shell.Tell(shell.document.Open(*file));
   shell.AskAboutPictures();
   shell.editor.setFocus();
+}
+
+bool OpenFile(Shell& shell, const std::filesystem::path& file) {
+  if (!shell.MayLeaveDocument()) return false;
+  const auto opened = shell.document.Open(file);
+  shell.Tell(opened);
+  shell.AskAboutPictures();
+  shell.editor.setFocus();
+  return static_cast<bool>(opened);
+}
+
+bool BeginFromLink(Shell& shell, std::string_view address) {
+  const auto wanted = document::ReadMailto(address);
+  if (!wanted) {
+    shell.Say(Shell::tr("The link asks for nothing that can be read as a message."));
+    return false;
+  }
+  if (!BeginMessage(shell)) return false;
+  shell.header.SetSubject(ToQt(wanted->subject));
+  if (!wanted->body.empty())
+    shell.editor.InsertHtml("<p>" + ToQt(document::HtmlFromText(wanted->body)) + "</p><p><br></p>");
+  shell.editor.setFocus();
+  if (wanted->left_out.empty()) return true;
+  QStringList left_out;
+  for (const auto& what : wanted->left_out) left_out << ToQt(what);
+  shell.Say(Shell::tr("A message goes to the group that is chosen above it. Left out of the link: %1.")
+                .arg(left_out.join(", ")));
+  return true;
 }
 
 void SaveDocument(Shell& shell) {

@@ -19,6 +19,7 @@
 #include "desktop/shell/key_panels.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
+#include "desktop/shell/open_requests.h"
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/splash_form.h"
@@ -55,6 +56,8 @@ MainForm::MainForm(const profile::Program& program)
       status_(new StatusPanel(this)),
       shell_(new Shell{program, *this, *bar_, *notices_, *header_, *body_, *editor_, *document_, *groups_, *practice_,
                        *status_, skip_save_prompt}),
+      requests_(new OpenRequests(
+          *shell_, [this] { return IsFree(); }, this)),
       fields_pause_(new QTimer(this)) {
   BuildWindow();
   ConnectBar();
@@ -131,7 +134,7 @@ void MainForm::ConnectHeader() {
 }
 
 void MainForm::ConnectNotices() {
-  connect(notices_, &Notices::RestorePressed, this, [this] { RestoreDraft(*shell_); });
+  connect(notices_, &Notices::RestorePressed, this, [this] { AtWork([this] { RestoreDraft(*shell_); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
   connect(notices_, &Notices::Failed, this, [this](const Error& error) { shell_->Tell(error); });
@@ -159,6 +162,8 @@ void MainForm::LoadDocument() {
   if (isVisible()) editor_->BeginTyping();
   notices_->GoOnPractising();
   notices_->Refresh();
+  --at_work_;
+  requests_->Resume();
 }
 
 void MainForm::Dispatch(CommandId id) {
@@ -167,11 +172,28 @@ void MainForm::Dispatch(CommandId id) {
     SayNotBuilt(*shell_, id);
     return;
   }
-  command.run(*shell_);
+  AtWork([this, &command] { command.run(*shell_); });
 }
 
 void MainForm::Dispatch(int number) {
   if (const auto id = CommandNumbered(number)) Dispatch(*id);
+}
+
+// Nothing else is opened meanwhile, not even where the work lets events come in.
+void MainForm::AtWork(const std::function<void()>& work) {
+  ++at_work_;
+  work();
+  if (--at_work_ == 0) requests_->Resume();
+}
+
+bool MainForm::IsFree() const { return at_work_ == 0 && QApplication::activeModalWidget() == nullptr; }
+
+void MainForm::Open(const std::vector<std::string>& arguments) { requests_->Add(arguments); }
+
+bool MainForm::event(QEvent* event) {
+  const bool is_known = QMainWindow::event(event);
+  if (event->type() == QEvent::WindowUnblocked) requests_->Resume();
+  return is_known;
 }
 
 void MainForm::Say(const QString& sentence) { status_->Say(sentence); }

@@ -4,8 +4,11 @@
 
 #include <QMainWindow>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "desktop/shell/command_table.h"
 #include "profile/program.h"
@@ -22,6 +25,7 @@ class GroupsMenu;
 class HtmlEditor;
 class MessageHeader;
 class Notices;
+class OpenRequests;
 class PracticeMailbox;
 class StatusPanel;
 
@@ -46,6 +50,8 @@ class MainForm final : public QMainWindow {
   void ShowTipsAtStart();
   // Comes to the front and flashes for a second: another start of the program asked for it.
   void Flash();
+  // What a start of the program was given: see OpenRequests. At once, or when the window is free.
+  void Open(const std::vector<std::string>& arguments);
 
   // The session may end at any moment: what is not saved is kept aside for the next start.
   void KeepAside();
@@ -56,6 +62,7 @@ class MainForm final : public QMainWindow {
   bool skip_save_prompt = false;
 
  protected:
+  bool event(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void changeEvent(QEvent* event) override;
@@ -70,6 +77,8 @@ class MainForm final : public QMainWindow {
   void KeepPlace();
   bool KeepDraft();
   bool MayStopImport();
+  bool IsFree() const;
+  void AtWork(const std::function<void()>& work);
 
   const profile::Program& program_;
   CommandBar* bar_;
@@ -83,6 +92,8 @@ class MainForm final : public QMainWindow {
   Notices* notices_;
   StatusPanel* status_;
   std::unique_ptr<Shell> shell_;
+  OpenRequests* requests_;
+  int at_work_ = 1;       // on commands, and at first on the first document
   QTimer* fields_pause_;  // after the last change of what stands above the body
   bool stops_import_ = false;
   std::optional<std::uint64_t> lost_after_;  // so many times kept, the person was told that it cannot be kept now

@@ -190,6 +190,8 @@ void MessageHeader::ShowSender(const QString& from, const QString& method) {
   ShowText(method_, method);
 }
 
+void MessageHeader::SetSubject(const QString& subject) { subject_->box()->setText(subject); }
+
 void MessageHeader::Collect(document::MessageDocument& document) const {
   document.subject = FromQt(subject_->box()->text());
   document.format = document::FormatFrom(FromQt(format_->currentText()));
@@ -206,7 +208,7 @@ void MessageHeader::Collect(document::Draft& draft) const {
 
 void MessageHeader::Show(const document::Draft& draft) {
   const auto& document = draft.document;
-  subject_->box()->setText(ToQt(document.subject));
+  SetSubject(ToQt(document.subject));
   group_->Choose(ToQt(draft.group));
   if (!draft.method.empty()) method_->setCurrentText(ToQt(draft.method));
   priority_->setCurrentIndex(static_cast<int>(document.priority));

@@ -32,6 +32,7 @@ class MessageHeader final : public QWidget {
   void ShowSender(const QString& from, const QString& method);
   QString Group() const;
   bool HasGroups() const;
+  void SetSubject(const QString& subject);
   // Subject, format, attachments, priority and receipt into the document.
   void Collect(document::MessageDocument& document) const;
   // The same with group and method; the body and its file are the caller's.

@@ -19,7 +19,7 @@ StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent) {
 }
 
 void StatusPanel::Say(const QString& sentence) {
-  setText(sentence);
+  setText(sentence.isEmpty() ? Translated(profile::kStatusPanels[0]) : sentence);
   QTimer::singleShot(kSentenceTime, this, [this, sentence] {
     if (text() == sentence) setText(Translated(profile::kStatusPanels[0]));
   });

@@ -10,7 +10,7 @@ class StatusPanel final : public QLabel {
  public:
   explicit StatusPanel(QWidget* parent);
 
-  // Stands there for a quarter of a minute, or until the next sentence.
+  // Stands there for a quarter of a minute, or until the next sentence; an empty one ends it.
   void Say(const QString& sentence);
 };
 

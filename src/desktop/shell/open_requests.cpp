@@ -1,0 +1,56 @@
+#include "desktop/shell/open_requests.h"
+
+#include <QStringList>
+#include <QTimer>
+#include <utility>
+
+#include "desktop/shell/commands.h"
+#include "desktop/shell/shell.h"
+#include "desktop/widgets/qt_text.h"
+#include "platform/text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr std::size_t kLongestShown = 100;
+
+QString Shown(const std::string& argument) { return ToQt(platform::Printable(argument, kLongestShown)); }
+
+}  // namespace
+
+OpenRequests::OpenRequests(Shell& shell, std::function<bool()> is_free, QObject* parent)
+    : QObject(parent), shell_(shell), is_free_(std::move(is_free)) {}
+
+void OpenRequests::Add(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) return;
+  waiting_.push_back(arguments);
+  if (!is_free_() || opens_) shell_.Say(tr("%1 waits until this window is free.").arg(Shown(arguments.front())));
+  Resume();
+}
+
+// From the loop of events: whatever has just ended may go on for a moment.
+void OpenRequests::Resume() {
+  if (!waiting_.empty()) QTimer::singleShot(0, this, &OpenRequests::OpenWaiting);
+}
+
+void OpenRequests::OpenWaiting() {
+  while (!opens_ && !waiting_.empty() && is_free_()) {
+    const auto arguments = std::move(waiting_.front());
+    waiting_.pop_front();
+    opens_ = true;
+    Open(arguments);
+    opens_ = false;
+  }
+}
+
+void OpenRequests::Open(const std::vector<std::string>& arguments) {
+  shell_.Say({});  // nothing waits any longer
+  const std::string& first = arguments.front();
+  const bool is_file = first.starts_with('/');
+  if (!(is_file ? OpenFile(shell_, first) : BeginFromLink(shell_, first)) || arguments.size() == 1) return;
+  QStringList others;
+  for (std::size_t i = 1; i < arguments.size(); ++i) others << Shown(arguments[i]);
+  shell_.Say(tr("There is one message at a time. Not opened: %1.").arg(others.join(", ")));
+}
+
+}  // namespace quillcast::desktop

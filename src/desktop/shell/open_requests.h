@@ -1,0 +1,36 @@
+// What the program was started with, at first and again: opened one after the other, each when the window is free.
+#pragma once
+
+#include <QObject>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quillcast::desktop {
+
+struct Shell;
+
+class OpenRequests final : public QObject {
+  Q_OBJECT
+ public:
+  // `is_free` tells whether no dialog is open, no run goes on and no command is at work.
+  OpenRequests(Shell& shell, std::function<bool()> is_free, QObject* parent);
+
+  // The arguments of one start: absolute paths and "mailto:" addresses. There is one message at a time, so the first of
+  // them is opened, and the status line names the others.
+  void Add(const std::vector<std::string>& arguments);
+  // To be called when the window may have become free.
+  void Resume();
+
+ private:
+  void OpenWaiting();
+  void Open(const std::vector<std::string>& arguments);
+
+  Shell& shell_;
+  std::function<bool()> is_free_;
+  std::deque<std::vector<std::string>> waiting_;
+  bool opens_ = false;
+};
+
+}  // namespace quillcast::desktop
