@@ -16,19 +16,34 @@ constexpr Pattern kNotUtf8 = "\"{}\" is not UTF-8, so it is no address to send t
 constexpr Pattern kTooLong =
     "\"{}\" is too long to send to: an address has at most 254 octets, and 64 before its \"@\".";
 
-// Whether it holds what parts mailboxes or ends one, outside quotes, or a quote that does not close.
-bool IsSeveral(std::string_view text) {
+// Whether nothing in it ends it early, begins another one, or leaves a quote open. Within quotes only what is never
+// taken counts.
+bool IsOne(std::string_view text) {
   bool quoted = false;
   for (std::size_t n = 0; n < text.size(); ++n) {
-    if (quoted && text[n] == '\\') {
-      if (++n == text.size()) return true;
-    } else if (text[n] == '"') {
-      quoted = !quoted;
-    } else if (!quoted && std::string_view(",;()\\").find(text[n]) != std::string_view::npos) {
-      return true;
+    switch (text[n]) {
+      case ' ':
+      case '<':
+      case '>':
+        return false;
+      case ',':
+      case ';':
+      case '(':
+      case ')':
+        if (!quoted) return false;
+        break;
+      case '"':
+        quoted = !quoted;
+        break;
+      case '\\':
+        if (!quoted || n + 1 == text.size()) return false;
+        if (text[n + 1] == '"' || text[n + 1] == '\\') ++n;
+        break;
+      default:
+        break;
     }
   }
-  return quoted;
+  return !quoted;
 }
 
 }  // namespace
@@ -38,7 +53,7 @@ std::optional<Pattern> Address::Fault(std::string_view text) {
   if (!platform::IsUtf8(text)) return kNotUtf8;
   const auto at = text.rfind('@');
   const bool has_both_parts = at != std::string_view::npos && at > 0 && at + 1 < text.size();
-  if (!has_both_parts || text.find_first_of(" <>") != std::string_view::npos || IsSeveral(text)) return kNone;
+  if (!has_both_parts || !IsOne(text)) return kNone;
   if (at > kLongestLocalPart || text.size() > kLongestAddress) return kTooLong;
   return {};
 }

@@ -45,8 +45,9 @@ Result<Address> EnvelopeAddress(std::string_view stored) {
   if (platform::HoldsControl(stored)) return NoAddress(stored, Address::kHoldsControl);
   const std::string_view bracketed = InAngleBrackets(stored);
   const std::string_view found = bracketed.empty() ? WordRoundAt(stored) : bracketed;
-  if (const auto fault = Address::Fault(found)) return NoAddress(stored, *fault);
-  return Address::From(found);
+  auto address = Address::From(found);
+  if (!address) return NoAddress(stored, *Address::Fault(found));  // a word about all that is stored
+  return address;
 }
 
 }  // namespace quillcast::smtp
