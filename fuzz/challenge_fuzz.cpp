@@ -4,7 +4,7 @@
 #include <string>
 
 #include "smtp/sasl/ntlm.h"
-#include "smtp/sasl/sasl.h"
+#include "smtp/sasl/sasl_mechanism.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include "message/encoded_files.h"
 #include "message/rendered_pieces.h"
 #include "smtp/envelope.h"
+#include "smtp/message_source.h"
 
 namespace quillcast::message {
 

@@ -38,7 +38,7 @@
 #include "smtp/capabilities.h"
 #include "smtp/client/client_session.h"
 #include "smtp/envelope_address.h"
-#include "smtp/mailbox/server_policy.h"
+#include "smtp/mailbox/server_rule.h"
 #include "smtp/mailbox/server_session.h"
 #include "smtp/sasl/ntlm.h"
 #include "smtp/sasl/sasl_prep.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/result.h"
-#include "smtp/envelope.h"
+#include "smtp/message_source.h"
 
 namespace quillcast::smtp {
 

@@ -14,6 +14,7 @@
 #include "smtp/client/transfers.h"
 #include "smtp/client/wire.h"
 #include "smtp/envelope.h"
+#include "smtp/message_source.h"
 #include "smtp/outcome.h"
 
 namespace quillcast::smtp {

@@ -5,6 +5,7 @@
 
 #include "smtp/capabilities.h"
 #include "smtp/envelope.h"
+#include "smtp/message_source.h"
 #include "smtp/outcome.h"
 
 namespace quillcast::smtp {

@@ -12,6 +12,7 @@
 #include "smtp/client/session_events.h"
 #include "smtp/client/wire.h"
 #include "smtp/envelope.h"
+#include "smtp/message_source.h"
 
 namespace quillcast::smtp {
 

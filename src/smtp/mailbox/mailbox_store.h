@@ -12,7 +12,7 @@
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/result.h"
-#include "smtp/mailbox/server_envelope.h"
+#include "smtp/mailbox/received_envelope.h"
 
 namespace quillcast::smtp {
 

@@ -30,15 +30,15 @@ void ServerSession::TakeAuthLine(std::string_view line) {
   if (!text) return EndAuth({501, "5.5.2", "That is not base64"});
   const ServerStep step = mechanism_->Step(*text);
   if (step.challenge) return Challenge(*step.challenge);
-  EndAuth(step.answer);
+  EndAuth(step.reply);
 }
 
-void ServerSession::EndAuth(const Answer& answer) {
+void ServerSession::EndAuth(const ServerReply& reply) {
   phase_ = Phase::kCommand;
   mechanism_.reset();
-  if (answer.code != 235) return Complain(answer);
+  if (reply.code != 235) return Complain(reply);
   user_ = options_.user;
-  Say(answer);
+  Say(reply);
 }
 
 }  // namespace quillcast::smtp

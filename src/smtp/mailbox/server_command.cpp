@@ -12,7 +12,7 @@
 namespace quillcast::smtp {
 namespace {
 
-using Complaint = std::optional<Answer>;
+using Complaint = std::optional<ServerReply>;
 
 // One "KEY=VALUE" behind a path.
 struct Parameter {
@@ -21,7 +21,7 @@ struct Parameter {
   bool has_value;
 };
 
-Answer BadValue(const Parameter& parameter) {
+ServerReply BadValue(const Parameter& parameter) {
   return {501, "5.5.4", fmt::format("Bad value of {}", platform::Printable(parameter.key, 100))};
 }
 
@@ -52,7 +52,7 @@ std::optional<std::string> DecodeXtext(std::string_view text) {
 // Calls `take` for each parameter until one is complained about.
 template <typename Take>
 Complaint ForEachParameter(std::string_view text, Take take) {
-  if (!text.empty() && text.front() != ' ') return Answer{501, "5.5.4", "A blank must follow the address"};
+  if (!text.empty() && text.front() != ' ') return ServerReply{501, "5.5.4", "A blank must follow the address"};
   std::string seen = " ";
   for (const auto piece : platform::Split(text, ' ')) {
     if (piece.empty()) continue;
@@ -62,7 +62,7 @@ Complaint ForEachParameter(std::string_view text, Take take) {
                               has_value ? piece.substr(equals + 1) : std::string_view(), has_value};
     if (has_value && parameter.value.empty()) return BadValue(parameter);
     if (seen.find(" " + parameter.key + " ") != std::string::npos) {
-      return Answer{501, "5.5.4", fmt::format("{} is given twice", platform::Printable(parameter.key, 100))};
+      return ServerReply{501, "5.5.4", fmt::format("{} is given twice", platform::Printable(parameter.key, 100))};
     }
     seen += parameter.key + " ";
     if (auto complaint = take(parameter)) return complaint;
@@ -79,7 +79,7 @@ Complaint TakeSize(const Parameter& parameter, MailTarget& mail) {
   const auto size = ReadNumber(parameter.value);
   if (!size) return BadValue(parameter);
   if (*size <= mail.size_limit) return {};
-  return Answer{552, "5.3.4", fmt::format("The message is larger than {} octets", mail.size_limit)};
+  return ServerReply{552, "5.3.4", fmt::format("The message is larger than {} octets", mail.size_limit)};
 }
 
 Complaint TakeBody(const Parameter& parameter, MailTarget& mail) {
@@ -156,7 +156,7 @@ Complaint TakeParameters(std::string_view text, Features features, const Paramet
       if (row.needs_value && !parameter.has_value) return BadValue(parameter);
       return row.take(parameter, target);
     }
-    return Answer{555, "5.5.4", fmt::format("{} is not known here", platform::Printable(parameter.key, 100))};
+    return ServerReply{555, "5.5.4", fmt::format("{} is not known here", platform::Printable(parameter.key, 100))};
   });
 }
 
@@ -168,7 +168,7 @@ std::optional<Path> ReadPathBehind(std::string_view argument, std::string_view p
 
 Complaint CheckAscii(const std::string& address, bool utf8) {
   if (utf8 || platform::IsAscii(address)) return {};
-  return Answer{553, "5.6.7", "An address that is not ASCII needs SMTPUTF8"};
+  return ServerReply{553, "5.6.7", "An address that is not ASCII needs SMTPUTF8"};
 }
 
 }  // namespace
@@ -181,15 +181,15 @@ Command SplitCommand(std::string_view line) {
 
 Complaint ReadMail(std::string_view argument, Features features, std::uint64_t size_limit, ReceivedEnvelope& envelope) {
   const auto path = ReadPathBehind(argument, "FROM:");
-  if (!path) return Answer{501, "5.1.7", "Write MAIL FROM:<address>, without a blank before the bracket"};
+  if (!path) return ServerReply{501, "5.1.7", "Write MAIL FROM:<address>, without a blank before the bracket"};
   if (!path->address.empty() && !path->has_domain) {
-    return Answer{501, "5.1.7", "The sender has no domain"};
+    return ServerReply{501, "5.1.7", "The sender has no domain"};
   }
   envelope.sender = path->address;
   MailTarget target{envelope, size_limit};
   if (auto complaint = TakeParameters(path->rest, features, kMailParameters, target)) return complaint;
   if (envelope.body == "BINARYMIME" && (features & kBinaryMime) == 0) {
-    return Answer{501, "5.5.4", "BINARYMIME is not offered"};
+    return ServerReply{501, "5.5.4", "BINARYMIME is not offered"};
   }
   return CheckAscii(envelope.sender, envelope.utf8);
 }
@@ -197,10 +197,10 @@ Complaint ReadMail(std::string_view argument, Features features, std::uint64_t s
 Complaint ReadRecipient(std::string_view argument, Features features, bool utf8, ReceivedRecipient& recipient) {
   const auto path = ReadPathBehind(argument, "TO:");
   if (!path || path->address.empty()) {
-    return Answer{501, "5.1.3", "Write RCPT TO:<address>, without a blank before the bracket"};
+    return ServerReply{501, "5.1.3", "Write RCPT TO:<address>, without a blank before the bracket"};
   }
   if (!path->has_domain && !platform::EqualsIgnoringAsciiCase(path->address, "postmaster")) {
-    return Answer{501, "5.1.3", "The recipient has no domain"};
+    return ServerReply{501, "5.1.3", "The recipient has no domain"};
   }
   recipient.address = path->address;
   if (auto complaint = TakeParameters(path->rest, features, kRecipientParameters, recipient)) return complaint;

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string_view>
 
-#include "smtp/mailbox/server_answer.h"
-#include "smtp/mailbox/server_envelope.h"
+#include "smtp/mailbox/received_envelope.h"
 #include "smtp/mailbox/server_features.h"
+#include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
@@ -20,12 +20,12 @@ Command SplitCommand(std::string_view line);
 // Reads "FROM:<ada@example.org> SIZE=1000 ..." into the envelope. Parameters of extensions that are not among
 // `features` are refused with 555, a SIZE above `size_limit` with 552. Returns the complaint when there is one; the
 // envelope is then not to be used.
-std::optional<Answer> ReadMail(std::string_view argument, Features features, std::uint64_t size_limit,
-                               ReceivedEnvelope& envelope);
+std::optional<ServerReply> ReadMail(std::string_view argument, Features features, std::uint64_t size_limit,
+                                    ReceivedEnvelope& envelope);
 
 // Reads "TO:<bob@example.net> NOTIFY=..." the same way. `utf8`: the message was announced with SMTPUTF8.
-std::optional<Answer> ReadRecipient(std::string_view argument, Features features, bool utf8,
-                                    ReceivedRecipient& recipient);
+std::optional<ServerReply> ReadRecipient(std::string_view argument, Features features, bool utf8,
+                                         ReceivedRecipient& recipient);
 
 struct Chunk {
   std::uint64_t size;

@@ -247,8 +247,8 @@ void ServerSession::Say(int code, std::string_view enhanced, std::string_view te
   if (code == 421) Close();
 }
 
-void ServerSession::Complain(const Answer& answer) {
-  Say(answer);
+void ServerSession::Complain(const ServerReply& reply) {
+  Say(reply);
   if (++faults_ >= kMostFaults) Say(421, "4.7.0", "Too many faults, closing");
 }
 

@@ -13,13 +13,13 @@
 #include <vector>
 
 #include "platform/result.h"
-#include "smtp/mailbox/server_answer.h"
+#include "smtp/mailbox/content_scanner.h"
+#include "smtp/mailbox/received_envelope.h"
 #include "smtp/mailbox/server_command.h"
-#include "smtp/mailbox/server_envelope.h"
 #include "smtp/mailbox/server_features.h"
-#include "smtp/mailbox/server_policy.h"
-#include "smtp/mailbox/server_sasl.h"
-#include "smtp/mailbox/server_scanner.h"
+#include "smtp/mailbox/server_mechanism.h"
+#include "smtp/mailbox/server_rule.h"
+#include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
@@ -82,7 +82,7 @@ class ServerSession {
   struct ChunkUnderWay {
     std::uint64_t left = 0;
     bool last = false;
-    std::optional<Answer> refusal;  // set: its octets are skipped and this is the answer
+    std::optional<ServerReply> refusal;  // set: its octets are skipped and this is the reply
   };
   struct CommandRow {
     std::string_view verb;
@@ -119,11 +119,11 @@ class ServerSession {
   bool AuthNeedsTls() const { return options_.has_certificate && !tls_ && !peer_.loopback; }
   void TakeAuthLine(std::string_view line);
   void Challenge(std::string_view text);
-  void EndAuth(const Answer& answer);
+  void EndAuth(const ServerReply& reply);
 
-  std::optional<Answer> WhyNoContent() const;
-  std::optional<Answer> WhyNoChunk() const;
-  std::optional<Answer> WhyNotKept() const;
+  std::optional<ServerReply> WhyNoContent() const;
+  std::optional<ServerReply> WhyNoChunk() const;
+  std::optional<ServerReply> WhyNotKept() const;
   void BeginContent(Framing framing);
   void TakeContent(std::string_view piece);
   void DropContent();
@@ -132,9 +132,9 @@ class ServerSession {
   void ResetTransaction();
 
   void Say(int code, std::string_view enhanced, std::string_view text);
-  void Say(const Answer& answer) { Say(answer.code, answer.enhanced, answer.text); }
+  void Say(const ServerReply& reply) { Say(reply.code, reply.enhanced, reply.text); }
   // Says it, and counts it as a fault of the client; too many end the session.
-  void Complain(const Answer& answer);
+  void Complain(const ServerReply& reply);
   void Close();
 
   const ServerOptions& options_;

@@ -8,7 +8,7 @@
 namespace quillcast::smtp {
 namespace {
 
-Answer AnswerTo(LineFault fault) {
+ServerReply AnswerTo(LineFault fault) {
   if (fault == LineFault::kTooLong) {
     return {500, "5.6.0", fmt::format("A line of the message is longer than {} octets", kLongestLine)};
   }
@@ -44,9 +44,9 @@ void ServerSession::Rcpt(std::string_view argument) {
   Say(250, "2.1.5", "Ok");
 }
 
-std::optional<Answer> ServerSession::WhyNoContent() const {
-  if (!has_sender_) return Answer{503, "5.5.1", "Say MAIL first"};
-  if (envelope_.recipients.empty()) return Answer{554, "5.5.1", "No valid recipients"};
+std::optional<ServerReply> ServerSession::WhyNoContent() const {
+  if (!has_sender_) return ServerReply{503, "5.5.1", "Say MAIL first"};
+  if (envelope_.recipients.empty()) return ServerReply{554, "5.5.1", "No valid recipients"};
   return {};
 }
 
@@ -66,12 +66,12 @@ std::string_view ServerSession::ReceiveData(std::string_view bytes) {
   return bytes;
 }
 
-std::optional<Answer> ServerSession::WhyNoChunk() const {
-  if ((features_ & kChunking) == 0) return Answer{502, "5.5.1", "BDAT is not offered"};
+std::optional<ServerReply> ServerSession::WhyNoChunk() const {
+  if ((features_ & kChunking) == 0) return ServerReply{502, "5.5.1", "BDAT is not offered"};
   return WhyNoContent();
 }
 
-// The octets of a chunk follow whatever the answer will be, so they are read even when it is refused (RFC 3030 2).
+// The octets of a chunk follow whatever the reply will be, so they are read even when it is refused (RFC 3030 2).
 void ServerSession::Bdat(std::string_view argument) {
   const auto chunk = ReadChunk(argument);
   if (!chunk) {  // how much follows is not known, so that nothing after it could be told from commands
@@ -106,7 +106,7 @@ void ServerSession::EndChunk() {
   if (chunk_.refusal) return Say(*chunk_.refusal);  // no fault of a client that pipelines its chunks
   if (chunk_.last) return EndMessage();
   if (!dropped_) return Say(250, "2.0.0", fmt::format("{} octets so far", size_));
-  if (const auto answer = WhyNotKept()) Say(*answer);
+  if (const auto refusal = WhyNotKept()) Say(*refusal);
   ResetTransaction();
 }
 
@@ -132,9 +132,10 @@ void ServerSession::DropContent() {
   dropped_ = true;
 }
 
-std::optional<Answer> ServerSession::WhyNotKept() const {
-  if (too_large_) return Answer{552, "5.3.4", fmt::format("The message is larger than {} octets", options_.size_limit)};
-  if (dropped_) return Answer{452, "4.3.1", "The message cannot be stored now"};
+std::optional<ServerReply> ServerSession::WhyNotKept() const {
+  if (too_large_)
+    return ServerReply{552, "5.3.4", fmt::format("The message is larger than {} octets", options_.size_limit)};
+  if (dropped_) return ServerReply{452, "4.3.1", "The message cannot be stored now"};
   if (!binary_ && scanner_.Fault() != LineFault::kNone) return AnswerTo(scanner_.Fault());
   for (const auto& recipient : envelope_.recipients) {
     if (auto refusal = FindRefusal(options_.rules, RuleStage::kData, recipient.address)) return refusal;
@@ -145,8 +146,8 @@ std::optional<Answer> ServerSession::WhyNotKept() const {
 // 250 is said only after the sink has the message for good: from then on it is ours.
 void ServerSession::EndMessage() {
   phase_ = Phase::kCommand;
-  if (const auto answer = WhyNotKept()) {
-    Say(*answer);
+  if (const auto refusal = WhyNotKept()) {
+    Say(*refusal);
     return ResetTransaction();
   }
   envelope_.helo = helo_;

@@ -3,7 +3,7 @@
 
 namespace quillcast::smtp {
 
-// Each stands for several mechanisms; sasl.cpp has them, the best first.
+// Each stands for several mechanisms; sasl_mechanism.cpp has them, the best first.
 enum class AuthMode { kLogin, kCramMd5, kNtlm };
 
 }  // namespace quillcast::smtp

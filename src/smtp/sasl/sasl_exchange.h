@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "smtp/sasl/sasl.h"
+#include "smtp/sasl/sasl_mechanism.h"
 #include "smtp/sasl/secret_line.h"
 #include "smtp/sasl/secret_traces.h"
 

@@ -1,5 +1,5 @@
 #include "smtp/sasl/ntlm.h"
-#include "smtp/sasl/sasl.h"
+#include "smtp/sasl/sasl_mechanism.h"
 
 namespace quillcast::smtp {
 namespace {

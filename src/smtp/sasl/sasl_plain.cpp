@@ -1,4 +1,4 @@
-#include "smtp/sasl/sasl.h"
+#include "smtp/sasl/sasl_mechanism.h"
 
 namespace quillcast::smtp {
 namespace {

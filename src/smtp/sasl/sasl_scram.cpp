@@ -7,7 +7,7 @@
 #include "platform/base64.h"
 #include "platform/text.h"
 #include "smtp/sasl/digest.h"
-#include "smtp/sasl/sasl.h"
+#include "smtp/sasl/sasl_mechanism.h"
 #include "smtp/sasl/sasl_prep.h"
 #include "smtp/sasl/scram.h"
 

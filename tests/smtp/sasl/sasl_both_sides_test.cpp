@@ -1,8 +1,8 @@
 // The client's mechanisms against the mailbox's: the right password signs in, every other is refused.
 #include <gtest/gtest.h>
 
-#include "smtp/mailbox/server_sasl.h"
-#include "smtp/sasl/sasl.h"
+#include "smtp/mailbox/server_mechanism.h"
+#include "smtp/sasl/sasl_mechanism.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -17,7 +17,7 @@ int Meet(SaslMechanism& client, ServerMechanism& server) {
   }
   for (int n = 0; n < 5; ++n) {
     const ServerStep step = server.Step(response->view());
-    if (!step.challenge) return step.answer.code == 235 && !client.Finish() ? 0 : step.answer.code;
+    if (!step.challenge) return step.reply.code == 235 && !client.Finish() ? 0 : step.reply.code;
     auto next = client.Step(*step.challenge);
     if (!next) return 0;
     response = *std::move(next);
@@ -49,12 +49,12 @@ TEST(SaslBothSides, TheServerRefusesWhatIsNoScram) {
   for (const char* first :
        {"", "n", "n,", "n,,", "n,,n=ada", "n,,r=x,n=ada", "p=tls-unique,,n=ada,r=x", "n,,n=ada,r="}) {
     const auto server = MakeServerMechanism("SCRAM-SHA-256", {"ada", "x", "0123456789"});
-    EXPECT_EQ(server->Step(first).answer.code, 501) << first;
+    EXPECT_EQ(server->Step(first).reply.code, 501) << first;
   }
   for (const char* last : {"", "c=biws", "c=biws,r=x,p=AAAA", "c=eSws,r=xNTY3ODk=,p=AAAA", "c=biws,r=xNTY3ODk="}) {
     const auto server = MakeServerMechanism("SCRAM-SHA-256", {"ada", "x", "0123456789"});
     EXPECT_EQ(server->Step("n,,n=ada,r=x").challenge.value_or(""), "r=xNTY3ODk=,s=MDEyMzQ=,i=4096");
-    EXPECT_EQ(server->Step(last).answer.code, 501) << last;
+    EXPECT_EQ(server->Step(last).reply.code, 501) << last;
   }
 }
 

@@ -1,9 +1,8 @@
 // The mechanisms of signing in against the published exchanges, and against servers that break them.
-#include "smtp/sasl/sasl.h"
-
 #include <gtest/gtest.h>
 
 #include "platform/base64.h"
+#include "smtp/sasl/sasl_mechanism.h"
 #include "smtp/sasl/sasl_prep.h"
 
 namespace quillcast::smtp {

@@ -1,5 +1,5 @@
 // What a person types to say whom the mailbox turns away and what it offers.
-#include "smtp/mailbox/server_policy.h"
+#include "smtp/mailbox/server_rule.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "smtp/mailbox/server_scanner.h"
+#include "smtp/mailbox/content_scanner.h"
 
 #include <cstring>
 

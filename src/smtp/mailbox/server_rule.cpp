@@ -1,4 +1,4 @@
-#include "smtp/mailbox/server_policy.h"
+#include "smtp/mailbox/server_rule.h"
 
 #include <fmt/format.h>
 
@@ -88,12 +88,13 @@ bool MatchesGlob(std::string_view pattern, std::string_view text) {
   return p == pattern.size();
 }
 
-std::optional<Answer> FindRefusal(const std::vector<ServerRule>& rules, RuleStage stage, std::string_view address) {
+std::optional<ServerReply> FindRefusal(const std::vector<ServerRule>& rules, RuleStage stage,
+                                       std::string_view address) {
   for (const auto& rule : rules) {
     if (rule.stage != stage || !MatchesGlob(rule.pattern, address)) continue;
     const char* words = rule.code >= 500 ? "refused" : "deferred";
-    return Answer{rule.code, EnhancedOf(stage, rule.code),
-                  fmt::format("<{}> {} by a rule of this mailbox", platform::Printable(address, 254), words)};
+    return ServerReply{rule.code, std::string(EnhancedOf(stage, rule.code)),
+                       fmt::format("<{}> {} by a rule of this mailbox", platform::Printable(address, 254), words)};
   }
   return {};
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/result.h"
-#include "smtp/mailbox/server_answer.h"
+#include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
@@ -27,7 +27,7 @@ Result<ServerRule> ParseServerRule(std::string_view text, RuleKind kind);
 
 bool MatchesGlob(std::string_view pattern, std::string_view text);
 
-// The answer of the first rule of that stage which matches the address; nothing when none does.
-std::optional<Answer> FindRefusal(const std::vector<ServerRule>& rules, RuleStage stage, std::string_view address);
+// The reply of the first rule of that stage which matches the address; nothing when none does.
+std::optional<ServerReply> FindRefusal(const std::vector<ServerRule>& rules, RuleStage stage, std::string_view address);
 
 }  // namespace quillcast::smtp

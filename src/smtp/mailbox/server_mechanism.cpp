@@ -1,4 +1,4 @@
-#include "smtp/mailbox/server_sasl.h"
+#include "smtp/mailbox/server_mechanism.h"
 
 #include <fmt/format.h>
 

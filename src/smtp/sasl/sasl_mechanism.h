@@ -1,5 +1,5 @@
 // The mechanisms of signing in (RFC 4422). A new one is a file beside sasl_plain.cpp, a line at the end of this header
-// and a row in sasl.cpp.
+// and a row in sasl_mechanism.cpp.
 #pragma once
 
 #include <chrono>

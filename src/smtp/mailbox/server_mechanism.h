@@ -1,4 +1,4 @@
-// The mailbox's side of the mechanisms of signing in. A new one is a class and a row in server_sasl.cpp.
+// The mailbox's side of the mechanisms of signing in. A new one is a class and a row in server_mechanism.cpp.
 #pragma once
 
 #include <memory>
@@ -6,14 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/mailbox/server_answer.h"
+#include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
-// Another challenge, or the answer that ends the exchange: 235 when the client is who it says it is.
+// Another challenge, or the reply that ends the exchange: 235 when the client is who it says it is.
 struct ServerStep {
   std::optional<std::string> challenge;
-  Answer answer{};
+  ServerReply reply{};
 };
 
 // One exchange. What goes in and out is plain octets; the session puts base 64 around them.
