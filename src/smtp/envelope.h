@@ -12,6 +12,7 @@ namespace quillcast::smtp {
 enum class DsnNotify { kNone, kServerDefault, kAll, kFailure, kSuccess, kDelay, kNever };
 enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
 
+// One message to one recipient.
 struct Envelope {
   Address sender;          // nobody for a message that nobody is to answer
   Address recipient;       // the session refuses nobody

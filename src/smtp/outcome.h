@@ -9,6 +9,7 @@
 
 namespace quillcast::smtp {
 
+// What is known of the message at the end.
 enum class State {
   kSent,      // the server took responsibility (2xx at the end of data)
   kRefused,   // 5xx: trying again does not help
@@ -17,6 +18,7 @@ enum class State {
   kUnknown,   // the end of data went out and no reply came: it may have been taken
 };
 
+// The verdict on one message, or on a session that had none.
 struct Outcome {
   State state = State::kFailed;
   ResultCode code = ResultCode::kException;

@@ -11,6 +11,8 @@
 
 namespace quillcast::smtp {
 
+// Known limits: one connection at a time, one recipient an envelope; BINARYMIME is not used, and nothing is said while
+// no job is there (ARCHITECTURE.md says why).
 class Client {
  public:
   // `cancel`: after kStop no new job is taken; kAbandon, or a deadline, ends the one in flight.

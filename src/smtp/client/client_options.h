@@ -15,11 +15,13 @@ namespace quillcast::smtp {
 // to be sent to any host but a loopback one (net::IsLoopbackHost). Certificates and names are always verified.
 enum class Security { kAutomatic, kStartTls, kTls, kNone };
 
+// Where a server is.
 struct Server {
   std::string host;  // a name, an IPv4 address, or an IPv6 address without brackets
   std::uint16_t port = 25;
 };
 
+// All that an account says about sending.
 struct ClientOptions {
   std::vector<Server> servers;  // tried in this order for each connection
   Security security = Security::kAutomatic;

@@ -1,5 +1,5 @@
 // The mechanisms of signing in (RFC 4422). A new one is a file beside sasl_plain.cpp, a line at the end of this header
-// and a row in sasl_mechanism.cpp.
+// and a row in sasl_mechanism.cpp. Known limits: SCRAM goes without channel binding, NTLM in its version 2 alone.
 #pragma once
 
 #include <chrono>
