@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
 #include <fstream>
@@ -626,8 +627,10 @@ class MainFormTest : public QObject {
     header->AddAttachments(files + QStringList{"/nowhere/d.pdf"});
     QCOMPARE(total->text(), QString::fromUtf8("4 files, 18 bytes, 1 not there…"));
     const auto take_out = [](QDialog& form, QDialogButtonBox::StandardButton end) {
-      auto* list = form.findChild<QListWidget*>("AttachmentsList");
-      for (const int row : {0, 2, 3}) list->item(row)->setSelected(true);
+      auto* list = form.findChild<QTableView*>("AttachmentsList");
+      for (const int row : {0, 2, 3}) {
+        list->selectionModel()->select(list->model()->index(row, 0), QItemSelectionModel::Select);
+      }
       QTest::mouseClick(form.findChild<QPushButton*>("RemoveButton"), Qt::LeftButton);
       QCOMPARE(form.findChild<QLabel*>("AttachmentsTotal")->text(), QString("1 file, 6 bytes"));
       QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(end), Qt::LeftButton);

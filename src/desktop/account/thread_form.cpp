@@ -1,13 +1,12 @@
 #include "desktop/account/thread_form.h"
 
-#include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QRadioButton>
-#include <QVBoxLayout>
 
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -26,7 +25,7 @@ ThreadForm::ThreadForm(profile::SettingsStore& settings, QWidget* parent) : QDia
   const std::array<QString, 3> texts = {tr("No thread"), tr("Single thread"), tr("Second thread")};
   const auto stored = account::ThreadModes::Load(settings);
   const account::ThreadModes modes = stored ? *stored : account::ThreadModes();
-  auto* column = new QVBoxLayout(this);
+  auto* column = new FormColumn(this);
   for (std::size_t protocol = 0; protocol < account::kThreadSections.size(); ++protocol) {
     auto* box = new QGroupBox(ToQt(account::kThreadSections.at(protocol)).section('-', 0, 0), this);
     auto* line = new QHBoxLayout(box);
@@ -36,20 +35,14 @@ ThreadForm::ThreadForm(profile::SettingsStore& settings, QWidget* parent) : QDia
       button->setChecked(modes[static_cast<account::ThreadProtocol>(protocol)] ==
                          static_cast<account::ThreadMode>(mode));
       line->addWidget(button);
+      if (protocol == 0 && button->isChecked()) button->setFocus();
     }
-    column->addWidget(box);
+    column->Add(box);
   }
-  auto* note =
-      new QLabel(tr("The modes are kept, and have no effect yet: messages are made and sent on one thread."), this);
-  note->setObjectName("NoteLabel");
-  note->setWordWrap(true);
-  note->setTextFormat(Qt::PlainText);
-  column->addWidget(note);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-  connect(buttons, &QDialogButtonBox::accepted, this, &ThreadForm::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &ThreadForm::reject);
-  column->addWidget(buttons);
-  if (!stored) note->setText(InWords(stored.error()));
+  auto* note = column->Add(new StatusLine(this, "NoteLabel"));
+  note->Say(tr("The modes are kept, and have no effect yet: messages are made and sent on one thread."));
+  if (!stored) note->Fail(stored.error());
+  column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
 }
 
 void ThreadForm::accept() {
@@ -64,7 +57,7 @@ void ThreadForm::accept() {
   if (saved) {
     QDialog::accept();
   } else {
-    findChild<QLabel*>("NoteLabel")->setText(InWords(saved.error()));
+    findChild<StatusLine*>("NoteLabel")->Fail(saved.error());
   }
 }
 

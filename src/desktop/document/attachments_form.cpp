@@ -1,14 +1,13 @@
 #include "desktop/document/attachments_form.h"
 
-#include <QDialogButtonBox>
-#include <QLabel>
-#include <QListWidget>
 #include <QPushButton>
 #include <QShortcut>
-#include <QVBoxLayout>
 
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/icons.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
@@ -23,47 +22,41 @@ QString InWords(const document::AttachmentTotal& total) {
 AttachmentsForm::AttachmentsForm(const document::AttachmentList& attachments, QWidget* parent)
     : QDialog(parent),
       remaining_(attachments),
-      list_(new QListWidget(this)),
-      total_(new QLabel(this)),
+      list_(new RowList(
+          "AttachmentsList", tr("Attachments"), {{}},
+          [this](std::size_t row, int) { return PathToQt(remaining_.paths()[row]); }, this)),
+      total_(new StatusLine(this, "AttachmentsTotal")),
       remove_(new QPushButton(Icon("remove"), tr("&Remove"), this)) {
   setObjectName("AttachmentsForm");
   setWindowTitle(tr("Attachments"));
   resize(520, 340);
-  list_->setObjectName("AttachmentsList");
-  list_->setAccessibleName(tr("Attachments"));
   list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   list_->setTextElideMode(Qt::ElideMiddle);
-  total_->setObjectName("AttachmentsTotal");
+  list_->SetEmptyText(tr("No file goes with the message. Press OK, then “Add…” in the main window to choose some."));
   remove_->setObjectName("RemoveButton");
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-  auto* row = new QHBoxLayout();
-  row->addWidget(total_, 1);
-  row->addWidget(remove_);
-  auto* column = new QVBoxLayout(this);
-  column->addWidget(list_, 1);
-  column->addLayout(row);
-  column->addWidget(buttons);
+  total_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  auto* column = new FormColumn(this);
+  column->Add(list_, 1);
+  column->AddLine({total_, remove_});
+  column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   auto* key = new QShortcut(QKeySequence::Delete, list_, nullptr, nullptr, Qt::WidgetShortcut);
   connect(key, &QShortcut::activated, this, &AttachmentsForm::RemoveSelected);
   connect(remove_, &QPushButton::clicked, this, &AttachmentsForm::RemoveSelected);
-  connect(list_, &QListWidget::itemSelectionChanged, this,
-          [this] { remove_->setEnabled(!list_->selectedItems().isEmpty()); });
-  connect(buttons, &QDialogButtonBox::accepted, this, &AttachmentsForm::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &AttachmentsForm::reject);
-  for (const auto& path : attachments.paths()) list_->addItem(PathToQt(path));
-  remove_->setEnabled(false);
-  ShowTotal();
+  connect(list_, &RowList::ChosenChanged, this, [this] { remove_->setEnabled(!list_->Chosen().empty()); });
+  ShowFiles();
   list_->setFocus();
 }
 
 void AttachmentsForm::RemoveSelected() {
-  for (QListWidgetItem* item : list_->selectedItems()) {
-    remaining_.Remove(PathFromQt(item->text()).string());
-    delete list_->takeItem(list_->row(item));
-  }
-  ShowTotal();
+  std::vector<std::string> chosen;
+  for (const std::size_t row : list_->Chosen()) chosen.push_back(remaining_.paths()[row]);
+  for (const std::string& path : chosen) remaining_.Remove(path);
+  ShowFiles();
 }
 
-void AttachmentsForm::ShowTotal() { total_->setText(InWords(document::TotalOf(remaining_))); }
+void AttachmentsForm::ShowFiles() {
+  list_->Reset(remaining_.paths().size());
+  total_->Say(InWords(document::TotalOf(remaining_)));
+}
 
 }  // namespace quillcast::desktop

@@ -5,11 +5,12 @@
 
 #include "document/attachment_list.h"
 
-class QLabel;
-class QListWidget;
 class QPushButton;
 
 namespace quillcast::desktop {
+
+class RowList;
+class StatusLine;
 
 // "3 files, 1.2 MiB", and how many of them are not there.
 QString InWords(const document::AttachmentTotal& total);
@@ -23,11 +24,11 @@ class AttachmentsForm final : public QDialog {
 
  private:
   void RemoveSelected();
-  void ShowTotal();
+  void ShowFiles();
 
   document::AttachmentList remaining_;
-  QListWidget* list_;
-  QLabel* total_;
+  RowList* list_;
+  StatusLine* total_;
   QPushButton* remove_;
 };
 

@@ -1,11 +1,12 @@
 #include "desktop/run/notes_panel.h"
 
-#include <QLabel>
 #include <QListWidget>
 #include <QVBoxLayout>
 #include <memory>
 
+#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -18,14 +19,12 @@ NotesPanel::NotesPanel(const profile::Program& program, QWidget* parent)
     : QWidget(parent),
       program_(program),
       look_(new BackgroundTask(this)),
-      state_(new QLabel(this)),
+      state_(new StatusLine(this, "NotesLabel")),
       notes_(new QListWidget(this)) {
-  state_->setObjectName("NotesLabel");
-  state_->setTextFormat(Qt::PlainText);
-  state_->setWordWrap(true);
   notes_->setObjectName("NotesList");
   notes_->setAccessibleName(tr("What to know before sending"));
   notes_->setWordWrap(true);
+  notes_->setItemDelegate(new OwnDirection(notes_));
   notes_->setMaximumHeight(kTallest);
   notes_->hide();
   auto* column = new QVBoxLayout(this);
@@ -38,7 +37,7 @@ void NotesPanel::AddQuestion(QWidget* question) { layout()->addWidget(question);
 
 void NotesPanel::LookAt(const document::MessageDocument& document, const run::ChosenGroup& group) {
   notes_->hide();
-  state_->setText(tr("Looking over the message and the whole group…"));
+  state_->Say(tr("Looking over the message and the whole group…"));
   look_->Start([this, &program = program_, document, group](const platform::CancelToken& cancel) {
     auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
     auto found = std::make_shared<Result<run::MessageLook>>(prepared.LookOver(run::PreparedRun::Server::kIsAsked));
@@ -57,7 +56,11 @@ void NotesPanel::Show(const QStringList& troubles, const QStringList& pictures) 
   notes_->clear();
   notes_->addItems(troubles + pictures);
   notes_->setVisible(notes_->count() > 0);
-  state_->setText(troubles.isEmpty() ? tr("Nothing was found that looks wrong.") : tr("Before you send:"));
+  if (troubles.isEmpty()) {
+    state_->Say(tr("Nothing was found that looks wrong."));
+  } else {
+    state_->Say(tr("Before you send:"), NoteKind::kWarning);
+  }
 }
 
 void NotesPanel::Close() {

@@ -8,10 +8,11 @@
 #include "profile/program.h"
 #include "run/prepared_run.h"
 
-class QLabel;
 class QListWidget;
 
 namespace quillcast::desktop {
+
+class StatusLine;
 
 class NotesPanel final : public QWidget {
   Q_OBJECT
@@ -30,7 +31,7 @@ class NotesPanel final : public QWidget {
 
   const profile::Program& program_;
   BackgroundTask* look_;
-  QLabel* state_;
+  StatusLine* state_;
   QListWidget* notes_;
 };
 

@@ -1,9 +1,6 @@
 #include "desktop/run/pictures_panel.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 #include <memory>
 #include <utility>
 
@@ -20,39 +17,15 @@ constexpr qsizetype kMostInTip = 40;
 
 }  // namespace
 
+// Its buttons are below the question on the left, where no other panel has any: no click that was meant for another
+// agrees.
 PicturesPanel::PicturesPanel(const profile::Program& program, QWidget* parent)
-    : QFrame(parent),
+    : NotePanel(NoteKind::kWarning, "PicturesPanel", "PicturesLabel", parent, OfferPlace::kBelow),
       program_(program),
       task_(new BackgroundTask(this)),
-      text_(new QLabel(this)),
-      take_(new QPushButton(tr("Ta&ke along"), this)),
-      leave_(new QPushButton(tr("&Leave out"), this)),
-      again_(new QPushButton(tr("Look again"), this)) {
-  setObjectName("PicturesPanel");
-  setFrameShape(QFrame::StyledPanel);
-  setAutoFillBackground(true);
-  setBackgroundRole(QPalette::AlternateBase);
-  text_->setObjectName("PicturesLabel");
-  text_->setTextFormat(Qt::PlainText);
-  text_->setWordWrap(true);
-  take_->setObjectName("TakePicturesButton");
-  leave_->setObjectName("LeavePicturesButton");
-  again_->setObjectName("LookAgainButton");
-  // Enter, pressed for the dialog's own button, is no answer.
-  for (QPushButton* button : {leave_, take_, again_}) button->setAutoDefault(false);
-  // Below the question on the left, where no other panel has a button: no click that was meant for another agrees.
-  auto* line = new QHBoxLayout();
-  line->addWidget(leave_);
-  line->addWidget(take_);
-  line->addWidget(again_);
-  line->addStretch(1);
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(12, 6, 8, 6);
-  column->addWidget(text_);
-  column->addLayout(line);
-  connect(take_, &QPushButton::clicked, this, [this] { Answer(true); });
-  connect(leave_, &QPushButton::clicked, this, [this] { Answer(false); });
-  connect(again_, &QPushButton::clicked, this, [this] { LookAt(std::move(document_)); });
+      leave_(AddOffer("LeavePicturesButton", tr("&Leave out"), [this] { Answer(false); })),
+      take_(AddOffer("TakePicturesButton", tr("Ta&ke along"), [this] { Answer(true); })),
+      again_(AddOffer("LookAgainButton", tr("Look again"), [this] { LookAt(std::move(document_)); })) {
   hide();
 }
 
@@ -77,8 +50,8 @@ void PicturesPanel::Show(const Result<message::RelatedPictures>& pictures) {
     for (const auto& file : asked_) all << ToQt(platform::Printable(file.string(), kLongestShown));
   }
   settled_ = pictures && asked_.empty();
-  text_->setText(pictures ? InWords(message::PictureQuestion(asked_)) : InWords(pictures.error()));
-  text_->setToolTip(all.mid(0, kMostInTip).join('\n'));
+  SetText(pictures ? InWords(message::PictureQuestion(asked_)) : InWords(pictures.error()));
+  setToolTip(all.mid(0, kMostInTip).join('\n'));
   for (QPushButton* answer : {take_, leave_}) answer->setVisible(static_cast<bool>(pictures));
   again_->setVisible(!pictures);
   setVisible(!settled_);

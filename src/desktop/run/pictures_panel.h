@@ -2,16 +2,15 @@
 // not be looked at, it says why and offers another look: nothing is settled by a failure.
 #pragma once
 
-#include <QFrame>
 #include <filesystem>
 #include <vector>
 
+#include "desktop/widgets/note_panel.h"
 #include "document/message_document.h"
 #include "message/related_pictures.h"
 #include "platform/result.h"
 #include "profile/program.h"
 
-class QLabel;
 class QPushButton;
 
 namespace quillcast::desktop {
@@ -20,7 +19,7 @@ class BackgroundTask;
 
 namespace quillcast::desktop {
 
-class PicturesPanel final : public QFrame {
+class PicturesPanel final : public NotePanel {
   Q_OBJECT
  public:
   PicturesPanel(const profile::Program& program, QWidget* parent);
@@ -48,9 +47,8 @@ class PicturesPanel final : public QFrame {
   document::MessageDocument document_;
   std::vector<std::filesystem::path> asked_;
   bool settled_ = false;
-  QLabel* text_;
-  QPushButton* take_;
   QPushButton* leave_;
+  QPushButton* take_;
   QPushButton* again_;
 };
 

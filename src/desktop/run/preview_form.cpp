@@ -18,8 +18,11 @@
 #include "desktop/document/html_editor.h"
 #include "desktop/run/pictures_panel.h"
 #include "desktop/widgets/first_key.h"
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/icons.h"
+#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
@@ -49,7 +52,7 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
       findings_(new QListWidget(this)),
       pictures_(new PicturesPanel(program, this)),
       send_(new QPushButton(Icon("send"), tr("Send this one to &myself"), this)),
-      status_(new QLabel(this)) {
+      status_(new StatusLine(this)) {
   BuildWindow();
   page_->SetReadOnly(true);
   page_->SetPicturePlaces(document_.picture_places);
@@ -93,12 +96,11 @@ void PreviewForm::BuildWindow() {
   findings_->setObjectName("FindingsList");
   findings_->setAccessibleName(tr("What was found"));
   findings_->setWordWrap(true);
+  findings_->setItemDelegate(new OwnDirection(findings_));
   new FirstKey(findings_);
   findings_->setMaximumHeight(110);
   findings_->addItem(tr("Looking over the whole group…"));
-  status_->setObjectName("StatusLine");
-  status_->setTextFormat(Qt::PlainText);
-  status_->setWordWrap(true);
+  status_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   send_->setObjectName("SendToMyselfButton");
 
   auto* desktop = new QRadioButton(tr("&Desktop"), this);
@@ -108,13 +110,7 @@ void PreviewForm::BuildWindow() {
   connect(phone, &QRadioButton::toggled, this, &PreviewForm::SetWidth);
   auto* label = new QLabel(tr("As &recipient #"), this);
   label->setBuddy(position_);
-  auto* above = new QHBoxLayout();
-  above->addWidget(label);
-  above->addWidget(position_);
-  above->addWidget(whom_, 1);
-  above->addWidget(desktop);
-  above->addWidget(phone);
-
+  whom_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   auto* tabs = new QTabWidget(this);
   tabs->setObjectName("PreviewTabs");
   auto* frame = new QWidget(this);
@@ -133,17 +129,13 @@ void PreviewForm::BuildWindow() {
   auto* close = new QPushButton(tr("Close"), this);
   close->setDefault(true);
   connect(close, &QPushButton::clicked, this, &QDialog::reject);
-  auto* below = new QHBoxLayout();
-  below->addWidget(send_);
-  below->addWidget(status_, 1);
-  below->addWidget(close);
-  auto* column = new QVBoxLayout(this);
-  column->addLayout(above);
-  column->addWidget(subject_);
-  column->addWidget(tabs, 1);
-  column->addWidget(findings_);
-  column->addWidget(pictures_);
-  column->addLayout(below);
+  auto* column = new FormColumn(this);
+  column->AddLine({label, position_, whom_, desktop, phone});
+  column->Add(subject_);
+  column->Add(tabs, 1);
+  column->Add(findings_);
+  column->Add(pictures_);
+  column->AddLine({send_, status_, close});
 }
 
 void PreviewForm::SetWidth(bool phone) { page_->setMaximumWidth(phone ? kPhoneWidth : QWIDGETSIZE_MAX); }
@@ -196,7 +188,7 @@ void PreviewForm::ShowRecipient() {
 
 void PreviewForm::Put(const Result<run::RecipientView>& view) {
   if (!view) {
-    status_->setText(InWords(view.error()));
+    status_->Fail(view.error());
     return;
   }
   subject_->setText(view->subject.empty() ? tr("(no subject)") : ToQt(platform::Printable(view->subject)));
@@ -210,14 +202,18 @@ void PreviewForm::SendToMyself() {
     return;
   }
   send_->setText(tr("Stop"));
-  status_->setText(tr("Sending…"));
+  status_->Say(tr("Sending…"));
   send_task_->Start([this, &program = program_, document = document_, group = group_,
                      position = position_->value()](const platform::CancelToken& cancel) {
     auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
     auto told = std::make_shared<Result<Sentence>>(prepared.SendToMyself(position));
     return [this, told] {
       send_->setText(tr("Send this one to &myself"));
-      status_->setText(*told ? InWords(**told) : InWords(told->error()));
+      if (*told) {
+        status_->Say(InWords(**told));
+      } else {
+        status_->Fail(told->error());
+      }
     };
   });
 }

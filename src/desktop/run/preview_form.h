@@ -21,6 +21,7 @@ namespace quillcast::desktop {
 
 class HtmlEditor;
 class PicturesPanel;
+class StatusLine;
 
 // The pictures from other folders that the document names can be answered for here too.
 class PreviewForm final : public QDialog {
@@ -57,7 +58,7 @@ class PreviewForm final : public QDialog {
   QListWidget* findings_;
   PicturesPanel* pictures_;
   QPushButton* send_;
-  QLabel* status_;
+  StatusLine* status_;
 };
 
 }  // namespace quillcast::desktop

@@ -10,6 +10,7 @@
 #include <QScrollBar>
 #include <algorithm>
 
+#include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
@@ -21,7 +22,10 @@ constexpr std::ptrdiff_t kMostCopied = 1000000;
 
 }  // namespace
 
-ReportView::ReportView(QWidget* parent) : QAbstractScrollArea(parent) {
+ReportView::ReportView(QWidget* parent)
+    : QAbstractScrollArea(parent),
+      empty_(new EmptyState(this, tr("The report appears here while the messages go out."))) {
+  setLayoutDirection(Qt::LeftToRight);  // a report is English in every locale
   setObjectName("Report");
   setAccessibleName(tr("Report"));
   setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -43,6 +47,7 @@ void ReportView::Update() {
   if (!lines_) return;
   const auto more = lines_->Update();
   if (!more || !*more) return;
+  empty_->setVisible(line_count() == 0);
   SetRange();
   viewport()->update();
 }
@@ -67,11 +72,6 @@ void ReportView::resizeEvent(QResizeEvent*) { SetRange(); }
 
 void ReportView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
-  if (line_count() == 0) {
-    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-    painter.drawText(viewport()->rect(), Qt::AlignCenter, tr("The report appears here while the messages go out."));
-    return;
-  }
   const int first = verticalScrollBar()->value();
   const int x = kMargin - horizontalScrollBar()->value();
   const auto [low, high] = std::minmax(anchor_, caret_);
@@ -150,7 +150,7 @@ void ReportView::keyPressEvent(QKeyEvent* event) {
 }
 
 void ReportView::contextMenuEvent(QContextMenuEvent* event) {
-  auto* menu = new QMenu(this);
+  auto* menu = new QMenu(window());
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->addAction(anchor_ < 0 ? tr("Copy all") : tr("Copy"), this, &ReportView::Copy);
   menu->popup(event->globalPos());

@@ -9,6 +9,8 @@
 
 namespace quillcast::desktop {
 
+class EmptyState;
+
 class ReportView final : public QAbstractScrollArea {
   Q_OBJECT
  public:
@@ -39,6 +41,7 @@ class ReportView final : public QAbstractScrollArea {
   std::ptrdiff_t LineAfter(int key) const;
   void MoveTo(std::ptrdiff_t line, bool extend);
 
+  EmptyState* empty_;
   std::optional<run::ReportLines> lines_;
   std::ptrdiff_t anchor_ = -1;  // the selected lines, from here
   std::ptrdiff_t caret_ = -1;   // to here

@@ -3,16 +3,11 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFrame>
-#include <QGridLayout>
 #include <QLabel>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
 #include <QVBoxLayout>
-#include <algorithm>
-#include <tuple>
 #include <utility>
 
 #include "account/account_connection.h"
@@ -23,8 +18,13 @@
 #include "desktop/run/report_view.h"
 #include "desktop/run/results_view.h"
 #include "desktop/run/shut_down_form.h"
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 #include "run/run_rate.h"
 
@@ -32,12 +32,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kTick = 100;  // milliseconds between looks at the run
-constexpr int kBarSteps = 1000;
 constexpr int kMostNotes = 4;
-
-int Steps(std::uint64_t done, std::uint64_t total) {
-  return total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kBarSteps, done * kBarSteps / total));
-}
 
 QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences;
@@ -51,14 +46,6 @@ QString SummaryText(const run::RunSummary& summary) {
                          SendMailForm1::tr("%1 recipients were not tried; nothing was sent to them."));
   }
   return sentences.join(' ');
-}
-
-QProgressBar* MakeBar(const char* name, QWidget* parent) {
-  auto* bar = new QProgressBar(parent);
-  bar->setObjectName(name);
-  bar->setRange(0, kBarSteps);
-  bar->setValue(0);
-  return bar;
 }
 
 }  // namespace
@@ -80,16 +67,15 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
       tabs_(new QTabWidget(this)),
       report_(new ReportView(this)),
       results_view_(new ResultsView(results_, program.prompts, this)),
-      pause_panel_(new QFrame(this)),
-      pause_text_(new QLabel(pause_panel_)),
-      run_bar_(MakeBar("RunProgressBar", this)),
-      message_bar_(MakeBar("MessageProgressBar", this)),
+      pause_panel_(new NotePanel(NoteKind::kWarning, "PausePanel", "PauseLabel", this)),
       pictures_(new PicturesPanel(program, this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),
-      rate_(new QLabel(this)),
-      status_(new QLabel(this)),
+      status_(new StatusLine(this)),
       before_(new NotesPanel(program, this)),
-      button_(new QPushButton(tr("Send"), this)) {
+      progress_(new ProgressPanel("SendButton", tr("Send"), this)),
+      run_bar_(progress_->AddBar("RunProgressBar", tr("The whole run:"))),
+      message_bar_(progress_->AddBar("MessageProgressBar", tr("The current message:"))),
+      button_(progress_->button()) {
   setObjectName("SendMailForm1");
   setWindowTitle(tr("Send"));
   resize(760, 560);
@@ -97,29 +83,22 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
   tabs_->addTab(report_, tr("&Report"));
   tabs_->addTab(results_view_, tr("R&ecipients"));
   shut_down_->setObjectName("ShutDownCheckBox");
-  rate_->setObjectName("RateLabel");
-  status_->setObjectName("StatusLine");
-  status_->setTextFormat(Qt::PlainText);
-  status_->setWordWrap(true);
-  button_->setObjectName("SendButton");
   button_->setDefault(true);
-  button_->setMinimumWidth(120);
-
-  auto* below = new QHBoxLayout();
-  below->addWidget(rate_, 1);
-  below->addWidget(button_);
-  auto* column = new QVBoxLayout(this);
-  column->addWidget(MakeHeading(server));
-  column->addWidget(range_);
-  column->addWidget(tabs_, 1);
-  column->addWidget(MakePausePanel());
-  column->addWidget(MakeProgress());
-  column->addWidget(shut_down_);
-  column->addWidget(status_);
-  column->addWidget(before_);
+  pause_panel_->AddOffer("GoOnButton", tr("&Go on"), [this] { AnswerToGoOn(true); });
+  pause_panel_->AddOffer("StopButton", tr("S&top"), [this] { AnswerToGoOn(false); });
+  pause_panel_->hide();
   before_->AddQuestion(pictures_);
-  column->addLayout(below);
-  connect(button_, &QPushButton::clicked, this, &SendMailForm1::ButtonPressed);
+
+  auto* column = new FormColumn(this);
+  column->Add(MakeHeading(server));
+  column->Add(range_);
+  column->Add(tabs_, 1);
+  column->Add(pause_panel_);
+  column->Add(shut_down_);
+  column->Add(status_);
+  column->Add(before_);
+  column->Add(progress_);
+  connect(progress_, &ProgressPanel::Pressed, this, &SendMailForm1::ButtonPressed);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
@@ -176,45 +155,6 @@ QWidget* SendMailForm1::MakeHeading(Server server) {
   return heading;
 }
 
-// Where the server refuses everybody for the same reason.
-QWidget* SendMailForm1::MakePausePanel() {
-  pause_panel_->setObjectName("PausePanel");
-  pause_panel_->setFrameShape(QFrame::StyledPanel);
-  pause_panel_->setAutoFillBackground(true);
-  pause_panel_->setBackgroundRole(QPalette::AlternateBase);
-  pause_text_->setObjectName("PauseLabel");
-  pause_text_->setTextFormat(Qt::PlainText);
-  pause_text_->setWordWrap(true);
-  auto* line = new QHBoxLayout(pause_panel_);
-  line->addWidget(pause_text_, 1);
-  for (const auto& [name, text, go_on] :
-       {std::tuple{"GoOnButton", tr("&Go on"), true}, {"StopButton", tr("S&top"), false}}) {
-    auto* button = new QPushButton(text, pause_panel_);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, [this, answer = go_on] { AnswerToGoOn(answer); });
-    line->addWidget(button);
-  }
-  pause_panel_->hide();
-  return pause_panel_;
-}
-
-QWidget* SendMailForm1::MakeProgress() {
-  auto* progress = new QWidget(this);
-  auto* grid = new QGridLayout(progress);
-  grid->setContentsMargins(0, 0, 0, 0);
-  grid->setColumnStretch(1, 1);
-  int row = 0;
-  for (const auto& [text, bar] :
-       {std::pair{tr("The whole run:"), run_bar_}, {tr("The current message:"), message_bar_}}) {
-    auto* caption = new QLabel(text, progress);
-    bar->setAccessibleName(text.chopped(1));
-    grid->addWidget(caption, row, 0);
-    grid->addWidget(bar, row++, 1);
-  }
-  return progress;
-}
-
 void SendMailForm1::ButtonPressed() {
   switch (stage_) {
     case Stage::kIdle:
@@ -264,7 +204,7 @@ void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
   }
   waiting_.start();
   TakeNews();  // what led to it can be read
-  pause_text_->setText(
+  pause_panel_->SetText(
       tr("The server refused the same %1 times in a row, so the run waits: %2").arg(QString::number(times), refusal));
   pause_panel_->show();
   QApplication::alert(this);
@@ -304,13 +244,13 @@ void SendMailForm1::TakeNews() {
 }
 
 void SendMailForm1::ShowProgress(const RunNews& news) {
-  run_bar_->setValue(Steps(static_cast<std::uint64_t>(news.done), static_cast<std::uint64_t>(news.total)));
+  run_bar_->Count(static_cast<std::uint64_t>(news.done), static_cast<std::uint64_t>(news.total));
   run_bar_->setFormat(
       tr("%1 of %2").arg(ToQt(platform::WithThousands(news.done)), ToQt(platform::WithThousands(news.total))));
-  message_bar_->setValue(Steps(news.sent_octets, news.message_octets));
+  message_bar_->Count(news.sent_octets, news.message_octets);
   // Those not tried take no time, and nobody knows how long an answer takes.
   const bool goes_on = stage_ == Stage::kRunning && !waiting_.isValid();
-  rate_->setText(ToQt(run::DescribeRate(news.done, goes_on ? news.total : news.done, Worked())));
+  progress_->SayRate(ToQt(run::DescribeRate(news.done, goes_on ? news.total : news.done, Worked())));
 }
 
 // Since the start, without the time that the run waited for answers.
@@ -329,13 +269,14 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   button_->setDefault(true);
   button_->setFocus();
   if (!summary) {
-    Say(InWords(summary.error()));
+    Say(InWords(summary.error()), NoteKind::kFailure);
     return;
   }
-  Say(SummaryText(*summary));
+  const bool all_got_it = summary->failed == 0 && summary->not_tried == 0;
+  Say(SummaryText(*summary), all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
   const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
   if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
-  if (summary->failed > 0 || summary->not_tried > 0) {
+  if (!all_got_it) {
     tabs_->setCurrentWidget(results_view_);
     findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);
   }
@@ -358,11 +299,11 @@ bool SendMailForm1::SwitchOff() {
 }
 
 // What was noted about the run stays above it.
-void SendMailForm1::Say(const QString& sentence) {
+void SendMailForm1::Say(const QString& sentence, NoteKind kind) {
   QStringList lines = notes_.mid(0, kMostNotes);
   if (notes_.size() > kMostNotes) lines << tr("And %1 more of the same kind.").arg(notes_.size() - kMostNotes);
   if (!sentence.isEmpty()) lines << sentence;
-  status_->setText(lines.join('\n'));
+  status_->Say(lines.join('\n'), kind);
 }
 
 }  // namespace quillcast::desktop

@@ -7,24 +7,26 @@
 #include <functional>
 
 #include "desktop/run/run_worker.h"
+#include "desktop/widgets/note.h"
 #include "profile/program.h"
 #include "run/run_results.h"
 
 class QCheckBox;
-class QFrame;
-class QLabel;
-class QProgressBar;
 class QPushButton;
 class QTabWidget;
 class QTimer;
 
 namespace quillcast::desktop {
 
+class CountBar;
+class NotePanel;
 class NotesPanel;
 class PicturesPanel;
+class ProgressPanel;
 class RangePicker;
 class ReportView;
 class ResultsView;
+class StatusLine;
 
 class SendMailForm1 final : public QDialog {
   Q_OBJECT
@@ -65,9 +67,7 @@ class SendMailForm1 final : public QDialog {
   void CountDown();
   bool SwitchOff();
   QWidget* MakeHeading(Server server);
-  QWidget* MakePausePanel();
-  QWidget* MakeProgress();
-  void Say(const QString& sentence);
+  void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
 
   const profile::Program& program_;
   document::MessageDocument document_;
@@ -91,15 +91,14 @@ class SendMailForm1 final : public QDialog {
   QTabWidget* tabs_;
   ReportView* report_;
   ResultsView* results_view_;
-  QFrame* pause_panel_;
-  QLabel* pause_text_;
-  QProgressBar* run_bar_;
-  QProgressBar* message_bar_;
+  NotePanel* pause_panel_;
   PicturesPanel* pictures_;
   QCheckBox* shut_down_;
-  QLabel* rate_;
-  QLabel* status_;
+  StatusLine* status_;
   NotesPanel* before_;
+  ProgressPanel* progress_;
+  CountBar* run_bar_;
+  CountBar* message_bar_;
   QPushButton* button_;
 };
 

@@ -1,12 +1,12 @@
 #include "desktop/run/shut_down_form.h"
 
 #include <QCloseEvent>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
-#include <QVBoxLayout>
+
+#include "desktop/widgets/form_column.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -29,19 +29,11 @@ ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
   auto* cancel = new QPushButton(tr("Cancel"), this);
   cancel->setObjectName("CancelButton");
   cancel->setDefault(true);
-  auto* time = new QHBoxLayout();
-  time->addWidget(new QLabel(tr("Remaining Time :"), this));
-  time->addWidget(remaining_);
-  time->addWidget(new QLabel(tr("Seconds."), this));
-  time->addStretch(1);
-  auto* button = new QHBoxLayout();
-  button->addStretch(1);
-  button->addWidget(cancel);
-  auto* column = new QVBoxLayout(this);
-  column->addWidget(new QLabel(tr("Quillcast is going to shut down the system in 60 seconds."), this));
-  column->addWidget(new QLabel(tr("If you do not want to shut down Windows, please press the Cancel button."), this));
-  column->addLayout(time);
-  column->addLayout(button);
+  auto* column = new FormColumn(this);
+  column->Add(new QLabel(tr("Quillcast is going to shut down the system in 60 seconds."), this));
+  column->Add(new QLabel(tr("If you do not want to shut down Windows, please press the Cancel button."), this));
+  column->AddLine({new QLabel(tr("Remaining Time :"), this), remaining_, new QLabel(tr("Seconds."), this), nullptr});
+  column->AddLine({nullptr, cancel});
   connect(cancel, &QPushButton::clicked, this, [this] { done(Rejected); });
   connect(timer_, &QTimer::timeout, this, &ShutDownForm::Tick);
   timer_->start(kSecond);

@@ -1,12 +1,11 @@
 #include "desktop/shell/help_form.h"
 
-#include <QDialogButtonBox>
 #include <QFile>
 #include <QHash>
 #include <QTextBrowser>
 #include <QUrl>
-#include <QVBoxLayout>
 
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
@@ -27,11 +26,9 @@ HelpForm::HelpForm(const profile::Folders& folders, const QString& topic, QWidge
   } else {
     page->setPlainText(tr("The help page %1 is not in %2. Install the program anew.").arg(topic, folder));
   }
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-  auto* column = new QVBoxLayout(this);
-  column->addWidget(page, 1);
-  column->addWidget(buttons);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto* column = new FormColumn(this);
+  column->Add(page, 1);
+  column->AddButtons(QDialogButtonBox::Close);
 }
 
 QString TopicOf(const QString& window) {

@@ -1,12 +1,11 @@
 #include "desktop/shell/tips_form.h"
 
 #include <QCheckBox>
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 #include <array>
 
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 
@@ -43,15 +42,11 @@ TipsForm::TipsForm(profile::SettingsStore& settings, QWidget* parent)
   text_->setFont(larger);
   at_start_->setObjectName("TipsCheckBox");
   at_start_->setChecked(settings.Read("Options", "Tips", "1").ValueOr("1") != "0");
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-  auto* next = buttons->addButton(tr("&Next tip"), QDialogButtonBox::ActionRole);
+  auto* column = new FormColumn(this);
+  column->Add(text_, 1);
+  column->Add(at_start_);
+  auto* next = column->AddButtons(QDialogButtonBox::Close)->addButton(tr("&Next tip"), QDialogButtonBox::ActionRole);
   next->setObjectName("NextTipButton");
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(20, 20, 20, 12);
-  column->addWidget(text_, 1);
-  column->addWidget(at_start_);
-  column->addWidget(buttons);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   connect(next, &QPushButton::clicked, this, [this] { ShowTip(tip_ % 3 + 1); });
   const auto stored = settings.Read("Options", "FirstTip", "");
   ShowTip(static_cast<int>(platform::WholeNumberBetween(stored ? *stored : "", 1, 3).value_or(1)));

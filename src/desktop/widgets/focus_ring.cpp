@@ -5,6 +5,7 @@
 #include <QFocusEvent>
 #include <QPainter>
 #include <QScrollArea>
+#include <QStyle>
 #include <QTabBar>
 
 #include "desktop/widgets/contrast.h"
@@ -30,10 +31,14 @@ bool IsRinged(const QWidget& control) {
          control.window()->windowType() != Qt::Popup;
 }
 
-// Of a row of tabs it is the one that shows.
+// Of a row of tabs it is the one that shows; of a check box what there is of it, however wide its row.
 QRect PlaceIn(const QWidget& control) {
-  const auto* tabs = qobject_cast<const QTabBar*>(&control);
-  return tabs == nullptr ? control.rect() : tabs->tabRect(tabs->currentIndex());
+  if (const auto* tabs = qobject_cast<const QTabBar*>(&control)) return tabs->tabRect(tabs->currentIndex());
+  const bool is_check = control.inherits("QCheckBox") || control.inherits("QRadioButton");
+  if (!is_check) return control.rect();
+  const QSize own = control.sizeHint().boundedTo(control.size());
+  return QStyle::visualRect(control.layoutDirection(), control.rect(),
+                            QRect(QPoint(), QSize(own.width(), control.height())));
 }
 
 class Watcher final : public QObject {

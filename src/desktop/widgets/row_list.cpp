@@ -7,6 +7,7 @@
 
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/first_key.h"
+#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/row_colours.h"
 
 namespace quillcast::desktop {
@@ -95,6 +96,7 @@ RowList::RowList(const char* name, const QString& accessible_name, std::vector<R
   setShowGrid(false);
   setWordWrap(false);
   setTabKeyNavigation(false);
+  setItemDelegate(new OwnDirection(this));
   new FirstKey(this);
   verticalHeader()->hide();
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);

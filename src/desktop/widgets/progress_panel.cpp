@@ -1,0 +1,44 @@
+#include "desktop/widgets/progress_panel.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+
+#include "desktop/widgets/count_bar.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kNarrowest = 120;  // pixels: the button keeps its place whatever it says
+
+}  // namespace
+
+ProgressPanel::ProgressPanel(const char* button, const QString& text, QWidget* parent)
+    : QWidget(parent), bars_(new QGridLayout()), rate_(new QLabel(this)), button_(new QPushButton(text, this)) {
+  rate_->setObjectName("RateLabel");
+  rate_->setTextFormat(Qt::PlainText);
+  button_->setObjectName(button);
+  button_->setMinimumWidth(kNarrowest);
+  bars_->setColumnStretch(1, 1);
+  auto* below = new QHBoxLayout();
+  below->addWidget(rate_, 1);
+  below->addWidget(button_);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addLayout(bars_);
+  column->addLayout(below);
+  connect(button_, &QPushButton::clicked, this, &ProgressPanel::Pressed);
+}
+
+CountBar* ProgressPanel::AddBar(const char* name, const QString& caption) {
+  auto* bar = new CountBar(name, this);
+  bar->setAccessibleName(QString(caption).remove(':'));
+  const int row = bars_->rowCount();
+  bars_->addWidget(new QLabel(caption, this), row, 0);
+  bars_->addWidget(bar, row, 1);
+  return bar;
+}
+
+void ProgressPanel::SayRate(const QString& rate) { rate_->setText(rate); }
+
+}  // namespace quillcast::desktop
