@@ -739,7 +739,10 @@ class MainFormTest : public QObject {
     const QString text = ToQt(*message).remove("=\r\n");
     QVERIFY2(text.contains("<p>Dear=20bob@example.net</p>"), qPrintable(text));
     test::WhileOpen("PracticeForm", [](QDialog& form) {
-      QCOMPARE(form.findChild<QListWidget*>("PracticeList")->count(), 4);
+      const auto* list = form.findChild<QTableView*>("PracticeList")->model();
+      QCOMPARE(list->rowCount(), 4);
+      QCOMPARE(list->index(0, 0).data().toString(), QString("mallory@example.net"));
+      QCOMPARE(list->index(2, 1).data().toString(), QString("For bob@example.net"));
       QVERIFY(form.findChild<QPlainTextEdit*>("PracticeMessage")->toPlainText().contains("mallory@example.net"));
     });
     QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);

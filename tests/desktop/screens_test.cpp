@@ -1,4 +1,5 @@
 // Shows every window, light and dark; with QUILLCAST_SCREENS set to a folder, a picture of each is put there.
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
@@ -20,7 +21,6 @@
 
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
-#include "desktop/dark_palette.h"
 #include "desktop/document/attachments_form.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/document/link_form.h"
@@ -30,12 +30,15 @@
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/run/shut_down_form.h"
+#include "desktop/seen_colours.h"
 #include "desktop/shell/about_form.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/main_form.h"
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/widgets/empty_state.h"
+#include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/look.h"
 #include "platform/file.h"
@@ -127,6 +130,50 @@ class ScreensTest : public QObject {
     }
   }
 
+  // What has the keyboard has a ring round it that is seen, wherever the Tab key comes to.
+  static void LookForTheRing(QWidget& window, const QString& name) {
+    window.activateWindow();
+    if (window.windowType() == Qt::SplashScreen || !QTest::qWaitForWindowActive(&window)) return;
+    const QPointer<QWidget> before = window.focusWidget();
+    const QColor ground = window.palette().color(QPalette::Window);
+    for (QWidget* widget : window.findChildren<QWidget*>()) {
+      const bool is_stop = widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0;
+      if (!is_stop || widget->inherits("QQuickWidget") || widget->focusProxy() != nullptr) continue;
+      widget->setFocus(Qt::TabFocusReason);
+      const QString what = name + ": " + widget->metaObject()->className() + ' ' + widget->objectName();
+      const auto rings = window.findChildren<FocusRing*>();
+      QVERIFY2(rings.size() == 1 && rings.front()->isVisible() && rings.front()->control() == widget, qPrintable(what));
+      const QRegion seen = rings.front()->visibleRegion();
+      if (seen.isEmpty()) continue;  // scrolled away
+      const QPoint at = rings.front()->mapTo(&window, seen.begin()->topLeft());
+      const QColor line = window.grab(QRect(at, QSize(1, 1))).toImage().pixelColor(0, 0);
+      QVERIFY2(Contrast(line, ground) >= 3, qPrintable(what + ' ' + line.name()));
+    }
+    if (before) before->setFocus();
+  }
+
+  static void LookForReadable(QWidget& window, const QString& name) {
+    for (QLabel* label : window.findChildren<QLabel*>()) {
+      if (!label->isVisible() || !label->isEnabled() || label->text().isEmpty()) continue;
+      const QImage picture = window.grab(QRect(label->mapTo(&window, QPoint()), label->size())).toImage();
+      const QColor ground = picture.pixelColor(0, 0);
+      const QColor text = test::Strongest(picture, ground);
+      QVERIFY2(label->visibleRegion().isEmpty() || Contrast(text, ground) >= 4.5,
+               qPrintable(name + ": " + label->text() + ' ' + text.name() + " on " + ground.name()));
+    }
+  }
+
+  // A list with nothing in it says what to do next.
+  static void LookForEmpty(const QWidget& window, const QString& name) {
+    for (const auto* list : window.findChildren<QAbstractItemView*>()) {
+      const bool has_rows = list->model() == nullptr || list->model()->rowCount() > 0;
+      if (!list->isVisible() || has_rows || list->inherits("QHeaderView")) continue;
+      const auto* text = list->findChild<EmptyState*>();
+      QVERIFY2(text != nullptr && text->isVisible() && !text->text().isEmpty(),
+               qPrintable(name + ": " + list->objectName()));
+    }
+  }
+
   // A window that shows has every control inside it, and text in each that is not cut off.
   void Take(QWidget& window, const QString& name) {
     window.show();
@@ -160,6 +207,9 @@ class ScreensTest : public QObject {
                qPrintable(name + ": " + widget->metaObject()->className() + ' ' + widget->objectName()));
     }
     LookForOneLine(window, name);
+    LookForReadable(window, name);
+    LookForEmpty(window, name);
+    LookForTheRing(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (folder_.isEmpty()) return;
     QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
@@ -215,6 +265,12 @@ class ScreensTest : public QObject {
     QTRY_VERIFY(preview.findChild<QListWidget*>("FindingsList")->count() > 1);
     Take(preview, "preview");
 
+    {
+      SendMailForm1 before(rig.program, document, {group, 4}, SendMailForm1::Server::kReal, nullptr);
+      Take(before, "send-before");
+      before.findChild<QTabWidget*>()->setCurrentIndex(1);
+      Take(before, "send-before-results");
+    }
     SendMailForm1 send(rig.program, document, {group, 4}, SendMailForm1::Server::kReal, nullptr);
     send.show();
     send.findChild<QPushButton*>("SendButton")->click();
@@ -228,6 +284,9 @@ class ScreensTest : public QObject {
       account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
       Take(account, QString("account-%1").arg(page + 1));
     }
+    HistoryManagerForm no_history(rig.program, nullptr);
+    no_history.findChild<QLineEdit*>("FilterTextBox")->setText("no such run");
+    Take(no_history, "history-empty");
     for (const char* file : {"07-03-2026_09-05-07_Hello.txt", "01-02-2027_10-00-00_News.txt"}) {
       QVERIFY(platform::ReplaceFile(rig.folders.History() / file, "x"));
     }
@@ -242,6 +301,8 @@ class ScreensTest : public QObject {
     files.Add("/nowhere/leaflet.pdf");
     AttachmentsForm attachments(files, nullptr);
     Take(attachments, "attachments");
+    AttachmentsForm no_attachments({}, nullptr);
+    Take(no_attachments, "attachments-empty");
     LinkForm link({}, "our papers", nullptr);
     Take(link, "link");
     TipsForm tips(rig.settings, nullptr);
@@ -252,6 +313,8 @@ class ScreensTest : public QObject {
     rig.folder.Write("Practice/000002.eml", kArrived);
     PracticeForm practice(practised.parent_path(), nullptr);
     Take(practice, "practice");
+    PracticeForm no_practice(rig.folder.path() / "Nothing", nullptr);
+    Take(no_practice, "practice-empty");
     ShutDownForm shut_down([] { return false; }, nullptr);
     Take(shut_down, "shut-down");
     auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);

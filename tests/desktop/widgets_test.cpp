@@ -10,19 +10,27 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTest>
+#include <QThread>
+#include <atomic>
 #include <memory>
+#include <thread>
 
-#include "desktop/dark_palette.h"
+#include "desktop/seen_colours.h"
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/contrast.h"
+#include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/icons.h"
 #include "desktop/widgets/look.h"
 #include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/progress_panel.h"
+#include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_colours.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
@@ -36,18 +44,6 @@ QPalette Light() { return QApplication::style()->standardPalette(); }
 
 QString Say(const char* what, const QColor& one, const QColor& other) {
   return QString("%1: %2 on %3 is %4 to 1").arg(what, one.name(), other.name()).arg(Contrast(one, other));
-}
-
-// The colour in the picture that is told best from `ground`.
-QColor Strongest(const QImage& picture, const QColor& ground) {
-  QColor best = ground;
-  for (int y = 0; y < picture.height(); ++y) {
-    for (int x = 0; x < picture.width(); ++x) {
-      const QColor colour = picture.pixelColor(x, y);
-      if (Contrast(colour, ground) > Contrast(best, ground)) best = colour;
-    }
-  }
-  return best;
 }
 
 }  // namespace
@@ -133,7 +129,7 @@ class WidgetsTest : public QObject {
         const QImage picture = said->grab().toImage();
         const QColor ground = picture.pixelColor(8, picture.height() / 2);
         QVERIFY2((ground.lightness() < 128) == dark, said->metaObject()->className());
-        ReadsOn(said->metaObject()->className(), Strongest(picture, ground), ground);
+        ReadsOn(said->metaObject()->className(), test::Strongest(picture, ground), ground);
       }
     }
   }
@@ -161,12 +157,12 @@ class WidgetsTest : public QObject {
         QCOMPARE(ground_of(3), kChosenRow.ground);
         for (const int row : {0, 1, 3}) {
           const QRect place(0, list.rowViewportPosition(row), 200, list.rowHeight(row));
-          ReadsOn("row", Strongest(picture.copy(place), ground_of(row)), ground_of(row));
+          ReadsOn("row", test::Strongest(picture.copy(place), ground_of(row)), ground_of(row));
         }
         QCOMPARE(list.horizontalHeader()->isVisible(), has_head);
         if (has_head) {
           const QImage head = list.horizontalHeader()->grab().toImage();
-          ReadsOn("head", Strongest(head, head.pixelColor(250, 10)), head.pixelColor(250, 10));
+          ReadsOn("head", test::Strongest(head, head.pixelColor(250, 10)), head.pixelColor(250, 10));
         }
       }
     }
@@ -317,6 +313,91 @@ class WidgetsTest : public QObject {
       QTest::keyClick(controls[1], Qt::Key_Shift);
       QVERIFY(dialog.findChild<FocusRing*>()->isVisible());
     }
+  }
+
+  // On both parts of a bar that is half full, in either direction.
+  void theTextOfABarIsSeen() {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+      for (const bool dark : {false, true}) {
+        UseTheme(dark);
+        QApplication::setLayoutDirection(direction);
+        ProgressPanel panel("CancelButton", "Cancel", nullptr);
+        CountBar* bar = panel.AddBar("ProgressBar", "Lines read:");
+        QCOMPARE(bar->accessibleName(), QString("Lines read"));
+        bar->setFormat("MMMMMMMMMMMMMMMM");
+        bar->Count(std::uint64_t{1} << 60, std::uint64_t{1} << 61);
+        bar->setFixedWidth(300);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        const QImage picture = bar->grab().toImage();
+        const bool full_is_left = direction == Qt::LeftToRight;
+        for (const bool left : {true, false}) {
+          const QImage half = picture.copy(left ? 100 : 152, 4, 45, picture.height() - 8);
+          const QColor ground = dark || left == full_is_left
+                                    ? bar->palette().color(left == full_is_left ? QPalette::Highlight : QPalette::Base)
+                                    : QColor(Qt::white);
+          ReadsOn(left ? "left half" : "right half", test::Strongest(half, ground), ground);
+        }
+        QSignalSpy pressed(&panel, &ProgressPanel::Pressed);
+        panel.findChild<QPushButton*>("CancelButton")->click();
+        QCOMPARE(pressed.size(), 1);
+      }
+    }
+  }
+
+  // A sentence keeps its full stop behind it, and stands on the window's side.
+  void textsKeepTheirDirection() {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+      QApplication::setLayoutDirection(direction);
+      RowList list(
+          "Rows", "Rows", {{}}, [](std::size_t, int) { return QString("/HHHHH."); }, nullptr);
+      list.setFocusPolicy(Qt::NoFocus);
+      list.resize(400, 100);
+      list.Reset(1);
+      list.show();
+      const QImage row = list.viewport()->grab().toImage().copy(0, 0, list.viewport()->width(), list.rowHeight(0));
+      const QColor ground = row.pixelColor(row.width() / 2, 2);
+      const auto has_ink = [&](int x, int from, int height) {
+        return Contrast(test::Strongest(row.copy(x, from, 1, height), ground), ground) > 2;
+      };
+      int last = row.width() - 1;
+      while (last > 0 && !has_ink(last, 0, row.height())) --last;
+      QVERIFY(!has_ink(last, 0, row.height() / 2));
+      QCOMPARE(last > row.width() / 2, direction == Qt::RightToLeft);
+    }
+  }
+
+  // What it returns is called on the window's thread; a failure is a result like any other.
+  void workBesideAWindowComesBackOrEnds() {
+    auto window = std::make_unique<QObject>();
+    auto* task = new BackgroundTask(window.get());
+    QString told;
+    task->Start([&](const platform::CancelToken&) {
+      const Result<int> result = Error{Failure::kNotPermitted, "It is gone.", ""};
+      QThread* worker = QThread::currentThread();
+      return [&told, result, worker] {
+        told = QString(worker == QThread::currentThread() ? "there: " : "here: ") + InWords(result.error());
+      };
+    });
+    QVERIFY(task->is_running());
+    QTRY_COMPARE(told, QString("here: It is gone."));
+    QVERIFY(!task->is_running());
+
+    std::atomic<int> ended = 0;
+    const auto until_cancelled = [&](const platform::CancelToken& cancel) {
+      while (cancel.Requested() == platform::Stop::kNone) std::this_thread::yield();
+      ++ended;
+      return [&told] { told = "cancelled"; };
+    };
+    task->Start(until_cancelled);
+    task->Cancel();
+    QTRY_COMPARE(told, QString("cancelled"));
+    task->Start(until_cancelled);
+    told = "";
+    window.reset();  // closing cancels, waits, and hears no more
+    QCOMPARE(ended.load(), 2);
+    QCoreApplication::processEvents();
+    QCOMPARE(told, QString());
   }
 };
 

@@ -25,6 +25,7 @@
 #include "mime/header_text.h"
 #include "mime/media_type.h"
 #include "mime/quoted_printable.h"
+#include "mime/read_header.h"
 #include "net/address.h"
 #include "net/idna.h"
 #include "platform/base64.h"
@@ -339,6 +340,7 @@ TEST(Growth, OfReadingText) {
               Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},
              {"AppendNameParameter",
               Header([](std::string& out, const std::string& text) { mime::AppendNameParameter(out, text); })},
+             {"ReadHeader", [](const std::string& text) { return mime::ReadHeader("Subject: " + text, "Subject"); }},
              {"WrapText", [](const std::string& text) { return html::WrapText(text, 76); }},
              {"HtmlFromText", [](const std::string& text) { return document::HtmlFromText(text); }},
              {"ReadBodyFile",

@@ -72,6 +72,7 @@ void ReportView::resizeEvent(QResizeEvent*) { SetRange(); }
 
 void ReportView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
+  painter.setLayoutDirection(Qt::LeftToRight);
   const int first = verticalScrollBar()->value();
   const int x = kMargin - horizontalScrollBar()->value();
   const auto [low, high] = std::minmax(anchor_, caret_);

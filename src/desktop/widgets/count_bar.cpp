@@ -20,7 +20,8 @@ CountBar::CountBar(const char* name, QWidget* parent) : QProgressBar(parent) {
 }
 
 void CountBar::Count(std::uint64_t done, std::uint64_t total) {
-  setValue(total == 0 ? 0 : static_cast<int>(std::min<std::uint64_t>(kSteps, done * kSteps / total)));
+  const double part = total == 0 ? 0 : static_cast<double>(done) / static_cast<double>(total);
+  setValue(static_cast<int>(kSteps * std::min(part, 1.0)));
 }
 
 void CountBar::paintEvent(QPaintEvent*) {

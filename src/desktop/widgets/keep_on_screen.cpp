@@ -82,20 +82,22 @@ void KeepOnScreen(QWidget& window) {
   if (!Fits(window.size(), room)) window.resize(window.size().boundedTo(room));
 }
 
-// Hears of a window just before it is shown, when its size is decided. A
-// message box fits itself, and what has no frame follows the window that it
-// belongs to.
+// Hears of a window just before it is shown, when its size is decided, and before it grows because more is to be shown
+// in it. A message box fits itself, and what has no frame follows the window that it belongs to.
 class Watcher final : public QObject {
  public:
   using QObject::QObject;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() != QEvent::Show || event->spontaneous() || !watched->isWidgetType()) return false;
+    if (!watched->isWidgetType()) return false;
     auto* window = static_cast<QWidget*>(watched);
     const Qt::WindowType type = window->windowType();
     const bool is_framed = window->isWindow() && (type == Qt::Window || type == Qt::Dialog);
-    if (is_framed && qobject_cast<QMessageBox*>(window) == nullptr) KeepOnScreen(*window);
+    if (!is_framed || qobject_cast<QMessageBox*>(window) != nullptr) return false;
+    if (event->type() == QEvent::Show && !event->spontaneous()) KeepOnScreen(*window);
+    const bool fills_screen = (window->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen)) != 0;
+    if (event->type() == QEvent::LayoutRequest && window->isVisible() && !fills_screen) KeepOnScreen(*window);
     return false;
   }
 };

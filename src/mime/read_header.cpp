@@ -1,0 +1,86 @@
+#include "mime/read_header.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "charset/charset.h"
+#include "mime/quoted_printable.h"
+#include "platform/base64.h"
+#include "platform/text.h"
+
+namespace quillcast::mime {
+namespace {
+
+constexpr std::size_t kLongestWord = 255;  // octets; the RFC allows 75, and others write more
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// The next line without its end, taken off the front.
+std::string_view TakeLine(std::string_view& text) {
+  const std::size_t end = text.find('\n');
+  std::string_view line = text.substr(0, end);
+  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+struct Word {
+  std::string text;
+  std::size_t size;  // of the encoded one
+};
+
+// The Q encoding differs from quoted-printable in the underscore, and has no lines.
+std::optional<std::string> DecodeText(char encoding, std::string_view text) {
+  if (encoding == 'b') return platform::DecodeBase64(text);
+  if (encoding != 'q' || text.find_first_of(kBlanks) != std::string_view::npos) return {};
+  return DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
+}
+
+// The word that `text`, beginning with "=?", begins with.
+std::optional<Word> WordIn(std::string_view text) {
+  text = text.substr(0, kLongestWord);
+  const std::size_t charset_end = text.find('?', 2);
+  if (charset_end == std::string_view::npos || text.size() < charset_end + 5 || text[charset_end + 2] != '?') return {};
+  const std::size_t end = text.find("?=", charset_end + 3);
+  if (end == std::string_view::npos) return {};
+  const std::string_view name = text.substr(2, charset_end - 2);
+  const auto charset = charset::FindCharset(name.substr(0, name.find('*')));  // RFC 2231 5: the language
+  const auto bytes =
+      DecodeText(platform::AsciiLower(text[charset_end + 1]), text.substr(charset_end + 3, end - charset_end - 3));
+  if (!charset || !bytes) return {};
+  return Word{charset->Decode(*bytes), end + 2};
+}
+
+}  // namespace
+
+std::string DecodeEncodedWords(std::string_view text) {
+  std::string out;
+  bool after_word = false;
+  while (!text.empty()) {
+    const std::size_t start = std::min(text.find("=?"), text.size());
+    const auto word = start < text.size() ? WordIn(text.substr(start)) : std::nullopt;
+    const std::size_t plain = word || start == text.size() ? start : start + 2;
+    const bool only_blanks = text.substr(0, plain).find_first_not_of(kBlanks) == std::string_view::npos;
+    if (!after_word || !word || !only_blanks) out += text.substr(0, plain);
+    if (word) out += word->text;
+    after_word = word.has_value();
+    text.remove_prefix(word ? start + word->size : plain);
+  }
+  return out;
+}
+
+std::string ReadHeader(std::string_view message, std::string_view name) {
+  while (!message.empty()) {
+    const std::string_view line = TakeLine(message);
+    if (line.empty()) break;
+    if (line.size() <= name.size() || line[name.size()] != ':' ||
+        !platform::EqualsIgnoringAsciiCase(line.substr(0, name.size()), name)) {
+      continue;
+    }
+    std::string value(line.substr(name.size() + 1));
+    while (message.starts_with(' ') || message.starts_with('\t')) value += TakeLine(message);
+    return DecodeEncodedWords(platform::Trim(value));
+  }
+  return {};
+}
+
+}  // namespace quillcast::mime

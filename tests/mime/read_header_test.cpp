@@ -1,0 +1,46 @@
+#include "mime/read_header.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/text.h"
+
+namespace quillcast::mime {
+namespace {
+
+TEST(ReadHeader, DecodesWords) {
+  struct Case {
+    const char* text;
+    const char* decoded;
+  };
+  for (const Case& c : {
+           Case{"plain = text?", "plain = text?"},
+           {"=?utf-8?Q?Gr=C3=BC=C3=9Fe_f=C3=BCr_Bob?=", "Grüße für Bob"},
+           {"=?UTF-8*de?b?w7xi?= und =?iso-8859-1?q?=E4?=", "üb und ä"},
+           {"=?utf-8?q?a?=  \r\n =?utf-8?q?b?=", "ab"},
+           {"=?utf-8?q?a?= c =?utf-8?q?b?=", "a c b"},
+           {"x=?utf-8?q?a?=y", "xay"},
+           {"=?unknown-9?q?a?= =?utf-8?q?b?=", "=?unknown-9?q?a?= b"},
+           {"=?utf-8?x?a?=", "=?utf-8?x?a?="},
+           {"=?utf-8?q?not a word?=", "=?utf-8?q?not a word?="},
+           {"=?utf-8?b?***?=", "=?utf-8?b?***?="},
+           {"=?utf-8?q?cut", "=?utf-8?q?cut"},
+           {"=?=?=?utf-8?q?a?=", "=?=?a"},
+           {"=?", "=?"},
+       }) {
+    EXPECT_EQ(DecodeEncodedWords(c.text), c.decoded) << c.text;
+  }
+}
+
+TEST(ReadHeader, FindsTheFirstOfAName) {
+  const std::string message =
+      "X-Subject: no\r\nsubject:\r\n =?utf-8?q?one?=\r\n\t=?utf-8?q?_two?= three\r\nSubject: second\r\nTo: a@b.org\n\n"
+      "From: body\r\n";
+  EXPECT_EQ(ReadHeader(message, "Subject"), "one two three");
+  EXPECT_EQ(ReadHeader(message, "To"), "a@b.org");
+  EXPECT_EQ(ReadHeader(message, "From"), "");
+  EXPECT_EQ(ReadHeader("To", "To"), "");
+  EXPECT_EQ(ReadHeader("To:", "To"), "");
+}
+
+}  // namespace
+}  // namespace quillcast::mime
