@@ -73,11 +73,10 @@ def includes():
     """(folder, included folder) -> the includes that make this arrow."""
     arrows = {}
     for file in sources():
-        for name in re.findall(r'^\s*#\s*include "([^"]+)"', file.read_text(), re.MULTILINE):
-            if (file.parent / name).exists() and "/" not in name:
-                continue  # Qt's generated files, and includes beside the file
+        for name in re.findall(r'^\s*#\s*include ["<]((?:[\w.]+/)*[\w.]+\.(?:h|inc))[">]', file.read_text(), re.MULTILINE):
             arrow = (folder_of(file), Path(name).parent.as_posix())
-            if arrow[0] != arrow[1]:
+            ours = arrow[1].split("/")[0] in {folder.split("/")[0] for folder in ORDER} or ".." in name
+            if ours and arrow[0] != arrow[1]:
                 arrows.setdefault(arrow, []).append(f'{file.relative_to(TOP)}: #include "{name}"')
     return arrows
 
@@ -143,17 +142,31 @@ class House(unittest.TestCase):
         outside = [p for p in [*sources(), *(TOP / "src").rglob("CMakeLists.txt")]
                    if not folder_of(p).startswith("desktop")]
         with_qt = [p.relative_to(TOP).as_posix() for p in outside
-                   if re.search(r"#\s*include <Q[A-Z]|\bQt6::|\bQ_OBJECT\b", p.read_text())]
+                   if re.search(r"#\s*include [<\"]Qt?[A-Z]|\bQt6::|\bQ_OBJECT\b", p.read_text())]
         self.none(with_qt, "Qt")
 
     def test_each_folder_is_its_namespace(self):
         wrong = []
         for file in sources():
             expected = folder_of(file).split("/")[0]
-            for name in re.findall(r"^namespace quillcast::(\w+)", file.read_text(), re.MULTILINE):
+            for name in re.findall(r"\bnamespace quillcast(?:::| *\{\s*namespace )(\w+)", file.read_text()):
                 if name != expected:
                     wrong.append(f"{file.relative_to(TOP)}: {name}")
         self.assertEqual(wrong, [])
+
+    def test_what_the_pages_name_is_there(self):
+        """Every path, and every bare file name, that stands in backticks."""
+        files = [p.relative_to(TOP).as_posix() for p in TOP.rglob("*.*") if "build" not in p.parts and ".git" not in p.parts]
+        known = {part for f in files for part in (f, f.removeprefix("src/"), f.rsplit("/", 1)[-1])}
+        known |= {name.rsplit(".", 1)[0] for name in known if "/" in name}
+        known |= {folder for f in files for folder in map(str, Path(f).parents)}
+        known |= {folder.removeprefix("src/") for folder in known}
+        gone = []
+        for page in ("ARCHITECTURE.md", "CONTRIBUTING.md"):
+            for name in re.findall(r"`((?:[\w.]+/)*[\w.]+(?:\.(?:cpp|h|py|json|tsv)|(?<=/)[\w.]+))`", (TOP / page).read_text()):
+                if name not in known and not name.isupper():
+                    gone.append(f"{page}: {name}")
+        self.none(gone, "no such file")
 
     def test_the_picture_is_shown(self):
         self.assertIn(f"```\n{picture()}\n```", (TOP / "ARCHITECTURE.md").read_text(),
