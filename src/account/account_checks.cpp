@@ -14,6 +14,10 @@ using enum AccountKey;
 // A list of separators and blanks alone names none.
 bool NamesAServer(std::string_view list) { return list.find_first_not_of("; \t\r\n") != std::string_view::npos; }
 
+Sentence NoAddress(std::string_view email) {
+  return Say("\"{}\" is no e-mail address; one is ada@example.org.", platform::Printable(email, 80));
+}
+
 struct AccountCheck {
   bool (*passes)(const AccountSettings&);
   const char* message;
@@ -50,10 +54,15 @@ constexpr auto kChecks = std::to_array<AccountCheck>({
 
 std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account) {
   for (const auto& check : kChecks) {
-    if (!check.passes(account)) return Complaint<AccountControl>{check.message, check.control};
+    if (check.passes(account)) continue;
+    Complaint<AccountControl> complaint{check.message, check.control};
+    if (complaint.message.empty()) complaint.reason = NoAddress(account[kEmail]);
+    return complaint;
   }
   const auto servers = ServersOf(account);  // one of several may have a port of its own
-  if (!servers) return Complaint<AccountControl>{"", ControlOf(kServer), InOneLine(servers.error())};
+  if (!servers)
+    return Complaint<AccountControl>{"", ControlOf(kServer),
+                                     Say("{} {}", servers.error().what, servers.error().remedy)};
   return {};
 }
 

@@ -10,7 +10,7 @@
 namespace quillcast::account {
 
 // The checks in their order; the first that fails. The refusals of the sender's address and of a server list that
-// cannot be read have no message; that of the list has its reason.
+// cannot be read have no message, but a reason.
 std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account);
 
 }  // namespace quillcast::account

@@ -76,6 +76,12 @@ static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 
 }  // namespace
 
+AccountKeyKind KindOf(const AccountKeyRow& row) {
+  if (row.bounds) return AccountKeyKind::kNumber;
+  if (row.choices.empty()) return AccountKeyKind::kText;
+  return row.choices.data() == kSwitch.data() ? AccountKeyKind::kSwitch : AccountKeyKind::kChoice;
+}
+
 std::span<const AccountKeyRow> AccountKeyRows() { return kRows; }
 const AccountKeyRow& RowOf(AccountKey key) { return kRows[static_cast<std::size_t>(key)]; }
 

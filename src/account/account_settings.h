@@ -63,6 +63,10 @@ struct AccountKeyRow {
   std::optional<Bounds> bounds = {};          // of a number
 };
 
+// What kind of value a key holds, and so which control edits it.
+enum class AccountKeyKind { kText, kNumber, kSwitch, kChoice };
+AccountKeyKind KindOf(const AccountKeyRow& row);
+
 std::span<const AccountKeyRow> AccountKeyRows();
 const AccountKeyRow& RowOf(AccountKey key);
 // The row with this name, without regard to ASCII case.

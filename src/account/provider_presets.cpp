@@ -48,4 +48,19 @@ std::optional<ProviderPreset> PresetFor(std::string_view address) {
   return *preset;
 }
 
+std::optional<ProviderPreset> PresetToOffer(const AccountSettings& shown) {
+  auto preset = PresetFor(shown[AccountKey::kEmail]);
+  if (preset && shown[AccountKey::kServer] == preset->server) return {};
+  return preset;
+}
+
+AccountSettings FilledIn(AccountSettings shown, const ProviderPreset& preset) {
+  shown.Set(AccountKey::kServer, std::string(preset.server));
+  shown.Set(AccountKey::kPort, std::string(preset.port));
+  shown.Set(AccountKey::kSecurity, std::string(preset.security));
+  shown.Set(AccountKey::kAuth, "1");
+  if (shown[AccountKey::kUsername].empty()) shown.Set(AccountKey::kUsername, shown[AccountKey::kEmail]);
+  return shown;
+}
+
 }  // namespace quillcast::account

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "account/account_settings.h"
+
 namespace quillcast::account {
 
 struct ProviderPreset {
@@ -17,5 +19,11 @@ struct ProviderPreset {
 
 // The preset for the part behind the "@"; nothing where none is known.
 std::optional<ProviderPreset> PresetFor(std::string_view address);
+
+// The one to offer for the address on screen: none where its server stands there already.
+std::optional<ProviderPreset> PresetToOffer(const AccountSettings& shown);
+
+// The values with the preset's server and with signing in, as the address where no user was named.
+AccountSettings FilledIn(AccountSettings shown, const ProviderPreset& preset);
 
 }  // namespace quillcast::account

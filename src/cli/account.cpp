@@ -9,6 +9,7 @@
 #include "cli/account_values.h"
 #include "cli/commands.h"
 #include "platform/text.h"
+#include "smtp/outcome_text.h"
 
 namespace quillcast::cli {
 namespace {
@@ -39,12 +40,8 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const std::string forgotten = account::ForgetUnusedSignIn(values->account);
   const AccountSettings& account = values->account;
   if (const auto complaint = account::CheckAccount(account)) {
-    if (!complaint->reason.empty()) return context.output.Complain(complaint->reason + " Nothing was saved.");
-    return context.output.Complain(
-        complaint->message.empty()
-            ? fmt::format("\"{}\" is no e-mail address; nothing was saved. Set one: Email=you@example.org",
-                          platform::Printable(account[AccountKey::kEmail], 80))
-            : complaint->message + " Nothing was saved.");
+    const std::string why = complaint->message.empty() ? complaint->reason.InEnglish() : complaint->message;
+    return context.output.Complain(why + " Nothing was saved.");
   }
   const auto connection = ConnectionOf(account);
   if (!connection) return context.output.Fail(connection.error());
@@ -107,10 +104,7 @@ int TellFailedTest(Context& context, const account::AccountTest& test) {
   context.prompts.Warn(test.text);
   const auto& outcome = test.outcome;
   if (!outcome.reason.empty()) context.output.Note(outcome.reason);
-  if (outcome.reply.code != 0) {
-    context.output.Note(
-        fmt::format("The server said: {} {}", outcome.reply.code, platform::Printable(outcome.reply.text)));
-  }
+  if (outcome.reply.code != 0) context.output.Note("The server said: " + smtp::ReplyText(outcome.reply));
   if (outcome.code == smtp::ResultCode::kCancelled) return ExitCode(Failure::kTryAgain);
   if (outcome.code != smtp::ResultCode::kNoServer) return ExitCode(Failure::kUnavailable);
   context.output.Note("Fill in the account first: quillcast account set --help");

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/sentence.h"
+
 namespace quillcast {
 
 // `Control` is the feature's own enum; its form knows which control stands for which.
@@ -11,7 +13,7 @@ template <typename Control>
 struct Complaint {
   std::string message;                  // empty for a refusal that is silent in the dialog
   std::optional<Control> control = {};  // what gets the focus
-  std::string reason = {};  // in our own words, for a status line or a terminal, where a silent refusal needs some
+  Sentence reason = {};  // in our own words, for a status line or a terminal, where a silent refusal needs some
 
   bool operator==(const Complaint&) const = default;
 };

@@ -74,6 +74,7 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
     const auto complaint = CheckAccount(account);
     ASSERT_TRUE(complaint) << c.message;
     EXPECT_EQ(complaint->message, c.message);
+    EXPECT_NE(complaint->message.empty(), complaint->reason.empty()) << "a silent refusal has its reason";
     EXPECT_EQ(complaint->control, c.control);
   }
   for (const auto& [key, value] : std::initializer_list<std::pair<AccountKey, const char*>>{

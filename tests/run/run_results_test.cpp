@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "account/provider_presets.h"
 #include "run/report_lines.h"
 #include "run/run_rate.h"
 #include "support/temporary_folder.h"
@@ -81,14 +80,6 @@ TEST(RunRate, IsSaidInWords) {
            {100, 100, 1000, "100 messages a second"},
        }) {
     EXPECT_EQ(DescribeRate(c.done, c.total, milliseconds(c.elapsed)), c.text);
-  }
-}
-
-TEST(ProviderPresets, AreFoundByTheDomain) {
-  EXPECT_EQ(account::PresetFor("ada@gmail.com")->server, "smtp.gmail.com");
-  EXPECT_EQ(account::PresetFor(" Ada@GMX.de ")->server, "mail.gmx.net");
-  for (const char* none : {"ada@example.org", "ada@mail.gmail.com", "gmail.com", "", "ada@"}) {
-    EXPECT_FALSE(account::PresetFor(none)) << none;
   }
 }
 

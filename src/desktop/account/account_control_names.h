@@ -40,6 +40,8 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "ThirdCommandButton",
     "WrapUpDown"};
 
+static_assert(kAccountControls.back() != nullptr, "each control has its name");
+
 constexpr const char* NameOf(account::AccountControl control) {
   return kAccountControls.at(static_cast<std::size_t>(control));
 }

@@ -35,8 +35,6 @@ constexpr std::array<const char*, 3> kMethodButtons = {"PersonalRadioButton", "B
 constexpr int kNarrow = 90;       // pixels; for a few digits
 constexpr int kBelowButton = 28;  // pixels that a label stands in below its radio button
 
-bool IsSwitch(const account::AccountKeyRow& row) { return row.choices.size() == 2 && row.choices[0] == "0"; }
-
 }  // namespace
 
 template <typename Control>
@@ -68,17 +66,22 @@ EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* par
 }
 
 QWidget* EmailManagerForm::MakeControl(const account::AccountKeyRow& row, const QString& label) {
-  if (IsSwitch(row)) {
-    auto* box = new QCheckBox(label, this);
-    connect(box, &QCheckBox::toggled, this, &EmailManagerForm::ControlChanged);
-    return box;
-  }
-  if (!row.choices.empty()) {
-    auto* box = new QComboBox(this);
-    for (const auto& choice : row.choices) box->addItem(ToQt(choice));
-    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    connect(box, &QComboBox::currentTextChanged, this, &EmailManagerForm::ControlChanged);
-    return box;
+  switch (account::KindOf(row)) {
+    case account::AccountKeyKind::kSwitch: {
+      auto* box = new QCheckBox(label, this);
+      connect(box, &QCheckBox::toggled, this, &EmailManagerForm::ControlChanged);
+      return box;
+    }
+    case account::AccountKeyKind::kChoice: {
+      auto* box = new QComboBox(this);
+      for (const auto& choice : row.choices) box->addItem(ToQt(choice));
+      box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+      connect(box, &QComboBox::currentTextChanged, this, &EmailManagerForm::ControlChanged);
+      return box;
+    }
+    case account::AccountKeyKind::kNumber:
+    case account::AccountKeyKind::kText:
+      break;
   }
   auto* box = new QLineEdit(this);
   if (row.bounds) {
@@ -114,7 +117,7 @@ std::vector<QWidget*> EmailManagerForm::MakeBeside(account::AccountKey key, QWid
 void EmailManagerForm::AddRow(FormGrid* rows, account::AccountKey key, const QString& label) {
   const account::AccountKeyRow& row = account::RowOf(key);
   QWidget* control = MakeControl(row, label);
-  if (IsSwitch(row)) {
+  if (account::KindOf(row) == account::AccountKeyKind::kSwitch) {
     rows->AddPlain(NameOf(key), control);
   } else {
     rows->Add(NameOf(key), label, control, MakeBeside(key, control));
@@ -165,15 +168,9 @@ QWidget* EmailManagerForm::MakePresetBar() {
 }
 
 void EmailManagerForm::FillInPreset() {
-  const auto preset = account::PresetFor(FromQt(Find<QLineEdit>("EmailTextBox")->text()));
+  const auto preset = account::PresetToOffer(Shown());
   if (!preset) return;
-  account::AccountSettings values = Shown();
-  values.Set(kServer, std::string(preset->server));
-  values.Set(kPort, std::string(preset->port));
-  values.Set(kSecurity, std::string(preset->security));
-  values.Set(kAuth, "1");
-  if (values[kUsername].empty()) values.Set(kUsername, values[kEmail]);
-  Show(values);
+  Show(account::FilledIn(Shown(), *preset));
   Find<QLineEdit>("PasswordTextBox")->setFocus();
   status_->Say(ToQt(preset->note));
 }
@@ -304,13 +301,11 @@ void EmailManagerForm::ControlChanged() {
 }
 
 void EmailManagerForm::OfferPreset() {
-  const auto preset = account::PresetFor(FromQt(Find<QLineEdit>("EmailTextBox")->text()));
-  const bool is_new = preset && Find<QLineEdit>("ServerTextBox")->text() != ToQt(preset->server);
-  preset_bar_->setVisible(is_new);
-  if (is_new) {
-    preset_bar_->SetText(
-        tr("%1 sends through %2, port %3.").arg(ToQt(preset->name), ToQt(preset->server), ToQt(preset->port)));
-  }
+  const auto preset = account::PresetToOffer(Shown());
+  preset_bar_->setVisible(preset.has_value());
+  if (!preset) return;
+  preset_bar_->SetText(
+      tr("%1 sends through %2, port %3.").arg(ToQt(preset->name), ToQt(preset->server), ToQt(preset->port)));
 }
 
 bool EmailManagerForm::Check(const account::AccountSettings& shown) {
@@ -322,10 +317,7 @@ bool EmailManagerForm::Check(const account::AccountSettings& shown) {
     if (pages_->widget(page)->isAncestorOf(control)) pages_->setCurrentIndex(page);
   }
   control->setFocus();
-  status_->Say(!complaint->reason.empty()   ? ToQt(complaint->reason)
-               : complaint->message.empty() ? tr("The e-mail address is not complete; one is ada@example.org.")
-                                            : QString(),
-               NoteKind::kFailure);
+  status_->Say(InWords(complaint->reason), NoteKind::kFailure);
   return false;
 }
 
