@@ -71,8 +71,7 @@ std::vector<std::vector<std::string>> Commands(const fs::path& demo, const std::
 
 int RunDemo(Context& context, const DemoOptions& options) {
   const fs::path demo = context.Folders().program / "demo";
-  std::error_code unreadable;
-  if (!fs::exists(demo / "people.csv", unreadable)) {
+  if (!fs::exists(demo / "people.csv", IgnoreErrors())) {
     return context.output.Fail({Failure::kNoInput, Say("The demonstration's files are not in {}.", demo.string()),
                                 "Build or install the program whole."});
   }

@@ -27,12 +27,11 @@ Result<void> ChooseFormat(document::MessageDocument& document, const std::string
 
 Result<void> AllowFolders(const std::vector<std::string>& folders, document::PicturePlaces& places) {
   for (const auto& folder : folders) {
-    std::error_code failed;
-    if (!std::filesystem::is_directory(folder, failed)) {
+    if (!std::filesystem::is_directory(folder, IgnoreErrors())) {
       return Error{Failure::kUsage, Say("--pictures-from names no folder: {}", platform::Printable(folder, 300)),
                    "Give it a folder that exists."};
     }
-    places.AllowFolder(std::filesystem::absolute(folder, failed));
+    places.AllowFolder(std::filesystem::absolute(folder, IgnoreErrors()));
   }
   return {};
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/command_line.h"
+#include "platform/result.h"
 
 namespace {
 
@@ -18,7 +19,7 @@ quillcast::platform::CancelToken* interrupted = nullptr;  // for the signal hand
 void OnInterrupt(int) {
   const bool first = interrupted->Requested() == quillcast::platform::Stop::kNone;
   const char* text = first ? "\nStopping after what is under way; Ctrl-C again gives that up too.\n" : "\nGiving up.\n";
-  [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text, std::strlen(text));
+  quillcast::IgnoreErrors(::write(STDERR_FILENO, text, std::strlen(text)));
   interrupted->Request();
 }
 

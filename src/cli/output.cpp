@@ -26,7 +26,7 @@ std::string ForTerminal(std::string_view text) {
 }
 
 void Print(std::FILE* stream, std::string_view text) {
-  [[maybe_unused]] const auto written = std::fwrite(text.data(), 1, text.size(), stream);
+  IgnoreErrors(std::fwrite(text.data(), 1, text.size(), stream));  // std::ferror is asked at the end
 }
 
 void Output::Line(std::string_view text) const {

@@ -11,8 +11,7 @@ namespace quillcast::cli {
 Error StartDesktop(const std::filesystem::path& executable, const std::optional<std::filesystem::path>& profile,
                    const platform::Environment& environment) {
   std::string program = (executable.parent_path() / "quillcast-desktop").string();
-  std::error_code failed;
-  if (!std::filesystem::exists(program, failed)) {
+  if (!std::filesystem::exists(program, IgnoreErrors())) {
     return {Failure::kNoInput, "The window is not installed here: this is the command alone.",
             "Build or install quillcast-desktop beside it to have the window"};
   }

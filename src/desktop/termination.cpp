@@ -9,6 +9,8 @@
 #include <csignal>
 #include <cstdint>
 
+#include "platform/result.h"
+
 namespace quillcast::desktop {
 namespace {
 
@@ -18,7 +20,7 @@ std::atomic<int> wake_up = -1;  // all that a signal handler knows
 
 void Note(int) {
   const std::uint64_t one = 1;
-  [[maybe_unused]] const auto written = ::write(wake_up, &one, sizeof one);
+  IgnoreErrors(::write(wake_up, &one, sizeof one));  // an earlier one is still to be read
 }
 
 void Handle(void (*handler)(int)) {

@@ -40,8 +40,7 @@ bool AreAlike(const fs::path& one, const fs::path& other) {
 // A name for a copy of the file in the folder: that of a copy which is there already, or one that nothing has.
 std::string NameIn(const fs::path& folder, const fs::path& file) {
   std::string name = file.filename().string();
-  std::error_code failed;
-  for (int number = 2; fs::exists(folder / name, failed) && !AreAlike(file, folder / name); ++number) {
+  for (int number = 2; fs::exists(folder / name, IgnoreErrors()) && !AreAlike(file, folder / name); ++number) {
     name = fmt::format("{} ({}){}", file.stem().string(), number, file.extension().string());
   }
   return name;
@@ -70,8 +69,7 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
     const fs::path file = (base / reference.path).lexically_normal();
     const bool loses_its_folder = moves && fs::path(reference.path).is_relative();
     if (!IsBelow(file, root) && !loses_its_folder) continue;
-    std::error_code failed;
-    const bool is_there = fs::is_regular_file(file, failed);
+    const bool is_there = fs::is_regular_file(file, IgnoreErrors());
     if (!is_there && !taken.contains(file)) continue;
     if (is_there && !places.Hold(file)) {
       if (!loses_its_folder) continue;

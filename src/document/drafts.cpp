@@ -109,7 +109,7 @@ std::string WriteFields(const Draft& draft) {
 // The text counts more than what cannot be read here.
 void ReadFields(const fs::path& file, Draft& draft) {
   const auto fields = platform::ReadFile(file, kLongestFields);
-  if (!fields) return;
+  if (!fields) return IgnoreErrors(fields);
   for (const auto line : platform::Split(*fields, '\n')) {
     const auto colon = line.find(": ");
     const auto* const field = std::find_if(kFields.begin(), kFields.end(),
@@ -139,9 +139,8 @@ Result<void> Rename(const fs::path& from, const fs::path& to) {
 }
 
 void Remove(const fs::path& body) {
-  std::error_code ignored;
-  fs::remove(body, ignored);
-  fs::remove(FieldsOf(body), ignored);
+  fs::remove(body, IgnoreErrors());
+  fs::remove(FieldsOf(body), IgnoreErrors());
 }
 
 }  // namespace

@@ -19,8 +19,8 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
   auto read = ReadBodyFile(file);
   if (!read) return read.error();
   std::string& body = read->text;
-  std::error_code failed;
-  document.base_folder = std::filesystem::absolute(file, failed).parent_path();
+  // Where the current folder is gone, the document lies nowhere.
+  document.base_folder = std::filesystem::absolute(file, IgnoreErrors()).parent_path();
   if (platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt")) {
     document.format = Format::kText;
     document.html = HtmlFromText(body);

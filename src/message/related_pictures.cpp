@@ -90,8 +90,7 @@ Looked Taking::LookInto(const fs::path& file) const {
 
 // By its real name, once, so that the person sees what a link would give away.
 void Taking::AddForeign(const fs::path& file) {
-  std::error_code gone;
-  const fs::path real = fs::canonical(file, gone);
+  const fs::path real = fs::canonical(file, IgnoreErrors());
   if (foreign_.insert(real).second) result.foreign.push_back({real, places_.IsLeftOut(real)});
 }
 

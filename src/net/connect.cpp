@@ -93,7 +93,7 @@ Result<UniqueFd> Race::Run(const Patience& patience) {
 
 void SetOption(int socket, int level, int option) {
   const int on = 1;
-  ::setsockopt(socket, level, option, &on, sizeof on);  // a connection works without, so a failure is no matter
+  IgnoreErrors(::setsockopt(socket, level, option, &on, sizeof on));  // a connection works without
 }
 
 }  // namespace

@@ -70,8 +70,8 @@ void Stream::SetWaiting(bool waiting) {
   if (waiting == waiting_) return;
   waiting_ = waiting;
   const timeval longest{.tv_sec = 0, .tv_usec = std::chrono::microseconds(kWhile).count()};
-  if (waiting) ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest);
-  ::fcntl(socket_.get(), F_SETFL, waiting ? 0 : O_NONBLOCK);
+  if (waiting) IgnoreErrors(::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest));
+  IgnoreErrors(::fcntl(socket_.get(), F_SETFL, waiting ? 0 : O_NONBLOCK));
 }
 
 Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {

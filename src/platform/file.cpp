@@ -69,7 +69,7 @@ Result<bool> WriteAndPlace(const fs::path& path, int (*place)(const char* from, 
     in_the_way = errno == EEXIST;
     done = SystemError("create", path, errno);
   }
-  if (!done) ::unlink(temporary.c_str());
+  if (!done) IgnoreErrors(::unlink(temporary.c_str()));
   return done || in_the_way ? Result<bool>(static_cast<bool>(done)) : Result<bool>(done.error());
 }
 
@@ -78,7 +78,7 @@ int PlaceIfAbsent(const char* from, const char* to) {
   if (errno != EINVAL && errno != ENOSYS) return -1;
   // A file system that cannot rename so; a second name is never made over another either.
   if (::link(from, to) != 0) return -1;
-  ::unlink(from);
+  IgnoreErrors(::unlink(from));
   return 0;
 }
 
@@ -166,8 +166,7 @@ Result<std::string> ReadFile(const fs::path& path, std::uint64_t limit) {
 }
 
 Result<std::string> ReadFileOrPipe(const fs::path& path, std::uint64_t limit) {
-  std::error_code ignored;
-  if (!fs::is_fifo(path, ignored)) return ReadFile(path, limit);
+  if (!fs::is_fifo(path, IgnoreErrors())) return ReadFile(path, limit);
   UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!fd) return SystemError("read", path, errno);
   std::string content(limit + 1, '\0');
@@ -197,8 +196,7 @@ Result<void> CopyFile(const fs::path& from, const fs::path& to) {
 }
 
 Result<bool> CopyFileIfAbsent(const fs::path& from, const fs::path& to) {
-  std::error_code ignored;
-  if (fs::symlink_status(to, ignored).type() != fs::file_type::not_found) return false;
+  if (fs::symlink_status(to, IgnoreErrors()).type() != fs::file_type::not_found) return false;
   const auto source = OpenForReading(from);
   if (!source) return source.error();
   return WriteAndPlace(to, PlaceIfAbsent, [&](int fd) { return CopyContent(source->get(), from, fd, to); });
@@ -224,7 +222,7 @@ Result<UniqueFd> OpenScratchFile(const fs::path& folder) {
   std::string name = (folder / "scratch.XXXXXX").string();  // for file systems that have no O_TMPFILE
   UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));
   if (!named) return SystemError("create", name, errno);
-  ::unlink(name.c_str());
+  IgnoreErrors(::unlink(name.c_str()));  // then it has a name for as long as the process lives
   return named;
 }
 
@@ -241,7 +239,7 @@ Result<FileWriter> FileWriter::CreateAnew(const fs::path& path) {
   return CreateNew(path);
 }
 
-void FileWriter::SayItIsBeingWritten() const { ::flock(fd_.get(), LOCK_EX | LOCK_NB); }
+void FileWriter::SayItIsBeingWritten() const { IgnoreErrors(::flock(fd_.get(), LOCK_EX | LOCK_NB)); }
 
 bool IsBeingWritten(const std::filesystem::path& file) {
   const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -276,7 +274,7 @@ void FileWriter::CutTornLine() {
   const auto written = static_cast<std::uint64_t>(size) - flushed_;
   const auto end = written == 0 ? std::string::npos : pending_.rfind('\n', written - 1);
   if (end != std::string::npos) whole_lines_ = flushed_ + end + 1;
-  [[maybe_unused]] const int cut = ::ftruncate(fd_.get(), static_cast<off_t>(whole_lines_));  // the failure is told
+  IgnoreErrors(::ftruncate(fd_.get(), static_cast<off_t>(whole_lines_)));  // the failure of the write is told
 }
 
 }  // namespace quillcast::platform

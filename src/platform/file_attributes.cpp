@@ -44,7 +44,7 @@ Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<
     auto written = write(fd);
     if (fs::is_regular_file(before)) {
       // A file system that refuses has no permissions to keep.
-      [[maybe_unused]] const int kept = ::fchmod(fd, static_cast<mode_t>(before.permissions()));
+      IgnoreErrors(::fchmod(fd, static_cast<mode_t>(before.permissions())));
     }
     return written;
   });

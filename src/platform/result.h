@@ -1,9 +1,12 @@
 // The one way in which a function of this system fails: it returns a Result that holds an Error in place of a value.
 #pragma once
 
+#include <concepts>
 #include <functional>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -50,6 +53,7 @@ class [[nodiscard]] Result {
   Result(T value) : state_(std::move(value)) {}      // NOLINT(google-explicit-constructor)
   Result(Error error) : state_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
 
+  // True where there is a value. Ask first: `*` and `->` are for then, error() is for the other case.
   explicit operator bool() const { return state_.index() == 0; }
   T& operator*() & { return std::get<0>(state_); }
   const T& operator*() const& { return std::get<0>(state_); }
@@ -57,6 +61,7 @@ class [[nodiscard]] Result {
   T* operator->() { return &std::get<0>(state_); }
   const T* operator->() const { return &std::get<0>(state_); }
   const Error& error() const { return std::get<1>(state_); }
+  // For tests, which expect the value. What is passed over in src says IgnoreErrors, which tells the log.
   T ValueOr(T fallback) && { return *this ? std::get<0>(std::move(state_)) : std::move(fallback); }
 
  private:
@@ -69,6 +74,7 @@ class [[nodiscard]] Result<void> {
   Result() = default;
   Result(Error error) : error_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
 
+  // True where it succeeded. Ask first: error() is for when it did not.
   explicit operator bool() const { return !error_; }
   const Error& error() const { return *error_; }
 
@@ -85,5 +91,29 @@ template <typename T>
 void IgnoreErrors(const Result<T>& result) {
   if (!result) NotePassedOver(result.error());
 }
+
+// The same where something stands in for the value that is missing.
+template <typename T>
+T IgnoreErrors(Result<T>&& result, std::type_identity_t<T> fallback) {
+  if (result) return *std::move(result);
+  NotePassedOver(result.error());
+  return fallback;
+}
+
+// The same for a call of the system that tells by its number how it went. Nothing is told to anybody, so that it may
+// stand in a signal handler.
+template <std::integral Number>
+void IgnoreErrors(Number) {}
+
+// The same for std::filesystem, in place of the std::error_code: fs::remove(file, IgnoreErrors()). What the call gives
+// after a failure (false, an empty path) is answer enough there, and nothing is told to anybody.
+class IgnoredErrorCode {
+ public:
+  operator std::error_code&() && { return code_; }  // NOLINT(google-explicit-constructor)
+
+ private:
+  std::error_code code_;
+};
+inline IgnoredErrorCode IgnoreErrors() { return {}; }
 
 }  // namespace quillcast

@@ -52,8 +52,7 @@ void PutAway(const std::filesystem::path& folder, const UniqueFd& full) {
   if (full && (::fstat(full.get(), &held) != 0 || ::lstat(log.c_str(), &named) != 0 || held.st_ino != named.st_ino)) {
     return;
   }
-  std::error_code none_there;
-  std::filesystem::rename(log, folder / "Session.before.log", none_there);
+  std::filesystem::rename(log, folder / "Session.before.log", IgnoreErrors());
 }
 
 }  // namespace
@@ -86,7 +85,8 @@ void SessionLog::Write(std::string_view text) {
     log = OpenLog(folder_ / "Session.log");
   }
   if (!log) return;
-  [[maybe_unused]] const auto written = WriteAll(log.get(), folder_, line);  // nobody is left to tell of a failure
+  // Whether it went, not the Result: that would be told to this log.
+  IgnoreErrors(static_cast<bool>(WriteAll(log.get(), folder_, line)));
 }
 
 }  // namespace quillcast::platform

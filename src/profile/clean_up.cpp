@@ -10,26 +10,25 @@ namespace fs = std::filesystem;
 
 void Remove(const fs::path& file) {
   IgnoreErrors(platform::Unlock(file));
-  std::error_code ignored;
-  fs::remove(file, ignored);
+  fs::remove(file, IgnoreErrors());
 }
 
 void RemoveTree(const fs::path& folder) {
-  std::error_code ignored;
-  for (auto entry = fs::recursive_directory_iterator(folder, ignored);
-       !ignored && entry != fs::recursive_directory_iterator(); entry.increment(ignored)) {
-    if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
-      fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+  std::error_code failed;  // ends the walk; remove_all takes what it can all the same
+  for (auto entry = fs::recursive_directory_iterator(folder, failed);
+       !failed && entry != fs::recursive_directory_iterator(); entry.increment(failed)) {
+    if (entry->is_directory(failed) && !entry->is_symlink(failed)) {
+      fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, failed);
     }
   }
-  fs::remove_all(folder, ignored);
+  fs::remove_all(folder, IgnoreErrors());
 }
 
 void RemoveTemporaries(const fs::path& folder) {
-  std::error_code ignored;
-  for (auto entry = fs::directory_iterator(folder, ignored); !ignored && entry != fs::directory_iterator();
-       entry.increment(ignored)) {
-    if (entry->path().extension() == ".tmp" && entry->is_regular_file(ignored)) Remove(entry->path());
+  std::error_code failed;
+  for (auto entry = fs::directory_iterator(folder, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    if (entry->path().extension() == ".tmp" && entry->is_regular_file(IgnoreErrors())) Remove(entry->path());
   }
 }
 

@@ -20,10 +20,7 @@ constexpr const char* kSchema =
     "NOCASE, Key TEXT NOT NULL COLLATE NOCASE, Value TEXT NOT NULL, PRIMARY KEY (Application, Section, Key)) "
     "WITHOUT ROWID";
 
-bool Exists(const fs::path& file) {
-  std::error_code ignored;
-  return fs::exists(file, ignored);
-}
+bool Exists(const fs::path& file) { return fs::exists(file, IgnoreErrors()); }
 
 Result<Database> OpenForWriting(const fs::path& file, const platform::LockPatience& patience) {
   auto folder = platform::EnsureFolder(file.parent_path());

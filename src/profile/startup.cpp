@@ -14,10 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr PixelSize kSmallestScreen{800, 600};
 
-bool Exists(const fs::path& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
-}
+bool Exists(const fs::path& path) { return fs::exists(path, IgnoreErrors()); }
 
 using Check = std::optional<Refusal> (*)(const StartupFacts&, const Folders&);
 

@@ -11,7 +11,7 @@ namespace quillcast::recipients {
 // A store that cannot be read counts as empty, and so does a group that does not exist. Where the reason matters, ask
 // RecipientStore::CountRecipients.
 inline std::int64_t GroupCount(const RecipientStore& store, std::string_view group_name) {
-  return store.CountRecipients(group_name).ValueOr(0);
+  return IgnoreErrors(store.CountRecipients(group_name), 0);
 }
 
 }  // namespace quillcast::recipients

@@ -32,9 +32,8 @@ Result<void> CheckPassword(platform::Database& database, std::string_view passwo
 
 Result<platform::Database> OpenWithPassword(const std::filesystem::path& file, std::string_view password,
                                             const platform::LockPatience& patience) {
-  std::error_code ignored;
-  if (std::filesystem::is_symlink(file, ignored) && !std::filesystem::exists(file, ignored)) {
-    const auto target = std::filesystem::read_symlink(file, ignored);
+  if (std::filesystem::is_symlink(file, IgnoreErrors()) && !std::filesystem::exists(file, IgnoreErrors())) {
+    const auto target = std::filesystem::read_symlink(file, IgnoreErrors());
     return Error{Failure::kNoInput, Say("{} is a link to {}, which is not there.", file.string(), target.string()),
                  "Make available what it leads to, or remove the link to begin with an empty store."};
   }
@@ -67,7 +66,7 @@ Result<platform::Database> OpenStore(const std::filesystem::path& file, const pl
 }
 
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema) {
-  if (std::error_code error; std::filesystem::exists(file, error)) {
+  if (std::filesystem::exists(file, IgnoreErrors())) {
     return Error{Failure::kCannotCreate, Say("{} exists already.", file.string())};
   }
   auto database = platform::Database::Open(file, platform::OpenMode::kCreate);

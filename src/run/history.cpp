@@ -20,10 +20,7 @@ constexpr std::string_view kMessageEnding = ".eml";
 constexpr std::size_t kTimePlace = 10;     // its "_" in "07-03-2026_09-05-07_Hello"
 constexpr std::size_t kSubjectPlace = 19;  // that of the subject
 
-bool Exists(const fs::path& file) {
-  std::error_code ignored;
-  return fs::exists(file, ignored);
-}
+bool Exists(const fs::path& file) { return fs::exists(file, IgnoreErrors()); }
 
 std::string_view WithoutEnding(std::string_view file) {
   return file.size() < kReportEnding.size() ? file : file.substr(0, file.size() - kReportEnding.size());
@@ -58,8 +55,7 @@ std::string SubjectOf(std::string_view file) {
 
 // A file, or a link to one.
 bool IsEntry(const fs::directory_entry& entry) {
-  std::error_code ignored;
-  return entry.path().extension() == kReportEnding && entry.is_regular_file(ignored);
+  return entry.path().extension() == kReportEnding && entry.is_regular_file(IgnoreErrors());
 }
 
 Result<void> OpenOrWarn(const fs::path& file, const char* warning, platform::Desktop& desktop,
@@ -71,8 +67,7 @@ Result<void> OpenOrWarn(const fs::path& file, const char* warning, platform::Des
 
 // A separator at the end would name what the link leads to.
 bool IsLink(const fs::path& folder) {
-  std::error_code ignored;
-  return fs::is_symlink(folder.has_filename() ? folder : folder.parent_path(), ignored);
+  return fs::is_symlink(folder.has_filename() ? folder : folder.parent_path(), IgnoreErrors());
 }
 
 }  // namespace
@@ -122,8 +117,7 @@ Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
   for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
        entry.increment(failed)) {
     if (!IsEntry(*entry)) continue;
-    std::error_code ignored;
-    if (!is_link && !entry->is_symlink(ignored)) IgnoreErrors(platform::Unlock(entry->path()));
+    if (!is_link && !entry->is_symlink(IgnoreErrors())) IgnoreErrors(platform::Unlock(entry->path()));
     const std::string file = entry->path().filename().string();
     rows.push_back({file, RowText(WithoutEnding(file))});
   }
@@ -162,12 +156,12 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
   result.clearing = Clearing::kCleared;
   result.is_link = IsLink(history);
   if (result.is_link) return result;
-  std::error_code ignored;
+  std::error_code failed;  // ends the walk; what was not come to stays
   std::vector<fs::path> files;
-  for (auto entry = fs::directory_iterator(history, ignored); !ignored && entry != fs::directory_iterator();
-       entry.increment(ignored)) {
+  for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
     const fs::path& file = entry->path();
-    if (fs::is_directory(entry->symlink_status(ignored))) {
+    if (fs::is_directory(entry->symlink_status(IgnoreErrors()))) {
       ++result.folders;
     } else if (platform::IsBeingWritten(fs::path(file).replace_extension(kReportEnding))) {
       ++result.going_on;
@@ -176,7 +170,7 @@ ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts)
     }
   }
   // Removing a name asks nothing of the file's own permissions, so that nothing needs to be unlocked first.
-  for (const fs::path& file : files) (fs::remove(file, ignored) ? result.deleted : result.left) += 1;
+  for (const fs::path& file : files) (fs::remove(file, IgnoreErrors()) ? result.deleted : result.left) += 1;
   return result;
 }
 

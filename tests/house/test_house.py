@@ -168,6 +168,14 @@ class House(unittest.TestCase):
                     gone.append(f"{page}: {name}")
         self.none(gone, "no such file")
 
+    def test_what_is_passed_over_says_so(self):
+        calls = "chmod|fchmod|fcntl|flock|fsync|ftruncate|fwrite|rename|send|setsockopt|unlink|write"
+        silent = re.compile(rf"^ *(if \(.*\) )?(::|std::)({calls})\(.*\);|maybe_unused\]\] const|\(void\)|"
+                            r"error_code (ignored|unused)|\.ValueOr\(|\bcatch \(\.\.\.\)", re.MULTILINE)
+        wrong = [f"{file.relative_to(TOP)}: {found.group().strip()}" for file in sources()
+                 for found in silent.finditer(file.read_text())]
+        self.none(wrong, "failures passed over without IgnoreErrors")
+
     def test_the_picture_is_shown(self):
         self.assertIn(f"```\n{picture()}\n```", (TOP / "ARCHITECTURE.md").read_text(),
                       "tests/house/test_house.py --write puts it there")

@@ -44,8 +44,8 @@ TEST(SessionLog, TellsWhatWasPassedOverBehindWhatStandsThere) {
   for (const char* session : {"first", "second"}) {
     SessionLog log(folder.path(), clock);
     IgnoreErrors(Result<void>());
-    IgnoreErrors(
-        Result<int>(Error{Failure::kIo, std::string("The ") + session + " line\nof ada@example.org.", "Wait."}));
+    Result<int> failed = Error{Failure::kIo, std::string("The ") + session + " line\nof ada@example.org.", "Wait."};
+    EXPECT_EQ(IgnoreErrors(std::move(failed), 7), 7) << "and what stands in for the value is given";
     log.Write("again");
     log.Write("again");
   }

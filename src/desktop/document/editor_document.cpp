@@ -94,8 +94,7 @@ Result<void> EditorDocument::Open(const fs::path& file) {
   auto read = document::ReadBodyFile(file);
   if (!read) return read.error();
   const bool is_text = platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt");
-  std::error_code failed;
-  const fs::path absolute = fs::absolute(file, failed);
+  const fs::path absolute = fs::absolute(file, IgnoreErrors());
   auto shown = Show(is_text ? document::HtmlFromText(read->text) : read->text, absolute.parent_path());
   if (!shown) return shown;
   // A text becomes a document of its own: saved under the text's name it would no longer be text.

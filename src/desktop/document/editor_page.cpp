@@ -19,8 +19,7 @@ namespace {
 bool MayShow(const QUrl& address, const document::PicturePlaces& places) {
   if (address.scheme() != u"file" || !address.host().isEmpty()) return false;
   const std::filesystem::path file = PathFromQt(address.toLocalFile());
-  std::error_code failed;
-  return std::filesystem::is_regular_file(file, failed) && places.Hold(file);
+  return std::filesystem::is_regular_file(file, IgnoreErrors()) && places.Hold(file);
 }
 
 class LocalOnly final : public QWebEngineUrlRequestInterceptor {

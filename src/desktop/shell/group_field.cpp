@@ -98,7 +98,7 @@ void GroupField::ShowCount() {
     LoadAgain(InWords(count.error()));
     return;
   }
-  ShowTotal(std::move(count).ValueOr(0));
+  ShowTotal(IgnoreErrors(std::move(count), 0));
 }
 
 void GroupField::ShowTotal(std::int64_t recipients) {

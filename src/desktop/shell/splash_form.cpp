@@ -52,7 +52,7 @@ SplashForm::SplashForm(std::string_view system_name)
 }
 
 bool SplashForm::IsWanted(const profile::SettingsStore& settings) {
-  return settings.Read("Options", "Splash", "1").ValueOr("1") != "0";
+  return IgnoreErrors(settings.Read("Options", "Splash", "1"), "1") != "0";
 }
 
 Result<void> SplashForm::SetWanted(profile::SettingsStore& settings, bool wanted) {

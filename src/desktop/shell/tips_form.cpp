@@ -41,7 +41,7 @@ TipsForm::TipsForm(profile::SettingsStore& settings, QWidget* parent)
   larger.setPointSize(larger.pointSize() + 2);
   text_->setFont(larger);
   at_start_->setObjectName("TipsCheckBox");
-  at_start_->setChecked(settings.Read("Options", "Tips", "1").ValueOr("1") != "0");
+  at_start_->setChecked(IgnoreErrors(settings.Read("Options", "Tips", "1"), "1") != "0");
   auto* column = new FormColumn(this);
   column->Add(text_, 1);
   column->Add(at_start_);

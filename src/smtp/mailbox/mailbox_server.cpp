@@ -123,7 +123,7 @@ void MailboxServer::Loop::AcceptOne() {
   if (served_.size() >= mailbox_.options.connection_limit) {
     const std::string words =
         fmt::format("421 {} has too many connections, try later\r\n", mailbox_.options.session.host_name);
-    [[maybe_unused]] const auto sent = ::send((**accepted).fd.get(), words.data(), words.size(), MSG_NOSIGNAL);
+    IgnoreErrors(::send((**accepted).fd.get(), words.data(), words.size(), MSG_NOSIGNAL));  // it is hung up on anyway
     return;
   }
   Entry& entry = served_.emplace_back(*std::move(*accepted), mailbox_);

@@ -108,7 +108,7 @@ Result<void> MailboxStore::FindLastNumber() {
   for (auto entry = fs::directory_iterator(folder_, error); !error && entry != fs::directory_iterator();
        entry.increment(error)) {
     const fs::path name = entry->path().filename();
-    if (name.string().starts_with(kIncomingPrefix)) ::unlink(entry->path().c_str());
+    if (name.string().starts_with(kIncomingPrefix)) IgnoreErrors(::unlink(entry->path().c_str()));
     last_number_ = std::max(last_number_, NumberOf(name));
   }
   if (error) return platform::SystemError("read", folder_, error.value());
@@ -149,7 +149,7 @@ Result<fs::path> MailboxStore::MoveToNextNumber(const fs::path& incoming) {
     }
     // EINVAL: a file system without RENAME_NOREPLACE; a link refuses a taken name as well.
     if (errno == EINVAL && ::link(incoming.c_str(), path.c_str()) == 0) {
-      ::unlink(incoming.c_str());
+      IgnoreErrors(::unlink(incoming.c_str()));
       ++last_number_;
       return path;
     }
@@ -172,12 +172,12 @@ Result<void> MailboxStore::AppendLine(std::string_view line) {
 Result<fs::path> MailboxStore::Keep(const fs::path& incoming, std::uint64_t size, const ReceivedEnvelope& envelope) {
   auto path = MoveToNextNumber(incoming);
   if (!path) {
-    ::unlink(incoming.c_str());
+    IgnoreErrors(::unlink(incoming.c_str()));
     return path.error();
   }
   const auto appended = AppendLine(IndexLine(path->filename().string(), size, envelope, clock_->Now()));
   if (appended) return path;
-  ::unlink(path->c_str());
+  IgnoreErrors(::unlink(path->c_str()));
   --last_number_;
   return appended.error();
 }
@@ -210,7 +210,7 @@ Result<fs::path> IncomingMessage::Keep(const ReceivedEnvelope& envelope) {
 }
 
 void IncomingMessage::Drop() {
-  if (file_) ::unlink(path_.c_str());
+  if (file_) IgnoreErrors(::unlink(path_.c_str()));
   file_ = platform::UniqueFd();
   pending_.clear();
   size_ = 0;
