@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "account/account_choices.h"
-#include "document/charset_table.h"
+#include "document/offered_charsets.h"
 #include "platform/text.h"
 #include "recipients/recipient.h"
 #include "smtp/envelope_address.h"

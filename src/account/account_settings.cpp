@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "document/charset_table.h"
+#include "document/offered_charsets.h"
 #include "platform/text.h"
 #include "recipients/recipient.h"
 #include "smtp/secret.h"
@@ -37,8 +37,8 @@ constexpr auto kFieldLabels = [] {
   return labels;
 }();
 constexpr auto kCharSets = [] {
-  Texts<document::kCharsets.size()> names{};
-  for (std::size_t i = 0; i < names.size(); ++i) names[i] = document::kCharsets[i].display_name;
+  Texts<document::kOfferedCharsets.size()> names{};
+  for (std::size_t i = 0; i < names.size(); ++i) names[i] = document::kOfferedCharsets[i].display_name;
   return names;
 }();
 

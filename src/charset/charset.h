@@ -20,6 +20,7 @@ struct CharsetRow;
 // A handle to one of the served character sets; copied freely.
 class Charset {
  public:
+  // The one that holds every character, and what texts go out in that a set cannot hold.
   static Charset Utf8();
 
   // The preferred MIME name, as it goes into the headers: "utf-8", "windows-1251".

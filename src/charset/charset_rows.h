@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-#include "charset/charset_characters.h"
+#include "charset/coded_characters.h"
 
 namespace quillcast::charset {
 
@@ -20,6 +20,7 @@ enum class CharsetForm {
   kHz,         // HZ (RFC 1843)
 };
 
+// A row never moves: Charset points to it.
 struct CharsetRow {
   std::string_view mime_name;  // as it goes into a message
   CharsetForm form;
@@ -27,6 +28,7 @@ struct CharsetRow {
   std::array<std::string_view, 3> aliases;
 };
 
+// UTF-8 first (Charset::Utf8 takes that one); beyond it the order does not count.
 std::span<const CharsetRow> CharsetRows();
 
 // The characters of a row; read at its first use, which any thread may make.

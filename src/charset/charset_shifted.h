@@ -12,6 +12,7 @@ namespace quillcast::charset {
 
 struct ShiftSequences;
 
+// Appends to `out` and brings it back to ASCII by Finish; nothing else may be appended before that.
 class ShiftedWriter {
  public:
   ShiftedWriter(std::string& out, const CharsetRow& row);
@@ -33,6 +34,7 @@ class ShiftedWriter {
   State state_ = State::kAscii;
 };
 
+// U+FFFD for what means nothing. A line end brings ASCII back, for texts that forgot to.
 std::string DecodeShifted(std::string_view bytes, const CharsetRow& row);
 
 }  // namespace quillcast::charset

@@ -8,6 +8,7 @@
 
 namespace quillcast::charset {
 
+// As ShiftedWriter, with Finish closing the run that is open.
 class Utf7Writer {
  public:
   explicit Utf7Writer(std::string& out) : out_(out) {}
@@ -27,6 +28,7 @@ class Utf7Writer {
   int bit_count_ = 0;
 };
 
+// U+FFFD for half a surrogate pair; bits that make no character are dropped.
 std::string DecodeUtf7(std::string_view bytes);
 
 }  // namespace quillcast::charset

@@ -1,6 +1,6 @@
 #include "document/character_settings.h"
 
-#include "document/charset_table.h"
+#include "document/offered_charsets.h"
 
 namespace quillcast::document {
 

@@ -7,6 +7,7 @@
 
 namespace quillcast::html {
 
+// The order counts: IsStacked and IsBlock compare.
 enum class HtmlRole : std::uint8_t {
   // These stay open until they are closed,
   kBulleted,

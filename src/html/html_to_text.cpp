@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "html/hidden_element.h"
 #include "html/html_elements.h"
-#include "html/html_hidden.h"
 #include "html/html_link.h"
 #include "html/html_list.h"
 #include "html/html_tokenizer.h"

@@ -12,7 +12,8 @@ namespace quillcast::html {
 // is its alt text. What is not displayed is left out, as far as the element itself says so: style sheets are not
 // applied. Lines end in "\n", without blanks before it; empty when there is nothing to read. Merge tags pass unchanged.
 // The HTML is UTF-8. Linear in time, and does not recurse: any depth of nesting will do, of which a few levels are
-// drawn. The text is at most 16 times as long as the HTML.
+// drawn; what lies deeper than 500 stands beside the innermost, as in browsers. The text is at most 16 times as long as
+// the HTML.
 std::string HtmlToText(std::string_view html);
 
 }  // namespace quillcast::html

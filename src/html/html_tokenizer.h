@@ -28,6 +28,7 @@ struct HtmlAttribute {
   std::size_t value_end = 0;
 };
 
+// Offsets into the source, `end` behind the last byte.
 struct HtmlToken {
   HtmlTokenKind kind = HtmlTokenKind::kText;
   std::size_t begin = 0;
@@ -36,6 +37,7 @@ struct HtmlToken {
   std::vector<HtmlAttribute> attributes;  // of a start tag, at most kMostAttributes; the first of a name counts
 };
 
+// One pass, without a way back.
 class HtmlTokenizer {
  public:
   // What stands after so many attributes of one tag is passed over; memory stays small on hostile input.
@@ -48,6 +50,7 @@ class HtmlTokenizer {
   // allocations.
   bool Next(HtmlToken& token);
 
+  // A view of the HTML: the token with its markup, a value without its quotes. References are not decoded.
   std::string_view Source(const HtmlToken& token) const { return html_.substr(token.begin, token.end - token.begin); }
   std::string_view RawValue(const HtmlAttribute& attribute) const;
   // The first attribute of that name (lower case), null when there is none.
@@ -75,6 +78,7 @@ class HtmlTokenizer {
 class HtmlVisitor {
  public:
   virtual ~HtmlVisitor() = default;
+  // Also of elements that are not displayed. Both arguments hold for the call alone.
   virtual void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) = 0;
   // The content of a style element, a part of the page.
   virtual void StyleSheet(std::string_view css) = 0;

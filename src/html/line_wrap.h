@@ -19,7 +19,8 @@ std::string WrapText(std::string_view utf8, std::size_t width);
 
 // Breaks only at blanks that HTML takes for line ends as well: in running text outside pre, textarea, script, style and
 // comments, and between the attributes of a tag; never in a word or a quoted value. Where the source sets white-space
-// so that blanks count, text stays as it is. Nothing but such blanks changes.
+// so that blanks count (which elements that reaches is not worked out), text stays as it is. Nothing but such blanks
+// changes.
 std::string WrapHtml(std::string_view html, std::size_t width);
 
 // The columns a character takes in a font of fixed width: two when it is wide or fullwidth, none when it combines with

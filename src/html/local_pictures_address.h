@@ -5,6 +5,7 @@
 
 namespace quillcast::html {
 
+// What an address is to whoever takes files along.
 enum class AddressKind {
   kElsewhere,  // of the net, of data, of a part, with a merge tag, or no address
   kRelative,   // to wherever the HTML belongs; the path may be absolute

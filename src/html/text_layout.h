@@ -8,8 +8,11 @@
 
 namespace quillcast::html {
 
+// Known limits, which bound how much longer than its source a text becomes: twelve levels of prefixes are drawn, 28
+// columns of them; two blank lines stand one after the other, or 49 in preformatted text.
 class TextLayout {
  public:
+  // What parts a block from what stands before it, at the least.
   enum class Margin { kLine, kBlankLine };
 
   // How long the text may be expected to become at most; more is no error.
@@ -21,6 +24,7 @@ class TextLayout {
   // Text whose blanks and line ends are kept.
   void AddPreformatted(std::string_view utf8);
 
+  // The line ends here, as at <br>.
   void Break();
   // A block begins or ends here.
   void Block(Margin margin);
@@ -46,6 +50,7 @@ class TextLayout {
   // Counts up with each line that text begins.
   std::size_t line_number() const { return line_number_; }
 
+  // The text; its last line is ended where there is one.
   std::string Finish() &&;
 
  private:

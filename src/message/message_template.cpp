@@ -5,7 +5,7 @@
 #include <cerrno>
 
 #include "message/boundary_prefix.h"
-#include "message/html_style_escapes.h"
+#include "message/escape_in_styles.h"
 #include "mime/header_text.h"
 #include "mime/media_type.h"
 

@@ -6,7 +6,7 @@
 #include <random>
 
 #include "document/character_settings.h"
-#include "document/charset_table.h"
+#include "document/offered_charsets.h"
 #include "document/phrase_search.h"
 #include "document/property_tables.h"
 #include "support/temporary_folder.h"
@@ -27,8 +27,8 @@ std::uint64_t SumOf(const Table& table, First first, Second second) {
 }
 
 TEST(Tables, AreWholeAndInOrder) {
-  EXPECT_EQ(kCharsets.size(), 37U);
-  EXPECT_EQ(SumOf(kCharsets, &CharsetRow::display_name, &CharsetRow::mime_name), 0x8b8e21ca97e37f72U);
+  EXPECT_EQ(kOfferedCharsets.size(), 37U);
+  EXPECT_EQ(SumOf(kOfferedCharsets, &OfferedCharset::display_name, &OfferedCharset::mime_name), 0x8b8e21ca97e37f72U);
   EXPECT_EQ(kDocumentCharsets.size(), 22U);
   EXPECT_EQ(SumOf(kDocumentCharsets, &PropertyRow::searched, &PropertyRow::shown), 0x1bc7d6cbeda5e9a9U);
   EXPECT_EQ(kLanguages.size(), 142U);

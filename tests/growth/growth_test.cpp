@@ -20,7 +20,7 @@
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
 #include "html/local_pictures.h"
-#include "message/html_style_escapes.h"
+#include "message/escape_in_styles.h"
 #include "message/related_pictures.h"
 #include "mime/header_text.h"
 #include "mime/media_type.h"

@@ -10,13 +10,16 @@ namespace quillcast::smtp {
 // could smuggle a second one in), or by octets counted outside (RFC 3030).
 enum class Framing { kDot, kCounted };
 
+// Only CRLF ends a line (RFC 5321 2.3.8), so that no two programs can read a message differently.
 enum class LineFault { kNone, kBareCr, kBareLf, kTooLong };
 
-// The longest line of a message, CRLF included (RFC 5321 4.5.3.1.6).
-inline constexpr std::size_t kLongestLine = 1000;
-
+// Keeps no content: what it holds back is at most two octets, which may turn out to belong to the end.
 class ContentScanner {
  public:
+  // The longest line of a message, CRLF included (RFC 5321 4.5.3.1.6). A longer one is handed on all the same, and is a
+  // fault.
+  static constexpr std::size_t kLongestLine = 1000;
+
   explicit ContentScanner(Framing framing = Framing::kDot) : framing_(framing) {}
 
   // Takes bytes until they or the content end; hands pieces of content to `take` (std::string_view), large ones as
@@ -24,6 +27,7 @@ class ContentScanner {
   template <typename Take>
   std::size_t Scan(std::string_view bytes, Take&& take);
 
+  // The end was read: of kDot alone, for where counted content ends its caller knows.
   bool ended() const { return ended_; }
   // The gravest thing wrong with the lines; the same one however the bytes were cut. Ask at the end: a counted content
   // may end in a CR that no LF follows.

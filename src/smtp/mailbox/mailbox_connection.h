@@ -22,12 +22,14 @@ struct Mailbox {
   std::optional<net::ServerTls> tls;
   std::uint64_t kept = 0;
 
+  // Never where no count was set.
   bool IsFull() const { return options.count > 0 && kept >= options.count; }
 };
 
 // Hands a session's messages to the store, or to nobody.
 class MailboxSink final : public MessageSink {
  public:
+  // `mailbox` must outlive it; a message that is kept counts there.
   explicit MailboxSink(Mailbox& mailbox);
 
   void Begin() override { size_ = 0; }
@@ -41,12 +43,15 @@ class MailboxSink final : public MessageSink {
   std::uint64_t size_ = 0;
 };
 
+// Driven by the loop of MailboxServer: Read or Write as interest() asks, then state() says whether it goes on. Nothing
+// here waits.
 class MailboxConnection {
  public:
   // kLingering: all is said; what the client still sends is read and thrown away until it closes, because closing
   // before would take the last reply away from it.
   enum class State { kOpen, kLingering, kClosed };
 
+  // `mailbox` must outlive it. The greeting goes out with the first Write.
   MailboxConnection(net::Listener::Accepted accepted, Mailbox& mailbox);
   MailboxConnection(const MailboxConnection&) = delete;
   MailboxConnection& operator=(const MailboxConnection&) = delete;

@@ -23,6 +23,7 @@ struct MailboxMessage {
   std::uint64_t size;
 };
 
+// As they stand here: for this computer alone, without TLS and sign-in, and nothing is kept.
 struct MailboxOptions {
   std::string listen = "127.0.0.1:2525";       // "[::1]:2525"; port 0 takes a free one
   std::optional<std::filesystem::path> store;  // nothing: messages are taken and thrown away
@@ -37,6 +38,8 @@ struct MailboxOptions {
   std::function<void(const MailboxMessage&)> kept;  // called before the client gets its 250, by the thread in Run
 };
 
+// All connections on the thread that calls Run. Known limits: one beyond `connection_limit` hears 421 and is closed;
+// when the system has no descriptor left, none is taken for a second.
 class MailboxServer {
  public:
   // Listens from here on; nobody is answered before Run. The clock must outlive the server. Fails with kUsage where

@@ -16,6 +16,7 @@
 
 namespace quillcast::smtp {
 
+// For one process, which holds a lock on the index, and one thread.
 class MailboxStore {
  public:
   // Makes the folder (0700) where it is missing and goes on behind the highest number in it. Fails with kUnavailable
@@ -30,6 +31,7 @@ class MailboxStore {
   Result<std::filesystem::path> Keep(const std::filesystem::path& incoming, std::uint64_t size,
                                      const ReceivedEnvelope& envelope);
 
+  // As it was given to Open.
   const std::filesystem::path& folder() const { return folder_; }
 
  private:
@@ -56,6 +58,7 @@ class IncomingMessage {
   IncomingMessage& operator=(const IncomingMessage&) = delete;
   ~IncomingMessage() { Drop(); }
 
+  // Any pieces, in order. After a failure Drop is all that is left to do.
   Result<void> Write(std::string_view content);
   // Returns the path of the kept file. The object can then take the next message.
   Result<std::filesystem::path> Keep(const ReceivedEnvelope& envelope);

@@ -7,12 +7,14 @@
 
 namespace quillcast::smtp {
 
+// One RCPT that was answered 250.
 struct ReceivedRecipient {
   std::string address;   // bare, source route removed; "Postmaster" may stand without a domain
   std::string notify;    // NOTIFY as it was given, upper case: "SUCCESS,FAILURE"; empty when it was not
   std::string original;  // ORCPT, decoded: "rfc822;bob@example.net"
 };
 
+// One transaction, from MAIL on; what of it is kept stands in the store's index.
 struct ReceivedEnvelope {
   std::string sender;  // empty for the null sender <>
   std::vector<ReceivedRecipient> recipients;

@@ -22,6 +22,7 @@ class RunningMailbox {
   RunningMailbox& operator=(const RunningMailbox&) = delete;
 
   const std::string& address() const { return server_.address(); }  // "127.0.0.1:2525"
+  // What the account has as its port.
   std::string port() const { return address().substr(address().rfind(':') + 1); }
 
   // How many messages it has kept, once it has ended: by its count, or by Stop.

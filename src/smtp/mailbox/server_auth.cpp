@@ -7,15 +7,15 @@
 namespace quillcast::smtp {
 
 void ServerSession::Auth(std::string_view argument) {
-  if (helo_.empty()) return Complain({503, "5.5.1", "Say EHLO first"});
-  if (!options_.user.empty() && AuthNeedsTls()) return Complain({538, "5.7.11", "Say STARTTLS first"});
-  if ((features_ & kAuth) == 0) return Complain({502, "5.5.1", "Signing in is not offered"});
-  if (!user_.empty()) return Complain({503, "5.5.1", "You are signed in already"});
-  if (has_sender_) return Complain({503, "5.5.1", "Not within a message"});
+  if (helo_.empty()) return Refuse({503, "5.5.1", "Say EHLO first"});
+  if (!options_.user.empty() && AuthNeedsTls()) return Refuse({538, "5.7.11", "Say STARTTLS first"});
+  if ((features_ & kAuth) == 0) return Refuse({502, "5.5.1", "Signing in is not offered"});
+  if (!user_.empty()) return Refuse({503, "5.5.1", "You are signed in already"});
+  if (has_sender_) return Refuse({503, "5.5.1", "Not within a message"});
 
   const auto [name, initial] = SplitCommand(argument);
   mechanism_ = MakeServerMechanism(name, {options_.user, options_.password, peer_.nonce});
-  if (!mechanism_) return Complain({504, "5.5.4", "Choose one of " + ServerMechanismNames(", ")});
+  if (!mechanism_) return Refuse({504, "5.5.4", "Choose one of " + ServerMechanismNames(", ")});
   phase_ = Phase::kAuth;
   if (initial == "=") return TakeAuthLine("");  // how an empty response is written in the command (RFC 4954 4)
   if (!initial.empty()) return TakeAuthLine(initial);
@@ -36,7 +36,7 @@ void ServerSession::TakeAuthLine(std::string_view line) {
 void ServerSession::EndAuth(const ServerReply& reply) {
   phase_ = Phase::kCommand;
   mechanism_.reset();
-  if (reply.code != 235) return Complain(reply);
+  if (reply.code != 235) return Refuse(reply);
   user_ = options_.user;
   Say(reply);
 }

@@ -1,4 +1,4 @@
-// The extensions that the mailbox can offer in its answer to EHLO.
+// The extensions that the mailbox can offer in its reply to EHLO.
 #pragma once
 
 #include <string_view>
@@ -7,6 +7,7 @@
 
 namespace quillcast::smtp {
 
+// One bit each.
 enum Feature : unsigned {
   kPipelining = 1U << 0,
   kSize = 1U << 1,
@@ -21,8 +22,10 @@ enum Feature : unsigned {
   kHelp = 1U << 10,
 };
 using Features = unsigned;  // Feature values joined by |
+// What is offered unless somebody takes something out. STARTTLS then still needs a certificate, and AUTH a user.
 inline constexpr Features kAllFeatures = (1U << 11) - 1;
 
+// The keyword as EHLO has it, and a person's list of features.
 struct FeatureName {
   std::string_view keyword;
   Feature feature;

@@ -15,6 +15,7 @@ namespace quillcast::smtp {
 enum class RuleStage { kSender, kRecipient, kData };
 enum class RuleKind { kRefuse, kDefer };
 
+// A rule only turns away: none lets an address through that a later one refuses.
 struct ServerRule {
   RuleStage stage = RuleStage::kRecipient;
   std::string pattern;  // "*" is any text, "?" any one octet; the rest stands for itself, upper and lower case alike
@@ -25,6 +26,7 @@ struct ServerRule {
 // codes and an empty pattern fail with kUsage.
 Result<ServerRule> ParseServerRule(std::string_view text, RuleKind kind);
 
+// The whole of `text`, not a part of it. ASCII case does not matter.
 bool MatchesGlob(std::string_view pattern, std::string_view text);
 
 // The reply of the first rule of that stage which matches the address; nothing when none does.

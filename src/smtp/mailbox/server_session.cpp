@@ -126,7 +126,7 @@ std::string_view ServerSession::ReceiveLine(std::string_view bytes) {
   if (std::exchange(line_too_long_, false)) {
     line_.clear();
     phase_ = Phase::kCommand;
-    Complain({500, "5.5.2", "The line is too long"});
+    Refuse({500, "5.5.2", "The line is too long"});
   } else if (line_.empty()) {
     TakeLine(piece);
   } else {
@@ -147,7 +147,7 @@ void ServerSession::TakeLine(std::string_view line) {
   }
   if (!ends_in_crlf || HasControls(line)) {
     phase_ = Phase::kCommand;
-    Complain({500, "5.5.2", ends_in_crlf ? "Control characters in a line" : "Lines must end in CRLF"});
+    Refuse({500, "5.5.2", ends_in_crlf ? "Control characters in a line" : "Lines must end in CRLF"});
   } else if (phase_ == Phase::kCommand) {
     RunCommand(line);
   } else {
@@ -160,17 +160,17 @@ void ServerSession::RunCommand(std::string_view line) {
   for (const auto& row : kCommands) {
     if (!platform::EqualsIgnoringAsciiCase(row.verb, verb)) continue;
     if (!argument.empty() && !row.takes_argument) {
-      return Complain({501, "5.5.4", fmt::format("{} takes no argument", row.verb)});
+      return Refuse({501, "5.5.4", fmt::format("{} takes no argument", row.verb)});
     }
     return (this->*row.run)(argument);
   }
-  Complain({500, "5.5.1", "Command not known; try HELP"});
+  Refuse({500, "5.5.1", "Command not known; try HELP"});
 }
 
 bool ServerSession::Greet(std::string_view argument) {
-  features_ = 0;  // the answers to the greeting have no enhanced codes (RFC 2034 4)
+  features_ = 0;  // the replies to the greeting have no enhanced codes (RFC 2034 4)
   if (argument.empty() || argument.find(' ') != std::string_view::npos) {
-    Complain({501, "", "Say your own name behind it"});
+    Refuse({501, "", "Say your own name behind it"});
     return false;
   }
   ResetTransaction();
@@ -216,7 +216,7 @@ void ServerSession::Help(std::string_view) {
 }
 
 void ServerSession::Vrfy(std::string_view argument) {
-  if (argument.empty()) return Complain({501, "5.5.4", "Say whom to verify"});
+  if (argument.empty()) return Refuse({501, "5.5.4", "Say whom to verify"});
   Say(252, "2.0.0", "Send mail to it and see");
 }
 
@@ -226,11 +226,11 @@ void ServerSession::Quit(std::string_view) {
   quit_ = true;
 }
 
-void ServerSession::NotImplemented(std::string_view) { Complain({502, "5.5.1", "Not implemented"}); }
+void ServerSession::NotImplemented(std::string_view) { Refuse({502, "5.5.1", "Not implemented"}); }
 
 void ServerSession::StartTls(std::string_view) {
-  if ((Offered() & kStartTls) == 0) return Complain({502, "5.5.1", tls_ ? "TLS is on already" : "No TLS here"});
-  if (helo_.empty()) return Complain({503, "5.5.1", "Say EHLO first"});
+  if ((Offered() & kStartTls) == 0) return Refuse({502, "5.5.1", tls_ ? "TLS is on already" : "No TLS here"});
+  if (helo_.empty()) return Refuse({503, "5.5.1", "Say EHLO first"});
   Say(220, "2.0.0", "Begin the TLS handshake");
   phase_ = Phase::kTls;
 }
@@ -247,7 +247,7 @@ void ServerSession::Say(int code, std::string_view enhanced, std::string_view te
   if (code == 421) Close();
 }
 
-void ServerSession::Complain(const ServerReply& reply) {
+void ServerSession::Refuse(const ServerReply& reply) {
   Say(reply);
   if (++faults_ >= kMostFaults) Say(421, "4.7.0", "Too many faults, closing");
 }

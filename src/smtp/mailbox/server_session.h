@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "platform/result.h"
+#include "smtp/mailbox/client_command.h"
 #include "smtp/mailbox/content_scanner.h"
 #include "smtp/mailbox/received_envelope.h"
-#include "smtp/mailbox/server_command.h"
 #include "smtp/mailbox/server_features.h"
 #include "smtp/mailbox/server_mechanism.h"
 #include "smtp/mailbox/server_rule.h"
@@ -23,6 +23,7 @@
 
 namespace quillcast::smtp {
 
+// The same for all sessions of one mailbox.
 struct ServerOptions {
   std::string host_name = "mailbox.localhost";  // what the mailbox calls itself
   Features offer = kAllFeatures;
@@ -34,6 +35,7 @@ struct ServerOptions {
   std::vector<ServerRule> rules;
 };
 
+// What whoever has the socket knows of the client.
 struct ServerPeer {
   std::string address;     // "127.0.0.1:54321"
   bool loopback = false;   // it may sign in without TLS
@@ -44,6 +46,7 @@ struct ServerPeer {
 class MessageSink {
  public:
   virtual ~MessageSink() = default;
+  // Before the first Write of each message, also of one that turns out to be empty.
   virtual void Begin() = 0;
   // After a failure the session calls Drop and hands on no more of that message.
   virtual Result<void> Write(std::string_view content) = 0;
@@ -53,6 +56,8 @@ class MessageSink {
   virtual void Drop() = 0;
 };
 
+// Known limits: 2,048 octets a command and 12,288 a line of signing in, the line end included; after 20 faults the
+// client hears 421.
 class ServerSession {
  public:
   // What to do once BytesToSend is empty. kStartTls: make the handshake, then call TlsStarted.
@@ -61,10 +66,13 @@ class ServerSession {
   // All three must outlive the session.
   ServerSession(const ServerOptions& options, const ServerPeer& peer, MessageSink& sink);
 
+  // Any bytes, cut anywhere; what follows the session's end is thrown away.
   void Receive(std::string_view bytes);
+  // Until the next call of anything else; Sent tells how many of them went.
   std::string_view BytesToSend() const { return std::string_view(out_).substr(sent_); }
   void Sent(std::size_t octets);
   Next WhatNext() const;
+  // The greeting and the transaction begin anew: what was said in clear, anybody may have said (RFC 3207 4.2).
   void TlsStarted();
   // Says 421 and closes; what was not kept by now is dropped.
   void Shutdown(std::string_view why);
@@ -92,6 +100,7 @@ class ServerSession {
   static const CommandRow kCommands[];
   static constexpr std::uint64_t kContentStep = 64ULL * 1024;
 
+  // Each takes what it can of the bytes and returns the rest.
   std::string_view ReceiveLine(std::string_view bytes);
   std::string_view ReceiveContent(std::string_view bytes);
   std::string_view ReceiveData(std::string_view bytes);
@@ -99,6 +108,7 @@ class ServerSession {
   void TakeLine(std::string_view line);
   void RunCommand(std::string_view line);
 
+  // The commands. Each looks whether it may come now, and replies.
   void Helo(std::string_view argument);
   void Ehlo(std::string_view argument);
   void Mail(std::string_view argument);
@@ -114,6 +124,7 @@ class ServerSession {
   void Auth(std::string_view argument);
   void NotImplemented(std::string_view argument);
 
+  // Parts of the greeting and of signing in; RFC 5321 4.1.1.1 and RFC 4954.
   bool Greet(std::string_view argument);
   Features Offered() const;
   bool AuthNeedsTls() const { return options_.has_certificate && !tls_ && !peer_.loopback; }
@@ -121,6 +132,7 @@ class ServerSession {
   void Challenge(std::string_view text);
   void EndAuth(const ServerReply& reply);
 
+  // A message's content, from DATA or the first BDAT to its end; the Why functions give the refusal, or nothing.
   std::optional<ServerReply> WhyNoContent() const;
   std::optional<ServerReply> WhyNoChunk() const;
   std::optional<ServerReply> WhyNotKept() const;
@@ -134,7 +146,7 @@ class ServerSession {
   void Say(int code, std::string_view enhanced, std::string_view text);
   void Say(const ServerReply& reply) { Say(reply.code, reply.enhanced, reply.text); }
   // Says it, and counts it as a fault of the client; too many end the session.
-  void Complain(const ServerReply& reply);
+  void Refuse(const ServerReply& reply);
   void Close();
 
   const ServerOptions& options_;

@@ -10,7 +10,7 @@ namespace {
 
 ServerReply AnswerTo(LineFault fault) {
   if (fault == LineFault::kTooLong) {
-    return {500, "5.6.0", fmt::format("A line of the message is longer than {} octets", kLongestLine)};
+    return {500, "5.6.0", fmt::format("A line of the message is longer than {} octets", ContentScanner::kLongestLine)};
   }
   return {
       554, "5.6.0",
@@ -20,11 +20,11 @@ ServerReply AnswerTo(LineFault fault) {
 }  // namespace
 
 void ServerSession::Mail(std::string_view argument) {
-  if (helo_.empty()) return Complain({503, "5.5.1", "Say EHLO first"});
-  if (has_sender_) return Complain({503, "5.5.1", "One sender a message; RSET begins anew"});
-  if (!options_.user.empty() && user_.empty()) return Complain({530, "5.7.0", "Sign in first"});
+  if (helo_.empty()) return Refuse({503, "5.5.1", "Say EHLO first"});
+  if (has_sender_) return Refuse({503, "5.5.1", "One sender a message; RSET begins anew"});
+  if (!options_.user.empty() && user_.empty()) return Refuse({530, "5.7.0", "Sign in first"});
   ReceivedEnvelope envelope;
-  if (const auto complaint = ReadMail(argument, features_, options_.size_limit, envelope)) return Complain(*complaint);
+  if (const auto refusal = ReadMail(argument, features_, options_.size_limit, envelope)) return Refuse(*refusal);
   if (const auto refusal = FindRefusal(options_.rules, RuleStage::kSender, envelope.sender)) return Say(*refusal);
 
   envelope_ = std::move(envelope);
@@ -33,10 +33,10 @@ void ServerSession::Mail(std::string_view argument) {
 }
 
 void ServerSession::Rcpt(std::string_view argument) {
-  if (!has_sender_) return Complain({503, "5.5.1", "Say MAIL first"});
-  if (in_chunks_) return Complain({503, "5.5.1", "The message is under way"});
+  if (!has_sender_) return Refuse({503, "5.5.1", "Say MAIL first"});
+  if (in_chunks_) return Refuse({503, "5.5.1", "The message is under way"});
   ReceivedRecipient recipient;
-  if (const auto complaint = ReadRecipient(argument, features_, envelope_.utf8, recipient)) return Complain(*complaint);
+  if (const auto refusal = ReadRecipient(argument, features_, envelope_.utf8, recipient)) return Refuse(*refusal);
   if (const auto refusal = FindRefusal(options_.rules, RuleStage::kRecipient, recipient.address)) return Say(*refusal);
   if (envelope_.recipients.size() >= options_.recipient_limit) return Say(452, "4.5.3", "Too many recipients");
 
@@ -51,8 +51,8 @@ std::optional<ServerReply> ServerSession::WhyNoContent() const {
 }
 
 void ServerSession::Data(std::string_view) {
-  if (in_chunks_) return Complain({503, "5.5.1", "DATA cannot follow BDAT"});
-  if (has_sender_ && envelope_.body == "BINARYMIME") return Complain({503, "5.5.1", "BINARYMIME needs BDAT"});
+  if (in_chunks_) return Refuse({503, "5.5.1", "DATA cannot follow BDAT"});
+  if (has_sender_ && envelope_.body == "BINARYMIME") return Refuse({503, "5.5.1", "BINARYMIME needs BDAT"});
   // Not counted as a fault: a client that pipelines sends DATA before it knows that no recipient was taken.
   if (const auto refusal = WhyNoContent()) return Say(*refusal);
   BeginContent(Framing::kDot);
@@ -75,7 +75,7 @@ std::optional<ServerReply> ServerSession::WhyNoChunk() const {
 void ServerSession::Bdat(std::string_view argument) {
   const auto chunk = ReadChunk(argument);
   if (!chunk) {  // how much follows is not known, so that nothing after it could be told from commands
-    Complain({501, "5.5.4", "Write BDAT SIZE or BDAT SIZE LAST; closing"});
+    Refuse({501, "5.5.4", "Write BDAT SIZE or BDAT SIZE LAST; closing"});
     return Close();
   }
   chunk_ = {chunk->size, chunk->last, WhyNoChunk()};
@@ -106,7 +106,7 @@ void ServerSession::EndChunk() {
   if (chunk_.refusal) return Say(*chunk_.refusal);  // no fault of a client that pipelines its chunks
   if (chunk_.last) return EndMessage();
   if (!dropped_) return Say(250, "2.0.0", fmt::format("{} octets so far", size_));
-  if (const auto refusal = WhyNotKept()) Say(*refusal);
+  if (const auto reply = WhyNotKept()) Say(*reply);
   ResetTransaction();
 }
 
@@ -146,8 +146,8 @@ std::optional<ServerReply> ServerSession::WhyNotKept() const {
 // 250 is said only after the sink has the message for good: from then on it is ours.
 void ServerSession::EndMessage() {
   phase_ = Phase::kCommand;
-  if (const auto refusal = WhyNotKept()) {
-    Say(*refusal);
+  if (const auto reply = WhyNotKept()) {
+    Say(*reply);
     return ResetTransaction();
   }
   envelope_.helo = helo_;

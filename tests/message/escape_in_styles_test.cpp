@@ -1,5 +1,5 @@
 // What becomes of characters that a set lacks, wherever a page's styles stand.
-#include "message/html_style_escapes.h"
+#include "message/escape_in_styles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "html/html_hidden.h"
+#include "html/hidden_element.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "charset/charset_characters.h"
+#include "charset/coded_characters.h"
 
 #include <unicode/ucnv.h>
 #include <unicode/unorm2.h>

@@ -14,7 +14,9 @@ bool IsHidden(const HtmlTokenizer& tokenizer, const HtmlToken& token);
 // missing.
 class HiddenElement {
  public:
+  // Something is being skipped: every token goes to Skip.
   bool active() const { return active_; }
+  // At a start tag that IsHidden says yes to.
   void Begin(const HtmlToken& token);
   // True when the token is to be read after all, because the element ended before it.
   bool Skip(const HtmlToken& token);

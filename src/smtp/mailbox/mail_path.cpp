@@ -1,4 +1,4 @@
-#include "smtp/mailbox/server_path.h"
+#include "smtp/mailbox/mail_path.h"
 
 #include <algorithm>
 
@@ -77,10 +77,10 @@ bool SkipRoute(std::string_view& text) {
 
 }  // namespace
 
-std::optional<Path> ReadPath(std::string_view text) {
+std::optional<MailPath> ReadMailPath(std::string_view text) {
   if (!text.starts_with('<')) return {};
   text.remove_prefix(1);
-  if (text.starts_with('>')) return Path{"", false, text.substr(1)};
+  if (text.starts_with('>')) return MailPath{"", false, text.substr(1)};
   if (!SkipRoute(text)) return {};
 
   std::size_t length = LocalLength(text);
@@ -92,7 +92,7 @@ std::optional<Path> ReadPath(std::string_view text) {
     length += 1 + domain;
   }
   if (!text.substr(length).starts_with('>') || !platform::IsUtf8(text.substr(0, length))) return {};
-  return Path{std::string(text.substr(0, length)), has_domain, text.substr(length + 1)};
+  return MailPath{std::string(text.substr(0, length)), has_domain, text.substr(length + 1)};
 }
 
 }  // namespace quillcast::smtp

@@ -11,14 +11,15 @@
 
 namespace quillcast::smtp {
 
-struct Command {
+// Views into the line; the verb as the client wrote it, in any case.
+struct ClientCommand {
   std::string_view verb;
   std::string_view argument;  // without the blanks around it
 };
-Command SplitCommand(std::string_view line);
+ClientCommand SplitCommand(std::string_view line);
 
 // Reads "FROM:<ada@example.org> SIZE=1000 ..." into the envelope. Parameters of extensions that are not among
-// `features` are refused with 555, a SIZE above `size_limit` with 552. Returns the complaint when there is one; the
+// `features` are refused with 555, a SIZE above `size_limit` with 552. Returns the refusal when there is one; the
 // envelope is then not to be used.
 std::optional<ServerReply> ReadMail(std::string_view argument, Features features, std::uint64_t size_limit,
                                     ReceivedEnvelope& envelope);
@@ -27,6 +28,7 @@ std::optional<ServerReply> ReadMail(std::string_view argument, Features features
 std::optional<ServerReply> ReadRecipient(std::string_view argument, Features features, bool utf8,
                                          ReceivedRecipient& recipient);
 
+// The octets that follow the command; the last chunk ends the message (RFC 3030 2).
 struct Chunk {
   std::uint64_t size;
   bool last;

@@ -6,14 +6,15 @@
 
 namespace quillcast::document {
 
-struct CharsetRow {
+// A line of the account's box. Whether messages can be written in it is for charset::FindCharset to say.
+struct OfferedCharset {
   std::string_view display_name;  // as stored in `Account` `CharSet`
   std::string_view mime_name;
 };
 
 // In the order in which they are offered and searched. The last one is written with a capital W, alone among the
 // Windows code pages; deliberate.
-inline constexpr auto kCharsets = std::to_array<CharsetRow>({
+inline constexpr auto kOfferedCharsets = std::to_array<OfferedCharset>({
     {"Arabic (ISO)", "iso-8859-6"},
     {"Arabic (Windows)", "windows-1256"},
     {"Baltic (ISO)", "iso-8859-4"},
@@ -55,7 +56,7 @@ inline constexpr auto kCharsets = std::to_array<CharsetRow>({
 
 // Exact and case-sensitive; empty when no row has the name.
 constexpr std::string_view MimeNameOf(std::string_view display_name) {
-  for (const CharsetRow& row : kCharsets) {
+  for (const OfferedCharset& row : kOfferedCharsets) {
     if (row.display_name == display_name) return row.mime_name;
   }
   return {};

@@ -1,4 +1,4 @@
-#include "message/html_style_escapes.h"
+#include "message/escape_in_styles.h"
 
 #include <fmt/format.h>
 

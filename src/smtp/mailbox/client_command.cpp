@@ -1,4 +1,4 @@
-#include "smtp/mailbox/server_command.h"
+#include "smtp/mailbox/client_command.h"
 
 #include <fmt/format.h>
 
@@ -7,12 +7,12 @@
 
 #include "platform/text.h"
 #include "platform/utf8.h"
-#include "smtp/mailbox/server_path.h"
+#include "smtp/mailbox/mail_path.h"
 
 namespace quillcast::smtp {
 namespace {
 
-using Complaint = std::optional<ServerReply>;
+using Refusal = std::optional<ServerReply>;
 
 // One "KEY=VALUE" behind a path.
 struct Parameter {
@@ -49,9 +49,9 @@ std::optional<std::string> DecodeXtext(std::string_view text) {
   return out;
 }
 
-// Calls `take` for each parameter until one is complained about.
+// Calls `take` for each parameter until one is refused.
 template <typename Take>
-Complaint ForEachParameter(std::string_view text, Take take) {
+Refusal ForEachParameter(std::string_view text, Take take) {
   if (!text.empty() && text.front() != ' ') return ServerReply{501, "5.5.4", "A blank must follow the address"};
   std::string seen = " ";
   for (const auto piece : platform::Split(text, ' ')) {
@@ -65,7 +65,7 @@ Complaint ForEachParameter(std::string_view text, Take take) {
       return ServerReply{501, "5.5.4", fmt::format("{} is given twice", platform::Printable(parameter.key, 100))};
     }
     seen += parameter.key + " ";
-    if (auto complaint = take(parameter)) return complaint;
+    if (auto refusal = take(parameter)) return refusal;
   }
   return {};
 }
@@ -75,45 +75,45 @@ struct MailTarget {
   std::uint64_t size_limit;
 };
 
-Complaint TakeSize(const Parameter& parameter, MailTarget& mail) {
+Refusal TakeSize(const Parameter& parameter, MailTarget& mail) {
   const auto size = ReadNumber(parameter.value);
   if (!size) return BadValue(parameter);
   if (*size <= mail.size_limit) return {};
   return ServerReply{552, "5.3.4", fmt::format("The message is larger than {} octets", mail.size_limit)};
 }
 
-Complaint TakeBody(const Parameter& parameter, MailTarget& mail) {
+Refusal TakeBody(const Parameter& parameter, MailTarget& mail) {
   mail.envelope.body = platform::AsciiUpper(parameter.value);
   const auto& body = mail.envelope.body;
   if (body == "7BIT" || body == "8BITMIME" || body == "BINARYMIME") return {};
   return BadValue(parameter);
 }
 
-Complaint TakeReturn(const Parameter& parameter, MailTarget& mail) {
+Refusal TakeReturn(const Parameter& parameter, MailTarget& mail) {
   mail.envelope.dsn_return = platform::AsciiUpper(parameter.value);
   if (mail.envelope.dsn_return == "FULL" || mail.envelope.dsn_return == "HDRS") return {};
   return BadValue(parameter);
 }
 
-Complaint TakeEnvelopeId(const Parameter& parameter, MailTarget& mail) {
+Refusal TakeEnvelopeId(const Parameter& parameter, MailTarget& mail) {
   const auto id = DecodeXtext(parameter.value);
   if (!id || id->size() > 100) return BadValue(parameter);  // RFC 3461 4.4
   mail.envelope.envelope_id = *id;
   return {};
 }
 
-Complaint TakeUtf8(const Parameter& parameter, MailTarget& mail) {
+Refusal TakeUtf8(const Parameter& parameter, MailTarget& mail) {
   mail.envelope.utf8 = true;
-  return parameter.has_value ? Complaint(BadValue(parameter)) : Complaint();
+  return parameter.has_value ? Refusal(BadValue(parameter)) : Refusal();
 }
 
 // RFC 4954 5: who handed the message in first. The mailbox trusts nobody's word on that, and checks the form only.
-Complaint TakeAuth(const Parameter& parameter, MailTarget&) {
-  return DecodeXtext(parameter.value) ? Complaint() : Complaint(BadValue(parameter));
+Refusal TakeAuth(const Parameter& parameter, MailTarget&) {
+  return DecodeXtext(parameter.value) ? Refusal() : Refusal(BadValue(parameter));
 }
 
 // RFC 3461 4.1: NEVER alone, or some of the three others.
-Complaint TakeNotify(const Parameter& parameter, ReceivedRecipient& recipient) {
+Refusal TakeNotify(const Parameter& parameter, ReceivedRecipient& recipient) {
   recipient.notify = platform::AsciiUpper(parameter.value);
   if (recipient.notify == "NEVER") return {};
   for (const auto word : platform::Split(recipient.notify, ',')) {
@@ -122,7 +122,7 @@ Complaint TakeNotify(const Parameter& parameter, ReceivedRecipient& recipient) {
   return {};
 }
 
-Complaint TakeOriginal(const Parameter& parameter, ReceivedRecipient& recipient) {
+Refusal TakeOriginal(const Parameter& parameter, ReceivedRecipient& recipient) {
   const auto semicolon = parameter.value.find(';');
   if (semicolon == std::string_view::npos || semicolon == 0) return BadValue(parameter);
   const auto address = DecodeXtext(parameter.value.substr(semicolon + 1));
@@ -136,7 +136,7 @@ struct ParameterRow {
   std::string_view key;
   Feature feature;
   bool needs_value;
-  Complaint (*take)(const Parameter&, Target&);
+  Refusal (*take)(const Parameter&, Target&);
 };
 constexpr ParameterRow<MailTarget> kMailParameters[] = {
     {"SIZE", kSize, true, TakeSize},       {"BODY", kEightBitMime, true, TakeBody}, {"RET", kDsn, true, TakeReturn},
@@ -148,9 +148,9 @@ constexpr ParameterRow<ReceivedRecipient> kRecipientParameters[] = {
 };
 
 template <typename Target, std::size_t N>
-Complaint TakeParameters(std::string_view text, Features features, const ParameterRow<Target> (&rows)[N],
-                         Target& target) {
-  return ForEachParameter(text, [&](const Parameter& parameter) -> Complaint {
+Refusal TakeParameters(std::string_view text, Features features, const ParameterRow<Target> (&rows)[N],
+                       Target& target) {
+  return ForEachParameter(text, [&](const Parameter& parameter) -> Refusal {
     for (const auto& row : rows) {
       if (row.key != parameter.key || (features & row.feature) == 0) continue;
       if (row.needs_value && !parameter.has_value) return BadValue(parameter);
@@ -161,41 +161,41 @@ Complaint TakeParameters(std::string_view text, Features features, const Paramet
 }
 
 // Takes "FROM:" or "TO:" off and reads the path.
-std::optional<Path> ReadPathBehind(std::string_view argument, std::string_view prefix) {
+std::optional<MailPath> ReadMailPathBehind(std::string_view argument, std::string_view prefix) {
   if (!platform::StartsWithIgnoringAsciiCase(argument, prefix)) return {};
-  return ReadPath(argument.substr(prefix.size()));
+  return ReadMailPath(argument.substr(prefix.size()));
 }
 
-Complaint CheckAscii(const std::string& address, bool utf8) {
+Refusal CheckAscii(const std::string& address, bool utf8) {
   if (utf8 || platform::IsAscii(address)) return {};
   return ServerReply{553, "5.6.7", "An address that is not ASCII needs SMTPUTF8"};
 }
 
 }  // namespace
 
-Command SplitCommand(std::string_view line) {
+ClientCommand SplitCommand(std::string_view line) {
   const auto blank = line.find(' ');
   if (blank == std::string_view::npos) return {line, {}};
   return {line.substr(0, blank), platform::Trim(line.substr(blank))};
 }
 
-Complaint ReadMail(std::string_view argument, Features features, std::uint64_t size_limit, ReceivedEnvelope& envelope) {
-  const auto path = ReadPathBehind(argument, "FROM:");
+Refusal ReadMail(std::string_view argument, Features features, std::uint64_t size_limit, ReceivedEnvelope& envelope) {
+  const auto path = ReadMailPathBehind(argument, "FROM:");
   if (!path) return ServerReply{501, "5.1.7", "Write MAIL FROM:<address>, without a blank before the bracket"};
   if (!path->address.empty() && !path->has_domain) {
     return ServerReply{501, "5.1.7", "The sender has no domain"};
   }
   envelope.sender = path->address;
   MailTarget target{envelope, size_limit};
-  if (auto complaint = TakeParameters(path->rest, features, kMailParameters, target)) return complaint;
+  if (auto refusal = TakeParameters(path->rest, features, kMailParameters, target)) return refusal;
   if (envelope.body == "BINARYMIME" && (features & kBinaryMime) == 0) {
     return ServerReply{501, "5.5.4", "BINARYMIME is not offered"};
   }
   return CheckAscii(envelope.sender, envelope.utf8);
 }
 
-Complaint ReadRecipient(std::string_view argument, Features features, bool utf8, ReceivedRecipient& recipient) {
-  const auto path = ReadPathBehind(argument, "TO:");
+Refusal ReadRecipient(std::string_view argument, Features features, bool utf8, ReceivedRecipient& recipient) {
+  const auto path = ReadMailPathBehind(argument, "TO:");
   if (!path || path->address.empty()) {
     return ServerReply{501, "5.1.3", "Write RCPT TO:<address>, without a blank before the bracket"};
   }
@@ -203,7 +203,7 @@ Complaint ReadRecipient(std::string_view argument, Features features, bool utf8,
     return ServerReply{501, "5.1.3", "The recipient has no domain"};
   }
   recipient.address = path->address;
-  if (auto complaint = TakeParameters(path->rest, features, kRecipientParameters, recipient)) return complaint;
+  if (auto refusal = TakeParameters(path->rest, features, kRecipientParameters, recipient)) return refusal;
   return CheckAscii(recipient.address, utf8);
 }
 
