@@ -55,6 +55,7 @@ struct Bounds {
   std::int64_t highest = 0;
 };
 
+// The one place that knows a key's name, default, choices and bounds.
 struct AccountKeyRow {
   AccountKey key;
   std::string_view name;                      // in the store, and on the command line
@@ -67,6 +68,7 @@ struct AccountKeyRow {
 enum class AccountKeyKind { kText, kNumber, kSwitch, kChoice };
 AccountKeyKind KindOf(const AccountKeyRow& row);
 
+// In the order of AccountKey.
 std::span<const AccountKeyRow> AccountKeyRows();
 const AccountKeyRow& RowOf(AccountKey key);
 // The row with this name, without regard to ASCII case.
@@ -85,10 +87,12 @@ class AccountSettings {
   AccountSettings(AccountSettings&&) = default;
   AccountSettings& operator=(AccountSettings&&) = default;
 
+  // What is not stored is its row's fallback. Values are taken as they are; account_checks.h judges them.
   static Result<AccountSettings> Load(const profile::SettingsStore& store);
   // Writes every key, in order.
   Result<void> Save(profile::SettingsStore& store) const;
 
+  // As stored. IsOn is true for "1" alone.
   const std::string& operator[](AccountKey key) const { return values_[static_cast<std::size_t>(key)]; }
   void Set(AccountKey key, std::string value) { values_[static_cast<std::size_t>(key)] = std::move(value); }
   bool IsOn(AccountKey key) const { return (*this)[key] == "1"; }

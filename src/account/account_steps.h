@@ -30,6 +30,7 @@ Result<std::optional<SenderTexts>> ResetAccount(profile::SettingsStore& store, p
 // Lets a folder be picked as the queue folder: its path, ending in the separator. Cancelling leaves what is there.
 void PickQueueFolder(AccountSettings& shown, platform::Prompts& prompts);
 
+// `log` has the connection's lines as JobSource::LogLine tells them, secrets masked.
 struct AccountTest {
   std::string text;       // what the box shows: an information box when it works, else a warning
   smtp::Outcome outcome;  // its code, and what the server and the client say about it

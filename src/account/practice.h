@@ -16,6 +16,7 @@ namespace quillcast::account {
 // The names of the messages' files in its folder, the last that arrived first.
 std::vector<std::string> PracticeMessages(const std::filesystem::path& folder);
 
+// Called on one thread. The mailbox goes with it, and the account keeps naming it: the next start sees that by WasOn.
 class Practice {
  public:
   // Messages are kept in `folder`. The settings and the clock must outlive it.
@@ -34,6 +35,7 @@ class Practice {
   // Stops the mailbox; the account keeps naming it, so that the next session goes on.
   void Stop() { mailbox_.reset(); }
 
+  // Its mailbox runs; whether the account still names it, Serves tells.
   bool is_on() const { return mailbox_ != nullptr; }
   // It is on, and is the account's server: what is sent goes nowhere else.
   bool Serves() const;

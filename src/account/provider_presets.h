@@ -8,6 +8,7 @@
 
 namespace quillcast::account {
 
+// Part of the program: nothing is looked up over the network.
 struct ProviderPreset {
   std::string_view name;     // "Fastmail"
   std::string_view domains;  // parted by blanks

@@ -22,6 +22,7 @@ inline constexpr std::array<std::string_view, 3> kThreadSections = {"SMTP-Thread
 inline constexpr std::string_view kThreadModesNote =
     "The modes are kept, and have no effect yet: messages are made and sent on one thread.";
 
+// All three, read and written together; "Second" where nothing is stored.
 class ThreadModes {
  public:
   // "No" and "Single" to the letter; anything else, or nothing, is "Second".

@@ -9,13 +9,16 @@
 
 namespace quillcast::cli {
 
+// As they were typed; AccountWith looks at them.
 struct AccountValueOptions {
   std::vector<std::string> assignments;
   std::string password_file;
 };
 
+// `options` must outlive the command, which fills it when the line is parsed.
 void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options);
 
+// `given` has the keys of the line in their order, the password's not among them.
 struct GivenAccount {
   account::AccountSettings account;  // what is stored, with the given values in place
   std::vector<account::AccountKey> given;

@@ -5,6 +5,7 @@
 
 namespace quillcast::cli {
 
+// `context` must outlive `app`, whose actions refer to it (OnRun).
 void AddGroupCommand(CLI::App& app, Context& context);
 void AddRecipientCommand(CLI::App& app, Context& context);
 void AddImportCommand(CLI::App& app, Context& context);

@@ -19,6 +19,7 @@
 
 namespace quillcast::cli {
 
+// One for each command line. A command leaves its exit code in it and changes nothing else.
 struct Context {
   Output& output;
   platform::Prompts& prompts;
@@ -32,6 +33,7 @@ struct Context {
   bool assume_yes = false;  // --yes
   int exit_code = 0;        // set by the command that ran
 
+  // Only where they are; nothing is made.
   profile::Folders Folders() const { return profile::ResolveFolders(environment, executable, profile); }
   // The folders, made ready as at the start of the program: created where missing, with a working Group.mdb.
   Result<profile::Folders> PreparedFolders() const;

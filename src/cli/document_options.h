@@ -10,6 +10,7 @@
 
 namespace quillcast::cli {
 
+// As they were typed; files are not opened before DocumentFrom.
 struct DocumentOptions {
   std::string subject;
   std::string body;
@@ -21,6 +22,7 @@ struct DocumentOptions {
   std::vector<std::string> pictures_from;
 };
 
+// `options` must outlive the command, which fills it when the line is parsed.
 void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
 
 // Reads the body and builds the document, which may take pictures from its own folder, those of the program, and

@@ -12,14 +12,15 @@
 
 namespace quillcast::cli {
 
-// Text that is safe to show: CR LF as a line end, each line by platform::Printable, for it may hold what files and
-// servers say.
+// Text that is safe to show: CR LF as a line end, each line by platform::Printable and cut at 20,000 bytes, for it may
+// hold what files and servers say.
 std::string ForTerminal(std::string_view text);
 
 // Writes without buts: a stream that is closed, full or a broken pipe fails for good and is asked with std::ferror at
 // the end, for no run may break off because nobody listens any more.
 void Print(std::FILE* stream, std::string_view text);
 
+// No call fails: whether all was written is asked once, at the end, and becomes the exit code.
 class Output {
  public:
   bool json = false;

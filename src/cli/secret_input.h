@@ -8,7 +8,7 @@
 
 namespace quillcast::cli {
 
-// The first line of the file, without its line end.
+// The first line of the file, or pipe, of at most 64 KiB, without its line end.
 Result<std::string> SecretFromFile(const std::filesystem::path& file);
 
 // Asked for on the terminal without showing what is typed.

@@ -5,6 +5,8 @@
 
 namespace quillcast::cli {
 
+// With --yes the first choice is taken without asking; without anybody to ask it is No, or Cancel where that is
+// offered.
 class TerminalPrompts final : public platform::Prompts {
  public:
   bool assume_yes = false;  // --yes

@@ -12,6 +12,7 @@
 
 namespace quillcast::document {
 
+// Text alone: whether a file is there is asked by TotalOf, and by the run when it reads it.
 class AttachmentList {
  public:
   // Appends the path unless exactly the same text is there already. True when it was added.
@@ -21,6 +22,7 @@ class AttachmentList {
   // parted by NUL characters. Nothing when it is empty.
   void AddPicked(std::string_view picked);
 
+  // The path to the letter; nothing when it is not there.
   void Remove(std::string_view path);
 
   const std::vector<std::string>& paths() const { return paths_; }
@@ -29,6 +31,7 @@ class AttachmentList {
   std::vector<std::string> paths_;
 };
 
+// True at the moment when TotalOf looked.
 struct AttachmentTotal {
   std::int64_t files = 0;
   std::uint64_t bytes = 0;   // of those that are there

@@ -9,8 +9,10 @@
 
 namespace quillcast::document {
 
+// UTF-16 is known by its byte-order mark and written with it.
 enum class BodyEncoding { kUtf8, kUtf8WithMark, kUtf16Little, kUtf16Big, kWindows1252 };
 
+// Both forms, so that what nobody edits can go back byte for byte.
 struct BodyFile {
   std::string bytes;  // as they stand in the file
   std::string text;   // in UTF-8, without a byte-order mark

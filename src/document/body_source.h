@@ -6,6 +6,7 @@
 
 namespace quillcast::document {
 
+// What the editor puts an edited body between.
 struct BodySource {
   std::string head;       // up to the body's start tag; the document type alone where there is no body tag
   std::string tail;       // from the body's end tag on; empty where content stands behind it, which belongs to the body

@@ -33,6 +33,7 @@ class Drafts {
   // From now on it is one of those that are offered, behind all others.
   Result<void> SetAside() const;
 
+  // Looks into the folder each time.
   bool AreOffered() const { return Offered().first != 0; }
   // The subject of the oldest, empty where it has none.
   std::string OfferedSubject() const;

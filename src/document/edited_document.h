@@ -14,11 +14,14 @@ inline constexpr const char* kDocumentFilter = "HTML Files (*.html;*.htm)|*.html
 class EditedDocument {
  public:
   virtual ~EditedDocument() = default;
+  // Since it was opened, begun or saved last.
   virtual bool HasUnsavedChanges() const = 0;
   virtual std::filesystem::path FileName() const = 0;  // empty for a new document
+  // From then on this is its file; after a failure all is as it was.
   virtual Result<void> SaveTo(const std::filesystem::path& file) = 0;
 };
 
+// Whether what was asked for, which would do away with the document, is to go on.
 enum class SaveDecision { kGoOn, kStay };
 
 // Saves to the current file, or for a new document to one that is picked, after the question about a locked file. False

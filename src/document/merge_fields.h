@@ -54,8 +54,8 @@ inline constexpr std::size_t kLargestMergedText = std::size_t{128} * 1024 * 1024
 // A value that spells a later tag is replaced in turn. Nothing when the text would grow beyond kLargestMergedText.
 std::optional<std::string> ReplaceMergeFields(std::string text, const MergeValues& values);
 
-// Texts that look like a tag ("$*Merge" up to "*$") and are none, each once, the first kMostUnknownTags; they would go
-// out as they stand.
+// Texts that look like a tag ("$*Merge" up to "*$", within 64 bytes) and are none, each once, the first
+// kMostUnknownTags; they would go out as they stand.
 inline constexpr std::size_t kMostUnknownTags = 100;
 std::vector<std::string> UnknownTags(std::string_view text);
 

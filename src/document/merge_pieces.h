@@ -16,10 +16,13 @@ struct MergePiece {
   int field = -1;
 };
 
+// Compiled once and asked for each recipient; text() is what ReplaceMergeFields takes where one pass does not hold.
 class MergePieces {
  public:
+  // What only looks like a tag is literal text.
   explicit MergePieces(std::string text);
 
+  // As it was given; the pieces one after the other are the same text, its tags in their places.
   const std::string& text() const { return text_; }
   const std::vector<MergePiece>& pieces() const { return pieces_; }
   bool HasTags() const { return used_.any(); }

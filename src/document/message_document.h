@@ -15,6 +15,7 @@
 
 namespace quillcast::document {
 
+// kText sends no HTML at all.
 enum class Format { kHtml, kText };
 enum class Priority { kLow, kNormal, kHigh };
 
@@ -22,6 +23,7 @@ enum class Priority { kLow, kNormal, kHigh };
 Format FormatFrom(std::string_view text);
 Priority PriorityFrom(std::string_view text);
 
+// A value: a run keeps a copy, which later typing does not change.
 struct MessageDocument {
   std::string subject;
   std::string html;                   // the body, always kept as HTML

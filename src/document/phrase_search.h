@@ -10,6 +10,7 @@
 
 namespace quillcast::document {
 
+// Built once, for any number of texts and threads.
 class PhraseSearch {
  public:
   // The phrases are different from each other, not empty, and without ASCII capitals.

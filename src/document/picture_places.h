@@ -13,6 +13,7 @@ namespace quillcast::document {
 // Whether the path begins with that of the folder, as both are written.
 bool IsBelow(const std::filesystem::path& file, const std::filesystem::path& folder);
 
+// A value: a run's copy keeps the answers that were given before it.
 class PicturePlaces {
  public:
   PicturePlaces() = default;  // nowhere

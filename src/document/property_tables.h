@@ -7,6 +7,7 @@
 
 namespace quillcast::document {
 
+// `searched` holds no capitals; the HTML is lowered for the search.
 struct PropertyRow {
   std::string_view searched;
   std::string_view shown;

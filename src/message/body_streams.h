@@ -11,8 +11,11 @@
 
 namespace quillcast::message {
 
+// A value goes on in the column where the piece before it ended; a literal begins a line, by a soft line break before
+// it. That costs three octets, and no literal is encoded twice.
 class QuotedPrintableStream {
  public:
+  // Kept by whoever compiles, for as long as anything rendered from it is read.
   struct Literal {
     std::string lines;       // encoded as if it began a line
     std::size_t end_column;  // of the last one
@@ -21,7 +24,9 @@ class QuotedPrintableStream {
   // `is_first` says that it is the beginning of the body.
   static Literal Prepare(std::string_view bytes, bool is_first);
 
+  // A value, or a literal that is not worth preparing; copied into the personal bytes.
   void Add(std::string_view bytes, RenderedPieces& out);
+  // `out` keeps a view of `lines`.
   void AddLiteral(const Literal& literal, RenderedPieces& out);
   void Finish(RenderedPieces& out) { out.EndPersonal(); }
 

@@ -10,6 +10,7 @@
 
 namespace quillcast::message {
 
+// As it stands here: UTF-8 in quoted-printable, not wrapped.
 struct BodyStyle {
   charset::Charset charset = charset::Charset::Utf8();
   charset::Unmapped unmapped = charset::Unmapped::kQuestionMark;  // what becomes of a character that the set lacks

@@ -35,7 +35,9 @@ class EncodedFiles {
   // As lines behind a text that is no MIME, beginning and ending with an empty one.
   std::optional<FileTrouble> AddUuencoded(int fd, const std::filesystem::path& file);
 
+  // Other forms of a file (see InForm) have numbers too, and count.
   std::size_t count() const { return files_.size(); }
+  // How it came out, which for kNone may be base64; the size is that of the encoded octets, line ends included.
   WireForm FormOf(std::size_t file) const { return files_[file].form; }
   std::uint64_t SizeOf(std::size_t file) const { return files_[file].size; }
   // Whether all of it is text in UTF-8, which ASCII is too. No text, for this, is what holds NUL, or the bytes by which

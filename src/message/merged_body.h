@@ -15,6 +15,7 @@
 
 namespace quillcast::message {
 
+// Compiled once. What it renders keeps views of it, so it has to stay where it is for as long.
 class MergedBody {
  public:
   // `text` has "\n" line ends; one is added at the end where it is missing.
@@ -28,6 +29,7 @@ class MergedBody {
   // appended, when the values make it grow beyond document::kLargestMergedText.
   std::optional<WireForm> Render(const document::MergeValues& values, RenderedPieces& out) const;
 
+  // The text as it was given, its last line ended: which tags stand in it, and whether one pass holds.
   const document::MergePieces& source() const { return source_; }
 
  private:

@@ -12,8 +12,10 @@
 
 namespace quillcast::message {
 
+// For kNone and for messages without MIME. What it renders keeps views of it.
 class MergedLines {
  public:
+  // Neither argument is needed afterwards.
   MergedLines(const document::MergePieces& source, const BodyStyle& style);
 
   // The body for these values, for which one pass holds, and what there is to know about its lines.

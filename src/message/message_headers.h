@@ -13,6 +13,7 @@
 
 namespace quillcast::message {
 
+// Known limit: a subject of more than 1 MiB, its values put in, makes no message.
 class MessageHeaders {
  public:
   // `run_id` is chance; with the number of a message it makes its Message-ID.
@@ -23,6 +24,7 @@ class MessageHeaders {
               const platform::Clock& clock, RenderedMessage& out) const;
 
   const std::bitset<document::kMergeFields.size()>& used_fields() const { return subject_.used(); }
+  // Whether MAIL or RCPT gets a parameter of RFC 3461; the envelope then has the Message-ID as its ENVID.
   bool AsksForNotice() const;
   // Whether the account's set holds the subject.
   bool CanHoldSubject(const document::MergeValues& values) const;

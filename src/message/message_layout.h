@@ -7,6 +7,7 @@
 
 namespace quillcast::message {
 
+// Built once a run and walked through for each message. Delimiters are bytes in it like any others.
 class MessageLayout {
  public:
   // kEncoding: the Content-Transfer-Encoding of a multipart, which says whether the message has octets above
@@ -21,6 +22,7 @@ class MessageLayout {
   // `personal_prefix` says that boundaries begin with a prefix that is each message's own.
   explicit MessageLayout(bool personal_prefix) : personal_prefix_(personal_prefix) {}
 
+  // Goes on in the segment before where that is bytes too: fewer segments are fewer pieces in each message.
   void AddBytes(std::string_view bytes);
   void AddText() { Add(Place::kText); }
   void AddHtml() { Add(Place::kHtml); }
@@ -32,6 +34,7 @@ class MessageLayout {
   void NextPart(std::string_view boundary);
   void EndMultipart(std::string_view boundary);
 
+  // In the order of the message. `bytes` belongs to kBytes, `file` (a number of EncodedFiles) to kFile.
   const std::vector<Segment>& segments() const { return segments_; }
 
  private:

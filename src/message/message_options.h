@@ -11,6 +11,7 @@
 
 namespace quillcast::message {
 
+// Made from the account, and checked there: see account/account_message.
 struct MessageOptions {
   std::string sender_name;
   smtp::Address sender_address;

@@ -27,6 +27,7 @@
 
 namespace quillcast::message {
 
+// For one thread, though rendering is const: the encoded files grow while it goes on.
 class MessageTemplate {
  public:
   // `scratch_folder` takes large attachments in their encoded form. Files that cannot be read do not fail it: see
@@ -67,6 +68,7 @@ class MessageTemplate {
     std::string seven_bit_header;  // for one that holds octets above 127
   };
 
+  // What the constructor is made of. A file that cannot be taken in is noted: see trouble() and picture_troubles().
   BodyStyle StyleOf(charset::Charset charset, bool is_html) const;
   void CompileText(const std::string& text);
   void CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy);
@@ -78,6 +80,7 @@ class MessageTemplate {
   void AddFilePart(std::string_view media_type, std::string_view disposition, const std::filesystem::path& file,
                    std::string_view content_id);
 
+  // What Render is made of; false when the values make a text grow without measure.
   bool AppendTexts(const document::MergeValues& values, RenderedMessage& out) const;
   bool AppendText(const TextPart& part, const document::MergeValues& values, RenderedMessage& out) const;
   void AppendFile(std::size_t file, RenderedMessage& out) const;

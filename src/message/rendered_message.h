@@ -18,6 +18,7 @@ namespace quillcast::message {
 class PieceReader {
  public:
   PieceReader() = default;
+  // Both must outlive it.
   PieceReader(const RenderedPieces& pieces, const EncodedFiles& files) : pieces_(&pieces), files_(&files) {}
 
   // As MessageSource::Next.
@@ -60,6 +61,7 @@ class RenderedMessage final : public smtp::MessageSource {
   void SetEightBitHeader() { eight_bit_header_ = true; }
   bool eight_bit() const { return eight_bit_header_ || !eight_bit_parts_.empty(); }
 
+  // Octets of the first form, files included.
   std::uint64_t size() const { return pieces.size(); }
 
   Result<std::string_view> Next() override { return sent_.Next(); }

@@ -13,7 +13,9 @@ namespace quillcast::message {
 // Personal bytes are appended to one buffer that may move, so they are kept as offsets.
 class RenderedPieces {
  public:
+  // Keeps its memory, for the next message.
   void Clear() { CutBack(0); }
+  // Kept as a view: the bytes must stay where they are.
   void AddShared(std::string_view bytes);
   // Personal bytes are appended to this buffer, then EndPersonal takes what was added since the last piece.
   std::string& personal() { return personal_; }
@@ -28,10 +30,12 @@ class RenderedPieces {
   // Takes the pieces from `count` on away.
   void CutBack(std::size_t count);
 
+  // Reserved places count; what is empty was never added.
   std::size_t count() const { return pieces_.size(); }
   bool IsFile(std::size_t index) const { return pieces_[index].kind == Kind::kFile; }
   std::size_t FileAt(std::size_t index) const { return pieces_[index].at; }
   std::string_view At(std::size_t index) const;  // of one that is no file
+  // Octets, files included.
   std::uint64_t size() const { return size_; }
 
  private:

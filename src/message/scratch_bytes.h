@@ -11,11 +11,13 @@
 
 namespace quillcast::message {
 
+// The first MiB stays in memory. The file goes with this, or with the process.
 class ScratchBytes {
  public:
   // The scratch file is made in `folder` when it is needed.
   explicit ScratchBytes(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
+  // Errors are those of making and writing the file, with the remedy to make room in its folder or name another.
   Result<void> Append(std::string_view bytes);
   // Takes away what was appended since the size was `size`.
   Result<void> CutBack(std::uint64_t size);

@@ -13,6 +13,7 @@ inline constexpr std::size_t kLongestLine = 998;
 // Looks at a text piece by piece, however it is cut.
 class WireText {
  public:
+  // The text goes on with these bytes; a line, and a line end, may be cut by a call.
   void Look(std::string_view bytes);
 
   // Line ends are CRLF, no other CR, LF or NUL; no line is too long, and none begins with "From ", which mailboxes

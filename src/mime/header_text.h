@@ -16,6 +16,7 @@ class HeaderText {
  public:
   explicit HeaderText(std::string_view utf8);
 
+  // UTF-8, not yet encoded or folded.
   std::string_view text() const { return text_; }
 
  private:
@@ -56,7 +57,8 @@ void AppendMailbox(std::string& out, FieldName name, const HeaderText& display_n
 
 // Without path separators and control characters; "attachment" when nothing is left.
 std::string SafeFileName(std::string_view utf8);
-// The same in ASCII, for readers that know no better: "_" for each foreign character, shortened before its extension.
+// The same in ASCII, for readers that know no better: "_" for each foreign character, and at most 50 in all; an
+// extension of up to ten, its dot included, is kept.
 std::string AsciiFileName(std::string_view utf8);
 
 // Goes on with a Content-Disposition: `;` CRLF ` filename="..."`, or the RFC 2231 form for names that ASCII cannot hold

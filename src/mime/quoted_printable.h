@@ -25,6 +25,7 @@ void AppendSoftBreak(std::string& out, std::size_t& column);
 // encoded. Lines are at most 76 columns and do not end with a blank.
 class QuotedPrintableFileEncoder {
  public:
+  // The last blank or tab waits for what follows: it is encoded only at a line's end.
   void Encode(std::string_view bytes, std::string& out);
   // Ends the last line. The encoder is then ready for another file.
   void Finish(std::string& out);

@@ -11,8 +11,10 @@
 
 namespace quillcast::net {
 
+// What is connected to and listened on; an address of another family is passed over, see FromSystem.
 enum class Family { kIpv4, kIpv6 };
 
+// Compared byte by byte: ::ffff:127.0.0.1 is another address than 127.0.0.1, though IsLoopback knows both.
 struct IpAddress {
   Family family = Family::kIpv4;
   std::array<std::uint8_t, 16> bytes{};  // network order; the first four for IPv4
@@ -33,6 +35,7 @@ bool IsLoopback(const IpAddress& address);
 // What stands for a host without a name in HELO and EHLO (RFC 5321 4.1.3): "[127.0.0.1]", "[IPv6:::1]".
 std::string AddressLiteral(const IpAddress& address);
 
+// One end of a TCP connection. Port 0: any that is free, to a listener.
 struct Endpoint {
   IpAddress address;
   std::uint16_t port = 0;
@@ -43,6 +46,7 @@ struct Endpoint {
 // "127.0.0.1:25", "[::1]:25".
 std::string ToString(const Endpoint& endpoint);
 
+// A server as a person names it: by a name, in any script, or by an address.
 struct HostPort {
   std::string host;  // without brackets
   std::uint16_t port = 0;
@@ -59,8 +63,10 @@ struct SocketAddress {
   sockaddr_storage storage{};
   socklen_t length = 0;
 
+  // For connect(2) and bind(2), with `length`.
   const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&storage); }
 };
+// `length` is that of the family's own structure.
 SocketAddress ToSystem(const Endpoint& endpoint);
 // Nothing for a family that is neither IPv4 nor IPv6.
 std::optional<Endpoint> FromSystem(const sockaddr* address);

@@ -10,9 +10,9 @@
 namespace quillcast::net {
 
 // Tries the addresses in their order. The next one is tried when one fails, or 250 ms after the last one was begun,
-// while those begun go on; the first to answer wins and the others are dropped (RFC 8305 5). The socket is
-// non-blocking, with TCP_NODELAY and SO_KEEPALIVE. Errors: kUnavailable with the words of the last address that failed,
-// and those of Patience.
+// while those begun go on; the first to answer wins and the others are dropped (RFC 8305 5). At most 16 are under way
+// at a time. The socket is non-blocking, with TCP_NODELAY and SO_KEEPALIVE. Errors: kUnavailable with the words of the
+// last address that failed, and those of Patience.
 Result<platform::UniqueFd> Connect(std::span<const IpAddress> addresses, std::uint16_t port, const Patience& patience);
 
 }  // namespace quillcast::net

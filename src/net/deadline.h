@@ -10,6 +10,7 @@
 
 namespace quillcast::net {
 
+// A moment of Clock::Monotonic. A moment and no length, so that many waits one after the other take no longer than one.
 class Deadline {
  public:
   static Deadline Never() { return Deadline({}); }
@@ -20,6 +21,7 @@ class Deadline {
     return Deadline(now + delay);
   }
 
+  // The moment itself has passed.
   bool Passed(platform::Instant now) const { return moment_ && now >= *moment_; }
 
   // The wait that poll(2) is to be asked for: milliseconds rounded up, so that a wait never ends just before the

@@ -10,7 +10,8 @@
 namespace quillcast::net {
 
 // The name in A-labels (UTS 46, nontransitional, with every check on). A name in ASCII, or an address, is its own
-// answer, whatever it holds. Fails with kNoInput for a name that no host can have.
+// answer, whatever it holds. Fails with kNoInput for a name that no host can have, one of more than 255 octets (RFC
+// 1035 2.3.4) among them.
 Result<std::string> AsciiHost(std::string_view host);
 
 // "mx.example." is "mx.example", said with the root of all names.

@@ -13,6 +13,8 @@ namespace quillcast::net {
 // Whether "127.0.0.1:25", "[::1]:25" or "[::ffff:127.0.0.1]:25" names this machine alone. False for what is no address.
 bool IsLoopbackAddress(std::string_view address_and_port);
 
+// One address, given as numbers; no name is looked up. It stops listening at the end of its life, and the connections
+// that were taken go on.
 class Listener {
  public:
   // One connection that came in. Its descriptor does not block.
@@ -29,6 +31,7 @@ class Listener {
   // Nothing when nobody is waiting. Fails when the system has no descriptor left for one who is.
   Result<std::optional<Accepted>> Accept();
 
+  // For an EventLoop: readable when somebody waits for Accept.
   int fd() const { return fd_.get(); }
   // With the port that was really taken.
   const std::string& address() const { return address_; }

@@ -17,6 +17,8 @@ namespace quillcast::net {
 // any other name leads to is for a name server to say, which others may have a hand in.
 bool IsLoopbackHost(std::string_view host);
 
+// For one thread, one question at a time. Known limit: other places where a system may keep names (multicast DNS,
+// directories) are not asked.
 class Resolver {
  public:
   Resolver();

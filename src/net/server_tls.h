@@ -12,6 +12,7 @@
 
 namespace quillcast::net {
 
+// What unique_ptr calls for the library's two handles.
 struct FreeSslContext {
   void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
 };
@@ -26,6 +27,7 @@ class ServerTls {
   // and kBadData for one that holds something else, or a key that does not belong to the certificate.
   static Result<ServerTls> Load(const std::filesystem::path& certificate, const std::filesystem::path& key);
 
+  // For ServerTlsStream, which keeps it alive on its own.
   SSL_CTX* context() const { return context_.get(); }
 
  private:
@@ -36,6 +38,8 @@ class ServerTls {
 // One connection. The handshake happens by itself while bytes are received.
 class ServerTlsStream {
  public:
+  // Waits for a client's first bytes. Fails with kInternal when the library has no memory; what is wrong with a
+  // certificate, Load has told.
   static Result<ServerTlsStream> Create(const ServerTls& tls);
 
   // Takes what came over the wire and appends what it says to `clear`. False when the connection is broken or over:

@@ -21,8 +21,9 @@ class Stream {
 
   // Reads what is there, up to the buffer's size: nothing when there is nothing yet, 0 when the other side has closed.
   Result<std::optional<std::size_t>> ReadNow(std::span<char> buffer);
-  // Writes as much as goes in one call and returns how many bytes are out, so that a caller knows how far it got when a
-  // later call fails; nothing when none goes. Bytes that were offered are to be offered again, first.
+  // Writes as much as goes in one call, under TLS at most 1 MiB, and returns how many bytes are out, so that a caller
+  // knows how far it got when a later call fails; nothing when none goes. Bytes that were offered are to be offered
+  // again, first.
   Result<std::optional<std::size_t>> WriteNow(std::string_view bytes);
   // Waits until there is something to read, and reads it; with `or_to_write`, also until what did not go may go, and
   // then what it reads may be nothing.
@@ -32,6 +33,7 @@ class Stream {
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
   bool encrypted() const { return tls_ != nullptr; }
 
+  // Empty where there is no socket, or the system does not know.
   Endpoint local() const { return LocalEndpoint(socket_.get()); }
   Endpoint peer() const { return PeerEndpoint(socket_.get()); }
   // Says goodbye under TLS where that needs no waiting, and closes.

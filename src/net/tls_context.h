@@ -14,6 +14,7 @@ struct ssl_st;
 
 namespace quillcast::net {
 
+// What unique_ptr calls; here it needs none of the library's own headers.
 struct FreeTls {
   void operator()(bio_method_st* method) const;
   void operator()(ssl_ctx_st* context) const;

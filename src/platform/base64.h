@@ -17,6 +17,7 @@ std::string Base64(std::string_view bytes);
 // stream is cut.
 class Base64LineEncoder {
  public:
+  // Appends every line that is full by now; up to 56 bytes wait for more, or for Finish.
   void Encode(std::string_view bytes, std::string& out);
   // Writes what is left as the last, shorter line. The encoder is then ready for another stream.
   void Finish(std::string& out);

@@ -15,6 +15,7 @@ inline constexpr std::size_t kLineBytes = 57;  // 76 columns
 inline constexpr std::size_t kLineSize = 78;   // with CRLF
 inline constexpr std::array<char, 2> kLineEnd = {'\r', '\n'};
 
+// Characters, padding included, line ends not.
 constexpr std::size_t EncodedSize(std::size_t bytes) { return (bytes + 2) / 3 * 4; }
 
 // Neither function reads or writes outside what is said here, so that both ends may lie at the end of a page.
@@ -29,6 +30,7 @@ struct Path {
 // What this processor can run: the portable way first, the fastest last.
 std::span<const Path> Paths();
 
+// `encode` of the portable way, with which the vector ways write what is left over at the end.
 void EncodePortably(char* to, const char* in, std::size_t size);
 
 // Adds the ways that need vector instructions which not every processor of this architecture has.

@@ -9,6 +9,8 @@ namespace quillcast::platform {
 using Instant = std::chrono::steady_clock::time_point;
 using Duration = std::chrono::steady_clock::duration;
 
+// Two clocks: the time of day jumps when somebody sets it, so that nothing waits by it; instants mean nothing outside
+// this process, so that nothing shows or keeps them.
 class Clock {
  public:
   virtual ~Clock() = default;
@@ -18,6 +20,7 @@ class Clock {
   virtual std::tm Local(std::chrono::system_clock::time_point moment) const = 0;
 };
 
+// Local time is that of TZ, else of the system's setup.
 class SystemClock final : public Clock {
  public:
   std::chrono::system_clock::time_point Now() const override { return std::chrono::system_clock::now(); }

@@ -7,9 +7,11 @@
 
 namespace quillcast::platform {
 
+// The port; its adapters are XdgDesktop and what tests put in its place.
 class Desktop {
  public:
   virtual ~Desktop() = default;
+  // Comes back when the program was started, not when the person has closed it.
   virtual Result<void> OpenFile(const std::filesystem::path& file) = 0;
 };
 

@@ -7,9 +7,11 @@
 
 namespace quillcast::platform {
 
+// Where Message-IDs, Content-IDs and boundaries draw from.
 class Entropy {
  public:
   virtual ~Entropy() = default;
+  // All 64 bits are chance.
   virtual std::uint64_t Next() = 0;
 };
 

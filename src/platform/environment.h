@@ -6,6 +6,7 @@
 
 namespace quillcast::platform {
 
+// The port; its adapters are ProcessEnvironment and what tests put in its place.
 class Environment {
  public:
   virtual ~Environment() = default;
@@ -13,6 +14,7 @@ class Environment {
   virtual std::optional<std::string> Get(const char* name) const = 0;
 };
 
+// getenv(3): what was exported to this process.
 class ProcessEnvironment final : public Environment {
  public:
   std::optional<std::string> Get(const char* name) const override;

@@ -19,6 +19,7 @@ class UniqueFd {
  public:
   UniqueFd() = default;
   explicit UniqueFd(int fd) : fd_(fd) {}
+  // Assigning swaps: what was held before is closed by the other one's end.
   UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
   UniqueFd& operator=(UniqueFd&& other) noexcept {
     std::swap(fd_, other.fd_);
@@ -26,8 +27,11 @@ class UniqueFd {
   }
   ~UniqueFd() { Close(); }
 
+  // -1 where nothing is open.
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
+  // At once; again is harmless. What close(2) answers is not looked at: a write that has to be known to be on the disk
+  // was followed by fsync(2), see ReplaceFile.
   void Close();
 
  private:
@@ -98,6 +102,8 @@ class FileWriter {
   // system knows no locks, nothing is said.
   void SayItIsBeingWritten() const;
 
+  // 64 KiB wait here, so that a failure may be that of what an earlier call brought. Flush hands them to the system;
+  // neither waits for the disk.
   Result<void> Write(std::string_view text);
   Result<void> Flush();
   const std::filesystem::path& path() const { return path_; }

@@ -5,6 +5,7 @@
 
 namespace quillcast::platform {
 
+// The port, behind which no test switches anything off.
 class Power {
  public:
   virtual ~Power() = default;

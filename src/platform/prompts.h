@@ -8,8 +8,10 @@
 
 namespace quillcast::platform {
 
+// kCancel is given by AskOrCancel alone.
 enum class Answer { kYes, kNo, kCancel };
 
+// What a file dialog is opened with.
 struct FileQuestion {
   std::string title;
   std::string filter;  // "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*"
@@ -17,6 +19,7 @@ struct FileQuestion {
   bool ask_before_overwriting = false;
 };
 
+// Each call waits for the person; where nobody can answer, it comes back with what is said there.
 class Prompts {
  public:
   virtual ~Prompts() = default;

@@ -14,6 +14,8 @@
 
 namespace quillcast {
 
+// What is ours is looked up by its English and its values are put in behind that; what comes from elsewhere is never
+// looked up.
 class Sentence {
  public:
   Sentence() = default;
@@ -25,7 +27,9 @@ class Sentence {
   Sentence(std::string_view pattern, std::vector<Sentence> values)
       : text_(pattern), values_(std::move(values)), is_ours_(true) {}
 
+  // It says nothing, as the remedy of an error that has none.
   bool empty() const { return text_.empty(); }
+  // As logs, reports and terminals have it, the values in their places.
   std::string InEnglish() const;
   // `translate` gives the pattern in the language of the face; it is asked for each pattern, not for values.
   std::string In(const std::function<std::string(const std::string& pattern)>& translate) const;

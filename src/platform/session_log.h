@@ -25,7 +25,8 @@ class SessionLog {
   SessionLog& operator=(const SessionLog&) = delete;
   ~SessionLog();
 
-  // One line with the time; nothing when it says the same as the line before. No address comes into it.
+  // One line with the time, cut at 2,000 bytes; nothing when it says the same as the line before. No address comes into
+  // it.
   void Write(std::string_view text);
 
   static constexpr std::uint64_t kLargest = 1024ULL * 1024;

@@ -17,6 +17,7 @@ struct sqlite3_stmt;
 
 namespace quillcast::platform {
 
+// What unique_ptr calls. A connection that still has statements closes with the last of them.
 struct CloseDatabase {
   void operator()(sqlite3* database) const;
 };
@@ -29,6 +30,7 @@ class Statement {
  public:
   explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
 
+  // What is bound stays so over Reset. Fails for a parameter that the statement has not.
   Result<void> Bind(int parameter, std::string_view text);      // the text is copied
   Result<void> BindView(int parameter, std::string_view text);  // not copied: it must outlive the next Step
   Result<void> Bind(int parameter, std::int64_t number);
@@ -39,15 +41,18 @@ class Statement {
   Result<void> Run();
   void Reset();
 
+  // Known before the first Step. A name is what the query calls the column.
   int ColumnCount() const;
   std::string_view ColumnName(int column) const;
   std::string_view Text(int column) const;  // valid until the next Step or Reset; NULL reads as empty
+  // 0 for NULL and for text that is no number.
   std::int64_t Int(int column) const;
 
  private:
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;
 };
 
+// kReadWrite makes no file; kCreate makes one (0600), and takes others' permissions from one that is there.
 enum class OpenMode { kReadOnly, kReadWrite, kCreate };
 
 // How long a statement may take.
@@ -68,8 +73,10 @@ class Database {
   // From here on no request ends a statement.
   void ForgetCancel();
 
+  // One statement: what stands behind its ";" is not run.
   Result<Statement> Prepare(std::string_view sql);
   Result<void> Execute(const char* sql);  // one or several statements without parameters
+  // Of the last INSERT of this connection, and of the last statement of it that changed rows; 0 before the first.
   std::int64_t LastInsertId() const;
   std::int64_t ChangedRows() const;
 
@@ -81,6 +88,7 @@ class Database {
   using Like = bool (*)(std::string_view pattern, std::string_view text);
   Result<void> ReplaceLike(Like like);
 
+  // As it was given to Open.
   const std::filesystem::path& path() const { return path_; }
 
  private:
@@ -98,11 +106,13 @@ class Database {
 // BEGIN IMMEDIATE at once; ROLLBACK at the end of its life unless committed.
 class Transaction {
  public:
+  // Fails with kTryAgain when another writer's lock outlasts the connection's patience. `database` must outlive it.
   static Result<Transaction> Begin(Database& database);
   Transaction(Transaction&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
   Transaction& operator=(Transaction&&) = delete;
   ~Transaction();
 
+  // After a failure the transaction is open still, and goes back at the end of its life.
   Result<void> Commit();
 
  private:

@@ -10,6 +10,8 @@
 
 namespace quillcast::platform {
 
+// Of A to Z and a to z alone, whatever the locale: all other bytes, those of UTF-8 above 127 included, stand for
+// themselves.
 char AsciiLower(char c);
 char AsciiUpper(char c);
 bool AsciiIsAlnum(char c);

@@ -10,6 +10,7 @@ namespace quillcast::platform {
 // What DecodeUtf8 gives for a byte that starts no well-formed sequence.
 inline constexpr char32_t kNotUtf8 = 0xFFFFFFFF;
 
+// A step through a text goes on by `length`, whatever was found.
 struct DecodedUtf8 {
   char32_t code;       // the code point, or kNotUtf8
   std::size_t length;  // bytes it takes; 1 with kNotUtf8
@@ -19,8 +20,10 @@ struct DecodedUtf8 {
 // not well-formed.
 DecodedUtf8 DecodeUtf8(std::string_view text);
 
+// `code` is a Unicode scalar value; that is not looked at.
 void AppendUtf8(std::string& out, char32_t code);
 
+// Well-formed from end to end, so that a sequence cut off at the end is a fault; the empty text is none.
 bool IsUtf8(std::string_view text);
 // C0, DEL, or C1 as UTF-8 writes them.
 bool HoldsControl(std::string_view text);

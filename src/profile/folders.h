@@ -9,6 +9,7 @@
 
 namespace quillcast::profile {
 
+// Made once, by ResolveFolders, and handed on by reference; nothing in it need exist.
 struct Folders {
   std::filesystem::path program;     // what was installed: the template Group.mdb, the help, the demonstration
   std::filesystem::path data;        // the working Group.mdb and History; ends in a separator
@@ -16,6 +17,7 @@ struct Folders {
   std::filesystem::path settings;    // the file of the settings store
   bool program_is_installed = true;  // false when a variable names the program folder
 
+  // The fixed names below these folders. Whether the file exists is not asked.
   std::filesystem::path Database() const { return data / "Group.mdb"; }
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
   std::filesystem::path History() const { return data / "History"; }

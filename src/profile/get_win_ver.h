@@ -6,6 +6,7 @@
 
 namespace quillcast::profile {
 
+// As the system's own call fills it in. `platform`: 0 for what runs on DOS, 1 for the line of 95, 2 for NT.
 struct VersionRecord {
   std::uint32_t platform = 0;
   std::uint32_t major = 0;

@@ -16,6 +16,7 @@ inline constexpr std::array<const char*, 3> kSendingMethods = {"Personal Sending
 inline constexpr std::array<const char*, 3> kPriorities = {"Low", "Normal", "High"};
 inline constexpr std::array<const char*, 2> kFormats = {"HTML", "Text"};
 
+// Texts as they are stored, not checked: a box may lack the entry that one names.
 struct MainWindowContents {
   std::string from;                           // "Ada <ada@example.org>"; empty while the account is incomplete
   std::vector<std::string> groups;            // the To box, in the order of the store
@@ -28,6 +29,7 @@ struct MainWindowContents {
 // "Name <Email>", or empty when one of the two is.
 Result<std::string> SenderText(const SettingsStore& settings);
 
+// `group_names` come in the order of the store. Fails only when the settings file is there and cannot be read.
 Result<MainWindowContents> LoadMainWindow(const SettingsStore& settings, std::vector<std::string> group_names);
 
 }  // namespace quillcast::profile

@@ -5,6 +5,7 @@
 
 namespace quillcast::profile {
 
+// Of a whole window, in the pixels that forms are laid out in.
 struct PixelSize {
   int width = 0;
   int height = 0;

@@ -16,6 +16,7 @@ namespace quillcast::profile {
 // what has more time runs beside the window.
 inline constexpr platform::LockPatience kWindowPatience{.lock_wait = std::chrono::milliseconds(50)};
 
+// What they refer to outlives every window.
 struct Program {
   const Folders& folders;
   SettingsStore& settings;

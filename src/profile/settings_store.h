@@ -12,6 +12,7 @@
 
 namespace quillcast::profile {
 
+// For WriteAll, which copies both before it comes back.
 struct SettingValue {
   std::string_view key;
   std::string_view value;
@@ -36,6 +37,7 @@ class SettingsStore {
   // "settings.db.damaged-N", never emptied; the Error then says where it is now. Called once at the start.
   Result<void> CheckFile();
 
+  // Need not exist yet.
   const std::filesystem::path& file() const { return file_; }
 
  private:

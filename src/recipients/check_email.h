@@ -10,6 +10,7 @@
 
 namespace quillcast::recipients {
 
+// In bytes of the text.
 struct AddressMatch {
   std::size_t position;
   std::size_t length;

@@ -43,6 +43,7 @@ class RowWalk {
   std::int64_t position_ = 0;
 };
 
+// kEnded: the visitor had enough. kCancelled: the token said so.
 enum class Walked { kToTheEnd, kEnded, kCancelled };
 
 // Calls `visit` with each row of the range and its place, until it gives false (kEnded) or `cancel`, where there is

@@ -28,6 +28,7 @@ class Address {
   static constexpr SentencePattern<1> kHoldsControl =
       "\"{}\" holds a control character, so it is no address to send to.";
 
+  // As it was given: the domain is in A-labels only where it came so.
   const std::string& text() const { return text_; }
   bool empty() const { return text_.empty(); }
   // What stands before the last "@", and behind it.

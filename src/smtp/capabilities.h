@@ -7,6 +7,7 @@
 
 namespace quillcast::smtp {
 
+// As it stands here a server offers nothing, as after HELO.
 struct Capabilities {
   bool pipelining = false;             // RFC 2920
   bool eight_bit_mime = false;         // RFC 6152
@@ -22,6 +23,7 @@ struct Capabilities {
   // Those of AUTH that have a name known here, in capitals, each once: what a server makes up is not kept.
   std::vector<std::string_view> mechanisms;
 
+  // In any case of its letters. False for a mechanism without a name known here, whatever the server said.
   bool Offers(std::string_view mechanism) const;
 };
 

@@ -12,7 +12,8 @@ namespace quillcast::smtp {
 enum class DsnNotify { kNone, kServerDefault, kAll, kFailure, kSuccess, kDelay, kNever };
 enum class DsnReturn { kNone, kServerDefault, kHeaders, kFull };
 
-// One message to one recipient.
+// One message to one recipient. The addresses were checked when they were made. What the server does not offer is
+// settled by smtp/client/fit_envelope.
 struct Envelope {
   Address sender;          // nobody for a message that nobody is to answer
   Address recipient;       // the session refuses nobody

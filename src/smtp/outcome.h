@@ -10,6 +10,7 @@
 namespace quillcast::smtp {
 
 // What is known of the message at the end.
+// Where a message can end. Those that no message went out to have their states in run::ResultState.
 enum class State {
   kSent,      // the server took responsibility (2xx at the end of data)
   kRefused,   // 5xx: trying again does not help
@@ -19,6 +20,7 @@ enum class State {
 };
 
 // The verdict on one message, or on a session that had none.
+// Told once for each message, by JobSource::Finished.
 struct Outcome {
   State state = State::kFailed;
   ResultCode code = ResultCode::kException;

@@ -17,11 +17,14 @@ inline void Wipe(std::string& text) {
   text.clear();
 }
 
+// Moving swaps, so that nothing stays behind in what was moved from. There is no way to add to one: memory that a
+// growing text left would not be wiped.
 class Secret {
  public:
   Secret() = default;
   explicit Secret(std::string_view text) : text_(text) {}
   explicit Secret(const char* text) : text_(text) {}
+  // The caller's string is wiped.
   explicit Secret(std::string&& text) {
     text_.swap(text);
     Wipe(text);
@@ -35,6 +38,7 @@ class Secret {
   Secret& operator=(const Secret& other) { return *this = Secret(other); }
   ~Secret() { Wipe(text_); }
 
+  // A copy made of it is no longer looked after.
   std::string_view view() const { return text_; }
   bool empty() const { return text_.empty(); }
 

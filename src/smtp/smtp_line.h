@@ -10,6 +10,7 @@
 
 namespace quillcast::smtp {
 
+// How long it is, is not looked at.
 class SmtpLine {
  public:
   // Words that stand in this program: what they hold is checked when they are compiled, as From does for others.
@@ -21,6 +22,7 @@ class SmtpLine {
     if (HoldsControl(text)) return {};
     return SmtpLine(std::move(text));
   }
+  // In decimal digits.
   static SmtpLine Of(std::uint64_t number) { return SmtpLine(std::to_string(number)); }
 
   // This, a blank, and `more`.

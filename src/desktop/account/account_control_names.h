@@ -42,6 +42,7 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
 
 static_assert(kAccountControls.back() != nullptr, "each control has its name");
 
+// The objectName of the control, by which the form and its tests find it.
 constexpr const char* NameOf(account::AccountControl control) {
   return kAccountControls.at(static_cast<std::size_t>(control));
 }

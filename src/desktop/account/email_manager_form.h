@@ -21,6 +21,8 @@ class FormGrid;
 class NotePanel;
 class StatusLine;
 
+// Shows the account as stored, changes it only at OK and at a reset; which controls can be used is account_form's to
+// say.
 class EmailManagerForm final : public QDialog {
   Q_OBJECT
  public:

@@ -8,6 +8,7 @@
 
 namespace quillcast::desktop {
 
+// OK stores all three modes; where that fails it says why and stays.
 class ThreadForm final : public QDialog {
   Q_OBJECT
  public:

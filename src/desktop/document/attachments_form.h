@@ -15,6 +15,7 @@ class StatusLine;
 // "3 files, 1.2 MiB", and how many of them are not there.
 QString InWords(const document::AttachmentTotal& total);
 
+// Works on a copy; after OK the caller takes what remains.
 class AttachmentsForm final : public QDialog {
   Q_OBJECT
  public:

@@ -9,17 +9,20 @@ namespace quillcast::desktop {
 class HtmlEditor;
 class SourceView;
 
+// The editor becomes its child.
 class BodyView final : public QStackedWidget {
   Q_OBJECT
  public:
   BodyView(HtmlEditor* editor, QWidget* parent);
 
+  // True from ShowSource to LeaveSource; what is typed meanwhile is not in the editor.
   bool shows_source() const;
   void ShowSource();
   // Gives the editor what was changed there, and the keys; nothing where the editor is shown.
   void LeaveSource();
 
  signals:
+  // After the change of view; false when the editor is back.
   void SourceShown(bool shown);
   // A second after the last change in the source: the document as it will be.
   void SourceChanged(const QString& html);

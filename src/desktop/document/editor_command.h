@@ -3,6 +3,7 @@
 
 namespace quillcast::desktop {
 
+// For HtmlEditor::Run, which knows the engine's name of each.
 enum class EditorCommand {
   kBold,
   kCopy,

@@ -18,6 +18,7 @@ namespace quillcast::desktop {
 
 class HtmlEditor;
 
+// The editor must outlive it.
 class EditorDocument final : public document::EditedDocument {
  public:
   // A second after each change the message is also kept as a draft. `add_fields` gives a draft what stands outside the
@@ -38,6 +39,8 @@ class EditorDocument final : public document::EditedDocument {
   // of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
 
+  // In place of what is in the editor, without a question. A text file becomes HTML that has no file yet. What cannot
+  // be read leaves the editor as it was.
   Result<void> Open(const std::filesystem::path& file);
   // A document without a name, which counts as unchanged.
   Result<void> StartNew(const std::string& html);

@@ -15,8 +15,10 @@ namespace quillcast::desktop {
 class EditorBridge final : public QObject {
   Q_OBJECT
  public:
+  // `places` must outlive it.
   EditorBridge(const document::PicturePlaces& places, QObject* parent) : QObject(parent), places_(places) {}
  public slots:
+  // Called by the script, which knows them by these names.
   void changed() { emit Edited(); }
   void selectionMoved() { emit SelectionMoved(); }
   void picturePasted() { emit PicturePasted(); }
@@ -24,6 +26,7 @@ class EditorBridge final : public QObject {
   // Those of these addresses that are pictures which may be shown.
   QStringList allowedPictures(const QStringList& addresses) const;
  signals:
+  // What the script noticed. No notice says what: the editor asks the page.
   void Edited();
   void SelectionMoved();
   void PicturePasted();
@@ -33,6 +36,7 @@ class EditorBridge final : public QObject {
   const document::PicturePlaces& places_;
 };
 
+// Links, forms, frames and refreshes lead nowhere, and no window opens. The document's own scripts are off.
 class EditorPage final : public QWebEnginePage {
   Q_OBJECT
  public:
@@ -50,6 +54,7 @@ class EditorView final : public QWebEngineView {
  public:
   using QWebEngineView::QWebEngineView;
  signals:
+  // Paths of files that were dropped on it.
   void FilesDropped(const QStringList& files);
 
  protected:

@@ -6,6 +6,7 @@
 
 namespace quillcast::desktop {
 
+// As it stands here: a caret in plain text of the usual size.
 struct EditorState {
   bool bold = false;
   bool italic = false;
@@ -24,6 +25,7 @@ struct EditorState {
   QString link_text;
   QString selected;  // the selected text
 
+  // `map` is what state() of the editing script gives.
   static EditorState From(const QVariantMap& map);
 };
 

@@ -10,6 +10,7 @@ namespace quillcast::desktop {
 
 class HtmlEditor;
 
+// Hidden until Open. Enter or F3 goes on, with Shift back; Esc closes.
 class FindBar final : public QWidget {
   Q_OBJECT
  public:

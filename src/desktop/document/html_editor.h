@@ -30,6 +30,8 @@ class EditorBridge;
 class EditorPage;
 class EditorView;
 
+// What asks the page waits for its answer in a loop that takes no typing: five seconds at most, a minute for a whole
+// document.
 class HtmlEditor final : public QWidget {
   Q_OBJECT
  public:
@@ -46,12 +48,14 @@ class HtmlEditor final : public QWidget {
   void BeginTyping();
   const QUrl& base() const { return base_; }
 
+  // Asks the page too: the notice of a key may be on its way.
   bool IsModified() const;
   void SetModified(bool modified);
   // For a preview: shown, scrolled and copied from, not changed.
   void SetReadOnly(bool read_only);
   bool is_read_only() const { return read_only_; }
 
+  // Needs a document. kFindText is no change of the text: it emits FindRequested.
   void Run(EditorCommand command);
   void PastePlain();
   // A command of the engine by its name: "fontName", "foreColor", ...
@@ -87,7 +91,9 @@ class HtmlEditor final : public QWidget {
   QVariant Evaluate(const QString& script, int milliseconds = 5000) const;
 
  signals:
+  // Only when it became another.
   void ModifiedChanged(bool modified);
+  // 40 milliseconds after the caret moved or the text changed.
   void StateChanged(const quillcast::desktop::EditorState& state);
   void FindRequested();
   // A second after the last change: the document as it is now.
@@ -101,6 +107,8 @@ class HtmlEditor final : public QWidget {
     QUrl base;
     bool modified;
   };
+  // The engine, its page, and a document in it. SavingScript asks the page for the document and Assemble puts its
+  // answer into the source.
   void Start();
   void MakePage();
   bool Load(const Document& document);

@@ -7,6 +7,7 @@ class QLineEdit;
 
 namespace quillcast::desktop {
 
+// Changes nothing: after OK the caller takes the address and the text.
 class LinkForm final : public QDialog {
   Q_OBJECT
  public:

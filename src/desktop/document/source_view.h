@@ -7,11 +7,13 @@ class QTimer;
 
 namespace quillcast::desktop {
 
+// In a font of fixed width, its lines wrapped. The box knows one line end; what comes out has those that went in.
 class SourceView final : public QPlainTextEdit {
   Q_OBJECT
  public:
   explicit SourceView(QWidget* parent);
 
+  // IsChanged begins here.
   void SetHtml(const QString& html);
   // With the line ends and the blanks that it was given.
   QString Html() const;

@@ -12,11 +12,13 @@ class QRadioButton;
 
 namespace quillcast::desktop {
 
+// OK closes it only when document::CheckTable has nothing against the choice.
 class TableForm final : public QDialog {
   Q_OBJECT
  public:
   TableForm(platform::Prompts& prompts, QWidget* parent);
 
+  // As it stands in the boxes; after OK it has passed the check.
   document::TableChoice Choice() const;
 
  public slots:

@@ -9,6 +9,7 @@
 
 namespace quillcast::smtp {
 
+// The lowest `octets` octets of the value, the lowest first.
 inline void AppendLittleEndian(std::string& out, std::uint64_t value, int octets) {
   for (int n = 0; n < octets; ++n) out += static_cast<char>(value >> (8 * n));
 }

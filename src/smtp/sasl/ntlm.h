@@ -20,6 +20,7 @@ struct NtlmChallenge {
 
 // Who signs in: "DOMAIN\user"; or "user@domain", which goes as it is with an empty domain.
 struct NtlmIdentity {
+  // Both are views into `account`.
   explicit NtlmIdentity(std::string_view account);
   std::string_view domain;
   std::string_view user;
@@ -36,6 +37,7 @@ struct NtlmClient {
 // Hundreds of nanoseconds since 1601, from seconds since 1970, as its 8 octets.
 std::string NtlmTime(std::int64_t unix_seconds);
 
+// The first message, always the same: it names neither domain nor computer.
 std::string NtlmNegotiate();
 
 // Fails with kBadData for a message that is cut, points beyond its end or at its own head, has parts that overlap, or

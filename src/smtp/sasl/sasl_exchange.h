@@ -11,6 +11,8 @@
 
 namespace quillcast::smtp {
 
+// Begin once, Answer for each 334, Finish at 235. Known limits: a first message goes into the AUTH command only where
+// that stays within 510 octets, and a response of more than 12,286 fails (RFC 5321 4.5.3.1.4, RFC 4954 4).
 class SaslExchange {
  public:
   // `traces`, which must outlive the exchange, learns what both sides say.

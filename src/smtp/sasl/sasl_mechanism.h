@@ -43,6 +43,7 @@ struct Credentials {
 Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
                                                        const Credentials& credentials);
 
+// Known limit: a server that asks for more than 2,000,000 rounds of SCRAM is refused.
 std::unique_ptr<SaslMechanism> MakePlain(const Credentials& credentials);        // RFC 4616
 std::unique_ptr<SaslMechanism> MakeLogin(const Credentials& credentials);        // draft-murchison-sasl-login
 std::unique_ptr<SaslMechanism> MakeCramMd5(const Credentials& credentials);      // RFC 2195

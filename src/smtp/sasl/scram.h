@@ -11,6 +11,7 @@
 
 namespace quillcast::smtp {
 
+// As long as the digest; compared by SameSecret alone.
 struct ScramProofs {
   Secret client;  // what the client shows
   Secret server;  // what the server shows: its signature

@@ -10,6 +10,7 @@
 
 namespace quillcast::smtp {
 
+// Wiped when it goes.
 class SecretLine {
  public:
   // Words that people may see.

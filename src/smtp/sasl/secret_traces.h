@@ -27,7 +27,7 @@ class SecretTraces {
   // The sign-in is over. A challenge is worth nothing without its response, and often holds the server's name.
   void End();
 
-  // Whether a text of the server's may not be shown.
+  // Whether a text of the server's may not be shown. One of more than 4,096 octets never is.
   bool In(std::string_view text) const;
 
  private:
