@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace quillcast::mime;  // NOLINT(google-build-using-namespace)
+using namespace quillcast::html;  // NOLINT(google-build-using-namespace)
 
 struct Shape {
   std::string_view name;
