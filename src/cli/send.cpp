@@ -9,6 +9,7 @@
 #include "cli/send_steps.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "run/partial_range.h"
 #include "run/prepared_run.h"
 #include "smtp/outcome_text.h"
 
@@ -94,20 +95,7 @@ class SendListener final : public run::RunListener {
   std::int64_t last_not_tried_ = 0;
 };
 
-Result<std::optional<run::PartialRange>> RangeFrom(const std::string& text, std::int64_t recipients) {
-  if (text.empty()) return std::optional<run::PartialRange>();
-  const auto dash = text.find('-');
-  const auto first = platform::ParseWholeNumber(text.substr(0, dash));
-  const auto last = dash == std::string::npos ? first : platform::ParseWholeNumber(text.substr(dash + 1));
-  if (first && last && *first >= 1 && *first <= *last && *last <= recipients) {
-    return std::optional(run::PartialRange{*first, *last});
-  }
-  return Error{Failure::kUsage, Say("\"{}\" is no range of recipients.", platform::Printable(text, 40)),
-               Say("Write FIRST-LAST with numbers from 1 to {}.", recipients)};
-}
-
-int TellSummary(Context& context, const run::PreparedRun& prepared, const profile::Folders& folders,
-                const std::optional<run::PartialRange>& range, const run::RunSummary& summary) {
+int TellSummary(Context& context, const profile::Folders& folders, const run::RunSummary& summary) {
   context.output.Object({{"sent", summary.sent},
                          {"failed", summary.failed},
                          {"not_tried", summary.not_tried},
@@ -116,10 +104,9 @@ int TellSummary(Context& context, const run::PreparedRun& prepared, const profil
       fmt::format("{} sent, {} failed.", platform::Counted(summary.sent, "message", "messages"), summary.failed));
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   if (summary.not_tried > 0) {
-    const std::int64_t last = range ? range->last : prepared.group().recipients;
     context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",
                                     platform::Counted(summary.not_tried, "recipient was", "recipients were"),
-                                    last - summary.not_tried + 1, last));
+                                    summary.last - summary.not_tried + 1, summary.last));
   }
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (summary.not_tried > 0) return ExitCode(Failure::kTryAgain);
@@ -138,7 +125,7 @@ int RunMailing(Context& context, const profile::Folders& folders, run::PreparedR
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());
   listener.CountNotTried();
-  return TellSummary(context, prepared, folders, range, *summary);
+  return TellSummary(context, folders, *summary);
 }
 
 // Composes every message and hands over nothing.
@@ -226,7 +213,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!folders) return context.output.Fail(folders.error());
   auto prepared = PrepareRun(context, *folders, options.document, options.group);
   if (!prepared) return context.output.Fail(prepared.error());
-  const auto range = RangeFrom(options.range, prepared->group().recipients);
+  const auto range = run::RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());
   if (const int refused = AskBeforeSending(context, *prepared)) return refused;
 

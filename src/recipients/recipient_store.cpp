@@ -72,6 +72,14 @@ List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipi
   return values;
 }
 
+// Its rows were numbered as they were written, so the last number is their count.
+Result<std::int64_t> SizeOfCopy(Database& database) {
+  auto last = database.Prepare("SELECT coalesce(max(rowid), 0) FROM temp.[Copy]");
+  if (!last) return last.error();
+  const auto row = last->Step();
+  return row ? Result<std::int64_t>(last->Int(0)) : row.error();
+}
+
 // For the statement that has its key at the end.
 List<kFieldCount + 1> ValuesAndKey(std::string_view key, const Recipient& recipient) {
   auto values = KeyAndValues(key, recipient);
@@ -262,9 +270,11 @@ Result<RecipientCursor> RecipientStore::ListRecipients(std::int64_t group_id, st
     if (const auto done = copy->rows().Run(); !done) return done.error();
   }
   database->ForgetCancel();  // the copy is private: whoever was cancelled may still want to know who is left in it
+  const auto size = SizeOfCopy(*database);
+  if (!size) return size.error();
   auto rows = database->Prepare("SELECT * FROM temp.[Copy] ORDER BY rowid");
   if (!rows) return rows.error();
-  return RecipientCursor(std::move(*database), std::move(*rows), kColumns);
+  return RecipientCursor(std::move(*database), std::move(*rows), kColumns, *size);
 }
 
 Result<RecipientCursor> RecipientStore::ListNames(std::int64_t group_id, std::string_view sort_sql) const {

@@ -28,15 +28,18 @@ enum class Reading : std::uint8_t { kLive, kCopy };
 class RecipientCursor final : public RowSource {
  public:
   // Over rows that give all fields in order, or address, first and last name.
-  RecipientCursor(platform::Database connection, platform::Statement rows, int columns)
-      : connection_(std::move(connection)), rows_(std::move(rows)), columns_(columns) {}
+  RecipientCursor(platform::Database connection, platform::Statement rows, int columns,
+                  std::optional<std::int64_t> size = {})
+      : connection_(std::move(connection)), rows_(std::move(rows)), columns_(columns), size_(size) {}
 
   Result<bool> Next(Recipient& recipient) override;
+  std::optional<std::int64_t> size() const override { return size_; }  // of a copy
 
  private:
   platform::Database connection_;  // before rows_: it is closed after them
   platform::Statement rows_;
   int columns_;
+  std::optional<std::int64_t> size_;
 };
 
 class RecipientStore {

@@ -18,6 +18,8 @@ class RowSource {
   // True when `recipient` was filled, false behind the last. Not to be called again after that, nor after a failure: it
   // might begin anew.
   virtual Result<bool> Next(Recipient& recipient) = 0;
+  // How many there are in all, from a source that nobody changes meanwhile; nothing from others.
+  virtual std::optional<std::int64_t> size() const { return {}; }
 };
 
 // A part of a group's list, by 1-based places in it, both included.

@@ -35,8 +35,9 @@ struct ChosenGroup {
   std::int64_t recipients = 0;
 };
 
-// Nothing here changes under its questions: the account is read, and the message compiled, at the first one that needs
-// it, and is then the same for all. It belongs to one thread.
+// The account is read, and the message compiled, at the first question that needs it, and is then the same for all. The
+// group's rows are read at each question as they are then; Run makes a copy of them, which alone decides whom it goes
+// to. It belongs to one thread.
 class PreparedRun {
  public:
   PreparedRun(document::MessageDocument document, ChosenGroup group, const RunPlace& place);

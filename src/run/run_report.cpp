@@ -8,11 +8,11 @@
 
 namespace quillcast::run {
 
-void RunReport::Started(std::int64_t recipients, const std::optional<PartialRange>& range) {
-  Line("Personal Sending process has been started.");
+void RunReport::Started() { Line("Personal Sending process has been started."); }
+
+void RunReport::SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range) {
   if (range) {
-    Line(fmt::format("Partial Sending to {} recipients (from #{} to #{}).", range->last - range->first + 1,
-                     range->first, range->last));
+    Line(fmt::format("Partial Sending to {} recipients (from #{} to #{}).", recipients, range->first, range->last));
   } else {
     Line(fmt::format("Sending to {} recipients.", recipients));
   }

@@ -21,7 +21,9 @@ class RunReport {
   RunReport(platform::FileWriter file, std::function<void(std::string_view)> shown)
       : file_(std::move(file)), shown_(std::move(shown)) {}
 
-  void Started(std::int64_t recipients, const std::optional<PartialRange>& range);
+  void Started();
+  // `recipients`: of the range, where there is one, else of the group.
+  void SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range);
   void LogLine(std::string_view line);  // of the connection
   void Sent();
   void Failed(std::int32_t code);

@@ -1,11 +1,11 @@
 #include "run/sending_run.h"
 
-#include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "run/partial_range.h"
 #include "run/pre_flight.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
@@ -59,10 +59,11 @@ class Run final : public smtp::JobSource {
 
  private:
   std::int64_t Done() const { return summary_.sent + summary_.failed; }
-  std::int64_t InRange() const { return range_.last - range_.first + 1; }
+  std::int64_t InRange() const { return SizeOf(range_); }
   bool IsCancelled() const { return parts_.cancel.Requested() != platform::Stop::kNone; }
   bool MayGoOn() const { return !IsCancelled() && !summary_.stopped; }
   bool OpenRows(recipients::Reading reading);
+  void TakeSize(std::int64_t size);
   bool NextRow();
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
@@ -81,6 +82,7 @@ class Run final : public smtp::JobSource {
   RunSummary summary_;
   std::unique_ptr<recipients::RowSource> rows_;
   std::optional<recipients::RowWalk> walk_;  // over rows_
+  bool unreadable_ = false;                  // one of them
   recipients::Recipient row_;
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
@@ -93,20 +95,19 @@ class Run final : public smtp::JobSource {
 };
 
 RunSummary Run::Execute() {
-  report_.Started(parts_.recipients, parts_.range);
+  report_.Started();
+  const bool copied = OpenRows(recipients::Reading::kCopy);
+  if (!copied) OpenRows(recipients::Reading::kLive);  // no copy, no run; but who is in the group can still be told
+  report_.SendingTo(InRange(), parts_.range && InRange() > 0 ? std::optional(range_) : parts_.range);
+  listener_.Progress(0, InRange(), 0, 0);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  if (OpenRows(recipients::Reading::kCopy)) {
-    parts_.carrier.Carry(*this);
-  } else {
-    OpenRows(recipients::Reading::kLive);  // no copy, no run; but who is in the group can still be told
-  }
+  if (copied) parts_.carrier.Carry(*this);
   NameThoseNotTried();
   report_.Completed(summary_.sent, summary_.failed);
   Flush();
   summary_.history = history_;
-  summary_.cancelled = IsCancelled() && Done() < InRange();
-  summary_.not_tried = std::max<std::int64_t>(0, InRange() - Done());
+  summary_.cancelled = IsCancelled() && summary_.not_tried > 0;
   return summary_;
 }
 
@@ -117,14 +118,32 @@ bool Run::OpenRows(recipients::Reading reading) {
     return false;
   }
   rows_ = std::move(*rows);
-  walk_.emplace(*rows_, range_);
+  if (const auto size = rows_->size()) TakeSize(*size);
+  walk_.emplace(*rows_, rows_->size() ? std::optional(range_) : parts_.range);
   return true;
+}
+
+// The group may have changed while whoever sends was asked, and goes on changing: what was copied is who gets it.
+void Run::TakeSize(std::int64_t size) {
+  range_ = parts_.range ? UpTo(size, *parts_.range) : PartialRange{1, size};
+  if (size != parts_.recipients) {
+    listener_.Note(SayOf(size, "The group has changed meanwhile: it has {} recipient now, not {}.",
+                         "The group has changed meanwhile: it has {} recipients now, not {}.",
+                         NumberValue(parts_.recipients)));
+  }
+  if (InRange() == 0) {
+    summary_.stopped = Error{Failure::kUsage, "Nobody is left in the list to send to.", "Choose the recipients anew."};
+  } else if (parts_.range && range_.last < parts_.range->last) {
+    listener_.Note(Say("The list ends with #{}, so #{} to #{} of the part are nobody.", range_.last, range_.last + 1,
+                       parts_.range->last));
+  }
 }
 
 // The next row of the range, or false at its end.
 bool Run::NextRow() {
   if (!walk_) return false;
   const auto row = walk_->Next(row_);
+  unreadable_ = unreadable_ || !row;
   if (!row && !summary_.stopped) summary_.stopped = row.error();
   return row && *row;
 }
@@ -208,9 +227,19 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   return listener_.GoOn(refusal, times);
 }
 
-// Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after.
+// Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named
+// are counted by what is known of the list.
 void Run::NameThoseNotTried() {
-  while (NextRow()) listener_.NotTried(walk_->position(), row_.email());
+  summary_.last = range_.last;
+  while (NextRow()) {
+    ++summary_.not_tried;
+    listener_.NotTried(walk_->position(), row_.email());
+  }
+  if (walk_ && !unreadable_) {
+    summary_.last = walk_->position();
+  } else {
+    summary_.not_tried = InRange() - Done();
+  }
 }
 
 // The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.

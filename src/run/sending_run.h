@@ -39,7 +39,7 @@ class RunListener {
   virtual void Began(const std::filesystem::path& /*report*/) {}
   virtual void ReportLine(std::string_view line) = 0;
   virtual void Finished(const RecipientResult& result) = 0;
-  // `done` of `total` messages; and of the current one `sent` of `size` octets.
+  // `done` of `total` messages; and of the current one `sent` of `size` octets. Called first when the total is known.
   virtual void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) = 0;
   // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
   // False ends the run.
@@ -53,21 +53,22 @@ class RunListener {
 struct RunSummary {
   std::int64_t sent = 0;
   std::int64_t failed = 0;     // refused, deferred, failed or unknown
-  std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop
+  std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop: those at the end
+  std::int64_t last = 0;       // the place in the list of the last whom the run was for
   std::string history;         // the base name
   bool cancelled = false;
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
 };
 
-// Gives the rows of the group from its beginning: kCopy for the run itself, kLive to name those who are left where no
-// copy could be made.
+// Gives the rows of the group from its beginning: kCopy for the run itself, which goes by what that holds and not by
+// what was counted before; kLive to name those who are left where no copy could be made.
 using OpenRows = std::function<Result<std::unique_ptr<recipients::RowSource>>(recipients::Reading reading)>;
 
 // What a run is made of. All of it must outlive the run.
 struct RunParts {
   const message::MessageTemplate& message;
-  std::int64_t recipients = 0;        // in the group
-  std::optional<PartialRange> range;  // the whole list where there is none
+  std::int64_t recipients = 0;        // in the group when it was chosen
+  std::optional<PartialRange> range;  // the whole list where there is none; ends with the list where that is shorter
   OpenRows rows;
   Carrier& carrier;
   const platform::CancelToken& cancel;

@@ -10,7 +10,7 @@ import unittest
 from collections import Counter
 from pathlib import Path
 
-from quillcast import Case, Mailbox, in_background
+from quillcast import PROGRAM, Case, Mailbox, in_background
 
 STARTED, COMPLETED = "Personal Sending process has been started.", "Personal Sending process has been completed."
 FAILED = "There was an error sending your message."
@@ -174,6 +174,42 @@ class Runs(Case):
         self.assertEqual(to, "me@own.example")
         self.assertIn(b"user6@r.example", message, "the proof has the data of the recipient")
         self.assertEqual(len(self.reports()), 1, "a proof is no run")
+
+    def answer_after(self, change, *arguments):
+        """Sends without a subject, calls `change` while that is asked about, and goes on: exit code and standard error."""
+        ours, theirs = os.openpty()
+        with subprocess.Popen([PROGRAM, "--profile", str(self.profile), "send", "--group", "All", "--body", self.body,
+                               *arguments], stdin=theirs, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            err = b""
+            while not err.endswith(b"[y/n] "):
+                err += os.read(process.stderr.fileno(), 4096)
+            change()
+            os.write(ours, b"y\n")
+            err += process.stderr.read()
+            process.wait(60)
+        os.close(ours)
+        os.close(theirs)
+        return process.returncode, err.decode()
+
+    def test_a_group_that_changes_while_it_is_asked_about(self):
+        self.group("All", [f"user{n}@r.example" for n in range(1, 4)])
+        user = {n: f"user{n}@r.example" for n in range(1, 6)}
+        add = lambda n: self.ok("recipient", "add", "--group", "All", "--email", user[n])
+        delete = lambda n: self.ok("--yes", "recipient", "delete", "--group", "All", user[n])
+        for number, (change, arguments, served, line) in enumerate((
+                (lambda: add(4), [], (1, 2, 3, 4), "Sending to 4 recipients."),
+                (lambda: delete(4), [], (1, 2, 3), "Sending to 3 recipients."),
+                (lambda: delete(3), ["--range", "2-3"], (2,), "Partial Sending to 1 recipients (from #2 to #2)."),
+                (lambda: add(5), ["--range", "2-2"], (2,), "Partial Sending to 1 recipients (from #2 to #2)."))):
+            with self.subTest(line=line, arguments=arguments):
+                box = self.mailbox(name=f"box{number}")
+                self.account(box.port)
+                code, err = self.answer_after(change, *arguments)
+                self.assertEqual(code, 0, err)
+                self.assertEqual(self.served(box), Counter(user[n] for n in served))
+                self.assertIn(f"\r\n{line}\r\n", self.report())
+                self.assertIn("The group has changed meanwhile", err)
+                self.assertNotIn("not tried", err)
 
     def test_two_runs_at_once(self):
         box = self.mailbox()

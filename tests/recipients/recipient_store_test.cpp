@@ -125,7 +125,10 @@ TEST_F(StoreTest, ACopiedListHoldsNobodyUp) {
   Recipient recipient;
   ASSERT_TRUE(*cursor->Next(recipient));
   Add(group, "b@x.org");
+  EXPECT_EQ(cursor->size(), 1);
   EXPECT_FALSE(*cursor->Next(recipient));
+  EXPECT_EQ(store().ListRecipients(NewGroup("Empty"), "", Reading::kCopy)->size(), 0);
+  EXPECT_EQ(store().ListRecipients(group, "")->size(), std::nullopt) << "it may change";
   EXPECT_EQ(*store().CountRecipients("A"), 2);
 }
 

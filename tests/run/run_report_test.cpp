@@ -21,7 +21,8 @@ TEST(RunReport, WritesItsLinesToTheLetter) {
   std::vector<std::string> shown;
   {
     RunReport report = ReportInto(folder / "r.txt", shown);
-    report.Started(5, PartialRange{2, 4});
+    report.Started();
+    report.SendingTo(3, PartialRange{2, 4});
     report.BodyNotLoaded(2);
     report.BodyNotLoaded(77);
     report.LogLine("S: 220 ready");
@@ -54,7 +55,8 @@ TEST(RunReport, LeavesOutCountsOfNothing) {
   const test::TemporaryFolder folder;
   std::vector<std::string> shown;
   RunReport report = ReportInto(folder / "r.txt", shown);
-  report.Started(1, {});
+  report.Started();
+  report.SendingTo(1, {});
   report.Completed(0, 1);
   report.Completed(1, 0);
   EXPECT_EQ(shown, (std::vector<std::string>{

@@ -20,6 +20,7 @@ class FakeRows final : public recipients::RowSource {
 
   static std::string AddressAt(std::int64_t position) { return "r" + std::to_string(position) + "@example.org"; }
 
+  bool is_copy = false;                  // knows its size
   std::int64_t unreadable = 0;           // the row that fails, 0 for none
   std::function<void()> before_failing;  // then
   int asked = 0;                         // how often for a row
@@ -34,6 +35,10 @@ class FakeRows final : public recipients::RowSource {
     recipient = {};
     recipient.values[recipients::kEmail] = addresses_[row];
     return true;
+  }
+
+  std::optional<std::int64_t> size() const override {
+    return is_copy ? std::optional(std::ssize(addresses_)) : std::nullopt;
   }
 
  private:

@@ -20,6 +20,7 @@ constexpr int kPause = 250;  // milliseconds after the last key
 
 RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* parent)
     : QWidget(parent),
+      recipients_(recipients),
       ends_of_(std::move(ends_of)),
       look_up_(new BackgroundTask(this)),
       pause_(new QTimer(this)),
@@ -57,10 +58,12 @@ RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* paren
   TakeChange();
 }
 
-std::optional<run::PartialRange> RangePicker::Range() const {
-  if (!partial_->isChecked()) return {};
+Result<std::optional<run::PartialRange>> RangePicker::Range() const {
+  if (!partial_->isChecked()) return std::optional<run::PartialRange>();
   for (QSpinBox* box : {first_, last_}) box->interpretText();  // what is being typed
-  return run::PartialRange{first_->value(), last_->value()};
+  const auto range = run::RangeOf(first_->value(), last_->value(), recipients_);
+  if (!range) return range.error();
+  return std::optional(*range);
 }
 
 void RangePicker::TakeChange() {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "desktop/widgets/background_task.h"
-#include "run/run_report.h"
+#include "run/partial_range.h"
 
 class QCheckBox;
 class QLabel;
@@ -24,13 +24,14 @@ class RangePicker final : public QWidget {
 
   RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* parent);
 
-  // Nothing for the whole list.
-  std::optional<run::PartialRange> Range() const;
+  // Nothing for the whole list. Fails for what is no part of it.
+  Result<std::optional<run::PartialRange>> Range() const;
 
  private:
   void TakeChange();
   void LookUp();
 
+  const std::int64_t recipients_;
   const EndsOf ends_of_;
   BackgroundTask* look_up_;
   QTimer* pause_;

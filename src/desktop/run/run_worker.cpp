@@ -6,6 +6,7 @@
 #include "account/account_settings.h"
 #include "desktop/widgets/qt_text.h"
 #include "message/message_template.h"
+#include "run/partial_range.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::desktop {
@@ -30,7 +31,7 @@ RunWorker::~RunWorker() {
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
                       const std::optional<run::PartialRange>& range) {
-  news_.total = range ? range->last - range->first + 1 : group.recipients;
+  news_.total = range ? run::SizeOf(*range) : group.recipients;  // until the run knows better
   thread_ = std::thread([this, document, group, range] {
     auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
     auto summary = std::make_shared<Result<run::RunSummary>>(prepared.Run(range, *this));
@@ -84,8 +85,9 @@ void RunWorker::Finished(const run::RecipientResult& result) {
   ++news_.done;
 }
 
-void RunWorker::Progress(std::int64_t, std::int64_t, std::uint64_t sent, std::uint64_t size) {
+void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, std::uint64_t size) {
   const std::lock_guard lock(mutex_);
+  news_.total = total;
   news_.sent_octets = sent;
   news_.message_octets = size;
 }

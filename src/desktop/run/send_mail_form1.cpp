@@ -170,13 +170,18 @@ void SendMailForm1::ButtonPressed() {
 }
 
 void SendMailForm1::StartRun() {
+  const auto range = range_->Range();
+  if (!range) {
+    Say(InWords(range.error()), NoteKind::kFailure);
+    return;
+  }
   stage_ = Stage::kRunning;
   button_->setText(tr("Cancel"));
   range_->setEnabled(false);
   before_->Close();
   running_.start();
   tick_->start(kTick);
-  worker_->Start(document_, group_, range_->Range());
+  worker_->Start(document_, group_, *range);
 }
 
 void SendMailForm1::AskToCancel() {
