@@ -91,9 +91,9 @@ std::string ForgetUnusedSignIn(AccountSettings& account) {
   return forgotten;
 }
 
-std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked) {
+std::vector<Sentence> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked) {
   const AccountSettings shown = ShownInDialog(stored);
-  std::vector<std::string> sentences;
+  std::vector<Sentence> sentences;
   for (auto rule = kRules.begin(); rule != kRules.end();) {
     const auto group = rule;
     std::string keys;
@@ -105,8 +105,10 @@ std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span
       if (told) keys += fmt::format("{}{}", keys.empty() ? "" : ", ", RowOf(*key).name);
     }
     if (keys.empty()) continue;
-    sentences.push_back(fmt::format("Stored as asked. Without {} the account dialog will {}: {}.", group->needs,
-                                    group->set_back ? "set back" : "keep but not offer", keys));
+    sentences.push_back(
+        group->set_back
+            ? Say("Stored as asked. Without {} the account dialog will set back: {}.", group->needs, keys)
+            : Say("Stored as asked. Without {} the account dialog will keep but not offer: {}.", group->needs, keys));
   }
   return sentences;
 }

@@ -37,6 +37,6 @@ std::string ForgetUnusedSignIn(AccountSettings& account);
 
 // Sentences on what the dialog would do to values that were stored as asked: those that it sets back, and among `asked`
 // those that belong to a method that is not chosen.
-std::vector<std::string> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked);
+std::vector<Sentence> TidiedByDialog(const AccountSettings& stored, std::span<const AccountKey> asked);
 
 }  // namespace quillcast::account

@@ -48,7 +48,7 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const auto saved = account.Save(settings);
   if (!saved) return context.output.Fail(saved.error());
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
-  for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note);
+  for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note.InEnglish());
   const auto texts = account::TextsOf(account);
   context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));
   context.output.Object(

@@ -101,7 +101,7 @@ void TellCounts(Context& context, const ImportOutcome& outcome, const ImportPlac
   if (!outcome.encoding.empty()) {
     context.output.Note(fmt::format("Read as {} ({}).", outcome.encoding, outcome.how_known));
   }
-  for (const auto& sentence : recipients::ImportTroubles(outcome)) context.output.Note(sentence);
+  for (const auto& sentence : recipients::ImportTroubles(outcome)) context.output.Note(sentence.InEnglish());
   if (!outcome.no_report) context.output.Note(fmt::format("The report is in {}", places.report.string()));
 }
 

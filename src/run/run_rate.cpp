@@ -11,25 +11,23 @@ namespace {
 
 constexpr double kEnough = 0.5;  // seconds after which a rate means something
 
-std::string DescribeTime(double seconds) {
+Sentence DescribeTime(double seconds) {
   const auto whole = std::llround(seconds);
-  if (whole < 60) return platform::Counted(whole, "second", "seconds");
-  if (whole < 3600) return platform::Counted((whole + 30) / 60, "minute", "minutes");
-  return fmt::format("{} and {}", platform::Counted(whole / 3600, "hour", "hours"),
-                     platform::Counted(whole % 3600 / 60, "minute", "minutes"));
+  if (whole < 60) return SayOf(whole, "{} second", "{} seconds");
+  const Sentence minutes = SayOf(whole < 3600 ? (whole + 30) / 60 : whole % 3600 / 60, "{} minute", "{} minutes");
+  return whole < 3600 ? minutes : Say("{} and {}", SayOf(whole / 3600, "{} hour", "{} hours"), minutes);
 }
 
 }  // namespace
 
-std::string DescribeRate(std::int64_t done, std::int64_t total, std::chrono::milliseconds elapsed) {
+Sentence DescribeRate(std::int64_t done, std::int64_t total, std::chrono::milliseconds elapsed) {
   const double seconds = static_cast<double>(elapsed.count()) / 1000;
   if (done <= 0 || seconds < kEnough) return {};
   const double rate = static_cast<double>(done) / seconds;
-  std::string text = rate >= 10
-                         ? fmt::format("{} messages a second", platform::WithThousands(static_cast<std::int64_t>(rate)))
-                         : fmt::format("{:.1f} messages a second", rate);
-  if (done < total) text += fmt::format(", {} left", DescribeTime(static_cast<double>(total - done) / rate));
-  return text;
+  const std::string number =
+      rate >= 10 ? platform::WithThousands(static_cast<std::int64_t>(rate)) : fmt::format("{:.1f}", rate);
+  if (done >= total) return Say("{} messages a second", number);
+  return Say("{} messages a second, {} left", number, DescribeTime(static_cast<double>(total - done) / rate));
 }
 
 }  // namespace quillcast::run

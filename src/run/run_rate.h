@@ -3,11 +3,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <string>
+
+#include "platform/sentence.h"
 
 namespace quillcast::run {
 
 // "1,250 messages a second, 2 minutes left"; empty before anything can be said.
-std::string DescribeRate(std::int64_t done, std::int64_t total, std::chrono::milliseconds elapsed);
+Sentence DescribeRate(std::int64_t done, std::int64_t total, std::chrono::milliseconds elapsed);
 
 }  // namespace quillcast::run

@@ -129,7 +129,9 @@ TEST(AccountForm, TakesDigitsAlone) {
 
 TEST(AccountForm, SaysWhatTheDialogWouldTidy) {
   const auto told = [](const Values& stored, std::vector<AccountKey> asked) {
-    return TidiedByDialog(With(stored), asked);
+    std::vector<std::string> sentences;
+    for (const Sentence& sentence : TidiedByDialog(With(stored), asked)) sentences.push_back(sentence.InEnglish());
+    return sentences;
   };
   using Sentences = std::vector<std::string>;
   EXPECT_EQ(told({}, {}), Sentences{});

@@ -79,7 +79,7 @@ TEST(RunRate, IsSaidInWords) {
            {10, 100000, 10000, "1.0 messages a second, 27 hours and 46 minutes left"},
            {100, 100, 1000, "100 messages a second"},
        }) {
-    EXPECT_EQ(DescribeRate(c.done, c.total, milliseconds(c.elapsed)), c.text);
+    EXPECT_EQ(DescribeRate(c.done, c.total, milliseconds(c.elapsed)).InEnglish(), c.text);
   }
 }
 

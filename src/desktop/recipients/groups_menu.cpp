@@ -26,7 +26,7 @@ QString OutcomeText(const recipients::ImportOutcome& outcome) {
                          GroupsMenu::tr("%1 were there already."));
   }
   const auto troubles = recipients::ImportTroubles(outcome);
-  for (const auto& trouble : troubles) sentences << ToQt(trouble);
+  for (const auto& trouble : troubles) sentences << InWords(trouble);
   if (!outcome.error && troubles.empty())
     sentences << GroupsMenu::tr("Names and other fields stayed in the file; “quillcast import --map” takes them.");
   return sentences.join(' ');

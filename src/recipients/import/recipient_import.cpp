@@ -132,16 +132,18 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
   return outcome;
 }
 
-std::vector<std::string> ImportTroubles(const ImportOutcome& outcome) {
-  std::vector<std::string> sentences;
+std::vector<Sentence> ImportTroubles(const ImportOutcome& outcome) {
+  std::vector<Sentence> sentences;
   if (outcome.cut_addresses > 0) {
-    sentences.push_back(fmt::format(
-        "{} cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters at the end. "
-        "Import such a list with “quillcast import --map”.",
-        platform::Counted(outcome.cut_addresses, "address was", "addresses were"),
+    sentences.push_back(SayOf(
+        outcome.cut_addresses,
+        "{} address was cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters "
+        "at the end. Import such a list with “quillcast import --map”.",
+        "{} addresses were cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five "
+        "letters at the end. Import such a list with “quillcast import --map”.",
         platform::Printable(outcome.first_cut, 100)));
   }
-  if (outcome.no_report) sentences.push_back("There is no report. " + InOneLine(*outcome.no_report));
+  if (outcome.no_report) sentences.push_back(Say("There is no report. {}", AsSentence(*outcome.no_report)));
   return sentences;
 }
 

@@ -81,7 +81,7 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
                                const std::function<void(const ImportProgress&)>& progress);
 
 // What the counts do not say and whoever imports has to know, a sentence each; none where all went well.
-std::vector<std::string> ImportTroubles(const ImportOutcome& outcome);
+std::vector<Sentence> ImportTroubles(const ImportOutcome& outcome);
 
 // The text of the box at the end, three lines joined by CR LF.
 std::string ImportSummary(const ImportCounts& counts);
