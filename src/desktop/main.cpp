@@ -46,7 +46,7 @@ class HelpKey final : public QObject {
     auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
     if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
     // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
-    (new HelpForm(folders_, TopicOf(dialog->objectName()), dialog))->show();
+    (new HelpForm(folders_, TopicOf(dialog->objectName()).value_or(kWelcomeTopic), dialog))->show();
     return true;
   }
 

@@ -896,9 +896,11 @@ class MainFormTest : public QObject {
     scene.window->Dispatch(CommandId::kHelpTopics);
     auto* page = scene.window->findChild<QWidget*>("HelpPage");
     QVERIFY(page != nullptr && page->isVisible());
-    for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"AttachmentsForm", "<h2>Attachments</h2>"}, {"TableForm", "<h2>Tables</h2>"}, {"", "<h2>Welcome</h2>"}}) {
-      const auto topic = scene.rig.folders.program / "help" / FromQt(TopicOf(window));
+    for (const auto& [window, word] :
+         std::initializer_list<std::pair<const char*, const char*>>{{"AttachmentsForm", "<h2>Attachments</h2>"},
+                                                                    {"TableForm", "<h2>Tables</h2>"},
+                                                                    {"PreviewForm", "<h2>Welcome</h2>"}}) {
+      const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));
       QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);
     }
   }

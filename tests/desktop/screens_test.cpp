@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -205,6 +206,11 @@ class ScreensTest : public QObject {
       const auto* accessible = QAccessible::queryAccessibleInterface(widget);
       QVERIFY2(accessible != nullptr && !accessible->text(QAccessible::Name).isEmpty(),
                qPrintable(name + ": " + widget->metaObject()->className() + ' ' + widget->objectName()));
+    }
+    if (window.objectName() != "SplashForm") {
+      const auto topic = TopicOf(window.objectName());
+      QVERIFY2(topic && QFile::exists(QStringLiteral(QUILLCAST_TEST_PROGRAM_FOLDER "/help/") + *topic),
+               qPrintable(name + " has no help topic"));
     }
     LookForOneLine(window, name);
     LookForReadable(window, name);

@@ -8,7 +8,7 @@
 
 namespace quillcast::desktop {
 
-void ShowHelp(Shell& shell) { (new HelpForm(shell.program.folders, "Welcome.htm", &shell.window))->show(); }
+void ShowHelp(Shell& shell) { (new HelpForm(shell.program.folders, kWelcomeTopic, &shell.window))->show(); }
 
 void ShowTips(Shell& shell) { TipsForm(shell.program.settings, &shell.window).exec(); }
 

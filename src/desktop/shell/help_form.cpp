@@ -31,12 +31,25 @@ HelpForm::HelpForm(const profile::Folders& folders, const QString& topic, QWidge
   column->AddButtons(QDialogButtonBox::Close);
 }
 
-QString TopicOf(const QString& window) {
+std::optional<QString> TopicOf(const QString& window) {
   static const QHash<QString, QString> topics = {
-      {"EmailManagerForm", "Email Manager 1.htm"}, {"ThreadForm", "Thread Options.htm"},
-      {"TableForm", "Message Options.htm"},        {"LinkForm", "Message Options.htm"},
-      {"AttachmentsForm", "Message Options.htm"},  {"HistoryManagerForm", "History Manager.htm"}};
-  return topics.value(window, "Welcome.htm");
+      {"MainForm", kWelcomeTopic},
+      {"SendMailForm1", kWelcomeTopic},
+      {"ShutDownForm", kWelcomeTopic},
+      {"PreviewForm", kWelcomeTopic},
+      {"PracticeForm", kWelcomeTopic},
+      {"AboutForm", kWelcomeTopic},
+      {"TipsForm", kWelcomeTopic},
+      {"HelpForm", kWelcomeTopic},
+      {"EmailManagerForm", "Email Manager 1.htm"},
+      {"ThreadForm", "Thread Options.htm"},
+      {"TableForm", "Message Options.htm"},
+      {"LinkForm", "Message Options.htm"},
+      {"AttachmentsForm", "Message Options.htm"},
+      {"HistoryManagerForm", "History Manager.htm"},
+  };
+  const auto found = topics.constFind(window);
+  return found == topics.cend() ? std::nullopt : std::optional(*found);
 }
 
 }  // namespace quillcast::desktop

@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <QString>
+#include <optional>
 
 #include "profile/folders.h"
 
@@ -15,7 +16,9 @@ class HelpForm final : public QDialog {
   HelpForm(const profile::Folders& folders, const QString& topic, QWidget* parent);
 };
 
-// The topic of a window, by its name; the welcome page for one that has none.
-QString TopicOf(const QString& window);
+inline constexpr const char* kWelcomeTopic = "Welcome.htm";
+
+// The topic of a window of ours, by its name; nothing for the toolkit's own windows.
+std::optional<QString> TopicOf(const QString& window);
 
 }  // namespace quillcast::desktop
