@@ -6,6 +6,7 @@
 
 #include "message/boundary_prefix.h"
 #include "message/escape_in_styles.h"
+#include "message/message_parts.h"
 #include "mime/header_text.h"
 #include "mime/media_type.h"
 
@@ -42,13 +43,14 @@ MessageTemplate::MessageTemplate(const document::MessageDocument& document, Mess
       layout_(options_.own_boundary_prefix),
       files_(scratch_folder) {
   RelatedPictures related;
-  if (TakesPictures(document, options_)) {
+  const Parts parts = PartsOf(document, options_);
+  if (HasHtml(parts)) {
     related = TakePictures(document, headers_.ContentIdSuffix());
     html_ = TextPart{
         TextPartHeaders("html", options_.charset),
         MergedBody(EscapeInStyles(ForMerging(related.html), options_.charset), StyleOf(options_.charset, true))};
   }
-  if (!html_ || options_.text_part) CompileText(ForMerging(document.PlainText()));
+  if (HasText(parts)) CompileText(ForMerging(document.PlainText()));
   pictures_ = std::move(related.pictures);
   picture_troubles_ = std::move(related.troubles);
   foreign_pictures_ = std::move(related.foreign);

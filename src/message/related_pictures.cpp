@@ -11,6 +11,7 @@
 
 #include "html/local_pictures.h"
 #include "message/body_import.h"
+#include "message/message_parts.h"
 #include "mime/media_type.h"
 #include "platform/text.h"
 
@@ -194,7 +195,7 @@ Result<RelatedPictures> LookForPictures(const document::MessageDocument& documen
 }
 
 bool TakesPictures(const document::MessageDocument& document, const MessageOptions& options) {
-  return document.format == document::Format::kHtml && !options.is_bare;
+  return HasHtml(PartsOf(document, options));
 }
 
 std::vector<Sentence> ListPictures(const std::vector<Picture>& pictures, const std::vector<ForeignPicture>& foreign) {

@@ -131,10 +131,24 @@ std::string PreparedRun::EndsOf(const PartialRange& range) const {
   return names ? run::EndsOf(*names, range, place_.cancel) : std::string();
 }
 
-Result<RecipientView> PreparedRun::View(std::int64_t position) const {
+Result<message::Parts> PreparedRun::Parts() {
+  const auto options = Options();
+  if (!options && options.error().failure != Failure::kNotConfigured) return options.error();
+  return message::PartsOf(document_, options ? **options : MessageOptions());
+}
+
+Result<RecipientView> PreparedRun::View(std::int64_t position) {
   const auto recipient = RecipientAt(position);
   if (!recipient) return recipient.error();
-  return ViewFor(document_, *recipient);
+  const auto parts = Parts();
+  if (!parts) return parts.error();
+  return ViewFor(document_, *parts, *recipient);
+}
+
+Result<RecipientView> PreparedRun::ViewOfTags() {
+  const auto parts = Parts();
+  if (!parts) return parts.error();
+  return run::ViewOfTags(document_, *parts);
 }
 
 Result<void> PreparedRun::Render(const recipients::Recipient& recipient, std::string_view send_to,

@@ -65,9 +65,11 @@ class PreparedRun {
   Result<recipients::Recipient> RecipientWith(std::string_view address) const;
   std::string EndsOf(const PartialRange& range) const;
 
-  // One message by itself: as its recipient reads it, as it goes out (addressed to `send_to` where that is given), or
-  // handed over; and one that keeps its tags, in the preview's files.
-  Result<RecipientView> View(std::int64_t position) const;
+  // One message by itself: as its recipient reads it, or with its tags; as it goes out (addressed to `send_to` where
+  // that is given), or handed over; and one that keeps its tags, in the preview's files. A view shows the parts that go
+  // out; where the account describes no message, those that the document asks for.
+  Result<RecipientView> View(std::int64_t position);
+  Result<RecipientView> ViewOfTags();
   Result<void> Render(const recipients::Recipient& recipient, std::string_view send_to, message::RenderedMessage& out);
   Result<smtp::Outcome> Send(message::RenderedMessage& message, const std::function<void(std::string_view)>& log_line);
   // Sends the message of the recipient at this place to the account's own address: a sentence on what became of it.
@@ -81,6 +83,7 @@ class PreparedRun {
 
  private:
   Result<const message::MessageOptions*> Options();
+  Result<message::Parts> Parts();
   Result<recipients::RecipientCursor> Rows() const;
   OpenRows RowsForRun() const;
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "document/message_document.h"
+#include "message/message_parts.h"
 #include "platform/result.h"
 #include "recipients/recipient.h"
 
@@ -13,13 +14,15 @@ namespace quillcast::run {
 struct RecipientView {
   std::string address;  // as stored
   std::string subject;
+  message::Parts parts = message::Parts::kBoth;  // those that go out; the other one is empty
   std::string html;
   std::string text;
 };
 
 // The document as it stands, merge tags and all.
-RecipientView ViewOfTags(const document::MessageDocument& document);
+RecipientView ViewOfTags(const document::MessageDocument& document, message::Parts parts);
 // Fails with kBadData for values that make the message grow without measure.
-Result<RecipientView> ViewFor(const document::MessageDocument& document, const recipients::Recipient& recipient);
+Result<RecipientView> ViewFor(const document::MessageDocument& document, message::Parts parts,
+                              const recipients::Recipient& recipient);
 
 }  // namespace quillcast::run

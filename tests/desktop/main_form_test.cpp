@@ -20,11 +20,13 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
 #include <fstream>
 #include <memory>
+#include <tuple>
 
 #include "desktop/document/html_editor.h"
 #include "desktop/main_window.h"
@@ -405,7 +407,7 @@ class MainFormTest : public QObject {
     PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
     form.show();
     const auto says = [&](const QString& words) {
-      return !form.findChild<QListWidget*>("FindingsList")->findItems(words, Qt::MatchContains).isEmpty();
+      return !form.findChild<QListWidget*>("NotesList")->findItems(words, Qt::MatchContains).isEmpty();
     };
     const auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
     QTRY_VERIFY(says("own.gif goes along") && says(home + " lies outside"));
@@ -466,10 +468,40 @@ class MainFormTest : public QObject {
       document.html = "<p>x</p>";
       document.attachments.Add(is_missing ? "/nowhere/price.pdf" : rig.folder.Write("price.pdf", "x").string());
       PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
-      auto* findings = form.findChild<QListWidget*>("FindingsList");
-      QTRY_VERIFY(!findings->item(0)->text().contains("Looking"));
-      QCOMPARE(findings->item(0)->text().contains("price.pdf"), is_missing);
-      QCOMPARE(findings->item(0)->text().contains("Nothing was found"), !is_missing);
+      auto* notes = form.findChild<QListWidget*>("NotesList");
+      auto* label = form.findChild<QLabel*>("NotesLabel");
+      QTRY_VERIFY(!label->text().contains("Looking"));
+      QCOMPARE(notes->count() > 0 && notes->item(0)->text().contains("price.pdf"), is_missing);
+      QCOMPARE(label->text().contains("Nothing was found"), !is_missing);
+    }
+  }
+
+  void thePreviewShowsThePartsThatGoOut() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    rig.AddGroup("Customers", {"a@example.org"});
+    document::MessageDocument document;
+    document.html = "<p>x</p>";
+    for (const auto& [encoding, text_part, tabs] :
+         {std::tuple("MIME", "1", "&HTML &Text"), std::tuple("MIME", "0", "&HTML"),
+          std::tuple("Plain", "1", "&Text")}) {
+      QVERIFY(rig.settings.Write("Advanced", "Encoding", encoding));
+      QVERIFY(rig.settings.Write("Account", "TextPart", text_part));
+      for (const int recipients : {0, 1}) {
+        PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), recipients}, {}, nullptr);
+        form.show();
+        const auto shown = [&] {
+          const auto* all = form.findChild<QTabWidget*>("PreviewTabs");
+          QStringList names;
+          for (int tab = 0; tab < all->count(); ++tab) {
+            if (all->isTabVisible(tab)) names << all->tabText(tab);
+          }
+          return names.join(' ');
+        };
+        QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("(no subject)"));
+        QCOMPARE(shown(), QString(tabs));
+        QVERIFY(form.findChild<QTabWidget*>("PreviewTabs")->currentWidget()->isVisible());
+      }
     }
   }
 
@@ -718,7 +750,7 @@ class MainFormTest : public QObject {
     test::WhileOpen("PreviewForm", [](QDialog& form) {
       form.findChild<QSpinBox*>("RecipientSpinBox")->setValue(3);
       QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("For mallory@example.net"));
-      QTRY_VERIFY(form.findChild<QListWidget*>("FindingsList")->item(0)->text().contains("Nothing was found"));
+      QTRY_VERIFY(form.findChild<QLabel*>("NotesLabel")->text().contains("Nothing was found"));
       QCOMPARE(form.findChild<QPlainTextEdit*>("PreviewText")->toPlainText().trimmed(),
                QString("Dear mallory@example.net"));
       QTest::mouseClick(form.findChild<QPushButton*>("SendToMyselfButton"), Qt::LeftButton);

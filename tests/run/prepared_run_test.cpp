@@ -24,8 +24,8 @@ class PreparedRunTest : public recipients::StoreTest {
     letter_.html = "<p>Dear $*MergeFirstName*$ $*MergeNick*$</p>";
   }
 
-  void Set(const char* key, const char* value) {
-    EXPECT_TRUE(profile::SettingsStore(folders_.settings).Write("Account", key, value));
+  void Set(const char* key, const char* value, const char* section = "Account") {
+    EXPECT_TRUE(profile::SettingsStore(folders_.settings).Write(section, key, value));
   }
   RunPlace Place() { return {folders_, clock_, entropy_, cancel_}; }
   PreparedRun Prepared() { return *Prepare(letter_, "readers", Place()); }
@@ -71,7 +71,7 @@ TEST_F(PreparedRunTest, KeepsTheAccountThatItsFirstQuestionFound) {
 }
 
 TEST_F(PreparedRunTest, AnswersForOneRecipient) {
-  const auto prepared = Prepared();
+  auto prepared = Prepared();
   EXPECT_EQ(prepared.View(1)->subject, "For Bob");
   EXPECT_EQ(prepared.View(2)->address, "cy@example.net");
   EXPECT_EQ(prepared.View(4).error().what, Say("The group has no recipient #{}.", 4));
@@ -81,6 +81,42 @@ TEST_F(PreparedRunTest, AnswersForOneRecipient) {
   EXPECT_EQ(prepared.EndsOf({2, 2}), "cy@example.net");
   cancel_.Request();
   EXPECT_EQ(prepared.View(1).error().failure, Failure::kTryAgain);
+}
+
+// What every look at a message shows is what its bytes hold.
+TEST_F(PreparedRunTest, ShowsThePartsThatGoOut) {
+  using document::Format;
+  using message::Parts;
+  struct Case {
+    Format format;
+    const char* encoding;  // of the message
+    const char* text_part;
+    Parts parts;
+  };
+  for (const Case& c :
+       {Case{Format::kHtml, "MIME", "1", Parts::kBoth}, Case{Format::kHtml, "MIME", "0", Parts::kHtml},
+        Case{Format::kHtml, "Plain", "1", Parts::kText}, Case{Format::kHtml, "Plain", "0", Parts::kText},
+        Case{Format::kText, "MIME", "0", Parts::kText}, Case{Format::kText, "Plain", "1", Parts::kText}}) {
+    SCOPED_TRACE(std::string(c.format == Format::kHtml ? "HTML " : "text ") + c.encoding + " " + c.text_part);
+    letter_.format = c.format;
+    Set("Encoding", c.encoding, "Advanced");
+    Set("TextPart", c.text_part);
+    auto prepared = Prepared();
+    const bool has_html = c.parts != Parts::kText;
+    const bool has_text = c.parts != Parts::kHtml;
+    for (const auto& view : {prepared.View(1), prepared.ViewOfTags()}) {
+      ASSERT_TRUE(view);
+      EXPECT_EQ(view->parts, c.parts);
+      EXPECT_EQ(!view->html.empty(), has_html);
+      EXPECT_EQ(!view->text.empty(), has_text);
+    }
+    const std::string message = MessageOf(prepared);
+    EXPECT_EQ(message.find("<p>Dear") != std::string::npos, has_html) << message;
+    EXPECT_EQ(message.find("\r\nDear") != std::string::npos, has_text) << message;
+    std::filesystem::remove(folders_.PreviewBody());
+    ASSERT_TRUE(prepared.WritePreview());
+    EXPECT_EQ(std::filesystem::exists(folders_.PreviewBody()), has_html);
+  }
 }
 
 TEST_F(PreparedRunTest, FindsWhatThePersonMayNotHaveMeant) {

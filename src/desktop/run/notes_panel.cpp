@@ -2,8 +2,9 @@
 
 #include <QListWidget>
 #include <QVBoxLayout>
-#include <memory>
 
+#include "desktop/run/ask_prepared.h"
+#include "desktop/widgets/first_key.h"
 #include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
@@ -25,6 +26,7 @@ NotesPanel::NotesPanel(const profile::Program& program, QWidget* parent)
   notes_->setAccessibleName(tr("What to know before sending"));
   notes_->setWordWrap(true);
   notes_->setItemDelegate(new OwnDirection(notes_));
+  new FirstKey(notes_);
   notes_->setMaximumHeight(kTallest);
   notes_->hide();
   auto* column = new QVBoxLayout(this);
@@ -38,17 +40,16 @@ void NotesPanel::AddQuestion(QWidget* question) { layout()->addWidget(question);
 void NotesPanel::LookAt(const document::MessageDocument& document, const run::ChosenGroup& group) {
   notes_->hide();
   state_->Say(tr("Looking over the message and the whole group…"));
-  look_->Start([this, &program = program_, document, group](const platform::CancelToken& cancel) {
-    auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
-    auto found = std::make_shared<Result<run::MessageLook>>(prepared.LookOver(run::PreparedRun::Server::kIsAsked));
-    return [this, found] {
-      if (!*found) {
-        Show({InWords(found->error())}, {});
-        return;
-      }
-      Show(InWords((*found)->Troubles()), InWords((*found)->along));
-      if (!(*found)->size.empty()) state_->setText(state_->text() + ' ' + InWords((*found)->size));
-    };
+  const auto look_over = [](run::PreparedRun& prepared) {
+    return prepared.LookOver(run::PreparedRun::Server::kIsAsked);
+  };
+  AskPrepared(look_, program_, document, group, look_over, [this](const Result<run::MessageLook>& found) {
+    if (!found) {
+      Show({InWords(found.error())}, {});
+      return;
+    }
+    Show(InWords(found->Troubles()), InWords(found->along));
+    if (!found->size.empty()) state_->setText(state_->text() + ' ' + InWords(found->size));
   });
 }
 

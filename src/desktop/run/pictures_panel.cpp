@@ -1,9 +1,9 @@
 #include "desktop/run/pictures_panel.h"
 
 #include <QPushButton>
-#include <memory>
 #include <utility>
 
+#include "desktop/run/ask_prepared.h"
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
@@ -36,11 +36,10 @@ void PicturesPanel::DropLetters() {
 void PicturesPanel::LookAt(document::MessageDocument document) {
   document_ = std::move(document);
   settled_ = false;
-  task_->Start([this, &program = program_, looked = document_](const platform::CancelToken& cancel) {
-    auto prepared = run::Prepare(looked, run::ChosenGroup(), run::PlaceOf(program, cancel));
-    auto pictures = std::make_shared<Result<message::RelatedPictures>>(prepared.LookForPictures());
-    return [this, pictures] { Show(*pictures); };
-  });
+  AskPrepared(
+      task_, program_, document_, run::ChosenGroup(),
+      [](run::PreparedRun& prepared) { return prepared.LookForPictures(); },
+      [this](const Result<message::RelatedPictures>& pictures) { Show(pictures); });
 }
 
 void PicturesPanel::Show(const Result<message::RelatedPictures>& pictures) {

@@ -3,7 +3,6 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -13,14 +12,13 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <limits>
-#include <memory>
 
 #include "desktop/document/html_editor.h"
+#include "desktop/run/ask_prepared.h"
+#include "desktop/run/notes_panel.h"
 #include "desktop/run/pictures_panel.h"
-#include "desktop/widgets/first_key.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/icons.h"
-#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
@@ -41,7 +39,6 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
       group_(std::move(group)),
       base_(std::move(base)),
       view_task_(new BackgroundTask(this)),
-      look_task_(new BackgroundTask(this)),
       send_task_(new BackgroundTask(this)),
       pause_(new QTimer(this)),
       position_(new QSpinBox(this)),
@@ -49,31 +46,25 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
       subject_(new QLabel(this)),
       page_(new HtmlEditor(this)),
       text_(new QPlainTextEdit(this)),
-      findings_(new QListWidget(this)),
+      tabs_(new QTabWidget(this)),
+      notes_(new NotesPanel(program, this)),
       pictures_(new PicturesPanel(program, this)),
       send_(new QPushButton(Icon("send"), tr("Send this one to &myself"), this)),
       status_(new StatusLine(this)) {
+  SetUpControls();
   BuildWindow();
-  page_->SetReadOnly(true);
-  page_->SetPicturePlaces(document_.picture_places);
   connect(pictures_, &PicturesPanel::Known, this,
           [this](bool settled) { send_->setEnabled(settled && group_.recipients > 0); });
   connect(pictures_, &PicturesPanel::Answered, this, &PreviewForm::TakeAnswer);
-  send_->setEnabled(false);
   pictures_->LookAt(document_);
   connect(position_, &QSpinBox::valueChanged, pause_, qOverload<>(&QTimer::start));
   connect(pause_, &QTimer::timeout, this, &PreviewForm::ShowRecipient);
   connect(send_, &QPushButton::clicked, this, &PreviewForm::SendToMyself);
-  QTimer::singleShot(0, this, [this] {
-    ShowRecipient();
-    LookOver();
-  });
+  QTimer::singleShot(0, this, &PreviewForm::ShowRecipient);
+  notes_->LookAt(document_, group_);
 }
 
-void PreviewForm::BuildWindow() {
-  setObjectName("PreviewForm");
-  setWindowTitle(tr("Preview"));
-  resize(860, 640);
+void PreviewForm::SetUpControls() {
   pause_->setSingleShot(true);
   pause_->setInterval(kPause);
   position_->setObjectName("RecipientSpinBox");
@@ -82,6 +73,7 @@ void PreviewForm::BuildWindow() {
   position_->setAccessibleName(tr("Recipient number"));
   whom_->setObjectName("RecipientLabel");
   whom_->setTextFormat(Qt::PlainText);
+  whom_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   subject_->setObjectName("SubjectLabel");
   subject_->setTextFormat(Qt::PlainText);
   subject_->setWordWrap(true);
@@ -93,97 +85,69 @@ void PreviewForm::BuildWindow() {
   text_->setReadOnly(true);
   text_->setTabChangesFocus(true);
   text_->setAccessibleName(tr("The text part"));
-  findings_->setObjectName("FindingsList");
-  findings_->setAccessibleName(tr("What was found"));
-  findings_->setWordWrap(true);
-  findings_->setItemDelegate(new OwnDirection(findings_));
-  new FirstKey(findings_);
-  findings_->setMaximumHeight(110);
-  findings_->addItem(tr("Looking over the whole group…"));
+  page_->SetReadOnly(true);
+  page_->SetPicturePlaces(document_.picture_places);
   status_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   send_->setObjectName("SendToMyselfButton");
+  send_->setEnabled(false);
+}
 
-  auto* desktop = new QRadioButton(tr("&Desktop"), this);
-  auto* phone = new QRadioButton(tr("&Phone"), this);
-  phone->setObjectName("PhoneRadioButton");
-  desktop->setChecked(true);
-  connect(phone, &QRadioButton::toggled, this, &PreviewForm::SetWidth);
-  auto* label = new QLabel(tr("As &recipient #"), this);
-  label->setBuddy(position_);
-  whom_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-  auto* tabs = new QTabWidget(this);
-  tabs->setObjectName("PreviewTabs");
+// Put shows those of the parts that go out.
+QWidget* PreviewForm::MakeTabs() {
   auto* frame = new QWidget(this);
   auto* middle = new QHBoxLayout(frame);
   middle->setContentsMargins(0, 0, 0, 0);
   middle->addStretch(1);
   middle->addWidget(page_, 1000);
   middle->addStretch(1);
-  const bool sends_html = document_.format == document::Format::kHtml;
-  tabs->addTab(frame, tr("&HTML"));
-  tabs->addTab(text_, tr("&Text"));
-  if (!sends_html) {
-    tabs->setTabVisible(0, false);
-    tabs->setCurrentIndex(1);
-  }
+  tabs_->setObjectName("PreviewTabs");
+  tabs_->addTab(frame, tr("&HTML"));
+  tabs_->addTab(text_, tr("&Text"));
+  return tabs_;
+}
+
+void PreviewForm::BuildWindow() {
+  setObjectName("PreviewForm");
+  setWindowTitle(tr("Preview"));
+  resize(860, 640);
+  auto* label = new QLabel(tr("As &recipient #"), this);
+  label->setBuddy(position_);
+  auto* desktop = new QRadioButton(tr("&Desktop"), this);
+  auto* phone = new QRadioButton(tr("&Phone"), this);
+  phone->setObjectName("PhoneRadioButton");
+  desktop->setChecked(true);
+  connect(phone, &QRadioButton::toggled, this, &PreviewForm::SetWidth);
   auto* close = new QPushButton(tr("Close"), this);
   close->setDefault(true);
   connect(close, &QPushButton::clicked, this, &QDialog::reject);
+  notes_->AddQuestion(pictures_);
   auto* column = new FormColumn(this);
   column->AddLine({label, position_, whom_, desktop, phone});
   column->Add(subject_);
-  column->Add(tabs, 1);
-  column->Add(findings_);
-  column->Add(pictures_);
+  column->Add(MakeTabs(), 1);
+  column->Add(notes_);
   column->AddLine({send_, status_, close});
 }
 
 void PreviewForm::SetWidth(bool phone) { page_->setMaximumWidth(phone ? kPhoneWidth : QWIDGETSIZE_MAX); }
 
-void PreviewForm::LookOver() {
-  look_task_->Start(
-      [this, &program = program_, document = document_, group = group_](const platform::CancelToken& cancel) {
-        auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
-        auto found = std::make_shared<Result<run::MessageLook>>(prepared.LookOver(run::PreparedRun::Server::kIsAsked));
-        return [this, found] {
-          findings_->clear();
-          if (!*found) {
-            findings_->addItem(InWords(found->error()));
-            return;
-          }
-          const run::MessageLook& look = **found;
-          const QStringList troubles = InWords(look.Troubles());
-          findings_->addItems(troubles);
-          if (troubles.isEmpty()) findings_->addItem(tr("Nothing was found that looks wrong."));
-          findings_->addItems(InWords(look.along));
-          if (!look.size.empty()) findings_->addItem(InWords(look.size));
-        };
-      });
-}
-
 void PreviewForm::TakeAnswer(const std::vector<std::filesystem::path>& files, bool take) {
   document_.picture_places.Answer(files, take);
   page_->SetPicturePlaces(document_.picture_places);
   page_->ReloadPictures();
-  LookOver();
+  notes_->LookAt(document_, group_);
 }
 
 void PreviewForm::ShowRecipient() {
-  if (group_.recipients == 0) {
-    whom_->setText(tr("No group is chosen, so the merge tags stay as they are."));
-    Put(run::ViewOfTags(document_));
-    position_->setEnabled(false);
-    return;
-  }
-  view_task_->Start([this, &program = program_, document = document_, group = group_,
-                     position = position_->value()](const platform::CancelToken& cancel) {
-    const auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
-    auto view = std::make_shared<Result<run::RecipientView>>(prepared.View(position));
-    return [this, view] {
-      if (*view) whom_->setText(ToQt(platform::Printable((*view)->address, 100)));
-      Put(*view);
-    };
-  });
+  const bool has_list = group_.recipients > 0;
+  position_->setEnabled(has_list);
+  if (!has_list) whom_->setText(tr("No group is chosen, so the merge tags stay as they are."));
+  AskPrepared(
+      view_task_, program_, document_, group_,
+      [has_list, position = position_->value()](run::PreparedRun& prepared) {
+        return has_list ? prepared.View(position) : prepared.ViewOfTags();
+      },
+      [this](const Result<run::RecipientView>& view) { Put(view); });
 }
 
 void PreviewForm::Put(const Result<run::RecipientView>& view) {
@@ -191,7 +155,10 @@ void PreviewForm::Put(const Result<run::RecipientView>& view) {
     status_->Fail(view.error());
     return;
   }
+  if (!view->address.empty()) whom_->setText(ToQt(platform::Printable(view->address, 100)));
   subject_->setText(view->subject.empty() ? tr("(no subject)") : ToQt(platform::Printable(view->subject)));
+  tabs_->setTabVisible(0, message::HasHtml(view->parts));
+  tabs_->setTabVisible(1, message::HasText(view->parts));
   text_->setPlainText(ToQt(view->text));
   page_->SetHtml(ToQt(view->html), base_);
 }
@@ -203,19 +170,17 @@ void PreviewForm::SendToMyself() {
   }
   send_->setText(tr("Stop"));
   status_->Say(tr("Sending…"));
-  send_task_->Start([this, &program = program_, document = document_, group = group_,
-                     position = position_->value()](const platform::CancelToken& cancel) {
-    auto prepared = run::Prepare(document, group, run::PlaceOf(program, cancel));
-    auto told = std::make_shared<Result<Sentence>>(prepared.SendToMyself(position));
-    return [this, told] {
-      send_->setText(tr("Send this one to &myself"));
-      if (*told) {
-        status_->Say(InWords(**told));
-      } else {
-        status_->Fail(told->error());
-      }
-    };
-  });
+  AskPrepared(
+      send_task_, program_, document_, group_,
+      [position = position_->value()](run::PreparedRun& prepared) { return prepared.SendToMyself(position); },
+      [this](const Result<Sentence>& told) {
+        send_->setText(tr("Send this one to &myself"));
+        if (told) {
+          status_->Say(InWords(*told));
+        } else {
+          status_->Fail(told.error());
+        }
+      });
 }
 
 }  // namespace quillcast::desktop

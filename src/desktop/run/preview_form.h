@@ -11,15 +11,16 @@
 
 class QButtonGroup;
 class QLabel;
-class QListWidget;
 class QPlainTextEdit;
 class QPushButton;
 class QSpinBox;
+class QTabWidget;
 class QTimer;
 
 namespace quillcast::desktop {
 
 class HtmlEditor;
+class NotesPanel;
 class PicturesPanel;
 class StatusLine;
 
@@ -34,8 +35,9 @@ class PreviewForm final : public QDialog {
   const document::PicturePlaces& picture_places() const { return document_.picture_places; }
 
  private:
+  void SetUpControls();
+  QWidget* MakeTabs();
   void BuildWindow();
-  void LookOver();
   void TakeAnswer(const std::vector<std::filesystem::path>& files, bool take);
   void ShowRecipient();
   void Put(const Result<run::RecipientView>& view);
@@ -47,7 +49,6 @@ class PreviewForm final : public QDialog {
   run::ChosenGroup group_;
   QUrl base_;
   BackgroundTask* view_task_;
-  BackgroundTask* look_task_;
   BackgroundTask* send_task_;
   QTimer* pause_;
   QSpinBox* position_;
@@ -55,7 +56,8 @@ class PreviewForm final : public QDialog {
   QLabel* subject_;
   HtmlEditor* page_;
   QPlainTextEdit* text_;
-  QListWidget* findings_;
+  QTabWidget* tabs_;
+  NotesPanel* notes_;
   PicturesPanel* pictures_;
   QPushButton* send_;
   StatusLine* status_;
