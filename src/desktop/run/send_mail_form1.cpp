@@ -76,6 +76,14 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
       run_bar_(progress_->AddBar("RunProgressBar", tr("The whole run:"))),
       message_bar_(progress_->AddBar("MessageProgressBar", tr("The current message:"))),
       button_(progress_->button()) {
+  BuildWindow(server);
+  Connect();
+  button_->setFocus();
+  pictures_->LookAt(document_);
+  before_->LookAt(document_, group_);
+}
+
+void SendMailForm1::BuildWindow(Server server) {
   setObjectName("SendMailForm1");
   setWindowTitle(tr("Send"));
   resize(760, 560);
@@ -98,6 +106,9 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
   column->Add(status_);
   column->Add(before_);
   column->Add(progress_);
+}
+
+void SendMailForm1::Connect() {
   connect(progress_, &ProgressPanel::Pressed, this, &SendMailForm1::ButtonPressed);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
@@ -108,9 +119,6 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
             document_.picture_places.Answer(files, take);
             before_->LookAt(document_, group_);
           });
-  button_->setFocus();
-  pictures_->LookAt(document_);
-  before_->LookAt(document_, group_);
 }
 
 // A question holds the button until it is answered. Where it was pressed before that was known, and there is none, the

@@ -66,6 +66,8 @@ class SendMailForm1 final : public QDialog {
   std::chrono::milliseconds Worked() const;
   void CountDown();
   bool SwitchOff();
+  void BuildWindow(Server server);
+  void Connect();
   QWidget* MakeHeading(Server server);
   void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
 
