@@ -8,6 +8,25 @@
 
 namespace quillcast::cli {
 
+namespace {
+
+// Where it is seen to at the terminal.
+const char* RemedyOf(run::SendControl control) {
+  switch (control) {
+    case run::SendControl::kAccount:
+      return "Fill in the account with: quillcast account set --help";
+    case run::SendControl::kGroup:
+      return "quillcast group list shows the groups; quillcast group new makes one.";
+    case run::SendControl::kSubject:
+      return "--subject gives another one.";
+    case run::SendControl::kBody:
+      break;
+  }
+  return "--body and --text give one.";
+}
+
+}  // namespace
+
 run::RunPlace PlaceOf(const Context& context, const profile::Folders& folders) {
   return {folders, context.clock, context.entropy, context.cancel};
 }
@@ -22,17 +41,10 @@ Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& fo
 int AskBeforeSending(Context& context, run::PreparedRun& prepared) {
   const auto facts = prepared.Facts();
   if (!facts) return context.output.Fail(facts.error());
-  if (facts->account_filled_in && !facts->groups.empty() && !facts->group.empty() && !facts->group_is_there) {
-    return context.output.Fail({Failure::kUsage, Say("There is no group {}.", platform::Printable(facts->group, 100)),
-                                "quillcast group list shows the groups; quillcast group new makes one."});
-  }
   const auto refused = run::CheckBeforeSending(*facts, context.prompts);
   if (!refused) return 0;
-  if (!facts->account_filled_in) {
-    context.output.Note("Fill in the account with: quillcast account set --help");
-    return ExitCode(Failure::kNotConfigured);
-  }
-  return ExitCode(*refused == "GroupButton" ? Failure::kUsage : Failure::kNotPermitted);
+  context.output.Note(RemedyOf(refused->control));
+  return ExitCode(refused->failure);
 }
 
 Result<void> SettlePictures(Context& context, ForeignPictures choice, run::PreparedRun& prepared) {

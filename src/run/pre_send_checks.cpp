@@ -22,41 +22,50 @@ bool IsEmptyBody(std::string_view text) {
 struct Row {
   bool (*applies)(const SendingFacts&);
   Kind kind;
-  const char* text;
-  const char* control;
+  const char* text;  // "{}" stands for the group
+  Refusal refusal;
 };
 
+constexpr Refusal kNoGroup{SendControl::kGroup, Failure::kUsage};
+constexpr Refusal kNotThisSubject{SendControl::kSubject, Failure::kNotPermitted};
+
 constexpr auto kRows = std::to_array<Row>({
-    {[](const SendingFacts& f) { return !f.account_filled_in; }, Kind::kWarning,
-     "Please fill out the Mail Account section in Email Manager.", "EmailButton"},
+    {[](const SendingFacts& f) { return !f.account_filled_in; },
+     Kind::kWarning,
+     "Please fill out the Mail Account section in Email Manager.",
+     {SendControl::kAccount, Failure::kNotConfigured}},
     {[](const SendingFacts& f) { return f.groups.empty(); }, Kind::kWarning,
-     "Please create at least one group of recipients.", "GroupButton"},
+     "Please create at least one group of recipients.", kNoGroup},
     {[](const SendingFacts& f) { return f.group.empty(); }, Kind::kWarning, "Please specify a group in the To field.",
-     "GroupButton"},
+     kNoGroup},
+    {[](const SendingFacts& f) { return !f.group_is_there; }, Kind::kWarning, "There is no group {}.", kNoGroup},
     {[](const SendingFacts& f) { return f.subject.empty(); }, Kind::kQuestion,
-     "This message has no subject. Are you sure you want to send it?", "SubjectTextBox"},
+     "This message has no subject. Are you sure you want to send it?", kNotThisSubject},
     {[](const SendingFacts& f) { return LooksLikeAReply(f.subject); }, Kind::kQuestion,
      "Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
      "You should be sure that you know what you are doing.\r\n"
      "Are you sure you want to continue?",
-     "SubjectTextBox"},
-    {[](const SendingFacts& f) { return IsEmptyBody(f.body_text); }, Kind::kQuestion,
-     "Are you sure you want to send an empty message?", "Editor"},
+     kNotThisSubject},
+    {[](const SendingFacts& f) { return IsEmptyBody(f.body_text); },
+     Kind::kQuestion,
+     "Are you sure you want to send an empty message?",
+     {SendControl::kBody, Failure::kNotPermitted}},
     {[](const SendingFacts& f) { return f.recipients == 0; }, Kind::kWarning,
-     "The selected group does not contain any recipients.", "GroupButton"},
+     "The selected group does not contain any recipients.", kNoGroup},
 });
 
 }  // namespace
 
-std::optional<std::string> CheckBeforeSending(const SendingFacts& facts, platform::Prompts& prompts) {
+std::optional<Refusal> CheckBeforeSending(const SendingFacts& facts, platform::Prompts& prompts) {
   for (const Row& row : kRows) {
     if (!row.applies(facts)) continue;
+    const std::string text = Sentence(row.text, {platform::Printable(facts.group, 100)}).InEnglish();
     if (row.kind == Kind::kQuestion) {
-      if (prompts.Ask(row.text) == platform::Answer::kYes) continue;
+      if (prompts.Ask(text) == platform::Answer::kYes) continue;
     } else {
-      prompts.Warn(row.text);
+      prompts.Warn(text);
     }
-    return row.control;
+    return row.refusal;
   }
   return {};
 }

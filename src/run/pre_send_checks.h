@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/prompts.h"
@@ -23,8 +22,18 @@ struct SendingFacts {
   bool group_is_there = false;
 };
 
-// The checks in their order; the first that fails, or whose question is answered with No, gives the control that gets
-// the focus. Nothing when the run may start.
-std::optional<std::string> CheckBeforeSending(const SendingFacts& facts, platform::Prompts& prompts);
+// What the person has to see to; where that is done is known to each face.
+enum class SendControl : std::uint8_t { kAccount, kGroup, kSubject, kBody };
+
+// Why no run starts, which the person was told, or said.
+struct Refusal {
+  SendControl control;
+  Failure failure;  // kNotPermitted for an answer
+  bool operator==(const Refusal& other) const = default;
+};
+
+// The checks in their order: the first that fails, or whose question is answered with No. Nothing when the run may
+// start.
+std::optional<Refusal> CheckBeforeSending(const SendingFacts& facts, platform::Prompts& prompts);
 
 }  // namespace quillcast::run

@@ -171,14 +171,30 @@ class BadInput(Case):
         self.assertEqual(self.ok("account", "show"), before, "a refused change changes nothing")
         self.assertNotIn("geheim7", "".join(self.run_program("account", "set", "Password=geheim7")[1:]))
 
+    def test_what_must_hold_before_a_run(self):
+        """Nobody is there to answer, which is a No."""
+        empty = self.write("empty.html", "<p> </p>")
+        send = lambda group="All", subject="s", body=self.body: ["send", "--group", group, "--subject", subject, "--body", body]
+        self.check([(send(), 78, "Mail Account", "account set")])
+        box = self.mailbox()
+        self.account(box.port)
+        self.check([(send(), 64, "create at least one group", "group new")])
+        self.ok("group", "new", "Empty")
+        self.group("All", ["ada@r.example"])
+        self.check([(send(group=""), 64, "specify a group", "group list"),
+                    (send(group="Nobody"), 64, "There is no group Nobody.", "group list"),
+                    (send(subject=""), 77, "has no subject"),
+                    (send(subject="Re: x"), 77, "spam tactics"),
+                    (send(body=empty), 77, "empty message"),
+                    (send(group="Empty"), 64, "does not contain any recipients")])
+        self.assertEqual((box.index(), self.reports()), ([], []))
+
     def test_send(self):
         everything = ["--yes", "send", "--group", "All", "--subject", "s", "--body", self.body]
         self.group("All", ["ada@r.example"])
-        self.check([(everything, 78, "account set")])
         box = self.mailbox()
         self.account(box.port)
         self.check([
-            (["--yes", "send", "--group", "Nobody", "--subject", "s", "--body", self.body], 64, "no group Nobody", "group list"),
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", "nosuch.html"], 66, "nosuch.html"),
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", self.folder], 66, str(self.folder)),
             ([*everything, "--text", "nosuch.txt"], 66, "nosuch.txt"),

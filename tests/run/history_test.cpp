@@ -1,10 +1,9 @@
-// History names, listing, opening and clearing; and the checks before a run.
+// History names, listing, opening and clearing.
 #include "run/history.h"
 
 #include <gtest/gtest.h>
 
 #include "platform/file_attributes.h"
-#include "run/pre_send_checks.h"
 #include "support/fake_clock.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
@@ -189,59 +188,6 @@ TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {
     EXPECT_TRUE(fs::exists(running->message));
   }
   EXPECT_EQ(ClearHistory(folder.path(), prompts).deleted, 2U) << "the run has ended";
-}
-
-TEST(PreSendChecks, RunInTheirOrder) {
-  const SendingFacts good{true, {"Customers"}, "Customers", 3, "Hello", "text"};
-  constexpr const char* kReply =
-      "ask: Never employ spam tactics like using RE: or FW: in the subject line.\r\n"
-      "You should be sure that you know what you are doing.\r\nAre you sure you want to continue?";
-  constexpr const char* kNoSubject = "ask: This message has no subject. Are you sure you want to send it?";
-  constexpr const char* kEmpty = "ask: Are you sure you want to send an empty message?";
-  constexpr const char* kNobody = "warn: The selected group does not contain any recipients.";
-  struct Case {
-    const char* name;
-    SendingFacts facts;
-    std::deque<Answer> answers;
-    std::optional<std::string> control;
-    std::vector<std::string> shown;
-  };
-  for (const Case& c : std::initializer_list<Case>{
-           {"good", good, {}, {}, {}},
-           {"no account",
-            {false, {}, "", 0, "", ""},
-            {},
-            "EmailButton",
-            {"warn: Please fill out the Mail Account section in Email Manager."}},
-           {"no groups",
-            {true, {}, "", 0, "", ""},
-            {},
-            "GroupButton",
-            {"warn: Please create at least one group of recipients."}},
-           {"none chosen",
-            {true, {"A"}, "", 0, "", ""},
-            {},
-            "GroupButton",
-            {"warn: Please specify a group in the To field."}},
-           {"no subject, no", {true, {"A"}, "A", 0, "", ""}, {Answer::kNo}, "SubjectTextBox", {kNoSubject}},
-           {"everything, yes",
-            {true, {"A"}, "A", 0, "", " \r\n "},
-            {Answer::kYes, Answer::kYes},
-            "GroupButton",
-            {kNoSubject, kEmpty, kNobody}},
-           {"re:", {true, {"A"}, "A", 1, "re: x", "t"}, {Answer::kNo}, "SubjectTextBox", {kReply}},
-           {"Fw :", {true, {"A"}, "A", 1, "Fw :x", "t"}, {Answer::kYes}, {}, {kReply}},
-           {"re-", {true, {"A"}, "A", 1, "re- x", "t"}, {}, {}, {}},
-           {"RE  :", {true, {"A"}, "A", 1, "RE  : x", "t"}, {}, {}, {}},
-           {"empty body", {true, {"A"}, "A", 1, "x", ""}, {Answer::kNo}, "Editor", {kEmpty}},
-           {"a tab is a body", {true, {"A"}, "A", 1, "x", "\t"}, {}, {}, {}},
-       }) {
-    test::ScriptedPrompts prompts;
-    prompts.answers = c.answers;
-    EXPECT_EQ(CheckBeforeSending(c.facts, prompts), c.control) << c.name;
-    EXPECT_EQ(prompts.shown, c.shown) << c.name;
-    EXPECT_TRUE(prompts.answers.empty()) << c.name;
-  }
 }
 
 }  // namespace

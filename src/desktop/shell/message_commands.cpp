@@ -20,6 +20,21 @@ Result<run::PreparedRun> Prepare(Shell& shell, const platform::CancelToken& neve
                       run::PlaceOf(shell.program, never, profile::kWindowPatience));
 }
 
+// Where the window has it.
+const char* NameOf(run::SendControl control) {
+  switch (control) {
+    case run::SendControl::kAccount:
+      return "EmailButton";
+    case run::SendControl::kGroup:
+      return "GroupButton";
+    case run::SendControl::kSubject:
+      return "SubjectTextBox";
+    case run::SendControl::kBody:
+      break;
+  }
+  return "Editor";
+}
+
 }  // namespace
 
 void PreviewAsMail(Shell& shell) {
@@ -55,8 +70,8 @@ void Send(Shell& shell) {
     shell.Tell(facts.error());
     return;
   }
-  if (const auto control = run::CheckBeforeSending(*facts, shell.program.prompts)) {
-    shell.FocusOn(ToQt(*control));
+  if (const auto refused = run::CheckBeforeSending(*facts, shell.program.prompts)) {
+    shell.FocusOn(NameOf(refused->control));
     return;
   }
   using Server = SendMailForm1::Server;
