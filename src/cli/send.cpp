@@ -11,6 +11,7 @@
 #include "platform/text.h"
 #include "run/partial_range.h"
 #include "run/prepared_run.h"
+#include "run/run_words.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::cli {
@@ -61,8 +62,7 @@ class SendListener final : public run::RunListener {
   bool GoOn(const smtp::Outcome& refusal, int times) override {
     if (keep_going_) return true;
     output_.EndProgress();
-    output_.Note(fmt::format("The server refused the same {} times in a row, so the run stops: {}", times,
-                             smtp::OutcomeText(refusal)));
+    output_.Note(run::RefusedTheSame(refusal, times, run::Then::kStops).InEnglish());
     output_.Note("--keep-going tries every recipient all the same.");
     return false;
   }
@@ -100,17 +100,12 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
                          {"failed", summary.failed},
                          {"not_tried", summary.not_tried},
                          {"history", summary.history}});
-  context.output.Line(
-      fmt::format("{} sent, {} failed.", platform::Counted(summary.sent, "message", "messages"), summary.failed));
+  context.output.Line(run::CountsOf(summary).InEnglish());
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
-  if (summary.not_tried > 0) {
-    context.output.Note(fmt::format("{} not tried (from #{} to #{}); nothing was sent to them.",
-                                    platform::Counted(summary.not_tried, "recipient was", "recipients were"),
-                                    summary.last - summary.not_tried + 1, summary.last));
-  }
+  if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
   if (summary.stopped) return context.output.Fail(*summary.stopped);
-  if (summary.not_tried > 0) return ExitCode(Failure::kTryAgain);
-  return summary.failed > 0 ? 1 : 0;
+  if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);
+  return summary.everybody_got_it() ? 0 : 1;
 }
 
 int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
@@ -160,7 +155,7 @@ int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& pr
   const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write) {
-    return context.output.Fail({Failure::kNotPermitted, Say("{} is locked and was left as it is.", options.to_file),
+    return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(options.to_file),
                                 "Name another file, or answer yes (--yes does) to have it unlocked."});
   }
   const auto written = platform::ReplaceChosenFile(

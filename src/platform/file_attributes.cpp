@@ -31,6 +31,8 @@ Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
   return true;
 }
 
+Sentence LeftLocked(const fs::path& file) { return Say("{} is locked and was left as it is.", file.string()); }
+
 Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<void>(int fd)>& write) {
   std::error_code failed;
   const fs::path target = fs::is_symlink(path, failed) ? fs::canonical(path, failed) : path;

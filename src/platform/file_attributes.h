@@ -7,6 +7,7 @@
 
 #include "platform/prompts.h"
 #include "platform/result.h"
+#include "platform/sentence.h"
 
 namespace quillcast::platform {
 
@@ -20,6 +21,8 @@ Result<void> Unlock(const std::filesystem::path& file);
 // when the answer is Yes. False when the file is to be left alone. The new content comes by a rename, which no
 // permission of the old file holds up: an error here is the only thing that does.
 Result<bool> MayWriteTo(const std::filesystem::path& file, Prompts& prompts);
+// What is told then.
+Sentence LeftLocked(const std::filesystem::path& file);
 
 // ReplaceFile for such a file: what a link leads to gets the new content, a file that was there keeps its permissions,
 // and a device or a pipe is refused.

@@ -58,6 +58,10 @@ struct RunSummary {
   std::string history;         // the base name
   bool cancelled = false;
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
+
+  // Nobody is left, whatever became of each.
+  bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0; }
+  bool everybody_got_it() const { return reached_its_end() && failed == 0; }
 };
 
 // Gives the rows of the group from its beginning: kCopy for the run itself, which goes by what that holds and not by

@@ -1,10 +1,11 @@
-// What a window shows of a run: its results as a list, its report by lines, its rate.
+// What is shown of a run: its results as a list, its report by lines, its rate, and what it came to.
 #include "run/run_results.h"
 
 #include <gtest/gtest.h>
 
 #include "run/report_lines.h"
 #include "run/run_rate.h"
+#include "run/run_words.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -62,6 +63,38 @@ TEST(ReportLines, FollowAFileThatGrows) {
   EXPECT_EQ(lines->At(2), "three");
   EXPECT_EQ(lines->At(3), std::string(65536, 'x'));
   EXPECT_FALSE(ReportLines::Open(folder / "missing.txt"));
+}
+
+TEST(RunSummary, IsSaidInWords) {
+  const Error full{Failure::kIo, "The disk is full.", ""};
+  struct Case {
+    RunSummary summary;
+    const char* counts;
+    const char* left;  // "" for nobody
+    bool reached_its_end;
+    bool everybody_got_it;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{1, 0, 0, 1, "", false, {}}, "1 message was sent, 0 failed.", "", true, true},
+           {{1200, 1000, 0, 2200, "", false, {}}, "1,200 messages were sent, 1,000 failed.", "", true, false},
+           {{0, 0, 1, 7, "", true, {}},
+            "0 messages were sent, 0 failed.",
+            "1 recipient was not tried (#7); nothing was sent there.",
+            false,
+            false},
+           {{2, 0, 1500, 1502, "", false, {}},
+            "2 messages were sent, 0 failed.",
+            "1,500 recipients were not tried (from #3 to #1502); nothing was sent to them.",
+            false,
+            false},
+           {{2, 0, 0, 2, "", false, full}, "2 messages were sent, 0 failed.", "", false, false},
+       }) {
+    EXPECT_EQ(CountsOf(c.summary).InEnglish(), c.counts);
+    const auto left = NotTriedIn(c.summary);
+    EXPECT_EQ(left ? left->InEnglish() : "", c.left) << c.counts;
+    EXPECT_EQ(c.summary.reached_its_end(), c.reached_its_end) << c.counts;
+    EXPECT_EQ(c.summary.everybody_got_it(), c.everybody_got_it) << c.counts;
+  }
 }
 
 TEST(RunRate, IsSaidInWords) {

@@ -116,7 +116,7 @@ void ResultsView::Save() {
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, prompts_);
   if (may_write && !*may_write) {
-    count_->Say(tr("%1 is locked and was left as it is.").arg(PathToQt(file)));
+    count_->Say(InWords(platform::LeftLocked(file)));
     return;
   }
   const auto saved = may_write ? platform::ReplaceChosenFile(file, results_.AsText(rows_)) : may_write.error();

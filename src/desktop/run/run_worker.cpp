@@ -7,7 +7,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "message/message_template.h"
 #include "run/partial_range.h"
-#include "smtp/outcome_text.h"
+#include "run/run_words.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -95,7 +95,7 @@ void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, s
 bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
   std::unique_lock lock(mutex_);
   answer_.reset();
-  emit Asked(ToQt(smtp::OutcomeText(refusal)), times);
+  emit Asked(InWords(run::RefusedTheSame(refusal, times, run::Then::kWaits)));
   changed_.wait(lock, [this] { return answer_ || ending_; });
   return answer_.value_or(false);
 }

@@ -49,8 +49,8 @@ class RunWorker final : public QObject, private run::RunListener {
   void Answer(bool go_on);
 
  signals:
-  // The server refused the same so many times in a row; the run waits for Answer.
-  void Asked(const QString& refusal, int times);
+  // The server refused the same so many times in a row, which is said; the run waits for Answer.
+  void Asked(const QString& why);
   void Ended(const quillcast::Result<quillcast::run::RunSummary>& summary);
 
  private:

@@ -27,6 +27,7 @@
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 #include "run/run_rate.h"
+#include "run/run_words.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -35,16 +36,9 @@ constexpr int kTick = 100;  // milliseconds between looks at the run
 constexpr int kMostNotes = 4;
 
 QString SummaryText(const run::RunSummary& summary) {
-  QStringList sentences;
-  sentences << Counted(summary.sent, SendMailForm1::tr("1 message was sent,"),
-                       SendMailForm1::tr("%1 messages were sent,"))
-            << SendMailForm1::tr("%1 failed.").arg(ToQt(platform::WithThousands(summary.failed)));
-  if (summary.stopped) {
-    sentences << InWords(*summary.stopped);
-  } else if (summary.not_tried > 0) {
-    sentences << Counted(summary.not_tried, SendMailForm1::tr("1 recipient was not tried; nothing was sent there."),
-                         SendMailForm1::tr("%1 recipients were not tried; nothing was sent to them."));
-  }
+  QStringList sentences(InWords(run::CountsOf(summary)));
+  if (const auto left = run::NotTriedIn(summary)) sentences << InWords(*left);
+  if (summary.stopped) sentences << InWords(*summary.stopped);
   return sentences.join(' ');
 }
 
@@ -210,15 +204,14 @@ void SendMailForm1::AskToCancel() {
 }
 
 // The run waits meanwhile. Once it is being cancelled there is nothing to ask.
-void SendMailForm1::AskToGoOn(const QString& refusal, int times) {
+void SendMailForm1::AskToGoOn(const QString& why) {
   if (cancel_asked_) {
     worker_->Answer(false);
     return;
   }
   waiting_.start();
   TakeNews();  // what led to it can be read
-  pause_panel_->SetText(
-      tr("The server refused the same %1 times in a row, so the run waits: %2").arg(QString::number(times), refusal));
+  pause_panel_->SetText(why);
   pause_panel_->show();
   QApplication::alert(this);
 }
@@ -285,10 +278,9 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
     Say(InWords(summary.error()), NoteKind::kFailure);
     return;
   }
-  const bool all_got_it = summary->failed == 0 && summary->not_tried == 0;
+  const bool all_got_it = summary->everybody_got_it();
   Say(SummaryText(*summary), all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
-  const bool reached_the_end = !summary->stopped && !summary->cancelled && summary->not_tried == 0;
-  if (reached_the_end && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
+  if (summary->reached_its_end() && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (!all_got_it) {
     tabs_->setCurrentWidget(results_view_);
     findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);

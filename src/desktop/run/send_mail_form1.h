@@ -58,7 +58,7 @@ class SendMailForm1 final : public QDialog {
   void PicturesKnown(bool settled);
   void StartRun();
   void AskToCancel();
-  void AskToGoOn(const QString& refusal, int times);
+  void AskToGoOn(const QString& why);
   void AnswerToGoOn(bool go_on);
   void TakeNews();
   void RunFinished(const Result<run::RunSummary>& summary);

@@ -1,0 +1,25 @@
+#include "run/run_words.h"
+
+#include "smtp/outcome_text.h"
+
+namespace quillcast::run {
+
+Sentence CountsOf(const RunSummary& summary) {
+  return SayOf(summary.sent, "{} message was sent, {} failed.", "{} messages were sent, {} failed.",
+               NumberValue(summary.failed));
+}
+
+std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
+  if (summary.not_tried == 0) return {};
+  if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);
+  return Say("{} recipients were not tried (from #{} to #{}); nothing was sent to them.",
+             NumberValue(summary.not_tried), summary.last - summary.not_tried + 1, summary.last);
+}
+
+Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {
+  const std::string why = smtp::OutcomeText(refusal);
+  return then == Then::kStops ? Say("The server refused the same {} times in a row, so the run stops: {}", times, why)
+                              : Say("The server refused the same {} times in a row, so the run waits: {}", times, why);
+}
+
+}  // namespace quillcast::run
