@@ -33,6 +33,12 @@ struct OwnFailure {
   std::int64_t after = 0;  // how many letters were taken before it
 };
 
+// Somebody whom the run did not come to any more, though the row was taken.
+struct Left {
+  std::int64_t position = 0;
+  std::string address;
+};
+
 // Takes the rows of the group one by one, from the store to the wire to the report.
 class Run final : public smtp::JobSource {
  public:
@@ -87,6 +93,7 @@ class Run final : public smtp::JobSource {
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::deque<OwnFailure> own_failures_;
+  std::vector<Left> left_;     // by a stop
   std::int64_t taken_ = 0;     // letters by the client
   std::int64_t finished_ = 0;  // of them
   bool first_message_kept_ = false;
@@ -181,18 +188,27 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
 
 void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
-  if (letter.rendered.subject_not_encoded) report_.SubjectNotEncoded();
-  Settle(letter.position, letter.address, outcome);
+  if (outcome.begun) {
+    if (letter.rendered.subject_not_encoded) report_.SubjectNotEncoded();
+    Settle(letter.position, letter.address, outcome);
+  } else {
+    left_.push_back({letter.position, letter.address});
+  }
   free_letters_.push_back(&letter);
   ++finished_;
   SettleOwnFailures();
 }
 
-// Results stand in the order of the rows, so these wait for the letters that were taken before them.
+// Results stand in the order of the rows, so these wait for the letters that were taken before them. Behind one that
+// was left, the run had ended.
 void Run::SettleOwnFailures() {
   while (!own_failures_.empty() && own_failures_.front().after == finished_) {
     const OwnFailure& failure = own_failures_.front();
-    Settle(failure.position, failure.address, failure.outcome);
+    if (left_.empty()) {
+      Settle(failure.position, failure.address, failure.outcome);
+    } else {
+      left_.push_back({failure.position, failure.address});
+    }
     own_failures_.pop_front();
     if (taken_ == finished_) Flush();
   }
@@ -231,6 +247,8 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 // are counted by what is known of the list.
 void Run::NameThoseNotTried() {
   summary_.last = range_.last;
+  for (const Left& left : left_) listener_.NotTried(left.position, left.address);
+  summary_.not_tried = std::ssize(left_);
   while (NextRow()) {
     ++summary_.not_tried;
     listener_.NotTried(walk_->position(), row_.email());

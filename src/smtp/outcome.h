@@ -26,6 +26,7 @@ struct Outcome {
   ResultCode code = ResultCode::kException;
   ServerReply reply;   // the reply that decided it, where there was one
   std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
+  bool begun = true;   // false where a stop came before anything of the message was sent: it was not tried
 };
 
 // What a reply of class 4 or 5 makes of a message.

@@ -55,6 +55,7 @@ class FakeCarrier final : public Carrier {
 
   std::function<void(int step)> at_step;  // before each taking and each result, counted from 1
   int asks_after = 0;                     // so many refusals in a row; 0 for never
+  bool withdraws = false;                 // after a stop, what was taken and not begun
   std::vector<std::int64_t> carried;      // who was handed over, in order
 
   void Carry(smtp::JobSource& letters) override {
@@ -87,6 +88,9 @@ class FakeCarrier final : public Carrier {
   smtp::Outcome Deliver(const smtp::Job& job) {
     if (cancel_.Requested() == Stop::kAbandon) {
       return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
+    }
+    if (withdraws && cancel_.Requested() != Stop::kNone) {
+      return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}, .begun = false};
     }
     carried.push_back(PositionOf(job.envelope.recipient.text()));
     return OutcomeOf(fates_[static_cast<std::size_t>(carried.back() - 1)]);
@@ -338,11 +342,17 @@ TEST_F(SendingRun, EndsWhereNobodyWantsToGoOn) {
 }
 
 TEST_F(SendingRun, LosesNobodyWhereverItIsCancelled) {
-  for (const Stop stop : {Stop::kStop, Stop::kAbandon}) {
+  struct Case {
+    Stop stop;
+    bool withdraws;
+  };
+  for (const auto& [stop, withdraws] :
+       {Case{Stop::kStop, false}, Case{Stop::kStop, true}, Case{Stop::kAbandon, false}}) {
     for (const std::size_t window : {1, 3}) {
-      for (int at = 1; at <= 13; ++at) {
+      for (int at = 1; at <= 15; ++at) {
         SCOPED_TRACE("step " + std::to_string(at));
-        Run({.fates = "sxrsus", .window = window, .change = [&](FakeCarrier& carrier, Told&) {
+        Run({.fates = "sxrsuxs", .window = window, .change = [&](FakeCarrier& carrier, Told&) {
+               carrier.withdraws = withdraws;
                carrier.at_step = [this, at, stop](int step) {
                  if (step != at) return;
                  cancel_->Request();
@@ -350,6 +360,7 @@ TEST_F(SendingRun, LosesNobodyWhereverItIsCancelled) {
                };
              }});
         EXPECT_EQ(summary_.cancelled, summary_.not_tried > 0);
+        EXPECT_TRUE(!withdraws || Count(report_, "Error 20:") == 0) << "what was not begun was not tried";
         EXPECT_FALSE(summary_.stopped);
       }
     }

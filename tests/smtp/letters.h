@@ -30,7 +30,11 @@ class Letters final : public JobSource {
       jobs_.push_back(job);
     }
   }
-  Job* NextJob() override { return next_ < jobs_.size() ? &jobs_[next_++] : nullptr; }
+  Job* NextJob() override {
+    if (next_ == jobs_.size()) return nullptr;
+    if (on_next) on_next(next_);
+    return &jobs_[next_++];
+  }
   void Finished(Job& job, const Outcome& outcome) override {
     EXPECT_EQ(&job, &jobs_[outcomes.size()]) << "out of order";
     outcomes.push_back(outcome);
@@ -48,6 +52,7 @@ class Letters final : public JobSource {
   std::vector<std::string> log;
   std::function<void(std::string_view)> on_line;
   std::function<void()> on_waiting;
+  std::function<void(std::size_t before)> on_next;  // while a letter is made, with so many before it
 
  private:
   std::vector<std::unique_ptr<TextSource>> sources_;

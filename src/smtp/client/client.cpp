@@ -21,7 +21,7 @@ constexpr std::uint16_t kTlsPort = 465;
 constexpr std::chrono::seconds kQuitPatience{2};
 
 Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
-Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}}; }
+Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}, false}; }
 
 // A failure on the way to a connection, where `timeout` and `otherwise` are the numbers of that part of the way.
 Outcome Unreachable(const Error& error, ResultCode timeout, ResultCode otherwise) {
@@ -125,7 +125,8 @@ void Client::Driver::SendOver(Job& job) {
   }
   if (!connection_) {
     jobs_.CatchUp();
-    const Outcome opened = Connect();
+    Outcome opened = Connect();
+    opened.begun = opened.code != ResultCode::kCancelled;
     if (opened.code != ResultCode::kSuccess) return jobs_.Fail(opened);
   }
   if (Stopped()) return jobs_.Fail(Cancelled());

@@ -73,7 +73,10 @@ void JobQueue::Move() { FirstAt(Entry::Stage::kWaiting)->moved = true; }
 
 void JobQueue::Fail(const Outcome& outcome) {
   --waiting_;
-  Tell(*FirstAt(Entry::Stage::kWaiting), outcome);
+  Entry& entry = *FirstAt(Entry::Stage::kWaiting);
+  Outcome told = outcome;
+  told.begun = told.begun || entry.moved;
+  Tell(entry, told);
 }
 
 void JobQueue::Settle(const Outcome& outcome, bool again) {

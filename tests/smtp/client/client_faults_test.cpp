@@ -156,31 +156,41 @@ TEST(ClientFaults, NoConnectionIsToldByItsReason) {
   }
 }
 
+// At a line of the log, or while a letter is made; of the last that was taken.
 TEST(ClientFaults, StopsForThePerson) {
   struct Case {
     const char* at_line;
+    std::size_t at_letter;  // so many are before it
     int requests;
     std::size_t outcomes;
     State state;
     ResultCode code;
+    bool begun;
   };
   using enum ResultCode;
-  for (const Case& c : std::initializer_list<Case>{{"C: MAIL FROM:<ada@example.org>", 1, 1, State::kSent, kSuccess},
-                                                   {"C: MAIL FROM:<ada@example.org>", 2, 1, State::kFailed, kCancelled},
-                                                   {"C: EHLO [127.0.0.1]", 1, 1, State::kFailed, kCancelled}}) {
+  constexpr std::size_t kNever = 9;
+  constexpr const char* kMail = "C: MAIL FROM:<ada@example.org>";
+  for (const Case& c :
+       {Case{kMail, kNever, 1, 1, State::kSent, kSuccess, true},
+        Case{kMail, kNever, 2, 1, State::kFailed, kCancelled, true},
+        Case{"C: EHLO [127.0.0.1]", kNever, 1, 1, State::kFailed, kCancelled, false},
+        Case{"", 0, 1, 1, State::kFailed, kCancelled, false}, Case{"", 1, 1, 2, State::kFailed, kCancelled, false}}) {
+    SCOPED_TRACE(std::string(c.at_line) + std::to_string(c.requests) + std::to_string(c.at_letter));
     std::vector<std::string> taken;
     ScriptedServer server([&](Peer& peer, int) { Serve(peer, -1, Fault::kHangUp, taken); });
     platform::CancelToken cancel;
     Letters letters(3);
     letters.on_line = [&](std::string_view line) {
-      if (line == c.at_line) {
-        for (int n = 0; n < c.requests; ++n) cancel.Request();
-      }
+      for (int n = 0; line == c.at_line && n < c.requests; ++n) cancel.Request();
+    };
+    letters.on_next = [&](std::size_t before) {
+      if (before == c.at_letter) cancel.Request();
     };
     SendAll(OptionsFor(server.port()), letters, cancel);
     ASSERT_EQ(letters.outcomes.size(), c.outcomes);
-    EXPECT_EQ(letters.outcomes[0].state, c.state) << c.at_line << c.requests;
-    EXPECT_EQ(letters.outcomes[0].code, c.code) << c.at_line << c.requests;
+    EXPECT_EQ(letters.outcomes.back().state, c.state);
+    EXPECT_EQ(letters.outcomes.back().code, c.code);
+    EXPECT_EQ(letters.outcomes.back().begun, c.begun);
   }
 }
 
