@@ -207,6 +207,16 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Arrived(), std::size_t{9});
   }
 
+  void whoeverIsInTheGroupByThenGetsIt() {
+    Scene scene({"a@example.org", "b@example.org", "c@example.org"});
+    scene.rig.AddRecipient("Customers", "d@example.org");
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), std::size_t{4});
+    QCOMPARE(scene.form->findChild<QProgressBar*>("RunProgressBar")->text(), QString("4 of 4"));
+    QVERIFY2(scene.Text("StatusLine").contains("4 recipients now, not 3"), qPrintable(scene.Text("StatusLine")));
+  }
+
   void aQuestionAboutPicturesHoldsTheButton() {
     for (const bool take : {false, true}) {
       Scene scene({"a@example.org"});
