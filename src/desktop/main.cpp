@@ -16,8 +16,8 @@
 
 #include "desktop/sandbox.h"
 #include "desktop/shell/help_form.h"
+#include "desktop/shell/single_instance.h"
 #include "desktop/shell/start_window.h"
-#include "desktop/single_instance.h"
 #include "desktop/termination.h"
 #include "desktop/widgets/icons.h"
 #include "desktop/widgets/look.h"
@@ -140,6 +140,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   const auto window = StartWindow(program);
   QObject::connect(&instance, &SingleInstance::Raised, window.get(), &MainForm::Flash);
   QObject::connect(&instance, &SingleInstance::Asked, window.get(), &MainForm::Open);
+  QObject::connect(window.get(), &MainForm::Closes, &instance, &SingleInstance::Hold);
   instance.BeginHearing();
   window->Open(arguments);
   if (warning != nullptr) window->Say(warning);

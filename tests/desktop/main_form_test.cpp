@@ -23,6 +23,7 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 #include <fstream>
 #include <memory>
@@ -35,6 +36,7 @@
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/single_instance.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/start_window.h"
 #include "platform/file.h"
@@ -336,6 +338,63 @@ class MainFormTest : public QObject {
     QTRY_VERIFY2(scene.Status().startsWith("The link asks for nothing"), qPrintable(scene.Status()));
     QCOMPARE(subject.text(), QString("Spring"));
     scene.window->skip_save_prompt = true;
+  }
+
+  void whatComesWhileTheWindowClosesTakesNoPlace() {
+    for (const auto answer : {platform::Answer::kYes, platform::Answer::kNo, platform::Answer::kCancel}) {
+      Scene scene;
+      scene.Open();
+      const std::string theirs = scene.rig.folder.Write("theirs.html", "<html><body><p>theirs</p></body></html>");
+      const auto mine = scene.rig.folder / "mine.html";
+      scene.rig.prompts.files = {mine};
+      scene.Editor().InsertHtml("<p>work</p>");
+      scene.rig.prompts.answers = {answer};
+      scene.rig.prompts.meanwhile = [&] {
+        scene.window->Open({theirs});
+        QTest::qWait(20);
+      };
+      const bool stays = answer == platform::Answer::kCancel;
+      QCOMPARE(scene.window->close(), !stays);
+      QCOMPARE(scene.rig.Shown().count("Do you want to save the changes?"), 1);
+      const auto kept = answer == platform::Answer::kYes ? mine : scene.rig.folders.data / "Autosave.htm";
+      if (!stays) {
+        QTest::qWait(50);
+        QVERIFY(platform::ReadFile(kept, 1000)->find("work") != std::string::npos);
+        QVERIFY(scene.window->close());
+      }
+      // Opening asks once more, and gets "No".
+      if (stays) QTRY_COMPARE(scene.Editor().PlainText(), QString("theirs"));
+      QCOMPARE(scene.rig.Shown().count("Do you want to save the changes?"), stays ? 1 : 0);
+    }
+  }
+
+  void aStartThatComesWhileTheWindowClosesIsNotTakenBeforeItIsDecided() {
+    const test::TemporaryFolder folder;
+    for (const bool stays : {true, false}) {
+      auto first = std::make_unique<SingleInstance>(PathToQt(folder.path()));
+      QVERIFY(!first->AnotherIsRunning({}));
+      first->BeginHearing();
+      QSignalSpy raised(first.get(), &SingleInstance::Raised);
+      QSignalSpy asked(first.get(), &SingleInstance::Asked);
+      first->Hold(true);
+      bool another_runs = false;
+      bool is_taken = false;
+      const std::unique_ptr<QThread> start(QThread::create([&] {
+        SingleInstance second(PathToQt(folder.path()));
+        another_runs = second.AnotherIsRunning({"/letter.html"});
+        is_taken = second.handed_over();
+      }));
+      start->start();
+      QTRY_COMPARE(raised.size(), 1);
+      QTest::qWait(stays ? 3200 : 50);  // longer than one that says nothing is listened to
+      QVERIFY(start->isRunning() && asked.isEmpty());
+      if (stays) first->Hold(false);
+      QCOMPARE(asked.size(), stays ? 1 : 0);
+      if (!stays) first.reset();
+      QVERIFY(start->wait(5000));
+      QCOMPARE(another_runs, stays);  // else it is the first from here on
+      QCOMPARE(is_taken, stays);
+    }
   }
 
   void aSavedMessageIsNotSavedOverOnLeaving() {

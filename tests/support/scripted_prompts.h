@@ -2,7 +2,9 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/prompts.h"
@@ -14,6 +16,7 @@ class ScriptedPrompts final : public platform::Prompts {
   std::vector<std::string> shown;
   std::deque<platform::Answer> answers;  // for Ask, AskOrCancel and Consent (kYes); kNo when used up
   std::vector<std::filesystem::path> files;
+  std::function<void()> meanwhile;  // happens once, while the next question stands
 
   void Warn(std::string_view text) override { Show("warn", text); }
   void Inform(std::string_view text) override { Show("inform", text); }
@@ -37,6 +40,7 @@ class ScriptedPrompts final : public platform::Prompts {
  private:
   void Show(const char* kind, std::string_view text) { shown.push_back(std::string(kind) + ": " + std::string(text)); }
   platform::Answer NextAnswer() {
+    if (const auto happens = std::exchange(meanwhile, nullptr)) happens();
     if (answers.empty()) return platform::Answer::kNo;
     const auto answer = answers.front();
     answers.pop_front();

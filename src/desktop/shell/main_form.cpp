@@ -186,7 +186,7 @@ void MainForm::AtWork(const std::function<void()>& work) {
   if (--at_work_ == 0) requests_->Resume();
 }
 
-bool MainForm::IsFree() const { return at_work_ == 0 && QApplication::activeModalWidget() == nullptr; }
+bool MainForm::IsFree() const { return !closes_ && at_work_ == 0 && QApplication::activeModalWidget() == nullptr; }
 
 void MainForm::Open(const std::vector<std::string>& arguments) { requests_->Add(arguments); }
 
@@ -219,7 +219,9 @@ void MainForm::KeepPlace() {
 // The page takes keys only when it got the focus while it is on the screen.
 void MainForm::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  if (!event->spontaneous()) QTimer::singleShot(0, editor_, &HtmlEditor::BeginTyping);
+  if (event->spontaneous()) return;
+  closes_ = false;
+  QTimer::singleShot(0, editor_, &HtmlEditor::BeginTyping);
 }
 
 // Groups may have been made by the command meanwhile.
@@ -262,8 +264,23 @@ bool MainForm::MayStopImport() {
   return false;
 }
 
+// Keeping the draft lets events come in: what another start brings must not take the place of what is kept.
+bool MainForm::MayClose() {
+  closes_ = true;
+  emit Closes(true);
+  if (MayStopImport() && shell_->MayLeaveDocument() && KeepDraft()) return true;
+  closes_ = false;
+  emit Closes(false);
+  requests_->Resume();
+  return false;
+}
+
 void MainForm::closeEvent(QCloseEvent* event) {
-  if (!MayStopImport() || !shell_->MayLeaveDocument() || !KeepDraft()) {
+  if (closes_) {
+    event->setAccepted(!isVisible());  // it is being asked already, or is closed
+    return;
+  }
+  if (!MayClose()) {
     event->ignore();
     return;
   }

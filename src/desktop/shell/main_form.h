@@ -61,6 +61,10 @@ class MainForm final : public QMainWindow {
   // The program closes itself for a shutdown after sending: nothing is asked.
   bool skip_save_prompt = false;
 
+ signals:
+  // It may be about to go, so nothing is to be handed to it until false comes, which it does where the window stays.
+  void Closes(bool closes);
+
  protected:
   bool event(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -77,6 +81,7 @@ class MainForm final : public QMainWindow {
   void KeepPlace();
   bool KeepDraft();
   bool MayStopImport();
+  bool MayClose();
   bool IsFree() const;
   void AtWork(const std::function<void()>& work);
 
@@ -94,6 +99,7 @@ class MainForm final : public QMainWindow {
   std::unique_ptr<Shell> shell_;
   OpenRequests* requests_;
   int at_work_ = 1;       // on commands, and at first on the first document
+  bool closes_ = false;   // or is asking whether it may; stays so until it is shown again
   QTimer* fields_pause_;  // after the last change of what stands above the body
   bool stops_import_ = false;
   std::optional<std::uint64_t> lost_after_;  // so many times kept, the person was told that it cannot be kept now

@@ -1,4 +1,4 @@
-#include "desktop/single_instance.h"
+#include "desktop/shell/single_instance.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
@@ -39,14 +39,18 @@ void SingleInstance::BeginHearing() {
 }
 
 bool SingleInstance::AnotherIsRunning(const std::vector<std::string>& arguments) {
-  if (!lock_.tryLock() && lock_.error() == QLockFile::LockFailedError) {
+  if (!IsFirst(0)) {
     handed_over_ = HandOver(arguments);
-    return true;
+    if (handed_over_ || !IsFirst(kPatience)) return true;  // else the other one was about to end
   }
   QLocalServer::removeServer(name_);  // left behind by one that was killed
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   server_.listen(name_);
   return false;
+}
+
+bool SingleInstance::IsFirst(int milliseconds) {
+  return lock_.tryLock(milliseconds) || lock_.error() != QLockFile::LockFailedError;
 }
 
 bool SingleInstance::HandOver(const std::vector<std::string>& arguments) const {
@@ -66,11 +70,29 @@ bool SingleInstance::HandOver(const std::vector<std::string>& arguments) const {
   return first.readAll().toStdString() == profile::kStartTaken;
 }
 
+void SingleInstance::Hold(bool holds) {
+  holds_ = holds;
+  if (holds_) return;
+  for (const auto& [socket, arguments] : std::exchange(held_, {})) {
+    const bool still_waits = socket && socket->state() == QLocalSocket::ConnectedState;
+    if (still_waits) Take(socket, arguments);
+  }
+}
+
+void SingleInstance::Take(QLocalSocket* socket, const std::vector<std::string>& arguments) {
+  socket->write(profile::kStartTaken.data(), static_cast<qint64>(profile::kStartTaken.size()));
+  socket->flush();
+  socket->disconnectFromServer();
+  if (!arguments.empty()) emit Asked(arguments);
+}
+
 // Whoever says something else than a start does, too much or nothing at all is not listened to any longer.
 void SingleInstance::Hear(QLocalSocket* socket) {
   connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-  QTimer::singleShot(kSpeakPatience, socket, &QLocalSocket::abort);
-  const auto read = [this, socket, said = std::string()]() mutable {
+  auto* patience = new QTimer(socket);
+  connect(patience, &QTimer::timeout, socket, &QLocalSocket::abort);
+  patience->start(kSpeakPatience);
+  const auto read = [this, socket, patience, said = std::string()]() mutable {
     said += socket->read(static_cast<qint64>(profile::kLargestStart + 1 - said.size())).toStdString();
     const auto message = profile::ReadStartMessage(said);
     if (message.state == profile::StartMessageState::kIncomplete) return;
@@ -78,11 +100,14 @@ void SingleInstance::Hear(QLocalSocket* socket) {
       socket->abort();
       return;
     }
-    socket->write(profile::kStartTaken.data(), static_cast<qint64>(profile::kStartTaken.size()));
-    socket->flush();
-    socket->disconnectFromServer();
+    patience->stop();
+    disconnect(socket, &QLocalSocket::readyRead, this, nullptr);  // it has said everything
     emit Raised();
-    if (!message.arguments.empty()) emit Asked(message.arguments);
+    if (holds_) {
+      held_.emplace_back(socket, message.arguments);
+    } else {
+      Take(socket, message.arguments);
+    }
   };
   connect(socket, &QLocalSocket::readyRead, this, read);
   if (socket->bytesAvailable() > 0) emit socket->readyRead();

@@ -5,8 +5,10 @@
 #include <QLocalServer>
 #include <QLockFile>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <string>
+#include <utility>
 #include <vector>
 
 class QLocalSocket;
@@ -24,6 +26,9 @@ class SingleInstance final : public QObject {
   bool AnotherIsRunning(const std::vector<std::string>& arguments);
   // From here on the signals come; who asked before is heard now. To be called once they are connected.
   void BeginHearing();
+  // While it holds, a start is heard but neither answered nor asked for: the window may be about to go. A start whose
+  // first one ends without an answer becomes the first.
+  void Hold(bool holds);
   // The other one answered that it has them.
   bool handed_over() const { return handed_over_; }
 
@@ -34,12 +39,16 @@ class SingleInstance final : public QObject {
 
  private:
   bool HandOver(const std::vector<std::string>& arguments) const;
+  bool IsFirst(int milliseconds);
   void Hear(QLocalSocket* socket);
+  void Take(QLocalSocket* socket, const std::vector<std::string>& arguments);
 
   QString name_;    // of the socket, in the user's own runtime folder
   QLockFile lock_;  // decides between two that start at once
   QLocalServer server_;
   bool handed_over_ = false;
+  bool holds_ = false;
+  std::vector<std::pair<QPointer<QLocalSocket>, std::vector<std::string>>> held_;
 };
 
 }  // namespace quillcast::desktop
