@@ -301,6 +301,13 @@ class MainFormTest : public QObject {
     scene.window->Open({second});
     QTRY_COMPARE(scene.Editor().PlainText(), QString("second"));
     QCOMPARE(scene.Status(), QString("For Help Press F1"));
+    test::WhileOpen("AboutForm", [&](QDialog&) {
+      for (const auto& file : {second, first}) scene.window->Open({file});
+      QCOMPARE(scene.Status(), ToQt(first + " waits until this window is free, in the place of " + second + "."));
+    });
+    scene.window->Dispatch(CommandId::kAbout);
+    QTRY_VERIFY2(scene.Status().contains("Not opened: " + ToQt(second)), qPrintable(scene.Status()));
+    QCOMPARE(scene.Editor().PlainText(), QString("first"));
     scene.Editor().InsertHtml("work ");
     scene.rig.prompts.answers = {platform::Answer::kCancel};
     scene.window->Open({first});

@@ -2,12 +2,14 @@
 
 #include <QStringList>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include "desktop/shell/commands.h"
 #include "desktop/shell/shell.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
+#include "profile/start_message.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -23,9 +25,18 @@ OpenRequests::OpenRequests(Shell& shell, std::function<bool()> is_free, QObject*
 
 void OpenRequests::Add(const std::vector<std::string>& arguments) {
   if (arguments.empty()) return;
-  waiting_.push_back(arguments);
-  if (!is_free_() || opens_) shell_.Say(tr("%1 waits until this window is free.").arg(Shown(arguments.front())));
+  Wait(arguments);
   Resume();
+}
+
+void OpenRequests::Wait(const std::vector<std::string>& arguments) {
+  const QString now = Shown(arguments.front());
+  const QString before = waiting_.empty() ? QString() : Shown(waiting_.front());
+  waiting_.insert(waiting_.begin(), arguments.begin(), arguments.end());
+  waiting_.resize(std::min(waiting_.size(), profile::kMostArguments));
+  if (is_free_() && !opens_) return;
+  shell_.Say(before.isEmpty() ? tr("%1 waits until this window is free.").arg(now)
+                              : tr("%1 waits until this window is free, in the place of %2.").arg(now, before));
 }
 
 // From the loop of events: whatever has just ended may go on for a moment.
@@ -35,10 +46,8 @@ void OpenRequests::Resume() {
 
 void OpenRequests::OpenWaiting() {
   while (!opens_ && !waiting_.empty() && is_free_()) {
-    const auto arguments = std::move(waiting_.front());
-    waiting_.pop_front();
     opens_ = true;
-    Open(arguments);
+    Open(std::exchange(waiting_, {}));
     opens_ = false;
   }
 }

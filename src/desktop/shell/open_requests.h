@@ -1,8 +1,7 @@
-// What the program was started with, at first and again: opened one after the other, each when the window is free.
+// What the program was started with, at first and again: opened when the window is free.
 #pragma once
 
 #include <QObject>
-#include <deque>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,18 +17,20 @@ class OpenRequests final : public QObject {
   OpenRequests(Shell& shell, std::function<bool()> is_free, QObject* parent);
 
   // The arguments of one start: absolute paths and "mailto:" addresses. There is one message at a time, so the first of
-  // them is opened, and the status line names the others.
+  // them is opened, and the status line names the others. What still waits by then is one of the others: opened after
+  // each other, each would ask about the one before.
   void Add(const std::vector<std::string>& arguments);
   // To be called when the window may have become free.
   void Resume();
 
  private:
   void OpenWaiting();
+  void Wait(const std::vector<std::string>& arguments);
   void Open(const std::vector<std::string>& arguments);
 
   Shell& shell_;
   std::function<bool()> is_free_;
-  std::deque<std::vector<std::string>> waiting_;
+  std::vector<std::string> waiting_;  // the first is to be opened, the others are to be named
   bool opens_ = false;
 };
 
