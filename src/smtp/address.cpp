@@ -16,34 +16,36 @@ constexpr Pattern kNotUtf8 = "\"{}\" is not UTF-8, so it is no address to send t
 constexpr Pattern kTooLong =
     "\"{}\" is too long to send to: an address has at most 254 octets, and 64 before its \"@\".";
 
-// Whether nothing in it ends it early, begins another one, or leaves a quote open. Within quotes only what is never
-// taken counts.
-bool IsOne(std::string_view text) {
-  bool quoted = false;
-  for (std::size_t n = 0; n < text.size(); ++n) {
-    switch (text[n]) {
-      case ' ':
-      case '<':
-      case '>':
-        return false;
-      case ',':
-      case ';':
-      case '(':
-      case ')':
-        if (!quoted) return false;
-        break;
-      case '"':
-        quoted = !quoted;
-        break;
-      case '\\':
-        if (!quoted || n + 1 == text.size()) return false;
-        if (text[n + 1] == '"' || text[n + 1] == '\\') ++n;
-        break;
-      default:
-        break;
-    }
+// What would end an unquoted part early, begin another one, or make a route of it (RFC 5321 4.1.1.3).
+constexpr std::string_view kSpecials = " <>()[]\\,;:\"@";
+
+bool IsPlain(std::string_view part) { return !part.empty() && part.find_first_of(kSpecials) == std::string_view::npos; }
+
+// The length of a quoted local part at the beginning, with both quotes; 0 where it does not end, or holds what is never
+// taken.
+std::size_t QuotedLength(std::string_view text) {
+  for (std::size_t n = 1; n < text.size(); ++n) {
+    if (text[n] == '"') return n + 1;
+    if (text[n] == ' ' || text[n] == '<' || text[n] == '>') return 0;
+    if (text[n] == '\\') ++n;
   }
-  return !quoted;
+  return 0;
+}
+
+// "[192.0.2.1]" or "[IPv6:2001:db8::1]" (RFC 5321 4.1.3).
+bool IsLiteral(std::string_view domain) {
+  if (domain.size() < 3 || domain.front() != '[' || domain.back() != ']') return false;
+  const std::string_view inside = domain.substr(1, domain.size() - 2);
+  return inside.find_first_of(" <>()[]\\,;\"@") == std::string_view::npos;
+}
+
+// Whether it is one local part, plain or quoted as a whole, an "@" and a domain.
+bool IsOne(std::string_view text) {
+  const bool is_quoted = text.starts_with('"');
+  const std::size_t at = is_quoted ? QuotedLength(text) : text.find('@');
+  if (at == 0 || at >= text.size() || text[at] != '@') return false;
+  const std::string_view domain = text.substr(at + 1);
+  return (is_quoted || IsPlain(text.substr(0, at))) && (IsPlain(domain) || IsLiteral(domain));
 }
 
 }  // namespace
@@ -51,10 +53,8 @@ bool IsOne(std::string_view text) {
 std::optional<Pattern> Address::Fault(std::string_view text) {
   if (platform::HoldsControl(text)) return kHoldsControl;
   if (!platform::IsUtf8(text)) return kNotUtf8;
-  const auto at = text.rfind('@');
-  const bool has_both_parts = at != std::string_view::npos && at > 0 && at + 1 < text.size();
-  if (!has_both_parts || !IsOne(text)) return kNone;
-  if (at > kLongestLocalPart || text.size() > kLongestAddress) return kTooLong;
+  if (!IsOne(text)) return kNone;
+  if (text.rfind('@') > kLongestLocalPart || text.size() > kLongestAddress) return kTooLong;
   return {};
 }
 

@@ -11,8 +11,9 @@
 namespace quillcast::smtp {
 
 // Bare ("ada@example.org"), in UTF-8, without angle brackets. It holds nothing that could end a command, a path or a
-// mailbox of a header early: no control character (C1 included), no blank, and outside quotes none of <>,;()\. It has
-// at most 64 octets before its last "@" and 254 in all (RFC 5321 4.5.3.1, RFC 3696 errata 1690), so that a line it
+// mailbox of a header early: no control character (C1 included), no blank, no angle bracket, and outside a quoted
+// local part or an address literal none of ,;:()[]\"@ beside the one "@", so that it names no route either. It has at
+// most 64 octets before its last "@" and 254 in all (RFC 5321 4.5.3.1, RFC 3696 errata 1690), so that a line it
 // stands in stays below 998 (RFC 5322 2.1.1), also with its domain in A-labels.
 //
 // Known limit: quoted local parts that hold blanks or angle brackets are refused, though RFC 5321 4.1.2 has them.

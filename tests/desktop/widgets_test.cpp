@@ -14,6 +14,7 @@
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTest>
+#include <QTextDocument>
 #include <QThread>
 #include <atomic>
 #include <memory>
@@ -168,6 +169,19 @@ class WidgetsTest : public QObject {
     }
   }
 
+  // What others wrote is no page: a tip that were one would show its links and open the files that it names.
+  void aTipShowsAForeignTextAsItStands() {
+    for (const QString text : {"<b>x</b><img src=\"/dev/zero\">", "550 <h1>Expired</h1>\n <a href='x'>renew</a>",
+                               "a < b", "&lt;b&gt;", "plain"}) {
+      RowList list(
+          "Rows", "Rows", {{}}, [text](std::size_t, int) { return text; }, nullptr);
+      list.Grow(1);
+      const QString tip = list.model()->index(0, 0).data(Qt::ToolTipRole).toString();
+      QTextDocument shown;
+      Qt::mightBeRichText(tip) ? shown.setHtml(tip) : shown.setPlainText(tip);
+      QCOMPARE(shown.toPlainText(), text);
+    }
+  }
   void aLongListAsksForWhatIsOnTheScreen() {
     std::size_t asked = 0;
     RowList list(

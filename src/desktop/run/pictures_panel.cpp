@@ -50,7 +50,7 @@ void PicturesPanel::Show(const Result<message::RelatedPictures>& pictures) {
   }
   settled_ = pictures && asked_.empty();
   SetText(pictures ? InWords(message::PictureQuestion(asked_)) : InWords(pictures.error()));
-  setToolTip(all.mid(0, kMostInTip).join('\n'));
+  setToolTip(PlainTip(all.mid(0, kMostInTip).join('\n')));
   for (QPushButton* answer : {take_, leave_}) answer->setVisible(static_cast<bool>(pictures));
   again_->setVisible(!pictures);
   setVisible(!settled_);

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QString>
 #include <QStringList>
+#include <QTextDocument>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -45,6 +46,12 @@ inline QStringList InWords(const std::vector<Sentence>& sentences) {
 inline QString InWords(const Error& error) {
   const QString what = InWords(error.what);
   return error.remedy.empty() ? what : what + " " + InWords(error.remedy);
+}
+
+// A text of others as a tool tip. A tip that looks like HTML would be shown as such, and the files that it names
+// opened.
+inline QString PlainTip(const QString& text) {
+  return Qt::mightBeRichText(text) ? "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>" : text;
 }
 
 // `one` for 1, else `many` with the number in the place of its %1.

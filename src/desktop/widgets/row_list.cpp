@@ -8,6 +8,7 @@
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/first_key.h"
 #include "desktop/widgets/own_direction.h"
+#include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_colours.h"
 
 namespace quillcast::desktop {
@@ -60,8 +61,9 @@ QVariant RowModel::data(const QModelIndex& index, int role) const {
   const bool is_given = colours_ == RowColourSet::kGiven;
   switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
       return cell_(static_cast<std::size_t>(index.row()), index.column());
+    case Qt::ToolTipRole:
+      return PlainTip(cell_(static_cast<std::size_t>(index.row()), index.column()));
     case Qt::TextAlignmentRole: {
       const bool is_number = columns_.at(static_cast<std::size_t>(index.column())).is_number;
       return QVariant::fromValue(Qt::Alignment((is_number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));

@@ -14,6 +14,7 @@ namespace {
 // A message of more octets is not sent before its recipient is accepted.
 constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 
+constexpr const char* kMayBeTaken = "The message may have been taken all the same.";
 constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 
 // Whether people would choose it as a limit: 20, 150, 1,000.
@@ -222,8 +223,8 @@ Outcome Transfers::OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end,
   if (oldest || end.why.code == ResultCode::kCancelled) outcome = end.why;
   if (IsOut(transfer) && outcome.state == State::kFailed) {
     outcome.state = State::kUnknown;
-    if (outcome.reason.empty() || !end.missing.empty())
-      AddSentence(outcome.reason, MeaningOf(Awaited::kEndOfData).missing);
+    const bool waited = outcome.reason.empty() || !end.missing.empty();
+    AddSentence(outcome.reason, waited ? MeaningOf(Awaited::kEndOfData).missing : kMayBeTaken);
   } else if (oldest) {
     AddSentence(outcome.reason, end.missing);
   } else if (end.why.code != ResultCode::kCancelled) {

@@ -140,10 +140,27 @@ TEST(ClientWaits, AConnectionThatIsLostSaysTheSameBehindItsReason) {
     Silence silence(wait);
     silence.GiveUp(ResultCode::kConnectionLost, "Gone.");
     EXPECT_EQ(silence.told.closed->reason, std::string("Gone. ") + wait.missing);
+    for (const Outcome& outcome : silence.told.outcomes) {
+      const bool in_doubt = outcome.state == State::kUnknown;
+      EXPECT_EQ(outcome.reason.ends_with(END), in_doubt) << outcome.reason;
+    }
   }
   Silence idle({"nothing", PLAIN, "", {}});
   idle.GiveUp(ResultCode::kConnectionLost, "Gone.");
   EXPECT_EQ(idle.told.closed->reason, "Gone.");
+}
+
+// What makes no sense decides nothing: behind the end of a message it leaves it in doubt, and that is told.
+TEST(ClientWaits, NonsenseBehindTheEndLeavesTheMessageInDoubt) {
+  for (const char* nonsense : {"what?\r\n", "\r\n", "999 odd\r\n", "354 go\r\n"}) {
+    SCOPED_TRACE(nonsense);
+    Silence silence({"the end", PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\nS: 354 go\n" TEXT(0), END, {"one"}});
+    silence.session->Receive(nonsense);
+    Listen(*silence.session, silence.told);
+    ASSERT_EQ(silence.told.outcomes.size(), 1U);
+    EXPECT_EQ(silence.told.outcomes[0].state, State::kUnknown);
+    EXPECT_NE(silence.told.outcomes[0].reason.find("may have been taken"), std::string::npos);
+  }
 }
 
 // Whoever stops knows what they did; only what may have gone out has to be told.
