@@ -15,7 +15,7 @@ using enum AccountKey;
 bool NamesAServer(std::string_view list) { return list.find_first_not_of("; \t\r\n") != std::string_view::npos; }
 
 Sentence NoAddress(std::string_view email) {
-  return Say("\"{}\" is no e-mail address; one is ada@example.org.", platform::Printable(email, 80));
+  return Say("\"{}\" is no complete e-mail address, as you@example.org is.", platform::Printable(email, 80));
 }
 
 struct AccountCheck {

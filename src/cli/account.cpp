@@ -41,7 +41,8 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const AccountSettings& account = values->account;
   if (const auto complaint = account::CheckAccount(account)) {
     const std::string why = complaint->message.empty() ? complaint->reason.InEnglish() : complaint->message;
-    return context.output.Complain(why + " Nothing was saved.");
+    const bool is_address = complaint->control == account::ControlOf(AccountKey::kEmail);
+    return context.output.Complain(why + " Nothing was saved." + (is_address ? " Set one: Email=you@example.org" : ""));
   }
   const auto connection = ConnectionOf(account);
   if (!connection) return context.output.Fail(connection.error());

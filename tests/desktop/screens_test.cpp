@@ -10,10 +10,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMainWindow>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTest>
@@ -42,6 +45,7 @@
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/look.h"
+#include "desktop/widgets/status_line.h"
 #include "platform/file.h"
 
 namespace quillcast::desktop {
@@ -175,6 +179,21 @@ class ScreensTest : public QObject {
     }
   }
 
+  // What a dialog says of an answer stays in view, and nothing is to be scrolled sideways.
+  static void LookForWhatScrolls(QWidget& window, const QString& name) {
+    if (qobject_cast<QMainWindow*>(&window) != nullptr) return;
+    for (auto* area : window.findChildren<QScrollArea*>("ScrollArea")) {
+      QVERIFY2(!area->horizontalScrollBar()->isVisible(), qPrintable(name + " scrolls sideways"));
+    }
+    for (auto* line : window.findChildren<StatusLine*>("StatusLine")) {
+      if (!line->isVisible()) continue;
+      const QString said = line->text();
+      line->setText("Not so.");
+      QVERIFY2(!line->visibleRegion().isEmpty(), qPrintable(name + " scrolls its answer away"));
+      line->setText(said);
+    }
+  }
+
   // A window that shows has every control inside it, and text in each that is not cut off.
   void Take(QWidget& window, const QString& name) {
     window.show();
@@ -217,8 +236,8 @@ class ScreensTest : public QObject {
     LookForEmpty(window, name);
     LookForTheRing(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
-    if (folder_.isEmpty()) return;
-    QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
+    if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
+    LookForWhatScrolls(window, name);
   }
 
  private slots:

@@ -169,6 +169,19 @@ class WidgetsTest : public QObject {
     }
   }
 
+  void homeAndEndGoToTheFirstRowAndTheLast() {
+    RowList list(
+        "Rows", "Rows", {{"A"}, {"B"}}, [](std::size_t, int) { return QString("x"); }, nullptr);
+    list.Reset(100);
+    list.show();
+    const std::pair<Qt::Key, std::size_t> steps[] = {
+        {Qt::Key_End, 99}, {Qt::Key_Up, 98}, {Qt::Key_Home, 0}, {Qt::Key_Down, 1}};
+    for (const auto& [key, row] : steps) {
+      QTest::keyClick(&list, key);
+      QCOMPARE(list.Chosen(), std::vector<std::size_t>{row});
+    }
+  }
+
   // What others wrote is no page: a tip that were one would show its links and open the files that it names.
   void aTipShowsAForeignTextAsItStands() {
     for (const QString text : {"<b>x</b><img src=\"/dev/zero\">", "550 <h1>Expired</h1>\n <a href='x'>renew</a>",

@@ -2,6 +2,7 @@
 
 #include <QPushButton>
 #include <QShortcut>
+#include <algorithm>
 
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/icons.h"
@@ -48,10 +49,13 @@ AttachmentsForm::AttachmentsForm(const document::AttachmentList& attachments, QW
 }
 
 void AttachmentsForm::RemoveSelected() {
+  const std::vector<std::size_t> rows = list_->Chosen();
   std::vector<std::string> chosen;
-  for (const std::size_t row : list_->Chosen()) chosen.push_back(remaining_.paths()[row]);
+  for (const std::size_t row : rows) chosen.push_back(remaining_.paths()[row]);
   for (const std::string& path : chosen) remaining_.Remove(path);
   ShowFiles();
+  // The keyboard goes on where it was: at the file that moved up.
+  if (!rows.empty() && list_->size() > 0) list_->Choose(std::min(rows.front(), list_->size() - 1));
 }
 
 void AttachmentsForm::ShowFiles() {

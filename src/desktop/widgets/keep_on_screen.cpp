@@ -8,8 +8,13 @@
 #include <QPointer>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <vector>
+
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -33,26 +38,44 @@ QScrollArea* MakeArea(QWidget& window) {
   return area;
 }
 
-// All but the last row of a column, where a dialog has its buttons: those stay in view.
-void MakeScrollable(QWidget& dialog) {
-  auto* column = qobject_cast<QVBoxLayout*>(dialog.layout());
-  QLayoutItem* buttons = column != nullptr && column->count() > 1 ? column->takeAt(column->count() - 1) : nullptr;
+void AddItem(QVBoxLayout& column, QLayoutItem* item) {
+  if (QLayout* row = item->layout()) {
+    column.addLayout(row);
+  } else {
+    column.addItem(item);
+  }
+}
+
+// The last row of a column, where a dialog has its buttons, and the line that says what they did.
+std::vector<QLayoutItem*> TakeWhatStaysInView(QVBoxLayout* column) {
+  std::vector<QLayoutItem*> below;
+  if (column == nullptr || column->count() < 2) return below;
+  below.push_back(column->takeAt(column->count() - 1));
+  for (int row = column->count() - 1; row > 0; --row) {
+    if (qobject_cast<StatusLine*>(column->itemAt(row)->widget()) == nullptr) continue;
+    below.insert(below.begin(), column->takeAt(row));
+    break;
+  }
+  return below;
+}
+
+// All but what stays in view. Where there is room, as wide as it needs to be beside its own scroll bar.
+void MakeScrollable(QWidget& dialog, const QSize& room) {
+  const auto kept = TakeWhatStaysInView(qobject_cast<QVBoxLayout*>(dialog.layout()));
   const QMargins margins = dialog.layout()->contentsMargins();
   auto* content = new QWidget();
   content->setLayout(dialog.layout());
   auto* area = MakeArea(dialog);
   area->setWidget(content);
+  const int wide = content->minimumSizeHint().width() + area->verticalScrollBar()->sizeHint().width();
+  area->setMinimumWidth(std::min(wide, room.width()));
   auto* around = new QVBoxLayout(&dialog);
   around->setContentsMargins(0, 0, 0, 0);
   around->addWidget(area);
-  if (buttons == nullptr) return;
+  if (kept.empty()) return;
   auto* below = new QVBoxLayout();
   below->setContentsMargins(margins.left(), 0, margins.right(), margins.bottom());
-  if (QLayout* row = buttons->layout()) {
-    below->addLayout(row);
-  } else {
-    below->addItem(buttons);
-  }
+  for (QLayoutItem* item : kept) AddItem(*below, item);
   around->addLayout(below);
 }
 
@@ -64,12 +87,12 @@ void MakeScrollable(QMainWindow& window) {
 }
 
 // What has the focus keeps it, and is scrolled to.
-void LetScroll(QWidget& window) {
+void LetScroll(QWidget& window, const QSize& room) {
   QWidget* const focused = window.focusWidget();
   if (auto* main = qobject_cast<QMainWindow*>(&window)) {
     MakeScrollable(*main);
   } else {
-    MakeScrollable(window);
+    MakeScrollable(window, room);
     window.setMinimumSize(0, 0);
   }
   if (focused != nullptr) focused->setFocus();
@@ -77,7 +100,7 @@ void LetScroll(QWidget& window) {
 
 void KeepOnScreen(QWidget& window) {
   const QSize room = RoomFor(window);
-  if (window.layout() != nullptr && !Fits(window.layout()->totalMinimumSize(), room)) LetScroll(window);
+  if (window.layout() != nullptr && !Fits(window.layout()->totalMinimumSize(), room)) LetScroll(window, room);
   if (!Fits(window.minimumSize(), room)) window.setMinimumSize(window.minimumSize().boundedTo(room));
   if (!Fits(window.size(), room)) window.resize(window.size().boundedTo(room));
 }

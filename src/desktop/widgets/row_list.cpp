@@ -120,6 +120,12 @@ void RowList::Reset(std::size_t rows) {
   emit ChosenChanged();
 }
 
+QModelIndex RowList::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+  if (action == MoveHome) return rows_->index(0, 0);
+  if (action == MoveEnd) return rows_->index(rows_->rowCount({}) - 1, 0);
+  return QTableView::moveCursor(action, modifiers);
+}
+
 void RowList::Grow(std::size_t rows) {
   rows_->Grow(rows);
   ShowEmpty();

@@ -70,6 +70,8 @@ class RowList final : public QTableView {
 
  protected:
   void changeEvent(QEvent* event) override;
+  // Home and End go to the first and the last row; in a table they would go along the one.
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
  private:
   void TakeColours();
