@@ -179,11 +179,13 @@ class ScreensTest : public QObject {
     }
   }
 
-  // What a dialog says of an answer stays in view, and nothing is to be scrolled sideways.
+  // What a dialog says of an answer stays in view, and where there is room nothing is to be scrolled sideways.
   static void LookForWhatScrolls(QWidget& window, const QString& name) {
     if (qobject_cast<QMainWindow*>(&window) != nullptr) return;
     for (auto* area : window.findChildren<QScrollArea*>("ScrollArea")) {
-      QVERIFY2(!area->horizontalScrollBar()->isVisible(), qPrintable(name + " scrolls sideways"));
+      const int needed = area->widget()->minimumSizeHint().width() + area->verticalScrollBar()->width();
+      const bool has_room = needed < window.screen()->availableGeometry().width() - 8;
+      QVERIFY2(!has_room || !area->horizontalScrollBar()->isVisible(), qPrintable(name + " scrolls sideways"));
     }
     for (auto* line : window.findChildren<StatusLine*>("StatusLine")) {
       if (!line->isVisible()) continue;

@@ -69,6 +69,7 @@ void MakeScrollable(QWidget& dialog, const QSize& room) {
   area->setWidget(content);
   const int wide = content->minimumSizeHint().width() + area->verticalScrollBar()->sizeHint().width();
   area->setMinimumWidth(std::min(wide, room.width()));
+  dialog.resize(std::max(dialog.width(), area->minimumWidth()), dialog.height());
   auto* around = new QVBoxLayout(&dialog);
   around->setContentsMargins(0, 0, 0, 0);
   around->addWidget(area);
