@@ -344,6 +344,21 @@ class MainFormTest : public QObject {
     scene.window->Open({"mailto:?body=%00"});
     QTRY_VERIFY2(scene.Status().startsWith("The link asks for nothing"), qPrintable(scene.Status()));
     QCOMPARE(subject.text(), QString("Spring"));
+    const auto drafts = [&] {
+      int count = 0;
+      for (const auto& entry : std::filesystem::directory_iterator(scene.rig.folders.data))
+        count += entry.path().filename().string().starts_with("Recovered") && entry.path().extension() == ".fields";
+      return count;
+    };
+    // Another link takes the place of what the one before made, but not of what somebody wrote in it.
+    for (const auto& [link, work, kept] : {std::tuple{"Summer", "", 1}, {"Autumn", "work", 1}, {"Late", "", 2}}) {
+      scene.window->Open({std::string("mailto:?body=Four&subject=") + link});
+      QTRY_COMPARE(subject.text(), QString(link));
+      QTRY_VERIFY(scene.Editor().PlainText().startsWith("Four"));
+      QCOMPARE(drafts(), kept);
+      QCOMPARE(scene.rig.Shown().count("save the changes"), kept - 1);
+      if (*work != 0) scene.Editor().InsertHtml(work);
+    }
     scene.window->skip_save_prompt = true;
   }
 

@@ -35,6 +35,21 @@ void Print(Shell& shell, const std::shared_ptr<QPrinter>& printer) {
   });
 }
 
+void StartOver(Shell& shell) {
+  shell.from_link.reset();
+  shell.header.Clear();
+  StartDocument(shell);
+  shell.notices.Refresh();
+}
+
+// What stands as a link made it is nobody's work: the next link takes its place without a question and a draft.
+bool IsAsItsLinkMadeIt(Shell& shell) {
+  if (!shell.from_link) return false;
+  const auto now = shell.Message();
+  return now.subject == shell.from_link->subject && now.html == shell.from_link->html &&
+         now.attachments.paths() == shell.from_link->attachments.paths();
+}
+
 }  // namespace
 
 bool BeginMessage(Shell& shell) {
@@ -44,9 +59,7 @@ bool BeginMessage(Shell& shell) {
     shell.Tell(aside);
     return false;
   }
-  shell.header.Clear();
-  StartDocument(shell);
-  shell.notices.Refresh();
+  StartOver(shell);
   return true;
 }
 
@@ -61,6 +74,7 @@ void NewMessage(Shell& shell) { BeginMessage(shell); }
 void RestoreDraft(Shell& shell) {
   if (!shell.MayLeaveDocument()) return;
   const auto draft = shell.document.Recover();
+  shell.from_link.reset();
   if (draft) {
     shell.header.Show(*draft);
     shell.AskAboutPictures();
@@ -94,10 +108,15 @@ bool BeginFromLink(Shell& shell, std::string_view address) {
     shell.Say(Shell::tr("The link asks for nothing that can be read as a message."));
     return false;
   }
-  if (!BeginMessage(shell)) return false;
+  if (IsAsItsLinkMadeIt(shell)) {
+    StartOver(shell);
+  } else if (!BeginMessage(shell)) {
+    return false;
+  }
   shell.header.SetSubject(ToQt(wanted->subject));
   if (!wanted->body.empty())
     shell.editor.InsertHtml("<p>" + ToQt(document::HtmlFromText(wanted->body)) + "</p><p><br></p>");
+  shell.from_link = shell.Message();
   shell.editor.setFocus();
   if (wanted->left_out.empty()) return true;
   QStringList left_out;

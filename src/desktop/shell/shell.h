@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <optional>
 
 #include "document/message_document.h"
 #include "platform/result.h"
@@ -37,6 +38,7 @@ struct Shell {
   PracticeMailbox& practice;
   StatusPanel& status;
   bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked
+  std::optional<document::MessageDocument> from_link = std::nullopt;  // what was begun from a link, as it was then
 
   void Say(const QString& sentence);
   // A failure, in the status line and in the log.
