@@ -1,5 +1,8 @@
 #include "smtp/address.h"
 
+#include <algorithm>
+#include <array>
+
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -17,9 +20,16 @@ constexpr Pattern kTooLong =
     "\"{}\" is too long to send to: an address has at most 254 octets, and 64 before its \"@\".";
 
 // What would end an unquoted part early, begin another one, or make a route of it (RFC 5321 4.1.1.3).
-constexpr std::string_view kSpecials = " <>()[]\\,;:\"@";
+constexpr auto kIsSpecial = [] {
+  std::array<bool, 256> special{};
+  for (const char c : std::string_view(" <>()[]\\,;:\"@")) special[static_cast<unsigned char>(c)] = true;
+  return special;
+}();
 
-bool IsPlain(std::string_view part) { return !part.empty() && part.find_first_of(kSpecials) == std::string_view::npos; }
+bool IsPlain(std::string_view part) {
+  return !part.empty() &&
+         std::none_of(part.begin(), part.end(), [](char c) { return kIsSpecial[static_cast<unsigned char>(c)]; });
+}
 
 // The length of a quoted local part at the beginning, with both quotes; 0 where it does not end, or holds what is never
 // taken.
