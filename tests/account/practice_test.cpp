@@ -21,7 +21,7 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
   const Case cases[] = {
       {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr},
       {"an account without a server",
-       {{kName, "Ada"}, {kEmail, "ada@a.example"}},
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kAuth, "1"}, {kSecurity, "TLS"}},
        "Ada <ada@a.example>",
        "Ada|ada@a.example|",
        nullptr},
@@ -46,7 +46,7 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
     EXPECT_TRUE(practice.is_on() && practice.WasOn() && practice.Serves());
     auto during = *AccountSettings::Load(settings);
     EXPECT_EQ(during[kName] + " <" + during[kEmail] + ">", c.sender);
-    EXPECT_EQ(during[kServer], "127.0.0.1");
+    EXPECT_EQ(during[kServer] + " " + during[kAuth] + " " + during[kSecurity], "127.0.0.1 0 Automatic");
     EXPECT_TRUE(Practice(settings, clock, root / "Practice").WasOn()) << "the next session knows";
 
     EXPECT_FALSE(practice.EndsWith(during));
@@ -62,6 +62,12 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
     const auto after = *AccountSettings::Load(settings);
     EXPECT_EQ(after[kName] + "|" + after[kEmail] + "|" + after[kServer], c.left);
   }
+}
+
+TEST(Practice, ListsTheMessageThatCameLastFirst) {
+  const test::TemporaryFolder root;
+  for (const char* file : {"000002.eml", "000010.eml", "000001.eml", "index.json"}) root.Write(file, "x");
+  EXPECT_EQ(PracticeMessages(root.path()), (std::vector<std::string>{"000010.eml", "000002.eml", "000001.eml"}));
 }
 
 }  // namespace

@@ -74,9 +74,9 @@ class FakeCarrier final : public Carrier {
       const auto outcome = Deliver(*in_flight.front());
       letters.Finished(*in_flight.front(), outcome);
       in_flight.pop_front();
-      letters.CaughtUp();
       refused = outcome.state == State::kRefused ? refused + 1 : 0;
       if (refused == asks_after && asks_after > 0 && !letters.GoOn(outcome, refused)) takes = false;
+      letters.CaughtUp();
     }
   }
 
@@ -109,9 +109,13 @@ struct Told final : RunListener {
   std::int64_t not_tried = 0;
   bool goes_on = true;
   int asked = 0;
+  std::filesystem::path report;
+  std::string report_when_asked;
+  std::int64_t failed_when_asked = 0;
   std::vector<std::string> notes;
   std::int64_t total = 0;
 
+  void Began(const std::filesystem::path& file) override { report = file; }
   void ReportLine(std::string_view) override {}
   void Finished(const RecipientResult& result) override {
     EXPECT_EQ(not_tried, 0) << "results come before those who were not tried";
@@ -120,7 +124,12 @@ struct Told final : RunListener {
     if (result.outcome.state == State::kSent) sent.push_back(result.position);
   }
   void Progress(std::int64_t, std::int64_t of, std::uint64_t, std::uint64_t) override { total = of; }
-  bool GoOn(const smtp::Outcome&, int) override { return ++asked, goes_on; }
+  bool GoOn(const smtp::Outcome&, int) override {
+    ++asked;
+    report_when_asked = platform::ReadFile(report, 1 << 20).ValueOr("");
+    failed_when_asked = static_cast<std::int64_t>(order.size() - sent.size());
+    return goes_on;
+  }
   void NotTried(std::int64_t position, const std::string&) override {
     order.push_back(position);
     ++not_tried;
@@ -335,6 +344,7 @@ TEST_F(SendingRun, EndsWhereNobodyWantsToGoOn) {
              told.goes_on = goes_on;
            }});
       EXPECT_EQ(told_.asked, 1);
+      EXPECT_EQ(Count(told_.report_when_asked, "There was an error sending your message."), told_.failed_when_asked);
       EXPECT_EQ(summary_.not_tried > 0, !goes_on);
       EXPECT_FALSE(summary_.cancelled);
     }

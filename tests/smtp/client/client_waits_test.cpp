@@ -163,6 +163,15 @@ TEST(ClientWaits, NonsenseBehindTheEndLeavesTheMessageInDoubt) {
   }
 }
 
+// A server that says goodbye within the text has not taken it: the message goes over another connection.
+TEST(ClientWaits, AGoodbyeWithinTheTextLetsTheMessageGoAgain) {
+  Silence silence({"a block", PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\n", "", {"one"}, true});
+  silence.session->Receive("421 4.3.2 bye\r\n");
+  Listen(*silence.session, silence.told);
+  EXPECT_EQ(silence.told.again, std::vector<bool>{true});
+  EXPECT_EQ(silence.told.outcomes.at(0).state, State::kFailed);
+}
+
 // Whoever stops knows what they did; only what may have gone out has to be told.
 TEST(ClientWaits, WhoeverStopsIsToldWhatMayHaveBeenTaken) {
   for (const Wait& wait : Waits()) {
