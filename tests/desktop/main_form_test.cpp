@@ -493,7 +493,9 @@ class MainFormTest : public QObject {
     const auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
     QTRY_VERIFY(says("own.gif goes along") && says(home + " lies outside"));
     QVERIFY(!send->isEnabled());
-    form.findChild<QPushButton*>("TakePicturesButton")->click();
+    auto* take = form.findChild<QPushButton*>("TakePicturesButton");
+    QTRY_VERIFY(take->isVisible());
+    take->click();
     QTRY_VERIFY(says("private.gif goes along"));
     QTRY_VERIFY(send->isEnabled());
     QVERIFY(form.picture_places().Hold(rig.folder / "home/private.gif"));
