@@ -170,17 +170,18 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
       return Error{Failure::kUsage, Say("The group name \"{}\" holds an apostrophe.", values[at]),
                    "Group names hold letters, digits, blanks and \"-\"."};
     }
-    Result<void> bound;
-    if (parameter.is_number) {
-      bound = statement_.Bind(position, platform::ParseWholeNumber(values[at]).value_or(0));
-    } else if (parameter.before.empty() && parameter.after.empty()) {
-      bound = lifetime == Lifetime::kOutlivesStep ? statement_.BindView(position, values[at])
-                                                  : statement_.Bind(position, values[at]);
-    } else {
+    const auto bind = [&]() -> Result<void> {
+      if (parameter.is_number) {
+        return statement_.Bind(position, platform::ParseWholeNumber(values[at]).value_or(0));
+      }
+      if (parameter.before.empty() && parameter.after.empty()) {
+        return lifetime == Lifetime::kOutlivesStep ? statement_.BindView(position, values[at])
+                                                   : statement_.Bind(position, values[at]);
+      }
       scratch_.assign(parameter.before).append(values[at]).append(parameter.after);
-      bound = statement_.Bind(position, scratch_);
-    }
-    if (!bound) return bound;
+      return statement_.Bind(position, scratch_);
+    };
+    if (const auto bound = bind(); !bound) return bound;
   }
   return {};
 }
