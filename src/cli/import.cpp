@@ -6,7 +6,7 @@
 #include "cli/commands.h"
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
-#include "recipients/import/delimiters.h"
+#include "recipients/delimiters.h"
 #include "recipients/import/recipient_import.h"
 #include "recipients/recipient_store.h"
 

@@ -4,6 +4,8 @@
 
 #include <clocale>
 
+#include "platform/text.h"
+
 namespace quillcast::platform {
 
 std::string LocaleCodeset() {
@@ -12,6 +14,13 @@ std::string LocaleCodeset() {
   std::string codeset = ::nl_langinfo_l(CODESET, locale);
   ::freelocale(locale);
   return codeset;
+}
+
+bool IsUtf8Codeset(std::string_view codeset) {
+  for (const char* name : {"", "UTF-8", "UTF8", "ANSI_X3.4-1968", "US-ASCII", "ASCII", "646"}) {
+    if (EqualsIgnoringAsciiCase(codeset, name)) return true;
+  }
+  return false;
 }
 
 }  // namespace quillcast::platform

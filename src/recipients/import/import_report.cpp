@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -39,7 +40,7 @@ void AppendCharacter(UConverter* converter, char32_t code, std::string& out) {
 
 ImportReport::ImportReport(std::optional<platform::FileWriter> writer, std::string_view code_page)
     : writer_(std::move(writer)) {
-  if (IsUtf8Codeset(code_page)) return;
+  if (platform::IsUtf8Codeset(code_page)) return;
   UErrorCode status = U_ZERO_ERROR;
   converter_.reset(ucnv_open(std::string(code_page).c_str(), &status));
   if (U_FAILURE(status)) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -126,13 +127,6 @@ void AppendUtf16(std::u16string_view units, char16_t& high_half, std::string& ou
 
 void CloseConverter::operator()(UConverter* converter) const { ucnv_close(converter); }
 
-bool IsUtf8Codeset(std::string_view codeset) {
-  for (const char* name : {"", "UTF-8", "UTF8", "ANSI_X3.4-1968", "US-ASCII", "ASCII", "646"}) {
-    if (EqualsIgnoringAsciiCase(codeset, name)) return true;
-  }
-  return false;
-}
-
 Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::string_view overrule,
                                     std::string_view system_code_page) {
   TextSource source;
@@ -158,7 +152,7 @@ Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::stri
     decide(mark->encoding, "byte order mark");
   } else if (seen->is_utf8) {
     decide("UTF-8", "all of it is valid");
-  } else if (IsUtf8Codeset(system_code_page) || !OpenConverter(std::string(system_code_page))) {
+  } else if (platform::IsUtf8Codeset(system_code_page) || !OpenConverter(std::string(system_code_page))) {
     decide("windows-1252", "it is not valid UTF-8");
   } else {
     decide(system_code_page, "the system's code page");

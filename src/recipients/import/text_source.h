@@ -52,7 +52,4 @@ class TextSource {
   bool at_end_ = false;
 };
 
-// A locale's codeset that stands for UTF-8: "UTF-8" itself, and the ASCII of the locales "C" and "POSIX".
-bool IsUtf8Codeset(std::string_view codeset);
-
 }  // namespace quillcast::recipients
