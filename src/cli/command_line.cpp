@@ -60,6 +60,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddGroupCommand(app, context);
   AddRecipientCommand(app, context);
   AddImportCommand(app, context);
+  AddExportCommand(app, context);
   AddPreviewCommand(app, context);
   AddPropertiesCommand(app, context);
   AddSendCommand(app, context);

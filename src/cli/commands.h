@@ -9,6 +9,7 @@ namespace quillcast::cli {
 void AddGroupCommand(CLI::App& app, Context& context);
 void AddRecipientCommand(CLI::App& app, Context& context);
 void AddImportCommand(CLI::App& app, Context& context);
+void AddExportCommand(CLI::App& app, Context& context);
 void AddAccountCommand(CLI::App& app, Context& context);
 void AddPreviewCommand(CLI::App& app, Context& context);
 void AddPropertiesCommand(CLI::App& app, Context& context);

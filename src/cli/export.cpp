@@ -1,0 +1,199 @@
+// quillcast export: the recipients of a group as a text file.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <memory>
+#include <optional>
+
+#include "cli/commands.h"
+#include "platform/file.h"
+#include "platform/file_attributes.h"
+#include "platform/locale_codeset.h"
+#include "platform/text.h"
+#include "recipients/delimiters.h"
+#include "recipients/export/recipient_export.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::cli {
+namespace {
+
+using recipients::ExportOutcome;
+using recipients::ExportRequest;
+using recipients::RecipientStore;
+
+constexpr std::string_view kStandardOutput = "-";
+constexpr std::size_t kBlock = std::size_t{256} * 1024;
+
+struct ExportOptions {
+  std::string group;
+  std::string fields;
+  std::string delimiter;
+  std::string file = std::string(kStandardOutput);
+  bool rfc4180 = false;
+  bool utf8 = false;
+  bool inert_formulas = false;
+};
+
+Result<ExportRequest> RequestOf(const ExportOptions& options) {
+  ExportRequest request;
+  request.group = options.group;
+  auto& format = request.format;
+  format.rfc4180 = options.rfc4180;
+  format.inert_formulas = options.inert_formulas;
+  if (!options.utf8) format.code_page = platform::LocaleCodeset();
+  const auto delimiter =
+      recipients::DelimiterOf(!options.delimiter.empty() ? options.delimiter : (options.rfc4180 ? "Comma" : "Tab"));
+  if (!delimiter) {
+    return Error{Failure::kUsage, Say("\"{}\" is no delimiter.", options.delimiter),
+                 "Name Tab, Colon, Space, Comma or Semicolon."};
+  }
+  format.delimiter = *delimiter;
+  if (options.fields.empty()) return request;
+  auto fields = recipients::ParseFields(options.fields);
+  if (!fields) return fields.error();
+  format.fields = std::move(*fields);
+  return request;
+}
+
+Result<void> Check(Context& context, const RecipientStore& store, const ExportOptions& options) {
+  const auto names = store.ListGroupNames();
+  if (!names) return names.error();
+  const auto complaint =
+      recipients::CheckExport({.has_groups = !names->empty(), .group = options.group, .file = options.file});
+  if (complaint) return Error{Failure::kUsage, std::string(complaint->message)};
+  if (const auto group = store.RequireGroup(options.group); !group) return group.error();
+  if (options.file == kStandardOutput) return {};
+  const auto may_write = platform::MayWriteTo(options.file, context.prompts);
+  if (!may_write) return may_write.error();
+  if (*may_write) return {};
+  return Error{Failure::kNotPermitted, platform::LeftLocked(options.file),
+               "Name another file, or answer yes (--yes does) to have it unlocked."};
+}
+
+recipients::ExportProgress ShowProgress(Context& context) {
+  return [&context](std::int64_t done, std::int64_t total) {
+    context.output.Progress(fmt::format("{} of {}", platform::WithThousands(done), platform::WithThousands(total)));
+  };
+}
+
+// What is in the file, from its beginning.
+Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder) {
+  if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
+  std::string block(kBlock, '\0');
+  while (std::ferror(stdout) == 0 && context.cancel.Requested() != platform::Stop::kAbandon) {
+    const auto got = platform::ReadSome(fd, folder, block.data(), block.size());
+    if (!got) return got.error();
+    if (*got == 0) break;
+    Print(stdout, std::string_view(block).substr(0, *got));
+  }
+  return {};
+}
+
+// Through a file without a name: who reads may take hours, and the store's writers are not to wait for that.
+ExportOutcome ExportToStandardOutput(Context& context, const profile::Folders& folders, const ExportRequest& request) {
+  ExportOutcome outcome;
+  const auto scratch = platform::OpenScratchFile(folders.temporary);
+  if (!scratch) {
+    outcome.error = scratch.error();
+    return outcome;
+  }
+  const auto sink = [&](std::string_view block) {
+    return platform::WriteAll(scratch->get(), folders.temporary, block);
+  };
+  outcome = recipients::ExportRecipients(folders.Database(), request, sink, context.cancel, ShowProgress(context));
+  context.output.EndProgress();
+  if (outcome.error) return outcome;
+  if (const auto printed = PrintFile(context, scratch->get(), folders.temporary); !printed)
+    outcome.error = printed.error();
+  return outcome;
+}
+
+// With --json, who reads standard output expects objects.
+Result<ExportOutcome> ExportAsObjects(Context& context, const RecipientStore& store, const ExportRequest& request) {
+  const auto group = store.RequireGroup(request.group);
+  if (!group) return group.error();
+  auto cursor = store.ListRecipients(group->id, group->sort_sql, recipients::Reading::kCopy);
+  if (!cursor) return cursor.error();
+  ExportOutcome outcome;
+  const auto walked = Walk(*cursor, {}, &context.cancel, [&](const recipients::Recipient& recipient, std::int64_t) {
+    nlohmann::ordered_json object;
+    for (const std::size_t field : request.format.fields) {
+      object[std::string(recipients::kFields[field].label)] = recipient.values[field];
+    }
+    context.output.Object(object);
+    ++outcome.written;
+    return true;
+  });
+  if (!walked) return walked.error();
+  outcome.cancelled = *walked == recipients::Walked::kCancelled;
+  return outcome;
+}
+
+int Conclude(Context& context, const ExportOptions& options, const ExportOutcome& outcome) {
+  for (const auto& sentence : recipients::ExportTroubles(outcome)) context.output.Note(sentence.InEnglish());
+  if (outcome.error) return context.output.Fail(*outcome.error);
+  const std::string summary = recipients::ExportSummary(outcome.written);
+  if (options.file == kStandardOutput) {
+    context.output.Note(summary);
+  } else {
+    context.output.Line(summary);
+    context.output.Object({{"exported", outcome.written}, {"file", options.file}, {"lost", outcome.lost}});
+  }
+  if (!outcome.cancelled) return 0;
+  return context.output.Fail({Failure::kTryAgain, "The export was cancelled; what is counted here was written.",
+                              "Run it again for the others."});
+}
+
+Result<int> Export(Context& context, const profile::Folders& folders, const ExportOptions& options) {
+  const auto request = RequestOf(options);
+  if (!request) return request.error();
+  const RecipientStore store(folders.Database(), {.cancel = &context.cancel});
+  if (const auto checked = Check(context, store, options); !checked) return checked.error();
+  if (options.file != kStandardOutput) {
+    const auto outcome =
+        recipients::ExportToFile(folders.Database(), *request, options.file, context.cancel, ShowProgress(context));
+    context.output.EndProgress();
+    return Conclude(context, options, outcome);
+  }
+  if (!context.output.json) {
+    return Conclude(context, options, ExportToStandardOutput(context, folders, *request));
+  }
+  const auto outcome = ExportAsObjects(context, store, *request);
+  if (!outcome) return outcome.error();
+  return Conclude(context, options, *outcome);
+}
+
+}  // namespace
+
+void AddExportCommand(CLI::App& app, Context& context) {
+  CLI::App& command = *app.add_subcommand("export", "Write the recipients of a group to a text file");
+  const auto options = std::make_shared<ExportOptions>();
+  command.add_option("-g,--group", options->group, "The group")->required();
+  command.add_option("--fields", options->fields,
+                     "The fields of each line in their order, as in \"Email Address,City\", or All; the address alone "
+                     "without it");
+  command.add_option("--delimiter", options->delimiter,
+                     "Tab, Colon, Space, Comma or Semicolon; without it Tab, or with --rfc4180 Comma");
+  command.add_flag("--rfc4180", options->rfc4180,
+                   "Begin with a line of headings, and put values that hold the delimiter, quotes or line ends in "
+                   "quotes");
+  command.add_flag("--utf8", options->utf8, "Write UTF-8, whatever the character set of the locale is");
+  command.add_flag("--inert-formulas", options->inert_formulas,
+                   "Put an apostrophe before values that a spreadsheet would calculate: those with \"=\", \"+\", "
+                   "\"-\" or \"@\" first. An import brings the apostrophe back");
+  command.add_option("-o,--output", options->file, "The file, or - for standard output")
+      ->type_name("FILE")
+      ->capture_default_str();
+  command.footer(
+      "Without --rfc4180 values are written as they are: one that holds the delimiter becomes two for whoever reads "
+      "it.\n"
+      "Example: quillcast export -g Readers --fields \"Email Address,First Name,City\" --rfc4180 --utf8 -o list.csv");
+  OnRun(command, context, [options](Context& ctx) {
+    const auto folders = ctx.PreparedFolders();
+    if (!folders) return ctx.output.Fail(folders.error());
+    const auto done = Export(ctx, *folders, *options);
+    return done ? *done : ctx.output.Fail(done.error());
+  });
+}
+
+}  // namespace quillcast::cli

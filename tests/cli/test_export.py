@@ -1,0 +1,90 @@
+"""Recipients out of a group, to a file, a pipe or a program."""
+import csv
+import io
+import json
+import os
+import subprocess
+import unittest
+
+from quillcast import PROGRAM, Case
+
+FIELDS = "Email Address,First Name,City"
+
+
+class Export(Case):
+    def setUp(self):
+        super().setUp()
+        self.ok("group", "new", "Readers")
+        list_ = self.write("list.csv", 'ada@r.example;Ada "the first";\nbob@r.example;=1+1;K\u00f6ln, am Rhein\n')
+        self.ok("import", list_, "-g", "Readers", "--delimiter", "Semicolon", "--opt-in", "--map",
+                "Email Address=1,First Name=2,City=3")
+        self.file = self.folder / "out.txt"
+
+    def export(self, *arguments):
+        return self.ok("export", "-g", "Readers", *arguments)
+
+    def test_formats(self):
+        for arguments, expected in [
+            ([], "ada@r.example\r\nbob@r.example\r\n"),
+            (["--fields", "City, first name"], '\tAda "the first"\r\nK\u00f6ln, am Rhein\t=1+1\r\n'),
+            (["--fields", "First Name", "--inert-formulas"], "Ada \"the first\"\r\n'=1+1\r\n"),
+            (["--fields", FIELDS, "--delimiter", "Colon"], 'ada@r.example:Ada "the first":\r\nbob@r.example:=1+1:K\u00f6ln, am Rhein\r\n'),
+        ]:
+            with self.subTest(arguments=arguments):
+                self.assertEqual(self.export(*arguments), expected)
+                self.assertEqual(self.export(*arguments, "-o", self.file), "2 recipients exported successfully.\n")
+                self.assertEqual(self.file.read_bytes().decode(), expected)
+
+    def test_others_read_rfc_4180(self):
+        rows = list(csv.DictReader(io.StringIO(self.export("--fields", "All", "--rfc4180"), newline="")))
+        self.assertEqual([row["City"] for row in rows], ["", "K\u00f6ln, am Rhein"])
+        self.assertEqual(rows[0]["First Name"], 'Ada "the first"')
+        self.assertEqual(len(rows[0]), 18)
+
+    def test_json(self):
+        out = self.ok("--json", "export", "-g", "Readers", "--fields", FIELDS)
+        self.assertEqual([json.loads(line) for line in out.splitlines()],
+                         [{"Email Address": "ada@r.example", "First Name": 'Ada "the first"', "City": ""},
+                          {"Email Address": "bob@r.example", "First Name": "=1+1", "City": "K\u00f6ln, am Rhein"}])
+        out = self.ok("--json", "export", "-g", "Readers", "-o", self.file)
+        self.assertEqual(json.loads(out), {"exported": 2, "file": str(self.file), "lost": 0})
+
+    def test_bad_input(self):
+        locked = self.folder / "locked.txt"
+        locked.write_text("old")
+        locked.chmod(0o444)
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        for arguments, code, *words in [
+            (["-g", "Writers"], 64, 'no group "Writers"', "group list"),
+            (["-g", ""], 64, "Please select a group."),
+            (["-g", "Readers", "-o", ""], 64, "Please specify a file."),
+            (["-g", "Readers", "--fields", "Town"], 64, '"Town" names no field', '"City"'),
+            (["-g", "Readers", "--delimiter", "|"], 64, "no delimiter", "Semicolon"),
+            (["-g", "Readers", "-o", self.folder], 73, "Name a file in that folder"),
+            (["-g", "Readers", "-o", pipe], 73, "ordinary file"),
+            (["-g", "Readers", "-o", self.folder / "none" / "out.txt"], 73, "Check the name"),
+            (["-g", "Readers", "-o", locked], 77, "locked.txt is locked", "--yes"),
+        ]:
+            with self.subTest(arguments=arguments):
+                got, _, err = self.run_program("export", *arguments)
+                self.assertEqual(got, code, err)
+                for word in words:
+                    self.assertIn(word, err)
+        self.assertEqual(locked.read_text(), "old")
+        self.ok("--yes", "export", "-g", "Readers", "-o", locked)
+        self.assertEqual(locked.read_text(), "ada@r.example\nbob@r.example\n")
+
+    def test_a_reader_that_leaves_early(self):
+        many = self.write("many.txt", "".join(f"user{n}@example.org\n" for n in range(20_000)))
+        self.ok("import", many, "-g", "Readers", "--map", "Email Address=1", "--opt-in")
+        line = f"'{PROGRAM}' --profile '{self.profile}' export -g Readers | head -1"
+        shell = subprocess.run(["sh", "-c", line], capture_output=True, timeout=60)
+        self.assertEqual(shell.stdout, b"ada@r.example\r\n")
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.run([PROGRAM, "--profile", self.profile, "export", "-g", "Readers"], stdout=full,
+                                            stderr=subprocess.DEVNULL, timeout=60).returncode, 74)
+
+
+if __name__ == "__main__":
+    unittest.main()
