@@ -1,6 +1,7 @@
 // A program for windows under test: folders of its own, a scripted person, a desktop that only remembers.
 #pragma once
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QDialog>
 #include <QTest>
@@ -87,6 +88,14 @@ struct FormRig {
     return lines.join(" | ");
   }
 };
+
+// What stands in the list of this name, a line for each row.
+inline QStringList RowsOf(const QObject& window, const char* list) {
+  const QAbstractItemModel& rows = *window.findChild<QAbstractItemView*>(list)->model();
+  QStringList lines;
+  for (int row = 0; row < rows.rowCount(); ++row) lines << rows.index(row, 0).data().toString();
+  return lines;
+}
 
 // Runs `act` once a dialog of this name is open, then closes it.
 inline void WhileOpen(const QString& name, const std::function<void(QDialog&)>& act, int tries = 200) {

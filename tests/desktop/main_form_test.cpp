@@ -11,7 +11,6 @@
 #include <QFontDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -487,9 +486,7 @@ class MainFormTest : public QObject {
     const QString home = PathToQt(rig.folder.Write("home/private.gif", "GIF89a\x01"));
     PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
     form.show();
-    const auto says = [&](const QString& words) {
-      return !form.findChild<QListWidget*>("NotesList")->findItems(words, Qt::MatchContains).isEmpty();
-    };
+    const auto says = [&](const QString& words) { return !test::RowsOf(form, "NotesList").filter(words).isEmpty(); };
     const auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
     QTRY_VERIFY(says("own.gif goes along") && says(home + " lies outside"));
     QVERIFY(!send->isEnabled());
@@ -551,10 +548,9 @@ class MainFormTest : public QObject {
       document.html = "<p>x</p>";
       document.attachments.Add(is_missing ? "/nowhere/price.pdf" : rig.folder.Write("price.pdf", "x").string());
       PreviewForm form(rig.program, document, {**rig.Store().FindGroup("Customers"), 1}, {}, nullptr);
-      auto* notes = form.findChild<QListWidget*>("NotesList");
       auto* label = form.findChild<QLabel*>("NotesLabel");
       QTRY_VERIFY(!label->text().contains("Looking"));
-      QCOMPARE(notes->count() > 0 && notes->item(0)->text().contains("price.pdf"), is_missing);
+      QCOMPARE(!test::RowsOf(form, "NotesList").filter("price.pdf").isEmpty(), is_missing);
       QCOMPARE(label->text().contains("Nothing was found"), !is_missing);
     }
   }

@@ -9,7 +9,6 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QRadioButton>
@@ -322,7 +321,9 @@ class ScreensTest : public QObject {
     HistoryManagerForm no_history(rig.program, nullptr);
     no_history.findChild<QLineEdit*>("FilterTextBox")->setText("no such run");
     Take(no_history, "history-empty");
-    for (const char* file : {"07-03-2026_09-05-07_Hello.txt", "01-02-2027_10-00-00_News.txt"}) {
+    for (const char* file :
+         {"07-03-2026_09-05-07_Hello.txt",
+          "01-02-2027_10-00-00_Hand-made papers from the four rooms by the river and their prices.txt"}) {
       QVERIFY(platform::ReplaceFile(rig.folders.History() / file, "x"));
     }
     HistoryManagerForm history(rig.program, nullptr);

@@ -6,7 +6,6 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -223,8 +222,7 @@ class SendFormTest : public QObject {
       const auto home = scene.OpenWithForeignPicture();
       scene.Press("SendButton");  // before it is known
       QTRY_VERIFY(scene.Text("PicturesLabel").contains(PathToQt(home)));
-      const auto* notes = scene.form->findChild<QListWidget*>("NotesList");
-      QTRY_COMPARE(notes->findItems("own.gif goes along", Qt::MatchContains).size(), 1);
+      QTRY_COMPARE(test::RowsOf(*scene.form, "NotesList").filter("own.gif goes along").size(), 1);
       QVERIFY(scene.form->findChild<QPushButton*>("TakePicturesButton")->isVisible());
       QVERIFY(!scene.form->findChild<QPushButton*>("SendButton")->isEnabled());
       scene.form->findChild<QPushButton*>("TakePicturesButton")->setFocus();  // as when the other is disabled
@@ -414,10 +412,9 @@ class SendFormTest : public QObject {
     document.html = "<p>$*MergeCity*$ $*MergeNickName*$</p><img src='missing.png'>";
     document.attachments.Add("/nowhere/price.pdf");
     scene.Open(std::move(document));
-    auto* notes = scene.form->findChild<QListWidget*>("NotesList");
+    auto* notes = scene.form->findChild<QAbstractItemView*>("NotesList");
     QTRY_VERIFY(notes->isVisible());
-    QStringList told;
-    for (int row = 0; row < notes->count(); ++row) told << notes->item(row)->text();
+    const QStringList told = test::RowsOf(*scene.form, "NotesList");
     for (const char* what : {"price.pdf", "missing.png", "$*MergeNickName*$", "no value for $*MergeCity*$"}) {
       QCOMPARE(told.filter(what).size(), 1);
     }

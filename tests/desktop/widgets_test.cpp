@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -213,6 +214,48 @@ class WidgetsTest : public QObject {
     QVERIFY(list.Chosen().empty());
     QTest::keyClick(&list, Qt::Key_Down);  // takes the row that the list came to
     QCOMPARE(list.Chosen(), std::vector<std::size_t>{0});
+  }
+
+  // Row 0 is short, row 1 three times as long as the list is wide, row 90 longer still. What is chosen below does not
+  // scroll back, in either direction.
+  void aLongTextIsCutGoesOnBelowOrIsScrolledTo() {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+      QApplication::setLayoutDirection(direction);
+      for (const LongText way : {LongText::kCut, LongText::kWrapped, LongText::kWhole}) {
+        RowList list(
+            "Rows", "Rows", {{}},
+            [](std::size_t row, int) {
+              return QString("word ").repeated(row == 90 ? 60 : row == 1 ? 30 : 1);
+            },
+            nullptr);
+        list.SetLongText(way);
+        list.resize(300, 200);
+        list.Reset(3);
+        list.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&list));
+        const int letters = list.fontMetrics().horizontalAdvance("word ");
+        QCOMPARE(list.rowHeight(0), list.rowHeight(2));
+        QCOMPARE(list.rowHeight(1) > 2 * list.rowHeight(0), way == LongText::kWrapped);
+        const QScrollBar* bar = list.horizontalScrollBar();
+        QCOMPARE(bar->isVisible(), way == LongText::kWhole);
+        QCOMPARE(list.columnWidth(0) >= 29 * letters, way == LongText::kWhole);
+        list.Choose(0);
+        for (const Qt::Key key : {direction == Qt::LeftToRight ? Qt::Key_Right : Qt::Key_Left, Qt::Key_Down}) {
+          QTest::keyClick(&list, key);
+          QCOMPARE(bar->value() > 0, way == LongText::kWhole);
+        }
+        QCOMPARE(list.Chosen(), std::vector<std::size_t>{1});
+        list.Grow(100);
+        list.Choose(90);
+        QCOMPARE(list.columnWidth(0) >= 59 * letters, way == LongText::kWhole);
+        const int before = list.rowHeight(1);
+        list.resize(31 * letters, 200);
+        QCOMPARE(list.rowHeight(1) < before, way == LongText::kWrapped);
+        list.Reset(1);
+        QTRY_VERIFY(!bar->isVisible());
+        QCOMPARE(list.columnWidth(0), list.viewport()->width());
+      }
+    }
   }
 
   void anEmptyListNamesTheNextStep() {

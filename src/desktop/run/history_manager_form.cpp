@@ -29,6 +29,7 @@ HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget*
   order_->setObjectName("OrderComboBox");
   order_->setAccessibleName(tr("Order"));
   order_->addItems({tr("As listed"), tr("Newest first"), tr("Oldest first"), tr("By subject")});
+  grid_->SetLongText(LongText::kWhole);
   auto* column = new FormColumn(this);
   column->AddLine({filter_, order_});
   column->Add(grid_, 1);

@@ -1,12 +1,10 @@
 #include "desktop/run/notes_panel.h"
 
-#include <QListWidget>
 #include <QVBoxLayout>
 
 #include "desktop/run/ask_prepared.h"
-#include "desktop/widgets/first_key.h"
-#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
@@ -21,12 +19,10 @@ NotesPanel::NotesPanel(const profile::Program& program, QWidget* parent)
       program_(program),
       look_(new BackgroundTask(this)),
       state_(new StatusLine(this, "NotesLabel")),
-      notes_(new QListWidget(this)) {
-  notes_->setObjectName("NotesList");
-  notes_->setAccessibleName(tr("What to know before sending"));
-  notes_->setWordWrap(true);
-  notes_->setItemDelegate(new OwnDirection(notes_));
-  new FirstKey(notes_);
+      notes_(new RowList(
+          "NotesList", tr("What to know before sending"), {{}},
+          [this](std::size_t row, int) { return found_.at(static_cast<qsizetype>(row)); }, this)) {
+  notes_->SetLongText(LongText::kWrapped);
   notes_->setMaximumHeight(kTallest);
   notes_->hide();
   auto* column = new QVBoxLayout(this);
@@ -54,9 +50,9 @@ void NotesPanel::LookAt(const document::MessageDocument& document, const run::Ch
 }
 
 void NotesPanel::Show(const QStringList& troubles, const QStringList& pictures) {
-  notes_->clear();
-  notes_->addItems(troubles + pictures);
-  notes_->setVisible(notes_->count() > 0);
+  found_ = troubles + pictures;
+  notes_->Reset(static_cast<std::size_t>(found_.size()));
+  notes_->setVisible(!found_.isEmpty());
   if (troubles.isEmpty()) {
     state_->Say(tr("Nothing was found that looks wrong."));
   } else {

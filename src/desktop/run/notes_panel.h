@@ -1,6 +1,7 @@
 // What a look over the message and the whole group found, before anything is sent. It works beside the window.
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 
 #include "desktop/widgets/background_task.h"
@@ -8,10 +9,9 @@
 #include "profile/program.h"
 #include "run/prepared_run.h"
 
-class QListWidget;
-
 namespace quillcast::desktop {
 
+class RowList;
 class StatusLine;
 
 class NotesPanel final : public QWidget {
@@ -32,7 +32,8 @@ class NotesPanel final : public QWidget {
   const profile::Program& program_;
   BackgroundTask* look_;
   StatusLine* state_;
-  QListWidget* notes_;
+  QStringList found_;
+  RowList* notes_;
 };
 
 }  // namespace quillcast::desktop

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QLocale>
+#include <QScrollBar>
 #include <algorithm>
 
 #include "desktop/widgets/empty_state.h"
@@ -114,8 +115,19 @@ RowList::RowList(const char* name, const QString& accessible_name, std::vector<R
   connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowList::ChosenChanged);
 }
 
+void RowList::SetLongText(LongText long_text) {
+  long_text_ = long_text;
+  setWordWrap(long_text == LongText::kWrapped);
+  if (long_text != LongText::kWhole) return;
+  setHorizontalScrollMode(ScrollPerPixel);
+  horizontalHeader()->setStretchLastSection(false);
+  connect(horizontalHeader(), &QHeaderView::sectionResized, this, &RowList::FitLastColumn);
+}
+
 void RowList::Reset(std::size_t rows) {
   rows_->Reset(rows);
+  widest_ = 0;
+  Fit();
   ShowEmpty();
   emit ChosenChanged();
 }
@@ -123,11 +135,16 @@ void RowList::Reset(std::size_t rows) {
 QModelIndex RowList::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
   if (action == MoveHome) return rows_->index(0, 0);
   if (action == MoveEnd) return rows_->index(rows_->rowCount({}) - 1, 0);
+  if (long_text_ == LongText::kWhole && (action == MoveLeft || action == MoveRight)) {
+    ScrollSideways(action == MoveRight);
+    return currentIndex();
+  }
   return QTableView::moveCursor(action, modifiers);
 }
 
 void RowList::Grow(std::size_t rows) {
   rows_->Grow(rows);
+  Fit();
   ShowEmpty();
 }
 
@@ -147,6 +164,51 @@ std::vector<std::size_t> RowList::Chosen() const {
 }
 
 void RowList::Choose(std::size_t row) { setCurrentIndex(rows_->index(static_cast<int>(row), 0)); }
+
+void RowList::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  Fit();
+}
+
+// Rows come on the screen.
+void RowList::scrollContentsBy(int dx, int dy) {
+  QTableView::scrollContentsBy(dx, dy);
+  if (dy != 0 && long_text_ == LongText::kWhole) FitLastColumn();
+}
+
+void RowList::scrollTo(const QModelIndex& index, ScrollHint hint) {
+  const int sideways = horizontalScrollBar()->value();
+  QTableView::scrollTo(index, hint);
+  if (long_text_ == LongText::kWhole) horizontalScrollBar()->setValue(sideways);
+}
+
+void RowList::Fit() {
+  if (long_text_ == LongText::kWrapped) FitRows();
+  if (long_text_ == LongText::kWhole) FitLastColumn();
+}
+
+void RowList::FitRows() {
+  QHeaderView& heights = *verticalHeader();
+  for (int row = 0; row < rows_->rowCount(); ++row) {
+    heights.resizeSection(row, std::max(heights.defaultSectionSize(), sizeHintForRow(row)));
+  }
+}
+
+void RowList::FitLastColumn() {
+  const int column = rows_->columnCount() - 1;
+  const int below = rowAt(viewport()->height());
+  const int end = below < 0 ? rows_->rowCount() : below + 1;
+  for (int row = std::max(rowAt(0), 0); row < end; ++row) {
+    widest_ = std::max(widest_, sizeHintForIndex(rows_->index(row, column)).width());
+  }
+  setColumnWidth(column, std::max(widest_, viewport()->width() - horizontalHeader()->sectionPosition(column)));
+}
+
+void RowList::ScrollSideways(bool to_the_right) {
+  QScrollBar* const bar = horizontalScrollBar();
+  const bool is_on = to_the_right != isRightToLeft();
+  bar->setValue(bar->value() + (is_on ? bar->singleStep() : -bar->singleStep()));
+}
 
 void RowList::changeEvent(QEvent* event) {
   QTableView::changeEvent(event);

@@ -20,6 +20,13 @@ struct RowColumn {
 // Those of the palette, or the given ones; see row_colours.h.
 enum class RowColourSet { kPalette, kGiven };
 
+// What becomes of a text that is longer than its column is wide. The tip shows it whole in each case.
+enum class LongText {
+  kCut,      // it ends in three dots
+  kWrapped,  // it goes on below, and its row is as high as it takes: for lists that are short
+  kWhole,    // the last column is as wide as the longest text that was on the screen, and the list scrolls sideways
+};
+
 class RowModel final : public QAbstractTableModel {
  public:
   // What stands in a cell; asked with rows below the number that was told last.
@@ -58,26 +65,38 @@ class RowList final : public QTableView {
   void Reset(std::size_t rows);
   void Grow(std::size_t rows);
   std::size_t size() const { return static_cast<std::size_t>(rows_->rowCount()); }
+  // Before there are rows; kCut at first. Where the list scrolls sideways, the keys Left and Right do that.
+  void SetLongText(LongText long_text);
   // What stands in the list while it has no rows: what belongs there, and the next step to it.
   void SetEmptyText(const QString& text);
 
   // From above to below.
   std::vector<std::size_t> Chosen() const;
   void Choose(std::size_t row);
+  // In a list that scrolls sideways it is not scrolled back to where its rows begin.
+  void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
  signals:
   void ChosenChanged();
 
  protected:
   void changeEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
   // Home and End go to the first and the last row; in a table they would go along the one.
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
  private:
   void TakeColours();
   void ShowEmpty();
+  void Fit();
+  void FitRows();
+  void FitLastColumn();
+  void ScrollSideways(bool to_the_right);
 
   RowColourSet colours_;
+  LongText long_text_ = LongText::kCut;
+  int widest_ = 0;  // pixels: the longest text of the last column so far
   RowModel* rows_;
   EmptyState* empty_;
 };
