@@ -120,7 +120,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kGroups, {40}, "GroupsMenu"},
     {kSignature, {42}, kNotBuilt},
     {kImport, {43}, "open: Import"},
-    {kExport, {44}, kNotBuilt},
+    {kExport, {44}, "RecipientExportForm"},
     {kThreads, {52}, "ThreadForm"},
     {kSplash, {}, "splash: 0"},
     {kDomainTools, {53}, kNotBuilt},

@@ -29,6 +29,7 @@
 #include "desktop/document/link_form.h"
 #include "desktop/document/table_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_export_form.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -328,6 +329,10 @@ class ScreensTest : public QObject {
     }
     HistoryManagerForm history(rig.program, nullptr);
     Take(history, "history");
+    RecipientExportForm list_to_file(rig.program, "Customers", nullptr);
+    list_to_file.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
+    list_to_file.findChild<QListWidget*>("ListFields")->item(2)->setCheckState(Qt::Checked);
+    Take(list_to_file, "export");
     ThreadForm threads(rig.settings, nullptr);
     Take(threads, "threads");
     TableForm table(rig.prompts, nullptr);

@@ -153,7 +153,7 @@ class Table {
       {kGroups, {40}, "GroupButton", kTools, QT_TR_NOOP("&Groups…"), "groups", "", ShowGroups},
       NotBuilt({kSignature, {42}, "SignatureButton", kTools, QT_TR_NOOP("&Signature…")}),
       {kImport, {43}, "", kTools, QT_TR_NOOP("&Import Recipients…"), "", "", ImportRecipients},
-      NotBuilt({kExport, {44}, "", kTools, QT_TR_NOOP("&Export Recipients…"), "", "", ExportRecipients}),
+      {kExport, {44}, "", kTools, QT_TR_NOOP("&Export Recipients…"), "", "", ExportRecipients},
       {kThreads, {52}, "", kTools, QT_TR_NOOP("&Thread Options…"), "", "", ShowThreads},
       {kSplash, {}, "", kTools, QT_TR_NOOP("Splash at &Start"), "", "", SwitchSplash},
       NotBuilt({kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…")}),

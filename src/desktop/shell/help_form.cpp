@@ -46,6 +46,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"TableForm", "Message Options.htm"},
       {"LinkForm", "Message Options.htm"},
       {"AttachmentsForm", "Message Options.htm"},
+      {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };
   const auto found = topics.constFind(window);

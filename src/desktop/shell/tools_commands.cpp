@@ -5,6 +5,7 @@
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/recipients/groups_menu.h"
+#include "desktop/recipients/recipient_export_form.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
@@ -44,7 +45,7 @@ void ImportRecipients(Shell& shell) {
 
 void ExportRecipients(Shell& shell) {
   if (shell.header.HasGroups()) {
-    SayNotBuilt(shell, CommandId::kExport);
+    RecipientExportForm(shell.program, shell.header.Group(), &shell.window).exec();
     return;
   }
   shell.program.prompts.Warn("There is no group to export the data from.");

@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/form_column.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -14,19 +15,22 @@ constexpr int kNarrowest = 120;  // pixels: the button keeps its place whatever 
 }  // namespace
 
 ProgressPanel::ProgressPanel(const char* button, const QString& text, QWidget* parent)
-    : QWidget(parent), bars_(new QGridLayout()), rate_(new QLabel(this)), button_(new QPushButton(text, this)) {
+    : QWidget(parent),
+      bars_(new QGridLayout()),
+      below_(new QHBoxLayout()),
+      rate_(new QLabel(this)),
+      button_(new QPushButton(text, this)) {
   rate_->setObjectName("RateLabel");
   rate_->setTextFormat(Qt::PlainText);
   button_->setObjectName(button);
   button_->setMinimumWidth(kNarrowest);
   bars_->setColumnStretch(1, 1);
-  auto* below = new QHBoxLayout();
-  below->addWidget(rate_, 1);
-  below->addWidget(button_);
+  below_->addWidget(rate_, 1);
+  below_->addWidget(button_);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addLayout(bars_);
-  column->addLayout(below);
+  column->addLayout(below_);
   connect(button_, &QPushButton::clicked, this, &ProgressPanel::Pressed);
 }
 
@@ -37,6 +41,12 @@ CountBar* ProgressPanel::AddBar(const char* name, const QString& caption) {
   bars_->addWidget(new QLabel(caption, this), row, 0);
   bars_->addWidget(bar, row, 1);
   return bar;
+}
+
+void ProgressPanel::AddBeside(QPushButton* button) {
+  LetFollow(button);
+  below_->insertWidget(below_->count() - 1, button);
+  setTabOrder(button, button_);
 }
 
 void ProgressPanel::SayRate(const QString& rate) { rate_->setText(rate); }

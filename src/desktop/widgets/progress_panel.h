@@ -10,6 +10,7 @@
 #include <QWidget>
 
 class QGridLayout;
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -26,6 +27,8 @@ class ProgressPanel final : public QWidget {
   CountBar* AddBar(const char* name, const QString& caption);
   // "12 messages a second, 3 minutes left"; in the "RateLabel".
   void SayRate(const QString& rate);
+  // Before that button, on its line: the one that begins the work, where it has one of its own.
+  void AddBeside(QPushButton* button);
   // A window may let it say what pressing it does at the time.
   QPushButton* button() const { return button_; }
 
@@ -34,6 +37,7 @@ class ProgressPanel final : public QWidget {
 
  private:
   QGridLayout* bars_;
+  QHBoxLayout* below_;
   QLabel* rate_;
   QPushButton* button_;
 };

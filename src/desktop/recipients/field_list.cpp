@@ -1,0 +1,98 @@
+#include "desktop/recipients/field_list.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalBlocker>
+
+#include "desktop/widgets/first_key.h"
+#include "desktop/widgets/qt_text.h"
+#include "recipients/export/recipient_export.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kEntryRole = Qt::UserRole;  // the entry in English, which says which field it is
+constexpr int kShownEntries = 6;
+constexpr int kSpacing = 1;  // pixels round an entry
+
+}  // namespace
+
+FieldList::FieldList(QWidget* parent)
+    : QWidget(parent),
+      list_(new QListWidget(this)),
+      up_(new QPushButton(tr("&Up"), this)),
+      down_(new QPushButton(tr("&Down"), this)) {
+  list_->setObjectName("ListFields");
+  list_->setAccessibleName(tr("Fields"));
+  up_->setObjectName("UpButton");
+  down_->setObjectName("DownButton");
+  new FirstKey(list_);
+  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
+    const QString entry = ToQt(recipients::FieldEntry(field));
+    const QString blanks = entry.left(entry.size() - ToQt(recipients::kFields[field].label).size());
+    auto* item = new QListWidgetItem(blanks + Translated(recipients::kFields[field].label), list_);
+    item->setData(kEntryRole, entry);
+    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+    item->setCheckState(Qt::Unchecked);
+  }
+  list_->setSpacing(kSpacing);
+  TakeColours();
+  list_->setMinimumHeight(kShownEntries * (list_->sizeHintForRow(0) + 2 * kSpacing) + 2 * list_->frameWidth());
+  auto* buttons = new QVBoxLayout();
+  buttons->addWidget(up_);
+  buttons->addWidget(down_);
+  buttons->addStretch(1);
+  auto* line = new QHBoxLayout(this);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->addWidget(list_, 1);
+  line->addLayout(buttons);
+  connect(list_, &QListWidget::currentRowChanged, this, &FieldList::EnableButtons);
+  connect(up_, &QPushButton::clicked, this, [this] { Move(-1); });
+  connect(down_, &QPushButton::clicked, this, [this] { Move(1); });
+  EnableButtons();
+}
+
+// A style draws the outline of a box after the ground of windows, which on the ground of a dark list cannot be seen.
+void FieldList::TakeColours() {
+  QPalette colours = palette();
+  colours.setColor(QPalette::Window, colours.color(QPalette::Text));
+  list_->setPalette(colours);
+}
+
+void FieldList::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) TakeColours();
+}
+
+std::vector<std::size_t> FieldList::Ticked() const {
+  std::vector<std::size_t> fields;
+  for (int row = 0; row < list_->count(); ++row) {
+    const QListWidgetItem* item = list_->item(row);
+    if (item->checkState() == Qt::Checked)
+      fields.push_back(recipients::FieldOfEntry(FromQt(item->data(kEntryRole).toString())));
+  }
+  return fields;
+}
+
+void FieldList::Move(int by) {
+  const int row = list_->currentRow();
+  const bool was_focused = focusWidget() == (by < 0 ? up_ : down_);
+  {
+    const QSignalBlocker quiet(list_);  // taking it out chooses another for a moment
+    list_->insertItem(row + by, list_->takeItem(row));
+  }
+  list_->setCurrentRow(row + by);
+  EnableButtons();
+  // At the end of the way the button is disabled, and the keys would go to the next control.
+  if (was_focused && !(by < 0 ? up_ : down_)->isEnabled()) list_->setFocus();
+}
+
+void FieldList::EnableButtons() {
+  const int row = list_->currentRow();
+  up_->setEnabled(row > 0);
+  down_->setEnabled(row >= 0 && row + 1 < list_->count());
+}
+
+}  // namespace quillcast::desktop

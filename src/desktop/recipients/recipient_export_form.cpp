@@ -1,0 +1,235 @@
+#include "desktop/recipients/recipient_export_form.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+#include <atomic>
+
+#include "desktop/recipients/field_list.h"
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/progress_panel.h"
+#include "desktop/widgets/qt_prompts.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+#include "platform/file_attributes.h"
+#include "platform/locale_codeset.h"
+#include "recipients/delimiters.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kTick = 100;  // milliseconds
+
+}  // namespace
+
+struct RecipientExportForm::Progress {
+  std::atomic<std::int64_t> done = 0;
+  std::atomic<std::int64_t> total = 0;
+};
+
+RecipientExportForm::RecipientExportForm(const profile::Program& program, const QString& group, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      task_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      group_(new QComboBox(this)),
+      file_(new QLineEdit(this)),
+      browse_(new QPushButton(tr("&Browse…"), this)),
+      addresses_(new QRadioButton(tr("E-mail &addresses only"), this)),
+      chosen_fields_(new QRadioButton(tr("Se&lected fields, in this order:"), this)),
+      fields_(new FieldList(this)),
+      delimiter_(new QComboBox(this)),
+      rfc4180_(new QCheckBox(tr("&Headings, and quotes where they are needed (RFC 4180)"), this)),
+      utf8_(new QCheckBox(tr("UTF-&8, which has every character"), this)),
+      inert_(new QCheckBox(tr("&Formulas made harmless: an apostrophe before “=”, “+”, “-” and “@”"), this)),
+      status_(new StatusLine(this)),
+      progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
+      bar_(progress_->AddBar("ProgressBar", tr("Recipients written:"))),
+      export_(new QPushButton(tr("&Export"), this)) {
+  MakeWindow();
+  connect(browse_, &QPushButton::clicked, this, &RecipientExportForm::Browse);
+  connect(chosen_fields_, &QRadioButton::toggled, this, &RecipientExportForm::EnableControls);
+  connect(export_, &QPushButton::clicked, this, &RecipientExportForm::Export);
+  connect(progress_, &ProgressPanel::Pressed, this, &RecipientExportForm::reject);
+  connect(tick_, &QTimer::timeout, this, &RecipientExportForm::TakeProgress);
+  ShowGroups(group);
+  EnableControls();
+  (group.isEmpty() ? static_cast<QWidget*>(group_) : file_)->setFocus();
+}
+
+RecipientExportForm::~RecipientExportForm() = default;
+
+void RecipientExportForm::MakeWindow() {
+  setObjectName("RecipientExportForm");
+  setWindowTitle(tr("Export Recipients"));
+  browse_->setObjectName("BrowseButton");
+  browse_->setAutoDefault(false);
+  export_->setObjectName("ExportButton");
+  export_->setDefault(true);
+  auto* column = new FormColumn(this);
+  FormGrid* what = column->AddGrid();
+  what->Add("GroupComboBox", tr("&Group:"), group_);
+  what->Add("BrowseTextBox", tr("&To file:"), file_, {browse_});
+  what->AddWide("RadioButton1", addresses_);
+  what->AddWide("RadioButton2", chosen_fields_);
+  addresses_->setChecked(true);
+  column->Add(fields_, 1);
+  AddFormats(column);
+  column->Add(status_);
+  progress_->AddBeside(export_);
+  column->Add(progress_);
+}
+
+void RecipientExportForm::AddFormats(FormColumn* column) {
+  for (const recipients::Delimiter& delimiter : recipients::kDelimiters) {
+    delimiter_->addItem(Translated(delimiter.name), QChar::fromLatin1(delimiter.character));
+  }
+  column->AddGrid()->Add("DelimitComboBox", tr("Deli&miter:"), delimiter_);
+  FormGrid* formats = column->AddBox(tr("For other programs"));
+  formats->AddWide("Rfc4180CheckBox", rfc4180_);
+  formats->AddWide("Utf8CheckBox", utf8_);
+  formats->AddWide("InertFormulasCheckBox", inert_);
+}
+
+void RecipientExportForm::ShowGroups(const QString& chosen) {
+  const auto names = recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience).ListGroupNames();
+  if (!names) {
+    status_->Fail(names.error());
+    return;
+  }
+  for (const std::string& name : *names) group_->addItem(ToQt(name));
+  group_->setCurrentIndex(group_->findText(chosen));
+}
+
+// The button that cancels, and closes, is always there.
+void RecipientExportForm::EnableControls() {
+  const bool is_idle = !task_->is_running();
+  for (QWidget* control : std::initializer_list<QWidget*>{group_, file_, browse_, addresses_, chosen_fields_, rfc4180_,
+                                                          utf8_, inert_, export_}) {
+    control->setEnabled(is_idle);
+  }
+  fields_->setEnabled(is_idle && chosen_fields_->isChecked());
+  delimiter_->setEnabled(is_idle && chosen_fields_->isChecked());
+}
+
+void RecipientExportForm::Browse() {
+  const auto file = program_.prompts.PickSaveFile({.title = "Export Recipients",
+                                                   .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*",
+                                                   .ask_before_overwriting = true});
+  if (file.empty()) return;
+  const auto may_write = platform::MayWriteTo(file, program_.prompts);
+  if (!may_write) {
+    status_->Fail(may_write.error());
+  } else if (*may_write) {
+    file_->setText(PathToQt(file));
+  } else {
+    status_->Say(InWords(platform::LeftLocked(file)));
+  }
+}
+
+recipients::ExportForm RecipientExportForm::Form() const {
+  using recipients::ExportMode;
+  return {.has_groups = group_->count() > 0,
+          .group = FromQt(group_->currentText()),
+          .file = FromQt(file_->text()),
+          .mode = chosen_fields_->isChecked() ? ExportMode::kChosenFields : ExportMode::kAddresses,
+          .fields = fields_->Ticked()};
+}
+
+recipients::ExportRequest RecipientExportForm::Request() const {
+  recipients::ExportRequest request;
+  request.group = FromQt(group_->currentText());
+  if (chosen_fields_->isChecked()) {
+    request.format.fields = fields_->Ticked();
+    request.format.delimiter = delimiter_->currentData().toChar().toLatin1();
+  }
+  request.format.rfc4180 = rfc4180_->isChecked();
+  request.format.inert_formulas = inert_->isChecked();
+  if (!utf8_->isChecked()) request.format.code_page = platform::LocaleCodeset();
+  return request;
+}
+
+void RecipientExportForm::Export() {
+  const auto complaint = recipients::CheckExport(Form());
+  if (!complaint) return Start();
+  program_.prompts.Warn(complaint->message);
+  switch (*complaint->control) {
+    case recipients::ExportControl::kGroup:
+      return group_->setFocus();
+    case recipients::ExportControl::kFile:
+      return file_->setFocus();
+    case recipients::ExportControl::kFieldList:
+      return fields_->list()->setFocus();
+  }
+}
+
+// A rename would replace a file that is locked all the same; who wants that is asked when browsing for it.
+void RecipientExportForm::LeaveLocked(const std::filesystem::path& file) {
+  status_->Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Browse for it to have it unlocked."});
+  program_.prompts.Inform(recipients::ExportSummary(0));
+}
+
+void RecipientExportForm::Start() {
+  if (const auto file = PathFromQt(file_->text()); platform::IsLocked(file)) return LeaveLocked(file);
+  bar_->Count(0, 0);
+  status_->Say(tr("Writing %1…").arg(file_->text()));
+  seen_ = std::make_shared<Progress>();
+  task_->Start([this, store = program_.folders.Database(), request = Request(), file = PathFromQt(file_->text()),
+                seen = seen_](const platform::CancelToken& cancel) {
+    const auto see = [seen](std::int64_t done, std::int64_t total) {
+      seen->total = total;
+      seen->done = done;
+    };
+    const auto outcome = recipients::ExportToFile(store, request, file, cancel, see);
+    return [this, outcome] { End(outcome); };
+  });
+  tick_->start(kTick);
+  EnableControls();
+  progress_->button()->setFocus();
+}
+
+void RecipientExportForm::TakeProgress() {
+  bar_->Count(static_cast<std::uint64_t>(seen_->done), static_cast<std::uint64_t>(seen_->total));
+}
+
+void RecipientExportForm::End(const recipients::ExportOutcome& outcome) {
+  tick_->stop();
+  if (is_asking_) {
+    ended_meanwhile_ = outcome;
+    WithdrawQuestion();
+    return;
+  }
+  EnableControls();
+  if (is_given_up_) return QDialog::reject();
+  bar_->Count(outcome.error ? 0 : 1, 1);
+  if (outcome.error) {
+    status_->Fail(*outcome.error);
+  } else {
+    const QString troubles = InWords(recipients::ExportTroubles(outcome)).join(' ');
+    status_->Say(troubles, troubles.isEmpty() ? NoteKind::kInformation : NoteKind::kWarning);
+  }
+  export_->setFocus();
+  program_.prompts.Inform(recipients::ExportSummary(outcome.written));
+}
+
+void RecipientExportForm::reject() {
+  if (!task_->is_running()) return QDialog::reject();
+  if (is_asking_ || is_given_up_) return;
+  is_asking_ = true;
+  const auto answer = program_.prompts.Ask(recipients::kCancelExportQuestion);
+  is_asking_ = false;
+  if (ended_meanwhile_) return End(*std::exchange(ended_meanwhile_, {}));
+  if (answer != platform::Answer::kYes) return;
+  is_given_up_ = true;
+  progress_->button()->setEnabled(false);
+  task_->Cancel();
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,78 @@
+// The dialog that writes the recipients of a group to a text file.
+#pragma once
+
+#include <QDialog>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "desktop/widgets/background_task.h"
+#include "profile/program.h"
+#include "recipients/export/recipient_export.h"
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QTimer;
+
+namespace quillcast::desktop {
+
+class CountBar;
+class FieldList;
+class FormColumn;
+class ProgressPanel;
+class StatusLine;
+
+class RecipientExportForm final : public QDialog {
+  Q_OBJECT
+ public:
+  // `group` is chosen at first; none where that is empty.
+  RecipientExportForm(const profile::Program& program, const QString& group, QWidget* parent);
+  ~RecipientExportForm() override;
+
+ public slots:
+  // While an export runs it is asked about first; its end then closes the dialog.
+  void reject() override;
+
+ private:
+  struct Progress;
+
+  void MakeWindow();
+  void AddFormats(FormColumn* column);
+  void ShowGroups(const QString& chosen);
+  void EnableControls();
+  void Browse();
+  recipients::ExportForm Form() const;
+  recipients::ExportRequest Request() const;
+  void Export();
+  void LeaveLocked(const std::filesystem::path& file);
+  void Start();
+  void TakeProgress();
+  void End(const recipients::ExportOutcome& outcome);
+
+  const profile::Program& program_;
+  BackgroundTask* task_;
+  QTimer* tick_;
+  QComboBox* group_;
+  QLineEdit* file_;
+  QPushButton* browse_;
+  QRadioButton* addresses_;
+  QRadioButton* chosen_fields_;
+  FieldList* fields_;
+  QComboBox* delimiter_;
+  QCheckBox* rfc4180_;
+  QCheckBox* utf8_;
+  QCheckBox* inert_;
+  StatusLine* status_;
+  ProgressPanel* progress_;
+  CountBar* bar_;
+  QPushButton* export_;
+  std::shared_ptr<Progress> seen_;  // shared with the thread that exports
+  bool is_asking_ = false;
+  bool is_given_up_ = false;
+  std::optional<recipients::ExportOutcome> ended_meanwhile_;  // while it was asked whether to give it up
+};
+
+}  // namespace quillcast::desktop

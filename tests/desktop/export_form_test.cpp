@@ -1,0 +1,267 @@
+// The dialog of the export: what it checks, what it writes, and how it is given up.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <memory>
+
+#include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_export_form.h"
+#include "recipients/store_connection.h"
+
+namespace quillcast::desktop {
+
+namespace {
+
+constexpr const char* kDone = "inform: 2 recipients exported successfully.";
+constexpr const char* kCancelQuestion = "ask: Are you sure you want to cancel the export process?";
+
+struct Scene {
+  test::FormRig rig;
+  std::unique_ptr<RecipientExportForm> form;
+
+  void Open(const QString& group = {}) {
+    form = std::make_unique<RecipientExportForm>(rig.program, group, nullptr);
+    form->show();
+    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+  }
+  // With two recipients, and a file to write to.
+  void OpenReady() {
+    rig.AddGroup("Readers", {"bob@x.org", "ada@x.org"});
+    IgnoreErrors(recipients::OpenStore(rig.folders.Database())
+                     ->Execute("UPDATE [Emails] SET [G-FirstName] = '=Bob', [G-City] = 'A, B' WHERE [ID] = 1"));
+    Open("Readers");
+    Find<QLineEdit>("BrowseTextBox").setText(PathToQt(File()));
+  }
+  template <typename Widget>
+  Widget& Find(const char* name) const {
+    return *form->findChild<Widget*>(name);
+  }
+  void Press(const char* name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
+  void Key(const char* name, Qt::Key key) const {
+    Find<QWidget>(name).setFocus();
+    QTest::keyClick(&Find<QWidget>(name), key);
+  }
+  // Ticks an entry as the keyboard does; each begins with four blanks.
+  void Tick(const QString& label) const {
+    auto& list = Find<QListWidget>("ListFields");
+    list.setCurrentItem(list.findItems("    " + label, Qt::MatchExactly).value(0));
+    Key("ListFields", Qt::Key_Space);
+  }
+  void WaitForEnd() { QTRY_VERIFY(Find<QPushButton>("ExportButton").isEnabled()); }
+  QString Export() {
+    Press("ExportButton");
+    WaitForEnd();
+    return rig.Shown();
+  }
+  std::filesystem::path File() const { return rig.folder / "list.txt"; }
+  QString Written() const { return QString::fromStdString(test::ReadAll(File())); }
+  QString Status() const { return Find<QLabel>("StatusLine").text(); }
+  // More than are read before a person has looked up.
+  void AddMany(int rows) {
+    IgnoreErrors(recipients::OpenStore(rig.folders.Database())
+                     ->Execute(("WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < " +
+                                std::to_string(rows) +
+                                ") INSERT INTO [Emails] ([G-ID], [G-Email]) SELECT 1, 'a' || x || '@x.org' FROM [n]")
+                                   .c_str()));
+  }
+};
+
+}  // namespace
+
+class ExportFormTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void opensWithTheGivenChoices() {
+    Scene scene;
+    scene.rig.AddGroup("Zebras", {});
+    scene.rig.AddGroup("Ants", {});
+    scene.Open();
+    auto& groups = scene.Find<QComboBox>("GroupComboBox");
+    QCOMPARE(groups.itemText(0), "Zebras");
+    QCOMPARE(groups.count(), 2);
+    QCOMPARE(groups.currentIndex(), -1);
+    QVERIFY(scene.Find<QRadioButton>("RadioButton1").isChecked());
+    auto& fields = scene.Find<QListWidget>("ListFields");
+    QCOMPARE(fields.count(), 18);
+    QCOMPARE(fields.item(0)->text(), "    Email Address");
+    QCOMPARE(fields.item(17)->text(), "    Additional Field 3");
+    for (int row = 0; row < 18; ++row) QCOMPARE(fields.item(row)->checkState(), Qt::Unchecked);
+    auto& delimiters = scene.Find<QComboBox>("DelimitComboBox");
+    QStringList names;
+    for (int i = 0; i < delimiters.count(); ++i) names << delimiters.itemText(i);
+    QCOMPARE(names.join(' '), "Tab Colon Space Comma Semicolon");
+    QCOMPARE(delimiters.currentText(), "Tab");
+    for (const bool chosen_fields : {false, true}) {
+      scene.Press(chosen_fields ? "RadioButton2" : "RadioButton1");
+      for (const char* name : {"ListFields", "DelimitComboBox"})
+        QCOMPARE(scene.Find<QWidget>(name).isEnabled(), chosen_fields);
+      QVERIFY(!scene.Find<QWidget>("UpButton").isEnabled() && !scene.Find<QWidget>("DownButton").isEnabled());
+    }
+  }
+
+  void complainsInOrder() {
+    const auto complains = [](Scene& scene, const char* warning, const char* focus) {
+      scene.Press("ExportButton");
+      QCOMPARE(scene.rig.Shown(), warning);
+      QCOMPARE(scene.form->focusWidget()->objectName(), focus);
+    };
+    Scene none;
+    none.Open();
+    complains(none, "warn: There is no group to export.", "GroupComboBox");
+    Scene scene;
+    scene.rig.AddGroup("Readers", {});
+    scene.Open();
+    scene.Press("RadioButton2");
+    complains(scene, "warn: Please select a group.", "GroupComboBox");
+    scene.Key("GroupComboBox", Qt::Key_Down);
+    complains(scene, "warn: Please specify a file.", "BrowseTextBox");
+    scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/list.txt");
+    complains(scene, "warn: Please select at least one field to export.", "ListFields");
+  }
+
+  void writesAddresses() {
+    Scene scene;
+    scene.OpenReady();
+    QCOMPARE(scene.Export(), kDone);
+    QCOMPARE(scene.Written(), "bob@x.org\r\nada@x.org\r\n");
+    scene.Press("RadioButton2");
+    scene.Tick("Email Address");
+    QCOMPARE(scene.Export(), kDone);
+    QCOMPARE(scene.Written(), "bob@x.org\r\nada@x.org\r\n");
+  }
+
+  void writesFieldsInTheOrderOfTheList() {
+    Scene scene;
+    scene.OpenReady();
+    scene.Press("RadioButton2");
+    scene.Tick("First Name");
+    scene.Tick("City");
+    scene.Tick("Email Address");
+    QCOMPARE(scene.Export(), kDone);
+    QCOMPARE(scene.Written(), "bob@x.org\t=Bob\tA, B\r\nada@x.org\t\t\r\n");
+    for (int i = 0; i < 3; ++i) scene.Press("DownButton");
+    QVERIFY(scene.Find<QListWidget>("ListFields").currentItem()->text() == "    Email Address");
+    scene.Find<QComboBox>("DelimitComboBox").setCurrentText("Comma");
+    QCOMPARE(scene.Export(), kDone);
+    QCOMPARE(scene.Written(), "=Bob,bob@x.org,A, B\r\n,ada@x.org,\r\n");
+    for (const char* box : {"Rfc4180CheckBox", "InertFormulasCheckBox"}) scene.Press(box);
+    QCOMPARE(scene.Export(), kDone);
+    QCOMPARE(scene.Written(), "First Name,Email Address,City\r\n'=Bob,bob@x.org,\"A, B\"\r\n,ada@x.org,\r\n");
+  }
+
+  void entriesMoveWithTheirTicks() {
+    Scene scene;
+    scene.OpenReady();
+    scene.Press("RadioButton2");
+    auto& list = scene.Find<QListWidget>("ListFields");
+    auto& up = scene.Find<QPushButton>("UpButton");
+    auto& down = scene.Find<QPushButton>("DownButton");
+    scene.Key("ListFields", Qt::Key_Home);
+    QVERIFY(!up.isEnabled() && down.isEnabled());
+    scene.Tick("Title");
+    scene.Key("UpButton", Qt::Key_Space);
+    QCOMPARE(list.currentRow(), 0);
+    QCOMPARE(list.item(0)->text(), "    Title");
+    QCOMPARE(list.item(0)->checkState(), Qt::Checked);
+    QCOMPARE(list.item(1)->text(), "    Email Address");
+    QCOMPARE(list.item(1)->checkState(), Qt::Unchecked);
+    QVERIFY(!up.isEnabled() && down.isEnabled());
+    QCOMPARE(scene.form->focusWidget(), &list);  // not a button that can no longer be pressed
+    scene.Key("ListFields", Qt::Key_End);
+    QVERIFY(up.isEnabled() && !down.isEnabled());
+    scene.Press("RadioButton1");
+    QVERIFY(!up.isEnabled());
+  }
+
+  void browsingAsksAboutALockedFile() {
+    Scene scene;
+    scene.rig.AddGroup("Readers", {"a@x.org"});
+    scene.Open("Readers");
+    const auto file = scene.rig.folder.Write("locked.txt", "old");
+    using std::filesystem::perms;
+    std::filesystem::permissions(file, perms::owner_read);
+    auto& box = scene.Find<QLineEdit>("BrowseTextBox");
+    const QString asked = "save: Export Recipients | ask: The output file is locked./Would you like to unlock it now?";
+    scene.Press("BrowseButton");  // nothing is picked
+    QCOMPARE(scene.rig.Shown(), "save: Export Recipients");
+    scene.rig.prompts.files = {file};
+    scene.Press("BrowseButton");
+    QCOMPARE(scene.rig.Shown(), asked);
+    QCOMPARE(box.text(), "");
+    QVERIFY(scene.Status().contains("locked.txt is locked and was left as it is."));
+    box.setText(PathToQt(file));  // typed, it is not asked about, and not replaced
+    QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
+    QCOMPARE(test::ReadAll(file), "old");
+    box.clear();
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("BrowseButton");
+    QCOMPARE(scene.rig.Shown(), asked);
+    QCOMPARE(box.text(), PathToQt(file));
+    QCOMPARE(scene.Export(), "inform: 1 recipients exported successfully.");
+    QCOMPARE(test::ReadAll(file), "a@x.org\r\n");
+  }
+
+  void aFailureIsToldInTheStatusLine() {
+    Scene scene;
+    scene.OpenReady();
+    scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/at/all.txt");
+    QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
+    QVERIFY2(scene.Status().contains("/nowhere/at/all.txt"), qPrintable(scene.Status()));
+    scene.Find<QLineEdit>("BrowseTextBox").setText(PathToQt(scene.File()));
+    auto lock = recipients::OpenStore(scene.rig.folders.Database());
+    IgnoreErrors(lock->Execute("DELETE FROM [Groups]"));
+    QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
+    QVERIFY2(scene.Status().contains("There is no group “Readers”") || scene.Status().contains("no group \"Readers\""),
+             qPrintable(scene.Status()));
+    QVERIFY(!std::filesystem::exists(scene.File()));
+  }
+
+  void cancellingIsAskedAbout() {
+    Scene scene;
+    scene.OpenReady();
+    scene.AddMany(300'000);
+    scene.Press("ExportButton");
+    for (const char* name : {"GroupComboBox", "BrowseTextBox", "BrowseButton", "RadioButton1", "ExportButton"})
+      QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
+    scene.Press("CancelButton");  // answered with No
+    QCOMPARE(scene.rig.Shown(), kCancelQuestion);
+    QVERIFY(scene.form->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QTest::keyClick(scene.form.get(), Qt::Key_Escape);
+    QCOMPARE(scene.rig.Shown(), kCancelQuestion);
+    QTRY_VERIFY(!scene.form->isVisible());
+    QCOMPARE(scene.rig.Shown(), "");
+    QVERIFY(scene.Written().isEmpty() || scene.Written().endsWith("@x.org\r\n"));
+    QVERIFY(scene.Written().count('\n') < 300'002);
+    scene.Open();
+    scene.Press("CancelButton");
+    QVERIFY(!scene.form->isVisible());
+    QCOMPARE(scene.rig.Shown(), "");
+  }
+
+  void anExportThatEndsWhileItIsAskedAboutIsNotGivenUp() {
+    Scene scene;
+    scene.OpenReady();
+    scene.AddMany(50'000);
+    scene.Press("ExportButton");
+    scene.rig.prompts.meanwhile = [&] {
+      QVERIFY(QTest::qWaitFor([&] { return !scene.form->findChild<QTimer*>()->isActive(); }));
+    };
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("CancelButton");
+    QCOMPARE(scene.rig.Shown(), QString(kCancelQuestion) + " | inform: 50002 recipients exported successfully.");
+    QVERIFY(scene.form->isVisible());
+    QCOMPARE(scene.Written().count('\n'), 50'002);
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ExportFormTest)
+#include "export_form_test.moc"
