@@ -59,6 +59,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddAccountCommand(app, context);
   AddGroupCommand(app, context);
   AddRecipientCommand(app, context);
+  AddFindCommand(app, context);
   AddImportCommand(app, context);
   AddExportCommand(app, context);
   AddPreviewCommand(app, context);

@@ -8,6 +8,7 @@ namespace quillcast::cli {
 // `context` must outlive `app`, whose actions refer to it (OnRun).
 void AddGroupCommand(CLI::App& app, Context& context);
 void AddRecipientCommand(CLI::App& app, Context& context);
+void AddFindCommand(CLI::App& app, Context& context);
 void AddImportCommand(CLI::App& app, Context& context);
 void AddExportCommand(CLI::App& app, Context& context);
 void AddAccountCommand(CLI::App& app, Context& context);

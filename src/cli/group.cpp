@@ -4,6 +4,8 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/group_commands.h"
+#include "cli/store_command.h"
 #include "platform/text.h"
 #include "recipients/group_checks.h"
 #include "recipients/recipient_store.h"
@@ -16,18 +18,7 @@ using recipients::RecipientStore;
 struct GroupOptions {
   std::string name;
   std::string new_name;
-  bool yes = false;
 };
-
-// Gives an action the store of this user; a failure to make it ready ends the command.
-template <typename Action>
-int WithStore(Context& context, Action action) {
-  const auto folders = context.PreparedFolders();
-  if (!folders) return context.output.Fail(folders.error());
-  RecipientStore store(folders->Database(), {.cancel = &context.cancel});
-  const Result<int> done = action(store);
-  return done ? *done : context.output.Fail(done.error());
-}
 
 Result<int> ListGroups(Context& context, const RecipientStore& store) {
   const auto names = store.ListGroupNames();
@@ -63,13 +54,12 @@ Result<int> RenameGroup(Context& context, RecipientStore& store, const GroupOpti
 Result<int> DeleteGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
   const auto group = store.RequireGroup(options.name);
   if (!group) return group.error();
-  const std::string question = fmt::format("Are you sure you want to delete '{}'?", group->name);
-  if (!options.yes && context.prompts.Ask(question) != platform::Answer::kYes) {
-    return Error{Failure::kNotPermitted, "Nothing was deleted.", "`--yes` answers the question."};
-  }
-  if (const auto gone = store.DeleteGroup(group->name); !gone) return gone.error();
-  context.output.Line(fmt::format("Group \"{}\" and its recipients were deleted.", group->name));
-  context.output.Object({{"group", group->name}, {"done", "delete"}});
+  if (const auto asked = AskFirst(context, recipients::DeleteQuestion(group->name)); !asked) return asked.error();
+  const auto gone = recipients::DeleteWholeGroup(store, group->name);
+  if (!gone) return gone.error();
+  context.output.Line(fmt::format(
+      "Group \"{}\" and its recipients were deleted. `quillcast group undo` takes that back.", group->name));
+  context.output.Object({{"group", group->name}, {"done", "delete"}, {"recipients", *gone}});
   return 0;
 }
 
@@ -86,7 +76,8 @@ Result<int> CountGroup(Context& context, const RecipientStore& store, const Grou
 }  // namespace
 
 void AddGroupCommand(CLI::App& app, Context& context) {
-  CLI::App& group = *app.add_subcommand("group", "List, make, rename, delete and count groups of recipients");
+  CLI::App& group = *app.add_subcommand(
+      "group", "The groups of recipients: list, make, rename, delete, count, sort, merge, and more");
   group.require_subcommand(1);
   group.footer("Example: quillcast group new \"Readers 2026\"");
   const auto options = std::make_shared<GroupOptions>();
@@ -113,7 +104,6 @@ void AddGroupCommand(CLI::App& app, Context& context) {
 
   CLI::App& gone = *group.add_subcommand("delete", "Delete a group and all its recipients");
   gone.add_option("NAME", options->name, "The group")->required();
-  gone.add_flag("--yes", options->yes, "Do not ask");
   gone.footer("Example: quillcast group delete Readers --yes");
   OnRun(gone, context, [options](Context& ctx) {
     return WithStore(ctx, [&](RecipientStore& store) { return DeleteGroup(ctx, store, *options); });
@@ -125,6 +115,12 @@ void AddGroupCommand(CLI::App& app, Context& context) {
   OnRun(count, context, [options](Context& ctx) {
     return WithStore(ctx, [&](RecipientStore& store) { return CountGroup(ctx, store, *options); });
   });
+
+  AddGroupSort(group, context);
+  AddGroupMerge(group, context);
+  AddGroupCapitalise(group, context);
+  AddGroupDuplicates(group, context);
+  AddGroupUndo(group, context);
 }
 
 }  // namespace quillcast::cli

@@ -4,6 +4,8 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/recipient_commands.h"
+#include "cli/store_command.h"
 #include "platform/text.h"
 #include "recipients/group_checks.h"
 #include "recipients/recipient_store.h"
@@ -23,43 +25,19 @@ struct RecipientOptions {
   std::optional<std::string> email;
   std::vector<std::string> fields;  // "First Name=Ada"
   bool all_fields = false;
-  bool yes = false;
 };
 
-// The start that all four actions share: the store made ready and the group found.
+// The start that these actions share: the store made ready and the group found.
 template <typename Action>
 void OnGroup(CLI::App& command, Context& context, const std::shared_ptr<RecipientOptions>& options, Action action) {
   command.add_option("-g,--group", options->group, "The group")->required();
   OnRun(command, context, [options, action](Context& ctx) {
-    const auto folders = ctx.PreparedFolders();
-    if (!folders) return ctx.output.Fail(folders.error());
-    RecipientStore store(folders->Database(), {.cancel = &ctx.cancel});
-    const auto group = store.RequireGroup(options->group);
-    if (!group) return ctx.output.Fail(group.error());
-    const Result<int> done = action(ctx, store, *group, *options);
-    return done ? *done : ctx.output.Fail(done.error());
+    return WithStore(ctx, [&](RecipientStore& store) -> Result<int> {
+      const auto group = store.RequireGroup(options->group);
+      if (!group) return group.error();
+      return action(ctx, store, *group, *options);
+    });
   });
-}
-
-// Every field of the list that was asked for, also the empty ones: programs look for fixed names.
-nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
-  nlohmann::ordered_json object;
-  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
-    const bool always =
-        field == recipients::kEmail || field == recipients::kFirstName || field == recipients::kLastName;
-    if (always || all_fields) object[std::string(kFields[field].label)] = recipient.values[field];
-  }
-  return object;
-}
-
-std::vector<std::string> AsColumns(const Recipient& recipient, bool all_fields) {
-  const auto& values = recipient.values;
-  if (!all_fields) return {values[recipients::kEmail], values[recipients::kFirstName], values[recipients::kLastName]};
-  std::vector<std::string> columns = {values[recipients::kEmail]};
-  for (std::size_t field = 1; field < recipients::kFieldCount; ++field) {
-    if (!values[field].empty()) columns.push_back(fmt::format("{}={}", kFields[field].label, values[field]));
-  }
-  return columns;
 }
 
 Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& group,
@@ -68,11 +46,7 @@ Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& 
   auto cursor = store.ListRecipients(group.id, group.sort_sql, recipients::Reading::kCopy);
   if (!cursor) return cursor.error();
   const auto walked = Walk(*cursor, {}, nullptr, [&](const Recipient& recipient, std::int64_t) {
-    if (context.output.json) {
-      context.output.Object(AsObject(recipient, options.all_fields));
-    } else {
-      context.output.Columns(AsColumns(recipient, options.all_fields));
-    }
+    ShowRecipient(context, recipient, options.all_fields);
     return true;
   });
   if (!walked) return walked.error();
@@ -83,12 +57,7 @@ Result<void> SetFields(const std::vector<std::string>& fields, Recipient& recipi
   for (const std::string& text : fields) {
     const auto equals = text.find('=');
     const auto field = recipients::FieldOfLabel(platform::Trim(std::string_view(text).substr(0, equals)));
-    if (equals == std::string::npos || field == recipients::kFieldCount) {
-      std::string labels;
-      for (const auto& names : kFields) labels += fmt::format("{}\"{}\"", labels.empty() ? "" : ", ", names.label);
-      return Error{Failure::kUsage, Say("\"{}\" names no field.", platform::Printable(text, 100)),
-                   "Write it as in \"First Name=Ada\"; the fields are " + labels + "."};
-    }
+    if (equals == std::string::npos || field == recipients::kFieldCount) return NoSuchField(text, "First Name=Ada");
     recipient.values[field] = text.substr(equals + 1);
   }
   return {};
@@ -98,8 +67,7 @@ Result<StoredRecipient> Require(const RecipientStore& store, const RecipientGrou
   auto found = store.FindRecipient(group.id, address);
   if (!found) return found.error();
   if (*found) return **found;
-  return Error{Failure::kUsage, Say(R"(There is no recipient "{}" in the group "{}".)", address, group.name),
-               "`quillcast recipient list` shows those that are."};
+  return NoSuchRecipient(address, group.name);
 }
 
 int Tell(Context& context, const RecipientGroup& group, std::string_view address, const char* done) {
@@ -112,9 +80,9 @@ Result<int> Add(Context& context, RecipientStore& store, const RecipientGroup& g
   Recipient recipient;
   if (const auto set = SetFields(options.fields, recipient); !set) return set.error();
   if (options.email) recipient.values[recipients::kEmail] = *options.email;
-  const auto complaint = recipients::AddNewRecipient(store, group.id, recipient);
-  if (!complaint) return complaint.error();
-  if (*complaint) return context.output.Complain((*complaint)->message);
+  const auto entered = recipients::AddNewRecipient(store, group.id, recipient);
+  if (!entered) return entered.error();
+  if (entered->complaint) return context.output.Complain(entered->complaint->message);
   return Tell(context, group, recipient.email(), "added");
 }
 
@@ -125,29 +93,17 @@ Result<int> Modify(Context& context, RecipientStore& store, const RecipientGroup
   Recipient& recipient = stored->recipient;
   if (const auto set = SetFields(options.fields, recipient); !set) return set.error();
   if (options.email) recipient.values[recipients::kEmail] = *options.email;
-  const auto complaint = recipients::ChangeRecipient(store, group.id, stored->id, recipient);
-  if (!complaint) return complaint.error();
-  if (*complaint) return context.output.Complain((*complaint)->message);
+  const auto entered = recipients::ChangeRecipient(store, group.id, stored->id, recipient);
+  if (!entered) return entered.error();
+  if (entered->complaint) return context.output.Complain(entered->complaint->message);
   return Tell(context, group, recipient.email(), "modified");
-}
-
-Result<int> Delete(Context& context, RecipientStore& store, const RecipientGroup& group,
-                   const RecipientOptions& options) {
-  const auto stored = Require(store, group, options.address);
-  if (!stored) return stored.error();
-  const std::string& address = stored->recipient.email();
-  const std::string question = fmt::format("Are you sure you want to delete '{}'?", platform::Printable(address));
-  if (!options.yes && context.prompts.Ask(question) != platform::Answer::kYes) {
-    return Error{Failure::kNotPermitted, "Nothing was deleted.", "`--yes` answers the question."};
-  }
-  if (const auto gone = store.DeleteRecipient(stored->id); !gone) return gone.error();
-  return Tell(context, group, address, "deleted");
 }
 
 }  // namespace
 
 void AddRecipientCommand(CLI::App& app, Context& context) {
-  CLI::App& recipient = *app.add_subcommand("recipient", "List, add, modify and delete the recipients of a group");
+  CLI::App& recipient =
+      *app.add_subcommand("recipient", "The recipients of a group: list, add, modify, delete, move and copy");
   recipient.require_subcommand(1);
   recipient.footer("Example: quillcast recipient add --group Readers --email ada@example.org");
   const auto options = std::make_shared<RecipientOptions>();
@@ -171,11 +127,7 @@ void AddRecipientCommand(CLI::App& app, Context& context) {
   modify.footer("Example: quillcast recipient modify -g Readers ada@example.org -f \"City=St Albans\"");
   OnGroup(modify, context, options, Modify);
 
-  CLI::App& gone = *recipient.add_subcommand("delete", "Delete one recipient");
-  gone.add_option("ADDRESS", options->address, "The recipient")->required();
-  gone.add_flag("--yes", options->yes, "Do not ask");
-  gone.footer("Example: quillcast recipient delete -g Readers ada@example.org --yes");
-  OnGroup(gone, context, options, Delete);
+  AddRecipientEdits(recipient, context);
 }
 
 }  // namespace quillcast::cli

@@ -155,6 +155,8 @@ std::string_view Statement::Text(int column) const {
 
 std::int64_t Statement::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 
+bool Statement::IsNull(int column) const { return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL; }
+
 // A schema in a file is run by whoever opens it.
 void Database::SwitchOffForeignCode() {
   constexpr std::array<std::pair<int, int>, 4> kSwitches = {{{SQLITE_DBCONFIG_DEFENSIVE, 1},

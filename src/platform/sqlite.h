@@ -47,6 +47,7 @@ class Statement {
   std::string_view Text(int column) const;  // valid until the next Step or Reset; NULL reads as empty
   // 0 for NULL and for text that is no number.
   std::int64_t Int(int column) const;
+  bool IsNull(int column) const;
 
  private:
   std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement_;

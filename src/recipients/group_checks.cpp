@@ -1,15 +1,24 @@
 #include "recipients/group_checks.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/text.h"
 #include "recipients/check_email.h"
+#include "recipients/text_order.h"
 
 namespace quillcast::recipients {
 namespace {
 
-constexpr const char* kNoAddress = "Invalid email address.";
-constexpr const char* kAddressExists = "A recipient with the email you specified already exists.";
+const GroupComplaint kNoAddress{"Invalid email address.", GroupControl::kAddress};
+const GroupComplaint kAddressExists{"A recipient with the email you specified already exists.", GroupControl::kAddress};
+
+GridRow RowOf(std::int64_t id, const Recipient& recipient) {
+  return {.id = id,
+          .first_name = recipient.values[kFirstName],
+          .last_name = recipient.values[kLastName],
+          .email = recipient.email()};
+}
 
 std::optional<GroupComplaint> CheckBlanks(std::string_view name) {
   if (name.front() == ' ') return GroupComplaint{"Group name cannot begin with space.", GroupControl::kName};
@@ -40,6 +49,13 @@ bool IsGroupName(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) { return IsGroupNameKey(static_cast<unsigned char>(c)); });
 }
 
+std::string OnlyGroupNameKeys(std::string_view text) {
+  std::string kept;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(kept),
+               [](char c) { return IsGroupNameKey(static_cast<unsigned char>(c)); });
+  return kept;
+}
+
 Result<std::optional<GroupComplaint>> MakeGroup(RecipientStore& store, std::string_view name) {
   if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
   if (auto complaint = CheckKeys(name)) return complaint;
@@ -66,17 +82,37 @@ std::optional<GroupComplaint> CheckGroupNotEmpty(std::int64_t recipients) {
   return GroupComplaint{"The selected group does not contain any recipients."};
 }
 
-Result<std::optional<GroupComplaint>> AddNewRecipient(RecipientStore& store, std::int64_t group_id,
-                                                      const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return std::optional(GroupComplaint{kNoAddress, GroupControl::kAddress});
-  return TakenUnless(store.AddRecipientIfNew(group_id, recipient), {kAddressExists, GroupControl::kAddress});
+std::optional<GroupComplaint> CheckGroupsToImportTo(bool has_groups) {
+  if (has_groups) return {};
+  return GroupComplaint{"There is no group to import the data to."};
 }
 
-Result<std::optional<GroupComplaint>> ChangeRecipient(RecipientStore& store, std::int64_t group_id,
-                                                      std::int64_t recipient_id, const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return std::optional(GroupComplaint{kNoAddress, GroupControl::kAddress});
-  return TakenUnless(store.UpdateRecipientIfNew(group_id, recipient_id, recipient),
-                     {kAddressExists, GroupControl::kAddress});
+std::optional<GroupComplaint> CheckGroupsToExportFrom(bool has_groups) {
+  if (has_groups) return {};
+  return GroupComplaint{"There is no group to export the data from."};
+}
+
+std::optional<GroupComplaint> CheckOtherGroup(std::string_view from, std::string_view to) {
+  if (auto complaint = CheckGroupChosen(to)) return complaint;
+  if (CompareText(from, to) != 0) return {};
+  return GroupComplaint{"The recipients are in that group already. Choose another group.", GroupControl::kGroup};
+}
+
+Sentence DeleteQuestion(std::string_view what) { return Say("Are you sure you want to delete '{}'?", what); }
+
+Result<Entered> AddNewRecipient(RecipientStore& store, std::int64_t group_id, const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return Entered{kNoAddress};
+  const auto added = store.AddRecipientIfNew(group_id, recipient);
+  if (!added) return added.error();
+  return *added ? Entered{{}, RowOf(**added, recipient)} : Entered{kAddressExists};
+}
+
+Result<Entered> ChangeRecipient(RecipientStore& store, std::int64_t group_id, std::int64_t recipient_id,
+                                const Recipient& recipient) {
+  if (!CheckEmail(recipient.email())) return Entered{kNoAddress};
+  const auto changed = store.UpdateRecipientIfNew(group_id, recipient_id, recipient);
+  if (!changed) return changed.error();
+  return *changed ? Entered{{}, RowOf(recipient_id, recipient)} : Entered{kAddressExists};
 }
 
 }  // namespace quillcast::recipients

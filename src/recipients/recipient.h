@@ -55,7 +55,18 @@ struct Recipient {
 
 struct StoredRecipient {
   std::int64_t id = 0;
+  std::int64_t group_id = 0;
   Recipient recipient;
+};
+
+// A row of a grid of recipients.
+struct GridRow {
+  std::int64_t id = 0;
+  std::string first_name;
+  std::string last_name;
+  std::string email;
+
+  bool operator==(const GridRow&) const = default;
 };
 
 struct RecipientGroup {

@@ -1,75 +1,20 @@
 #include "recipients/recipient_store.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
 #include <array>
+#include <unordered_map>
 
 #include "recipients/store_connection.h"
+#include "recipients/store_rows.h"
 
 namespace quillcast::recipients {
 namespace {
 
 using platform::Database;
 
-template <std::size_t size>
-using List = std::array<std::string_view, size>;
-
-// The first of the eighteen columns in a "SELECT *": the two keys stand before it.
-constexpr int kFirstFieldColumn = 2;
 constexpr int kNameColumns = 3;
 
-Result<CatalogueStatement> Bound(Database& database, StatementId id, Values values, std::string_view extra = {}) {
-  auto statement = CatalogueStatement::Prepare(database, id, extra);
-  if (!statement) return statement;
-  if (const auto bound = statement->Bind(values); !bound) return bound.error();
-  return statement;
-}
-
-Result<void> RunOn(Database& database, StatementId id, Values values) {
-  auto statement = Bound(database, id, values);
-  if (!statement) return statement.error();
-  return statement->rows().Run();
-}
-
-Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
-  auto found = Bound(database, StatementId::kFindGroup, List<1>{name});
-  if (!found) return found.error();
-  const auto row = found->rows().Step();
-  if (!row) return row.error();
-  if (!*row) return std::optional<RecipientGroup>();
-  return std::optional<RecipientGroup>({.id = found->rows().Int(0),
-                                        .name = std::string(found->rows().Text(1)),
-                                        .sort_sql = std::string(found->rows().Text(2))});
-}
-
-StoredRecipient ReadWholeRow(const platform::Statement& row) {
-  StoredRecipient stored{.id = row.Int(0), .recipient = {}};
-  for (std::size_t field = 0; field < kFieldCount; ++field) {
-    stored.recipient.values[field] = row.Text(kFirstFieldColumn + static_cast<int>(field));
-  }
-  return stored;
-}
-
-Result<std::vector<StoredRecipient>> ReadWholeRows(platform::Statement& rows) {
-  std::vector<StoredRecipient> found;
-  for (;;) {
-    const auto row = rows.Step();
-    if (!row) return row.error();
-    if (!*row) return found;
-    found.push_back(ReadWholeRow(rows));
-  }
-}
-
-Error NoSuchGroup(std::string_view name) {
-  return {Failure::kUsage, Say("There is no group \"{}\".", name),
-          "`quillcast group list` shows the groups; `quillcast group new` makes one."};
-}
-
-List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipient) {
-  List<kFieldCount + 1> values{key};
-  std::copy(recipient.values.begin(), recipient.values.end(), values.begin() + 1);
-  return values;
+Error GroupGone() {
+  return {Failure::kUsage, "The group is no longer there.", "Another program has deleted it; choose another group."};
 }
 
 // Its rows were numbered as they were written, so the last number is their count.
@@ -80,11 +25,9 @@ Result<std::int64_t> SizeOfCopy(Database& database) {
   return row ? Result<std::int64_t>(last->Int(0)) : row.error();
 }
 
-// For the statement that has its key at the end.
-List<kFieldCount + 1> ValuesAndKey(std::string_view key, const Recipient& recipient) {
-  auto values = KeyAndValues(key, recipient);
-  std::rotate(values.begin(), values.begin() + 1, values.end());
-  return values;
+Result<bool> HasRow(Database& database, StatementId id, Values values) {
+  auto found = Bound(database, id, values);
+  return found ? found->rows().Step() : found.error();
 }
 
 Result<bool> IsGroupOn(Database& database, std::string_view name) {
@@ -93,7 +36,16 @@ Result<bool> IsGroupOn(Database& database, std::string_view name) {
   return group->has_value();
 }
 
+Result<bool> IsWritten(const Result<std::optional<std::int64_t>>& key) {
+  if (!key) return key.error();
+  return key->has_value();
+}
+
 }  // namespace
+
+Error RecipientGone() {
+  return {Failure::kUsage, "The recipient is no longer there.", "Another program has deleted it; add it anew."};
+}
 
 Result<bool> RecipientCursor::Next(Recipient& recipient) {
   auto row = rows_.Step();
@@ -115,12 +67,9 @@ Result<std::vector<std::string>> RecipientStore::ListGroupNames() const {
   auto statement = Bound(*database, StatementId::kGroupNames, {});
   if (!statement) return statement.error();
   std::vector<std::string> names;
-  for (;;) {
-    const auto row = statement->rows().Step();
-    if (!row) return row.error();
-    if (!*row) return names;
-    names.emplace_back(statement->rows().Text(0));
-  }
+  const auto read = ForEachRow(statement->rows(), [&] { return names.emplace_back(statement->rows().Text(0)), true; });
+  if (!read) return read.error();
+  return names;
 }
 
 Result<std::optional<RecipientGroup>> RecipientStore::FindGroup(std::string_view name) const {
@@ -130,10 +79,9 @@ Result<std::optional<RecipientGroup>> RecipientStore::FindGroup(std::string_view
 }
 
 Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const {
-  auto group = FindGroup(name);
-  if (!group) return group.error();
-  if (!*group) return NoSuchGroup(name);
-  return **group;
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  return RequireGroupOn(*database, name);
 }
 
 Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name) const {
@@ -145,11 +93,10 @@ Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name
   const std::string key = std::to_string((*group)->id);
   auto statement = Bound(*database, StatementId::kListAddresses, List<1>{key});
   if (!statement) return statement.error();
-  for (std::int64_t count = 0;; ++count) {
-    const auto row = statement->rows().Step();
-    if (!row) return row.error();
-    if (!*row) return count;
-  }
+  std::int64_t count = 0;
+  const auto read = ForEachRow(statement->rows(), [&] { return ++count, true; });
+  if (!read) return read.error();
+  return count;
 }
 
 Result<std::optional<StoredRecipient>> RecipientStore::FindRecipient(std::int64_t group_id,
@@ -162,92 +109,116 @@ Result<std::optional<StoredRecipient>> RecipientStore::FindRecipient(std::int64_
   const auto row = statement->rows().Step();
   if (!row) return row.error();
   if (!*row) return std::optional<StoredRecipient>();
-  return std::optional(ReadWholeRow(statement->rows()));
+  return std::optional(ReadRecipient(statement->rows()));
 }
 
-Result<void> RecipientStore::RunAlone(StatementId id, Values values) {
-  auto database = OpenStore(file_, patience_);
-  if (!database) return database.error();
-  return RunOn(*database, id, values);
-}
-
-Result<bool> RecipientStore::RunUnless(const std::function<Result<bool>(Database&)>& is_there, StatementId id,
-                                       Values values) {
+Result<std::optional<std::int64_t>> RecipientStore::RunUnless(const std::function<Result<bool>(Database&)>& is_there,
+                                                              StatementId id, Values values) {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
-  auto there = is_there(*database);
-  if (!there) return there;
-  if (*there) return false;
+  const auto there = is_there(*database);
+  if (!there) return there.error();
+  if (*there) return std::optional<std::int64_t>();
   if (const auto done = RunOn(*database, id, values); !done) return done.error();
   if (const auto done = transaction->Commit(); !done) return done.error();
-  return true;
+  return std::optional(database->LastInsertId());
 }
 
 Result<bool> RecipientStore::CreateGroupIfFree(std::string_view name) {
-  return RunUnless([&](Database& database) { return IsGroupOn(database, name); }, StatementId::kCreateGroup,
-                   List<1>{name});
+  return IsWritten(RunUnless([&](Database& database) { return IsGroupOn(database, name); }, StatementId::kCreateGroup,
+                             List<1>{name}));
 }
 
 Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::string_view new_name) {
-  return RunUnless([&](Database& database) { return IsGroupOn(database, new_name); }, StatementId::kRenameGroup,
-                   List<2>{new_name, old_name});
+  const auto is_taken = [&](Database& database) -> Result<bool> {
+    if (const auto old = RequireGroupOn(database, old_name); !old) return old.error();
+    return IsGroupOn(database, new_name);
+  };
+  return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
 }
 
-Result<bool> RecipientStore::AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient) {
+Result<std::optional<std::int64_t>> RecipientStore::AddRecipientIfNew(std::int64_t group_id,
+                                                                      const Recipient& recipient) {
   const std::string key = std::to_string(group_id);
-  return RunUnless(
-      [&](Database& database) -> Result<bool> {
-        auto found = Bound(database, StatementId::kFindDuplicate, List<2>{key, recipient.email()});
-        return found ? found->rows().Step() : found.error();
-      },
-      StatementId::kAddRecipient, KeyAndValues(key, recipient));
+  const auto is_taken = [&](Database& database) -> Result<bool> {
+    auto has_group = HasRow(database, StatementId::kGroupOfKey, List<1>{key});
+    if (!has_group) return has_group;
+    if (!*has_group) return GroupGone();
+    return HasRow(database, StatementId::kFindDuplicate, List<2>{key, recipient.email()});
+  };
+  return RunUnless(is_taken, StatementId::kAddRecipient, KeyAndValues(key, recipient));
 }
 
 Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id,
                                                   const Recipient& recipient) {
   const std::string group_key = std::to_string(group_id);
   const std::string key = std::to_string(recipient_id);
-  return RunUnless(
-      [&](Database& database) -> Result<bool> {
-        auto found = Bound(database, StatementId::kFindRecipient, List<2>{group_key, recipient.email()});
-        if (!found) return found.error();
-        const auto row = found->rows().Step();
-        if (!row) return row.error();
-        return *row && found->rows().Int(0) != recipient_id;
-      },
-      StatementId::kUpdateRecipient, ValuesAndKey(key, recipient));
+  const auto is_taken = [&](Database& database) -> Result<bool> {
+    auto is_there = HasRow(database, StatementId::kRowOfKey, List<1>{key});
+    if (!is_there) return is_there;
+    if (!*is_there) return RecipientGone();
+    auto found = Bound(database, StatementId::kFindRecipient, List<2>{group_key, recipient.email()});
+    if (!found) return found.error();
+    const auto row = found->rows().Step();
+    if (!row) return row.error();
+    return *row && found->rows().Int(0) != recipient_id;
+  };
+  return IsWritten(RunUnless(is_taken, StatementId::kUpdateRecipient, ValuesAndKey(key, recipient)));
 }
 
-Result<void> RecipientStore::DeleteRecipient(std::int64_t recipient_id) {
-  const std::string key = std::to_string(recipient_id);
-  return RunAlone(StatementId::kDeleteRecipient, List<1>{key});
-}
-
-Result<void> RecipientStore::DeleteFoundRecipient(std::int64_t recipient_id) {
-  const std::string key = std::to_string(recipient_id);
-  IgnoreErrors(RunAlone(StatementId::kFailingSelect, List<1>{key}));
-  return DeleteRecipient(recipient_id);
-}
-
-Result<void> RecipientStore::DeleteGroup(std::string_view name) {
+Result<std::vector<std::int64_t>> RecipientStore::ListKeys(std::int64_t group_id, std::string_view sort_sql,
+                                                           const std::function<void(std::int64_t)>& on_read) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  auto transaction = platform::Transaction::Begin(*database);
-  if (!transaction) return transaction.error();
-  const auto group = FindGroupOn(*database, name);
-  if (!group) return group.error();
-  if (!*group) return NoSuchGroup(name);
-  const std::string key = std::to_string((*group)->id);
-  if (auto gone = RunOn(*database, StatementId::kDeleteGroup, List<1>{name}); !gone) return gone;
-  const auto gone = RunOn(*database, StatementId::kDeleteGroupRecipients, List<1>{key});
-  return gone ? transaction->Commit() : gone;
+  return ReadKeys(*database, group_id, sort_sql, on_read);
 }
 
-Result<void> RecipientStore::SetSort(std::int64_t group_id, std::string_view sort_sql) {
+template <typename Row>
+Result<std::vector<Row>> RecipientStore::ReadByKey(StatementId id, std::span<const std::int64_t> keys,
+                                                   Row (*read)(const platform::Statement&)) const {
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  auto statement = CatalogueStatement::Prepare(*database, id);
+  if (!statement) return statement.error();
+  std::vector<Row> rows(keys.size());
+  std::unordered_map<std::int64_t, std::size_t> places;
+  for (std::size_t at = 0; at < keys.size(); ++at) places.emplace(keys[at], at);
+  const auto done =
+      ForEachOfKeys(*statement, keys, [&](const platform::Statement& row) { rows[places[row.Int(0)]] = read(row); });
+  if (!done) return done.error();
+  return rows;
+}
+
+Result<std::vector<GridRow>> RecipientStore::RowsOfKeys(std::span<const std::int64_t> keys) const {
+  return ReadByKey<GridRow>(StatementId::kNamesOfKeys, keys, [](const platform::Statement& row) {
+    return GridRow{.id = row.Int(0),
+                   .first_name = std::string(row.Text(2)),
+                   .last_name = std::string(row.Text(3)),
+                   .email = std::string(row.Text(1))};
+  });
+}
+
+Result<std::vector<StoredRecipient>> RecipientStore::RecipientsOfKeys(std::span<const std::int64_t> keys) const {
+  return ReadByKey<StoredRecipient>(StatementId::kRowsOfKeys, keys, ReadRecipient);
+}
+
+Result<std::vector<std::int64_t>> RecipientStore::KeysOfAddresses(std::int64_t group_id,
+                                                                  std::span<const std::string> addresses) const {
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  auto statement = CatalogueStatement::Prepare(*database, StatementId::kFindRecipient);
+  if (!statement) return statement.error();
   const std::string key = std::to_string(group_id);
-  return RunAlone(StatementId::kSetSort, List<2>{sort_sql, key});
+  std::vector<std::int64_t> keys;
+  for (const std::string& address : addresses) {
+    if (const auto bound = statement->Bind(List<2>{key, address}); !bound) return bound.error();
+    const auto row = statement->rows().Step();
+    if (!row) return row.error();
+    keys.push_back(*row ? statement->rows().Int(0) : 0);
+  }
+  return keys;
 }
 
 Result<RecipientCursor> RecipientStore::ListRecipients(std::int64_t group_id, std::string_view sort_sql,
@@ -284,19 +255,6 @@ Result<RecipientCursor> RecipientStore::ListNames(std::int64_t group_id, std::st
   auto rows = Bound(*database, StatementId::kListNames, List<1>{key}, sort_sql);
   if (!rows) return rows.error();
   return RecipientCursor(std::move(*database), std::move(rows->rows()), kNameColumns);
-}
-
-Result<std::vector<StoredRecipient>> RecipientStore::Find(std::int64_t group_id, std::size_t field,
-                                                          Comparison comparison, std::string_view term) const {
-  constexpr std::array kIds = {StatementId::kFindEqual, StatementId::kFindContaining, StatementId::kFindStarting,
-                               StatementId::kFindEnding};
-  auto database = OpenStore(file_, patience_);
-  if (!database) return database.error();
-  const std::string key = std::to_string(group_id);
-  auto statement =
-      Bound(*database, kIds[static_cast<std::size_t>(comparison)], List<2>{key, term}, kFields[field].search_column);
-  if (!statement) return statement.error();
-  return ReadWholeRows(statement->rows());
 }
 
 }  // namespace quillcast::recipients

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,6 @@
 #include "recipients/statements.h"
 
 namespace quillcast::recipients {
-
-enum class Comparison : std::uint8_t { kEquals, kContains, kStartsWith, kEndsWith };
 
 // kLive reads from the store while it is walked through, and holds up writers meanwhile. kCopy first copies the rows
 // to a private file on disk: for walks that take long, as a sending run does; what is changed later is not seen, and a
@@ -42,11 +41,15 @@ class RecipientCursor final : public RowSource {
   std::optional<std::int64_t> size_;
 };
 
+// Why a recipient that a dialog or a grid holds the key of cannot be read or written any more.
+Error RecipientGone();
+
 class RecipientStore {
  public:
   explicit RecipientStore(std::filesystem::path file, const platform::LockPatience& patience = {})
       : file_(std::move(file)), patience_(patience) {}
   const std::filesystem::path& file() const { return file_; }
+  const platform::LockPatience& patience() const { return patience_; }
 
   // The names in the order in which the groups were made.
   Result<std::vector<std::string>> ListGroupNames() const;
@@ -63,16 +66,10 @@ class RecipientStore {
   // when the name or the address is taken. The checks on what a person typed come before: see group_checks.h.
   Result<bool> CreateGroupIfFree(std::string_view name);
   Result<bool> RenameGroupIfFree(std::string_view old_name, std::string_view new_name);
-  Result<bool> AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient);
+  // The key of the new recipient; nothing when the address is taken. Fails with kUsage where the group is gone.
+  Result<std::optional<std::int64_t>> AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient);
+  // Fails with kUsage where the recipient is gone.
   Result<bool> UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id, const Recipient& recipient);
-
-  Result<void> DeleteRecipient(std::int64_t recipient_id);
-  // The delete of the search's results: a statement that is known to fail goes before the one that deletes.
-  Result<void> DeleteFoundRecipient(std::int64_t recipient_id);
-
-  // The group and all its recipients, or neither.
-  Result<void> DeleteGroup(std::string_view name);
-  Result<void> SetSort(std::int64_t group_id, std::string_view sort_sql);
 
   // Every field of every recipient. `sort_sql` as the group has it; what is no list of columns fails with kBadData.
   Result<RecipientCursor> ListRecipients(std::int64_t group_id, std::string_view sort_sql,
@@ -80,17 +77,27 @@ class RecipientStore {
   // The same with address, first and last name alone; the other fields stay empty.
   Result<RecipientCursor> ListNames(std::int64_t group_id, std::string_view sort_sql) const;
 
-  // The recipients whose field compares so with the term; "%" and "_" in it are wildcards except with kEquals.
-  // `field` is a position in kFields. A search in the two address lines fails: their search columns do not exist.
-  Result<std::vector<StoredRecipient>> Find(std::int64_t group_id, std::size_t field, Comparison comparison,
-                                            std::string_view term) const;
+  // The keys of the group's recipients in the order of the list: what a grid keeps, eight bytes a row. `on_read` hears
+  // now and then how many there are so far.
+  Result<std::vector<std::int64_t>> ListKeys(std::int64_t group_id, std::string_view sort_sql,
+                                             const std::function<void(std::int64_t)>& on_read = {}) const;
+  // What a grid shows of them, in the order of `keys`; what is no longer there has the key 0 and no texts.
+  Result<std::vector<GridRow>> RowsOfKeys(std::span<const std::int64_t> keys) const;
+  // The same with all their fields.
+  Result<std::vector<StoredRecipient>> RecipientsOfKeys(std::span<const std::int64_t> keys) const;
+  // The keys of the recipients with these addresses, in their order; 0 where there is none.
+  Result<std::vector<std::int64_t>> KeysOfAddresses(std::int64_t group_id,
+                                                    std::span<const std::string> addresses) const;
 
  private:
-  // Runs one statement that gives no rows, on a connection of its own.
-  Result<void> RunAlone(StatementId id, Values values);
-  // The same unless the thing is there already.
-  Result<bool> RunUnless(const std::function<Result<bool>(platform::Database&)>& is_there, StatementId id,
-                         Values values);
+  // Rows in the order of their keys; one that is gone is as `read` never made it.
+  template <typename Row>
+  Result<std::vector<Row>> ReadByKey(StatementId id, std::span<const std::int64_t> keys,
+                                     Row (*read)(const platform::Statement&)) const;
+  // Runs one statement that gives no rows, on a connection of its own, unless the thing is there already; the key of
+  // what was inserted, or any.
+  Result<std::optional<std::int64_t>> RunUnless(const std::function<Result<bool>(platform::Database&)>& is_there,
+                                                StatementId id, Values values);
 
   std::filesystem::path file_;
   platform::LockPatience patience_;

@@ -1,20 +1,12 @@
-// The rows of the statement catalogue, private to it.
+// The rows of the statement catalogue for the commands that are given, private to it.
 //
 // <key> is a decimal key, <value> a text whose apostrophes are doubled, <name> a group's name, never escaped, <column>
 // a column, <sort> an optional ORDER BY. A slot inside quotes takes the whole quoted text, its blank or "%" included.
 #pragma once
 
-#include <string_view>
-
-#include "recipients/statements.h"
+#include "recipients/statement_row.h"
 
 namespace quillcast::recipients {
-
-struct StatementRow {
-  StatementId id;
-  std::string_view text;
-  bool in_natural_order;  // run with ORDER BY [ID], so that an index cannot change the order of the rows
-};
 
 inline constexpr StatementRow kStatements[] = {
     {StatementId::kGroupNames, "SELECT [GroupName] FROM [Groups]", true},

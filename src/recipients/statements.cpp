@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <span>
 
 #include "platform/text.h"
-#include "recipients/recipient.h"
+#include "recipients/own_statement_table.h"
+#include "recipients/sort_order.h"
 #include "recipients/statement_table.h"
 
 namespace quillcast::recipients {
@@ -16,13 +18,16 @@ namespace {
 constexpr std::string_view kOrderBy = " ORDER BY ";
 
 const StatementRow& RowOf(StatementId id) {
-  return *std::find_if(std::begin(kStatements), std::end(kStatements),
-                       [id](const StatementRow& row) { return row.id == id; });
+  const auto has_id = [id](const StatementRow& row) { return row.id == id; };
+  const auto* const given = std::find_if(std::begin(kStatements), std::end(kStatements), has_id);
+  if (given != std::end(kStatements)) return *given;
+  return *std::find_if(std::begin(kOwnStatements), std::end(kOwnStatements), has_id);
 }
 
-enum class Slot : std::uint8_t { kNone, kKey, kValue, kName, kColumn, kSort };
+enum class Slot : std::uint8_t { kNone, kKey, kKeys, kValue, kName, kColumn, kSort };
 
-constexpr std::array<std::pair<std::string_view, Slot>, 5> kSlots = {{{"key", Slot::kKey},
+constexpr std::array<std::pair<std::string_view, Slot>, 6> kSlots = {{{"key", Slot::kKey},
+                                                                      {"keys", Slot::kKeys},
                                                                       {"value", Slot::kValue},
                                                                       {"name", Slot::kName},
                                                                       {"column", Slot::kColumn},
@@ -69,38 +74,7 @@ Piece TakePiece(std::string_view& text) {
   return piece;
 }
 
-Error NotASort(std::string_view sort_sql) {
-  return {Failure::kBadData, Say("\"{}\" is no list of columns to sort by.", platform::Printable(sort_sql, 200)),
-          "Name columns as in \"[G-LastName], [G-FirstName] DESC\"."};
-}
-
-// The column of a name with or without brackets; empty when it is none.
-std::string_view SortColumn(std::string_view name) {
-  if (name.size() > 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
-  for (const std::string_view key : {std::string_view("ID"), std::string_view("G-ID")}) {
-    if (platform::EqualsIgnoringAsciiCase(key, name)) return key;
-  }
-  for (const FieldNames& field : kFields) {
-    if (platform::EqualsIgnoringAsciiCase(field.column, name)) return field.column;
-  }
-  return {};
-}
-
 }  // namespace
-
-Result<std::string> OrderByOf(std::string_view sort_sql) {
-  std::string order(kOrderBy);
-  for (const std::string_view raw : platform::Split(sort_sql, ',')) {
-    const std::string_view item = platform::Trim(raw);
-    const auto end = item.find_first_of(" \t");
-    const std::string_view column = SortColumn(item.substr(0, end));
-    const std::string direction =
-        platform::AsciiUpper(end == std::string_view::npos ? "ASC" : platform::Trim(item.substr(end)));
-    if (column.empty() || (direction != "ASC" && direction != "DESC")) return NotASort(sort_sql);
-    order += fmt::format("[{}] {}, ", column, direction);
-  }
-  return order + "[ID]";
-}
 
 std::string IssuedText(StatementId id, Values values, std::string_view extra) {
   std::string out;
@@ -114,6 +88,9 @@ std::string IssuedText(StatementId id, Values values, std::string_view extra) {
       out += extra;
     } else if (piece.slot == Slot::kSort) {
       if (!extra.empty()) out.append(kOrderBy).append(extra);
+    } else if (piece.slot == Slot::kKeys) {
+      out += fmt::format("{}", fmt::join(values.subspan(next), ", "));
+      next = values.size();
     } else {
       const std::string_view value = values[next++];
       const std::string spliced =
@@ -149,6 +126,11 @@ Result<CatalogueStatement> CatalogueStatement::PrepareAfter(std::string_view bef
       if (!order) return order.error();
       sql += *order;
       sorted = true;
+    } else if (piece.slot == Slot::kKeys) {
+      for (std::size_t at = 0; at < kKeysAtOnce; ++at) {
+        sql += at == 0 ? "?" : ",?";
+        parameters.push_back({.before = {}, .after = {}, .is_number = true, .is_name = false});
+      }
     } else {
       sql += '?';
       parameters.push_back(
@@ -166,6 +148,10 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
   for (std::size_t at = 0; at < parameters_.size(); ++at) {
     const Parameter& parameter = parameters_[at];
     const int position = static_cast<int>(at) + 1;
+    if (at >= values.size()) {  // one of several keys, of which there are fewer: no row has the key 0
+      if (auto bound = statement_.Bind(position, std::int64_t{0}); !bound) return bound;
+      continue;
+    }
     if (parameter.is_name && values[at].find('\'') != std::string_view::npos) {
       return Error{Failure::kUsage, Say("The group name \"{}\" holds an apostrophe.", values[at]),
                    "Group names hold letters, digits, blanks and \"-\"."};
@@ -181,7 +167,7 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
       scratch_.assign(parameter.before).append(values[at]).append(parameter.after);
       return statement_.Bind(position, scratch_);
     };
-    if (const auto bound = bind(); !bound) return bound;
+    if (auto bound = bind(); !bound) return bound;
   }
   return {};
 }

@@ -36,7 +36,41 @@ enum class StatementId : std::uint8_t {
   kFindStarting,           // group key, term; column
   kFindEnding,             // group key, term; column
   kSetSort,                // sort text, group key
+
+  // Our own.
+  kGroupsAndKeys,     // no values
+  kGroupOfKey,        // group key
+  kListKeys,          // group key; sort text
+  kListSortTexts,     // group key; columns
+  kNamesOfKeys,       // recipient keys
+  kRowsOfKeys,        // recipient keys
+  kRowOfKey,          // recipient key
+  kListRows,          // group key
+  kListEntries,       // group key
+  kEntriesOfKeys,     // recipient keys
+  kEntriesHolding,    // text
+  kMakeUndoStep,      // no values
+  kMakeUndoGroups,    // no values
+  kMakeUndoEmails,    // no values
+  kHasUndo,           // no values
+  kForgetUndoStep,    // no values
+  kForgetUndoGroups,  // no values
+  kForgetUndoEmails,  // no values
+  kKeepUndoStep,      // kind, group name, other group's name, rows
+  kKeepGroup,         // what it becomes, group key
+  kKeepGroupRows,     // group key
+  kKeepRow,           // what it becomes, 1 when it has a twin, recipient key
+  kKeepNewRow,        // recipient key, what it becomes
+  kUndoStep,          // no values
+  kUndoGroups,        // no values
+  kUndoRows,          // no values
+  kUndoRowOfKey,      // recipient key
+  kPutGroupBack,      // group key
+  kPutRowBack,        // recipient key
 };
+
+// The most keys that a statement takes which is given several.
+inline constexpr std::size_t kKeysAtOnce = 100;
 
 using Values = std::span<const std::string_view>;
 
@@ -77,9 +111,5 @@ class CatalogueStatement {
   std::vector<Parameter> parameters_;
   std::string scratch_;
 };
-
-// The sort text of a group as a statement takes it: columns of a recipient, in brackets or not, each with ASC or DESC
-// or neither, separated by commas; equal rows keep their natural order. kBadData for anything else.
-Result<std::string> OrderByOf(std::string_view sort_sql);
 
 }  // namespace quillcast::recipients

@@ -58,6 +58,16 @@ std::string_view WithoutTrailingBlanks(std::string_view text) {
   return text;
 }
 
+// Goes over what cannot begin the rest of a pattern, as far as that can be told by single bytes: a few characters
+// beyond ASCII fold to one of ASCII.
+void SkipWhatCannotFit(std::string_view pattern, std::string_view& text) {
+  if (pattern.empty() || pattern[0] == '%' || pattern[0] == '_' || !IsAsciiByte(pattern[0])) return;
+  const std::uint8_t wanted = FoldAscii(pattern[0]);
+  std::size_t at = 0;
+  while (at < text.size() && IsAsciiByte(text[at]) && FoldAscii(text[at]) != wanted) ++at;
+  text.remove_prefix(at);
+}
+
 }  // namespace
 
 int CompareText(std::string_view a, std::string_view b) {
@@ -79,6 +89,29 @@ int CompareText(std::string_view a, std::string_view b) {
   return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
 }
 
+// 0 ends a text, and stands alone for none; 1 goes before 0 where the text is empty, and before an octet below 2.
+void AppendSortOctets(std::string& out, const std::optional<std::string_view>& text) {
+  constexpr char kEnd = 0;
+  constexpr char kEscape = 1;
+  if (text) {
+    std::string_view rest = WithoutTrailingBlanks(*text);
+    if (rest.empty()) out += kEscape;
+    while (!rest.empty()) {
+      const char32_t code = TakeFolded(rest);
+      if (code < 2) {
+        out += {kEscape, static_cast<char>(code + 1)};
+      } else if (code < 0x80) {
+        out += static_cast<char>(code);
+      } else if (code < kBehindUnicode) {
+        platform::AppendUtf8(out, code);
+      } else {
+        out += {static_cast<char>(0xFF), static_cast<char>(code - kBehindUnicode)};
+      }
+    }
+  }
+  out += kEnd;
+}
+
 std::uint64_t HashText(std::string_view text) {
   constexpr std::uint64_t kOffset = 0xCBF29CE484222325;
   constexpr std::uint64_t kPrime = 0x100000001B3;
@@ -91,6 +124,13 @@ std::uint64_t HashText(std::string_view text) {
   return hash ^ (hash >> 29);
 }
 
+bool BeginsWith(std::string_view text, std::string_view beginning) {
+  while (!beginning.empty()) {
+    if (text.empty() || TakeFolded(text) != TakeFolded(beginning)) return false;
+  }
+  return true;
+}
+
 bool LikeText(std::string_view pattern, std::string_view text) {
   // After a "%" the shortest run is tried first. Only the last "%" can be wrong about its run, so one place to go back
   // to is enough.
@@ -101,6 +141,7 @@ bool LikeText(std::string_view pattern, std::string_view text) {
     if (!pattern.empty() && pattern[0] == '%') {
       pattern.remove_prefix(1);
       seen_run = true;
+      SkipWhatCannotFit(pattern, text);
       pattern_after_run = pattern;
       text_after_run = text;
       continue;
@@ -118,6 +159,7 @@ bool LikeText(std::string_view pattern, std::string_view text) {
     }
     if (!seen_run) return false;
     TakeFolded(text_after_run);
+    SkipWhatCannotFit(pattern_after_run, text_after_run);
     text = text_after_run;
     pattern = pattern_after_run;
   }

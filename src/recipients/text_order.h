@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace quillcast::recipients {
@@ -14,8 +16,15 @@ inline constexpr const char* kCollation = "QUILLCAST";
 // stands for itself, behind every code point. Blanks (U+0020) at the end do not count.
 int CompareText(std::string_view a, std::string_view b);
 
+// Appends octets that tell the place of a text among others when they are compared one by one: as CompareText orders
+// them, and none before all. What is appended for one text is never the beginning of what is for another.
+void AppendSortOctets(std::string& out, const std::optional<std::string_view>& text);
+
 // Texts that CompareText finds equal have the same hash.
 std::uint64_t HashText(std::string_view text);
+
+// Whether a text begins so, in any case.
+bool BeginsWith(std::string_view text, std::string_view beginning);
 
 // Whether the whole text fits the pattern: "%" is any run of characters, "_" any one, the rest itself in any case.
 // Time is at most the product of both lengths; no recursion.

@@ -1,4 +1,5 @@
 """The command without a command: its window where it can be had, else the reason in one line and the help."""
+import collections
 import os
 import re
 import shutil
@@ -36,7 +37,9 @@ class Start(Case):
         """Every option stands where its command is told of; those of a message, once for all who make one."""
         page = Path(__file__).parents[2] / "docs" / "quillcast.1"
         text = re.sub(r"\\f[RBI]", "", page.read_text()).replace("\\-", "-")
-        told = dict(re.findall(r"^\.B (\w+)(.*?)(?=^\.TP|^\.SH)", text, re.M | re.S))
+        told = collections.defaultdict(str)
+        for command, topic in re.findall(r"^\.B (\w+)(.*?)(?=^\.TP|^\.SH)", text, re.M | re.S):
+            told[command] += topic
         told["preview"] += told["send"]
         told[""] = text[text.index(".SH OPTIONS"):]
 

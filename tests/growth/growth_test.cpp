@@ -34,7 +34,7 @@
 #include "recipients/import/address_harvest.h"
 #include "recipients/import/import_mapping.h"
 #include "recipients/import/line_reader.h"
-#include "recipients/statements.h"
+#include "recipients/sort_order.h"
 #include "recipients/text_order.h"
 #include "smtp/capabilities.h"
 #include "smtp/client/client_session.h"

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "recipients/sort_order.h"
+
 namespace quillcast::recipients {
 namespace {
 
@@ -94,28 +96,36 @@ TEST(Statements, AreIssuedToTheLetter) {
   }
 }
 
+TEST(Statements, OfOurOwnTakeSeveralKeys) {
+  EXPECT_EQ(IssuedText(StatementId::kNamesOfKeys, std::vector<std::string_view>{"7", "9"}),
+            "SELECT [ID], [G-Email], [G-FirstName], [G-LastName] FROM [Emails] WHERE ([ID] IN (7, 9))");
+}
+
 TEST(Statements, TakeOnlyColumnsToSortBy) {
   struct Case {
     const char* sort;
     const char* order;  // nullptr: refused
+    const char* text;   // as a picked order writes it
   };
   for (const Case& c : std::initializer_list<Case>{
-           {"[G-LastName]", " ORDER BY [G-LastName] ASC, [ID]"},
-           {"g-lastname desc , [G-FirstName]  Asc", " ORDER BY [G-LastName] DESC, [G-FirstName] ASC, [ID]"},
-           {"ID DESC", " ORDER BY [ID] DESC, [ID]"},
-           {"[G-City", nullptr},
-           {"[G-Address 1]", nullptr},
-           {"G-City,", nullptr},
-           {"G-City up", nullptr},
-           {"G-City; DROP TABLE [Emails]", nullptr},
-           {"(SELECT 1)", nullptr},
-           {"1", nullptr}}) {
+           {"[G-LastName]", " ORDER BY [G-LastName] ASC, [ID]", "[G-LastName]"},
+           {"g-lastname desc , [G-FirstName]  Asc", " ORDER BY [G-LastName] DESC, [G-FirstName] ASC, [ID]",
+            "[G-LastName] DESC, [G-FirstName]"},
+           {"ID DESC", " ORDER BY [ID] DESC, [ID]", "[ID] DESC"},
+           {"[G-City", nullptr, ""},
+           {"[G-Address 1]", nullptr, ""},
+           {"G-City,", nullptr, ""},
+           {"G-City up", nullptr, ""},
+           {"G-City; DROP TABLE [Emails]", nullptr, ""},
+           {"(SELECT 1)", nullptr, ""},
+           {"1", nullptr, ""}}) {
     const auto order = OrderByOf(c.sort);
     ASSERT_EQ(bool(order), c.order != nullptr) << c.sort;
-    if (order) {
-      EXPECT_EQ(*order, c.order);
-    }
+    if (!order) continue;
+    EXPECT_EQ(*order, c.order);
+    EXPECT_EQ(SortTextOf(*SortKeysOf(c.sort)), c.text);
   }
+  EXPECT_TRUE(SortKeysOf("")->empty());
 }
 
 }  // namespace

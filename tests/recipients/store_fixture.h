@@ -34,6 +34,14 @@ class StoreTest : public testing::Test {
     recipient.values[kEmail] = address;
     EXPECT_TRUE(*store().AddRecipientIfNew(group, recipient)) << address;
   }
+  // "n1@x.org", "n2@x.org", ... with the first name "ada".
+  void Fill(std::int64_t group, int count) {
+    const std::string sql = "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < " +
+                            std::to_string(count) +
+                            ") INSERT INTO [Emails] ([G-ID], [G-Email], [G-FirstName]) SELECT " +
+                            std::to_string(group) + ", 'n' || x || '@x.org', 'ada' FROM [n]";
+    EXPECT_TRUE(OpenStore(store().file())->Execute(sql.c_str()));
+  }
   std::filesystem::path NewFile(const char* name, std::string_view content) {
     std::ofstream(folder_ / name, std::ios::binary) << content;
     return folder_ / name;

@@ -9,6 +9,14 @@
 namespace quillcast::recipients {
 namespace {
 
+int Sign(int value) { return (value > 0) - (value < 0); }
+
+std::string Octets(const std::optional<std::string_view>& text) {
+  std::string octets;
+  AppendSortOctets(octets, text);
+  return octets;
+}
+
 TEST(TextOrder, FoldsCaseAndIgnoresBlanksAtTheEnd) {
   struct Case {
     const char* a;
@@ -37,9 +45,8 @@ TEST(TextOrder, FoldsCaseAndIgnoresBlanksAtTheEnd) {
                                                    {"\xFF", "\xFF", 0},
                                                    {"\xFE", "\xFF", -1},
                                                    {"\xFF", "\xF0\x9F\x98\x80", 1}}) {
-    const auto sign = [](int value) { return (value > 0) - (value < 0); };
-    EXPECT_EQ(sign(CompareText(c.a, c.b)), c.order) << c.a << " and " << c.b;
-    EXPECT_EQ(sign(CompareText(c.b, c.a)), -c.order) << c.b << " and " << c.a;
+    EXPECT_EQ(Sign(CompareText(c.a, c.b)), c.order) << c.a << " and " << c.b;
+    EXPECT_EQ(Sign(CompareText(c.b, c.a)), -c.order) << c.b << " and " << c.a;
     if (c.order == 0) {
       EXPECT_EQ(HashText(c.a), HashText(c.b)) << c.a << " and " << c.b;
     }
@@ -49,7 +56,7 @@ TEST(TextOrder, FoldsCaseAndIgnoresBlanksAtTheEnd) {
 // An index is only as good as the order is total: equal hashes for equals, and no cycle among three.
 TEST(TextOrder, IsATotalOrderOnAnyBytes) {
   std::mt19937 random(11);
-  const std::string letters("aAkK \xC3\x84\xA4\xE2\x84\xAA\xFF", 12);
+  const std::string letters("aAkK \xC3\x84\xA4\xE2\x84\xAA\xFF\x01\0", 14);
   const auto any = [&] {
     std::string text(random() % 5, ' ');
     for (char& c : text) c = letters[random() % letters.size()];
@@ -66,6 +73,8 @@ TEST(TextOrder, IsATotalOrderOnAnyBytes) {
     if (CompareText(a, b) == 0) {
       ASSERT_EQ(HashText(a), HashText(b)) << a << "|" << b;
     }
+    ASSERT_EQ(Sign(Octets(a).compare(Octets(b))), Sign(CompareText(a, b))) << a << "|" << b;
+    ASSERT_LT(Octets({}), Octets(a)) << "none before all";
   }
 }
 
@@ -93,6 +102,9 @@ TEST(TextOrder, LikeTakesWildcardsInAnyCase) {
                                                    {"%a%b%c%", "xxaxxbxxcxx", true},
                                                    {"%a%b%c%", "xxaxxcxxbxx", false},
                                                    {"%aab", "aaaaaab", true},
+                                                   {"%k%", "x\xE2\x84\xAA", true},  // the Kelvin sign
+                                                   {"%kx", "yk \xE2\x84\xAAx", true},
+                                                   {"%_k", "k", false},
                                                    {"ada", "ada ", false},
                                                    {"%%", "x", true}}) {
     EXPECT_EQ(LikeText(c.pattern, c.text), c.fits) << c.pattern << " on " << c.text;

@@ -1,0 +1,172 @@
+#include "recipients/edit/edit.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "recipients/edit/undo.h"
+#include "recipients/store_connection.h"
+#include "recipients/store_rows.h"
+
+namespace quillcast::recipients {
+namespace {
+
+using platform::Database;
+
+constexpr std::int64_t kBetweenReports = 256;
+// Most of the address index stays in the cache while it is written all over, and readers are not shut out meanwhile.
+constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
+
+constexpr std::array<std::string_view, 8> kEditWords = {"capitalise", "sort",   "move",       "copy",
+                                                        "merge",      "delete", "duplicates", "group"};
+
+// Binds, runs and lets go of a statement that gives no rows.
+Result<void> RunWith(CatalogueStatement& statement, Values values) {
+  if (auto bound = statement.Bind(values, Lifetime::kOutlivesStep); !bound) return bound;
+  auto done = statement.rows().Run();
+  statement.rows().Reset();
+  return done;
+}
+
+}  // namespace
+
+std::string_view EditWord(EditKind kind) { return kEditWords[static_cast<std::size_t>(kind)]; }
+
+// FNV-1a over each value and its end.
+std::string RowDigest(std::int64_t group_id, const Recipient& recipient) {
+  constexpr std::uint64_t kOffset = 0xCBF29CE484222325;
+  constexpr std::uint64_t kPrime = 0x100000001B3;
+  std::uint64_t hash = (kOffset ^ static_cast<std::uint64_t>(group_id)) * kPrime;
+  for (const std::string& value : recipient.values) {
+    for (const char c : value) hash = (hash ^ static_cast<std::uint8_t>(c)) * kPrime;
+    hash = (hash ^ 0x100) * kPrime;
+  }
+  return fmt::format("{:016x}", hash);
+}
+
+Result<void> Edit::Begin() {
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  database_.emplace(std::move(*database));
+  if (auto set = database_->Execute(kCacheSize); !set) return set;
+  auto begun = platform::Transaction::Begin(*database_);
+  if (!begun) return begun.error();
+  transaction_.emplace(std::move(*begun));
+  if (auto made = MakeUndoTables(*database_); !made) return made;
+  auto prepared = PrepareAll(*database_);
+  if (!prepared) return prepared.error();
+  run_.emplace(std::move(*prepared));
+  return {};
+}
+
+Result<Edit::Prepared> Edit::PrepareAll(Database& database) {
+  constexpr std::array kIds = {StatementId::kRowOfKey,     StatementId::kFindRecipient,   StatementId::kFindDuplicate,
+                               StatementId::kAddRecipient, StatementId::kUpdateRecipient, StatementId::kDeleteRecipient,
+                               StatementId::kKeepRow,      StatementId::kKeepNewRow};
+  std::vector<CatalogueStatement> all;
+  for (const StatementId id : kIds) {
+    auto statement = CatalogueStatement::Prepare(database, id);
+    if (!statement) return statement.error();
+    all.push_back(std::move(*statement));
+  }
+  return Prepared{std::move(all[0]), std::move(all[1]), std::move(all[2]), std::move(all[3]),
+                  std::move(all[4]), std::move(all[5]), std::move(all[6]), std::move(all[7])};
+}
+
+Result<RecipientGroup> Edit::RequireGroup(std::string_view name) { return RequireGroupOn(*database_, name); }
+
+Result<std::vector<std::int64_t>> Edit::KeysOf(const RecipientGroup& group) {
+  return ReadKeys(*database_, group.id, {});
+}
+
+Result<std::optional<StoredRecipient>> Edit::FindRow(std::int64_t id) {
+  const std::string key = std::to_string(id);
+  if (const auto bound = run_->row.Bind(List<1>{key}); !bound) return bound.error();
+  const auto row = run_->row.rows().Step();
+  if (!row) return row.error();
+  std::optional<StoredRecipient> found;
+  if (*row) found = ReadRecipient(run_->row.rows());
+  run_->row.rows().Reset();
+  return found;
+}
+
+Result<bool> Edit::AddIfNew(std::int64_t group_id, const Recipient& recipient) {
+  const std::string group_key = std::to_string(group_id);
+  if (const auto bound = run_->duplicate.Bind(List<2>{group_key, recipient.email()}); !bound) return bound.error();
+  auto there = run_->duplicate.rows().Step();
+  run_->duplicate.rows().Reset();
+  if (!there) return there;
+  if (*there) return false;
+  if (const auto added = RunWith(run_->insert, KeyAndValues(group_key, recipient)); !added) return added.error();
+  has_changed_ = true;
+  const std::string key = std::to_string(database_->LastInsertId());
+  const std::string digest = RowDigest(group_id, recipient);
+  const auto kept = RunWith(run_->keep_new, List<2>{key, digest});
+  if (!kept) return kept.error();
+  return true;
+}
+
+Result<void> Edit::Update(const StoredRecipient& before, const Recipient& after) {
+  has_changed_ = true;
+  const std::string key = std::to_string(before.id);
+  const std::string digest = RowDigest(before.group_id, after);
+  if (auto kept = RunWith(run_->keep, List<3>{digest, "1", key}); !kept) return kept;
+  return RunWith(run_->update, ValuesAndKey(key, after));
+}
+
+// A store from elsewhere may hold an address twice in one group; then both may come back.
+Result<bool> Edit::HasTwin(const StoredRecipient& row) {
+  const std::string group_key = std::to_string(row.group_id);
+  if (const auto bound = run_->twin.Bind(List<2>{group_key, row.recipient.email()}); !bound) return bound.error();
+  bool has_twin = false;
+  const auto read = ForEachRow(run_->twin.rows(), [&] {
+    has_twin = run_->twin.rows().Int(0) != row.id;
+    return !has_twin;
+  });
+  run_->twin.rows().Reset();
+  if (!read) return read.error();
+  return has_twin;
+}
+
+Result<void> Edit::Delete(const StoredRecipient& row) {
+  has_changed_ = true;
+  const auto has_twin = HasTwin(row);
+  if (!has_twin) return has_twin.error();
+  const std::string key = std::to_string(row.id);
+  if (auto kept = RunWith(run_->keep, List<3>{"", *has_twin ? "1" : "0", key}); !kept) return kept;
+  return RunWith(run_->erase, List<1>{key});
+}
+
+Result<void> Edit::DeleteGroup(const RecipientGroup& group) {
+  has_changed_ = true;
+  const std::string key = std::to_string(group.id);
+  if (auto kept = RunOn(*database_, StatementId::kKeepGroup, List<2>{"", key}); !kept) return kept;
+  if (auto kept = RunOn(*database_, StatementId::kKeepGroupRows, List<1>{key}); !kept) return kept;
+  if (auto gone = RunOn(*database_, StatementId::kDeleteGroup, List<1>{group.name}); !gone) return gone;
+  return RunOn(*database_, StatementId::kDeleteGroupRecipients, List<1>{key});
+}
+
+// What the group is sorted by then is kept with a mark, so that no sort at all differs from a group that is gone.
+Result<void> Edit::SetSort(const RecipientGroup& group, std::string_view sort_sql) {
+  has_changed_ = true;
+  const std::string key = std::to_string(group.id);
+  const std::string after = UndoSortMark(sort_sql);
+  if (auto kept = RunOn(*database_, StatementId::kKeepGroup, List<2>{after, key}); !kept) return kept;
+  return RunOn(*database_, StatementId::kSetSort, List<2>{sort_sql, key});
+}
+
+Result<void> Edit::Advance() {
+  ++done_;
+  if (on_progress_ && done_ % kBetweenReports == 0) on_progress_(done_, total_);
+  if (patience_.cancel == nullptr || patience_.cancel->Requested() == platform::Stop::kNone) return {};
+  return Error{Failure::kTryAgain, "The work was cancelled; nothing was changed."};
+}
+
+Result<void> Edit::Commit(const EditStep& step) {
+  if (!has_changed_) return {};
+  if (auto kept = KeepUndoStep(*database_, step); !kept) return kept;
+  run_.reset();  // no statement may be under way
+  return transaction_->Commit();
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,97 @@
+#include "recipients/recipient_search.h"
+
+#include <algorithm>
+
+#include "recipients/store_connection.h"
+#include "recipients/store_rows.h"
+#include "recipients/text_order.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr int kFirstFieldColumn = 2;  // of a "SELECT *"
+
+// Whether a text compares so with the term, by the rules of the store.
+class Comparer {
+ public:
+  explicit Comparer(const SearchRequest& request) : comparison_(request.comparison), pattern_(request.term) {
+    if (comparison_ == Comparison::kContains || comparison_ == Comparison::kEndsWith) pattern_.insert(0, "%");
+    if (comparison_ == Comparison::kContains || comparison_ == Comparison::kStartsWith) pattern_ += '%';
+  }
+  bool Fits(std::string_view text) const {
+    return comparison_ == Comparison::kEquals ? CompareText(text, pattern_) == 0 : LikeText(pattern_, text);
+  }
+
+ private:
+  Comparison comparison_;
+  std::string pattern_;
+};
+
+bool AnyFieldFits(const platform::Statement& row, const Comparer& comparer) {
+  for (int field = 0; field < static_cast<int>(kFieldCount); ++field) {
+    if (comparer.Fits(row.Text(kFirstFieldColumn + field))) return true;
+  }
+  return false;
+}
+
+// The two address lines; the statement is issued all the same, and fails.
+bool ColumnIsMissing(std::size_t field) { return kFields[field].column != kFields[field].search_column; }
+
+Error NoSuchColumn(std::size_t field) {
+  return {Failure::kUsage, Say("A search in \"{}\" alone finds nothing.", kFields[field].search_label),
+          "Search all fields: they hold this one."};
+}
+
+Result<void> SearchOneField(platform::Database& database, const SearchRequest& request, std::string_view group_key,
+                            const std::function<bool(const FoundRecipient&)>& visit) {
+  constexpr std::array kIds = {StatementId::kFindEqual, StatementId::kFindContaining, StatementId::kFindStarting,
+                               StatementId::kFindEnding};
+  auto found = Bound(database, kIds[static_cast<std::size_t>(request.comparison)], List<2>{group_key, request.term},
+                     kFields[request.field].search_column);
+  if (!found) return ColumnIsMissing(request.field) ? NoSuchColumn(request.field) : found.error();
+  return ForEachRow(found->rows(), [&] { return visit(FoundRecipient(found->rows())); });
+}
+
+}  // namespace
+
+std::vector<std::string_view> SearchLabels() {
+  std::vector<std::string_view> labels;
+  labels.reserve(kFields.size() + 1);
+  for (const FieldNames& field : kFields) labels.push_back(field.search_label);
+  labels.push_back(kAllFieldsLabel);
+  return labels;
+}
+
+std::optional<GroupComplaint> CheckSearchTerm(std::string_view term) {
+  if (!term.empty()) return {};
+  return GroupComplaint{"Please enter your search term.", GroupControl::kSearchTerm};
+}
+
+std::optional<GroupComplaint> CheckFoundChosen(bool is_chosen) {
+  if (is_chosen) return {};
+  return GroupComplaint{"Please specify an email address.", GroupControl::kFoundRecipient};
+}
+
+GridRow FoundRecipient::AsGridRow() const {
+  const auto text = [this](std::size_t field) {
+    return std::string(row_.Text(kFirstFieldColumn + static_cast<int>(field)));
+  };
+  return {.id = id(), .first_name = text(kFirstName), .last_name = text(kLastName), .email = text(kEmail)};
+}
+
+Recipient FoundRecipient::Whole() const { return ReadRecipient(row_).recipient; }
+
+Result<void> Search(const RecipientStore& store, const SearchRequest& request,
+                    const std::function<bool(const FoundRecipient& found)>& visit) {
+  auto database = OpenStore(store.file(), store.patience());
+  if (!database) return database.error();
+  const std::string group_key = std::to_string(request.group_id);
+  if (request.field < kFieldCount) return SearchOneField(*database, request, group_key, visit);
+  auto rows = Bound(*database, StatementId::kListRows, List<1>{group_key});
+  if (!rows) return rows.error();
+  const Comparer comparer(request);
+  return ForEachRow(rows->rows(),
+                    [&] { return !AnyFieldFits(rows->rows(), comparer) || visit(FoundRecipient(rows->rows())); });
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,60 @@
+// Finds the recipients of a group by one field and one comparison, one after the other as the store comes upon them.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recipients/group_checks.h"
+#include "recipients/recipient.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::recipients {
+
+enum class Comparison : std::uint8_t { kEquals, kContains, kStartsWith, kEndsWith };
+
+// The entries of the list of comparisons, in the order of Comparison.
+inline constexpr std::array<std::string_view, 4> kComparisonLabels = {"Equals", "Contains", "Starts with", "Ends with"};
+
+// The last entry of the list of fields: any of the eighteen, the address lines too.
+inline constexpr std::size_t kAllFields = kFieldCount;
+inline constexpr std::string_view kAllFieldsLabel = "All fields";
+
+// The entries of the list of fields; the place of each is what Search takes.
+std::vector<std::string_view> SearchLabels();
+
+// "Please enter your search term."; not asked for results that come while one types.
+std::optional<GroupComplaint> CheckSearchTerm(std::string_view term);
+// "Please specify an email address.", before one of the results is changed, moved or deleted.
+std::optional<GroupComplaint> CheckFoundChosen(bool is_chosen);
+
+struct SearchRequest {
+  std::int64_t group_id = 0;
+  std::size_t field = kEmail;  // a position in kFields, or kAllFields
+  Comparison comparison = Comparison::kEquals;
+  std::string term;  // "%" and "_" in it are wildcards except with kEquals
+};
+
+// A recipient that was found, read as far as it is asked for. Good until the visit ends.
+class FoundRecipient {
+ public:
+  explicit FoundRecipient(const platform::Statement& row) : row_(row) {}
+  std::int64_t id() const { return row_.Int(0); }
+  GridRow AsGridRow() const;
+  Recipient Whole() const;
+
+ private:
+  const platform::Statement& row_;
+};
+
+// Calls `visit` with each in the order of adding, until it gives false. The store's patience holds what cancels it.
+// A search in one of the two address lines fails: their search columns do not exist. The store can be read meanwhile,
+// and not written.
+Result<void> Search(const RecipientStore& store, const SearchRequest& request,
+                    const std::function<bool(const FoundRecipient& found)>& visit);
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,152 @@
+#include "recipients/store_rows.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "recipients/key_sorter.h"
+
+namespace quillcast::recipients {
+namespace {
+
+using platform::Database;
+
+// The first of the eighteen columns in a "SELECT *": the two keys stand before it.
+constexpr int kFirstFieldColumn = 2;
+
+Error NoSuchGroup(std::string_view name) {
+  return {Failure::kUsage, Say("There is no group \"{}\".", name),
+          "`quillcast group list` shows the groups; `quillcast group new` makes one."};
+}
+
+void Report(const std::function<void(std::int64_t)>& on_read, std::size_t rows) {
+  constexpr std::size_t kBetweenReports = 1 << 16;
+  if (on_read && rows % kBetweenReports == 0) on_read(static_cast<std::int64_t>(rows));
+}
+
+Result<std::vector<std::int64_t>> ReadSortedKeys(Database& database, std::string_view group_key,
+                                                 std::span<const SortKey> by,
+                                                 const std::function<void(std::int64_t)>& on_read) {
+  std::vector<std::string_view> columns;
+  for (const SortKey& key : by) columns.push_back(key.column);
+  auto found =
+      Bound(database, StatementId::kListSortTexts, List<1>{group_key}, fmt::format("{}", fmt::join(columns, "], [")));
+  if (!found) return found.error();
+  KeySorter sorter(by);
+  std::size_t rows = 0;
+  const auto read = ForEachRow(found->rows(), [&] {
+    sorter.Add(found->rows());
+    Report(on_read, ++rows);
+    return true;
+  });
+  if (!read) return read.error();
+  return std::move(sorter).Sorted();
+}
+
+}  // namespace
+
+Result<CatalogueStatement> Bound(Database& database, StatementId id, Values values, std::string_view extra) {
+  auto statement = CatalogueStatement::Prepare(database, id, extra);
+  if (!statement) return statement;
+  if (const auto bound = statement->Bind(values); !bound) return bound.error();
+  return statement;
+}
+
+Result<void> RunOn(Database& database, StatementId id, Values values) {
+  auto statement = Bound(database, id, values);
+  if (!statement) return statement.error();
+  return statement->rows().Run();
+}
+
+Result<void> ForEachRow(platform::Statement& rows, const std::function<Result<bool>()>& visit) {
+  for (;;) {
+    const auto row = rows.Step();
+    if (!row) return row.error();
+    if (!*row) return {};
+    const auto goes_on = visit();
+    if (!goes_on) return goes_on.error();
+    if (!*goes_on) return {};
+  }
+}
+
+Result<void> ForEachOfKeys(CatalogueStatement& statement, std::span<const std::int64_t> keys,
+                           const std::function<void(const platform::Statement& row)>& visit) {
+  for (; !keys.empty(); keys = keys.subspan(std::min(keys.size(), kKeysAtOnce))) {
+    std::vector<std::string> texts;
+    for (const std::int64_t key : keys.first(std::min(keys.size(), kKeysAtOnce))) texts.push_back(std::to_string(key));
+    const std::vector<std::string_view> values(texts.begin(), texts.end());
+    if (auto bound = statement.Bind(values); !bound) return bound;
+    auto read = ForEachRow(statement.rows(), [&] { return visit(statement.rows()), true; });
+    if (!read) return read;
+  }
+  return {};
+}
+
+RecipientGroup ReadGroup(const platform::Statement& row) {
+  return {.id = row.Int(0), .name = std::string(row.Text(1)), .sort_sql = std::string(row.Text(2))};
+}
+
+StoredRecipient ReadRecipient(const platform::Statement& row) {
+  StoredRecipient stored{.id = row.Int(0), .group_id = row.Int(1), .recipient = {}};
+  for (std::size_t field = 0; field < kFieldCount; ++field) {
+    stored.recipient.values[field] = row.Text(kFirstFieldColumn + static_cast<int>(field));
+  }
+  return stored;
+}
+
+Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
+  auto found = Bound(database, StatementId::kFindGroup, List<1>{name});
+  if (!found) return found.error();
+  const auto row = found->rows().Step();
+  if (!row) return row.error();
+  if (!*row) return std::optional<RecipientGroup>();
+  return std::optional(ReadGroup(found->rows()));
+}
+
+Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name) {
+  auto group = FindGroupOn(database, name);
+  if (!group) return group.error();
+  if (!*group) return NoSuchGroup(name);
+  return **group;
+}
+
+Result<std::vector<std::int64_t>> ReadKeys(Database& database, std::int64_t group_id, std::string_view sort_sql,
+                                           const std::function<void(std::int64_t)>& on_read) {
+  const auto by = SortKeysOf(sort_sql);
+  if (!by) return by.error();
+  const std::string key = std::to_string(group_id);
+  if (!by->empty() && KeySorter::CanSortBy(*by)) return ReadSortedKeys(database, key, *by, on_read);
+  auto found = Bound(database, StatementId::kListKeys, List<1>{key}, sort_sql);
+  if (!found) return found.error();
+  std::vector<std::int64_t> keys;
+  const auto read = ForEachRow(found->rows(), [&] {
+    keys.push_back(found->rows().Int(0));
+    Report(on_read, keys.size());
+    return true;
+  });
+  if (!read) return read.error();
+  return keys;
+}
+
+Result<bool> IsGroupKey(Database& database, std::int64_t group_id) {
+  const std::string key = std::to_string(group_id);
+  auto found = Bound(database, StatementId::kGroupOfKey, List<1>{key});
+  return found ? found->rows().Step() : found.error();
+}
+
+List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipient) {
+  List<kFieldCount + 1> values{key};
+  std::copy(recipient.values.begin(), recipient.values.end(), values.begin() + 1);
+  return values;
+}
+
+List<kFieldCount + 1> ValuesAndKey(std::string_view key, const Recipient& recipient) {
+  auto values = KeyAndValues(key, recipient);
+  std::rotate(values.begin(), values.begin() + 1, values.end());
+  return values;
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,153 @@
+"""Groups and recipients by command: what is shown, what is in the store afterwards, and what takes it back."""
+import json
+import sqlite3
+import subprocess
+import unittest
+
+from quillcast import PROGRAM, Case
+
+
+class People(Case):
+    def setUp(self):
+        super().setUp()
+        for group, rows in {
+            "A": [("ada@x.org", "ada", "VAN DER BERG"), ("bob@x.org", "Bob", "o'neill"), ("cy@x.org", "Cy", "McDonald")],
+            "B": [("Bob <bob@x.org>", "Bob", ""), ("CY@x.org", "", "")],
+        }.items():
+            self.ok("group", "new", group)
+            for address, first, last in rows:
+                self.ok("recipient", "add", "-g", group, "-e", address, "-f", f"First Name={first}", "-f", f"Last Name={last}")
+
+    def json(self, *arguments):
+        return [json.loads(line) for line in self.ok("--json", *arguments).splitlines()]
+
+    def addresses(self, group):
+        return [row["Email Address"] for row in self.json("recipient", "list", "-g", group)]
+
+    def rows(self):
+        """Everything that people put in, as a program that is not ours reads it."""
+        with sqlite3.connect(self.profile / "data" / "Group.mdb") as store:
+            # Text is ordered and compared by our own collation, which only our program knows.
+            return [store.execute(f"SELECT * FROM {table} ORDER BY ID").fetchall() for table in ("Groups", "Emails")]
+
+    def pipe(self, line):
+        done = subprocess.run(["sh", "-c", line.replace("$Q", f"'{PROGRAM}' --profile '{self.profile}'")], timeout=60,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True)
+        return done.returncode, done.stdout, done.stderr
+
+    def test_changes_and_undo(self):
+        """Rows of (command, its last object, what A and B hold then)."""
+        a, b = self.addresses("A"), self.addresses("B")
+        for command, told, left in [
+            (["recipient", "move", "-g", "A", "--to", "B", "ADA@x.org", "cy@x.org"],
+             {"group": "A", "to": "B", "done": "moved", "recipients": 1, "duplicates": 1},
+             [["bob@x.org", "cy@x.org"], [*b, "ada@x.org"]]),
+            (["recipient", "copy", "-g", "A", "--to", "B", "ada@x.org"],
+             {"group": "A", "to": "B", "done": "copied", "recipients": 1, "duplicates": 0}, [a, [*b, "ada@x.org"]]),
+            (["recipient", "delete", "-g", "A", "ada@x.org", "bob@x.org"],
+             {"group": "A", "address": "bob@x.org", "done": "deleted"}, [["cy@x.org"], b]),
+            (["group", "capitalise", "A"], {"group": "A", "done": "capitalise", "changed": 2}, [a, b]),
+            (["group", "merge", "A", "--into", "b"],
+             {"group": "B", "done": "merge", "merged": ["A"], "moved": 2, "duplicates": 1},
+             [None, [*b, "ada@x.org", "bob@x.org"]]),
+            (["group", "sort", "A", "--by", "last name desc, City"],
+             {"group": "A", "sort": [{"field": "Last Name", "descending": True}, {"field": "City", "descending": False}]},
+             [["ada@x.org", "bob@x.org", "cy@x.org"], b]),
+            (["group", "delete", "A"], {"group": "A", "done": "delete", "recipients": 3}, [None, b]),
+        ]:
+            with self.subTest(command=command):
+                before = self.rows()
+                self.assertEqual(self.json("--yes", *command)[-1], told)
+                groups = self.ok("group", "list").split()
+                self.assertEqual([self.addresses(g) if g in groups else None for g in "AB"], left)
+                self.assertNotEqual(self.rows(), before)
+                self.assertEqual(self.json("group", "undo")[-1]["left"], 0)
+                self.assertEqual(self.rows()[1], before[1], "the keys too")
+                self.assertEqual([g[:2] for g in self.rows()[0]], [g[:2] for g in before[0]])
+                self.assertEqual(self.run_program("group", "undo")[0], 64)
+
+    def test_what_is_shown(self):
+        self.assertEqual(self.ok("group", "capitalise", "A", "--dry-run"),
+                         "ada@x.org\tFirst Name\tada\tAda\nada@x.org\tLast Name\tVAN DER BERG\tvan der Berg\n"
+                         "bob@x.org\tLast Name\to'neill\tO'Neill\n")
+        self.assertEqual(self.ok("group", "duplicates"),
+                         "bob@x.org\tA\tbob@x.org\nbob@x.org\tB\tBob <bob@x.org>\ncy@x.org\tA\tcy@x.org\ncy@x.org\tB\tCY@x.org\n")
+        self.assertEqual(self.ok("group", "duplicates", "A"), "")
+        self.assertEqual(self.json("recipient", "groups", "BOB@x.org"),
+                         [{"group": "A", "entry": "bob@x.org"}, {"group": "B", "entry": "Bob <bob@x.org>"}])
+        self.assertEqual(self.ok("find", "neill"), "bob@x.org\tBob\to'neill\n")
+        self.assertEqual(self.json("find", "-g", "A", "--field", "Email", "--compare", "starts with", "C"),
+                         [{"group": "A", "Email Address": "cy@x.org", "First Name": "Cy", "Last Name": "McDonald"}])
+        self.assertEqual(len(self.json("find", "--field", "First Name", "--compare", "Equals", "BOB", "--fields")[0]), 19)
+        self.assertEqual(self.ok("group", "sort", "B"), "In the order in which they were added\n")
+        self.ok("recipient", "add", "-g", "B", "-e", "cy@x.org, home")
+        self.assertEqual(self.json("--yes", "group", "duplicates", "B", "--delete")[-1],
+                         {"group": "B", "done": "duplicates", "deleted": 1})
+        self.assertEqual(self.json("group", "undo", "--show"),
+                         [{"done": "show", "change": "duplicates", "group": "B", "recipients": 1}])
+        self.ok("group", "undo", "--forget")
+        self.assertEqual(self.json("group", "undo", "--show"), [])
+
+    def test_pipes(self):
+        self.assertEqual(self.pipe("$Q find -g A x.org | $Q --yes recipient move -g A --to B -")[0], 0)
+        self.assertEqual(self.addresses("A"), ["cy@x.org"])
+        code, _, err = self.pipe("printf 'cy@x.org\\r\\n\\nnobody@x.org\\n' | $Q --yes recipient delete -g A -")
+        self.assertEqual((code, self.addresses("A")), (64, ["cy@x.org"]), "all of them or none")
+        self.assertIn("nobody@x.org", err)
+        self.assertEqual(self.pipe("$Q --yes recipient delete -g A - </dev/null")[0], 66)
+        self.assertEqual(self.pipe("echo cy@x.org | $Q recipient delete -g A -")[0], 77, "nobody answers the question")
+        self.assertEqual(self.pipe("$Q find x.org >/dev/full")[0], 74)
+        self.assertEqual(self.addresses("A"), ["cy@x.org"])
+
+    def test_refused(self):
+        before = self.rows()
+        for arguments, code, word in [
+            (["group", "sort", "A", "--by", "Shoe"], 64, '"Last Name"'),
+            (["group", "sort", "A", "--by", "City", "--as-added"], 64, "--as-added"),
+            (["--yes", "group", "merge", "A", "Nobody", "--into", "B"], 64, 'no group "Nobody"'),
+            (["--yes", "group", "merge", "A", "B", "--into", "B"], 64, "already"),
+            (["--yes", "group", "duplicates", "--delete"], 64, "one group at a time"),
+            (["group", "undo"], 64, "nothing to take back"),
+            (["group", "merge", "A", "--into", "B"], 77, "Nothing was changed"),
+            (["group", "capitalise", "A"], 77, "Nothing was changed"),
+            (["--yes", "recipient", "move", "-g", "A", "--to", "a", "ada@x.org"], 64, "Choose another group"),
+            (["--yes", "recipient", "copy", "-g", "A", "--to", "B", "eve@x.org"], 64, "eve@x.org"),
+            (["find", ""], 64, "Please enter your search term."),
+            (["find", "x", "--field", "Shoe"], 64, "All fields"),
+            (["find", "x", "--compare", "like"], 64, "Starts with"),
+            (["find", "x", "-g", "A", "--field", "Address 1"], 64, "Search all fields"),
+            (["find", "x", "-g", "Nobody"], 64, 'no group "Nobody"'),
+        ]:
+            with self.subTest(arguments=arguments):
+                got, out, err = self.run_program(*arguments)
+                self.assertEqual(got, code, out + err)
+                self.assertIn(word, err)
+        self.assertEqual(self.rows(), before)
+
+    def test_a_full_disk(self):
+        before = self.rows()
+        for size in range(0, 60_000, 4096):
+            code, _, err = self.run_program("--yes", "group", "merge", "A", "--into", "B", fsize=size)
+            if code == 0:
+                break
+            self.assertEqual(code, 74, err)
+            self.assertEqual(self.rows(), before, size)
+        self.assertEqual((code, self.ok("group", "list")), (0, "B\n"))
+
+    def test_damaged(self):
+        store = self.profile / "data" / "Group.mdb"
+        store.write_bytes(store.read_bytes()[:5000])
+        for command in (["group", "duplicates"], ["find", "x"], ["--yes", "group", "merge", "A", "--into", "B"],
+                        ["group", "undo"]):
+            self.assertEqual(self.run_program(*command)[0], 65, command)
+
+    def test_help(self):
+        """Each command has an example that the program itself understands."""
+        for group, names in {"group": "list new rename delete count sort merge capitalise duplicates undo",
+                             "recipient": "list add modify delete move copy groups", "find": ""}.items():
+            for name in names.split() or [None]:
+                self.assertIn("Example: quillcast ", self.ok(group, *([name] if name else []), "--help"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,109 @@
+// Who is found by a field, a comparison and a term.
+#include "recipients/recipient_search.h"
+
+#include "recipients/store_fixture.h"
+
+namespace quillcast::recipients {
+namespace {
+
+class SearchTest : public StoreTest {
+ protected:
+  // The keys of those found, or {-1} when the statement fails.
+  std::vector<std::int64_t> Found(std::size_t field, Comparison comparison, std::string_view term) {
+    std::vector<std::int64_t> keys;
+    const auto done = Search(store(), {group_, field, comparison, std::string(term)}, [&](const FoundRecipient& found) {
+      keys.push_back(found.id());
+      return true;
+    });
+    return done ? keys : std::vector<std::int64_t>{-1};
+  }
+  std::int64_t group_ = NewGroup("A");
+};
+
+TEST_F(SearchTest, FindsByOneFieldOrAll) {
+  Recipient ada = Named("ada@example.org", "Ada", "L'Aquila");
+  ada.values[FieldOfLabel("Address 1")] = "1 Main Street";
+  const auto a = **store().AddRecipientIfNew(group_, ada);
+  const auto b = **store().AddRecipientIfNew(group_, Named("bob@EXAMPLE.net", "Bob", "100%"));
+  ASSERT_TRUE(*store().AddRecipientIfNew(NewGroup("B"), ada));
+  const std::int64_t fails = -1;
+  struct Case {
+    const char* label;
+    Comparison comparison;
+    const char* term;
+    std::vector<std::int64_t> found;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"Email", Comparison::kContains, "example", {a, b}},
+                                                   {"Email", Comparison::kEquals, "ADA@example.org ", {a}},
+                                                   {"Email", Comparison::kEquals, "%", {}},
+                                                   {"Email", Comparison::kStartsWith, "Bob", {b}},
+                                                   {"Email", Comparison::kEndsWith, ".ORG", {a}},
+                                                   {"Email", Comparison::kContains, "a_a@", {a}},
+                                                   {"City", Comparison::kContains, "'", {a}},
+                                                   {"City", Comparison::kContains, "%", {a, b}},
+                                                   {"City", Comparison::kEquals, "x' OR '1'='1", {}},
+                                                   {"Address 1", Comparison::kContains, "%", {fails}},
+                                                   {"Address 2", Comparison::kEquals, "", {fails}},
+                                                   {"All fields", Comparison::kContains, "main", {a}},
+                                                   {"All fields", Comparison::kEquals, "l'aquila", {a}},
+                                                   {"All fields", Comparison::kStartsWith, "bob", {b}},
+                                                   {"All fields", Comparison::kEndsWith, "street", {a}},
+                                                   {"All fields", Comparison::kContains, "oslo", {}}}) {
+    const auto labels = SearchLabels();
+    const auto field = std::find(labels.begin(), labels.end(), c.label) - labels.begin();
+    EXPECT_EQ(Found(static_cast<std::size_t>(field), c.comparison, c.term), c.found) << c.label << " " << c.term;
+  }
+  EXPECT_EQ(SearchLabels().back(), kAllFieldsLabel);
+}
+
+TEST_F(SearchTest, GivesWhatIsAskedForAndStopsWhereItIsTold) {
+  Add(group_, "a@x.org");
+  ASSERT_TRUE(*store().AddRecipientIfNew(group_, Named("b@x.org", "Bob", "Oslo")));
+  Add(group_, "c@x.org");
+  std::vector<GridRow> rows;
+  Recipient last;
+  ASSERT_TRUE(Search(store(), {group_, kEmail, Comparison::kContains, "x.org"}, [&](const FoundRecipient& found) {
+    rows.push_back(found.AsGridRow());
+    last = found.Whole();
+    return rows.size() != 2;
+  }));
+  ASSERT_EQ(rows.size(), 2U);
+  EXPECT_EQ(rows[1].first_name + rows[1].email, "Bobb@x.org");
+  EXPECT_EQ(last, Named("b@x.org", "Bob", "Oslo"));
+  platform::CancelToken cancel;
+  cancel.Request();
+  Fill(group_, 2000);
+  const RecipientStore cancelled(store().file(), {.cancel = &cancel});
+  const SearchRequest all{group_, kAllFields, Comparison::kContains, "n"};
+  EXPECT_EQ(Search(cancelled, all, [](auto&) { return true; }).error().failure, Failure::kTryAgain);
+}
+
+TEST_F(SearchTest, ChecksAsTheDialogsDo) {
+  struct Case {
+    std::optional<GroupComplaint> complaint;
+    const char* message;  // nullptr: none
+    std::optional<GroupControl> control;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {CheckSearchTerm(""), "Please enter your search term.", GroupControl::kSearchTerm},
+           {CheckSearchTerm(" "), nullptr, {}},
+           {CheckFoundChosen(false), "Please specify an email address.", GroupControl::kFoundRecipient},
+           {CheckFoundChosen(true), nullptr, {}},
+           {CheckGroupChosen(""), "Please specify a group.", GroupControl::kGroup},
+           {CheckGroupNotEmpty(0), "The selected group does not contain any recipients.", {}},
+           {CheckGroupNotEmpty(1), nullptr, {}},
+           {CheckGroupsToImportTo(false), "There is no group to import the data to.", {}},
+           {CheckGroupsToExportFrom(false), "There is no group to export the data from.", {}},
+           {CheckOtherGroup("A", ""), "Please specify a group.", GroupControl::kGroup},
+           {CheckOtherGroup("A", "a "), "The recipients are in that group already. Choose another group.",
+            GroupControl::kGroup},
+           {CheckOtherGroup("A", "B"), nullptr, {}}}) {
+    ASSERT_EQ(c.complaint.has_value(), c.message != nullptr);
+    if (!c.complaint) continue;
+    EXPECT_EQ(c.complaint->message, c.message);
+    EXPECT_EQ(c.complaint->control, c.control);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::recipients
