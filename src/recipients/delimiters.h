@@ -25,4 +25,12 @@ inline std::optional<char> DelimiterOf(std::string_view name) {
   return {};
 }
 
+// Of a character of the table; empty for any other.
+inline std::string_view NameOf(char delimiter) {
+  for (const Delimiter& known : kDelimiters) {
+    if (known.character == delimiter) return known.name;
+  }
+  return {};
+}
+
 }  // namespace quillcast::recipients

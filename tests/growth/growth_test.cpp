@@ -32,8 +32,9 @@
 #include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
-#include "recipients/import/import_mapping.h"
-#include "recipients/import/line_reader.h"
+#include "recipients/import/find_delimiter.h"
+#include "recipients/import/headings.h"
+#include "recipients/import/open_lines.h"
 #include "recipients/sort_order.h"
 #include "recipients/text_order.h"
 #include "smtp/capabilities.h"
@@ -279,16 +280,25 @@ std::size_t FindAll(const std::string& text) {
   return count;
 }
 
-void ReadLines(const std::string& content) {
-  const test::TemporaryFolder folder;
-  auto source = recipients::TextSource::Open(folder.Write("list", content), "", "");
-  if (!source) return;
-  recipients::LineReader lines(*source);
-  recipients::Line line;
-  while (*lines.Next(line)) {
-    recipients::MapLine(line.text, ',', true, *recipients::ParseMapping("Email Address=18"));
-    recipients::SampleEntries(line.text, ',', true);
-  }
+// A file of lines with fields, in whichever way it is read.
+Reader ReadLines(const recipients::ReadingOptions& options) {
+  return [options](const std::string& content) {
+    const test::TemporaryFolder folder;
+    const auto lines = recipients::OpenLines(folder.Write("list", content), options, "");
+    if (!lines) return;
+    const auto mapping = *recipients::ParseMapping("Email Address=18");
+    IgnoreErrors((*lines)->Read([&mapping](const recipients::FieldLine& line) {
+      recipients::MapFields(line.fields, true, mapping);
+      recipients::SampleEntries(line.fields, true);
+      recipients::MapByHeadings(line.fields);
+      return true;
+    }));
+  };
+}
+
+void FindDelimiter(const std::string& content) {
+  const std::vector<std::string> lines(3, content);
+  recipients::FindDelimiter(lines);
 }
 
 void Harvest(const std::string& text) {
@@ -320,7 +330,9 @@ TEST(Growth, OfReadingText) {
   CheckEach({{"FindAddress", FindAll},
              {"AddressHarvest", Harvest},
              {"EnvelopeAddress", [](const std::string& text) { return smtp::EnvelopeAddress(text); }},
-             {"delimited lines", ReadLines},
+             {"delimited lines", ReadLines({.most_fields = 1'000'000})},
+             {"quoted records", ReadLines({.rfc4180 = true, .most_fields = 1'000'000})},
+             {"FindDelimiter", FindDelimiter},
              {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
              {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
              {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},

@@ -27,7 +27,7 @@ ORDER = {
     "smtp/client": "smtp smtp/sasl net",
     "smtp/mailbox": "smtp smtp/sasl net",
     "recipients": "profile",
-    "recipients/import": "recipients charset",
+    "recipients/import": "recipients profile mime charset",
     "recipients/export": "recipients charset",
     "recipients/edit": "recipients smtp",
     "document": "recipients profile html charset",

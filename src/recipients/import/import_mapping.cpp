@@ -43,11 +43,18 @@ Result<ImportMapping> ParseMapping(std::string_view text) {
   return mapping;
 }
 
-std::vector<std::string> SampleEntries(std::string_view first_line, char delimiter, bool quotes) {
-  std::array<std::string_view, kSourceFields> fields;
-  const std::size_t count = SplitLine(first_line, delimiter, fields);
+std::string MappingText(const ImportMapping& mapping) {
+  std::string text;
+  for (std::size_t field = 0; field < kFieldCount; ++field) {
+    if (mapping.source[field] == kIgnore) continue;
+    text += fmt::format("{}{}={}", text.empty() ? "" : ",", kFields[field].label, mapping.source[field]);
+  }
+  return text;
+}
+
+std::vector<std::string> SampleEntries(std::span<const std::string_view> fields, bool quotes) {
   std::vector<std::string> entries{kIgnoreEntry};
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < std::min<std::size_t>(fields.size(), kSourceFields); ++i) {
     const std::string_view trimmed = platform::Trim(fields[i]);
     entries.push_back(fmt::format("Field {} = {}", i + 1, quotes ? WithoutQuotes(trimmed) : trimmed));
   }
@@ -71,24 +78,12 @@ std::string_view WithoutQuotes(std::string_view field) {
   return field.substr(0, last);
 }
 
-std::size_t SplitLine(std::string_view line, char delimiter, std::array<std::string_view, kSourceFields>& fields) {
-  std::size_t count = 0;
-  for (;;) {
-    const auto end = line.find(delimiter);
-    fields[count++] = line.substr(0, end);
-    if (end == std::string_view::npos || count == fields.size()) return count;
-    line.remove_prefix(end + 1);
-  }
-}
-
-std::array<std::string_view, kFieldCount> MapLine(std::string_view line, char delimiter, bool quotes,
-                                                  const ImportMapping& mapping) {
-  std::array<std::string_view, kSourceFields> fields;
-  const auto count = static_cast<int>(SplitLine(line, delimiter, fields));
+std::array<std::string_view, kFieldCount> MapFields(std::span<const std::string_view> fields, bool quotes,
+                                                    const ImportMapping& mapping) {
   std::array<std::string_view, kFieldCount> values;
   for (std::size_t target = 0; target < kFieldCount; ++target) {
     const int source = mapping.source[target];
-    if (source == kIgnore || source > count) continue;
+    if (source == kIgnore || static_cast<std::size_t>(source) > fields.size()) continue;
     const std::string_view field = fields[static_cast<std::size_t>(source) - 1];
     values[target] = quotes ? WithoutQuotes(field) : field;
   }

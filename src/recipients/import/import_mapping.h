@@ -1,7 +1,9 @@
 // Which field of a line goes into which field of a recipient.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +13,7 @@
 
 namespace quillcast::recipients {
 
-// Only the first eighteen fields of a line can be chosen.
+// Only the first eighteen fields of a line can be chosen by number.
 inline constexpr int kSourceFields = 18;
 inline constexpr int kIgnore = 0;
 inline constexpr const char* kIgnoreEntry = "Ignore";
@@ -20,6 +22,8 @@ struct ImportMapping {
   std::array<int, kFieldCount> source{};  // by position in kFields: the field of the line, from 1, or kIgnore
 
   bool IsAllIgnore() const { return *this == ImportMapping{}; }
+  // The last field of a line that is taken; beyond the eighteenth where headings chose it.
+  int Highest() const { return *std::max_element(source.begin(), source.end()); }
   bool operator==(const ImportMapping&) const = default;
 };
 
@@ -27,9 +31,12 @@ struct ImportMapping {
 // Errors: kUsage for an unknown label, one that is named twice, and a source field that is none of 1 to 18.
 Result<ImportMapping> ParseMapping(std::string_view text);
 
+// The text that ParseMapping reads, of the fields that are not ignored.
+std::string MappingText(const ImportMapping& mapping);
+
 // The entries of a mapping list: "Ignore", then "Field 1 = " and the trimmed text of the field, without its first and
 // last character when `quotes` is set; for the fields that this line has, eighteen at most.
-std::vector<std::string> SampleEntries(std::string_view first_line, char delimiter, bool quotes);
+std::vector<std::string> SampleEntries(std::span<const std::string_view> fields, bool quotes);
 
 // The field of an entry, told by its first eight characters; kIgnore for every other text.
 int SourceFieldOf(std::string_view entry);
@@ -37,11 +44,8 @@ int SourceFieldOf(std::string_view entry);
 // A field without its first and last character, whatever they are; empty when it has fewer than two.
 std::string_view WithoutQuotes(std::string_view field);
 
-// The fields of a line up to the eighteenth. Returns how many there are.
-std::size_t SplitLine(std::string_view line, char delimiter, std::array<std::string_view, kSourceFields>& fields);
-
-// The eighteen values of a line. They point into it.
-std::array<std::string_view, kFieldCount> MapLine(std::string_view line, char delimiter, bool quotes,
-                                                  const ImportMapping& mapping);
+// The eighteen values of a line; empty where it has no such field. They point into its texts.
+std::array<std::string_view, kFieldCount> MapFields(std::span<const std::string_view> fields, bool quotes,
+                                                    const ImportMapping& mapping);
 
 }  // namespace quillcast::recipients

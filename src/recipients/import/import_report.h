@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "platform/file.h"
-#include "recipients/import/text_source.h"
+#include "recipients/import/text_encoding.h"
 
 namespace quillcast::recipients {
 
@@ -50,7 +50,7 @@ class ImportReport {
   void AppendEncoded(std::string_view text);
 
   std::optional<platform::FileWriter> writer_;
-  std::unique_ptr<UConverter, CloseConverter> converter_;  // none: the code page is UTF-8
+  Converter converter_;  // none: the code page is UTF-8
   std::string kept_back_;
 };
 

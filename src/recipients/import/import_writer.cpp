@@ -19,17 +19,18 @@ constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
 }  // namespace
 
 ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find, CatalogueStatement insert,
-                           platform::Statement version, std::int64_t group_id, ImportReport& report)
+                           platform::Statement version, std::int64_t group_id, ImportReport& report, Keeping keeping)
     : database_(std::move(database)),
       find_(std::move(find)),
       insert_(std::move(insert)),
       version_(std::move(version)),
       group_key_(std::to_string(group_id)),
       report_(report),
+      keeping_(keeping),
       batch_size_(kFirstBatch) {}
 
 Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std::int64_t group_id,
-                                        StatementId statement, ImportReport& report,
+                                        StatementId statement, ImportReport& report, Keeping keeping,
                                         const platform::LockPatience& patience) {
   auto database = OpenStore(store, patience);
   if (!database) return database.error();
@@ -40,8 +41,8 @@ Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std:
   if (!insert) return insert.error();
   auto version = database->Prepare("PRAGMA data_version");
   if (!version) return version.error();
-  return ImportWriter(std::move(*database), std::move(*find), std::move(*insert), std::move(*version), group_id,
-                      report);
+  return ImportWriter(std::move(*database), std::move(*find), std::move(*insert), std::move(*version), group_id, report,
+                      keeping);
 }
 
 Result<std::int64_t> ImportWriter::DataVersion() {
@@ -139,7 +140,7 @@ Result<void> ImportWriter::CountRow() {
 }
 
 Result<void> ImportWriter::Commit() {
-  if (transaction_) {
+  if (transaction_ && keeping_ == Keeping::kCommit) {
     if (const auto done = transaction_->Commit(); !done) return GiveUp(done);
     transaction_.reset();
   }
@@ -148,6 +149,10 @@ Result<void> ImportWriter::Commit() {
   committed_.ignored += batch_.ignored;
   batch_ = {};
   rows_in_batch_ = 0;
+  if (keeping_ == Keeping::kRollBack) {
+    report_.Drop();
+    return {};
+  }
   return report_.Keep();
 }
 

@@ -15,6 +15,9 @@
 
 namespace quillcast::recipients {
 
+// kRollBack: everything is tried in one transaction, which is taken back at the end.
+enum class Keeping : std::uint8_t { kCommit, kRollBack };
+
 // A batch is one transaction. Until it is committed neither the report nor Counts() tells of it; when a step fails it
 // is rolled back, and the writer must not be used again but for Counts(). Batches grow, for every commit costs about
 // the same: few rows are lost to an early failure, and few commits are made in a long run.
@@ -22,7 +25,7 @@ class ImportWriter {
  public:
   // `report` outlives the writer. `statement` is kAddAddress or kImportRecipient.
   static Result<ImportWriter> Open(const std::filesystem::path& store, std::int64_t group_id, StatementId statement,
-                                   ImportReport& report, const platform::LockPatience& patience = {});
+                                   ImportReport& report, Keeping keeping, const platform::LockPatience& patience = {});
 
   // Adds a recipient, or counts a duplicate when the group holds the address. `values` begins with the address, and has
   // as many values as the statement takes behind the group's key.
@@ -36,7 +39,7 @@ class ImportWriter {
 
  private:
   ImportWriter(platform::Database database, CatalogueStatement find, CatalogueStatement insert,
-               platform::Statement version, std::int64_t group_id, ImportReport& report);
+               platform::Statement version, std::int64_t group_id, ImportReport& report, Keeping keeping);
 
   Result<void> Begin();
   Result<void> FillFilter();
@@ -52,6 +55,7 @@ class ImportWriter {
   std::optional<platform::Transaction> transaction_;
   std::string group_key_;
   ImportReport& report_;
+  Keeping keeping_;
   std::optional<AddressFilter> filter_;  // none once another program has written to the store
   std::int64_t seen_version_ = 0;
   std::int64_t rows_in_batch_ = 0;

@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
-#include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
+#include "recipients/import/import_sample.h"
 #include "recipients/import/import_writer.h"
-#include "recipients/import/line_reader.h"
+#include "recipients/import/text_source.h"
 #include "recipients/recipient_store.h"
 
 namespace quillcast::recipients {
@@ -19,107 +19,171 @@ struct Run {
   const ImportRequest& request;
   const platform::CancelToken& cancel;
   const std::function<void(const ImportProgress&)>& progress;
-  TextSource& source;
   ImportWriter& writer;
   ImportOutcome& outcome;
 
-  bool IsCancelled() const { return cancel.Requested() != platform::Stop::kNone; }
-  void TellProgress() const {
-    if (progress) progress({source.bytes_read(), source.size(), writer.Counts()});
+  // Whether to go on; from here on the outcome says so where not.
+  bool GoesOn() const {
+    if (cancel.Requested() != platform::Stop::kNone) outcome.cancelled = true;
+    return !outcome.cancelled;
+  }
+  void TellProgress(std::uint64_t bytes_read) const {
+    if (progress) progress({bytes_read, outcome.facts->size, writer.Counts()});
   }
 };
 
-Result<void> Harvest(Run& run) {
-  Result<void> offered;
-  AddressHarvest harvest([&](std::string_view address, bool is_cut) {
-    if (is_cut && ++run.outcome.cut_addresses == 1) run.outcome.first_cut = address;
+// Offers every address to the writer; `offered` keeps the first failure.
+AddressHarvest HarvestInto(Run& run, Result<void>& offered) {
+  return AddressHarvest([&run, &offered](std::string_view address, bool is_cut) {
+    if (is_cut) run.outcome.findings.NoteCut(address);
     offered = run.writer.Offer({&address, 1});
-    return offered && !run.IsCancelled();
+    return offered && run.GoesOn();
   });
+}
+
+Result<void> HarvestText(Run& run, TextSource& source) {
+  Result<void> offered;
+  auto harvest = HarvestInto(run, offered);
   std::string block;
   for (;;) {
-    const auto more = run.source.Read(block);
+    const auto more = source.Read(block);
     if (!more) return more.error();
     if (!*more) break;
-    const bool goes_on = harvest.Feed(block) && !run.IsCancelled();
-    run.TellProgress();
-    if (goes_on) continue;
-    run.outcome.cancelled = run.IsCancelled();
-    return offered;
+    const bool goes_on = harvest.Feed(block) && run.GoesOn();
+    run.TellProgress(source.bytes_read());
+    if (!goes_on) return offered;
   }
   harvest.Finish();
   return offered;
 }
 
-Result<void> TakeLine(Run& run, const Line& line) {
-  if (line.is_too_long) return run.writer.Ignore(fmt::format("(line {} is longer than 1 MiB)", line.number));
-  const auto values = MapLine(line.text, run.request.delimiter, run.request.quotes, run.request.mapping);
-  if (!CheckEmail(values[kEmail])) return run.writer.Ignore(values[kEmail]);
+// Addresses do not go on from one field into the next.
+Result<void> HarvestFields(Run& run, FieldLines& lines) {
+  Result<void> offered;
+  auto harvest = HarvestInto(run, offered);
+  const auto read = lines.Read([&](const FieldLine& line) {
+    for (const std::string_view field : line.fields) {
+      if (!harvest.Feed(field) || !harvest.Feed("\n")) return false;
+    }
+    if (line.number % kLinesBetweenProgress == 0) run.TellProgress(lines.BytesRead());
+    return run.GoesOn();
+  });
+  return read ? offered : read;
+}
+
+std::string ToldOf(const FieldLine& line) {
+  return line.fault == LineFault::kOpenQuote ? fmt::format("(line {} has a quote that is not closed)", line.number)
+                                             : fmt::format("(line {} is longer than 1 MiB)", line.number);
+}
+
+Result<void> TakeLine(Run& run, const FieldLine& line) {
+  if (line.fault != LineFault::kNone) {
+    run.outcome.findings.NoteFault(line);
+    return run.writer.Ignore(ToldOf(line));
+  }
+  const auto values = MapFields(line.fields, run.request.quotes, run.request.mapping);
+  const auto address = FindAddress(values[kEmail], 0);
+  if (!address) return run.writer.Ignore(values[kEmail]);
+  if (address->length != values[kEmail].size() && !IsBareAddress(values[kEmail])) {
+    run.outcome.findings.NoteInText(values[kEmail]);
+  }
   return run.writer.Offer(values);
 }
 
-Result<void> ImportLines(Run& run) {
-  LineReader reader(run.source);
-  Line line;
-  for (;;) {
-    const auto more = reader.Next(line);
-    if (!more) return more.error();
-    if (!*more) return {};
-    if (auto taken = TakeLine(run, line); !taken) return taken;
-    if (line.number % kLinesBetweenProgress == 0) run.TellProgress();
-    if (run.IsCancelled()) {
-      run.outcome.cancelled = true;
-      return {};
+Result<void> ImportLines(Run& run, FieldLines& lines) {
+  Result<void> taken;
+  const auto read = lines.Read([&](const FieldLine& line) {
+    if (line.number <= run.request.skip) return true;
+    taken = TakeLine(run, line);
+    if (line.number % kLinesBetweenProgress == 0) run.TellProgress(lines.BytesRead());
+    return taken && run.GoesOn();
+  });
+  return read ? taken : read;
+}
+
+// Where addresses stand in text, or most lines have none, the delimiter may be another one.
+void LookAtDelimiter(const ImportRequest& request, const ImportPlaces& places, ImportOutcome& outcome) {
+  auto& findings = outcome.findings;
+  const auto& counts = outcome.counts;
+  const bool is_odd = findings.addresses_in_text > 0 || counts.ignored > counts.added + counts.duplicates;
+  if (!is_odd || outcome.facts->format != FileFormat::kDelimited) return;
+  const auto found = FindDelimiterOf(request.file, request.reading, places.code_page);
+  if (!found) return IgnoreErrors(found);
+  if (found->is_needed && found->delimiter.character != request.reading.delimiter) findings.fitting = found->delimiter;
+  findings.quotes_unread = found->is_quoted && !request.quotes && !request.reading.rfc4180;
+}
+
+// The file that is imported, opened as its mode reads it: one of the two.
+struct Opened {
+  std::optional<TextSource> text;
+  std::unique_ptr<FieldLines> lines;
+
+  FileFacts Facts() const {
+    if (lines) return lines->Facts();
+    return {.format = FileFormat::kDelimited, .encoding = text->encoding(), .size = text->size()};
+  }
+};
+
+// A harvest reads texts as they are, whatever format they follow.
+Result<Opened> Open(const ImportRequest& request, const ImportPlaces& places) {
+  Opened opened;
+  if (request.mode == ImportMode::kHarvest) {
+    const auto format = FindOutFormat(request.file);
+    if (!format) return format.error();
+    if (*format != FileFormat::kSpreadsheet) {
+      auto source = TextSource::Open(request.file, request.reading.encoding, places.code_page);
+      if (!source) return source.error();
+      opened.text.emplace(std::move(*source));
+      return opened;
     }
   }
+  ReadingOptions reading = request.reading;
+  reading.most_fields = static_cast<std::size_t>(std::max(request.mapping.Highest(), kSourceFields));
+  auto lines = OpenLines(request.file, reading, places.code_page);
+  if (!lines) return lines.error();
+  opened.lines = std::move(*lines);
+  return opened;
+}
+
+ImportReport ReportOf(const ImportRequest& request, const ImportPlaces& places, ImportOutcome& outcome) {
+  if (request.dry_run) return ImportReport::Nowhere();
+  auto made = ImportReport::Create(places.report, places.code_page);
+  if (made) return std::move(*made);
+  NotePassedOver(made.error());
+  outcome.no_report = made.error();
+  return ImportReport::Nowhere();
 }
 
 Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places, std::int64_t group_id,
                        const platform::CancelToken& cancel, const std::function<void(const ImportProgress&)>& progress,
                        ImportOutcome& outcome) {
   const bool is_harvest = request.mode == ImportMode::kHarvest;
-  auto made = ImportReport::Create(places.report, places.code_page);
-  if (!made) {
-    NotePassedOver(made.error());
-    outcome.no_report = made.error();
-  }
-  ImportReport report = made ? std::move(*made) : ImportReport::Nowhere();
-  auto source = TextSource::Open(request.file, request.encoding, places.code_page);
-  if (!source) {
+  ImportReport report = ReportOf(request, places, outcome);
+  auto opened = Open(request, places);
+  if (!opened) {
     // The file's failure is the one to tell.
     IgnoreErrors(report.Close(ImportReport::End::kCompleted, 0, {}, is_harvest));
-    return source.error();
+    return opened.error();
   }
-  outcome.encoding = source->encoding();
-  outcome.how_known = source->how_known();
-  outcome.bytes = source->size();
-  auto writer =
-      ImportWriter::Open(places.store, group_id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient,
-                         report, {.cancel = &cancel, .cancel_ends_statements = false});
+  outcome.facts = opened->Facts();
+  auto writer = ImportWriter::Open(
+      places.store, group_id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, report,
+      request.dry_run ? Keeping::kRollBack : Keeping::kCommit, {.cancel = &cancel, .cancel_ends_statements = false});
   if (!writer) return writer.error();
-  Run run{request, cancel, progress, *source, *writer, outcome};
-  auto done = is_harvest ? Harvest(run) : ImportLines(run);
+  Run run{request, cancel, progress, *writer, outcome};
+  auto done = opened->text ? HarvestText(run, *opened->text)
+              : is_harvest ? HarvestFields(run, *opened->lines)
+                           : ImportLines(run, *opened->lines);
   if (done) done = writer->Commit();
   outcome.counts = writer->Counts();
+  outcome.facts = opened->Facts();
   if (!done) return done;
+  if (!is_harvest) LookAtDelimiter(request, places, outcome);
   const auto end = outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted;
-  return report.Close(end, outcome.bytes, outcome.counts, is_harvest);
+  return report.Close(end, outcome.facts->size, outcome.counts, is_harvest);
 }
 
 }  // namespace
-
-std::optional<Complaint<ImportControl>> CheckImport(const ImportForm& form) {
-  if (form.file.empty()) return Complaint<ImportControl>{"Please specify a file.", ImportControl::kFile};
-  if (!form.has_groups) return Complaint<ImportControl>{"There is no group to import.", ImportControl::kGroup};
-  if (form.group.empty()) return Complaint<ImportControl>{"Please select a group.", ImportControl::kGroup};
-  if (form.mode == ImportMode::kHarvest) return {};
-  if (!form.sample_was_read) return Complaint<ImportControl>{"There is no data to import.", ImportControl::kGetData};
-  if (form.mapping.IsAllIgnore())
-    return Complaint<ImportControl>{"Please select at least one field to import.", ImportControl::kMapping};
-  if (form.mapping.source[kEmail] == kIgnore)
-    return Complaint<ImportControl>{"Email Address field is required.", ImportControl::kMapping};
-  return {};
-}
 
 ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces& places,
                                const platform::CancelToken& cancel,
@@ -133,40 +197,18 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
 }
 
 std::vector<Sentence> ImportTroubles(const ImportOutcome& outcome) {
-  std::vector<Sentence> sentences;
-  if (outcome.cut_addresses > 0) {
-    sentences.push_back(SayOf(
-        outcome.cut_addresses,
-        "{} address was cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters "
-        "at the end. Import such a list with “quillcast import --map”.",
-        "{} addresses were cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five "
-        "letters at the end. Import such a list with “quillcast import --map”.",
-        platform::Printable(outcome.first_cut, 100)));
+  std::vector<Sentence> told = Describe(outcome.findings);
+  if (outcome.facts) {
+    for (Sentence& sentence : Describe(*outcome.facts)) told.push_back(std::move(sentence));
   }
-  if (outcome.no_report) sentences.push_back(Say("There is no report. {}", AsSentence(*outcome.no_report)));
-  return sentences;
+  if (outcome.no_report) told.push_back(Say("There is no report. {}", AsSentence(*outcome.no_report)));
+  return told;
 }
 
 std::string ImportSummary(const ImportCounts& counts) {
   return fmt::format(
       "{} recipients imported successfully.\r\n{} duplicate recipients ignored.\r\n{} invalid recipients ignored.",
       counts.added, counts.duplicates, counts.ignored);
-}
-
-Result<ImportSample> ReadSample(const std::filesystem::path& file, std::string_view encoding,
-                                std::string_view code_page, std::size_t count) {
-  auto source = TextSource::Open(file, encoding, code_page);
-  if (!source) return source.error();
-  ImportSample sample{source->encoding(), source->how_known(), {}};
-  LineReader reader(*source);
-  Line line;
-  while (sample.lines.size() < count) {
-    const auto more = reader.Next(line);
-    if (!more) return more.error();
-    if (!*more) break;
-    sample.lines.emplace_back(line.text);
-  }
-  return sample;
 }
 
 }  // namespace quillcast::recipients

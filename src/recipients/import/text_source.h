@@ -3,25 +3,17 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/file.h"
-
-struct UConverter;
+#include "recipients/import/text_encoding.h"
 
 namespace quillcast::recipients {
 
-struct CloseConverter {
-  void operator()(UConverter* converter) const;
-};
-
 class TextSource {
  public:
-  // A byte order mark decides (UTF-8, UTF-16LE, UTF-16BE); else a file that is UTF-8 throughout is that; else it is in
-  // `system_code_page`, the locale's codeset, or where that is UTF-8 too, in Windows-1252. `overrule`, when not empty,
-  // decides alone, but for the mark of its own encoding. Reads the file once to find out.
+  // `overrule`, when not empty, is the encoding; else it is found out, see FindOutEncoding.
   // Errors: kNoInput for a file that cannot be read, kUsage for an unknown name in `overrule`.
   static Result<TextSource> Open(const std::filesystem::path& path, std::string_view overrule,
                                  std::string_view system_code_page);
@@ -30,22 +22,21 @@ class TextSource {
   // become U+FFFD; control characters, NUL too, are text like any other.
   Result<bool> Read(std::string& block);
 
-  const std::string& encoding() const { return encoding_; }    // "UTF-8", "windows-1252"
-  const std::string& how_known() const { return how_known_; }  // "byte order mark", "all of it is valid"
-  std::uint64_t size() const { return size_; }                 // bytes
+  const TextEncoding& encoding() const { return encoding_; }
+  std::uint64_t size() const { return size_; }  // bytes
   std::uint64_t bytes_read() const { return bytes_read_; }
 
  private:
   TextSource() = default;
+  void TakeUtf8(std::string_view bytes, std::string& block);
   void Convert(std::string_view bytes, bool is_last, std::string& out);
 
   std::filesystem::path path_;
   platform::UniqueFd fd_;
   std::uint64_t size_ = 0;
   std::uint64_t bytes_read_ = 0;
-  std::string encoding_;
-  std::string how_known_;
-  std::unique_ptr<UConverter, CloseConverter> converter_;  // none: the bytes are UTF-8 already
+  TextEncoding encoding_;
+  Converter converter_;  // none: the bytes are UTF-8
   std::string buffer_;
   std::string split_;       // the beginning of a character whose end is in the next block
   char16_t high_half_ = 0;  // of a surrogate pair whose low half comes next

@@ -65,7 +65,11 @@ TEST_F(ImportFaultTest, AFullDiskLeavesStoreAndReportInStep) {
   std::string text;
   for (int i = 0; i < 12000; ++i) text += fmt::format("user{}@example.org,First,Last\n", i * 7919 % 12000);
   const auto list = NewFile("list.txt", text);
-  const ImportRequest request{list, "A", ImportMode::kDelimited, ',', false, *ParseMapping("Email Address=1"), ""};
+  const ImportRequest request{.file = list,
+                              .group = "A",
+                              .mode = ImportMode::kDelimited,
+                              .reading = {},
+                              .mapping = *ParseMapping("Email Address=1")};
   const auto group = NewGroup("A");
   const auto empty = FileText(folder_ / "Group.mdb");
   std::set<int> ends;

@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "recipients/import/line_reader.h"
+#include "recipients/import/delimited_lines.h"
 #include "recipients/store_fixture.h"
 
 namespace quillcast::recipients {
@@ -20,7 +20,11 @@ class ImportTest : public StoreTest {
     return ImportRecipients(request, Places(code_page), cancel_, nullptr);
   }
   ImportRequest Lines(const std::filesystem::path& file, const char* map, char delimiter = ',', bool quotes = false) {
-    return {file, "A", ImportMode::kDelimited, delimiter, quotes, *ParseMapping(map), ""};
+    ImportRequest request{.file = file, .group = "A", .mode = ImportMode::kDelimited, .reading = {}, .mapping = {}};
+    request.reading.delimiter = delimiter;
+    request.quotes = quotes;
+    request.mapping = *ParseMapping(map);
+    return request;
   }
   std::string Report() { return FileText(Places().report); }
 
@@ -45,11 +49,11 @@ TEST_F(ImportTest, LinesGoInAsTheGoldenReportSays) {
 TEST_F(ImportTest, AHarvestFindsWhatTheGoldenReportSays) {
   const auto group = NewGroup("A");
   const std::filesystem::path data(QUILLCAST_TEST_DATA "/import");
-  const auto outcome = Run({.file = data / "import_harvest.txt", .group = "a ", .mapping = {}, .encoding = ""});
+  const auto outcome = Run({.file = data / "import_harvest.txt", .group = "a ", .reading = {}, .mapping = {}});
   EXPECT_FALSE(outcome.error);
   EXPECT_EQ(outcome.counts, (ImportCounts{6, 2, 0}));
-  EXPECT_EQ(outcome.cut_addresses, 5);
-  EXPECT_EQ(outcome.first_cut, "bob@example.museu");
+  EXPECT_EQ(outcome.findings.cut_addresses, 5);
+  EXPECT_EQ(outcome.findings.first_cut, "bob@example.museu");
   EXPECT_EQ(Report(), FileText(data / "import_harvest_report.txt"));
   EXPECT_EQ(Addresses(group), "ada@example.org bob@example.museu b@example.net brien@x.org tag@x.org y@z.info ");
 }
@@ -100,7 +104,7 @@ TEST_F(ImportTest, ACancelKeepsWhatItReports) {
 
 TEST_F(ImportTest, AFileThatCannotBeReadGivesAReportOfZeros) {
   NewGroup("A");
-  const auto outcome = Run({.file = folder_ / "none.txt", .group = "A", .mapping = {}, .encoding = ""});
+  const auto outcome = Run({.file = folder_ / "none.txt", .group = "A", .reading = {}, .mapping = {}});
   EXPECT_EQ(outcome.error->failure, Failure::kNoInput);
   EXPECT_EQ(Report(),
             "Import Started\r\n--------------\r\n\r\n\r\nProcessed : 0 Bytes\r\n\r\nAdded : 0\r\nDuplicates : 0\r\n\r\n"
@@ -156,6 +160,13 @@ TEST_F(ImportTest, ReadsEachEncoding) {
            {"\xE4", "", "KOI8-R", "KOI8-R", "\xD0\x94"},
            {"\xE4", "", "no such thing", "windows-1252", "\xC3\xA4"},
            {"a\xC3", "", "UTF-8", "windows-1252", "a\xC3\x83"},
+           // A byte that went wrong in a file that is UTF-8 for the rest.
+           {"\xC3\xA4 \xE2\x82\xAC \xE4.", "", "UTF-8", "UTF-8", "\xC3\xA4 \xE2\x82\xAC \xEF\xBF\xBD."},
+           {"\xC3\xA4 \xE4 \xE4.", "", "UTF-8", "windows-1252", "\xC3\x83\xC2\xA4 \xC3\xA4 \xC3\xA4."},
+           {wide(u"ada@x.org\xE4", false), "", "UTF-8", "UTF-16LE", "ada@x.org\xC3\xA4"},
+           {wide(u"\x0418\x0432 i@x.org", true), "", "UTF-8", "UTF-16BE", "\xD0\x98\xD0\xB2 i@x.org"},
+           {std::string("\xFF\xFE\0\0\xE4\0\0\0", 8), "", "UTF-8", "UTF-32LE", "\xC3\xA4"},
+           {std::string("\0\0\xFE\xFF\0\0\0\xE4", 8), "", "UTF-8", "UTF-32BE", "\xC3\xA4"},
            {"\x83\x65", "Shift_JIS", "UTF-8", "Shift_JIS", "\xE3\x83\x86"},
            {"\xC3\xA4", "windows-1252", "UTF-8", "windows-1252", "\xC3\x83\xC2\xA4"},
            {wide(u"\xFEFF\xE4\n\xD83D\xDE00", false), "", "UTF-8", "UTF-16LE", "\xC3\xA4\n\xF0\x9F\x98\x80"},
@@ -172,7 +183,7 @@ TEST_F(ImportTest, ReadsEachEncoding) {
     auto source = TextSource::Open(NewFile("text.txt", c.bytes), c.overrule, c.code_page);
     ASSERT_EQ(bool(source), c.encoding != nullptr) << c.overrule;
     if (!source) continue;
-    EXPECT_EQ(source->encoding(), c.encoding) << c.text;
+    EXPECT_EQ(source->encoding().name, c.encoding) << c.text;
     std::string all;
     std::string block;
     while (*source->Read(block)) all += block;
@@ -193,7 +204,7 @@ TEST_F(ImportTest, BlocksMayEndAnywhere) {
       }
       auto source = TextSource::Open(NewFile("text.txt", bytes), encoding, "UTF-8");
       ASSERT_TRUE(source);
-      EXPECT_EQ(source->encoding(), std::string_view(encoding).empty() ? "UTF-8" : encoding);
+      EXPECT_EQ(source->encoding().name, std::string_view(encoding).empty() ? "UTF-8" : encoding);
       LineReader reader(*source);
       Line line;
       std::vector<std::string> ends;
@@ -237,15 +248,112 @@ TEST(ImportMapping, ReadsLabelsAndFields) {
 }
 
 TEST(ImportMapping, ShowsASampleAndReadsItsKeysBack) {
-  EXPECT_EQ(SampleEntries(" \"a\" ;b;;\xC3\xA4xy", ';', true),
+  const auto entries_of = [](std::string_view line, char delimiter, bool quotes) {
+    std::vector<std::string_view> fields;
+    SplitLine(line, delimiter, kSourceFields, fields);
+    return SampleEntries(fields, quotes);
+  };
+  EXPECT_EQ(entries_of(" \"a\" ;b;;\xC3\xA4xy", ';', true),
             (std::vector<std::string>{"Ignore", "Field 1 = a", "Field 2 = ", "Field 3 = ", "Field 4 = x"}));
-  const auto entries = SampleEntries(" 1, 2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20", ',', false);
+  const auto entries = entries_of(" 1, 2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20", ',', false);
   ASSERT_EQ(entries.size(), 19U);
   EXPECT_EQ(entries[1], "Field 1 = 1");
   for (int field = 0; field <= 18; ++field) EXPECT_EQ(SourceFieldOf(entries[static_cast<std::size_t>(field)]), field);
   for (const char* other : {"", "Field 1", "Field 0 = x", "Field 19 = x", "field 1 = x"}) {
     EXPECT_EQ(SourceFieldOf(other), kIgnore) << other;
   }
+}
+
+// What the counts do not say: each file with its options, and the sentences.
+TEST_F(ImportTest, TellsWhatWentOddly) {
+  struct Case {
+    std::string text;
+    char delimiter;
+    bool rfc4180;
+    const char* map;  // nullptr: a harvest
+    std::vector<std::string> told;
+  };
+  const std::string long_line(LineReader::kLongestLine + 1, 'x');
+  const auto group = NewGroup("A");
+  for (const Case& c : std::initializer_list<Case>{
+           {"a1@x.org\n o'n@x.org \n\"b1@x.org\"\n", ',', false, "Email Address=1", {}},
+           {"Ada,a2@x.org\nBob,b2@x.org\n",
+            ';',
+            false,
+            "Email Address=1",
+            {"2 addresses have other text around them, which is stored with them; the first is “Ada,a2@x.org”.",
+             "The delimiter “Comma” would fit this file."}},
+           {"Ada,a3@x.org\nBob,b3@x.org\n",
+            '\t',
+            false,
+            "Email Address=2",
+            {"The delimiter “Comma” would fit this file."}},
+           {"Bob <b4@x.org>,Bob\nc4@x.org,Cyd\n",
+            ',',
+            false,
+            "Email Address=1",
+            {"1 address has other text around it, which is stored with it: “Bob <b4@x.org>”."}},
+           {"\"Lovelace, Ada\",\"a5@x.org\"\n\"Bee, Bob\",\"b5@x.org\"\n",
+            ',',
+            false,
+            "Email Address=2",
+            {"Its fields stand in quotes; reading it as RFC 4180 would take them off."}},
+           {"\"Lovelace, Ada\",\"a6@x.org\"\n", ',', true, "Email Address=2", {}},
+           {"a7@x.org\nb7@x.org,\"open\n",
+            ',',
+            true,
+            "Email Address=1",
+            {"A quote in the record that begins on line 2 is never closed; what stands behind it was not taken."}},
+           {"a8@x.org\n" + long_line + "\n" + long_line + "\nb8@x.org",
+            ',',
+            false,
+            "Email Address=1",
+            {"2 lines are longer than 1 MiB and were ignored, the first is line 2."}},
+           {"a9@x.org,\xC3\xA4\xC3\xA4\r\nb9@x.org\rc9@x.org,\xE4\nd9@x.org",
+            ',',
+            false,
+            "Email Address=1",
+            {"1 byte is not UTF-8, on line 3: “\uFFFD” stands for it. The rest was read as UTF-8."}},
+           {std::string("d\0@\0x\0.\0o\0r\0g\0", 14),
+            ',',
+            false,
+            "Email Address=1",
+            {"The file has no mark of its encoding; it was read as UTF-16LE for the zeros in it."}},
+           {"o'neill@x.org ada+news@x.org",
+            ',',
+            false,
+            nullptr,
+            {"2 addresses were cut, the first to neill@x.org: a harvest takes letters, digits, “.”, “_” and “-”, and "
+             "five letters at the end. Import such a list with “quillcast import --map”."}}}) {
+    auto request = Lines(NewFile("list.txt", c.text), c.map == nullptr ? "Title=1" : c.map, c.delimiter);
+    if (c.map == nullptr) request.mode = ImportMode::kHarvest;
+    request.reading.rfc4180 = c.rfc4180;
+    std::vector<std::string> told;
+    for (const auto& sentence : ImportTroubles(Run(request))) told.push_back(sentence.InEnglish());
+    EXPECT_EQ(told, c.told) << c.text.substr(0, 40);
+  }
+  EXPECT_NE(Addresses(group).find(" o'n@x.org  \"b1@x.org\" "), std::string::npos) << "stored as they stand";
+}
+
+TEST_F(ImportTest, ADryRunCountsAndChangesNothing) {
+  const auto group = NewGroup("A");
+  Add(group, "u1@x.org");
+  std::string text;
+  for (int i = 0; i < 9000; ++i) text += fmt::format("U{}@x.org\n", i);
+  auto request = Lines(NewFile("list.txt", text + "nobody\nu0@x.org\n"), "Email Address=1");
+  request.dry_run = true;
+  EXPECT_EQ(Run(request).counts, (ImportCounts{8999, 2, 1}));
+  EXPECT_EQ(Addresses(group), "u1@x.org ");
+  EXPECT_FALSE(std::filesystem::exists(Places().report));
+}
+
+TEST_F(ImportTest, SkipsLinesAtTheBeginning) {
+  const auto group = NewGroup("A");
+  auto request = Lines(NewFile("list.txt", "\"two\nlines\",t@x.org\r\nu@x.org,2\nv@x.org,3\n"), "Email Address=1");
+  request.reading.rfc4180 = true;
+  request.skip = 1;  // the record that begins on line 1 is over two lines
+  EXPECT_EQ(Run(request).counts, (ImportCounts{2, 0, 0}));
+  EXPECT_EQ(Addresses(group), "u@x.org v@x.org ");
 }
 
 TEST(ImportChecks, ComplainInTheGivenOrder) {

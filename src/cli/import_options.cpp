@@ -1,0 +1,218 @@
+#include "cli/import_options.h"
+
+#include <fmt/format.h>
+
+#include <limits>
+
+#include "platform/text.h"
+#include "recipients/import/headings.h"
+#include "recipients/import/kept_mappings.h"
+
+namespace quillcast::cli {
+namespace {
+
+using recipients::ImportMode;
+using recipients::ImportRequest;
+using recipients::KeptMapping;
+
+constexpr std::size_t kPreviewLines = 5;
+constexpr std::size_t kLongestShown = 200;  // bytes of a field
+constexpr std::string_view kFindOut = "Auto";
+
+Error WaysOfMapping(const char* what) {
+  return {Failure::kUsage, what,
+          "--harvest finds every address in the file; --map \"Email Address=1\", --header or --mapping NAME take one "
+          "recipient from each line."};
+}
+
+Result<void> CheckWays(const ImportOptions& options) {
+  const int ways = static_cast<int>(options.harvest) + static_cast<int>(!options.map.empty()) +
+                   static_cast<int>(options.header) + static_cast<int>(!options.mapping.empty());
+  if (ways > 1) return WaysOfMapping("An import takes either --harvest or --map, --header or --mapping.");
+  if (ways == 0 && !options.preview)
+    return WaysOfMapping("An import takes either --harvest or one of --map, --header and --mapping.");
+  if (options.quotes && options.rfc4180) {
+    return Error{
+        Failure::kUsage, "--quotes and --rfc4180 exclude each other.",
+        "--rfc4180 reads quotes as spreadsheets write them; --quotes takes the first and the last character off "
+        "every field, whatever they are."};
+  }
+  return {};
+}
+
+Result<void> TakeDelimiter(const ImportOptions& options, const std::string& codeset, ImportPlan& plan) {
+  auto& reading = plan.request.reading;
+  if (options.delimiter.empty()) return {};
+  if (platform::EqualsIgnoringAsciiCase(options.delimiter, kFindOut)) {
+    const auto found = recipients::FindDelimiterOf(plan.request.file, reading, codeset);
+    if (!found) return found.error();
+    reading.delimiter = found->delimiter.character;
+    plan.delimiter_was_found = true;
+    return {};
+  }
+  const auto delimiter = recipients::DelimiterOf(options.delimiter);
+  if (!delimiter) {
+    return Error{Failure::kUsage, Say("\"{}\" is no delimiter.", options.delimiter),
+                 "Name Tab, Colon, Space, Comma or Semicolon, or Auto to have it found out."};
+  }
+  reading.delimiter = *delimiter;
+  return {};
+}
+
+Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
+  auto reading = plan.request.reading;
+  reading.most_fields = std::numeric_limits<std::int32_t>::max();
+  const auto sample = recipients::ReadSample(plan.request.file, reading, codeset, 1, plan.request.skip);
+  if (!sample) return sample.error();
+  if (!sample->lines.empty()) {
+    const auto& line = sample->lines.front();
+    auto fields = line.Fields();
+    std::vector<std::string> bare;
+    if (plan.request.quotes) {
+      for (auto& field : fields) field = recipients::WithoutQuotes(field);
+    }
+    plan.request.mapping = recipients::MapByHeadings(fields).mapping;
+    plan.request.skip = line.number;
+    plan.headings.assign(fields.begin(), fields.end());
+  }
+  if (plan.request.mapping.source[recipients::kEmail] != recipients::kIgnore) return {};
+  std::string named;
+  for (const std::string& heading : plan.headings) named += (named.empty() ? "" : ", ") + heading;
+  return Error{Failure::kBadData,
+               Say("The heading line names no field for the address: {}.", platform::Printable(named, kLongestShown)),
+               "`--preview` shows the fields by number, `--map` takes them by it; `--skip` leaves lines before the "
+               "headings out, and `--delimiter` says how they are parted."};
+}
+
+void TakeKept(const KeptMapping& kept, ImportRequest& request) {
+  request.mapping = kept.mapping;
+  request.reading.delimiter = kept.delimiter;
+  request.reading.rfc4180 = kept.rfc4180;
+  request.quotes = kept.quotes;
+  request.skip = kept.skip;
+}
+
+std::string MappedHeadings(const ImportPlan& plan) {
+  std::string mapped;
+  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
+    const int source = plan.request.mapping.source[field];
+    if (source == recipients::kIgnore || static_cast<std::size_t>(source) > plan.headings.size()) continue;
+    mapped += fmt::format("{}{} = \"{}\"", mapped.empty() ? "" : ", ", recipients::kFields[field].label,
+                          platform::Printable(plan.headings[static_cast<std::size_t>(source) - 1], kLongestShown));
+  }
+  return mapped;
+}
+
+// The fields that are shown of a line: what they are called and what stands in them.
+std::vector<std::pair<std::string, std::string>> Shown(const recipients::SampleLine& line,
+                                                       const ImportRequest& request) {
+  std::vector<std::pair<std::string, std::string>> shown;
+  const auto fields = line.Fields();
+  if (request.mapping.IsAllIgnore()) {
+    for (std::size_t at = 0; at < fields.size(); ++at) {
+      shown.emplace_back(fmt::format("Field {}", at + 1),
+                         request.quotes ? recipients::WithoutQuotes(fields[at]) : fields[at]);
+    }
+    return shown;
+  }
+  const auto values = recipients::MapFields(fields, request.quotes, request.mapping);
+  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
+    if (request.mapping.source[field] != recipients::kIgnore)
+      shown.emplace_back(recipients::kFields[field].label, values[field]);
+  }
+  return shown;
+}
+
+void TellFile(Context& context, const recipients::FileFacts& facts, const ImportPlan& plan) {
+  nlohmann::ordered_json object;
+  if (!facts.encoding.name.empty()) {
+    context.output.Line(fmt::format("Encoding: {} ({})", facts.encoding.name, facts.encoding.how_known));
+    object = {{"encoding", facts.encoding.name}, {"known_by", facts.encoding.how_known}};
+  }
+  object["format"] = recipients::NameOf(facts.format);
+  context.output.Line(fmt::format("Format: {}", recipients::NameOf(facts.format)));
+  if (facts.format == recipients::FileFormat::kDelimited && plan.request.mode == ImportMode::kDelimited) {
+    const auto name = recipients::NameOf(plan.request.reading.delimiter);
+    context.output.Line(fmt::format("Delimiter: {}{}", name, plan.delimiter_was_found ? " (found out)" : ""));
+    object["delimiter"] = name;
+  }
+  if (!plan.headings.empty()) object["mapping"] = recipients::MappingText(plan.request.mapping);
+  context.output.Object(object);
+}
+
+}  // namespace
+
+Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesystem::path& file,
+                              const profile::SettingsStore& settings, const std::string& codeset) {
+  if (const auto checked = CheckWays(options); !checked) return checked.error();
+  ImportPlan plan;
+  ImportRequest& request = plan.request;
+  request.file = file;
+  request.group = options.group;
+  request.mode = options.harvest ? ImportMode::kHarvest : ImportMode::kDelimited;
+  if (!options.mapping.empty()) {
+    const auto kept = recipients::FindMapping(settings, options.mapping);
+    if (!kept) return kept.error();
+    TakeKept(*kept, request);
+  }
+  request.reading.encoding = options.encoding;
+  request.reading.rfc4180 = (request.reading.rfc4180 && !options.quotes) || options.rfc4180;
+  request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
+  request.dry_run = options.dry_run;
+  if (options.skip > 0) request.skip = options.skip;
+  if (const auto taken = TakeDelimiter(options, codeset, plan); !taken) return taken.error();
+  if (!options.map.empty()) {
+    const auto mapping = recipients::ParseMapping(options.map);
+    if (!mapping) return mapping.error();
+    request.mapping = *mapping;
+  }
+  if (options.header) {
+    if (const auto mapped = MapByHeader(codeset, plan); !mapped) return mapped.error();
+  }
+  return plan;
+}
+
+Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan, profile::SettingsStore& settings) {
+  if (options.save_mapping.empty()) return {};
+  const auto& request = plan.request;
+  return recipients::KeepMapping(settings, {.name = options.save_mapping,
+                                            .mapping = request.mapping,
+                                            .delimiter = request.reading.delimiter,
+                                            .quotes = request.quotes,
+                                            .rfc4180 = request.reading.rfc4180,
+                                            .skip = request.skip});
+}
+
+void TellPlan(Context& context, const ImportPlan& plan) {
+  if (plan.delimiter_was_found) {
+    context.output.Note(fmt::format("Delimiter: {} (found out).", recipients::NameOf(plan.request.reading.delimiter)));
+  }
+  if (!plan.headings.empty()) context.output.Note(fmt::format("Mapped by the headings: {}.", MappedHeadings(plan)));
+}
+
+int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset) {
+  const auto& request = plan.request;
+  auto reading = request.reading;
+  if (request.mode == ImportMode::kHarvest) {  // whole lines
+    reading.rfc4180 = false;
+    reading.delimiter = '\n';
+  }
+  const auto most = std::max(request.mapping.Highest(), recipients::kSourceFields);
+  reading.most_fields = static_cast<std::size_t>(most);
+  const auto sample = recipients::ReadSample(request.file, reading, codeset, kPreviewLines, request.skip);
+  if (!sample) return context.output.Fail(sample.error());
+  TellFile(context, sample->facts, plan);
+  for (const auto& line : sample->lines) {
+    context.output.Line(fmt::format("Line {}:", line.number));
+    nlohmann::ordered_json object = {{"line", line.number}};
+    for (const auto& [name, text] : Shown(line, request)) {
+      context.output.Line(fmt::format("  {} = {}", name, platform::Printable(text, kLongestShown)));
+      object[name] = text;
+    }
+    context.output.Object(object);
+  }
+  for (const auto& sentence : recipients::Describe(sample->facts)) context.output.Note(sentence.InEnglish());
+  return 0;
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,53 @@
+// What an import was asked for on the command line, made into a request.
+#pragma once
+
+#include <string>
+
+#include "cli/context.h"
+#include "recipients/import/import_sample.h"
+#include "recipients/import/recipient_import.h"
+
+namespace quillcast::cli {
+
+struct ImportOptions {
+  std::string file;  // "-" is standard input
+  std::string group;
+  bool harvest = false;
+  std::string map;
+  bool header = false;
+  std::string mapping;       // of a kept one, its name
+  std::string save_mapping;  // the name to keep it under
+  std::string delimiter;     // empty: that of the kept mapping, or Comma
+  bool quotes = false;
+  bool rfc4180 = false;
+  std::int64_t skip = 0;
+  bool opt_in = false;
+  std::string encoding;
+  bool preview = false;
+  bool dry_run = false;
+  bool list_mappings = false;
+  std::string delete_mapping;
+};
+
+// What was asked for, with what had to be found out in the file.
+struct ImportPlan {
+  recipients::ImportRequest request;
+  bool delimiter_was_found = false;
+  std::vector<std::string> headings;  // that were mapped by; none without --header
+};
+
+// `file` is what to open, where that is not what was named. Errors: kUsage for what does not go together, and those of
+// reading the file.
+Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesystem::path& file,
+                              const profile::SettingsStore& settings, const std::string& codeset);
+
+// Keeps the mapping of the plan under the name that was asked for, if any was.
+Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan, profile::SettingsStore& settings);
+
+// Tells how the file is read: "Delimiter: Semicolon (found out)". Nothing for what is as it always is.
+void TellPlan(Context& context, const ImportPlan& plan);
+
+// How the first lines would be read: by the mapping, or where there is none, all fields by their numbers.
+int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset);
+
+}  // namespace quillcast::cli

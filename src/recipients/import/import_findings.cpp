@@ -1,0 +1,82 @@
+#include "recipients/import/import_findings.h"
+
+#include "platform/text.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::size_t kLongestShown = 100;  // bytes of a value
+
+}  // namespace
+
+void ImportFindings::NoteCut(std::string_view address) {
+  if (++cut_addresses == 1) first_cut = address;
+}
+
+void ImportFindings::NoteInText(std::string_view value) {
+  if (++addresses_in_text == 1) first_in_text = value;
+}
+
+void ImportFindings::NoteFault(const FieldLine& line) {
+  if (line.fault == LineFault::kOpenQuote) {
+    open_quote_line = line.number;
+  } else if (++long_lines == 1) {
+    first_long_line = line.number;
+  }
+}
+
+std::vector<Sentence> Describe(const ImportFindings& findings) {
+  std::vector<Sentence> told;
+  if (findings.cut_addresses > 0) {
+    told.push_back(SayOf(
+        findings.cut_addresses,
+        "{} address was cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters "
+        "at the end. Import such a list with “quillcast import --map”.",
+        "{} addresses were cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five "
+        "letters at the end. Import such a list with “quillcast import --map”.",
+        platform::Printable(findings.first_cut, kLongestShown)));
+  }
+  if (findings.addresses_in_text > 0) {
+    told.push_back(SayOf(findings.addresses_in_text,
+                         "{} address has other text around it, which is stored with it: “{}”.",
+                         "{} addresses have other text around them, which is stored with them; the first is “{}”.",
+                         platform::Printable(findings.first_in_text, kLongestShown)));
+  }
+  if (findings.fitting) told.push_back(Say("The delimiter “{}” would fit this file.", findings.fitting->name));
+  if (findings.quotes_unread)
+    told.emplace_back("Its fields stand in quotes; reading it as RFC 4180 would take them off.");
+  if (findings.long_lines > 0) {
+    told.push_back(SayOf(findings.long_lines, "{} line is longer than 1 MiB and was ignored, line {}.",
+                         "{} lines are longer than 1 MiB and were ignored, the first is line {}.",
+                         findings.first_long_line));
+  }
+  if (findings.open_quote_line > 0) {
+    told.push_back(
+        Say("A quote in the record that begins on line {} is never closed; what stands behind it was not "
+            "taken.",
+            findings.open_quote_line));
+  }
+  return told;
+}
+
+std::vector<Sentence> Describe(const FileFacts& facts) {
+  std::vector<Sentence> told;
+  if (facts.encoding.is_utf16_unmarked) {
+    told.push_back(
+        Say("The file has no mark of its encoding; it was read as {} for the zeros in it.", facts.encoding.name));
+  }
+  if (facts.encoding.bad_bytes > 0) {
+    told.push_back(SayOf(facts.encoding.bad_bytes,
+                         "{} byte is not UTF-8, on line {}: “\uFFFD” stands for it. The rest was read as UTF-8.",
+                         "{} bytes are not UTF-8, the first on line {}: “\uFFFD” stands for each. The rest was read as "
+                         "UTF-8.",
+                         facts.encoding.first_bad_line));
+  }
+  if (facts.sheets_left_unread > 0) {
+    told.push_back(SayOf(facts.sheets_left_unread, "{} more sheet of the file was not read.",
+                         "{} more sheets of the file were not read."));
+  }
+  return told;
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,47 @@
+#include "recipients/import/import_sample.h"
+
+#include "recipients/import/line_reader.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::size_t kLinesForADelimiter = 64;
+
+}  // namespace
+
+Result<ImportSample> ReadSample(const std::filesystem::path& file, const ReadingOptions& options,
+                                std::string_view code_page, std::size_t count, std::int64_t skip) {
+  auto lines = OpenLines(file, options, code_page);
+  if (!lines) return lines.error();
+  ImportSample sample;
+  const auto read = (*lines)->Read([&](const FieldLine& line) {
+    if (line.number <= skip) return true;
+    if (sample.lines.size() == count) return false;
+    sample.lines.push_back({line.number, line.fault, {line.fields.begin(), line.fields.end()}});
+    return sample.lines.size() < count;
+  });
+  if (!read) return read.error();
+  sample.facts = (*lines)->Facts();
+  return sample;
+}
+
+Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
+                                       std::string_view code_page) {
+  const auto format = options.format == FileFormat::kAuto ? FindOutFormat(file) : options.format;
+  if (!format) return format.error();
+  if (*format != FileFormat::kDelimited) return FoundDelimiter{};
+  auto source = TextSource::Open(file, options.encoding, code_page);
+  if (!source) return source.error();
+  LineReader reader(*source);
+  Line line;
+  std::vector<std::string> lines;
+  while (lines.size() < kLinesForADelimiter) {
+    const auto more = reader.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    lines.emplace_back(line.text);
+  }
+  return FindDelimiter(lines);
+}
+
+}  // namespace quillcast::recipients

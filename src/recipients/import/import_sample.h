@@ -1,0 +1,36 @@
+// A look at the first lines of a file, before anything is imported.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recipients/import/find_delimiter.h"
+#include "recipients/import/open_lines.h"
+
+namespace quillcast::recipients {
+
+struct SampleLine {
+  std::int64_t number = 0;
+  LineFault fault = LineFault::kNone;
+  std::vector<std::string> texts;
+
+  std::vector<std::string_view> Fields() const { return {texts.begin(), texts.end()}; }
+};
+
+struct ImportSample {
+  FileFacts facts;
+  std::vector<SampleLine> lines;
+};
+
+// The first lines behind the `skip` ones before them, `count` at most.
+Result<ImportSample> ReadSample(const std::filesystem::path& file, const ReadingOptions& options,
+                                std::string_view code_page, std::size_t count, std::int64_t skip = 0);
+
+// By the first lines of the file; other formats than delimited text have no delimiter, and need none.
+Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
+                                       std::string_view code_page);
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,34 @@
+// How a list is read that comes again and again, kept under a name.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "profile/settings_store.h"
+#include "recipients/import/import_mapping.h"
+
+namespace quillcast::recipients {
+
+struct KeptMapping {
+  std::string name;
+  ImportMapping mapping;
+  char delimiter = ',';
+  bool quotes = false;
+  bool rfc4180 = false;
+  std::int64_t skip = 0;  // lines at the beginning
+
+  bool operator==(const KeptMapping&) const = default;
+};
+
+// By name. Names differ in more than the case of their letters.
+Result<std::vector<KeptMapping>> ListMappings(const profile::SettingsStore& settings);
+// Errors: kUsage where there is none of that name.
+Result<KeptMapping> FindMapping(const profile::SettingsStore& settings, std::string_view name);
+// In the place of one of the same name. Errors: kUsage for a name that is empty.
+Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping);
+// Errors: kUsage where there is none of that name.
+Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name);
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,109 @@
+"""Lists as people have them, imported by command: headings, delimiters, quotes, standard input, and what is told."""
+import json
+import subprocess
+import unittest
+
+from quillcast import Case, PROGRAM
+
+SHOP = ('"Order";"Billing First Name";"Billing Last Name";"Billing Email";"Note"\r\n'
+        '"1";"Ada";"Lovelace";"ada@r.example";"rings; twice\r\nplease"\r\n'
+        '"2";"Jörg";"O\'Neill";"joerg@r.example";"says ""hi"""\r\n')
+
+
+class Import(Case):
+
+    def setUp(self):
+        super().setUp()
+        self.ok("group", "new", "All")
+
+    def run_import(self, *arguments, given=None):
+        done = subprocess.run([PROGRAM, "--profile", self.profile, "--json", "import", *map(str, arguments)], timeout=60,
+                              input=given if given is not None else b"", capture_output=True)
+        return done.returncode, [json.loads(line) for line in done.stdout.decode().splitlines()], done.stderr.decode()
+
+    def recipients(self, *fields):
+        rows = map(json.loads, self.ok("--json", "recipient", "list", "-g", "All", "--fields").splitlines())
+        return [tuple(row[field] for field in fields) for row in rows]
+
+    def test_a_list_of_a_web_shop(self):
+        shop = self.write("shop.csv", SHOP)
+        reading = ["--header", "--delimiter", "Auto", "--rfc4180"]
+        code, said, err = self.run_import(shop, "-g", "All", *reading, "--dry-run")
+        self.assertEqual((code, said[0]["added"], said[0]["dry_run"]), (0, 2, True), err)
+        self.assertEqual(self.recipients("Email Address"), [])
+        code, said, err = self.run_import(shop, "-g", "All", *reading, "--opt-in", "--save-mapping", "Shop")
+        self.assertEqual((code, said[0]["added"], said[0]["ignored"], said[0]["warnings"]), (0, 2, 0, []), err)
+        self.assertEqual(said[0]["mapping"], "Email Address=4,First Name=2,Last Name=3")
+        self.assertIn("Delimiter: Semicolon (found out).", err)
+        self.assertIn('Email Address = "Billing Email"', err)
+        self.assertEqual(self.recipients("Email Address", "First Name", "Last Name"),
+                         [("ada@r.example", "Ada", "Lovelace"), ("joerg@r.example", "Jörg", "O'Neill")])
+        # The next one comes in the same way, with what is new.
+        new = SHOP + '"3";"Eve";"";"eve@r.example";""\r\n'
+        code, said, err = self.run_import("-", "-g", "All", "--mapping", "shop", "--opt-in", given=new.encode())
+        self.assertEqual((code, said[0]["added"], said[0]["duplicates"], said[0]["ignored"]), (0, 1, 2, 0), err)
+        self.assertEqual(self.recipients("First Name")[-1], ("Eve",))
+
+    def test_a_preview_shows_fields_by_number_or_by_name(self):
+        shop = self.write("shop.csv", SHOP)
+        code, said, err = self.run_import(shop, "--preview", "--delimiter", "Auto", "--rfc4180", "--skip", "1")
+        self.assertEqual(code, 0, err)
+        self.assertEqual(said[0], {"encoding": "UTF-8", "known_by": "all of it is valid", "format": "delimited text",
+                                   "delimiter": "Semicolon"})
+        self.assertEqual(said[1], {"line": 2, "Field 1": "1", "Field 2": "Ada", "Field 3": "Lovelace",
+                                   "Field 4": "ada@r.example", "Field 5": "rings; twice\r\nplease"})
+        self.assertEqual(said[2]["line"], 4)
+        text = self.ok("import", shop, "--preview", "--delimiter", "Semicolon", "--rfc4180", "--header")
+        self.assertIn("Line 2:\n  Email Address = ada@r.example\n  First Name = Ada\n", text)
+        self.assertIn("Delimiter: Semicolon\n", text)
+        self.assertIn("  Field 5 = ada@r.example\n", self.ok("import", self.write("wide", "1,2,3,4,ada@r.example"), "--preview"))
+
+    def test_headings_beyond_the_eighteenth_field(self):
+        wide = self.write("wide.csv", ",".join(f"x{n}" for n in range(24)) + ",Email\n" + "," * 24 + "ada@r.example\n")
+        self.assertEqual(self.run_import(wide, "-g", "All", "--header", "--opt-in")[1][0]["added"], 1)
+
+    def test_mappings_that_are_kept(self):
+        list_ = self.write("list", "ada@r.example\tAda\n")
+        self.run_import(list_, "-g", "All", "--map", "Email Address=1,First Name=2", "--delimiter", "Tab", "--quotes",
+                        "--skip", "2", "--save-mapping", "Mine", "--preview")
+        self.assertEqual(self.run_import("--list-mappings")[1],
+                         [{"name": "Mine", "mapping": "Email Address=1,First Name=2", "delimiter": "Tab", "quotes": True,
+                           "rfc4180": False, "skip": 2}])
+        code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--opt-in")
+        self.assertEqual((code, said[0]["added"]), (65, 0), "both lines are skipped")
+        self.assertEqual(self.run_import("--delete-mapping", "mine")[0], 0)
+        code, _, err = self.run_import(list_, "-g", "All", "--mapping", "Mine")
+        self.assertEqual(code, 64)
+        self.assertIn('no mapping "Mine"', err)
+
+    def test_what_does_not_go(self):
+        list_ = self.write("list.csv", "Name,Town\nAda,Paris\n")
+        for words, exit_code, part in [
+            ([list_, "-g", "All"], 64, "--header"),
+            ([list_, "-g", "All", "--header", "--map", "Email Address=1"], 64, "either --harvest or --map"),
+            ([list_, "-g", "All", "--header", "--opt-in"], 65, "names no field for the address: Name, Town"),
+            ([list_, "-g", "All", "--map", "Email Address=1", "--quotes", "--rfc4180"], 64, "exclude each other"),
+            (["-g", "All", "--harvest"], 64, "No file is named"),
+            (["--delete-mapping", "none"], 64, 'no mapping "none"'),
+            (["-", "-g", "All", "--harvest", "--opt-in"], 65, "- holds no address"),
+        ]:
+            code, said, err = self.run_import(*words)
+            self.assertEqual(code, exit_code, (words, said, err))
+            self.assertIn(part, err)
+
+    def test_standard_input_is_read_once_and_leaves_nothing(self):
+        given = b"First,Mail\n" + b"".join(b"F%d,u%d@r.example\n" % (n, n) for n in range(5000))
+        code, said, err = self.run_import("-", "-g", "All", "--header", "--opt-in", given=given)
+        self.assertEqual((code, said[0]["added"]), (0, 5000), err)
+        self.assertEqual(sorted(path.name for path in (self.profile / "Temp").iterdir()), ["ReportButton.txt"])
+
+    def test_a_wrong_delimiter_is_told_with_the_right_one(self):
+        list_ = self.write("list.csv", "Ada;ada@r.example\nBob;bob@r.example\n")
+        code, said, err = self.run_import(list_, "-g", "All", "--map", "Email Address=2", "--opt-in")
+        self.assertEqual(code, 65)
+        self.assertIn("“Semicolon” would fit", said[0]["warnings"][0])
+        self.assertIn("“Semicolon” would fit", err)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,155 @@
+// How files are cut into lines of fields: quotes, delimiters, headings, and mappings that are kept.
+#include <gtest/gtest.h>
+
+#include "recipients/import/find_delimiter.h"
+#include "recipients/import/headings.h"
+#include "recipients/import/kept_mappings.h"
+#include "recipients/import/quoted_reader.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::recipients {
+namespace {
+
+// "1:a|b" for the fields a and b on line 1; "3:?" for a line with a fault.
+std::string Records(std::string_view text, std::size_t piece, std::size_t most_fields = 18) {
+  std::string all;
+  const FieldLines::Take take = [&all](const FieldLine& line) {
+    all += (all.empty() ? "" : " ") + std::to_string(line.number) + ":";
+    if (line.fault != LineFault::kNone) all += line.fault == LineFault::kOpenQuote ? "open" : "long";
+    for (std::size_t at = 0; at < line.fields.size(); ++at) all += (at == 0 ? "" : "|") + std::string(line.fields[at]);
+    return true;
+  };
+  QuotedReader reader(',', most_fields, take);
+  for (std::size_t at = 0; at < text.size(); at += piece) reader.Feed(text.substr(at, piece));
+  reader.Finish();
+  return all;
+}
+
+TEST(QuotedReader, ReadsRfc4180HoweverItComes) {
+  struct Case {
+    std::string text;
+    std::string records;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"a,b\r\nc,d", "1:a|b 2:c|d"},
+                                                   {"a\rb\nc\r\n\r\nd\n", "1:a 2:b 3:c 5:d"},
+                                                   {"\"a,b\",\"c\r\nd\"\r\ne", "1:a,b|c\r\nd 3:e"},
+                                                   {"\"say \"\"hi\"\"\",x\n\"\"", "1:say \"hi\"|x 2:"},
+                                                   {"\"a\nb\rc\r\nd\"\ne", "1:a\nb\rc\r\nd 5:e"},
+                                                   {",\n,,\n", "1:| 2:||"},
+                                                   {"a\"b,c\"\n", "1:a\"b|c\""},
+                                                   {"\"a\"b\"c,d\n", "1:ab\"c|d"},
+                                                   {" \"a\",b\n", "1: \"a\"|b"},
+                                                   {"a,\"b\n", "1:open"},
+                                                   {"a\n\"", "1:a 2:open"},
+                                                   {"\"\"\"\"\n", "1:\""},
+                                                   {"", ""},
+                                                   {"\n\r\n\r", ""},
+                                                   {"a,\xC3\xA4\n", "1:a|\xC3\xA4"}}) {
+    for (const std::size_t piece : {1, 2, 3, 1000}) EXPECT_EQ(Records(c.text, piece), c.records) << c.text << piece;
+  }
+  EXPECT_EQ(Records("a,b,\"c,\n\",d\ne", 1, 2), "1:a|b 3:e");
+}
+
+TEST(QuotedReader, BoundsARecord) {
+  const std::string most(QuotedReader::kLongestRecord - 2, 'x');
+  EXPECT_EQ(Records(most + ",y\nz", 65536).size(), most.size() + 8);
+  EXPECT_EQ(Records(most + ",yy\nz", 65536), "1:long 2:z");
+  EXPECT_EQ(Records("\"" + most + "\n\n\n\",y\nz", 65536), "1:long 5:z");
+}
+
+TEST(FindDelimiter, CutsTheAddressOut) {
+  struct Case {
+    std::vector<std::string> lines;
+    const char* name;
+    bool is_needed;
+    bool is_quoted;
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{{"Ada,a@x.org", "Bob,b@x.org"}, "Comma", true, false},
+                                   {{"Name;Mail", "Love, Ada;a@x.org", "Bee, Bob;b@x.org"}, "Semicolon", true, false},
+                                   {{"Ada Love\ta@x.org\t1,5", "Bob\tb@x.org\t2,5"}, "Tab", true, false},
+                                   {{"a@x.org:Ada", "b@x.org:Bob"}, "Colon", true, false},
+                                   {{"Ada a@x.org", "Bob b@x.org"}, "Space", true, false},
+                                   {{"\"Love; Ada\",\"a@x.org\"", "\"Bee\",\"b@x.org\""}, "Comma", true, true},
+                                   {{"a@x.org", "o'b@x.org"}, "Comma", false, false},
+                                   {{"http://x;a@x.org;12:30", "", "http://y;b@x.org;13:30"}, "Semicolon", true, false},
+                                   {{"a;b;c", "d;e;f,g"}, "Semicolon", true, false},
+                                   {{}, "Comma", false, false}}) {
+    const auto found = FindDelimiter(c.lines);
+    EXPECT_EQ(found.delimiter.name, c.name) << (c.lines.empty() ? "" : c.lines[0]);
+    EXPECT_EQ(found.is_needed, c.is_needed) << c.name;
+    EXPECT_EQ(found.is_quoted, c.is_quoted) << c.name;
+  }
+}
+
+TEST(Headings, MapByWhatListsCallTheFields) {
+  struct Case {
+    const char* from;
+    std::vector<std::string_view> headings;
+    const char* mapping;
+    bool looks;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"English", {"First Name", "Last Name", "E-mail Address"}, "Email Address=3,First Name=1,Last Name=2", true},
+           {"German",
+            {"Anrede", "Vorname", "Nachname", "Straße", "PLZ", "Ort", "E-Mail-Adresse"},
+            "Email Address=7,Title=1,First Name=2,Last Name=3,City=6,Address 1=4,ZIP Code=5",
+            true},
+           {"French",
+            {"CIVILITÉ", "Nom", "PRÉNOM", "Courriel", "Société"},
+            "Email Address=4,Title=1,First Name=3,Last Name=2,Company=5",
+            true},
+           {"Spanish", {"Nombre", "Apellidos", "Correo electrónico"}, "Email Address=3,First Name=1,Last Name=2", true},
+           {"Russian", {"Имя", "ФАМИЛИЯ", "Электронная почта"}, "Email Address=3,First Name=1,Last Name=2", true},
+           {"Japanese", {"姓", "名", "メールアドレス"}, "Email Address=3,First Name=2,Last Name=1", true},
+           {"a web shop",
+            {"Order", "Billing First Name", "billing_last_name", "Billing Email", "Shipping City"},
+            "Email Address=4,First Name=2,Last Name=3,City=5",
+            true},
+           {"an address book",
+            {"Name", "Given Name", "Family Name", "E-mail 1 - Value", "Organization 1 - Name"},
+            "Email Address=4,First Name=2,Last Name=3,Company=5",
+            true},
+           {"whole names", {"\"name\"", "EMAIL"}, "Email Address=2,First Name=1", true},
+           {"a name beside a first one", {"Name", "Vorname", "Mail"}, "Email Address=3,First Name=2,Last Name=1", true},
+           {"the plainest", {"Work Email", "Email", "email"}, "Email Address=2", true},
+           {"data", {"Ada", "Lovelace", "ada@x.org"}, "", false},
+           {"one word by chance", {"Paris", "City"}, "City=2", false},
+           {"nothing", {}, "", false}}) {
+    const auto found = MapByHeadings(c.headings);
+    EXPECT_EQ(MappingText(found.mapping), c.mapping) << c.from;
+    EXPECT_EQ(found.looks_like_headings, c.looks) << c.from;
+  }
+  std::vector<std::string_view> many(30, "x");
+  many[24] = "Email";
+  EXPECT_EQ(MapByHeadings(many).mapping.source[kEmail], 25);
+}
+
+TEST(KeptMappings, AreFoundByNameUntilDeleted) {
+  const test::TemporaryFolder folder;
+  profile::SettingsStore settings(folder.path() / "settings.db");
+  KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=18"), ';', false, true, 1};
+  const KeptMapping plain{"a", *ParseMapping("Email Address=1"), '\t', true, false, 0};
+  EXPECT_TRUE(ListMappings(settings)->empty());
+  ASSERT_TRUE(KeepMapping(settings, shop) && KeepMapping(settings, plain));
+  EXPECT_EQ(*FindMapping(settings, "WEB SHOP"), shop);
+  EXPECT_EQ(*FindMapping(settings, "a"), plain);
+  shop.skip = 3;
+  ASSERT_TRUE(KeepMapping(settings, shop));
+  EXPECT_EQ(*ListMappings(settings), (std::vector<KeptMapping>{shop, plain}));
+  ASSERT_TRUE(DeleteMapping(settings, "web shop"));
+  EXPECT_EQ(FindMapping(settings, "Web shop").error().failure, Failure::kUsage);
+  EXPECT_EQ(DeleteMapping(settings, "Web shop").error().failure, Failure::kUsage);
+  EXPECT_EQ(KeepMapping(settings, {" ", {}, ',', false, false, 0}).error().failure, Failure::kUsage);
+  EXPECT_EQ(ListMappings(settings)->size(), 1U);
+  // What somebody else put there is none.
+  for (const char* other : {"nonsense", "[1]", R"({"x":1})", ""}) {
+    ASSERT_TRUE(settings.Write("Import", "Mappings", other));
+    EXPECT_TRUE(ListMappings(settings)->empty()) << other;
+  }
+  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"map":"Email=1","skip":"a","quotes":1}})"));
+  EXPECT_EQ(*FindMapping(settings, "x"), (KeptMapping{"x", {}, ',', false, false, 0}));
+}
+
+}  // namespace
+}  // namespace quillcast::recipients
