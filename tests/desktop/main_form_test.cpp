@@ -88,6 +88,26 @@ class MainFormTest : public QObject {
     }
   }
 
+  // Down the fields with what belongs to each, and last to what sends the message.
+  void theTabKeyComesToSendingLast() {
+    Scene scene;
+    scene.Open();
+    scene.window->findChild<MessageHeader*>()->AddAttachments({"/nowhere/price.pdf"});
+    scene.Find<QComboBox>("FromComboBox").setFocus();
+    QStringList order;
+    for (int stop = 0; stop < 16; ++stop) {
+      order << scene.Focus();
+      QTest::keyClick(scene.window->focusWidget(), Qt::Key_Tab);
+    }
+    QCOMPARE(
+        order.join(' '),
+        QString("FromComboBox EmailButton ToComboBox GroupButton SubjectTextBox SubjectTagButton AttachmentComboBox "
+                "AttachmentCountButton FileAttachmentButton DeleteAttachmentButton SendingMethodComboBox "
+                "PriorityComboBox FormatComboBox RRRCheckBox SendButton PreviewButton"));
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+  }
+
   void theFirstKeyTypedAppears() {
     for (const bool signed_letter : {false, true}) {
       Scene scene;

@@ -26,6 +26,7 @@
 #include "desktop/widgets/contrast.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/focus_ring.h"
+#include "desktop/widgets/folding_line.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/icons.h"
@@ -322,6 +323,46 @@ class WidgetsTest : public QObject {
     }
   }
 
+  // A box that grows up to 100 pixels, one that grows, one that does not, and one that is not there.
+  void aLineFoldsWhereItHasNoRoom() {
+    struct Case {
+      int width;
+      const char* places;  // of each: line, begin and width
+    };
+    for (const auto& [width, places] : {Case{400, "0:0+100 0:110+200 0:320+80"}, Case{260, "0:0+60 0:70+100 0:180+80"},
+                                        Case{259, "0:0+100 0:110+149 1:0+80"}, Case{150, "0:0+100 1:0+150 2:0+80"},
+                                        Case{100, "0:0+100 1:0+100 2:0+80"}}) {
+      for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QWidget window;
+        window.setLayoutDirection(direction);
+        auto* line = new FoldingLine(&window, 10);
+        std::vector<QWidget*> boxes;
+        for (const auto& [least, most] : {std::pair(60, 100), std::pair(100, QWIDGETSIZE_MAX), std::pair(80, 80)}) {
+          auto* box = new QWidget(&window);
+          box->setMinimumSize(least, 20);
+          box->setMaximumSize(most, 20);
+          box->setSizePolicy(least == 80 ? QSizePolicy::Fixed : QSizePolicy::Expanding, QSizePolicy::Fixed);
+          boxes.push_back(box);
+          line->addWidget(box);
+        }
+        auto* absent = new QWidget(&window);
+        absent->setMinimumSize(90, 90);
+        absent->hide();
+        line->addWidget(absent);
+        window.resize(width, 100);
+        window.show();
+        QStringList seen;
+        for (const QWidget* box : boxes) {
+          const QRect at = QStyle::visualRect(direction, window.rect(), box->geometry());
+          seen << QString("%1:%2+%3").arg(at.top() / 26).arg(at.left()).arg(at.width());
+        }
+        QCOMPARE(seen.join(' '), QString(places));
+        QCOMPARE(line->heightForWidth(width), boxes.back()->geometry().bottom() + 1);
+        QCOMPARE(line->minimumSize(), QSize(100, line->heightForWidth(width)));  // a window as low has to scroll
+      }
+    }
+  }
+
   // Also where the controls were made in another order than they stand in.
   void theTabKeyFollowsTheRows() {
     QDialog dialog;
@@ -330,19 +371,38 @@ class WidgetsTest : public QObject {
     auto* second = new QLineEdit(&dialog);
     auto* column = new FormColumn(&dialog);
     auto* first = column->AddGrid()->Add("First", "&First:", new QLineEdit());
-    column->AddBox("Box")->Add("Second", "&Second:", second, {third});
+    FormGrid* rows = column->AddBox("Box");
+    rows->Add("Second", "&Second:", second, {third});
     column->Add(fourth);
+    auto* both = new QWidget(&dialog);  // a field of two controls
+    auto* fifth = new QLineEdit(both);
+    auto* sixth = new QPushButton("Beside", both);
+    both->setFocusProxy(fifth);
+    rows->Add("Fifth", "F&ifth:", both);
+    auto* alone = rows->Add("Seventh", "Seventh:", new QLineEdit());
+    auto* eighth = new QPushButton("B&utton", &dialog);
+    auto* ninth = new QPushButton("Longer button", &dialog);
+    rows->AddButton(both, eighth);
+    rows->AddButton(alone, ninth);
     QDialogButtonBox* box = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
     QCOMPARE(dialog.focusWidget(), first);
     for (QWidget* next : {static_cast<QWidget*>(second), static_cast<QWidget*>(third), static_cast<QWidget*>(fourth),
+                          static_cast<QWidget*>(fifth), static_cast<QWidget*>(sixth), static_cast<QWidget*>(alone),
+                          static_cast<QWidget*>(eighth), static_cast<QWidget*>(ninth),
                           static_cast<QWidget*>(box->button(QDialogButtonBox::Ok))}) {
       QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
       QCOMPARE(dialog.focusWidget(), next);
     }
-    QTest::keyClick(fourth, Qt::Key_F, Qt::AltModifier);
-    QCOMPARE(dialog.focusWidget(), first);
+    for (const auto& [key, control] : {std::pair(Qt::Key_F, first), std::pair(Qt::Key_I, fifth)}) {
+      QTest::keyClick(fourth, key, Qt::AltModifier);
+      QCOMPARE(dialog.focusWidget(), control);
+    }
+    QCOMPARE(fifth->objectName() + fifth->accessibleName(), QString("FifthFifth"));
+    QCOMPARE(QRect(eighth->pos(), QSize(eighth->width(), 0)), QRect(ninth->x(), eighth->y(), ninth->width(), 0));
+    QCOMPARE(second->mapTo(&dialog, QPoint()).x(), alone->mapTo(&dialog, QPoint()).x());
+    QVERIFY(third->geometry().right() > ninth->x());  // other rows go on to the end
     box->button(QDialogButtonBox::Cancel)->click();
     QVERIFY(!dialog.isVisible() && dialog.result() == QDialog::Rejected);
   }

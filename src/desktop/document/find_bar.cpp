@@ -2,21 +2,24 @@
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolButton>
 
 #include "desktop/document/html_editor.h"
+#include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/icons.h"
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
+namespace {
+
+constexpr int kManyPlaces = 1000;
+
+}  // namespace
 
 FindBar::FindBar(HtmlEditor* editor, QWidget* parent)
-    : QWidget(parent), editor_(editor), text_(new QLineEdit(this)), result_(new QLabel(this)) {
-  auto* label = new QLabel(tr("Find:"), this);
-  label->setBuddy(text_);
-  text_->setObjectName("FindTextBox");
+    : QWidget(parent), editor_(editor), text_(new QLineEdit(this)), result_(new StatusLine(this, "FindResult")) {
   text_->setClearButtonEnabled(true);
   auto* next = new QPushButton(tr("Ne&xt"), this);
   next->setObjectName("FindNextButton");
@@ -24,7 +27,8 @@ FindBar::FindBar(HtmlEditor* editor, QWidget* parent)
   auto* previous = new QPushButton(tr("Previous"), this);
   previous->setObjectName("FindPreviousButton");
   previous->setToolTip(tr("Shift+Enter"));
-  result_->setObjectName("FindResult");
+  // So wide from the first letter on, or the buttons would move while one types.
+  result_->setMinimumWidth(fontMetrics().horizontalAdvance(tr("%1 places").arg(kManyPlaces)));
   auto* close = new QToolButton(this);
   close->setIcon(Icon("clear"));
   close->setAutoRaise(true);
@@ -32,13 +36,9 @@ FindBar::FindBar(HtmlEditor* editor, QWidget* parent)
   close->setAccessibleName(tr("Close the find bar"));
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(8, 4, 8, 4);
-  row->addWidget(label);
-  row->addWidget(text_, 1);
-  row->addWidget(previous);
-  row->addWidget(next);
-  row->addWidget(result_);
-  row->addStretch(1);
-  row->addWidget(close);
+  auto* grid = new FormGrid(this);
+  row->addWidget(grid);
+  grid->Add("FindTextBox", tr("Find:"), text_, {previous, next, result_, close});
   connect(next, &QPushButton::clicked, this, [this] { Find(false); });
   connect(previous, &QPushButton::clicked, this, [this] { Find(true); });
   connect(text_, &QLineEdit::textChanged, this, [this] { Find(false); });
@@ -64,12 +64,10 @@ void FindBar::Find(bool backward) {
   editor_->Find(text, backward, [this, text](int places) {
     if (text.isEmpty()) {
       result_->clear();
-      return;
-    }
-    if (places == 0) {
-      result_->setText(tr("Not found"));
+    } else if (places == 0) {
+      result_->Say(tr("Not found"));
     } else {
-      result_->setText(places == 1 ? tr("1 place") : tr("%1 places").arg(places));
+      result_->Say(places == 1 ? tr("1 place") : tr("%1 places").arg(places));
     }
   });
 }

@@ -3,12 +3,12 @@
 
 #include <QWidget>
 
-class QLabel;
 class QLineEdit;
 
 namespace quillcast::desktop {
 
 class HtmlEditor;
+class StatusLine;
 
 // Hidden until Open. Enter or F3 goes on, with Shift back; Esc closes.
 class FindBar final : public QWidget {
@@ -28,7 +28,7 @@ class FindBar final : public QWidget {
 
   HtmlEditor* editor_;
   QLineEdit* text_;
-  QLabel* result_;
+  StatusLine* result_;
 };
 
 }  // namespace quillcast::desktop

@@ -1,14 +1,15 @@
 #include "desktop/run/range_picker.h"
 
 #include <QCheckBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QSpinBox>
 #include <QTimer>
 #include <algorithm>
 #include <limits>
 
+#include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
@@ -27,7 +28,7 @@ RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* paren
       partial_(new QCheckBox(tr("Only a &part of the list, from #"), this)),
       first_(new QSpinBox(this)),
       last_(new QSpinBox(this)),
-      whom_(new QLabel(this)) {
+      whom_(new StatusLine(this, "RangeLabel")) {
   const int most = static_cast<int>(std::clamp<std::int64_t>(recipients, 1, std::numeric_limits<int>::max()));
   partial_->setObjectName("PartialCheckBox");
   first_->setObjectName("FirstSpinBox");
@@ -39,18 +40,14 @@ RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* paren
   last_->setValue(most);
   // A number counts once it is typed to its end: on the way it may lie below the first.
   for (QSpinBox* box : {first_, last_}) box->setKeyboardTracking(false);
-  whom_->setObjectName("RangeLabel");
-  whom_->setTextFormat(Qt::PlainText);
-  whom_->setMinimumWidth(1);
+  whom_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   pause_->setSingleShot(true);
   pause_->setInterval(kPause);
-  auto* line = new QHBoxLayout(this);
-  line->setContentsMargins(0, 0, 0, 0);
-  line->addWidget(partial_);
-  line->addWidget(first_);
-  line->addWidget(new QLabel(tr("to #"), this));
-  line->addWidget(last_);
-  line->addWidget(whom_, 1);
+  auto* to = new QLabel(tr("to #"), this);
+  to->setBuddy(last_);
+  auto* column = new FormColumn(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->AddLine({partial_, first_, to, last_, whom_});
   connect(partial_, &QCheckBox::toggled, this, &RangePicker::TakeChange);
   connect(first_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
   connect(last_, &QSpinBox::valueChanged, this, &RangePicker::TakeChange);
@@ -78,7 +75,7 @@ void RangePicker::TakeChange() {
 void RangePicker::LookUp() {
   if (!partial_->isChecked()) return;
   look_up_->Start([this, range = run::PartialRange{first_->value(), last_->value()}](const auto& cancel) {
-    return [this, text = ends_of_(range, cancel)] { whom_->setText(ToQt(text)); };
+    return [this, text = ends_of_(range, cancel)] { whom_->Say(ToQt(text)); };
   });
 }
 

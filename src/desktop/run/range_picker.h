@@ -10,11 +10,12 @@
 #include "run/partial_range.h"
 
 class QCheckBox;
-class QLabel;
 class QSpinBox;
 class QTimer;
 
 namespace quillcast::desktop {
+
+class StatusLine;
 
 class RangePicker final : public QWidget {
   Q_OBJECT
@@ -38,7 +39,7 @@ class RangePicker final : public QWidget {
   QCheckBox* partial_;
   QSpinBox* first_;
   QSpinBox* last_;
-  QLabel* whom_;
+  StatusLine* whom_;
 };
 
 }  // namespace quillcast::desktop

@@ -1,24 +1,31 @@
 #include "desktop/shell/attachments_field.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QPushButton>
 
 #include "desktop/document/attachments_form.h"
+#include "desktop/widgets/folding_line.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
+namespace {
+
+constexpr int kGap = 6;  // pixels
+constexpr int kNarrowestBox = 140;
+
+}  // namespace
 
 AttachmentsField::AttachmentsField(platform::Prompts& prompts, QWidget* parent)
     : QWidget(parent), prompts_(prompts), box_(new QComboBox(this)), total_(new QPushButton(this)) {
-  box_->setObjectName("AttachmentComboBox");
   box_->setPlaceholderText(tr("No attachments; drop files here"));
   total_->setObjectName("AttachmentCountButton");
   total_->setToolTip(tr("Show all of them, and take several out at once"));
   total_->hide();
-  auto* line = new QHBoxLayout(this);
-  line->setContentsMargins(0, 0, 0, 0);
-  line->addWidget(box_, 1);
+  setFocusProxy(box_);
+  box_->setMinimumWidth(kNarrowestBox);
+  box_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  auto* line = new FoldingLine(this, kGap);
+  line->addWidget(box_);
   line->addWidget(total_);
   connect(total_, &QPushButton::clicked, this, &AttachmentsField::Change);
 }

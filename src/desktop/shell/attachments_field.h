@@ -16,8 +16,6 @@ class AttachmentsField final : public QWidget {
  public:
   AttachmentsField(platform::Prompts& prompts, QWidget* parent);
 
-  QComboBox* box() const { return box_; }
-  QPushButton* button() const { return total_; }
   const document::AttachmentList& List() const { return list_; }
   void SetList(const document::AttachmentList& list);
 

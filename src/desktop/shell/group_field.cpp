@@ -2,12 +2,12 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <utility>
 
+#include "desktop/widgets/folding_line.h"
 #include "desktop/widgets/qt_text.h"
 #include "recipients/recipient_store.h"
 
@@ -15,6 +15,8 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kPauseBeforeLoading = 1000;  // milliseconds
+constexpr int kGap = 6;                    // pixels
+constexpr int kNarrowestBox = 140;
 
 }  // namespace
 
@@ -24,12 +26,13 @@ GroupField::GroupField(const profile::Program& program, QWidget* parent)
       refresh_(new BackgroundTask(this)),
       box_(new QComboBox(this)),
       count_(new QLabel(this)) {
-  box_->setObjectName("ToComboBox");
   box_->setPlaceholderText(tr("Choose a group"));
   count_->setObjectName("GroupCountLabel");
-  auto* line = new QHBoxLayout(this);
-  line->setContentsMargins(0, 0, 0, 0);
-  line->addWidget(box_, 1);
+  setFocusProxy(box_);
+  box_->setMinimumWidth(kNarrowestBox);
+  box_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  auto* line = new FoldingLine(this, kGap);
+  line->addWidget(box_);
   line->addWidget(count_);
   connect(box_, &QComboBox::currentIndexChanged, this, &GroupField::ShowCount);
   connect(box_, &QComboBox::currentIndexChanged, this, &GroupField::Changed);
@@ -102,6 +105,7 @@ void GroupField::ShowCount() {
 }
 
 void GroupField::ShowTotal(std::int64_t recipients) {
+  count_->setVisible(box_->currentIndex() >= 0);
   count_->setText(box_->currentIndex() < 0 ? QString() : Counted(recipients, tr("1 recipient"), tr("%1 recipients")));
 }
 

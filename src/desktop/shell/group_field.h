@@ -24,7 +24,6 @@ class GroupField final : public QWidget {
   void Load(const QString& chosen = {});
   // The same beside the window, where the store holds other groups, or others in them, than are shown.
   void Refresh();
-  QComboBox* box() const { return box_; }
   QString Group() const;
   bool HasGroups() const;
   void Choose(const QString& group);

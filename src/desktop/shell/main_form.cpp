@@ -38,6 +38,7 @@ namespace {
 
 constexpr const char* kPlaceSection = "Window";
 constexpr int kDraftPause = 1000;  // milliseconds
+constexpr int kLowestBody = 100;   // pixels, where the window is small
 
 }  // namespace
 
@@ -82,6 +83,7 @@ void MainForm::BuildWindow() {
   column->setSpacing(0);
   column->addWidget(notices_);
   column->addWidget(header_);
+  body_->setMinimumHeight(kLowestBody);
   column->addWidget(body_, 1);
   column->addWidget(find_bar_);
   setCentralWidget(middle);

@@ -3,16 +3,18 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDragEnterEvent>
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QToolButton>
 
 #include "desktop/shell/attachments_field.h"
 #include "desktop/shell/group_field.h"
 #include "desktop/shell/subject_field.h"
 #include "desktop/widgets/dropped_files.h"
+#include "desktop/widgets/folding_line.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/icons.h"
 #include "desktop/widgets/qt_text.h"
 #include "profile/main_window_contents.h"
@@ -20,14 +22,9 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kNarrowestMethod = 80;  // pixels, where the window is small
+constexpr int kNarrowestBox = 80;  // pixels, where the window is small
 constexpr int kSendWidth = 130;
-
-QComboBox* MakeBox(const char* name, QWidget* parent) {
-  auto* box = new QComboBox(parent);
-  box->setObjectName(name);
-  return box;
-}
+constexpr int kGap = 14;  // between the options
 
 QPushButton* MakeButton(const char* name, const QString& text, std::string_view icon, QWidget* parent) {
   auto* button = new QPushButton(Icon(icon), text, parent);
@@ -35,12 +32,17 @@ QPushButton* MakeButton(const char* name, const QString& text, std::string_view 
   return button;
 }
 
-// The name is for those who hear the window: they find no label that is not beside its box.
-QLabel* MakeLabel(const QString& text, QWidget* buddy, QWidget* parent) {
-  auto* label = new QLabel(text, parent);
-  label->setBuddy(buddy);
-  buddy->setAccessibleName(QString(text).remove('&').remove(':'));
-  return label;
+// They stay together in a line that folds.
+QWidget* WithLabel(const QString& text, QComboBox* box, QWidget* parent) {
+  auto* both = new QWidget(parent);
+  auto* label = new QLabel(text, both);
+  label->setBuddy(box);
+  box->setAccessibleName(QString(text).remove('&').remove(':'));
+  auto* line = new QHBoxLayout(both);
+  line->setContentsMargins(0, 0, 0, 0);
+  line->addWidget(label);
+  line->addWidget(box);
+  return both;
 }
 
 // Shows a text whether or not it is an item of the list.
@@ -62,13 +64,13 @@ void AddItems(QComboBox* box, const std::array<const char*, N>& texts) {
 MessageHeader::MessageHeader(const profile::Program& program, QWidget* parent)
     : QWidget(parent),
       program_(program),
-      from_(MakeBox("FromComboBox", this)),
+      from_(new QComboBox(this)),
       group_(new GroupField(program, this)),
       subject_(new SubjectField(this)),
       attachments_(new AttachmentsField(program.prompts, this)),
-      method_(MakeBox("SendingMethodComboBox", this)),
-      priority_(MakeBox("PriorityComboBox", this)),
-      format_(MakeBox("FormatComboBox", this)),
+      method_(new QComboBox(this)),
+      priority_(new QComboBox(this)),
+      format_(new QComboBox(this)),
       receipt_(new QCheckBox(tr("As&k for a read receipt"), this)) {
   setAcceptDrops(true);
   FillBoxes();
@@ -78,76 +80,51 @@ MessageHeader::MessageHeader(const profile::Program& program, QWidget* parent)
 
 void MessageHeader::FillBoxes() {
   from_->setPlaceholderText(tr("No account yet"));
+  from_->setMinimumWidth(kNarrowestBox);
+  method_->setMinimumWidth(kNarrowestBox);
+  method_->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+  priority_->setObjectName("PriorityComboBox");
+  format_->setObjectName("FormatComboBox");
   receipt_->setObjectName("RRRCheckBox");
-  method_->setMinimumWidth(kNarrowestMethod);
   AddItems(method_, profile::kSendingMethods);
   AddItems(priority_, profile::kPriorities);
   AddItems(format_, profile::kFormats);
 }
 
-QHBoxLayout* MessageHeader::OptionsLine() {
-  auto* line = new QHBoxLayout();
+// The method, and behind it what else is said of how the message goes.
+QWidget* MessageHeader::MakeOptions() {
+  auto* options = new QWidget(this);
+  options->setFocusProxy(method_);
+  auto* line = new FoldingLine(options, kGap);
   line->addWidget(method_);
-  for (auto* const label : {MakeLabel(tr("Priorit&y:"), priority_, this), MakeLabel(tr("Fo&rmat:"), format_, this)}) {
-    line->addSpacing(8);
-    line->addWidget(label);
-    line->addWidget(label->buddy());
-  }
-  line->addSpacing(8);
+  line->addWidget(WithLabel(tr("Priorit&y:"), priority_, options));
+  line->addWidget(WithLabel(tr("Fo&rmat:"), format_, options));
   line->addWidget(receipt_);
-  line->addStretch(1);
-  return line;
+  return options;
 }
 
-// A row for each thing that is said of the message, the buttons beside them.
+// A row for each thing that is said of the message, the buttons at its end. The Tab key comes to what sends the message
+// last.
 void MessageHeader::LayOut() {
-  auto* grid = new QGridLayout(this);
-  grid->setContentsMargins(10, 8, 10, 6);
-  grid->setVerticalSpacing(6);
-  grid->setColumnStretch(1, 1);
-  auto* account = MakeButton("EmailButton", tr("A&ccount…"), "account", this);
-  auto* groups = MakeButton("GroupButton", tr("&Groups"), "groups", this);
-  auto* add = MakeButton("FileAttachmentButton", tr("A&dd…"), "attach", this);
-  auto* remove = MakeButton("DeleteAttachmentButton", tr("Remo&ve"), "remove", this);
+  auto* column = new FormColumn(this);
+  column->setContentsMargins(10, 8, 10, 6);
+  FormGrid* rows = column->AddGrid();
+  rows->Add("FromComboBox", tr("From:"), from_);
+  rows->AddButton(from_, MakeButton("EmailButton", tr("A&ccount…"), "account", this));
+  rows->Add("ToComboBox", tr("&To:"), group_);
+  rows->AddButton(group_, MakeButton("GroupButton", tr("&Groups"), "groups", this));
+  rows->Add("SubjectTextBox", tr("S&ubject:"), subject_);
+  rows->Add("AttachmentComboBox", tr("&Attachments:"), attachments_);
+  rows->AddButton(attachments_, MakeButton("FileAttachmentButton", tr("A&dd…"), "attach", this));
+  rows->AddButton(attachments_, MakeButton("DeleteAttachmentButton", tr("Remo&ve"), "remove", this));
+  rows->Add("SendingMethodComboBox", tr("Method:"), MakeOptions());
   auto* send = MakeButton("SendButton", tr("&Send…"), "send", this);
-  auto* preview = MakeButton("PreviewButton", tr("Previe&w…"), "preview", this);
   QFont bold = send->font();
   bold.setBold(true);
   send->setFont(bold);
   send->setMinimumWidth(kSendWidth);
-  grid->addWidget(MakeLabel(tr("From:"), from_, this), 0, 0);
-  grid->addWidget(from_, 0, 1);
-  grid->addWidget(account, 0, 2);
-  grid->addWidget(send, 0, 3);
-  grid->addWidget(MakeLabel(tr("&To:"), group_->box(), this), 1, 0);
-  grid->addWidget(group_, 1, 1);
-  grid->addWidget(groups, 1, 2);
-  grid->addWidget(preview, 1, 3);
-  grid->addWidget(MakeLabel(tr("S&ubject:"), subject_->box(), this), 2, 0);
-  grid->addWidget(subject_, 2, 1, 1, 3);
-  grid->addWidget(MakeLabel(tr("&Attachments:"), attachments_->box(), this), 3, 0);
-  grid->addWidget(attachments_, 3, 1);
-  grid->addWidget(add, 3, 2);
-  grid->addWidget(remove, 3, 3);
-  grid->addWidget(MakeLabel(tr("Method:"), method_, this), 4, 0);
-  grid->addLayout(OptionsLine(), 4, 1, 1, 3);
-  QWidget* const order[] = {from_,
-                            account,
-                            group_->box(),
-                            groups,
-                            subject_->box(),
-                            subject_->button(),
-                            attachments_->box(),
-                            attachments_->button(),
-                            add,
-                            remove,
-                            method_,
-                            priority_,
-                            format_,
-                            receipt_,
-                            send,
-                            preview};
-  for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
+  rows->AddButton(from_, send);
+  rows->AddButton(group_, MakeButton("PreviewButton", tr("Previe&w…"), "preview", this));
 }
 
 void MessageHeader::ConnectParts() {

@@ -9,8 +9,6 @@
 
 class QCheckBox;
 class QComboBox;
-class QGridLayout;
-class QHBoxLayout;
 
 namespace quillcast::desktop {
 
@@ -57,7 +55,7 @@ class MessageHeader final : public QWidget {
  private:
   void FillBoxes();
   void LayOut();
-  QHBoxLayout* OptionsLine();
+  QWidget* MakeOptions();
   void ConnectParts();
   void PickMethod();
   void PickFormat();

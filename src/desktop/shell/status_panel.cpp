@@ -16,6 +16,7 @@ StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent) {
   setObjectName("StatusPanel1");
   setText(Translated(profile::kStatusPanels[0]));
   setTextFormat(Qt::PlainText);
+  setWordWrap(true);  // a long sentence makes no window wider
 }
 
 void StatusPanel::Say(const QString& sentence) {

@@ -13,7 +13,6 @@ namespace quillcast::desktop {
 
 SubjectField::SubjectField(QWidget* parent)
     : QWidget(parent), box_(new QLineEdit(this)), tags_(MakeTagMenu()), button_(new QToolButton(this)) {
-  box_->setObjectName("SubjectTextBox");
   box_->setPlaceholderText(tr("What the message is about; merge tags work here too"));
   button_->setObjectName("SubjectTagButton");
   button_->setIcon(Icon("merge"));
@@ -23,6 +22,7 @@ SubjectField::SubjectField(QWidget* parent)
   button_->setToolTip(tr("Put a merge tag into the subject"));
   button_->setAccessibleName(tr("Merge tag for the subject"));
   button_->setMenu(tags_);
+  setFocusProxy(box_);
   auto* line = new QHBoxLayout(this);
   line->setContentsMargins(0, 0, 0, 0);
   line->addWidget(box_, 1);

@@ -15,7 +15,6 @@ class SubjectField final : public QWidget {
   explicit SubjectField(QWidget* parent);
 
   QLineEdit* box() const { return box_; }
-  QToolButton* button() const { return button_; }
 
  private:
   // The commands of the menu bar put their tags into the body, wherever the caret is; these put them into the subject.

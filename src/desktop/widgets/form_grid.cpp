@@ -15,6 +15,11 @@ constexpr int kGap = 12;     // between a label and its field
 
 bool HasWidest(const QWidget& field) { return field.maximumWidth() < QWIDGETSIZE_MAX; }
 
+QWidget* Innermost(QWidget* field) {
+  while (field->focusProxy() != nullptr) field = field->focusProxy();
+  return field;
+}
+
 int Leading(const QMargins& margins, bool from_right) { return from_right ? margins.right() : margins.left(); }
 
 }  // namespace
@@ -27,24 +32,27 @@ FormGrid::FormGrid(QWidget* parent, int place) : QWidget(parent), place_(place),
 }
 
 QLabel* FormGrid::MakeLabel(const QString& text, QWidget* field) {
+  QWidget* const control = Innermost(field);
   auto* label = new QLabel(text, this);
-  label->setBuddy(field);
+  label->setBuddy(control);
   label->setIndent(0);
   const bool from_right = isRightToLeft();
   label->setContentsMargins(from_right ? 0 : indent_, 0, from_right ? indent_ : 0, 0);
-  if (field->accessibleName().isEmpty()) field->setAccessibleName(QString(text).remove('&').remove(':'));
+  if (control != field) label->setMinimumHeight(control->sizeHint().height());  // where the field begins, if it folds
+  if (control->accessibleName().isEmpty()) control->setAccessibleName(QString(text).remove('&').remove(':'));
   labels_.push_back(label);
   return label;
 }
 
 void FormGrid::AddRow(const QString& name, const QString& label, QWidget* field, const std::vector<QWidget*>& beside) {
-  field->setObjectName(name);
+  Innermost(field)->setObjectName(name);
   LetFollow(field);
   const int row = rows_->rowCount();
-  const bool is_tall = (field->sizePolicy().verticalPolicy() & QSizePolicy::ExpandFlag) != 0;
+  const bool is_tall =
+      (field->sizePolicy().verticalPolicy() & QSizePolicy::ExpandFlag) != 0 || field->focusProxy() != nullptr;
   rows_->addWidget(MakeLabel(label, field), row, 0, Qt::AlignLeading | (is_tall ? Qt::AlignTop : Qt::AlignVCenter));
   if (beside.empty() && !HasWidest(*field)) {
-    rows_->addWidget(field, row, 1);
+    rows_->addWidget(field, row, 1, 1, -1);
   } else {
     auto* line = new QHBoxLayout();
     line->setSpacing(kGap / 2);
@@ -54,15 +62,29 @@ void FormGrid::AddRow(const QString& name, const QString& label, QWidget* field,
       line->addWidget(widget);
     }
     if (HasWidest(*field)) line->addStretch(1);
-    rows_->addLayout(line, row, 1);
+    rows_->addLayout(line, row, 1, 1, -1);
   }
-  field->installEventFilter(this);
+  Innermost(field)->installEventFilter(this);
+}
+
+void FormGrid::AddButton(QWidget* field, QWidget* button) {
+  int row = 0;
+  int column = 0;
+  int rows = 0;
+  int columns = 0;
+  rows_->getItemPosition(rows_->indexOf(field), &row, &column, &rows, &columns);
+  rows_->addWidget(field, row, column);  // no longer to the end of the row
+  int place = column + 2;
+  while (rows_->itemAtPosition(row, place) != nullptr) place += 2;
+  rows_->setColumnMinimumWidth(place - 1, kGap / 2);
+  LetFollow(button);
+  rows_->addWidget(button, row, place, Qt::AlignTop);
 }
 
 void FormGrid::AddUnlabelled(const QString& name, QWidget* field, int column) {
   field->setObjectName(name);
   LetFollow(field);
-  rows_->addWidget(field, rows_->rowCount(), column, 1, 2 - column, Qt::AlignLeading | Qt::AlignVCenter);
+  rows_->addWidget(field, rows_->rowCount(), column, 1, -1, Qt::AlignLeading | Qt::AlignVCenter);
 }
 
 // A label says by its colour, too, that its field cannot be used.
@@ -109,7 +131,7 @@ int FormGrid::LabelsEnd() const {
 void FormGrid::Align() const {
   std::vector<const FormGrid*> grids;
   for (const FormGrid* grid : window()->findChildren<FormGrid*>()) {
-    if (grid->place_ == place_) grids.push_back(grid);
+    if (grid->place_ == place_ && grid->window() == window()) grids.push_back(grid);  // not of dialogs over it
   }
   int end = 0;
   for (const FormGrid* grid : grids) end = std::max(end, grid->LabelsEnd());

@@ -30,7 +30,7 @@ class FormGrid final : public QWidget {
 
   // A row. The label leads to the field, names it for a screen reader, and is dimmed with it. What stands `beside` the
   // field (a unit, arrows, a button) keeps its own width, and so does a field that has a widest one; others take the
-  // row.
+  // row. Of a field that is made of several controls, the name and the label are those of its focus proxy.
   template <typename Field>
   Field* Add(const QString& name, const QString& label, Field* field, const std::vector<QWidget*>& beside = {}) {
     return AddRow(name, label, field, beside), field;
@@ -45,6 +45,9 @@ class FormGrid final : public QWidget {
   Field* AddWide(const QString& name, Field* field) {
     return AddUnlabelled(name, field, 0), field;
   }
+  // At the end of the row of a field that has nothing beside it: the buttons of several rows stand below each other.
+  // The Tab key comes to it after all that were added before.
+  void AddButton(QWidget* field, QWidget* button);
   // The labels after this stand in by so many pixels; their fields do not.
   void Indent(int pixels) { indent_ = pixels; }
   int place() const { return place_; }
