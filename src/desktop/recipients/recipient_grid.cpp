@@ -1,0 +1,113 @@
+#include "desktop/recipients/recipient_grid.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QShortcut>
+#include <QTimer>
+#include <algorithm>
+
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "platform/text.h"
+#include "profile/program.h"
+#include "recipients/grid_rows.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr std::size_t kBlock = recipients::kKeysAtOnce;  // rows that are fetched together
+constexpr std::size_t kMostBlocks = 20;
+constexpr int kPauseAfterTrouble = 1000;  // milliseconds
+
+enum Column { kNumber, kFirstNameColumn, kLastNameColumn, kAddress };
+
+QString TextOf(RecipientRows& rows, std::size_t row, int column) {
+  if (column == kNumber) return QString::number(row + 1);
+  const recipients::GridRow& texts = rows.At(row);
+  const std::string& text = column == kFirstNameColumn  ? texts.first_name
+                            : column == kLastNameColumn ? texts.last_name
+                                                        : texts.email;
+  return ToQt(platform::Printable(text));
+}
+
+void CopyChosen(RecipientRows& rows, const RowList& list) {
+  std::vector<recipients::GridRow> chosen;
+  for (const std::size_t row : list.Chosen()) chosen.push_back(rows.At(row));
+  if (!chosen.empty()) QGuiApplication::clipboard()->setText(ToQt(recipients::AsText(chosen)));
+}
+
+}  // namespace
+
+RecipientRows::RecipientRows(std::filesystem::path store, QObject* parent)
+    : QObject(parent), store_(std::move(store), profile::kWindowPatience) {}
+
+void RecipientRows::Reset(std::vector<std::int64_t> keys) {
+  keys_ = std::move(keys);
+  blocks_.clear();
+}
+
+void RecipientRows::Append(std::span<const std::int64_t> keys) {
+  blocks_.erase(keys_.size() / kBlock);  // the last one may have been shorter
+  keys_.insert(keys_.end(), keys.begin(), keys.end());
+}
+
+void RecipientRows::Remove(const std::vector<std::size_t>& rows) {
+  std::size_t kept = 0;
+  auto next = rows.begin();
+  for (std::size_t row = 0; row < keys_.size(); ++row) {
+    if (next != rows.end() && *next == row) {
+      ++next;
+    } else {
+      keys_[kept++] = keys_[row];
+    }
+  }
+  keys_.resize(kept);
+  blocks_.clear();
+}
+
+void RecipientRows::Put(std::size_t row, const recipients::GridRow& texts) {
+  const auto block = blocks_.find(row / kBlock);
+  if (block != blocks_.end()) block->second[row % kBlock] = texts;
+}
+
+const recipients::GridRow& RecipientRows::At(std::size_t row) {
+  static const recipients::GridRow kNone;
+  if (!blocks_.contains(row / kBlock) && !waits_) Fetch(row);
+  const auto block = blocks_.find(row / kBlock);
+  return block == blocks_.end() ? kNone : block->second[row % kBlock];
+}
+
+void RecipientRows::Fetch(std::size_t row) {
+  const std::size_t block = row / kBlock;
+  const auto keys = std::span(keys_).subspan(block * kBlock);
+  auto texts = store_.RowsOfKeys(keys.first(std::min(kBlock, keys.size())));
+  if (texts) {
+    if (blocks_.size() == kMostBlocks) blocks_.clear();
+    blocks_.emplace(block, std::move(*texts));
+    return;
+  }
+  // Whoever paints asks for each cell, and is not to wait for each.
+  waits_ = true;
+  QTimer::singleShot(kPauseAfterTrouble, this, [this] {
+    waits_ = false;
+    emit Changed();
+  });
+  emit Trouble(InWords(texts.error()));
+}
+
+RowList* MakeRecipientGrid(RecipientRows* rows, QWidget* parent) {
+  auto* list = new RowList(
+      "MSFlexGrid", RecipientRows::tr("Recipients"),
+      {{RecipientRows::tr("No."), 8, true},
+       {RecipientRows::tr("First Name"), 20},
+       {RecipientRows::tr("Last Name"), 20},
+       {RecipientRows::tr("Email Address")}},
+      [rows](std::size_t row, int column) { return TextOf(*rows, row, column); }, parent, RowColourSet::kGiven);
+  list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  QObject::connect(rows, &RecipientRows::Changed, list, [list] { list->viewport()->update(); });
+  auto* copy = new QShortcut(QKeySequence::Copy, list, nullptr, nullptr, Qt::WidgetShortcut);
+  QObject::connect(copy, &QShortcut::activated, list, [rows, list] { CopyChosen(*rows, *list); });
+  return list;
+}
+
+}  // namespace quillcast::desktop

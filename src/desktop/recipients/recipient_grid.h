@@ -1,0 +1,55 @@
+// A grid of recipients of any number: their keys are kept, and the texts of the rows that are shown are fetched by
+// them.
+#pragma once
+
+#include <QObject>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <span>
+#include <vector>
+
+#include "recipients/recipient_store.h"
+
+class QWidget;
+
+namespace quillcast::desktop {
+
+class RowList;
+
+class RecipientRows final : public QObject {
+  Q_OBJECT
+ public:
+  RecipientRows(std::filesystem::path store, QObject* parent);
+
+  void Reset(std::vector<std::int64_t> keys);
+  void Append(std::span<const std::int64_t> keys);
+  // Rows from above to below.
+  void Remove(const std::vector<std::size_t>& rows);
+  // What a dialog wrote stands there without being read again.
+  void Put(std::size_t row, const recipients::GridRow& texts);
+
+  std::size_t size() const { return keys_.size(); }
+  const std::vector<std::int64_t>& keys() const { return keys_; }
+  // One that is gone, or cannot be read now, has no texts.
+  const recipients::GridRow& At(std::size_t row);
+
+ signals:
+  // The store could not be read for a row that is shown; it is tried again in a second, when Changed comes.
+  void Trouble(const QString& why);
+  void Changed();
+
+ private:
+  void Fetch(std::size_t row);
+
+  recipients::RecipientStore store_;
+  std::vector<std::int64_t> keys_;
+  std::map<std::size_t, std::vector<recipients::GridRow>> blocks_;  // by their number
+  bool waits_ = false;
+};
+
+// The list for them: running number, first name, last name, address; in the given colours. Several rows can be chosen,
+// and copied as text. After each call above that changes rows, the list is told by its own Reset or Grow.
+RowList* MakeRecipientGrid(RecipientRows* rows, QWidget* parent);
+
+}  // namespace quillcast::desktop
