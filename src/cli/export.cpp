@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "cli/commands.h"
+#include "cli/store_command.h"
 #include "platform/file.h"
 #include "platform/file_attributes.h"
 #include "platform/locale_codeset.h"
@@ -68,12 +69,6 @@ Result<void> Check(Context& context, const RecipientStore& store, const ExportOp
   if (*may_write) return {};
   return Error{Failure::kNotPermitted, platform::LeftLocked(options.file),
                "Name another file, or answer yes (--yes does) to have it unlocked."};
-}
-
-recipients::ExportProgress ShowProgress(Context& context) {
-  return [&context](std::int64_t done, std::int64_t total) {
-    context.output.Progress(fmt::format("{} of {}", platform::WithThousands(done), platform::WithThousands(total)));
-  };
 }
 
 // What is in the file, from its beginning.

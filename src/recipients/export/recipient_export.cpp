@@ -3,15 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 #include "platform/file.h"
 #include "platform/file_attributes.h"
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
-#include "recipients/recipient_store.h"
-#include "recipients/statements.h"
 #include "recipients/store_connection.h"
+#include "recipients/store_rows.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -31,12 +29,12 @@ class Run {
       : request_(request), lines_(request.format), sink_(sink), cancel_(cancel), progress_(progress) {}
 
   Result<void> Export(const std::filesystem::path& store) {
-    const auto group = RecipientStore(store, {.cancel = &cancel_}).RequireGroup(request_.group);
-    if (!group) return group.error();
     auto database = OpenStore(store, {.cancel = &cancel_});
     if (!database) return database.error();
     // The count and the rows are of one moment.
     if (auto begun = database->Execute("BEGIN"); !begun) return begun;
+    const auto group = RequireGroupOn(*database, request_.group);
+    if (!group) return group.error();
     if (auto counted = Count(*database, *group); !counted) return counted;
     return WriteRows(*database, *group);
   }
@@ -52,22 +50,14 @@ class Run {
   bool is_asked_to_stop() const { return cancel_.Requested() != platform::Stop::kNone; }
 
   static Result<CatalogueStatement> Rows(platform::Database& database, StatementId id, const RecipientGroup& group) {
-    auto statement = CatalogueStatement::Prepare(database, id, group.sort_sql);
-    if (!statement) return statement;
     const std::string key = std::to_string(group.id);
-    if (const auto bound = statement->Bind(std::array<std::string_view, 1>{key}); !bound) return bound.error();
-    return statement;
+    return Bound(database, id, List<1>{key}, group.sort_sql);
   }
 
   Result<void> Count(platform::Database& database, const RecipientGroup& group) {
     auto addresses = Rows(database, StatementId::kListAddresses, group);
     if (!addresses) return addresses.error();
-    for (;;) {
-      const auto row = addresses->rows().Step();
-      if (!row) return row.error();
-      if (!*row) return {};
-      ++total_;
-    }
+    return ForEachRow(addresses->rows(), [this] { return ++total_, true; });
   }
 
   Result<void> WriteRows(platform::Database& database, const RecipientGroup& group) {
