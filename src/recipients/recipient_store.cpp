@@ -13,10 +13,6 @@ using platform::Database;
 
 constexpr int kNameColumns = 3;
 
-Error GroupGone() {
-  return {Failure::kUsage, "The group is no longer there.", "Another program has deleted it; choose another group."};
-}
-
 // Its rows were numbered as they were written, so the last number is their count.
 Result<std::int64_t> SizeOfCopy(Database& database) {
   auto last = database.Prepare("SELECT coalesce(max(rowid), 0) FROM temp.[Copy]");
@@ -42,6 +38,10 @@ Result<bool> IsWritten(const Result<std::optional<std::int64_t>>& key) {
 }
 
 }  // namespace
+
+Error GroupGone() {
+  return {Failure::kUsage, "The group is no longer there.", "Another program has deleted it; choose another group."};
+}
 
 Error RecipientGone() {
   return {Failure::kUsage, "The recipient is no longer there.", "Another program has deleted it; add it anew."};

@@ -41,7 +41,8 @@ class RecipientCursor final : public RowSource {
   std::optional<std::int64_t> size_;
 };
 
-// Why a recipient that a dialog or a grid holds the key of cannot be read or written any more.
+// Why a group or a recipient that a dialog was opened for cannot be read or written any more.
+Error GroupGone();
 Error RecipientGone();
 
 class RecipientStore {

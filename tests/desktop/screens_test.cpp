@@ -31,7 +31,12 @@
 #include "desktop/document/link_form.h"
 #include "desktop/document/table_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/recipients/group_new_form.h"
+#include "desktop/recipients/group_rename_form.h"
+#include "desktop/recipients/recipient_add_form.h"
 #include "desktop/recipients/recipient_export_form.h"
+#include "desktop/recipients/recipient_modify_form1.h"
+#include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -338,6 +343,17 @@ class ScreensTest : public QObject {
     }
     HistoryManagerForm history(rig.program, nullptr);
     Take(history, "history");
+    GroupNewForm new_group(rig.program, nullptr);
+    Take(new_group, "group-new");
+    GroupRenameForm other_name(rig.program, "Customers", nullptr);
+    Take(other_name, "group-rename");
+    RecipientAddForm add(rig.program, "Customers", nullptr);
+    Take(add, "recipient-add");
+    RecipientModifyForm1 modify(rig.program, "Customers",
+                                rig.Store().FindRecipient(group.id, "bob@example.net")->value().id, nullptr);
+    Take(modify, "recipient-modify");
+    RecipientModifyForm2 gone(rig.program, "Customers", 77, nullptr);
+    Take(gone, "recipient-gone");
     RecipientExportForm list_to_file(rig.program, "Customers", nullptr);
     list_to_file.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
     list_to_file.findChild<QListWidget*>("ListFields")->item(2)->setCheckState(Qt::Checked);

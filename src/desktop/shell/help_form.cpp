@@ -46,6 +46,11 @@ std::optional<QString> TopicOf(const QString& window) {
       {"TableForm", "Message Options.htm"},
       {"LinkForm", "Message Options.htm"},
       {"AttachmentsForm", "Message Options.htm"},
+      {"GroupNewForm", kGroupsTopic},
+      {"GroupRenameForm", kGroupsTopic},
+      {"RecipientAddForm", kGroupsTopic},
+      {"RecipientModifyForm1", kGroupsTopic},
+      {"RecipientModifyForm2", kGroupsTopic},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };

@@ -17,6 +17,8 @@ class HelpForm final : public QDialog {
 };
 
 inline constexpr const char* kWelcomeTopic = "Welcome.htm";
+// Of groups, recipients and the search among them.
+inline constexpr const char* kGroupsTopic = "Group Manager 1.htm";
 
 // The topic of a window of ours, by its name; nothing for the toolkit's own windows.
 std::optional<QString> TopicOf(const QString& window);

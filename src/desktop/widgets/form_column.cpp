@@ -2,6 +2,8 @@
 
 #include <QDialog>
 #include <QGroupBox>
+#include <QPushButton>
+#include <utility>
 
 #include "desktop/widgets/form_grid.h"
 
@@ -10,6 +12,11 @@ namespace {
 
 constexpr int kMargin = 14;  // pixels
 constexpr int kSpacing = 10;
+
+constexpr std::pair<QDialogButtonBox::StandardButton, const char*> kButtonNames[] = {
+    {QDialogButtonBox::Ok, "OKButton"},
+    {QDialogButtonBox::Cancel, "CancelButton"},
+    {QDialogButtonBox::Close, "CloseButton"}};
 
 }  // namespace
 
@@ -47,6 +54,9 @@ void FormColumn::AddLine(const std::vector<QWidget*>& widgets, int stretch) {
 
 QDialogButtonBox* FormColumn::AddButtons(QDialogButtonBox::StandardButtons buttons) {
   auto* box = new QDialogButtonBox(buttons, parentWidget());
+  for (const auto& [which, name] : kButtonNames) {
+    if (auto* button = box->button(which)) button->setObjectName(name);
+  }
   addWidget(box);
   if (auto* dialog = qobject_cast<QDialog*>(parentWidget())) {
     QObject::connect(box, &QDialogButtonBox::accepted, dialog, &QDialog::accept);

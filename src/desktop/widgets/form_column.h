@@ -31,7 +31,8 @@ class FormColumn final : public QVBoxLayout {
   }
   // Side by side; a null stands for the room that is left.
   void AddLine(const std::vector<QWidget*>& widgets, int stretch = 0);
-  // The last row of a dialog, in the order of the desktop; OK accepts the dialog, Cancel and Close reject it.
+  // The last row of a dialog, in the order of the desktop; OK accepts the dialog, Cancel and Close reject it. They
+  // are named "OKButton", "CancelButton" and "CloseButton".
   QDialogButtonBox* AddButtons(QDialogButtonBox::StandardButtons buttons = QDialogButtonBox::NoButton);
 };
 
