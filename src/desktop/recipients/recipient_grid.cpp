@@ -71,10 +71,10 @@ void RecipientRows::Put(std::size_t row, const recipients::GridRow& texts) {
 }
 
 const recipients::GridRow& RecipientRows::At(std::size_t row) {
-  static const recipients::GridRow kNone;
+  static const recipients::GridRow none;
   if (!blocks_.contains(row / kBlock) && !waits_) Fetch(row);
   const auto block = blocks_.find(row / kBlock);
-  return block == blocks_.end() ? kNone : block->second[row % kBlock];
+  return block == blocks_.end() ? none : block->second[row % kBlock];
 }
 
 void RecipientRows::Fetch(std::size_t row) {
