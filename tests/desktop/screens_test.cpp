@@ -37,6 +37,7 @@
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
+#include "desktop/recipients/recipient_search_form.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -358,6 +359,14 @@ class ScreensTest : public QObject {
     list_to_file.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
     list_to_file.findChild<QListWidget*>("ListFields")->item(2)->setCheckState(Qt::Checked);
     Take(list_to_file, "export");
+    RecipientSearchForm found(rig.program, "Customers", nullptr);
+    Take(found, "search-empty");
+    found.findChild<QComboBox*>("CompareComboBox")->setCurrentIndex(1);
+    found.findChild<QLineEdit*>("EntryTextBox")->setText("example");
+    QTRY_VERIFY(found.findChild<QAbstractItemView*>("MSFlexGrid")->model()->rowCount() > 0);
+    found.findChild<QAbstractItemView*>("MSFlexGrid")
+        ->setCurrentIndex(found.findChild<QAbstractItemView*>("MSFlexGrid")->model()->index(0, 0));
+    Take(found, "search");
     ThreadForm threads(rig.settings, nullptr);
     Take(threads, "threads");
     TableForm table(rig.prompts, nullptr);

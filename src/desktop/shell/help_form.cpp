@@ -51,6 +51,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientAddForm", kGroupsTopic},
       {"RecipientModifyForm1", kGroupsTopic},
       {"RecipientModifyForm2", kGroupsTopic},
+      {"RecipientSearchForm", kGroupsTopic},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };

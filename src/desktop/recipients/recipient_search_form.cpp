@@ -1,0 +1,246 @@
+#include "desktop/recipients/recipient_search_form.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTimer>
+#include <algorithm>
+#include <mutex>
+
+#include "desktop/recipients/recipient_grid.h"
+#include "desktop/recipients/recipient_modify_form2.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+#include "platform/text.h"
+#include "recipients/edit/move_recipients.h"
+#include "recipients/group_checks.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kTick = 20;        // milliseconds
+constexpr int kAnswerTime = 50;  // milliseconds; longer, and somebody who types has to wait
+
+Result<void> SearchGroup(const recipients::RecipientStore& store, std::string_view group,
+                         recipients::SearchRequest request, const std::function<void(std::int64_t key)>& found) {
+  const auto there = store.RequireGroup(group);
+  if (!there) return there.error();
+  request.group_id = there->id;
+  return recipients::Search(store, request, [&](const recipients::FoundRecipient& recipient) {
+    found(recipient.id());
+    return true;
+  });
+}
+
+}  // namespace
+
+struct RecipientSearchForm::News {
+  std::mutex mutex;
+  std::vector<std::int64_t> keys;  // found, and not yet shown
+};
+
+RecipientSearchForm::RecipientSearchForm(const profile::Program& program, QString group, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      group_(std::move(group)),
+      task_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      answer_time_(new QTimer(this)),
+      field_(new QComboBox(this)),
+      compare_(new QComboBox(this)),
+      term_(new QLineEdit(this)),
+      search_(new QPushButton(tr("&Search"), this)),
+      rows_(new RecipientRows(program.folders.Database(), this)),
+      grid_(MakeRecipientGrid(rows_, this)),
+      status_(new StatusLine(this)) {
+  answer_time_->setSingleShot(true);
+  MakeWindow();
+  connect(search_, &QPushButton::clicked, this, &RecipientSearchForm::Search);
+  connect(term_, &QLineEdit::textChanged, this, &RecipientSearchForm::SearchAsTyped);
+  connect(field_, &QComboBox::currentIndexChanged, this, &RecipientSearchForm::SearchAsTyped);
+  connect(compare_, &QComboBox::currentIndexChanged, this, &RecipientSearchForm::SearchAsTyped);
+  connect(tick_, &QTimer::timeout, this, &RecipientSearchForm::TakeNews);
+  connect(answer_time_, &QTimer::timeout, this, &RecipientSearchForm::GiveUpTyped);
+  connect(grid_, &RowList::doubleClicked, this, &RecipientSearchForm::Modify);
+  connect(
+      rows_, &RecipientRows::Trouble, status_, [this](const QString& why) { status_->Say(why, NoteKind::kFailure); },
+      Qt::QueuedConnection);
+  auto* erase = new QShortcut(QKeySequence::Delete, grid_, nullptr, nullptr, Qt::WidgetShortcut);
+  connect(erase, &QShortcut::activated, this, &RecipientSearchForm::Delete);
+  term_->setFocus();
+}
+
+RecipientSearchForm::~RecipientSearchForm() = default;
+
+void RecipientSearchForm::MakeWindow() {
+  setObjectName("RecipientSearchForm");
+  setWindowTitle(tr("Search “%1”").arg(ToQt(platform::Printable(FromQt(group_), 60))));
+  resize(680, 480);
+  for (const std::string_view label : recipients::SearchLabels()) field_->addItem(Translated(label));
+  for (const std::string_view label : recipients::kComparisonLabels) compare_->addItem(Translated(label));
+  search_->setObjectName("SearchButton");
+  search_->setDefault(true);
+  grid_->SetEmptyText(tr("Those who are found stand here. Type what to look for; “All fields” looks everywhere."));
+  auto* column = new FormColumn(this);
+  FormGrid* what = column->AddGrid();
+  what->Add("FieldComboBox", tr("&Field:"), field_);
+  what->Add("CompareComboBox", tr("&Comparison:"), compare_);
+  what->Add("EntryTextBox", tr("Search &term:"), term_, {search_});
+  column->Add(grid_, 1);
+  column->Add(status_);
+  AddButtons(column);
+}
+
+void RecipientSearchForm::AddButtons(FormColumn* column) {
+  const auto make = [this](const char* name, const QString& text, auto press) {
+    auto* button = new QPushButton(text, this);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, press);
+    return button;
+  };
+  column->AddLine({make("ModifyButton", tr("&Modify…"), [this] { Modify(); }),
+                   make("DeleteButton", tr("&Delete"), [this] { Delete(); }), nullptr,
+                   make("CloseButton", tr("Close"), [this] { reject(); })});
+}
+
+recipients::RecipientStore RecipientSearchForm::Store() const {
+  return recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience);
+}
+
+recipients::SearchRequest RecipientSearchForm::Request() const {
+  return {.group_id = 0,
+          .field = static_cast<std::size_t>(field_->currentIndex()),
+          .comparison = static_cast<recipients::Comparison>(compare_->currentIndex()),
+          .term = FromQt(term_->text())};
+}
+
+void RecipientSearchForm::Search() {
+  if (const auto complaint = recipients::CheckSearchTerm(FromQt(term_->text()))) {
+    program_.prompts.Warn(complaint->message);
+    term_->setFocus();
+    return;
+  }
+  rows_->Reset({});
+  grid_->Reset(0);
+  status_->Say(tr("Searching…"));
+  Start(Kind::kAsked);
+}
+
+void RecipientSearchForm::SearchAsTyped() {
+  if (!answers_at_once_) {
+    status_->Say(tr("Press Search: this group takes too long to be searched while you type."));
+  } else if (!term_->text().isEmpty()) {
+    Start(Kind::kTyped);
+  } else {
+    rows_->Reset({});
+    grid_->Reset(0);
+    status_->Say({});
+  }
+}
+
+void RecipientSearchForm::Start(Kind kind) {
+  news_ = std::make_shared<News>();
+  task_->Start([this, file = program_.folders.Database(), group = FromQt(group_), request = Request(), news = news_,
+                kind](const platform::CancelToken& cancel) {
+    const auto done =
+        SearchGroup(recipients::RecipientStore(file, {.cancel = &cancel}), group, request, [&](std::int64_t key) {
+          const std::lock_guard lock(news->mutex);
+          news->keys.push_back(key);
+        });
+    return [this, kind, done] { End(kind, done); };
+  });
+  kind == Kind::kAsked ? tick_->start(kTick) : tick_->stop();
+  answer_time_->start(kAnswerTime);
+}
+
+void RecipientSearchForm::TakeNews() {
+  std::vector<std::int64_t> keys;
+  {
+    const std::lock_guard lock(news_->mutex);
+    keys.swap(news_->keys);
+  }
+  if (keys.empty()) return;
+  rows_->Append(keys);
+  grid_->Grow(rows_->size());
+}
+
+// What was found before stays; a search that was asked for goes on.
+void RecipientSearchForm::GiveUpTyped() {
+  if (!task_->is_running() || tick_->isActive()) return;
+  answers_at_once_ = false;
+  task_->Cancel();
+  SearchAsTyped();
+}
+
+void RecipientSearchForm::End(Kind kind, const Result<void>& done) {
+  tick_->stop();
+  const bool was_at_once = answer_time_->isActive();
+  answer_time_->stop();
+  if (kind == Kind::kTyped && !answers_at_once_) return;
+  answers_at_once_ = was_at_once;
+  if (kind == Kind::kTyped) {
+    rows_->Reset({});
+    grid_->Reset(0);
+  }
+  TakeNews();
+  if (done) {
+    SayFound();
+  } else {
+    status_->Fail(done.error());
+  }
+}
+
+void RecipientSearchForm::SayFound() {
+  const auto found = static_cast<std::int64_t>(rows_->size());
+  status_->Say(found == 0 ? tr("Nobody was found.")
+                          : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found.")));
+}
+
+bool RecipientSearchForm::HasChosen() {
+  const auto complaint = recipients::CheckFoundChosen(!grid_->Chosen().empty());
+  if (!complaint) return true;
+  program_.prompts.Warn(complaint->message);
+  grid_->setFocus();
+  return false;
+}
+
+void RecipientSearchForm::Modify() {
+  if (!HasChosen()) return;
+  const std::size_t row = grid_->Chosen().front();
+  RecipientModifyForm2 form(program_, group_, rows_->keys()[row], this);
+  form.exec();
+  if (!form.written()) return;
+  has_changed_ = true;
+  rows_->Put(row, *form.written());
+  grid_->viewport()->update();
+}
+
+void RecipientSearchForm::Delete() {
+  if (!HasChosen()) return;
+  const std::vector<std::size_t> chosen = grid_->Chosen();
+  const Sentence question =
+      chosen.size() == 1 ? recipients::DeleteQuestion(rows_->At(chosen.front()).email)
+                         : recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), FromQt(group_));
+  if (program_.prompts.Ask(question.InEnglish()) != platform::Answer::kYes) return;
+  std::vector<std::int64_t> keys;
+  keys.reserve(chosen.size());
+  for (const std::size_t row : chosen) keys.push_back(rows_->keys()[row]);
+  const auto deleted =
+      recipients::DeleteRecipients(Store(), FromQt(group_), keys, recipients::DeletedFrom::kSearchResults);
+  if (!deleted) {
+    status_->Fail(deleted.error());
+    return;
+  }
+  has_changed_ = true;
+  rows_->Remove(chosen);
+  grid_->Reset(rows_->size());
+  if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
+  SayFound();
+}
+
+}  // namespace quillcast::desktop

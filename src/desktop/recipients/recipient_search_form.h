@@ -1,0 +1,69 @@
+// The dialog that finds recipients of a group and changes those that were found.
+#pragma once
+
+#include <QDialog>
+#include <memory>
+
+#include "desktop/widgets/background_task.h"
+#include "profile/program.h"
+#include "recipients/recipient_search.h"
+
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+class QTimer;
+
+namespace quillcast::desktop {
+
+class FormColumn;
+class RecipientRows;
+class RowList;
+class StatusLine;
+
+class RecipientSearchForm final : public QDialog {
+  Q_OBJECT
+ public:
+  RecipientSearchForm(const profile::Program& program, QString group, QWidget* parent);
+  ~RecipientSearchForm() override;
+  // Recipients were changed, moved or deleted: who shows the group reads it again.
+  bool has_changed() const { return has_changed_; }
+
+ private:
+  // kTyped: while somebody types, and only where the group answers at once.
+  enum class Kind { kAsked, kTyped };
+  struct News;
+
+  void MakeWindow();
+  void AddButtons(FormColumn* column);
+  recipients::SearchRequest Request() const;
+  void Search();
+  void SearchAsTyped();
+  void Start(Kind kind);
+  void TakeNews();
+  void GiveUpTyped();
+  void End(Kind kind, const Result<void>& done);
+  void SayFound();
+  // Warns where no row is chosen, as the commands on one row do.
+  bool HasChosen();
+  void Modify();
+  void Delete();
+  recipients::RecipientStore Store() const;
+
+  const profile::Program& program_;
+  const QString group_;
+  BackgroundTask* task_;
+  QTimer* tick_;
+  QTimer* answer_time_;
+  std::shared_ptr<News> news_;  // shared with the thread that searches
+  bool answers_at_once_ = true;
+  bool has_changed_ = false;
+  QComboBox* field_;
+  QComboBox* compare_;
+  QLineEdit* term_;
+  QPushButton* search_;
+  RecipientRows* rows_;
+  RowList* grid_;
+  StatusLine* status_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,272 @@
+// The dialog of the search: who is found, while one types too, and what is done with those that were found.
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+#include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_search_form.h"
+#include "desktop/seen_colours.h"
+#include "desktop/widgets/row_list.h"
+#include "recipients/store_connection.h"
+
+namespace quillcast::desktop {
+
+namespace {
+
+constexpr const char* kChoose = "warn: Please specify an email address.";
+
+struct Scene {
+  test::FormRig rig;
+  std::unique_ptr<RecipientSearchForm> form;
+
+  // Four recipients of "Readers", and one of another group.
+  void Open() {
+    rig.AddGroup("Readers", {"ada@x.org", "bob@Y.org", "o'neill@x.org", "zoe@z.net"});
+    rig.AddGroup("Others", {"ada@x.org"});
+    Run("UPDATE [Emails] SET [G-FirstName] = 'Zo\xC3\xAB', [G-LastName] = 'Vos', [G-Address1] = '1 Dock Road' "
+        "WHERE [G-Email] = 'zoe@z.net'");
+    form = std::make_unique<RecipientSearchForm>(rig.program, "Readers", nullptr);
+    form->show();
+    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+  }
+  void Run(const std::string& sql) const {
+    QVERIFY(recipients::OpenStore(rig.folders.Database())->Execute(sql.c_str()));
+  }
+  template <typename Widget>
+  Widget& Find(const char* name) const {
+    return *form->findChild<Widget*>(name);
+  }
+  RowList& Grid() const { return Find<RowList>("MSFlexGrid"); }
+  QString Status() const { return Find<QLabel>("StatusLine").text(); }
+  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
+  void Choose(const char* field, const char* compare) const {
+    Find<QComboBox>("FieldComboBox").setCurrentText(field);
+    Find<QComboBox>("CompareComboBox").setCurrentText(compare);
+  }
+  // What stands in the grid: its rows, their cells.
+  QString Rows() const {
+    QStringList rows;
+    const auto* model = Grid().model();
+    for (int row = 0; row < model->rowCount(); ++row) {
+      QStringList cells;
+      for (int column = 0; column < model->columnCount(); ++column)
+        cells << model->index(row, column).data().toString();
+      rows << cells.join(' ').simplified();
+    }
+    return rows.join(" | ");
+  }
+  // Searches by the button, and gives what was found.
+  QString Search(const char* field, const char* compare, const QString& term) {
+    Find<QLineEdit>("EntryTextBox").clear();
+    Choose(field, compare);
+    {
+      const QSignalBlocker quiet(&Find<QLineEdit>("EntryTextBox"));
+      Find<QLineEdit>("EntryTextBox").setText(term);
+    }
+    Press("SearchButton");
+    WaitForEnd();
+    return Rows();
+  }
+  void WaitForEnd() const { QTRY_VERIFY(!Status().contains("Searching")); }
+};
+
+}  // namespace
+
+class SearchFormTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void opensWithTheGivenChoices() {
+    Scene scene;
+    scene.Open();
+    auto& fields = scene.Find<QComboBox>("FieldComboBox");
+    QCOMPARE(fields.count(), 19);
+    QCOMPARE(fields.currentText(), "Email");
+    QCOMPARE(fields.itemText(7), "Address 1");
+    QCOMPARE(fields.itemText(18), "All fields");
+    auto& compare = scene.Find<QComboBox>("CompareComboBox");
+    QCOMPARE(compare.currentText(), "Equals");
+    QCOMPARE(compare.itemText(1) + '/' + compare.itemText(2) + '/' + compare.itemText(3),
+             "Contains/Starts with/Ends with");
+    QCOMPARE(scene.form->focusWidget()->objectName(), "EntryTextBox");
+  }
+
+  void findsByOneFieldOrAll_data() {
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("compare");
+    QTest::addColumn<QString>("term");
+    QTest::addColumn<QString>("rows");
+    QTest::addColumn<QString>("says");
+    const auto row = [](const char* field, const char* compare, const char* term, const char* rows, const char* says) {
+      QTest::addRow("%s %s %s", field, compare, term) << field << compare << term << rows << says;
+    };
+    row("Email", "Equals", "ADA@x.org", "1 ada@x.org", "1 recipient was found.");
+    row("Email", "Contains", "X.ORG", "1 ada@x.org | 2 o'neill@x.org", "2 recipients were found.");
+    row("Email", "Starts with", "o'", "1 o'neill@x.org", "1 recipient was found.");
+    row("Email", "Ends with", ".net", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
+    row("Email", "Equals", "nobody@x.org", "", "Nobody was found.");
+    row("First Name", "Equals", "zo\xC3\x8B", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
+    row("Address 1", "Contains", "Dock", "",
+        "A search in \"Address 1\" alone finds nothing. Search all fields: they hold this one.");
+    row("All fields", "Contains", "dock", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
+  }
+  void findsByOneFieldOrAll() {
+    QFETCH(QString, field);
+    QFETCH(QString, compare);
+    QFETCH(QString, term);
+    QFETCH(QString, rows);
+    QFETCH(QString, says);
+    Scene scene;
+    scene.Open();
+    QCOMPARE(scene.Search(qPrintable(field), qPrintable(compare), term), rows);
+    QCOMPARE(scene.Status(), says);
+    QCOMPARE(scene.rig.Shown(), "");
+  }
+
+  void anEmptyTermIsWarnedOfByTheButtonAlone() {
+    Scene scene;
+    scene.Open();
+    auto& term = scene.Find<QLineEdit>("EntryTextBox");
+    scene.Choose("Email", "Contains");
+    QTest::keyClicks(&term, "x");
+    QTRY_COMPARE(scene.Rows(), "1 ada@x.org | 2 o'neill@x.org");
+    QTest::keyClick(&term, Qt::Key_Backspace);
+    QTRY_COMPARE(scene.Rows(), "");
+    QCOMPARE(scene.rig.Shown(), "");
+    scene.Grid().setFocus();
+    scene.Press("SearchButton");
+    QCOMPARE(scene.rig.Shown(), "warn: Please enter your search term.");
+    QCOMPARE(scene.form->focusWidget(), &term);
+  }
+
+  void findsWhileOneTypesAsLongAsTheGroupAnswers() {
+    Scene scene;
+    scene.Open();
+    auto& term = scene.Find<QLineEdit>("EntryTextBox");
+    scene.Choose("All fields", "Contains");
+    for (const auto& [typed, rows] : std::vector<std::pair<const char*, const char*>>{
+             {"o", "1 ada@x.org | 2 bob@Y.org | 3 o'neill@x.org | 4 Zo\xC3\xAB Vos zoe@z.net"},
+             {"b", "1 bob@Y.org"},
+             {"q", ""}}) {
+      QTest::keyClicks(&term, typed);
+      QTRY_COMPARE(scene.Rows(), QString(rows));
+    }
+    QCOMPARE(scene.Status(), "Nobody was found.");
+    QTest::keyClick(&term, Qt::Key_Backspace);
+    QTRY_COMPARE(scene.Rows(), "1 bob@Y.org");
+
+    auto busy = recipients::OpenStore(scene.rig.folders.Database());
+    QVERIFY(busy->Execute("BEGIN EXCLUSIVE"));
+    QTest::keyClick(&term, Qt::Key_Backspace);
+    QTRY_VERIFY2(scene.Status().startsWith("Press Search"), qPrintable(scene.Status()));
+    QVERIFY(busy->Execute("ROLLBACK"));
+    QTest::keyClicks(&term, "'");
+    QCOMPARE(scene.Grid().size(), 1U);  // what was there stays, and no more is looked for
+    QTest::keyClick(&term, Qt::Key_Return);
+    QTRY_COMPARE(scene.Rows(), "1 o'neill@x.org");
+    QTest::keyClick(&term, Qt::Key_Backspace);  // it answers again
+    QTRY_COMPARE(scene.Grid().size(), 4U);
+    QCOMPARE(scene.rig.Shown(), "");
+  }
+
+  void changesTheChosenRow() {
+    Scene scene;
+    scene.Open();
+    scene.Search("Email", "Contains", "x.org");
+    scene.Press("ModifyButton");
+    QCOMPARE(scene.rig.Shown(), kChoose);
+    QVERIFY(!scene.form->has_changed());
+    QTest::keyClick(&scene.Grid(), Qt::Key_Down);
+    QTest::keyClick(&scene.Grid(), Qt::Key_Down);
+    test::WhileOpen("RecipientModifyForm2", [&](QDialog& form) {
+      QCOMPARE(form.findChild<QLineEdit*>("EmailTextBox")->text(), "o'neill@x.org");
+      form.findChild<QLineEdit*>("FirstNameTextBox")->setText("Shan");
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    scene.Press("ModifyButton");
+    QCOMPARE(scene.Rows(), "1 ada@x.org | 2 Shan o'neill@x.org");
+    QVERIFY(scene.form->has_changed());
+    QCOMPARE(scene.Search("First Name", "Equals", "shan"), "1 Shan o'neill@x.org");
+  }
+
+  void deletesAfterAQuestion() {
+    Scene scene;
+    scene.Open();
+    scene.Search("Email", "Contains", "x.org");
+    scene.Press("DeleteButton");
+    QCOMPARE(scene.rig.Shown(), kChoose);
+    scene.Grid().Choose(0);
+    scene.Press("DeleteButton");
+    QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 'ada@x.org'?");
+    QCOMPARE(scene.Grid().size(), 2U);
+    scene.rig.prompts.answers = {platform::Answer::kYes, platform::Answer::kYes, platform::Answer::kYes};
+    scene.Grid().setFocus();
+    QTest::keyClick(&scene.Grid(), Qt::Key_Delete);
+    QCOMPARE(scene.Rows(), "1 o'neill@x.org");
+    QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 3);
+    scene.Press("DeleteButton");
+    QCOMPARE(scene.Rows(), "");
+    scene.Search("Email", "Contains", "o");
+    scene.rig.Shown();
+    scene.Grid().selectAll();
+    scene.Press("DeleteButton");
+    QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 2 recipients from 'Readers'?");
+    QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 0);
+    QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 1);
+  }
+
+  void aFailureIsToldInTheStatusLine() {
+    Scene scene;
+    scene.Open();
+    scene.Search("Email", "Contains", "x.org");
+    scene.Grid().Choose(0);
+    auto busy = recipients::OpenStore(scene.rig.folders.Database());
+    QVERIFY(busy->Execute("BEGIN IMMEDIATE"));
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("DeleteButton");
+    QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Grid().size(), 2U);
+    QVERIFY(busy->Execute("DELETE FROM [Groups]; COMMIT"));
+    QCOMPARE(scene.Search("Email", "Contains", "x.org"), "");
+    QVERIFY2(scene.Status().contains("Readers"), qPrintable(scene.Status()));
+  }
+
+  void showsAMillionByTheirKeys() {
+    Scene scene;
+    scene.Open();
+    scene.Run(
+        "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 100000) INSERT INTO [Emails] "
+        "([G-ID], [G-Email], [G-LastName]) SELECT 1, 'many' || x || '@x.org', x FROM [n]");
+    scene.Find<QLineEdit>("EntryTextBox").clear();
+    scene.Choose("Email", "Starts with");
+    scene.Find<QLineEdit>("EntryTextBox").setText("many");
+    scene.Press("SearchButton");
+    QTRY_COMPARE_WITH_TIMEOUT(scene.Grid().size(), 100'000U, 20'000);
+    scene.Grid().setFocus();
+    QTest::keyClick(&scene.Grid(), Qt::Key_End);
+    QCOMPARE(scene.Grid().model()->index(99'999, 3).data().toString(), "many100000@x.org");
+    QCOMPARE(scene.Grid().model()->index(50'000, 2).data().toString(), "50001");
+    QTest::keySequence(&scene.Grid(), QKeySequence::Copy);
+    QCOMPARE(QGuiApplication::clipboard()->text(), "\t100000\tmany100000@x.org\n");
+  }
+
+  void rowsHaveTheGivenColours() {
+    Scene scene;
+    scene.Open();
+    scene.Search("Email", "Contains", "x.org");
+    const auto* model = scene.Grid().model();
+    QCOMPARE(model->index(0, 0).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 200, 0));
+    QCOMPARE(model->index(1, 3).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 255, 192));
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::SearchFormTest)
+#include "search_form_test.moc"
