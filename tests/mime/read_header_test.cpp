@@ -9,9 +9,10 @@ namespace {
 
 TEST(ReadHeader, DecodesWords) {
   struct Case {
-    const char* text;
-    const char* decoded;
+    std::string text;
+    std::string decoded;
   };
+  const std::string longest(243, 'a');  // with what stands round it 255 octets
   for (const Case& c : {
            Case{"plain = text?", "plain = text?"},
            {"=?utf-8?Q?Gr=C3=BC=C3=9Fe_f=C3=BCr_Bob?=", "Grüße für Bob"},
@@ -26,6 +27,8 @@ TEST(ReadHeader, DecodesWords) {
            {"=?utf-8?q?cut", "=?utf-8?q?cut"},
            {"=?=?=?utf-8?q?a?=", "=?=?a"},
            {"=?", "=?"},
+           {"=?utf-8?q?" + longest + "?=b", longest + "b"},
+           {"=?utf-8?q?a" + longest + "?=b", "=?utf-8?q?a" + longest + "?=b"},
        }) {
     EXPECT_EQ(DecodeEncodedWords(c.text), c.decoded) << c.text;
   }

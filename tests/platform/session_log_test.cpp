@@ -37,26 +37,31 @@ TEST(SessionLog, HoldsNoAddress) {
 }
 
 TEST(SessionLog, TellsWhatWasPassedOverBehindWhatStandsThere) {
-  const test::TemporaryFolder folder;
-  const test::FakeClock clock;
-  folder.Write("target", "mine");
-  fs::create_symlink(folder / "target", folder / "Session.log");
-  for (const char* session : {"first", "second"}) {
-    SessionLog log(folder.path(), clock);
-    IgnoreErrors(Result<void>());
-    Result<int> failed = Error{Failure::kIo, std::string("The ") + session + " line\nof ada@example.org.", "Wait."};
-    EXPECT_EQ(IgnoreErrors(std::move(failed), 7), 7) << "and what stands in for the value is given";
-    log.Write("again");
-    log.Write("again");
+  constexpr auto kPrivate = fs::perms::owner_read | fs::perms::owner_write;
+  for (const bool is_hard : {false, true}) {
+    const test::TemporaryFolder folder;
+    const test::FakeClock clock;
+    const fs::path target = folder.Write("target", "mine");
+    fs::permissions(target, kPrivate);
+    const fs::path log_file = folder / "Session.log";
+    is_hard ? fs::create_hard_link(target, log_file) : fs::create_symlink(target, log_file);
+    for (const char* session : {"first", "second"}) {
+      SessionLog log(folder.path(), clock);
+      IgnoreErrors(Result<void>());
+      Result<int> failed = Error{Failure::kIo, std::string("The ") + session + " line\nof ada@example.org.", "Wait."};
+      EXPECT_EQ(IgnoreErrors(std::move(failed), 7), 7) << "and what stands in for the value is given";
+      log.Write("again");
+      log.Write("again");
+    }
+    IgnoreErrors(Result<void>(Error{Failure::kIo, "Nobody listens."}));
+    const auto expected = [](const std::string& session) {
+      return "2026-07-03 09:05:07 The " + session + " line?of (an address) Wait.\n2026-07-03 09:05:07 again\n";
+    };
+    EXPECT_EQ(test::ReadAll(log_file), expected("first") + expected("second"));
+    EXPECT_TRUE(fs::equivalent(folder / "Session.before.log", target)) << "what somebody put there is only moved";
+    EXPECT_EQ(test::ReadAll(target), "mine");
+    EXPECT_EQ(fs::status(log_file).permissions(), kPrivate);
   }
-  IgnoreErrors(Result<void>(Error{Failure::kIo, "Nobody listens."}));
-  const auto expected = [](const std::string& session) {
-    return "2026-07-03 09:05:07 The " + session + " line?of (an address) Wait.\n2026-07-03 09:05:07 again\n";
-  };
-  EXPECT_EQ(test::ReadAll(folder / "Session.log"), expected("first") + expected("second"));
-  EXPECT_TRUE(fs::is_symlink(folder / "Session.before.log")) << "what somebody put there is moved, not written into";
-  EXPECT_EQ(test::ReadAll(folder / "target"), "mine");
-  EXPECT_EQ(fs::status(folder / "Session.log").permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
 // All find it full at once, and one alone may put it away.

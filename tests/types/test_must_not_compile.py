@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What must not compile: text from outside where only a checked type may go.
+"""What must not compile: text from outside where only a checked type may go, or too few values in a sentence.
 
 Each case is a place and what is put there: first what may stand there, which shows that the place is well-formed and
 that the rest of the case compiles, then what may not, one by one. QUILLCAST_CXX names the compiler.
@@ -16,6 +16,7 @@ PRELUDE = """
 #include <string>
 #include <string_view>
 #include "mime/header_text.h"
+#include "platform/sentence.h"
 #include "smtp/client/wire.h"
 #include "smtp/envelope.h"
 using namespace quillcast;
@@ -46,6 +47,9 @@ CASES = [
     ("a header's name", "mime::AppendUnstructured(out, %s, mime::HeaderText(view), " + CHARSET + ");",
      ['"X-Mailer"'],
      ["text", "pointer", '""', '"Subject:"', '"Sub ject"', '"Subject\\r\\nBcc"', '"S\\xC3\\xBC"']),
+    ("a sentence of two values", "Say(%s, text, view);",
+     ['"{} is not in {}."'],
+     ["text", "pointer", '"{} is not there."', '"{} is in {} and {}."', '"{1} has no {0}."', '"{} is in {"']),
 ]
 
 
