@@ -37,6 +37,7 @@
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
+#include "desktop/recipients/recipient_move_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
@@ -367,6 +368,8 @@ class ScreensTest : public QObject {
     found.findChild<QAbstractItemView*>("MSFlexGrid")
         ->setCurrentIndex(found.findChild<QAbstractItemView*>("MSFlexGrid")->model()->index(0, 0));
     Take(found, "search");
+    RecipientMoveForm to_others(rig.program, "Customers", {1, 2}, nullptr);
+    Take(to_others, "move");
     ThreadForm threads(rig.settings, nullptr);
     Take(threads, "threads");
     TableForm table(rig.prompts, nullptr);

@@ -1,17 +1,21 @@
 // The dialog of the search: who is found, while one types too, and what is done with those that were found.
+#include <sys/resource.h>
+
 #include <QClipboard>
 #include <QComboBox>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPrinter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
-#include <QTimer>
+#include <csignal>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
-#include "desktop/seen_colours.h"
 #include "desktop/widgets/row_list.h"
 #include "recipients/store_connection.h"
 
@@ -219,6 +223,93 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 2 recipients from 'Readers'?");
     QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 0);
     QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 1);
+  }
+
+  void movesAndCopiesWhatWasFound() {
+    Scene scene;
+    scene.Open();
+    scene.Press("MoveButton");
+    QCOMPARE(scene.Status(), "Nobody was found who could be moved or copied.");
+    const auto act = [&scene](const char* group, const char* button, const std::function<void(QDialog&)>& then = {}) {
+      test::WhileOpen("RecipientMoveForm", [=, &scene](QDialog& form) {
+        auto* ok = form.findChild<QPushButton*>("OKButton");
+        QTest::mouseClick(ok, Qt::LeftButton);
+        QCOMPARE(scene.rig.Shown(), "warn: Please specify a group.");
+        form.findChild<QComboBox*>("GroupComboBox")->setCurrentText(group);
+        form.findChild<QAbstractButton*>(button)->click();
+        QTest::mouseClick(ok, Qt::LeftButton);
+        if (then) then(form);
+      });
+      scene.Press("MoveButton");
+    };
+    scene.Search("Email", "Contains", "x.org");
+    act("Others", "MoveRadioButton");  // and the question is answered with No
+    QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to move 2 recipients from 'Readers' to 'Others'?");
+    QCOMPARE(scene.Grid().size(), 2U);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    act("Others", "MoveRadioButton", [](QDialog& form) {  // one of them is there already, and stays
+      auto* there = form.findChild<RowList*>("DuplicatesList");
+      QTRY_VERIFY(there->isVisible());
+      QCOMPARE(there->model()->index(0, 0).data().toString(), "ada@x.org");
+    });
+    scene.WaitForEnd();
+    QCOMPARE(scene.Rows(), "1 ada@x.org");
+    QCOMPARE(scene.Status(), "1 recipient was moved to “Others”. 1 was there already. 1 recipient was found.");
+    QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 2);
+
+    scene.rig.Shown();
+    scene.Search("Email", "Contains", "z");
+    test::WhileOpen("RecipientMoveForm", [](QDialog& form) {
+      test::WhileOpen("GroupNewForm", [](QDialog& name) {
+        QTest::keyClicks(name.findChild<QLineEdit*>("NameTextBox"), "Found");
+        QTest::mouseClick(name.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      });
+      QTest::mouseClick(form.findChild<QPushButton*>("NewGroupButton"), Qt::LeftButton);
+      QCOMPARE(form.findChild<QComboBox*>("GroupComboBox")->currentText(), "Found");
+      form.findChild<QAbstractButton*>("CopyRadioButton")->click();
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      QTRY_VERIFY(!form.isVisible());
+    });
+    scene.Press("MoveButton");
+    QCOMPARE(scene.rig.Shown(), "");
+    QCOMPARE(scene.Status(), "1 recipient was copied to “Found”.");
+    QCOMPARE(scene.rig.Store().CountRecipients("Found").ValueOr(-1), 1);
+    QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 3);
+    QVERIFY(scene.form->has_changed());
+  }
+
+  void printsToPdf() {
+    Scene scene;
+    scene.Open();
+    scene.Press("PrintButton");
+    QCOMPARE(scene.Status(), "Nobody was found who could be printed.");
+    scene.Run(
+        "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 200) INSERT INTO [Emails] "
+        "([G-ID], [G-Email]) SELECT 1, 'many' || x || '@x.org' FROM [n]");
+    const auto keys = *scene.rig.Store().ListKeys(scene.rig.Store().RequireGroup("Readers")->id, "");
+    const auto print = [&](const QString& file) {
+      auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+      printer->setOutputFileName(file);
+      RecipientPrintForm form(scene.rig.program, printer, "Recipients of “Readers”", keys, nullptr);
+      form.exec();
+      return form.said();
+    };
+    const auto file = scene.rig.folder / "list.pdf";
+    const QString said = print(PathToQt(file));
+    const int pages =
+        QString::fromLatin1(QByteArray::fromStdString(test::ReadAll(file))).count(QRegularExpression("/Type /Page\\b"));
+    QVERIFY(pages >= 3 && pages <= 5);
+    QCOMPARE(said, QString("%1 pages were printed. They are in %2.").arg(pages).arg(PathToQt(file)));
+    QVERIFY(print("/nowhere/list.pdf").startsWith("Cannot print to /nowhere/list.pdf."));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{8192, before.rlim_max};  // the disk is full under way
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const QString told = print(PathToQt(file));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    QVERIFY2(told.startsWith("Cannot print to"), qPrintable(told));
+    QVERIFY(!std::filesystem::exists(file));
   }
 
   void aFailureIsToldInTheStatusLine() {

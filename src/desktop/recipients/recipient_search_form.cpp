@@ -10,6 +10,8 @@
 
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_modify_form2.h"
+#include "desktop/recipients/recipient_move_form.h"
+#include "desktop/recipients/recipient_print_form.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
@@ -104,7 +106,9 @@ void RecipientSearchForm::AddButtons(FormColumn* column) {
     return button;
   };
   column->AddLine({make("ModifyButton", tr("&Modify…"), [this] { Modify(); }),
-                   make("DeleteButton", tr("&Delete"), [this] { Delete(); }), nullptr,
+                   make("DeleteButton", tr("&Delete"), [this] { Delete(); }),
+                   make("MoveButton", tr("M&ove or Copy…"), [this] { Move(); }),
+                   make("PrintButton", tr("&Print…"), [this] { Print(); }), nullptr,
                    make("CloseButton", tr("Close"), [this] { reject(); })});
 }
 
@@ -125,17 +129,16 @@ void RecipientSearchForm::Search() {
     term_->setFocus();
     return;
   }
-  rows_->Reset({});
-  grid_->Reset(0);
-  status_->Say(tr("Searching…"));
-  Start(Kind::kAsked);
+  told_.clear();
+  Start(Kind::kAsked, Request());
 }
 
 void RecipientSearchForm::SearchAsTyped() {
   if (!answers_at_once_) {
     status_->Say(tr("Press Search: this group takes too long to be searched while you type."));
   } else if (!term_->text().isEmpty()) {
-    Start(Kind::kTyped);
+    told_.clear();
+    Start(Kind::kTyped, Request());
   } else {
     rows_->Reset({});
     grid_->Reset(0);
@@ -143,9 +146,15 @@ void RecipientSearchForm::SearchAsTyped() {
   }
 }
 
-void RecipientSearchForm::Start(Kind kind) {
+void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& request) {
+  if (kind == Kind::kAsked) {
+    rows_->Reset({});
+    grid_->Reset(0);
+    status_->Say(tr("Searching…"));
+  }
+  request_ = request;
   news_ = std::make_shared<News>();
-  task_->Start([this, file = program_.folders.Database(), group = FromQt(group_), request = Request(), news = news_,
+  task_->Start([this, file = program_.folders.Database(), group = FromQt(group_), request, news = news_,
                 kind](const platform::CancelToken& cancel) {
     const auto done =
         SearchGroup(recipients::RecipientStore(file, {.cancel = &cancel}), group, request, [&](std::int64_t key) {
@@ -197,8 +206,9 @@ void RecipientSearchForm::End(Kind kind, const Result<void>& done) {
 
 void RecipientSearchForm::SayFound() {
   const auto found = static_cast<std::int64_t>(rows_->size());
-  status_->Say(found == 0 ? tr("Nobody was found.")
-                          : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found.")));
+  const QString count = found == 0 ? tr("Nobody was found.")
+                                   : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found."));
+  status_->Say(told_.isEmpty() ? count : told_ + ' ' + count);
 }
 
 bool RecipientSearchForm::HasChosen() {
@@ -241,6 +251,31 @@ void RecipientSearchForm::Delete() {
   grid_->Reset(rows_->size());
   if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
   SayFound();
+}
+
+std::vector<std::int64_t> RecipientSearchForm::ChosenOrAll() const {
+  std::vector<std::int64_t> keys;
+  for (const std::size_t row : grid_->Chosen()) keys.push_back(rows_->keys()[row]);
+  return keys.empty() ? rows_->keys() : keys;
+}
+
+void RecipientSearchForm::Move() {
+  const auto keys = ChosenOrAll();
+  if (keys.empty()) return status_->Say(tr("Nobody was found who could be moved or copied."));
+  RecipientMoveForm form(program_, group_, keys, this);
+  form.exec();
+  has_changed_ = has_changed_ || form.has_moved() || form.has_made_group();
+  if (!form.said().isEmpty()) status_->Say(form.said());
+  if (!form.has_moved()) return;
+  told_ = form.said();
+  Start(Kind::kAsked, request_);  // those that were there already have stayed
+}
+
+void RecipientSearchForm::Print() {
+  const auto keys = ChosenOrAll();
+  if (keys.empty()) return status_->Say(tr("Nobody was found who could be printed."));
+  const QString said = RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(group_), keys, this);
+  if (!said.isEmpty()) status_->Say(said);
 }
 
 }  // namespace quillcast::desktop

@@ -25,7 +25,7 @@ class RecipientSearchForm final : public QDialog {
  public:
   RecipientSearchForm(const profile::Program& program, QString group, QWidget* parent);
   ~RecipientSearchForm() override;
-  // Recipients were changed, moved or deleted: who shows the group reads it again.
+  // Recipients were changed, moved or deleted, or there is a group more: who shows groups reads them again.
   bool has_changed() const { return has_changed_; }
 
  private:
@@ -38,7 +38,7 @@ class RecipientSearchForm final : public QDialog {
   recipients::SearchRequest Request() const;
   void Search();
   void SearchAsTyped();
-  void Start(Kind kind);
+  void Start(Kind kind, const recipients::SearchRequest& request);
   void TakeNews();
   void GiveUpTyped();
   void End(Kind kind, const Result<void>& done);
@@ -47,6 +47,10 @@ class RecipientSearchForm final : public QDialog {
   bool HasChosen();
   void Modify();
   void Delete();
+  void Move();
+  void Print();
+  // The keys of the chosen rows, or of all that were found where none is chosen.
+  std::vector<std::int64_t> ChosenOrAll() const;
   recipients::RecipientStore Store() const;
 
   const profile::Program& program_;
@@ -54,7 +58,9 @@ class RecipientSearchForm final : public QDialog {
   BackgroundTask* task_;
   QTimer* tick_;
   QTimer* answer_time_;
-  std::shared_ptr<News> news_;  // shared with the thread that searches
+  std::shared_ptr<News> news_;         // shared with the thread that searches
+  recipients::SearchRequest request_;  // whose results are shown
+  QString told_;                       // of a change, before how many were found after it
   bool answers_at_once_ = true;
   bool has_changed_ = false;
   QComboBox* field_;

@@ -52,6 +52,8 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientModifyForm1", kGroupsTopic},
       {"RecipientModifyForm2", kGroupsTopic},
       {"RecipientSearchForm", kGroupsTopic},
+      {"RecipientMoveForm", kGroupsTopic},
+      {"RecipientPrintForm", kGroupsTopic},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };

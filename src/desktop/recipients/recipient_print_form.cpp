@@ -1,0 +1,72 @@
+#include "desktop/recipients/recipient_print_form.h"
+
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QTimer>
+#include <atomic>
+
+#include "desktop/recipients/print_recipients.h"
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/progress_panel.h"
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kTick = 100;  // milliseconds
+constexpr int kNarrowestWindow = 420;
+
+}  // namespace
+
+struct RecipientPrintForm::Progress {
+  std::atomic<std::size_t> done = 0;
+};
+
+QString RecipientPrintForm::Print(const profile::Program& program, const QString& heading,
+                                  std::vector<std::int64_t> keys, QWidget* parent) {
+  auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  printer->setOutputFileName(PathToQt(program.folders.temporary / "recipients.pdf"));
+  QPrintDialog dialog(printer.get(), parent);
+  dialog.setWindowTitle(tr("Print"));
+  if (dialog.exec() != QDialog::Accepted) return {};
+  RecipientPrintForm form(program, printer, heading, std::move(keys), parent);
+  form.exec();
+  return form.said();
+}
+
+RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::shared_ptr<QPrinter> printer,
+                                       const QString& heading, std::vector<std::int64_t> keys, QWidget* parent)
+    : QDialog(parent), task_(new BackgroundTask(this)), tick_(new QTimer(this)), seen_(std::make_shared<Progress>()) {
+  setObjectName("RecipientPrintForm");
+  setWindowTitle(tr("Print"));
+  setMinimumWidth(kNarrowestWindow);
+  auto* column = new FormColumn(this);
+  auto* progress = column->Add(new ProgressPanel("CancelButton", tr("Cancel"), this));
+  bar_ = progress->AddBar("ProgressBar", tr("Recipients printed:"));
+  connect(progress, &ProgressPanel::Pressed, this, &RecipientPrintForm::reject);
+  connect(tick_, &QTimer::timeout, this, [this, total = keys.size()] { bar_->Count(seen_->done, total); });
+  tick_->start(kTick);
+  task_->Start([this, printer = std::move(printer), heading, keys = std::move(keys),
+                store_file = program.folders.Database(), seen = seen_](const platform::CancelToken& cancel) {
+    const auto pages = PrintRecipients(*printer, recipients::RecipientStore(store_file, {.cancel = &cancel}), heading,
+                                       keys, cancel, [seen](std::size_t done) { seen->done = done; });
+    return [this, pages, file = printer->outputFileName()] { End(pages, file); };
+  });
+}
+
+RecipientPrintForm::~RecipientPrintForm() = default;
+
+void RecipientPrintForm::End(const Result<int>& pages, const QString& file) {
+  if (!pages) {
+    said_ = InWords(pages.error());
+  } else {
+    said_ = Counted(*pages, tr("1 page was printed."), tr("%1 pages were printed."));
+    if (!file.isEmpty()) said_ += ' ' + tr("They are in %1.").arg(file);
+  }
+  accept();
+}
+
+void RecipientPrintForm::reject() { task_->Cancel(); }
+
+}  // namespace quillcast::desktop
