@@ -17,6 +17,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -106,6 +107,17 @@ class MainFormTest : public QObject {
                 "PriorityComboBox FormatComboBox RRRCheckBox SendButton PreviewButton"));
     scene.window->skip_save_prompt = true;
     scene.window->close();
+  }
+
+  // Where the window is too low for all of it, what is typed into is in view.
+  void theFindBarComesIntoView() {
+    Scene scene;
+    scene.Open();
+    scene.window->findChild<QWidget*>("Editor")->parentWidget()->setMinimumHeight(700);
+    auto& box = scene.Find<QLineEdit>("FindTextBox");
+    QTRY_VERIFY(scene.window->findChild<QScrollArea*>("ScrollArea") != nullptr);
+    scene.window->Dispatch(CommandId::kFind);
+    QTRY_COMPARE(box.visibleRegion().boundingRect(), box.rect());
   }
 
   void theFirstKeyTypedAppears() {

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QLayout>
 #include <QMainWindow>
 #include <QMessageBox>
@@ -10,6 +11,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStyle>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <vector>
@@ -106,6 +108,18 @@ void KeepOnScreen(QWidget& window) {
   if (!Fits(window.size(), room)) window.resize(window.size().boundedTo(room));
 }
 
+// What gets the keyboard in a window that scrolls comes into view, once it has its place there. Not under the mouse,
+// which would let go of something else than it pressed.
+void BringIntoView(QWidget& control) {
+  for (QWidget* up = control.parentWidget(); up != nullptr && !control.isWindow(); up = up->parentWidget()) {
+    auto* area = qobject_cast<QScrollArea*>(up);
+    if (area == nullptr) continue;
+    QTimer::singleShot(0, area, [area, shown = QPointer(&control)] {
+      if (shown) area->ensureWidgetVisible(shown);
+    });
+  }
+}
+
 // Hears of a window just before it is shown, when its size is decided, and before it grows because more is to be shown
 // in it. A message box fits itself, and what has no frame follows the window that it belongs to.
 class Watcher final : public QObject {
@@ -116,6 +130,8 @@ class Watcher final : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (!watched->isWidgetType()) return false;
     auto* window = static_cast<QWidget*>(watched);
+    const bool gets_keys = event->type() == QEvent::FocusIn;
+    if (gets_keys && static_cast<QFocusEvent*>(event)->reason() != Qt::MouseFocusReason) BringIntoView(*window);
     const Qt::WindowType type = window->windowType();
     const bool is_framed = window->isWindow() && (type == Qt::Window || type == Qt::Dialog);
     if (!is_framed || qobject_cast<QMessageBox*>(window) != nullptr) return false;
