@@ -219,7 +219,7 @@ class ScreensTest : public QObject {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     const bool has_page = window.findChild<HtmlEditor*>() != nullptr;
-    QTest::qWait(has_page ? 250 : 10);  // a page paints by itself
+    QTest::qWait(has_page ? 250 : 80);  // a page paints by itself; a window that scrolls is laid out in several steps
     const QSize free = window.screen()->availableGeometry().size();
     const QSize taken = window.frameGeometry().size();
     QVERIFY2(taken.boundedTo(free) == taken, qPrintable(name + " is larger than the screen"));
