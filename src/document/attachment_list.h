@@ -26,6 +26,7 @@ class AttachmentList {
   void Remove(std::string_view path);
 
   const std::vector<std::string>& paths() const { return paths_; }
+  bool operator==(const AttachmentList&) const = default;
 
  private:
   std::vector<std::string> paths_;

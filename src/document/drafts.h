@@ -19,6 +19,7 @@ struct Draft {
 
   // A subject, a file or a change to the body is work; a group or an option that was chosen is a moment's doing.
   bool IsWorthKeeping() const;
+  bool operator==(const Draft&) const = default;
 };
 
 // The one that is being written is "Autosave.htm", with its other fields in "Autosave.fields". What an earlier session

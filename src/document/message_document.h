@@ -37,6 +37,7 @@ struct MessageDocument {
 
   // The body as plain text: `text` where it is given, else made from the HTML. Lines end in "\n".
   std::string PlainText() const;
+  bool operator==(const MessageDocument&) const = default;
 };
 
 // Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML

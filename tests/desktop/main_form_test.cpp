@@ -349,12 +349,16 @@ class MainFormTest : public QObject {
     scene.window->Open({"/nowhere/letter.html"});
     QTRY_VERIFY2(scene.Status().contains("/nowhere/letter.html"), qPrintable(scene.Status()));
     QVERIFY(scene.Editor().PlainText().contains("work"));
+    scene.window->Open({"/nowhere/page.html", first});
+    QTRY_VERIFY2(scene.Status().endsWith("Not opened: " + ToQt(first) + "."), qPrintable(scene.Status()));
+    QVERIFY2(scene.Status().contains("/nowhere/page.html"), qPrintable(scene.Status()));
   }
 
   void aLinkBeginsAMessageOnceTheWindowIsFree() {
     Scene scene;
     QVERIFY(scene.rig.settings.Write("Signature", "Status", "1"));
     QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
     scene.Open();
     auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
     subject.setText("Winter");
@@ -381,14 +385,26 @@ class MainFormTest : public QObject {
         count += entry.path().filename().string().starts_with("Recovered") && entry.path().extension() == ".fields";
       return count;
     };
-    // Another link takes the place of what the one before made, but not of what somebody wrote in it.
-    for (const auto& [link, work, kept] : {std::tuple{"Summer", "", 1}, {"Autumn", "work", 1}, {"Late", "", 2}}) {
-      scene.window->Open({std::string("mailto:?body=Four&subject=") + link});
-      QTRY_COMPARE(subject.text(), QString(link));
+    // Another link takes the place of what the one before made, but not of what somebody did to it.
+    const auto pick = [&](const char* box, int row) { scene.Find<QComboBox>(box).setCurrentIndex(row); };
+    const std::function<void()> works[] = {[] {},
+                                           [&] { scene.Editor().InsertHtml("work"); },
+                                           [&] { subject.setText("Mine"); },
+                                           [&] { pick("ToComboBox", 0); },
+                                           [&] { scene.Find<QCheckBox>("RRRCheckBox").click(); },
+                                           [&] { pick("PriorityComboBox", 0); },
+                                           [&] { pick("FormatComboBox", 1); },
+                                           [] {}};
+    int kept = drafts();
+    int number = 0;
+    for (const auto& work : works) {
+      scene.window->Open({"mailto:?body=Four&subject=Link" + std::to_string(++number)});
+      QTRY_COMPARE(subject.text(), QString("Link%1").arg(number));
       QTRY_VERIFY(scene.Editor().PlainText().startsWith("Four"));
+      kept += number > 2 ? 1 : 0;
       QCOMPARE(drafts(), kept);
-      QCOMPARE(scene.rig.Shown().count("save the changes"), kept - 1);
-      if (*work != 0) scene.Editor().InsertHtml(work);
+      QCOMPARE(scene.rig.Shown().count("save the changes"), number > 2 ? 1 : 0);
+      work();
     }
     scene.window->skip_save_prompt = true;
   }
@@ -423,7 +439,9 @@ class MainFormTest : public QObject {
 
   void aStartThatComesWhileTheWindowClosesIsNotTakenBeforeItIsDecided() {
     const test::TemporaryFolder folder;
-    for (const bool stays : {true, false}) {
+    using Arguments = std::vector<std::string>;
+    for (const auto& [stays, arguments] :
+         {std::pair(true, Arguments{"/letter.html"}), {false, {"/letter.html"}}, {false, {}}}) {
       auto first = std::make_unique<SingleInstance>(PathToQt(folder.path()));
       QVERIFY(!first->AnotherIsRunning({}));
       first->BeginHearing();
@@ -432,9 +450,9 @@ class MainFormTest : public QObject {
       first->Hold(true);
       bool another_runs = false;
       bool is_taken = false;
-      const std::unique_ptr<QThread> start(QThread::create([&] {
+      const std::unique_ptr<QThread> start(QThread::create([&, arguments = arguments] {
         SingleInstance second(PathToQt(folder.path()));
-        another_runs = second.AnotherIsRunning({"/letter.html"});
+        another_runs = second.AnotherIsRunning(arguments);
         is_taken = second.handed_over();
       }));
       start->start();

@@ -214,12 +214,29 @@ class ScreensTest : public QObject {
     }
   }
 
+  // Until nothing moves any more, and a page, which paints by itself, has had its time.
+  static void Settle(const QWidget& window) {
+    constexpr int kRound = 25;  // milliseconds
+    if (window.findChild<HtmlEditor*>() != nullptr) QTest::qWait(250);
+    const auto places = [&] {
+      QList<QRect> all{window.geometry()};
+      for (const QWidget* widget : window.findChildren<QWidget*>()) all << widget->geometry();
+      return all;
+    };
+    auto before = places();
+    for (int still = 0, rounds = 0; still < 2 && rounds < 100; ++rounds) {
+      QTest::qWait(kRound);
+      const auto now = places();
+      still = now == before ? still + 1 : 0;
+      before = now;
+    }
+  }
+
   // A window that shows has every control inside it, and text in each that is not cut off.
   void Take(QWidget& window, const QString& name) {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    const bool has_page = window.findChild<HtmlEditor*>() != nullptr;
-    QTest::qWait(has_page ? 250 : 80);  // a page paints by itself; a window that scrolls is laid out in several steps
+    Settle(window);
     const QSize free = window.screen()->availableGeometry().size();
     const QSize taken = window.frameGeometry().size();
     QVERIFY2(taken.boundedTo(free) == taken, qPrintable(name + " is larger than the screen"));

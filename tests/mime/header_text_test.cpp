@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "mime/quoted_printable.h"
 #include "platform/base64.h"
 #include "platform/text.h"
@@ -117,6 +119,12 @@ TEST(HeaderText, WritesDatesInEnglishWithTheirOffset) {
   EXPECT_EQ(FormatDate(local, -21600), "Fri, 21 Nov 1997 09:55:06 -0600");
   EXPECT_EQ(FormatDate(local, 20700), "Fri, 21 Nov 1997 09:55:06 +0545");
   EXPECT_EQ(FormatDate(local, -1800), "Fri, 21 Nov 1997 09:55:06 -0030");
+  for (int day = 0; day < 400; ++day) {  // the names of every month and weekday, as the C locale has them
+    const std::time_t time = day * 86400;
+    char expected[40];
+    std::strftime(expected, sizeof expected, "%a, %d %b %Y %H:%M:%S +0000", gmtime_r(&time, &local));
+    EXPECT_EQ(FormatDate(local, 0), expected);
+  }
 }
 
 TEST(HeaderText, MakesIdentifiersThatHoldNothingForeign) {

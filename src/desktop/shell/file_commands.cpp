@@ -43,12 +43,7 @@ void StartOver(Shell& shell) {
 }
 
 // What stands as a link made it is nobody's work: the next link takes its place without a question and a draft.
-bool IsAsItsLinkMadeIt(Shell& shell) {
-  if (!shell.from_link) return false;
-  const auto now = shell.Message();
-  return now.subject == shell.from_link->subject && now.html == shell.from_link->html &&
-         now.attachments.paths() == shell.from_link->attachments.paths();
-}
+bool IsAsItsLinkMadeIt(Shell& shell) { return shell.from_link == shell.AsDraft(); }
 
 }  // namespace
 
@@ -116,7 +111,7 @@ bool BeginFromLink(Shell& shell, std::string_view address) {
   shell.header.SetSubject(ToQt(wanted->subject));
   if (!wanted->body.empty())
     shell.editor.InsertHtml("<p>" + ToQt(document::HtmlFromText(wanted->body)) + "</p><p><br></p>");
-  shell.from_link = shell.Message();
+  shell.from_link = shell.AsDraft();
   shell.editor.setFocus();
   if (wanted->left_out.empty()) return true;
   QStringList left_out;

@@ -222,7 +222,7 @@ void MainForm::KeepPlace() {
 void MainForm::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (event->spontaneous()) return;
-  closes_ = false;
+  if (std::exchange(closes_, false)) emit Closes(false);
   QTimer::singleShot(0, editor_, &HtmlEditor::BeginTyping);
 }
 

@@ -7,6 +7,7 @@
 
 #include "desktop/shell/commands.h"
 #include "desktop/shell/shell.h"
+#include "desktop/shell/status_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 #include "profile/start_message.h"
@@ -56,10 +57,12 @@ void OpenRequests::Open(const std::vector<std::string>& arguments) {
   shell_.Say({});  // nothing waits any longer
   const std::string& first = arguments.front();
   const bool is_file = first.starts_with('/');
-  if (!(is_file ? OpenFile(shell_, first) : BeginFromLink(shell_, first)) || arguments.size() == 1) return;
+  const bool is_open = is_file ? OpenFile(shell_, first) : BeginFromLink(shell_, first);
+  if (arguments.size() == 1) return;
   QStringList others;
   for (std::size_t i = 1; i < arguments.size(); ++i) others << Shown(arguments[i]);
-  shell_.Say(tr("There is one message at a time. Not opened: %1.").arg(others.join(", ")));
+  const QString why = is_open ? tr("There is one message at a time.") : shell_.status.text();
+  shell_.Say(tr("%1 Not opened: %2.").arg(why, others.join(", ")).trimmed());
 }
 
 }  // namespace quillcast::desktop

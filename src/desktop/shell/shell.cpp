@@ -32,6 +32,12 @@ document::MessageDocument Shell::Message() {
   return message;
 }
 
+document::Draft Shell::AsDraft() {
+  document::Draft draft{.document = Message()};
+  header.Collect(draft);
+  return draft;
+}
+
 bool Shell::MayLeaveDocument() {
   body.LeaveSource();
   const auto decision = document::AskBeforeClosing(document, skip_save_prompt, program.prompts);

@@ -5,7 +5,7 @@
 #include <QString>
 #include <optional>
 
-#include "document/message_document.h"
+#include "document/drafts.h"
 #include "platform/result.h"
 #include "profile/program.h"
 
@@ -38,7 +38,7 @@ struct Shell {
   PracticeMailbox& practice;
   StatusPanel& status;
   bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked
-  std::optional<document::MessageDocument> from_link = std::nullopt;  // what was begun from a link, as it was then
+  std::optional<document::Draft> from_link = std::nullopt;  // what was begun from a link, as it was then
 
   void Say(const QString& sentence);
   // A failure, in the status line and in the log.
@@ -46,6 +46,8 @@ struct Shell {
 
   // The whole message as it stands there. Leaves the source.
   document::MessageDocument Message();
+  // The same with group and method.
+  document::Draft AsDraft();
   // Asks about unsaved changes, and tells why they could not be saved. Leaves the source.
   bool MayLeaveDocument();
   // What the document names outside its folder is neither shown nor sent until the person was asked.

@@ -62,7 +62,6 @@ bool SingleInstance::HandOver(const std::vector<std::string>& arguments) const {
     if (first.waitForConnected(kPause)) break;
   }
   first.write(QByteArray::fromStdString(*message));
-  if (arguments.empty()) return first.waitForBytesWritten(kPause);
   const auto expected = static_cast<qint64>(profile::kStartTaken.size());
   for (const QDeadlineTimer patience(kAnswerPatience); first.bytesAvailable() < expected;) {
     if (!first.waitForReadyRead(static_cast<int>(patience.remainingTime()))) break;

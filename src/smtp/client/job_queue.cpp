@@ -73,10 +73,7 @@ void JobQueue::Move() { FirstAt(Entry::Stage::kWaiting)->moved = true; }
 
 void JobQueue::Fail(const Outcome& outcome) {
   --waiting_;
-  Entry& entry = *FirstAt(Entry::Stage::kWaiting);
-  Outcome told = outcome;
-  told.begun = told.begun || entry.moved;
-  Tell(entry, told);
+  Tell(*FirstAt(Entry::Stage::kWaiting), outcome);
 }
 
 void JobQueue::Settle(const Outcome& outcome, bool again) {
@@ -97,6 +94,7 @@ void JobQueue::Settle(const Outcome& outcome, bool again) {
 void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
   entry.stage = Entry::Stage::kSettled;
   entry.outcome = outcome;
+  entry.outcome.begun = outcome.begun || entry.moved;
   while (!entries_.empty() && entries_.front().stage == Entry::Stage::kSettled) {
     const Entry& first = entries_.front();
     source_->Finished(*first.job, first.outcome);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "smtp/letters.h"
+
 namespace quillcast::smtp {
 namespace {
 
@@ -44,6 +46,30 @@ TEST(Breaker, CountsOnlyTheSameInARow) {
     EXPECT_EQ(breaker.TimeToAsk(refused), 20);
     for (int n = 0; n < 19; ++n) EXPECT_EQ(breaker.TimeToAsk(refused), 0);
     EXPECT_EQ(breaker.TimeToAsk(refused), 40);
+  }
+}
+
+// What was on a connection before has begun, whether the stop found it on its second one or before that.
+TEST(JobQueue, TellsAMessageThatLostAConnectionAsBegun) {
+  const Outcome stopped{State::kFailed, ResultCode::kCancelled, {}, {}};
+  for (const bool is_submitted : {true, false}) {
+    const platform::CancelToken cancel;
+    Letters letters(2);
+    JobQueue queue(cancel);
+    queue.Begin(letters);
+    for (int n = 0; n < 2; ++n) {
+      ASSERT_NE(queue.Next(), nullptr);
+      queue.Submitted();
+    }
+    for (int n = 0; n < 2; ++n) queue.Settle({State::kFailed, ResultCode::kConnectionLost, {}, {}}, true);
+    for (int n = 0; n < 2; ++n) {
+      ASSERT_NE(queue.Next(), nullptr);
+      if (is_submitted) queue.Submitted();
+      if (is_submitted) queue.Settle(stopped, false);
+      if (!is_submitted) queue.Fail(stopped);
+    }
+    ASSERT_EQ(letters.outcomes.size(), 2U);
+    for (const Outcome& outcome : letters.outcomes) EXPECT_TRUE(outcome.begun) << is_submitted;
   }
 }
 
