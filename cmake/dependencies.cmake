@@ -14,6 +14,7 @@ quillcast_require(SQLITE sqlite3 libsqlite3-dev)
 quillcast_require(OPENSSL openssl libssl-dev)
 quillcast_require(CARES libcares libc-ares-dev)
 quillcast_require(ICU icu-uc libicu-dev)
+quillcast_require(ZLIB zlib zlib1g-dev)
 
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)

@@ -64,6 +64,10 @@ Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
   reading.most_fields = std::numeric_limits<std::int32_t>::max();
   const auto sample = recipients::ReadSample(plan.request.file, reading, codeset, 1, plan.request.skip);
   if (!sample) return sample.error();
+  if (recipients::HasKnownFields(sample->facts.format)) {
+    plan.request.mapping = recipients::KnownMapping();
+    return {};
+  }
   if (!sample->lines.empty()) {
     const auto& line = sample->lines.front();
     auto fields = line.Fields();

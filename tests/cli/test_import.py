@@ -2,6 +2,7 @@
 import json
 import subprocess
 import unittest
+import zipfile
 
 from quillcast import Case, PROGRAM
 
@@ -86,6 +87,8 @@ class Import(Case):
             (["-g", "All", "--harvest"], 64, "No file is named"),
             (["--delete-mapping", "none"], 64, 'no mapping "none"'),
             (["-", "-g", "All", "--harvest", "--opt-in"], 65, "- holds no address"),
+            ([self.write("old.xls", b"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"), "-g", "All", "--header"], 65, "old kind"),
+            ([self.write("a.zip", b"PK\3\4"), "-g", "All", "--harvest", "--opt-in"], 65, "is damaged"),
         ]:
             code, said, err = self.run_import(*words)
             self.assertEqual(code, exit_code, (words, said, err))
@@ -96,6 +99,38 @@ class Import(Case):
         code, said, err = self.run_import("-", "-g", "All", "--header", "--opt-in", given=given)
         self.assertEqual((code, said[0]["added"]), (0, 5000), err)
         self.assertEqual(sorted(path.name for path in (self.profile / "Temp").iterdir()), ["ReportButton.txt"])
+
+    def test_a_spreadsheet(self):
+        sheet = self.folder / "list.data"  # whatever it is called
+        rows = "".join(f"<row><c t='s'><v>{n % 2}</v></c><c t='inlineStr'><is><t>u{n}@r.info</t></is></c></row>"
+                       for n in range(20_000))
+        head = "<row><c t='inlineStr'><is><t>Vorname</t></is></c><c t='inlineStr'><is><t>E-Mail</t></is></c></row>"
+        with zipfile.ZipFile(sheet, "w", zipfile.ZIP_DEFLATED) as book:
+            book.writestr("[Content_Types].xml", "<Types/>")
+            book.writestr("xl/workbook.xml", "<workbook><sheets><sheet r:id='a'/><sheet r:id='b'/></sheets></workbook>")
+            book.writestr("xl/_rels/workbook.xml.rels",
+                          "<R><Relationship Id='a' Target='/xl/one.xml'/><Relationship Id='b' Target='two.xml'/>"
+                          "<Relationship Id='c' Type='/sharedStrings' Target='texts.xml'/></R>")
+            book.writestr("xl/texts.xml", "<sst><si><t>Ada</t></si><si><t>Jörg</t></si></sst>")
+            book.writestr("xl/one.xml", f"<worksheet>{head}{rows}</worksheet>")
+            book.writestr("xl/two.xml", "<worksheet><row><c><v>1</v></c></row></worksheet>")
+        code, said, err = self.run_import(sheet, "-g", "All", "--header", "--opt-in")
+        self.assertEqual((code, said[0]["added"], said[0]["ignored"], said[0]["format"]), (0, 20_000, 0, "spreadsheet"), err)
+        self.assertEqual(said[0]["warnings"], ["1 more sheet of the file was not read."])
+        self.assertEqual(self.recipients("Email Address", "First Name")[:2], [("u0@r.info", "Ada"), ("u1@r.info", "Jörg")])
+        code, said, _ = self.run_import("-", "-g", "All", "--harvest", "--opt-in", given=sheet.read_bytes())
+        self.assertEqual((code, said[0]["duplicates"]), (0, 20_000))
+
+    def test_address_books(self):
+        for name, content in [
+            ("vCard", "BEGIN:VCARD\nN:Lovelace;Ada\nEMAIL:ada@r.example\nNOTE:hers\nEND:VCARD\n"),
+            ("LDIF", "dn: cn=Bob\nmail: bob@r.example\ngivenName: Bob\n"),
+        ]:
+            book = self.write("book", content)
+            code, said, err = self.run_import(book, "-g", "All", "--header", "--opt-in")
+            self.assertEqual((code, said[0]["added"], said[0]["format"]), (0, 1, name), err)
+        self.assertEqual(self.recipients("Email Address", "First Name", "Last Name", "Additional Field 3"),
+                         [("ada@r.example", "Ada", "Lovelace", ""), ("bob@r.example", "Bob", "", "")])
 
     def test_a_wrong_delimiter_is_told_with_the_right_one(self):
         list_ = self.write("list.csv", "Ada;ada@r.example\nBob;bob@r.example\n")

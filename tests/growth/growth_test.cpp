@@ -32,6 +32,7 @@
 #include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
+#include "recipients/import/archive_directory.h"
 #include "recipients/import/find_delimiter.h"
 #include "recipients/import/headings.h"
 #include "recipients/import/open_lines.h"
@@ -44,6 +45,7 @@
 #include "smtp/mailbox/server_session.h"
 #include "smtp/sasl/ntlm.h"
 #include "smtp/sasl/sasl_prep.h"
+#include "support/stored_archive.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast {
@@ -296,6 +298,11 @@ Reader ReadLines(const recipients::ReadingOptions& options) {
   };
 }
 
+// What stands in a spreadsheet, in the place of its rows.
+Reader ReadSheet(std::vector<test::StoredPart> (*book)(const std::string& rows)) {
+  return [book, read = ReadLines({})](const std::string& rows) { read(test::StoredArchive(book(rows))); };
+}
+
 void FindDelimiter(const std::string& content) {
   const std::vector<std::string> lines(3, content);
   recipients::FindDelimiter(lines);
@@ -327,111 +334,136 @@ TEST(Growth, OfReadingText) {
   const auto utf8 = charset::Charset::Utf8();
   const auto shifted = *charset::FindCharset("iso-2022-jp");
   using enum mime::HeaderEncoding;
-  CheckEach({{"FindAddress", FindAll},
-             {"AddressHarvest", Harvest},
-             {"EnvelopeAddress", [](const std::string& text) { return smtp::EnvelopeAddress(text); }},
-             {"delimited lines", ReadLines({.most_fields = 1'000'000})},
-             {"quoted records", ReadLines({.rfc4180 = true, .most_fields = 1'000'000})},
-             {"FindDelimiter", FindDelimiter},
-             {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
-             {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
-             {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
-             {"ReadMailto", [](const std::string& text) { return document::ReadMailto("mailto:" + text); }},
-             {"mailto fields", [](const std::string& text) { return document::ReadMailto("mailto:?" + text); }},
-             {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
-             {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
-                mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), utf8, kNone);
-              })},
-             {"AppendUnstructured in a shifted set", Header([=](std::string& out, const std::string& text) {
-                mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), shifted, kB);
-              })},
-             {"AppendMailbox", Header([=](std::string& out, const std::string& text) {
-                mime::AppendMailbox(out, "To", mime::HeaderText(text), mime::HeaderText(text), utf8, kQ);
-              })},
-             {"AppendParameter",
-              Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},
-             {"AppendNameParameter",
-              Header([](std::string& out, const std::string& text) { mime::AppendNameParameter(out, text); })},
-             {"ReadHeader", [](const std::string& text) { return mime::ReadHeader("Subject: " + text, "Subject"); }},
-             {"WrapText", [](const std::string& text) { return html::WrapText(text, 76); }},
-             {"HtmlFromText", [](const std::string& text) { return document::HtmlFromText(text); }},
-             {"ReadBodyFile",
-              [](const std::string& text) {
-                const test::TemporaryFolder folder;
-                const auto body = document::ReadBodyFile(folder.Write("body", text));
-                if (body) document::EncodeBody(body->text, document::BodyEncoding::kWindows1252);
-              }},
-             {"windows-1252", InCharset("windows-1252")},
-             {"iso-2022-jp", InCharset("iso-2022-jp")},
-             {"iso-2022-kr", InCharset("iso-2022-kr")},
-             {"utf-7", InCharset("utf-7")},
-             {"gb18030 or gb2312", InCharset("gb2312")},
-             {"MediaTypeOf", [](const std::string& text) { return mime::MediaTypeOf(text, text); }},
-             {"DecodeQuotedPrintable", [](const std::string& text) { return mime::DecodeQuotedPrintable(text); }},
-             {"DecodeBase64", [](const std::string& text) { return platform::DecodeBase64(text); }},
-             {"Printable", [](const std::string& text) { return platform::Printable(text, text.size()); }},
-             {"PrintableJson", [](const std::string& text) { return platform::PrintableJson(text); }},
-             {"ParseHostPort", [](const std::string& text) { return net::ParseHostPort(text, 25); }},
-             {"AsciiHost", [](const std::string& text) { return net::AsciiHost(text); }},
-             {"SaslPrep", [](const std::string& text) { return smtp::SaslPrep(text); }}},
-            {"a@",
-             "\1,",
-             "&\1=x",
-             "%41",
-             "@",
-             "a@b.",
-             "a.",
-             "a@b.cc ",
-             "a@b.c",
-             "<",
-             ">",
-             "\"",
-             "\"\"",
-             "\\",
-             ",",
-             "\"a\",",
-             ";",
-             "\r",
-             "\n",
-             "\t",
-             " ",
-             "'",
-             "=",
-             "=3D",
-             "=\n",
-             "\xFF",
-             "\xC3",
-             "\u00E9",
-             "\u0130",
-             "\u00E9 a ",
-             "e\u0301",
-             "\u0301",
-             "\u4E2D",
-             "\u4E2Da",
-             "\u3042\u300D",
-             "\u05D0",
-             "\u200D",
-             "a",
-             "A B",
-             "a b ",
-             "(",
-             "=?utf-8?q?",
-             "%",
-             "+",
-             "+-",
-             "+AAA-",
-             "~",
-             "\x1B$B",
-             "\x1B",
-             "\x0E",
-             "[Email] ASC,",
-             "Email Address=1,",
-             "://",
-             "AAAA",
-             "[",
-             "::",
-             "xn--",
-             std::string_view("\0", 1)});
+  CheckEach(
+      {{"FindAddress", FindAll},
+       {"AddressHarvest", Harvest},
+       {"EnvelopeAddress", [](const std::string& text) { return smtp::EnvelopeAddress(text); }},
+       {"delimited lines", ReadLines({.most_fields = 1'000'000})},
+       {"quoted records", ReadLines({.rfc4180 = true, .most_fields = 1'000'000})},
+       {"FindDelimiter", FindDelimiter},
+       {"a vCard file", ReadLines({.format = recipients::FileFormat::kVCard})},
+       {"a card", [read = ReadLines({.format = recipients::FileFormat::kVCard})](
+                      const std::string& text) { read("BEGIN:VCARD\nN;" + text + "\nADR:" + text + "\n" + text); }},
+       {"an LDIF file", ReadLines({.format = recipients::FileFormat::kLdif})},
+       {"an LDIF value",
+        [read = ReadLines({.format = recipients::FileFormat::kLdif})](const std::string& text) {
+          read("dn: a\nstreet: " + text + "\nmail:: " + text + "\n" + text);
+        }},
+       {"an archive", ReadLines({.format = recipients::FileFormat::kSpreadsheet})},
+       {"the directory of an archive",
+        [](const std::string& text) { return recipients::ArchiveDirectory::Parse(text, "list"); }},
+       {"an .xlsx file", ReadSheet(test::Workbook)},
+       {"an .ods file", ReadSheet(test::OpenDocument)},
+       {"ParseMapping", [](const std::string& text) { return recipients::ParseMapping(text); }},
+       {"OrderByOf", [](const std::string& text) { return recipients::OrderByOf(text); }},
+       {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
+       {"ReadMailto", [](const std::string& text) { return document::ReadMailto("mailto:" + text); }},
+       {"mailto fields", [](const std::string& text) { return document::ReadMailto("mailto:?" + text); }},
+       {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
+       {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
+          mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), utf8, kNone);
+        })},
+       {"AppendUnstructured in a shifted set", Header([=](std::string& out, const std::string& text) {
+          mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), shifted, kB);
+        })},
+       {"AppendMailbox", Header([=](std::string& out, const std::string& text) {
+          mime::AppendMailbox(out, "To", mime::HeaderText(text), mime::HeaderText(text), utf8, kQ);
+        })},
+       {"AppendParameter",
+        Header([](std::string& out, const std::string& text) { mime::AppendParameter(out, "filename", text); })},
+       {"AppendNameParameter",
+        Header([](std::string& out, const std::string& text) { mime::AppendNameParameter(out, text); })},
+       {"ReadHeader", [](const std::string& text) { return mime::ReadHeader("Subject: " + text, "Subject"); }},
+       {"WrapText", [](const std::string& text) { return html::WrapText(text, 76); }},
+       {"HtmlFromText", [](const std::string& text) { return document::HtmlFromText(text); }},
+       {"ReadBodyFile",
+        [](const std::string& text) {
+          const test::TemporaryFolder folder;
+          const auto body = document::ReadBodyFile(folder.Write("body", text));
+          if (body) document::EncodeBody(body->text, document::BodyEncoding::kWindows1252);
+        }},
+       {"windows-1252", InCharset("windows-1252")},
+       {"iso-2022-jp", InCharset("iso-2022-jp")},
+       {"iso-2022-kr", InCharset("iso-2022-kr")},
+       {"utf-7", InCharset("utf-7")},
+       {"gb18030 or gb2312", InCharset("gb2312")},
+       {"MediaTypeOf", [](const std::string& text) { return mime::MediaTypeOf(text, text); }},
+       {"DecodeQuotedPrintable", [](const std::string& text) { return mime::DecodeQuotedPrintable(text); }},
+       {"DecodeBase64", [](const std::string& text) { return platform::DecodeBase64(text); }},
+       {"Printable", [](const std::string& text) { return platform::Printable(text, text.size()); }},
+       {"PrintableJson", [](const std::string& text) { return platform::PrintableJson(text); }},
+       {"ParseHostPort", [](const std::string& text) { return net::ParseHostPort(text, 25); }},
+       {"AsciiHost", [](const std::string& text) { return net::AsciiHost(text); }},
+       {"SaslPrep", [](const std::string& text) { return smtp::SaslPrep(text); }}},
+      {"a@",
+       "\1,",
+       "&\1=x",
+       "%41",
+       "@",
+       "a@b.",
+       "a.",
+       "a@b.cc ",
+       "a@b.c",
+       "<",
+       ">",
+       "\"",
+       "\"\"",
+       "\\",
+       ",",
+       "\"a\",",
+       ";",
+       "\r",
+       "\n",
+       "\t",
+       " ",
+       "'",
+       "=",
+       "=3D",
+       "=\n",
+       "\xFF",
+       "\xC3",
+       "\u00E9",
+       "\u0130",
+       "\u00E9 a ",
+       "e\u0301",
+       "\u0301",
+       "\u4E2D",
+       "\u4E2Da",
+       "\u3042\u300D",
+       "\u05D0",
+       "\u200D",
+       "a",
+       "A B",
+       "a b ",
+       "(",
+       "=?utf-8?q?",
+       "%",
+       "+",
+       "+-",
+       "+AAA-",
+       "~",
+       "\x1B$B",
+       "\x1B",
+       "\x0E",
+       "[Email] ASC,",
+       "Email Address=1,",
+       "://",
+       "AAAA",
+       "[",
+       "::",
+       "xn--",
+       "BEGIN:VCARD\n",
+       "EMAIL:a@b.cc\n",
+       "N;ENCODING=QUOTED-PRINTABLE:=\n",
+       "\n ",
+       "mail: a@b.cc\n",
+       std::string_view("PK\1\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
+                        46),
+       "PK\5\6",
+       "<row><c><v>1</v></c></row>",
+       "<row><c r='XFD1'><v>1</v></c></row>",
+       "<table:table-row><table:table-cell table:number-columns-repeated='99'><text:p>a</text:p>",
+       std::string_view("\0", 1)});
 }
 
 class NoSink final : public smtp::MessageSink {

@@ -29,6 +29,11 @@ Result<std::unique_ptr<FieldLines>> OpenLines(const std::filesystem::path& file,
 // What the content of a file looks like. Errors: as OpenLines.
 Result<FileFormat> FindOutFormat(const std::filesystem::path& file);
 
+// Whether its lines have the fields of a recipient, in the order of kFields, and no line of headings.
+bool HasKnownFields(FileFormat format);
+// What is taken of such a line: all but the three additional fields, in which they have things of their own.
+ImportMapping KnownMapping();
+
 // As people call it: "delimited text", "spreadsheet", "vCard", "LDIF".
 const char* NameOf(FileFormat format);
 

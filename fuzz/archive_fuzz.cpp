@@ -1,0 +1,45 @@
+// Archives of any bytes: their directory, and whatever a spreadsheet is made of, must be read or refused.
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "platform/file.h"
+#include "recipients/import/archive_directory.h"
+#include "recipients/import/office_book.h"
+#include "recipients/import/open_document.h"
+#include "recipients/import/open_lines.h"
+
+using namespace quillcast;
+
+namespace {
+
+void Require(bool promise) {
+  if (!promise) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  static const auto file = std::filesystem::temp_directory_path() / ("archive_fuzz." + std::to_string(::rand()));
+  const std::string_view text(reinterpret_cast<const char*>(bytes), size);
+  Require(static_cast<bool>(platform::ReplaceFile(file, text)));
+  const recipients::FieldLines::Take take = [](const recipients::FieldLine& line) {
+    Require(line.number > 0 && line.fields.size() <= recipients::SheetRow::kMostColumns);
+    return true;
+  };
+  const auto directory = recipients::ArchiveDirectory::Parse(text, file);
+  if (directory) Require(directory->entries().size() <= size);
+  const auto lines = recipients::OpenLines(file, {.format = recipients::FileFormat::kSpreadsheet}, "");
+  if (lines) IgnoreErrors((*lines)->Read(take));
+  recipients::OfficeBook book;
+  recipients::ReadTexts(text, book.texts);
+  recipients::ReadFormats(text, book.formats);
+  recipients::SheetRow row(take);
+  recipients::ReadOfficeSheet(text, book, row);
+  recipients::SheetRow other(take);
+  int unread = 0;
+  recipients::ReadOpenSheets(text, other, unread);
+  std::filesystem::remove(file);
+  return 0;
+}

@@ -1,0 +1,40 @@
+// The parts of a spreadsheet in Office Open XML (ECMA-376), made into rows.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recipients/import/number_formats.h"
+#include "recipients/import/sheet_row.h"
+
+namespace quillcast::recipients {
+
+// The texts that cells share, each at its number.
+class SharedTexts {
+ public:
+  std::string_view At(std::size_t number) const;
+  void Append(std::string_view text) { text_ += text; }
+  // What was appended since the last end is one text.
+  void End() { ends_.push_back(text_.size()); }
+
+ private:
+  std::string text_;
+  std::vector<std::size_t> ends_;
+};
+
+struct OfficeBook {
+  std::vector<std::string> sheets;  // the names of their parts, in the order of their tabs
+  std::string texts_part;           // empty where there is none
+  std::string formats_part;
+  SharedTexts texts;
+  NumberFormats formats;
+};
+
+// Each takes the part of its name. They give why it is no such part, empty where it is.
+std::string ReadBook(std::string_view workbook, std::string_view relations, OfficeBook& book);
+std::string ReadTexts(std::string_view xml, SharedTexts& texts);
+std::string ReadFormats(std::string_view xml, NumberFormats& formats);
+std::string ReadOfficeSheet(std::string_view xml, const OfficeBook& book, SheetRow& row);
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,128 @@
+#include "recipients/import/open_document.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "platform/text.h"
+#include "recipients/import/number_formats.h"
+#include "recipients/import/xml_reader.h"
+
+namespace quillcast::recipients {
+namespace {
+
+// "2024-03-01T12:30:00" as people see it.
+std::string DateText(std::string_view value) {
+  std::string text(value.substr(0, value.find('.')));
+  const auto time = text.find('T');
+  if (time == std::string::npos) return text;
+  if (text.substr(time) == "T00:00:00") return text.substr(0, time);
+  text[time] = ' ';
+  return text;
+}
+
+class Sheets final : public XmlListener {
+ public:
+  Sheets(SheetRow& row, int& left_unread) : row_(row), left_unread_(left_unread) {}
+
+  void Begin(std::string_view element, const XmlAttributes& attributes) override {
+    if (element == "table") {
+      number_ = 0;
+      has_cells_ = false;
+    } else if (element == "table-row") {
+      repeated_ = std::max<std::uint32_t>(attributes.Number("number-rows-repeated"), 1);
+      column_ = 0;
+    } else if (element == "table-cell" || element == "covered-table-cell") {
+      BeginCell(attributes);
+    } else if (element == "annotation") {
+      ++notes_;
+    } else if (notes_ == 0) {
+      BeginText(element, attributes);
+    }
+  }
+  void Text(std::string_view text) override {
+    if (paragraphs_ > 0 && notes_ == 0) text_ += text;
+  }
+  void End(std::string_view element) override {
+    if (element == "annotation") --notes_;
+    if (element == "p" && notes_ == 0) --paragraphs_;
+    if (element == "table-cell" || element == "covered-table-cell") EndCell();
+    if (element == "table-row") EndRow();
+    if (element == "table" && has_cells_) EndTable();
+  }
+  bool HasEnough() const override { return !row_.is_wanted() || row_.has_too_many(); }
+
+ private:
+  static constexpr std::uint32_t kMostBlanks = 1000;
+
+  void BeginCell(const XmlAttributes& attributes) {
+    columns_ = std::max<std::uint32_t>(attributes.Number("number-columns-repeated"), 1);
+    type_ = attributes.Value("value-type");
+    value_ = attributes.Value(type_ == "date" ? "date-value" : "value");
+    text_.clear();
+    has_paragraph_ = false;
+  }
+  void BeginText(std::string_view element, const XmlAttributes& attributes) {
+    if (element == "p") {
+      if (has_paragraph_) text_ += '\n';
+      has_paragraph_ = true;
+      ++paragraphs_;
+    } else if (element == "s") {
+      text_.append(std::clamp<std::uint32_t>(attributes.Number("c"), 1, kMostBlanks), ' ');
+    } else if (element == "tab") {
+      text_ += '\t';
+    } else if (element == "line-break") {
+      text_ += '\n';
+    }
+  }
+  // A number as it stands where it is shown as digits, leading zeros and all; not as "1,234.50 EUR".
+  std::string CellText() const {
+    if (type_ == "date") return DateText(value_);
+    const bool is_number = type_ == "float" || type_ == "currency" || type_ == "percentage";
+    if (!is_number || (!text_.empty() && text_.find_first_not_of("0123456789") == std::string::npos)) return text_;
+    double number = 0;
+    const auto end = std::from_chars(value_.data(), value_.data() + value_.size(), number);
+    return end.ec == std::errc() ? NumberText(number) : text_;
+  }
+  void EndCell() {
+    const std::size_t first = std::min<std::size_t>(column_, SheetRow::kMostColumns);
+    const std::size_t end = std::min<std::size_t>(first + columns_, SheetRow::kMostColumns);
+    column_ = end;
+    const std::string text = CellText();
+    if (text.empty()) return;
+    has_cells_ = true;
+    for (std::size_t column = first; column < end && !is_taken_; ++column) row_.Put(column, text);
+  }
+  // A row that is repeated is the same recipient again.
+  void EndRow() {
+    if (!is_taken_) row_.End(number_ + 1);
+    number_ += repeated_;
+  }
+  void EndTable() {
+    if (is_taken_) ++left_unread_;
+    is_taken_ = true;
+  }
+
+  SheetRow& row_;
+  int& left_unread_;
+  bool is_taken_ = false;   // a sheet before this one
+  bool has_cells_ = false;  // this one
+  std::int64_t number_ = 0;
+  std::uint32_t repeated_ = 1;
+  std::size_t column_ = 0;
+  std::uint32_t columns_ = 1;
+  std::string type_;
+  std::string value_;
+  std::string text_;
+  bool has_paragraph_ = false;
+  int paragraphs_ = 0;
+  int notes_ = 0;
+};
+
+}  // namespace
+
+std::string ReadOpenSheets(std::string_view xml, SheetRow& row, int& sheets_left_unread) {
+  Sheets listener(row, sheets_left_unread);
+  return ReadXml(xml, listener);
+}
+
+}  // namespace quillcast::recipients

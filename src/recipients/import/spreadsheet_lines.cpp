@@ -1,0 +1,142 @@
+#include "recipients/import/spreadsheet_lines.h"
+
+#include <algorithm>
+
+#include "platform/file.h"
+#include "platform/text.h"
+#include "recipients/import/archive_part.h"
+#include "recipients/import/office_book.h"
+#include "recipients/import/open_document.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr const char* kOfficeParts = "[Content_Types].xml";
+constexpr const char* kOfficeBook = "xl/workbook.xml";
+constexpr const char* kOfficeRelations = "xl/_rels/workbook.xml.rels";
+constexpr const char* kTooManyCells = "it repeats its cells without end";
+constexpr const char* kOpenContent = "content.xml";
+constexpr const char* kOpenManifest = "META-INF/manifest.xml";
+constexpr const char* kOpenType = "mimetype";
+constexpr std::string_view kOpenSpreadsheet = "application/vnd.oasis.opendocument.spreadsheet";
+
+Error NoSpreadsheet(const std::filesystem::path& file) {
+  return {Failure::kBadData, Say("{} is an archive, and no spreadsheet.", file.string()),
+          "Unpack it, and import the list that is in it; lists are .xlsx, .ods, .vcf, .ldif and delimited text."};
+}
+
+Error IsProtected(const std::filesystem::path& file) {
+  return {Failure::kBadData, Say("{} is protected by a password.", file.string()),
+          "Open it in the program that made it, and save it without one."};
+}
+
+Error IsDamaged(const std::filesystem::path& file, std::string_view why) {
+  return {Failure::kBadData,
+          Say("{} cannot be read as a spreadsheet ({}).", file.string(), platform::Printable(why, 200)),
+          "Save it again in the program that made it, or as delimited text."};
+}
+
+Result<SpreadsheetLines::Kind> KindOf(const std::filesystem::path& file, const ArchiveDirectory& directory) {
+  const auto& entries = directory.entries();
+  if (std::any_of(entries.begin(), entries.end(), [](const auto& entry) { return entry.is_encrypted; }))
+    return IsProtected(file);
+  if (directory.Holds(kOfficeParts) && directory.Holds(kOfficeBook)) return SpreadsheetLines::Kind::kOfficeOpenXml;
+  const auto type = UnpackPart(file, directory, kOpenType);
+  if (!type) return type.error();
+  if (!directory.Holds(kOpenContent) || !type->starts_with(kOpenSpreadsheet)) return NoSpreadsheet(file);
+  const auto manifest = UnpackPart(file, directory, kOpenManifest);
+  if (!manifest) return manifest.error();
+  if (manifest->find("encryption-data") != std::string::npos) return IsProtected(file);
+  return SpreadsheetLines::Kind::kOpenDocument;
+}
+
+}  // namespace
+
+Error OldSpreadsheet(const std::filesystem::path& file) {
+  return {Failure::kBadData, Say("{} is a spreadsheet of the old kind (.xls), or one with a password.", file.string()),
+          "Open it in the program that made it, and save it as .xlsx, .ods or delimited text, without a password."};
+}
+
+Result<SpreadsheetLines> SpreadsheetLines::Open(const std::filesystem::path& file) {
+  auto directory = ArchiveDirectory::Read(file);
+  if (!directory) return directory.error();
+  if (const auto bounded = directory->CheckSizes(file); !bounded) return bounded.error();
+  const auto kind = KindOf(file, *directory);
+  if (!kind) return kind.error();
+  const auto fd = platform::OpenForReading(file);
+  if (!fd) return fd.error();
+  const auto size = platform::FileSize(fd->get(), file);
+  if (!size) return size.error();
+  return SpreadsheetLines(file, std::move(*directory), *kind, *size);
+}
+
+FileFacts SpreadsheetLines::Facts() const {
+  return {.format = FileFormat::kSpreadsheet, .encoding = {}, .size = size_, .sheets_left_unread = sheets_left_unread_};
+}
+
+// The texts and the formats that the sheets of a workbook share.
+Result<OfficeBook> SpreadsheetLines::ReadShared() const {
+  OfficeBook book;
+  const auto relations = UnpackPart(file_, directory_, kOfficeRelations);
+  if (!relations) return relations.error();
+  const auto workbook = UnpackPart(file_, directory_, kOfficeBook);
+  if (!workbook) return workbook.error();
+  if (const auto failed = ReadBook(*workbook, *relations, book); !failed.empty()) return IsDamaged(file_, failed);
+  const auto texts = UnpackPart(file_, directory_, book.texts_part);
+  if (!texts) return texts.error();
+  if (!texts->empty()) {
+    if (const auto failed = ReadTexts(*texts, book.texts); !failed.empty()) return IsDamaged(file_, failed);
+  }
+  const auto formats = UnpackPart(file_, directory_, book.formats_part);
+  if (!formats) return formats.error();
+  // Without the formats numbers are shown as they are.
+  if (!formats->empty()) ReadFormats(*formats, book.formats);
+  return book;
+}
+
+// Of a sheet behind the one that was taken.
+Result<void> SpreadsheetLines::LookWhetherFilled(const OfficeBook& book, const std::string& sheet) {
+  const auto xml = UnpackPart(file_, directory_, sheet);
+  if (!xml) return xml.error();
+  const Take look = [this](const FieldLine&) {
+    ++sheets_left_unread_;
+    return false;
+  };
+  SheetRow row(look);
+  ReadOfficeSheet(*xml, book, row);
+  return {};
+}
+
+// The first sheet with something in it is taken.
+Result<void> SpreadsheetLines::ReadOffice(const Take& take) {
+  const auto book = ReadShared();
+  if (!book) return book.error();
+  SheetRow row(take);
+  for (const std::string& sheet : book->sheets) {
+    if (!row.is_wanted()) return {};
+    if (row.has_told()) {
+      if (auto looked = LookWhetherFilled(*book, sheet); !looked) return looked;
+      continue;
+    }
+    const auto xml = UnpackPart(file_, directory_, sheet);
+    if (!xml) return xml.error();
+    if (const auto failed = ReadOfficeSheet(*xml, *book, row); !failed.empty()) return IsDamaged(file_, failed);
+    if (row.has_too_many()) return IsDamaged(file_, kTooManyCells);
+  }
+  return {};
+}
+
+Result<void> SpreadsheetLines::ReadOpen(const Take& take) {
+  const auto xml = UnpackPart(file_, directory_, kOpenContent);
+  if (!xml) return xml.error();
+  SheetRow row(take);
+  const auto failed = ReadOpenSheets(*xml, row, sheets_left_unread_);
+  if (row.has_too_many()) return IsDamaged(file_, kTooManyCells);
+  return failed.empty() ? Result<void>() : Result<void>(IsDamaged(file_, failed));
+}
+
+Result<void> SpreadsheetLines::Read(const Take& take) {
+  return kind_ == Kind::kOfficeOpenXml ? ReadOffice(take) : ReadOpen(take);
+}
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,46 @@
+// The rows of a spreadsheet (.xlsx of Office Open XML, .ods of OpenDocument), a line each.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "recipients/import/archive_directory.h"
+#include "recipients/import/field_lines.h"
+#include "recipients/import/office_book.h"
+
+namespace quillcast::recipients {
+
+// Of the first sheet that has anything in it. A row with nothing in it is none; the cells of others are texts as people
+// see them, dates as in "2024-03-01", formulas as what they came to. The file is unpacked into memory, see
+// ArchiveDirectory for how much of it that may be.
+class SpreadsheetLines final : public FieldLines {
+ public:
+  enum class Kind : std::uint8_t { kOfficeOpenXml, kOpenDocument };
+
+  // Errors: kNoInput for a file that cannot be read; kBadData for one that is no spreadsheet, is protected by a
+  // password, is damaged, or would unpack to too much.
+  static Result<SpreadsheetLines> Open(const std::filesystem::path& file);
+  Result<void> Read(const Take& take) override;
+  FileFacts Facts() const override;
+  // The whole is unpacked before its first line is there.
+  std::uint64_t BytesRead() const override { return size_; }
+
+ private:
+  SpreadsheetLines(std::filesystem::path file, ArchiveDirectory directory, Kind kind, std::uint64_t size)
+      : file_(std::move(file)), directory_(std::move(directory)), kind_(kind), size_(size) {}
+  Result<OfficeBook> ReadShared() const;
+  Result<void> LookWhetherFilled(const OfficeBook& book, const std::string& sheet);
+  Result<void> ReadOffice(const Take& take);
+  Result<void> ReadOpen(const Take& take);
+
+  std::filesystem::path file_;
+  ArchiveDirectory directory_;
+  Kind kind_;
+  std::uint64_t size_;
+  int sheets_left_unread_ = 0;
+};
+
+// The file as what programs call by these names; for files that begin as one and are none that is served.
+Error OldSpreadsheet(const std::filesystem::path& file);
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,193 @@
+#include "recipients/import/xml_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <utility>
+
+#include "platform/text.h"
+#include "platform/utf8.h"
+
+namespace quillcast::recipients {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kEndsName = " \t\r\n/>=";
+
+std::string_view WithoutPrefix(std::string_view name) { return name.substr(name.find(':') + 1); }
+
+// "&#38;" or "&#x26;" without its first two characters and its last; false where it is none.
+bool AppendByNumber(std::string_view digits, std::string& out) {
+  const bool is_hex = digits.starts_with('x');
+  if (is_hex) digits.remove_prefix(1);
+  std::uint32_t code = 0;
+  const char* end = digits.data() + digits.size();
+  const auto read = std::from_chars(digits.data(), end, code, is_hex ? 16 : 10);
+  if (digits.empty() || read.ec != std::errc() || read.ptr != end) return false;
+  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) return false;
+  platform::AppendUtf8(out, code);
+  return true;
+}
+
+// A reference without its "&" and ";". Entities of the document's own are not looked up: none of these formats has any.
+bool AppendReference(std::string_view name, std::string& out) {
+  constexpr std::array<std::pair<std::string_view, char>, 5> kNamed = {
+      {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}}};
+  if (name.starts_with('#')) return AppendByNumber(name.substr(1), out);
+  for (const auto& [known, character] : kNamed) {
+    if (known != name) continue;
+    out += character;
+    return true;
+  }
+  return false;
+}
+
+// `scratch` holds the text where it is not as it stands.
+std::string_view Decoded(std::string_view text, std::string& scratch) {
+  constexpr std::size_t kLongestReference = 16;
+  if (text.find('&') == std::string_view::npos) return text;
+  scratch.clear();
+  while (!text.empty()) {
+    const auto reference = std::min(text.find('&'), text.size());
+    scratch += text.substr(0, reference);
+    text.remove_prefix(reference);
+    if (text.empty()) break;
+    const auto end = text.substr(0, kLongestReference).find(';');
+    const bool is_one = end != std::string_view::npos && AppendReference(text.substr(1, end - 1), scratch);
+    if (!is_one) scratch += '&';
+    text.remove_prefix(is_one ? end + 1 : 1);
+  }
+  return scratch;
+}
+
+class Scanner {
+ public:
+  Scanner(std::string_view xml, XmlListener& listener) : rest_(xml), listener_(listener) {}
+
+  std::string Run() {
+    while (failed_.empty() && !rest_.empty() && !listener_.HasEnough()) {
+      if (rest_.front() != '<') {
+        TakeText();
+      } else if (rest_.starts_with("</")) {
+        TakeEnd();
+      } else if (rest_.starts_with("<!--")) {
+        TakeThrough("-->");
+      } else if (rest_.starts_with("<![CDATA[")) {
+        TakeLiteral();
+      } else if (rest_.starts_with("<?")) {
+        TakeThrough("?>");
+      } else if (rest_.starts_with("<!")) {
+        TakeThrough(">");
+      } else {
+        TakeBegin();
+      }
+    }
+    if (failed_.empty() && rest_.empty() && (depth_ > 0 || !has_elements_)) Fail();
+    return failed_;
+  }
+
+ private:
+  void Fail() { failed_ = has_elements_ ? "it ends within an element" : "it is no XML"; }
+
+  void TakeText() {
+    const auto length = std::min(rest_.find('<'), rest_.size());
+    if (depth_ > 0) listener_.Text(Decoded(rest_.substr(0, length), scratch_));
+    rest_.remove_prefix(length);
+  }
+  // Gives what stands before `end`; fails where that does not come.
+  std::string_view TakeThrough(std::string_view end) {
+    const auto at = rest_.find(end);
+    if (at == std::string_view::npos) {
+      Fail();
+      return {};
+    }
+    const std::string_view taken = rest_.substr(0, at);
+    rest_.remove_prefix(at + end.size());
+    return taken;
+  }
+  void TakeLiteral() {
+    rest_.remove_prefix(std::string_view("<![CDATA[").size());
+    const std::string_view text = TakeThrough("]]>");
+    if (failed_.empty() && depth_ > 0) listener_.Text(text);
+  }
+  void TakeEnd() {
+    const std::string_view tag = TakeThrough(">");
+    if (failed_.empty() && depth_ == 0) Fail();
+    if (!failed_.empty()) return;
+    --depth_;
+    listener_.End(WithoutPrefix(platform::Trim(tag.substr(2))));
+  }
+  void TakeBegin() {
+    rest_.remove_prefix(1);
+    const auto length = rest_.find_first_of(kEndsName);
+    if (length == 0 || length == std::string_view::npos) return Fail();
+    const std::string_view name = WithoutPrefix(rest_.substr(0, length));
+    rest_.remove_prefix(length);
+    attributes_.Clear();
+    while (TakeAttribute()) {
+    }
+    if (!failed_.empty()) return;
+    const bool is_closed = rest_.starts_with("/>");
+    rest_.remove_prefix(is_closed ? 2 : 1);
+    has_elements_ = true;
+    listener_.Begin(name, attributes_);
+    if (is_closed) {
+      listener_.End(name);
+    } else {
+      ++depth_;
+    }
+  }
+  // False at the end of the tag.
+  bool TakeAttribute() {
+    rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size()));
+    if (rest_.starts_with('>') || rest_.starts_with("/>")) return false;
+    const auto equals = rest_.find_first_of(kEndsName);
+    const auto open = equals == std::string_view::npos ? equals : rest_.find_first_not_of("= \t\r\n", equals);
+    if (equals == 0 || open == std::string_view::npos || (rest_[open] != '"' && rest_[open] != '\'')) {
+      Fail();
+      return false;
+    }
+    const std::string_view name = WithoutPrefix(rest_.substr(0, equals));
+    const char quote = rest_[open];
+    rest_.remove_prefix(open + 1);
+    const std::string_view value = TakeThrough(std::string_view(&quote, 1));
+    attributes_.Add(name, Decoded(value, scratch_));
+    return failed_.empty();
+  }
+
+  std::string_view rest_;
+  XmlListener& listener_;
+  XmlAttributes attributes_;
+  std::string scratch_;
+  std::size_t depth_ = 0;
+  bool has_elements_ = false;
+  std::string failed_;
+};
+
+}  // namespace
+
+void XmlAttributes::Add(std::string_view name, std::string_view value) {
+  if (count_ == attributes_.size()) attributes_.emplace_back();
+  attributes_[count_].name = name;
+  attributes_[count_].value = value;
+  ++count_;
+}
+
+std::string_view XmlAttributes::Value(std::string_view name) const {
+  for (std::size_t at = 0; at < count_; ++at) {
+    if (attributes_[at].name == name) return attributes_[at].value;
+  }
+  return {};
+}
+
+std::uint32_t XmlAttributes::Number(std::string_view name) const {
+  const std::string_view value = Value(name);
+  std::uint32_t number = 0;
+  const auto end = std::from_chars(value.data(), value.data() + value.size(), number);
+  return end.ec == std::errc() ? number : 0;
+}
+
+std::string ReadXml(std::string_view xml, XmlListener& listener) { return Scanner(xml, listener).Run(); }
+
+}  // namespace quillcast::recipients

@@ -1,0 +1,45 @@
+// Reads a part of a document that is XML, element by element.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/result.h"
+
+namespace quillcast::recipients {
+
+// Of the element that begins. Names are told without their prefix: formats use each name once.
+class XmlAttributes {
+ public:
+  // Empty where there is no such attribute.
+  std::string_view Value(std::string_view name) const;
+  // 0 where it is none, or no number.
+  std::uint32_t Number(std::string_view name) const;
+
+  void Add(std::string_view name, std::string_view value);
+  void Clear() { count_ = 0; }
+
+ private:
+  struct Attribute {
+    std::string name;
+    std::string value;
+  };
+  std::vector<Attribute> attributes_;  // kept, with their room, from element to element
+  std::size_t count_ = 0;
+};
+
+class XmlListener {
+ public:
+  virtual ~XmlListener() = default;
+  virtual void Begin(std::string_view element, const XmlAttributes& attributes) = 0;
+  virtual void Text(std::string_view text) = 0;
+  virtual void End(std::string_view element) = 0;
+  // Asked after each element; true ends the reading.
+  virtual bool HasEnough() const { return false; }
+};
+
+// Why it is no XML, empty where it is.
+std::string ReadXml(std::string_view xml, XmlListener& listener);
+
+}  // namespace quillcast::recipients
