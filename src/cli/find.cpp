@@ -2,7 +2,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
+#include <span>
+#include <thread>
+#include <utility>
 
 #include "cli/commands.h"
 #include "cli/store_command.h"
@@ -26,7 +31,7 @@ struct FindOptions {
   bool all_fields = false;
 };
 
-// How many rows are read at a time to be shown: nobody who writes waits for a reader that is slow.
+// How many rows are read at a time to be shown: between two such blocks the store is free.
 constexpr std::size_t kShownAtOnce = 5000;
 
 template <typename List>
@@ -63,21 +68,71 @@ void Show(Context& context, const RecipientGroup& group, const StoredRecipient& 
   context.output.Object(object);
 }
 
-Result<std::int64_t> FindIn(Context& context, const RecipientStore& store, const RecipientGroup& group,
-                            SearchRequest request, bool all_fields) {
-  request.group_id = group.id;
-  std::vector<std::int64_t> keys;
-  const auto found = Search(store, request, [&](const recipients::FoundRecipient& recipient) {
-    keys.push_back(recipient.id());
-    return true;
-  });
-  if (!found) return found.error();
-  for (std::size_t at = 0; at < keys.size(); at += kShownAtOnce) {
-    const auto rows = store.RecipientsOfKeys(std::span(keys).subspan(at, std::min(kShownAtOnce, keys.size() - at)));
+// What is found on a thread of its own, until somebody takes it: whoever reads slowly holds up neither the search nor,
+// by it, those who write to the store.
+class FoundKeys {
+ public:
+  // False when no more are wanted.
+  bool Add(std::int64_t key) {
+    const std::lock_guard lock(mutex_);
+    keys_.push_back(key);
+    if (keys_.size() == 1) news_.notify_one();
+    return !is_enough_;
+  }
+  void End() {
+    const std::lock_guard lock(mutex_);
+    has_ended_ = true;
+    news_.notify_one();
+  }
+  void Enough() {
+    const std::lock_guard lock(mutex_);
+    is_enough_ = true;
+  }
+  // Those that were found since, after a wait for one; none at the end.
+  std::vector<std::int64_t> Take() {
+    std::unique_lock lock(mutex_);
+    news_.wait(lock, [this] { return has_ended_ || !keys_.empty(); });
+    return std::exchange(keys_, {});
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable news_;
+  std::vector<std::int64_t> keys_;
+  bool has_ended_ = false;
+  bool is_enough_ = false;
+};
+
+Result<void> ShowKeys(Context& context, const RecipientStore& store, const RecipientGroup& group,
+                      std::span<const std::int64_t> keys, bool all_fields) {
+  for (std::size_t at = 0; at < keys.size() && std::ferror(stdout) == 0; at += kShownAtOnce) {
+    const auto rows = store.RecipientsOfKeys(keys.subspan(at, std::min(kShownAtOnce, keys.size() - at)));
     if (!rows) return rows.error();
     for (const StoredRecipient& row : *rows) Show(context, group, row, all_fields);
   }
-  return static_cast<std::int64_t>(keys.size());
+  return {};
+}
+
+Result<std::int64_t> FindIn(Context& context, const RecipientStore& store, const RecipientGroup& group,
+                            SearchRequest request, bool all_fields) {
+  request.group_id = group.id;
+  FoundKeys found;
+  Result<void> searched;
+  std::thread search([&] {
+    searched = Search(store, request, [&found](std::int64_t key) { return found.Add(key); });
+    found.End();
+  });
+  std::int64_t count = 0;
+  Result<void> shown;
+  for (auto keys = found.Take(); !keys.empty(); keys = found.Take()) {
+    if (shown) shown = ShowKeys(context, store, group, keys, all_fields);
+    if (!shown || std::ferror(stdout) != 0) found.Enough();
+    count += static_cast<std::int64_t>(keys.size());
+  }
+  search.join();
+  if (!searched) return searched.error();
+  if (!shown) return shown.error();
+  return count;
 }
 
 Result<int> Find(Context& context, const RecipientStore& store, const FindOptions& options) {

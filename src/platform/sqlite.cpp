@@ -153,6 +153,8 @@ std::string_view Statement::Text(int column) const {
   return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
 }
 
+bool Statement::IsEmpty(int column) const { return sqlite3_column_bytes(statement_.get(), column) == 0; }
+
 std::int64_t Statement::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 
 bool Statement::IsNull(int column) const { return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL; }

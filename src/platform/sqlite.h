@@ -45,6 +45,8 @@ class Statement {
   int ColumnCount() const;
   std::string_view ColumnName(int column) const;
   std::string_view Text(int column) const;  // valid until the next Step or Reset; NULL reads as empty
+  // What Text would give no octet of; asked for less than that costs.
+  bool IsEmpty(int column) const;
   // 0 for NULL and for text that is no number.
   std::int64_t Int(int column) const;
   bool IsNull(int column) const;

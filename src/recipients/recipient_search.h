@@ -1,4 +1,5 @@
-// Finds the recipients of a group by one field and one comparison, one after the other as the store comes upon them.
+// Finds the keys of the recipients of a group by one field and one comparison, one after the other as the store comes
+// upon them.
 #pragma once
 
 #include <array>
@@ -39,22 +40,10 @@ struct SearchRequest {
   std::string term;  // "%" and "_" in it are wildcards except with kEquals
 };
 
-// A recipient that was found, read as far as it is asked for. Good until the visit ends.
-class FoundRecipient {
- public:
-  explicit FoundRecipient(const platform::Statement& row) : row_(row) {}
-  std::int64_t id() const { return row_.Int(0); }
-  GridRow AsGridRow() const;
-  Recipient Whole() const;
-
- private:
-  const platform::Statement& row_;
-};
-
-// Calls `visit` with each in the order of adding, until it gives false. The store's patience holds what cancels it.
-// A search in one of the two address lines fails: their search columns do not exist. The store can be read meanwhile,
-// and not written.
+// Calls `visit` with the key of each in the order of adding, until it gives false. The store's patience holds what
+// cancels it. A search in one of the two address lines fails: their search columns do not exist. The store can be read
+// meanwhile, and not written: a visit keeps the key and does nothing that takes time.
 Result<void> Search(const RecipientStore& store, const SearchRequest& request,
-                    const std::function<bool(const FoundRecipient& found)>& visit);
+                    const std::function<bool(std::int64_t key)>& visit);
 
 }  // namespace quillcast::recipients

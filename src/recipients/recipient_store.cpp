@@ -234,8 +234,8 @@ Result<RecipientCursor> RecipientStore::ListRecipients(std::int64_t group_id, st
     return RecipientCursor(std::move(*database), std::move(rows->rows()), kColumns);
   }
   {
-    auto copy =
-        CatalogueStatement::PrepareAfter("CREATE TEMP TABLE [Copy] AS ", *database, StatementId::kListFields, sort_sql);
+    auto copy = CatalogueStatement::PrepareWithin("CREATE TEMP TABLE [Copy] AS ", "", *database,
+                                                  StatementId::kListFields, sort_sql);
     if (!copy) return copy.error();
     if (const auto bound = copy->Bind(values); !bound) return bound.error();
     if (const auto done = copy->rows().Run(); !done) return done.error();

@@ -104,11 +104,12 @@ std::string IssuedText(StatementId id, Values values, std::string_view extra) {
 
 Result<CatalogueStatement> CatalogueStatement::Prepare(platform::Database& database, StatementId id,
                                                        std::string_view extra) {
-  return PrepareAfter("", database, id, extra);
+  return PrepareWithin("", "", database, id, extra);
 }
 
-Result<CatalogueStatement> CatalogueStatement::PrepareAfter(std::string_view before, platform::Database& database,
-                                                            StatementId id, std::string_view extra) {
+Result<CatalogueStatement> CatalogueStatement::PrepareWithin(std::string_view before, std::string_view after,
+                                                             platform::Database& database, StatementId id,
+                                                             std::string_view extra) {
   const StatementRow& row = RowOf(id);
   std::string sql(before);
   std::vector<Parameter> parameters;
@@ -137,6 +138,7 @@ Result<CatalogueStatement> CatalogueStatement::PrepareAfter(std::string_view bef
           {std::string(piece.before), std::string(piece.after), !piece.quoted, piece.slot == Slot::kName});
     }
   }
+  sql += after;
   if (row.in_natural_order && !sorted) sql.append(kOrderBy).append("[ID]");
   auto statement = database.Prepare(sql);
   if (!statement) return statement.error();

@@ -88,9 +88,10 @@ class CatalogueStatement {
   // Fails as the issued text would: a column that does not exist, a sort text that is no list of columns, a malformed
   // statement. Rows come in the order of their keys unless there is a sort text.
   static Result<CatalogueStatement> Prepare(platform::Database& database, StatementId id, std::string_view extra = {});
-  // The same with something before the statement: "CREATE TEMP TABLE x AS ".
-  static Result<CatalogueStatement> PrepareAfter(std::string_view before, platform::Database& database, StatementId id,
-                                                 std::string_view extra);
+  // The same with something round the statement, inside its order: "CREATE TEMP TABLE x AS " before it, or
+  // "SELECT [ID] FROM (" and ")".
+  static Result<CatalogueStatement> PrepareWithin(std::string_view before, std::string_view after,
+                                                  platform::Database& database, StatementId id, std::string_view extra);
 
   // As many values as the row of StatementId names. A group name with an apostrophe fails with kUsage, as it would
   // break the issued text. Resets the statement first.

@@ -140,6 +140,7 @@ bool LikeText(std::string_view pattern, std::string_view text) {
   while (!text.empty()) {
     if (!pattern.empty() && pattern[0] == '%') {
       pattern.remove_prefix(1);
+      if (pattern.empty()) return true;
       seen_run = true;
       SkipWhatCannotFit(pattern, text);
       pattern_after_run = pattern;

@@ -78,9 +78,12 @@ class Export(Case):
     def test_a_reader_that_leaves_early(self):
         many = self.write("many.txt", "".join(f"user{n}@example.org\n" for n in range(20_000)))
         self.ok("import", many, "-g", "Readers", "--map", "Email Address=1", "--opt-in")
-        line = f"'{PROGRAM}' --profile '{self.profile}' export -g Readers | head -1"
-        shell = subprocess.run(["sh", "-c", line], capture_output=True, timeout=60)
-        self.assertEqual(shell.stdout, b"ada@r.example\r\n")
+        for command, first in [("export -g Readers", b"ada@r.example\r\n"), ("find example.org", b"user0@example.org\t\t\n")]:
+            shell = subprocess.run(["sh", "-c", f"'{PROGRAM}' --profile '{self.profile}' {command} | head -1"],
+                                   capture_output=True, timeout=60)
+            self.assertEqual(shell.stdout, first)
+        found = self.ok("find", "-g", "Readers", "example.org").splitlines()
+        self.assertEqual([line.split("\t")[0] for line in found], [f"user{n}@example.org" for n in range(20_000)])
         with open("/dev/full", "wb") as full:
             self.assertEqual(subprocess.run([PROGRAM, "--profile", self.profile, "export", "-g", "Readers"], stdout=full,
                                             stderr=subprocess.DEVNULL, timeout=60).returncode, 74)

@@ -32,10 +32,7 @@ Result<void> SearchGroup(const recipients::RecipientStore& store, std::string_vi
   const auto there = store.RequireGroup(group);
   if (!there) return there.error();
   request.group_id = there->id;
-  return recipients::Search(store, request, [&](const recipients::FoundRecipient& recipient) {
-    found(recipient.id());
-    return true;
-  });
+  return recipients::Search(store, request, [&](std::int64_t key) { return found(key), true; });
 }
 
 }  // namespace
