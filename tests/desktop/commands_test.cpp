@@ -119,7 +119,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kAccount, {39}, "EmailManagerForm"},
     {kGroups, {40}, "GroupsMenu"},
     {kSignature, {42}, kNotBuilt},
-    {kImport, {43}, "open: Import"},
+    {kImport, {43}, "RecipientImportForm"},
     {kExport, {44}, "RecipientExportForm"},
     {kThreads, {52}, "ThreadForm"},
     {kSplash, {}, "splash: 0"},

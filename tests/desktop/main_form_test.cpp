@@ -808,43 +808,6 @@ class MainFormTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
-  void anImportLeavesTheChosenGroupAndIsNotCutOff() {
-    Scene scene;
-    scene.rig.AddGroup("Alpha", {"a@example.org"});
-    scene.rig.AddGroup("Beta", {"b@example.org"});
-    scene.Open();
-    auto* to = scene.window->findChild<QComboBox*>("ToComboBox");
-    to->setCurrentText("Alpha");
-    std::string text;
-    for (int i = 0; i < 30000; ++i) text += "p" + std::to_string(i) + "@example.org\n";
-    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", text)};
-    scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->Dispatch(CommandId::kImport);
-    to->setCurrentText("Beta");
-    scene.window->Dispatch(CommandId::kImport);
-    QVERIFY2(scene.Status().contains("Another file"), qPrintable(scene.Status()));
-    QVERIFY(!scene.window->close());
-    QTRY_VERIFY2(scene.Status().startsWith("30,000 addresses were added."), qPrintable(scene.Status()));
-    QCOMPARE(to->currentText(), QString("Beta"));
-    QCOMPARE(*scene.rig.Store().CountRecipients("Alpha"), std::int64_t{30001});
-  }
-
-  void anImportTellsWhatItsCountsDoNot() {
-    Scene scene;
-    scene.rig.AddGroup("Alpha", {"a@example.org"});
-    scene.Open();
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Alpha");
-    std::filesystem::remove_all(scene.rig.folders.temporary);
-    scene.rig.folder.Write("Temp", "in the way");
-    scene.rig.prompts.files = {scene.rig.folder.Write("list.txt", "o'brien@example.org")};
-    scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->Dispatch(CommandId::kImport);
-    QTRY_VERIFY2(scene.Status().startsWith("1 address was added."), qPrintable(scene.Status()));
-    QVERIFY2(scene.Status().contains("There is no report. ") &&
-                 scene.Status().contains("1 address was cut, the first to brien@"),
-             qPrintable(scene.Status()));
-  }
-
   void previewOpensTheMessageWithItsTags() {
     Scene scene;
     scene.rig.FillInAccount();

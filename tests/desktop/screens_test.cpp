@@ -35,6 +35,7 @@
 #include "desktop/recipients/group_rename_form.h"
 #include "desktop/recipients/recipient_add_form.h"
 #include "desktop/recipients/recipient_export_form.h"
+#include "desktop/recipients/recipient_import_form.h"
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/recipient_move_form.h"
@@ -377,6 +378,18 @@ class ScreensTest : public QObject {
     list_to_file.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
     list_to_file.findChild<QListWidget*>("ListFields")->item(2)->setCheckState(Qt::Checked);
     Take(list_to_file, "export");
+    RecipientImportForm nothing_yet(rig.program, "Customers", nullptr);
+    Take(nothing_yet, "import-empty");
+    RecipientImportForm file_to_list(rig.program, "Customers", nullptr);
+    file_to_list.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
+    rig.prompts.files = {rig.folder.Write(
+        "people.csv",
+        "Vorname;Nachname;E-Mail;Ort\nAda;Lovelace;ada@example.org;London\nJ\xC3\xB6rg;\xC3\x96l;j@example.org;"
+        "K\xC3\xB6ln\nEve;;eve@example.org;\xE4\n")};
+    file_to_list.findChild<QPushButton*>("BrowseButton")->click();
+    QTRY_VERIFY(file_to_list.findChild<QPushButton*>("ProposeButton")->isEnabled());
+    file_to_list.findChild<QPushButton*>("ProposeButton")->click();
+    Take(file_to_list, "import");
     RecipientSearchForm found(rig.program, "Customers", nullptr);
     Take(found, "search-empty");
     found.findChild<QComboBox*>("CompareComboBox")->setCurrentIndex(1);

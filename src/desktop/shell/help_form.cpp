@@ -54,6 +54,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientSearchForm", kGroupsTopic},
       {"RecipientMoveForm", kGroupsTopic},
       {"RecipientPrintForm", kGroupsTopic},
+      {"RecipientImportForm", "Group Manager 2.htm"},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };

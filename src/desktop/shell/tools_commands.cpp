@@ -4,8 +4,8 @@
 #include "account/account_settings.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
-#include "desktop/recipients/groups_menu.h"
 #include "desktop/recipients/recipient_export_form.h"
+#include "desktop/recipients/recipient_import_form.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
@@ -35,12 +35,10 @@ void ImportRecipients(Shell& shell) {
   if (!shell.header.HasGroups()) {
     shell.program.prompts.Warn("There is no group to import the data to.");
     shell.FocusOn("GroupButton");
-  } else if (shell.header.Group().isEmpty()) {
-    shell.Say(Shell::tr("Choose the group that the addresses are for."));
-    shell.FocusOn("ToComboBox");
-  } else {
-    shell.groups.ImportInto(shell.header.Group());
+    return;
   }
+  RecipientImportForm(shell.program, shell.header.Group(), &shell.window).exec();
+  shell.header.LoadGroups();
 }
 
 void ExportRecipients(Shell& shell) {

@@ -1,5 +1,6 @@
 #include "recipients/import/import_sample.h"
 
+#include "recipients/import/headings.h"
 #include "recipients/import/line_reader.h"
 
 namespace quillcast::recipients {
@@ -42,6 +43,21 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const 
     lines.emplace_back(line.text);
   }
   return FindDelimiter(lines);
+}
+
+std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample) {
+  if (HasKnownFields(sample.facts.format)) return ProposedMapping{KnownMapping(), false, {}};
+  if (sample.lines.empty()) return {};
+  const auto headings = sample.lines.front().Fields();
+  const HeadingMapping found = MapByHeadings(headings);
+  if (!found.looks_like_headings) return {};
+  ProposedMapping proposed{found.mapping, true, {}};
+  for (int& source : proposed.mapping.source) {
+    if (source <= kSourceFields) continue;
+    proposed.beyond.emplace_back(headings[static_cast<std::size_t>(source) - 1]);
+    source = kIgnore;
+  }
+  return proposed;
 }
 
 }  // namespace quillcast::recipients

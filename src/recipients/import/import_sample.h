@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,5 +33,14 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
 // By the first lines of the file; other formats than delimited text have no delimiter, and need none.
 Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
                                        std::string_view code_page);
+
+// The mapping that a file suggests: that of its format, or the one of its headings.
+struct ProposedMapping {
+  ImportMapping mapping;            // of fields that can be chosen by number
+  bool has_headings = false;        // the first line is no recipient
+  std::vector<std::string> beyond;  // headings of fields behind the eighteenth that would be taken
+};
+// Nothing where the first line does not look like headings.
+std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample);
 
 }  // namespace quillcast::recipients

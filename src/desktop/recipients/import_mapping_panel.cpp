@@ -1,0 +1,62 @@
+#include "desktop/recipients/import_mapping_panel.h"
+
+#include <QComboBox>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+
+ImportMappingPanel::ImportMappingPanel(QWidget* parent) : QScrollArea(parent) {
+  setObjectName("MappingPanel");
+  setAccessibleName(tr("Fields of a recipient"));
+  setWidgetResizable(true);
+  setFocusPolicy(Qt::NoFocus);  // its lists have it
+  verticalScrollBar()->setObjectName("VScrollBar");
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  auto* inside = new QWidget(this);
+  auto* layout = new QVBoxLayout(inside);
+  auto* grid = new FormGrid(inside, 1);
+  layout->addWidget(grid);
+  for (std::size_t field = 0; field < lists_.size(); ++field) {
+    lists_[field] = new QComboBox();
+    lists_[field]->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    lists_[field]->setMinimumContentsLength(8);
+    grid->Add(QString("ComboBox%1").arg(field + 1), Translated(recipients::kFields[field].label) + ":", lists_[field]);
+    connect(lists_[field], &QComboBox::currentIndexChanged, this, &ImportMappingPanel::Changed);
+  }
+  setWidget(inside);
+}
+
+void ImportMappingPanel::Offer(const std::vector<std::string>& entries) {
+  has_fields_ = entries.size() > 1;
+  for (QComboBox* list : lists_) {
+    const QSignalBlocker quiet(list);
+    list->clear();
+    for (const std::string& entry : entries) list->addItem(ToQt(platform::Printable(entry, 80)));
+    list->setCurrentIndex(entries.empty() ? -1 : 0);
+  }
+  emit Changed();
+}
+
+recipients::ImportMapping ImportMappingPanel::Mapping() const {
+  recipients::ImportMapping mapping;
+  for (std::size_t field = 0; field < lists_.size(); ++field) {
+    mapping.source[field] = recipients::SourceFieldOf(FromQt(lists_[field]->currentText()));
+  }
+  return mapping;
+}
+
+void ImportMappingPanel::Choose(const recipients::ImportMapping& mapping) {
+  for (std::size_t field = 0; field < lists_.size(); ++field) {
+    const QSignalBlocker quiet(lists_[field]);
+    const int source = mapping.source[field];
+    lists_[field]->setCurrentIndex(source < lists_[field]->count() ? source : recipients::kIgnore);
+  }
+  emit Changed();
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,180 @@
+#include "desktop/recipients/recipient_import_form.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+
+#include "desktop/recipients/import_mapping_panel.h"
+#include "desktop/recipients/import_sample_table.h"
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/progress_panel.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+#include "recipients/delimiters.h"
+#include "recipients/recipient_store.h"
+
+namespace quillcast::desktop {
+namespace {
+
+// Those that lists come in; any other name can be typed.
+constexpr std::array<const char*, 8> kEncodings = {"UTF-8",      "windows-1252", "windows-1251", "ISO-8859-1",
+                                                   "ISO-8859-2", "UTF-16LE",     "Shift_JIS",    "GB18030"};
+
+QPushButton* NamedButton(const char* name, const QString& text, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+QCheckBox* NamedBox(const char* name, const QString& text, QWidget* parent) {
+  auto* box = new QCheckBox(text, parent);
+  box->setObjectName(name);
+  return box;
+}
+
+}  // namespace
+
+RecipientImportForm::RecipientImportForm(const profile::Program& program, const QString& group, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      task_(new BackgroundTask(this)),
+      look_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      file_(new QLineEdit(this)),
+      browse_(NamedButton("BrowseButton", tr("&Browse…"), this)),
+      group_(new QComboBox(this)),
+      harvest_(new QRadioButton(tr("Every e-mail &address anywhere in the file"), this)),
+      delimited_(new QRadioButton(tr("A recipient from each &line, with these fields:"), this)),
+      delimiter_(new QComboBox(this)),
+      encoding_(new QComboBox(this)),
+      quotes_(NamedBox("QuotationCheckBox", tr("Fields are enclosed in &quotes"), this)),
+      rfc4180_(NamedBox("Rfc4180CheckBox", tr("Quotes as s&preadsheets write them (RFC 4180)"), this)),
+      skip_(NamedBox("SkipCheckBox", tr("Leave the first line o&ut, it has headings"), this)),
+      get_data_(NamedButton("GetDataButton", tr("&Get Data"), this)),
+      propose_(NamedButton("ProposeButton", tr("&Map by Headings"), this)),
+      mapping_(new ImportMappingPanel(this)),
+      table_(new ImportSampleTable(this)),
+      warnings_(new NotePanel(NoteKind::kWarning, "WarningsPanel", "WarningsLabel", this)),
+      status_(new StatusLine(this)),
+      progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
+      bar_(progress_->AddBar("ProgressBar", tr("File read:"))),
+      import_(NamedButton("ImportButton", tr("&Import"), this)),
+      report_(NamedButton("ReportButton", tr("Re&port"), this)) {
+  MakeWindow();
+  ConnectControls();
+  ShowGroups(group);
+  EnableControls();
+  file_->setFocus();
+}
+
+RecipientImportForm::~RecipientImportForm() = default;
+
+void RecipientImportForm::MakeWindow() {
+  setObjectName("RecipientImportForm");
+  setWindowTitle(tr("Import Recipients"));
+  setAcceptDrops(true);
+  resize(780, 580);
+  import_->setDefault(true);
+  auto* column = new FormColumn(this);
+  FormGrid* what = column->AddGrid();
+  what->Add("BrowseTextBox", tr("&From file:"), file_, {browse_});
+  what->Add("DataComboBox", tr("&To group:"), group_);
+  AddModes(column);
+  AddMapping(column);
+  column->Add(warnings_);
+  warnings_->hide();
+  column->Add(status_);
+  progress_->AddBeside(import_);
+  progress_->AddBeside(report_);
+  column->Add(progress_);
+}
+
+void RecipientImportForm::AddModes(FormColumn* column) {
+  for (const recipients::Delimiter& delimiter : recipients::kDelimiters) {
+    delimiter_->addItem(Translated(delimiter.name), QChar::fromLatin1(delimiter.character));
+  }
+  encoding_->setEditable(true);
+  encoding_->setInsertPolicy(QComboBox::NoInsert);
+  encoding_->addItem(tr("Find out"));
+  for (const char* encoding : kEncodings) encoding_->addItem(encoding);
+  FormGrid* modes = column->AddGrid();
+  modes->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
+  modes->AddWide("RadioButton1", harvest_);
+  modes->AddWide("RadioButton2", delimited_);
+  harvest_->setChecked(true);
+  modes->Add("DelimitComboBox", tr("&Delimiter:"), delimiter_);
+  column->AddLine({quotes_, rfc4180_, nullptr});
+}
+
+void RecipientImportForm::AddMapping(FormColumn* column) {
+  column->AddLine({get_data_, propose_, skip_, nullptr});
+  mapping_->setMinimumSize(300, 130);
+  table_->setMinimumHeight(130);
+  column->AddLine({mapping_, table_}, 1);
+}
+
+void RecipientImportForm::ConnectControls() {
+  connect(browse_, &QPushButton::clicked, this, &RecipientImportForm::Browse);
+  connect(file_, &QLineEdit::editingFinished, this, [this] {
+    if (file_->text() != looked_at_) TakeFile(file_->text());
+  });
+  connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
+  connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);
+  connect(propose_, &QPushButton::clicked, this, &RecipientImportForm::Propose);
+  connect(delimiter_, &QComboBox::activated, this, [this] { LookAtFile(Purpose::kShow); });
+  connect(encoding_, &QComboBox::activated, this, [this] { LookAtFile(Purpose::kShow); });
+  connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, [this] { LookAtFile(Purpose::kShow); });
+  connect(rfc4180_, &QCheckBox::toggled, this, [this] {
+    EnableControls();
+    LookAtFile(Purpose::kShow);
+  });
+  connect(quotes_, &QCheckBox::toggled, this, [this] {
+    EnableControls();
+    ShowSample();
+  });
+  connect(skip_, &QCheckBox::toggled, this, &RecipientImportForm::ShowSample);
+  connect(mapping_, &ImportMappingPanel::Changed, this, [this] { table_->ShowMapping(mapping_->Mapping()); });
+  connect(table_, &ImportSampleTable::Chosen, this, &RecipientImportForm::TakeHeading);
+  connect(import_, &QPushButton::clicked, this, &RecipientImportForm::Import);
+  connect(report_, &QPushButton::clicked, this, &RecipientImportForm::ShowReport);
+  connect(progress_, &ProgressPanel::Pressed, this, &RecipientImportForm::reject);
+  connect(tick_, &QTimer::timeout, this, &RecipientImportForm::TakeProgress);
+}
+
+void RecipientImportForm::ShowGroups(const QString& chosen) {
+  const auto names = recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience).ListGroupNames();
+  if (!names) {
+    status_->Fail(names.error());
+    return;
+  }
+  for (const std::string& name : *names) group_->addItem(ToQt(name));
+  group_->setCurrentIndex(group_->findText(chosen));
+}
+
+// The button that cancels, and closes, is always there.
+void RecipientImportForm::EnableControls() {
+  const bool is_idle = !task_->is_running();
+  for (QWidget* control :
+       std::initializer_list<QWidget*>{file_, browse_, group_, harvest_, delimited_, encoding_, import_, report_}) {
+    control->setEnabled(is_idle);
+  }
+  const bool is_delimited = is_idle && delimited_->isChecked();
+  const bool has_fields_of_its_own = sample_ && recipients::HasKnownFields(sample_->facts.format);
+  const bool is_text = !sample_ || sample_->facts.format == recipients::FileFormat::kDelimited;
+  for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
+    control->setEnabled(is_delimited);
+  delimiter_->setEnabled(is_delimited && is_text);
+  quotes_->setEnabled(is_delimited && is_text && !rfc4180_->isChecked());
+  rfc4180_->setEnabled(is_delimited && is_text && !quotes_->isChecked());
+  skip_->setEnabled(is_delimited && !has_fields_of_its_own);
+  propose_->setEnabled(is_delimited && proposed_.has_value());
+}
+
+}  // namespace quillcast::desktop

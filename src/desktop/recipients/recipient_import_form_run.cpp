@@ -1,0 +1,138 @@
+// The part of the dialog that imports.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+#include <atomic>
+
+#include "desktop/recipients/import_mapping_panel.h"
+#include "desktop/recipients/recipient_import_form.h"
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/progress_panel.h"
+#include "desktop/widgets/qt_prompts.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+#include "platform/locale_codeset.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kTick = 100;  // milliseconds
+
+}  // namespace
+
+struct RecipientImportForm::Progress {
+  std::atomic<std::uint64_t> done = 0;
+  std::atomic<std::uint64_t> total = 0;
+};
+
+recipients::ImportForm RecipientImportForm::Form() const {
+  using recipients::ImportMode;
+  return {.file = FromQt(file_->text()),
+          .has_groups = group_->count() > 0,
+          .group = FromQt(group_->currentText()),
+          .mode = delimited_->isChecked() ? ImportMode::kDelimited : ImportMode::kHarvest,
+          .sample_was_read = mapping_->has_fields(),
+          .mapping = mapping_->Mapping()};
+}
+
+recipients::ImportRequest RecipientImportForm::Request() const {
+  const auto form = Form();
+  return {.file = PathFromQt(file_->text()),
+          .group = form.group,
+          .mode = form.mode,
+          .reading = Reading(),
+          .quotes = quotes_->isChecked(),
+          .mapping = form.mapping,
+          .skip = skip_->isChecked() && skip_->isEnabled() ? 1 : 0};
+}
+
+void RecipientImportForm::FocusOn(recipients::ImportControl control) {
+  switch (control) {
+    case recipients::ImportControl::kFile:
+      return file_->setFocus();
+    case recipients::ImportControl::kGroup:
+      return group_->setFocus();
+    case recipients::ImportControl::kGetData:
+      return get_data_->setFocus();
+    case recipients::ImportControl::kMapping:
+      return mapping_->list(recipients::kEmail)->setFocus();
+  }
+}
+
+void RecipientImportForm::Import() {
+  if (const auto complaint = recipients::CheckImport(Form())) {
+    program_.prompts.Warn(complaint->message);
+    FocusOn(*complaint->control);
+    return;
+  }
+  if (program_.prompts.Consent(recipients::kConsentQuestion)) Start();
+}
+
+void RecipientImportForm::Start() {
+  bar_->Count(0, 1);
+  Warn({});
+  status_->Say(tr("Reading %1…").arg(file_->text()));
+  seen_ = std::make_shared<Progress>();
+  const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(),
+                                        platform::LocaleCodeset()};
+  task_->Start([this, places, request = Request(), seen = seen_](const platform::CancelToken& cancel) {
+    const auto see = [seen](const recipients::ImportProgress& progress) {
+      seen->total = progress.bytes_total;
+      seen->done = progress.bytes_done;
+    };
+    const auto outcome =
+        std::make_shared<recipients::ImportOutcome>(recipients::ImportRecipients(request, places, cancel, see));
+    return [this, outcome] { End(*outcome); };
+  });
+  tick_->start(kTick);
+  EnableControls();
+  progress_->button()->setFocus();
+}
+
+void RecipientImportForm::TakeProgress() { bar_->Count(seen_->done, seen_->total); }
+
+void RecipientImportForm::End(const recipients::ImportOutcome& outcome) {
+  tick_->stop();
+  if (is_asking_) {
+    ended_meanwhile_ = outcome;
+    WithdrawQuestion();
+    return;
+  }
+  EnableControls();
+  if (is_given_up_) return QDialog::reject();
+  bar_->Count(outcome.error ? 0 : 1, 1);
+  Warn(recipients::ImportTroubles(outcome));
+  if (outcome.error) {
+    status_->Fail(*outcome.error);
+  } else {
+    status_->Say(tr("Read as %1.")
+                     .arg(outcome.facts->encoding.name.empty() ? Translated(recipients::NameOf(outcome.facts->format))
+                                                               : ToQt(outcome.facts->encoding.name)));
+  }
+  import_->setFocus();
+  program_.prompts.Inform(recipients::ImportSummary(outcome.counts));
+}
+
+void RecipientImportForm::ShowReport() {
+  const auto report = program_.folders.ImportReport();
+  if (!std::filesystem::exists(report, IgnoreErrors())) return program_.prompts.Warn(recipients::kNoImportReport);
+  if (const auto opened = program_.desktop.OpenFile(report); !opened) status_->Fail(opened.error());
+}
+
+void RecipientImportForm::reject() {
+  if (!task_->is_running()) return QDialog::reject();
+  if (is_asking_ || is_given_up_) return;
+  is_asking_ = true;
+  const auto answer = program_.prompts.Ask(recipients::kCancelImportQuestion);
+  is_asking_ = false;
+  if (ended_meanwhile_) return End(*std::exchange(ended_meanwhile_, {}));
+  if (answer != platform::Answer::kYes) return;
+  is_given_up_ = true;
+  progress_->button()->setEnabled(false);
+  task_->Cancel();
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,345 @@
+// The dialog of the import: what it checks, what it shows of a file, what it imports, and how it is given up.
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTableWidget>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+#include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_import_form.h"
+
+namespace quillcast::desktop {
+
+namespace {
+
+const QString kConsent =
+    "consent: To comply with the CAN-SPAM please confirm that you are importing a valid opt-in list./You must not "
+    "import "
+    "lists of purchased addresses which don't have given permission.";
+constexpr const char* kCancelQuestion = "ask: Are you sure you want to cancel the import process?";
+
+QString Done(int added, int duplicates, int ignored) {
+  return QString(
+             "inform: %1 recipients imported successfully./%2 duplicate recipients ignored./%3 invalid recipients "
+             "ignored.")
+      .arg(added)
+      .arg(duplicates)
+      .arg(ignored);
+}
+
+struct Scene {
+  test::FormRig rig;
+  std::unique_ptr<RecipientImportForm> form;
+
+  void Open(const QString& group = {}) {
+    form = std::make_unique<RecipientImportForm>(rig.program, group, nullptr);
+    form->show();
+    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+  }
+  // With a group, and a file that is browsed for.
+  void OpenWith(std::string_view content) {
+    rig.AddGroup("Readers", {"old@x.org"});
+    Open("Readers");
+    Pick(content);
+  }
+  void Pick(std::string_view content) {
+    rig.prompts.files = {rig.folder.Write("list.txt", content)};
+    Press("BrowseButton");
+    QCOMPARE(rig.Shown(), "open: Import Recipients");
+    QTRY_VERIFY(!Status().isEmpty());
+  }
+  template <typename Widget>
+  Widget& Find(const QString& name) const {
+    return *form->findChild<Widget*>(name);
+  }
+  void Press(const char* name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
+  // Steps through a list as the keyboard does.
+  void Step(const QString& name, int entries) const {
+    Find<QComboBox>(name).setFocus();
+    for (int n = 0; n < entries; ++n) QTest::keyClick(&Find<QComboBox>(name), Qt::Key_Down);
+  }
+  void GetData() {
+    Press("GetDataButton");
+    QTRY_VERIFY(Find<QComboBox>("ComboBox1").count() > 0);
+  }
+  QString Import() {
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press("ImportButton");
+    if (!QTest::qWaitFor([this] { return Find<QPushButton>("ImportButton").isEnabled(); })) return "does not end";
+    return rig.Shown();
+  }
+  QString Entries(const QString& name) const {
+    QStringList entries;
+    for (int i = 0; i < Find<QComboBox>(name).count(); ++i) entries << Find<QComboBox>(name).itemText(i);
+    return entries.join('|');
+  }
+  // What the table shows below its lists, a row each.
+  QString Sample() const {
+    auto& table = Find<QTableWidget>("SampleTable");
+    QStringList rows;
+    for (int row = 1; row < table.rowCount(); ++row) {
+      QStringList cells;
+      for (int column = 0; column < table.columnCount(); ++column) cells << table.item(row, column)->text();
+      rows << cells.join('|');
+    }
+    return rows.join(" / ");
+  }
+  QString Status() const { return Find<QLabel>("StatusLine").text(); }
+  QString Warnings() const {
+    return Find<QWidget>("WarningsPanel").isVisible() ? Find<QLabel>("WarningsLabel").text() : QString();
+  }
+  QString Addresses() const {
+    auto cursor = rig.Store().ListRecipients(rig.Store().RequireGroup("Readers")->id, "");
+    recipients::Recipient recipient;
+    QStringList all;
+    while (*cursor->Next(recipient)) {
+      all << ToQt(recipient.email() + "," + recipient.values[recipients::kFirstName]);
+    }
+    return all.join(' ');
+  }
+};
+
+}  // namespace
+
+class ImportFormTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void opensWithTheGivenChoices() {
+    Scene scene;
+    scene.rig.AddGroup("Zebras", {});
+    scene.rig.AddGroup("Ants", {});
+    scene.Open("Ants");
+    QCOMPARE(scene.Entries("DataComboBox"), "Zebras|Ants");
+    QCOMPARE(scene.Find<QComboBox>("DataComboBox").currentText(), "Ants");
+    QCOMPARE(scene.Entries("DelimitComboBox"), "Tab|Colon|Space|Comma|Semicolon");
+    QVERIFY(scene.Find<QAbstractButton>("RadioButton1").isChecked());
+    for (int field = 1; field <= 18; ++field) {
+      QCOMPARE(scene.Find<QComboBox>(QString("ComboBox%1").arg(field)).count(), 0);
+    }
+    QVERIFY(scene.form->findChild<QScrollBar*>("VScrollBar") != nullptr);
+    for (const bool delimited : {false, true}) {
+      scene.Press(delimited ? "RadioButton2" : "RadioButton1");
+      for (const char* name : {"DelimitComboBox", "QuotationCheckBox", "Rfc4180CheckBox", "GetDataButton", "ComboBox1",
+                               "ComboBox18", "SkipCheckBox", "SampleTable"}) {
+        QVERIFY2(scene.Find<QWidget>(name).isEnabled() == delimited, name);
+      }
+    }
+    for (const auto& [box, other] :
+         {std::pair("QuotationCheckBox", "Rfc4180CheckBox"), std::pair("Rfc4180CheckBox", "QuotationCheckBox")}) {
+      scene.Press(box);
+      QVERIFY2(!scene.Find<QWidget>(other).isEnabled(), box);
+      scene.Press(box);
+      QVERIFY2(scene.Find<QWidget>(other).isEnabled(), box);
+    }
+  }
+
+  void complainsInOrder() {
+    const auto complains = [](Scene& scene, const char* button, const char* warning, const char* focus) {
+      scene.Press(button);
+      QCOMPARE(scene.rig.Shown(), warning);
+      QCOMPARE(scene.form->focusWidget()->objectName(), focus);
+    };
+    Scene none;
+    none.Open();
+    none.Press("RadioButton2");
+    complains(none, "GetDataButton", "warn: Please specify a file.", "BrowseTextBox");
+    complains(none, "ImportButton", "warn: Please specify a file.", "BrowseTextBox");
+    none.Find<QLineEdit>("BrowseTextBox").setText("/nowhere");
+    complains(none, "ImportButton", "warn: There is no group to import.", "DataComboBox");
+    Scene scene;
+    scene.rig.AddGroup("Readers", {});
+    scene.Open();
+    scene.Press("RadioButton2");
+    scene.Pick("a@x.org,Ada\n");
+    complains(scene, "ImportButton", "warn: Please select a group.", "DataComboBox");
+    scene.Step("DataComboBox", 1);
+    complains(scene, "ImportButton", "warn: There is no data to import.", "GetDataButton");
+    scene.GetData();
+    complains(scene, "ImportButton", "warn: Please select at least one field to import.", "ComboBox1");
+    scene.Step("ComboBox3", 2);
+    complains(scene, "ImportButton", "warn: Email Address field is required.", "ComboBox1");
+    scene.Step("ComboBox1", 1);
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    scene.Press("ImportButton");
+    QCOMPARE(scene.rig.Shown(), kConsent);
+    QCOMPARE(scene.Addresses(), "");
+    scene.Press("ReportButton");
+    QCOMPARE(scene.rig.Shown(), "warn: Report is not available for this session.");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QCOMPARE(scene.Addresses(), "a@x.org,Ada");
+    scene.Press("ReportButton");
+    QCOMPARE(scene.rig.desktop.opened, std::vector<std::string>{"ReportButton.txt"});
+  }
+
+  void harvests() {
+    Scene scene;
+    scene.OpenWith("Ada <ada@x.org>, ada@x.org; o'neill@x.org old@x.org");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(2, 2, 0));
+    QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org, neill@x.org,");
+    QVERIFY2(scene.Warnings().startsWith("1 address was cut, the first to neill@x.org"), qPrintable(scene.Warnings()));
+  }
+
+  void getDataFillsTheLists() {
+    Scene scene;
+    scene.OpenWith("\" Ada \" ; \"ada@x.org\";\nBob;bob@x.org;x;y\n");
+    scene.Press("RadioButton2");
+    QCOMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Semicolon");
+    QVERIFY2(scene.Status().contains("The delimiter seems to be “Semicolon”"), qPrintable(scene.Status()));
+    scene.Press("QuotationCheckBox");
+    scene.GetData();
+    QCOMPARE(scene.Entries("ComboBox1"), "Ignore|Field 1 =  Ada |Field 2 = ada@x.org|Field 3 = ");
+    QCOMPARE(scene.Entries("ComboBox18"), scene.Entries("ComboBox1"));
+    QCOMPARE(scene.Find<QComboBox>("ComboBox18").currentText(), "Ignore");
+    scene.Step("ComboBox1", 2);
+    scene.Step("DelimitComboBox", -1);
+    scene.GetData();
+    QTRY_COMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Ignore");
+  }
+
+  void theTableShowsWhatWouldBeStored() {
+    Scene scene;
+    scene.OpenWith("First,Mail\n\"Ada, B\",ada@x.org\n");
+    scene.Press("RadioButton2");
+    QCOMPARE(scene.Sample(), "First|Mail| / \"Ada| B\"|ada@x.org");
+    scene.Press("Rfc4180CheckBox");
+    QTRY_COMPARE(scene.Sample(), "First|Mail / Ada, B|ada@x.org");
+    scene.Press("SkipCheckBox");
+    QCOMPARE(scene.Sample(), "Ada, B|ada@x.org");
+    // A list above a field leads to the one in the panel, and the other way round.
+    scene.Step("HeadingComboBox2", 1);
+    QCOMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Field 2 = Mail");
+    scene.Step("ComboBox3", 1);
+    QCOMPARE(scene.Find<QComboBox>("HeadingComboBox1").currentText(), "First Name");
+    scene.Step("HeadingComboBox1", 1);
+    QCOMPARE(scene.Find<QComboBox>("ComboBox3").currentText(), "Ignore");
+    QCOMPARE(scene.Find<QComboBox>("ComboBox4").currentText(), "Field 1 = First");
+    scene.Step("ComboBox3", 1);
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org,Ada, B");
+  }
+
+  void headingsProposeAMapping() {
+    Scene scene;
+    scene.OpenWith("Vorname;Nachname;E-Mail\nAda;Lovelace;ada@x.org\nJ\xC3\xB6rg;\xC3\x96l;j\xE4@x.org\n");
+    scene.Press("RadioButton2");
+    QVERIFY(!scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    scene.Press("ProposeButton");
+    QVERIFY(scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    QCOMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Field 3 = E-Mail");
+    QCOMPARE(scene.Find<QComboBox>("HeadingComboBox1").currentText(), "First Name");
+    QVERIFY2(scene.Warnings().startsWith("1 byte is not UTF-8, on line 3"), qPrintable(scene.Warnings()));
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 1));
+    QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org,Ada");
+    scene.Pick("Ada,ada@x.org\n");
+    QTRY_VERIFY(!scene.Find<QWidget>("ProposeButton").isEnabled());
+    scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
+    QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
+    scene.Press("ProposeButton");
+    for (const char* name : {"DelimitComboBox", "QuotationCheckBox", "SkipCheckBox"})
+      QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+  }
+
+  void theEncodingCanBeOverruled() {
+    Scene scene;
+    scene.OpenWith("\xC4\xE4,a@x.org\n");
+    scene.Press("RadioButton2");
+    QVERIFY2(scene.Status().contains("windows-1252"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Sample(), QString::fromUtf8("\u00C4\u00E4|a@x.org"));
+    auto& encoding = scene.Find<QComboBox>("EncodingComboBox");
+    encoding.setFocus();
+    encoding.lineEdit()->selectAll();
+    QTest::keyClicks(encoding.lineEdit(), "windows-1251");
+    QTest::keyClick(encoding.lineEdit(), Qt::Key_Tab);
+    QTRY_COMPARE(scene.Sample(), QString::fromUtf8("\u0414\u0434|a@x.org"));
+    encoding.setFocus();
+    encoding.lineEdit()->selectAll();
+    QTest::keyClicks(encoding.lineEdit(), "klingon");
+    QTest::keyClick(encoding.lineEdit(), Qt::Key_Tab);
+    QTRY_VERIFY2(scene.Status().contains("no known encoding"), qPrintable(scene.Status()));
+  }
+
+  void aFileCanBeDropped() {
+    Scene scene;
+    scene.rig.AddGroup("Readers", {});
+    scene.Open("Readers");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(PathToQt(scene.rig.folder.Write("dropped.txt", "a@x.org\n")))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(scene.form.get(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(scene.form.get(), &drop);
+    QVERIFY(scene.Find<QLineEdit>("BrowseTextBox").text().endsWith("dropped.txt"));
+    QTRY_VERIFY2(scene.Status().contains("UTF-8"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+  }
+
+  void aFailureIsToldInTheStatusLine() {
+    Scene scene;
+    scene.OpenWith("PK\3\4 no archive");
+    QVERIFY2(scene.Status().contains("is damaged"), qPrintable(scene.Status()));
+    scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/list.txt");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 0, 0));
+    QVERIFY2(scene.Status().contains("/nowhere/list.txt"), qPrintable(scene.Status()));
+  }
+
+  void cancellingIsAskedAbout() {
+    Scene scene;
+    std::string text;
+    for (int n = 0; n < 200'000; ++n) text += "u" + std::to_string(n) + "@x.org\n";
+    scene.OpenWith(text);
+    scene.rig.prompts.answers = {platform::Answer::kYes, platform::Answer::kNo};
+    scene.Press("ImportButton");
+    QCOMPARE(scene.rig.Shown(), kConsent);
+    for (const char* name :
+         {"BrowseTextBox", "BrowseButton", "DataComboBox", "RadioButton2", "ImportButton", "ReportButton"})
+      QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
+    scene.Press("CancelButton");
+    QCOMPARE(scene.rig.Shown(), kCancelQuestion);
+    QVERIFY(scene.form->isVisible());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QTest::keyClick(scene.form.get(), Qt::Key_Escape);
+    QCOMPARE(scene.rig.Shown(), kCancelQuestion);
+    QTRY_VERIFY(!scene.form->isVisible());
+    QCOMPARE(scene.rig.Shown(), "");
+    const auto stored = *scene.rig.Store().CountRecipients("Readers");
+    const auto report = QString::fromStdString(test::ReadAll(scene.rig.folders.ImportReport()));
+    QCOMPARE(report.count("Email Added : "), stored - 1);  // what is there is told, and one was there before
+    QVERIFY(stored < 200'001);
+    scene.Open();
+    scene.Press("CancelButton");
+    QVERIFY(!scene.form->isVisible());
+    QCOMPARE(scene.rig.Shown(), "");
+  }
+
+  void anImportThatEndsWhileItIsAskedAboutIsNotGivenUp() {
+    Scene scene;
+    std::string text;
+    for (int n = 0; n < 50'000; ++n) text += "u" + std::to_string(n) + "@x.org\n";
+    scene.OpenWith(text);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("ImportButton");
+    scene.rig.prompts.meanwhile = [&] {
+      QVERIFY(QTest::qWaitFor([&] { return !scene.form->findChild<QTimer*>()->isActive(); }, 20'000));
+    };
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("CancelButton");
+    QCOMPARE(scene.rig.Shown(), kConsent + " | " + kCancelQuestion + " | " + Done(50'000, 0, 0));
+    QVERIFY(scene.form->isVisible());
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ImportFormTest)
+#include "import_form_test.moc"
