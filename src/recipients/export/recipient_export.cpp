@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::int64_t kRowsBetweenLooks = 1000;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 Error Cancelled() {
   return {Failure::kTryAgain, "The export was cancelled before its first line; no file was written.", "Run it again."};
@@ -76,10 +77,15 @@ class Run {
         values[at] = rows->rows().Text(static_cast<int>(request_.format.fields[at]));
       }
       lines_.Append(values, block_);
-      ++written_;
+      if (++written_ == 1) KeepFirstCharacter();
       if (auto told = AfterRow(); !told) return told;
     }
     return {};
+  }
+
+  // A reader takes a byte order mark for none of the text; behind one, a first character that is the same stays.
+  void KeepFirstCharacter() {
+    if (lines_.charset().IsUtf8() && block_.starts_with(kByteOrderMark)) block_.insert(0, kByteOrderMark);
   }
 
   Result<void> AfterRow() {

@@ -12,6 +12,7 @@
 
 #include "recipients/import/recipient_import.h"
 #include "recipients/store_fixture.h"
+#include "recipients/store_rows.h"
 #include "support/random_text.h"
 
 namespace quillcast::recipients {
@@ -23,6 +24,14 @@ class ExportTest : public StoreTest {
  protected:
   void Put(std::int64_t group, std::string_view email, std::string_view first_name = {}, std::string_view city = {}) {
     EXPECT_TRUE(*store().AddRecipientIfNew(group, Named(email, first_name, city)));
+  }
+  void Fill(std::int64_t group, const std::vector<Recipient>& recipients) {
+    auto database = OpenStore(store().file());
+    auto all = platform::Transaction::Begin(*database);
+    const std::string key = std::to_string(group);
+    for (const Recipient& recipient : recipients)
+      ASSERT_TRUE(RunOn(*database, StatementId::kAddRecipient, KeyAndValues(key, recipient)));
+    ASSERT_TRUE(all->Commit());
   }
   ExportOutcome Run(const ExportFormat& format, const char* group = "A") {
     return ExportToFile(store().file(), {group, format}, file_, cancel_);
@@ -277,7 +286,9 @@ TEST_F(ExportTest, WhatWasExportedComesBack) {
   ImportMapping mapping;
   for (std::size_t field = 0; field < kFieldCount; ++field) mapping.source[field] = static_cast<int>(field) + 1;
   for (const bool quoted : {false, true}) {
-    std::vector<std::string> alphabet = {"a", " ", "\"", "'", "=", "\xC3\xA9", "\xF0\x9F\x98\x80", "\t", ";", ":"};
+    std::vector<std::string> alphabet = {
+        "a",  " ", "\"", "'",  "=",    "\xC3\xA9",          "\xF0\x9F\x98\x80", "\xEF\xBB\xBF",
+        "\t", ";", ":",  "\v", "\x1A", std::string(1, '\0')};
     if (quoted) alphabet.insert(alphabet.end(), {",", "\r", "\n", "\r\n", "\"\"", ""});
     std::mt19937 random(1);
     const std::string first = quoted ? "Q1" : "A1";
@@ -286,8 +297,9 @@ TEST_F(ExportTest, WhatWasExportedComesBack) {
     for (std::size_t i = 0; i < all.size(); ++i) {
       for (auto& value : all[i].values) value = test::RandomText(random, alphabet, 8);
       all[i].values[kEmail] += fmt::format(" u{}@x.org", i);
-      EXPECT_TRUE(*store().AddRecipientIfNew(group, all[i]));
     }
+    all[0].values[kEmail].insert(0, "\xEF\xBB\xBF");  // what a file may begin with, and is taken off it
+    Fill(group, all);
     ImportRequest request{
         .file = file_, .group = "", .mode = ImportMode::kDelimited, .reading = {}, .mapping = mapping};
     request.reading.encoding = "UTF-8";
