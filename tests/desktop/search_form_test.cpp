@@ -9,11 +9,13 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTest>
 #include <csignal>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/widgets/row_list.h"
@@ -345,6 +347,29 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.Grid().model()->index(50'000, 2).data().toString(), "50001");
     QTest::keySequence(&scene.Grid(), QKeySequence::Copy);
     QCOMPARE(QGuiApplication::clipboard()->text(), "\t100000\tmany100000@x.org\n");
+  }
+
+  void rowsAreFetchedAsTheyAreShown() {
+    test::FormRig rig;
+    rig.AddGroup("Readers", {"a@x.org", "b@x.org", "c@x.org"});
+    const auto keys = *rig.Store().ListKeys(rig.Store().RequireGroup("Readers")->id, "");
+    RecipientRows rows(rig.folders.Database(), nullptr);
+    QSignalSpy troubles(&rows, &RecipientRows::Trouble);
+    QSignalSpy changes(&rows, &RecipientRows::Changed);
+    rows.Reset({keys[0]});
+    QCOMPARE(rows.At(0).email, "a@x.org");
+    rows.Append(std::span(keys).subspan(1));
+    QCOMPARE(rows.At(2).email, "c@x.org");
+    rows.Remove({0, 2});
+    QCOMPARE(rows.At(0).email, "b@x.org");
+    auto busy = recipients::OpenStore(rig.folders.Database());
+    QVERIFY(busy->Execute("BEGIN EXCLUSIVE"));
+    rows.Reset(keys);
+    for (std::size_t row = 0; row < keys.size(); ++row) QCOMPARE(rows.At(row).email, "");
+    QCOMPARE(troubles.count(), 1);  // and nobody waited for each
+    QVERIFY(busy->Execute("ROLLBACK"));
+    QTRY_COMPARE(changes.count(), 1);
+    QCOMPARE(rows.At(1).email, "b@x.org");
   }
 
   void rowsHaveTheGivenColours() {

@@ -221,7 +221,7 @@ TEST_F(ExportTest, AStoreThatCannotBeReadLeavesTheFileAsItWas) {
 }
 
 TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
-  constexpr int kRows = 5000;
+  constexpr int kRows = 30'000;
   const auto group = NewGroup("A");
   ASSERT_TRUE(OpenStore(store().file())
                   ->Execute(fmt::format("WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] "
@@ -242,6 +242,18 @@ TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
   const std::string text = FileText(file_);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3000);
   EXPECT_TRUE(text.ends_with("\r\na3000@x.org\r\n"));
+
+  platform::CancelToken again;
+  bool has_failed = false;
+  const auto torn = ExportRecipients(
+      store().file(), {"A", {}},
+      [&](std::string_view) -> Result<void> {
+        if (std::exchange(has_failed, true)) return {};
+        again.Request();
+        return Error{Failure::kIo, "The disk is full."};
+      },
+      again);
+  EXPECT_EQ(torn.error->failure, Failure::kIo) << "a cancel does not hide what was lost";
 
   const auto nothing = Run({});  // the request still stands: not one row
   EXPECT_EQ(nothing.error->failure, Failure::kTryAgain);
