@@ -18,7 +18,7 @@ struct StoredPart {
 
 inline std::string LittleEndian(std::uint64_t number, int size) {
   std::string bytes;
-  for (int at = 0; at < size; ++at) bytes += static_cast<char>(number >> (8 * at));
+  for (int at = 0; at < size; ++at, number >>= 8) bytes += static_cast<char>(number);
   return bytes;
 }
 
