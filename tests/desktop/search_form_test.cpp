@@ -330,7 +330,7 @@ class SearchFormTest : public QObject {
     QVERIFY2(scene.Status().contains("Readers"), qPrintable(scene.Status()));
   }
 
-  void showsAMillionByTheirKeys() {
+  void showsManyByTheirKeys() {
     Scene scene;
     scene.Open();
     scene.Run(

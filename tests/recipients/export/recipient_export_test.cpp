@@ -220,6 +220,30 @@ TEST_F(ExportTest, AStoreThatCannotBeReadLeavesTheFileAsItWas) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 3) << "something was left beside it";
 }
 
+// Each page of the store is damaged in turn: all of the list or the old file, and never a part.
+TEST_F(ExportTest, ADamagedStoreWritesNoPartOfAList) {
+  constexpr std::size_t kPage = 4096;
+  const auto group = NewGroup("A");
+  std::vector<Recipient> all;
+  for (int i = 0; i < 800; ++i) all.push_back(Named(fmt::format("user{}@x.org", i), std::string(40, 'x')));
+  Fill(group, all);
+  const ExportFormat format{.fields = {kEmail, kFirstName}};
+  const std::string whole = Written(format);
+  const std::string good = FileText(store().file());
+  ASSERT_GT(good.size() / kPage, 15U);
+  int failures = 0;
+  for (std::size_t at = 0; at < good.size(); at += kPage) {
+    std::string damaged = good;
+    damaged.replace(at, kPage, std::string(kPage, '\xF5'));
+    NewFile("Group.mdb", damaged);
+    NewFile("list.txt", "old");
+    const auto outcome = Run(format);
+    ASSERT_EQ(FileText(file_), outcome.error ? "old" : whole) << at;
+    failures += outcome.error ? 1 : 0;
+  }
+  EXPECT_GT(failures, 10) << "the pages of the rows and of the schema";
+}
+
 TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
   constexpr int kRows = 30'000;
   const auto group = NewGroup("A");
