@@ -57,7 +57,9 @@ FieldList::FieldList(QWidget* parent)
 // A style draws the outline of a box after the ground of windows, which on the ground of a dark list cannot be seen.
 void FieldList::TakeColours() {
   QPalette colours = palette();
-  colours.setColor(QPalette::Window, colours.color(QPalette::Text));
+  for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+    colours.setColor(group, QPalette::Window, colours.color(group, QPalette::Text));
+  }
   list_->setPalette(colours);
 }
 

@@ -75,6 +75,7 @@ void RecipientExportForm::MakeWindow() {
   export_->setDefault(true);
   auto* column = new FormColumn(this);
   FormGrid* what = column->AddGrid();
+  group_->setPlaceholderText(tr("Choose a group"));
   what->Add("GroupComboBox", tr("&Group:"), group_);
   what->Add("BrowseTextBox", tr("&To file:"), file_, {browse_});
   what->AddWide("RadioButton1", addresses_);
