@@ -1,7 +1,9 @@
 #include "recipients/grid_rows.h"
 
 #include <algorithm>
+#include <array>
 
+#include "recipients/sort_order.h"
 #include "recipients/text_order.h"
 
 namespace quillcast::recipients {
@@ -41,6 +43,13 @@ Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store
   if (!below) return below;
   if (*below) return std::optional(from + **below);
   return FirstBeginningWith(store, keys.first(from), typed);
+}
+
+std::string ViewSort(const RecipientGroup& group, int column, bool descending) {
+  constexpr std::array kColumns = {kFirstName, kLastName, kEmail};
+  if (column < 1 || column > static_cast<int>(kColumns.size())) return group.sort_sql;
+  const SortKey key{kFields[kColumns.at(static_cast<std::size_t>(column) - 1)].column, descending};
+  return SortTextOf(std::span(&key, 1));
 }
 
 std::string AsText(std::span<const GridRow> rows) {

@@ -18,6 +18,10 @@ namespace quillcast::recipients {
 Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store, std::span<const std::int64_t> keys,
                                                      std::size_t from, std::string_view typed);
 
+// The columns of a grid: the running number, then first name, last name and address. The sort text of a view of the
+// group by one of them, which nobody stores; by the first it is the group's own.
+std::string ViewSort(const RecipientGroup& group, int column, bool descending);
+
 // A line for each row, its first name, last name and address parted by tabs; tabs and line ends within are blanks.
 std::string AsText(std::span<const GridRow> rows);
 

@@ -10,6 +10,7 @@ namespace quillcast::recipients {
 inline constexpr StatementRow kOwnStatements[] = {
     {StatementId::kGroupsAndKeys, "SELECT * FROM [Groups]", true},
     {StatementId::kGroupOfKey, "SELECT * FROM [Groups] WHERE ([ID] = <key>)", false},
+    {StatementId::kCountRows, "SELECT count(*) FROM [Emails] WHERE ([G-ID] = '<key>')", false},
     {StatementId::kListKeys, "SELECT [ID] FROM [Emails] WHERE ([G-ID] = '<key>')<sort>", true},
     {StatementId::kListSortTexts, "SELECT [ID], [<column>] FROM [Emails] WHERE ([G-ID] = '<key>')", true},
     {StatementId::kNamesOfKeys,

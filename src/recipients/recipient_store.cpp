@@ -169,7 +169,7 @@ Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::in
 }
 
 Result<std::vector<std::int64_t>> RecipientStore::ListKeys(std::int64_t group_id, std::string_view sort_sql,
-                                                           const std::function<void(std::int64_t)>& on_read) const {
+                                                           const OnProgress& on_read) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   return ReadKeys(*database, group_id, sort_sql, on_read);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/result.h"
+#include "recipients/progress.h"
 #include "recipients/recipient.h"
 #include "recipients/row_source.h"
 #include "recipients/statements.h"
@@ -78,10 +79,9 @@ class RecipientStore {
   // The same with address, first and last name alone; the other fields stay empty.
   Result<RecipientCursor> ListNames(std::int64_t group_id, std::string_view sort_sql) const;
 
-  // The keys of the group's recipients in the order of the list: what a grid keeps, eight bytes a row. `on_read` hears
-  // now and then how many there are so far.
+  // The keys of the group's recipients in the order of the list: what a grid keeps, eight bytes a row.
   Result<std::vector<std::int64_t>> ListKeys(std::int64_t group_id, std::string_view sort_sql,
-                                             const std::function<void(std::int64_t)>& on_read = {}) const;
+                                             const OnProgress& on_read = {}) const;
   // What a grid shows of them, in the order of `keys`; what is no longer there has the key 0 and no texts.
   Result<std::vector<GridRow>> RowsOfKeys(std::span<const std::int64_t> keys) const;
   // The same with all their fields.

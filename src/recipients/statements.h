@@ -40,6 +40,7 @@ enum class StatementId : std::uint8_t {
   // Our own.
   kGroupsAndKeys,     // no values
   kGroupOfKey,        // group key
+  kCountRows,         // group key
   kListKeys,          // group key; sort text
   kListSortTexts,     // group key; columns
   kNamesOfKeys,       // recipient keys

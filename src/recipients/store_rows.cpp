@@ -22,24 +22,41 @@ Error NoSuchGroup(std::string_view name) {
           "`quillcast group list` shows the groups; `quillcast group new` makes one."};
 }
 
-void Report(const std::function<void(std::int64_t)>& on_read, std::size_t rows) {
-  constexpr std::size_t kBetweenReports = 1 << 16;
-  if (on_read && rows % kBetweenReports == 0) on_read(static_cast<std::int64_t>(rows));
-}
+// Tells how many of a group's rows are read; their number is looked up only for somebody who listens.
+class ReadingProgress {
+ public:
+  explicit ReadingProgress(const OnProgress& on_read) : on_read_(on_read) {}
+  Result<void> Expect(Database& database, std::string_view group_key) {
+    if (!on_read_) return {};
+    auto count = Bound(database, StatementId::kCountRows, List<1>{group_key});
+    if (!count) return count.error();
+    const auto row = count->rows().Step();
+    if (!row) return row.error();
+    total_ = count->rows().Int(0);
+    return {};
+  }
+  void Advance() {
+    constexpr std::int64_t kBetweenReports = 1 << 15;
+    if (on_read_ && ++done_ % kBetweenReports == 0) on_read_(done_, total_);
+  }
+
+ private:
+  const OnProgress& on_read_;
+  std::int64_t done_ = 0;
+  std::int64_t total_ = 0;
+};
 
 Result<std::vector<std::int64_t>> ReadSortedKeys(Database& database, std::string_view group_key,
-                                                 std::span<const SortKey> by,
-                                                 const std::function<void(std::int64_t)>& on_read) {
+                                                 std::span<const SortKey> by, ReadingProgress& progress) {
   std::vector<std::string_view> columns;
   for (const SortKey& key : by) columns.push_back(key.column);
   auto found =
       Bound(database, StatementId::kListSortTexts, List<1>{group_key}, fmt::format("{}", fmt::join(columns, "], [")));
   if (!found) return found.error();
   KeySorter sorter(by);
-  std::size_t rows = 0;
   const auto read = ForEachRow(found->rows(), [&] {
     sorter.Add(found->rows());
-    Report(on_read, ++rows);
+    progress.Advance();
     return true;
   });
   if (!read) return read.error();
@@ -114,17 +131,19 @@ Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name)
 }
 
 Result<std::vector<std::int64_t>> ReadKeys(Database& database, std::int64_t group_id, std::string_view sort_sql,
-                                           const std::function<void(std::int64_t)>& on_read) {
+                                           const OnProgress& on_read) {
   const auto by = SortKeysOf(sort_sql);
   if (!by) return by.error();
   const std::string key = std::to_string(group_id);
-  if (!by->empty() && KeySorter::CanSortBy(*by)) return ReadSortedKeys(database, key, *by, on_read);
+  ReadingProgress progress(on_read);
+  if (const auto expected = progress.Expect(database, key); !expected) return expected.error();
+  if (!by->empty() && KeySorter::CanSortBy(*by)) return ReadSortedKeys(database, key, *by, progress);
   auto found = Bound(database, StatementId::kListKeys, List<1>{key}, sort_sql);
   if (!found) return found.error();
   std::vector<std::int64_t> keys;
   const auto read = ForEachRow(found->rows(), [&] {
     keys.push_back(found->rows().Int(0));
-    Report(on_read, keys.size());
+    progress.Advance();
     return true;
   });
   if (!read) return read.error();

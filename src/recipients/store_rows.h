@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recipients/progress.h"
 #include "recipients/recipient.h"
 #include "recipients/statements.h"
 
@@ -37,10 +38,9 @@ StoredRecipient ReadRecipient(const platform::Statement& row);
 Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name);
 // The same, said as an error for people when there is none.
 Result<RecipientGroup> RequireGroupOn(platform::Database& database, std::string_view name);
-// The keys of a group's recipients in the order of its list. `on_read` hears now and then how many there are so far.
+// The keys of a group's recipients in the order of its list.
 Result<std::vector<std::int64_t>> ReadKeys(platform::Database& database, std::int64_t group_id,
-                                           std::string_view sort_sql,
-                                           const std::function<void(std::int64_t)>& on_read = {});
+                                           std::string_view sort_sql, const OnProgress& on_read = {});
 // Whether the group is still there; another program may have deleted it since its key was read.
 Result<bool> IsGroupKey(platform::Database& database, std::int64_t group_id);
 

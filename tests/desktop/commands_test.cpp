@@ -117,7 +117,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kSend, {38}, "SendMailForm1"},
     {kHistory, {41}, "HistoryManagerForm"},
     {kAccount, {39}, "EmailManagerForm"},
-    {kGroups, {40}, "GroupsMenu"},
+    {kGroups, {40}, "GroupManagerForm"},
     {kSignature, {42}, kNotBuilt},
     {kImport, {43}, "RecipientImportForm"},
     {kExport, {44}, "RecipientExportForm"},

@@ -721,11 +721,14 @@ class MainFormTest : public QObject {
     QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
     QVERIFY(!scene.Editor().IsModified());
     // So is the group that was made for it.
-    test::WhileOpen("", [](QDialog& form) {
-      QTest::keyClicks(form.findChild<QLineEdit*>(), "Gardeners");
-      QTest::keyClick(&form, Qt::Key_Return);
+    test::WhileOpen("GroupManagerForm", [](QDialog& manager) {
+      test::WhileOpen("GroupNewForm", [](QDialog& form) {
+        QTest::keyClicks(form.findChild<QLineEdit*>(), "Gardeners");
+        QTest::keyClick(&form, Qt::Key_Return);
+      });
+      QTest::mouseClick(manager.findChild<QPushButton*>("NewGroupButton"), Qt::LeftButton);
     });
-    scene.window->findChild<QAction*>("NewGroupAction")->trigger();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("GroupButton"), Qt::LeftButton);
     QCOMPARE(scene.Box("ToComboBox"), QString("Gardeners"));
     QTRY_VERIFY(platform::ReadFile(scene.rig.folders.data / "Autosave.fields", 10000)->find("Group: Gardeners") !=
                 std::string::npos);
@@ -827,12 +830,16 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Notice().contains("Practice"));
     QCOMPARE(scene.Box("FromComboBox"), QString("Practice <practice@quillcast.example>"));
     scene.rig.AddGroup("Friends", {"bob@example.net", "eve@example.net"});
-    auto* groups = scene.window->findChild<QMenu*>("GroupsMenu");
-    QVERIFY(groups != nullptr);
     scene.rig.prompts.files = {scene.rig.folder.Write("more.txt", "Call Mallory, mallory@example.net, tomorrow.")};
     scene.rig.prompts.answers = {platform::Answer::kYes};
     scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
     scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    test::WhileOpen("RecipientImportForm", [&](QDialog& form) {
+      for (const char* button : {"RadioButton1", "BrowseButton", "ImportButton"})
+        QTest::mouseClick(form.findChild<QAbstractButton*>(button), Qt::LeftButton, {}, {5, 5});
+      QTRY_COMPARE(*scene.rig.Store().CountRecipients("Friends"), std::int64_t{3});
+      QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+    });
     scene.window->Dispatch(CommandId::kImport);
     QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("3 recipients"));
     QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "For $*MergeEmail*$");

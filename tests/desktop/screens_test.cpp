@@ -31,8 +31,11 @@
 #include "desktop/document/link_form.h"
 #include "desktop/document/table_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/recipients/capitalize_form.h"
+#include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
+#include "desktop/recipients/merge_form.h"
 #include "desktop/recipients/recipient_add_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_import_form.h"
@@ -40,6 +43,7 @@
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/recipient_move_form.h"
 #include "desktop/recipients/recipient_search_form.h"
+#include "desktop/recipients/sort_form.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -81,6 +85,8 @@ constexpr QChar kMark = u'\u00a7';
 const QStringList kNotOurs = {"Personal",
                               "bob@example.net",
                               "Spring papers for ",
+                              "Customers",
+                              "Guests",
                               "SMTP",
                               "POP3",
                               "IMAP4",
@@ -363,6 +369,22 @@ class ScreensTest : public QObject {
     }
     HistoryManagerForm history(rig.program, nullptr);
     Take(history, "history");
+    {
+      test::FormRig fresh;
+      GroupManagerForm no_groups(fresh.program, nullptr);
+      Take(no_groups, "groups-empty");
+    }
+    GroupManagerForm groups(rig.program, nullptr);
+    groups.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Customers");
+    QTRY_COMPARE(groups.findChild<QLabel*>("Total")->text(), QString("4"));
+    Take(groups, "groups");
+    CapitalizeForm capitals(rig.program, "Customers", nullptr);
+    QTRY_VERIFY(!capitals.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
+    Take(capitals, "capitalize");
+    SortForm sort("[G-LastName], [G-City] DESC", nullptr);
+    Take(sort, "sort");
+    MergeForm merge(rig.program, {"Customers", "Guests"}, "Customers", nullptr);
+    Take(merge, "merge");
     GroupNewForm new_group(rig.program, nullptr);
     Take(new_group, "group-new");
     GroupRenameForm other_name(rig.program, "Customers", nullptr);

@@ -59,8 +59,8 @@ constexpr int kLongest = std::numeric_limits<int>::max();
 }  // namespace
 
 RecipientEntryForm::RecipientEntryForm(const char* name, const QString& title, const profile::Program& program,
-                                       const QString& group, Write write, QWidget* parent)
-    : QDialog(parent), program_(program), group_(group), write_(std::move(write)) {
+                                       QString group, Write write, QWidget* parent)
+    : QDialog(parent), program_(program), group_(std::move(group)), write_(std::move(write)) {
   setObjectName(name);
   setWindowTitle(title);
   auto* column = new FormColumn(this);

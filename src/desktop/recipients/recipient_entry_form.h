@@ -22,7 +22,7 @@ class RecipientEntryForm : public QDialog {
   using Write = std::function<Result<recipients::Entered>(recipients::RecipientStore& store, std::int64_t group_id,
                                                           const recipients::Recipient& entry)>;
 
-  RecipientEntryForm(const char* name, const QString& title, const profile::Program& program, const QString& group,
+  RecipientEntryForm(const char* name, const QString& title, const profile::Program& program, QString group,
                      Write write, QWidget* parent);
 
   // The row that OK wrote, for the grid; nothing while none was written.

@@ -1,11 +1,9 @@
 #include "desktop/recipients/recipient_grid.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QShortcut>
 #include <QTimer>
 #include <algorithm>
 
+#include "desktop/recipients/grid_actions.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "platform/text.h"
@@ -28,12 +26,6 @@ QString TextOf(RecipientRows& rows, std::size_t row, int column) {
                             : column == kLastNameColumn ? texts.last_name
                                                         : texts.email;
   return ToQt(platform::Printable(text));
-}
-
-void CopyChosen(RecipientRows& rows, const RowList& list) {
-  std::vector<recipients::GridRow> chosen;
-  for (const std::size_t row : list.Chosen()) chosen.push_back(rows.At(row));
-  if (!chosen.empty()) QGuiApplication::clipboard()->setText(ToQt(recipients::AsText(chosen)));
 }
 
 }  // namespace
@@ -105,8 +97,7 @@ RowList* MakeRecipientGrid(RecipientRows* rows, QWidget* parent) {
       [rows](std::size_t row, int column) { return TextOf(*rows, row, column); }, parent, RowColourSet::kGiven);
   list->setSelectionMode(QAbstractItemView::ExtendedSelection);
   QObject::connect(rows, &RecipientRows::Changed, list, [list] { list->viewport()->update(); });
-  auto* copy = new QShortcut(QKeySequence::Copy, list, nullptr, nullptr, Qt::WidgetShortcut);
-  QObject::connect(copy, &QShortcut::activated, list, [rows, list] { CopyChosen(*rows, *list); });
+  new GridActions(rows, list);
   return list;
 }
 

@@ -29,6 +29,7 @@ class RecipientRows final : public QObject {
   // What a dialog wrote stands there without being read again.
   void Put(std::size_t row, const recipients::GridRow& texts);
 
+  const std::filesystem::path& file() const { return store_.file(); }
   std::size_t size() const { return keys_.size(); }
   const std::vector<std::int64_t>& keys() const { return keys_; }
   // One that is gone, or cannot be read now, has no texts.
@@ -49,7 +50,8 @@ class RecipientRows final : public QObject {
 };
 
 // The list for them: running number, first name, last name, address; in the given colours. Several rows can be chosen,
-// and copied as text. After each call above that changes rows, the list is told by its own Reset or Grow.
+// and copied as text; for what the keyboard can do there see GridActions, which is the list's child. After each call
+// above that changes rows, the list is told by its own Reset or Grow.
 RowList* MakeRecipientGrid(RecipientRows* rows, QWidget* parent);
 
 }  // namespace quillcast::desktop

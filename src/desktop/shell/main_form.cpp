@@ -12,7 +12,6 @@
 #include "desktop/document/editor_document.h"
 #include "desktop/document/find_bar.h"
 #include "desktop/document/html_editor.h"
-#include "desktop/recipients/groups_menu.h"
 #include "desktop/run/pictures_panel.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/commands.h"
@@ -51,12 +50,11 @@ MainForm::MainForm(const profile::Program& program)
       find_bar_(new FindBar(editor_, this)),
       document_(std::make_unique<EditorDocument>(*editor_, program.folders,
                                                  [this](document::Draft& draft) { header_->Collect(draft); })),
-      groups_(new GroupsMenu(program, this)),
       practice_(new PracticeMailbox(program, this)),
       notices_(new Notices(program, document_->drafts(), *practice_, this)),
       status_(new StatusPanel(this)),
-      shell_(new Shell{program, *this, *bar_, *notices_, *header_, *body_, *editor_, *document_, *groups_, *practice_,
-                       *status_, skip_save_prompt}),
+      shell_(new Shell{program, *this, *bar_, *notices_, *header_, *body_, *editor_, *document_, *practice_, *status_,
+                       skip_save_prompt}),
       requests_(new OpenRequests(
           *shell_, [this] { return IsFree(); }, this)),
       fields_pause_(new QTimer(this)) {
@@ -115,20 +113,15 @@ void MainForm::ConnectBody() {
           [this](const QString& html) { IgnoreErrors(document_->KeepAside(FromQt(html))); });
 }
 
-// A button of the header is the row of the table that has its name; the one with a menu opens it by itself.
+// A button of the header is the row of the table that has its name.
 void MainForm::ConnectHeader() {
   for (const Command& command : Commands()) {
     auto* button = command.name.empty() ? nullptr : header_->findChild<QPushButton*>(ToQt(command.name));
-    if (button == nullptr || command.id == CommandId::kGroups) continue;
+    if (button == nullptr) continue;
     connect(button, &QPushButton::clicked, this, [this, id = command.id] { Dispatch(id); });
   }
-  header_->findChild<QPushButton*>("GroupButton")->setMenu(groups_);
   connect(header_, &MessageHeader::Trouble, this, &MainForm::Say);
   connect(header_, &MessageHeader::Said, this, &MainForm::Say);
-  connect(groups_, &GroupsMenu::Changed, header_, &MessageHeader::LoadGroups);
-  connect(groups_, &GroupsMenu::Changed, this, [this] { stops_import_ = false; });
-  connect(groups_, &GroupsMenu::Said, this, &MainForm::Say);
-  connect(groups_, &GroupsMenu::ImportRequested, this, [this] { Dispatch(CommandId::kImport); });
   fields_pause_->setSingleShot(true);
   fields_pause_->setInterval(kDraftPause);
   connect(header_, &MessageHeader::Changed, fields_pause_, qOverload<>(&QTimer::start));
@@ -259,18 +252,11 @@ bool MainForm::KeepDraft() {
   return false;
 }
 
-// The first time it says what would be stopped.
-bool MainForm::MayStopImport() {
-  if (!groups_->is_importing() || skip_save_prompt || std::exchange(stops_import_, true)) return true;
-  Say(tr("Addresses are still being added to a group. Close again to stop that; those that are in it stay."));
-  return false;
-}
-
 // Keeping the draft lets events come in: what another start brings must not take the place of what is kept.
 bool MainForm::MayClose() {
   closes_ = true;
   emit Closes(true);
-  if (MayStopImport() && shell_->MayLeaveDocument() && KeepDraft()) return true;
+  if (shell_->MayLeaveDocument() && KeepDraft()) return true;
   closes_ = false;
   emit Closes(false);
   requests_->Resume();

@@ -21,7 +21,6 @@ class BodyView;
 class CommandBar;
 class EditorDocument;
 class FindBar;
-class GroupsMenu;
 class HtmlEditor;
 class MessageHeader;
 class Notices;
@@ -80,7 +79,6 @@ class MainForm final : public QMainWindow {
   void RestorePlace();
   void KeepPlace();
   bool KeepDraft();
-  bool MayStopImport();
   bool MayClose();
   bool IsFree() const;
   void AtWork(const std::function<void()>& work);
@@ -92,16 +90,14 @@ class MainForm final : public QMainWindow {
   BodyView* body_;
   FindBar* find_bar_;
   std::unique_ptr<EditorDocument> document_;
-  GroupsMenu* groups_;
   PracticeMailbox* practice_;
   Notices* notices_;
   StatusPanel* status_;
   std::unique_ptr<Shell> shell_;
   OpenRequests* requests_;
-  int at_work_ = 1;       // on commands, and at first on the first document
-  bool closes_ = false;   // or is asking whether it may; stays so until it is shown again
-  QTimer* fields_pause_;  // after the last change of what stands above the body
-  bool stops_import_ = false;
+  int at_work_ = 1;                          // on commands, and at first on the first document
+  bool closes_ = false;                      // or is asking whether it may; stays so until it is shown again
+  QTimer* fields_pause_;                     // after the last change of what stands above the body
   std::optional<std::uint64_t> lost_after_;  // so many times kept, the person was told that it cannot be kept now
 };
 

@@ -112,7 +112,7 @@ void MessageHeader::LayOut() {
   rows->Add("FromComboBox", tr("From:"), from_);
   rows->AddButton(from_, MakeButton("EmailButton", tr("A&ccount…"), "account", this));
   rows->Add("ToComboBox", tr("&To:"), group_);
-  rows->AddButton(group_, MakeButton("GroupButton", tr("&Groups"), "groups", this));
+  rows->AddButton(group_, MakeButton("GroupButton", tr("&Groups…"), "groups", this));
   rows->Add("SubjectTextBox", tr("S&ubject:"), subject_);
   rows->Add("AttachmentComboBox", tr("&Attachments:"), attachments_);
   rows->AddButton(attachments_, MakeButton("FileAttachmentButton", tr("A&dd…"), "attach", this));

@@ -16,7 +16,6 @@ namespace quillcast::desktop {
 class BodyView;
 class CommandBar;
 class EditorDocument;
-class GroupsMenu;
 class HtmlEditor;
 class MessageHeader;
 class Notices;
@@ -34,7 +33,6 @@ struct Shell {
   BodyView& body;
   HtmlEditor& editor;
   EditorDocument& document;
-  GroupsMenu& groups;
   PracticeMailbox& practice;
   StatusPanel& status;
   bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked

@@ -1,9 +1,8 @@
 // The commands of the Tools menu.
-#include <QPushButton>
-
 #include "account/account_settings.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
+#include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/shell/command_bar.h"
@@ -29,7 +28,15 @@ void EditAccount(Shell& shell) {
   shell.notices.Refresh();
 }
 
-void ShowGroups(Shell& shell) { shell.header.findChild<QPushButton*>("GroupButton")->showMenu(); }
+void ShowGroups(Shell& shell) {
+  GroupManagerForm form(shell.program, &shell.window);
+  QObject::connect(&form, &GroupManagerForm::GroupsChanged, &shell.window,
+                   [&shell](const QString& before, const QString& now) {
+                     shell.header.LoadGroups(shell.header.Group() == before ? now : QString());
+                   });
+  form.exec();
+  shell.header.LoadGroups();
+}
 
 void ImportRecipients(Shell& shell) {
   if (!shell.header.HasGroups()) {

@@ -157,10 +157,17 @@ void RowList::ShowEmpty() { empty_->setVisible(size() == 0); }
 
 std::vector<std::size_t> RowList::Chosen() const {
   std::vector<std::size_t> rows;
-  for (const QModelIndex& index : selectionModel()->selectedRows())
-    rows.push_back(static_cast<std::size_t>(index.row()));
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {  // a million rows are one range
+    for (int row = range.top(); row <= range.bottom(); ++row) rows.push_back(static_cast<std::size_t>(row));
+  }
   std::sort(rows.begin(), rows.end());
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
   return rows;
+}
+
+void RowList::keyboardSearch(const QString& text) {
+  if (typed_) return typed_(text);
+  QTableView::keyboardSearch(text);
 }
 
 void RowList::Choose(std::size_t row) { setCurrentIndex(rows_->index(static_cast<int>(row), 0)); }

@@ -73,6 +73,9 @@ class RowList final : public QTableView {
   // From above to below.
   std::vector<std::size_t> Chosen() const;
   void Choose(std::size_t row);
+  // What a person types is handed on, instead of looking through every row for it.
+  void OnTyping(std::function<void(const QString& text)> typed) { typed_ = std::move(typed); }
+  void keyboardSearch(const QString& text) override;
   // In a list that scrolls sideways it is not scrolled back to where its rows begin.
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
@@ -99,6 +102,7 @@ class RowList final : public QTableView {
   int widest_ = 0;  // pixels: the longest text of the last column so far
   RowModel* rows_;
   EmptyState* empty_;
+  std::function<void(const QString&)> typed_;
 };
 
 }  // namespace quillcast::desktop

@@ -11,14 +11,12 @@
 #include <vector>
 
 #include "platform/sqlite.h"
+#include "recipients/progress.h"
 #include "recipients/recipient.h"
 #include "recipients/recipient_store.h"
 #include "recipients/statements.h"
 
 namespace quillcast::recipients {
-
-// Hears now and then how many of the rows are done, on the thread that works.
-using OnProgress = std::function<void(std::int64_t done, std::int64_t total)>;
 
 enum class EditKind : std::uint8_t { kCapitalise, kSort, kMove, kCopy, kMerge, kDelete, kDuplicates, kDeleteGroup };
 

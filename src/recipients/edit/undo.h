@@ -11,6 +11,9 @@ namespace quillcast::recipients {
 // What can be taken back now; nothing when there is nothing.
 Result<std::optional<EditStep>> FindUndo(const RecipientStore& store);
 
+// "Do you want to take back the move from 'A' to 'B'? Recipients: 3"
+Sentence UndoQuestion(const EditStep& step);
+
 struct UndoOutcome {
   EditStep step;
   std::int64_t restored = 0;  // rows that are as they were before

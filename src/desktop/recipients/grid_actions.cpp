@@ -1,0 +1,104 @@
+#include "desktop/recipients/grid_actions.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <algorithm>
+#include <array>
+
+#include "desktop/recipients/recipient_grid.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "recipients/grid_rows.h"
+
+namespace quillcast::desktop {
+namespace {
+
+using recipients::RecipientStore;
+
+constexpr std::size_t kCopiedAtOnce = 10'000;
+
+Result<QString> TextOfRows(const RecipientStore& store, std::span<const std::int64_t> keys) {
+  QString text;
+  for (std::size_t at = 0; at < keys.size(); at += kCopiedAtOnce) {
+    const auto rows = store.RowsOfKeys(keys.subspan(at, std::min(kCopiedAtOnce, keys.size() - at)));
+    if (!rows) return rows.error();
+    text += ToQt(recipients::AsText(*rows));
+  }
+  return text;
+}
+
+}  // namespace
+
+GridActions::GridActions(RecipientRows* rows, RowList* list)
+    : QObject(list), rows_(rows), list_(list), type_ahead_(new BackgroundTask(this)), copy_(new BackgroundTask(this)) {
+  list_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  list_->OnTyping([this](const QString& text) { TypeAhead(text); });
+  Add("CopyAction", tr("&Copy as Text"), QKeySequence::Copy, [this] { Copy(); });
+  Add("SelectAllAction", tr("Select &All"), QKeySequence::SelectAll, [this] { list_->selectAll(); });
+}
+
+GridActions::~GridActions() = default;
+
+void GridActions::Add(const char* name, const QString& text, const QKeySequence& keys,
+                      const std::function<void()>& act) {
+  auto* action = new QAction(text, this);
+  action->setObjectName(name);
+  action->setShortcutContext(Qt::WidgetShortcut);
+  action->setShortcut(keys);
+  connect(action, &QAction::triggered, this, act);
+  list_->addAction(action);
+}
+
+void GridActions::AddOrders() {
+  constexpr std::array kNames = {"OrderOfGroupAction", "OrderByFirstNameAction", "OrderByLastNameAction",
+                                 "OrderByAddressAction"};
+  const std::array texts = {tr("Show in the Group's &Order"), tr("Show by &First Name"), tr("Show by &Last Name"),
+                            tr("Show by &Email Address")};
+  for (std::size_t column = 0; column < kNames.size(); ++column) {
+    Add(kNames.at(column), texts.at(column), {}, [this, column] { emit HeadingPressed(static_cast<int>(column)); });
+  }
+  list_->horizontalHeader()->setSectionsClickable(true);
+  connect(list_->horizontalHeader(), &QHeaderView::sectionClicked, this, &GridActions::HeadingPressed);
+}
+
+void GridActions::ShowOrder(int column, bool descending) {
+  list_->horizontalHeader()->setSortIndicatorShown(column > 0);
+  list_->horizontalHeader()->setSortIndicator(column, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+// As lists do it: what is typed without a pause is one beginning; the same letter again goes on to the next such row.
+void GridActions::TypeAhead(const QString& text) {
+  const bool goes_on = since_typed_.isValid() && since_typed_.elapsed() < QApplication::keyboardInputInterval();
+  since_typed_.start();
+  const bool is_repeated = goes_on && typed_ == text;
+  if (!is_repeated) typed_ = goes_on ? typed_ + text : text;
+  const auto from = static_cast<std::size_t>(std::max(list_->currentIndex().row(), 0));
+  const std::size_t begin = from + (goes_on && !is_repeated ? 0 : 1);
+  type_ahead_->Start([this, file = rows_->file(), keys = rows_->keys(), begin,
+                      typed = FromQt(typed_)](const platform::CancelToken& cancel) {
+    const auto found = NextBeginningWith(RecipientStore(file, {.cancel = &cancel}), keys, begin, typed);
+    const std::int64_t key = found && *found ? keys[**found] : 0;
+    return [this, found, key] {
+      if (!found) return emit Said(InWords(found.error()));
+      if (*found && **found < rows_->size() && rows_->keys()[**found] == key) list_->Choose(**found);
+    };
+  });
+}
+
+void GridActions::Copy() {
+  std::vector<std::int64_t> keys;
+  for (const std::size_t row : list_->Chosen()) keys.push_back(rows_->keys()[row]);
+  if (keys.empty()) return;
+  copy_->Start([this, file = rows_->file(), keys = std::move(keys)](const platform::CancelToken& cancel) {
+    const auto text = TextOfRows(RecipientStore(file, {.cancel = &cancel}), keys);
+    return [this, text, count = static_cast<std::int64_t>(keys.size())] {
+      if (!text) return emit Said(InWords(text.error()));
+      QGuiApplication::clipboard()->setText(*text);
+      emit Said(Counted(count, tr("1 recipient was copied as text."), tr("%1 recipients were copied as text.")));
+    };
+  });
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,268 @@
+// What the buttons of the group manager do.
+#include <QComboBox>
+#include <QLabel>
+
+#include "desktop/recipients/capitalize_form.h"
+#include "desktop/recipients/group_manager_form.h"
+#include "desktop/recipients/group_new_form.h"
+#include "desktop/recipients/group_rename_form.h"
+#include "desktop/recipients/merge_form.h"
+#include "desktop/recipients/recipient_add_form.h"
+#include "desktop/recipients/recipient_export_form.h"
+#include "desktop/recipients/recipient_grid.h"
+#include "desktop/recipients/recipient_import_form.h"
+#include "desktop/recipients/recipient_modify_form1.h"
+#include "desktop/recipients/recipient_move_form.h"
+#include "desktop/recipients/recipient_print_form.h"
+#include "desktop/recipients/recipient_search_form.h"
+#include "desktop/recipients/sort_form.h"
+#include "desktop/recipients/work_panel.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+#include "recipients/edit/capitalise_group.h"
+#include "recipients/edit/move_recipients.h"
+#include "recipients/edit/undo.h"
+#include "recipients/group_checks.h"
+
+namespace quillcast::desktop {
+
+std::span<const GroupManagerForm::Command> GroupManagerForm::Commands() {
+  using Form = GroupManagerForm;
+  static constexpr Command kCommands[] = {
+      {"NewGroupButton", QT_TR_NOOP("&New Group…"), Needs::kNothing, &Form::NewGroup},
+      {"RenameGroupButton", QT_TR_NOOP("&Rename…"), Needs::kGroup, &Form::RenameGroup},
+      {"DeleteGroupButton", QT_TR_NOOP("Delete Gr&oup"), Needs::kGroup, &Form::DeleteGroup},
+      {"AddButton", QT_TR_NOOP("&Add…"), Needs::kGroup, &Form::Add},
+      {"ModifyButton", QT_TR_NOOP("Modif&y…"), Needs::kRecipients, &Form::Modify},
+      {"DeleteButton", QT_TR_NOOP("&Delete"), Needs::kRecipients, &Form::Delete},
+      {"MoveButton", QT_TR_NOOP("Mo&ve or Copy…"), Needs::kRecipients, &Form::Move},
+      {"SearchButton", QT_TR_NOOP("&Search…"), Needs::kRecipients, &Form::Search},
+      {"UndoButton", QT_TR_NOOP("&Undo"), Needs::kNothing, &Form::Undo},
+      {"ImportButton", QT_TR_NOOP("&Import…"), Needs::kNothing, &Form::Import},
+      {"ExportButton", QT_TR_NOOP("&Export…"), Needs::kNothing, &Form::Export},
+      {"CapitalizeButton", QT_TR_NOOP("&Capitalize…"), Needs::kRecipients, &Form::Capitalize},
+      {"SortButton", QT_TR_NOOP("Sort &by…"), Needs::kGroup, &Form::Sort},
+      {"MergeButton", QT_TR_NOOP("&Merge…"), Needs::kGroup, &Form::Merge},
+      {"PrintButton", QT_TR_NOOP("&Print…"), Needs::kRecipients, &Form::Print},
+      {"CloseButton", QT_TR_NOOP("Close"), Needs::kNothing, &Form::reject},
+  };
+  return kCommands;
+}
+
+void GroupManagerForm::Run(const Command& command) {
+  if (PassesChecks(command.needs)) (this->*command.run)();
+}
+
+bool GroupManagerForm::PassesChecks(Needs needs) {
+  std::optional<recipients::GroupComplaint> complaint;
+  if (needs != Needs::kNothing) complaint = recipients::CheckGroupChosen(FromQt(Group()));
+  if (!complaint && needs == Needs::kRecipients)
+    complaint = recipients::CheckGroupNotEmpty(static_cast<std::int64_t>(rows_->size()));
+  if (!complaint) return true;
+  program_.prompts.Warn(complaint->message);
+  return false;
+}
+
+// Where no group was chosen the new one is, so that recipients can be added to it.
+void GroupManagerForm::NewGroup() {
+  GroupNewForm form(program_, this);
+  if (form.exec() != QDialog::Accepted) return;
+  groups_->addItem(form.name());
+  TellGroups({}, form.name());
+  if (Group().isEmpty()) groups_->setCurrentIndex(groups_->count() - 1);
+}
+
+void GroupManagerForm::RenameGroup() {
+  GroupRenameForm form(program_, Group(), this);
+  if (form.exec() != QDialog::Accepted) return;
+  const QString before = std::exchange(shown_, form.name());
+  FillGroups(form.name());
+  TellGroups(before, form.name());
+}
+
+void GroupManagerForm::DeleteGroup() {
+  const std::string group = FromQt(Group());
+  if (program_.prompts.Ask(recipients::DeleteQuestion(group).InEnglish()) != platform::Answer::kYes) return;
+  work_->Run<std::int64_t>(
+      [group](recipients::RecipientStore& store, const recipients::OnProgress&) {
+        return recipients::DeleteWholeGroup(store, group);
+      },
+      [this, group](const Result<std::int64_t>& gone) {
+        if (!gone) return status_->Fail(gone.error());
+        shown_.clear();
+        rows_->Reset({});
+        grid_->Reset(0);
+        FillGroups({});
+        total_->setText("0");
+        status_->Say(tr("“%1” was deleted. Undo brings it back.").arg(ToQt(group)));
+        ShowUndo();
+        TellGroups();
+      });
+}
+
+void GroupManagerForm::Add() {
+  RecipientAddForm form(program_, Group(), this);
+  form.exec();
+  if (!form.written()) return;
+  rows_->Append(std::array{form.written()->id});
+  grid_->Grow(rows_->size());
+  grid_->Choose(rows_->size() - 1);
+  ShowTotal();
+}
+
+void GroupManagerForm::Modify() {
+  const auto chosen = grid_->Chosen();
+  if (chosen.empty()) return Say(tr("Choose a recipient first."));
+  const std::size_t row = chosen.front();
+  RecipientModifyForm1 form(program_, Group(), rows_->keys()[row], this);
+  form.exec();
+  if (!form.written()) return;
+  rows_->Put(row, *form.written());
+  grid_->viewport()->update();
+}
+
+void GroupManagerForm::Delete() {
+  const auto chosen = grid_->Chosen();
+  if (chosen.empty()) return Say(tr("Choose a recipient first."));
+  const std::string group = FromQt(Group());
+  const Sentence question = chosen.size() == 1
+                                ? recipients::DeleteQuestion(rows_->At(chosen.front()).email)
+                                : recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), group);
+  if (program_.prompts.Ask(question.InEnglish()) != platform::Answer::kYes) return;
+  work_->Run<std::int64_t>(
+      [group, keys = ChosenKeys()](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kGroup, progress);
+      },
+      [this, chosen](const Result<std::int64_t>& gone) {
+        if (!gone) return status_->Fail(gone.error());
+        rows_->Remove(chosen);
+        grid_->Reset(rows_->size());
+        if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
+        ShowTotal();
+        ShowUndo();
+        Say(Counted(*gone, tr("1 recipient was deleted."), tr("%1 recipients were deleted.")));
+      });
+}
+
+void GroupManagerForm::Search() {
+  RecipientSearchForm form(program_, Group(), this);
+  form.exec();
+  if (!form.has_changed()) return;
+  FillGroups(Group());
+  TellGroups();
+  ShowUndo();
+  ReadAgain();
+}
+
+void GroupManagerForm::Import() {
+  if (const auto complaint = recipients::CheckGroupsToImportTo(groups_->count() > 0)) {
+    program_.prompts.Warn(complaint->message);
+    return;
+  }
+  RecipientImportForm(program_, Group(), this).exec();
+  ReadAgain();
+}
+
+void GroupManagerForm::Export() {
+  if (const auto complaint = recipients::CheckGroupsToExportFrom(groups_->count() > 0)) {
+    program_.prompts.Warn(complaint->message);
+    return;
+  }
+  RecipientExportForm(program_, Group(), this).exec();
+}
+
+void GroupManagerForm::Move() {
+  const auto keys = ChosenKeys();
+  if (keys.empty()) return Say(tr("Choose a recipient first."));
+  RecipientMoveForm form(program_, Group(), keys, this);
+  form.exec();
+  if (form.has_made_group()) {
+    FillGroups(Group());
+    TellGroups();
+  }
+  if (!form.said().isEmpty()) Say(form.said());
+  ShowUndo();
+  if (form.has_moved()) ReadAgain();
+}
+
+// Those chosen where they are several, else the whole group.
+void GroupManagerForm::Print() {
+  const auto chosen = ChosenKeys();
+  const QString said = RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(Group()),
+                                                 chosen.size() > 1 ? chosen : rows_->keys(), this);
+  if (!said.isEmpty()) Say(said);
+}
+
+void GroupManagerForm::Capitalize() {
+  CapitalizeForm form(program_, Group(), this);
+  if (form.exec() != QDialog::Accepted) return;
+  work_->Run<std::int64_t>(
+      [group = FromQt(Group())](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::CapitaliseGroup(store, group, progress);
+      },
+      [this](const Result<std::int64_t>& changed) {
+        if (!changed) return status_->Fail(changed.error());
+        Say(Counted(*changed, tr("1 recipient was changed."), tr("%1 recipients were changed.")));
+        ShowUndo();
+        ReadAgain();
+      });
+}
+
+void GroupManagerForm::Sort() {
+  const auto group = Store().FindGroup(FromQt(Group()));
+  if (!group) return status_->Fail(group.error());
+  if (!*group) return status_->Fail(recipients::GroupGone());
+  SortForm form((*group)->sort_sql, this);
+  if (form.exec() != QDialog::Accepted) return;
+  const auto sorted = recipients::SortGroup(Store(), (*group)->name, form.SortText());
+  if (!sorted) return status_->Fail(sorted.error());
+  view_column_ = 0;
+  Say(form.SortText().empty() ? tr("The group is in the order of adding.") : tr("The group is sorted."));
+  ShowUndo();
+  ReadAgain();
+}
+
+void GroupManagerForm::Merge() {
+  const auto names = Store().ListGroupNames();
+  if (!names) return status_->Fail(names.error());
+  MergeForm form(program_, *names, FromQt(Group()), this);
+  if (form.exec() != QDialog::Accepted) return;
+  work_->Run<recipients::MoveOutcome>(
+      [groups = form.Chosen(), into = FromQt(Group())](recipients::RecipientStore& store,
+                                                       const recipients::OnProgress& progress) {
+        return recipients::MergeGroups(store, groups, into, progress);
+      },
+      [this](const Result<recipients::MoveOutcome>& outcome) {
+        if (!outcome) return status_->Fail(outcome.error());
+        Say(Counted(outcome->done, tr("1 recipient came in."), tr("%1 recipients came in.")) + ' ' +
+            Counted(outcome->duplicates, tr("1 was there already."), tr("%1 were there already.")));
+        FillGroups(Group());
+        TellGroups();
+        ShowUndo();
+        ReadAgain();
+      });
+}
+
+void GroupManagerForm::Undo() {
+  const auto step = recipients::FindUndo(Store());
+  if (!step) return status_->Fail(step.error());
+  if (!*step) return Say(tr("There is nothing to take back."));
+  if (program_.prompts.Ask(recipients::UndoQuestion(**step).InEnglish()) != platform::Answer::kYes) return;
+  work_->Run<recipients::UndoOutcome>(
+      [](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::Undo(store, progress);
+      },
+      [this](const Result<recipients::UndoOutcome>& outcome) {
+        if (!outcome) return status_->Fail(outcome.error());
+        Say(outcome->left == 0 ? tr("It is as it was before.")
+                               : Counted(outcome->left, tr("All is as it was, but for 1 that was changed since."),
+                                         tr("All is as it was, but for %1 that were changed since.")));
+        FillGroups(Group());
+        TellGroups();
+        ShowUndo();
+        ReadAgain();
+      });
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,242 @@
+// The window itself, and how a group is read into it; what its buttons do stands in group_manager_commands.cpp.
+#include "desktop/recipients/group_manager_form.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desktop/recipients/grid_actions.h"
+#include "desktop/recipients/recipient_grid.h"
+#include "desktop/recipients/work_panel.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+#include "recipients/edit/undo.h"
+#include "recipients/grid_rows.h"
+#include "recipients/group_checks.h"
+
+namespace quillcast::desktop {
+
+struct GroupManagerForm::Reading {
+  QString group;
+  std::vector<std::int64_t> keys;
+};
+
+GroupManagerForm::GroupManagerForm(const profile::Program& program, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      groups_(new QComboBox(this)),
+      total_(new QLabel(this)),
+      rows_(new RecipientRows(program.folders.Database(), this)),
+      grid_(MakeRecipientGrid(rows_, this)),
+      actions_(grid_->findChild<GridActions*>()),
+      work_(new WorkPanel(program, this)),
+      status_(new StatusLine(this)) {
+  setObjectName("GroupManagerForm");
+  setWindowTitle(tr("Group Manager"));
+  resize(860, 560);
+  MakeWindow();
+  AddKeys();
+  ConnectParts();
+  FillGroups({});
+  ShowTotal();
+  ShowUndo();
+  groups_->setFocus();
+}
+
+QPushButton* GroupManagerForm::MakeButton(const char* name) {
+  const auto commands = Commands();
+  const auto command = std::find_if(commands.begin(), commands.end(),
+                                    [name](const Command& row) { return std::string_view(row.name) == name; });
+  auto* button = new QPushButton(tr(command->text), this);
+  button->setObjectName(name);
+  button->setAutoDefault(false);  // Return in the grid modifies; in the list of groups it does nothing
+  connect(button, &QPushButton::clicked, this, [this, command] { Run(*command); });
+  return button;
+}
+
+std::vector<QWidget*> GroupManagerForm::MakeButtons(std::initializer_list<const char*> names) {
+  std::vector<QWidget*> buttons;
+  for (const char* name : names) buttons.push_back(name == nullptr ? nullptr : MakeButton(name));
+  return buttons;
+}
+
+// The groups above, the recipients with what can be done with them in the middle, and what is done with a whole group
+// below.
+void GroupManagerForm::MakeWindow() {
+  groups_->setObjectName("GroupComboBox");
+  groups_->setPlaceholderText(tr("Choose a group"));
+  groups_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  auto* label = new QLabel(tr("&Group:"), this);
+  label->setObjectName("NameLabel");
+  label->setBuddy(groups_);
+  groups_->setAccessibleName(tr("Group"));
+  total_->setObjectName("Total");
+  auto* column = new FormColumn(this);
+  std::vector<QWidget*> above = {label, groups_};
+  for (QWidget* button : MakeButtons({"NewGroupButton", "RenameGroupButton", "DeleteGroupButton"}))
+    above.push_back(button);
+  column->AddLine(above);
+  auto* middle = new QWidget(this);
+  auto* line = new QHBoxLayout(middle);
+  line->setContentsMargins(0, 0, 0, 0);
+  LetFollow(grid_);
+  line->addWidget(grid_, 1);
+  auto* beside = new QVBoxLayout();
+  for (QWidget* button : MakeButtons(
+           {"AddButton", "ModifyButton", "DeleteButton", "MoveButton", "SearchButton", nullptr, "UndoButton"})) {
+    if (button == nullptr) {
+      beside->addStretch(1);
+    } else {
+      LetFollow(button);
+      beside->addWidget(button);
+    }
+  }
+  line->addLayout(beside);
+  column->Add(middle, 1);
+  column->AddLine({new QLabel(tr("Recipients:"), this), total_, nullptr});
+  column->Add(work_);
+  column->Add(status_);
+  column->AddLine(MakeButtons({"ImportButton", "ExportButton", "CapitalizeButton", "SortButton", "MergeButton",
+                               "PrintButton", nullptr, "CloseButton"}));
+}
+
+void GroupManagerForm::AddKeys() {
+  const auto add = [this](const QKeySequence& keys, const char* name) {
+    auto* shortcut = new QShortcut(keys, grid_, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(shortcut, &QShortcut::activated, findChild<QPushButton*>(name), &QPushButton::click);
+  };
+  add(QKeySequence(Qt::Key_Insert), "AddButton");
+  add(QKeySequence(Qt::Key_Return), "ModifyButton");
+  add(QKeySequence(Qt::Key_Enter), "ModifyButton");
+  add(QKeySequence::Delete, "DeleteButton");
+  add(QKeySequence::Find, "SearchButton");
+  add(QKeySequence::Undo, "UndoButton");
+}
+
+void GroupManagerForm::ConnectParts() {
+  actions_->AddOrders();
+  connect(actions_, &GridActions::HeadingPressed, this, &GroupManagerForm::SortView);
+  connect(actions_, &GridActions::Said, this, &GroupManagerForm::Say);
+  connect(grid_, &RowList::doubleClicked, findChild<QPushButton*>("ModifyButton"), &QPushButton::click);
+  connect(
+      rows_, &RecipientRows::Trouble, status_, [this](const QString& why) { status_->Say(why, NoteKind::kFailure); },
+      Qt::QueuedConnection);
+  connect(groups_, &QComboBox::currentIndexChanged, this, &GroupManagerForm::ChooseGroup);
+  connect(work_, &WorkPanel::Started, this, [this] { EnableControls(false); });
+  connect(work_, &WorkPanel::Ended, this, [this] { EnableControls(true); });
+}
+
+void GroupManagerForm::EnableControls(bool enabled) {
+  if (!enabled) focus_ = focusWidget();
+  for (QPushButton* button : findChildren<QPushButton*>()) {
+    if (button->objectName() != "CancelButton") button->setEnabled(enabled);
+  }
+  groups_->setEnabled(enabled);
+  grid_->setEnabled(enabled);
+  if (enabled && focus_) focus_->setFocus();
+}
+
+QString GroupManagerForm::Group() const { return groups_->currentText(); }
+
+recipients::RecipientStore GroupManagerForm::Store() const {
+  return recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience);
+}
+
+std::vector<std::int64_t> GroupManagerForm::ChosenKeys() const {
+  std::vector<std::int64_t> keys;
+  for (const std::size_t row : grid_->Chosen()) keys.push_back(rows_->keys()[row]);
+  return keys;
+}
+
+void GroupManagerForm::Say(const QString& sentence) { status_->Say(sentence); }
+
+// What stands in the grid stays as it is where `chosen` is the group that is shown.
+void GroupManagerForm::FillGroups(const QString& chosen) {
+  const auto names = Store().ListGroupNames();
+  if (!names) return status_->Fail(names.error());
+  const QSignalBlocker quiet(groups_);
+  groups_->clear();
+  for (const std::string& name : *names) groups_->addItem(ToQt(name));
+  groups_->setCurrentIndex(groups_->findText(chosen));
+  grid_->SetEmptyText(names->empty() ? tr("No group has been made yet. Press “New Group…” to make one.")
+                                     : tr("Choose a group above to see who is in it."));
+}
+
+void GroupManagerForm::ChooseGroup() {
+  view_column_ = 0;
+  view_descends_ = false;
+  status_->Say({});
+  ReadGroup();
+}
+
+void GroupManagerForm::ReadAgain() {
+  if (!work_->is_working() && !Group().isEmpty()) ReadGroup();
+}
+
+void GroupManagerForm::ReadGroup() {
+  is_reading_ = true;
+  total_->setText(tr("Reading Group"));
+  work_->Run<Reading>(
+      [group = Group(), column = view_column_, descends = view_descends_](
+          recipients::RecipientStore& store, const recipients::OnProgress& progress) -> Result<Reading> {
+        const auto found = store.FindGroup(FromQt(group));
+        if (!found) return found.error();
+        if (!*found) return recipients::GroupGone();
+        auto keys = store.ListKeys((*found)->id, recipients::ViewSort(**found, column, descends), progress);
+        if (!keys) return keys.error();
+        return Reading{group, std::move(*keys)};
+      },
+      [this](const Result<Reading>& reading) {
+        is_reading_ = false;
+        if (reading) return ShowGroup(*reading);
+        // The grid stays as it was, and so does what the list says of it.
+        const QSignalBlocker quiet(groups_);
+        groups_->setCurrentIndex(groups_->findText(shown_));
+        ShowTotal();
+        status_->Fail(reading.error());
+      });
+}
+
+void GroupManagerForm::ShowGroup(const Reading& reading) {
+  shown_ = reading.group;
+  rows_->Reset(reading.keys);
+  grid_->SetEmptyText(tr("Nobody is in this group yet. “Add…” enters a recipient, “Import…” takes many from a file."));
+  grid_->Reset(rows_->size());
+  if (rows_->size() > 0) grid_->Choose(0);
+  actions_->ShowOrder(view_column_, view_descends_);
+  ShowTotal();
+}
+
+// A second press on a heading turns its order round; one on the first column is the group's own order.
+void GroupManagerForm::SortView(int column) {
+  if (shown_.isEmpty() || work_->is_working()) return;
+  view_descends_ = column != 0 && column == view_column_ && !view_descends_;
+  view_column_ = column;
+  ReadGroup();
+}
+
+void GroupManagerForm::ShowTotal() { total_->setText(shown_.isEmpty() ? QString() : QString::number(rows_->size())); }
+
+// What can be taken back stands in its button's tip; it may be from another day.
+void GroupManagerForm::ShowUndo() {
+  const auto step = recipients::FindUndo(Store());
+  const bool is_there = step && *step;
+  auto* button = findChild<QPushButton*>("UndoButton");
+  button->setToolTip(is_there ? InWords(recipients::UndoQuestion(**step)) : tr("There is nothing to take back."));
+}
+
+void GroupManagerForm::TellGroups(const QString& before, const QString& now) { emit GroupsChanged(before, now); }
+
+void GroupManagerForm::reject() {
+  if (work_->is_working() && !is_reading_) return work_->Cancel();
+  QDialog::reject();
+}
+
+}  // namespace quillcast::desktop

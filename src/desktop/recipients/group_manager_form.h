@@ -1,0 +1,107 @@
+// The dialog in which a person keeps the groups and their recipients.
+#pragma once
+
+#include <QDialog>
+#include <QPointer>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+#include <vector>
+
+#include "profile/program.h"
+#include "recipients/edit/edit.h"
+
+class QComboBox;
+class QLabel;
+class QPushButton;
+
+namespace quillcast::desktop {
+
+class FormColumn;
+class GridActions;
+class RecipientRows;
+class RowList;
+class StatusLine;
+class WorkPanel;
+
+class GroupManagerForm final : public QDialog {
+  Q_OBJECT
+ public:
+  GroupManagerForm(const profile::Program& program, QWidget* parent);
+
+ public slots:
+  // While something is written, this ends that and leaves the window open.
+  void reject() override;
+
+ signals:
+  // Whoever shows the groups shows them anew, and `now` where `before` was chosen: a group's old and new name, or none
+  // and a new group's.
+  void GroupsChanged(const QString& before, const QString& now);
+
+ private:
+  // What must hold before a command, in this order: a group is chosen, and it has recipients.
+  enum class Needs { kNothing, kGroup, kRecipients };
+  struct Command {
+    const char* name;  // of its button
+    const char* text;
+    Needs needs;
+    void (GroupManagerForm::*run)();
+  };
+  static std::span<const Command> Commands();
+  struct Reading;
+
+  void MakeWindow();
+  QPushButton* MakeButton(const char* name);
+  std::vector<QWidget*> MakeButtons(std::initializer_list<const char*> names);
+  void AddKeys();
+  void ConnectParts();
+  void Run(const Command& command);
+  bool PassesChecks(Needs needs);
+  void EnableControls(bool enabled);
+
+  QString Group() const;
+  std::vector<std::int64_t> ChosenKeys() const;
+  recipients::RecipientStore Store() const;
+  void FillGroups(const QString& chosen);
+  void ChooseGroup();
+  void ReadGroup();
+  void ReadAgain();
+  void Say(const QString& sentence);
+  void ShowGroup(const Reading& reading);
+  void SortView(int column);
+  void ShowTotal();
+  void ShowUndo();
+  void TellGroups(const QString& before = {}, const QString& now = {});
+
+  void NewGroup();
+  void RenameGroup();
+  void DeleteGroup();
+  void Add();
+  void Modify();
+  void Delete();
+  void Search();
+  void Import();
+  void Export();
+  void Move();
+  void Capitalize();
+  void Sort();
+  void Merge();
+  void Print();
+  void Undo();
+
+  const profile::Program& program_;
+  QComboBox* groups_;
+  QLabel* total_;
+  RecipientRows* rows_;
+  RowList* grid_;
+  GridActions* actions_;
+  WorkPanel* work_;
+  StatusLine* status_;
+  QString shown_;        // the group whose rows stand in the grid
+  int view_column_ = 0;  // that the view is sorted by; 0 for the group's order
+  bool view_descends_ = false;
+  bool is_reading_ = false;
+  QPointer<QWidget> focus_;  // what had the keyboard before the work
+};
+
+}  // namespace quillcast::desktop

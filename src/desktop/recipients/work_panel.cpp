@@ -1,0 +1,55 @@
+#include "desktop/recipients/work_panel.h"
+
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/progress_panel.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kBetweenLooks = 50;  // milliseconds
+
+}  // namespace
+
+WorkPanel::WorkPanel(const profile::Program& program, QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      task_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      panel_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
+      bar_(panel_->AddBar("ProgressBar", tr("Progress:"))) {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(panel_);
+  panel_->button()->setEnabled(false);
+  panel_->button()->setAutoDefault(false);
+  tick_->setInterval(kBetweenLooks);
+  connect(tick_, &QTimer::timeout, this, &WorkPanel::ShowCounts);
+  connect(panel_, &ProgressPanel::Pressed, this, &WorkPanel::Cancel);
+}
+
+WorkPanel::~WorkPanel() = default;
+
+void WorkPanel::Begin() {
+  counts_ = std::make_shared<Counts>();
+  panel_->button()->setEnabled(true);
+  tick_->start();
+  emit Started();
+}
+
+void WorkPanel::End() {
+  tick_->stop();
+  bar_->Count(0, 1);
+  panel_->button()->setEnabled(false);
+  emit Ended();
+}
+
+void WorkPanel::ShowCounts() {
+  const std::int64_t total = counts_->total;
+  if (total > 0) bar_->Count(static_cast<std::uint64_t>(counts_->rows.load()), static_cast<std::uint64_t>(total));
+}
+
+}  // namespace quillcast::desktop

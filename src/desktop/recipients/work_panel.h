@@ -1,0 +1,71 @@
+// Work on the recipient store beside a window: how far it has come, and the button that ends it.
+#pragma once
+
+#include <QWidget>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "desktop/widgets/background_task.h"
+#include "profile/program.h"
+#include "recipients/progress.h"
+#include "recipients/recipient_store.h"
+
+class QTimer;
+
+namespace quillcast::desktop {
+
+class CountBar;
+class ProgressPanel;
+
+// One piece of work at a time. The window disables its own controls from Started to Ended.
+class WorkPanel final : public QWidget {
+  Q_OBJECT
+ public:
+  WorkPanel(const profile::Program& program, QWidget* parent);
+  ~WorkPanel() override;
+
+  // `work` runs on a thread of its own; `done` gets what it returns, on the window's.
+  template <typename T>
+  void Run(std::function<Result<T>(recipients::RecipientStore& store, const recipients::OnProgress& progress)> work,
+           std::function<void(const Result<T>& result)> done) {
+    Begin();
+    task_->Start([this, file = program_.folders.Database(), counts = counts_, work = std::move(work),
+                  done = std::move(done)](const platform::CancelToken& cancel) {
+      recipients::RecipientStore store(file, {.cancel = &cancel});
+      auto result = std::make_shared<Result<T>>(work(store, [counts](std::int64_t rows, std::int64_t total) {
+        counts->rows = rows;
+        counts->total = total;
+      }));
+      return [this, result, done] {
+        End();
+        done(*result);
+      };
+    });
+  }
+  bool is_working() const { return task_->is_running(); }
+  void Cancel() { task_->Cancel(); }
+
+ signals:
+  void Started();
+  void Ended();
+
+ private:
+  struct Counts {
+    std::atomic<std::int64_t> rows = 0;
+    std::atomic<std::int64_t> total = 0;
+  };
+  void Begin();
+  void End();
+  void ShowCounts();
+
+  const profile::Program& program_;
+  std::shared_ptr<Counts> counts_;
+  BackgroundTask* task_;
+  QTimer* tick_;
+  ProgressPanel* panel_;
+  CountBar* bar_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,391 @@
+// The group manager: what each of its buttons checks, asks, writes and shows.
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+#include <memory>
+
+#include "desktop/form_rig.h"
+#include "desktop/recipients/group_manager_form.h"
+#include "recipients/store_connection.h"
+
+namespace quillcast::desktop {
+namespace {
+
+struct Manager {
+  test::FormRig rig;
+  std::unique_ptr<GroupManagerForm> form;
+  QStringList told;  // to whoever shows the groups
+
+  Manager() {
+    rig.AddGroup("Empty", {});
+    rig.AddGroup("Readers", {"zoe@x.org", "ada@x.org", "Max@x.org"});
+  }
+  void Open(const char* group = "") {
+    form = std::make_unique<GroupManagerForm>(rig.program, nullptr);
+    QObject::connect(form.get(), &GroupManagerForm::GroupsChanged, form.get(),
+                     [this](const QString& before, const QString& now) { told << before + ">" + now; });
+    form->show();
+    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+    Choose(group);
+  }
+  void Choose(const QString& group) const {
+    Box().setCurrentIndex(Box().findText(group));
+    Wait();
+  }
+  void Wait() const { QTRY_VERIFY(Grid().isEnabled()); }
+  void Press(const char* button) const {
+    QTest::mouseClick(form->findChild<QPushButton*>(button), Qt::LeftButton);
+    Wait();
+  }
+  // In the grid, once it has the keyboard again.
+  void Key(int key, Qt::KeyboardModifiers modifiers = {}) const {
+    form->activateWindow();
+    Grid().setFocus();
+    QTRY_VERIFY(Grid().hasFocus());
+    QTest::keyClick(&Grid(), static_cast<Qt::Key>(key), modifiers);
+  }
+  QComboBox& Box() const { return *form->findChild<QComboBox*>("GroupComboBox"); }
+  QTableView& Grid() const { return *form->findChild<QTableView*>("MSFlexGrid"); }
+  QString Total() const { return form->findChild<QLabel*>("Total")->text(); }
+  QString Status() const { return form->findChild<QLabel*>("StatusLine")->text(); }
+  // "1:zoe@x.org 2:..."
+  QString Rows() const {
+    QStringList rows;
+    const auto* model = Grid().model();
+    for (int row = 0; row < model->rowCount(); ++row)
+      rows << model->index(row, 0).data().toString() + ":" + model->index(row, 3).data().toString();
+    return rows.join(' ');
+  }
+  QStringList Groups() const {
+    QStringList groups;
+    for (int i = 0; i < Box().count(); ++i) groups << Box().itemText(i);
+    return groups;
+  }
+  void Select(std::initializer_list<int> rows) const {
+    Grid().clearSelection();
+    for (const int row : rows) {
+      Grid().selectionModel()->select(Grid().model()->index(row, 0),
+                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+  }
+};
+
+// Types into the dialog's boxes and presses OK there.
+void FillIn(const char* dialog, const std::vector<std::pair<const char*, const char*>>& texts) {
+  test::WhileOpen(dialog, [texts](QDialog& form) {
+    for (const auto& [box, text] : texts) {
+      form.findChild<QLineEdit*>(box)->selectAll();
+      QTest::keyClicks(form.findChild<QLineEdit*>(box), text);
+    }
+    QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+  });
+}
+
+}  // namespace
+
+class GroupManagerTest : public QObject {
+  Q_OBJECT
+
+  void Answer(Manager& manager, std::deque<platform::Answer> answers) {
+    manager.rig.prompts.answers = std::move(answers);
+  }
+
+ private slots:
+  void checksComeInTheGivenOrder_data() {
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("none_chosen");
+    QTest::addColumn<QString>("nobody_there");
+    const QString group = "warn: Please specify a group.";
+    const QString nobody = "warn: The selected group does not contain any recipients.";
+    for (const char* button :
+         {"ModifyButton", "DeleteButton", "SearchButton", "MoveButton", "PrintButton", "CapitalizeButton"})
+      QTest::newRow(button) << button << group << nobody;
+    QTest::newRow("AddButton") << "AddButton" << group << "RecipientAddForm";
+    QTest::newRow("RenameGroupButton") << "RenameGroupButton" << group << "GroupRenameForm";
+    QTest::newRow("DeleteGroupButton") << "DeleteGroupButton" << group
+                                       << "ask: Are you sure you want to delete 'Empty'?";
+    QTest::newRow("ImportButton") << "ImportButton"
+                                  << "RecipientImportForm"
+                                  << "RecipientImportForm";
+    QTest::newRow("SortButton") << "SortButton" << group << "SortForm";
+    QTest::newRow("MergeButton") << "MergeButton" << group << "MergeForm";
+    QTest::newRow("ExportButton") << "ExportButton"
+                                  << "RecipientExportForm"
+                                  << "RecipientExportForm";
+  }
+  void checksComeInTheGivenOrder() {
+    QFETCH(QString, button);
+    QFETCH(QString, none_chosen);
+    QFETCH(QString, nobody_there);
+    Manager manager;
+    for (const auto& [group, expected] :
+         std::initializer_list<std::pair<const char*, QString>>{{"", none_chosen}, {"Empty", nobody_there}}) {
+      manager.Open(group);
+      QString opened;
+      if (expected.endsWith("Form")) test::WhileOpen(expected, [&](QDialog& form) { opened = form.objectName(); });
+      manager.Press(button.toLatin1());
+      QCOMPARE(opened + manager.rig.Shown(), expected);
+    }
+    QCOMPARE(*manager.rig.Store().ListGroupNames(), (std::vector<std::string>{"Empty", "Readers"}));
+  }
+
+  void withoutGroupsNothingIsImportedOrExported() {
+    test::FormRig rig;
+    GroupManagerForm form(rig.program, nullptr);
+    for (const auto& [button, warning] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"ImportButton", "warn: There is no group to import the data to."},
+             {"ExportButton", "warn: There is no group to export the data from."}}) {
+      QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+      QCOMPARE(rig.Shown(), QString(warning));
+    }
+  }
+
+  void readingDisablesEverythingAndCounts() {
+    Manager manager;
+    manager.Open();
+    QCOMPARE(manager.Rows() + manager.Total(), QString());
+    manager.Choose("Empty");
+    manager.Box().setFocus();
+    QTest::keyClick(&manager.Box(), Qt::Key_Down);
+    QCOMPARE(manager.Total(), QString("Reading Group"));
+    QVERIFY(!manager.Box().isEnabled() && !manager.Grid().isEnabled());
+    for (auto* button : manager.form->findChildren<QPushButton*>())
+      QVERIFY2(button->isEnabled() == (button->objectName() == "CancelButton"), qPrintable(button->objectName()));
+    manager.Wait();
+    QCOMPARE(manager.Total(), QString("3"));
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
+    QVERIFY(manager.form->findChild<QPushButton*>("CloseButton")->isEnabled());
+    QCOMPARE(manager.rig.Shown(), QString());
+  }
+
+  void aRecipientIsAddedModifiedAndDeleted() {
+    Manager manager;
+    manager.Open("Readers");
+    FillIn("RecipientAddForm", {{"EmailTextBox", "bob@x.org"}, {"FirstNameTextBox", "Bob"}});
+    manager.Key(Qt::Key_Insert);
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:bob@x.org"));
+    QCOMPARE(manager.Total(), QString("4"));
+    QCOMPARE(manager.Grid().currentIndex().row(), 3);
+    FillIn("RecipientModifyForm1", {{"EmailTextBox", "BOB@x.net"}});
+    manager.Key(Qt::Key_Return);
+    QCOMPARE(manager.rig.Shown() + manager.Status(), QString());
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:BOB@x.net"));
+    QCOMPARE(manager.Grid().model()->index(3, 1).data().toString(), QString("Bob"));
+    manager.Select({1});
+    manager.Press("DeleteButton");  // No
+    QCOMPARE(manager.rig.Shown(), QString("ask: Are you sure you want to delete 'ada@x.org'?"));
+    QCOMPARE(manager.Total(), QString("4"));
+    Answer(manager, {platform::Answer::kYes, platform::Answer::kYes});
+    manager.Key(Qt::Key_Delete);
+    manager.Wait();
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:BOB@x.net"));
+    QCOMPARE(manager.Total(), QString("3"));
+    manager.Key(Qt::Key_A, Qt::ControlModifier);
+    manager.Press("DeleteButton");
+    QCOMPARE(manager.Rows(), QString());
+    QCOMPARE(manager.Total(), QString("0"));
+    QVERIFY(manager.rig.Shown().endsWith("ask: Are you sure you want to delete 3 recipients from 'Readers'?"));
+    manager.Press("ModifyButton");
+    QCOMPARE(manager.rig.Shown(), QString("warn: The selected group does not contain any recipients."));
+    Answer(manager, {platform::Answer::kYes});
+    QTest::mouseClick(manager.form->findChild<QPushButton*>("UndoButton"), Qt::LeftButton);
+    QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:BOB@x.net"));
+    QCOMPARE(manager.rig.Shown(),
+             QString("ask: Do you want to bring back who was deleted from 'Readers'? Recipients: 3"));
+  }
+
+  void groupsAreMadeRenamedAndDeleted() {
+    Manager manager;
+    manager.Open();
+    FillIn("GroupNewForm", {{"NameTextBox", "Authors"}});
+    manager.Press("NewGroupButton");
+    QCOMPARE(manager.Groups(), (QStringList{"Empty", "Readers", "Authors"}));
+    QCOMPARE(manager.Box().currentText(), QString("Authors"));
+    manager.Choose("Readers");
+    FillIn("GroupRenameForm", {{"NameTextBox", "Old readers"}});
+    manager.Press("RenameGroupButton");
+    QCOMPARE(manager.Groups(), (QStringList{"Empty", "Old readers", "Authors"}));
+    QCOMPARE(manager.Box().currentText(), QString("Old readers"));
+    QCOMPARE(manager.Total(), QString("3"));
+    Answer(manager, {platform::Answer::kYes});
+    manager.Press("DeleteGroupButton");
+    QCOMPARE(manager.rig.Shown(), QString("ask: Are you sure you want to delete 'Old readers'?"));
+    QCOMPARE(manager.Groups(), (QStringList{"Empty", "Authors"}));
+    QCOMPARE(manager.Box().currentText() + manager.Rows() + manager.Total(), QString("0"));
+    QCOMPARE(manager.told, (QStringList{">Authors", "Readers>Old readers", ">"}));
+    Answer(manager, {platform::Answer::kYes});
+    manager.Press("UndoButton");
+    QCOMPARE(manager.Groups(), (QStringList{"Empty", "Old readers", "Authors"}));
+    QCOMPARE(*manager.rig.Store().CountRecipients("Old readers"), std::int64_t{3});
+    manager.rig.Shown();
+    manager.Press("UndoButton");
+    QCOMPARE(manager.Status() + manager.rig.Shown(), QString("There is nothing to take back."));
+  }
+
+  void namesAreCapitalizedAfterALook() {
+    Manager manager;
+    recipients::Recipient recipient;
+    recipient.values[recipients::kEmail] = "nell@x.org";
+    recipient.values[recipients::kLastName] = "o'neill";
+    auto store = manager.rig.Store();
+    QVERIFY(*store.AddRecipientIfNew(store.RequireGroup("Readers")->id, recipient));
+    manager.Open("Readers");
+    for (const bool agrees : {false, true}) {
+      test::WhileOpen("CapitalizeForm", [agrees](QDialog& form) {
+        QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(),
+                     QString("Are you sure you want to change the name of one recipient in 'Readers'?"));
+        const auto* changes = form.findChild<QTableView*>("ChangesList")->model();
+        QCOMPARE(changes->rowCount(), 1);
+        QCOMPARE(changes->index(0, 1).data().toString() + changes->index(0, 2).data().toString(),
+                 QString("o'neillO'Neill"));
+        QTest::mouseClick(form.findChild<QPushButton*>(agrees ? "OKButton" : "CancelButton"), Qt::LeftButton);
+      });
+      manager.Press("CapitalizeButton");
+      QCOMPARE(manager.Grid().model()->index(3, 2).data().toString(), QString(agrees ? "O'Neill" : "o'neill"));
+    }
+    QCOMPARE(manager.Status(), QString("1 recipient was changed."));
+    test::WhileOpen("CapitalizeForm", [](QDialog& form) {
+      QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("All names are written as names are."));
+      QVERIFY(!form.findChild<QPushButton*>("OKButton")->isEnabled());
+    });
+    manager.Press("CapitalizeButton");
+    Answer(manager, {platform::Answer::kYes});
+    manager.Press("UndoButton");
+    QTRY_COMPARE(manager.Grid().model()->index(3, 2).data().toString(), QString("o'neill"));
+  }
+
+  void theOrderIsPickedAndKept() {
+    Manager manager;
+    manager.Open("Readers");
+    test::WhileOpen("SortForm", [](QDialog& form) {
+      form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
+      form.findChild<QComboBox*>("FieldComboBox2")->setCurrentText("Email Address");
+      form.findChild<QAbstractButton*>("DescendingCheckBox2")->setChecked(true);
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    manager.Press("SortButton");
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:ada@x.org"));
+    QCOMPARE(manager.rig.Store().RequireGroup("Readers")->sort_sql, std::string("[G-Country], [G-Email] DESC"));
+    test::WhileOpen("SortForm", [](QDialog& form) {
+      QCOMPARE(form.findChild<QComboBox*>("FieldComboBox2")->currentText(), QString("Email Address"));
+      QVERIFY(form.findChild<QAbstractButton*>("DescendingCheckBox2")->isChecked());
+      for (const char* box : {"FieldComboBox1", "FieldComboBox2"}) form.findChild<QComboBox*>(box)->setCurrentIndex(0);
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    manager.Press("SortButton");
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
+    QCOMPARE(manager.rig.Store().RequireGroup("Readers")->sort_sql, std::string());
+  }
+
+  void groupsAreMergedAfterAQuestion() {
+    Manager manager;
+    manager.rig.AddGroup("Guests", {"ADA@x.org", "bob@x.org"});
+    manager.Open("Readers");
+    for (const bool agrees : {false, true}) {
+      if (agrees) Answer(manager, {platform::Answer::kYes});
+      test::WhileOpen("MergeForm", [&](QDialog& form) {
+        auto* list = form.findChild<QTableView*>("GroupsList");
+        QCOMPARE(list->model()->rowCount(), 2);
+        if (!agrees) QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        list->selectAll();
+        QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      });
+      manager.Press("MergeButton");
+      const QString question =
+          "ask: Are you sure you want to move everybody in 'Empty', 'Guests' to 'Readers' and delete those groups?";
+      QCOMPARE(manager.rig.Shown(), agrees ? question : "warn: Please specify a group. | " + question);
+      QCOMPARE(manager.Groups(), agrees ? QStringList{"Readers"} : QStringList({"Empty", "Readers", "Guests"}));
+    }
+    QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:bob@x.org"));
+    QCOMPARE(manager.Status(), QString("1 recipient came in. 1 was there already."));
+  }
+
+  void theGridIsWorkedByKeys() {
+    Manager manager;
+    manager.Open("Readers");
+    auto& grid = manager.Grid();
+    manager.Key(Qt::Key_M);
+    QTRY_COMPARE(grid.currentIndex().row(), 2);
+    manager.Key(Qt::Key_Home);
+    manager.Key(Qt::Key_Down, Qt::ShiftModifier);
+    manager.Key(Qt::Key_C, Qt::ControlModifier);
+    QTRY_COMPARE(manager.Status(), QString("2 recipients were copied as text."));
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("\t\tzoe@x.org\n\t\tada@x.org\n"));
+
+    const auto press_heading = [&](int column) {
+      const int x = grid.horizontalHeader()->sectionViewportPosition(column) + 20;
+      QTest::mouseClick(grid.horizontalHeader()->viewport(), Qt::LeftButton, {}, {x, 5});
+      manager.Wait();
+    };
+    press_heading(3);
+    QCOMPARE(manager.Rows(), QString("1:ada@x.org 2:Max@x.org 3:zoe@x.org"));
+    press_heading(3);
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:ada@x.org"));
+    FillIn("RecipientAddForm", {{"EmailTextBox", "nell@x.org"}});
+    manager.Press("AddButton");
+    QVERIFY(manager.Rows().endsWith("4:nell@x.org"));
+    grid.findChild<QAction*>("OrderOfGroupAction")->trigger();
+    manager.Wait();
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:nell@x.org"));
+    QCOMPARE(*manager.rig.Store().CountRecipients("Readers"), std::int64_t{4});
+    QVERIFY(manager.rig.Store().RequireGroup("Readers")->sort_sql.empty());
+  }
+
+  void whatOthersDoMeanwhileIsSaid() {
+    Manager manager;
+    manager.Open("Readers");
+    auto store = manager.rig.Store();
+    const auto group = store.RequireGroup("Empty")->id;
+    auto other = recipients::OpenStore(manager.rig.folders.Database());
+    QVERIFY(other && other->Execute(("DELETE FROM [Groups] WHERE [ID] = " + std::to_string(group)).c_str()));
+    manager.Choose("Empty");
+    QVERIFY2(manager.Status().startsWith("The group is no longer there."), qPrintable(manager.Status()));
+    QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Readers3"));
+    QVERIFY(other->Execute("DELETE FROM [Emails] WHERE [G-Email] = 'ada@x.org'"));
+    test::WhileOpen("RecipientModifyForm1", [&](QDialog& form) {
+      QVERIFY(form.findChild<QLabel*>("StatusLine")->text().startsWith("The recipient is no longer there."));
+    });
+    manager.Select({1});
+    manager.Press("ModifyButton");
+    QVERIFY(other->Execute("BEGIN IMMEDIATE"));
+    Answer(manager, {platform::Answer::kYes});
+    manager.Select({0});
+    QTest::mouseClick(manager.form->findChild<QPushButton*>("DeleteButton"), Qt::LeftButton);
+    QVERIFY(!manager.Grid().isEnabled());
+    QTest::keyClick(manager.form.get(), Qt::Key_Escape);  // ends the wait, not the window
+    manager.Wait();
+    QVERIFY(manager.form->isVisible());
+    QVERIFY2(!manager.Status().isEmpty(), "why nothing was deleted");
+    QCOMPARE(manager.Total(), QString("3"));
+    QVERIFY(other->Execute("ROLLBACK"));
+  }
+
+  void rowsFarDownAreReadByKey() {
+    Manager manager;
+    const auto group = manager.rig.Store().RequireGroup("Empty")->id;
+    {
+      auto other = recipients::OpenStore(manager.rig.folders.Database());
+      QVERIFY(other->Execute(("WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 20000) "
+                              "INSERT INTO [Emails] ([G-ID], [G-Email]) SELECT " +
+                              std::to_string(group) + ", 'n' || x || '@x.org' FROM [n]")
+                                 .c_str()));
+    }
+    manager.Open("Empty");
+    QTRY_COMPARE(manager.Total(), QString("20000"));
+    manager.Key(Qt::Key_End);
+    const auto last = manager.Grid().model()->index(19999, 3);
+    QCOMPARE(last.data().toString(), QString("n20000@x.org"));
+    QVERIFY(manager.Grid().visualRect(last).isValid());
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::GroupManagerTest)
+#include "group_manager_test.moc"
