@@ -1,17 +1,20 @@
 #!/usr/bin/env python3
 """Times `quillcast import` of a delimited list against the sqlite3 shell's .import of the same file.
 
-Both run alternately, into an empty group and an empty table with a case-insensitive index, with the same cache and the
-default journal. Prints each time, the ratio of the medians and the peak memory.
+And `quillcast import` of an .xlsx file against `orcus-xlsx -f none` (package liborcus-bin) reading the same one, where
+that is there. Both run alternately; the lists go into an empty group and an empty table with a case-insensitive index,
+with the same cache and the default journal. Prints each time, the ratio of the medians and the peak memory.
 """
 import argparse
 import os
 import pathlib
+import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
+import zipfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE_KIB = 32768
@@ -26,14 +29,48 @@ def write_list(path, lines):
             out.write(f"First{n % 997},Last{n % 7919},user{scrambled:x}.{n}@example{n % 50}.org,{TOWNS[n % 7]}\n")
 
 
-def timed(words, **options):
-    """Seconds and peak resident KiB of one command."""
+def write_sheet(path, rows):
+    """The same list as a spreadsheet program writes it, its texts shared."""
+    names = [f"First{n}" for n in range(997)] + [f"Last{n}" for n in range(7919)] + TOWNS
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as book:
+        head = '<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+        main = "http://schemas.openxmlformats.org/spreadsheetml/2006/main"
+        relation = "http://schemas.openxmlformats.org/officeDocument/2006/relationships"
+        package = "http://schemas.openxmlformats.org/package/2006"
+        kind = "application/vnd.openxmlformats-officedocument.spreadsheetml"
+        book.writestr("[Content_Types].xml", f'{head}<Types xmlns="{package}/content-types"><Default Extension="rels" '
+                      'ContentType="application/vnd.openxmlformats-package.relationships+xml"/>'
+                      f'<Override PartName="/xl/workbook.xml" ContentType="{kind}.sheet.main+xml"/>'
+                      f'<Override PartName="/xl/worksheets/sheet1.xml" ContentType="{kind}.worksheet+xml"/>'
+                      f'<Override PartName="/xl/sharedStrings.xml" ContentType="{kind}.sharedStrings+xml"/></Types>')
+        book.writestr("_rels/.rels", f'{head}<Relationships xmlns="{package}/relationships"><Relationship Id="rId1" '
+                      f'Type="{relation}/officeDocument" Target="xl/workbook.xml"/></Relationships>')
+        book.writestr("xl/workbook.xml", f'{head}<workbook xmlns="{main}" xmlns:r="{relation}"><sheets>'
+                      '<sheet name="List" sheetId="1" r:id="rId1"/></sheets></workbook>')
+        book.writestr("xl/_rels/workbook.xml.rels", f'{head}<Relationships xmlns="{package}/relationships">'
+                      f'<Relationship Id="rId1" Type="{relation}/worksheet" Target="worksheets/sheet1.xml"/>'
+                      f'<Relationship Id="rId2" Type="{relation}/sharedStrings" Target="sharedStrings.xml"/>'
+                      "</Relationships>")
+        addresses = [f"user{n * 2654435761 % (1 << 32):x}.{n}@example{n % 50}.org" for n in range(rows)]
+        book.writestr("xl/sharedStrings.xml", f'{head}<sst xmlns="{main}" count="{4 * rows}" uniqueCount='
+                      f'"{len(names) + rows}">' + "".join(f"<si><t>{text}</t></si>" for text in names + addresses) + "</sst>")
+        with book.open("xl/worksheets/sheet1.xml", "w") as sheet:
+            sheet.write(f'{head}<worksheet xmlns="{main}"><sheetData>'.encode())
+            for n in range(rows):
+                texts = (n % 997, 997 + n % 7919, len(names) + n, 997 + 7919 + n % 7)
+                cells = "".join(f'<c r="{column}{n + 1}" t="s"><v>{text}</v></c>' for column, text in zip("ABCD", texts))
+                sheet.write(f'<row r="{n + 1}">{cells}</row>'.encode())
+            sheet.write(b"</sheetData></worksheet>")
+
+
+def timed(words, well=(0,), **options):
+    """Seconds and peak resident KiB of one command, which ends with one of the codes `well`."""
     begun = time.monotonic()
     child = subprocess.Popen(words, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, **options)
     complaints = child.stderr.read()
     _, status, usage = os.wait4(child.pid, 0)
     seconds = time.monotonic() - begun
-    if os.waitstatus_to_exitcode(status) != 0:
+    if os.waitstatus_to_exitcode(status) not in well:
         sys.exit(f"{words[0]} failed: {complaints}")
     return seconds, usage.ru_maxrss
 
@@ -43,6 +80,11 @@ def import_with_quillcast(program, folder, file):
     subprocess.run([program, "--profile", profile, "group", "new", "Bench"], check=True, stdout=subprocess.DEVNULL)
     return timed([program, "--profile", profile, "import", file, "--group", "Bench", "--opt-in", "--map",
                   "Email Address=3,First Name=1,Last Name=2,City=4"])
+
+
+def read_with_orcus(file):
+    # Without an output it ends with 1 when all went well, too.
+    return timed(["orcus-xlsx", "-f", "none", file], well=(0, 1))
 
 
 def import_with_shell(folder, file):
@@ -61,7 +103,18 @@ def main():
     parser.add_argument("program", nargs="?", default=ROOT / "build/bench/bin/quillcast")
     parser.add_argument("--lines", type=int, default=1_000_000)
     parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--rows", type=int, default=200_000, help="of the spreadsheet; 0 leaves it out")
     options = parser.parse_args()
+    compare_lists(options)
+    if options.rows == 0:
+        return
+    if shutil.which("orcus-xlsx"):
+        compare_sheets(options)
+    else:
+        print("orcus-xlsx is not there (package liborcus-bin): the spreadsheet is left out")
+
+
+def compare_lists(options):
     ours, peers = [], []
     with tempfile.TemporaryDirectory() as scratch:
         file = pathlib.Path(scratch) / "list.csv"
@@ -78,6 +131,25 @@ def main():
           f"ratio {our_time / peer_time:.2f}")
     print(f"peak memory: quillcast {max(kib for _, kib in ours) / 1024:.0f} MiB, "
           f"sqlite3 {max(kib for _, kib in peers) / 1024:.0f} MiB")
+
+
+def compare_sheets(options):
+    ours, peers = [], []
+    with tempfile.TemporaryDirectory() as scratch:
+        file = pathlib.Path(scratch) / "list.xlsx"
+        write_sheet(file, options.rows)
+        for number in range(options.rounds):
+            folder = pathlib.Path(scratch) / str(number)
+            folder.mkdir()
+            ours.append(import_with_quillcast(options.program, folder, file))
+            peers.append(read_with_orcus(file))
+            print(f"round {number + 1}: quillcast {ours[-1][0]:.2f} s, orcus-xlsx {peers[-1][0]:.2f} s")
+    our_time = statistics.median(seconds for seconds, _ in ours)
+    peer_time = statistics.median(seconds for seconds, _ in peers)
+    print(f"{options.rows} rows of .xlsx: quillcast {our_time:.2f} s, orcus-xlsx {peer_time:.2f} s, "
+          f"ratio {our_time / peer_time:.2f}")
+    print(f"peak memory: quillcast {max(kib for _, kib in ours) / 1024:.0f} MiB, "
+          f"orcus-xlsx {max(kib for _, kib in peers) / 1024:.0f} MiB")
 
 
 if __name__ == "__main__":

@@ -145,6 +145,25 @@ Result<CatalogueStatement> CatalogueStatement::PrepareWithin(std::string_view be
   return CatalogueStatement(std::move(*statement), std::move(parameters));
 }
 
+Result<CatalogueStatement> CatalogueStatement::PrepareRows(platform::Database& database, StatementId id,
+                                                           std::size_t rows) {
+  const std::string_view text = RowOf(id).text;
+  const auto values = static_cast<std::size_t>(std::count(text.begin(), text.end(), '<'));
+  std::string row = ",(?";
+  for (std::size_t value = 1; value < values; ++value) row += ",?";
+  row += ')';
+  std::string more;
+  for (std::size_t at = 1; at < rows; ++at) more += row;
+  auto statement = PrepareWithin("", more, database, id, "");
+  if (!statement) return statement;
+  const std::vector<Parameter> one = statement->parameters_;
+  for (std::size_t at = 1; at < rows; ++at) {
+    statement->parameters_.insert(statement->parameters_.end(), one.begin(), one.end());
+  }
+  statement->is_empty_.resize(statement->parameters_.size());
+  return statement;
+}
+
 Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
   statement_.Reset();
   for (std::size_t at = 0; at < parameters_.size(); ++at) {
@@ -163,6 +182,9 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
         return statement_.Bind(position, platform::ParseWholeNumber(values[at]).value_or(0));
       }
       if (parameter.before.empty() && parameter.after.empty()) {
+        const bool stays = values[at].empty() && is_empty_[at];
+        is_empty_[at] = values[at].empty();
+        if (stays) return {};
         return lifetime == Lifetime::kOutlivesStep ? statement_.BindView(position, values[at])
                                                    : statement_.Bind(position, values[at]);
       }

@@ -94,6 +94,9 @@ class CatalogueStatement {
   static Result<CatalogueStatement> PrepareWithin(std::string_view before, std::string_view after,
                                                   platform::Database& database, StatementId id, std::string_view extra);
 
+  // An INSERT of so many rows at once, which takes their values one row behind the other.
+  static Result<CatalogueStatement> PrepareRows(platform::Database& database, StatementId id, std::size_t rows);
+
   // As many values as the row of StatementId names. A group name with an apostrophe fails with kUsage, as it would
   // break the issued text. Resets the statement first.
   Result<void> Bind(Values values, Lifetime lifetime = Lifetime::kUnknown);
@@ -107,10 +110,11 @@ class CatalogueStatement {
     bool is_name;
   };
   CatalogueStatement(platform::Statement statement, std::vector<Parameter> parameters)
-      : statement_(std::move(statement)), parameters_(std::move(parameters)) {}
+      : statement_(std::move(statement)), parameters_(std::move(parameters)), is_empty_(parameters_.size()) {}
 
   platform::Statement statement_;
   std::vector<Parameter> parameters_;
+  std::vector<bool> is_empty_;  // by parameter: the empty text is bound to it, and stays so
   std::string scratch_;
 };
 

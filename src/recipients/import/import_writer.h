@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/sqlite.h"
 #include "recipients/import/address_filter.h"
@@ -38,19 +39,33 @@ class ImportWriter {
   const ImportCounts& Counts() const { return committed_; }
 
  private:
+  static constexpr std::size_t kRowsAtOnce = 16;
+
+  // The rows that wait to be inserted with others: their values, one behind the other.
+  struct Waiting {
+    std::string texts;
+    std::vector<std::size_t> ends;
+    std::size_t rows = 0;
+  };
+
   ImportWriter(platform::Database database, CatalogueStatement find, CatalogueStatement insert,
-               platform::Statement version, std::int64_t group_id, ImportReport& report, Keeping keeping);
+               CatalogueStatement insert_several, platform::Statement version, std::int64_t group_id,
+               ImportReport& report, Keeping keeping);
 
   Result<void> Begin();
   Result<void> FillFilter();
   Result<std::int64_t> DataVersion();
   Result<bool> IsThere(std::string_view address);
+  void Wait(std::span<const std::string_view> values);
+  Result<void> InsertWaiting();
   Result<void> CountRow();
   Result<void> GiveUp(const Result<void>& failed);
 
   platform::Database database_;  // first: the statements and the transaction end before it
   CatalogueStatement find_;
   CatalogueStatement insert_;
+  CatalogueStatement insert_several_;  // kRowsAtOnce of them
+  Waiting waiting_;
   platform::Statement version_;
   std::optional<platform::Transaction> transaction_;
   std::string group_key_;
