@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::size_t kHeaderSize = 30;  // of a part, before its name (APPNOTE 4.3.7)
+constexpr std::uint64_t kMostInflated = 1032;  // bytes out of one, which deflate cannot do better
 constexpr std::uint16_t kStored = 0;
 constexpr std::uint16_t kDeflated = 8;
 
@@ -85,6 +86,7 @@ Result<std::string> UnpackPart(const std::filesystem::path& file, const ArchiveD
   if (!*found || (entry->method != kStored && entry->method != kDeflated)) return DamagedPart(file, name);
   Inflater inflater;
   std::string part;
+  part.reserve(std::min(entry->unpacked, entry->packed * kMostInflated));
   std::string block;
   for (std::uint64_t left = entry->packed; left > 0 && part.size() < entry->unpacked; left -= block.size()) {
     block.resize(std::min<std::uint64_t>(left, kBlock));
