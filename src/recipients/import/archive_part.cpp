@@ -13,7 +13,7 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
-constexpr std::size_t kHeaderSize = 30;  // of a part, before its name (APPNOTE 4.3.7)
+constexpr std::size_t kHeaderSize = 30;        // of a part, before its name (APPNOTE 4.3.7)
 constexpr std::uint64_t kMostInflated = 1032;  // bytes out of one, which deflate cannot do better
 constexpr std::uint16_t kStored = 0;
 constexpr std::uint16_t kDeflated = 8;
