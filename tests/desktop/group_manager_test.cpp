@@ -103,8 +103,8 @@ class GroupManagerTest : public QObject {
     QTest::addColumn<QString>("nobody_there");
     const QString group = "warn: Please specify a group.";
     const QString nobody = "warn: The selected group does not contain any recipients.";
-    for (const char* button :
-         {"ModifyButton", "DeleteButton", "SearchButton", "MoveButton", "PrintButton", "CapitalizeButton"})
+    for (const char* button : {"ModifyButton", "DeleteButton", "SearchButton", "MoveButton", "PrintButton",
+                               "CapitalizeButton", "DuplicatesButton", "WhereButton"})
       QTest::newRow(button) << button << group << nobody;
     QTest::newRow("AddButton") << "AddButton" << group << "RecipientAddForm";
     QTest::newRow("RenameGroupButton") << "RenameGroupButton" << group << "GroupRenameForm";
@@ -304,6 +304,44 @@ class GroupManagerTest : public QObject {
     }
     QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:bob@x.org"));
     QCOMPARE(manager.Status(), QString("1 recipient came in. 1 was there already."));
+  }
+
+  void duplicatesAreShownAndDeleted() {
+    Manager manager;
+    manager.rig.AddRecipient("Readers", "Ada <ada@x.org>");
+    manager.rig.AddGroup("Guests", {"MAX@x.org"});
+    manager.Open("Readers");
+    const auto rows = [](QDialog& form, const char* list, int columns) {
+      const auto* model = form.findChild<QTableView*>(list)->model();
+      QStringList texts;
+      for (int row = 0; row < model->rowCount(); ++row) {
+        for (int column = 0; column < columns; ++column) texts << model->index(row, column).data().toString();
+      }
+      return texts.join('|');
+    };
+    Answer(manager, {platform::Answer::kYes});
+    test::WhileOpen("DuplicatesForm", [&](QDialog& form) {
+      auto* status = form.findChild<QLabel*>("StatusLine");
+      auto* erase = form.findChild<QPushButton*>("DeleteDuplicatesButton");
+      QTRY_COMPARE(status->text(), QString("1 address stands there more than once."));
+      QCOMPARE(rows(form, "DuplicatesList", 3),
+               QString("ada@x.org|Readers|ada@x.org|ada@x.org|Readers|Ada <ada@x.org>"));
+      form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
+      QTRY_COMPARE(status->text(), QString("2 addresses stand there more than once."));
+      QVERIFY(!erase->isEnabled());
+      form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
+      QTRY_VERIFY(erase->isEnabled());
+      QTest::mouseClick(erase, Qt::LeftButton);
+    });
+    manager.Press("DuplicatesButton");
+    QCOMPARE(manager.rig.Shown(), QString("ask: Are you sure you want to delete one duplicate from 'Readers'?"));
+    QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
+    manager.Select({2});
+    test::WhileOpen("WhereForm", [&](QDialog& form) {
+      QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("Max@x.org is in 2 groups."));
+      QCOMPARE(rows(form, "HoldersList", 2), QString("Readers|Max@x.org|Guests|MAX@x.org"));
+    });
+    manager.Press("WhereButton");
   }
 
   void theGridIsWorkedByKeys() {

@@ -32,6 +32,7 @@
 #include "desktop/document/table_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/recipients/capitalize_form.h"
+#include "desktop/recipients/duplicates_form.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
@@ -44,6 +45,7 @@
 #include "desktop/recipients/recipient_move_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/recipients/sort_form.h"
+#include "desktop/recipients/where_form.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -381,6 +383,12 @@ class ScreensTest : public QObject {
     CapitalizeForm capitals(rig.program, "Customers", nullptr);
     QTRY_VERIFY(!capitals.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
     Take(capitals, "capitalize");
+    DuplicatesForm duplicates(rig.program, "Customers", nullptr);
+    QTRY_VERIFY(!duplicates.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
+    Take(duplicates, "duplicates");
+    WhereForm where(rig.program, "bob@example.net", nullptr);
+    QTRY_VERIFY(!where.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
+    Take(where, "where");
     SortForm sort("[G-LastName], [G-City] DESC", nullptr);
     Take(sort, "sort");
     MergeForm merge(rig.program, {"Customers", "Guests"}, "Customers", nullptr);

@@ -3,6 +3,7 @@
 #include <QLabel>
 
 #include "desktop/recipients/capitalize_form.h"
+#include "desktop/recipients/duplicates_form.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
@@ -16,6 +17,7 @@
 #include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/recipients/sort_form.h"
+#include "desktop/recipients/where_form.h"
 #include "desktop/recipients/work_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
@@ -38,6 +40,8 @@ std::span<const GroupManagerForm::Command> GroupManagerForm::Commands() {
       {"DeleteButton", QT_TR_NOOP("&Delete"), Needs::kRecipients, &Form::Delete},
       {"MoveButton", QT_TR_NOOP("Mo&ve or Copy…"), Needs::kRecipients, &Form::Move},
       {"SearchButton", QT_TR_NOOP("&Search…"), Needs::kRecipients, &Form::Search},
+      {"DuplicatesButton", QT_TR_NOOP("Duplica&tes…"), Needs::kRecipients, &Form::Duplicates},
+      {"WhereButton", QT_TR_NOOP("&Where Else…"), Needs::kRecipients, &Form::WhereElse},
       {"UndoButton", QT_TR_NOOP("&Undo"), Needs::kNothing, &Form::Undo},
       {"ImportButton", QT_TR_NOOP("&Import…"), Needs::kNothing, &Form::Import},
       {"ExportButton", QT_TR_NOOP("&Export…"), Needs::kNothing, &Form::Export},
@@ -242,6 +246,27 @@ void GroupManagerForm::Merge() {
         ShowUndo();
         ReadAgain();
       });
+}
+
+void GroupManagerForm::Duplicates() {
+  DuplicatesForm form(program_, Group(), this);
+  if (form.exec() != QDialog::Accepted) return;
+  work_->Run<std::int64_t>(
+      [group = FromQt(Group())](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::DeleteDuplicates(store, group, progress);
+      },
+      [this](const Result<std::int64_t>& gone) {
+        if (!gone) return status_->Fail(gone.error());
+        Say(Counted(*gone, tr("1 duplicate was deleted."), tr("%1 duplicates were deleted.")));
+        ShowUndo();
+        ReadAgain();
+      });
+}
+
+void GroupManagerForm::WhereElse() {
+  const auto chosen = grid_->Chosen();
+  if (chosen.empty()) return Say(tr("Choose a recipient first."));
+  WhereForm(program_, rows_->At(chosen.front()).email, this).exec();
 }
 
 void GroupManagerForm::Undo() {

@@ -89,8 +89,8 @@ void GroupManagerForm::MakeWindow() {
   LetFollow(grid_);
   line->addWidget(grid_, 1);
   auto* beside = new QVBoxLayout();
-  for (QWidget* button : MakeButtons(
-           {"AddButton", "ModifyButton", "DeleteButton", "MoveButton", "SearchButton", nullptr, "UndoButton"})) {
+  for (QWidget* button : MakeButtons({"AddButton", "ModifyButton", "DeleteButton", "MoveButton", "SearchButton",
+                                      "DuplicatesButton", "WhereButton", nullptr, "UndoButton"})) {
     if (button == nullptr) {
       beside->addStretch(1);
     } else {

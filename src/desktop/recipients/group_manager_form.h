@@ -83,6 +83,8 @@ class GroupManagerForm final : public QDialog {
   void Import();
   void Export();
   void Move();
+  void Duplicates();
+  void WhereElse();
   void Capitalize();
   void Sort();
   void Merge();

@@ -47,6 +47,8 @@ std::optional<QString> TopicOf(const QString& window) {
       {"LinkForm", "Message Options.htm"},
       {"AttachmentsForm", "Message Options.htm"},
       {"GroupManagerForm", kGroupsTopic},
+      {"DuplicatesForm", kGroupsTopic},
+      {"WhereForm", kGroupsTopic},
       {"CapitalizeForm", kGroupsTopic},
       {"SortForm", kGroupsTopic},
       {"MergeForm", kGroupsTopic},
