@@ -79,6 +79,11 @@ struct Scene {
     WaitForEnd();
     return Rows();
   }
+  // Presses Delete, and waits for what is done beside the window.
+  void Delete() const {
+    Press("DeleteButton");
+    QTRY_VERIFY(Find<QPushButton>("DeleteButton").isEnabled());
+  }
   void WaitForEnd() const { QTRY_VERIFY(!Status().contains("Searching")); }
 };
 
@@ -214,14 +219,15 @@ class SearchFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kYes, platform::Answer::kYes, platform::Answer::kYes};
     scene.Grid().setFocus();
     QTest::keyClick(&scene.Grid(), Qt::Key_Delete);
-    QCOMPARE(scene.Rows(), "1 o'neill@x.org");
+    QTRY_COMPARE(scene.Rows(), "1 o'neill@x.org");
+    QTRY_COMPARE(scene.form->focusWidget(), &scene.Grid());
     QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 3);
-    scene.Press("DeleteButton");
+    scene.Delete();
     QCOMPARE(scene.Rows(), "");
     scene.Search("Email", "Contains", "o");
     scene.rig.Shown();
     scene.Grid().selectAll();
-    scene.Press("DeleteButton");
+    scene.Delete();
     QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 2 recipients from 'Readers'?");
     QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 0);
     QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 1);
@@ -323,6 +329,10 @@ class SearchFormTest : public QObject {
     QVERIFY(busy->Execute("BEGIN IMMEDIATE"));
     scene.rig.prompts.answers = {platform::Answer::kYes};
     scene.Press("DeleteButton");
+    QVERIFY(!scene.Find<QWidget>("SearchButton").isEnabled());
+    QTest::keyClick(scene.form.get(), Qt::Key_Escape);  // who does not want to wait
+    QTRY_VERIFY(scene.Find<QWidget>("SearchButton").isEnabled());
+    QVERIFY(scene.form->isVisible());
     QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
     QCOMPARE(scene.Grid().size(), 2U);
     QVERIFY(busy->Execute("DELETE FROM [Groups]; COMMIT"));

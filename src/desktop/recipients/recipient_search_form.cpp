@@ -12,6 +12,7 @@
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/recipient_move_form.h"
 #include "desktop/recipients/recipient_print_form.h"
+#include "desktop/recipients/work_panel.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
@@ -55,7 +56,8 @@ RecipientSearchForm::RecipientSearchForm(const profile::Program& program, QStrin
       search_(new QPushButton(tr("&Search"), this)),
       rows_(new RecipientRows(program.folders.Database(), this)),
       grid_(MakeRecipientGrid(rows_, this)),
-      status_(new StatusLine(this)) {
+      status_(new StatusLine(this)),
+      work_(new WorkPanel(program, this)) {
   answer_time_->setSingleShot(true);
   MakeWindow();
   connect(search_, &QPushButton::clicked, this, &RecipientSearchForm::Search);
@@ -70,6 +72,8 @@ RecipientSearchForm::RecipientSearchForm(const profile::Program& program, QStrin
       Qt::QueuedConnection);
   auto* erase = new QShortcut(QKeySequence::Delete, grid_, nullptr, nullptr, Qt::WidgetShortcut);
   connect(erase, &QShortcut::activated, this, &RecipientSearchForm::Delete);
+  connect(work_, &WorkPanel::Started, this, [this] { EnableControls(false); });
+  connect(work_, &WorkPanel::Ended, this, [this] { EnableControls(true); });
   term_->setFocus();
 }
 
@@ -91,6 +95,8 @@ void RecipientSearchForm::MakeWindow() {
   what->Add("EntryTextBox", tr("Search &term:"), term_, {search_});
   column->Add(grid_, 1);
   column->Add(status_);
+  column->Add(work_);
+  work_->hide();
   AddButtons(column);
 }
 
@@ -102,15 +108,19 @@ void RecipientSearchForm::AddButtons(FormColumn* column) {
     connect(button, &QPushButton::clicked, this, press);
     return button;
   };
-  column->AddLine({make("ModifyButton", tr("&Modify…"), [this] { Modify(); }),
-                   make("DeleteButton", tr("&Delete"), [this] { Delete(); }),
-                   make("MoveButton", tr("M&ove or Copy…"), [this] { Move(); }),
-                   make("PrintButton", tr("&Print…"), [this] { Print(); }), nullptr,
+  buttons_ = {make("ModifyButton", tr("&Modify…"), [this] { Modify(); }),
+              make("DeleteButton", tr("&Delete"), [this] { Delete(); }),
+              make("MoveButton", tr("M&ove or Copy…"), [this] { Move(); }),
+              make("PrintButton", tr("&Print…"), [this] { Print(); })};
+  column->AddLine({buttons_[0], buttons_[1], buttons_[2], buttons_[3], nullptr,
                    make("CloseButton", tr("Close"), [this] { reject(); })});
 }
 
-recipients::RecipientStore RecipientSearchForm::Store() const {
-  return recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience);
+void RecipientSearchForm::EnableControls(bool is_idle) {
+  for (QWidget* control : std::initializer_list<QWidget*>{field_, compare_, term_, search_, grid_})
+    control->setEnabled(is_idle);
+  for (QPushButton* button : buttons_) button->setEnabled(is_idle);
+  work_->setVisible(!is_idle);
 }
 
 recipients::SearchRequest RecipientSearchForm::Request() const {
@@ -237,17 +247,28 @@ void RecipientSearchForm::Delete() {
   std::vector<std::int64_t> keys;
   keys.reserve(chosen.size());
   for (const std::size_t row : chosen) keys.push_back(rows_->keys()[row]);
-  const auto deleted =
-      recipients::DeleteRecipients(Store(), FromQt(group_), keys, recipients::DeletedFrom::kSearchResults);
-  if (!deleted) {
-    status_->Fail(deleted.error());
-    return;
-  }
+  work_->Run<std::int64_t>(
+      [group = FromQt(group_), keys](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kSearchResults, progress);
+      },
+      [this, chosen](const Result<std::int64_t>& deleted) {
+        if (deleted) return Deleted(chosen);
+        status_->Fail(deleted.error());
+      });
+}
+
+void RecipientSearchForm::Deleted(const std::vector<std::size_t>& chosen) {
   has_changed_ = true;
   rows_->Remove(chosen);
   grid_->Reset(rows_->size());
   if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
+  grid_->setFocus();
   SayFound();
+}
+
+void RecipientSearchForm::reject() {
+  if (work_->is_working()) return work_->Cancel();
+  QDialog::reject();
 }
 
 std::vector<std::int64_t> RecipientSearchForm::ChosenOrAll() const {

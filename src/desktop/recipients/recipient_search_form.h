@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <memory>
+#include <vector>
 
 #include "desktop/widgets/background_task.h"
 #include "profile/program.h"
@@ -19,6 +20,7 @@ class FormColumn;
 class RecipientRows;
 class RowList;
 class StatusLine;
+class WorkPanel;
 
 class RecipientSearchForm final : public QDialog {
   Q_OBJECT
@@ -28,6 +30,10 @@ class RecipientSearchForm final : public QDialog {
   // Recipients were changed, moved or deleted, or there is a group more: who shows groups reads them again.
   bool has_changed() const { return has_changed_; }
 
+ public slots:
+  // While something is being deleted, this ends that, and nothing is changed then.
+  void reject() override;
+
  private:
   // kTyped: while somebody types, and only where the group answers at once.
   enum class Kind { kAsked, kTyped };
@@ -35,6 +41,7 @@ class RecipientSearchForm final : public QDialog {
 
   void MakeWindow();
   void AddButtons(FormColumn* column);
+  void EnableControls(bool is_idle);
   recipients::SearchRequest Request() const;
   void Search();
   void SearchAsTyped();
@@ -47,11 +54,11 @@ class RecipientSearchForm final : public QDialog {
   bool HasChosen();
   void Modify();
   void Delete();
+  void Deleted(const std::vector<std::size_t>& chosen);
   void Move();
   void Print();
   // The keys of the chosen rows, or of all that were found where none is chosen.
   std::vector<std::int64_t> ChosenOrAll() const;
-  recipients::RecipientStore Store() const;
 
   const profile::Program& program_;
   const QString group_;
@@ -67,9 +74,11 @@ class RecipientSearchForm final : public QDialog {
   QComboBox* compare_;
   QLineEdit* term_;
   QPushButton* search_;
+  std::vector<QPushButton*> buttons_;  // that change those who were found
   RecipientRows* rows_;
   RowList* grid_;
   StatusLine* status_;
+  WorkPanel* work_;
 };
 
 }  // namespace quillcast::desktop
