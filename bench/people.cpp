@@ -117,6 +117,15 @@ void MeasureReading(const RecipientStore& store, Plain& plain, int rows) {
       });
   Require(keys.size() == static_cast<std::size_t>(rows) && keys == peer_keys, "reading the keys");
   fmt::print("peak memory after that: {} MiB\n", PeakMiB());
+  std::vector<std::int64_t> sorted;
+  Compare(
+      "open: the same, sorted by Last Name", 3, [&](int) { sorted = *store.ListKeys(1, "[G-LastName]"); },
+      [&](int) {
+        peer_keys.clear();
+        plain.Run("SELECT ID FROM Emails WHERE [G-ID] = 1 ORDER BY [G-LastName], ID", &peer_keys);
+      });
+  Require(sorted == peer_keys, "sorting the keys");
+  fmt::print("peak memory after that: {} MiB\n", PeakMiB());
   const auto place = [rows](int round) { return (round * 7919LL * 131) % (rows - 60); };
   Compare(
       "page: 50 rows at any place", 100,

@@ -13,6 +13,7 @@
 #include "recipients/group_checks.h"
 #include "recipients/store_fixture.h"
 #include "support/full_disk.h"
+#include "support/read_only_disk.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -246,6 +247,16 @@ TEST_F(EditTest, AStoreThatCannotBeWrittenStaysAsItIs) {
   EXPECT_EQ(Undo(impatient).error().failure, Failure::kTryAgain);
   EXPECT_EQ(impatient.ListKeys(a_, "")->size(), 3U) << "reading goes on";
   ASSERT_TRUE(other->Execute("ROLLBACK"));
+  EXPECT_EQ(Dump(), before);
+  {
+    const test::ReadOnlyDisk disk;
+    auto open = store();
+    EXPECT_EQ(open.ListKeys(a_, "[G-Email]")->size(), 3U);
+    EXPECT_EQ(open.RowsOfKeys(keys_)->front().email, "a1@x.org");
+    EXPECT_EQ(MoveRecipients(open, "A", "B", keys_).error().failure, Failure::kCannotCreate);
+    EXPECT_EQ(AddNewRecipient(open, a_, Named("new@x.org")).error().failure, Failure::kCannotCreate);
+    EXPECT_EQ(MakeGroup(open, "C").error().failure, Failure::kCannotCreate);
+  }
   EXPECT_EQ(Dump(), before);
   ASSERT_TRUE(other->Execute("DROP TABLE [Emails]"));
   EXPECT_FALSE(MoveRecipients(store(), "A", "B", keys_));
