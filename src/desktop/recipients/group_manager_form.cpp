@@ -13,6 +13,7 @@
 #include "desktop/recipients/grid_actions.h"
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/work_panel.h"
+#include "desktop/widgets/folding_line.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
@@ -22,6 +23,11 @@
 #include "recipients/group_checks.h"
 
 namespace quillcast::desktop {
+namespace {
+
+constexpr int kGap = 6;  // between the buttons of a group
+
+}  // namespace
 
 struct GroupManagerForm::Reading {
   QString group;
@@ -103,8 +109,15 @@ void GroupManagerForm::MakeWindow() {
   column->AddLine({new QLabel(tr("Recipients:"), this), total_, nullptr});
   column->Add(work_);
   column->Add(status_);
-  column->AddLine(MakeButtons({"ImportButton", "ExportButton", "CapitalizeButton", "SortButton", "MergeButton",
-                               "PrintButton", nullptr, "CloseButton"}));
+  auto* below = new QWidget(this);
+  auto* of_group = new FoldingLine(below, kGap);
+  for (QWidget* button :
+       MakeButtons({"ImportButton", "ExportButton", "CapitalizeButton", "SortButton", "MergeButton", "PrintButton"})) {
+    LetFollow(button);
+    of_group->addWidget(button);
+  }
+  column->Add(below);
+  column->AddLine({nullptr, MakeButton("CloseButton")});
 }
 
 void GroupManagerForm::AddKeys() {
