@@ -10,7 +10,6 @@
 namespace quillcast::recipients {
 namespace {
 
-const GroupComplaint kNoAddress{"Invalid email address.", GroupControl::kAddress};
 const GroupComplaint kAddressExists{"A recipient with the email you specified already exists.", GroupControl::kAddress};
 
 GridRow RowOf(std::int64_t id, const Recipient& recipient) {
@@ -100,8 +99,13 @@ std::optional<GroupComplaint> CheckOtherGroup(std::string_view from, std::string
 
 Sentence DeleteQuestion(std::string_view what) { return Say("Are you sure you want to delete '{}'?", what); }
 
+std::optional<GroupComplaint> CheckAddress(const Recipient& recipient) {
+  if (CheckEmail(recipient.email())) return {};
+  return GroupComplaint{"Invalid email address.", GroupControl::kAddress};
+}
+
 Result<Entered> AddNewRecipient(RecipientStore& store, std::int64_t group_id, const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return Entered{kNoAddress};
+  if (const auto complaint = CheckAddress(recipient)) return Entered{complaint};
   const auto added = store.AddRecipientIfNew(group_id, recipient);
   if (!added) return added.error();
   return *added ? Entered{{}, RowOf(**added, recipient)} : Entered{kAddressExists};
@@ -109,7 +113,7 @@ Result<Entered> AddNewRecipient(RecipientStore& store, std::int64_t group_id, co
 
 Result<Entered> ChangeRecipient(RecipientStore& store, std::int64_t group_id, std::int64_t recipient_id,
                                 const Recipient& recipient) {
-  if (!CheckEmail(recipient.email())) return Entered{kNoAddress};
+  if (const auto complaint = CheckAddress(recipient)) return Entered{complaint};
   const auto changed = store.UpdateRecipientIfNew(group_id, recipient_id, recipient);
   if (!changed) return changed.error();
   return *changed ? Entered{{}, RowOf(recipient_id, recipient)} : Entered{kAddressExists};

@@ -34,7 +34,10 @@ struct Entered {
   GridRow row = {};
 };
 
-// The address rule, then that the address is not in the group; a recipient that is changed may keep its own.
+// The address rule, which an entry dialog asks before it looks into the store.
+std::optional<GroupComplaint> CheckAddress(const Recipient& recipient);
+
+// The same, then that the address is not in the group; a recipient that is changed may keep its own.
 Result<Entered> AddNewRecipient(RecipientStore& store, std::int64_t group_id, const Recipient& recipient);
 Result<Entered> ChangeRecipient(RecipientStore& store, std::int64_t group_id, std::int64_t recipient_id,
                                 const Recipient& recipient);

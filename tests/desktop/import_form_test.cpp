@@ -241,12 +241,15 @@ class ImportFormTest : public QObject {
     QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org,Ada");
     scene.Pick("Ada,ada@x.org\n");
     QTRY_VERIFY(!scene.Find<QWidget>("ProposeButton").isEnabled());
+    QVERIFY(!scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    scene.Press("QuotationCheckBox");
     scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
     QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
     scene.Press("ProposeButton");
     for (const char* name : {"DelimitComboBox", "QuotationCheckBox", "SkipCheckBox"})
       QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QVERIFY2(scene.Addresses().endsWith("vcard@x.org,Ada"), qPrintable(scene.Addresses()));
   }
 
   void theEncodingCanBeOverruled() {

@@ -206,6 +206,22 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.Search("First Name", "Equals", "shan"), "1 Shan o'neill@x.org");
   }
 
+  void aSearchThatEndsUnderTheQuestionPutsNobodyElseInItsPlace() {
+    Scene scene;
+    scene.Open();
+    scene.Search("Email", "Contains", "x.org");
+    scene.Grid().Choose(0);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.rig.prompts.meanwhile = [&] {
+      scene.Find<QLineEdit>("EntryTextBox").setText("neill");
+      QTRY_COMPARE(scene.Rows(), "1 o'neill@x.org");
+    };
+    scene.Delete();
+    QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 'ada@x.org'?");
+    QCOMPARE(scene.Rows(), "1 o'neill@x.org");
+    QCOMPARE(scene.Search("Email", "Contains", "x.org"), "1 o'neill@x.org");
+  }
+
   void deletesAfterAQuestion() {
     Scene scene;
     scene.Open();

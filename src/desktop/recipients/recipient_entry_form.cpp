@@ -134,6 +134,7 @@ void RecipientEntryForm::ShowStored(std::int64_t key) {
 }
 
 Result<recipients::Entered> RecipientEntryForm::WriteEntry() const {
+  if (const auto complaint = recipients::CheckAddress(Entry())) return recipients::Entered{complaint};
   auto store = Store();
   const auto group = store.FindGroup(FromQt(group_));
   if (!group) return group.error();

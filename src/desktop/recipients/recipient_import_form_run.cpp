@@ -44,7 +44,7 @@ recipients::ImportRequest RecipientImportForm::Request() const {
           .group = form.group,
           .mode = form.mode,
           .reading = Reading(),
-          .quotes = quotes_->isChecked(),
+          .quotes = quotes_->isChecked() && quotes_->isEnabled(),
           .mapping = form.mapping,
           .skip = skip_->isChecked() && skip_->isEnabled() ? 1 : 0};
 }

@@ -48,6 +48,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
   looked_at_ = file;
   sample_.reset();
   proposed_.reset();
+  skip_->setChecked(false);  // the headings were the other file's
   mapping_->Offer({});
   table_->Clear();
   Warn({});

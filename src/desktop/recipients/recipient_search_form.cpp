@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <algorithm>
 #include <mutex>
+#include <set>
 
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_modify_form2.h"
@@ -226,33 +227,43 @@ bool RecipientSearchForm::HasChosen() {
   return false;
 }
 
+// A search that ends while a question stands shows others: a recipient is held by the key.
+std::vector<std::size_t> RecipientSearchForm::RowsOf(const std::vector<std::int64_t>& keys) const {
+  const std::set<std::int64_t> wanted(keys.begin(), keys.end());
+  std::vector<std::size_t> rows;
+  for (std::size_t row = 0; row < rows_->keys().size(); ++row) {
+    if (wanted.contains(rows_->keys()[row])) rows.push_back(row);
+  }
+  return rows;
+}
+
 void RecipientSearchForm::Modify() {
   if (!HasChosen()) return;
-  const std::size_t row = grid_->Chosen().front();
-  RecipientModifyForm2 form(program_, group_, rows_->keys()[row], this);
+  const std::int64_t key = rows_->keys()[grid_->Chosen().front()];
+  RecipientModifyForm2 form(program_, group_, key, this);
   form.exec();
   if (!form.written()) return;
   has_changed_ = true;
-  rows_->Put(row, *form.written());
+  for (const std::size_t row : RowsOf({key})) rows_->Put(row, *form.written());
   grid_->viewport()->update();
 }
 
 void RecipientSearchForm::Delete() {
   if (!HasChosen()) return;
   const std::vector<std::size_t> chosen = grid_->Chosen();
+  std::vector<std::int64_t> keys;
+  keys.reserve(chosen.size());
+  for (const std::size_t row : chosen) keys.push_back(rows_->keys()[row]);
   const Sentence question =
       chosen.size() == 1 ? recipients::DeleteQuestion(rows_->At(chosen.front()).email)
                          : recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), FromQt(group_));
   if (program_.prompts.Ask(question.InEnglish()) != platform::Answer::kYes) return;
-  std::vector<std::int64_t> keys;
-  keys.reserve(chosen.size());
-  for (const std::size_t row : chosen) keys.push_back(rows_->keys()[row]);
   work_->Run<std::int64_t>(
       [group = FromQt(group_), keys](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
         return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kSearchResults, progress);
       },
-      [this, chosen](const Result<std::int64_t>& deleted) {
-        if (deleted) return Deleted(chosen);
+      [this, keys](const Result<std::int64_t>& deleted) {
+        if (deleted) return Deleted(RowsOf(keys));
         status_->Fail(deleted.error());
       });
 }
@@ -261,7 +272,7 @@ void RecipientSearchForm::Deleted(const std::vector<std::size_t>& chosen) {
   has_changed_ = true;
   rows_->Remove(chosen);
   grid_->Reset(rows_->size());
-  if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
+  if (rows_->size() > 0) grid_->Choose(chosen.empty() ? 0 : std::min(chosen.front(), rows_->size() - 1));
   grid_->setFocus();
   SayFound();
 }

@@ -52,6 +52,7 @@ class RecipientSearchForm final : public QDialog {
   void SayFound();
   // Warns where no row is chosen, as the commands on one row do.
   bool HasChosen();
+  std::vector<std::size_t> RowsOf(const std::vector<std::int64_t>& keys) const;
   void Modify();
   void Delete();
   void Deleted(const std::vector<std::size_t>& chosen);
