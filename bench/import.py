@@ -82,7 +82,7 @@ def import_with_quillcast(program, folder, file):
                   "Email Address=3,First Name=1,Last Name=2,City=4"])
 
 
-def read_with_orcus(file):
+def read_with_orcus(_, file):
     # Without an output it ends with 1 when all went well, too.
     return timed(["orcus-xlsx", "-f", "none", file], well=(0, 1))
 
@@ -105,51 +105,34 @@ def main():
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--rows", type=int, default=200_000, help="of the spreadsheet; 0 leaves it out")
     options = parser.parse_args()
-    compare_lists(options)
-    if options.rows == 0:
-        return
-    if shutil.which("orcus-xlsx"):
-        compare_sheets(options)
-    else:
-        print("orcus-xlsx is not there (package liborcus-bin): the spreadsheet is left out")
-
-
-def compare_lists(options):
-    ours, peers = [], []
     with tempfile.TemporaryDirectory() as scratch:
         file = pathlib.Path(scratch) / "list.csv"
         write_list(file, options.lines)
-        for number in range(options.rounds):
-            folder = pathlib.Path(scratch) / str(number)
-            folder.mkdir()
-            ours.append(import_with_quillcast(options.program, folder, file))
-            peers.append(import_with_shell(folder, file))
-            print(f"round {number + 1}: quillcast {ours[-1][0]:.2f} s, sqlite3 {peers[-1][0]:.2f} s")
-    our_time = statistics.median(seconds for seconds, _ in ours)
-    peer_time = statistics.median(seconds for seconds, _ in peers)
-    print(f"{options.lines} lines: quillcast {our_time:.2f} s, sqlite3 {peer_time:.2f} s, "
-          f"ratio {our_time / peer_time:.2f}")
-    print(f"peak memory: quillcast {max(kib for _, kib in ours) / 1024:.0f} MiB, "
-          f"sqlite3 {max(kib for _, kib in peers) / 1024:.0f} MiB")
-
-
-def compare_sheets(options):
-    ours, peers = [], []
+        compare(options, f"{options.lines} lines", file, "sqlite3", import_with_shell)
+    if options.rows == 0:
+        return
+    if not shutil.which("orcus-xlsx"):
+        print("orcus-xlsx is not there (package liborcus-bin): the spreadsheet is left out")
+        return
     with tempfile.TemporaryDirectory() as scratch:
         file = pathlib.Path(scratch) / "list.xlsx"
         write_sheet(file, options.rows)
-        for number in range(options.rounds):
-            folder = pathlib.Path(scratch) / str(number)
-            folder.mkdir()
-            ours.append(import_with_quillcast(options.program, folder, file))
-            peers.append(read_with_orcus(file))
-            print(f"round {number + 1}: quillcast {ours[-1][0]:.2f} s, orcus-xlsx {peers[-1][0]:.2f} s")
+        compare(options, f"{options.rows} rows of .xlsx", file, "orcus-xlsx", read_with_orcus)
+
+
+def compare(options, what, file, peer, run_peer):
+    ours, peers = [], []
+    for number in range(options.rounds):
+        folder = file.parent / str(number)
+        folder.mkdir()
+        ours.append(import_with_quillcast(options.program, folder, file))
+        peers.append(run_peer(folder, file))
+        print(f"round {number + 1}: quillcast {ours[-1][0]:.2f} s, {peer} {peers[-1][0]:.2f} s")
     our_time = statistics.median(seconds for seconds, _ in ours)
     peer_time = statistics.median(seconds for seconds, _ in peers)
-    print(f"{options.rows} rows of .xlsx: quillcast {our_time:.2f} s, orcus-xlsx {peer_time:.2f} s, "
-          f"ratio {our_time / peer_time:.2f}")
+    print(f"{what}: quillcast {our_time:.2f} s, {peer} {peer_time:.2f} s, ratio {our_time / peer_time:.2f}")
     print(f"peak memory: quillcast {max(kib for _, kib in ours) / 1024:.0f} MiB, "
-          f"orcus-xlsx {max(kib for _, kib in peers) / 1024:.0f} MiB")
+          f"{peer} {max(kib for _, kib in peers) / 1024:.0f} MiB")
 
 
 if __name__ == "__main__":

@@ -10,11 +10,11 @@
 #include <atomic>
 
 #include "desktop/recipients/field_list.h"
+#include "desktop/recipients/group_box.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/progress_panel.h"
-#include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/file_attributes.h"
@@ -52,14 +52,15 @@ RecipientExportForm::RecipientExportForm(const profile::Program& program, const 
       status_(new StatusLine(this)),
       progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
       bar_(progress_->AddBar("ProgressBar", tr("Recipients written:"))),
-      export_(new QPushButton(tr("&Export"), this)) {
+      export_(new QPushButton(tr("&Export"), this)),
+      give_up_(*this, *task_, *progress_->button(), program.prompts) {
   MakeWindow();
   connect(browse_, &QPushButton::clicked, this, &RecipientExportForm::Browse);
   connect(chosen_fields_, &QRadioButton::toggled, this, &RecipientExportForm::EnableControls);
   connect(export_, &QPushButton::clicked, this, &RecipientExportForm::Export);
   connect(progress_, &ProgressPanel::Pressed, this, &RecipientExportForm::reject);
   connect(tick_, &QTimer::timeout, this, &RecipientExportForm::TakeProgress);
-  ShowGroups(group);
+  if (const auto filled = FillGroupBox(*group_, program, group); !filled) status_->Fail(filled.error());
   EnableControls();
   (group.isEmpty() ? static_cast<QWidget*>(group_) : file_)->setFocus();
 }
@@ -97,16 +98,6 @@ void RecipientExportForm::AddFormats(FormColumn* column) {
   formats->AddWide("Rfc4180CheckBox", rfc4180_);
   formats->AddWide("Utf8CheckBox", utf8_);
   formats->AddWide("InertFormulasCheckBox", inert_);
-}
-
-void RecipientExportForm::ShowGroups(const QString& chosen) {
-  const auto names = recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience).ListGroupNames();
-  if (!names) {
-    status_->Fail(names.error());
-    return;
-  }
-  for (const std::string& name : *names) group_->addItem(ToQt(name));
-  group_->setCurrentIndex(group_->findText(chosen));
 }
 
 // The button that cancels, and closes, is always there.
@@ -189,7 +180,10 @@ void RecipientExportForm::Start() {
       seen->done = done;
     };
     const auto outcome = recipients::ExportToFile(store, request, file, cancel, see);
-    return [this, outcome] { End(outcome); };
+    return [this, outcome] {
+      tick_->stop();
+      give_up_.End([this, outcome] { ShowEnd(outcome); });
+    };
   });
   tick_->start(kTick);
   EnableControls();
@@ -200,15 +194,8 @@ void RecipientExportForm::TakeProgress() {
   bar_->Count(static_cast<std::uint64_t>(seen_->done), static_cast<std::uint64_t>(seen_->total));
 }
 
-void RecipientExportForm::End(const recipients::ExportOutcome& outcome) {
-  tick_->stop();
-  if (is_asking_) {
-    ended_meanwhile_ = outcome;
-    WithdrawQuestion();
-    return;
-  }
+void RecipientExportForm::ShowEnd(const recipients::ExportOutcome& outcome) {
   EnableControls();
-  if (is_given_up_) return QDialog::reject();
   bar_->Count(outcome.error ? 0 : 1, 1);
   if (outcome.error) {
     status_->Fail(*outcome.error);
@@ -221,16 +208,7 @@ void RecipientExportForm::End(const recipients::ExportOutcome& outcome) {
 }
 
 void RecipientExportForm::reject() {
-  if (!task_->is_running()) return QDialog::reject();
-  if (is_asking_ || is_given_up_) return;
-  is_asking_ = true;
-  const auto answer = program_.prompts.Ask(recipients::kCancelExportQuestion);
-  is_asking_ = false;
-  if (ended_meanwhile_) return End(*std::exchange(ended_meanwhile_, {}));
-  if (answer != platform::Answer::kYes) return;
-  is_given_up_ = true;
-  progress_->button()->setEnabled(false);
-  task_->Cancel();
+  if (give_up_.MayClose(recipients::kCancelExportQuestion)) QDialog::reject();
 }
 
 }  // namespace quillcast::desktop

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/give_up.h"
 #include "profile/program.h"
 #include "recipients/export/recipient_export.h"
 
@@ -41,7 +42,6 @@ class RecipientExportForm final : public QDialog {
 
   void MakeWindow();
   void AddFormats(FormColumn* column);
-  void ShowGroups(const QString& chosen);
   void EnableControls();
   void Browse();
   recipients::ExportForm Form() const;
@@ -50,7 +50,7 @@ class RecipientExportForm final : public QDialog {
   void LeaveLocked(const std::filesystem::path& file);
   void Start();
   void TakeProgress();
-  void End(const recipients::ExportOutcome& outcome);
+  void ShowEnd(const recipients::ExportOutcome& outcome);
 
   const profile::Program& program_;
   BackgroundTask* task_;
@@ -70,9 +70,7 @@ class RecipientExportForm final : public QDialog {
   CountBar* bar_;
   QPushButton* export_;
   std::shared_ptr<Progress> seen_;  // shared with the thread that exports
-  bool is_asking_ = false;
-  bool is_given_up_ = false;
-  std::optional<recipients::ExportOutcome> ended_meanwhile_;  // while it was asked whether to give it up
+  GiveUp give_up_;
 };
 
 }  // namespace quillcast::desktop

@@ -7,6 +7,7 @@
 #include <QRadioButton>
 #include <QTimer>
 
+#include "desktop/recipients/group_box.h"
 #include "desktop/recipients/import_mapping_panel.h"
 #include "desktop/recipients/import_sample_table.h"
 #include "desktop/widgets/count_bar.h"
@@ -66,10 +67,11 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
       bar_(progress_->AddBar("ProgressBar", tr("File read:"))),
       import_(NamedButton("ImportButton", tr("&Import"), this)),
-      report_(NamedButton("ReportButton", tr("Re&port"), this)) {
+      report_(NamedButton("ReportButton", tr("Re&port"), this)),
+      give_up_(*this, *task_, *progress_->button(), program.prompts) {
   MakeWindow();
   ConnectControls();
-  ShowGroups(group);
+  if (const auto filled = FillGroupBox(*group_, program, group); !filled) status_->Fail(filled.error());
   EnableControls();
   file_->setFocus();
 }
@@ -146,16 +148,6 @@ void RecipientImportForm::ConnectControls() {
   connect(report_, &QPushButton::clicked, this, &RecipientImportForm::ShowReport);
   connect(progress_, &ProgressPanel::Pressed, this, &RecipientImportForm::reject);
   connect(tick_, &QTimer::timeout, this, &RecipientImportForm::TakeProgress);
-}
-
-void RecipientImportForm::ShowGroups(const QString& chosen) {
-  const auto names = recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience).ListGroupNames();
-  if (!names) {
-    status_->Fail(names.error());
-    return;
-  }
-  for (const std::string& name : *names) group_->addItem(ToQt(name));
-  group_->setCurrentIndex(group_->findText(chosen));
 }
 
 // The button that cancels, and closes, is always there.

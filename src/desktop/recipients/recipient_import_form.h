@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/give_up.h"
 #include "profile/program.h"
 #include "recipients/import/import_sample.h"
 #include "recipients/import/recipient_import.h"
@@ -57,7 +58,6 @@ class RecipientImportForm final : public QDialog {
   void AddModes(FormColumn* column);
   void AddMapping(FormColumn* column);
   void ConnectControls();
-  void ShowGroups(const QString& chosen);
   void EnableControls();
 
   void Browse();
@@ -67,6 +67,7 @@ class RecipientImportForm final : public QDialog {
   void LookAtFile(Purpose purpose);
   void TakeLook(const Look& look, Purpose purpose);
   void ShowLook(const Look& look, Purpose purpose);
+  void OfferFields(const std::vector<std::string_view>& fields);
   void ShowSample();
   void SayHowItIsRead(const Look& look);
   void TakeHeading(int source, std::size_t field);
@@ -79,7 +80,7 @@ class RecipientImportForm final : public QDialog {
   void FocusOn(recipients::ImportControl control);
   void Start();
   void TakeProgress();
-  void End(const recipients::ImportOutcome& outcome);
+  void ShowEnd(const recipients::ImportOutcome& outcome);
   void ShowReport();
 
   const profile::Program& program_;
@@ -111,9 +112,7 @@ class RecipientImportForm final : public QDialog {
   std::optional<Purpose> look_again_;  // something changed while a look was under way
   QString looked_at_;                  // the file of the last look
   std::shared_ptr<Progress> seen_;     // shared with the thread that imports
-  bool is_asking_ = false;
-  bool is_given_up_ = false;
-  std::optional<recipients::ImportOutcome> ended_meanwhile_;  // while it was asked whether to give it up
+  GiveUp give_up_;
 };
 
 }  // namespace quillcast::desktop

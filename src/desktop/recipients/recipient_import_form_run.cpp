@@ -11,7 +11,6 @@
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/progress_panel.h"
-#include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/locale_codeset.h"
@@ -85,7 +84,10 @@ void RecipientImportForm::Start() {
     };
     const auto outcome =
         std::make_shared<recipients::ImportOutcome>(recipients::ImportRecipients(request, places, cancel, see));
-    return [this, outcome] { End(*outcome); };
+    return [this, outcome] {
+      tick_->stop();
+      give_up_.End([this, outcome] { ShowEnd(*outcome); });
+    };
   });
   tick_->start(kTick);
   EnableControls();
@@ -94,15 +96,8 @@ void RecipientImportForm::Start() {
 
 void RecipientImportForm::TakeProgress() { bar_->Count(seen_->done, seen_->total); }
 
-void RecipientImportForm::End(const recipients::ImportOutcome& outcome) {
-  tick_->stop();
-  if (is_asking_) {
-    ended_meanwhile_ = outcome;
-    WithdrawQuestion();
-    return;
-  }
+void RecipientImportForm::ShowEnd(const recipients::ImportOutcome& outcome) {
   EnableControls();
-  if (is_given_up_) return QDialog::reject();
   bar_->Count(outcome.error ? 0 : 1, 1);
   Warn(recipients::ImportTroubles(outcome));
   if (outcome.error) {
@@ -123,16 +118,7 @@ void RecipientImportForm::ShowReport() {
 }
 
 void RecipientImportForm::reject() {
-  if (!task_->is_running()) return QDialog::reject();
-  if (is_asking_ || is_given_up_) return;
-  is_asking_ = true;
-  const auto answer = program_.prompts.Ask(recipients::kCancelImportQuestion);
-  is_asking_ = false;
-  if (ended_meanwhile_) return End(*std::exchange(ended_meanwhile_, {}));
-  if (answer != platform::Answer::kYes) return;
-  is_given_up_ = true;
-  progress_->button()->setEnabled(false);
-  task_->Cancel();
+  if (give_up_.MayClose(recipients::kCancelImportQuestion)) QDialog::reject();
 }
 
 }  // namespace quillcast::desktop

@@ -1,13 +1,10 @@
 #include "recipients/import/delimited_lines.h"
 
 namespace quillcast::recipients {
-namespace {
 
-FileFacts FactsOf(const TextSource& source) {
-  return {.format = FileFormat::kDelimited, .encoding = source.encoding(), .size = source.size()};
+FileFacts TextFields::Facts() const {
+  return {.format = FileFormat::kDelimited, .encoding = source_.encoding(), .size = source_.size()};
 }
-
-}  // namespace
 
 void SplitLine(std::string_view line, char delimiter, std::size_t most, std::vector<std::string_view>& fields) {
   fields.clear();
@@ -18,11 +15,6 @@ void SplitLine(std::string_view line, char delimiter, std::size_t most, std::vec
     line.remove_prefix(end + 1);
   }
 }
-
-DelimitedLines::DelimitedLines(TextSource source, char delimiter, std::size_t most_fields)
-    : source_(std::move(source)), delimiter_(delimiter), most_fields_(most_fields) {}
-
-FileFacts DelimitedLines::Facts() const { return FactsOf(source_); }
 
 Result<void> DelimitedLines::Read(const Take& take) {
   LineReader reader(source_);
@@ -38,11 +30,6 @@ Result<void> DelimitedLines::Read(const Take& take) {
     if (!take({.fields = fields, .number = line.number, .fault = fault})) return {};
   }
 }
-
-QuotedLines::QuotedLines(TextSource source, char delimiter, std::size_t most_fields)
-    : source_(std::move(source)), delimiter_(delimiter), most_fields_(most_fields) {}
-
-FileFacts QuotedLines::Facts() const { return FactsOf(source_); }
 
 Result<void> QuotedLines::Read(const Take& take) {
   QuotedReader reader(delimiter_, most_fields_, take);

@@ -12,34 +12,33 @@
 
 namespace quillcast::recipients {
 
-// Every line, an empty one too, has one field at least. A line over 1 MiB is a fault.
-class DelimitedLines final : public FieldLines {
+// A text with a delimiter between its fields. Of longer lines the first `most_fields` alone are cut.
+class TextFields : public FieldLines {
  public:
-  // Of longer lines the first `most_fields` alone are cut.
-  DelimitedLines(TextSource source, char delimiter, std::size_t most_fields);
-  Result<void> Read(const Take& take) override;
+  TextFields(TextSource source, char delimiter, std::size_t most_fields)
+      : source_(std::move(source)), delimiter_(delimiter), most_fields_(most_fields) {}
   FileFacts Facts() const override;
   std::uint64_t BytesRead() const override { return source_.bytes_read(); }
 
- private:
+ protected:
   TextSource source_;
   char delimiter_;
   std::size_t most_fields_;
 };
 
+// Every line, an empty one too, has one field at least. A line over 1 MiB is a fault.
+class DelimitedLines final : public TextFields {
+ public:
+  using TextFields::TextFields;
+  Result<void> Read(const Take& take) override;
+};
+
 // RFC 4180: a field that begins with a quote goes to the quote that ends it, with delimiters and line ends inside; two
 // quotes are one of it. A quote elsewhere stands for itself. Empty lines between records are none.
-class QuotedLines final : public FieldLines {
+class QuotedLines final : public TextFields {
  public:
-  QuotedLines(TextSource source, char delimiter, std::size_t most_fields);
+  using TextFields::TextFields;
   Result<void> Read(const Take& take) override;
-  FileFacts Facts() const override;
-  std::uint64_t BytesRead() const override { return source_.bytes_read(); }
-
- private:
-  TextSource source_;
-  char delimiter_;
-  std::size_t most_fields_;
 };
 
 // The first `most` fields of a line into `fields`, in the place of what it holds.
