@@ -205,6 +205,24 @@ class ImportFormTest : public QObject {
     QTRY_COMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Ignore");
   }
 
+  void theListsAreThoseOfTheLastReading() {
+    Scene scene;
+    scene.OpenWith("Ada;Love;ada@x.org\n");
+    scene.Press("RadioButton2");
+    QTest::keyClick(&scene.Find<QComboBox>("DelimitComboBox"), Qt::Key_Up);
+    scene.Press("GetDataButton");
+    QTRY_COMPARE(scene.Entries("ComboBox1"), "Ignore|Field 1 = Ada;Love;ada@x.org");
+    QTest::keyClick(&scene.Find<QComboBox>("DelimitComboBox"), Qt::Key_Down);
+    QTRY_COMPARE(scene.Sample(), "Ada|Love|ada@x.org");
+    scene.Step("HeadingComboBox3", 1);
+    QCOMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Field 3 = ada@x.org");
+    // Of a file that cannot be read there is nothing but "Ignore".
+    std::filesystem::remove(PathFromQt(scene.Find<QLineEdit>("BrowseTextBox").text()));
+    scene.Press("GetDataButton");
+    QTRY_COMPARE(scene.Entries("ComboBox18"), "Ignore");
+    QCOMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Ignore");
+  }
+
   void theTableShowsWhatWouldBeStored() {
     Scene scene;
     scene.OpenWith("First,Mail\n\"Ada, B\",ada@x.org\n");

@@ -272,6 +272,26 @@ class MainFormTest : public QObject {
     QTRY_COMPARE(count(), QString("2 recipients"));
   }
 
+  void afterADeletionNoGroupIsChosen() {
+    Scene scene;
+    scene.rig.AddGroup("Customers", {"a@example.org"});
+    scene.rig.AddGroup("Old", {});
+    scene.Open();
+    scene.Find<QComboBox>("ToComboBox").setCurrentText("Customers");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    test::WhileOpen("GroupManagerForm", [](QDialog& manager) {
+      auto& groups = *manager.findChild<QComboBox*>("GroupComboBox");
+      auto& button = *manager.findChild<QPushButton*>("DeleteGroupButton");
+      groups.setCurrentText("Old");
+      QTRY_VERIFY(button.isEnabled());
+      QTest::mouseClick(&button, Qt::LeftButton);
+      QTRY_COMPARE(groups.count(), 1);
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("GroupButton"), Qt::LeftButton);
+    QCOMPARE(scene.Find<QComboBox>("ToComboBox").count(), 1);
+    QCOMPARE(scene.Box("ToComboBox"), QString());
+  }
+
   void theFormatSpringsBack() {
     Scene scene;
     QVERIFY(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
@@ -345,6 +365,9 @@ class MainFormTest : public QObject {
     QTRY_VERIFY(!scene.rig.prompts.shown.empty());
     QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
     QVERIFY(scene.Editor().PlainText().contains("work"));
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    scene.window->Open({first, second});
+    QTRY_COMPARE(scene.Status(), ToQt("Not opened: " + first + ", " + second + "."));
     scene.window->skip_save_prompt = true;
     scene.window->Open({"/nowhere/letter.html"});
     QTRY_VERIFY2(scene.Status().contains("/nowhere/letter.html"), qPrintable(scene.Status()));

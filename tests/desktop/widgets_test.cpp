@@ -252,6 +252,12 @@ class WidgetsTest : public QObject {
         const int before = list.rowHeight(1);
         list.resize(31 * letters, 200);
         QCOMPARE(list.rowHeight(1) < before, way == LongText::kWrapped);
+        // The end of a row that is higher than the list.
+        list.resize(6 * letters, 4 * list.rowHeight(0));
+        const QModelIndex longest = list.model()->index(90, 0);
+        list.scrollTo(longest, QAbstractItemView::PositionAtBottom);
+        const int below = list.viewport()->height() - list.visualRect(longest).bottom();
+        QVERIFY2(way != LongText::kWrapped || std::abs(below) < list.rowHeight(0), qPrintable(QString::number(below)));
         list.Reset(1);
         QTRY_VERIFY(!bar->isVisible());
         QCOMPARE(list.columnWidth(0), list.viewport()->width());
@@ -357,6 +363,7 @@ class WidgetsTest : public QObject {
           seen << QString("%1:%2+%3").arg(at.top() / 26).arg(at.left()).arg(at.width());
         }
         QCOMPARE(seen.join(' '), QString(places));
+        QCOMPARE(line->sizeHint(), QSize(260, 20));
         QCOMPARE(line->heightForWidth(width), boxes.back()->geometry().bottom() + 1);
         QCOMPARE(line->minimumSize(), QSize(100, line->heightForWidth(width)));  // a window as low has to scroll
       }

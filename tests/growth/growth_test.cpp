@@ -291,6 +291,7 @@ Reader ReadLines(const recipients::ReadingOptions& options) {
     const auto mapping = *recipients::ParseMapping("Email Address=18");
     IgnoreErrors((*lines)->Read([&mapping](const recipients::FieldLine& line) {
       recipients::MapFields(line.fields, true, mapping);
+      if (line.number > 1) return true;
       recipients::SampleEntries(line.fields, true);
       recipients::MapByHeadings(line.fields);
       return true;

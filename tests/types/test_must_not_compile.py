@@ -58,7 +58,8 @@ def refused(bodies):
     command = [os.environ["QUILLCAST_CXX"], "-std=c++20", "-fsyntax-only", "-Wno-unused", "-fmax-errors=0", f"-I{SOURCE}",
                "-x", "c++", "-"]
     numbered = [f'#line 1 "body-{n}"\n{{ {body} }}' for n, body in enumerate(bodies)]
-    done = subprocess.run(command, input=PRELUDE + "\n".join(numbered) + "\n}\n", capture_output=True, text=True)
+    done = subprocess.run(command, input=PRELUDE + "\n".join(numbered) + "\n}\n", capture_output=True, text=True,
+                          env={**os.environ, "LC_ALL": "C"})
     # A constructor that checks its words names the place that called it, and fails in its own line.
     numbers = re.findall(r"^body-(\d+):1:\d+:\s+(?:error:|in .constexpr. expansion)", done.stderr, re.MULTILINE)
     return {int(number) for number in numbers}, done

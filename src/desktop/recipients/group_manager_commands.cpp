@@ -101,7 +101,7 @@ void GroupManagerForm::DeleteGroup() {
         total_->setText("0");
         status_->Say(tr("“%1” was deleted. Undo brings it back.").arg(ToQt(group)));
         ShowUndo();
-        TellGroups();
+        TellGroups(ToQt(group), {});
       });
 }
 

@@ -35,7 +35,7 @@ class GroupManagerForm final : public QDialog {
 
  signals:
   // Whoever shows the groups shows them anew, and `now` where `before` was chosen: a group's old and new name, or none
-  // and a new group's.
+  // and a new group's. After a deletion `now` is empty, and nothing is chosen anywhere.
   void GroupsChanged(const QString& before, const QString& now);
 
  private:

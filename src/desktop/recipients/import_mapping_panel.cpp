@@ -32,7 +32,6 @@ ImportMappingPanel::ImportMappingPanel(QWidget* parent) : QScrollArea(parent) {
 }
 
 void ImportMappingPanel::Offer(const std::vector<std::string>& entries) {
-  has_fields_ = entries.size() > 1;
   for (QComboBox* list : lists_) {
     const QSignalBlocker quiet(list);
     list->clear();
@@ -41,6 +40,8 @@ void ImportMappingPanel::Offer(const std::vector<std::string>& entries) {
   }
   emit Changed();
 }
+
+bool ImportMappingPanel::Offers(int source) const { return source < lists_.front()->count(); }
 
 recipients::ImportMapping ImportMappingPanel::Mapping() const {
   recipients::ImportMapping mapping;

@@ -19,8 +19,9 @@ class ImportMappingPanel final : public QScrollArea {
 
   // What each list offers, "Ignore" first, which is then chosen in all of them.
   void Offer(const std::vector<std::string>& entries);
-  // The same entries with other words, such as without quotes; what is chosen stays.
-  bool has_fields() const { return has_fields_; }
+  bool has_fields() const { return Offers(1); }
+  // Whether this field of the line, counted from 1, can be chosen.
+  bool Offers(int source) const;
   recipients::ImportMapping Mapping() const;
   // What the lists do not offer is "Ignore".
   void Choose(const recipients::ImportMapping& mapping);
@@ -31,7 +32,6 @@ class ImportMappingPanel final : public QScrollArea {
 
  private:
   std::array<QComboBox*, recipients::kFieldCount> lists_{};
-  bool has_fields_ = false;
 };
 
 }  // namespace quillcast::desktop

@@ -103,7 +103,7 @@ void RecipientImportForm::TakeLook(const Look& look, Purpose purpose) {
 void RecipientImportForm::ShowLook(const Look& look, Purpose purpose) {
   if (!look.sample) {
     status_->Fail(look.sample.error());
-    if (purpose == Purpose::kFillLists) mapping_->Offer({});
+    if (purpose == Purpose::kFillLists) OfferFields({});
     return;
   }
   sample_ = *look.sample;
@@ -114,11 +114,13 @@ void RecipientImportForm::ShowLook(const Look& look, Purpose purpose) {
   SayHowItIsRead(look);
   EnableControls();
   if (purpose == Purpose::kFillLists) {
-    const auto fields = sample_->lines.empty() ? std::vector<std::string_view>() : sample_->lines.front().Fields();
-    mapping_->Offer(fields.empty() ? std::vector<std::string>()
-                                   : recipients::SampleEntries(fields, quotes_->isChecked()));
+    OfferFields(sample_->lines.empty() ? std::vector<std::string_view>() : sample_->lines.front().Fields());
   }
   ShowSample();
+}
+
+void RecipientImportForm::OfferFields(const std::vector<std::string_view>& fields) {
+  mapping_->Offer(recipients::SampleEntries(fields, quotes_->isChecked()));
 }
 
 void RecipientImportForm::ShowSample() {
@@ -149,10 +151,10 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
 // A field of a recipient comes from one field of the line; a field of the line may go into several, of which the list
 // above it shows the first.
 void RecipientImportForm::TakeHeading(int source, std::size_t field) {
-  if (!mapping_->has_fields()) {
-    mapping_->Offer(recipients::SampleEntries(sample_->lines.front().Fields(), quotes_->isChecked()));
-  }
   recipients::ImportMapping mapping = mapping_->Mapping();
+  if (!mapping_->Offers(source)) {  // the lists are of another reading, or of none
+    OfferFields(sample_->lines.front().Fields());
+  }
   std::replace(mapping.source.begin(), mapping.source.end(), source, recipients::kIgnore);
   if (field < mapping.source.size()) mapping.source[field] = source;
   mapping_->Choose(mapping);
@@ -160,7 +162,7 @@ void RecipientImportForm::TakeHeading(int source, std::size_t field) {
 
 void RecipientImportForm::Propose() {
   if (!proposed_ || !sample_ || sample_->lines.empty()) return;
-  mapping_->Offer(recipients::SampleEntries(sample_->lines.front().Fields(), quotes_->isChecked()));
+  OfferFields(sample_->lines.front().Fields());
   mapping_->Choose(proposed_->mapping);
   skip_->setChecked(proposed_->has_headings);
   if (proposed_->beyond.empty()) return;

@@ -152,6 +152,8 @@ void MessageHeader::Load() {
   LoadGroups();
 }
 
+void MessageHeader::ChooseNoGroup() { group_->Choose({}); }
+
 void MessageHeader::LoadGroups(const QString& chosen) { group_->Load(chosen); }
 
 void MessageHeader::Refresh() { group_->Refresh(); }

@@ -25,6 +25,7 @@ class MessageHeader final : public QWidget {
   void Load();
   // The To box anew, with `chosen` in it, or what was chosen before when that is empty.
   void LoadGroups(const QString& chosen = {});
+  void ChooseNoGroup();
   // The same beside the window, where the store holds other groups, or others in them, than are shown.
   void Refresh();
   void ShowSender(const QString& from, const QString& method);

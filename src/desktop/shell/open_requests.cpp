@@ -59,10 +59,12 @@ void OpenRequests::Open(const std::vector<std::string>& arguments) {
   const bool is_file = first.starts_with('/');
   const bool is_open = is_file ? OpenFile(shell_, first) : BeginFromLink(shell_, first);
   if (arguments.size() == 1) return;
+  QString said = shell_.status.said();  // of the first, which is then named
+  const std::size_t from = is_open || !said.isEmpty() ? 1 : 0;
+  if (is_open && said.isEmpty()) said = tr("There is one message at a time.");
   QStringList others;
-  for (std::size_t i = 1; i < arguments.size(); ++i) others << Shown(arguments[i]);
-  const QString why = is_open ? tr("There is one message at a time.") : shell_.status.text();
-  shell_.Say(tr("%1 Not opened: %2.").arg(why, others.join(", ")).trimmed());
+  for (std::size_t i = from; i < arguments.size(); ++i) others << Shown(arguments[i]);
+  shell_.Say(tr("%1 Not opened: %2.").arg(said, others.join(", ")).trimmed());
 }
 
 }  // namespace quillcast::desktop

@@ -26,4 +26,6 @@ void StatusPanel::Say(const QString& sentence) {
   });
 }
 
+QString StatusPanel::said() const { return text() == Translated(profile::kStatusPanels[0]) ? QString() : text(); }
+
 }  // namespace quillcast::desktop

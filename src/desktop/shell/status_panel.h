@@ -12,6 +12,8 @@ class StatusPanel final : public QLabel {
 
   // Stands there for a quarter of a minute, or until the next sentence; an empty one ends it.
   void Say(const QString& sentence);
+  // What stands there of that; empty for none.
+  QString said() const;
 };
 
 }  // namespace quillcast::desktop

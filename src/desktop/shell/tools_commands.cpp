@@ -32,6 +32,7 @@ void ShowGroups(Shell& shell) {
   GroupManagerForm form(shell.program, &shell.window);
   QObject::connect(&form, &GroupManagerForm::GroupsChanged, &shell.window,
                    [&shell](const QString& before, const QString& now) {
+                     if (!before.isEmpty() && now.isEmpty()) shell.header.ChooseNoGroup();
                      shell.header.LoadGroups(shell.header.Group() == before ? now : QString());
                    });
   form.exec();

@@ -77,11 +77,11 @@ int FoldingLine::heightForWidth(int width) const {
 }
 
 QSize FoldingLine::sizeHint() const {
-  QSize all;
+  QSize all(0, 0);
   for (const QLayoutItem* item : items_) {
     if (item->isEmpty()) continue;
     const QSize hint = item->sizeHint();
-    all = QSize(all.width() + (all.isEmpty() ? 0 : spacing()) + hint.width(), std::max(all.height(), hint.height()));
+    all = QSize(all.width() + (all.width() == 0 ? 0 : spacing()) + hint.width(), std::max(all.height(), hint.height()));
   }
   return all;
 }
@@ -102,7 +102,8 @@ void FoldingLine::setGeometry(const QRect& place) {
     Place(line, QRect(place.left(), top, place.width(), height));
     top += height + kBetweenLines;
   }
-  if (std::exchange(height_, heightForWidth(place.width())) != height_) update();
+  const int before = std::exchange(height_, heightForWidth(place.width()));
+  if (before != height_) update();
 }
 
 // In the middle of the line's height.

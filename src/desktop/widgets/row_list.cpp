@@ -118,6 +118,7 @@ RowList::RowList(const char* name, const QString& accessible_name, std::vector<R
 void RowList::SetLongText(LongText long_text) {
   long_text_ = long_text;
   setWordWrap(long_text == LongText::kWrapped);
+  if (long_text == LongText::kWrapped) setVerticalScrollMode(ScrollPerPixel);  // a row may be higher than the list
   if (long_text != LongText::kWhole) return;
   setHorizontalScrollMode(ScrollPerPixel);
   horizontalHeader()->setStretchLastSection(false);
