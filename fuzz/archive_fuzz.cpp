@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   recipients::SheetRow row(take);
   recipients::ReadOfficeSheet(text, book, row);
   recipients::SheetRow other(take);
-  int unread = 0;
-  recipients::ReadOpenSheets(text, other, unread);
+  recipients::OpenSheets sheets;
+  recipients::ReadOpenSheets(text, {}, other, sheets);
   return 0;
 }

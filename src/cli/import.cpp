@@ -87,7 +87,7 @@ int Conclude(Context& context, const ImportOptions& options, const ImportOutcome
 // A dialog would go on with a file that cannot be read, and report nothing; here it is an error at once, and so is an
 // unknown encoding.
 Result<void> CheckFile(const ImportRequest& request) {
-  const auto format = recipients::FindOutFormat(request.file);
+  const auto format = recipients::FormatOf(request.file, request.reading);
   if (!format) return format.error();
   return recipients::CheckEncodingName(request.reading.encoding);
 }
@@ -158,6 +158,9 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--rfc4180", options.rfc4180,
                   "Fields in quotes may hold delimiters, line ends and doubled quotes, as spreadsheets write them");
   import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")->check(CLI::NonNegativeNumber);
+  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
+  import.add_option("--sheet", options.sheet,
+                    "Of a spreadsheet, the name of the sheet (else the first that is filled)");
   import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
 }
 

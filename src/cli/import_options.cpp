@@ -59,6 +59,18 @@ Result<void> TakeDelimiter(const ImportOptions& options, const std::string& code
   return {};
 }
 
+Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions& reading) {
+  reading.sheet = options.sheet;
+  if (options.format.empty() || platform::EqualsIgnoringAsciiCase(options.format, kFindOut)) return {};
+  const auto format = recipients::FormatOfName(options.format);
+  if (!format) {
+    return Error{Failure::kUsage, Say("\"{}\" is no format that is read.", platform::Printable(options.format, 100)),
+                 "Name Text, Spreadsheet, vCard or LDIF, or Auto to have it found out."};
+  }
+  reading.format = *format;
+  return {};
+}
+
 Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
   auto reading = plan.request.reading;
   reading.most_fields = std::numeric_limits<std::int32_t>::max();
@@ -135,6 +147,10 @@ void TellFile(Context& context, const recipients::FileFacts& facts, const Import
   }
   object["format"] = recipients::NameOf(facts.format);
   context.output.Line(fmt::format("Format: {}", recipients::NameOf(facts.format)));
+  if (!facts.sheet.empty()) {
+    object["sheet"] = facts.sheet;
+    context.output.Line(fmt::format("Sheet: {}", platform::Printable(facts.sheet, kLongestShown)));
+  }
   if (facts.format == recipients::FileFormat::kDelimited && plan.request.mode == ImportMode::kDelimited) {
     const auto name = recipients::NameOf(plan.request.reading.delimiter);
     context.output.Line(fmt::format("Delimiter: {}{}", name, plan.delimiter_was_found ? " (found out)" : ""));
@@ -160,6 +176,7 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
     TakeKept(*kept, request);
   }
   request.reading.encoding = options.encoding;
+  if (const auto taken = TakeFormat(options, request.reading); !taken) return taken.error();
   request.reading.rfc4180 = (request.reading.rfc4180 && !options.quotes) || options.rfc4180;
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
   request.dry_run = options.dry_run;

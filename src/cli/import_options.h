@@ -23,6 +23,8 @@ struct ImportOptions {
   std::int64_t skip = 0;
   bool opt_in = false;
   std::string encoding;
+  std::string format;  // empty: found out
+  std::string sheet;   // empty: the first with anything in it
   bool preview = false;
   bool dry_run = false;
   bool list_mappings = false;

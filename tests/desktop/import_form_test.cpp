@@ -1,8 +1,10 @@
 // The dialog of the import: what it checks, what it shows of a file, what it imports, and how it is given up.
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -15,6 +17,7 @@
 
 #include "desktop/form_rig.h"
 #include "desktop/recipients/recipient_import_form.h"
+#include "support/stored_archive.h"
 
 namespace quillcast::desktop {
 
@@ -50,11 +53,20 @@ struct Scene {
     Open("Readers");
     Pick(content);
   }
-  void Pick(std::string_view content) {
-    rig.prompts.files = {rig.folder.Write("list.txt", content)};
+  void Pick(std::string_view content, const char* name = "list.txt") {
+    PickFile(rig.folder.Write(name, content));
+    QTRY_VERIFY(!Status().isEmpty());
+  }
+  void PickFile(const std::filesystem::path& file) {
+    rig.prompts.files = {file};
     Press("BrowseButton");
     QCOMPARE(rig.Shown(), "open: Import Recipients");
-    QTRY_VERIFY(!Status().isEmpty());
+  }
+  // What the lists of the address, the first name and the city show.
+  QString Mapped() const {
+    QStringList chosen;
+    for (const char* name : {"ComboBox1", "ComboBox3", "ComboBox7"}) chosen << Find<QComboBox>(name).currentText();
+    return chosen.join('|');
   }
   template <typename Widget>
   Widget& Find(const QString& name) const {
@@ -119,6 +131,7 @@ class ImportFormTest : public QObject {
     scene.rig.AddGroup("Ants", {});
     scene.Open("Ants");
     QCOMPARE(scene.Entries("DataComboBox"), "Zebras|Ants");
+    QCOMPARE(scene.Find<QComboBox>("DataComboBox").placeholderText(), "Choose a group");
     QCOMPARE(scene.Find<QComboBox>("DataComboBox").currentText(), "Ants");
     QCOMPARE(scene.Entries("DelimitComboBox"), "Tab|Colon|Space|Comma|Semicolon");
     QVERIFY(scene.Find<QAbstractButton>("RadioButton1").isChecked());
@@ -257,17 +270,174 @@ class ImportFormTest : public QObject {
     QVERIFY2(scene.Warnings().startsWith("1 byte is not UTF-8, on line 3"), qPrintable(scene.Warnings()));
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 1));
     QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org,Ada");
-    scene.Pick("Ada,ada@x.org\n");
+    scene.Pick("Ada,ada@x.org\n", "plain.txt");
     QTRY_VERIFY(!scene.Find<QWidget>("ProposeButton").isEnabled());
     QVERIFY(!scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
     scene.Press("QuotationCheckBox");
-    scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
+    scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n", "cards.vcf");
     QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
     scene.Press("ProposeButton");
     for (const char* name : {"DelimitComboBox", "QuotationCheckBox", "SkipCheckBox"})
       QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
     QVERIFY2(scene.Addresses().endsWith("vcard@x.org,Ada"), qPrintable(scene.Addresses()));
+  }
+
+  void aMappingIsKeptUnderAName() {
+    Scene scene;
+    scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+    scene.Press("RadioButton2");
+    QVERIFY(!scene.Find<QWidget>("ApplyMappingButton").isEnabled());
+    scene.Press("KeepMappingButton");
+    QCOMPARE(scene.rig.Shown(), "warn: Please select at least one field to import.");
+    scene.Press("ProposeButton");
+    const auto keep = [&](const char* name, const char* status) {
+      test::WhileOpen("MappingKeepForm", [=](QDialog& dialog) {
+        QTest::keyClicks(dialog.focusWidget(), name);
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        QCOMPARE(dialog.findChild<QLabel*>("StatusLine")->text(), status);
+      });
+      QTest::keyClick(&scene.Find<QWidget>("KeepMappingButton"), Qt::Key_Space);
+    };
+    keep("\x08", "A mapping is kept under a name. Name it for where the lists come from.");
+    keep("Web shop", "");
+    QCOMPARE(scene.Entries("MappingComboBox"), "Web shop");
+    const recipients::KeptMapping shop{
+        "Web shop", *recipients::ParseMapping("Email Address=3,First Name=1,City=2"), ';', false, false, 1};
+    QCOMPARE(*recipients::ListMappings(scene.rig.settings), std::vector{shop});
+    // One of the same name is replaced after a question, which is answered with No and then with Yes.
+    scene.Press("SkipCheckBox");
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    keep("web SHOP", "");
+    QCOMPARE(scene.rig.Shown(), "ask: The mapping “web SHOP” is kept already./Would you like to replace it?");
+    QCOMPARE(*recipients::ListMappings(scene.rig.settings), std::vector{shop});
+    // A file that lacks a field of it, in another reading: what is missing is told, and stands at "Ignore".
+    scene.Pick("x,1\nAda,Ulm\n", "other.csv");
+    QTRY_COMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Comma");
+    scene.Step("MappingComboBox", 1);
+    QTest::keyClick(&scene.Find<QWidget>("ApplyMappingButton"), Qt::Key_Space);
+    QTRY_COMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Semicolon");
+    QTRY_VERIFY2(scene.Warnings().contains("field 3 of a line, for “Email Address”"), qPrintable(scene.Warnings()));
+    QCOMPARE(scene.Mapped(), "Ignore|Field 1 = x,1|Ignore");
+    scene.Pick("a;b;c;d\nAda;Ulm;ada@x.org;1\n", "right.csv");
+    QTest::keyClick(&scene.Find<QWidget>("ApplyMappingButton"), Qt::Key_Space);
+    QTRY_COMPARE(scene.Mapped(), "Field 3 = c|Field 1 = a|Field 2 = b");
+    QVERIFY(scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    // Lines before the headings, as a kept one may leave out.
+    auto report = shop;
+    report.skip = 2;
+    QVERIFY(recipients::KeepMapping(scene.rig.settings, report));
+    scene.Pick("A report\nv;o;m\nEve;Bonn;eve@x.org\n", "report.csv");
+    QTest::keyClick(&scene.Find<QWidget>("ApplyMappingButton"), Qt::Key_Space);
+    QTRY_COMPARE(scene.Mapped(), "Field 3 = m|Field 1 = v|Field 2 = o");
+    QCOMPARE(scene.Sample(), "Eve|Bonn|eve@x.org");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("RemoveMappingButton");
+    QCOMPARE(scene.rig.Shown(), "ask: Would you like to remove the mapping “Web shop”?");
+    QVERIFY(recipients::ListMappings(scene.rig.settings)->empty());
+    QVERIFY(!scene.Find<QWidget>("RemoveMappingButton").isEnabled());
+  }
+
+  void anotherFileSetsTheMappingBack() {
+    Scene scene;
+    scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+    scene.Press("RadioButton2");
+    scene.Press("ProposeButton");
+    const QString mapped = scene.Mapped();
+    scene.Pick("Bob;Rom;bob@x.org\n", "other.txt");
+    QTRY_VERIFY2(scene.Warnings().startsWith("The mapping of the other file was set back."),
+                 qPrintable(scene.Warnings()));
+    QCOMPARE(scene.Mapped(), "||");
+    scene.Pick("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+    QTRY_COMPARE(scene.Mapped(), mapped);
+    QVERIFY(scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    QCOMPARE(scene.Warnings(), "");
+    scene.Press("GetDataButton");
+    QTRY_COMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
+  }
+
+  void whatIsPickedDuringTheFirstLookStays() {
+    Scene scene;
+    scene.rig.AddGroup("Readers", {});
+    scene.Open("Readers");
+    scene.Press("RadioButton2");
+    scene.PickFile(scene.rig.folder.Write("list.txt", "Ada:x;ada@x.org\nBob:y;bob@x.org\n"));
+    scene.Step("DelimitComboBox", 1);  // the look has not come back: nobody has turned the event loop
+    QCOMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Colon");
+    QTRY_COMPARE(scene.Sample(), "Ada|x;ada@x.org / Bob|y;bob@x.org");
+    QCOMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Colon");
+    scene.Pick("Ada;ada@x.org\nBob;bob@x.org\n", "other.txt");
+    QTRY_COMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Semicolon");
+  }
+
+  void aLongFieldIsWholeInItsEntry() {
+    Scene scene;
+    const QString text = QString(990, 'x') + "end";
+    scene.OpenWith(FromQt(text + "," + QString(3000, 'y') + "\n"));
+    scene.Press("RadioButton2");
+    scene.GetData();
+    auto& list = scene.Find<QComboBox>("ComboBox1");
+    QCOMPARE(list.itemText(1), "Field 1 = " + text);
+    QCOMPARE(list.itemText(2), "Field 2 = " + QString(1000, 'y') + QString::fromUtf8("…"));
+    scene.Step("ComboBox1", 1);
+    QVERIFY2(list.toolTip().contains(text), qPrintable(list.toolTip()));
+    QVERIFY(list.width() < 500 && list.view()->textElideMode() == Qt::ElideRight);
+  }
+
+  void kindAndSheetCanBeChosen() {
+    Scene scene;
+    auto parts =
+        test::Workbook("<row r='3'><c t='str'><v>E-Mail</v></c></row><row r='4'><c t='str'><v>a@x.org</v></c></row>");
+    parts[1].content =
+        "<workbook><sheets><sheet name='One' r:id='rId1'/><sheet name='T&amp;wo' r:id='rId4'/></sheets></workbook>";
+    parts[2].content.insert(parts[2].content.find("</Rel"),
+                            "<Relationship Id='rId4' Type='x/worksheet' Target='two.xml'/>");
+    parts.push_back({"xl/two.xml", "<worksheet><row r='1'><c t='str'><v>b@x.org</v></c></row></worksheet>"});
+    scene.OpenWith(test::StoredArchive(parts));
+    scene.Press("RadioButton2");
+    QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
+    QCOMPARE(scene.Find<QComboBox>("SheetComboBox").currentText(), "One");
+    QCOMPARE(scene.Find<QComboBox>("KindComboBox").currentText(), "Found: spreadsheet");
+    // The headings stand in the third row, and are left out with what is before them.
+    scene.Press("ProposeButton");
+    QCOMPARE(scene.Sample(), "a@x.org");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    scene.Step("SheetComboBox", 1);
+    scene.Press("SkipCheckBox");
+    QTRY_COMPARE(scene.Sample(), "b@x.org");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    scene.Step("KindComboBox", 1);
+    QTRY_VERIFY2(scene.Status().startsWith("Format: delimited text"), qPrintable(scene.Status()));
+    scene.Pick("dn: x,a@x.org\n", "other.txt");
+    QTRY_COMPARE(scene.Find<QComboBox>("KindComboBox").currentText(), "Found: LDIF");
+    QVERIFY(!scene.Find<QWidget>("SheetComboBox").isEnabled());
+    scene.Step("KindComboBox", 1);
+    QTRY_COMPARE(scene.Sample(), "dn: x|a@x.org");
+    scene.Step("KindComboBox", 1);
+    QTRY_VERIFY2(scene.Status().contains("is no whole archive"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Sample(), "");
+    QCOMPARE(scene.Find<QLabel>("EmptyState").text(), "The file could not be read.");
+  }
+
+  // What has no end is given up with the dialog, or for another file.
+  void aLongLookIsGivenUp() {
+    Scene scene;
+    scene.rig.AddGroup("Readers", {});
+    scene.Open("Readers");
+    const auto endless = scene.rig.folder.Write("endless.txt", "");
+    std::filesystem::resize_file(endless, std::uintmax_t{400} << 30);  // zeros, which take no room
+    scene.PickFile(endless);
+    QTRY_VERIFY2(scene.Status().startsWith("Looking at "), qPrintable(scene.Status()));
+    scene.Pick("a@x.org\n");
+    QTRY_VERIFY2(scene.Status().startsWith("Format: delimited text"), qPrintable(scene.Status()));
+    scene.PickFile(endless);
+    QTRY_VERIFY(scene.Status().startsWith("Looking at "));
+    QElapsedTimer closing;
+    closing.start();
+    QTest::keyClick(scene.form.get(), Qt::Key_Escape);
+    scene.form.reset();
+    QVERIFY2(closing.elapsed() < 1000, qPrintable(QString::number(closing.elapsed())));
   }
 
   void theEncodingCanBeOverruled() {

@@ -1,5 +1,6 @@
 #include "desktop/recipients/import_mapping_panel.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -9,6 +10,14 @@
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
+namespace {
+
+// What is chosen is longer than its box as a rule.
+void TipTheWhole(QComboBox& list) {
+  list.setToolTip(list.currentIndex() > 0 ? PlainTip(list.currentText()) : QString());
+}
+
+}  // namespace
 
 ImportMappingPanel::ImportMappingPanel(QWidget* parent) : QScrollArea(parent) {
   setObjectName("MappingPanel");
@@ -26,7 +35,11 @@ ImportMappingPanel::ImportMappingPanel(QWidget* parent) : QScrollArea(parent) {
     lists_[field]->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     lists_[field]->setMinimumContentsLength(8);
     grid->Add(QString("ComboBox%1").arg(field + 1), Translated(recipients::kFields[field].label) + ":", lists_[field]);
-    connect(lists_[field], &QComboBox::currentIndexChanged, this, &ImportMappingPanel::Changed);
+    lists_[field]->view()->setTextElideMode(Qt::ElideRight);
+    connect(lists_[field], &QComboBox::currentIndexChanged, this, [this, list = lists_[field]] {
+      TipTheWhole(*list);
+      emit Changed();
+    });
   }
   setWidget(inside);
 }
@@ -35,8 +48,12 @@ void ImportMappingPanel::Offer(const std::vector<std::string>& entries) {
   for (QComboBox* list : lists_) {
     const QSignalBlocker quiet(list);
     list->clear();
-    for (const std::string& entry : entries) list->addItem(ToQt(platform::Printable(entry, 80)));
+    for (const std::string& entry : entries) {
+      list->addItem(ToQt(entry));
+      list->setItemData(list->count() - 1, PlainTip(ToQt(entry)), Qt::ToolTipRole);
+    }
     list->setCurrentIndex(entries.empty() ? -1 : 0);
+    list->setToolTip({});
   }
   emit Changed();
 }
@@ -56,6 +73,7 @@ void ImportMappingPanel::Choose(const recipients::ImportMapping& mapping) {
     const QSignalBlocker quiet(lists_[field]);
     const int source = mapping.source[field];
     lists_[field]->setCurrentIndex(source < lists_[field]->count() ? source : recipients::kIgnore);
+    TipTheWhole(*lists_[field]);
   }
   emit Changed();
 }

@@ -16,9 +16,8 @@ constexpr int kColumnWidth = 150;
 
 }  // namespace
 
-ImportSampleTable::ImportSampleTable(QWidget* parent)
-    : QTableWidget(parent),
-      empty_(new EmptyState(this, tr("The first lines of the file stand here once it is chosen."))) {
+ImportSampleTable::ImportSampleTable(QWidget* parent) : QTableWidget(parent), empty_(new EmptyState(this)) {
+  Clear();
   setObjectName("SampleTable");
   setAccessibleName(tr("First lines of the file"));
   setEditTriggers(NoEditTriggers);
@@ -29,9 +28,10 @@ ImportSampleTable::ImportSampleTable(QWidget* parent)
   verticalHeader()->hide();
 }
 
-void ImportSampleTable::Clear() {
+void ImportSampleTable::Clear(const QString& why) {
   setRowCount(0);
   setColumnCount(0);
+  empty_->setText(why.isEmpty() ? tr("The first lines of the file stand here once it is chosen.") : why);
   empty_->show();
 }
 
@@ -51,29 +51,33 @@ void ImportSampleTable::AddHeadings(int columns) {
   }
 }
 
-void ImportSampleTable::Show(const recipients::ImportSample& sample, bool quotes, bool skips_first) {
+void ImportSampleTable::Show(const recipients::ImportSample& sample, bool quotes, std::int64_t skip) {
   std::size_t most = 0;
   for (const auto& line : sample.lines) most = std::max(most, line.texts.size());
   const int columns = static_cast<int>(std::min<std::size_t>(most, recipients::kSourceFields));
-  if (columns == 0) return Clear();
+  if (columns == 0) return Clear(tr("There is nothing in the file."));
   empty_->hide();
-  const int first = skips_first ? 1 : 0;
-  setRowCount(std::max(1, 1 + static_cast<int>(sample.lines.size()) - first));
+  setRowCount(1);
   if (columnCount() > columns) setColumnCount(columns);
   AddHeadings(columns);
-  for (int row = 1; row < rowCount(); ++row) {
-    const auto place = static_cast<std::size_t>(row) - 1 + static_cast<std::size_t>(first);
-    const auto fields = sample.lines[place].Fields();
-    for (int column = 0; column < columns; ++column) {
-      std::string_view text =
-          static_cast<std::size_t>(column) < fields.size() ? fields[static_cast<std::size_t>(column)] : "";
-      if (quotes) text = recipients::WithoutQuotes(text);
-      setItem(row, column, new QTableWidgetItem(ToQt(platform::Printable(text, kLongestShown))));
-    }
+  for (const auto& line : sample.lines) {
+    if (line.number > skip) AddLine(line, quotes);
   }
   // A row with lists hands the keyboard on to them.
   if (rowCount() > 1 && currentRow() < 1) setCurrentCell(1, 0);
   Dim();
+}
+
+void ImportSampleTable::AddLine(const recipients::SampleLine& line, bool quotes) {
+  const int row = rowCount();
+  const auto fields = line.Fields();
+  setRowCount(row + 1);
+  for (int column = 0; column < columnCount(); ++column) {
+    const auto place = static_cast<std::size_t>(column);
+    std::string_view text = place < fields.size() ? fields[place] : "";
+    if (quotes) text = recipients::WithoutQuotes(text);
+    setItem(row, column, new QTableWidgetItem(ToQt(platform::Printable(text, kLongestShown))));
+  }
 }
 
 QComboBox* ImportSampleTable::HeadingOf(int column) const { return qobject_cast<QComboBox*>(cellWidget(0, column)); }

@@ -16,9 +16,10 @@ class ImportSampleTable final : public QTableWidget {
  public:
   explicit ImportSampleTable(QWidget* parent);
 
-  // The lines, without the first where that is left out, and with the first and last character off where `quotes` is.
-  void Show(const recipients::ImportSample& sample, bool quotes, bool skips_first);
-  void Clear();
+  // The lines behind the line of the number `skip`, with the first and last character off where `quotes` is.
+  void Show(const recipients::ImportSample& sample, bool quotes, std::int64_t skip);
+  // `why` there is nothing to show.
+  void Clear(const QString& why = {});
   // What the lists above the fields show; fields that nobody takes are dimmed.
   void ShowMapping(const recipients::ImportMapping& mapping);
 
@@ -32,6 +33,7 @@ class ImportSampleTable final : public QTableWidget {
  private:
   QComboBox* HeadingOf(int column) const;
   void AddHeadings(int columns);
+  void AddLine(const recipients::SampleLine& line, bool quotes);
   void Dim();
 
   EmptyState* empty_;

@@ -10,6 +10,7 @@
 #include "desktop/recipients/group_box.h"
 #include "desktop/recipients/import_mapping_panel.h"
 #include "desktop/recipients/import_sample_table.h"
+#include "desktop/recipients/kept_mapping_box.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
@@ -51,26 +52,31 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       file_(new QLineEdit(this)),
       browse_(NamedButton("BrowseButton", tr("&Browse…"), this)),
       group_(new QComboBox(this)),
+      kind_(new QComboBox(this)),
+      sheet_(new QComboBox(this)),
       harvest_(new QRadioButton(tr("Every e-mail &address anywhere in the file"), this)),
       delimited_(new QRadioButton(tr("A recipient from each &line, with these fields:"), this)),
       delimiter_(new QComboBox(this)),
       encoding_(new QComboBox(this)),
       quotes_(NamedBox("QuotationCheckBox", tr("Fields are enclosed in &quotes"), this)),
-      rfc4180_(NamedBox("Rfc4180CheckBox", tr("Quotes as s&preadsheets write them (RFC 4180)"), this)),
+      rfc4180_(NamedBox("Rfc4180CheckBox", tr("Quotes as spreadsheets &write them (RFC 4180)"), this)),
       skip_(NamedBox("SkipCheckBox", tr("Leave the first line o&ut, it has headings"), this)),
       get_data_(NamedButton("GetDataButton", tr("&Get Data"), this)),
       propose_(NamedButton("ProposeButton", tr("&Map by Headings"), this)),
+      status_(new StatusLine(this)),
+      kept_(new KeptMappingBox(program, *status_, this)),
       mapping_(new ImportMappingPanel(this)),
       table_(new ImportSampleTable(this)),
       warnings_(new NotePanel(NoteKind::kWarning, "WarningsPanel", "WarningsLabel", this)),
-      status_(new StatusLine(this)),
       progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
       bar_(progress_->AddBar("ProgressBar", tr("File read:"))),
       import_(NamedButton("ImportButton", tr("&Import"), this)),
       report_(NamedButton("ReportButton", tr("Re&port"), this)),
+      slow_(new QTimer(this)),
       give_up_(*this, *task_, *progress_->button(), program.prompts) {
   MakeWindow();
   ConnectControls();
+  group_->setPlaceholderText(tr("Choose a group"));
   if (const auto filled = FillGroupBox(*group_, program, group); !filled) status_->Fail(filled.error());
   EnableControls();
   file_->setFocus();
@@ -82,12 +88,13 @@ void RecipientImportForm::MakeWindow() {
   setObjectName("RecipientImportForm");
   setWindowTitle(tr("Import Recipients"));
   setAcceptDrops(true);
-  resize(780, 580);
+  resize(800, 640);
   import_->setDefault(true);
   auto* column = new FormColumn(this);
   FormGrid* what = column->AddGrid();
   what->Add("BrowseTextBox", tr("&From file:"), file_, {browse_});
   what->Add("DataComboBox", tr("&To group:"), group_);
+  AddFormats(column);
   AddModes(column);
   AddMapping(column);
   column->Add(warnings_);
@@ -98,21 +105,33 @@ void RecipientImportForm::MakeWindow() {
   column->Add(progress_);
 }
 
-void RecipientImportForm::AddModes(FormColumn* column) {
-  for (const recipients::Delimiter& delimiter : recipients::kDelimiters) {
-    delimiter_->addItem(Translated(delimiter.name), QChar::fromLatin1(delimiter.character));
-  }
+void RecipientImportForm::AddFormats(FormColumn* column) {
+  kind_->addItem(tr("Find out"), static_cast<int>(recipients::FileFormat::kAuto));
+  for (const auto format : recipients::kFormats)
+    kind_->addItem(Translated(recipients::NameOf(format)), static_cast<int>(format));
+  sheet_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  sheet_->setMinimumContentsLength(16);
   encoding_->setEditable(true);
   encoding_->setInsertPolicy(QComboBox::NoInsert);
   encoding_->addItem(tr("Find out"));
   for (const char* encoding : kEncodings) encoding_->addItem(encoding);
+  FormGrid* formats = column->AddGrid();
+  formats->Add("KindComboBox", tr("&Kind:"), kind_);
+  formats->Add("SheetComboBox", tr("S&heet:"), sheet_);
+  formats->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
+}
+
+void RecipientImportForm::AddModes(FormColumn* column) {
+  for (const recipients::Delimiter& delimiter : recipients::kDelimiters) {
+    delimiter_->addItem(Translated(delimiter.name), QChar::fromLatin1(delimiter.character));
+  }
   FormGrid* modes = column->AddGrid();
-  modes->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
   modes->AddWide("RadioButton1", harvest_);
   modes->AddWide("RadioButton2", delimited_);
   harvest_->setChecked(true);
   modes->Add("DelimitComboBox", tr("&Delimiter:"), delimiter_);
   column->AddLine({quotes_, rfc4180_, nullptr});
+  column->AddGrid()->Add("MappingComboBox", tr("Kept mappi&ng:"), kept_, kept_->buttons());
 }
 
 void RecipientImportForm::AddMapping(FormColumn* column) {
@@ -130,13 +149,23 @@ void RecipientImportForm::ConnectControls() {
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
   connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);
   connect(propose_, &QPushButton::clicked, this, &RecipientImportForm::Propose);
-  connect(delimiter_, &QComboBox::activated, this, [this] { LookAtFile(Purpose::kShow); });
-  connect(encoding_, &QComboBox::activated, this, [this] { LookAtFile(Purpose::kShow); });
-  connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, [this] { LookAtFile(Purpose::kShow); });
+  connect(delimiter_, &QComboBox::activated, this, [this] {
+    delimiter_is_picked_ = true;
+    LookAgain();
+  });
+  // Another kind may be the first one that has a delimiter.
+  connect(kind_, &QComboBox::activated, this, [this] { LookAtFile({.is_new_file = true}); });
+  for (QComboBox* list : {sheet_, encoding_})
+    connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
+  connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, &RecipientImportForm::LookAgain);
   connect(rfc4180_, &QCheckBox::toggled, this, [this] {
     EnableControls();
-    LookAtFile(Purpose::kShow);
+    LookAgain();
   });
+  connect(kept_, &KeptMappingBox::KeepAsked, this, &RecipientImportForm::KeepMapping);
+  connect(kept_, &KeptMappingBox::Applied, this, &RecipientImportForm::ApplyMapping);
+  slow_->setSingleShot(true);
+  connect(slow_, &QTimer::timeout, this, [this] { status_->Say(tr("Looking at %1…").arg(looked_at_)); });
   connect(quotes_, &QCheckBox::toggled, this, [this] {
     EnableControls();
     ShowSample();
@@ -154,18 +183,21 @@ void RecipientImportForm::ConnectControls() {
 void RecipientImportForm::EnableControls() {
   const bool is_idle = !task_->is_running();
   for (QWidget* control :
-       std::initializer_list<QWidget*>{file_, browse_, group_, harvest_, delimited_, encoding_, import_, report_}) {
+       std::initializer_list<QWidget*>{file_, browse_, group_, kind_, harvest_, delimited_, import_, report_}) {
     control->setEnabled(is_idle);
   }
+  const auto format = sample_ ? sample_->facts.format : recipients::FileFormat::kDelimited;
   const bool is_delimited = is_idle && delimited_->isChecked();
-  const bool has_fields_of_its_own = sample_ && recipients::HasKnownFields(sample_->facts.format);
-  const bool is_text = !sample_ || sample_->facts.format == recipients::FileFormat::kDelimited;
+  const bool is_text = format == recipients::FileFormat::kDelimited;
+  encoding_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
+  sheet_->setEnabled(is_idle && sheet_->count() > 1);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
+  kept_->EnableAll(is_delimited);
   delimiter_->setEnabled(is_delimited && is_text);
   quotes_->setEnabled(is_delimited && is_text && !rfc4180_->isChecked());
   rfc4180_->setEnabled(is_delimited && is_text && !quotes_->isChecked());
-  skip_->setEnabled(is_delimited && !has_fields_of_its_own);
+  skip_->setEnabled(is_delimited && !recipients::HasKnownFields(format));
   propose_->setEnabled(is_delimited && proposed_.has_value());
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QHash>
 #include <memory>
 #include <optional>
 
@@ -9,6 +10,7 @@
 #include "desktop/widgets/give_up.h"
 #include "profile/program.h"
 #include "recipients/import/import_sample.h"
+#include "recipients/import/kept_mappings.h"
 #include "recipients/import/recipient_import.h"
 
 class QCheckBox;
@@ -24,6 +26,7 @@ class CountBar;
 class FormColumn;
 class ImportMappingPanel;
 class ImportSampleTable;
+class KeptMappingBox;
 class NotePanel;
 class ProgressPanel;
 class StatusLine;
@@ -45,16 +48,23 @@ class RecipientImportForm final : public QDialog {
 
  private:
   struct Progress;
+  // What a look is for, beside showing the first lines.
+  struct Wish {
+    bool is_new_file = false;  // its delimiter is found out
+    bool fills_lists = false;
+    bool applies = false;  // a mapping that waits for the fields
+  };
   // What a look at the file came to.
   struct Look {
     QString file;
+    Wish wish;
     Result<recipients::ImportSample> sample;
     Result<recipients::FoundDelimiter> delimiter;
+    std::vector<std::string> sheets;  // where they were to be listed
   };
-  // What a look is for, beside showing the first lines.
-  enum class Purpose { kShow, kNewFile, kFillLists };
 
   void MakeWindow();
+  void AddFormats(FormColumn* column);
   void AddModes(FormColumn* column);
   void AddMapping(FormColumn* column);
   void ConnectControls();
@@ -62,17 +72,30 @@ class RecipientImportForm final : public QDialog {
 
   void Browse();
   void TakeFile(const QString& file);
+  void SetBack();
   void GetData();
   recipients::ReadingOptions Reading() const;
-  void LookAtFile(Purpose purpose);
-  void TakeLook(const Look& look, Purpose purpose);
-  void ShowLook(const Look& look, Purpose purpose);
-  void OfferFields(const std::vector<std::string_view>& fields);
+  void LookAgain();
+  void LookAtFile(const Wish& wish);
+  void TakeLook(const Look& look);
+  void ShowLook(const Look& look);
+  void ShowNoLook(const Look& look);
+  void TakeFormat(const Look& look);
   void ShowSample();
   void SayHowItIsRead(const Look& look);
+  void Warn(const std::vector<Sentence>& sentences);
+
+  std::vector<std::string_view> FieldsToChoose() const;
+  std::int64_t SkippedLines() const;
+  void SkipLines(std::int64_t lines);
+  void OfferFields();
   void TakeHeading(int source, std::size_t field);
   void Propose();
-  void Warn(const std::vector<Sentence>& sentences);
+  recipients::KeptMapping Current() const;
+  void KeepMapping();
+  void ApplyMapping(const recipients::KeptMapping& kept);
+  void TakeMapping(const recipients::KeptMapping& kept);
+  std::optional<Sentence> ChooseWaiting();
 
   recipients::ImportForm Form() const;
   recipients::ImportRequest Request() const;
@@ -90,6 +113,8 @@ class RecipientImportForm final : public QDialog {
   QLineEdit* file_;
   QPushButton* browse_;
   QComboBox* group_;
+  QComboBox* kind_;
+  QComboBox* sheet_;
   QRadioButton* harvest_;
   QRadioButton* delimited_;
   QComboBox* delimiter_;
@@ -99,19 +124,29 @@ class RecipientImportForm final : public QDialog {
   QCheckBox* skip_;
   QPushButton* get_data_;
   QPushButton* propose_;
+  StatusLine* status_;
+  KeptMappingBox* kept_;
   ImportMappingPanel* mapping_;
   ImportSampleTable* table_;
   NotePanel* warnings_;
-  StatusLine* status_;
   ProgressPanel* progress_;
   CountBar* bar_;
   QPushButton* import_;
   QPushButton* report_;
   std::optional<recipients::ImportSample> sample_;
   std::optional<recipients::ProposedMapping> proposed_;
-  std::optional<Purpose> look_again_;  // something changed while a look was under way
-  QString looked_at_;                  // the file of the last look
-  std::shared_ptr<Progress> seen_;     // shared with the thread that imports
+  QTimer* slow_;                                        // until a look is said to be under way
+  QString looked_at_;                                   // the file of the last look
+  Wish looking_for_;                                    // by the look that is under way
+  std::optional<Wish> look_again_;                      // something changed meanwhile
+  recipients::ReadingOptions read_as_;                  // by the last look
+  std::optional<recipients::TextEncoding> known_;       // found out of this file
+  bool delimiter_is_picked_ = false;                    // for this file, by the person or with a mapping
+  bool was_set_back_ = false;                           // the mapping, for the file is another one
+  std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
+  QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
+  std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there
+  std::shared_ptr<Progress> seen_;                      // shared with the thread that imports
   GiveUp give_up_;
 };
 

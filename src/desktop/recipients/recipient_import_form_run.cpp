@@ -45,7 +45,7 @@ recipients::ImportRequest RecipientImportForm::Request() const {
           .reading = Reading(),
           .quotes = quotes_->isChecked() && quotes_->isEnabled(),
           .mapping = form.mapping,
-          .skip = skip_->isChecked() && skip_->isEnabled() ? 1 : 0};
+          .skip = SkippedLines()};
 }
 
 void RecipientImportForm::FocusOn(recipients::ImportControl control) {
@@ -71,6 +71,9 @@ void RecipientImportForm::Import() {
 }
 
 void RecipientImportForm::Start() {
+  look_->Cancel();  // what it would show is no longer asked for
+  look_again_.reset();
+  slow_->stop();
   bar_->Count(0, 1);
   Warn({});
   status_->Say(tr("Reading %1…").arg(file_->text()));

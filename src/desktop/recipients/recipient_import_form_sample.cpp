@@ -5,7 +5,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSignalBlocker>
+#include <QTimer>
 
 #include "desktop/recipients/import_mapping_panel.h"
 #include "desktop/recipients/import_sample_table.h"
@@ -20,6 +20,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr std::size_t kLinesShown = 20;
+constexpr int kSlowLook = 200;  // milliseconds, after which it is said that one is under way
 
 }  // namespace
 
@@ -42,19 +43,38 @@ void RecipientImportForm::Browse() {
   if (!files.empty()) TakeFile(PathToQt(files.front()));
 }
 
-// What was read of another file is no longer there.
-void RecipientImportForm::TakeFile(const QString& file) {
-  file_->setText(file);
-  looked_at_ = file;
+// What was read of another file is no longer there, and what was picked for it does not hold.
+void RecipientImportForm::SetBack() {
   sample_.reset();
   proposed_.reset();
-  skip_->setChecked(false);  // the headings were the other file's
+  waiting_.reset();
+  known_.reset();
+  SkipLines(0);  // the headings were the other file's
+  sheet_->clear();
   mapping_->Offer({});
   table_->Clear();
   Warn({});
   status_->Say({});
+}
+
+void RecipientImportForm::TakeFile(const QString& file) {
+  const bool had_file = !looked_at_.isEmpty();
+  const bool had_mapping = !mapping_->Mapping().IsAllIgnore();
+  if (had_file && had_mapping) remembered_.insert(looked_at_, Current());
+  file_->setText(file);
+  looked_at_ = file;
+  SetBack();
+  if (had_file) {
+    delimiter_is_picked_ = false;
+    kind_->setCurrentIndex(0);
+    encoding_->setCurrentIndex(0);
+  }
+  kind_->setItemText(0, tr("Find out"));
+  const auto remembered = remembered_.constFind(file);
+  was_set_back_ = had_mapping && remembered == remembered_.cend();
+  if (remembered != remembered_.cend()) TakeMapping(*remembered);
   EnableControls();
-  if (!file.isEmpty()) LookAtFile(Purpose::kNewFile);
+  if (!file.isEmpty()) LookAtFile({.is_new_file = true, .applies = waiting_.has_value()});
 }
 
 void RecipientImportForm::GetData() {
@@ -64,74 +84,115 @@ void RecipientImportForm::GetData() {
     return;
   }
   looked_at_ = file_->text();
-  LookAtFile(Purpose::kFillLists);
+  waiting_.reset();
+  known_.reset();
+  LookAtFile({.fills_lists = true});
 }
 
 recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
+  reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
+  if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
   return reading;
 }
 
-// Of a new file the delimiter is found out first. A look that is under way is not waited for.
-void RecipientImportForm::LookAtFile(Purpose purpose) {
+// Where the file would be read in another way than it was.
+void RecipientImportForm::LookAgain() {
+  if (Reading() != read_as_) LookAtFile({});
+}
+
+// A look that is under way is given up, and what it was for is looked for again.
+void RecipientImportForm::LookAtFile(const Wish& wish) {
   if (looked_at_.isEmpty()) return;
+  read_as_ = Reading();
   if (look_->is_running()) {
-    look_again_ = std::max(look_again_.value_or(purpose), purpose);
+    const Wish before = look_again_.value_or(looking_for_);
+    look_again_ = Wish{before.is_new_file || wish.is_new_file, before.fills_lists || wish.fills_lists,
+                       before.applies || wish.applies};
+    look_->Cancel();
     return;
   }
-  look_->Start([this, purpose, name = looked_at_, reading = Reading()](const platform::CancelToken&) mutable {
+  looking_for_ = wish;
+  slow_->start(kSlowLook);
+  auto reading = read_as_;
+  if (reading.encoding.empty()) reading.known = known_;
+  const bool finds_delimiter = wish.is_new_file && !delimiter_is_picked_;
+  const bool lists_sheets = sheet_->count() == 0;
+  const auto count = kLinesShown + static_cast<std::size_t>(SkippedLines());
+  look_->Start([this, wish, finds_delimiter, lists_sheets, count, name = looked_at_,
+                reading](const platform::CancelToken& cancel) mutable {
     const std::string codeset = platform::LocaleCodeset();
     const auto file = PathFromQt(name);
-    auto delimiter = recipients::FindDelimiterOf(file, reading, codeset);
-    if (purpose == Purpose::kNewFile && delimiter && delimiter->is_needed) {
-      reading.delimiter = delimiter->delimiter.character;
-    }
+    auto delimiter = recipients::FindDelimiterOf(file, reading, codeset, &cancel);
+    if (finds_delimiter && delimiter && delimiter->is_needed) reading.delimiter = delimiter->delimiter.character;
     const auto look = std::make_shared<Look>(
-        Look{name, recipients::ReadSample(file, reading, codeset, kLinesShown), std::move(delimiter)});
-    return [this, look, purpose] { TakeLook(*look, purpose); };
+        Look{name, wish, recipients::ReadSample(file, reading, codeset, count, 0, &cancel), std::move(delimiter), {}});
+    if (lists_sheets && look->sample && look->sample->facts.format == recipients::FileFormat::kSpreadsheet) {
+      if (auto sheets = recipients::ListSheets(file, &cancel)) look->sheets = std::move(*sheets);
+    }
+    return [this, look] { TakeLook(*look); };
   });
 }
 
-void RecipientImportForm::TakeLook(const Look& look, Purpose purpose) {
-  if (look.file == looked_at_) ShowLook(look, purpose);
-  if (look_again_) LookAtFile(*std::exchange(look_again_, {}));
+void RecipientImportForm::TakeLook(const Look& look) {
+  if (look_again_) return LookAtFile(*std::exchange(look_again_, {}));
+  slow_->stop();
+  if (look.file != looked_at_ || task_->is_running()) return;
+  if (look.sample) {
+    ShowLook(look);
+  } else {
+    ShowNoLook(look);
+  }
 }
 
-void RecipientImportForm::ShowLook(const Look& look, Purpose purpose) {
-  if (!look.sample) {
-    status_->Fail(look.sample.error());
-    if (purpose == Purpose::kFillLists) OfferFields({});
-    return;
-  }
-  sample_ = *look.sample;
-  proposed_ = recipients::ProposeMapping(*sample_);
-  if (purpose == Purpose::kNewFile && look.delimiter && look.delimiter->is_needed) {
+// What another reading showed is not what this one would give.
+void RecipientImportForm::ShowNoLook(const Look& look) {
+  sample_.reset();
+  proposed_.reset();
+  known_.reset();
+  table_->Clear(tr("The file could not be read."));
+  if (look.wish.fills_lists) OfferFields();
+  Warn({});
+  EnableControls();
+  status_->Fail(look.sample.error());
+}
+
+void RecipientImportForm::TakeFormat(const Look& look) {
+  const auto& facts = sample_->facts;
+  if (look.wish.is_new_file && !delimiter_is_picked_ && look.delimiter && look.delimiter->is_needed) {
     delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(look.delimiter->delimiter.character)));
   }
-  SayHowItIsRead(look);
-  EnableControls();
-  if (purpose == Purpose::kFillLists) {
-    OfferFields(sample_->lines.empty() ? std::vector<std::string_view>() : sample_->lines.front().Fields());
-  }
-  ShowSample();
+  if (kind_->currentIndex() == 0)
+    kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
+  for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
+  if (!look.sheets.empty()) sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
+  if (encoding_->currentIndex() == 0 && !facts.encoding.name.empty()) known_ = facts.encoding;
+  read_as_ = Reading();
 }
 
-void RecipientImportForm::OfferFields(const std::vector<std::string_view>& fields) {
-  mapping_->Offer(recipients::SampleEntries(fields, quotes_->isChecked()));
+void RecipientImportForm::ShowLook(const Look& look) {
+  sample_ = *look.sample;
+  proposed_ = recipients::ProposeMapping(*sample_);
+  TakeFormat(look);
+  EnableControls();
+  if (look.wish.fills_lists) OfferFields();
+  SayHowItIsRead(look);
+  ShowSample();
 }
 
 void RecipientImportForm::ShowSample() {
   if (!sample_) return;
-  table_->Show(*sample_, quotes_->isChecked(), skip_->isChecked() && skip_->isEnabled());
+  table_->Show(*sample_, quotes_->isChecked(), SkippedLines());
   table_->ShowMapping(mapping_->Mapping());
 }
 
 void RecipientImportForm::SayHowItIsRead(const Look& look) {
   const auto& facts = sample_->facts;
   QStringList sentences = {tr("Format: %1.").arg(Translated(recipients::NameOf(facts.format)))};
+  if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(sheet_->count());
   if (!facts.encoding.name.empty()) {
     sentences << tr("Encoding: %1 (%2).").arg(ToQt(facts.encoding.name), Translated(facts.encoding.how_known));
   }
@@ -139,39 +200,21 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
     sentences << tr("The delimiter seems to be “%1”.").arg(Translated(look.delimiter->delimiter.name));
   }
   status_->Say(sentences.join(' '));
-  std::vector<Sentence> odd = recipients::Describe(facts);
+  std::vector<Sentence> odd;
+  if (look.wish.applies) {
+    if (auto lacking = ChooseWaiting()) odd.push_back(std::move(*lacking));
+  }
+  for (auto& sentence : recipients::Describe(facts)) odd.push_back(std::move(sentence));
   if (look.delimiter && look.delimiter->is_quoted && !quotes_->isChecked() && !rfc4180_->isChecked()) {
     recipients::ImportFindings findings;
     findings.quotes_unread = true;
     for (auto& sentence : recipients::Describe(findings)) odd.push_back(std::move(sentence));
   }
+  if (was_set_back_)
+    odd.emplace_back(
+        "The mapping of the other file was set back. “Apply” takes a mapping that is kept, “Keep As…” "
+        "keeps one for the next file.");
   Warn(odd);
-}
-
-// A field of a recipient comes from one field of the line; a field of the line may go into several, of which the list
-// above it shows the first.
-void RecipientImportForm::TakeHeading(int source, std::size_t field) {
-  recipients::ImportMapping mapping = mapping_->Mapping();
-  if (!mapping_->Offers(source)) {  // the lists are of another reading, or of none
-    OfferFields(sample_->lines.front().Fields());
-  }
-  std::replace(mapping.source.begin(), mapping.source.end(), source, recipients::kIgnore);
-  if (field < mapping.source.size()) mapping.source[field] = source;
-  mapping_->Choose(mapping);
-}
-
-void RecipientImportForm::Propose() {
-  if (!proposed_ || !sample_ || sample_->lines.empty()) return;
-  OfferFields(sample_->lines.front().Fields());
-  mapping_->Choose(proposed_->mapping);
-  skip_->setChecked(proposed_->has_headings);
-  if (proposed_->beyond.empty()) return;
-  Warn({SayOf(
-      static_cast<std::int64_t>(proposed_->beyond.size()),
-      "{} field stands behind the eighteenth and cannot be chosen here: “{}”. “quillcast import --header” takes it.",
-      "{} fields stand behind the eighteenth and cannot be chosen here, the first is “{}”. “quillcast import "
-      "--header” takes them.",
-      platform::Printable(proposed_->beyond.front(), 100))});
 }
 
 void RecipientImportForm::Warn(const std::vector<Sentence>& sentences) {

@@ -61,6 +61,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientMoveForm", kGroupsTopic},
       {"RecipientPrintForm", kGroupsTopic},
       {"RecipientImportForm", "Group Manager 2.htm"},
+      {"MappingKeepForm", "Group Manager 2.htm"},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
   };

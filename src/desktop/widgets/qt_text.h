@@ -49,9 +49,12 @@ inline QString InWords(const Error& error) {
 }
 
 // A text of others as a tool tip. A tip that looks like HTML would be shown as such, and the files that it names
-// opened.
+// opened. A long one is broken into lines, which only HTML is.
 inline QString PlainTip(const QString& text) {
-  return Qt::mightBeRichText(text) ? "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>" : text;
+  constexpr qsizetype kOneLine = 100;
+  return Qt::mightBeRichText(text) || text.size() > kOneLine
+             ? "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>"
+             : text;
 }
 
 // `one` for 1, else `many` with the number in the place of its %1.

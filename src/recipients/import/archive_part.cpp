@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "platform/file.h"
+#include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -76,7 +77,7 @@ class Inflater {
 }  // namespace
 
 Result<std::string> UnpackPart(const std::filesystem::path& file, const ArchiveDirectory& directory,
-                               std::string_view name) {
+                               std::string_view name, const platform::CancelToken* cancel) {
   const ArchiveEntry* entry = directory.Find(name);
   if (entry == nullptr) return std::string();
   const auto fd = platform::OpenForReading(file);
@@ -89,6 +90,7 @@ Result<std::string> UnpackPart(const std::filesystem::path& file, const ArchiveD
   part.reserve(std::min(entry->unpacked, entry->packed * kMostInflated));
   std::string block;
   for (std::uint64_t left = entry->packed; left > 0 && part.size() < entry->unpacked; left -= block.size()) {
+    if (IsGivenUp(cancel)) return ReadingGivenUp(file);
     block.resize(std::min<std::uint64_t>(left, kBlock));
     const auto count = platform::ReadSome(fd->get(), file, block.data(), block.size());
     if (!count) return count.error();

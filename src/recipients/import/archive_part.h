@@ -5,13 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "platform/cancel.h"
 #include "recipients/import/archive_directory.h"
 
 namespace quillcast::recipients {
 
 // A whole part, of no more bytes than the directory says that it has. Empty where there is none of that name.
-// Errors: kBadData for one that is damaged, or packed in another way than by deflate.
+// Errors: kBadData for one that is damaged, or packed in another way than by deflate;
+// kTryAgain when `cancel` asks to give up.
 Result<std::string> UnpackPart(const std::filesystem::path& file, const ArchiveDirectory& directory,
-                               std::string_view name);
+                               std::string_view name, const platform::CancelToken* cancel = nullptr);
 
 }  // namespace quillcast::recipients

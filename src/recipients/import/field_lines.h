@@ -27,6 +27,7 @@ struct FileFacts {
   FileFormat format = FileFormat::kDelimited;
   TextEncoding encoding;       // without a name where the format has its own
   std::uint64_t size = 0;      // bytes
+  std::string sheet = {};      // of a spreadsheet, the one whose rows were told; known once there was one
   int sheets_left_unread = 0;  // known when the reading is over
 };
 

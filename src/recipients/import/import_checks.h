@@ -28,6 +28,9 @@ std::optional<Complaint<ImportControl>> CheckImport(const ImportForm& form);
 // What reading a sample needs; nothing where a file is named.
 std::optional<Complaint<ImportControl>> CheckSample(const std::string& file);
 
+// What keeping a mapping under a name needs.
+std::optional<Complaint<ImportControl>> CheckKeeping(const ImportMapping& mapping);
+
 // The question that must be answered with OK before an import.
 inline constexpr const char* kConsentQuestion =
     "To comply with the CAN-SPAM please confirm that you are importing a valid opt-in list.\r\n"

@@ -31,9 +31,9 @@ std::vector<Sentence> Describe(const ImportFindings& findings) {
     told.push_back(SayOf(
         findings.cut_addresses,
         "{} address was cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five letters "
-        "at the end. Import such a list with “quillcast import --map”.",
+        "at the end. A recipient from each line keeps an address as it stands.",
         "{} addresses were cut, the first to {}: a harvest takes letters, digits, “.”, “_” and “-”, and five "
-        "letters at the end. Import such a list with “quillcast import --map”.",
+        "letters at the end. A recipient from each line keeps an address as it stands.",
         platform::Printable(findings.first_cut, kLongestShown)));
   }
   if (findings.addresses_in_text > 0) {
@@ -44,7 +44,8 @@ std::vector<Sentence> Describe(const ImportFindings& findings) {
   }
   if (findings.fitting) told.push_back(Say("The delimiter “{}” would fit this file.", findings.fitting->name));
   if (findings.quotes_unread)
-    told.emplace_back("Its fields stand in quotes; reading it as RFC 4180 would take them off.");
+    told.emplace_back(
+        "Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off.");
   if (findings.long_lines > 0) {
     told.push_back(SayOf(findings.long_lines, "{} line is longer than 1 MiB and was ignored, line {}.",
                          "{} lines are longer than 1 MiB and were ignored, the first is line {}.",

@@ -14,11 +14,18 @@ std::string AllLabels() {
   return all;
 }
 
+std::string EntryText(std::string_view text) {
+  std::size_t end = 0;
+  for (std::size_t count = 0; count < kLongestEntryText && end < text.size(); ++count)
+    end += platform::DecodeUtf8(text.substr(end)).length;
+  return platform::Printable(text.substr(0, end), text.size()) + (end < text.size() ? "…" : "");
+}
+
 Error BadMapping(std::string what) { return {Failure::kUsage, std::move(what), "The fields are " + AllLabels() + "."}; }
 
 }  // namespace
 
-Result<ImportMapping> ParseMapping(std::string_view text) {
+Result<ImportMapping> ParseMapping(std::string_view text, int most) {
   ImportMapping mapping;
   std::array<bool, kFieldCount> named{};
   for (const std::string_view raw : platform::Split(text, ',')) {
@@ -33,7 +40,7 @@ Result<ImportMapping> ParseMapping(std::string_view text) {
     const std::string_view source = platform::Trim(raw.substr(equals + 1));
     if (platform::EqualsIgnoringAsciiCase(source, kIgnoreEntry)) continue;
     const auto number = platform::ParseWholeNumber(source);
-    if (!number || *number < 1 || *number > kSourceFields) {
+    if (!number || *number < 1 || *number > most) {
       return Error{
           Failure::kUsage, Say(R"("{}" cannot be taken from field "{}" of a line.)", label, source),
           "Only the first eighteen fields of a line can be chosen: name a number from 1 to 18, or \"Ignore\"."};
@@ -52,11 +59,33 @@ std::string MappingText(const ImportMapping& mapping) {
   return text;
 }
 
+FittedMapping FitMapping(const ImportMapping& mapping, std::size_t fields) {
+  const int last = static_cast<int>(std::min<std::size_t>(fields, kSourceFields));
+  FittedMapping fitted{mapping, {}};
+  for (std::size_t field = 0; field < kFieldCount; ++field) {
+    if (mapping.source[field] <= last) continue;
+    fitted.mapping.source[field] = kIgnore;
+    fitted.lacking.push_back(field);
+  }
+  return fitted;
+}
+
+std::optional<Sentence> DescribeLacking(const FittedMapping& fitted, const ImportMapping& wanted) {
+  if (fitted.lacking.empty()) return {};
+  const std::size_t first = fitted.lacking.front();
+  return SayOf(static_cast<std::int64_t>(fitted.lacking.size()),
+               "{} field that the mapping takes cannot be chosen in this file and stands at “Ignore”: field {} of a "
+               "line, for “{}”.",
+               "{} fields that the mapping takes cannot be chosen in this file and stand at “Ignore”, the first is "
+               "field {} of a line, for “{}”.",
+               wanted.source[first], Sentence(kFields[first].label, {}));
+}
+
 std::vector<std::string> SampleEntries(std::span<const std::string_view> fields, bool quotes) {
   std::vector<std::string> entries{kIgnoreEntry};
   for (std::size_t i = 0; i < std::min<std::size_t>(fields.size(), kSourceFields); ++i) {
     const std::string_view trimmed = platform::Trim(fields[i]);
-    entries.push_back(fmt::format("Field {} = {}", i + 1, quotes ? WithoutQuotes(trimmed) : trimmed));
+    entries.push_back(fmt::format("Field {} = {}", i + 1, EntryText(quotes ? WithoutQuotes(trimmed) : trimmed)));
   }
   return entries;
 }

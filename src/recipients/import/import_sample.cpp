@@ -11,8 +11,9 @@ constexpr std::size_t kLinesForADelimiter = 64;
 }  // namespace
 
 Result<ImportSample> ReadSample(const std::filesystem::path& file, const ReadingOptions& options,
-                                std::string_view code_page, std::size_t count, std::int64_t skip) {
-  auto lines = OpenLines(file, options, code_page);
+                                std::string_view code_page, std::size_t count, std::int64_t skip,
+                                const platform::CancelToken* cancel) {
+  auto lines = OpenLines(file, options, code_page, cancel);
   if (!lines) return lines.error();
   ImportSample sample;
   const auto read = (*lines)->Read([&](const FieldLine& line) {
@@ -27,11 +28,11 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
 }
 
 Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
-                                       std::string_view code_page) {
-  const auto format = options.format == FileFormat::kAuto ? FindOutFormat(file) : options.format;
+                                       std::string_view code_page, const platform::CancelToken* cancel) {
+  const auto format = FormatOf(file, options);
   if (!format) return format.error();
   if (*format != FileFormat::kDelimited) return FoundDelimiter{};
-  auto source = TextSource::Open(file, options.encoding, code_page);
+  auto source = OpenText(file, options, code_page, cancel);
   if (!source) return source.error();
   LineReader reader(*source);
   Line line;

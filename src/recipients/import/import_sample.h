@@ -26,13 +26,14 @@ struct ImportSample {
   std::vector<SampleLine> lines;
 };
 
-// The first lines behind the `skip` ones before them, `count` at most.
+// The first lines behind the `skip` ones before them, `count` at most. Errors: as OpenLines.
 Result<ImportSample> ReadSample(const std::filesystem::path& file, const ReadingOptions& options,
-                                std::string_view code_page, std::size_t count, std::int64_t skip = 0);
+                                std::string_view code_page, std::size_t count, std::int64_t skip = 0,
+                                const platform::CancelToken* cancel = nullptr);
 
 // By the first lines of the file; other formats than delimited text have no delimiter, and need none.
 Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
-                                       std::string_view code_page);
+                                       std::string_view code_page, const platform::CancelToken* cancel = nullptr);
 
 // The mapping that a file suggests: that of its format, or the one of its headings.
 struct ProposedMapping {

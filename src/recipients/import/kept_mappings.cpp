@@ -1,6 +1,7 @@
 #include "recipients/import/kept_mappings.h"
 
 #include <algorithm>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "platform/text.h"
@@ -18,9 +19,11 @@ bool HasName(const KeptMapping& kept, std::string_view name) {
   return platform::EqualsIgnoringAsciiCase(kept.name, name);
 }
 
+constexpr std::ptrdiff_t kLongestName = 100;  // characters
+
 Error NoSuchMapping(std::string_view name) {
   return {Failure::kUsage, Say("There is no mapping \"{}\".", platform::Printable(name, 100)),
-          "`quillcast import --list-mappings` names those that are kept; `--save-mapping` keeps one."};
+          "Take one of those that are kept: `quillcast import --list-mappings` names them."};
 }
 
 // A value that is missing or of another kind is as if it were not set.
@@ -31,7 +34,8 @@ KeptMapping FromJson(const std::string& name, const json& row) {
     return row.value(key, json()).is_string() ? row[key].get<std::string>() : "";
   };
   const auto flag = [&row](const char* key) { return row.value(key, json()) == json(true); };
-  if (const auto mapping = ParseMapping(text("map"))) kept.mapping = *mapping;
+  // Headings can have chosen fields behind the eighteenth.
+  if (const auto mapping = ParseMapping(text("map"), std::numeric_limits<int>::max())) kept.mapping = *mapping;
   kept.delimiter = DelimiterOf(text("delimiter")).value_or(',');
   kept.quotes = flag("quotes");
   kept.rfc4180 = flag("rfc4180");
@@ -73,14 +77,31 @@ Result<KeptMapping> FindMapping(const profile::SettingsStore& settings, std::str
   return *found;
 }
 
-Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping) {
-  if (platform::Trim(mapping.name).empty()) {
-    return Error{Failure::kUsage, "A mapping is kept under a name.", "Name it: --save-mapping \"Web shop\"."};
+Result<void> CheckMappingName(std::string_view name) {
+  name = platform::Trim(name);
+  if (name.empty()) {
+    return Error{Failure::kUsage, "A mapping is kept under a name.", "Name it for where the lists come from."};
   }
+  if (platform::Printable(name, name.size()) != name) {
+    return Error{Failure::kUsage,
+                 "A line end, or another sign that is not seen, cannot stand in the name of a mapping.",
+                 "Name it in letters, digits and signs."};
+  }
+  const auto begins = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  if (std::count_if(name.begin(), name.end(), begins) > kLongestName) {
+    return Error{Failure::kUsage, "The name of a mapping has 100 characters at most.", "Give it a shorter one."};
+  }
+  return {};
+}
+
+Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping) {
+  if (const auto checked = CheckMappingName(mapping.name); !checked) return checked;
+  KeptMapping named = mapping;
+  named.name = platform::Trim(mapping.name);
   auto all = ListMappings(settings);
   if (!all) return all.error();
-  std::erase_if(*all, [&mapping](const auto& kept) { return HasName(kept, mapping.name); });
-  all->push_back(mapping);
+  std::erase_if(*all, [&named](const auto& kept) { return HasName(kept, named.name); });
+  all->push_back(std::move(named));
   return Store(settings, *all);
 }
 

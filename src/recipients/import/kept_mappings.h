@@ -26,7 +26,10 @@ struct KeptMapping {
 Result<std::vector<KeptMapping>> ListMappings(const profile::SettingsStore& settings);
 // Errors: kUsage where there is none of that name.
 Result<KeptMapping> FindMapping(const profile::SettingsStore& settings, std::string_view name);
-// In the place of one of the same name. Errors: kUsage for a name that is empty.
+// Whether a mapping can have this name. Errors: kUsage for one that is empty, has a line end or another sign that is
+// obeyed in it, or is over a hundred characters long.
+Result<void> CheckMappingName(std::string_view name);
+// In the place of one of the same name; blanks around it do not count. Errors: as CheckMappingName.
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping);
 // Errors: kUsage where there is none of that name.
 Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name);

@@ -49,7 +49,7 @@ class Workbook final : public XmlListener {
     }
     if (element != "sheet") return;
     const auto part = relations_.parts().find(attributes.Value("id"));
-    if (part != relations_.parts().end()) book_.sheets.push_back(part->second);
+    if (part != relations_.parts().end()) book_.sheets.push_back({std::string(attributes.Value("name")), part->second});
   }
   void Text(std::string_view) override {}
   void End(std::string_view) override {}
@@ -195,9 +195,9 @@ std::string ReadBook(std::string_view workbook, std::string_view relations, Offi
   return ReadXml(workbook, listener);
 }
 
-std::string ReadTexts(std::string_view xml, SharedTexts& texts) {
+std::string ReadTexts(std::string_view xml, SharedTexts& texts, const platform::CancelToken* cancel) {
   Texts listener(texts);
-  return ReadXml(xml, listener);
+  return ReadXml(xml, listener, cancel);
 }
 
 std::string ReadFormats(std::string_view xml, NumberFormats& formats) {
@@ -205,9 +205,10 @@ std::string ReadFormats(std::string_view xml, NumberFormats& formats) {
   return ReadXml(xml, listener);
 }
 
-std::string ReadOfficeSheet(std::string_view xml, const OfficeBook& book, SheetRow& row) {
+std::string ReadOfficeSheet(std::string_view xml, const OfficeBook& book, SheetRow& row,
+                            const platform::CancelToken* cancel) {
   Sheet listener(book, row);
-  return ReadXml(xml, listener);
+  return ReadXml(xml, listener, cancel);
 }
 
 }  // namespace quillcast::recipients

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/cancel.h"
 #include "recipients/import/number_formats.h"
 #include "recipients/import/sheet_row.h"
 
@@ -23,18 +24,24 @@ class SharedTexts {
   std::vector<std::size_t> ends_;
 };
 
+struct OfficeSheet {
+  std::string name;  // on its tab
+  std::string part;
+};
+
 struct OfficeBook {
-  std::vector<std::string> sheets;  // the names of their parts, in the order of their tabs
+  std::vector<OfficeSheet> sheets;  // in the order of their tabs
   std::string texts_part;           // empty where there is none
   std::string formats_part;
   SharedTexts texts;
   NumberFormats formats;
 };
 
-// Each takes the part of its name. They give why it is no such part, empty where it is.
+// Each takes the part of its name. They give why it is no such part, empty where it is, or where `cancel` ended it.
 std::string ReadBook(std::string_view workbook, std::string_view relations, OfficeBook& book);
-std::string ReadTexts(std::string_view xml, SharedTexts& texts);
+std::string ReadTexts(std::string_view xml, SharedTexts& texts, const platform::CancelToken* cancel = nullptr);
 std::string ReadFormats(std::string_view xml, NumberFormats& formats);
-std::string ReadOfficeSheet(std::string_view xml, const OfficeBook& book, SheetRow& row);
+std::string ReadOfficeSheet(std::string_view xml, const OfficeBook& book, SheetRow& row,
+                            const platform::CancelToken* cancel = nullptr);
 
 }  // namespace quillcast::recipients

@@ -22,12 +22,11 @@ std::string DateText(std::string_view value) {
 
 class Sheets final : public XmlListener {
  public:
-  Sheets(SheetRow& row, int& left_unread) : row_(row), left_unread_(left_unread) {}
+  Sheets(std::string_view wanted, SheetRow& row, OpenSheets& sheets) : wanted_(wanted), row_(row), sheets_(sheets) {}
 
   void Begin(std::string_view element, const XmlAttributes& attributes) override {
     if (element == "table") {
-      number_ = 0;
-      has_cells_ = false;
+      BeginTable(attributes);
     } else if (element == "table-row") {
       repeated_ = std::max<std::uint32_t>(attributes.Number("number-rows-repeated"), 1);
       column_ = 0;
@@ -47,13 +46,24 @@ class Sheets final : public XmlListener {
     if (element == "p" && notes_ == 0) --paragraphs_;
     if (element == "table-cell" || element == "covered-table-cell") EndCell();
     if (element == "table-row") EndRow();
-    if (element == "table" && has_cells_) EndTable();
+    if (element == "table") EndTable();
   }
-  bool HasEnough() const override { return !row_.is_wanted() || row_.has_too_many(); }
+  bool HasEnough() const override {
+    return !row_.is_wanted() || row_.has_too_many() || (!wanted_.empty() && is_taken_);
+  }
 
  private:
   static constexpr std::uint32_t kMostBlanks = 1000;
 
+  void BeginTable(const XmlAttributes& attributes) {
+    number_ = 0;
+    has_cells_ = false;
+    name_ = attributes.Value("name");
+    is_passed_over_ = is_taken_ || (!wanted_.empty() && name_ != wanted_);
+    if (is_passed_over_) return;
+    sheets_.has_wanted = true;
+    sheets_.taken = name_;
+  }
   void BeginCell(const XmlAttributes& attributes) {
     columns_ = std::max<std::uint32_t>(attributes.Number("number-columns-repeated"), 1);
     type_ = attributes.Value("value-type");
@@ -90,22 +100,26 @@ class Sheets final : public XmlListener {
     const std::string text = CellText();
     if (text.empty()) return;
     has_cells_ = true;
-    for (std::size_t column = first; column < end && !is_taken_; ++column) row_.Put(column, text);
+    for (std::size_t column = first; column < end && !is_passed_over_; ++column) row_.Put(column, text);
   }
   // A row that is repeated is the same recipient again.
   void EndRow() {
-    if (!is_taken_) row_.End(number_ + 1);
+    if (!is_passed_over_) row_.End(number_ + 1);
     number_ += repeated_;
   }
   void EndTable() {
-    if (is_taken_) ++left_unread_;
-    is_taken_ = true;
+    if (!has_cells_ && wanted_.empty()) return;
+    if (is_taken_) ++sheets_.left_unread;
+    is_taken_ = is_taken_ || !is_passed_over_;
   }
 
+  std::string_view wanted_;
   SheetRow& row_;
-  int& left_unread_;
-  bool is_taken_ = false;   // a sheet before this one
-  bool has_cells_ = false;  // this one
+  OpenSheets& sheets_;
+  std::string name_;
+  bool is_taken_ = false;        // a sheet before this one
+  bool is_passed_over_ = false;  // this one
+  bool has_cells_ = false;       // this one
   std::int64_t number_ = 0;
   std::uint32_t repeated_ = 1;
   std::size_t column_ = 0;
@@ -118,11 +132,30 @@ class Sheets final : public XmlListener {
   int notes_ = 0;
 };
 
+class SheetNames final : public XmlListener {
+ public:
+  explicit SheetNames(std::vector<std::string>& names) : names_(names) {}
+  void Begin(std::string_view element, const XmlAttributes& attributes) override {
+    if (element == "table") names_.emplace_back(attributes.Value("name"));
+  }
+  void Text(std::string_view) override {}
+  void End(std::string_view) override {}
+
+ private:
+  std::vector<std::string>& names_;
+};
+
 }  // namespace
 
-std::string ReadOpenSheets(std::string_view xml, SheetRow& row, int& sheets_left_unread) {
-  Sheets listener(row, sheets_left_unread);
-  return ReadXml(xml, listener);
+std::string ReadOpenSheets(std::string_view xml, std::string_view wanted, SheetRow& row, OpenSheets& sheets,
+                           const platform::CancelToken* cancel) {
+  Sheets listener(wanted, row, sheets);
+  return ReadXml(xml, listener, cancel);
+}
+
+std::string ListOpenSheets(std::string_view xml, std::vector<std::string>& names, const platform::CancelToken* cancel) {
+  SheetNames listener(names);
+  return ReadXml(xml, listener, cancel);
 }
 
 }  // namespace quillcast::recipients

@@ -50,16 +50,35 @@ std::unique_ptr<FieldLines> Made(Lines lines) {
 
 }  // namespace
 
+Result<FileFormat> FormatOf(const std::filesystem::path& file, const ReadingOptions& options) {
+  if (options.format == FileFormat::kAuto) return FindOutFormat(file);
+  const auto fd = platform::OpenForReading(file);
+  if (!fd) return fd.error();
+  return options.format;
+}
+
+Result<TextSource> OpenText(const std::filesystem::path& file, const ReadingOptions& options,
+                            std::string_view code_page, const platform::CancelToken* cancel) {
+  return options.known ? TextSource::OpenKnown(file, *options.known, cancel)
+                       : TextSource::Open(file, options.encoding, code_page, cancel);
+}
+
+Result<std::vector<std::string>> ListSheets(const std::filesystem::path& file, const platform::CancelToken* cancel) {
+  const auto lines = SpreadsheetLines::Open(file, {}, cancel);
+  if (!lines) return lines.error();
+  return lines->ListSheets();
+}
+
 Result<std::unique_ptr<FieldLines>> OpenLines(const std::filesystem::path& file, const ReadingOptions& options,
-                                              std::string_view code_page) {
-  const auto format = options.format == FileFormat::kAuto ? FindOutFormat(file) : options.format;
+                                              std::string_view code_page, const platform::CancelToken* cancel) {
+  const auto format = FormatOf(file, options);
   if (!format) return format.error();
   if (*format == FileFormat::kSpreadsheet) {
-    auto lines = SpreadsheetLines::Open(file);
+    auto lines = SpreadsheetLines::Open(file, options.sheet, cancel);
     if (!lines) return lines.error();
     return Made(std::move(*lines));
   }
-  auto source = TextSource::Open(file, options.encoding, code_page);
+  auto source = OpenText(file, options, code_page, cancel);
   if (!source) return source.error();
   if (*format == FileFormat::kVCard) return Made(VCardLines(std::move(*source)));
   if (*format == FileFormat::kLdif) return Made(LdifLines(std::move(*source)));
@@ -105,6 +124,13 @@ const char* NameOf(FileFormat format) {
       break;
   }
   return "delimited text";
+}
+
+std::optional<FileFormat> FormatOfName(std::string_view name) {
+  for (const FileFormat format : kFormats) {
+    if (platform::EqualsIgnoringAsciiCase(name, NameOf(format))) return format;
+  }
+  return platform::EqualsIgnoringAsciiCase(name, "text") ? std::optional(FileFormat::kDelimited) : std::nullopt;
 }
 
 }  // namespace quillcast::recipients

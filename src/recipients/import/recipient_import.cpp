@@ -6,6 +6,7 @@
 #include "recipients/import/address_harvest.h"
 #include "recipients/import/import_sample.h"
 #include "recipients/import/import_writer.h"
+#include "recipients/import/reading_given_up.h"
 #include "recipients/import/text_source.h"
 #include "recipients/recipient_store.h"
 
@@ -22,6 +23,10 @@ struct Run {
   ImportWriter& writer;
   ImportOutcome& outcome;
 
+  // What a reading came to whose lines were `offered`: one that was given up is no failure.
+  Result<void> EndOf(const Result<void>& read, const Result<void>& offered) const {
+    return read || !GoesOn() ? offered : read;
+  }
   // Whether to go on; from here on the outcome says so where not.
   bool GoesOn() const {
     if (cancel.Requested() != platform::Stop::kNone) outcome.cancelled = true;
@@ -47,7 +52,7 @@ Result<void> HarvestText(Run& run, TextSource& source) {
   std::string block;
   for (;;) {
     const auto more = source.Read(block);
-    if (!more) return more.error();
+    if (!more) return run.EndOf(more.error(), offered);
     if (!*more) break;
     const bool goes_on = harvest.Feed(block) && run.GoesOn();
     run.TellProgress(source.bytes_read());
@@ -68,7 +73,7 @@ Result<void> HarvestFields(Run& run, FieldLines& lines) {
     if (line.number % kLinesBetweenProgress == 0) run.TellProgress(lines.BytesRead());
     return run.GoesOn();
   });
-  return read ? offered : read;
+  return run.EndOf(read, offered);
 }
 
 std::string ToldOf(const FieldLine& line) {
@@ -98,7 +103,7 @@ Result<void> ImportLines(Run& run, FieldLines& lines) {
     if (line.number % kLinesBetweenProgress == 0) run.TellProgress(lines.BytesRead());
     return taken && run.GoesOn();
   });
-  return read ? taken : read;
+  return run.EndOf(read, taken);
 }
 
 // Where addresses stand in text, or most lines have none, the delimiter may be another one.
@@ -107,7 +112,9 @@ void LookAtDelimiter(const ImportRequest& request, const ImportPlaces& places, I
   const auto& counts = outcome.counts;
   const bool is_odd = findings.addresses_in_text > 0 || counts.ignored > counts.added + counts.duplicates;
   if (!is_odd || outcome.facts->format != FileFormat::kDelimited) return;
-  const auto found = FindDelimiterOf(request.file, request.reading, places.code_page);
+  ReadingOptions reading = request.reading;
+  reading.known = outcome.facts->encoding;
+  const auto found = FindDelimiterOf(request.file, reading, places.code_page);
   if (!found) return IgnoreErrors(found);
   if (found->is_needed && found->delimiter.character != request.reading.delimiter) findings.fitting = found->delimiter;
   findings.quotes_unread = found->is_quoted && !request.quotes && !request.reading.rfc4180;
@@ -125,13 +132,13 @@ struct Opened {
 };
 
 // A harvest reads texts as they are, whatever format they follow.
-Result<Opened> Open(const ImportRequest& request, const ImportPlaces& places) {
+Result<Opened> Open(const ImportRequest& request, const ImportPlaces& places, const platform::CancelToken& cancel) {
   Opened opened;
   if (request.mode == ImportMode::kHarvest) {
-    const auto format = FindOutFormat(request.file);
+    const auto format = FormatOf(request.file, request.reading);
     if (!format) return format.error();
     if (*format != FileFormat::kSpreadsheet) {
-      auto source = TextSource::Open(request.file, request.reading.encoding, places.code_page);
+      auto source = OpenText(request.file, request.reading, places.code_page, &cancel);
       if (!source) return source.error();
       opened.text.emplace(std::move(*source));
       return opened;
@@ -139,7 +146,7 @@ Result<Opened> Open(const ImportRequest& request, const ImportPlaces& places) {
   }
   ReadingOptions reading = request.reading;
   reading.most_fields = static_cast<std::size_t>(std::max(request.mapping.Highest(), kSourceFields));
-  auto lines = OpenLines(request.file, reading, places.code_page);
+  auto lines = OpenLines(request.file, reading, places.code_page, &cancel);
   if (!lines) return lines.error();
   opened.lines = std::move(*lines);
   return opened;
@@ -159,11 +166,13 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
                        ImportOutcome& outcome) {
   const bool is_harvest = request.mode == ImportMode::kHarvest;
   ImportReport report = ReportOf(request, places, outcome);
-  auto opened = Open(request, places);
+  auto opened = Open(request, places, cancel);
   if (!opened) {
+    outcome.cancelled = IsGivenUp(&cancel);
+    const auto early_end = outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted;
     // The file's failure is the one to tell.
-    IgnoreErrors(report.Close(ImportReport::End::kCompleted, 0, {}, is_harvest));
-    return opened.error();
+    IgnoreErrors(report.Close(early_end, 0, {}, is_harvest));
+    return outcome.cancelled ? Result<void>() : opened.error();
   }
   outcome.facts = opened->Facts();
   auto writer = ImportWriter::Open(
@@ -178,7 +187,7 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
   outcome.counts = writer->Counts();
   outcome.facts = opened->Facts();
   if (!done) return done;
-  if (!is_harvest) LookAtDelimiter(request, places, outcome);
+  if (!is_harvest && !outcome.cancelled) LookAtDelimiter(request, places, outcome);
   const auto end = outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted;
   return report.Close(end, outcome.facts->size, outcome.counts, is_harvest);
 }

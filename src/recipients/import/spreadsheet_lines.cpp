@@ -4,9 +4,9 @@
 
 #include "platform/file.h"
 #include "platform/text.h"
-#include "recipients/import/archive_part.h"
 #include "recipients/import/office_book.h"
 #include "recipients/import/open_document.h"
+#include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -14,6 +14,7 @@ namespace {
 constexpr const char* kOfficeParts = "[Content_Types].xml";
 constexpr const char* kOfficeBook = "xl/workbook.xml";
 constexpr const char* kOfficeRelations = "xl/_rels/workbook.xml.rels";
+constexpr std::size_t kLongestNames = 300;  // bytes
 constexpr const char* kTooManyCells = "it repeats its cells without end";
 constexpr const char* kOpenContent = "content.xml";
 constexpr const char* kOpenManifest = "META-INF/manifest.xml";
@@ -57,7 +58,8 @@ Error OldSpreadsheet(const std::filesystem::path& file) {
           "Open it in the program that made it, and save it as .xlsx, .ods or delimited text, without a password."};
 }
 
-Result<SpreadsheetLines> SpreadsheetLines::Open(const std::filesystem::path& file) {
+Result<SpreadsheetLines> SpreadsheetLines::Open(const std::filesystem::path& file, std::string sheet,
+                                                const platform::CancelToken* cancel) {
   auto directory = ArchiveDirectory::Read(file);
   if (!directory) return directory.error();
   if (const auto bounded = directory->CheckSizes(file); !bounded) return bounded.error();
@@ -67,76 +69,124 @@ Result<SpreadsheetLines> SpreadsheetLines::Open(const std::filesystem::path& fil
   if (!fd) return fd.error();
   const auto size = platform::FileSize(fd->get(), file);
   if (!size) return size.error();
-  return SpreadsheetLines(file, std::move(*directory), *kind, *size);
+  SpreadsheetLines lines(file, std::move(*directory), *kind, *size);
+  lines.wanted_ = std::move(sheet);
+  lines.cancel_ = cancel;
+  return lines;
 }
 
 FileFacts SpreadsheetLines::Facts() const {
-  return {.format = FileFormat::kSpreadsheet, .encoding = {}, .size = size_, .sheets_left_unread = sheets_left_unread_};
+  return {.format = FileFormat::kSpreadsheet,
+          .encoding = {},
+          .size = size_,
+          .sheet = taken_,
+          .sheets_left_unread = sheets_left_unread_};
+}
+
+Result<void> SpreadsheetLines::NoSuchSheet() const {
+  const auto sheets = ListSheets();
+  if (!sheets) return sheets.error();
+  std::string names;
+  for (const std::string& name : *sheets) names += (names.empty() ? "\"" : ", \"") + name + "\"";
+  return Error{Failure::kUsage,
+               Say("{} has no sheet \"{}\".", file_.string(), platform::Printable(wanted_, kLongestNames)),
+               Say("Choose one of its sheets: {}.", platform::Printable(names, kLongestNames))};
+}
+
+Result<OfficeBook> SpreadsheetLines::ReadWorkbook() const {
+  OfficeBook book;
+  const auto relations = Unpack(kOfficeRelations);
+  if (!relations) return relations.error();
+  const auto workbook = Unpack(kOfficeBook);
+  if (!workbook) return workbook.error();
+  if (const auto failed = ReadBook(*workbook, *relations, book); !failed.empty()) return IsDamaged(file_, failed);
+  return book;
+}
+
+Result<std::vector<std::string>> SpreadsheetLines::ListSheets() const {
+  std::vector<std::string> names;
+  if (kind_ == Kind::kOfficeOpenXml) {
+    const auto book = ReadWorkbook();
+    if (!book) return book.error();
+    for (const OfficeSheet& sheet : book->sheets) names.push_back(sheet.name);
+    return names;
+  }
+  const auto xml = Unpack(kOpenContent);
+  if (!xml) return xml.error();
+  if (const auto failed = ListOpenSheets(*xml, names, cancel_); !failed.empty()) return IsDamaged(file_, failed);
+  if (IsGivenUp(cancel_)) return ReadingGivenUp(file_);
+  return names;
 }
 
 // The texts and the formats that the sheets of a workbook share.
 Result<OfficeBook> SpreadsheetLines::ReadShared() const {
-  OfficeBook book;
-  const auto relations = UnpackPart(file_, directory_, kOfficeRelations);
-  if (!relations) return relations.error();
-  const auto workbook = UnpackPart(file_, directory_, kOfficeBook);
-  if (!workbook) return workbook.error();
-  if (const auto failed = ReadBook(*workbook, *relations, book); !failed.empty()) return IsDamaged(file_, failed);
-  const auto texts = UnpackPart(file_, directory_, book.texts_part);
+  auto book = ReadWorkbook();
+  if (!book) return book;
+  const auto texts = Unpack(book->texts_part);
   if (!texts) return texts.error();
   if (!texts->empty()) {
-    if (const auto failed = ReadTexts(*texts, book.texts); !failed.empty()) return IsDamaged(file_, failed);
+    if (const auto failed = ReadTexts(*texts, book->texts, cancel_); !failed.empty()) return IsDamaged(file_, failed);
   }
-  const auto formats = UnpackPart(file_, directory_, book.formats_part);
+  const auto formats = Unpack(book->formats_part);
   if (!formats) return formats.error();
   // Without the formats numbers are shown as they are.
-  if (!formats->empty()) ReadFormats(*formats, book.formats);
+  if (!formats->empty()) ReadFormats(*formats, book->formats);
   return book;
 }
 
 // Of a sheet behind the one that was taken.
-Result<void> SpreadsheetLines::LookWhetherFilled(const OfficeBook& book, const std::string& sheet) {
-  const auto xml = UnpackPart(file_, directory_, sheet);
+Result<void> SpreadsheetLines::LookWhetherFilled(const OfficeBook& book, const std::string& part) {
+  const auto xml = Unpack(part);
   if (!xml) return xml.error();
   const Take look = [this](const FieldLine&) {
     ++sheets_left_unread_;
     return false;
   };
   SheetRow row(look);
-  ReadOfficeSheet(*xml, book, row);
+  ReadOfficeSheet(*xml, book, row, cancel_);
   return {};
 }
 
-// The first sheet with something in it is taken.
 Result<void> SpreadsheetLines::ReadOffice(const Take& take) {
   const auto book = ReadShared();
   if (!book) return book.error();
   SheetRow row(take);
-  for (const std::string& sheet : book->sheets) {
+  bool has_wanted = wanted_.empty();
+  for (const OfficeSheet& sheet : book->sheets) {
     if (!row.is_wanted()) return {};
+    if (!wanted_.empty() && sheet.name != wanted_) continue;
     if (row.has_told()) {
-      if (auto looked = LookWhetherFilled(*book, sheet); !looked) return looked;
+      if (auto looked = LookWhetherFilled(*book, sheet.part); !looked) return looked;
       continue;
     }
-    const auto xml = UnpackPart(file_, directory_, sheet);
+    has_wanted = true;
+    taken_ = sheet.name;
+    const auto xml = Unpack(sheet.part);
     if (!xml) return xml.error();
-    if (const auto failed = ReadOfficeSheet(*xml, *book, row); !failed.empty()) return IsDamaged(file_, failed);
+    if (const auto failed = ReadOfficeSheet(*xml, *book, row, cancel_); !failed.empty())
+      return IsDamaged(file_, failed);
     if (row.has_too_many()) return IsDamaged(file_, kTooManyCells);
   }
-  return {};
+  return has_wanted ? Result<void>() : NoSuchSheet();
 }
 
 Result<void> SpreadsheetLines::ReadOpen(const Take& take) {
-  const auto xml = UnpackPart(file_, directory_, kOpenContent);
+  const auto xml = Unpack(kOpenContent);
   if (!xml) return xml.error();
   SheetRow row(take);
-  const auto failed = ReadOpenSheets(*xml, row, sheets_left_unread_);
+  OpenSheets sheets;
+  const auto failed = ReadOpenSheets(*xml, wanted_, row, sheets, cancel_);
+  taken_ = sheets.taken;
+  sheets_left_unread_ = sheets.left_unread;
   if (row.has_too_many()) return IsDamaged(file_, kTooManyCells);
-  return failed.empty() ? Result<void>() : Result<void>(IsDamaged(file_, failed));
+  if (!failed.empty()) return IsDamaged(file_, failed);
+  return wanted_.empty() || sheets.has_wanted ? Result<void>() : NoSuchSheet();
 }
 
 Result<void> SpreadsheetLines::Read(const Take& take) {
-  return kind_ == Kind::kOfficeOpenXml ? ReadOffice(take) : ReadOpen(take);
+  const auto read = kind_ == Kind::kOfficeOpenXml ? ReadOffice(take) : ReadOpen(take);
+  if (read && IsGivenUp(cancel_)) return ReadingGivenUp(file_);
+  return read;
 }
 
 }  // namespace quillcast::recipients

@@ -12,6 +12,7 @@
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
+#include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -115,9 +116,11 @@ Result<std::string> ReadBeginning(int fd, const std::filesystem::path& path, std
   return beginning;
 }
 
-Result<Utf8Census> TakeCensus(int fd, const std::filesystem::path& path, std::string block) {
+Result<Utf8Census> TakeCensus(int fd, const std::filesystem::path& path, std::string block,
+                              const platform::CancelToken* cancel) {
   Utf8Census census;
   while (!block.empty()) {
+    if (IsGivenUp(cancel)) return ReadingGivenUp(path);
     census.Feed(block);
     block.resize(kBlock);
     const auto count = platform::ReadSome(fd, path, block.data(), block.size());
@@ -129,12 +132,14 @@ Result<Utf8Census> TakeCensus(int fd, const std::filesystem::path& path, std::st
 }
 
 // The line, from 1, of a position.
-Result<std::int64_t> LineAt(int fd, const std::filesystem::path& path, std::uint64_t position) {
+Result<std::int64_t> LineAt(int fd, const std::filesystem::path& path, std::uint64_t position,
+                            const platform::CancelToken* cancel) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", path, errno);
   std::int64_t line = 1;
   char before = '\0';
   std::string block(kBlock, '\0');
   while (position > 0) {
+    if (IsGivenUp(cancel)) return ReadingGivenUp(path);
     const auto count = platform::ReadSome(fd, path, block.data(), std::min<std::uint64_t>(block.size(), position));
     if (!count) return count.error();
     if (*count == 0) break;
@@ -190,7 +195,8 @@ void AppendRepairedUtf8(std::string_view text, std::string& out) {
   }
 }
 
-Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, std::string_view system_code_page) {
+Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, std::string_view system_code_page,
+                                     const platform::CancelToken* cancel) {
   auto block = ReadBeginning(fd, path, kBlock);
   if (!block) return block.error();
   const ByteOrderMark* mark = MarkOf(*block);
@@ -198,7 +204,7 @@ Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, 
   if (const auto wide = Utf16ByItsZeros(*block); wide && mark == nullptr) {
     return TextEncoding{.name = *wide, .how_known = "by its zeros, it has no mark", .is_utf16_unmarked = true};
   }
-  const auto census = TakeCensus(fd, path, std::move(*block));
+  const auto census = TakeCensus(fd, path, std::move(*block), cancel);
   if (!census) return census.error();
   TextEncoding found = mark != nullptr            ? MarkedBy(*mark)
                        : census->bad_bytes() == 0 ? TextEncoding{.name = "UTF-8", .how_known = "all of it is valid"}
@@ -208,7 +214,7 @@ Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, 
   found.is_valid_utf8 = census->bad_bytes() == 0;
   found.bad_bytes = census->bad_bytes();
   if (found.is_valid_utf8) return found;
-  const auto line = LineAt(fd, path, census->first_bad());
+  const auto line = LineAt(fd, path, census->first_bad(), cancel);
   if (!line) return line.error();
   found.first_bad_line = *line;
   return found;

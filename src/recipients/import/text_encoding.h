@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/cancel.h"
 #include "platform/result.h"
 
 struct UConverter;
@@ -29,12 +30,16 @@ struct TextEncoding {
   bool is_utf16_unmarked = false;  // told by its zeros alone
   std::int64_t bad_bytes = 0;      // in a file that is UTF-8 all the same
   std::int64_t first_bad_line = 0;
+
+  bool operator==(const TextEncoding&) const = default;
 };
 
 // A byte order mark decides (UTF-8, UTF-16, UTF-32); else text whose every other byte is zero is UTF-16; else a file
 // that is UTF-8 throughout, or but for a byte here and there, is that; else it is in `system_code_page`, the locale's
 // codeset, or where that is UTF-8 too, in Windows-1252. Reads the file once, and leaves its position anywhere.
-Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, std::string_view system_code_page);
+// Errors: kTryAgain when `cancel`, where there is one, asks to give up.
+Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, std::string_view system_code_page,
+                                     const platform::CancelToken* cancel = nullptr);
 
 // The encoding that somebody asked for, which decides alone, but for the mark of its own encoding. Looks at the first
 // bytes only. Errors: kUsage for a name that is not known.

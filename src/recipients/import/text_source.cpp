@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "platform/utf8.h"
+#include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -33,27 +34,45 @@ void AppendUtf16(std::u16string_view units, char16_t& high_half, std::string& ou
 
 }  // namespace
 
-Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::string_view overrule,
-                                    std::string_view system_code_page) {
+Result<TextSource> TextSource::OpenFile(const std::filesystem::path& path, const platform::CancelToken* cancel) {
   TextSource source;
   source.path_ = path;
+  source.cancel_ = cancel;
   auto fd = platform::OpenForReading(path);
   if (!fd) return fd.error();
   source.fd_ = std::move(*fd);
   const auto size = platform::FileSize(source.fd_.get(), path);
   if (!size) return size.error();
   source.size_ = *size;
-  auto encoding = overrule.empty() ? FindOutEncoding(source.fd_.get(), path, system_code_page)
-                                   : EncodingAsAsked(source.fd_.get(), path, overrule);
-  if (!encoding) return encoding.error();
-  source.encoding_ = std::move(*encoding);
-  if (!IsSameEncoding(source.encoding_.name, "UTF-8")) source.converter_ = OpenConverter(source.encoding_.name);
+  return source;
+}
 
-  source.bytes_read_ = source.encoding_.mark_length;
-  if (::lseek(source.fd_.get(), static_cast<off_t>(source.bytes_read_), SEEK_SET) < 0) {
-    return platform::SystemError("read", path, errno);
-  }
-  source.buffer_.resize(kBlock);
+Result<void> TextSource::Begin(TextEncoding encoding) {
+  encoding_ = std::move(encoding);
+  if (!IsSameEncoding(encoding_.name, "UTF-8")) converter_ = OpenConverter(encoding_.name);
+  bytes_read_ = encoding_.mark_length;
+  if (::lseek(fd_.get(), static_cast<off_t>(bytes_read_), SEEK_SET) < 0)
+    return platform::SystemError("read", path_, errno);
+  buffer_.resize(kBlock);
+  return {};
+}
+
+Result<TextSource> TextSource::Open(const std::filesystem::path& path, std::string_view overrule,
+                                    std::string_view system_code_page, const platform::CancelToken* cancel) {
+  auto source = OpenFile(path, cancel);
+  if (!source) return source;
+  auto encoding = overrule.empty() ? FindOutEncoding(source->fd_.get(), path, system_code_page, cancel)
+                                   : EncodingAsAsked(source->fd_.get(), path, overrule);
+  if (!encoding) return encoding.error();
+  if (const auto begun = source->Begin(std::move(*encoding)); !begun) return begun.error();
+  return source;
+}
+
+Result<TextSource> TextSource::OpenKnown(const std::filesystem::path& path, const TextEncoding& encoding,
+                                         const platform::CancelToken* cancel) {
+  auto source = OpenFile(path, cancel);
+  if (!source) return source;
+  if (const auto begun = source->Begin(encoding); !begun) return begun.error();
   return source;
 }
 
@@ -88,6 +107,7 @@ void TextSource::TakeUtf8(std::string_view bytes, std::string& block) {
 Result<bool> TextSource::Read(std::string& block) {
   block.clear();
   while (block.empty() && !at_end_) {
+    if (IsGivenUp(cancel_)) return ReadingGivenUp(path_);
     const auto count = platform::ReadSome(fd_.get(), path_, buffer_.data(), buffer_.size());
     if (!count) return count.error();
     bytes_read_ += *count;

@@ -14,9 +14,13 @@ namespace quillcast::recipients {
 class TextSource {
  public:
   // `overrule`, when not empty, is the encoding; else it is found out, see FindOutEncoding.
-  // Errors: kNoInput for a file that cannot be read, kUsage for an unknown name in `overrule`.
+  // Errors: kNoInput for a file that cannot be read, kUsage for an unknown name in `overrule`; here and in Read
+  // kTryAgain when `cancel`, which outlives the source, asks to give up.
   static Result<TextSource> Open(const std::filesystem::path& path, std::string_view overrule,
-                                 std::string_view system_code_page);
+                                 std::string_view system_code_page, const platform::CancelToken* cancel = nullptr);
+  // The encoding is known: the file is not read for it.
+  static Result<TextSource> OpenKnown(const std::filesystem::path& path, const TextEncoding& encoding,
+                                      const platform::CancelToken* cancel = nullptr);
 
   // Puts the next block of whole characters into `block`; false at the end. Bytes that mean nothing in the encoding
   // become U+FFFD; control characters, NUL too, are text like any other.
@@ -28,10 +32,13 @@ class TextSource {
 
  private:
   TextSource() = default;
+  static Result<TextSource> OpenFile(const std::filesystem::path& path, const platform::CancelToken* cancel);
+  Result<void> Begin(TextEncoding encoding);
   void TakeUtf8(std::string_view bytes, std::string& block);
   void Convert(std::string_view bytes, bool is_last, std::string& out);
 
   std::filesystem::path path_;
+  const platform::CancelToken* cancel_ = nullptr;
   platform::UniqueFd fd_;
   std::uint64_t size_ = 0;
   std::uint64_t bytes_read_ = 0;

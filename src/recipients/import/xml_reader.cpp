@@ -8,6 +8,7 @@
 
 #include "platform/text.h"
 #include "platform/utf8.h"
+#include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -63,10 +64,11 @@ std::string_view Decoded(std::string_view text, std::string& scratch) {
 
 class Scanner {
  public:
-  Scanner(std::string_view xml, XmlListener& listener) : rest_(xml), listener_(listener) {}
+  Scanner(std::string_view xml, XmlListener& listener, const platform::CancelToken* cancel)
+      : rest_(xml), listener_(listener), cancel_(cancel) {}
 
   std::string Run() {
-    while (failed_.empty() && !rest_.empty() && !listener_.HasEnough()) {
+    while (failed_.empty() && !rest_.empty() && !listener_.HasEnough() && !IsGivenUp(cancel_)) {
       if (rest_.front() != '<') {
         TakeText();
       } else if (rest_.starts_with("</")) {
@@ -158,6 +160,7 @@ class Scanner {
 
   std::string_view rest_;
   XmlListener& listener_;
+  const platform::CancelToken* cancel_;
   XmlAttributes attributes_;
   std::string scratch_;
   std::size_t depth_ = 0;
@@ -188,6 +191,8 @@ std::uint32_t XmlAttributes::Number(std::string_view name) const {
   return end.ec == std::errc() ? number : 0;
 }
 
-std::string ReadXml(std::string_view xml, XmlListener& listener) { return Scanner(xml, listener).Run(); }
+std::string ReadXml(std::string_view xml, XmlListener& listener, const platform::CancelToken* cancel) {
+  return Scanner(xml, listener, cancel).Run();
+}
 
 }  // namespace quillcast::recipients

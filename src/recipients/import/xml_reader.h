@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/cancel.h"
 #include "platform/result.h"
 
 namespace quillcast::recipients {
@@ -39,7 +40,7 @@ class XmlListener {
   virtual bool HasEnough() const { return false; }
 };
 
-// Why it is no XML, empty where it is.
-std::string ReadXml(std::string_view xml, XmlListener& listener);
+// Why it is no XML, empty where it is, and where `cancel` ended the reading.
+std::string ReadXml(std::string_view xml, XmlListener& listener, const platform::CancelToken* cancel = nullptr);
 
 }  // namespace quillcast::recipients

@@ -128,7 +128,7 @@ TEST(Headings, MapByWhatListsCallTheFields) {
 TEST(KeptMappings, AreFoundByNameUntilDeleted) {
   const test::TemporaryFolder folder;
   profile::SettingsStore settings(folder.path() / "settings.db");
-  KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=18"), ';', false, true, 1};
+  KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=25", 25), ';', false, true, 1};
   const KeptMapping plain{"a", *ParseMapping("Email Address=1"), '\t', true, false, 0};
   EXPECT_TRUE(ListMappings(settings)->empty());
   ASSERT_TRUE(KeepMapping(settings, shop) && KeepMapping(settings, plain));
@@ -140,7 +140,8 @@ TEST(KeptMappings, AreFoundByNameUntilDeleted) {
   ASSERT_TRUE(DeleteMapping(settings, "web shop"));
   EXPECT_EQ(FindMapping(settings, "Web shop").error().failure, Failure::kUsage);
   EXPECT_EQ(DeleteMapping(settings, "Web shop").error().failure, Failure::kUsage);
-  EXPECT_EQ(KeepMapping(settings, {" ", {}, ',', false, false, 0}).error().failure, Failure::kUsage);
+  for (const std::string& name : {std::string(" "), std::string("a\nb"), std::string(101, 'x')})
+    EXPECT_EQ(KeepMapping(settings, {name, {}, ',', false, false, 0}).error().failure, Failure::kUsage) << name;
   EXPECT_EQ(ListMappings(settings)->size(), 1U);
   // What somebody else put there is none.
   for (const char* other : {"nonsense", "[1]", R"({"x":1})", ""}) {

@@ -297,7 +297,7 @@ TEST_F(ImportTest, TellsWhatWentOddly) {
             ',',
             false,
             "Email Address=2",
-            {"Its fields stand in quotes; reading it as RFC 4180 would take them off."}},
+            {"Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off."}},
            {"\"Lovelace, Ada\",\"a6@x.org\"\n", ',', true, "Email Address=2", {}},
            {"a7@x.org\nb7@x.org,\"open\n",
             ',',
@@ -324,7 +324,7 @@ TEST_F(ImportTest, TellsWhatWentOddly) {
             false,
             nullptr,
             {"2 addresses were cut, the first to neill@x.org: a harvest takes letters, digits, “.”, “_” and “-”, and "
-             "five letters at the end. Import such a list with “quillcast import --map”."}}}) {
+             "five letters at the end. A recipient from each line keeps an address as it stands."}}}) {
     auto request = Lines(NewFile("list.txt", c.text), c.map == nullptr ? "Title=1" : c.map, c.delimiter);
     if (c.map == nullptr) request.mode = ImportMode::kHarvest;
     request.reading.rfc4180 = c.rfc4180;

@@ -1,0 +1,101 @@
+#include "desktop/recipients/kept_mapping_box.h"
+
+#include <QPushButton>
+#include <QSignalBlocker>
+
+#include "desktop/recipients/mapping_keep_form.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+
+namespace quillcast::desktop {
+namespace {
+
+QPushButton* OfferButton(const char* name, const QString& text, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+}  // namespace
+
+KeptMappingBox::KeptMappingBox(const profile::Program& program, StatusLine& status, QWidget* parent)
+    : QComboBox(parent),
+      program_(program),
+      status_(status),
+      apply_(OfferButton("ApplyMappingButton", tr("Appl&y"), parent)),
+      keep_(OfferButton("KeepMappingButton", tr("Keep A&s…"), parent)),
+      remove_(OfferButton("RemoveMappingButton", tr("&Remove"), parent)) {
+  setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
+  setMinimumContentsLength(12);
+  connect(apply_, &QPushButton::clicked, this, &KeptMappingBox::Apply);
+  connect(keep_, &QPushButton::clicked, this, &KeptMappingBox::KeepAsked);
+  connect(remove_, &QPushButton::clicked, this, &KeptMappingBox::Remove);
+  connect(this, &QComboBox::currentIndexChanged, this, &KeptMappingBox::EnableButtons);
+  Fill({});
+}
+
+std::vector<QWidget*> KeptMappingBox::buttons() const { return {apply_, keep_, remove_}; }
+
+void KeptMappingBox::EnableAll(bool enable) {
+  is_enabled_ = enable;
+  EnableButtons();
+}
+
+void KeptMappingBox::EnableButtons() {
+  setEnabled(is_enabled_ && count() > 0);
+  keep_->setEnabled(is_enabled_);
+  apply_->setEnabled(is_enabled_ && currentIndex() >= 0);
+  remove_->setEnabled(is_enabled_ && currentIndex() >= 0);
+}
+
+void KeptMappingBox::Fill(const QString& chosen) {
+  {
+    const QSignalBlocker quiet(this);
+    clear();
+    if (const auto all = recipients::ListMappings(program_.settings)) {
+      for (const auto& kept : *all) addItem(ToQt(kept.name));
+    } else {
+      status_.Fail(all.error());
+    }
+    setCurrentIndex(findText(chosen, Qt::MatchFixedString));
+    setPlaceholderText(count() == 0 ? tr("None is kept yet") : tr("Choose a mapping"));
+  }
+  EnableButtons();
+}
+
+// Another program may have removed it since.
+void KeptMappingBox::Apply() {
+  const auto kept = recipients::FindMapping(program_.settings, FromQt(currentText()));
+  if (kept) {
+    emit Applied(*kept);
+    return;
+  }
+  status_.Fail(kept.error());
+  Fill({});
+}
+
+void KeptMappingBox::Keep(recipients::KeptMapping mapping, const QString& suggestion) {
+  MappingKeepForm form(program_, currentIndex() >= 0 ? currentText() : suggestion, this);
+  if (form.exec() != QDialog::Accepted) return;
+  mapping.name = FromQt(form.name());
+  if (const auto kept = recipients::KeepMapping(program_.settings, mapping); !kept) return status_.Fail(kept.error());
+  Fill(form.name());
+  status_.Say(tr("The mapping is kept as “%1”.").arg(form.name()));
+}
+
+void KeptMappingBox::Remove() {
+  const QString name = currentText();
+  const auto question = Say("Would you like to remove the mapping “{}”?", FromQt(name));
+  if (program_.prompts.Ask(FromQt(InWords(question))) != platform::Answer::kYes) return;
+  const auto deleted = recipients::DeleteMapping(program_.settings, FromQt(name));
+  if (deleted) {
+    status_.Say(tr("The mapping “%1” is no longer kept.").arg(name));
+  } else {
+    status_.Fail(deleted.error());
+  }
+  Fill({});
+  (count() > 0 ? static_cast<QWidget*>(this) : keep_)->setFocus();
+}
+
+}  // namespace quillcast::desktop

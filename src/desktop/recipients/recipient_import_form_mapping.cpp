@@ -1,0 +1,121 @@
+// The part of the dialog that says which field of the file goes where.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+
+#include "desktop/recipients/import_mapping_panel.h"
+#include "desktop/recipients/kept_mapping_box.h"
+#include "desktop/recipients/recipient_import_form.h"
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+
+// Of the headings where they are left out, which say more than the first recipient; else of the first line.
+std::vector<std::string_view> RecipientImportForm::FieldsToChoose() const {
+  if (!sample_ || sample_->lines.empty()) return {};
+  const auto& lines = sample_->lines;
+  const auto behind = std::find_if(lines.begin(), lines.end(),
+                                   [skip = SkippedLines()](const auto& line) { return line.number > skip; });
+  return behind == lines.begin() ? behind->Fields() : std::prev(behind)->Fields();
+}
+
+// Lines of a spreadsheet are numbered with those that are empty: the first one may be the third row.
+std::int64_t RecipientImportForm::SkippedLines() const {
+  if (!skip_->isChecked() || !skip_->isEnabled()) return 0;
+  const std::int64_t first = sample_ && !sample_->lines.empty() ? sample_->lines.front().number : 1;
+  return std::max(skipped_, first);
+}
+
+void RecipientImportForm::SkipLines(std::int64_t lines) {
+  skipped_ = std::max<std::int64_t>(lines, 1);
+  skip_->setText(lines > 1 ? tr("Leave the first %1 lines o&ut").arg(lines)
+                           : tr("Leave the first line o&ut, it has headings"));
+  skip_->setChecked(lines > 0);
+}
+
+void RecipientImportForm::OfferFields() {
+  mapping_->Offer(recipients::SampleEntries(FieldsToChoose(), quotes_->isChecked()));
+}
+
+// A field of a recipient comes from one field of the line; a field of the line may go into several, of which the list
+// above it shows the first.
+void RecipientImportForm::TakeHeading(int source, std::size_t field) {
+  recipients::ImportMapping mapping = mapping_->Mapping();
+  if (!mapping_->Offers(source)) OfferFields();  // the lists are of another reading, or of none
+  std::replace(mapping.source.begin(), mapping.source.end(), source, recipients::kIgnore);
+  if (field < mapping.source.size()) mapping.source[field] = source;
+  mapping_->Choose(mapping);
+}
+
+void RecipientImportForm::Propose() {
+  if (!proposed_ || !sample_ || sample_->lines.empty()) return;
+  SkipLines(proposed_->has_headings ? 1 : 0);
+  OfferFields();
+  mapping_->Choose(proposed_->mapping);
+  if (proposed_->beyond.empty()) return;
+  Warn({SayOf(static_cast<std::int64_t>(proposed_->beyond.size()),
+              "{} field stands behind the eighteenth and cannot be chosen: “{}”. Move it to the front of the file.",
+              "{} fields stand behind the eighteenth and cannot be chosen, the first is “{}”. Move them to the front "
+              "of the file.",
+              platform::Printable(proposed_->beyond.front(), 100))});
+}
+
+recipients::KeptMapping RecipientImportForm::Current() const {
+  return {.name = {},
+          .mapping = mapping_->Mapping(),
+          .delimiter = delimiter_->currentData().toChar().toLatin1(),
+          .quotes = quotes_->isChecked(),
+          .rfc4180 = rfc4180_->isChecked(),
+          .skip = SkippedLines()};
+}
+
+void RecipientImportForm::KeepMapping() {
+  const auto current = Current();
+  if (const auto complaint = recipients::CheckKeeping(current.mapping)) {
+    program_.prompts.Warn(complaint->message);
+    FocusOn(*complaint->control);
+    return;
+  }
+  kept_->Keep(current, QFileInfo(file_->text()).completeBaseName());
+}
+
+void RecipientImportForm::ApplyMapping(const recipients::KeptMapping& kept) {
+  if (const auto complaint = recipients::CheckSample(FromQt(file_->text()))) {
+    program_.prompts.Warn(complaint->message);
+    FocusOn(*complaint->control);
+    return;
+  }
+  looked_at_ = file_->text();
+  TakeMapping(kept);
+  EnableControls();
+  LookAtFile({.applies = true});
+}
+
+// How the lines are cut comes first: the fields to choose from hang on it.
+void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
+  delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(kept.delimiter)));
+  delimiter_is_picked_ = true;
+  const QSignalBlocker quiet_quotes(quotes_);
+  const QSignalBlocker quiet_rfc4180(rfc4180_);
+  quotes_->setChecked(kept.quotes);
+  rfc4180_->setChecked(kept.rfc4180 && !kept.quotes);
+  SkipLines(kept.skip);
+  waiting_ = kept;
+}
+
+// Gives what the file lacks of it.
+std::optional<Sentence> RecipientImportForm::ChooseWaiting() {
+  if (!waiting_) return {};
+  const auto wanted = std::exchange(waiting_, {})->mapping;
+  OfferFields();
+  const auto fitted = recipients::FitMapping(wanted, FieldsToChoose().size());
+  mapping_->Choose(fitted.mapping);
+  was_set_back_ = false;
+  return recipients::DescribeLacking(fitted, wanted);
+}
+
+}  // namespace quillcast::desktop
