@@ -53,7 +53,7 @@ void RecipientImportForm::TakeHeading(int source, std::size_t field) {
 
 void RecipientImportForm::Propose() {
   if (!proposed_ || !sample_ || sample_->lines.empty()) return;
-  SkipLines(proposed_->has_headings ? 1 : 0);
+  SkipLines(proposed_->skip);
   OfferFields();
   mapping_->Choose(proposed_->mapping);
   if (proposed_->beyond.empty()) return;

@@ -101,6 +101,6 @@ inline constexpr std::string_view kHeadingQualifiers =
     "billing payment invoice defaultaddress customer contact primary main business work company home personal private "
     "shipping delivery rechnungs kunden geschäftlich geschaeftlich privat liefer facturation facturación fatturazione "
     "user "
-    "subscriber member";
+    "subscriber member address1 location1";
 
 }  // namespace quillcast::recipients

@@ -1,5 +1,7 @@
 #include "recipients/import/import_sample.h"
 
+#include <algorithm>
+
 #include "recipients/import/headings.h"
 #include "recipients/import/line_reader.h"
 
@@ -7,6 +9,7 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::size_t kLinesForADelimiter = 64;
+constexpr std::size_t kLinesForHeadings = 5;
 
 }  // namespace
 
@@ -47,18 +50,21 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const 
 }
 
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample) {
-  if (HasKnownFields(sample.facts.format)) return ProposedMapping{KnownMapping(), false, {}};
-  if (sample.lines.empty()) return {};
-  const auto headings = sample.lines.front().Fields();
-  const HeadingMapping found = MapByHeadings(headings);
-  if (!found.looks_like_headings) return {};
-  ProposedMapping proposed{found.mapping, true, {}};
-  for (int& source : proposed.mapping.source) {
-    if (source <= kSourceFields) continue;
-    proposed.beyond.emplace_back(headings[static_cast<std::size_t>(source) - 1]);
-    source = kIgnore;
+  if (HasKnownFields(sample.facts.format)) return ProposedMapping{KnownMapping(), 0, {}};
+  for (std::size_t at = 0; at < std::min(sample.lines.size(), kLinesForHeadings); ++at) {
+    const auto headings = sample.lines[at].Fields();
+    if (std::any_of(headings.begin(), headings.end(), IsBareAddress)) break;
+    const HeadingMapping found = MapByHeadings(headings);
+    if (!found.looks_like_headings) continue;
+    ProposedMapping proposed{found.mapping, sample.lines[at].number, {}};
+    for (int& source : proposed.mapping.source) {
+      if (source <= kSourceFields) continue;
+      proposed.beyond.emplace_back(headings[static_cast<std::size_t>(source) - 1]);
+      source = kIgnore;
+    }
+    return proposed;
   }
-  return proposed;
+  return {};
 }
 
 }  // namespace quillcast::recipients

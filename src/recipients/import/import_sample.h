@@ -38,10 +38,10 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const 
 // The mapping that a file suggests: that of its format, or the one of its headings.
 struct ProposedMapping {
   ImportMapping mapping;            // of fields that can be chosen by number
-  bool has_headings = false;        // the first line is no recipient
+  std::int64_t skip = 0;            // lines that are no recipients: those up to the headings
   std::vector<std::string> beyond;  // headings of fields behind the eighteenth that would be taken
 };
-// Nothing where the first line does not look like headings.
+// Nothing where none of the first lines looks like headings; spreadsheets have titles above them.
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample);
 
 }  // namespace quillcast::recipients
