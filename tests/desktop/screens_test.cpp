@@ -36,6 +36,7 @@
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
+#include "desktop/recipients/mapping_keep_form.h"
 #include "desktop/recipients/merge_form.h"
 #include "desktop/recipients/recipient_add_form.h"
 #include "desktop/recipients/recipient_export_form.h"
@@ -64,6 +65,9 @@
 #include "desktop/widgets/look.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/file.h"
+#include "platform/sqlite.h"
+#include "recipients/import/kept_mappings.h"
+#include "support/stored_archive.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -428,6 +432,35 @@ class ScreensTest : public QObject {
     QTRY_VERIFY(file_to_list.findChild<QPushButton*>("ProposeButton")->isEnabled());
     file_to_list.findChild<QPushButton*>("ProposeButton")->click();
     Take(file_to_list, "import");
+    MappingKeepForm name(rig.program, "people", nullptr);
+    Take(name, "mapping-keep");
+    QVERIFY(
+        recipients::KeepMapping(rig.settings, {"The customers of the shop by the river", {}, ';', false, false, 1}));
+    RecipientImportForm from_sheet(rig.program, "Customers", nullptr);
+    from_sheet.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
+    rig.prompts.files = {rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets()))};
+    from_sheet.findChild<QPushButton*>("BrowseButton")->click();
+    QTRY_VERIFY(from_sheet.findChild<QPushButton*>("ProposeButton")->isEnabled());
+    from_sheet.findChild<QPushButton*>("ProposeButton")->click();
+    from_sheet.findChild<QComboBox*>("MappingComboBox")->setCurrentIndex(0);
+    Take(from_sheet, "import-sheet");
+    {
+      // What another program holds, both wait for.
+      auto store = *platform::Database::Open(rig.folders.Database(), platform::OpenMode::kReadWrite);
+      QVERIFY(store.Execute("BEGIN EXCLUSIVE"));
+      list_to_file.findChild<QLineEdit*>("BrowseTextBox")->setText(PathToQt(rig.folder.path() / "out.txt"));
+      for (auto [dialog, button, picture] :
+           {std::tuple<QDialog*, const char*, const char*>(&from_sheet, "ImportButton", "import-run"),
+            std::tuple<QDialog*, const char*, const char*>(&list_to_file, "ExportButton", "export-run")}) {
+        rig.prompts.answers = {platform::Answer::kYes};
+        dialog->findChild<QPushButton*>(button)->click();
+        Take(*dialog, picture);
+        rig.prompts.answers = {platform::Answer::kYes};
+        dialog->reject();
+        QTRY_VERIFY(!dialog->isVisible());
+      }
+      rig.prompts.shown.clear();
+    }
     RecipientSearchForm found(rig.program, "Customers", nullptr);
     Take(found, "search-empty");
     found.findChild<QComboBox*>("CompareComboBox")->setCurrentIndex(1);

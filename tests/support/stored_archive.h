@@ -70,6 +70,19 @@ inline std::vector<StoredPart> Workbook(const std::string& rows) {
       {"xl/worksheets/sheet1.xml", xml + "<worksheet><sheetData>" + rows + "</sheetData></worksheet>"}};
 }
 
+// One with a sheet "One", which has a title above its headings, and another one "T&wo".
+inline std::vector<StoredPart> TwoSheets() {
+  const auto cell = [](const char* text) { return "<c t='str'><v>" + std::string(text) + "</v></c>"; };
+  auto parts = Workbook("<row r='1'>" + cell("As of March") + "</row><row r='3'>" + cell("E-Mail") +
+                        "</row><row r='4'>" + cell("a@x.org") + "</row>");
+  parts[1].content =
+      "<workbook><sheets><sheet name='One' r:id='rId1'/><sheet name='T&amp;wo' r:id='rId4'/></sheets></workbook>";
+  parts[2].content.insert(parts[2].content.find("</Rel"),
+                          "<Relationship Id='rId4' Type='x/worksheet' Target='two.xml'/>");
+  parts.push_back({"xl/two.xml", "<worksheet><row r='1'>" + cell("b@x.org") + "</row></worksheet>"});
+  return parts;
+}
+
 inline std::vector<StoredPart> OpenDocument(const std::string& tables) {
   return {{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
           {"META-INF/manifest.xml", "<?xml version=\"1.0\"?><manifest/>"},

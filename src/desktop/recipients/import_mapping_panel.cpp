@@ -12,9 +12,11 @@
 namespace quillcast::desktop {
 namespace {
 
-// What is chosen is longer than its box as a rule.
+constexpr qsizetype kFitsTheBox = 20;  // characters
+
 void TipTheWhole(QComboBox& list) {
-  list.setToolTip(list.currentIndex() > 0 ? PlainTip(list.currentText()) : QString());
+  const QString chosen = list.currentText();
+  list.setToolTip(chosen.size() > kFitsTheBox ? PlainTip(chosen) : QString());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -53,6 +54,7 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       browse_(NamedButton("BrowseButton", tr("&Browse…"), this)),
       group_(new QComboBox(this)),
       kind_(new QComboBox(this)),
+      sheet_label_(new QLabel(tr("S&heet:"), this)),
       sheet_(new QComboBox(this)),
       harvest_(new QRadioButton(tr("Every e-mail &address anywhere in the file"), this)),
       delimited_(new QRadioButton(tr("A recipient from each &line, with these fields:"), this)),
@@ -115,9 +117,11 @@ void RecipientImportForm::AddFormats(FormColumn* column) {
   encoding_->setInsertPolicy(QComboBox::NoInsert);
   encoding_->addItem(tr("Find out"));
   for (const char* encoding : kEncodings) encoding_->addItem(encoding);
+  sheet_->setObjectName("SheetComboBox");
+  sheet_->setAccessibleName(tr("Sheet"));
+  sheet_label_->setBuddy(sheet_);
   FormGrid* formats = column->AddGrid();
-  formats->Add("KindComboBox", tr("&Kind:"), kind_);
-  formats->Add("SheetComboBox", tr("S&heet:"), sheet_);
+  formats->Add("KindComboBox", tr("&Kind:"), kind_, {sheet_label_, sheet_});
   formats->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
 }
 
@@ -190,7 +194,8 @@ void RecipientImportForm::EnableControls() {
   const bool is_delimited = is_idle && delimited_->isChecked();
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encoding_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
-  sheet_->setEnabled(is_idle && sheet_->count() > 1);
+  sheet_->setEnabled(is_idle);
+  for (QWidget* part : std::initializer_list<QWidget*>{sheet_label_, sheet_}) part->setVisible(sheet_->count() > 1);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
   kept_->EnableAll(is_delimited);

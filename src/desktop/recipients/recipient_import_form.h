@@ -15,6 +15,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -114,7 +115,8 @@ class RecipientImportForm final : public QDialog {
   QPushButton* browse_;
   QComboBox* group_;
   QComboBox* kind_;
-  QComboBox* sheet_;
+  QLabel* sheet_label_;
+  QComboBox* sheet_;  // of several
   QRadioButton* harvest_;
   QRadioButton* delimited_;
   QComboBox* delimiter_;
