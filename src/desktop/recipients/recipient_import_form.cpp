@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -54,8 +55,8 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       browse_(NamedButton("BrowseButton", tr("&Browse…"), this)),
       group_(new QComboBox(this)),
       kind_(new QComboBox(this)),
-      sheet_label_(new QLabel(tr("S&heet:"), this)),
-      sheet_(new QComboBox(this)),
+      sheets_(new QWidget(this)),
+      sheet_(new QComboBox(sheets_)),
       harvest_(new QRadioButton(tr("Every e-mail &address anywhere in the file"), this)),
       delimited_(new QRadioButton(tr("A recipient from each &line, with these fields:"), this)),
       delimiter_(new QComboBox(this)),
@@ -119,9 +120,14 @@ void RecipientImportForm::AddFormats(FormColumn* column) {
   for (const char* encoding : kEncodings) encoding_->addItem(encoding);
   sheet_->setObjectName("SheetComboBox");
   sheet_->setAccessibleName(tr("Sheet"));
-  sheet_label_->setBuddy(sheet_);
+  auto* caption = new QLabel(tr("S&heet:"), sheets_);
+  caption->setBuddy(sheet_);
+  auto* beside = new QHBoxLayout(sheets_);
+  beside->setContentsMargins({});
+  beside->addWidget(caption);
+  beside->addWidget(sheet_);
   FormGrid* formats = column->AddGrid();
-  formats->Add("KindComboBox", tr("&Kind:"), kind_, {sheet_label_, sheet_});
+  formats->Add("KindComboBox", tr("&Kind:"), kind_, {sheets_});
   formats->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
 }
 
@@ -195,7 +201,7 @@ void RecipientImportForm::EnableControls() {
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encoding_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
   sheet_->setEnabled(is_idle);
-  for (QWidget* part : std::initializer_list<QWidget*>{sheet_label_, sheet_}) part->setVisible(sheet_->count() > 1);
+  sheets_->setVisible(sheet_->count() > 1);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
   kept_->EnableAll(is_delimited);

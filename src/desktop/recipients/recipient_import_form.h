@@ -15,7 +15,6 @@
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -115,8 +114,8 @@ class RecipientImportForm final : public QDialog {
   QPushButton* browse_;
   QComboBox* group_;
   QComboBox* kind_;
-  QLabel* sheet_label_;
-  QComboBox* sheet_;  // of several
+  QWidget* sheets_;  // where there are several
+  QComboBox* sheet_;
   QRadioButton* harvest_;
   QRadioButton* delimited_;
   QComboBox* delimiter_;
