@@ -106,7 +106,7 @@ void ImportSampleTable::Dim() {
 
 void ImportSampleTable::changeEvent(QEvent* event) {
   QTableWidget::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange) Dim();
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::EnabledChange) Dim();
 }
 
 }  // namespace quillcast::desktop

@@ -200,7 +200,7 @@ void RecipientImportForm::EnableControls() {
   const bool is_delimited = is_idle && delimited_->isChecked();
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encoding_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
-  sheet_->setEnabled(is_idle);
+  sheets_->setEnabled(is_idle);
   sheets_->setVisible(sheet_->count() > 1);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
