@@ -55,8 +55,9 @@ Result<int> DeleteGroup(Context& context, RecipientStore& store, const GroupOpti
   const auto group = store.RequireGroup(options.name);
   if (!group) return group.error();
   if (const auto asked = AskFirst(context, recipients::DeleteQuestion(group->name)); !asked) return asked.error();
-  const auto gone = recipients::DeleteWholeGroup(store, group->name);
+  const auto gone = recipients::DeleteWholeGroup(store, group->name, ShowProgress(context));
   if (!gone) return gone.error();
+  context.output.EndProgress();
   context.output.Line(fmt::format(
       "Group \"{}\" and its recipients were deleted. `quillcast group undo` takes that back.", group->name));
   context.output.Object({{"group", group->name}, {"done", "delete"}, {"recipients", *gone}});

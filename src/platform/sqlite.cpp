@@ -238,6 +238,14 @@ Result<void> Database::Execute(const char* sql) {
 std::int64_t Database::LastInsertId() const { return sqlite3_last_insert_rowid(database_.get()); }
 std::int64_t Database::ChangedRows() const { return sqlite3_changes64(database_.get()); }
 
+void Database::OnWrittenRow(std::function<void()> written) {
+  written_ = std::make_unique<std::function<void()>>(std::move(written));
+  const auto call = [](void* context, int, const char*, const char*, sqlite3_int64) {
+    (*static_cast<std::function<void()>*>(context))();
+  };
+  sqlite3_update_hook(database_.get(), call, written_.get());
+}
+
 Result<void> Database::AddCollation(const char* name, Compare compare) {
   const auto call = [](void* context, int a_size, const void* a, int b_size, const void* b) {
     return reinterpret_cast<Compare>(context)({static_cast<const char*>(a), static_cast<std::size_t>(a_size)},

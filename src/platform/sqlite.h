@@ -83,6 +83,10 @@ class Database {
   std::int64_t LastInsertId() const;
   std::int64_t ChangedRows() const;
 
+  // Called at each row that a statement inserts, changes or deletes, in the midst of it; only to count or look at the
+  // clock.
+  void OnWrittenRow(std::function<void()> written);
+
   // `compare(a, b)` orders two UTF-8 texts as strcmp does. It must outlive the connection and give the same order for
   // ever: indexes are built with it.
   using Compare = int (*)(std::string_view a, std::string_view b);
@@ -102,6 +106,7 @@ class Database {
   Result<void> CheckSchema();
 
   std::unique_ptr<LockPatience> patience_;  // before the connection, which reads it
+  std::unique_ptr<std::function<void()>> written_;
   std::unique_ptr<sqlite3, CloseDatabase> database_;
   std::filesystem::path path_;
 };

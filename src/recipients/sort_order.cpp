@@ -42,6 +42,12 @@ Result<std::vector<SortKey>> SortKeysOf(std::string_view sort_sql) {
   return keys;
 }
 
+bool IsSameSort(std::string_view a, std::string_view b) {
+  const auto keys = SortKeysOf(a);
+  const auto others = SortKeysOf(b);
+  return keys && others && *keys == *others;
+}
+
 std::string SortTextOf(std::span<const SortKey> keys) {
   std::string text;
   for (const SortKey& key : keys) {

@@ -21,6 +21,9 @@ struct SortKey {
 // or neither, separated by commas. None for the empty text; kBadData for anything else.
 Result<std::vector<SortKey>> SortKeysOf(std::string_view sort_sql);
 
+// Whether two texts name the same columns the same way round, however they are written.
+bool IsSameSort(std::string_view a, std::string_view b);
+
 // "[G-LastName], [G-FirstName] DESC"; empty, which is the order in which recipients were added, without keys.
 std::string SortTextOf(std::span<const SortKey> keys);
 

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "recipients/edit/undo.h"
+#include "recipients/sort_order.h"
 #include "recipients/store_connection.h"
 #include "recipients/store_rows.h"
 
@@ -148,6 +149,7 @@ Result<void> Edit::DeleteGroup(const RecipientGroup& group) {
 
 // What the group is sorted by then is kept with a mark, so that no sort at all differs from a group that is gone.
 Result<void> Edit::SetSort(const RecipientGroup& group, std::string_view sort_sql) {
+  if (IsSameSort(group.sort_sql, sort_sql)) return {};
   has_changed_ = true;
   const std::string key = std::to_string(group.id);
   const std::string after = UndoSortMark(sort_sql);
@@ -155,15 +157,28 @@ Result<void> Edit::SetSort(const RecipientGroup& group, std::string_view sort_sq
   return RunOn(*database_, StatementId::kSetSort, List<2>{sort_sql, key});
 }
 
-Result<void> Edit::Advance() {
+void Edit::Step() {
   ++done_;
   if (on_progress_ && done_ % kBetweenReports == 0) on_progress_(done_, total_);
+}
+
+void Edit::CountRows() {
+  database_->OnWrittenRow([this] { Step(); });
+}
+
+Result<void> Edit::Advance() {
+  Step();
+  return CheckCancel();
+}
+
+Result<void> Edit::CheckCancel() const {
   if (patience_.cancel == nullptr || patience_.cancel->Requested() == platform::Stop::kNone) return {};
   return Error{Failure::kTryAgain, "The work was cancelled; nothing was changed."};
 }
 
 Result<void> Edit::Commit(const EditStep& step) {
   if (!has_changed_) return {};
+  if (auto goes_on = CheckCancel(); !goes_on) return goes_on;
   if (auto kept = KeepUndoStep(*database_, step); !kept) return kept;
   run_.reset();  // no statement may be under way
   return transaction_->Commit();

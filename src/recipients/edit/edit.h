@@ -54,6 +54,8 @@ class Edit {
 
   // To be called for each row: tells of the progress, and fails once it was cancelled.
   Result<void> Advance();
+  // From here on each row that a statement writes is a step of the progress; for statements that take many at once.
+  void CountRows();
   void ExpectMore(std::size_t rows) { total_ += static_cast<std::int64_t>(rows); }
   // From here on this step is what undo takes back. Where nothing was changed, the step before stays that.
   Result<void> Commit(const EditStep& step);
@@ -72,6 +74,8 @@ class Edit {
   };
   static Result<Prepared> PrepareAll(platform::Database& database);
 
+  void Step();
+  Result<void> CheckCancel() const;
   Result<bool> HasTwin(const StoredRecipient& row);
 
   std::filesystem::path file_;

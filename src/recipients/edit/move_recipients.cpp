@@ -148,11 +148,16 @@ Result<std::int64_t> DeleteRecipients(const RecipientStore& store, std::string_v
   return deleted;
 }
 
-Result<std::int64_t> DeleteWholeGroup(const RecipientStore& store, std::string_view group) {
-  Edit edit(store, {});
+Result<std::int64_t> DeleteWholeGroup(const RecipientStore& store, std::string_view group,
+                                      const OnProgress& on_progress) {
+  Edit edit(store, on_progress);
   if (const auto begun = edit.Begin(); !begun) return begun.error();
   const auto found = edit.RequireGroup(group);
   if (!found) return found.error();
+  const auto keys = edit.KeysOf(*found);
+  if (!keys) return keys.error();
+  edit.ExpectMore(2 * keys->size());
+  edit.CountRows();
   if (const auto gone = edit.DeleteGroup(*found); !gone) return gone.error();
   const std::int64_t rows = edit.database().ChangedRows();  // of the last statement, which deletes the recipients
   const auto done = edit.Commit({.kind = EditKind::kDeleteGroup, .group = found->name, .rows = rows});

@@ -44,8 +44,10 @@ Result<std::int64_t> DeleteRecipients(const RecipientStore& store, std::string_v
                                       std::span<const std::int64_t> keys, DeletedFrom place = DeletedFrom::kGroup,
                                       const OnProgress& on_progress = {});
 
-// The group and all its recipients. How many they were.
-Result<std::int64_t> DeleteWholeGroup(const RecipientStore& store, std::string_view group);
+// The group and all its recipients. How many they were. Progress counts two steps for each: they are kept for undo,
+// too.
+Result<std::int64_t> DeleteWholeGroup(const RecipientStore& store, std::string_view group,
+                                      const OnProgress& on_progress = {});
 
 // The order of the group's list from now on; empty for the order of adding. Fails with kBadData for what is no order.
 Result<void> SortGroup(const RecipientStore& store, std::string_view group, std::string_view sort_sql);

@@ -112,7 +112,13 @@ TEST_F(EditTest, ShowsWhatCapitalsWouldChange) {
   EXPECT_EQ((*store().FindRecipient(a_, "a2@x.org"))->recipient, Named("a2@x.org", "Ada", "Oslo"));
   EXPECT_EQ((*store().FindRecipient(b_, "b1@x.org"))->recipient.values[kFirstName], "ada");
   EXPECT_EQ(*CapitaliseGroup(store(), "A"), 0);
-  EXPECT_EQ(FindUndo(store())->value().rows, 2) << "what changed nothing leaves the step before";
+  for (const char* sort : {"", "[G-City], [G-Email] DESC", "G-City asc,G-Email desc"}) {
+    ASSERT_TRUE(SortGroup(store(), "A", sort));
+    EXPECT_EQ(FindUndo(store())->value().kind, *sort == 0 ? EditKind::kCapitalise : EditKind::kSort)
+        << "what changed nothing leaves the step before";
+  }
+  EXPECT_TRUE(Undo(store()));
+  EXPECT_EQ(store().RequireGroup("A")->sort_sql, "") << "the second time nothing was set";
 }
 
 TEST_F(EditTest, FindsDuplicatesByWhereAMessageGoes) {
@@ -223,18 +229,33 @@ TEST_F(EditTest, ACancelChangesNothing) {
   Fill(a_, 600);
   const std::string before = Dump();
   const auto keys = *store().ListKeys(a_, "");
-  platform::CancelToken cancel;
-  const RecipientStore cancelled(store().file(), {.cancel = &cancel});
-  std::int64_t last = 0;
-  const auto moved = MoveRecipients(cancelled, "A", "B", keys, [&](std::int64_t done, std::int64_t total) {
-    EXPECT_EQ(total, 603);
-    last = done;
-    if (done > 500) cancel.Request();
-  });
-  ASSERT_FALSE(moved);
-  EXPECT_EQ(moved.error().failure, Failure::kTryAgain);
-  EXPECT_EQ(last, 512);
-  EXPECT_EQ(Dump(), before);
+  struct Case {
+    std::int64_t total;
+    std::int64_t stop;
+    std::function<std::optional<Error>(const RecipientStore&, const OnProgress&)> change;
+  };
+  const auto move = [&](const RecipientStore& store, const OnProgress& see) {
+    const auto moved = MoveRecipients(store, "A", "B", keys, see);
+    return moved ? std::optional<Error>() : moved.error();
+  };
+  const auto erase = [](const RecipientStore& store, const OnProgress& see) {
+    const auto gone = DeleteWholeGroup(store, "A", see);
+    return gone ? std::optional<Error>() : gone.error();
+  };
+  for (const Case& stopped : {Case{603, 512, move}, Case{1206, 512, erase}, Case{1206, 1024, erase}}) {
+    platform::CancelToken cancel;
+    std::int64_t last = 0;
+    const auto why =
+        stopped.change(RecipientStore(store().file(), {.cancel = &cancel}), [&](std::int64_t done, std::int64_t total) {
+          EXPECT_EQ(total, stopped.total);
+          last = done;
+          if (done == stopped.stop) cancel.Request();
+        });
+    ASSERT_TRUE(why) << stopped.total << ' ' << stopped.stop;
+    EXPECT_EQ(why->failure, Failure::kTryAgain);
+    EXPECT_GE(last, stopped.stop);
+    EXPECT_EQ(Dump(), before);
+  }
 }
 
 // A store that nobody may write, or that somebody else writes: nothing is done, and the failure says why.
