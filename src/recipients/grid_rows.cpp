@@ -28,6 +28,34 @@ Result<std::optional<std::size_t>> FirstBeginningWith(const RecipientStore& stor
   return std::optional<std::size_t>();
 }
 
+std::string ViewSort(const RecipientGroup& group, ViewOrder order) {
+  constexpr std::array kColumns = {kFirstName, kLastName, kEmail};
+  if (order.column < 1 || order.column > static_cast<int>(kColumns.size())) return group.sort_sql;
+  const SortKey key{kFields[kColumns.at(static_cast<std::size_t>(order.column) - 1)].column, order.descends};
+  return SortTextOf(std::span(&key, 1));
+}
+
+using Keys = std::span<const std::int64_t>;
+
+// The nearest key to `row` that is left: itself, one below it, or one above it. 0 where none is.
+std::int64_t NearestLeft(Keys before, std::size_t row, Keys now) {
+  std::vector<std::int64_t> left(now.begin(), now.end());
+  std::sort(left.begin(), left.end());
+  const auto is_left = [&left](std::int64_t key) { return std::binary_search(left.begin(), left.end(), key); };
+  const Keys above = before.first(row);
+  const Keys below = before.subspan(row);
+  if (const auto found = std::find_if(below.begin(), below.end(), is_left); found != below.end()) return *found;
+  const auto found = std::find_if(above.rbegin(), above.rend(), is_left);
+  return found == above.rend() ? 0 : *found;
+}
+
+std::size_t RowAfterwards(Keys before, std::size_t row, Keys now) {
+  if (row >= before.size() || now.empty()) return 0;
+  auto found = std::find(now.begin(), now.end(), before[row]);
+  if (found == now.end()) found = std::find(now.begin(), now.end(), NearestLeft(before, row, now));
+  return found == now.end() ? 0 : static_cast<std::size_t>(found - now.begin());
+}
+
 std::string OnOneLine(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
@@ -45,11 +73,29 @@ Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store
   return FirstBeginningWith(store, keys.first(from), typed);
 }
 
-std::string ViewSort(const RecipientGroup& group, int column, bool descending) {
-  constexpr std::array kColumns = {kFirstName, kLastName, kEmail};
-  if (column < 1 || column > static_cast<int>(kColumns.size())) return group.sort_sql;
-  const SortKey key{kFields[kColumns.at(static_cast<std::size_t>(column) - 1)].column, descending};
-  return SortTextOf(std::span(&key, 1));
+Result<std::optional<GroupView>> ViewGroup(const RecipientStore& store, std::string_view group, ViewOrder order,
+                                           const OnProgress& on_read) {
+  const auto found = store.FindGroup(group);
+  if (!found) return found.error();
+  if (!*found) return std::optional<GroupView>();
+  const std::string sort = ViewSort(**found, order);
+  if (!SortKeysOf(sort)) {
+    const auto count = store.CountRecipients(group);
+    if (!count) return count.error();
+    return std::optional(GroupView{.keys = {}, .count = *count, .is_order_understood = false});
+  }
+  auto keys = store.ListKeys((*found)->id, sort, on_read);
+  if (!keys) return keys.error();
+  const auto count = static_cast<std::int64_t>(keys->size());
+  return std::optional(GroupView{std::move(*keys), count});
+}
+
+ListPlace PlaceAfterwards(Keys before, const ListPlace& place, Keys now) {
+  ListPlace after{RowAfterwards(before, place.current, now), 0, place.height};
+  const bool is_on_screen = place.current >= place.top && place.current < place.top + place.height;
+  const std::size_t above = is_on_screen ? place.current - place.top : 0;
+  after.top = is_on_screen ? after.current - std::min(above, after.current) : RowAfterwards(before, place.top, now);
+  return after;
 }
 
 std::string AsText(std::span<const GridRow> rows) {

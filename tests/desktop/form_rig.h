@@ -89,6 +89,8 @@ struct FormRig {
   }
 };
 
+inline QColor TextColour(const QWidget& line) { return line.palette().color(QPalette::WindowText); }
+
 // What stands in the list of this name, a line for each row.
 inline QStringList RowsOf(const QObject& window, const char* list) {
   const QAbstractItemModel& rows = *window.findChild<QAbstractItemView*>(list)->model();

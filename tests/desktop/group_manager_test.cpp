@@ -6,12 +6,14 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QTest>
 #include <memory>
 
 #include "desktop/form_rig.h"
 #include "desktop/recipients/group_manager_form.h"
+#include "desktop/widgets/note.h"
 #include "recipients/store_connection.h"
 
 namespace quillcast::desktop {
@@ -295,6 +297,11 @@ class GroupManagerTest : public QObject {
         if (!agrees) QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
         list->selectAll();
         QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        if (!agrees) return;
+        QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(),
+                     QString("1 recipient came in. 1 was there already."));
+        QCOMPARE(test::RowsOf(form, "DuplicatesList"), QStringList("ADA@x.org"));
+        QVERIFY(!list->isVisible() && form.findChild<QTableView*>("DuplicatesList")->isVisible());
       });
       manager.Press("MergeButton");
       const QString question =
@@ -329,6 +336,14 @@ class GroupManagerTest : public QObject {
       form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
       QTRY_COMPARE(status->text(), QString("2 addresses stand there more than once."));
       QVERIFY(!erase->isEnabled());
+      QVERIFY(
+          recipients::OpenStore(manager.rig.folders.Database())
+              ->Execute("WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 10001) INSERT "
+                        "INTO [Emails] ([G-ID], [G-Email]) SELECT 1, 'same@x.org' FROM [n]"));
+      form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
+      form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
+      QTRY_COMPARE(status->text(), QString("3 addresses stand there more than once. The first 10,000 of 10,005 entries "
+                                           "are listed."));
       form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
       QTRY_VERIFY(erase->isEnabled());
       QTest::mouseClick(erase, Qt::LeftButton);
@@ -355,6 +370,22 @@ class GroupManagerTest : public QObject {
     manager.Key(Qt::Key_C, Qt::ControlModifier);
     QTRY_COMPARE(manager.Status(), QString("2 recipients were copied as text."));
     QCOMPARE(QGuiApplication::clipboard()->text(), QString("\t\tzoe@x.org\n\t\tada@x.org\n"));
+    FillIn("RecipientModifyForm1", {{"FirstNameTextBox", "Ada"}});  // the row that has the keyboard
+    manager.Key(Qt::Key_Return);
+    QCOMPARE(grid.model()->index(1, 1).data().toString(), QString("Ada"));
+    QVERIFY2(manager.Status().endsWith("the current row: ada@x.org."), qPrintable(manager.Status()));
+    const auto& status = *manager.form->findChild<QLabel*>("StatusLine");
+    const auto database = manager.rig.folders.Database();
+    const auto aside = manager.rig.folder / "aside";
+    for (const auto& [key, modifiers] : std::initializer_list<std::pair<Qt::Key, Qt::KeyboardModifiers>>{
+             {Qt::Key_M, {}}, {Qt::Key_C, Qt::ControlModifier}}) {
+      std::filesystem::rename(database, aside);
+      manager.Key(key, modifiers);
+      QTRY_COMPARE(test::TextColour(status), LineColour(NoteKind::kFailure, QApplication::palette()));
+      std::filesystem::rename(aside, database);
+      manager.Press("UndoButton");
+      QCOMPARE(test::TextColour(status), LineColour(NoteKind::kInformation, QApplication::palette()));
+    }
 
     const auto press_heading = [&](int column) {
       const int x = grid.horizontalHeader()->sectionViewportPosition(column) + 20;
@@ -383,14 +414,20 @@ class GroupManagerTest : public QObject {
     auto other = recipients::OpenStore(manager.rig.folders.Database());
     QVERIFY(other && other->Execute(("DELETE FROM [Groups] WHERE [ID] = " + std::to_string(group)).c_str()));
     manager.Choose("Empty");
-    QVERIFY2(manager.Status().startsWith("The group is no longer there."), qPrintable(manager.Status()));
-    QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Readers3"));
+    const QString gone = "The group “Empty” is no longer there.";
+    QVERIFY2(manager.Status().startsWith(gone), qPrintable(manager.Status()));
+    QCOMPARE(manager.Box().currentText() + manager.Rows() + manager.Total(), QString("0"));
+    QCOMPARE(manager.Groups() + manager.told, (QStringList{"Readers", "Empty>"}));
+    manager.Choose("Readers");
     QVERIFY(other->Execute("DELETE FROM [Emails] WHERE [G-Email] = 'ada@x.org'"));
-    test::WhileOpen("RecipientModifyForm1", [&](QDialog& form) {
-      QVERIFY(form.findChild<QLabel*>("StatusLine")->text().startsWith("The recipient is no longer there."));
-    });
-    manager.Select({1});
-    manager.Press("ModifyButton");
+    for (const char* button : {"ModifyButton", "DeleteButton", "WhereButton"}) {
+      manager.Choose("Readers");
+      manager.Grid().selectRow(1);
+      manager.Press(button);
+      QVERIFY2(manager.Status().startsWith("The recipient is no longer there."), qPrintable(manager.Status()));
+    }
+    QCOMPARE(manager.rig.Shown(), QString());
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:(no longer in the group) 3:Max@x.org"));
     QVERIFY(other->Execute("BEGIN IMMEDIATE"));
     Answer(manager, {platform::Answer::kYes});
     manager.Select({0});
@@ -401,7 +438,54 @@ class GroupManagerTest : public QObject {
     QVERIFY(manager.form->isVisible());
     QVERIFY2(!manager.Status().isEmpty(), "why nothing was deleted");
     QCOMPARE(manager.Total(), QString("3"));
+    Answer(manager, {platform::Answer::kYes});
+    QTest::mouseClick(manager.form->findChild<QPushButton*>("DeleteGroupButton"), Qt::LeftButton);
+    QTest::mouseClick(manager.form->findChild<QPushButton*>("CancelButton"), Qt::LeftButton);
+    manager.Wait();
+    QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Readers3"));
     QVERIFY(other->Execute("ROLLBACK"));
+    QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = 'Writers'"));
+    manager.Press("AddButton");  // the chosen group has another name now
+    QVERIFY2(manager.Status().contains("is no longer there"), qPrintable(manager.Status()));
+    QCOMPARE(manager.Box().currentText() + manager.Rows() + manager.Total(), QString("0"));
+    QCOMPARE(manager.Groups() + manager.told, (QStringList{"Writers", "Empty>", "Readers>"}));
+  }
+
+  void anOrderThatIsNotUnderstoodHidesNoCommand() {
+    Manager manager;
+    auto other = recipients::OpenStore(manager.rig.folders.Database());
+    QVERIFY(other->Execute("UPDATE [Groups] SET [SortSQL] = 'random()' WHERE [GroupName] = 'Readers'"));
+    manager.Open("Readers");
+    const auto says = [&] { return manager.Status().startsWith("The stored order of this group is not understood"); };
+    QVERIFY2(says(), qPrintable(manager.Status()));
+    QCOMPARE(manager.Box().currentText() + manager.Rows() + manager.Total(), QString("Readers3"));
+    manager.Press("ModifyButton");
+    QCOMPARE(manager.Status(), QString("Choose a recipient first."));
+    manager.Press("PrintButton");
+    QVERIFY(says());
+    FillIn("RecipientAddForm", {{"EmailTextBox", "bob@x.org"}});
+    manager.Press("AddButton");
+    QCOMPARE(manager.Rows() + manager.Total(), QString("1:bob@x.org4"));
+    FillIn("GroupRenameForm", {{"NameTextBox", "Writers"}});
+    manager.Press("RenameGroupButton");
+    manager.Grid().findChild<QAction*>("OrderByAddressAction")->trigger();  // a view of its own
+    manager.Wait();
+    QCOMPARE(manager.Rows(), QString("1:ada@x.org 2:bob@x.org 3:Max@x.org 4:zoe@x.org"));
+    for (const char* dialog : {"RecipientSearchForm", "RecipientExportForm", "SortForm"}) {
+      test::WhileOpen(dialog, [&](QDialog& form) {
+        if (auto* note = form.findChild<QLabel*>("NoteLabel"); QByteArray(dialog) == "SortForm") {
+          QVERIFY2(note->text().contains("random()"), qPrintable(note->text()));
+          QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        }
+      });
+      manager.Press(QByteArray(dialog).replace("Recipient", "").replace("Form", "Button"));
+    }
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:bob@x.org"));
+    QCOMPARE(manager.rig.Store().RequireGroup("Writers")->sort_sql, std::string());
+    QVERIFY(other->Execute("UPDATE [Groups] SET [SortSQL] = ','"));
+    Answer(manager, {platform::Answer::kYes});
+    manager.Press("DeleteGroupButton");
+    QCOMPARE(manager.Groups(), QStringList("Empty"));
   }
 
   void rowsFarDownAreReadByKey() {
@@ -420,6 +504,32 @@ class GroupManagerTest : public QObject {
     const auto last = manager.Grid().model()->index(19999, 3);
     QCOMPARE(last.data().toString(), QString("n20000@x.org"));
     QVERIFY(manager.Grid().visualRect(last).isValid());
+
+    // A group that is read again is where it was.
+    auto& top = *manager.Grid().verticalScrollBar();
+    const auto address = [&](int row) { return manager.Grid().model()->index(row, 3).data().toString(); };
+    const auto read_again = [&](const char* others_do = "") {
+      QVERIFY(recipients::OpenStore(manager.rig.folders.Database())->Execute(others_do));
+      manager.Grid().findChild<QAction*>("OrderOfGroupAction")->trigger();
+      manager.Wait();
+    };
+    manager.Grid().selectRow(1005);
+    top.setValue(1000);
+    read_again();
+    QCOMPARE(address(manager.Grid().currentIndex().row()), QString("n1006@x.org"));
+    QCOMPARE(top.value(), 1000);
+    read_again("DELETE FROM [Emails] WHERE [G-Email] = 'n11@x.org'");
+    QCOMPARE(address(manager.Grid().currentIndex().row()), QString("n1006@x.org"));
+    QCOMPARE(top.value(), 999);
+    read_again("DELETE FROM [Emails] WHERE [G-Email] = 'n1006@x.org'");
+    QCOMPARE(address(manager.Grid().currentIndex().row()), QString("n1007@x.org"));
+    QCOMPARE(top.value(), 999);
+    Answer(manager, {platform::Answer::kYes});
+    manager.Key(Qt::Key_Delete);
+    manager.Wait();
+    QCOMPARE(address(manager.Grid().currentIndex().row()), QString("n1008@x.org"));
+    QCOMPARE(top.value(), 999);
+    QCOMPARE(manager.Total(), QString("19997"));
   }
 };
 

@@ -14,6 +14,7 @@
 #include "desktop/recipients/recipient_add_form.h"
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
+#include "desktop/recipients/sort_form.h"
 
 namespace quillcast::desktop {
 
@@ -170,6 +171,42 @@ class RecipientFormsTest : public QObject {
     stored.values[6] = "Oslo";
     QVERIFY(store.RecipientsOfKeys(std::array{key})->front().recipient == stored);
     QCOMPARE(form.written()->email, std::string("EVE@example.net"));
+  }
+
+  void anOrderIsShownAsItIsStored_data() {
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("country_first");
+    QTest::newRow("none") << ""
+                          << "The order of adding|Nothing more|Nothing more"
+                          << "[G-Country]";
+    QTest::newRow("five") << "G-City,[G-Fax] DESC,[G-Title],G-Email desc , [G-Add1]"
+                          << "City|Fax desc|Title|Email Address desc|Additional Field 1"
+                          << "[G-Country], [G-Fax] DESC, [G-Title], [G-Email] DESC, [G-Add1]";
+    QTest::newRow("no fields") << "[G-ID], [ID] DESC"
+                               << "Number of the Group|Time of Adding desc|Nothing more"
+                               << "[G-Country], [ID] DESC";
+    QTest::newRow("repeats") << "[G-City], G-City DESC"
+                             << "City|Nothing more|Nothing more"
+                             << "[G-Country]";
+    QTest::newRow("not understood") << "random()"
+                                    << "changed: The order of adding|Nothing more|Nothing more"
+                                    << "[G-Country]";
+  }
+  void anOrderIsShownAsItIsStored() {
+    QFETCH(QString, stored);
+    QFETCH(QString, shown);
+    QFETCH(QString, country_first);
+    SortForm form(FromQt(stored), nullptr);
+    QStringList keys;
+    for (int key = 1; auto* field = form.findChild<QComboBox*>(QString("FieldComboBox%1").arg(key)); ++key) {
+      const bool descends = form.findChild<QAbstractButton*>(QString("DescendingCheckBox%1").arg(key))->isChecked();
+      keys << field->currentText() + (descends ? " desc" : "");
+    }
+    QCOMPARE((form.has_changed() ? "changed: " : "") + keys.join('|'), shown);
+    form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
+    QVERIFY(form.has_changed());
+    QCOMPARE(ToQt(form.SortText()), country_first);
   }
 
   void whatOthersDeletedOrHoldIsSaidInTheWindow() {

@@ -9,6 +9,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <csignal>
@@ -19,6 +20,7 @@
 #include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
 #include "recipients/store_connection.h"
 
 namespace quillcast::desktop {
@@ -200,8 +202,26 @@ class SearchFormTest : public QObject {
       form.findChild<QLineEdit*>("FirstNameTextBox")->setText("Shan");
       QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
     });
-    scene.Press("ModifyButton");
+    QTest::keyClick(&scene.Grid(), Qt::Key_Return);  // does not search anew
     QCOMPARE(scene.Rows(), "1 ada@x.org | 2 Shan o'neill@x.org");
+    QCOMPARE(scene.Grid().currentIndex().row(), 1);
+    QCOMPARE(scene.form->focusWidget(), &scene.Grid());
+    scene.Grid().selectAll();  // the current row is the second still
+    test::WhileOpen("RecipientModifyForm2", [&](QDialog& form) {
+      QCOMPARE(form.findChild<QLineEdit*>("EmailTextBox")->text(), "o'neill@x.org");
+    });
+    scene.form->activateWindow();
+    QTRY_VERIFY(scene.Grid().hasFocus());
+    QTest::keyClick(&scene.Grid(), Qt::Key_Enter);
+    QCOMPARE(scene.Status(), "2 recipients are chosen. This is for one, the current row: o'neill@x.org.");
+    scene.Grid().Choose(0);
+    scene.Run("DELETE FROM [Emails] WHERE [G-Email] = 'ada@x.org'");
+    for (const char* button : {"ModifyButton", "DeleteButton"}) {
+      scene.Press(button);
+      QVERIFY2(scene.Status().startsWith("The recipient is no longer there."), qPrintable(scene.Status()));
+    }
+    QCOMPARE(scene.rig.Shown(), "");
+    QCOMPARE(scene.Rows(), "1 (no longer in the group) | 2 Shan o'neill@x.org");
     QVERIFY(scene.form->has_changed());
     QCOMPARE(scene.Search("First Name", "Equals", "shan"), "1 Shan o'neill@x.org");
   }
@@ -311,20 +331,25 @@ class SearchFormTest : public QObject {
         "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 200) INSERT INTO [Emails] "
         "([G-ID], [G-Email]) SELECT 1, 'many' || x || '@x.org' FROM [n]");
     const auto keys = *scene.rig.Store().ListKeys(scene.rig.Store().RequireGroup("Readers")->id, "");
+    StatusLine status(nullptr);
     const auto print = [&](const QString& file) {
       auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
       printer->setOutputFileName(file);
-      RecipientPrintForm form(scene.rig.program, printer, "Recipients of “Readers”", keys, nullptr);
-      form.exec();
-      return form.said();
+      RecipientPrintForm::PrintOn(scene.rig.program, printer, "Recipients of “Readers”", keys, status, nullptr);
+      const bool has_failed = test::TextColour(status) == LineColour(NoteKind::kFailure, QApplication::palette());
+      return (has_failed ? "failed: " : "") + status.text();
     };
     const auto file = scene.rig.folder / "list.pdf";
     const QString said = print(PathToQt(file));
+    const auto entries = std::distance(std::filesystem::directory_iterator(scene.rig.folder.path()), {});
     const int pages =
         QString::fromLatin1(QByteArray::fromStdString(test::ReadAll(file))).count(QRegularExpression("/Type /Page\\b"));
     QVERIFY(pages >= 3 && pages <= 5);
     QCOMPARE(said, QString("%1 pages were printed. They are in %2.").arg(pages).arg(PathToQt(file)));
-    QVERIFY(print("/nowhere/list.pdf").startsWith("Cannot print to /nowhere/list.pdf."));
+    QCOMPARE(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+    const QString nowhere = print("/nowhere/list.pdf");
+    QVERIFY2(nowhere.startsWith("failed: Cannot create /nowhere/list.pdf"), qPrintable(nowhere));
+    const std::string whole = test::ReadAll(file);
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
@@ -332,8 +357,13 @@ class SearchFormTest : public QObject {
     ::setrlimit(RLIMIT_FSIZE, &small);
     const QString told = print(PathToQt(file));
     ::setrlimit(RLIMIT_FSIZE, &before);
-    QVERIFY2(told.startsWith("Cannot print to"), qPrintable(told));
-    QVERIFY(!std::filesystem::exists(file));
+    QVERIFY2(told.startsWith("failed: Cannot write " + PathToQt(file)), qPrintable(told));
+    std::filesystem::permissions(file, std::filesystem::perms(0400));
+    scene.rig.Shown();
+    QVERIFY(!print(PathToQt(file)).contains("printed"));  // locked, and to be left so
+    QVERIFY2(scene.rig.Shown().startsWith("ask: "), "whether it is to be unlocked");
+    QCOMPARE(test::ReadAll(file), whole);
+    QCOMPARE(std::distance(std::filesystem::directory_iterator(scene.rig.folder.path()), {}), entries);
   }
 
   void aFailureIsToldInTheStatusLine() {
@@ -368,9 +398,16 @@ class SearchFormTest : public QObject {
     scene.Press("SearchButton");
     QTRY_COMPARE_WITH_TIMEOUT(scene.Grid().size(), 100'000U, 20'000);
     scene.Grid().setFocus();
+    scene.Grid().Choose(50'000);
+    QTest::keyClick(&scene.Grid(), Qt::Key_Up);
+    const int top = scene.Grid().verticalScrollBar()->value();
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Delete();
+    QCOMPARE(scene.Grid().currentIndex().row(), 49'999);
+    QCOMPARE(scene.Grid().model()->index(49'999, 2).data().toString(), "50001");
+    QCOMPARE(scene.Grid().verticalScrollBar()->value(), top);
     QTest::keyClick(&scene.Grid(), Qt::Key_End);
-    QCOMPARE(scene.Grid().model()->index(99'999, 3).data().toString(), "many100000@x.org");
-    QCOMPARE(scene.Grid().model()->index(50'000, 2).data().toString(), "50001");
+    QCOMPARE(scene.Grid().model()->index(99'998, 3).data().toString(), "many100000@x.org");
     QTest::keySequence(&scene.Grid(), QKeySequence::Copy);
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), "\t100000\tmany100000@x.org\n");
   }
@@ -383,19 +420,19 @@ class SearchFormTest : public QObject {
     QSignalSpy troubles(&rows, &RecipientRows::Trouble);
     QSignalSpy changes(&rows, &RecipientRows::Changed);
     rows.Reset({keys[0]});
-    QCOMPARE(rows.At(0).email, "a@x.org");
+    QCOMPARE(rows.At(0)->email, "a@x.org");
     rows.Append(std::span(keys).subspan(1));
-    QCOMPARE(rows.At(2).email, "c@x.org");
-    rows.Remove({0, 2});
-    QCOMPARE(rows.At(0).email, "b@x.org");
+    QCOMPARE(rows.At(2)->email, "c@x.org");
+    rows.Remove(std::array<std::size_t, 2>{0, 2});
+    QCOMPARE(rows.At(0)->email, "b@x.org");
     auto busy = recipients::OpenStore(rig.folders.Database());
     QVERIFY(busy->Execute("BEGIN EXCLUSIVE"));
     rows.Reset(keys);
-    for (std::size_t row = 0; row < keys.size(); ++row) QCOMPARE(rows.At(row).email, "");
+    for (std::size_t row = 0; row < keys.size(); ++row) QCOMPARE(rows.At(row), nullptr);
     QCOMPARE(troubles.count(), 1);  // and nobody waited for each
     QVERIFY(busy->Execute("ROLLBACK"));
     QTRY_COMPARE(changes.count(), 1);
-    QCOMPARE(rows.At(1).email, "b@x.org");
+    QCOMPARE(rows.At(1)->email, "b@x.org");
   }
 
   void rowsHaveTheGivenColours() {

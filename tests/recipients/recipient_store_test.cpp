@@ -92,6 +92,23 @@ TEST_F(StoreTest, AGridReadsByKey) {
   EXPECT_EQ(rows->at(2), GridRow{}) << "gone since the keys were read";
   EXPECT_EQ(*store().KeysOfAddresses(group, std::vector<std::string>{"m@X.org", "b@x.org"}),
             (std::vector<std::int64_t>{keys[2], 0}));
+  // Read again, somebody is where they were, or at the nearest that is left.
+  const std::vector<std::int64_t> before = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  struct Again {
+    ListPlace place;
+    std::vector<std::int64_t> now;
+    ListPlace expected;
+  };
+  for (const Again& again : std::vector<Again>{{{4, 2, 3}, before, {4, 2, 3}},
+                                               {{4, 2, 3}, {2, 3, 4, 5, 6, 7, 8}, {3, 1, 3}},
+                                               {{4, 2, 3}, {1, 2, 3, 7, 8, 9}, {3, 1, 3}},
+                                               {{4, 2, 3}, {3, 1, 2}, {0, 0, 3}},
+                                               {{4, 2, 3}, {9, 5, 8, 7}, {1, 0, 3}},
+                                               {{0, 5, 3}, {1, 2, 3, 4, 5, 7, 8, 9}, {0, 5, 3}},
+                                               {{4, 2, 3}, {11, 12}, {0, 0, 3}},
+                                               {{4, 2, 3}, {}, {0, 0, 3}}}) {
+    EXPECT_EQ(PlaceAfterwards(before, again.place, again.now), again.expected) << again.now.size();
+  }
   // Somebody types the beginning of a name or an address.
   EXPECT_EQ(*NextBeginningWith(store(), keys, 1, "Z@"), 0U);
   EXPECT_EQ(*NextBeginningWith(store(), keys, 1, "X.or"), 1U);

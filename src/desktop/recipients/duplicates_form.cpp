@@ -1,6 +1,7 @@
 #include "desktop/recipients/duplicates_form.h"
 
 #include <QCheckBox>
+#include <QLocale>
 #include <QPushButton>
 
 #include "desktop/widgets/form_column.h"
@@ -58,6 +59,7 @@ Result<DuplicatesForm::Found> DuplicatesForm::LookThrough(const recipients::Reci
   Found found;
   const auto done = recipients::FindDuplicates(store, groups, [&found](const recipients::DuplicateSet& set) {
     ++found.sets;
+    found.entries += static_cast<std::int64_t>(set.holders.size());
     found.too_many += static_cast<std::int64_t>(set.holders.size()) - 1;
     for (const auto& holder : set.holders) {
       if (found.first.size() < kMostShown) found.first.push_back({set.address, holder});
@@ -73,9 +75,13 @@ void DuplicatesForm::Show(const Result<Found>& found) {
   list_->Reset(found_.first.size());
   if (!found) return status_->Fail(found.error());
   erase_->setEnabled(found_.too_many > 0 && !all_->isChecked());
-  status_->Say(found_.sets == 0 ? tr("Nobody stands there twice.")
-                                : Counted(found_.sets, tr("1 address stands there more than once."),
-                                          tr("%1 addresses stand there more than once.")));
+  if (found_.sets == 0) return status_->Say(tr("Nobody stands there twice."));
+  const QString sets = Counted(found_.sets, tr("1 address stands there more than once."),
+                               tr("%1 addresses stand there more than once."));
+  const auto listed = static_cast<std::int64_t>(found_.first.size());
+  const QString of_all = tr("The first %1 of %2 entries are listed.")
+                             .arg(QLocale().toString(qlonglong{listed}), QLocale().toString(qlonglong{found_.entries}));
+  status_->Say(listed == found_.entries ? sets : sets + ' ' + of_all);
 }
 
 QString DuplicatesForm::Text(std::size_t row, int column) const {

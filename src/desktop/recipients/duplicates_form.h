@@ -35,6 +35,7 @@ class DuplicatesForm final : public QDialog {
   struct Found {
     std::vector<Row> first;  // of all that there are
     std::int64_t sets = 0;
+    std::int64_t entries = 0;
     std::int64_t too_many = 0;
   };
   static Result<Found> LookThrough(const recipients::RecipientStore& store, const std::vector<std::string>& groups);

@@ -4,13 +4,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <algorithm>
 #include <array>
 
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
-#include "recipients/grid_rows.h"
+#include "platform/text.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -63,9 +64,56 @@ void GridActions::AddOrders() {
   connect(list_->horizontalHeader(), &QHeaderView::sectionClicked, this, &GridActions::HeadingPressed);
 }
 
-void GridActions::ShowOrder(int column, bool descending) {
-  list_->horizontalHeader()->setSortIndicatorShown(column > 0);
-  list_->horizontalHeader()->setSortIndicator(column, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+void GridActions::ShowOrder(recipients::ViewOrder order) {
+  list_->horizontalHeader()->setSortIndicatorShown(order.column > 0);
+  list_->horizontalHeader()->setSortIndicator(order.column, order.descends ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+std::optional<GridActions::OneRow> GridActions::TakeOne() {
+  const std::vector<std::size_t> chosen = list_->Chosen();
+  if (chosen.empty()) return {};
+  const auto current = static_cast<std::size_t>(std::max(list_->currentIndex().row(), 0));
+  const std::size_t row = std::binary_search(chosen.begin(), chosen.end(), current) ? current : chosen.front();
+  const auto texts = rows_->ReadNow(row);
+  if (!texts) {
+    list_->viewport()->update();
+    emit Failed(texts.error());
+    return {};
+  }
+  if (chosen.size() > 1) {
+    emit Said(tr("%1 recipients are chosen. This is for one, the current row: %2.")
+                  .arg(QString::number(chosen.size()), ToQt(platform::Printable(texts->email))));
+  }
+  return OneRow{row, *texts};
+}
+
+std::vector<std::int64_t> GridActions::ChosenKeys() const {
+  std::vector<std::int64_t> keys;
+  for (const std::size_t row : list_->Chosen()) keys.push_back(rows_->keys()[row]);
+  return keys;
+}
+
+void GridActions::Remove(std::span<const std::size_t> rows) {
+  const recipients::ListPlace before = Place();
+  const auto left_above = [rows](std::size_t row) {
+    return row - static_cast<std::size_t>(std::lower_bound(rows.begin(), rows.end(), row) - rows.begin());
+  };
+  rows_->Remove(rows);
+  list_->Reset(rows_->size());
+  GoTo({left_above(before.current), left_above(before.top), before.height});
+}
+
+recipients::ListPlace GridActions::Place() const {
+  const int height = list_->viewport()->height() / std::max(list_->verticalHeader()->defaultSectionSize(), 1);
+  return {static_cast<std::size_t>(std::max(list_->currentIndex().row(), 0)),
+          static_cast<std::size_t>(std::max(list_->verticalScrollBar()->value(), 0)),
+          static_cast<std::size_t>(std::max(height, 1))};
+}
+
+void GridActions::GoTo(const recipients::ListPlace& place) {
+  if (rows_->size() == 0) return;
+  list_->Choose(std::min(place.current, rows_->size() - 1));
+  list_->verticalScrollBar()->setValue(static_cast<int>(place.top));
 }
 
 // As lists do it: what is typed without a pause is one beginning; the same letter again goes on to the next such row.
@@ -81,20 +129,19 @@ void GridActions::TypeAhead(const QString& text) {
     const auto found = NextBeginningWith(RecipientStore(file, {.cancel = &cancel}), keys, begin, typed);
     const std::int64_t key = found && *found ? keys[**found] : 0;
     return [this, found, key] {
-      if (!found) return emit Said(InWords(found.error()));
+      if (!found) return emit Failed(found.error());
       if (*found && **found < rows_->size() && rows_->keys()[**found] == key) list_->Choose(**found);
     };
   });
 }
 
 void GridActions::Copy() {
-  std::vector<std::int64_t> keys;
-  for (const std::size_t row : list_->Chosen()) keys.push_back(rows_->keys()[row]);
+  std::vector<std::int64_t> keys = ChosenKeys();
   if (keys.empty()) return;
   copy_->Start([this, file = rows_->file(), keys = std::move(keys)](const platform::CancelToken& cancel) {
     const auto text = TextOfRows(RecipientStore(file, {.cancel = &cancel}), keys);
     return [this, text, count = static_cast<std::int64_t>(keys.size())] {
-      if (!text) return emit Said(InWords(text.error()));
+      if (!text) return emit Failed(text.error());
       QGuiApplication::clipboard()->setText(*text);
       emit Said(Counted(count, tr("1 recipient was copied as text."), tr("%1 recipients were copied as text.")));
     };

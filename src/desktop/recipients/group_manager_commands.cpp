@@ -4,6 +4,7 @@
 
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
+#include "desktop/recipients/grid_actions.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
@@ -61,10 +62,17 @@ void GroupManagerForm::Run(const Command& command) {
 bool GroupManagerForm::PassesChecks(Needs needs) {
   std::optional<recipients::GroupComplaint> complaint;
   if (needs != Needs::kNothing) complaint = recipients::CheckGroupChosen(FromQt(Group()));
-  if (!complaint && needs == Needs::kRecipients)
-    complaint = recipients::CheckGroupNotEmpty(static_cast<std::int64_t>(rows_->size()));
-  if (!complaint) return true;
+  if (!complaint && needs == Needs::kRecipients) complaint = recipients::CheckGroupNotEmpty(count_);
+  if (!complaint) return needs == Needs::kNothing || IsGroupThere();
   program_.prompts.Warn(complaint->message);
+  return false;
+}
+
+// A store that cannot be read now lets the command itself say so.
+bool GroupManagerForm::IsGroupThere() {
+  const auto found = Store().FindGroup(FromQt(Group()));
+  if (!found || *found) return true;
+  ShowGone(Group());
   return false;
 }
 
@@ -89,16 +97,12 @@ void GroupManagerForm::DeleteGroup() {
   const std::string group = FromQt(Group());
   if (program_.prompts.Ask(recipients::DeleteQuestion(group).InEnglish()) != platform::Answer::kYes) return;
   work_->Run<std::int64_t>(
-      [group](recipients::RecipientStore& store, const recipients::OnProgress&) {
-        return recipients::DeleteWholeGroup(store, group);
+      [group](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+        return recipients::DeleteWholeGroup(store, group, progress);
       },
       [this, group](const Result<std::int64_t>& gone) {
         if (!gone) return status_->Fail(gone.error());
-        shown_.clear();
-        rows_->Reset({});
-        grid_->Reset(0);
-        FillGroups({});
-        total_->setText("0");
+        ShowNone();
         status_->Say(tr("“%1” was deleted. Undo brings it back.").arg(ToQt(group)));
         ShowUndo();
         TellGroups(ToQt(group), {});
@@ -112,17 +116,18 @@ void GroupManagerForm::Add() {
   rows_->Append(std::array{form.written()->id});
   grid_->Grow(rows_->size());
   grid_->Choose(rows_->size() - 1);
+  ++count_;
   ShowTotal();
 }
 
 void GroupManagerForm::Modify() {
-  const auto chosen = grid_->Chosen();
-  if (chosen.empty()) return Say(tr("Choose a recipient first."));
-  const std::size_t row = chosen.front();
-  RecipientModifyForm1 form(program_, Group(), rows_->keys()[row], this);
+  if (grid_->Chosen().empty()) return Say(tr("Choose a recipient first."));
+  const auto one = actions_->TakeOne();
+  if (!one) return;
+  RecipientModifyForm1 form(program_, Group(), one->texts.id, this);
   form.exec();
   if (!form.written()) return;
-  rows_->Put(row, *form.written());
+  rows_->Put(one->row, *form.written());
   grid_->viewport()->update();
 }
 
@@ -130,19 +135,22 @@ void GroupManagerForm::Delete() {
   const auto chosen = grid_->Chosen();
   if (chosen.empty()) return Say(tr("Choose a recipient first."));
   const std::string group = FromQt(Group());
-  const Sentence question = chosen.size() == 1
-                                ? recipients::DeleteQuestion(rows_->At(chosen.front()).email)
-                                : recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), group);
+  Sentence question = recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), group);
+  if (chosen.size() == 1) {
+    const auto one = actions_->TakeOne();
+    if (!one) return;
+    question = recipients::DeleteQuestion(one->texts.email);
+  }
   if (program_.prompts.Ask(question.InEnglish()) != platform::Answer::kYes) return;
   work_->Run<std::int64_t>(
-      [group, keys = ChosenKeys()](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
+      [group, keys = actions_->ChosenKeys()](recipients::RecipientStore& store,
+                                             const recipients::OnProgress& progress) {
         return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kGroup, progress);
       },
       [this, chosen](const Result<std::int64_t>& gone) {
         if (!gone) return status_->Fail(gone.error());
-        rows_->Remove(chosen);
-        grid_->Reset(rows_->size());
-        if (rows_->size() > 0) grid_->Choose(std::min(chosen.front(), rows_->size() - 1));
+        actions_->Remove(chosen);
+        count_ -= static_cast<std::int64_t>(chosen.size());
         ShowTotal();
         ShowUndo();
         Say(Counted(*gone, tr("1 recipient was deleted."), tr("%1 recipients were deleted.")));
@@ -177,7 +185,7 @@ void GroupManagerForm::Export() {
 }
 
 void GroupManagerForm::Move() {
-  const auto keys = ChosenKeys();
+  const auto keys = actions_->ChosenKeys();
   if (keys.empty()) return Say(tr("Choose a recipient first."));
   RecipientMoveForm form(program_, Group(), keys, this);
   form.exec();
@@ -192,10 +200,10 @@ void GroupManagerForm::Move() {
 
 // Those chosen where they are several, else the whole group.
 void GroupManagerForm::Print() {
-  const auto chosen = ChosenKeys();
-  const QString said = RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(Group()),
-                                                 chosen.size() > 1 ? chosen : rows_->keys(), this);
-  if (!said.isEmpty()) Say(said);
+  if (rows_->size() == 0) return SayOrder();
+  const auto chosen = actions_->ChosenKeys();
+  RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(Group()), chosen.size() > 1 ? chosen : rows_->keys(),
+                            *status_, this);
 }
 
 void GroupManagerForm::Capitalize() {
@@ -218,10 +226,10 @@ void GroupManagerForm::Sort() {
   if (!group) return status_->Fail(group.error());
   if (!*group) return status_->Fail(recipients::GroupGone());
   SortForm form((*group)->sort_sql, this);
-  if (form.exec() != QDialog::Accepted) return;
+  if (form.exec() != QDialog::Accepted || !form.has_changed()) return;
   const auto sorted = recipients::SortGroup(Store(), (*group)->name, form.SortText());
   if (!sorted) return status_->Fail(sorted.error());
-  view_column_ = 0;
+  view_ = {};
   Say(form.SortText().empty() ? tr("The group is in the order of adding.") : tr("The group is sorted."));
   ShowUndo();
   ReadAgain();
@@ -231,21 +239,13 @@ void GroupManagerForm::Merge() {
   const auto names = Store().ListGroupNames();
   if (!names) return status_->Fail(names.error());
   MergeForm form(program_, *names, FromQt(Group()), this);
-  if (form.exec() != QDialog::Accepted) return;
-  work_->Run<recipients::MoveOutcome>(
-      [groups = form.Chosen(), into = FromQt(Group())](recipients::RecipientStore& store,
-                                                       const recipients::OnProgress& progress) {
-        return recipients::MergeGroups(store, groups, into, progress);
-      },
-      [this](const Result<recipients::MoveOutcome>& outcome) {
-        if (!outcome) return status_->Fail(outcome.error());
-        Say(Counted(outcome->done, tr("1 recipient came in."), tr("%1 recipients came in.")) + ' ' +
-            Counted(outcome->duplicates, tr("1 was there already."), tr("%1 were there already.")));
-        FillGroups(Group());
-        TellGroups();
-        ShowUndo();
-        ReadAgain();
-      });
+  form.exec();
+  if (!form.outcome()) return;
+  Say(form.said());
+  FillGroups(Group());
+  TellGroups();
+  ShowUndo();
+  ReadAgain();
 }
 
 void GroupManagerForm::Duplicates() {
@@ -264,9 +264,8 @@ void GroupManagerForm::Duplicates() {
 }
 
 void GroupManagerForm::WhereElse() {
-  const auto chosen = grid_->Chosen();
-  if (chosen.empty()) return Say(tr("Choose a recipient first."));
-  WhereForm(program_, rows_->At(chosen.front()).email, this).exec();
+  if (grid_->Chosen().empty()) return Say(tr("Choose a recipient first."));
+  if (const auto one = actions_->TakeOne()) WhereForm(program_, one->texts.email, this).exec();
 }
 
 void GroupManagerForm::Undo() {

@@ -18,20 +18,22 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
+#include "platform/text.h"
 #include "recipients/edit/undo.h"
-#include "recipients/grid_rows.h"
 #include "recipients/group_checks.h"
 
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kGap = 6;  // between the buttons of a group
+constexpr int kGap = 6;                   // between the buttons of a group
+constexpr std::size_t kLongestName = 60;  // of a group within a sentence
 
 }  // namespace
 
 struct GroupManagerForm::Reading {
   QString group;
-  std::vector<std::int64_t> keys;
+  std::optional<recipients::GroupView> view;  // none where the group is gone
+  recipients::ListPlace place;
 };
 
 GroupManagerForm::GroupManagerForm(const profile::Program& program, QWidget* parent)
@@ -137,6 +139,7 @@ void GroupManagerForm::ConnectParts() {
   actions_->AddOrders();
   connect(actions_, &GridActions::HeadingPressed, this, &GroupManagerForm::SortView);
   connect(actions_, &GridActions::Said, this, &GroupManagerForm::Say);
+  connect(actions_, &GridActions::Failed, this, &GroupManagerForm::Fail);
   connect(grid_, &RowList::doubleClicked, findChild<QPushButton*>("ModifyButton"), &QPushButton::click);
   connect(
       rows_, &RecipientRows::Trouble, status_, [this](const QString& why) { status_->Say(why, NoteKind::kFailure); },
@@ -162,13 +165,9 @@ recipients::RecipientStore GroupManagerForm::Store() const {
   return recipients::RecipientStore(program_.folders.Database(), profile::kWindowPatience);
 }
 
-std::vector<std::int64_t> GroupManagerForm::ChosenKeys() const {
-  std::vector<std::int64_t> keys;
-  for (const std::size_t row : grid_->Chosen()) keys.push_back(rows_->keys()[row]);
-  return keys;
-}
-
 void GroupManagerForm::Say(const QString& sentence) { status_->Say(sentence); }
+
+void GroupManagerForm::Fail(const Error& error) { status_->Fail(error); }
 
 // What stands in the grid stays as it is where `chosen` is the group that is shown.
 void GroupManagerForm::FillGroups(const QString& chosen) {
@@ -183,8 +182,7 @@ void GroupManagerForm::FillGroups(const QString& chosen) {
 }
 
 void GroupManagerForm::ChooseGroup() {
-  view_column_ = 0;
-  view_descends_ = false;
+  view_ = {};
   status_->Say({});
   ReadGroup();
 }
@@ -196,46 +194,77 @@ void GroupManagerForm::ReadAgain() {
 void GroupManagerForm::ReadGroup() {
   is_reading_ = true;
   total_->setText(tr("Reading Group"));
+  const auto before = Group() == shown_ ? rows_->keys() : std::vector<std::int64_t>();
   work_->Run<Reading>(
-      [group = Group(), column = view_column_, descends = view_descends_](
+      [group = Group(), view = view_, before, place = actions_->Place()](
           recipients::RecipientStore& store, const recipients::OnProgress& progress) -> Result<Reading> {
-        const auto found = store.FindGroup(FromQt(group));
-        if (!found) return found.error();
-        if (!*found) return recipients::GroupGone();
-        auto keys = store.ListKeys((*found)->id, recipients::ViewSort(**found, column, descends), progress);
-        if (!keys) return keys.error();
-        return Reading{group, std::move(*keys)};
+        auto read = recipients::ViewGroup(store, FromQt(group), view, progress);
+        if (!read) return read.error();
+        Reading reading{group, std::move(*read), {}};
+        if (reading.view) reading.place = recipients::PlaceAfterwards(before, place, reading.view->keys);
+        return reading;
       },
-      [this](const Result<Reading>& reading) {
-        is_reading_ = false;
-        if (reading) return ShowGroup(*reading);
-        // The grid stays as it was, and so does what the list says of it.
-        const QSignalBlocker quiet(groups_);
-        groups_->setCurrentIndex(groups_->findText(shown_));
-        ShowTotal();
-        status_->Fail(reading.error());
-      });
+      [this](const Result<Reading>& reading) { ShowRead(reading); });
+}
+
+void GroupManagerForm::ShowRead(const Result<Reading>& reading) {
+  is_reading_ = false;
+  if (reading) return reading->view ? ShowGroup(*reading) : ShowGone(reading->group);
+  // The grid stays as it was, and so does what the list says of it.
+  const QSignalBlocker quiet(groups_);
+  groups_->setCurrentIndex(groups_->findText(shown_));
+  ShowTotal();
+  status_->Fail(reading.error());
 }
 
 void GroupManagerForm::ShowGroup(const Reading& reading) {
   shown_ = reading.group;
-  rows_->Reset(reading.keys);
-  grid_->SetEmptyText(tr("Nobody is in this group yet. “Add…” enters a recipient, “Import…” takes many from a file."));
+  count_ = reading.view->count;
+  is_order_understood_ = reading.view->is_order_understood;
+  rows_->Reset(reading.view->keys);
+  grid_->SetEmptyText(
+      is_order_understood_
+          ? tr("Nobody is in this group yet. “Add…” enters a recipient, “Import…” takes many from a file.")
+          : tr("The recipients are there, but not in an order that can be shown. “Sort by…” sets another."));
   grid_->Reset(rows_->size());
-  if (rows_->size() > 0) grid_->Choose(0);
-  actions_->ShowOrder(view_column_, view_descends_);
+  actions_->GoTo(reading.place);
+  actions_->ShowOrder(view_);
   ShowTotal();
+  SayOrder();
+}
+
+void GroupManagerForm::SayOrder() {
+  if (is_order_understood_) return;
+  status_->Say(tr("The stored order of this group is not understood, so nobody is listed. “Sort by…” sets another."),
+               NoteKind::kWarning);
+}
+
+void GroupManagerForm::ShowNone() {
+  shown_.clear();
+  count_ = 0;
+  is_order_understood_ = true;
+  rows_->Reset({});
+  grid_->Reset(0);
+  FillGroups({});
+  total_->setText("0");
+}
+
+void GroupManagerForm::ShowGone(const QString& group) {
+  ShowNone();
+  status_->Say(tr("The group “%1” is no longer there. Another program has deleted it or given it another name.")
+                   .arg(ToQt(platform::Printable(FromQt(group), kLongestName))),
+               NoteKind::kWarning);
+  TellGroups(group, {});
 }
 
 // A second press on a heading turns its order round; one on the first column is the group's own order.
 void GroupManagerForm::SortView(int column) {
   if (shown_.isEmpty() || work_->is_working()) return;
-  view_descends_ = column != 0 && column == view_column_ && !view_descends_;
-  view_column_ = column;
+  view_ = {.column = column, .descends = column != 0 && column == view_.column && !view_.descends};
   ReadGroup();
 }
 
-void GroupManagerForm::ShowTotal() { total_->setText(shown_.isEmpty() ? QString() : QString::number(rows_->size())); }
+void GroupManagerForm::ShowTotal() { total_->setText(shown_.isEmpty() ? QString() : QString::number(count_)); }
 
 // What can be taken back stands in its button's tip; it may be from another day.
 void GroupManagerForm::ShowUndo() {

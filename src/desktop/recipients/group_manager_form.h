@@ -10,6 +10,7 @@
 
 #include "profile/program.h"
 #include "recipients/edit/edit.h"
+#include "recipients/grid_rows.h"
 
 class QComboBox;
 class QLabel;
@@ -57,17 +58,24 @@ class GroupManagerForm final : public QDialog {
   void ConnectParts();
   void Run(const Command& command);
   bool PassesChecks(Needs needs);
+  bool IsGroupThere();
   void EnableControls(bool enabled);
 
   QString Group() const;
-  std::vector<std::int64_t> ChosenKeys() const;
   recipients::RecipientStore Store() const;
   void FillGroups(const QString& chosen);
   void ChooseGroup();
+  // The place among the rows stays as it is where the group does.
   void ReadGroup();
   void ReadAgain();
   void Say(const QString& sentence);
+  void Fail(const Error& error);
+  void ShowRead(const Result<Reading>& reading);
   void ShowGroup(const Reading& reading);
+  void ShowNone();
+  // Another program deleted or renamed it.
+  void ShowGone(const QString& group);
+  void SayOrder();
   void SortView(int column);
   void ShowTotal();
   void ShowUndo();
@@ -99,9 +107,10 @@ class GroupManagerForm final : public QDialog {
   GridActions* actions_;
   WorkPanel* work_;
   StatusLine* status_;
-  QString shown_;        // the group whose rows stand in the grid
-  int view_column_ = 0;  // that the view is sorted by; 0 for the group's order
-  bool view_descends_ = false;
+  QString shown_;  // the group whose rows stand in the grid
+  recipients::ViewOrder view_;
+  std::int64_t count_ = 0;  // of the group's recipients; more than the rows where its order is not understood
+  bool is_order_understood_ = true;
   bool is_reading_ = false;
   QPointer<QWidget> focus_;  // what had the keyboard before the work
 };

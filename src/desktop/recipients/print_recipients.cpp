@@ -1,28 +1,32 @@
 #include "desktop/recipients/print_recipients.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QPainter>
 #include <QPrinter>
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <string>
 
 #include "desktop/widgets/qt_text.h"
+#include "platform/file.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
 namespace {
 
 constexpr std::size_t kReadAtOnce = 1000;
-constexpr int kTextSize = 9;  // points
+constexpr std::size_t kProbe = 1 << 16;  // bytes: more than any block of a disk that may still have room
+constexpr int kTextSize = 9;             // points
 constexpr double kLineHeight = 1.3;
 // Where the columns begin, in parts of the width: number, first name, last name, address.
 constexpr std::array<double, 5> kColumns = {0, 0.09, 0.30, 0.52, 1};
 
 Error Cancelled() { return {Failure::kTryAgain, "Printing was cancelled.", {}}; }
 
-Error CannotPrint(const QString& file) {
-  const std::string where = file.isEmpty() ? "the printer" : FromQt(file);
+Error CannotPrint(const std::filesystem::path& file) {
+  const std::string where = file.empty() ? "the printer" : file.string();
   return {Failure::kIo, Say("Cannot print to {}.", where), "Choose another place, or free some space there."};
 }
 
@@ -81,7 +85,7 @@ std::array<QString, 4> TextsOf(std::size_t number, const recipients::GridRow& ro
           ToQt(platform::Printable(row.email))};
 }
 
-Result<int> PrintRows(Pages& pages, const QString& file, const recipients::RecipientStore& store,
+Result<int> PrintRows(Pages& pages, const std::filesystem::path& file, const recipients::RecipientStore& store,
                       std::span<const std::int64_t> keys, const platform::CancelToken& cancel,
                       const std::function<void(std::size_t)>& progress) {
   if (!pages.Begin()) return CannotPrint(file);
@@ -98,12 +102,31 @@ Result<int> PrintRows(Pages& pages, const QString& file, const recipients::Recip
   return pages.count();
 }
 
-// The toolkit does not tell of a disk that is full: a file that is whole says so at its end.
-bool IsWhole(const QString& pdf) {
+// The toolkit does not tell of a disk that is full: a file that is whole says so at its end. Where it is not, one write
+// more brings the system's reason.
+Result<void> CheckWhole(const QString& pdf, const std::filesystem::path& told) {
   QFile file(pdf);
   constexpr qint64 kEnd = 16;
-  return file.open(QIODevice::ReadOnly) && file.seek(std::max<qint64>(0, file.size() - kEnd)) &&
-         file.readAll().contains("%%EOF");
+  if (!file.open(QIODevice::ReadWrite)) return CannotPrint(told);
+  const bool is_whole = file.seek(std::max<qint64>(0, file.size() - kEnd)) && file.readAll().contains("%%EOF");
+  if (is_whole) return {};
+  if (auto written = platform::WriteAll(file.handle(), told, std::string(kProbe, '\n')); !written) return written;
+  return CannotPrint(told);
+}
+
+// The toolkit takes names alone.
+Result<int> PrintToFile(QPrinter& printer, const std::filesystem::path& file,
+                        const std::function<Result<int>()>& print) {
+  Result<int> printed = 0;
+  const auto placed = platform::ReplaceChosenFile(file, [&](int fd) -> Result<void> {
+    const QString name = QString("/proc/self/fd/%1").arg(fd);
+    printer.setOutputFileName(name);
+    printed = print();
+    if (!printed && printed.error().failure != Failure::kIo) return printed.error();
+    if (auto whole = CheckWhole(name, file); !whole) return whole;
+    return printed ? Result<void>() : printed.error();
+  });
+  return placed ? printed : placed.error();
 }
 
 }  // namespace
@@ -111,15 +134,16 @@ bool IsWhole(const QString& pdf) {
 Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore& store, const QString& heading,
                             std::span<const std::int64_t> keys, const platform::CancelToken& cancel,
                             const std::function<void(std::size_t done)>& progress) {
-  const QString file = printer.outputFormat() == QPrinter::PdfFormat ? printer.outputFileName() : QString();
-  Pages pages(printer, heading);
-  auto printed = PrintRows(pages, file, store, keys, cancel, progress);
-  const bool has_begun = pages.count() > 0;
-  if (!printed && has_begun) printer.abort();
-  const bool ended = pages.End();
-  if (printed && (!ended || (!file.isEmpty() && !IsWhole(file)))) printed = CannotPrint(file);
-  if (!printed && has_begun && QFileInfo(file).isFile()) QFile::remove(file);
-  return printed;
+  const bool is_file = printer.outputFormat() == QPrinter::PdfFormat;
+  const std::filesystem::path file = is_file ? PathFromQt(printer.outputFileName()) : std::filesystem::path();
+  const auto print = [&]() -> Result<int> {
+    Pages pages(printer, heading);
+    auto printed = PrintRows(pages, file, store, keys, cancel, progress);
+    if (!printed && pages.count() > 0) printer.abort();
+    const bool ended = pages.End();
+    return printed && !ended ? CannotPrint(file) : printed;
+  };
+  return is_file ? PrintToFile(printer, file, print) : print();
 }
 
 }  // namespace quillcast::desktop

@@ -14,8 +14,8 @@ class QPrinter;
 namespace quillcast::desktop {
 
 // How many pages were printed. `heading` stands above each page, and on the right its number. Recipients are read as
-// the pages need them; those that are gone are left out. After a cancel, and where the printer or the store fails,
-// nothing is left of a file. For a thread of its own.
+// the pages need them; those that are gone are left out. A file takes its name (0600) when all of it is there: after a
+// cancel, and where the disk or the store fails, what stood under it stands there still. For a thread of its own.
 Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore& store, const QString& heading,
                             std::span<const std::int64_t> keys, const platform::CancelToken& cancel,
                             const std::function<void(std::size_t done)>& progress);

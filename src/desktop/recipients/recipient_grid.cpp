@@ -21,10 +21,12 @@ enum Column { kNumber, kFirstNameColumn, kLastNameColumn, kAddress };
 
 QString TextOf(RecipientRows& rows, std::size_t row, int column) {
   if (column == kNumber) return QString::number(row + 1);
-  const recipients::GridRow& texts = rows.At(row);
-  const std::string& text = column == kFirstNameColumn  ? texts.first_name
-                            : column == kLastNameColumn ? texts.last_name
-                                                        : texts.email;
+  const recipients::GridRow* texts = rows.At(row);
+  if (texts == nullptr) return {};
+  if (texts->id == 0) return column == kAddress ? RecipientRows::tr("(no longer in the group)") : QString();
+  const std::string& text = column == kFirstNameColumn  ? texts->first_name
+                            : column == kLastNameColumn ? texts->last_name
+                                                        : texts->email;
   return ToQt(platform::Printable(text));
 }
 
@@ -43,7 +45,7 @@ void RecipientRows::Append(std::span<const std::int64_t> keys) {
   keys_.insert(keys_.end(), keys.begin(), keys.end());
 }
 
-void RecipientRows::Remove(const std::vector<std::size_t>& rows) {
+void RecipientRows::Remove(std::span<const std::size_t> rows) {
   std::size_t kept = 0;
   auto next = rows.begin();
   for (std::size_t row = 0; row < keys_.size(); ++row) {
@@ -62,11 +64,18 @@ void RecipientRows::Put(std::size_t row, const recipients::GridRow& texts) {
   if (block != blocks_.end()) block->second[row % kBlock] = texts;
 }
 
-const recipients::GridRow& RecipientRows::At(std::size_t row) {
-  static const recipients::GridRow none;
+const recipients::GridRow* RecipientRows::At(std::size_t row) {
   if (!blocks_.contains(row / kBlock) && !waits_) Fetch(row);
   const auto block = blocks_.find(row / kBlock);
-  return block == blocks_.end() ? none : block->second[row % kBlock];
+  return block == blocks_.end() ? nullptr : &block->second[row % kBlock];
+}
+
+Result<recipients::GridRow> RecipientRows::ReadNow(std::size_t row) {
+  const auto texts = store_.RowsOfKeys(std::span(keys_).subspan(row, 1));
+  if (!texts) return texts.error();
+  Put(row, texts->front());
+  if (texts->front().id == 0) return recipients::RecipientGone();
+  return texts->front();
 }
 
 void RecipientRows::Fetch(std::size_t row) {

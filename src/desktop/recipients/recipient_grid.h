@@ -25,15 +25,17 @@ class RecipientRows final : public QObject {
   void Reset(std::vector<std::int64_t> keys);
   void Append(std::span<const std::int64_t> keys);
   // Rows from above to below.
-  void Remove(const std::vector<std::size_t>& rows);
+  void Remove(std::span<const std::size_t> rows);
   // What a dialog wrote stands there without being read again.
   void Put(std::size_t row, const recipients::GridRow& texts);
 
   const std::filesystem::path& file() const { return store_.file(); }
   std::size_t size() const { return keys_.size(); }
   const std::vector<std::int64_t>& keys() const { return keys_; }
-  // One that is gone, or cannot be read now, has no texts.
-  const recipients::GridRow& At(std::size_t row);
+  // Null where the store cannot be read now; the key of one that is gone is 0.
+  const recipients::GridRow* At(std::size_t row);
+  // As it is in the store now, and then here too. Fails with kUsage where it is gone.
+  Result<recipients::GridRow> ReadNow(std::size_t row);
 
  signals:
   // The store could not be read for a row that is shown; it is tried again in a second, when Changed comes.

@@ -10,6 +10,8 @@
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+#include "platform/file_attributes.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -23,16 +25,28 @@ struct RecipientPrintForm::Progress {
   std::atomic<std::size_t> done = 0;
 };
 
-QString RecipientPrintForm::Print(const profile::Program& program, const QString& heading,
-                                  std::vector<std::int64_t> keys, QWidget* parent) {
+void RecipientPrintForm::Print(const profile::Program& program, const QString& heading, std::vector<std::int64_t> keys,
+                               StatusLine& status, QWidget* parent) {
   auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   printer->setOutputFileName(PathToQt(program.folders.temporary / "recipients.pdf"));
   QPrintDialog dialog(printer.get(), parent);
   dialog.setWindowTitle(tr("Print"));
-  if (dialog.exec() != QDialog::Accepted) return {};
-  RecipientPrintForm form(program, printer, heading, std::move(keys), parent);
+  if (dialog.exec() == QDialog::Accepted) PrintOn(program, printer, heading, std::move(keys), status, parent);
+}
+
+void RecipientPrintForm::PrintOn(const profile::Program& program, std::shared_ptr<QPrinter> printer,
+                                 const QString& heading, std::vector<std::int64_t> keys, StatusLine& status,
+                                 QWidget* parent) {
+  if (printer->outputFormat() == QPrinter::PdfFormat) {
+    const auto file = PathFromQt(printer->outputFileName());
+    const auto may_write = platform::MayWriteTo(file, program.prompts);
+    if (!may_write) return status.Fail(may_write.error());
+    if (!*may_write) return status.Say(InWords(platform::LeftLocked(file)));
+  }
+  RecipientPrintForm form(program, std::move(printer), heading, std::move(keys), parent);
   form.exec();
-  return form.said();
+  const auto& outcome = form.outcome();
+  outcome ? status.Say(*outcome) : status.Fail(outcome.error());
 }
 
 RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::shared_ptr<QPrinter> printer,
@@ -47,11 +61,12 @@ RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::sha
   connect(progress, &ProgressPanel::Pressed, this, &RecipientPrintForm::reject);
   connect(tick_, &QTimer::timeout, this, [this, total = keys.size()] { bar_->Count(seen_->done, total); });
   tick_->start(kTick);
-  task_->Start([this, printer = std::move(printer), heading, keys = std::move(keys),
+  const QString file = printer->outputFileName();
+  task_->Start([this, file, printer = std::move(printer), heading, keys = std::move(keys),
                 store_file = program.folders.Database(), seen = seen_](const platform::CancelToken& cancel) {
     const auto pages = PrintRecipients(*printer, recipients::RecipientStore(store_file, {.cancel = &cancel}), heading,
                                        keys, cancel, [seen](std::size_t done) { seen->done = done; });
-    return [this, pages, file = printer->outputFileName()] { End(pages, file); };
+    return [this, pages, file] { End(pages, file); };
   });
 }
 
@@ -59,10 +74,10 @@ RecipientPrintForm::~RecipientPrintForm() = default;
 
 void RecipientPrintForm::End(const Result<int>& pages, const QString& file) {
   if (!pages) {
-    said_ = InWords(pages.error());
+    outcome_ = pages.error();
   } else {
-    said_ = Counted(*pages, tr("1 page was printed."), tr("%1 pages were printed."));
-    if (!file.isEmpty()) said_ += ' ' + tr("They are in %1.").arg(file);
+    const QString count = Counted(*pages, tr("1 page was printed."), tr("%1 pages were printed."));
+    outcome_ = file.isEmpty() ? count : count + ' ' + tr("They are in %1.").arg(file);
   }
   accept();
 }

@@ -15,19 +15,24 @@ class QTimer;
 namespace quillcast::desktop {
 
 class CountBar;
+class StatusLine;
 
 class RecipientPrintForm final : public QDialog {
   Q_OBJECT
  public:
-  // Asks for the printer and prints. What came of it, for a status line; empty where nothing was printed.
-  static QString Print(const profile::Program& program, const QString& heading, std::vector<std::int64_t> keys,
-                       QWidget* parent);
+  // Asks for the printer and prints. What came of it is said in the status line.
+  static void Print(const profile::Program& program, const QString& heading, std::vector<std::int64_t> keys,
+                    StatusLine& status, QWidget* parent);
+  // The same on a printer, or into a file, that was chosen; one that is locked is asked about.
+  static void PrintOn(const profile::Program& program, std::shared_ptr<QPrinter> printer, const QString& heading,
+                      std::vector<std::int64_t> keys, StatusLine& status, QWidget* parent);
 
   // Begins at once and closes when it is done.
   RecipientPrintForm(const profile::Program& program, std::shared_ptr<QPrinter> printer, const QString& heading,
                      std::vector<std::int64_t> keys, QWidget* parent);
   ~RecipientPrintForm() override;
-  const QString& said() const { return said_; }
+  // What was printed, and where it is. kTryAgain after a cancel.
+  const Result<QString>& outcome() const { return outcome_; }
 
  public slots:
   void reject() override;  // ends it
@@ -41,7 +46,7 @@ class RecipientPrintForm final : public QDialog {
   QTimer* tick_;
   CountBar* bar_;
   std::shared_ptr<Progress> seen_;  // shared with the thread that prints
-  QString said_;
+  Result<QString> outcome_{QString()};
 };
 
 }  // namespace quillcast::desktop

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 
+#include "desktop/recipients/grid_actions.h"
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/recipient_move_form.h"
@@ -57,6 +58,7 @@ RecipientSearchForm::RecipientSearchForm(const profile::Program& program, QStrin
       search_(new QPushButton(tr("&Search"), this)),
       rows_(new RecipientRows(program.folders.Database(), this)),
       grid_(MakeRecipientGrid(rows_, this)),
+      actions_(grid_->findChild<GridActions*>()),
       status_(new StatusLine(this)),
       work_(new WorkPanel(program, this)) {
   answer_time_->setSingleShot(true);
@@ -71,14 +73,26 @@ RecipientSearchForm::RecipientSearchForm(const profile::Program& program, QStrin
   connect(
       rows_, &RecipientRows::Trouble, status_, [this](const QString& why) { status_->Say(why, NoteKind::kFailure); },
       Qt::QueuedConnection);
-  auto* erase = new QShortcut(QKeySequence::Delete, grid_, nullptr, nullptr, Qt::WidgetShortcut);
-  connect(erase, &QShortcut::activated, this, &RecipientSearchForm::Delete);
+  AddKeys();
   connect(work_, &WorkPanel::Started, this, [this] { EnableControls(false); });
   connect(work_, &WorkPanel::Ended, this, [this] { EnableControls(true); });
   term_->setFocus();
 }
 
 RecipientSearchForm::~RecipientSearchForm() = default;
+
+// In the grid Return would otherwise press the window's own button, which searches.
+void RecipientSearchForm::AddKeys() {
+  const auto add = [this](const QKeySequence& keys, auto act) {
+    auto* shortcut = new QShortcut(keys, grid_, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(shortcut, &QShortcut::activated, this, act);
+  };
+  add(QKeySequence(Qt::Key_Return), &RecipientSearchForm::Modify);
+  add(QKeySequence(Qt::Key_Enter), &RecipientSearchForm::Modify);
+  add(QKeySequence::Delete, &RecipientSearchForm::Delete);
+  connect(actions_, &GridActions::Said, this, [this](const QString& sentence) { status_->Say(sentence); });
+  connect(actions_, &GridActions::Failed, this, [this](const Error& error) { status_->Fail(error); });
+}
 
 void RecipientSearchForm::MakeWindow() {
   setObjectName("RecipientSearchForm");
@@ -239,7 +253,9 @@ std::vector<std::size_t> RecipientSearchForm::RowsOf(const std::vector<std::int6
 
 void RecipientSearchForm::Modify() {
   if (!HasChosen()) return;
-  const std::int64_t key = rows_->keys()[grid_->Chosen().front()];
+  const auto one = actions_->TakeOne();
+  if (!one) return;
+  const std::int64_t key = one->texts.id;
   RecipientModifyForm2 form(program_, group_, key, this);
   form.exec();
   if (!form.written()) return;
@@ -250,13 +266,13 @@ void RecipientSearchForm::Modify() {
 
 void RecipientSearchForm::Delete() {
   if (!HasChosen()) return;
-  const std::vector<std::size_t> chosen = grid_->Chosen();
-  std::vector<std::int64_t> keys;
-  keys.reserve(chosen.size());
-  for (const std::size_t row : chosen) keys.push_back(rows_->keys()[row]);
-  const Sentence question =
-      chosen.size() == 1 ? recipients::DeleteQuestion(rows_->At(chosen.front()).email)
-                         : recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(chosen.size()), FromQt(group_));
+  const std::vector<std::int64_t> keys = actions_->ChosenKeys();
+  Sentence question = recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(keys.size()), FromQt(group_));
+  if (keys.size() == 1) {
+    const auto one = actions_->TakeOne();
+    if (!one) return;
+    question = recipients::DeleteQuestion(one->texts.email);
+  }
   if (program_.prompts.Ask(question.InEnglish()) != platform::Answer::kYes) return;
   work_->Run<std::int64_t>(
       [group = FromQt(group_), keys](recipients::RecipientStore& store, const recipients::OnProgress& progress) {
@@ -268,11 +284,9 @@ void RecipientSearchForm::Delete() {
       });
 }
 
-void RecipientSearchForm::Deleted(const std::vector<std::size_t>& chosen) {
+void RecipientSearchForm::Deleted(const std::vector<std::size_t>& rows) {
   has_changed_ = true;
-  rows_->Remove(chosen);
-  grid_->Reset(rows_->size());
-  if (rows_->size() > 0) grid_->Choose(chosen.empty() ? 0 : std::min(chosen.front(), rows_->size() - 1));
+  actions_->Remove(rows);
   grid_->setFocus();
   SayFound();
 }
@@ -283,8 +297,7 @@ void RecipientSearchForm::reject() {
 }
 
 std::vector<std::int64_t> RecipientSearchForm::ChosenOrAll() const {
-  std::vector<std::int64_t> keys;
-  for (const std::size_t row : grid_->Chosen()) keys.push_back(rows_->keys()[row]);
+  const auto keys = actions_->ChosenKeys();
   return keys.empty() ? rows_->keys() : keys;
 }
 
@@ -303,8 +316,7 @@ void RecipientSearchForm::Move() {
 void RecipientSearchForm::Print() {
   const auto keys = ChosenOrAll();
   if (keys.empty()) return status_->Say(tr("Nobody was found who could be printed."));
-  const QString said = RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(group_), keys, this);
-  if (!said.isEmpty()) status_->Say(said);
+  RecipientPrintForm::Print(program_, tr("Recipients of “%1”").arg(group_), keys, *status_, this);
 }
 
 }  // namespace quillcast::desktop

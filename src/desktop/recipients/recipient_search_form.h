@@ -17,6 +17,7 @@ class QTimer;
 namespace quillcast::desktop {
 
 class FormColumn;
+class GridActions;
 class RecipientRows;
 class RowList;
 class StatusLine;
@@ -40,6 +41,7 @@ class RecipientSearchForm final : public QDialog {
   struct News;
 
   void MakeWindow();
+  void AddKeys();
   void AddButtons(FormColumn* column);
   void EnableControls(bool is_idle);
   recipients::SearchRequest Request() const;
@@ -55,7 +57,7 @@ class RecipientSearchForm final : public QDialog {
   std::vector<std::size_t> RowsOf(const std::vector<std::int64_t>& keys) const;
   void Modify();
   void Delete();
-  void Deleted(const std::vector<std::size_t>& chosen);
+  void Deleted(const std::vector<std::size_t>& rows);
   void Move();
   void Print();
   // The keys of the chosen rows, or of all that were found where none is chosen.
@@ -78,6 +80,7 @@ class RecipientSearchForm final : public QDialog {
   std::vector<QPushButton*> buttons_;  // that change those who were found
   RecipientRows* rows_;
   RowList* grid_;
+  GridActions* actions_;
   StatusLine* status_;
   WorkPanel* work_;
 };

@@ -28,10 +28,20 @@ WorkPanel::WorkPanel(const profile::Program& program, QWidget* parent)
   panel_->button()->setAutoDefault(false);
   tick_->setInterval(kBetweenLooks);
   connect(tick_, &QTimer::timeout, this, &WorkPanel::ShowCounts);
-  connect(panel_, &ProgressPanel::Pressed, this, &WorkPanel::Cancel);
+  connect(panel_, &ProgressPanel::Pressed, this, &WorkPanel::Press);
 }
 
 WorkPanel::~WorkPanel() = default;
+
+void WorkPanel::AddBeside(QPushButton* button) {
+  closes_ = true;
+  panel_->AddBeside(button);
+  panel_->button()->setEnabled(true);
+}
+
+QPushButton* WorkPanel::button() const { return panel_->button(); }
+
+void WorkPanel::Press() { is_working() ? Cancel() : emit Closing(); }
 
 void WorkPanel::Begin() {
   counts_ = std::make_shared<Counts>();
@@ -43,7 +53,7 @@ void WorkPanel::Begin() {
 void WorkPanel::End() {
   tick_->stop();
   bar_->Count(0, 1);
-  panel_->button()->setEnabled(false);
+  panel_->button()->setEnabled(closes_);
   emit Ended();
 }
 

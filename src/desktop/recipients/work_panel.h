@@ -12,6 +12,7 @@
 #include "recipients/progress.h"
 #include "recipients/recipient_store.h"
 
+class QPushButton;
 class QTimer;
 
 namespace quillcast::desktop {
@@ -20,6 +21,8 @@ class CountBar;
 class ProgressPanel;
 
 // One piece of work at a time. The window disables its own controls from Started to Ended.
+//
+// A dialog that begins the work by a button of its own puts that beside the panel's, which closes it before and after.
 class WorkPanel final : public QWidget {
   Q_OBJECT
  public:
@@ -44,12 +47,16 @@ class WorkPanel final : public QWidget {
       };
     });
   }
+  // Then the panel's button gives Closing while nothing is done.
+  void AddBeside(QPushButton* button);
+  QPushButton* button() const;
   bool is_working() const { return task_->is_running(); }
   void Cancel() { task_->Cancel(); }
 
  signals:
   void Started();
   void Ended();
+  void Closing();
 
  private:
   struct Counts {
@@ -59,7 +66,9 @@ class WorkPanel final : public QWidget {
   void Begin();
   void End();
   void ShowCounts();
+  void Press();
 
+  bool closes_ = false;
   const profile::Program& program_;
   std::shared_ptr<Counts> counts_;
   BackgroundTask* task_;
