@@ -1,0 +1,57 @@
+// A document says which character set it is in: where the declaration goes, and what counts as one.
+#include "document/declared_charset.h"
+
+#include <gtest/gtest.h>
+
+namespace quillcast::document {
+namespace {
+
+// "|" is where the declaration has to be put; a page without one declares a set already.
+TEST(DeclaredCharset, IsPutIntoTheHeadWhereThereIsNone) {
+  struct Case {
+    const char* name;
+    std::string marked;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"nothing", "|"},
+           {"no head", "|<p>Hello</p>"},
+           {"text alone", "|\n Hello"},
+           {"a head", "<html><head>|<title>x</title></head><body>"},
+           {"a head with attributes", "<HTML><HEAD profile='a>b'>|\n<style>p{}</style>"},
+           {"a page without a head", "<html lang=de>|<body>x"},
+           {"a header is no head", "<html>|<header>x</header>"},
+           {"a document type", "<!DOCTYPE html>|<p>x"},
+           {"a document type behind a comment", "<!-- <head> --><!doctype html>|<p>x"},
+           {"a comment", "|<!-- <meta charset=utf-8> --><p>x"},
+           {"a comment before the head", "<!doctype html>\n<!-- saved -->\n<html><!-- c --><head>|<title></title>"},
+           {"an XML declaration", "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE html>\n<html><head>|</head>"},
+           {"an XML declaration alone", "<?xml version=\"1.0\"?>|<p>x"},
+           {"a byte-order mark", "\uFEFF|<p>x"},
+           {"a tag in the text", "|<p><head>x"},
+           {"a tag that is cut off", "|<head"},
+           {"other meta elements", "<head>|<meta name=charset content=x><meta charset=''><meta charset>"},
+           {"a content type without a set", "<head>|<meta http-equiv=Content-Type content='text/html'>"},
+           {"a set without a name", "<head>|<meta http-equiv=content-type content='text/html; charset= '>"},
+           {"a set of something else", "<head>|<meta http-equiv=refresh content='0; charset=utf-8'>"},
+           {"in a script", "<head>|<script>'<meta charset=utf-8>'</script>"},
+           {"a set", "<head><title>x</title><META Charset=\"koi8-r\">"},
+           {"a content type", "<meta content='text/html; CHARSET = utf-8' http-equiv=' Content-Type '>"},
+           {"a set far behind", "<p>" + std::string(5000, 'x') + "<meta charset=utf-8>"},
+       }) {
+    const std::size_t place = c.marked.find('|');
+    std::string html = c.marked;
+    if (place != std::string::npos) html.erase(place, 1);
+    EXPECT_EQ(DeclaresCharset(html), place == std::string::npos) << c.name;
+    for (const auto& [encoding, meta] : {std::pair(BodyEncoding::kUtf8, "<meta charset=\"utf-8\">"),
+                                         {BodyEncoding::kUtf16Little, "<meta charset=\"utf-8\">"},
+                                         {BodyEncoding::kWindows1252, "<meta charset=\"windows-1252\">"}}) {
+      std::string expected = html;
+      if (place != std::string::npos) expected.insert(place, meta);
+      EXPECT_EQ(WithCharset(html, encoding), expected) << c.name;
+      EXPECT_EQ(WithCharset(expected, encoding), expected) << c.name << ": put in a second time";
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::document
