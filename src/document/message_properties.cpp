@@ -5,6 +5,7 @@
 
 #include "document/phrase_search.h"
 #include "document/property_tables.h"
+#include "document/single_blanks.h"
 #include "html/html_tokenizer.h"
 
 namespace quillcast::document {
@@ -42,21 +43,6 @@ std::string DirectionOf(const std::vector<bool>& occurring) {
     if (occurring[i]) direction = kDirections[i].shown;
   }
   return direction;
-}
-
-std::string WithSingleBlanks(std::string_view text) {
-  std::string out;
-  bool between = false;
-  for (const char c : text) {
-    if (std::string_view(" \t\n\f\r").find(c) != std::string_view::npos) {
-      between = !out.empty();
-      continue;
-    }
-    if (between) out += ' ';
-    between = false;
-    out += c;
-  }
-  return out;
 }
 
 }  // namespace

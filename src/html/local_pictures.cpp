@@ -55,16 +55,16 @@ constexpr std::string_view kTagBegin = "$*Merge";
 
 class Finder final : public HtmlVisitor {
  public:
-  explicit Finder(std::string_view html) : html_(html) { VisitTagsAndStyles(html, *this); }
+  Finder(std::string_view html, const std::function<void(PictureReference)>& visit) : html_(html), visit_(visit) {
+    VisitTagsAndStyles(html, *this);
+  }
 
-  std::vector<PictureReference> found() && { return std::move(found_); }
   const std::set<std::string>& named_by_tags() const { return named_by_tags_; }
 
  private:
   void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
     if (token.attributes.empty()) return;
     if (token.name == "base" && !base_) ReadBase(tokenizer.Value(token, "href"));
-    const std::size_t first = found_.size();
     for (const PictureAttribute& row : kPictureAttributes) {
       if (!row.element.empty() && row.element != token.name) continue;
       const HtmlAttribute* const attribute = tokenizer.Find(token, row.attribute);
@@ -74,11 +74,19 @@ class Finder final : public HtmlVisitor {
       if (row.holds == Holds::kCandidates) LookAtCandidates(value);
       if (row.holds == Holds::kCss) LookAtCss(value, CssPlace::kAttribute);
     }
-    std::sort(found_.begin() + static_cast<std::ptrdiff_t>(first), found_.end(),
-              [](const auto& a, const auto& b) { return a.offset < b.offset; });
+    std::sort(found_.begin(), found_.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
+    TellFound();
   }
 
-  void StyleSheet(std::string_view css) override { LookAtCss(css, CssPlace::kElement); }
+  void StyleSheet(std::string_view css) override {
+    LookAtCss(css, CssPlace::kElement);
+    TellFound();
+  }
+
+  void TellFound() {
+    for (PictureReference& reference : found_) visit_(std::move(reference));
+    found_.clear();
+  }
 
   // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
   // leads nowhere: it would stand before each of the page's addresses.
@@ -125,18 +133,27 @@ class Finder final : public HtmlVisitor {
   }
 
   std::string_view html_;
+  const std::function<void(PictureReference)>& visit_;
   std::optional<LocalAddress> base_;
-  std::vector<PictureReference> found_;
+  std::vector<PictureReference> found_;  // in one tag or style sheet
   std::set<std::string> named_by_tags_;
 };
 
 }  // namespace
 
-std::vector<PictureReference> FindLocalPictures(std::string_view html) { return Finder(html).found(); }
+std::vector<PictureReference> FindLocalPictures(std::string_view html) {
+  std::vector<PictureReference> found;
+  VisitLocalPictures(html, [&found](PictureReference reference) { found.push_back(std::move(reference)); });
+  return found;
+}
+
+void VisitLocalPictures(std::string_view html, const std::function<void(PictureReference)>& visit) {
+  Finder(html, visit);
+}
 
 std::vector<std::string> FindPicturesNamedByTags(std::string_view html) {
   if (html.find(kTagBegin) == std::string_view::npos) return {};
-  const Finder finder(html);
+  const Finder finder(html, [](const PictureReference&) {});
   return {finder.named_by_tags().begin(), finder.named_by_tags().end()};
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,9 @@ struct PictureReference {
 // missing. In the order of the source; a file that is named twice is there twice. Linear in time on any input. Known
 // limits: of one srcset the first 1,000 addresses count, and a <base> of more than 1,000 bytes does not.
 std::vector<PictureReference> FindLocalPictures(std::string_view html);
+
+// The same one by one, for whoever keeps none of them.
+void VisitLocalPictures(std::string_view html, const std::function<void(PictureReference)>& visit);
 
 // The addresses of pictures that hold a merge tag and are not of the net by how they begin, each once: which file they
 // name differs by recipient, so that FindLocalPictures passes them over.

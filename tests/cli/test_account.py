@@ -102,6 +102,22 @@ class Properties(Case):
         self.assertEqual(json.loads(self.ok("--json", "properties", self.write("empty.txt", ""))), {
             "location": str(self.folder / "empty.txt"), "title": "Not Available", "direction": "None", "language": "None",
             "charset": "None"})
+        self.write("a.png", b"\x89PNG" + b"x" * 3000)
+        page = self.write("check.html", "<title>T</title><p>One two three<img src=a.png width=20 alt=x><img src=no.png width=20 alt=y>"
+                          "<a href='https://evil.example/'>bank.example</a> <a href='https://a.example/unsubscribe'>off</a>")
+        told = self.ok("properties", page, "--check")
+        for line in ("5 words; a message is about 1", " with its 2 pictures.", "Pictures:\n  a.png, 2.9 KiB\n  no.png, missing\n",
+                     "Links:\n  bank.example: https://evil.example/\n  off: https://a.example/unsubscribe\n",
+                     "To be mended:\n  The link “bank.example” shows another address than it leads to, “https://evil.example/”"):
+            self.assertIn(line, told)
+        checked = json.loads(self.ok("--json", "properties", page, "--check"))
+        self.assertEqual((checked["title"], checked["words"], checked["pictureCount"], checked["linkCount"]), ("T", 5, 2, 2))
+        self.assertEqual(checked["pictures"], [{"file": "a.png", "size": 3004}, {"file": "no.png", "size": None}])
+        self.assertEqual(checked["links"][1], {"text": "off", "target": "https://a.example/unsubscribe", "trouble": None})
+        self.assertIn("shows another address", checked["links"][0]["trouble"])
+        self.assertEqual(len(checked["findings"]), 2)
+        self.ok("account", "set", "Name=Ada", "Email=ada@example.org", "Server=127.0.0.1", "Port=25", "TextPart=0")
+        self.assertIn("The account sends no text part", self.ok("properties", page, "--check"))
         for name in ("nosuch.html", self.folder):
             code, out, err = self.run_program("properties", name)
             self.assertEqual((code, out), (66, ""))

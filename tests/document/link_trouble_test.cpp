@@ -1,0 +1,78 @@
+// Which links of a letter are not in order, and what is said of them.
+#include "document/link_trouble.h"
+
+#include <gtest/gtest.h>
+
+namespace quillcast::document {
+namespace {
+
+struct Case {
+  const char* target;
+  const char* text;
+  const char* said;  // a part of the sentence; null where there is none
+};
+
+TEST(LinkTrouble, IsToldInASentenceThatNamesTheLink) {
+  for (const Case& c : std::initializer_list<Case>{
+           {"https://example.org", "our shop", nullptr},
+           {" HTTPS://Example.org/a b ", "our shop", nullptr},
+           {"http://user@example.org:8080/?a=b#c", "x", nullptr},
+           {"http://[2001:db8::1]/", "x", nullptr},
+           {"https://b\xC3\xBC"
+            "cher.example",
+            "x", nullptr},
+           {"https://8.8.8.8/", "x", nullptr},
+           {"https://example.org/?m=$*MergeEmail*$", "x", nullptr},
+           {"$*MergeWebSite*$", "x", nullptr},
+           {"#top", "up", nullptr},
+           {"tel:+47123", "call", nullptr},
+           {"", "our shop", "“our shop” leads nowhere"},
+           {"#", "our shop", "“our shop” leads nowhere"},
+           {" ", "", "A link without words leads nowhere"},
+           {"https://example.org/x", "", "The link to “https://example.org/x” has no words"},
+           {"javascript:void(0)", "more", "“more” is a script"},
+           {"file:///home/ada/list.pdf", "list", "a file of this computer"},
+           {"C:\\list.pdf", "list", "a file of this computer"},
+           {"\\\\server\\list.pdf", "list", "a file of this computer"},
+           {"prices.html", "prices", "“prices.html”, which is no complete address. Write https://"},
+           {"//example.org/x", "prices", "no complete address"},
+           {"example.org", "prices", "no complete address"},
+           {"http:/example.org", "x", "no complete address"},
+           {"https://", "x", "no complete address"},
+           {"https://exa mple.org", "x", "no complete address"},
+           {"https://example..org", "x", "no complete address"},
+           {"http://localhost:8080/x", "x", "which only this network knows"},
+           {"http://intranet/x", "x", "which only this network knows"},
+           {"http://192.168.1.4", "x", "which only this network knows"},
+           {"http://printer.local", "x", "which only this network knows"},
+           {"https://10.example.org", "x", nullptr},
+           {"https://evil.example/", "www.bank.example",
+            "shows another address than it leads to, “https://evil.example/”"},
+           {"https://evil.example/", "https://bank.example/login", "shows another address"},
+           {"https://notbank.example/", "bank.example", "shows another address"},
+           {"https://click.bank.example/x?y", "www.bank.example", nullptr},
+           {"https://bank.example/x", "HTTP://News.Bank.example", nullptr},
+           {"https://example.org/a.pdf", "prices.pdf", nullptr},
+           {"https://example.org/", "Version 2.0", nullptr},
+           {"https://example.org/", "2.50", nullptr},
+           {"https://example.org/", "e.g.", nullptr},
+           {"mailto:ada@example.org", "write", nullptr},
+           {"MAILTO:ada@example.org,bob%40example.org?subject=x", "write", nullptr},
+           {"mailto:?subject=Read%20this", "tell a friend", nullptr},
+           {"mailto:", "write", "no mail address"},
+           {"mailto:ada", "write", "“write” writes to “ada”, which is no mail address"},
+           {"mailto:ada@example", "write", "no mail address"},
+           {"mailto:ada@example.org", "bob@example.org", "shows another address than it writes to, “ada@example.org”"},
+           {"mailto:ada@example.org?subject=x", "ADA@example.org", nullptr},
+       }) {
+    const auto trouble = LinkTrouble(c.target, c.text);
+    EXPECT_EQ(trouble.has_value(), c.said != nullptr) << c.target << ' ' << c.text;
+    if (!trouble || c.said == nullptr) continue;
+    EXPECT_NE(trouble->InEnglish().find(c.said), std::string::npos) << c.target << ": " << trouble->InEnglish();
+  }
+  const auto shown = LinkTrouble("javascript:\x1B[2J", std::string(5000, 'x') + "\n")->InEnglish();
+  EXPECT_LT(shown.size(), 200U) << "cut";
+}
+
+}  // namespace
+}  // namespace quillcast::document
