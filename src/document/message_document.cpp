@@ -1,7 +1,6 @@
 #include "document/message_document.h"
 
 #include "document/body_file.h"
-#include "html/html_to_text.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -13,7 +12,9 @@ Priority PriorityFrom(std::string_view text) {
   return text == "Low" ? Priority::kLow : Priority::kNormal;
 }
 
-std::string MessageDocument::PlainText() const { return text ? *text : html::HtmlToText(html); }
+std::string MessageDocument::PlainText(std::size_t columns) const {
+  return text ? *text : html::HtmlToText(html, columns);
+}
 
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file) {
   auto read = ReadBodyFile(file);

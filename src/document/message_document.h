@@ -9,6 +9,7 @@
 #include "document/attachment_list.h"
 #include "document/edited_document.h"
 #include "document/picture_places.h"
+#include "html/html_to_text.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
 #include "profile/settings_store.h"
@@ -35,8 +36,8 @@ struct MessageDocument {
   Priority priority = Priority::kNormal;
   bool read_receipt = false;
 
-  // The body as plain text: `text` where it is given, else made from the HTML. Lines end in "\n".
-  std::string PlainText() const;
+  // The body as plain text: `text` where it is given, else made from the HTML and wrapped. Lines end in "\n".
+  std::string PlainText(std::size_t columns = html::kTextColumns) const;
   bool operator==(const MessageDocument&) const = default;
 };
 

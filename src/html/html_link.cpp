@@ -38,6 +38,15 @@ bool IsNumber(std::string_view text) {
   return !text.empty() && text.find_first_not_of("+0123456789") == std::string_view::npos;
 }
 
+// "01234567" and "+491234567" are too: one is how it is dialled at home.
+bool IsSameNumber(std::string_view said, std::string_view wanted) {
+  constexpr std::size_t kFewestDigits = 7;
+  if (said == wanted) return true;
+  if (!said.starts_with('0') || !wanted.starts_with('+')) return false;
+  said.remove_prefix(1);
+  return said.size() >= kFewestDigits && wanted.ends_with(said);
+}
+
 // What leads a reader of the text nowhere.
 constexpr std::array<std::string_view, 9> kUnreadable = {
     "#", "javascript:", "vbscript:", "data:", "cid:", "blob:", "about:", "file:", "mid:"};
@@ -69,7 +78,7 @@ bool SaysTarget(std::string_view text, std::string_view target) {
   const std::string said = WithoutBlanks(text);
   const std::string wanted = WithoutBlanks(target);
   if (platform::EqualsIgnoringAsciiCase(WithoutTrimmings(said), WithoutTrimmings(wanted))) return true;
-  return IsNumber(Digits(wanted)) && Digits(said) == Digits(wanted);
+  return IsNumber(Digits(wanted)) && IsSameNumber(Digits(said), Digits(wanted));
 }
 
 }  // namespace quillcast::html

@@ -37,6 +37,11 @@ bool MayBeginLine(int line_break) {
                           U_LB_INFIX_NUMERIC,     U_LB_INSEPARABLE,       U_LB_BREAK_SYMBOLS};
   return std::find(std::begin(kNot), std::end(kNot), line_break) == std::end(kNot);
 }
+// Its words stand apart by blanks.
+bool IsHangul(int line_break) {
+  return line_break == U_LB_H2 || line_break == U_LB_H3 || line_break == U_LB_JL || line_break == U_LB_JV ||
+         line_break == U_LB_JT;
+}
 bool MayEndLine(int line_break) { return line_break != U_LB_OPEN_PUNCTUATION; }
 
 // A character as a reader sees it: a letter with its marks, an emoji with all that is joined to it.
@@ -124,7 +129,7 @@ class CharacterReader {
 
 class TextWrapper {
  public:
-  explicit TextWrapper(std::size_t width) : width_(width) {}
+  TextWrapper(std::size_t width, LongWords long_words) : width_(width), long_words_(long_words) {}
 
   void WrapLine(std::string_view line) {
     const bool fits = line.size() <= width_ && line.find('\t') == std::string_view::npos;  // a column is a byte or more
@@ -172,7 +177,8 @@ class TextWrapper {
       const Character& next = reader_.current();
       if (next.is_wide && !(MayBeginLine(next.line_break) && MayEndLine(next.line_break))) in_address = false;
       const bool between_wide = last.is_wide && next.is_wide && !in_address;
-      if (between_wide && MayEndLine(last.line_break) && MayBeginLine(next.line_break)) break;
+      const bool in_korean = long_words_ == LongWords::kKept && IsHangul(last.line_break) && IsHangul(next.line_break);
+      if (between_wide && !in_korean && MayEndLine(last.line_break) && MayBeginLine(next.line_break)) break;
       if (reader_.byte() == '/' && line_.substr(begin, next.end - begin).ends_with("://")) {
         in_address = word.has_address = true;
       }
@@ -199,7 +205,7 @@ class TextWrapper {
       out_ += '\n';
       column_ = 0;
     }
-    if (word.columns <= width_ || word.has_address) {
+    if (word.columns <= width_ || word.has_address || long_words_ == LongWords::kKept) {
       out_ += word.text;
       column_ += word.columns;
       return;
@@ -222,6 +228,7 @@ class TextWrapper {
   }
 
   std::size_t width_;
+  LongWords long_words_;
   CharacterReader reader_;
   std::string_view line_;
   std::size_t column_ = 0;         // of the line being written
@@ -247,8 +254,8 @@ std::size_t DisplayColumns(char32_t code) {
   }
 }
 
-std::string WrapText(std::string_view utf8, std::size_t width) {
-  TextWrapper wrapper(width);
+std::string WrapText(std::string_view utf8, std::size_t width, LongWords long_words) {
+  TextWrapper wrapper(width, long_words);
   for (;;) {
     const std::size_t end = utf8.find('\n');
     wrapper.WrapLine(utf8.substr(0, end));

@@ -15,7 +15,11 @@ namespace quillcast::html {
 // broken within, between two characters as a reader sees them. Not broken at all: a word that holds "://" (a broken
 // address is worse than a long line) and between indentation and the first word. Blanks at the end of a line that do
 // not fit are dropped. A tab reaches to the next multiple of eight.
-std::string WrapText(std::string_view utf8, std::size_t width);
+//
+// kKept: such a word stays whole on a line of its own, and so does one of Korean letters, for texts that nothing forces
+// into a width.
+enum class LongWords { kCut, kKept };
+std::string WrapText(std::string_view utf8, std::size_t width, LongWords long_words = LongWords::kCut);
 
 // Breaks only at blanks that HTML takes for line ends as well: in running text outside pre, textarea, script, style and
 // comments, and between the attributes of a tag; never in a word or a quoted value. Where the source sets white-space

@@ -1,8 +1,14 @@
 #include "html/text_layout.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
+
+#include "html/line_wrap.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace quillcast::html {
 namespace {
@@ -13,6 +19,7 @@ constexpr std::size_t kMostPrefixColumns = 28;
 constexpr std::size_t kMostLineEnds = 3;  // two blank lines
 constexpr std::size_t kMostPreformattedLineEnds = 50;
 constexpr std::size_t kTabColumns = 4;
+constexpr std::size_t kFewestColumns = 24;  // are left beside prefixes, however narrow the text
 
 // Characters that are no ordinary text, and how they are set.
 enum class Special : std::uint8_t {
@@ -66,6 +73,15 @@ std::size_t VisibleRun(std::string_view text, bool may_join) {
   return run;
 }
 
+// What would read as a part of the word before it.
+bool BeginsWord(std::string_view text) {
+  if (text.front() == '<' || text.front() == '$') return true;
+  const char32_t code = platform::DecodeUtf8(text).code;
+  return code != platform::kNotUtf8 && u_isalnum(static_cast<UChar32>(code));
+}
+
+bool OpensWord(char c) { return std::string_view("([{<\"'/-").find(c) != std::string_view::npos; }
+
 }  // namespace
 
 void TextLayout::AddText(std::string_view text) {
@@ -84,7 +100,7 @@ void TextLayout::AddText(std::string_view text) {
 void TextLayout::AddPreformatted(std::string_view text) {
   while (!text.empty()) {
     const std::size_t run = VisibleRun(text, !NothingToJoin());
-    if (run > 0) Put(text.substr(0, run));
+    if (run > 0) Put(text.substr(0, run)), is_preformatted_ = true;
     text.remove_prefix(run);
     if (text.empty()) break;
     const SpecialRow* const special = FindSpecial(text);
@@ -103,8 +119,14 @@ void TextLayout::AddPreformatted(std::string_view text) {
 }
 
 void TextLayout::Break() {
+  if (held_) return;
+  if (block_ == 1 && breaks_ == 0) breaks_ = 1;
   breaks_ = std::max(breaks_, std::min(breaks_ + 1, kMostLineEnds));
   blanks_ = 0;
+}
+
+void TextLayout::EndFiller() {
+  if (blanks_ > 0 && block_ == 1 && breaks_ == 0) Break();
 }
 
 void TextLayout::Block(Margin margin) {
@@ -136,12 +158,29 @@ void TextLayout::PopPrefix() {
   blank_depth_ = std::min(blank_depth_, prefixes_.size());
 }
 
+void TextLayout::AppendToLine(std::string_view utf8) {
+  out_ += utf8;
+  shown_ += utf8.size();
+}
+
+bool TextLayout::ends_with_digit() const { return !NothingToJoin() && out_.back() >= '0' && out_.back() <= '9'; }
+
+void TextLayout::SetLineApart() {
+  if (gap_ != 1 || !line_rest_.empty()) return;
+  out_.insert(line_begin_, 1, '\n');
+  ++line_begin_;
+  ++content_begin_;
+  gap_ = 2;
+}
+
 void TextLayout::Put(std::string_view visible) {
+  if (word_ended_ && !NothingToJoin() && !OpensWord(out_.back()) && BeginsWord(visible)) collapsible_ = true;
   if (at_line_start()) BeginLine();
   out_.append(std::max<std::size_t>(blanks_, collapsible_ ? 1 : 0), ' ');
   out_ += visible;
+  shown_ += visible.size();
   blanks_ = 0;
-  collapsible_ = literal_ = held_ = false;
+  collapsible_ = literal_ = held_ = word_ended_ = false;
 }
 
 void TextLayout::BeginLine() {
@@ -151,10 +190,16 @@ void TextLayout::BeginLine() {
     if (i + 1 == line_ends) break;
     for (std::size_t level = 0; level < blank_depth_; ++level) out_ += prefixes_[level].rest;
   }
+  gap_ = line_ends;
+  line_begin_ = out_.size();
+  line_rest_.clear();
   for (Prefix& prefix : prefixes_) {
     out_ += prefix.used ? prefix.rest : prefix.first;
+    line_rest_ += prefix.rest;
     prefix.used = true;
   }
+  content_begin_ = out_.size();
+  is_preformatted_ = false;
   ++line_number_;
   breaks_ = block_ = 0;
   blank_depth_ = prefixes_.size();
@@ -167,7 +212,18 @@ void TextLayout::EndLine() {
   std::size_t end = out_.size();
   while (end > 0 && out_[end - 1] == ' ') --end;
   out_.resize(end);
+  if (!is_preformatted_) WrapLine();
   out_ += '\n';
+  content_begin_ = out_.size();
+}
+
+void TextLayout::WrapLine() {
+  const std::size_t prefix = content_begin_ - std::min(content_begin_, line_begin_);
+  const std::size_t width = std::max(columns_ - std::min(columns_, prefix), kFewestColumns);
+  if (out_.size() <= content_begin_ + width) return;  // a column is a byte or more
+  const std::string wrapped = WrapText(std::string_view(out_).substr(content_begin_), width, LongWords::kKept);
+  out_.resize(content_begin_);
+  out_ += platform::ReplaceAll(wrapped, "\n", '\n' + line_rest_);
 }
 
 std::string TextLayout::Finish() && {

@@ -32,6 +32,11 @@ std::string WithCharset(std::string_view media_type, bool holds_utf8) {
   return holds_utf8 ? std::string(media_type) + "; charset=utf-8" : "application/octet-stream";
 }
 
+// Wrapped once, at the account's columns where it has some.
+std::string PlainTextOf(const document::MessageDocument& document, const MessageOptions& options) {
+  return options.wrap > 0 ? document.PlainText(options.wrap) : document.PlainText();
+}
+
 }  // namespace
 
 MessageTemplate::MessageTemplate(const document::MessageDocument& document, MessageOptions options,
@@ -50,7 +55,7 @@ MessageTemplate::MessageTemplate(const document::MessageDocument& document, Mess
         TextPartHeaders("html", options_.charset),
         MergedBody(EscapeInStyles(ForMerging(related.html), options_.charset), StyleOf(options_.charset, true))};
   }
-  if (HasText(parts)) CompileText(ForMerging(document.PlainText()));
+  if (HasText(parts)) CompileText(ForMerging(PlainTextOf(document, options_)));
   pictures_ = std::move(related.pictures);
   picture_troubles_ = std::move(related.troubles);
   foreign_pictures_ = std::move(related.foreign);

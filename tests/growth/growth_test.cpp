@@ -12,6 +12,8 @@
 #include "charset/charset.h"
 #include "document/body_file.h"
 #include "document/body_source.h"
+#include "document/declared_charset.h"
+#include "document/document_look.h"
 #include "document/mailto.h"
 #include "document/merge_pieces.h"
 #include "document/message_document.h"
@@ -132,6 +134,13 @@ void ReadAttributes(const std::string& html) {
 const std::vector<NamedReader> kHtmlReaders = {
     {"HtmlTokenizer", ReadAttributes},
     {"HtmlToText", [](const std::string& html) { return html::HtmlToText(html); }},
+    {"LookAt",
+     [](const std::string& html) {
+       document::MessageDocument document;
+       document.html = html;
+       return document::LookAt(document, false, platform::CancelToken());
+     }},
+    {"WithCharset", [](const std::string& html) { return document::WithCharset(html, document::BodyEncoding::kUtf8); }},
     {"FindLocalPictures", [](const std::string& html) { return html::FindLocalPictures(html); }},
     {"FindPicturesNamedByTags", [](const std::string& html) { return html::FindPicturesNamedByTags(html); }},
     {"EscapeInStyles",
@@ -216,6 +225,9 @@ TEST(Growth, OfReadingHtml) {
                            "<p hidden>x",
                            "<template>",
                            "<base href=\1/>",
+                           "<p style='mso-list:l level9'><b style='mso-list:ignore'>x</b>y",
+                           "<div>&nbsp;</div>",
+                           "<table><tr><td>a b ",
                            "<!--[if mso]><img src=\1>",
                            "<!--[if mso]>x<![endif]-->",
                            "]>",

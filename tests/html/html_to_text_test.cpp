@@ -27,6 +27,21 @@ constexpr Page kPages[] = {
     {"joiners", "&zwnj;&nbsp;&zwnj; a &zwj;b&zwnj;c", "a b\u200Cc\n"},
     {"paragraphs", "<p>One</p>\n<p>Two<p>Three", "One\n\nTwo\n\nThree\n"},
     {"headings", "<div>a</div><h1>Big  news</h1><div>b</div>", "a\n\nBig news\n\nb\n"},
+    {"blank lines as editors write them",
+     "<div>a</div><div><br></div><div>b</div><div>&nbsp;</div><div>c<br></div>d<ul><li><br>e</ul>",
+     "a\n\nb\n\nc\nd\n\n- e\n"},
+    {"raised numbers", "10<sup>3</sup> m<sup>2</sup> 5<sup>th</sup> x<sup>*</sup>", "10^3 m2 5th x*\n"},
+    {"pictures and links are words of their own",
+     "<img alt=One><img alt=Two>three <a href=//x.example/1>four</a><a href=//x.example/2>five</a>, (<img alt=six>).",
+     "One Two three four <//x.example/1> five <//x.example/2>, (six).\n"},
+    {"a list behind a paragraph of its item", "<ul><li><p>a</p><ul><li><p>b</p></ul><li>c</ul>", "- a\n  - b\n- c\n"},
+    {"lists of word processors",
+     "<p>x<p style='mso-list:l0 level1 lfo1'><span style='mso-list:Ignore'>&middot;<span>&nbsp; </span></span>a</p>"
+     "<p style='margin:0;MSO-LIST: l0 level2 lfo1'><b style='mso-list:Ignore'>a)<i>&nbsp;</i></b>b<br>c</p>\n"
+     "<p style='mso-list:l0 level1 lfo1'><span style='mso-list:Ignore'>o </span>d<p>y"
+     "<p style='mso-list:l1 level1'>no sign<p style='mso-list:l1 level1'><span style='mso-list:Ignore'>1.<p>never "
+     "closed",
+     "x\n\n- a\n  a) b\n     c\n- d\n\ny\n\nno sign\n\nnever closed\n"},
     {"breaks", "a<br>b<br/><br>c<br><br><br><br><br>d<br>", "a\nb\n\nc\n\n\nd\n"},
     {"divisions", "<div><div>a</div></div><div>b</div>c", "a\nb\nc\n"},
     {"bullets", "<p>x</p><ul><li>one<li>two\n</li><li></li></ul><p>y</p>", "x\n\n- one\n- two\n\ny\n"},
@@ -71,17 +86,26 @@ constexpr Page kPages[] = {
      "<http://x.example/> Buy & go <http://y.example>\n"},
     {"link around nothing visible", "<a href='x.example'>&#8203;</a>", "<x.example>\n"},
     {"unclosed links", "<a href=http://a.example>a<a href=http://b.example>b",
-     "a <http://a.example>b <http://b.example>\n"},
+     "a <http://a.example> b <http://b.example>\n"},
     {"merge tags", "Dear $*MergeFirstName*$, <a href='https://x.example/?m=$*MergeEmail*$'>$*MergeTitle*$</a>",
-     "Dear $*MergeFirstName*$, $*MergeTitle*$ <https://x.example/?m=$*MergeEmail*$>\n"},
+     "Dear $*MergeFirstName*$, $*MergeTitle*$\n<https://x.example/?m=$*MergeEmail*$>\n"},
+    {"columns that arrange the page",
+     "<table><tr><td>Short<tr><td>A line that is longer than what stands in a list of facts or in an address."
+     "<tr><td><a href=//x.example>Go</a><tr><td>The end</table>after",
+     "Short\n\nA line that is longer than what stands in a list of facts or in an address.\n\nGo "
+     "<//x.example>\nThe end\n\nafter\n"},
+    {"long rows of a table of facts",
+     "x<table border=1><tr><td>a<td>b<tr><td>A line that is longer than what stands in a list of facts or in an "
+     "address.<tr><td>c</table>y",
+     "x\n\na  b\nA line that is longer than what stands in a list of facts or in an address.\nc\n\ny\n"},
     {"data table",
      "<table><tr><th>Item<th>Price</tr>\n<tr><td><p>Tea</p></td> <td><p>3 "
      "&euro;</p></td></tr><tr><td>Cake</td><td></td></tr></table>x",
-     "Item  Price\nTea  3 \u20AC\nCake\nx\n"},
+     "Item  Price\nTea  3 \u20AC\nCake\n\nx\n"},
     {"layout table", "<table><tr><td><h2>News</h2><p>a</p></td></tr><tr><td><p>b</p></td></tr></table>",
      "News\n\na\n\nb\n"},
     {"nested tables", "<table><tr><td>a</td><td><table><tr><td>b<td>c</tr></table></td></tr><tr><td>d</table>e",
-     "a\nb  c\n\nd\ne\n"},
+     "a\nb  c\n\nd\n\ne\n"},
     {"columns", "<table><tr><td><p>a</p><p>b</p></td><td><p>c</p></td></tr></table>", "a\n\nb\n\nc\n"},
     {"list in a cell", "<table><tr><td>a<td><ul><li>b</ul></tr></table>", "a\n\n- b\n"},
     {"preformatted", "x<pre>\n  a  b \n\n\n\n\tc\n  </pre>y", "x\n\n  a  b\n\n\n\n    c\n\ny\n"},
@@ -105,6 +129,27 @@ constexpr Page kPages[] = {
 
 TEST(HtmlToText, ReadsLikeThePage) {
   for (const Page& page : kPages) EXPECT_EQ(HtmlToText(page.html), page.text) << page.name;
+}
+
+TEST(HtmlToText, WrapsBetweenWordsUnderWhatStandsBeforeThem) {
+  constexpr Page kNarrow[] = {
+      {"words", "<p>one two three four five six seven eight", "one two three four five six\nseven eight\n"},
+      {"items and quotations",
+       "<ol start=9><li>one two three four five six seven<blockquote>one two three four five six</blockquote></ol>",
+       "9. one two three four five\n   six seven\n\n   > one two three four five\n   > six\n"},
+      {"addresses", "<p>at <a href=https://example.org/a/long/address/that/does/not/fit>the place</a>, there",
+       "at the place\n<https://example.org/a/long/address/that/does/not/fit>,\nthere\n"},
+      {"long words", "<p>x averyveryverylongwordwithoutanyplacetobreakit y",
+       "x\naveryveryverylongwordwithoutanyplacetobreakit\ny\n"},
+      {"tags", "<p>Dear reader and friend $*MergeFirstName*$, hello",
+       "Dear reader and friend\n$*MergeFirstName*$, hello\n"},
+      {"preformatted text", "<pre>a line that is longer than all of the others</pre>",
+       "a line that is longer than all of the others\n"},
+      {"wide characters",
+       "<p>\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u3002",
+       "\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\u8B1D\n\u8B1D\u3002\n"},
+  };
+  for (const Page& page : kNarrow) EXPECT_EQ(HtmlToText(page.html, 28), page.text) << page.name;
 }
 
 std::string Repeat(std::string_view unit, std::size_t bytes) {
@@ -184,13 +229,43 @@ TEST(HtmlToText, TakesLinearTimeOnHostilePages) {
 
 TEST(HtmlToText, LeavesNoBlanksAtLineEndsOfRandomPages) {
   std::mt19937 random(5);
-  const std::vector<std::string> alphabet = {
-      "<p>",  "</p>",       "<br>",     "<ul>",       "</ul>",  "<li>", "<blockquote>", "</blockquote>", "<table>",
-      "<tr>", "<td>",       "</table>", "<pre>",      "</pre>", " ",    "\n",           "&nbsp;",        "x",
-      "y",    "<a href=z>", "</a>",     "<b hidden>", "</b>",   "<hr>"};
+  const std::vector<std::string> alphabet = {"<p>",
+                                             "</p>",
+                                             "<br>",
+                                             "<ul>",
+                                             "</ul>",
+                                             "<li>",
+                                             "<blockquote>",
+                                             "</blockquote>",
+                                             "<table>",
+                                             "<tr>",
+                                             "<td>",
+                                             "</table>",
+                                             "<pre>",
+                                             "</pre>",
+                                             " ",
+                                             "\n",
+                                             "&nbsp;",
+                                             "x",
+                                             "y",
+                                             "<a href=z>",
+                                             "</a>",
+                                             "<b hidden>",
+                                             "</b>",
+                                             "<hr>",
+                                             "<div>",
+                                             "</div>",
+                                             "<th>",
+                                             "<table border=1>",
+                                             "<img alt=q>",
+                                             "<sup>",
+                                             "7",
+                                             "<p style='mso-list:l0 level3'>",
+                                             "<b style='mso-list:ignore'>",
+                                             "a line of words that is long enough to be wrapped "};
   for (int round = 0; round < 20000; ++round) {
     const std::string html = test::RandomText(random, alphabet, 40);
-    const std::string text = HtmlToText(html);
+    const std::string text = HtmlToText(html, round % 2 == 0 ? kTextColumns : 32);
     if (text.empty()) continue;
     ASSERT_EQ(text.find(" \n"), std::string::npos) << html;
     ASSERT_NE(text.front(), '\n') << html;

@@ -193,6 +193,13 @@ TEST_F(Messages, AreWhatTheAccountSays) {
       {"a message that has to be encoded is no message part", attach(mail, kNone), "Bob",
        with_file("mail.eml", "base64", "U3ViamVjdDogeAoK", "application/octet-stream"), ""},
       {"no MIME", bare(""), "Bob", "\nDear Bob\n", ""},
+      {"no MIME, made from HTML at the account's columns",
+       [](Letter& l) {
+         l.document.html = "<blockquote>one two three four five six seven eight nine ten eleven</blockquote>";
+         l.options.is_bare = true;
+         l.options.wrap = 32;
+       },
+       "Bob", "\n> one two three four five six\n> seven eight nine ten eleven\n", ""},
       {"no MIME, octets above 127", bare(""), "J\xC3\xBCrgen", "\nDear J\xC3\xBCrgen\n",
        mime + part("quoted-printable", "Dear J=C3=BCrgen")},
       {"no MIME, an attachment", bare(picture), "J\xC3\xBCrgen",

@@ -10,6 +10,7 @@ from charsets import decode, holds, unreferenced
 from composing import PNG, merged
 
 BARE_WIDTH = 110  # where lines are cut that cannot be encoded, as without MIME
+MADE_WIDTH = 76  # where the lines of a text are broken that is made from HTML
 
 
 def sha256(octets):
@@ -91,7 +92,7 @@ class Expected:
             text = merged(row.text(), person)
             made = row.is_html and row["text_part"] == "1"  # from the HTML, which has its own white space
             cut = row["format"] == "Plain" and max(map(len, text.encode("utf-8").split(b"\n"))) > 900
-            width = row.width or (BARE_WIDTH if cut else None)
+            width = row.width or (MADE_WIDTH if made else BARE_WIDTH if cut else None)
             yield Body("text/plain", text, self.charset_of(text), wrapped or made or cut, width)
         if row.is_html:
             yield Body("text/html", merged(row.html(), person), row.sample["mime"], wrapped)
