@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <set>
 #include <vector>
@@ -16,16 +17,6 @@ namespace quillcast::document {
 namespace {
 
 namespace fs = std::filesystem;
-
-// As an address: what could end it or mean something in it is written as percent and two digits.
-std::string AsAddress(std::string_view path) {
-  std::string address;
-  for (const char c : path) {
-    const bool is_plain = platform::AsciiIsAlnum(c) || c == '-' || c == '.' || c == '_' || c == '/';
-    address += is_plain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
-  }
-  return address;
-}
 
 // What cannot be read is like nothing.
 bool AreAlike(const fs::path& one, const fs::path& other) {
@@ -56,6 +47,8 @@ Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
   return copy;
 }
 
+std::string FileAddress(const fs::path& file) { return "file://" + platform::PercentEncoded(file.string()); }
+
 Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
                                       const PicturePlaces& places, const fs::path& target, TakenPictures& taken) {
   const fs::path root = (import_folder / "").lexically_normal().parent_path();
@@ -73,7 +66,7 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
     if (!is_there && !taken.contains(file)) continue;
     if (is_there && !places.Hold(file)) {
       if (!loses_its_folder) continue;
-      replacements.push_back("file://" + AsAddress(file.string()));
+      replacements.push_back(FileAddress(file));
       references.push_back(std::move(reference));
       continue;
     }
@@ -82,10 +75,50 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
       if (!copy) return copy.error();
       taken[file] = copy->filename().string();
     }
-    replacements.push_back(AsAddress(folder + '/' + taken[file]));
+    replacements.push_back(platform::PercentEncoded(folder + '/' + taken[file]));
     references.push_back(std::move(reference));
   }
   return references.empty() ? std::string(html) : html::RewriteReferences(html, references, replacements);
+}
+
+namespace {
+
+// The HTML with each picture's address as `address_of` gives it for the file; empty for one that stays as it is.
+Result<std::string> WithAddresses(
+    std::string_view html, const fs::path& base,
+    const std::function<Result<std::string>(const fs::path& file, bool relative)>& address_of) {
+  const auto references = html::FindLocalPictures(html);
+  std::vector<std::string> addresses;
+  for (const auto& reference : references) {
+    const bool relative = fs::path(reference.path).is_relative();
+    auto address = relative && base.empty() ? Result<std::string>(std::string())
+                                            : address_of((base / reference.path).lexically_normal(), relative);
+    if (!address) return address.error();
+    addresses.push_back(std::move(*address));
+  }
+  return html::RewriteReferences(html, references, addresses);
+}
+
+}  // namespace
+
+Result<std::string> CopyPictures(std::string_view html, const fs::path& base, const PicturePlaces& places,
+                                 const PictureFolder& target) {
+  const auto real_folders = places.RealFolders();
+  return WithAddresses(html, base, [&](const fs::path& file, bool relative) -> Result<std::string> {
+    if (!fs::is_regular_file(file, IgnoreErrors()) || !places.Hold(file, real_folders)) {
+      return relative ? FileAddress(file) : std::string();
+    }
+    const auto copy = KeepPicture(file, target.folder);
+    if (!copy) return copy.error();
+    return target.address + platform::PercentEncoded('/' + copy->filename().string());
+  });
+}
+
+std::string WithAbsolutePictures(std::string_view html, const fs::path& base) {
+  auto absolute = WithAddresses(html, base, [](const fs::path& file, bool relative) {
+    return Result<std::string>(relative ? FileAddress(file) : std::string());
+  });
+  return *std::move(absolute);  // nothing is copied that could fail
 }
 
 }  // namespace quillcast::document

@@ -30,4 +30,21 @@ Result<std::string> TakePicturesAlong(std::string_view html, const std::filesyst
 // file that has been copied there before is that copy.
 Result<std::filesystem::path> KeepPicture(const std::filesystem::path& file, const std::filesystem::path& folder);
 
+// The address that names a file of this machine from anywhere.
+std::string FileAddress(const std::filesystem::path& file);
+
+// Where copies go, and what the HTML calls that folder, without a "/" at the end.
+struct PictureFolder {
+  std::filesystem::path folder;
+  std::string address;
+};
+
+// For HTML that is kept apart from where it came from, at `base`: copies the pictures that lie in `places` and gives
+// the HTML that names the copies. Another one stays where it is; where its reference is relative, it becomes absolute.
+Result<std::string> CopyPictures(std::string_view html, const std::filesystem::path& base, const PicturePlaces& places,
+                                 const PictureFolder& target);
+
+// The HTML as it can be read from anywhere: relative references to files, which start from `base`, become absolute.
+std::string WithAbsolutePictures(std::string_view html, const std::filesystem::path& base);
+
 }  // namespace quillcast::document

@@ -2,26 +2,20 @@
 
 #include <fmt/format.h>
 
+#include "document/number_rules.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
 namespace {
 
-struct Rule {
-  const std::string TableChoice::*field;
-  std::int64_t lowest;
-  const char* name;
-  TableBox box;
-};
-
-constexpr auto kRules = std::to_array<Rule>({
-    {&TableChoice::border, 1, "border", TableBox::kBorder},
-    {&TableChoice::spacing, 0, "spacing", TableBox::kSpacing},
-    {&TableChoice::padding, 0, "padding", TableBox::kPadding},
-    {&TableChoice::rows, 1, "row", TableBox::kRows},
-    {&TableChoice::columns, 1, "column", TableBox::kColumns},
-});
 constexpr std::int64_t kHighest = 99;
+constexpr auto kRules = std::to_array<NumberRule<TableChoice, TableBox>>({
+    {&TableChoice::border, "border", TableBox::kBorder, 1, kHighest, Digits::kWithFraction},
+    {&TableChoice::spacing, "spacing", TableBox::kSpacing, 0, kHighest, Digits::kWithFraction},
+    {&TableChoice::padding, "padding", TableBox::kPadding, 0, kHighest, Digits::kWithFraction},
+    {&TableChoice::rows, "row", TableBox::kRows, 1, kHighest, Digits::kWhole},
+    {&TableChoice::columns, "column", TableBox::kColumns, 1, kHighest, Digits::kWhole},
+});
 
 std::string Repeated(const std::string& text, const std::string& times) {
   std::string repeated;
@@ -32,14 +26,7 @@ std::string Repeated(const std::string& text, const std::string& times) {
 }  // namespace
 
 std::optional<Complaint<TableBox>> CheckTable(const TableChoice& choice) {
-  for (const Rule& rule : kRules) {
-    const std::string& text = choice.*rule.field;
-    if (text.empty()) return Complaint<TableBox>{fmt::format("Please enter your {}.", rule.name), rule.box};
-    if (!platform::WholeNumberBetween(text, rule.lowest, kHighest)) {
-      return Complaint<TableBox>{fmt::format("Please enter a valid {}.", rule.name), rule.box};
-    }
-  }
-  return {};
+  return CheckNumbers<TableChoice, TableBox>(choice, kRules);
 }
 
 std::string TableHtml(const TableChoice& choice) {

@@ -189,6 +189,15 @@ Result<void> ReplaceFile(const fs::path& path, const std::function<Result<void>(
   return placed ? Result<void>() : placed.error();
 }
 
+Result<bool> WriteFileIfAbsent(const fs::path& path, std::string_view content) {
+  return WriteAndPlace(path, PlaceIfAbsent, [&](int fd) { return WriteAll(fd, path, content); });
+}
+
+Result<bool> RenameIfAbsent(const fs::path& from, const fs::path& to) {
+  if (PlaceIfAbsent(from.c_str(), to.c_str()) == 0) return true;
+  return errno == EEXIST ? Result<bool>(false) : SystemError("rename", from, errno);
+}
+
 Result<void> CopyFile(const fs::path& from, const fs::path& to) {
   const auto source = OpenForReading(from);
   if (!source) return source.error();

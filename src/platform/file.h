@@ -72,6 +72,12 @@ Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view con
 // takes the name when it succeeds and is removed when it fails.
 Result<void> ReplaceFile(const std::filesystem::path& path, const std::function<Result<void>(int fd)>& write);
 
+// The same where nothing stands at `path`; what does is never replaced: false then.
+Result<bool> WriteFileIfAbsent(const std::filesystem::path& path, std::string_view content);
+
+// Another name in the same file system, where nothing has it yet: false else.
+Result<bool> RenameIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to);
+
 // A copy of the content, put under the name `to` in the same way.
 Result<void> CopyFile(const std::filesystem::path& from, const std::filesystem::path& to);
 

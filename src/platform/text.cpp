@@ -92,6 +92,15 @@ std::optional<std::string> PercentDecoded(std::string_view text) {
   return out;
 }
 
+std::string PercentEncoded(std::string_view text) {
+  std::string out;
+  for (const char c : text) {
+    const bool is_plain = AsciiIsAlnum(c) || std::string_view("-._/").find(c) != std::string_view::npos;
+    out += is_plain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
+  }
+  return out;
+}
+
 std::string DigitsOf(std::string_view text) {
   std::string digits;
   std::copy_if(text.begin(), text.end(), std::back_inserter(digits), [](char c) { return c >= '0' && c <= '9'; });
@@ -111,6 +120,15 @@ std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64
   if (Trim(text) != text) return {};
   const auto number = ParseWholeNumber(text);
   return number && *number >= low && *number <= high ? number : std::nullopt;
+}
+
+bool IsNumberBetween(std::string_view text, std::int64_t low, std::int64_t high) {
+  const std::size_t point = std::min(text.find('.'), text.size());
+  const auto whole = WholeNumberBetween(text.substr(0, point), low, high);
+  if (!whole || point == text.size()) return whole.has_value();
+  const std::string_view fraction = text.substr(point + 1);
+  if (fraction.empty() || DigitsOf(fraction) != fraction) return false;
+  return *whole < high || fraction.find_first_not_of('0') == std::string_view::npos;
 }
 
 std::string WithThousands(std::int64_t number) {

@@ -35,6 +35,9 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
 // Nothing where a byte would be 0.
 std::optional<std::string> PercentDecoded(std::string_view text);
 
+// The same backwards: each byte but letters, digits and "-._/" as "%41", so that nothing in it can end an address.
+std::string PercentEncoded(std::string_view text);
+
 // The ASCII digits of a text, one after the other.
 std::string DigitsOf(std::string_view text);
 
@@ -44,6 +47,9 @@ std::optional<std::int64_t> ParseWholeNumber(std::string_view text);
 
 // The same without blanks around it, when it lies within the bounds: what a person typed where only digits may stand.
 std::optional<std::int64_t> WholeNumberBetween(std::string_view text, std::int64_t low, std::int64_t high);
+
+// Whether it is a number as a person types it, ASCII digits with an optional fraction ("2.5"), within the bounds.
+bool IsNumberBetween(std::string_view text, std::int64_t low, std::int64_t high);
 
 // "1,234,567".
 std::string WithThousands(std::int64_t number);

@@ -13,6 +13,15 @@ Result<std::string> SenderText(const SettingsStore& settings) {
   return *name + " <" + *email + ">";
 }
 
+Result<std::optional<std::string>> SignatureOfNewDocument(const SettingsStore& settings) {
+  const auto status = settings.Read(kSignatureSection, kSignatureStatus, "0");
+  if (!status) return status.error();
+  if (platform::ParseWholeNumber(*status) != 1) return std::optional<std::string>();
+  auto html = settings.Read(kSignatureSection, kSignatureMessage, "");
+  if (!html) return html.error();
+  return std::optional<std::string>(std::move(*html));
+}
+
 Result<MainWindowContents> LoadMainWindow(const SettingsStore& settings, std::vector<std::string> group_names) {
   MainWindowContents contents;
   auto from = SenderText(settings);
@@ -20,13 +29,9 @@ Result<MainWindowContents> LoadMainWindow(const SettingsStore& settings, std::ve
   contents.from = std::move(*from);
   contents.groups = std::move(group_names);
 
-  const auto signature = settings.Read("Signature", "Status", "0");
+  auto signature = SignatureOfNewDocument(settings);
   if (!signature) return signature.error();
-  if (platform::ParseWholeNumber(*signature) == 1) {
-    auto html = settings.Read("Signature", "Message", "");
-    if (!html) return html.error();
-    contents.signature_html = std::move(*html);
-  }
+  contents.signature_html = std::move(*signature);
 
   auto method = settings.Read("Account", "Method", "Personal");
   if (!method) return method.error();

@@ -29,6 +29,15 @@ struct MainWindowContents {
 // "Name <Email>", or empty when one of the two is.
 Result<std::string> SenderText(const SettingsStore& settings);
 
+// Where the signature is kept; document/signature writes it.
+inline constexpr const char* kSignatureSection = "Signature";
+inline constexpr const char* kSignatureStatus = "Status";
+inline constexpr const char* kSignatureMessage = "Message";
+
+// What a new document starts with; nothing while the signature is off. Where none was saved it is the empty text: the
+// built-in one, which its dialog shows, is never put into a message unasked.
+Result<std::optional<std::string>> SignatureOfNewDocument(const SettingsStore& settings);
+
 // `group_names` come in the order of the store. Fails only when the settings file is there and cannot be read.
 Result<MainWindowContents> LoadMainWindow(const SettingsStore& settings, std::vector<std::string> group_names);
 
