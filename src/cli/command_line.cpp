@@ -62,6 +62,9 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddFindCommand(app, context);
   AddImportCommand(app, context);
   AddExportCommand(app, context);
+  AddComposeCommand(app, context);
+  AddTemplateCommand(app, context);
+  AddSignatureCommand(app, context);
   AddPreviewCommand(app, context);
   AddPropertiesCommand(app, context);
   AddSendCommand(app, context);

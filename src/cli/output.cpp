@@ -33,6 +33,10 @@ void Output::Line(std::string_view text) const {
   if (!json) Print(stdout, ForTerminal(text) + "\n");
 }
 
+void Output::Html(std::string_view html) const {
+  if (!json) Print(stdout, ::isatty(STDOUT_FILENO) != 0 ? ForTerminal(html) : std::string(html));
+}
+
 void Output::Columns(const std::vector<std::string>& texts) const {
   if (json) return;
   std::string line;

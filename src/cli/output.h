@@ -28,6 +28,8 @@ class Output {
 
   // A result for people; nothing with --json. A line end is added.
   void Line(std::string_view text) const;
+  // HTML as it is, for a file or another program; a terminal gets it made safe. Nothing with --json.
+  void Html(std::string_view html) const;
   // One line of several texts, parted by tabs; none of their own is shown.
   void Columns(const std::vector<std::string>& texts) const;
   // A result for programs, one object a line; nothing without --json.
