@@ -36,7 +36,7 @@ int RunGet(Context& context) {
 // Its pictures are copied among the program's own, for a message without a file finds none beside itself.
 Result<std::string> HtmlFrom(const std::string& file, const profile::Folders& folders) {
   const auto html = document::ReadHtmlToKeep(file);
-  if (!html) return html;
+  if (!html) return html.error();
   const fs::path folder = fs::absolute(file, IgnoreErrors()).parent_path();
   return document::CopyPictures(*html, folder, document::PicturePlaces(folders).WithOwnFolder(folder),
                                 {folders.Pictures(), document::FileAddress(folders.Pictures())});

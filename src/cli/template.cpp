@@ -26,10 +26,11 @@ struct TemplateOptions {
 
 OwnTemplates OwnOf(const Context& context) { return OwnTemplates(context.Folders().Templates()); }
 
-int Conclude(Context& context, const Result<void>& done, const std::string& told, nlohmann::ordered_json object) {
+int Conclude(Context& context, const Result<void>& done, const std::string& told,
+             const nlohmann::ordered_json& object) {
   if (!done) return context.output.Fail(done.error());
   context.output.Line(told);
-  context.output.Object(std::move(object));
+  context.output.Object(object);
   return 0;
 }
 
