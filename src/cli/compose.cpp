@@ -158,7 +158,7 @@ void AddTemplate(CLI::App& compose, Context& context) {
 void AddComposeCommand(CLI::App& app, Context& context) {
   auto* compose = app.add_subcommand("compose", "Pieces of a letter, and whole letters to begin with, as HTML");
   compose->require_subcommand(1);
-  compose->footer("Example:\n  quillcast compose line --width 50 >> letter.html");
+  compose->footer("Example: quillcast compose line --width 50 >> letter.html");
   AddLine(*compose, context);
   AddTable(*compose, context);
   AddDate(*compose, context);

@@ -85,7 +85,7 @@ int RunReset(Context& context) {
 void AddSignatureCommand(CLI::App& app, Context& context) {
   auto* signature = app.add_subcommand("signature", "What new messages in the window start with");
   signature->require_subcommand(1);
-  signature->footer("Example:\n  quillcast signature set signature.html --on");
+  signature->footer("Example: quillcast signature set signature.html --on");
 
   auto* get = signature->add_subcommand("get", "The signature as HTML, and whether it is on");
   get->footer("Example:\n  quillcast signature get > signature.html");

@@ -142,8 +142,7 @@ void AddArgument(CLI::App& command, TemplateOptions& options, std::string_view a
 void AddTemplateCommand(CLI::App& app, Context& context) {
   auto* group = app.add_subcommand("template", "The five designs, and the letters that you keep to begin others from");
   group->require_subcommand(1);
-  group->footer(
-      "Example:\n  quillcast template save Monthly letter.html\n  quillcast compose template Monthly > june.html");
+  group->footer("Example: quillcast template save Monthly letter.html");
   auto* list = group->add_subcommand("list", "The designs and your own");
   list->footer("Example:\n  quillcast template list");
   OnRun(*list, context, RunList);
