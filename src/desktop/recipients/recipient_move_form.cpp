@@ -3,14 +3,11 @@
 #include <QComboBox>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTimer>
-#include <atomic>
 
 #include "desktop/recipients/group_new_form.h"
-#include "desktop/widgets/count_bar.h"
+#include "desktop/recipients/work_panel.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
-#include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
@@ -20,16 +17,10 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kTick = 100;              // milliseconds
 constexpr int kDuplicatesHeight = 120;  // pixels
 constexpr int kNarrowestWindow = 460;
 
 }  // namespace
-
-struct RecipientMoveForm::Progress {
-  std::atomic<std::int64_t> done = 0;
-  std::atomic<std::int64_t> total = 0;
-};
 
 RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString from, std::vector<std::int64_t> keys,
                                      QWidget* parent)
@@ -37,8 +28,6 @@ RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString fr
       program_(program),
       from_(std::move(from)),
       keys_(std::move(keys)),
-      task_(new BackgroundTask(this)),
-      tick_(new QTimer(this)),
       group_(new QComboBox(this)),
       new_group_(new QPushButton(tr("&New Group…"), this)),
       move_(new QRadioButton(tr("&Move them: they leave “%1”").arg(from_), this)),
@@ -47,20 +36,17 @@ RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString fr
           "DuplicatesList", tr("There already"), {{}},
           [this](std::size_t row, int) { return ToQt(platform::Printable(duplicate_entries_[row])); }, this)),
       status_(new StatusLine(this)),
-      progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
-      bar_(progress_->AddBar("ProgressBar", tr("Recipients done:"))),
+      work_(new WorkPanel(program, this)),
       ok_(new QPushButton(tr("OK"), this)) {
   MakeWindow();
   connect(new_group_, &QPushButton::clicked, this, &RecipientMoveForm::MakeGroup);
   connect(ok_, &QPushButton::clicked, this, &RecipientMoveForm::accept);
-  connect(progress_, &ProgressPanel::Pressed, this, &RecipientMoveForm::reject);
-  connect(tick_, &QTimer::timeout, this,
-          [this] { bar_->Count(static_cast<std::uint64_t>(seen_->done), static_cast<std::uint64_t>(seen_->total)); });
+  connect(work_, &WorkPanel::Closing, this, &RecipientMoveForm::reject);
+  connect(work_, &WorkPanel::Started, this, [this] { EnableControls(false); });
+  connect(work_, &WorkPanel::Ended, this, [this] { EnableControls(true); });
   ShowGroups();
   group_->setFocus();
 }
-
-RecipientMoveForm::~RecipientMoveForm() = default;
 
 void RecipientMoveForm::MakeWindow() {
   setObjectName("RecipientMoveForm");
@@ -76,8 +62,8 @@ void RecipientMoveForm::MakeWindow() {
   AddTarget(column);
   column->Add(status_);
   column->Add(duplicates_);
-  progress_->AddBeside(ok_);
-  column->Add(progress_);
+  work_->AddBeside(ok_);
+  column->Add(work_);
   status_->Say(Counted(static_cast<std::int64_t>(keys_.size()), tr("1 recipient of “%1”.").arg(from_),
                        tr("%1 recipients of “%2”.").arg("%1", from_)));
 }
@@ -122,37 +108,22 @@ void RecipientMoveForm::accept() {
 }
 
 void RecipientMoveForm::Start(bool moves, const std::string& to) {
-  seen_ = std::make_shared<Progress>();
-  task_->Start([this, moves, to, from = FromQt(from_), keys = keys_, file = program_.folders.Database(),
-                seen = seen_](const platform::CancelToken& cancel) {
-    const recipients::RecipientStore store(file, {.cancel = &cancel});
-    const auto see = [seen](std::int64_t done, std::int64_t total) {
-      seen->total = total;
-      seen->done = done;
-    };
-    const auto outcome = moves ? recipients::MoveRecipients(store, from, to, keys, see)
-                               : recipients::CopyRecipients(store, from, to, keys, see);
-    return [this, moves, to, outcome] { End(moves, ToQt(to), outcome); };
-  });
-  tick_->start(kTick);
-  EnableControls();
+  work_->Run<recipients::MoveOutcome>(
+      [moves, to, from = FromQt(from_), keys = keys_](recipients::RecipientStore& store,
+                                                      const recipients::OnProgress& progress) {
+        return moves ? recipients::MoveRecipients(store, from, to, keys, progress)
+                     : recipients::CopyRecipients(store, from, to, keys, progress);
+      },
+      [this, moves, to](const Result<recipients::MoveOutcome>& outcome) { End(moves, ToQt(to), outcome); });
 }
 
 void RecipientMoveForm::End(bool moves, const QString& to, const Result<recipients::MoveOutcome>& outcome) {
-  tick_->stop();
-  bar_->Count(0, 0);
-  if (!outcome) {
-    EnableControls();
-    return status_->Fail(outcome.error());
-  }
+  if (!outcome) return status_->Fail(outcome.error());
   has_moved_ = moves && outcome->done > 0;
   const QString one = moves ? tr("1 recipient was moved to “%1”.") : tr("1 recipient was copied to “%1”.");
   const QString many = moves ? tr("%1 recipients were moved to “%2”.") : tr("%1 recipients were copied to “%2”.");
   said_ = Counted(outcome->done, one.arg(to), many.arg("%1", to));
-  if (outcome->duplicates == 0) return QDialog::accept();
-  is_done_ = true;
-  ShowDuplicates(*outcome);
-  EnableControls();
+  outcome->duplicates == 0 ? QDialog::accept() : ShowDuplicates(*outcome);
 }
 
 void RecipientMoveForm::ShowDuplicates(const recipients::MoveOutcome& outcome) {
@@ -161,18 +132,18 @@ void RecipientMoveForm::ShowDuplicates(const recipients::MoveOutcome& outcome) {
   duplicate_entries_ = outcome.duplicate_entries;
   duplicates_->Reset(duplicate_entries_.size());
   duplicates_->show();
-  progress_->button()->setText(tr("Close"));
-  progress_->button()->setFocus();
+  EnableControls(false);
+  work_->button()->setText(tr("Close"));
+  work_->button()->setFocus();
 }
 
-void RecipientMoveForm::EnableControls() {
-  const bool is_idle = !task_->is_running() && !is_done_;
+void RecipientMoveForm::EnableControls(bool enabled) {
   for (QWidget* control : std::initializer_list<QWidget*>{group_, new_group_, move_, copy_, ok_})
-    control->setEnabled(is_idle);
+    control->setEnabled(enabled);
 }
 
 void RecipientMoveForm::reject() {
-  if (task_->is_running()) return task_->Cancel();
+  if (work_->is_working()) return work_->Cancel();
   QDialog::reject();
 }
 

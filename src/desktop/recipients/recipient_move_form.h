@@ -3,33 +3,28 @@
 
 #include <QDialog>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <vector>
 
-#include "desktop/widgets/background_task.h"
 #include "profile/program.h"
 #include "recipients/edit/move_recipients.h"
 
 class QComboBox;
 class QPushButton;
 class QRadioButton;
-class QTimer;
 
 namespace quillcast::desktop {
 
-class CountBar;
 class FormColumn;
-class ProgressPanel;
 class RowList;
 class StatusLine;
+class WorkPanel;
 
 class RecipientMoveForm final : public QDialog {
   Q_OBJECT
  public:
   // `keys` are those of recipients of the group.
   RecipientMoveForm(const profile::Program& program, QString from, std::vector<std::int64_t> keys, QWidget* parent);
-  ~RecipientMoveForm() override;
 
   // What was done, for whoever opened this; empty where nothing was.
   const QString& said() const { return said_; }
@@ -45,8 +40,6 @@ class RecipientMoveForm final : public QDialog {
   void reject() override;
 
  private:
-  struct Progress;
-
   void MakeWindow();
   void AddTarget(FormColumn* column);
   void ShowGroups();
@@ -54,28 +47,23 @@ class RecipientMoveForm final : public QDialog {
   void Start(bool moves, const std::string& to);
   void End(bool moves, const QString& to, const Result<recipients::MoveOutcome>& outcome);
   void ShowDuplicates(const recipients::MoveOutcome& outcome);
-  void EnableControls();
+  void EnableControls(bool enabled);
 
   const profile::Program& program_;
   const QString from_;
   const std::vector<std::int64_t> keys_;
-  BackgroundTask* task_;
-  QTimer* tick_;
   QComboBox* group_;
   QPushButton* new_group_;
   QRadioButton* move_;
   QRadioButton* copy_;
   RowList* duplicates_;
   StatusLine* status_;
-  ProgressPanel* progress_;
-  CountBar* bar_;
+  WorkPanel* work_;
   QPushButton* ok_;
-  std::shared_ptr<Progress> seen_;  // shared with the thread that works
   std::vector<std::string> duplicate_entries_;
   QString said_;
   bool has_moved_ = false;
   bool has_made_group_ = false;
-  bool is_done_ = false;
 };
 
 }  // namespace quillcast::desktop
