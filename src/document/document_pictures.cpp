@@ -28,19 +28,20 @@ bool AreAlike(const fs::path& one, const fs::path& other) {
          std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
 }
 
-// A name for a copy of the file in the folder: that of a copy which is there already, or one that nothing has.
-std::string NameIn(const fs::path& folder, const fs::path& file) {
-  std::string name = file.filename().string();
-  for (int number = 2; fs::exists(folder / name, IgnoreErrors()) && !AreAlike(file, folder / name); ++number) {
-    name = fmt::format("{} ({}){}", file.stem().string(), number, file.extension().string());
+// The place for a copy under that name: that of a copy which is there already, or one that nothing has.
+template <typename IsCopy>
+fs::path PlaceIn(const fs::path& folder, const fs::path& wanted, const IsCopy& is_copy) {
+  fs::path place = folder / wanted.filename();
+  for (int number = 2; fs::exists(place, IgnoreErrors()) && !is_copy(place); ++number) {
+    place = folder / fmt::format("{} ({}){}", wanted.stem().string(), number, wanted.extension().string());
   }
-  return name;
+  return place;
 }
 
 }  // namespace
 
 Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
-  const fs::path copy = folder / NameIn(folder, file);
+  const fs::path copy = PlaceIn(folder, file, [&](const fs::path& other) { return AreAlike(file, other); });
   auto made = platform::EnsureFolder(folder);
   if (made) made = platform::CopyFile(file, copy);
   if (!made) return made.error();
@@ -48,6 +49,17 @@ Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
 }
 
 std::string FileAddress(const fs::path& file) { return "file://" + platform::PercentEncoded(file.string()); }
+
+Result<fs::path> KeepPicture(std::string_view bytes, const std::string& name, const fs::path& folder) {
+  const fs::path copy = PlaceIn(folder, name, [&](const fs::path& other) {
+    const auto content = platform::ReadFile(other, bytes.size());
+    return content && *content == bytes;
+  });
+  auto made = platform::EnsureFolder(folder);
+  if (made) made = platform::ReplaceFile(copy, bytes);
+  if (!made) return made.error();
+  return copy;
+}
 
 Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
                                       const PicturePlaces& places, const fs::path& target, TakenPictures& taken) {

@@ -29,6 +29,9 @@ Result<std::string> TakePicturesAlong(std::string_view html, const std::filesyst
 // Copies a picture that the person picked into the folder, under its own name where that is free, and gives the copy. A
 // file that has been copied there before is that copy.
 Result<std::filesystem::path> KeepPicture(const std::filesystem::path& file, const std::filesystem::path& folder);
+// The same of a picture that the program made out of one, under such a name.
+Result<std::filesystem::path> KeepPicture(std::string_view bytes, const std::string& name,
+                                          const std::filesystem::path& folder);
 
 // The address that names a file of this machine from anywhere.
 std::string FileAddress(const std::filesystem::path& file);

@@ -1,6 +1,7 @@
 #include "document/edited_document.h"
 
 #include "platform/file_attributes.h"
+#include "platform/text.h"
 
 namespace quillcast::document {
 namespace {
@@ -24,6 +25,11 @@ Result<bool> SaveInto(EditedDocument& document, const fs::path& file, platform::
 }
 
 }  // namespace
+
+bool IsNamedAsDocument(const fs::path& file) {
+  const std::string ending = platform::AsciiLower(file.extension().string());
+  return ending == ".html" || ending == ".htm" || ending == ".txt";
+}
 
 Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
   if (!document.HasUnsavedChanges()) return SaveDecision::kGoOn;

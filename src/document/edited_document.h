@@ -10,6 +10,9 @@ namespace quillcast::document {
 
 inline constexpr const char* kDocumentFilter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*";
 
+// Whether a file that is dropped on the window is one to open, by its ending: .html, .htm or .txt.
+bool IsNamedAsDocument(const std::filesystem::path& file);
+
 // The document that is being edited, as far as saving it goes.
 class EditedDocument {
  public:

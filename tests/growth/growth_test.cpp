@@ -12,8 +12,10 @@
 #include "charset/charset.h"
 #include "document/body_file.h"
 #include "document/body_source.h"
+#include "document/cut_picture.h"
 #include "document/declared_charset.h"
 #include "document/document_look.h"
+#include "document/link_choice.h"
 #include "document/mailto.h"
 #include "document/merge_pieces.h"
 #include "document/message_document.h"
@@ -380,6 +382,9 @@ TEST(Growth, OfReadingText) {
        {"CompareText", [](const std::string& text) { return recipients::CompareText(text, text + "x"); }},
        {"ReadMailto", [](const std::string& text) { return document::ReadMailto("mailto:" + text); }},
        {"mailto fields", [](const std::string& text) { return document::ReadMailto("mailto:?" + text); }},
+       {"ReadLink", [](const std::string& text) { return document::ReadLink("mailto:" + text).address; }},
+       {"a JPEG file", [](const std::string& text) { document::IsCutShort("\xFF\xD8\xFF\xDA\0\2" + text); }},
+       {"a PNG file", [](const std::string& text) { document::IsCutShort("\x89PNG\r\n\x1A\n" + text); }},
        {"HashText", [](const std::string& text) { return recipients::HashText(text); }},
        {"AppendUnstructured", Header([=](std::string& out, const std::string& text) {
           mime::AppendUnstructured(out, "Subject", mime::HeaderText(text), utf8, kNone);

@@ -1,0 +1,56 @@
+#include "document/picture_choice.h"
+
+#include <fmt/format.h>
+
+#include "document/picture_sizes.h"
+#include "platform/text.h"
+
+namespace quillcast::document {
+namespace {
+
+struct Rule {
+  const std::string PictureChoice::*field;
+  std::int64_t lowest;
+  std::int64_t highest;
+  const char* name;
+  PictureBox box;
+};
+
+constexpr auto kRules = std::to_array<Rule>({
+    {&PictureChoice::width, 1, 9999, "width", PictureBox::kWidth},
+    {&PictureChoice::height, 1, 9999, "height", PictureBox::kHeight},
+    {&PictureChoice::border, 0, 99, "border", PictureBox::kBorder},
+});
+
+std::string Escaped(std::string_view text) {
+  std::string escaped = platform::ReplaceAll(text, "&", "&amp;");
+  escaped = platform::ReplaceAll(escaped, "\"", "&quot;");
+  return platform::ReplaceAll(platform::ReplaceAll(escaped, "<", "&lt;"), ">", "&gt;");
+}
+
+int Number(const std::string& text) {
+  return static_cast<int>(platform::WholeNumberBetween(text, 0, 9999).value_or(0));
+}
+
+}  // namespace
+
+std::optional<Complaint<PictureBox>> CheckPicture(const PictureChoice& choice) {
+  for (const Rule& rule : kRules) {
+    const std::string& text = choice.*rule.field;
+    if (text.empty()) return Complaint<PictureBox>{fmt::format("Please enter your {}.", rule.name), rule.box};
+    if (!platform::WholeNumberBetween(text, rule.lowest, rule.highest)) {
+      return Complaint<PictureBox>{fmt::format("Please enter a valid {}.", rule.name), rule.box};
+    }
+  }
+  return {};
+}
+
+std::string PictureHtml(std::string_view address, const PictureChoice& choice, profile::PixelSize natural) {
+  const bool keeps = KeepsRatio({Number(choice.width), Number(choice.height)}, natural);
+  std::string html = fmt::format(R"(<img src="{}" alt="{}" width="{}" height="{}" border="{}")", Escaped(address),
+                                 Escaped(choice.alternative), choice.width, choice.height, choice.border);
+  if (!choice.align.empty()) html += fmt::format(" align=\"{}\"", platform::AsciiLower(choice.align));
+  return html + (keeps ? " style=\"max-width: 100%; height: auto;\">" : " style=\"max-width: 100%;\">");
+}
+
+}  // namespace quillcast::document
