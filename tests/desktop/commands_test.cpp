@@ -1,8 +1,9 @@
 // The commands of the main window: each row of their table done once, and the ways that lead to it.
 #include <QAction>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QDialogButtonBox>
-#include <QFontDialog>
+#include <QImage>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -62,6 +63,9 @@ constexpr auto kRows = std::to_array<Row>({
     {kSelectAll, {13}, "selected: ab", kTyped},
     {kFind, {14, 93}, "keys: FindTextBox"},
     {kSource, {}, "keys: SourceTextBox"},
+    {kZoomIn, {}, "says: Zoom: 110 %"},
+    {kZoomOut, {}, "says: Zoom: 90 %"},
+    {kZoomReset, {}, "says: Zoom: 100 %"},
     {kDateTime, {15}, kNotBuilt},
     {kTemplate, {16}, kNotBuilt},
     {kAddAttachment, {17}, "open: File Attachment"},
@@ -84,13 +88,19 @@ constexpr auto kRows = std::to_array<Row>({
     {kMergeAdditional1, {105}, "body: <p>$*MergeField1*$</p>"},
     {kMergeAdditional2, {106}, "body: <p>$*MergeField2*$</p>"},
     {kMergeAdditional3, {107}, "body: <p>$*MergeField3*$</p>"},
-    {kPicture, {23}, "open: Picture"},
+    {kPicture, {23}, "PictureForm"},
     {kHyperlink, {24}, "LinkForm"},
     {kLine, {21}, kNotBuilt},
     {kTable, {22}, "TableForm"},
-    {kFont, {19}, "QFontDialog"},
+    {kFont, {19}, "FontForm"},
     {kTextColour, {}, "QColorDialog"},
     {kBody, {20}, kNotBuilt},
+    {kNormal, {}, "body: <p>one</p>", "<h2>one</h2>"},
+    {kHeading1, {}, "body: <h1>one</h1>"},
+    {kHeading2, {}, "body: <h2>one</h2>"},
+    {kHeading3, {}, "body: <h3>one</h3>"},
+    {kQuote, {}, "body: <blockquote>one</blockquote>"},
+    {kPreformatted, {}, "body: <pre>one</pre>"},
     {kBold, {27, 94}, "body: <p><b>one</b></p>"},
     {kItalic, {28, 95}, "body: <p><i>one</i></p>"},
     {kUnderline, {29, 96}, "body: <p><u>one</u></p>"},
@@ -233,6 +243,7 @@ class CommandsTest : public QObject {
     scene.window->Say("-");
     scene.Find<QComboBox>("ToComboBox").setCurrentText("Customers");
     QVERIFY(scene.rig.settings.Write("Options", "Splash", "1"));
+    QVERIFY(scene.rig.settings.Write("Window", "Zoom", "100"));
     QGuiApplication::clipboard()->setText("cd");
     auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
     subject.setFocus();
@@ -243,7 +254,7 @@ class CommandsTest : public QObject {
     if (given == kUndone) subject.undo();
     if (!given.startsWith('<')) return;
     scene.Editor().setFocus();
-    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('td,a,p'))");
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('td,a,p,h2'))");
   }
 
  private slots:
@@ -310,7 +321,7 @@ class CommandsTest : public QObject {
     QTest::addColumn<QString>("field");
     for (const char* field : {"Editor", "SubjectTextBox", "FindTextBox", "SourceTextBox", "FromComboBox", "ToComboBox",
                               "AttachmentComboBox", "SendingMethodComboBox", "PriorityComboBox", "FormatComboBox",
-                              "RRRCheckBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
+                              "RRRCheckBox", "StyleComboBox", "FontNameComboBox", "FontSizeComboBox", "SendButton"}) {
       QTest::newRow(field) << field;
     }
   }
@@ -409,39 +420,148 @@ class CommandsTest : public QObject {
   void theFontDialogStartsFromWhatIsThere() {
     Scene scene;
     scene.Open();
-    const QString html = "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\">loud</font></b></p></body></html>";
-    scene.Editor().SetHtml(html);
-    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
-    QTimer look;
-    QFont shown;
-    connect(&look, &QTimer::timeout, this, [&shown] {
-      auto* dialog = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
-      if (dialog == nullptr) return;
-      shown = dialog->currentFont();
-      dialog->accept();
+    const QString html =
+        "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\" color=\"#ff0000\">loud</font></b></p></body></html>";
+    const auto ask = [&](const std::function<void(QDialog&)>& change) {
+      scene.Editor().SetHtml(html);
+      scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('font'))");
+      test::WhileOpen("FontForm", [&](QDialog& form) {
+        change(form);
+        form.findChild<QPushButton*>("OKButton")->click();
+      });
+      scene.window->Dispatch(CommandId::kFont);
+      return scene.Editor().Html();
+    };
+    QCOMPARE(ask([](QDialog& form) {
+               const QFont sample = form.findChild<QLabel*>("SampleLabel")->font();
+               QVERIFY(sample.bold() && !sample.italic());
+               QCOMPARE(sample.pointSize(), 18);
+               QCOMPARE(form.findChild<QComboBox*>("FamilyComboBox")->currentText(), QString("DejaVu Serif"));
+               QCOMPARE(form.findChild<QLabel*>("SampleLabel")->palette().color(QPalette::WindowText), QColor(Qt::red));
+             }),
+             html);
+    const QString changed = ask([](QDialog& form) {
+      for (const char* box : {"BoldCheckBox", "UnderlineCheckBox", "StrikeCheckBox"})
+        form.findChild<QCheckBox*>(box)->click();
+      form.findChild<QComboBox*>("SizeComboBox")->setCurrentIndex(6);
     });
-    look.start(20);
-    scene.window->Dispatch(CommandId::kFont);
-    QVERIFY(shown.bold());
-    QCOMPARE(shown.pointSize(), 18);
-    QCOMPARE(scene.Editor().Html(), html);
+    for (const char* there : {"<u>", "<strike>", "size=\"7\""}) QVERIFY2(changed.contains(there), qPrintable(changed));
+    QVERIFY2(!changed.contains("<b>"), qPrintable(changed));
+    scene.window->skip_save_prompt = true;
   }
 
-  void aLinkGetsItsSchemeAndItsText() {
+  void aLinkIsAskedForCheckedChangedAndTakenAway() {
     Scene scene;
     scene.Open();
-    test::WhileOpen("LinkForm", [](QDialog& form) {
-      auto* ok = form.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
-      QVERIFY(!ok->isEnabled());  // a scheme alone leads nowhere
-      auto* address = form.findChild<QLineEdit*>("AddressTextBox");
-      address->selectAll();
-      QTest::keyClicks(address, "example.org/papers");
-      QTest::keyClicks(form.findChild<QLineEdit*>("LinkTextBox"), "our papers");
-      QTest::mouseClick(ok, Qt::LeftButton);
+    const QString before = "<h1>Prices</h1><p>see</p>";
+    scene.Editor().SetHtml("<html><body>" + before + "</body></html>");
+    scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('p'))");
+    const auto type = [](QDialog& form, const char* box, const QString& text) {
+      auto* field = form.findChild<QLineEdit*>(box);
+      field->selectAll();
+      QTest::keyClicks(field, text);
+    };
+    const auto ok = [](QDialog& form) {
+      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      return form.findChild<QLabel*>("StatusLine")->text();
+    };
+    const auto ask = [&](const std::function<void(QDialog&)>& act) {
+      test::WhileOpen("LinkForm", act);
+      scene.window->Dispatch(CommandId::kHyperlink);
+      return BodyOf(scene);
+    };
+    QCOMPARE(ask([&](QDialog& form) {
+               QCOMPARE(ok(form), QString("Please enter the address of a page."));
+               QVERIFY(form.isVisible());
+               type(form, "AddressTextBox", "example.org/a");
+               QCOMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("Leads to https://example.org/a"));
+               type(form, "LinkTextBox", "look");
+               ok(form);
+             }),
+             QString("<h1>Prices</h1><p><a href=\"https://example.org/a\">look</a></p>"));
+    scene.Editor().Evaluate("getSelection().collapse(document.querySelector('a').firstChild,1)");
+    QCOMPARE(
+        ask([&](QDialog& form) {
+          QCOMPARE(form.findChild<QLineEdit*>("AddressTextBox")->text(), QString("https://example.org/a"));
+          form.findChild<QComboBox*>("KindComboBox")->setCurrentIndex(1);
+          type(form, "AddressTextBox", "ada@example.org");
+          type(form, "LinkSubjectTextBox", "Hi $*MergeFirstName*$");
+          ok(form);
+        }),
+        QString("<h1>Prices</h1><p><a href=\"mailto:ada@example.org?subject=Hi%20$*MergeFirstName*$\">look</a></p>"));
+    QCOMPARE(ask([&](QDialog& form) {
+               QCOMPARE(form.findChild<QLineEdit*>("LinkSubjectTextBox")->text(), QString("Hi $*MergeFirstName*$"));
+               form.findChild<QComboBox*>("KindComboBox")->setCurrentIndex(2);
+               QCOMPARE(ok(form), QString("Please choose or name a place in the message."));
+               form.findChild<QComboBox*>("PlaceComboBox")->setCurrentIndex(0);
+               ok(form);
+             }),
+             QString("<h1 id=\"prices\">Prices</h1><p><a href=\"#prices\">look</a></p>"));
+    QCOMPARE(ask([](QDialog& form) { form.findChild<QPushButton*>("RemoveButton")->click(); }),
+             QString("<h1 id=\"prices\">Prices</h1><p>look</p>"));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aPictureIsAskedForCheckedAndChanged() {
+    Scene scene;
+    scene.Open();
+    QImage image(2400, 1200, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const auto photo = scene.rig.folder.path() / "photo.bmp";
+    QVERIFY(image.save(PathToQt(photo)));
+    const auto put = [](QDialog& form, const char* box, const char* text) {
+      form.findChild<QLineEdit*>(box)->selectAll();
+      QTest::keyClicks(form.findChild<QLineEdit*>(box), text);
+    };
+    const auto text = [](QDialog& form, const char* box) { return form.findChild<QLineEdit*>(box)->text(); };
+    test::WhileOpen("PictureForm", [&](QDialog& form) {
+      auto* ok = form.findChild<QPushButton*>("OKButton");
+      auto* browse = form.findChild<QPushButton*>("BrowseButton");
+      QVERIFY(!ok->isEnabled());  // nothing is chosen
+      scene.rig.prompts.files = {scene.rig.folder.Write("page.png", "<html>")};
+      browse->click();
+      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().contains("page.png is no picture"));
+      QVERIFY(!ok->isEnabled());
+      scene.rig.prompts.files = {photo};
+      browse->click();
+      QVERIFY(!ok->isEnabled());  // while it is looked at
+      QTRY_VERIFY(ok->isEnabled());
+      QVERIFY(form.findChild<QCheckBox*>("SmallerCheckBox")->isChecked());
+      const QString said = form.findChild<QLabel*>("StatusLine")->text();
+      QVERIFY2(said.contains("2,400") && said.contains("1,200") && said.contains("600 pixels"), qPrintable(said));
+      QCOMPARE(text(form, "WidthTextBox") + 'x' + text(form, "HeightTextBox"), QString("600x300"));
+      put(form, "HeightTextBox", "120");
+      QCOMPARE(text(form, "WidthTextBox"), QString("240"));
+      form.findChild<QLineEdit*>("BorderTextBox")->clear();
+      scene.rig.Shown();
+      ok->click();
+      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter your border."));
+      QCOMPARE(form.focusWidget()->objectName(), QString("BorderTextBox"));
+      put(form, "BorderTextBox", "2");
+      put(form, "AlternativeTextBox", "A red field");
+      ok->click();
+      QTRY_VERIFY(!form.isVisible());
     });
-    scene.window->Dispatch(CommandId::kHyperlink);
-    QVERIFY2(scene.Editor().Html().contains("<a href=\"https://example.org/papers\">our papers</a>"),
-             qPrintable(scene.Editor().Html()));
+    scene.window->Dispatch(CommandId::kPicture);
+    const QString copy = PathToQt(scene.rig.folders.Pictures() / "photo.jpg");
+    const QString picture =
+        "<img src=\"file://" + copy + "\" alt=\"A red field\" width=\"240\" height=\"120\" border=\"2\"";
+    QVERIFY2(scene.Editor().Html().contains(picture), qPrintable(scene.Editor().Html()));
+    QCOMPARE(QImage(copy).size(), QSize(1200, 600));
+    scene.Editor().Evaluate(
+        "(r=>{r.selectNode(document.images[0]);getSelection().removeAllRanges();"
+        "getSelection().addRange(r)})(document.createRange())");
+    QTRY_COMPARE(scene.Editor().State().picture.natural.width, 1200);
+    test::WhileOpen("PictureForm", [&](QDialog& form) {
+      QCOMPARE(text(form, "WidthTextBox"), QString("240"));
+      QCOMPARE(text(form, "AlternativeTextBox"), QString("A red field"));
+      put(form, "WidthTextBox", "100");
+      form.findChild<QPushButton*>("OKButton")->click();
+    });
+    scene.window->Dispatch(CommandId::kPicture);
+    QVERIFY2(scene.Editor().Html().contains("width=\"100\" height=\"50\""), qPrintable(scene.Editor().Html()));
+    scene.window->Dispatch(CommandId::kUndo);
+    QVERIFY2(scene.Editor().Html().contains(picture), qPrintable(scene.Editor().Html()));
     scene.window->skip_save_prompt = true;
   }
 

@@ -1,10 +1,12 @@
 #include <sys/stat.h>
 
+#include <QBuffer>
 #include <QClipboard>
 #include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QImage>
+#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMenu>
@@ -20,6 +22,7 @@
 
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
+#include "desktop/document/picture_file.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/file.h"
 #include "support/scripted_prompts.h"
@@ -132,6 +135,9 @@ class EditorTest : public QObject {
     row("delete", EditorCommand::kDelete, "<p>one&nbsp; three</p>");
     row("centre", EditorCommand::kAlignCentre, "<p style=\"text-align: center;\">one two three</p>");
     row("right", EditorCommand::kAlignRight, "<p style=\"text-align: right;\">one two three</p>");
+    row("heading", EditorCommand::kHeading2, "<h2>one two three</h2>");
+    row("quote", EditorCommand::kQuote, "<blockquote>one two three</blockquote>");
+    row("preformatted", EditorCommand::kPreformatted, "<pre>one two three</pre>");
     row("indent", EditorCommand::kIndent,
         "<blockquote style=\"margin: 0 0 0 40px; border: none; padding: 0px;\"><p>one two three</p></blockquote>");
   }
@@ -240,6 +246,7 @@ class EditorTest : public QObject {
     QVERIFY(editor_->InsertLink("$*MergeWebSite*$", {}));
     QCOMPARE(Body(), QString("<p>one <a href=\"$*MergeWebSite*$\">two</a> three</p>"));
     QCOMPARE(editor_->State().link, QString("$*MergeWebSite*$"));
+    editor_->Evaluate("getSelection().collapse(document.querySelector('a').firstChild,1)");
     editor_->Run(EditorCommand::kRemoveHyperlink);
     QCOMPARE(Body(), QString("<p>one two three</p>"));
     Load("<p>x</p>");
@@ -258,6 +265,96 @@ class EditorTest : public QObject {
     SelectSecondWord();
     QVERIFY(editor_->InsertLink("https://new.example", "2"));
     QCOMPARE(Body(), QString("<p>one&nbsp;<a href=\"https://new.example\">2</a>&nbsp;three</p>"));
+  }
+
+  void aLinkWithinTheMessageNamesItsHeading() {
+    const QString before = "<h2>Our prices!</h2><h3>Our prices</h3><p id=\"top\">x</p><a name=\"old\">y</a><h2> </h2>";
+    Load(before);
+    QStringList places;
+    for (const LinkPlace& place : editor_->LinkPlaces()) places << place.name + ": " + place.text;
+    QCOMPARE(places.join(" | "), QString("top: x | old: y | our-prices: Our prices! | our-prices-2: Our prices"));
+    QCOMPARE(Body(), before);
+    editor_->Evaluate("getSelection().selectAllChildren(document.querySelector('p'))");
+    QVERIFY(editor_->InsertLink("#our-prices-2", {}));
+    QCOMPARE(editor_->Evaluate("document.getElementById('our-prices-2').tagName").toString(), QString("H3"));
+    QVERIFY2(Body().contains("<p id=\"top\"><a href=\"#our-prices-2\">x</a></p>"), qPrintable(Body()));
+    editor_->Run(EditorCommand::kUndo);
+    QVERIFY2(Body().contains("<p id=\"top\">x</p>"), qPrintable(Body()));
+  }
+
+  // A handle is dragged from the middle of a side or a corner of the picture by so many pixels.
+  void aPictureIsSizedByItsHandles_data() {
+    QTest::addColumn<QPoint>("side");  // -1, 0, 1 across and down
+    QTest::addColumn<QPoint>("moved");
+    QTest::addColumn<QString>("after");
+    QTest::newRow("a corner keeps the ratio") << QPoint(1, 1) << QPoint(50, 10) << "150 75 auto";
+    QTest::newRow("the corner across from it") << QPoint(-1, -1) << QPoint(40, 20) << "60 30 auto";
+    QTest::newRow("a side") << QPoint(1, 0) << QPoint(20, 30) << "120 50 ";
+    QTest::newRow("the lower side") << QPoint(0, 1) << QPoint(20, 30) << "100 80 ";
+    QTest::newRow("as small as it gets") << QPoint(0, -1) << QPoint(0, 200) << "100 8 ";
+    QTest::newRow("nowhere") << QPoint(1, 1) << QPoint(0, 0) << "100 50 auto";
+  }
+  void aPictureIsSizedByItsHandles() {
+    QFETCH(QPoint, side);
+    QFETCH(QPoint, moved);
+    QFETCH(QString, after);
+    QTemporaryDir folder;
+    QImage image(200, 100, QImage::Format_RGB32);
+    QVERIFY(image.save(folder.filePath("a.png")));
+    const QString before =
+        "<p style=\"position: absolute; left: 100px; top: 100px; margin: 0px;\"><a href=\"y\"><img src=\"a.png\" "
+        "class=\"own\" alt=\"A\" width=\"100\" height=\"50\" style=\"max-width: 100%; height: auto;\"></a>z</p>";
+    Load(before, QUrl::fromLocalFile(folder.path() + '/'));
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 200);
+    QWidget* page = editor_->InputWidget();
+    const auto html = editor_->Html();
+    QTest::mouseClick(page, Qt::LeftButton, {}, QPoint(150, 125));
+    QTRY_COMPARE(editor_->State().picture.choice.alternative, std::string("A"));
+    QCOMPARE(editor_->Html(), html);  // handles are no part of it
+    QVERIFY(!editor_->IsModified());
+    const QPoint handle(150 + side.x() * 50, 125 + side.y() * 25);
+    QTest::mousePress(page, Qt::LeftButton, {}, handle);
+    QTest::mouseMove(page, handle + moved / 2);
+    QTest::mouseMove(page, handle + moved);
+    QTest::mouseRelease(page, Qt::LeftButton, {}, handle + moved);
+    const QString look =
+        "(i=>[i.getAttribute('width'),i.getAttribute('height'),i.style.height].join(' '))(document.images[0])";
+    QTRY_COMPARE(editor_->Evaluate(look).toString(), after);
+    const bool is_changed = moved != QPoint();
+    QCOMPARE(editor_->IsModified(), is_changed);
+    QVERIFY2(Body().startsWith(before.left(before.indexOf(" width="))) && Body().endsWith("></a>z</p>"),
+             qPrintable(Body()));
+    for (const char* ours : {"quill", "frame", "<b>"})
+      QVERIFY2(!editor_->Html().contains(ours), qPrintable(editor_->Html()));
+    if (!is_changed) return;
+    editor_->Run(EditorCommand::kUndo);
+    QCOMPARE(Body(), before);
+  }
+
+  void aPictureIsChangedByNumbersAndOpenedByTwoClicks() {
+    const QString before =
+        "<p style=\"position: absolute; left: 100px; top: 100px; margin: 0px;\"><img "
+        "src=\"data:image/gif;base64,R0lGODlhAQABAAAAACw=\" ";
+    Load(before + "alt=\"a\" id=\"i\" width=\"100\" height=\"50\" hspace=\"3\">y</p>");
+    QSignalSpy opened(editor_, &HtmlEditor::PictureOpened);
+    editor_->Evaluate("document.images[0].dispatchEvent(new MouseEvent('dblclick',{bubbles:true}))");
+    QTRY_VERIFY(!opened.isEmpty());
+    const auto picture = editor_->State().picture.choice;
+    QCOMPARE(
+        ToQt(picture.alternative + ' ' + picture.width + ' ' + picture.height + ' ' + picture.border + picture.align),
+        QString("a 100 50 0"));
+    QVERIFY(editor_->ChangePicture(
+        "<img src=\"data:image/gif;base64,R0lGODlhAQABAAAAACw=\" alt=\"b\" width=\"10\" height=\"20\" border=\"0\""
+        " style=\"max-width: 100%;\">"));
+    QCOMPARE(Body(), before +
+                         "alt=\"b\" id=\"i\" width=\"10\" height=\"20\" hspace=\"3\" border=\"0\""
+                         " style=\"max-width: 100%;\">y</p>");
+    QCOMPARE(editor_->State().picture.choice.alternative, std::string("b"));  // and selected still
+    editor_->Run(EditorCommand::kUndo);
+    QVERIFY2(Body().contains("alt=\"a\" id=\"i\" width=\"100\""), qPrintable(Body()));
+    editor_->Evaluate("getSelection().collapse(document.body,0)");
+    QVERIFY(!editor_->ChangePicture("<img src=\"data:image/gif;base64,R0lGODlhAQABAAAAACw=\">"));
+    QCOMPARE(editor_->State().picture.address, QString());
   }
 
   void mergeTagsAreMarkedBesideTheDocument() {
@@ -317,6 +414,101 @@ class EditorTest : public QObject {
     QCOMPARE(::mkfifo(folder.filePath("pipe.png").toUtf8().constData(), 0600), 0);
     QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()}));
     QCOMPARE(trouble.size(), 3);
+    // No wider than the letter at first; a photograph is asked about before.
+    QSignalSpy offered(editor_, &HtmlEditor::PicturesOffered);
+    Load("<p>x</p>");
+    QVERIFY(image.scaled(1200, 600).save(folder.filePath("wide.png")));
+    QVERIFY(image.scaled(1201, 600).save(folder.filePath("photo.png")));
+    QVERIFY(editor_->InsertPictures({folder.filePath("wide.png"), folder.filePath("photo.png")}));
+    QVERIFY2(Body().contains("width=\"600\" height=\"300\""), qPrintable(Body()));
+    QCOMPARE(offered.takeFirst().first().toStringList(), QStringList{folder.filePath("photo.png")});
+    Load("<table width=\"140\" cellpadding=\"20\" cellspacing=\"0\" border=\"0\"><tr><td>x</td></tr></table>");
+    editor_->Evaluate("getSelection().selectAllChildren(document.querySelector('td'))");
+    QVERIFY(editor_->InsertPictures({folder.filePath("wide.png")}));
+    QVERIFY2(Body().contains("width=\"100\" height=\"50\""), qPrintable(Body()));
+  }
+
+  void picturesAreLookedAtBeforeTheyAreTaken_data() {
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("result");  // what is said; or its size, what a smaller one has, and that of the copy
+    QImage image(40, 20, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    for (int x = 0; x < 20; ++x)
+      for (int y = 0; y < 10; ++y) image.setPixel(x, y, qRgb(255, 0, 0));  // the corner at the upper left
+    const auto file = [](const QImage& picture, const char* kind) {
+      QByteArray bytes;
+      QBuffer buffer(&bytes);
+      picture.save(&buffer, kind, 95);
+      return bytes;
+    };
+    // A camera's note behind the first marker: TIFF, little-endian, one entry, tag 0x0112, a short.
+    const auto held = [&](char orientation) {
+      QByteArray note(
+          "\xFF\xE1\0\x22"
+          "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0o\0\0\0\0\0\0\0",
+          36);
+      return file(image, "jpeg").insert(2, note.replace('o', orientation));
+    };
+    QByteArray vast("BM\x36\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x20\x4E\0\0\x10\x27\0\0\x01\0\x18\0",
+                    30);  // 20,000 by 10,000
+    const QByteArray photo = file(image.scaled(2400, 1200), "jpeg");
+    const QByteArray clear = file(image.scaled(2400, 1200).convertToFormat(QImage::Format_ARGB32), "png");
+    QByteArray broken = file(image, "png");
+    broken[broken.indexOf("IDAT") + 8] = '!';
+    const auto row = [](const char* name, const QByteArray& content, const char* result) {
+      QTest::newRow(name) << content << QString(result);
+    };
+    row("small", file(image, "png"), "40x20, none, 40x20 upper left");
+    row("upright", held(1), "40x20, none, 40x20 upper left");
+    row("upside down", held(3), "40x20, none, 40x20 lower right");
+    row("on its side", held(6), "20x40, none, 20x40 upper right");
+    row("on its other side", held(8), "20x40, none, 20x40 lower left");
+    row("mirrored", held(2), "40x20, none, 40x20 upper right");
+    row("a photograph", photo, "2400x1200, 1200x600 jpeg, 2400x1200 upper left");
+    row("one with clear places", clear, "2400x1200, 1200x600 png, 2400x1200 upper left");
+    row("cut short", photo.left(photo.size() / 2), "x is damaged, or not whole.");
+    row("with broken content", broken, "x is damaged, or not whole.");
+    row("vast", vast.append(QByteArray(24 + 1000, '\0')), "x is too large a picture.");
+    row("another kind", "P6 1 1 255\nabc", "x is no picture that can be shown in a message.");
+    row("a drawing", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
+        "x is no picture that can be shown in a message.");
+    row("none", "<html>", "x is no picture that can be shown in a message.");
+    row("empty", "", "x is no picture that can be shown in a message.");
+  }
+  void picturesAreLookedAtBeforeTheyAreTaken() {
+    QFETCH(QByteArray, content);
+    QFETCH(QString, result);
+    test::TemporaryFolder folder;
+    const auto file = folder.Write("x", content.toStdString());
+    const auto look = LookAtPicture(file);
+    if (!look) {
+      QCOMPARE(QString(ToQt(look.error().what.InEnglish())).remove(PathToQt(file.parent_path()) + '/'), result);
+      return;
+    }
+    const auto size = [](int width, int height) { return QString("%1x%2").arg(width).arg(height); };
+    const auto kept = KeepPicture(look->head, folder.path() / "Pictures");
+    QVERIFY(kept);
+    QFile copy(PathToQt(*kept));
+    QVERIFY(copy.open(QIODevice::ReadOnly));
+    QImageReader reader(&copy);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(false);
+    const QImage picture = reader.read();
+    QString corner = "nowhere";
+    for (const bool is_lower : {false, true}) {
+      for (const bool is_right : {false, true}) {
+        const QColor there =
+            picture.pixelColor(is_right ? picture.width() - 3 : 2, is_lower ? picture.height() - 3 : 2);
+        if (there.green() < 128) corner = QString(is_lower ? "lower " : "upper ") + (is_right ? "right" : "left");
+      }
+    }
+    const QImage smaller = QImage::fromData(look->smaller);
+    const QString offer = smaller.isNull() ? "none"
+                                           : size(smaller.width(), smaller.height()) +
+                                                 (look->smaller.startsWith("\x89PNG") ? " png" : " jpeg");
+    QCOMPARE(size(look->head.size.width, look->head.size.height) + ", " + offer + ", " +
+                 size(picture.width(), picture.height()) + ' ' + corner,
+             result);
   }
 
   void onlyAllowedPicturesShow() {
@@ -399,6 +591,17 @@ class EditorTest : public QObject {
     QCOMPARE(editor_->Evaluate("Array.from(document.images,i=>i.src).join()").toString(), own);
     QVERIFY2(!Body().contains("color") && !Body().contains("form"), qPrintable(Body()));
     QTRY_COMPARE(trouble.size(), 1);
+  }
+
+  void aDroppedDocumentIsToBeOpened() {
+    QSignalSpy dropped(editor_, &HtmlEditor::DocumentDropped);
+    Load("<p>x</p>");
+    QMimeData data;
+    data.setUrls({QUrl("file:///nowhere/a.png"), QUrl("file:///nowhere/Letter.HTM")});
+    Drop(data);
+    QTRY_COMPARE(dropped.size(), 1);
+    QCOMPARE(dropped.first().first().toString(), QString("/nowhere/Letter.HTM"));
+    QCOMPARE(Body(), QString("<p>x</p>"));
   }
 
   void pastedPicturesAreKept() {
@@ -598,7 +801,8 @@ class EditorTest : public QObject {
     QVERIFY(document.HasUnsavedChanges());
     QVERIFY(document.SaveTo(folder.path() / "out.html"));
     QVERIFY(!document.HasUnsavedChanges());
-    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->starts_with("<html><body>&#937;caf\xE9 "));
+    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)
+                ->starts_with("<html><meta charset=\"windows-1252\"><body>&#937;caf\xE9 "));
     QVERIFY(!document.SaveTo(folder.path() / "missing" / "out.html"));
     using std::filesystem::perms;
     std::filesystem::permissions(folder.path() / "out.html",

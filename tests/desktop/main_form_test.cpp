@@ -7,12 +7,14 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFontDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QProgressBar>
@@ -336,6 +338,89 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kNo};
     QVERIFY(scene.window->close());
     QVERIFY(!std::filesystem::exists(file));
+  }
+
+  void theDocumentsNameStandsInTheWindow() {
+    Scene scene;
+    scene.Open();
+    auto& label = scene.Find<QLabel>("DocumentLabel");
+    QCOMPARE(scene.window->windowTitle(), QString("Tarnwick Quillcast Classic Edition"));
+    QCOMPARE(label.text(), QString("New message"));
+    scene.Editor().InsertHtml("<p>x</p>");
+    QTRY_COMPARE(label.text(), QString("New message, not saved"));
+    const auto file = scene.rig.folder.path() / (std::string(60, 'w') + " Spring.html");
+    scene.rig.prompts.files = {file};
+    scene.window->Dispatch(CommandId::kSave);
+    QVERIFY2(label.text().contains(u'\u2026') && label.text().endsWith("Spring.html"), qPrintable(label.text()));
+    QCOMPARE(label.toolTip(), PathToQt(file));
+    // Saved, it names its character set, and is the same again at the next start.
+    QVERIFY(platform::ReadFile(file, 1000)->starts_with("<html><head><meta charset=\"utf-8\"></head>"));
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Spring");
+    QVERIFY(scene.window->close());
+    scene.Open();
+    auto* restore = scene.window->findChild<QPushButton*>("RestoreButton");
+    QVERIFY(restore != nullptr);
+    restore->click();
+    QTRY_VERIFY(scene.Find<QLabel>("DocumentLabel").text().endsWith("Spring.html"));
+    QVERIFY(!scene.Editor().IsModified());
+    scene.window->Dispatch(CommandId::kNew);
+    QCOMPARE(scene.Find<QLabel>("DocumentLabel").text(), QString("New message"));
+  }
+
+  void recentDocumentsAreOpenedAsOpenDoes() {
+    Scene scene;
+    scene.Open();
+    auto& menu = scene.Find<QMenu>("RecentMenu");
+    const auto entries = [&menu] {
+      emit menu.aboutToShow();
+      QStringList texts;
+      for (const QAction* action : menu.actions()) texts << QString(action->text()).section('/', -1);
+      return texts.join(" | ");
+    };
+    QCOMPARE(entries(), QString("None yet"));
+    const std::string first = scene.rig.folder.Write("first & more.html", "<p>first</p>");
+    const std::string second = scene.rig.folder.Write("second.html", "<p>second</p>");
+    for (const auto& file : {first, second}) {
+      scene.window->Open({file});
+      QTRY_VERIFY(entries().startsWith(ToQt(std::filesystem::path(file).filename().string()).replace('&', "&&")));
+    }
+    QCOMPARE(entries(), QString("second.html | first && more.html |  | &Clear"));
+    scene.Editor().InsertHtml("work ");
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    menu.actions().at(1)->trigger();
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
+    QVERIFY(scene.Editor().PlainText().contains("work"));
+    std::filesystem::remove(first);
+    menu.actions().at(1)->trigger();
+    QCOMPARE(scene.Status(), ToQt(first + " is no longer there. It was taken off the list."));
+    QCOMPARE(entries(), QString("second.html |  | &Clear"));
+    menu.actions().last()->trigger();
+    QCOMPARE(entries(), QString("None yet"));
+    scene.window->skip_save_prompt = true;
+  }
+
+  void whatIsDroppedOnTheWindowOpensOnceItIsFree() {
+    Scene scene;
+    scene.Open();
+    const QString file = QString::fromStdString(scene.rig.folder.Write("letter.htm", "<p>letter</p>"));
+    const auto drop = [&](const QString& what) {
+      QMimeData data;
+      data.setUrls({QUrl::fromLocalFile(what)});
+      QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+      enter.ignore();
+      QApplication::sendEvent(scene.window.get(), &enter);
+      if (!enter.isAccepted()) return false;
+      QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+      QApplication::sendEvent(scene.window.get(), &event);
+      return true;
+    };
+    QVERIFY(!drop("/nowhere/a.pdf"));
+    test::WhileOpen("AboutForm", [&](QDialog&) {
+      QVERIFY(drop(file));
+      QCOMPARE(scene.Status(), file + " waits until this window is free.");
+    });
+    scene.window->Dispatch(CommandId::kAbout);
+    QTRY_COMPARE(scene.Editor().PlainText(), QString("letter"));
   }
 
   void whatAStartBringsIsOpenedAsOpenDoes() {
@@ -841,8 +926,10 @@ class MainFormTest : public QObject {
     scene.Editor().InsertHtml("<p>Dear $*MergeFirstName*$</p>");
     scene.window->Dispatch(CommandId::kMailPreview);
     QCOMPARE(scene.rig.desktop.opened, std::vector<std::string>{"Preview.eml"});
-    QVERIFY(platform::ReadFile(scene.rig.folders.PreviewMessage(), 100000)->find("$*MergeFirstName*$") !=
-            std::string::npos);
+    // What is sent names its character set, too: the account's.
+    const auto message = platform::ReadFile(scene.rig.folders.PreviewMessage(), 100000);
+    for (const char* there : {"$*MergeFirstName*$", "<meta charset=3D\"windows-1252\">"})
+      QVERIFY2(message->find(there) != std::string::npos, message->c_str());
     QVERIFY(scene.Editor().IsModified());
   }
 

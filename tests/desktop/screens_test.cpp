@@ -27,8 +27,10 @@
 #include "desktop/account/thread_form.h"
 #include "desktop/document/attachments_form.h"
 #include "desktop/document/find_bar.h"
+#include "desktop/document/font_form.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/document/link_form.h"
+#include "desktop/document/picture_form.h"
 #include "desktop/document/table_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/recipients/capitalize_form.h"
@@ -482,8 +484,24 @@ class ScreensTest : public QObject {
     Take(attachments, "attachments");
     AttachmentsForm no_attachments({}, nullptr);
     Take(no_attachments, "attachments-empty");
-    LinkForm link({}, "our papers", nullptr);
+    LinkForm link({}, "our papers", {{"prices", "What they cost"}}, nullptr);
     Take(link, "link");
+    LinkForm mail("mailto:ada@example.org?subject=Papers", "write to Ada", {}, nullptr);
+    mail.findChild<QLineEdit*>("AddressTextBox")->setText("nobody");
+    mail.accept();
+    Take(mail, "link-mail");
+    FontForm font({.family = "DejaVu Serif", .size = 5, .colour = QColor(0x1f, 0x5f, 0x8b), .bold = true}, nullptr);
+    Take(font, "font");
+    PictureForm no_picture(rig.prompts, rig.folders.Pictures(), 0, nullptr);
+    Take(no_picture, "picture-empty");
+    QImage meadow(3000, 2000, QImage::Format_RGB32);
+    meadow.fill(QColor(0x6a, 0x8f, 0x5b));
+    QVERIFY(meadow.save(PathToQt(rig.folder.path() / "meadow.bmp")));
+    PictureForm picture(rig.prompts, rig.folders.Pictures(), 0, nullptr);
+    picture.Take(rig.folder.path() / "meadow.bmp");
+    QTRY_VERIFY2(picture.findChild<QCheckBox*>("SmallerCheckBox")->isEnabled(),
+                 qPrintable(picture.findChild<QLabel*>("StatusLine")->text()));
+    Take(picture, "picture");
     TipsForm tips(rig.settings, nullptr);
     Take(tips, "tips");
     AboutForm about(nullptr);

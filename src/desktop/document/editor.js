@@ -74,7 +74,16 @@
     return readable(copy).outerHTML;
   };
   quill.text = () => document.body.innerText;
-  quill.exec = (name, value) => { ensureSelection(); return document.execCommand(name, false, value); };
+  // Without a selection the engine takes no link away.
+  const selectLink = () => {
+    const link = linkAtCaret();
+    if (link && document.getSelection().isCollapsed) document.getSelection().selectAllChildren(link);
+  };
+  quill.exec = (name, value) => {
+    ensureSelection();
+    if (name === 'unlink') selectLink();
+    return document.execCommand(name, false, value);
+  };
   quill.insert = html => { ensureSelection(); return document.execCommand('insertHTML', false, html); };
   quill.state = () => {
     const on = name => document.queryCommandState(name);
@@ -85,16 +94,45 @@
       left: on('justifyLeft'), center: on('justifyCenter'), right: on('justifyRight'),
       font: document.queryCommandValue('fontName'), size: document.queryCommandValue('fontSize'),
       color: document.queryCommandValue('foreColor'),
-      inTable: quill.inTable(),
+      inTable: quill.inTable(), block: document.queryCommandValue('formatBlock'),
+      strike: on('strikeThrough'), picture: quill.picture(), room: quill.room(),
       canUndo: document.queryCommandEnabled('undo'), canRedo: document.queryCommandEnabled('redo'),
       link: link ? link.getAttribute('href') : '', linkText: link ? link.textContent : '',
       selected: String(document.getSelection()),
     };
   };
+  // What a link within the message can lead to: what has a name, and each heading, under a name made of its words until
+  // a link leads there. Mail programs find an old anchor where they take the names of other elements away.
+  quill.places = () => {
+    const taken = new Set();
+    const places = [];
+    document.querySelectorAll('[id],a[name]').forEach(element => {
+      const name = element.id || element.name;
+      if (!name || taken.has(name)) return;
+      taken.add(name);
+      places.push({ name, text: element.textContent.trim().slice(0, 80), element });
+    });
+    document.querySelectorAll('h1,h2,h3,h4,h5,h6').forEach(element => {
+      const text = element.textContent.trim().slice(0, 80);
+      if (!text || element.id || element.querySelector('a[name]')) return;
+      const made = text.toLowerCase().replace(/[^\p{L}\p{N}]+/gu, '-').replace(/^-|-$/g, '') || 'heading';
+      let name = made;
+      for (let number = 2; taken.has(name); ++number) name = `${made}-${number}`;
+      taken.add(name);
+      places.push({ name, text, element, isNew: true });
+    });
+    return places;
+  };
+  // No step of its own for the engine's Undo: nobody sees the name.
+  const namePlace = name => {
+    const place = quill.places().find(candidate => candidate.isNew && candidate.name === name);
+    if (place) place.element.id = name;
+  };
   // With text selected, it becomes the link; with the caret in a link, that one changes; else the address is inserted.
   // A text that is given stands in place of what was there.
   quill.link = (address, text) => {
     ensureSelection();
+    if (address.startsWith('#')) namePlace(address.slice(1));
     const selection = document.getSelection();
     const link = linkAtCaret();
     if (selection.isCollapsed && link) {
@@ -195,6 +233,7 @@
   const kLongestMarked = 1000000;  // characters
   let known = new Set();
   let layer = null;
+  quill.tell = notice => { if (bridge) bridge[notice](); };
   const makeLayer = () => {
     const host = document.createElement('quill-marks');
     const shadow = host.attachShadow({ mode: 'closed' });
@@ -204,6 +243,7 @@
       'i.unknown{background:#ffb3ab;outline-color:#d33a2c}@media print{:host{display:none}}';
     layer = document.createElement('div');
     shadow.append(style, layer);
+    quill.makeHandles(shadow);
     document.documentElement.append(host);
   };
   quill.setTags = tags => { known = new Set(tags); quill.mark(); };

@@ -25,6 +25,12 @@ enum class EditorCommand {
   kUndo,
   kRemoveHyperlink,
   kBulletedList,
+  kNormal,  // and the other styles of a paragraph
+  kHeading1,
+  kHeading2,
+  kHeading3,
+  kQuote,
+  kPreformatted,
 };
 
 // Changes of the table that the caret is in.

@@ -4,6 +4,7 @@
 
 #include "desktop/document/html_editor.h"
 #include "desktop/widgets/qt_text.h"
+#include "document/declared_charset.h"
 #include "document/message_document.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
@@ -76,9 +77,14 @@ Result<void> EditorDocument::SetAside() {
   return kept ? drafts_.SetAside() : kept;
 }
 
+void EditorDocument::Name(const fs::path& file) {
+  file_ = file;
+  if (named_) named_(file);
+}
+
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
   // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
-  file_.clear();
+  Name({});
   read_.reset();
   taken_.clear();
   seen_ = html;
@@ -99,7 +105,7 @@ Result<void> EditorDocument::Open(const fs::path& file) {
   if (!shown) return shown;
   // A text becomes a document of its own: saved under the text's name it would no longer be text.
   if (!is_text) {
-    file_ = absolute;
+    Name(absolute);
     read_ = std::move(*read);
   }
   IgnoreErrors(KeepFields());  // nothing is changed yet
@@ -120,13 +126,13 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
                                                  picture_places_.WithOwnFolder(BaseFolder()), file, taken_);
   if (!saved) return saved.error();
   const bool as_read = read_ && *saved == read_->text;
-  std::string bytes =
-      as_read ? read_->bytes : document::EncodeBody(*saved, read_ ? read_->encoding : document::BodyEncoding::kUtf8);
+  const auto encoding = read_ ? read_->encoding : document::BodyEncoding::kUtf8;
+  std::string bytes = as_read ? read_->bytes : document::EncodeBody(document::WithCharset(*saved, encoding), encoding);
   auto written = platform::ReplaceChosenFile(file, bytes);
   if (!written) return written;
-  read_ = document::BodyFile{std::move(bytes), *saved, read_ ? read_->encoding : document::BodyEncoding::kUtf8};
-  file_ = file;
+  read_ = document::BodyFile{std::move(bytes), *saved, encoding};
   editor_.SetModified(false);
+  Name(file);
   seen_ = html;
   is_changed_ = false;
   IgnoreErrors(KeepFields());  // it is saved
@@ -140,7 +146,8 @@ Result<document::Draft> EditorDocument::Recover() {
   if (!aside) return aside.error();
   if (!draft->file.empty() && !draft->is_changed) {
     const auto file = document::ReadBodyFile(draft->file);
-    draft->is_changed = !file || file->text != draft->document.html;
+    const std::string& html = draft->document.html;
+    draft->is_changed = !file || (file->text != html && file->text != document::WithCharset(html, file->encoding));
   }
   const bool is_in_file = !draft->file.empty() && !draft->is_changed;
   const auto shown =

@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "document/body_file.h"
 #include "document/document_pictures.h"
@@ -26,6 +27,9 @@ class EditorDocument final : public document::EditedDocument {
   EditorDocument(HtmlEditor& editor, profile::Folders folders, std::function<void(document::Draft&)> add_fields = {});
   ~EditorDocument() override;
 
+  // Called whenever the document has another file: one was opened or saved, or, with an empty path, begun.
+  void WhenNamed(std::function<void(const std::filesystem::path& file)> tell) { named_ = std::move(tell); }
+
   bool HasUnsavedChanges() const override;
   std::filesystem::path FileName() const override { return file_; }
   // Where relative references start from, also after it was saved elsewhere; empty for a document that came from
@@ -35,8 +39,8 @@ class EditorDocument final : public document::EditedDocument {
   // takes its place starts without answers.
   const document::PicturePlaces& picture_places() const { return picture_places_; }
   void SetPicturePlaces(const document::PicturePlaces& places);
-  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in. Pictures
-  // of an imported body go along.
+  // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in, which it
+  // names. Pictures of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
 
   // In place of what is in the editor, without a question. A text file becomes HTML that has no file yet. What cannot
@@ -62,12 +66,14 @@ class EditorDocument final : public document::EditedDocument {
   std::uint64_t times_kept() const { return times_kept_; }
 
  private:
+  void Name(const std::filesystem::path& file);
   Result<void> SetAsideEarlier();
   Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;
   profile::Folders folders_;
   std::function<void(document::Draft&)> add_fields_;
+  std::function<void(const std::filesystem::path&)> named_;
   document::Drafts drafts_;
   bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
   std::string seen_;            // the body a second after its last change

@@ -23,6 +23,7 @@ class EditorBridge final : public QObject {
   void selectionMoved() { emit SelectionMoved(); }
   void picturePasted() { emit PicturePasted(); }
   void picturesDropped() { emit PicturesDropped(); }
+  void openPicture() { emit PictureOpened(); }
   // Those of these addresses that are pictures which may be shown.
   QStringList allowedPictures(const QStringList& addresses) const;
  signals:
@@ -31,6 +32,7 @@ class EditorBridge final : public QObject {
   void SelectionMoved();
   void PicturePasted();
   void PicturesDropped();  // out of what was inserted
+  void PictureOpened();    // by a double click
 
  private:
   const document::PicturePlaces& places_;

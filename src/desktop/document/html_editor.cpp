@@ -2,22 +2,15 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QClipboard>
 #include <QCoreApplication>
-#include <QDateTime>
-#include <QDir>
 #include <QEventLoop>
 #include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
-#include <QImage>
-#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMenu>
-#include <QMimeData>
 #include <QPrinter>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -31,9 +24,7 @@
 
 #include "desktop/document/editor_page.h"
 #include "desktop/widgets/qt_text.h"
-#include "document/document_pictures.h"
 #include "document/merge_fields.h"
-#include "platform/file.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -73,7 +64,12 @@ void CheckSpelling(QWebEngineProfile& profile) {
 
 // Commands of the engine by their names; the others are actions of the page, or ours. Delete takes what is behind the
 // caret, as the key does.
-constexpr auto kEngineNames = std::to_array<std::pair<EditorCommand, const char*>>({
+struct EngineCommand {
+  EditorCommand command;
+  const char* name;
+  const char* value = "";
+};
+constexpr auto kEngineNames = std::to_array<EngineCommand>({
     {EditorCommand::kBold, "bold"},
     {EditorCommand::kItalic, "italic"},
     {EditorCommand::kUnderline, "underline"},
@@ -90,6 +86,12 @@ constexpr auto kEngineNames = std::to_array<std::pair<EditorCommand, const char*
     {EditorCommand::kUndo, "undo"},
     {EditorCommand::kRedo, "redo"},
     {EditorCommand::kSelectAll, "selectAll"},
+    {EditorCommand::kNormal, "formatBlock", "p"},
+    {EditorCommand::kHeading1, "formatBlock", "h1"},
+    {EditorCommand::kHeading2, "formatBlock", "h2"},
+    {EditorCommand::kHeading3, "formatBlock", "h3"},
+    {EditorCommand::kQuote, "formatBlock", "blockquote"},
+    {EditorCommand::kPreformatted, "formatBlock", "pre"},
 });
 
 }  // namespace
@@ -129,11 +131,12 @@ void HtmlEditor::Start() {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(view_->mapToGlobal(at));
   });
-  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::InsertPictures);
+  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::TakeDropped);
   layout()->addWidget(view_);
   setFocusProxy(view_);
   connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
   connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
+  connect(bridge_, &EditorBridge::PictureOpened, this, &HtmlEditor::PictureOpened);
   connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
     emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
   });
@@ -226,6 +229,7 @@ bool HtmlEditor::Load(const Document& document) {
   const QString page = source_.left(source_.size() - ToQt(cut_.tail).size());
   if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   if (read_only_) Evaluate("quill.setReadOnly(true)");
+  page_->setZoomFactor(zoom_);
   Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too
   return true;
 }
@@ -286,9 +290,9 @@ EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill
 
 void HtmlEditor::Run(EditorCommand command) {
   const auto* const named = std::find_if(kEngineNames.begin(), kEngineNames.end(),
-                                         [command](const auto& row) { return row.first == command; });
+                                         [command](const auto& row) { return row.command == command; });
   if (named != kEngineNames.end()) {
-    Execute(named->second);
+    Execute(named->name, named->value);
     return;
   }
   switch (command) {
@@ -330,6 +334,21 @@ bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
   return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
 }
 
+std::vector<LinkPlace> HtmlEditor::LinkPlaces() const {
+  std::vector<LinkPlace> places;
+  const QVariant found = Evaluate("quill.places().map(place=>[place.name,place.text])");
+  for (const QVariant& place : found.toList()) {
+    const QVariantList pair = place.toList();
+    places.push_back({pair.at(0).toString(), pair.at(1).toString()});
+  }
+  return places;
+}
+
+void HtmlEditor::SetZoom(double factor) {
+  zoom_ = factor;
+  if (page_ != nullptr) page_->setZoomFactor(factor);
+}
+
 void HtmlEditor::SetPicturePlaces(const document::PicturePlaces& places) {
   given_places_ = places;
   places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
@@ -339,51 +358,8 @@ void HtmlEditor::ReloadPictures() {
   if (!loading_) Evaluate("quill.reloadPictures()");
 }
 
-// What it is in HTML; nothing for what is no picture, or no ordinary file, or cannot be kept.
-QString HtmlEditor::PictureElement(const QString& file) {
-  const auto fd = platform::OpenForReading(PathFromQt(file));  // a pipe would keep a reader waiting
-  QFile opened;
-  if (fd) opened.open(fd->get(), QIODevice::ReadOnly);
-  QImageReader reader(&opened);
-  reader.setDecideFormatFromContent(true);
-  const QSize size = reader.size();
-  if (!fd || !reader.canRead()) {
-    emit Trouble(tr("%1 is no picture that can be shown in a message.").arg(QDir::toNativeSeparators(file)));
-    return {};
-  }
-  QString kept = file;
-  if (!picture_folder_.isEmpty()) {
-    const auto copy = document::KeepPicture(PathFromQt(file), PathFromQt(picture_folder_));
-    if (!copy) {
-      emit Trouble(InWords(copy.error()));
-      return {};
-    }
-    kept = PathToQt(*copy);
-  }
-  QString element = QString("<img src=\"%1\" alt=\"%2\"")
-                        .arg(QString::fromLatin1(QUrl::fromLocalFile(kept).toEncoded()).toHtmlEscaped(),
-                             QFileInfo(file).completeBaseName().toHtmlEscaped());
-  if (size.isValid()) element += QString(" width=\"%1\" height=\"%2\"").arg(size.width()).arg(size.height());
-  return element + '>';
-}
-
-bool HtmlEditor::InsertPictures(const QStringList& files) {
-  QString html;
-  for (const QString& file : files) html += PictureElement(file);
-  return !html.isEmpty() && InsertHtml(html);
-}
-
-void HtmlEditor::PastePicture() {
-  const QImage picture = QGuiApplication::clipboard()->image();
-  if (picture.isNull() || picture_folder_.isEmpty()) return;
-  const QString file =
-      picture_folder_ + "/pasted-" + QDateTime::currentDateTime().toString("yyyyMMdd-hhmmss-zzz") + ".png";
-  if (!QDir().mkpath(picture_folder_) || !picture.save(file)) {
-    emit Trouble(tr("The picture could not be kept as %1. Make room there, then paste it again.").arg(file));
-    return;
-  }
-  QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
-  InsertPictures({file});
+bool HtmlEditor::ChangePicture(const QString& html) {
+  return Evaluate(QString("quill.changePicture(%1)").arg(Quoted(html))).toBool();
 }
 
 void HtmlEditor::Find(const QString& text, bool backward, const std::function<void(int)>& found) {
@@ -426,6 +402,9 @@ QMenu* HtmlEditor::ContextMenu() {
   for (const auto& [text, command] : entries) {
     menu->addAction(text, this, [this, what = command] { Run(what); });
   }
+  if (State().picture.address.isEmpty()) return menu;
+  menu->addSeparator();
+  menu->addAction(tr("Picture…"), this, &HtmlEditor::PictureOpened);
   return menu;
 }
 

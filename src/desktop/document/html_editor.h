@@ -13,6 +13,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "desktop/document/editor_command.h"
 #include "desktop/document/editor_state.h"
@@ -29,6 +30,13 @@ namespace quillcast::desktop {
 class EditorBridge;
 class EditorPage;
 class EditorView;
+struct PictureHead;
+
+// What a link within the document can lead to.
+struct LinkPlace {
+  QString name;
+  QString text;  // that stands there, or its beginning
+};
 
 // What asks the page waits for its answer in a loop that takes no typing: five seconds at most, a minute for a whole
 // document.
@@ -62,15 +70,23 @@ class HtmlEditor final : public QWidget {
   bool Execute(const QString& command, const QString& value = {});
   // Replaces the selection; one step back undoes it.
   bool InsertHtml(const QString& html);
-  // Their copies in the picture folder, where there is one.
+  // Their copies in the picture folder, where there is one. What should be asked about first, large photographs, is not
+  // inserted: PicturesOffered tells of it.
   bool InsertPictures(const QStringList& files);
+  // What is selected takes over what this picture has, its file too; its other attributes stay. One step back undoes
+  // it.
+  bool ChangePicture(const QString& html);
   // The caret goes into its first cell.
   bool InsertTable(const QString& html);
   // False where the caret is in no table. One step back undoes it.
   bool EditTable(TableEdit edit);
   // An empty text: the selection or the link at the caret keeps its own, and where there is neither the address is it.
   bool InsertLink(const QString& address, const QString& text);
+  // Its named places, and its headings under names that they get when a link leads there.
+  std::vector<LinkPlace> LinkPlaces() const;
   EditorState State() const;
+  // Of the view alone, 1 for the document's own size.
+  void SetZoom(double factor);
 
   // Marks what is found; `found` gets the number of places. An empty text takes the marks away.
   void Find(const QString& text, bool backward, const std::function<void(int)>& found);
@@ -96,6 +112,10 @@ class HtmlEditor final : public QWidget {
   // 40 milliseconds after the caret moved or the text changed.
   void StateChanged(const quillcast::desktop::EditorState& state);
   void FindRequested();
+  // A double click, or the menu's entry: the picture is selected.
+  void PictureOpened();
+  void PicturesOffered(const QStringList& files);  // see InsertPictures
+  void DocumentDropped(const QString& file);
   // A second after the last change: the document as it is now.
   void Snapshot(const QString& html);
   void Restored();  // after a crash of the page's process
@@ -115,7 +135,8 @@ class HtmlEditor final : public QWidget {
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
   void TakeNotice();
-  QString PictureElement(const QString& file);
+  void TakeDropped(const QStringList& files);
+  QString PictureElement(const PictureHead& head, int room);
   void PastePicture();
   void Restore();
 
@@ -142,6 +163,7 @@ class HtmlEditor final : public QWidget {
   bool touched_ = false;             // edited since it was set
   bool modified_ = false;            // edited since it was set or saved
   bool read_only_ = false;
+  double zoom_ = 1;
 };
 
 }  // namespace quillcast::desktop

@@ -33,9 +33,11 @@ struct MenuRow {
 constexpr auto kMenus = std::to_array<MenuRow>({
     {Menu::kFile, QT_TRANSLATE_NOOP("CommandBar", "&File"), Menu::kFile},
     {Menu::kEdit, QT_TRANSLATE_NOOP("CommandBar", "&Edit"), Menu::kEdit},
+    {Menu::kZoom, QT_TRANSLATE_NOOP("CommandBar", "&Zoom"), Menu::kZoom},
     {Menu::kInsert, QT_TRANSLATE_NOOP("CommandBar", "&Insert"), Menu::kInsert},
     {Menu::kMergeTag, QT_TRANSLATE_NOOP("CommandBar", "&Merge Tag"), Menu::kInsert, "MergeMenu"},
     {Menu::kFormat, QT_TRANSLATE_NOOP("CommandBar", "F&ormat"), Menu::kFormat},
+    {Menu::kParagraphStyle, QT_TRANSLATE_NOOP("CommandBar", "Paragraph St&yle"), Menu::kFormat, "StyleMenu"},
     {Menu::kRowsAndColumns, QT_TRANSLATE_NOOP("CommandBar", "Ro&ws and Columns"), Menu::kFormat, "TableMenu"},
     {Menu::kMessage, QT_TRANSLATE_NOOP("CommandBar", "&Message"), Menu::kMessage},
     {Menu::kTools, QT_TRANSLATE_NOOP("CommandBar", "Too&ls"), Menu::kTools},
@@ -52,6 +54,9 @@ constexpr auto kButtons = std::to_array<Button>({
     {kUnderline}, {kTextColour}, {kAlignLeft, true}, {kCentre},     {kAlignRight}, {kBullets, true}, {kNumbers},
     {kOutdent},   {kIndent},     {kPicture, true},   {kHyperlink},  {kTable},      {kFind, true},
 });
+
+// The styles of a paragraph, of which one always holds.
+constexpr auto kStyles = std::to_array<CommandId>({kNormal, kHeading1, kHeading2, kHeading3, kQuote, kPreformatted});
 
 QString TipOf(const Command& command) {
   if (command.keys.empty()) return NameOf(command);
@@ -130,7 +135,10 @@ void CommandBar::MakeMenus() {
 
 void CommandBar::MakeToolbar() {
   for (const Button& button : kButtons) {
-    if (button.id == kBold) AddFontBoxes();
+    if (button.id == kBold) {
+      AddStyleBox();
+      AddFontBoxes();
+    }
     if (button.behind_line) toolbar_->addSeparator();
     QAction* action = ActionOf(button.id);
     toolbar_->addAction(action);
@@ -139,13 +147,33 @@ void CommandBar::MakeToolbar() {
   AddMergeButton();
 }
 
-void CommandBar::AddFontBoxes() {
+void CommandBar::AddStyleBox() {
   toolbar_->addSeparator();
+  styles_ = new QComboBox(toolbar_);
+  styles_->setObjectName("StyleComboBox");
+  styles_->setAccessibleName(tr("Paragraph style"));
+  styles_->setToolTip(tr("Paragraph style"));
+  styles_->setFocusPolicy(Qt::ClickFocus);
+  styles_->setMaximumWidth(110);
+  for (const CommandId id : kStyles) styles_->addItem(NameOf(RowOf(id)));
+  toolbar_->addWidget(styles_);
+  connect(styles_, &QComboBox::activated, this,
+          [this](int index) { emit Triggered(kStyles.at(static_cast<std::size_t>(index))); });
+}
+
+void CommandBar::AddMenuBehind(CommandId id, QMenu* menu) {
+  QMenu* around = MenuOf(RowOf(id).place.menu);
+  const auto entries = around->actions();
+  const auto at = entries.indexOf(ActionOf(id)) + 1;
+  around->insertMenu(at < entries.size() ? entries.at(at) : nullptr, menu);
+}
+
+void CommandBar::AddFontBoxes() {
   fonts_ = new QFontComboBox(toolbar_);
   fonts_->setObjectName("FontNameComboBox");
   fonts_->setAccessibleName(tr("Font"));
   fonts_->setToolTip(tr("Font"));
-  fonts_->setMaximumWidth(160);
+  fonts_->setMaximumWidth(120);
   fonts_->setFocusPolicy(Qt::ClickFocus);
   sizes_ = new QComboBox(toolbar_);
   sizes_->setObjectName("FontSizeComboBox");
@@ -180,6 +208,9 @@ void CommandBar::Show(const EditorState& state) {
   ActionOf(kRedo)->setEnabled(state.can_redo);
   ActionOf(kRemoveHyperlink)->setEnabled(!state.link.isEmpty() || !state.selected.isEmpty());
   MenuOf(Menu::kRowsAndColumns)->setEnabled(state.in_table);
+  const auto* const style =
+      std::find_if(kStyles.begin(), kStyles.end(), [&state](CommandId id) { return state.*RowOf(id).checked; });
+  styles_->setCurrentIndex(style == kStyles.end() ? -1 : static_cast<int>(style - kStyles.begin()));
   if (!state.font.isEmpty() && !fonts_->hasFocus()) {
     const QSignalBlocker quiet(fonts_);
     fonts_->setEditText(state.font);

@@ -26,6 +26,8 @@ class CommandBar final : public QObject {
   void Show(const EditorState& state);
   void ShowSource(bool shown);
   void ShowSplash(bool wanted);
+  // A menu that is not made from the table, behind the command that is.
+  void AddMenuBehind(CommandId id, QMenu* menu);
   // Null for a command that is not built.
   QAction* ActionOf(CommandId id) const { return actions_.value(id); }
 
@@ -42,6 +44,7 @@ class CommandBar final : public QObject {
   QMenu* MenuOf(Menu menu);
   void MakeMenus();
   void MakeToolbar();
+  void AddStyleBox();
   void AddFontBoxes();
   void AddMergeButton();
 
@@ -49,6 +52,7 @@ class CommandBar final : public QObject {
   QToolBar* toolbar_;
   QHash<CommandId, QAction*> actions_;
   QHash<Menu, QMenu*> menus_;
+  QComboBox* styles_ = nullptr;
   QFontComboBox* fonts_ = nullptr;
   QComboBox* sizes_ = nullptr;
 };

@@ -32,6 +32,9 @@ enum class CommandId {
   kSelectAll,
   kFind,
   kSource,
+  kZoomIn,
+  kZoomOut,
+  kZoomReset,
   kDateTime,
   kTemplate,
   kAddAttachment,
@@ -61,6 +64,12 @@ enum class CommandId {
   kFont,
   kTextColour,
   kBody,
+  kNormal,
+  kHeading1,
+  kHeading2,
+  kHeading3,
+  kQuote,
+  kPreformatted,
   kBold,
   kItalic,
   kUnderline,
@@ -106,7 +115,19 @@ enum class CommandId {
   kAbout,
 };
 
-enum class Menu { kFile, kEdit, kInsert, kMergeTag, kFormat, kRowsAndColumns, kMessage, kTools, kHelp };
+enum class Menu {
+  kFile,
+  kEdit,
+  kZoom,
+  kInsert,
+  kMergeTag,
+  kFormat,
+  kParagraphStyle,
+  kRowsAndColumns,
+  kMessage,
+  kTools,
+  kHelp
+};
 
 // Where a command stands: behind the row above it, and where it begins something else, under a line.
 struct Place {

@@ -1,6 +1,7 @@
 // What the commands of the main window do, by the file that has them.
 #pragma once
 
+#include <QStringList>
 #include <cstddef>
 #include <filesystem>
 #include <string_view>
@@ -29,6 +30,9 @@ bool BeginMessage(Shell& shell);
 bool OpenFile(Shell& shell, const std::filesystem::path& file);
 bool BeginFromLink(Shell& shell, std::string_view address);
 
+// From the list of those that were open last; one that is gone is taken off it.
+void OpenRecent(Shell& shell, const std::filesystem::path& file);
+
 // edit_commands.cpp: those of the Edit menu work in the text box that has the focus, else in the editor.
 void RunEditing(Shell& shell, EditorCommand command);
 void PastePlain(Shell& shell);
@@ -38,10 +42,19 @@ void Edit(Shell& shell) {
   RunEditing(shell, command);
 }
 
+// zoom_commands.cpp: how large the document is shown. Kept from one start to the next.
+void ZoomIn(Shell& shell);
+void ZoomOut(Shell& shell);
+void ZoomReset(Shell& shell);
+void RestoreZoom(Shell& shell);
+
 // insert_commands.cpp
 void AddAttachments(Shell& shell);
 void DeleteAttachment(Shell& shell);
+// Changes the picture that is selected; else asks for one.
 void InsertPicture(Shell& shell);
+// What was dropped or pasted is asked about: see HtmlEditor::InsertPictures.
+void OfferPictures(Shell& shell, const QStringList& files);
 void InsertHyperlink(Shell& shell);
 void InsertTable(Shell& shell);
 void InsertTag(Shell& shell, const document::MergeField& field);

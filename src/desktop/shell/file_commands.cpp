@@ -13,6 +13,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "document/edited_document.h"
 #include "document/mailto.h"
+#include "document/recent_documents.h"
 #include "profile/main_window_contents.h"
 
 namespace quillcast::desktop {
@@ -95,6 +96,16 @@ bool OpenFile(Shell& shell, const std::filesystem::path& file) {
   shell.AskAboutPictures();
   shell.editor.setFocus();
   return static_cast<bool>(opened);
+}
+
+void OpenRecent(Shell& shell, const std::filesystem::path& file) {
+  if (std::filesystem::is_regular_file(file, IgnoreErrors())) {
+    OpenFile(shell, file);
+    return;
+  }
+  shell.Say(Shell::tr("%1 is no longer there. It was taken off the list.").arg(PathToQt(file)));
+  const auto forgotten = document::ForgetRecentDocument(shell.program.settings, file);
+  if (!forgotten) shell.Tell(forgotten);
 }
 
 bool BeginFromLink(Shell& shell, std::string_view address) {

@@ -45,6 +45,8 @@ std::optional<QString> TopicOf(const QString& window) {
       {"ThreadForm", "Thread Options.htm"},
       {"TableForm", "Message Options.htm"},
       {"LinkForm", "Message Options.htm"},
+      {"PictureForm", "Message Options.htm"},
+      {"FontForm", "Message Options.htm"},
       {"AttachmentsForm", "Message Options.htm"},
       {"GroupManagerForm", kGroupsTopic},
       {"DuplicatesForm", kGroupsTopic},

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDropEvent>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTimer>
@@ -15,17 +17,22 @@
 #include "desktop/run/pictures_panel.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/commands.h"
+#include "desktop/shell/document_label.h"
 #include "desktop/shell/key_panels.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
 #include "desktop/shell/open_requests.h"
 #include "desktop/shell/practice_mailbox.h"
+#include "desktop/shell/recent_menu.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/status_panel.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/widgets/dropped_files.h"
 #include "desktop/widgets/keep_on_screen.h"
 #include "desktop/widgets/qt_text.h"
+#include "document/edited_document.h"
+#include "document/recent_documents.h"
 #include "profile/clean_up.h"
 #include "profile/get_win_ver.h"
 #include "profile/main_window_contents.h"
@@ -53,6 +60,7 @@ MainForm::MainForm(const profile::Program& program)
       practice_(new PracticeMailbox(program, this)),
       notices_(new Notices(program, document_->drafts(), *practice_, this)),
       status_(new StatusPanel(this)),
+      label_(new DocumentLabel(this)),
       shell_(new Shell{program, *this, *bar_, *notices_, *header_, *body_, *editor_, *document_, *practice_, *status_,
                        skip_save_prompt}),
       requests_(new OpenRequests(
@@ -61,6 +69,7 @@ MainForm::MainForm(const profile::Program& program)
   BuildWindow();
   ConnectBar();
   ConnectBody();
+  ConnectDocument();
   ConnectHeader();
   ConnectNotices();
 }
@@ -87,6 +96,8 @@ void MainForm::BuildWindow() {
   setCentralWidget(middle);
   statusBar()->addWidget(status_, 1);
   new KeyPanels(statusBar());
+  menuBar()->setCornerWidget(label_);
+  setAcceptDrops(true);
 }
 
 void MainForm::ConnectBar() {
@@ -111,6 +122,28 @@ void MainForm::ConnectBody() {
   connect(body_, &BodyView::SourceTaken, this, [this] { shell_->AskAboutPictures(); });
   connect(body_, &BodyView::SourceChanged, this,
           [this](const QString& html) { IgnoreErrors(document_->KeepAside(FromQt(html))); });
+}
+
+// Its name and its place in the list of documents follow it wherever it is opened and saved. What is dropped waits, as
+// what another start brings does.
+void MainForm::ConnectDocument() {
+  document_->WhenNamed([this](const std::filesystem::path& file) {
+    label_->ShowName(file);
+    IgnoreErrors(document::AddRecentDocument(program_.settings, file));  // worth no word
+  });
+  connect(editor_, &HtmlEditor::ModifiedChanged, label_, &DocumentLabel::ShowChanged);
+  connect(editor_, &HtmlEditor::DocumentDropped, this, [this](const QString& file) { Open({FromQt(file)}); });
+  connect(editor_, &HtmlEditor::PictureOpened, this, [this] { Dispatch(CommandId::kPicture); });
+  // Behind the drop or the paste, which has to end first.
+  connect(
+      editor_, &HtmlEditor::PicturesOffered, this,
+      [this](const QStringList& files) { AtWork([this, files] { OfferPictures(*shell_, files); }); },
+      Qt::QueuedConnection);
+  auto* recent = new RecentMenu(program_.settings, this);
+  bar_->AddMenuBehind(CommandId::kOpen, recent);
+  connect(recent, &RecentMenu::Failed, this, [this](const Error& error) { shell_->Tell(error); });
+  connect(recent, &RecentMenu::Picked, this,
+          [this](const std::filesystem::path& file) { AtWork([this, file] { OpenRecent(*shell_, file); }); });
 }
 
 // A button of the header is the row of the table that has its name.
@@ -148,6 +181,7 @@ void MainForm::Load() {
 
 void MainForm::LoadLists() {
   header_->Load();
+  RestoreZoom(*shell_);
   bar_->ShowSplash(SplashForm::IsWanted(program_.settings));
   RestorePlace();
 }
@@ -203,7 +237,7 @@ void MainForm::RestorePlace() {
   if (geometry && !geometry->empty() && restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*geometry)))) {
     return;
   }
-  resize(980, 720);
+  resize(1020, 720);
 }
 
 // Worth no word where it cannot be kept.
@@ -223,6 +257,17 @@ void MainForm::showEvent(QShowEvent* event) {
 void MainForm::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::ActivationChange && isActiveWindow()) header_->Refresh();
+}
+
+void MainForm::dragEnterEvent(QDragEnterEvent* event) {
+  const QStringList files = DroppedFiles(event->mimeData());
+  if (!files.isEmpty() && document::IsNamedAsDocument(PathFromQt(files.front()))) event->acceptProposedAction();
+}
+
+void MainForm::dropEvent(QDropEvent* event) {
+  std::vector<std::string> files;
+  for (const QString& file : DroppedFiles(event->mimeData())) files.push_back(PathFromQt(file).string());
+  Open(files);
 }
 
 void MainForm::Flash() {

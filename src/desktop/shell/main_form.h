@@ -19,6 +19,7 @@ namespace quillcast::desktop {
 
 class BodyView;
 class CommandBar;
+class DocumentLabel;
 class EditorDocument;
 class FindBar;
 class HtmlEditor;
@@ -69,11 +70,14 @@ class MainForm final : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void BuildWindow();
   void ConnectBar();
   void ConnectBody();
+  void ConnectDocument();
   void ConnectHeader();
   void ConnectNotices();
   void RestorePlace();
@@ -93,6 +97,7 @@ class MainForm final : public QMainWindow {
   PracticeMailbox* practice_;
   Notices* notices_;
   StatusPanel* status_;
+  DocumentLabel* label_;
   std::unique_ptr<Shell> shell_;
   OpenRequests* requests_;
   int at_work_ = 1;                          // on commands, and at first on the first document

@@ -8,10 +8,26 @@
 #include "desktop/shell/notices.h"
 #include "desktop/shell/status_panel.h"
 #include "desktop/widgets/qt_text.h"
+#include "document/character_settings.h"
+#include "document/declared_charset.h"
 #include "document/edited_document.h"
+#include "platform/text.h"
 #include "profile/main_window_contents.h"
 
 namespace quillcast::desktop {
+namespace {
+
+// The set that the account's messages are written in, where a document can name it.
+void NameCharset(std::string& html, const profile::SettingsStore& settings) {
+  const auto name = document::CharacterSettings(settings);
+  if (!name) return;
+  if (platform::EqualsIgnoringAsciiCase(*name, "utf-8"))
+    html = document::WithCharset(html, document::BodyEncoding::kUtf8);
+  if (platform::EqualsIgnoringAsciiCase(*name, "windows-1252"))
+    html = document::WithCharset(html, document::BodyEncoding::kWindows1252);
+}
+
+}  // namespace
 
 void Shell::Say(const QString& sentence) { status.Say(sentence); }
 
@@ -27,6 +43,7 @@ document::MessageDocument Shell::Message() {
   document::MessageDocument message;
   header.Collect(message);
   message.html = FromQt(editor.Html());
+  if (document.HasUnsavedChanges() || document.FileName().empty()) NameCharset(message.html, program.settings);
   message.base_folder = document.BaseFolder();
   message.picture_places = document.picture_places();
   return message;
