@@ -14,10 +14,10 @@ constexpr std::size_t kLargestBlock = 100 * kKeysAtOnce;
 
 // Among some keys. Blocks grow, for each takes a connection.
 Result<std::optional<std::size_t>> FirstBeginningWith(const RecipientStore& store, std::span<const std::int64_t> keys,
-                                                      std::string_view typed) {
+                                                      std::string_view typed, std::int64_t group_id) {
   std::size_t block = kSmallestBlock;
   for (std::size_t at = 0; at < keys.size(); at += block, block = std::min(block * 4, kLargestBlock)) {
-    const auto rows = store.RowsOfKeys(keys.subspan(at, std::min(block, keys.size() - at)));
+    const auto rows = store.RowsOfKeys(keys.subspan(at, std::min(block, keys.size() - at)), group_id);
     if (!rows) return rows.error();
     const auto found = std::find_if(rows->begin(), rows->end(), [typed](const GridRow& row) {
       return row.id != 0 &&
@@ -65,12 +65,12 @@ std::string OnOneLine(std::string text) {
 }  // namespace
 
 Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store, std::span<const std::int64_t> keys,
-                                                     std::size_t from, std::string_view typed) {
+                                                     std::size_t from, std::string_view typed, std::int64_t group_id) {
   from = std::min(from, keys.size());
-  auto below = FirstBeginningWith(store, keys.subspan(from), typed);
+  auto below = FirstBeginningWith(store, keys.subspan(from), typed, group_id);
   if (!below) return below;
   if (*below) return std::optional(from + **below);
-  return FirstBeginningWith(store, keys.first(from), typed);
+  return FirstBeginningWith(store, keys.first(from), typed, group_id);
 }
 
 Result<std::optional<GroupView>> ViewGroup(const RecipientStore& store, std::string_view group, ViewOrder order,
@@ -82,12 +82,13 @@ Result<std::optional<GroupView>> ViewGroup(const RecipientStore& store, std::str
   if (!SortKeysOf(sort)) {
     const auto count = store.CountRecipients(group);
     if (!count) return count.error();
-    return std::optional(GroupView{.keys = {}, .count = *count, .is_order_understood = false});
+    return std::optional(
+        GroupView{.group_id = (*found)->id, .keys = {}, .count = *count, .is_order_understood = false});
   }
   auto keys = store.ListKeys((*found)->id, sort, on_read);
   if (!keys) return keys.error();
   const auto count = static_cast<std::int64_t>(keys->size());
-  return std::optional(GroupView{std::move(*keys), count});
+  return std::optional(GroupView{(*found)->id, std::move(*keys), count});
 }
 
 ListPlace PlaceAfterwards(Keys before, const ListPlace& place, Keys now) {

@@ -15,9 +15,11 @@
 namespace quillcast::recipients {
 
 // The place in `keys` of the next row whose first name, last name or address begins so, in any case; from `from` on,
-// and then from the first. Reads row after row, so that a near one is found at once; nothing where there is none.
+// and then from the first. Reads row after row, so that a near one is found at once; nothing where there is none of the
+// group.
 Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store, std::span<const std::int64_t> keys,
-                                                     std::size_t from, std::string_view typed);
+                                                     std::size_t from, std::string_view typed,
+                                                     std::int64_t group_id = kAnyGroup);
 
 // The columns of a grid: the running number, then first name, last name and address. A view of the group by one of them
 // is stored nowhere; by the first it is in the group's own order.
@@ -27,6 +29,7 @@ struct ViewOrder {
 };
 
 struct GroupView {
+  std::int64_t group_id = 0;
   std::vector<std::int64_t> keys;
   std::int64_t count = 0;           // of the group's recipients
   bool is_order_understood = true;  // where the stored order is not, the statement that lists them fails: no keys

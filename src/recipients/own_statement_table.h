@@ -14,7 +14,7 @@ inline constexpr StatementRow kOwnStatements[] = {
     {StatementId::kListKeys, "SELECT [ID] FROM [Emails] WHERE ([G-ID] = '<key>')<sort>", true},
     {StatementId::kListSortTexts, "SELECT [ID], [<column>] FROM [Emails] WHERE ([G-ID] = '<key>')", true},
     {StatementId::kNamesOfKeys,
-     "SELECT [ID], [G-Email], [G-FirstName], [G-LastName] FROM [Emails] WHERE ([ID] IN (<keys>))", false},
+     "SELECT [ID], [G-Email], [G-FirstName], [G-LastName], [G-ID] FROM [Emails] WHERE ([ID] IN (<keys>))", false},
     {StatementId::kRowsOfKeys, "SELECT * FROM [Emails] WHERE ([ID] IN (<keys>))", false},
     {StatementId::kRowOfKey, "SELECT * FROM [Emails] WHERE ([ID] = <key>)", false},
     {StatementId::kListRows, "SELECT * FROM [Emails] WHERE ([G-ID] = '<key>')", true},

@@ -44,7 +44,8 @@ Error GroupGone() {
 }
 
 Error RecipientGone() {
-  return {Failure::kUsage, "The recipient is no longer there.", "Another program has deleted it; add it anew."};
+  return {Failure::kUsage, "The recipient is no longer there.",
+          "Another program has deleted it or moved it to another group; add it anew."};
 }
 
 Result<bool> RecipientCursor::Next(Recipient& recipient) {
@@ -156,9 +157,11 @@ Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::in
   const std::string group_key = std::to_string(group_id);
   const std::string key = std::to_string(recipient_id);
   const auto is_taken = [&](Database& database) -> Result<bool> {
-    auto is_there = HasRow(database, StatementId::kRowOfKey, List<1>{key});
+    auto before = Bound(database, StatementId::kRowOfKey, List<1>{key});
+    if (!before) return before.error();
+    const auto is_there = before->rows().Step();
     if (!is_there) return is_there;
-    if (!*is_there) return RecipientGone();
+    if (!*is_there || ReadRecipient(before->rows()).group_id != group_id) return RecipientGone();
     auto found = Bound(database, StatementId::kFindRecipient, List<2>{group_key, recipient.email()});
     if (!found) return found.error();
     const auto row = found->rows().Step();
@@ -177,7 +180,7 @@ Result<std::vector<std::int64_t>> RecipientStore::ListKeys(std::int64_t group_id
 
 template <typename Row>
 Result<std::vector<Row>> RecipientStore::ReadByKey(StatementId id, std::span<const std::int64_t> keys,
-                                                   Row (*read)(const platform::Statement&)) const {
+                                                   const std::function<Row(const platform::Statement&)>& read) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
   auto statement = CatalogueStatement::Prepare(*database, id);
@@ -191,8 +194,10 @@ Result<std::vector<Row>> RecipientStore::ReadByKey(StatementId id, std::span<con
   return rows;
 }
 
-Result<std::vector<GridRow>> RecipientStore::RowsOfKeys(std::span<const std::int64_t> keys) const {
-  return ReadByKey<GridRow>(StatementId::kNamesOfKeys, keys, [](const platform::Statement& row) {
+Result<std::vector<GridRow>> RecipientStore::RowsOfKeys(std::span<const std::int64_t> keys,
+                                                        std::int64_t group_id) const {
+  return ReadByKey<GridRow>(StatementId::kNamesOfKeys, keys, [group_id](const platform::Statement& row) {
+    if (group_id != kAnyGroup && row.Int(4) != group_id) return GridRow{};
     return GridRow{.id = row.Int(0),
                    .first_name = std::string(row.Text(2)),
                    .last_name = std::string(row.Text(3)),

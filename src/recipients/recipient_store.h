@@ -46,6 +46,9 @@ class RecipientCursor final : public RowSource {
 Error GroupGone();
 Error RecipientGone();
 
+// Keys of recipients are looked up whichever group they are in.
+inline constexpr std::int64_t kAnyGroup = 0;
+
 class RecipientStore {
  public:
   explicit RecipientStore(std::filesystem::path file, const platform::LockPatience& patience = {})
@@ -70,7 +73,7 @@ class RecipientStore {
   Result<bool> RenameGroupIfFree(std::string_view old_name, std::string_view new_name);
   // The key of the new recipient; nothing when the address is taken. Fails with kUsage where the group is gone.
   Result<std::optional<std::int64_t>> AddRecipientIfNew(std::int64_t group_id, const Recipient& recipient);
-  // Fails with kUsage where the recipient is gone.
+  // Fails with kUsage where the recipient is gone, or in another group by now.
   Result<bool> UpdateRecipientIfNew(std::int64_t group_id, std::int64_t recipient_id, const Recipient& recipient);
 
   // Every field of every recipient. `sort_sql` as the group has it; what is no list of columns fails with kBadData.
@@ -82,8 +85,9 @@ class RecipientStore {
   // The keys of the group's recipients in the order of the list: what a grid keeps, eight bytes a row.
   Result<std::vector<std::int64_t>> ListKeys(std::int64_t group_id, std::string_view sort_sql,
                                              const OnProgress& on_read = {}) const;
-  // What a grid shows of them, in the order of `keys`; what is no longer there has the key 0 and no texts.
-  Result<std::vector<GridRow>> RowsOfKeys(std::span<const std::int64_t> keys) const;
+  // What a grid shows of them, in the order of `keys`; what is no longer there, or in another group by now, has the key
+  // 0 and no texts.
+  Result<std::vector<GridRow>> RowsOfKeys(std::span<const std::int64_t> keys, std::int64_t group_id = kAnyGroup) const;
   // The same with all their fields.
   Result<std::vector<StoredRecipient>> RecipientsOfKeys(std::span<const std::int64_t> keys) const;
   // The keys of the recipients with these addresses, in their order; 0 where there is none.
@@ -94,7 +98,7 @@ class RecipientStore {
   // Rows in the order of their keys; one that is gone is as `read` never made it.
   template <typename Row>
   Result<std::vector<Row>> ReadByKey(StatementId id, std::span<const std::int64_t> keys,
-                                     Row (*read)(const platform::Statement&)) const;
+                                     const std::function<Row(const platform::Statement&)>& read) const;
   // Runs one statement that gives no rows, on a connection of its own, unless the thing is there already; the key of
   // what was inserted, or any.
   Result<std::optional<std::int64_t>> RunUnless(const std::function<Result<bool>(platform::Database&)>& is_there,

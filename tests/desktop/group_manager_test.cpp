@@ -419,8 +419,11 @@ class GroupManagerTest : public QObject {
     QCOMPARE(manager.Box().currentText() + manager.Rows() + manager.Total(), QString("0"));
     QCOMPARE(manager.Groups() + manager.told, (QStringList{"Readers", "Empty>"}));
     manager.Choose("Readers");
-    QVERIFY(other->Execute("DELETE FROM [Emails] WHERE [G-Email] = 'ada@x.org'"));
-    for (const char* button : {"ModifyButton", "DeleteButton", "WhereButton"}) {
+    for (const auto& [change, button] :
+         {std::pair("UPDATE [Emails] SET [G-ID] = 77 WHERE [G-Email] = 'ada@x.org'", "ModifyButton"),
+          std::pair("DELETE FROM [Emails] WHERE [G-Email] = 'ada@x.org'", "DeleteButton"),
+          std::pair("", "WhereButton")}) {
+      QVERIFY(other->Execute(change));
       manager.Choose("Readers");
       manager.Grid().selectRow(1);
       manager.Press(button);

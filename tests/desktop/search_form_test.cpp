@@ -415,11 +415,12 @@ class SearchFormTest : public QObject {
   void rowsAreFetchedAsTheyAreShown() {
     test::FormRig rig;
     rig.AddGroup("Readers", {"a@x.org", "b@x.org", "c@x.org"});
-    const auto keys = *rig.Store().ListKeys(rig.Store().RequireGroup("Readers")->id, "");
+    const std::int64_t group = rig.Store().RequireGroup("Readers")->id;
+    const auto keys = *rig.Store().ListKeys(group, "");
     RecipientRows rows(rig.folders.Database(), nullptr);
     QSignalSpy troubles(&rows, &RecipientRows::Trouble);
     QSignalSpy changes(&rows, &RecipientRows::Changed);
-    rows.Reset({keys[0]});
+    rows.Reset({keys[0]}, group);
     QCOMPARE(rows.At(0)->email, "a@x.org");
     rows.Append(std::span(keys).subspan(1));
     QCOMPARE(rows.At(2)->email, "c@x.org");
@@ -427,12 +428,16 @@ class SearchFormTest : public QObject {
     QCOMPARE(rows.At(0)->email, "b@x.org");
     auto busy = recipients::OpenStore(rig.folders.Database());
     QVERIFY(busy->Execute("BEGIN EXCLUSIVE"));
-    rows.Reset(keys);
+    rows.Reset(keys, group);
     for (std::size_t row = 0; row < keys.size(); ++row) QCOMPARE(rows.At(row), nullptr);
     QCOMPARE(troubles.count(), 1);  // and nobody waited for each
     QVERIFY(busy->Execute("ROLLBACK"));
     QTRY_COMPARE(changes.count(), 1);
     QCOMPARE(rows.At(1)->email, "b@x.org");
+    QVERIFY(busy->Execute("UPDATE [Emails] SET [G-ID] = 77 WHERE [G-Email] = 'b@x.org'"));
+    rows.Reset(keys, group);
+    QCOMPARE(rows.At(1)->id, std::int64_t{0});  // in another group by now
+    QCOMPARE(rows.At(2)->email, "c@x.org");
   }
 
   void rowsHaveTheGivenColours() {

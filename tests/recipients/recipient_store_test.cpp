@@ -73,6 +73,7 @@ TEST_F(StoreTest, WritesOnlyWhatPassesTheChecks) {
   // Another program may have deleted the group, or the recipient, while a dialog was open.
   EXPECT_EQ(AddNewRecipient(open, group + 1, Named("a@x.org")).error().failure, Failure::kUsage);
   EXPECT_EQ(ChangeRecipient(open, group, id + 9, Named("a@x.org")).error().failure, Failure::kUsage);
+  EXPECT_EQ(ChangeRecipient(open, NewGroup("Other"), id, Named("a@x.org")).error().failure, Failure::kUsage);
   EXPECT_EQ(GiveGroupName(open, "B", "C").error().failure, Failure::kUsage);
 }
 
@@ -90,6 +91,8 @@ TEST_F(StoreTest, AGridReadsByKey) {
   EXPECT_EQ(rows->at(0), (GridRow{keys[2], "x.org", "", "M@x.org"}));
   EXPECT_EQ(rows->at(1).email, "z@x.org");
   EXPECT_EQ(rows->at(2), GridRow{}) << "gone since the keys were read";
+  EXPECT_EQ(store().RowsOfKeys(keys, group + 1)->front(), GridRow{}) << "of another group";
+  EXPECT_EQ(*NextBeginningWith(store(), keys, 0, "a", group + 1), std::nullopt);
   EXPECT_EQ(*store().KeysOfAddresses(group, std::vector<std::string>{"m@X.org", "b@x.org"}),
             (std::vector<std::int64_t>{keys[2], 0}));
   // Read again, somebody is where they were, or at the nearest that is left.

@@ -20,10 +20,10 @@ using recipients::RecipientStore;
 
 constexpr std::size_t kCopiedAtOnce = 10'000;
 
-Result<QString> TextOfRows(const RecipientStore& store, std::span<const std::int64_t> keys) {
+Result<QString> TextOfRows(const RecipientStore& store, std::span<const std::int64_t> keys, std::int64_t group_id) {
   QString text;
   for (std::size_t at = 0; at < keys.size(); at += kCopiedAtOnce) {
-    const auto rows = store.RowsOfKeys(keys.subspan(at, std::min(kCopiedAtOnce, keys.size() - at)));
+    const auto rows = store.RowsOfKeys(keys.subspan(at, std::min(kCopiedAtOnce, keys.size() - at)), group_id);
     if (!rows) return rows.error();
     text += ToQt(recipients::AsText(*rows));
   }
@@ -124,9 +124,9 @@ void GridActions::TypeAhead(const QString& text) {
   if (!is_repeated) typed_ = goes_on ? typed_ + text : text;
   const auto from = static_cast<std::size_t>(std::max(list_->currentIndex().row(), 0));
   const std::size_t begin = from + (goes_on && !is_repeated ? 0 : 1);
-  type_ahead_->Start([this, file = rows_->file(), keys = rows_->keys(), begin,
+  type_ahead_->Start([this, file = rows_->file(), keys = rows_->keys(), group_id = rows_->group_id(), begin,
                       typed = FromQt(typed_)](const platform::CancelToken& cancel) {
-    const auto found = NextBeginningWith(RecipientStore(file, {.cancel = &cancel}), keys, begin, typed);
+    const auto found = NextBeginningWith(RecipientStore(file, {.cancel = &cancel}), keys, begin, typed, group_id);
     const std::int64_t key = found && *found ? keys[**found] : 0;
     return [this, found, key] {
       if (!found) return emit Failed(found.error());
@@ -138,8 +138,9 @@ void GridActions::TypeAhead(const QString& text) {
 void GridActions::Copy() {
   std::vector<std::int64_t> keys = ChosenKeys();
   if (keys.empty()) return;
-  copy_->Start([this, file = rows_->file(), keys = std::move(keys)](const platform::CancelToken& cancel) {
-    const auto text = TextOfRows(RecipientStore(file, {.cancel = &cancel}), keys);
+  copy_->Start([this, file = rows_->file(), group_id = rows_->group_id(),
+                keys = std::move(keys)](const platform::CancelToken& cancel) {
+    const auto text = TextOfRows(RecipientStore(file, {.cancel = &cancel}), keys, group_id);
     return [this, text, count = static_cast<std::int64_t>(keys.size())] {
       if (!text) return emit Failed(text.error());
       QGuiApplication::clipboard()->setText(*text);

@@ -221,7 +221,7 @@ void GroupManagerForm::ShowGroup(const Reading& reading) {
   shown_ = reading.group;
   count_ = reading.view->count;
   is_order_understood_ = reading.view->is_order_understood;
-  rows_->Reset(reading.view->keys);
+  rows_->Reset(reading.view->keys, reading.view->group_id);
   grid_->SetEmptyText(
       is_order_understood_
           ? tr("Nobody is in this group yet. “Add…” enters a recipient, “Import…” takes many from a file.")
@@ -243,7 +243,7 @@ void GroupManagerForm::ShowNone() {
   shown_.clear();
   count_ = 0;
   is_order_understood_ = true;
-  rows_->Reset({});
+  rows_->Reset({}, 0);
   grid_->Reset(0);
   FillGroups({});
   total_->setText("0");

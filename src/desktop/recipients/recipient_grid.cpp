@@ -35,8 +35,9 @@ QString TextOf(RecipientRows& rows, std::size_t row, int column) {
 RecipientRows::RecipientRows(std::filesystem::path store, QObject* parent)
     : QObject(parent), store_(std::move(store), profile::kWindowPatience) {}
 
-void RecipientRows::Reset(std::vector<std::int64_t> keys) {
+void RecipientRows::Reset(std::vector<std::int64_t> keys, std::int64_t group_id) {
   keys_ = std::move(keys);
+  group_id_ = group_id;
   blocks_.clear();
 }
 
@@ -71,7 +72,7 @@ const recipients::GridRow* RecipientRows::At(std::size_t row) {
 }
 
 Result<recipients::GridRow> RecipientRows::ReadNow(std::size_t row) {
-  const auto texts = store_.RowsOfKeys(std::span(keys_).subspan(row, 1));
+  const auto texts = store_.RowsOfKeys(std::span(keys_).subspan(row, 1), group_id_);
   if (!texts) return texts.error();
   Put(row, texts->front());
   if (texts->front().id == 0) return recipients::RecipientGone();
@@ -81,7 +82,7 @@ Result<recipients::GridRow> RecipientRows::ReadNow(std::size_t row) {
 void RecipientRows::Fetch(std::size_t row) {
   const std::size_t block = row / kBlock;
   const auto keys = std::span(keys_).subspan(block * kBlock);
-  auto texts = store_.RowsOfKeys(keys.first(std::min(kBlock, keys.size())));
+  auto texts = store_.RowsOfKeys(keys.first(std::min(kBlock, keys.size())), group_id_);
   if (texts) {
     if (blocks_.size() == kMostBlocks) blocks_.clear();
     blocks_.emplace(block, std::move(*texts));

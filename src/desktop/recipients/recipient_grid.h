@@ -22,7 +22,8 @@ class RecipientRows final : public QObject {
  public:
   RecipientRows(std::filesystem::path store, QObject* parent);
 
-  void Reset(std::vector<std::int64_t> keys);
+  // Of recipients of that group: one that another program moved to another group is gone.
+  void Reset(std::vector<std::int64_t> keys, std::int64_t group_id);
   void Append(std::span<const std::int64_t> keys);
   // Rows from above to below.
   void Remove(std::span<const std::size_t> rows);
@@ -32,6 +33,7 @@ class RecipientRows final : public QObject {
   const std::filesystem::path& file() const { return store_.file(); }
   std::size_t size() const { return keys_.size(); }
   const std::vector<std::int64_t>& keys() const { return keys_; }
+  std::int64_t group_id() const { return group_id_; }
   // Null where the store cannot be read now; the key of one that is gone is 0.
   const recipients::GridRow* At(std::size_t row);
   // As it is in the store now, and then here too. Fails with kUsage where it is gone.
@@ -47,6 +49,7 @@ class RecipientRows final : public QObject {
 
   recipients::RecipientStore store_;
   std::vector<std::int64_t> keys_;
+  std::int64_t group_id_ = 0;
   std::map<std::size_t, std::vector<recipients::GridRow>> blocks_;  // by their number
   bool waits_ = false;
 };

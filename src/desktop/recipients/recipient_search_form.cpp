@@ -31,17 +31,19 @@ constexpr int kTick = 20;        // milliseconds
 constexpr int kAnswerTime = 50;  // milliseconds; longer, and somebody who types has to wait
 
 Result<void> SearchGroup(const recipients::RecipientStore& store, std::string_view group,
-                         recipients::SearchRequest request, const std::function<void(std::int64_t key)>& found) {
+                         recipients::SearchRequest request,
+                         const std::function<void(std::int64_t group_id, std::int64_t key)>& found) {
   const auto there = store.RequireGroup(group);
   if (!there) return there.error();
   request.group_id = there->id;
-  return recipients::Search(store, request, [&](std::int64_t key) { return found(key), true; });
+  return recipients::Search(store, request, [&](std::int64_t key) { return found(there->id, key), true; });
 }
 
 }  // namespace
 
 struct RecipientSearchForm::News {
   std::mutex mutex;
+  std::int64_t group_id = 0;
   std::vector<std::int64_t> keys;  // found, and not yet shown
 };
 
@@ -162,7 +164,7 @@ void RecipientSearchForm::SearchAsTyped() {
     told_.clear();
     Start(Kind::kTyped, Request());
   } else {
-    rows_->Reset({});
+    rows_->Reset({}, 0);
     grid_->Reset(0);
     status_->Say({});
   }
@@ -170,7 +172,7 @@ void RecipientSearchForm::SearchAsTyped() {
 
 void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& request) {
   if (kind == Kind::kAsked) {
-    rows_->Reset({});
+    rows_->Reset({}, 0);
     grid_->Reset(0);
     status_->Say(tr("Searching…"));
   }
@@ -178,11 +180,12 @@ void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& requ
   news_ = std::make_shared<News>();
   task_->Start([this, file = program_.folders.Database(), group = FromQt(group_), request, news = news_,
                 kind](const platform::CancelToken& cancel) {
-    const auto done =
-        SearchGroup(recipients::RecipientStore(file, {.cancel = &cancel}), group, request, [&](std::int64_t key) {
-          const std::lock_guard lock(news->mutex);
-          news->keys.push_back(key);
-        });
+    const auto done = SearchGroup(recipients::RecipientStore(file, {.cancel = &cancel}), group, request,
+                                  [&](std::int64_t id, std::int64_t key) {
+                                    const std::lock_guard lock(news->mutex);
+                                    news->group_id = id;
+                                    news->keys.push_back(key);
+                                  });
     return [this, kind, done] { End(kind, done); };
   });
   kind == Kind::kAsked ? tick_->start(kTick) : tick_->stop();
@@ -191,12 +194,14 @@ void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& requ
 
 void RecipientSearchForm::TakeNews() {
   std::vector<std::int64_t> keys;
+  std::int64_t group_id = 0;
   {
     const std::lock_guard lock(news_->mutex);
     keys.swap(news_->keys);
+    group_id = news_->group_id;
   }
   if (keys.empty()) return;
-  rows_->Append(keys);
+  rows_->size() == 0 ? rows_->Reset(std::move(keys), group_id) : rows_->Append(keys);
   grid_->Grow(rows_->size());
 }
 
@@ -215,7 +220,7 @@ void RecipientSearchForm::End(Kind kind, const Result<void>& done) {
   if (kind == Kind::kTyped && !answers_at_once_) return;
   answers_at_once_ = was_at_once;
   if (kind == Kind::kTyped) {
-    rows_->Reset({});
+    rows_->Reset({}, 0);
     grid_->Reset(0);
   }
   TakeNews();
