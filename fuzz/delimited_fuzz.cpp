@@ -52,7 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   for (const char* overrule : {"", "UTF-16LE", "Shift_JIS"}) {
     for (const bool quoted : {false, true}) ReadLines(file, {.rfc4180 = quoted, .encoding = overrule});
   }
-  const auto delimiter = recipients::FindDelimiterOf(file, {}, "ISO-8859-1");
+  recipients::ReadingOptions reading;
+  const auto delimiter = recipients::FindDelimiterOf(file, reading, "ISO-8859-1");
   Require(delimiter && !recipients::NameOf(delimiter->delimiter.character).empty());
   std::filesystem::remove(file);
 

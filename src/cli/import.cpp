@@ -126,7 +126,9 @@ int ListMappings(Context& context, const profile::SettingsStore& settings) {
                            {"delimiter", recipients::NameOf(kept.delimiter)},
                            {"quotes", kept.quotes},
                            {"rfc4180", kept.rfc4180},
-                           {"skip", kept.skip}});
+                           {"skip", kept.skip},
+                           {"sheet", kept.sheet},
+                           {"encoding", kept.encoding}});
   }
   return 0;
 }
@@ -169,8 +171,7 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"");
   import.add_flag("--header", options.header, "Map the fields by what the first line calls them, in many languages");
   import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name");
-  import.add_option("--save-mapping", options.save_mapping,
-                    "Keep the mapping, and how the lines are cut, under a name");
+  import.add_option("--save-mapping", options.save_mapping, "Keep the mapping, and how the file is read, under a name");
   import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
   import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name");
 }

@@ -60,7 +60,8 @@ Result<void> TakeDelimiter(const ImportOptions& options, const std::string& code
 }
 
 Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions& reading) {
-  reading.sheet = options.sheet;
+  if (!options.sheet.empty()) reading.sheet = options.sheet;
+  if (!options.encoding.empty()) reading.encoding = options.encoding;
   if (options.format.empty() || platform::EqualsIgnoringAsciiCase(options.format, kFindOut)) return {};
   const auto format = recipients::FormatOfName(options.format);
   if (!format) {
@@ -76,6 +77,7 @@ Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
   reading.most_fields = std::numeric_limits<std::int32_t>::max();
   const auto sample = recipients::ReadSample(plan.request.file, reading, codeset, 1, plan.request.skip);
   if (!sample) return sample.error();
+  if (!sample->facts.encoding.name.empty()) plan.request.reading.known = sample->facts.encoding;
   if (recipients::HasKnownFields(sample->facts.format)) {
     plan.request.mapping = recipients::KnownMapping();
     return {};
@@ -106,6 +108,8 @@ void TakeKept(const KeptMapping& kept, ImportRequest& request) {
   request.reading.rfc4180 = kept.rfc4180;
   request.quotes = kept.quotes;
   request.skip = kept.skip;
+  request.reading.sheet = kept.sheet;
+  request.reading.encoding = kept.encoding;
 }
 
 std::string MappedHeadings(const ImportPlan& plan) {
@@ -175,7 +179,6 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
     if (!kept) return kept.error();
     TakeKept(*kept, request);
   }
-  request.reading.encoding = options.encoding;
   if (const auto taken = TakeFormat(options, request.reading); !taken) return taken.error();
   request.reading.rfc4180 = (request.reading.rfc4180 && !options.quotes) || options.rfc4180;
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
@@ -201,7 +204,9 @@ Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan,
                                             .delimiter = request.reading.delimiter,
                                             .quotes = request.quotes,
                                             .rfc4180 = request.reading.rfc4180,
-                                            .skip = request.skip});
+                                            .skip = request.skip,
+                                            .sheet = request.reading.sheet,
+                                            .encoding = request.reading.encoding});
 }
 
 void TellPlan(Context& context, const ImportPlan& plan) {

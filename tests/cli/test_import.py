@@ -66,10 +66,11 @@ class Import(Case):
     def test_mappings_that_are_kept(self):
         list_ = self.write("list", "ada@r.example\tAda\n")
         self.run_import(list_, "-g", "All", "--map", "Email Address=1,First Name=2", "--delimiter", "Tab", "--quotes",
-                        "--skip", "2", "--save-mapping", "Mine", "--preview")
+                        "--skip", "2", "--sheet", "March", "--encoding", "KOI8-R", "--save-mapping", "Mine", "--preview")
         self.assertEqual(self.run_import("--list-mappings")[1],
                          [{"name": "Mine", "mapping": "Email Address=1,First Name=2", "delimiter": "Tab", "quotes": True,
-                           "rfc4180": False, "skip": 2}])
+                           "rfc4180": False, "skip": 2, "sheet": "March", "encoding": "KOI8-R"}])
+        self.assertIn("Encoding: KOI8-R", self.ok("import", list_, "--mapping", "Mine", "--preview"))
         code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--opt-in")
         self.assertEqual((code, said[0]["added"]), (65, 0), "both lines are skipped")
         self.assertEqual(self.run_import("--delete-mapping", "mine")[0], 0)

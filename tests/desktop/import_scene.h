@@ -60,6 +60,21 @@ struct ImportScene {
     for (const char* name : {"ComboBox1", "ComboBox3", "ComboBox7"}) chosen << Find<QComboBox>(name).currentText();
     return chosen.join('|');
   }
+  // What the dialog that keeps a mapping says of that name.
+  QString TypeMappingName(const QString& name) {
+    QString said;
+    test::WhileOpen("MappingKeepForm", [&said, name](QDialog& dialog) {
+      QTest::keyClicks(dialog.focusWidget(), name);
+      QTest::keyClick(&dialog, Qt::Key_Return);
+      said = dialog.findChild<QLabel*>("StatusLine")->text();
+    });
+    QTest::keyClick(&Find<QWidget>("KeepMappingButton"), Qt::Key_Space);
+    return said;
+  }
+  recipients::KeptMapping Keep(const QString& name) {
+    TypeMappingName(name);
+    return recipients::FindMapping(rig.settings, FromQt(name)).ValueOr({});
+  }
   template <typename Widget>
   Widget& Find(const QString& name) const {
     return *form->findChild<Widget*>(name);
@@ -68,7 +83,8 @@ struct ImportScene {
   // Steps through a list as the keyboard does.
   void Step(const QString& name, int entries) const {
     Find<QComboBox>(name).setFocus();
-    for (int n = 0; n < entries; ++n) QTest::keyClick(&Find<QComboBox>(name), Qt::Key_Down);
+    const Qt::Key key = entries < 0 ? Qt::Key_Up : Qt::Key_Down;
+    for (int n = 0; n < std::abs(entries); ++n) QTest::keyClick(&Find<QComboBox>(name), key);
   }
   void GetData() {
     Press("GetDataButton");

@@ -165,6 +165,7 @@ void RecipientImportForm::ConnectControls() {
   });
   // Another kind may be the first one that has a delimiter.
   connect(kind_, &QComboBox::activated, this, [this] { LookAtFile({.is_new_file = true}); });
+  connect(sheet_, &QComboBox::activated, this, [this] { sheet_is_picked_ = true; });
   for (QComboBox* list : {sheet_, encoding_})
     connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
   connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, &RecipientImportForm::LookAgain);

@@ -95,7 +95,9 @@ class RecipientImportForm final : public QDialog {
   void KeepMapping();
   void ApplyMapping(const recipients::KeptMapping& kept);
   void TakeMapping(const recipients::KeptMapping& kept);
+  void TakeSource(const recipients::KeptMapping& kept);
   std::optional<Sentence> ChooseWaiting();
+  std::optional<Sentence> LackingSheet() const;
 
   recipients::ImportForm Form() const;
   recipients::ImportRequest Request() const;
@@ -143,6 +145,7 @@ class RecipientImportForm final : public QDialog {
   recipients::ReadingOptions read_as_;                  // by the last look
   std::optional<recipients::TextEncoding> known_;       // found out of this file
   bool delimiter_is_picked_ = false;                    // for this file, by the person or with a mapping
+  bool sheet_is_picked_ = false;                        // as well
   bool was_set_back_ = false;                           // the mapping, for the file is another one
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it

@@ -70,7 +70,9 @@ recipients::KeptMapping RecipientImportForm::Current() const {
           .delimiter = delimiter_->currentData().toChar().toLatin1(),
           .quotes = quotes_->isChecked(),
           .rfc4180 = rfc4180_->isChecked(),
-          .skip = SkippedLines()};
+          .skip = SkippedLines(),
+          .sheet = sheet_is_picked_ ? Reading().sheet : std::string(),
+          .encoding = Reading().encoding};
 }
 
 void RecipientImportForm::KeepMapping() {
@@ -104,7 +106,27 @@ void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
   quotes_->setChecked(kept.quotes);
   rfc4180_->setChecked(kept.rfc4180 && !kept.quotes);
   SkipLines(kept.skip);
+  TakeSource(kept);
   waiting_ = kept;
+}
+
+// What the lines are read of; a mapping that says nothing of it leaves it as it is. A sheet of a file that was not
+// looked at yet waits with the fields.
+void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
+  if (!kept.encoding.empty()) {
+    const int known = encoding_->findText(ToQt(kept.encoding), Qt::MatchFixedString);
+    if (known > 0) encoding_->setCurrentIndex(known);
+    if (known <= 0) encoding_->setEditText(ToQt(kept.encoding));
+  }
+  if (kept.sheet.empty()) return;
+  const int sheet = sheet_->findText(ToQt(kept.sheet));
+  if (sheet >= 0) sheet_->setCurrentIndex(sheet);
+  sheet_is_picked_ = sheet >= 0 || sheet_->count() == 0;
+}
+
+std::optional<Sentence> RecipientImportForm::LackingSheet() const {
+  if (!waiting_ || !sample_) return {};
+  return recipients::DescribeLackingSheet(waiting_->sheet, sample_->facts.sheet);
 }
 
 // Gives what the file lacks of it.

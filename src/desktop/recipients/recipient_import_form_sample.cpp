@@ -51,6 +51,7 @@ void RecipientImportForm::SetBack() {
   known_.reset();
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
+  sheet_is_picked_ = false;
   mapping_->Offer({});
   table_->Clear();
   Warn({});
@@ -93,6 +94,7 @@ recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
   reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
   if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
+  if (sheet_->count() == 0 && waiting_) reading.sheet = waiting_->sheet;
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
@@ -169,8 +171,7 @@ void RecipientImportForm::TakeFormat(const Look& look) {
     kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
   for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
   if (!look.sheets.empty()) sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
-  if (encoding_->currentIndex() == 0 && !facts.encoding.name.empty()) known_ = facts.encoding;
-  read_as_ = Reading();
+  if (Reading().encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
 }
 
 void RecipientImportForm::ShowLook(const Look& look) {
@@ -180,6 +181,7 @@ void RecipientImportForm::ShowLook(const Look& look) {
   EnableControls();
   if (look.wish.fills_lists) OfferFields();
   SayHowItIsRead(look);
+  read_as_ = Reading();  // as the lists say it by now
   ShowSample();
 }
 
@@ -202,6 +204,7 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
   status_->Say(sentences.join(' '));
   std::vector<Sentence> odd;
   if (look.wish.applies) {
+    if (auto lacking = LackingSheet()) odd.push_back(std::move(*lacking));
     if (auto lacking = ChooseWaiting()) odd.push_back(std::move(*lacking));
   }
   for (auto& sentence : recipients::Describe(facts)) odd.push_back(std::move(sentence));

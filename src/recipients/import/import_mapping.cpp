@@ -81,6 +81,12 @@ std::optional<Sentence> DescribeLacking(const FittedMapping& fitted, const Impor
                wanted.source[first], Sentence(kFields[first].label, {}));
 }
 
+std::optional<Sentence> DescribeLackingSheet(std::string_view wanted, std::string_view read) {
+  if (wanted.empty() || read.empty() || wanted == read) return {};
+  return Say("The file has no sheet “{}”, which the mapping takes. “{}” is read.", platform::Printable(wanted, 100),
+             platform::Printable(read, 100));
+}
+
 std::vector<std::string> SampleEntries(std::span<const std::string_view> fields, bool quotes) {
   std::vector<std::string> entries{kIgnoreEntry};
   for (std::size_t i = 0; i < std::min<std::size_t>(fields.size(), kSourceFields); ++i) {

@@ -44,6 +44,8 @@ struct FittedMapping {
 FittedMapping FitMapping(const ImportMapping& mapping, std::size_t fields);
 // What is missing, for whoever applied it: "Field 7, for “City”". Nothing where nothing is.
 std::optional<Sentence> DescribeLacking(const FittedMapping& fitted, const ImportMapping& wanted);
+// Nothing where the sheet that is read is the wanted one, none was wanted, or none is read.
+std::optional<Sentence> DescribeLackingSheet(std::string_view wanted, std::string_view read);
 
 // A list with longer entries would stall while it lays them out; nobody tells fields apart by what comes after.
 inline constexpr std::size_t kLongestEntryText = 1000;  // characters

@@ -30,13 +30,14 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
   return sample;
 }
 
-Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
+Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, ReadingOptions& options,
                                        std::string_view code_page, const platform::CancelToken* cancel) {
   const auto format = FormatOf(file, options);
   if (!format) return format.error();
   if (*format != FileFormat::kDelimited) return FoundDelimiter{};
   auto source = OpenText(file, options, code_page, cancel);
   if (!source) return source.error();
+  options.known = source->encoding();
   LineReader reader(*source);
   Line line;
   std::vector<std::string> lines;

@@ -31,8 +31,9 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
                                 std::string_view code_page, std::size_t count, std::int64_t skip = 0,
                                 const platform::CancelToken* cancel = nullptr);
 
-// By the first lines of the file; other formats than delimited text have no delimiter, and need none.
-Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, const ReadingOptions& options,
+// By the first lines of the file; other formats than delimited text have no delimiter, and need none. The encoding that
+// it was read in goes into `options` as known, so that who reads the file next need not find that out again.
+Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, ReadingOptions& options,
                                        std::string_view code_page, const platform::CancelToken* cancel = nullptr);
 
 // The mapping that a file suggests: that of its format, or the one of its headings.

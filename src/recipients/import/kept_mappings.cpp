@@ -40,6 +40,8 @@ KeptMapping FromJson(const std::string& name, const json& row) {
   kept.quotes = flag("quotes");
   kept.rfc4180 = flag("rfc4180");
   if (const auto skip = row.value("skip", json()); skip.is_number_integer()) kept.skip = skip.get<std::int64_t>();
+  kept.sheet = text("sheet");
+  kept.encoding = text("encoding");
   return kept;
 }
 
@@ -50,7 +52,9 @@ Result<void> Store(profile::SettingsStore& settings, const std::vector<KeptMappi
                        {"delimiter", NameOf(kept.delimiter)},
                        {"quotes", kept.quotes},
                        {"rfc4180", kept.rfc4180},
-                       {"skip", kept.skip}};
+                       {"skip", kept.skip},
+                       {"sheet", kept.sheet},
+                       {"encoding", kept.encoding}};
   }
   return settings.Write(kSection, kKey, rows.dump(-1, ' ', false, json::error_handler_t::replace));
 }

@@ -17,7 +17,9 @@ struct KeptMapping {
   char delimiter = ',';
   bool quotes = false;
   bool rfc4180 = false;
-  std::int64_t skip = 0;  // lines at the beginning
+  std::int64_t skip = 0;      // lines at the beginning
+  std::string sheet = {};     // of a spreadsheet; empty: none was chosen
+  std::string encoding = {};  // empty: found out of each file
 
   bool operator==(const KeptMapping&) const = default;
 };
