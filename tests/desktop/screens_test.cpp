@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMainWindow>
+#include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
@@ -46,6 +47,7 @@
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/recipient_move_form.h"
+#include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/recipients/sort_form.h"
 #include "desktop/recipients/where_form.h"
@@ -65,10 +67,12 @@
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/look.h"
+#include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/file.h"
 #include "platform/sqlite.h"
 #include "recipients/import/kept_mappings.h"
+#include "recipients/store_connection.h"
 #include "support/stored_archive.h"
 
 namespace quillcast::desktop {
@@ -216,14 +220,18 @@ class ScreensTest : public QObject {
     }
   }
 
-  // What a dialog says of an answer stays in view, and where there is room nothing is to be scrolled sideways; in the
-  // main window there always is.
+  // What a dialog says of an answer, and what it warns of, stays in view, and where there is room nothing is to be
+  // scrolled sideways; in the main window there always is.
   static void LookForWhatScrolls(QWidget& window, const QString& name) {
     const bool is_main = qobject_cast<QMainWindow*>(&window) != nullptr;
     for (auto* area : window.findChildren<QScrollArea*>("ScrollArea")) {
       const int needed = area->widget()->minimumSizeHint().width() + area->verticalScrollBar()->width();
       const bool has_room = is_main || needed < window.screen()->availableGeometry().width() - 8;
       QVERIFY2(!has_room || !area->horizontalScrollBar()->isVisible(), qPrintable(name + " scrolls sideways"));
+    }
+    for (const auto* panel : window.findChildren<NotePanel*>("WarningsPanel")) {
+      const bool is_out = panel->isVisible() && panel->visibleRegion().isEmpty();
+      QVERIFY2(!is_out, qPrintable(name + " scrolls its warnings away"));
     }
     for (auto* line : window.findChildren<StatusLine*>("StatusLine")) {
       if (!line->isVisible()) continue;
@@ -296,6 +304,67 @@ class ScreensTest : public QObject {
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
     LookForWhatScrolls(window, name);
+  }
+
+  // The group manager and its dialogs with nothing to show, with what has gone wrong, and at work.
+  void TakeWorkOnGroups(test::FormRig& rig, GroupManagerForm& groups) {
+    const auto looked = [](QDialog& form) {
+      QTRY_VERIFY(!form.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
+    };
+    const auto status = [](const QDialog& form) { return form.findChild<QLabel*>("StatusLine")->text(); };
+    test::FormRig other;
+    other.AddGroup("Customers", {"bob@example.net"});
+    other.AddGroup("Guests", {"BOB@example.net", "eve@example.net"});
+    CapitalizeForm capitals(other.program, "Customers", nullptr);
+    looked(capitals);
+    Take(capitals, "capitalize-empty");
+    DuplicatesForm duplicates(other.program, "Customers", nullptr);
+    looked(duplicates);
+    Take(duplicates, "duplicates-empty");
+    WhereForm where(other.program, "nobody@example.net", nullptr);
+    looked(where);
+    Take(where, "where-empty");
+    MergeForm alone(other.program, {"Customers"}, "Customers", nullptr);
+    Take(alone, "merge-empty");
+    MergeForm merge(other.program, {"Customers", "Guests"}, "Customers", nullptr);
+    merge.findChild<QAbstractItemView*>("GroupsList")->selectAll();
+    other.prompts.answers = {platform::Answer::kYes};
+    merge.show();
+    merge.findChild<QPushButton*>("OKButton")->click();
+    QTRY_VERIFY(merge.outcome());
+    Take(merge, "merge-duplicates");
+    SortForm five("[G-City], [G-Fax] DESC, [G-Title], [G-Email], [ID] DESC", nullptr);
+    Take(five, "sort-five");
+    SortForm unknown("random()", nullptr);
+    Take(unknown, "sort-unknown");
+
+    // Both wait for the lock, or their thread, until they are cancelled.
+    auto busy = recipients::OpenStore(rig.folders.Database());
+    QVERIFY(busy && busy->Execute("BEGIN EXCLUSIVE"));
+    auto printer = std::make_shared<QPrinter>();
+    printer->setOutputFileName(PathToQt(rig.folder / "list.pdf"));
+    {
+      RecipientPrintForm print(rig.program, printer, "Customers", {1, 2}, nullptr);
+      Take(print, "print-progress");
+      print.reject();
+      QTRY_VERIFY(!print.outcome());
+    }
+    QVERIFY(busy->Execute("ROLLBACK; BEGIN IMMEDIATE"));
+    rig.prompts.answers = {platform::Answer::kYes};
+    groups.findChild<QPushButton*>("DeleteGroupButton")->click();
+    Take(groups, "groups-deleting");
+    groups.reject();
+    QTRY_VERIFY(groups.findChild<QPushButton*>("AddButton")->isEnabled());
+    Take(groups, "groups-failed");
+    QVERIFY(busy->Execute("UPDATE [Groups] SET [SortSQL] = 'random()'; COMMIT"));
+    groups.findChild<QAbstractItemView*>("MSFlexGrid")->setCurrentIndex({});
+    groups.findChild<QPushButton*>("AddButton")->setFocus();
+    groups.findChild<QAction*>("OrderByAddressAction")->trigger();
+    QTRY_VERIFY(groups.findChild<QPushButton*>("AddButton")->isEnabled());
+    groups.findChild<QAction*>("OrderOfGroupAction")->trigger();
+    QTRY_VERIFY2(status(groups).contains("not understood"), qPrintable(status(groups)));
+    Take(groups, "groups-order-unknown");
+    QVERIFY(busy->Execute("UPDATE [Groups] SET [SortSQL] = ''"));
   }
 
  private slots:
@@ -394,6 +463,7 @@ class ScreensTest : public QObject {
     groups.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Customers");
     QTRY_COMPARE(groups.findChild<QLabel*>("Total")->text(), QString("4"));
     Take(groups, "groups");
+    TakeWorkOnGroups(rig, groups);
     CapitalizeForm capitals(rig.program, "Customers", nullptr);
     QTRY_VERIFY(!capitals.findChild<QLabel*>("StatusLine")->text().contains("Looking"));
     Take(capitals, "capitalize");

@@ -23,9 +23,12 @@ class GroupNameFilter final : public QValidator {
   }
 };
 
+inline constexpr int kNarrowestName = 280;  // pixels, with room for a name of several words
+
 inline QLineEdit* MakeGroupNameBox(QWidget* parent) {
   auto* box = new QLineEdit(parent);
   box->setValidator(new GroupNameFilter(box));
+  box->setMinimumWidth(kNarrowestName);
   return box;
 }
 

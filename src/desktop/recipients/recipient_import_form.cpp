@@ -43,6 +43,18 @@ QCheckBox* NamedBox(const char* name, const QString& text, QWidget* parent) {
   return box;
 }
 
+// Beside each other in the list's parent.
+void PutCaption(const QString& text, const char* name, QComboBox* list) {
+  list->setObjectName(name);
+  list->setAccessibleName(QString(text).remove('&').remove(':'));
+  auto* caption = new QLabel(text, list->parentWidget());
+  caption->setBuddy(list);
+  auto* line = new QHBoxLayout(list->parentWidget());
+  line->setContentsMargins({});
+  line->addWidget(caption);
+  line->addWidget(list);
+}
+
 }  // namespace
 
 RecipientImportForm::RecipientImportForm(const profile::Program& program, const QString& group, QWidget* parent)
@@ -60,7 +72,8 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       harvest_(new QRadioButton(tr("Every e-mail &address anywhere in the file"), this)),
       delimited_(new QRadioButton(tr("A recipient from each &line, with these fields:"), this)),
       delimiter_(new QComboBox(this)),
-      encoding_(new QComboBox(this)),
+      encodings_(new QWidget(this)),
+      encoding_(new QComboBox(encodings_)),
       quotes_(NamedBox("QuotationCheckBox", tr("Fields are enclosed in &quotes"), this)),
       rfc4180_(NamedBox("Rfc4180CheckBox", tr("Quotes as spreadsheets &write them (RFC 4180)"), this)),
       skip_(NamedBox("SkipCheckBox", tr("Leave the first line o&ut, it has headings"), this)),
@@ -118,17 +131,9 @@ void RecipientImportForm::AddFormats(FormColumn* column) {
   encoding_->setInsertPolicy(QComboBox::NoInsert);
   encoding_->addItem(tr("Find out"));
   for (const char* encoding : kEncodings) encoding_->addItem(encoding);
-  sheet_->setObjectName("SheetComboBox");
-  sheet_->setAccessibleName(tr("Sheet"));
-  auto* caption = new QLabel(tr("S&heet:"), sheets_);
-  caption->setBuddy(sheet_);
-  auto* beside = new QHBoxLayout(sheets_);
-  beside->setContentsMargins({});
-  beside->addWidget(caption);
-  beside->addWidget(sheet_);
-  FormGrid* formats = column->AddGrid();
-  formats->Add("KindComboBox", tr("&Kind:"), kind_, {sheets_});
-  formats->Add("EncodingComboBox", tr("&Encoding:"), encoding_);
+  PutCaption(tr("S&heet:"), "SheetComboBox", sheet_);
+  PutCaption(tr("&Encoding:"), "EncodingComboBox", encoding_);
+  column->AddGrid()->Add("KindComboBox", tr("&Kind:"), kind_, {sheets_, encodings_});
 }
 
 void RecipientImportForm::AddModes(FormColumn* column) {
@@ -139,8 +144,7 @@ void RecipientImportForm::AddModes(FormColumn* column) {
   modes->AddWide("RadioButton1", harvest_);
   modes->AddWide("RadioButton2", delimited_);
   harvest_->setChecked(true);
-  modes->Add("DelimitComboBox", tr("&Delimiter:"), delimiter_);
-  column->AddLine({quotes_, rfc4180_, nullptr});
+  modes->Add("DelimitComboBox", tr("&Delimiter:"), delimiter_, {quotes_, rfc4180_});
   column->AddGrid()->Add("MappingComboBox", tr("Kept mappi&ng:"), kept_, kept_->buttons());
 }
 
@@ -200,7 +204,7 @@ void RecipientImportForm::EnableControls() {
   const auto format = sample_ ? sample_->facts.format : recipients::FileFormat::kDelimited;
   const bool is_delimited = is_idle && delimited_->isChecked();
   const bool is_text = format == recipients::FileFormat::kDelimited;
-  encoding_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
+  encodings_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
   sheets_->setEnabled(is_idle);
   sheets_->setVisible(sheet_->count() > 1);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})

@@ -121,6 +121,7 @@ class RecipientImportForm final : public QDialog {
   QRadioButton* harvest_;
   QRadioButton* delimited_;
   QComboBox* delimiter_;
+  QWidget* encodings_;
   QComboBox* encoding_;
   QCheckBox* quotes_;
   QCheckBox* rfc4180_;

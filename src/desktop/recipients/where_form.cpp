@@ -35,6 +35,7 @@ WhereForm::WhereForm(const profile::Program& program, const std::string& entry, 
       if (!found) return status_->Fail(found.error());
       holders_ = *found;
       list_->Reset(holders_.size());
+      if (holders_.empty()) return status_->Say(tr("No group holds %1.").arg(name));
       status_->Say(Counted(static_cast<std::int64_t>(holders_.size()), tr("%1 is in 1 group.").arg(name),
                            tr("%2 is in %1 groups.").replace("%2", name)));
     };

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
@@ -48,7 +49,7 @@ void AddItem(QVBoxLayout& column, QLayoutItem* item) {
   }
 }
 
-// The last row of a column, where a dialog has its buttons, and the line that says what they did.
+// The last row of a column, where a dialog has its buttons, the line that says what they did, and warnings above it.
 std::vector<QLayoutItem*> TakeWhatStaysInView(QVBoxLayout* column) {
   std::vector<QLayoutItem*> below;
   if (column == nullptr || column->count() < 2) return below;
@@ -56,6 +57,8 @@ std::vector<QLayoutItem*> TakeWhatStaysInView(QVBoxLayout* column) {
   for (int row = column->count() - 1; row > 0; --row) {
     if (qobject_cast<StatusLine*>(column->itemAt(row)->widget()) == nullptr) continue;
     below.insert(below.begin(), column->takeAt(row));
+    if (qobject_cast<NotePanel*>(column->itemAt(row - 1)->widget()) != nullptr)
+      below.insert(below.begin(), column->takeAt(row - 1));
     break;
   }
   return below;
