@@ -98,7 +98,7 @@ TEST(Statements, AreIssuedToTheLetter) {
 
 TEST(Statements, OfOurOwnTakeSeveralKeys) {
   EXPECT_EQ(IssuedText(StatementId::kNamesOfKeys, std::vector<std::string_view>{"7", "9"}),
-            "SELECT [ID], [G-Email], [G-FirstName], [G-LastName] FROM [Emails] WHERE ([ID] IN (7, 9))");
+            "SELECT [ID], [G-Email], [G-FirstName], [G-LastName], [G-ID] FROM [Emails] WHERE ([ID] IN (7, 9))");
 }
 
 TEST(Statements, TakeOnlyColumnsToSortBy) {
