@@ -175,6 +175,7 @@ void RecipientImportForm::TakeFormat(const Look& look) {
 }
 
 void RecipientImportForm::ShowLook(const Look& look) {
+  const std::string encoding = read_as_.encoding;  // another may be typed by now, which is looked for when it is done
   sample_ = *look.sample;
   proposed_ = recipients::ProposeMapping(*sample_);
   TakeFormat(look);
@@ -182,6 +183,7 @@ void RecipientImportForm::ShowLook(const Look& look) {
   if (look.wish.fills_lists) OfferFields();
   SayHowItIsRead(look);
   read_as_ = Reading();  // as the lists say it by now
+  read_as_.encoding = encoding;
   ShowSample();
 }
 
