@@ -265,6 +265,20 @@ Result<void> Database::ReplaceLike(Like like) {
   return code == SQLITE_OK ? Result<void>() : Result<void>(SqliteError(database_.get(), path_));
 }
 
+bool FunctionValues::IsEmpty(int value) const { return sqlite3_value_bytes(values_[value]) == 0; }
+std::string_view FunctionValues::Text(int value) const { return TextOf(values_[value]); }
+std::int64_t FunctionValues::Int(int value) const { return sqlite3_value_int64(values_[value]); }
+
+Result<void> Database::AddFunction(const char* name, Function function) {
+  const auto call = [](sqlite3_context* context, int count, sqlite3_value** values) {
+    sqlite3_result_int64(context, (*static_cast<const Function*>(sqlite3_user_data(context)))({count, values}));
+  };
+  functions_.push_back(std::make_unique<Function>(std::move(function)));
+  const int code = sqlite3_create_function(database_.get(), name, -1, SQLITE_UTF8 | SQLITE_DIRECTONLY,
+                                           functions_.back().get(), call, nullptr, nullptr);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(SqliteError(database_.get(), path_));
+}
+
 Result<Transaction> Transaction::Begin(Database& database) {
   const auto begun = database.Execute("BEGIN IMMEDIATE");
   if (!begun) return begun.error();

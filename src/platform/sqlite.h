@@ -8,12 +8,15 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/cancel.h"
 #include "platform/result.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
+struct sqlite3_value;
 
 namespace quillcast::platform {
 
@@ -65,6 +68,20 @@ struct LockPatience {
   bool cancel_ends_statements = true;   // false: the waits for locks alone, for work that is to be rounded off
 };
 
+// What a statement gives a function of ours, read without a copy; counted from 0.
+class FunctionValues {
+ public:
+  FunctionValues(int count, sqlite3_value** values) : count_(count), values_(values) {}
+  int Count() const { return count_; }
+  bool IsEmpty(int value) const;           // as Text would be
+  std::string_view Text(int value) const;  // valid until the next one is read; NULL reads as empty
+  std::int64_t Int(int value) const;
+
+ private:
+  int count_;
+  sqlite3_value** values_;
+};
+
 // A connection to one database file. A file that kCreate makes, or finds, is for its owner alone. What a file from
 // elsewhere could have in it to be run at our statements is refused and switched off: triggers, views, functions in the
 // schema.
@@ -95,6 +112,10 @@ class Database {
   using Like = bool (*)(std::string_view pattern, std::string_view text);
   Result<void> ReplaceLike(Like like);
 
+  // Makes `function(values)` known to statements under a name, with any number of values; once for each name.
+  using Function = std::function<std::int64_t(const FunctionValues& values)>;
+  Result<void> AddFunction(const char* name, Function function);
+
   // As it was given to Open.
   const std::filesystem::path& path() const { return path_; }
 
@@ -105,7 +126,8 @@ class Database {
   void KeepPatience();
   Result<void> CheckSchema();
 
-  std::unique_ptr<LockPatience> patience_;  // before the connection, which reads it
+  std::unique_ptr<LockPatience> patience_;            // before the connection, which reads it
+  std::vector<std::unique_ptr<Function>> functions_;  // as well
   std::unique_ptr<std::function<void()>> written_;
   std::unique_ptr<sqlite3, CloseDatabase> database_;
   std::filesystem::path path_;

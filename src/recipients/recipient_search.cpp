@@ -1,5 +1,7 @@
 #include "recipients/recipient_search.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "recipients/store_connection.h"
@@ -8,8 +10,6 @@
 
 namespace quillcast::recipients {
 namespace {
-
-constexpr int kFirstFieldColumn = 2;  // of a "SELECT *"
 
 // Whether a text compares so with the term, by the rules of the store.
 class Comparer {
@@ -31,11 +31,10 @@ class Comparer {
   bool fits_empty_ = false;
 };
 
-bool AnyFieldFits(const platform::Statement& row, const Comparer& comparer) {
+bool AnyFits(const platform::FunctionValues& values, const Comparer& comparer) {
   const bool fits_empty = comparer.fits_empty();
-  for (int field = 0; field < static_cast<int>(kFieldCount); ++field) {
-    const int column = kFirstFieldColumn + field;
-    if (row.IsEmpty(column) ? fits_empty : comparer.Fits(row.Text(column))) return true;
+  for (int value = 0; value < values.Count(); ++value) {
+    if (values.IsEmpty(value) ? fits_empty : comparer.Fits(values.Text(value))) return true;
   }
   return false;
 }
@@ -58,6 +57,22 @@ Result<void> SearchOneField(platform::Database& database, const SearchRequest& r
                                                  kFields[request.field].search_column);
   if (!found) return ColumnIsMissing(request.field) ? NoSuchColumn(request.field) : found.error();
   if (auto bound = found->Bind(List<2>{group_key, request.term}); !bound) return bound;
+  return ForEachRow(found->rows(), [&] { return visit(found->rows().Int(0)); });
+}
+
+// A row is compared within the statement: what it holds is then read once, and what is not found goes no further.
+Result<void> SearchAllFields(platform::Database& database, const SearchRequest& request, std::string_view group_key,
+                             const std::function<bool(std::int64_t)>& visit) {
+  const Comparer comparer(request);
+  const auto fits = [&comparer](const platform::FunctionValues& values) { return AnyFits(values, comparer) ? 1 : 0; };
+  if (const auto added = database.AddFunction("any_fits", fits); !added) return added;
+  std::string condition;
+  for (const FieldNames& field : kFields)
+    condition += fmt::format("{}[{}]", condition.empty() ? "" : ", ", field.column);
+  auto found = CatalogueStatement::PrepareWithin("SELECT [ID] FROM (", fmt::format(") WHERE any_fits({})", condition),
+                                                 database, StatementId::kListRows, {});
+  if (!found) return found.error();
+  if (auto bound = found->Bind(List<1>{group_key}); !bound) return bound;
   return ForEachRow(found->rows(), [&] { return visit(found->rows().Int(0)); });
 }
 
@@ -87,10 +102,7 @@ Result<void> Search(const RecipientStore& store, const SearchRequest& request,
   if (!database) return database.error();
   const std::string group_key = std::to_string(request.group_id);
   if (request.field < kFieldCount) return SearchOneField(*database, request, group_key, visit);
-  auto rows = Bound(*database, StatementId::kListRows, List<1>{group_key});
-  if (!rows) return rows.error();
-  const Comparer comparer(request);
-  return ForEachRow(rows->rows(), [&] { return !AnyFieldFits(rows->rows(), comparer) || visit(rows->rows().Int(0)); });
+  return SearchAllFields(*database, request, group_key, visit);
 }
 
 }  // namespace quillcast::recipients

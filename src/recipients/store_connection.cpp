@@ -65,6 +65,15 @@ Result<platform::Database> OpenStore(const std::filesystem::path& file, const pl
   return OpenWithPassword(file, kPassword, patience);
 }
 
+Result<platform::Database> OpenStoreToFill(const std::filesystem::path& file, const platform::LockPatience& patience,
+                                           int cache_mib) {
+  auto database = OpenStore(file, patience);
+  if (!database) return database;
+  const std::string pragma = fmt::format("PRAGMA cache_size = -{}", cache_mib * 1024);
+  if (const auto set = database->Execute(pragma.c_str()); !set) return set.error();
+  return database;
+}
+
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema) {
   if (std::filesystem::exists(file, IgnoreErrors())) {
     return Error{Failure::kCannotCreate, Say("{} exists already.", file.string())};

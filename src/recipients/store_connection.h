@@ -19,6 +19,11 @@ Result<platform::Database> OpenByConnectionString(std::string_view connection_st
 // Opens the store's file with the program's own password.
 Result<platform::Database> OpenStore(const std::filesystem::path& file, const platform::LockPatience& patience = {});
 
+// The same for work that writes all over a large group: `cache_mib` of it, and most of the index of addresses with
+// that, stay in memory meanwhile, and readers are not shut out.
+Result<platform::Database> OpenStoreToFill(const std::filesystem::path& file, const platform::LockPatience& patience,
+                                           int cache_mib);
+
 // Makes a store with no groups out of the statements of `schema`. Fails with kCannotCreate when the file exists.
 Result<void> CreateStoreFile(const std::filesystem::path& file, const std::string& schema);
 

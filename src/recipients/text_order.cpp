@@ -118,6 +118,9 @@ std::uint64_t HashText(std::string_view text) {
   constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;
   text = WithoutTrailingBlanks(text);
   std::uint64_t hash = kOffset;
+  std::size_t at = 0;
+  for (; at < text.size() && IsAsciiByte(text[at]); ++at) hash = (hash ^ FoldAscii(text[at])) * kPrime;
+  text.remove_prefix(at);
   while (!text.empty()) hash = (hash ^ TakeFolded(text)) * kPrime;
   hash ^= hash >> 32;  // the low bits of such a product depend on few bits of the text
   hash *= kMix;

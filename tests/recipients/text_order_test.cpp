@@ -5,6 +5,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace quillcast::recipients {
 namespace {
@@ -75,6 +76,37 @@ TEST(TextOrder, IsATotalOrderOnAnyBytes) {
     }
     ASSERT_EQ(Sign(Octets(a).compare(Octets(b))), Sign(CompareText(a, b))) << a << "|" << b;
     ASSERT_LT(Octets({}), Octets(a)) << "none before all";
+  }
+}
+
+// The rule as it reads: every run that "%" could stand for is tried.
+bool LikePlainly(std::string_view pattern, std::string_view text) {
+  const auto length = [](std::string_view of) { return std::size_t{of[0] == '\xC3' ? 2U : of[0] == '\xE2' ? 3U : 1U}; };
+  if (pattern.empty()) return text.empty();
+  if (pattern[0] == '%') {
+    return LikePlainly(pattern.substr(1), text) || (!text.empty() && LikePlainly(pattern, text.substr(length(text))));
+  }
+  if (text.empty()) return false;
+  const std::string_view wanted = pattern.substr(0, length(pattern));
+  // Another letter behind each, for blanks at the end do not count.
+  const bool fits =
+      wanted == "_" || CompareText(std::string(wanted) + ".", std::string(text, 0, length(text)) + ".") == 0;
+  return fits && LikePlainly(pattern.substr(wanted.size()), text.substr(length(text)));
+}
+
+TEST(TextOrder, LikeSkipsNothingThatFits) {
+  std::mt19937 random(7);
+  const std::vector<std::string> letters = {"a", "A", "k",        "K",        "s",           " ",
+                                            "%", "_", "\xC3\x84", "\xC3\xA4", "\xE2\x84\xAA"};
+  const auto any = [&](std::size_t most) {
+    std::string text;
+    for (auto left = random() % most; left > 0; --left) text += letters[random() % letters.size()];
+    return text;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    const std::string pattern = (random() % 2 == 0 ? "%" : "") + any(5) + (random() % 2 == 0 ? "%" : "");
+    const std::string text = any(9);
+    ASSERT_EQ(LikeText(pattern, text), LikePlainly(pattern, text)) << pattern << " on " << text;
   }
 }
 

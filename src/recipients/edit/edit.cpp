@@ -15,8 +15,6 @@ namespace {
 using platform::Database;
 
 constexpr std::int64_t kBetweenReports = 256;
-// Most of the address index stays in the cache while it is written all over, and readers are not shut out meanwhile.
-constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
 
 constexpr std::array<std::string_view, 8> kEditWords = {"capitalise", "sort",   "move",       "copy",
                                                         "merge",      "delete", "duplicates", "group"};
@@ -46,10 +44,9 @@ std::string RowDigest(std::int64_t group_id, const Recipient& recipient) {
 }
 
 Result<void> Edit::Begin() {
-  auto database = OpenStore(file_, patience_);
+  auto database = OpenStoreToFill(file_, patience_, kEditCacheMiB);
   if (!database) return database.error();
   database_.emplace(std::move(*database));
-  if (auto set = database_->Execute(kCacheSize); !set) return set;
   auto begun = platform::Transaction::Begin(*database_);
   if (!begun) return begun.error();
   transaction_.emplace(std::move(*begun));

@@ -93,6 +93,10 @@ class Edit {
 // ever, for they are stored.
 std::string RowDigest(std::int64_t group_id, const Recipient& recipient);
 
+// What a change, and taking it back, may keep of the store in memory: about the index of a million addresses and what
+// is written beside it.
+inline constexpr int kEditCacheMiB = 96;
+
 // The kind as it is stored, "merge".
 std::string_view EditWord(EditKind kind);
 

@@ -252,7 +252,7 @@ Sentence UndoQuestion(const EditStep& step) {
 }
 
 Result<UndoOutcome> Undo(const RecipientStore& store, const OnProgress& on_progress) {
-  auto database = OpenStore(store.file(), store.patience());
+  auto database = OpenStoreToFill(store.file(), store.patience(), kEditCacheMiB);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();

@@ -15,35 +15,25 @@ class AddressFilter {
  public:
   AddressFilter() : words_(kWords) {}
 
-  void Add(std::string_view address) {
-    ForEachBit(address, [this](std::size_t word, std::uint64_t bit) {
-      words_[word] |= bit;
-      return true;
-    });
-  }
-
-  bool MayHold(std::string_view address) const {
-    return ForEachBit(address, [this](std::size_t word, std::uint64_t bit) { return (words_[word] & bit) != 0; });
+  // Whether an address may have been added before; it is from here on. All its bits lie in one line of the
+  // processor's cache, so that the memory is waited for once.
+  bool Add(std::string_view address) {
+    const std::uint64_t hash = HashText(address);
+    std::uint64_t* line = &words_[(hash >> 40) % (kWords / kWordsInLine) * kWordsInLine];
+    bool was_there = true;
+    std::uint64_t bits = hash;
+    for (int i = 0; i < kBitsPerAddress; ++i, bits >>= kBitsOfPlace) {
+      const std::uint64_t place = bits % (64 * kWordsInLine);
+      const std::uint64_t bit = std::uint64_t{1} << (place % 64);
+      was_there = was_there && (line[place / 64] & bit) != 0;
+      line[place / 64] |= bit;
+    }
+    return was_there;
   }
 
  private:
   static constexpr std::size_t kWords = std::size_t{1} << 20;  // 8 MiB
   static constexpr int kBitsPerAddress = 4;
-
-  // Calls `visit` with each bit of an address while it gives true; whether it did to the end. All of them lie in one
-  // line of the processor's cache, so that the memory is waited for once.
-  template <typename Visit>
-  static bool ForEachBit(std::string_view address, Visit visit) {
-    const std::uint64_t hash = HashText(address);
-    const std::size_t line = (hash >> 40) % (kWords / kWordsInLine) * kWordsInLine;
-    std::uint64_t bits = hash;
-    for (int i = 0; i < kBitsPerAddress; ++i, bits >>= kBitsOfPlace) {
-      const std::uint64_t place = bits % (64 * kWordsInLine);
-      if (!visit(line + place / 64, std::uint64_t{1} << (place % 64))) return false;
-    }
-    return true;
-  }
-
   static constexpr std::size_t kWordsInLine = 8;
   static constexpr int kBitsOfPlace = 9;
 

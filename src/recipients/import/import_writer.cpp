@@ -9,12 +9,11 @@
 namespace quillcast::recipients {
 namespace {
 
+constexpr int kCacheMiB = 32;
 constexpr std::int64_t kFirstBatch = 4096;
 constexpr std::int64_t kLargestBatch = 524'288;
 // A batch ends early when this much text waits for the report, so that long values cannot fill the memory.
 constexpr std::size_t kMostKeptBack = std::size_t{16} * 1024 * 1024;
-// Most of the address index stays in the cache while it is written all over.
-constexpr const char* kCacheSize = "PRAGMA cache_size = -32768";
 
 }  // namespace
 
@@ -34,9 +33,8 @@ ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find,
 Result<ImportWriter> ImportWriter::Open(const std::filesystem::path& store, std::int64_t group_id,
                                         StatementId statement, ImportReport& report, Keeping keeping,
                                         const platform::LockPatience& patience) {
-  auto database = OpenStore(store, patience);
+  auto database = OpenStoreToFill(store, patience, kCacheMiB);
   if (!database) return database.error();
-  if (const auto set = database->Execute(kCacheSize); !set) return set.error();
   auto find = CatalogueStatement::Prepare(*database, StatementId::kFindDuplicate);
   if (!find) return find.error();
   auto insert = CatalogueStatement::Prepare(*database, statement);
@@ -95,9 +93,10 @@ Result<void> ImportWriter::GiveUp(const Result<void>& failed) {
   return failed;
 }
 
-// The store is asked about what is in it, so that nothing may wait.
+// The store is asked about what is in it, so that nothing may wait. The filter knows the address from here on: it is
+// there, or comes there next.
 Result<bool> ImportWriter::IsThere(std::string_view address) {
-  if (filter_ && !filter_->MayHold(address)) return false;
+  if (filter_ && !filter_->Add(address)) return false;
   if (const auto inserted = InsertWaiting(); !inserted) return inserted.error();
   const std::array<std::string_view, 2> values{group_key_, address};
   if (const auto bound = find_.Bind(values, Lifetime::kOutlivesStep); !bound) return bound.error();
@@ -158,7 +157,6 @@ Result<void> ImportWriter::Offer(std::span<const std::string_view> values) {
   if (waiting_.rows == kRowsAtOnce) {
     if (const auto inserted = InsertWaiting(); !inserted) return GiveUp(inserted);
   }
-  if (filter_) filter_->Add(address);
   ++batch_.added;
   report_.Added(address);
   return CountRow();

@@ -126,15 +126,15 @@ class Sheet final : public XmlListener {
   Sheet(const OfficeBook& book, SheetRow& row) : book_(book), row_(row) {}
 
   void Begin(std::string_view element, const XmlAttributes& attributes) override {
-    if (element == "row") {
-      const auto number = attributes.Number("r");
-      number_ = number == 0 ? number_ + 1 : number;
-      column_ = 0;
-    } else if (element == "c") {
+    if (element == "c") {
       column_ = ColumnOf(attributes.Value("r"), column_);
       type_ = TypeOf(attributes.Value("t"));
       format_ = attributes.Number("s");
       text_.clear();
+    } else if (element == "row") {
+      const auto number = attributes.Number("r");
+      number_ = number == 0 ? number_ + 1 : number;
+      column_ = 0;
     } else {
       in_value_ = !in_phonetic_ && (element == "v" || element == "t");
       in_phonetic_ = in_phonetic_ || element == "rPh";

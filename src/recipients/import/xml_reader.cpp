@@ -13,10 +13,21 @@
 namespace quillcast::recipients {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
-constexpr std::string_view kEndsName = " \t\r\n/>=";
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+bool EndsName(char c) { return IsBlank(c) || c == '/' || c == '>' || c == '='; }
 
-std::string_view WithoutPrefix(std::string_view name) { return name.substr(name.find(':') + 1); }
+// Names and blanks are a few characters long: a loop is through before a search of the library has begun.
+template <typename Ends>
+std::size_t LengthUntil(std::string_view text, Ends ends) {
+  std::size_t length = 0;
+  while (length < text.size() && !ends(text[length])) ++length;
+  return length;
+}
+
+std::string_view WithoutPrefix(std::string_view name) {
+  const auto prefix = LengthUntil(name, [](char c) { return c == ':'; });
+  return prefix == name.size() ? name : name.substr(prefix + 1);
+}
 
 // "&#38;" or "&#x26;" without its first two characters and its last; false where it is none.
 bool AppendByNumber(std::string_view digits, std::string& out) {
@@ -44,10 +55,10 @@ bool AppendReference(std::string_view name, std::string& out) {
   return false;
 }
 
-// `scratch` holds the text where it is not as it stands.
-std::string_view Decoded(std::string_view text, std::string& scratch) {
+bool HasReferences(std::string_view text) { return text.find('&') != std::string_view::npos; }
+
+void Decode(std::string_view text, std::string& scratch) {
   constexpr std::size_t kLongestReference = 16;
-  if (text.find('&') == std::string_view::npos) return text;
   scratch.clear();
   while (!text.empty()) {
     const auto reference = std::min(text.find('&'), text.size());
@@ -59,6 +70,12 @@ std::string_view Decoded(std::string_view text, std::string& scratch) {
     if (!is_one) scratch += '&';
     text.remove_prefix(is_one ? end + 1 : 1);
   }
+}
+
+// `scratch` holds the text where it is not as it stands.
+std::string_view Decoded(std::string_view text, std::string& scratch) {
+  if (!HasReferences(text)) return text;
+  Decode(text, scratch);
   return scratch;
 }
 
@@ -98,14 +115,15 @@ class Scanner {
     rest_.remove_prefix(length);
   }
   // Gives what stands before `end`; fails where that does not come.
-  std::string_view TakeThrough(std::string_view end) {
-    const auto at = rest_.find(end);
+  std::string_view TakeThrough(std::string_view end) { return TakeTo(rest_.find(end), end.size()); }
+  std::string_view TakeThroughOne(char end) { return TakeTo(rest_.find(end), 1); }
+  std::string_view TakeTo(std::size_t at, std::size_t end_size) {
     if (at == std::string_view::npos) {
       Fail();
       return {};
     }
     const std::string_view taken = rest_.substr(0, at);
-    rest_.remove_prefix(at + end.size());
+    rest_.remove_prefix(at + end_size);
     return taken;
   }
   void TakeLiteral() {
@@ -114,7 +132,7 @@ class Scanner {
     if (failed_.empty() && depth_ > 0) listener_.Text(text);
   }
   void TakeEnd() {
-    const std::string_view tag = TakeThrough(">");
+    const std::string_view tag = TakeThroughOne('>');
     if (failed_.empty() && depth_ == 0) Fail();
     if (!failed_.empty()) return;
     --depth_;
@@ -122,8 +140,8 @@ class Scanner {
   }
   void TakeBegin() {
     rest_.remove_prefix(1);
-    const auto length = rest_.find_first_of(kEndsName);
-    if (length == 0 || length == std::string_view::npos) return Fail();
+    const auto length = LengthUntil(rest_, EndsName);
+    if (length == 0 || length == rest_.size()) return Fail();
     const std::string_view name = WithoutPrefix(rest_.substr(0, length));
     rest_.remove_prefix(length);
     attributes_.Clear();
@@ -142,19 +160,18 @@ class Scanner {
   }
   // False at the end of the tag.
   bool TakeAttribute() {
-    rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size()));
+    rest_.remove_prefix(LengthUntil(rest_, [](char c) { return !IsBlank(c); }));
     if (rest_.starts_with('>') || rest_.starts_with("/>")) return false;
-    const auto equals = rest_.find_first_of(kEndsName);
-    const auto open = equals == std::string_view::npos ? equals : rest_.find_first_not_of("= \t\r\n", equals);
-    if (equals == 0 || open == std::string_view::npos || (rest_[open] != '"' && rest_[open] != '\'')) {
+    const auto equals = LengthUntil(rest_, EndsName);
+    const auto open = equals + LengthUntil(rest_.substr(equals), [](char c) { return c != '=' && !IsBlank(c); });
+    if (equals == 0 || open == rest_.size() || (rest_[open] != '"' && rest_[open] != '\'')) {
       Fail();
       return false;
     }
     const std::string_view name = WithoutPrefix(rest_.substr(0, equals));
     const char quote = rest_[open];
     rest_.remove_prefix(open + 1);
-    const std::string_view value = TakeThrough(std::string_view(&quote, 1));
-    attributes_.Add(name, Decoded(value, scratch_));
+    attributes_.Add(name, TakeThroughOne(quote));
     return failed_.empty();
   }
 
@@ -170,16 +187,19 @@ class Scanner {
 
 }  // namespace
 
-void XmlAttributes::Add(std::string_view name, std::string_view value) {
+void XmlAttributes::Add(std::string_view name, std::string_view raw) {
   if (count_ == attributes_.size()) attributes_.emplace_back();
-  attributes_[count_].name = name;
-  attributes_[count_].value = value;
-  ++count_;
+  Attribute& attribute = attributes_[count_++];
+  attribute.name = name;
+  attribute.raw = raw;
+  attribute.has_references = HasReferences(raw);
+  if (attribute.has_references) Decode(raw, attribute.decoded);
 }
 
 std::string_view XmlAttributes::Value(std::string_view name) const {
   for (std::size_t at = 0; at < count_; ++at) {
-    if (attributes_[at].name == name) return attributes_[at].value;
+    const Attribute& attribute = attributes_[at];
+    if (attribute.name == name) return attribute.has_references ? std::string_view(attribute.decoded) : attribute.raw;
   }
   return {};
 }

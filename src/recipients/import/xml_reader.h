@@ -10,7 +10,7 @@
 
 namespace quillcast::recipients {
 
-// Of the element that begins. Names are told without their prefix: formats use each name once.
+// Of the element that begins, for as long as it does. Names are told without their prefix: formats use each name once.
 class XmlAttributes {
  public:
   // Empty where there is no such attribute.
@@ -18,13 +18,16 @@ class XmlAttributes {
   // 0 where it is none, or no number.
   std::uint32_t Number(std::string_view name) const;
 
-  void Add(std::string_view name, std::string_view value);
+  // `name` and `raw`, a value with its references, are not copied.
+  void Add(std::string_view name, std::string_view raw);
   void Clear() { count_ = 0; }
 
  private:
   struct Attribute {
-    std::string name;
-    std::string value;
+    std::string_view name;
+    std::string_view raw;
+    bool has_references = false;
+    std::string decoded;  // where it has
   };
   std::vector<Attribute> attributes_;  // kept, with their room, from element to element
   std::size_t count_ = 0;
