@@ -21,7 +21,10 @@ constexpr const char* kDescription =
 int CheckStandardOutput(int exit_code) {
   const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
   if (written) return exit_code;
-  Print(stderr, "quillcast: Standard output could not be written.\n");
+  Print(
+      stderr,
+      "quillcast: Standard output could not be written.\nFree some space where it goes, or let the program that reads "
+      "it read to the end.\n");
   return exit_code == 0 ? ExitCode(Failure::kIo) : exit_code;
 }
 

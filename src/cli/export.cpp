@@ -129,7 +129,8 @@ int Conclude(Context& context, const ExportOptions& options, const ExportOutcome
   if (outcome.error) return context.output.Fail(*outcome.error);
   const std::string summary = recipients::ExportSummary(outcome.written);
   if (options.file == kStandardOutput) {
-    context.output.Note(summary);
+    // Nothing is counted that did not arrive; the failure is told at the end of every command.
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) context.output.Note(summary);
   } else {
     context.output.Line(summary);
     context.output.Object({{"exported", outcome.written}, {"file", options.file}, {"lost", outcome.lost}});

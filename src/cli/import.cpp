@@ -53,6 +53,7 @@ nlohmann::ordered_json AsObject(const ImportOutcome& outcome, const ImportPlaces
   }
   if (!plan.request.mapping.IsAllIgnore()) object["mapping"] = recipients::MappingText(plan.request.mapping);
   std::vector<std::string> warnings;
+  if (!plan.left_out.empty()) warnings.push_back(plan.left_out);
   for (const auto& sentence : recipients::ImportTroubles(outcome)) warnings.push_back(sentence.InEnglish());
   object["warnings"] = warnings;
   if (!outcome.no_report && !plan.request.dry_run) object["report"] = places.report.string();
@@ -79,7 +80,8 @@ int Conclude(Context& context, const ImportOptions& options, const ImportOutcome
                                 "Run it again to go on: what is there already counts as duplicate."});
   }
   if (outcome.counts.added + outcome.counts.duplicates > 0) return 0;
-  return context.output.Fail({Failure::kBadData, Say("{} holds no address.", options.file),
+  const std::string file = options.file == "-" ? "Standard input" : options.file;
+  return context.output.Fail({Failure::kBadData, Say("{} holds no address.", file),
                               "`--preview` shows how the file is read; `--encoding`, `--delimiter` and `--map` change "
                               "it."});
 }
@@ -169,7 +171,10 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
   import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"");
-  import.add_flag("--header", options.header, "Map the fields by what the first line calls them, in many languages");
+  import.add_flag("--header", options.header,
+                  "Map the fields by what the line of headings, one of the first five, calls them");
+  import.add_option("--take", options.take,
+                    "Take these columns of the file, eighteen at most, as its fields: \"25,1,2\"");
   import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name");
   import.add_option("--save-mapping", options.save_mapping, "Keep the mapping, and how the file is read, under a name");
   import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");

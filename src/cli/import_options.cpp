@@ -1,12 +1,13 @@
 #include "cli/import_options.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
-#include <limits>
+#include <algorithm>
 
 #include "platform/text.h"
-#include "recipients/import/headings.h"
 #include "recipients/import/kept_mappings.h"
+#include "recipients/import/taken_fields.h"
 
 namespace quillcast::cli {
 namespace {
@@ -31,6 +32,12 @@ Result<void> CheckWays(const ImportOptions& options) {
   if (ways > 1) return WaysOfMapping("An import takes either --harvest or --map, --header or --mapping.");
   if (ways == 0 && !options.preview)
     return WaysOfMapping("An import takes either --harvest or one of --map, --header and --mapping.");
+  if (!options.take.empty() && options.harvest)
+    return WaysOfMapping("--take does not go with --harvest, which looks at all columns.");
+  if (!options.take.empty() && !options.save_mapping.empty()) {
+    return Error{Failure::kUsage, "--save-mapping does not keep which columns are taken.",
+                 "Leave it out, or reorder the columns of the file and leave --take out."};
+  }
   if (options.quotes && options.rfc4180) {
     return Error{
         Failure::kUsage, "--quotes and --rfc4180 exclude each other.",
@@ -72,38 +79,62 @@ Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions
   return {};
 }
 
-Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
-  auto reading = plan.request.reading;
-  reading.most_fields = std::numeric_limits<std::int32_t>::max();
-  const auto sample = recipients::ReadSample(plan.request.file, reading, codeset, 1, plan.request.skip);
-  if (!sample) return sample.error();
-  if (!sample->facts.encoding.name.empty()) plan.request.reading.known = sample->facts.encoding;
-  if (recipients::HasKnownFields(sample->facts.format)) {
-    plan.request.mapping = recipients::KnownMapping();
-    return {};
-  }
-  if (!sample->lines.empty()) {
-    const auto& line = sample->lines.front();
-    auto fields = line.Fields();
-    std::vector<std::string> bare;
-    if (plan.request.quotes) {
-      for (auto& field : fields) field = recipients::WithoutQuotes(field);
-    }
-    plan.request.mapping = recipients::MapByHeadings(fields).mapping;
-    plan.request.skip = line.number;
-    plan.headings.assign(fields.begin(), fields.end());
-  }
-  if (plan.request.mapping.source[recipients::kEmail] != recipients::kIgnore) return {};
+// Which headings stand too far back, and how they are mapped all the same.
+std::string LeftOut(const recipients::ProposedMapping& found) {
+  if (found.beyond.empty()) return {};
   std::string named;
-  for (const std::string& heading : plan.headings) named += (named.empty() ? "" : ", ") + heading;
-  return Error{Failure::kBadData,
-               Say("The heading line names no field for the address: {}.", platform::Printable(named, kLongestShown)),
-               "`--preview` shows the fields by number, `--map` takes them by it; `--skip` leaves lines before the "
-               "headings out, and `--delimiter` says how they are parted."};
+  for (const std::size_t column : found.beyond) {
+    named += fmt::format("{}\"{}\" (column {})", named.empty() ? "" : ", ",
+                         platform::Printable(found.headings[column - 1], kLongestShown), column);
+  }
+  return fmt::format(
+      "Left out, for only the first eighteen columns are mapped: {}. Reorder the columns, or take these: --take {}.",
+      named, recipients::ColumnsText(found.columns));
 }
 
-void TakeKept(const KeptMapping& kept, ImportRequest& request) {
-  request.mapping = kept.mapping;
+Error NoAddressAmong(const std::vector<std::string>& headings) {
+  return {Failure::kBadData,
+          Say("The heading line names no field for the address: {}.",
+              platform::Printable(fmt::format("{}", fmt::join(headings, ", ")), kLongestShown)),
+          "`--preview` shows the fields by number, `--map` takes them by it; `--skip` leaves lines before the "
+          "headings out, and `--delimiter` says how they are parted."};
+}
+
+// Where none of the first lines looks like headings, the one that cannot be read may have been them.
+Error NoHeadings(const recipients::ImportSample& sample) {
+  for (const auto& line : sample.lines) {
+    if (line.fault == recipients::LineFault::kNone) continue;
+    return {Failure::kBadData, Say("The heading line, line {}, cannot be read.", line.number),
+            "A line holds 1 MiB at most, and a quote that is opened is closed; `--skip` leaves lines before the "
+            "headings out."};
+  }
+  return NoAddressAmong(sample.lines.empty() ? std::vector<std::string>() : sample.lines.front().texts);
+}
+
+Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
+  auto& request = plan.request;
+  auto reading = request.reading;
+  reading.most_fields = recipients::kFieldsForHeadings;
+  const auto sample =
+      recipients::ReadSample(request.file, reading, codeset, recipients::kLinesForHeadings, request.skip);
+  if (!sample) return sample.error();
+  if (!sample->facts.encoding.name.empty()) request.reading.known = sample->facts.encoding;
+  const auto found = recipients::ProposeMapping(*sample, request.quotes);
+  if (!found) return NoHeadings(*sample);
+  request.mapping = found->mapping;
+  request.skip = std::max(request.skip, found->skip);
+  plan.headings = found->headings;
+  plan.left_out = LeftOut(*found);
+  if (request.mapping.source[recipients::kEmail] != recipients::kIgnore) return {};
+  if (!found->names_address) return NoAddressAmong(found->headings);
+  return Error{Failure::kBadData, "No field is mapped to the address.", plan.left_out};
+}
+
+void TakeKept(const KeptMapping& kept, ImportPlan& plan) {
+  ImportRequest& request = plan.request;
+  const auto fitted = recipients::FitMapping(kept.mapping, recipients::kSourceFields);
+  request.mapping = fitted.mapping;
+  if (const auto lacking = recipients::DescribeLacking(fitted, kept.mapping)) plan.left_out = lacking->InEnglish();
   request.reading.delimiter = kept.delimiter;
   request.reading.rfc4180 = kept.rfc4180;
   request.quotes = kept.quotes;
@@ -177,13 +208,18 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
   if (!options.mapping.empty()) {
     const auto kept = recipients::FindMapping(settings, options.mapping);
     if (!kept) return kept.error();
-    TakeKept(*kept, request);
+    TakeKept(*kept, plan);
   }
   if (const auto taken = TakeFormat(options, request.reading); !taken) return taken.error();
   request.reading.rfc4180 = (request.reading.rfc4180 && !options.quotes) || options.rfc4180;
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
   request.dry_run = options.dry_run;
   if (options.skip > 0) request.skip = options.skip;
+  if (!options.take.empty()) {
+    auto columns = recipients::ParseColumns(options.take);
+    if (!columns) return columns.error();
+    request.reading.columns = std::move(*columns);
+  }
   if (const auto taken = TakeDelimiter(options, codeset, plan); !taken) return taken.error();
   if (!options.map.empty()) {
     const auto mapping = recipients::ParseMapping(options.map);
@@ -214,6 +250,7 @@ void TellPlan(Context& context, const ImportPlan& plan) {
     context.output.Note(fmt::format("Delimiter: {} (found out).", recipients::NameOf(plan.request.reading.delimiter)));
   }
   if (!plan.headings.empty()) context.output.Note(fmt::format("Mapped by the headings: {}.", MappedHeadings(plan)));
+  if (!plan.left_out.empty()) context.output.Note(plan.left_out);
 }
 
 int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset) {
@@ -223,8 +260,6 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
     reading.rfc4180 = false;
     reading.delimiter = '\n';
   }
-  const auto most = std::max(request.mapping.Highest(), recipients::kSourceFields);
-  reading.most_fields = static_cast<std::size_t>(most);
   const auto sample = recipients::ReadSample(request.file, reading, codeset, kPreviewLines, request.skip);
   if (!sample) return context.output.Fail(sample.error());
   TellFile(context, sample->facts, plan);
@@ -238,6 +273,7 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
     context.output.Object(object);
   }
   for (const auto& sentence : recipients::Describe(sample->facts)) context.output.Note(sentence.InEnglish());
+  if (!plan.left_out.empty()) context.output.Note(plan.left_out);
   return 0;
 }
 

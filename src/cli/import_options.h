@@ -15,6 +15,7 @@ struct ImportOptions {
   bool harvest = false;
   std::string map;
   bool header = false;
+  std::string take;          // columns, "25,1,2"
   std::string mapping;       // of a kept one, its name
   std::string save_mapping;  // the name to keep it under
   std::string delimiter;     // empty: that of the kept mapping, or Comma
@@ -36,6 +37,7 @@ struct ImportPlan {
   recipients::ImportRequest request;
   bool delimiter_was_found = false;
   std::vector<std::string> headings;  // that were mapped by; none without --header
+  std::string left_out;               // what to know of headings that cannot be mapped; empty where all can
 };
 
 // `file` is what to open, where that is not what was named. Errors: kUsage for what does not go together, and those of

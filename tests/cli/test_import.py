@@ -61,7 +61,27 @@ class Import(Case):
 
     def test_headings_beyond_the_eighteenth_field(self):
         wide = self.write("wide.csv", ",".join(f"x{n}" for n in range(24)) + ",Email\n" + "," * 24 + "ada@r.example\n")
-        self.assertEqual(self.run_import(wide, "-g", "All", "--header", "--opt-in")[1][0]["added"], 1)
+        code, _, err = self.run_import(wide, "-g", "All", "--header", "--opt-in")
+        self.assertEqual(code, 65)
+        self.assertIn('"Email" (column 25). Reorder the columns, or take these: --take 25.', err)
+        half = self.write("half.csv", "Orders of May\n\nEmail,City," + "," * 16 + "Phone\nada@r.example,Oslo" + "," * 17 + "22\nbob@r.example\n")
+        code, said, err = self.run_import(half, "-g", "All", "--header", "--dry-run")
+        self.assertEqual((code, said[0]["added"], said[0]["mapping"]), (0, 2, "Email Address=1,City=2"), err)
+        self.assertIn('"Phone" (column 19). Reorder the columns, or take these: --take 1,2,19.', said[0]["warnings"][0])
+        self.assertIn("--take 1,2,19", err)
+        code, said, err = self.run_import(half, "-g", "All", "--header", "--take", "1,2,19", "--opt-in")
+        self.assertEqual((code, said[0]["mapping"], said[0]["warnings"]), (0, "Email Address=1,City=2,Phone=3", []), err)
+        self.assertEqual(self.recipients("Email Address", "City", "Phone"),
+                         [("ada@r.example", "Oslo", "22"), ("bob@r.example", "", "")])
+        code, said, err = self.run_import(wide, "-g", "All", "--map", "Email Address=2", "--take", "1,25", "--opt-in")
+        self.assertEqual((code, said[0]["added"], said[0]["ignored"]), (0, 0, 1), err)  # ada is there
+        for take, more, told in (("0", ["--header"], '"0" is no column'), ("a", ["--header"], '"a" is no column'),
+                                 (",".join(["1"] * 19), ["--header"], "19 columns are too many"),
+                                 ("1", ["--harvest"], "does not go with --harvest"),
+                                 ("1", ["--header", "--save-mapping", "X"], "does not keep which columns")):
+            code, _, err = self.run_import(half, "-g", "All", "--take", take, *more, "--opt-in")
+            self.assertEqual(code, 64, err)
+            self.assertIn(told, err)
 
     def test_mappings_that_are_kept(self):
         list_ = self.write("list", "ada@r.example\tAda\n")
@@ -84,13 +104,16 @@ class Import(Case):
             ([list_, "-g", "All"], 64, "--header"),
             ([list_, "-g", "All", "--header", "--map", "Email Address=1"], 64, "either --harvest or --map"),
             ([list_, "-g", "All", "--header", "--opt-in"], 65, "names no field for the address: Name, Town"),
+            ([self.write("late", "ada@r.example,Ada\nEmail,Name\n"), "-g", "All", "--header"], 65, "address: ada@r.example, Ada"),
+            ([self.write("far", "Town" + "," * 18 + "Phone\n"), "-g", "All", "--header"], 65, "names no field for the address: Town"),
+            ([self.write("wide", "x," * 600_000), "-g", "All", "--header"], 65, "The heading line, line 1, cannot be read"),
+            (["-", "-g", "All", "--harvest", "--opt-in"], 65, "Standard input holds no address"),
             ([list_, "-g", "All", "--map", "Email Address=1", "--quotes", "--rfc4180"], 64, "exclude each other"),
             (["-g", "All", "--harvest"], 64, "No file is named"),
             (["--delete-mapping", "none"], 64, 'no mapping "none"'),
             ([list_, "-g", "All", "--harvest", "--format", "Word"], 64, '"Word" is no format'),
             ([list_, "-g", "All", "--harvest", "--opt-in", "--format", "spreadsheet"], 65, "no whole archive"),
             ([list_, "-g", "All", "--map", "Email Address=1", "--format", "vCard", "--opt-in"], 65, "holds no address"),
-            (["-", "-g", "All", "--harvest", "--opt-in"], 65, "- holds no address"),
             ([self.write("old.xls", b"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"), "-g", "All", "--header"], 65, "old kind"),
             ([self.write("a.zip", b"PK\3\4"), "-g", "All", "--harvest", "--opt-in"], 65, "is damaged"),
         ]:

@@ -171,6 +171,11 @@ class ImportFormTest : public QObject {
     scene.Pick("Ada,ada@x.org\n", "plain.txt");
     QTRY_VERIFY(!scene.Find<QWidget>("ProposeButton").isEnabled());
     QVERIFY(!scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
+    scene.Pick(std::string(24, ',') + "Email\n" + std::string(24, ',') + "ada@x.org\n", "wide.csv");
+    QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
+    scene.Press("ProposeButton");
+    QVERIFY2(scene.Warnings().contains("“Email”") && scene.Warnings().contains("quillcast import --take 25”"),
+             qPrintable(scene.Warnings()));
     scene.Press("QuotationCheckBox");
     scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n", "cards.vcf");
     QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());

@@ -182,6 +182,7 @@ void RecipientImportForm::ConnectControls() {
   slow_->setSingleShot(true);
   connect(slow_, &QTimer::timeout, this, [this] { status_->Say(tr("Looking at %1…").arg(looked_at_)); });
   connect(quotes_, &QCheckBox::toggled, this, [this] {
+    if (sample_) proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
     EnableControls();
     ShowSample();
   });

@@ -11,6 +11,7 @@
 #include "desktop/recipients/kept_mapping_box.h"
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/widgets/qt_text.h"
+#include "recipients/import/taken_fields.h"
 
 namespace quillcast::desktop {
 
@@ -58,10 +59,12 @@ void RecipientImportForm::Propose() {
   mapping_->Choose(proposed_->mapping);
   if (proposed_->beyond.empty()) return;
   Warn({SayOf(static_cast<std::int64_t>(proposed_->beyond.size()),
-              "{} field stands behind the eighteenth and cannot be chosen: “{}”. Move it to the front of the file.",
+              "{} field stands behind the eighteenth and cannot be chosen: “{}”. Move it to the front of the file, or "
+              "import it by command, with “{}”.",
               "{} fields stand behind the eighteenth and cannot be chosen, the first is “{}”. Move them to the front "
-              "of the file.",
-              platform::Printable(proposed_->beyond.front(), 100))});
+              "of the file, or import it by command, with “{}”.",
+              platform::Printable(proposed_->headings[proposed_->beyond.front() - 1], 100),
+              "quillcast import --take " + recipients::ColumnsText(proposed_->columns))});
 }
 
 recipients::KeptMapping RecipientImportForm::Current() const {

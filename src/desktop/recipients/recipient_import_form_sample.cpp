@@ -121,6 +121,7 @@ void RecipientImportForm::LookAtFile(const Wish& wish) {
   slow_->start(kSlowLook);
   auto reading = read_as_;
   if (reading.encoding.empty()) reading.known = known_;
+  reading.most_fields = recipients::kFieldsForHeadings;
   const bool finds_delimiter = wish.is_new_file && !delimiter_is_picked_;
   const bool lists_sheets = sheet_->count() == 0;
   const auto count = kLinesShown + static_cast<std::size_t>(SkippedLines());
@@ -177,7 +178,7 @@ void RecipientImportForm::TakeFormat(const Look& look) {
 void RecipientImportForm::ShowLook(const Look& look) {
   const std::string encoding = read_as_.encoding;  // another may be typed by now, which is looked for when it is done
   sample_ = *look.sample;
-  proposed_ = recipients::ProposeMapping(*sample_);
+  proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
   TakeFormat(look);
   EnableControls();
   if (look.wish.fills_lists) OfferFields();

@@ -83,9 +83,17 @@ HeadingMapping MapByHeadings(std::span<const std::string_view> headings) {
     if (source[part] == kIgnore) source[part] = whole_name;
   }
   const auto mapped = std::count_if(source.begin(), source.end(), [](int from) { return from != kIgnore; });
+  found.names_address = source[kEmail] != kIgnore;
   found.looks_like_headings =
-      (source[kEmail] != kIgnore || mapped >= 2) &&
+      (found.names_address || mapped >= 2) &&
       std::none_of(headings.begin(), headings.end(), [](auto text) { return CheckEmail(text); });
+  for (int& from : source) {
+    if (from == kIgnore) continue;
+    found.columns.push_back(static_cast<std::size_t>(from));
+    if (from <= kSourceFields) continue;
+    found.beyond.push_back(static_cast<std::size_t>(from));
+    from = kIgnore;
+  }
   return found;
 }
 

@@ -1,7 +1,6 @@
 // Which field of a line goes into which field of a recipient.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <span>
@@ -14,7 +13,7 @@
 
 namespace quillcast::recipients {
 
-// Only the first eighteen fields of a line can be chosen by number.
+// Only the first eighteen fields of a line can be chosen, by number or by their headings.
 inline constexpr int kSourceFields = 18;
 inline constexpr int kIgnore = 0;
 inline constexpr const char* kIgnoreEntry = "Ignore";
@@ -23,8 +22,6 @@ struct ImportMapping {
   std::array<int, kFieldCount> source{};  // by position in kFields: the field of the line, from 1, or kIgnore
 
   bool IsAllIgnore() const { return *this == ImportMapping{}; }
-  // The last field of a line that is taken; beyond the eighteenth where headings chose it.
-  int Highest() const { return *std::max_element(source.begin(), source.end()); }
   bool operator==(const ImportMapping&) const = default;
 };
 

@@ -9,7 +9,6 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::size_t kLinesForADelimiter = 64;
-constexpr std::size_t kLinesForHeadings = 5;
 
 }  // namespace
 
@@ -50,20 +49,20 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, Readin
   return FindDelimiter(lines);
 }
 
-std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample) {
-  if (HasKnownFields(sample.facts.format)) return ProposedMapping{KnownMapping(), 0, {}};
+std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes) {
+  if (HasKnownFields(sample.facts.format)) return ProposedMapping{.mapping = KnownMapping()};
   for (std::size_t at = 0; at < std::min(sample.lines.size(), kLinesForHeadings); ++at) {
-    const auto headings = sample.lines[at].Fields();
+    auto headings = sample.lines[at].Fields();
+    if (quotes) std::transform(headings.begin(), headings.end(), headings.begin(), WithoutQuotes);
     if (std::any_of(headings.begin(), headings.end(), IsBareAddress)) break;
     const HeadingMapping found = MapByHeadings(headings);
     if (!found.looks_like_headings) continue;
-    ProposedMapping proposed{found.mapping, sample.lines[at].number, {}};
-    for (int& source : proposed.mapping.source) {
-      if (source <= kSourceFields) continue;
-      proposed.beyond.emplace_back(headings[static_cast<std::size_t>(source) - 1]);
-      source = kIgnore;
-    }
-    return proposed;
+    return ProposedMapping{.mapping = found.mapping,
+                           .skip = sample.lines[at].number,
+                           .headings = {headings.begin(), headings.end()},
+                           .columns = found.columns,
+                           .beyond = found.beyond,
+                           .names_address = found.names_address};
   }
   return {};
 }

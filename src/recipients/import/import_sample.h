@@ -38,11 +38,18 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, Readin
 
 // The mapping that a file suggests: that of its format, or the one of its headings.
 struct ProposedMapping {
-  ImportMapping mapping;            // of fields that can be chosen by number
-  std::int64_t skip = 0;            // lines that are no recipients: those up to the headings
-  std::vector<std::string> beyond;  // headings of fields behind the eighteenth that would be taken
+  ImportMapping mapping;                   // of fields that can be chosen by number
+  std::int64_t skip = 0;                   // lines that are no recipients: those up to the headings
+  std::vector<std::string> headings = {};  // all of that line; none for a format whose fields are known
+  std::vector<std::size_t> columns = {};   // see HeadingMapping, also the next two
+  std::vector<std::size_t> beyond = {};
+  bool names_address = true;
 };
-// Nothing where none of the first lines looks like headings; spreadsheets have titles above them.
-std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample);
+// A title may stand above the headings, and so many lines are looked at.
+inline constexpr std::size_t kLinesForHeadings = 5;
+// Headings are looked for among as many fields as the widest spreadsheets have columns.
+inline constexpr std::size_t kFieldsForHeadings = 16'384;
+// Nothing where none of the first lines looks like headings. `quotes` takes the first and last character off each.
+std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes);
 
 }  // namespace quillcast::recipients

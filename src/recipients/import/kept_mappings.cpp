@@ -34,7 +34,7 @@ KeptMapping FromJson(const std::string& name, const json& row) {
     return row.value(key, json()).is_string() ? row[key].get<std::string>() : "";
   };
   const auto flag = [&row](const char* key) { return row.value(key, json()) == json(true); };
-  // Headings can have chosen fields behind the eighteenth.
+  // Headings could once choose fields behind the eighteenth; who applies the mapping is told of them.
   if (const auto mapping = ParseMapping(text("map"), std::numeric_limits<int>::max())) kept.mapping = *mapping;
   kept.delimiter = DelimiterOf(text("delimiter")).value_or(',');
   kept.quotes = flag("quotes");

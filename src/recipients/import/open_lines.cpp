@@ -7,6 +7,7 @@
 #include "recipients/import/delimited_lines.h"
 #include "recipients/import/ldif_lines.h"
 #include "recipients/import/spreadsheet_lines.h"
+#include "recipients/import/taken_fields.h"
 #include "recipients/import/vcard_lines.h"
 
 namespace quillcast::recipients {
@@ -48,6 +49,22 @@ std::unique_ptr<FieldLines> Made(Lines lines) {
   return std::make_unique<Lines>(std::move(lines));
 }
 
+Result<std::unique_ptr<FieldLines>> OpenAs(FileFormat format, const std::filesystem::path& file,
+                                           const ReadingOptions& options, std::string_view code_page,
+                                           const platform::CancelToken* cancel) {
+  if (format == FileFormat::kSpreadsheet) {
+    auto lines = SpreadsheetLines::Open(file, options.sheet, cancel);
+    if (!lines) return lines.error();
+    return Made(std::move(*lines));
+  }
+  auto source = OpenText(file, options, code_page, cancel);
+  if (!source) return source.error();
+  if (format == FileFormat::kVCard) return Made(VCardLines(std::move(*source)));
+  if (format == FileFormat::kLdif) return Made(LdifLines(std::move(*source)));
+  if (options.rfc4180) return Made(QuotedLines(std::move(*source), options.delimiter, options.most_fields));
+  return Made(DelimitedLines(std::move(*source), options.delimiter, options.most_fields));
+}
+
 }  // namespace
 
 Result<FileFormat> FormatOf(const std::filesystem::path& file, const ReadingOptions& options) {
@@ -73,17 +90,13 @@ Result<std::unique_ptr<FieldLines>> OpenLines(const std::filesystem::path& file,
                                               std::string_view code_page, const platform::CancelToken* cancel) {
   const auto format = FormatOf(file, options);
   if (!format) return format.error();
-  if (*format == FileFormat::kSpreadsheet) {
-    auto lines = SpreadsheetLines::Open(file, options.sheet, cancel);
-    if (!lines) return lines.error();
-    return Made(std::move(*lines));
-  }
-  auto source = OpenText(file, options, code_page, cancel);
-  if (!source) return source.error();
-  if (*format == FileFormat::kVCard) return Made(VCardLines(std::move(*source)));
-  if (*format == FileFormat::kLdif) return Made(LdifLines(std::move(*source)));
-  if (options.rfc4180) return Made(QuotedLines(std::move(*source), options.delimiter, options.most_fields));
-  return Made(DelimitedLines(std::move(*source), options.delimiter, options.most_fields));
+  // An address book's fields have their places.
+  if (options.columns.empty() || HasKnownFields(*format)) return OpenAs(*format, file, options, code_page, cancel);
+  ReadingOptions whole = options;
+  whole.most_fields = *std::max_element(options.columns.begin(), options.columns.end());
+  auto lines = OpenAs(*format, file, whole, code_page, cancel);
+  if (!lines) return lines;
+  return Made(TakenFields(std::move(*lines), options.columns));
 }
 
 Result<FileFormat> FindOutFormat(const std::filesystem::path& file) {

@@ -23,6 +23,7 @@ struct ReadingOptions {
   std::string encoding = {};                // of a text; empty: found out, see FindOutEncoding
   std::optional<TextEncoding> known = {};   // what was found out of this file before: it is not read for that again
   std::size_t most_fields = kSourceFields;  // that are cut out of a line
+  std::vector<std::size_t> columns = {};    // that are taken instead, in this order, see TakenFields; none: all
 
   bool operator==(const ReadingOptions&) const = default;
 };

@@ -144,9 +144,7 @@ Result<Opened> Open(const ImportRequest& request, const ImportPlaces& places, co
       return opened;
     }
   }
-  ReadingOptions reading = request.reading;
-  reading.most_fields = static_cast<std::size_t>(std::max(request.mapping.Highest(), kSourceFields));
-  auto lines = OpenLines(request.file, reading, places.code_page, &cancel);
+  auto lines = OpenLines(request.file, request.reading, places.code_page, &cancel);
   if (!lines) return lines.error();
   opened.lines = std::move(*lines);
   return opened;

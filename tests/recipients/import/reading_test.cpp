@@ -122,7 +122,11 @@ TEST(Headings, MapByWhatListsCallTheFields) {
   }
   std::vector<std::string_view> many(30, "x");
   many[24] = "Email";
-  EXPECT_EQ(MapByHeadings(many).mapping.source[kEmail], 25);
+  many[17] = "City";
+  const auto wide = MapByHeadings(many);
+  EXPECT_EQ(MappingText(wide.mapping), "City=18");
+  EXPECT_EQ(wide.beyond, std::vector<std::size_t>{25});
+  EXPECT_EQ(wide.columns, (std::vector<std::size_t>{25, 18}));
 }
 
 TEST(KeptMappings, AreFoundByNameUntilDeleted) {
