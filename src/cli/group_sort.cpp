@@ -16,6 +16,8 @@ using recipients::RecipientGroup;
 using recipients::RecipientStore;
 using recipients::SortKey;
 
+constexpr std::size_t kLongestOrder = 200;  // of a text that is not understood
+
 struct SortOptions {
   std::string group;
   std::string by;
@@ -44,9 +46,17 @@ std::string LabelOf(std::string_view column) {
   return std::string(column);
 }
 
+// It is the store's, which others write as well; whoever only looks at it has done nothing wrong.
+int ShowWhatIsNotUnderstood(Context& context, const RecipientGroup& group) {
+  context.output.Line(platform::Printable(group.sort_sql, kLongestOrder));
+  context.output.Object({{"group", group.name}, {"sort", nullptr}, {"not_understood", group.sort_sql}});
+  context.output.Note("This order is not understood, so the group is neither listed nor sent to. --by sets another.");
+  return 0;
+}
+
 Result<int> Show(Context& context, const RecipientGroup& group) {
   const auto keys = recipients::SortKeysOf(group.sort_sql);
-  if (!keys) return keys.error();
+  if (!keys) return ShowWhatIsNotUnderstood(context, group);
   auto fields = nlohmann::ordered_json::array();
   std::string line;
   for (const SortKey& key : *keys) {

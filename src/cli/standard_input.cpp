@@ -14,6 +14,10 @@ Result<void> CopyStandardInput(int to, const std::filesystem::path& folder) {
   for (;;) {
     const ssize_t count = ::read(STDIN_FILENO, block.data(), block.size());
     if (count == 0) return {};
+    if (count < 0 && errno == EBADF) {
+      return Error{Failure::kNoInput, "Standard input is closed.",
+                   "Direct a file or the output of another command to it, or name a file."};
+    }
     // EINTR as well: the person who waits has had enough.
     if (count < 0) return platform::SystemError("read", "standard input", errno);
     auto written = platform::WriteAll(to, folder, std::string_view(block).substr(0, static_cast<std::size_t>(count)));

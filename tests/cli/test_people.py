@@ -80,6 +80,12 @@ class People(Case):
                          [{"group": "A", "Email Address": "cy@x.org", "First Name": "Cy", "Last Name": "McDonald"}])
         self.assertEqual(len(self.json("find", "--field", "First Name", "--compare", "Equals", "BOB", "--fields")[0]), 19)
         self.assertEqual(self.ok("group", "sort", "B"), "In the order in which they were added\n")
+        for order in ("random()", None):  # as another program left it
+            with sqlite3.connect(self.profile / "data" / "Group.mdb") as store:
+                store.execute("UPDATE Groups SET SortSQL = ? WHERE ID = 2", (order,))
+            code, out, err = self.run_program("group", "sort", "B")
+            self.assertEqual((code, out), (0, "random()\n" if order else "In the order in which they were added\n"))
+            self.assertEqual("is not understood" in err, bool(order), err)
         self.ok("recipient", "add", "-g", "B", "-e", "cy@x.org, home")
         self.assertEqual(self.json("--yes", "group", "duplicates", "B", "--delete")[-1],
                          {"group": "B", "done": "duplicates", "deleted": 1})
@@ -97,6 +103,9 @@ class People(Case):
         self.assertEqual(self.pipe("$Q --yes recipient delete -g A - </dev/null")[0], 66)
         self.assertEqual(self.pipe("echo cy@x.org | $Q recipient delete -g A -")[0], 77, "nobody answers the question")
         self.assertEqual(self.pipe("$Q find x.org >/dev/full")[0], 74)
+        code, _, err = self.pipe("$Q import - -g A --harvest --opt-in <&-")
+        self.assertEqual(code, 66)
+        self.assertIn("Standard input is closed.\nDirect a file", err)
         self.assertEqual(self.addresses("A"), ["cy@x.org"])
 
     def test_refused(self):
