@@ -146,8 +146,8 @@ Result<int> Export(Context& context, const profile::Folders& folders, const Expo
   const RecipientStore store(folders.Database(), {.cancel = &context.cancel});
   if (const auto checked = Check(context, store, options); !checked) return checked.error();
   if (options.file != kStandardOutput) {
-    const auto outcome =
-        recipients::ExportToFile(folders.Database(), *request, options.file, context.cancel, ShowProgress(context));
+    const auto outcome = recipients::ExportToFile(folders.Database(), *request, options.file, folders.OwnFiles(),
+                                                  context.cancel, ShowProgress(context));
     context.output.EndProgress();
     return Conclude(context, options, outcome);
   }

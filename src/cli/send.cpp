@@ -158,8 +158,9 @@ int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& pr
     return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(options.to_file),
                                 "Name another file, or answer yes (--yes does) to have it unlocked."});
   }
-  const auto written = platform::ReplaceChosenFile(
-      options.to_file, [&](int fd) { return message::WriteMessage(rendered, fd, options.to_file); });
+  const auto written = platform::ReplaceChosenFile(options.to_file, context.Folders().OwnFiles(), [&](int fd) {
+    return message::WriteMessage(rendered, fd, options.to_file);
+  });
   if (!written) return context.output.Fail(written.error());
   context.output.Line(
       fmt::format("The message for {} is in {}.", platform::Printable(options.as, 100), options.to_file));

@@ -114,7 +114,8 @@ int RunExport(Context& context, const TemplateOptions& options) {
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write)
     return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Name another file."});
-  const auto done = OwnTemplates(folders.Templates()).Export(options.name, document::PicturePlaces(folders), file);
+  const auto done = OwnTemplates(folders.Templates())
+                        .Export(options.name, document::PicturePlaces(folders), file, folders.OwnFiles());
   return Conclude(context, done, fmt::format("Template \"{}\" is in {}.", options.name, file.string()),
                   {{"template", options.name}, {"done", "export"}, {"file", file.string()}});
 }

@@ -137,13 +137,15 @@ Result<void> OwnTemplates::Remove(std::string_view name) const {
   return failed ? platform::SystemError("remove", *file, failed.value()) : Result<void>();
 }
 
-Result<void> OwnTemplates::Export(std::string_view name, const PicturePlaces& places, const fs::path& file) const {
+Result<void> OwnTemplates::Export(std::string_view name, const PicturePlaces& places, const fs::path& file,
+                                  const platform::OwnFiles& own) const {
   const auto kept = ReadAsKept(name);
   if (!kept) return kept.error();
+  if (auto other = platform::CheckIsNotOwn(file, own); !other) return other;
   const std::string beside = file.stem().string() + "_files";
   const auto html =
       CopyPictures(*kept, folder_, places, {file.parent_path() / beside, platform::PercentEncoded(beside)});
-  return html ? platform::ReplaceFile(file, *html) : html.error();
+  return html ? platform::ReplaceChosenFile(file, own, *html) : html.error();
 }
 
 }  // namespace quillcast::document

@@ -12,6 +12,7 @@
 
 #include "document/picture_places.h"
 #include "platform/complaint.h"
+#include "platform/file_attributes.h"
 #include "platform/result.h"
 
 namespace quillcast::document {
@@ -48,8 +49,10 @@ class OwnTemplates {
   Result<void> Keep(std::string_view name, const LetterToKeep& letter, IfThere if_there) const;
   Result<void> Rename(std::string_view name, std::string_view new_name, IfThere if_there) const;
   Result<void> Remove(std::string_view name) const;
-  // As a file that can go elsewhere, with its pictures beside it in "FILE_files". Replaces the file.
-  Result<void> Export(std::string_view name, const PicturePlaces& places, const std::filesystem::path& file) const;
+  // As a file that can go elsewhere, with its pictures beside it in "FILE_files". Replaces the file, unless it
+  // would be one of the program's `own`.
+  Result<void> Export(std::string_view name, const PicturePlaces& places, const std::filesystem::path& file,
+                      const platform::OwnFiles& own) const;
 
   const std::filesystem::path& folder() const { return folder_; }
 

@@ -3,11 +3,45 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
+
 #include "platform/file.h"
 
 namespace quillcast::platform {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Beside a database, while it is written.
+constexpr std::array<const char*, 4> kCompanions = {"", "-journal", "-wal", "-shm"};
+
+fs::path OnePath(const fs::path& path) {
+  std::error_code failed;
+  fs::path one = fs::weakly_canonical(fs::absolute(path, failed), failed);
+  return failed ? path : one;
+}
+
+bool IsWithin(const fs::path& path, const fs::path& folder) {
+  const auto [in_path, in_folder] = std::mismatch(path.begin(), path.end(), folder.begin(), folder.end());
+  // A folder that is written with a separator at its end has an empty part there.
+  return in_folder == folder.end() || (in_folder->empty() && in_path != path.end());
+}
+
+bool IsOrIsWithin(const fs::path& path, const fs::path& kept) {
+  return std::any_of(kCompanions.begin(), kCompanions.end(), [&](const char* companion) {
+    const fs::path own = kept.string() + companion;
+    // A second name of the same file is told by its device and number.
+    return IsWithin(path, OnePath(own)) || fs::equivalent(path, own, IgnoreErrors());
+  });
+}
+
+bool IsAmong(const fs::path& path, const std::vector<fs::path>& files) {
+  return std::any_of(files.begin(), files.end(), [&](const fs::path& file) { return IsOrIsWithin(path, file); });
+}
+
+}  // namespace
 
 bool IsLocked(const fs::path& file) {
   std::error_code failed;
@@ -33,7 +67,16 @@ Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
 
 Sentence LeftLocked(const fs::path& file) { return Say("{} is locked and was left as it is.", file.string()); }
 
-Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<void>(int fd)>& write) {
+Result<void> CheckIsNotOwn(const fs::path& path, const OwnFiles& own) {
+  const fs::path one = OnePath(path);
+  if (!IsAmong(one, own.kept) || IsAmong(one, own.free)) return {};
+  return Error{Failure::kNotPermitted, Say("Cannot write {}: the program keeps its own files there.", path.string()),
+               "Name another file."};
+}
+
+Result<void> ReplaceChosenFile(const fs::path& path, const OwnFiles& own,
+                               const std::function<Result<void>(int fd)>& write) {
+  if (auto other = CheckIsNotOwn(path, own); !other) return other;
   std::error_code failed;
   const fs::path target = fs::is_symlink(path, failed) ? fs::canonical(path, failed) : path;
   if (target.empty()) return SystemError("write", path, failed.value());
@@ -52,8 +95,8 @@ Result<void> ReplaceChosenFile(const fs::path& path, const std::function<Result<
   });
 }
 
-Result<void> ReplaceChosenFile(const fs::path& path, std::string_view content) {
-  return ReplaceChosenFile(path, [&](int fd) { return WriteAll(fd, path, content); });
+Result<void> ReplaceChosenFile(const fs::path& path, const OwnFiles& own, std::string_view content) {
+  return ReplaceChosenFile(path, own, [&](int fd) { return WriteAll(fd, path, content); });
 }
 
 }  // namespace quillcast::platform

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <string_view>
+#include <vector>
 
 #include "platform/prompts.h"
 #include "platform/result.h"
@@ -24,9 +25,19 @@ Result<bool> MayWriteTo(const std::filesystem::path& file, Prompts& prompts);
 // What is told then.
 Sentence LeftLocked(const std::filesystem::path& file);
 
-// ReplaceFile for such a file: what a link leads to gets the new content, a file that was there keeps its permissions,
-// and a device or a pipe is refused.
-Result<void> ReplaceChosenFile(const std::filesystem::path& path, const std::function<Result<void>(int fd)>& write);
-Result<void> ReplaceChosenFile(const std::filesystem::path& path, std::string_view content);
+// What the program keeps itself, and what no file of a person's choice may be.
+struct OwnFiles {
+  std::vector<std::filesystem::path> kept;  // files with what their database keeps beside them, and whole folders
+  std::vector<std::filesystem::path> free;  // folders within those that people may write into
+};
+
+// kNotPermitted where a path leads to one of these, by whichever spelling or link.
+Result<void> CheckIsNotOwn(const std::filesystem::path& path, const OwnFiles& own);
+
+// ReplaceFile for a file of the person's choice: what a link leads to gets the new content, a file that was there keeps
+// its permissions; a device, a pipe and the program's own files are refused before anything is opened.
+Result<void> ReplaceChosenFile(const std::filesystem::path& path, const OwnFiles& own,
+                               const std::function<Result<void>(int fd)>& write);
+Result<void> ReplaceChosenFile(const std::filesystem::path& path, const OwnFiles& own, std::string_view content);
 
 }  // namespace quillcast::platform

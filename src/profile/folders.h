@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "platform/environment.h"
+#include "platform/file_attributes.h"
 #include "platform/result.h"
 
 namespace quillcast::profile {
@@ -27,6 +28,9 @@ struct Folders {
   std::filesystem::path ImportReport() const { return temporary / "ReportButton.txt"; }
   std::filesystem::path PreviewMessage() const { return temporary / "Preview.eml"; }
   std::filesystem::path PreviewBody() const { return temporary / "Preview.htm"; }
+
+  // What a list, a letter or anything else that a person has written somewhere must not replace.
+  platform::OwnFiles OwnFiles() const { return {.kept = {data, settings, DatabaseTemplate()}, .free = {Templates()}}; }
 };
 
 // QUILLCAST_PROGRAM_FOLDER, XDG_DATA_HOME, XDG_CONFIG_HOME, XDG_CACHE_HOME, HOME and Temp decide; `profile` puts the

@@ -166,7 +166,7 @@ TEST_F(Own, TakeTheirPicturesAlong) {
   const fs::path file = elsewhere.path() / "out.html";
   PicturePlaces places;
   places.AllowFolder(own_.folder());
-  ASSERT_TRUE(own_.Export("Logo", places, file));
+  ASSERT_TRUE(own_.Export("Logo", places, file, {}));
   EXPECT_EQ(*platform::ReadFile(file, 10000),
             "<img src='out_files/my%20logo.png'><img src='" + to_foreign + "'><img src=" + gone + ">" + web);
   EXPECT_EQ(*platform::ReadFile(elsewhere.path() / "out_files" / "my logo.png", 100), "logo");

@@ -120,6 +120,7 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 }
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
+  if (auto other = platform::CheckIsNotOwn(file, folders_.OwnFiles()); !other) return other;
   const std::string html = FromQt(editor_.Html());
   if (file != file_) taken_.clear();
   const auto saved = document::TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(),
@@ -128,7 +129,7 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   const bool as_read = read_ && *saved == read_->text;
   const auto encoding = read_ ? read_->encoding : document::BodyEncoding::kUtf8;
   std::string bytes = as_read ? read_->bytes : document::EncodeBody(document::WithCharset(*saved, encoding), encoding);
-  auto written = platform::ReplaceChosenFile(file, bytes);
+  auto written = platform::ReplaceChosenFile(file, folders_.OwnFiles(), bytes);
   if (!written) return written;
   read_ = document::BodyFile{std::move(bytes), *saved, encoding};
   editor_.SetModified(false);

@@ -115,10 +115,10 @@ Result<void> CheckWhole(const QString& pdf, const std::filesystem::path& told) {
 }
 
 // The toolkit takes names alone.
-Result<int> PrintToFile(QPrinter& printer, const std::filesystem::path& file,
+Result<int> PrintToFile(QPrinter& printer, const std::filesystem::path& file, const platform::OwnFiles& own,
                         const std::function<Result<int>()>& print) {
   Result<int> printed = 0;
-  const auto placed = platform::ReplaceChosenFile(file, [&](int fd) -> Result<void> {
+  const auto placed = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
     const QString name = QString("/proc/self/fd/%1").arg(fd);
     printer.setOutputFileName(name);
     printed = print();
@@ -132,7 +132,8 @@ Result<int> PrintToFile(QPrinter& printer, const std::filesystem::path& file,
 }  // namespace
 
 Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore& store, const QString& heading,
-                            std::span<const std::int64_t> keys, const platform::CancelToken& cancel,
+                            std::span<const std::int64_t> keys, const platform::OwnFiles& own,
+                            const platform::CancelToken& cancel,
                             const std::function<void(std::size_t done)>& progress) {
   const bool is_file = printer.outputFormat() == QPrinter::PdfFormat;
   const std::filesystem::path file = is_file ? PathFromQt(printer.outputFileName()) : std::filesystem::path();
@@ -143,7 +144,7 @@ Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore&
     const bool ended = pages.End();
     return printed && !ended ? CannotPrint(file) : printed;
   };
-  return is_file ? PrintToFile(printer, file, print) : print();
+  return is_file ? PrintToFile(printer, file, own, print) : print();
 }
 
 }  // namespace quillcast::desktop

@@ -173,13 +173,13 @@ void RecipientExportForm::Start() {
   bar_->Count(0, 0);
   status_->Say(tr("Writing %1…").arg(file_->text()));
   seen_ = std::make_shared<Progress>();
-  task_->Start([this, store = program_.folders.Database(), request = Request(), file = PathFromQt(file_->text()),
-                seen = seen_](const platform::CancelToken& cancel) {
+  task_->Start([this, store = program_.folders.Database(), own = program_.folders.OwnFiles(), request = Request(),
+                file = PathFromQt(file_->text()), seen = seen_](const platform::CancelToken& cancel) {
     const auto see = [seen](std::int64_t done, std::int64_t total) {
       seen->total = total;
       seen->done = done;
     };
-    const auto outcome = recipients::ExportToFile(store, request, file, cancel, see);
+    const auto outcome = recipients::ExportToFile(store, request, file, own, cancel, see);
     return [this, outcome] {
       tick_->stop();
       give_up_.End([this, outcome] { ShowEnd(outcome); });

@@ -63,9 +63,10 @@ RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::sha
   tick_->start(kTick);
   const QString file = printer->outputFileName();
   task_->Start([this, file, printer = std::move(printer), heading, keys = std::move(keys),
-                store_file = program.folders.Database(), seen = seen_](const platform::CancelToken& cancel) {
+                store_file = program.folders.Database(), own = program.folders.OwnFiles(),
+                seen = seen_](const platform::CancelToken& cancel) {
     const auto pages = PrintRecipients(*printer, recipients::RecipientStore(store_file, {.cancel = &cancel}), heading,
-                                       keys, cancel, [seen](std::size_t done) { seen->done = done; });
+                                       keys, own, cancel, [seen](std::size_t done) { seen->done = done; });
     return [this, pages, file] { End(pages, file); };
   });
 }

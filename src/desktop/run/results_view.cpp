@@ -21,10 +21,10 @@ enum Column : int { kPosition, kAddress, kState, kDetail };
 
 }  // namespace
 
-ResultsView::ResultsView(const run::RunResults& results, platform::Prompts& prompts, QWidget* parent)
+ResultsView::ResultsView(const run::RunResults& results, const profile::Program& program, QWidget* parent)
     : QWidget(parent),
       results_(results),
-      prompts_(prompts),
+      program_(program),
       states_(new QComboBox(this)),
       text_(new QLineEdit(this)),
       table_(new RowList(
@@ -111,15 +111,16 @@ void ResultsView::Copy() {
 }
 
 void ResultsView::Save() {
-  const auto file = prompts_.PickSaveFile(
+  const auto file = program_.prompts.PickSaveFile(
       {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
   if (file.empty()) return;
-  const auto may_write = platform::MayWriteTo(file, prompts_);
+  const auto may_write = platform::MayWriteTo(file, program_.prompts);
   if (may_write && !*may_write) {
     count_->Say(InWords(platform::LeftLocked(file)));
     return;
   }
-  const auto saved = may_write ? platform::ReplaceChosenFile(file, results_.AsText(rows_)) : may_write.error();
+  const auto saved = may_write ? platform::ReplaceChosenFile(file, program_.folders.OwnFiles(), results_.AsText(rows_))
+                               : may_write.error();
   if (saved) {
     count_->Say(tr("Saved as %1.").arg(PathToQt(file)));
   } else {

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <vector>
 
-#include "platform/prompts.h"
+#include "profile/program.h"
 #include "run/run_results.h"
 
 class QComboBox;
@@ -18,7 +18,7 @@ class StatusLine;
 class ResultsView final : public QWidget {
   Q_OBJECT
  public:
-  ResultsView(const run::RunResults& results, platform::Prompts& prompts, QWidget* parent);
+  ResultsView(const run::RunResults& results, const profile::Program& program, QWidget* parent);
   // Takes in the results that came since.
   void Grow();
 
@@ -30,7 +30,7 @@ class ResultsView final : public QWidget {
   void Save();
 
   const run::RunResults& results_;
-  platform::Prompts& prompts_;
+  const profile::Program& program_;
   run::RunResults::Filter filter_;
   std::vector<std::uint32_t> rows_;  // of the results, those that pass it
   std::size_t seen_ = 0;             // of the results

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "platform/file.h"
-#include "platform/file_attributes.h"
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "recipients/store_connection.h"
@@ -184,10 +183,10 @@ ExportOutcome ExportRecipients(const std::filesystem::path& store, const ExportR
 }
 
 ExportOutcome ExportToFile(const std::filesystem::path& store, const ExportRequest& request,
-                           const std::filesystem::path& file, const platform::CancelToken& cancel,
-                           const ExportProgress& progress) {
+                           const std::filesystem::path& file, const platform::OwnFiles& own,
+                           const platform::CancelToken& cancel, const ExportProgress& progress) {
   ExportOutcome outcome;
-  const auto replaced = platform::ReplaceChosenFile(file, [&](int fd) -> Result<void> {
+  const auto replaced = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
     const auto sink = [&](std::string_view block) { return platform::WriteAll(fd, file, block); };
     outcome = ExportRecipients(store, request, sink, cancel, progress);
     if (outcome.error) return *outcome.error;

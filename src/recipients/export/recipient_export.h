@@ -11,6 +11,7 @@
 
 #include "platform/cancel.h"
 #include "platform/complaint.h"
+#include "platform/file_attributes.h"
 #include "platform/result.h"
 #include "recipients/export/export_line.h"
 
@@ -62,10 +63,11 @@ ExportOutcome ExportRecipients(const std::filesystem::path& store, const ExportR
                                const platform::CancelToken& cancel, const ExportProgress& progress = {});
 
 // The same into a file of the person's choice, which takes its place when it is whole, or after a cancel with the rows
-// so far where there are any. After an error what was there before is still there, and nothing counts as written.
+// so far where there are any. After an error, as where it would be one of the program's `own`, what was there before is
+// still there, and nothing counts as written.
 ExportOutcome ExportToFile(const std::filesystem::path& store, const ExportRequest& request,
-                           const std::filesystem::path& file, const platform::CancelToken& cancel,
-                           const ExportProgress& progress = {});
+                           const std::filesystem::path& file, const platform::OwnFiles& own,
+                           const platform::CancelToken& cancel, const ExportProgress& progress = {});
 
 // What the count does not say and whoever exports has to know, a sentence each; none where all went well.
 std::vector<Sentence> ExportTroubles(const ExportOutcome& outcome);

@@ -34,7 +34,7 @@ class ExportTest : public StoreTest {
     ASSERT_TRUE(all->Commit());
   }
   ExportOutcome Run(const ExportFormat& format, const char* group = "A") {
-    return ExportToFile(store().file(), {group, format}, file_, cancel_);
+    return ExportToFile(store().file(), {group, format}, file_, {}, cancel_);
   }
   std::string Written(const ExportFormat& format) {
     const auto outcome = Run(format);
@@ -196,12 +196,42 @@ TEST_F(ExportTest, TakesThePlaceOfAFileAsOthersMayReadIt) {
   ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
   fs::create_directory(folder_ / "folder");
   for (const fs::path& bad : {file_, folder_ / "folder", folder_ / "none" / "list.txt"}) {
-    const auto outcome = ExportToFile(store().file(), {"A", {}}, bad, cancel_);
+    const auto outcome = ExportToFile(store().file(), {"A", {}}, bad, {}, cancel_);
     ASSERT_TRUE(outcome.error) << bad;
     EXPECT_NE(Describe(*outcome.error).find(bad.string()), std::string::npos) << Describe(*outcome.error);
     EXPECT_EQ(outcome.written, 0);
   }
   EXPECT_TRUE(fs::is_fifo(file_));
+}
+
+TEST_F(ExportTest, NeverReplacesTheProgramsOwnFiles) {
+  Put(NewGroup("A"), "a@x.org");
+  fs::create_directories(folder_ / "data" / "Templates");
+  fs::create_directory(folder_ / "beside");
+  const fs::path report = folder_ / "data" / "Report.txt";
+  std::ofstream(report) << "kept";
+  fs::create_symlink(store().file(), folder_ / "link.txt");
+  fs::create_symlink(folder_, folder_ / "way");
+  fs::create_hard_link(store().file(), folder_ / "hard.txt");
+  const platform::OwnFiles own = {.kept = {store().file(), folder_ / "settings.db", folder_ / "data" / ""},
+                                  .free = {folder_ / "data" / "Templates"}};
+  const auto before = FileText(store().file());
+  const auto relative = fs::relative(store().file());
+  for (const fs::path& file :
+       {store().file(), folder_ / "beside" / ".." / "Group.mdb", folder_ / "link.txt", folder_ / "way" / "Group.mdb",
+        folder_ / "hard.txt", relative, folder_ / "Group.mdb-journal", folder_ / "settings.db",
+        folder_ / "settings.db-wal", folder_ / "data" / "new.txt", report}) {
+    const auto outcome = ExportToFile(store().file(), {"A", {}}, file, own, cancel_);
+    ASSERT_TRUE(outcome.error) << file;
+    EXPECT_EQ(Describe(*outcome.error),
+              "Cannot write " + file.string() + ": the program keeps its own files there.\nName another file.");
+    EXPECT_EQ(outcome.written, 0);
+  }
+  EXPECT_EQ(FileText(store().file()), before);
+  EXPECT_EQ(FileText(report), "kept");
+  for (const fs::path& file : {folder_ / "data" / "Templates" / "list.htm", folder_ / "database.txt"}) {
+    EXPECT_FALSE(ExportToFile(store().file(), {"A", {}}, file, own, cancel_).error) << file;
+  }
 }
 
 TEST_F(ExportTest, AStoreThatCannotBeReadLeavesTheFileAsItWas) {
@@ -213,8 +243,8 @@ TEST_F(ExportTest, AStoreThatCannotBeReadLeavesTheFileAsItWas) {
   EXPECT_EQ(Run({}).error->failure, Failure::kBadData);
   ASSERT_TRUE(open->Execute("UPDATE [Groups] SET [SortSQL] = ''; ALTER TABLE [Emails] DROP COLUMN [G-City]"));
   EXPECT_TRUE(Run({}).error);
-  EXPECT_EQ(ExportToFile(folder_ / "none.mdb", {"A", {}}, file_, cancel_).error->failure, Failure::kNoInput);
-  EXPECT_EQ(ExportToFile(NewFile("bad.mdb", std::string(5000, 'x')), {"A", {}}, file_, cancel_).error->failure,
+  EXPECT_EQ(ExportToFile(folder_ / "none.mdb", {"A", {}}, file_, {}, cancel_).error->failure, Failure::kNoInput);
+  EXPECT_EQ(ExportToFile(NewFile("bad.mdb", std::string(5000, 'x')), {"A", {}}, file_, {}, cancel_).error->failure,
             Failure::kBadData);
   EXPECT_EQ(FileText(file_), "old");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 3) << "something was left beside it";
@@ -255,7 +285,7 @@ TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
                                 .c_str()));
   std::vector<std::int64_t> told;
   const auto outcome =
-      ExportToFile(store().file(), {"A", {}}, file_, cancel_, [&](std::int64_t done, std::int64_t total) {
+      ExportToFile(store().file(), {"A", {}}, file_, {}, cancel_, [&](std::int64_t done, std::int64_t total) {
         EXPECT_EQ(total, kRows);
         told.push_back(done);
         if (done == 3000) cancel_.Request();
