@@ -12,7 +12,10 @@ namespace quillcast::recipients {
 // Of Office Open XML (ECMA-376 18.8.30): a cell names its format by number, and that one the format of numbers.
 class NumberFormats {
  public:
-  void AddCode(std::uint32_t id, std::string_view code) { codes_[id] = code; }
+  // One that is longer than the programs allow is none.
+  void AddCode(std::uint32_t id, std::string_view code) {
+    if (code.size() <= kLongestCode) codes_[id] = code;
+  }
   // Of the next format of cells.
   void AddCellFormat(std::uint32_t id) { cells_.push_back(id); }
   // Days are counted from 1904-01-01, as some files do, not from 1899-12-30.
@@ -21,7 +24,12 @@ class NumberFormats {
   // As people see it: "2024-03-01", "01234" (where the format is "00000"), "12.5".
   std::string TextOf(double number, std::size_t cell_format) const;
 
+  bool has_too_many() const { return codes_.size() > kMost || cells_.size() > kMost; }
+
  private:
+  static constexpr std::size_t kMost = 100'000;  // the programs allow some 65,000
+  static constexpr std::size_t kLongestCode = 1024;
+
   bool IsDate(std::uint32_t id) const;
 
   std::unordered_map<std::uint32_t, std::string> codes_;

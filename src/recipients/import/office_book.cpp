@@ -10,6 +10,8 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::string_view kFolder = "xl/";
+constexpr std::size_t kLongestPart = 1000;  // bytes of a name
+constexpr std::size_t kMostRelations = 20'000;
 
 // "/xl/styles.xml" and "styles.xml" are the same part.
 std::string PartOfTarget(std::string_view target) {
@@ -24,6 +26,7 @@ class Relations final : public XmlListener {
   void Begin(std::string_view element, const XmlAttributes& attributes) override {
     if (element != "Relationship") return;
     const std::string_view type = attributes.Value("Type");
+    if (attributes.Value("Target").size() > kLongestPart) return;
     std::string part = PartOfTarget(attributes.Value("Target"));
     if (type.ends_with("/sharedStrings")) book_.texts_part = part;
     if (type.ends_with("/styles")) book_.formats_part = part;
@@ -31,6 +34,7 @@ class Relations final : public XmlListener {
   }
   void Text(std::string_view) override {}
   void End(std::string_view) override {}
+  bool HasEnough() const override { return parts_.size() > kMostRelations; }
   const std::map<std::string, std::string, std::less<>>& parts() const { return parts_; }
 
  private:
@@ -53,6 +57,7 @@ class Workbook final : public XmlListener {
   }
   void Text(std::string_view) override {}
   void End(std::string_view) override {}
+  bool HasEnough() const override { return book_.sheets.size() > kMostSheets; }
 
  private:
   const Relations& relations_;
@@ -76,6 +81,7 @@ class Texts final : public XmlListener {
     if (element == "rPh") in_phonetic_ = false;
     if (element == "si") texts_.End();
   }
+  bool HasEnough() const override { return texts_.has_too_many(); }
 
  private:
   SharedTexts& texts_;
@@ -96,6 +102,7 @@ class Formats final : public XmlListener {
   void End(std::string_view element) override {
     if (element == "cellXfs") in_cells_ = false;
   }
+  bool HasEnough() const override { return formats_.has_too_many(); }
 
  private:
   NumberFormats& formats_;
@@ -141,7 +148,7 @@ class Sheet final : public XmlListener {
     }
   }
   void Text(std::string_view text) override {
-    if (in_value_) text_ += text;
+    if (in_value_) AppendToCell(text_, text);
   }
   void End(std::string_view element) override {
     in_value_ = false;
@@ -191,13 +198,16 @@ std::string_view SharedTexts::At(std::size_t number) const {
 std::string ReadBook(std::string_view workbook, std::string_view relations, OfficeBook& book) {
   Relations read(book);
   if (auto failed = ReadXml(relations, read); !failed.empty()) return failed;
+  if (read.HasEnough()) return "it has more parts than any list";
   Workbook listener(read, book);
-  return ReadXml(workbook, listener);
+  auto failed = ReadXml(workbook, listener);
+  return listener.HasEnough() ? kTooManySheets : failed;
 }
 
 std::string ReadTexts(std::string_view xml, SharedTexts& texts, const platform::CancelToken* cancel) {
   Texts listener(texts);
-  return ReadXml(xml, listener, cancel);
+  auto failed = ReadXml(xml, listener, cancel);
+  return listener.HasEnough() ? "it has more texts than any list" : failed;
 }
 
 std::string ReadFormats(std::string_view xml, NumberFormats& formats) {

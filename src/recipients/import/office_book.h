@@ -1,6 +1,7 @@
 // The parts of a spreadsheet in Office Open XML (ECMA-376), made into rows.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,11 +18,14 @@ class SharedTexts {
   std::string_view At(std::size_t number) const;
   void Append(std::string_view text) { text_ += text; }
   // What was appended since the last end is one text.
-  void End() { ends_.push_back(text_.size()); }
+  void End() { ends_.push_back(static_cast<std::uint32_t>(text_.size())); }
+  bool has_too_many() const { return ends_.size() > kMost; }
 
  private:
-  std::string text_;
-  std::vector<std::size_t> ends_;
+  static constexpr std::size_t kMost = 10'000'000;
+
+  std::string text_;                 // of at most ArchiveDirectory::kMostUnpacked
+  std::vector<std::uint32_t> ends_;  // in it
 };
 
 struct OfficeSheet {

@@ -39,7 +39,7 @@ class Sheets final : public XmlListener {
     }
   }
   void Text(std::string_view text) override {
-    if (paragraphs_ > 0 && notes_ == 0) text_ += text;
+    if (paragraphs_ > 0 && notes_ == 0) AppendToCell(text_, text);
   }
   void End(std::string_view element) override {
     if (element == "annotation") --notes_;
@@ -73,15 +73,15 @@ class Sheets final : public XmlListener {
   }
   void BeginText(std::string_view element, const XmlAttributes& attributes) {
     if (element == "p") {
-      if (has_paragraph_) text_ += '\n';
+      if (has_paragraph_) AppendToCell(text_, "\n");
       has_paragraph_ = true;
       ++paragraphs_;
     } else if (element == "s") {
-      text_.append(std::clamp<std::uint32_t>(attributes.Number("c"), 1, kMostBlanks), ' ');
+      AppendToCell(text_, std::string(std::clamp<std::uint32_t>(attributes.Number("c"), 1, kMostBlanks), ' '));
     } else if (element == "tab") {
-      text_ += '\t';
+      AppendToCell(text_, "\t");
     } else if (element == "line-break") {
-      text_ += '\n';
+      AppendToCell(text_, "\n");
     }
   }
   // A number as it stands where it is shown as digits, leading zeros and all; not as "1,234.50 EUR".
@@ -138,6 +138,7 @@ class SheetNames final : public XmlListener {
   void Begin(std::string_view element, const XmlAttributes& attributes) override {
     if (element == "table") names_.emplace_back(attributes.Value("name"));
   }
+  bool HasEnough() const override { return names_.size() > kMostSheets; }
   void Text(std::string_view) override {}
   void End(std::string_view) override {}
 
@@ -155,7 +156,8 @@ std::string ReadOpenSheets(std::string_view xml, std::string_view wanted, SheetR
 
 std::string ListOpenSheets(std::string_view xml, std::vector<std::string>& names, const platform::CancelToken* cancel) {
   SheetNames listener(names);
-  return ReadXml(xml, listener, cancel);
+  auto failed = ReadXml(xml, listener, cancel);
+  return listener.HasEnough() ? kTooManySheets : failed;
 }
 
 }  // namespace quillcast::recipients

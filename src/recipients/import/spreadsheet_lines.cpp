@@ -1,6 +1,7 @@
 #include "recipients/import/spreadsheet_lines.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform/file.h"
 #include "platform/text.h"
@@ -131,20 +132,25 @@ Result<OfficeBook> SpreadsheetLines::ReadShared() const {
   if (!formats) return formats.error();
   // Without the formats numbers are shown as they are.
   if (!formats->empty()) ReadFormats(*formats, book->formats);
+  if (book->formats.has_too_many()) return IsDamaged(file_, "it has more formats than any list");
   return book;
 }
 
 // Of a sheet behind the one that was taken.
-Result<void> SpreadsheetLines::LookWhetherFilled(const OfficeBook& book, const std::string& part) {
+Result<bool> SpreadsheetLines::IsFilled(const OfficeBook& book, const std::string& part) const {
   const auto xml = Unpack(part);
   if (!xml) return xml.error();
-  const Take look = [this](const FieldLine&) {
-    ++sheets_left_unread_;
-    return false;
-  };
+  const Take look = [](const FieldLine&) { return false; };
   SheetRow row(look);
   ReadOfficeSheet(*xml, book, row, cancel_);
-  return {};
+  return row.has_told();
+}
+
+Result<void> SpreadsheetLines::ReadOfficeRows(const OfficeBook& book, const std::string& part, SheetRow& row) const {
+  const auto xml = Unpack(part);
+  if (!xml) return xml.error();
+  if (const auto failed = ReadOfficeSheet(*xml, book, row, cancel_); !failed.empty()) return IsDamaged(file_, failed);
+  return row.has_too_many() ? Result<void>(IsDamaged(file_, kTooManyCells)) : Result<void>();
 }
 
 Result<void> SpreadsheetLines::ReadOffice(const Take& take) {
@@ -152,20 +158,23 @@ Result<void> SpreadsheetLines::ReadOffice(const Take& take) {
   if (!book) return book.error();
   SheetRow row(take);
   bool has_wanted = wanted_.empty();
+  std::map<std::string_view, bool> filled;  // by part: many sheets may name the same one, and each is read once
   for (const OfficeSheet& sheet : book->sheets) {
     if (!row.is_wanted()) return {};
     if (!wanted_.empty() && sheet.name != wanted_) continue;
+    const auto [known, is_new] = filled.try_emplace(sheet.part);
     if (row.has_told()) {
-      if (auto looked = LookWhetherFilled(*book, sheet.part); !looked) return looked;
+      const auto looked = is_new ? IsFilled(*book, sheet.part) : Result<bool>(known->second);
+      if (!looked) return looked.error();
+      known->second = *looked;
+      sheets_left_unread_ += *looked ? 1 : 0;
       continue;
     }
     has_wanted = true;
     taken_ = sheet.name;
-    const auto xml = Unpack(sheet.part);
-    if (!xml) return xml.error();
-    if (const auto failed = ReadOfficeSheet(*xml, *book, row, cancel_); !failed.empty())
-      return IsDamaged(file_, failed);
-    if (row.has_too_many()) return IsDamaged(file_, kTooManyCells);
+    if (!is_new) continue;
+    if (auto read = ReadOfficeRows(*book, sheet.part, row); !read) return read;
+    known->second = row.has_told();
   }
   return has_wanted ? Result<void>() : NoSuchSheet();
 }

@@ -39,7 +39,8 @@ class SpreadsheetLines final : public FieldLines {
   Result<void> NoSuchSheet() const;
   Result<OfficeBook> ReadWorkbook() const;
   Result<OfficeBook> ReadShared() const;
-  Result<void> LookWhetherFilled(const OfficeBook& book, const std::string& sheet);
+  Result<bool> IsFilled(const OfficeBook& book, const std::string& part) const;
+  Result<void> ReadOfficeRows(const OfficeBook& book, const std::string& part, SheetRow& row) const;
   Result<void> ReadOffice(const Take& take);
   Result<void> ReadOpen(const Take& take);
 

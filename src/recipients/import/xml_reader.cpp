@@ -16,6 +16,10 @@ namespace {
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 bool EndsName(char c) { return IsBlank(c) || c == '/' || c == '>' || c == '='; }
 
+constexpr const char* kTooManyAttributes = "an element has attributes without end";
+constexpr std::size_t kLongestReference = 16;
+constexpr std::size_t kLongestPiece = std::size_t{64} * 1024;  // of a text, so that no copy of a large one is made
+
 // Names and blanks are a few characters long: a loop is through before a search of the library has begun.
 template <typename Ends>
 std::size_t LengthUntil(std::string_view text, Ends ends) {
@@ -58,7 +62,6 @@ bool AppendReference(std::string_view name, std::string& out) {
 bool HasReferences(std::string_view text) { return text.find('&') != std::string_view::npos; }
 
 void Decode(std::string_view text, std::string& scratch) {
-  constexpr std::size_t kLongestReference = 16;
   scratch.clear();
   while (!text.empty()) {
     const auto reference = std::min(text.find('&'), text.size());
@@ -110,9 +113,15 @@ class Scanner {
   void Fail() { failed_ = has_elements_ ? "it ends within an element" : "it is no XML"; }
 
   void TakeText() {
-    const auto length = std::min(rest_.find('<'), rest_.size());
-    if (depth_ > 0) listener_.Text(Decoded(rest_.substr(0, length), scratch_));
-    rest_.remove_prefix(length);
+    std::string_view piece = rest_.substr(0, kLongestPiece);
+    piece = piece.substr(0, piece.find('<'));
+    if (piece.size() == kLongestPiece && piece.size() < rest_.size()) {
+      const auto reference = piece.substr(piece.size() - kLongestReference).rfind('&');
+      if (reference != std::string_view::npos)
+        piece.remove_suffix(kLongestReference - reference);  // whole, in the next
+    }
+    if (depth_ > 0) listener_.Text(Decoded(piece, scratch_));
+    rest_.remove_prefix(piece.size());
   }
   // Gives what stands before `end`; fails where that does not come.
   std::string_view TakeThrough(std::string_view end) { return TakeTo(rest_.find(end), end.size()); }
@@ -171,7 +180,8 @@ class Scanner {
     const std::string_view name = WithoutPrefix(rest_.substr(0, equals));
     const char quote = rest_[open];
     rest_.remove_prefix(open + 1);
-    attributes_.Add(name, TakeThroughOne(quote));
+    const std::string_view value = TakeThroughOne(quote);
+    if (failed_.empty() && !attributes_.Add(name, value)) failed_ = kTooManyAttributes;
     return failed_.empty();
   }
 
@@ -187,19 +197,30 @@ class Scanner {
 
 }  // namespace
 
-void XmlAttributes::Add(std::string_view name, std::string_view raw) {
-  if (count_ == attributes_.size()) attributes_.emplace_back();
-  Attribute& attribute = attributes_[count_++];
-  attribute.name = name;
-  attribute.raw = raw;
-  attribute.has_references = HasReferences(raw);
-  if (attribute.has_references) Decode(raw, attribute.decoded);
+bool XmlAttributes::Add(std::string_view name, std::string_view raw) {
+  bytes_ += name.size() + raw.size();
+  if (attributes_.size() == kMost || bytes_ > kMostBytes) return false;
+  const std::size_t begin = decoded_.size();
+  const bool has_references = HasReferences(raw);
+  if (has_references) {
+    Decode(raw, scratch_);
+    decoded_ += scratch_;
+  }
+  attributes_.push_back({name, raw, has_references, begin, decoded_.size() - begin});
+  return true;
+}
+
+void XmlAttributes::Clear() {
+  attributes_.clear();
+  decoded_.clear();
+  bytes_ = 0;
 }
 
 std::string_view XmlAttributes::Value(std::string_view name) const {
-  for (std::size_t at = 0; at < count_; ++at) {
-    const Attribute& attribute = attributes_[at];
-    if (attribute.name == name) return attribute.has_references ? std::string_view(attribute.decoded) : attribute.raw;
+  for (const Attribute& attribute : attributes_) {
+    if (attribute.name != name) continue;
+    if (!attribute.has_references) return attribute.raw;
+    return std::string_view(decoded_).substr(attribute.decoded_at, attribute.decoded_size);
   }
   return {};
 }

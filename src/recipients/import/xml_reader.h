@@ -18,25 +18,32 @@ class XmlAttributes {
   // 0 where it is none, or no number.
   std::uint32_t Number(std::string_view name) const;
 
-  // `name` and `raw`, a value with its references, are not copied.
-  void Add(std::string_view name, std::string_view raw);
-  void Clear() { count_ = 0; }
+  // `name` and `raw`, a value with its references, are not copied. False where they are more than any element has.
+  bool Add(std::string_view name, std::string_view raw);
+  void Clear();
 
  private:
+  static constexpr std::size_t kMost = 1000;
+  static constexpr std::size_t kMostBytes = std::size_t{1024} * 1024;
+
   struct Attribute {
     std::string_view name;
     std::string_view raw;
     bool has_references = false;
-    std::string decoded;  // where it has
+    std::size_t decoded_at = 0;  // where it has, in decoded_
+    std::size_t decoded_size = 0;
   };
-  std::vector<Attribute> attributes_;  // kept, with their room, from element to element
-  std::size_t count_ = 0;
+  std::vector<Attribute> attributes_;
+  std::string decoded_;
+  std::string scratch_;
+  std::size_t bytes_ = 0;  // of names and values
 };
 
 class XmlListener {
  public:
   virtual ~XmlListener() = default;
   virtual void Begin(std::string_view element, const XmlAttributes& attributes) = 0;
+  // A text may come in pieces.
   virtual void Text(std::string_view text) = 0;
   virtual void End(std::string_view element) = 0;
   // Asked after each element; true ends the reading.

@@ -3,6 +3,7 @@
 
 #include "recipients/import/archive_directory.h"
 #include "recipients/import/import_sample.h"
+#include "recipients/import/office_book.h"
 #include "support/stored_archive.h"
 #include "support/temporary_folder.h"
 
@@ -25,6 +26,7 @@ std::string LinesOf(std::string_view content, FileFormat format) {
   std::string all;
   const auto read = (*lines)->Read([&all](const FieldLine& line) {
     all += (all.empty() ? "" : " ") + std::to_string(line.number) + ":";
+    if (line.fault == LineFault::kTooLong) all += "(too long)";
     auto fields = line.fields;
     while (!fields.empty() && fields.back().empty()) fields = fields.first(fields.size() - 1);
     for (std::size_t at = 0; at < fields.size(); ++at) all += (at == 0 ? "" : "|") + std::string(fields[at]);
@@ -98,6 +100,10 @@ TEST(Ldif, ReadsEntries) {
 }
 
 TEST(Spreadsheet, ReadsOfficeOpenXml) {
+  const std::string half(std::size_t{512} * 1024, 'x');
+  const std::string almost(std::size_t{64} * 1024 - 3, 'x');
+  const std::string almost_lines = "1:" + almost + "&y";
+  const std::string long_lines = "1:(too long) 2:" + half + "|" + half.substr(1) + " 3:7";
   const std::string inline_text = "<c t='inlineStr'><is><t>in</t><rPh><t>x</t></rPh></is></c>";
   for (const Case& c : std::initializer_list<Case>{
            {"texts", "<row r='2'><c r='A2' t='s'><v>0</v></c><c r='C2' t='s'><v>1</v></c>" + inline_text + "</row>",
@@ -116,6 +122,14 @@ TEST(Spreadsheet, ReadsOfficeOpenXml) {
             "<row r='1'/><row r='7'><c r='A7'/><c r='B7'><v>1</v></c></row><row/><row><c><v>2</v></c></row>",
             "7:|1 9:2"},
            {"a column that is none", "<row><c r='ZZZZ1'><v>1</v></c><c r='B1'><v>2</v></c></row>", "1:|2"},
+           {"a row that is too long",
+            "<row><c t='str'><v>" + half + "</v></c><c t='str'><v>" + half + "y</v></c></row><row><c t='str'><v>" +
+                half + "</v></c><c t='str'><v>" + half.substr(1) + "</v></c></row><row><c><v>7</v></c></row>",
+            long_lines.c_str()},
+           {"a reference where a piece ends", "<row><c t='str'><v>" + almost + "&amp;y</v></c></row>",
+            almost_lines.c_str()},
+           {"a cell that is too long",
+            "<row><c t='str'><v>" + half + half + "y</v></c></row><row><c><v>7</v></c></row>", "1:(too long) 2:7"},
            {"no XML", "<row><c", " cannot be read as a spreadsheet"}}) {
     const std::string lines = LinesOf(StoredArchive(Workbook(c.content)), FileFormat::kSpreadsheet);
     EXPECT_EQ(lines.substr(0, std::string_view(c.lines).size()), c.lines) << c.name << lines;
@@ -135,6 +149,8 @@ TEST(Spreadsheet, ReadsOpenDocument) {
   const std::string note =
       "<table:table-cell><office:annotation><text:p>not this</text:p></office:annotation><text:p>a<text:s "
       "text:c='2'/>b</text:p><text:p>c</text:p></table:table-cell>";
+  std::string blanks;
+  for (int i = 0; i < 1100; ++i) blanks += "<text:s text:c='1000'/>";
   const std::string empty = "<table:table-cell table:number-columns-repeated='16384'/>";
   for (const Case& c : std::initializer_list<Case>{
            {"cells",
@@ -146,6 +162,10 @@ TEST(Spreadsheet, ReadsOpenDocument) {
                     cell("table:number-columns-repeated='2'", "y")) +
                 row(empty, "table:number-rows-repeated='1048000'") + "</table:table>",
             "1:x|a  b\nc|01234 7:1234.5|2024-03-01|y|y"},
+           {"rows that are too long",
+            "<table:table>" + row(cell("table:number-columns-repeated='16384'", std::string(100, 'x'))) +
+                row(cell("", blanks)) + row(cell("", "a")) + "</table:table>",
+            "1:(too long) 2:(too long) 3:a"},
            {"the first sheet that has something",
             "<table:table>" + row(empty) + "</table:table><table:table>" + row(cell("", "a")) +
                 "</table:table><table:table>" + row(cell("", "b")) + "</table:table>",
@@ -156,6 +176,44 @@ TEST(Spreadsheet, ReadsOpenDocument) {
   for (int i = 0; i < 6200; ++i) bomb += row(cell("table:number-columns-repeated='16384'", "x"));
   EXPECT_EQ(LinesOf(StoredArchive(OpenDocument(bomb + "</table:table>")), FileFormat::kSpreadsheet),
             " cannot be read as a spreadsheet (it repeats its cells without end).");
+}
+
+// What makes much out of little, or has no end.
+TEST(Spreadsheet, BoundsWhatItKeeps) {
+  const auto many = [](int count, const std::string& what) {
+    std::string all;
+    for (int n = 0; n < count; ++n) all += what;
+    return all;
+  };
+  const auto book = [](std::size_t part, const std::string& content) {
+    auto parts = Workbook("<row><c><v>1</v></c></row>");
+    parts[part].content = content;
+    return parts;
+  };
+  constexpr std::size_t kBook = 1;
+  constexpr std::size_t kRelations = 2;
+  constexpr std::size_t kFormats = 4;
+  const std::string sheets =
+      "<workbook><sheets>" + many(10'001, "<sheet name='S' r:id='rId1'/>") + "</sheets></workbook>";
+  const std::string attributes = "<row" + many(1001, " a='1'") + "><c><v>1</v></c></row>";
+  std::string relations = "<Relationships>";
+  for (int n = 0; n < 20'001; ++n) relations += "<Relationship Id='" + std::to_string(n) + "' Target='x'/>";
+  for (const auto& [why, parts] :
+       {std::pair("an element has attributes without end", Workbook(attributes)),
+        std::pair("an element has attributes without end",
+                  Workbook("<row a='" + std::string(std::size_t{2} * 1024 * 1024, 'x') + "'/>")),
+        std::pair("it has more sheets than any list", book(kBook, sheets)),
+        std::pair("it has more parts than any list", book(kRelations, relations + "</Relationships>")),
+        std::pair("it has more formats than any list",
+                  book(kFormats, "<styleSheet><cellXfs>" + many(100'001, "<xf/>") + "</cellXfs></styleSheet>"))}) {
+    EXPECT_EQ(LinesOf(StoredArchive(parts), FileFormat::kSpreadsheet),
+              std::string(" cannot be read as a spreadsheet (") + why + ").");
+  }
+  SharedTexts texts;
+  EXPECT_EQ(ReadTexts("<sst>" + many(10'000'001, "<si/>") + "</sst>", texts), "it has more texts than any list");
+  const std::string tables = many(10'001, "<table:table/>");
+  const test::TemporaryFolder folder;
+  EXPECT_FALSE(ListSheets(folder.Write("list", StoredArchive(OpenDocument(tables))), nullptr));
 }
 
 TEST(Spreadsheet, ReadsTheSheetThatIsAskedFor) {
