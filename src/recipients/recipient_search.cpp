@@ -11,6 +11,9 @@
 namespace quillcast::recipients {
 namespace {
 
+constexpr std::ptrdiff_t kLongestTerm = 1000;  // characters
+constexpr std::size_t kLongestCharacter = 4;   // bytes
+
 // Whether a text compares so with the term, by the rules of the store.
 class Comparer {
  public:
@@ -91,6 +94,14 @@ std::optional<GroupComplaint> CheckSearchTerm(std::string_view term) {
   return GroupComplaint{"Please enter your search term.", GroupControl::kSearchTerm};
 }
 
+Result<void> CheckTermLength(std::string_view term) {
+  const auto begins_character = [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0) != 0x80; };
+  const bool is_too_long = term.size() > kLongestTerm * kLongestCharacter ||
+                           std::count_if(term.begin(), term.end(), begins_character) > kLongestTerm;
+  if (!is_too_long) return {};
+  return Error{Failure::kUsage, "The search term is longer than 1,000 characters.", "Search for a part of it."};
+}
+
 std::optional<GroupComplaint> CheckFoundChosen(bool is_chosen) {
   if (is_chosen) return {};
   return GroupComplaint{"Please specify an email address.", GroupControl::kFoundRecipient};
@@ -98,6 +109,7 @@ std::optional<GroupComplaint> CheckFoundChosen(bool is_chosen) {
 
 Result<void> Search(const RecipientStore& store, const SearchRequest& request,
                     const std::function<bool(std::int64_t key)>& visit) {
+  if (auto usable = CheckTermLength(request.term); !usable) return usable;
   auto database = OpenStore(store.file(), store.patience());
   if (!database) return database.error();
   const std::string group_key = std::to_string(request.group_id);

@@ -30,6 +30,8 @@ std::vector<std::string_view> SearchLabels();
 
 // "Please enter your search term."; not asked for results that come while one types.
 std::optional<GroupComplaint> CheckSearchTerm(std::string_view term);
+// kUsage for one that takes long to compare with a long text; asked by the search itself.
+Result<void> CheckTermLength(std::string_view term);
 // "Please specify an email address.", before one of the results is changed, moved or deleted.
 std::optional<GroupComplaint> CheckFoundChosen(bool is_chosen);
 
@@ -37,7 +39,7 @@ struct SearchRequest {
   std::int64_t group_id = 0;
   std::size_t field = kEmail;  // a position in kFields, or kAllFields
   Comparison comparison = Comparison::kEquals;
-  std::string term;  // "%" and "_" in it are wildcards except with kEquals
+  std::string term;  // "%" and "_" in it are wildcards except with kEquals; see CheckTermLength
 };
 
 // Calls `visit` with the key of each in the order of adding, until it gives false. The store's patience holds what

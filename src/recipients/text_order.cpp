@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <unordered_map>
+#include <vector>
 
 #include "platform/utf8.h"
 
@@ -27,6 +29,10 @@ constexpr std::array<std::uint8_t, 128> kAsciiFold = [] {
   for (std::size_t c = 0; c < fold.size(); ++c) fold[c] = static_cast<std::uint8_t>(c >= 'A' && c <= 'Z' ? c + 32 : c);
   return fold;
 }();
+
+// After more of them for each character of a text, trying one place after the other is given up.
+constexpr std::size_t kStepsOfACharacter = 4;
+constexpr std::size_t kStepsOfAShortText = 1000;
 
 bool IsAsciiByte(char c) { return static_cast<std::uint8_t>(c) < 0x80; }
 std::uint8_t FoldAscii(char c) { return kAsciiFold[static_cast<std::uint8_t>(c)]; }
@@ -66,6 +72,75 @@ void SkipWhatCannotFit(std::string_view pattern, std::string_view& text) {
   std::size_t at = 0;
   while (at < text.size() && IsAsciiByte(text[at]) && FoldAscii(text[at]) != wanted) ++at;
   text.remove_prefix(at);
+}
+
+std::u32string Folded(std::string_view text) {
+  std::u32string folded;
+  folded.reserve(text.size());
+  while (!text.empty()) folded += TakeFolded(text);
+  return folded;
+}
+
+bool FitsAt(std::u32string_view piece, std::u32string_view text, std::size_t at) {
+  if (at > text.size() || piece.size() > text.size() - at) return false;
+  return std::equal(piece.begin(), piece.end(), text.begin() + static_cast<std::ptrdiff_t>(at),
+                    [](char32_t wanted, char32_t code) { return wanted == code || wanted == U'_'; });
+}
+
+// Goes over a text once, whatever is in it: bit n of the state says that the first n + 1 characters of the piece fit
+// the last ones that were seen ("shift-and").
+class PieceSearch {
+ public:
+  explicit PieceSearch(std::u32string_view piece) : size_(piece.size()), any_(size_ / kBits + 1) {
+    for (std::size_t at = 0; at < size_; ++at) {
+      if (piece[at] == U'_') any_[at / kBits] |= std::uint64_t{1} << (at % kBits);
+    }
+    for (std::size_t at = 0; at < size_; ++at) {
+      auto& places = places_.try_emplace(piece[at], any_).first->second;
+      places[at / kBits] |= std::uint64_t{1} << (at % kBits);
+    }
+  }
+  // Where the piece ends that begins first, at or behind `from`; npos where it is nowhere.
+  std::size_t EndIn(std::u32string_view text, std::size_t from) const {
+    if (size_ == 0) return from;
+    std::vector<std::uint64_t> state(any_.size());
+    for (std::size_t at = from; at < text.size(); ++at) {
+      const auto found = places_.find(text[at]);
+      const auto& places = found == places_.end() ? any_ : found->second;
+      std::uint64_t carried = 1;
+      for (std::size_t word = 0; word < state.size(); ++word) {
+        const std::uint64_t next = state[word] >> (kBits - 1);
+        state[word] = (state[word] << 1 | carried) & places[word];
+        carried = next;
+      }
+      if ((state[(size_ - 1) / kBits] >> ((size_ - 1) % kBits) & 1) != 0) return at + 1;
+    }
+    return std::u32string_view::npos;
+  }
+
+ private:
+  static constexpr std::size_t kBits = 64;
+
+  std::size_t size_;
+  std::vector<std::uint64_t> any_;  // the places in the piece where each character fits
+  std::unordered_map<char32_t, std::vector<std::uint64_t>> places_;
+};
+
+// Of a pattern with a "%" in it, piece by piece: each where it first fits, but for the last, which ends the text.
+bool LikeByPieces(std::u32string_view pattern, std::u32string_view text) {
+  const auto first = pattern.substr(0, pattern.find(U'%'));
+  const auto last = pattern.substr(pattern.rfind(U'%') + 1);
+  if (first.size() + last.size() > text.size() || !FitsAt(first, text, 0)) return false;
+  if (!FitsAt(last, text, text.size() - last.size())) return false;
+  std::size_t at = first.size();
+  text.remove_suffix(last.size());
+  pattern.remove_prefix(first.size() + 1);
+  for (auto run = pattern.find(U'%'); run != std::u32string_view::npos; run = pattern.find(U'%')) {
+    at = PieceSearch(pattern.substr(0, run)).EndIn(text, at);
+    if (at == std::u32string_view::npos) return false;
+    pattern.remove_prefix(run + 1);
+  }
+  return true;
 }
 
 }  // namespace
@@ -140,7 +215,11 @@ bool LikeText(std::string_view pattern, std::string_view text) {
   bool seen_run = false;
   std::string_view pattern_after_run;
   std::string_view text_after_run;
+  const std::string_view whole_pattern = pattern;
+  const std::string_view whole_text = text;
+  std::size_t steps = kStepsOfAShortText + kStepsOfACharacter * text.size();
   while (!text.empty()) {
+    if (--steps == 0) return LikeByPieces(Folded(whole_pattern), Folded(whole_text));
     if (!pattern.empty() && pattern[0] == '%') {
       pattern.remove_prefix(1);
       if (pattern.empty()) return true;

@@ -27,7 +27,7 @@ std::uint64_t HashText(std::string_view text);
 bool BeginsWith(std::string_view text, std::string_view beginning);
 
 // Whether the whole text fits the pattern: "%" is any run of characters, "_" any one, the rest itself in any case.
-// Time is at most the product of both lengths; no recursion.
+// Time grows with the text, and with the pattern only by its sixty-fourth part; no recursion.
 bool LikeText(std::string_view pattern, std::string_view text);
 
 }  // namespace quillcast::recipients

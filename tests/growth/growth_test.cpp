@@ -353,6 +353,34 @@ Reader InCharset(const char* name) {
   };
 }
 
+// A term fits nearly everywhere in a text that grows with it.
+TEST(Growth, OfComparingATermWithAText) {
+  struct Row {
+    const char* name;
+    const char* letter;
+    const char* term;
+    const char* behind;
+  };
+  for (const Row& row :
+       {Row{"one letter", "a", "a", "b%"}, Row{"any character", "a", "_a", "b%"}, Row{"two pieces", "a", "a", "b%a"},
+        Row{"letters beyond ASCII", "\u00E9", "\u00C9", "b%"}, Row{"an end", "a", "a", "b"}}) {
+    const auto compare = [&row](const std::string& term) {
+      recipients::LikeText("%" + term + row.behind, Repeated(row.letter, 400 * term.size()));
+    };
+    ExpectSteadyGrowth(
+        std::string("LikeText of ") + row.name, compare, [&row](std::size_t size) { return Repeated(row.term, size); },
+        250);
+  }
+}
+
+TEST(Growth, OfSheetsThatNameOnePart) {
+  ExpectSteadyGrowth("an .xlsx file of one part", ReadLines({}), [](std::size_t size) {
+    auto parts = test::Workbook(Repeated("<row/>", size) + "<row><c><v>1</v></c></row>");
+    parts[1].content = "<workbook><sheets>" + Repeated("<sheet r:id='rId1'/>", size / 8) + "</sheets></workbook>";
+    return test::StoredArchive(parts);
+  });
+}
+
 TEST(Growth, OfReadingText) {
   const auto utf8 = charset::Charset::Utf8();
   const auto shifted = *charset::FindCharset("iso-2022-jp");

@@ -55,6 +55,12 @@ TEST_F(SearchTest, FindsByOneFieldOrAll) {
     EXPECT_EQ(Found(static_cast<std::size_t>(field), c.comparison, c.term), c.found) << c.label << " " << c.term;
   }
   EXPECT_EQ(SearchLabels().back(), kAllFieldsLabel);
+  for (const char* letter : {"a", "\xC3\xA4"}) {
+    std::string term;
+    while (term.size() < 1000 * std::string_view(letter).size()) term += letter;
+    EXPECT_EQ(Found(kEmail, Comparison::kContains, term), std::vector<std::int64_t>());
+    EXPECT_EQ(Found(kEmail, Comparison::kContains, term + letter), std::vector<std::int64_t>{fails});
+  }
 }
 
 TEST_F(SearchTest, GivesThemInTheOrderOfAddingAndStopsWhereItIsTold) {

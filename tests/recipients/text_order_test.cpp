@@ -141,6 +141,20 @@ TEST(TextOrder, LikeTakesWildcardsInAnyCase) {
                                                    {"%%", "x", true}}) {
     EXPECT_EQ(LikeText(c.pattern, c.text), c.fits) << c.pattern << " on " << c.text;
   }
+  // What fits nearly everywhere is compared another way.
+  const std::string many(3000, 'a');
+  const std::string most(100, 'A');
+  for (const auto& [pattern, text, fits] :
+       {std::tuple("%" + most + "b%", many, false), std::tuple("%" + most + "b%", many + "Bc", true),
+        std::tuple("%" + most + "_b%", many + "\xC3\xA4" + "b", true), std::tuple("%" + most + "b", many + "bx", false),
+        std::tuple("%" + most + "b", many + "b" + many + "b", true),
+        std::tuple("%" + most + "b%c%", many + "cb", false),
+        std::tuple("a%" + most + "b%c%%d_", many + "b" + most + "bacd\xC3\xA4", true),
+        std::tuple("b%" + most + "b%", many + "b", false),
+        std::tuple("%" + most + "b%" + most, many + "b" + most, true),
+        std::tuple("%" + most + "b%" + most, many + "b" + most.substr(1), false)}) {
+    EXPECT_EQ(LikeText(pattern, text), fits) << pattern;
+  }
 }
 
 }  // namespace

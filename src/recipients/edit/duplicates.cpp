@@ -4,6 +4,7 @@
 #include <map>
 #include <unordered_map>
 
+#include "recipients/recipient_search.h"
 #include "recipients/store_connection.h"
 #include "recipients/store_rows.h"
 #include "recipients/text_order.h"
@@ -185,6 +186,7 @@ Result<std::vector<Holder>> GroupsOfAddress(const RecipientStore& store, std::st
   const auto groups = AllGroups(*database);
   if (!groups) return groups.error();
   const std::string wanted = AddressOf(address);
+  if (const auto usable = CheckTermLength(wanted); !usable) return usable.error();
   auto rows = Bound(*database, StatementId::kEntriesHolding, List<1>{wanted});
   if (!rows) return rows.error();
   std::vector<Holder> holders;
