@@ -4,7 +4,9 @@
 #include <array>
 
 #include "recipients/recipient.h"
+#include "recipients/recipient_store.h"
 #include "recipients/store_connection.h"
+#include "recipients/store_rows.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -25,6 +27,7 @@ ImportWriter::ImportWriter(platform::Database database, CatalogueStatement find,
       insert_(std::move(insert)),
       insert_several_(std::move(insert_several)),
       version_(std::move(version)),
+      group_id_(group_id),
       group_key_(std::to_string(group_id)),
       report_(report),
       keeping_(keeping),
@@ -70,6 +73,7 @@ Result<void> ImportWriter::FillFilter() {
   }
 }
 
+// Another program may have deleted the group between two batches.
 // The filter is filled inside the first transaction, when nobody else can write. When the version is another one at the
 // beginning of a later batch, somebody has written in between, and from then on the store is asked about every address.
 Result<void> ImportWriter::Begin() {
@@ -77,6 +81,9 @@ Result<void> ImportWriter::Begin() {
   auto begun = platform::Transaction::Begin(database_);
   if (!begun) return begun.error();
   transaction_.emplace(std::move(*begun));
+  const auto has_group = IsGroupKey(database_, group_id_);
+  if (!has_group) return has_group.error();
+  if (!*has_group) return GroupGone();
   const auto version = DataVersion();
   if (!version) return version.error();
   if (is_first) {
@@ -90,7 +97,7 @@ Result<void> ImportWriter::Begin() {
 Result<void> ImportWriter::GiveUp(const Result<void>& failed) {
   transaction_.reset();
   report_.Drop();
-  return failed;
+  return WithTrueCause(database_, failed.error());
 }
 
 // The store is asked about what is in it, so that nothing may wait. The filter knows the address from here on: it is

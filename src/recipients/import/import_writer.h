@@ -29,7 +29,7 @@ class ImportWriter {
                                    ImportReport& report, Keeping keeping, const platform::LockPatience& patience = {});
 
   // Adds a recipient, or counts a duplicate when the group holds the address. `values` begins with the address, and has
-  // as many values as the statement takes behind the group's key.
+  // as many values as the statement takes behind the group's key. kUsage where the group is gone.
   Result<void> Offer(std::span<const std::string_view> values);
   // Counts a value that is no address; `told` stands in the report.
   Result<void> Ignore(std::string_view told);
@@ -68,6 +68,7 @@ class ImportWriter {
   Waiting waiting_;
   platform::Statement version_;
   std::optional<platform::Transaction> transaction_;
+  std::int64_t group_id_;
   std::string group_key_;
   ImportReport& report_;
   Keeping keeping_;

@@ -159,22 +159,26 @@ ImportReport ReportOf(const ImportRequest& request, const ImportPlaces& places, 
   return ImportReport::Nowhere();
 }
 
-Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places, std::int64_t group_id,
-                       const platform::CancelToken& cancel, const std::function<void(const ImportProgress&)>& progress,
-                       ImportOutcome& outcome) {
+Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places, const platform::CancelToken& cancel,
+                       const std::function<void(const ImportProgress&)>& progress, ImportOutcome& outcome) {
   const bool is_harvest = request.mode == ImportMode::kHarvest;
   ImportReport report = ReportOf(request, places, outcome);
+  // Why nothing was read is what to tell, and not how its report fared.
+  const auto end_early = [&](ImportReport::End end) { IgnoreErrors(report.Close(end, 0, {}, is_harvest)); };
+  const auto group = RecipientStore(places.store, {.cancel = &cancel}).RequireGroup(request.group);
+  if (!group) {
+    end_early(ImportReport::End::kCompleted);
+    return group.error();
+  }
   auto opened = Open(request, places, cancel);
   if (!opened) {
     outcome.cancelled = IsGivenUp(&cancel);
-    const auto early_end = outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted;
-    // The file's failure is the one to tell.
-    IgnoreErrors(report.Close(early_end, 0, {}, is_harvest));
+    end_early(outcome.cancelled ? ImportReport::End::kCancelled : ImportReport::End::kCompleted);
     return outcome.cancelled ? Result<void>() : opened.error();
   }
   outcome.facts = opened->Facts();
   auto writer = ImportWriter::Open(
-      places.store, group_id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, report,
+      places.store, group->id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, report,
       request.dry_run ? Keeping::kRollBack : Keeping::kCommit, {.cancel = &cancel, .cancel_ends_statements = false});
   if (!writer) return writer.error();
   Run run{request, cancel, progress, *writer, outcome};
@@ -196,9 +200,7 @@ ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces&
                                const platform::CancelToken& cancel,
                                const std::function<void(const ImportProgress&)>& progress) {
   ImportOutcome outcome;
-  const auto group = RecipientStore(places.store, {.cancel = &cancel}).RequireGroup(request.group);
-  const auto done =
-      group ? RunImport(request, places, group->id, cancel, progress, outcome) : Result<void>(group.error());
+  const auto done = RunImport(request, places, cancel, progress, outcome);
   if (!done) outcome.error = done.error();
   return outcome;
 }

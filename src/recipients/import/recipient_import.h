@@ -50,9 +50,9 @@ struct ImportOutcome {
   std::optional<Error> error;      // why it ended early, or that the file could not be read
 };
 
-// Runs the import; the checks and the consent come before. A file that cannot be read gives a report with zero counts;
-// any other failure ends the run, and what was committed before stays and is in the report. After a cancel the
-// current batch is committed and the report closed.
+// Runs the import; the checks and the consent come before. A file that cannot be read, or a group that is gone, gives a
+// report with zero counts; any other failure ends the run, also that the group is deleted meanwhile, and what was
+// committed before stays and is in the report. After a cancel the current batch is committed and the report closed.
 ImportOutcome ImportRecipients(const ImportRequest& request, const ImportPlaces& places,
                                const platform::CancelToken& cancel,
                                const std::function<void(const ImportProgress&)>& progress);

@@ -84,6 +84,25 @@ TEST_F(ImportTest, SeesWhatOthersAddMeanwhile) {
   EXPECT_EQ(outcome.counts, (ImportCounts{5999, 1, 0}));
 }
 
+// Another program deletes the group between two batches: nothing more goes in, and what went in before is told.
+TEST_F(ImportTest, EndsWhereTheGroupIsDeletedMeanwhile) {
+  NewGroup("A");
+  std::string text;
+  for (int i = 0; i < 20'000; ++i) text += fmt::format("u{}@x.org\n", i);
+  const auto outcome = ImportRecipients(
+      Lines(NewFile("list.txt", text), "Email Address=1"), Places(), cancel_, [&](const ImportProgress& progress) {
+        if (progress.counts.added != 4096) return;
+        EXPECT_TRUE(OpenStore(store().file())->Execute("DELETE FROM [Groups]; DELETE FROM [Emails]"));
+      });
+  ASSERT_TRUE(outcome.error);
+  EXPECT_EQ(Describe(*outcome.error),
+            "The group is no longer there.\nAnother program has deleted it; choose another group.");
+  EXPECT_EQ(outcome.counts, (ImportCounts{4096, 0, 0}));
+  EXPECT_TRUE(Report().ends_with("Email Added : u4095@x.org\r\n"));
+  auto database = OpenStore(store().file());
+  EXPECT_FALSE(*database->Prepare("SELECT 1 FROM [Emails]")->Step());
+}
+
 TEST_F(ImportTest, ACancelKeepsWhatItReports) {
   NewGroup("A");
   std::string text;
@@ -102,13 +121,18 @@ TEST_F(ImportTest, ACancelKeepsWhatItReports) {
   }
 }
 
-TEST_F(ImportTest, AFileThatCannotBeReadGivesAReportOfZeros) {
+TEST_F(ImportTest, WhatCannotBeginGivesAReportOfZeros) {
   NewGroup("A");
-  const auto outcome = Run({.file = folder_ / "none.txt", .group = "A", .reading = {}, .mapping = {}});
-  EXPECT_EQ(outcome.error->failure, Failure::kNoInput);
-  EXPECT_EQ(Report(),
-            "Import Started\r\n--------------\r\n\r\n\r\nProcessed : 0 Bytes\r\n\r\nAdded : 0\r\nDuplicates : 0\r\n\r\n"
-            "----------------\r\nImport Completed\r\n");
+  const auto list = NewFile("list.txt", "a@x.org");
+  for (const auto& [file, group, failure] :
+       {std::tuple(folder_ / "none.txt", "A", Failure::kNoInput), std::tuple(list, "gone", Failure::kUsage)}) {
+    ASSERT_FALSE(Run({.file = list, .group = "A", .reading = {}, .mapping = {}}).error) << "another run's report";
+    const auto outcome = Run({.file = file, .group = group, .reading = {}, .mapping = {}});
+    EXPECT_EQ(outcome.error->failure, failure);
+    EXPECT_EQ(Report(),
+              "Import Started\r\n--------------\r\n\r\n\r\nProcessed : 0 Bytes\r\n\r\nAdded : 0\r\nDuplicates : "
+              "0\r\n\r\n----------------\r\nImport Completed\r\n");
+  }
 }
 
 TEST_F(ImportTest, AnOverlongLineIsIgnoredByItsNumber) {
