@@ -149,6 +149,11 @@ Result<int> Find(Context& context, const RecipientStore& store, const FindOption
   std::int64_t count = 0;
   for (const std::string& name : names) {
     const auto group = store.RequireGroup(name);
+    if (!group && options.group.empty() && group.error().failure == Failure::kUsage) {
+      context.output.Note(
+          fmt::format("The group \"{}\" was passed over. {}", platform::Printable(name, 100), Describe(group.error())));
+      continue;
+    }
     if (!group) return group.error();
     const auto found = FindIn(context, store, *group, *request, options.all_fields);
     if (!found) return found.error();

@@ -29,6 +29,9 @@ constexpr const char* kNameTaken = "A Group with the name you specified already 
 
 // What cannot be typed into the box of a dialog has words of our own.
 std::optional<GroupComplaint> CheckKeys(std::string_view name) {
+  if (name.size() > kLongestGroupName) {
+    return GroupComplaint{"A group name has at most 255 characters.", GroupControl::kName};
+  }
   if (IsGroupName(name)) return {};
   return GroupComplaint{"A group name holds only letters A to Z, digits, blanks and \"-\".", GroupControl::kName};
 }

@@ -16,6 +16,8 @@ namespace quillcast::recipients {
 enum class GroupControl { kName, kAddress, kGroup, kSearchTerm, kFoundRecipient };
 using GroupComplaint = Complaint<GroupControl>;
 
+// Characters; the box of a dialog takes no more.
+inline constexpr std::size_t kLongestGroupName = 255;
 // What can be typed into a group's name: ASCII letters, digits, blank and "-".
 bool IsGroupNameKey(char32_t key);
 bool IsGroupName(std::string_view name);

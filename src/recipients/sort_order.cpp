@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/text.h"
 #include "recipients/recipient.h"
 
@@ -37,7 +39,10 @@ Result<std::vector<SortKey>> SortKeysOf(std::string_view sort_sql) {
     const std::string direction =
         platform::AsciiUpper(end == std::string_view::npos ? "ASC" : platform::Trim(item.substr(end)));
     if (column.empty() || (direction != "ASC" && direction != "DESC")) return NotASort(sort_sql);
-    keys.push_back({column, direction == "DESC"});
+    // The first says it all: behind it a column decides nothing any more.
+    const bool is_new =
+        std::none_of(keys.begin(), keys.end(), [&](const SortKey& key) { return key.column == column; });
+    if (is_new) keys.push_back({column, direction == "DESC"});
   }
   return keys;
 }

@@ -16,6 +16,9 @@ using platform::Database;
 
 // The first of the eighteen columns in a "SELECT *": the two keys stand before it.
 constexpr int kFirstFieldColumn = 2;
+// AUTOINCREMENT goes on from here, whether the row is still there or not.
+constexpr const char* kLastKeyIsUsed =
+    "SELECT 1 FROM [sqlite_sequence] WHERE [name] = 'Emails' AND [seq] = 9223372036854775807";
 
 Error NoSuchGroup(std::string_view name) {
   return {Failure::kUsage, Say("There is no group \"{}\".", name),
@@ -72,10 +75,21 @@ Result<CatalogueStatement> Bound(Database& database, StatementId id, Values valu
   return statement;
 }
 
+Error WithTrueCause(Database& database, const Error& error) {
+  if (error.failure != Failure::kIo) return error;
+  auto last = database.Prepare(kLastKeyIsUsed);
+  if (!last) return error;
+  const auto row = last->Step();
+  if (!row || !*row) return error;
+  return {Failure::kBadData, "No recipient can be added: the store has used the highest number that there is.",
+          "Export the groups, move Group.mdb away, and import them into the new one that is made then."};
+}
+
 Result<void> RunOn(Database& database, StatementId id, Values values) {
   auto statement = Bound(database, id, values);
   if (!statement) return statement.error();
-  return statement->rows().Run();
+  const auto done = statement->rows().Run();
+  return done ? done : WithTrueCause(database, done.error());
 }
 
 Result<void> ForEachRow(platform::Statement& rows, const std::function<Result<bool>()>& visit) {

@@ -21,6 +21,8 @@ using List = std::array<std::string_view, size>;
 // A statement of the catalogue with its values, ready to be stepped.
 Result<CatalogueStatement> Bound(platform::Database& database, StatementId id, Values values,
                                  std::string_view extra = {});
+// SQLite calls a disk full, too, where the last key is used: another error then.
+Error WithTrueCause(platform::Database& database, const Error& error);
 // Runs one that gives no rows.
 Result<void> RunOn(platform::Database& database, StatementId id, Values values);
 

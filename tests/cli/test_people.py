@@ -1,4 +1,5 @@
 """Groups and recipients by command: what is shown, what is in the store afterwards, and what takes it back."""
+import contextlib
 import json
 import sqlite3
 import subprocess
@@ -75,7 +76,13 @@ class People(Case):
         self.assertEqual(self.ok("group", "duplicates", "A"), "")
         self.assertEqual(self.json("recipient", "groups", "BOB@x.org"),
                          [{"group": "A", "entry": "bob@x.org"}, {"group": "B", "entry": "Bob <bob@x.org>"}])
-        self.assertEqual(self.ok("find", "neill"), "bob@x.org\tBob\to'neill\n")
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "Group.mdb")) as store, store:
+            store.execute("INSERT INTO Groups (ID, GroupName) SELECT 0, 'O''Neill'")  # the first, and by no name to be looked up
+        code, out, err = self.run_program("find", "neill")
+        self.assertEqual((code, out), (0, "bob@x.org\tBob\to'neill\n"))
+        self.assertIn('The group "O\'Neill" was passed over.', err)
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "Group.mdb")) as store, store:
+            store.execute("DELETE FROM Groups WHERE ID = 0")
         self.assertEqual(self.json("find", "-g", "A", "--field", "Email", "--compare", "starts with", "C"),
                          [{"group": "A", "Email Address": "cy@x.org", "First Name": "Cy", "Last Name": "McDonald"}])
         self.assertEqual(len(self.json("find", "--field", "First Name", "--compare", "Equals", "BOB", "--fields")[0]), 19)

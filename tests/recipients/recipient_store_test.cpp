@@ -77,6 +77,18 @@ TEST_F(StoreTest, WritesOnlyWhatPassesTheChecks) {
   EXPECT_EQ(GiveGroupName(open, "B", "C").error().failure, Failure::kUsage);
 }
 
+TEST_F(StoreTest, SaysWhenItsNumbersAreUsedUp) {
+  const auto group = NewGroup("A");
+  for (const char* done :
+       {"INSERT INTO [Emails] ([ID], [G-ID]) VALUES (9223372036854775807, 0)", "DELETE FROM [Emails]"}) {
+    EXPECT_TRUE(OpenStore(store().file())->Execute(done));
+    const auto added = store().AddRecipientIfNew(group, Named("a@x.org"));
+    EXPECT_EQ(added.error().failure, Failure::kBadData);
+    EXPECT_EQ(added.error().what.InEnglish(),
+              "No recipient can be added: the store has used the highest number that there is.");
+  }
+}
+
 TEST_F(StoreTest, AGridReadsByKey) {
   const auto group = NewGroup("A");
   std::vector<std::int64_t> keys;
@@ -244,6 +256,9 @@ TEST_F(StoreTest, ChecksGroupNamesInTheGivenOrder) {
     const char* message;  // nullptr: accepted
     bool is_rename;       // of "Readers"
   };
+  const std::string longest(255, 'x');
+  const std::string too_long = longest + "_";
+  constexpr const char* kTooLong = "A group name has at most 255 characters.";
   constexpr const char* kTaken = "A Group with the name you specified already exists. Specify a different name.";
   constexpr const char* kKeys = "A group name holds only letters A to Z, digits, blanks and \"-\".";
   for (const Case& c : std::initializer_list<Case>{{"", "Please enter a name.", false},
@@ -252,6 +267,9 @@ TEST_F(StoreTest, ChecksGroupNamesInTheGivenOrder) {
                                                    {"a ", "Group name cannot end with space.", false},
                                                    {"readers", kTaken, false},
                                                    {"Reader", nullptr, false},
+                                                   {longest.c_str(), nullptr, false},
+                                                   {too_long.c_str(), kTooLong, false},
+                                                   {too_long.c_str(), kTooLong, true},
                                                    {"a_b", kKeys, false},
                                                    {"\xC3\xA4", kKeys, true},
                                                    {"", "Please enter a name.", true},

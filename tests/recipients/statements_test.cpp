@@ -112,6 +112,7 @@ TEST(Statements, TakeOnlyColumnsToSortBy) {
            {"g-lastname desc , [G-FirstName]  Asc", " ORDER BY [G-LastName] DESC, [G-FirstName] ASC, [ID]",
             "[G-LastName] DESC, [G-FirstName]"},
            {"ID DESC", " ORDER BY [ID] DESC, [ID]", "[ID] DESC"},
+           {"G-City, ID DESC, g-city desc", " ORDER BY [G-City] ASC, [ID] DESC, [ID]", "[G-City], [ID] DESC"},
            {"[G-City", nullptr, ""},
            {"[G-Address 1]", nullptr, ""},
            {"G-City,", nullptr, ""},

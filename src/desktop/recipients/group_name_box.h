@@ -27,6 +27,7 @@ inline constexpr int kNarrowestName = 280;  // pixels, with room for a name of s
 
 inline QLineEdit* MakeGroupNameBox(QWidget* parent) {
   auto* box = new QLineEdit(parent);
+  box->setMaxLength(static_cast<int>(recipients::kLongestGroupName));
   box->setValidator(new GroupNameFilter(box));
   box->setMinimumWidth(kNarrowestName);
   return box;

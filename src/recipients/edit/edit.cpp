@@ -95,7 +95,8 @@ Result<bool> Edit::AddIfNew(std::int64_t group_id, const Recipient& recipient) {
   run_->duplicate.rows().Reset();
   if (!there) return there;
   if (*there) return false;
-  if (const auto added = RunWith(run_->insert, KeyAndValues(group_key, recipient)); !added) return added.error();
+  if (const auto added = RunWith(run_->insert, KeyAndValues(group_key, recipient)); !added)
+    return WithTrueCause(*database_, added.error());
   has_changed_ = true;
   const std::string key = std::to_string(database_->LastInsertId());
   const std::string digest = RowDigest(group_id, recipient);

@@ -2,6 +2,7 @@
 #include "recipients/edit/edit.h"
 
 #include <fmt/format.h>
+#include <sqlite3.h>
 
 #include <functional>
 #include <map>
@@ -72,6 +73,35 @@ TEST_F(EditTest, MovesAndCopiesWhatIsNotThereYet) {
   EXPECT_EQ(DeleteRecipients(store(), "B", b_keys, DeletedFrom::kSearchResults).ValueOr(-1), 4);
   EXPECT_EQ(DeleteRecipients(store(), "B", *store().ListKeys(a_, "")).ValueOr(-1), 0) << "not of this group";
   EXPECT_EQ(Addresses(b_), "");
+}
+
+// As the statements come to the store, in each connection of this test.
+std::vector<std::string> g_statements;
+
+int KeepStatement(unsigned, void*, void* statement, void*) {
+  const std::string_view text = sqlite3_sql(static_cast<sqlite3_stmt*>(statement));
+  if (text.starts_with("DELETE FROM [Emails]")) g_statements.emplace_back("deleted");
+  return 0;
+}
+
+int TraceConnection(sqlite3* database, char**, const void*) {
+  return sqlite3_trace_v2(database, SQLITE_TRACE_STMT, KeepStatement, nullptr);
+}
+
+TEST_F(EditTest, TheStatementThatFailsGoesBeforeADeletionFromTheResults) {
+  const auto trace = reinterpret_cast<void (*)()>(TraceConnection);
+  sqlite3_auto_extension(trace);
+  OnPassedOver([](const Error&) { g_statements.emplace_back("failed"); });
+  const std::span keys = keys_;
+  for (const auto& [place, expected] :
+       {std::pair(DeletedFrom::kSearchResults, std::vector<std::string>{"failed", "deleted"}),
+        std::pair(DeletedFrom::kGroup, std::vector<std::string>{"deleted"})}) {
+    g_statements.clear();
+    EXPECT_EQ(*DeleteRecipients(store(), "A", keys.subspan(expected.size() - 1, 1), place), 1);
+    EXPECT_EQ(g_statements, expected);
+  }
+  OnPassedOver({});
+  sqlite3_cancel_auto_extension(trace);
 }
 
 TEST_F(EditTest, MergesWholeGroups) {
