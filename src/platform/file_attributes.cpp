@@ -30,6 +30,7 @@ bool IsWithin(const fs::path& path, const fs::path& folder) {
 }
 
 bool IsOrIsWithin(const fs::path& path, const fs::path& kept) {
+  if (kept.empty()) return false;
   return std::any_of(kCompanions.begin(), kCompanions.end(), [&](const char* companion) {
     const fs::path own = kept.string() + companion;
     // A second name of the same file is told by its device and number.

@@ -40,7 +40,8 @@ constexpr const char* kLetter =
 
 static profile::Folders FoldersIn(const test::TemporaryFolder& folder) {
   profile::Folders folders;
-  folders.data = folder.path();
+  folders.data = folder.path() / "data";
+  std::filesystem::create_directories(folders.data);
   return folders;
 }
 
@@ -822,9 +823,9 @@ class EditorTest : public QObject {
       EditorDocument document(*editor_, FoldersIn(folder));
       QVERIFY(document.Open(folder.Write("letters/letter.html", "<p>was</p><img src=\"a.png\">")));
       QVERIFY(document.KeepAside());
-      QVERIFY(!document.drafts().AreOffered() && !std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QVERIFY(!document.drafts().AreOffered() && !std::filesystem::exists(folder.path() / "data" / "Autosave.htm"));
       QVERIFY(editor_->InsertHtml("<p>not saved</p>"));
-      QTRY_VERIFY(std::filesystem::exists(folder.path() / "Autosave.htm"));
+      QTRY_VERIFY(std::filesystem::exists(folder.path() / "data" / "Autosave.htm"));
       QVERIFY(editor_->InsertHtml("<p>at the last moment</p>"));
       QVERIFY(document.KeepAside());
     }
@@ -838,13 +839,14 @@ class EditorTest : public QObject {
     QVERIFY(!next.drafts().AreOffered());
     // Saved elsewhere it takes its pictures along, and what is sent still finds them.
     folder.Write("letters/a.png", "picture");
+    QVERIFY(!next.SaveTo(folder.path() / "data" / "Group.mdb"));
     QVERIFY(next.SaveTo(folder.path() / "other.html"));
     QVERIFY(platform::ReadFile(folder.path() / "other.html", 10000)->find("other_files/a.png") != std::string::npos);
     QVERIFY(std::filesystem::exists(folder.path() / "other_files/a.png"));
     QCOMPARE(next.BaseFolder(), folder.path() / "letters");
     QVERIFY(next.SaveTo(folder.path() / "letters/letter.html"));
     QVERIFY(platform::ReadFile(folder.path() / "letters/letter.html", 10000)->find("\"a.png\"") != std::string::npos);
-    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+    QVERIFY(!std::filesystem::exists(folder.path() / "data" / "Autosave.htm"));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.BaseFolder().empty());
   }
@@ -857,12 +859,12 @@ class EditorTest : public QObject {
       QVERIFY(editor_->InsertHtml(text));
       QVERIFY(document.KeepAside());
     }
-    folder.Write("Recovered2.fields/in the way", "");
+    folder.Write("data/Recovered2.fields/in the way", "");
     EditorDocument document(*editor_, FoldersIn(folder));
     QVERIFY(document.StartNew(""));
-    QVERIFY2(!document.KeepAside() && std::filesystem::exists(folder.path() / "Autosave.htm"),
+    QVERIFY2(!document.KeepAside() && std::filesystem::exists(folder.path() / "data" / "Autosave.htm"),
              "it cannot be set aside");
-    std::filesystem::remove_all(folder.path() / "Recovered2.fields");
+    std::filesystem::remove_all(folder.path() / "data" / "Recovered2.fields");
     QVERIFY(document.KeepAside());
     for (const char* text : {"first", "second", "first"}) {
       QVERIFY(document.Recover());
@@ -878,7 +880,7 @@ class EditorTest : public QObject {
     QTRY_VERIFY(editor_->IsModified());
     QVERIFY(document.SaveTo(folder.path() / "saved.html"));
     QTest::qWait(1500);  // longer than it takes to be kept aside
-    QVERIFY(!std::filesystem::exists(folder.path() / "Autosave.htm"));
+    QVERIFY(!std::filesystem::exists(folder.path() / "data" / "Autosave.htm"));
   }
 };
 
