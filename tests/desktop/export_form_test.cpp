@@ -179,6 +179,34 @@ class ExportFormTest : public QObject {
     QVERIFY(!up.isEnabled());
   }
 
+  void everyFieldIsTickedByKeysAlone() {
+    Scene scene;
+    scene.OpenReady();
+    scene.Press("RadioButton2");
+    auto& list = scene.Find<QListWidget>("ListFields");
+    auto& all = scene.Find<QCheckBox>("AllFieldsCheckBox");
+    const auto ticked = [&list] {
+      int count = 0;
+      for (int row = 0; row < list.count(); ++row) count += list.item(row)->checkState() == Qt::Checked ? 1 : 0;
+      return count;
+    };
+    for (int n = 0; n < 20 && !list.hasFocus(); ++n) QTest::keyClick(scene.form->focusWidget(), Qt::Key_Tab);
+    for (int field = 0; field < 18; ++field) {
+      QCOMPARE(all.checkState(), field == 0 ? Qt::Unchecked : Qt::PartiallyChecked);
+      QTest::keyClick(&list, Qt::Key_Space);
+      QTest::keyClick(&list, Qt::Key_Down);
+    }
+    QCOMPARE(ticked(), 18);
+    QCOMPARE(all.checkState(), Qt::Checked);
+    for (const int expected : {0, 18}) {
+      scene.Key("AllFieldsCheckBox", Qt::Key_Space);
+      QCOMPARE(ticked(), expected);
+    }
+    scene.Tick("City");
+    scene.Key("AllFieldsCheckBox", Qt::Key_Space);
+    QCOMPARE(ticked(), 18);
+  }
+
   void browsingAsksAboutALockedFile() {
     Scene scene;
     scene.rig.AddGroup("Readers", {"a@x.org"});
@@ -190,6 +218,8 @@ class ExportFormTest : public QObject {
     const QString asked = "save: Export Recipients | ask: The output file is locked./Would you like to unlock it now?";
     scene.Press("BrowseButton");  // nothing is picked
     QCOMPARE(scene.rig.Shown(), "save: Export Recipients");
+    QCOMPARE(scene.rig.prompts.last_file_question.filter.c_str(), "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
+    QVERIFY(!scene.rig.prompts.last_file_question.ask_before_overwriting);
     scene.rig.prompts.files = {file};
     scene.Press("BrowseButton");
     QCOMPARE(scene.rig.Shown(), asked);
@@ -203,6 +233,7 @@ class ExportFormTest : public QObject {
     scene.Press("BrowseButton");
     QCOMPARE(scene.rig.Shown(), asked);
     QCOMPARE(box.text(), PathToQt(file));
+    QCOMPARE(scene.Status(), PathToQt(file) + " is there already; the export replaces it.");
     QCOMPARE(scene.Export(), "inform: 1 recipients exported successfully.");
     QCOMPARE(test::ReadAll(file), "a@x.org\r\n");
   }
@@ -219,6 +250,7 @@ class ExportFormTest : public QObject {
     QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
     QVERIFY2(scene.Status().contains("There is no group “Readers”") || scene.Status().contains("no group \"Readers\""),
              qPrintable(scene.Status()));
+    QVERIFY2(!scene.Status().contains("quillcast"), "no command of a terminal in a window");
     QVERIFY(!std::filesystem::exists(scene.File()));
   }
 

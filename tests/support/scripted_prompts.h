@@ -16,6 +16,7 @@ class ScriptedPrompts final : public platform::Prompts {
   std::vector<std::string> shown;
   std::deque<platform::Answer> answers;  // for Ask, AskOrCancel and Consent (kYes); kNo when used up
   std::vector<std::filesystem::path> files;
+  platform::FileQuestion last_file_question;
   std::function<void()> meanwhile;  // happens once, while the next question stands
 
   void Warn(std::string_view text) override { Show("warn", text); }
@@ -30,6 +31,7 @@ class ScriptedPrompts final : public platform::Prompts {
   }
   std::filesystem::path PickSaveFile(const platform::FileQuestion& question) override {
     Show("save", question.title);
+    last_file_question = question;
     return files.empty() ? std::filesystem::path() : files.front();
   }
   std::filesystem::path PickFolder(std::string_view title) override {

@@ -1,5 +1,6 @@
 #include "desktop/recipients/field_list.h"
 
+#include <QCheckBox>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QListWidget>
@@ -23,11 +24,13 @@ FieldList::FieldList(QWidget* parent)
     : QWidget(parent),
       list_(new QListWidget(this)),
       up_(new QPushButton(tr("&Up"), this)),
-      down_(new QPushButton(tr("&Down"), this)) {
+      down_(new QPushButton(tr("&Down"), this)),
+      all_(new QCheckBox(tr("All f&ields"), this)) {
   list_->setObjectName("ListFields");
   list_->setAccessibleName(tr("Fields"));
   up_->setObjectName("UpButton");
   down_->setObjectName("DownButton");
+  all_->setObjectName("AllFieldsCheckBox");
   new FirstKey(list_);
   for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
     const QString entry = ToQt(recipients::FieldEntry(field));
@@ -44,6 +47,7 @@ FieldList::FieldList(QWidget* parent)
   buttons->addWidget(up_);
   buttons->addWidget(down_);
   buttons->addStretch(1);
+  buttons->addWidget(all_);
   auto* line = new QHBoxLayout(this);
   line->setContentsMargins(0, 0, 0, 0);
   line->addWidget(list_, 1);
@@ -51,6 +55,8 @@ FieldList::FieldList(QWidget* parent)
   connect(list_, &QListWidget::currentRowChanged, this, &FieldList::EnableButtons);
   connect(up_, &QPushButton::clicked, this, [this] { Move(-1); });
   connect(down_, &QPushButton::clicked, this, [this] { Move(1); });
+  connect(list_, &QListWidget::itemChanged, this, &FieldList::TakeTick);
+  connect(all_, &QCheckBox::clicked, this, &FieldList::TickAll);
   EnableButtons();
 }
 
@@ -76,6 +82,30 @@ std::vector<std::size_t> FieldList::Ticked() const {
       fields.push_back(recipients::FieldOfEntry(FromQt(item->data(kEntryRole).toString())));
   }
   return fields;
+}
+
+// The entry is chosen with it: the key that follows goes on from there.
+void FieldList::TakeTick(QListWidgetItem* entry) {
+  list_->setCurrentItem(entry);
+  ShowWhetherAll();
+}
+
+void FieldList::ShowWhetherAll() {
+  const std::size_t ticked = Ticked().size();
+  all_->setCheckState(ticked == 0                         ? Qt::Unchecked
+                      : ticked == recipients::kFieldCount ? Qt::Checked
+                                                          : Qt::PartiallyChecked);
+}
+
+// A press on the box where some are ticked ticks the rest.
+void FieldList::TickAll() {
+  const bool ticks = Ticked().size() < recipients::kFieldCount;
+  {
+    const QSignalBlocker quiet(list_);
+    for (int row = 0; row < list_->count(); ++row) list_->item(row)->setCheckState(ticks ? Qt::Checked : Qt::Unchecked);
+  }
+  list_->viewport()->update();
+  ShowWhetherAll();
 }
 
 void FieldList::Move(int by) {

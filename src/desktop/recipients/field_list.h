@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <vector>
 
+class QCheckBox;
 class QListWidget;
+class QListWidgetItem;
 class QPushButton;
 
 namespace quillcast::desktop {
@@ -27,10 +29,14 @@ class FieldList final : public QWidget {
   // The chosen entry, its tick with it; it stays chosen.
   void Move(int by);
   void EnableButtons();
+  void TakeTick(QListWidgetItem* entry);
+  void TickAll();
+  void ShowWhetherAll();
 
   QListWidget* list_;
   QPushButton* up_;
   QPushButton* down_;
+  QCheckBox* all_;
 };
 
 }  // namespace quillcast::desktop

@@ -112,15 +112,16 @@ void RecipientExportForm::EnableControls() {
 }
 
 void RecipientExportForm::Browse() {
-  const auto file = program_.prompts.PickSaveFile({.title = "Export Recipients",
-                                                   .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*",
-                                                   .ask_before_overwriting = true});
+  const auto file = program_.prompts.PickSaveFile(
+      {.title = "Export Recipients", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*"});
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.prompts);
   if (!may_write) {
     status_->Fail(may_write.error());
   } else if (*may_write) {
     file_->setText(PathToQt(file));
+    const bool is_there = std::filesystem::exists(file, IgnoreErrors());
+    status_->Say(is_there ? tr("%1 is there already; the export replaces it.").arg(PathToQt(file)) : QString());
   } else {
     status_->Say(InWords(platform::LeftLocked(file)));
   }
