@@ -68,8 +68,8 @@ Result<std::optional<GroupComplaint>> MakeGroup(RecipientStore& store, std::stri
 Result<std::optional<GroupComplaint>> GiveGroupName(RecipientStore& store, std::string_view old_name,
                                                     std::string_view name) {
   if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
-  if (auto complaint = CheckKeys(name)) return complaint;
   if (name == old_name) return std::optional(GroupComplaint{"You didn't modify the group name.", GroupControl::kName});
+  if (auto complaint = CheckKeys(name)) return complaint;
   if (auto complaint = CheckBlanks(name)) return complaint;
   return TakenUnless(store.RenameGroupIfFree(old_name, name), {kNameTaken, GroupControl::kName});
 }

@@ -15,6 +15,7 @@
 #include "desktop/recipients/recipient_modify_form1.h"
 #include "desktop/recipients/recipient_modify_form2.h"
 #include "desktop/recipients/sort_form.h"
+#include "recipients/store_connection.h"
 
 namespace quillcast::desktop {
 
@@ -52,6 +53,28 @@ class RecipientFormsTest : public QObject {
     typed.setCommitString(QString::fromUtf8("\u3042z"));
     QCoreApplication::sendEvent(box, &typed);
     QCOMPARE(box->text(), QString("OxyzNeill 2-"));
+  }
+
+  void aNameFromElsewhereStandsAsItIs() {
+    test::FormRig rig;
+    rig.AddGroup("Readers", {});
+    QVERIFY(
+        recipients::OpenStore(rig.folders.Database())->Execute("UPDATE [Groups] SET [GroupName] = 'O''Neill & Co'"));
+    GroupRenameForm form(rig.program, "O'Neill & Co", nullptr);
+    form.show();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    auto* box = form.findChild<QLineEdit*>("NameTextBox");
+    QCOMPARE(box->text(), QString("O'Neill & Co"));
+    PressOk(form);
+    QCOMPARE(rig.Shown(), QString("warn: You didn't modify the group name."));
+    QTest::keyClick(box, Qt::Key_End);
+    QTest::keyClicks(box, "'s 2");
+    QCOMPARE(box->text(), QString("O'Neill & Cos 2"));
+    PressOk(form);
+    QCOMPARE(rig.Shown(), QString("warn: A group name holds only letters A to Z, digits, blanks and \"-\"."));
+    Type(form, "NameTextBox", "O'Neill and Co");
+    PressOk(form);
+    QCOMPARE(*rig.Store().ListGroupNames(), std::vector<std::string>{"ONeill and Co"});
   }
 
   void namesAreRefusedInTheGivenOrder_data() {

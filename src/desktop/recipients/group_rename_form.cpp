@@ -12,10 +12,9 @@ GroupRenameForm::GroupRenameForm(const profile::Program& program, const QString&
   setObjectName("GroupRenameForm");
   setWindowTitle(tr("Rename Group"));
   auto* column = new FormColumn(this);
-  name_ = column->AddGrid()->Add("NameTextBox", tr("&Name:"), MakeGroupNameBox(this));
+  name_ = column->AddGrid()->Add("NameTextBox", tr("&Name:"), MakeGroupNameBox(this, group));
   status_ = column->Add(new StatusLine(this));
   column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  name_->setText(group);
   name_->setFocus();
   name_->selectAll();
 }
