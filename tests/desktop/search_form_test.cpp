@@ -6,11 +6,13 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTest>
 #include <csignal>
 #include <memory>
@@ -152,6 +154,11 @@ class SearchFormTest : public QObject {
     QTest::keyClick(&term, Qt::Key_Backspace);
     QTRY_COMPARE(scene.Rows(), "");
     QCOMPARE(scene.rig.Shown(), "");
+    // A search that is still on its way fills nothing again.
+    QTest::keyClicks(&term, "x");
+    QTest::keyClick(&term, Qt::Key_Backspace);
+    QTest::qWait(100);
+    QCOMPARE(scene.Rows() + scene.Status(), "");
     scene.Grid().setFocus();
     scene.Press("SearchButton");
     QCOMPARE(scene.rig.Shown(), "warn: Please enter your search term.");
@@ -171,6 +178,7 @@ class SearchFormTest : public QObject {
       QTRY_COMPARE(scene.Rows(), QString(rows));
     }
     QCOMPARE(scene.Status(), "Nobody was found.");
+    QVERIFY(scene.Find<QLabel>("EmptyState").text().startsWith("Nobody here."));
     QTest::keyClick(&term, Qt::Key_Backspace);
     QTRY_COMPARE(scene.Rows(), "1 bob@Y.org");
 
@@ -301,7 +309,26 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.Status(), "1 recipient was moved to “Others”. 1 was there already. 1 recipient was found.");
     QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 2);
 
-    scene.rig.Shown();
+    // The neighbour of who was deleted was chosen by nobody.
+    scene.Run("INSERT INTO [Emails] ([G-ID], [G-Email]) SELECT 1, 'new' || [ID] || '@q.org' FROM [Emails] LIMIT 3");
+    scene.Search("Email", "Contains", "q.org");
+    scene.Grid().Choose(1);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Delete();
+    for (const char* asked : {"2 recipients", "one recipient"}) {
+      scene.rig.Shown();
+      test::WhileOpen("RecipientMoveForm", [&](QDialog& form) {
+        form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Others");
+        form.findChild<QAbstractButton*>("MoveRadioButton")->click();
+        QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      });
+      scene.Press("MoveButton");
+      QCOMPARE(scene.rig.Shown(),
+               QString("ask: Are you sure you want to move %1 from 'Readers' to 'Others'?").arg(asked));
+      QTest::keyClick(&scene.Grid(), Qt::Key_Up);
+    }
+    scene.Run("DELETE FROM [Emails] WHERE [G-Email] LIKE 'new%'");
+
     scene.Search("Email", "Contains", "z");
     test::WhileOpen("RecipientMoveForm", [](QDialog& form) {
       test::WhileOpen("GroupNewForm", [](QDialog& name) {
@@ -327,6 +354,12 @@ class SearchFormTest : public QObject {
     scene.Open();
     scene.Press("PrintButton");
     QCOMPARE(scene.Status(), "Nobody was found who could be printed.");
+    scene.Search("Email", "Contains", "ada");
+    test::WhileOpen("PrintDialog", [](QDialog& form) {
+      QCOMPARE(qobject_cast<QPrintDialog*>(&form)->printer()->outputFileName(),
+               QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/recipients.pdf");
+    });
+    scene.Press("PrintButton");
     scene.Run(
         "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 200) INSERT INTO [Emails] "
         "([G-ID], [G-Email]) SELECT 1, 'many' || x || '@x.org' FROM [n]");

@@ -35,6 +35,8 @@ Result<QString> TextOfRows(const RecipientStore& store, std::span<const std::int
 GridActions::GridActions(RecipientRows* rows, RowList* list)
     : QObject(list), rows_(rows), list_(list), type_ahead_(new BackgroundTask(this)), copy_(new BackgroundTask(this)) {
   list_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  connect(list_, &RowList::ChosenChanged, this, [this] { is_neighbour_ = false; });
+  connect(list_, &RowList::pressed, this, [this] { is_neighbour_ = false; });
   list_->OnTyping([this](const QString& text) { TypeAhead(text); });
   Add("CopyAction", tr("&Copy as Text"), QKeySequence::Copy, [this] { Copy(); });
   Add("SelectAllAction", tr("Select &All"), QKeySequence::SelectAll, [this] { list_->selectAll(); });
@@ -82,7 +84,8 @@ std::optional<GridActions::OneRow> GridActions::TakeOne() {
   }
   if (chosen.size() > 1) {
     emit Said(tr("%1 recipients are chosen. This is for one, the current row: %2.")
-                  .arg(QString::number(chosen.size()), ToQt(platform::Printable(texts->email))));
+                  .arg(ToQt(platform::WithThousands(static_cast<std::int64_t>(chosen.size()))),
+                       ToQt(platform::Printable(texts->email))));
   }
   return OneRow{row, *texts};
 }
@@ -101,6 +104,7 @@ void GridActions::Remove(std::span<const std::size_t> rows) {
   rows_->Remove(rows);
   list_->Reset(rows_->size());
   GoTo({left_above(before.current), left_above(before.top), before.height});
+  is_neighbour_ = true;
 }
 
 recipients::ListPlace GridActions::Place() const {

@@ -35,6 +35,9 @@ class GridActions final : public QObject {
   };
   std::optional<OneRow> TakeOne();
   std::vector<std::int64_t> ChosenKeys() const;
+  // False after Remove, until the person chooses again: what a command does to all where nobody is chosen, it then does
+  // to all, and not to the neighbour of somebody who was deleted.
+  bool is_chosen_by_person() const { return !is_neighbour_; }
   // Takes rows away, from above to below. The nearest row is the current one then, and nothing scrolls.
   void Remove(std::span<const std::size_t> rows);
   recipients::ListPlace Place() const;
@@ -55,6 +58,7 @@ class GridActions final : public QObject {
   RowList* list_;
   BackgroundTask* type_ahead_;
   BackgroundTask* copy_;
+  bool is_neighbour_ = false;
   QString typed_;
   QElapsedTimer since_typed_;
 };

@@ -83,7 +83,7 @@ void MergeForm::accept() {
 }
 
 void MergeForm::End(const Result<recipients::MoveOutcome>& outcome) {
-  if (!outcome) return status_->Fail(outcome.error());
+  if (!outcome) return status_->Say(InWords(outcome.error()), work_->KindOfFailure());
   outcome_ = *outcome;
   outcome_->duplicates == 0 ? QDialog::accept() : ShowDuplicates();
 }

@@ -20,6 +20,9 @@ namespace {
 constexpr int kDuplicatesHeight = 120;  // pixels
 constexpr int kNarrowestWindow = 460;
 
+// Its own “&” is no mnemonic.
+QString InLabel(const QString& name) { return QString(name).replace('&', "&&"); }
+
 }  // namespace
 
 RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString from, std::vector<std::int64_t> keys,
@@ -30,8 +33,8 @@ RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString fr
       keys_(std::move(keys)),
       group_(new QComboBox(this)),
       new_group_(new QPushButton(tr("&New Group…"), this)),
-      move_(new QRadioButton(tr("&Move them: they leave “%1”").arg(from_), this)),
-      copy_(new QRadioButton(tr("&Copy them: they stay in “%1” as well").arg(from_), this)),
+      move_(new QRadioButton(tr("&Move them: they leave “%1”").arg(InLabel(from_)), this)),
+      copy_(new QRadioButton(tr("&Copy them: they stay in “%1” as well").arg(InLabel(from_)), this)),
       duplicates_(new RowList(
           "DuplicatesList", tr("There already"), {{}},
           [this](std::size_t row, int) { return ToQt(platform::Printable(duplicate_entries_[row])); }, this)),
@@ -118,7 +121,7 @@ void RecipientMoveForm::Start(bool moves, const std::string& to) {
 }
 
 void RecipientMoveForm::End(bool moves, const QString& to, const Result<recipients::MoveOutcome>& outcome) {
-  if (!outcome) return status_->Fail(outcome.error());
+  if (!outcome) return status_->Say(InWords(outcome.error()), work_->KindOfFailure());
   has_moved_ = moves && outcome->done > 0;
   const QString one = moves ? tr("1 recipient was moved to “%1”.") : tr("1 recipient was copied to “%1”.");
   const QString many = moves ? tr("%1 recipients were moved to “%2”.") : tr("%1 recipients were copied to “%2”.");

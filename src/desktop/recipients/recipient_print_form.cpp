@@ -1,7 +1,9 @@
 #include "desktop/recipients/recipient_print_form.h"
 
+#include <QDir>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QStandardPaths>
 #include <QTimer>
 #include <atomic>
 
@@ -19,6 +21,12 @@ namespace {
 constexpr int kTick = 100;  // milliseconds
 constexpr int kNarrowestWindow = 420;
 
+// Where the last list was printed to, or the person's documents.
+QString& LastFolder() {
+  static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+  return folder;
+}
+
 }  // namespace
 
 struct RecipientPrintForm::Progress {
@@ -28,8 +36,9 @@ struct RecipientPrintForm::Progress {
 void RecipientPrintForm::Print(const profile::Program& program, const QString& heading, std::vector<std::int64_t> keys,
                                StatusLine& status, QWidget* parent) {
   auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
-  printer->setOutputFileName(PathToQt(program.folders.temporary / "recipients.pdf"));
+  printer->setOutputFileName(QDir(LastFolder()).filePath("recipients.pdf"));
   QPrintDialog dialog(printer.get(), parent);
+  dialog.setObjectName("PrintDialog");
   dialog.setWindowTitle(tr("Print"));
   if (dialog.exec() == QDialog::Accepted) PrintOn(program, printer, heading, std::move(keys), status, parent);
 }
@@ -37,11 +46,13 @@ void RecipientPrintForm::Print(const profile::Program& program, const QString& h
 void RecipientPrintForm::PrintOn(const profile::Program& program, std::shared_ptr<QPrinter> printer,
                                  const QString& heading, std::vector<std::int64_t> keys, StatusLine& status,
                                  QWidget* parent) {
+  status.Say({});
   if (printer->outputFormat() == QPrinter::PdfFormat) {
     const auto file = PathFromQt(printer->outputFileName());
     const auto may_write = platform::MayWriteTo(file, program.prompts);
     if (!may_write) return status.Fail(may_write.error());
     if (!*may_write) return status.Say(InWords(platform::LeftLocked(file)));
+    LastFolder() = PathToQt(file.parent_path());
   }
   RecipientPrintForm form(program, std::move(printer), heading, std::move(keys), parent);
   form.exec();
@@ -74,7 +85,9 @@ RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::sha
 RecipientPrintForm::~RecipientPrintForm() = default;
 
 void RecipientPrintForm::End(const Result<int>& pages, const QString& file) {
-  if (!pages) {
+  if (!pages && is_cancelled_ && pages.error().failure == Failure::kTryAgain) {
+    outcome_ = InWords(pages.error());
+  } else if (!pages) {
     outcome_ = pages.error();
   } else {
     const QString count = Counted(*pages, tr("1 page was printed."), tr("%1 pages were printed."));
@@ -83,6 +96,9 @@ void RecipientPrintForm::End(const Result<int>& pages, const QString& file) {
   accept();
 }
 
-void RecipientPrintForm::reject() { task_->Cancel(); }
+void RecipientPrintForm::reject() {
+  is_cancelled_ = true;
+  task_->Cancel();
+}
 
 }  // namespace quillcast::desktop

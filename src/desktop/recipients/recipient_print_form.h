@@ -31,7 +31,7 @@ class RecipientPrintForm final : public QDialog {
   RecipientPrintForm(const profile::Program& program, std::shared_ptr<QPrinter> printer, const QString& heading,
                      std::vector<std::int64_t> keys, QWidget* parent);
   ~RecipientPrintForm() override;
-  // What was printed, and where it is. kTryAgain after a cancel.
+  // What was printed, and where it is; or that it was cancelled.
   const Result<QString>& outcome() const { return outcome_; }
 
  public slots:
@@ -46,6 +46,7 @@ class RecipientPrintForm final : public QDialog {
   QTimer* tick_;
   CountBar* bar_;
   std::shared_ptr<Progress> seen_;  // shared with the thread that prints
+  bool is_cancelled_ = false;
   Result<QString> outcome_{QString()};
 };
 

@@ -104,7 +104,7 @@ void RecipientSearchForm::MakeWindow() {
   for (const std::string_view label : recipients::kComparisonLabels) compare_->addItem(Translated(label));
   search_->setObjectName("SearchButton");
   search_->setDefault(true);
-  grid_->SetEmptyText(tr("Those who are found stand here. Type what to look for; “All fields” looks everywhere."));
+  ShowNobody();
   auto* column = new FormColumn(this);
   FormGrid* what = column->AddGrid();
   what->Add("FieldComboBox", tr("&Field:"), field_);
@@ -127,7 +127,7 @@ void RecipientSearchForm::AddButtons(FormColumn* column) {
   };
   buttons_ = {make("ModifyButton", tr("&Modify…"), [this] { Modify(); }),
               make("DeleteButton", tr("&Delete"), [this] { Delete(); }),
-              make("MoveButton", tr("M&ove or Copy…"), [this] { Move(); }),
+              make("MoveButton", tr("Mo&ve or Copy…"), [this] { Move(); }),
               make("PrintButton", tr("&Print…"), [this] { Print(); })};
   column->AddLine({buttons_[0], buttons_[1], buttons_[2], buttons_[3], nullptr,
                    make("CloseButton", tr("Close"), [this] { reject(); })});
@@ -158,16 +158,28 @@ void RecipientSearchForm::Search() {
 }
 
 void RecipientSearchForm::SearchAsTyped() {
-  if (!answers_at_once_) {
+  if (term_->text().isEmpty()) {
+    GiveUpSearch();
+    ShowNobody();
+    status_->Say({});
+  } else if (!answers_at_once_) {
     status_->Say(tr("Press Search: this group takes too long to be searched while you type."));
-  } else if (!term_->text().isEmpty()) {
+  } else {
     told_.clear();
     Start(Kind::kTyped, Request());
-  } else {
-    rows_->Reset({}, 0);
-    grid_->Reset(0);
-    status_->Say({});
   }
+}
+
+void RecipientSearchForm::GiveUpSearch() {
+  task_->GiveUp();
+  tick_->stop();
+  answer_time_->stop();
+}
+
+void RecipientSearchForm::ShowNobody() {
+  rows_->Reset({}, 0);
+  grid_->Reset(0);
+  grid_->SetEmptyText(tr("Those who are found stand here. Type what to look for; “All fields” looks everywhere."));
 }
 
 void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& request) {
@@ -233,6 +245,7 @@ void RecipientSearchForm::End(Kind kind, const Result<void>& done) {
 
 void RecipientSearchForm::SayFound() {
   const auto found = static_cast<std::int64_t>(rows_->size());
+  grid_->SetEmptyText(tr("Nobody here. Look for less of it, by “Contains”, or in “All fields”."));
   const QString count = found == 0 ? tr("Nobody was found.")
                                    : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found."));
   status_->Say(told_.isEmpty() ? count : told_ + ' ' + count);
@@ -285,7 +298,7 @@ void RecipientSearchForm::Delete() {
       },
       [this, keys](const Result<std::int64_t>& deleted) {
         if (deleted) return Deleted(RowsOf(keys));
-        status_->Fail(deleted.error());
+        status_->Say(InWords(deleted.error()), work_->KindOfFailure());
       });
 }
 
@@ -302,7 +315,7 @@ void RecipientSearchForm::reject() {
 }
 
 std::vector<std::int64_t> RecipientSearchForm::ChosenOrAll() const {
-  const auto keys = actions_->ChosenKeys();
+  const auto keys = actions_->is_chosen_by_person() ? actions_->ChosenKeys() : std::vector<std::int64_t>();
   return keys.empty() ? rows_->keys() : keys;
 }
 

@@ -50,6 +50,8 @@ class RecipientSearchForm final : public QDialog {
   void Start(Kind kind, const recipients::SearchRequest& request);
   void TakeNews();
   void GiveUpTyped();
+  void GiveUpSearch();
+  void ShowNobody();
   void End(Kind kind, const Result<void>& done);
   void SayFound();
   // Warns where no row is chosen, as the commands on one row do.
@@ -60,7 +62,7 @@ class RecipientSearchForm final : public QDialog {
   void Deleted(const std::vector<std::size_t>& rows);
   void Move();
   void Print();
-  // The keys of the chosen rows, or of all that were found where none is chosen.
+  // The keys of the chosen rows, or of all that were found where the person chose none.
   std::vector<std::int64_t> ChosenOrAll() const;
 
   const profile::Program& program_;

@@ -37,6 +37,7 @@ SplashForm::SplashForm(std::string_view system_name)
   version->setObjectName("VersionNumber");
   auto* system = new QLabel(ToQt(system_name), this);
   system->setObjectName("WindowsVersion");
+  system->setTextFormat(Qt::PlainText);
   progress_->setTextVisible(false);
   progress_->setRange(0, kSteps);
   auto* column = new QVBoxLayout(this);

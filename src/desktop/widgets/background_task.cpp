@@ -4,10 +4,10 @@
 
 namespace quillcast::desktop {
 
-BackgroundTask::~BackgroundTask() { End(); }
+BackgroundTask::~BackgroundTask() { GiveUp(); }
 
 void BackgroundTask::Start(Work work) {
-  End();
+  GiveUp();
   cancel_ = std::make_unique<platform::CancelToken>();
   thread_ = std::thread([this, work = std::move(work), number = number_] {
     auto done = work(*cancel_);
@@ -25,7 +25,7 @@ void BackgroundTask::Cancel() {
   cancel_->Request();  // also what is under way
 }
 
-void BackgroundTask::End() {
+void BackgroundTask::GiveUp() {
   ++number_;
   Cancel();
   if (thread_.joinable()) thread_.join();

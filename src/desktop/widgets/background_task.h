@@ -20,15 +20,15 @@ class BackgroundTask final : public QObject {
   explicit BackgroundTask(QObject* parent) : QObject(parent) {}
   ~BackgroundTask() override;
 
-  // Work that is still under way is cancelled and waited for; what it returns is then dropped.
+  // Work that is still under way is given up first.
   void Start(Work work);
   // Asks it to give up; what it returns is called all the same.
   void Cancel();
+  // Cancels it and waits for it; what it returns is dropped.
+  void GiveUp();
   bool is_running() const { return thread_.joinable(); }
 
  private:
-  void End();
-
   std::unique_ptr<platform::CancelToken> cancel_;
   std::thread thread_;
   int number_ = 0;  // of the work whose end counts
