@@ -5,8 +5,10 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMap>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QSet>
 #include <QTableView>
 #include <QTest>
 #include <memory>
@@ -137,6 +139,29 @@ class GroupManagerTest : public QObject {
     QCOMPARE(*manager.rig.Store().ListGroupNames(), (std::vector<std::string>{"Empty", "Readers"}));
   }
 
+  // The same command has the same key in the window beside, and no key stands for two.
+  void neighboursHaveTheSameKeys() {
+    Manager manager;
+    manager.Open("Readers");
+    const auto keys_of = [](const QDialog& form) {
+      QMap<QString, QString> keys;
+      for (const auto* button : form.findChildren<QPushButton*>()) {
+        const QString key = QKeySequence::mnemonic(button->text()).toString();
+        if (key.isEmpty()) continue;
+        keys[button->objectName()] = key;
+      }
+      return keys;
+    };
+    const auto here = keys_of(*manager.form);
+    QCOMPARE(here["ModifyButton"], QString("Alt+M"));
+    QCOMPARE(QSet<QString>(here.cbegin(), here.cend()).size(), here.size());
+    QMap<QString, QString> there;
+    test::WhileOpen("RecipientSearchForm", [&](QDialog& form) { there = keys_of(form); });
+    manager.Press("SearchButton");
+    QCOMPARE(there.size(), 5);
+    for (auto key = there.cbegin(); key != there.cend(); ++key) QCOMPARE(here[key.key()], key.value());
+  }
+
   void withoutGroupsNothingIsImportedOrExported() {
     test::FormRig rig;
     GroupManagerForm form(rig.program, nullptr);
@@ -156,10 +181,12 @@ class GroupManagerTest : public QObject {
     manager.Box().setFocus();
     QTest::keyClick(&manager.Box(), Qt::Key_Down);
     QCOMPARE(manager.Total(), QString("Reading Group"));
+    QVERIFY(manager.form->findChild<QPushButton*>("CancelButton")->isVisible());
     QVERIFY(!manager.Box().isEnabled() && !manager.Grid().isEnabled());
     for (auto* button : manager.form->findChildren<QPushButton*>())
       QVERIFY2(button->isEnabled() == (button->objectName() == "CancelButton"), qPrintable(button->objectName()));
     manager.Wait();
+    QVERIFY(!manager.form->findChild<QPushButton*>("CancelButton")->isVisible());
     QCOMPARE(manager.Total(), QString("3"));
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
     QVERIFY(manager.form->findChild<QPushButton*>("CloseButton")->isEnabled());
@@ -169,6 +196,8 @@ class GroupManagerTest : public QObject {
   void aRecipientIsAddedModifiedAndDeleted() {
     Manager manager;
     manager.Open("Readers");
+    auto& undo = *manager.form->findChild<QPushButton*>("UndoButton");
+    QVERIFY(!undo.isEnabled());
     FillIn("RecipientAddForm", {{"EmailTextBox", "bob@x.org"}, {"FirstNameTextBox", "Bob"}});
     manager.Key(Qt::Key_Insert);
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:bob@x.org"));
@@ -188,6 +217,11 @@ class GroupManagerTest : public QObject {
     manager.Wait();
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:BOB@x.net"));
     QCOMPARE(manager.Total(), QString("3"));
+    QVERIFY(undo.isEnabled());
+    QCOMPARE(manager.Status(), QString("1 recipient was deleted."));
+    test::WhileOpen("RecipientAddForm", [](QDialog&) {});
+    manager.Press("AddButton");  // what an earlier command said is gone with the next one
+    QCOMPARE(manager.Status(), QString());
     manager.Key(Qt::Key_A, Qt::ControlModifier);
     manager.Press("DeleteButton");
     QCOMPARE(manager.Rows(), QString());
@@ -224,10 +258,16 @@ class GroupManagerTest : public QObject {
     Answer(manager, {platform::Answer::kYes});
     manager.Press("UndoButton");
     QCOMPARE(manager.Groups(), (QStringList{"Empty", "Old readers", "Authors"}));
-    QCOMPARE(*manager.rig.Store().CountRecipients("Old readers"), std::int64_t{3});
-    manager.rig.Shown();
-    manager.Press("UndoButton");
-    QCOMPARE(manager.Status() + manager.rig.Shown(), QString("There is nothing to take back."));
+    QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Old readers3"));
+    QVERIFY(!manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
+    // A name from elsewhere is no markup in the tip.
+    auto other = recipients::OpenStore(manager.rig.folders.Database());
+    QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = '<img src=\"/x.png\">' WHERE [GroupName] = 'Authors'"));
+    manager.Open("<img src=\"/x.png\">");
+    Answer(manager, {platform::Answer::kYes});
+    manager.Press("DeleteGroupButton");
+    const QString tip = manager.form->findChild<QPushButton*>("UndoButton")->toolTip();
+    QVERIFY2(tip.contains("&lt;img") && !tip.contains("<img"), qPrintable(tip));
   }
 
   void namesAreCapitalizedAfterALook() {
@@ -383,8 +423,10 @@ class GroupManagerTest : public QObject {
       manager.Key(key, modifiers);
       QTRY_COMPARE(test::TextColour(status), LineColour(NoteKind::kFailure, QApplication::palette()));
       std::filesystem::rename(aside, database);
-      manager.Press("UndoButton");
+      manager.Grid().clearSelection();
+      manager.Press("ModifyButton");
       QCOMPARE(test::TextColour(status), LineColour(NoteKind::kInformation, QApplication::palette()));
+      manager.Select({0, 1});
     }
 
     const auto press_heading = [&](int column) {
@@ -440,6 +482,8 @@ class GroupManagerTest : public QObject {
     manager.Wait();
     QVERIFY(manager.form->isVisible());
     QVERIFY2(!manager.Status().isEmpty(), "why nothing was deleted");
+    QCOMPARE(test::TextColour(*manager.form->findChild<QLabel*>("StatusLine")),
+             LineColour(NoteKind::kInformation, QApplication::palette()));  // it was wanted
     QCOMPARE(manager.Total(), QString("3"));
     Answer(manager, {platform::Answer::kYes});
     QTest::mouseClick(manager.form->findChild<QPushButton*>("DeleteGroupButton"), Qt::LeftButton);
@@ -502,7 +546,7 @@ class GroupManagerTest : public QObject {
                                  .c_str()));
     }
     manager.Open("Empty");
-    QTRY_COMPARE(manager.Total(), QString("20000"));
+    QTRY_COMPARE(manager.Total(), QString("20,000"));
     manager.Key(Qt::Key_End);
     const auto last = manager.Grid().model()->index(19999, 3);
     QCOMPARE(last.data().toString(), QString("n20000@x.org"));
@@ -532,7 +576,7 @@ class GroupManagerTest : public QObject {
     manager.Wait();
     QCOMPARE(address(manager.Grid().currentIndex().row()), QString("n1008@x.org"));
     QCOMPARE(top.value(), 999);
-    QCOMPARE(manager.Total(), QString("19997"));
+    QCOMPARE(manager.Total(), QString("19,997"));
   }
 };
 

@@ -137,6 +137,18 @@ class WidgetsTest : public QObject {
     }
   }
 
+  // In the order in which they are given.
+  void listsOpenWithTheGivenColours() {
+    const QStringList given = {"#ffffff", "#104224", "#ffffff", "#5f5f8f"};
+    RowList list(
+        "Rows", "Rows", {{"Runs"}}, [](std::size_t, int) { return QString(); }, nullptr, RowColourSet::kGiven);
+    const QPalette head = list.horizontalHeader()->palette();
+    const QPalette rows = list.palette();
+    QCOMPARE((QStringList{head.color(QPalette::ButtonText).name(), head.color(QPalette::Button).name(),
+                          rows.color(QPalette::HighlightedText).name(), rows.color(QPalette::Highlight).name()}),
+             given);
+  }
+
   // A head counts as the first row, so that what is below it begins with the other colour.
   void rowsTakeTurnsInTheirColours() {
     for (const bool dark : {false, true}) {

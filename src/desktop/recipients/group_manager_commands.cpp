@@ -37,7 +37,7 @@ std::span<const GroupManagerForm::Command> GroupManagerForm::Commands() {
       {"RenameGroupButton", QT_TR_NOOP("&Rename…"), Needs::kGroup, &Form::RenameGroup},
       {"DeleteGroupButton", QT_TR_NOOP("Delete Gr&oup"), Needs::kGroup, &Form::DeleteGroup},
       {"AddButton", QT_TR_NOOP("&Add…"), Needs::kGroup, &Form::Add},
-      {"ModifyButton", QT_TR_NOOP("Modif&y…"), Needs::kRecipients, &Form::Modify},
+      {"ModifyButton", QT_TR_NOOP("&Modify…"), Needs::kRecipients, &Form::Modify},
       {"DeleteButton", QT_TR_NOOP("&Delete"), Needs::kRecipients, &Form::Delete},
       {"MoveButton", QT_TR_NOOP("Mo&ve or Copy…"), Needs::kRecipients, &Form::Move},
       {"SearchButton", QT_TR_NOOP("&Search…"), Needs::kRecipients, &Form::Search},
@@ -45,18 +45,21 @@ std::span<const GroupManagerForm::Command> GroupManagerForm::Commands() {
       {"WhereButton", QT_TR_NOOP("&Where Else…"), Needs::kRecipients, &Form::WhereElse},
       {"UndoButton", QT_TR_NOOP("&Undo"), Needs::kNothing, &Form::Undo},
       {"ImportButton", QT_TR_NOOP("&Import…"), Needs::kNothing, &Form::Import},
-      {"ExportButton", QT_TR_NOOP("&Export…"), Needs::kNothing, &Form::Export},
+      {"ExportButton", QT_TR_NOOP("E&xport…"), Needs::kNothing, &Form::Export},
       {"CapitalizeButton", QT_TR_NOOP("&Capitalize…"), Needs::kRecipients, &Form::Capitalize},
       {"SortButton", QT_TR_NOOP("Sort &by…"), Needs::kGroup, &Form::Sort},
-      {"MergeButton", QT_TR_NOOP("&Merge…"), Needs::kGroup, &Form::Merge},
+      {"MergeButton", QT_TR_NOOP("M&erge…"), Needs::kGroup, &Form::Merge},
       {"PrintButton", QT_TR_NOOP("&Print…"), Needs::kRecipients, &Form::Print},
       {"CloseButton", QT_TR_NOOP("Close"), Needs::kNothing, &Form::reject},
   };
   return kCommands;
 }
 
+// What an earlier command said is no longer true.
 void GroupManagerForm::Run(const Command& command) {
+  status_->Say({});
   if (PassesChecks(command.needs)) (this->*command.run)();
+  if (status_->text().isEmpty()) SayOrder();
 }
 
 bool GroupManagerForm::PassesChecks(Needs needs) {
@@ -101,7 +104,7 @@ void GroupManagerForm::DeleteGroup() {
         return recipients::DeleteWholeGroup(store, group, progress);
       },
       [this, group](const Result<std::int64_t>& gone) {
-        if (!gone) return status_->Fail(gone.error());
+        if (!gone) return FailWork(gone.error());
         ShowNone();
         status_->Say(tr("“%1” was deleted. Undo brings it back.").arg(ToQt(group)));
         ShowUndo();
@@ -148,7 +151,7 @@ void GroupManagerForm::Delete() {
         return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kGroup, progress);
       },
       [this, chosen](const Result<std::int64_t>& gone) {
-        if (!gone) return status_->Fail(gone.error());
+        if (!gone) return FailWork(gone.error());
         actions_->Remove(chosen);
         count_ -= static_cast<std::int64_t>(chosen.size());
         ShowTotal();
@@ -172,7 +175,9 @@ void GroupManagerForm::Import() {
     program_.prompts.Warn(complaint->message);
     return;
   }
-  RecipientImportForm(program_, Group(), this).exec();
+  RecipientImportForm form(program_, Group(), this);
+  form.exec();
+  Say(form.said());
   ReadAgain();
 }
 
@@ -214,7 +219,7 @@ void GroupManagerForm::Capitalize() {
         return recipients::CapitaliseGroup(store, group, progress);
       },
       [this](const Result<std::int64_t>& changed) {
-        if (!changed) return status_->Fail(changed.error());
+        if (!changed) return FailWork(changed.error());
         Say(Counted(*changed, tr("1 recipient was changed."), tr("%1 recipients were changed.")));
         ShowUndo();
         ReadAgain();
@@ -256,7 +261,7 @@ void GroupManagerForm::Duplicates() {
         return recipients::DeleteDuplicates(store, group, progress);
       },
       [this](const Result<std::int64_t>& gone) {
-        if (!gone) return status_->Fail(gone.error());
+        if (!gone) return FailWork(gone.error());
         Say(Counted(*gone, tr("1 duplicate was deleted."), tr("%1 duplicates were deleted.")));
         ShowUndo();
         ReadAgain();
@@ -278,11 +283,12 @@ void GroupManagerForm::Undo() {
         return recipients::Undo(store, progress);
       },
       [this](const Result<recipients::UndoOutcome>& outcome) {
-        if (!outcome) return status_->Fail(outcome.error());
+        if (!outcome) return FailWork(outcome.error());
         Say(outcome->left == 0 ? tr("It is as it was before.")
                                : Counted(outcome->left, tr("All is as it was, but for 1 that was changed since."),
                                          tr("All is as it was, but for %1 that were changed since.")));
-        FillGroups(Group());
+        const bool was_deleted = outcome->step.kind == recipients::EditKind::kDeleteGroup;
+        FillGroups(was_deleted ? ToQt(outcome->step.group) : Group());
         TellGroups();
         ShowUndo();
         ReadAgain();

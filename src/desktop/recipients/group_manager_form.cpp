@@ -154,6 +154,7 @@ void GroupManagerForm::EnableControls(bool enabled) {
   for (QPushButton* button : findChildren<QPushButton*>()) {
     if (button->objectName() != "CancelButton") button->setEnabled(enabled);
   }
+  UndoButton().setEnabled(enabled && can_undo_);
   groups_->setEnabled(enabled);
   grid_->setEnabled(enabled);
   if (enabled && focus_) focus_->setFocus();
@@ -168,6 +169,8 @@ recipients::RecipientStore GroupManagerForm::Store() const {
 void GroupManagerForm::Say(const QString& sentence) { status_->Say(sentence); }
 
 void GroupManagerForm::Fail(const Error& error) { status_->Fail(error); }
+
+void GroupManagerForm::FailWork(const Error& error) { status_->Say(InWords(error), work_->KindOfFailure()); }
 
 // What stands in the grid stays as it is where `chosen` is the group that is shown.
 void GroupManagerForm::FillGroups(const QString& chosen) {
@@ -264,15 +267,21 @@ void GroupManagerForm::SortView(int column) {
   ReadGroup();
 }
 
-void GroupManagerForm::ShowTotal() { total_->setText(shown_.isEmpty() ? QString() : QString::number(count_)); }
+void GroupManagerForm::ShowTotal() {
+  total_->setText(shown_.isEmpty() ? QString() : ToQt(platform::WithThousands(count_)));
+}
 
 // What can be taken back stands in its button's tip; it may be from another day.
 void GroupManagerForm::ShowUndo() {
   const auto step = recipients::FindUndo(Store());
   const bool is_there = step && *step;
-  auto* button = findChild<QPushButton*>("UndoButton");
-  button->setToolTip(is_there ? InWords(recipients::UndoQuestion(**step)) : tr("There is nothing to take back."));
+  can_undo_ = is_there || !step;  // where it is not known, the command says why
+  UndoButton().setEnabled(can_undo_ && !work_->is_working());
+  UndoButton().setToolTip(is_there ? PlainTip(InWords(recipients::UndoQuestion(**step)))
+                                   : tr("There is nothing to take back."));
 }
+
+QPushButton& GroupManagerForm::UndoButton() const { return *findChild<QPushButton*>("UndoButton"); }
 
 void GroupManagerForm::TellGroups(const QString& before, const QString& now) { emit GroupsChanged(before, now); }
 

@@ -35,8 +35,8 @@ class GroupManagerForm final : public QDialog {
   void reject() override;
 
  signals:
-  // Whoever shows the groups shows them anew, and `now` where `before` was chosen: a group's old and new name, or none
-  // and a new group's. After a deletion `now` is empty, and nothing is chosen anywhere.
+  // Whoever shows the groups shows them anew, and `now` where `before` was chosen: a group's old and new name. A new
+  // group has no old one, and is chosen nowhere else. After a deletion `now` is empty, and nothing is chosen anywhere.
   void GroupsChanged(const QString& before, const QString& now);
 
  private:
@@ -60,6 +60,7 @@ class GroupManagerForm final : public QDialog {
   bool PassesChecks(Needs needs);
   bool IsGroupThere();
   void EnableControls(bool enabled);
+  QPushButton& UndoButton() const;
 
   QString Group() const;
   recipients::RecipientStore Store() const;
@@ -70,6 +71,8 @@ class GroupManagerForm final : public QDialog {
   void ReadAgain();
   void Say(const QString& sentence);
   void Fail(const Error& error);
+  // Of work that ended without success.
+  void FailWork(const Error& error);
   void ShowRead(const Result<Reading>& reading);
   void ShowGroup(const Reading& reading);
   void ShowNone();
@@ -112,6 +115,7 @@ class GroupManagerForm final : public QDialog {
   std::int64_t count_ = 0;  // of the group's recipients; more than the rows where its order is not understood
   bool is_order_understood_ = true;
   bool is_reading_ = false;
+  bool can_undo_ = false;
   QPointer<QWidget> focus_;  // what had the keyboard before the work
 };
 

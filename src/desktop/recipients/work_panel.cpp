@@ -24,6 +24,11 @@ WorkPanel::WorkPanel(const profile::Program& program, QWidget* parent)
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(panel_);
+  // It keeps its place: nothing moves when work begins and ends.
+  QSizePolicy policy = panel_->sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  panel_->setSizePolicy(policy);
+  panel_->hide();
   panel_->button()->setEnabled(false);
   panel_->button()->setAutoDefault(false);
   tick_->setInterval(kBetweenLooks);
@@ -36,6 +41,7 @@ WorkPanel::~WorkPanel() = default;
 void WorkPanel::AddBeside(QPushButton* button) {
   closes_ = true;
   panel_->AddBeside(button);
+  panel_->show();
   panel_->button()->setEnabled(true);
 }
 
@@ -43,8 +49,15 @@ QPushButton* WorkPanel::button() const { return panel_->button(); }
 
 void WorkPanel::Press() { is_working() ? Cancel() : emit Closing(); }
 
+void WorkPanel::Cancel() {
+  was_cancelled_ = true;
+  task_->Cancel();
+}
+
 void WorkPanel::Begin() {
+  was_cancelled_ = false;
   counts_ = std::make_shared<Counts>();
+  panel_->show();
   panel_->button()->setEnabled(true);
   tick_->start();
   emit Started();
@@ -53,6 +66,7 @@ void WorkPanel::Begin() {
 void WorkPanel::End() {
   tick_->stop();
   bar_->Count(0, 1);
+  panel_->setVisible(closes_);
   panel_->button()->setEnabled(closes_);
   emit Ended();
 }

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/note.h"
 #include "profile/program.h"
 #include "recipients/progress.h"
 #include "recipients/recipient_store.h"
@@ -51,7 +52,9 @@ class WorkPanel final : public QWidget {
   void AddBeside(QPushButton* button);
   QPushButton* button() const;
   bool is_working() const { return task_->is_running(); }
-  void Cancel() { task_->Cancel(); }
+  void Cancel();
+  // How an error of the work is shown: what the person cancelled is no failure.
+  NoteKind KindOfFailure() const { return was_cancelled_ ? NoteKind::kInformation : NoteKind::kFailure; }
 
  signals:
   void Started();
@@ -69,6 +72,7 @@ class WorkPanel final : public QWidget {
   void Press();
 
   bool closes_ = false;
+  bool was_cancelled_ = false;
   const profile::Program& program_;
   std::shared_ptr<Counts> counts_;
   BackgroundTask* task_;

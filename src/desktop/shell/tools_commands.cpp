@@ -33,7 +33,9 @@ void ShowGroups(Shell& shell) {
   QObject::connect(&form, &GroupManagerForm::GroupsChanged, &shell.window,
                    [&shell](const QString& before, const QString& now) {
                      if (!before.isEmpty() && now.isEmpty()) shell.header.ChooseNoGroup();
-                     shell.header.LoadGroups(shell.header.Group() == before ? now : QString());
+                     // A new group is nobody's choice yet: whom the message goes to stays as it is.
+                     const bool was_chosen = !before.isEmpty() && shell.header.Group() == before;
+                     shell.header.LoadGroups(was_chosen ? now : QString());
                    });
   form.exec();
   shell.header.LoadGroups();
@@ -45,7 +47,9 @@ void ImportRecipients(Shell& shell) {
     shell.FocusOn("GroupButton");
     return;
   }
-  RecipientImportForm(shell.program, shell.header.Group(), &shell.window).exec();
+  RecipientImportForm form(shell.program, shell.header.Group(), &shell.window);
+  form.exec();
+  if (!form.said().isEmpty()) shell.Say(form.said());
   shell.header.LoadGroups();
 }
 
