@@ -254,7 +254,7 @@ void TellPlan(Context& context, const ImportPlan& plan) {
 }
 
 int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset) {
-  const auto& request = plan.request;
+  auto request = plan.request;
   auto reading = request.reading;
   if (request.mode == ImportMode::kHarvest) {  // whole lines
     reading.rfc4180 = false;
@@ -262,6 +262,7 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
   }
   const auto sample = recipients::ReadSample(request.file, reading, codeset, kPreviewLines, request.skip);
   if (!sample) return context.output.Fail(sample.error());
+  request.quotes = request.quotes && recipients::MayHaveQuotes(sample->facts.format);
   TellFile(context, sample->facts, plan);
   for (const auto& line : sample->lines) {
     context.output.Line(fmt::format("Line {}:", line.number));

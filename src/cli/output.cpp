@@ -4,12 +4,23 @@
 #include <unistd.h>
 
 #include "platform/text.h"
+#include "recipients/import/kept_mappings.h"
+#include "recipients/store_rows.h"
 
 namespace quillcast::cli {
 namespace {
 
 constexpr std::size_t kLongestLine = 20'000;
 constexpr auto kProgressPause = std::chrono::milliseconds(100);
+
+// The core's words are those of a window too; here the commands are named that do it.
+Error AtTerminal(Error error) {
+  if (error.remedy == Sentence(recipients::kNoSuchGroupRemedy))
+    error.remedy = "`quillcast group list` shows the groups; `quillcast group new` makes one.";
+  if (error.remedy == Sentence(recipients::kNoSuchMappingRemedy))
+    error.remedy = "Take one of those that are kept: `quillcast import --list-mappings` names them.";
+  return error;
+}
 
 }  // namespace
 
@@ -55,7 +66,7 @@ void Output::Note(std::string_view text) const {
 }
 
 int Output::Fail(const Error& error) const {
-  Print(stderr, fmt::format("quillcast: {}\n", ForTerminal(Describe(error))));
+  Print(stderr, fmt::format("quillcast: {}\n", ForTerminal(Describe(AtTerminal(error)))));
   return ExitCode(error.failure);
 }
 

@@ -21,8 +21,7 @@ constexpr const char* kLastKeyIsUsed =
     "SELECT 1 FROM [sqlite_sequence] WHERE [name] = 'Emails' AND [seq] = 9223372036854775807";
 
 Error NoSuchGroup(std::string_view name) {
-  return {Failure::kUsage, Say("There is no group \"{}\".", name),
-          "`quillcast group list` shows the groups; `quillcast group new` makes one."};
+  return {Failure::kUsage, Say("There is no group \"{}\".", name), kNoSuchGroupRemedy};
 }
 
 // Tells how many of a group's rows are read; their number is looked up only for somebody who listens.
@@ -129,7 +128,9 @@ StoredRecipient ReadRecipient(const platform::Statement& row) {
 }
 
 Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
-  auto found = Bound(database, StatementId::kFindGroup, List<1>{name});
+  // The given statement takes no name with an apostrophe, which another program may have given.
+  const bool is_odd = name.find('\'') != std::string_view::npos;
+  auto found = Bound(database, is_odd ? StatementId::kFindAnyGroup : StatementId::kFindGroup, List<1>{name});
   if (!found) return found.error();
   const auto row = found->rows().Step();
   if (!row) return row.error();

@@ -15,6 +15,9 @@
 
 namespace quillcast::recipients {
 
+// The remedy where a group that was asked for by its name is not there; a terminal adds its commands.
+inline constexpr const char* kNoSuchGroupRemedy = "Choose another group, or make this one.";
+
 template <std::size_t size>
 using List = std::array<std::string_view, size>;
 

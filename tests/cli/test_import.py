@@ -154,8 +154,9 @@ class Import(Case):
             ("LDIF", "dn: cn=Bob\nmail: bob@r.example\ngivenName: Bob\n"),
         ]:
             book = self.write("book", content)
-            code, said, err = self.run_import(book, "-g", "All", "--header", "--opt-in")
+            code, said, err = self.run_import(book, "-g", "All", "--header", "--quotes", "--opt-in")
             self.assertEqual((code, said[0]["added"], said[0]["format"]), (0, 1, name), err)
+            self.assertIn("Quotes are taken off delimited text alone", said[0]["warnings"][0])
         self.assertEqual(self.recipients("Email Address", "First Name", "Last Name", "Additional Field 3"),
                          [("ada@r.example", "Ada", "Lovelace", ""), ("bob@r.example", "Bob", "", "")])
 

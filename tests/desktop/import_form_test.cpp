@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QScrollBar>
 #include <QTimer>
 
@@ -177,6 +178,8 @@ class ImportFormTest : public QObject {
     QVERIFY2(scene.Warnings().contains("“Email”") && scene.Warnings().contains("quillcast import --take 25”"),
              qPrintable(scene.Warnings()));
     scene.Press("QuotationCheckBox");
+    scene.Pick("Ada,ada@x.org\n", "other.txt");
+    QVERIFY(!scene.Find<QAbstractButton>("QuotationCheckBox").isChecked());  // it was for the other file
     scene.Pick("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n", "cards.vcf");
     QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
     scene.Press("ProposeButton");
@@ -184,6 +187,52 @@ class ImportFormTest : public QObject {
       QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
     QVERIFY2(scene.Addresses().endsWith("vcard@x.org,Ada"), qPrintable(scene.Addresses()));
+  }
+
+  // What is ticked counts where it can be ticked.
+  void quotesAreTakenOffDelimitedTextAlone() {
+    Scene scene;
+    scene.OpenWith("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
+    scene.Press("RadioButton2");
+    scene.Step("KindComboBox", 1);
+    QTRY_VERIFY(scene.Find<QWidget>("QuotationCheckBox").isEnabled());
+    scene.Press("QuotationCheckBox");
+    QTest::keyClick(&scene.Find<QComboBox>("KindComboBox"), Qt::Key_Up);
+    QTRY_VERIFY2(scene.Sample().startsWith("vcard@x.org|"), qPrintable(scene.Sample()));
+    QVERIFY(!scene.Find<QWidget>("QuotationCheckBox").isEnabled());
+    scene.GetData();
+    QVERIFY2(scene.Entries("ComboBox1").startsWith("Ignore|Field 1 = vcard@x.org|"),
+             qPrintable(scene.Entries("ComboBox1")));
+    scene.Step("ComboBox1", 1);
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QVERIFY2(scene.Addresses().contains(" vcard@x.org,"), qPrintable(scene.Addresses()));
+  }
+
+  void theWarningsAreThoseThatStillHold() {
+    Scene scene;
+    scene.OpenWith("\"Ada\",\"ada@x.org\"\n\"Bob\",\"bob@x.org\"\n");
+    scene.Press("RadioButton2");
+    const auto warns = [&](const char* of) { return scene.Warnings().contains(of); };
+    QTRY_VERIFY2(warns("stand in quotes"), qPrintable(scene.Warnings()));
+    scene.Press("QuotationCheckBox");
+    QCOMPARE(scene.Warnings(), "");
+    scene.GetData();
+    scene.Step("ComboBox1", 1);
+    QVERIFY2(warns("None of the lines shown here has an address"), qPrintable(scene.Warnings()));
+    scene.Step("ComboBox1", 1);
+    QCOMPARE(scene.Warnings(), "");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(2, 0, 0));
+    QVERIFY(scene.Find<QProgressBar>("ProgressBar").value() > 0);
+    QString columns = "c1";
+    for (int n = 2; n <= 19; ++n) columns += QString(",c%1").arg(n);
+    scene.Pick(FromQt(columns + ",First Name,E-Mail\n" + columns + ",Ada,ada@x.org\n"), "wide.csv");
+    QCOMPARE(scene.Find<QProgressBar>("ProgressBar").value(), 0);
+    QTRY_VERIFY2(warns("2 fields stand behind the eighteenth") && warns("“E-Mail”") && warns("“First Name”"),
+                 qPrintable(scene.Warnings()));
+    QVERIFY(warns("The mapping of the other file was set back."));
+    scene.GetData();
+    scene.Step("ComboBox3", 1);
+    QVERIFY(!warns("was set back") && warns("behind the eighteenth"));
   }
 
   void aMappingIsKeptUnderAName() {

@@ -6,6 +6,7 @@
 #include <QSignalBlocker>
 
 #include "desktop/widgets/empty_state.h"
+#include "desktop/widgets/own_direction.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
@@ -23,6 +24,7 @@ ImportSampleTable::ImportSampleTable(QWidget* parent) : QTableWidget(parent), em
   setEditTriggers(NoEditTriggers);
   setTabKeyNavigation(false);
   setWordWrap(false);
+  setItemDelegate(new OwnDirection(this));
   horizontalHeader()->hide();
   horizontalHeader()->setDefaultSectionSize(kColumnWidth);
   verticalHeader()->hide();

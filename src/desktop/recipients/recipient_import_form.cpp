@@ -185,9 +185,16 @@ void RecipientImportForm::ConnectControls() {
     if (sample_) proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
     EnableControls();
     ShowSample();
+    ShowWarnings();
   });
-  connect(skip_, &QCheckBox::toggled, this, &RecipientImportForm::ShowSample);
-  connect(mapping_, &ImportMappingPanel::Changed, this, [this] { table_->ShowMapping(mapping_->Mapping()); });
+  connect(skip_, &QCheckBox::toggled, this, [this] {
+    ShowSample();
+    ShowWarnings();
+  });
+  connect(mapping_, &ImportMappingPanel::Changed, this, [this] {
+    table_->ShowMapping(mapping_->Mapping());
+    ShowWarnings();
+  });
   connect(table_, &ImportSampleTable::Chosen, this, &RecipientImportForm::TakeHeading);
   connect(import_, &QPushButton::clicked, this, &RecipientImportForm::Import);
   connect(report_, &QPushButton::clicked, this, &RecipientImportForm::ShowReport);
@@ -202,7 +209,7 @@ void RecipientImportForm::EnableControls() {
        std::initializer_list<QWidget*>{file_, browse_, group_, kind_, harvest_, delimited_, import_, report_}) {
     control->setEnabled(is_idle);
   }
-  const auto format = sample_ ? sample_->facts.format : recipients::FileFormat::kDelimited;
+  const auto format = Format();
   const bool is_delimited = is_idle && delimited_->isChecked();
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encodings_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);

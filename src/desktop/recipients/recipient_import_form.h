@@ -37,6 +37,8 @@ class RecipientImportForm final : public QDialog {
   // `group` is chosen at first; none where that is empty.
   RecipientImportForm(const profile::Program& program, const QString& group, QWidget* parent);
   ~RecipientImportForm() override;
+  // How many came in before the import was cancelled; empty where it was not.
+  const QString& said() const { return said_; }
 
  public slots:
   // While an import runs it is asked about first; its end then closes the dialog.
@@ -83,9 +85,13 @@ class RecipientImportForm final : public QDialog {
   void TakeFormat(const Look& look);
   void ShowSample();
   void SayHowItIsRead(const Look& look);
+  void ShowWarnings();
   void Warn(const std::vector<Sentence>& sentences);
 
   std::vector<std::string_view> FieldsToChoose() const;
+  // What the ticks come to for this file, wherever it is shown, kept or imported.
+  recipients::FileFormat Format() const;
+  bool TakesQuotesOff() const;
   std::int64_t SkippedLines() const;
   void SkipLines(std::int64_t lines);
   void OfferFields();
@@ -139,6 +145,8 @@ class RecipientImportForm final : public QDialog {
   QPushButton* report_;
   std::optional<recipients::ImportSample> sample_;
   std::optional<recipients::ProposedMapping> proposed_;
+  std::vector<Sentence> odd_;                           // what the last look has to tell, whatever is ticked and mapped
+  bool is_quoted_ = false;                              // most addresses of the file stand in quotes
   QTimer* slow_;                                        // until a look is said to be under way
   QString looked_at_;                                   // the file of the last look
   Wish looking_for_;                                    // by the look that is under way
@@ -152,6 +160,7 @@ class RecipientImportForm final : public QDialog {
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
   std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there
   std::shared_ptr<Progress> seen_;                      // shared with the thread that imports
+  QString said_;
   GiveUp give_up_;
 };
 

@@ -24,6 +24,12 @@ std::vector<std::string_view> RecipientImportForm::FieldsToChoose() const {
   return behind == lines.begin() ? behind->Fields() : std::prev(behind)->Fields();
 }
 
+recipients::FileFormat RecipientImportForm::Format() const {
+  return sample_ ? sample_->facts.format : recipients::FileFormat::kDelimited;
+}
+
+bool RecipientImportForm::TakesQuotesOff() const { return quotes_->isChecked() && recipients::MayHaveQuotes(Format()); }
+
 // Lines of a spreadsheet are numbered with those that are empty: the first one may be the third row.
 std::int64_t RecipientImportForm::SkippedLines() const {
   if (!skip_->isChecked() || !skip_->isEnabled()) return 0;
@@ -33,13 +39,13 @@ std::int64_t RecipientImportForm::SkippedLines() const {
 
 void RecipientImportForm::SkipLines(std::int64_t lines) {
   skipped_ = std::max<std::int64_t>(lines, 1);
-  skip_->setText(lines > 1 ? tr("Leave the first %1 lines o&ut").arg(lines)
+  skip_->setText(lines > 1 ? tr("Leave the first %1 lines o&ut").arg(ToQt(platform::WithThousands(lines)))
                            : tr("Leave the first line o&ut, it has headings"));
   skip_->setChecked(lines > 0);
 }
 
 void RecipientImportForm::OfferFields() {
-  mapping_->Offer(recipients::SampleEntries(FieldsToChoose(), quotes_->isChecked()));
+  mapping_->Offer(recipients::SampleEntries(FieldsToChoose(), TakesQuotesOff()));
 }
 
 // A field of a recipient comes from one field of the line; a field of the line may go into several, of which the list
@@ -57,21 +63,13 @@ void RecipientImportForm::Propose() {
   SkipLines(proposed_->skip);
   OfferFields();
   mapping_->Choose(proposed_->mapping);
-  if (proposed_->beyond.empty()) return;
-  Warn({SayOf(static_cast<std::int64_t>(proposed_->beyond.size()),
-              "{} field stands behind the eighteenth and cannot be chosen: “{}”. Move it to the front of the file, or "
-              "import it by command, with “{}”.",
-              "{} fields stand behind the eighteenth and cannot be chosen, the first is “{}”. Move them to the front "
-              "of the file, or import it by command, with “{}”.",
-              platform::Printable(proposed_->headings[proposed_->beyond.front() - 1], 100),
-              "quillcast import --take " + recipients::ColumnsText(proposed_->columns))});
 }
 
 recipients::KeptMapping RecipientImportForm::Current() const {
   return {.name = {},
           .mapping = mapping_->Mapping(),
           .delimiter = delimiter_->currentData().toChar().toLatin1(),
-          .quotes = quotes_->isChecked(),
+          .quotes = TakesQuotesOff(),
           .rfc4180 = rfc4180_->isChecked(),
           .skip = SkippedLines(),
           .sheet = sheet_is_picked_ ? Reading().sheet : std::string(),
@@ -139,7 +137,6 @@ std::optional<Sentence> RecipientImportForm::ChooseWaiting() {
   OfferFields();
   const auto fitted = recipients::FitMapping(wanted, FieldsToChoose().size());
   mapping_->Choose(fitted.mapping);
-  was_set_back_ = false;
   return recipients::DescribeLacking(fitted, wanted);
 }
 

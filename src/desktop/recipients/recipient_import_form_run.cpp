@@ -43,7 +43,7 @@ recipients::ImportRequest RecipientImportForm::Request() const {
           .group = form.group,
           .mode = form.mode,
           .reading = Reading(),
-          .quotes = quotes_->isChecked() && quotes_->isEnabled(),
+          .quotes = TakesQuotesOff(),
           .mapping = form.mapping,
           .skip = SkippedLines()};
 }
@@ -89,6 +89,10 @@ void RecipientImportForm::Start() {
         std::make_shared<recipients::ImportOutcome>(recipients::ImportRecipients(request, places, cancel, see));
     return [this, outcome] {
       tick_->stop();
+      if (outcome->cancelled) {
+        said_ = Counted(outcome->counts.added, tr("The import was cancelled; 1 recipient had come in."),
+                        tr("The import was cancelled; %1 recipients had come in."));
+      }
       give_up_.End([this, outcome] { ShowEnd(*outcome); });
     };
   });

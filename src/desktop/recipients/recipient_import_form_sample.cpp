@@ -5,11 +5,13 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTimer>
 
 #include "desktop/recipients/import_mapping_panel.h"
 #include "desktop/recipients/import_sample_table.h"
 #include "desktop/recipients/recipient_import_form.h"
+#include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/dropped_files.h"
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/qt_text.h"
@@ -47,6 +49,8 @@ void RecipientImportForm::Browse() {
 void RecipientImportForm::SetBack() {
   sample_.reset();
   proposed_.reset();
+  odd_.clear();
+  is_quoted_ = false;
   waiting_.reset();
   known_.reset();
   SkipLines(0);  // the headings were the other file's
@@ -54,6 +58,7 @@ void RecipientImportForm::SetBack() {
   sheet_is_picked_ = false;
   mapping_->Offer({});
   table_->Clear();
+  bar_->Count(0, 1);
   Warn({});
   status_->Say({});
 }
@@ -67,6 +72,10 @@ void RecipientImportForm::TakeFile(const QString& file) {
   SetBack();
   if (had_file) {
     delimiter_is_picked_ = false;
+    const QSignalBlocker quiet_quotes(quotes_);
+    const QSignalBlocker quiet_rfc4180(rfc4180_);
+    quotes_->setChecked(false);
+    rfc4180_->setChecked(false);
     kind_->setCurrentIndex(0);
     encoding_->setCurrentIndex(0);
   }
@@ -155,6 +164,8 @@ void RecipientImportForm::TakeLook(const Look& look) {
 void RecipientImportForm::ShowNoLook(const Look& look) {
   sample_.reset();
   proposed_.reset();
+  odd_.clear();
+  is_quoted_ = false;
   known_.reset();
   table_->Clear(tr("The file could not be read."));
   if (look.wish.fills_lists) OfferFields();
@@ -190,14 +201,14 @@ void RecipientImportForm::ShowLook(const Look& look) {
 
 void RecipientImportForm::ShowSample() {
   if (!sample_) return;
-  table_->Show(*sample_, quotes_->isChecked(), SkippedLines());
+  table_->Show(*sample_, TakesQuotesOff(), SkippedLines());
   table_->ShowMapping(mapping_->Mapping());
 }
 
 void RecipientImportForm::SayHowItIsRead(const Look& look) {
   const auto& facts = sample_->facts;
   QStringList sentences = {tr("Format: %1.").arg(Translated(recipients::NameOf(facts.format)))};
-  if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(sheet_->count());
+  if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(ToQt(platform::WithThousands(sheet_->count())));
   if (!facts.encoding.name.empty()) {
     sentences << tr("Encoding: %1 (%2).").arg(ToQt(facts.encoding.name), Translated(facts.encoding.how_known));
   }
@@ -205,22 +216,38 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
     sentences << tr("The delimiter seems to be “%1”.").arg(Translated(look.delimiter->delimiter.name));
   }
   status_->Say(sentences.join(' '));
-  std::vector<Sentence> odd;
+  odd_.clear();
+  is_quoted_ = look.delimiter && look.delimiter->is_quoted;
   if (look.wish.applies) {
-    if (auto lacking = LackingSheet()) odd.push_back(std::move(*lacking));
-    if (auto lacking = ChooseWaiting()) odd.push_back(std::move(*lacking));
+    if (auto lacking = LackingSheet()) odd_.push_back(std::move(*lacking));
+    if (auto lacking = ChooseWaiting()) odd_.push_back(std::move(*lacking));
   }
-  for (auto& sentence : recipients::Describe(facts)) odd.push_back(std::move(sentence));
-  if (look.delimiter && look.delimiter->is_quoted && !quotes_->isChecked() && !rfc4180_->isChecked()) {
+  for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
+  ShowWarnings();
+}
+
+// What the person has seen to since the look is told no more.
+void RecipientImportForm::ShowWarnings() {
+  std::vector<Sentence> told = odd_;
+  const auto mapping = mapping_->Mapping();
+  if (is_quoted_ && !quotes_->isChecked() && !rfc4180_->isChecked()) {
     recipients::ImportFindings findings;
     findings.quotes_unread = true;
-    for (auto& sentence : recipients::Describe(findings)) odd.push_back(std::move(sentence));
+    for (auto& sentence : recipients::Describe(findings)) told.push_back(std::move(sentence));
   }
+  if (proposed_) {
+    if (auto beyond = recipients::DescribeBeyond(*proposed_)) told.push_back(std::move(*beyond));
+  }
+  if (sample_) {
+    auto none = recipients::DescribeNoAddress(*sample_, mapping, TakesQuotesOff(), SkippedLines());
+    if (none) told.push_back(std::move(*none));
+  }
+  was_set_back_ = was_set_back_ && mapping.IsAllIgnore();
   if (was_set_back_)
-    odd.emplace_back(
+    told.emplace_back(
         "The mapping of the other file was set back. “Apply” takes a mapping that is kept, “Keep As…” "
         "keeps one for the next file.");
-  Warn(odd);
+  Warn(told);
 }
 
 void RecipientImportForm::Warn(const std::vector<Sentence>& sentences) {

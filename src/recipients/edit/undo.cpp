@@ -74,7 +74,7 @@ Result<bool> RestoreGroup(Database& database, const KeptGroup& kept) {
   if (kept.after.empty()) {
     if (*named) {
       return Error{Failure::kUsage, Say("There is a group \"{}\" again.", kept.group.name),
-                   "Give it another name first (`quillcast group rename`)."};
+                   "Give it another name first."};
     }
     done = RunOn(database, StatementId::kPutGroupBack, List<1>{key});
   } else {

@@ -46,6 +46,8 @@ std::vector<Sentence> Describe(const ImportFindings& findings) {
   if (findings.quotes_unread)
     told.emplace_back(
         "Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off.");
+  if (findings.quotes_left)
+    told.emplace_back("Quotes are taken off delimited text alone; the fields of this file were taken as they are.");
   if (findings.long_lines > 0) {
     told.push_back(SayOf(findings.long_lines, "{} line is longer than 1 MiB and was ignored, line {}.",
                          "{} lines are longer than 1 MiB and were ignored, the first is line {}.",

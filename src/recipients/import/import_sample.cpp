@@ -2,13 +2,17 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+#include "recipients/check_email.h"
 #include "recipients/import/headings.h"
 #include "recipients/import/line_reader.h"
+#include "recipients/import/taken_fields.h"
 
 namespace quillcast::recipients {
 namespace {
 
 constexpr std::size_t kLinesForADelimiter = 64;
+constexpr std::size_t kLongestHeading = 60;  // bytes, where it is told
 
 }  // namespace
 
@@ -49,7 +53,35 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, Readin
   return FindDelimiter(lines);
 }
 
+std::optional<Sentence> DescribeBeyond(const ProposedMapping& proposed) {
+  if (proposed.beyond.empty()) return {};
+  std::string names;
+  for (const std::size_t column : proposed.beyond)
+    names += (names.empty() ? "“" : ", “") + platform::Printable(proposed.headings[column - 1], kLongestHeading) + "”";
+  return SayOf(static_cast<std::int64_t>(proposed.beyond.size()),
+               "{} field stands behind the eighteenth and cannot be chosen: {}. Move it to the front of the file, or "
+               "import it by command, with “{}”.",
+               "{} fields stand behind the eighteenth and cannot be chosen: {}. Move them to the front of the file, or "
+               "import it by command, with “{}”.",
+               names, "quillcast import --take " + ColumnsText(proposed.columns));
+}
+
+std::optional<Sentence> DescribeNoAddress(const ImportSample& sample, const ImportMapping& mapping, bool quotes,
+                                          std::int64_t skip) {
+  if (mapping.source[kEmail] == kIgnore) return {};
+  std::int64_t lines = 0;
+  for (const SampleLine& line : sample.lines) {
+    if (line.number <= skip || line.fault != LineFault::kNone) continue;
+    ++lines;
+    if (FindAddress(MapFields(line.Fields(), quotes, mapping)[kEmail], 0)) return {};
+  }
+  if (lines == 0) return {};
+  return Sentence(
+      "None of the lines shown here has an address in the field that is chosen for it. Such lines are ignored.");
+}
+
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes) {
+  quotes = quotes && MayHaveQuotes(sample.facts.format);
   if (HasKnownFields(sample.facts.format)) return ProposedMapping{.mapping = KnownMapping()};
   for (std::size_t at = 0; at < std::min(sample.lines.size(), kLinesForHeadings); ++at) {
     auto headings = sample.lines[at].Fields();

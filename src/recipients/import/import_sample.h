@@ -45,11 +45,19 @@ struct ProposedMapping {
   std::vector<std::size_t> beyond = {};
   bool names_address = true;
 };
+// Those headings and the remedy, for whoever maps; nothing where there are none.
+std::optional<Sentence> DescribeBeyond(const ProposedMapping& proposed);
+// That no line behind the `skip` first ones has an address where the mapping looks for it; nothing where one has, or
+// where none is looked for.
+std::optional<Sentence> DescribeNoAddress(const ImportSample& sample, const ImportMapping& mapping, bool quotes,
+                                          std::int64_t skip);
+
 // A title may stand above the headings, and so many lines are looked at.
 inline constexpr std::size_t kLinesForHeadings = 5;
 // Headings are looked for among as many fields as the widest spreadsheets have columns.
 inline constexpr std::size_t kFieldsForHeadings = 16'384;
-// Nothing where none of the first lines looks like headings. `quotes` takes the first and last character off each.
+// Nothing where none of the first lines looks like headings. `quotes` takes the first and last character off each,
+// where it is delimited text.
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes);
 
 }  // namespace quillcast::recipients

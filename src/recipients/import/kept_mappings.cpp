@@ -22,8 +22,7 @@ bool HasName(const KeptMapping& kept, std::string_view name) {
 constexpr std::ptrdiff_t kLongestName = 100;  // characters
 
 Error NoSuchMapping(std::string_view name) {
-  return {Failure::kUsage, Say("There is no mapping \"{}\".", platform::Printable(name, 100)),
-          "Take one of those that are kept: `quillcast import --list-mappings` names them."};
+  return {Failure::kUsage, Say("There is no mapping \"{}\".", platform::Printable(name, 100)), kNoSuchMappingRemedy};
 }
 
 // A value that is missing or of another kind is as if it were not set.

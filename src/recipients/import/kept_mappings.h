@@ -24,6 +24,9 @@ struct KeptMapping {
   bool operator==(const KeptMapping&) const = default;
 };
 
+// Whoever asks by name is told this; a terminal adds its command.
+inline constexpr const char* kNoSuchMappingRemedy = "Take one of those that are kept.";
+
 // By name. Names differ in more than the case of their letters.
 Result<std::vector<KeptMapping>> ListMappings(const profile::SettingsStore& settings);
 // Errors: kUsage where there is none of that name.

@@ -114,6 +114,8 @@ Result<FileFormat> FindOutFormat(const std::filesystem::path& file) {
   return FileFormat::kSpreadsheet;
 }
 
+bool MayHaveQuotes(FileFormat format) { return format == FileFormat::kDelimited; }
+
 bool HasKnownFields(FileFormat format) { return format == FileFormat::kVCard || format == FileFormat::kLdif; }
 
 ImportMapping KnownMapping() {

@@ -48,6 +48,8 @@ Result<FileFormat> FormatOf(const std::filesystem::path& file, const ReadingOpti
 // What the content of a file looks like. Errors: as OpenLines.
 Result<FileFormat> FindOutFormat(const std::filesystem::path& file);
 
+// Whether there can be quotes round its fields that are taken off: in other formats what stands there is the value.
+bool MayHaveQuotes(FileFormat format);
 // Whether its lines have the fields of a recipient, in the order of kFields, and no line of headings.
 bool HasKnownFields(FileFormat format);
 // What is taken of such a line: all but the three additional fields, in which they have things of their own.

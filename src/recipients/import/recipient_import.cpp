@@ -22,6 +22,7 @@ struct Run {
   const std::function<void(const ImportProgress&)>& progress;
   ImportWriter& writer;
   ImportOutcome& outcome;
+  bool quotes = false;  // are taken off
 
   // What a reading came to whose lines were `offered`: one that was given up is no failure.
   Result<void> EndOf(const Result<void>& read, const Result<void>& offered) const {
@@ -86,7 +87,7 @@ Result<void> TakeLine(Run& run, const FieldLine& line) {
     run.outcome.findings.NoteFault(line);
     return run.writer.Ignore(ToldOf(line));
   }
-  const auto values = MapFields(line.fields, run.request.quotes, run.request.mapping);
+  const auto values = MapFields(line.fields, run.quotes, run.request.mapping);
   const auto address = FindAddress(values[kEmail], 0);
   if (!address) return run.writer.Ignore(values[kEmail]);
   if (address->length != values[kEmail].size() && !IsBareAddress(values[kEmail])) {
@@ -181,7 +182,8 @@ Result<void> RunImport(const ImportRequest& request, const ImportPlaces& places,
       places.store, group->id, is_harvest ? StatementId::kAddAddress : StatementId::kImportRecipient, report,
       request.dry_run ? Keeping::kRollBack : Keeping::kCommit, {.cancel = &cancel, .cancel_ends_statements = false});
   if (!writer) return writer.error();
-  Run run{request, cancel, progress, *writer, outcome};
+  Run run{request, cancel, progress, *writer, outcome, request.quotes && MayHaveQuotes(outcome.facts->format)};
+  outcome.findings.quotes_left = !is_harvest && request.quotes && !run.quotes;
   auto done = opened->text ? HarvestText(run, *opened->text)
               : is_harvest ? HarvestFields(run, *opened->lines)
                            : ImportLines(run, *opened->lines);
