@@ -62,6 +62,8 @@ inline constexpr StatementRow kOwnStatements[] = {
      "[G-Country], [G-State], [G-City], [G-Address1], [G-Address2], [G-ZIPCode], [G-Phone], [G-Fax], [G-Company], "
      "[G-JobTitle], [G-WebSite], [G-Add1], [G-Add2], [G-Add3] FROM [UndoEmails] WHERE ([ID] = <key>)",
      false},
+    {StatementId::kNameGroup, "UPDATE [Groups] SET [GroupName] = '<name>' WHERE ([ID] = <key>)", false},
+    {StatementId::kFindAnyGroup, "SELECT * FROM [Groups] WHERE [GroupName] = '<value>'", false},
 };
 
 }  // namespace quillcast::recipients

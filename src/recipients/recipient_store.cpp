@@ -137,7 +137,14 @@ Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::s
     if (const auto old = RequireGroupOn(database, old_name); !old) return old.error();
     return IsGroupOn(database, new_name);
   };
-  return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
+  if (old_name.find('\'') == std::string_view::npos) {
+    return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
+  }
+  // The given statement takes no such name, which another program may have given; it is named by its key.
+  const auto group = RequireGroup(old_name);
+  if (!group) return group.error();
+  const std::string key = std::to_string(group->id);
+  return IsWritten(RunUnless(is_taken, StatementId::kNameGroup, List<2>{new_name, key}));
 }
 
 Result<std::optional<std::int64_t>> RecipientStore::AddRecipientIfNew(std::int64_t group_id,

@@ -68,6 +68,8 @@ enum class StatementId : std::uint8_t {
   kUndoRowOfKey,      // recipient key
   kPutGroupBack,      // group key
   kPutRowBack,        // recipient key
+  kNameGroup,         // name, group key
+  kFindAnyGroup,      // name, also one that no given statement takes
 };
 
 // The most keys that a statement takes which is given several.
