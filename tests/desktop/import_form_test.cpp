@@ -432,6 +432,8 @@ class ImportFormTest : public QObject {
     encoding.setCurrentIndex(1);
     scene.Step("EncodingComboBox", -1);
     QTRY_COMPARE(scene.Sample(), QString::fromUtf8("\u00C4\u00E4|b@x.org"));
+    scene.form->activateWindow();  // the dialog that asked for the name was, and leaving a box says that it is done
+    QVERIFY(QTest::qWaitForWindowActive(scene.form.get()));
     encoding.setFocus();
     encoding.lineEdit()->selectAll();
     QTest::keyClicks(encoding.lineEdit(), "klingon");
