@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "cli/commands.h"
 #include "cli/start_desktop.h"
@@ -18,9 +19,10 @@ constexpr const char* kDescription =
     "Without a command it opens its window, where there is a display. Start with: quillcast demo";
 
 // Written by the standard library on its way out; a result that never arrived must not look like success.
-int CheckStandardOutput(int exit_code) {
+int CheckStandardOutput(int exit_code, const platform::CancelToken& cancel) {
   const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
   if (written) return exit_code;
+  if (cancel.Requested() == platform::Stop::kAbandon) return ExitCode(Failure::kTryAgain);
   Print(
       stderr,
       "quillcast: Standard output could not be written.\nFree some space where it goes, or let the program that reads "
@@ -78,14 +80,16 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   try {  // the parser tells wrong usage, --help and --version by exceptions; they end here
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
-    return error.get_exit_code() == 0 ? CheckStandardOutput(app.exit(error))
-                                      : (app.exit(error), ExitCode(Failure::kUsage));
+    std::ostringstream shown;
+    const int exit_code = app.exit(error, shown);
+    Print(stdout, shown.str());
+    return CheckStandardOutput(exit_code == 0 ? 0 : ExitCode(Failure::kUsage), cancel);
   }
   if (app.get_subcommands().empty()) {
     output.Note(InOneLine(StartDesktop(executable, context.profile, environment)));
     Print(stdout, app.help());
   }
-  return CheckStandardOutput(context.exit_code);
+  return CheckStandardOutput(context.exit_code, cancel);
 }
 
 }  // namespace quillcast::cli

@@ -56,6 +56,12 @@ Result<ExportRequest> RequestOf(const ExportOptions& options) {
   return request;
 }
 
+Result<void> CheckObjects(const ExportOptions& options) {
+  if (!options.rfc4180 && options.delimiter.empty()) return {};
+  return Error{Failure::kUsage, "--json writes objects, which --rfc4180 and --delimiter say nothing of.",
+               "Leave --json out, or name a file by `--output`."};
+}
+
 Result<void> Check(Context& context, const RecipientStore& store, const ExportOptions& options) {
   const auto names = store.ListGroupNames();
   if (!names) return names.error();
@@ -71,15 +77,20 @@ Result<void> Check(Context& context, const RecipientStore& store, const ExportOp
                "Name another file, or answer yes (--yes does) to have it unlocked."};
 }
 
-// What is in the file, from its beginning.
-Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder) {
+// What is in the file, from its beginning, until a stop at `end`: then as many whole lines as were printed by then.
+Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
   std::string block(kBlock, '\0');
-  while (std::ferror(stdout) == 0 && context.cancel.Requested() != platform::Stop::kAbandon) {
+  std::string lines;
+  while (std::ferror(stdout) == 0) {
+    if (context.cancel.Requested() >= end) return EndOfList(context);
     const auto got = platform::ReadSome(fd, folder, block.data(), block.size());
     if (!got) return got.error();
+    lines.append(block, 0, *got);
+    const std::size_t whole = *got == 0 ? lines.size() : lines.rfind('\n') + 1;
+    Print(stdout, std::string_view(lines).substr(0, whole));
+    lines.erase(0, whole);
     if (*got == 0) break;
-    Print(stdout, std::string_view(block).substr(0, *got));
   }
   return {};
 }
@@ -98,7 +109,9 @@ ExportOutcome ExportToStandardOutput(Context& context, const profile::Folders& f
   outcome = recipients::ExportRecipients(folders.Database(), request, sink, context.cancel, ShowProgress(context));
   context.output.EndProgress();
   if (outcome.error) return outcome;
-  if (const auto printed = PrintFile(context, scratch->get(), folders.temporary); !printed)
+  // What was written before a cancel is shown to its end, unless that is given up too.
+  const auto end = outcome.cancelled ? platform::Stop::kAbandon : platform::Stop::kStop;
+  if (const auto printed = PrintFile(context, scratch->get(), folders.temporary, end); !printed)
     outcome.error = printed.error();
   return outcome;
 }
@@ -113,7 +126,9 @@ Result<ExportOutcome> ExportAsObjects(Context& context, const RecipientStore& st
   const auto walked = Walk(*cursor, {}, &context.cancel, [&](const recipients::Recipient& recipient, std::int64_t) {
     nlohmann::ordered_json object;
     for (const std::size_t field : request.format.fields) {
-      object[std::string(recipients::kFields[field].label)] = recipient.values[field];
+      const std::string& value = recipient.values[field];
+      object[std::string(recipients::kFields[field].label)] =
+          request.format.inert_formulas ? recipients::WithoutFormula(value) : value;
     }
     context.output.Object(object);
     ++outcome.written;
@@ -154,6 +169,7 @@ Result<int> Export(Context& context, const profile::Folders& folders, const Expo
   if (!context.output.json) {
     return Conclude(context, options, ExportToStandardOutput(context, folders, *request));
   }
+  if (const auto checked = CheckObjects(options); !checked) return checked.error();
   const auto outcome = ExportAsObjects(context, store, *request);
   if (!outcome) return outcome.error();
   return Conclude(context, options, *outcome);

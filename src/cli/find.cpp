@@ -31,9 +31,6 @@ struct FindOptions {
   bool all_fields = false;
 };
 
-// How many rows are read at a time to be shown: between two such blocks the store is free.
-constexpr std::size_t kShownAtOnce = 5000;
-
 template <typename List>
 std::string Quoted(const List& list) {
   return fmt::format("\"{}\"", fmt::join(list, "\", \""));
@@ -43,14 +40,10 @@ Result<SearchRequest> RequestOf(const FindOptions& options) {
   const auto is = [](std::string_view text) {
     return [text](std::string_view label) { return platform::EqualsIgnoringAsciiCase(label, text); };
   };
-  const auto labels = recipients::SearchLabels();
-  const auto label = std::find_if(labels.begin(), labels.end(), is(options.field));
-  const auto field = label == labels.end() ? recipients::FieldOfLabel(options.field)
-                                           : static_cast<std::size_t>(label - labels.begin());
-  if (label == labels.end() && field == recipients::kFieldCount) {
-    return Error{Failure::kUsage, Say("\"{}\" names no field.", platform::Printable(options.field, 100)),
-                 "The fields are " + Quoted(labels) + "."};
-  }
+  const bool in_all = is(options.field)(recipients::kAllFieldsLabel);
+  const auto field = in_all ? recipients::kAllFields : recipients::FieldOfLabel(options.field);
+  if (!in_all && field == recipients::kFieldCount)
+    return recipients::NoSuchField(options.field, fmt::format("Name one, or \"{}\"", recipients::kAllFieldsLabel));
   const auto& ways = recipients::kComparisonLabels;
   const auto way = std::find_if(ways.begin(), ways.end(), is(options.compare));
   if (way == ways.end()) {
@@ -60,11 +53,21 @@ Result<SearchRequest> RequestOf(const FindOptions& options) {
   return SearchRequest{0, field, static_cast<Comparison>(way - ways.begin()), options.term};
 }
 
-void Show(Context& context, const RecipientGroup& group, const StoredRecipient& found, bool all_fields) {
-  if (found.id == 0) return;  // deleted since it was found
-  if (!context.output.json) return ShowRecipient(context, found.recipient, all_fields);
+// Of several groups, lines name the one that each is in.
+enum class Groups : std::uint8_t { kOne, kSeveral };
+
+struct Showing {
+  bool all_fields = false;
+  Groups groups = Groups::kOne;
+};
+
+void Show(Context& context, const RecipientGroup& group, const StoredRecipient& found, const Showing& showing) {
+  if (!context.output.json) {
+    return ShowRecipient(context, found.recipient, showing.all_fields,
+                         showing.groups == Groups::kSeveral ? group.name : std::string());
+  }
   nlohmann::ordered_json object = {{"group", group.name}};
-  object.update(AsObject(found.recipient, all_fields));
+  object.update(AsObject(found.recipient, showing.all_fields));
   context.output.Object(object);
 }
 
@@ -103,18 +106,9 @@ class FoundKeys {
   bool is_enough_ = false;
 };
 
-Result<void> ShowKeys(Context& context, const RecipientStore& store, const RecipientGroup& group,
-                      std::span<const std::int64_t> keys, bool all_fields) {
-  for (std::size_t at = 0; at < keys.size() && std::ferror(stdout) == 0; at += kShownAtOnce) {
-    const auto rows = store.RecipientsOfKeys(keys.subspan(at, std::min(kShownAtOnce, keys.size() - at)));
-    if (!rows) return rows.error();
-    for (const StoredRecipient& row : *rows) Show(context, group, row, all_fields);
-  }
-  return {};
-}
-
+// How many were shown.
 Result<std::int64_t> FindIn(Context& context, const RecipientStore& store, const RecipientGroup& group,
-                            SearchRequest request, bool all_fields) {
+                            SearchRequest request, const Showing& showing) {
   request.group_id = group.id;
   FoundKeys found;
   Result<void> searched;
@@ -123,13 +117,19 @@ Result<std::int64_t> FindIn(Context& context, const RecipientStore& store, const
     found.End();
   });
   std::int64_t count = 0;
+  const auto show = [&](const StoredRecipient& row) {
+    if (!IsWanted(context)) return false;
+    Show(context, group, row, showing);
+    ++count;
+    return true;
+  };
   Result<void> shown;
   for (auto keys = found.Take(); !keys.empty(); keys = found.Take()) {
-    if (shown) shown = ShowKeys(context, store, group, keys, all_fields);
-    if (!shown || std::ferror(stdout) != 0) found.Enough();
-    count += static_cast<std::int64_t>(keys.size());
+    if (shown && IsWanted(context)) shown = store.VisitByKey(keys, show);
+    if (!shown || !IsWanted(context)) found.Enough();
   }
   search.join();
+  if (const auto ended = EndOfList(context); !ended) return ended.error();
   if (!searched) return searched.error();
   if (!shown) return shown.error();
   return count;
@@ -146,6 +146,7 @@ Result<int> Find(Context& context, const RecipientStore& store, const FindOption
     if (!all) return all.error();
     names = std::move(*all);
   }
+  const Showing showing{options.all_fields, options.group.empty() ? Groups::kSeveral : Groups::kOne};
   std::int64_t count = 0;
   for (const std::string& name : names) {
     const auto group = store.RequireGroup(name);
@@ -155,7 +156,7 @@ Result<int> Find(Context& context, const RecipientStore& store, const FindOption
       continue;
     }
     if (!group) return group.error();
-    const auto found = FindIn(context, store, *group, *request, options.all_fields);
+    const auto found = FindIn(context, store, *group, *request, showing);
     if (!found) return found.error();
     count += *found;
   }
@@ -175,7 +176,7 @@ void AddFindCommand(CLI::App& app, Context& context) {
   find.add_option("--compare", options->compare, "Equals, Contains, Starts with or Ends with")->capture_default_str();
   find.add_flag("--fields", options->all_fields, "Show all eighteen fields");
   find.footer(
-      "Shows address, first and last name, in any case of letters.\n"
+      "Shows address, first and last name, and without --group the group. Capitals do not matter.\n"
       "Example: quillcast find -g Readers --field City --compare Equals Oslo");
   OnRun(find, context, [options](Context& ctx) {
     return WithStore(ctx, [&](RecipientStore& store) { return Find(ctx, store, *options); });

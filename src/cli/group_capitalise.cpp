@@ -30,20 +30,23 @@ Result<std::int64_t> ShowChanges(Context& context, const RecipientStore& store, 
         {{"address", change.address}, {"field", label}, {"before", change.before}, {"after", change.after}});
     count += change.id == last ? 0 : 1;
     last = change.id;
-    return true;
+    return IsWanted(context);
   });
   if (!shown) return shown.error();
+  if (const auto ended = EndOfList(context); !ended) return ended.error();
   return count;
 }
 
 Result<int> Capitalise(Context& context, const RecipientStore& store, const CapitaliseOptions& options) {
-  const auto count = ShowChanges(context, store, options.group);
+  const auto group = store.RequireGroup(options.group);
+  if (!group) return group.error();
+  const auto count = ShowChanges(context, store, group->name);
   if (!count) return count.error();
   std::int64_t changed = 0;
   if (*count > 0 && !options.dry_run) {
-    const auto asked = AskFirst(context, recipients::CapitaliseQuestion(*count, options.group));
+    const auto asked = AskFirst(context, recipients::CapitaliseQuestion(*count, group->name));
     if (!asked) return asked.error();
-    const auto done = recipients::CapitaliseGroup(store, options.group, ShowProgress(context));
+    const auto done = recipients::CapitaliseGroup(store, group->name, ShowProgress(context));
     if (!done) return done.error();
     changed = *done;
     context.output.EndProgress();
@@ -51,7 +54,7 @@ Result<int> Capitalise(Context& context, const RecipientStore& store, const Capi
                                     platform::Counted(changed, "recipient was", "recipients were")));
   }
   if (*count == 0) context.output.Note("All names are written as names are.");
-  context.output.Object({{"group", options.group}, {"done", "capitalise"}, {"changed", changed}});
+  context.output.Object({{"group", group->name}, {"done", "capitalise"}, {"changed", changed}});
   return 0;
 }
 

@@ -49,9 +49,10 @@ Result<int> Duplicates(Context& context, RecipientStore& store, const Duplicates
   const auto found = recipients::FindDuplicates(store, options.groups, [&](const DuplicateSet& set) {
     ShowSet(context, set);
     too_many += static_cast<std::int64_t>(set.holders.size()) - 1;
-    return true;
+    return context.cancel.Requested() == platform::Stop::kNone;
   });
   if (!found) return found.error();
+  if (const auto ended = EndOfList(context); !ended) return ended.error();
   if (too_many == 0) context.output.Note("Nobody stands there twice.");
   if (too_many > 0 && options.remove) return Remove(context, store, options.groups.front(), too_many);
   return 0;

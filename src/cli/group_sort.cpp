@@ -20,7 +20,7 @@ constexpr std::size_t kLongestOrder = 200;  // of a text that is not understood
 
 struct SortOptions {
   std::string group;
-  std::string by;
+  std::optional<std::string> by;
   bool as_added = false;
 };
 
@@ -33,7 +33,8 @@ Result<std::vector<SortKey>> KeysOf(const std::string& by) {
         label.size() > 5 && platform::EqualsIgnoringAsciiCase(label.substr(label.size() - 5), " desc");
     if (descending) label = platform::Trim(label.substr(0, label.size() - 5));
     const std::size_t field = recipients::FieldOfLabel(label);
-    if (field == recipients::kFieldCount) return NoSuchField(label, "Last Name, City desc");
+    if (field == recipients::kFieldCount)
+      return recipients::NoSuchField(label, "Write it as in \"Last Name, City desc\"");
     keys.push_back({kFields[field].column, descending});
   }
   return keys;
@@ -69,10 +70,10 @@ Result<int> Show(Context& context, const RecipientGroup& group) {
 }
 
 Result<int> Sort(Context& context, RecipientStore& store, const SortOptions& options) {
-  if (options.as_added || !options.by.empty()) {
+  if (options.as_added || options.by) {
     std::vector<SortKey> keys;
     if (!options.as_added) {
-      auto named = KeysOf(options.by);
+      auto named = KeysOf(*options.by);
       if (!named) return named.error();
       keys = std::move(*named);
     }

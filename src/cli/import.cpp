@@ -14,6 +14,8 @@
 namespace quillcast::cli {
 namespace {
 
+constexpr std::size_t kLongestShown = 100;  // bytes of an option
+
 using recipients::ImportOutcome;
 using recipients::ImportPlaces;
 using recipients::ImportRequest;
@@ -33,10 +35,10 @@ Result<std::optional<Complaint<recipients::ImportControl>>> Check(const ImportRe
 void TellCounts(Context& context, const ImportOutcome& outcome, bool dry_run) {
   const auto& counts = outcome.counts;
   const std::string summary =
-      dry_run ? fmt::format(
-                    "{} recipients would be imported.\n{} duplicate recipients would be ignored.\n{} invalid "
-                    "recipients would be ignored.",
-                    counts.added, counts.duplicates, counts.ignored)
+      dry_run ? fmt::format("{} would be imported.\n{} would be ignored.\n{} would be ignored.",
+                            platform::Counted(counts.added, "recipient", "recipients"),
+                            platform::Counted(counts.duplicates, "duplicate recipient", "duplicate recipients"),
+                            platform::Counted(counts.ignored, "invalid recipient", "invalid recipients"))
               : recipients::ImportSummary(counts);
   for (const std::string_view line : platform::Split(summary, '\n')) context.output.Line(platform::Trim(line));
 }
@@ -94,19 +96,26 @@ Result<void> CheckFile(const ImportRequest& request) {
   return recipients::CheckEncodingName(request.reading.encoding);
 }
 
+// All that must hold before the first recipient is added.
+Result<void> CheckAll(Context& context, const ImportOptions& options, const ImportRequest& request,
+                      const std::filesystem::path& file) {
+  const recipients::RecipientStore store(file, {.cancel = &context.cancel});
+  const auto complaint = Check(request, store);
+  if (!complaint) return complaint.error();
+  if (*complaint) return Error{Failure::kUsage, std::string((*complaint)->message)};
+  if (const auto group = store.RequireGroup(options.group); !group) return group.error();
+  if (auto readable = CheckFile(request); !readable) return readable;
+  if (options.opt_in || options.dry_run || context.prompts.Consent(recipients::kConsentQuestion)) return {};
+  return Error{Failure::kNotPermitted, "Nothing was imported: the list was not confirmed as opt-in.",
+               "`--opt-in` confirms it."};
+}
+
 int Import(Context& context, const ImportOptions& options, const profile::Folders& folders, const ImportPlan& plan,
-           const std::string& codeset) {
+           profile::SettingsStore& settings, const std::string& codeset) {
   const ImportPlaces places{folders.Database(), folders.ImportReport(), codeset};
-  const recipients::RecipientStore store(places.store, {.cancel = &context.cancel});
-  const auto complaint = Check(plan.request, store);
-  if (!complaint) return context.output.Fail(complaint.error());
-  if (*complaint) return context.output.Complain((*complaint)->message);
-  if (const auto group = store.RequireGroup(options.group); !group) return context.output.Fail(group.error());
-  if (const auto readable = CheckFile(plan.request); !readable) return context.output.Fail(readable.error());
-  if (!options.opt_in && !options.dry_run && !context.prompts.Consent(recipients::kConsentQuestion)) {
-    return context.output.Fail({Failure::kNotPermitted, "Nothing was imported: the list was not confirmed as opt-in.",
-                                "`--opt-in` confirms it."});
-  }
+  const auto checked = CheckAll(context, options, plan.request, places.store);
+  if (!checked) return context.output.Fail(checked.error());
+  if (const auto kept = SaveMappingOf(options, plan, settings); !kept) return context.output.Fail(kept.error());
   const auto outcome = recipients::ImportRecipients(
       plan.request, places, context.cancel, [&context](const recipients::ImportProgress& progress) {
         const auto percent = progress.bytes_total == 0 ? 100 : progress.bytes_done * 100 / progress.bytes_total;
@@ -142,17 +151,22 @@ int RunImport(Context& context, const ImportOptions& options) {
   if (options.list_mappings) return ListMappings(context, settings);
   if (!options.delete_mapping.empty()) {
     const auto deleted = recipients::DeleteMapping(settings, options.delete_mapping);
-    return deleted ? 0 : context.output.Fail(deleted.error());
+    if (!deleted) return context.output.Fail(deleted.error());
+    context.output.Line(fmt::format("The mapping \"{}\" was deleted.", platform::Printable(options.delete_mapping)));
+    context.output.Object({{"name", options.delete_mapping}, {"done", "deleted"}});
+    return 0;
   }
   if (options.file.empty())
     return context.output.Fail({Failure::kUsage, "No file is named.", "Name one, or \"-\" for standard input."});
-  const auto input = InputFile::Of(options.file, folders->temporary);
+  const auto input = InputFile::Of(options.file, folders->temporary, context.cancel);
   if (!input) return context.output.Fail(input.error());
   const std::string codeset = platform::LocaleCodeset();
   const auto plan = PlanImport(options, input->path(), settings, codeset);
   if (!plan) return context.output.Fail(plan.error());
-  if (const auto kept = SaveMappingOf(options, *plan, settings); !kept) return context.output.Fail(kept.error());
-  return options.preview ? PreviewImport(context, *plan, codeset) : Import(context, options, *folders, *plan, codeset);
+  if (!options.preview) return Import(context, options, *folders, *plan, settings, codeset);
+  if (const int exit_code = PreviewImport(context, *plan, codeset); exit_code != 0) return exit_code;
+  const auto kept = SaveMappingOf(options, *plan, settings);
+  return kept ? 0 : context.output.Fail(kept.error());
 }
 
 void AddReadingOptions(CLI::App& import, ImportOptions& options) {
@@ -161,12 +175,15 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--quotes", options.quotes, "Take the first and the last character off every field");
   import.add_flag("--rfc4180", options.rfc4180,
                   "Fields in quotes may hold delimiters, line ends and doubled quotes, as spreadsheets write them");
-  import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")->check(CLI::NonNegativeNumber);
-  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
-  import.add_option("--sheet", options.sheet,
-                    "Of a spreadsheet, the name of the sheet (else the first that is filled)");
-  import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
-}
+  import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")
+      ->check([](const std::string& text) {
+        if (platform::ParseWholeNumber(text)) return std::string();
+  return fmt::format("\"{}\" is no number of lines", platform::Printable(text, kLongestShown));
+});
+import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
+import.add_option("--sheet", options.sheet, "Of a spreadsheet, the name of the sheet (else the first that is filled)");
+import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
+}  // namespace
 
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
@@ -176,12 +193,14 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--take", options.take,
                     "Take these columns of the file, eighteen at most, as its fields: \"25,1,2\"");
   import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name");
-  import.add_option("--save-mapping", options.save_mapping, "Keep the mapping, and how the file is read, under a name");
-  import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
-  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name");
+  import.add_option("--save-mapping", options.save_mapping,
+                    "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "
+                    "--preview and --dry-run");
+  CLI::Option* list = import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
+  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")->excludes(list);
 }
 
-}  // namespace
+}  // namespace quillcast::cli
 
 void AddImportCommand(CLI::App& app, Context& context) {
   CLI::App& import = *app.add_subcommand("import", "Add recipients from a file to a group");
@@ -192,8 +211,8 @@ void AddImportCommand(CLI::App& app, Context& context) {
   AddReadingOptions(import, *options);
   import.add_flag("--opt-in", options->opt_in, "Confirm that everybody in the list has agreed to receive mail");
   import.add_flag("--preview", options->preview,
-                  "Show how the first five lines would be read, without a mapping by number; change nothing");
-  import.add_flag("--dry-run", options->dry_run, "Read it all and count what would be added; change nothing");
+                  "Show how the first five lines would be read, without a mapping by number; add nobody");
+  import.add_flag("--dry-run", options->dry_run, "Read it all and count what would be added; add nobody");
   import.footer(
       "Examples:\n  quillcast import list.csv --group Readers --header --delimiter Auto --opt-in\n"
       "  quillcast import list.csv --group Readers --map \"Email Address=2,First Name=1\" --opt-in\n"

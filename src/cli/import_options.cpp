@@ -44,6 +44,10 @@ Result<void> CheckWays(const ImportOptions& options) {
         "--rfc4180 reads quotes as spreadsheets write them; --quotes takes the first and the last character off "
         "every field, whatever they are."};
   }
+  if (options.harvest && !options.save_mapping.empty()) {
+    return Error{Failure::kUsage, "--harvest maps no fields, so that --save-mapping has nothing to keep.",
+                 "Leave one of them out."};
+  }
   return {};
 }
 
@@ -214,7 +218,7 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
   request.reading.rfc4180 = (request.reading.rfc4180 && !options.quotes) || options.rfc4180;
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
   request.dry_run = options.dry_run;
-  if (options.skip > 0) request.skip = options.skip;
+  request.skip = options.skip.value_or(request.skip);
   if (!options.take.empty()) {
     auto columns = recipients::ParseColumns(options.take);
     if (!columns) return columns.error();
@@ -235,6 +239,9 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
 Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan, profile::SettingsStore& settings) {
   if (options.save_mapping.empty()) return {};
   const auto& request = plan.request;
+  if (request.mapping.IsAllIgnore()) {
+    return Error{Failure::kUsage, "There is no mapping to keep.", "--map or --header makes one."};
+  }
   return recipients::KeepMapping(settings, {.name = options.save_mapping,
                                             .mapping = request.mapping,
                                             .delimiter = request.reading.delimiter,

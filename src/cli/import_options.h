@@ -1,6 +1,7 @@
 // What an import was asked for on the command line, made into a request.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/context.h"
@@ -21,7 +22,7 @@ struct ImportOptions {
   std::string delimiter;     // empty: that of the kept mapping, or Comma
   bool quotes = false;
   bool rfc4180 = false;
-  std::int64_t skip = 0;
+  std::optional<std::int64_t> skip;
   bool opt_in = false;
   std::string encoding;
   std::string format;  // empty: found out
@@ -45,7 +46,8 @@ struct ImportPlan {
 Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesystem::path& file,
                               const profile::SettingsStore& settings, const std::string& codeset);
 
-// Keeps the mapping of the plan under the name that was asked for, if any was.
+// Keeps the mapping of the plan under the name that was asked for, if any was; to be called when every check has
+// passed.
 Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan, profile::SettingsStore& settings);
 
 // Tells how the file is read: "Delimiter: Semicolon (found out)". Nothing for what is as it always is.

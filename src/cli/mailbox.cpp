@@ -95,8 +95,7 @@ Result<smtp::MailboxOptions> OptionsOf(const Arguments& arguments, const Context
 void Announce(const Context& context, const std::string& address, const smtp::MailboxOptions& options) {
   context.output.Line("Listening on " + address);
   context.output.Object({{"listening", address}});
-  std::cout.flush();  // a script waits for this line
-  std::fflush(stdout);
+  std::fflush(stdout);  // a script waits for this line
   if (!net::IsLoopbackAddress(address) && options.session.user.empty()) {
     context.output.Note("Anyone who can reach " + address +
                         " can leave messages in this mailbox. Use --auth to keep "

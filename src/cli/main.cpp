@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/command_line.h"
+#include "cli/standard_streams.h"
 #include "platform/result.h"
 
 namespace {
@@ -50,8 +51,9 @@ std::filesystem::path Executable(const char* name) {
 
 int main(int argc, char** argv) {
   HoldStandardStreams();
-  quillcast::platform::CancelToken cancel;
+  static quillcast::platform::CancelToken cancel;  // what is printed at the very end still asks it
   interrupted = &cancel;
+  quillcast::cli::WriteThroughInterrupts(cancel);
   HandleSignals();
   return quillcast::cli::RunCommandLine(std::vector<std::string>(argv + 1, argv + argc), Executable(argv[0]), cancel);
 }

@@ -1,6 +1,7 @@
 #include "cli/output.h"
 
 #include <fmt/format.h>
+#include <stdio_ext.h>
 #include <unistd.h>
 
 #include "platform/text.h"
@@ -22,6 +23,13 @@ Error AtTerminal(Error error) {
   return error;
 }
 
+// As many whole lines as fit, or what fits of a line that is longer.
+std::string_view WholeLines(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  const auto end = text.rfind('\n', most - 1);
+  return text.substr(0, end == std::string_view::npos ? most : end + 1);
+}
+
 }  // namespace
 
 std::string ForTerminal(std::string_view text) {
@@ -37,7 +45,14 @@ std::string ForTerminal(std::string_view text) {
 }
 
 void Print(std::FILE* stream, std::string_view text) {
-  IgnoreErrors(std::fwrite(text.data(), 1, text.size(), stream));  // std::ferror is asked at the end
+  const std::size_t held_at_most = ::__fbufsize(stream);
+  const std::size_t most = held_at_most <= 1 ? text.size() : held_at_most;  // 1 or 0: nothing is held
+  while (!text.empty()) {
+    const std::string_view piece = WholeLines(text, most);
+    if (::__fpending(stream) + piece.size() > most) IgnoreErrors(std::fflush(stream));
+    IgnoreErrors(std::fwrite(piece.data(), 1, piece.size(), stream));  // std::ferror is asked at the end
+    text.remove_prefix(piece.size());
+  }
 }
 
 void Output::Line(std::string_view text) const {

@@ -17,7 +17,8 @@ namespace quillcast::cli {
 std::string ForTerminal(std::string_view text);
 
 // Writes without buts: a stream that is closed, full or a broken pipe fails for good and is asked with std::ferror at
-// the end, for no run may break off because nobody listens any more.
+// the end, for no run may break off because nobody listens any more. What a stream holds back it lets go at line ends,
+// so that who reads has whole lines wherever it ends.
 void Print(std::FILE* stream, std::string_view text);
 
 // No call fails: whether all was written is asked once, at the end, and becomes the exit code.

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <memory>
+#include <span>
 
 #include "cli/commands.h"
 #include "cli/recipient_commands.h"
@@ -45,11 +46,12 @@ Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& 
   // A pager may hold the list for hours, and writers are not to wait for it.
   auto cursor = store.ListRecipients(group.id, group.sort_sql, recipients::Reading::kCopy);
   if (!cursor) return cursor.error();
-  const auto walked = Walk(*cursor, {}, nullptr, [&](const Recipient& recipient, std::int64_t) {
+  const auto walked = Walk(*cursor, {}, &context.cancel, [&](const Recipient& recipient, std::int64_t) {
     ShowRecipient(context, recipient, options.all_fields);
-    return true;
+    return IsWanted(context);
   });
   if (!walked) return walked.error();
+  if (const auto ended = EndOfList(context); !ended) return ended.error();
   return 0;
 }
 
@@ -57,17 +59,20 @@ Result<void> SetFields(const std::vector<std::string>& fields, Recipient& recipi
   for (const std::string& text : fields) {
     const auto equals = text.find('=');
     const auto field = recipients::FieldOfLabel(platform::Trim(std::string_view(text).substr(0, equals)));
-    if (equals == std::string::npos || field == recipients::kFieldCount) return NoSuchField(text, "First Name=Ada");
+    if (equals == std::string::npos || field == recipients::kFieldCount)
+      return recipients::NoSuchField(text, "Write it as in \"First Name=Ada\"");
     recipient.values[field] = text.substr(equals + 1);
   }
   return {};
 }
 
 Result<StoredRecipient> Require(const RecipientStore& store, const RecipientGroup& group, const std::string& address) {
-  auto found = store.FindRecipient(group.id, address);
-  if (!found) return found.error();
-  if (*found) return **found;
-  return NoSuchRecipient(address, group.name);
+  const auto keys = store.KeysOfAddresses(group.id, std::span(&address, 1));
+  if (!keys) return keys.error();
+  if (keys->front() == 0) return NoSuchRecipient(address, group.name);
+  auto rows = store.RecipientsOfKeys(*keys);
+  if (!rows) return rows.error();
+  return rows->front().id == 0 ? Result<StoredRecipient>(recipients::RecipientGone()) : std::move(rows->front());
 }
 
 int Tell(Context& context, const RecipientGroup& group, std::string_view address, const char* done) {

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <memory>
+#include <unordered_set>
 
 #include "cli/recipient_commands.h"
 #include "cli/store_command.h"
@@ -22,7 +23,7 @@ struct EditOptions {
   std::vector<std::string> addresses;
 };
 
-// Several recipients of a group, all of them there.
+// Several recipients of a group, all of them there and each once; by the first of the names that were given for it.
 struct Named {
   RecipientGroup group;
   std::vector<std::string> addresses;
@@ -30,21 +31,43 @@ struct Named {
 };
 
 // Nothing is begun where one is missing: it may be a slip of the keyboard.
-Result<Named> RequireAll(const RecipientStore& store, const EditOptions& options) {
+Result<Named> RequireAll(const Context& context, const RecipientStore& store, const EditOptions& options) {
   const auto group = store.RequireGroup(options.group);
   if (!group) return group.error();
-  const auto addresses = AddressesOf(options.addresses);
+  const auto addresses = AddressesOf(context, options.addresses);
   if (!addresses) return addresses.error();
   const auto keys = store.KeysOfAddresses(group->id, *addresses);
   if (!keys) return keys.error();
+  Named named{*group, {}, {}};
+  std::unordered_set<std::int64_t> known;
   for (std::size_t at = 0; at < keys->size(); ++at) {
-    if ((*keys)[at] == 0) return NoSuchRecipient((*addresses)[at], group->name);
+    const std::int64_t key = (*keys)[at];
+    if (key == 0) return NoSuchRecipient((*addresses)[at], group->name);
+    if (!known.insert(key).second) continue;
+    named.addresses.push_back((*addresses)[at]);
+    named.keys.push_back(key);
   }
-  return Named{*group, *addresses, *keys};
+  return named;
+}
+
+// Which of them others deleted before, while the question stood, is not known.
+void TellDeleted(Context& context, const Named& named, std::int64_t gone) {
+  const auto others = static_cast<std::int64_t>(named.keys.size()) - gone;
+  if (others > 0) {
+    context.output.Line(fmt::format("{} deleted, {} gone already.",
+                                    platform::Counted(gone, "recipient was", "recipients were"),
+                                    platform::Counted(others, "was", "were")));
+    context.output.Object({{"group", named.group.name}, {"done", "deleted"}, {"recipients", gone}, {"gone", others}});
+    return;
+  }
+  for (const std::string& address : named.addresses) {
+    context.output.Line(fmt::format("{}: deleted", platform::Printable(address)));
+    context.output.Object({{"group", named.group.name}, {"address", address}, {"done", "deleted"}});
+  }
 }
 
 Result<int> Delete(Context& context, RecipientStore& store, const EditOptions& options) {
-  const auto named = RequireAll(store, options);
+  const auto named = RequireAll(context, store, options);
   if (!named) return named.error();
   const auto count = static_cast<std::int64_t>(named->keys.size());
   const Sentence question = count == 1 ? recipients::DeleteQuestion(platform::Printable(named->addresses.front()))
@@ -54,17 +77,14 @@ Result<int> Delete(Context& context, RecipientStore& store, const EditOptions& o
                                                  ShowProgress(context));
   if (!gone) return gone.error();
   context.output.EndProgress();
-  for (const std::string& address : named->addresses) {
-    context.output.Line(fmt::format("{}: deleted", platform::Printable(address)));
-    context.output.Object({{"group", named->group.name}, {"address", address}, {"done", "deleted"}});
-  }
+  TellDeleted(context, *named, *gone);
   return 0;
 }
 
 enum class Original : std::uint8_t { kGoes, kStays };
 
 Result<int> MoveOrCopy(Context& context, RecipientStore& store, const EditOptions& options, Original original) {
-  const auto named = RequireAll(store, options);
+  const auto named = RequireAll(context, store, options);
   if (!named) return named.error();
   const auto to = store.RequireGroup(options.to);
   if (!to) return to.error();

@@ -2,8 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <iostream>
-
+#include "cli/standard_input.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -14,13 +13,6 @@ using recipients::Recipient;
 Result<void> AskFirst(Context& context, const Sentence& question) {
   if (context.assume_yes || context.prompts.Ask(question.InEnglish()) == platform::Answer::kYes) return {};
   return Error{Failure::kNotPermitted, "Nothing was changed.", "`--yes` answers the question."};
-}
-
-Error NoSuchField(std::string_view given, std::string_view example) {
-  std::string labels;
-  for (const auto& names : kFields) labels += fmt::format("{}\"{}\"", labels.empty() ? "" : ", ", names.label);
-  return {Failure::kUsage, Say("\"{}\" names no field.", platform::Printable(given, 100)),
-          fmt::format("Write it as in \"{}\"; the fields are {}.", example, labels)};
 }
 
 Error NoSuchRecipient(std::string_view address, std::string_view group) {
@@ -47,10 +39,14 @@ nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
 
 namespace {
 
+// The address first: that is what AddressesOf takes.
 std::vector<std::string> AsColumns(const Recipient& recipient, bool all_fields) {
   const auto& values = recipient.values;
-  if (!all_fields) return {values[recipients::kEmail], values[recipients::kFirstName], values[recipients::kLastName]};
   std::vector<std::string> columns = {values[recipients::kEmail]};
+  if (!all_fields) {
+    columns.insert(columns.end(), {values[recipients::kFirstName], values[recipients::kLastName]});
+    return columns;
+  }
   for (std::size_t field = 1; field < recipients::kFieldCount; ++field) {
     if (!values[field].empty()) columns.push_back(fmt::format("{}={}", kFields[field].label, values[field]));
   }
@@ -59,12 +55,11 @@ std::vector<std::string> AsColumns(const Recipient& recipient, bool all_fields) 
 
 }  // namespace
 
-void ShowRecipient(Context& context, const Recipient& recipient, bool all_fields) {
-  if (context.output.json) {
-    context.output.Object(AsObject(recipient, all_fields));
-  } else {
-    context.output.Columns(AsColumns(recipient, all_fields));
-  }
+void ShowRecipient(Context& context, const Recipient& recipient, bool all_fields, std::string_view group) {
+  if (context.output.json) return context.output.Object(AsObject(recipient, all_fields));
+  auto columns = AsColumns(recipient, all_fields);
+  if (!group.empty()) columns.push_back(fmt::format("{}{}", all_fields ? "Group=" : "", group));
+  context.output.Columns(columns);
 }
 
 void TellDuplicates(Context& context, const recipients::MoveOutcome& outcome) {
@@ -76,12 +71,28 @@ void TellDuplicates(Context& context, const recipients::MoveOutcome& outcome) {
   if (more > 0) context.output.Note(fmt::format("{} more were there already.", more));
 }
 
-Result<std::vector<std::string>> AddressesOf(const std::vector<std::string>& arguments) {
+bool IsWanted(const Context& context) {
+  return context.cancel.Requested() == platform::Stop::kNone && std::ferror(stdout) == 0;
+}
+
+Result<void> EndOfList(const Context& context) {
+  if (context.cancel.Requested() == platform::Stop::kNone) return {};
+  return Error{Failure::kTryAgain, "The list was cancelled; it may not be whole.",
+               "Run the command again for all of it."};
+}
+
+Result<std::vector<std::string>> AddressesOf(const Context& context, const std::vector<std::string>& arguments) {
   if (arguments != std::vector<std::string>{"-"}) return arguments;
+  std::string lines;
+  const auto read = ReadStandardInput(context.cancel, [&](std::string_view piece) -> Result<void> {
+    lines += piece;
+    return {};
+  });
+  if (!read) return read.error();
   std::vector<std::string> addresses;
-  for (std::string line; std::getline(std::cin, line);) {
-    const std::string_view address = platform::Trim(std::string_view(line).substr(0, line.find('\t')));
-    if (!address.empty()) addresses.emplace_back(address);
+  for (const std::string_view line : platform::Split(lines, '\n')) {
+    const std::string_view address = line.substr(0, line.find_first_of("\t\r"));
+    if (!platform::Trim(address).empty()) addresses.emplace_back(address);
   }
   if (!addresses.empty()) return addresses;
   return Error{Failure::kNoInput, "Standard input holds no address.",

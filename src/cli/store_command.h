@@ -25,8 +25,6 @@ int WithStore(Context& context, Action action) {
 // Asks unless --yes was given. Without a Yes: an error that says that nothing was changed.
 Result<void> AskFirst(Context& context, const Sentence& question);
 
-// For a name that is none of the eighteen fields; `example` shows how one is written.
-Error NoSuchField(std::string_view given, std::string_view example);
 Error NoSuchRecipient(std::string_view address, std::string_view group);
 
 // Shows how far a change is, on a terminal.
@@ -34,13 +32,20 @@ recipients::OnProgress ShowProgress(Context& context);
 
 // Every field of the list that was asked for, also the empty ones: programs look for fixed names.
 nlohmann::ordered_json AsObject(const recipients::Recipient& recipient, bool all_fields);
-void ShowRecipient(Context& context, const recipients::Recipient& recipient, bool all_fields);
+// `group` where the list is of several groups.
+void ShowRecipient(Context& context, const recipients::Recipient& recipient, bool all_fields,
+                   std::string_view group = {});
+
+// Whether the rest of a list is still to be shown: nobody cancelled it, and somebody reads.
+bool IsWanted(const Context& context);
+// kTryAgain for a list that was cancelled, so that nobody takes what was shown for the whole.
+Result<void> EndOfList(const Context& context);
 
 // Those whose addresses were in the other group already.
 void TellDuplicates(Context& context, const recipients::MoveOutcome& outcome);
 
 // The addresses of a command, or with "-" as the only one those that stand on standard input, one on each line before
-// the first tab: what `find` and `recipient list` write. kNoInput when there is none.
-Result<std::vector<std::string>> AddressesOf(const std::vector<std::string>& arguments);
+// the first tab: what `find` and `recipient list` write. kNoInput when there is none, kTryAgain after a cancel.
+Result<std::vector<std::string>> AddressesOf(const Context& context, const std::vector<std::string>& arguments);
 
 }  // namespace quillcast::cli

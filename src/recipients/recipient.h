@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/result.h"
+
 namespace quillcast::recipients {
 
 inline constexpr std::size_t kFieldCount = 18;
@@ -75,7 +77,9 @@ struct RecipientGroup {
   std::string sort_sql;  // empty: the order in which the recipients were added
 };
 
-// The position in kFields of a label (ASCII case does not matter), or kFieldCount.
+// The position in kFields of a label or a search label (ASCII case does not matter), or kFieldCount.
 std::size_t FieldOfLabel(std::string_view label);
+// For a name that is none of them; `how` says how they are written there, without its full stop.
+Error NoSuchField(std::string_view given, std::string_view how);
 
 }  // namespace quillcast::recipients

@@ -1,10 +1,14 @@
 #include "recipients/recipient_store.h"
 
+#include <algorithm>
 #include <array>
+#include <map>
 #include <unordered_map>
 
+#include "platform/text.h"
 #include "recipients/store_connection.h"
 #include "recipients/store_rows.h"
+#include "recipients/text_order.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -12,6 +16,40 @@ namespace {
 using platform::Database;
 
 constexpr int kNameColumns = 3;
+constexpr std::size_t kVisitedAtOnce = 5000;
+
+// Without the blanks and control characters around it.
+std::string_view Bare(std::string_view entry) {
+  const auto is_around = [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '\x7F'; };
+  while (!entry.empty() && is_around(entry.front())) entry.remove_prefix(1);
+  while (!entry.empty() && is_around(entry.back())) entry.remove_suffix(1);
+  return entry;
+}
+
+struct BeforeInStore {
+  bool operator()(const std::string& a, const std::string& b) const { return CompareText(a, b) < 0; }
+};
+
+// The places, among the addresses, of those that were not found, by what they are without what stands around them.
+using Missing = std::multimap<std::string, std::size_t, BeforeInStore>;
+
+// Looks through a whole group, for no index knows entries so.
+Result<void> FindBare(Database& database, const std::string& group_key, const Missing& missing,
+                      std::vector<std::int64_t>& keys) {
+  auto rows = Bound(database, StatementId::kListEntries, List<1>{group_key});
+  if (!rows) return rows.error();
+  return ForEachRow(rows->rows(), [&] {
+    const std::string_view entry = rows->rows().Text(2);
+    const std::string shown = platform::Printable(entry, entry.size());
+    for (const std::string_view name : {Bare(entry), Bare(shown)}) {
+      const auto [begin, end] = missing.equal_range(std::string(name));
+      for (auto found = begin; found != end; ++found) {
+        if (keys[found->second] == 0) keys[found->second] = rows->rows().Int(0);
+      }
+    }
+    return true;
+  });
+}
 
 // Its rows were numbered as they were written, so the last number is their count.
 Result<std::int64_t> SizeOfCopy(Database& database) {
@@ -216,6 +254,18 @@ Result<std::vector<StoredRecipient>> RecipientStore::RecipientsOfKeys(std::span<
   return ReadByKey<StoredRecipient>(StatementId::kRowsOfKeys, keys, ReadRecipient);
 }
 
+Result<void> RecipientStore::VisitByKey(std::span<const std::int64_t> keys,
+                                        const std::function<bool(const StoredRecipient&)>& visit) const {
+  for (std::size_t at = 0; at < keys.size(); at += kVisitedAtOnce) {
+    const auto rows = RecipientsOfKeys(keys.subspan(at, std::min(kVisitedAtOnce, keys.size() - at)));
+    if (!rows) return rows.error();
+    for (const StoredRecipient& row : *rows) {
+      if (row.id != 0 && !visit(row)) return {};
+    }
+  }
+  return {};
+}
+
 Result<std::vector<std::int64_t>> RecipientStore::KeysOfAddresses(std::int64_t group_id,
                                                                   std::span<const std::string> addresses) const {
   auto database = OpenStore(file_, patience_);
@@ -224,12 +274,17 @@ Result<std::vector<std::int64_t>> RecipientStore::KeysOfAddresses(std::int64_t g
   if (!statement) return statement.error();
   const std::string key = std::to_string(group_id);
   std::vector<std::int64_t> keys;
+  Missing missing;
   for (const std::string& address : addresses) {
     if (const auto bound = statement->Bind(List<2>{key, address}); !bound) return bound.error();
     const auto row = statement->rows().Step();
     if (!row) return row.error();
+    if (!*row) missing.emplace(Bare(address), keys.size());
     keys.push_back(*row ? statement->rows().Int(0) : 0);
   }
+  statement->rows().Reset();
+  if (missing.empty()) return keys;
+  if (const auto looked = FindBare(*database, key, missing, keys); !looked) return looked.error();
   return keys;
 }
 

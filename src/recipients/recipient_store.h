@@ -90,7 +90,13 @@ class RecipientStore {
   Result<std::vector<GridRow>> RowsOfKeys(std::span<const std::int64_t> keys, std::int64_t group_id = kAnyGroup) const;
   // The same with all their fields.
   Result<std::vector<StoredRecipient>> RecipientsOfKeys(std::span<const std::int64_t> keys) const;
-  // The keys of the recipients with these addresses, in their order; 0 where there is none.
+  // The same for as many keys as there are, a block at a time: between two of them the store is free for writers. Who
+  // is gone is passed over; ends where `visit` gives false.
+  Result<void> VisitByKey(std::span<const std::int64_t> keys,
+                          const std::function<bool(const StoredRecipient&)>& visit) const;
+  // The keys of the recipients with these addresses, in their order; 0 where there is none. One that is not there as it
+  // stands names the recipient whose entry is the same but for blanks and control characters around it, also as these
+  // are shown.
   Result<std::vector<std::int64_t>> KeysOfAddresses(std::int64_t group_id,
                                                     std::span<const std::string> addresses) const;
 

@@ -26,6 +26,7 @@ class Export(Case):
     def test_formats(self):
         for arguments, expected in [
             ([], "ada@r.example\r\nbob@r.example\r\n"),
+            (["--fields", "email"], "ada@r.example\r\nbob@r.example\r\n"),
             (["--fields", "City, first name"], '\tAda "the first"\r\nK\u00f6ln, am Rhein\t=1+1\r\n'),
             (["--fields", "First Name", "--inert-formulas"], "Ada \"the first\"\r\n'=1+1\r\n"),
             (["--fields", FIELDS, "--delimiter", "Colon"], 'ada@r.example:Ada "the first":\r\nbob@r.example:=1+1:K\u00f6ln, am Rhein\r\n'),
@@ -46,6 +47,11 @@ class Export(Case):
         self.assertEqual([json.loads(line) for line in out.splitlines()],
                          [{"Email Address": "ada@r.example", "First Name": 'Ada "the first"', "City": ""},
                           {"Email Address": "bob@r.example", "First Name": "=1+1", "City": "K\u00f6ln, am Rhein"}])
+        self.assertEqual(self.ok("--json", "export", "-g", "Readers", "--fields", "First Name", "--inert-formulas").splitlines()[1],
+                         """{"First Name":"'=1+1"}""")
+        for option in (["--rfc4180"], ["--delimiter", "Tab"]):
+            code, out, err = self.run_program("--json", "export", "-g", "Readers", *option)
+            self.assertEqual((code, out, "--rfc4180 and --delimiter" in err), (64, "", True))
         out = self.ok("--json", "export", "-g", "Readers", "-o", self.file)
         self.assertEqual(json.loads(out), {"exported": 2, "file": str(self.file), "lost": 0})
 
@@ -83,7 +89,7 @@ class Export(Case):
     def test_a_reader_that_leaves_early(self):
         many = self.write("many.txt", "".join(f"user{n}@example.org\n" for n in range(20_000)))
         self.ok("import", many, "-g", "Readers", "--map", "Email Address=1", "--opt-in")
-        for command, first in [("export -g Readers", b"ada@r.example\r\n"), ("find example.org", b"user0@example.org\t\t\n")]:
+        for command, first in [("export -g Readers", b"ada@r.example\r\n"), ("find example.org", b"user0@example.org\t\t\tReaders\n")]:
             shell = subprocess.run(["sh", "-c", f"'{PROGRAM}' --profile '{self.profile}' {command} | head -1"],
                                    capture_output=True, timeout=60)
             self.assertEqual(shell.stdout, first)

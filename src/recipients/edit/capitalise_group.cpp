@@ -21,11 +21,9 @@ Result<void> PreviewCapitals(const RecipientStore& store, std::string_view group
   if (!database) return database.error();
   const auto found = RequireGroupOn(*database, group);
   if (!found) return found.error();
-  const std::string key = std::to_string(found->id);
-  auto rows = Bound(*database, StatementId::kListRows, List<1>{key});
-  if (!rows) return rows.error();
-  return ForEachRow(rows->rows(), [&] {
-    const StoredRecipient row = ReadRecipient(rows->rows());
+  const auto keys = ReadKeys(*database, found->id, {});
+  if (!keys) return keys.error();
+  return store.VisitByKey(*keys, [&](const StoredRecipient& row) {
     const Recipient after = Capitalised(row.recipient);
     for (const std::size_t field : {kFirstName, kLastName}) {
       const std::string& before = row.recipient.values[field];
@@ -61,7 +59,7 @@ Result<std::int64_t> CapitaliseGroup(const RecipientStore& store, std::string_vi
     if (const auto done = edit.Update(**row, after); !done) return done.error();
     ++changed;
   }
-  const auto done = edit.Commit({.kind = EditKind::kCapitalise, .group = std::string(group), .rows = changed});
+  const auto done = edit.Commit({.kind = EditKind::kCapitalise, .group = found->name, .rows = changed});
   if (!done) return done.error();
   return changed;
 }

@@ -23,6 +23,7 @@ struct NameChange {
 };
 
 // Calls `visit` with each change that CapitaliseGroup would make now, in the order of adding, until it gives false.
+// The store can be written meanwhile, however long a visit takes.
 Result<void> PreviewCapitals(const RecipientStore& store, std::string_view group,
                              const std::function<bool(const NameChange&)>& visit);
 

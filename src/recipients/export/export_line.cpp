@@ -23,6 +23,10 @@ bool CalculatesBehind(std::string_view cell, std::string_view passed_over) {
 
 }  // namespace
 
+std::string WithoutFormula(std::string_view value) {
+  return (CalculatesBehind(value, " \t\r\n") ? "'" : "") + std::string(value);
+}
+
 ExportLines::ExportLines(const ExportFormat& format) : format_(format), charset_(CharsetOf(format.code_page)) {}
 
 void ExportLines::Append(std::span<const std::string_view> values, std::string& out) {
@@ -70,10 +74,7 @@ bool ExportLines::NeedsQuotes(std::string_view value) const {
 
 // Without quotes, a spreadsheet makes a cell of each piece of a value, and takes quotes round a piece off.
 std::string_view ExportLines::WithoutFormulas(std::string_view value, std::string& scratch) const {
-  if (format_.rfc4180) {
-    if (!CalculatesBehind(value, " \t\r\n")) return value;
-    return scratch.append("'").append(value);
-  }
+  if (format_.rfc4180) return scratch = WithoutFormula(value);
   AppendInert(value, scratch);
   return scratch;
 }

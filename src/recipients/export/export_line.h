@@ -20,6 +20,9 @@ struct ExportFormat {
   std::string code_page = {};   // the locale's codeset; empty for UTF-8
 };
 
+// A value of its own that no spreadsheet calculates: with an apostrophe before it where it begins as a formula does.
+std::string WithoutFormula(std::string_view value);
+
 class ExportLines {
  public:
   // A codeset that is not served is written as UTF-8.

@@ -121,12 +121,6 @@ std::vector<std::size_t> AllFields() {
   return fields;
 }
 
-std::string Labels() {
-  std::string labels;
-  for (const FieldNames& field : kFields) labels += fmt::format("{}\"{}\"", labels.empty() ? "" : ", ", field.label);
-  return labels;
-}
-
 }  // namespace
 
 std::optional<Complaint<ExportControl>> CheckExport(const ExportForm& form) {
@@ -159,10 +153,8 @@ Result<std::vector<std::size_t>> ParseFields(std::string_view text) {
       fields.push_back(field);
       continue;
     }
-    return Error{Failure::kUsage,
-                 field == kFieldCount ? Say("\"{}\" names no field.", platform::Printable(label, 100))
-                                      : Say("\"{}\" is named twice.", label),
-                 fmt::format("Name \"All\", or one or more of {}, parted by commas.", Labels())};
+    if (field == kFieldCount) return NoSuchField(label, "Name \"All\", or one or more parted by commas");
+    return Error{Failure::kUsage, Say("\"{}\" is named twice.", kFields[field].label), "Name each field once."};
   }
   return fields;
 }

@@ -10,11 +10,7 @@
 namespace quillcast::recipients {
 namespace {
 
-std::string AllLabels() {
-  std::string all;
-  for (const FieldNames& field : kFields) all += fmt::format("{}\"{}\"", all.empty() ? "" : ", ", field.label);
-  return all;
-}
+constexpr std::string_view kHow = "Write it as in \"Email Address=2,First Name=1\"";
 
 std::string EntryText(std::string_view text) {
   std::size_t end = 0;
@@ -23,7 +19,7 @@ std::string EntryText(std::string_view text) {
   return platform::Printable(text.substr(0, end), text.size()) + (end < text.size() ? "…" : "");
 }
 
-Error BadMapping(std::string what) { return {Failure::kUsage, std::move(what), "The fields are " + AllLabels() + "."}; }
+Error BadMapping(std::string what) { return {Failure::kUsage, std::move(what), fmt::format("{}.", kHow)}; }
 
 }  // namespace
 
@@ -37,7 +33,7 @@ Result<ImportMapping> ParseMapping(std::string_view text, int most) {
     if (equals == std::string_view::npos) {
       return BadMapping(fmt::format("\"{}\" does not say which field of the line it takes.", label));
     }
-    if (field == kFieldCount) return BadMapping(fmt::format("There is no field \"{}\".", label));
+    if (field == kFieldCount) return NoSuchField(label, kHow);
     if (std::exchange(named[field], true)) return BadMapping(fmt::format("\"{}\" is mapped twice.", label));
     const std::string_view source = platform::Trim(raw.substr(equals + 1));
     if (platform::EqualsIgnoringAsciiCase(source, kIgnoreEntry)) continue;
