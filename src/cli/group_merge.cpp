@@ -1,6 +1,7 @@
 // quillcast group merge: whole groups into another one.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "cli/group_commands.h"
@@ -17,15 +18,25 @@ struct MergeOptions {
   std::string into;
 };
 
-Result<int> Merge(Context& context, RecipientStore& store, const MergeOptions& options) {
-  for (const std::string& name : options.groups) {
-    if (const auto group = store.RequireGroup(name); !group) return group.error();
+// As the store has them, each once.
+Result<std::vector<std::string>> NamesOf(const RecipientStore& store, const std::vector<std::string>& given) {
+  std::vector<std::string> names;
+  for (const std::string& name : given) {
+    const auto group = store.RequireGroup(name);
+    if (!group) return group.error();
+    if (std::find(names.begin(), names.end(), group->name) == names.end()) names.push_back(group->name);
   }
+  return names;
+}
+
+Result<int> Merge(Context& context, RecipientStore& store, const MergeOptions& options) {
+  const auto groups = NamesOf(store, options.groups);
+  if (!groups) return groups.error();
   const auto target = store.RequireGroup(options.into);
   if (!target) return target.error();
-  if (const auto asked = AskFirst(context, recipients::MergeQuestion(options.groups, target->name)); !asked)
+  if (const auto asked = AskFirst(context, recipients::MergeQuestion(*groups, target->name)); !asked)
     return asked.error();
-  const auto merged = recipients::MergeGroups(store, options.groups, target->name, ShowProgress(context));
+  const auto merged = recipients::MergeGroups(store, *groups, target->name, ShowProgress(context));
   if (!merged) return merged.error();
   context.output.EndProgress();
   TellDuplicates(context, *merged);
@@ -34,7 +45,7 @@ Result<int> Merge(Context& context, RecipientStore& store, const MergeOptions& o
                                   platform::Counted(merged->duplicates, "was", "were")));
   context.output.Object({{"group", target->name},
                          {"done", "merge"},
-                         {"merged", options.groups},
+                         {"merged", *groups},
                          {"moved", merged->done},
                          {"duplicates", merged->duplicates}});
   return 0;

@@ -19,18 +19,19 @@ struct UndoOptions {
   bool forget = false;
 };
 
-// "merge of Guests into Readers, 7 recipients".
+// `merge "Guests" to "Readers", 7 recipients`; an order that was set is nothing that recipients are counted by.
 std::string Told(const EditStep& step) {
   const std::string_view word = step.kind == recipients::EditKind::kDeleteGroup ? "delete" : EditWord(step.kind);
   const std::string other = step.other_group.empty() ? "" : fmt::format(" to \"{}\"", step.other_group);
-  return fmt::format("{} \"{}\"{}, {}", word, step.group, other,
-                     platform::Counted(step.rows, "recipient", "recipients"));
+  const std::string told = fmt::format("{} \"{}\"{}", word, step.group, other);
+  if (step.kind == recipients::EditKind::kSort) return told;
+  return fmt::format("{}, {}", told, platform::Counted(step.rows, "recipient", "recipients"));
 }
 
 nlohmann::ordered_json AsObject(const EditStep& step, const char* done) {
   nlohmann::ordered_json object = {{"done", done}, {"change", EditWord(step.kind)}, {"group", step.group}};
   if (!step.other_group.empty()) object["to"] = step.other_group;
-  object["recipients"] = step.rows;
+  if (step.kind != recipients::EditKind::kSort) object["recipients"] = step.rows;
   return object;
 }
 
@@ -39,6 +40,7 @@ Result<int> Show(Context& context, const RecipientStore& store) {
   if (!step) return step.error();
   if (!*step) {
     context.output.Note("There is nothing to take back.");
+    context.output.Object({{"done", "show"}, {"change", nullptr}});
     return 0;
   }
   context.output.Line(Told(**step));

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 #include "recipients/sort_order.h"
 #include "recipients/store_rows.h"
 
@@ -67,15 +69,26 @@ Result<MoveOutcome> MoveOrCopy(const RecipientStore& store, const EditStep& step
   return outcome;
 }
 
-Result<void> MergeOne(Edit& edit, std::string_view name, const RecipientGroup& into, MoveOutcome& outcome) {
-  const auto from = edit.RequireGroup(name);
-  if (!from) return from.error();
-  if (from->id == into.id) return SameGroup(into.name);
-  const auto keys = edit.KeysOf(*from);
+// A group that is named twice goes once.
+Result<std::vector<RecipientGroup>> GroupsThatGo(Edit& edit, std::span<const std::string> names,
+                                                 const RecipientGroup& into) {
+  std::vector<RecipientGroup> groups;
+  for (const std::string& name : names) {
+    const auto from = edit.RequireGroup(name);
+    if (!from) return from.error();
+    if (from->id == into.id) return SameGroup(into.name);
+    const auto is_it = [&](const RecipientGroup& group) { return group.id == from->id; };
+    if (std::none_of(groups.begin(), groups.end(), is_it)) groups.push_back(*from);
+  }
+  return groups;
+}
+
+Result<void> MergeOne(Edit& edit, const RecipientGroup& from, const RecipientGroup& into, MoveOutcome& outcome) {
+  const auto keys = edit.KeysOf(from);
   if (!keys) return keys.error();
   edit.ExpectMore(keys->size());
-  if (auto moved = Mover(edit, *from, into).Move(*keys, Original::kGoes, outcome); !moved) return moved;
-  return edit.DeleteGroup(*from);
+  if (auto moved = Mover(edit, from, into).Move(*keys, Original::kGoes, outcome); !moved) return moved;
+  return edit.DeleteGroup(from);
 }
 
 }  // namespace
@@ -113,11 +126,14 @@ Result<MoveOutcome> MergeGroups(const RecipientStore& store, std::span<const std
   if (const auto begun = edit.Begin(); !begun) return begun.error();
   const auto target = edit.RequireGroup(into);
   if (!target) return target.error();
+  const auto from = GroupsThatGo(edit, groups, *target);
+  if (!from) return from.error();
   MoveOutcome outcome;
-  for (const std::string& group : groups) {
+  std::string names;
+  for (const RecipientGroup& group : *from) {
     if (const auto merged = MergeOne(edit, group, *target, outcome); !merged) return merged.error();
+    names += (names.empty() ? "" : ", ") + group.name;
   }
-  const std::string names = fmt::format("{}", fmt::join(groups, ", "));
   const auto done = edit.Commit({EditKind::kMerge, names, target->name, outcome.done + outcome.duplicates});
   if (!done) return done.error();
   return outcome;

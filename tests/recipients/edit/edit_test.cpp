@@ -5,7 +5,7 @@
 #include <sqlite3.h>
 
 #include <functional>
-#include <map>
+#include <utility>
 
 #include "recipients/edit/capitalise_group.h"
 #include "recipients/edit/duplicates.h"
@@ -44,6 +44,10 @@ class EditTest : public StoreTest {
     return all;
   }
   std::string Dump() const { return Dump(store().file()); }
+  bool CreateGroupMeanwhile(std::size_t number) const {
+    RecipientStore impatient(store().file(), {.lock_wait = {}});
+    return impatient.CreateGroupIfFree(fmt::format("During {}", number)).ValueOr(false);
+  }
   void Insert(std::int64_t group, const char* entry) {  // as a foreign program might, without looking
     ASSERT_TRUE(
         OpenStore(store().file())
@@ -108,20 +112,19 @@ TEST_F(EditTest, MergesWholeGroups) {
   const auto c = NewGroup("C");
   AddTo(c, "A2@x.org");
   AddTo(c, "c@x.org");
-  const auto merged = MergeGroups(store(), std::vector<std::string>{"A", "C"}, "B");
+  const auto merged = MergeGroups(store(), std::vector<std::string>{"A", "C", "a"}, "B");
   ASSERT_TRUE(merged);
   EXPECT_EQ(std::pair(merged->done, merged->duplicates), std::pair(std::int64_t{3}, std::int64_t{2}));
   EXPECT_EQ(Addresses(b_), "b1@x.org BOTH@x.org a1@x.org a2@x.org c@x.org ");
   EXPECT_EQ(*store().ListGroupNames(), (std::vector<std::string>{"B"}));
+  EXPECT_EQ(FindUndo(store())->value().group, "A, C") << "each once";
 }
 
 TEST_F(EditTest, RefusesWhatCannotBe) {
   const std::string before = Dump();
-  const std::vector<std::string> twice = {"A", "a"};
   for (const Result<MoveOutcome>& refused :
        {MoveRecipients(store(), "A", "a ", keys_), CopyRecipients(store(), "A", "Nobody", keys_),
-        MoveRecipients(store(), "Nobody", "A", keys_), MergeGroups(store(), twice, "B"),
-        MergeGroups(store(), std::vector<std::string>{"C", "B"}, "B")}) {
+        MoveRecipients(store(), "Nobody", "A", keys_), MergeGroups(store(), std::vector<std::string>{"C", "B"}, "B")}) {
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().failure, Failure::kUsage);
   }
@@ -134,7 +137,10 @@ TEST_F(EditTest, RefusesWhatCannotBe) {
 TEST_F(EditTest, ShowsWhatCapitalsWouldChange) {
   ASSERT_TRUE(*store().UpdateRecipientIfNew(a_, keys_[1], Named("both@x.org", "Ada")));
   std::vector<NameChange> changes;
-  const auto keep = [&](const NameChange& change) { return changes.push_back(change), true; };
+  const auto keep = [&](const NameChange& change) {
+    EXPECT_TRUE(CreateGroupMeanwhile(changes.size())) << "the store can be written meanwhile";
+    return changes.push_back(change), true;
+  };
   ASSERT_TRUE(PreviewCapitals(store(), "A", keep));
   EXPECT_EQ(changes, (std::vector<NameChange>{{keys_[0], "a1@x.org", kFirstName, "ada", "Ada"},
                                               {keys_[2], "a2@x.org", kFirstName, "ada", "Ada"}}));
@@ -193,8 +199,8 @@ TEST_F(EditTest, UndoBringsEverythingBackOnce) {
   Insert(b_, "B1@x.org");
   const auto b_keys = *store().ListKeys(b_, "");
   const std::vector<std::string> only_a = {"A"};
-  const std::map<const char*, std::function<bool()>> changes = {
-      {"capitalise", [&] { return *CapitaliseGroup(store(), "B") == 5; }},
+  const std::vector<std::pair<const char*, std::function<bool()>>> changes = {
+      {"capitalise", [&] { return *CapitaliseGroup(store(), "B") == 4; }},
       {"sort", [&] { return bool(SortGroup(store(), "A", "[G-City] DESC")); }},
       {"move", [&] { return MoveRecipients(store(), "B", "A", b_keys)->done == 1; }},
       {"copy", [&] { return CopyRecipients(store(), "A", "B", keys_)->done == 2; }},
@@ -204,11 +210,7 @@ TEST_F(EditTest, UndoBringsEverythingBackOnce) {
       {"group", [&] { return *DeleteWholeGroup(store(), "B") == 4; }}};
   for (const auto& [name, change] : changes) {
     const std::string before = Dump();
-    if (std::string_view(name) != "capitalise") {
-      ASSERT_TRUE(change()) << name;
-    } else {
-      ASSERT_GT(*CapitaliseGroup(store(), "B"), 0);
-    }
+    ASSERT_TRUE(change()) << name;
     EXPECT_NE(Dump(), before) << name;
     const auto undone = Undo(store());
     ASSERT_TRUE(undone) << name;
