@@ -32,6 +32,8 @@ class Import(Case):
         code, said, err = self.run_import(shop, "-g", "All", *reading, "--dry-run")
         self.assertEqual((code, said[0]["added"], said[0]["dry_run"]), (0, 2, True), err)
         self.assertEqual(self.recipients("Email Address"), [])
+        self.assertTrue(self.ok("import", self.write("one", "ada@r.example"), "-g", "All", "--harvest", "--dry-run").startswith(
+            "1 recipient would be imported.\n0 duplicate recipients would be ignored.\n"))
         code, said, err = self.run_import(shop, "-g", "All", *reading, "--opt-in", "--save-mapping", "Shop")
         self.assertEqual((code, said[0]["added"], said[0]["ignored"], said[0]["warnings"]), (0, 2, 0, []), err)
         self.assertEqual(said[0]["mapping"], "Email Address=4,First Name=2,Last Name=3")
@@ -93,7 +95,12 @@ class Import(Case):
         self.assertIn("Encoding: KOI8-R", self.ok("import", list_, "--mapping", "Mine", "--preview"))
         code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--opt-in")
         self.assertEqual((code, said[0]["added"]), (65, 0), "both lines are skipped")
-        self.assertEqual(self.run_import("--delete-mapping", "mine")[0], 0)
+        code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--skip", "0", "--dry-run")
+        self.assertEqual((code, said[0]["added"]), (0, 1), err)
+        for refused in (["-g", "Nobody", "--opt-in"], ["-g", "All"], ["-g", "All", "--encoding", "nosuch", "--opt-in"]):
+            self.assertNotEqual(self.run_import(list_, *refused, "--map", "Email=1", "--save-mapping", "Refused")[0], 0)
+        self.assertEqual([kept["name"] for kept in self.run_import("--list-mappings")[1]], ["Mine"])
+        self.assertEqual(self.run_import("--delete-mapping", "mine")[:2], (0, [{"name": "mine", "done": "deleted"}]))
         code, _, err = self.run_import(list_, "-g", "All", "--mapping", "Mine")
         self.assertEqual(code, 64)
         self.assertIn('no mapping "Mine"', err)

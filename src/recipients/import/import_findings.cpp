@@ -17,6 +17,10 @@ void ImportFindings::NoteInText(std::string_view value) {
   if (++addresses_in_text == 1) first_in_text = value;
 }
 
+void ImportFindings::NoteInBlanks(std::string_view value) {
+  if (++addresses_in_blanks == 1) first_in_blanks = value;
+}
+
 void ImportFindings::NoteFault(const FieldLine& line) {
   if (line.fault == LineFault::kOpenQuote) {
     open_quote_line = line.number;
@@ -41,6 +45,12 @@ std::vector<Sentence> Describe(const ImportFindings& findings) {
                          "{} address has other text around it, which is stored with it: “{}”.",
                          "{} addresses have other text around them, which is stored with them; the first is “{}”.",
                          platform::Printable(findings.first_in_text, kLongestShown)));
+  }
+  if (findings.addresses_in_blanks > 0) {
+    told.push_back(SayOf(findings.addresses_in_blanks,
+                         "{} address has blanks around it, which are stored with it: “{}”.",
+                         "{} addresses have blanks around them, which are stored with them; the first is “{}”.",
+                         platform::Printable(findings.first_in_blanks, kLongestShown)));
   }
   if (findings.fitting) told.push_back(Say("The delimiter “{}” would fit this file.", findings.fitting->name));
   if (findings.quotes_unread)

@@ -18,6 +18,8 @@ struct ImportFindings {
   std::string first_cut;               // as it was harvested
   std::int64_t addresses_in_text = 0;  // stored with other text around them
   std::string first_in_text;
+  std::int64_t addresses_in_blanks = 0;  // stored with the blanks around them
+  std::string first_in_blanks;
   std::int64_t long_lines = 0;
   std::int64_t first_long_line = 0;
   std::int64_t open_quote_line = 0;  // of a quote that is never closed; 0: none
@@ -27,6 +29,7 @@ struct ImportFindings {
 
   void NoteCut(std::string_view address);
   void NoteInText(std::string_view value);
+  void NoteInBlanks(std::string_view value);
   void NoteFault(const FieldLine& line);
 };
 

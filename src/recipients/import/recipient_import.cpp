@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
 #include "recipients/import/import_sample.h"
@@ -92,6 +93,8 @@ Result<void> TakeLine(Run& run, const FieldLine& line) {
   if (!address) return run.writer.Ignore(values[kEmail]);
   if (address->length != values[kEmail].size() && !IsBareAddress(values[kEmail])) {
     run.outcome.findings.NoteInText(values[kEmail]);
+  } else if (platform::Trim(values[kEmail]).size() != values[kEmail].size()) {
+    run.outcome.findings.NoteInBlanks(values[kEmail]);
   }
   return run.writer.Offer(values);
 }
