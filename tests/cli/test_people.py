@@ -1,8 +1,11 @@
 """Groups and recipients by command: what is shown, what is in the store afterwards, and what takes it back."""
 import contextlib
 import json
+import os
+import signal
 import sqlite3
 import subprocess
+import time
 import unittest
 
 from quillcast import PROGRAM, Case
@@ -48,7 +51,11 @@ class People(Case):
             (["recipient", "delete", "-g", "A", "ada@x.org", "bob@x.org"],
              {"group": "A", "address": "bob@x.org", "done": "deleted"}, [["cy@x.org"], b]),
             (["group", "capitalise", "A"], {"group": "A", "done": "capitalise", "changed": 2}, [a, b]),
-            (["group", "merge", "A", "--into", "b"],
+            (["recipient", "delete", "-g", "A", "ADA@x.org", "ada@x.org", " ada@x.org\t"],
+             {"group": "A", "address": "ADA@x.org", "done": "deleted"}, [["bob@x.org", "cy@x.org"], b]),
+            (["recipient", "copy", "-g", "A", "--to", "B", "ada@x.org", "Ada@x.org"],
+             {"group": "A", "to": "B", "done": "copied", "recipients": 1, "duplicates": 0}, [a, [*b, "ada@x.org"]]),
+            (["group", "merge", "A", "a", "--into", "b"],
              {"group": "B", "done": "merge", "merged": ["A"], "moved": 2, "duplicates": 1},
              [None, [*b, "ada@x.org", "bob@x.org"]]),
             (["group", "sort", "A", "--by", "last name desc, City"],
@@ -79,10 +86,12 @@ class People(Case):
         with contextlib.closing(sqlite3.connect(self.profile / "data" / "Group.mdb")) as store, store:
             store.execute("INSERT INTO Groups (ID, GroupName) SELECT 0, 'O''Neill'")  # the first, and by no name to be looked up
         code, out, err = self.run_program("find", "neill")
-        self.assertEqual((code, out), (0, "bob@x.org\tBob\to'neill\n"))
+        self.assertEqual((code, out), (0, "bob@x.org\tBob\to'neill\tA\n"))
         self.assertIn('The group "O\'Neill" was passed over.', err)
         with contextlib.closing(sqlite3.connect(self.profile / "data" / "Group.mdb")) as store, store:
             store.execute("DELETE FROM Groups WHERE ID = 0")
+        self.assertEqual(self.ok("find", "neill", "--fields"), "bob@x.org\tFirst Name=Bob\tLast Name=o'neill\tGroup=A\n")
+        self.assertEqual(self.ok("find", "neill", "-g", "A"), "bob@x.org\tBob\to'neill\n")
         self.assertEqual(self.json("find", "-g", "A", "--field", "Email", "--compare", "starts with", "C"),
                          [{"group": "A", "Email Address": "cy@x.org", "First Name": "Cy", "Last Name": "McDonald"}])
         self.assertEqual(len(self.json("find", "--field", "First Name", "--compare", "Equals", "BOB", "--fields")[0]), 19)
@@ -99,7 +108,12 @@ class People(Case):
         self.assertEqual(self.json("group", "undo", "--show"),
                          [{"done": "show", "change": "duplicates", "group": "B", "recipients": 1}])
         self.ok("group", "undo", "--forget")
-        self.assertEqual(self.json("group", "undo", "--show"), [])
+        self.assertEqual(self.json("group", "undo", "--show"), [{"done": "show", "change": None}])
+        self.ok("group", "rename", "A", "Readers 2026")
+        for command, told in [(["sort", "readers 2026", "--by", "Email"], 'sort "Readers 2026"\n'),
+                              (["capitalise", "readers 2026"], 'capitalise "Readers 2026", 2 recipients\n')]:
+            self.ok("--yes", "group", *command)
+            self.assertEqual(self.ok("group", "undo", "--show"), told)
 
     def test_pipes(self):
         self.assertEqual(self.pipe("$Q find -g A x.org | $Q --yes recipient move -g A --to B -")[0], 0)
@@ -115,10 +129,63 @@ class People(Case):
         self.assertIn("Standard input is closed.\nDirect a file", err)
         self.assertEqual(self.addresses("A"), ["cy@x.org"])
 
+    def test_names_with_blanks_around_them(self):
+        """They come in by an import, which tells of them, and are named by what is shown, or without their blanks."""
+        list_ = self.write("list", "Ada, a1@x.org\nBob,b1@x.org\nCy,\tc1@x.org \nDo, d1@x.org\n")
+        _, _, err = self.run_program("import", list_, "-g", "A", "--map", "Email Address=2", "--opt-in")
+        self.assertIn("3 addresses have blanks around them, which are stored with them; the first is “ a1@x.org”.", err)
+        self.ok("recipient", "modify", "-g", "A", "a1@x.org", "-f", "Email=a2@x.org")
+        self.assertEqual(self.pipe("$Q find -g A 1@x.org | $Q --yes recipient move -g A --to B -")[0], 0)
+        self.assertEqual(self.addresses("B")[2:], ["b1@x.org", "\tc1@x.org ", " d1@x.org"])
+        before = self.rows()
+        self.assertEqual(self.run_program("--yes", "recipient", "delete", "-g", "B", "d1@x.org", "d2@x.org")[0], 64)
+        self.assertEqual(self.rows(), before)
+        self.ok("--yes", "recipient", "delete", "-g", "B", "D1@x.org", "c1@x.org")
+        self.assertEqual(self.addresses("B")[2:], ["b1@x.org"])
+
+    def test_interrupted_lists_end_at_a_line(self):
+        """The reader takes nothing for a while, as a pager does; meanwhile the store can be written."""
+        rows = "".join(f"user{n}@example.org,ada{n}\n" for n in range(30_000))
+        self.ok("import", self.write("many", rows), "-g", "A", "--map", "Email Address=1,First Name=2", "--opt-in")
+        lists = ["recipient list -g A", "find example.org", "group capitalise A --dry-run", "export -g A",
+                 "--json export -g A --fields All", "--json recipient list -g A"]
+        for command in lists:
+            whole = self.ok(*command.split()).encode()
+            for signals in (1, 2):
+                with self.subTest(command=command, signals=signals), self.popen(*command.split()) as process:
+                    begun = os.read(process.stdout.fileno(), 1)  # past the buffer of the object
+                    time.sleep(0.2)
+                    self.ok("recipient", "modify", "-g", "B", "CY@x.org", "-f", "City=Oslo")
+                    for _ in range(signals):
+                        process.send_signal(signal.SIGINT)
+                        time.sleep(0.1)
+                    if signals == 2:
+                        process.wait(20)
+                    shown = begun + process.communicate(timeout=20)[0]
+                    self.assertEqual(process.returncode, 75)
+                    self.assertTrue(whole.startswith(shown) and shown.endswith(b"\n"), shown[-200:])
+                    self.assertLess(len(shown), len(whole))
+
+    def test_interrupted_input(self):
+        before = self.rows()
+        for command in (["--yes", "recipient", "delete", "-g", "A", "-"],
+                        ["import", "-", "-g", "A", "--harvest", "--opt-in"]):
+            with subprocess.Popen([PROGRAM, "--profile", self.profile, *command], stdin=subprocess.PIPE,
+                                  stderr=subprocess.PIPE) as process:
+                process.stdin.write(b"ada@x.org\nbob@x.org")
+                process.stdin.flush()
+                time.sleep(0.3)
+                process.send_signal(signal.SIGINT)
+                self.assertEqual(process.wait(20), 75)
+                self.assertIn(b"nothing was changed", process.stderr.read())
+        self.assertEqual(self.rows(), before)
+
     def test_refused(self):
         before = self.rows()
         for arguments, code, word in [
             (["group", "sort", "A", "--by", "Shoe"], 64, '"Last Name"'),
+            (["group", "sort", "A", "--by", ""], 64, '"" names no field'),
+            (["recipient", "modify", "-g", "A", "ada@x.org", "-f", "Shoe=1"], 64, '"Shoe=1" names no field'),
             (["group", "sort", "A", "--by", "City", "--as-added"], 64, "--as-added"),
             (["--yes", "group", "merge", "A", "Nobody", "--into", "B"], 64, 'no group "Nobody"'),
             (["--yes", "group", "merge", "A", "B", "--into", "B"], 64, "already"),

@@ -37,6 +37,8 @@ class Start(Case):
         """Every option stands where its command is told of; those of a message, once for all who make one."""
         page = Path(__file__).parents[2] / "docs" / "quillcast.1"
         text = re.sub(r"\\f[RBI]", "", page.read_text()).replace("\\-", "-")
+        for line in page.read_text().splitlines():
+            self.assertRegex(line, r"^(?![.']).|^$|^\.(\\\"|(TH|SH|SS|TP|PP|B|I|BR|RB|BI|IR|RI|IB|EX|EE|nf|fi|RS|RE|br|IP)\b)")
         told = collections.defaultdict(str)
         for command, topic in re.findall(r"^\.B (\w+)(.*?)(?=^\.TP|^\.SH)", text, re.M | re.S):
             told[command] += topic
