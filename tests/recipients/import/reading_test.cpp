@@ -152,7 +152,7 @@ TEST(KeptMappings, AreFoundByNameUntilDeleted) {
     ASSERT_TRUE(settings.Write("Import", "Mappings", other));
     EXPECT_TRUE(ListMappings(settings)->empty()) << other;
   }
-  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"map":"Email=1","skip":"a","quotes":1,"sheet":2}})"));
+  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"map":"Mail=1","skip":"a","quotes":1,"sheet":2}})"));
   EXPECT_EQ(*FindMapping(settings, "x"), (KeptMapping{.name = "x", .mapping = {}}));
 }
 

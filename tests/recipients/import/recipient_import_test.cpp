@@ -257,7 +257,8 @@ TEST(ImportMapping, ReadsLabelsAndFields) {
                                                    {"Email Address=19", "cannot be taken from field \"19\""},
                                                    {"Email Address=0", "cannot be taken from field \"0\""},
                                                    {"Email Address", "does not say which field"},
-                                                   {"Email=1", "There is no field \"Email\""},
+                                                   {"email=1", nullptr},
+                                                   {"Mail=1", "\"Mail\" names no field"},
                                                    {"Title=1,title=2", "mapped twice"},
                                                    {"", "does not say which field"}}) {
     const auto mapping = ParseMapping(c.text);
@@ -300,7 +301,11 @@ TEST_F(ImportTest, TellsWhatWentOddly) {
   const std::string long_line(LineReader::kLongestLine + 1, 'x');
   const auto group = NewGroup("A");
   for (const Case& c : std::initializer_list<Case>{
-           {"a1@x.org\n o'n@x.org \n\"b1@x.org\"\n", ',', false, "Email Address=1", {}},
+           {"a1@x.org\n o'n@x.org \n\"b1@x.org\"\n",
+            ',',
+            false,
+            "Email Address=1",
+            {"1 address has blanks around it, which are stored with it: “ o'n@x.org ”."}},
            {"Ada,a2@x.org\nBob,b2@x.org\n",
             ';',
             false,
