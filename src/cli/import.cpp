@@ -169,21 +169,24 @@ int RunImport(Context& context, const ImportOptions& options) {
   return kept ? 0 : context.output.Fail(kept.error());
 }
 
+// What is wrong with the text of --skip; empty where nothing is.
+std::string NumberOfLines(const std::string& text) {
+  if (platform::ParseWholeNumber(text)) return {};
+  return fmt::format("\"{}\" is no number of lines", platform::Printable(text, kLongestShown));
+}
+
 void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--delimiter", options.delimiter,
                     "Tab, Colon, Space, Comma or Semicolon, or Auto: found out and told (else Comma)");
   import.add_flag("--quotes", options.quotes, "Take the first and the last character off every field");
   import.add_flag("--rfc4180", options.rfc4180,
                   "Fields in quotes may hold delimiters, line ends and doubled quotes, as spreadsheets write them");
-  import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")
-      ->check([](const std::string& text) {
-        if (platform::ParseWholeNumber(text)) return std::string();
-  return fmt::format("\"{}\" is no number of lines", platform::Printable(text, kLongestShown));
-});
-import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
-import.add_option("--sheet", options.sheet, "Of a spreadsheet, the name of the sheet (else the first that is filled)");
-import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
-}  // namespace
+  import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")->check(NumberOfLines);
+  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
+  import.add_option("--sheet", options.sheet,
+                    "Of a spreadsheet, the name of the sheet (else the first that is filled)");
+  import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
+}
 
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
@@ -200,7 +203,7 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")->excludes(list);
 }
 
-}  // namespace quillcast::cli
+}  // namespace
 
 void AddImportCommand(CLI::App& app, Context& context) {
   CLI::App& import = *app.add_subcommand("import", "Add recipients from a file to a group");
