@@ -62,7 +62,8 @@ Result<void> CheckObjects(const ExportOptions& options) {
                "Leave --json out, or name a file by `--output`."};
 }
 
-Result<void> Check(Context& context, const RecipientStore& store, const ExportOptions& options) {
+Result<void> Check(Context& context, const profile::Folders& folders, const RecipientStore& store,
+                   const ExportOptions& options) {
   const auto names = store.ListGroupNames();
   if (!names) return names.error();
   const auto complaint =
@@ -70,6 +71,7 @@ Result<void> Check(Context& context, const RecipientStore& store, const ExportOp
   if (complaint) return Error{Failure::kUsage, std::string(complaint->message)};
   if (const auto group = store.RequireGroup(options.group); !group) return group.error();
   if (options.file == kStandardOutput) return {};
+  if (auto other = platform::CheckIsNotOwn(options.file, folders.OwnFiles()); !other) return other;
   const auto may_write = platform::MayWriteTo(options.file, context.prompts);
   if (!may_write) return may_write.error();
   if (*may_write) return {};
@@ -159,7 +161,7 @@ Result<int> Export(Context& context, const profile::Folders& folders, const Expo
   const auto request = RequestOf(options);
   if (!request) return request.error();
   const RecipientStore store(folders.Database(), {.cancel = &context.cancel});
-  if (const auto checked = Check(context, store, options); !checked) return checked.error();
+  if (const auto checked = Check(context, folders, store, options); !checked) return checked.error();
   if (options.file != kStandardOutput) {
     const auto outcome = recipients::ExportToFile(folders.Database(), *request, options.file, folders.OwnFiles(),
                                                   context.cancel, ShowProgress(context));

@@ -30,7 +30,7 @@ Result<std::int64_t> ShowChanges(Context& context, const RecipientStore& store, 
         {{"address", change.address}, {"field", label}, {"before", change.before}, {"after", change.after}});
     count += change.id == last ? 0 : 1;
     last = change.id;
-    return IsWanted(context);
+    return context.cancel.Requested() == platform::Stop::kNone;  // the question names all, whoever reads them
   });
   if (!shown) return shown.error();
   if (const auto ended = EndOfList(context); !ended) return ended.error();

@@ -110,6 +110,8 @@ int RunExport(Context& context, const TemplateOptions& options) {
     const auto asked = AskFirst(context, Say("{} is there already. Replace it?", file.string()));
     if (!asked) return context.output.Fail(asked.error());
   }
+  if (const auto other = platform::CheckIsNotOwn(file, folders.OwnFiles()); !other)
+    return context.output.Fail(other.error());
   const auto may_write = platform::MayWriteTo(file, context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write)

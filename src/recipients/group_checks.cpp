@@ -60,8 +60,8 @@ std::string OnlyGroupNameKeys(std::string_view text) {
 
 Result<std::optional<GroupComplaint>> MakeGroup(RecipientStore& store, std::string_view name) {
   if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
-  if (auto complaint = CheckKeys(name)) return complaint;
   if (auto complaint = CheckBlanks(name)) return complaint;
+  if (auto complaint = CheckKeys(name)) return complaint;
   return TakenUnless(store.CreateGroupIfFree(name), {kNameTaken, GroupControl::kName});
 }
 
@@ -69,8 +69,8 @@ Result<std::optional<GroupComplaint>> GiveGroupName(RecipientStore& store, std::
                                                     std::string_view name) {
   if (name.empty()) return std::optional(GroupComplaint{"Please enter a name.", GroupControl::kName});
   if (name == old_name) return std::optional(GroupComplaint{"You didn't modify the group name.", GroupControl::kName});
-  if (auto complaint = CheckKeys(name)) return complaint;
   if (auto complaint = CheckBlanks(name)) return complaint;
+  if (auto complaint = CheckKeys(name)) return complaint;
   return TakenUnless(store.RenameGroupIfFree(old_name, name), {kNameTaken, GroupControl::kName});
 }
 

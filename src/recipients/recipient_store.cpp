@@ -171,15 +171,19 @@ Result<bool> RecipientStore::CreateGroupIfFree(std::string_view name) {
 }
 
 Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::string_view new_name) {
+  const bool is_odd = old_name.find('\'') != std::string_view::npos;
+  const auto find = is_odd ? StatementId::kFindAnyGroup : StatementId::kFindGroup;
   const auto is_taken = [&](Database& database) -> Result<bool> {
-    if (const auto old = RequireGroupOn(database, old_name); !old) return old.error();
+    if (const auto old = RequireGroupOn(database, old_name, find); !old) return old.error();
     return IsGroupOn(database, new_name);
   };
-  if (old_name.find('\'') == std::string_view::npos) {
+  if (!is_odd) {
     return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
   }
   // The given statement takes no such name, which another program may have given; it is named by its key.
-  const auto group = RequireGroup(old_name);
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  const auto group = RequireGroupOn(*database, old_name, find);
   if (!group) return group.error();
   const std::string key = std::to_string(group->id);
   return IsWritten(RunUnless(is_taken, StatementId::kNameGroup, List<2>{new_name, key}));

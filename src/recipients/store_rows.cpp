@@ -127,10 +127,8 @@ StoredRecipient ReadRecipient(const platform::Statement& row) {
   return stored;
 }
 
-Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
-  // The given statement takes no name with an apostrophe, which another program may have given.
-  const bool is_odd = name.find('\'') != std::string_view::npos;
-  auto found = Bound(database, is_odd ? StatementId::kFindAnyGroup : StatementId::kFindGroup, List<1>{name});
+Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name, StatementId statement) {
+  auto found = Bound(database, statement, List<1>{name});
   if (!found) return found.error();
   const auto row = found->rows().Step();
   if (!row) return row.error();
@@ -138,8 +136,8 @@ Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::strin
   return std::optional(ReadGroup(found->rows()));
 }
 
-Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name) {
-  auto group = FindGroupOn(database, name);
+Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name, StatementId statement) {
+  auto group = FindGroupOn(database, name, statement);
   if (!group) return group.error();
   if (!*group) return NoSuchGroup(name);
   return **group;

@@ -40,9 +40,12 @@ Result<void> ForEachOfKeys(CatalogueStatement& statement, std::span<const std::i
 RecipientGroup ReadGroup(const platform::Statement& row);
 StoredRecipient ReadRecipient(const platform::Statement& row);
 
-Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name);
+// kFindGroup takes no name with an apostrophe, which another program may have given; kFindAnyGroup does.
+Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name,
+                                                  StatementId statement = StatementId::kFindGroup);
 // The same, said as an error for people when there is none.
-Result<RecipientGroup> RequireGroupOn(platform::Database& database, std::string_view name);
+Result<RecipientGroup> RequireGroupOn(platform::Database& database, std::string_view name,
+                                      StatementId statement = StatementId::kFindGroup);
 // The keys of a group's recipients in the order of its list.
 Result<std::vector<std::int64_t>> ReadKeys(platform::Database& database, std::int64_t group_id,
                                            std::string_view sort_sql, const OnProgress& on_read = {});

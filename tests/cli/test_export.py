@@ -83,6 +83,10 @@ class Export(Case):
                 for word in words:
                     self.assertIn(word, err)
         self.assertEqual(locked.read_text(), "old")
+        kept.chmod(0o400)
+        self.assertEqual(self.run_program("--yes", "export", "-g", "Readers", "-o", kept)[0], 77)
+        self.assertEqual(kept.stat().st_mode & 0o777, 0o400, "unlocked before it was refused")
+        kept.chmod(0o600)
         self.ok("--yes", "export", "-g", "Readers", "-o", locked)
         self.assertEqual(locked.read_text(), "ada@r.example\nbob@r.example\n")
 

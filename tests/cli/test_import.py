@@ -1,5 +1,6 @@
 """Lists as people have them, imported by command: headings, delimiters, quotes, standard input, and what is told."""
 import json
+import os
 import subprocess
 import unittest
 import zipfile
@@ -154,6 +155,16 @@ class Import(Case):
         self.assertEqual(self.recipients("Email Address", "First Name")[:2], [("u0@r.info", "Ada"), ("u1@r.info", "Jörg")])
         code, said, _ = self.run_import("-", "-g", "All", "--harvest", "--opt-in", given=sheet.read_bytes())
         self.assertEqual((code, said[0]["duplicates"]), (0, 20_000))
+        with zipfile.ZipFile(sheet, "w", zipfile.ZIP_DEFLATED) as book:
+            book.writestr("[Content_Types].xml", "<Types/>")
+            book.writestr("xl/workbook.xml", "<workbook><sheets><sheet r:id='a'/></sheets></workbook>")
+            book.writestr("xl/_rels/workbook.xml.rels", "<R><Relationship Id='a' Target='/xl/one.xml'/></R>")
+            long = "".join(f"<row><c t='inlineStr'><is><t>{text}</t></is></c></row>"
+                           for text in ("eve@r.info", "max@r.info " + os.urandom(600_000).hex()))
+            book.writestr("xl/one.xml", f"<worksheet>{long}</worksheet>")
+        code, said, err = self.run_import(sheet, "-g", "All", "--harvest", "--opt-in")
+        self.assertEqual((code, said[0]["added"]), (0, 1), err)
+        self.assertIn("1 line is longer than 1 MiB", said[0]["warnings"][0])
 
     def test_address_books(self):
         for name, content in [
@@ -164,6 +175,9 @@ class Import(Case):
             code, said, err = self.run_import(book, "-g", "All", "--header", "--quotes", "--opt-in")
             self.assertEqual((code, said[0]["added"], said[0]["format"]), (0, 1, name), err)
             self.assertIn("Quotes are taken off delimited text alone", said[0]["warnings"][0])
+            code, _, err = self.run_import(book, "-g", "All", "--take", "1,3", "--header", "--opt-in")
+            self.assertEqual(code, 64, err)
+            self.assertIn("has no columns to take", err)
         self.assertEqual(self.recipients("Email Address", "First Name", "Last Name", "Additional Field 3"),
                          [("ada@r.example", "Ada", "Lovelace", ""), ("bob@r.example", "Bob", "", "")])
 

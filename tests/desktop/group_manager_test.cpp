@@ -16,6 +16,7 @@
 #include "desktop/form_rig.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/widgets/note.h"
+#include "recipients/edit/move_recipients.h"
 #include "recipients/store_connection.h"
 
 namespace quillcast::desktop {
@@ -260,6 +261,10 @@ class GroupManagerTest : public QObject {
     QCOMPARE(manager.Groups(), (QStringList{"Empty", "Old readers", "Authors"}));
     QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Old readers3"));
     QVERIFY(!manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
+    // What another program did can be taken back too, once a group is read.
+    QVERIFY(recipients::DeleteWholeGroup(manager.rig.Store(), "Empty", {}));
+    manager.Open("Authors");
+    QVERIFY(manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
     // A name from elsewhere is no markup in the tip.
     auto other = recipients::OpenStore(manager.rig.folders.Database());
     QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = '<img src=\"/x.png\">' WHERE [GroupName] = 'Authors'"));

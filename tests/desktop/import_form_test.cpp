@@ -98,6 +98,10 @@ class ImportFormTest : public QObject {
     QCOMPARE(scene.Import(), kConsent + " | " + Done(2, 2, 0));
     QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org, neill@x.org,");
     QVERIFY2(scene.Warnings().startsWith("1 address was cut, the first to neill@x.org"), qPrintable(scene.Warnings()));
+    scene.Press("RadioButton2");
+    scene.Press("SkipCheckBox");
+    QVERIFY2(scene.Warnings().startsWith("1 address was cut"), qPrintable(scene.Warnings()));
+    scene.Press("RadioButton1");
   }
 
   void getDataFillsTheLists() {
@@ -214,7 +218,9 @@ class ImportFormTest : public QObject {
     scene.Press("RadioButton2");
     const auto warns = [&](const char* of) { return scene.Warnings().contains(of); };
     QTRY_VERIFY2(warns("stand in quotes"), qPrintable(scene.Warnings()));
+    scene.Find<QCheckBox>("QuotationCheckBox").setFocus();
     scene.Press("QuotationCheckBox");
+    QVERIFY2(scene.Find<QCheckBox>("QuotationCheckBox").hasFocus(), "the lines that are shown took the keyboard");
     QCOMPARE(scene.Warnings(), "");
     scene.GetData();
     scene.Step("ComboBox1", 1);

@@ -233,6 +233,7 @@ void GroupManagerForm::ShowGroup(const Reading& reading) {
   actions_->GoTo(reading.place);
   actions_->ShowOrder(view_);
   ShowTotal();
+  ShowUndo();  // another program may have changed something
   SayOrder();
 }
 

@@ -59,6 +59,7 @@ void ImportSampleTable::Show(const recipients::ImportSample& sample, bool quotes
   const int columns = static_cast<int>(std::min<std::size_t>(most, recipients::kSourceFields));
   if (columns == 0) return Clear(tr("There is nothing in the file."));
   empty_->hide();
+  setCurrentCell(-1, -1);  // else the row of headings becomes the current one, and takes the keyboard from elsewhere
   setRowCount(1);
   if (columnCount() > columns) setColumnCount(columns);
   AddHeadings(columns);

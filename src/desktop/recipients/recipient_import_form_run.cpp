@@ -106,7 +106,9 @@ void RecipientImportForm::TakeProgress() { bar_->Count(seen_->done, seen_->total
 void RecipientImportForm::ShowEnd(const recipients::ImportOutcome& outcome) {
   EnableControls();
   bar_->Count(outcome.error ? 0 : 1, 1);
-  Warn(recipients::ImportTroubles(outcome));
+  odd_ = recipients::ImportTroubles(outcome);
+  is_quoted_ = false;  // told with them where it matters
+  Warn(odd_);
   if (outcome.error) {
     status_->Fail(*outcome.error);
   } else {

@@ -90,8 +90,12 @@ Result<std::unique_ptr<FieldLines>> OpenLines(const std::filesystem::path& file,
                                               std::string_view code_page, const platform::CancelToken* cancel) {
   const auto format = FormatOf(file, options);
   if (!format) return format.error();
-  // An address book's fields have their places.
-  if (options.columns.empty() || HasKnownFields(*format)) return OpenAs(*format, file, options, code_page, cancel);
+  if (options.columns.empty()) return OpenAs(*format, file, options, code_page, cancel);
+  if (HasKnownFields(*format)) {
+    return Error{Failure::kUsage,
+                 Say("{} has no columns to take, for {} fields have their places.", file.string(), NameOf(*format)),
+                 "Map its fields by their numbers; all of them can be chosen."};
+  }
   ReadingOptions whole = options;
   whole.most_fields = *std::max_element(options.columns.begin(), options.columns.end());
   auto lines = OpenAs(*format, file, whole, code_page, cancel);

@@ -69,6 +69,7 @@ Result<void> HarvestFields(Run& run, FieldLines& lines) {
   Result<void> offered;
   auto harvest = HarvestInto(run, offered);
   const auto read = lines.Read([&](const FieldLine& line) {
+    if (line.fault != LineFault::kNone) run.outcome.findings.NoteFault(line);  // it tells no fields
     for (const std::string_view field : line.fields) {
       if (!harvest.Feed(field) || !harvest.Feed("\n")) return false;
     }

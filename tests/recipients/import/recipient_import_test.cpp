@@ -269,7 +269,7 @@ TEST(ImportMapping, ReadsLabelsAndFields) {
     }
   }
   EXPECT_EQ(ParseMapping("Email Address=18,First Name=1")->source[kEmail], 18);
-  EXPECT_NE(ParseMapping("Email=1").error().remedy.InEnglish().find("\"Email Address\", \"Title\""), std::string::npos);
+  EXPECT_NE(ParseMapping("Mail=1").error().remedy.InEnglish().find("\"Email Address\", \"Title\""), std::string::npos);
 }
 
 TEST(ImportMapping, ShowsASampleAndReadsItsKeysBack) {
