@@ -79,8 +79,21 @@ Result<void> Check(Context& context, const profile::Folders& folders, const Reci
                "Name another file, or answer yes (--yes does) to have it unlocked."};
 }
 
+// Behind the last line that is whole; between quotes it goes on over the ends of lines (RFC 4180 2.6).
+std::size_t EndOfLines(std::string_view text, bool has_quotes) {
+  if (!has_quotes) return text.rfind('\n') + 1;
+  std::size_t end = 0;
+  bool is_quoted = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    is_quoted ^= text[at] == '"';
+    if (text[at] == '\n' && !is_quoted) end = at + 1;
+  }
+  return end;
+}
+
 // What is in the file, from its beginning, until a stop at `end`: then as many whole lines as were printed by then.
-Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end) {
+Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end,
+                       bool has_quotes) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
   std::string block(kBlock, '\0');
   std::string lines;
@@ -89,7 +102,7 @@ Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& fo
     const auto got = platform::ReadSome(fd, folder, block.data(), block.size());
     if (!got) return got.error();
     lines.append(block, 0, *got);
-    const std::size_t whole = *got == 0 ? lines.size() : lines.rfind('\n') + 1;
+    const std::size_t whole = *got == 0 ? lines.size() : EndOfLines(lines, has_quotes);
     Print(stdout, std::string_view(lines).substr(0, whole));
     lines.erase(0, whole);
     if (*got == 0) break;
@@ -113,7 +126,7 @@ ExportOutcome ExportToStandardOutput(Context& context, const profile::Folders& f
   if (outcome.error) return outcome;
   // What was written before a cancel is shown to its end, unless that is given up too.
   const auto end = outcome.cancelled ? platform::Stop::kAbandon : platform::Stop::kStop;
-  if (const auto printed = PrintFile(context, scratch->get(), folders.temporary, end); !printed)
+  if (const auto printed = PrintFile(context, scratch->get(), folders.temporary, end, request.format.rfc4180); !printed)
     outcome.error = printed.error();
   return outcome;
 }

@@ -166,6 +166,16 @@ class People(Case):
                     self.assertTrue(whole.startswith(shown) and shown.endswith(b"\n"), shown[-200:])
                     self.assertLess(len(shown), len(whole))
 
+    def test_an_interrupted_export_ends_at_a_record(self):
+        rows = "".join(f'user{n}@example.org,"a\nb"\n' for n in range(30_000))
+        self.ok("import", self.write("many", rows), "-g", "A", "--map", "Email Address=1,City=2", "--rfc4180", "--opt-in")
+        with self.popen("export", "-g", "A", "--fields", "Email Address,City", "--rfc4180") as process:
+            begun = os.read(process.stdout.fileno(), 1)
+            time.sleep(0.2)
+            process.send_signal(signal.SIGINT)
+            shown = begun + process.communicate(timeout=20)[0]
+        self.assertEqual((process.returncode, shown.count(b'"') % 2), (75, 0), shown[-60:])
+
     def test_interrupted_input(self):
         before = self.rows()
         for command in (["--yes", "recipient", "delete", "-g", "A", "-"],

@@ -233,7 +233,7 @@ class ExportFormTest : public QObject {
     scene.Press("BrowseButton");
     QCOMPARE(scene.rig.Shown(), asked);
     QCOMPARE(box.text(), PathToQt(file));
-    QCOMPARE(scene.Status(), PathToQt(file) + " is there already; the export replaces it.");
+    QCOMPARE(scene.Status(), PathToQt(file.filename()) + " is there already; the export replaces it.");
     QCOMPARE(scene.Export(), "inform: 1 recipients exported successfully.");
     QCOMPARE(test::ReadAll(file), "a@x.org\r\n");
   }

@@ -56,6 +56,7 @@ RecipientExportForm::RecipientExportForm(const profile::Program& program, const 
       give_up_(*this, *task_, *progress_->button(), program.prompts) {
   MakeWindow();
   connect(browse_, &QPushButton::clicked, this, &RecipientExportForm::Browse);
+  connect(file_, &QLineEdit::textEdited, this, [this] { status_->Say({}); });  // it was said of another file
   connect(chosen_fields_, &QRadioButton::toggled, this, &RecipientExportForm::EnableControls);
   connect(export_, &QPushButton::clicked, this, &RecipientExportForm::Export);
   connect(progress_, &ProgressPanel::Pressed, this, &RecipientExportForm::reject);
@@ -121,7 +122,8 @@ void RecipientExportForm::Browse() {
   } else if (*may_write) {
     file_->setText(PathToQt(file));
     const bool is_there = std::filesystem::exists(file, IgnoreErrors());
-    status_->Say(is_there ? tr("%1 is there already; the export replaces it.").arg(PathToQt(file)) : QString());
+    status_->Say(is_there ? tr("%1 is there already; the export replaces it.").arg(PathToQt(file.filename()))
+                          : QString());
   } else {
     status_->Say(InWords(platform::LeftLocked(file)));
   }

@@ -161,6 +161,7 @@ void RecipientImportForm::ConnectControls() {
     if (file_->text() != looked_at_) TakeFile(file_->text());
   });
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
+  connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::ShowWarnings);
   connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);
   connect(propose_, &QPushButton::clicked, this, &RecipientImportForm::Propose);
   connect(delimiter_, &QComboBox::activated, this, [this] {

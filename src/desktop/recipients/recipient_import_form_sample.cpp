@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSignalBlocker>
 #include <QTimer>
 
@@ -230,15 +231,16 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
 void RecipientImportForm::ShowWarnings() {
   std::vector<Sentence> told = odd_;
   const auto mapping = mapping_->Mapping();
-  if (is_quoted_ && !quotes_->isChecked() && !rfc4180_->isChecked()) {
+  const bool maps = delimited_->isChecked();  // a harvest takes addresses from wherever they stand
+  if (maps && is_quoted_ && !quotes_->isChecked() && !rfc4180_->isChecked()) {
     recipients::ImportFindings findings;
     findings.quotes_unread = true;
     for (auto& sentence : recipients::Describe(findings)) told.push_back(std::move(sentence));
   }
-  if (proposed_) {
+  if (maps && proposed_) {
     if (auto beyond = recipients::DescribeBeyond(*proposed_)) told.push_back(std::move(*beyond));
   }
-  if (sample_) {
+  if (maps && sample_) {
     auto none = recipients::DescribeNoAddress(*sample_, mapping, TakesQuotesOff(), SkippedLines());
     if (none) told.push_back(std::move(*none));
   }
