@@ -71,7 +71,9 @@ void Show(const profile::Program& program, const QString& group) {
   form.findChild<QComboBox*>("GroupComboBox")->setCurrentText(group);
   auto& grid = *form.findChild<QAbstractItemView*>("MSFlexGrid");
   auto& total = *form.findChild<QLabel*>("Total");
-  WaitFor([&] { return grid.model()->rowCount() > 0 && total.text().toLongLong() == grid.model()->rowCount(); });
+  WaitFor([&] {
+    return grid.model()->rowCount() > 0 && total.text().remove(',').toLongLong() == grid.model()->rowCount();
+  });
   grid.viewport()->repaint();
   fmt::print("shown {:.3f}\nrows {}\n", Now() - begun, grid.model()->rowCount());
   const double jump = Now();
