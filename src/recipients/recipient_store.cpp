@@ -208,7 +208,7 @@ Result<bool> RecipientStore::UpdateRecipientIfNew(std::int64_t group_id, std::in
   const auto is_taken = [&](Database& database) -> Result<bool> {
     auto before = Bound(database, StatementId::kRowOfKey, List<1>{key});
     if (!before) return before.error();
-    const auto is_there = before->rows().Step();
+    auto is_there = before->rows().Step();
     if (!is_there) return is_there;
     if (!*is_there || ReadRecipient(before->rows()).group_id != group_id) return RecipientGone();
     auto found = Bound(database, StatementId::kFindRecipient, List<2>{group_key, recipient.email()});

@@ -98,7 +98,7 @@ Result<void> CheckMappingName(std::string_view name) {
 }
 
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping) {
-  if (const auto checked = CheckMappingName(mapping.name); !checked) return checked;
+  if (auto checked = CheckMappingName(mapping.name); !checked) return checked;
   KeptMapping named = mapping;
   named.name = platform::Trim(mapping.name);
   auto all = ListMappings(settings);
