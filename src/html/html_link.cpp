@@ -60,7 +60,13 @@ std::string ReadableTarget(std::string href) {
     return platform::StartsWithIgnoringAsciiCase(target, start);
   });
   if (unreadable) return {};
-  if (platform::StartsWithIgnoringAsciiCase(target, "mailto:")) target = target.substr(0, target.find('?'));
+  if (platform::StartsWithIgnoringAsciiCase(target, "mailto:")) {
+    const std::string_view asked = target.substr(std::min(target.find('?'), target.size()));
+    if (target.size() - asked.size() == std::string_view("mailto:").size()) return {};
+    // With a subject or a text, which a list's program may go by, it is a link to be pressed.
+    if (asked.size() > 1) return std::string(target);
+    target.remove_suffix(asked.size());
+  }
   return std::string(WithoutPrefix(WithoutPrefix(target, "mailto:"), "tel:"));
 }
 

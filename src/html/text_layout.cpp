@@ -19,11 +19,13 @@ constexpr std::size_t kMostPrefixColumns = 28;
 constexpr std::size_t kMostLineEnds = 3;  // two blank lines
 constexpr std::size_t kMostPreformattedLineEnds = 50;
 constexpr std::size_t kTabColumns = 4;
+constexpr std::string_view kNoBreakSpace = "\u00A0";
 constexpr std::size_t kFewestColumns = 24;  // are left beside prefixes, however narrow the text
 
 // Characters that are no ordinary text, and how they are set.
 enum class Special : std::uint8_t {
-  kBlank,      // a no-break space, and the spaces of a given width
+  kBlank,      // a space of a given width
+  kNoBreak,    // one that no line ends at
   kInvisible,  // what senders pad hidden previews with: soft hyphen, zero-width space, byte order mark and the like
   kJoiner,     // of emoji and of Arabic script; without a meaning at the start of a word
 };
@@ -33,10 +35,10 @@ struct SpecialRow {
   Special special;
 };
 constexpr SpecialRow kSpecials[] = {
-    {"\u00A0", "\u00A0", Special::kBlank},     {"\u00AD", "\u00AD", Special::kInvisible},
+    {"\u00A0", "\u00A0", Special::kNoBreak},   {"\u00AD", "\u00AD", Special::kInvisible},
     {"\u034F", "\u034F", Special::kInvisible}, {"\u2000", "\u200A", Special::kBlank},
     {"\u200B", "\u200B", Special::kInvisible}, {"\u200C", "\u200D", Special::kJoiner},
-    {"\u202F", "\u202F", Special::kBlank},     {"\u205F", "\u205F", Special::kBlank},
+    {"\u202F", "\u202F", Special::kNoBreak},   {"\u205F", "\u205F", Special::kBlank},
     {"\u2060", "\u2060", Special::kInvisible}, {"\uFEFF", "\uFEFF", Special::kInvisible},
 };
 
@@ -80,6 +82,25 @@ bool BeginsWord(std::string_view text) {
   return code != platform::kNotUtf8 && u_isalnum(static_cast<UChar32>(code));
 }
 
+bool IsBlank(const SpecialRow* special) {
+  return special != nullptr && (special->special == Special::kBlank || special->special == Special::kNoBreak);
+}
+
+// In display columns.
+std::size_t LongestLine(std::string_view text) {
+  std::size_t longest = 0;
+  for (const auto line : platform::Split(text, '\n')) {
+    std::size_t columns = 0;
+    for (std::size_t at = 0; at < line.size();) {
+      const auto [code, length] = platform::DecodeUtf8(line.substr(at));
+      columns += DisplayColumns(code);
+      at += length;
+    }
+    longest = std::max(longest, columns);
+  }
+  return longest;
+}
+
 bool OpensWord(char c) { return std::string_view("([{<\"'/-").find(c) != std::string_view::npos; }
 
 }  // namespace
@@ -91,7 +112,7 @@ void TextLayout::AddText(std::string_view text) {
     text.remove_prefix(run);
     if (text.empty()) break;
     const SpecialRow* const special = FindSpecial(text);
-    if (special != nullptr && special->special == Special::kBlank) ++blanks_;
+    if (IsBlank(special)) ++blanks_, no_break_ = special->special == Special::kNoBreak;
     if (IsSpace(text.front())) collapsible_ = true;
     text.remove_prefix(special == nullptr ? 1 : special->first.size());
   }
@@ -109,7 +130,7 @@ void TextLayout::AddPreformatted(std::string_view text) {
       blanks_ = 0;
     } else if (text.front() == '\t') {
       blanks_ += kTabColumns;
-    } else if (text.front() == ' ' || (special != nullptr && special->special == Special::kBlank)) {
+    } else if (text.front() == ' ' || IsBlank(special)) {
       ++blanks_;
     }
     literal_ = true;
@@ -176,11 +197,17 @@ void TextLayout::SetLineApart() {
 void TextLayout::Put(std::string_view visible) {
   if (word_ended_ && !NothingToJoin() && !OpensWord(out_.back()) && BeginsWord(visible)) collapsible_ = true;
   if (at_line_start()) BeginLine();
-  out_.append(std::max<std::size_t>(blanks_, collapsible_ ? 1 : 0), ' ');
+  const bool no_break = no_break_ && blanks_ == 1 && !collapsible_ && !literal_;
+  if (no_break) {
+    out_ += kNoBreakSpace;
+  } else {
+    out_.append(std::max<std::size_t>(blanks_, collapsible_ ? 1 : 0), ' ');
+  }
   out_ += visible;
   shown_ += visible.size();
   blanks_ = 0;
-  collapsible_ = literal_ = held_ = word_ended_ = false;
+  has_no_break_ |= no_break;
+  collapsible_ = literal_ = held_ = word_ended_ = no_break_ = false;
 }
 
 void TextLayout::BeginLine() {
@@ -213,6 +240,7 @@ void TextLayout::EndLine() {
   while (end > 0 && out_[end - 1] == ' ') --end;
   out_.resize(end);
   if (!is_preformatted_) WrapLine();
+  ReleaseNoBreaks();
   out_ += '\n';
   content_begin_ = out_.size();
 }
@@ -220,10 +248,24 @@ void TextLayout::EndLine() {
 void TextLayout::WrapLine() {
   const std::size_t prefix = content_begin_ - std::min(content_begin_, line_begin_);
   const std::size_t width = std::max(columns_ - std::min(columns_, prefix), kFewestColumns);
-  if (out_.size() <= content_begin_ + width) return;  // a column is a byte or more
-  const std::string wrapped = WrapText(std::string_view(out_).substr(content_begin_), width, LongWords::kKept);
+  const std::string_view line = std::string_view(out_).substr(content_begin_);
+  if (line.size() <= width) return;  // a column is a byte or more
+  std::string wrapped = WrapText(line, width, LongWords::kKept);
+  // Some editors write nothing else between words: a line that would be too long breaks there all the same.
+  if (has_no_break_ && LongestLine(wrapped) > width) {
+    wrapped = WrapText(platform::ReplaceAll(line, kNoBreakSpace, " "), width, LongWords::kKept);
+  }
   out_.resize(content_begin_);
   out_ += platform::ReplaceAll(wrapped, "\n", '\n' + line_rest_);
+}
+
+// They have done their work once the line is wrapped, and read as blanks.
+void TextLayout::ReleaseNoBreaks() {
+  if (!has_no_break_) return;
+  has_no_break_ = false;
+  const std::string line = platform::ReplaceAll(std::string_view(out_).substr(content_begin_), kNoBreakSpace, " ");
+  out_.resize(content_begin_);
+  out_ += line;
 }
 
 std::string TextLayout::Finish() && {

@@ -17,7 +17,8 @@ class TextLayout {
   enum class Margin { kLine, kBlankLine };
 
   // How long the text may be expected to become at most, where more is no error, and how wide its lines may be. Wider
-  // ones are wrapped between words, never within one; preformatted ones stay.
+  // ones are wrapped between words, never within one, and at no-break spaces only where a line would be too long;
+  // preformatted ones stay.
   TextLayout(std::size_t expected_size, std::size_t columns) : columns_(columns) { out_.reserve(expected_size); }
 
   // Text with its white space collapsed. No-break spaces and those of a given width stay, as blanks, except at line
@@ -78,6 +79,7 @@ class TextLayout {
   void BeginLine();
   void EndLine();
   void WrapLine();
+  void ReleaseNoBreaks();
 
   std::size_t columns_;
   std::string out_;
@@ -94,8 +96,10 @@ class TextLayout {
   std::size_t block_ = 0;          // 1: the next text begins a line, 2: after a blank line
   std::size_t blanks_ = 0;         // to be written before the next text of the line, besides what collapses
   std::size_t line_number_ = 0;
-  bool collapsible_ = false;  // white space stands here, which is one blank when there is no other
-  bool literal_ = false;      // the blanks count at the start of a line too
+  bool no_break_ = false;      // the last of those blanks is one that no line ends at
+  bool has_no_break_ = false;  // the last line holds such a one
+  bool collapsible_ = false;   // white space stands here, which is one blank when there is no other
+  bool literal_ = false;       // the blanks count at the start of a line too
   bool held_ = false;
   bool word_ended_ = false;
   bool is_preformatted_ = false;  // something in the last line is

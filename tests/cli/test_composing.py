@@ -78,7 +78,7 @@ class Composing(Case):
             with self.subTest(design=design):
                 html = self.compose(design)
                 page = html5lib.HTMLParser(strict=True, namespaceHTMLElements=False).parse(html)
-                self.assertEqual(page.get("lang"), "en")
+                self.assertEqual(page.get("lang"), "en-gb", "which the list of languages has")
                 self.assertTrue(page.find("head/title").text.strip())
                 named = {meta.get("name"): meta.get("content") for meta in page.iter("meta")}
                 self.assertEqual(named["color-scheme"], "light dark")
@@ -106,6 +106,9 @@ class Composing(Case):
                     for text, front, back in shown:
                         self.assertGreaterEqual(contrast(front, back), ENOUGH, f"{name}: {text!r} in {front} on {back}")
                 raw = self.ok("template", "show", design)
+                for line in raw.splitlines():
+                    if re.search(r"TARNWICKCo|>www\.tarnwickco|\$\*MergeEmail", line):
+                        self.assertIn("word-break:break-word", line, "a long word would make the page wider than a phone")
                 self.assertNotRegex(raw, '="[^"]*TARNWICKCo', "a company's quotation mark would end an attribute")
 
     def test_the_designs_arrive(self):
@@ -134,7 +137,7 @@ class Composing(Case):
         """Every word that is shown, every target once at least, the picture's description, and no markup."""
         text = " ".join(text.split())
         self.assertIn("<https://www.bay.example>", text)
-        self.assertIn("Unsubscribe <leave@bay.example>", text)
+        self.assertIn("Unsubscribe <mailto:leave@bay.example?subject=", text)
         for markup in ("<td", "</", "&nbsp", "style", "padding", "[if mso]"):
             self.assertNotIn(markup, text)
         self.assertIn(re.search('alt="([^"]*)"', html)[1], text)

@@ -61,8 +61,11 @@ constexpr Page kPages[] = {
     {"link", "See <a href='https://example.org/x?a=1&amp;b=2'>our <b>shop</b> </a>now",
      "See our shop <https://example.org/x?a=1&b=2> now\n"},
     {"link that says it",
-     "<a href='https://example.org/'>example.org</a> <a href='mailto:a@b.c?subject=x'>a@b.c</a> <a href='#top'>up</a>",
+     "<a href='https://example.org/'>example.org</a> <a href='mailto:a@b.c?'>a@b.c</a> <a href='#top'>up</a>",
      "example.org a@b.c up\n"},
+    {"link whose subject a list goes by",
+     "<a href='mailto:a@b.c?subject=x&amp;body=y'>a@b.c</a> <a href='MAILTO:?subject=x'>tell</a>",
+     "a@b.c <mailto:a@b.c?subject=x&body=y> tell\n"},
     {"link with or without trimmings",
      "<a href='HTTPS://www.Example.org/'>example.org</a> <a href='tel:+4930123456'>+49 (30) 123-456</a> <a "
      "href='tel:123'>Call</a> <a href='mailto:?subject=x'>Tell</a> <a href='file:///etc/x'>f</a> <a "
@@ -143,6 +146,10 @@ TEST(HtmlToText, WrapsBetweenWordsUnderWhatStandsBeforeThem) {
        "x\naveryveryverylongwordwithoutanyplacetobreakit\ny\n"},
       {"tags", "<p>Dear reader and friend $*MergeFirstName*$, hello",
        "Dear reader and friend\n$*MergeFirstName*$, hello\n"},
+      {"no-break spaces", "<p>come to our big opening at 5&nbsp;pm<p>come to the opening, really&#8239;!",
+       "come to our big opening at\n5 pm\n\ncome to the opening,\nreally !\n"},
+      {"nothing but no-break spaces", "<p>one&nbsp;two&nbsp;three&nbsp;four&nbsp;five&nbsp;six&nbsp;seven&nbsp;eight",
+       "one two three four five six\nseven eight\n"},
       {"preformatted text", "<pre>a line that is longer than all of the others</pre>",
        "a line that is longer than all of the others\n"},
       {"wide characters",
