@@ -23,7 +23,7 @@ struct UndoOptions {
 std::string Told(const EditStep& step) {
   const std::string_view word = step.kind == recipients::EditKind::kDeleteGroup ? "delete" : EditWord(step.kind);
   const std::string other = step.other_group.empty() ? "" : fmt::format(" to \"{}\"", step.other_group);
-  const std::string told = fmt::format("{} \"{}\"{}", word, step.group, other);
+  std::string told = fmt::format("{} \"{}\"{}", word, step.group, other);
   if (step.kind == recipients::EditKind::kSort) return told;
   return fmt::format("{}, {}", told, platform::Counted(step.rows, "recipient", "recipients"));
 }

@@ -24,6 +24,9 @@ inline constexpr std::string_view kSampleWebSite = "www.tarnwickco.example";
 inline constexpr std::string_view kSampleMailbox = "unsubscribe@tarnwickco.example";
 inline constexpr std::string_view kSampleSubject = "UnsubscribeNow";
 
+// What the person writes over in the letter itself.
+inline constexpr std::string_view kSampleStreet = "[your street, postcode and town]";
+
 // What was chosen and typed.
 struct DesignChoice {
   std::string design;  // one of kDesigns, or empty

@@ -5,7 +5,9 @@
 #include <unordered_set>
 #include <utility>
 
+#include "document/designs.h"
 #include "document/link_trouble.h"
+#include "document/merge_fields.h"
 #include "document/message_properties.h"
 #include "document/page_walk.h"
 #include "html/local_pictures.h"
@@ -22,9 +24,10 @@ using platform::Printable;
 constexpr std::uint64_t kShownHtml = std::uint64_t{102} * 1024;
 // With fewer words beside it, a picture is the message.
 constexpr std::int64_t kFewWords = 20;
-constexpr std::size_t kMostFiles = 10'000;    // that are known by name, so that each counts once
-constexpr std::int64_t kMostTroubles = 20;    // links that are told of one by one
-constexpr std::uint64_t kHeaderOctets = 800;  // of a message and its parts, about
+constexpr std::size_t kMostFiles = 10'000;                        // that are known by name, so that each counts once
+constexpr std::int64_t kMostTroubles = 20;                        // links that are told of one by one
+constexpr std::uint64_t kHeavy = std::uint64_t{3} * 1024 * 1024;  // octets of a message that is slow on phones
+constexpr std::uint64_t kHeaderOctets = 800;                      // of a message and its parts, about
 
 // In quoted-printable, with CRLF and its soft line breaks, about.
 std::uint64_t SizeAsSent(std::string_view text) {
@@ -104,6 +107,7 @@ class Look {
     if (!page_.speaks_of_leaving) {
       Find("Nothing tells readers how to get no more of these messages. Add a link or an address to unsubscribe.");
     }
+    FindWhatWasLeft(is_html_ ? document_.html : document_.PlainText());
     if (!is_html_) return;
     FindLinks();
     FindPictures();
@@ -120,14 +124,22 @@ class Look {
               HumanSize(document_.html.size()), HumanSize(kShownHtml)));
     }
     const bool shows_nothing = page_.words == 0 && !page_.has_described_picture;
-    if (page_.large_pictures == 1 && page_.pictures == 1 && page_.words < kFewWords) {
+    const bool shows_pictures = page_.large_pictures > 0 && page_.words < kFewWords;
+    if (shows_pictures && page_.pictures == 1) {
       Find(
           "The message is one picture: who does not load it reads nothing, and filters take it for spam. Write its "
           "words as text.");
-    } else if (page_.pictures > 0 && page_.words == 0) {
+    } else if (shows_pictures || (page_.pictures > 0 && page_.words == 0)) {
       Find(
-          "The message is nothing but pictures: who does not load them reads nothing, and filters take it for spam. "
-          "Write its words as text.");
+          "The message is hardly more than pictures: who does not load them reads nothing, and filters take it for "
+          "spam. Write its words as text.");
+    }
+    const std::uint64_t size = look_.size + look_.picture_size;
+    if (size > kHeavy) {
+      Find(
+          Say("A message is about {}, which goes out once to each recipient: phones load it slowly, and many mailboxes "
+              "refuse more than 10 MiB. Make its pictures smaller.",
+              HumanSize(size)));
     }
     if (!has_text_part_) {
       Find(
@@ -137,6 +149,17 @@ class Look {
           "The text part will be empty, because the document holds no words. Write some, or give its pictures "
           "alternative texts.");
     }
+  }
+
+  // What waits to be filled in, or was meant as a tag.
+  void FindWhatWasLeft(const std::string& body) {
+    if (body.find(kSampleStreet) != std::string::npos) {
+      Find(Say("“{}” stands in the letter still. Write your postal address there; many countries ask for it.",
+               kSampleStreet));
+    }
+    std::vector<std::string> tags = UnknownTags(body);
+    tags.resize(std::min<std::size_t>(tags.size(), kMostTroubles));
+    for (const std::string& tag : tags) Find(DescribeUnknownTag(tag));
   }
 
   void FindLinks() {

@@ -48,6 +48,12 @@ bool IsHost(std::string_view host) {
   return !host.empty() && !has_gap && std::all_of(host.begin(), host.end(), IsHostCharacter);
 }
 
+// 172.16.0.0 to 172.31.255.255.
+bool IsInTwelveBits(std::string_view host) {
+  if (!host.starts_with("172.")) return false;
+  return platform::WholeNumberBetween(host.substr(4, host.find('.', 4) - 4), 16, 31).has_value();
+}
+
 // Names and addresses that lead nowhere from elsewhere (RFC 1918, 6761, 6762).
 bool IsOfThisNetwork(std::string_view host) {
   constexpr std::array<std::string_view, 4> kBegins = {"127.", "10.", "192.168.", "169.254."};
@@ -55,7 +61,9 @@ bool IsOfThisNetwork(std::string_view host) {
   if (host.starts_with('[')) return host == "[::1]";
   if (host.find('.') == std::string_view::npos) return true;
   if (host.find_first_not_of("0123456789.") == std::string_view::npos) {
-    return std::any_of(kBegins.begin(), kBegins.end(), [&](auto begin) { return host.starts_with(begin); });
+    const bool begins =
+        std::any_of(kBegins.begin(), kBegins.end(), [&](auto begin) { return host.starts_with(begin); });
+    return begins || IsInTwelveBits(host);
   }
   return std::any_of(kEnds.begin(), kEnds.end(), [&](auto end) { return host.ends_with(end); });
 }
@@ -69,9 +77,17 @@ bool IsMailAddress(std::string_view text) {
 
 // "report.pdf" is the name of a file, not of a server.
 bool EndsAsFile(std::string_view host) {
-  constexpr std::array<std::string_view, 15> kEnds = {".pdf", ".doc",  ".docx", ".odt", ".xls", ".xlsx", ".ppt", ".txt",
-                                                      ".zip", ".html", ".htm",  ".jpg", ".png", ".csv",  ".exe"};
+  constexpr auto kEnds =
+      std::to_array<std::string_view>({".pdf", ".doc", ".docx", ".odt", ".xls", ".xlsx", ".ppt", ".txt", ".rtf", ".zip",
+                                       ".html", ".htm", ".jpg", ".png", ".csv", ".exe", ".js"});
   return std::any_of(kEnds.begin(), kEnds.end(), [&](auto end) { return host.ends_with(end); });
+}
+
+// "Dr.Who" and "St.John" begin a name behind the dot; servers are written small or great throughout.
+bool IsName(std::string_view text) {
+  const std::size_t at = text.rfind('.') + 1;
+  return at + 1 < text.size() && platform::AsciiLower(text[at]) != text[at] &&
+         platform::AsciiLower(text[at + 1]) == text[at + 1];
 }
 
 // The server that a link's words name, where they are an address; else empty.
@@ -80,6 +96,7 @@ std::string HostSaid(std::string_view text) {
   if (text.find("://") != std::string_view::npos) return HostOf(Cut(text).rest);
   std::string host = HostOf("//" + std::string(text));
   const std::size_t dot = host.rfind('.');
+  if (IsName(text)) return {};
   if (dot == std::string::npos || !IsHost(host) || EndsAsFile(host)) return {};
   const std::string_view top = std::string_view(host).substr(dot + 1);
   const bool is_name =
@@ -109,6 +126,9 @@ std::string NameOf(std::string_view text, std::string_view target) {
 std::optional<Sentence> WebTrouble(const Address& address, std::string_view target, std::string_view text) {
   const std::string name = NameOf(text, target);
   const std::string host = HostOf(address.rest);
+  if (address.rest.starts_with("//http://") || address.rest.starts_with("//https://")) {
+    return Say("The link “{}” leads to “{}”, which begins twice. Take the first https:// out.", name, Shown(target));
+  }
   if (!IsHost(host)) {
     return Say("The link “{}” leads to “{}”, which is no complete address. Write https://, the server and the page.",
                name, Shown(target));
@@ -125,6 +145,12 @@ std::optional<Sentence> WebTrouble(const Address& address, std::string_view targ
       "leads, "
       "or words in its place.",
       name, Shown(target));
+}
+
+// "htp", "hhttps", "ttp" for "http" or "https".
+bool IsMistyped(std::string_view scheme) {
+  const bool ends = scheme.ends_with('p') || scheme.ends_with("ps");
+  return scheme.size() >= 2 && ends && scheme.find_first_not_of("htps") == std::string_view::npos;
 }
 
 std::optional<Sentence> MailTrouble(const Address& address, std::string_view target, std::string_view text) {
@@ -169,6 +195,10 @@ std::optional<Sentence> LinkTrouble(std::string_view target, std::string_view te
         "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
         "attach it.",
         name, Shown(target));
+  }
+  if (IsMistyped(address.scheme)) {
+    return Say("The link “{}” leads to “{}”, which begins with “{}:”. Write https: there.", name, Shown(target),
+               address.scheme);
   }
   if (!address.scheme.empty()) return std::nullopt;
   return Say("The link “{}” leads to “{}”, which is no complete address. Write https://, the server and the page.",

@@ -77,4 +77,8 @@ std::vector<std::string> UnknownTags(std::string_view text) {
   return unknown;
 }
 
+Sentence DescribeUnknownTag(std::string_view tag) {
+  return Say("Unknown tag {}: it goes out as it stands.", platform::Printable(tag));
+}
+
 }  // namespace quillcast::document

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/sentence.h"
 #include "recipients/recipient.h"
 
 namespace quillcast::document {
@@ -58,5 +59,6 @@ std::optional<std::string> ReplaceMergeFields(std::string text, const MergeValue
 // kMostUnknownTags; they would go out as they stand.
 inline constexpr std::size_t kMostUnknownTags = 100;
 std::vector<std::string> UnknownTags(std::string_view text);
+Sentence DescribeUnknownTag(std::string_view tag);
 
 }  // namespace quillcast::document

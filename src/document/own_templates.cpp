@@ -84,6 +84,10 @@ bool OwnTemplates::Has(std::string_view name) const {
 }
 
 Result<std::string> OwnTemplates::ReadAsKept(std::string_view name) const {
+  if (IsDesign(name)) {
+    return Error{Failure::kUsage, Say("\"{}\" is a design, not a template of your own.", Shown(name)),
+                 "Designs are Government, Health, Legal, Sports and Travel, in this spelling."};
+  }
   const auto file = FileOf(name);
   if (!file) return file.error();
   if (!IsFile(*file)) return NoSuch(name);

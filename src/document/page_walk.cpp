@@ -6,6 +6,7 @@
 #include "document/way_out.h"
 #include "html/hidden_element.h"
 #include "html/html_elements.h"
+#include "html/html_link.h"
 #include "html/html_tokenizer.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -65,6 +66,7 @@ class Walk {
     }
     EndLink();
     facts_.words = words_.words();
+    facts_.speaks_of_leaving = way_out_.Found() || addresses_.Found();
     return std::move(facts_);
   }
 
@@ -77,7 +79,8 @@ class Walk {
       if (!html::HasNoContent(token.name)) hidden_.Begin(token);
       return;
     }
-    if (html::IsBlock(role) || role == HtmlRole::kBreak) words_.End();
+    if (html::IsBlock(role)) EndBlock();
+    if (role == HtmlRole::kBreak) words_.End(), way_out_.Add(" ");
     if (role == HtmlRole::kLink || role == HtmlRole::kArea) BeginLink(token);
     if (role == HtmlRole::kArea) AddToLink(tokenizer_.Value(token, "alt")), EndLink();
     if (role == HtmlRole::kPicture) AddPicture(token);
@@ -86,8 +89,13 @@ class Walk {
   void End(const HtmlToken& token) {
     dropping_ = false;
     const HtmlRole role = html::RoleOf(token.name);
-    if (html::IsBlock(role)) words_.End();
+    if (html::IsBlock(role)) EndBlock();
     if (role == HtmlRole::kLink) EndLink();
+  }
+
+  void EndBlock() {
+    words_.End();
+    way_out_.Part();
   }
 
   void AddText(std::string_view source) {
@@ -95,7 +103,7 @@ class Walk {
     if (source.find('&') != std::string_view::npos) source = decoded = html::DecodeCharacterReferences(source);
     words_.Add(source);
     AddToLink(source);
-    LookForWayOut(source);
+    way_out_.Add(source);
   }
 
   void BeginLink(const HtmlToken& token) {
@@ -103,7 +111,8 @@ class Walk {
     if (tokenizer_.Find(token, "href") == nullptr) return;  // the name of a place
     in_link_ = true;
     target_ = tokenizer_.Value(token, "href");
-    LookForWayOut(target_);
+    addresses_.Add(target_);
+    addresses_.Part();
     target_.resize(std::min(target_.size(), kLongestLink));
   }
 
@@ -128,20 +137,18 @@ class Walk {
     if (tokenizer_.Find(token, "alt") == nullptr && ++facts_.without_text == 1) {
       facts_.first_without_text = tokenizer_.Value(token, "src");
     }
-    const std::string alt = tokenizer_.Value(token, "alt");
+    const std::string alt = html::ReadableDescription(tokenizer_.Value(token, "alt"));
     facts_.has_described_picture |= !platform::Trim(alt).empty();
     AddToLink(alt);
-    LookForWayOut(alt);
-  }
-
-  void LookForWayOut(std::string_view text) {
-    if (!facts_.speaks_of_leaving) facts_.speaks_of_leaving = SpeaksOfLeaving(text);
+    way_out_.Add(' ' + alt + ' ');
   }
 
   html::HtmlTokenizer tokenizer_;
   const LinkVisitor& link_;
   html::HiddenElement hidden_;
   WordCounter words_;
+  WayOutSearch way_out_;    // in what is read
+  WayOutSearch addresses_;  // in where links lead
   PageFacts facts_;
   std::string target_;
   std::string text_;

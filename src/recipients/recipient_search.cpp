@@ -68,7 +68,7 @@ Result<void> SearchAllFields(platform::Database& database, const SearchRequest& 
                              const std::function<bool(std::int64_t)>& visit) {
   const Comparer comparer(request);
   const auto fits = [&comparer](const platform::FunctionValues& values) { return AnyFits(values, comparer) ? 1 : 0; };
-  if (const auto added = database.AddFunction("any_fits", fits); !added) return added;
+  if (auto added = database.AddFunction("any_fits", fits); !added) return added;
   std::string condition;
   for (const FieldNames& field : kFields)
     condition += fmt::format("{}[{}]", condition.empty() ? "" : ", ", field.column);

@@ -120,7 +120,7 @@ std::vector<Sentence> Describe(const PreFlight& findings) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }
   for (const auto& tag : findings.unknown_tags) {
-    lines.push_back(Say("Unknown tag {}: it goes out as it stands.", platform::Printable(tag)));
+    lines.push_back(document::DescribeUnknownTag(tag));
   }
   if (findings.unknown_tags.size() == document::kMostUnknownTags) {
     lines.push_back(Say("There may be more unknown tags: no more than {} are looked for.", document::kMostUnknownTags));

@@ -63,6 +63,8 @@ TEST(DocumentLook, FindsWhatWouldHurt) {
            {"<area href='' alt=there>", "The link “there” leads nowhere."},
            {"<!--" + std::string(102 * 1024, 'x') + "-->", "The HTML is 10"},
            {"", "The account sends no text part", false},
+           {"$*MergeFristName*$ $*MergeFirstName*$", "Unknown tag $*MergeFristName*$"},
+           {"<p>[your street, postcode and town]", "“[your street, postcode and town]” stands in the letter still."},
        }) {
     std::string html = kLetter;
     html.replace(html.find('%'), 1, c.inside);
@@ -84,19 +86,28 @@ TEST(DocumentLook, TellsTheWorstFirst) {
                           StartsWith("Nothing tells readers"), StartsWith("The link “off”"),
                           StartsWith("1 picture has no alternative"), StartsWith("The document has no title")));
   EXPECT_THAT(Findings(LookOver("<title>x</title><img src=https://x.example/ alt='Leave: unsubscribe'><img alt=b>")),
-              ElementsAre(StartsWith("The message is nothing but pictures")));
+              ElementsAre(StartsWith("The message is hardly more than pictures")));
 }
 
 TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
-  for (const char* words : {"<a href='https://x.example/UNSUBSCRIBE?1'>here</a>",
-                            "<p>Zum Abmelden antworten Sie bitte.", "<a href=x>Se d&eacute;sabonner</a>",
-                            "Darse de baja", "<b>Отписаться</b>", "退订", "配信停止", "수신거부", "إلغاء الاشتراك"}) {
+  for (const char* words :
+       {"<a href='https://x.example/UNSUBSCRIBE?1'>here</a>", "<p>Zum Abmelden antworten Sie bitte.",
+        "<a href=x>Se d&eacute;sabonner</a>", "SE D\u00C9SABONNER", "Darse de baja",
+        "<b>\u041E\u0442\u043F\u0438\u0441\u0430\u0442\u044C\u0441\u044F</b>", "退订", "配信停止", "수신거부",
+        "إلغاء الاشتراك", "To opt\n  out, reply", "opt&nbsp;out", "e-mail<br>preferences", "Un<b>sub</b>scribe",
+        "ab&shy;bestellen", "opt <a href=https://x.example/>out</a>", "annulla l\u2019iscrizione",
+        "<img src=https://x.example/a.png alt='Unsubscribe'>",
+        "Wenn Sie nichts mehr h\u00F6ren wollen: hier austragen"}) {
     const auto findings = Findings(LookOver(words));
     for (const auto& finding : findings) EXPECT_EQ(finding.find("Nothing tells readers"), std::string::npos) << words;
   }
-  EXPECT_THAT(Findings(LookOver("<title>x</title><style>.unsubscribe{}</style><p class=unsubscribe>hello")),
-              ElementsAre(StartsWith("Nothing tells readers")))
-      << "what is not shown tells nobody";
+  for (const char* words :
+       {"<style>.unsubscribe{}</style><p class=unsubscribe>hello", "<p>opt<p>out",
+        "<p>Wir werden das Turnier austragen", "<p>opt<img src=https://x.example/ alt='a.png'>-in"}) {
+    EXPECT_THAT(Findings(LookOver("<title>x</title>" + std::string(words) + std::string(9000, '.'))),
+                testing::Contains(StartsWith("Nothing tells readers")))
+        << words;
+  }
 }
 
 TEST(DocumentLook, CountsAndLists) {
@@ -125,6 +136,32 @@ TEST(DocumentLook, CountsAndLists) {
   document.base_folder.clear();
   document.html = "<img src='" + folder.path().relative_path().string() + "/a.png'>";
   EXPECT_EQ(LookOver(document).pictures.at(0).size, 3000U) << "without a folder, from the root";
+}
+
+TEST(DocumentLook, FindsPicturesThatAreTheMessage) {
+  const auto begins = [](const char* inside) {
+    const auto findings = Findings(LookOver("<title>x</title>" + std::string(inside) + " Unsubscribe"));
+    return findings.empty() ? std::string() : findings.front().substr(0, 39);
+  };
+  EXPECT_EQ(begins("<img src=https://x.example/a alt=Sale>"), "The message is one picture: who does no");
+  EXPECT_EQ(begins("<img src=https://x.example/a alt=Sale><img src=https://x.example/b alt=Logo width=90>"),
+            "The message is hardly more than picture");
+  EXPECT_EQ(begins("<img src=https://x.example/a alt=Sale><img src=https://x.example/b alt='' width=300>"),
+            "The message is hardly more than picture");
+  EXPECT_EQ(begins("<img src=https://x.example/b alt=Logo width=90> A line"), "");
+}
+
+TEST(DocumentLook, TellsOfAMessageThatIsHeavy) {
+  const test::TemporaryFolder folder;
+  MessageDocument document;
+  document.base_folder = folder.path();
+  document.html = kLetter;
+  document.html.replace(document.html.find('%'), 1, "<img src=a.jpg alt=Tulips>");
+  folder.Write("a.jpg", std::string(2'200'000, 'x'));
+  EXPECT_THAT(Findings(LookOver(document)), IsEmpty());
+  folder.Write("a.jpg", std::string(20'000'000, 'x'));
+  EXPECT_THAT(Findings(LookOver(document)),
+              ElementsAre(StartsWith("A message is about 26.1 MiB, which goes out once")));
 }
 
 TEST(DocumentLook, OfTextLooksForNoHtml) {

@@ -193,7 +193,7 @@ Result<void> SpreadsheetLines::ReadOpen(const Take& take) {
 }
 
 Result<void> SpreadsheetLines::Read(const Take& take) {
-  const auto read = kind_ == Kind::kOfficeOpenXml ? ReadOffice(take) : ReadOpen(take);
+  auto read = kind_ == Kind::kOfficeOpenXml ? ReadOffice(take) : ReadOpen(take);
   if (read && IsGivenUp(cancel_)) return ReadingGivenUp(file_);
   return read;
 }
