@@ -31,10 +31,14 @@ Result<int> ListGroups(Context& context, const RecipientStore& store) {
   return 0;
 }
 
+int Refuse(const Context& context, const recipients::GroupComplaint& refused) {
+  return context.output.Complain(refused.message.empty() ? refused.reason.InEnglish() : refused.message);
+}
+
 Result<int> NewGroup(Context& context, RecipientStore& store, const GroupOptions& options) {
   const auto complaint = recipients::MakeGroup(store, options.name);
   if (!complaint) return complaint.error();
-  if (*complaint) return context.output.Complain((*complaint)->message);
+  if (*complaint) return Refuse(context, **complaint);
   context.output.Line(fmt::format("Group \"{}\" was made.", options.name));
   context.output.Object({{"group", options.name}, {"done", "new"}});
   return 0;
@@ -45,7 +49,7 @@ Result<int> RenameGroup(Context& context, RecipientStore& store, const GroupOpti
   if (!group) return group.error();
   const auto complaint = recipients::GiveGroupName(store, group->name, options.new_name);
   if (!complaint) return complaint.error();
-  if (*complaint) return context.output.Complain((*complaint)->message);
+  if (*complaint) return Refuse(context, **complaint);
   context.output.Line(fmt::format(R"(Group "{}" is now "{}".)", group->name, options.new_name));
   context.output.Object({{"group", options.new_name}, {"done", "rename"}, {"old", group->name}});
   return 0;

@@ -27,13 +27,13 @@ std::optional<GroupComplaint> CheckBlanks(std::string_view name) {
 
 constexpr const char* kNameTaken = "A Group with the name you specified already exists. Specify a different name.";
 
-// What cannot be typed into the box of a dialog has words of our own.
+// What cannot be typed into the box of a dialog is refused in words of our own.
 std::optional<GroupComplaint> CheckKeys(std::string_view name) {
   if (name.size() > kLongestGroupName) {
-    return GroupComplaint{"A group name has at most 255 characters.", GroupControl::kName};
+    return GroupComplaint{"", GroupControl::kName, "A group name has at most 255 characters."};
   }
   if (IsGroupName(name)) return {};
-  return GroupComplaint{"A group name holds only letters A to Z, digits, blanks and \"-\".", GroupControl::kName};
+  return GroupComplaint{"", GroupControl::kName, "A group name holds only letters A to Z, digits, blanks and \"-\"."};
 }
 
 Result<std::optional<GroupComplaint>> TakenUnless(const Result<bool>& written, const GroupComplaint& complaint) {

@@ -44,6 +44,10 @@ class ImportFormTest : public QObject {
                                "ComboBox18", "SkipCheckBox", "SampleTable"}) {
         QVERIFY2(scene.Find<QWidget>(name).isEnabled() == delimited, name);
       }
+      for (const QLabel* label : scene.form->findChildren<QLabel*>()) {
+        if (label->isVisible() && label->buddy() != nullptr)
+          QVERIFY2(label->isEnabled() == label->buddy()->isEnabled(), qPrintable(label->text()));
+      }
     }
     for (const auto& [box, other] :
          {std::pair("QuotationCheckBox", "Rfc4180CheckBox"), std::pair("Rfc4180CheckBox", "QuotationCheckBox")}) {

@@ -71,7 +71,11 @@ class RecipientFormsTest : public QObject {
     QTest::keyClicks(box, "'s 2");
     QCOMPARE(box->text(), QString("O'Neill & Cos 2"));
     PressOk(form);
-    QCOMPARE(rig.Shown(), QString("warn: A group name holds only letters A to Z, digits, blanks and \"-\"."));
+    QCOMPARE(Status(form), QString("A group name holds only letters A to Z, digits, blanks and \"-\"."));
+    box->selectAll();
+    QTest::keyClicks(box, "x");
+    QTest::keySequence(box, QKeySequence::Undo);
+    QCOMPARE(box->text(), QString("O'Neill & Cos 2"));  // and no name that nobody gave
     Type(form, "NameTextBox", "O'Neill and Co");
     PressOk(form);
     QCOMPARE(*rig.Store().ListGroupNames(), std::vector<std::string>{"ONeill and Co"});

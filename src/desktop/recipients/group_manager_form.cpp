@@ -108,8 +108,8 @@ void GroupManagerForm::MakeWindow() {
   }
   line->addLayout(beside);
   column->Add(middle, 1);
-  column->AddLine({new QLabel(tr("Recipients:"), this), total_, nullptr});
-  column->Add(work_);
+  work_->ShareLine();
+  column->AddLine({new QLabel(tr("Recipients:"), this), total_, work_});
   column->Add(status_);
   auto* below = new QWidget(this);
   auto* of_group = new FoldingLine(below, kGap);
@@ -245,6 +245,7 @@ void GroupManagerForm::SayOrder() {
 
 void GroupManagerForm::ShowNone() {
   shown_.clear();
+  view_ = {};
   count_ = 0;
   is_order_understood_ = true;
   rows_->Reset({}, 0);
@@ -276,7 +277,8 @@ void GroupManagerForm::ShowTotal() {
 void GroupManagerForm::ShowUndo() {
   const auto step = recipients::FindUndo(Store());
   const bool is_there = step && *step;
-  can_undo_ = is_there || !step;  // where it is not known, the command says why
+  can_undo_ = is_there || !step;                                        // where it is not known, the command says why
+  if (!can_undo_ && focusWidget() == &UndoButton()) grid_->setFocus();  // else a command would get it, the next one
   UndoButton().setEnabled(can_undo_ && !work_->is_working());
   UndoButton().setToolTip(is_there ? PlainTip(InWords(recipients::UndoQuestion(**step)))
                                    : tr("There is nothing to take back."));

@@ -24,8 +24,7 @@ void GroupNewForm::accept() {
   const auto complaint = recipients::MakeGroup(store, FromQt(name()));
   if (!complaint) return status_->Fail(complaint.error());
   if (!*complaint) return QDialog::accept();
-  program_.prompts.Warn((*complaint)->message);
-  name_->setFocus();
+  ShowRefusal(**complaint, program_, *status_, *name_);
 }
 
 }  // namespace quillcast::desktop

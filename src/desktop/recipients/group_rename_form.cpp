@@ -26,8 +26,7 @@ void GroupRenameForm::accept() {
   const auto complaint = recipients::GiveGroupName(store, FromQt(group_), FromQt(name()));
   if (!complaint) return status_->Fail(complaint.error());
   if (!*complaint) return QDialog::accept();
-  program_.prompts.Warn((*complaint)->message);
-  name_->setFocus();
+  ShowRefusal(**complaint, program_, *status_, *name_);
 }
 
 }  // namespace quillcast::desktop

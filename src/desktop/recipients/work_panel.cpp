@@ -45,6 +45,8 @@ void WorkPanel::AddBeside(QPushButton* button) {
   panel_->button()->setEnabled(true);
 }
 
+void WorkPanel::ShareLine() { panel_->PutButtonBesideBar(); }
+
 QPushButton* WorkPanel::button() const { return panel_->button(); }
 
 void WorkPanel::Press() { is_working() ? Cancel() : emit Closing(); }

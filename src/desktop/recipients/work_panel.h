@@ -50,6 +50,9 @@ class WorkPanel final : public QWidget {
   }
   // Then the panel's button gives Closing while nothing is done.
   void AddBeside(QPushButton* button);
+  // Then the panel is one line high: it stands beside what is always there, so that it leaves no hole when nothing
+  // runs.
+  void ShareLine();
   QPushButton* button() const;
   bool is_working() const { return task_->is_running(); }
   void Cancel();

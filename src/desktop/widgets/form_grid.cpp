@@ -50,7 +50,8 @@ void FormGrid::AddRow(const QString& name, const QString& label, QWidget* field,
   const int row = rows_->rowCount();
   const bool is_tall =
       (field->sizePolicy().verticalPolicy() & QSizePolicy::ExpandFlag) != 0 || field->focusProxy() != nullptr;
-  rows_->addWidget(MakeLabel(label, field), row, 0, Qt::AlignLeading | (is_tall ? Qt::AlignTop : Qt::AlignVCenter));
+  QLabel* const caption = MakeLabel(label, field);
+  rows_->addWidget(caption, row, 0, Qt::AlignLeading | (is_tall ? Qt::AlignTop : Qt::AlignVCenter));
   if (beside.empty() && !HasWidest(*field)) {
     rows_->addWidget(field, row, 1, 1, -1);
   } else {
@@ -65,6 +66,7 @@ void FormGrid::AddRow(const QString& name, const QString& label, QWidget* field,
     rows_->addLayout(line, row, 1, 1, -1);
   }
   Innermost(field)->installEventFilter(this);
+  caption->setEnabled(Innermost(field)->isEnabledTo(this));
 }
 
 void FormGrid::AddButton(QWidget* field, QWidget* button) {

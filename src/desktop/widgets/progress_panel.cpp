@@ -49,6 +49,11 @@ void ProgressPanel::AddBeside(QPushButton* button) {
   setTabOrder(button, button_);
 }
 
+void ProgressPanel::PutButtonBesideBar() {
+  rate_->hide();
+  bars_->addWidget(button_, bars_->rowCount() - 1, 2);
+}
+
 void ProgressPanel::SayRate(const QString& rate) { rate_->setText(rate); }
 
 }  // namespace quillcast::desktop

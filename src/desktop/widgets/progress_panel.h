@@ -29,6 +29,8 @@ class ProgressPanel final : public QWidget {
   void SayRate(const QString& rate);
   // Before that button, on its line: the one that begins the work, where it has one of its own.
   void AddBeside(QPushButton* button);
+  // Beside the last bar, where the panel shares its line with something else; then no rate is said.
+  void PutButtonBesideBar();
   // A window may let it say what pressing it does at the time.
   QPushButton* button() const { return button_; }
 
