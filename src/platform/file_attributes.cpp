@@ -33,7 +33,7 @@ bool IsOrIsWithin(const fs::path& path, const fs::path& kept) {
   if (kept.empty()) return false;
   return std::any_of(kCompanions.begin(), kCompanions.end(), [&](const char* companion) {
     const fs::path own = kept.string() + companion;
-    // A second name of the same file is told by its device and number.
+    // A hard link to what is kept is told by its device and number; one to a file within a folder that is kept is not.
     return IsWithin(path, OnePath(own)) || fs::equivalent(path, own, IgnoreErrors());
   });
 }

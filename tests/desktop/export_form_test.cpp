@@ -225,7 +225,9 @@ class ExportFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), asked);
     QCOMPARE(box.text(), "");
     QVERIFY(scene.Status().contains("locked.txt is locked and was left as it is."));
-    box.setText(PathToQt(file));  // typed, it is not asked about, and not replaced
+    box.clear();
+    QTest::keyClicks(&box, PathToQt(file));  // typed, it is not asked about, and not replaced
+    QVERIFY2(scene.Status().contains("Browse for it to have it unlocked."), qPrintable(scene.Status()));
     QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
     QCOMPARE(test::ReadAll(file), "old");
     box.clear();
@@ -236,6 +238,28 @@ class ExportFormTest : public QObject {
     QCOMPARE(scene.Status(), PathToQt(file.filename()) + " is there already; the export replaces it.");
     QCOMPARE(scene.Export(), "inform: 1 recipients exported successfully.");
     QCOMPARE(test::ReadAll(file), "a@x.org\r\n");
+  }
+
+  void aPathThatIsTypedTellsWhatStandsThere() {
+    Scene scene;
+    scene.OpenReady();
+    auto& box = scene.Find<QLineEdit>("BrowseTextBox");
+    const auto list = PathToQt(scene.rig.folder.Write("list", "old"));
+    std::filesystem::create_symlink(scene.rig.folder / "list", scene.rig.folder / "link");
+    std::filesystem::create_symlink(scene.rig.folder / "nothing", scene.rig.folder / "open");
+    const auto folder = PathToQt(scene.rig.folder.path()) + '/';
+    for (const auto& [path, told] :
+         {std::pair(list, QString("list is there already; the export replaces it.")),
+          std::pair(list + ".txt", QString()), std::pair(folder, QString()), std::pair(folder + "open", QString()),
+          std::pair(folder + "link", "link is a link to " + list + "; the export replaces what is there."),
+          std::pair(PathToQt(scene.rig.folders.Database()),
+                    "Cannot write " + PathToQt(scene.rig.folders.Database()) +
+                        ": the program keeps its own files there. Name another file.")}) {
+      box.clear();
+      QTest::keyClicks(&box, path);
+      QCOMPARE(scene.Status(), told);
+    }
+    QCOMPARE(scene.rig.Shown(), "");
   }
 
   void aFailureIsToldInTheStatusLine() {

@@ -56,7 +56,7 @@ RecipientExportForm::RecipientExportForm(const profile::Program& program, const 
       give_up_(*this, *task_, *progress_->button(), program.prompts) {
   MakeWindow();
   connect(browse_, &QPushButton::clicked, this, &RecipientExportForm::Browse);
-  connect(file_, &QLineEdit::textEdited, this, [this] { status_->Say({}); });  // it was said of another file
+  connect(file_, &QLineEdit::textEdited, this, &RecipientExportForm::SayWhatIsThere);
   connect(chosen_fields_, &QRadioButton::toggled, this, &RecipientExportForm::EnableControls);
   connect(export_, &QPushButton::clicked, this, &RecipientExportForm::Export);
   connect(progress_, &ProgressPanel::Pressed, this, &RecipientExportForm::reject);
@@ -121,12 +121,17 @@ void RecipientExportForm::Browse() {
     status_->Fail(may_write.error());
   } else if (*may_write) {
     file_->setText(PathToQt(file));
-    const bool is_there = std::filesystem::exists(file, IgnoreErrors());
-    status_->Say(is_there ? tr("%1 is there already; the export replaces it.").arg(PathToQt(file.filename()))
-                          : QString());
+    SayWhatIsThere();
   } else {
     status_->Say(InWords(platform::LeftLocked(file)));
   }
+}
+
+// What was said of another path is no longer true either.
+void RecipientExportForm::SayWhatIsThere() {
+  const auto told = recipients::DescribeTarget(PathFromQt(file_->text()), program_.folders.OwnFiles());
+  if (!told) return status_->Fail(told.error());
+  status_->Say(*told ? InWords(**told) : QString());
 }
 
 recipients::ExportForm RecipientExportForm::Form() const {
@@ -165,9 +170,8 @@ void RecipientExportForm::Export() {
   }
 }
 
-// A rename would replace a file that is locked all the same; who wants that is asked when browsing for it.
 void RecipientExportForm::LeaveLocked(const std::filesystem::path& file) {
-  status_->Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Browse for it to have it unlocked."});
+  status_->Fail(recipients::TargetIsLocked(file));
   program_.prompts.Inform(recipients::ExportSummary(0));
 }
 

@@ -47,6 +47,7 @@ class RecipientExportForm final : public QDialog {
   recipients::ExportForm Form() const;
   recipients::ExportRequest Request() const;
   void Export();
+  void SayWhatIsThere();
   void LeaveLocked(const std::filesystem::path& file);
   void Start();
   void TakeProgress();
