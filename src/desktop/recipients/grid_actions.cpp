@@ -35,8 +35,7 @@ Result<QString> TextOfRows(const RecipientStore& store, std::span<const std::int
 GridActions::GridActions(RecipientRows* rows, RowList* list)
     : QObject(list), rows_(rows), list_(list), type_ahead_(new BackgroundTask(this)), copy_(new BackgroundTask(this)) {
   list_->setContextMenuPolicy(Qt::ActionsContextMenu);
-  connect(list_, &RowList::ChosenChanged, this, [this] { is_neighbour_ = false; });
-  connect(list_, &RowList::pressed, this, [this] { is_neighbour_ = false; });
+  connect(list_, &RowList::ChosenChanged, this, [this] { means_current_ = false; });
   list_->OnTyping([this](const QString& text) { TypeAhead(text); });
   Add("CopyAction", tr("&Copy as Text"), QKeySequence::Copy, [this] { Copy(); });
   Add("SelectAllAction", tr("Select &All"), QKeySequence::SelectAll, [this] { list_->selectAll(); });
@@ -72,7 +71,7 @@ void GridActions::ShowOrder(recipients::ViewOrder order) {
 }
 
 std::optional<GridActions::OneRow> GridActions::TakeOne() {
-  const std::vector<std::size_t> chosen = list_->Chosen();
+  const std::vector<std::size_t> chosen = Meant();
   if (chosen.empty()) return {};
   const auto current = static_cast<std::size_t>(std::max(list_->currentIndex().row(), 0));
   const std::size_t row = std::binary_search(chosen.begin(), chosen.end(), current) ? current : chosen.front();
@@ -96,15 +95,25 @@ std::vector<std::int64_t> GridActions::ChosenKeys() const {
   return keys;
 }
 
-void GridActions::Remove(std::span<const std::size_t> rows) {
+std::vector<std::size_t> GridActions::Meant() const {
+  auto rows = list_->Chosen();
+  if (rows.empty() && means_current_ && list_->currentIndex().isValid())
+    rows.push_back(static_cast<std::size_t>(list_->currentIndex().row()));
+  return rows;
+}
+
+void GridActions::Remove(std::span<const std::size_t> rows, Nearest nearest) {
   const recipients::ListPlace before = Place();
   const auto left_above = [rows](std::size_t row) {
     return row - static_cast<std::size_t>(std::lower_bound(rows.begin(), rows.end(), row) - rows.begin());
   };
   rows_->Remove(rows);
   list_->Reset(rows_->size());
-  GoTo({left_above(before.current), left_above(before.top), before.height});
-  is_neighbour_ = true;
+  const recipients::ListPlace place{left_above(before.current), left_above(before.top), before.height};
+  if (nearest == Nearest::kChosen || rows_->size() == 0) return GoTo(place);
+  list_->MakeCurrent(std::min(place.current, rows_->size() - 1));
+  list_->verticalScrollBar()->setValue(static_cast<int>(place.top));
+  means_current_ = true;
 }
 
 recipients::ListPlace GridActions::Place() const {

@@ -27,19 +27,23 @@ class GridActions final : public QObject {
   void AddOrders();
   void ShowOrder(recipients::ViewOrder order);
 
-  // The row that a command on one recipient is for, as it is in the store now: the current one, where it is chosen.
-  // Where several are chosen, Said says which it is; where it cannot be read, Failed says why, and there is none.
+  // The row that a command on one recipient is for, as it is in the store now: the current one of those that Meant
+  // gives. Where several are chosen, Said says which it is; where it cannot be read, Failed says why, and there is
+  // none.
   struct OneRow {
     std::size_t row = 0;
     recipients::GridRow texts;
   };
   std::optional<OneRow> TakeOne();
   std::vector<std::int64_t> ChosenKeys() const;
-  // False after Remove, until the person chooses again: what a command does to all where nobody is chosen, it then does
-  // to all, and not to the neighbour of somebody who was deleted.
-  bool is_chosen_by_person() const { return !is_neighbour_; }
-  // Takes rows away, from above to below. The nearest row is the current one then, and nothing scrolls.
-  void Remove(std::span<const std::size_t> rows);
+  // What a command means that names who it is for before it does anything: the chosen rows, or else the current one
+  // since a Remove that chose nobody.
+  std::vector<std::size_t> Meant() const;
+  // The nearest row to those that were taken away is the current one. It is chosen too only where no command does
+  // something to all as long as nobody is chosen: what looks chosen is what every command takes.
+  enum class Nearest : std::uint8_t { kChosen, kCurrent };
+  // Takes rows away, from above to below; nothing scrolls.
+  void Remove(std::span<const std::size_t> rows, Nearest nearest);
   recipients::ListPlace Place() const;
   // After other rows were put into the list.
   void GoTo(const recipients::ListPlace& place);
@@ -58,7 +62,7 @@ class GridActions final : public QObject {
   RowList* list_;
   BackgroundTask* type_ahead_;
   BackgroundTask* copy_;
-  bool is_neighbour_ = false;
+  bool means_current_ = false;
   QString typed_;
   QElapsedTimer since_typed_;
 };

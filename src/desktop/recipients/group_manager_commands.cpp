@@ -152,7 +152,7 @@ void GroupManagerForm::Delete() {
       },
       [this, chosen](const Result<std::int64_t>& gone) {
         if (!gone) return FailWork(gone.error());
-        actions_->Remove(chosen);
+        actions_->Remove(chosen, GridActions::Nearest::kChosen);
         count_ -= static_cast<std::int64_t>(chosen.size());
         ShowTotal();
         ShowUndo();
@@ -288,6 +288,7 @@ void GroupManagerForm::Undo() {
                                : Counted(outcome->left, tr("All is as it was, but for 1 that was changed since."),
                                          tr("All is as it was, but for %1 that were changed since.")));
         const bool was_deleted = outcome->step.kind == recipients::EditKind::kDeleteGroup;
+        if (was_deleted) view_ = {};  // another group is shown, as whoever chooses one sees it
         FillGroups(was_deleted ? ToQt(outcome->step.group) : Group());
         TellGroups();
         ShowUndo();

@@ -106,6 +106,7 @@ void RecipientSearchForm::MakeWindow() {
   what->Add("EntryTextBox", tr("Search &term:"), term_, {search_});
   column->Add(grid_, 1);
   column->Add(status_);
+  work_->ShareLine();
   column->Add(work_);
   work_->hide();
   AddButtons(column);
@@ -239,10 +240,15 @@ void RecipientSearchForm::End(Kind kind, const Result<void>& done) {
 
 void RecipientSearchForm::SayFound() {
   const auto found = static_cast<std::int64_t>(rows_->size());
+  if (!told_.isEmpty()) {
+    grid_->SetEmptyText(tr("Nobody is left of those who were found."));
+    const QString left =
+        found == 0 ? tr("Nobody is left.") : Counted(found, tr("1 recipient is left."), tr("%1 recipients are left."));
+    return status_->Say(told_ + ' ' + left);
+  }
   grid_->SetEmptyText(tr("Nobody here. Look for less of it, by “Contains”, or in “All fields”."));
-  const QString count = found == 0 ? tr("Nobody was found.")
-                                   : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found."));
-  status_->Say(told_.isEmpty() ? count : told_ + ' ' + count);
+  status_->Say(found == 0 ? tr("Nobody was found.")
+                          : Counted(found, tr("1 recipient was found."), tr("%1 recipients were found.")));
 }
 
 void RecipientSearchForm::reject() {

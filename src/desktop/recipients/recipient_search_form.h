@@ -59,10 +59,10 @@ class RecipientSearchForm final : public QDialog {
   std::vector<std::size_t> RowsOf(const std::vector<std::int64_t>& keys) const;
   void Modify();
   void Delete();
-  void Deleted(const std::vector<std::size_t>& rows);
+  void Deleted(const std::vector<std::size_t>& rows, std::int64_t count);
   void Move();
   void Print();
-  // The keys of the chosen rows, or of all that were found where the person chose none.
+  // The keys of the chosen rows, or of all that were found where none is chosen.
   std::vector<std::int64_t> ChosenOrAll() const;
 
   const profile::Program& program_;

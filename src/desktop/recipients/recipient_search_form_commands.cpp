@@ -18,7 +18,7 @@
 namespace quillcast::desktop {
 
 bool RecipientSearchForm::HasChosen() {
-  const auto complaint = recipients::CheckFoundChosen(!grid_->Chosen().empty());
+  const auto complaint = recipients::CheckFoundChosen(!actions_->Meant().empty());
   if (!complaint) return true;
   program_.prompts.Warn(complaint->message);
   grid_->setFocus();
@@ -50,7 +50,8 @@ void RecipientSearchForm::Modify() {
 
 void RecipientSearchForm::Delete() {
   if (!HasChosen()) return;
-  const std::vector<std::int64_t> keys = actions_->ChosenKeys();
+  std::vector<std::int64_t> keys;
+  for (const std::size_t row : actions_->Meant()) keys.push_back(rows_->keys()[row]);
   Sentence question = recipients::DeleteSeveralQuestion(static_cast<std::int64_t>(keys.size()), FromQt(group_));
   if (keys.size() == 1) {
     const auto one = actions_->TakeOne();
@@ -63,20 +64,21 @@ void RecipientSearchForm::Delete() {
         return recipients::DeleteRecipients(store, group, keys, recipients::DeletedFrom::kSearchResults, progress);
       },
       [this, keys](const Result<std::int64_t>& deleted) {
-        if (deleted) return Deleted(RowsOf(keys));
+        if (deleted) return Deleted(RowsOf(keys), *deleted);
         status_->Say(InWords(deleted.error()), work_->KindOfFailure());
       });
 }
 
-void RecipientSearchForm::Deleted(const std::vector<std::size_t>& rows) {
+void RecipientSearchForm::Deleted(const std::vector<std::size_t>& rows, std::int64_t count) {
   has_changed_ = true;
-  actions_->Remove(rows);
+  actions_->Remove(rows, GridActions::Nearest::kCurrent);
   grid_->setFocus();
+  told_ = Counted(count, tr("1 recipient was deleted."), tr("%1 recipients were deleted."));
   SayFound();
 }
 
 std::vector<std::int64_t> RecipientSearchForm::ChosenOrAll() const {
-  const auto keys = actions_->is_chosen_by_person() ? actions_->ChosenKeys() : std::vector<std::int64_t>();
+  const auto keys = actions_->ChosenKeys();
   return keys.empty() ? rows_->keys() : keys;
 }
 

@@ -173,6 +173,10 @@ void RowList::keyboardSearch(const QString& text) {
 
 void RowList::Choose(std::size_t row) { setCurrentIndex(rows_->index(static_cast<int>(row), 0)); }
 
+void RowList::MakeCurrent(std::size_t row) {
+  selectionModel()->setCurrentIndex(rows_->index(static_cast<int>(row), 0), QItemSelectionModel::NoUpdate);
+}
+
 void RowList::resizeEvent(QResizeEvent* event) {
   QTableView::resizeEvent(event);
   Fit();

@@ -73,6 +73,8 @@ class RowList final : public QTableView {
   // From above to below.
   std::vector<std::size_t> Chosen() const;
   void Choose(std::size_t row);
+  // Puts the ring round it that the keyboard goes on from, and chooses nobody.
+  void MakeCurrent(std::size_t row);
   // What a person types is handed on, instead of looking through every row for it.
   void OnTyping(std::function<void(const QString& text)> typed) { typed_ = std::move(typed); }
   void keyboardSearch(const QString& text) override;
