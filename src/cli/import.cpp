@@ -9,6 +9,7 @@
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
 #include "recipients/import/kept_mappings.h"
+#include "recipients/import/taken_fields.h"
 #include "recipients/recipient_store.h"
 
 namespace quillcast::cli {
@@ -139,7 +140,8 @@ int ListMappings(Context& context, const profile::SettingsStore& settings) {
                            {"rfc4180", kept.rfc4180},
                            {"skip", kept.skip},
                            {"sheet", kept.sheet},
-                           {"encoding", kept.encoding}});
+                           {"encoding", kept.encoding},
+                           {"columns", recipients::ColumnsText(kept.columns)}});
   }
   return 0;
 }
@@ -184,8 +186,10 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--skip", options.skip, "Leave so many lines at the beginning out")->check(NumberOfLines);
   import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
   import.add_option("--sheet", options.sheet,
-                    "Of a spreadsheet, the name of the sheet (else the first that is filled)");
-  import.add_option("--encoding", options.encoding, "What the file is encoded in, where it is not found out rightly");
+                    "Of a spreadsheet, the name of the sheet (else, or with \"\", the first that is filled)");
+  import.add_option("--encoding", options.encoding,
+                    "What the file is encoded in, where it is not found out rightly; Auto has it found out, whatever a "
+                    "kept mapping says");
 }
 
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {

@@ -19,6 +19,10 @@ using recipients::KeptMapping;
 constexpr std::size_t kPreviewLines = 5;
 constexpr std::size_t kLongestShown = 200;  // bytes of a field
 constexpr std::string_view kFindOut = "Auto";
+constexpr const char* kHowToTake =
+    "--map takes the first eighteen fields. --take makes others the ones that it takes: with --take 25,1,2, Field 25 "
+    "is "
+    "number 1.";
 
 Error WaysOfMapping(const char* what) {
   return {Failure::kUsage, what,
@@ -32,12 +36,8 @@ Result<void> CheckWays(const ImportOptions& options) {
   if (ways > 1) return WaysOfMapping("An import takes either --harvest or --map, --header or --mapping.");
   if (ways == 0 && !options.preview)
     return WaysOfMapping("An import takes either --harvest or one of --map, --header and --mapping.");
-  if (!options.take.empty() && options.harvest)
+  if (options.take && options.harvest)
     return WaysOfMapping("--take does not go with --harvest, which looks at all columns.");
-  if (!options.take.empty() && !options.save_mapping.empty()) {
-    return Error{Failure::kUsage, "--save-mapping does not keep which columns are taken.",
-                 "Leave it out, or reorder the columns of the file and leave --take out."};
-  }
   if (options.quotes && options.rfc4180) {
     return Error{
         Failure::kUsage, "--quotes and --rfc4180 exclude each other.",
@@ -71,8 +71,9 @@ Result<void> TakeDelimiter(const ImportOptions& options, const std::string& code
 }
 
 Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions& reading) {
-  if (!options.sheet.empty()) reading.sheet = options.sheet;
-  if (!options.encoding.empty()) reading.encoding = options.encoding;
+  if (options.sheet) reading.sheet = *options.sheet;
+  if (options.encoding)
+    reading.encoding = platform::EqualsIgnoringAsciiCase(*options.encoding, kFindOut) ? "" : *options.encoding;
   if (options.format.empty() || platform::EqualsIgnoringAsciiCase(options.format, kFindOut)) return {};
   const auto format = recipients::FormatOfName(options.format);
   if (!format) {
@@ -145,6 +146,7 @@ void TakeKept(const KeptMapping& kept, ImportPlan& plan) {
   request.skip = kept.skip;
   request.reading.sheet = kept.sheet;
   request.reading.encoding = kept.encoding;
+  request.reading.columns = kept.columns;
 }
 
 std::string MappedHeadings(const ImportPlan& plan) {
@@ -219,8 +221,8 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
   request.dry_run = options.dry_run;
   request.skip = options.skip.value_or(request.skip);
-  if (!options.take.empty()) {
-    auto columns = recipients::ParseColumns(options.take);
+  if (options.take) {
+    auto columns = recipients::ParseColumns(*options.take);
     if (!columns) return columns.error();
     request.reading.columns = std::move(*columns);
   }
@@ -249,7 +251,8 @@ Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan,
                                             .rfc4180 = request.reading.rfc4180,
                                             .skip = request.skip,
                                             .sheet = request.reading.sheet,
-                                            .encoding = request.reading.encoding});
+                                            .encoding = request.reading.encoding,
+                                            .columns = request.reading.columns});
 }
 
 void TellPlan(Context& context, const ImportPlan& plan) {
@@ -267,6 +270,7 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
     reading.rfc4180 = false;
     reading.delimiter = '\n';
   }
+  reading.most_fields = recipients::kFieldsForHeadings;  // those behind the eighteenth can be taken too
   const auto sample = recipients::ReadSample(request.file, reading, codeset, kPreviewLines, request.skip);
   if (!sample) return context.output.Fail(sample.error());
   request.quotes = request.quotes && recipients::MayHaveQuotes(sample->facts.format);
@@ -281,6 +285,7 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
     context.output.Object(object);
   }
   for (const auto& sentence : recipients::Describe(sample->facts)) context.output.Note(sentence.InEnglish());
+  if (request.mapping.IsAllIgnore() && recipients::HasMoreFields(*sample)) context.output.Note(kHowToTake);
   if (!plan.left_out.empty()) context.output.Note(plan.left_out);
   return 0;
 }

@@ -16,17 +16,17 @@ struct ImportOptions {
   bool harvest = false;
   std::string map;
   bool header = false;
-  std::string take;          // columns, "25,1,2"
-  std::string mapping;       // of a kept one, its name
-  std::string save_mapping;  // the name to keep it under
-  std::string delimiter;     // empty: that of the kept mapping, or Comma
+  std::optional<std::string> take;  // columns, "25,1,2"; blank: all, whatever the kept mapping takes
+  std::string mapping;              // of a kept one, its name
+  std::string save_mapping;         // the name to keep it under
+  std::string delimiter;            // empty: that of the kept mapping, or Comma
   bool quotes = false;
   bool rfc4180 = false;
   std::optional<std::int64_t> skip;
   bool opt_in = false;
-  std::string encoding;
-  std::string format;  // empty: found out
-  std::string sheet;   // empty: the first with anything in it
+  std::optional<std::string> encoding;  // blank or "Auto": found out, whatever the kept mapping says; so the next one
+  std::string format;                   // empty: found out
+  std::optional<std::string> sheet;     // blank: the first with anything in it
   bool preview = false;
   bool dry_run = false;
   bool list_mappings = false;

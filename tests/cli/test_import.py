@@ -76,12 +76,17 @@ class Import(Case):
         self.assertEqual((code, said[0]["mapping"], said[0]["warnings"]), (0, "Email Address=1,City=2,Phone=3", []), err)
         self.assertEqual(self.recipients("Email Address", "City", "Phone"),
                          [("ada@r.example", "Oslo", "22"), ("bob@r.example", "", "")])
-        code, said, err = self.run_import(wide, "-g", "All", "--map", "Email Address=2", "--take", "1,25", "--opt-in")
+        code, said, err = self.run_import(wide, "--preview")
+        self.assertEqual((said[2]["Field 18"], said[2]["Field 25"]), ("", "ada@r.example"))
+        self.assertIn("with --take 25,1,2, Field 25 is number 1", err)
+        code, said, err = self.run_import(wide, "-g", "All", "--map", "Email Address=2", "--take", "1,25", "--opt-in", "--save-mapping", "Wide")
         self.assertEqual((code, said[0]["added"], said[0]["ignored"]), (0, 0, 1), err)  # ada is there
+        self.assertEqual(self.run_import(wide, "--mapping", "Wide", "--preview")[1][2], {"line": 2, "Email Address": "ada@r.example"})
+        self.assertEqual(self.run_import("--list-mappings")[1][0]["columns"], "1,25")
+        self.assertEqual(self.run_import(wide, "--mapping", "Wide", "--take", "", "--preview")[1][2], {"line": 2, "Email Address": ""})
         for take, more, told in (("0", ["--header"], '"0" is no column'), ("a", ["--header"], '"a" is no column'),
                                  (",".join(["1"] * 19), ["--header"], "19 columns are too many"),
-                                 ("1", ["--harvest"], "does not go with --harvest"),
-                                 ("1", ["--header", "--save-mapping", "X"], "does not keep which columns")):
+                                 ("1", ["--harvest"], "does not go with --harvest")):
             code, _, err = self.run_import(half, "-g", "All", "--take", take, *more, "--opt-in")
             self.assertEqual(code, 64, err)
             self.assertIn(told, err)
@@ -92,8 +97,12 @@ class Import(Case):
                         "--skip", "2", "--sheet", "March", "--encoding", "KOI8-R", "--save-mapping", "Mine", "--preview")
         self.assertEqual(self.run_import("--list-mappings")[1],
                          [{"name": "Mine", "mapping": "Email Address=1,First Name=2", "delimiter": "Tab", "quotes": True,
-                           "rfc4180": False, "skip": 2, "sheet": "March", "encoding": "KOI8-R"}])
+                           "rfc4180": False, "skip": 2, "sheet": "March", "encoding": "KOI8-R", "columns": ""}])
         self.assertIn("Encoding: KOI8-R", self.ok("import", list_, "--mapping", "Mine", "--preview"))
+        self.assertIn("Encoding: UTF-8", self.ok("import", list_, "--mapping", "Mine", "--encoding", "auto", "--preview"))
+        self.run_import(list_, "--mapping", "Mine", "--sheet", "", "--encoding", "", "--save-mapping", "Bare", "--preview")
+        self.assertEqual([kept["sheet"] + kept["encoding"] for kept in self.run_import("--list-mappings")[1]], ["", "MarchKOI8-R"])
+        self.run_import("--delete-mapping", "Bare")
         code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--opt-in")
         self.assertEqual((code, said[0]["added"]), (65, 0), "both lines are skipped")
         code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--skip", "0", "--dry-run")

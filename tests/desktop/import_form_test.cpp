@@ -183,8 +183,10 @@ class ImportFormTest : public QObject {
     scene.Pick(std::string(24, ',') + "Email\n" + std::string(24, ',') + "ada@x.org\n", "wide.csv");
     QTRY_VERIFY(scene.Find<QWidget>("ProposeButton").isEnabled());
     scene.Press("ProposeButton");
-    QVERIFY2(scene.Warnings().contains("“Email”") && scene.Warnings().contains("quillcast import --take 25”"),
-             qPrintable(scene.Warnings()));
+    QTRY_COMPARE(scene.Find<QComboBox>("ComboBox1").currentText(), "Field 1 = Email");
+    QCOMPARE(scene.Find<QLineEdit>("ColumnsTextBox").text() + ": " + scene.Sample(), "25: ada@x.org");
+    QCOMPARE(scene.Warnings(), "");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 1, 0));
     scene.Press("QuotationCheckBox");
     scene.Pick("Ada,ada@x.org\n", "other.txt");
     QVERIFY(!scene.Find<QAbstractButton>("QuotationCheckBox").isChecked());  // it was for the other file
@@ -195,6 +197,45 @@ class ImportFormTest : public QObject {
       QVERIFY2(!scene.Find<QWidget>(name).isEnabled(), name);
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
     QVERIFY2(scene.Addresses().endsWith("vcard@x.org,Ada"), qPrintable(scene.Addresses()));
+  }
+
+  void columnsBehindTheEighteenthAreTaken() {
+    Scene scene;
+    const std::string far(24, ';');
+    scene.OpenWith("Name" + far + "Post\nAda" + far + "ada@x.org\nBob" + far + "bob@x.org\n");
+    scene.Press("RadioButton2");
+    QVERIFY2(scene.Status().contains("“Columns” makes others"), qPrintable(scene.Status()));
+    const auto type = [&scene](const char* columns) {
+      auto& box = scene.Find<QLineEdit>("ColumnsTextBox");
+      box.setFocus();
+      box.selectAll();
+      QTest::keyClicks(&box, columns);
+      QTest::keyClick(&box, Qt::Key_Tab);
+    };
+    scene.GetData();
+    scene.Step("ComboBox1", 1);
+    type("0");
+    QCOMPARE(scene.Status(), "\"0\" is no column of a list. Name columns by their numbers, as in \"25,1,2\".");
+    QCOMPARE(scene.Import(), "");  // and nothing is imported of other columns than the box says
+    type("25, 1");
+    QCOMPARE(scene.Mapped(), "||");  // the fields are others
+    QTRY_COMPARE(scene.Sample(), "Post|Name / ada@x.org|Ada / bob@x.org|Bob");
+    QCOMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
+    scene.Press("SkipCheckBox");
+    scene.Step("ComboBox1", 1);
+    scene.Step("ComboBox3", 2);
+    QCOMPARE(scene.Keep("Shop").columns, (std::vector<std::size_t>{25, 1}));
+    scene.Pick("x\n", "other.csv");
+    QCOMPARE(scene.Find<QLineEdit>("ColumnsTextBox").text(), "");  // they were the other file's
+    scene.Pick("a" + far + "b\nZoe" + far + "zoe@x.org\n", "next.csv");
+    scene.Step("MappingComboBox", 1);
+    QTest::keyClick(&scene.Find<QWidget>("ApplyMappingButton"), Qt::Key_Space);
+    QTRY_COMPARE(scene.Mapped(), "Field 1 = b|Field 2 = a|Ignore");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QVERIFY2(scene.Addresses().endsWith(" zoe@x.org,Zoe"), qPrintable(scene.Addresses()));
+    scene.Press("RadioButton1");  // a harvest looks at all of them
+    type("1");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 1, 0));
   }
 
   // What is ticked counts where it can be ticked.

@@ -43,16 +43,16 @@ QCheckBox* NamedBox(const char* name, const QString& text, QWidget* parent) {
   return box;
 }
 
-// Beside each other in the list's parent.
-void PutCaption(const QString& text, const char* name, QComboBox* list) {
-  list->setObjectName(name);
-  list->setAccessibleName(QString(text).remove('&').remove(':'));
-  auto* caption = new QLabel(text, list->parentWidget());
-  caption->setBuddy(list);
-  auto* line = new QHBoxLayout(list->parentWidget());
+// Beside each other in the field's parent.
+void PutCaption(const QString& text, const char* name, QWidget* field) {
+  field->setObjectName(name);
+  field->setAccessibleName(QString(text).remove('&').remove(':'));
+  auto* caption = new QLabel(text, field->parentWidget());
+  caption->setBuddy(field);
+  auto* line = new QHBoxLayout(field->parentWidget());
   line->setContentsMargins({});
   line->addWidget(caption);
-  line->addWidget(list);
+  line->addWidget(field);
 }
 
 }  // namespace
@@ -77,6 +77,8 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
       quotes_(NamedBox("QuotationCheckBox", tr("Fields are enclosed in &quotes"), this)),
       rfc4180_(NamedBox("Rfc4180CheckBox", tr("Quotes as spreadsheets &write them (RFC 4180)"), this)),
       skip_(NamedBox("SkipCheckBox", tr("Leave the first line o&ut, it has headings"), this)),
+      take_(new QWidget(this)),
+      columns_box_(new QLineEdit(take_)),
       get_data_(NamedButton("GetDataButton", tr("&Get Data"), this)),
       propose_(NamedButton("ProposeButton", tr("&Map by Headings"), this)),
       status_(new StatusLine(this)),
@@ -149,7 +151,11 @@ void RecipientImportForm::AddModes(FormColumn* column) {
 }
 
 void RecipientImportForm::AddMapping(FormColumn* column) {
-  column->AddLine({get_data_, propose_, skip_, nullptr});
+  PutCaption(tr("&Columns:"), "ColumnsTextBox", columns_box_);
+  columns_box_->setPlaceholderText(tr("All, or “25,1,2”"));
+  columns_box_->setToolTip(PlainTip(
+      tr("The columns of the file that are its fields here, by their numbers and in this order; eighteen at most.")));
+  column->AddLine({get_data_, propose_, skip_, take_});
   mapping_->setMinimumSize(300, 130);
   table_->setMinimumHeight(130);
   column->AddLine({mapping_, table_}, 1);
@@ -174,6 +180,7 @@ void RecipientImportForm::ConnectControls() {
   for (QComboBox* list : {sheet_, encoding_})
     connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
   connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, &RecipientImportForm::LookAgain);
+  connect(columns_box_, &QLineEdit::editingFinished, this, &RecipientImportForm::TakeColumns);
   connect(rfc4180_, &QCheckBox::toggled, this, [this] {
     EnableControls();
     LookAgain();
@@ -223,6 +230,7 @@ void RecipientImportForm::EnableControls() {
   quotes_->setEnabled(is_delimited && is_text && !rfc4180_->isChecked());
   rfc4180_->setEnabled(is_delimited && is_text && !quotes_->isChecked());
   skip_->setEnabled(is_delimited && !recipients::HasKnownFields(format));
+  take_->setEnabled(is_delimited && !recipients::HasKnownFields(format));
   propose_->setEnabled(is_delimited && proposed_.has_value());
 }
 

@@ -54,7 +54,8 @@ class RecipientImportForm final : public QDialog {
   struct Wish {
     bool is_new_file = false;  // its delimiter is found out
     bool fills_lists = false;
-    bool applies = false;  // a mapping that waits for the fields
+    bool applies = false;   // a mapping that waits for the fields
+    bool proposes = false;  // the headings, once the columns that have them are taken
   };
   // What a look at the file came to.
   struct Look {
@@ -97,6 +98,8 @@ class RecipientImportForm final : public QDialog {
   void OfferFields();
   void TakeHeading(int source, std::size_t field);
   void Propose();
+  bool TakeColumns();
+  void ShowColumns(const std::vector<std::size_t>& columns);
   recipients::KeptMapping Current() const;
   void KeepMapping();
   void ApplyMapping(const recipients::KeptMapping& kept);
@@ -132,6 +135,8 @@ class RecipientImportForm final : public QDialog {
   QCheckBox* quotes_;
   QCheckBox* rfc4180_;
   QCheckBox* skip_;
+  QWidget* take_;
+  QLineEdit* columns_box_;
   QPushButton* get_data_;
   QPushButton* propose_;
   StatusLine* status_;
@@ -156,6 +161,7 @@ class RecipientImportForm final : public QDialog {
   bool delimiter_is_picked_ = false;                    // for this file, by the person or with a mapping
   bool sheet_is_picked_ = false;                        // as well
   bool was_set_back_ = false;                           // the mapping, for the file is another one
+  std::vector<std::size_t> columns_;                    // of the file that are its fields here; none: all
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
   std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there

@@ -11,6 +11,7 @@
 #include "desktop/recipients/kept_mapping_box.h"
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
 #include "recipients/import/taken_fields.h"
 
 namespace quillcast::desktop {
@@ -58,11 +59,36 @@ void RecipientImportForm::TakeHeading(int source, std::size_t field) {
   mapping_->Choose(mapping);
 }
 
+// What stands behind the eighteenth comes among the fields first.
 void RecipientImportForm::Propose() {
   if (!proposed_ || !sample_ || sample_->lines.empty()) return;
+  if (!proposed_->beyond.empty()) {
+    ShowColumns(proposed_->columns);
+    mapping_->Offer({});
+    return LookAtFile({.fills_lists = true, .proposes = true});
+  }
   SkipLines(proposed_->skip);
   OfferFields();
   mapping_->Choose(proposed_->mapping);
+}
+
+void RecipientImportForm::ShowColumns(const std::vector<std::size_t>& columns) {
+  columns_ = columns;
+  columns_box_->setText(ToQt(recipients::ColumnsText(columns)));
+}
+
+// False where the box names no columns. Where they are others than before, the fields that were chosen are others too.
+bool RecipientImportForm::TakeColumns() {
+  auto columns = recipients::ParseColumns(FromQt(columns_box_->text()));
+  if (!columns) {
+    status_->Fail(columns.error());
+    return false;
+  }
+  if (*columns == columns_) return true;
+  columns_ = std::move(*columns);
+  mapping_->Offer({});
+  LookAtFile({.fills_lists = true});
+  return true;
 }
 
 recipients::KeptMapping RecipientImportForm::Current() const {
@@ -73,7 +99,8 @@ recipients::KeptMapping RecipientImportForm::Current() const {
           .rfc4180 = rfc4180_->isChecked(),
           .skip = SkippedLines(),
           .sheet = sheet_is_picked_ ? Reading().sheet : std::string(),
-          .encoding = Reading().encoding};
+          .encoding = Reading().encoding,
+          .columns = columns_};
 }
 
 void RecipientImportForm::KeepMapping() {
@@ -107,6 +134,7 @@ void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
   quotes_->setChecked(kept.quotes);
   rfc4180_->setChecked(kept.rfc4180 && !kept.quotes);
   SkipLines(kept.skip);
+  ShowColumns(kept.columns);
   TakeSource(kept);
   waiting_ = kept;
 }

@@ -39,13 +39,15 @@ recipients::ImportForm RecipientImportForm::Form() const {
 
 recipients::ImportRequest RecipientImportForm::Request() const {
   const auto form = Form();
-  return {.file = PathFromQt(file_->text()),
-          .group = form.group,
-          .mode = form.mode,
-          .reading = Reading(),
-          .quotes = TakesQuotesOff(),
-          .mapping = form.mapping,
-          .skip = SkippedLines()};
+  recipients::ImportRequest request{.file = PathFromQt(file_->text()),
+                                    .group = form.group,
+                                    .mode = form.mode,
+                                    .reading = Reading(),
+                                    .quotes = TakesQuotesOff(),
+                                    .mapping = form.mapping,
+                                    .skip = SkippedLines()};
+  if (form.mode == recipients::ImportMode::kHarvest) request.reading.columns.clear();  // it looks at all of them
+  return request;
 }
 
 void RecipientImportForm::FocusOn(recipients::ImportControl control) {
@@ -62,6 +64,7 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
 }
 
 void RecipientImportForm::Import() {
+  if (delimited_->isChecked() && !TakeColumns()) return columns_box_->setFocus();
   if (const auto complaint = recipients::CheckImport(Form())) {
     program_.prompts.Warn(complaint->message);
     FocusOn(*complaint->control);

@@ -73,6 +73,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
   SetBack();
   if (had_file) {
     delimiter_is_picked_ = false;
+    ShowColumns({});
     const QSignalBlocker quiet_quotes(quotes_);
     const QSignalBlocker quiet_rfc4180(rfc4180_);
     quotes_->setChecked(false);
@@ -108,6 +109,7 @@ recipients::ReadingOptions RecipientImportForm::Reading() const {
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
+  reading.columns = columns_;
   return reading;
 }
 
@@ -123,7 +125,7 @@ void RecipientImportForm::LookAtFile(const Wish& wish) {
   if (look_->is_running()) {
     const Wish before = look_again_.value_or(looking_for_);
     look_again_ = Wish{before.is_new_file || wish.is_new_file, before.fills_lists || wish.fills_lists,
-                       before.applies || wish.applies};
+                       before.applies || wish.applies, before.proposes || wish.proposes};
     look_->Cancel();
     return;
   }
@@ -198,6 +200,7 @@ void RecipientImportForm::ShowLook(const Look& look) {
   read_as_ = Reading();  // as the lists say it by now
   read_as_.encoding = encoding;
   ShowSample();
+  if (look.wish.proposes) Propose();
 }
 
 void RecipientImportForm::ShowSample() {
@@ -216,6 +219,8 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
   if (facts.format == recipients::FileFormat::kDelimited && look.delimiter && look.delimiter->is_needed) {
     sentences << tr("The delimiter seems to be “%1”.").arg(Translated(look.delimiter->delimiter.name));
   }
+  if (columns_.empty() && recipients::HasMoreFields(*sample_))
+    sentences << tr("The first 18 fields of a line can be chosen; “Columns” makes others the ones that can.");
   status_->Say(sentences.join(' '));
   odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;

@@ -53,17 +53,21 @@ Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, Readin
   return FindDelimiter(lines);
 }
 
+bool HasMoreFields(const ImportSample& sample) {
+  return std::any_of(sample.lines.begin(), sample.lines.end(), [](const SampleLine& line) {
+    return line.texts.size() > static_cast<std::size_t>(kSourceFields);
+  });
+}
+
 std::optional<Sentence> DescribeBeyond(const ProposedMapping& proposed) {
   if (proposed.beyond.empty()) return {};
   std::string names;
   for (const std::size_t column : proposed.beyond)
     names += (names.empty() ? "“" : ", “") + platform::Printable(proposed.headings[column - 1], kLongestHeading) + "”";
   return SayOf(static_cast<std::int64_t>(proposed.beyond.size()),
-               "{} field stands behind the eighteenth and cannot be chosen: {}. Move it to the front of the file, or "
-               "import it by command, with “{}”.",
-               "{} fields stand behind the eighteenth and cannot be chosen: {}. Move them to the front of the file, or "
-               "import it by command, with “{}”.",
-               names, "quillcast import --take " + ColumnsText(proposed.columns));
+               "{} field stands behind the eighteenth: {}. “Map by Headings” takes it, and so does {} as “Columns”.",
+               "{} fields stand behind the eighteenth: {}. “Map by Headings” takes them, and so does {} as “Columns”.",
+               names, ColumnsText(proposed.columns));
 }
 
 std::optional<Sentence> DescribeNoAddress(const ImportSample& sample, const ImportMapping& mapping, bool quotes,

@@ -31,6 +31,9 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
                                 std::string_view code_page, std::size_t count, std::int64_t skip = 0,
                                 const platform::CancelToken* cancel = nullptr);
 
+// Whether a line has fields behind those that can be chosen by number.
+bool HasMoreFields(const ImportSample& sample);
+
 // By the first lines of the file; other formats than delimited text have no delimiter, and need none. The encoding that
 // it was read in goes into `options` as known, so that who reads the file next need not find that out again.
 Result<FoundDelimiter> FindDelimiterOf(const std::filesystem::path& file, ReadingOptions& options,
@@ -45,7 +48,7 @@ struct ProposedMapping {
   std::vector<std::size_t> beyond = {};
   bool names_address = true;
 };
-// Those headings and the remedy, for whoever maps; nothing where there are none.
+// The headings behind the eighteenth and what takes them, for a window; nothing where there are none.
 std::optional<Sentence> DescribeBeyond(const ProposedMapping& proposed);
 // That no line behind the `skip` first ones has an address where the mapping looks for it; nothing where one has, or
 // where none is looked for.

@@ -6,6 +6,7 @@
 
 #include "platform/text.h"
 #include "recipients/delimiters.h"
+#include "recipients/import/taken_fields.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -41,6 +42,7 @@ KeptMapping FromJson(const std::string& name, const json& row) {
   if (const auto skip = row.value("skip", json()); skip.is_number_integer()) kept.skip = skip.get<std::int64_t>();
   kept.sheet = text("sheet");
   kept.encoding = text("encoding");
+  if (const auto columns = ParseColumns(text("columns"))) kept.columns = *columns;
   return kept;
 }
 
@@ -53,7 +55,8 @@ Result<void> Store(profile::SettingsStore& settings, const std::vector<KeptMappi
                        {"rfc4180", kept.rfc4180},
                        {"skip", kept.skip},
                        {"sheet", kept.sheet},
-                       {"encoding", kept.encoding}};
+                       {"encoding", kept.encoding},
+                       {"columns", ColumnsText(kept.columns)}};
   }
   return settings.Write(kSection, kKey, rows.dump(-1, ' ', false, json::error_handler_t::replace));
 }

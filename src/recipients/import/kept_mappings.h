@@ -17,9 +17,10 @@ struct KeptMapping {
   char delimiter = ',';
   bool quotes = false;
   bool rfc4180 = false;
-  std::int64_t skip = 0;      // lines at the beginning
-  std::string sheet = {};     // of a spreadsheet; empty: none was chosen
-  std::string encoding = {};  // empty: found out of each file
+  std::int64_t skip = 0;                  // lines at the beginning
+  std::string sheet = {};                 // of a spreadsheet; empty: none was chosen
+  std::string encoding = {};              // empty: found out of each file
+  std::vector<std::size_t> columns = {};  // that are taken, and whose places the mapping names; none: all
 
   bool operator==(const KeptMapping&) const = default;
 };

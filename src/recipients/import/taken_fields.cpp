@@ -15,11 +15,12 @@ constexpr std::int64_t kLastColumn = 1'000'000;
 
 Result<std::vector<std::size_t>> ParseColumns(std::string_view text) {
   std::vector<std::size_t> columns;
+  if (platform::Trim(text).empty()) return columns;
   for (const std::string_view part : platform::Split(text, ',')) {
     const auto number = platform::ParseWholeNumber(platform::Trim(part));
     if (!number || *number < 1 || *number > kLastColumn) {
       return Error{Failure::kUsage, Say("\"{}\" is no column of a list.", platform::Trim(part)),
-                   "Name columns by their numbers, as in \"25,1,2\"; --preview shows them."};
+                   "Name columns by their numbers, as in \"25,1,2\"."};
     }
     columns.push_back(static_cast<std::size_t>(*number));
   }

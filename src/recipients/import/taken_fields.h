@@ -10,7 +10,7 @@
 
 namespace quillcast::recipients {
 
-// "25,1,2": the numbers of columns, from 1, eighteen at most. Errors: kUsage.
+// "25,1,2": the numbers of columns, from 1, eighteen at most; none, for all of them, where it is blank. Errors: kUsage.
 Result<std::vector<std::size_t>> ParseColumns(std::string_view text);
 
 // The same as a text.

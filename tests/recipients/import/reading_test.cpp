@@ -132,7 +132,8 @@ TEST(Headings, MapByWhatListsCallTheFields) {
 TEST(KeptMappings, AreFoundByNameUntilDeleted) {
   const test::TemporaryFolder folder;
   profile::SettingsStore settings(folder.path() / "settings.db");
-  KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=25", 25), ';', false, true, 1, "March", "KOI8-R"};
+  KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=25", 25), ';', false, true, 1, "March", "KOI8-R",
+                   {25, 1}};
   const KeptMapping plain{"a", *ParseMapping("Email Address=1"), '\t', true, false, 0};
   EXPECT_TRUE(ListMappings(settings)->empty());
   ASSERT_TRUE(KeepMapping(settings, shop) && KeepMapping(settings, plain));
@@ -152,7 +153,8 @@ TEST(KeptMappings, AreFoundByNameUntilDeleted) {
     ASSERT_TRUE(settings.Write("Import", "Mappings", other));
     EXPECT_TRUE(ListMappings(settings)->empty()) << other;
   }
-  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"map":"Mail=1","skip":"a","quotes":1,"sheet":2}})"));
+  ASSERT_TRUE(
+      settings.Write("Import", "Mappings", R"({"x":{"map":"Mail=1","skip":"a","quotes":1,"sheet":2,"columns":"0"}})"));
   EXPECT_EQ(*FindMapping(settings, "x"), (KeptMapping{.name = "x", .mapping = {}}));
 }
 
