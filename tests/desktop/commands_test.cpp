@@ -51,7 +51,7 @@ constexpr auto kRows = std::to_array<Row>({
      {4, 85},
      "ask: Please consider your environmental responsibility before printing./Do you still want to print this "
      "document?"},
-    {kProperties, {5, 86}, kNotBuilt},
+    {kProperties, {5, 86}, "PropertiesForm"},
     {kExit, {6}, "window: closed"},
     {kUndo, {7, 87}, "subject: ", kTyped},
     {kRedo, {8, 88}, "subject: ab", kUndone},
@@ -66,8 +66,8 @@ constexpr auto kRows = std::to_array<Row>({
     {kZoomIn, {}, "says: Zoom: 110 %"},
     {kZoomOut, {}, "says: Zoom: 90 %"},
     {kZoomReset, {}, "says: Zoom: 100 %"},
-    {kDateTime, {15}, kNotBuilt},
-    {kTemplate, {16}, kNotBuilt},
+    {kDateTime, {15}, "DateTimeForm"},
+    {kTemplate, {16}, "TemplateForm"},
     {kAddAttachment, {17}, "open: File Attachment"},
     {kDeleteAttachment, {18}, "warn: There is no file to delete."},
     {kMergeEmail, {67}, "body: <p>$*MergeEmail*$</p>"},
@@ -90,11 +90,11 @@ constexpr auto kRows = std::to_array<Row>({
     {kMergeAdditional3, {107}, "body: <p>$*MergeField3*$</p>"},
     {kPicture, {23}, "PictureForm"},
     {kHyperlink, {24}, "LinkForm"},
-    {kLine, {21}, kNotBuilt},
+    {kLine, {21}, "LineForm"},
     {kTable, {22}, "TableForm"},
     {kFont, {19}, "FontForm"},
     {kTextColour, {}, "QColorDialog"},
-    {kBody, {20}, kNotBuilt},
+    {kBody, {20}, "BodyForm"},
     {kNormal, {}, "body: <p>one</p>", "<h2>one</h2>"},
     {kHeading1, {}, "body: <h1>one</h1>"},
     {kHeading2, {}, "body: <h2>one</h2>"},
@@ -128,7 +128,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kHistory, {41}, "HistoryManagerForm"},
     {kAccount, {39}, "EmailManagerForm"},
     {kGroups, {40}, "GroupManagerForm"},
-    {kSignature, {42}, kNotBuilt},
+    {kSignature, {42}, "SignatureManagerForm"},
     {kImport, {43}, "RecipientImportForm"},
     {kExport, {44}, "RecipientExportForm"},
     {kThreads, {52}, "ThreadForm"},
@@ -295,7 +295,15 @@ class CommandsTest : public QObject {
     QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
     connect(bar, &CommandBar::Triggered, this, [&came](CommandId id) { came = id; });
     QList<QAction*> shown;
-    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) shown += menu->actions();
+    for (const QMenu* menu : scene.window->menuBar()->findChildren<QMenu*>()) {
+      shown += menu->actions();
+      QStringList keys;
+      for (const QAction* action : menu->actions()) {
+        const QString key = QKeySequence::mnemonic(action->text()).toString();
+        QVERIFY2(key.isEmpty() || !keys.contains(key), qPrintable(action->text()));
+        keys << key;
+      }
+    }
     const auto& tools = scene.Find<QToolBar>("Toolbar");
     for (const Command& command : Commands()) {
       const QString name = NameOf(command);

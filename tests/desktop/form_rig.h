@@ -99,15 +99,19 @@ inline QStringList RowsOf(const QObject& window, const char* list) {
   return lines;
 }
 
-// Runs `act` once a dialog of this name is open, then closes it.
-inline void WhileOpen(const QString& name, const std::function<void(QDialog&)>& act, int tries = 200) {
+using IsReady = std::function<bool(const QDialog&)>;
+
+// Runs `act` once a dialog of this name is open and ready, then closes it.
+inline void WhileOpen(
+    const QString& name, const std::function<void(QDialog&)>& act,
+    const IsReady& is_ready = [](const QDialog&) { return true; }, int tries = 200) {
   QTimer::singleShot(20, qApp, [=] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog != nullptr && dialog->objectName() == name) {
+    if (dialog != nullptr && dialog->objectName() == name && is_ready(*dialog)) {
       act(*dialog);
       dialog->close();
     } else if (tries > 0) {
-      WhileOpen(name, act, tries - 1);
+      WhileOpen(name, act, is_ready, tries - 1);
     } else {
       QTest::qFail(qPrintable(name + " did not open"), __FILE__, __LINE__);
     }

@@ -27,12 +27,20 @@
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/document/attachments_form.h"
+#include "desktop/document/body_form.h"
+#include "desktop/document/date_time_form.h"
+#include "desktop/document/editor_document.h"
 #include "desktop/document/find_bar.h"
 #include "desktop/document/font_form.h"
 #include "desktop/document/html_editor.h"
+#include "desktop/document/line_form.h"
 #include "desktop/document/link_form.h"
 #include "desktop/document/picture_form.h"
+#include "desktop/document/properties_form.h"
+#include "desktop/document/signature_manager_form.h"
 #include "desktop/document/table_form.h"
+#include "desktop/document/template_form.h"
+#include "desktop/document/template_name_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
@@ -99,6 +107,7 @@ const QStringList kNotOurs = {"Personal",
                               "Spring papers for ",
                               "Customers",
                               "Guests",
+                              "/home/ada/letter.html",
                               "SMTP",
                               "POP3",
                               "IMAP4",
@@ -240,6 +249,43 @@ class ScreensTest : public QObject {
       QVERIFY2(!line->visibleRegion().isEmpty(), qPrintable(name + " scrolls its answer away"));
       line->setText(said);
     }
+  }
+
+  // The windows that ask for what goes into the message.
+  void TakeComposing(test::FormRig& rig, HtmlEditor& editor) {
+    LineForm line(rig.prompts, nullptr);
+    Take(line, "line");
+    DateTimeForm date(rig.prompts, rig.clock, editor, nullptr);
+    Take(date, "date-time");
+    BodyForm colours(rig.prompts, rig.folders.Pictures(), {.text = "#1A5276", .background = "#FDF6E3"}, nullptr);
+    Take(colours, "body");
+    {
+      HtmlEditor page;
+      EditorDocument letter(page, rig.folders);
+      QVERIFY(letter.StartNew(kLetter));
+      TemplateForm none(rig.program, letter, page, nullptr);
+      Take(none, "template-empty");
+      TemplateNameForm name(rig.prompts, document::OwnTemplates(rig.folders.Templates()), none.windowTitle(), "Monthly",
+                            nullptr);
+      Take(name, "template-name");
+      QVERIFY(document::OwnTemplates(rig.folders.Templates())
+                  .Keep("Monthly", {kLetter, {}, {}}, document::IfThere::kReplace));
+      TemplateForm chosen(rig.program, letter, page, nullptr);
+      chosen.findChild<QLineEdit*>("CompanyTextBox")->setText("Paper Room & Sons");
+      chosen.findChild<QListWidget*>("EmailListBox")->setCurrentRow(4);
+      Take(chosen, "template");
+    }
+    document::MessageDocument message;
+    message.html = kLetter;
+    PropertiesForm properties(message, "/home/ada/letter.html", true, nullptr);
+    QTRY_VERIFY(properties.findChild<QTabWidget*>()->isEnabled());
+    Take(properties, "properties");
+    PropertiesForm no_links({}, {}, true, nullptr);
+    QTRY_VERIFY(no_links.findChild<QTabWidget*>()->isEnabled());
+    no_links.findChild<QTabWidget*>()->setCurrentIndex(1);
+    Take(no_links, "properties-empty");
+    SignatureManagerForm signature(rig.program, nullptr);
+    Take(signature, "signature");
   }
 
   // Until nothing moves any more, and a page, which paints by itself, has had its time.
@@ -547,6 +593,7 @@ class ScreensTest : public QObject {
     Take(threads, "threads");
     TableForm table(rig.prompts, nullptr);
     Take(table, "table");
+    TakeComposing(rig, *editor);
     document::AttachmentList files;
     files.Add(rig.folder.Write("price.pdf", "x").string());
     files.Add("/nowhere/leaflet.pdf");

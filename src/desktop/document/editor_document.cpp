@@ -119,6 +119,14 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
   return {};
 }
 
+Result<void> EditorDocument::StartFrom(const std::string& letter) {
+  auto started = StartNew(letter);
+  if (!started) return started;
+  is_changed_ = true;
+  IgnoreErrors(KeepFields());  // for a crash; leaving it will tell
+  return {};
+}
+
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   if (auto other = platform::CheckIsNotOwn(file, folders_.OwnFiles()); !other) return other;
   const std::string html = FromQt(editor_.Html());

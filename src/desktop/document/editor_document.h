@@ -48,6 +48,8 @@ class EditorDocument final : public document::EditedDocument {
   Result<void> Open(const std::filesystem::path& file);
   // A document without a name, which counts as unchanged.
   Result<void> StartNew(const std::string& html);
+  // The same with a letter that was filled in and is in no file: leaving it asks nothing, but keeps it as a draft.
+  Result<void> StartFrom(const std::string& letter);
 
   // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
   // disk is full, saving will tell.

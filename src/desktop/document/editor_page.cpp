@@ -42,7 +42,7 @@ class LocalOnly final : public QWebEngineUrlRequestInterceptor {
 QString EditingScript() {
   QString code;
   for (const char* name : {":/qtwebchannel/qwebchannel.js", ":/document/editor.js", ":/document/editor_table.js",
-                           ":/document/editor_picture.js"}) {
+                           ":/document/editor_picture.js", ":/document/editor_body.js"}) {
     QFile file(name);
     if (file.open(QIODevice::ReadOnly)) code += QString::fromUtf8(file.readAll()) + '\n';
   }

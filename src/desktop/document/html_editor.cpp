@@ -286,6 +286,10 @@ QString HtmlEditor::Html() const {
 
 QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLimit).toString(); }
 
+bool HtmlEditor::TakeBodyAttributes(const QString& html) {
+  return Evaluate("quill.takeBody(" + Quoted(html) + ')', kLoadLimit).toBool();
+}
+
 EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill.state()").toMap()); }
 
 void HtmlEditor::Run(EditorCommand command) {

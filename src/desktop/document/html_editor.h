@@ -84,6 +84,8 @@ class HtmlEditor final : public QWidget {
   bool InsertLink(const QString& address, const QString& text);
   // Its named places, and its headings under names that they get when a link leads there.
   std::vector<LinkPlace> LinkPlaces() const;
+  // The attributes of the body become those that the body of `html` has; one step back undoes it.
+  bool TakeBodyAttributes(const QString& html);
   EditorState State() const;
   // Of the view alone, 1 for the document's own size.
   void SetZoom(double factor);

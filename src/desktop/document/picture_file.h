@@ -13,6 +13,10 @@
 
 namespace quillcast::desktop {
 
+// For the dialog in which one is picked.
+inline constexpr const char* kPictureFilter =
+    "Pictures (*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp)|*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp|All Files (*.*)|*.*";
+
 // What can be known of a file without decoding it.
 struct PictureHead {
   std::filesystem::path file;

@@ -23,8 +23,6 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr const char* kPictures =
-    "Pictures (*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp)|*.png;*.jpg;*.jpeg;*.gif;*.webp;*.bmp|All Files (*.*)|*.*";
 constexpr int kShownHeight = 140;  // pixels
 constexpr int kShownWidth = 200;
 constexpr int kNumberWidth = 80;
@@ -143,7 +141,7 @@ void PictureForm::ShowPreview(const QImage& picture) {
 }
 
 void PictureForm::PickFile() {
-  const auto files = prompts_.PickOpenFile({.title = "Picture", .filter = kPictures});
+  const auto files = prompts_.PickOpenFile({.title = "Picture", .filter = kPictureFilter});
   if (!files.empty()) Take(files.front());
 }
 

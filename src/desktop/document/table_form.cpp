@@ -4,7 +4,7 @@
 #include <QLineEdit>
 #include <QRadioButton>
 
-#include "desktop/widgets/digits_filter.h"
+#include "desktop/document/number_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
@@ -16,12 +16,6 @@ TableForm::TableForm(platform::Prompts& prompts, QWidget* parent)
   setObjectName("TableForm");
   setWindowTitle(tr("Table"));
   const document::TableChoice first;
-  const auto digits = [this](const std::string& text, int longest) {
-    auto* box = new QLineEdit(ToQt(text), this);
-    box->setValidator(new DigitsFilter(box));
-    box->setMaxLength(longest);
-    return box;
-  };
   auto* pixels = new QRadioButton(tr("pi&xels"), this);
   percent_->setObjectName("PercentRadioButton");
   pixels->setObjectName("PixelRadioButton");
@@ -29,13 +23,13 @@ TableForm::TableForm(platform::Prompts& prompts, QWidget* parent)
 
   auto* column = new FormColumn(this);
   FormGrid* grid = column->AddGrid();
-  rows_ = grid->Add("RowsTextBox", tr("&Rows:"), digits(first.rows, 2));
-  columns_ = grid->Add("ColumnsTextBox", tr("&Columns:"), digits(first.columns, 2));
-  width_ = grid->Add("SpecifyTextBox", tr("&Width:"), digits(first.width, 4), {percent_, pixels});
+  rows_ = grid->Add("RowsTextBox", tr("&Rows:"), NumberBox<DigitsFilter>(first.rows, this));
+  columns_ = grid->Add("ColumnsTextBox", tr("&Columns:"), NumberBox<DigitsFilter>(first.columns, this));
+  width_ = grid->Add("SpecifyTextBox", tr("&Width:"), NumberBox<DigitsFilter>(first.width, this), {percent_, pixels});
   align_ = grid->Add("AlignComboBox", tr("&Alignment:"), new QComboBox(this));
-  border_ = grid->Add("BorderTextBox", tr("&Border:"), digits(first.border, 2));
-  spacing_ = grid->Add("SpacingTextBox", tr("&Spacing between cells:"), digits(first.spacing, 2));
-  padding_ = grid->Add("PaddingTextBox", tr("&Padding in cells:"), digits(first.padding, 2));
+  border_ = grid->Add("BorderTextBox", tr("&Border:"), NumberBox<NumberFilter>(first.border, this));
+  spacing_ = grid->Add("SpacingTextBox", tr("&Spacing between cells:"), NumberBox<NumberFilter>(first.spacing, this));
+  padding_ = grid->Add("PaddingTextBox", tr("&Padding in cells:"), NumberBox<NumberFilter>(first.padding, this));
   align_->setPlaceholderText(tr("As the text"));
   for (const char* text : document::kTableAlignments) align_->addItem(text);
   align_->setCurrentIndex(-1);

@@ -18,6 +18,7 @@ void OpenDocument(Shell& shell);
 void SaveDocument(Shell& shell);
 void SaveDocumentAs(Shell& shell);
 void PrintMessage(Shell& shell);
+void ShowProperties(Shell& shell);
 void CloseWindow(Shell& shell);
 // An empty body, or the signature where it is wanted; the fields above it stay.
 void StartDocument(Shell& shell);
@@ -57,6 +58,10 @@ void InsertPicture(Shell& shell);
 void OfferPictures(Shell& shell, const QStringList& files);
 void InsertHyperlink(Shell& shell);
 void InsertTable(Shell& shell);
+void InsertLine(Shell& shell);
+void InsertDateTime(Shell& shell);
+// In place of the body; the fields above it stay.
+void BeginFromTemplate(Shell& shell);
 void InsertTag(Shell& shell, const document::MergeField& field);
 template <std::size_t field>
 void InsertTagOf(Shell& shell) {
@@ -66,6 +71,7 @@ void InsertTagOf(Shell& shell) {
 // format_commands.cpp
 void ChooseFont(Shell& shell);
 void ChooseColour(Shell& shell);
+void ChooseBodyColours(Shell& shell);
 void ChangeTable(Shell& shell, TableEdit edit);
 template <TableEdit edit>
 void ChangeTableBy(Shell& shell) {
@@ -83,6 +89,7 @@ void EditAccount(Shell& shell);
 void ShowGroups(Shell& shell);
 void ImportRecipients(Shell& shell);
 void ExportRecipients(Shell& shell);
+void EditSignature(Shell& shell);
 void ShowThreads(Shell& shell);
 void SwitchSplash(Shell& shell);
 

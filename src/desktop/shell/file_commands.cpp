@@ -2,10 +2,13 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <memory>
+#include <utility>
 
+#include "account/account_settings.h"
 #include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
+#include "desktop/document/properties_form.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
@@ -151,6 +154,15 @@ void PrintMessage(Shell& shell) {
   QPrintDialog dialog(printer.get(), &shell.window);
   dialog.setWindowTitle(Shell::tr("Print"));
   if (dialog.exec() == QDialog::Accepted) Print(shell, printer);
+}
+
+void ShowProperties(Shell& shell) {
+  document::MessageDocument message = shell.Message();
+  message.html = FromQt(shell.editor.Html());  // as the document has it
+  const auto account = account::AccountSettings::Load(shell.program.settings);
+  const bool has_text_part = !account || account->IsOn(account::AccountKey::kTextPart);
+  PropertiesForm(std::move(message), shell.document.FileName(), has_text_part, &shell.window).exec();
+  shell.editor.setFocus();
 }
 
 void CloseWindow(Shell& shell) { shell.window.close(); }

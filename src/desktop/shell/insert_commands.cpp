@@ -1,30 +1,18 @@
 // The commands of the Insert menu.
+#include "desktop/document/ask_for.h"
 #include "desktop/document/body_view.h"
+#include "desktop/document/date_time_form.h"
 #include "desktop/document/html_editor.h"
-#include "desktop/document/link_form.h"
-#include "desktop/document/picture_form.h"
+#include "desktop/document/line_form.h"
 #include "desktop/document/table_form.h"
+#include "desktop/document/template_form.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
 #include "desktop/shell/shell.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
-namespace {
-
-// What is selected is changed by what the form gives.
-void AskForPicture(Shell& shell, const std::filesystem::path& file) {
-  const EditorState state = shell.editor.State();
-  const bool is_placed = file.empty() && !state.picture.address.isEmpty();
-  PictureForm form(shell.program.prompts, shell.program.folders.Pictures(), state.room, &shell.window);
-  if (is_placed) form.Show(state.picture);
-  if (!file.empty()) form.Take(file);
-  if (form.exec() == QDialog::Accepted)
-    is_placed ? shell.editor.ChangePicture(form.Html()) : shell.editor.InsertHtml(form.Html());
-  shell.editor.setFocus();
-}
-
-}  // namespace
 
 void AddAttachments(Shell& shell) { shell.header.AddAttachments(); }
 
@@ -38,31 +26,46 @@ void InsertTag(Shell& shell, const document::MergeField& field) {
 
 void InsertPicture(Shell& shell) {
   shell.body.LeaveSource();
-  AskForPicture(shell, {});
+  AskForPicture(shell.editor, shell.program.prompts, shell.program.folders.Pictures(), {}, &shell.window);
 }
 
 void OfferPictures(Shell& shell, const QStringList& files) {
-  for (const QString& file : files) AskForPicture(shell, PathFromQt(file));
+  const auto folder = shell.program.folders.Pictures();
+  for (const QString& file : files)
+    AskForPicture(shell.editor, shell.program.prompts, folder, PathFromQt(file), &shell.window);
 }
 
 void InsertHyperlink(Shell& shell) {
   shell.body.LeaveSource();
-  const auto state = shell.editor.State();
-  const QString before = state.selected.isEmpty() ? state.link_text : state.selected;
-  LinkForm form(state.link, before, shell.editor.LinkPlaces(), &shell.window);
-  if (form.exec() == QDialog::Accepted) {
-    const bool stands_on_something = !before.isEmpty() || !state.picture.address.isEmpty();
-    const QString text = form.Text().isEmpty() && !stands_on_something ? form.OwnText() : form.Text();
-    if (form.removes()) shell.editor.Run(EditorCommand::kRemoveHyperlink);
-    if (!form.removes()) shell.editor.InsertLink(form.Address(), text);
-  }
-  shell.editor.setFocus();
+  AskForLink(shell.editor, &shell.window);
 }
 
 void InsertTable(Shell& shell) {
   shell.body.LeaveSource();
   TableForm form(shell.program.prompts, &shell.window);
   if (form.exec() == QDialog::Accepted) shell.editor.InsertTable(ToQt(document::TableHtml(form.Choice())));
+  shell.editor.setFocus();
+}
+
+void InsertLine(Shell& shell) {
+  shell.body.LeaveSource();
+  LineForm form(shell.program.prompts, &shell.window);
+  if (form.exec() == QDialog::Accepted) shell.editor.InsertHtml(ToQt(document::LineHtml(form.Choice())));
+  shell.editor.setFocus();
+}
+
+void InsertDateTime(Shell& shell) {
+  shell.body.LeaveSource();
+  DateTimeForm(shell.program.prompts, shell.program.clock, shell.editor, &shell.window).exec();
+  shell.editor.setFocus();
+}
+
+void BeginFromTemplate(Shell& shell) {
+  shell.body.LeaveSource();
+  if (TemplateForm(shell.program, shell.document, shell.editor, &shell.window).exec() == QDialog::Accepted) {
+    shell.AskAboutPictures();
+    shell.notices.Refresh();
+  }
   shell.editor.setFocus();
 }
 

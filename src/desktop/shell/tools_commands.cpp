@@ -2,6 +2,8 @@
 #include "account/account_settings.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/document/signature_manager_form.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_import_form.h"
@@ -60,6 +62,11 @@ void ExportRecipients(Shell& shell) {
   }
   shell.program.prompts.Warn("There is no group to export the data from.");
   shell.FocusOn("GroupButton");
+}
+
+void EditSignature(Shell& shell) {
+  SignatureManagerForm(shell.program, &shell.window).exec();
+  shell.editor.setFocus();
 }
 
 void ShowThreads(Shell& shell) { ThreadForm(shell.program.settings, &shell.window).exec(); }

@@ -1,0 +1,56 @@
+// The person's own templates in a list, with what can be done to them.
+#pragma once
+
+#include <QGroupBox>
+#include <functional>
+#include <vector>
+
+#include "desktop/widgets/background_task.h"
+#include "document/own_templates.h"
+#include "profile/program.h"
+
+class QListWidget;
+class QPushButton;
+
+namespace quillcast::desktop {
+
+// Letters are kept, imported and exported beside the window.
+class OwnTemplatesBox final : public QGroupBox {
+  Q_OBJECT
+ public:
+  // `present` gives the message that stands in the editor.
+  OwnTemplatesBox(const profile::Program& program, std::function<document::LetterToKeep()> present, QWidget* parent);
+
+  // Empty where none is chosen.
+  QString Chosen() const;
+  void ChooseNone();
+  // Looks into their folder; to be called once what it says is heard.
+  void Refresh() { Fill(Chosen()); }
+  const document::OwnTemplates& templates() const { return own_; }
+
+ signals:
+  void ChosenChanged();  // by the person
+  void Said(const QString& sentence);
+  void Failed(const quillcast::Error& error);
+
+ private:
+  void BuildButtons();
+  void Keep();
+  void Rename();
+  void Delete();
+  void Export();
+  void Import();
+  void Run(const QString& name, const QString& said, std::function<Result<void>()> work);
+  void Fill(const QString& chosen);
+  void Enable();
+
+  const profile::Program& program_;
+  std::function<document::LetterToKeep()> present_;
+  document::OwnTemplates own_;
+  QListWidget* list_;
+  std::vector<QPushButton*> of_chosen_;   // what needs a choice
+  std::vector<QPushButton*> of_nothing_;  // what does not
+  BackgroundTask task_{this};
+};
+
+}  // namespace quillcast::desktop

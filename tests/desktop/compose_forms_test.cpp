@@ -1,0 +1,609 @@
+// The windows that ask for what goes into a message: what each refuses and where the keys then are, and what it puts
+// into the body.
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <array>
+#include <functional>
+#include <vector>
+
+#include "desktop/document/body_form.h"
+#include "desktop/document/date_time_form.h"
+#include "desktop/document/editor_document.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/document/line_form.h"
+#include "desktop/document/properties_form.h"
+#include "desktop/document/signature_manager_form.h"
+#include "desktop/document/table_form.h"
+#include "desktop/document/template_form.h"
+#include "desktop/main_window.h"
+#include "desktop/shell/command_table.h"
+#include "document/body_colours.h"
+#include "document/document_pictures.h"
+#include "document/own_templates.h"
+#include "document/signature.h"
+#include "document/table_html.h"
+#include "platform/file.h"
+#include "profile/main_window_contents.h"
+#include "support/fake_clock.h"
+
+namespace quillcast::desktop {
+namespace {
+
+using platform::Answer;
+
+constexpr const char* kPicture =
+    "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNkYPhfDwAChwGA60e6kgAAAABJRU5ErkJggg==";
+
+std::string PngBytes() { return QByteArray::fromBase64(kPicture).toStdString(); }
+
+// Types into a box, or chooses in a list.
+void Enter(QDialog& form, const char* name, const QString& value) {
+  if (auto* choices = form.findChild<QComboBox*>(name)) return choices->setCurrentText(value);
+  auto* box = form.findChild<QLineEdit*>(name);
+  box->setFocus();
+  box->selectAll();
+  QTest::keyClick(box, Qt::Key_Delete);
+  box->insert(value);  // as pasting does
+}
+
+void Press(QDialog& form, QDialogButtonBox::StandardButton which = QDialogButtonBox::Ok) {
+  QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(which), Qt::LeftButton);
+}
+
+void PressNamed(QDialog& form, const char* name) {
+  QTest::mouseClick(form.findChild<QPushButton*>(name), Qt::LeftButton);
+}
+
+QString TextOf(const QDialog& form, const char* label) { return form.findChild<QLabel*>(label)->text(); }
+
+// A message in an editor of its own, and what belongs to it.
+struct Desk {
+  test::FormRig rig;
+  HtmlEditor editor;
+  EditorDocument document{editor, rig.folders};
+
+  Desk() { editor.resize(600, 400); }
+  QString Body() const {
+    const QString html = editor.Html();
+    const auto begin = html.indexOf('>', html.indexOf("<body")) + 1;
+    return html.mid(begin, html.indexOf("</body>") - begin);
+  }
+};
+
+using Entries = std::vector<std::pair<const char*, const char*>>;
+
+struct InsertionRow {
+  const char* name;
+  Entries entries;
+  const char* shown;  // and then the control that has the keys
+  const char* focus;
+  const char* html;  // nothing where it was refused
+};
+
+}  // namespace
+
+class ComposeFormsTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void lines() {
+    const std::vector<InsertionRow> rows = {
+        {"as it opens", {}, "", "", "<hr>"},
+        {"all that is not usual",
+         {{"WidthTextBox", "50"}, {"HeightTextBox", "4"}, {"AlignComboBox", "Right"}},
+         "",
+         "",
+         R"(<hr align="right" width="50%" size="4">)"},
+        {"pixels are always written",
+         {{"WidthTextBox", "100"}, {"ComboBoxWidth", "Pixels"}, {"AlignComboBox", "Left"}},
+         "",
+         "",
+         R"(<hr align="left" width="100">)"},
+        {"both bounds", {{"WidthTextBox", "0"}, {"HeightTextBox", "100"}}, "", "", R"(<hr width="0%" size="100">)"},
+        {"a fraction of a height, as it was typed", {{"HeightTextBox", "1.50"}}, "", "", R"(<hr size="1.50">)"},
+        {"no width", {{"WidthTextBox", ""}}, "warn: Please enter your width.", "WidthTextBox", ""},
+        {"too wide, in pixels too",
+         {{"WidthTextBox", "150"}, {"ComboBoxWidth", "Pixels"}},
+         "warn: Please enter a valid width.",
+         "WidthTextBox",
+         ""},
+        {"no height", {{"HeightTextBox", ""}}, "warn: Please enter your height.", "HeightTextBox", ""},
+        {"a point alone", {{"HeightTextBox", "."}}, "warn: Please enter a valid height.", "HeightTextBox", ""},
+        {"just too high", {{"HeightTextBox", "100.5"}}, "warn: Please enter a valid height.", "HeightTextBox", ""},
+        {"the width is looked at first",
+         {{"WidthTextBox", "101"}, {"HeightTextBox", ""}},
+         "warn: Please enter a valid width.",
+         "WidthTextBox",
+         ""},
+        {"what is no digit does not come in",
+         {{"WidthTextBox", "-3x4\u0664"}, {"HeightTextBox", "1.2.3"}},
+         "",
+         "",
+         R"(<hr width="34%" size="1.23">)"},
+        {"a hundred thousand letters",
+         {{"WidthTextBox", nullptr}},
+         "warn: Please enter your width.",
+         "WidthTextBox",
+         ""}};
+    for (const auto& row : rows) {
+      test::FormRig rig;
+      LineForm form(rig.prompts, nullptr);
+      form.show();
+      for (const auto& [box, value] : row.entries)
+        Enter(form, box, value == nullptr ? QString(100000, 'x') : QString(value));
+      Press(form);
+      QCOMPARE(QString(row.name) + ": " + rig.Shown(), QString(row.name) + ": " + row.shown);
+      QCOMPARE(form.result() == QDialog::Accepted, *row.html != '\0');
+      if (*row.html == '\0') QCOMPARE(form.focusWidget()->objectName(), QString(row.focus));
+      if (*row.html != '\0') QCOMPARE(ToQt(document::LineHtml(form.Choice())), QString(row.html));
+    }
+    test::FormRig rig;
+    LineForm solid(rig.prompts, nullptr);
+    solid.show();
+    QTest::keyClick(solid.findChild<QCheckBox*>("SolidCheckBox"), Qt::Key_Space);
+    QTest::keyClick(&solid, Qt::Key_Return);
+    QCOMPARE(ToQt(document::LineHtml(solid.Choice())), QString("<hr noshade>"));
+  }
+
+  void aTableTakesFractionsWhereNoCellIsCounted() {
+    const std::vector<InsertionRow> rows = {
+        {"fractions",
+         {{"BorderTextBox", "1.5"}, {"SpacingTextBox", ".5"}, {"PaddingTextBox", "2."}},
+         "warn: Please enter a valid spacing.",
+         "SpacingTextBox",
+         ""},
+        {"a fraction of a border", {{"BorderTextBox", "1.5"}}, "", "", "border=\"1.5\""},
+        {"a whole number of rows", {{"RowsTextBox", "1.5"}}, "", "", "   <TR>"},
+        {"too many", {{"ColumnsTextBox", "100"}}, "warn: Please enter a valid column.", "ColumnsTextBox", ""},
+        {"beyond the border", {{"BorderTextBox", "99.5"}}, "warn: Please enter a valid border.", "BorderTextBox", ""}};
+    for (const auto& row : rows) {
+      test::FormRig rig;
+      TableForm form(rig.prompts, nullptr);
+      form.show();
+      for (const auto& [box, value] : row.entries) Enter(form, box, value);
+      Press(form);
+      QCOMPARE(QString(row.name) + ": " + rig.Shown(), QString(row.name) + ": " + row.shown);
+      if (*row.html == '\0') QCOMPARE(form.focusWidget()->objectName(), QString(row.focus));
+      if (*row.html != '\0') QVERIFY2(ToQt(document::TableHtml(form.Choice())).contains(row.html), row.name);
+    }
+  }
+
+  void theDateAndTheTimeGoInTogether() {
+    Desk desk;
+    test::FakeClock clock;
+    QVERIFY(desk.editor.SetHtml("<html><body><p>on x</p></body></html>"));
+    desk.editor.Evaluate(
+        "getSelection().setBaseAndExtent(document.body.firstChild.firstChild,3,"
+        "document.body.firstChild.firstChild,4)");
+    DateTimeForm form(desk.rig.prompts, clock, desk.editor, nullptr);
+    form.show();
+    QCOMPARE(test::RowsOf(form, "DateListBox"),
+             QStringList({"7/3/26", "07/03/2026", "2026/07/03", "Friday, July 03, 2026"}));
+    QCOMPARE(test::RowsOf(form, "TimeListBox").mid(0, 2), QStringList({"09:05:07 AM", "09:05:07"}));
+    Press(form);
+    QCOMPARE(desk.rig.Shown(), QString("warn: Please select date format."));
+    QCOMPARE(form.focusWidget()->objectName(), QString("DateListBox"));
+    QTest::keyClick(form.focusWidget(), Qt::Key_Down);
+    QTest::keyClick(form.focusWidget(), Qt::Key_End);
+    Press(form);
+    QCOMPARE(desk.rig.Shown(), QString("warn: Please select time format."));
+    QCOMPARE(form.focusWidget()->objectName(), QString("TimeListBox"));
+    QTest::keyClick(form.focusWidget(), Qt::Key_Down);  // the first row: nothing was chosen
+    QTest::keyClick(form.focusWidget(), Qt::Key_Return);
+    QVERIFY(!form.isVisible());
+    QCOMPARE(desk.Body(), QString("<p>on Friday, July 03, 2026 - 09:05:07 AM</p>"));
+    desk.editor.Run(EditorCommand::kUndo);
+    QCOMPARE(desk.Body(), QString("<p>on x</p>"));
+  }
+
+  void pageColoursAreCheckedAndUndoneAtOnce() {
+    test::FormRig rig;
+    const document::BodyColours found{.text = "navy", .background = "#FFFFFF"};
+    const std::vector<InsertionRow> rows = {
+        {"left as it is, a name too", {}, "", "", "navy|||||#FFFFFF"},
+        {"typed", {{"LinkColourTextBox", "#0a0B0c"}}, "", "", "navy|#0a0B0c||||#FFFFFF"},
+        {"a name", {{"TextColourTextBox", "red"}}, "warn: Please enter a valid text colour.", "TextColourTextBox", ""},
+        {"five digits",
+         {{"VisitedColourTextBox", "#12345"}},
+         "warn: Please enter a valid visited link colour.",
+         "VisitedColourTextBox",
+         ""},
+        {"the first of two",
+         {{"BackgroundColourTextBox", "x"}, {"ActiveColourTextBox", "#GGGGGG"}},
+         "warn: Please enter a valid active link colour.",
+         "ActiveColourTextBox",
+         ""}};
+    for (const auto& row : rows) {
+      BodyForm form(rig.prompts, rig.folders.Pictures(), found, nullptr);
+      form.show();
+      for (const auto& [box, value] : row.entries) Enter(form, box, value);
+      Press(form);
+      QCOMPARE(QString(row.name) + ": " + rig.Shown(), QString(row.name) + ": " + row.shown);
+      if (*row.html == '\0') {
+        QCOMPARE(form.focusWidget()->objectName(), QString(row.focus));
+        continue;
+      }
+      const auto now = form.Choice();
+      QCOMPARE(ToQt(now.text + '|' + now.link + '|' + now.visited + '|' + now.active + '|' + now.picture + '|' +
+                    now.background),
+               QString(row.html));
+    }
+    QVERIFY(rig.prompts.shown.empty());
+  }
+
+  void oneUndoTakesThePageColoursBack() {
+    Scene scene;
+    scene.Open();
+    HtmlEditor& editor = scene.Editor();
+    const QString before =
+        "<html><head><title>t</title></head><body dir=\"ltr\" text=\"#111111\"><p>one</p></body></html>";
+    editor.SetHtml(before);
+    editor.InsertHtml("A");
+    const QString typed = editor.Html();
+    scene.rig.prompts.files = {scene.rig.folder.Write("paper.png", PngBytes())};
+    test::WhileOpen("BodyForm", [](QDialog& form) {
+      Enter(form, "TextColourTextBox", "");
+      Enter(form, "LinkColourTextBox", "#1A5276");
+      PressNamed(form, "BrowseButton");
+      QTRY_VERIFY(form.findChild<QPushButton*>("NoneButton")->isEnabled());
+      Press(form);
+    });
+    scene.window->Dispatch(CommandId::kBody);
+    const QString coloured = editor.Html();
+    const auto copy = scene.rig.folders.Pictures() / "paper.png";
+    const QString picture = ToQt(document::FileAddress(copy));
+    QVERIFY2(coloured.contains("<body dir=\"ltr\" link=\"#1A5276\" background=\"" + picture + "\">"),
+             qPrintable(coloured));
+    QVERIFY(std::filesystem::exists(copy));
+    editor.InsertHtml("B");
+    const QString both = editor.Html();
+    QVERIFY(both != coloured);
+    for (const auto& [command, html] :
+         std::initializer_list<std::pair<CommandId, QString>>{{CommandId::kUndo, coloured},
+                                                              {CommandId::kUndo, typed},
+                                                              {CommandId::kUndo, before},
+                                                              {CommandId::kRedo, typed},
+                                                              {CommandId::kRedo, coloured},
+                                                              {CommandId::kRedo, both}}) {
+      scene.window->Dispatch(command);
+      QCOMPARE(editor.Html(), html);
+    }
+    scene.window->skip_save_prompt = true;
+  }
+
+  void aDesignIsCheckedInOrder() {
+    Desk desk;
+    QVERIFY(desk.document.StartNew(""));
+    TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+    form.show();
+    QCOMPARE(test::RowsOf(form, "EmailListBox"), QStringList({"Government", "Health", "Legal", "Sports", "Travel"}));
+    const std::array<std::array<const char*, 3>, 5> steps = {
+        {{"Please select a template.", "EmailListBox", ""},
+         {"Please enter your company name.", "CompanyTextBox", "Hills & Sea, with www.tarnwickco.example"},
+         {"Please enter your web site.", "WebSiteTextBox", "hills.example"},
+         {"Please enter unsubscribe email.", "EmailTextBox", "leave@hills.example"},
+         {"Please enter unsubscribe subject.", "SubjectTextBox", "Leave"}}};
+    for (const auto& [message, control, value] : steps) {
+      Press(form);
+      QCOMPARE(desk.rig.Shown(), QString("warn: ") + message);
+      QCOMPARE(form.focusWidget()->objectName(), QString(control));
+      if (*value == '\0') {
+        QTest::keyClick(form.focusWidget(), Qt::Key_End);
+      } else {
+        QTest::keyClicks(form.focusWidget(), value);
+      }
+    }
+    QTest::keyClick(form.focusWidget(), Qt::Key_Return);
+    QTRY_VERIFY(!form.isVisible());
+    QVERIFY(desk.rig.Shown().isEmpty());  // nothing was changed, so nothing is asked
+    const QString html = desk.editor.Html();
+    // The company's own web site is replaced in its turn.
+    QVERIFY(html.contains("Hills & Sea, with hills.example"));
+    QVERIFY(html.contains("mailto:leave@hills.example?subject=Leave"));
+    QVERIFY(html.contains(ToQt((desk.rig.folders.program / "Template5.jpg").string())));
+    for (const auto& sample :
+         {document::kSampleCompany, document::kSampleWebSite, document::kSampleMailbox, document::kSampleSubject})
+      QVERIFY2(!html.contains(ToQt(sample)), std::string(sample).c_str());
+    QVERIFY(!desk.document.HasUnsavedChanges());
+  }
+
+  void whatWasChangedIsOfferedToBeSavedBeforeATemplate_data() {
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("saved");  // in the file that is picked
+    QTest::addColumn<bool>("replaced");
+    QTest::addColumn<bool>("is_draft");
+    QTest::newRow("cancel") << int(Answer::kCancel) << "" << false << false;
+    QTest::newRow("no: it becomes a draft") << int(Answer::kNo) << "" << true << true;
+    QTest::newRow("yes") << int(Answer::kYes) << "<p>mine</p>" << true << false;
+    QTest::newRow("yes, and no file picked") << int(Answer::kYes) << "none" << false << false;
+  }
+  void whatWasChangedIsOfferedToBeSavedBeforeATemplate() {
+    QFETCH(int, answer);
+    QFETCH(QString, saved);
+    QFETCH(bool, replaced);
+    QFETCH(bool, is_draft);
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.rig.AddGroup("Customers", {"bob@example.net"});
+    QVERIFY(document::OwnTemplates(scene.rig.folders.Templates())
+                .Keep("Monthly", {"<html><body><p>kept</p></body></html>", {}, {}}, document::IfThere::kFail));
+    scene.Open();
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Papers");
+    scene.Editor().SetHtml("<html><body><p>mine</p></body></html>", {}, true);
+    const auto file = scene.rig.folder.path() / "mine.html";
+    if (saved != "none") scene.rig.prompts.files = {file};
+    scene.rig.prompts.answers = {static_cast<Answer>(answer)};
+    test::WhileOpen("TemplateForm", [replaced](QDialog& form) {
+      form.findChild<QListWidget*>("OwnListBox")->setCurrentRow(0);
+      Press(form);
+      if (replaced) QTRY_VERIFY(!form.isVisible());
+      if (!replaced) QVERIFY(form.isVisible());
+    });
+    scene.window->Dispatch(CommandId::kTemplate);
+    QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?") +
+                                    (answer == int(Answer::kYes) ? " | save: Save" : ""));
+    QVERIFY(scene.Editor().Html().contains(replaced ? "<p>kept</p>" : "<p>mine</p>"));
+    QCOMPARE(ToQt(test::ReadAll(file)).contains("<p>mine</p>"), saved.startsWith('<'));
+    QCOMPARE(scene.Find<QLineEdit>("SubjectTextBox").text(), QString("Papers"));
+    QCOMPARE(!scene.Notice().isEmpty(), is_draft);
+    if (replaced) {  // what was filled in is in no file, so it is not lost
+      scene.Find<QLineEdit>("SubjectTextBox").clear();
+      scene.window->Dispatch(CommandId::kNew);
+      QCOMPARE(scene.rig.Shown(), QString());
+      QVERIFY(!scene.Editor().Html().contains("<p>kept</p>") && !scene.Notice().isEmpty());
+    }
+    scene.window->skip_save_prompt = true;
+  }
+
+  void thePreviewFollowsWhatIsTyped() {
+    Desk desk;
+    QVERIFY(desk.document.StartNew(""));
+    TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+    form.show();
+    auto* preview = form.findChild<HtmlEditor*>("TemplatePreview");
+    QTRY_VERIFY(!preview->Evaluate("1").isNull());  // the engine is there
+    QSignalSpy shown(&form, &TemplateForm::Shown);
+    QElapsedTimer watch;
+    for (int row = 0; row < 5; ++row) {
+      watch.start();
+      form.findChild<QListWidget*>("EmailListBox")->setCurrentRow(row);
+      QTRY_COMPARE_WITH_TIMEOUT(shown.size(), row + 1, 5000);
+      qInfo("Design %d shown in %lld ms", row + 1, static_cast<long long>(watch.elapsed()));
+    }
+    QVERIFY(preview->PlainText().contains(ToQt(document::kSampleCompany)));
+    QTest::keyClicks(form.findChild<QLineEdit*>("CompanyTextBox"), "Hills <b>");
+    QTRY_VERIFY(preview->PlainText().contains("Hills"));
+    Enter(form, "WebSiteTextBox", "https://hills.example");
+    form.findChild<QLineEdit*>("EmailTextBox")->setFocus();
+    QTRY_VERIFY2(TextOf(form, "NotesLabel").contains("hills.example"), qPrintable(TextOf(form, "NotesLabel")));
+    QVERIFY(preview->is_read_only());
+    QCOMPARE(preview->Evaluate("Array.from(document.images).every(image => image.naturalWidth > 0)").toBool(), true);
+  }
+
+  void ownTemplatesAreKeptAndGivenAway() {
+    Desk desk;
+    desk.rig.folder.Write("letter/sea.png", PngBytes());
+    const auto letter = desk.rig.folder.Write("letter/letter.html", "<html><body><img src=\"sea.png\">L</body></html>");
+    QVERIFY(desk.document.Open(letter));
+    TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+    form.show();
+    const auto status = [&form] { return TextOf(form, "StatusLine"); };
+    const auto name = [](const char* text, const char* refused = nullptr) {
+      test::WhileOpen("TemplateNameForm", [text, refused](QDialog& dialog) {
+        Enter(dialog, "NameTextBox", text);
+        Press(dialog);
+        QCOMPARE(dialog.isVisible(), refused != nullptr);
+        if (refused == nullptr) return;
+        QCOMPARE(TextOf(dialog, "StatusLine"), QString(refused));
+        QCOMPARE(dialog.focusWidget()->objectName(), QString("NameTextBox"));
+      });
+    };
+    QVERIFY(!form.findChild<QPushButton*>("DeleteButton")->isEnabled());
+    name("travel", "That is the name of a design. Please enter another one.");
+    PressNamed(form, "KeepButton");
+    name(" Monthly ");
+    PressNamed(form, "KeepButton");
+    QTRY_COMPARE(test::RowsOf(form, "OwnListBox"), QStringList("Monthly"));
+    QTRY_COMPARE(status(), QString("The message is kept as the template “Monthly”."));
+    QVERIFY(QFile::exists(PathToQt(desk.rig.folders.Templates() / "Pictures" / "sea.png")));
+    QTRY_VERIFY(form.findChild<QPushButton*>("KeepButton")->isEnabled());
+    // The name is taken: asked, and left.
+    name("Monthly", "");
+    PressNamed(form, "KeepButton");
+    QCOMPARE(desk.rig.Shown(), QString("ask: There is a template “Monthly” already./Would you like to replace it?"));
+
+    desk.rig.prompts.files = {desk.rig.folder.path() / "out" / "away.html"};
+    std::filesystem::create_directories(desk.rig.folder.path() / "out");
+    PressNamed(form, "ExportButton");
+    QTRY_VERIFY(status().contains("away.html"));
+    QVERIFY(QFile::exists(PathToQt(desk.rig.folder.path() / "out" / "away_files" / "sea.png")));
+    QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+    test::WhileOpen("TemplateNameForm", [](QDialog& dialog) {
+      QCOMPARE(dialog.findChild<QLineEdit*>("NameTextBox")->text(), QString("away"));
+      Press(dialog);
+    });
+    PressNamed(form, "ImportButton");
+    QTRY_COMPARE(test::RowsOf(form, "OwnListBox"), QStringList({"Monthly", "away"}));
+    QTRY_VERIFY(form.findChild<QPushButton*>("RenameButton")->isEnabled());
+    name("away");  // the same: nothing is asked
+    PressNamed(form, "RenameButton");
+    name("Yearly");
+    PressNamed(form, "RenameButton");
+    QCOMPARE(test::RowsOf(form, "OwnListBox"), QStringList({"Monthly", "Yearly"}));
+    QCOMPARE(desk.rig.Shown(), QString("save: Export | open: Import"));
+    PressNamed(form, "DeleteButton");
+    QCOMPARE(desk.rig.Shown(), QString("ask: Are you sure you want to delete the template “Yearly”?"));
+    QCOMPARE(test::RowsOf(form, "OwnListBox").size(), 2);
+    desk.rig.prompts.answers = {Answer::kYes};
+    PressNamed(form, "DeleteButton");
+    QCOMPARE(test::RowsOf(form, "OwnListBox"), QStringList("Monthly"));
+    // What was broken from outside is told, and nothing is lost.
+    form.findChild<QListWidget*>("OwnListBox")->setCurrentRow(0);
+    std::filesystem::remove(desk.rig.folders.Templates() / "Monthly.htm");
+    Press(form);
+    QTRY_COMPARE(status(), QString("There is no template \"Monthly\". Choose one that is listed."));
+    QVERIFY(form.isVisible() && desk.editor.Html().contains("sea.png"));
+    // Without the designs there is a remedy.
+    profile::Folders bare = desk.rig.folders;
+    bare.program = desk.rig.folder.path() / "bare";
+    const profile::Program program{bare,           desk.rig.settings, desk.rig.prompts, desk.rig.desktop,
+                                   desk.rig.power, desk.rig.clock,    desk.rig.entropy};
+    TemplateForm broken(program, desk.document, desk.editor, nullptr);
+    broken.show();
+    broken.findChild<QListWidget*>("EmailListBox")->setCurrentRow(4);
+    QTRY_VERIFY(TextOf(broken, "StatusLine").contains("Install the program again"));
+  }
+
+  void propertiesTellWhatWouldHurt() {
+    test::FormRig rig;
+    document::MessageDocument message;
+    message.html =
+        "<html lang=\"de\" dir=\"rtl\"><head><title>News</title><meta charset=\"utf-8\"></head><body><p>Three words "
+        "here</p><a href=\"https://a.example/x\">https://b.example</a><img src=\"gone.png\"></body></html>";
+    message.base_folder = rig.folder.path();
+    PropertiesForm form(message, rig.folder.path() / "news.html", false, nullptr);
+    form.show();
+    QSignalSpy known(&form, &PropertiesForm::Known);
+    QVERIFY(known.wait());
+    const auto label = [&form](const char* name) { return TextOf(form, name); };
+    QCOMPARE(label("LocationLabel"), PathToQt(rig.folder.path() / "news.html"));
+    QCOMPARE(label("TitleLabel"), QString("News"));
+    QCOMPARE(label("DirectionLabel"), QString("Right to Left"));
+    QCOMPARE(label("LanguageLabel"), QString("German (Standard)"));
+    QCOMPARE(label("CharSetLabel"), QString("Unicode (UTF-8)"));
+    QVERIFY2(label("StatusLine").startsWith("4 words"), qPrintable(label("StatusLine")));
+    QVERIFY(test::RowsOf(form, "FindingsList").size() >= 3);
+    QCOMPARE(test::RowsOf(form, "LinksList").size(), 1);
+    QVERIFY(test::RowsOf(form, "LinksList").front().contains("https://a.example/x"));
+    QVERIFY(test::RowsOf(form, "PicturesList").front().contains("gone.png"));
+    QVERIFY(form.findChild<QTabWidget*>()->tabText(1).endsWith("(1)"));
+    QTest::keyClick(&form, Qt::Key_Return);
+    QVERIFY(!form.isVisible());
+
+    PropertiesForm fresh({}, {}, true, nullptr);
+    QSignalSpy nothing(&fresh, &PropertiesForm::Known);
+    QVERIFY(nothing.wait());
+    for (const auto& [name, text] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"LocationLabel", "Unsaved"}, {"TitleLabel", "Not Available"}, {"DirectionLabel", "None"}})
+      QCOMPARE(TextOf(fresh, name), QString(text));
+  }
+
+  void theSignatureIsKeptToTheByteAndBeginsMessages() {
+    Scene scene;
+    scene.Open();
+    const auto with = [&scene](const std::function<void(QDialog&)>& act) {
+      // Its editor waits in a loop of its own, which has to be over.
+      test::WhileOpen("SignatureManagerForm", act,
+                      [](const QDialog& form) { return form.findChild<QPushButton*>("SaveButton")->isEnabled(); });
+      scene.window->Dispatch(CommandId::kSignature);
+    };
+    const auto html = [](QDialog& form) { return form.findChild<HtmlEditor*>("SignatureEditor")->Html(); };
+    const QString built_in = ToQt(document::kBuiltInSignature);
+    with([&](QDialog& form) {
+      QCOMPARE(html(form), built_in);
+      QVERIFY(!form.findChild<QCheckBox*>("SignatureCheckBox")->isChecked());
+      form.findChild<QCheckBox*>("SignatureCheckBox")->click();
+      Press(form, QDialogButtonBox::Close);
+    });
+    QCOMPARE(scene.rig.settings.Read("Signature", "Status", "absent")->c_str(), "absent");
+    with([&](QDialog& form) {
+      form.findChild<QCheckBox*>("SignatureCheckBox")->click();
+      Press(form, QDialogButtonBox::Save);
+      QTRY_VERIFY(!form.isVisible());
+    });
+    QCOMPARE(scene.rig.settings.Read("Signature", "Status", "")->c_str(), "1");
+    QCOMPARE(ToQt(*scene.rig.settings.Read("Signature", "Message", "")), built_in);
+    scene.window->Dispatch(CommandId::kNew);
+    QCOMPARE(scene.Editor().Html(), built_in);
+    QVERIFY(!scene.Editor().IsModified());
+    with([&](QDialog& form) {
+      auto* editor = form.findChild<HtmlEditor*>("SignatureEditor");
+      QVERIFY(form.findChild<QCheckBox*>("SignatureCheckBox")->isChecked());
+      editor->Run(EditorCommand::kSelectAll);
+      editor->InsertHtml("Ada");
+      QVERIFY(editor->InsertPictures({PathToQt(scene.rig.folder.Write("me.png", PngBytes()))}));
+      Press(form, QDialogButtonBox::Save);
+      QTRY_VERIFY(!form.isVisible());
+    });
+    scene.window->Dispatch(CommandId::kNew);
+    QVERIFY(scene.Editor().Html().contains("Ada"));
+    QVERIFY(scene.Editor().Html().contains(ToQt(document::FileAddress(scene.rig.folders.Pictures() / "me.png"))));
+    scene.rig.Shown();
+    scene.rig.prompts.answers = {Answer::kNo, Answer::kYes};
+    with([&](QDialog& form) {
+      Press(form, QDialogButtonBox::Reset);
+      QCOMPARE(scene.rig.Shown(), QString("ask: You are just about to wipe out your signature settings./Are you sure "
+                                          "you want to proceed?"));
+      QVERIFY(form.isVisible() && html(form).contains("Ada"));
+      Press(form, QDialogButtonBox::Reset);
+      QVERIFY(!form.isVisible());
+    });
+    with([&](QDialog& form) { QCOMPARE(html(form), built_in); });
+    scene.window->Dispatch(CommandId::kNew);
+    QVERIFY(!scene.Editor().Html().contains("Verdana"));  // the built-in one is shown, never put in unasked
+  }
+
+  void aSignatureFromElsewhereIsShownSafely() {
+    std::string large = "<html><body>";
+    while (large.size() < 5 * 1024 * 1024) large += "<p>Information contained in this email.</p>";
+    for (const auto& [html, told] : std::vector<std::pair<std::string, const char*>>{
+             {"Ada\nLovelace", "no HTML"},
+             {"<body onload=\"document.title='ran'\"><script>document.title='ran'</script>Ada", "script"},
+             {large + "</body></html>", "of each message"}}) {
+      test::FormRig rig;
+      QVERIFY(document::SaveSignature({true, html}, rig.settings));
+      SignatureManagerForm form(rig.program, nullptr);
+      QSignalSpy ready(&form, &SignatureManagerForm::Ready);
+      form.show();
+      QVERIFY(ready.wait());
+      auto* notes = form.findChild<QLabel*>("SignatureNotesLabel");
+      QTRY_VERIFY2(notes->isVisible() && notes->text().contains(told), qPrintable(notes->text()));
+      auto* editor = form.findChild<HtmlEditor*>("SignatureEditor");
+      QVERIFY(editor->Evaluate("document.title").toString() != "ran");
+      QCOMPARE(editor->Html(), ToQt(html));
+    }
+    // What cannot be kept stays in the editor; what cannot be read is not written over.
+    test::FormRig rig;
+    SignatureManagerForm open(rig.program, nullptr);
+    open.show();
+    QVERIFY(QSignalSpy(&open, &SignatureManagerForm::Ready).wait());
+    QVERIFY(
+        platform::ReplaceFile(rig.folders.settings, "no database at all, but longer than a page of one needs to be"));
+    Press(open, QDialogButtonBox::Save);
+    QTRY_VERIFY(!TextOf(open, "StatusLine").isEmpty());
+    QVERIFY(open.isVisible() && open.findChild<QPushButton*>("SaveButton")->isEnabled());
+    SignatureManagerForm form(rig.program, nullptr);
+    form.show();
+    QTRY_VERIFY(!TextOf(form, "StatusLine").isEmpty());
+    QVERIFY(!form.findChild<QPushButton*>("SaveButton")->isEnabled());
+  }
+
+  void theSignatureOpensAtOnce() {
+    test::FormRig rig;
+    SignatureManagerForm first(rig.program, nullptr);  // starts the engine's processes
+    first.show();
+    QVERIFY(QSignalSpy(&first, &SignatureManagerForm::Ready).wait());
+    QElapsedTimer watch;
+    watch.start();
+    SignatureManagerForm form(rig.program, nullptr);
+    QSignalSpy ready(&form, &SignatureManagerForm::Ready);
+    form.show();
+    QVERIFY(ready.wait());
+    qInfo("The signature's editor is ready in %lld ms", static_cast<long long>(watch.elapsed()));
+    QVERIFY(watch.elapsed() < 3000);
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ComposeFormsTest)
+#include "compose_forms_test.moc"
