@@ -289,6 +289,7 @@
     observer.disconnect();
     const parsed = new DOMParser().parseFromString(source, 'text/html');
     document.replaceChild(document.adoptNode(parsed.documentElement), document.documentElement);
+    scrollTo(0, 0);
     placeCaret();
     makeLayer();
     quill.mark();

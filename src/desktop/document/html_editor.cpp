@@ -32,6 +32,7 @@ namespace {
 constexpr auto kWorld = QWebEngineScript::ApplicationWorld;
 constexpr int kLoadLimit = 60000;           // milliseconds; 20 MB of short paragraphs take a quarter of it
 constexpr qsizetype kLongToLoad = 1000000;  // characters
+constexpr int kAskAgain = 250;
 constexpr int kStatePause = 40;
 constexpr int kSnapshotPause = 1000;
 constexpr int kLongestUnseen = 10000;
@@ -103,6 +104,7 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   state_pause_->setSingleShot(true);
   state_pause_->setInterval(kStatePause);
   connect(state_pause_, &QTimer::timeout, this, [this] {
+    if (loading_) return;  // the next document moves the caret, too
     page_->runJavaScript("quill.mark();quill.state()", kWorld,
                          [this](const QVariant& value) { emit StateChanged(EditorState::From(value.toMap())); });
   });
@@ -150,6 +152,7 @@ void HtmlEditor::MakePage() {
   view_->setPage(page_);
   delete before;
   alive_ = true;
+  kind_ = {};
   connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
     alive_ = false;
     had_the_keys_ = isAncestorOf(QApplication::focusWidget());
@@ -197,6 +200,34 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified)
   return loaded;
 }
 
+// Now and then, on a busy machine, the engine does not say that it is done: so the page is asked for its mark, too.
+bool HtmlEditor::LoadPage(const QString& type) {
+  struct Answer {
+    QEventLoop loop;
+    bool loaded = false;
+  };
+  const auto answer = std::make_shared<Answer>();  // what comes late must find it alive
+  const auto done = [answer](bool good) {
+    answer->loaded = good;
+    answer->loop.quit();
+  };
+  const QString mark = QString("load-%1").arg(loads_);
+  QTimer ask;
+  connect(&ask, &QTimer::timeout, &answer->loop, [this, done, mark] {
+    page_->runJavaScript("window.quill&&document.body?document.body.id:''", kWorld, [done, mark](const QVariant& id) {
+      if (id.toString() == mark) done(true);
+    });
+  });
+  ask.start(kAskAgain);
+  const auto watch = connect(page_, &QWebEnginePage::loadFinished, &answer->loop, done);
+  QTimer::singleShot(kLoadLimit, &answer->loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &answer->loop, &QEventLoop::quit);
+  page_->setHtml(QString("%1<html><body id=\"%2\"></body></html>").arg(type, mark), base_);
+  answer->loop.exec(QEventLoop::ExcludeUserInputEvents);
+  disconnect(watch);
+  return answer->loaded;
+}
+
 bool HtmlEditor::Load(const Document& document) {
   if (page_ == nullptr) Start();
   if (!alive_) MakePage();
@@ -208,26 +239,20 @@ bool HtmlEditor::Load(const Document& document) {
   base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
   places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
   SetModified(document.modified);
-  QEventLoop loop;
-  bool loaded = false;
-  const auto watch = connect(page_, &QWebEnginePage::loadFinished, &loop, [&](bool good) {
-    loaded = good;
-    loop.quit();
-  });
-  QTimer::singleShot(kLoadLimit, &loop, &QEventLoop::quit);
-  connect(page_, &QWebEnginePage::renderProcessTerminated, &loop, &QEventLoop::quit);
   // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
   // that way, and the script puts the document in its place.
   const QString head = ToQt(cut_.head);
   const auto type_begin = head.indexOf("<!doctype", 0, Qt::CaseInsensitive);
   const auto type_end = type_begin < 0 ? -1 : head.indexOf('>', type_begin);
   const QString type = type_end < 0 ? QString() : head.mid(type_begin, type_end - type_begin + 1);
-  page_->setHtml(type + "<html><body></body></html>", base_);
-  loop.exec(QEventLoop::ExcludeUserInputEvents);
-  disconnect(watch);
+  // One that is only looked at has no steps to be taken back, so it stays for the next document of its kind.
+  const std::pair kind(type, base_);
+  const bool stays = std::exchange(kind_, {}) == kind && read_only_;
+  if (!stays && !LoadPage(type)) return false;
+  kind_ = kind;
   // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
   const QString page = source_.left(source_.size() - ToQt(cut_.tail).size());
-  if (!loaded || !Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
+  if (!Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   if (read_only_) Evaluate("quill.setReadOnly(true)");
   page_->setZoomFactor(zoom_);
   Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too

@@ -13,6 +13,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desktop/document/editor_command.h"
@@ -134,6 +135,7 @@ class HtmlEditor final : public QWidget {
   void Start();
   void MakePage();
   bool Load(const Document& document);
+  bool LoadPage(const QString& type);
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
   void TakeNotice();
@@ -155,6 +157,7 @@ class HtmlEditor final : public QWidget {
   QString last_seen_;
   document::BodySource cut_;
   QUrl base_;
+  std::pair<QString, QUrl> kind_;  // of the page that waits for documents: its document type and its base
   QString picture_folder_;
   document::PicturePlaces given_places_;
   document::PicturePlaces places_;  // these and the document's own folder
