@@ -34,10 +34,26 @@ std::size_t SchemeLength(std::string_view address) {
   return is_name && (takes_numbers || !BeginsWithPort(address.substr(colon + 1))) ? colon + 1 : 0;
 }
 
+// Without the scheme that stood in the box before a whole address was put behind it.
+std::string_view WithOneScheme(std::string_view address) {
+  constexpr auto kWeb = std::to_array<std::string_view>({"https://", "http://"});
+  const auto web_length = [&](std::string_view text) {
+    const auto* const found = std::find_if(kWeb.begin(), kWeb.end(), [&](std::string_view scheme) {
+      return platform::StartsWithIgnoringAsciiCase(text, scheme);
+    });
+    return found == kWeb.end() ? 0 : found->size();
+  };
+  for (std::size_t length = web_length(address); length > 0 && web_length(address.substr(length)) > 0;
+       length = web_length(address)) {
+    address.remove_prefix(length);
+  }
+  return address;
+}
+
 }  // namespace
 
 std::string LinkAddress(std::string_view typed) {
-  const auto address = platform::Trim(typed);
+  const auto address = WithOneScheme(platform::Trim(typed));
   const auto scheme = SchemeLength(address);
   if (address.find_first_not_of('/', scheme) == std::string_view::npos) return {};
   if (scheme > 0 || address.starts_with('#') || address.starts_with("$*")) return std::string(address);

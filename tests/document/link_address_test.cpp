@@ -23,6 +23,8 @@ TEST(LinkAddress, GetsTheSchemeThatWasMeant) {
            {"ada@example.org?subject=a/b", "mailto:ada@example.org?subject=a/b"},
            {"http://example.org", "http://example.org"},
            {"HTTPS://example.org", "HTTPS://example.org"},
+           {"https://HTTP://https://example.org/http://x", "https://example.org/http://x"},
+           {"https://http://", ""},
            {"mailto:ada@example.org", "mailto:ada@example.org"},
            {"mailto:1234@example.org", "mailto:1234@example.org"},
            {"sip:1000@example.org", "sip:1000@example.org"},
