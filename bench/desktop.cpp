@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -13,8 +14,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 
+#include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
+#include "desktop/document/properties_form.h"
+#include "desktop/document/signature_manager_form.h"
+#include "desktop/document/template_form.h"
 #include "desktop/run/report_view.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/shell/start_window.h"
@@ -116,6 +122,45 @@ void MeasureLargeDocument(desktop::HtmlEditor& editor) {
   fmt::print("large_read {:.2f}\n", is_read ? Now() - begin : -1);
 }
 
+// From `begin` until a form says by `signal` that what `act` asks for is done.
+template <typename Form>
+double SecondsFrom(double begin, Form& form, void (Form::*signal)(), const std::function<void()>& act) {
+  bool is_done = false;
+  QObject::connect(&form, signal, &form, [&is_done] { is_done = true; });
+  act();
+  WaitFor([&is_done] { return is_done; });
+  const double seconds = Now() - begin;
+  QObject::disconnect(&form, signal, &form, nullptr);
+  return seconds;
+}
+
+// Until a design that is chosen is shown, the slowest of the five; until the signature can be edited; and until the
+// properties of a document of 1 MB are known.
+void MeasureComposing(const profile::Program& program) {
+  desktop::HtmlEditor page;
+  desktop::EditorDocument letter(page, program.folders);
+  IgnoreErrors(letter.StartNew(""));  // what does not work, the wait for a design shows
+  desktop::TemplateForm designs(program, letter, page, nullptr);
+  designs.show();
+  QTest::qWait(1000);  // nobody chooses sooner
+  auto* list = designs.findChild<QListWidget*>("EmailListBox");
+  double longest = 0;
+  for (int row = 0; row < list->count(); ++row) {
+    longest = std::max(longest,
+                       SecondsFrom(Now(), designs, &desktop::TemplateForm::Shown, [&] { list->setCurrentRow(row); }));
+  }
+  double begin = Now();
+  desktop::SignatureManagerForm signature(program, nullptr);
+  const double ready = SecondsFrom(begin, signature, &desktop::SignatureManagerForm::Ready, [&] { signature.show(); });
+  document::MessageDocument document;
+  while (document.html.size() < 1000000)
+    document.html += R"(<p>One of <a href="https://example.org">many</a> paragraphs, all with words in them.</p>)";
+  begin = Now();
+  desktop::PropertiesForm properties(document, {}, true, nullptr);
+  const double known = SecondsFrom(begin, properties, &desktop::PropertiesForm::Known, [&] { properties.show(); });
+  fmt::print("design {:.4f}\nsignature {:.4f}\nproperties {:.4f}\n", longest, ready, known);
+}
+
 int Measure(const profile::Program& program, const std::string& html, const std::string& subject, bool has_splash) {
   const double begun = Now();
   IgnoreErrors(program.settings.Write("Options", "Tips", "0"));  // what is not written, the wait for the page shows
@@ -148,6 +193,7 @@ int Measure(const profile::Program& program, const std::string& html, const std:
   WaitFor([&] { return form.stage() == desktop::SendMailForm1::Stage::kFinished; });
   fmt::print("sent {:.3f}\npause {:.4f}\n", Now() - begin, pause.seconds());
   MeasureReport(program.folders.temporary / "report.txt");
+  MeasureComposing(program);
   MeasureLargeDocument(editor);
   std::fflush(stdout);
   std::_Exit(0);  // closing would ask
