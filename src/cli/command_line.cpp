@@ -30,6 +30,22 @@ int CheckStandardOutput(int exit_code, const platform::CancelToken& cancel) {
   return exit_code == 0 ? ExitCode(Failure::kIo) : exit_code;
 }
 
+// "--name=" as "--name" and an empty value. The parser would take the argument behind it for the value, which a script
+// with an empty variable does not mean.
+std::vector<std::string> WithEmptyValues(std::vector<std::string> arguments) {
+  std::vector<std::string> out;
+  bool are_options = true;
+  for (std::string& argument : arguments) {
+    are_options = are_options && argument != "--";
+    const bool is_empty =
+        are_options && argument.size() > 3 && argument.starts_with("--") && argument.find('=') == argument.size() - 1;
+    if (is_empty) argument.pop_back();
+    out.push_back(std::move(argument));
+    if (is_empty) out.emplace_back();
+  }
+  return out;
+}
+
 }  // namespace
 
 int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::path& executable,
@@ -76,6 +92,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddHistoryCommand(app, context);
   AddMailboxCommand(app, context);
 
+  arguments = WithEmptyValues(std::move(arguments));
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
   try {  // the parser tells wrong usage, --help and --version by exceptions; they end here
     app.parse(std::move(arguments));

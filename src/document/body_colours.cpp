@@ -83,11 +83,25 @@ std::size_t EndOf(std::string_view html, const HtmlAttribute& attribute) {
   return attribute.value_end + (is_quoted ? 1 : 0);
 }
 
-// The whole attribute, quotes included, by another; for an empty value with the blank before it.
+// The whole attribute, quotes included, by another; for an empty value with the blank before it, unless only that parts
+// what stands on either side.
 Change Replaced(std::string_view html, const HtmlAttribute& attribute, const Row& row, const std::string& value) {
   Change change{attribute.name_begin, EndOf(html, attribute), value.empty() ? std::string() : Written(row, value)};
-  if (value.empty() && html[change.begin - 1] == ' ') --change.begin;
+  const bool is_apart = std::string_view(" \t\r\n\f>/").find(html[change.end]) != std::string_view::npos;
+  if (value.empty() && is_apart && html[change.begin - 1] == ' ') --change.begin;
   return change;
+}
+
+bool IsNamed(std::string_view html, const HtmlAttribute& attribute, std::string_view name) {
+  return platform::EqualsIgnoringAsciiCase(html.substr(attribute.name_begin, attribute.name_end - attribute.name_begin),
+                                           name);
+}
+
+// Every one of that name goes, for a second one would count then.
+void TakeOut(std::string_view html, const HtmlToken& body, const Row& row, std::vector<Change>& changes) {
+  for (const HtmlAttribute& attribute : body.attributes) {
+    if (IsNamed(html, attribute, row.attribute)) changes.push_back(Replaced(html, attribute, row, ""));
+  }
 }
 
 // Behind the tag's last attribute, or behind its name.
@@ -148,6 +162,8 @@ std::string WithBodyColours(std::string_view html, const BodyColours& chosen) {
     const HtmlAttribute* const attribute = page.Find(body, row.attribute);
     if (attribute == nullptr) {
       if (!value.empty()) added += ' ' + Written(row, value);
+    } else if (value.empty()) {
+      TakeOut(html, body, row, changes);
     } else if (value != page.Value(body, row.attribute)) {
       changes.push_back(Replaced(html, *attribute, row, value));
     }

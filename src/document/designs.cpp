@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "document/document_pictures.h"
+#include "document/link_trouble.h"
 #include "html/html_to_text.h"
 #include "html/local_pictures.h"
 #include "platform/file.h"
@@ -54,13 +55,16 @@ std::optional<Sentence> NoteOnWebSite(const std::string& site) {
         R"(The designs write https:// before the web site themselves, so its links would lead nowhere. Enter "{}".)",
         Shown(std::string_view(site).substr(scheme.size())));
   }
-  if (site.find_first_of(" \t\r\n\"<>") == std::string::npos) return {};
+  if (site.find_first_of(" \t\r\n\"<>") == std::string::npos) {
+    if (!LinkTrouble("https://" + site, "web")) return {};
+    return Say(R"(The web site "{}" is no complete address. Enter it as in www.example.org.)", Shown(site));
+  }
   return Say(R"(The web site "{}" holds a blank, a quotation mark or an angle bracket, where its links would end.)",
              Shown(site));
 }
 
 std::optional<Sentence> NoteOnAddress(const std::string& address) {
-  if (recipients::CheckEmail(address) && address.find_first_of(" \t\r\n\"<>?&#%,;") == std::string::npos) return {};
+  if (recipients::CheckEmail(address) && address.find_first_of(" \t\r\n\"<>?&#%,;:") == std::string::npos) return {};
   return Say(
       R"("{}" is not one bare mail address, so that the link to unsubscribe may not work. Enter it as in news@example.org.)",
       Shown(address));

@@ -157,6 +157,10 @@ class Look {
       Find(Say("“{}” stands in the letter still. Write your postal address there; many countries ask for it.",
                kSampleStreet));
     }
+    for (const auto sample : {kSampleCompany, kSampleWebSite}) {
+      if (body.find(sample) == std::string::npos) continue;
+      Find(Say("“{}” stands in the letter still. Write your own there.", sample));
+    }
     std::vector<std::string> tags = UnknownTags(body);
     tags.resize(std::min<std::size_t>(tags.size(), kMostTroubles));
     for (const std::string& tag : tags) Find(DescribeUnknownTag(tag));

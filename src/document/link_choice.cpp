@@ -6,6 +6,7 @@
 #include <array>
 
 #include "document/link_address.h"
+#include "document/link_trouble.h"
 #include "document/merge_fields.h"
 #include "platform/text.h"
 #include "recipients/check_email.h"
@@ -15,8 +16,6 @@ namespace {
 
 constexpr std::string_view kMailScheme = "mailto:";
 constexpr std::string_view kSubjectField = "?subject=";
-// Readers' programs block what these lead to.
-constexpr auto kBlockedSchemes = std::to_array<std::string_view>({"javascript:", "data:", "file:", "vbscript:"});
 
 // Every tag taken out, with what stands in for its value.
 std::string WithoutTags(std::string text, std::string_view value) {
@@ -38,19 +37,24 @@ std::optional<Complaint<LinkBox>> CheckWeb(std::string_view typed) {
   const std::string target = LinkAddress(WithoutTags(std::string(platform::Trim(typed)), "tag"));
   if (target.empty()) return Wrong("Please enter the address of a page.");
   if (HasBlank(target)) return Wrong("There is a blank in the address. Take it out, or write %20 for it.");
-  const bool is_blocked = std::any_of(kBlockedSchemes.begin(), kBlockedSchemes.end(),
-                                      [&](std::string_view scheme) { return BeginsWith(target, scheme); });
-  if (is_blocked) return Wrong("Mail programs follow no link of this kind. Give the address of a page on the web.");
-  const auto host = target.find("//");
-  const bool has_host = host == std::string::npos || target.find_first_of("/?#", host + 2) != host + 2;
-  if (!has_host) return Wrong("The name of the server is missing behind \"//\".");
-  return {};
+  if (CanBeFollowed(target)) return {};
+  const std::string scheme = SchemeOf(target);
+  if (scheme == "http" || scheme == "https") {
+    return Wrong("The server is missing in the address. It has the form example.org/page.");
+  }
+  return Wrong("Mail programs follow no link of this kind. Give the address of a page on the web.");
+}
+
+// Of what was typed or pasted, the scheme of a link included.
+std::string_view MailAddress(std::string_view typed) {
+  typed = platform::Trim(typed);
+  return BeginsWith(typed, kMailScheme) ? platform::Trim(typed.substr(kMailScheme.size())) : typed;
 }
 
 std::optional<Complaint<LinkBox>> CheckMail(const LinkChoice& choice) {
-  const std::string address = WithoutTags(std::string(platform::Trim(choice.address)), "tag@example.org");
+  const std::string address = WithoutTags(std::string(MailAddress(choice.address)), "tag@example.org");
   if (address.empty()) return Wrong("Please enter a mail address.");
-  const bool is_one = !HasBlank(address) && address.find_first_of("?&,;<>\"") == std::string::npos &&
+  const bool is_one = !HasBlank(address) && address.find_first_of("?&,;:<>\"") == std::string::npos &&
                       std::count(address.begin(), address.end(), '@') == 1;
   if (!is_one || !recipients::CheckEmail(address))
     return Wrong("That is no mail address. It has the form name@example.org.");
@@ -67,11 +71,13 @@ std::optional<Complaint<LinkBox>> CheckPlace(std::string_view typed) {
   return {};
 }
 
-// As RFC 6068 2 has it; a tag stays, for it is replaced as it stands.
-std::string EncodedSubject(std::string_view subject) {
+// As RFC 6068 2 has an address or a subject; a tag stays, for it is replaced as it stands.
+// Beside what stays everywhere, `stays_too` does.
+std::string Encoded(std::string_view text, std::string_view stays_too = {}) {
   std::string encoded;
-  for (const char c : subject) {
-    const bool stays = platform::AsciiIsAlnum(c) || std::string_view("-._~$*!,:@/").find(c) != std::string_view::npos;
+  for (const char c : text) {
+    const bool stays = platform::AsciiIsAlnum(c) || std::string_view("-._~$*!,:@/").find(c) != std::string_view::npos ||
+                       stays_too.find(c) != std::string_view::npos;
     encoded += stays ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
   }
   return encoded;
@@ -107,8 +113,8 @@ std::string LinkTarget(const LinkChoice& choice) {
   if (choice.kind == LinkKind::kWeb) return LinkAddress(address);
   if (choice.kind == LinkKind::kPlace) return '#' + address;
   const auto subject = platform::Trim(choice.subject);
-  std::string target = std::string(kMailScheme) + address;
-  if (!subject.empty()) target += std::string(kSubjectField) + EncodedSubject(subject);
+  std::string target = std::string(kMailScheme) + Encoded(MailAddress(address), "+'");
+  if (!subject.empty()) target += std::string(kSubjectField) + Encoded(subject);
   return target;
 }
 

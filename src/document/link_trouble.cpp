@@ -27,6 +27,13 @@ Address Cut(std::string_view target) {
   return {platform::AsciiLower(target.substr(0, end)), target.substr(end + 1)};
 }
 
+// What browsers read of an address: no tabs, line ends and other control characters, wherever they stand.
+std::string AsRead(std::string_view target) {
+  std::string read(target);
+  std::erase_if(read, [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+  return std::string(platform::Trim(read));
+}
+
 // "example.org" of "//ada@example.org:8080/x"; empty where no server is named.
 std::string HostOf(std::string_view rest) {
   if (!rest.starts_with("//")) return {};
@@ -56,9 +63,13 @@ bool IsInTwelveBits(std::string_view host) {
 
 // Names and addresses that lead nowhere from elsewhere (RFC 1918, 6761, 6762).
 bool IsOfThisNetwork(std::string_view host) {
-  constexpr std::array<std::string_view, 4> kBegins = {"127.", "10.", "192.168.", "169.254."};
-  constexpr std::array<std::string_view, 4> kEnds = {".local", ".localhost", ".lan", ".internal"};
-  if (host.starts_with('[')) return host == "[::1]";
+  constexpr auto kBegins = std::to_array<std::string_view>({"0.", "127.", "10.", "192.168.", "169.254."});
+  constexpr auto kEnds = std::to_array<std::string_view>({".local", ".localhost", ".lan", ".internal", ".home.arpa"});
+  constexpr auto kV6Begins = std::to_array<std::string_view>({"[fe80:", "[fc", "[fd"});
+  if (host.starts_with('[')) {
+    return host == "[::1]" || host == "[::]" ||
+           std::any_of(kV6Begins.begin(), kV6Begins.end(), [&](auto begin) { return host.starts_with(begin); });
+  }
   if (host.find('.') == std::string_view::npos) return true;
   if (host.find_first_not_of("0123456789.") == std::string_view::npos) {
     const bool begins =
@@ -70,7 +81,7 @@ bool IsOfThisNetwork(std::string_view host) {
 
 bool IsMailAddress(std::string_view text) {
   const std::size_t at = text.rfind('@');
-  if (at == std::string_view::npos || at == 0 || text.find_first_of(" \t<>,") != std::string_view::npos) return false;
+  if (at == std::string_view::npos || at == 0 || text.find_first_of(" \t<>,:") != std::string_view::npos) return false;
   const std::string_view host = text.substr(at + 1);
   return IsHost(host) && host.find('.') != std::string_view::npos;
 }
@@ -147,6 +158,18 @@ std::optional<Sentence> WebTrouble(const Address& address, std::string_view targ
       name, Shown(target));
 }
 
+constexpr bool IsScript(std::string_view scheme) { return scheme == "javascript" || scheme == "vbscript"; }
+
+// What opens nothing in a mail reader, or nothing of somebody else's.
+bool IsBlocked(std::string_view scheme) {
+  constexpr auto kBlocked = std::to_array<std::string_view>({"data", "about", "blob", "view-source", "cid", "mid"});
+  return IsScript(scheme) || std::find(kBlocked.begin(), kBlocked.end(), scheme) != kBlocked.end();
+}
+
+bool IsOfThisComputer(const Address& address, std::string_view target) {
+  return address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\');
+}
+
 // "htp", "hhttps", "ttp" for "http" or "https".
 bool IsMistyped(std::string_view scheme) {
   const bool ends = scheme.ends_with('p') || scheme.ends_with("ps");
@@ -154,7 +177,7 @@ bool IsMistyped(std::string_view scheme) {
 }
 
 std::optional<Sentence> MailTrouble(const Address& address, std::string_view target, std::string_view text) {
-  const auto given = platform::PercentDecoded(address.rest.substr(0, address.rest.find('?')));
+  const auto given = platform::PercentDecoded(address.rest.substr(0, address.rest.find_first_of("?#")));
   const std::string_view list = given ? platform::Trim(*given) : std::string_view();
   if (list.empty() && address.rest.find('?') != std::string_view::npos) return std::nullopt;  // "tell a friend"
   for (const auto part : platform::Split(list, ',')) {
@@ -171,8 +194,19 @@ std::optional<Sentence> MailTrouble(const Address& address, std::string_view tar
 
 }  // namespace
 
-std::optional<Sentence> LinkTrouble(std::string_view target, std::string_view text) {
-  target = platform::Trim(target);
+std::string SchemeOf(std::string_view target) { return Cut(AsRead(target)).scheme; }
+
+bool CanBeFollowed(std::string_view target) {
+  const std::string read = AsRead(target);
+  if (read.starts_with('#') || read.starts_with(kTagBegin)) return true;
+  const Address address = Cut(read);
+  if (address.scheme == "http" || address.scheme == "https") return IsHost(HostOf(address.rest));
+  if (address.scheme.empty() || IsOfThisComputer(address, read)) return false;
+  return !IsBlocked(address.scheme) && !IsMistyped(address.scheme);
+}
+
+std::optional<Sentence> LinkTrouble(std::string_view given_target, std::string_view text) {
+  const std::string target = AsRead(given_target);
   text = platform::Trim(text);
   const std::string name = NameOf(text, target);
   if (target.empty() || target == "#") {
@@ -183,14 +217,18 @@ std::optional<Sentence> LinkTrouble(std::string_view target, std::string_view te
     return Say("The link to “{}” has no words to press or to hear. Give it some, or its picture an alternative text.",
                Shown(target));
   }
-  if (target.starts_with('#') || target.find(kTagBegin) != std::string_view::npos) return std::nullopt;
   const Address address = Cut(target);
-  if (address.scheme == "http" || address.scheme == "https") return WebTrouble(address, target, text);
-  if (address.scheme == "mailto") return MailTrouble(address, target, text);
-  if (address.scheme == "javascript" || address.scheme == "vbscript") {
+  if (IsScript(address.scheme)) {
     return Say("The link “{}” is a script, which no mail reader runs. Give it a web address.", name);
   }
-  if (address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\')) {
+  if (IsBlocked(address.scheme)) {
+    return Say("The link “{}” leads to “{}”, which no mail reader follows. Give it a web address.", name,
+               Shown(target));
+  }
+  if (target.starts_with('#') || target.find(kTagBegin) != std::string::npos) return std::nullopt;
+  if (address.scheme == "http" || address.scheme == "https") return WebTrouble(address, target, text);
+  if (address.scheme == "mailto") return MailTrouble(address, target, text);
+  if (IsOfThisComputer(address, target)) {
     return Say(
         "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
         "attach it.",

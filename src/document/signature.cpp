@@ -1,7 +1,9 @@
 #include "document/signature.h"
 
+#include <algorithm>
 #include <array>
 
+#include "document/link_trouble.h"
 #include "html/html_tokenizer.h"
 #include "platform/text.h"
 #include "profile/main_window_contents.h"
@@ -16,23 +18,31 @@ constexpr std::size_t kCutAt = std::size_t{102} * 1024;
 class ScriptSearch final : public html::HtmlVisitor {
  public:
   bool found = false;
+  bool has_forms = false;  // or frames and the like, which are taken out
   bool has_tags = false;
 
  private:
   void StartTag(const html::HtmlTokenizer& tokenizer, const html::HtmlToken& token) override {
     has_tags = true;
     found = found || token.name == "script";
+    has_forms = has_forms || IsTakenOut(token.name);
     for (const auto& attribute : token.attributes) found = found || Runs(tokenizer, token, attribute);
   }
   void StyleSheet(std::string_view) override {}
+
+  static bool IsTakenOut(std::string_view name) {
+    constexpr auto kTakenOut =
+        std::to_array<std::string_view>({"iframe", "frame", "object", "embed", "form", "applet"});
+    return std::find(kTakenOut.begin(), kTakenOut.end(), name) != kTakenOut.end();
+  }
 
   static bool Runs(const html::HtmlTokenizer& tokenizer, const html::HtmlToken& token,
                    const html::HtmlAttribute& attribute) {
     const auto name =
         tokenizer.Source(token).substr(attribute.name_begin - token.begin, attribute.name_end - attribute.name_begin);
     if (platform::StartsWithIgnoringAsciiCase(name, "on")) return true;
-    const std::string value = html::DecodeCharacterReferences(tokenizer.RawValue(attribute), true);
-    return platform::StartsWithIgnoringAsciiCase(platform::Trim(value), "javascript:");
+    const std::string scheme = SchemeOf(html::DecodeCharacterReferences(tokenizer.RawValue(attribute), true));
+    return scheme == "javascript" || scheme == "vbscript";
   }
 };
 
@@ -64,6 +74,8 @@ std::vector<Sentence> SignatureNotes(std::string_view html) {
   std::vector<Sentence> notes;
   if (search.found)
     notes.emplace_back("The signature holds a script. Mail programs run none, and some refuse such mail.");
+  if (search.has_forms)
+    notes.emplace_back("The signature holds a form, a frame or an object, which mail programs take out.");
   if (!search.has_tags && !platform::Trim(html).empty()) {
     notes.emplace_back(
         "The signature holds no HTML; its lines run together. A text file whose name ends in .txt keeps them.");

@@ -168,6 +168,10 @@ class Composing(Case):
                 (("compose", "line", "--width", "60", "--align", "Left", "--solid"), 0, '<hr align="left" noshade width="60%">\n', ""),
                 (("compose", "line", "--width", "150", "--unit", "Pixels"), 64, "", "Please enter a valid width."),
                 (("compose", "line", "--height", ""), 64, "", "Please enter your height."),
+                # As from a script whose variable is empty: what follows is no value.
+                (("compose", "line", "--width=", "--solid"), 64, "", "Please enter your width."),
+                (("compose", "template", "Travel", "--web", "w.example", "--unsubscribe", "a@w.example",
+                  "--unsubscribe-subject", "x", "--company=", "--json"), 64, "", "Please enter your company name."),
                 (("compose", "line", "--align", "Up"), 64, "", "Up"),
                 (("compose", "table", "--rows", "1", "--columns", "1", "--width", "9", "--unit", "Pixels"), 0,
                  '<Table cellspacing="0" cellpadding="4" border="1" width=9>\n   <TR>\n      <TD>&nbsp;</TD>\n   </TR>\n</Table>\n', ""),

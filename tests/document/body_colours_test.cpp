@@ -19,6 +19,8 @@ TEST(BodyColours, ChangeTheirAttributesAlone) {
             "<body\n link=\"#0000FF\"  id='a' bgcolor='#ffffff'>x"},
            {"<body link bgcolor=\"\" class=c>x", blue, "<body link=\"#0000FF\" bgcolor=\"#ffffff\" class=c>x"},
            {"<body text=\"#000000\" id=a>x", {}, "<body id=a>x"},
+           {"<body bgcolor=\"#112233\"link=\"#000000\">x", {.link = "#000000"}, "<body link=\"#000000\">x"},
+           {"<body bgcolor=\"#112233\" bgcolor='#445566' id=a>x", {}, "<body id=a>x"},
            {"<body id=a text='#000000'>x", blue, "<body id=a link=\"#0000FF\" bgcolor=\"#ffffff\">x"},
            {"<body background='a &amp; b.png'>x", {.picture = "a & b.png"}, "<body background='a &amp; b.png'>x"},
            {"<body>x", {.picture = "a \"b\" & c.png"}, "<body background=\"a &quot;b&quot; &amp; c.png\">x"},
@@ -48,7 +50,16 @@ TEST(BodyColours, AreChecked) {
     EXPECT_EQ(complaint->control, BodyBox::kVisited);
   }
   EXPECT_FALSE(CheckBodyColours({.text = "navy", .link = "#aBcDeF", .picture = "any thing"}, found));
-  EXPECT_EQ(CheckBodyColours({.text = "Navy", .background = "x"}, found)->control, BodyBox::kText) << "the first";
+  BodyColours wrong = {.text = "x", .link = "x", .visited = "x", .active = "x", .background = "x"};
+  for (const auto& [field, control] : std::initializer_list<std::pair<std::string BodyColours::*, BodyBox>>{
+           {&BodyColours::text, BodyBox::kText},
+           {&BodyColours::link, BodyBox::kLink},
+           {&BodyColours::visited, BodyBox::kVisited},
+           {&BodyColours::active, BodyBox::kActive},
+           {&BodyColours::background, BodyBox::kBackground}}) {
+    EXPECT_EQ(CheckBodyColours(wrong, found)->control, control) << "the first";
+    wrong.*field = "#123456";
+  }
 }
 
 }  // namespace

@@ -48,6 +48,7 @@ TEST(Insertions, TableChecksEachFieldInOrder) {
                       {&TableChoice::spacing, "0", nullptr},
                       {&TableChoice::spacing, "100", "Please enter a valid spacing.", TableBox::kSpacing},
                       {&TableChoice::padding, "", "Please enter your padding.", TableBox::kPadding},
+                      {&TableChoice::padding, "100", "Please enter a valid padding.", TableBox::kPadding},
                       {&TableChoice::padding, "-1", "Please enter a valid padding.", TableBox::kPadding},
                       {&TableChoice::padding, "1.", "Please enter a valid padding.", TableBox::kPadding},
                       {&TableChoice::padding, ".5", "Please enter a valid padding.", TableBox::kPadding},
@@ -57,10 +58,21 @@ TEST(Insertions, TableChecksEachFieldInOrder) {
                       {&TableChoice::rows, "2.5", "Please enter a valid row.", TableBox::kRows},
                       {&TableChoice::rows, kLong, "Please enter a valid row.", TableBox::kRows},
                       {&TableChoice::columns, "", "Please enter your column.", TableBox::kColumns},
+                      {&TableChoice::columns, "0", "Please enter a valid column.", TableBox::kColumns},
+                      {&TableChoice::columns, "100", "Please enter a valid column.", TableBox::kColumns},
                       {&TableChoice::columns, kArabicSeven, "Please enter a valid column.", TableBox::kColumns},
                       {&TableChoice::width, "", nullptr},
                   });
-  EXPECT_EQ(CheckTable({.border = "0", .columns = ""})->control, TableBox::kBorder) << "the first that fails";
+  TableChoice choice = {.border = "", .spacing = "", .padding = "", .rows = "", .columns = ""};
+  for (const auto& [field, control] : std::initializer_list<std::pair<std::string TableChoice::*, TableBox>>{
+           {&TableChoice::border, TableBox::kBorder},
+           {&TableChoice::spacing, TableBox::kSpacing},
+           {&TableChoice::padding, TableBox::kPadding},
+           {&TableChoice::rows, TableBox::kRows},
+           {&TableChoice::columns, TableBox::kColumns}}) {
+    EXPECT_EQ(CheckTable(choice)->control, control) << "the first that fails";
+    choice.*field = "1";
+  }
 }
 
 TEST(Insertions, TablesAreRowsOfCells) {

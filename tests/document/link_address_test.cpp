@@ -48,6 +48,7 @@ TEST(LinkChoice, IsCheckedForForm) {
   constexpr const char* kNoMail = "That is no mail address. It has the form name@example.org.";
   constexpr const char* kNoPlace = "The name of a place has no blanks, and neither #, \", < nor >.";
   constexpr const char* kBlocked = "Mail programs follow no link of this kind. Give the address of a page on the web.";
+  constexpr const char* kNoServer = "The server is missing in the address. It has the form example.org/page.";
   constexpr const char* kNoTag = "There is no such merge tag. Copy its name from the menu of merge tags.";
   struct Case {
     LinkChoice choice;
@@ -61,7 +62,13 @@ TEST(LinkChoice, IsCheckedForForm) {
            {{LinkKind::kWeb, "tel:0123"}, "tel:0123"},
            {{LinkKind::kWeb, "https://"}, "Please enter the address of a page."},
            {{LinkKind::kWeb, "example.org/a b"}, "There is a blank in the address. Take it out, or write %20 for it."},
-           {{LinkKind::kWeb, "https:///x"}, "The name of the server is missing behind \"//\"."},
+           {{LinkKind::kWeb, "https:///x"}, kNoServer},
+           {{LinkKind::kWeb, "/etc/passwd"}, kNoServer},
+           {{LinkKind::kWeb, "https:example.org"}, kNoServer},
+           {{LinkKind::kWeb, "https://@/"}, kNoServer},
+           {{LinkKind::kWeb, "C:\\x.html"}, kBlocked},
+           {{LinkKind::kWeb, "about:blank"}, kBlocked},
+           {{LinkKind::kWeb, "htp://example.org"}, kBlocked},
            {{LinkKind::kWeb, "JavaScript:alert(1)"}, kBlocked},
            {{LinkKind::kWeb, "file:///home/ada/a.html"}, kBlocked},
            {{LinkKind::kWeb, "https://example.org/$*MergeNick*$"}, kNoTag},
@@ -70,6 +77,9 @@ TEST(LinkChoice, IsCheckedForForm) {
             "mailto:ada@example.org?subject=50%20%25%20off:%20a%26b,%20%C3%A4%3F"},
            {{LinkKind::kMail, "$*MergeEmail*$", "For $*MergeLastName*$"},
             "mailto:$*MergeEmail*$?subject=For%20$*MergeLastName*$"},
+           {{LinkKind::kMail, "MailTo:ada@example.org", "x"}, "mailto:ada@example.org?subject=x"},
+           {{LinkKind::kMail, "a#b%2+o'c@example.org", "x"}, "mailto:a%23b%252+o'c@example.org?subject=x"},
+           {{LinkKind::kMail, "mailto:mailto:ada@example.org"}, kNoMail},
            {{LinkKind::kMail, ""}, "Please enter a mail address."},
            {{LinkKind::kMail, "ada"}, kNoMail},
            {{LinkKind::kMail, "ada@example.org, bob@example.net"}, kNoMail},
@@ -100,6 +110,7 @@ TEST(LinkChoice, IsReadFromAnAddress) {
            {"https://example.org/?a=b", LinkKind::kWeb, "https://example.org/?a=b", ""},
            {"#prices", LinkKind::kPlace, "prices", ""},
            {"MAILTO:ada@example.org?Subject=a%20b", LinkKind::kMail, "ada@example.org", "a b"},
+           {"mailto:sales%23eu%25x@example.org", LinkKind::kMail, "sales#eu%x@example.org", ""},
            {"mailto:a%40b@example.org", LinkKind::kWeb, "mailto:a%40b@example.org", ""},
            {"mailto:ada@example.org?cc=bob@example.net", LinkKind::kWeb, "mailto:ada@example.org?cc=bob@example.net",
             ""},
@@ -109,6 +120,10 @@ TEST(LinkChoice, IsReadFromAnAddress) {
     EXPECT_EQ(read.kind, c.kind) << c.target;
     EXPECT_EQ(read.address, c.address);
     EXPECT_EQ(read.subject, c.subject);
+    const std::string_view target = c.target;
+    if (target.starts_with("mailto:")) {
+      EXPECT_EQ(LinkTarget(read), target) << "unchanged";
+    }
   }
 }
 

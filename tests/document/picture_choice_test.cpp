@@ -65,6 +65,7 @@ TEST(PictureChoice, IsCheckedAndBecomesHtml) {
            {{"", "1", "-1"}, "Please enter a valid height. 1"},
            {{"", "1", "1", ""}, "Please enter your border. 2"},
            {{"", "1", "1", "100"}, "Please enter a valid border. 2"},
+           {{"", "1", "0", "100"}, "Please enter a valid height. 1"},
            {{"", std::string(100000, '9'), "1"}, "Please enter a valid width. 0"},
            {{"", "400", "300"}, R"(alt="" width="400" height="300" border="0" style="max-width: 100%; height: auto;")"},
            {{"a \"b\" <c> & d", "9999", "1", "99", "Left"},

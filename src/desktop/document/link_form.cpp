@@ -79,6 +79,7 @@ void LinkForm::Show(const document::LinkChoice& choice) {
   place_->setCurrentIndex(place_->findData(address));
   if (is_place && place_->currentIndex() < 0) place_->setEditText(address);
   ShowKind();
+  (is_place ? static_cast<QWidget*>(place_) : address_)->setFocus();
   if (!address.isEmpty()) address_->selectAll();
 }
 
@@ -89,7 +90,6 @@ void LinkForm::ShowKind() {
   place_->setEnabled(kind == LinkKind::kPlace);
   if (kind == LinkKind::kMail && address_->text() == kScheme) address_->clear();
   if (kind == LinkKind::kWeb && address_->text().isEmpty()) address_->setText(kScheme);
-  (kind == LinkKind::kPlace ? static_cast<QWidget*>(place_) : address_)->setFocus();
   SayWhere();
 }
 
