@@ -34,12 +34,13 @@ int RunGet(Context& context) {
 }
 
 // Its pictures are copied among the program's own, for a message without a file finds none beside itself.
-Result<std::string> HtmlFrom(const std::string& file, const profile::Folders& folders) {
+Result<std::string> HtmlFrom(const std::string& file, const profile::Folders& folders,
+                             const platform::CancelToken& cancel) {
   const auto html = document::ReadHtmlToKeep(file);
   if (!html) return html.error();
   const fs::path folder = fs::absolute(file, IgnoreErrors()).parent_path();
   return document::CopyPictures(*html, folder, document::PicturePlaces(folders).WithOwnFolder(folder),
-                                {folders.Pictures(), document::FileAddress(folders.Pictures())});
+                                {folders.Pictures(), document::FileAddress(folders.Pictures())}, &cancel);
 }
 
 int RunSet(Context& context, const SignatureOptions& options) {
@@ -52,7 +53,7 @@ int RunSet(Context& context, const SignatureOptions& options) {
   auto signature = document::LoadSignature(settings);
   if (!signature) return context.output.Fail(signature.error());
   if (!options.file.empty()) {
-    auto html = HtmlFrom(options.file, *folders);
+    auto html = HtmlFrom(options.file, *folders, context.cancel);
     if (!html) return context.output.Fail(html.error());
     signature->html = *std::move(html);
   }

@@ -77,7 +77,7 @@ int RunSave(Context& context, const TemplateOptions& options) {
   const auto if_there = AskAboutName(context, own, name);
   if (!if_there) return context.output.Fail(if_there.error());
   const auto places = document::PicturePlaces(folders).WithOwnFolder(folder);
-  const auto kept = own.Keep(name, {*std::move(html), folder, places}, *if_there);
+  const auto kept = own.Keep(name, {*std::move(html), folder, places}, *if_there, &context.cancel);
   return Conclude(context, kept, fmt::format("Template \"{}\" is kept.", platform::Printable(name)),
                   {{"template", name}, {"done", "save"}});
 }
@@ -116,8 +116,9 @@ int RunExport(Context& context, const TemplateOptions& options) {
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write)
     return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Name another file."});
-  const auto done = OwnTemplates(folders.Templates())
-                        .Export(options.name, document::PicturePlaces(folders), file, folders.OwnFiles());
+  const auto done =
+      OwnTemplates(folders.Templates())
+          .Export(options.name, document::PicturePlaces(folders), file, folders.OwnFiles(), &context.cancel);
   return Conclude(context, done, fmt::format("Template \"{}\" is in {}.", options.name, file.string()),
                   {{"template", options.name}, {"done", "export"}, {"file", file.string()}});
 }

@@ -1,65 +1,18 @@
 #include "document/document_pictures.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <set>
 #include <vector>
 
+#include "document/picture_copies.h"
+#include "document/picture_kind.h"
 #include "html/local_pictures.h"
-#include "platform/file.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
-namespace {
 
 namespace fs = std::filesystem;
 
-// What cannot be read is like nothing.
-bool AreAlike(const fs::path& one, const fs::path& other) {
-  std::error_code failed;
-  if (fs::file_size(one, failed) != fs::file_size(other, failed) || failed) return false;
-  std::ifstream first(one, std::ios::binary);
-  std::ifstream second(other, std::ios::binary);
-  return first && second &&
-         std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
-}
-
-// The place for a copy under that name: that of a copy which is there already, or one that nothing has.
-template <typename IsCopy>
-fs::path PlaceIn(const fs::path& folder, const fs::path& wanted, const IsCopy& is_copy) {
-  fs::path place = folder / wanted.filename();
-  for (int number = 2; fs::exists(place, IgnoreErrors()) && !is_copy(place); ++number) {
-    place = folder / fmt::format("{} ({}){}", wanted.stem().string(), number, wanted.extension().string());
-  }
-  return place;
-}
-
-}  // namespace
-
-Result<fs::path> KeepPicture(const fs::path& file, const fs::path& folder) {
-  const fs::path copy = PlaceIn(folder, file, [&](const fs::path& other) { return AreAlike(file, other); });
-  auto made = platform::EnsureFolder(folder);
-  if (made) made = platform::CopyFile(file, copy);
-  if (!made) return made.error();
-  return copy;
-}
-
 std::string FileAddress(const fs::path& file) { return "file://" + platform::PercentEncoded(file.string()); }
-
-Result<fs::path> KeepPicture(std::string_view bytes, const std::string& name, const fs::path& folder) {
-  const fs::path copy = PlaceIn(folder, name, [&](const fs::path& other) {
-    const auto content = platform::ReadFile(other, bytes.size());
-    return content && *content == bytes;
-  });
-  auto made = platform::EnsureFolder(folder);
-  if (made) made = platform::ReplaceFile(copy, bytes);
-  if (!made) return made.error();
-  return copy;
-}
 
 Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& base, const fs::path& import_folder,
                                       const PicturePlaces& places, const fs::path& target, TakenPictures& taken) {
@@ -69,7 +22,7 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
   const fs::path beside = target.parent_path() / folder;
   std::vector<html::PictureReference> references;
   std::vector<std::string> replacements;
-  std::set<fs::path> seen;
+  PictureCopies copies(beside);
   for (auto& reference : html::FindLocalPictures(html)) {
     const fs::path file = (base / reference.path).lexically_normal();
     const bool loses_its_folder = moves && fs::path(reference.path).is_relative();
@@ -82,8 +35,8 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
       references.push_back(std::move(reference));
       continue;
     }
-    if (is_there && seen.insert(file).second) {
-      const auto copy = KeepPicture(file, beside);
+    if (is_there) {
+      const auto copy = copies.Keep(file);
       if (!copy) return copy.error();
       taken[file] = copy->filename().string();
     }
@@ -95,18 +48,23 @@ Result<std::string> TakePicturesAlong(std::string_view html, const fs::path& bas
 
 namespace {
 
-// The HTML with each picture's address as `address_of` gives it for the file; empty for one that stays as it is.
-Result<std::string> WithAddresses(
-    std::string_view html, const fs::path& base,
-    const std::function<Result<std::string>(const fs::path& file, bool relative)>& address_of) {
+using AddressOf = std::function<Result<std::string>(const fs::path& file, bool relative)>;
+
+// The HTML with each picture's address as `address_of` gives it for the file, which is asked once for each; empty for
+// one that stays as it is.
+Result<std::string> WithAddresses(std::string_view html, const fs::path& base, const AddressOf& address_of) {
   const auto references = html::FindLocalPictures(html);
+  std::map<std::string, std::string> known;  // by the path of the reference
   std::vector<std::string> addresses;
   for (const auto& reference : references) {
+    const auto [entry, is_new] = known.try_emplace(reference.path);
     const bool relative = fs::path(reference.path).is_relative();
-    auto address = relative && base.empty() ? Result<std::string>(std::string())
-                                            : address_of((base / reference.path).lexically_normal(), relative);
-    if (!address) return address.error();
-    addresses.push_back(std::move(*address));
+    if (is_new && !(relative && base.empty())) {
+      auto address = address_of((base / reference.path).lexically_normal(), relative);
+      if (!address) return address.error();
+      entry->second = std::move(*address);
+    }
+    addresses.push_back(entry->second);
   }
   return html::RewriteReferences(html, references, addresses);
 }
@@ -114,13 +72,12 @@ Result<std::string> WithAddresses(
 }  // namespace
 
 Result<std::string> CopyPictures(std::string_view html, const fs::path& base, const PicturePlaces& places,
-                                 const PictureFolder& target) {
+                                 const PictureFolder& target, const platform::CancelToken* cancel) {
   const auto real_folders = places.RealFolders();
+  PictureCopies copies(target.folder, cancel);
   return WithAddresses(html, base, [&](const fs::path& file, bool relative) -> Result<std::string> {
-    if (!fs::is_regular_file(file, IgnoreErrors()) || !places.Hold(file, real_folders)) {
-      return relative ? FileAddress(file) : std::string();
-    }
-    const auto copy = KeepPicture(file, target.folder);
+    if (!places.Hold(file, real_folders) || !IsPicture(file)) return relative ? FileAddress(file) : std::string();
+    const auto copy = copies.Keep(file);
     if (!copy) return copy.error();
     return target.address + platform::PercentEncoded('/' + copy->filename().string());
   });

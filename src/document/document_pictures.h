@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "document/picture_places.h"
+#include "platform/cancel.h"
 #include "platform/result.h"
 
 namespace quillcast::document {
@@ -26,13 +27,6 @@ Result<std::string> TakePicturesAlong(std::string_view html, const std::filesyst
                                       const std::filesystem::path& import_folder, const PicturePlaces& places,
                                       const std::filesystem::path& target, TakenPictures& taken);
 
-// Copies a picture that the person picked into the folder, under its own name where that is free, and gives the copy. A
-// file that has been copied there before is that copy.
-Result<std::filesystem::path> KeepPicture(const std::filesystem::path& file, const std::filesystem::path& folder);
-// The same of a picture that the program made out of one, under such a name.
-Result<std::filesystem::path> KeepPicture(std::string_view bytes, const std::string& name,
-                                          const std::filesystem::path& folder);
-
 // The address that names a file of this machine from anywhere.
 std::string FileAddress(const std::filesystem::path& file);
 
@@ -42,10 +36,12 @@ struct PictureFolder {
   std::string address;
 };
 
-// For HTML that is kept apart from where it came from, at `base`: copies the pictures that lie in `places` and gives
-// the HTML that names the copies. Another one stays where it is; where its reference is relative, it becomes absolute.
+// For HTML that is kept apart from where it came from, at `base`: copies what lies in `places` and is a picture by its
+// content, and gives the HTML that names the copies. Another file stays where it is; where its reference is relative,
+// it becomes absolute. A request by `cancel`, which may be null, fails it with kTryAgain; copies that are whole by then
+// stay.
 Result<std::string> CopyPictures(std::string_view html, const std::filesystem::path& base, const PicturePlaces& places,
-                                 const PictureFolder& target);
+                                 const PictureFolder& target, const platform::CancelToken* cancel = nullptr);
 
 // The HTML as it can be read from anywhere: relative references to files, which start from `base`, become absolute.
 std::string WithAbsolutePictures(std::string_view html, const std::filesystem::path& base);

@@ -1,6 +1,8 @@
 #include "document/own_templates.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <iterator>
 
 #include "document/body_file.h"
 #include "document/designs.h"
@@ -28,13 +30,67 @@ bool IsDesign(std::string_view name) {
 // A link could lead anywhere.
 bool IsFile(const fs::path& path) { return fs::symlink_status(path, IgnoreErrors()).type() == fs::file_type::regular; }
 
-Error NoSuch(std::string_view name) {
+// The program never puts one there; nothing where the name is free or a template's.
+std::optional<Error> SomethingElse(const fs::path& path, Failure failure = Failure::kNotPermitted) {
+  const auto type = fs::symlink_status(path, IgnoreErrors()).type();
+  if (type == fs::file_type::regular || type == fs::file_type::not_found || type == fs::file_type::none) return {};
+  auto what = Say("{} is a pipe or a device, no template.", path.string());
+  if (type == fs::file_type::directory) what = Say("{} is a folder, no template.", path.string());
+  if (type == fs::file_type::symlink) what = Say("{} is a link, no template.", path.string());
+  return Error{failure, std::move(what), "Move it away, or take another name."};
+}
+
+Error NoSuch(std::string_view name, const fs::path& file) {
+  if (auto other = SomethingElse(file, Failure::kNoInput)) return *std::move(other);
   return {Failure::kNoInput, Say("There is no template \"{}\".", Shown(name)), "Choose one that is listed."};
 }
 
-Error IsTaken(std::string_view name) {
+Error IsTaken(std::string_view name, const fs::path& file) {
+  if (auto other = SomethingElse(file)) return *std::move(other);
   return {Failure::kNotPermitted, Say("There is a template \"{}\" already.", Shown(name)),
           "Take another name, or say that it is to be replaced."};
+}
+
+struct CodeRange {
+  char32_t first;
+  char32_t last;
+};
+// What leaves no mark on the screen, so that two names would look alike. What turns the line is in Printable.
+constexpr CodeRange kUnseen[] = {{0xAD, 0xAD},      {0x61C, 0x61C},   {0x115F, 0x1160}, {0x180E, 0x180E},
+                                 {0x200B, 0x200B},  {0x200E, 0x200F}, {0x2060, 0x2065}, {0x206A, 0x206F},
+                                 {0x3164, 0x3164},  {0xFEFF, 0xFEFF}, {0xFFA0, 0xFFA0}, {0xFFF9, 0xFFFB},
+                                 {0xE0000, 0xE0FFF}};
+// Blanks of other widths, and what joins letters or chooses their form: within a name alone.
+constexpr CodeRange kBlanks[] = {{0x09, 0x0D},     {0x20, 0x20},     {0xA0, 0xA0},     {0x1680, 0x1680},
+                                 {0x2000, 0x200A}, {0x200C, 0x200D}, {0x202F, 0x202F}, {0x205F, 0x205F},
+                                 {0x2800, 0x2800}, {0x3000, 0x3000}};
+
+template <std::size_t kCount>
+bool IsIn(const CodeRange (&ranges)[kCount], char32_t code) {
+  return std::any_of(std::begin(ranges), std::end(ranges),
+                     [code](CodeRange range) { return code >= range.first && code <= range.last; });
+}
+
+// Of a text in UTF-8.
+struct LookOfName {
+  bool hides = false;  // holds what is not seen
+  bool ends_blank = false;
+  bool is_blank = true;  // from end to end
+  bool begins_blank = false;
+};
+
+LookOfName LookAtName(std::string_view name) {
+  LookOfName look;
+  look.hides = platform::Printable(name, name.size()) != name;
+  look.begins_blank = IsIn(kBlanks, platform::DecodeUtf8(name).code);
+  while (!name.empty()) {
+    const auto [code, length] = platform::DecodeUtf8(name);
+    look.hides = look.hides || IsIn(kUnseen, code);
+    look.ends_blank = IsIn(kBlanks, code);
+    look.is_blank = look.is_blank && look.ends_blank;
+    name.remove_prefix(length);
+  }
+  return look;
 }
 
 }  // namespace
@@ -43,12 +99,18 @@ std::optional<Complaint<TemplateNameBox>> CheckTemplateName(std::string_view nam
   const auto complain = [](const char* text) {
     return Complaint<TemplateNameBox>{text, TemplateNameBox::kName, Sentence(text)};
   };
-  if (platform::Trim(name).empty()) return complain("Please enter a name for the template.");
+  if (name.empty()) return complain("Please enter a name for the template.");
   if (name.size() > kLongestName) return complain("Please enter a shorter name for the template.");
-  if (!platform::IsUtf8(name) || platform::HoldsControl(name) || name.find_first_of("/\\") != std::string_view::npos) {
+  if (!platform::IsUtf8(name)) return complain("The name of a template is UTF-8, and this is not.");
+  const LookOfName look = LookAtName(name);
+  if (look.is_blank) return complain("Please enter a name for the template.");
+  if (platform::HoldsControl(name) || name.find_first_of("/\\") != std::string_view::npos) {
     return complain("The name of a template holds neither slashes nor control characters.");
   }
-  if (name.front() == '.' || platform::Trim(name) != name) {
+  if (look.hides) {
+    return complain("The name of a template holds no characters that are not seen or turn the line.");
+  }
+  if (name.front() == '.' || look.begins_blank || look.ends_blank) {
     return complain("The name of a template begins with no dot and no blank, and ends with no blank.");
   }
   if (IsDesign(name)) return complain("That is the name of a design. Please enter another one.");
@@ -90,7 +152,7 @@ Result<std::string> OwnTemplates::ReadAsKept(std::string_view name) const {
   }
   const auto file = FileOf(name);
   if (!file) return file.error();
-  if (!IsFile(*file)) return NoSuch(name);
+  if (!IsFile(*file)) return NoSuch(name, *file);
   auto body = ReadBodyFile(*file);
   if (!body) return body.error();
   return std::move(body->text);
@@ -101,18 +163,20 @@ Result<std::string> OwnTemplates::Read(std::string_view name) const {
   return html ? Result<std::string>(WithAbsolutePictures(*html, folder_)) : html;
 }
 
-Result<void> OwnTemplates::Keep(std::string_view name, const LetterToKeep& letter, IfThere if_there) const {
+Result<void> OwnTemplates::Keep(std::string_view name, const LetterToKeep& letter, IfThere if_there,
+                                const platform::CancelToken* cancel) const {
   const auto file = FileOf(name);
   if (!file) return file.error();
-  if (if_there == IfThere::kFail && Has(name)) return IsTaken(name);
+  if (const auto other = SomethingElse(*file)) return *other;
+  if (if_there == IfThere::kFail && Has(name)) return IsTaken(name, *file);
   auto made = platform::EnsureFolder(folder_);
   if (!made) return made;
-  const auto html = CopyPictures(letter.html, letter.base, letter.places, {folder_ / kPictures, kPictures});
+  const auto html = CopyPictures(letter.html, letter.base, letter.places, {folder_ / kPictures, kPictures}, cancel);
   if (!html) return html.error();
   if (if_there == IfThere::kReplace) return platform::ReplaceFile(*file, *html);
   const auto written = platform::WriteFileIfAbsent(*file, *html);
   if (!written) return written.error();
-  return *written ? Result<void>() : IsTaken(name);
+  return *written ? Result<void>() : IsTaken(name, *file);
 }
 
 Result<void> OwnTemplates::Rename(std::string_view name, std::string_view new_name, IfThere if_there) const {
@@ -120,12 +184,13 @@ Result<void> OwnTemplates::Rename(std::string_view name, std::string_view new_na
   if (!from) return from.error();
   const auto to = FileOf(new_name);
   if (!to) return to.error();
-  if (!IsFile(*from)) return NoSuch(name);
+  if (!IsFile(*from)) return NoSuch(name, *from);
   if (name == new_name) return {};
+  if (const auto other = SomethingElse(*to)) return *other;
   if (if_there == IfThere::kFail) {
     const auto renamed = platform::RenameIfAbsent(*from, *to);
     if (!renamed) return renamed.error();
-    return *renamed ? Result<void>() : IsTaken(new_name);
+    return *renamed ? Result<void>() : IsTaken(new_name, *to);
   }
   std::error_code failed;
   fs::rename(*from, *to, failed);
@@ -135,20 +200,24 @@ Result<void> OwnTemplates::Rename(std::string_view name, std::string_view new_na
 Result<void> OwnTemplates::Remove(std::string_view name) const {
   const auto file = FileOf(name);
   if (!file) return file.error();
-  if (!IsFile(*file)) return NoSuch(name);
+  if (!IsFile(*file)) return NoSuch(name, *file);
   std::error_code failed;
   fs::remove(*file, failed);
   return failed ? platform::SystemError("remove", *file, failed.value()) : Result<void>();
 }
 
 Result<void> OwnTemplates::Export(std::string_view name, const PicturePlaces& places, const fs::path& file,
-                                  const platform::OwnFiles& own) const {
+                                  const platform::OwnFiles& own, const platform::CancelToken* cancel) const {
   const auto kept = ReadAsKept(name);
   if (!kept) return kept.error();
   if (auto other = platform::CheckIsNotOwn(file, own); !other) return other;
+  const fs::path folder = file.parent_path();
+  std::error_code failed;
+  if (!fs::is_directory(folder, failed)) {
+    return platform::SystemError("create", folder, failed ? failed.value() : ENOTDIR);
+  }
   const std::string beside = file.stem().string() + "_files";
-  const auto html =
-      CopyPictures(*kept, folder_, places, {file.parent_path() / beside, platform::PercentEncoded(beside)});
+  const auto html = CopyPictures(*kept, folder_, places, {folder / beside, platform::PercentEncoded(beside)}, cancel);
   return html ? platform::ReplaceChosenFile(file, own, *html) : html.error();
 }
 

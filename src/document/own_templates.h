@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "document/picture_places.h"
+#include "platform/cancel.h"
 #include "platform/complaint.h"
 #include "platform/file_attributes.h"
 #include "platform/result.h"
@@ -19,8 +20,8 @@ namespace quillcast::document {
 
 enum class TemplateNameBox : std::uint8_t { kName };
 
-// What is wrong with a name for a template: an empty or over-long one, one that would lead out of the folder or be
-// hidden in it, or that of a design.
+// What is wrong with a name for a template: an empty or over-long one, one that would lead out of the folder, be hidden
+// in it or look like another, or that of a design.
 std::optional<Complaint<TemplateNameBox>> CheckTemplateName(std::string_view name);
 
 enum class IfThere : std::uint8_t { kFail, kReplace };
@@ -45,14 +46,15 @@ class OwnTemplates {
   Result<std::string> Read(std::string_view name) const;
 
   // With copies of its pictures. kNotPermitted for a name that is taken, unless it is to be replaced. A failure leaves
-  // what was there.
-  Result<void> Keep(std::string_view name, const LetterToKeep& letter, IfThere if_there) const;
+  // what was there; a request by `cancel`, which may be null, is one.
+  Result<void> Keep(std::string_view name, const LetterToKeep& letter, IfThere if_there,
+                    const platform::CancelToken* cancel = nullptr) const;
   Result<void> Rename(std::string_view name, std::string_view new_name, IfThere if_there) const;
   Result<void> Remove(std::string_view name) const;
-  // As a file that can go elsewhere, with its pictures beside it in "FILE_files". Replaces the file, unless it
-  // would be one of the program's `own`.
+  // As a file that can go elsewhere, into a folder that is there, with its pictures beside it in "FILE_files".
+  // Replaces the file, unless it would be one of the program's `own`.
   Result<void> Export(std::string_view name, const PicturePlaces& places, const std::filesystem::path& file,
-                      const platform::OwnFiles& own) const;
+                      const platform::OwnFiles& own, const platform::CancelToken* cancel = nullptr) const;
 
   const std::filesystem::path& folder() const { return folder_; }
 

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/cancel.h"
+
 namespace quillcast::platform {
 namespace {
 
@@ -82,9 +84,13 @@ int PlaceIfAbsent(const char* from, const char* to) {
   return 0;
 }
 
-Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::path& to_path) {
+Result<void> CopyContent(int from, const fs::path& from_path, int to, const fs::path& to_path,
+                         const CancelToken* cancel = nullptr) {
   std::string block(kCopyBlock, '\0');
   for (;;) {
+    if (cancel != nullptr && cancel->Requested() != Stop::kNone) {
+      return Error{Failure::kTryAgain, Say("The copying of {} was stopped.", from_path.string()), ""};
+    }
     const auto got = ReadSome(from, from_path, block.data(), block.size());
     if (!got) return got.error();
     if (*got == 0) return {};
@@ -204,11 +210,14 @@ Result<void> CopyFile(const fs::path& from, const fs::path& to) {
   return ReplaceFile(to, [&](int fd) { return CopyContent(source->get(), from, fd, to); });
 }
 
-Result<bool> CopyFileIfAbsent(const fs::path& from, const fs::path& to) {
-  if (fs::symlink_status(to, IgnoreErrors()).type() != fs::file_type::not_found) return false;
+Result<bool> CopyFileIfAbsent(const fs::path& from, const fs::path& to, const CancelToken* cancel) {
+  std::error_code failed;
+  const auto there = fs::symlink_status(to, failed).type();
+  if (there == fs::file_type::none) return SystemError("create", to, failed.value());
+  if (there != fs::file_type::not_found) return false;
   const auto source = OpenForReading(from);
   if (!source) return source.error();
-  return WriteAndPlace(to, PlaceIfAbsent, [&](int fd) { return CopyContent(source->get(), from, fd, to); });
+  return WriteAndPlace(to, PlaceIfAbsent, [&](int fd) { return CopyContent(source->get(), from, fd, to, cancel); });
 }
 
 Result<void> EnsureFolder(const fs::path& folder) {

@@ -14,6 +14,8 @@
 
 namespace quillcast::platform {
 
+class CancelToken;
+
 // An open file descriptor that closes itself.
 class UniqueFd {
  public:
@@ -82,8 +84,9 @@ Result<bool> RenameIfAbsent(const std::filesystem::path& from, const std::filesy
 Result<void> CopyFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // The same where nothing stands at `to`. What does, a link that leads nowhere included, is never replaced, however many
-// do this at once: false then.
-Result<bool> CopyFileIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to);
+// do this at once: false then. A request by `cancel` ends it with kTryAgain, and nothing at `to`.
+Result<bool> CopyFileIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to,
+                              const CancelToken* cancel = nullptr);
 
 // Makes the folder and those above it that are missing, each 0700. A folder that exists is left as it is.
 Result<void> EnsureFolder(const std::filesystem::path& folder);

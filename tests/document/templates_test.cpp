@@ -1,12 +1,15 @@
 // Designs and what is filled into them, the person's own templates, the signature.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fstream>
+#include <thread>
 
 #include "document/designs.h"
 #include "document/document_pictures.h"
 #include "document/own_templates.h"
 #include "document/signature.h"
+#include "html/local_pictures.h"
 #include "platform/file.h"
 #include "profile/main_window_contents.h"
 #include "support/scripted_prompts.h"
@@ -18,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
 
+constexpr std::string_view kPicture = "GIF89a\x01";
 const DesignChoice kChoice = {"Travel", "Blue Bay", "www.bay.example", "leave@bay.example", "Leave"};
 
 TEST(Designs, CheckWhatIsMissingInTheirOrder) {
@@ -143,13 +147,43 @@ TEST_F(Own, NamesLeadNowhereElse) {
   fs::create_symlink(folder_.path() / "secret.htm", own_.folder() / "link.htm");
   EXPECT_EQ(*own_.List(), Names{"a"});
   EXPECT_EQ(own_.Read("link").error().failure, Failure::kNoInput);
-  EXPECT_FALSE(Keep("link", "y")) << "a link is not written through";
-  for (const char* name :
-       {"", " ", "../../secret", "/etc/x", "a\\b", ".hidden", " a", "a ", "a\nb", "a\x7F", "\xFF", "travel", "Legal"}) {
-    EXPECT_EQ(Keep(name, "y").error().failure, Failure::kUsage) << name;
+  fs::create_directory(own_.folder() / "folder.htm");
+  for (const auto& [name, told] : {std::pair{"link", "link.htm is a link"}, std::pair{"folder", "is a folder"}}) {
+    for (const auto& failed : {Keep(name, "y"), Keep(name, "y", IfThere::kReplace), own_.Remove(name),
+                               own_.Rename("a", name, IfThere::kFail), own_.Rename("a", name, IfThere::kReplace)}) {
+      ASSERT_FALSE(failed) << name << ": is not written through";
+      EXPECT_NE(Describe(failed.error()).find(told), std::string::npos) << Describe(failed.error());
+    }
+  }
+  for (const auto& [name, told] :
+       std::initializer_list<std::pair<const char*, const char*>>{{"", "enter a name"},
+                                                                  {" ", "enter a name"},
+                                                                  {"\u3000", "enter a name"},
+                                                                  {"../../secret", "slashes"},
+                                                                  {"/etc/x", "slashes"},
+                                                                  {"a\\b", "slashes"},
+                                                                  {".hidden", "no dot"},
+                                                                  {" a", "no blank"},
+                                                                  {"a ", "no blank"},
+                                                                  {"a\u00A0", "no blank"},
+                                                                  {"a\u200D", "no blank"},
+                                                                  {"a\nb", "control"},
+                                                                  {"a\x7F", "control"},
+                                                                  {"\xFF", "UTF-8"},
+                                                                  {"a\u202Eb", "not seen"},
+                                                                  {"a\u2028b", "not seen"},
+                                                                  {"a\u200Bb", "not seen"},
+                                                                  {"travel", "design"},
+                                                                  {"Legal", "design"}}) {
+    const auto kept = Keep(name, "y");
+    ASSERT_FALSE(kept) << name;
+    EXPECT_EQ(kept.error().failure, Failure::kUsage) << name;
+    EXPECT_NE(Describe(kept.error()).find(told), std::string::npos) << Describe(kept.error());
     EXPECT_EQ(own_.Read(name).error().failure, Failure::kUsage) << name;
     EXPECT_FALSE(own_.Rename("a", name, IfThere::kReplace)) << name;
   }
+  for (const char* name : {"Été\u00A02027", "می\u200Cخواهم", "❤\uFE0F", "a  b"})
+    EXPECT_FALSE(CheckTemplateName(name)) << name;
   EXPECT_TRUE(CheckTemplateName(std::string(101, 'a')));
   EXPECT_FALSE(CheckTemplateName(std::string(100, 'a')));
   EXPECT_EQ(*platform::ReadFile(folder_.path() / "secret.htm", 100), "secret");
@@ -157,25 +191,65 @@ TEST_F(Own, NamesLeadNowhereElse) {
 
 TEST_F(Own, TakeTheirPicturesAlong) {
   const test::TemporaryFolder elsewhere;
-  folder_.Write("my logo.png", "logo");
-  const fs::path foreign = elsewhere.Write("foreign.png", "foreign");
+  folder_.Write("my logo.png", kPicture);
+  folder_.Write(".ssh/id_rsa", "a secret");
+  const fs::path foreign = elsewhere.Write("foreign.png", kPicture);
   const std::string to_foreign = "file://" + foreign.string();
   const std::string web = R"(<img src="https://x.example/a.png">)";
-  ASSERT_TRUE(Keep("Logo", "<img src='my%20logo.png'><img src='" + to_foreign + "'><img src=gone.png>" + web));
+  ASSERT_TRUE(Keep("Logo", "<img src='my%20logo.png'><img src='" + to_foreign + "'><img src=gone.png>" + web +
+                               "<img src=.ssh/id_rsa>"));
   const std::string gone = FileAddress(folder_.path() / "gone.png");
+  const std::string secret = "<img src=" + FileAddress(folder_.path() / ".ssh/id_rsa") + ">";
   const fs::path kept = own_.folder() / "Pictures" / "my logo.png";
   EXPECT_EQ(*own_.Read("Logo"),
-            "<img src='" + FileAddress(kept) + "'><img src='" + to_foreign + "'><img src=" + gone + ">" + web);
-  EXPECT_EQ(*platform::ReadFile(kept, 100), "logo");
+            "<img src='" + FileAddress(kept) + "'><img src='" + to_foreign + "'><img src=" + gone + ">" + web + secret);
+  EXPECT_EQ(*platform::ReadFile(kept, 100), kPicture);
+  EXPECT_FALSE(fs::exists(own_.folder() / "Pictures" / "id_rsa")) << "what is no picture";
   const fs::path file = elsewhere.path() / "out.html";
   PicturePlaces places;
   places.AllowFolder(own_.folder());
   ASSERT_TRUE(own_.Export("Logo", places, file, {}));
   EXPECT_EQ(*platform::ReadFile(file, 10000),
-            "<img src='out_files/my%20logo.png'><img src='" + to_foreign + "'><img src=" + gone + ">" + web);
-  EXPECT_EQ(*platform::ReadFile(elsewhere.path() / "out_files" / "my logo.png", 100), "logo");
+            "<img src='out_files/my%20logo.png'><img src='" + to_foreign + "'><img src=" + gone + ">" + web + secret);
+  EXPECT_EQ(*platform::ReadFile(elsewhere.path() / "out_files" / "my logo.png", 100), kPicture);
+  ASSERT_TRUE(Keep("Plain", "x"));
+  for (const char* name : {"Logo", "Plain"}) {
+    const auto done = own_.Export(name, places, elsewhere.path() / "none" / "out.html", {});
+    ASSERT_FALSE(done) << name;
+    EXPECT_EQ(done.error().failure, Failure::kCannotCreate);
+    EXPECT_NE(Describe(done.error()).find((elsewhere.path() / "none:").string()), std::string::npos);
+  }
+  platform::CancelToken cancel;
+  cancel.Request();
+  EXPECT_EQ(own_.Keep("Stopped", {"<img src='my logo.png'>", folder_.path(), places_}, IfThere::kFail, &cancel)
+                .error()
+                .failure,
+            Failure::kTryAgain);
+  EXPECT_FALSE(own_.Has("Stopped"));
   ASSERT_TRUE(own_.Remove("Logo"));
   EXPECT_TRUE(fs::exists(kept)) << "letters that were begun from it name it";
+}
+
+// Each with a picture of its own under one name.
+TEST_F(Own, OfManyAtOnceEachKeepsItsPicture) {
+  constexpr int kMany = 12;
+  const auto picture = [](int number) { return std::string(kPicture) + std::to_string(number); };
+  for (int i = 0; i < kMany; ++i) folder_.Write(std::to_string(i) + "/logo.png", picture(i));
+  std::atomic<int> waiting = kMany;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kMany; ++i) {
+    threads.emplace_back([&, i] {
+      for (--waiting; waiting > 0;) std::this_thread::yield();
+      EXPECT_TRUE(own_.Keep("T" + std::to_string(i), {"<img src=logo.png>", folder_ / std::to_string(i), places_},
+                            IfThere::kFail));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < kMany; ++i) {
+    const auto shown = html::FindLocalPictures(*own_.Read("T" + std::to_string(i)));
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_EQ(platform::ReadFile(shown[0].path, 100).ValueOr(""), picture(i)) << shown[0].path;
+  }
 }
 
 TEST(Signature, IsKeptAndNeverFilledInUnasked) {

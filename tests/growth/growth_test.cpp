@@ -15,6 +15,7 @@
 #include "document/cut_picture.h"
 #include "document/declared_charset.h"
 #include "document/document_look.h"
+#include "document/document_pictures.h"
 #include "document/link_choice.h"
 #include "document/mailto.h"
 #include "document/merge_pieces.h"
@@ -294,6 +295,30 @@ TEST(Growth, OfPicturesThatMayNotBeTaken) {
   };
   EXPECT_EQ(take(base + all).foreign.size(), static_cast<std::size_t>(std::count(all.begin(), all.end(), '<')));
   ExpectSteadyGrowth("TakePictures", take, [&](std::size_t size) { return base + Repeated(kReference, size); });
+}
+
+// Pictures of one name in as many folders, each of which needs a name of its own; and a picture that grows with the
+// number of times that it is named.
+TEST(Growth, OfPicturesThatAreCopied) {
+  const test::TemporaryFolder folder;
+  constexpr std::size_t kPages = std::size_t{1} * 1024;
+  constexpr std::string_view kReference = "<img src=\1/logo.gif>";
+  const std::string all = Repeated(kReference, 4 * kPages);
+  for (auto n = std::count(all.begin(), all.end(), '<'); n > 0; --n) {
+    folder.Write(std::to_string(n - 1) + "/logo.gif", "GIF89a" + std::to_string(1'000'000 + n));
+  }
+  document::PicturePlaces places;
+  places.AllowFolder(folder.path());
+  const auto copy = [&](const std::string& html) {
+    const test::TemporaryFolder target;
+    folder.Write("large.gif", "GIF89a" + Repeated(html, 8 * html.size()));
+    const auto copied = document::CopyPictures(html, folder.path(), places, {target.path(), "p"});
+    EXPECT_EQ(copied->find("p/logo%20%282%29.gif") != std::string::npos, html.find("large") == std::string::npos);
+  };
+  ExpectSteadyGrowth(
+      "CopyPictures", copy, [&](std::size_t size) { return Repeated(kReference, size); }, kPages);
+  ExpectSteadyGrowth("CopyPictures of one", copy,
+                     [](std::size_t size) { return Repeated("<img src=large.gif>", size); });
 }
 
 std::size_t FindAll(const std::string& text) {

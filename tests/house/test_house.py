@@ -30,7 +30,7 @@ ORDER = {
     "recipients/import": "recipients profile mime charset",
     "recipients/export": "recipients charset",
     "recipients/edit": "recipients smtp",
-    "document": "recipients profile html charset",
+    "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
     "domain": "account profile smtp smtp/client net dns",

@@ -7,7 +7,7 @@
 #include <array>
 
 #include "document/cut_picture.h"
-#include "document/document_pictures.h"
+#include "document/picture_copies.h"
 #include "document/picture_sizes.h"
 #include "platform/file.h"
 
@@ -89,8 +89,8 @@ void MakeSmaller(PictureLook& look, const QImage& picture) {
 }
 
 Result<fs::path> KeepBytes(const QByteArray& bytes, const std::string& name, const fs::path& folder) {
-  return document::KeepPicture(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())), name,
-                               folder);
+  return document::PictureCopies(folder).Keep(
+      std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())), name);
 }
 
 }  // namespace
@@ -121,7 +121,7 @@ Result<PictureLook> LookAtPicture(const fs::path& file) {
 }
 
 Result<fs::path> KeepPicture(const PictureHead& head, const fs::path& folder) {
-  if (!head.lies_turned) return document::KeepPicture(head.file, folder);
+  if (!head.lies_turned) return document::PictureCopies(folder).Keep(head.file);
   auto content = platform::ReadFile(head.file, document::kLongestPictureFile);
   if (!content) return content.error();
   OpenPicture open(std::move(*content));
