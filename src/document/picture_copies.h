@@ -35,7 +35,7 @@ class PictureCopies {
   struct Content {
     std::uint64_t size = 0;
     std::uint64_t digest = 0;
-    auto operator<=>(const Content&) const = default;
+    bool operator<(const Content& other) const { return std::pair(size, digest) < std::pair(other.size, other.digest); }
   };
   // The files "NAME", "NAME (2)", ... as far as they were come upon. They are read when one of that size is looked for.
   struct SameName {

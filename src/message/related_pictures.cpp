@@ -9,10 +9,10 @@
 #include <map>
 #include <set>
 
+#include "document/picture_kind.h"
 #include "html/local_pictures.h"
 #include "message/body_import.h"
 #include "message/message_parts.h"
-#include "mime/media_type.h"
 #include "platform/text.h"
 
 namespace quillcast::message {
@@ -20,9 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLookedAt = 512;
 constexpr std::size_t kMostListed = 20;
-constexpr std::size_t kMostNamed = 3;  // in a question
+constexpr std::size_t kMostNamed = 3;       // in a question
+constexpr const char* kNoName = "picture";  // for a folder that is named as one
 
 // What is wrong with a path before it is opened; 0 for nothing.
 std::int32_t LookAtPath(const fs::path& file) {
@@ -78,14 +78,11 @@ Looked Taking::LookInto(const fs::path& file) const {
   const fs::path real = fs::canonical(file, failed);
   auto fd = platform::OpenForReading(real);
   if (failed || !fd || !IsStill(fd->get(), real)) return {Look::kTrouble, kBodyNotOpened, {}};
-  std::string start(kLookedAt, '\0');
-  const auto got = platform::ReadSome(fd->get(), file, start.data(), start.size());
+  const auto type = document::PictureType(fd->get(), file);
   struct stat status {};
-  if (!got || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, kBodyNotRead, {}};
-  const std::string_view type = mime::MediaTypeOf("", std::string_view(start).substr(0, *got));
-  if (!type.starts_with("image/")) return {Look::kTrouble, kBodyNotParsed, {}};
-  Picture picture{file,          {},           std::string(type), static_cast<std::uint64_t>(status.st_size),
-                  status.st_dev, status.st_ino};
+  if (!type || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, kBodyNotRead, {}};
+  if (type->empty()) return {Look::kTrouble, kBodyNotParsed, {}};
+  Picture picture{file, {}, *type, static_cast<std::uint64_t>(status.st_size), status.st_dev, status.st_ino};
   return {places_.Hold(real, folders_) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
 }
 
@@ -110,6 +107,15 @@ std::string Taking::Take(const fs::path& file) {
   picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix_);
   result.pictures.push_back(std::move(picture));
   return result.pictures.back().content_id;
+}
+
+// What stands for a picture that does not go along: its name alone, for the folders on the way to it are nobody else's
+// business. Nothing where the address holds no more than that, in whichever way it is written.
+std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
+  if (written.find_first_of("/\\:%&") == std::string_view::npos) return {};
+  const std::string name = fs::path(reference.path).lexically_normal().filename().string();
+  const bool is_name = !name.empty() && name != "." && name != "..";
+  return is_name ? platform::PercentEncoded(name) : kNoName;
 }
 
 Sentence FirstOf(const std::vector<fs::path>& files) {
@@ -139,7 +145,7 @@ Sentence Describe(const PictureTrouble& trouble) {
 }
 
 Sentence GoesWithout(const PictureTrouble& trouble) {
-  return Say("{} The message goes out without it.", Describe(trouble));
+  return Say("{} The message goes out without it; its name alone stays.", Describe(trouble));
 }
 
 Sentence Describe(const Picture& picture) {
@@ -149,10 +155,11 @@ Sentence Describe(const Picture& picture) {
 
 Sentence Describe(const ForeignPicture& picture) {
   const std::string file = platform::Printable(picture.file.string(), 300);
-  return picture.left_out ? Say("The picture {} lies outside the document's folder and is left out.", file)
-                          : Say("The picture {} lies outside the document's folder and does not go along unless you "
-                                "allow it.",
-                                file);
+  return picture.left_out
+             ? Say("The picture {} lies outside the document's folder and is left out; only its name goes out.", file)
+             : Say("The picture {} lies outside the document's folder and does not go along unless you "
+                   "allow it: only its name goes out.",
+                   file);
 }
 
 Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
@@ -171,18 +178,17 @@ RelatedPictures TakePictures(const document::MessageDocument& document, std::str
   const fs::path base = document.base_folder.empty() ? fs::path("/") : document.base_folder;
   Taking taking(places, content_id_suffix);
   std::map<fs::path, std::string> content_ids;  // empty for a file that is not taken
-  std::vector<html::PictureReference> taken;
+  const auto references = html::FindLocalPictures(document.html);
   std::vector<std::string> replacements;
-  for (auto& reference : html::FindLocalPictures(document.html)) {
+  for (const auto& reference : references) {
     if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone) break;
     const fs::path file = (base / reference.path).lexically_normal();
     const auto [known, is_new] = content_ids.try_emplace(file);
     if (is_new) known->second = taking.Take(file);
-    if (known->second.empty()) continue;
-    replacements.push_back("cid:" + known->second);
-    taken.push_back(std::move(reference));
+    const auto written = std::string_view(document.html).substr(reference.offset, reference.length);
+    replacements.push_back(known->second.empty() ? NameAlone(reference, written) : "cid:" + known->second);
   }
-  taking.result.html = html::RewriteReferences(document.html, taken, replacements);
+  taking.result.html = html::RewriteReferences(document.html, references, replacements);
   return std::move(taking.result);
 }
 

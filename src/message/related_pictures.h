@@ -29,7 +29,7 @@ struct Picture {
 // descriptors. Fails when the file has gone, or is another one than was looked at.
 Result<platform::UniqueFd> OpenAgain(const Picture& picture);
 
-// A local reference that was not taken along; it stays as it is.
+// A local reference that was not taken along; its name is all that is left of it in the message.
 struct PictureTrouble {
   std::string file;
   std::int32_t code;  // of loading the body, see body_import.h
@@ -40,7 +40,7 @@ Sentence Describe(const PictureTrouble& trouble);
 Sentence GoesWithout(const PictureTrouble& trouble);
 Sentence Describe(const Picture& picture);
 
-// A picture that lies where the document may not take pictures from (document::PicturePlaces). Its reference stays.
+// A picture that lies where the document may not take pictures from (document::PicturePlaces). Its name stays.
 struct ForeignPicture {
   std::filesystem::path file;  // links resolved
   bool left_out = false;       // the person was asked, and said so
@@ -48,7 +48,7 @@ struct ForeignPicture {
 Sentence Describe(const ForeignPicture& picture);
 
 struct RelatedPictures {
-  std::string html;                      // with "cid:" references
+  std::string html;                      // with "cid:" references, and no folder of this machine in the others
   std::vector<Picture> pictures;         // each file once
   std::vector<PictureTrouble> troubles;  // each file once, in the order of the HTML
   std::vector<ForeignPicture> foreign;   // also

@@ -2,7 +2,9 @@
 import email
 import email.policy
 import os
+import re
 import unittest
+from pathlib import Path
 
 from quillcast import Case
 
@@ -59,6 +61,41 @@ class ReadBack(Case):
         message = parse(box.messages()[0][1])
         self.assertEqual(message.get_content_type(), "text/plain")
         self.assertEqual(content(message), "Dear Ada,\n<b>not bold</b> & so\n")
+
+    def test_no_folder_of_this_machine_goes_out(self):
+        """Whatever kept a picture behind, its alternative text stays, and of where it lay its name alone."""
+        gif = b"GIF89a\x01\x00\x01\x00\x00\x00\x00;"
+        for folder in ("page", "my home"):
+            (self.folder / folder).mkdir()
+            self.write(f"{folder}/a b.gif", gif)
+        self.write("page/no picture.gif", "text")
+        home = f"{self.folder}/my%20home"
+        kept = {f"file://{home}/a%20b.gif": "a%20b.gif", f"{home}/a b.gif?x#y": "a%20b.gif", "../my home/a&#32;b.gif": "a%20b.gif",
+                f"file://{self.folder}/page/gone.gif": "gone.gif", "..\\my%20home\\gone.gif": "gone.gif", "gone.gif?x": "gone.gif?x",
+                f"file://{self.folder}/page/no%20picture.gif": "no%20picture.gif", f"{self.folder}/page/": "picture",
+                "no picture.gif": "no picture.gif", f"C:{self.folder}/gone.gif": "gone.gif"}
+        letter = self.write("page/letter.html", "<img src='a b.gif' alt='goes'>" + "".join(
+            f"<img src='{written}' alt='stays behind'>" for written in kept)
+            + f"<p style=\"background:url('file://{home}/a%20b.gif')\"><img srcset='{home}/a%20b.gif 2x, file://{home}/b.gif'>")
+        self.ok("template", "save", "Monthly", letter)  # its relative addresses become absolute ones
+        template = self.write("page/begun.html", self.ok("template", "show", "Monthly"))
+        self.assertIn(str(self.folder), Path(template).read_text())
+        box = self.mailbox()
+        self.account(box.port)
+        for body in (letter, template):
+            _, code, err = self.send("--group", "All", "--subject", "s", "--body", body, "--leave-pictures-out")
+            self.assertEqual(code, 0, err)
+            self.assertIn("its name alone stays", err)
+            self.assertIn("only its name goes out", err)
+            message = parse(box.messages()[-1][1])
+            page = content(message.get_body(("html",)))
+            self.assertNotIn(str(self.folder), message.as_string() + page)
+            self.assertNotIn("home", page)
+            sources = re.findall("<img src='(.*?)' alt='(.*?)'>", page)
+            self.assertEqual([alternative for _, alternative in sources], ["goes"] + ["stays behind"] * len(kept))
+            if body == letter:
+                self.assertEqual([source for source, _ in sources[1:]], list(kept.values()))
+                self.assertIn("url('a%20b.gif')\"><img srcset='a%20b.gif 2x, b.gif'>", page)
 
     def test_one_message_to_a_file_and_the_preview(self):
         self.account(25)

@@ -62,7 +62,8 @@ class Runs(Case):
         self.body = self.write("letter.html", "<img src='gone.png'><img src='gone.png'><img src='$*MergeCity*$.png'>"
                                "<img src='https://r.example/$*MergeCity*$'>$*MergeFirstName*$ $*MergeCompany*$ $*MergeNick*$")
         no_notices = ("The account asks for delivery notifications, which the server does not offer (DSN), so none will come.")
-        known = [f"The picture {self.folder}/gone.png is missing or may not be read. The message goes out without it.",
+        known = [f"The picture {self.folder}/gone.png is missing or may not be read. The message goes out without it; its name "
+                 "alone stays.",
                  "The picture $*MergeCity*$.png is named by a merge tag, so it is not taken along: readers show it only where "
                  "its address is one of the net.",
                  "The message goes out without a plain-text part, which some readers and filters expect.",

@@ -349,6 +349,9 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
     Compile(letter);
     EXPECT_EQ(template_->pictures().size(), 1U) << html;
     ASSERT_EQ(PicturesToAskFor(template_->foreign_pictures()), std::vector<std::filesystem::path>{home}) << html;
+    const std::string sent = TakePictures(letter.document, "x").html;
+    EXPECT_EQ(sent.find(folder_.path().string()), std::string::npos) << sent;
+    EXPECT_EQ(sent.find("home/") != std::string::npos, html.find("<base") != std::string::npos) << sent;
     Render("Bob");
     EXPECT_EQ(Wire().find("picture2."), std::string::npos) << html;
     letter.document.picture_places.LeaveOut(home);
