@@ -15,6 +15,7 @@ quillcast_require(OPENSSL openssl libssl-dev)
 quillcast_require(CARES libcares libc-ares-dev)
 quillcast_require(ICU icu-uc libicu-dev)
 quillcast_require(ZLIB zlib zlib1g-dev)
+quillcast_require(GMIME gmime-3.0 libgmime-3.0-dev)
 
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)

@@ -90,6 +90,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddPropertiesCommand(app, context);
   AddSendCommand(app, context);
   AddHistoryCommand(app, context);
+  AddMessageCommand(app, context);
   AddMailboxCommand(app, context);
 
   arguments = WithEmptyValues(std::move(arguments));

@@ -19,6 +19,7 @@ void AddPreviewCommand(CLI::App& app, Context& context);
 void AddPropertiesCommand(CLI::App& app, Context& context);
 void AddSendCommand(CLI::App& app, Context& context);
 void AddHistoryCommand(CLI::App& app, Context& context);
+void AddMessageCommand(CLI::App& app, Context& context);
 void AddMailboxCommand(CLI::App& app, Context& context);
 void AddDemoCommand(CLI::App& app, Context& context);
 

@@ -1,0 +1,64 @@
+// quillcast message: message files, taken apart.
+#include <fmt/format.h>
+
+#include "account/account_settings.h"
+#include "cli/commands.h"
+#include "cli/message_commands.h"
+#include "cli/standard_input.h"
+
+namespace quillcast::cli {
+namespace {
+
+using mail_file::LoadMode;
+
+Result<LoadMode> ModeOf(const Context& context, const MessageFiles& files) {
+  if (files.extended) return LoadMode::kExtended;
+  const auto account = account::AccountSettings::Load(profile::SettingsStore(context.Folders().settings));
+  if (!account) return account.error();
+  return account->IsOn(account::AccountKey::kExtended) ? LoadMode::kExtended : LoadMode::kPlain;
+}
+
+void TellFaults(const Context& context, const std::string& name, const mail_file::Loading& loading) {
+  for (const mail_file::LoadFault& fault : loading.faults)
+    context.output.Note(fmt::format("{}: {} {}", name, mail_file::TextOf(fault.code), fault.what.InEnglish()));
+}
+
+int UseFile(Context& context, const std::string& name, LoadMode mode, const UseMessage& use) {
+  const auto input = InputFile::Of(name, context.Folders().temporary, context.cancel);
+  if (!input) return context.output.Fail(input.error());
+  const auto loading = mail_file::Load(input->path(), {mode, &context.cancel});
+  if (!loading) return context.output.Fail(loading.error());
+  if (!loading->message) {
+    const mail_file::LoadFault& fault = loading->faults.front();
+    return context.output.Fail({Failure::kNoInput, std::string(mail_file::TextOf(fault.code)), fault.what});
+  }
+  TellFaults(context, name, *loading);
+  if (const int failed = use(name, *loading); failed != 0) return failed;
+  return loading->code() == mail_file::LoadCode::kLoaded ? 0 : ExitCode(Failure::kBadData);
+}
+
+}  // namespace
+
+void AddMessageFiles(CLI::App& command, MessageFiles& files) {
+  command.add_option("FILE", files.names, "Message files (.eml); \"-\" for standard input")->required();
+  command.add_flag("--extended", files.extended, "Read leniently, whatever the account's \"Extended\" says");
+}
+
+int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use) {
+  const auto mode = ModeOf(context, files);
+  if (!mode) return context.output.Fail(mode.error());
+  int exit_code = 0;
+  for (const std::string& name : files.names) {
+    if (const int failed = UseFile(context, name, *mode, use); failed != 0) exit_code = failed;
+    if (exit_code == ExitCode(Failure::kTryAgain)) break;
+  }
+  return exit_code;
+}
+
+void AddMessageCommand(CLI::App& app, Context& context) {
+  CLI::App& message = *app.add_subcommand("message", "Look into message files (.eml), from wherever they come");
+  message.require_subcommand(1);
+  AddMessageShow(message, context);
+}
+
+}  // namespace quillcast::cli

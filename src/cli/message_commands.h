@@ -1,0 +1,29 @@
+// quillcast message show: what the commands for message files share.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/context.h"
+#include "mail_file/mail_message.h"
+
+namespace quillcast::cli {
+
+// The message files that a command takes; "-" is standard input.
+struct MessageFiles {
+  std::vector<std::string> names;
+  bool extended = false;
+};
+void AddMessageFiles(CLI::App& command, MessageFiles& files);
+
+// Loads each, as the account's "Extended" or the option says, tells what was found wrong on standard error, and calls
+// `use` with those of which something was loaded; `use` gives an exit code. The exit code of the whole: that of the
+// last failure; 65 where a message was used in spite of a code, 66 where nothing could be loaded, 75 after a cancel.
+using UseMessage = std::function<int(const std::string& name, const mail_file::Loading& loading)>;
+int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use);
+
+void AddMessageShow(CLI::App& message, Context& context);
+
+}  // namespace quillcast::cli

@@ -1,0 +1,162 @@
+#include "mail_file/mail_message.h"
+
+#include <algorithm>
+#include <new>
+
+#include "mail_file/body_text.h"
+#include "mail_file/message_lines.h"
+#include "mail_file/message_structure.h"
+#include "mail_file/packed_parts.h"
+#include "platform/text.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+constexpr std::size_t kLongestValue = std::size_t{64} * 1024;  // of a field that is shown
+
+// What is left of a text without the files that stand in it.
+std::vector<PartSource> PiecesOf(const Part& part) {
+  std::vector<PartSource> pieces;
+  PartSource piece = part.source;
+  for (const ByteRange& file : part.files_within) {
+    piece.bytes.end = file.begin;
+    pieces.push_back(piece);
+    piece.bytes = {file.end, part.source.bytes.end};
+  }
+  pieces.push_back(piece);
+  return pieces;
+}
+
+Error Refused(const Part& part) {
+  return {Failure::kBadData,
+          Say("The part \"{}\" is encoded by {}, which is not decoded here.", platform::Printable(part.name, 100),
+              platform::Printable(part.refused, 100)),
+          "Ask its sender for the file in another form, or read the message leniently to have it as it stands."};
+}
+
+// The files of a text come to be found out only when the whole structure is known.
+Result<void> FindParts(const std::shared_ptr<const MessageFile>& file, const LoadOptions& options, FaultList& faults,
+                       std::vector<Part>& parts, MessageFacts& facts) {
+  MessageStructure structure(*file, options.mode, options.cancel, faults);
+  auto found = structure.Find();
+  if (structure.facts().is_full())
+    faults.Add(LoadCode::kException, "There are more recipients or relay stamps than are kept; the rest was left out.");
+  facts = structure.facts().Finish();
+  parts = std::move(structure.parts());
+  if (!found) return found;
+  FoundFiles files{file, options.mode, options.cancel, parts, faults};
+  return UnpackParts(files);
+}
+
+bool WasCancelled(const Result<void>& result) { return !result && result.error().failure == Failure::kTryAgain; }
+
+Result<Loading> LoadOpen(const std::shared_ptr<const MessageFile>& file, const LoadOptions& options) {
+  Loading loading;
+  FaultList faults;
+  std::vector<Part> parts;
+  MessageFacts facts;
+  try {  // the one place where memory that runs out is a code
+    const auto found = FindParts(file, options, faults, parts, facts);
+    if (WasCancelled(found)) return found.error();
+    if (!found) faults.Add(LoadCode::kFileIo, AsSentence(found.error()));
+  } catch (const std::bad_alloc&) {
+    faults.Add(LoadCode::kOutOfMemory, "There is not enough memory for the list of the message's parts.");
+  }
+  loading.faults = faults.Take();
+  if (!parts.empty()) loading.message.emplace(file, std::move(parts), std::move(facts));
+  return loading;
+}
+
+}  // namespace
+
+Result<void> MailMessage::EachField(const Part& part, const TakeField& take) const {
+  MessageLines lines(*file_, part.header);
+  std::string name;
+  std::string value;
+  const auto end_field = [&] {
+    if (!name.empty()) take(name, DecodeHeaderText(platform::Trim(value)));
+    name.clear();
+    value.clear();
+  };
+  MessageLine line;
+  for (;;) {
+    const auto more = lines.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    const bool goes_on = line.text.starts_with(' ') || line.text.starts_with('\t');
+    const std::size_t colon = line.text.find(':');
+    if (goes_on && !name.empty()) {
+      value += ' ';
+      value += line.text.substr(1, kLongestValue - std::min(kLongestValue, value.size()));
+    } else if (colon != std::string_view::npos && !line.text.starts_with("From ")) {
+      end_field();
+      name = platform::Trim(line.text.substr(0, colon));
+      value = line.text.substr(colon + 1, kLongestValue);
+    }
+  }
+  end_field();
+  return {};
+}
+
+Result<PartReader> MailMessage::Open(const Part& part) const {
+  if (!part.refused.empty()) return Refused(part);
+  return PartReader(file_, part.source);
+}
+
+PartReader MailMessage::OpenAsItStands(const Part& part) const {
+  PartSource source;
+  source.bytes = {part.header.begin, part.source.bytes.end};
+  return PartReader(file_, source);
+}
+
+Result<std::string> MailMessage::TextOf(const Part& part) const {
+  if (!part.refused.empty()) return Refused(part);
+  std::string bytes;
+  for (const PartSource& piece : PiecesOf(part)) {
+    PartReader reader(file_, piece);
+    for (;;) {
+      const auto block = reader.Next();
+      if (!block) return block.error();
+      if (block->empty()) break;
+      bytes += *block;
+    }
+  }
+  return WithLineEnds(DecodeBody(bytes, part.charset, part.type == "text/html"));
+}
+
+bool MailMessage::HasBody(std::string_view type) const {
+  return std::ranges::any_of(parts_,
+                             [&](const Part& part) { return part.marker == Marker::kBody && part.type == type; });
+}
+
+Result<std::string> MailMessage::BodyOf(std::string_view type) const {
+  std::string out;
+  for (const Part& part : parts_) {
+    if (part.marker != Marker::kBody || part.type != type) continue;
+    auto text = TextOf(part);
+    if (!text) return text;
+    if (!out.empty() && !out.ends_with("\r\n")) out += "\r\n";
+    out += out.empty() ? std::move(*text) : *text;
+  }
+  return out;
+}
+
+Result<std::string> MailMessage::TextBody() const { return BodyOf("text/plain"); }
+
+Result<std::string> MailMessage::HtmlBody() const { return BodyOf("text/html"); }
+
+Result<Loading> Load(const std::filesystem::path& path, const LoadOptions& options) {
+  Loading nothing;
+  const auto file = MessageFile::Open(path);
+  if (!file) {
+    nothing.faults.push_back({LoadCode::kFileIo, AsSentence(file.error())});
+    return nothing;
+  }
+  if ((*file)->size() == 0) {
+    nothing.faults.push_back({LoadCode::kFileIo, Say("\"{}\" is empty.", platform::Printable(path.string()))});
+    return nothing;
+  }
+  return LoadOpen(*file, options);
+}
+
+}  // namespace quillcast::mail_file

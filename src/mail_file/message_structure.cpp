@@ -1,0 +1,315 @@
+#include "mail_file/message_structure.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+constexpr std::size_t kGuessBudget = std::size_t{16} * 1024 * 1024;  // bytes that are looked at twice
+constexpr int kLinesBetweenLooks = 4096;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
+
+// Printable ASCII, and blanks before the colon as the old grammar had them (RFC 5322 4.5). 0: no field begins there.
+std::size_t FieldNameLength(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == std::string_view::npos || colon == 0) return 0;
+  const std::string_view name = line.substr(0, line.find_last_not_of(" \t", colon - 1) + 1).substr(0, colon);
+  const bool is_name = std::ranges::all_of(name, [](char c) { return c > ' ' && c < 0x7F; });
+  return is_name ? name.size() : 0;
+}
+
+// As mailboxes have it before each message.
+bool IsMailboxLine(std::string_view line) { return line.starts_with("From ") || line.starts_with(">From "); }
+
+bool IsCut(const MessageLine& line) { return line.end - line.begin > kLongestLineText; }
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+}  // namespace
+
+MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const platform::CancelToken* cancel,
+                                   FaultList& faults)
+    : file_(file),
+      mode_(mode),
+      cancel_(cancel),
+      faults_(faults),
+      lines_(file, {0, file.size()}),
+      guess_budget_(kGuessBudget) {}
+
+Result<void> MessageStructure::CheckCancel() {
+  if (cancel_ == nullptr || cancel_->Requested() == platform::Stop::kNone) return {};
+  return Error{Failure::kTryAgain, "Reading the message was cancelled."};
+}
+
+Result<void> MessageStructure::Find() {
+  for (std::size_t part = AddPart(0); part != kNoPart;) {
+    if (auto checked = CheckCancel(); !checked) return checked;
+    PartFields fields;
+    const auto header = ReadHeader(part, fields);
+    if (!header) return header.error();
+    const std::size_t levels = levels_.size();
+    const bool is_doubled = header->end == HeaderEnd::kDelimiter && header->is_empty && parts_[part].parent != kNoPart;
+    if (is_doubled) {
+      parts_.pop_back();
+      if (header->delimiter.kind == DelimiterKind::kOpen)
+        faults_.Add(LoadCode::kNoBoundary, Say("A boundary stands twice before byte {}.", header->delimiter.next));
+    } else if (auto opened = Open(part, fields, *header); !opened) {
+      return opened;
+    }
+    if (header->end == HeaderEnd::kTooManyFields) {
+      TakeRest(lines_.position(), Say("There are more than {} header fields.", kMostFields));
+      return {};
+    }
+    const bool holds_message = levels_.size() > levels && levels_.back().boundary.empty();
+    if (holds_message && header->end == HeaderEnd::kBody) {
+      levels_.back().has_children = true;
+      part = AddPart(lines_.position());
+      continue;
+    }
+    const auto delimiter = header->end == HeaderEnd::kDelimiter ? header->delimiter : NextDelimiter();
+    if (!delimiter) return delimiter.error();
+    if (!is_doubled && !parts_[part].holds_parts)
+      parts_[part].source.bytes.end = std::max(parts_[part].source.bytes.begin, delimiter->content_end);
+    const auto next = NextPart(*delimiter);
+    if (!next) return next.error();
+    part = *next;
+  }
+  return {};
+}
+
+// Below the innermost level. kNoPart where there may be no more: then the rest was taken.
+std::size_t MessageStructure::AddPart(std::uint64_t begin) {
+  if (parts_.size() >= kMostParts) {
+    TakeRest(begin, Say("There are more than {} parts.", kMostParts));
+    return kNoPart;
+  }
+  Part part;
+  part.header = {begin, begin};
+  part.depth = static_cast<int>(levels_.size());
+  if (!levels_.empty()) {
+    const Part& parent = parts_[levels_.back().part];
+    part.parent = levels_.back().part;
+    const bool is_in_message = levels_.back().boundary.empty();
+    part.message = is_in_message ? part.parent : parent.message;
+    if (parent.type == "multipart/digest") part.type = "message/rfc822";
+  }
+  parts_.push_back(std::move(part));
+  return parts_.size() - 1;
+}
+
+void MessageStructure::EndField(std::size_t part, PartFields& fields) {
+  if (field_name_.empty()) return;
+  const std::string_view value = platform::Trim(field_value_);
+  fields.Take(field_name_, value);
+  if (part == 0) facts_.Take(field_name_, value);
+  field_name_.clear();
+  field_value_.clear();
+}
+
+void MessageStructure::TellCutField() {
+  if (!is_told_)
+    faults_.Add(LoadCode::kException, Say("The header field \"{}\" is too long; its end was left out.",
+                                          platform::Printable(field_name_, 100)));
+  is_told_ = true;
+}
+
+// False when the header has ended with this line.
+Result<bool> MessageStructure::TakeHeaderLine(const MessageLine& line, std::size_t part, PartFields& fields,
+                                              Header& header) {
+  if (line.text.empty()) return false;
+  if (IsBlank(line.text.front()) && !field_name_.empty()) {
+    const std::size_t room = kLongestField - std::min(kLongestField, field_value_.size());
+    if (line.text.size() > room || IsCut(line)) TellCutField();
+    field_value_ += ' ';
+    field_value_ += line.text.substr(1, room);
+    return true;
+  }
+  const std::size_t name = FieldNameLength(line.text);
+  if (name == 0 && part == 0 && header.is_empty && IsMailboxLine(line.text)) return true;
+  EndField(part, fields);
+  if (name == 0) {  // the empty line is missing, and this is the body's first
+    lines_.Back();
+    return false;
+  }
+  header.is_empty = false;
+  if (++fields_ > kMostFields) {
+    lines_.Back();
+    header.end = HeaderEnd::kTooManyFields;
+    return false;
+  }
+  field_name_ = line.text.substr(0, name);
+  field_value_ = line.text.substr(line.text.find(':') + 1);
+  is_told_ = false;
+  if (IsCut(line)) TellCutField();
+  return true;
+}
+
+Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, PartFields& fields) {
+  Header header;
+  MessageLine line;
+  for (;;) {
+    const auto more = lines_.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    if (part == 0 && header.is_empty && line.begin == 0 && line.text.starts_with(kMark))
+      line.text.remove_prefix(kMark.size());
+    if (IsDelimiter(line, header.delimiter)) {
+      header.end = HeaderEnd::kDelimiter;
+      break;
+    }
+    const auto taken = TakeHeaderLine(line, part, fields, header);
+    if (!taken) return taken.error();
+    if (!*taken) break;
+    content_end_ = line.end;
+  }
+  EndField(part, fields);
+  parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
+  content_end_ = parts_[part].header.end;
+  return header;
+}
+
+// Makes of a part what its fields say, and a level of what holds others.
+Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, const Header& header) {
+  Part& it = parts_[part];
+  it.source.bytes = {it.header.end, it.header.end};
+  PartMeaning meaning = ReadPartFields(fields, it);
+  if (it.message != kNoPart) it.marker = Marker::kNone;
+  if (header.end == HeaderEnd::kTooManyFields) return {};
+  if (!meaning.is_multipart && !meaning.is_message) return {};
+  if (levels_.size() >= kMostNesting) {
+    faults_.Add(LoadCode::kException,
+                Say("Parts are nested deeper than {}; what lies in the part at byte {} is one part.", kMostNesting,
+                    it.header.begin));
+    it.marker = it.message == kNoPart ? Marker::kAttachment : Marker::kNone;
+    return {};
+  }
+  if (meaning.is_multipart) {
+    if (meaning.has_two_boundaries)
+      faults_.Add(LoadCode::kNoBoundary, Say("The part at byte {} names two boundaries.", it.header.begin));
+    if (auto found = FindBoundary(part, meaning.boundary); !found) return found;
+    if (meaning.boundary.empty()) {
+      it.type = "text/plain";
+      it.marker = it.message == kNoPart ? Marker::kBody : Marker::kNone;
+      return {};
+    }
+    it.source.encoding = TransferEncoding::kIdentity;
+  }
+  it.holds_parts = true;
+  levels_.push_back({part, std::move(meaning.boundary)});
+  return {};
+}
+
+// Leaves in `boundary` the one to go by; none where the part is to be taken for a text.
+Result<void> MessageStructure::FindBoundary(std::size_t part, std::string& boundary) {
+  const std::uint64_t begin = parts_[part].header.begin;
+  for (const Level& level : levels_) {
+    if (!boundary.empty() && level.boundary == boundary)
+      faults_.Add(LoadCode::kNoBoundary, Say("The part at byte {} has the boundary of what it lies in, \"{}\".", begin,
+                                             platform::Printable(boundary)));
+  }
+  if (boundary.empty()) faults_.Add(LoadCode::kNoBoundary, Say("The multipart at byte {} names no boundary.", begin));
+  if (mode_ == LoadMode::kPlain) return {};
+  const ByteRange content{parts_[part].header.end, file_.size()};
+  auto guessed = GuessBoundary(file_, content, boundary, guess_budget_);
+  if (!guessed) return guessed.error();
+  if (!*guessed || **guessed == boundary) return {};
+  const bool is_of_another =
+      std::ranges::any_of(levels_, [&](const Level& level) { return level.boundary == **guessed; });
+  if (is_of_another) return {};
+  if (!boundary.empty())
+    faults_.Add(LoadCode::kNoBoundary, Say("The boundary \"{}\" of the multipart at byte {} does not come.",
+                                           platform::Printable(boundary), begin));
+  boundary = std::move(**guessed);
+  return {};
+}
+
+// Inner levels first: of two with one boundary the inner one takes the line.
+bool MessageStructure::IsDelimiter(const MessageLine& line, Delimiter& out) const {
+  if (!line.text.starts_with("--")) return false;
+  for (std::size_t level = levels_.size(); level-- > 0;) {
+    out.kind = DelimiterOf(line.text, levels_[level].boundary);
+    if (out.kind == DelimiterKind::kNone) continue;
+    out.level = level;
+    out.content_end = content_end_;
+    out.next = line.next;
+    return true;
+  }
+  return false;
+}
+
+Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
+  Delimiter found;
+  MessageLine line;
+  for (int lines = 1;; ++lines) {
+    if (lines % kLinesBetweenLooks == 0) {
+      if (const auto checked = CheckCancel(); !checked) return checked.error();
+    }
+    const auto more = lines_.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    if (IsDelimiter(line, found)) return found;
+    content_end_ = line.end;
+  }
+  found.kind = DelimiterKind::kNone;
+  found.content_end = found.next = lines_.position();
+  return found;
+}
+
+// Ends the innermost level. A multipart whose boundary never came is a text.
+void MessageStructure::CloseInnermost(bool is_closed, std::uint64_t end) {
+  const Level level = std::move(levels_.back());
+  levels_.pop_back();
+  Part& part = parts_[level.part];
+  part.source.bytes.end = std::max(part.source.bytes.begin, end);
+  if (level.boundary.empty()) return;
+  const std::string boundary = platform::Printable(level.boundary);
+  if (!level.has_children) {
+    part.type = "text/plain";
+    part.holds_parts = false;
+    part.marker = part.message == kNoPart ? Marker::kBody : Marker::kNone;
+    faults_.Add(LoadCode::kNoBoundary,
+                Say("The boundary \"{}\" of the multipart at byte {} does not come.", boundary, part.header.begin));
+  } else if (!is_closed && !has_rest_) {
+    faults_.Add(LoadCode::kNoBoundary,
+                Say("The multipart at byte {} is not closed by its boundary \"{}\".", part.header.begin, boundary));
+  }
+}
+
+// The part that begins behind a delimiter; kNoPart at the end.
+Result<std::size_t> MessageStructure::NextPart(Delimiter delimiter) {
+  for (;;) {
+    const bool is_end = delimiter.kind == DelimiterKind::kNone;
+    while (levels_.size() > (is_end ? 0 : delimiter.level + 1)) CloseInnermost(false, delimiter.content_end);
+    if (is_end) return kNoPart;
+    if (delimiter.kind == DelimiterKind::kOpen) {
+      levels_.back().has_children = true;
+      return AddPart(delimiter.next);
+    }
+    CloseInnermost(true, delimiter.next);
+    content_end_ = delimiter.next;
+    auto next = NextDelimiter();
+    if (!next) return next.error();
+    delimiter = *next;
+  }
+}
+
+// What is beyond a limit, to the end of the file.
+void MessageStructure::TakeRest(std::uint64_t begin, Sentence why) {
+  faults_.Add(LoadCode::kException, Say("{} What follows byte {} is kept as one part.", std::move(why), begin));
+  has_rest_ = true;
+  const std::size_t parent = levels_.empty() ? 0 : levels_.front().part;
+  while (!levels_.empty()) CloseInnermost(false, file_.size());
+  Part rest;
+  rest.parent = parent;
+  rest.depth = 1;
+  rest.type = "application/octet-stream";
+  rest.encoding = "binary";
+  rest.marker = Marker::kAttachment;
+  rest.header = {begin, begin};
+  rest.source.bytes = {begin, file_.size()};
+  parts_.push_back(std::move(rest));
+}
+
+}  // namespace quillcast::mail_file

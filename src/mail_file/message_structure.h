@@ -1,0 +1,83 @@
+// Finds the parts of a message file (RFC 2046 5.1, RFC 5322 2) in one pass, without recursion: what is open is a list
+// of levels, and memory grows with the number of parts alone.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mail_file/boundary.h"
+#include "mail_file/fact_collector.h"
+#include "mail_file/fault_list.h"
+#include "mail_file/load_mode.h"
+#include "mail_file/message_lines.h"
+#include "mail_file/part_fields.h"
+#include "platform/cancel.h"
+
+namespace quillcast::mail_file {
+
+class MessageStructure {
+ public:
+  // All outlive it.
+  MessageStructure(const MessageFile& file, LoadMode mode, const platform::CancelToken* cancel, FaultList& faults);
+
+  // Goes through the file once. Fails when it cannot be read (kIo) or was cancelled (kTryAgain); what was found until
+  // then is there.
+  Result<void> Find();
+
+  std::vector<Part>& parts() { return parts_; }
+  FactCollector& facts() { return facts_; }
+
+ private:
+  // A multipart or a message whose content is being read.
+  struct Level {
+    std::size_t part;
+    std::string boundary;  // none for a message
+    bool has_children = false;
+  };
+  // A delimiter line of a level, or the end of the file.
+  struct Delimiter {
+    std::size_t level = 0;
+    DelimiterKind kind = DelimiterKind::kNone;  // kNone: the end
+    std::uint64_t content_end = 0;              // the line end before a delimiter belongs to it
+    std::uint64_t next = 0;
+  };
+  enum class HeaderEnd { kBody, kDelimiter, kTooManyFields };
+  struct Header {
+    HeaderEnd end = HeaderEnd::kBody;
+    bool is_empty = true;
+    Delimiter delimiter;
+  };
+
+  std::size_t AddPart(std::uint64_t begin);
+  Result<Header> ReadHeader(std::size_t part, PartFields& fields);
+  void TellCutField();
+  Result<bool> TakeHeaderLine(const MessageLine& line, std::size_t part, PartFields& fields, Header& header);
+  void EndField(std::size_t part, PartFields& fields);
+  Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
+  Result<void> FindBoundary(std::size_t part, std::string& boundary);
+  Result<Delimiter> NextDelimiter();
+  bool IsDelimiter(const MessageLine& line, Delimiter& out) const;
+  void CloseInnermost(bool is_closed, std::uint64_t end);
+  Result<std::size_t> NextPart(Delimiter delimiter);
+  void TakeRest(std::uint64_t begin, Sentence why);
+  Result<void> CheckCancel();
+
+  const MessageFile& file_;
+  LoadMode mode_;
+  const platform::CancelToken* cancel_;
+  FaultList& faults_;
+  MessageLines lines_;
+  std::vector<Part> parts_;
+  FactCollector facts_;
+  std::vector<Level> levels_;
+  std::string field_name_;
+  std::string field_value_;
+  bool is_told_ = false;  // that the field is too long
+  std::size_t fields_ = 0;
+  std::size_t guess_budget_;
+  std::uint64_t content_end_ = 0;  // of the line that came last, without its end
+  bool has_rest_ = false;
+};
+
+}  // namespace quillcast::mail_file

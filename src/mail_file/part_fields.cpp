@@ -1,0 +1,115 @@
+#include "mail_file/part_fields.h"
+
+#include <array>
+#include <utility>
+
+#include "mail_file/gmime_border.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+struct EncodingName {
+  std::string_view name;
+  TransferEncoding encoding;
+};
+constexpr std::array kEncodings = {
+    EncodingName{"", TransferEncoding::kIdentity},
+    EncodingName{"7bit", TransferEncoding::kIdentity},
+    EncodingName{"8bit", TransferEncoding::kIdentity},
+    EncodingName{"binary", TransferEncoding::kIdentity},
+    EncodingName{"7-bit", TransferEncoding::kIdentity},
+    EncodingName{"8-bit", TransferEncoding::kIdentity},
+    EncodingName{"quoted-printable", TransferEncoding::kQuotedPrintable},
+    EncodingName{"base64", TransferEncoding::kBase64},
+    EncodingName{"x-uuencode", TransferEncoding::kUuencode},
+    EncodingName{"x-uue", TransferEncoding::kUuencode},
+    EncodingName{"uuencode", TransferEncoding::kUuencode},
+    EncodingName{"uue", TransferEncoding::kUuencode},
+    EncodingName{"binhex", TransferEncoding::kIdentity},  // unpacked behind that, see packed_parts.h
+    EncodingName{"x-binhex", TransferEncoding::kIdentity},
+    EncodingName{"mac-binhex40", TransferEncoding::kIdentity},
+    EncodingName{"x-mac-binhex40", TransferEncoding::kIdentity},
+};
+
+// Whole characters of at most kLongestPartText bytes.
+std::string Bounded(std::string_view text) {
+  text = text.substr(0, kLongestPartText);
+  return std::string(text.substr(0, text.size() - platform::IncompleteUtf8Tail(text)));
+}
+
+// The first word, without comments and what else stands behind it.
+std::string FirstWord(std::string_view value) {
+  value = platform::Trim(value);
+  return platform::AsciiLower(Bounded(platform::Trim(value.substr(0, value.find_first_of(" \t;(")))));
+}
+
+std::string WithoutAngles(std::string_view value) {
+  value = platform::Trim(value);
+  if (value.starts_with('<')) value.remove_prefix(1);
+  return Bounded(value.substr(0, value.find('>')));
+}
+
+bool HoldsTwo(const ParameterizedValue& value, std::string_view name) {
+  int count = 0;
+  for (const auto& parameter : value.parameters)
+    count += platform::EqualsIgnoringAsciiCase(parameter.first, name) ? 1 : 0;
+  return count > 1;
+}
+
+// Text without a name of its own is what the message says; everything else goes along with it.
+Marker MarkerOf(const Part& part, std::string_view disposition) {
+  if (disposition == "attachment") return Marker::kAttachment;
+  const bool is_text = part.type == "text/plain" || part.type == "text/html";
+  return is_text && (part.name.empty() || part.parent == kNoPart) ? Marker::kBody : Marker::kAttachment;
+}
+
+bool IsMessageType(std::string_view type) { return type == "message/rfc822" || type == "message/global"; }
+
+}  // namespace
+
+void PartFields::Take(std::string_view name, std::string_view value) {
+  constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 4> kNames = {{
+      {"Content-Type", &PartFields::type},
+      {"Content-Disposition", &PartFields::disposition},
+      {"Content-Transfer-Encoding", &PartFields::encoding},
+      {"Content-ID", &PartFields::id},
+  }};
+  for (const auto& [wanted, member] : kNames) {
+    if ((this->*member).empty() && platform::EqualsIgnoringAsciiCase(name, wanted)) this->*member = value;
+  }
+}
+
+TransferEncoding EncodingOf(std::string_view name) {
+  for (const EncodingName& row : kEncodings) {
+    if (row.name == name) return row.encoding;
+  }
+  return TransferEncoding::kUnknown;
+}
+
+PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
+  PartMeaning meaning;
+  const auto type = fields.type.empty() ? ParameterizedValue() : ReadContentType(fields.type);
+  const auto disposition =
+      fields.disposition.empty() ? ParameterizedValue() : ReadContentDisposition(fields.disposition);
+  if (!type.value.empty()) part.type = Bounded(type.value);
+  part.charset = Bounded(type.Parameter("charset"));
+  part.encoding = FirstWord(fields.encoding);
+  part.source.encoding = EncodingOf(part.encoding);
+  if (part.encoding.empty()) part.encoding = "7bit";
+  part.name = Bounded(disposition.Parameter("filename"));
+  if (part.name.empty()) part.name = Bounded(type.Parameter("name"));
+  part.content_id = WithoutAngles(fields.id);
+  meaning.is_multipart = part.type.starts_with("multipart/");
+  meaning.is_message = IsMessageType(part.type) && part.source.encoding == TransferEncoding::kIdentity;
+  if (meaning.is_multipart) {
+    meaning.boundary = type.Parameter("boundary");
+    meaning.has_two_boundaries = HoldsTwo(type, "boundary");
+  } else {
+    part.marker = MarkerOf(part, disposition.value);
+  }
+  return meaning;
+}
+
+}  // namespace quillcast::mail_file
