@@ -19,9 +19,9 @@ using mail_file::RecipientType;
 using mail_file::RelayStamp;
 using nlohmann::ordered_json;
 
-constexpr std::uint64_t kLongestShownBody = 1024 * 1024;   // bytes
-constexpr std::size_t kMostShownFields = 4 * 1024 * 1024;  // bytes of names and values
-constexpr std::array kFieldOfType = {"To", "Cc", "Bcc"};   // by RecipientType
+constexpr std::uint64_t kLongestShownBody = std::uint64_t{1024} * 1024;  // bytes
+constexpr std::size_t kMostShownFields = std::size_t{4} * 1024 * 1024;   // bytes of names and values
+constexpr std::array kFieldOfType = {"To", "Cc", "Bcc"};                 // by RecipientType
 
 std::string_view WordOf(Marker marker) {
   switch (marker) {

@@ -20,7 +20,7 @@ bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 constexpr std::array<std::uint16_t, 256> kCrcTable = [] {
   std::array<std::uint16_t, 256> table{};
   for (unsigned i = 0; i < table.size(); ++i) {
-    std::uint16_t crc = static_cast<std::uint16_t>(i << 8);
+    auto crc = static_cast<std::uint16_t>(i << 8);
     for (int bit = 0; bit < 8; ++bit) crc = static_cast<std::uint16_t>(crc << 1 ^ ((crc & 0x8000) != 0 ? 0x1021 : 0));
     table[i] = crc;
   }

@@ -14,7 +14,7 @@ constexpr std::size_t kMostLookedAt = std::size_t{1024} * 1024;
 // What a line could be the delimiter of; "-- " begins a signature.
 std::string CandidateOf(std::string_view line) {
   line = line.substr(0, line.find_last_not_of(" \t") + 1);
-  const bool fits = line.starts_with("--") && line.size() > 3 && line.size() <= kLongestBoundary && line[2] != ' ';
+  const bool fits = line.starts_with("--") && line.size() > 2 && line.size() <= kLongestBoundary && line[2] != ' ';
   return fits ? std::string(line.substr(2)) : std::string();
 }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+#include "mime/uuencode.h"
 #include "platform/result.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -71,8 +72,6 @@ int ToGMime(TransferEncoding encoding) {
       return GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE;
     case TransferEncoding::kBase64:
       return GMIME_CONTENT_ENCODING_BASE64;
-    case TransferEncoding::kUuencode:
-      return GMIME_CONTENT_ENCODING_UUENCODE;
     default:
       return GMIME_CONTENT_ENCODING_BINARY;
   }
@@ -159,13 +158,17 @@ std::optional<ConvertedText> ConvertToUtf8(std::string_view bytes, std::string_v
   return out;
 }
 
+// Uuencode is decoded by ours: GMime loses its place where a piece ends with a line.
 struct TransferDecoder::State {
-  GMimeEncoding encoding;
+  GMimeEncoding encoding{};
+  std::optional<mime::Uudecoder> uudecoder;
 };
 
 TransferDecoder::TransferDecoder(TransferEncoding encoding) {
-  if (ToGMime(encoding) == GMIME_CONTENT_ENCODING_BINARY) return;
+  const bool is_uuencode = encoding == TransferEncoding::kUuencode;
+  if (!is_uuencode && ToGMime(encoding) == GMIME_CONTENT_ENCODING_BINARY) return;
   state_ = std::make_unique<State>();
+  if (is_uuencode) state_->uudecoder.emplace();
   g_mime_encoding_init_decode(&state_->encoding, static_cast<GMimeContentEncoding>(ToGMime(encoding)));
 }
 
@@ -184,13 +187,14 @@ void TransferDecoder::Decode(std::string_view bytes, std::string& out) {
     out += bytes;
     return;
   }
+  if (state_->uudecoder) return state_->uudecoder->Decode(bytes, out);
   const std::size_t before = out.size();
   out.resize(before + g_mime_encoding_outlen(&state_->encoding, bytes.size()));
   out.resize(before + g_mime_encoding_step(&state_->encoding, bytes.data(), bytes.size(), out.data() + before));
 }
 
 void TransferDecoder::Finish(std::string& out) {
-  if (!state_) return;
+  if (!state_ || state_->uudecoder) return;
   const std::size_t before = out.size();
   out.resize(before + g_mime_encoding_outlen(&state_->encoding, 0) + 64);
   out.resize(before + g_mime_encoding_flush(&state_->encoding, "", 0, out.data() + before));

@@ -1,5 +1,7 @@
 #include "mail_file/mailbox_list.h"
 
+#include <utility>
+
 #include "mail_file/gmime_border.h"
 #include "platform/text.h"
 
@@ -79,8 +81,9 @@ class ListCutter {
 
 Mailbox AsMailbox(std::string_view piece) {
   if (auto mailbox = ReadMailbox(piece); mailbox && !mailbox->address.empty()) return *std::move(mailbox);
-  if (piece.find_first_of(" \t") == std::string_view::npos) return {{}, std::string(piece)};
-  return {DecodeHeaderText(piece), {}};
+  std::string text = DecodeHeaderText(piece);
+  if (piece.find_first_of(" \t") == std::string_view::npos) return {{}, std::move(text)};
+  return {std::move(text), {}};
 }
 
 }  // namespace

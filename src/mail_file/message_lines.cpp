@@ -73,7 +73,7 @@ Result<bool> MessageLines::Next(MessageLine& line) {
     if (!more) return more.error();
     if (*more) continue;
     if (filled_ == buffer_.size() && offset_ + filled_ < end_) {
-      const auto skipped = SkipLongLine(line);
+      auto skipped = SkipLongLine(line);
       last_ = line;
       return skipped;
     }

@@ -11,22 +11,6 @@ constexpr std::size_t kGuessBudget = std::size_t{16} * 1024 * 1024;  // bytes th
 constexpr int kLinesBetweenLooks = 4096;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
-// Printable ASCII, and blanks before the colon as the old grammar had them (RFC 5322 4.5). 0: no field begins there.
-std::size_t FieldNameLength(std::string_view line) {
-  const std::size_t colon = line.find(':');
-  if (colon == std::string_view::npos || colon == 0) return 0;
-  const std::string_view name = line.substr(0, line.find_last_not_of(" \t", colon - 1) + 1).substr(0, colon);
-  const bool is_name = std::ranges::all_of(name, [](char c) { return c > ' ' && c < 0x7F; });
-  return is_name ? name.size() : 0;
-}
-
-// As mailboxes have it before each message.
-bool IsMailboxLine(std::string_view line) { return line.starts_with("From ") || line.starts_with(">From "); }
-
-bool IsCut(const MessageLine& line) { return line.end - line.begin > kLongestLineText; }
-
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
 }  // namespace
 
 MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const platform::CancelToken* cancel,
@@ -36,6 +20,7 @@ MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const
       cancel_(cancel),
       faults_(faults),
       lines_(file, {0, file.size()}),
+      header_lines_(faults),
       guess_budget_(kGuessBudget) {}
 
 Result<void> MessageStructure::CheckCancel() {
@@ -99,72 +84,30 @@ std::size_t MessageStructure::AddPart(std::uint64_t begin) {
   return parts_.size() - 1;
 }
 
-void MessageStructure::EndField(std::size_t part, PartFields& fields) {
-  if (field_name_.empty()) return;
-  const std::string_view value = platform::Trim(field_value_);
-  fields.Take(field_name_, value);
-  if (part == 0) facts_.Take(field_name_, value);
-  field_name_.clear();
-  field_value_.clear();
-}
-
-void MessageStructure::TellCutField() {
-  if (!is_told_)
-    faults_.Add(LoadCode::kException, Say("The header field \"{}\" is too long; its end was left out.",
-                                          platform::Printable(field_name_, 100)));
-  is_told_ = true;
-}
-
-// False when the header has ended with this line.
-Result<bool> MessageStructure::TakeHeaderLine(const MessageLine& line, std::size_t part, PartFields& fields,
-                                              Header& header) {
-  if (line.text.empty()) return false;
-  if (IsBlank(line.text.front()) && !field_name_.empty()) {
-    const std::size_t room = kLongestField - std::min(kLongestField, field_value_.size());
-    if (line.text.size() > room || IsCut(line)) TellCutField();
-    field_value_ += ' ';
-    field_value_ += line.text.substr(1, room);
-    return true;
-  }
-  const std::size_t name = FieldNameLength(line.text);
-  if (name == 0 && part == 0 && header.is_empty && IsMailboxLine(line.text)) return true;
-  EndField(part, fields);
-  if (name == 0) {  // the empty line is missing, and this is the body's first
-    lines_.Back();
-    return false;
-  }
-  header.is_empty = false;
-  if (++fields_ > kMostFields) {
-    lines_.Back();
-    header.end = HeaderEnd::kTooManyFields;
-    return false;
-  }
-  field_name_ = line.text.substr(0, name);
-  field_value_ = line.text.substr(line.text.find(':') + 1);
-  is_told_ = false;
-  if (IsCut(line)) TellCutField();
-  return true;
-}
-
 Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, PartFields& fields) {
+  const auto take = [&](std::string_view name, std::string_view value) {
+    fields.Take(name, value);
+    if (part == 0) facts_.Take(name, value);
+  };
   Header header;
+  header_lines_.Begin(part == 0);
   MessageLine line;
-  for (;;) {
+  for (HeaderLine kind = HeaderLine::kWithin; kind == HeaderLine::kWithin && header.end != HeaderEnd::kDelimiter;) {
     const auto more = lines_.Next(line);
     if (!more) return more.error();
     if (!*more) break;
-    if (part == 0 && header.is_empty && line.begin == 0 && line.text.starts_with(kMark))
-      line.text.remove_prefix(kMark.size());
+    if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
     if (IsDelimiter(line, header.delimiter)) {
       header.end = HeaderEnd::kDelimiter;
-      break;
+      continue;
     }
-    const auto taken = TakeHeaderLine(line, part, fields, header);
-    if (!taken) return taken.error();
-    if (!*taken) break;
-    content_end_ = line.end;
+    kind = header_lines_.Take(line, take);
+    if (kind == HeaderLine::kTooMany) header.end = HeaderEnd::kTooManyFields;
+    if (kind == HeaderLine::kTooMany || kind == HeaderLine::kBody) lines_.Back();
+    if (kind == HeaderLine::kWithin) content_end_ = line.end;
   }
-  EndField(part, fields);
+  header_lines_.End(take);
+  header.is_empty = header_lines_.is_empty();
   parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
   content_end_ = parts_[part].header.end;
   return header;
@@ -296,8 +239,8 @@ Result<std::size_t> MessageStructure::NextPart(Delimiter delimiter) {
 }
 
 // What is beyond a limit, to the end of the file.
-void MessageStructure::TakeRest(std::uint64_t begin, Sentence why) {
-  faults_.Add(LoadCode::kException, Say("{} What follows byte {} is kept as one part.", std::move(why), begin));
+void MessageStructure::TakeRest(std::uint64_t begin, const Sentence& why) {
+  faults_.Add(LoadCode::kException, Say("{} What follows byte {} is kept as one part.", why, begin));
   has_rest_ = true;
   const std::size_t parent = levels_.empty() ? 0 : levels_.front().part;
   while (!levels_.empty()) CloseInnermost(false, file_.size());

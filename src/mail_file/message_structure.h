@@ -9,6 +9,7 @@
 #include "mail_file/boundary.h"
 #include "mail_file/fact_collector.h"
 #include "mail_file/fault_list.h"
+#include "mail_file/header_lines.h"
 #include "mail_file/load_mode.h"
 #include "mail_file/message_lines.h"
 #include "mail_file/part_fields.h"
@@ -51,16 +52,13 @@ class MessageStructure {
 
   std::size_t AddPart(std::uint64_t begin);
   Result<Header> ReadHeader(std::size_t part, PartFields& fields);
-  void TellCutField();
-  Result<bool> TakeHeaderLine(const MessageLine& line, std::size_t part, PartFields& fields, Header& header);
-  void EndField(std::size_t part, PartFields& fields);
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
   Result<void> FindBoundary(std::size_t part, std::string& boundary);
   Result<Delimiter> NextDelimiter();
   bool IsDelimiter(const MessageLine& line, Delimiter& out) const;
   void CloseInnermost(bool is_closed, std::uint64_t end);
   Result<std::size_t> NextPart(Delimiter delimiter);
-  void TakeRest(std::uint64_t begin, Sentence why);
+  void TakeRest(std::uint64_t begin, const Sentence& why);
   Result<void> CheckCancel();
 
   const MessageFile& file_;
@@ -68,13 +66,10 @@ class MessageStructure {
   const platform::CancelToken* cancel_;
   FaultList& faults_;
   MessageLines lines_;
+  HeaderLines header_lines_;
   std::vector<Part> parts_;
   FactCollector facts_;
   std::vector<Level> levels_;
-  std::string field_name_;
-  std::string field_value_;
-  bool is_told_ = false;  // that the field is too long
-  std::size_t fields_ = 0;
   std::size_t guess_budget_;
   std::uint64_t content_end_ = 0;  // of the line that came last, without its end
   bool has_rest_ = false;

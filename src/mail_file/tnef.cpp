@@ -84,7 +84,7 @@ class TnefSearch {
   Result<void> Run() {
     if (stream_.Number32() != kSignature) return Tell("is no winmail.dat");
     stream_.Number16();
-    while (!stream_.is_ended() && !is_damaged_) {
+    while (!stream_.is_ended() && (!is_damaged_ || found_.mode == LoadMode::kExtended)) {
       if (found_.is_cancelled()) return Error{Failure::kTryAgain, "Reading the message was cancelled."};
       TakeAttribute();
     }
@@ -112,7 +112,7 @@ class TnefSearch {
     TakeContent(attribute, end);
     if (stream_.position() < end) stream_.Skip(end - stream_.position());
     const std::uint16_t sum = stream_.sum();
-    if (stream_.Number16() != sum || stream_.is_ended() || stream_.position() != end + 2) is_damaged_ = true;
+    if (stream_.Number16() != sum || stream_.is_ended()) is_damaged_ = true;
   }
 
   void TakeContent(std::uint32_t attribute, std::uint64_t end) {

@@ -7,7 +7,8 @@ namespace quillcast::mail_file {
 
 // Adds what lies in the part as parts of their own: its attachments, and its body where it is HTML or the message has
 // no text. They are pieces of its content, which is read once, and never held. Where nothing is found in it the part
-// stays an attachment. Damage is told as kException, and what was found before it is used. An attached message, and a
+// stays an attachment. Damage is told as kException, and what was found before it is used; an extended load goes
+// on behind a wrong sum. An attached message, and a
 // body in compressed RTF, are passed over.
 Result<void> UnpackTnef(FoundFiles& found, std::size_t place);
 

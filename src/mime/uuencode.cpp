@@ -1,7 +1,6 @@
 #include "mime/uuencode.h"
 
 #include <algorithm>
-#include <cstdint>
 
 #include "mime/header_text.h"
 
@@ -46,6 +45,32 @@ void Uuencoder::Finish(std::string& out) {
   pending_size_ = 0;
   AppendLine(out, {});
   out += "end\r\n";
+}
+
+void Uudecoder::TakeDigit(std::uint32_t digit, std::string& out) {
+  if (left_ == 0) return;
+  bits_ = bits_ << 6 | (digit & 63);
+  if (++digits_ < 4) return;
+  digits_ = 0;
+  for (int shift = 16; shift >= 0 && left_ > 0; shift -= 8, --left_) out += static_cast<char>(bits_ >> shift & 0xFF);
+}
+
+void Uudecoder::Decode(std::string_view bytes, std::string& out) {
+  for (const char c : bytes) {
+    if (is_ended_) return;
+    const auto digit = static_cast<std::uint32_t>(static_cast<std::uint8_t>(c)) - ' ';
+    if (c == '\r' || c == '\n') {
+      while (left_ > 0) TakeDigit(0, out);
+      is_at_line_ = true;
+    } else if (is_at_line_) {
+      is_at_line_ = false;
+      is_ended_ = digit > 64 || (digit & 63) == 0;
+      left_ = digit & 63;
+      digits_ = 0;
+    } else {
+      TakeDigit(digit, out);
+    }
+  }
 }
 
 }  // namespace quillcast::mime

@@ -1,8 +1,9 @@
-// Uuencoding, for attachments of messages without MIME: they stand in the body, behind the text.
+// Uuencoding, for attachments of messages without MIME: they stand in the body, behind the text; and back.
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,23 @@ class Uuencoder {
 
   std::array<char, kLineBytes> pending_{};
   std::size_t pending_size_ = 0;
+};
+
+// Decodes the lines behind "begin 644 NAME". The result is the same however the stream is cut, and a copy goes on from
+// where the other one is. It ends at the line without bytes, or at one that is none. Blanks that are missing at the end
+// of a line, where zero bits are written as such, count as there.
+class Uudecoder {
+ public:
+  void Decode(std::string_view bytes, std::string& out);
+
+ private:
+  void TakeDigit(std::uint32_t digit, std::string& out);
+
+  std::size_t left_ = 0;  // bytes of the line
+  std::uint32_t bits_ = 0;
+  int digits_ = 0;  // in bits_
+  bool is_at_line_ = true;
+  bool is_ended_ = false;
 };
 
 }  // namespace quillcast::mime

@@ -25,6 +25,7 @@
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
 #include "html/local_pictures.h"
+#include "mail_file/mail_message.h"
 #include "message/escape_in_styles.h"
 #include "message/related_pictures.h"
 #include "mime/header_text.h"
@@ -542,6 +543,80 @@ TEST(Growth, OfReadingText) {
        "<row><c><v>1</v></c></row>",
        "<row><c r='XFD1'><v>1</v></c></row>",
        "<table:table-row><table:table-cell table:number-columns-repeated='99'><text:p>a</text:p>",
+       std::string_view("\0", 1)});
+}
+
+// Everything of a message file is read. What comes before the text is as good as nothing.
+Reader ReadMessage(std::string_view before) {
+  return [before](const std::string& text) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.Write("message", std::string(before) + text);
+    for (const auto mode : {mail_file::LoadMode::kPlain, mail_file::LoadMode::kExtended}) {
+      const auto loading = mail_file::Load(file, {.mode = mode});
+      for (const auto& part : loading->message->parts()) {
+        IgnoreErrors(loading->message->TextOf(part));
+        IgnoreErrors(loading->message->EachField(part, [](std::string_view, std::string_view) {}));
+      }
+    }
+  };
+}
+
+TEST(Growth, OfMessageFiles) {
+  CheckEach(
+      {{"a message file", ReadMessage("")},
+       {"a subject", ReadMessage("Subject: ")},
+       {"a list of mailboxes", ReadMessage("To: ")},
+       {"a relay stamp", ReadMessage("Received: ")},
+       {"a content type", ReadMessage("Content-Type: text/plain; ")},
+       {"a multipart", ReadMessage("Content-Type: multipart/mixed; boundary=b\n\n--b\n")},
+       {"a multipart without a boundary", ReadMessage("Content-Type: multipart/mixed\n\n")},
+       {"a text", ReadMessage("Subject: x\n\n")},
+       {"a base64 part", ReadMessage("Content-Transfer-Encoding: base64\n\n")},
+       {"a quoted-printable part", ReadMessage("Content-Transfer-Encoding: quoted-printable\n\n")},
+       {"a page", ReadMessage("Content-Type: text/html\n\n")},
+       {"a BinHex part", ReadMessage("Content-Type: application/mac-binhex40\n\n:")},
+       {"winmail.dat", ReadMessage(std::string_view("Content-Type: application/ms-tnef\n\n\x78\x9F\x3E\x22\1\0", 41))}},
+      {"x",
+       " ",
+       "\n",
+       "\r",
+       "\n ",
+       "a,",
+       "a@b.c,",
+       "(",
+       "()",
+       "\"",
+       "<",
+       ";",
+       ":",
+       "\\",
+       "=?utf-8?q?",
+       "=?utf-8?q?a?= ",
+       "from ",
+       "a\1=b;",
+       "a*\1*=b;",
+       "a*0=b;",
+       "\xE9",
+       "=",
+       "=3D",
+       "--",
+       "\n--b",
+       "--b\n",
+       "--b--\n",
+       "--b\n\nx\n",
+       "--x\nContent-\n",
+       "X: y\n",
+       "To: a@b.c\n",
+       "Content-Type: message/rfc822\n\n",
+       "Content-Type: multipart/mixed; boundary=b\1\n\n--b\1\n",
+       "Content-Type: multipart/mixed\n\n--b\1\n",
+       "begin 644 a\n",
+       "begin 644 a\n!  \nend\n",
+       "=ybegin \n",
+       "(This file must be converted with BinHex\n:",
+       "!!!!",
+       std::string_view("\2\2\x90\6\0\0\0\0\0\0\0\2\xF\x80\6\0\1\0\0\0xx\0", 23),
+       std::string_view("\1\3\x90\6\0\x10\0\0\0\xFF\0\0\0", 13),
        std::string_view("\0", 1)});
 }
 

@@ -43,11 +43,30 @@ TEST(Uuencode, NamesAreAsciiWithoutFolders) {
   }
 }
 
+// Lines as others write them: blanks for zero bits, some of them gone, a check digit behind, nothing at the end.
+TEST(Uuencode, ReadsLinesOfOthers) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"#0V%T\n`\nend\n", "Cat"},    {"!80  \n \nend\n", "a"},        {"!80\r\n", "a"},
+      {"#0V%Tx\n#0V%T\n", "CatCat"}, {"#0V%T\nnone\n#0V%T\n", "Cat"}, {"", ""},
+  };
+  for (const auto& [lines, bytes] : cases) {
+    std::string decoded;
+    Uudecoder().Decode(lines, decoded);
+    EXPECT_EQ(decoded, bytes) << lines;
+  }
+}
+
 TEST(Uuencode, IsTheSameHoweverTheStreamIsCut) {
   std::mt19937 random(6);
   for (int round = 0; round < 300; ++round) {
     const std::string bytes = test::RandomText(random, test::EveryByte(), 400);
-    ASSERT_EQ(Encode(test::RandomPieces(random, bytes)), Encode({bytes}));
+    const std::string encoded = Encode({bytes});
+    ASSERT_EQ(Encode(test::RandomPieces(random, bytes)), encoded);
+    Uudecoder decoder;
+    std::string decoded;
+    const std::string lines = encoded.substr(encoded.find('\n') + 1);
+    for (const std::string_view piece : test::RandomPieces(random, lines)) decoder.Decode(piece, decoded);
+    ASSERT_EQ(decoded, bytes);
   }
 }
 

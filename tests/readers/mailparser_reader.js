@@ -6,8 +6,11 @@ const readline = require('readline');
 const { simpleParser } = require('mailparser');
 const { Splitter } = require('@zone-eu/mailsplit');
 
-const mailbox = (field) =>
-  field ? [field.value[0].name, field.value[0].address, field.value.length] : null;
+// The first mailbox of a field, or of several of that name, and how many there are; groups as their members.
+function mailbox(field) {
+  const all = [field || []].flat().flatMap((one) => one.value).flatMap((one) => one.group || [one]);
+  return all.length ? [all[0].name, all[0].address, all.length] : null;
+}
 
 const sha256 = (bytes) => createHash('sha256').update(bytes).digest('hex');
 

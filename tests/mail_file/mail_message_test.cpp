@@ -1,0 +1,264 @@
+// What is loaded of message files: bodies, recipients, stamps, codes, and what stays bounded whatever a stranger
+// writes.
+#include "mail_file/mail_message.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "mail_file/gmime_border.h"
+#include "support/memory.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+Loading LoadFile(const std::filesystem::path& file, LoadMode mode = LoadMode::kPlain) {
+  auto loading = Load(file, {.mode = mode});
+  EXPECT_TRUE(loading);
+  return std::move(loading).ValueOr({});
+}
+
+Loading LoadSample(const std::string& name, LoadMode mode = LoadMode::kPlain) {
+  return LoadFile(QUILLCAST_TEST_DATA "/files/" + name + ".eml", mode);
+}
+
+std::string ContentOf(const MailMessage& message, const Part& part) {
+  std::string out;
+  auto reader = message.Open(part);
+  for (auto block = reader->Next(); block && !block->empty(); block = reader->Next()) out += *block;
+  return out;
+}
+
+TEST(MailMessage, TellsItsBodies) {
+  struct Row {
+    const char* file;
+    const char* text;
+    const char* html;
+  };
+  for (const Row& row : {
+           Row{"lf_alone", "Grüße\r\nvon Ada\r\n", ""},
+           Row{"cr_alone", "one", ""},
+           Row{"alternative", "Grüße weich", "<p>Grüße</p>"},
+           Row{"apple", "before\r\nafter", ""},
+           Row{"related", "", "<img src=\"cid:p@x\">"},
+           Row{"nested_message", "see below", ""},
+           Row{"charset_missing", "Grüße\r\n", ""},
+           Row{"charset_wrong", "Grüße\r\n", ""},
+           Row{"charset_latin1", "Grüße\r\n", ""},
+           Row{"charset_koi8", "Привет, мир\r\n", ""},
+           Row{"charset_jp", "こんにちは\r\n", ""},
+           Row{"charset_utf16", "Grüße €\r\n", ""},
+           Row{"charset_in_page", "", "<meta charset=windows-1251><p>Привет</p>\r\n"},
+           Row{"uuencode_in_text", "Here it is:\r\n\r\n\r\nbegin to read at once.\r\nBye\r\n", ""},
+           Row{"yenc", "Here:\r\nBye\r\n", ""},
+           Row{"binhex_in_text", "My file:\r\nBye\r\n", ""},
+           Row{"tnef", "plain words", "<p>From winmail</p>"},
+           Row{"only_header", "", ""},
+       }) {
+    const Loading loading = LoadSample(row.file);
+    ASSERT_TRUE(loading.message) << row.file;
+    EXPECT_EQ(loading.message->TextBody().ValueOr("failed"), row.text) << row.file;
+    EXPECT_EQ(loading.message->HtmlBody().ValueOr("failed"), row.html) << row.file;
+    EXPECT_EQ(loading.message->HasBody("text/html"), *row.html != '\0') << row.file;
+  }
+}
+
+// Sets that are declared and are not what the bytes are, or are known under a smaller name.
+TEST(MailMessage, FindsOutCharacterSets) {
+  struct Row {
+    const char* type;
+    const char* bytes;
+    const char* text;
+  };
+  for (const Row& row : {
+           Row{"text/plain; charset=us-ascii", "caf\xC3\xA9", "café"},
+           Row{"text/plain; charset=iso-8859-1", "\x80 5", "€ 5"},
+           Row{"text/plain; charset=utf-8", "caf\xE9", "café"},
+           Row{"text/plain; charset=gb2312", "\x81\x30\x81\x30", "\xC2\x80"},
+           Row{"text/plain; charset=ibm437", "caf\x82", "café"},
+           Row{"text/plain; charset=utf-8", "\xEF\xBB\xBFmark", "mark"},
+           Row{"text/html; charset=x", "<meta content='text/html; charset=koi8-r'>\xC1",
+               "<meta content='text/html; charset=koi8-r'>а"},
+       }) {
+    const test::TemporaryFolder folder;
+    const Loading loading = LoadFile(folder.Write("m", std::string("Content-Type: ") + row.type + "\n\n" + row.bytes));
+    EXPECT_EQ(loading.message->TextOf(loading.message->parts()[0]).ValueOr("failed"), row.text) << row.type;
+  }
+}
+
+TEST(MailMessage, TellsRecipientsInTheirOrder) {
+  const Loading loading = LoadSample("recipients");
+  std::string told;
+  for (const auto& [mailbox, type] : loading.message->facts().recipients)
+    told += std::to_string(static_cast<int>(type)) + " " + mailbox.name + " <" + mailbox.address + ">\n";
+  EXPECT_EQ(told,
+            "0 Bob <bob@example.net>\n0  <carol@example.net>\n0 Last, First <lf@example.net>\n"
+            "1 Dave <dave@example.net>\n1  <eve@example.net>\n2  <secret@example.net>\n");
+}
+
+// By, for, from, id, protocol, via, time and bias, and the seconds of the hop.
+TEST(MailMessage, TellsTheWayItCame) {
+  const auto stamps = LoadSample("stamps").message->facts().stamps;
+  const auto delays = HopDelays(stamps);
+  std::string told;
+  for (std::size_t i = 0; i < stamps.size(); ++i) {
+    const RelayStamp& s = stamps[i];
+    told += s.by + "|" + s.for_whom + "|" + s.from + "|" + s.id + "|" + s.protocol + "|" + s.via + "|" +
+            (s.time ? s.time->local + " " + s.time->Bias() : "none") + "|" +
+            (delays[i] ? std::to_string(*delays[i]) : "none") + "\n";
+  }
+  EXPECT_EQ(told,
+            "store.example.org|bob@example.org|mx.example.net (mx.example.net [192.0.2.7])|4F2A|ESMTPS||"
+            "2026-11-14 22:40:09 +60|4\n"
+            "mx.example.net|||AA7||UUCP|2026-11-14 16:40:05 -300|65\n"
+            "||||||2026-11-14 21:39:00 +0|none\n"
+            "||||||none|none\n");
+}
+
+TEST(MailMessage, IsNothingWhereNothingCanBeRead) {
+  const test::TemporaryFolder folder;
+  for (const auto& file : {folder.Write("empty.eml", ""), folder / "absent.eml", folder.path()}) {
+    const Loading loading = LoadFile(file);
+    EXPECT_FALSE(loading.message) << file;
+    EXPECT_EQ(loading.code(), LoadCode::kFileIo) << file;
+    EXPECT_EQ(TextOf(loading.code()), "Error 258: File IO error.");
+  }
+}
+
+TEST(MailMessage, EndsWhenItIsCancelled) {
+  platform::CancelToken cancel;
+  cancel.Request();
+  const auto loading = Load(QUILLCAST_TEST_DATA "/files/plain.eml", {.cancel = &cancel});
+  ASSERT_FALSE(loading);
+  EXPECT_EQ(loading.error().failure, Failure::kTryAgain);
+}
+
+// A file that shrinks under way: what was found before is used, what is gone is told.
+TEST(MailMessage, TellsWhenItsFileBecomesShorter) {
+  const test::TemporaryFolder folder;
+  const auto file = folder.Write("m", "Subject: x\n\n" + std::string(500'000, 'x'));
+  const Loading loading = LoadFile(file);
+  std::filesystem::resize_file(file, 100);
+  const auto text = loading.message->TextOf(loading.message->parts()[0]);
+  ASSERT_FALSE(text);
+  EXPECT_EQ(text.error().failure, Failure::kIo);
+}
+
+// A sanitizer's own memory says nothing of the program's.
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::uint64_t kMostMemory = 1ULL << 30;
+#else
+constexpr std::uint64_t kMostMemory = 56ULL << 20;  // with what the program itself takes: 64
+#endif
+
+std::string Repeated(const std::string& text, std::size_t count) {
+  std::string out;
+  for (std::size_t i = 0; i < count; ++i) out += text;
+  return out;
+}
+
+std::string NestedMultiparts(int count) {
+  std::string out;
+  for (int i = 0; i < count; ++i) {
+    const std::string boundary = "b" + std::to_string(i);
+    out += "Content-Type: multipart/mixed; boundary=" + boundary + "\n\n--" + boundary + "\n";
+  }
+  return out + "\nx\n";
+}
+
+std::string Tnef(std::size_t files) {
+  const std::string file("\2\2\x90\6\0\0\0\0\0\0\0\2\xF\x80\6\0\1\0\0\0xx\0", 23);
+  return "Content-Type: application/ms-tnef\nContent-Transfer-Encoding: binary\n\n" +
+         std::string("\x78\x9F\x3E\x22\1\0", 6) + Repeated(file, files);
+}
+
+// Whatever is in it, it is read within bounds, and what was cut is told.
+TEST(MailMessage, StaysWithinItsLimits) {
+  struct Row {
+    const char* name;
+    std::string text;
+    std::size_t parts;
+    const char* told;
+  };
+  const std::string to = "To: " + Repeated("Name <user@example.org>,\n ", 1'000'000) + "\n\nx";
+  const Row rows[] = {
+      {"fields", Repeated("X-Field: value\n", 1'000'000) + "\nx", 2, "20000 header fields"},
+      {"parts", "Content-Type: multipart/mixed; boundary=b\n\n" + Repeated("--b\n\nx\n", 20'000), 10'001,
+       "10000 parts"},
+      {"nesting", NestedMultiparts(10'000), 101, "nested deeper than 100"},
+      {"messages", Repeated("Content-Type: message/rfc822\n\n", 10'000), 101, "nested deeper than 100"},
+      {"a field", "Subject: " + std::string(10'000'000, 'x') + "\n\nx", 1, "\"Subject\" is too long"},
+      {"recipients", to, 1, "\"To\" is too long"},
+      {"stamps", Repeated("Received: by " + std::string(900, 'x') + "\n", 15'000) + "\nx", 1,
+       "more recipients or relay"},
+      {"uuencode", "Subject: x\n\n" + Repeated("begin 644 a\n!  \nend\n", 20'000), 10'001, "10000 parts"},
+      {"winmail.dat", Tnef(20'000), 10'001, "10000 parts"},
+  };
+  const test::TemporaryFolder folder;
+  for (const Row& row : rows) {
+    const auto file = folder.Write("m", row.text);
+    const std::uint64_t before = (test::ForgetPeakMemory(), test::PeakMemory());
+    const Loading loading = LoadFile(file);
+    EXPECT_LT(test::PeakMemory() - before, kMostMemory) << row.name;
+    ASSERT_TRUE(loading.message) << row.name;
+    EXPECT_EQ(loading.message->parts().size(), row.parts) << row.name;
+    EXPECT_EQ(loading.code(), LoadCode::kException) << row.name;
+    ASSERT_FALSE(loading.faults.empty());
+    EXPECT_NE(loading.faults.front().what.InEnglish().find(row.told), std::string::npos)
+        << row.name << ": " << loading.faults.front().what.InEnglish();
+  }
+}
+
+// Every byte from the first cut field on is in the last part, and nothing twice.
+TEST(MailMessage, KeepsWhatIsBeyondALimitAsOnePart) {
+  const std::string rest = Repeated("X-B: b\n", 1000) + "\nbody\n";
+  const test::TemporaryFolder folder;
+  const Loading loading = LoadFile(folder.Write("m", Repeated("X-A: a\n", 20'000) + rest));
+  EXPECT_EQ(ContentOf(*loading.message, loading.message->parts().back()), rest);
+}
+
+// A part of two gigabytes, in a file with a hole where its content is.
+TEST(MailMessage, HoldsNoContent) {
+  const test::TemporaryFolder folder;
+  const std::string head = "Content-Type: application/octet-stream; name=a\n\n";
+  const auto file = folder.Write("m", head);
+  constexpr std::uint64_t kSize = 2ULL * 1024 * 1024 * 1024;
+  std::filesystem::resize_file(file, kSize);
+  const std::uint64_t before = (test::ForgetPeakMemory(), test::PeakMemory());
+  const Loading loading = LoadFile(file);
+  EXPECT_EQ(loading.code(), LoadCode::kLoaded);
+  EXPECT_EQ(loading.message->parts().front().source.bytes.size(), kSize - head.size());
+  auto reader = loading.message->Open(loading.message->parts().front());
+  EXPECT_EQ(reader->Next()->front(), '\0');
+  EXPECT_LT(test::PeakMemory() - before, 8U * 1024 * 1024);
+}
+
+// Where a stream is cut says nothing about what it decodes to, and a copy goes on as the original does.
+TEST(TransferDecoder, DecodesTheSameHoweverItIsCut) {
+  struct Row {
+    TransferEncoding encoding;
+    const char* encoded;
+    const char* decoded;
+  };
+  for (const Row& row : {
+           Row{TransferEncoding::kQuotedPrintable, "a=C3=BC=\r\nb =ZZ=3d\r\n", "aüb =ZZ=\r\n"},
+           Row{TransferEncoding::kBase64, "SGVs bG8s\r\n*IHdvcmxk\r\nIQ==\r\n", "Hello, world!"},
+           Row{TransferEncoding::kUuencode, "%2&5L;&\\ \r\n!(0  \r\n`\r\nend\r\n", "Hello!"},
+           Row{TransferEncoding::kIdentity, "as it is", "as it is"},
+       }) {
+    const std::string_view encoded = row.encoded;
+    for (std::size_t cut = 0; cut <= encoded.size(); ++cut) {
+      TransferDecoder first(row.encoding);
+      std::string out;
+      first.Decode(encoded.substr(0, cut), out);
+      TransferDecoder second(first);
+      second.Decode(encoded.substr(cut), out);
+      second.Finish(out);
+      EXPECT_EQ(out, row.decoded) << "cut at " << cut;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::mail_file
