@@ -91,23 +91,32 @@ std::size_t EndOfLines(std::string_view text, bool has_quotes) {
   return end;
 }
 
+// Nothing where nobody cancelled: why else a stream takes no more is told at the end of every command.
+Result<void> NotWhole(const Context& context) {
+  if (context.cancel.Requested() == platform::Stop::kNone) return {};
+  return Error{Failure::kTryAgain, "The export was cancelled; what was written is not whole.",
+               "Run it again for all of it."};
+}
+
 // What is in the file, from its beginning, until a stop at `end`: then as many whole lines as were printed by then.
+// Known limit: a pipe takes 4,096 octets whole or not at all, so that a longer line may be cut where that is given up
+// too.
 Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end,
                        bool has_quotes) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
   std::string block(kBlock, '\0');
   std::string lines;
   while (std::ferror(stdout) == 0) {
-    if (context.cancel.Requested() >= end) return EndOfList(context);
+    if (context.cancel.Requested() >= end) return NotWhole(context);
     const auto got = platform::ReadSome(fd, folder, block.data(), block.size());
     if (!got) return got.error();
     lines.append(block, 0, *got);
     const std::size_t whole = *got == 0 ? lines.size() : EndOfLines(lines, has_quotes);
     Print(stdout, std::string_view(lines).substr(0, whole));
     lines.erase(0, whole);
-    if (*got == 0) break;
+    if (*got == 0) return {};
   }
-  return {};
+  return NotWhole(context);
 }
 
 // Through a file without a name: who reads may take hours, and the store's writers are not to wait for that.

@@ -161,8 +161,10 @@ class People(Case):
                         time.sleep(0.1)
                     if signals == 2:
                         process.wait(20)
-                    shown = begun + process.communicate(timeout=20)[0]
+                    rest, err = process.communicate(timeout=20)
+                    shown = begun + rest
                     self.assertEqual(process.returncode, 75)
+                    self.assertIn(b"cancelled", err)  # and not only that it is given up
                     self.assertTrue(whole.startswith(shown) and shown.endswith(b"\n"), shown[-200:])
                     self.assertLess(len(shown), len(whole))
 

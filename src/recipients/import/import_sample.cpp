@@ -87,20 +87,21 @@ std::optional<Sentence> DescribeNoAddress(const ImportSample& sample, const Impo
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes) {
   quotes = quotes && MayHaveQuotes(sample.facts.format);
   if (HasKnownFields(sample.facts.format)) return ProposedMapping{.mapping = KnownMapping()};
+  std::optional<ProposedMapping> best;
   for (std::size_t at = 0; at < std::min(sample.lines.size(), kLinesForHeadings); ++at) {
     auto headings = sample.lines[at].Fields();
     if (quotes) std::transform(headings.begin(), headings.end(), headings.begin(), WithoutQuotes);
     if (std::any_of(headings.begin(), headings.end(), IsBareAddress)) break;
     const HeadingMapping found = MapByHeadings(headings);
-    if (!found.looks_like_headings) continue;
-    return ProposedMapping{.mapping = found.mapping,
-                           .skip = sample.lines[at].number,
-                           .headings = {headings.begin(), headings.end()},
-                           .columns = found.columns,
-                           .beyond = found.beyond,
-                           .names_address = found.names_address};
+    if (!found.looks_like_headings || (best && found.columns.size() <= best->columns.size())) continue;
+    best = {.mapping = found.mapping,
+            .skip = sample.lines[at].number,
+            .headings = {headings.begin(), headings.end()},
+            .columns = found.columns,
+            .beyond = found.beyond,
+            .names_address = found.names_address};
   }
-  return {};
+  return best;
 }
 
 }  // namespace quillcast::recipients

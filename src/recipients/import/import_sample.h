@@ -59,7 +59,8 @@ std::optional<Sentence> DescribeNoAddress(const ImportSample& sample, const Impo
 inline constexpr std::size_t kLinesForHeadings = 5;
 // Headings are looked for among as many fields as the widest spreadsheets have columns.
 inline constexpr std::size_t kFieldsForHeadings = 16'384;
-// Nothing where none of the first lines looks like headings. `quotes` takes the first and last character off each,
+// Nothing where none of the first lines looks like headings; of several that do the one that names most fields, for a
+// title may be called as a field is. `quotes` takes the first and last character off each,
 // where it is delimited text.
 std::optional<ProposedMapping> ProposeMapping(const ImportSample& sample, bool quotes);
 
