@@ -11,7 +11,6 @@
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -26,24 +25,13 @@
 #include "desktop/shell/start_window.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
+#include "event_loop.h"
 #include "platform/environment.h"
 #include "platform/file.h"
 #include "profile/startup.h"
 
 namespace quillcast {
 namespace {
-
-double Now() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(now).count();
-}
-
-template <typename Condition>
-void WaitFor(const Condition& condition) {
-  QTimer look;
-  look.start(5);
-  while (!condition()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
 
 // Of this process and those it started: what they have for themselves, and their share of what they have together.
 long MemoryKiB() {

@@ -11,28 +11,16 @@
 #include <QRadioButton>
 #include <QTableView>
 #include <QTimer>
-#include <chrono>
 
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/widgets/qt_text.h"
+#include "event_loop.h"
 #include "platform/environment.h"
 #include "profile/startup.h"
 
 namespace quillcast {
 namespace {
-
-double Now() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(now).count();
-}
-
-template <typename Condition>
-void WaitFor(const Condition& condition) {
-  QTimer look;
-  look.start(5);
-  while (!condition()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
 
 QByteArray PeakKiB() {
   QFile status("/proc/self/status");
