@@ -47,6 +47,16 @@ Result<std::vector<SortKey>> SortKeysOf(std::string_view sort_sql) {
   return keys;
 }
 
+std::vector<SortKey> WithoutRepeats(std::span<const SortKey> keys) {
+  std::vector<SortKey> kept;
+  for (const SortKey& key : keys) {
+    const bool is_there =
+        std::any_of(kept.begin(), kept.end(), [&](const SortKey& other) { return other.column == key.column; });
+    if (!is_there) kept.push_back(key);
+  }
+  return kept;
+}
+
 bool IsSameSort(std::string_view a, std::string_view b) {
   const auto keys = SortKeysOf(a);
   const auto others = SortKeysOf(b);

@@ -21,6 +21,9 @@ struct SortKey {
 // or neither, separated by commas. None for the empty text; kBadData for anything else.
 Result<std::vector<SortKey>> SortKeysOf(std::string_view sort_sql);
 
+// The first of each column: one that comes again decides nothing.
+std::vector<SortKey> WithoutRepeats(std::span<const SortKey> keys);
+
 // Whether two texts name the same columns the same way round, however they are written.
 bool IsSameSort(std::string_view a, std::string_view b);
 

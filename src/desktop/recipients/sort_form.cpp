@@ -18,17 +18,6 @@ namespace {
 constexpr std::size_t kFewestKeys = 3;
 constexpr std::size_t kLongestOrder = 200;  // of a text that is not understood
 
-// A column that comes again decides nothing.
-std::vector<recipients::SortKey> WithoutRepeats(const std::vector<recipients::SortKey>& keys) {
-  std::vector<recipients::SortKey> kept;
-  for (const recipients::SortKey& key : keys) {
-    const bool is_there =
-        std::any_of(kept.begin(), kept.end(), [&](const auto& other) { return other.column == key.column; });
-    if (!is_there) kept.push_back(key);
-  }
-  return kept;
-}
-
 // The columns that are no fields are not offered, but shown where an order is stored with them.
 QString NameOf(std::string_view column) {
   for (const recipients::FieldNames& names : recipients::kFields) {
@@ -44,7 +33,7 @@ SortForm::SortForm(std::string_view sort_sql, QWidget* parent) : QDialog(parent)
   setWindowTitle(tr("Order of the Group"));
   const auto stored = recipients::SortKeysOf(sort_sql);
   is_understood_ = static_cast<bool>(stored);
-  const auto keys = WithoutRepeats(stored ? *stored : std::vector<recipients::SortKey>());
+  const auto keys = recipients::WithoutRepeats(stored ? *stored : std::vector<recipients::SortKey>());
   auto* column = new FormColumn(this);
   FormGrid* grid = column->AddGrid();
   const std::size_t count = std::max(kFewestKeys, keys.size());

@@ -51,24 +51,18 @@ Result<void> Edit::Begin() {
   if (!begun) return begun.error();
   transaction_.emplace(std::move(*begun));
   if (auto made = MakeUndoTables(*database_); !made) return made;
-  auto prepared = PrepareAll(*database_);
-  if (!prepared) return prepared.error();
-  run_.emplace(std::move(*prepared));
-  return {};
+  return PrepareAll();
 }
 
-Result<Edit::Prepared> Edit::PrepareAll(Database& database) {
-  constexpr std::array kIds = {StatementId::kRowOfKey,     StatementId::kFindRecipient,   StatementId::kFindDuplicate,
+Result<void> Edit::PrepareAll() {
+  for (const StatementId id : {StatementId::kRowOfKey, StatementId::kFindRecipient, StatementId::kFindDuplicate,
                                StatementId::kAddRecipient, StatementId::kUpdateRecipient, StatementId::kDeleteRecipient,
-                               StatementId::kKeepRow,      StatementId::kKeepNewRow};
-  std::vector<CatalogueStatement> all;
-  for (const StatementId id : kIds) {
-    auto statement = CatalogueStatement::Prepare(database, id);
+                               StatementId::kKeepRow, StatementId::kKeepNewRow}) {
+    auto statement = CatalogueStatement::Prepare(*database_, id);
     if (!statement) return statement.error();
-    all.push_back(std::move(*statement));
+    prepared_.emplace(id, std::move(*statement));
   }
-  return Prepared{std::move(all[0]), std::move(all[1]), std::move(all[2]), std::move(all[3]),
-                  std::move(all[4]), std::move(all[5]), std::move(all[6]), std::move(all[7])};
+  return {};
 }
 
 Result<RecipientGroup> Edit::RequireGroup(std::string_view name) { return RequireGroupOn(*database_, name); }
@@ -79,28 +73,29 @@ Result<std::vector<std::int64_t>> Edit::KeysOf(const RecipientGroup& group) {
 
 Result<std::optional<StoredRecipient>> Edit::FindRow(std::int64_t id) {
   const std::string key = std::to_string(id);
-  if (const auto bound = run_->row.Bind(List<1>{key}); !bound) return bound.error();
-  const auto row = run_->row.rows().Step();
+  if (const auto bound = Prepared(StatementId::kRowOfKey).Bind(List<1>{key}); !bound) return bound.error();
+  const auto row = Prepared(StatementId::kRowOfKey).rows().Step();
   if (!row) return row.error();
   std::optional<StoredRecipient> found;
-  if (*row) found = ReadRecipient(run_->row.rows());
-  run_->row.rows().Reset();
+  if (*row) found = ReadRecipient(Prepared(StatementId::kRowOfKey).rows());
+  Prepared(StatementId::kRowOfKey).rows().Reset();
   return found;
 }
 
 Result<bool> Edit::AddIfNew(std::int64_t group_id, const Recipient& recipient) {
   const std::string group_key = std::to_string(group_id);
-  if (const auto bound = run_->duplicate.Bind(List<2>{group_key, recipient.email()}); !bound) return bound.error();
-  auto there = run_->duplicate.rows().Step();
-  run_->duplicate.rows().Reset();
+  if (const auto bound = Prepared(StatementId::kFindDuplicate).Bind(List<2>{group_key, recipient.email()}); !bound)
+    return bound.error();
+  auto there = Prepared(StatementId::kFindDuplicate).rows().Step();
+  Prepared(StatementId::kFindDuplicate).rows().Reset();
   if (!there) return there;
   if (*there) return false;
-  if (const auto added = RunWith(run_->insert, KeyAndValues(group_key, recipient)); !added)
+  if (const auto added = RunWith(Prepared(StatementId::kAddRecipient), KeyAndValues(group_key, recipient)); !added)
     return WithTrueCause(*database_, added.error());
   has_changed_ = true;
   const std::string key = std::to_string(database_->LastInsertId());
   const std::string digest = RowDigest(group_id, recipient);
-  const auto kept = RunWith(run_->keep_new, List<2>{key, digest});
+  const auto kept = RunWith(Prepared(StatementId::kKeepNewRow), List<2>{key, digest});
   if (!kept) return kept.error();
   return true;
 }
@@ -109,20 +104,21 @@ Result<void> Edit::Update(const StoredRecipient& before, const Recipient& after)
   has_changed_ = true;
   const std::string key = std::to_string(before.id);
   const std::string digest = RowDigest(before.group_id, after);
-  if (auto kept = RunWith(run_->keep, List<3>{digest, "1", key}); !kept) return kept;
-  return RunWith(run_->update, ValuesAndKey(key, after));
+  if (auto kept = RunWith(Prepared(StatementId::kKeepRow), List<3>{digest, "1", key}); !kept) return kept;
+  return RunWith(Prepared(StatementId::kUpdateRecipient), ValuesAndKey(key, after));
 }
 
 // A store from elsewhere may hold an address twice in one group; then both may come back.
 Result<bool> Edit::HasTwin(const StoredRecipient& row) {
   const std::string group_key = std::to_string(row.group_id);
-  if (const auto bound = run_->twin.Bind(List<2>{group_key, row.recipient.email()}); !bound) return bound.error();
+  if (const auto bound = Prepared(StatementId::kFindRecipient).Bind(List<2>{group_key, row.recipient.email()}); !bound)
+    return bound.error();
   bool has_twin = false;
-  const auto read = ForEachRow(run_->twin.rows(), [&] {
-    has_twin = run_->twin.rows().Int(0) != row.id;
+  const auto read = ForEachRow(Prepared(StatementId::kFindRecipient).rows(), [&] {
+    has_twin = Prepared(StatementId::kFindRecipient).rows().Int(0) != row.id;
     return !has_twin;
   });
-  run_->twin.rows().Reset();
+  Prepared(StatementId::kFindRecipient).rows().Reset();
   if (!read) return read.error();
   return has_twin;
 }
@@ -132,8 +128,8 @@ Result<void> Edit::Delete(const StoredRecipient& row) {
   const auto has_twin = HasTwin(row);
   if (!has_twin) return has_twin.error();
   const std::string key = std::to_string(row.id);
-  if (auto kept = RunWith(run_->keep, List<3>{"", *has_twin ? "1" : "0", key}); !kept) return kept;
-  return RunWith(run_->erase, List<1>{key});
+  if (auto kept = RunWith(Prepared(StatementId::kKeepRow), List<3>{"", *has_twin ? "1" : "0", key}); !kept) return kept;
+  return RunWith(Prepared(StatementId::kDeleteRecipient), List<1>{key});
 }
 
 Result<void> Edit::DeleteGroup(const RecipientGroup& group) {
@@ -178,7 +174,7 @@ Result<void> Edit::Commit(const EditStep& step) {
   if (!has_changed_) return {};
   if (auto goes_on = CheckCancel(); !goes_on) return goes_on;
   if (auto kept = KeepUndoStep(*database_, step); !kept) return kept;
-  run_.reset();  // no statement may be under way
+  prepared_.clear();  // no statement may be under way
   return transaction_->Commit();
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -61,18 +62,9 @@ class Edit {
   Result<void> Commit(const EditStep& step);
 
  private:
-  // The statements that a change runs for each of many rows.
-  struct Prepared {
-    CatalogueStatement row;
-    CatalogueStatement twin;
-    CatalogueStatement duplicate;
-    CatalogueStatement insert;
-    CatalogueStatement update;
-    CatalogueStatement erase;
-    CatalogueStatement keep;
-    CatalogueStatement keep_new;
-  };
-  static Result<Prepared> PrepareAll(platform::Database& database);
+  Result<void> PrepareAll();
+  // One of those that a change runs for each of many rows.
+  CatalogueStatement& Prepared(StatementId id) { return prepared_.at(id); }
 
   void Step();
   Result<void> CheckCancel() const;
@@ -83,7 +75,7 @@ class Edit {
   OnProgress on_progress_;
   std::optional<platform::Database> database_;  // before the transaction and the statements: they end before it
   std::optional<platform::Transaction> transaction_;
-  std::optional<Prepared> run_;
+  std::map<StatementId, CatalogueStatement> prepared_;
   std::int64_t done_ = 0;
   std::int64_t total_ = 0;
   bool has_changed_ = false;
