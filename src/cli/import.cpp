@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/import_options.h"
+#include "cli/import_preview.h"
 #include "cli/standard_input.h"
 #include "platform/locale_codeset.h"
 #include "platform/text.h"
@@ -163,7 +164,7 @@ int RunImport(Context& context, const ImportOptions& options) {
   const auto input = InputFile::Of(options.file, folders->temporary, context.cancel);
   if (!input) return context.output.Fail(input.error());
   const std::string codeset = platform::LocaleCodeset();
-  const auto plan = PlanImport(options, input->path(), settings, codeset);
+  const auto plan = PlanImport(options, input->path(), settings, codeset, context.cancel);
   if (!plan) return context.output.Fail(plan.error());
   if (!options.preview) return Import(context, options, *folders, *plan, settings, codeset);
   if (const int exit_code = PreviewImport(context, *plan, codeset); exit_code != 0) return exit_code;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "cli/import_headings.h"
 #include "platform/text.h"
 #include "recipients/import/kept_mappings.h"
 #include "recipients/import/taken_fields.h"
@@ -16,13 +17,7 @@ using recipients::ImportMode;
 using recipients::ImportRequest;
 using recipients::KeptMapping;
 
-constexpr std::size_t kPreviewLines = 5;
-constexpr std::size_t kLongestShown = 200;  // bytes of a field
 constexpr std::string_view kFindOut = "Auto";
-constexpr const char* kHowToTake =
-    "--map takes the first eighteen fields. --take makes others the ones that it takes: with --take 25,1,2, Field 25 "
-    "is "
-    "number 1.";
 
 Error WaysOfMapping(const char* what) {
   return {Failure::kUsage, what,
@@ -51,11 +46,12 @@ Result<void> CheckWays(const ImportOptions& options) {
   return {};
 }
 
-Result<void> TakeDelimiter(const ImportOptions& options, const std::string& codeset, ImportPlan& plan) {
+Result<void> TakeDelimiter(const ImportOptions& options, const std::string& codeset,
+                           const platform::CancelToken& cancel, ImportPlan& plan) {
   auto& reading = plan.request.reading;
   if (options.delimiter.empty()) return {};
   if (platform::EqualsIgnoringAsciiCase(options.delimiter, kFindOut)) {
-    const auto found = recipients::FindDelimiterOf(plan.request.file, reading, codeset);
+    const auto found = recipients::FindDelimiterOf(plan.request.file, reading, codeset, &cancel);
     if (!found) return found.error();
     reading.delimiter = found->delimiter.character;
     plan.delimiter_was_found = true;
@@ -84,57 +80,6 @@ Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions
   return {};
 }
 
-// Which headings stand too far back, and how they are mapped all the same.
-std::string LeftOut(const recipients::ProposedMapping& found) {
-  if (found.beyond.empty()) return {};
-  std::string named;
-  for (const std::size_t column : found.beyond) {
-    named += fmt::format("{}\"{}\" (column {})", named.empty() ? "" : ", ",
-                         platform::Printable(found.headings[column - 1], kLongestShown), column);
-  }
-  return fmt::format(
-      "Left out, for only the first eighteen columns are mapped: {}. Reorder the columns, or take these: --take {}.",
-      named, recipients::ColumnsText(found.columns));
-}
-
-Error NoAddressAmong(const std::vector<std::string>& headings) {
-  return {Failure::kBadData,
-          Say("The heading line names no field for the address: {}.",
-              platform::Printable(fmt::format("{}", fmt::join(headings, ", ")), kLongestShown)),
-          "`--preview` shows the fields by number, `--map` takes them by it; `--skip` leaves lines before the "
-          "headings out, and `--delimiter` says how they are parted."};
-}
-
-// Where none of the first lines looks like headings, the one that cannot be read may have been them.
-Error NoHeadings(const recipients::ImportSample& sample) {
-  for (const auto& line : sample.lines) {
-    if (line.fault == recipients::LineFault::kNone) continue;
-    return {Failure::kBadData, Say("The heading line, line {}, cannot be read.", line.number),
-            "A line holds 1 MiB at most, and a quote that is opened is closed; `--skip` leaves lines before the "
-            "headings out."};
-  }
-  return NoAddressAmong(sample.lines.empty() ? std::vector<std::string>() : sample.lines.front().texts);
-}
-
-Result<void> MapByHeader(const std::string& codeset, ImportPlan& plan) {
-  auto& request = plan.request;
-  auto reading = request.reading;
-  reading.most_fields = recipients::kFieldsForHeadings;
-  const auto sample =
-      recipients::ReadSample(request.file, reading, codeset, recipients::kLinesForHeadings, request.skip);
-  if (!sample) return sample.error();
-  if (!sample->facts.encoding.name.empty()) request.reading.known = sample->facts.encoding;
-  const auto found = recipients::ProposeMapping(*sample, request.quotes);
-  if (!found) return NoHeadings(*sample);
-  request.mapping = found->mapping;
-  request.skip = std::max(request.skip, found->skip);
-  plan.headings = found->headings;
-  plan.left_out = LeftOut(*found);
-  if (request.mapping.source[recipients::kEmail] != recipients::kIgnore) return {};
-  if (!found->names_address) return NoAddressAmong(found->headings);
-  return Error{Failure::kBadData, "No field is mapped to the address.", plan.left_out};
-}
-
 void TakeKept(const KeptMapping& kept, ImportPlan& plan) {
   ImportRequest& request = plan.request;
   const auto fitted = recipients::FitMapping(kept.mapping, recipients::kSourceFields);
@@ -149,62 +94,11 @@ void TakeKept(const KeptMapping& kept, ImportPlan& plan) {
   request.reading.columns = kept.columns;
 }
 
-std::string MappedHeadings(const ImportPlan& plan) {
-  std::string mapped;
-  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
-    const int source = plan.request.mapping.source[field];
-    if (source == recipients::kIgnore || static_cast<std::size_t>(source) > plan.headings.size()) continue;
-    mapped += fmt::format("{}{} = \"{}\"", mapped.empty() ? "" : ", ", recipients::kFields[field].label,
-                          platform::Printable(plan.headings[static_cast<std::size_t>(source) - 1], kLongestShown));
-  }
-  return mapped;
-}
-
-// The fields that are shown of a line: what they are called and what stands in them.
-std::vector<std::pair<std::string, std::string>> Shown(const recipients::SampleLine& line,
-                                                       const ImportRequest& request) {
-  std::vector<std::pair<std::string, std::string>> shown;
-  const auto fields = line.Fields();
-  if (request.mapping.IsAllIgnore()) {
-    for (std::size_t at = 0; at < fields.size(); ++at) {
-      shown.emplace_back(fmt::format("Field {}", at + 1),
-                         request.quotes ? recipients::WithoutQuotes(fields[at]) : fields[at]);
-    }
-    return shown;
-  }
-  const auto values = recipients::MapFields(fields, request.quotes, request.mapping);
-  for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
-    if (request.mapping.source[field] != recipients::kIgnore)
-      shown.emplace_back(recipients::kFields[field].label, values[field]);
-  }
-  return shown;
-}
-
-void TellFile(Context& context, const recipients::FileFacts& facts, const ImportPlan& plan) {
-  nlohmann::ordered_json object;
-  if (!facts.encoding.name.empty()) {
-    context.output.Line(fmt::format("Encoding: {} ({})", facts.encoding.name, facts.encoding.how_known));
-    object = {{"encoding", facts.encoding.name}, {"known_by", facts.encoding.how_known}};
-  }
-  object["format"] = recipients::NameOf(facts.format);
-  context.output.Line(fmt::format("Format: {}", recipients::NameOf(facts.format)));
-  if (!facts.sheet.empty()) {
-    object["sheet"] = facts.sheet;
-    context.output.Line(fmt::format("Sheet: {}", platform::Printable(facts.sheet, kLongestShown)));
-  }
-  if (facts.format == recipients::FileFormat::kDelimited && plan.request.mode == ImportMode::kDelimited) {
-    const auto name = recipients::NameOf(plan.request.reading.delimiter);
-    context.output.Line(fmt::format("Delimiter: {}{}", name, plan.delimiter_was_found ? " (found out)" : ""));
-    object["delimiter"] = name;
-  }
-  if (!plan.headings.empty()) object["mapping"] = recipients::MappingText(plan.request.mapping);
-  context.output.Object(object);
-}
-
 }  // namespace
 
 Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesystem::path& file,
-                              const profile::SettingsStore& settings, const std::string& codeset) {
+                              const profile::SettingsStore& settings, const std::string& codeset,
+                              const platform::CancelToken& cancel) {
   if (const auto checked = CheckWays(options); !checked) return checked.error();
   ImportPlan plan;
   ImportRequest& request = plan.request;
@@ -226,14 +120,14 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
     if (!columns) return columns.error();
     request.reading.columns = std::move(*columns);
   }
-  if (const auto taken = TakeDelimiter(options, codeset, plan); !taken) return taken.error();
+  if (const auto taken = TakeDelimiter(options, codeset, cancel, plan); !taken) return taken.error();
   if (!options.map.empty()) {
     const auto mapping = recipients::ParseMapping(options.map);
     if (!mapping) return mapping.error();
     request.mapping = *mapping;
   }
   if (options.header) {
-    if (const auto mapped = MapByHeader(codeset, plan); !mapped) return mapped.error();
+    if (const auto mapped = MapByHeader(codeset, cancel, plan); !mapped) return mapped.error();
   }
   return plan;
 }
@@ -253,41 +147,6 @@ Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan,
                                             .sheet = request.reading.sheet,
                                             .encoding = request.reading.encoding,
                                             .columns = request.reading.columns});
-}
-
-void TellPlan(Context& context, const ImportPlan& plan) {
-  if (plan.delimiter_was_found) {
-    context.output.Note(fmt::format("Delimiter: {} (found out).", recipients::NameOf(plan.request.reading.delimiter)));
-  }
-  if (!plan.headings.empty()) context.output.Note(fmt::format("Mapped by the headings: {}.", MappedHeadings(plan)));
-  if (!plan.left_out.empty()) context.output.Note(plan.left_out);
-}
-
-int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset) {
-  auto request = plan.request;
-  auto reading = request.reading;
-  if (request.mode == ImportMode::kHarvest) {  // whole lines
-    reading.rfc4180 = false;
-    reading.delimiter = '\n';
-  }
-  reading.most_fields = recipients::kFieldsForHeadings;  // those behind the eighteenth can be taken too
-  const auto sample = recipients::ReadSample(request.file, reading, codeset, kPreviewLines, request.skip);
-  if (!sample) return context.output.Fail(sample.error());
-  request.quotes = request.quotes && recipients::MayHaveQuotes(sample->facts.format);
-  TellFile(context, sample->facts, plan);
-  for (const auto& line : sample->lines) {
-    context.output.Line(fmt::format("Line {}:", line.number));
-    nlohmann::ordered_json object = {{"line", line.number}};
-    for (const auto& [name, text] : Shown(line, request)) {
-      context.output.Line(fmt::format("  {} = {}", name, platform::Printable(text, kLongestShown)));
-      object[name] = text;
-    }
-    context.output.Object(object);
-  }
-  for (const auto& sentence : recipients::Describe(sample->facts)) context.output.Note(sentence.InEnglish());
-  if (request.mapping.IsAllIgnore() && recipients::HasMoreFields(*sample)) context.output.Note(kHowToTake);
-  if (!plan.left_out.empty()) context.output.Note(plan.left_out);
-  return 0;
 }
 
 }  // namespace quillcast::cli

@@ -42,18 +42,13 @@ struct ImportPlan {
 };
 
 // `file` is what to open, where that is not what was named. Errors: kUsage for what does not go together, and those of
-// reading the file.
+// reading the file, with kTryAgain when `cancel` asks to give up.
 Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesystem::path& file,
-                              const profile::SettingsStore& settings, const std::string& codeset);
+                              const profile::SettingsStore& settings, const std::string& codeset,
+                              const platform::CancelToken& cancel);
 
 // Keeps the mapping of the plan under the name that was asked for, if any was; to be called when every check has
 // passed.
 Result<void> SaveMappingOf(const ImportOptions& options, const ImportPlan& plan, profile::SettingsStore& settings);
-
-// Tells how the file is read: "Delimiter: Semicolon (found out)". Nothing for what is as it always is.
-void TellPlan(Context& context, const ImportPlan& plan);
-
-// How the first lines would be read: by the mapping, or where there is none, all fields by their numbers.
-int PreviewImport(Context& context, const ImportPlan& plan, const std::string& codeset);
 
 }  // namespace quillcast::cli
