@@ -509,6 +509,42 @@ class GroupManagerTest : public QObject {
     QCOMPARE(manager.Groups() + manager.told, (QStringList{"Writers", "Empty>", "Readers>"}));
   }
 
+  void whatOthersDoUnderADialogIsSaid() {
+    struct Case {
+      const char* dialog;
+      const char* button;
+      const char* change;
+      QString told;
+    };
+    const char* no_recipient = "DELETE FROM [Emails] WHERE [G-Email] = 'zoe@x.org'";
+    const char* no_group = "DELETE FROM [Groups] WHERE [GroupName] = 'Readers'";
+    for (const Case& c :
+         {Case{"RecipientModifyForm1", "ModifyButton", no_recipient, "The recipient is no longer there."},
+          Case{"RecipientMoveForm", "MoveButton", no_recipient,
+               "0 recipients were moved to “Empty”. 1 is no longer there."},
+          Case{"RecipientMoveForm", "MoveButton", no_group, "There is no group \"Readers\"."},
+          Case{"MergeForm", "MergeButton", "DELETE FROM [Groups] WHERE [GroupName] = 'Empty'",
+               "There is no group \"Empty\"."},
+          Case{"SortForm", "SortButton", no_group, "There is no group \"Readers\"."}}) {
+      Manager manager;
+      manager.Open("Readers");
+      manager.rig.prompts.answers = {platform::Answer::kYes};
+      QString told;
+      test::WhileOpen(c.dialog, [&](QDialog& form) {
+        QVERIFY(recipients::OpenStore(manager.rig.folders.Database())->Execute(c.change));
+        for (const char* box : {"GroupComboBox", "FieldComboBox1"})
+          if (auto* list = form.findChild<QComboBox*>(box)) list->setCurrentIndex(list->count() - 1);
+        if (auto* list = form.findChild<QTableView*>("GroupsList")) list->selectRow(0);
+        auto* ok = form.findChild<QPushButton*>("OKButton");
+        QTest::mouseClick(ok, Qt::LeftButton);
+        QTRY_VERIFY(!form.isVisible() || ok->isEnabled());
+        if (const auto* status = form.findChild<QLabel*>("StatusLine")) told = status->text();
+      });
+      manager.Press(c.button);
+      QVERIFY2((told + manager.Status()).contains(c.told), qPrintable(c.dialog + (": " + told) + manager.Status()));
+    }
+  }
+
   void anOrderThatIsNotUnderstoodHidesNoCommand() {
     Manager manager;
     auto other = recipients::OpenStore(manager.rig.folders.Database());

@@ -15,6 +15,9 @@
 #include "recipients/group_checks.h"
 
 namespace quillcast::desktop {
+
+using recipients::EditKind;
+
 namespace {
 
 constexpr int kDuplicatesHeight = 120;  // pixels
@@ -107,25 +110,29 @@ void RecipientMoveForm::accept() {
   const bool moves = move_->isChecked();
   const auto question =
       recipients::MoveQuestion(static_cast<std::int64_t>(keys_.size()), FromQt(from_), to).InEnglish();
-  if (!moves || program_.prompts.Ask(question) == platform::Answer::kYes) Start(moves, to);
+  if (!moves || program_.prompts.Ask(question) == platform::Answer::kYes)
+    Start(moves ? EditKind::kMove : EditKind::kCopy, to);
 }
 
-void RecipientMoveForm::Start(bool moves, const std::string& to) {
+void RecipientMoveForm::Start(EditKind kind, const std::string& to) {
   work_->Run<recipients::MoveOutcome>(
-      [moves, to, from = FromQt(from_), keys = keys_](recipients::RecipientStore& store,
-                                                      const recipients::OnProgress& progress) {
-        return moves ? recipients::MoveRecipients(store, from, to, keys, progress)
-                     : recipients::CopyRecipients(store, from, to, keys, progress);
+      [kind, to, from = FromQt(from_), keys = keys_](recipients::RecipientStore& store,
+                                                     const recipients::OnProgress& progress) {
+        return kind == EditKind::kMove ? recipients::MoveRecipients(store, from, to, keys, progress)
+                                       : recipients::CopyRecipients(store, from, to, keys, progress);
       },
-      [this, moves, to](const Result<recipients::MoveOutcome>& outcome) { End(moves, ToQt(to), outcome); });
+      [this, kind, to](const Result<recipients::MoveOutcome>& outcome) { End(kind, ToQt(to), outcome); });
 }
 
-void RecipientMoveForm::End(bool moves, const QString& to, const Result<recipients::MoveOutcome>& outcome) {
+void RecipientMoveForm::End(EditKind kind, const QString& to, const Result<recipients::MoveOutcome>& outcome) {
   if (!outcome) return status_->Say(InWords(outcome.error()), work_->KindOfFailure());
-  has_moved_ = moves && outcome->done > 0;
+  const bool moves = kind == EditKind::kMove;
+  has_moved_ = moves && (outcome->done > 0 || outcome->gone > 0);
   const QString one = moves ? tr("1 recipient was moved to “%1”.") : tr("1 recipient was copied to “%1”.");
   const QString many = moves ? tr("%1 recipients were moved to “%2”.") : tr("%1 recipients were copied to “%2”.");
   said_ = Counted(outcome->done, one.arg(to), many.arg("%1", to));
+  if (outcome->gone > 0)
+    said_ += ' ' + Counted(outcome->gone, tr("1 is no longer there."), tr("%1 are no longer there."));
   outcome->duplicates == 0 ? QDialog::accept() : ShowDuplicates(*outcome);
 }
 

@@ -44,8 +44,9 @@ class RecipientMoveForm final : public QDialog {
   void AddTarget(FormColumn* column);
   void ShowGroups();
   void MakeGroup();
-  void Start(bool moves, const std::string& to);
-  void End(bool moves, const QString& to, const Result<recipients::MoveOutcome>& outcome);
+  // kMove or kCopy.
+  void Start(recipients::EditKind kind, const std::string& to);
+  void End(recipients::EditKind kind, const QString& to, const Result<recipients::MoveOutcome>& outcome);
   void ShowDuplicates(const recipients::MoveOutcome& outcome);
   void EnableControls(bool enabled);
 

@@ -27,7 +27,10 @@ class Mover {
       if (auto goes_on = edit_.Advance(); !goes_on) return goes_on;
       const auto row = edit_.FindRow(key);
       if (!row) return row.error();
-      if (!*row || (*row)->group_id != from_.id) continue;
+      if (!*row || (*row)->group_id != from_.id) {
+        ++outcome.gone;
+        continue;
+      }
       if (auto moved = MoveOne(**row, original, outcome); !moved) return moved;
     }
     return {};

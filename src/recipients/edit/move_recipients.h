@@ -11,10 +11,10 @@
 
 namespace quillcast::recipients {
 
-// What became of the recipients that were named by their keys. Those that another program took away are counted
-// nowhere.
+// What became of the recipients that were named by their keys.
 struct MoveOutcome {
   std::int64_t done = 0;
+  std::int64_t gone = 0;                            // another program took them away meanwhile
   std::int64_t duplicates = 0;                      // their addresses were in the other group already
   std::vector<std::string> duplicate_entries = {};  // the first kMostDuplicatesTold of these
 };
