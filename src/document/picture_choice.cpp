@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "document/picture_sizes.h"
 #include "platform/text.h"
 
@@ -17,8 +19,8 @@ struct Rule {
 };
 
 constexpr auto kRules = std::to_array<Rule>({
-    {&PictureChoice::width, 1, 9999, "width", PictureBox::kWidth},
-    {&PictureChoice::height, 1, 9999, "height", PictureBox::kHeight},
+    {&PictureChoice::width, 1, kLongestSide, "width", PictureBox::kWidth},
+    {&PictureChoice::height, 1, kLongestSide, "height", PictureBox::kHeight},
     {&PictureChoice::border, 0, 99, "border", PictureBox::kBorder},
 });
 
@@ -29,10 +31,22 @@ std::string Escaped(std::string_view text) {
 }
 
 int Number(const std::string& text) {
-  return static_cast<int>(platform::WholeNumberBetween(text, 0, 9999).value_or(0));
+  return static_cast<int>(platform::WholeNumberBetween(text, 0, kLongestSide).value_or(0));
 }
 
 }  // namespace
+
+std::string AlternativeFrom(const std::filesystem::path& file) {
+  std::string words = file.stem().string();
+  std::replace_if(
+      words.begin(), words.end(), [](char c) { return c == '_' || c == '-'; }, ' ');
+  const bool holds_other = std::any_of(words.begin(), words.end(), [](char c) {
+    const bool is_letter = (platform::AsciiIsAlnum(c) && (c < '0' || c > '9')) || static_cast<unsigned char>(c) >= 0x80;
+    return !is_letter && c != ' ';
+  });
+  words = platform::Trim(words);
+  return holds_other || words.find(' ') == std::string::npos ? std::string() : words;
+}
 
 std::optional<Complaint<PictureBox>> CheckPicture(const PictureChoice& choice) {
   for (const Rule& rule : kRules) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,10 @@ struct PictureChoice {
 
   bool operator==(const PictureChoice&) const = default;
 };
+
+// What the name of a file says of a picture that nobody was asked about: its words, where it is more than one and
+// nothing else, as "our-new-shop.png"; else nothing, for "IMG_2034.jpg" read out tells nobody anything.
+std::string AlternativeFrom(const std::filesystem::path& file);
 
 // What is checked.
 enum class PictureBox { kWidth, kHeight, kBorder };

@@ -32,8 +32,14 @@ profile::PixelSize NoWiderThan(profile::PixelSize natural, int width) {
   return natural.width <= width ? natural : profile::PixelSize{width, HeightFor(width, natural)};
 }
 
+profile::PixelSize NoLongerThanAllowed(profile::PixelSize size) {
+  if (size.width > kLongestSide) size = {kLongestSide, size.height > 0 ? HeightFor(kLongestSide, size) : 0};
+  if (size.height > kLongestSide) size = {size.width > 0 ? WidthFor(kLongestSide, size) : 0, kLongestSide};
+  return size;
+}
+
 profile::PixelSize FirstSize(profile::PixelSize natural, int room) {
-  return NoWiderThan(natural, room > 0 ? std::min(room, kLetterWidth) : kLetterWidth);
+  return NoLongerThanAllowed(NoWiderThan(natural, room > 0 ? std::min(room, kLetterWidth) : kLetterWidth));
 }
 
 bool IsLargePhotograph(profile::PixelSize natural, std::uint64_t bytes) {

@@ -8,6 +8,7 @@
 namespace quillcast::document {
 
 inline constexpr int kLetterWidth = 600;                       // pixels; a picture begins no wider than a letter is
+inline constexpr int kLongestSide = 9999;                      // what can be entered and is written
 inline constexpr int kWidestPhotograph = 1200;                 // twice the letter, for screens that show two for one
 inline constexpr std::uint64_t kHeaviestPhotograph = 300'000;  // bytes
 // What is looked at at all: four bytes a pixel have to fit into memory, and the file is read whole.
@@ -25,7 +26,11 @@ bool KeepsRatio(profile::PixelSize size, profile::PixelSize natural);
 
 // The same ratio, no wider than that.
 profile::PixelSize NoWiderThan(profile::PixelSize natural, int width);
-// In a message at first: as it is, but no wider than the letter, or than the `room` where it goes, if that is known.
+// The same ratio, as far as sides of at least 1 have it, neither side longer than kLongestSide. A side that is nothing
+// stays so.
+profile::PixelSize NoLongerThanAllowed(profile::PixelSize size);
+// In a message at first: as it is, but no wider than the letter, or than the `room` where it goes, if that is known,
+// and no side longer than is allowed.
 profile::PixelSize FirstSize(profile::PixelSize natural, int room);
 
 // Whether to offer a smaller one.

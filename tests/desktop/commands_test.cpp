@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -16,6 +17,7 @@
 #include <map>
 #include <vector>
 
+#include "desktop/document/picture_form.h"
 #include "desktop/main_window.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/message_header.h"
@@ -543,7 +545,8 @@ class CommandsTest : public QObject {
       form.findChild<QLineEdit*>("BorderTextBox")->clear();
       scene.rig.Shown();
       ok->click();
-      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter your border."));
+      QCOMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("Please enter your border."));
+      QCOMPARE(scene.rig.Shown(), QString());
       QCOMPARE(form.focusWidget()->objectName(), QString("BorderTextBox"));
       put(form, "BorderTextBox", "2");
       put(form, "AlternativeTextBox", "A red field");
@@ -571,6 +574,25 @@ class CommandsTest : public QObject {
     scene.window->Dispatch(CommandId::kUndo);
     QVERIFY2(scene.Editor().Html().contains(picture), qPrintable(scene.Editor().Html()));
     scene.window->skip_save_prompt = true;
+  }
+
+  void aTallPictureKeepsItsRatioInTheBoxes() {
+    test::FormRig rig;
+    QImage image(600, 12000, QImage::Format_Mono);
+    const auto tall = rig.folder.path() / "tall.png";
+    QVERIFY(image.save(PathToQt(tall)));
+    PictureForm form(rig.prompts, rig.folders.Pictures(), 0, nullptr);
+    auto* width = form.findChild<QLineEdit*>("WidthTextBox");
+    const auto size = [&] { return width->text() + 'x' + form.findChild<QLineEdit*>("HeightTextBox")->text(); };
+    form.Take(tall);
+    QTRY_COMPARE(size(), QString("500x9999"));
+    for (const auto& [typed, becomes] : {std::pair{"60", "60x1200"}, std::pair{"600", "500x9999"}}) {
+      width->selectAll();
+      QTest::keyClicks(width, typed);
+      QCOMPARE(size(), QString(becomes));
+    }
+    form.Show({.address = "https://example.org/a.png", .choice = {.width = "600", .height = "12000"}, .natural = {}});
+    QCOMPARE(size(), QString("500x9999"));
   }
 
   void aTableIsAskedForAndChanged() {

@@ -33,13 +33,23 @@ TEST(PictureSizes, KeepTheRatioAndTheLetter) {
            {{4000, 3000}, 200, {200, 150}, true},
            {{4000, 3000}, 5000, {600, 450}, true},
            {{100000, 1}, 0, {600, 1}, true},
-           {{1, 100000}, 300, {1, 100000}, false},
+           {{1, 100000}, 300, {1, 9999}, false},
+           {{600, 12000}, 0, {500, 9999}, false},
+           {{1200, 24000}, 0, {500, 9999}, false},
+           {{600, 9999}, 0, {600, 9999}, false},
            {{300, 200}, -1, {300, 200}, false},
        }) {
     EXPECT_EQ(FirstSize(c.natural, c.room), c.first) << c.natural.width << " in " << c.room;
     EXPECT_EQ(IsLargePhotograph(c.natural, 300'000), c.is_large) << c.natural.width;
     EXPECT_TRUE(IsLargePhotograph(c.natural, 300'001));
     EXPECT_TRUE(KeepsRatio(c.first, c.natural));
+  }
+  for (const auto& [size, allowed] : {std::pair{PixelSize{12000, 600}, PixelSize{9999, 500}},
+                                      {{12000, 24000}, {5000, 9999}},
+                                      {{9999, 9999}, {9999, 9999}},
+                                      {{12000, 0}, {9999, 0}},
+                                      {{0, 12000}, {0, 9999}}}) {
+    EXPECT_EQ(NoLongerThanAllowed(size), allowed) << size.width << 'x' << size.height;
   }
   EXPECT_EQ(Upright({4000, 3000}, true), (PixelSize{3000, 4000}));
   EXPECT_EQ(Upright({4000, 3000}, false), (PixelSize{4000, 3000}));
@@ -82,6 +92,19 @@ TEST(PictureChoice, IsCheckedAndBecomesHtml) {
       result = result.substr(27, result.size() - 28);
     }
     EXPECT_EQ(result, c.result);
+  }
+}
+
+TEST(PictureChoice, AlternativeTextIsWordsOrNothing) {
+  for (const auto& [file, text] : {std::pair{"/home/ada/our-new_shop.jpeg", "our new shop"},
+                                   {"Der Süßwarenladen.png", "Der Süßwarenladen"},
+                                   {"IMG_2034.jpg", ""},
+                                   {"logo.png", ""},
+                                   {"photo 1.png", ""},
+                                   {"_a.png", ""},
+                                   {"x&y z.png", ""},
+                                   {"a.b c.png", ""}}) {
+    EXPECT_EQ(AlternativeFrom(file), text) << file;
   }
 }
 

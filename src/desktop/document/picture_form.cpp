@@ -118,6 +118,9 @@ void PictureForm::Show(const PlacedPicture& placed) {
   alternative_->setText(ToQt(placed.choice.alternative));
   width_->setText(ToQt(placed.choice.width));
   height_->setText(ToQt(placed.choice.height));
+  const profile::PixelSize size = {QString::fromStdString(placed.choice.width).toInt(),
+                                   QString::fromStdString(placed.choice.height).toInt()};
+  if (const auto allowed = document::NoLongerThanAllowed(size); allowed != size) ShowSize(allowed);
   ratio_->setChecked(document::KeepsRatio({width_->text().toInt(), height_->text().toInt()}, natural_));
   border_->setText(ToQt(placed.choice.border));
   align_->setCurrentIndex(std::max(0, align_->findData(ToQt(placed.choice.align), Qt::UserRole, Qt::MatchFixedString)));
@@ -185,17 +188,20 @@ void PictureForm::ShowSmaller() {
                         SizeInWords(look_->smaller_size, static_cast<std::uint64_t>(look_->smaller.size()))));
 }
 
+// A box that has it already is left alone, for the caret may be in it.
 void PictureForm::ShowSize(profile::PixelSize size) {
-  width_->setText(QString::number(size.width));
-  height_->setText(QString::number(size.height));
+  for (const auto& [box, side] : {std::pair{width_, size.width}, std::pair{height_, size.height}}) {
+    const QString text = side > 0 ? QString::number(side) : QString();
+    if (box->text() != text) box->setText(text);
+  }
 }
 
 void PictureForm::Follow(QLineEdit* typed) {
   const int side = typed->text().toInt();
   if (!ratio_->isChecked() || natural_.width <= 0 || side <= 0) return;
-  const bool is_width = typed == width_;
-  const int other = is_width ? document::HeightFor(side, natural_) : document::WidthFor(side, natural_);
-  (is_width ? height_ : width_)->setText(QString::number(other));
+  const profile::PixelSize wanted = typed == width_ ? profile::PixelSize{side, document::HeightFor(side, natural_)}
+                                                    : profile::PixelSize{document::WidthFor(side, natural_), side};
+  ShowSize(document::NoLongerThanAllowed(wanted));
 }
 
 document::PictureChoice PictureForm::Choice() const {
@@ -212,7 +218,7 @@ void PictureForm::accept() {
   if (!ok_->isEnabled()) return;
   const auto complaint = document::CheckPicture(Choice());
   if (complaint) {
-    prompts_.Warn(complaint->message);
+    status_->Say(Translated(complaint->message), NoteKind::kFailure);
     QLineEdit* box = std::array{width_, height_, border_}.at(static_cast<std::size_t>(*complaint->control));
     box->setFocus();
     box->selectAll();

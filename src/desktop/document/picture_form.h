@@ -51,7 +51,7 @@ class PictureForm final : public QDialog {
   void ShowPreview(const QImage& picture);
   void ShowSmaller();
   void ShowSize(profile::PixelSize size);
-  // The other side after one was typed.
+  // The other side after one was typed; both, where the other would be too long.
   void Follow(QLineEdit* typed);
   document::PictureChoice Choice() const;
   void Kept(const Result<std::filesystem::path>& copy);
