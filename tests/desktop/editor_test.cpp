@@ -1,4 +1,6 @@
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QBuffer>
 #include <QClipboard>
@@ -19,6 +21,7 @@
 #include <QWebEnginePage>
 #include <QWebEngineView>
 #include <csignal>
+#include <optional>
 
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
@@ -337,10 +340,14 @@ class EditorTest : public QObject {
         "<p style=\"position: absolute; left: 100px; top: 100px; margin: 0px;\"><img "
         "src=\"data:image/gif;base64,R0lGODlhAQABAAAAACw=\" ";
     Load(before + "alt=\"a\" id=\"i\" width=\"100\" height=\"50\" hspace=\"3\">y</p>");
-    QSignalSpy opened(editor_, &HtmlEditor::PictureOpened);
+    // Who hears of it asks the page, which has to answer by then.
+    std::optional<document::PictureChoice> opened;
+    const auto watch =
+        connect(editor_, &HtmlEditor::PictureOpened, this, [&] { opened = editor_->State().picture.choice; });
     editor_->Evaluate("document.images[0].dispatchEvent(new MouseEvent('dblclick',{bubbles:true}))");
-    QTRY_VERIFY(!opened.isEmpty());
-    const auto picture = editor_->State().picture.choice;
+    QTRY_VERIFY_WITH_TIMEOUT(opened, 10000);
+    disconnect(watch);
+    const auto picture = *opened;
     QCOMPARE(
         ToQt(picture.alternative + ' ' + picture.width + ' ' + picture.height + ' ' + picture.border + picture.align),
         QString("a 100 50 0"));
@@ -407,26 +414,33 @@ class EditorTest : public QObject {
     QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
     KeepPicturesIn(folder.filePath("Pictures"));
     Load("");
-    QVERIFY(editor_->InsertPictures({file}));
-    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 20);
+    const QString named = folder.filePath("a red_field.png");
+    QVERIFY(image.save(named));
+    editor_->InsertPictures({file});
+    editor_->InsertPictures({named});  // while the first is looked at
+    QTRY_COMPARE(editor_->Evaluate("Array.from(document.images,i=>i.naturalWidth+i.alt).join()").toString(),
+                 QString("20,20a red field"));
     QVERIFY(QFile::exists(folder.filePath("Pictures/a & b.png")));
-    QCOMPARE(editor_->Evaluate("document.images[0].alt").toString(), QString("a & b"));
     QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
     QCOMPARE(::mkfifo(folder.filePath("pipe.png").toUtf8().constData(), 0600), 0);
-    QVERIFY(!editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()}));
-    QCOMPARE(trouble.size(), 3);
+    editor_->InsertPictures({file});
+    Load("");
+    editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()});
+    QCOMPARE(trouble.size(), 0);  // nothing is looked at on the window's thread
+    QTRY_COMPARE(trouble.size(), 3);
+    QCOMPARE(Body(), QString());  // what was on its way to another document is not for this one
     // No wider than the letter at first; a photograph is asked about before.
     QSignalSpy offered(editor_, &HtmlEditor::PicturesOffered);
     Load("<p>x</p>");
     QVERIFY(image.scaled(1200, 600).save(folder.filePath("wide.png")));
     QVERIFY(image.scaled(1201, 600).save(folder.filePath("photo.png")));
-    QVERIFY(editor_->InsertPictures({folder.filePath("wide.png"), folder.filePath("photo.png")}));
-    QVERIFY2(Body().contains("width=\"600\" height=\"300\""), qPrintable(Body()));
+    editor_->InsertPictures({folder.filePath("wide.png"), folder.filePath("photo.png")});
+    QTRY_VERIFY2(Body().contains("width=\"600\" height=\"300\""), qPrintable(Body()));
     QCOMPARE(offered.takeFirst().first().toStringList(), QStringList{folder.filePath("photo.png")});
     Load("<table width=\"140\" cellpadding=\"20\" cellspacing=\"0\" border=\"0\"><tr><td>x</td></tr></table>");
     editor_->Evaluate("getSelection().selectAllChildren(document.querySelector('td'))");
-    QVERIFY(editor_->InsertPictures({folder.filePath("wide.png")}));
-    QVERIFY2(Body().contains("width=\"100\" height=\"50\""), qPrintable(Body()));
+    editor_->InsertPictures({folder.filePath("wide.png")});
+    QTRY_VERIFY2(Body().contains("width=\"100\" height=\"50\""), qPrintable(Body()));
   }
 
   void picturesAreLookedAtBeforeTheyAreTaken_data() {
@@ -467,6 +481,7 @@ class EditorTest : public QObject {
     row("mirrored", held(2), "40x20, none, 40x20 upper right");
     row("a photograph", photo, "2400x1200, 1200x600 jpeg, 2400x1200 upper left");
     row("one with clear places", clear, "2400x1200, 1200x600 png, 2400x1200 upper left");
+    row("of 42 megapixels", file(image.scaled(7000, 6000), "jpeg"), "7000x6000, 1200x1029 jpeg, 7000x6000 upper left");
     row("cut short", photo.left(photo.size() / 2), "x is damaged, or not whole.");
     row("with broken content", broken, "x is damaged, or not whole.");
     row("vast", vast.append(QByteArray(24 + 1000, '\0')), "x is too large a picture.");
@@ -510,6 +525,25 @@ class EditorTest : public QObject {
     QCOMPARE(size(look->head.size.width, look->head.size.height) + ", " + offer + ", " +
                  size(picture.width(), picture.height()) + ' ' + corner,
              result);
+  }
+
+  // Its reader would open the files that it names.
+  void noReaderSeesADrawing() {
+    test::TemporaryFolder folder;
+    QImage image(20, 10, QImage::Format_RGB32);
+    QVERIFY(image.save(PathToQt(folder / "other.png")));
+    const std::string drawing =
+        "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink' "
+        "width='9' height='9'><image width='9' height='9' xlink:href='" +
+        (folder / "other.png").string() + "'/></svg>";
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    QVERIFY(::inotify_add_watch(watch, (folder / "other.png").c_str(), IN_OPEN) >= 0);
+    for (const char* name : {"drawing.svg", "drawing.png"}) {
+      QVERIFY(!LookAtPicture(folder.Write(name, drawing)));
+      char event[256];
+      QCOMPARE(::read(watch, event, sizeof event), ssize_t{-1});
+    }
+    ::close(watch);
   }
 
   void onlyAllowedPicturesShow() {
@@ -608,13 +642,16 @@ class EditorTest : public QObject {
   void pastedPicturesAreKept() {
     QTemporaryDir folder;
     KeepPicturesIn(folder.filePath("Pictures"));
-    Load("");
-    QImage image(7, 5, QImage::Format_RGB32);
+    Load("<table width=\"140\" cellpadding=\"20\" cellspacing=\"0\" border=\"0\"><tr><td>x</td></tr></table>");
+    editor_->Evaluate("getSelection().selectAllChildren(document.querySelector('td'))");
+    QImage image(300, 150, QImage::Format_RGB32);
     image.fill(Qt::blue);
     QGuiApplication::clipboard()->setImage(image);
     editor_->Run(EditorCommand::kPaste);
-    QTRY_COMPARE(editor_->Evaluate("document.images.length").toInt(), 1);
-    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 7);
+    QTRY_COMPARE_WITH_TIMEOUT(editor_->Evaluate("document.images.length").toInt(), 1, 15000);
+    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 300);
+    // The page answered what room there is: it waited for nobody.
+    QCOMPARE(editor_->Evaluate("document.images[0].getAttribute('width')").toString(), QString("100"));
     QVERIFY(editor_->Html().contains("src=\"file:///"));
   }
 

@@ -23,6 +23,7 @@
 #include <utility>
 
 #include "desktop/document/editor_page.h"
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/qt_text.h"
 #include "document/merge_fields.h"
 
@@ -98,7 +99,10 @@ constexpr auto kEngineNames = std::to_array<EngineCommand>({
 }  // namespace
 
 HtmlEditor::HtmlEditor(QWidget* parent)
-    : QWidget(parent), state_pause_(new QTimer(this)), snapshot_pause_(new QTimer(this)) {
+    : QWidget(parent),
+      state_pause_(new QTimer(this)),
+      snapshot_pause_(new QTimer(this)),
+      taking_(new BackgroundTask(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   state_pause_->setSingleShot(true);
@@ -137,8 +141,9 @@ void HtmlEditor::Start() {
   layout()->addWidget(view_);
   setFocusProxy(view_);
   connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
-  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture);
-  connect(bridge_, &EditorBridge::PictureOpened, this, &HtmlEditor::PictureOpened);
+  // Behind the notice, within which the page answers nothing.
+  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture, Qt::QueuedConnection);
+  connect(bridge_, &EditorBridge::PictureOpened, this, &HtmlEditor::PictureOpened, Qt::QueuedConnection);
   connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
     emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
   });
@@ -232,6 +237,7 @@ bool HtmlEditor::Load(const Document& document) {
   if (page_ == nullptr) Start();
   if (!alive_) MakePage();
   ++loads_;
+  coming_.clear();
   snapshot_pause_->stop();
   touched_ = false;
   source_ = last_seen_ = document.source;

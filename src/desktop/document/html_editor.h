@@ -28,10 +28,10 @@ class QWebEngineProfile;
 
 namespace quillcast::desktop {
 
+class BackgroundTask;
 class EditorBridge;
 class EditorPage;
 class EditorView;
-struct PictureHead;
 
 // What a link within the document can lead to.
 struct LinkPlace {
@@ -71,9 +71,10 @@ class HtmlEditor final : public QWidget {
   bool Execute(const QString& command, const QString& value = {});
   // Replaces the selection; one step back undoes it.
   bool InsertHtml(const QString& html);
-  // Their copies in the picture folder, where there is one. What should be asked about first, large photographs, is not
-  // inserted: PicturesOffered tells of it.
-  bool InsertPictures(const QStringList& files);
+  // Their copies in the picture folder, where there is one. They are looked at and copied beside the window and come
+  // when that is done, unless another document is here by then. What should be asked about first, large photographs, is
+  // not inserted: PicturesOffered tells of it.
+  void InsertPictures(const QStringList& files);
   // What is selected takes over what this picture has, its file too; its other attributes stay. One step back undoes
   // it.
   bool ChangePicture(const QString& html);
@@ -140,7 +141,6 @@ class HtmlEditor final : public QWidget {
   QString Assemble(const QVariant& saved) const;
   void TakeNotice();
   void TakeDropped(const QStringList& files);
-  QString PictureElement(const PictureHead& head, int room);
   void PastePicture();
   void Restore();
 
@@ -159,6 +159,8 @@ class HtmlEditor final : public QWidget {
   QUrl base_;
   std::pair<QString, QUrl> kind_;  // of the page that waits for documents: its document type and its base
   QString picture_folder_;
+  BackgroundTask* taking_;  // pictures
+  QStringList coming_;      // those to be taken next
   document::PicturePlaces given_places_;
   document::PicturePlaces places_;  // these and the document's own folder
   bool alive_ = false;              // the page has its process

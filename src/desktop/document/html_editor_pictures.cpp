@@ -5,52 +5,76 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <algorithm>
+#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "desktop/document/html_editor.h"
 #include "desktop/document/picture_file.h"
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/qt_text.h"
 #include "document/edited_document.h"
 #include "document/picture_choice.h"
 #include "document/picture_sizes.h"
 
 namespace quillcast::desktop {
+namespace {
 
-// What it is in HTML; nothing for what cannot be kept.
-QString HtmlEditor::PictureElement(const PictureHead& head, int room) {
+// What became of files that were picked, dropped or pasted.
+struct TakenFiles {
+  QString html;
+  QStringList offered;
+  std::vector<Error> troubles;
+};
+
+// What it is in HTML, once its copy is kept.
+Result<QString> PictureElement(const PictureHead& head, const QString& folder, int room) {
   std::filesystem::path kept = head.file;
-  if (!picture_folder_.isEmpty()) {
-    const auto copy = KeepPicture(head, PathFromQt(picture_folder_));
-    if (!copy) {
-      emit Trouble(InWords(copy.error()));
-      return {};
-    }
+  if (!folder.isEmpty()) {
+    const auto copy = KeepPicture(head, PathFromQt(folder));
+    if (!copy) return copy.error();
     kept = *copy;
   }
   const auto size = document::FirstSize(head.size, room);
-  const document::PictureChoice choice{.alternative = head.file.stem().string(),
+  const document::PictureChoice choice{.alternative = document::AlternativeFrom(head.file),
                                        .width = std::to_string(size.width),
                                        .height = std::to_string(size.height)};
   const QByteArray address = QUrl::fromLocalFile(PathToQt(kept)).toEncoded();
   return ToQt(document::PictureHtml(address.toStdString(), choice, head.size));
 }
 
-bool HtmlEditor::InsertPictures(const QStringList& files) {
-  QString html;
-  QStringList offered;
-  const int room = State().room;
-  for (const QString& file : files) {
-    const auto head = ReadPictureHead(PathFromQt(file));
-    if (!head) {
-      emit Trouble(InWords(head.error()));
-    } else if (head->is_large() && !head->moves) {
-      offered << file;
-    } else {
-      html += PictureElement(*head, room);
-    }
+void TakeFile(const QString& file, const QString& folder, int room, TakenFiles& taken) {
+  const auto head = ReadPictureHead(PathFromQt(file));
+  if (head && head->is_large() && !head->moves) {
+    taken.offered << file;
+    return;
   }
-  if (!offered.isEmpty()) emit PicturesOffered(offered);
-  return !html.isEmpty() && InsertHtml(html);
+  const auto element = head ? PictureElement(*head, folder, room) : Result<QString>(head.error());
+  if (element) taken.html += *element;
+  if (!element) taken.troubles.push_back(element.error());
+}
+
+}  // namespace
+
+void HtmlEditor::InsertPictures(const QStringList& files) {
+  coming_ << files;
+  const int room = State().room;
+  if (taking_->is_running() || coming_.isEmpty()) return;  // they are next, or were taken while the page was asked
+  taking_->Start([this, files = std::exchange(coming_, {}), folder = picture_folder_, room,
+                  load = loads_](const platform::CancelToken& cancel) -> std::function<void()> {
+    TakenFiles taken;
+    for (const QString& file : files) {
+      if (cancel.Requested() == platform::Stop::kNone) TakeFile(file, folder, room, taken);
+    }
+    return [this, load, taken = std::move(taken)] {
+      for (const Error& trouble : taken.troubles) emit Trouble(InWords(trouble));
+      if (load != loads_) return;  // another document is here
+      if (!taken.offered.isEmpty()) emit PicturesOffered(taken.offered);
+      if (!taken.html.isEmpty()) InsertHtml(taken.html);
+      if (!coming_.isEmpty()) InsertPictures({});
+    };
+  });
 }
 
 // A document is opened, and takes the place of this one; there is one at a time.

@@ -8,6 +8,7 @@
 
 #include "document/cut_picture.h"
 #include "document/picture_copies.h"
+#include "document/picture_kind.h"
 #include "document/picture_sizes.h"
 #include "platform/file.h"
 
@@ -16,22 +17,50 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<const char*, 5> kKinds = {"jpeg", "png", "gif", "webp", "bmp"};
-constexpr int kShownSide = 400;  // pixels
-constexpr int kQuality = 85;     // of a JPEG: no difference is seen
+struct Kind {
+  std::string_view type;
+  const char* reader;
+};
+// Those that mail programs show. No drawing: its reader takes minutes and gigabytes for a small file, and opens others.
+constexpr auto kKinds = std::to_array<Kind>(
+    {{"image/jpeg", "jpeg"}, {"image/png", "png"}, {"image/gif", "gif"}, {"image/webp", "webp"}, {"image/bmp", "bmp"}});
+constexpr std::int64_t kMostBytesOfPixel = 8;  // a PNG of 16 bits a colour
+constexpr int kShownSide = 400;                // pixels
+constexpr int kQuality = 85;                   // of a JPEG: no difference is seen
 
 QSize ToQt(profile::PixelSize size) { return {size.width, size.height}; }
 
-// The content of a file and a reader over it.
+// Null for a kind that is not shown. The bytes decide, before any reader sees them.
+const char* ReaderFor(std::string_view bytes) {
+  const auto type = document::PictureType(bytes);
+  const auto* const kind =
+      std::find_if(kKinds.begin(), kKinds.end(), [&](const Kind& row) { return row.type == type; });
+  return kind == kKinds.end() ? nullptr : kind->reader;
+}
+
+// The toolkit's own limit is below what cameras make; ours is looked at before anything is decoded.
+void AllowLargePictures() {
+  static const bool is_done = [] {
+    QImageReader::setAllocationLimit(static_cast<int>(document::kMostPixels * kMostBytesOfPixel / (1024 * 1024)));
+    return true;
+  }();
+  static_cast<void>(is_done);
+}
+
+// The content of a file and the reader for its kind, which is the only one that is asked.
 struct OpenPicture {
-  explicit OpenPicture(std::string content) : bytes(std::move(content)) {
+  explicit OpenPicture(std::string content) : bytes(std::move(content)), kind(ReaderFor(bytes)) {
+    if (kind == nullptr) return;
+    AllowLargePictures();
     buffer.setData(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())));
     buffer.open(QIODevice::ReadOnly);
     reader.setDevice(&buffer);
-    reader.setDecideFormatFromContent(true);
+    reader.setFormat(kind);
+    reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
   }
   std::string bytes;
+  const char* kind;  // null: there is none
   QBuffer buffer;
   QImageReader reader;
 };
@@ -51,9 +80,8 @@ Error Broken(const fs::path& file) {
 }
 
 Result<PictureHead> HeadOf(OpenPicture& open, const fs::path& file) {
-  const bool is_known = std::find(kKinds.begin(), kKinds.end(), open.reader.format()) != kKinds.end();
-  const QSize stored = open.reader.size();
-  if (!is_known || stored.isEmpty()) return NoPicture(file);
+  const QSize stored = open.kind == nullptr ? QSize() : open.reader.size();
+  if (stored.isEmpty()) return NoPicture(file);
   if (std::int64_t{stored.width()} * stored.height() > document::kMostPixels) return TooLarge(file);
   const auto turn = open.reader.transformation();
   PictureHead head{.file = file, .bytes = open.bytes.size()};
@@ -125,7 +153,7 @@ Result<fs::path> KeepPicture(const PictureHead& head, const fs::path& folder) {
   auto content = platform::ReadFile(head.file, document::kLongestPictureFile);
   if (!content) return content.error();
   OpenPicture open(std::move(*content));
-  const QImage picture = open.reader.read();
+  const QImage picture = open.kind == nullptr ? QImage() : open.reader.read();
   QString ending;
   const QByteArray bytes = Encoded(picture, ending);
   if (bytes.isEmpty()) return Broken(head.file);
