@@ -24,6 +24,7 @@ struct Kind {
 // Those that mail programs show. No drawing: its reader takes minutes and gigabytes for a small file, and opens others.
 constexpr auto kKinds = std::to_array<Kind>(
     {{"image/jpeg", "jpeg"}, {"image/png", "png"}, {"image/gif", "gif"}, {"image/webp", "webp"}, {"image/bmp", "bmp"}});
+constexpr std::int64_t kMebibyte = 1024LL * 1024;
 constexpr std::int64_t kMostBytesOfPixel = 8;  // a PNG of 16 bits a colour
 constexpr int kShownSide = 400;                // pixels
 constexpr int kQuality = 85;                   // of a JPEG: no difference is seen
@@ -41,7 +42,7 @@ const char* ReaderFor(std::string_view bytes) {
 // The toolkit's own limit is below what cameras make; ours is looked at before anything is decoded.
 void AllowLargePictures() {
   static const bool is_done = [] {
-    QImageReader::setAllocationLimit(static_cast<int>(document::kMostPixels * kMostBytesOfPixel / (1024 * 1024)));
+    QImageReader::setAllocationLimit(static_cast<int>(document::kMostPixels * kMostBytesOfPixel / kMebibyte));
     return true;
   }();
   static_cast<void>(is_done);
