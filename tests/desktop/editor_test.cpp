@@ -386,6 +386,26 @@ class EditorTest : public QObject {
     preview.SetReadOnly(true);
     QVERIFY(preview.SetHtml("<p>Dear $*MergeLastName*$ $*MergeNickName*$</p>"));
     QCOMPARE(preview.Evaluate("quill.marks().join()").toString(), QString("known,unknown"));
+    // It stays for the next document; nothing of the one before does.
+    const QString picture = "<img src='data:image/gif;base64,R0lGODlhAQABAIAAAAAAAP///ywAAAAAAQABAAACAUwAOw=='>";
+    QVERIFY(
+        preview.SetHtml("<head><style>p{color:red;height:5000px}</style><base href='file:///x/'></head>"
+                        "<body dir=rtl><p>one"));
+    preview.Evaluate("scrollTo(0,3000)");
+    QVERIFY(preview.SetHtml("<head><meta http-equiv=content-security-policy content=\"img-src 'none'\"></head><p>two"));
+    QCOMPARE(preview
+                 .Evaluate("[scrollY,document.body.dir,getComputedStyle(document.querySelector('p')).color,"
+                           "document.baseURI,document.body.innerText.trim()].join()")
+                 .toString(),
+             QString("0,,rgb(0, 0, 0),file:///,two"));
+    QVERIFY(preview.SetHtml(picture));
+    QTRY_VERIFY(preview.Evaluate("document.images[0].naturalWidth").toInt() > 0);
+    preview.SetReadOnly(false);
+    QVERIFY(preview.SetHtml("<p>three</p>"));
+    QVERIFY(preview.InsertHtml("x"));
+    QTRY_VERIFY(preview.IsModified());
+    preview.Run(EditorCommand::kUndo);
+    QCOMPARE(preview.PlainText().trimmed(), QString("three"));
   }
 
   void scriptsAndTheNetworkStayOff() {

@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "charset/charset.h"
+#include "document/body_colours.h"
 #include "document/body_file.h"
 #include "document/body_source.h"
 #include "document/cut_picture.h"
@@ -21,6 +22,7 @@
 #include "document/merge_pieces.h"
 #include "document/message_document.h"
 #include "document/message_properties.h"
+#include "document/signature.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
@@ -158,6 +160,8 @@ const std::vector<NamedReader> kHtmlReaders = {
      }},
     {"WrapHtml", [](const std::string& html) { return html::WrapHtml(html, 76); }},
     {"CutAtBody", [](const std::string& html) { return document::CutAtBody(html); }},
+    {"WithBodyColours", [](const std::string& html) { return document::WithBodyColours(html, {.text = "#000000"}); }},
+    {"SignatureNotes", [](const std::string& html) { return document::SignatureNotes(html); }},
     {"TitleOf", [](const std::string& html) { return document::TitleOf(html); }},
     {"PropertiesLoad", [](const std::string& html) { return document::PropertiesLoad("", "", html); }},
     {"DecodeCharacterReferences", [](const std::string& html) { return html::DecodeCharacterReferences(html, true); }},

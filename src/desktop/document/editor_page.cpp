@@ -2,6 +2,8 @@
 
 #include <QDropEvent>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QWebChannel>
 #include <QWebEngineScript>
 #include <QWebEngineScriptCollection>
@@ -51,6 +53,11 @@ QString EditingScript() {
 
 }  // namespace
 
+QString Quoted(const QString& text) {
+  const QByteArray list = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+  return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
 QStringList EditorBridge::allowedPictures(const QStringList& addresses) const {
   QStringList allowed;
   for (const QString& address : addresses) {
@@ -69,11 +76,11 @@ EditorPage::EditorPage(QWebEngineProfile* profile, const document::PicturePlaces
   settings()->setAttribute(QWebEngineSettings::PluginsEnabled, false);
   auto* channel = new QWebChannel(this);
   channel->registerObject("bridge", bridge);
-  setWebChannel(channel, QWebEngineScript::ApplicationWorld);
+  setWebChannel(channel, kWorld);
   QWebEngineScript script;
   script.setName("editor");
   script.setSourceCode(EditingScript());
-  script.setWorldId(QWebEngineScript::ApplicationWorld);
+  script.setWorldId(kWorld);
   script.setInjectionPoint(QWebEngineScript::DocumentReady);
   scripts().insert(script);
 }

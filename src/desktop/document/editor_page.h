@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWebEnginePage>
+#include <QWebEngineScript>
 #include <QWebEngineView>
 
 #include "document/picture_places.h"
@@ -10,6 +11,13 @@
 class QWebEngineProfile;
 
 namespace quillcast::desktop {
+
+// Where the editing script runs, beside the document's own.
+inline constexpr auto kWorld = QWebEngineScript::ApplicationWorld;
+inline constexpr int kLoadLimit = 60000;  // milliseconds; 20 MB of short paragraphs take a quarter of it
+
+// A text as a literal of the script.
+QString Quoted(const QString& text);
 
 // Hears the notices of the editing script, and answers it.
 class EditorBridge final : public QObject {

@@ -1,0 +1,185 @@
+// The editor's page: made, loaded, and put back after a crash.
+#include <QApplication>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFile>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QMenu>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWebEngineProfile>
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "desktop/document/editor_page.h"
+#include "desktop/document/html_editor.h"
+#include "desktop/widgets/qt_text.h"
+#include "document/merge_fields.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr qsizetype kLongToLoad = 1000000;  // characters
+constexpr int kAskAgain = 250;              // milliseconds
+constexpr int kCrashesAgain = 5000;         // a document that ends the page within this time will do so each time
+
+QString KnownTags() {
+  QJsonArray tags;
+  for (const auto& field : document::kMergeFields) tags.append(ToQt(field.tag));
+  return QString::fromUtf8(QJsonDocument(tags).toJson(QJsonDocument::Compact));
+}
+
+// Marks misspelt words where the engine has a dictionary for the user's language.
+void CheckSpelling(QWebEngineProfile& profile) {
+  const QString language = QLocale().name().replace('_', '-');
+  const QStringList folders = {qEnvironmentVariable("QTWEBENGINE_DICTIONARIES_PATH"),
+                               QCoreApplication::applicationDirPath() + "/qtwebengine_dictionaries",
+                               QLibraryInfo::path(QLibraryInfo::DataPath) + "/qtwebengine_dictionaries"};
+  const bool is_there = std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
+    return !folder.isEmpty() && QFile::exists(folder + '/' + language + ".bdic");
+  });
+  if (!is_there) return;
+  profile.setSpellCheckLanguages({language});
+  profile.setSpellCheckEnabled(true);
+}
+
+}  // namespace
+
+// The engine: it takes a quarter of a second, so only the first document starts it.
+void HtmlEditor::Start() {
+  profile_ = new QWebEngineProfile(this);  // without a name: nothing of it is kept on disk
+  CheckSpelling(*profile_);
+  bridge_ = new EditorBridge(places_, this);
+  view_ = new EditorView(this);
+  view_->setAccessibleName(tr("Message body"));
+  view_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+    QMenu* menu = ContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(view_->mapToGlobal(at));
+  });
+  connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::TakeDropped);
+  layout()->addWidget(view_);
+  setFocusProxy(view_);
+  connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
+  // Behind the notice, within which the page answers nothing.
+  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture, Qt::QueuedConnection);
+  connect(bridge_, &EditorBridge::PictureOpened, this, &HtmlEditor::PictureOpened, Qt::QueuedConnection);
+  connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
+    emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
+  });
+  connect(bridge_, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
+}
+
+// A page whose process ended is not used again: its next one need not get the editing script.
+void HtmlEditor::MakePage() {
+  const EditorPage* const before = page_;
+  page_ = new EditorPage(profile_, places_, bridge_, view_);
+  view_->setPage(page_);
+  delete before;
+  alive_ = true;
+  kind_ = {};
+  connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
+    alive_ = false;
+    had_the_keys_ = isAncestorOf(QApplication::focusWidget());
+    // A load that is going on fails by itself.
+    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus)
+      QTimer::singleShot(0, this, &HtmlEditor::Restore);
+  });
+}
+
+// The page takes one document after the other: what comes while one is waited for is taken by that call.
+bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified) {
+  waiting_ = {source, base, modified};
+  if (loading_) return true;
+  loading_ = true;
+  bool loaded = false;
+  while (const auto next = std::exchange(waiting_, {})) {
+    const bool takes_long = next->source.size() > kLongToLoad;
+    if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    loaded = Load(*next);
+    if (takes_long) QGuiApplication::restoreOverrideCursor();
+  }
+  loading_ = false;
+  return loaded;
+}
+
+// Now and then, on a busy machine, the engine does not say that it is done: so the page is asked for its mark, too.
+bool HtmlEditor::LoadPage(const QString& type) {
+  struct Answer {
+    QEventLoop loop;
+    bool loaded = false;
+  };
+  const auto answer = std::make_shared<Answer>();  // what comes late must find it alive
+  const auto done = [answer](bool good) {
+    answer->loaded = good;
+    answer->loop.quit();
+  };
+  const QString mark = QString("load-%1").arg(loads_);
+  QTimer ask;
+  connect(&ask, &QTimer::timeout, &answer->loop, [this, done, mark] {
+    page_->runJavaScript("window.quill&&document.body?document.body.id:''", kWorld, [done, mark](const QVariant& id) {
+      if (id.toString() == mark) done(true);
+    });
+  });
+  ask.start(kAskAgain);
+  const auto watch = connect(page_, &QWebEnginePage::loadFinished, &answer->loop, done);
+  QTimer::singleShot(kLoadLimit, &answer->loop, &QEventLoop::quit);
+  connect(page_, &QWebEnginePage::renderProcessTerminated, &answer->loop, &QEventLoop::quit);
+  page_->setHtml(QString("%1<html><body id=\"%2\"></body></html>").arg(type, mark), base_);
+  answer->loop.exec(QEventLoop::ExcludeUserInputEvents);
+  disconnect(watch);
+  return answer->loaded;
+}
+
+bool HtmlEditor::Load(const Document& document) {
+  if (page_ == nullptr) Start();
+  if (!alive_) MakePage();
+  ++loads_;
+  coming_.clear();
+  snapshot_pause_->stop();
+  touched_ = false;
+  source_ = last_seen_ = document.source;
+  cut_ = document::CutAtBody(FromQt(source_));
+  base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
+  places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
+  SetModified(document.modified);
+  // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
+  // that way, and the script puts the document in its place.
+  const QString head = ToQt(cut_.head);
+  const auto type_begin = head.indexOf("<!doctype", 0, Qt::CaseInsensitive);
+  const auto type_end = type_begin < 0 ? -1 : head.indexOf('>', type_begin);
+  const QString type = type_end < 0 ? QString() : head.mid(type_begin, type_end - type_begin + 1);
+  // One that is only looked at has no steps to be taken back, so it stays for the next document of its kind.
+  const std::pair kind(type, base_);
+  const bool stays = std::exchange(kind_, {}) == kind && read_only_;
+  if (!stays && !LoadPage(type)) return false;
+  // What a document forbids holds for the page as long as that lives.
+  if (!source_.contains("Content-Security-Policy", Qt::CaseInsensitive)) kind_ = kind;
+  // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
+  const QString page = source_.left(source_.size() - ToQt(cut_.tail).size());
+  if (!Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
+  if (read_only_) Evaluate("quill.setReadOnly(true)");
+  page_->setZoomFactor(zoom_);
+  Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too
+  return true;
+}
+
+void HtmlEditor::Restore() {
+  const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
+  restored_.start();
+  const QString html = last_seen_;
+  if (again || !SetHtml(html, base_, modified_)) {
+    emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
+    return;
+  }
+  if (had_the_keys_) BeginTyping();
+  emit Restored();
+}
+
+}  // namespace quillcast::desktop
