@@ -530,7 +530,8 @@ class ComposeFormsTest : public QObject {
       QVERIFY(form.findChild<QCheckBox*>("SignatureCheckBox")->isChecked());
       editor->Run(EditorCommand::kSelectAll);
       editor->InsertHtml("Ada");
-      QVERIFY(editor->InsertPictures({PathToQt(scene.rig.folder.Write("me.png", PngBytes()))}));
+      editor->InsertPictures({PathToQt(scene.rig.folder.Write("me.png", PngBytes()))});
+      QTRY_VERIFY(editor->Html().contains("me.png"));
       Press(form, QDialogButtonBox::Save);
       QTRY_VERIFY(!form.isVisible());
     });
