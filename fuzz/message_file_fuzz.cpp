@@ -24,10 +24,12 @@ void LookAt(const MailMessage& message, const Part& part, std::size_t place, std
   Expect(place == 0 ? part.parent == kNoPart : part.parent < message.parts().size() && part.parent != place);
   Expect(part.header.begin <= part.header.end && part.header.end <= size);
   Expect(part.source.bytes.begin <= part.source.bytes.end && part.source.bytes.end <= size);
-  for (const auto* text : {&part.type, &part.charset, &part.name, &part.content_id})
+  for (const auto* text : {&part.type, &part.charset, &part.encoding, &part.name, &part.content_id})
     Expect(text->size() <= kLongestPartText && platform::IsUtf8(*text));
-  Expect(static_cast<bool>(
-      message.EachField(part, [](std::string_view, std::string_view value) { Expect(platform::IsUtf8(value)); })));
+  const auto read = message.EachField(part, [](std::string_view name, std::string_view value) {
+    Expect(platform::IsUtf8(name) && platform::IsUtf8(value));
+  });
+  Expect(static_cast<bool>(read));
   Expect(static_cast<bool>(DigestOf(message.OpenAsItStands(part), nullptr)));
   auto reader = message.Open(part);
   Expect(static_cast<bool>(reader) == part.refused.empty());
@@ -40,6 +42,10 @@ void LookAt(const MailMessage& message, std::size_t size) {
   for (const auto& body : {message.TextBody(), message.HtmlBody()}) Expect(!body || platform::IsUtf8(*body));
   for (const auto& [mailbox, type] : message.facts().recipients)
     Expect(platform::IsUtf8(mailbox.name) && platform::IsUtf8(mailbox.address));
+  for (const RelayStamp& stamp : message.facts().stamps) {
+    for (const auto* text : {&stamp.by, &stamp.for_whom, &stamp.from, &stamp.id, &stamp.protocol, &stamp.via})
+      Expect(text->size() <= 2 * kLongestPartText + 1 && platform::IsUtf8(*text));
+  }
 }
 
 }  // namespace

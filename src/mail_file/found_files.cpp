@@ -1,7 +1,7 @@
 #include "mail_file/found_files.h"
 
+#include "mail_file/part_fields.h"
 #include "mime/media_type.h"
-#include "platform/utf8.h"
 
 namespace quillcast::mail_file {
 
@@ -12,12 +12,11 @@ std::size_t FoundFiles::Add(std::size_t holder, std::string_view name, std::stri
                    parts[holder].header.begin));
     return kNoPart;
   }
-  name = name.substr(0, kLongestPartText);
   Part part;
   part.parent = holder;
   part.message = parts[holder].message;
   part.depth = parts[holder].depth + 1;
-  part.name = name.substr(0, name.size() - platform::IncompleteUtf8Tail(name));
+  part.name = BoundedPartText(name);
   part.type = mime::MediaTypeOf(part.name, {});
   part.encoding = encoding;
   part.marker = part.message == kNoPart ? Marker::kAttachment : Marker::kNone;

@@ -88,6 +88,7 @@ std::string_view ParameterizedValue::Parameter(std::string_view name) const {
 
 ParameterizedValue ReadContentType(std::string_view field) {
   ParameterizedValue out;
+  if (field.substr(0, field.find(';')).find('/') == std::string_view::npos) return out;  // GMime makes something of it
   const std::unique_ptr<GMimeContentType, FreeObject> type(
       g_mime_content_type_parse(Options(), ForGMime(field, kLongestStructured).c_str()));
   if (!type) return out;
@@ -127,7 +128,7 @@ std::optional<StampedTime> ReadTime(std::string_view text) {
       g_mime_utils_header_decode_date(ForGMime(text, kLongestStructured).c_str()));
   if (!date) return {};
   StampedTime out;
-  out.local = Text(g_date_time_format(date.get(), "%Y-%m-%d %H:%M:%S")).get();
+  out.local = Utf8(Text(g_date_time_format(date.get(), "%Y-%m-%d %H:%M:%S")).get());
   out.bias_minutes = static_cast<int>(g_date_time_get_utc_offset(date.get()) / G_TIME_SPAN_MINUTE);
   out.unix_time = g_date_time_to_unix(date.get());
   return out;
@@ -193,8 +194,15 @@ void TransferDecoder::Decode(std::string_view bytes, std::string& out) {
   out.resize(before + g_mime_encoding_step(&state_->encoding, bytes.data(), bytes.size(), out.data() + before));
 }
 
+// A last group without its padding: the two digits or three that are there say one byte or two.
+void TransferDecoder::FinishBase64(std::string& out) {
+  const std::size_t before = out.size();
+  for (int padding = 0; padding < 2 && out.size() == before; ++padding) Decode("=", out);
+}
+
 void TransferDecoder::Finish(std::string& out) {
   if (!state_ || state_->uudecoder) return;
+  if (state_->encoding.encoding == GMIME_CONTENT_ENCODING_BASE64) return FinishBase64(out);
   const std::size_t before = out.size();
   out.resize(before + g_mime_encoding_outlen(&state_->encoding, 0) + 64);
   out.resize(before + g_mime_encoding_flush(&state_->encoding, "", 0, out.data() + before));

@@ -54,10 +54,12 @@ class TransferDecoder {
 
   // Appends what the bytes stand for. What the encoding does not allow is passed over.
   void Decode(std::string_view bytes, std::string& out);
-  // What was held back: the end of a quoted-printable line.
+  // What was held back: the end of a quoted-printable line, a base64 group without its padding.
   void Finish(std::string& out);
 
  private:
+  void FinishBase64(std::string& out);
+
   struct State;
   std::unique_ptr<State> state_;  // none: the bytes stand for themselves
 };

@@ -74,7 +74,7 @@ Result<void> MailMessage::EachField(const Part& part, const TakeField& take) con
   std::string name;
   std::string value;
   const auto end_field = [&] {
-    if (!name.empty()) take(name, DecodeHeaderText(platform::Trim(value)));
+    if (!name.empty()) take(DecodeHeaderText(name), DecodeHeaderText(platform::Trim(value)));
     name.clear();
     value.clear();
   };

@@ -1,5 +1,6 @@
 #include "mail_file/mailbox_list.h"
 
+#include <optional>
 #include <utility>
 
 #include "mail_file/gmime_border.h"
@@ -79,7 +80,17 @@ class ListCutter {
   bool is_in_literal_ = false;
 };
 
+// A name by an encoded word may hold what would end it if it stood there itself; GMime goes by that.
+std::optional<Mailbox> WithEncodedName(std::string_view piece) {
+  const std::size_t angle = piece.rfind('<');
+  if (angle == std::string_view::npos || !piece.ends_with('>') || !piece.starts_with("=?")) return {};
+  auto mailbox = ReadMailbox(piece.substr(angle));
+  if (mailbox) mailbox->name = DecodeHeaderText(platform::Trim(piece.substr(0, angle)));
+  return mailbox;
+}
+
 Mailbox AsMailbox(std::string_view piece) {
+  if (auto mailbox = WithEncodedName(piece)) return *std::move(mailbox);
   if (auto mailbox = ReadMailbox(piece); mailbox && !mailbox->address.empty()) return *std::move(mailbox);
   std::string text = DecodeHeaderText(piece);
   if (piece.find_first_of(" \t") == std::string_view::npos) return {{}, std::move(text)};

@@ -33,22 +33,16 @@ constexpr std::array kEncodings = {
     EncodingName{"x-mac-binhex40", TransferEncoding::kIdentity},
 };
 
-// Whole characters of at most kLongestPartText bytes.
-std::string Bounded(std::string_view text) {
-  text = text.substr(0, kLongestPartText);
-  return std::string(text.substr(0, text.size() - platform::IncompleteUtf8Tail(text)));
-}
-
 // The first word, without comments and what else stands behind it.
 std::string FirstWord(std::string_view value) {
   value = platform::Trim(value);
-  return platform::AsciiLower(Bounded(platform::Trim(value.substr(0, value.find_first_of(" \t;(")))));
+  return platform::AsciiLower(BoundedPartText(platform::Trim(value.substr(0, value.find_first_of(" \t;(")))));
 }
 
 std::string WithoutAngles(std::string_view value) {
   value = platform::Trim(value);
   if (value.starts_with('<')) value.remove_prefix(1);
-  return Bounded(value.substr(0, value.find('>')));
+  return BoundedPartText(value.substr(0, value.find('>')));
 }
 
 bool HoldsTwo(const ParameterizedValue& value, std::string_view name) {
@@ -68,6 +62,11 @@ Marker MarkerOf(const Part& part, std::string_view disposition) {
 bool IsMessageType(std::string_view type) { return type == "message/rfc822" || type == "message/global"; }
 
 }  // namespace
+
+std::string BoundedPartText(std::string_view text) {
+  text = text.substr(0, kLongestPartText);
+  return std::string(text.substr(0, text.size() - platform::IncompleteUtf8Tail(text)));
+}
 
 void PartFields::Take(std::string_view name, std::string_view value) {
   constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 4> kNames = {{
@@ -93,14 +92,14 @@ PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
   const auto type = fields.type.empty() ? ParameterizedValue() : ReadContentType(fields.type);
   const auto disposition =
       fields.disposition.empty() ? ParameterizedValue() : ReadContentDisposition(fields.disposition);
-  if (!type.value.empty()) part.type = Bounded(type.value);
-  part.charset = Bounded(type.Parameter("charset"));
-  part.encoding = FirstWord(fields.encoding);
+  if (!type.value.empty()) part.type = BoundedPartText(type.value);
+  part.charset = BoundedPartText(type.Parameter("charset"));
+  part.encoding = FirstWord(DecodeHeaderText(fields.encoding));
   part.source.encoding = EncodingOf(part.encoding);
   if (part.encoding.empty()) part.encoding = "7bit";
-  part.name = Bounded(disposition.Parameter("filename"));
-  if (part.name.empty()) part.name = Bounded(type.Parameter("name"));
-  part.content_id = WithoutAngles(fields.id);
+  part.name = BoundedPartText(disposition.Parameter("filename"));
+  if (part.name.empty()) part.name = BoundedPartText(type.Parameter("name"));
+  part.content_id = WithoutAngles(DecodeHeaderText(fields.id));
   meaning.is_multipart = part.type.starts_with("multipart/");
   meaning.is_message = IsMessageType(part.type) && part.source.encoding == TransferEncoding::kIdentity;
   if (meaning.is_multipart) {

@@ -18,6 +18,9 @@ struct PartFields {
   void Take(std::string_view name, std::string_view value);
 };
 
+// Whole characters of at most kLongestPartText bytes. `text` is UTF-8.
+std::string BoundedPartText(std::string_view text);
+
 // What a part's header comes to.
 struct PartMeaning {
   std::string boundary;  // of a multipart, else empty

@@ -6,7 +6,7 @@
 #include <array>
 
 #include "mail_file/gmime_border.h"
-#include "mail_file/part.h"
+#include "mail_file/part_fields.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -79,16 +79,15 @@ RelayStamp ReadRelayStamp(std::string_view field) {
     const auto* const clause = std::ranges::find_if(
         kClauses, [&](const Clause& row) { return platform::EqualsIgnoringAsciiCase(row.word, token); });
     const bool begins = clause != kClauses.end() && (value == nullptr || !(stamp.*value).empty());
-    token = token.substr(0, kLongestPartText);
     if (begins) {
       value = (stamp.*clause->value).empty() ? clause->value : nullptr;
     } else if (value == nullptr) {
       continue;
     } else if ((stamp.*value).empty()) {
-      (stamp.*value).assign(token);
+      stamp.*value = BoundedPartText(token);
     } else if (value == &RelayStamp::from && token.starts_with('(') && stamp.from.find(" (") == std::string::npos) {
       stamp.from += ' ';
-      stamp.from += token;
+      stamp.from += BoundedPartText(token);
     }
   }
   stamp.for_whom = WithoutAngles(stamp.for_whom);

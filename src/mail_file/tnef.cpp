@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "mail_file/gmime_border.h"
+#include "mail_file/part_fields.h"
 #include "mail_file/tnef_stream.h"
 #include "platform/text.h"
 
@@ -220,8 +221,8 @@ class TnefSearch {
     const std::string& name = attachment.long_name.empty() ? attachment.title : attachment.long_name;
     const std::size_t part = Add(name, attachment.data);
     if (part == kNoPart) return;
-    if (!attachment.type.empty()) found_.parts[part].type = platform::AsciiLower(attachment.type).substr(0, 100);
-    found_.parts[part].content_id = attachment.content_id.substr(0, kLongestPartText);
+    if (!attachment.type.empty()) found_.parts[part].type = BoundedPartText(platform::AsciiLower(attachment.type));
+    found_.parts[part].content_id = BoundedPartText(attachment.content_id);
   }
 
   std::size_t Add(std::string_view name, const Piece& piece) {

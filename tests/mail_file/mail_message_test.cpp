@@ -88,13 +88,21 @@ TEST(MailMessage, FindsOutCharacterSets) {
 }
 
 TEST(MailMessage, TellsRecipientsInTheirOrder) {
-  const Loading loading = LoadSample("recipients");
-  std::string told;
-  for (const auto& [mailbox, type] : loading.message->facts().recipients)
-    told += std::to_string(static_cast<int>(type)) + " " + mailbox.name + " <" + mailbox.address + ">\n";
-  EXPECT_EQ(told,
-            "0 Bob <bob@example.net>\n0  <carol@example.net>\n0 Last, First <lf@example.net>\n"
-            "1 Dave <dave@example.net>\n1  <eve@example.net>\n2  <secret@example.net>\n");
+  const std::pair<const char*, const char*> rows[] = {
+      {"recipients",
+       "0 Bob <bob@example.net>\n0  <carol@example.net>\n0 Last, First <lf@example.net>\n"
+       "1 Dave <dave@example.net>\n1  <eve@example.net>\n2  <secret@example.net>\n"},
+      {"recipients_odd",
+       "0 Bob <bob@example.net>\n0  <carol@example.net>\n0 dave@example.net <dave@example.net>\n"
+       "0 Eve, E. <eve@example.net>\n0 Frank, F. <frank@example.net>\n"},
+  };
+  for (const auto& [file, expected] : rows) {
+    const Loading loading = LoadSample(file);
+    std::string told;
+    for (const auto& [mailbox, type] : loading.message->facts().recipients)
+      told += std::to_string(static_cast<int>(type)) + " " + mailbox.name + " <" + mailbox.address + ">\n";
+    EXPECT_EQ(told, expected) << file;
+  }
 }
 
 // By, for, from, id, protocol, via, time and bias, and the seconds of the hop.
@@ -244,6 +252,7 @@ TEST(TransferDecoder, DecodesTheSameHoweverItIsCut) {
   for (const Row& row : {
            Row{TransferEncoding::kQuotedPrintable, "a=C3=BC=\r\nb =ZZ=3d\r\n", "aüb =ZZ=\r\n"},
            Row{TransferEncoding::kBase64, "SGVs bG8s\r\n*IHdvcmxk\r\nIQ==\r\n", "Hello, world!"},
+           Row{TransferEncoding::kBase64, "SGVsbG8sIHdvcmx", "Hello, worl"},
            Row{TransferEncoding::kUuencode, "%2&5L;&\\ \r\n!(0  \r\n`\r\nend\r\n", "Hello!"},
            Row{TransferEncoding::kIdentity, "as it is", "as it is"},
        }) {

@@ -33,7 +33,8 @@ def parts_of(parts):
     rows = []
     for part in parts:
         sha256 = part.get("sha256") or hashlib.sha256(base64.b64decode(part["octets"])).hexdigest()
-        rows.append([part["type"], part.get("file_name") or "", part.get("content_id") or "", sha256[:12]])
+        name = part.get("file_name")  # mailparser has true for what stands without a value
+        rows.append([part["type"] if isinstance(part["type"], str) else "text/plain", name if isinstance(name, str) else "", part.get("content_id") or "", sha256[:12]])
     return sorted(rows)
 
 

@@ -45,7 +45,7 @@ async function read(file) {
   const options = { skipHtmlToText: true, skipTextToHtml: true, skipTextLinks: true, skipImageLinks: true };
   const mail = await simpleParser(message, options);
   const texts = (await bodies(message))
-    .filter(({ node }) => !node.disposition && (!node.contentType || node.contentType.startsWith('text/')))
+    .filter(({ node }) => !node.disposition && ['text/plain', 'text/html'].includes(node.contentType || 'text/plain'))
     .map(({ node, octets }) => ({
       type: node.contentType || 'text/plain',
       charset: node.charset || null,

@@ -1,0 +1,104 @@
+"""Message files by command: what is shown of them, to people and to programs, and how it ends."""
+import hashlib
+import json
+import subprocess
+import unittest
+from pathlib import Path
+
+from quillcast import PROGRAM, Case
+
+FILES = Path(__file__).resolve().parent.parent / "mail_file" / "files"
+
+
+def sample(name):
+    return str(FILES / f"{name}.eml")
+
+
+class Message(Case):
+    def show(self, *arguments, data=None):
+        done = subprocess.run([PROGRAM, "--profile", str(self.profile), *arguments], input=data, capture_output=True,
+                              timeout=60, stdin=None if data is not None else subprocess.DEVNULL)
+        return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+    def test_shows_people_what_is_in_it(self):
+        code, out, err = self.show("message", "show", sample("stamps"))
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(out.splitlines(), [
+            "From:    Ada <ada@example.org>", "To:      Bob <bob@example.net>", "Subject: Test",
+            "Date:    Sat, 14 Nov 2026 22:40:05 +0100", "", "Parts:", "    0  text/plain  3 bytes  body", "",
+            "The way it came, the last hop first:",
+            "  2026-11-14 22:40:09   +60  +4 s  by store.example.org  from mx.example.net (mx.example.net [192.0.2.7])"
+            "  with ESMTPS  for bob@example.org",
+            "  2026-11-14 16:40:05  -300  +65 s  by mx.example.net  via UUCP", "  2026-11-14 21:39:00    +0",
+            "  at an unknown time", "", "x", ""])
+        for file, shown in (("charset_in_page", "\nПривет\n"), ("tnef", '      text/plain  "Long näme.txt"  12 bytes  attachment'),
+                            ("yenc", '"a b.bin"  attachment  cannot be decoded: yEnc'), ("nested_message", "\nsee below\n")):
+            self.assertIn(shown, self.show("message", "show", sample(file))[1], file)
+
+    def test_nothing_of_a_message_reaches_a_terminal_unescaped(self):
+        bad = "\x1b[31m\u202e\x9b\x00\u2028\x07"
+        message = (f"From: {bad} <{bad}@x.org>\nTo: {bad}\nSubject: {bad}\nDate: {bad}\nReceived: from {bad} by {bad} with {bad}\n"
+                   f" via {bad} for {bad}; {bad}\nContent-Type: multipart/mixed; boundary=\"{bad}\"\n\n--{bad}\n\n{bad}\n--{bad}\n"
+                   f"Content-Type: text/{bad}; name=\"{bad}\"\nContent-Transfer-Encoding: {bad}\n\nx\n--{bad}--\n")
+        name = self.write("\x1b[32m.eml", message)
+        for arguments in (["message", "show", name, sample("names")], ["--json", "message", "show", name, sample("names")]):
+            _, out, err = self.show(*arguments)
+            self.assertIn("etc/passwd", out)
+            for c in out + err:
+                self.assertFalse((c < " " and c != "\n") or "\x7f" <= c < "\xa0" or c in "\u202e\u2028", repr(c))
+
+    def test_gives_programs_an_object_a_message(self):
+        content = Path(sample("related")).read_bytes()
+        code, out, err = self.show("--json", "message", "show", sample("related"), "-", sample("stamps"), data=content)
+        first, piped, stamps = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual((first.pop("file"), piped.pop("file")), (sample("related"), "-"))
+        self.assertEqual(first, piped)
+        self.assertEqual(first["headers"][0], {"name": "From", "value": "Ada <ada@example.org>"})
+        self.assertEqual(first["recipients"], [{"field": "To", "name": "Bob", "address": "bob@example.net"}])
+        self.assertEqual(first["time"], {"local": "2026-11-14 22:40:05", "bias": "+60", "unix": 1794692405})
+        png = b"\x89PNG\r\n\x1a\n"
+        self.assertEqual(first["parts"][3], {
+            "part": 3, "parent": 1, "type": "image/png", "charset": "", "encoding": "base64", "name": "p.png",
+            "content_id": "p@x", "marker": "attachment", "size": len(png), "sha256": hashlib.sha256(png).hexdigest()})
+        self.assertEqual([(part["parent"], part["marker"]) for part in first["parts"]],
+                         [(None, ""), (0, ""), (1, "body"), (1, "attachment"), (0, "attachment")])
+        self.assertEqual([stamp["delay"] for stamp in stamps["stamps"]], [4, 65, None, None])
+        self.assertEqual(stamps["stamps"][0]["time"], {"local": "2026-11-14 22:40:09", "bias": "+60", "unix": 1794692409})
+
+    def test_goes_on_behind_a_file_that_is_none(self):
+        """Rows of (files, exit code, what is said, how many are shown)."""
+        empty, absent = self.write("empty.eml", ""), str(self.folder / "absent.eml")
+        for files, code, said, shown in [
+            ([sample("plain")], 0, "", 1),
+            ([empty], 66, "Error 258: File IO error.", 0),
+            ([absent, sample("plain")], 66, "absent.eml", 1),
+            ([str(self.folder)], 66, "Error 258: File IO error.", 0),
+            ([sample("boundary_twice"), sample("plain")], 65, "Error 259: Could not find boundry mark.", 2),
+            ([sample("binhex_cut")], 65, "Error 257: There was an error decoding a BINHEX message.", 1),
+            ([sample("binhex_crc")], 65, "Error 1002: BINHEX CRC error.", 1),
+            ([sample("encoding_unknown")], 65, "Error 275: Encoding method unknown.", 1),
+            ([sample("tnef_cut")], 65, "Error 206: Exception.", 1),
+        ]:
+            told, out, err = self.show("--json", "message", "show", *files)
+            self.assertEqual((told, len(out.splitlines())), (code, shown), files)
+            self.assertIn(said, err)
+        self.assertEqual(self.show("message", "show")[0], 64)
+
+    def test_reads_leniently_as_the_account_says(self):
+        def parts(*options):
+            return len(json.loads(self.show("--json", "message", "show", *options, sample("boundary_not_named"))[1])["parts"])
+        self.assertEqual((parts(), parts("--extended")), (1, 3))
+        self.account(25, "Extended=1")
+        self.assertEqual(parts(), 3)
+
+    def test_a_long_text_is_told_and_not_shown(self):
+        long = self.write("long.eml", "Subject: x\n\n" + "words and words\n" * 100_000)
+        code, out, err = self.show("message", "show", long)
+        self.assertEqual(code, 0)
+        self.assertIn("1.5 MiB and is not shown", err)
+        self.assertLess(len(out), 1000)
+
+
+if __name__ == "__main__":
+    unittest.main()
