@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 #include "cli/start_desktop.h"
 #include "cli/terminal_prompts.h"
 #include "profile/version.h"
@@ -20,8 +21,7 @@ constexpr const char* kDescription =
 
 // Written by the standard library on its way out; a result that never arrived must not look like success.
 int CheckStandardOutput(int exit_code, const platform::CancelToken& cancel) {
-  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-  if (written) return exit_code;
+  if (HasStandardOutputArrived()) return exit_code;
   if (cancel.Requested() == platform::Stop::kAbandon) return ExitCode(Failure::kTryAgain);
   Print(
       stderr,

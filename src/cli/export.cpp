@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 #include "cli/store_command.h"
 #include "platform/file.h"
 #include "platform/file_attributes.h"
@@ -71,8 +72,7 @@ Result<void> Check(Context& context, const profile::Folders& folders, const Reci
   if (complaint) return Error{Failure::kUsage, std::string(complaint->message)};
   if (const auto group = store.RequireGroup(options.group); !group) return group.error();
   if (options.file == kStandardOutput) return {};
-  if (auto other = platform::CheckIsNotOwn(options.file, folders.OwnFiles()); !other) return other;
-  const auto may_write = platform::MayWriteTo(options.file, context.prompts);
+  const auto may_write = platform::MayWriteTo(options.file, folders.OwnFiles(), context.prompts);
   if (!may_write) return may_write.error();
   if (*may_write) return {};
   return Error{Failure::kNotPermitted, platform::LeftLocked(options.file),
@@ -168,8 +168,7 @@ int Conclude(Context& context, const ExportOptions& options, const ExportOutcome
   if (outcome.error) return context.output.Fail(*outcome.error);
   const std::string summary = recipients::ExportSummary(outcome.written);
   if (options.file == kStandardOutput) {
-    // Nothing is counted that did not arrive; the failure is told at the end of every command.
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) context.output.Note(summary);
+    if (HasStandardOutputArrived()) context.output.Note(summary);
   } else {
     context.output.Line(summary);
     context.output.Object({{"exported", outcome.written}, {"file", options.file}, {"lost", outcome.lost}});

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 #include "cli/store_command.h"
 #include "platform/text.h"
 #include "recipients/recipient_search.h"
@@ -160,6 +161,7 @@ Result<int> Find(Context& context, const RecipientStore& store, const FindOption
     if (!found) return found.error();
     count += *found;
   }
+  if (!HasStandardOutputArrived()) return 0;
   context.output.Note(count == 0 ? "Nobody was found." : platform::Counted(count, "recipient", "recipients"));
   return 0;
 }

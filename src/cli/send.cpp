@@ -152,7 +152,7 @@ int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& pr
   message::RenderedMessage rendered;
   const auto row = RenderRequested(options, prepared, rendered);
   if (!row) return context.output.Fail(row.error());
-  const auto may_write = platform::MayWriteTo(options.to_file, context.prompts);
+  const auto may_write = platform::MayWriteTo(options.to_file, context.Folders().OwnFiles(), context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write) {
     return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(options.to_file),

@@ -60,4 +60,6 @@ void WriteThroughInterrupts(const platform::CancelToken& cancel) {
   std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
+bool HasStandardOutputArrived() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
+
 }  // namespace quillcast::cli

@@ -10,4 +10,8 @@ namespace quillcast::cli {
 // to live as long as the process, which writes what is left at its very end.
 void WriteThroughInterrupts(const platform::CancelToken& cancel);
 
+// Writes what is left, and says whether all of standard output arrived. Nothing is counted that did not; that it did
+// not is told at the end of every command.
+bool HasStandardOutputArrived();
+
 }  // namespace quillcast::cli

@@ -110,9 +110,7 @@ int RunExport(Context& context, const TemplateOptions& options) {
     const auto asked = AskFirst(context, Say("{} is there already. Replace it?", file.string()));
     if (!asked) return context.output.Fail(asked.error());
   }
-  if (const auto other = platform::CheckIsNotOwn(file, folders.OwnFiles()); !other)
-    return context.output.Fail(other.error());
-  const auto may_write = platform::MayWriteTo(file, context.prompts);
+  const auto may_write = platform::MayWriteTo(file, folders.OwnFiles(), context.prompts);
   if (!may_write) return context.output.Fail(may_write.error());
   if (!*may_write)
     return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Name another file."});

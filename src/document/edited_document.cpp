@@ -17,7 +17,7 @@ fs::path PickFileToSaveTo(platform::Prompts& prompts) {
 // To the file, which may be empty or locked; false when the person cancels on the way.
 Result<bool> SaveInto(EditedDocument& document, const fs::path& file, platform::Prompts& prompts) {
   if (file.empty()) return false;
-  auto may_write = platform::MayWriteTo(file, prompts);
+  auto may_write = platform::MayWriteTo(file, document.OwnFiles(), prompts);
   if (!may_write || !*may_write) return may_write;
   const auto saved = document.SaveTo(file);
   if (!saved) return saved.error();

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "platform/file_attributes.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
 
@@ -22,6 +23,8 @@ class EditedDocument {
   virtual std::filesystem::path FileName() const = 0;  // empty for a new document
   // From then on this is its file; after a failure all is as it was.
   virtual Result<void> SaveTo(const std::filesystem::path& file) = 0;
+  // What it is never saved over.
+  virtual platform::OwnFiles OwnFiles() const = 0;
 };
 
 // Whether what was asked for, which would do away with the document, is to go on.

@@ -33,7 +33,8 @@ bool IsOrIsWithin(const fs::path& path, const fs::path& kept) {
   if (kept.empty()) return false;
   return std::any_of(kCompanions.begin(), kCompanions.end(), [&](const char* companion) {
     const fs::path own = kept.string() + companion;
-    // A hard link to what is kept is told by its device and number; one to a file within a folder that is kept is not.
+    // A hard link to a file that is kept is told by its device and number; one to any other file in a kept folder is
+    // not.
     return IsWithin(path, OnePath(own)) || fs::equivalent(path, own, IgnoreErrors());
   });
 }
@@ -58,7 +59,15 @@ Result<void> Unlock(const fs::path& file) {
   return {};
 }
 
-Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
+Result<void> CheckIsNotOwn(const fs::path& path, const OwnFiles& own) {
+  const fs::path one = OnePath(path);
+  if (!IsAmong(one, own.kept) || IsAmong(one, own.free)) return {};
+  return Error{Failure::kNotPermitted, Say("Cannot write {}: the program keeps its own files there.", path.string()),
+               "Name another file."};
+}
+
+Result<bool> MayWriteTo(const fs::path& file, const OwnFiles& own, Prompts& prompts) {
+  if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
   if (!IsLocked(file)) return true;
   if (prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?") != Answer::kYes) return false;
   const auto unlocked = Unlock(file);
@@ -67,13 +76,6 @@ Result<bool> MayWriteTo(const fs::path& file, Prompts& prompts) {
 }
 
 Sentence LeftLocked(const fs::path& file) { return Say("{} is locked and was left as it is.", file.string()); }
-
-Result<void> CheckIsNotOwn(const fs::path& path, const OwnFiles& own) {
-  const fs::path one = OnePath(path);
-  if (!IsAmong(one, own.kept) || IsAmong(one, own.free)) return {};
-  return Error{Failure::kNotPermitted, Say("Cannot write {}: the program keeps its own files there.", path.string()),
-               "Name another file."};
-}
 
 Result<void> ReplaceChosenFile(const fs::path& path, const OwnFiles& own,
                                const std::function<Result<void>(int fd)>& write) {

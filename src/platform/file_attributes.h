@@ -18,13 +18,6 @@ bool IsLocked(const std::filesystem::path& file);
 // Gives the owner the permission to write, where it is missing.
 Result<void> Unlock(const std::filesystem::path& file);
 
-// To be asked before a file of the person's choice is written: where it is locked, the person is, and it is unlocked
-// when the answer is Yes. False when the file is to be left alone. The new content comes by a rename, which no
-// permission of the old file holds up: an error here is the only thing that does.
-Result<bool> MayWriteTo(const std::filesystem::path& file, Prompts& prompts);
-// What is told then.
-Sentence LeftLocked(const std::filesystem::path& file);
-
 // What the program keeps itself, and what no file of a person's choice may be.
 struct OwnFiles {
   std::vector<std::filesystem::path> kept;  // files with what their database keeps beside them, and whole folders
@@ -33,6 +26,14 @@ struct OwnFiles {
 
 // kNotPermitted where a path leads to one of these, by whichever spelling or link.
 Result<void> CheckIsNotOwn(const std::filesystem::path& path, const OwnFiles& own);
+
+// To be asked before a file of the person's choice is written: where it is locked, the person is, and it is unlocked
+// when the answer is Yes. False when the file is to be left alone. The new content comes by a rename, which no
+// permission of the old file holds up: an error here is the only thing that does. The program's own files are refused
+// first, locked or not.
+Result<bool> MayWriteTo(const std::filesystem::path& file, const OwnFiles& own, Prompts& prompts);
+// What is told then.
+Sentence LeftLocked(const std::filesystem::path& file);
 
 // ReplaceFile for a file of the person's choice: what a link leads to gets the new content, a file that was there keeps
 // its permissions; a device, a pipe and the program's own files are refused before anything is opened.

@@ -30,7 +30,9 @@ struct Folders {
   std::filesystem::path PreviewBody() const { return temporary / "Preview.htm"; }
 
   // What a list, a letter or anything else that a person has written somewhere must not replace.
-  platform::OwnFiles OwnFiles() const { return {.kept = {data, settings, DatabaseTemplate()}, .free = {Templates()}}; }
+  platform::OwnFiles OwnFiles() const {
+    return {.kept = {data, Database(), settings, DatabaseTemplate()}, .free = {Templates()}};
+  }
 };
 
 // QUILLCAST_PROGRAM_FOLDER, XDG_DATA_HOME, XDG_CONFIG_HOME, XDG_CACHE_HOME, HOME and Temp decide; `profile` puts the

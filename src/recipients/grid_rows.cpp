@@ -75,7 +75,7 @@ Result<std::optional<std::size_t>> NextBeginningWith(const RecipientStore& store
 
 Result<std::optional<GroupView>> ViewGroup(const RecipientStore& store, std::string_view group, ViewOrder order,
                                            const OnProgress& on_read) {
-  const auto found = store.FindGroup(group);
+  const auto found = store.FindAnyGroup(group);
   if (!found) return found.error();
   if (!*found) return std::optional<GroupView>();
   const std::string sort = ViewSort(**found, order);

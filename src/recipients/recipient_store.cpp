@@ -64,6 +64,11 @@ Result<bool> HasRow(Database& database, StatementId id, Values values) {
   return found ? found->rows().Step() : found.error();
 }
 
+// The given statement takes no name with an apostrophe.
+StatementId FindsNamed(std::string_view name) {
+  return name.find('\'') == std::string_view::npos ? StatementId::kFindGroup : StatementId::kFindAnyGroup;
+}
+
 Result<bool> IsGroupOn(Database& database, std::string_view name) {
   const auto group = FindGroupOn(database, name);
   if (!group) return group.error();
@@ -117,10 +122,16 @@ Result<std::optional<RecipientGroup>> RecipientStore::FindGroup(std::string_view
   return FindGroupOn(*database, name);
 }
 
+Result<std::optional<RecipientGroup>> RecipientStore::FindAnyGroup(std::string_view name) const {
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  return FindGroupOn(*database, name, FindsNamed(name));
+}
+
 Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  return RequireGroupOn(*database, name);
+  return RequireGroupOn(*database, name, FindsNamed(name));
 }
 
 Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name) const {
@@ -171,13 +182,12 @@ Result<bool> RecipientStore::CreateGroupIfFree(std::string_view name) {
 }
 
 Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::string_view new_name) {
-  const bool is_odd = old_name.find('\'') != std::string_view::npos;
-  const auto find = is_odd ? StatementId::kFindAnyGroup : StatementId::kFindGroup;
+  const auto find = FindsNamed(old_name);
   const auto is_taken = [&](Database& database) -> Result<bool> {
     if (const auto old = RequireGroupOn(database, old_name, find); !old) return old.error();
     return IsGroupOn(database, new_name);
   };
-  if (!is_odd) {
+  if (find == StatementId::kFindGroup) {
     return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
   }
   // The given statement takes no such name, which another program may have given; it is named by its key.

@@ -60,9 +60,11 @@ class RecipientStore {
   Result<std::vector<std::string>> ListGroupNames() const;
   // Nothing when there is no such group. Case and blanks at the end of the name do not matter.
   Result<std::optional<RecipientGroup>> FindGroup(std::string_view name) const;
+  // The same of any name; FindGroup fails for one with an apostrophe, which another program may have given.
+  Result<std::optional<RecipientGroup>> FindAnyGroup(std::string_view name) const;
   // 0 for an empty group and for one that does not exist.
   Result<std::int64_t> CountRecipients(std::string_view group_name) const;
-  // Whether a group is there, said as an error for people when it is not.
+  // Whether a group is there, of any name, said as an error for people when it is not.
   Result<RecipientGroup> RequireGroup(std::string_view name) const;
 
   Result<std::optional<StoredRecipient>> FindRecipient(std::int64_t group_id, std::string_view address) const;

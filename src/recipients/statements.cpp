@@ -175,7 +175,7 @@ Result<void> CatalogueStatement::Bind(Values values, Lifetime lifetime) {
     }
     if (parameter.is_name && values[at].find('\'') != std::string_view::npos) {
       return Error{Failure::kUsage, Say("The group name \"{}\" holds an apostrophe.", values[at]),
-                   "Group names hold letters, digits, blanks and \"-\"."};
+                   "Give the group another name first: letters, digits, blanks and \"-\"."};
     }
     const auto bind = [&]() -> Result<void> {
       if (parameter.is_number) {

@@ -48,6 +48,12 @@ class Import(Case):
         self.assertEqual((code, said[0]["added"], said[0]["duplicates"], said[0]["ignored"]), (0, 1, 2, 0), err)
         self.assertEqual(self.recipients("First Name")[-1], ("Eve",))
 
+    def test_a_number_of_lines_is_decimal(self):
+        list_ = self.write("list.csv", "".join(f"a{n}@r.example\n" for n in range(12)))
+        for skip, added in (("010", 2), (" 8 ", 4), ("0", 12)):
+            _, said, err = self.run_import(list_, "-g", "All", "--map", "Email Address=1", "--skip", skip, "--dry-run")
+            self.assertEqual(said[-1]["added"], added, err)
+
     def test_a_preview_shows_fields_by_number_or_by_name(self):
         shop = self.write("shop.csv", SHOP)
         code, said, err = self.run_import(shop, "--preview", "--delimiter", "Auto", "--rfc4180", "--skip", "1")

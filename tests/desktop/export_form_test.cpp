@@ -11,6 +11,7 @@
 
 #include "desktop/form_rig.h"
 #include "desktop/recipients/recipient_export_form.h"
+#include "platform/file_attributes.h"
 #include "recipients/store_connection.h"
 
 namespace quillcast::desktop {
@@ -220,6 +221,13 @@ class ExportFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), "save: Export Recipients");
     QCOMPARE(scene.rig.prompts.last_file_question.filter.c_str(), "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
     QVERIFY(!scene.rig.prompts.last_file_question.ask_before_overwriting);
+    const auto own = scene.rig.folders.Database();  // refused before anything is unlocked
+    std::filesystem::permissions(own, perms::owner_read);
+    scene.rig.prompts.files = {own};
+    scene.Press("BrowseButton");
+    QCOMPARE(scene.rig.Shown(), "save: Export Recipients");
+    QVERIFY(scene.Status().contains("the program keeps its own files there") && platform::IsLocked(own));
+    std::filesystem::permissions(own, perms::owner_read | perms::owner_write);
     scene.rig.prompts.files = {file};
     scene.Press("BrowseButton");
     QCOMPARE(scene.rig.Shown(), asked);

@@ -271,6 +271,15 @@ class GroupManagerTest : public QObject {
     QVERIFY(recipients::DeleteWholeGroup(manager.rig.Store(), "Empty", {}));
     manager.Open("Authors");
     QVERIFY(manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
+    Answer(manager, {platform::Answer::kYes, platform::Answer::kYes});
+    manager.Press("UndoButton");
+    manager.Choose("Authors");
+    QVERIFY(!manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
+    QVERIFY(recipients::DeleteWholeGroup(manager.rig.Store(), "Empty", {}));
+    manager.Choose("Empty");
+    QVERIFY2(manager.Status().contains("no longer there"), qPrintable(manager.Status()));
+    QVERIFY(manager.form->findChild<QPushButton*>("UndoButton")->isEnabled());
+    manager.Press("UndoButton");
     // A name from elsewhere is no markup in the tip.
     auto other = recipients::OpenStore(manager.rig.folders.Database());
     QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = '<img src=\"/x.png\">' WHERE [GroupName] = 'Authors'"));
@@ -457,6 +466,18 @@ class GroupManagerTest : public QObject {
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org 4:nell@x.org"));
     QCOMPARE(*manager.rig.Store().CountRecipients("Readers"), std::int64_t{4});
     QVERIFY(manager.rig.Store().RequireGroup("Readers")->sort_sql.empty());
+  }
+
+  void aNameThatNobodyCouldEnterCanBeChanged() {
+    Manager manager;
+    auto other = recipients::OpenStore(manager.rig.folders.Database());
+    QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = 'O''Neill' WHERE [GroupName] = 'Readers'"));
+    manager.Open("O'Neill");
+    QCOMPARE(manager.Box().currentText() + manager.Total(), QString("O'Neill3"));
+    FillIn("GroupRenameForm", {{"NameTextBox", "Readers"}});
+    manager.Press("RenameGroupButton");
+    QCOMPARE(manager.Groups(), (QStringList{"Empty", "Readers"}));
+    QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
   }
 
   void whatOthersDoMeanwhileIsSaid() {

@@ -121,6 +121,7 @@ class FakeDocument final : public EditedDocument {
     saved.push_back(file);
     return {};
   }
+  platform::OwnFiles OwnFiles() const override { return {}; }
 };
 
 TEST(Document, IsNeverSavedOverThePreview) {

@@ -42,6 +42,7 @@ class EditorDocument final : public document::EditedDocument {
   // What was not edited is written byte for byte as it was read, the rest in the encoding that it was read in, which it
   // names. Pictures of an imported body go along.
   Result<void> SaveTo(const std::filesystem::path& file) override;
+  platform::OwnFiles OwnFiles() const override { return folders_.OwnFiles(); }
 
   // In place of what is in the editor, without a question. A text file becomes HTML that has no file yet. What cannot
   // be read leaves the editor as it was.

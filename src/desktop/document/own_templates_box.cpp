@@ -165,9 +165,7 @@ void OwnTemplatesBox::Export() {
   const fs::path file = program_.prompts.PickSaveFile(
       {.title = "Export", .filter = document::kDocumentFilter, .ask_before_overwriting = true});
   if (file.empty()) return;
-  if (const auto other = platform::CheckIsNotOwn(file, program_.folders.OwnFiles()); !other)
-    return emit Failed(other.error());
-  const auto may_write = platform::MayWriteTo(file, program_.prompts);
+  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return emit Failed(may_write.error());
   if (!*may_write) return emit Said(InWords(platform::LeftLocked(file)));
   Run(name, tr("The template “%1” is in %2.").arg(name, PathToQt(file)),

@@ -26,6 +26,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kGap = 6;                   // between the buttons of a group
+constexpr int kShownName = 24;            // characters of a group, at the least
 constexpr std::size_t kLongestName = 60;  // of a group within a sentence
 
 }  // namespace
@@ -81,6 +82,9 @@ void GroupManagerForm::MakeWindow() {
   groups_->setObjectName("GroupComboBox");
   groups_->setPlaceholderText(tr("Choose a group"));
   groups_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  groups_->setSizeAdjustPolicy(
+      QComboBox::AdjustToMinimumContentsLengthWithIcon);  // a long name is not the window's width
+  groups_->setMinimumContentsLength(kShownName);
   auto* label = new QLabel(tr("&Group:"), this);
   label->setObjectName("NameLabel");
   label->setBuddy(groups_);
@@ -252,6 +256,7 @@ void GroupManagerForm::ShowNone() {
   grid_->Reset(0);
   FillGroups({});
   total_->setText("0");
+  ShowUndo();  // what another program has deleted can be taken back here
 }
 
 void GroupManagerForm::ShowGone(const QString& group) {

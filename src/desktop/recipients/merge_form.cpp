@@ -56,8 +56,8 @@ void MergeForm::MakeWindow() {
   column->Add(list_, 1);
   column->Add(duplicates_, 1);
   column->Add(status_);
-  work_->AddBeside(ok_);
   column->Add(work_);
+  work_->AddBeside(ok_);  // once it is in the window, whose order it follows
 }
 
 std::vector<std::string> MergeForm::Chosen() const {

@@ -116,7 +116,7 @@ void RecipientExportForm::Browse() {
   const auto file = program_.prompts.PickSaveFile(
       {.title = "Export Recipients", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*"});
   if (file.empty()) return;
-  const auto may_write = platform::MayWriteTo(file, program_.prompts);
+  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) {
     status_->Fail(may_write.error());
   } else if (*may_write) {

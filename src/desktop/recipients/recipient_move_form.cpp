@@ -68,8 +68,8 @@ void RecipientMoveForm::MakeWindow() {
   AddTarget(column);
   column->Add(status_);
   column->Add(duplicates_);
-  work_->AddBeside(ok_);
   column->Add(work_);
+  work_->AddBeside(ok_);  // once it is in the window, whose order it follows
   status_->Say(Counted(static_cast<std::int64_t>(keys_.size()), tr("1 recipient of “%1”.").arg(from_),
                        tr("%1 recipients of “%2”.").arg("%1", from_)));
 }

@@ -1,6 +1,7 @@
 #include "desktop/recipients/recipient_print_form.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QStandardPaths>
@@ -21,9 +22,12 @@ namespace {
 constexpr int kTick = 100;  // milliseconds
 constexpr int kNarrowestWindow = 420;
 
-// Where the last list was printed to, or the person's documents.
+// Where the last list was printed to, or the person's documents where they have a folder for them.
 QString& LastFolder() {
-  static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+  static QString folder;
+  if (!folder.isEmpty()) return folder;
+  const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+  folder = QDir(documents).exists() ? documents : QDir::homePath();
   return folder;
 }
 
@@ -49,14 +53,15 @@ void RecipientPrintForm::PrintOn(const profile::Program& program, std::shared_pt
   status.Say({});
   if (printer->outputFormat() == QPrinter::PdfFormat) {
     const auto file = PathFromQt(printer->outputFileName());
-    const auto may_write = platform::MayWriteTo(file, program.prompts);
+    const auto may_write = platform::MayWriteTo(file, program.folders.OwnFiles(), program.prompts);
     if (!may_write) return status.Fail(may_write.error());
     if (!*may_write) return status.Say(InWords(platform::LeftLocked(file)));
-    LastFolder() = PathToQt(file.parent_path());
   }
+  const QString file = printer->outputFileName();
   RecipientPrintForm form(program, std::move(printer), heading, std::move(keys), parent);
   form.exec();
   const auto& outcome = form.outcome();
+  if (outcome && !file.isEmpty()) LastFolder() = QFileInfo(file).path();
   outcome ? status.Say(*outcome) : status.Fail(outcome.error());
 }
 

@@ -43,6 +43,7 @@ void WorkPanel::AddBeside(QPushButton* button) {
   panel_->AddBeside(button);
   panel_->show();
   panel_->button()->setEnabled(true);
+  panel_->button()->setAutoDefault(true);  // a dialog's own: Return presses it where the keyboard is on it
 }
 
 void WorkPanel::ShareLine() { panel_->PutButtonBesideBar(); }

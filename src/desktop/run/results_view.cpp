@@ -114,7 +114,7 @@ void ResultsView::Save() {
   const auto file = program_.prompts.PickSaveFile(
       {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
   if (file.empty()) return;
-  const auto may_write = platform::MayWriteTo(file, program_.prompts);
+  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (may_write && !*may_write) {
     count_->Say(InWords(platform::LeftLocked(file)));
     return;

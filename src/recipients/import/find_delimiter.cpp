@@ -20,8 +20,6 @@ constexpr std::string_view kPartsTexts = " \t:,;<>\"|";
 // The order in which they are preferred where several fit as well.
 constexpr std::array<std::size_t, 5> kPreference = {0, 4, 3, 1, 2};
 
-bool IsQuoted(std::string_view field) { return field.size() >= 2 && field.front() == '"' && field.back() == '"'; }
-
 std::string_view Unquoted(std::string_view field) {
   field = platform::Trim(field);
   return IsQuoted(field) ? platform::Trim(field.substr(1, field.size() - 2)) : field;
@@ -62,6 +60,8 @@ Fit FitOf(char delimiter, std::span<const std::string> lines) {
 }
 
 }  // namespace
+
+bool IsQuoted(std::string_view field) { return field.size() >= 2 && field.front() == '"' && field.back() == '"'; }
 
 bool IsBareAddress(std::string_view field) {
   field = Unquoted(field);

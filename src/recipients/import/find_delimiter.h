@@ -20,6 +20,8 @@ struct FoundDelimiter {
 // place of most lines; where there are no addresses, the one that cuts most lines into equally many fields.
 FoundDelimiter FindDelimiter(std::span<const std::string> lines);
 
+bool IsQuoted(std::string_view field);
+
 // Whether a field is an address with nothing but blanks or quotes around it, as far as a delimiter could have gone
 // wrong: there is nothing else that parts texts in it.
 bool IsBareAddress(std::string_view field);

@@ -24,6 +24,7 @@ struct ImportFindings {
   std::int64_t first_long_line = 0;
   std::int64_t open_quote_line = 0;  // of a quote that is never closed; 0: none
   std::optional<Delimiter> fitting;  // the delimiter that would fit the file, where another was used
+  bool addresses_in_quotes = false;  // stored with the quotes around them
   bool quotes_unread = false;        // its fields stand in quotes that were not looked at
   bool quotes_left = false;          // they were to be taken off a file of a format that has none
 

@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
+#include "recipients/import/find_delimiter.h"
 #include "recipients/import/import_sample.h"
 #include "recipients/import/import_writer.h"
 #include "recipients/import/reading_given_up.h"
@@ -92,6 +93,7 @@ Result<void> TakeLine(Run& run, const FieldLine& line) {
   const auto values = MapFields(line.fields, run.quotes, run.request.mapping);
   const auto address = FindAddress(values[kEmail], 0);
   if (!address) return run.writer.Ignore(values[kEmail]);
+  if (IsQuoted(platform::Trim(values[kEmail]))) run.outcome.findings.addresses_in_quotes = true;
   if (address->length != values[kEmail].size() && !IsBareAddress(values[kEmail])) {
     run.outcome.findings.NoteInText(values[kEmail]);
   } else if (platform::Trim(values[kEmail]).size() != values[kEmail].size()) {
@@ -111,11 +113,12 @@ Result<void> ImportLines(Run& run, FieldLines& lines) {
   return run.EndOf(read, taken);
 }
 
-// Where addresses stand in text, or most lines have none, the delimiter may be another one.
+// Where addresses stand in text or in quotes, or most lines have none, the delimiter may be another one.
 void LookAtDelimiter(const ImportRequest& request, const ImportPlaces& places, ImportOutcome& outcome) {
   auto& findings = outcome.findings;
   const auto& counts = outcome.counts;
-  const bool is_odd = findings.addresses_in_text > 0 || counts.ignored > counts.added + counts.duplicates;
+  const bool is_odd = findings.addresses_in_text > 0 || findings.addresses_in_quotes ||
+                      counts.ignored > counts.added + counts.duplicates;
   if (!is_odd || outcome.facts->format != FileFormat::kDelimited) return;
   ReadingOptions reading = request.reading;
   reading.known = outcome.facts->encoding;

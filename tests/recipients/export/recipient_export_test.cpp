@@ -10,10 +10,12 @@
 #include <csignal>
 #include <set>
 
+#include "profile/folders.h"
 #include "recipients/import/recipient_import.h"
 #include "recipients/store_fixture.h"
 #include "recipients/store_rows.h"
 #include "support/random_text.h"
+#include "support/scripted_prompts.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -229,6 +231,13 @@ TEST_F(ExportTest, NeverReplacesTheProgramsOwnFiles) {
   }
   EXPECT_EQ(FileText(store().file()), before);
   EXPECT_EQ(FileText(report), "kept");
+  // Before a question is asked that unlocks it, too, and by the names that the program itself keeps.
+  profile::Folders folders;
+  folders.data = folder_ / "";
+  fs::permissions(store().file(), fs::perms::owner_read);
+  test::ScriptedPrompts prompts;
+  EXPECT_FALSE(platform::MayWriteTo(folder_ / "hard.txt", folders.OwnFiles(), prompts));
+  EXPECT_TRUE(platform::IsLocked(store().file()) && prompts.shown.empty());
   for (const fs::path& file : {folder_ / "data" / "Templates" / "list.htm", folder_ / "database.txt"}) {
     EXPECT_FALSE(ExportToFile(store().file(), {"A", {}}, file, own, cancel_).error) << file;
   }
