@@ -7,7 +7,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
-#include <atomic>
 
 #include "desktop/recipients/field_list.h"
 #include "desktop/recipients/group_box.h"
@@ -28,11 +27,6 @@ namespace {
 constexpr int kTick = 100;  // milliseconds
 
 }  // namespace
-
-struct RecipientExportForm::Progress {
-  std::atomic<std::int64_t> done = 0;
-  std::atomic<std::int64_t> total = 0;
-};
 
 RecipientExportForm::RecipientExportForm(const profile::Program& program, const QString& group, QWidget* parent)
     : QDialog(parent),
@@ -179,12 +173,12 @@ void RecipientExportForm::Start() {
   if (const auto file = PathFromQt(file_->text()); platform::IsLocked(file)) return LeaveLocked(file);
   bar_->Count(0, 0);
   status_->Say(tr("Writing %1…").arg(file_->text()));
-  seen_ = std::make_shared<Progress>();
+  seen_ = std::make_shared<SharedCount>();
   task_->Start([this, store = program_.folders.Database(), own = program_.folders.OwnFiles(), request = Request(),
                 file = PathFromQt(file_->text()), seen = seen_](const platform::CancelToken& cancel) {
     const auto see = [seen](std::int64_t done, std::int64_t total) {
-      seen->total = total;
-      seen->done = done;
+      seen->total = static_cast<std::uint64_t>(total);
+      seen->done = static_cast<std::uint64_t>(done);
     };
     const auto outcome = recipients::ExportToFile(store, request, file, own, cancel, see);
     return [this, outcome] {
@@ -197,9 +191,7 @@ void RecipientExportForm::Start() {
   progress_->button()->setFocus();
 }
 
-void RecipientExportForm::TakeProgress() {
-  bar_->Count(static_cast<std::uint64_t>(seen_->done), static_cast<std::uint64_t>(seen_->total));
-}
+void RecipientExportForm::TakeProgress() { bar_->Count(*seen_); }
 
 void RecipientExportForm::ShowEnd(const recipients::ExportOutcome& outcome) {
   EnableControls();

@@ -21,6 +21,7 @@ class QTimer;
 namespace quillcast::desktop {
 
 class CountBar;
+struct SharedCount;
 class FieldList;
 class FormColumn;
 class ProgressPanel;
@@ -38,8 +39,6 @@ class RecipientExportForm final : public QDialog {
   void reject() override;
 
  private:
-  struct Progress;
-
   void MakeWindow();
   void AddFormats(FormColumn* column);
   void EnableControls();
@@ -70,7 +69,7 @@ class RecipientExportForm final : public QDialog {
   ProgressPanel* progress_;
   CountBar* bar_;
   QPushButton* export_;
-  std::shared_ptr<Progress> seen_;  // shared with the thread that exports
+  std::shared_ptr<SharedCount> seen_;  // shared with the thread that exports
   GiveUp give_up_;
 };
 

@@ -23,6 +23,7 @@ class QTimer;
 namespace quillcast::desktop {
 
 class CountBar;
+struct SharedCount;
 class FormColumn;
 class ImportMappingPanel;
 class ImportSampleTable;
@@ -49,7 +50,6 @@ class RecipientImportForm final : public QDialog {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  struct Progress;
   // What a look is for, beside showing the first lines.
   struct Wish {
     bool is_new_file = false;  // its delimiter is found out
@@ -165,7 +165,7 @@ class RecipientImportForm final : public QDialog {
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
   std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there
-  std::shared_ptr<Progress> seen_;                      // shared with the thread that imports
+  std::shared_ptr<SharedCount> seen_;                   // shared with the thread that imports
   QString said_;
   GiveUp give_up_;
 };

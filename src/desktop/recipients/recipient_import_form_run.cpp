@@ -5,7 +5,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
-#include <atomic>
 
 #include "desktop/recipients/import_mapping_panel.h"
 #include "desktop/recipients/recipient_import_form.h"
@@ -21,11 +20,6 @@ namespace {
 constexpr int kTick = 100;  // milliseconds
 
 }  // namespace
-
-struct RecipientImportForm::Progress {
-  std::atomic<std::uint64_t> done = 0;
-  std::atomic<std::uint64_t> total = 0;
-};
 
 recipients::ImportForm RecipientImportForm::Form() const {
   using recipients::ImportMode;
@@ -80,7 +74,7 @@ void RecipientImportForm::Start() {
   bar_->Count(0, 1);
   Warn({});
   status_->Say(tr("Reading %1…").arg(file_->text()));
-  seen_ = std::make_shared<Progress>();
+  seen_ = std::make_shared<SharedCount>();
   const recipients::ImportPlaces places{program_.folders.Database(), program_.folders.ImportReport(),
                                         platform::LocaleCodeset()};
   task_->Start([this, places, request = Request(), seen = seen_](const platform::CancelToken& cancel) {
@@ -104,7 +98,7 @@ void RecipientImportForm::Start() {
   progress_->button()->setFocus();
 }
 
-void RecipientImportForm::TakeProgress() { bar_->Count(seen_->done, seen_->total); }
+void RecipientImportForm::TakeProgress() { bar_->Count(*seen_); }
 
 void RecipientImportForm::ShowEnd(const recipients::ImportOutcome& outcome) {
   EnableControls();

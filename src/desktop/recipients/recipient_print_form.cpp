@@ -33,10 +33,6 @@ QString& LastFolder() {
 
 }  // namespace
 
-struct RecipientPrintForm::Progress {
-  std::atomic<std::size_t> done = 0;
-};
-
 void RecipientPrintForm::Print(const profile::Program& program, const QString& heading, std::vector<std::int64_t> keys,
                                StatusLine& status, QWidget* parent) {
   auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
@@ -67,7 +63,10 @@ void RecipientPrintForm::PrintOn(const profile::Program& program, std::shared_pt
 
 RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::shared_ptr<QPrinter> printer,
                                        const QString& heading, std::vector<std::int64_t> keys, QWidget* parent)
-    : QDialog(parent), task_(new BackgroundTask(this)), tick_(new QTimer(this)), seen_(std::make_shared<Progress>()) {
+    : QDialog(parent),
+      task_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      seen_(std::make_shared<SharedCount>()) {
   setObjectName("RecipientPrintForm");
   setWindowTitle(tr("Print"));
   setMinimumWidth(kNarrowestWindow);
@@ -75,7 +74,8 @@ RecipientPrintForm::RecipientPrintForm(const profile::Program& program, std::sha
   auto* progress = column->Add(new ProgressPanel("CancelButton", tr("Cancel"), this));
   bar_ = progress->AddBar("ProgressBar", tr("Recipients printed:"));
   connect(progress, &ProgressPanel::Pressed, this, &RecipientPrintForm::reject);
-  connect(tick_, &QTimer::timeout, this, [this, total = keys.size()] { bar_->Count(seen_->done, total); });
+  connect(tick_, &QTimer::timeout, this, [this] { bar_->Count(*seen_); });
+  seen_->total = keys.size();
   tick_->start(kTick);
   const QString file = printer->outputFileName();
   task_->Start([this, file, printer = std::move(printer), heading, keys = std::move(keys),

@@ -15,6 +15,7 @@ class QTimer;
 namespace quillcast::desktop {
 
 class CountBar;
+struct SharedCount;
 class StatusLine;
 
 class RecipientPrintForm final : public QDialog {
@@ -38,14 +39,12 @@ class RecipientPrintForm final : public QDialog {
   void reject() override;  // ends it
 
  private:
-  struct Progress;
-
   void End(const Result<int>& pages, const QString& file);
 
   BackgroundTask* task_;
   QTimer* tick_;
   CountBar* bar_;
-  std::shared_ptr<Progress> seen_;  // shared with the thread that prints
+  std::shared_ptr<SharedCount> seen_;  // shared with the thread that prints
   bool is_cancelled_ = false;
   Result<QString> outcome_{QString()};
 };

@@ -4,7 +4,6 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/progress_panel.h"
 
 namespace quillcast::desktop {
@@ -59,7 +58,7 @@ void WorkPanel::Cancel() {
 
 void WorkPanel::Begin() {
   was_cancelled_ = false;
-  counts_ = std::make_shared<Counts>();
+  counts_ = std::make_shared<SharedCount>();
   panel_->show();
   panel_->button()->setEnabled(true);
   tick_->start();
@@ -75,8 +74,7 @@ void WorkPanel::End() {
 }
 
 void WorkPanel::ShowCounts() {
-  const std::int64_t total = counts_->total;
-  if (total > 0) bar_->Count(static_cast<std::uint64_t>(counts_->rows.load()), static_cast<std::uint64_t>(total));
+  if (counts_->total > 0) bar_->Count(*counts_);
 }
 
 }  // namespace quillcast::desktop

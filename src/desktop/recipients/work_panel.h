@@ -2,12 +2,12 @@
 #pragma once
 
 #include <QWidget>
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/note.h"
 #include "profile/program.h"
 #include "recipients/progress.h"
@@ -18,7 +18,6 @@ class QTimer;
 
 namespace quillcast::desktop {
 
-class CountBar;
 class ProgressPanel;
 
 // One piece of work at a time. The window disables its own controls from Started to Ended.
@@ -39,8 +38,8 @@ class WorkPanel final : public QWidget {
                   done = std::move(done)](const platform::CancelToken& cancel) {
       recipients::RecipientStore store(file, {.cancel = &cancel});
       auto result = std::make_shared<Result<T>>(work(store, [counts](std::int64_t rows, std::int64_t total) {
-        counts->rows = rows;
-        counts->total = total;
+        counts->total = static_cast<std::uint64_t>(total);
+        counts->done = static_cast<std::uint64_t>(rows);
       }));
       return [this, result, done] {
         End();
@@ -65,10 +64,6 @@ class WorkPanel final : public QWidget {
   void Closing();
 
  private:
-  struct Counts {
-    std::atomic<std::int64_t> rows = 0;
-    std::atomic<std::int64_t> total = 0;
-  };
   void Begin();
   void End();
   void ShowCounts();
@@ -77,7 +72,7 @@ class WorkPanel final : public QWidget {
   bool closes_ = false;
   bool was_cancelled_ = false;
   const profile::Program& program_;
-  std::shared_ptr<Counts> counts_;
+  std::shared_ptr<SharedCount> counts_;
   BackgroundTask* task_;
   QTimer* tick_;
   ProgressPanel* panel_;
