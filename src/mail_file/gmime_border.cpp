@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+#include "charset/charset.h"
 #include "mime/uuencode.h"
 #include "platform/result.h"
 #include "platform/text.h"
@@ -51,11 +52,14 @@ std::string ForGMime(std::string_view text, std::size_t longest) {
   return out;
 }
 
+// The system's converter takes more for UTF-8 than that is, and GMime what it is told.
+std::string Repaired(std::string text) {
+  return platform::IsUtf8(text) ? std::move(text) : charset::Charset::Utf8().Decode(text);
+}
+
 std::string Utf8(const char* text) {
   if (text == nullptr) return {};
-  if (platform::IsUtf8(text)) return text;
-  auto converted = ConvertToUtf8(text, "utf-8");
-  return converted ? std::move(converted->text) : std::string();
+  return Repaired(text);
 }
 
 void TakeParameters(GMimeParamList* list, ParameterizedValue& out) {
@@ -156,6 +160,7 @@ std::optional<ConvertedText> ConvertToUtf8(std::string_view bytes, std::string_v
     ++from;
     --left;
   }
+  out.text = Repaired(std::move(out.text));
   return out;
 }
 
