@@ -32,6 +32,7 @@
 #include <tuple>
 
 #include "desktop/document/html_editor.h"
+#include "desktop/layout_requests.h"
 #include "desktop/main_window.h"
 #include "desktop/run/pictures_panel.h"
 #include "desktop/run/preview_form.h"
@@ -66,6 +67,8 @@ class MainFormTest : public QObject {
     QVERIFY(scene.window->findChild<QPushButton*>("FillInButton") != nullptr);
     QVERIFY(!scene.Editor().IsModified());
     QVERIFY(scene.window->minimumWidth() >= 640 && scene.window->minimumHeight() >= 495);
+    test::LayoutRequests requests(*scene.window);
+    QTRY_COMPARE(requests.Within(100), 0);
   }
 
   void noLetterStandsForTwoControls() {
@@ -344,14 +347,26 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.Open();
     auto& label = scene.Find<QLabel>("DocumentLabel");
+    // All of it is seen at the edge, in the line of the menus.
+    const auto stands_in_line = [&] {
+      const QRect menu = scene.window->menuBar()->actionGeometry(scene.window->menuBar()->actions().front());
+      return label.width() == label.sizeHint().width() &&
+             label.geometry().right() == label.parentWidget()->width() - 1 && label.y() == menu.y() &&
+             label.height() == menu.height();
+    };
     QCOMPARE(scene.window->windowTitle(), QString("Tarnwick Quillcast Classic Edition"));
     QCOMPARE(label.text(), QString("New message"));
+    QTRY_VERIFY(stands_in_line());
     scene.Editor().InsertHtml("<p>x</p>");
     QTRY_COMPARE(label.text(), QString("New message, not saved"));
+    QTRY_VERIFY(stands_in_line());
     const auto file = scene.rig.folder.path() / (std::string(60, 'w') + " Spring.html");
     scene.rig.prompts.files = {file};
     scene.window->Dispatch(CommandId::kSave);
     QVERIFY2(label.text().contains(u'\u2026') && label.text().endsWith("Spring.html"), qPrintable(label.text()));
+    scene.window->resize(scene.window->minimumSize());
+    QTRY_VERIFY(stands_in_line());
+    QVERIFY(!scene.Find<QWidget>("qt_menubar_ext_button").isVisible());  // it leaves the menus their room
     QCOMPARE(label.toolTip(), PathToQt(file));
     // Saved, it names its character set, and is the same again at the next start.
     QVERIFY(platform::ReadFile(file, 1000)->starts_with("<html><head><meta charset=\"utf-8\"></head>"));

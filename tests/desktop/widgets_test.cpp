@@ -21,6 +21,7 @@
 #include <memory>
 #include <thread>
 
+#include "desktop/layout_requests.h"
 #include "desktop/seen_colours.h"
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/contrast.h"
@@ -332,6 +333,13 @@ class WidgetsTest : public QObject {
         }
       }
       QCOMPARE(lines.size(), 1);
+      test::LayoutRequests requests(dialog);
+      QTRY_COMPARE(requests.Within(100), 0);
+      QFont larger = dialog.font();
+      larger.setPointSize(2 * larger.pointSize());
+      dialog.setFont(larger);
+      fields.at(1)->hide();
+      QTRY_COMPARE(requests.Within(100), 0);
       auto* label = dialog.findChild<QLabel*>();
       QCOMPARE(label->buddy(), fields.front());
       fields.front()->setEnabled(false);

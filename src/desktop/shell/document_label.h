@@ -15,6 +15,9 @@ class DocumentLabel final : public QLabel {
   void ShowName(const std::filesystem::path& file);
   void ShowChanged(bool is_changed);
 
+  // As high as the menus beside it.
+  QSize sizeHint() const override;
+
  private:
   void Refresh();
 

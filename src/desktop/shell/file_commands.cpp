@@ -157,8 +157,7 @@ void PrintMessage(Shell& shell) {
 }
 
 void ShowProperties(Shell& shell) {
-  document::MessageDocument message = shell.Message();
-  message.html = FromQt(shell.editor.Html());  // as the document has it
+  document::MessageDocument message = shell.MessageAsItStands();
   const auto account = account::AccountSettings::Load(shell.program.settings);
   const bool has_text_part = !account || account->IsOn(account::AccountKey::kTextPart);
   PropertiesForm(std::move(message), shell.document.FileName(), has_text_part, &shell.window).exec();

@@ -38,14 +38,19 @@ void Shell::Tell(const Result<void>& result) {
   Say(InWords(result.error()));
 }
 
-document::MessageDocument Shell::Message() {
+document::MessageDocument Shell::MessageAsItStands() {
   body.LeaveSource();
   document::MessageDocument message;
   header.Collect(message);
   message.html = FromQt(editor.Html());
-  if (document.HasUnsavedChanges() || document.FileName().empty()) NameCharset(message.html, program.settings);
   message.base_folder = document.BaseFolder();
   message.picture_places = document.picture_places();
+  return message;
+}
+
+document::MessageDocument Shell::Message() {
+  document::MessageDocument message = MessageAsItStands();
+  if (document.HasUnsavedChanges() || document.FileName().empty()) NameCharset(message.html, program.settings);
   return message;
 }
 

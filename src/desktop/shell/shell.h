@@ -43,6 +43,8 @@ struct Shell {
   void Tell(const Result<void>& result);
 
   // The whole message as it stands there. Leaves the source.
+  document::MessageDocument MessageAsItStands();
+  // The same as it is sent and saved: what is no file yet names its character set.
   document::MessageDocument Message();
   // The same with group and method.
   document::Draft AsDraft();

@@ -129,7 +129,8 @@ int FormGrid::LabelsEnd() const {
   return Inset() + width;
 }
 
-// Each grid makes room for the label that reaches furthest in any of them.
+// Each grid makes room for the label that reaches furthest in any of them. A width that is set, if only to what it was,
+// has the grid ask for its place again, which brings us here.
 void FormGrid::Align() const {
   std::vector<const FormGrid*> grids;
   for (const FormGrid* grid : window()->findChildren<FormGrid*>()) {
@@ -137,7 +138,10 @@ void FormGrid::Align() const {
   }
   int end = 0;
   for (const FormGrid* grid : grids) end = std::max(end, grid->LabelsEnd());
-  for (const FormGrid* grid : grids) grid->rows_->setColumnMinimumWidth(0, end + kGap - grid->Inset());
+  for (const FormGrid* grid : grids) {
+    const int width = end + kGap - grid->Inset();
+    if (grid->rows_->columnMinimumWidth(0) != width) grid->rows_->setColumnMinimumWidth(0, width);
+  }
 }
 
 }  // namespace quillcast::desktop
