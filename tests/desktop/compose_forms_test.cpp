@@ -490,8 +490,13 @@ class ComposeFormsTest : public QObject {
     QVERIFY(!form.isVisible());
 
     PropertiesForm fresh({}, {}, true, nullptr);
+    const auto empty = [&fresh] {
+      return fresh.findChild<QWidget*>("LinksList")->findChild<QLabel*>("EmptyState")->text();
+    };
+    QCOMPARE(empty(), QString("Looking at the message…"));
     QSignalSpy nothing(&fresh, &PropertiesForm::Known);
     QVERIFY(nothing.wait());
+    QCOMPARE(empty(), QString("The message has no links."));
     for (const auto& [name, text] : std::initializer_list<std::pair<const char*, const char*>>{
              {"LocationLabel", "Unsaved"}, {"TitleLabel", "Not Available"}, {"DirectionLabel", "None"}})
       QCOMPARE(TextOf(fresh, name), QString(text));

@@ -71,21 +71,19 @@ void PropertiesForm::BuildWindow() {
   }
   column->Add(status_);
   tabs_->setObjectName("PropertiesTabs");
-  finding_list_ = AddList("FindingsList", tr("What would hurt the mailing"),
-                          tr("Nothing was found that would hurt the mailing."), findings_);
-  link_list_ = AddList("LinksList", tr("Links"), tr("The message has no links."), links_);
-  picture_list_ = AddList("PicturesList", tr("Pictures"), tr("The message has no pictures."), pictures_);
+  finding_list_ = AddList("FindingsList", tr("What would hurt the mailing"), findings_);
+  link_list_ = AddList("LinksList", tr("Links"), links_);
+  picture_list_ = AddList("PicturesList", tr("Pictures"), pictures_);
   column->Add(tabs_, 1);
   auto* buttons = column->AddButtons(QDialogButtonBox::Close);
   buttons->button(QDialogButtonBox::Close)->setFocus();
 }
 
-RowList* PropertiesForm::AddList(const char* name, const QString& title, const QString& empty,
-                                 std::vector<QString>& rows) {
+RowList* PropertiesForm::AddList(const char* name, const QString& title, std::vector<QString>& rows) {
   auto* list = new RowList(
       name, title, std::vector<RowColumn>(1), [&rows](std::size_t row, int) { return rows.at(row); }, this);
   list->SetLongText(LongText::kWrapped);
-  list->SetEmptyText(empty);
+  list->SetEmptyText(tr("Looking at the message…"));
   tabs_->addTab(list, title);
   return list;
 }
@@ -117,7 +115,13 @@ void PropertiesForm::Show(const MessageProperties& properties) {
 }
 
 void PropertiesForm::Show(const Result<document::DocumentLook>& look) {
-  if (!look) return status_->Fail(look.error());
+  if (!look) {
+    for (RowList* list : {finding_list_, link_list_, picture_list_}) list->SetEmptyText({});
+    return status_->Fail(look.error());
+  }
+  finding_list_->SetEmptyText(tr("Nothing was found that would hurt the mailing."));
+  link_list_->SetEmptyText(tr("The message has no links."));
+  picture_list_->SetEmptyText(tr("The message has no pictures."));
   status_->Say(InWords(SizeOf(*look)));
   tabs_->setEnabled(true);
   const QStringList found = InWords(look->findings);

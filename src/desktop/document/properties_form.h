@@ -30,7 +30,7 @@ class PropertiesForm final : public QDialog {
 
  private:
   void BuildWindow();
-  RowList* AddList(const char* name, const QString& title, const QString& empty, std::vector<QString>& rows);
+  RowList* AddList(const char* name, const QString& title, std::vector<QString>& rows);
   void LookAt(document::MessageDocument document, std::filesystem::path file, bool has_text_part);
   void Show(const document::MessageProperties& properties);
   void Show(const Result<document::DocumentLook>& look);
