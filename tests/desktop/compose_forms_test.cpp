@@ -13,6 +13,7 @@
 #include <QTabWidget>
 #include <array>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "desktop/document/body_form.h"
@@ -355,13 +356,40 @@ class ComposeFormsTest : public QObject {
     QCOMPARE(ToQt(test::ReadAll(file)).contains("<p>mine</p>"), saved.startsWith('<'));
     QCOMPARE(scene.Find<QLineEdit>("SubjectTextBox").text(), QString("Papers"));
     QCOMPARE(!scene.Notice().isEmpty(), is_draft);
-    if (replaced) {  // what was filled in is in no file, so it is not lost
-      scene.Find<QLineEdit>("SubjectTextBox").clear();
-      scene.window->Dispatch(CommandId::kNew);
-      QCOMPARE(scene.rig.Shown(), QString());
-      QVERIFY(!scene.Editor().Html().contains("<p>kept</p>") && !scene.Notice().isEmpty());
-    }
     scene.window->skip_save_prompt = true;
+  }
+
+  // It is in no file.
+  void whatATemplateFilledInIsNeverLost() {
+    const auto use_template = [](Scene& scene) {
+      test::WhileOpen("TemplateForm", [](QDialog& form) {
+        form.findChild<QListWidget*>("OwnListBox")->setCurrentRow(0);
+        Press(form);
+        QTRY_VERIFY(!form.isVisible());
+      });
+      scene.window->Dispatch(CommandId::kTemplate);
+    };
+    for (const auto& [way, shown, leave] :
+         std::vector<std::tuple<const char*, const char*, std::function<void(Scene&)>>>{
+             {"New", "", [](Scene& scene) { scene.window->Dispatch(CommandId::kNew); }},
+             {"Open", "open: Open", [](Scene& scene) { scene.window->Dispatch(CommandId::kOpen); }},
+             {"a second one", "", use_template}}) {
+      Scene scene;
+      scene.rig.FillInAccount();
+      scene.rig.AddGroup("Customers", {"bob@example.net"});
+      const document::OwnTemplates own(scene.rig.folders.Templates());
+      QVERIFY(own.Keep("Monthly", {"<html><body><p>first</p></body></html>", {}, {}}, document::IfThere::kFail));
+      scene.Open();
+      use_template(scene);
+      QVERIFY2(scene.Editor().Html().contains("<p>first</p>") && scene.Notice().isEmpty(), way);
+      QVERIFY(own.Keep("Monthly", {"<html><body><p>next</p></body></html>", {}, {}}, document::IfThere::kReplace));
+      scene.rig.prompts.files = {scene.rig.folder.Write("other.html", "<p>other</p>")};
+      leave(scene);
+      QCOMPARE(QString(way) + ": " + scene.rig.Shown(), QString(way) + ": " + shown);
+      QVERIFY2(!scene.Editor().Html().contains("<p>first</p>") && !scene.Notice().isEmpty(), way);
+      QVERIFY(ToQt(document::Drafts(scene.rig.folders.data).ReadOffered()->document.html).contains("<p>first</p>"));
+      scene.window->skip_save_prompt = true;
+    }
   }
 
   void thePreviewFollowsWhatIsTyped() {

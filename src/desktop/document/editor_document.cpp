@@ -96,17 +96,25 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
   return Error{Failure::kInternal, "The editor did not take the document.", "Try it once more."};
 }
 
+// The other fields stand in the window still, so they alone are nothing that would be lost.
+Result<void> EditorDocument::Leave() { return is_changed_ || HasUnsavedChanges() ? SetAside() : Result<void>(); }
+
 Result<void> EditorDocument::Open(const fs::path& file) {
   auto read = document::ReadBodyFile(file);
   if (!read) return read.error();
+  auto left = Leave();
+  return left ? ShowFile(file, *std::move(read)) : left;
+}
+
+Result<void> EditorDocument::ShowFile(const fs::path& file, document::BodyFile read) {
   const bool is_text = platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt");
   const fs::path absolute = fs::absolute(file, IgnoreErrors());
-  auto shown = Show(is_text ? document::HtmlFromText(read->text) : read->text, absolute.parent_path());
+  auto shown = Show(is_text ? document::HtmlFromText(read.text) : read.text, absolute.parent_path());
   if (!shown) return shown;
   // A text becomes a document of its own: saved under the text's name it would no longer be text.
   if (!is_text) {
     Name(absolute);
-    read_ = std::move(*read);
+    read_ = std::move(read);
   }
   IgnoreErrors(KeepFields());  // nothing is changed yet
   return {};
@@ -120,6 +128,8 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 }
 
 Result<void> EditorDocument::StartFrom(const std::string& letter) {
+  auto left = Leave();
+  if (!left) return left;
   auto started = StartNew(letter);
   if (!started) return started;
   is_changed_ = true;
@@ -153,14 +163,15 @@ Result<document::Draft> EditorDocument::Recover() {
   if (!draft) return draft;
   const auto aside = SetAside();
   if (!aside) return aside.error();
+  std::optional<document::BodyFile> file;  // where it holds the body
   if (!draft->file.empty() && !draft->is_changed) {
-    const auto file = document::ReadBodyFile(draft->file);
+    auto read = document::ReadBodyFile(draft->file);
     const std::string& html = draft->document.html;
-    draft->is_changed = !file || (file->text != html && file->text != document::WithCharset(html, file->encoding));
+    draft->is_changed = !read || (read->text != html && read->text != document::WithCharset(html, read->encoding));
+    if (!draft->is_changed) file = *std::move(read);
   }
-  const bool is_in_file = !draft->file.empty() && !draft->is_changed;
-  const auto shown =
-      is_in_file ? Open(draft->file) : Show(draft->document.html, draft->document.base_folder, draft->is_changed);
+  const auto shown = file ? ShowFile(draft->file, *std::move(file))
+                          : Show(draft->document.html, draft->document.base_folder, draft->is_changed);
   if (!shown) return shown.error();
   const auto kept = drafts_.Keep(*draft);
   if (!kept) return kept.error();

@@ -44,12 +44,13 @@ class EditorDocument final : public document::EditedDocument {
   Result<void> SaveTo(const std::filesystem::path& file) override;
   platform::OwnFiles OwnFiles() const override { return folders_.OwnFiles(); }
 
-  // In place of what is in the editor, without a question. A text file becomes HTML that has no file yet. What cannot
-  // be read leaves the editor as it was.
+  // In place of what is in the editor, without a question; work in it that is in no file becomes a draft. A text file
+  // becomes HTML that has no file yet. What cannot be read, or kept, leaves the editor as it was.
   Result<void> Open(const std::filesystem::path& file);
-  // A document without a name, which counts as unchanged.
+  // A document without a name, which counts as unchanged. Nothing is kept of what was in the editor.
   Result<void> StartNew(const std::string& html);
-  // The same with a letter that was filled in and is in no file: leaving it asks nothing, but keeps it as a draft.
+  // In place of what is in the editor, as Open is, a letter that was filled in and is in no file: leaving it asks
+  // nothing, but keeps it as a draft.
   Result<void> StartFrom(const std::string& letter);
 
   // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
@@ -71,6 +72,8 @@ class EditorDocument final : public document::EditedDocument {
  private:
   void Name(const std::filesystem::path& file);
   Result<void> SetAsideEarlier();
+  Result<void> Leave();
+  Result<void> ShowFile(const std::filesystem::path& file, document::BodyFile read);
   Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
   HtmlEditor& editor_;
   QMetaObject::Connection snapshots_;

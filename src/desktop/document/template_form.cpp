@@ -236,10 +236,6 @@ bool TemplateForm::MayReplace() {
 void TemplateForm::Replace(const Result<std::string>& html) {
   SetBusy(false);
   if (!html) return status_->Fail(html.error());
-  if (document_.HasUnsavedChanges()) {
-    const auto aside = document_.SetAside();
-    if (!aside) return status_->Fail(aside.error());
-  }
   const auto started = document_.StartFrom(*html);
   if (!started) return status_->Fail(started.error());
   QDialog::accept();

@@ -46,6 +46,14 @@ void StartOver(Shell& shell) {
   shell.notices.Refresh();
 }
 
+bool ShowFile(Shell& shell, const std::filesystem::path& file) {
+  const auto opened = shell.document.Open(file);
+  shell.Tell(opened);
+  shell.AskAboutPictures();
+  shell.notices.Refresh();
+  return static_cast<bool>(opened);
+}
+
 // What stands as a link made it is nobody's work: the next link takes its place without a question and a draft.
 bool IsAsItsLinkMadeIt(Shell& shell) { return shell.from_link == shell.AsDraft(); }
 
@@ -87,18 +95,15 @@ void OpenDocument(Shell& shell) {
   shell.body.LeaveSource();
   const auto file = document::PickDocumentToOpen(shell.document, shell.program.prompts);
   if (!file) shell.Tell(file.error());
-  if (file && !file->empty()) shell.Tell(shell.document.Open(*file));
-  shell.AskAboutPictures();
+  if (file && !file->empty()) ShowFile(shell, *file);
   shell.editor.setFocus();
 }
 
 bool OpenFile(Shell& shell, const std::filesystem::path& file) {
   if (!shell.MayLeaveDocument()) return false;
-  const auto opened = shell.document.Open(file);
-  shell.Tell(opened);
-  shell.AskAboutPictures();
+  const bool is_shown = ShowFile(shell, file);
   shell.editor.setFocus();
-  return static_cast<bool>(opened);
+  return is_shown;
 }
 
 void OpenRecent(Shell& shell, const std::filesystem::path& file) {
