@@ -287,6 +287,14 @@ class ComposeFormsTest : public QObject {
     TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
     form.show();
     QCOMPARE(test::RowsOf(form, "EmailListBox"), QStringList({"Government", "Health", "Legal", "Sports", "Travel"}));
+    QStringList by_tab;
+    for (const QWidget* at = form.nextInFocusChain(); at != &form; at = at->nextInFocusChain()) {
+      const bool is_stop = at->isVisible() && at->isEnabled() && (at->focusPolicy() & Qt::TabFocus) != 0;
+      if (is_stop && !at->objectName().isEmpty()) by_tab << at->objectName();
+    }
+    QCOMPARE(by_tab.join(' '),
+             QString("EmailListBox CompanyTextBox WebSiteTextBox EmailTextBox SubjectTextBox OwnListBox KeepButton "
+                     "ImportButton OKButton CancelButton"));
     const std::array<std::array<const char*, 3>, 5> steps = {
         {{"Please select a template.", "EmailListBox", ""},
          {"Please enter your company name.", "CompanyTextBox", "Hills & Sea, with www.tarnwickco.example"},

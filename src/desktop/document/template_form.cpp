@@ -108,6 +108,7 @@ QWidget* TemplateForm::MakeChoices() {
   column->setContentsMargins(0, 0, 0, 0);
   auto* box = new QGroupBox(tr("Designs"), choices);
   auto* rows = new QVBoxLayout(box);
+  LetFollow(designs_);
   rows->addWidget(designs_);
   auto* grid = new FormGrid(box);
   rows->addWidget(grid);
