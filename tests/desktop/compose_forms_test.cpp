@@ -440,11 +440,16 @@ class ComposeFormsTest : public QObject {
         QCOMPARE(dialog.isVisible(), refused != nullptr);
         if (refused == nullptr) return;
         QCOMPARE(TextOf(dialog, "StatusLine"), QString(refused));
+        QTest::qWait(1);  // until it is laid out
+        const auto* line = dialog.findChild<QLabel*>("StatusLine");
+        QVERIFY2(line->height() >= line->heightForWidth(line->width()), "it is cut");
         QCOMPARE(dialog.focusWidget()->objectName(), QString("NameTextBox"));
       });
     };
     QVERIFY(!form.findChild<QPushButton*>("DeleteButton")->isEnabled());
     name("travel", "That is the name of a design. Please enter another one.");
+    PressNamed(form, "KeepButton");
+    name(".hidden", "The name of a template begins with no dot and no blank, and ends with no blank.");
     PressNamed(form, "KeepButton");
     name(" Monthly ");
     PressNamed(form, "KeepButton");

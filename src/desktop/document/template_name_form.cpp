@@ -1,6 +1,7 @@
 #include "desktop/document/template_name_form.h"
 
 #include <QLineEdit>
+#include <algorithm>
 
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
@@ -30,11 +31,17 @@ TemplateNameForm::TemplateNameForm(platform::Prompts& prompts, const document::O
 
 QString TemplateNameForm::name() const { return name_->text().trimmed(); }
 
+// Of more lines than there was room for.
+void TemplateNameForm::Complain(const QString& sentence) {
+  status_->Say(sentence, NoteKind::kFailure);
+  layout()->activate();
+  resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
+}
+
 void TemplateNameForm::accept() {
   name_->setFocus();
   const std::string typed = FromQt(name());
-  if (const auto complaint = document::CheckTemplateName(typed))
-    return status_->Say(InWords(complaint->reason), NoteKind::kFailure);
+  if (const auto complaint = document::CheckTemplateName(typed)) return Complain(InWords(complaint->reason));
   if (name() != present_ && own_.Has(typed)) {
     const auto question = Say("There is a template “{}” already.\r\nWould you like to replace it?", typed);
     if (prompts_.Ask(FromQt(InWords(question))) != platform::Answer::kYes) return;

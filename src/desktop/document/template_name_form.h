@@ -31,6 +31,8 @@ class TemplateNameForm final : public QDialog {
   void accept() override;
 
  private:
+  void Complain(const QString& sentence);
+
   platform::Prompts& prompts_;
   const document::OwnTemplates& own_;
   QString present_;
