@@ -27,6 +27,7 @@
 #include "desktop/document/template_form.h"
 #include "desktop/main_window.h"
 #include "desktop/shell/command_table.h"
+#include "desktop/widgets/empty_state.h"
 #include "document/body_colours.h"
 #include "document/document_pictures.h"
 #include "document/own_templates.h"
@@ -425,6 +426,47 @@ class ComposeFormsTest : public QObject {
     QCOMPARE(preview->Evaluate("Array.from(document.images).every(image => image.naturalWidth > 0)").toBool(), true);
   }
 
+  void aTemplateFolderThatCannotBeReadIsTold() {
+    Desk desk;
+    QVERIFY(platform::ReplaceFile(desk.rig.folders.Templates(), "in the way"));
+    TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+    form.show();
+    QTRY_VERIFY2(TextOf(form, "StatusLine").contains("Templates"), qPrintable(TextOf(form, "StatusLine")));
+    const auto* empty = form.findChild<QListWidget*>("OwnListBox")->findChild<EmptyState*>();
+    QVERIFY2(empty->isVisible() && !empty->text().startsWith("None"), qPrintable(empty->text()));
+  }
+
+  // A picture that takes its time: longer than it takes to close the window.
+  void whatIsClosedInTheMiddleOfACopyKeepsNothing() {
+    Desk desk;
+    const auto picture = desk.rig.folder.Write("letter/sea.png", PngBytes());
+    std::filesystem::resize_file(picture, std::uintmax_t{256} * 1024 * 1024);
+    QVERIFY(
+        desk.document.Open(desk.rig.folder.Write("letter/a.html", "<html><body><img src=\"sea.png\"></body></html>")));
+    const document::OwnTemplates own(desk.rig.folders.Templates());
+    {
+      TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+      form.show();
+      test::WhileOpen("TemplateNameForm", [](QDialog& dialog) {
+        Enter(dialog, "NameTextBox", "Monthly");
+        Press(dialog);
+      });
+      PressNamed(form, "KeepButton");
+      QCOMPARE(TextOf(form, "StatusLine"), QString("Copying… Cancel gives it up."));
+      Press(form);  // would give it up, too
+      QVERIFY(form.isVisible());
+      Press(form, QDialogButtonBox::Cancel);
+    }
+    QVERIFY(!own.Has("Monthly"));
+    SignatureManagerForm form(desk.rig.program, nullptr);
+    form.show();
+    QVERIFY(QSignalSpy(&form, &SignatureManagerForm::Ready).wait());
+    auto* editor = form.findChild<HtmlEditor*>("SignatureEditor");
+    QVERIFY(editor->SetHtml("<img src=\"" + ToQt(document::FileAddress(picture)) + "\">"));
+    Press(form, QDialogButtonBox::Save);
+    QCOMPARE(TextOf(form, "StatusLine"), QString("Copying the pictures… Close gives it up."));
+  }
+
   void ownTemplatesAreKeptAndGivenAway() {
     Desk desk;
     desk.rig.folder.Write("letter/sea.png", PngBytes());
@@ -626,8 +668,8 @@ class ComposeFormsTest : public QObject {
     QVERIFY(
         platform::ReplaceFile(rig.folders.settings, "no database at all, but longer than a page of one needs to be"));
     Press(open, QDialogButtonBox::Save);
-    QTRY_VERIFY(!TextOf(open, "StatusLine").isEmpty());
-    QVERIFY(open.isVisible() && open.findChild<QPushButton*>("SaveButton")->isEnabled());
+    QTRY_VERIFY(open.findChild<QPushButton*>("SaveButton")->isEnabled());
+    QVERIFY(open.isVisible() && !TextOf(open, "StatusLine").isEmpty());
     SignatureManagerForm form(rig.program, nullptr);
     form.show();
     QTRY_VERIFY(!TextOf(form, "StatusLine").isEmpty());

@@ -36,7 +36,7 @@ OwnTemplatesBox::OwnTemplatesBox(const profile::Program& program, std::function<
   list_->setAccessibleName(tr("Your own templates"));
   list_->setMinimumHeight(kLeastHeight);
   new FirstKey(list_);
-  new EmptyState(list_, tr("None yet. Keep the message that you are writing, or import a letter."));
+  new EmptyState(list_);
   auto* column = new QVBoxLayout(this);
   column->addWidget(list_, 1);
   BuildButtons();
@@ -86,7 +86,6 @@ void OwnTemplatesBox::Enable() {
 
 void OwnTemplatesBox::Fill(const QString& chosen) {
   const auto names = own_.List();
-  if (!names) emit Failed(names.error());
   {
     const QSignalBlocker quiet(list_);
     list_->clear();
@@ -94,7 +93,10 @@ void OwnTemplatesBox::Fill(const QString& chosen) {
       for (const auto& name : *names) list_->addItem(ToQt(name));
     }
   }
-  list_->findChild<EmptyState*>()->setVisible(list_->count() == 0);
+  auto* empty = list_->findChild<EmptyState*>();
+  empty->setText(names ? tr("None yet. Keep the message that you are writing, or import a letter.")
+                       : tr("They cannot be read."));
+  empty->setVisible(list_->count() == 0);
   const auto found = list_->findItems(chosen, Qt::MatchExactly | Qt::MatchCaseSensitive);
   if (!found.isEmpty()) {
     list_->setCurrentItem(found.front());
@@ -103,11 +105,14 @@ void OwnTemplatesBox::Fill(const QString& chosen) {
   }
   Enable();
   if (found.isEmpty()) emit ChosenChanged();
+  if (!names) emit Failed(names.error());  // last: another choice ends what was told
 }
 
-void OwnTemplatesBox::Run(const QString& name, const QString& said, std::function<Result<void>()> work) {
-  task_.Start([this, name, said, work = std::move(work)](const platform::CancelToken&) -> std::function<void()> {
-    return [this, name, said, done = work()] {
+void OwnTemplatesBox::Run(const QString& name, const QString& said,
+                          std::function<Result<void>(const platform::CancelToken*)> work) {
+  emit Said(progress());
+  task_.Start([this, name, said, work = std::move(work)](const platform::CancelToken& cancel) -> std::function<void()> {
+    return [this, name, said, done = work(&cancel)] {
       Fill(done ? name : Chosen());
       done ? emit Said(said) : emit Failed(done.error());
     };
@@ -119,8 +124,8 @@ void OwnTemplatesBox::Keep() {
   TemplateNameForm form(program_.prompts, own_, tr("Keep as a Template"), {}, window());
   if (form.exec() != QDialog::Accepted) return;
   Run(form.name(), tr("The message is kept as the template “%1”.").arg(form.name()),
-      [own = own_, name = FromQt(form.name()), letter = present_(), if_there = form.if_there()] {
-        return own.Keep(name, letter, if_there);
+      [own = own_, name = FromQt(form.name()), letter = present_(), if_there = form.if_there()](const auto* cancel) {
+        return own.Keep(name, letter, if_there, cancel);
       });
 }
 
@@ -131,11 +136,12 @@ void OwnTemplatesBox::Import() {
   TemplateNameForm form(program_.prompts, own_, tr("Import a Template"), PathToQt(file.stem()), window());
   if (form.exec() != QDialog::Accepted) return;
   Run(form.name(), tr("%1 is kept as the template “%2”.").arg(PathToQt(file), form.name()),
-      [own = own_, name = FromQt(form.name()), file, if_there = form.if_there(), folders = program_.folders] {
+      [own = own_, name = FromQt(form.name()), file, if_there = form.if_there(),
+       folders = program_.folders](const auto* cancel) {
         auto html = document::ReadHtmlToKeep(file);
         if (!html) return Result<void>(html.error());
         const auto places = document::PicturePlaces(folders).WithOwnFolder(file.parent_path());
-        return own.Keep(name, {*std::move(html), file.parent_path(), places}, if_there);
+        return own.Keep(name, {*std::move(html), file.parent_path(), places}, if_there, cancel);
       });
 }
 
@@ -169,8 +175,8 @@ void OwnTemplatesBox::Export() {
   if (!may_write) return emit Failed(may_write.error());
   if (!*may_write) return emit Said(InWords(platform::LeftLocked(file)));
   Run(name, tr("The template “%1” is in %2.").arg(name, PathToQt(file)),
-      [own = own_, name = FromQt(name), file, folders = program_.folders] {
-        return own.Export(name, document::PicturePlaces(folders), file, folders.OwnFiles());
+      [own = own_, name = FromQt(name), file, folders = program_.folders](const auto* cancel) {
+        return own.Export(name, document::PicturePlaces(folders), file, folders.OwnFiles(), cancel);
       });
 }
 

@@ -27,6 +27,9 @@ class OwnTemplatesBox final : public QGroupBox {
   // Looks into their folder; to be called once what it says is heard.
   void Refresh() { Fill(Chosen()); }
   const document::OwnTemplates& templates() const { return own_; }
+  // A letter is being copied; closing the window gives it up.
+  bool is_at_work() const { return task_.is_running(); }
+  QString progress() const { return tr("Copying… Cancel gives it up."); }
 
  signals:
   void ChosenChanged();  // by the person
@@ -40,7 +43,7 @@ class OwnTemplatesBox final : public QGroupBox {
   void Delete();
   void Export();
   void Import();
-  void Run(const QString& name, const QString& said, std::function<Result<void>()> work);
+  void Run(const QString& name, const QString& said, std::function<Result<void>(const platform::CancelToken*)> work);
   void Fill(const QString& chosen);
   void Enable();
 

@@ -108,16 +108,18 @@ void SignatureManagerForm::ShowNotes(const std::string& html) {
 void SignatureManagerForm::accept() {
   if (!save_->isEnabled()) return;
   SetReady(false);
+  status_->Say(tr("Copying the pictures… Close gives it up."));
   task_.Start([this, html = FromQt(editor_->Html()),
-               folders = program_.folders](const platform::CancelToken&) -> std::function<void()> {
+               folders = program_.folders](const platform::CancelToken& cancel) -> std::function<void()> {
     const auto pictures = folders.Pictures();
     return [this, kept = document::CopyPictures(html, {}, document::PicturePlaces(folders),
-                                                {pictures, document::FileAddress(pictures)})] { Save(kept); };
+                                                {pictures, document::FileAddress(pictures)}, &cancel)] { Save(kept); };
   });
 }
 
 void SignatureManagerForm::Save(const Result<std::string>& html) {
   SetReady(true);
+  status_->Say({});
   if (!html) return status_->Fail(html.error());
   const auto saved = document::SaveSignature({on_->isChecked(), *html}, program_.settings);
   if (!saved) return status_->Fail(saved.error());

@@ -212,6 +212,7 @@ void TemplateForm::Show(const QString& name, const Result<std::string>& html) {
 
 void TemplateForm::accept() {
   if (!ok_->isEnabled()) return;
+  if (own_->is_at_work()) return status_->Say(own_->progress());
   const auto choice = Choice();
   if (own_->Chosen().isEmpty()) {
     if (const auto complaint = document::CheckDesign(choice)) {
