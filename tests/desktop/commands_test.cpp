@@ -531,6 +531,7 @@ class CommandsTest : public QObject {
       scene.rig.prompts.files = {scene.rig.folder.Write("page.png", "<html>")};
       browse->click();
       QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().contains("page.png is no picture"));
+      QCOMPARE(form.focusWidget(), browse);  // for the next attempt
       QVERIFY(!ok->isEnabled());
       scene.rig.prompts.files = {photo};
       browse->click();

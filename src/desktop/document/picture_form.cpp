@@ -171,6 +171,7 @@ void PictureForm::Taken(const std::filesystem::path& file, const Result<PictureL
     alternative_->setFocus();
   } else {
     status_->Fail(look.error());
+    browse_->setFocus();
   }
 }
 
