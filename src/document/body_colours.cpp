@@ -141,12 +141,13 @@ BodyColours ReadBodyColours(std::string_view html) {
   return found;
 }
 
+Sentence WantedColour() { return "A colour is \"#\" and six digits from 0 to 9 and A to F, as in #1A5276."; }
+
 std::optional<Complaint<BodyBox>> CheckBodyColours(const BodyColours& chosen, const BodyColours& found) {
   for (const Row& row : kRows) {
     const std::string& colour = chosen.*row.field;
     if (row.name == nullptr || colour.empty() || IsColour(colour) || colour == found.*row.field) continue;
-    return Complaint<BodyBox>{fmt::format("Please enter a valid {}.", row.name), row.box,
-                              "A colour is \"#\" and six digits from 0 to 9 and A to F, as in #1A5276."};
+    return Complaint<BodyBox>{fmt::format("Please enter a valid {}.", row.name), row.box, WantedColour()};
   }
   return {};
 }

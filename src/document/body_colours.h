@@ -28,6 +28,9 @@ enum class BodyBox : std::uint8_t { kText, kLink, kVisited, kActive, kBackground
 // As the page has them, also names ("navy") and what is no colour at all. Of two body elements the first counts.
 BodyColours ReadBodyColours(std::string_view html);
 
+// What a colour looks like, in words for those who type one.
+Sentence WantedColour();
+
 // The first colour that is not "#" and six hexadecimal digits. One that stands as it was `found` passes.
 std::optional<Complaint<BodyBox>> CheckBodyColours(const BodyColours& chosen, const BodyColours& found);
 

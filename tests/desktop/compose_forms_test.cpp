@@ -227,13 +227,20 @@ class ComposeFormsTest : public QObject {
     for (const auto& row : rows) {
       BodyForm form(rig.prompts, rig.folders.Pictures(), found, nullptr);
       form.show();
+      QVERIFY(TextOf(form, "StatusLine").contains("#1A5276"));  // how a colour is written
       for (const auto& [box, value] : row.entries) Enter(form, box, value);
+      const auto sample = [&form](QString box) {
+        return form.findChild<QPushButton*>(box.replace("TextBox", "Button"))->icon().pixmap(18).toImage();
+      };
+      const bool is_refused = *row.html == '\0';
+      if (is_refused) QCOMPARE(sample(row.focus), sample("LinkColourTextBox"));  // as of an empty box
       Press(form);
       QCOMPARE(QString(row.name) + ": " + rig.Shown(), QString(row.name) + ": " + row.shown);
-      if (*row.html == '\0') {
+      if (is_refused) {
         QCOMPARE(form.focusWidget()->objectName(), QString(row.focus));
         continue;
       }
+      QVERIFY(sample("TextColourTextBox") != sample("ActiveColourTextBox"));  // a name that was found
       const auto now = form.Choice();
       QCOMPARE(ToQt(now.text + '|' + now.link + '|' + now.visited + '|' + now.active + '|' + now.picture + '|' +
                     now.background),

@@ -105,14 +105,21 @@ void BodyForm::BuildWindow() {
     browse_->setFocus();
   });
   column->Add(status_);
+  SayWhatIsWanted();
   ok_ = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel)->button(QDialogButtonBox::Ok);
   colours_.front()->setFocus();
   resize(kWidth, sizeHint().height());
 }
 
 void BodyForm::ShowSample(std::size_t row) {
-  samples_.at(row)->setIcon(Sample(ColourIn(colours_.at(row)->text()), palette()));
+  const auto typed = FromQt(colours_.at(row)->text());
+  BodyColours one = found_;
+  one.*kRows.at(row).field = typed;
+  const bool is_taken = !document::CheckBodyColours(one, found_);
+  samples_.at(row)->setIcon(Sample(is_taken ? ColourIn(ToQt(typed)) : QColor(), palette()));
 }
+
+void BodyForm::SayWhatIsWanted() { status_->Say(InWords(document::WantedColour())); }
 
 void BodyForm::PickColour(std::size_t row) {
   const QColor before = ColourIn(colours_.at(row)->text());
@@ -142,7 +149,7 @@ void BodyForm::PickPicture() {
 void BodyForm::Kept(const Result<std::filesystem::path>& copy) {
   if (copy) SetPicture(document::FileAddress(*copy));
   SetBusy(false);
-  copy ? status_->Say({}) : status_->Fail(copy.error());
+  copy ? SayWhatIsWanted() : status_->Fail(copy.error());
 }
 
 void BodyForm::SetBusy(bool busy) {

@@ -34,7 +34,9 @@ class BodyForm final : public QDialog {
  private:
   void BuildWindow();
   void PickColour(std::size_t row);
+  // None for what OK refuses.
   void ShowSample(std::size_t row);
+  void SayWhatIsWanted();
   void PickPicture();
   void Kept(const Result<std::filesystem::path>& copy);
   void SetPicture(const std::string& address);
