@@ -157,6 +157,31 @@ class EditorTest : public QObject {
     QCOMPARE(Body(), expected);
   }
 
+  void aParagraphChosenWithThreeClicksIsTypedOverAlone_data() {
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("after");
+    QTest::newRow("a letter") << "X"
+                              << "<p>X</p><p>two</p>";
+    QTest::newRow("Backspace") << "\b"
+                               << "<p><br></p><p>two</p>";
+  }
+  void aParagraphChosenWithThreeClicksIsTypedOverAlone() {
+    QFETCH(QString, typed);
+    QFETCH(QString, after);
+    Load("<p style=\"margin: 20px; font-size: 20px;\">one</p><p>two</p>");
+    QWidget* page = editor_->InputWidget();
+    const QPoint word(40, 40);
+    QTest::mouseClick(page, Qt::LeftButton, {}, word);
+    QTest::mouseDClick(page, Qt::LeftButton, {}, word);
+    QTest::mouseClick(page, Qt::LeftButton, {}, word);
+    QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one"));
+    Type(typed);
+    QTRY_VERIFY(editor_->IsModified());
+    QCOMPARE(Body().remove(" style=\"margin: 20px; font-size: 20px;\""), after);
+    editor_->Run(EditorCommand::kUndo);
+    QVERIFY2(Body().contains(">one</p><p>two</p>"), qPrintable(Body()));
+  }
+
   void listsAreSavedOutsideTheirParagraph() {
     SelectSecondWord();
     editor_->Run(EditorCommand::kNumberedList);

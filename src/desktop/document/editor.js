@@ -199,6 +199,23 @@
       .filter(address => /^\s*file:/i.test(address));
     if (files.length && bridge) bridge.allowedPictures(files, put); else put([]);
   };
+  // Three clicks select up to the beginning of the next paragraph, which what is typed would join to this one.
+  const endWithinParagraph = () => {
+    const selection = document.getSelection();
+    if (!selection.rangeCount) return;
+    const range = selection.getRangeAt(0).cloneRange();
+    if (range.collapsed || range.endOffset !== 0) return;
+    const nodes = document.createTreeWalker(document.body);
+    nodes.currentNode = range.endContainer;
+    const isBetween = node => node.contains(range.endContainer) || /^[ \t\r\n]*$/.test(node.data);
+    let last = nodes.previousNode();
+    while (last && isBetween(last)) last = nodes.previousNode();
+    if (!last || range.comparePoint(last, 0) < 0) return;
+    if (last.nodeType === Node.TEXT_NODE) range.setEnd(last, last.length); else range.setEndAfter(last);
+    selection.removeAllRanges();
+    selection.addRange(range);
+  };
+  document.addEventListener('mouseup', event => { if (event.detail >= 3) endWithinParagraph(); });
   document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(); }, true);
   document.addEventListener('paste', event => {
     const data = event.clipboardData;
