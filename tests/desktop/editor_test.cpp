@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QClipboard>
+#include <QDateTime>
 #include <QDir>
 #include <QDropEvent>
 #include <QGuiApplication>
@@ -13,6 +14,7 @@
 #include <QJsonDocument>
 #include <QMenu>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -168,18 +170,23 @@ class EditorTest : public QObject {
   void aParagraphChosenWithThreeClicksIsTypedOverAlone() {
     QFETCH(QString, typed);
     QFETCH(QString, after);
-    Load("<p style=\"margin: 20px; font-size: 20px;\">one</p><p>two</p>");
+    Load("<p style=\"margin: 20px; font-size: 20px;\">one more</p><p>two</p>");
     QWidget* page = editor_->InputWidget();
-    const QPoint word(40, 40);
-    QTest::mouseClick(page, Qt::LeftButton, {}, word);
-    QTest::mouseDClick(page, Qt::LeftButton, {}, word);
-    QTest::mouseClick(page, Qt::LeftButton, {}, word);
-    QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one"));
+    const QPointF word(40, 40);
+    for (int click = 0; click < 3; ++click) {  // the toolkit's own clicks are too far apart
+      for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+        QMouseEvent event(type, word, page->mapToGlobal(word), Qt::LeftButton, held, Qt::NoModifier);
+        event.setTimestamp(QDateTime::currentMSecsSinceEpoch());
+        QCoreApplication::sendEvent(page, &event);
+      }
+    }
+    QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one more"));
     Type(typed);
     QTRY_VERIFY(editor_->IsModified());
     QCOMPARE(Body().remove(" style=\"margin: 20px; font-size: 20px;\""), after);
     editor_->Run(EditorCommand::kUndo);
-    QVERIFY2(Body().contains(">one</p><p>two</p>"), qPrintable(Body()));
+    QVERIFY2(Body().contains(">one more</p><p>two</p>"), qPrintable(Body()));
   }
 
   void listsAreSavedOutsideTheirParagraph() {
