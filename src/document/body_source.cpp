@@ -1,6 +1,7 @@
 #include "document/body_source.h"
 
 #include "html/html_tokenizer.h"
+#include "html/nesting.h"
 
 namespace quillcast::document {
 
@@ -49,6 +50,15 @@ BodySource CutAtBody(std::string_view html) {
   }
   source.tail = html.substr(end);
   return source;
+}
+
+Result<void> CheckEditable(std::string_view html) {
+  constexpr std::size_t kDeepest = 5000;  // takes the engine a second or two
+  if (!html::IsNestedDeeperThan(html, kDeepest)) return {};
+  return Error{
+      Failure::kBadData,
+      Say("More than {} elements of the document stand in each other, which the editor cannot show.", kDeepest),
+      "Close what its tags leave open, or take them out."};
 }
 
 }  // namespace quillcast::document

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/result.h"
+
 namespace quillcast::document {
 
 // What the editor puts an edited body between.
@@ -16,5 +18,9 @@ struct BodySource {
 // A tag in a comment, a script or an attribute is none. With several start tags the first counts, as in browsers; of
 // end tags the last one.
 BodySource CutAtBody(std::string_view html);
+
+// Whether the editor can take a document: its time grows with the square of how deep elements stand in each other.
+// kBadData where that would be seconds.
+Result<void> CheckEditable(std::string_view html);
 
 }  // namespace quillcast::document

@@ -443,6 +443,29 @@ class ComposeFormsTest : public QObject {
     QVERIFY2(empty->isVisible() && !empty->text().startsWith("None"), qPrintable(empty->text()));
   }
 
+  // The engine's time grows with the square of the depth.
+  void whatIsNestedTooDeeplyIsToldBeforeItIsLoaded() {
+    Desk desk;
+    std::string deep = "<html><body>";
+    for (int n = 0; n < 100'000; ++n) deep += "<div>";
+    QVERIFY(desk.document.Open(desk.rig.folder.Write("plain.html", "<p>kept")));
+    const auto opened = desk.document.Open(desk.rig.folder.Write("deep.html", deep));
+    QVERIFY(!opened && Describe(opened.error()).find("stand in each other") != std::string::npos);
+    QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
+    QVERIFY(platform::EnsureFolder(desk.rig.folders.Templates()));
+    QVERIFY(platform::ReplaceFile(desk.rig.folders.Templates() / "Deep.htm", deep));
+    TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
+    form.show();
+    auto* own = form.findChild<QListWidget*>("OwnListBox");
+    QTRY_COMPARE(own->count(), 1);
+    own->setCurrentRow(0);
+    QTRY_VERIFY2(TextOf(form, "StatusLine").contains("stand in each other"), qPrintable(TextOf(form, "StatusLine")));
+    QVERIFY(document::SaveSignature({true, deep}, desk.rig.settings));
+    SignatureManagerForm signature(desk.rig.program, nullptr);
+    signature.show();
+    QTRY_VERIFY(TextOf(signature, "StatusLine").contains("stand in each other"));
+  }
+
   // A picture that takes its time: longer than it takes to close the window.
   void whatIsClosedInTheMiddleOfACopyKeepsNothing() {
     Desk desk;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "html/nesting.h"
 #include "support/random_text.h"
 
 namespace quillcast::html {
@@ -91,6 +92,26 @@ TEST(HtmlTokenizer, LosesNoByteOfRandomMarkup) {
   const std::vector<std::string> alphabet = {"<", ">", "/",  "!", "-", "--",       "?",         "a",
                                              "=", "'", "\"", " ", "&", "<script>", "</script>", "<!--"};
   for (int round = 0; round < 20000; ++round) Tokens(test::RandomText(random, alphabet, 40));
+}
+
+TEST(HtmlNesting, CountsWhatStaysOpen) {
+  const auto times = [](std::string_view unit) {
+    std::string page;
+    for (int n = 0; n < 50; ++n) page += unit;
+    return page;
+  };
+  for (const auto& [page, is_deep] : std::initializer_list<std::pair<std::string, bool>>{
+           {times("<div>"), true},
+           {times("<DIV></div><a><b></b></a>"), false},
+           {times("<p><li><td><br><img>"), false},
+           {times("<div></x>"), true},
+           {times("<x></div>"), true},
+           {times("<!-- <div> --><title><div></title>"), false},
+           {times("<b>") + times("</b>") + times("<b></b></b>"), true},
+       }) {
+    EXPECT_EQ(IsNestedDeeperThan(page, 49), is_deep) << page.substr(0, 40);
+    EXPECT_FALSE(IsNestedDeeperThan(page, 50)) << page.substr(0, 40);
+  }
 }
 
 }  // namespace

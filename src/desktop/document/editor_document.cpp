@@ -4,6 +4,7 @@
 
 #include "desktop/document/html_editor.h"
 #include "desktop/widgets/qt_text.h"
+#include "document/body_source.h"
 #include "document/declared_charset.h"
 #include "document/message_document.h"
 #include "platform/file_attributes.h"
@@ -83,6 +84,7 @@ void EditorDocument::Name(const fs::path& file) {
 }
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
+  if (auto editable = document::CheckEditable(html); !editable) return editable;
   // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
   Name({});
   read_.reset();

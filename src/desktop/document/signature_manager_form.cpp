@@ -11,6 +11,7 @@
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
+#include "document/body_source.h"
 #include "document/document_pictures.h"
 #include "document/picture_places.h"
 #include "document/signature.h"
@@ -86,6 +87,7 @@ void SignatureManagerForm::Load() {
   const auto signature = document::LoadSignature(program_.settings);
   if (!signature) return status_->Fail(signature.error());
   on_->setChecked(signature->is_on);
+  if (const auto editable = document::CheckEditable(signature->html); !editable) return status_->Fail(editable.error());
   if (!editor_->SetHtml(ToQt(signature->html)))
     return status_->Say(tr("The editor did not take the signature. Close this window and open it again."),
                         NoteKind::kFailure);

@@ -18,6 +18,7 @@
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
+#include "document/body_source.h"
 #include "document/picture_places.h"
 
 namespace quillcast::desktop {
@@ -197,9 +198,10 @@ void TemplateForm::ShowPreview() {
 // What is typed does not move what the person looks at.
 void TemplateForm::Show(const QString& name, const Result<std::string>& html) {
   if (name != Name()) return;  // another one was chosen meanwhile, or none
-  if (!html) {
+  const auto editable = html ? document::CheckEditable(*html) : Result<void>(html.error());
+  if (!editable) {
     stack_->setCurrentIndex(0);
-    return status_->Fail(html.error());
+    return status_->Fail(editable.error());
   }
   const bool is_same = stack_->currentIndex() == 1 && name == shown_;
   const int place = is_same ? preview_->Evaluate("scrollY").toInt() : 0;
