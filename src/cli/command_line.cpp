@@ -46,6 +46,26 @@ std::vector<std::string> WithEmptyValues(std::vector<std::string> arguments) {
   return out;
 }
 
+// In the order of the help.
+void AddCommands(CLI::App& app, Context& context) {
+  AddDemoCommand(app, context);
+  AddAccountCommand(app, context);
+  AddGroupCommand(app, context);
+  AddRecipientCommand(app, context);
+  AddFindCommand(app, context);
+  AddImportCommand(app, context);
+  AddExportCommand(app, context);
+  AddComposeCommand(app, context);
+  AddTemplateCommand(app, context);
+  AddSignatureCommand(app, context);
+  AddPreviewCommand(app, context);
+  AddPropertiesCommand(app, context);
+  AddSendCommand(app, context);
+  AddHistoryCommand(app, context);
+  AddMessageCommand(app, context);
+  AddMailboxCommand(app, context);
+}
+
 }  // namespace
 
 int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::path& executable,
@@ -76,22 +96,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
     context.assume_yes = prompts.assume_yes;
   });
 
-  AddDemoCommand(app, context);
-  AddAccountCommand(app, context);
-  AddGroupCommand(app, context);
-  AddRecipientCommand(app, context);
-  AddFindCommand(app, context);
-  AddImportCommand(app, context);
-  AddExportCommand(app, context);
-  AddComposeCommand(app, context);
-  AddTemplateCommand(app, context);
-  AddSignatureCommand(app, context);
-  AddPreviewCommand(app, context);
-  AddPropertiesCommand(app, context);
-  AddSendCommand(app, context);
-  AddHistoryCommand(app, context);
-  AddMessageCommand(app, context);
-  AddMailboxCommand(app, context);
+  AddCommands(app, context);
 
   arguments = WithEmptyValues(std::move(arguments));
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
