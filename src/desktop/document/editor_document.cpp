@@ -104,6 +104,7 @@ Result<void> EditorDocument::Leave() { return is_changed_ || HasUnsavedChanges()
 Result<void> EditorDocument::Open(const fs::path& file) {
   auto read = document::ReadBodyFile(file);
   if (!read) return read.error();
+  if (auto editable = document::CheckEditable(read->text); !editable) return editable;
   auto left = Leave();
   return left ? ShowFile(file, *std::move(read)) : left;
 }
@@ -123,10 +124,12 @@ Result<void> EditorDocument::ShowFile(const fs::path& file, document::BodyFile r
 }
 
 Result<void> EditorDocument::StartNew(const std::string& html) {
-  auto shown = Show(html.empty() ? kEmptyDocument : html, {});
+  // A signature that the editor cannot take is told; the document is new all the same.
+  auto editable = document::CheckEditable(html);
+  auto shown = Show(html.empty() || !editable ? kEmptyDocument : html, {});
   if (!shown) return shown;
   IgnoreErrors(KeepFields());  // nothing is changed yet
-  return {};
+  return editable;
 }
 
 Result<void> EditorDocument::StartFrom(const std::string& letter) {

@@ -19,6 +19,7 @@
 #include "desktop/document/editor_page.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/soon.h"
 #include "document/merge_fields.h"
 
 namespace quillcast::desktop {
@@ -68,8 +69,8 @@ void HtmlEditor::Start() {
   setFocusProxy(view_);
   connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
   // Behind the notice, within which the page answers nothing.
-  connect(bridge_, &EditorBridge::PicturePasted, this, &HtmlEditor::PastePicture, Qt::QueuedConnection);
-  connect(bridge_, &EditorBridge::PictureOpened, this, &HtmlEditor::PictureOpened, Qt::QueuedConnection);
+  connect(bridge_, &EditorBridge::PicturePasted, this, [this] { Soon(this, [this] { PastePicture(); }); });
+  connect(bridge_, &EditorBridge::PictureOpened, this, [this] { Soon(this, [this] { emit PictureOpened(); }); });
   connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
     emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
   });
@@ -88,8 +89,7 @@ void HtmlEditor::MakePage() {
     alive_ = false;
     had_the_keys_ = isAncestorOf(QApplication::focusWidget());
     // A load that is going on fails by itself.
-    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus)
-      QTimer::singleShot(0, this, &HtmlEditor::Restore);
+    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus) Soon(this, [this] { Restore(); });
   });
 }
 

@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include "desktop/document/ask_for.h"
 #include "desktop/document/editor_bar.h"
@@ -10,6 +9,7 @@
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/soon.h"
 #include "desktop/widgets/status_line.h"
 #include "document/body_source.h"
 #include "document/document_pictures.h"
@@ -30,7 +30,7 @@ SignatureManagerForm::SignatureManagerForm(const profile::Program& program, QWid
   BuildBar();
   SetReady(false);
   // The editor's engine takes longer than the window.
-  QTimer::singleShot(0, this, &SignatureManagerForm::Load);
+  Soon(this, [this] { Load(); });
 }
 
 void SignatureManagerForm::BuildWindow() {
@@ -71,12 +71,11 @@ void SignatureManagerForm::BuildBar() {
   bar_->AddAsking("link", tr("Hyperlink"), [this] { AskForLink(*editor_, this); });
   connect(editor_, &HtmlEditor::PictureOpened, this, [ask] { ask({}); });
   // Behind the drop or the paste, which has to end first.
-  connect(
-      editor_, &HtmlEditor::PicturesOffered, this,
-      [ask](const QStringList& files) {
-        for (const QString& file : files) ask(PathFromQt(file));
-      },
-      Qt::QueuedConnection);
+  connect(editor_, &HtmlEditor::PicturesOffered, this, [this, ask](const QStringList& files) {
+    Soon(this, [ask, files] {
+      for (const QString& file : files) ask(PathFromQt(file));
+    });
+  });
 }
 
 void SignatureManagerForm::SetReady(bool ready) {

@@ -17,6 +17,7 @@
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/soon.h"
 #include "desktop/widgets/status_line.h"
 #include "document/body_source.h"
 #include "document/picture_places.h"
@@ -72,7 +73,7 @@ TemplateForm::TemplateForm(const profile::Program& program, EditorDocument& docu
   setWindowTitle(tr("Template"));
   BuildWindow();
   ConnectControls();
-  QTimer::singleShot(0, preview_, [this] { preview_->SetHtml({}); });  // the engine takes longer than the window
+  Soon(preview_, [this] { preview_->SetHtml({}); });  // the engine takes longer than the window
 }
 
 void TemplateForm::BuildWindow() {

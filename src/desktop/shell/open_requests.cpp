@@ -1,7 +1,6 @@
 #include "desktop/shell/open_requests.h"
 
 #include <QStringList>
-#include <QTimer>
 #include <algorithm>
 #include <utility>
 
@@ -9,6 +8,7 @@
 #include "desktop/shell/shell.h"
 #include "desktop/shell/status_panel.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/soon.h"
 #include "platform/text.h"
 #include "profile/start_message.h"
 
@@ -42,7 +42,7 @@ void OpenRequests::Wait(const std::vector<std::string>& arguments) {
 
 // From the loop of events: whatever has just ended may go on for a moment.
 void OpenRequests::Resume() {
-  if (!waiting_.empty()) QTimer::singleShot(0, this, &OpenRequests::OpenWaiting);
+  if (!waiting_.empty()) Soon(this, [this] { OpenWaiting(); });
 }
 
 void OpenRequests::OpenWaiting() {

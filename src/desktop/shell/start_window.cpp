@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include "desktop/shell/splash_form.h"
+#include "desktop/widgets/soon.h"
 #include "platform/system_name.h"
 
 namespace quillcast::desktop {
@@ -37,7 +38,7 @@ std::unique_ptr<MainForm> StartWindow(const profile::Program& program) {
     if (splash) splash->close();
     Show(made);
   });
-  QTimer::singleShot(0, window.get(), &MainForm::LoadDocument);
+  Soon(window.get(), [made = window.get()] { made->LoadDocument(); });
   return window;
 }
 

@@ -2,6 +2,8 @@
 
 #include <QMetaObject>
 
+#include "desktop/widgets/soon.h"
+
 namespace quillcast::desktop {
 
 BackgroundTask::~BackgroundTask() { GiveUp(); }
@@ -12,9 +14,11 @@ void BackgroundTask::Start(Work work) {
   thread_ = std::thread([this, work = std::move(work), number = number_] {
     auto done = work(*cancel_);
     QMetaObject::invokeMethod(this, [this, done = std::move(done), number] {
-      if (number != number_) return;
-      thread_.join();
-      if (done) done();
+      Soon(this, [this, done, number] {  // what waits for a page may begin here
+        if (number != number_) return;
+        thread_.join();
+        if (done) done();
+      });
     });
   });
 }
