@@ -185,20 +185,17 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--rfc4180", options.rfc4180,
                   "Fields in quotes may hold delimiters, line ends and doubled quotes, as spreadsheets write them");
   // As a text: the parser would read "010" as eight.
-  import
-      .add_option_function<std::string>(
-          "--skip", [&options](const std::string& text) { options.skip = platform::ParseWholeNumber(text);
-},
-          "Leave so many lines at the beginning out")
-      ->check(NumberOfLines)
-      ->type_name("N");
-import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
-import.add_option("--sheet", options.sheet,
-                  "Of a spreadsheet, the name of the sheet (else, or with \"\", the first that is filled)");
-import.add_option("--encoding", options.encoding,
-                  "What the file is encoded in, where it is not found out rightly; Auto has it found out, whatever a "
-                  "kept mapping says");
-}  // namespace
+  const auto take_skip = [&options](const std::string& text) { options.skip = platform::ParseWholeNumber(text); };
+  CLI::Option* skip =
+      import.add_option_function<std::string>("--skip", take_skip, "Leave so many lines at the beginning out");
+  skip->check(NumberOfLines)->type_name("N");
+  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
+  import.add_option("--sheet", options.sheet,
+                    "Of a spreadsheet, the name of the sheet (else, or with \"\", the first that is filled)");
+  import.add_option("--encoding", options.encoding,
+                    "What the file is encoded in, where it is not found out rightly; Auto has it found out, whatever a "
+                    "kept mapping says");
+}
 
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
@@ -215,7 +212,7 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")->excludes(list);
 }
 
-}  // namespace quillcast::cli
+}  // namespace
 
 void AddImportCommand(CLI::App& app, Context& context) {
   CLI::App& import = *app.add_subcommand("import", "Add recipients from a file to a group");
