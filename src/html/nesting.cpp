@@ -11,31 +11,58 @@
 namespace quillcast::html {
 namespace {
 
-// WHATWG HTML 13.1.2.4.
-bool MayLackItsEnd(std::string_view name) {
-  constexpr auto kOptional =
-      std::to_array<std::string_view>({"html", "head", "body", "p", "li", "dt", "dd", "tr", "td", "th", "thead",
-                                       "tbody", "tfoot", "colgroup", "caption", "option", "optgroup", "rt", "rp"});
-  return std::find(kOptional.begin(), kOptional.end(), name) != kOptional.end();
+template <typename Names>
+bool IsAmong(std::string_view name, const Names& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
+
+// What the next one of its kind closes, with all that is open within (WHATWG HTML 13.1.2.4).
+constexpr auto kClosedByTheNext =
+    std::to_array<std::string_view>({"html", "head", "body", "p", "li", "dt", "dd", "tr", "td", "th", "thead", "tbody",
+                                     "tfoot", "colgroup", "caption", "option"});
+// What is begun anew in the next paragraph where it was left open, and closed with this one (13.2.4.3).
+constexpr auto kFormatting = std::to_array<std::string_view>(
+    {"a", "b", "big", "code", "em", "font", "i", "nobr", "s", "small", "strike", "strong", "tt", "u"});
+
+// Elements that are open, by name.
+class OpenElements {
+ public:
+  std::size_t depth() const { return depth_; }
+  bool Has(const std::string& name) const {
+    const auto found = open_.find(name);
+    return found != open_.end() && found->second > 0;
+  }
+  void Open(const std::string& name) { ++open_[name], ++depth_; }
+  // What closes nothing that is open takes nothing away.
+  void Close(const std::string& name) {
+    if (Has(name)) --open_[name], --depth_;
+  }
+  void CloseAll() { open_.clear(), depth_ = 0; }
+
+ private:
+  std::unordered_map<std::string, std::size_t> open_;
+  std::size_t depth_ = 0;
+};
 
 }  // namespace
 
 bool IsNestedDeeperThan(std::string_view html, std::size_t levels) {
-  std::unordered_map<std::string, std::size_t> open;
-  std::size_t depth = 0;
+  OpenElements blocks;
+  OpenElements formatting;  // of the paragraph
   HtmlTokenizer page(html);
   HtmlToken token;
   while (page.Next(token)) {
-    if (token.kind == HtmlTokenKind::kStartTag && !HasNoContent(token.name) && !MayLackItsEnd(token.name)) {
-      ++open[token.name];
-      if (++depth > levels) return true;
-    } else if (token.kind == HtmlTokenKind::kEndTag) {
-      const auto found = open.find(token.name);  // what closes nothing that is open takes nothing away
-      if (found == open.end() || found->second == 0) continue;
-      --found->second;
-      --depth;
+    const bool begins = token.kind == HtmlTokenKind::kStartTag;
+    if ((!begins && token.kind != HtmlTokenKind::kEndTag) || HasNoContent(token.name)) continue;
+    if (IsAmong(token.name, kClosedByTheNext)) {
+      formatting.CloseAll();
+      continue;
     }
+    OpenElements& open = IsAmong(token.name, kFormatting) ? formatting : blocks;
+    const bool is_whole = begins && page.Source(token).ends_with("/>") && (blocks.Has("svg") || blocks.Has("math"));
+    if (begins && !is_whole) open.Open(token.name);
+    if (!begins) open.Close(token.name);
+    if (blocks.depth() + formatting.depth() > levels) return true;
   }
   return false;
 }

@@ -452,6 +452,8 @@ class ComposeFormsTest : public QObject {
     const auto opened = desk.document.Open(desk.rig.folder.Write("deep.html", deep));
     QVERIFY(!opened && Describe(opened.error()).find("stand in each other") != std::string::npos);
     QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
+    QVERIFY(!desk.document.StartFrom(deep));
+    QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
     QVERIFY(!desk.document.StartNew(deep));  // a signature
     QVERIFY(!desk.editor.Html().contains("kept") && desk.document.FileName().empty());
     QVERIFY(platform::EnsureFolder(desk.rig.folders.Templates()));

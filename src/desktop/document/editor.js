@@ -199,19 +199,30 @@
       .filter(address => /^\s*file:/i.test(address));
     if (files.length && bridge) bridge.allowedPictures(files, put); else put([]);
   };
-  // Three clicks select up to the beginning of the next paragraph, which what is typed would join to this one.
+  const kParagraphs = 'p,li,dt,dd,td,th,caption,h1,h2,h3,h4,h5,h6,pre,blockquote,address,div';
+  // Whether a range was brought back to the end of the paragraph, or of the line, that it begins in.
+  const shortened = range => {
+    const paragraph = elementAtCaret().closest(kParagraphs);
+    if (paragraph && !paragraph.contains(range.endContainer)) {
+      range.setEnd(paragraph, paragraph.childNodes.length);
+      return true;
+    }
+    const last = range.endContainer.childNodes[range.endOffset - 1];
+    if (last && last.tagName === 'BR') {
+      range.setEndBefore(last);
+      return true;
+    }
+    const before = range.endOffset === 0 && range.endContainer.previousSibling;
+    if (!before || before.tagName !== 'BR' || range.comparePoint(before, 0) < 0) return false;
+    range.setEndBefore(before);
+    return true;
+  };
+  // Three clicks select up to the beginning of what follows the paragraph, which what is typed would join to this one.
   const endWithinParagraph = () => {
     const selection = document.getSelection();
     if (!selection.rangeCount) return;
     const range = selection.getRangeAt(0).cloneRange();
-    if (range.collapsed || range.endOffset !== 0) return;
-    const nodes = document.createTreeWalker(document.body);
-    nodes.currentNode = range.endContainer;
-    const isBetween = node => node.contains(range.endContainer) || /^[ \t\r\n]*$/.test(node.data);
-    let last = nodes.previousNode();
-    while (last && isBetween(last)) last = nodes.previousNode();
-    if (!last || range.comparePoint(last, 0) < 0) return;
-    if (last.nodeType === Node.TEXT_NODE) range.setEnd(last, last.length); else range.setEndAfter(last);
+    if (range.collapsed || !shortened(range)) return;
     selection.removeAllRanges();
     selection.addRange(range);
   };

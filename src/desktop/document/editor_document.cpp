@@ -133,6 +133,7 @@ Result<void> EditorDocument::StartNew(const std::string& html) {
 }
 
 Result<void> EditorDocument::StartFrom(const std::string& letter) {
+  if (auto editable = document::CheckEditable(letter); !editable) return editable;
   auto left = Leave();
   if (!left) return left;
   auto started = StartNew(letter);
@@ -166,6 +167,7 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
 Result<document::Draft> EditorDocument::Recover() {
   auto draft = drafts_.ReadOffered();
   if (!draft) return draft;
+  if (const auto editable = document::CheckEditable(draft->document.html); !editable) return editable.error();
   const auto aside = SetAside();
   if (!aside) return aside.error();
   std::optional<document::BodyFile> file;  // where it holds the body

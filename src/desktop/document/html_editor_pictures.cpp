@@ -69,10 +69,10 @@ void HtmlEditor::InsertPictures(const QStringList& files) {
     }
     return [this, load, taken = std::move(taken)] {
       for (const Error& trouble : taken.troubles) emit Trouble(InWords(trouble));
-      if (load != loads_) return;  // another document is here
-      if (!taken.offered.isEmpty()) emit PicturesOffered(taken.offered);
-      if (!taken.html.isEmpty()) InsertHtml(taken.html);
-      if (!coming_.isEmpty()) InsertPictures({});
+      const bool is_here = load == loads_;  // and no other document
+      if (is_here && !taken.offered.isEmpty()) emit PicturesOffered(taken.offered);
+      if (is_here && !taken.html.isEmpty()) InsertHtml(taken.html);
+      if (!coming_.isEmpty()) InsertPictures({});  // into whichever is there
     };
   });
 }
