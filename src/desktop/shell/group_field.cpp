@@ -70,13 +70,18 @@ void GroupField::ShowGroups(const std::vector<std::string>& names, const QString
 }
 
 void GroupField::Refresh() {
-  if (refresh_->is_running()) return;
+  refreshes_again_ = refresh_->is_running();  // it may have read the names before the latest was made
+  if (refreshes_again_) return;
   refresh_->Start([this, file = program_.folders.Database(), chosen = box_->currentText(),
                    loads = loads_](const platform::CancelToken& cancel) {
     const recipients::RecipientStore store(file, {.cancel = &cancel});
     const auto names = store.ListGroupNames();
     const auto count = store.CountRecipients(FromQt(chosen));
     return [this, names, count, chosen, loads] {
+      if (std::exchange(refreshes_again_, false)) {
+        Refresh();
+        return;
+      }
       const bool is_old = loads != loads_ || chosen != box_->currentText() || box_->view()->isVisible();
       if (!names || !count || is_old) return;  // what cannot be read is told when it is needed
       QStringList shown;

@@ -42,6 +42,7 @@ class GroupField final : public QWidget {
   bool loads_again_ = false;
   QString wanted_;  // the group to choose once the groups could be read
   BackgroundTask* refresh_;
+  bool refreshes_again_ = false;
   int loads_ = 0;  // what was read before the last one is old
   QComboBox* box_;
   QLabel* count_;
