@@ -1,10 +1,10 @@
 // quillcast message: message files, taken apart.
 #include <fmt/format.h>
 
-#include "account/account_settings.h"
 #include "cli/commands.h"
 #include "cli/message_commands.h"
 #include "cli/standard_input.h"
+#include "mail_file/load_settings.h"
 
 namespace quillcast::cli {
 namespace {
@@ -13,9 +13,7 @@ using mail_file::LoadMode;
 
 Result<LoadMode> ModeOf(const Context& context, const MessageFiles& files) {
   if (files.extended) return LoadMode::kExtended;
-  const auto account = account::AccountSettings::Load(profile::SettingsStore(context.Folders().settings));
-  if (!account) return account.error();
-  return account->IsOn(account::AccountKey::kExtended) ? LoadMode::kExtended : LoadMode::kPlain;
+  return mail_file::LoadModeOf(profile::SettingsStore(context.Folders().settings));
 }
 
 void TellFaults(const Context& context, const std::string& name, const mail_file::Loading& loading) {

@@ -1,0 +1,40 @@
+// A folder that a person chose, into which files go that strangers named. Nothing in it is written over, and nothing is
+// written anywhere else: a link that lies in it is something that exists, wherever it leads.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/file.h"
+#include "platform/file_attributes.h"
+
+namespace quillcast::mail_file {
+
+class ChosenFolder {
+ public:
+  // The path itself may lead there by a link. Fails for what is no folder, and for those that the program keeps.
+  static Result<ChosenFolder> Open(const std::filesystem::path& path, const platform::OwnFiles& own);
+
+  // Makes a new file, 0600, calls `write` with it, and gives what it is called: `name`, or that with " (2)" and so on
+  // where such a file exists. After a failure there is no file. `name` is one of SafePartName; any other that could
+  // lead out of the folder is refused.
+  Result<std::string> WriteNew(const std::string& name,
+                               const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write);
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  ChosenFolder(std::filesystem::path path, platform::UniqueFd fd) : path_(std::move(path)), fd_(std::move(fd)) {}
+  Result<platform::UniqueFd> Create(const std::string& name, std::string& taken);
+
+  std::filesystem::path path_;
+  platform::UniqueFd fd_;
+  std::unordered_map<std::string, std::size_t>
+      last_number_;  // of each name that was taken, so that none is tried twice
+};
+
+}  // namespace quillcast::mail_file

@@ -1,0 +1,23 @@
+// How the windows and commands for message files load them: as the account's "Extended" says, with what is told then.
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+#include "mail_file/mail_message.h"
+#include "profile/settings_store.h"
+
+namespace quillcast::mail_file {
+
+inline constexpr std::string_view kMessageFileFilter = "Email Files (*.eml)|*.eml|All Files (*.*)|*.*";
+// What each of the dialogs warns of first.
+inline constexpr std::string_view kNoMessageFile = "Please specify a file.";
+
+// kExtended for "1" alone. Fails only when the settings cannot be read.
+Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings);
+
+// What a box says of a load, to the letter: "Error 259: Could not find boundry mark."; empty when there is nothing to
+// say. What loaded is used all the same.
+std::string_view LoadWarning(const Loading& loading);
+
+}  // namespace quillcast::mail_file
