@@ -35,10 +35,13 @@ std::string_view HtmlTokenizer::RawValue(const HtmlAttribute& attribute) const {
   return html_.substr(attribute.value_begin, attribute.value_end - attribute.value_begin);
 }
 
+std::string_view HtmlTokenizer::RawName(const HtmlAttribute& attribute) const {
+  return html_.substr(attribute.name_begin, attribute.name_end - attribute.name_begin);
+}
+
 const HtmlAttribute* HtmlTokenizer::Find(const HtmlToken& token, std::string_view name) const {
   for (const HtmlAttribute& attribute : token.attributes) {
-    const std::string_view given = html_.substr(attribute.name_begin, attribute.name_end - attribute.name_begin);
-    if (platform::EqualsIgnoringAsciiCase(given, name)) return &attribute;
+    if (platform::EqualsIgnoringAsciiCase(RawName(attribute), name)) return &attribute;
   }
   return nullptr;
 }

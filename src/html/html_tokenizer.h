@@ -53,6 +53,7 @@ class HtmlTokenizer {
   // A view of the HTML: the token with its markup, a value without its quotes. References are not decoded.
   std::string_view Source(const HtmlToken& token) const { return html_.substr(token.begin, token.end - token.begin); }
   std::string_view RawValue(const HtmlAttribute& attribute) const;
+  std::string_view RawName(const HtmlAttribute& attribute) const;
   // The first attribute of that name (lower case), null when there is none.
   const HtmlAttribute* Find(const HtmlToken& token, std::string_view name) const;
   // Its value with character references decoded, empty when there is none.

@@ -1,0 +1,202 @@
+#include "html/safe_page.h"
+
+#include <algorithm>
+#include <array>
+
+#include "html/html_tokenizer.h"
+#include "html/safe_css.h"
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+// The elements and attributes that are kept, in their order for a search; "style", "title", "href", "src" and
+// "background" have rules of their own.
+constexpr auto kElements = std::to_array<std::string_view>(
+    {"a",          "abbr",    "acronym", "address", "article", "aside",  "b",    "bdi",     "bdo",        "big",
+     "blockquote", "body",    "br",      "caption", "center",  "cite",   "code", "col",     "colgroup",   "dd",
+     "del",        "details", "dfn",     "dir",     "div",     "dl",     "dt",   "em",      "figcaption", "figure",
+     "font",       "footer",  "h1",      "h2",      "h3",      "h4",     "h5",   "h6",      "head",       "header",
+     "hr",         "html",    "i",       "img",     "ins",     "kbd",    "li",   "main",    "mark",       "menu",
+     "nav",        "nobr",    "ol",      "p",       "pre",     "q",      "rp",   "rt",      "ruby",       "s",
+     "samp",       "section", "small",   "span",    "strike",  "strong", "sub",  "summary", "sup",        "table",
+     "tbody",      "td",      "tfoot",   "th",      "thead",   "time",   "tr",   "tt",      "u",          "ul",
+     "var",        "wbr"});
+// Their content is no markup, and goes with them.
+constexpr auto kDropped = std::to_array<std::string_view>({"iframe", "noembed", "noframes", "script", "textarea"});
+constexpr auto kAttributes = std::to_array<std::string_view>(
+    {"abbr",   "align", "alink", "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
+     "clear",  "color", "cols",  "colspan", "datetime", "dir",     "face",        "height",      "hspace",
+     "id",     "lang",  "link",  "name",    "noshade",  "nowrap",  "reversed",    "rows",        "rowspan",
+     "rules",  "scope", "size",  "span",    "start",    "summary", "text",        "title",       "type",
+     "valign", "value", "vlink", "vspace",  "width"});
+
+template <std::size_t kSize>
+bool IsAmong(const std::array<std::string_view, kSize>& names, std::string_view name) {
+  return std::ranges::binary_search(names, name);
+}
+static_assert(std::ranges::is_sorted(kElements) && std::ranges::is_sorted(kDropped) &&
+              std::ranges::is_sorted(kAttributes));
+
+constexpr std::string_view kCharset = "<meta charset=\"utf-8\">";
+constexpr std::string_view kPolicy =
+    "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src 'self' file: data:; "
+    "style-src 'unsafe-inline'\">";
+
+constexpr bool HasNoEnd(std::string_view name) {
+  return name == "br" || name == "col" || name == "hr" || name == "img" || name == "wbr";
+}
+
+// Where a person may follow a link to. Readers of addresses pass over blanks and control characters in a scheme.
+bool MayLeadTo(std::string_view address) {
+  std::string scheme;
+  for (const char c : address.substr(0, 100)) {
+    if (static_cast<unsigned char>(c) > ' ') scheme += platform::AsciiLower(c);
+  }
+  constexpr std::array kSchemes = {"http://", "https://", "mailto:", "ftp://", "tel:", "#"};
+  return std::ranges::any_of(kSchemes, [&](const char* begin) { return scheme.starts_with(begin); });
+}
+
+class Copy {
+ public:
+  Copy(std::string_view page, const SafePageOptions& options) : tokenizer_(page), options_(options) {
+    out_.reserve(page.size() + kPolicy.size());
+  }
+
+  std::string Run() {
+    HtmlToken token;
+    while (tokenizer_.Next(token)) Take(token);
+    AddHead();
+    return std::move(out_);
+  }
+
+ private:
+  void Take(const HtmlToken& token) {
+    switch (token.kind) {
+      case HtmlTokenKind::kStartTag:
+        return Start(token);
+      case HtmlTokenKind::kEndTag:
+        return End(token.name);
+      case HtmlTokenKind::kText:
+        return AddText(tokenizer_.Source(token), false);
+      case HtmlTokenKind::kRawText:
+        return AddText(tokenizer_.Source(token), true);
+      case HtmlTokenKind::kDoctype:
+        if (out_.empty()) out_ += "<!DOCTYPE html>";
+        return;
+      case HtmlTokenKind::kComment:
+        return;
+    }
+  }
+
+  void Start(const HtmlToken& token) {
+    special_.clear();
+    if (token.name == "style" || token.name == "title" || IsAmong(kDropped, token.name)) {
+      special_ = token.name;
+    } else if (IsAmong(kElements, token.name)) {
+      AddTag(token);
+    }
+  }
+
+  void End(const std::string& name) {
+    special_.clear();
+    if (!IsAmong(kElements, name) || HasNoEnd(name)) return;
+    AddHead();
+    out_.append("</").append(name) += '>';
+  }
+
+  void AddText(std::string_view text, bool is_raw) {
+    if (IsAmong(kDropped, special_) || (is_before_head_ && platform::Trim(text).empty())) return;
+    AddHead();
+    if (special_ == "style") {
+      out_.append("<style>").append(SafeCss(text)) += "</style>";
+      return;
+    }
+    const std::string escaped = EscapedForHtml(is_raw ? text : DecodeCharacterReferences(text));
+    out_ += special_ == "title" ? "<title>" + escaped + "</title>" : escaped;
+  }
+
+  void AddTag(const HtmlToken& token) {
+    if (token.name != "html" && token.name != "head") AddHead();
+    out_.append("<").append(token.name);
+    for (const HtmlAttribute& attribute : token.attributes) AddAttribute(token.name, attribute);
+    out_ += '>';
+    if (token.name == "head" && is_before_head_) AddMarks();
+  }
+
+  void AddAttribute(std::string_view element, const HtmlAttribute& attribute) {
+    const std::string name = platform::AsciiLower(tokenizer_.RawName(attribute));
+    std::string value = DecodeCharacterReferences(tokenizer_.RawValue(attribute), true);
+    if (name == "style") {
+      value = SafeCss(value);
+    } else if ((name == "src" && element == "img") || name == "background") {
+      const auto place = options_.picture && !value.empty() ? options_.picture(value) : std::nullopt;
+      if (!place) return;
+      value = *place;
+    } else if (name == "href") {
+      if (element != "a" || !MayLeadTo(value)) return;
+    } else if (!IsAmong(kAttributes, name)) {
+      return;
+    }
+    out_.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';
+  }
+
+  // What says how the page is to be read comes before anything that is read.
+  void AddHead() {
+    if (!is_before_head_) return;
+    out_ += "<head>";
+    AddMarks();
+    out_ += "</head>";
+  }
+
+  void AddMarks() {
+    is_before_head_ = false;
+    out_ += kCharset;
+    if (options_.forbids_loading) out_ += kPolicy;
+  }
+
+  HtmlTokenizer tokenizer_;
+  const SafePageOptions& options_;
+  std::string out_;
+  bool is_before_head_ = true;
+  std::string special_;  // the element whose text comes, where that is treated in a way of its own
+};
+
+}  // namespace
+
+std::string SafePage(std::string_view page, const SafePageOptions& options) { return Copy(page, options).Run(); }
+
+std::string PageOfText(std::string_view text) {
+  std::string page = "<!DOCTYPE html>\r\n<html><head>";
+  page += kCharset;
+  page += "</head><body><pre style=\"white-space: pre-wrap\">\r\n";
+  page += EscapedForHtml(text);
+  page += "</pre></body></html>";
+  return page;
+}
+
+std::string EscapedForHtml(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      default:
+        out += c;
+    }
+  }
+  return out;
+}
+
+}  // namespace quillcast::html

@@ -1,0 +1,121 @@
+#include "mail_file/body_folder.h"
+
+#include <optional>
+
+#include "document/picture_kind.h"
+#include "html/safe_page.h"
+#include "mail_file/safe_part_name.h"
+#include "mime/media_type.h"
+#include "platform/text.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+// A file is opened as what its ending says, and it is to be what its content is.
+std::string PictureName(const Part& part, std::size_t place, const std::string& type) {
+  std::string name = FileNameOf(part, place);
+  if (mime::MediaTypeOf(name, {}) != type) name += EndingOfType(type);
+  return name;
+}
+
+class Writer {
+ public:
+  Writer(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options)
+      : message_(message), folder_(folder), options_(options), embedded_(message) {}
+
+  Result<BodyFolder> Run() {
+    const auto body = BodyAsHtml(message_);
+    if (!body) return body.error();
+    html::SafePageOptions safe;
+    safe.forbids_loading = options_.forbids_loading;
+    safe.picture = [this](std::string_view address) { return Picture(address); };
+    const std::string page = html::SafePage(*body, safe);
+    if (options_.cancel != nullptr && options_.cancel->Requested() != platform::Stop::kNone)
+      return Error{Failure::kTryAgain, "Writing the body was cancelled."};
+    auto name = folder_.WriteNew(options_.page_name, [&](int fd, const std::filesystem::path& file) {
+      return platform::WriteAll(fd, file, page);
+    });
+    if (!name) return name.error();
+    out_.page = *std::move(name);
+    return std::move(out_);
+  }
+
+ private:
+  // The same picture is written once, however often it is shown.
+  std::optional<std::string> Picture(std::string_view address) {
+    const Part* const part = embedded_.Find(address);
+    if (part == nullptr) return {};
+    const auto [known, is_new] = names_.try_emplace(part);
+    if (is_new) known->second = Write(*part);
+    return known->second.empty() ? std::nullopt : std::optional(platform::PercentEncoded(known->second));
+  }
+
+  std::string Write(const Part& part) {
+    const std::string type = embedded_.PictureTypeOf(part);
+    if (type.empty()) return {};
+    const auto name = folder_.WriteNew(PictureName(part, embedded_.PlaceOf(part), type),
+                                       [&](int fd, const std::filesystem::path& file) {
+                                         return WritePart(message_, part, fd, file, options_.cancel);
+                                       });
+    (name ? out_.pictures.push_back(*name) : out_.failures.push_back(name.error()));
+    return name ? *name : std::string();
+  }
+
+  const MailMessage& message_;
+  ChosenFolder& folder_;
+  const BodyFolderOptions& options_;
+  EmbeddedParts embedded_;
+  std::unordered_map<const Part*, std::string> names_;
+  BodyFolder out_;
+};
+
+}  // namespace
+
+Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options) {
+  return Writer(message, folder, options).Run();
+}
+
+Result<std::string> BodyAsHtml(const MailMessage& message) {
+  if (message.HasBody("text/html")) return message.HtmlBody();
+  const auto text = message.TextBody();
+  if (!text) return text.error();
+  return html::PageOfText(*text);
+}
+
+Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,
+                       const platform::CancelToken* cancel) {
+  auto reader = message.Open(part);
+  if (!reader) return reader.error();
+  for (;;) {
+    if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone)
+      return Error{Failure::kTryAgain, Say("Writing \"{}\" was cancelled.", platform::Printable(file.string()))};
+    const auto block = reader->Next();
+    if (!block) return block.error();
+    if (block->empty()) return {};
+    if (auto written = platform::WriteAll(fd, file, *block); !written) return written;
+  }
+}
+
+EmbeddedParts::EmbeddedParts(const MailMessage& message) : message_(message) {
+  for (const Part& part : message.parts()) {
+    if (part.message == kNoPart && !part.content_id.empty()) places_.try_emplace(part.content_id, PlaceOf(part));
+  }
+}
+
+const Part* EmbeddedParts::Find(std::string_view address) const {
+  address = platform::Trim(address);
+  if (!platform::StartsWithIgnoringAsciiCase(address, "cid:")) return nullptr;
+  const auto id = platform::PercentDecoded(address.substr(4));
+  const auto place = id ? places_.find(*id) : places_.end();
+  return place == places_.end() ? nullptr : &message_.parts()[place->second];
+}
+
+std::string EmbeddedParts::PictureTypeOf(const Part& part) const {
+  auto reader = message_.Open(part);
+  if (!reader) return {};
+  const auto first = reader->Next();
+  const std::string_view type = first ? document::PictureType(*first) : std::string_view();
+  return type == "image/svg+xml" ? std::string() : std::string(type);
+}
+
+}  // namespace quillcast::mail_file
