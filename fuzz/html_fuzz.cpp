@@ -7,6 +7,7 @@
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "html/local_pictures.h"
+#include "html/simple_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quillcast::html;
@@ -24,6 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!text.empty() && (text.front() == '\n' || text.back() != '\n')) std::abort();
   if (text.find(" \n") != std::string::npos || text.ends_with("\n\n")) std::abort();
   if (text.size() > 16 * size + 64) std::abort();
+
+  if (Simplify(html, 65536).html.size() > 8 * size + 4096) std::abort();
 
   std::size_t end = 0;
   const auto pictures = FindLocalPictures(html);

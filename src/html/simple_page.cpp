@@ -1,0 +1,283 @@
+#include "html/simple_page.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "html/hidden_element.h"
+#include "html/html_elements.h"
+#include "html/html_tokenizer.h"
+#include "html/simple_attributes.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr std::size_t kMostOpen = 100;    // elements
+constexpr std::size_t kMostTables = 3;    // within each other
+constexpr std::size_t kMostItems = 1000;  // of a list; more are another list
+constexpr std::size_t kMostPictures = 500;
+constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
+
+// What the view knows under the same name.
+constexpr auto kKept = std::to_array<std::string_view>(
+    {"a",    "b",  "big",  "blockquote", "center", "cite",   "code", "dd",  "dfn", "dl", "dt", "em",
+     "font", "h1", "h2",   "h3",         "h4",     "h5",     "h6",   "i",   "kbd", "li", "ol", "p",
+     "pre",  "s",  "samp", "small",      "span",   "strong", "sub",  "sup", "tt",  "u",  "ul", "var"});
+
+template <typename Names>
+bool IsAmong(std::string_view name, const Names& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// For each table of a page, in the order of their start tags, whether any of its rows has two cells: others arrange the
+// page.
+std::vector<bool> FindGrids(std::string_view html) {
+  struct Open {
+    std::size_t table;
+    std::size_t cells = 0;  // of the row
+  };
+  std::vector<bool> is_grid;
+  std::vector<Open> open;
+  HtmlTokenizer page(html);
+  HtmlToken token;
+  while (page.Next(token)) {
+    if (token.kind == HtmlTokenKind::kEndTag && token.name == "table" && !open.empty()) open.pop_back();
+    if (token.kind != HtmlTokenKind::kStartTag) continue;
+    if (token.name == "table") {
+      open.push_back({is_grid.size()});
+      is_grid.push_back(false);
+    } else if (!open.empty() && token.name == "tr") {
+      open.back().cells = 0;
+    } else if (!open.empty() && (token.name == "td" || token.name == "th") && ++open.back().cells > 1) {
+      is_grid[open.back().table] = true;
+    }
+  }
+  return is_grid;
+}
+
+class SimpleWriter {
+ public:
+  SimpleWriter(std::string_view html, std::size_t most) : page_(html), grids_(FindGrids(html)), most_(most) {}
+
+  SimplePage Write();
+
+ private:
+  // What is open, and how its end is written; empty where it is not.
+  struct Open {
+    std::string name;
+    std::string_view written;
+    std::size_t items = 0;  // of a list
+  };
+
+  void Take(const HtmlToken& token);
+  void Text(std::string_view text);
+  void Start(const HtmlToken& token);
+  void StartTable(const HtmlToken& token);
+  void StartRow(const HtmlToken* token);
+  void StartCell(const HtmlToken* token);
+  void StartItem();
+  void End(const std::string& name);
+  void Push(const std::string& name, std::string_view written, const HtmlToken* token);
+  void CloseTo(std::size_t open);
+  void ComeIntoCell();
+  void CloseBefore(const std::string& name);
+  std::size_t Last(std::string_view name) const;
+  bool IsInGrid() const;
+
+  HtmlTokenizer page_;
+  std::vector<bool> grids_;
+  std::size_t most_;            // bytes
+  std::size_t tables_ = 0;      // that began
+  std::size_t open_grids_ = 0;  // written as tables
+  std::size_t pictures_ = 0;
+  std::vector<Open> open_;
+  bool drops_text_ = false;  // of a title, which is not the page's
+  std::size_t word_ = 0;     // bytes since the last place to break
+  std::string out_;
+};
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+// The place of the innermost that is open in this cell, and for what a table consists of in this table.
+std::size_t SimpleWriter::Last(std::string_view name) const {
+  const bool is_of_table = name == "table" || name == "tr" || name == "td";
+  for (std::size_t i = open_.size(); i-- > 0;) {
+    if (open_[i].name == name) return i;
+    if (open_[i].name == "table" || (!is_of_table && open_[i].name == "td")) return kNone;
+  }
+  return kNone;
+}
+
+void SimpleWriter::CloseTo(std::size_t open) {
+  for (; open_.size() > open; open_.pop_back()) {
+    const std::string_view written = open_.back().written;
+    if (written == "table") --open_grids_;
+    if (!written.empty()) out_.append("</").append(written).append(">");
+    if (written == "div" || written == "p") word_ = 0;
+  }
+}
+
+void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
+  open_.push_back({name, written});
+  if (written.empty()) return;
+  out_.append("<").append(written);
+  if (token != nullptr) out_ += SimpleAttributes(page_, *token);
+  out_ += '>';
+}
+
+// Whether the innermost table is written as one.
+bool SimpleWriter::IsInGrid() const {
+  const std::size_t table = Last("table");
+  return table != kNone && open_[table].written == "table";
+}
+
+void SimpleWriter::StartTable(const HtmlToken& token) {
+  const bool is_grid = grids_[tables_++] && open_grids_ < kMostTables;
+  if (open_.size() >= kMostOpen) return;
+  ComeIntoCell();
+  CloseBefore("p");
+  open_grids_ += is_grid ? 1 : 0;
+  Push("table", is_grid ? "table" : "div", &token);
+}
+
+void SimpleWriter::StartRow(const HtmlToken* token) {
+  const std::size_t table = Last("table");
+  if (table == kNone) return;
+  CloseTo(table + 1);
+  Push("tr", IsInGrid() ? "tr" : "", token);
+}
+
+void SimpleWriter::StartCell(const HtmlToken* token) {
+  if (Last("table") == kNone) return;
+  if (Last("tr") == kNone) StartRow(nullptr);
+  CloseTo(Last("tr") + 1);
+  Push("td", !IsInGrid() ? "div" : token != nullptr && token->name == "th" ? "th" : "td", token);
+  word_ = 0;
+}
+
+// What stands in a table and in no cell of it is shown in one.
+void SimpleWriter::ComeIntoCell() {
+  if (open_.empty()) return;
+  if (open_.back().name == "table" || open_.back().name == "tr") StartCell(nullptr);
+}
+
+// A paragraph or an item ends where the next one begins.
+void SimpleWriter::CloseBefore(const std::string& name) {
+  const std::size_t before = Last(name);
+  if (before == kNone) return;
+  if (name == "li" && std::any_of(open_.begin() + static_cast<std::ptrdiff_t>(before), open_.end(),
+                                  [](const Open& open) { return open.name == "ul" || open.name == "ol"; }))
+    return;
+  CloseTo(before);
+}
+
+void SimpleWriter::StartItem() {
+  CloseBefore("li");
+  if (open_.empty() || (open_.back().written != "ul" && open_.back().written != "ol")) return;
+  if (++open_.back().items % kMostItems != 0) return;
+  const Open list = open_.back();
+  CloseTo(open_.size() - 1);
+  Push(list.name, list.written, nullptr);
+}
+
+void SimpleWriter::Start(const HtmlToken& token) {
+  const std::string& name = token.name;
+  if (name == "table") return StartTable(token);
+  if (name == "tr") return StartRow(&token);
+  if (name == "td" || name == "th") return StartCell(&token);
+  const bool is_block = IsBlock(RoleOf(name));
+  const bool is_void = name == "br" || name == "hr" || name == "img";
+  if (!is_void && !is_block && !IsAmong(name, kKept)) return;
+  if (Last("table") != kNone && (name == "tbody" || name == "thead" || name == "tfoot")) return;
+  ComeIntoCell();
+  if (name == "img" && ++pictures_ > kMostPictures) return Text(page_.Value(token, "alt"));
+  if (is_void) {
+    out_.append("<").append(name).append(SimpleAttributes(page_, token)).append(">");
+    word_ = 0;
+    return;
+  }
+  if (is_block) {
+    CloseBefore("p");
+    word_ = 0;
+  }
+  if (name == "li") StartItem();
+  if (open_.size() >= kMostOpen) return;
+  const auto kept = std::find(kKept.begin(), kKept.end(), name);
+  Push(name, kept != kKept.end() ? *kept : std::string_view("div"), &token);
+}
+
+void SimpleWriter::End(const std::string& name) {
+  const std::size_t open = Last(name == "th" ? "td" : name);
+  if (open != kNone) CloseTo(open);
+}
+
+void SimpleWriter::Text(std::string_view text) {
+  const bool is_blank = text.find_first_not_of(" \t\r\n\f") == std::string_view::npos;
+  if (is_blank && !open_.empty() && (open_.back().name == "table" || open_.back().name == "tr")) return;
+  ComeIntoCell();
+  bool in_reference = false;
+  for (const char c : text) {
+    if (out_.size() > most_) return;
+    const bool is_break = c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
+    const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // a character
+    in_reference = (in_reference || c == '&') && c != ';' && !is_break;
+    if (is_break) word_ = 0;
+    if (++word_ > kLongestWord && begins && (!in_reference || c == '&' || word_ > 2 * kLongestWord)) {
+      out_ += "&#8203;";
+      word_ = 1;
+    }
+    if (c == '<') {
+      out_ += "&lt;";
+    } else if (c == '>') {
+      out_ += "&gt;";
+    } else if (c != '\0') {
+      out_ += c;
+    }
+  }
+}
+
+void SimpleWriter::Take(const HtmlToken& token) {
+  switch (token.kind) {
+    case HtmlTokenKind::kText:
+      if (!drops_text_) Text(page_.Source(token));
+      break;
+    case HtmlTokenKind::kStartTag:
+      drops_text_ = RoleOf(token.name) == HtmlRole::kDropped;
+      if (!drops_text_) Start(token);
+      break;
+    case HtmlTokenKind::kEndTag:
+      drops_text_ = false;
+      End(token.name);
+      break;
+    case HtmlTokenKind::kRawText:
+    case HtmlTokenKind::kComment:
+    case HtmlTokenKind::kDoctype:
+      break;
+  }
+}
+
+SimplePage SimpleWriter::Write() {
+  HiddenElement hidden;
+  HtmlToken token;
+  while (page_.Next(token)) {
+    if (hidden.active()) {
+      if (!hidden.Skip(token)) continue;
+    } else if (token.kind == HtmlTokenKind::kStartTag && !HasNoContent(token.name) && IsHidden(page_, token)) {
+      hidden.Begin(token);
+      continue;
+    }
+    Take(token);
+    if (out_.size() > most_) {
+      CloseTo(0);
+      return {std::move(out_), true};
+    }
+  }
+  CloseTo(0);
+  return {std::move(out_), false};
+}
+
+}  // namespace
+
+SimplePage Simplify(std::string_view html, std::size_t most) { return SimpleWriter(html, most).Write(); }
+
+}  // namespace quillcast::html

@@ -1,0 +1,135 @@
+// What a text view is given of a stranger's page: a table of pieces, and that nothing displayed is lost.
+#include "html/simple_page.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "html/html_to_text.h"
+#include "html/html_tokenizer.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr std::size_t kMost = std::size_t{256} * 1024;
+
+SimplePage Simple(std::string_view html) { return Simplify(html, kMost); }
+
+std::string Times(std::size_t count, std::string_view text) {
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+// How deep tables stand in each other, and elements at all.
+struct Depth {
+  std::size_t tables = 0;
+  std::size_t elements = 0;
+};
+Depth DepthOf(std::string_view html) {
+  Depth most;
+  Depth now;
+  HtmlTokenizer page(html);
+  for (HtmlToken token; page.Next(token);) {
+    const int step = token.kind == HtmlTokenKind::kStartTag ? 1 : token.kind == HtmlTokenKind::kEndTag ? -1 : 0;
+    if (step == 0 || token.name == "br" || token.name == "hr" || token.name == "img") continue;
+    now.elements += step;
+    if (token.name == "table") now.tables += step;
+    most = {std::max(most.tables, now.tables), std::max(most.elements, now.elements)};
+  }
+  EXPECT_EQ(now.elements, 0U) << "well formed";
+  return most;
+}
+
+std::string Words(std::string_view html) {
+  std::istringstream words(HtmlToText(html));
+  std::string all;
+  for (std::string word; words >> word;) {
+    for (std::size_t at; (at = word.find("\u200B")) != std::string::npos;) word.erase(at, 3);
+    if (word.find_first_not_of("-*0123456789.>") != std::string::npos) all += word + " ";  // of lists and quotations
+  }
+  return all;
+}
+
+TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
+  const std::vector<std::pair<std::string, std::string>> table = {
+      {"<p>a<p>b", "<p>a</p><p>b</p>"},
+      {"<ul><li>a<li>b<ul><li>c</ul></ul>", "<ul><li>a</li><li>b<ul><li>c</li></ul></li></ul>"},
+      {"<b>a<i>b</b>c</i>", "<b>a<i>b</i></b>c"},
+      {"</p></table>a", "a"},
+      {"a<3 &lt;b&gt; <!-- c --><script>d</script><style>e</style><title>f</title>", "a&lt;3 &lt;b&gt; "},
+      {"<div style='display:none'>x<b>y</b></div>z", "z"},
+      {"<a href='javascript:x'>a</a><a href=' HTTPS://x.org/?a=1&amp;b=\"'>b</a><a href=\"mailto:a@b.c\">c</a>",
+       "<a>a</a><a href=\"HTTPS://x.org/?a=1&amp;b=&quot;\">b</a><a href=\"mailto:a@b.c\">c</a>"},
+      {"<img src='file:///etc/passwd' alt='a&lt;b' width=9 height=99999><img src=cid:x><img src=https://x.org/a>",
+       "<img alt=\"a&lt;b\" width=\"9\"><img src=\"cid:x\"><img>"},
+      {"<p style='color:#FF0000; background:url(http://x.org); font-size:900px;margin-left: -20px!important' "
+       "onclick=x class=y background=z bgcolor=red>a",
+       "<p style=\"color:#FF0000;margin-left:-20px\" bgcolor=\"red\">a</p>"},
+      {"<p style=\"font-family:&quot;A B&quot;, C;color:rgb(1, 2, 3);width:expression(x)\">a",
+       "<p style=\"font-family:'A B', C;color:rgb(1, 2, 3)\">a</p>"},
+      {"<form action=x><section><nav>a</nav><input value=y><button>b</button></section></form>",
+       "<div><div><div>a</div>b</div></div>"},
+      {"<link rel=stylesheet href=x><base href=file:///><iframe src=x></iframe><object data=x></object><video src=x>a",
+       "a"},
+      // Tables
+      {"<table><tr><td>a<table><tr><td bgcolor=red>b</table></table>",
+       "<div><div>a<div><div bgcolor=\"red\">b</div></div></div></div>"},
+      {"<table border=1><tbody><tr><td>a<th>b<tr><td colspan=2>c</table>d",
+       "<table border=\"1\"><tr><td>a</td><th>b</th></tr><tr><td colspan=\"2\">c</td></tr></table>d"},
+      {"<table>a<tr>b<td>c<td>d", "<table><tr><td>a</td></tr><tr><td>b</td><td>c</td><td>d</td></tr></table>"},
+      {"<td>a<tr>b", "ab"},
+      {"<table><tr><td colspan=1000000>a<td rowspan=-1>b</table>",
+       "<table><tr><td>a</td><td rowspan=\"-1\">b</td></tr></table>"},
+      {std::string("a\0b", 3), "ab"},
+  };
+  for (const auto& [html, simple] : table) {
+    EXPECT_EQ(Simple(html).html, simple) << html;
+    EXPECT_EQ(Simple(simple).html, simple) << "once is enough";
+  }
+}
+
+TEST(SimplePage, BreaksWordsWithoutAnEnd) {
+  const std::string page = Simple(Times(150, "\u00e4")).html;
+  EXPECT_EQ(page, Times(50, "\u00e4") + "&#8203;" + Times(50, "\u00e4") + "&#8203;" + Times(50, "\u00e4"));
+  const std::string references = Simple(Times(100, "&amp;")).html;
+  EXPECT_EQ(references.find("&amp&#8203;"), std::string::npos);
+  EXPECT_EQ(Words(references), Words(Times(100, "&amp;")));
+}
+
+TEST(SimplePage, IsNeverDeeperOrLongerThanItSays) {
+  for (const std::string& page :
+       {Times(10000, "<table><tr><td>a<td>"), Times(10000, "<table><tr><td>"), Times(20000, "<b>"),
+        Times(20000, "<ul><li>"), Times(20000, "<div style='color:red'>x"), Times(60000, "<p>some words</p>"),
+        Times(30000, "<blockquote><table><td>a<td>b")}) {
+    const SimplePage simple = Simple(page);
+    const Depth depth = DepthOf(simple.html);
+    EXPECT_LE(depth.tables, 3U);
+    EXPECT_LE(depth.elements, 104U);
+    EXPECT_LE(simple.html.size(), kMost + 4000);
+    EXPECT_EQ(simple.is_cut, simple.html.size() > kMost);
+  }
+}
+
+// Newsletters as others write them.
+TEST(SimplePage, HasTheWordsOfThePage) {
+  namespace fs = std::filesystem;
+  // With maps, bullets that are words, addresses that are broken, numbers of items' own.
+  const std::set<std::string> others = {"picture-only", "word-processor", "long-links", "club-minutes"};
+  std::size_t pages = 0;
+  for (const auto& entry : fs::directory_iterator(fs::path(QUILLCAST_TEST_DATA) / "pages")) {
+    if (entry.path().extension() != ".html" || others.contains(entry.path().stem().string())) continue;
+    std::ifstream file(entry.path());
+    const std::string html((std::istreambuf_iterator<char>(file)), {});
+    EXPECT_EQ(Words(Simple(html).html), Words(html)) << entry.path();
+    EXPECT_LE(DepthOf(Simple(html).html).tables, 3U);
+    ++pages;
+  }
+  EXPECT_GE(pages, 25U);
+}
+
+}  // namespace
+}  // namespace quillcast::html
