@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "html/safe_page.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -74,26 +75,7 @@ bool IsWithin(std::string_view value, int most) {
 }
 
 void Append(std::string& out, std::string_view name, std::string_view value) {
-  out.append(" ").append(name).append("=\"");
-  for (const char c : value) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      default:
-        out += c;
-    }
-  }
-  out += '"';
+  out.append(" ").append(name).append("=\"").append(EscapedForHtml(value)).append("\"");
 }
 
 bool IsPlainValue(std::string_view value) {
