@@ -38,11 +38,13 @@ Result<void> AllowFolders(const std::vector<std::string>& folders, document::Pic
 
 }  // namespace
 
-void AddDocumentOptions(CLI::App& command, DocumentOptions& options) {
+void AddDocumentOptions(CLI::App& command, DocumentOptions& options, BodyIs body) {
   command.add_option("--subject", options.subject, "The subject; merge tags such as $*MergeFirstName*$ are replaced");
-  command.add_option("--body", options.body, "The body: an HTML file, or a text file whose name ends in .txt")
+  command
+      .add_option(body == BodyIs::kFirst ? "DOCUMENT" : "--body", options.body,
+                  "The body: an HTML file, or a text file whose name ends in .txt")
       ->required()
-      ->type_name("FILE");
+      ->type_name(body == BodyIs::kFirst ? "" : "FILE");
   command.add_option("--text", options.text, "A text part of your own, instead of the one made from the HTML")
       ->type_name("FILE");
   command.add_option("--format", options.format, "How the body is sent")->check(CLI::IsMember({"HTML", "Text"}));

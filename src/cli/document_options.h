@@ -22,8 +22,10 @@ struct DocumentOptions {
   std::vector<std::string> pictures_from;
 };
 
-// `options` must outlive the command, which fills it when the line is parsed.
-void AddDocumentOptions(CLI::App& command, DocumentOptions& options);
+// `options` must outlive the command, which fills it when the line is parsed. The body is named by an option, or stands
+// first on the line.
+enum class BodyIs { kOption, kFirst };
+void AddDocumentOptions(CLI::App& command, DocumentOptions& options, BodyIs body = BodyIs::kOption);
 
 // Reads the body and builds the document, which may take pictures from its own folder, those of the program, and
 // --pictures-from. The format is the option's, else what the settings start with.

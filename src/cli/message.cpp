@@ -54,9 +54,11 @@ int WithMessages(Context& context, const MessageFiles& files, const UseMessage& 
 }
 
 void AddMessageCommand(CLI::App& app, Context& context) {
-  CLI::App& message = *app.add_subcommand("message", "Look into message files (.eml), from wherever they come");
+  CLI::App& message =
+      *app.add_subcommand("message", "Look into message files (.eml), from wherever they come, and make them");
   message.require_subcommand(1);
   AddMessageShow(message, context);
+  AddMessageExport(message, context);
 }
 
 }  // namespace quillcast::cli

@@ -25,5 +25,6 @@ using UseMessage = std::function<int(const std::string& name, const mail_file::L
 int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use);
 
 void AddMessageShow(CLI::App& message, Context& context);
+void AddMessageExport(CLI::App& message, Context& context);
 
 }  // namespace quillcast::cli

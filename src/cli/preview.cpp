@@ -19,11 +19,9 @@ struct PreviewOptions {
 int RunPreview(Context& context, const PreviewOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  const profile::SettingsStore settings(folders->settings);
-  auto document = DocumentFrom(options.document, *folders, settings, context.prompts);
-  if (!document) return context.output.Fail(document.error());
-  const auto preview =
-      run::Prepare(std::move(*document), run::ChosenGroup(), PlaceOf(context, *folders)).WritePreview();
+  auto prepared = PrepareRun(context, *folders, options.document, run::ChosenGroup());
+  if (!prepared) return context.output.Fail(prepared.error());
+  const auto preview = prepared->WritePreview();
   if (!preview) return context.output.Fail(preview.error());
   for (const auto& note : preview->notes) context.output.Note(note.InEnglish());
   context.output.Line(fmt::format("The preview is {}.", preview->file.string()));

@@ -152,12 +152,7 @@ int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& pr
   message::RenderedMessage rendered;
   const auto row = RenderRequested(options, prepared, rendered);
   if (!row) return context.output.Fail(row.error());
-  const auto may_write = platform::MayWriteTo(options.to_file, context.Folders().OwnFiles(), context.prompts);
-  if (!may_write) return context.output.Fail(may_write.error());
-  if (!*may_write) {
-    return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(options.to_file),
-                                "Name another file, or answer yes (--yes does) to have it unlocked."});
-  }
+  if (const int refused = AskToWrite(context, options.to_file)) return refused;
   const auto written = platform::ReplaceChosenFile(options.to_file, context.Folders().OwnFiles(), [&](int fd) {
     return message::WriteMessage(rendered, fd, options.to_file);
   });

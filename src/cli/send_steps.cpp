@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "message/related_pictures.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "run/pre_send_checks.h"
 
@@ -36,6 +37,21 @@ Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& fo
   auto document = DocumentFrom(options, folders, profile::SettingsStore(folders.settings), context.prompts);
   if (!document) return document.error();
   return run::Prepare(std::move(*document), group, PlaceOf(context, folders));
+}
+
+Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& folders, const DocumentOptions& options,
+                                    run::ChosenGroup group) {
+  auto document = DocumentFrom(options, folders, profile::SettingsStore(folders.settings), context.prompts);
+  if (!document) return document.error();
+  return run::Prepare(std::move(*document), std::move(group), PlaceOf(context, folders));
+}
+
+int AskToWrite(Context& context, const std::string& file) {
+  const auto may_write = platform::MayWriteTo(file, context.Folders().OwnFiles(), context.prompts);
+  if (!may_write) return context.output.Fail(may_write.error());
+  if (*may_write) return 0;
+  return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(file),
+                              "Name another file, or answer yes (--yes does) to have it unlocked."});
 }
 
 int AskBeforeSending(Context& context, run::PreparedRun& prepared) {

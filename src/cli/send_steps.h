@@ -18,6 +18,13 @@ run::RunPlace PlaceOf(const Context& context, const profile::Folders& folders);
 Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& folders, const DocumentOptions& options,
                                     const std::string& group);
 
+// The same to nobody, for what is made of the message alone.
+Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& folders, const DocumentOptions& options,
+                                    run::ChosenGroup group);
+
+// Asks before a locked file is written. 0 when it may be, else the exit code.
+int AskToWrite(Context& context, const std::string& file);
+
 // The checks and questions before sending. 0 when the run may start, else the exit code.
 int AskBeforeSending(Context& context, run::PreparedRun& prepared);
 

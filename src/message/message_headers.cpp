@@ -46,6 +46,7 @@ MessageHeaders::MessageHeaders(const document::MessageDocument& document, Messag
   mime::AppendMailbox(from_, "From", mime::HeaderText(options_.sender_name), mime::HeaderText(sender),
                       CharsetFor(options_.sender_name, options_.charset), options_.header_encoding);
   others_ = fmt::format("X-Mailer: {}\r\n{}", profile::MailerName(), PriorityField(document.priority));
+  if (options_.is_draft) others_ += "X-Unsent: 1\r\n";
   if (document.read_receipt) {
     mime::AppendMailbox(others_, "Disposition-Notification-To", mime::HeaderText(""), mime::HeaderText(sender),
                         options_.charset, options_.header_encoding);
@@ -73,9 +74,11 @@ bool MessageHeaders::Append(const document::MergeValues& values, const smtp::Add
   const std::string id = mime::MakeMessageId(run_id_, number, id_domain_);
   out.pieces.AddShared(from_);
   std::string& header = out.pieces.personal();
-  const auto name = options_.name_field == 0 ? std::string_view() : values[options_.name_field];
-  mime::AppendMailbox(header, "To", mime::HeaderText(name), mime::HeaderText(net::WithAsciiDomain(address.text())),
-                      CharsetFor(name, options_.charset), options_.header_encoding);
+  if (!address.empty()) {
+    const auto name = options_.name_field == 0 ? std::string_view() : values[options_.name_field];
+    mime::AppendMailbox(header, "To", mime::HeaderText(name), mime::HeaderText(net::WithAsciiDomain(address.text())),
+                        CharsetFor(name, options_.charset), options_.header_encoding);
+  }
   const bool eight_bit_address = !platform::IsAscii(header) || !platform::IsAscii(from_);
   if (!AppendSubject(values, out)) return false;
   const std::tm local = clock.Local(clock.Now());

@@ -19,7 +19,8 @@ class MessageHeaders {
   // `run_id` is chance; with the number of a message it makes its Message-ID.
   MessageHeaders(const document::MessageDocument& document, MessageOptions options, std::uint64_t run_id);
 
-  // Also fills in the envelope, but its size. False when the values make the subject grow without measure.
+  // Also fills in the envelope, but its size. A message to nobody, whose address is empty, has no To. False when the
+  // values make the subject grow without measure.
   bool Append(const document::MergeValues& values, const smtp::Address& address, std::uint64_t number,
               const platform::Clock& clock, RenderedMessage& out) const;
 

@@ -24,6 +24,7 @@ struct MessageOptions {
   bool own_boundary_prefix = false;  // a fresh prefix for the boundaries of each message
   bool is_bare = false;              // no MIME, and text only
   bool text_part = true;
+  bool is_draft = false;  // "X-Unsent: 1": mail readers open the message to be written on; for a file alone
   smtp::DsnNotify notify = smtp::DsnNotify::kNone;
   smtp::DsnReturn dsn_return = smtp::DsnReturn::kNone;
 };

@@ -53,8 +53,9 @@ class MessageTemplate {
   bool CanHoldSubject(const recipients::Recipient& recipient) const;
   const charset::Charset& charset() const { return options_.charset; }
 
-  // The recipient's message. `address` is the envelope's. `number` is the recipient's place in the run, for a
-  // Message-ID of its own. Fails with kBadData for values that make the message grow without measure.
+  // The recipient's message. `address` is the envelope's; empty for a message to nobody. `number` is the recipient's
+  // place in the run, for a Message-ID of its own. Fails with kBadData for values that make the message grow without
+  // measure.
   Result<void> Render(const recipients::Recipient& recipient, const smtp::Address& address, std::int64_t number,
                       RenderedMessage& out) const;
 

@@ -89,9 +89,12 @@ Result<void> RenderedMessage::Encode(const EightBitPart& part, RenderedPieces& o
   return {};
 }
 
-Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file) {
+Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file,
+                          const platform::CancelToken* cancel) {
   PieceReader reader = message.Read();
   for (;;) {
+    if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone)
+      return Error{Failure::kTryAgain, "Stopped.", ""};
     const auto bytes = reader.Next();
     if (!bytes) return bytes.error();
     if (bytes->empty()) return {};

@@ -9,6 +9,7 @@
 
 #include "message/encoded_files.h"
 #include "message/rendered_pieces.h"
+#include "platform/cancel.h"
 #include "smtp/envelope.h"
 #include "smtp/message_source.h"
 
@@ -90,7 +91,9 @@ class RenderedMessage final : public smtp::MessageSource {
   PieceReader sent_;  // of the form that goes out
 };
 
-// The bytes of a message into an open file. What is sent of it does not notice.
-Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file);
+// The bytes of a message into an open file. What is sent of it does not notice. A request by `cancel` ends it with
+// kTryAgain.
+Result<void> WriteMessage(const RenderedMessage& message, int fd, const std::filesystem::path& file,
+                          const platform::CancelToken* cancel = nullptr);
 
 }  // namespace quillcast::message

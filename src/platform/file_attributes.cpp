@@ -7,12 +7,15 @@
 #include <array>
 
 #include "platform/file.h"
+#include "platform/text.h"
 
 namespace quillcast::platform {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr std::size_t kLongestName = 200;  // bytes of a file's name, where it is told
 
 // Beside a database, while it is written.
 constexpr std::array<const char*, 4> kCompanions = {"", "-journal", "-wal", "-shm"};
@@ -76,6 +79,21 @@ Result<bool> MayWriteTo(const fs::path& file, const OwnFiles& own, Prompts& prom
 }
 
 Sentence LeftLocked(const fs::path& file) { return Say("{} is locked and was left as it is.", file.string()); }
+
+Result<std::optional<Sentence>> DescribeTarget(const fs::path& file, const OwnFiles& own) {
+  std::error_code failed;
+  if (!fs::is_regular_file(file, failed)) return std::optional<Sentence>();
+  if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
+  if (IsLocked(file)) return TargetIsLocked(file);
+  const std::string name = Printable(file.filename().string(), kLongestName);
+  if (!fs::is_symlink(file, failed)) return std::optional(Say("{} is there already; the export replaces it.", name));
+  return std::optional(
+      Say("{} is a link to {}; the export replaces what is there.", name, fs::canonical(file, failed).string()));
+}
+
+Error TargetIsLocked(const fs::path& file) {
+  return {Failure::kNotPermitted, LeftLocked(file), "Browse for it to have it unlocked."};
+}
 
 Result<void> ReplaceChosenFile(const fs::path& path, const OwnFiles& own,
                                const std::function<Result<void>(int fd)>& write) {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -34,6 +35,12 @@ Result<void> CheckIsNotOwn(const std::filesystem::path& path, const OwnFiles& ow
 Result<bool> MayWriteTo(const std::filesystem::path& file, const OwnFiles& own, Prompts& prompts);
 // What is told then.
 Sentence LeftLocked(const std::filesystem::path& file);
+
+// What whoever names that file has to know before anything is written: that another is replaced. Nothing where none is
+// there. Errors: those of a path that is not written to.
+Result<std::optional<Sentence>> DescribeTarget(const std::filesystem::path& file, const OwnFiles& own);
+// A rename would replace a locked file all the same; it is left, and who wants it is asked when browsing for it.
+Error TargetIsLocked(const std::filesystem::path& file);
 
 // ReplaceFile for a file of the person's choice: what a link leads to gets the new content, a file that was there keeps
 // its permissions; a device, a pipe and the program's own files are refused before anything is opened.

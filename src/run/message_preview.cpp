@@ -1,22 +1,11 @@
 #include "run/message_preview.h"
 
-#include "document/merge_fields.h"
 #include "message/message_parts.h"
 #include "message/message_template.h"
 #include "platform/file.h"
+#include "run/single_message.h"
 
 namespace quillcast::run {
-namespace {
-
-// A tag that is replaced by itself stays.
-recipients::Recipient TagsAsValues() {
-  recipients::Recipient recipient;
-  for (std::size_t i = 0; i < recipient.values.size(); ++i) recipient.values[i] = document::kMergeFields[i].tag;
-  return recipient;
-}
-
-}  // namespace
-
 Result<Preview> WritePreview(const document::MessageDocument& document, message::MessageOptions options,
                              const RunPlace& place) {
   const profile::Folders& folders = place.folders;
@@ -33,7 +22,7 @@ Result<Preview> WritePreview(const document::MessageDocument& document, message:
     if (!body) return body.error();
   }
   message::RenderedMessage rendered;
-  const auto made = message.Render(TagsAsValues(), address, 1, rendered);
+  const auto made = RenderWithTags(message, address, rendered);
   if (!made) return made.error();
   const auto written =
       platform::ReplaceFile(preview.file, [&](int fd) { return message::WriteMessage(rendered, fd, preview.file); });

@@ -189,6 +189,12 @@ Result<Preview> PreparedRun::WritePreview() {
   return run::WritePreview(document_, **options, place_);
 }
 
+Result<Exported> PreparedRun::Export(const ExportTarget& target) {
+  const auto options = Options();
+  if (!options) return options.error();
+  return ExportMessage(document_, **options, target, place_);
+}
+
 Result<Composed> PreparedRun::Compose(const std::optional<PartialRange>& range) {
   const auto message = Message();
   if (!message) return message.error();

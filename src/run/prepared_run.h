@@ -19,6 +19,7 @@
 #include "platform/result.h"
 #include "recipients/recipient_store.h"
 #include "run/dry_run.h"
+#include "run/message_export.h"
 #include "run/message_look.h"
 #include "run/message_preview.h"
 #include "run/pre_send_checks.h"
@@ -66,7 +67,8 @@ class PreparedRun {
   std::string EndsOf(const PartialRange& range) const;
 
   // One message by itself: as its recipient reads it, or with its tags; as it goes out (addressed to `send_to` where
-  // that is given), or handed over; and one that keeps its tags, in the preview's files. A view shows the parts that go
+  // that is given), or handed over; and one that keeps its tags, in the preview's files or in one of the person's
+  // choice. A view shows the parts that go
   // out; where the account describes no message, those that the document asks for.
   Result<RecipientView> View(std::int64_t position);
   Result<RecipientView> ViewOfTags();
@@ -75,6 +77,7 @@ class PreparedRun {
   // Sends the message of the recipient at this place to the account's own address: a sentence on what became of it.
   Result<Sentence> SendToMyself(std::int64_t position);
   Result<Preview> WritePreview();
+  Result<Exported> Export(const ExportTarget& target);
 
   // All of them, or those of a range: made and dropped, or sent. Run fails, with nothing sent, when the account cannot
   // be used or the report cannot be created; everything later is in the report, the listener's results and the summary.

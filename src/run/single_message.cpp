@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "document/merge_fields.h"
 #include "platform/text.h"
 #include "recipients/text_order.h"
 #include "smtp/envelope_address.h"
@@ -74,6 +75,14 @@ Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_t
   const auto to = smtp::EnvelopeAddress(send_to.empty() ? std::string_view(row.email()) : send_to);
   if (!to) return to.error();
   return message.Render(row, *to, 1, out);
+}
+
+// A tag that is replaced by itself stays.
+Result<void> RenderWithTags(const message::MessageTemplate& message, const smtp::Address& to,
+                            message::RenderedMessage& out) {
+  recipients::Recipient tags;
+  for (std::size_t i = 0; i < tags.values.size(); ++i) tags.values[i] = document::kMergeFields[i].tag;
+  return message.Render(tags, to, 1, out);
 }
 
 smtp::Outcome SendAlone(Carrier& carrier, message::RenderedMessage& message,

@@ -25,6 +25,10 @@ Result<recipients::Recipient> FindRowAt(recipients::RowSource& rows, std::int64_
 Result<void> RenderFor(const recipients::Recipient& row, std::string_view send_to,
                        const message::MessageTemplate& message, message::RenderedMessage& out);
 
+// Renders it with its merge tags left as they are, to `to`; to nobody where that is empty.
+Result<void> RenderWithTags(const message::MessageTemplate& message, const smtp::Address& to,
+                            message::RenderedMessage& out);
+
 // Hands over one message and tells what became of it. `log_line` gets the lines of the connection's log.
 smtp::Outcome SendAlone(Carrier& carrier, message::RenderedMessage& message,
                         const std::function<void(std::string_view)>& log_line);

@@ -1,4 +1,6 @@
 """Message files by command: what is shown of them, to people and to programs, and how it ends."""
+import email
+import email.policy
 import hashlib
 import json
 import subprocess
@@ -91,6 +93,29 @@ class Message(Case):
         self.assertEqual((parts(), parts("--extended")), (1, 3))
         self.account(25, "Extended=1")
         self.assertEqual(parts(), 3)
+
+    def test_exports_what_other_readers_read(self):
+        self.account(25)
+        picture = b"GIF89a\1picture"
+        self.write("dot.gif", picture)
+        body = self.write("letter.html", '<meta charset="utf-8"><p>Grüße, $*MergeFirstName*$</p><img src="dot.gif">')
+        price = self.write("price.bin", bytes(range(256)) * 300)
+        target = self.folder / "out" / "letter.eml"
+        command = ("message", "export", body, "--subject", "Für $*MergeTitle*$", "--attach", price, "-o", target)
+        code, _, err = self.run_program(*command)
+        self.assertEqual(code, 73, err)
+        self.assertIn(str(target.parent), err)
+        target.parent.mkdir()
+        for size in (0, 4096, 60000):
+            code, _, err = self.run_program(*command, fsize=size)
+            self.assertEqual((code, list(target.parent.iterdir())), (74 if size else code, []), err)
+            self.assertNotEqual(code, 0)
+        self.assertEqual(json.loads(self.ok("--json", *command, "--draft"))["octets"], target.stat().st_size)
+        message = email.message_from_bytes(target.read_bytes(), policy=email.policy.default)
+        self.assertEqual((str(message["Subject"]), message["To"], message["X-Unsent"]), ("Für $*MergeTitle*$", None, "1"))
+        self.assertIn("Grüße, $*MergeFirstName*$", message.get_body(("html",)).get_content())
+        parts = {part.get_filename(): part.get_content() for part in message.walk() if part.get_filename()}
+        self.assertEqual(parts, {"dot.gif": picture, "price.bin": bytes(range(256)) * 300})
 
     def test_a_long_text_is_told_and_not_shown(self):
         long = self.write("long.eml", "Subject: x\n\n" + "words and words\n" * 100_000)

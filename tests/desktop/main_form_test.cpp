@@ -1161,6 +1161,7 @@ class MainFormTest : public QObject {
              {"RecipientSearchForm", "<title>Groups and recipients<"},
              {"RecipientImportForm", "<title>Importing recipients<"},
              {"RecipientExportForm", "<title>Exporting recipients<"},
+             {"ExtraForm3", "<title>Exporting the message<"},
              {"PreviewForm", "<h2>Welcome</h2>"}}) {
       const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));
       QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);

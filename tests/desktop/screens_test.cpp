@@ -59,6 +59,7 @@
 #include "desktop/recipients/recipient_search_form.h"
 #include "desktop/recipients/sort_form.h"
 #include "desktop/recipients/where_form.h"
+#include "desktop/run/extra_form3.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -577,6 +578,14 @@ class ScreensTest : public QObject {
         dialog->reject();
         QTRY_VERIFY(!dialog->isVisible());
       }
+      rig.prompts.shown.clear();
+    }
+    {
+      ExtraForm3 message_to_file(rig.program, {}, nullptr);
+      message_to_file.findChild<QLineEdit*>("FilePathTextBox")->setText("/nowhere/letter.eml");
+      message_to_file.findChild<QPushButton*>("ExportButton")->click();
+      QTRY_VERIFY(message_to_file.findChild<QLabel*>("StatusLine")->text().contains("nowhere"));
+      Take(message_to_file, "message-export");
       rig.prompts.shown.clear();
     }
     RecipientSearchForm found(rig.program, "Customers", nullptr);

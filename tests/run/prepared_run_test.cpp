@@ -4,6 +4,7 @@
 #include "message/related_pictures.h"
 #include "recipients/store_fixture.h"
 #include "support/fake_clock.h"
+#include "support/temporary_folder.h"
 
 namespace quillcast::run {
 namespace {
@@ -152,6 +153,42 @@ TEST_F(PreparedRunTest, TakesAPictureFromElsewhereOnlyAfterTheAnswer) {
     EXPECT_EQ(MessageOf(prepared).find("image/gif") != std::string::npos, take);
     EXPECT_TRUE(message::PicturesToAskFor(prepared.LookForPictures()->foreign).empty());
   }
+}
+
+// To nobody, and complete or not at all.
+TEST_F(PreparedRunTest, ExportsTheMessageWithItsTags) {
+  const test::TemporaryFolder outside;
+  const auto file = outside / "letter.eml";
+  const auto locked = outside.Write("locked.eml", "old");
+  std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
+  for (const bool is_draft : {false, true}) {
+    ASSERT_TRUE(Prepared().Export({file, is_draft}));
+    const std::string message = test::ReadAll(file);
+    for (const auto& [text, is_there] : {std::pair("\r\nTo:", false),
+                                         {"From: Ada <ada@example.org>\r\n", true},
+                                         {"Subject: For $*MergeFirstName*$\r\n", true},
+                                         {"<p>Dear $*MergeFirstName*$ $*MergeNick*$</p>", true},
+                                         {"X-Mailer: Tarnwick Quillcast Classic 1.0\r\n", true},
+                                         {"X-Unsent: 1\r\n", is_draft}})
+      EXPECT_EQ(message.find(text) != std::string::npos, is_there) << text;
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+  }
+  outside.Write("letter.eml", "old");
+  const auto fails = [&](const std::filesystem::path& target, Failure failure) {
+    const auto exported = Prepared().Export({target, false});
+    EXPECT_TRUE(!exported && exported.error().failure == failure) << target;
+  };
+  fails(locked, Failure::kNotPermitted);
+  fails(outside / "gone" / "letter.eml", Failure::kCannotCreate);
+  fails(folders_.settings, Failure::kNotPermitted);
+  letter_.attachments.Add("/nowhere/price.pdf");
+  fails(file, Failure::kNoInput);
+  letter_.attachments = {};
+  cancel_.Request();
+  fails(file, Failure::kTryAgain);
+  EXPECT_EQ(test::ReadAll(file), "old");
+  EXPECT_EQ(test::ReadAll(locked), "old");
+  EXPECT_EQ(CheckMessageExport({})->message, "Please specify a file.");
 }
 
 TEST_F(PreparedRunTest, SaysThatTheAccountDescribesNoMessage) {

@@ -123,7 +123,7 @@ void RecipientExportForm::Browse() {
 
 // What was said of another path is no longer true either.
 void RecipientExportForm::SayWhatIsThere() {
-  const auto told = recipients::DescribeTarget(PathFromQt(file_->text()), program_.folders.OwnFiles());
+  const auto told = platform::DescribeTarget(PathFromQt(file_->text()), program_.folders.OwnFiles());
   if (!told) return status_->Fail(told.error());
   status_->Say(*told ? InWords(**told) : QString());
 }
@@ -165,7 +165,7 @@ void RecipientExportForm::Export() {
 }
 
 void RecipientExportForm::LeaveLocked(const std::filesystem::path& file) {
-  status_->Fail(recipients::TargetIsLocked(file));
+  status_->Fail(platform::TargetIsLocked(file));
   program_.prompts.Inform(recipients::ExportSummary(0));
 }
 

@@ -173,7 +173,7 @@ class Table {
       NotBuilt({kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…")}),
       NotBuilt({kExtraForm1, {54}, "", kTools, QT_TR_NOOP("&Print Messages…")}),
       NotBuilt({kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Import Messa&ge…")}),
-      NotBuilt({kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…")}),
+      {kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…"), "", "", ExportMessage},
       NotBuilt({kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…")}),
       NotBuilt({kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…")}),
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},

@@ -93,6 +93,9 @@ void EditSignature(Shell& shell);
 void ShowThreads(Shell& shell);
 void SwitchSplash(Shell& shell);
 
+// mail_file_commands.cpp
+void ExportMessage(Shell& shell);
+
 // help_commands.cpp
 void ShowHelp(Shell& shell);
 void ShowTips(Shell& shell);

@@ -73,6 +73,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"MappingKeepForm", "Group Manager 2.htm"},
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
+      {"ExtraForm3", "Extra Tools 4.htm"},
   };
   const auto found = topics.constFind(window);
   return found == topics.cend() ? std::nullopt : std::optional(*found);

@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::int64_t kRowsBetweenLooks = 1000;
-constexpr std::size_t kLongestName = 200;  // bytes of a file's name, where it is told
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 Error Cancelled() {
@@ -133,22 +132,6 @@ std::optional<Complaint<ExportControl>> CheckExport(const ExportForm& form) {
     return C{"Please select at least one field to export.", ExportControl::kFieldList};
   }
   return {};
-}
-
-Result<std::optional<Sentence>> DescribeTarget(const std::filesystem::path& file, const platform::OwnFiles& own) {
-  std::error_code failed;
-  if (!std::filesystem::is_regular_file(file, failed)) return std::optional<Sentence>();
-  if (auto other = platform::CheckIsNotOwn(file, own); !other) return other.error();
-  if (platform::IsLocked(file)) return TargetIsLocked(file);
-  const std::string name = platform::Printable(file.filename().string(), kLongestName);
-  if (!std::filesystem::is_symlink(file, failed))
-    return std::optional(Say("{} is there already; the export replaces it.", name));
-  return std::optional(Say("{} is a link to {}; the export replaces what is there.", name,
-                           std::filesystem::canonical(file, failed).string()));
-}
-
-Error TargetIsLocked(const std::filesystem::path& file) {
-  return {Failure::kNotPermitted, platform::LeftLocked(file), "Browse for it to have it unlocked."};
 }
 
 std::string FieldEntry(std::size_t field) { return fmt::format("    {}", kFields[field].label); }

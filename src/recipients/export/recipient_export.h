@@ -39,12 +39,6 @@ std::size_t FieldOfEntry(std::string_view entry);
 // "Email Address, First Name" in that order, or "All"; labels in any case. kUsage for a text that names none.
 Result<std::vector<std::size_t>> ParseFields(std::string_view text);
 
-// What whoever names that file has to know before anything is exported: that another is replaced. Nothing where none is
-// there. Errors: those of a path that is not written to.
-Result<std::optional<Sentence>> DescribeTarget(const std::filesystem::path& file, const platform::OwnFiles& own);
-// A rename would replace a locked file all the same; it is left, and who wants it is asked when browsing for it.
-Error TargetIsLocked(const std::filesystem::path& file);
-
 struct ExportRequest {
   std::string group = {};
   ExportFormat format;

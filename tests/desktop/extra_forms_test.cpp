@@ -1,0 +1,126 @@
+// The dialogs for message files that take the message of the main window, or make it: what they check, do and say.
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <memory>
+
+#include "desktop/form_rig.h"
+#include "desktop/run/extra_form3.h"
+#include "platform/file_attributes.h"
+
+namespace quillcast::desktop {
+namespace {
+
+using std::filesystem::perms;
+
+struct Scene {
+  test::FormRig rig;
+  std::unique_ptr<QDialog> form;
+
+  void Show(std::unique_ptr<QDialog> dialog) {
+    form = std::move(dialog);
+    form->show();
+    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+  }
+  template <typename Widget>
+  Widget& Find(const char* name) const {
+    return *form->findChild<Widget*>(name);
+  }
+  void Press(const char* name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
+  void Type(const char* name, const QString& text) const {
+    Find<QLineEdit>(name).clear();
+    QTest::keyClicks(&Find<QLineEdit>(name), text);
+  }
+  // Presses it and waits until it can be pressed again.
+  QString Run(const char* button) {
+    Press(button);
+    if (!QTest::qWaitFor([&] { return Find<QWidget>(button).isEnabled(); })) return "still running";
+    return rig.Shown();
+  }
+  QString Status() const { return Find<QLabel>("StatusLine").text(); }
+
+  void OpenExport() {
+    document::MessageDocument message;
+    message.subject = "Hello";
+    message.html = "<p>Dear $*MergeFirstName*$</p>";
+    Show(std::make_unique<ExtraForm3>(rig.program, std::move(message), nullptr));
+  }
+};
+
+constexpr const char* kExported = "inform: Export process has been completed.";
+
+}  // namespace
+
+class ExtraFormsTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void exportsTheMessage() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.OpenExport();
+    QCOMPARE(scene.Run("ExportButton"), "warn: Please specify a file.");
+    QCOMPARE(scene.form->focusWidget()->objectName(), "FilePathTextBox");
+    const auto file = scene.rig.folder.Write("letter.eml", "old");
+    scene.Type("FilePathTextBox", PathToQt(file));
+    QVERIFY2(scene.Status().contains("letter.eml is there already"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    const std::string read = test::ReadAll(file);
+    QVERIFY(read.find("Dear $*MergeFirstName*$") != std::string::npos && read.find("X-Unsent") == std::string::npos);
+    scene.Press("HeaderCheckBox");
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    QVERIFY(test::ReadAll(file).find("X-Unsent: 1\r\n") != std::string::npos);
+    scene.Press("CancelButton");
+    QVERIFY(!scene.form->isVisible());
+  }
+
+  // A failure is told in the status line, and the box comes as ever.
+  void tellsWhatTheExportCouldNotDo() {
+    Scene scene;
+    scene.OpenExport();
+    const auto file = scene.rig.folder / "letter.eml";
+    scene.Type("FilePathTextBox", PathToQt(file));
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    QVERIFY2(scene.Status().contains("account"), qPrintable(scene.Status()));
+    QVERIFY(!std::filesystem::exists(file));
+    scene.rig.FillInAccount();
+    scene.Type("FilePathTextBox", "/nowhere/letter.eml");
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    QVERIFY2(scene.Status().contains("/nowhere"), qPrintable(scene.Status()));
+  }
+
+  void asksAboutALockedFileThatIsChosen() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    scene.OpenExport();
+    const auto file = scene.rig.folder.Write("locked.eml", "old");
+    std::filesystem::permissions(file, perms::owner_read);
+    scene.Press("ChooseButton");  // nothing is picked
+    QCOMPARE(scene.rig.Shown(), "save: Export Mail Message");
+    const auto& question = scene.rig.prompts.last_file_question;
+    QCOMPARE(question.filter.c_str(), "Email Files (*.eml)|*.eml|All Files (*.*)|*.*");
+    QVERIFY(question.ask_before_overwriting);
+    scene.rig.prompts.files = {file};
+    const QString asked =
+        "save: Export Mail Message | ask: The output file is locked./Would you like to unlock it now?";
+    scene.Press("ChooseButton");
+    QCOMPARE(scene.rig.Shown(), asked);
+    QCOMPARE(scene.Find<QLineEdit>("FilePathTextBox").text(), "");
+    scene.Type("FilePathTextBox", PathToQt(file));  // typed, it is left as it is
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    QCOMPARE(test::ReadAll(file), "old");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("ChooseButton");
+    QCOMPARE(scene.rig.Shown(), asked);
+    QVERIFY(!platform::IsLocked(file));
+    QCOMPARE(scene.Run("ExportButton"), kExported);
+    QVERIFY(test::ReadAll(file).find("Subject: Hello") != std::string::npos);
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ExtraFormsTest)
+#include "extra_forms_test.moc"
