@@ -121,30 +121,42 @@ int Import(Context& context, const ImportOptions& options, const profile::Folder
   const auto outcome = recipients::ImportRecipients(
       plan.request, places, context.cancel, [&context](const recipients::ImportProgress& progress) {
         const auto percent = progress.bytes_total == 0 ? 100 : progress.bytes_done * 100 / progress.bytes_total;
-        context.output.Progress(fmt::format("{}% read, {} added", percent, progress.counts.added));
+        context.output.Progress(
+            fmt::format("{}% read, {} added", percent, platform::WithThousands(progress.counts.added)));
       });
   context.output.EndProgress();
   TellOutcome(context, outcome, places, plan);
   return Conclude(context, options, outcome);
 }
 
+void ShowMapping(Context& context, const recipients::KeptMapping& kept) {
+  const std::string map = recipients::MappingText(kept.mapping);
+  context.output.Columns({kept.name, map});
+  context.output.Object({{"name", kept.name},
+                         {"mapping", map},
+                         {"delimiter", recipients::NameOf(kept.delimiter)},
+                         {"quotes", kept.quotes},
+                         {"rfc4180", kept.rfc4180},
+                         {"skip", kept.skip},
+                         {"sheet", kept.sheet},
+                         {"encoding", kept.encoding},
+                         {"columns", recipients::ColumnsText(kept.columns)}});
+}
+
+// One that is damaged is told, and does not keep the others from being shown.
 int ListMappings(Context& context, const profile::SettingsStore& settings) {
-  const auto all = recipients::ListMappings(settings);
-  if (!all) return context.output.Fail(all.error());
-  for (const auto& kept : *all) {
-    const std::string map = recipients::MappingText(kept.mapping);
-    context.output.Columns({kept.name, map});
-    context.output.Object({{"name", kept.name},
-                           {"mapping", map},
-                           {"delimiter", recipients::NameOf(kept.delimiter)},
-                           {"quotes", kept.quotes},
-                           {"rfc4180", kept.rfc4180},
-                           {"skip", kept.skip},
-                           {"sheet", kept.sheet},
-                           {"encoding", kept.encoding},
-                           {"columns", recipients::ColumnsText(kept.columns)}});
+  const auto names = recipients::ListMappingNames(settings);
+  if (!names) return context.output.Fail(names.error());
+  int exit_code = 0;
+  for (const std::string& name : *names) {
+    const auto kept = recipients::FindMapping(settings, name);
+    if (kept) {
+      ShowMapping(context, *kept);
+    } else {
+      exit_code = context.output.Fail(kept.error());
+    }
   }
-  return 0;
+  return exit_code;
 }
 
 int RunImport(Context& context, const ImportOptions& options) {
@@ -203,7 +215,8 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--header", options.header,
                   "Map the fields by what the line of headings, one of the first five, calls them");
   import.add_option("--take", options.take,
-                    "Take these columns of the file, eighteen at most, as its fields: \"25,1,2\"");
+                    "Take these columns of the file, eighteen at most, as its fields: \"25,1,2\"; All, whatever a kept "
+                    "mapping takes");
   import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name");
   import.add_option("--save-mapping", options.save_mapping,
                     "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "

@@ -295,18 +295,20 @@ class ImportFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), "warn: Please select at least one field to import.");
     scene.Press("ProposeButton");
     const auto keep = [&](const char* name, const char* status) { QCOMPARE(scene.TypeMappingName(name), status); };
+    // Of several lines, and not cut.
+    keep(std::string(101, 'x').c_str(), "The name of a mapping has 100 characters at most. Give it a shorter one.");
     keep("\x08", "A mapping is kept under a name. Name it for where the lists come from.");
     keep("Web shop", "");
     QCOMPARE(scene.Entries("MappingComboBox"), "Web shop");
     const recipients::KeptMapping shop{
         "Web shop", *recipients::ParseMapping("Email Address=3,First Name=1,City=2"), ';', false, false, 1};
-    QCOMPARE(*recipients::ListMappings(scene.rig.settings), std::vector{shop});
+    QCOMPARE(*recipients::FindMapping(scene.rig.settings, "Web shop"), shop);
     // One of the same name is replaced after a question, which is answered with No and then with Yes.
     scene.Press("SkipCheckBox");
     scene.rig.prompts.answers = {platform::Answer::kNo};
     keep("web SHOP", "");
     QCOMPARE(scene.rig.Shown(), "ask: The mapping “web SHOP” is kept already./Would you like to replace it?");
-    QCOMPARE(*recipients::ListMappings(scene.rig.settings), std::vector{shop});
+    QCOMPARE(*recipients::FindMapping(scene.rig.settings, "Web shop"), shop);
     // A file that lacks a field of it, in another reading: what is missing is told, and stands at "Ignore".
     scene.Pick("x,1\nAda,Ulm\n", "other.csv");
     QTRY_COMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Comma");
@@ -331,7 +333,7 @@ class ImportFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kYes};
     scene.Press("RemoveMappingButton");
     QCOMPARE(scene.rig.Shown(), "ask: Would you like to remove the mapping “Web shop”?");
-    QVERIFY(recipients::ListMappings(scene.rig.settings)->empty());
+    QVERIFY(recipients::ListMappingNames(scene.rig.settings)->empty());
     QVERIFY(!scene.Find<QWidget>("RemoveMappingButton").isEnabled());
   }
 

@@ -53,8 +53,8 @@ void KeptMappingBox::Fill(const QString& chosen) {
   {
     const QSignalBlocker quiet(this);
     clear();
-    if (const auto all = recipients::ListMappings(program_.settings)) {
-      for (const auto& kept : *all) addItem(ToQt(kept.name));
+    if (const auto all = recipients::ListMappingNames(program_.settings)) {
+      for (const std::string& name : *all) addItem(ToQt(name));
     } else {
       status_.Fail(all.error());
     }
@@ -72,7 +72,7 @@ void KeptMappingBox::Apply() {
     return;
   }
   status_.Fail(kept.error());
-  Fill({});
+  Fill(currentText());  // one that is damaged stays chosen, to be removed
 }
 
 void KeptMappingBox::Keep(recipients::KeptMapping mapping, const QString& suggestion) {

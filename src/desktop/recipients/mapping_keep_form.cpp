@@ -29,7 +29,7 @@ void MappingKeepForm::accept() {
   name_->setFocus();
   if (const auto checked = recipients::CheckMappingName(FromQt(name())); !checked)
     return status_->Fail(checked.error());
-  if (recipients::FindMapping(program_.settings, FromQt(name()))) {
+  if (recipients::HasMapping(program_.settings, FromQt(name()))) {
     const auto question = Say("The mapping “{}” is kept already.\r\nWould you like to replace it?", FromQt(name()));
     if (program_.prompts.Ask(FromQt(InWords(question))) != platform::Answer::kYes) return;
   }

@@ -16,71 +16,116 @@ using nlohmann::json;
 constexpr std::string_view kSection = "Import";
 constexpr std::string_view kKey = "Mappings";
 
-bool HasName(const KeptMapping& kept, std::string_view name) {
-  return platform::EqualsIgnoringAsciiCase(kept.name, name);
-}
-
 constexpr std::ptrdiff_t kLongestName = 100;  // characters
 
 Error NoSuchMapping(std::string_view name) {
   return {Failure::kUsage, Say("There is no mapping \"{}\".", platform::Printable(name, 100)), kNoSuchMappingRemedy};
 }
 
-// A value that is missing or of another kind is as if it were not set.
-KeptMapping FromJson(const std::string& name, const json& row) {
+Error Damaged(const std::string& name, const char* key) {
+  return {Failure::kBadData,
+          Say("The mapping \"{}\" is damaged: its \"{}\" cannot be read.", platform::Printable(name, 100), key),
+          "Remove it, or keep another under its name."};
+}
+
+// A value that is missing, or of another kind, is as if it were not set.
+std::string TextOf(const json& row, const char* key) {
+  return row.value(key, json()).is_string() ? row[key].get<std::string>() : "";
+}
+
+// What the fields hang on is never guessed at: there it has to be what Store wrote, or not to be there.
+Result<void> TakePlaces(const json& row, KeptMapping& kept) {
+  const auto is_text_or_absent = [&row](const char* key) { return !row.contains(key) || row[key].is_string(); };
+  for (const char* key : {"map", "delimiter", "columns"}) {
+    if (!is_text_or_absent(key)) return Damaged(kept.name, key);
+  }
+  // Headings could once choose fields behind the eighteenth; who applies the mapping is told of them.
+  if (const std::string map = TextOf(row, "map"); !map.empty()) {
+    const auto mapping = ParseMapping(map, std::numeric_limits<int>::max());
+    if (!mapping) return Damaged(kept.name, "map");
+    kept.mapping = *mapping;
+  }
+  if (row.contains("delimiter")) {
+    const auto delimiter = DelimiterOf(TextOf(row, "delimiter"));
+    if (!delimiter) return Damaged(kept.name, "delimiter");
+    kept.delimiter = *delimiter;
+  }
+  auto columns = ParseColumns(TextOf(row, "columns"));
+  if (!columns) return Damaged(kept.name, "columns");
+  kept.columns = std::move(*columns);
+  if (!row.contains("skip")) return {};
+  if (!row["skip"].is_number_integer()) return Damaged(kept.name, "skip");
+  kept.skip = row["skip"].get<std::int64_t>();
+  return {};
+}
+
+Result<KeptMapping> FromJson(const std::string& name, const json& row) {
   KeptMapping kept;
   kept.name = name;
-  const auto text = [&row](const char* key) {
-    return row.value(key, json()).is_string() ? row[key].get<std::string>() : "";
-  };
+  if (const auto taken = TakePlaces(row, kept); !taken) return taken.error();
   const auto flag = [&row](const char* key) { return row.value(key, json()) == json(true); };
-  // Headings could once choose fields behind the eighteenth; who applies the mapping is told of them.
-  if (const auto mapping = ParseMapping(text("map"), std::numeric_limits<int>::max())) kept.mapping = *mapping;
-  kept.delimiter = DelimiterOf(text("delimiter")).value_or(',');
   kept.quotes = flag("quotes");
   kept.rfc4180 = flag("rfc4180");
-  if (const auto skip = row.value("skip", json()); skip.is_number_integer()) kept.skip = skip.get<std::int64_t>();
-  kept.sheet = text("sheet");
-  kept.encoding = text("encoding");
-  if (const auto columns = ParseColumns(text("columns"))) kept.columns = *columns;
+  kept.sheet = TextOf(row, "sheet");
+  kept.encoding = TextOf(row, "encoding");
   return kept;
 }
 
-Result<void> Store(profile::SettingsStore& settings, const std::vector<KeptMapping>& all) {
+json ToJson(const KeptMapping& kept) {
+  return {{"map", MappingText(kept.mapping)},
+          {"delimiter", NameOf(kept.delimiter)},
+          {"quotes", kept.quotes},
+          {"rfc4180", kept.rfc4180},
+          {"skip", kept.skip},
+          {"sheet", kept.sheet},
+          {"encoding", kept.encoding},
+          {"columns", ColumnsText(kept.columns)}};
+}
+
+// By name, as they are stored; what somebody else put there instead is none.
+Result<json> Rows(const profile::SettingsStore& settings) {
+  const auto stored = settings.Read(kSection, kKey, "");
+  if (!stored) return stored.error();
+  const json all = json::parse(*stored, nullptr, false);
   json rows = json::object();
-  for (const KeptMapping& kept : all) {
-    rows[kept.name] = {{"map", MappingText(kept.mapping)},
-                       {"delimiter", NameOf(kept.delimiter)},
-                       {"quotes", kept.quotes},
-                       {"rfc4180", kept.rfc4180},
-                       {"skip", kept.skip},
-                       {"sheet", kept.sheet},
-                       {"encoding", kept.encoding},
-                       {"columns", ColumnsText(kept.columns)}};
+  if (!all.is_object()) return rows;
+  for (const auto& [name, row] : all.items()) {
+    if (row.is_object()) rows[name] = row;
   }
+  return rows;
+}
+
+json::iterator Find(json& rows, std::string_view name) {
+  auto at = rows.begin();
+  while (at != rows.end() && !platform::EqualsIgnoringAsciiCase(at.key(), name)) ++at;
+  return at;
+}
+
+Result<void> Store(profile::SettingsStore& settings, const json& rows) {
   return settings.Write(kSection, kKey, rows.dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
 }  // namespace
 
-Result<std::vector<KeptMapping>> ListMappings(const profile::SettingsStore& settings) {
-  const auto stored = settings.Read(kSection, kKey, "");
-  if (!stored) return stored.error();
-  std::vector<KeptMapping> all;
-  const json rows = json::parse(*stored, nullptr, false);
-  if (!rows.is_object()) return all;
-  for (const auto& [name, row] : rows.items()) {
-    if (row.is_object()) all.push_back(FromJson(name, row));
-  }
-  return all;
+Result<std::vector<std::string>> ListMappingNames(const profile::SettingsStore& settings) {
+  const auto rows = Rows(settings);
+  if (!rows) return rows.error();
+  std::vector<std::string> names;
+  for (const auto& [name, row] : rows->items()) names.push_back(name);
+  return names;
 }
 
 Result<KeptMapping> FindMapping(const profile::SettingsStore& settings, std::string_view name) {
-  const auto all = ListMappings(settings);
-  if (!all) return all.error();
-  const auto found = std::find_if(all->begin(), all->end(), [name](const auto& kept) { return HasName(kept, name); });
-  if (found == all->end()) return NoSuchMapping(name);
-  return *found;
+  auto rows = Rows(settings);
+  if (!rows) return rows.error();
+  const auto found = Find(*rows, name);
+  if (found == rows->end()) return NoSuchMapping(name);
+  return FromJson(found.key(), found.value());
+}
+
+bool HasMapping(const profile::SettingsStore& settings, std::string_view name) {
+  auto rows = Rows(settings);
+  return rows && Find(*rows, name) != rows->end();
 }
 
 Result<void> CheckMappingName(std::string_view name) {
@@ -102,20 +147,21 @@ Result<void> CheckMappingName(std::string_view name) {
 
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping) {
   if (auto checked = CheckMappingName(mapping.name); !checked) return checked;
-  KeptMapping named = mapping;
-  named.name = platform::Trim(mapping.name);
-  auto all = ListMappings(settings);
-  if (!all) return all.error();
-  std::erase_if(*all, [&named](const auto& kept) { return HasName(kept, named.name); });
-  all->push_back(std::move(named));
-  return Store(settings, *all);
+  auto rows = Rows(settings);
+  if (!rows) return rows.error();
+  const std::string name(platform::Trim(mapping.name));
+  if (const auto before = Find(*rows, name); before != rows->end()) rows->erase(before);
+  (*rows)[name] = ToJson(mapping);
+  return Store(settings, *rows);
 }
 
 Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name) {
-  auto all = ListMappings(settings);
-  if (!all) return all.error();
-  if (std::erase_if(*all, [name](const auto& kept) { return HasName(kept, name); }) == 0) return NoSuchMapping(name);
-  return Store(settings, *all);
+  auto rows = Rows(settings);
+  if (!rows) return rows.error();
+  const auto found = Find(*rows, name);
+  if (found == rows->end()) return NoSuchMapping(name);
+  rows->erase(found);
+  return Store(settings, *rows);
 }
 
 }  // namespace quillcast::recipients

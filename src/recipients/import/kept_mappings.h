@@ -28,13 +28,17 @@ struct KeptMapping {
 // Whoever asks by name is told this; a terminal adds its command.
 inline constexpr const char* kNoSuchMappingRemedy = "Take one of those that are kept.";
 
-// By name. Names differ in more than the case of their letters.
-Result<std::vector<KeptMapping>> ListMappings(const profile::SettingsStore& settings);
-// Errors: kUsage where there is none of that name.
+// Of all that are kept, in their order, also of one that FindMapping refuses: so that it can be removed. Names differ
+// in more than the case of their letters.
+Result<std::vector<std::string>> ListMappingNames(const profile::SettingsStore& settings);
+// Errors: kUsage where there is none of that name; kBadData for one that somebody changed into what none can be: taken
+// as anything else it would fill the wrong fields.
 Result<KeptMapping> FindMapping(const profile::SettingsStore& settings, std::string_view name);
 // Whether a mapping can have this name. Errors: kUsage for one that is empty, has a line end or another sign that is
 // obeyed in it, or is over a hundred characters long.
 Result<void> CheckMappingName(std::string_view name);
+// Whether one is kept under the name, readable or not; false where the settings cannot be read.
+bool HasMapping(const profile::SettingsStore& settings, std::string_view name);
 // In the place of one of the same name; blanks around it do not count. Errors: as CheckMappingName.
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping);
 // Errors: kUsage where there is none of that name.

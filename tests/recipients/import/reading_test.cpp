@@ -1,4 +1,5 @@
 // How files are cut into lines of fields: quotes, delimiters, headings, and mappings that are kept.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "recipients/import/find_delimiter.h"
@@ -135,27 +136,55 @@ TEST(KeptMappings, AreFoundByNameUntilDeleted) {
   KeptMapping shop{"Web shop", *ParseMapping("Email Address=2,City=25", 25), ';', false, true, 1, "March", "KOI8-R",
                    {25, 1}};
   const KeptMapping plain{"a", *ParseMapping("Email Address=1"), '\t', true, false, 0};
-  EXPECT_TRUE(ListMappings(settings)->empty());
+  EXPECT_TRUE(ListMappingNames(settings)->empty());
   ASSERT_TRUE(KeepMapping(settings, shop) && KeepMapping(settings, plain));
   EXPECT_EQ(*FindMapping(settings, "WEB SHOP"), shop);
   EXPECT_EQ(*FindMapping(settings, "a"), plain);
   shop.skip = 3;
   ASSERT_TRUE(KeepMapping(settings, shop));
-  EXPECT_EQ(*ListMappings(settings), (std::vector<KeptMapping>{shop, plain}));
+  EXPECT_EQ(*ListMappingNames(settings), (std::vector<std::string>{"Web shop", "a"}));
+  EXPECT_EQ(*FindMapping(settings, "web shop"), shop);
   ASSERT_TRUE(DeleteMapping(settings, "web shop"));
   EXPECT_EQ(FindMapping(settings, "Web shop").error().failure, Failure::kUsage);
   EXPECT_EQ(DeleteMapping(settings, "Web shop").error().failure, Failure::kUsage);
   for (const std::string& name : {std::string(" "), std::string("a\nb"), std::string(101, 'x')})
     EXPECT_EQ(KeepMapping(settings, {name, {}, ',', false, false, 0}).error().failure, Failure::kUsage) << name;
-  EXPECT_EQ(ListMappings(settings)->size(), 1U);
+  EXPECT_EQ(ListMappingNames(settings)->size(), 1U);
   // What somebody else put there is none.
   for (const char* other : {"nonsense", "[1]", R"({"x":1})", ""}) {
     ASSERT_TRUE(settings.Write("Import", "Mappings", other));
-    EXPECT_TRUE(ListMappings(settings)->empty()) << other;
+    EXPECT_TRUE(ListMappingNames(settings)->empty()) << other;
   }
-  ASSERT_TRUE(
-      settings.Write("Import", "Mappings", R"({"x":{"map":"Mail=1","skip":"a","quotes":1,"sheet":2,"columns":"0"}})"));
+  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"quotes":1,"sheet":2}})"));
   EXPECT_EQ(*FindMapping(settings, "x"), (KeptMapping{.name = "x", .mapping = {}}));
+}
+
+TEST(KeptMappings, ThatAreDamagedAreRefusedAndKeepTheOthers) {
+  const test::TemporaryFolder folder;
+  profile::SettingsStore settings(folder.path() / "settings.db");
+  for (const auto& [key, value] : {std::pair("columns", R"("1,two")"),
+                                   {"columns", "25"},
+                                   {"columns", R"("0")"},
+                                   {"map", R"("Mail=1")"},
+                                   {"map", "1"},
+                                   {"delimiter", R"("Pipe")"},
+                                   {"skip", R"("a")"}}) {
+    const std::string stored = fmt::format(
+        R"({{"Mine":{{"map":"Email Address=1","{}":{}}},"Other":{{"map":"Email Address=2"}}}})", key, value);
+    // An object has each key once: the last one counts.
+    ASSERT_TRUE(settings.Write("Import", "Mappings", stored));
+    const auto mine = FindMapping(settings, "mine");
+    ASSERT_FALSE(mine) << key << value;
+    EXPECT_EQ(mine.error().failure, Failure::kBadData);
+    EXPECT_EQ(mine.error().what.InEnglish(),
+              fmt::format(R"(The mapping "Mine" is damaged: its "{}" cannot be read.)", key));
+    EXPECT_TRUE(FindMapping(settings, "Other"));
+    // Another that is kept leaves it as it is, to be mended or removed.
+    ASSERT_TRUE(KeepMapping(settings, {.name = "New", .mapping = {}}));
+    EXPECT_EQ(ListMappingNames(settings)->size(), 3U);
+    EXPECT_FALSE(FindMapping(settings, "Mine"));
+    EXPECT_TRUE(DeleteMapping(settings, "MINE"));
+  }
 }
 
 }  // namespace
