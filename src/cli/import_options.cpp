@@ -18,6 +18,7 @@ using recipients::ImportRequest;
 using recipients::KeptMapping;
 
 constexpr std::string_view kFindOut = "Auto";
+constexpr std::string_view kAll = "All";
 
 Error WaysOfMapping(const char* what) {
   return {Failure::kUsage, what,
@@ -80,6 +81,21 @@ Result<void> TakeFormat(const ImportOptions& options, recipients::ReadingOptions
   return {};
 }
 
+// A script whose variable is empty does not mean every column.
+Result<void> TakeColumns(const ImportOptions& options, recipients::ReadingOptions& reading) {
+  if (!options.take) return {};
+  if (platform::Trim(*options.take).empty()) {
+    return Error{Failure::kUsage, "--take names no column.",
+                 "Name columns by their numbers, as in \"25,1,2\", or All."};
+  }
+  reading.columns.clear();
+  if (platform::EqualsIgnoringAsciiCase(*options.take, kAll)) return {};
+  auto columns = recipients::ParseColumns(*options.take);
+  if (!columns) return columns.error();
+  reading.columns = std::move(*columns);
+  return {};
+}
+
 void TakeKept(const KeptMapping& kept, ImportPlan& plan) {
   ImportRequest& request = plan.request;
   const auto fitted = recipients::FitMapping(kept.mapping, recipients::kSourceFields);
@@ -115,11 +131,7 @@ Result<ImportPlan> PlanImport(const ImportOptions& options, const std::filesyste
   request.quotes = (request.quotes && !options.rfc4180) || options.quotes;
   request.dry_run = options.dry_run;
   request.skip = options.skip.value_or(request.skip);
-  if (options.take) {
-    auto columns = recipients::ParseColumns(*options.take);
-    if (!columns) return columns.error();
-    request.reading.columns = std::move(*columns);
-  }
+  if (const auto taken = TakeColumns(options, request.reading); !taken) return taken.error();
   if (const auto taken = TakeDelimiter(options, codeset, cancel, plan); !taken) return taken.error();
   if (!options.map.empty()) {
     const auto mapping = recipients::ParseMapping(options.map);

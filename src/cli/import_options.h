@@ -16,7 +16,7 @@ struct ImportOptions {
   bool harvest = false;
   std::string map;
   bool header = false;
-  std::optional<std::string> take;  // columns, "25,1,2"; blank: all, whatever the kept mapping takes
+  std::optional<std::string> take;  // columns, "25,1,2"; "All" whatever the kept mapping takes
   std::string mapping;              // of a kept one, its name
   std::string save_mapping;         // the name to keep it under
   std::string delimiter;            // empty: that of the kept mapping, or Comma

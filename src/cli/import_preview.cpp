@@ -13,9 +13,8 @@ using recipients::ImportRequest;
 constexpr std::size_t kPreviewLines = 5;
 constexpr std::size_t kLongestShown = 200;  // bytes of a field
 constexpr const char* kHowToTake =
-    "--map takes the first eighteen fields. --take makes others the ones that it takes: with --take 25,1,2, Field 25 "
-    "is "
-    "number 1.";
+    "--map takes the first eighteen fields. --take makes others the ones that it takes: with --take 25,1,2, "
+    "Field 25 is number 1.";
 
 std::string MappedHeadings(const ImportPlan& plan) {
   std::string mapped;
@@ -111,6 +110,9 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
     context.output.Object(object);
   }
   for (const auto& sentence : recipients::Describe(sample->facts)) context.output.Note(sentence.InEnglish());
+  if (const auto missing = DescribeMissingFields(request.mapping, sample->widest_line)) {
+    if (!recipients::HasKnownFields(sample->facts.format)) context.output.Note(missing->InEnglish());
+  }
   if (request.mapping.IsAllIgnore() && recipients::HasMoreFields(*sample)) context.output.Note(kHowToTake);
   if (!plan.left_out.empty()) context.output.Note(plan.left_out);
   return 0;

@@ -1,5 +1,7 @@
 """Lists as people have them, imported by command: headings, delimiters, quotes, standard input, and what is told."""
+import contextlib
 import json
+import sqlite3
 import os
 import subprocess
 import unittest
@@ -89,9 +91,23 @@ class Import(Case):
         self.assertEqual((code, said[0]["added"], said[0]["ignored"]), (0, 0, 1), err)  # ada is there
         self.assertEqual(self.run_import(wide, "--mapping", "Wide", "--preview")[1][2], {"line": 2, "Email Address": "ada@r.example"})
         self.assertEqual(self.run_import("--list-mappings")[1][0]["columns"], "1,25")
-        self.assertEqual(self.run_import(wide, "--mapping", "Wide", "--take", "", "--preview")[1][2], {"line": 2, "Email Address": ""})
+        self.assertEqual(self.run_import(wide, "--mapping", "Wide", "--take", "all", "--preview")[1][2], {"line": 2, "Email Address": ""})
+        # What the mapping takes and no line has is told of each column, and not only of the address.
+        narrow = self.write("narrow.csv", "bob@r.example,Oslo\n")
+        for words, told in [(["--mapping", "Wide"], "1 column that is taken stands in no line that was read: 25."),
+                            (["--map", "Email Address=1,City=2,Phone=7"],
+                             "1 field that the mapping takes stands in no line that was read: Phone=7."),
+                            (["--map", "Email Address=1,City=2"], None)]:
+            for way in ("--dry-run", "--preview"):
+                with self.subTest(words=words, way=way):
+                    _, said, err = self.run_import(narrow, "-g", "All", *words, way)
+                    self.assertEqual("in no line" in err, told is not None, err)
+                    self.assertIn(told or "", err)
+                    if way == "--dry-run":
+                        self.assertEqual(told in said[0]["warnings"], told is not None)
         for take, more, told in (("0", ["--header"], '"0" is no column'), ("a", ["--header"], '"a" is no column'),
                                  (",".join(["1"] * 19), ["--header"], "19 columns are too many"),
+                                 ("", ["--header"], "--take names no column"), (" ", ["--header"], "or All"),
                                  ("1", ["--harvest"], "does not go with --harvest")):
             code, _, err = self.run_import(half, "-g", "All", "--take", take, *more, "--opt-in")
             self.assertEqual(code, 64, err)
@@ -120,6 +136,18 @@ class Import(Case):
         code, _, err = self.run_import(list_, "-g", "All", "--mapping", "Mine")
         self.assertEqual(code, 64)
         self.assertIn('no mapping "Mine"', err)
+        # Somebody has changed one by hand: it is refused, and the others are listed.
+        for name, column in (("A", "1"), ("B", "2")):
+            self.run_import(list_, "--map", "Email Address=1", "--take", column, "--save-mapping", name, "--preview")
+        with contextlib.closing(sqlite3.connect(self.profile / "settings.db")) as settings, settings:
+            settings.execute("""UPDATE Settings SET Value = replace(Value, '"columns":"1"', '"columns":"one"')""")
+        code, said, err = self.run_import("--list-mappings")
+        self.assertEqual((code, [kept["name"] for kept in said]), (65, ["B"]), err)
+        for words in (["--preview"], ["-g", "All", "--opt-in"]):
+            code, said, err = self.run_import(list_, "--mapping", "A", *words)
+            self.assertEqual((code, said), (65, []), err)
+            self.assertIn('The mapping "A" is damaged: its "columns" cannot be read.\nRemove it', err)
+        self.assertEqual(self.run_import("--delete-mapping", "A")[0], 0)
 
     def test_what_does_not_go(self):
         list_ = self.write("list.csv", "Name,Town\nAda,Paris\n")

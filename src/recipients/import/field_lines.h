@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/result.h"
 #include "recipients/import/text_encoding.h"
@@ -29,6 +30,8 @@ struct FileFacts {
   std::uint64_t size = 0;      // bytes
   std::string sheet = {};      // of a spreadsheet, the one whose rows were told; known once there was one
   int sheets_left_unread = 0;  // known when the reading is over
+  // Of the columns that are taken, those that no line had so far; none before the first line.
+  std::vector<std::size_t> lacking_columns = {};
 };
 
 class FieldLines {

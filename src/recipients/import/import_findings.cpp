@@ -1,6 +1,7 @@
 #include "recipients/import/import_findings.h"
 
 #include "platform/text.h"
+#include "recipients/import/taken_fields.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -69,6 +70,7 @@ std::vector<Sentence> Describe(const ImportFindings& findings) {
             "taken.",
             findings.open_quote_line));
   }
+  if (findings.missing_fields && !findings.fitting) told.push_back(*findings.missing_fields);
   return told;
 }
 
@@ -88,6 +90,12 @@ std::vector<Sentence> Describe(const FileFacts& facts) {
   if (facts.sheets_left_unread > 0) {
     told.push_back(SayOf(facts.sheets_left_unread, "{} more sheet of the file was not read.",
                          "{} more sheets of the file were not read."));
+  }
+  if (!facts.lacking_columns.empty()) {
+    told.push_back(SayOf(static_cast<std::int64_t>(facts.lacking_columns.size()),
+                         "{} column that is taken stands in no line that was read: {}.",
+                         "{} columns that are taken stand in no line that was read: {}.",
+                         ColumnsText(facts.lacking_columns)));
   }
   return told;
 }

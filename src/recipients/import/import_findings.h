@@ -28,13 +28,17 @@ struct ImportFindings {
   bool quotes_unread = false;        // its fields stand in quotes that were not looked at
   bool quotes_left = false;          // they were to be taken off a file of a format that has none
 
+  std::size_t widest_line = 0;             // in fields
+  std::optional<Sentence> missing_fields;  // that the mapping takes and no line has
+
   void NoteCut(std::string_view address);
   void NoteInText(std::string_view value);
   void NoteInBlanks(std::string_view value);
   void NoteFault(const FieldLine& line);
 };
 
-// A sentence each; none where all went well.
+// A sentence each; none where all went well. Fields that are missing are not told where another delimiter would fit:
+// they are there then.
 std::vector<Sentence> Describe(const ImportFindings& findings);
 
 // What is odd about the file itself; none where nothing is.

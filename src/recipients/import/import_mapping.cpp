@@ -1,6 +1,7 @@
 #include "recipients/import/import_mapping.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -77,6 +78,18 @@ std::optional<Sentence> DescribeLacking(const FittedMapping& fitted, const Impor
                "{} fields that the mapping takes cannot be chosen in this file and stand at “Ignore”, the first is "
                "field {} of a line, for “{}”.",
                wanted.source[first], Sentence(kFields[first].label, {}));
+}
+
+std::optional<Sentence> DescribeMissingFields(const ImportMapping& mapping, std::size_t fields) {
+  const auto fitted = FitMapping(mapping, fields);
+  if (fields == 0 || fitted.lacking.empty()) return {};
+  std::vector<std::string> missing;
+  for (const std::size_t field : fitted.lacking)
+    missing.push_back(fmt::format("{}={}", kFields[field].label, mapping.source[field]));
+  return SayOf(static_cast<std::int64_t>(missing.size()),
+               "{} field that the mapping takes stands in no line that was read: {}.",
+               "{} fields that the mapping takes stand in no line that was read: {}.",
+               fmt::format("{}", fmt::join(missing, ", ")));
 }
 
 std::optional<Sentence> DescribeLackingSheet(std::string_view wanted, std::string_view read) {

@@ -41,6 +41,9 @@ struct FittedMapping {
 FittedMapping FitMapping(const ImportMapping& mapping, std::size_t fields);
 // What is missing, for whoever applied it: "Field 7, for “City”". Nothing where nothing is.
 std::optional<Sentence> DescribeLacking(const FittedMapping& fitted, const ImportMapping& wanted);
+// That no line of those that were read, the widest of which has `fields`, reaches to a field that the mapping takes.
+// Nothing where one does, and where there was no line.
+std::optional<Sentence> DescribeMissingFields(const ImportMapping& mapping, std::size_t fields);
 // Nothing where the sheet that is read is the wanted one, none was wanted, or none is read.
 std::optional<Sentence> DescribeLackingSheet(std::string_view wanted, std::string_view read);
 

@@ -23,6 +23,7 @@ Result<ImportSample> ReadSample(const std::filesystem::path& file, const Reading
   if (!lines) return lines.error();
   ImportSample sample;
   const auto read = (*lines)->Read([&](const FieldLine& line) {
+    sample.widest_line = std::max(sample.widest_line, line.fields.size());
     if (line.number <= skip) return true;
     if (sample.lines.size() == count) return false;
     sample.lines.push_back({line.number, line.fault, {line.fields.begin(), line.fields.end()}});

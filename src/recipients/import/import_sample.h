@@ -24,6 +24,7 @@ struct SampleLine {
 struct ImportSample {
   FileFacts facts;
   std::vector<SampleLine> lines;
+  std::size_t widest_line = 0;  // fields of it, those that were skipped among them
 };
 
 // The first lines behind the `skip` ones before them, `count` at most. Errors: as OpenLines.

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/text.h"
 #include "recipients/check_email.h"
 #include "recipients/import/address_harvest.h"
@@ -104,12 +106,17 @@ Result<void> TakeLine(Run& run, const FieldLine& line) {
 
 Result<void> ImportLines(Run& run, FieldLines& lines) {
   Result<void> taken;
+  auto& findings = run.outcome.findings;
   const auto read = lines.Read([&](const FieldLine& line) {
+    findings.widest_line = std::max(findings.widest_line, line.fields.size());
     if (line.number <= run.request.skip) return true;
     taken = TakeLine(run, line);
     if (line.number % kLinesBetweenProgress == 0) run.TellProgress(lines.BytesRead());
     return taken && run.GoesOn();
   });
+  // A card need not have every field of its format.
+  if (!HasKnownFields(lines.Facts().format))
+    findings.missing_fields = DescribeMissingFields(run.request.mapping, findings.widest_line);
   return run.EndOf(read, taken);
 }
 

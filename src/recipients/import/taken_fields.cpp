@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 #include "platform/text.h"
 #include "recipients/import/import_mapping.h"
 
@@ -36,11 +38,20 @@ Result<void> TakenFields::Read(const Take& take) {
   return lines_->Read([&](const FieldLine& line) {
     if (line.fault != LineFault::kNone) return take(line);
     fields.clear();
+    widest_ = std::max(widest_, line.fields.size());
     for (const std::size_t column : columns_) {
       fields.push_back(column <= line.fields.size() ? line.fields[column - 1] : std::string_view());
     }
     return take({.fields = fields, .number = line.number, .fault = line.fault});
   });
+}
+
+FileFacts TakenFields::Facts() const {
+  FileFacts facts = lines_->Facts();
+  for (const std::size_t column : columns_) {
+    if (widest_ > 0 && column > widest_) facts.lacking_columns.push_back(column);
+  }
+  return facts;
 }
 
 }  // namespace quillcast::recipients

@@ -22,12 +22,13 @@ class TakenFields final : public FieldLines {
   TakenFields(std::unique_ptr<FieldLines> lines, std::vector<std::size_t> columns)
       : lines_(std::move(lines)), columns_(std::move(columns)) {}
   Result<void> Read(const Take& take) override;
-  FileFacts Facts() const override { return lines_->Facts(); }
+  FileFacts Facts() const override;
   std::uint64_t BytesRead() const override { return lines_->BytesRead(); }
 
  private:
   std::unique_ptr<FieldLines> lines_;
   std::vector<std::size_t> columns_;
+  std::size_t widest_ = 0;  // fields of a line
 };
 
 }  // namespace quillcast::recipients
