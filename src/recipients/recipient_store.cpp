@@ -64,11 +64,6 @@ Result<bool> HasRow(Database& database, StatementId id, Values values) {
   return found ? found->rows().Step() : found.error();
 }
 
-// The given statement takes no name with an apostrophe.
-StatementId FindsNamed(std::string_view name) {
-  return name.find('\'') == std::string_view::npos ? StatementId::kFindGroup : StatementId::kFindAnyGroup;
-}
-
 Result<bool> IsGroupOn(Database& database, std::string_view name) {
   const auto group = FindGroupOn(database, name);
   if (!group) return group.error();
@@ -125,13 +120,13 @@ Result<std::optional<RecipientGroup>> RecipientStore::FindGroup(std::string_view
 Result<std::optional<RecipientGroup>> RecipientStore::FindAnyGroup(std::string_view name) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  return FindGroupOn(*database, name, FindsNamed(name));
+  return FindAnyGroupOn(*database, name);
 }
 
 Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  return RequireGroupOn(*database, name, FindsNamed(name));
+  return RequireGroupOn(*database, name);
 }
 
 Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name) const {
@@ -182,18 +177,17 @@ Result<bool> RecipientStore::CreateGroupIfFree(std::string_view name) {
 }
 
 Result<bool> RecipientStore::RenameGroupIfFree(std::string_view old_name, std::string_view new_name) {
-  const auto find = FindsNamed(old_name);
   const auto is_taken = [&](Database& database) -> Result<bool> {
-    if (const auto old = RequireGroupOn(database, old_name, find); !old) return old.error();
+    if (const auto old = RequireGroupOn(database, old_name); !old) return old.error();
     return IsGroupOn(database, new_name);
   };
-  if (find == StatementId::kFindGroup) {
+  if (old_name.find('\'') == std::string_view::npos) {
     return IsWritten(RunUnless(is_taken, StatementId::kRenameGroup, List<2>{new_name, old_name}));
   }
   // The given statement takes no such name, which another program may have given; it is named by its key.
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  const auto group = RequireGroupOn(*database, old_name, find);
+  const auto group = RequireGroupOn(*database, old_name);
   if (!group) return group.error();
   const std::string key = std::to_string(group->id);
   return IsWritten(RunUnless(is_taken, StatementId::kNameGroup, List<2>{new_name, key}));

@@ -64,7 +64,7 @@ class RecipientStore {
   Result<std::optional<RecipientGroup>> FindAnyGroup(std::string_view name) const;
   // 0 for an empty group and for one that does not exist.
   Result<std::int64_t> CountRecipients(std::string_view group_name) const;
-  // Whether a group is there, of any name, said as an error for people when it is not.
+  // Whether a group is there, of any name, said as an error for people when it is not (RequireGroupOn).
   Result<RecipientGroup> RequireGroup(std::string_view name) const;
 
   Result<std::optional<StoredRecipient>> FindRecipient(std::int64_t group_id, std::string_view address) const;

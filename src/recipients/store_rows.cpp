@@ -127,7 +127,9 @@ StoredRecipient ReadRecipient(const platform::Statement& row) {
   return stored;
 }
 
-Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name, StatementId statement) {
+namespace {
+
+Result<std::optional<RecipientGroup>> FindGroupBy(StatementId statement, Database& database, std::string_view name) {
   auto found = Bound(database, statement, List<1>{name});
   if (!found) return found.error();
   const auto row = found->rows().Step();
@@ -136,11 +138,30 @@ Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::strin
   return std::optional(ReadGroup(found->rows()));
 }
 
-Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name, StatementId statement) {
-  auto group = FindGroupOn(database, name, statement);
+Result<RecipientGroup> Required(const Result<std::optional<RecipientGroup>>& group, std::string_view name) {
   if (!group) return group.error();
   if (!*group) return NoSuchGroup(name);
   return **group;
+}
+
+}  // namespace
+
+Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
+  return FindGroupBy(StatementId::kFindGroup, database, name);
+}
+
+// The given statement finds all that it takes.
+Result<std::optional<RecipientGroup>> FindAnyGroupOn(Database& database, std::string_view name) {
+  const bool is_given = name.find('\'') == std::string_view::npos;
+  return FindGroupBy(is_given ? StatementId::kFindGroup : StatementId::kFindAnyGroup, database, name);
+}
+
+Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name) {
+  return Required(FindAnyGroupOn(database, name), name);
+}
+
+Result<RecipientGroup> RequireGroupToChangeOn(Database& database, std::string_view name) {
+  return Required(FindGroupOn(database, name), name);
 }
 
 Result<std::vector<std::int64_t>> ReadKeys(Database& database, std::int64_t group_id, std::string_view sort_sql,

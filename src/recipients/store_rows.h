@@ -40,12 +40,16 @@ Result<void> ForEachOfKeys(CatalogueStatement& statement, std::span<const std::i
 RecipientGroup ReadGroup(const platform::Statement& row);
 StoredRecipient ReadRecipient(const platform::Statement& row);
 
-// kFindGroup takes no name with an apostrophe, which another program may have given; kFindAnyGroup does.
-Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name,
-                                                  StatementId statement = StatementId::kFindGroup);
-// The same, said as an error for people when there is none.
-Result<RecipientGroup> RequireGroupOn(platform::Database& database, std::string_view name,
-                                      StatementId statement = StatementId::kFindGroup);
+// By the given statement, which fails with kUsage for a name with an apostrophe: nobody can enter one here, yet another
+// program may have given it.
+Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name);
+// Of any name.
+Result<std::optional<RecipientGroup>> FindAnyGroupOn(platform::Database& database, std::string_view name);
+// Two rules for a group that has to be there, kUsage where it is not. To be read, or given another name, it may have
+// any name. To be changed it has one that every given statement takes, for some of them name it: else the error says to
+// rename it first, before anything is written.
+Result<RecipientGroup> RequireGroupOn(platform::Database& database, std::string_view name);
+Result<RecipientGroup> RequireGroupToChangeOn(platform::Database& database, std::string_view name);
 // The keys of a group's recipients in the order of its list.
 Result<std::vector<std::int64_t>> ReadKeys(platform::Database& database, std::int64_t group_id,
                                            std::string_view sort_sql, const OnProgress& on_read = {});

@@ -19,7 +19,7 @@ Result<void> PreviewCapitals(const RecipientStore& store, std::string_view group
                              const std::function<bool(const NameChange&)>& visit) {
   auto database = OpenStore(store.file(), store.patience());
   if (!database) return database.error();
-  const auto found = RequireGroupOn(*database, group);
+  const auto found = RequireGroupToChangeOn(*database, group);
   if (!found) return found.error();
   const auto keys = ReadKeys(*database, found->id, {});
   if (!keys) return keys.error();
@@ -36,7 +36,7 @@ Result<void> PreviewCapitals(const RecipientStore& store, std::string_view group
 
 Sentence CapitaliseQuestion(std::int64_t recipients, std::string_view group) {
   if (recipients == 1) return Say("Are you sure you want to change the name of one recipient in '{}'?", group);
-  return Say("Are you sure you want to change the names of {} recipients in '{}'?", recipients, group);
+  return Say("Are you sure you want to change the names of {} recipients in '{}'?", NumberValue(recipients), group);
 }
 
 Result<std::int64_t> CapitaliseGroup(const RecipientStore& store, std::string_view group,

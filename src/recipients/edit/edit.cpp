@@ -65,7 +65,7 @@ Result<void> Edit::PrepareAll() {
   return {};
 }
 
-Result<RecipientGroup> Edit::RequireGroup(std::string_view name) { return RequireGroupOn(*database_, name); }
+Result<RecipientGroup> Edit::RequireGroup(std::string_view name) { return RequireGroupToChangeOn(*database_, name); }
 
 Result<std::vector<std::int64_t>> Edit::KeysOf(const RecipientGroup& group) {
   return ReadKeys(*database_, group.id, {});

@@ -39,6 +39,7 @@ class Edit {
   Result<void> Begin();
 
   platform::Database& database() { return *database_; }
+  // As RequireGroupToChangeOn, so of fewer names than RecipientStore::RequireGroup.
   Result<RecipientGroup> RequireGroup(std::string_view name);
   // In the order of adding, whatever the group is sorted by.
   Result<std::vector<std::int64_t>> KeysOf(const RecipientGroup& group);
