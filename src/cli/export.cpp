@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <climits>
 #include <memory>
 #include <optional>
 
@@ -79,12 +80,16 @@ Result<void> Check(Context& context, const profile::Folders& folders, const Reci
                "Name another file, or answer yes (--yes does) to have it unlocked."};
 }
 
-// Behind the last line that is whole; between quotes it goes on over the ends of lines (RFC 4180 2.6).
-std::size_t EndOfLines(std::string_view text, bool has_quotes) {
-  if (!has_quotes) return text.rfind('\n') + 1;
+// Behind as many records as a pipe takes whole, or behind one that is longer; 0 where none is whole. Between quotes a
+// record goes on over the ends of lines (RFC 4180 2.6).
+std::size_t EndOfRecords(std::string_view text, bool has_quotes) {
+  if (!has_quotes) {
+    const auto last = text.substr(0, PIPE_BUF).rfind('\n');
+    return (last != std::string_view::npos ? last : text.find('\n')) + 1;
+  }
   std::size_t end = 0;
   bool is_quoted = false;
-  for (std::size_t at = 0; at < text.size(); ++at) {
+  for (std::size_t at = 0; at < text.size() && (at < PIPE_BUF || end == 0); ++at) {
     is_quoted ^= text[at] == '"';
     if (text[at] == '\n' && !is_quoted) end = at + 1;
   }
@@ -98,23 +103,34 @@ Result<void> NotWhole(const Context& context) {
                "Run it again for all of it."};
 }
 
-// What is in the file, from its beginning, until a stop at `end`: then as many whole lines as were printed by then.
-// Known limit: a pipe takes 4,096 octets whole or not at all, so that a longer line may be cut where that is given up
-// too.
+// The records that are whole, until a stop at `end`; gives what is left of the text.
+std::string_view PrintRecords(const Context& context, std::string_view text, platform::Stop end, bool has_quotes) {
+  while (std::ferror(stdout) == 0 && context.cancel.Requested() < end) {
+    const std::size_t whole = EndOfRecords(text, has_quotes);
+    if (whole == 0) break;
+    Print(stdout, text.substr(0, whole));
+    text.remove_prefix(whole);
+  }
+  return text;
+}
+
+// What is in the file, from its beginning, until a stop at `end`: then as many whole records as were printed by then.
+// Known limit: one that is longer than a pipe takes at once (4,096 octets) is cut where its reader takes nothing of it
+// for half a second after that is given up too.
 Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end,
                        bool has_quotes) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
   std::string block(kBlock, '\0');
-  std::string lines;
-  while (std::ferror(stdout) == 0) {
-    if (context.cancel.Requested() >= end) return NotWhole(context);
+  std::string records;
+  while (std::ferror(stdout) == 0 && context.cancel.Requested() < end) {
     const auto got = platform::ReadSome(fd, folder, block.data(), block.size());
     if (!got) return got.error();
-    lines.append(block, 0, *got);
-    const std::size_t whole = *got == 0 ? lines.size() : EndOfLines(lines, has_quotes);
-    Print(stdout, std::string_view(lines).substr(0, whole));
-    lines.erase(0, whole);
-    if (*got == 0) return {};
+    if (*got == 0) {
+      Print(stdout, records);
+      return {};
+    }
+    records.append(block, 0, *got);
+    records.erase(0, records.size() - PrintRecords(context, records, end, has_quotes).size());
   }
   return NotWhole(context);
 }

@@ -19,6 +19,10 @@ struct CapitaliseOptions {
   bool dry_run = false;
 };
 
+Error EndedBefore() {
+  return {Failure::kTryAgain, "The list of changes was cancelled; nothing was changed.", "Run the command again."};
+}
+
 // How many recipients there are to be changed; each change is shown.
 Result<std::int64_t> ShowChanges(Context& context, const RecipientStore& store, const std::string& group) {
   std::int64_t count = 0;
@@ -33,7 +37,7 @@ Result<std::int64_t> ShowChanges(Context& context, const RecipientStore& store, 
     return context.cancel.Requested() == platform::Stop::kNone;  // the question names all, whoever reads them
   });
   if (!shown) return shown.error();
-  if (const auto ended = EndOfList(context); !ended) return ended.error();
+  if (context.cancel.Requested() != platform::Stop::kNone) return EndedBefore();
   return count;
 }
 

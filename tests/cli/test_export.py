@@ -4,6 +4,7 @@ import io
 import json
 import os
 import subprocess
+import time
 import unittest
 
 from quillcast import PROGRAM, Case
@@ -89,6 +90,19 @@ class Export(Case):
         kept.chmod(0o600)
         self.ok("--yes", "export", "-g", "Readers", "-o", locked)
         self.assertEqual(locked.read_text(), "ada@r.example\nbob@r.example\n")
+
+    def test_an_output_that_does_not_wait(self):
+        many = self.write("many.txt", "".join(f"user{n}@example.org\n" for n in range(20_000)))
+        self.ok("import", many, "-g", "Readers", "--map", "Email Address=1", "--opt-in")
+        whole = self.export()
+        take, give = os.pipe()
+        os.set_blocking(give, False)
+        with (os.fdopen(take, "rb") as reader,
+              subprocess.Popen([PROGRAM, "--profile", self.profile, "export", "-g", "Readers"], stdout=give) as process):
+            os.close(give)
+            time.sleep(0.3)  # the pipe is full by now
+            self.assertEqual(reader.read().decode(), whole)
+            self.assertEqual(process.wait(20), 0)
 
     def test_a_reader_that_leaves_early(self):
         many = self.write("many.txt", "".join(f"user{n}@example.org\n" for n in range(20_000)))
