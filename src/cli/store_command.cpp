@@ -23,7 +23,7 @@ Error NoSuchRecipient(std::string_view address, std::string_view group) {
 
 recipients::OnProgress ShowProgress(Context& context) {
   return [&context](std::int64_t done, std::int64_t total) {
-    context.output.Progress(fmt::format("{} of {}", done, total));
+    context.output.Progress(fmt::format("{} of {}", platform::WithThousands(done), platform::WithThousands(total)));
   };
 }
 
@@ -68,7 +68,7 @@ void TellDuplicates(Context& context, const recipients::MoveOutcome& outcome) {
     context.output.Object({{"address", entry}, {"done", "duplicate"}});
   }
   const auto more = outcome.duplicates - static_cast<std::int64_t>(outcome.duplicate_entries.size());
-  if (more > 0) context.output.Note(fmt::format("{} more were there already.", more));
+  if (more > 0) context.output.Note(fmt::format("{} more were there already.", platform::WithThousands(more)));
 }
 
 bool IsWanted(const Context& context) {

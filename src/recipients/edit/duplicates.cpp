@@ -177,7 +177,8 @@ Result<std::int64_t> DeleteDuplicates(const RecipientStore& store, std::string_v
 
 Sentence DeleteDuplicatesQuestion(std::int64_t recipients, std::string_view group) {
   if (recipients == 1) return Say("Are you sure you want to delete one duplicate from '{}'?", group);
-  return Say("Are you sure you want to delete {} duplicates from '{}' and keep the first of each?", recipients, group);
+  return Say("Are you sure you want to delete {} duplicates from '{}' and keep the first of each?",
+             NumberValue(recipients), group);
 }
 
 Result<std::vector<Holder>> GroupsOfAddress(const RecipientStore& store, std::string_view address) {

@@ -98,7 +98,7 @@ Result<void> MergeOne(Edit& edit, const RecipientGroup& from, const RecipientGro
 
 Sentence MoveQuestion(std::int64_t recipients, std::string_view from, std::string_view to) {
   if (recipients == 1) return Say("Are you sure you want to move one recipient from '{}' to '{}'?", from, to);
-  return Say("Are you sure you want to move {} recipients from '{}' to '{}'?", recipients, from, to);
+  return Say("Are you sure you want to move {} recipients from '{}' to '{}'?", NumberValue(recipients), from, to);
 }
 
 Sentence MergeQuestion(std::span<const std::string> groups, std::string_view into) {
@@ -110,7 +110,7 @@ Sentence MergeQuestion(std::span<const std::string> groups, std::string_view int
 
 Sentence DeleteSeveralQuestion(std::int64_t recipients, std::string_view group) {
   if (recipients == 1) return Say("Are you sure you want to delete one recipient from '{}'?", group);
-  return Say("Are you sure you want to delete {} recipients from '{}'?", recipients, group);
+  return Say("Are you sure you want to delete {} recipients from '{}'?", NumberValue(recipients), group);
 }
 
 Result<MoveOutcome> MoveRecipients(const RecipientStore& store, std::string_view from, std::string_view to,

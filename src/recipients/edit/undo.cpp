@@ -228,27 +228,28 @@ Result<std::optional<EditStep>> FindUndo(const RecipientStore& store) {
 Sentence UndoQuestion(const EditStep& step) {
   switch (step.kind) {
     case EditKind::kCapitalise:
-      return Say("Do you want to take back the capitals in '{}'? Recipients: {}", step.group, step.rows);
+      return Say("Do you want to take back the capitals in '{}'? Recipients: {}", step.group, NumberValue(step.rows));
     case EditKind::kSort:
       return Say("Do you want to take back the order of '{}'?", step.group);
     case EditKind::kMove:
       return Say("Do you want to take back the move from '{}' to '{}'? Recipients: {}", step.group, step.other_group,
-                 step.rows);
+                 NumberValue(step.rows));
     case EditKind::kCopy:
       return Say("Do you want to take back the copy from '{}' to '{}'? Recipients: {}", step.group, step.other_group,
-                 step.rows);
+                 NumberValue(step.rows));
     case EditKind::kMerge:
       return Say("Do you want to take back the merge of '{}' into '{}'? Recipients: {}", step.group, step.other_group,
-                 step.rows);
+                 NumberValue(step.rows));
     case EditKind::kDelete:
-      return Say("Do you want to bring back who was deleted from '{}'? Recipients: {}", step.group, step.rows);
+      return Say("Do you want to bring back who was deleted from '{}'? Recipients: {}", step.group,
+                 NumberValue(step.rows));
     case EditKind::kDuplicates:
       return Say("Do you want to bring back the duplicates that were deleted from '{}'? Recipients: {}", step.group,
-                 step.rows);
+                 NumberValue(step.rows));
     case EditKind::kDeleteGroup:
       break;
   }
-  return Say("Do you want to bring back the group '{}'? Recipients: {}", step.group, step.rows);
+  return Say("Do you want to bring back the group '{}'? Recipients: {}", step.group, NumberValue(step.rows));
 }
 
 Result<UndoOutcome> Undo(const RecipientStore& store, const OnProgress& on_progress) {

@@ -157,6 +157,14 @@ TEST_F(EditTest, ShowsWhatCapitalsWouldChange) {
   EXPECT_EQ(store().RequireGroup("A")->sort_sql, "") << "the second time nothing was set";
 }
 
+TEST(Questions, CountAsTheWindowsDo) {
+  const EditStep step{.kind = EditKind::kMerge, .group = "A", .other_group = "B", .rows = 1'234};
+  for (const Sentence& question :
+       {MoveQuestion(1'234, "A", "B"), DeleteSeveralQuestion(1'234, "A"), CapitaliseQuestion(1'234, "A"),
+        DeleteDuplicatesQuestion(1'234, "A"), UndoQuestion(step)})
+    EXPECT_NE(question.InEnglish().find(" 1,234"), std::string::npos) << question.InEnglish();
+}
+
 TEST_F(EditTest, FindsDuplicatesByWhereAMessageGoes) {
   Insert(a_, "Ada <A1@x.org>");
   Insert(a_, "a2@x.org, work");
