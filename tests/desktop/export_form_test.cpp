@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "platform/file_attributes.h"
 #include "recipients/store_connection.h"
@@ -306,7 +307,29 @@ class ExportFormTest : public QObject {
     scene.Open();
     scene.Press("CancelButton");
     QVERIFY(!scene.form->isVisible());
-    QCOMPARE(scene.rig.Shown(), "");
+    QCOMPARE(scene.rig.Shown() + scene.form->said(), "");
+  }
+
+  void theManagerTellsWhatACancelledExportLeft() {
+    Scene scene;
+    scene.OpenReady();
+    scene.AddMany(300'000);
+    scene.rig.folder.Write("list.txt", "old");
+    GroupManagerForm manager(scene.rig.program, nullptr);
+    manager.show();
+    test::WhileOpen("RecipientExportForm", [&](QDialog& form) {
+      form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Readers");
+      form.findChild<QLineEdit*>("BrowseTextBox")->setText(PathToQt(scene.File()));
+      form.findChild<QPushButton*>("ExportButton")->click();
+      scene.rig.prompts.answers = {platform::Answer::kYes};
+      form.findChild<QPushButton*>("CancelButton")->click();
+      QTRY_VERIFY(!form.isVisible());
+    });
+    manager.findChild<QPushButton*>("ExportButton")->click();
+    const QString said = manager.findChild<QLabel*>("StatusLine")->text();
+    const bool is_old = scene.Written() == "old";
+    QVERIFY2(said.contains(is_old ? "none was replaced" : "to list.txt before the export was cancelled"),
+             qPrintable(said));
   }
 
   void anExportThatEndsWhileItIsAskedAboutIsNotGivenUp() {

@@ -116,11 +116,12 @@ void GroupManagerForm::Add() {
   RecipientAddForm form(program_, Group(), this);
   form.exec();
   if (!form.written()) return;
+  ++count_;
+  ShowTotal();
+  if (!is_order_understood_) return SayOrder(tr("The recipient was added."));
   rows_->Append(std::array{form.written()->id});
   grid_->Grow(rows_->size());
   grid_->Choose(rows_->size() - 1);
-  ++count_;
-  ShowTotal();
 }
 
 void GroupManagerForm::Modify() {
@@ -186,7 +187,9 @@ void GroupManagerForm::Export() {
     program_.prompts.Warn(complaint->message);
     return;
   }
-  RecipientExportForm(program_, Group(), this).exec();
+  RecipientExportForm form(program_, Group(), this);
+  form.exec();
+  Say(form.said());
 }
 
 void GroupManagerForm::Move() {

@@ -241,10 +241,11 @@ void GroupManagerForm::ShowGroup(const Reading& reading) {
   SayOrder();
 }
 
-void GroupManagerForm::SayOrder() {
+void GroupManagerForm::SayOrder(const QString& told) {
   if (is_order_understood_) return;
-  status_->Say(tr("The stored order of this group is not understood, so nobody is listed. “Sort by…” sets another."),
-               NoteKind::kWarning);
+  const QString why =
+      tr("The stored order of this group is not understood, so nobody is listed. “Sort by…” sets another.");
+  status_->Say(told.isEmpty() ? why : told + ' ' + why, NoteKind::kWarning);
 }
 
 void GroupManagerForm::ShowNone() {

@@ -25,9 +25,13 @@ class RowList;
 class StatusLine;
 class WorkPanel;
 
+// It holds no group and no recipient of its own but the keys of the rows that it shows: every command looks into the
+// store anew, which other programs write to at any time. What takes long runs beside it (WorkPanel), one at a time,
+// with every control disabled but the one that cancels.
 class GroupManagerForm final : public QDialog {
   Q_OBJECT
  public:
+  // With no group chosen. `program` outlives it; its prompts are asked and its folders read at each command.
   GroupManagerForm(const profile::Program& program, QWidget* parent);
 
  public slots:
@@ -51,6 +55,8 @@ class GroupManagerForm final : public QDialog {
   static std::span<const Command> Commands();
   struct Reading;
 
+  // Made once. A button's text and what it does are a row of Commands(); the keys press the buttons, so that a disabled
+  // one has no key either. Run clears the status line, checks what the row needs, and then runs it.
   void MakeWindow();
   QPushButton* MakeButton(const char* name);
   std::vector<QWidget*> MakeButtons(std::initializer_list<const char*> names);
@@ -62,11 +68,13 @@ class GroupManagerForm final : public QDialog {
   void EnableControls(bool enabled);
   QPushButton& UndoButton() const;
 
+  // The group that is chosen, empty where none is; from the list, as another program may have renamed it since. A store
+  // for the window's own short reads waits for a lock no longer than a person does (kWindowPatience).
   QString Group() const;
   recipients::RecipientStore Store() const;
   void FillGroups(const QString& chosen);
   void ChooseGroup();
-  // The place among the rows stays as it is where the group does.
+  // The place among the rows stays as it is where the group does. Again: not while work runs, whose end reads it.
   void ReadGroup();
   void ReadAgain();
   void Say(const QString& sentence);
@@ -78,12 +86,15 @@ class GroupManagerForm final : public QDialog {
   void ShowNone();
   // Another program deleted or renamed it.
   void ShowGone(const QString& group);
-  void SayOrder();
+  // Where nobody is listed, why; behind what was just done.
+  void SayOrder(const QString& told = {});
   void SortView(int column);
   void ShowTotal();
   void ShowUndo();
   void TellGroups(const QString& before = {}, const QString& now = {});
 
+  // One for each row of Commands(), called when its needs hold. Each tells what it did, or why it did not, in the
+  // status line, and reads the group again where rows may stand elsewhere.
   void NewGroup();
   void RenameGroup();
   void DeleteGroup();

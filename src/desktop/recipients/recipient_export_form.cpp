@@ -181,8 +181,9 @@ void RecipientExportForm::Start() {
       seen->done = static_cast<std::uint64_t>(done);
     };
     const auto outcome = recipients::ExportToFile(store, request, file, own, cancel, see);
-    return [this, outcome] {
+    return [this, outcome, file] {
       tick_->stop();
+      KeepSaid(outcome, file);
       give_up_.End([this, outcome] { ShowEnd(outcome); });
     };
   });
@@ -193,7 +194,16 @@ void RecipientExportForm::Start() {
 
 void RecipientExportForm::TakeProgress() { bar_->Count(*seen_); }
 
+void RecipientExportForm::KeepSaid(const recipients::ExportOutcome& outcome, const std::filesystem::path& file) {
+  if (const auto cut = recipients::DescribeCancelled(outcome, file)) {
+    said_ = InWords(*cut);
+  } else {
+    said_ = outcome.error ? InWords(*outcome.error) : ToQt(recipients::ExportSummary(outcome.written));
+  }
+}
+
 void RecipientExportForm::ShowEnd(const recipients::ExportOutcome& outcome) {
+  said_.clear();
   EnableControls();
   bar_->Count(outcome.error ? 0 : 1, 1);
   if (outcome.error) {

@@ -27,6 +27,8 @@ class FormColumn;
 class ProgressPanel;
 class StatusLine;
 
+// The file comes into place when it is whole, or with the rows so far where the person cancels; what stood there before
+// stays after any error. Checks and formats are the core's (recipient_export.h).
 class RecipientExportForm final : public QDialog {
   Q_OBJECT
  public:
@@ -34,11 +36,15 @@ class RecipientExportForm final : public QDialog {
   RecipientExportForm(const profile::Program& program, const QString& group, QWidget* parent);
   ~RecipientExportForm() override;
 
+  // What became of the file where the dialog was closed while it was written; else nothing, for a box has told it.
+  const QString& said() const { return said_; }
+
  public slots:
   // While an export runs it is asked about first; its end then closes the dialog.
   void reject() override;
 
  private:
+  // Made once; EnableControls before and after each export.
   void MakeWindow();
   void AddFormats(FormColumn* column);
   void EnableControls();
@@ -50,6 +56,7 @@ class RecipientExportForm final : public QDialog {
   void LeaveLocked(const std::filesystem::path& file);
   void Start();
   void TakeProgress();
+  void KeepSaid(const recipients::ExportOutcome& outcome, const std::filesystem::path& file);
   void ShowEnd(const recipients::ExportOutcome& outcome);
 
   const profile::Program& program_;
@@ -71,6 +78,7 @@ class RecipientExportForm final : public QDialog {
   QPushButton* export_;
   std::shared_ptr<SharedCount> seen_;  // shared with the thread that exports
   GiveUp give_up_;
+  QString said_;
 };
 
 }  // namespace quillcast::desktop

@@ -18,7 +18,9 @@ constexpr std::int64_t kRowsBetweenLooks = 1000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 Error Cancelled() {
-  return {Failure::kTryAgain, "The export was cancelled before its first line; no file was written.", "Run it again."};
+  return {Failure::kTryAgain,
+          "The export was cancelled before its first line; no file was written and none was replaced.",
+          "Run it again."};
 }
 
 // One export under way.
@@ -202,6 +204,13 @@ std::vector<Sentence> ExportTroubles(const ExportOutcome& outcome) {
   }
   if (outcome.unserved) troubles.emplace_back("The character set of this system is not known here; UTF-8 was written.");
   return troubles;
+}
+
+std::optional<Sentence> DescribeCancelled(const ExportOutcome& outcome, const std::filesystem::path& file) {
+  if (!outcome.cancelled || outcome.error) return {};
+  return SayOf(outcome.written, "{} recipient was written to {} before the export was cancelled.",
+               "{} recipients were written to {} before the export was cancelled.",
+               platform::Printable(file.filename().string(), kLongestName));
 }
 
 std::string ExportSummary(std::int64_t written) { return fmt::format("{} recipients exported successfully.", written); }

@@ -72,6 +72,9 @@ ExportOutcome ExportToFile(const std::filesystem::path& store, const ExportReque
 // What the count does not say and whoever exports has to know, a sentence each; none where all went well.
 std::vector<Sentence> ExportTroubles(const ExportOutcome& outcome);
 
+// Why there is a file and it is not whole, where the export was cancelled; the error says why there is none.
+std::optional<Sentence> DescribeCancelled(const ExportOutcome& outcome, const std::filesystem::path& file);
+
 // The text of the box at the end.
 std::string ExportSummary(std::int64_t written);
 
