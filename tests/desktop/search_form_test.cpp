@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -22,6 +23,7 @@
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
+#include "desktop/recipients/work_panel.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
 #include "recipients/store_connection.h"
@@ -269,10 +271,16 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.Status(), "1 recipient was deleted. 1 recipient is left.");
     QCOMPARE(scene.rig.Store().CountRecipients("Readers").ValueOr(-1), 3);
     QCOMPARE(scene.Grid().Chosen().size(), 0U);  // the neighbour is what is deleted next, and looks chosen to nobody
+    int height_at_work = 0;
+    QObject::connect(scene.form->findChild<WorkPanel*>(), &WorkPanel::Started, scene.form.get(), [&] {
+      scene.form->layout()->activate();
+      height_at_work = scene.Grid().height();
+    });
     scene.rig.Shown();
     scene.Delete();
     QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 'o'neill@x.org'?");
     QCOMPARE(scene.Rows() + scene.Status(), "1 recipient was deleted. Nobody is left.");
+    QCOMPARE(height_at_work, scene.Grid().height());
     scene.Press("DeleteButton");
     QCOMPARE(scene.rig.Shown(), kChoose);
     scene.Search("Email", "Contains", "o");

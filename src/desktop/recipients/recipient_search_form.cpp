@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStackedWidget>
 #include <QTimer>
 #include <mutex>
 
@@ -105,10 +106,11 @@ void RecipientSearchForm::MakeWindow() {
   what->Add("CompareComboBox", tr("&Comparison:"), compare_);
   what->Add("EntryTextBox", tr("Search &term:"), term_, {search_});
   column->Add(grid_, 1);
-  column->Add(status_);
   work_->ShareLine();
-  column->Add(work_);
-  work_->hide();
+  line_ = column->Add(new QStackedWidget(this));
+  line_->addWidget(status_);
+  line_->addWidget(work_);
+  line_->setMinimumHeight(work_->sizeHint().height());  // so that nothing moves when work begins
   AddButtons(column);
 }
 
@@ -132,7 +134,8 @@ void RecipientSearchForm::EnableControls(bool is_idle) {
   for (QWidget* control : std::initializer_list<QWidget*>{field_, compare_, term_, search_, grid_})
     control->setEnabled(is_idle);
   for (QPushButton* button : buttons_) button->setEnabled(is_idle);
-  work_->setVisible(!is_idle);
+  if (!is_idle) status_->Say({});
+  line_->setCurrentWidget(is_idle ? static_cast<QWidget*>(status_) : work_);
 }
 
 recipients::SearchRequest RecipientSearchForm::Request() const {

@@ -12,6 +12,7 @@
 class QComboBox;
 class QLineEdit;
 class QPushButton;
+class QStackedWidget;
 class QTimer;
 
 namespace quillcast::desktop {
@@ -23,9 +24,12 @@ class RowList;
 class StatusLine;
 class WorkPanel;
 
+// What it shows are keys that a search found: a row is read when it is shown, and one that another program took away
+// since is shown as gone. It searches while one types only as long as the group answers within 50 ms.
 class RecipientSearchForm final : public QDialog {
   Q_OBJECT
  public:
+  // Searches `group`, found by its name at each search; nobody is shown before the first.
   RecipientSearchForm(const profile::Program& program, QString group, QWidget* parent);
   ~RecipientSearchForm() override;
   // Recipients were changed, moved or deleted, or there is a group more: who shows groups reads them again.
@@ -85,6 +89,7 @@ class RecipientSearchForm final : public QDialog {
   GridActions* actions_;
   StatusLine* status_;
   WorkPanel* work_;
+  QStackedWidget* line_;  // the two, one at a time
 };
 
 }  // namespace quillcast::desktop

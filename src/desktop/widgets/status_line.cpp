@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QLayout>
 
 #include "desktop/widgets/qt_text.h"
 
@@ -17,6 +18,15 @@ void StatusLine::Say(const QString& sentence, NoteKind kind) {
   kind_ = kind;
   setText(sentence);
   TakeColour();
+  MakeRoom();
+}
+
+// A window is laid out again within its height, and its least height knows nothing of lines that wrap.
+void StatusLine::MakeRoom() {
+  QWidget* form = window();
+  if (form == this || !form->isVisible() || form->layout() == nullptr) return;
+  const int needed = form->layout()->minimumHeightForWidth(form->width());
+  if (needed > form->height()) form->resize(form->width(), needed);
 }
 
 void StatusLine::Fail(const Error& error) { Say(InWords(error), NoteKind::kFailure); }

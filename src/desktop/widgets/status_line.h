@@ -8,7 +8,7 @@
 
 namespace quillcast::desktop {
 
-// Wraps; what stands in it is never markup.
+// Wraps, and makes the window higher where that has no room for all of its lines; what stands in it is never markup.
 class StatusLine final : public QLabel {
   Q_OBJECT
  public:
@@ -23,6 +23,7 @@ class StatusLine final : public QLabel {
 
  private:
   void TakeColour();
+  void MakeRoom();
 
   NoteKind kind_ = NoteKind::kInformation;
 };
