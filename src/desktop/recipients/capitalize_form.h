@@ -16,6 +16,7 @@ namespace quillcast::desktop {
 class RowList;
 class StatusLine;
 
+// It changes nothing: whoever opened it does, when it was accepted, by what stands in the store then.
 class CapitalizeForm final : public QDialog {
   Q_OBJECT
  public:
@@ -29,6 +30,7 @@ class CapitalizeForm final : public QDialog {
     std::int64_t changes = 0;
     std::int64_t recipients = 0;
   };
+  // On a thread of its own; counts all changes and keeps the first, so that a group of any size fits in memory.
   static Result<Preview> LookThrough(const recipients::RecipientStore& store, const std::string& group);
   void Show(const Result<Preview>& preview);
   QString Text(std::size_t row, int column) const;

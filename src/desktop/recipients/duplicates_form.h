@@ -17,6 +17,7 @@ namespace quillcast::desktop {
 class RowList;
 class StatusLine;
 
+// It deletes nothing: whoever opened it does, when it was accepted.
 class DuplicatesForm final : public QDialog {
   Q_OBJECT
  public:
@@ -38,6 +39,7 @@ class DuplicatesForm final : public QDialog {
     std::int64_t entries = 0;
     std::int64_t too_many = 0;
   };
+  // On a thread of its own; counts all, and keeps the first to be shown.
   static Result<Found> LookThrough(const recipients::RecipientStore& store, const std::vector<std::string>& groups);
   void Look();
   void Show(const Result<Found>& found);

@@ -17,6 +17,8 @@ namespace quillcast::desktop {
 class RecipientRows;
 class RowList;
 
+// A command on several rows takes ChosenKeys; one on a single recipient TakeOne; one that asks about those it is for,
+// and then acts on them, Meant. Rows are places in the list as it is now: hold keys over anything that lets it change.
 class GridActions final : public QObject {
   Q_OBJECT
  public:
@@ -27,20 +29,20 @@ class GridActions final : public QObject {
   void AddOrders();
   void ShowOrder(recipients::ViewOrder order);
 
-  // The row that a command on one recipient is for, as it is in the store now: the current one of those that Meant
-  // gives. Where several are chosen, Said says which it is; where it cannot be read, Failed says why, and there is
-  // none.
+  // The row that a command on one recipient is for, as it is in the store now: the current one where it is among those
+  // that Meant gives, else the first of them. Where they are several, Said says which it is. None where Meant gives
+  // none, and where it cannot be read; then Failed says why.
   struct OneRow {
     std::size_t row = 0;
     recipients::GridRow texts;
   };
   std::optional<OneRow> TakeOne();
+  // From above to below; empty where none is chosen, whichever row is the current one.
   std::vector<std::int64_t> ChosenKeys() const;
-  // What a command means that names who it is for before it does anything: the chosen rows, or else the current one
-  // since a Remove that chose nobody.
+  // The rows that a command means: those that are chosen, or else the current one after a Remove that chose nobody.
   std::vector<std::size_t> Meant() const;
-  // The nearest row to those that were taken away is the current one. It is chosen too only where no command does
-  // something to all as long as nobody is chosen: what looks chosen is what every command takes.
+  // The nearest row to those that were taken away becomes the current one. kChosen also chooses it; kCurrent is for a
+  // window where some command takes all rows as long as none is chosen, which one that nobody chose would narrow.
   enum class Nearest : std::uint8_t { kChosen, kCurrent };
   // Takes rows away, from above to below; nothing scrolls.
   void Remove(std::span<const std::size_t> rows, Nearest nearest);
@@ -49,6 +51,8 @@ class GridActions final : public QObject {
   void GoTo(const recipients::ListPlace& place);
 
  signals:
+  // For the status line of the window, and `column` from 0, the running number. The list does not sort itself: whoever
+  // owns it reads the group in that order and calls ShowOrder.
   void HeadingPressed(int column);
   void Said(const QString& sentence);
   void Failed(const quillcast::Error& error);

@@ -11,6 +11,7 @@ namespace quillcast::desktop {
 
 class StatusLine;
 
+// Writes the group itself when OK is pressed, and stays open where its name is refused or taken, or the store fails.
 class GroupNewForm final : public QDialog {
   Q_OBJECT
  public:

@@ -11,6 +11,7 @@ namespace quillcast::desktop {
 
 class StatusLine;
 
+// Writes the new name itself when OK is pressed, and stays open as GroupNewForm does.
 class GroupRenameForm final : public QDialog {
   Q_OBJECT
  public:

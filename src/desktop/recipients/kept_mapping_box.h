@@ -14,6 +14,7 @@ namespace quillcast::desktop {
 
 class StatusLine;
 
+// It shows names alone: a mapping is read when it is applied, for another program may have changed it since.
 class KeptMappingBox final : public QComboBox {
   Q_OBJECT
  public:
@@ -27,6 +28,7 @@ class KeptMappingBox final : public QComboBox {
   void Keep(recipients::KeptMapping mapping, const QString& suggestion);
 
  signals:
+  // A mapping that could be read; why another cannot is told in the status line.
   void Applied(const recipients::KeptMapping& mapping);
   // The mapping as it is chosen by now is to be kept: whoever knows it calls Keep.
   void KeepAsked();

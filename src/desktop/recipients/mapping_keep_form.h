@@ -11,6 +11,7 @@ namespace quillcast::desktop {
 
 class StatusLine;
 
+// It keeps nothing: whoever opened it does, under name(), which CheckMappingName has passed by then.
 class MappingKeepForm final : public QDialog {
   Q_OBJECT
  public:

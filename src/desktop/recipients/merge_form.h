@@ -17,6 +17,8 @@ class RowList;
 class StatusLine;
 class WorkPanel;
 
+// Merges itself, after its question, beside the window; one transaction, so that a cancel leaves all groups as they
+// were.
 class MergeForm final : public QDialog {
   Q_OBJECT
  public:

@@ -17,9 +17,12 @@ namespace quillcast::desktop {
 
 class RowList;
 
+// Rows are read in blocks by their keys, on the window's thread and when the first of a block is shown: that takes no
+// longer in a group of a million. Rows that were read are not read again until Reset or ReadNow.
 class RecipientRows final : public QObject {
   Q_OBJECT
  public:
+  // `store` is opened for each read, and need not be there yet.
   RecipientRows(std::filesystem::path store, QObject* parent);
 
   // Of recipients of that group: one that another program moved to another group is gone.
@@ -30,6 +33,7 @@ class RecipientRows final : public QObject {
   // What a dialog wrote stands there without being read again.
   void Put(std::size_t row, const recipients::GridRow& texts);
 
+  // For work on a thread of its own, which takes copies of them; the keys are in the order of the rows.
   const std::filesystem::path& file() const { return store_.file(); }
   std::size_t size() const { return keys_.size(); }
   const std::vector<std::int64_t>& keys() const { return keys_; }

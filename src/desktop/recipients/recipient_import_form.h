@@ -32,6 +32,9 @@ class NotePanel;
 class ProgressPanel;
 class StatusLine;
 
+// Before the import a look at the file (LookAtFile) runs beside the window and shows its first lines as they would be
+// stored; whatever changes how it is read looks again. Request()
+// and Current() read the controls when they are needed, so that what is imported, or kept, is what the window shows.
 class RecipientImportForm final : public QDialog {
   Q_OBJECT
  public:
@@ -66,6 +69,7 @@ class RecipientImportForm final : public QDialog {
     std::vector<std::string> sheets;  // where they were to be listed
   };
 
+  // Made once; EnableControls is called after each change of what is ticked, chosen or under way, and knows them all.
   void MakeWindow();
   void AddFormats(FormColumn* column);
   void AddModes(FormColumn* column);
@@ -73,6 +77,8 @@ class RecipientImportForm final : public QDialog {
   void ConnectControls();
   void EnableControls();
 
+  // From a file to its first lines in the table. A look runs on a thread of its own: TakeLook gets what it came to back
+  // in the window, and drops it where another file, or another way of reading, was chosen since.
   void Browse();
   void TakeFile(const QString& file);
   void SetBack();
@@ -89,12 +95,15 @@ class RecipientImportForm final : public QDialog {
   void ShowWarnings();
   void Warn(const std::vector<Sentence>& sentences);
 
+  // They point into the sample, and are valid until the next look.
   std::vector<std::string_view> FieldsToChoose() const;
   // What the ticks come to for this file, wherever it is shown, kept or imported.
   recipients::FileFormat Format() const;
   bool TakesQuotesOff() const;
   std::int64_t SkippedLines() const;
+  // `lines` at the beginning of the file, 0 for none; shown in the text of the box.
   void SkipLines(std::int64_t lines);
+  // What can be chosen for each field of a recipient is what this line has; all are set to "Ignore".
   void OfferFields();
   void TakeHeading(int source, std::size_t field);
   void Propose();
@@ -108,6 +117,8 @@ class RecipientImportForm final : public QDialog {
   std::optional<Sentence> ChooseWaiting();
   std::optional<Sentence> LackingSheet() const;
 
+  // The import itself. Its checks and its consent come first, in the given order; Start hands the request to a thread,
+  // which shares the count with TakeProgress, and ShowEnd gets its outcome unless the dialog was closed meanwhile.
   recipients::ImportForm Form() const;
   recipients::ImportRequest Request() const;
   void Import();

@@ -20,6 +20,7 @@ class RowList;
 class StatusLine;
 class WorkPanel;
 
+// Moves or copies itself, beside the window; one transaction, so that a cancel leaves everybody where they were.
 class RecipientMoveForm final : public QDialog {
   Q_OBJECT
  public:

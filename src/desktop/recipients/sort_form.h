@@ -15,6 +15,8 @@ namespace quillcast::desktop {
 
 class FormGrid;
 
+// It writes nothing: whoever opened it does. A stored order that is not understood is told in a note, and OK puts what
+// is picked in its place.
 class SortForm final : public QDialog {
   Q_OBJECT
  public:

@@ -14,6 +14,7 @@ namespace quillcast::desktop {
 class RowList;
 class StatusLine;
 
+// Compares by the address that a message would go to, so that an entry with a name around it is found as well.
 class WhereForm final : public QDialog {
   Q_OBJECT
  public:

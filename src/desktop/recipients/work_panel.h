@@ -26,6 +26,7 @@ class ProgressPanel;
 class WorkPanel final : public QWidget {
   Q_OBJECT
  public:
+  // Hidden bar and button that keep their room; `program` names the store of each piece of work.
   WorkPanel(const profile::Program& program, QWidget* parent);
   ~WorkPanel() override;
 
@@ -59,6 +60,8 @@ class WorkPanel final : public QWidget {
   NoteKind KindOfFailure() const { return was_cancelled_ ? NoteKind::kInformation : NoteKind::kFailure; }
 
  signals:
+  // Started before the thread begins, Ended before `done` is called, so that `done` may show a dialog or start the next
+  // piece. Closing: the button was pressed while nothing runs.
   void Started();
   void Ended();
   void Closing();
