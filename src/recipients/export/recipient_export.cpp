@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::int64_t kRowsBetweenLooks = 1000;
+constexpr std::size_t kLongestName = 200;  // bytes of a file's name, where it is told
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 Error Cancelled() {
