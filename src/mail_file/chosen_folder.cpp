@@ -18,32 +18,54 @@ Result<ChosenFolder> ChosenFolder::Open(const std::filesystem::path& path, const
 }
 
 // O_EXCL takes a link for what exists. A name without a separator stays in the folder, whoever moves that meanwhile.
+Result<platform::UniqueFd> ChosenFolder::CreateAs(const std::string& name) const {
+  if (name.empty() || name == "." || name == ".." ||
+      name.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
+    return Error{Failure::kCannotCreate, Say("\"{}\" is no name for a file.", platform::Printable(name))};
+  }
+  platform::UniqueFd fd(::openat(fd_.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  if (fd || errno == EEXIST) return fd;
+  return platform::SystemError("create", path_ / name, errno);
+}
+
 Result<platform::UniqueFd> ChosenFolder::Create(const std::string& name, std::string& taken) {
   std::size_t& number = last_number_[name];
   for (;;) {
     taken = number == 0 ? name : NumberedName(name, number + 1);
     ++number;
-    platform::UniqueFd fd(
-        ::openat(fd_.get(), taken.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (fd) return fd;
-    if (errno != EEXIST) return platform::SystemError("create", path_ / taken, errno);
+    auto fd = CreateAs(taken);
+    if (!fd || *fd) return fd;
   }
+}
+
+Result<void> ChosenFolder::Fill(
+    const platform::UniqueFd& fd, const std::string& taken,
+    const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) const {
+  auto written = write(fd.get(), path_ / taken);
+  if (!written) IgnoreErrors(::unlinkat(fd_.get(), taken.c_str(), 0));
+  return written;
 }
 
 Result<std::string> ChosenFolder::WriteNew(
     const std::string& name, const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) {
-  if (name.empty() || name == "." || name == ".." ||
-      name.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
-    return Error{Failure::kCannotCreate, Say("\"{}\" is no name for a file.", platform::Printable(name))};
-  }
   std::string taken;
   const auto fd = Create(name, taken);
   if (!fd) return fd.error();
-  if (const auto written = write(fd->get(), path_ / taken); !written) {
-    IgnoreErrors(::unlinkat(fd_.get(), taken.c_str(), 0));
-    return written.error();
-  }
+  if (const auto written = Fill(*fd, taken, write); !written) return written.error();
   return taken;
+}
+
+Result<void> ChosenFolder::WriteAs(
+    const std::string& name, const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) {
+  const auto fd = CreateAs(name);
+  if (!fd) return fd.error();
+  if (!*fd) return IsThereAlready(path_ / name);
+  return Fill(*fd, name, write);
+}
+
+Error IsThereAlready(const std::filesystem::path& file) {
+  return {Failure::kCannotCreate, Say("{} is there already, and is not written over.", file.string()),
+          "Name another place."};
 }
 
 }  // namespace quillcast::mail_file

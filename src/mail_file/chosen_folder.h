@@ -25,16 +25,26 @@ class ChosenFolder {
   Result<std::string> WriteNew(const std::string& name,
                                const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write);
 
+  // The same under that name and no other: fails with kCannotCreate, naming it, where something has it.
+  Result<void> WriteAs(const std::string& name,
+                       const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write);
+
   const std::filesystem::path& path() const { return path_; }
 
  private:
   ChosenFolder(std::filesystem::path path, platform::UniqueFd fd) : path_(std::move(path)), fd_(std::move(fd)) {}
+  Result<platform::UniqueFd> CreateAs(const std::string& name) const;
   Result<platform::UniqueFd> Create(const std::string& name, std::string& taken);
+  Result<void> Fill(const platform::UniqueFd& fd, const std::string& taken,
+                    const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) const;
 
   std::filesystem::path path_;
   platform::UniqueFd fd_;
   std::unordered_map<std::string, std::size_t>
       last_number_;  // of each name that was taken, so that none is tried twice
 };
+
+// Why nothing is written there.
+Error IsThereAlready(const std::filesystem::path& file);
 
 }  // namespace quillcast::mail_file

@@ -218,13 +218,19 @@ OpenRows PreparedRun::RowsForRun() const {
 }
 
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto options = account::ClientOptionsOf(**account);
+  if (!options) return options.error();
+  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
+  return Run(range, listener, carrier);
+}
+
+Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier) {
   const auto message = Message();
   if (!message) return message.error();
-  const auto options = account::ClientOptionsOf(*account_);
-  if (!options) return options.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
-  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
   const RunParts parts{**message, group_.recipients, range, RowsForRun(), carrier, place_.cancel};
   return SendLetters(parts, std::move(*entry), listener);
 }

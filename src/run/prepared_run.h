@@ -81,8 +81,10 @@ class PreparedRun {
 
   // All of them, or those of a range: made and dropped, or sent. Run fails, with nothing sent, when the account cannot
   // be used or the report cannot be created; everything later is in the report, the listener's results and the summary.
+  // With a carrier it goes there, and the account's server is left alone.
   Result<Composed> Compose(const std::optional<PartialRange>& range);
   Result<RunSummary> Run(const std::optional<PartialRange>& range, RunListener& listener);
+  Result<RunSummary> Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier);
 
  private:
   Result<const message::MessageOptions*> Options();

@@ -7,26 +7,53 @@
 #include "smtp/result_code.h"
 
 namespace quillcast::run {
+namespace {
 
-void RunReport::Started() { Line("Personal Sending process has been started."); }
+struct Words {
+  const char* started;
+  const char* partly;
+  const char* wholly;
+  const char* one;
+  const char* completed;
+  const char* several;
+};
+
+constexpr Words kSentWords = {
+    "Personal Sending process has been started.",   "Partial Sending to",           "Sending to", smtp::kSentText,
+    "Personal Sending process has been completed.", "messages sent during process."};
+constexpr Words kWrittenWords = {"The messages are written into files. Nothing is sent.",
+                                 "Partial writing for",
+                                 "Writing for",
+                                 "Message written.",
+                                 "The messages have been written into files. Nothing was sent.",
+                                 "messages written during process."};
+
+const Words& WordsOf(Delivery delivery) { return delivery == Delivery::kSent ? kSentWords : kWrittenWords; }
+
+}  // namespace
+
+void RunReport::Started() { Line(WordsOf(delivery_).started); }
 
 void RunReport::SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range) {
+  const Words& words = WordsOf(delivery_);
   if (range) {
-    Line(fmt::format("Partial Sending to {} recipients (from #{} to #{}).", recipients, range->first, range->last));
+    Line(fmt::format("{} {} recipients (from #{} to #{}).", words.partly, recipients, range->first, range->last));
   } else {
-    Line(fmt::format("Sending to {} recipients.", recipients));
+    Line(fmt::format("{} {} recipients.", words.wholly, recipients));
   }
 }
 
 void RunReport::LogLine(std::string_view line) { Line(line); }
 
 void RunReport::Sent() {
-  Line(smtp::kSentText);
+  Line(WordsOf(delivery_).one);
   BlankLine();
 }
 
 void RunReport::Failed(std::int32_t code) {
-  const std::string text = smtp::WriteSendStatus(code);  // the lines are views into it
+  const std::string text =  // the lines are views into it
+      delivery_ == Delivery::kSent ? smtp::WriteSendStatus(code)
+                                   : "The message was not written.\n" + smtp::ResultText(code);
   for (const auto line : platform::Split(text, '\n')) Line(platform::Trim(line));
   BlankLine();
 }
@@ -44,8 +71,9 @@ void RunReport::BodyNotLoaded(std::int32_t code) {
 }
 
 void RunReport::Completed(std::int64_t sent, std::int64_t failed) {
-  Line("Personal Sending process has been completed.");
-  if (sent > 0) Line(fmt::format("{} messages sent during process.", sent));
+  const Words& words = WordsOf(delivery_);
+  Line(words.completed);
+  if (sent > 0) Line(fmt::format("{} {}", sent, words.several));
   if (failed > 0) Line(fmt::format("{} messages failed during process.", failed));
 }
 

@@ -10,6 +10,7 @@
 #include "platform/file.h"
 #include "platform/result.h"
 #include "recipients/row_source.h"
+#include "run/carrier.h"
 
 namespace quillcast::run {
 
@@ -18,14 +19,14 @@ using recipients::PartialRange;
 class RunReport {
  public:
   // `shown` gets every line as well, without its line end.
-  RunReport(platform::FileWriter file, std::function<void(std::string_view)> shown)
-      : file_(std::move(file)), shown_(std::move(shown)) {}
+  RunReport(platform::FileWriter file, std::function<void(std::string_view)> shown, Delivery delivery)
+      : file_(std::move(file)), shown_(std::move(shown)), delivery_(delivery) {}
 
   void Started();
   // `recipients`: of the range, where there is one, else of the group.
   void SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range);
   void LogLine(std::string_view line);  // of the connection
-  void Sent();
+  void Sent();                          // or written
   void Failed(std::int32_t code);
   void SubjectNotEncoded();
   void BodyNotLoaded(std::int32_t code);  // nothing for a code that has no text
@@ -43,6 +44,7 @@ class RunReport {
 
   platform::FileWriter file_;
   std::function<void(std::string_view)> shown_;
+  const Delivery delivery_;
   std::optional<Error> trouble_;
 };
 

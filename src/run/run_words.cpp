@@ -5,6 +5,10 @@
 namespace quillcast::run {
 
 Sentence CountsOf(const RunSummary& summary) {
+  if (summary.delivery == Delivery::kWritten) {
+    return SayOf(summary.sent, "{} message was written, {} failed. Nothing was sent.",
+                 "{} messages were written, {} failed. Nothing was sent.", NumberValue(summary.failed));
+  }
   return SayOf(summary.sent, "{} message was sent, {} failed.", "{} messages were sent, {} failed.",
                NumberValue(summary.failed));
 }

@@ -9,7 +9,7 @@
 
 namespace quillcast::run {
 
-// "25 messages were sent, 1 failed."
+// "25 messages were sent, 1 failed."; of what went into files, that nothing was sent.
 Sentence CountsOf(const RunSummary& summary);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);

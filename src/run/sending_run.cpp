@@ -20,7 +20,6 @@ smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
 
 // A recipient's message on its way.
 struct Letter : smtp::Job {
-  std::int64_t position = 0;
   std::string address;  // as stored
   message::RenderedMessage rendered;
 };
@@ -47,7 +46,9 @@ class Run final : public smtp::JobSource {
         listener_(listener),
         history_(std::move(entry.base)),
         copy_(std::move(entry.message)),
-        report_(std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); }),
+        report_(
+            std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); },
+            parts.carrier.delivery()),
         range_(parts.range.value_or(PartialRange{1, parts.recipients})) {}
 
   RunSummary Execute();
@@ -110,10 +111,12 @@ RunSummary Run::Execute() {
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
   if (copied) parts_.carrier.Carry(*this);
+  if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
   report_.Completed(summary_.sent, summary_.failed);
   Flush();
   summary_.history = history_;
+  summary_.delivery = parts_.carrier.delivery();
   summary_.cancelled = IsCancelled() && summary_.not_tried > 0;
   return summary_;
 }

@@ -51,13 +51,14 @@ class RunListener {
 };
 
 struct RunSummary {
-  std::int64_t sent = 0;
+  std::int64_t sent = 0;       // or written, as the delivery says
   std::int64_t failed = 0;     // refused, deferred, failed or unknown
   std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop: those at the end
   std::int64_t last = 0;       // the place in the list of the last whom the run was for
   std::string history;         // the base name
   bool cancelled = false;
   std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
+  Delivery delivery = Delivery::kSent;
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0; }

@@ -1,7 +1,9 @@
 """Whole runs against the mailbox: what the report says, what the server holds, and that nobody is served twice."""
+import contextlib
 import email
 import email.policy
 import json
+import mailbox
 import os
 import re
 import signal
@@ -211,6 +213,37 @@ class Runs(Case):
                 self.assertIn(f"\r\n{line}\r\n", self.report())
                 self.assertIn("The group has changed meanwhile", err)
                 self.assertNotIn("not tried", err)
+
+    def test_into_files(self):
+        """What would have gone out, and nobody is told that it did."""
+        self.account(1)  # where nobody listens
+        addresses = ["ada@r.example", "x" * 65 + "@r.example", "bob@r.example"]
+        self.ok("group", "new", "All")
+        for address in addresses:
+            self.ok("recipient", "add", "-g", "All", "-e", address)
+        folder, box = self.folder / "out", self.folder / "box.mbox"
+        for option, target in (("--to-folder", folder), ("--to-mbox", box)):
+            lines, code, err = self.mailing(option, target)
+            self.assertEqual((code, [line.get("state") for line in lines]), (1, ["written", "failed", "written", None]), err)
+            self.assertEqual((lines[-1]["written"], lines[-1]["failed"], "sent" in lines[-1]), (2, 1, False))
+            report = self.report().split("\r\n")
+            self.assertEqual((report[0], report[2]), ("The messages are written into files. Nothing is sent.", "Message written."))
+            self.assertNotIn(" sent ", self.report().replace("Nothing was sent.", ""))
+        names = ["000001 ada@r.example.eml", "000003 bob@r.example.eml"]
+        self.assertEqual(sorted(file.name for file in folder.iterdir()), names)
+        kept = [email.message_from_bytes((folder / name).read_bytes(), policy=email.policy.default) for name in names]
+        with contextlib.closing(mailbox.mbox(box)) as reader:
+            read = list(reader)
+        for messages in (kept, read):
+            self.assertEqual([(message["To"], message["Subject"]) for message in messages],
+                             [(address, f"Hi {address}") for address in addresses[::2]])
+        before = {file: file.read_bytes() for file in [*folder.iterdir(), box]}
+        for option, target, named in (("--to-folder", folder, names[0]), ("--to-mbox", box, box.name)):
+            _, code, err = self.mailing(option, target)
+            self.assertEqual(code, 73, err)
+            self.assertIn(named, err)
+        self.assertEqual(before, {file: file.read_bytes() for file in [*folder.iterdir(), box]})
+        self.assertEqual(self.mailing("--to-folder", folder, "--to-mbox", box)[1], 64)
 
     def test_two_runs_at_once(self):
         box = self.mailbox()

@@ -11,9 +11,10 @@
 namespace quillcast::run {
 namespace {
 
-RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown) {
-  return RunReport(std::move(*platform::FileWriter::CreateNew(file)),
-                   [&shown](std::string_view line) { shown.emplace_back(line); });
+RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown,
+                     Delivery delivery = Delivery::kSent) {
+  return {std::move(*platform::FileWriter::CreateNew(file)),
+          [&shown](std::string_view line) { shown.emplace_back(line); }, delivery};
 }
 
 TEST(RunReport, WritesItsLinesToTheLetter) {
@@ -49,6 +50,27 @@ TEST(RunReport, WritesItsLinesToTheLetter) {
             "1 messages sent during process.\r\n"
             "2 messages failed during process.\r\n");
   EXPECT_EQ(shown[0], "Personal Sending process has been started.");
+}
+
+TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
+  const test::TemporaryFolder folder;
+  std::vector<std::string> shown;
+  RunReport report = ReportInto(folder / "r.txt", shown, Delivery::kWritten);
+  report.Started();
+  report.SendingTo(3, PartialRange{2, 4});
+  report.SendingTo(3, {});
+  report.Sent();
+  report.Failed(8);
+  report.Completed(1, 1);
+  EXPECT_EQ(
+      shown,
+      (std::vector<std::string>{
+          "The messages are written into files. Nothing is sent.", "Partial writing for 3 recipients (from #2 to #4).",
+          "Writing for 3 recipients.", "Message written.", "", "The message was not written.",
+          "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to "
+          "handle mail for unknown recipients.",
+          "", "The messages have been written into files. Nothing was sent.", "1 messages written during process.",
+          "1 messages failed during process."}));
 }
 
 TEST(RunReport, LeavesOutCountsOfNothing) {

@@ -87,6 +87,11 @@ TEST(RunSummary, IsSaidInWords) {
             "1,500 recipients were not tried (from #3 to #1502); nothing was sent to them.",
             false,
             false},
+           {{3, 1, 0, 4, "", false, {}, Delivery::kWritten},
+            "3 messages were written, 1 failed. Nothing was sent.",
+            "",
+            true,
+            false},
            {{2, 0, 0, 2, "", false, full}, "2 messages were sent, 0 failed.", "", false, false},
        }) {
     EXPECT_EQ(CountsOf(c.summary).InEnglish(), c.counts);

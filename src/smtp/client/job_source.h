@@ -15,6 +15,7 @@ namespace quillcast::smtp {
 struct Job {
   Envelope envelope;
   MessageSource* message = nullptr;
+  std::int64_t position = 0;  // in the list that it comes from, for whoever names it; no order is read from it
 };
 
 // All calls come from the thread that called Client::Run.

@@ -1,0 +1,134 @@
+#include "cli/send_run.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/text.h"
+#include "run/file_carrier.h"
+#include "run/run_words.h"
+#include "smtp/outcome_text.h"
+
+namespace quillcast::cli {
+namespace {
+
+constexpr std::int64_t kMostNotTried = 20;  // who are named to people
+
+// Tells the person at the terminal, or the program behind it, how a run goes.
+class SendListener final : public run::RunListener {
+ public:
+  // `told`: what the person was told before the run, and is not told again.
+  SendListener(Output& output, const std::vector<Sentence>& told, const MailingOptions& options)
+      : output_(output), told_(told), options_(options) {}
+
+  void ReportLine(std::string_view) override {}  // the report is in the history
+  void Note(const Sentence& sentence) override {
+    if (std::find(told_.begin(), told_.end(), sentence) == told_.end()) output_.Note(sentence.InEnglish());
+  }
+
+  void Finished(const run::RecipientResult& result) override {
+    const auto& outcome = result.outcome;
+    if (output_.json) {
+      output_.Object({{"position", result.position},
+                      {"address", result.address},
+                      {"state", WordOf(outcome.state)},
+                      {"code", static_cast<int>(outcome.code)},
+                      {"reply", smtp::ReplyText(outcome.reply)},
+                      {"reason", outcome.reason}});
+    }
+    if (outcome.state == smtp::State::kSent) return;
+    output_.EndProgress();
+    output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
+                             smtp::OutcomeText(outcome)));
+  }
+
+  bool GoOn(const smtp::Outcome& refusal, int times) override {
+    if (options_.keep_going) return true;
+    output_.EndProgress();
+    output_.Note(run::RefusedTheSame(refusal, times, run::Then::kStops).InEnglish());
+    output_.Note("--keep-going tries every recipient all the same.");
+    return false;
+  }
+  void NotTried(std::int64_t position, const std::string& address) override {
+    output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
+    if (++not_tried_ > kMostNotTried) {
+      last_not_tried_ = position;
+      return;
+    }
+    output_.EndProgress();
+    output_.Note(fmt::format("#{} {}: not tried", position, platform::Printable(address, 100)));
+  }
+  // Those beyond the first few, who would push what failed out of sight; --json and the history name each.
+  void CountNotTried() {
+    if (not_tried_ <= kMostNotTried) return;
+    const std::int64_t more = not_tried_ - kMostNotTried;
+    output_.Note(fmt::format("and {} more: not tried (from #{} to #{})", platform::WithThousands(more),
+                             last_not_tried_ - more + 1, last_not_tried_));
+  }
+
+  void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
+    output_.Progress(fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total)));
+  }
+
+ private:
+  // What was delivered went into a file, where nothing is sent.
+  const char* WordOf(smtp::State state) const {
+    return state == smtp::State::kSent && !options_.sends() ? "written" : smtp::Name(state);
+  }
+
+  Output& output_;
+  const std::vector<Sentence>& told_;
+  const MailingOptions& options_;
+  std::int64_t not_tried_ = 0;
+  std::int64_t last_not_tried_ = 0;
+};
+
+int TellSummary(Context& context, const profile::Folders& folders, const run::RunSummary& summary) {
+  const bool sent = summary.delivery == run::Delivery::kSent;
+  context.output.Object({{sent ? "sent" : "written", summary.sent},
+                         {"failed", summary.failed},
+                         {"not_tried", summary.not_tried},
+                         {"history", summary.history}});
+  context.output.Line(run::CountsOf(summary).InEnglish());
+  context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
+  if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
+  if (summary.stopped) return context.output.Fail(*summary.stopped);
+  if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);
+  return summary.everybody_got_it() ? 0 : 1;
+}
+
+Result<run::KeepLetter> Files(const Context& context, const profile::Folders& folders, const MailingOptions& options) {
+  if (!options.to_folder.empty()) return run::IntoFolder(options.to_folder, folders.OwnFiles());
+  return run::IntoMbox(options.to_mbox, folders.OwnFiles(), context.clock);
+}
+
+Result<run::RunSummary> Carry(const Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
+                              const std::optional<run::PartialRange>& range, const MailingOptions& options,
+                              SendListener& listener) {
+  if (options.sends()) return prepared.Run(range, listener);
+  auto files = Files(context, folders, options);
+  if (!files) return files.error();
+  run::FileCarrier carrier(*std::move(files), context.cancel);
+  return prepared.Run(range, listener, carrier);
+}
+
+}  // namespace
+
+int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
+               const std::optional<run::PartialRange>& range, const std::vector<Sentence>& told,
+               const MailingOptions& options) {
+  const auto message = prepared.Message();
+  if (!message) return context.output.Fail(message.error());
+  if (const auto& trouble = (*message)->trouble()) {
+    context.output.Note("Note: No message can be made. " + InOneLine(trouble->error));
+  }
+  SendListener listener(context.output, told, options);
+  const auto summary = Carry(context, folders, prepared, range, options, listener);
+  context.output.EndProgress();
+  if (!summary) return context.output.Fail(summary.error());
+  listener.CountNotTried();
+  return TellSummary(context, folders, *summary);
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,26 @@
+// A whole run at the terminal: over the wire, or into files.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/context.h"
+#include "run/prepared_run.h"
+
+namespace quillcast::cli {
+
+struct MailingOptions {
+  bool keep_going = false;  // although the server refuses everybody
+  std::string to_folder;    // where the messages go in place of being sent; one of the two at most
+  std::string to_mbox;
+
+  bool sends() const { return to_folder.empty() && to_mbox.empty(); }
+};
+
+// Tells how it goes, and gives the exit code. `told`: what the person was told before, and is not told again.
+int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
+               const std::optional<run::PartialRange>& range, const std::vector<Sentence>& told,
+               const MailingOptions& options);
+
+}  // namespace quillcast::cli
