@@ -53,12 +53,23 @@ int WithMessages(Context& context, const MessageFiles& files, const UseMessage& 
   return exit_code;
 }
 
+nlohmann::ordered_json FaultsAsList(const mail_file::Loading& loading) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const auto& fault : loading.faults) {
+    list.push_back({{"code", static_cast<int>(fault.code)},
+                    {"text", mail_file::TextOf(fault.code)},
+                    {"what", fault.what.InEnglish()}});
+  }
+  return list;
+}
+
 void AddMessageCommand(CLI::App& app, Context& context) {
   CLI::App& message =
       *app.add_subcommand("message", "Look into message files (.eml), from wherever they come, and make them");
   message.require_subcommand(1);
   AddMessageShow(message, context);
   AddMessageExport(message, context);
+  AddMessageExtract(message, context);
 }
 
 }  // namespace quillcast::cli

@@ -24,7 +24,11 @@ void AddMessageFiles(CLI::App& command, MessageFiles& files);
 using UseMessage = std::function<int(const std::string& name, const mail_file::Loading& loading)>;
 int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use);
 
+// What was found wrong with a message, for programs.
+nlohmann::ordered_json FaultsAsList(const mail_file::Loading& loading);
+
 void AddMessageShow(CLI::App& message, Context& context);
 void AddMessageExport(CLI::App& message, Context& context);
+void AddMessageExtract(CLI::App& message, Context& context);
 
 }  // namespace quillcast::cli

@@ -59,16 +59,6 @@ ordered_json AsObject(const std::optional<mail_file::StampedTime>& time) {
   return {{"local", time->local}, {"bias", time->Bias()}, {"unix", time->unix_time}};
 }
 
-ordered_json Faults(const mail_file::Loading& loading) {
-  ordered_json list = ordered_json::array();
-  for (const auto& fault : loading.faults) {
-    list.push_back({{"code", static_cast<int>(fault.code)},
-                    {"text", mail_file::TextOf(fault.code)},
-                    {"what", fault.what.InEnglish()}});
-  }
-  return list;
-}
-
 Result<ordered_json> Headers(const MailMessage& message) {
   ordered_json list = ordered_json::array();
   std::size_t bytes = 0;
@@ -136,7 +126,7 @@ int ShowObject(const Context& context, const std::string& name, const mail_file:
   auto parts = Parts(context, message);
   if (!parts) return context.output.Fail(parts.error());
   ordered_json object = {{"file", name}, {"code", static_cast<int>(loading.code())}};
-  object["faults"] = Faults(loading);
+  object["faults"] = FaultsAsList(loading);
   object["subject"] = facts.subject;
   object["date"] = facts.date;
   object["time"] = AsObject(facts.time);

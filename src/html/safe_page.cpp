@@ -47,16 +47,6 @@ constexpr bool HasNoEnd(std::string_view name) {
   return name == "br" || name == "col" || name == "hr" || name == "img" || name == "wbr";
 }
 
-// Where a person may follow a link to. Readers of addresses pass over blanks and control characters in a scheme.
-bool MayLeadTo(std::string_view address) {
-  std::string scheme;
-  for (const char c : address.substr(0, 100)) {
-    if (static_cast<unsigned char>(c) > ' ') scheme += platform::AsciiLower(c);
-  }
-  constexpr std::array kSchemes = {"http://", "https://", "mailto:", "ftp://", "tel:", "#"};
-  return std::ranges::any_of(kSchemes, [&](const char* begin) { return scheme.starts_with(begin); });
-}
-
 class Copy {
  public:
   Copy(std::string_view page, const SafePageOptions& options) : tokenizer_(page), options_(options) {
@@ -134,7 +124,7 @@ class Copy {
       if (!place) return;
       value = *place;
     } else if (name == "href") {
-      if (element != "a" || !MayLeadTo(value)) return;
+      if (element != "a" || !MayBeFollowed(value)) return;
     } else if (!IsAmong(kAttributes, name)) {
       return;
     }
@@ -165,6 +155,16 @@ class Copy {
 }  // namespace
 
 std::string SafePage(std::string_view page, const SafePageOptions& options) { return Copy(page, options).Run(); }
+
+// Readers of addresses pass over blanks and control characters in a scheme.
+bool MayBeFollowed(std::string_view address) {
+  std::string scheme;
+  for (const char c : address.substr(0, 100)) {
+    if (static_cast<unsigned char>(c) > ' ') scheme += platform::AsciiLower(c);
+  }
+  constexpr std::array kSchemes = {"http://", "https://", "mailto:", "ftp://", "tel:", "#"};
+  return std::ranges::any_of(kSchemes, [&](const char* begin) { return scheme.starts_with(begin); });
+}
 
 std::string PageOfText(std::string_view text) {
   std::string page = "<!DOCTYPE html>\r\n<html><head>";

@@ -22,6 +22,10 @@ struct SafePageOptions {
 // other set. Linear in time, and does not recurse.
 std::string SafePage(std::string_view page, const SafePageOptions& options);
 
+// Where a link may lead, since a person decides to follow it: a page, a mailbox, a telephone, or a place in the same
+// page.
+bool MayBeFollowed(std::string_view address);
+
 // A page that shows a text as it is, its lines wrapped where the window ends.
 std::string PageOfText(std::string_view text);
 

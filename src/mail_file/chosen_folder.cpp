@@ -13,7 +13,11 @@ namespace quillcast::mail_file {
 Result<ChosenFolder> ChosenFolder::Open(const std::filesystem::path& path, const platform::OwnFiles& own) {
   if (const auto other = platform::CheckIsNotOwn(path, own); !other) return other.error();
   platform::UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!fd) return platform::SystemError("create files in", path, errno);
+  if (!fd) {
+    Error error = platform::SystemError("write into", path, errno);
+    error.failure = Failure::kCannotCreate;
+    return error;
+  }
   return ChosenFolder(path, std::move(fd));
 }
 

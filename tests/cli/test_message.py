@@ -3,12 +3,16 @@ import email
 import email.policy
 import hashlib
 import json
+import shutil
 import subprocess
 import unittest
 from pathlib import Path
+from urllib.parse import quote
+from xml.etree import ElementTree
 
-from quillcast import PROGRAM, Case
+from quillcast import PROGRAM, Case, left_out
 
+XMLLINT = shutil.which("xmllint")
 FILES = Path(__file__).resolve().parent.parent / "mail_file" / "files"
 
 
@@ -123,6 +127,66 @@ class Message(Case):
         self.assertEqual(code, 0)
         self.assertIn("1.5 MiB and is not shown", err)
         self.assertLess(len(out), 1000)
+
+    def extract(self, *arguments, data=None):
+        return self.show("message", "extract", *arguments, data=data)
+
+    def test_extracts_what_is_asked_for(self):
+        folder = self.folder / "out"
+        folder.mkdir()
+        code, out, err = self.show("--json", "message", "extract", sample("related"), "--parts", str(folder), "--page",
+                                   str(folder), "--body-parts", "--stamps", str(folder / "stamps"))
+        told = json.loads(out)
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(sorted([*told["parts"], told["page"], *told["pictures"]]), sorted(p.name for p in folder.iterdir()))
+        page = (folder / told["page"]).read_text()
+        self.assertIn(f'<img src="{quote(told["pictures"][0])}">', page)
+        code, out, err = self.extract(sample("plain"), "-", "--parts", str(folder), data=Path(sample("related")).read_bytes())
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(out.splitlines()[0], f"{sample('plain')}: 0 parts")
+
+    def test_each_form_of_the_body_is_one(self):
+        """Of every file that other tests read."""
+        body = self.folder / "body"
+        schema = Path(__file__).resolve().parents[2] / "docs" / "message.xsd"
+        for file in sorted(FILES.glob("*.eml")):
+            for form, begin, end in (("rtf", b"{\\rtf1", b"}\r\n"), ("html", b"", b"\r\n"), ("xml", b"<?xml", b"</message>\r\n")):
+                self.extract(str(file), "--body", str(body), "-f", form, "--utf8")
+                if not body.exists():
+                    self.assertEqual(file.stem, "empty")
+                    continue
+                content = body.read_bytes()
+                self.assertTrue(content.startswith(begin) and content.endswith(end), file)
+                self.assertNotIn(b"<script", content.lower() if form == "html" else b"")
+                if form == "xml":
+                    ElementTree.fromstring(content)
+                    if XMLLINT:
+                        done = subprocess.run([XMLLINT, "--noout", "--schema", schema, body], capture_output=True, text=True)
+                        self.assertEqual(done.returncode, 0, done.stderr)
+                body.unlink()
+        if not XMLLINT:
+            left_out("XML against its schema", "there is no xmllint")
+
+    def test_refuses_to_extract_what_would_be_lost(self):
+        locked = Path(self.write("locked", "kept"))
+        locked.chmod(0o400)
+        absent = str(self.folder / "absent")
+        for arguments, code, said in [
+            ([], 64, "There is nothing to export."),
+            (["--body", "a", "--stamps", "a"], 64, "You cannot assign a single file for both Message Body and Timestamps."),
+            ([sample("stamps"), "--body", absent], 64, "would be replaced by each of the messages"),
+            (["--body", absent, "-f", "pdf"], 64, "pdf"),
+            (["--recipients", str(locked)], 77, "is locked and was left as it is"),
+            (["--body", str(self.profile / "data" / "x")], 77, "the program keeps its own files there"),
+            (["--parts", absent], 73, "absent"),
+            (["--body", f"{absent}/body"], 73, "absent/body"),
+        ]:
+            told, _, err = self.extract(sample("plain"), *arguments)
+            self.assertEqual(told, code, (arguments, err))
+            self.assertIn(said, err)
+        self.assertEqual(locked.read_text(), "kept")
+        self.assertEqual(self.show("--yes", "message", "extract", sample("plain"), "--recipients", str(locked))[0], 0)
+        self.assertIn("Type: Normal recipient", locked.read_text())
 
 
 if __name__ == "__main__":

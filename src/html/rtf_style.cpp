@@ -1,0 +1,156 @@
+#include "html/rtf_style.h"
+
+#include <algorithm>
+#include <array>
+
+#include "html/style_values.h"
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr const char* kFixedFont = "Courier New";
+constexpr std::array kHeadingSizes = {48, 36, 28, 24, 20, 16};  // half points, of h1 to h6
+constexpr int kBelowParagraph = 160;                            // twips
+constexpr int kAboveHeading = 240;
+constexpr int kBelowHeading = 120;
+
+struct LettersRow {
+  std::string_view name;
+  void (*apply)(RtfLetters& letters);
+};
+constexpr std::array kLetters = {
+    LettersRow{"b", [](RtfLetters& l) { l.bold = true; }},
+    LettersRow{"strong", [](RtfLetters& l) { l.bold = true; }},
+    LettersRow{"th", [](RtfLetters& l) { l.bold = true; }},
+    LettersRow{"i", [](RtfLetters& l) { l.italic = true; }},
+    LettersRow{"em", [](RtfLetters& l) { l.italic = true; }},
+    LettersRow{"cite", [](RtfLetters& l) { l.italic = true; }},
+    LettersRow{"address", [](RtfLetters& l) { l.italic = true; }},
+    LettersRow{"u", [](RtfLetters& l) { l.underlined = true; }},
+    LettersRow{"ins", [](RtfLetters& l) { l.underlined = true; }},
+    LettersRow{"s", [](RtfLetters& l) { l.struck = true; }},
+    LettersRow{"strike", [](RtfLetters& l) { l.struck = true; }},
+    LettersRow{"del", [](RtfLetters& l) { l.struck = true; }},
+    LettersRow{"sup", [](RtfLetters& l) { l.raised = 1; }},
+    LettersRow{"sub", [](RtfLetters& l) { l.raised = -1; }},
+    LettersRow{"mark", [](RtfLetters& l) { l.ground = 0xFFFF00; }},
+    LettersRow{"small", [](RtfLetters& l) { l.size = std::max(l.size * 5 / 6, 2); }},
+    LettersRow{"big", [](RtfLetters& l) { l.size = std::min(l.size * 6 / 5, 800); }},
+    LettersRow{"code", [](RtfLetters& l) { l.font = kFixedFont; }},
+    LettersRow{"kbd", [](RtfLetters& l) { l.font = kFixedFont; }},
+    LettersRow{"samp", [](RtfLetters& l) { l.font = kFixedFont; }},
+    LettersRow{"tt", [](RtfLetters& l) { l.font = kFixedFont; }},
+    LettersRow{"pre", [](RtfLetters& l) { l.font = kFixedFont; }},
+};
+
+std::optional<RtfAlignment> AlignmentOf(std::string_view value) {
+  struct Row {
+    std::string_view name;
+    RtfAlignment alignment;
+  };
+  constexpr std::array kRows = {Row{"left", RtfAlignment::kLeft}, Row{"center", RtfAlignment::kCentred},
+                                Row{"middle", RtfAlignment::kCentred}, Row{"right", RtfAlignment::kRight},
+                                Row{"justify", RtfAlignment::kJustified}};
+  const auto* const row = std::ranges::find_if(
+      kRows, [&](const Row& candidate) { return platform::EqualsIgnoringAsciiCase(candidate.name, value); });
+  return row == kRows.end() ? std::nullopt : std::optional(row->alignment);
+}
+
+template <typename Value>
+void SetIfRead(Value& value, const auto& read) {
+  if (read) value = *read;
+}
+
+void ApplyWeight(RtfLetters& letters, std::string_view value) {
+  letters.bold =
+      platform::StartsWithIgnoringAsciiCase(value, "bold") || platform::ParseWholeNumber(value).value_or(0) >= 600;
+}
+
+void ApplyDecoration(RtfLetters& letters, std::string_view value) {
+  const std::string lower = platform::AsciiLower(value);
+  if (lower.find("underline") != std::string::npos) letters.underlined = true;
+  if (lower.find("line-through") != std::string::npos) letters.struck = true;
+  if (lower == "none") letters.underlined = letters.struck = false;
+}
+
+// `ground` is that of the letters, or of a cell's.
+void ApplyDeclaration(RtfStyle& style, std::optional<std::uint32_t>& ground, std::string_view property,
+                      std::string_view value) {
+  RtfLetters& letters = style.letters;
+  if (property == "color") SetIfRead(letters.colour, ReadColour(value));
+  if (property == "background-color" || property == "background") SetIfRead(ground, ReadColour(value));
+  if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, letters.size));
+  if (property == "font-family") letters.font = ReadFontFamily(value);
+  if (property == "font-weight") ApplyWeight(letters, value);
+  if (property == "font-style") letters.italic = platform::EqualsIgnoringAsciiCase(value, "italic");
+  if (property == "text-decoration") ApplyDecoration(letters, value);
+  if (property == "text-align") SetIfRead(style.paragraph.alignment, AlignmentOf(value));
+}
+
+void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
+  RtfParagraph& paragraph = style.paragraph;
+  if (role == HtmlRole::kCell) paragraph.indent = 0;
+  paragraph.above = 0;
+  paragraph.below = role == HtmlRole::kParagraph ? kBelowParagraph : 0;
+  if (role == HtmlRole::kHeading) {
+    paragraph.above = kAboveHeading;
+    paragraph.below = kBelowHeading;
+    style.letters.bold = true;
+    style.letters.size = kHeadingSizes.at(static_cast<std::size_t>(token.name[1] - '1'));
+  }
+  if (role == HtmlRole::kPreformatted) style.is_preformatted = true;
+  if (token.name == "center" || token.name == "th") paragraph.alignment = RtfAlignment::kCentred;
+}
+
+void ApplyAttributes(RtfStyle& style, std::optional<std::uint32_t>& ground, HtmlRole role,
+                     const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  if (token.name == "font") {
+    SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "color")));
+    SetIfRead(style.letters.size, ReadFontSize(tokenizer.Value(token, "size")));
+    const std::string family = ReadFontFamily(tokenizer.Value(token, "face"));
+    if (!family.empty()) style.letters.font = family;
+  }
+  if (IsBlock(role) && role != HtmlRole::kTable) {
+    SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
+    SetIfRead(ground, ReadColour(tokenizer.Value(token, "bgcolor")));
+  }
+  if (const std::string direction = tokenizer.Value(token, "dir"); !direction.empty())
+    style.paragraph.is_right_to_left = platform::EqualsIgnoringAsciiCase(direction, "rtl");
+  EachDeclaration(tokenizer.Value(token, "style"), [&](std::string_view property, std::string_view value) {
+    ApplyDeclaration(style, ground, property, value);
+  });
+}
+
+}  // namespace
+
+void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  const auto* const letters = std::ranges::find(kLetters, std::string_view(token.name), &LettersRow::name);
+  if (letters != kLetters.end()) letters->apply(style.letters);
+  if (IsBlock(role)) ApplyBlock(style, role, token);
+  // The grounds of other blocks are those of a page, not of its words.
+  std::optional<std::uint32_t> ignored;
+  const bool is_of_cells = role == HtmlRole::kRow || role == HtmlRole::kCell;
+  std::optional<std::uint32_t>& ground = is_of_cells ? style.ground : IsBlock(role) ? ignored : style.letters.ground;
+  if (!token.attributes.empty()) ApplyAttributes(style, ground, role, tokenizer, token);
+}
+
+std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  const auto span = platform::WholeNumberBetween(tokenizer.Value(token, "colspan"), 1,
+                                                 static_cast<std::int64_t>(RtfBody::kMostCells));
+  return static_cast<std::size_t>(span.value_or(1));
+}
+
+bool HasBorder(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  const HtmlAttribute* const border = tokenizer.Find(token, "border");
+  return border != nullptr && tokenizer.RawValue(*border) != "0";
+}
+
+RtfNumbering NumberingOf(std::string_view type) {
+  if (type == "a") return RtfNumbering::kLowerLetters;
+  if (type == "A") return RtfNumbering::kUpperLetters;
+  if (type == "i") return RtfNumbering::kLowerRoman;
+  return type == "I" ? RtfNumbering::kUpperRoman : RtfNumbering::kDigits;
+}
+
+}  // namespace quillcast::html

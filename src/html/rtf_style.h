@@ -1,0 +1,32 @@
+// How an element of HTML looks as rich text, by its name, its attributes and its own style.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "html/html_elements.h"
+#include "html/html_tokenizer.h"
+#include "html/rtf_body.h"
+
+namespace quillcast::html {
+
+// What holds in an element.
+struct RtfStyle {
+  RtfLetters letters = {};
+  RtfParagraph paragraph = {};
+  std::optional<std::uint32_t> ground = {};  // of the cells in it
+  bool is_preformatted = false;
+};
+
+// The style within the element that a start tag begins, of the one around it.
+void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token);
+
+// Columns that a cell takes; at least 1.
+std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token);
+// Whether a table draws lines between its cells.
+bool HasBorder(const HtmlTokenizer& tokenizer, const HtmlToken& token);
+// By the "type" of a numbered list.
+RtfNumbering NumberingOf(std::string_view type);
+
+}  // namespace quillcast::html

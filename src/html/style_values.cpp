@@ -1,0 +1,147 @@
+#include "html/style_values.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+struct Named {
+  std::string_view name;
+  std::uint32_t value;
+};
+constexpr std::array kColours = {
+    Named{"black", 0x000000},     Named{"white", 0xFFFFFF},     Named{"red", 0xFF0000},
+    Named{"green", 0x008000},     Named{"blue", 0x0000FF},      Named{"yellow", 0xFFFF00},
+    Named{"gray", 0x808080},      Named{"grey", 0x808080},      Named{"silver", 0xC0C0C0},
+    Named{"maroon", 0x800000},    Named{"purple", 0x800080},    Named{"fuchsia", 0xFF00FF},
+    Named{"magenta", 0xFF00FF},   Named{"lime", 0x00FF00},      Named{"olive", 0x808000},
+    Named{"navy", 0x000080},      Named{"teal", 0x008080},      Named{"aqua", 0x00FFFF},
+    Named{"cyan", 0x00FFFF},      Named{"orange", 0xFFA500},    Named{"brown", 0xA52A2A},
+    Named{"pink", 0xFFC0CB},      Named{"gold", 0xFFD700},      Named{"darkred", 0x8B0000},
+    Named{"darkgreen", 0x006400}, Named{"darkblue", 0x00008B},  Named{"darkgray", 0xA9A9A9},
+    Named{"dimgray", 0x696969},   Named{"lightgray", 0xD3D3D3}, Named{"lightgrey", 0xD3D3D3},
+    Named{"crimson", 0xDC143C},   Named{"indigo", 0x4B0082},    Named{"windowtext", 0x000000},
+};
+
+struct Size {
+  std::string_view name;
+  int half_points;
+};
+constexpr std::array kSizes = {Size{"xx-small", 14}, Size{"x-small", 16}, Size{"small", 20},   Size{"medium", 24},
+                               Size{"large", 28},    Size{"x-large", 36}, Size{"xx-large", 48}};
+constexpr std::array kFontSizes = {16, 20, 24, 28, 36, 48, 72};  // of <font size=1> to 7
+
+struct Family {
+  std::string_view generic;
+  std::string_view font;
+};
+constexpr std::array kFamilies = {Family{"sans-serif", "Arial"}, Family{"serif", "Times New Roman"},
+                                  Family{"monospace", "Courier New"}};
+
+constexpr int kSmallest = 2;
+constexpr int kLargest = 800;
+
+// A number at the beginning, and what follows it; nothing where there is none.
+std::optional<double> TakeNumber(std::string_view& text) {
+  double number = 0;
+  const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
+  if (failed != std::errc() || !std::isfinite(number)) return {};
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return number;
+}
+
+std::optional<std::uint32_t> ReadHexadecimal(std::string_view digits) {
+  std::uint32_t value = 0;
+  const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+  if (failed != std::errc() || end != digits.data() + digits.size()) return {};
+  if (digits.size() == 6) return value;
+  if (digits.size() != 3) return {};
+  return (value >> 8) * 0x110000 + (value >> 4 & 15) * 0x1100 + (value & 15) * 0x11;
+}
+
+std::optional<std::uint32_t> ReadRgb(std::string_view text) {
+  std::uint32_t value = 0;
+  for (int i = 0; i < 3; ++i) {
+    text.remove_prefix(std::min(text.find_first_of("0123456789"), text.size()));
+    const auto number = TakeNumber(text);
+    if (!number) return {};
+    value = value << 8 | static_cast<std::uint32_t>(std::clamp(*number, 0.0, 255.0));
+  }
+  return value;
+}
+
+}  // namespace
+
+void EachDeclaration(std::string_view style, const std::function<void(std::string_view, std::string_view)>& take) {
+  while (!style.empty()) {
+    const std::string_view declaration = style.substr(0, style.find(';'));
+    style.remove_prefix(std::min(declaration.size() + 1, style.size()));
+    const std::size_t colon = declaration.find(':');
+    if (colon == std::string_view::npos) continue;
+    const std::string property = platform::AsciiLower(platform::Trim(declaration.substr(0, colon)));
+    const std::string_view value = declaration.substr(colon + 1);
+    take(property, platform::Trim(value.substr(0, value.find('!'))));
+  }
+}
+
+std::optional<std::uint32_t> ReadColour(std::string_view value) {
+  const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
+  if (lower.starts_with('#')) return ReadHexadecimal(std::string_view(lower).substr(1));
+  if (lower.starts_with("rgb")) return ReadRgb(lower);
+  const auto* const named = std::ranges::find(kColours, std::string_view(lower), &Named::name);
+  if (named != kColours.end()) return named->value;
+  return lower.size() == 6 ? ReadHexadecimal(lower) : std::nullopt;
+}
+
+std::optional<int> ReadLetterSize(std::string_view value, int current) {
+  const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
+  const auto* const named = std::ranges::find(kSizes, std::string_view(lower), &Size::name);
+  if (named != kSizes.end()) return named->half_points;
+  std::string_view unit = lower;
+  const auto number = TakeNumber(unit);
+  if (!number || *number <= 0) return {};
+  double half_points = 0;
+  if (unit == "pt") half_points = *number * 2;
+  if (unit == "px") half_points = *number * 1.5;
+  if (unit == "em" || unit == "rem") half_points = *number * (unit == "em" ? current : 24);
+  if (unit == "%") half_points = *number * current / 100;
+  if (half_points == 0) return {};
+  return static_cast<int>(std::lround(std::clamp(half_points, double{kSmallest}, double{kLargest})));
+}
+
+std::optional<int> ReadFontSize(std::string_view value) {
+  value = platform::Trim(value.substr(0, 20));
+  const bool is_relative = value.starts_with('+') || value.starts_with('-');
+  const bool is_less = value.starts_with('-');
+  const auto number = platform::ParseWholeNumber(is_relative ? value.substr(1) : value);
+  if (!number) return {};
+  const std::int64_t step = std::min<std::int64_t>(*number, 10);
+  const std::int64_t size = is_relative ? 3 + (is_less ? -step : step) : step;
+  return kFontSizes.at(static_cast<std::size_t>(std::clamp<std::int64_t>(size, 1, 7) - 1));
+}
+
+std::optional<int> ReadPixels(std::string_view value) {
+  value = platform::Trim(value.substr(0, 20));
+  const auto number = TakeNumber(value);
+  const bool is_pixels = value.empty() || platform::EqualsIgnoringAsciiCase(value, "px");
+  if (!number || !is_pixels || *number < 1 || *number > 100'000) return {};
+  return static_cast<int>(*number);
+}
+
+std::string ReadFontFamily(std::string_view value) {
+  std::string family;
+  for (const char c : value.substr(0, value.find(','))) {
+    if (platform::AsciiIsAlnum(c) || c == ' ' || c == '-') family += c;
+  }
+  family = platform::Trim(std::string_view(family).substr(0, 40));
+  const auto* const generic = std::ranges::find_if(
+      kFamilies, [&](const Family& row) { return platform::EqualsIgnoringAsciiCase(row.generic, family); });
+  return generic == kFamilies.end() ? family : std::string(generic->font);
+}
+
+}  // namespace quillcast::html

@@ -1,0 +1,33 @@
+// What the attributes and the inline styles of HTML say about colours, sizes and fonts.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillcast::html {
+
+// Calls `take` with each declaration of a style attribute: the property in small letters, the value without
+// "!important".
+void EachDeclaration(std::string_view style,
+                     const std::function<void(std::string_view property, std::string_view value)>& take);
+
+// 0xRRGGBB of "#f00", "#ff0000", "ff0000", "rgb(255, 0, 0)" or a name that mail uses.
+std::optional<std::uint32_t> ReadColour(std::string_view value);
+
+// A size of letters in half points, of "12pt", "16px", "1.5em", "120%", "large"; `current` is what relative ones are
+// of. Within 2 and 800.
+std::optional<int> ReadLetterSize(std::string_view value, int current);
+// The same of "1" to "7", "+1", "-2" of a font element.
+std::optional<int> ReadFontSize(std::string_view value);
+
+// Pixels of "120" or "120px"; nothing for what is relative.
+std::optional<int> ReadPixels(std::string_view value);
+
+// The first family of a list, without quotes; generic ones by a font that systems have. Letters, digits, blanks and
+// hyphens alone, at most 40; empty when nothing is left.
+std::string ReadFontFamily(std::string_view value);
+
+}  // namespace quillcast::html

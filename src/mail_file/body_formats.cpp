@@ -1,0 +1,83 @@
+#include "mail_file/body_formats.h"
+
+#include <array>
+
+#include "charset/charset.h"
+#include "html/html_to_text.h"
+#include "html/safe_page.h"
+#include "mail_file/body_folder.h"
+#include "mail_file/body_text.h"
+#include "mail_file/message_rtf.h"
+#include "mail_file/message_xml.h"
+#include "platform/locale_codeset.h"
+#include "platform/text.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+constexpr std::array<std::string_view, 4> kFilters = {
+    "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*",
+    "RTF Files (*.rtf)|*.rtf|All Files (*.*)|*.*", "XML Files (*.xml)|*.xml|All Files (*.*)|*.*"};  // by BodyFormat
+
+Result<std::string> BodyAsText(const MailMessage& message) {
+  if (message.HasBody("text/plain") || !message.HasBody("text/html")) return message.TextBody();
+  const auto page = message.HtmlBody();
+  if (!page) return page.error();
+  return WithLineEnds(html::HtmlToText(*page));
+}
+
+Result<std::size_t> WriteAsText(const MailMessage& message, std::string_view code_page, const WriteText& write) {
+  const auto text = BodyAsText(message);
+  if (!text) return text.error();
+  std::string encoded;
+  const std::size_t lost = AppendInCodePage(encoded, *text, code_page);
+  const auto written = write(encoded);
+  return written ? Result<std::size_t>(lost) : written.error();
+}
+
+Result<void> WriteAsHtml(const MailMessage& message, const WriteText& write) {
+  const auto page = BodyAsHtml(message);
+  if (!page) return page.error();
+  html::SafePageOptions options;
+  // Nothing shows them, but whoever looks can tell which part belongs where.
+  options.picture = [](std::string_view address) {
+    return platform::StartsWithIgnoringAsciiCase(address, "cid:") ? std::optional(std::string(address)) : std::nullopt;
+  };
+  return write(html::SafePage(*page, options));
+}
+
+Result<std::size_t> Nothing(const Result<void>& written) {
+  return written ? Result<std::size_t>(std::size_t{0}) : written.error();
+}
+
+}  // namespace
+
+std::string_view FilterOf(BodyFormat format) { return kFilters.at(static_cast<std::size_t>(format)); }
+
+Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
+                              const WriteText& write) {
+  switch (format) {
+    case BodyFormat::kText:
+      return WriteAsText(message, code_page, write);
+    case BodyFormat::kHtml:
+      return Nothing(WriteAsHtml(message, write));
+    case BodyFormat::kRtf:
+      return Nothing(WriteAsRtf(message, write));
+    case BodyFormat::kXml:
+      return Nothing(WriteAsXml(message, write));
+  }
+  return std::size_t{0};
+}
+
+std::size_t AppendInCodePage(std::string& out, std::string_view text, std::string_view code_page) {
+  const auto set = platform::IsUtf8Codeset(code_page) ? std::nullopt : charset::FindCharset(code_page);
+  std::size_t lost = 0;
+  if (set && !set->IsUtf8()) {
+    set->Encode(text, out, &lost);
+  } else {
+    out += text;
+  }
+  return lost;
+}
+
+}  // namespace quillcast::mail_file

@@ -1,0 +1,198 @@
+// Pages as rich text. What programs make of it is held by tests/mail_file/test_office.py.
+#include "html/html_to_rtf.h"
+
+#include <gtest/gtest.h>
+
+#include "html/rtf_body.h"
+#include "html/style_values.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr std::string_view kMargins = "\\paperw11906\\paperh16838\\margl1440\\margr1440\\margt1440\\margb1440\n";
+
+std::optional<RtfPictureSize> FindPicture(std::string_view address) {
+  return address == "cid:p" ? std::optional(RtfPictureSize{100, 50}) : std::nullopt;
+}
+
+std::string BodyOf(const std::string& rtf) {
+  const std::size_t begin = rtf.find(kMargins) + kMargins.size();
+  return rtf.substr(begin, rtf.size() - begin - 1);
+}
+std::string Body(std::string_view page) { return BodyOf(HtmlToRtf(page, FindPicture).text); }
+
+TEST(HtmlToRtf, WritesWhatAPageShows) {
+  struct Row {
+    const char* page;
+    const char* rtf;
+  };
+  for (const auto& [page, rtf] : {
+           Row{"", ""},
+           Row{" a  <b>b</b>\n c", "\\pard {a }{\\b b}{ c}\\par\n"},
+           Row{"<p>a<p>b", "\\pard\\sa160 {a}\\par\n\\pard\\sa160 {b}\\par\n"},
+           Row{"<div>a</div>b<div></div>", "\\pard {a}\\par\n\\pard {b}\\par\n"},
+           Row{R"({\a})", R"(\pard {\{\\a\}}\par)"
+                          "\n"},
+           Row{"Grüße 😀&nbsp;a&shy;b", "\\pard {Gr\\u252?\\u223?e \\u-10179?\\u-8704?\\~a\\-b}\\par\n"},
+           Row{"a<br>b<br/>c", "\\pard {a}\\line\n{b}\\line\n{c}\\par\n"},
+           Row{"<h2>a</h2>", "\\pard\\sb240\\sa120 {\\b\\fs36 a}\\par\n"},
+           Row{"<i><u>a</i>b</u>", "\\pard {\\i\\ul a}{b}\\par\n"},
+           Row{"<p align=center>a<p style='text-align: right'>b",
+               "\\pard\\qc\\sa160 {a}\\par\n\\pard\\qr\\sa160 {b}\\par\n"},
+           Row{"<p dir=rtl>a", "\\pard\\rtlpar\\sa160 {a}\\par\n"},
+           Row{"<blockquote>a<blockquote>b</blockquote></blockquote>c",
+               "\\pard\\li567 {a}\\par\n\\pard\\li1134 {b}\\par\n\\pard {c}\\par\n"},
+           Row{"<ul><li>a<ul><li>b</ul><li>c<br>d<p>e</ul>f",
+               "\\pard\\ls1\\ilvl0\\fi-360\\li720 {a}\\par\n\\pard\\ls2\\ilvl0\\fi-360\\li1440 {b}\\par\n"
+               "\\pard\\ls1\\ilvl0\\fi-360\\li720 {c}\\line\n{d}\\par\n\\pard\\li720\\sa160 {e}\\par\n\\pard "
+               "{f}\\par\n"},
+           Row{"<pre> a\n  b</pre>", "\\pard {\\f1  a}\\line\n{\\f1   b}\\par\n"},
+           Row{"<hr>a", "\\pard \\brdrb\\brdrs\\brdrw10 \\par\n\\pard {a}\\par\n"},
+           Row{"<a href='https://x.org/?a=\"{b}\\'>a<b>c</b></a>d",
+               "\\pard {\\field{\\*\\fldinst{HYPERLINK \"https://x.org/?a=%22\\{b\\}%5C\"}}{\\fldrslt {\\ul\\cf1 "
+               "a}{\\b\\ul\\cf1 "
+               "c}}}{d}"
+               "\\par\n"},
+           Row{"<a href=javascript:x>a</a>", "\\pard {a}\\par\n"},
+           Row{"<a href=mailto:a@x.org><p>a<p>b</a>",
+               "\\pard\\sa160 {\\field{\\*\\fldinst{HYPERLINK \"mailto:a@x.org\"}}{\\fldrslt {\\ul\\cf1 a}}}\\par\n"
+               "\\pard\\sa160 {\\field{\\*\\fldinst{HYPERLINK \"mailto:a@x.org\"}}{\\fldrslt {\\ul\\cf1 b}}}\\par\n"},
+           Row{"<img src=cid:p><img src=cid:q alt=word>",
+               "\\pard \x01"
+               "0\x01{word}\\par\n"},
+           Row{"<table border=1><tr><td>a<td>b</table>c",
+               "\\trowd\\trgaph108\\trleft0\\clbrdrt\\brdrs\\brdrw10\\clbrdrl\\brdrs\\brdrw10\\clbrdrb\\brdrs\\brdrw10"
+               "\\clbrdrr\\brdrs\\brdrw10\\cellx4513\\clbrdrt\\brdrs\\brdrw10\\clbrdrl\\brdrs\\brdrw10\\clbrdrb\\brdrs"
+               "\\brdrw10\\clbrdrr\\brdrs\\brdrw10\\cellx9026\n"
+               "\\pard\\intbl {a}\\cell\n\\pard\\intbl {b}\\cell\n\\row\n\\pard {c}\\par\n"},
+           Row{"<table><tr><td colspan=2>a<tr><td><td>b</table>",
+               "\\trowd\\trgaph108\\trleft0\\cellx9026\n\\pard\\intbl {a}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\\cellx9026\n\\pard\\intbl \\cell\n\\pard\\intbl "
+               "{b}\\cell\n\\row\n"},
+           Row{"x<table><tr><td>a<table><tr><td>b</table></table>",
+               "\\pard {x}\\par\n\\trowd\\trgaph108\\trleft0\\cellx9026\n\\pard\\intbl {a}\\par\n"
+               "\\pard\\intbl\\itap2 {b}\\nestcell{\\nonesttables\\par}\n"
+               "{\\*\\nesttableprops\\trowd\\trgaph108\\trleft0\\cellx8810\\nestrow}{\\nonesttables\\par}\n"
+               "\\pard\\intbl \\cell\n\\row\n"},
+           Row{"<table><caption>a</caption><tr>stray<td>b</table>",
+               "\\trowd\\trgaph108\\trleft0\\cellx9026\n\\pard\\intbl {a}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\\cellx9026\n\\pard\\intbl {stray}\\cell\n\\pard\\intbl "
+               "{b}\\cell\n"
+               "\\row\n"},
+           Row{"<td>a<td>b", "\\pard {a}\\par\n\\pard {b}\\par\n"},
+           Row{"<script>a</script><style>b</style><title>c</title><p style=display:none>d</p>e", "\\pard {e}\\par\n"},
+           Row{"a\x01"
+               "0\x01\x02"
+               "b",
+               "\\pard {a0b}\\par\n"},
+       }) {
+    EXPECT_EQ(Body(page), rtf) << page;
+  }
+}
+
+TEST(HtmlToRtf, ListsFontsColoursAndListsFirst) {
+  EXPECT_EQ(HtmlToRtf("<p style=\"font: x; font-family: 'Comic; Sans}', serif; color: #0f0; font-size: 16px\">a"
+                      "<font face=monospace color=navy size=5>b</font>"
+                      "<ol type=i start=3><li>c<li value=7>d</ol><ul><li>e</ul>")
+                .text,
+            "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n{\\fonttbl{\\f0\\fnil\\fcharset0 Times New Roman;}"
+            "{\\f1\\fnil\\fcharset0 Comic;}{\\f2\\fnil\\fcharset0 Courier New;}}\n"
+            "{\\colortbl;\\red0\\green255\\blue0;\\red0\\green0\\blue128;}\n"
+            "{\\*\\listtable\n"
+            "{\\list\\listtemplateid1\\listsimple1{\\listlevel\\levelnfc2\\leveljc0\\levelfollow0\\levelstartat3"
+            "{\\leveltext\\'02\\'00.;}{\\levelnumbers\\'01;}\\fi-360\\li720}\\listid1}\n"
+            "{\\list\\listtemplateid2\\listsimple1{\\listlevel\\levelnfc2\\leveljc0\\levelfollow0\\levelstartat7"
+            "{\\leveltext\\'02\\'00.;}{\\levelnumbers\\'01;}\\fi-360\\li720}\\listid2}\n"
+            "{\\list\\listtemplateid3\\listsimple1{\\listlevel\\levelnfc23\\leveljc0\\levelfollow0\\levelstartat1"
+            "{\\leveltext\\'01\\u8226?;}{\\levelnumbers;}\\fi-360\\li720}\\listid3}\n"
+            "}\n{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}"
+            "{\\listoverride\\listid2\\listoverridecount0\\ls2}{\\listoverride\\listid3\\listoverridecount0\\ls3}}\n" +
+                std::string(kMargins) +
+                "\\pard\\sa160 {\\f1\\cf1 a}{\\f2\\fs36\\cf2 b}\\par\n"
+                "\\pard\\ls1\\ilvl0\\fi-360\\li720 {c}\\par\n\\pard\\ls2\\ilvl0\\fi-360\\li720 {d}\\par\n"
+                "\\pard\\ls3\\ilvl0\\fi-360\\li720 {e}\\par\n}");
+}
+
+TEST(HtmlToRtf, FitsPicturesIntoTheirPlace) {
+  const auto page = HtmlToRtf(
+      "<img src=cid:p><img src=cid:p width=40><img src=cid:p height=100px><img src=cid:p width=2000 height=1000>"
+      "<table><tr><td><img src=cid:p width=400><td></table>",
+      FindPicture);
+  const std::vector<std::pair<int, int>> expected = {{1500, 750}, {600, 300}, {3000, 1500}, {9026, 4513}, {4297, 2148}};
+  std::vector<std::pair<int, int>> sizes;
+  for (const RtfPicture& picture : page.pictures) sizes.emplace_back(picture.twips.width, picture.twips.height);
+  EXPECT_EQ(sizes, expected);
+}
+
+std::string Repeated(std::string_view piece, std::size_t times) {
+  std::string out;
+  for (std::size_t i = 0; i < times; ++i) out += piece;
+  return out;
+}
+
+// Whatever is opened is closed, so that a reader is at the end where the file is.
+TEST(HtmlToRtf, IsWholeAndBoundedWhateverThePage) {
+  const std::string link = "<a href=http://" + std::string(1900, 'x') + ">";
+  for (const std::string& page : {
+           Repeated("<table><tr><td>", 2000),
+           Repeated("<div><b>a", 5000),
+           Repeated("<ul><li>a", 3000),
+           Repeated("<td>a", 1000),
+           "<table><tr>" + Repeated("<td>a", 1000) + "</table>",
+           Repeated("<table>a<tr>b<td>c</tr>d", 500),
+           link + Repeated("<p>a", 5000),
+           Repeated("</table></td></b></ul>", 1000),
+           Repeated("<table border=1><td></table>", 3000),
+           std::string("<q><li><table><caption><td><q><pre>\r\n a"),
+       }) {
+    const std::string rtf = HtmlToRtf(page, FindPicture).text;
+    int depth = 0;
+    for (std::size_t i = 0; i < rtf.size(); ++i) {
+      if (rtf[i] == '\\') {
+        ++i;
+      } else if (rtf[i] == '{') {
+        ++depth;
+      } else if (rtf[i] == '}') {
+        ASSERT_GT(depth, i + 1 == rtf.size() ? 0 : 1) << page.substr(0, 60);
+        --depth;
+      }
+    }
+    EXPECT_EQ(depth, 0) << page.substr(0, 60);
+    EXPECT_LT(rtf.size(), 40 * page.size() + 100'000) << page.substr(0, 60);
+  }
+  const std::string row = Body("<table><tr>" + Repeated("<td>a", 100) + "</table>");
+  std::size_t cells = 0;
+  for (std::size_t at = row.find("{a}"); at != std::string::npos; at = row.find("{a}", at + 1)) ++cells;
+  EXPECT_EQ(cells, 100U) << "a row of more cells than there can be keeps their words";
+}
+
+TEST(StyleValues, AreReadAsMailWritesThem) {
+  struct Row {
+    const char* value;
+    std::int64_t colour;  // -1: none
+  };
+  for (const auto& [value, colour] :
+       {Row{"#fff", 0xFFFFFF}, Row{"#12aB9f", 0x12AB9F}, Row{"12ab9f", 0x12AB9F}, Row{"RGB(255, 0,16)", 0xFF0010},
+        Row{"rgba(1,2,3,.5)", 0x010203}, Row{" Navy ", 0x000080}, Row{"transparent", -1}, Row{"#12", -1}, Row{"", -1},
+        Row{"rgb(1)", -1}, Row{"#ggg", -1}}) {
+    const auto read = ReadColour(value);
+    EXPECT_EQ(read ? std::int64_t{*read} : -1, colour) << value;
+  }
+  struct SizeRow {
+    const char* value;
+    int half_points;
+  };
+  for (const auto& [value, half_points] :
+       {SizeRow{"12pt", 24}, SizeRow{"16px", 24}, SizeRow{"1.5em", 30}, SizeRow{"50%", 10}, SizeRow{"x-large", 36},
+        SizeRow{"9999pt", 800}, SizeRow{"0", 0}, SizeRow{"-3pt", 0}, SizeRow{"1e9pt", 0}, SizeRow{"calc(1)", 0}}) {
+    EXPECT_EQ(ReadLetterSize(value, 20).value_or(0), half_points) << value;
+  }
+  EXPECT_EQ(ReadFontSize("+2"), 36);
+  EXPECT_EQ(ReadFontSize("99"), 72);
+  EXPECT_EQ(ReadFontSize("x"), std::nullopt);
+  EXPECT_EQ(ReadPixels("12.7px"), 12);
+  EXPECT_EQ(ReadPixels("50%"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quillcast::html
