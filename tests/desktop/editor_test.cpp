@@ -177,15 +177,30 @@ class EditorTest : public QObject {
     QTest::newRow("before a table") << "<p>one more</p><table><tbody><tr><td>two</td></tr></tbody></table>"
                                     << "X"
                                     << "<p>X</p><table><tbody><tr><td>two</td></tr></tbody></table>";
+    QTest::newRow("text without a paragraph") << "one <b>more</b><p>two</p>"
+                                              << "X"
+                                              << "X<br><p>two</p>";
+    QTest::newRow("and a line end") << "one more<br><div>two</div>"
+                                    << "X"
+                                    << "X<br><div>two</div>";
+    QTest::newRow("in a cell, with a paragraph behind it")
+        << "<table><tbody><tr><td>one more<p>two</p></td></tr></tbody></table>"
+        << "X"
+        << "<table><tbody><tr><td>X<p>two</p></td></tr></tbody></table>";
   }
   void aParagraphChosenWithThreeClicksIsTypedOverAlone() {
     QFETCH(QString, before);
     QFETCH(QString, typed);
     QFETCH(QString, after);
-    const QString style = " style=\"margin: 20px; font-size: 20px;\"";
-    Load(QString(before).insert(2, style));
+    Load(before);
     QWidget* page = editor_->InputWidget();
-    const QPointF word(40, 40);
+    const QVariantList at =
+        editor_
+            ->Evaluate(
+                "(r=>{r.selectNodeContents(document.createNodeIterator(document.body,NodeFilter.SHOW_TEXT).nextNode());"
+                "const box=r.getBoundingClientRect();return[box.x+5,box.y+5]})(document.createRange())")
+            .toList();
+    const QPointF word(at[0].toDouble(), at[1].toDouble());
     for (int click = 0; click < 3; ++click) {  // the toolkit's own clicks are too far apart
       for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
         const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
@@ -197,9 +212,9 @@ class EditorTest : public QObject {
     QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one more"));
     Type(typed);
     QTRY_VERIFY(editor_->IsModified());
-    QCOMPARE(Body().remove(style), after);
+    QCOMPARE(Body(), after);
     editor_->Run(EditorCommand::kUndo);
-    QCOMPARE(Body().remove(style), before);
+    QCOMPARE(Body(), before);
   }
 
   void listsAreSavedOutsideTheirParagraph() {
@@ -488,6 +503,15 @@ class EditorTest : public QObject {
     QVERIFY(QFile::exists(folder.filePath("Pictures/a & b.png")));
     QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
     QCOMPARE(::mkfifo(folder.filePath("pipe.png").toUtf8().constData(), 0600), 0);
+    // The next document's come when the former's have been looked at, however long that takes.
+    for (qsizetype many = 4000; many == 4000 || !trouble.isEmpty(); many *= 2) {
+      trouble.clear();
+      editor_->InsertPictures(QStringList(many, folder.filePath("missing.png")) + QStringList{file});
+      Load("");
+    }
+    editor_->InsertPictures({named});
+    QTRY_COMPARE(editor_->Evaluate("Array.from(document.images,i=>i.alt).join()").toString(), QString("a red field"));
+    trouble.clear();
     editor_->InsertPictures({file});
     Load("");
     editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()});

@@ -200,8 +200,22 @@
     if (files.length && bridge) bridge.allowedPictures(files, put); else put([]);
   };
   const kParagraphs = 'p,li,dt,dd,td,th,caption,h1,h2,h3,h4,h5,h6,pre,blockquote,address,div';
+  const isBlock = node =>
+    node.nodeType === Node.ELEMENT_NODE && !/^(inline|contents|none)/.test(getComputedStyle(node).display);
+  // Whether a range that begins in text without a paragraph was brought back to the block that follows in the same one.
+  const endedBeforeBlock = range => {
+    let node = range.startContainer;
+    while (node.parentNode !== document.body && !isBlock(node.parentNode)) node = node.parentNode;
+    let last = node;
+    while ((node = node.nextSibling) && !isBlock(node)) last = node;
+    if (!node || range.comparePoint(node, 0) > 0) return false;
+    while (last.lastChild) last = last.lastChild;  // what is typed would join a place between the two to the block
+    if (last.nodeType === Node.TEXT_NODE) range.setEnd(last, last.length); else range.setEndBefore(node);
+    return true;
+  };
   // Whether a range was brought back to the end of the paragraph, or of the line, that it begins in.
   const shortened = range => {
+    const ended = range.startContainer.nodeType === Node.TEXT_NODE && endedBeforeBlock(range);
     const paragraph = elementAtCaret().closest(kParagraphs);
     if (paragraph && !paragraph.contains(range.endContainer)) {
       range.setEnd(paragraph, paragraph.childNodes.length);
@@ -213,7 +227,7 @@
       return true;
     }
     const before = range.endOffset === 0 && range.endContainer.previousSibling;
-    if (!before || before.tagName !== 'BR' || range.comparePoint(before, 0) < 0) return false;
+    if (!before || before.tagName !== 'BR' || range.comparePoint(before, 0) < 0) return ended;
     range.setEndBefore(before);
     return true;
   };
