@@ -52,6 +52,7 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 constexpr std::string_view kTagBegin = "$*Merge";
+constexpr std::string_view kTagStandIn = "\x01";  // as no file is called
 
 class Finder final : public HtmlVisitor {
  public:
@@ -60,11 +61,12 @@ class Finder final : public HtmlVisitor {
   }
 
   const std::set<std::string>& named_by_tags() const { return named_by_tags_; }
+  std::vector<PictureReference> TakeTelling() { return std::move(telling_); }
 
  private:
   void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
     if (token.attributes.empty()) return;
-    if (token.name == "base" && !base_) ReadBase(tokenizer.Value(token, "href"));
+    if (token.name == "base") LookAtBase(tokenizer, token);
     for (const PictureAttribute& row : kPictureAttributes) {
       if (!row.element.empty() && row.element != token.name) continue;
       const HtmlAttribute* const attribute = tokenizer.Find(token, row.attribute);
@@ -88,6 +90,15 @@ class Finder final : public HtmlVisitor {
     found_.clear();
   }
 
+  void LookAtBase(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+    const HtmlAttribute* const attribute = tokenizer.Find(token, "href");
+    if (attribute == nullptr) return;
+    const std::string address = tokenizer.Value(token, "href");
+    const LocalAddress place = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
+    if (place.kind != AddressKind::kElsewhere) AddTelling(tokenizer.RawValue(*attribute), {});
+    if (!base_) ReadBase(address);
+  }
+
   // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
   // leads nowhere: it would stand before each of the page's addresses.
   void ReadBase(const std::string& address) {
@@ -98,16 +109,24 @@ class Finder final : public HtmlVisitor {
 
   // `written` is a part of the source.
   void Add(std::string_view written, const std::string& address) {
-    if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(address);
+    if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(written, address);
     LocalAddress file = ReadLocalAddress(address);
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
     if (file.kind == AddressKind::kElsewhere || !IsPicture(file.path)) return;
     found_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
   }
 
-  void AddNamedByTag(const std::string& address) {
-    const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, "_"));
+  void AddTelling(std::string_view written, std::string path) {
+    telling_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(path)});
+  }
+
+  void AddNamedByTag(std::string_view written, const std::string& address) {
+    const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
     const bool of_the_net = file.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
+    if (file.kind == AddressKind::kFile || (file.path.starts_with('/') && !of_the_net)) {
+      const std::string name = file.path.substr(file.path.find_last_of("/:") + 1);
+      AddTelling(written, platform::ReplaceAll(name, kTagStandIn, kTagBegin));
+    }
     if (file.kind != AddressKind::kElsewhere && !of_the_net && IsPicture(file.path)) named_by_tags_.insert(address);
   }
 
@@ -137,6 +156,7 @@ class Finder final : public HtmlVisitor {
   std::optional<LocalAddress> base_;
   std::vector<PictureReference> found_;  // in one tag or style sheet
   std::set<std::string> named_by_tags_;
+  std::vector<PictureReference> telling_;
 };
 
 }  // namespace
@@ -155,6 +175,13 @@ std::vector<std::string> FindPicturesNamedByTags(std::string_view html) {
   if (html.find(kTagBegin) == std::string_view::npos) return {};
   const Finder finder(html, [](const PictureReference&) {});
   return {finder.named_by_tags().begin(), finder.named_by_tags().end()};
+}
+
+std::vector<PictureReference> FindTellingAddresses(std::string_view html) {
+  Finder finder(html, [](const PictureReference&) {});
+  auto found = finder.TakeTelling();
+  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
+  return found;
 }
 
 std::string RewriteReferences(std::string_view html, const std::vector<PictureReference>& references,

@@ -118,6 +118,22 @@ std::string NameAlone(const html::PictureReference& reference, std::string_view 
   return is_name ? platform::PercentEncoded(name) : kNoName;
 }
 
+// What was encoded, with its merge tags as they were.
+std::string WithTags(const std::string& encoded) {
+  return platform::ReplaceAll(platform::ReplaceAll(encoded, "%24%2AMerge", "$*Merge"), "%2A%24", "*$");
+}
+
+// The HTML without what else would tell of this machine's folders. A base leads nowhere from here on: what starts from
+// it was taken, or has its name alone; so does what a tag names.
+std::string WithoutFolders(const std::string& html) {
+  const auto telling = html::FindTellingAddresses(html);
+  std::vector<std::string> replacements;
+  for (const auto& reference : telling) {
+    replacements.push_back(reference.path.empty() ? "#" : WithTags(platform::PercentEncoded(reference.path)));
+  }
+  return html::RewriteReferences(html, telling, replacements);
+}
+
 Sentence FirstOf(const std::vector<fs::path>& files) {
   std::string names;
   for (std::size_t i = 0; i < files.size() && i < kMostNamed; ++i) {
@@ -188,7 +204,7 @@ RelatedPictures TakePictures(const document::MessageDocument& document, std::str
     const auto written = std::string_view(document.html).substr(reference.offset, reference.length);
     replacements.push_back(known->second.empty() ? NameAlone(reference, written) : "cid:" + known->second);
   }
-  taking.result.html = html::RewriteReferences(document.html, references, replacements);
+  taking.result.html = WithoutFolders(html::RewriteReferences(document.html, references, replacements));
   return std::move(taking.result);
 }
 
