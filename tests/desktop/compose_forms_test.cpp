@@ -449,9 +449,6 @@ class ComposeFormsTest : public QObject {
     std::string deep = "<html><body>";
     for (int n = 0; n < 100'000; ++n) deep += "<div>";
     QVERIFY(desk.document.Open(desk.rig.folder.Write("plain.html", "<p>kept")));
-    const auto opened = desk.document.Open(desk.rig.folder.Write("deep.html", deep));
-    QVERIFY(!opened && Describe(opened.error()).find("stand in each other") != std::string::npos);
-    QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
     QVERIFY(!desk.document.StartFrom(deep));
     QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
     QVERIFY(!desk.document.StartNew(deep));  // a signature

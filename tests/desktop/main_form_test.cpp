@@ -47,6 +47,8 @@
 
 namespace quillcast::desktop {
 
+static const QString kDeep = QString("<div>").repeated(20'000) + "deep";  // more than the editor shows
+
 class MainFormTest : public QObject {
   Q_OBJECT
 
@@ -710,6 +712,28 @@ class MainFormTest : public QObject {
     scene.window->Dispatch(CommandId::kSource);
     QCOMPARE(scene.Editor().Html(),
              QString::fromUtf8("<!-- new -->\r\n<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
+
+    // What the editor cannot show stays in the source, and is saved from there.
+    scene.window->Dispatch(CommandId::kSource);
+    source->setPlainText(kDeep);
+    for (const CommandId command : {CommandId::kSource, CommandId::kBold, CommandId::kLine, CommandId::kSource}) {
+      scene.Find<QLabel>("StatusPanel1").clear();
+      scene.window->Dispatch(command);
+      QVERIFY(source->isVisible() && scene.Status().contains("stand in each other"));
+    }
+    const auto file = scene.rig.folder.path() / "deep.html";
+    scene.rig.prompts.files = {file};
+    scene.window->Dispatch(CommandId::kSaveAs);
+    QVERIFY(ToQt(test::ReadAll(file)).endsWith(kDeep) && !scene.Editor().IsModified());
+    scene.window->Dispatch(CommandId::kNew);
+    QVERIFY(!source->isVisible() && scene.Editor().isVisible());
+    scene.rig.prompts.files = {file};
+    scene.window->Dispatch(CommandId::kOpen);
+    QVERIFY(source->isVisible() && source->toPlainText().endsWith(kDeep) && !scene.Editor().IsModified());
+    source->setPlainText("<p>mended");
+    scene.window->Dispatch(CommandId::kSource);
+    QCOMPARE(scene.Editor().PlainText(), QString("mended"));
+    scene.window->skip_save_prompt = true;
   }
 
   void thePreviewCallsNothingRightThatHasAFault() {
@@ -772,6 +796,23 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kNo};
     restore();
     QVERIFY(scene.Editor().Html().contains("recovered"));
+  }
+
+  // A draft that the editor cannot show stands before none that it can.
+  void aDraftThatIsNestedTooDeeplyComesAsSource() {
+    Scene scene;
+    scene.rig.folder.Write("data/Recovered.htm", kDeep.toStdString());
+    scene.rig.folder.Write("data/Autosave.htm", "<html><body>later</body></html>");
+    scene.Open();
+    auto* source = scene.window->findChild<QPlainTextEdit*>("SourceTextBox");
+    Press(scene, "RestoreButton");
+    QVERIFY(source->isVisible() && source->toPlainText() == kDeep);
+    QVERIFY2(scene.Status().contains("stand in each other"), qPrintable(scene.Status()));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    Press(scene, "RestoreButton");
+    QVERIFY(scene.Editor().isVisible() && scene.Editor().Html().contains("later"));
+    QVERIFY2(!scene.Notice().isEmpty(), "it is lost");
+    scene.window->skip_save_prompt = true;
   }
 
   // Everything that stands in the window, one line each.

@@ -2,6 +2,7 @@
 
 #include "desktop/document/html_editor.h"
 #include "desktop/document/source_view.h"
+#include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
 
@@ -9,6 +10,7 @@ BodyView::BodyView(HtmlEditor* editor, QWidget* parent)
     : QStackedWidget(parent), editor_(editor), source_(new SourceView(this)) {
   addWidget(editor_);
   addWidget(source_);
+  connect(editor_, &HtmlEditor::Loaded, this, &BodyView::FollowEditor);
   connect(source_, &SourceView::Paused, this, [this] {
     if (shows_source() && source_->IsChanged()) emit SourceChanged(source_->Html());
   });
@@ -23,15 +25,39 @@ void BodyView::ShowSource() {
   emit SourceShown(true);
 }
 
-void BodyView::LeaveSource() {
-  if (!shows_source()) return;
-  if (source_->IsChanged()) {
-    editor_->SetHtml(source_->Html(), editor_->base(), true);
-    emit SourceTaken();
-  }
+// Where the source was left, the keys go to the editor.
+void BodyView::ShowEditor() {
   setCurrentWidget(editor_);
   editor_->setFocus();
   emit SourceShown(false);
+}
+
+// Another document is there: in the view that can show it.
+void BodyView::FollowEditor() {
+  if (takes_) return;
+  if (editor_->unshown()) {
+    ShowSource();
+    emit Trouble(InWords(*editor_->unshown()));
+  } else if (shows_source()) {
+    ShowEditor();
+  }
+}
+
+bool BodyView::LeaveSource() {
+  if (!shows_source()) return true;
+  if (source_->IsChanged()) {
+    takes_ = true;
+    editor_->SetHtml(source_->Html(), editor_->base(), true);
+    takes_ = false;
+    source_->SetTaken();
+    emit SourceTaken();
+  }
+  if (editor_->unshown()) {
+    emit Trouble(InWords(*editor_->unshown()));
+    return false;
+  }
+  ShowEditor();
+  return true;
 }
 
 }  // namespace quillcast::desktop

@@ -84,7 +84,6 @@ void EditorDocument::Name(const fs::path& file) {
 }
 
 Result<void> EditorDocument::Show(const std::string& html, const fs::path& folder, bool modified) {
-  if (auto editable = document::CheckEditable(html); !editable) return editable;
   // Whatever comes of it, the file of the document before is no longer that of what the editor holds.
   Name({});
   read_.reset();
@@ -104,7 +103,6 @@ Result<void> EditorDocument::Leave() { return is_changed_ || HasUnsavedChanges()
 Result<void> EditorDocument::Open(const fs::path& file) {
   auto read = document::ReadBodyFile(file);
   if (!read) return read.error();
-  if (auto editable = document::CheckEditable(read->text); !editable) return editable;
   auto left = Leave();
   return left ? ShowFile(file, *std::move(read)) : left;
 }
@@ -167,7 +165,6 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
 Result<document::Draft> EditorDocument::Recover() {
   auto draft = drafts_.ReadOffered();
   if (!draft) return draft;
-  if (const auto editable = document::CheckEditable(draft->document.html); !editable) return editable.error();
   const auto aside = SetAside();
   if (!aside) return aside.error();
   std::optional<document::BodyFile> file;  // where it holds the body

@@ -111,7 +111,8 @@ void HtmlEditor::BeginTyping() {
 }
 
 bool HtmlEditor::IsModified() const {
-  return modified_ || (!touched_ && Evaluate("quill.edits()").toInt() > 0);  // the notice may still be on its way
+  return modified_ ||
+         (!unshown_ && !touched_ && Evaluate("quill.edits()").toInt() > 0);  // the notice may still be on its way
 }
 
 void HtmlEditor::SetModified(bool modified) {
@@ -124,7 +125,7 @@ void HtmlEditor::SetReadOnly(bool read_only) {
 }
 
 void HtmlEditor::TakeNotice() {
-  if (read_only_ || loading_) return;  // of the document before
+  if (read_only_ || loading_ || unshown_) return;  // of the document before, or of the page in its place
   touched_ = true;
   SetModified(true);
   state_pause_->start();
@@ -148,7 +149,7 @@ QString HtmlEditor::Assemble(const QVariant& saved) const {
 
 QString HtmlEditor::Html() const {
   if (waiting_) return waiting_->source;
-  if (loading_) return source_;
+  if (loading_ || unshown_) return source_;
   if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
   const QVariant saved = Evaluate(SavingScript(), kLoadLimit);
   return saved.isValid() ? Assemble(saved) : last_seen_;

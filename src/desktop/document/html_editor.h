@@ -49,13 +49,16 @@ class HtmlEditor final : public QWidget {
 
   // Replaces the document and returns when it can be edited; false when the page did not answer. What is given
   // meanwhile comes after it, and the last of it counts. Relative references start from `base`. Nothing can be undone
-  // afterwards. The document counts as unchanged unless it is `modified`.
+  // afterwards. The document counts as unchanged unless it is `modified`. One that is nested too deeply is held: Html
+  // gives it back, and an empty page is shown.
   bool SetHtml(const QString& source, const QUrl& base = {}, bool modified = false);
   QString Html() const;
   QString PlainText() const;
   // Takes the keys; to be called once the editor is on the screen.
   void BeginTyping();
   const QUrl& base() const { return base_; }
+  // Why the document is held and not shown.
+  const std::optional<Error>& unshown() const { return unshown_; }
 
   // Asks the page too: the notice of a key may be on its way.
   bool IsModified() const;
@@ -122,6 +125,7 @@ class HtmlEditor final : public QWidget {
   void DocumentDropped(const QString& file);
   // A second after the last change: the document as it is now.
   void Snapshot(const QString& html);
+  void Loaded();    // a document, shown or held
   void Restored();  // after a crash of the page's process
   void Trouble(const QString& sentence);
 
@@ -167,8 +171,9 @@ class HtmlEditor final : public QWidget {
   bool had_the_keys_ = false;       // when it lost it
   bool loading_ = false;
   std::optional<Document> waiting_;  // to be loaded next
-  bool touched_ = false;             // edited since it was set
-  bool modified_ = false;            // edited since it was set or saved
+  std::optional<Error> unshown_;
+  bool touched_ = false;   // edited since it was set
+  bool modified_ = false;  // edited since it was set or saved
   bool read_only_ = false;
   double zoom_ = 1;
 };

@@ -106,6 +106,7 @@ bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified)
     if (takes_long) QGuiApplication::restoreOverrideCursor();
   }
   loading_ = false;
+  emit Loaded();
   return loaded;
 }
 
@@ -145,7 +146,9 @@ bool HtmlEditor::Load(const Document& document) {
   snapshot_pause_->stop();
   touched_ = false;
   source_ = last_seen_ = document.source;
-  cut_ = document::CutAtBody(FromQt(source_));
+  const auto editable = document::CheckEditable(FromQt(source_));
+  unshown_ = editable ? std::nullopt : std::optional(editable.error());
+  cut_ = unshown_ ? document::BodySource() : document::CutAtBody(FromQt(source_));
   base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
   places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
   SetModified(document.modified);
@@ -162,7 +165,7 @@ bool HtmlEditor::Load(const Document& document) {
   // What a document forbids holds for the page as long as that lives.
   if (!source_.contains("Content-Security-Policy", Qt::CaseInsensitive)) kind_ = kind;
   // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
-  const QString page = source_.left(source_.size() - ToQt(cut_.tail).size());
+  const QString page = unshown_ ? QString() : source_.left(source_.size() - ToQt(cut_.tail).size());
   if (!Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   if (read_only_) Evaluate("quill.setReadOnly(true)");
   page_->setZoomFactor(zoom_);

@@ -17,7 +17,8 @@ class SourceView final : public QPlainTextEdit {
   void SetHtml(const QString& html);
   // With the line ends and the blanks that it was given.
   QString Html() const;
-  // Since it was given.
+  void SetTaken() { before_ = Html(); }  // IsChanged begins anew
+  // Since it was given, or taken.
   bool IsChanged() const { return Html() != before_; }
 
  signals:

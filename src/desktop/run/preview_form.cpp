@@ -161,6 +161,7 @@ void PreviewForm::Put(const Result<run::RecipientView>& view) {
   tabs_->setTabVisible(1, message::HasText(view->parts));
   text_->setPlainText(ToQt(view->text));
   page_->SetHtml(ToQt(view->html), base_);
+  if (page_->unshown()) status_->Fail(*page_->unshown());
 }
 
 void PreviewForm::SendToMyself() {

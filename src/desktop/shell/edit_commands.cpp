@@ -10,6 +10,7 @@
 
 #include "desktop/document/body_view.h"
 #include "desktop/document/html_editor.h"
+#include "desktop/shell/command_bar.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/shell.h"
 
@@ -43,7 +44,7 @@ bool EditsText(QWidget* focused, EditorCommand command) {
 
 void RunEditing(Shell& shell, EditorCommand command) {
   if (EditsText(QApplication::focusWidget(), command)) return;
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   shell.editor.Run(command);
   if (command != EditorCommand::kFindText) shell.editor.setFocus();
 }
@@ -60,6 +61,7 @@ void SwitchSource(Shell& shell) {
   } else {
     shell.body.ShowSource();
   }
+  shell.bar.ShowSource(shell.body.shows_source());  // the entry changed its mark by itself
 }
 
 }  // namespace quillcast::desktop

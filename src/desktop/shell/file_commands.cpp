@@ -152,7 +152,7 @@ void SaveDocumentAs(Shell& shell) {
 }
 
 void PrintMessage(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   if (shell.program.prompts.Ask(kPrintQuestion) != platform::Answer::kYes) return;
   auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   printer->setOutputFileName(PathToQt(shell.program.folders.temporary / "message.pdf"));

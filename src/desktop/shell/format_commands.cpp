@@ -12,12 +12,12 @@
 namespace quillcast::desktop {
 
 void ChooseFont(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   AskForFont(shell.editor, &shell.window);
 }
 
 void ChooseColour(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   const QColor colour = QColorDialog::getColor(shell.editor.State().colour, &shell.window, Shell::tr("Text Colour"));
   if (colour.isValid()) shell.editor.Execute("foreColor", colour.name());
   shell.editor.setFocus();
@@ -25,7 +25,7 @@ void ChooseColour(Shell& shell) {
 
 // The rest of the page, and what can be undone of it, stays.
 void ChooseBodyColours(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   const std::string html = FromQt(shell.editor.Html());
   BodyForm form(shell.program.prompts, shell.program.folders.Pictures(), document::ReadBodyColours(html),
                 &shell.window);
@@ -35,7 +35,7 @@ void ChooseBodyColours(Shell& shell) {
 }
 
 void ChangeTable(Shell& shell, TableEdit edit) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   shell.editor.EditTable(edit);
   shell.editor.setFocus();
 }

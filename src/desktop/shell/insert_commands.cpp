@@ -19,13 +19,13 @@ void AddAttachments(Shell& shell) { shell.header.AddAttachments(); }
 void DeleteAttachment(Shell& shell) { shell.header.DeleteAttachment(); }
 
 void InsertTag(Shell& shell, const document::MergeField& field) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   shell.editor.InsertHtml(ToQt(field.tag));
   shell.editor.setFocus();
 }
 
 void InsertPicture(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   AskForPicture(shell.editor, shell.program.prompts, shell.program.folders.Pictures(), {}, &shell.window);
 }
 
@@ -36,26 +36,26 @@ void OfferPictures(Shell& shell, const QStringList& files) {
 }
 
 void InsertHyperlink(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   AskForLink(shell.editor, &shell.window);
 }
 
 void InsertTable(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   TableForm form(shell.program.prompts, &shell.window);
   if (form.exec() == QDialog::Accepted) shell.editor.InsertTable(ToQt(document::TableHtml(form.Choice())));
   shell.editor.setFocus();
 }
 
 void InsertLine(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   LineForm form(shell.program.prompts, &shell.window);
   if (form.exec() == QDialog::Accepted) shell.editor.InsertHtml(ToQt(document::LineHtml(form.Choice())));
   shell.editor.setFocus();
 }
 
 void InsertDateTime(Shell& shell) {
-  shell.body.LeaveSource();
+  if (!shell.body.LeaveSource()) return;
   DateTimeForm(shell.program.prompts, shell.program.clock, shell.editor, &shell.window).exec();
   shell.editor.setFocus();
 }

@@ -118,6 +118,7 @@ void MainForm::ConnectBody() {
   connect(editor_, &HtmlEditor::FindRequested, this, [this] { find_bar_->Open(editor_->State().selected); });
   connect(editor_, &HtmlEditor::Restored, this,
           [this] { Say(tr("The editor had to be started anew; your text is as it was.")); });
+  connect(body_, &BodyView::Trouble, this, &MainForm::Say);
   connect(body_, &BodyView::SourceShown, bar_, &CommandBar::ShowSource);
   connect(body_, &BodyView::SourceTaken, this, [this] { shell_->AskAboutPictures(); });
   connect(body_, &BodyView::SourceChanged, this,

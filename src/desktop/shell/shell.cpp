@@ -83,8 +83,7 @@ void Shell::TakePictureAnswers(const document::PicturePlaces& places) {
 
 void Shell::FocusOn(const QString& control) {
   if (control == "Editor") {
-    body.LeaveSource();
-    editor.setFocus();
+    if (body.LeaveSource()) editor.setFocus();
   } else if (auto* widget = window.findChild<QWidget*>(control)) {
     widget->setFocus();
   }
