@@ -42,6 +42,7 @@
 #include "desktop/shell/single_instance.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/start_window.h"
+#include "document/drafts.h"
 #include "platform/file.h"
 #include "platform/system_name.h"
 
@@ -326,6 +327,7 @@ class MainFormTest : public QObject {
     scene.window->Dispatch(CommandId::kOpen);
     scene.rig.Shown();
     QVERIFY(scene.Editor().Html().contains("letter") && !scene.Editor().IsModified());
+    QVERIFY(document::Drafts(scene.rig.folders.data).ReadOffered()->document.html.find("work") != std::string::npos);
     scene.Editor().InsertHtml("<b>changed</b>");
     scene.window->Dispatch(CommandId::kSave);
     QCOMPARE(scene.rig.Shown(), QString());
