@@ -5,12 +5,10 @@
 
 #include "cli/commands.h"
 #include "document/document_pictures.h"
-#include "document/message_document.h"
+#include "document/own_templates.h"
 
 namespace quillcast::cli {
 namespace {
-
-namespace fs = std::filesystem;
 
 struct SignatureOptions {
   std::string file;
@@ -36,10 +34,9 @@ int RunGet(Context& context) {
 // Its pictures are copied among the program's own, for a message without a file finds none beside itself.
 Result<std::string> HtmlFrom(const std::string& file, const profile::Folders& folders,
                              const platform::CancelToken& cancel) {
-  const auto html = document::ReadHtmlToKeep(file);
-  if (!html) return html.error();
-  const fs::path folder = fs::absolute(file, IgnoreErrors()).parent_path();
-  return document::CopyPictures(*html, folder, document::PicturePlaces(folders).WithOwnFolder(folder),
+  const auto letter = document::ReadLetterToKeep(file, folders);
+  if (!letter) return letter.error();
+  return document::CopyPictures(letter->html, letter->base, letter->places,
                                 {folders.Pictures(), document::FileAddress(folders.Pictures())}, &cancel);
 }
 

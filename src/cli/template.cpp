@@ -6,9 +6,7 @@
 #include "cli/commands.h"
 #include "cli/store_command.h"
 #include "document/designs.h"
-#include "document/message_document.h"
 #include "document/own_templates.h"
-#include "platform/file_attributes.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -70,14 +68,12 @@ Result<IfThere> AskAboutName(Context& context, const OwnTemplates& own, const st
 int RunSave(Context& context, const TemplateOptions& options) {
   const profile::Folders folders = context.Folders();
   const OwnTemplates own(folders.Templates());
-  const fs::path folder = fs::absolute(options.file, IgnoreErrors()).parent_path();
-  auto html = document::ReadHtmlToKeep(options.file);
-  if (!html) return context.output.Fail(html.error());
+  const auto letter = document::ReadLetterToKeep(options.file, folders);
+  if (!letter) return context.output.Fail(letter.error());
   const std::string name = options.name.empty() ? fs::path(options.file).stem().string() : options.name;
   const auto if_there = AskAboutName(context, own, name);
   if (!if_there) return context.output.Fail(if_there.error());
-  const auto places = document::PicturePlaces(folders).WithOwnFolder(folder);
-  const auto kept = own.Keep(name, {*std::move(html), folder, places}, *if_there, &context.cancel);
+  const auto kept = own.Keep(name, *letter, *if_there, &context.cancel);
   return Conclude(context, kept, fmt::format("Template \"{}\" is kept.", platform::Printable(name)),
                   {{"template", name}, {"done", "save"}});
 }
@@ -110,13 +106,9 @@ int RunExport(Context& context, const TemplateOptions& options) {
     const auto asked = AskFirst(context, Say("{} is there already. Replace it?", file.string()));
     if (!asked) return context.output.Fail(asked.error());
   }
-  const auto may_write = platform::MayWriteTo(file, folders.OwnFiles(), context.prompts);
-  if (!may_write) return context.output.Fail(may_write.error());
-  if (!*may_write)
-    return context.output.Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Name another file."});
-  const auto done =
-      OwnTemplates(folders.Templates())
-          .Export(options.name, document::PicturePlaces(folders), file, folders.OwnFiles(), &context.cancel);
+  const auto may_export = OwnTemplates::MayExportTo(file, folders, context.prompts);
+  if (!may_export) return context.output.Fail(may_export.error());
+  const auto done = OwnTemplates(folders.Templates()).Export(options.name, folders, file, &context.cancel);
   return Conclude(context, done, fmt::format("Template \"{}\" is in {}.", options.name, file.string()),
                   {{"template", options.name}, {"done", "export"}, {"file", file.string()}});
 }

@@ -32,15 +32,6 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
   return {};
 }
 
-Result<std::string> ReadHtmlToKeep(const std::filesystem::path& file) {
-  MessageDocument document;
-  auto loaded = LoadBody(document, file);
-  if (!loaded) return loaded.error();
-  if (document.html.find('\0') == std::string::npos) return std::move(document.html);
-  return Error{Failure::kBadData, Say("{} is neither HTML nor text.", platform::Printable(file.string(), 300)),
-               "Name an HTML file, or a text file whose name ends in .txt."};
-}
-
 std::string HtmlFromText(std::string_view text) {
   std::string html;
   for (std::size_t at = 0; at < text.size(); ++at) {

@@ -45,9 +45,6 @@ struct MessageDocument {
 // is the text with its markup characters escaped). Encodings: see ReadBodyFile.
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
 
-// The HTML of such a file, to be kept for later letters. kBadData for one that is no text at all.
-Result<std::string> ReadHtmlToKeep(const std::filesystem::path& file);
-
 // Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
 std::string HtmlFromText(std::string_view text);
 

@@ -5,9 +5,12 @@
 #include <iterator>
 
 #include "document/body_file.h"
+#include "document/declared_charset.h"
 #include "document/designs.h"
 #include "document/document_pictures.h"
+#include "document/message_document.h"
 #include "platform/file.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -93,7 +96,22 @@ LookOfName LookAtName(std::string_view name) {
   return look;
 }
 
+Result<void> CheckIsText(std::string_view html, const fs::path& file) {
+  if (html.find('\0') == std::string_view::npos) return {};
+  return Error{Failure::kBadData, Say("{} is neither HTML nor text.", platform::Printable(file.string(), 300)),
+               "Name an HTML file, or a text file whose name ends in .txt."};
+}
+
 }  // namespace
+
+Result<LetterToKeep> ReadLetterToKeep(const fs::path& file, const profile::Folders& folders) {
+  MessageDocument document;
+  auto loaded = LoadBody(document, file);
+  if (loaded) loaded = CheckIsText(document.html, file);
+  if (!loaded) return loaded.error();
+  const fs::path folder = fs::absolute(file, IgnoreErrors()).parent_path();
+  return LetterToKeep{std::move(document.html), folder, PicturePlaces(folders).WithOwnFolder(folder)};
+}
 
 std::optional<Complaint<TemplateNameBox>> CheckTemplateName(std::string_view name) {
   const auto complain = [](const char* text) {
@@ -155,7 +173,8 @@ Result<std::string> OwnTemplates::ReadAsKept(std::string_view name) const {
   if (!IsFile(*file)) return NoSuch(name, *file);
   auto body = ReadBodyFile(*file);
   if (!body) return body.error();
-  return std::move(body->text);
+  const auto is_text = CheckIsText(body->text, *file);
+  return is_text ? Result<std::string>(std::move(body->text)) : is_text.error();
 }
 
 Result<std::string> OwnTemplates::Read(std::string_view name) const {
@@ -171,7 +190,8 @@ Result<void> OwnTemplates::Keep(std::string_view name, const LetterToKeep& lette
   if (if_there == IfThere::kFail && Has(name)) return IsTaken(name, *file);
   auto made = platform::EnsureFolder(folder_);
   if (!made) return made;
-  const auto html = CopyPictures(letter.html, letter.base, letter.places, {folder_ / kPictures, kPictures}, cancel);
+  const auto html = CopyPictures(WithCharset(letter.html, BodyEncoding::kUtf8), letter.base, letter.places,
+                                 {folder_ / kPictures, kPictures}, cancel);
   if (!html) return html.error();
   if (if_there == IfThere::kReplace) return platform::ReplaceFile(*file, *html);
   const auto written = platform::WriteFileIfAbsent(*file, *html);
@@ -206,10 +226,19 @@ Result<void> OwnTemplates::Remove(std::string_view name) const {
   return failed ? platform::SystemError("remove", *file, failed.value()) : Result<void>();
 }
 
-Result<void> OwnTemplates::Export(std::string_view name, const PicturePlaces& places, const fs::path& file,
-                                  const platform::OwnFiles& own, const platform::CancelToken* cancel) const {
+Result<void> OwnTemplates::MayExportTo(const fs::path& file, const profile::Folders& folders,
+                                       platform::Prompts& prompts) {
+  const auto may_write = platform::MayWriteTo(file, folders.OwnFiles(), prompts);
+  if (!may_write) return may_write.error();
+  if (*may_write) return {};
+  return Error{Failure::kNotPermitted, platform::LeftLocked(file), "Name another file."};
+}
+
+Result<void> OwnTemplates::Export(std::string_view name, const profile::Folders& folders, const fs::path& file,
+                                  const platform::CancelToken* cancel) const {
   const auto kept = ReadAsKept(name);
   if (!kept) return kept.error();
+  const platform::OwnFiles own = folders.OwnFiles();
   if (auto other = platform::CheckIsNotOwn(file, own); !other) return other;
   const fs::path folder = file.parent_path();
   std::error_code failed;
@@ -217,7 +246,8 @@ Result<void> OwnTemplates::Export(std::string_view name, const PicturePlaces& pl
     return platform::SystemError("create", folder, failed ? failed.value() : ENOTDIR);
   }
   const std::string beside = file.stem().string() + "_files";
-  const auto html = CopyPictures(*kept, folder_, places, {folder / beside, platform::PercentEncoded(beside)}, cancel);
+  const auto html =
+      CopyPictures(*kept, folder_, PicturePlaces(folders), {folder / beside, platform::PercentEncoded(beside)}, cancel);
   return html ? platform::ReplaceChosenFile(file, own, *html) : html.error();
 }
 

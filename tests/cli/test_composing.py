@@ -193,7 +193,7 @@ class Composing(Case):
                 ((*own, "rename", "letter", "Yearly"), 66, "", 'no template "letter"'),
                 ((*own, "list"), 0, "".join(f"{name}\tdesign\n" for name in DESIGNS) + "Monthly\tyours\n", ""),
                 (("compose", "template", "Monthly"), 0,
-                 f'<p>Hello<img src="file://{self.profile}/data/Templates/Pictures/p.png">', ""),
+                 f'<meta charset="utf-8"><p>Hello<img src="file://{self.profile}/data/Templates/Pictures/p.png">', ""),
                 ((*own, "export", "Monthly", letter), 77, "", "letter.html is there already"),
                 ((*own, "remove", "Monthly"), 77, "", "Are you sure"),
                 ((*own, "remove", "Monthly", "--yes"), 0, 'Template "Monthly" was removed. Letters begun from it keep their pictures.\n', ""),

@@ -106,6 +106,8 @@ TEST(Designs, TellWhatReadsOtherwise) {
   EXPECT_EQ(DesignNotes(kChoice, "/opt/#1").size(), 1U) << "a picture that no address reaches";
 }
 
+const std::string kCharset = "<meta charset=\"utf-8\">";  // where a letter named none
+
 class Own : public testing::Test {
  protected:
   Own() { places_.AllowFolder(folder_.path()); }
@@ -124,17 +126,20 @@ TEST_F(Own, AreKeptListedRenamedAndRemoved) {
   ASSERT_TRUE(Keep("Monthly", "one"));
   ASSERT_TRUE(Keep("Été 2027", "two"));
   EXPECT_EQ(Keep("Monthly", "three").error().failure, Failure::kNotPermitted);
-  EXPECT_EQ(*own_.Read("Monthly"), "one") << "never over another unless asked to";
+  EXPECT_EQ(*own_.Read("Monthly"), kCharset + "one") << "never over another unless asked to";
   ASSERT_TRUE(Keep("Monthly", "three", IfThere::kReplace));
   EXPECT_EQ(own_.Rename("Monthly", "Été 2027", IfThere::kFail).error().failure, Failure::kNotPermitted);
   ASSERT_TRUE(own_.Rename("Monthly", "Weekly", IfThere::kFail));
   EXPECT_EQ(*own_.List(), (Names{"Weekly", "Été 2027"}));
   ASSERT_TRUE(own_.Rename("Weekly", "Été 2027", IfThere::kReplace));
-  EXPECT_EQ(*own_.Read("Été 2027"), "three");
+  EXPECT_EQ(*own_.Read("Été 2027"), kCharset + "three");
   for (const auto& done : {own_.Remove("Weekly"), own_.Rename("Weekly", "x", IfThere::kFail)}) {
     EXPECT_EQ(done.error().failure, Failure::kNoInput);
   }
   const auto mode = [](const fs::path& path) { return static_cast<unsigned>(fs::status(path).permissions()); };
+  EXPECT_TRUE(platform::ReplaceFile(own_.folder() / "Broken.htm", std::string_view("a\0b", 3)));
+  EXPECT_EQ(own_.Read("Broken").error().failure, Failure::kBadData) << "it became no text";
+  ASSERT_TRUE(own_.Remove("Broken"));
   EXPECT_EQ(mode(own_.folder()), 0700U);
   EXPECT_EQ(mode(own_.folder() / "Été 2027.htm"), 0600U);
   ASSERT_TRUE(own_.Remove("Été 2027"));
@@ -201,20 +206,20 @@ TEST_F(Own, TakeTheirPicturesAlong) {
   const std::string gone = FileAddress(folder_.path() / "gone.png");
   const std::string secret = "<img src=" + FileAddress(folder_.path() / ".ssh/id_rsa") + ">";
   const fs::path kept = own_.folder() / "Pictures" / "my logo.png";
-  EXPECT_EQ(*own_.Read("Logo"),
-            "<img src='" + FileAddress(kept) + "'><img src='" + to_foreign + "'><img src=" + gone + ">" + web + secret);
+  EXPECT_EQ(*own_.Read("Logo"), kCharset + "<img src='" + FileAddress(kept) + "'><img src='" + to_foreign +
+                                    "'><img src=" + gone + ">" + web + secret);
   EXPECT_EQ(*platform::ReadFile(kept, 100), kPicture);
   EXPECT_FALSE(fs::exists(own_.folder() / "Pictures" / "id_rsa")) << "what is no picture";
   const fs::path file = elsewhere.path() / "out.html";
-  PicturePlaces places;
-  places.AllowFolder(own_.folder());
-  ASSERT_TRUE(own_.Export("Logo", places, file, {}));
-  EXPECT_EQ(*platform::ReadFile(file, 10000),
-            "<img src='out_files/my%20logo.png'><img src='" + to_foreign + "'><img src=" + gone + ">" + web + secret);
+  profile::Folders folders;
+  folders.data = folder_.path() / "data" / "";
+  ASSERT_TRUE(own_.Export("Logo", folders, file));
+  EXPECT_EQ(*platform::ReadFile(file, 10000), kCharset + "<img src='out_files/my%20logo.png'><img src='" + to_foreign +
+                                                  "'><img src=" + gone + ">" + web + secret);
   EXPECT_EQ(*platform::ReadFile(elsewhere.path() / "out_files" / "my logo.png", 100), kPicture);
   ASSERT_TRUE(Keep("Plain", "x"));
   for (const char* name : {"Logo", "Plain"}) {
-    const auto done = own_.Export(name, places, elsewhere.path() / "none" / "out.html", {});
+    const auto done = own_.Export(name, folders, elsewhere.path() / "none" / "out.html");
     ASSERT_FALSE(done) << name;
     EXPECT_EQ(done.error().failure, Failure::kCannotCreate);
     EXPECT_NE(Describe(done.error()).find((elsewhere.path() / "none:").string()), std::string::npos);

@@ -13,7 +13,6 @@
 #include "desktop/widgets/qt_text.h"
 #include "document/edited_document.h"
 #include "document/message_document.h"
-#include "platform/file_attributes.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -132,16 +131,14 @@ void OwnTemplatesBox::Keep() {
 void OwnTemplatesBox::Import() {
   const auto files = program_.prompts.PickOpenFile({.title = "Import", .filter = document::kDocumentFilter});
   if (files.empty()) return;
-  const fs::path file = fs::absolute(files.front(), IgnoreErrors());
+  const fs::path& file = files.front();
   TemplateNameForm form(program_.prompts, own_, tr("Import a Template"), PathToQt(file.stem()), window());
   if (form.exec() != QDialog::Accepted) return;
   Run(form.name(), tr("%1 is kept as the template “%2”.").arg(PathToQt(file), form.name()),
       [own = own_, name = FromQt(form.name()), file, if_there = form.if_there(),
        folders = program_.folders](const auto* cancel) {
-        auto html = document::ReadHtmlToKeep(file);
-        if (!html) return Result<void>(html.error());
-        const auto places = document::PicturePlaces(folders).WithOwnFolder(file.parent_path());
-        return own.Keep(name, {*std::move(html), file.parent_path(), places}, if_there, cancel);
+        const auto letter = document::ReadLetterToKeep(file, folders);
+        return letter ? own.Keep(name, *letter, if_there, cancel) : Result<void>(letter.error());
       });
 }
 
@@ -171,12 +168,11 @@ void OwnTemplatesBox::Export() {
   const fs::path file = program_.prompts.PickSaveFile(
       {.title = "Export", .filter = document::kDocumentFilter, .ask_before_overwriting = true});
   if (file.empty()) return;
-  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
-  if (!may_write) return emit Failed(may_write.error());
-  if (!*may_write) return emit Said(InWords(platform::LeftLocked(file)));
+  const auto may_export = document::OwnTemplates::MayExportTo(file, program_.folders, program_.prompts);
+  if (!may_export) return emit Failed(may_export.error());
   Run(name, tr("The template “%1” is in %2.").arg(name, PathToQt(file)),
       [own = own_, name = FromQt(name), file, folders = program_.folders](const auto* cancel) {
-        return own.Export(name, document::PicturePlaces(folders), file, folders.OwnFiles(), cancel);
+        return own.Export(name, folders, file, cancel);
       });
 }
 
