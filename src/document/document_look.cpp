@@ -10,6 +10,7 @@
 #include "document/merge_fields.h"
 #include "document/message_properties.h"
 #include "document/page_walk.h"
+#include "document/picture_kind.h"
 #include "html/local_pictures.h"
 #include "platform/text.h"
 
@@ -97,9 +98,11 @@ class Look {
     const bool is_missing = !is_there || failed;
     if (!is_missing) look_.picture_size += InBase64(size);
     if (is_missing && ++missing_files_ == 1) first_missing_ = Printable(path);
+    const bool is_other = !is_missing && !IsPicture(file);
+    if (is_other && ++other_files_ == 1) first_other_ = Printable(path);
     ++look_.picture_count;
     if (look_.pictures.size() >= kMostListed) return;
-    look_.pictures.push_back({Printable(path), is_missing ? std::nullopt : std::optional(size)});
+    look_.pictures.push_back({Printable(path), is_missing ? std::nullopt : std::optional(size), is_other});
   }
 
   void CollectFindings() {
@@ -178,6 +181,11 @@ class Look {
                  "{} pictures are missing, the first is “{}”. Put them where the document says, or take them out.",
                  first_missing_));
     }
+    if (other_files_ > 0) {
+      Find(SayOf(other_files_, "{} file that stands for a picture is none: “{}”. Put a picture in its place.",
+                 "{} files that stand for pictures are none, the first is “{}”. Put pictures in their place.",
+                 first_other_));
+    }
     if (page_.without_text > 0) {
       Find(SayOf(
           page_.without_text,
@@ -201,6 +209,8 @@ class Look {
   std::int64_t troubled_links_ = 0;
   std::int64_t missing_files_ = 0;
   std::string first_missing_;
+  std::int64_t other_files_ = 0;  // that are no pictures
+  std::string first_other_;
 };
 
 }  // namespace
@@ -223,7 +233,8 @@ Sentence Describe(const LookedLink& link) {
 }
 
 Sentence Describe(const LookedPicture& picture) {
-  return picture.size ? Say("{}, {}", picture.file, HumanSize(*picture.size)) : Say("{}, missing", picture.file);
+  if (!picture.size) return Say("{}, missing", picture.file);
+  return picture.is_other ? Say("{}, no picture", picture.file) : Say("{}, {}", picture.file, HumanSize(*picture.size));
 }
 
 Sentence MoreLinks(const DocumentLook& look) {

@@ -30,6 +30,7 @@ struct LookedLink {
 struct LookedPicture {
   std::string file;                   // as the document names it, fit to be shown
   std::optional<std::uint64_t> size;  // octets; nothing where it is missing
+  bool is_other = false;              // no picture by its content
 
   bool operator==(const LookedPicture&) const = default;
 };
@@ -46,9 +47,9 @@ struct DocumentLook {
   std::vector<Sentence> findings;  // the worst first; empty where nothing would hurt
 };
 
-// `has_text_part`: whether the account sends a text part beside HTML. Files are asked for their size and not opened.
-// Time in proportion to the document. Fails with kTryAgain after a cancel. Known limits: beyond 10,000 files of
-// pictures one that is named again counts again; style sheets are not applied.
+// `has_text_part`: whether the account sends a text part beside HTML. Of files the size
+// and the beginning are read. Time in proportion to the document. Fails with kTryAgain after a cancel. Known limits:
+// beyond 10,000 files of pictures one that is named again counts again; style sheets are not applied.
 Result<DocumentLook> LookAt(const MessageDocument& document, bool has_text_part, const platform::CancelToken& cancel);
 
 // "120 words; a message is about 12 KiB, and 340 KiB with 3 pictures."

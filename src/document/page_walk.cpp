@@ -66,7 +66,7 @@ class Walk {
     }
     EndLink();
     facts_.words = words_.words();
-    facts_.speaks_of_leaving = way_out_.Found() || addresses_.Found();
+    facts_.speaks_of_leaving = way_out_.Found() || addresses_.Found() || links_.Found();
     return std::move(facts_);
   }
 
@@ -123,7 +123,11 @@ class Walk {
   void EndLink() {
     if (!in_link_) return;
     in_link_ = false;
-    link_(target_, WithSingleBlanks(text_));
+    const std::string words = WithSingleBlanks(text_);
+    link_(target_, words);
+    links_.Part();
+    links_.Add(words);
+    links_.Part();
     text_.clear();
   }
 
@@ -149,6 +153,7 @@ class Walk {
   WordCounter words_;
   WayOutSearch way_out_;    // in what is read
   WayOutSearch addresses_;  // in where links lead
+  WayOutSearch links_;      // in the whole words of each, where one word may be enough
   PageFacts facts_;
   std::string target_;
   std::string text_;

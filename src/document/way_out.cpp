@@ -21,15 +21,17 @@ const PhraseSearch& Phrases() {
       "unsubscribe", "un-subscribe", "opt-out", "opt out", "optout", "mailing preferences", "email preferences",
       "e-mail preferences", "list-remove", "leave the list", "leave this list", "leave our list", "remove me",
       "stop receiving", "no longer wish to receive", "no longer want to receive", "cancel your subscription",
-      "cancel my subscription", "manage your subscription", "manage subscription",
+      "cancel my subscription", "manage your subscription", "manage subscription", "manage preferences",
+      "manage your preferences", "manage your email preferences", "update preferences", "update your preferences",
       // German
       "abmelde", "abmeldung", "abzumelden", "abbestell", "abzubestellen", "nicht mehr erhalten", "nicht mehr bekommen",
       "keine weiteren e-mail", "keine weiteren mail", "keine weiteren newsletter", "keine e-mails mehr",
       "keine mails mehr", "keinen newsletter mehr", "keine newsletter mehr", "sich austragen", "hier austragen",
-      "newsletter austragen", "liste austragen", "verteiler austragen", "aus dem verteiler", "aus unserem verteiler",
+      "newsletter austragen", "liste austragen", "verteiler austragen", "\naustragen\n", "aus dem verteiler",
+      "aus unserem verteiler",
       // Dutch, Danish, Norwegian, Swedish
       "afmeld", "uitschrijven", "uit te schrijven", "schrijf je uit", "schrijf u uit", "meld je af", "meld u af",
-      "opzeggen", "avmeld", "meld deg av", "frameld", "avregistrer", "avprenumerer", "avsluta prenumeration",
+      "meld af", "opzeggen", "avmeld", "meld deg av", "frameld", "avregistrer", "avprenumerer", "avsluta prenumeration",
       "avslutt abonnement",
       // French, Spanish, Portuguese, Italian, Romanian
       "désabonn", "desabonn", "désinscri", "desinscri", "plus recevoir", "dar de baja", "darse de baja",

@@ -128,6 +128,7 @@ std::string WithTags(const std::string& encoded) {
 std::string WithoutFolders(const std::string& html) {
   const auto telling = html::FindTellingAddresses(html);
   std::vector<std::string> replacements;
+  replacements.reserve(telling.size());
   for (const auto& reference : telling) {
     replacements.push_back(reference.path.empty() ? "#" : WithTags(platform::PercentEncoded(reference.path)));
   }

@@ -90,29 +90,50 @@ TEST(DocumentLook, TellsTheWorstFirst) {
 }
 
 TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
-  for (const char* words :
-       {"<a href='https://x.example/UNSUBSCRIBE?1'>here</a>", "<p>Zum Abmelden antworten Sie bitte.",
-        "<a href=x>Se d&eacute;sabonner</a>", "SE D\u00C9SABONNER", "Darse de baja",
-        "<b>\u041E\u0442\u043F\u0438\u0441\u0430\u0442\u044C\u0441\u044F</b>", "退订", "配信停止", "수신거부",
-        "إلغاء الاشتراك", "To opt\n  out, reply", "opt&nbsp;out", "e-mail<br>preferences", "Un<b>sub</b>scribe",
-        "ab&shy;bestellen", "opt <a href=https://x.example/>out</a>", "annulla l\u2019iscrizione",
-        "<img src=https://x.example/a.png alt='Unsubscribe'>",
-        "Wenn Sie nichts mehr h\u00F6ren wollen: hier austragen"}) {
+  for (const char* words : {"<a href='https://x.example/UNSUBSCRIBE?1'>here</a>",
+                            "<p>Zum Abmelden antworten Sie bitte.",
+                            "<a href=x>Se d&eacute;sabonner</a>",
+                            "SE D\u00C9SABONNER",
+                            "Darse de baja",
+                            "<b>\u041E\u0442\u043F\u0438\u0441\u0430\u0442\u044C\u0441\u044F</b>",
+                            "退订",
+                            "配信停止",
+                            "수신거부",
+                            "إلغاء الاشتراك",
+                            "To opt\n  out, reply",
+                            "opt&nbsp;out",
+                            "e-mail<br>preferences",
+                            "Un<b>sub</b>scribe",
+                            "ab&shy;bestellen",
+                            "opt <a href=https://x.example/>out</a>",
+                            "annulla l\u2019iscrizione",
+                            "<img src=https://x.example/a.png alt='Unsubscribe'>",
+                            "Wenn Sie nichts mehr h\u00F6ren wollen: hier austragen",
+                            "<a href=x> <b>Austragen</b></a>",
+                            "Meld af",
+                            "<a href=x>Manage preferences</a>"}) {
     const auto findings = Findings(LookOver(words));
     for (const auto& finding : findings) EXPECT_EQ(finding.find("Nothing tells readers"), std::string::npos) << words;
   }
   for (const char* words :
        {"<style>.unsubscribe{}</style><p class=unsubscribe>hello", "<p>opt<p>out",
-        "<p>Wir werden das Turnier austragen", "<p>opt<img src=https://x.example/ alt='a.png'>-in"}) {
+        "<p>Wir werden das Turnier austragen", "<p>Wir werden <a href=https://x.example/>das Turnier austragen</a>",
+        "<p>opt<img src=https://x.example/ alt='a.png'>-in"}) {
     EXPECT_THAT(Findings(LookOver("<title>x</title>" + std::string(words) + std::string(9000, '.'))),
                 testing::Contains(StartsWith("Nothing tells readers")))
         << words;
   }
 }
 
+std::string Picture(std::size_t size) {
+  std::string bytes = "GIF89a";
+  bytes.resize(size, 'x');
+  return bytes;
+}
+
 TEST(DocumentLook, CountsAndLists) {
   const test::TemporaryFolder folder;
-  folder.Write("a.png", std::string(3000, 'x'));
+  folder.Write("a.png", Picture(3000));
   folder.Write("b.png", std::string(57, 'x'));
   MessageDocument document;
   document.base_folder = folder.path();
@@ -123,12 +144,14 @@ TEST(DocumentLook, CountsAndLists) {
       "<a href='https://example.org/?a=1&amp;b=2'>\n the <i>link</i>\n</a>";
   const DocumentLook look = LookOver(document);
   EXPECT_EQ(look.words, 9) << "two, words, more, two characters, 3, déjà-vu, the, link";
-  EXPECT_THAT(look.pictures, ElementsAre(LookedPicture{"b.png", 57}, LookedPicture{"a.png", 3000},
+  EXPECT_THAT(look.pictures, ElementsAre(LookedPicture{"b.png", 57, true}, LookedPicture{"a.png", 3000},
                                          LookedPicture{"gone.png", std::nullopt}));
   // 3000 octets are 4000 characters on 53 lines, 57 are 76 on one.
   EXPECT_EQ(look.picture_size, 4000U + 2 * 53 + 76 + 2);
   EXPECT_THAT(look.links, ElementsAre(LookedLink{"the link", "https://example.org/?a=1&b=2", std::nullopt}));
   EXPECT_EQ(Describe(look.links[0]).InEnglish(), "the link: https://example.org/?a=1&b=2");
+  EXPECT_THAT(Findings(look), testing::Contains(StartsWith("1 file that stands for a picture is none: “b.png”")));
+  EXPECT_EQ(Describe(look.pictures[0]).InEnglish(), "b.png, no picture");
   EXPECT_EQ(Describe(look.pictures[1]).InEnglish(), "a.png, 2.9 KiB");
   EXPECT_EQ(Describe(look.pictures[2]).InEnglish(), "gone.png, missing");
   EXPECT_TRUE(MoreLinks(look).empty() && MorePictures(look).empty());
@@ -157,9 +180,9 @@ TEST(DocumentLook, TellsOfAMessageThatIsHeavy) {
   document.base_folder = folder.path();
   document.html = kLetter;
   document.html.replace(document.html.find('%'), 1, "<img src=a.jpg alt=Tulips>");
-  folder.Write("a.jpg", std::string(2'200'000, 'x'));
+  folder.Write("a.jpg", Picture(2'200'000));
   EXPECT_THAT(Findings(LookOver(document)), IsEmpty());
-  folder.Write("a.jpg", std::string(20'000'000, 'x'));
+  folder.Write("a.jpg", Picture(20'000'000));
   EXPECT_THAT(Findings(LookOver(document)),
               ElementsAre(StartsWith("A message is about 26.1 MiB, which goes out once")));
 }
