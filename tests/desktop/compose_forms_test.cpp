@@ -163,6 +163,11 @@ class ComposeFormsTest : public QObject {
          "SpacingTextBox",
          ""},
         {"a fraction of a border", {{"BorderTextBox", "1.5"}}, "", "", "border=\"1.5\""},
+        {"an alignment taken back",
+         {{"AlignComboBox", "Right"}, {"AlignComboBox", "As the text"}},
+         "",
+         "",
+         "<Table cell"},
         {"a whole number of rows", {{"RowsTextBox", "1.5"}}, "", "", "   <TR>"},
         {"too many", {{"ColumnsTextBox", "100"}}, "warn: Please enter a valid column.", "ColumnsTextBox", ""},
         {"beyond the border", {{"BorderTextBox", "99.5"}}, "warn: Please enter a valid border.", "BorderTextBox", ""}};
@@ -421,6 +426,7 @@ class ComposeFormsTest : public QObject {
       designs->setCurrentRow(row);
       QTRY_COMPARE(shown.size(), row + 1);
       QVERIFY(preview->Html().contains(QString("Template%1.jpg").arg(row + 1)));
+      QTRY_VERIFY(preview->Evaluate("Array.from(document.images).every(image => image.naturalWidth > 0)").toBool());
       QCOMPARE(preview->Evaluate("window.designs=(window.designs||0)+1").toInt(), row + 1);
     }
     // Of those that are passed over quickly the last alone.
@@ -432,8 +438,20 @@ class ComposeFormsTest : public QObject {
     Enter(form, "WebSiteTextBox", "https://hills.example");
     form.findChild<QLineEdit*>("EmailTextBox")->setFocus();
     QTRY_VERIFY2(TextOf(form, "NotesLabel").contains("hills.example"), qPrintable(TextOf(form, "NotesLabel")));
+    auto* site = form.findChild<QLineEdit*>("WebSiteTextBox");
+    site->setFocus();
+    site->setText("hills.example");
+    QTRY_VERIFY2(!TextOf(form, "NotesLabel").contains("web site"), "mended, and told still");
+    QVERIFY(site->width() >= 200);
+    // Nothing of it can be typed into, and Escape is the window's.
+    preview->Evaluate("document.body.innerHTML='<p contenteditable>a</p>';document.querySelector('p').focus()");
+    preview->setFocus();
+    QTest::keyClick(preview->InputWidget(), Qt::Key_X);
+    QVERIFY(preview->Evaluate("document.querySelector('p')===document.activeElement").toBool());
+    QCOMPARE(preview->PlainText().trimmed(), QString("a"));
     QVERIFY(preview->is_read_only());
-    QCOMPARE(preview->Evaluate("Array.from(document.images).every(image => image.naturalWidth > 0)").toBool(), true);
+    QTest::keyClick(preview->InputWidget(), Qt::Key_Escape);
+    QVERIFY(!form.isVisible());
   }
 
   void aTemplateFolderThatCannotBeReadIsTold() {
@@ -730,6 +748,9 @@ class ComposeFormsTest : public QObject {
     order << "shown";
     QVERIFY(ready.wait());
     QCOMPARE(order, QStringList({"shown", "loaded"}));
+    QTest::keyClick(editor->InputWidget(), Qt::Key_Tab);
+    QTRY_COMPARE(form.focusWidget()->objectName(), QString("SignatureCheckBox"));
+    QVERIFY(!editor->IsModified());
   }
 };
 

@@ -779,6 +779,9 @@ class MainFormTest : public QObject {
         QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("(no subject)"));
         QCOMPARE(shown(), QString(tabs));
         QVERIFY(form.findChild<QTabWidget*>("PreviewTabs")->currentWidget()->isVisible());
+        auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
+        QTRY_COMPARE(send->isEnabled(), recipients > 0);
+        QCOMPARE(form.findChild<QLabel*>("StatusLine")->text().contains("choose a group"), recipients == 0);
       }
     }
   }

@@ -7,7 +7,11 @@
   let edits = 0;
   const quill = window.quill = {};
 
+  let isReadOnly = false;
+  // A document may have places that can be typed into by themselves, and boxes.
+  document.addEventListener('beforeinput', event => { if (isReadOnly) event.preventDefault(); }, true);
   quill.setReadOnly = readOnly => {
+    isReadOnly = readOnly;
     document.designMode = readOnly ? 'off' : 'on';
     if (readOnly) return;
     document.execCommand('styleWithCSS', false, 'false');

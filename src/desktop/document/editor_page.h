@@ -32,6 +32,8 @@ class EditorBridge final : public QObject {
   void picturePasted() { emit PicturePasted(); }
   void picturesDropped() { emit PicturesDropped(); }
   void openPicture() { emit PictureOpened(); }
+  void leave() { emit Left(true); }
+  void leaveBackwards() { emit Left(false); }
   // Those of these addresses that are pictures which may be shown.
   QStringList allowedPictures(const QStringList& addresses) const;
  signals:
@@ -41,6 +43,7 @@ class EditorBridge final : public QObject {
   void PicturePasted();
   void PicturesDropped();  // out of what was inserted
   void PictureOpened();    // by a double click
+  void Left(bool forwards);
 
  private:
   const document::PicturePlaces& places_;

@@ -137,12 +137,14 @@
     return true;
   };
 
-  // The tab key goes from cell to cell, and behind the last one into a new row.
+  // The tab key goes from cell to cell, and behind the last one into a new row. Elsewhere it may lead out of the editor.
+  quill.tabLeaves = false;
   document.addEventListener('keydown', event => {
     if (event.key !== 'Tab' || event.ctrlKey || event.altKey || document.designMode !== 'on') return;
     const cell = cellAtCaret(), table = tableOf(cell);
-    if (!table) return;
+    if (!table && !quill.tabLeaves) return;
     event.preventDefault();
+    if (!table) return quill.tell(event.shiftKey ? 'leaveBackwards' : 'leave');
     const cells = Array.from(table.rows).flatMap(row => Array.from(row.cells));
     const next = cells[cells.indexOf(cell) + (event.shiftKey ? -1 : 1)];
     if (next) {

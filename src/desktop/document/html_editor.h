@@ -63,9 +63,11 @@ class HtmlEditor final : public QWidget {
   // Asks the page too: the notice of a key may be on its way.
   bool IsModified() const;
   void SetModified(bool modified);
-  // For a preview: shown, scrolled and copied from, not changed.
+  // For a preview: shown, scrolled and copied from, not changed. Escape is its window's.
   void SetReadOnly(bool read_only);
   bool is_read_only() const { return read_only_; }
+  // For a dialog: outside tables the Tab key goes on to the next control. Counts from the next document on.
+  void LetTabLeave() { tab_leaves_ = true; }
 
   // Needs a document. kFindText is no change of the text: it emits FindRequested.
   void Run(EditorCommand command);
@@ -129,6 +131,9 @@ class HtmlEditor final : public QWidget {
   void Restored();  // after a crash of the page's process
   void Trouble(const QString& sentence);
 
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   struct Document {
     QString source;
@@ -175,6 +180,7 @@ class HtmlEditor final : public QWidget {
   bool touched_ = false;   // edited since it was set
   bool modified_ = false;  // edited since it was set or saved
   bool read_only_ = false;
+  bool tab_leaves_ = false;
   double zoom_ = 1;
 };
 

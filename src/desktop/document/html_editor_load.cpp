@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMenu>
@@ -66,6 +67,7 @@ void HtmlEditor::Start() {
   });
   connect(view_, &EditorView::FilesDropped, this, &HtmlEditor::TakeDropped);
   layout()->addWidget(view_);
+  setTabOrder(this, view_);  // not behind all that the window got before the engine
   setFocusProxy(view_);
   connect(bridge_, &EditorBridge::Edited, this, &HtmlEditor::TakeNotice);
   // Behind the notice, within which the page answers nothing.
@@ -74,6 +76,7 @@ void HtmlEditor::Start() {
   connect(bridge_, &EditorBridge::PicturesDropped, this, [this] {
     emit Trouble(tr("Pictures in what was inserted lie elsewhere and were left out. Insert them from their files."));
   });
+  connect(bridge_, &EditorBridge::Left, this, [this](bool forwards) { focusNextPrevChild(forwards); });
   connect(bridge_, &EditorBridge::SelectionMoved, state_pause_, qOverload<>(&QTimer::start));
 }
 
@@ -168,9 +171,17 @@ bool HtmlEditor::Load(const Document& document) {
   const QString page = unshown_ ? QString() : source_.left(source_.size() - ToQt(cut_.tail).size());
   if (!Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
   if (read_only_) Evaluate("quill.setReadOnly(true)");
+  if (tab_leaves_) Evaluate("quill.tabLeaves=true");
+  InputWidget()->installEventFilter(this);
   page_->setZoomFactor(zoom_);
   Evaluate("quill.setTags(" + KnownTags() + ')');  // a page that is only looked at may have its tags, too
   return true;
+}
+
+bool HtmlEditor::eventFilter(QObject* watched, QEvent* event) {
+  const bool is_escape =
+      event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && read_only_;
+  return is_escape ? QCoreApplication::sendEvent(window(), event) : QWidget::eventFilter(watched, event);
 }
 
 void HtmlEditor::Restore() {

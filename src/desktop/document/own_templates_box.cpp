@@ -112,7 +112,7 @@ void OwnTemplatesBox::Run(const QString& name, const QString& said,
   emit Said(progress());
   task_.Start([this, name, said, work = std::move(work)](const platform::CancelToken& cancel) -> std::function<void()> {
     return [this, name, said, done = work(&cancel)] {
-      Fill(done ? name : Chosen());
+      Fill(done && chooses_new_ ? name : Chosen());
       done ? emit Said(said) : emit Failed(done.error());
     };
   });

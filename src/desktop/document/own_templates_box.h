@@ -21,6 +21,9 @@ class OwnTemplatesBox final : public QGroupBox {
   // `present` gives the message that stands in the editor.
   OwnTemplatesBox(const profile::Program& program, std::function<document::LetterToKeep()> present, QWidget* parent);
 
+  // Whether what is kept or imported is chosen then; not where a choice in another list would go.
+  void SetChoosesNew(bool chooses) { chooses_new_ = chooses; }
+
   // Empty where none is chosen.
   QString Chosen() const;
   void ChooseNone();
@@ -53,6 +56,7 @@ class OwnTemplatesBox final : public QGroupBox {
   QListWidget* list_;
   std::vector<QPushButton*> of_chosen_;   // what needs a choice
   std::vector<QPushButton*> of_nothing_;  // what does not
+  bool chooses_new_ = true;
   BackgroundTask task_{this};
 };
 

@@ -91,6 +91,9 @@ void PictureForm::MakeWindow() {
   grid->AddPlain("ShownPicture", shown_);
   grid->AddPlain("SmallerCheckBox", smaller_);
   grid->Add("AlternativeTextBox", tr("Alternative &text:"), alternative_);
+  undescribed_ = grid->AddPlain("UndescribedLabel", new StatusLine(this, "UndescribedLabel"));
+  undescribed_->Say(tr("Without one, readers who do not see it never hear of it. Right for what only decorates."));
+  undescribed_->hide();
   grid->Add("WidthTextBox", tr("&Width:"), width_, {new QLabel(tr("pixels"), this)});
   grid->Add("HeightTextBox", tr("&Height:"), height_, {new QLabel(tr("pixels"), this)});
   grid->AddPlain("RatioCheckBox", ratio_);
@@ -105,6 +108,7 @@ void PictureForm::MakeWindow() {
 
 void PictureForm::ConnectControls() {
   connect(browse_, &QPushButton::clicked, this, &PictureForm::PickFile);
+  connect(alternative_, &QLineEdit::textChanged, this, &PictureForm::TellUndescribed);
   connect(width_, &QLineEdit::textEdited, this, [this] { Follow(width_); });
   connect(height_, &QLineEdit::textEdited, this, [this] { Follow(height_); });
   connect(ratio_, &QCheckBox::clicked, this, [this] { Follow(width_); });
@@ -250,6 +254,11 @@ void PictureForm::SetBusy(bool busy) {
   for (QWidget* control :
        std::initializer_list<QWidget*>{smaller_, alternative_, width_, height_, ratio_, border_, align_, ok_})
     control->setEnabled(!busy && has_picture);
+  TellUndescribed();
+}
+
+void PictureForm::TellUndescribed() {
+  undescribed_->setVisible(alternative_->isEnabled() && alternative_->text().trimmed().isEmpty());
 }
 
 void PictureForm::dragEnterEvent(QDragEnterEvent* event) {

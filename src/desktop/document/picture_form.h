@@ -56,6 +56,7 @@ class PictureForm final : public QDialog {
   document::PictureChoice Choice() const;
   void Kept(const Result<std::filesystem::path>& copy);
   void SetBusy(bool busy);
+  void TellUndescribed();
 
   platform::Prompts& prompts_;
   std::filesystem::path folder_;
@@ -70,6 +71,7 @@ class PictureForm final : public QDialog {
   QLineEdit* alternative_;
   QLineEdit* width_;
   QLineEdit* height_;
+  StatusLine* undescribed_ = nullptr;  // where there is no alternative text
   QCheckBox* ratio_;
   QLineEdit* border_;
   QComboBox* align_;

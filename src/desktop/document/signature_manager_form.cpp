@@ -39,6 +39,7 @@ void SignatureManagerForm::BuildWindow() {
   resize(680, 480);
   editor_->setObjectName("SignatureEditor");
   editor_->setMinimumHeight(120);
+  editor_->LetTabLeave();
   editor_->SetPictureFolder(PathToQt(program_.folders.Pictures()));
   editor_->SetPicturePlaces(document::PicturePlaces(program_.folders));
   on_->setObjectName("SignatureCheckBox");

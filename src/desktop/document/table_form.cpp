@@ -30,16 +30,16 @@ TableForm::TableForm(platform::Prompts& prompts, QWidget* parent)
   border_ = grid->Add("BorderTextBox", tr("&Border:"), NumberBox<NumberFilter>(first.border, this));
   spacing_ = grid->Add("SpacingTextBox", tr("&Spacing between cells:"), NumberBox<NumberFilter>(first.spacing, this));
   padding_ = grid->Add("PaddingTextBox", tr("&Padding in cells:"), NumberBox<NumberFilter>(first.padding, this));
-  align_->setPlaceholderText(tr("As the text"));
-  for (const char* text : document::kTableAlignments) align_->addItem(text);
-  align_->setCurrentIndex(-1);
+  for (const char* text : document::kTableAlignments) align_->addItem(text, text);
+  align_->addItem(tr("As the text"), QString());
+  align_->setCurrentIndex(align_->count() - 1);
   column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   rows_->setFocus();
   rows_->selectAll();
 }
 
 document::TableChoice TableForm::Choice() const {
-  return {.align = FromQt(align_->currentText()),
+  return {.align = FromQt(align_->currentData().toString()),
           .border = FromQt(border_->text()),
           .spacing = FromQt(spacing_->text()),
           .padding = FromQt(padding_->text()),

@@ -26,9 +26,9 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kPause = 60;  // milliseconds after the last letter
-constexpr int kChoicesWidth = 330;
+constexpr int kChoicesWidth = 400;
 constexpr int kPreviewWidth = 180;  // at least
-constexpr int kBoxWidth = 140;      // at least
+constexpr int kBoxWidth = 200;      // at least
 
 // Of what is chosen, as it was when the work began.
 struct Letter {
@@ -76,6 +76,9 @@ TemplateForm::TemplateForm(const profile::Program& program, EditorDocument& docu
   Soon(preview_, [this] { preview_->SetHtml({}); });  // the engine takes longer than the window
 }
 
+// A box that loses the keys as it goes would still be judged.
+TemplateForm::~TemplateForm() { hide(); }
+
 void TemplateForm::BuildWindow() {
   for (const std::string_view design : document::kDesigns) designs_->addItem(ToQt(design));
   designs_->setObjectName("EmailListBox");
@@ -100,7 +103,7 @@ void TemplateForm::BuildWindow() {
   ok_ = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel)->button(QDialogButtonBox::Ok);
   notes_->hide();
   designs_->setFocus();
-  resize(980, 680);
+  resize(1010, 690);
 }
 
 QWidget* TemplateForm::MakeChoices() {
@@ -130,7 +133,10 @@ QWidget* TemplateForm::MakeChoices() {
 void TemplateForm::ConnectControls() {
   pause_->setSingleShot(true);
   pause_->setInterval(kPause);
-  connect(pause_, &QTimer::timeout, this, &TemplateForm::ShowPreview);
+  connect(pause_, &QTimer::timeout, this, [this] {
+    ShowPreview();
+    DropNotes();
+  });
   connect(designs_, &QListWidget::itemSelectionChanged, this, [this] {
     if (!designs_->selectedItems().isEmpty()) own_->ChooseNone();
     ShowChoice();
@@ -172,16 +178,28 @@ document::DesignChoice TemplateForm::ChoiceToShow() const {
 // What was told of the choice before is over.
 void TemplateForm::ShowChoice() {
   status_->Say({});
+  own_->SetChoosesNew(designs_->selectedItems().isEmpty());
   ShowPreview();
   ShowNotes();
 }
 
-void TemplateForm::ShowNotes() {
+QStringList TemplateForm::Notes() const {
   const auto choice = ChoiceToShow();
-  const QStringList lines =
-      choice.design.empty() ? QStringList() : InWords(document::DesignNotes(choice, program_.folders.program));
-  notes_->Say(lines.join('\n'), NoteKind::kWarning);
-  notes_->setVisible(!lines.isEmpty());
+  return choice.design.empty() ? QStringList() : InWords(document::DesignNotes(choice, program_.folders.program));
+}
+
+void TemplateForm::ShowNotes() {
+  told_ = Notes();
+  notes_->Say(told_.join('\n'), NoteKind::kWarning);
+  notes_->setVisible(!told_.isEmpty());
+}
+
+// What is being typed is not judged before it is done; what it mended is told no more.
+void TemplateForm::DropNotes() {
+  const QStringList now = Notes();
+  told_.removeIf([&now](const QString& line) { return !now.contains(line); });
+  notes_->Say(told_.join('\n'), NoteKind::kWarning);
+  notes_->setVisible(!told_.isEmpty());
 }
 
 void TemplateForm::ShowPreview() {

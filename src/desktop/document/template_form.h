@@ -28,6 +28,7 @@ class TemplateForm final : public QDialog {
  public:
   // `editor` is the one that holds the document.
   TemplateForm(const profile::Program& program, EditorDocument& document, HtmlEditor& editor, QWidget* parent);
+  ~TemplateForm() override;
 
  public slots:
   void accept() override;
@@ -46,7 +47,9 @@ class TemplateForm final : public QDialog {
   void ShowChoice();
   void ShowPreview();
   void Show(const QString& name, const Result<std::string>& html);
+  QStringList Notes() const;
   void ShowNotes();
+  void DropNotes();
   bool MayReplace();
   void Replace(const Result<std::string>& html);
   void SetBusy(bool busy);
@@ -65,7 +68,8 @@ class TemplateForm final : public QDialog {
   StatusLine* status_;
   QPushButton* ok_ = nullptr;
   QTimer* pause_;
-  QString shown_;  // the name of what the preview shows
+  QStringList told_;  // the notes
+  QString shown_;     // the name of what the preview shows
   BackgroundTask task_{this};
 };
 

@@ -53,8 +53,7 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
       status_(new StatusLine(this)) {
   SetUpControls();
   BuildWindow();
-  connect(pictures_, &PicturesPanel::Known, this,
-          [this](bool settled) { send_->setEnabled(settled && group_.recipients > 0); });
+  connect(pictures_, &PicturesPanel::Known, this, [this](bool settled) { OfferToSend(settled); });
   connect(pictures_, &PicturesPanel::Answered, this, &PreviewForm::TakeAnswer);
   pictures_->LookAt(document_);
   connect(position_, &QSpinBox::valueChanged, pause_, qOverload<>(&QTimer::start));
@@ -127,6 +126,16 @@ void PreviewForm::BuildWindow() {
   column->Add(MakeTabs(), 1);
   column->Add(notes_);
   column->AddLine({send_, status_, close});
+}
+
+// A button that is dimmed says why.
+void PreviewForm::OfferToSend(bool settled) {
+  const bool has_list = group_.recipients > 0;
+  send_->setEnabled(settled && has_list);
+  const QString reason = has_list ? tr("Answer the question about the pictures first.")
+                                  : tr("To send one to yourself, choose a group in the main window first.");
+  send_->setToolTip(send_->isEnabled() ? QString() : reason);
+  if (!has_list) status_->Say(reason);
 }
 
 void PreviewForm::SetWidth(bool phone) { page_->setMaximumWidth(phone ? kPhoneWidth : QWIDGETSIZE_MAX); }

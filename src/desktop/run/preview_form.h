@@ -42,6 +42,7 @@ class PreviewForm final : public QDialog {
   void ShowRecipient();
   void Put(const Result<run::RecipientView>& view);
   void SendToMyself();
+  void OfferToSend(bool settled);
   void SetWidth(bool phone);
 
   const profile::Program& program_;

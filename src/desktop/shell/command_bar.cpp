@@ -50,9 +50,11 @@ struct Button {
   bool behind_line = false;
 };
 constexpr auto kButtons = std::to_array<Button>({
-    {kOpen},      {kSave},       {kPrint},           {kUndo, true}, {kRedo},       {kBold, true},    {kItalic},
-    {kUnderline}, {kTextColour}, {kAlignLeft, true}, {kCentre},     {kAlignRight}, {kBullets, true}, {kNumbers},
-    {kOutdent},   {kIndent},     {kPicture, true},   {kHyperlink},  {kTable},      {kFind, true},
+    {kOpen},       {kSave},          {kPrint},         {kProperties}, {kCut, true},
+    {kCopy},       {kPaste},         {kDelete},        {kUndo},       {kRedo},
+    {kBold, true}, {kItalic},        {kUnderline},     {kTextColour}, {kAlignLeft, true},
+    {kCentre},     {kAlignRight},    {kBullets, true}, {kNumbers},    {kOutdent},
+    {kIndent},     {kPicture, true}, {kHyperlink},     {kTable},      {kFind, true},
 });
 
 // The styles of a paragraph, of which one always holds.
