@@ -31,6 +31,8 @@ bool IsNamedAsDocument(const fs::path& file) {
   return ending == ".html" || ending == ".htm" || ending == ".txt";
 }
 
+bool IsNamedAsMessageFile(const fs::path& file) { return platform::AsciiLower(file.extension().string()) == ".eml"; }
+
 Result<SaveDecision> OfferToSave(EditedDocument& document, platform::Prompts& prompts) {
   if (!document.HasUnsavedChanges()) return SaveDecision::kGoOn;
   switch (prompts.AskOrCancel("Do you want to save the changes?")) {

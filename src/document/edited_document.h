@@ -13,6 +13,8 @@ inline constexpr const char* kDocumentFilter = "HTML Files (*.html;*.htm)|*.html
 
 // Whether a file that is dropped on the window is one to open, by its ending: .html, .htm or .txt.
 bool IsNamedAsDocument(const std::filesystem::path& file);
+// Whether it is a message file, .eml, which is shown in a window of its own.
+bool IsNamedAsMessageFile(const std::filesystem::path& file);
 
 // The document that is being edited, as far as saving it goes.
 class EditedDocument {

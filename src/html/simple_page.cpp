@@ -190,9 +190,11 @@ void SimpleWriter::Start(const HtmlToken& token) {
   if (!is_void && !is_block && !IsAmong(name, kKept)) return;
   if (Last("table") != kNone && (name == "tbody" || name == "thead" || name == "tfoot")) return;
   ComeIntoCell();
-  if (name == "img" && ++pictures_ > kMostPictures) return Text(page_.Value(token, "alt"));
   if (is_void) {
-    out_.append("<").append(name).append(SimpleAttributes(page_, token)).append(">");
+    const std::string attributes = SimpleAttributes(page_, token);
+    const bool is_away = name == "img" && attributes.find(" src=\"") == std::string::npos;
+    if (is_away || (name == "img" && ++pictures_ > kMostPictures)) return Text(page_.Value(token, "alt"));
+    out_.append("<").append(name).append(attributes).append(">");
     word_ = 0;
     return;
   }

@@ -25,6 +25,7 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
+#include <QTextBrowser>
 #include <QThread>
 #include <QTimer>
 #include <fstream>
@@ -479,6 +480,41 @@ class MainFormTest : public QObject {
     scene.window->Open({"/nowhere/page.html", first});
     QTRY_VERIFY2(scene.Status().endsWith("Not opened: " + ToQt(first) + "."), qPrintable(scene.Status()));
     QVERIFY2(scene.Status().contains("/nowhere/page.html"), qPrintable(scene.Status()));
+  }
+
+  void aMessageFileIsShownAndTheMessageStays() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().InsertHtml("work");
+    const std::string picture = scene.rig.folder.Write("local.png", "");
+    const std::string file = scene.rig.folder.Write(
+        "Letter.EML",
+        "From: Eve <eve@example.org>\r\nSubject: Hello\r\nContent-Type: text/html\r\n\r\n<p>Read "
+        "<a href='https://x.example/'>this</a><img src='" +
+            picture + "' alt='(picture)'><script>no</script>");
+    bool seen = false;
+    test::WhileOpen("MessageForm", [&](QDialog& form) {
+      auto& page = *form.findChild<QTextBrowser*>("MessagePage");
+      QTRY_COMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
+      QCOMPARE(form.findChild<QLabel*>("FromLabel")->text(), QString("Eve <eve@example.org>"));
+      emit page.anchorClicked(QUrl("https://x.example/"));
+      QVERIFY(form.findChild<QLabel*>("MessageStatus")->text().contains("https://x.example/"));
+      QCOMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
+      QCOMPARE(page.document()->resource(QTextDocument::ImageResource, QUrl::fromLocalFile(ToQt(picture))), QVariant());
+      QVERIFY(form.findChild<QPushButton*>("ExtractButton")->isEnabled());
+      seen = true;
+    });
+    scene.window->Open({file});
+    QTRY_VERIFY(seen && QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(scene.Editor().PlainText(), QString("work"));
+    seen = false;
+    test::WhileOpen("MessageForm", [&](QDialog& form) {
+      QTRY_VERIFY(form.findChild<QLabel*>("FaultsLabel")->text().contains("Error 258: File IO error."));
+      QVERIFY(!form.findChild<QPushButton*>("ExtractButton")->isEnabled());
+      seen = true;
+    });
+    scene.window->Open({"/nowhere/letter.eml"});
+    QTRY_VERIFY(seen && QApplication::activeModalWidget() == nullptr);
   }
 
   void aLinkBeginsAMessageOnceTheWindowIsFree() {
@@ -1047,7 +1083,14 @@ class MainFormTest : public QObject {
       QCOMPARE(list->rowCount(), 4);
       QCOMPARE(list->index(0, 0).data().toString(), QString("mallory@example.net"));
       QCOMPARE(list->index(2, 1).data().toString(), QString("For bob@example.net"));
-      QVERIFY(form.findChild<QPlainTextEdit*>("PracticeMessage")->toPlainText().contains("mallory@example.net"));
+      QTRY_VERIFY(form.findChild<QTextBrowser*>("MessagePage")->toPlainText().contains("mallory@example.net"));
+      auto& filter = *form.findChild<QLineEdit*>("FilterTextBox");
+      QTest::keyClicks(&filter, "BOB@example");
+      QTRY_COMPARE(list->rowCount(), 1);
+      QTRY_VERIFY(form.findChild<QTextBrowser*>("MessagePage")->toPlainText().contains("Dear bob@example.net"));
+      QTest::keyClicks(&filter, "x");
+      QTRY_COMPARE(list->rowCount(), 0);
+      QTRY_COMPARE(form.findChild<QTextBrowser*>("MessagePage")->toPlainText(), QString());
     });
     QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
     QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);

@@ -42,6 +42,7 @@
 #include "desktop/document/template_form.h"
 #include "desktop/document/template_name_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/mail_file/message_form.h"
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
 #include "desktop/recipients/group_manager_form.h"
@@ -100,11 +101,30 @@ constexpr const char* kArrived =
     "MIME-Version: 1.0\r\nContent-Type: text/html; charset=utf-8\r\n"
     "Content-Transfer-Encoding: quoted-printable\r\n\r\n<p>Sch=C3=B6ne Gr=C3=BC=C3=9Fe, Bob</p>\r\n";
 
+// As a reader keeps it.
+constexpr const char* kReceived =
+    "Received: from mail.paper-room.example (mail.paper-room.example [192.0.2.7])\r\n\tby mx.example.net with ESMTPS "
+    "id "
+    "4Xk2; Sat, 14 Nov 2026 22:40:05 +0100\r\nReceived: from desk (localhost [127.0.0.1])\r\n\tby "
+    "mail.paper-room.example with ESMTP id 77; Sat, 14 Nov 2026 22:40:02 +0100\r\nFrom: Ada "
+    "<ada@example.org>\r\nTo: Bob <bob@example.net>, carol@example.net\r\nSubject: Spring papers are here\r\nDate: "
+    "Sat, 14 Nov 2026 22:40:01 +0100\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=m\r\n\r\n--m\r\n"
+    "Content-Type: text/html; charset=utf-8\r\n\r\n<table width=600 bgcolor='#f4efe6'><tr><td><h2 "
+    "style='color:#1f5f8b'>Spring papers</h2><p>Dear Bob,</p><p>The new <b>hand-made papers</b> have arrived; see "
+    "<a href='https://paper-room.example/spring'>the list</a>.</p><table border=1 cellpadding=6 "
+    "cellspacing=0><tr><td>Sheet<td>Price<tr><td>A4<td>0.90</table><img src=https://tracker.example/x.png "
+    "alt='Our room'></table>\r\n--m\r\nContent-Type: application/pdf; name=\"Price list.pdf\"\r\n"
+    "Content-Disposition: attachment\r\nContent-Transfer-Encoding: base64\r\n\r\nJVBERi0xLjQK\r\n--m--\r\n";
+
 constexpr QChar kMark = u'\u00a7';
 
 // Names, versions, and what people wrote.
 const QStringList kNotOurs = {"Personal",
                               "bob@example.net",
+                              "Ada <ada@example.org>",
+                              "Bob <bob@example.net>, carol@example.net",
+                              "Spring papers are here",
+                              QString::fromUtf8("Gr\u00fc\u00dfe f\u00fcr Bob"),
                               "Spring papers for ",
                               "Customers",
                               "Guests",
@@ -634,10 +654,22 @@ class ScreensTest : public QObject {
     Take(about, "about");
     const auto practised = rig.folder.Write("Practice/000001.eml", kArrived);
     rig.folder.Write("Practice/000002.eml", kArrived);
-    PracticeForm practice(practised.parent_path(), nullptr);
+    PracticeForm practice(rig.settings, practised.parent_path(), nullptr);
+    QTRY_VERIFY(!practice.findChild<QLabel*>("SubjectLabel")->text().isEmpty());
     Take(practice, "practice");
-    PracticeForm no_practice(rig.folder.path() / "Nothing", nullptr);
+    PracticeForm no_practice(rig.settings, rig.folder.path() / "Nothing", nullptr);
     Take(no_practice, "practice-empty");
+    MessageForm message(rig.settings, rig.folder.Write("newsletter.eml", kReceived), {}, nullptr);
+    QTRY_VERIFY(message.findChild<QPushButton*>("ExtractButton")->isEnabled());
+    Take(message, "message");
+    auto& tabs = *message.findChild<QTabWidget*>("MessageTabs");
+    for (int tab = 1; tab < tabs.count(); ++tab) {
+      tabs.setCurrentIndex(tab);
+      Take(message, "message-" + QString::number(tab));
+    }
+    MessageForm broken(rig.settings, rig.folder.Write("broken.eml", ""), {}, nullptr);
+    QTRY_VERIFY(!broken.findChild<NotePanel*>("FaultsPanel")->isHidden());
+    Take(broken, "message-broken");
     ShutDownForm shut_down([] { return false; }, nullptr);
     Take(shut_down, "shut-down");
     auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);

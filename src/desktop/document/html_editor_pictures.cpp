@@ -77,10 +77,11 @@ void HtmlEditor::InsertPictures(const QStringList& files) {
   });
 }
 
-// A document is opened, and takes the place of this one; there is one at a time.
+// A document is opened, and takes the place of this one; there is one at a time. A message file is shown.
 void HtmlEditor::TakeDropped(const QStringList& files) {
-  const auto found = std::find_if(files.begin(), files.end(),
-                                  [](const QString& file) { return document::IsNamedAsDocument(PathFromQt(file)); });
+  const auto found = std::find_if(files.begin(), files.end(), [](const QString& file) {
+    return document::IsNamedAsDocument(PathFromQt(file)) || document::IsNamedAsMessageFile(PathFromQt(file));
+  });
   if (found != files.end()) {
     emit DocumentDropped(*found);
   } else {

@@ -34,6 +34,9 @@ bool BeginFromLink(Shell& shell, std::string_view address);
 // From the list of those that were open last; one that is gone is taken off it.
 void OpenRecent(Shell& shell, const std::filesystem::path& file);
 
+// message_file_commands.cpp
+void ShowMessageFile(Shell& shell, const std::filesystem::path& file);
+
 // edit_commands.cpp: those of the Edit menu work in the text box that has the focus, else in the editor.
 void RunEditing(Shell& shell, EditorCommand command);
 void PastePlain(Shell& shell);

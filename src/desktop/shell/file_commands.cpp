@@ -95,11 +95,19 @@ void OpenDocument(Shell& shell) {
   shell.body.LeaveSource();
   const auto file = document::PickDocumentToOpen(shell.document, shell.program.prompts);
   if (!file) shell.Tell(file.error());
-  if (file && !file->empty()) ShowFile(shell, *file);
+  if (file && document::IsNamedAsMessageFile(*file)) {
+    ShowMessageFile(shell, *file);
+  } else if (file && !file->empty()) {
+    ShowFile(shell, *file);
+  }
   shell.editor.setFocus();
 }
 
 bool OpenFile(Shell& shell, const std::filesystem::path& file) {
+  if (document::IsNamedAsMessageFile(file)) {
+    ShowMessageFile(shell, file);
+    return true;
+  }
   if (!shell.MayLeaveDocument()) return false;
   const bool is_shown = ShowFile(shell, file);
   shell.editor.setFocus();

@@ -262,7 +262,9 @@ void MainForm::changeEvent(QEvent* event) {
 
 void MainForm::dragEnterEvent(QDragEnterEvent* event) {
   const QStringList files = DroppedFiles(event->mimeData());
-  if (!files.isEmpty() && document::IsNamedAsDocument(PathFromQt(files.front()))) event->acceptProposedAction();
+  if (files.isEmpty()) return;
+  const auto file = PathFromQt(files.front());
+  if (document::IsNamedAsDocument(file) || document::IsNamedAsMessageFile(file)) event->acceptProposedAction();
 }
 
 void MainForm::dropEvent(QDropEvent* event) {

@@ -67,10 +67,10 @@ void Notices::ShowDraft() {
 
 void Notices::ShowPractice() {
   const QString arrived = Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
-  bar_->Show(
-      tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
-      {{tr("Show them"), "ShowPracticeButton", [this] { PracticeForm(practice_.practice().folder(), this).exec(); }},
-       {tr("End practice"), "EndPracticeButton", [this] { EndPractice(); }}});
+  bar_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
+             {{tr("Show them"), "ShowPracticeButton",
+               [this] { PracticeForm(program_.settings, practice_.practice().folder(), this).exec(); }},
+              {tr("End practice"), "EndPracticeButton", [this] { EndPractice(); }}});
 }
 
 void Notices::ShowAccount() {

@@ -7,31 +7,40 @@
 #include <string>
 #include <vector>
 
-class QPlainTextEdit;
+#include "profile/settings_store.h"
+
+class QLabel;
+class QLineEdit;
 
 namespace quillcast::desktop {
 
+class MessageView;
 class RowList;
 
 class PracticeForm final : public QDialog {
   Q_OBJECT
  public:
-  PracticeForm(std::filesystem::path folder, QWidget* parent);
+  PracticeForm(const profile::SettingsStore& settings, std::filesystem::path folder, QWidget* parent);
 
  private:
   struct Head {
     QString to;
     QString subject;
   };
-  void Fill();
-  QString TextOf(std::size_t row, int column) const;
+  void BuildWindow();
+  void ReadFolder();
+  void Filter();
+  const Head& HeadOf(std::size_t file) const;
   void ShowMessage();
 
   std::filesystem::path folder_;
   std::vector<std::string> files_;                  // the last one first
-  mutable std::vector<std::optional<Head>> heads_;  // of those that have been on the screen
+  mutable std::vector<std::optional<Head>> heads_;  // of those that have been on the screen or were looked through
+  std::vector<std::size_t> listed_;                 // those of the files that the filter lets through
+  QLineEdit* filter_;
   RowList* list_;
-  QPlainTextEdit* message_;
+  MessageView* message_;
+  QLabel* others_;
 };
 
 }  // namespace quillcast::desktop

@@ -1,0 +1,242 @@
+#include "desktop/mail_file/message_view.h"
+
+#include <QFontDatabase>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QTabWidget>
+#include <QTextBrowser>
+#include <algorithm>
+#include <utility>
+
+#include "desktop/mail_file/foreign_page.h"
+#include "desktop/widgets/background_task.h"
+#include "desktop/widgets/empty_state.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+#include "mail_file/load_settings.h"
+#include "platform/file.h"
+#include "platform/text.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr std::size_t kMostHtml = std::size_t{256} * 1024;    // laid out in a second at most
+constexpr std::size_t kMostSource = std::size_t{256} * 1024;  // bytes
+constexpr std::size_t kMostNamed = 5;                         // recipients
+constexpr std::size_t kMostFaults = 3;
+
+enum PartColumn : int { kType, kSize, kName };
+enum StampColumn : int { kBy, kFrom, kTime, kDelay };
+
+QString Shown(std::string_view text) { return ToQt(platform::Printable(text, 300)); }
+
+QString Shown(const mail_file::Mailbox& mailbox) {
+  if (mailbox.name.empty()) return Shown(mailbox.address);
+  return Shown(mailbox.name) + " <" + Shown(mailbox.address) + ">";
+}
+
+QLabel* MakeValue(QWidget* parent) {
+  auto* value = new QLabel(parent);
+  value->setTextFormat(Qt::PlainText);
+  value->setWordWrap(true);
+  value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  return value;
+}
+
+Result<std::string> BeginningOf(const std::filesystem::path& file) {
+  const auto fd = platform::OpenForReading(file);
+  if (!fd) return fd.error();
+  std::string text(kMostSource, '\0');
+  const auto got = platform::ReadSome(fd->get(), file, text.data(), text.size());
+  if (!got) return got.error();
+  text.resize(*got);
+  return text;
+}
+
+// What a person takes for a file or the body: not what only holds others.
+bool IsListed(const mail_file::Part& part) { return part.marker != mail_file::Marker::kNone; }
+
+}  // namespace
+
+MessageView::MessageView(const profile::SettingsStore& settings, QWidget* parent)
+    : QWidget(parent),
+      settings_(settings),
+      task_(new BackgroundTask(this)),
+      from_(MakeValue(this)),
+      to_(MakeValue(this)),
+      date_(MakeValue(this)),
+      subject_(MakeValue(this)),
+      faults_(new NotePanel(NoteKind::kWarning, "FaultsPanel", "FaultsLabel", this)),
+      tabs_(new QTabWidget(this)),
+      page_(new QTextBrowser(this)),
+      empty_(new EmptyState(page_)),
+      parts_(new RowList(
+          "PartList", tr("Parts"), {{tr("Type"), 24}, {tr("Size in the file"), 14, true}, {tr("Name")}},
+          [this](std::size_t row, int column) { return PartText(row, column); }, this)),
+      stamps_(new RowList(
+          "StampList", tr("The way it came, the last hop first"),
+          {{tr("Server"), 24}, {tr("It came from"), 24}, {tr("Time there"), 26}, {tr("Took"), 10}},
+          [this](std::size_t row, int column) { return StampText(row, column); }, this)),
+      source_(new QPlainTextEdit(this)),
+      status_(new StatusLine(this, "MessageStatus")) {
+  BuildWindow();
+  connect(page_, &QTextBrowser::highlighted, this, [this](const QUrl& link) {
+    status_->Say(link.isEmpty() ? QString() : tr("Leads to %1").arg(Shown(FromQt(link.toDisplayString()))));
+  });
+  connect(page_, &QTextBrowser::anchorClicked, this, [this](const QUrl& link) {
+    status_->Say(
+        tr("Links of message files are not opened. This one leads to %1").arg(Shown(FromQt(link.toDisplayString()))));
+  });
+}
+
+void MessageView::BuildWindow() {
+  setObjectName("MessageView");
+  page_->setObjectName("MessagePage");
+  page_->setAccessibleName(tr("The message"));
+  page_->setOpenLinks(false);
+  QPalette paper = page_->palette();  // its colours are meant for paper, whatever the window's are
+  paper.setColor(QPalette::Base, Qt::white);
+  paper.setColor(QPalette::Text, Qt::black);
+  page_->setPalette(paper);
+  source_->setObjectName("MessageSource");
+  source_->setAccessibleName(tr("The message as it stands in the file"));
+  source_->setReadOnly(true);
+  source_->setTabChangesFocus(true);
+  source_->setLayoutDirection(Qt::LeftToRight);
+  source_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  parts_->SetEmptyText(tr("The message has no parts that could be taken out."));
+  stamps_->SetEmptyText(tr("No server has stamped the message: it was never sent, or not by SMTP."));
+  tabs_->setObjectName("MessageTabs");
+  tabs_->addTab(page_, tr("M&essage"));
+  tabs_->addTab(parts_, tr("&Parts"));
+  tabs_->addTab(stamps_, tr("&Way"));
+  tabs_->addTab(source_, tr("S&ource"));
+  faults_->hide();
+  auto* column = new FormColumn(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  FormGrid* header = column->AddGrid();
+  header->Add("FromLabel", tr("From:"), from_);
+  header->Add("ToLabel", tr("To:"), to_);
+  header->Add("DateLabel", tr("Date:"), date_);
+  header->Add("SubjectLabel", tr("Subject:"), subject_);
+  column->Add(faults_);
+  column->Add(tabs_, 1);
+  column->Add(status_);
+}
+
+MessageView::Reading MessageView::Read(const std::filesystem::path& file, mail_file::LoadMode mode,
+                                       const platform::CancelToken& cancel) {
+  Reading reading;
+  auto loading = mail_file::Load(file, {.mode = mode, .cancel = &cancel});
+  if (!loading) return reading;  // cancelled: nobody looks at it
+  reading.faults = std::move(loading->faults);
+  if (!loading->message) return reading;
+  reading.message = std::make_shared<const mail_file::MailMessage>(*std::move(loading->message));
+  auto body = mail_file::ReadShownBody(*reading.message, kMostHtml, &cancel);
+  if (!body) reading.error = body.error();
+  if (body) reading.body = *std::move(body);
+  reading.pictures = DecodePictures(reading.body.pictures);
+  auto beginning = BeginningOf(file);
+  if (!beginning) reading.error = beginning.error();
+  if (beginning) reading.beginning = *std::move(beginning);
+  return reading;
+}
+
+void MessageView::Show(const std::filesystem::path& file) {
+  // Settings that cannot be read are no reason to show less.
+  const auto mode = IgnoreErrors(mail_file::LoadModeOf(settings_), mail_file::LoadMode::kPlain);
+  task_->Start([this, file, mode](const platform::CancelToken& cancel) -> std::function<void()> {
+    auto reading = std::make_shared<Reading>(Read(file, mode, cancel));
+    return [this, reading] { Put(std::move(*reading)); };
+  });
+}
+
+void MessageView::ShowNothing(const QString& text) {
+  task_->GiveUp();
+  Put({});
+  empty_->setText(text);
+}
+
+void MessageView::Put(Reading reading) {
+  message_ = std::move(reading.message);
+  files_.clear();
+  status_->Say({});
+  PutHeader(message_ ? message_->facts() : mail_file::MessageFacts());
+  PutFaults(reading);
+  if (message_) {
+    for (std::size_t i = 0; i < message_->parts().size(); ++i) {
+      if (IsListed(message_->parts()[i])) files_.push_back(i);
+    }
+    delays_ = mail_file::HopDelays(message_->facts().stamps);
+  }
+  parts_->Reset(files_.size());
+  stamps_->Reset(message_ ? message_->facts().stamps.size() : 0);
+  auto* const shown = new ForeignPage(ToQt(reading.body.html), std::move(reading.pictures), this);
+  page_->setDocument(shown);
+  delete std::exchange(shown_, shown);
+  source_->setPlainText(ToQt(reading.beginning));
+  empty_->setText(message_ ? QString() : tr("Nothing of this file can be read as a message."));
+  empty_->setVisible(!message_);
+  if (reading.error) {
+    status_->Fail(*reading.error);
+  } else if (reading.body.is_cut) {
+    status_->Say(tr("The message goes on: its beginning is shown. Extract it to read the whole."));
+  }
+  emit Loaded(message_ != nullptr);
+}
+
+void MessageView::PutHeader(const mail_file::MessageFacts& facts) {
+  QStringList to;
+  for (const auto& recipient : facts.recipients) {
+    if (to.size() < static_cast<qsizetype>(kMostNamed)) to << Shown(recipient.mailbox);
+  }
+  const auto others = static_cast<qsizetype>(facts.recipients.size()) - to.size();
+  from_->setText(Shown(facts.from));
+  to_->setText(to.join(", ") + (others > 0 ? tr(" and %1 others").arg(others) : QString()));
+  date_->setText(Shown(facts.time ? facts.time->local : facts.date));
+  subject_->setText(Shown(facts.subject));
+}
+
+void MessageView::PutFaults(const Reading& reading) {
+  QStringList lines;
+  for (const auto& fault : reading.faults) {
+    if (lines.size() < static_cast<qsizetype>(kMostFaults))
+      lines << ToQt(mail_file::TextOf(fault.code)) + " " + InWords(fault.what);
+  }
+  const auto others = static_cast<qsizetype>(reading.faults.size()) - lines.size();
+  if (others > 0) lines << tr("And %1 more.").arg(others);
+  faults_->SetText(lines.join("\n"));
+  faults_->setVisible(!lines.isEmpty());
+}
+
+QString MessageView::PartText(std::size_t row, int column) const {
+  const auto& part = message_->parts()[files_[row]];
+  switch (column) {
+    case kType:
+      return Shown(part.type);
+    case kSize:
+      return ToQt(platform::HumanSize(part.source.bytes.size()));
+    default:
+      return part.name.empty() ? tr("(no name)") : Shown(part.name);
+  }
+}
+
+QString MessageView::StampText(std::size_t row, int column) const {
+  const auto& stamp = message_->facts().stamps[row];
+  switch (column) {
+    case kBy:
+      return Shown(stamp.by);
+    case kFrom:
+      return Shown(stamp.from);
+    case kTime:
+      return stamp.time ? ToQt(stamp.time->local + " " + stamp.time->Bias()) : tr("none");
+    default:
+      return delays_[row] ? tr("%1 s").arg(*delays_[row]) : QString();
+  }
+}
+
+}  // namespace quillcast::desktop

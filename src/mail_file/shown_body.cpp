@@ -1,0 +1,121 @@
+#include "mail_file/shown_body.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <unordered_map>
+
+#include "html/safe_page.h"
+#include "html/simple_page.h"
+#include "mail_file/body_folder.h"
+#include "mail_file/body_text.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+constexpr std::uint64_t kLongestBody = std::uint64_t{32} << 20;  // bytes as they stand in the file
+constexpr std::size_t kBeginning = std::size_t{1} << 20;
+constexpr std::size_t kMostPictures = 100;
+constexpr std::size_t kMostPictureBytes = std::size_t{64} << 20;
+
+bool IsCancelled(const platform::CancelToken* cancel) {
+  return cancel != nullptr && cancel->Requested() != platform::Stop::kNone;
+}
+
+// Up to about `most` bytes of a part.
+Result<std::string> BytesOf(const MailMessage& message, const Part& part, std::size_t most,
+                            const platform::CancelToken* cancel) {
+  auto reader = message.Open(part);
+  if (!reader) return reader.error();
+  std::string bytes;
+  while (bytes.size() < most) {
+    if (IsCancelled(cancel)) return Error{Failure::kTryAgain, "Reading the message was cancelled."};
+    const auto block = reader->Next();
+    if (!block) return block.error();
+    if (block->empty()) break;
+    bytes += *block;
+  }
+  return bytes;
+}
+
+// Cut at the end of a line, so that no character is.
+Result<std::string> BeginningOf(const MailMessage& message, const Part& part, const platform::CancelToken* cancel) {
+  auto bytes = BytesOf(message, part, kBeginning, cancel);
+  if (!bytes) return bytes;
+  if (const std::size_t end = bytes->rfind('\n'); end != std::string::npos) bytes->resize(end + 1);
+  const bool is_html = part.type == "text/html";
+  std::string text = DecodeBody(*bytes, part.charset, is_html);
+  return is_html ? text : html::PageOfText(text);
+}
+
+// The pictures of a page, each once.
+class Pictures {
+ public:
+  Pictures(const MailMessage& message, const platform::CancelToken* cancel)
+      : message_(message), cancel_(cancel), embedded_(message) {}
+
+  std::optional<std::string> Take(std::string_view address) {
+    const Part* const part = embedded_.Find(address);
+    if (part == nullptr) return std::nullopt;
+    const auto [place, is_new] = places_.try_emplace(part, taken_.size());
+    if (is_new && !Read(*part)) place->second = kNoPart;
+    if (place->second == kNoPart) return std::nullopt;
+    return fmt::format("cid:{}", place->second);
+  }
+
+  std::vector<ShownPicture> taken() && { return std::move(taken_); }
+
+ private:
+  bool Read(const Part& part) {
+    const std::size_t room = kMostPictureBytes - bytes_;
+    if (taken_.size() == kMostPictures || part.source.bytes.size() > 2 * room) return false;
+    std::string type = embedded_.PictureTypeOf(part);
+    if (type.empty()) return false;
+    auto bytes = BytesOf(message_, part, room + 1, cancel_);
+    if (!bytes || bytes->size() > room) return false;
+    bytes_ += bytes->size();
+    taken_.push_back({std::move(type), *std::move(bytes)});
+    return true;
+  }
+
+  const MailMessage& message_;
+  const platform::CancelToken* cancel_;
+  EmbeddedParts embedded_;
+  std::unordered_map<const Part*, std::size_t> places_;
+  std::vector<ShownPicture> taken_;
+  std::size_t bytes_ = 0;
+};
+
+// The body as HTML; only its beginning where it is too long to be held.
+Result<std::string> HtmlOf(const MailMessage& message, const platform::CancelToken* cancel, bool& is_cut) {
+  const std::string_view type = message.HasBody("text/html") ? "text/html" : "text/plain";
+  const Part* first = nullptr;
+  std::uint64_t size = 0;
+  for (const Part& part : message.parts()) {
+    if (part.marker != Marker::kBody || part.type != type) continue;
+    if (first == nullptr) first = &part;
+    size += part.source.bytes.size();
+  }
+  is_cut = size > kLongestBody;
+  return is_cut ? BeginningOf(message, *first, cancel) : BodyAsHtml(message);
+}
+
+}  // namespace
+
+Result<ShownBody> ReadShownBody(const MailMessage& message, std::size_t most, const platform::CancelToken* cancel) {
+  ShownBody body;
+  const auto html = HtmlOf(message, cancel, body.is_cut);
+  if (!html) return html.error();
+  Pictures pictures(message, cancel);
+  html::SafePageOptions safe;
+  safe.picture = [&](std::string_view address) { return pictures.Take(address); };
+  html::SimplePage simple = html::Simplify(html::SafePage(*html, safe), most);
+  if (IsCancelled(cancel)) return Error{Failure::kTryAgain, "Reading the message was cancelled."};
+  body.html = std::move(simple.html);
+  body.is_cut = body.is_cut || simple.is_cut;
+  body.pictures = std::move(pictures).taken();
+  return body;
+}
+
+}  // namespace quillcast::mail_file
