@@ -61,6 +61,7 @@ class ImportFormTest : public QObject {
   void complainsInOrder() {
     const auto complains = [](Scene& scene, const char* button, const char* warning, const char* focus) {
       scene.Press(button);
+      QTRY_VERIFY(!scene.rig.prompts.shown.empty());
       QCOMPARE(scene.rig.Shown(), warning);
       QCOMPARE(scene.form->focusWidget()->objectName(), focus);
     };
@@ -205,19 +206,17 @@ class ImportFormTest : public QObject {
     scene.OpenWith("Name" + far + "Post\nAda" + far + "ada@x.org\nBob" + far + "bob@x.org\n");
     scene.Press("RadioButton2");
     QVERIFY2(scene.Status().contains("“Columns” makes others"), qPrintable(scene.Status()));
-    const auto type = [&scene](const char* columns) {
-      auto& box = scene.Find<QLineEdit>("ColumnsTextBox");
-      box.setFocus();
-      box.selectAll();
-      QTest::keyClicks(&box, columns);
-      QTest::keyClick(&box, Qt::Key_Tab);
-    };
     scene.GetData();
     scene.Step("ComboBox1", 1);
-    type("0");
+    scene.TypeColumns("0");
     QCOMPARE(scene.Status(), "\"0\" is no column of a list. Name columns by their numbers, as in \"25,1,2\".");
-    QCOMPARE(scene.Import(), "");  // and nothing is imported of other columns than the box says
-    type("25, 1");
+    // Nothing is done with other columns than the box says.
+    for (const char* button : {"ImportButton", "GetDataButton", "KeepMappingButton"}) {
+      scene.Press(button);
+      QCOMPARE(scene.rig.Shown(), "");
+      QCOMPARE(scene.form->focusWidget()->objectName(), "ColumnsTextBox");
+    }
+    scene.TypeColumns("25, 1");
     QCOMPARE(scene.Mapped(), "||");  // the fields are others
     QTRY_COMPARE(scene.Sample(), "Post|Name / ada@x.org|Ada / bob@x.org|Bob");
     QCOMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
@@ -234,8 +233,60 @@ class ImportFormTest : public QObject {
     QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
     QVERIFY2(scene.Addresses().endsWith(" zoe@x.org,Zoe"), qPrintable(scene.Addresses()));
     scene.Press("RadioButton1");  // a harvest looks at all of them
-    type("1");
+    scene.TypeColumns("1");
     QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 1, 0));
+  }
+
+  // The look has not come back when the buttons are pressed: nobody has turned the event loop.
+  void whatIsPressedDuringALookIsForWhatItShows() {
+    Scene scene;
+    scene.OpenWith("Vorname;E-Mail;Ort\nAda;ada@x.org;Ulm\n");
+    scene.Press("RadioButton2");
+    scene.Press("ProposeButton");
+    scene.TypeColumns("2,3,1");
+    scene.Press("ProposeButton");
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(1, 0, 0));
+    QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org,Ada");
+    const QString mapped = "Field 1 = E-Mail|Field 3 = Vorname|Field 2 = Ort";
+    QCOMPARE(scene.Mapped(), mapped);
+    scene.Keep("Shop");
+    scene.form->activateWindow();  // the dialog that asked for the name was
+    QVERIFY(QTest::qWaitForWindowActive(scene.form.get()));
+    // What is kept, and imported, after "Apply" is what that maps, and not what was mapped before.
+    scene.TypeColumns("1,2");
+    QCOMPARE(scene.Import(), "warn: Please select at least one field to import.");
+    scene.Step("ComboBox1", 1);
+    const auto apply = [&scene] { QTest::keyClick(&scene.Find<QWidget>("ApplyMappingButton"), Qt::Key_Space); };
+    apply();
+    QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 1, 0));
+    scene.TypeColumns("1,2");
+    QTRY_COMPARE(scene.Sample(), "Ada|ada@x.org");
+    apply();
+    test::WhileOpen("MappingKeepForm", [&](QDialog& dialog) {
+      QTest::keyClicks(dialog.focusWidget(), "Again");
+      QTest::keyClick(&dialog, Qt::Key_Return);
+    });
+    scene.Press("KeepMappingButton");
+    QTRY_VERIFY(recipients::FindMapping(scene.rig.settings, "Again"));
+    QCOMPARE(recipients::FindMapping(scene.rig.settings, "Again")->mapping,
+             recipients::FindMapping(scene.rig.settings, "Shop")->mapping);
+    scene.form->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(scene.form.get()));
+    // Columns that are typed meanwhile have others in its places; headings may be none of theirs.
+    apply();
+    scene.TypeColumns("3");
+    scene.Press("ProposeButton");
+    QTRY_VERIFY2(scene.Status().contains("None of the first lines looks like headings."), qPrintable(scene.Status()));
+    QCOMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
+    // An import that waits is for the file that it was pressed for; one that was typed last is looked at first.
+    scene.TypeColumns("2,3");
+    scene.Press("ImportButton");
+    scene.Pick("E-Mail;Vorname\nbob@x.org;Bob\n", "other.txt");
+    QTRY_VERIFY2(scene.Status().startsWith("Format"), qPrintable(scene.Status()));
+    QCOMPARE(scene.rig.Shown(), "");
+    scene.Press("ProposeButton");
+    scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/list.txt");
+    QCOMPARE(scene.Import(), "warn: There is no data to import.");
   }
 
   // What is ticked counts where it can be ticked.

@@ -92,9 +92,22 @@ struct ImportScene {
     Press("GetDataButton");
     QTRY_VERIFY(Find<QComboBox>("ComboBox1").count() > 0);
   }
-  QString Import() {
+  // Into the box of the columns, and leaves it, with which a look begins.
+  void TypeColumns(const char* columns) const {
+    auto& box = Find<QLineEdit>("ColumnsTextBox");
+    box.setFocus();
+    box.selectAll();
+    QTest::keyClicks(&box, columns);
+    QTest::keyClick(&box, Qt::Key_Tab);
+  }
+  // Presses the button; a look that is under way comes to its end first.
+  void PressImport() {
     rig.prompts.answers = {platform::Answer::kYes};
     Press("ImportButton");
+    QTRY_VERIFY(!rig.prompts.shown.empty());
+  }
+  QString Import() {
+    PressImport();
     if (!QTest::qWaitFor([this] { return Find<QPushButton>("ImportButton").isEnabled(); })) return "does not end";
     return rig.Shown();
   }

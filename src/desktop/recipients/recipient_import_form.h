@@ -63,7 +63,6 @@ class RecipientImportForm final : public QDialog {
   // What a look at the file came to.
   struct Look {
     QString file;
-    Wish wish;
     Result<recipients::ImportSample> sample;
     Result<recipients::FoundDelimiter> delimiter;
     std::vector<std::string> sheets;  // where they were to be listed
@@ -87,6 +86,9 @@ class RecipientImportForm final : public QDialog {
   void LookAgain();
   void LookAtFile(const Wish& wish);
   void TakeLook(const Look& look);
+  // Whether a look is under way. What is wanted then hangs on what it comes to: `then` is called when it has ended,
+  // unless another file is chosen first.
+  bool WaitsForLook(void (RecipientImportForm::*then)());
   void ShowLook(const Look& look);
   void ShowNoLook(const Look& look);
   void TakeFormat(const Look& look);
@@ -107,6 +109,7 @@ class RecipientImportForm final : public QDialog {
   void OfferFields();
   void TakeHeading(int source, std::size_t field);
   void Propose();
+  void TakeProposal();
   bool TakeColumns();
   void ShowColumns(const std::vector<std::size_t>& columns);
   recipients::KeptMapping Current() const;
@@ -176,7 +179,9 @@ class RecipientImportForm final : public QDialog {
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
   std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there
-  std::shared_ptr<SharedCount> seen_;                   // shared with the thread that imports
+  // See WaitsForLook.
+  void (RecipientImportForm::*after_look_)() = nullptr;
+  std::shared_ptr<SharedCount> seen_;  // shared with the thread that imports
   QString said_;
   GiveUp give_up_;
 };

@@ -59,8 +59,15 @@ void RecipientImportForm::TakeHeading(int source, std::size_t field) {
   mapping_->Choose(mapping);
 }
 
-// What stands behind the eighteenth comes among the fields first.
+// Of the columns that were typed last, once a look has shown them.
 void RecipientImportForm::Propose() {
+  if (!TakeColumns()) return columns_box_->setFocus();
+  if (!look_->is_running()) return TakeProposal();
+  (look_again_ ? *look_again_ : looking_for_).proposes = true;
+}
+
+// What stands behind the eighteenth comes among the fields first.
+void RecipientImportForm::TakeProposal() {
   if (!proposed_ || !sample_ || sample_->lines.empty()) return;
   if (!proposed_->beyond.empty()) {
     ShowColumns(proposed_->columns);
@@ -79,6 +86,7 @@ void RecipientImportForm::ShowColumns(const std::vector<std::size_t>& columns) {
 
 // False where the box names no columns. Where they are others than before, the fields that were chosen are others too.
 bool RecipientImportForm::TakeColumns() {
+  if (!take_->isEnabled()) return true;  // they count for no file of this kind
   auto columns = recipients::ParseColumns(FromQt(columns_box_->text()));
   if (!columns) {
     status_->Fail(columns.error());
@@ -87,6 +95,7 @@ bool RecipientImportForm::TakeColumns() {
   if (*columns == columns_) return true;
   columns_ = std::move(*columns);
   mapping_->Offer({});
+  waiting_.reset();
   LookAtFile({.fills_lists = true});
   return true;
 }
@@ -104,6 +113,8 @@ recipients::KeptMapping RecipientImportForm::Current() const {
 }
 
 void RecipientImportForm::KeepMapping() {
+  if (!TakeColumns()) return columns_box_->setFocus();
+  if (WaitsForLook(&RecipientImportForm::KeepMapping)) return;
   const auto current = Current();
   if (const auto complaint = recipients::CheckKeeping(current.mapping)) {
     program_.prompts.Warn(complaint->message);

@@ -57,8 +57,13 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
   }
 }
 
+// A harvest takes addresses from wherever they stand, and needs no look.
 void RecipientImportForm::Import() {
-  if (delimited_->isChecked() && !TakeColumns()) return columns_box_->setFocus();
+  if (delimited_->isChecked()) {
+    if (!TakeColumns()) return columns_box_->setFocus();
+    if (file_->text() != looked_at_) TakeFile(file_->text());  // typed, and its box was not left
+    if (WaitsForLook(&RecipientImportForm::Import)) return;
+  }
   if (const auto complaint = recipients::CheckImport(Form())) {
     program_.prompts.Warn(complaint->message);
     FocusOn(*complaint->control);

@@ -52,6 +52,7 @@ void RecipientImportForm::SetBack() {
   proposed_.reset();
   odd_.clear();
   is_quoted_ = false;
+  after_look_ = nullptr;
   waiting_.reset();
   known_.reset();
   SkipLines(0);  // the headings were the other file's
@@ -95,6 +96,7 @@ void RecipientImportForm::GetData() {
     FocusOn(*complaint->control);
     return;
   }
+  if (!TakeColumns()) return columns_box_->setFocus();
   looked_at_ = file_->text();
   waiting_.reset();
   known_.reset();
@@ -137,14 +139,14 @@ void RecipientImportForm::LookAtFile(const Wish& wish) {
   const bool finds_delimiter = wish.is_new_file && !delimiter_is_picked_;
   const bool lists_sheets = sheet_->count() == 0;
   const auto count = kLinesShown + static_cast<std::size_t>(SkippedLines());
-  look_->Start([this, wish, finds_delimiter, lists_sheets, count, name = looked_at_,
+  look_->Start([this, finds_delimiter, lists_sheets, count, name = looked_at_,
                 reading](const platform::CancelToken& cancel) mutable {
     const std::string codeset = platform::LocaleCodeset();
     const auto file = PathFromQt(name);
     auto delimiter = recipients::FindDelimiterOf(file, reading, codeset, &cancel);
     if (finds_delimiter && delimiter && delimiter->is_needed) reading.delimiter = delimiter->delimiter.character;
     const auto look = std::make_shared<Look>(
-        Look{name, wish, recipients::ReadSample(file, reading, codeset, count, 0, &cancel), std::move(delimiter), {}});
+        Look{name, recipients::ReadSample(file, reading, codeset, count, 0, &cancel), std::move(delimiter), {}});
     if (lists_sheets && look->sample && look->sample->facts.format == recipients::FileFormat::kSpreadsheet) {
       if (auto sheets = recipients::ListSheets(file, &cancel)) look->sheets = std::move(*sheets);
     }
@@ -161,6 +163,14 @@ void RecipientImportForm::TakeLook(const Look& look) {
   } else {
     ShowNoLook(look);
   }
+  if (look_->is_running() || after_look_ == nullptr) return;
+  (this->*std::exchange(after_look_, nullptr))();
+}
+
+bool RecipientImportForm::WaitsForLook(void (RecipientImportForm::*then)()) {
+  if (!look_->is_running()) return false;
+  after_look_ = then;
+  return true;
 }
 
 // What another reading showed is not what this one would give.
@@ -171,7 +181,7 @@ void RecipientImportForm::ShowNoLook(const Look& look) {
   is_quoted_ = false;
   known_.reset();
   table_->Clear(tr("The file could not be read."));
-  if (look.wish.fills_lists) OfferFields();
+  if (looking_for_.fills_lists) OfferFields();
   Warn({});
   EnableControls();
   status_->Fail(look.sample.error());
@@ -179,7 +189,7 @@ void RecipientImportForm::ShowNoLook(const Look& look) {
 
 void RecipientImportForm::TakeFormat(const Look& look) {
   const auto& facts = sample_->facts;
-  if (look.wish.is_new_file && !delimiter_is_picked_ && look.delimiter && look.delimiter->is_needed) {
+  if (looking_for_.is_new_file && !delimiter_is_picked_ && look.delimiter && look.delimiter->is_needed) {
     delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(look.delimiter->delimiter.character)));
   }
   if (kind_->currentIndex() == 0)
@@ -195,12 +205,12 @@ void RecipientImportForm::ShowLook(const Look& look) {
   proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
   TakeFormat(look);
   EnableControls();
-  if (look.wish.fills_lists) OfferFields();
+  if (looking_for_.fills_lists) OfferFields();
   SayHowItIsRead(look);
   read_as_ = Reading();  // as the lists say it by now
   read_as_.encoding = encoding;
   ShowSample();
-  if (look.wish.proposes) Propose();
+  if (looking_for_.proposes) TakeProposal();
 }
 
 void RecipientImportForm::ShowSample() {
@@ -219,12 +229,13 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
   if (facts.format == recipients::FileFormat::kDelimited && look.delimiter && look.delimiter->is_needed) {
     sentences << tr("The delimiter seems to be “%1”.").arg(Translated(look.delimiter->delimiter.name));
   }
+  if (looking_for_.proposes && !proposed_) sentences << tr("None of the first lines looks like headings.");
   if (columns_.empty() && recipients::HasMoreFields(*sample_))
     sentences << tr("The first 18 fields of a line can be chosen; “Columns” makes others the ones that can.");
   status_->Say(sentences.join(' '));
   odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;
-  if (look.wish.applies) {
+  if (looking_for_.applies) {
     if (auto lacking = LackingSheet()) odd_.push_back(std::move(*lacking));
     if (auto lacking = ChooseWaiting()) odd_.push_back(std::move(*lacking));
   }
