@@ -263,7 +263,7 @@ class SearchFormTest : public QObject {
     scene.Press("DeleteButton");
     QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 'ada@x.org'?");
     QCOMPARE(scene.Grid().size(), 2U);
-    scene.rig.prompts.answers = {platform::Answer::kYes, platform::Answer::kYes, platform::Answer::kYes};
+    scene.rig.prompts.answers.assign(4, platform::Answer::kYes);
     scene.Grid().setFocus();
     QTest::keyClick(&scene.Grid(), Qt::Key_Delete);
     QTRY_COMPARE(scene.Rows(), "1 o'neill@x.org");
@@ -283,6 +283,15 @@ class SearchFormTest : public QObject {
     QCOMPARE(height_at_work, scene.Grid().height());
     scene.Press("DeleteButton");
     QCOMPARE(scene.rig.Shown(), kChoose);
+    scene.Search("Email", "Contains", "o");
+    scene.rig.Shown();
+    scene.Grid().Choose(0);
+    scene.Delete();
+    QCOMPARE(scene.rig.Shown(), "ask: Are you sure you want to delete 'bob@Y.org'?");
+    QTest::mouseClick(scene.Grid().viewport(), Qt::LeftButton, {}, scene.Grid().viewport()->rect().bottomLeft());
+    scene.Press("DeleteButton");
+    QCOMPARE(scene.rig.Shown(), kChoose);  // a click beside the rows means nobody
+    scene.Run("INSERT INTO [Emails] ([G-ID], [G-Email]) VALUES (1, 'bob@Y.org')");
     scene.Search("Email", "Contains", "o");
     scene.rig.Shown();
     scene.Grid().selectAll();
@@ -344,7 +353,7 @@ class SearchFormTest : public QObject {
     }
     scene.Run("DELETE FROM [Emails] WHERE [G-Email] LIKE 'new%'");
 
-    // Return on the button that closes does nothing else, and OK comes before it.
+    // Return presses the button that has the keyboard; the one that closes does nothing else, and OK comes before it.
     test::WhileOpen("RecipientMoveForm", [](QDialog& form) {
       auto* cancel = form.findChild<QPushButton*>("CancelButton");
       form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Others");
@@ -355,7 +364,8 @@ class SearchFormTest : public QObject {
       QTest::keyClick(cancel, Qt::Key_Return);
       QVERIFY(!form.isVisible());
     });
-    scene.Press("MoveButton");
+    scene.Find<QWidget>("MoveButton").setFocus();
+    QTest::keyClick(scene.form->focusWidget(), Qt::Key_Return);
     QCOMPARE(scene.rig.Store().CountRecipients("Others").ValueOr(-1), 2);
 
     scene.Search("Email", "Contains", "z");
@@ -364,10 +374,12 @@ class SearchFormTest : public QObject {
         QTest::keyClicks(name.findChild<QLineEdit*>("NameTextBox"), "Found");
         QTest::mouseClick(name.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
       });
-      QTest::mouseClick(form.findChild<QPushButton*>("NewGroupButton"), Qt::LeftButton);
+      form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Others");
+      form.findChild<QPushButton*>("NewGroupButton")->setFocus();
+      QTest::keyClick(form.focusWidget(), Qt::Key_Return);
       QCOMPARE(form.findChild<QComboBox*>("GroupComboBox")->currentText(), "Found");
       form.findChild<QAbstractButton*>("CopyRadioButton")->click();
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      QTest::keyClick(form.findChild<QComboBox*>("GroupComboBox"), Qt::Key_Return);
       QTRY_VERIFY(!form.isVisible());
     });
     scene.Press("MoveButton");

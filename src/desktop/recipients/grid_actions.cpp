@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QEvent>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <algorithm>
@@ -36,6 +37,7 @@ GridActions::GridActions(RecipientRows* rows, RowList* list)
     : QObject(list), rows_(rows), list_(list), type_ahead_(new BackgroundTask(this)), copy_(new BackgroundTask(this)) {
   list_->setContextMenuPolicy(Qt::ActionsContextMenu);
   connect(list_, &RowList::ChosenChanged, this, [this] { means_current_ = false; });
+  list_->viewport()->installEventFilter(this);
   list_->OnTyping([this](const QString& text) { TypeAhead(text); });
   Add("CopyAction", tr("&Copy as Text"), QKeySequence::Copy, [this] { Copy(); });
   Add("SelectAllAction", tr("Select &All"), QKeySequence::SelectAll, [this] { list_->selectAll(); });
@@ -100,6 +102,12 @@ std::vector<std::size_t> GridActions::Meant() const {
   if (rows.empty() && means_current_ && list_->currentIndex().isValid())
     rows.push_back(static_cast<std::size_t>(list_->currentIndex().row()));
   return rows;
+}
+
+// A press beside the rows means nobody, and changes nothing where nobody was chosen.
+bool GridActions::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::MouseButtonPress) means_current_ = false;
+  return QObject::eventFilter(watched, event);
 }
 
 void GridActions::Remove(std::span<const std::size_t> rows, Nearest nearest) {

@@ -57,6 +57,9 @@ class GridActions final : public QObject {
   void Said(const QString& sentence);
   void Failed(const quillcast::Error& error);
 
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   void Add(const char* name, const QString& text, const QKeySequence& keys, const std::function<void()>& act);
   void TypeAhead(const QString& text);

@@ -59,7 +59,6 @@ void RecipientMoveForm::MakeWindow() {
   setWindowTitle(tr("Move or Copy Recipients"));
   setMinimumWidth(kNarrowestWindow);
   new_group_->setObjectName("NewGroupButton");
-  new_group_->setAutoDefault(false);
   ok_->setObjectName("OKButton");
   ok_->setDefault(true);
   duplicates_->setFixedHeight(kDuplicatesHeight);

@@ -118,7 +118,6 @@ void RecipientSearchForm::AddButtons(FormColumn* column) {
   const auto make = [this](const char* name, const QString& text, auto press) {
     auto* button = new QPushButton(text, this);
     button->setObjectName(name);
-    button->setAutoDefault(false);
     connect(button, &QPushButton::clicked, this, press);
     return button;
   };
