@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <sstream>
 
 #include "cli/commands.h"
@@ -30,16 +31,35 @@ int CheckStandardOutput(int exit_code, const platform::CancelToken& cancel) {
   return exit_code == 0 ? ExitCode(Failure::kIo) : exit_code;
 }
 
+std::function<bool(const CLI::App*)> IsCalled(const std::string& name) {
+  return [name](const CLI::App* command) { return command->check_name(name); };
+}
+
+// Of the command that the arguments name so far, or of one above it.
+const CLI::Option* FindOption(const CLI::App* command, const std::string& name) {
+  const CLI::Option* option = nullptr;
+  for (; command != nullptr && option == nullptr; command = command->get_parent())
+    option = command->get_option_no_throw(name);
+  return option;
+}
+
 // "--name=" as "--name" and an empty value. The parser would take the argument behind it for the value, which a script
-// with an empty variable does not mean.
-std::vector<std::string> WithEmptyValues(std::vector<std::string> arguments) {
+// with an empty variable does not mean. Errors: kUsage for one that takes no value.
+Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vector<std::string> arguments) {
   std::vector<std::string> out;
+  const CLI::App* command = &app;
   bool are_options = true;
   for (std::string& argument : arguments) {
+    for (const CLI::App* named : command->get_subcommands(IsCalled(argument))) command = named;
     are_options = are_options && argument != "--";
     const bool is_empty =
         are_options && argument.size() > 3 && argument.starts_with("--") && argument.find('=') == argument.size() - 1;
     if (is_empty) argument.pop_back();
+    const CLI::Option* option = is_empty ? FindOption(command, argument) : nullptr;
+    if (option != nullptr && option->get_expected_max() == 0) {
+      return Error{Failure::kUsage, Say("{} takes no value.", argument),
+                   "Leave the \"=\" out, or the option, where it is not meant."};
+    }
     out.push_back(std::move(argument));
     if (is_empty) out.emplace_back();
   }
@@ -88,7 +108,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   app.add_flag("--no-input", no_input, "Never ask; questions count as answered with No");
   app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
       ->type_name("DIR")
-      ->check([](const std::string& folder) { return folder.empty() ? "names no folder" : ""; });
+      ->check(Names("folder"));
   app.require_subcommand(0, 1);
   app.fallthrough();  // these options may also stand behind the command
   app.parse_complete_callback([&] {
@@ -98,10 +118,11 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
 
   AddCommands(app, context);
 
-  arguments = WithEmptyValues(std::move(arguments));
-  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
+  auto parsed = WithEmptyValues(app, std::move(arguments));
+  if (!parsed) return output.Fail(parsed.error());
+  std::reverse(parsed->begin(), parsed->end());  // the parser takes them from the back
   try {  // the parser tells wrong usage, --help and --version by exceptions; they end here
-    app.parse(std::move(arguments));
+    app.parse(std::move(*parsed));
   } catch (const CLI::ParseError& error) {
     std::ostringstream shown;
     const int exit_code = app.exit(error, shown);

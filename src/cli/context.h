@@ -1,6 +1,8 @@
 // What every command is given: the options that stand before it, the folders, and the ports.
 #pragma once
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <optional>
@@ -38,6 +40,11 @@ struct Context {
   // The folders, made ready as at the start of the program: created where missing, with a working Group.mdb.
   Result<profile::Folders> PreparedFolders() const;
 };
+
+// A check for an option that names something: a script with an empty variable does not mean to leave it out.
+inline auto Names(const char* what) {
+  return [what](const std::string& given) { return given.empty() ? fmt::format("names no {}", what) : std::string(); };
+}
 
 // Gives a command its action: what it returns becomes the exit code.
 template <typename Action>

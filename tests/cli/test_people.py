@@ -231,6 +231,13 @@ class People(Case):
             (["find", "x", "--compare", "like"], 64, "Starts with"),
             (["find", "x", "-g", "A", "--field", "Address 1"], 64, "Search all fields"),
             (["find", "x", "-g", "Nobody"], 64, 'no group "Nobody"'),
+            # A variable of a script that is empty.
+            (["find", "x", "--group="], 64, "names no group"),
+            (["find", "--fields=", "x", "-g", "A"], 64, "--fields takes no value."),
+            (["group", "undo", "--yes="], 64, "--yes takes no value."),
+            (["import", "x", "-g", "A", "--map", "Email Address=1", "--save-mapping="], 64, "names no mapping"),
+            (["import", "x", "-g", "A", "--map", "Email Address=1", "--mapping="], 64, "names no mapping"),
+            (["import", "x", "-g", "A", "--header", "--map="], 64, "names no field"),
         ]:
             with self.subTest(arguments=arguments):
                 got, out, err = self.run_program(*arguments)
