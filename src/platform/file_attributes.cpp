@@ -16,6 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kLongestName = 200;  // bytes of a file's name, where it is told
+constexpr const char* kHowToUnlock = "Browse for it to have it unlocked.";
 
 // Beside a database, while it is written.
 constexpr std::array<const char*, 4> kCompanions = {"", "-journal", "-wal", "-shm"};
@@ -44,6 +45,15 @@ bool IsOrIsWithin(const fs::path& path, const fs::path& kept) {
 
 bool IsAmong(const fs::path& path, const std::vector<fs::path>& files) {
   return std::any_of(files.begin(), files.end(), [&](const fs::path& file) { return IsOrIsWithin(path, file); });
+}
+
+Result<void> CheckLeadsSomewhere(const fs::path& path) {
+  std::error_code failed;
+  if (!fs::is_symlink(path, failed) || fs::status(path, failed).type() != fs::file_type::not_found) return {};
+  return Error{Failure::kCannotCreate,
+               Say("Cannot write {}: it is a link to {}, and nothing is there.", path.string(),
+                   Printable(fs::read_symlink(path, failed).string(), kLongestName)),
+               "Name another file, or put one where the link leads."};
 }
 
 }  // namespace
@@ -82,22 +92,22 @@ Sentence LeftLocked(const fs::path& file) { return Say("{} is locked and was lef
 
 Result<std::optional<Sentence>> DescribeTarget(const fs::path& file, const OwnFiles& own) {
   std::error_code failed;
+  if (auto somewhere = CheckLeadsSomewhere(file); !somewhere) return somewhere.error();
   if (!fs::is_regular_file(file, failed)) return std::optional<Sentence>();
   if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
-  if (IsLocked(file)) return TargetIsLocked(file);
+  if (IsLocked(file)) return Error{Failure::kNotPermitted, Say("{} is locked.", file.string()), kHowToUnlock};
   const std::string name = Printable(file.filename().string(), kLongestName);
   if (!fs::is_symlink(file, failed)) return std::optional(Say("{} is there already; the export replaces it.", name));
   return std::optional(
       Say("{} is a link to {}; the export replaces what is there.", name, fs::canonical(file, failed).string()));
 }
 
-Error TargetIsLocked(const fs::path& file) {
-  return {Failure::kNotPermitted, LeftLocked(file), "Browse for it to have it unlocked."};
-}
+Error TargetIsLocked(const fs::path& file) { return {Failure::kNotPermitted, LeftLocked(file), kHowToUnlock}; }
 
 Result<void> ReplaceChosenFile(const fs::path& path, const OwnFiles& own,
                                const std::function<Result<void>(int fd)>& write) {
   if (auto other = CheckIsNotOwn(path, own); !other) return other;
+  if (auto somewhere = CheckLeadsSomewhere(path); !somewhere) return somewhere;
   std::error_code failed;
   const fs::path target = fs::is_symlink(path, failed) ? fs::canonical(path, failed) : path;
   if (target.empty()) return SystemError("write", path, failed.value());

@@ -43,7 +43,8 @@ Result<std::optional<Sentence>> DescribeTarget(const std::filesystem::path& file
 Error TargetIsLocked(const std::filesystem::path& file);
 
 // ReplaceFile for a file of the person's choice: what a link leads to gets the new content, a file that was there keeps
-// its permissions; a device, a pipe and the program's own files are refused before anything is opened.
+// its permissions; a device, a pipe, a link to nothing and the program's own files are refused before anything is
+// opened.
 Result<void> ReplaceChosenFile(const std::filesystem::path& path, const OwnFiles& own,
                                const std::function<Result<void>(int fd)>& write);
 Result<void> ReplaceChosenFile(const std::filesystem::path& path, const OwnFiles& own, std::string_view content);

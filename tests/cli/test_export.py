@@ -65,6 +65,8 @@ class Export(Case):
         kept = self.profile / "data" / "Group.mdb"
         link = self.folder / "link.txt"
         link.symlink_to(kept)
+        nowhere = self.folder / "nowhere"
+        nowhere.symlink_to("gone")
         for arguments, code, *words in [
             (["-g", "Writers"], 64, 'no group "Writers"', "group list"),
             (["-g", ""], 64, "Please select a group."),
@@ -74,6 +76,7 @@ class Export(Case):
             (["-g", "Readers", "-o", self.folder], 73, "Name a file in that folder"),
             (["-g", "Readers", "-o", pipe], 73, "ordinary file"),
             (["-g", "Readers", "-o", self.folder / "none" / "out.txt"], 73, "Check the name"),
+            (["-g", "Readers", "-o", nowhere], 73, "it is a link to gone, and nothing is there"),
             *((["-g", "Readers", "-o", own], 77, "keeps its own files there", "Name another file")
               for own in (kept, link, kept.parent / ".." / "data" / "Group.mdb-wal", self.profile / "settings.db")),
             (["-g", "Readers", "-o", locked], 77, "locked.txt is locked", "--yes"),

@@ -255,11 +255,17 @@ class ExportFormTest : public QObject {
     auto& box = scene.Find<QLineEdit>("BrowseTextBox");
     const auto list = PathToQt(scene.rig.folder.Write("list", "old"));
     std::filesystem::create_symlink(scene.rig.folder / "list", scene.rig.folder / "link");
-    std::filesystem::create_symlink(scene.rig.folder / "nothing", scene.rig.folder / "open");
+    std::filesystem::create_symlink("nothing", scene.rig.folder / "open");
+    const auto locked = scene.rig.folder.Write("locked", "old");
+    std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
     const auto folder = PathToQt(scene.rig.folder.path()) + '/';
     for (const auto& [path, told] :
          {std::pair(list, QString("list is there already; the export replaces it.")),
-          std::pair(list + ".txt", QString()), std::pair(folder, QString()), std::pair(folder + "open", QString()),
+          std::pair(list + ".txt", QString()), std::pair(folder, QString()),
+          std::pair(PathToQt(locked), PathToQt(locked) + " is locked. Browse for it to have it unlocked."),
+          std::pair(folder + "open", "Cannot write " + folder +
+                                         "open: it is a link to nothing, and nothing is there. Name another file, or "
+                                         "put one where the link leads."),
           std::pair(folder + "link", "link is a link to " + list + "; the export replaces what is there."),
           std::pair(PathToQt(scene.rig.folders.Database()),
                     "Cannot write " + PathToQt(scene.rig.folders.Database()) +
