@@ -32,6 +32,12 @@ class RecipientFormsTest : public QObject {
   }
   static void PressOk(QDialog& form) { QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton); }
   static QString Status(const QDialog& form) { return form.findChild<QLabel*>("StatusLine")->text(); }
+  // What stands in the status line is not cut off.
+  static bool IsWhole(const QDialog& form) {
+    QCoreApplication::processEvents();
+    const auto& line = *form.findChild<QLabel*>("StatusLine");
+    return line.height() >= line.heightForWidth(line.width());
+  }
   static std::int64_t KeyOf(const test::FormRig& rig, const char* address) {
     return (*rig.Store().FindRecipient(rig.Store().RequireGroup("Readers")->id, address))->id;
   }
@@ -114,7 +120,7 @@ class RecipientFormsTest : public QObject {
       Type(*form, "NameTextBox", typed);
       PressOk(*form);
       QCOMPARE(rig.Shown(), warning);
-      QVERIFY(form->isVisible());
+      QVERIFY(form->isVisible() && IsWhole(*form));
       QCOMPARE(form->focusWidget()->objectName(), QString("NameTextBox"));
     }
     QCOMPARE(*rig.Store().ListGroupNames(), (std::vector<std::string>{"Readers", "Guests"}));
