@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QImage>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -321,6 +322,11 @@ class CommandsTest : public QObject {
         is_button ? button->click() : action->trigger();
         QVERIFY2(came == command.id, qPrintable(name));
       }
+    }
+    const auto place = [&tools](QWidget* button) { return tools.layout()->indexOf(button); };
+    for (const CommandId id : {kProperties, kCut, kCopy, kPaste, kDelete}) {
+      QVERIFY2(place(tools.findChild<QToolButton*>("MergeTagButton")) < place(tools.widgetForAction(bar->ActionOf(id))),
+               "a small window cuts off what has no other way");
     }
     for (const char* name : {"TableButton", "PictureButton", "HyperlinkButton"}) {
       QVERIFY(tools.findChild<QToolButton*>(name) != nullptr);

@@ -44,17 +44,16 @@ constexpr auto kMenus = std::to_array<MenuRow>({
     {Menu::kHelp, QT_TRANSLATE_NOOP("CommandBar", "&Help"), Menu::kHelp},
 });
 
-// The buttons of the toolbar, in its order.
+// The buttons of the toolbar, in its order: what has a key everywhere comes last, where a small window cuts.
 struct Button {
   CommandId id;
   bool behind_line = false;
 };
 constexpr auto kButtons = std::to_array<Button>({
-    {kOpen},       {kSave},          {kPrint},         {kProperties}, {kCut, true},
-    {kCopy},       {kPaste},         {kDelete},        {kUndo},       {kRedo},
-    {kBold, true}, {kItalic},        {kUnderline},     {kTextColour}, {kAlignLeft, true},
-    {kCentre},     {kAlignRight},    {kBullets, true}, {kNumbers},    {kOutdent},
-    {kIndent},     {kPicture, true}, {kHyperlink},     {kTable},      {kFind, true},
+    {kOpen},      {kSave},       {kPrint},           {kUndo, true}, {kRedo},       {kBold, true},    {kItalic},
+    {kUnderline}, {kTextColour}, {kAlignLeft, true}, {kCentre},     {kAlignRight}, {kBullets, true}, {kNumbers},
+    {kOutdent},   {kIndent},     {kPicture, true},   {kHyperlink},  {kTable},      {kFind, true},    {kCut, true},
+    {kCopy},      {kPaste},      {kDelete},          {kProperties},
 });
 
 // The styles of a paragraph, of which one always holds.
@@ -141,12 +140,12 @@ void CommandBar::MakeToolbar() {
       AddStyleBox();
       AddFontBoxes();
     }
+    if (button.id == kCut) AddMergeButton();
     if (button.behind_line) toolbar_->addSeparator();
     QAction* action = ActionOf(button.id);
     toolbar_->addAction(action);
     toolbar_->widgetForAction(action)->setObjectName(action->objectName());
   }
-  AddMergeButton();
 }
 
 void CommandBar::AddStyleBox() {
@@ -156,7 +155,7 @@ void CommandBar::AddStyleBox() {
   styles_->setAccessibleName(tr("Paragraph style"));
   styles_->setToolTip(tr("Paragraph style"));
   styles_->setFocusPolicy(Qt::ClickFocus);
-  styles_->setMaximumWidth(110);
+  styles_->setMaximumWidth(100);
   for (const CommandId id : kStyles) styles_->addItem(NameOf(RowOf(id)));
   toolbar_->addWidget(styles_);
   connect(styles_, &QComboBox::activated, this,
@@ -175,7 +174,7 @@ void CommandBar::AddFontBoxes() {
   fonts_->setObjectName("FontNameComboBox");
   fonts_->setAccessibleName(tr("Font"));
   fonts_->setToolTip(tr("Font"));
-  fonts_->setMaximumWidth(120);
+  fonts_->setMaximumWidth(100);
   fonts_->setFocusPolicy(Qt::ClickFocus);
   sizes_ = new QComboBox(toolbar_);
   sizes_->setObjectName("FontSizeComboBox");
