@@ -140,7 +140,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kExtraForm1, {54}, "says: Print Messages: this version does not have that yet."},
     {kExtraForm2, {55}, "says: Import Message: this version does not have that yet."},
     {kExtraForm3, {56}, "ExtraForm3"},
-    {kExtraForm4, {57}, "says: Extract from Messages: this version does not have that yet."},
+    {kExtraForm4, {57}, "ExtraForm4"},
     {kExtraForm5, {58}, "says: Test a Server: this version does not have that yet."},
     {kHelpTopics, {59}, "opens: HelpForm"},
     {kTutorial, {60}, kNotBuilt},

@@ -42,6 +42,7 @@
 #include "desktop/document/template_form.h"
 #include "desktop/document/template_name_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/mail_file/extra_form4.h"
 #include "desktop/mail_file/message_form.h"
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
@@ -559,6 +560,8 @@ class ScreensTest : public QObject {
     list_to_file.findChild<QRadioButton*>("RadioButton2")->setChecked(true);
     list_to_file.findChild<QListWidget*>("ListFields")->item(2)->setCheckState(Qt::Checked);
     Take(list_to_file, "export");
+    ExtraForm4 extract(rig.program, nullptr);
+    Take(extract, "extract");
     RecipientImportForm nothing_yet(rig.program, "Customers", nullptr);
     Take(nothing_yet, "import-empty");
     RecipientImportForm file_to_list(rig.program, "Customers", nullptr);

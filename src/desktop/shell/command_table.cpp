@@ -174,7 +174,7 @@ class Table {
       NotBuilt({kExtraForm1, {54}, "", kTools, QT_TR_NOOP("&Print Messages…")}),
       NotBuilt({kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Import Messa&ge…")}),
       {kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…"), "", "", ExportMessage},
-      NotBuilt({kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…")}),
+      {kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…"), "", "", ExtractFromMessages},
       NotBuilt({kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…")}),
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
       NotBuilt({kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial")}),

@@ -91,6 +91,7 @@ void ShowHistory(Shell& shell);
 void EditAccount(Shell& shell);
 void ShowGroups(Shell& shell);
 void ImportRecipients(Shell& shell);
+void ExtractFromMessages(Shell& shell);
 void ExportRecipients(Shell& shell);
 void EditSignature(Shell& shell);
 void ShowThreads(Shell& shell);

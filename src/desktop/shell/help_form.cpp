@@ -73,6 +73,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientImportForm", "Group Manager 2.htm"},
       {"MappingKeepForm", "Group Manager 2.htm"},
       {"RecipientExportForm", "Group Manager 3.htm"},
+      {"ExtraForm4", "Extra Tools 5.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
       {"ExtraForm3", "Extra Tools 4.htm"},
   };

@@ -4,6 +4,7 @@
 #include "desktop/account/thread_form.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/document/signature_manager_form.h"
+#include "desktop/mail_file/extra_form4.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "desktop/recipients/recipient_import_form.h"
@@ -76,5 +77,7 @@ void SwitchSplash(Shell& shell) {
   shell.Tell(SplashForm::SetWanted(settings, !SplashForm::IsWanted(settings)));
   shell.bar.ShowSplash(SplashForm::IsWanted(settings));
 }
+
+void ExtractFromMessages(Shell& shell) { ExtraForm4(shell.program, &shell.window).exec(); }
 
 }  // namespace quillcast::desktop
