@@ -70,6 +70,7 @@ void AddMessageCommand(CLI::App& app, Context& context) {
   AddMessageShow(message, context);
   AddMessageExport(message, context);
   AddMessageExtract(message, context);
+  AddMessageImport(message, context);
 }
 
 }  // namespace quillcast::cli

@@ -30,5 +30,6 @@ nlohmann::ordered_json FaultsAsList(const mail_file::Loading& loading);
 void AddMessageShow(CLI::App& message, Context& context);
 void AddMessageExport(CLI::App& message, Context& context);
 void AddMessageExtract(CLI::App& message, Context& context);
+void AddMessageImport(CLI::App& message, Context& context);
 
 }  // namespace quillcast::cli

@@ -121,6 +121,24 @@ class Message(Case):
         parts = {part.get_filename(): part.get_content() for part in message.walk() if part.get_filename()}
         self.assertEqual(parts, {"dot.gif": picture, "price.bin": bytes(range(256)) * 300})
 
+    def test_makes_a_document_of_a_body(self):
+        dot = b"GIF89a\1dot"
+        file = self.write("in.eml", b"Subject: =?utf-8?q?Gr=C3=BC=C3=9Fe?=\r\nContent-Type: multipart/related; boundary=b\r\n\r\n"
+                          b"--b\r\nContent-Type: text/html\r\n\r\n<script>x</script><p>Hi<img src=cid:a>\r\n--b\r\n"
+                          b"Content-Type: image/gif; name=../dot.gif\r\nContent-ID: <a>\r\n\r\n" + dot + b"\r\n--b--\r\n")
+        document = self.folder / "out" / "letter.htm"
+        document.parent.mkdir()
+        line = json.loads(self.ok("--json", "message", "import", file, "-o", document))
+        self.assertEqual((line["subject"], line["document"]), ("Grüße", str(document)))
+        self.assertIn('<p>Hi<img src="letter_files/dot.gif">', document.read_text())
+        self.assertEqual({path.name: path.read_bytes() for path in document.parent.rglob("*.gif")}, {"dot.gif": dot})
+        self.assertFalse((self.profile / "data" / "ImportBody").exists())
+        before = document.read_bytes()
+        for options, code in (([file, "-o", document.with_suffix(".txt")], 64), ([file, file, "-o", document], 64),
+                              (["/nowhere.eml", "-o", document], 66), ([file, "-o", "/nowhere/a.htm"], 73)):
+            self.assertEqual(self.run_program("message", "import", *options)[0], code, options)
+        self.assertEqual(document.read_bytes(), before)
+
     def test_a_long_text_is_told_and_not_shown(self):
         long = self.write("long.eml", "Subject: x\n\n" + "words and words\n" * 100_000)
         code, out, err = self.show("message", "show", long)

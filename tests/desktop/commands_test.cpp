@@ -138,7 +138,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kSplash, {}, "splash: 0"},
     {kDomainTools, {53}, kNotBuilt},
     {kExtraForm1, {54}, "says: Print Messages: this version does not have that yet."},
-    {kExtraForm2, {55}, "says: Import Message: this version does not have that yet."},
+    {kExtraForm2, {55}, "ExtraForm2"},
     {kExtraForm3, {56}, "ExtraForm3"},
     {kExtraForm4, {57}, "ExtraForm4"},
     {kExtraForm5, {58}, "says: Test a Server: this version does not have that yet."},

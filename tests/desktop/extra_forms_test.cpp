@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/mail_file/extra_form2.h"
 #include "desktop/run/extra_form3.h"
 #include "platform/file_attributes.h"
 
@@ -41,6 +42,14 @@ struct Scene {
   }
   QString Status() const { return Find<QLabel>("StatusLine").text(); }
 
+  std::vector<mail_file::ImportedBody> taken;
+  void OpenImport() {
+    const auto take = [this](const mail_file::ImportedBody& body) {
+      taken.push_back(body);
+      return Result<void>();
+    };
+    Show(std::make_unique<ExtraForm2>(rig.program, take, nullptr));
+  }
   void OpenExport() {
     document::MessageDocument message;
     message.subject = "Hello";
@@ -49,6 +58,7 @@ struct Scene {
   }
 };
 
+constexpr const char* kImported = "inform: Import process has been completed.";
 constexpr const char* kExported = "inform: Export process has been completed.";
 
 }  // namespace
@@ -89,6 +99,32 @@ class ExtraFormsTest : public QObject {
     scene.Type("FilePathTextBox", "/nowhere/letter.eml");
     QCOMPARE(scene.Run("ExportButton"), kExported);
     QVERIFY2(scene.Status().contains("/nowhere"), qPrintable(scene.Status()));
+  }
+
+  void importsABody() {
+    Scene scene;
+    scene.OpenImport();
+    QCOMPARE(scene.Run("ImportButton"), "warn: Please specify a file.");
+    QCOMPARE(scene.form->focusWidget()->objectName(), "FilePathTextBox");
+    scene.rig.prompts.files = {scene.rig.folder.Write("a.eml", "Subject: Hi\r\n\r\na < b\r\n")};
+    scene.Press("FilePathButton");
+    QCOMPARE(scene.rig.Shown(), "open: Import Mail Message");
+    QCOMPARE(scene.Run("ImportButton"), kImported);
+    QCOMPARE(scene.taken.back().subject.c_str(), "Hi");
+    QCOMPARE(scene.taken.back().html.c_str(), "a &lt; b<br>\n");
+    const std::string no_end = "Content-Type: multipart/mixed\r\n\r\n--b\r\n\r\nrest\r\n";
+    scene.Type("FilePathTextBox", PathToQt(scene.rig.folder.Write("b.eml", no_end)));
+    QCOMPARE(scene.Run("ImportButton"), QString("warn: Error 259: Could not find boundry mark. | ") + kImported);
+    QCOMPARE(scene.taken.size(), 2U);  // what was loaded is used all the same
+    IgnoreErrors(scene.rig.settings.Write("Account", "Extended", "1"));
+    QCOMPARE(scene.Run("ImportButton").right(QString(kImported).size()), kImported);
+    QVERIFY2(scene.taken.back().html.find("rest") != std::string::npos, scene.taken.back().html.c_str());
+    scene.Type("FilePathTextBox", "/nowhere/a.eml");
+    QCOMPARE(scene.Run("ImportButton"), QString("warn: Error 258: File IO error. | ") + kImported);
+    QVERIFY2(scene.Status().contains("stays as it is"), qPrintable(scene.Status()));
+    QCOMPARE(scene.taken.size(), 3U);
+    scene.Press("CancelButton");
+    QVERIFY(!scene.form->isVisible());
   }
 
   void asksAboutALockedFileThatIsChosen() {

@@ -856,6 +856,33 @@ class MainFormTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
+  void anImportKeepsWhatItReplaces() {
+    Scene scene;
+    scene.rig.AddGroup("Customers", {"a@x.org"});
+    scene.Open();
+    const QString before = FillIn(scene);
+    const auto message = scene.rig.folder.Write(
+        "a.eml", "Subject: Spring sale\r\nContent-Type: text/html\r\n\r\n<script>x</script><p>Hello <b>you</b>");
+    IgnoreErrors(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));  // picking HTML would be refused in a box
+    test::WhileOpen("ExtraForm2", [&](QDialog& form) {
+      form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(message));
+      form.findChild<QPushButton*>("ImportButton")->click();
+      QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+    });
+    scene.window->Dispatch(CommandId::kExtraForm2);
+    QCOMPARE(scene.rig.Shown(), "inform: Import process has been completed.");
+    QCOMPARE(
+        Fields(scene),
+        QString(before).replace("Spring|", "Spring sale|").replace("|Text|", "|HTML|").replace("|work", "|Hello you"));
+    QVERIFY(scene.Editor().Html().contains("<p>Hello <b>you</b>"));
+    scene.rig.prompts.answers = {platform::Answer::kCancel};  // it has no name yet, and is in no file
+    scene.window->Dispatch(CommandId::kNew);
+    QCOMPARE(scene.rig.Shown(), "ask or cancel: Do you want to save the changes?");
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    Press(scene, "RestoreButton");
+    QTRY_COMPARE(Fields(scene), before);
+  }
+
   // Everything that stands in the window, one line each.
   static QString Fields(const Scene& scene) {
     auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
@@ -1250,6 +1277,7 @@ class MainFormTest : public QObject {
              {"RecipientSearchForm", "<title>Groups and recipients<"},
              {"RecipientImportForm", "<title>Importing recipients<"},
              {"RecipientExportForm", "<title>Exporting recipients<"},
+             {"ExtraForm2", "<title>Importing a message<"},
              {"ExtraForm3", "<title>Exporting the message<"},
              {"PreviewForm", "<h2>Welcome</h2>"}}) {
       const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));

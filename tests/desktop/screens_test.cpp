@@ -44,6 +44,7 @@
 #include "desktop/form_rig.h"
 #include "desktop/mail_file/extra_form4.h"
 #include "desktop/mail_file/message_form.h"
+#include "desktop/mail_file/extra_form2.h"
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
 #include "desktop/recipients/group_manager_form.h"
@@ -604,6 +605,12 @@ class ScreensTest : public QObject {
       rig.prompts.shown.clear();
     }
     {
+      ExtraForm2 file_to_message(
+          rig.program, [](const mail_file::ImportedBody&) { return Result<void>(); }, nullptr);
+      file_to_message.findChild<QLineEdit*>("FilePathTextBox")->setText("/nowhere/letter.eml");
+      file_to_message.findChild<QPushButton*>("ImportButton")->click();
+      QTRY_VERIFY(file_to_message.findChild<QLabel*>("StatusLine")->text().contains("could"));
+      Take(file_to_message, "message-import");
       ExtraForm3 message_to_file(rig.program, {}, nullptr);
       message_to_file.findChild<QLineEdit*>("FilePathTextBox")->setText("/nowhere/letter.eml");
       message_to_file.findChild<QPushButton*>("ExportButton")->click();

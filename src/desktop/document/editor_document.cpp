@@ -141,6 +141,12 @@ Result<void> EditorDocument::StartFrom(const std::string& letter) {
   return {};
 }
 
+Result<void> EditorDocument::Import(const std::string& html, const fs::path& folder) {
+  if (auto editable = document::CheckEditable(html); !editable) return editable;
+  if (auto aside = SetAside(); !aside) return aside;
+  return Show(html, folder, true);
+}
+
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   if (auto other = platform::CheckIsNotOwn(file, folders_.OwnFiles()); !other) return other;
   const std::string html = FromQt(editor_.Html());

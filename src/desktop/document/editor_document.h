@@ -53,6 +53,10 @@ class EditorDocument final : public document::EditedDocument {
   // nothing, but keeps it as a draft.
   Result<void> StartFrom(const std::string& letter);
 
+  // A body that came out of a message file: a document without a name that is not saved yet, in place of what is in the
+  // editor, which becomes a draft with all fields of the message. Its relative references start from `folder`.
+  Result<void> Import(const std::string& html, const std::filesystem::path& folder);
+
   // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
   // disk is full, saving will tell.
   Result<void> KeepAside();

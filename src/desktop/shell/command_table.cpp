@@ -172,7 +172,7 @@ class Table {
       {kSplash, {}, "", kTools, QT_TR_NOOP("Sp&lash at Start"), "", "", SwitchSplash},
       NotBuilt({kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…")}),
       NotBuilt({kExtraForm1, {54}, "", kTools, QT_TR_NOOP("&Print Messages…")}),
-      NotBuilt({kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Import Messa&ge…")}),
+      {kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Imp&ort Message…"), "", "", ImportMessage},
       {kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…"), "", "", ExportMessage},
       {kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…"), "", "", ExtractFromMessages},
       NotBuilt({kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…")}),

@@ -98,6 +98,7 @@ void ShowThreads(Shell& shell);
 void SwitchSplash(Shell& shell);
 
 // mail_file_commands.cpp
+void ImportMessage(Shell& shell);
 void ExportMessage(Shell& shell);
 
 // help_commands.cpp

@@ -185,13 +185,15 @@ void MessageHeader::Collect(document::Draft& draft) const {
   draft.method = FromQt(method_->currentText());
 }
 
+void MessageHeader::SetFormat(document::Format format) { format_->setCurrentIndex(static_cast<int>(format)); }
+
 void MessageHeader::Show(const document::Draft& draft) {
   const auto& document = draft.document;
   SetSubject(ToQt(document.subject));
   group_->Choose(ToQt(draft.group));
   if (!draft.method.empty()) method_->setCurrentText(ToQt(draft.method));
   priority_->setCurrentIndex(static_cast<int>(document.priority));
-  format_->setCurrentIndex(static_cast<int>(document.format));
+  SetFormat(document.format);
   receipt_->setChecked(document.read_receipt);
   attachments_->SetList(document.attachments);
 }

@@ -32,6 +32,8 @@ class MessageHeader final : public QWidget {
   QString Group() const;
   bool HasGroups() const;
   void SetSubject(const QString& subject);
+  // Without a question, as a draft that is taken up does.
+  void SetFormat(document::Format format);
   // Subject, format, attachments, priority and receipt into the document.
   void Collect(document::MessageDocument& document) const;
   // The same with group and method; the body and its file are the caller's.

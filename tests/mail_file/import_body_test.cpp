@@ -1,0 +1,80 @@
+// A message file as the document that a person goes on writing: what comes of its body, and where it lies.
+#include "mail_file/import_body.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fake_clock.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::mail_file {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Scene {
+  test::TemporaryFolder place;
+  test::FakeClock clock;
+  platform::CancelToken cancel;
+
+  Result<ImportedBody> Import(const std::string& message) {
+    const auto loading = Load(place.Write("message.eml", message), {});
+    return ImportBody(*loading->message, place / "ImportBody", place / "Temp", clock, &cancel);
+  }
+  bool IsUntouched() const { return !fs::exists(place / "ImportBody") && IsTidy(); }
+  bool IsTidy() const { return !fs::exists(place / "Temp") || fs::is_empty(place / "Temp"); }
+};
+
+TEST(ImportBody, MakesATextAPageWithItsLines) {
+  struct Row {
+    const char* message;
+    const char* html;
+  };
+  for (const auto& [message, html] : {
+           Row{"Subject: x\r\n\r\na < b & \"c\"\r\n\r\nsecond", "a &lt; b &amp; \"c\"<br>\n<br>\nsecond"},
+           Row{"Subject: x\n\none\rtwo\nthree", "one<br>\ntwo<br>\nthree"},
+           Row{"Subject: x\r\nContent-Type: text/plain; charset=windows-1252\r\n\r\n\xE4", "\xC3\xA4"},
+           Row{"Subject: x\r\nContent-Type: image/png\r\n\r\n", ""},
+       }) {
+    Scene scene;
+    const auto body = scene.Import(message);
+    ASSERT_TRUE(body);
+    EXPECT_EQ(body->html, html);
+    EXPECT_EQ(body->subject, "x");
+    EXPECT_TRUE(body->folder.empty() && scene.IsUntouched());
+  }
+}
+
+TEST(ImportBody, LaysAPageAndItsPicturesIntoAFolderOfItsOwn) {
+  const auto message = [](const std::string& word) {
+    return "Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n<body "
+           "onload=x()>" +
+           word +
+           "<script>x()</script><form action=http://x/><img src=cid:a><img src=http://x/t.gif></form></body>"
+           "\r\n--b\r\nContent-Type: image/gif; name=../../a.gif\r\nContent-ID: <a>\r\n\r\nGIF89a\r\n--b--\r\n";
+  };
+  Scene scene;
+  ASSERT_TRUE(scene.Import(message("first")));
+  const auto body = scene.Import(message("second"));  // in the same second
+  ASSERT_TRUE(body);
+  EXPECT_EQ(body->html, "<head><meta charset=\"utf-8\"></head><body>second<img src=\"a.gif\"><img></body>");
+  EXPECT_EQ(body->folder.parent_path(), scene.place / "ImportBody");
+  EXPECT_EQ(std::distance(fs::directory_iterator(body->folder.parent_path()), {}), 1) << "it takes the other's place";
+  EXPECT_EQ(test::ReadAll(body->folder / "index.htm"), body->html);
+  EXPECT_EQ(test::ReadAll(body->folder / "a.gif"), "GIF89a");
+  EXPECT_EQ(std::distance(fs::directory_iterator(body->folder), {}), 2);
+  EXPECT_TRUE(scene.IsTidy());
+}
+
+TEST(ImportBody, LeavesNothingOfWhatCannotBeTaken) {
+  Scene scene;
+  std::string deep;
+  for (int i = 0; i < 100000; ++i) deep += "<div>";
+  EXPECT_EQ(scene.Import("Content-Type: text/html\r\n\r\n" + deep).error().failure, Failure::kBadData);
+  EXPECT_TRUE(scene.IsUntouched());
+  scene.place.Write("ImportBody", "in the way");
+  EXPECT_FALSE(scene.Import("Content-Type: text/html\r\n\r\n<p>x"));
+  EXPECT_TRUE(scene.IsTidy());
+}
+
+}  // namespace
+}  // namespace quillcast::mail_file
