@@ -137,7 +137,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kThreads, {52}, "ThreadForm"},
     {kSplash, {}, "splash: 0"},
     {kDomainTools, {53}, kNotBuilt},
-    {kExtraForm1, {54}, "says: Print Messages: this version does not have that yet."},
+    {kExtraForm1, {54}, "ExtraForm1"},
     {kExtraForm2, {55}, "ExtraForm2"},
     {kExtraForm3, {56}, "ExtraForm3"},
     {kExtraForm4, {57}, "ExtraForm4"},

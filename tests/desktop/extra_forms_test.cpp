@@ -2,11 +2,15 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
 #include "desktop/run/extra_form3.h"
 #include "platform/file_attributes.h"
@@ -42,13 +46,35 @@ struct Scene {
   }
   QString Status() const { return Find<QLabel>("StatusLine").text(); }
 
+  // Prints into "out.pdf" until another printer is put there.
+  ExtraForm1& OpenPrint(const std::string& message) {
+    const auto file = rig.folder.Write("a.eml", message);
+    Show(std::make_unique<ExtraForm1>(rig.program, file, nullptr));
+    auto& print = static_cast<ExtraForm1&>(*form);
+    print.choose_printer = [pdf = Pdf()](QPrinter& printer) {
+      printer.setPageSize(QPageSize(QPageSize::A4));
+      printer.setOutputFileName(pdf);
+      return true;
+    };
+    return print;
+  }
+  QString Pdf() const { return PathToQt(rig.folder / "out.pdf"); }
+  // The pages of the PDF as texts, by a program of others; blanks and line ends in a row count as one.
+  QStringList Printed() const {
+    QProcess reader;
+    reader.start("pdftotext", {"-layout", Pdf(), "-"});
+    reader.waitForFinished();
+    QStringList pages = QString::fromUtf8(reader.readAllStandardOutput()).split('\f', Qt::SkipEmptyParts);
+    for (QString& page : pages) page = page.simplified();
+    return pages;
+  }
   std::vector<mail_file::ImportedBody> taken;
   void OpenImport() {
     const auto take = [this](const mail_file::ImportedBody& body) {
       taken.push_back(body);
       return Result<void>();
     };
-    Show(std::make_unique<ExtraForm2>(rig.program, take, nullptr));
+    Show(std::make_unique<ExtraForm2>(rig.program, std::filesystem::path(), take, nullptr));
   }
   void OpenExport() {
     document::MessageDocument message;
@@ -58,6 +84,10 @@ struct Scene {
   }
 };
 
+constexpr const char* kPage =
+    "Subject: Prices\r\nContent-Type: text/html; charset=utf-8\r\n\r\n<script>no</script><p>Gr\xC3\xBC\xC3\x9F"
+    "e</p><table><tr><td>one<td>two</table><img src=http://x.example/t.gif alt=logo>";
+constexpr const char* kPrinted = "inform: Print process has been completed.";
 constexpr const char* kImported = "inform: Import process has been completed.";
 constexpr const char* kExported = "inform: Export process has been completed.";
 
@@ -125,6 +155,79 @@ class ExtraFormsTest : public QObject {
     QCOMPARE(scene.taken.size(), 3U);
     scene.Press("CancelButton");
     QVERIFY(!scene.form->isVisible());
+  }
+
+  void checksTheMarginsInTheirOrder() {
+    Scene scene;
+    scene.OpenPrint(kPage);
+    const auto complains = [&](const char* box, const QString& text, const char* warning) {
+      scene.Type(box, text);
+      QCOMPARE(scene.Run("PrintButton"), warning);
+      if (warning != QString(kPrinted)) QCOMPARE(scene.form->focusWidget()->objectName(), box);
+    };
+    const QString file = scene.Find<QLineEdit>("FilePathTextBox").text();
+    complains("RightMarginTextBox", "", "warn: Please enter your margin.");
+    complains("TopMarginTextBox", "", "warn: Please enter your margin.");
+    complains("LeftMarginTextBox", "0", "warn: Please enter a valid margin.");
+    complains("FilePathTextBox", "", "warn: Please specify a file.");
+    scene.Type("FilePathTextBox", file);
+    complains("LeftMarginTextBox", "100", "warn: Please enter a valid margin.");
+    scene.Type("LeftMarginTextBox", "-9x.9");  // digits alone pass
+    QCOMPARE(scene.Find<QLineEdit>("LeftMarginTextBox").text(), "99");
+    complains("TopMarginTextBox", "100", "warn: Please enter a valid margin.");
+    scene.Type("TopMarginTextBox", "1");
+    complains("RightMarginTextBox", "", "warn: Please enter your margin.");
+    complains("RightMarginTextBox", "1", kPrinted);
+  }
+
+  void printsEachForm() {
+    Scene scene;
+    scene.OpenPrint(kPage);
+    scene.Type("HeaderTextBox", "My heading");
+    const QString page = "My heading Gr\u00FC\u00DFe one two logo 1/1";
+    for (const auto& [format, text] :
+         {std::pair("HTMLRadioButton", page), std::pair("RTFRadioButton", page), std::pair("TEXTRadioButton", page)}) {
+      scene.Press(format);
+      QCOMPARE(scene.Run("PrintButton"), kPrinted);
+      QCOMPARE(scene.Printed().join('|').remove(" http://x.example/t.gif"), text);
+    }
+    scene.Press("XMLRadioButton");
+    QCOMPARE(scene.Run("PrintButton"), kPrinted);
+    QVERIFY2(scene.Printed().join(' ').contains("<?xml version"), qPrintable(scene.Printed().join(' ')));
+    scene.OpenPrint("Subject: x\r\n\r\n" + [] {
+      std::string lines;
+      for (int line = 1; line <= 200; ++line) lines += "line " + std::to_string(line) + "\r\n";
+      return lines;
+    }());
+    QCOMPARE(scene.Run("PrintButton"), kPrinted);
+    const QStringList pages = scene.Printed();
+    QVERIFY(pages.size() > 2);
+    QStringList words;
+    for (int number = 1; number <= pages.size(); ++number) {
+      const QString foot = QString(" %1/%2").arg(number).arg(pages.size());
+      QVERIFY2(pages.at(number - 1).endsWith(foot), qPrintable(pages.at(number - 1)));
+      words << pages.at(number - 1).chopped(foot.size());
+    }
+    QStringList lines;
+    for (int line = 1; line <= 200; ++line) lines << QString("line %1").arg(line);
+    QCOMPARE(words.join(' ').split(' '), lines.join(' ').split(' '));  // none lost, none twice between two pages
+  }
+
+  void tellsHowPrintingFailed() {
+    Scene scene;
+    auto& form = scene.OpenPrint(kPage);
+    form.choose_printer = [](QPrinter&) { return false; };
+    QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 255: Cancelled by user. | ") + kPrinted);
+    form.choose_printer = [](QPrinter& printer) {
+      printer.setOutputFileName("/nowhere/out.pdf");
+      return true;
+    };
+    QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 203: Could not initialize printer. | ") + kPrinted);
+    QVERIFY2(scene.Status().contains("/nowhere"), qPrintable(scene.Status()));
+    scene.Type("FilePathTextBox", "/nowhere/a.eml");
+    QCOMPARE(scene.Run("PrintButton"),
+             "warn: Error 258: File IO error. | warn: There was an error creating the message handle.");
+    QVERIFY(!std::filesystem::exists(scene.rig.folder / "out.pdf"));
   }
 
   void asksAboutALockedFileThatIsChosen() {

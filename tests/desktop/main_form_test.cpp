@@ -1277,6 +1277,7 @@ class MainFormTest : public QObject {
              {"RecipientSearchForm", "<title>Groups and recipients<"},
              {"RecipientImportForm", "<title>Importing recipients<"},
              {"RecipientExportForm", "<title>Exporting recipients<"},
+             {"ExtraForm1", "<title>Printing messages<"},
              {"ExtraForm2", "<title>Importing a message<"},
              {"ExtraForm3", "<title>Exporting the message<"},
              {"PreviewForm", "<h2>Welcome</h2>"}}) {

@@ -42,9 +42,10 @@
 #include "desktop/document/template_form.h"
 #include "desktop/document/template_name_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/mail_file/extra_form1.h"
+#include "desktop/mail_file/extra_form2.h"
 #include "desktop/mail_file/extra_form4.h"
 #include "desktop/mail_file/message_form.h"
-#include "desktop/mail_file/extra_form2.h"
 #include "desktop/recipients/capitalize_form.h"
 #include "desktop/recipients/duplicates_form.h"
 #include "desktop/recipients/group_manager_form.h"
@@ -605,8 +606,10 @@ class ScreensTest : public QObject {
       rig.prompts.shown.clear();
     }
     {
+      ExtraForm1 file_to_pages(rig.program, {}, nullptr);
+      Take(file_to_pages, "message-print");
       ExtraForm2 file_to_message(
-          rig.program, [](const mail_file::ImportedBody&) { return Result<void>(); }, nullptr);
+          rig.program, {}, [](const mail_file::ImportedBody&) { return Result<void>(); }, nullptr);
       file_to_message.findChild<QLineEdit*>("FilePathTextBox")->setText("/nowhere/letter.eml");
       file_to_message.findChild<QPushButton*>("ImportButton")->click();
       QTRY_VERIFY(file_to_message.findChild<QLabel*>("StatusLine")->text().contains("could"));

@@ -15,7 +15,7 @@
 
 namespace quillcast::desktop {
 
-ExtraForm2::ExtraForm2(const profile::Program& program, Take take, QWidget* parent)
+ExtraForm2::ExtraForm2(const profile::Program& program, const std::filesystem::path& file, Take take, QWidget* parent)
     : QDialog(parent),
       program_(program),
       take_(std::move(take)),
@@ -27,6 +27,7 @@ ExtraForm2::ExtraForm2(const profile::Program& program, Take take, QWidget* pare
   MakeWindow();
   connect(import_, &QPushButton::clicked, this, &ExtraForm2::Import);
   connect(cancel_, &QPushButton::clicked, this, &ExtraForm2::reject);
+  file_->box()->setText(PathToQt(file));
   file_->box()->setFocus();
 }
 

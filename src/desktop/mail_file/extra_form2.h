@@ -19,9 +19,9 @@ class StatusLine;
 class ExtraForm2 final : public QDialog {
   Q_OBJECT
  public:
-  // `take` puts the body in place of what the window has.
+  // `file` is named at first. `take` puts the body in place of what the window has.
   using Take = std::function<Result<void>(const mail_file::ImportedBody& body)>;
-  ExtraForm2(const profile::Program& program, Take take, QWidget* parent);
+  ExtraForm2(const profile::Program& program, const std::filesystem::path& file, Take take, QWidget* parent);
 
  public slots:
   // An import that is under way is given up first; the dialog then stays.

@@ -1,6 +1,5 @@
 #include "desktop/recipients/print_recipients.h"
 
-#include <QFile>
 #include <QPainter>
 #include <QPrinter>
 #include <algorithm>
@@ -8,27 +7,20 @@
 #include <filesystem>
 #include <string>
 
+#include "desktop/widgets/print_whole.h"
 #include "desktop/widgets/qt_text.h"
-#include "platform/file.h"
-#include "platform/file_attributes.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
 namespace {
 
 constexpr std::size_t kReadAtOnce = 1000;
-constexpr std::size_t kProbe = 1 << 16;  // bytes: more than any block of a disk that may still have room
-constexpr int kTextSize = 9;             // points
+constexpr int kTextSize = 9;  // points
 constexpr double kLineHeight = 1.3;
 // Where the columns begin, in parts of the width: number, first name, last name, address.
 constexpr std::array<double, 5> kColumns = {0, 0.09, 0.30, 0.52, 1};
 
 Error Cancelled() { return {Failure::kTryAgain, "Printing was cancelled.", {}}; }
-
-Error CannotPrint(const std::filesystem::path& file) {
-  const std::string where = file.empty() ? "the printer" : file.string();
-  return {Failure::kIo, Say("Cannot print to {}.", where), "Choose another place, or free some space there."};
-}
 
 // Draws line after line, and begins a page where one is full.
 class Pages {
@@ -102,33 +94,6 @@ Result<int> PrintRows(Pages& pages, const std::filesystem::path& file, const rec
   return pages.count();
 }
 
-// The toolkit does not tell of a disk that is full: a file that is whole says so at its end. Where it is not, one write
-// more brings the system's reason.
-Result<void> CheckWhole(const QString& pdf, const std::filesystem::path& told) {
-  QFile file(pdf);
-  constexpr qint64 kEnd = 16;
-  if (!file.open(QIODevice::ReadWrite)) return CannotPrint(told);
-  const bool is_whole = file.seek(std::max<qint64>(0, file.size() - kEnd)) && file.readAll().contains("%%EOF");
-  if (is_whole) return {};
-  if (auto written = platform::WriteAll(file.handle(), told, std::string(kProbe, '\n')); !written) return written;
-  return CannotPrint(told);
-}
-
-// The toolkit takes names alone.
-Result<int> PrintToFile(QPrinter& printer, const std::filesystem::path& file, const platform::OwnFiles& own,
-                        const std::function<Result<int>()>& print) {
-  Result<int> printed = 0;
-  const auto placed = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
-    const QString name = QString("/proc/self/fd/%1").arg(fd);
-    printer.setOutputFileName(name);
-    printed = print();
-    if (!printed && printed.error().failure != Failure::kIo) return printed.error();
-    if (auto whole = CheckWhole(name, file); !whole) return whole;
-    return printed ? Result<void>() : printed.error();
-  });
-  return placed ? printed : placed.error();
-}
-
 }  // namespace
 
 Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore& store, const QString& heading,
@@ -144,7 +109,7 @@ Result<int> PrintRecipients(QPrinter& printer, const recipients::RecipientStore&
     const bool ended = pages.End();
     return printed && !ended ? CannotPrint(file) : printed;
   };
-  return is_file ? PrintToFile(printer, file, own, print) : print();
+  return PrintWhole(printer, own, print);
 }
 
 }  // namespace quillcast::desktop

@@ -97,7 +97,8 @@ void EditSignature(Shell& shell);
 void ShowThreads(Shell& shell);
 void SwitchSplash(Shell& shell);
 
-// mail_file_commands.cpp
+// message_file_commands.cpp
+void PrintMessageFiles(Shell& shell);
 void ImportMessage(Shell& shell);
 void ExportMessage(Shell& shell);
 

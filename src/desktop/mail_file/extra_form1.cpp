@@ -1,0 +1,209 @@
+#include "desktop/mail_file/extra_form1.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QRadioButton>
+#include <utility>
+
+#include "desktop/mail_file/foreign_page.h"
+#include "desktop/mail_file/message_file_field.h"
+#include "desktop/widgets/background_task.h"
+#include "desktop/widgets/digits_filter.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/status_line.h"
+#include "mail_file/load_settings.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr int kMarginWidth = 60;  // pixels
+
+QLineEdit* MakeMargin(const std::string& text, QWidget* parent) {
+  auto* box = new QLineEdit(ToQt(text), parent);
+  box->setValidator(new DigitsFilter(box));
+  box->setMaximumWidth(kMarginWidth);
+  return box;
+}
+
+}  // namespace
+
+ExtraForm1::ExtraForm1(const profile::Program& program, const std::filesystem::path& file, QWidget* parent)
+    : QDialog(parent),
+      choose_printer([this](QPrinter& printer) {
+        QPrintDialog dialog(&printer, this);
+        dialog.setObjectName("PrintDialog");
+        dialog.setWindowTitle(tr("Print"));
+        return dialog.exec() == QDialog::Accepted;
+      }),
+      program_(program),
+      task_(new BackgroundTask(this)),
+      file_(new MessageFileField(program.prompts, "Print Mail Message", this)),
+      left_(MakeMargin(mail_file::PrintForm().left, this)),
+      top_(MakeMargin(mail_file::PrintForm().top, this)),
+      right_(MakeMargin(mail_file::PrintForm().right, this)),
+      formats_{new QRadioButton(tr("&Text"), this), new QRadioButton(tr("&HTML"), this),
+               new QRadioButton(tr("RT&F"), this), new QRadioButton(tr("&XML source"), this)},
+      heading_(new QLineEdit(this)),
+      center_(new QCheckBox(tr("&Centred"), this)),
+      bold_(new QCheckBox(tr("B&old"), this)),
+      underline_(new QCheckBox(tr("&Underlined"), this)),
+      status_(new StatusLine(this)),
+      preview_(new QPushButton(tr("Pre&view…"), this)),
+      print_(new QPushButton(tr("&Print…"), this)),
+      cancel_(new QPushButton(tr("Cancel"), this)) {
+  MakeWindow();
+  connect(preview_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::ShowPages); });
+  connect(print_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::Print); });
+  connect(cancel_, &QPushButton::clicked, this, &ExtraForm1::reject);
+  file_->box()->setText(PathToQt(file));
+  file_->box()->setFocus();
+}
+
+void ExtraForm1::MakeWindow() {
+  setObjectName("ExtraForm1");
+  setWindowTitle(tr("Print Messages"));
+  resize(560, 0);
+  preview_->setObjectName("PreviewButton");
+  preview_->setAutoDefault(false);
+  print_->setObjectName("PrintButton");
+  print_->setDefault(true);
+  cancel_->setObjectName("CancelButton");
+  cancel_->setAutoDefault(false);
+  file_->box()->setPlaceholderText(tr("The message file to print"));
+  auto* column = new FormColumn(this);
+  file_->AddTo(column->AddGrid());
+  FormGrid* margins = column->AddBox(tr("Margins (millimetres)"));
+  margins->Add("LeftMarginTextBox", tr("&Left:"), left_);
+  margins->Add("TopMarginTextBox", tr("Top, and &bottom:"), top_);
+  margins->Add("RightMarginTextBox", tr("&Right:"), right_);
+  FormGrid* body = column->AddBox(tr("Body"));
+  for (const auto& [format, name] : {std::pair(0, "TEXTRadioButton"), std::pair(1, "HTMLRadioButton"),
+                                     std::pair(2, "RTFRadioButton"), std::pair(3, "XMLRadioButton")})
+    body->AddWide(name, formats_[static_cast<std::size_t>(format)]);
+  formats_[1]->setChecked(true);
+  AddHeading(column);
+  column->Add(status_);
+  column->AddLine({preview_, nullptr, print_, cancel_});
+}
+
+void ExtraForm1::AddHeading(FormColumn* column) {
+  FormGrid* heading = column->AddBox(tr("Heading"));
+  heading->Add("HeaderTextBox", tr("Li&ne above each page:"), heading_);
+  heading->AddPlain("CenterCheckBox", center_);
+  heading->AddPlain("BoldCheckBox", bold_);
+  heading->AddPlain("UnderlineCheckBox", underline_);
+}
+
+// The button that cancels, and closes, is always there.
+void ExtraForm1::EnableControls() {
+  const bool is_idle = !task_->is_running();
+  file_->SetEnabled(is_idle);
+  for (QWidget* control :
+       std::initializer_list<QWidget*>{left_, top_, right_, heading_, center_, bold_, underline_, preview_, print_})
+    control->setEnabled(is_idle);
+  for (QRadioButton* format : formats_) format->setEnabled(is_idle);
+}
+
+mail_file::PrintForm ExtraForm1::Form() const {
+  mail_file::PrintForm form;
+  form.file = FromQt(file_->box()->text());
+  form.left = FromQt(left_->text());
+  form.top = FromQt(top_->text());
+  form.right = FromQt(right_->text());
+  for (std::size_t i = 0; i < formats_.size(); ++i) {
+    if (formats_[i]->isChecked()) form.format = static_cast<mail_file::BodyFormat>(i);
+  }
+  form.heading = FromQt(heading_->text());
+  form.is_centred = center_->isChecked();
+  form.is_bold = bold_->isChecked();
+  form.is_underlined = underline_->isChecked();
+  return form;
+}
+
+void ExtraForm1::Begin(Use use) {
+  const mail_file::PrintForm form = Form();
+  if (const auto complaint = mail_file::CheckPrint(form)) {
+    program_.prompts.Warn(complaint->message);
+    const std::array<QWidget*, 4> boxes = {file_->box(), left_, top_, right_};  // by PrintControl
+    return boxes.at(static_cast<std::size_t>(*complaint->control))->setFocus();
+  }
+  status_->Say(tr("Reading %1…").arg(file_->box()->text()));
+  task_->Start([this, &program = program_, form, use](const platform::CancelToken& cancel) -> std::function<void()> {
+    const auto reading = std::make_shared<Reading>(Read(program, form, cancel));
+    return [this, reading, use] { Take(reading, use); };
+  });
+  EnableControls();
+  cancel_->setFocus();
+}
+
+ExtraForm1::Reading ExtraForm1::Read(const profile::Program& program, const mail_file::PrintForm& form,
+                                     const platform::CancelToken& cancel) {
+  const auto mode = mail_file::LoadModeOf(program.settings);
+  if (!mode) return {{}, {}, mode.error()};
+  const auto loading = mail_file::Load(form.file, {*mode, &cancel});
+  if (!loading) return {{}, {}, loading.error()};
+  Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}};
+  if (!loading->message) return reading;
+  auto body = mail_file::ReadPrintedBody(*loading->message, form.format, &cancel);
+  if (!body) return {reading.warning, {}, body.error()};
+  auto pictures = DecodePictures(body->page.pictures);
+  reading.pages = MessagePages{form, *std::move(body), std::move(pictures)};
+  return reading;
+}
+
+void ExtraForm1::Take(const std::shared_ptr<Reading>& reading, Use use) {
+  EnableControls();
+  print_->setFocus();
+  status_->Say({});
+  if (!reading->warning.empty()) program_.prompts.Warn(reading->warning);
+  if (reading->error) status_->Fail(*reading->error);
+  if (reading->pages) return (this->*use)(std::make_shared<const MessagePages>(std::move(*reading->pages)));
+  const bool was_given_up = reading->error && reading->error->failure == Failure::kTryAgain;
+  if (!was_given_up) program_.prompts.Warn(mail_file::kNoMessageHandle);
+}
+
+void ExtraForm1::Print(std::shared_ptr<const MessagePages> pages) {
+  const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  if (!choose_printer(*printer)) return ShowEnd({mail_file::PrintCode::kCancelled, 0, {}});
+  status_->Say(tr("Printing…"));
+  task_->Start([this, printer, pages, own = program_.folders.OwnFiles()](const platform::CancelToken&) {
+    const auto printed = PrintMessageFile(*printer, *pages, own);
+    return [this, printed] { ShowEnd(printed); };
+  });
+  EnableControls();
+}
+
+void ExtraForm1::ShowEnd(const PrintedMessage& printed) {
+  EnableControls();
+  print_->setFocus();
+  status_->Say(tr("Pages printed: %1").arg(printed.pages));
+  if (printed.code != mail_file::PrintCode::kPrinted) {
+    status_->Say({});
+    program_.prompts.Warn(mail_file::TextOf(printed.code));
+  }
+  if (printed.error) status_->Fail(*printed.error);
+  program_.prompts.Inform("Print process has been completed.");
+}
+
+void ExtraForm1::ShowPages(std::shared_ptr<const MessagePages> pages) {
+  QPrinter printer(QPrinter::HighResolution);
+  QPrintPreviewDialog dialog(&printer, this);
+  dialog.setObjectName("PrintPreviewDialog");
+  dialog.setWindowTitle(tr("Pages"));
+  connect(&dialog, &QPrintPreviewDialog::paintRequested, this,
+          [pages](QPrinter* shown) { DrawMessage(*shown, *pages); });
+  dialog.exec();
+}
+
+void ExtraForm1::reject() {
+  if (task_->is_running()) return task_->Cancel();
+  QDialog::reject();
+}
+
+}  // namespace quillcast::desktop
