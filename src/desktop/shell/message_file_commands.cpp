@@ -1,9 +1,12 @@
 // The commands for message files.
+#include <QLineEdit>
+
 #include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
+#include "desktop/mail_file/extra_form4.h"
 #include "desktop/mail_file/message_form.h"
 #include "desktop/run/extra_form3.h"
 #include "desktop/shell/commands.h"
@@ -47,6 +50,11 @@ void ImportMessage(Shell& shell) {
 
 void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
   MessageTools tools;
+  tools.extract = [&shell](const std::filesystem::path& chosen, QWidget* parent) {
+    ExtraForm4 form(shell.program, parent);
+    form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(chosen));
+    form.exec();
+  };
   tools.take_over = [&shell](const std::filesystem::path& chosen, QWidget* parent) {
     ImportMessageFrom(shell, chosen, parent);
   };
