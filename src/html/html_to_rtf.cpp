@@ -201,7 +201,8 @@ class Reader {
 
   void StartTable(const HtmlToken& token) {
     MakePlace();
-    const bool has_begun = body_.BeginTable(HasBorder(tokenizer_, token), ColumnsAhead(tokenizer_));
+    const bool has_begun =
+        body_.MayBeginTable() && body_.BeginTable(HasBorder(tokenizer_, token), ColumnsAhead(tokenizer_));
     Push(HtmlRole::kTable, token);
     open_.back().is_table_part = has_begun;
     style_.paragraph = {};

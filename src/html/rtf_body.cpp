@@ -179,7 +179,7 @@ int RtfBody::room() const {
 }
 
 bool RtfBody::BeginTable(bool has_border, std::size_t columns) {
-  if (tables_.size() >= kMostTables) return false;
+  if (!MayBeginTable()) return false;
   EndParagraph();
   Place& place = places_.back();
   if (place.has_paragraph) place.text += "\\par\n";

@@ -73,6 +73,7 @@ class RtfBody {
 
   // False when there are too many in each other; then nothing was begun.
   bool BeginTable(bool has_border, std::size_t columns);
+  bool MayBeginTable() const { return tables_.size() < kMostTables; }
   void BeginRow();
   void BeginCell(std::size_t span, std::optional<std::uint32_t> ground);
   void EndCell();

@@ -99,7 +99,8 @@ class Copy {
     if (IsAmong(kDropped, special_) || (is_before_head_ && platform::Trim(text).empty())) return;
     AddHead();
     if (special_ == "style") {
-      out_.append("<style>").append(SafeCss(text)) += "</style>";
+      const std::string css = SafeCss(text);
+      if (!css.empty()) out_.append("<style>").append(css) += "</style>";
       return;
     }
     const std::string escaped = EscapedForHtml(is_raw ? text : DecodeCharacterReferences(text));

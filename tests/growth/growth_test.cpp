@@ -23,10 +23,12 @@
 #include "document/message_document.h"
 #include "document/message_properties.h"
 #include "document/signature.h"
+#include "html/html_to_rtf.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
 #include "html/local_pictures.h"
+#include "html/safe_page.h"
 #include "mail_file/mail_message.h"
 #include "message/escape_in_styles.h"
 #include "message/related_pictures.h"
@@ -140,6 +142,8 @@ void ReadAttributes(const std::string& html) {
 const std::vector<NamedReader> kHtmlReaders = {
     {"HtmlTokenizer", ReadAttributes},
     {"HtmlToText", [](const std::string& html) { return html::HtmlToText(html); }},
+    {"HtmlToRtf", [](const std::string& html) { return html::HtmlToRtf(html).text; }},
+    {"SafePage", [](const std::string& html) { return html::SafePage(html, {}); }},
     {"LookAt",
      [](const std::string& html) {
        document::MessageDocument document;
