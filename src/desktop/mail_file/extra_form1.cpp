@@ -168,7 +168,7 @@ void ExtraForm1::Take(const std::shared_ptr<Reading>& reading, Use use) {
   if (!was_given_up) program_.prompts.Warn(mail_file::kNoMessageHandle);
 }
 
-void ExtraForm1::Print(std::shared_ptr<const MessagePages> pages) {
+void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {
   const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   if (!choose_printer(*printer)) return ShowEnd({mail_file::PrintCode::kCancelled, 0, {}});
   status_->Say(tr("Printing…"));
@@ -191,7 +191,7 @@ void ExtraForm1::ShowEnd(const PrintedMessage& printed) {
   program_.prompts.Inform("Print process has been completed.");
 }
 
-void ExtraForm1::ShowPages(std::shared_ptr<const MessagePages> pages) {
+void ExtraForm1::ShowPages(const std::shared_ptr<const MessagePages>& pages) {
   QPrinter printer(QPrinter::HighResolution);
   QPrintPreviewDialog dialog(&printer, this);
   dialog.setObjectName("PrintPreviewDialog");

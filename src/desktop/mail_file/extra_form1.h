@@ -42,7 +42,7 @@ class ExtraForm1 final : public QDialog {
     std::optional<MessagePages> pages;
     std::optional<Error> error;
   };
-  using Use = void (ExtraForm1::*)(std::shared_ptr<const MessagePages> pages);
+  using Use = void (ExtraForm1::*)(const std::shared_ptr<const MessagePages>& pages);
 
   void MakeWindow();
   void AddHeading(FormColumn* column);
@@ -52,9 +52,9 @@ class ExtraForm1 final : public QDialog {
   static Reading Read(const profile::Program& program, const mail_file::PrintForm& form,
                       const platform::CancelToken& cancel);
   void Take(const std::shared_ptr<Reading>& reading, Use use);
-  void Print(std::shared_ptr<const MessagePages> pages);
+  void Print(const std::shared_ptr<const MessagePages>& pages);
   void ShowEnd(const PrintedMessage& printed);
-  void ShowPages(std::shared_ptr<const MessagePages> pages);
+  void ShowPages(const std::shared_ptr<const MessagePages>& pages);
 
   const profile::Program& program_;
   BackgroundTask* task_;

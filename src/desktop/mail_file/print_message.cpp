@@ -86,7 +86,7 @@ class Pages {
     const QRect line(room_.left(), room_.top(), room_.width(), line_);
     const QString text =
         QFontMetrics(font, &printer_).elidedText(ToQt(form_.heading).simplified(), Qt::ElideRight, line.width());
-    painter_.drawText(line, (form_.is_centred ? Qt::AlignHCenter : Qt::AlignLeft) | Qt::AlignTop, text);
+    painter_.drawText(line, form_.is_centred ? Qt::AlignHCenter : Qt::AlignLeft, text);
     painter_.restore();
   }
 
