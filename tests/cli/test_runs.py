@@ -164,9 +164,13 @@ class Runs(Case):
         for options in (["--dry-run"], ["--dry-run", "--range", "2-3"]):
             self.assertEqual(self.mailing(*options)[1], 0)
             self.assertEqual((box.index(), self.reports()), ([], []), "a dry run leaves nothing")
-        for wrong in ("0-2", "3-2", "5-7", "x", "1-2-3", "-1", "99999999999999999999-1", ""):
-            if wrong:
-                self.assertEqual(self.mailing(f"--range={wrong}")[1], 64, wrong)
+        for wrong in ("0-2", "3-2", "5-7", "x", "1-2-3", "-1", "99999999999999999999-1"):
+            self.assertEqual(self.mailing(f"--range={wrong}")[1], 64, wrong)
+        for option in ("--range", "--to-file", "--to-folder", "--to-mbox", "--proof", "--as", "--text", "--attach"):
+            _, code, err = self.mailing(f"{option}=")
+            self.assertEqual(code, 64, f"{option}: a script with an empty variable does not mean everybody")
+            self.assertIn("names no ", err)
+        self.assertEqual(box.index(), [])
         lines, code, err = self.mailing("--range", "2-4")
         self.assertEqual((code, [line.get("position") for line in lines]), (0, [2, 3, 4, None]), err)
         self.assertIn("\r\nPartial Sending to 3 recipients (from #2 to #4).\r\n", self.report())
