@@ -18,7 +18,7 @@ Result<ChosenFolder> ChosenFolder::Open(const std::filesystem::path& path, const
     error.failure = Failure::kCannotCreate;
     return error;
   }
-  return ChosenFolder(path, std::move(fd));
+  return ChosenFolder(path, std::move(fd), own);
 }
 
 // O_EXCL takes a link for what exists. A name without a separator stays in the folder, whoever moves that meanwhile.
@@ -27,6 +27,7 @@ Result<platform::UniqueFd> ChosenFolder::CreateAs(const std::string& name) const
       name.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
     return Error{Failure::kCannotCreate, Say("\"{}\" is no name for a file.", platform::Printable(name))};
   }
+  if (const auto other = platform::CheckIsNotOwn(path_ / name, own_); !other) return other.error();
   platform::UniqueFd fd(::openat(fd_.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (fd || errno == EEXIST) return fd;
   return platform::SystemError("create", path_ / name, errno);

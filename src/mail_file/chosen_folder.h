@@ -1,5 +1,6 @@
 // A folder that a person chose, into which files go that strangers named. Nothing in it is written over, and nothing is
-// written anywhere else: a link that lies in it is something that exists, wherever it leads.
+// written anywhere else: a link that lies in it is something that exists, wherever it leads. No file gets the name of
+// one that the program keeps, or that a database of the program would take for its own.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +33,8 @@ class ChosenFolder {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  ChosenFolder(std::filesystem::path path, platform::UniqueFd fd) : path_(std::move(path)), fd_(std::move(fd)) {}
+  ChosenFolder(std::filesystem::path path, platform::UniqueFd fd, platform::OwnFiles own)
+      : path_(std::move(path)), fd_(std::move(fd)), own_(std::move(own)) {}
   Result<platform::UniqueFd> CreateAs(const std::string& name) const;
   Result<platform::UniqueFd> Create(const std::string& name, std::string& taken);
   Result<void> Fill(const platform::UniqueFd& fd, const std::string& taken,
@@ -40,6 +42,7 @@ class ChosenFolder {
 
   std::filesystem::path path_;
   platform::UniqueFd fd_;
+  platform::OwnFiles own_;
   std::unordered_map<std::string, std::size_t>
       last_number_;  // of each name that was taken, so that none is tried twice
 };

@@ -1,4 +1,5 @@
 // The dialogs for message files that take the message of the main window, or make it: what they check, do and say.
+#include <QBuffer>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -12,6 +13,7 @@
 #include "desktop/form_rig.h"
 #include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
+#include "desktop/mail_file/foreign_page.h"
 #include "desktop/run/extra_form3.h"
 #include "platform/file_attributes.h"
 
@@ -228,6 +230,29 @@ class ExtraFormsTest : public QObject {
     QCOMPARE(scene.Run("PrintButton"),
              "warn: Error 258: File IO error. | warn: There was an error creating the message handle.");
     QVERIFY(!std::filesystem::exists(scene.rig.folder / "out.pdf"));
+  }
+
+  // Small files that are large pictures.
+  void picturesTakeNoMoreThanTheirRoom() {
+    QImage tall(1000, 4000, QImage::Format_RGB32);
+    tall.fill(Qt::white);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QVERIFY(tall.save(&buffer, "PNG"));
+    const std::vector<mail_file::ShownPicture> pictures(20, {"image/png", bytes.toStdString()});
+    platform::CancelToken cancel;
+    qsizetype size = 0;
+    const auto images = DecodePictures(pictures, cancel);
+    for (const QImage& image : images) size += image.sizeInBytes();
+    QCOMPARE(images.size(), pictures.size());
+    QCOMPARE(images.front().size(), tall.size());
+    QVERIFY2(size <= 64 << 20, qPrintable(QString::number(size)));
+    const QImage huge = tall.scaled(1000, 20000);
+    buffer.seek(0);
+    QVERIFY(huge.save(&buffer, "PNG"));
+    QVERIFY(DecodePictures({{"image/png", bytes.toStdString()}}, cancel).front().isNull());
+    cancel.Request();
+    QVERIFY(DecodePictures(pictures, cancel).front().isNull());
   }
 
   void asksAboutALockedFileThatIsChosen() {

@@ -501,7 +501,13 @@ class MainFormTest : public QObject {
       QVERIFY(form.findChild<QLabel*>("MessageStatus")->text().contains("https://x.example/"));
       QCOMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
       QCOMPARE(page.document()->resource(QTextDocument::ImageResource, QUrl::fromLocalFile(ToQt(picture))), QVariant());
-      QVERIFY(form.findChild<QPushButton*>("ExtractButton")->isEnabled());
+      for (const auto& [button, tool] :
+           {std::pair("ExtractButton", "ExtraForm4"), {"ImportButton", "ExtraForm2"}, {"PrintButton", "ExtraForm1"}}) {
+        test::WhileOpen(tool, [&](QDialog& opened) {
+          QCOMPARE(opened.findChild<QLineEdit*>("FilePathTextBox")->text(), ToQt(file));
+        });
+        QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+      }
       seen = true;
     });
     scene.window->Open({file});

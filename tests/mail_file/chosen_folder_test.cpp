@@ -118,6 +118,21 @@ TEST(ChosenFolder, IsNeitherAFileNorTheProgramsOwn) {
   for (const char* name : {"file", "gone", "data"}) EXPECT_FALSE(ChosenFolder::Open(place / name, own)) << name;
 }
 
+// A part that is called like the settings' journal would be rolled back into them.
+TEST(ChosenFolder, GivesNoFileANameThatTheProgramTakesForItsOwn) {
+  const test::TemporaryFolder place;
+  const platform::OwnFiles own{.kept = {place / "settings.db"}, .free = {}};
+  auto folder = ChosenFolder::Open(place.path(), own);
+  ASSERT_TRUE(folder);
+  const auto write = [](int, const fs::path&) { return Result<void>(); };
+  for (const char* name : {"settings.db", "settings.db-journal", "settings.db-wal", "settings.db-shm"}) {
+    EXPECT_EQ(folder->WriteNew(name, write).error().failure, Failure::kNotPermitted) << name;
+    EXPECT_EQ(folder->WriteAs(name, write).error().failure, Failure::kNotPermitted) << name;
+    EXPECT_FALSE(fs::exists(place / name)) << name;
+  }
+  EXPECT_TRUE(folder->WriteNew("settings.txt", write));
+}
+
 TEST(WorkingFolder, IsOursAloneAndGoesAway) {
   test::TemporaryFolder place;
   test::FakeClock clock;

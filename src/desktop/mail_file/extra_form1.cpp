@@ -152,7 +152,7 @@ ExtraForm1::Reading ExtraForm1::Read(const profile::Program& program, const mail
   if (!loading->message) return reading;
   auto body = mail_file::ReadPrintedBody(*loading->message, form.format, &cancel);
   if (!body) return {reading.warning, {}, body.error()};
-  auto pictures = DecodePictures(body->page.pictures);
+  auto pictures = DecodePictures(body->page.pictures, cancel);
   reading.pages = MessagePages{form, *std::move(body), std::move(pictures)};
   return reading;
 }

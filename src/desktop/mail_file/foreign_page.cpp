@@ -8,26 +8,35 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr qint64 kMostPixels = 50'000'000;
+constexpr qint64 kMostPixels = 16 * 1024 * 1024;  // of four bytes
 constexpr int kWidest = 1600;
 
-QImage Decode(const mail_file::ShownPicture& picture) {
+qint64 Pixels(const QSize& size) { return qint64{size.width()} * size.height(); }
+
+// Photographs alone are made smaller while they are decoded; of others all pixels stand in memory at first.
+QImage Decode(const mail_file::ShownPicture& picture, qint64 room) {
   QByteArray bytes = QByteArray::fromRawData(picture.bytes.data(), static_cast<qsizetype>(picture.bytes.size()));
   QBuffer buffer(&bytes);
   QImageReader reader(&buffer, QByteArray::fromStdString(picture.type.substr(picture.type.find('/') + 1)));
   reader.setAutoTransform(true);
   const QSize size = reader.size();
-  if (!size.isValid() || qint64{size.width()} * size.height() > kMostPixels) return {};
-  if (size.width() > kWidest) reader.setScaledSize(size.scaled(kWidest, size.height(), Qt::KeepAspectRatio));
+  const QSize shown = size.width() > kWidest ? size.scaled(kWidest, size.height(), Qt::KeepAspectRatio) : size;
+  const qint64 most = picture.type == "image/jpeg" ? 8 * kMostPixels : kMostPixels;
+  if (!size.isValid() || Pixels(size) > most || Pixels(shown) > room) return {};
+  if (shown != size) reader.setScaledSize(shown);
   return reader.read();
 }
 
 }  // namespace
 
-std::vector<QImage> DecodePictures(const std::vector<mail_file::ShownPicture>& pictures) {
-  std::vector<QImage> images;
-  images.reserve(pictures.size());
-  for (const auto& picture : pictures) images.push_back(Decode(picture));
+std::vector<QImage> DecodePictures(const std::vector<mail_file::ShownPicture>& pictures,
+                                   const platform::CancelToken& cancel) {
+  std::vector<QImage> images(pictures.size());
+  qint64 room = kMostPixels;
+  for (std::size_t i = 0; i < pictures.size() && cancel.Requested() == platform::Stop::kNone; ++i) {
+    images[i] = Decode(pictures[i], room);
+    room -= Pixels(images[i].size());
+  }
   return images;
 }
 

@@ -9,9 +9,11 @@
 
 namespace quillcast::desktop {
 
-// The pictures of a body, decoded; no wider than a page takes. One that cannot be decoded, or is larger than 50
-// megapixels, is empty. May be called on any thread.
-std::vector<QImage> DecodePictures(const std::vector<mail_file::ShownPicture>& pictures);
+// The pictures of a body, decoded; no wider than a page takes, 64 MiB in all. One that cannot be decoded, would take
+// more than that by itself or finds no room is empty. May be called on any thread; what is left when it is cancelled
+// is empty too.
+std::vector<QImage> DecodePictures(const std::vector<mail_file::ShownPicture>& pictures,
+                                   const platform::CancelToken& cancel);
 
 class ForeignPage final : public QTextDocument {
   Q_OBJECT

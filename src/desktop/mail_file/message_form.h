@@ -13,7 +13,7 @@ namespace quillcast::desktop {
 
 class MessageView;
 
-// What the buttons do with the file: each opens its dialog.
+// What the buttons do with the file: each opens its dialog. All are set.
 struct MessageTools {
   using Tool = std::function<void(const std::filesystem::path& file, QWidget* parent)>;
   Tool extract;

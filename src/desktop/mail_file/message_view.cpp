@@ -139,7 +139,7 @@ MessageView::Reading MessageView::Read(const std::filesystem::path& file, mail_f
   auto body = mail_file::ReadShownBody(*reading.message, kMostHtml, &cancel);
   if (!body) reading.error = body.error();
   if (body) reading.body = *std::move(body);
-  reading.pictures = DecodePictures(reading.body.pictures);
+  reading.pictures = DecodePictures(reading.body.pictures, cancel);
   auto beginning = BeginningOf(file);
   if (!beginning) reading.error = beginning.error();
   if (beginning) reading.beginning = *std::move(beginning);
