@@ -102,7 +102,7 @@ class Properties(Case):
         self.assertEqual(json.loads(self.ok("--json", "properties", self.write("empty.txt", ""))), {
             "location": str(self.folder / "empty.txt"), "title": "Not Available", "direction": "None", "language": "None",
             "charset": "None"})
-        self.write("a.png", b"\x89PNG" + b"x" * 3000)
+        self.write("a.png", b"\x89PNG\r\n\x1a\n" + b"x" * 3000)
         page = self.write("check.html", "<title>T</title><p>One two three<img src=a.png width=20 alt=x><img src=no.png width=20 alt=y>"
                           "<a href='https://evil.example/'>bank.example</a> <a href='https://a.example/unsubscribe'>off</a>")
         told = self.ok("properties", page, "--check")

@@ -42,7 +42,8 @@ class Start(Case):
         told = collections.defaultdict(str)
         for command, topic in re.findall(r"^\.B (\w+)(.*?)(?=^\.TP|^\.SH)", text, re.M | re.S):
             told[command] += topic
-        told["preview"] += told["send"]
+        for other in ("preview", "message"):
+            told[other] += told["send"]
         told[""] = text[text.index(".SH OPTIONS"):]
 
         def look(*command):
