@@ -112,7 +112,7 @@ class Properties(Case):
             self.assertIn(line, told)
         checked = json.loads(self.ok("--json", "properties", page, "--check"))
         self.assertEqual((checked["title"], checked["words"], checked["pictureCount"], checked["linkCount"]), ("T", 5, 2, 2))
-        self.assertEqual(checked["pictures"], [{"file": "a.png", "size": 3004}, {"file": "no.png", "size": None}])
+        self.assertEqual(checked["pictures"], [{"file": "a.png", "size": 3008}, {"file": "no.png", "size": None}])
         self.assertEqual(checked["links"][1], {"text": "off", "target": "https://a.example/unsubscribe", "trouble": None})
         self.assertIn("shows another address", checked["links"][0]["trouble"])
         self.assertEqual(len(checked["findings"]), 2)

@@ -43,6 +43,7 @@
 #include "desktop/shell/single_instance.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/start_window.h"
+#include "desktop/shell/status_panel.h"
 #include "document/drafts.h"
 #include "platform/file.h"
 #include "platform/system_name.h"
@@ -480,6 +481,18 @@ class MainFormTest : public QObject {
     scene.window->Open({"/nowhere/page.html", first});
     QTRY_VERIFY2(scene.Status().endsWith("Not opened: " + ToQt(first) + "."), qPrintable(scene.Status()));
     QVERIFY2(scene.Status().contains("/nowhere/page.html"), qPrintable(scene.Status()));
+  }
+
+  void whatIsSaidAgainStandsAsLongAgain() {
+    StatusPanel panel(nullptr);
+    auto& end = *panel.findChild<QTimer*>();
+    panel.Say("Saved.");
+    QTest::qWait(50);
+    const int left = end.remainingTime();
+    panel.Say("Saved.");
+    QVERIFY(end.remainingTime() > left);
+    end.start(0);
+    QTRY_COMPARE(panel.text(), QString("For Help Press F1"));
   }
 
   void aMessageFileIsShownAndTheMessageStays() {

@@ -12,7 +12,10 @@ constexpr int kSentenceTime = 15000;  // milliseconds
 
 }  // namespace
 
-StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent) {
+StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent), end_(new QTimer(this)) {
+  end_->setSingleShot(true);
+  end_->setInterval(kSentenceTime);
+  connect(end_, &QTimer::timeout, this, [this] { Say({}); });
   setObjectName("StatusPanel1");
   setText(Translated(profile::kStatusPanels[0]));
   setTextFormat(Qt::PlainText);
@@ -21,9 +24,8 @@ StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent) {
 
 void StatusPanel::Say(const QString& sentence) {
   setText(sentence.isEmpty() ? Translated(profile::kStatusPanels[0]) : sentence);
-  QTimer::singleShot(kSentenceTime, this, [this, sentence] {
-    if (text() == sentence) setText(Translated(profile::kStatusPanels[0]));
-  });
+  if (sentence.isEmpty()) return end_->stop();
+  end_->start();
 }
 
 QString StatusPanel::said() const { return text() == Translated(profile::kStatusPanels[0]) ? QString() : text(); }

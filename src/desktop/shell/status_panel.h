@@ -3,6 +3,8 @@
 
 #include <QLabel>
 
+class QTimer;
+
 namespace quillcast::desktop {
 
 class StatusPanel final : public QLabel {
@@ -14,6 +16,9 @@ class StatusPanel final : public QLabel {
   void Say(const QString& sentence);
   // What stands there of that; empty for none.
   QString said() const;
+
+ private:
+  QTimer* end_;  // of the sentence that stands there
 };
 
 }  // namespace quillcast::desktop
