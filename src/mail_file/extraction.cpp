@@ -18,11 +18,9 @@ struct SameFileRule {
 };
 constexpr std::array kSameFileRules = {
     SameFileRule{&ExtractionRequest::body_file, &ExtractionRequest::recipients_file,
-                 "You cannot assign a single file for both Message Body and "
-                 "Recipients."},
+                 "You cannot assign a single file for both Message Body and Recipients."},
     SameFileRule{&ExtractionRequest::body_file, &ExtractionRequest::stamps_file,
-                 "You cannot assign a single file for both Message Body and "
-                 "Timestamps."},
+                 "You cannot assign a single file for both Message Body and Timestamps."},
     SameFileRule{&ExtractionRequest::recipients_file, &ExtractionRequest::stamps_file,
                  "You cannot assign a single file for both Recipients and Timestamps."},
 };
@@ -110,10 +108,13 @@ class Extraction {
     Replace(file, [&](int fd) { return platform::WriteAll(fd, file, encoded); });
   }
 
-  // A rename would replace a locked file all the same; it is left, as the
-  // person's answer was.
+  // A rename would replace a locked file all the same; it is left, as the person's answer was.
   void Replace(const std::string& file, const std::function<Result<void>(int fd)>& write) {
     if (IsCancelled()) return;
+    if (std::filesystem::equivalent(file, request_.file, IgnoreErrors())) {
+      return Fail({Failure::kNotPermitted, Say("{} is the message file itself, and was left as it is.", file),
+                   "Name another file."});
+    }
     if (platform::IsLocked(file)) {
       return Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Unlock it, or name another file."});
     }

@@ -142,6 +142,16 @@ TEST(Extraction, GoesOnPastWhatFails) {
   EXPECT_FALSE(fs::exists(scene.place / "body"));
 }
 
+TEST(Extraction, LeavesTheMessageFileAsItIs) {
+  Scene scene;
+  fs::create_symlink(scene.request.file, scene.place / "link");
+  for (const std::string& file : {scene.request.file, scene.In("link")}) {
+    scene.request.body_file = file;
+    EXPECT_EQ(scene.Extract().failed, 1U) << file;
+    EXPECT_EQ(test::ReadAll(scene.request.file), kLetter);
+  }
+}
+
 TEST(Extraction, LeavesNothingHalfOnAFullDisk) {
   Scene scene;
   scene.request.parts_folder = scene.In("parts");
