@@ -166,6 +166,9 @@ void RecipientImportForm::ConnectControls() {
   connect(file_, &QLineEdit::editingFinished, this, [this] {
     if (file_->text() != looked_at_) TakeFile(file_->text());
   });
+  // Else what waits could be done twice, in the other mode, or over a box that was opened meanwhile.
+  for (const auto* button : findChildren<QAbstractButton*>())
+    connect(button, &QAbstractButton::pressed, this, [this] { after_look_ = nullptr; });
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::ShowWarnings);
   connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);

@@ -57,7 +57,6 @@ class RecipientImportForm final : public QDialog {
   struct Wish {
     bool is_new_file = false;  // its delimiter is found out
     bool fills_lists = false;
-    bool applies = false;   // a mapping that waits for the fields
     bool proposes = false;  // the headings, once the columns that have them are taken
   };
   // What a look at the file came to.
@@ -87,10 +86,11 @@ class RecipientImportForm final : public QDialog {
   void LookAtFile(const Wish& wish);
   void TakeLook(const Look& look);
   // Whether a look is under way. What is wanted then hangs on what it comes to: `then` is called when it has ended,
-  // unless another file is chosen first.
+  // unless another file is chosen, or another button pressed, first.
   bool WaitsForLook(void (RecipientImportForm::*then)());
   void ShowLook(const Look& look);
   void ShowNoLook(const Look& look);
+  void ForgetSample(const QString& why = {});
   void TakeFormat(const Look& look);
   void ShowSample();
   void SayHowItIsRead(const Look& look);

@@ -133,7 +133,7 @@ void RecipientImportForm::ApplyMapping(const recipients::KeptMapping& kept) {
   looked_at_ = file_->text();
   TakeMapping(kept);
   EnableControls();
-  LookAtFile({.applies = true});
+  LookAtFile({});
 }
 
 // How the lines are cut comes first: the fields to choose from hang on it.

@@ -98,6 +98,7 @@ void RecipientImportForm::Start() {
       give_up_.End([this, outcome] { ShowEnd(*outcome); });
     };
   });
+  if (look_->is_running()) ForgetSample();  // another reading of it was to be shown
   tick_->start(kTick);
   EnableControls();
   progress_->button()->setFocus();

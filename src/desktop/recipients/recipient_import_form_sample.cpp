@@ -48,18 +48,13 @@ void RecipientImportForm::Browse() {
 
 // What was read of another file is no longer there, and what was picked for it does not hold.
 void RecipientImportForm::SetBack() {
-  sample_.reset();
-  proposed_.reset();
-  odd_.clear();
-  is_quoted_ = false;
+  ForgetSample();
   after_look_ = nullptr;
   waiting_.reset();
-  known_.reset();
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
   sheet_is_picked_ = false;
   mapping_->Offer({});
-  table_->Clear();
   bar_->Count(0, 1);
   Warn({});
   status_->Say({});
@@ -67,8 +62,8 @@ void RecipientImportForm::SetBack() {
 
 void RecipientImportForm::TakeFile(const QString& file) {
   const bool had_file = !looked_at_.isEmpty();
-  const bool had_mapping = !mapping_->Mapping().IsAllIgnore();
-  if (had_file && had_mapping) remembered_.insert(looked_at_, Current());
+  const bool had_mapping = waiting_ || !mapping_->Mapping().IsAllIgnore();
+  if (had_file && had_mapping) remembered_.insert(looked_at_, waiting_ ? *waiting_ : Current());
   file_->setText(file);
   looked_at_ = file;
   SetBack();
@@ -87,7 +82,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
   was_set_back_ = had_mapping && remembered == remembered_.cend();
   if (remembered != remembered_.cend()) TakeMapping(*remembered);
   EnableControls();
-  if (!file.isEmpty()) LookAtFile({.is_new_file = true, .applies = waiting_.has_value()});
+  if (!file.isEmpty()) LookAtFile({.is_new_file = true});
 }
 
 void RecipientImportForm::GetData() {
@@ -127,7 +122,7 @@ void RecipientImportForm::LookAtFile(const Wish& wish) {
   if (look_->is_running()) {
     const Wish before = look_again_.value_or(looking_for_);
     look_again_ = Wish{before.is_new_file || wish.is_new_file, before.fills_lists || wish.fills_lists,
-                       before.applies || wish.applies, before.proposes || wish.proposes};
+                       before.proposes || wish.proposes};
     look_->Cancel();
     return;
   }
@@ -174,13 +169,18 @@ bool RecipientImportForm::WaitsForLook(void (RecipientImportForm::*then)()) {
 }
 
 // What another reading showed is not what this one would give.
-void RecipientImportForm::ShowNoLook(const Look& look) {
+void RecipientImportForm::ForgetSample(const QString& why) {
   sample_.reset();
   proposed_.reset();
   odd_.clear();
   is_quoted_ = false;
   known_.reset();
-  table_->Clear(tr("The file could not be read."));
+  table_->Clear(why);
+  if (waiting_) mapping_->Offer({});  // they are of that reading, or of another mapping
+}
+
+void RecipientImportForm::ShowNoLook(const Look& look) {
+  ForgetSample(tr("The file could not be read."));
   if (looking_for_.fills_lists) OfferFields();
   Warn({});
   EnableControls();
@@ -235,10 +235,8 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
   status_->Say(sentences.join(' '));
   odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;
-  if (looking_for_.applies) {
-    if (auto lacking = LackingSheet()) odd_.push_back(std::move(*lacking));
-    if (auto lacking = ChooseWaiting()) odd_.push_back(std::move(*lacking));
-  }
+  if (auto lacking = LackingSheet()) odd_.push_back(std::move(*lacking));
+  if (auto lacking = ChooseWaiting()) odd_.push_back(std::move(*lacking));
   for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
   ShowWarnings();
 }
