@@ -4,6 +4,8 @@
 
 #include "message/body_import.h"
 #include "platform/text.h"
+#include "run/run_words.h"
+#include "run/sending_run.h"
 #include "smtp/result_code.h"
 
 namespace quillcast::run {
@@ -27,6 +29,8 @@ constexpr Words kWrittenWords = {"The messages are written into files. Nothing i
                                  "Message written.",
                                  "The messages have been written into files. Nothing was sent.",
                                  "messages written during process."};
+constexpr const char* kPartlyWritten = "Not all messages have been written into files. Nothing was sent.";
+constexpr const char* kNotWritten = "No message has been written into a file. Nothing was sent.";
 
 const Words& WordsOf(Delivery delivery) { return delivery == Delivery::kSent ? kSentWords : kWrittenWords; }
 
@@ -50,11 +54,14 @@ void RunReport::Sent() {
   BlankLine();
 }
 
-void RunReport::Failed(std::int32_t code) {
-  const std::string text =  // the lines are views into it
-      delivery_ == Delivery::kSent ? smtp::WriteSendStatus(code)
-                                   : "The message was not written.\n" + smtp::ResultText(code);
-  for (const auto line : platform::Split(text, '\n')) Line(platform::Trim(line));
+void RunReport::Failed(const smtp::Outcome& outcome) {
+  const auto code = static_cast<std::int32_t>(outcome.code);
+  if (delivery_ == Delivery::kSent) {
+    Lines(smtp::WriteSendStatus(code));
+  } else {
+    Line("The message was not written.");
+    Lines(outcome.reason.empty() ? smtp::ResultText(code) : outcome.reason);
+  }
   BlankLine();
 }
 
@@ -70,11 +77,19 @@ void RunReport::BodyNotLoaded(std::int32_t code) {
   BlankLine();
 }
 
-void RunReport::Completed(std::int64_t sent, std::int64_t failed) {
+void RunReport::Completed(const RunSummary& run) {
   const Words& words = WordsOf(delivery_);
-  Line(words.completed);
-  if (sent > 0) Line(fmt::format("{} {}", sent, words.several));
-  if (failed > 0) Line(fmt::format("{} messages failed during process.", failed));
+  const bool is_sent = delivery_ == Delivery::kSent;
+  if (is_sent || run.everybody_got_it()) {
+    Line(words.completed);
+  } else {
+    Line(run.sent > 0 ? kPartlyWritten : kNotWritten);
+    if (run.cancelled) Line("The run was cancelled.");
+    if (run.stopped) Line("The run stopped: " + InOneLine(*run.stopped));
+  }
+  if (run.sent > 0) Line(fmt::format("{} {}", run.sent, words.several));
+  if (run.failed > 0) Line(fmt::format("{} messages failed during process.", run.failed));
+  if (const auto left = NotTriedIn(run); left && !is_sent) Line(left->InEnglish());
 }
 
 void RunReport::Flush() { Keep(file_.Flush()); }
@@ -83,6 +98,10 @@ void RunReport::Line(std::string_view text) {
   shown_(text);
   Keep(file_.Write(text));
   Keep(file_.Write("\r\n"));
+}
+
+void RunReport::Lines(std::string_view text) {
+  for (const auto line : platform::Split(text, '\n')) Line(platform::Trim(line));
 }
 
 void RunReport::Keep(const Result<void>& written) {

@@ -11,10 +11,12 @@
 #include "platform/result.h"
 #include "recipients/row_source.h"
 #include "run/carrier.h"
+#include "smtp/outcome.h"
 
 namespace quillcast::run {
 
 using recipients::PartialRange;
+struct RunSummary;
 
 class RunReport {
  public:
@@ -27,10 +29,12 @@ class RunReport {
   void SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range);
   void LogLine(std::string_view line);  // of the connection
   void Sent();                          // or written
-  void Failed(std::int32_t code);
+  // With the reason where the message was to be written: there the code says little.
+  void Failed(const smtp::Outcome& outcome);
   void SubjectNotEncoded();
   void BodyNotLoaded(std::int32_t code);  // nothing for a code that has no text
-  void Completed(std::int64_t sent, std::int64_t failed);
+  // Where messages were written, why not all of them, and who was not tried, as well.
+  void Completed(const RunSummary& run);
 
   // Makes what was written so far safe from a kill of this process.
   void Flush();
@@ -39,6 +43,7 @@ class RunReport {
 
  private:
   void Line(std::string_view text);
+  void Lines(std::string_view text);
   void BlankLine() { Line(""); }
   void Keep(const Result<void>& written);
 

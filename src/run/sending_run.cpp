@@ -113,11 +113,11 @@ RunSummary Run::Execute() {
   if (copied) parts_.carrier.Carry(*this);
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
-  report_.Completed(summary_.sent, summary_.failed);
-  Flush();
   summary_.history = history_;
   summary_.delivery = parts_.carrier.delivery();
   summary_.cancelled = IsCancelled() && summary_.not_tried > 0;
+  report_.Completed(summary_);
+  Flush();
   return summary_;
 }
 
@@ -223,7 +223,7 @@ void Run::Settle(std::int64_t position, const std::string& address, const smtp::
     report_.Sent();
   } else {
     ++summary_.failed;
-    report_.Failed(static_cast<std::int32_t>(outcome.code));
+    report_.Failed(outcome);
   }
   listener_.Finished({position, address, outcome});
 }

@@ -55,9 +55,9 @@ struct RunSummary {
   std::int64_t failed = 0;     // refused, deferred, failed or unknown
   std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop: those at the end
   std::int64_t last = 0;       // the place in the list of the last whom the run was for
-  std::string history;         // the base name
+  std::string history = {};    // the base name
   bool cancelled = false;
-  std::optional<Error> stopped;  // why the run ended before its last recipient, where it was not cancelled
+  std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
 
   // Nobody is left, whatever became of each.

@@ -6,10 +6,15 @@
 
 #include <csignal>
 
+#include "run/sending_run.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
 namespace {
+
+smtp::Outcome FailureWith(int code, std::string reason = {}) {
+  return {.code = static_cast<smtp::ResultCode>(code), .reply = {}, .reason = std::move(reason)};
+}
 
 RunReport ReportInto(const std::filesystem::path& file, std::vector<std::string>& shown,
                      Delivery delivery = Delivery::kSent) {
@@ -29,9 +34,9 @@ TEST(RunReport, WritesItsLinesToTheLetter) {
     report.LogLine("S: 220 ready");
     report.SubjectNotEncoded();
     report.Sent();
-    report.Failed(9);
-    report.Failed(12);
-    report.Completed(1, 2);
+    report.Failed(FailureWith(9, "It is at home."));
+    report.Failed(FailureWith(12));
+    report.Completed({.sent = 1, .failed = 2, .not_tried = 3, .stopped = Error{Failure::kIo, "The disk is full.", ""}});
     report.Flush();
     EXPECT_FALSE(report.trouble());
   }
@@ -60,8 +65,11 @@ TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
   report.SendingTo(3, PartialRange{2, 4});
   report.SendingTo(3, {});
   report.Sent();
-  report.Failed(8);
-  report.Completed(1, 1);
+  report.Failed(FailureWith(8));
+  report.Failed(FailureWith(1, "The disk is full.\nFree some of it."));
+  report.Completed({.sent = 2});
+  report.Completed({.sent = 1, .failed = 1});
+  report.Completed({.failed = 1});
   EXPECT_EQ(
       shown,
       (std::vector<std::string>{
@@ -69,7 +77,10 @@ TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
           "Writing for 3 recipients.", "Message written.", "", "The message was not written.",
           "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to "
           "handle mail for unknown recipients.",
-          "", "The messages have been written into files. Nothing was sent.", "1 messages written during process.",
+          "", "The message was not written.", "The disk is full.", "Free some of it.", "",
+          "The messages have been written into files. Nothing was sent.", "2 messages written during process.",
+          "Not all messages have been written into files. Nothing was sent.", "1 messages written during process.",
+          "1 messages failed during process.", "No message has been written into a file. Nothing was sent.",
           "1 messages failed during process."}));
 }
 
@@ -79,8 +90,8 @@ TEST(RunReport, LeavesOutCountsOfNothing) {
   RunReport report = ReportInto(folder / "r.txt", shown);
   report.Started();
   report.SendingTo(1, {});
-  report.Completed(0, 1);
-  report.Completed(1, 0);
+  report.Completed({.failed = 1});
+  report.Completed({.sent = 1});
   EXPECT_EQ(shown, (std::vector<std::string>{
                        "Personal Sending process has been started.", "Sending to 1 recipients.",
                        "Personal Sending process has been completed.", "1 messages failed during process.",

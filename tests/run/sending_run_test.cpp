@@ -56,14 +56,21 @@ class FakeCarrier final : public Carrier {
   std::function<void(int step)> at_step;  // before each taking and each result, counted from 1
   int asks_after = 0;                     // so many refusals in a row; 0 for never
   bool withdraws = false;                 // after a stop, what was taken and not begun
+  Delivery kind = Delivery::kSent;
+  std::optional<std::size_t> full_after;  // so many letters it takes no more
   std::vector<std::int64_t> carried;      // who was handed over, in order
 
+  Delivery delivery() const override { return kind; }
+  std::optional<Error> trouble() const override {
+    if (full_after != carried.size()) return {};
+    return Error{Failure::kIo, "The disk is full.", "Free some of it."};
+  }
   void Carry(smtp::JobSource& letters) override {
     std::deque<smtp::Job*> in_flight;
     bool takes = true;
     int refused = 0;
     while (takes || !in_flight.empty()) {
-      while (takes && in_flight.size() < window_) {
+      while (takes && in_flight.size() < window_ && !trouble()) {
         Step();
         smtp::Job* job = letters.NextJob();
         takes = job != nullptr;
@@ -232,7 +239,7 @@ class SendingRun : public ::testing::Test {
     EXPECT_LE(told_.NotesOn("The history has no copy"), 1);
     EXPECT_TRUE(setting.copy_fails || told_.total == range.last - range.first + 1);
     EXPECT_EQ(std::set(carried_.begin(), carried_.end()).size(), carried_.size()) << "nobody gets two";
-    if (setting.room) return;
+    if (setting.room || summary_.delivery == Delivery::kWritten) return;
     EXPECT_EQ(Count(report_, "Message sent successfully."), summary_.sent);
     EXPECT_EQ(Count(report_, "There was an error sending your message."), summary_.failed);
     EXPECT_TRUE(platform::Trim(report_).ends_with(
@@ -374,6 +381,46 @@ TEST_F(SendingRun, LosesNobodyWhereverItIsCancelled) {
         EXPECT_FALSE(summary_.stopped);
       }
     }
+  }
+}
+
+TEST_F(SendingRun, ReportsWhyNotAllMessagesWereWrittenAndWhoWasNotTried) {
+  struct Case {
+    std::optional<std::size_t> full_after;
+    bool cancelled;
+    const char* end;
+  };
+  for (const Case& c : {
+           Case{{},
+                false,
+                "The messages have been written into files. Nothing was sent.\r\n"
+                "3 messages written during process.\r\n"},
+           Case{1, false,
+                "Not all messages have been written into files. Nothing was sent.\r\n"
+                "The run stopped: The disk is full. Free some of it.\r\n"
+                "1 messages written during process.\r\n"
+                "2 recipients were not tried (from #2 to #3); nothing was sent to them.\r\n"},
+           Case{0, false,
+                "No message has been written into a file. Nothing was sent.\r\n"
+                "The run stopped: The disk is full. Free some of it.\r\n"
+                "3 recipients were not tried (from #1 to #3); nothing was sent to them.\r\n"},
+           Case{{},
+                true,
+                "Not all messages have been written into files. Nothing was sent.\r\n"
+                "The run was cancelled.\r\n"
+                "1 messages written during process.\r\n"
+                "2 recipients were not tried (from #2 to #3); nothing was sent to them.\r\n"},
+       }) {
+    Run({.fates = "sss", .change = [&](FakeCarrier& carrier, Told&) {
+           carrier.kind = Delivery::kWritten;
+           carrier.full_after = c.full_after;
+           carrier.at_step = [this, &c](int step) {
+             if (c.cancelled && step == 3) cancel_->Request();
+           };
+         }});
+    const std::string expected =
+        std::string(summary_.sent > 0 ? "Message written.\r\n\r\n" : "recipients.\r\n") + c.end;
+    EXPECT_TRUE(report_.ends_with(expected)) << report_;
   }
 }
 
