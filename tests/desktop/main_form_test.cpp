@@ -28,6 +28,8 @@
 #include <QTextBrowser>
 #include <QThread>
 #include <QTimer>
+#include <QWebEnginePage>
+#include <csignal>
 #include <fstream>
 #include <memory>
 #include <tuple>
@@ -424,15 +426,16 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.Open();
     const QString file = QString::fromStdString(scene.rig.folder.Write("letter.htm", "<p>letter</p>"));
+    QWidget* target = scene.window.get();
     const auto drop = [&](const QString& what) {
       QMimeData data;
       data.setUrls({QUrl::fromLocalFile(what)});
       QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
       enter.ignore();
-      QApplication::sendEvent(scene.window.get(), &enter);
+      QApplication::sendEvent(target, &enter);
       if (!enter.isAccepted()) return false;
       QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-      QApplication::sendEvent(scene.window.get(), &event);
+      QApplication::sendEvent(target, &event);
       return true;
     };
     QVERIFY(!drop("/nowhere/a.pdf"));
@@ -442,6 +445,22 @@ class MainFormTest : public QObject {
     });
     scene.window->Dispatch(CommandId::kAbout);
     QTRY_COMPARE(scene.Editor().PlainText(), QString("letter"));
+
+    // Over the source it is the window's, too: no address of a file comes into the text.
+    auto& source = scene.Find<QPlainTextEdit>("SourceTextBox");
+    scene.window->Dispatch(CommandId::kSource);
+    source.setPlainText("<p>typed</p>");
+    target = source.viewport();
+    QVERIFY(!drop("/nowhere/a.png"));
+    auto* const pasted = new QMimeData();
+    pasted->setUrls({QUrl::fromLocalFile(file)});
+    QApplication::clipboard()->setMimeData(pasted);
+    source.paste();
+    QCOMPARE(source.toPlainText(), QString("<p>typed</p>"));
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(drop(file));
+    QTRY_COMPARE(scene.Editor().PlainText(), QString("letter"));
+    QVERIFY(!source.isVisible());
   }
 
   void whatAStartBringsIsOpenedAsOpenDoes() {
@@ -787,10 +806,34 @@ class MainFormTest : public QObject {
     scene.rig.prompts.files = {file};
     scene.window->Dispatch(CommandId::kOpen);
     QVERIFY(source->isVisible() && source->toPlainText().endsWith(kDeep) && !scene.Editor().IsModified());
+    QCOMPARE(scene.Focus(), QString("SourceTextBox"));
     source->setPlainText("<p>mended");
     scene.window->Dispatch(CommandId::kSource);
     QCOMPARE(scene.Editor().PlainText(), QString("mended"));
     scene.window->skip_save_prompt = true;
+  }
+
+  void aCrashOfThePageLeavesTheSourceAsItStands() {
+    for (const QString& html : {QString("<p>one</p>"), kDeep}) {
+      Scene scene;
+      scene.Open();
+      scene.Editor().SetHtml(html);
+      auto& source = scene.Find<QPlainTextEdit>("SourceTextBox");
+      if (!source.isVisible()) scene.window->Dispatch(CommandId::kSource);
+      QCOMPARE(scene.Find<QLabel>("DocumentLabel").text(), QString("New message"));
+      QTest::keyClicks(&source, "typed");
+      QCOMPARE(scene.Find<QLabel>("DocumentLabel").text(), QString("New message, not saved"));
+      QSignalSpy restored(&scene.Editor(), &HtmlEditor::Restored);
+      const auto page = scene.Editor().findChild<QWebEnginePage*>()->renderProcessPid();
+      QCOMPARE(::kill(static_cast<pid_t>(page), SIGKILL), 0);
+      QTRY_COMPARE(restored.size(), 1);
+      QVERIFY(source.isVisible() && source.toPlainText() == "typed" + html);
+      QCOMPARE(scene.Focus(), QString("SourceTextBox"));
+      QCOMPARE(scene.Find<QLabel>("DocumentLabel").text(), QString("New message, not saved"));
+      scene.window->Dispatch(CommandId::kSource);
+      QCOMPARE(scene.Editor().Html(), "typed" + html);
+      scene.window->skip_save_prompt = true;
+    }
   }
 
   void thePreviewCallsNothingRightThatHasAFault() {
@@ -868,9 +911,11 @@ class MainFormTest : public QObject {
     Press(scene, "RestoreButton");
     QVERIFY(source->isVisible() && source->toPlainText() == kDeep);
     QVERIFY2(scene.Status().contains("stand in each other"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Focus(), QString("SourceTextBox"));
     scene.rig.prompts.answers = {platform::Answer::kNo};
     Press(scene, "RestoreButton");
     QVERIFY(scene.Editor().isVisible() && scene.Editor().Html().contains("later"));
+    QCOMPARE(scene.Focus(), QString("Editor"));
     QVERIFY2(!scene.Notice().isEmpty(), "it is lost");
     scene.window->skip_save_prompt = true;
   }

@@ -10,9 +10,13 @@ BodyView::BodyView(HtmlEditor* editor, QWidget* parent)
     : QStackedWidget(parent), editor_(editor), source_(new SourceView(this)) {
   addWidget(editor_);
   addWidget(source_);
+  setFocusProxy(editor_);
   connect(editor_, &HtmlEditor::Loaded, this, &BodyView::FollowEditor);
   connect(source_, &SourceView::Paused, this, [this] {
     if (shows_source() && source_->IsChanged()) emit SourceChanged(source_->Html());
+  });
+  connect(source_, &SourceView::modificationChanged, this, [this](bool changed) {
+    if (changed) editor_->SetModified(true);
   });
 }
 
@@ -21,6 +25,7 @@ bool BodyView::shows_source() const { return currentWidget() == source_; }
 void BodyView::ShowSource() {
   source_->SetHtml(editor_->Html());
   setCurrentWidget(source_);
+  setFocusProxy(source_);
   source_->setFocus();
   emit SourceShown(true);
 }
@@ -28,6 +33,7 @@ void BodyView::ShowSource() {
 // Where the source was left, the keys go to the editor.
 void BodyView::ShowEditor() {
   setCurrentWidget(editor_);
+  setFocusProxy(editor_);
   editor_->setFocus();
   emit SourceShown(false);
 }
@@ -41,6 +47,10 @@ void BodyView::FollowEditor() {
   } else if (shows_source()) {
     ShowEditor();
   }
+}
+
+void BodyView::BeginTyping() {
+  if (!shows_source()) editor_->BeginTyping();
 }
 
 bool BodyView::LeaveSource() {

@@ -9,18 +9,20 @@ namespace quillcast::desktop {
 class HtmlEditor;
 class SourceView;
 
-// The editor becomes its child.
+// The editor becomes its child. setFocus gives the keys to the view that is shown.
 class BodyView final : public QStackedWidget {
   Q_OBJECT
  public:
   BodyView(HtmlEditor* editor, QWidget* parent);
 
-  // True from ShowSource to LeaveSource; what is typed meanwhile is not in the editor.
+  // True from ShowSource to LeaveSource; what is typed meanwhile is not in the editor, which counts as modified by it.
   bool shows_source() const;
   void ShowSource();
   // Gives the editor what was changed there, and the keys; nothing where the editor is shown. False where it cannot
   // show that: the source stays, Trouble tells why, and the document is what stands there.
   bool LeaveSource();
+  // Once it is on the screen: see HtmlEditor.
+  void BeginTyping();
 
  signals:
   // After the change of view; false when the editor is back.

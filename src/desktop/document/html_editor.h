@@ -127,7 +127,7 @@ class HtmlEditor final : public QWidget {
   void DocumentDropped(const QString& file);
   // A second after the last change: the document as it is now.
   void Snapshot(const QString& html);
-  void Loaded();    // a document, shown or held
+  void Loaded();    // another document, shown or held
   void Restored();  // after a crash of the page's process
   void Trouble(const QString& sentence);
 
@@ -139,11 +139,13 @@ class HtmlEditor final : public QWidget {
     QString source;
     QUrl base;
     bool modified;
+    bool is_another = true;  // no longer the one that was there
   };
   // The engine, its page, and a document in it. SavingScript asks the page for the document and Assemble puts its
   // answer into the source.
   void Start();
   void MakePage();
+  bool Take(const Document& document);
   bool Load(const Document& document);
   bool LoadPage(const QString& type);
   QString SavingScript() const;

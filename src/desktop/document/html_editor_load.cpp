@@ -98,18 +98,24 @@ void HtmlEditor::MakePage() {
 
 // The page takes one document after the other: what comes while one is waited for is taken by that call.
 bool HtmlEditor::SetHtml(const QString& source, const QUrl& base, bool modified) {
-  waiting_ = {source, base, modified};
+  return Take({source, base, modified});
+}
+
+bool HtmlEditor::Take(const Document& document) {
+  waiting_ = document;
   if (loading_) return true;
   loading_ = true;
   bool loaded = false;
+  bool is_another = false;
   while (const auto next = std::exchange(waiting_, {})) {
+    is_another |= next->is_another;
     const bool takes_long = next->source.size() > kLongToLoad;
     if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     loaded = Load(*next);
     if (takes_long) QGuiApplication::restoreOverrideCursor();
   }
   loading_ = false;
-  emit Loaded();
+  if (is_another) emit Loaded();
   return loaded;
 }
 
@@ -187,8 +193,7 @@ bool HtmlEditor::eventFilter(QObject* watched, QEvent* event) {
 void HtmlEditor::Restore() {
   const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
   restored_.start();
-  const QString html = last_seen_;
-  if (again || !SetHtml(html, base_, modified_)) {
+  if (again || !Take({last_seen_, base_, modified_, false})) {
     emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
     return;
   }

@@ -1,6 +1,9 @@
 #include "desktop/document/source_view.h"
 
+#include <QSignalBlocker>
 #include <QTimer>
+
+#include "desktop/widgets/dropped_files.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -24,8 +27,23 @@ SourceView::SourceView(QWidget* parent) : QPlainTextEdit(parent), pause_(new QTi
 
 void SourceView::SetHtml(const QString& html) {
   has_crlf_ = html.contains("\r\n") && html.count('\n') == html.count("\r\n");
+  const QSignalBlocker no_change(this);
   setPlainText(html);
   before_ = Html();
+}
+
+void SourceView::SetTaken() {
+  before_ = Html();
+  document()->setModified(false);
+}
+
+// A drag of files goes on to the window. Pasted, they would be addresses that lead nowhere, and tell of this machine.
+bool SourceView::canInsertFromMimeData(const QMimeData* what) const {
+  return DroppedFiles(what).isEmpty() && QPlainTextEdit::canInsertFromMimeData(what);
+}
+
+void SourceView::insertFromMimeData(const QMimeData* what) {
+  if (canInsertFromMimeData(what)) QPlainTextEdit::insertFromMimeData(what);
 }
 
 // The box itself makes every no-break space a blank, and knows one line end.

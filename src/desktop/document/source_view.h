@@ -7,7 +7,8 @@ class QTimer;
 
 namespace quillcast::desktop {
 
-// In a font of fixed width, its lines wrapped. The box knows one line end; what comes out has those that went in.
+// In a font of fixed width, its lines wrapped. Takes no files of this machine, neither dropped nor pasted. The box
+// knows one line end; what comes out has those that went in.
 class SourceView final : public QPlainTextEdit {
   Q_OBJECT
  public:
@@ -17,12 +18,16 @@ class SourceView final : public QPlainTextEdit {
   void SetHtml(const QString& html);
   // With the line ends and the blanks that it was given.
   QString Html() const;
-  void SetTaken() { before_ = Html(); }  // IsChanged begins anew
+  void SetTaken();  // IsChanged begins anew
   // Since it was given, or taken.
   bool IsChanged() const { return Html() != before_; }
 
  signals:
   void Paused();  // a second after the last change
+
+ protected:
+  bool canInsertFromMimeData(const QMimeData* what) const override;
+  void insertFromMimeData(const QMimeData* what) override;
 
  private:
   QTimer* pause_;

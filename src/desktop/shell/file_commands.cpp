@@ -89,6 +89,7 @@ void RestoreDraft(Shell& shell) {
     shell.Tell(draft.error());
   }
   shell.notices.Refresh();
+  shell.body.setFocus();
 }
 
 void OpenDocument(Shell& shell) {
@@ -100,7 +101,7 @@ void OpenDocument(Shell& shell) {
   } else if (file && !file->empty()) {
     ShowFile(shell, *file);
   }
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 bool OpenFile(Shell& shell, const std::filesystem::path& file) {
@@ -110,7 +111,7 @@ bool OpenFile(Shell& shell, const std::filesystem::path& file) {
   }
   if (!shell.MayLeaveDocument()) return false;
   const bool is_shown = ShowFile(shell, file);
-  shell.editor.setFocus();
+  shell.body.setFocus();
   return is_shown;
 }
 
@@ -139,7 +140,7 @@ bool BeginFromLink(Shell& shell, std::string_view address) {
   if (!wanted->body.empty())
     shell.editor.InsertHtml("<p>" + ToQt(document::HtmlFromText(wanted->body)) + "</p><p><br></p>");
   shell.from_link = shell.AsDraft();
-  shell.editor.setFocus();
+  shell.body.setFocus();
   if (wanted->left_out.empty()) return true;
   QStringList left_out;
   for (const auto& what : wanted->left_out) left_out << ToQt(what);
@@ -174,7 +175,7 @@ void ShowProperties(Shell& shell) {
   const auto account = account::AccountSettings::Load(shell.program.settings);
   const bool has_text_part = !account || account->IsOn(account::AccountKey::kTextPart);
   PropertiesForm(std::move(message), shell.document.FileName(), has_text_part, &shell.window).exec();
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void CloseWindow(Shell& shell) { shell.window.close(); }

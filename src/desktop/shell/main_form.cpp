@@ -230,7 +230,7 @@ void MainForm::Say(const QString& sentence) { status_->Say(sentence); }
 
 void MainForm::ShowTipsAtStart() {
   if (TipsForm::IsWanted(program_.settings, false)) Dispatch(CommandId::kTips);
-  editor_->setFocus();
+  body_->setFocus();
 }
 
 void MainForm::RestorePlace() {
@@ -251,7 +251,7 @@ void MainForm::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (event->spontaneous()) return;
   if (std::exchange(closes_, false)) emit Closes(false);
-  QTimer::singleShot(0, editor_, &HtmlEditor::BeginTyping);
+  QTimer::singleShot(0, body_, &BodyView::BeginTyping);
 }
 
 // Groups may have been made by the command meanwhile.

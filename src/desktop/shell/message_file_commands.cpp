@@ -45,7 +45,7 @@ void PrintMessageFiles(Shell& shell) { ExtraForm1(shell.program, {}, &shell.wind
 
 void ImportMessage(Shell& shell) {
   ImportMessageFrom(shell, {}, &shell.window);
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
@@ -66,7 +66,7 @@ void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
 
 void ExportMessage(Shell& shell) {
   ExtraForm3(shell.program, shell.Message(), &shell.window).exec();
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 }  // namespace quillcast::desktop

@@ -2,7 +2,7 @@
 #include "account/account_settings.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
-#include "desktop/document/html_editor.h"
+#include "desktop/document/body_view.h"
 #include "desktop/document/signature_manager_form.h"
 #include "desktop/mail_file/extra_form4.h"
 #include "desktop/recipients/group_manager_form.h"
@@ -67,7 +67,7 @@ void ExportRecipients(Shell& shell) {
 
 void EditSignature(Shell& shell) {
   SignatureManagerForm(shell.program, &shell.window).exec();
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void ShowThreads(Shell& shell) { ThreadForm(shell.program.settings, &shell.window).exec(); }
