@@ -1,5 +1,7 @@
 #include "document/page_walk.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 
 #include "document/single_blanks.h"
@@ -51,6 +53,21 @@ class WordCounter {
   std::int64_t words_ = 0;
   bool in_word_ = false;
 };
+
+// Quotation marks, arrows and other signs before and behind what is said belong to no word.
+std::string_view WithoutSignsRound(std::string_view words) {
+  std::size_t begin = words.size();
+  std::size_t end = begin;
+  for (std::size_t at = 0; at < words.size();) {
+    const auto [code, length] = platform::DecodeUtf8(words.substr(at));
+    if (u_isalnum(static_cast<UChar32>(code)) != 0) {
+      begin = std::min(begin, at);
+      end = at + length;
+    }
+    at += length;
+  }
+  return words.substr(begin, end - begin);
+}
 
 class Walk {
  public:
@@ -126,7 +143,7 @@ class Walk {
     const std::string words = WithSingleBlanks(text_);
     link_(target_, words);
     links_.Part();
-    links_.Add(words);
+    links_.Add(WithoutSignsRound(words));
     links_.Part();
     text_.clear();
   }

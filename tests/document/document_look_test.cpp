@@ -110,6 +110,8 @@ TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
                             "<img src=https://x.example/a.png alt='Unsubscribe'>",
                             "Wenn Sie nichts mehr h\u00F6ren wollen: hier austragen",
                             "<a href=x> <b>Austragen</b></a>",
+                            "<a href=x>Austragen!</a>",
+                            "<a href=x>\u2709\uFE0F <b>\u201Eaus&shy;tragen\u201C</b> &raquo;</a>",
                             "Meld af",
                             "<a href=x>Manage preferences</a>"}) {
     const auto findings = Findings(LookOver(words));
@@ -117,7 +119,8 @@ TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
   }
   for (const char* words :
        {"<style>.unsubscribe{}</style><p class=unsubscribe>hello", "<p>opt<p>out",
-        "<p>Wir werden das Turnier austragen", "<p>Wir werden <a href=https://x.example/>das Turnier austragen</a>",
+        "<p>Wir werden das Turnier austragen", "<a href=https://x.example/>\u2026 das Turnier austragen!</a>",
+        "<p>Wir werden <a href=https://x.example/>das Turnier austragen</a>",
         "<p>opt<img src=https://x.example/ alt='a.png'>-in"}) {
     EXPECT_THAT(Findings(LookOver("<title>x</title>" + std::string(words) + std::string(9000, '.'))),
                 testing::Contains(StartsWith("Nothing tells readers")))
