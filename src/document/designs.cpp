@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t kLongestDesign = std::uint64_t{1024} * 1024;
 constexpr std::size_t kLongestShown = 100;
+constexpr std::size_t kNeverWrapped = 1'000'000;  // columns
 
 struct Rule {
   const std::string DesignChoice::*field;
@@ -40,7 +41,7 @@ std::string Shown(std::string_view value) { return platform::Printable(value, kL
 // As readers show it, where that is not what was typed.
 std::optional<Sentence> NoteOnCompany(const std::string& company) {
   if (company.find_first_of("<&") == std::string::npos) return {};
-  const std::string text = html::HtmlToText(company);
+  const std::string text = html::HtmlToText(company, kNeverWrapped);
   const std::string_view seen = platform::Trim(text);
   if (seen == platform::Trim(company)) return {};
   return Say(
