@@ -28,17 +28,26 @@ Error Damaged(const std::string& name, const char* key) {
           "Remove it, or keep another under its name."};
 }
 
-// A value that is missing, or of another kind, is as if it were not set.
-std::string TextOf(const json& row, const char* key) {
-  return row.value(key, json()).is_string() ? row[key].get<std::string>() : "";
+// What it holds is never guessed at, as the fields hang on it: each is of the kind that Store wrote, or not there.
+Result<void> CheckKinds(const std::string& name, const json& row) {
+  using Kind = json::value_t;
+  if (!row.is_object()) return Damaged(name, "map");
+  for (const auto& [key, kind] : {std::pair("map", Kind::string),
+                                  {"delimiter", Kind::string},
+                                  {"columns", Kind::string},
+                                  {"sheet", Kind::string},
+                                  {"encoding", Kind::string},
+                                  {"quotes", Kind::boolean},
+                                  {"rfc4180", Kind::boolean}}) {
+    if (row.contains(key) && row[key].type() != kind) return Damaged(name, key);
+  }
+  if (row.contains("skip") && !row["skip"].is_number_integer()) return Damaged(name, "skip");
+  return {};
 }
 
-// What the fields hang on is never guessed at: there it has to be what Store wrote, or not to be there.
+std::string TextOf(const json& row, const char* key) { return row.value(key, ""); }
+
 Result<void> TakePlaces(const json& row, KeptMapping& kept) {
-  const auto is_text_or_absent = [&row](const char* key) { return !row.contains(key) || row[key].is_string(); };
-  for (const char* key : {"map", "delimiter", "columns"}) {
-    if (!is_text_or_absent(key)) return Damaged(kept.name, key);
-  }
   // Headings could once choose fields behind the eighteenth; who applies the mapping is told of them.
   if (const std::string map = TextOf(row, "map"); !map.empty()) {
     const auto mapping = ParseMapping(map, std::numeric_limits<int>::max());
@@ -53,19 +62,17 @@ Result<void> TakePlaces(const json& row, KeptMapping& kept) {
   auto columns = ParseColumns(TextOf(row, "columns"));
   if (!columns) return Damaged(kept.name, "columns");
   kept.columns = std::move(*columns);
-  if (!row.contains("skip")) return {};
-  if (!row["skip"].is_number_integer()) return Damaged(kept.name, "skip");
-  kept.skip = row["skip"].get<std::int64_t>();
   return {};
 }
 
 Result<KeptMapping> FromJson(const std::string& name, const json& row) {
   KeptMapping kept;
   kept.name = name;
+  if (const auto checked = CheckKinds(name, row); !checked) return checked.error();
   if (const auto taken = TakePlaces(row, kept); !taken) return taken.error();
-  const auto flag = [&row](const char* key) { return row.value(key, json()) == json(true); };
-  kept.quotes = flag("quotes");
-  kept.rfc4180 = flag("rfc4180");
+  kept.skip = row.value("skip", std::int64_t{0});
+  kept.quotes = row.value("quotes", false);
+  kept.rfc4180 = row.value("rfc4180", false);
   kept.sheet = TextOf(row, "sheet");
   kept.encoding = TextOf(row, "encoding");
   return kept;
@@ -82,17 +89,17 @@ json ToJson(const KeptMapping& kept) {
           {"columns", ColumnsText(kept.columns)}};
 }
 
-// By name, as they are stored; what somebody else put there instead is none.
+// By name, as they are stored. What is not that is refused: kept over, all that it may still hold would be lost.
 Result<json> Rows(const profile::SettingsStore& settings) {
   const auto stored = settings.Read(kSection, kKey, "");
   if (!stored) return stored.error();
-  const json all = json::parse(*stored, nullptr, false);
-  json rows = json::object();
-  if (!all.is_object()) return rows;
-  for (const auto& [name, row] : all.items()) {
-    if (row.is_object()) rows[name] = row;
-  }
-  return rows;
+  if (stored->empty()) return json::object();
+  json all = json::parse(*stored, nullptr, false);
+  if (all.is_object()) return all;
+  return Error{Failure::kBadData,
+               Say("The kept mappings are damaged: \"{}\" of the section \"{}\" in {} cannot be read.", kKey, kSection,
+                   settings.file().string()),
+               "Mend that setting, or empty it and keep the mappings anew."};
 }
 
 json::iterator Find(json& rows, std::string_view name) {

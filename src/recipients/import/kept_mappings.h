@@ -28,6 +28,7 @@ struct KeptMapping {
 // Whoever asks by name is told this; a terminal adds its command.
 inline constexpr const char* kNoSuchMappingRemedy = "Take one of those that are kept.";
 
+// Where the whole setting is damaged each of these fails with kBadData, and leaves it as it is.
 // Of all that are kept, in their order, also of one that FindMapping refuses: so that it can be removed. Names differ
 // in more than the case of their letters.
 Result<std::vector<std::string>> ListMappingNames(const profile::SettingsStore& settings);

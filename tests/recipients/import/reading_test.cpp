@@ -150,13 +150,30 @@ TEST(KeptMappings, AreFoundByNameUntilDeleted) {
   for (const std::string& name : {std::string(" "), std::string("a\nb"), std::string(101, 'x')})
     EXPECT_EQ(KeepMapping(settings, {name, {}, ',', false, false, 0}).error().failure, Failure::kUsage) << name;
   EXPECT_EQ(ListMappingNames(settings)->size(), 1U);
-  // What somebody else put there is none.
-  for (const char* other : {"nonsense", "[1]", R"({"x":1})", ""}) {
-    ASSERT_TRUE(settings.Write("Import", "Mappings", other));
-    EXPECT_TRUE(ListMappingNames(settings)->empty()) << other;
-  }
-  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{"quotes":1,"sheet":2}})"));
+  // What is not there is as it is at the start.
+  ASSERT_TRUE(settings.Write("Import", "Mappings", ""));
+  EXPECT_TRUE(ListMappingNames(settings)->empty());
+  ASSERT_TRUE(settings.Write("Import", "Mappings", R"({"x":{}})"));
   EXPECT_EQ(*FindMapping(settings, "x"), (KeptMapping{.name = "x", .mapping = {}}));
+}
+
+TEST(KeptMappings, AreLeftAsTheyAreWhereNoneOfThemCanBeRead) {
+  const test::TemporaryFolder folder;
+  profile::SettingsStore settings(folder.path() / "settings.db");
+  for (const char* other : {R"({"a":{)", "nonsense", "[1]", "null"}) {
+    ASSERT_TRUE(settings.Write("Import", "Mappings", other));
+    for (const Result<void>& done :
+         {KeepMapping(settings, {.name = "New", .mapping = {}}), DeleteMapping(settings, "a")}) {
+      ASSERT_FALSE(done) << other;
+      EXPECT_EQ(done.error().failure, Failure::kBadData);
+      EXPECT_EQ(done.error().what.InEnglish(),
+                "The kept mappings are damaged: \"Mappings\" of the section \"Import\" in " + settings.file().string() +
+                    " cannot be read.");
+      EXPECT_EQ(done.error().remedy.InEnglish(), "Mend that setting, or empty it and keep the mappings anew.");
+    }
+    EXPECT_EQ(ListMappingNames(settings).error().failure, Failure::kBadData) << other;
+    EXPECT_EQ(*settings.Read("Import", "Mappings", ""), other);
+  }
 }
 
 TEST(KeptMappings, ThatAreDamagedAreRefusedAndKeepTheOthers) {
@@ -168,7 +185,12 @@ TEST(KeptMappings, ThatAreDamagedAreRefusedAndKeepTheOthers) {
                                    {"map", R"("Mail=1")"},
                                    {"map", "1"},
                                    {"delimiter", R"("Pipe")"},
-                                   {"skip", R"("a")"}}) {
+                                   {"skip", R"("a")"},
+                                   {"skip", "1.5"},
+                                   {"quotes", "1"},
+                                   {"rfc4180", R"("true")"},
+                                   {"sheet", "2"},
+                                   {"encoding", "null"}}) {
     const std::string stored = fmt::format(
         R"({{"Mine":{{"map":"Email Address=1","{}":{}}},"Other":{{"map":"Email Address=2"}}}})", key, value);
     // An object has each key once: the last one counts.
