@@ -316,6 +316,23 @@ class ExportFormTest : public QObject {
     QCOMPARE(scene.rig.Shown() + scene.form->said(), "");
   }
 
+  void returnPressesTheButtonWithTheKeyboard() {
+    Scene scene;
+    scene.OpenReady();
+    scene.rig.folder.Write("list.txt", "old");
+    scene.rig.prompts.files = {scene.rig.folder / "other.txt"};
+    scene.Key("BrowseButton", Qt::Key_Return);
+    QVERIFY(scene.rig.Shown().startsWith("save: "));
+    QCOMPARE(scene.Find<QLineEdit>("BrowseTextBox").text(), PathToQt(scene.rig.folder / "other.txt"));
+    QCOMPARE(scene.Written(), "old");
+    scene.Key("BrowseTextBox", Qt::Key_Return);
+    scene.WaitForEnd();
+    QCOMPARE(scene.rig.Shown(), kDone);
+    scene.Key("CancelButton", Qt::Key_Return);
+    QVERIFY(!scene.form->isVisible());
+    QCOMPARE(scene.Written(), "old");
+  }
+
   void theManagerTellsWhatACancelledExportLeft() {
     Scene scene;
     scene.OpenReady();

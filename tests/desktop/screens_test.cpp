@@ -224,6 +224,23 @@ class ScreensTest : public QObject {
     if (before) before->setFocus();
   }
 
+  // Return presses the window's default button: that is the one with the keyboard where a button has it.
+  static void LookForReturn(QWidget& window, const QString& name) {
+    window.activateWindow();
+    if (qobject_cast<QDialog*>(&window) == nullptr || !QTest::qWaitForWindowActive(&window)) return;
+    const QPointer<QWidget> before = window.focusWidget();
+    const auto buttons = window.findChildren<QPushButton*>();
+    for (QPushButton* button : buttons) {
+      if (!button->isVisible() || !button->isEnabled() || (button->focusPolicy() & Qt::TabFocus) == 0) continue;
+      button->setFocus(Qt::TabFocusReason);
+      for (const QPushButton* other : buttons) {
+        const bool is_pressed = other != button && other->isDefault() && other->isVisible() && other->isEnabled();
+        QVERIFY2(!is_pressed, qPrintable(name + ": on " + button->objectName() + " presses " + other->objectName()));
+      }
+    }
+    if (before) before->setFocus();
+  }
+
   // `rect` is in the window's own pixels, which a scaled picture holds several of.
   static QImage Part(const QImage& whole, const QRect& rect) {
     const qreal scale = whole.devicePixelRatio();
@@ -371,6 +388,7 @@ class ScreensTest : public QObject {
     LookForReadable(window, name);
     LookForEmpty(window, name);
     LookForTheRing(window, name);
+    LookForReturn(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
     LookForWhatScrolls(window, name);

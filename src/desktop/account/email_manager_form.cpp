@@ -162,7 +162,7 @@ void EmailManagerForm::LetReveal(QLineEdit* password) {
 
 QWidget* EmailManagerForm::MakePresetBar() {
   preset_bar_ = new NotePanel(NoteKind::kInformation, "PresetBar", "PresetLabel", this);
-  preset_bar_->AddOffer("PresetButton", tr("Fill &in"), [this] { FillInPreset(); });
+  preset_bar_->AddOffer("PresetButton", tr("Fill &in"), [this] { FillInPreset(); })->setAutoDefault(true);
   preset_bar_->hide();
   return preset_bar_;
 }
@@ -223,7 +223,6 @@ void EmailManagerForm::AddButtons(QDialogButtonBox* box) {
   const auto add = [&](const QString& text, QDialogButtonBox::ButtonRole role, const char* name) {
     QPushButton* button = box->addButton(text, role);
     button->setObjectName(name);
-    button->setAutoDefault(false);
     return button;
   };
   test_button_ = add(tr("Test"), QDialogButtonBox::ResetRole, "TestButton");

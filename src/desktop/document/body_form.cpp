@@ -83,7 +83,6 @@ void BodyForm::BuildWindow() {
     const QString label = tr(kRows[i].label).remove('&').remove(':');
     sample->setAccessibleName(tr("Pick a colour: %1").arg(label));
     sample->setToolTip(tr("Pick a colour"));
-    sample->setAutoDefault(false);
     sample->setObjectName(QString(kRows[i].name).replace("TextBox", "Button"));
     colours_.push_back(grid->Add(kRows[i].name, tr(kRows[i].label), box, {sample}));
     samples_.push_back(sample);
@@ -95,8 +94,6 @@ void BodyForm::BuildWindow() {
   shown_picture_->setPlaceholderText(tr("None"));
   browse_->setObjectName("BrowseButton");
   none_->setObjectName("NoneButton");
-  browse_->setAutoDefault(false);
-  none_->setAutoDefault(false);
   grid->Add("PictureTextBox", tr("Pi&cture:"), shown_picture_, {browse_, none_});
   connect(browse_, &QPushButton::clicked, this, &BodyForm::PickPicture);
   connect(none_, &QPushButton::clicked, this, [this] {

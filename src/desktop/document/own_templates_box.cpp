@@ -59,7 +59,6 @@ void OwnTemplatesBox::BuildButtons() {
            {"ExportButton", tr("E&xport…"), &OwnTemplatesBox::Export, true}}) {
     auto* button = new QPushButton(text, buttons);
     button->setObjectName(name);
-    button->setAutoDefault(false);
     connect(button, &QPushButton::clicked, this, action);
     line->addWidget(button);
     (needs_choice ? of_chosen_ : of_nothing_).push_back(button);

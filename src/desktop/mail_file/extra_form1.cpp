@@ -70,11 +70,9 @@ void ExtraForm1::MakeWindow() {
   setWindowTitle(tr("Print Messages"));
   resize(560, 0);
   preview_->setObjectName("PreviewButton");
-  preview_->setAutoDefault(false);
   print_->setObjectName("PrintButton");
   print_->setDefault(true);
   cancel_->setObjectName("CancelButton");
-  cancel_->setAutoDefault(false);
   file_->box()->setPlaceholderText(tr("The message file to print"));
   auto* column = new FormColumn(this);
   file_->AddTo(column->AddGrid());

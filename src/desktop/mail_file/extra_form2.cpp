@@ -38,7 +38,6 @@ void ExtraForm2::MakeWindow() {
   import_->setObjectName("ImportButton");
   import_->setDefault(true);
   cancel_->setObjectName("CancelButton");
-  cancel_->setAutoDefault(false);
   file_->box()->setPlaceholderText(tr("The message file whose body you want to go on with"));
   auto* column = new FormColumn(this);
   file_->AddTo(column->AddGrid());

@@ -94,7 +94,6 @@ QLineEdit* ExtraForm4::AddOutput(FormGrid* grid, int number, const QString& labe
   auto* box = new QLineEdit(this);
   auto* button = new QPushButton(tr("Browse…"), this);
   button->setObjectName(QStringLiteral("ExtractButton%1").arg(number));
-  button->setAutoDefault(false);
   grid->Add(QStringLiteral("ExtractPath%1").arg(number), label, box, {button});
   connect(button, &QPushButton::clicked, this, [this, box, choose] { (this->*choose)(box); });
   return box;

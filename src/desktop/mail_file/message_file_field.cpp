@@ -18,7 +18,6 @@ MessageFileField::MessageFileField(platform::Prompts& prompts, std::string title
       box_(new QLineEdit(dialog)),
       button_(new QPushButton(tr("&Browse…"), dialog)) {
   button_->setObjectName("FilePathButton");
-  button_->setAutoDefault(false);
   dialog->setAcceptDrops(true);
   dialog->installEventFilter(this);
   connect(button_, &QPushButton::clicked, this, &MessageFileField::Choose);

@@ -36,7 +36,6 @@ MessageForm::MessageForm(const profile::SettingsStore& settings, std::filesystem
 QPushButton* MessageForm::AddTool(const char* name, const QString& text, MessageTools::Tool tool) {
   auto* button = new QPushButton(text, this);
   button->setObjectName(name);
-  button->setAutoDefault(false);
   button->setEnabled(false);
   connect(button, &QPushButton::clicked, this, [this, tool = std::move(tool)] { tool(file_, this); });
   return button;

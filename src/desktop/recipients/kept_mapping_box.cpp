@@ -13,7 +13,6 @@ namespace {
 QPushButton* OfferButton(const char* name, const QString& text, QWidget* parent) {
   auto* button = new QPushButton(text, parent);
   button->setObjectName(name);
-  button->setAutoDefault(false);
   return button;
 }
 

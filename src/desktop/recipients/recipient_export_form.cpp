@@ -66,7 +66,6 @@ void RecipientExportForm::MakeWindow() {
   setObjectName("RecipientExportForm");
   setWindowTitle(tr("Export Recipients"));
   browse_->setObjectName("BrowseButton");
-  browse_->setAutoDefault(false);
   export_->setObjectName("ExportButton");
   export_->setDefault(true);
   auto* column = new FormColumn(this);

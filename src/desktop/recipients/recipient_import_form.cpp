@@ -33,7 +33,6 @@ constexpr std::array<const char*, 8> kEncodings = {"UTF-8",      "windows-1252",
 QPushButton* NamedButton(const char* name, const QString& text, QWidget* parent) {
   auto* button = new QPushButton(text, parent);
   button->setObjectName(name);
-  button->setAutoDefault(false);
   return button;
 }
 

@@ -38,11 +38,9 @@ void ExtraForm3::MakeWindow() {
   setWindowTitle(tr("Export Message"));
   resize(560, 0);
   choose_->setObjectName("ChooseButton");
-  choose_->setAutoDefault(false);
   export_->setObjectName("ExportButton");
   export_->setDefault(true);
   cancel_->setObjectName("CancelButton");
-  cancel_->setAutoDefault(false);
   auto* column = new FormColumn(this);
   FormGrid* grid = column->AddGrid();
   file_->setPlaceholderText(tr("The file that the message goes into, without being sent"));

@@ -86,8 +86,8 @@ void SendMailForm1::BuildWindow(Server server) {
   tabs_->addTab(results_view_, tr("R&ecipients"));
   shut_down_->setObjectName("ShutDownCheckBox");
   button_->setDefault(true);
-  pause_panel_->AddOffer("GoOnButton", tr("&Go on"), [this] { AnswerToGoOn(true); });
-  pause_panel_->AddOffer("StopButton", tr("S&top"), [this] { AnswerToGoOn(false); });
+  pause_panel_->AddOffer("GoOnButton", tr("&Go on"), [this] { AnswerToGoOn(true); })->setAutoDefault(true);
+  pause_panel_->AddOffer("StopButton", tr("S&top"), [this] { AnswerToGoOn(false); })->setAutoDefault(true);
   pause_panel_->hide();
   before_->AddQuestion(pictures_);
 
