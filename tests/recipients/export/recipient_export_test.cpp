@@ -302,6 +302,9 @@ TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
   EXPECT_TRUE(outcome.cancelled && !outcome.error);
   EXPECT_EQ(told, (std::vector<std::int64_t>{1000, 2000, 3000}));
   EXPECT_EQ(outcome.written, 3000);
+  EXPECT_EQ(
+      DescribeCancelled(outcome, file_)->InEnglish(),
+      fmt::format("3,000 recipients were written to {} before the export was cancelled.", file_.filename().string()));
   const std::string text = FileText(file_);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3000);
   EXPECT_TRUE(text.ends_with("\r\na3000@x.org\r\n"));
@@ -320,6 +323,7 @@ TEST_F(ExportTest, ACancelKeepsTheRowsSoFar) {
 
   const auto nothing = Run({});  // the request still stands: not one row
   EXPECT_EQ(nothing.error->failure, Failure::kTryAgain);
+  EXPECT_FALSE(DescribeCancelled(nothing, file_));  // the error says it
   EXPECT_EQ(FileText(file_), text);
 }
 
