@@ -54,14 +54,18 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
     are_options = are_options && argument != "--";
     const bool is_empty =
         are_options && argument.size() > 3 && argument.starts_with("--") && argument.find('=') == argument.size() - 1;
-    if (is_empty) argument.pop_back();
-    const CLI::Option* option = is_empty ? FindOption(command, argument) : nullptr;
-    if (option != nullptr && option->get_expected_max() == 0) {
-      return Error{Failure::kUsage, Say("{} takes no value.", argument),
+    const std::string name = is_empty ? argument.substr(0, argument.size() - 1) : "";
+    const CLI::Option* option = is_empty ? FindOption(command, name) : nullptr;
+    if (option == nullptr) {  // the parser refuses one that it does not know as it was typed
+      out.push_back(std::move(argument));
+      continue;
+    }
+    if (option->get_expected_max() == 0) {
+      return Error{Failure::kUsage, Say("{} takes no value.", name),
                    "Leave the \"=\" out, or the option, where it is not meant."};
     }
-    out.push_back(std::move(argument));
-    if (is_empty) out.emplace_back();
+    out.push_back(name);
+    out.emplace_back();
   }
   return out;
 }

@@ -220,11 +220,15 @@ void AddExportCommand(CLI::App& app, Context& context) {
   CLI::App& command = *app.add_subcommand("export", "Write the recipients of a group to a text file");
   const auto options = std::make_shared<ExportOptions>();
   command.add_option("-g,--group", options->group, "The group")->required();
-  command.add_option("--fields", options->fields,
-                     "The fields of each line in their order, as in \"Email Address,City\", or All; the address alone "
-                     "without it");
-  command.add_option("--delimiter", options->delimiter,
-                     "Tab, Colon, Space, Comma or Semicolon; without it Tab, or with --rfc4180 Comma");
+  command
+      .add_option("--fields", options->fields,
+                  "The fields of each line in their order, as in \"Email Address,City\", or All; the address alone "
+                  "without it")
+      ->check(Names("field"));
+  command
+      .add_option("--delimiter", options->delimiter,
+                  "Tab, Colon, Space, Comma or Semicolon; without it Tab, or with --rfc4180 Comma")
+      ->check(Names("delimiter"));
   command.add_flag("--rfc4180", options->rfc4180,
                    "Begin with a line of headings, and put values that hold the delimiter, quotes or line ends in "
                    "quotes");

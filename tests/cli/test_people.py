@@ -233,6 +233,10 @@ class People(Case):
             (["find", "x", "-g", "Nobody"], 64, 'no group "Nobody"'),
             # A variable of a script that is empty.
             (["find", "x", "--group="], 64, "names no group"),
+            (["export", "-g", "A", "--fields="], 64, "--fields: names no field"),
+            (["export", "-g", "A", "--delimiter="], 64, "--delimiter: names no delimiter"),
+            (["account", "set", "--password-file="], 64, "--password-file: names no file"),
+            (["group", "list", "--bogus="], 64, "not expected: --bogus="),
             (["find", "--fields=", "x", "-g", "A"], 64, "--fields takes no value."),
             (["group", "undo", "--yes="], 64, "--yes takes no value."),
             (["import", "x", "-g", "A", "--map", "Email Address=1", "--save-mapping="], 64, "names no mapping"),
