@@ -505,6 +505,7 @@ class MainFormTest : public QObject {
   void whatIsSaidAgainStandsAsLongAgain() {
     StatusPanel panel(nullptr);
     auto& end = *panel.findChild<QTimer*>();
+    end.setTimerType(Qt::PreciseTimer);  // a coarse one may end with the one before
     panel.Say("Saved.");
     QTest::qWait(50);
     const int left = end.remainingTime();
@@ -1258,6 +1259,36 @@ class MainFormTest : public QObject {
     QTRY_VERIFY(at_once->isVisible());
     at_once->skip_save_prompt = true;
     at_once->close();
+  }
+
+  void theStartOpensOneWindowAtATime() {
+    struct Case {
+      const char *splash, *file, *opens;
+    };
+    for (const Case& c : {Case{"0", "", "TipsForm"}, Case{"0", "letter.html", "TipsForm"},
+                          Case{"0", "letter.eml", "MessageForm"}, Case{"1", "letter.eml", "MessageForm"}}) {
+      test::FormRig rig;
+      QVERIFY(rig.settings.Write("Options", "Splash", c.splash));
+      const auto window = StartWindow(rig.program);
+      QStringList opened;
+      QTimer look;
+      connect(&look, &QTimer::timeout, window.get(), [&] {
+        QStringList names;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+          if (!widget->isVisible() || qobject_cast<QDialog*>(widget) == nullptr) continue;
+          names << widget->objectName();
+          QTimer::singleShot(0, widget, &QWidget::close);
+        }
+        if (!names.isEmpty()) opened << names.join('+') + (window->isVisible() ? "" : " before the window");
+      });
+      look.start(100);
+      if (*c.file != 0) window->Open({rig.folder.Write(c.file, "Subject: x\r\n\r\nx")});
+      QTRY_VERIFY(window->isVisible() && !opened.isEmpty());
+      QTest::qWait(250);
+      QCOMPARE(opened, QStringList(c.opens));
+      window->skip_save_prompt = true;
+      window->close();
+    }
   }
 
   void thePanelsOfTheLocksAreDimmedUnlessTheyHold() {

@@ -229,7 +229,7 @@ bool MainForm::event(QEvent* event) {
 void MainForm::Say(const QString& sentence) { status_->Say(sentence); }
 
 void MainForm::ShowTipsAtStart() {
-  if (TipsForm::IsWanted(program_.settings, false)) Dispatch(CommandId::kTips);
+  if (IsFree() && !requests_->HasWindow() && TipsForm::IsWanted(program_.settings, false)) Dispatch(CommandId::kTips);
   body_->setFocus();
 }
 
@@ -252,6 +252,7 @@ void MainForm::showEvent(QShowEvent* event) {
   if (event->spontaneous()) return;
   if (std::exchange(closes_, false)) emit Closes(false);
   QTimer::singleShot(0, body_, &BodyView::BeginTyping);
+  requests_->Resume();
 }
 
 // Groups may have been made by the command meanwhile.

@@ -46,7 +46,7 @@ class MainForm final : public QMainWindow {
   void Dispatch(int number);
   // A sentence for the status bar; it stands there for a quarter of a minute.
   void Say(const QString& sentence);
-  // The tips window, where it is wanted at the start.
+  // The tips window, where it is wanted at the start and no other is open or waits: one at a time.
   void ShowTipsAtStart();
   // Comes to the front and flashes for a second: another start of the program asked for it.
   void Flash();

@@ -9,6 +9,7 @@
 #include "desktop/shell/status_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/soon.h"
+#include "document/edited_document.h"
 #include "platform/text.h"
 #include "profile/start_message.h"
 
@@ -40,13 +41,20 @@ void OpenRequests::Wait(const std::vector<std::string>& arguments) {
                               : tr("%1 waits until this window is free, in the place of %2.").arg(now, before));
 }
 
+bool OpenRequests::HasWindow() const {
+  return !waiting_.empty() && waiting_.front().starts_with('/') && document::IsNamedAsMessageFile(waiting_.front());
+}
+
+// A document may be there when the main window is shown; another window would stand there before it.
+bool OpenRequests::MayOpen() const { return !opens_ && is_free_() && (shell_.window.isVisible() || !HasWindow()); }
+
 // From the loop of events: whatever has just ended may go on for a moment.
 void OpenRequests::Resume() {
   if (!waiting_.empty()) Soon(this, [this] { OpenWaiting(); });
 }
 
 void OpenRequests::OpenWaiting() {
-  while (!opens_ && !waiting_.empty() && is_free_()) {
+  while (!waiting_.empty() && MayOpen()) {
     opens_ = true;
     Open(std::exchange(waiting_, {}));
     opens_ = false;

@@ -20,10 +20,13 @@ class OpenRequests final : public QObject {
   // them is opened, and the status line names the others. What still waits by then is one of the others: opened after
   // each other, each would ask about the one before.
   void Add(const std::vector<std::string>& arguments);
-  // To be called when the window may have become free.
+  // To be called when the window may have become free, or is shown.
   void Resume();
+  // What waits has a window of its own.
+  bool HasWindow() const;
 
  private:
+  bool MayOpen() const;
   void OpenWaiting();
   void Wait(const std::vector<std::string>& arguments);
   void Open(const std::vector<std::string>& arguments);
