@@ -132,7 +132,7 @@ Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const
 Result<std::int64_t> RecipientStore::CountRecipients(std::string_view group_name) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();
-  const auto group = FindGroupOn(*database, group_name);
+  const auto group = FindAnyGroupOn(*database, group_name);
   if (!group) return group.error();
   if (!*group) return 0;
   const std::string key = std::to_string((*group)->id);

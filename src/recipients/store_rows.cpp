@@ -146,14 +146,15 @@ Result<RecipientGroup> Required(const Result<std::optional<RecipientGroup>>& gro
 
 }  // namespace
 
-Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
-  return FindGroupBy(StatementId::kFindGroup, database, name);
-}
-
 // The given statement finds all that it takes.
 Result<std::optional<RecipientGroup>> FindAnyGroupOn(Database& database, std::string_view name) {
   const bool is_given = name.find('\'') == std::string_view::npos;
   return FindGroupBy(is_given ? StatementId::kFindGroup : StatementId::kFindAnyGroup, database, name);
+}
+
+Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
+  auto found = FindAnyGroupOn(database, name);
+  return found && *found ? FindGroupBy(StatementId::kFindGroup, database, name) : found;
 }
 
 Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name) {

@@ -40,8 +40,8 @@ Result<void> ForEachOfKeys(CatalogueStatement& statement, std::span<const std::i
 RecipientGroup ReadGroup(const platform::Statement& row);
 StoredRecipient ReadRecipient(const platform::Statement& row);
 
-// By the given statement, which fails with kUsage for a name with an apostrophe: nobody can enter one here, yet another
-// program may have given it.
+// By the given statement, which fails with kUsage for a group whose name has an apostrophe: nobody can enter one here,
+// yet another program may have given it.
 Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name);
 // Of any name.
 Result<std::optional<RecipientGroup>> FindAnyGroupOn(platform::Database& database, std::string_view name);

@@ -115,10 +115,16 @@ class People(Case):
     def test_a_name_from_elsewhere_can_be_changed(self):
         with contextlib.closing(sqlite3.connect(self.profile / "data" / "Group.mdb")) as store, store:
             store.execute("UPDATE Groups SET GroupName = 'O''Neill' WHERE ID = (SELECT min(ID) FROM Groups)")
-        for command in (["export", "-g"], ["--json", "export", "-g"], ["group", "duplicates"], ["recipient", "list", "-g"]):
+        for command in (["export", "-g"], ["--json", "export", "-g"], ["group", "duplicates"], ["recipient", "list", "-g"],
+                        ["group", "count"]):
             self.ok(*command, "O'Neill")  # whatever is called so can be read
         code, _, err = self.run_program("--yes", "group", "delete", "O'Neill")
         self.assertEqual((code, "Give the group another name first" in err), (64, True), err)
+        self.account(25)
+        for command in (["group", "delete"], ["group", "sort", "--by", "City"],
+                        ["send", "--subject", "s", "--body", self.write("page.html", "x"), "--dry-run", "--group"]):
+            code, _, err = self.run_program("--yes", *command, "x'y")
+            self.assertEqual((code, "no group" in err, "another name" in err), (64, True, False), err)
         self.ok("group", "rename", "O'Neill", "A")
         self.assertEqual(self.rows()[0][0][1], "A")
 
