@@ -360,8 +360,10 @@ class ScreensTest : public QObject {
       QVERIFY2(!is_out, qPrintable(name + " scrolls its button away"));
     }
     for (const QLabel* label : window.findChildren<QLabel*>()) {
-      if (!label->isVisible() || label->wordWrap() || label->text().isEmpty()) continue;
-      const bool fits = label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
+      if (!label->isVisible() || label->text().isEmpty()) continue;
+      const bool fits = label->wordWrap()
+                            ? label->height() >= label->heightForWidth(label->width())
+                            : label->width() >= label->minimumSizeHint().width() || label->minimumWidth() == 1;
       QVERIFY2(fits, qPrintable(name + ": " + label->text()));
     }
     for (const QWidget* control : window.findChildren<QWidget*>()) {

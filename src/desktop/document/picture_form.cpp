@@ -93,6 +93,11 @@ void PictureForm::MakeWindow() {
   grid->Add("AlternativeTextBox", tr("Alternative &text:"), alternative_);
   undescribed_ = grid->AddPlain("UndescribedLabel", new StatusLine(this, "UndescribedLabel"));
   undescribed_->Say(tr("Without one, readers who do not see it never hear of it. Right for what only decorates."));
+  QSizePolicy keeps_its_place = undescribed_->sizePolicy();
+  keeps_its_place.setRetainSizeWhenHidden(true);
+  undescribed_->setSizePolicy(keeps_its_place);
+  // A window's least height knows nothing of lines that wrap; the column is never narrower than the picture.
+  undescribed_->setMinimumHeight(undescribed_->heightForWidth(kShownWidth));
   undescribed_->hide();
   grid->Add("WidthTextBox", tr("&Width:"), width_, {new QLabel(tr("pixels"), this)});
   grid->Add("HeightTextBox", tr("&Height:"), height_, {new QLabel(tr("pixels"), this)});

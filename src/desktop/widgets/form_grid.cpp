@@ -86,7 +86,11 @@ void FormGrid::AddButton(QWidget* field, QWidget* button) {
 void FormGrid::AddUnlabelled(const QString& name, QWidget* field, int column) {
   field->setObjectName(name);
   LetFollow(field);
-  rows_->addWidget(field, rows_->rowCount(), column, 1, -1, Qt::AlignLeading | Qt::AlignVCenter);
+  // What wraps takes all the width: at the one that it asks for by itself it would have more lines than places for
+  // them.
+  const bool wraps = field->sizePolicy().hasHeightForWidth();
+  rows_->addWidget(field, rows_->rowCount(), column, 1, -1,
+                   wraps ? Qt::Alignment() : Qt::AlignLeading | Qt::AlignVCenter);
 }
 
 // A label says by its colour, too, that its field cannot be used.
