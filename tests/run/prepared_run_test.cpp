@@ -57,7 +57,7 @@ TEST_F(PreparedRunTest, KnowsItsGroupWhateverIsThere) {
   EXPECT_FALSE(facts->group_is_there);
   EXPECT_FALSE(facts->account_filled_in) << "the server and the port were never saved";
   EXPECT_EQ(facts->groups, std::vector<std::string>{"Readers"});
-  EXPECT_FALSE(Prepare(letter_, "Read'ers", Place()));
+  EXPECT_FALSE(Prepare(letter_, "Read'ers", Place())->Facts()->group_is_there);
 }
 
 TEST_F(PreparedRunTest, KeepsTheAccountThatItsFirstQuestionFound) {
