@@ -2,14 +2,12 @@
 
 #include <array>
 
-#include "charset/charset.h"
+#include "charset/code_page.h"
 #include "html/html_to_text.h"
 #include "html/safe_page.h"
 #include "mail_file/body_folder.h"
-#include "mail_file/body_text.h"
 #include "mail_file/message_rtf.h"
 #include "mail_file/message_xml.h"
-#include "platform/locale_codeset.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -23,14 +21,14 @@ Result<std::string> BodyAsText(const MailMessage& message) {
   if (message.HasBody("text/plain") || !message.HasBody("text/html")) return message.TextBody();
   const auto page = message.HtmlBody();
   if (!page) return page.error();
-  return WithLineEnds(html::HtmlToText(*page));
+  return platform::WithLineEnds(html::HtmlToText(*page));
 }
 
 Result<std::size_t> WriteAsText(const MailMessage& message, std::string_view code_page, const WriteText& write) {
   const auto text = BodyAsText(message);
   if (!text) return text.error();
   std::string encoded;
-  const std::size_t lost = AppendInCodePage(encoded, *text, code_page);
+  const std::size_t lost = charset::AppendInCodePage(encoded, *text, code_page);
   const auto written = write(encoded);
   return written ? Result<std::size_t>(lost) : written.error();
 }
@@ -67,17 +65,6 @@ Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std
       return Nothing(WriteAsXml(message, write));
   }
   return std::size_t{0};
-}
-
-std::size_t AppendInCodePage(std::string& out, std::string_view text, std::string_view code_page) {
-  const auto set = platform::IsUtf8Codeset(code_page) ? std::nullopt : charset::FindCharset(code_page);
-  std::size_t lost = 0;
-  if (set && !set->IsUtf8()) {
-    set->Encode(text, out, &lost);
-  } else {
-    out += text;
-  }
-  return lost;
 }
 
 }  // namespace quillcast::mail_file

@@ -28,8 +28,4 @@ using WriteText = std::function<Result<void>(std::string_view)>;
 Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
                               const WriteText& write);
 
-// Appends the text in that character set, and gives how many characters that
-// does not have.
-std::size_t AppendInCodePage(std::string& out, std::string_view text, std::string_view code_page);
-
 }  // namespace quillcast::mail_file

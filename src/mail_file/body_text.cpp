@@ -82,17 +82,4 @@ std::string DecodeBody(std::string_view bytes, std::string_view declared, bool i
   return charset::FindCharset("windows-1252")->Decode(bytes);
 }
 
-std::string WithLineEnds(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 32);
-  while (!text.empty()) {
-    const std::size_t end = text.find_first_of("\r\n");
-    out += text.substr(0, end);
-    if (end == std::string_view::npos) break;
-    out += "\r\n";
-    text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
-  }
-  return out;
-}
-
 }  // namespace quillcast::mail_file

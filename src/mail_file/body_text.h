@@ -10,7 +10,4 @@ namespace quillcast::mail_file {
 // programs write a larger one under its name (ISO-8859-1 for Windows-1252, GB 2312 for GB 18030) is read in that one.
 std::string DecodeBody(std::string_view bytes, std::string_view declared, bool is_html);
 
-// Each line end, CRLF, LF or CR, as CRLF.
-std::string WithLineEnds(std::string_view text);
-
 }  // namespace quillcast::mail_file

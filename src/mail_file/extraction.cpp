@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "charset/code_page.h"
 #include "mail_file/body_folder.h"
 #include "mail_file/chosen_folder.h"
 #include "mail_file/load_settings.h"
@@ -104,7 +105,7 @@ class Extraction {
 
   void ReplaceText(const std::string& file, std::string_view text) {
     std::string encoded;
-    outcome_.lost += AppendInCodePage(encoded, text, request_.code_page);
+    outcome_.lost += charset::AppendInCodePage(encoded, text, request_.code_page);
     Replace(file, [&](int fd) { return platform::WriteAll(fd, file, encoded); });
   }
 

@@ -121,7 +121,7 @@ Result<std::string> MailMessage::TextOf(const Part& part) const {
       bytes += *block;
     }
   }
-  return WithLineEnds(DecodeBody(bytes, part.charset, part.type == "text/html"));
+  return platform::WithLineEnds(DecodeBody(bytes, part.charset, part.type == "text/html"));
 }
 
 bool MailMessage::HasBody(std::string_view type) const {

@@ -80,6 +80,19 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
   }
 }
 
+std::string WithLineEnds(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 32);
+  while (!text.empty()) {
+    const std::size_t end = text.find_first_of("\r\n");
+    out += text.substr(0, end);
+    if (end == std::string_view::npos) break;
+    out += "\r\n";
+    text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
+  }
+  return out;
+}
+
 std::optional<std::string> PercentDecoded(std::string_view text) {
   std::string out;
   for (std::size_t i = 0; i < text.size(); ++i) {

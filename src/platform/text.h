@@ -31,6 +31,9 @@ std::vector<std::string_view> Split(Temporary&& text, char separator) = delete; 
 // Every occurrence of `from` replaced, left to right, the replacement not looked at again. `from` is not empty.
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
 
+// Each line end, CRLF, LF or CR, as CRLF.
+std::string WithLineEnds(std::string_view text);
+
 // With what "%41" and the like stand for, as addresses write it; a "%" that begins no such thing stands for itself.
 // Nothing where a byte would be 0.
 std::optional<std::string> PercentDecoded(std::string_view text);

@@ -33,7 +33,7 @@ ORDER = {
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
-    "domain": "account profile smtp smtp/client net dns",
+    "domain": "account profile charset smtp smtp/client net dns",
     "mail_file": "message document profile mime html charset",
     "run": "account message document domain mail_file profile recipients html smtp smtp/client",
     "support": "run account message document profile smtp smtp/client",
@@ -45,7 +45,7 @@ ORDER = {
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
     "desktop/run": "desktop/widgets desktop/document run account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
-    "desktop/domain": "desktop/widgets domain account profile",
+    "desktop/domain": "desktop/widgets domain account profile smtp",
     "desktop/support": "desktop/widgets support run account profile",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",

@@ -1,0 +1,57 @@
+#include "domain/report_output.h"
+
+#include <cstdint>
+
+#include "charset/code_page.h"
+#include "platform/text.h"
+#include "profile/mailer_name.h"
+
+namespace quillcast::domain {
+namespace {
+
+constexpr const char* kRule = "------------------------------------";
+
+Sentence Saved(const std::filesystem::path& file, std::size_t lost, std::string_view code_page) {
+  if (lost == 0) return Say("The report is in {}.", platform::Printable(file.string()));
+  return SayOf(static_cast<std::int64_t>(lost),
+               "{} character is not in {} and was written as \"?\". The report is in {}.",
+               "{} characters are not in {} and were written as \"?\". The report is in {}.", code_page,
+               platform::Printable(file.string()));
+}
+
+}  // namespace
+
+Result<std::optional<Sentence>> SaveReport(std::string_view text, std::string_view code_page,
+                                           const platform::OwnFiles& own, platform::Prompts& prompts) {
+  if (text.empty()) {
+    prompts.Warn("There is no data to save.");
+    return std::optional<Sentence>();
+  }
+  const auto file = prompts.PickSaveFile(
+      {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
+  if (file.empty()) return std::optional<Sentence>();
+  const auto may_write = platform::MayWriteTo(file, own, prompts);
+  if (!may_write) return may_write.error();
+  if (!*may_write) return std::optional(platform::LeftLocked(file));
+  std::string encoded;
+  const std::size_t lost = charset::AppendInCodePage(encoded, platform::WithLineEnds(text), code_page);
+  const auto written = platform::ReplaceChosenFile(file, own, encoded + "\r\n");
+  if (!written) return written.error();
+  return std::optional(Saved(file, lost, code_page));
+}
+
+bool MayPrintReport(std::string_view text, platform::Prompts& prompts) {
+  if (text.empty()) {
+    prompts.Warn("There is no data to print.");
+    return false;
+  }
+  return prompts.Ask(
+             "Do you still want to print this document?\r\n"
+             "Please consider your environmental responsibility before printing.") == platform::Answer::kYes;
+}
+
+std::string PrintedReport(std::string_view text) {
+  return profile::MailerName() + "\n" + kRule + "\n" + std::string(text);
+}
+
+}  // namespace quillcast::domain
