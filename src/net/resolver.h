@@ -1,15 +1,12 @@
 // Finds the addresses of a host: /etc/hosts and the system's name servers, as the system is set up.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "net/address.h"
-#include "net/wait.h"
-
-struct ares_channeldata;
+#include "net/ares_channel.h"
 
 namespace quillcast::net {
 
@@ -21,19 +18,14 @@ bool IsLoopbackHost(std::string_view host);
 // directories) are not asked.
 class Resolver {
  public:
-  Resolver();
-
   // IPv4 and IPv6 addresses, at least one, in the order in which they are best tried (RFC 6724). An address as text is
   // its own answer; "localhost" and names below it are loopback without a query (RFC 6761 6.3). The first call reads
   // the system's setup.
   Result<std::vector<IpAddress>> Resolve(const std::string& host, const Patience& patience);
 
  private:
-  struct CloseChannel {
-    void operator()(ares_channeldata* channel) const;
-  };
   Result<void> Open();
-  std::unique_ptr<ares_channeldata, CloseChannel> channel_;
+  AresChannel channel_;
 };
 
 }  // namespace quillcast::net

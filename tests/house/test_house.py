@@ -17,7 +17,7 @@ TOP = Path(os.environ.get("QUILLCAST_HOUSE", Path(__file__).resolve().parents[2]
 ORDER = {
     "platform": "",
     "net": "",
-    "dns": "net",
+    "net/dns": "net",
     "charset": "",
     "html": "",
     "mime": "charset",
@@ -33,7 +33,7 @@ ORDER = {
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
-    "domain": "account profile charset smtp smtp/client net dns",
+    "domain": "account profile charset smtp smtp/client net net/dns",
     "mail_file": "message document profile mime html charset",
     "run": "account message document domain mail_file profile recipients html smtp smtp/client",
     "support": "run account message document profile smtp smtp/client",

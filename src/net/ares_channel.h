@@ -1,0 +1,22 @@
+// The library that speaks DNS (c-ares), driven by the waits of this folder.
+#pragma once
+
+#include <memory>
+
+#include "net/wait.h"
+
+struct ares_channeldata;
+
+namespace quillcast::net {
+
+struct CloseAresChannel {
+  // Questions that are open are given up: the library calls back for each before this returns.
+  void operator()(ares_channeldata* channel) const;
+};
+using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
+
+// Waits once, until a socket of the channel is ready or the library wants to ask again, and lets it go on. False when
+// the deadline passed; nothing is cancelled then, nor when this fails with what Patience fails with.
+Result<bool> DriveChannel(ares_channeldata* channel, const Patience& patience);
+
+}  // namespace quillcast::net

@@ -1,0 +1,231 @@
+#include "net/dns/dns_client.h"
+
+#include <ares.h>
+#include <netinet/in.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "net/dns/socket_watch.h"
+#include "net/idna.h"
+#include "platform/utf8.h"
+
+namespace quillcast::net {
+namespace {
+
+constexpr std::uint16_t kPort = 53;
+constexpr int kFirstWait = 1500;     // milliseconds; twice as long each time
+constexpr int kTries = 3;            // of each server
+constexpr int kDatagram = 1232;      // octets that no network cuts into pieces
+constexpr int kMostQuestionsOn = 8;  // for one alias after the other
+constexpr int kInternet = 1;         // the class
+
+struct FreeServers {
+  void operator()(ares_addr_port_node* servers) const { ares_free_data(servers); }
+};
+
+ares_addr_port_node ServerNode(const Endpoint& server) {
+  ares_addr_port_node node{};
+  const bool v4 = server.address.family == Family::kIpv4;
+  node.family = v4 ? AF_INET : AF_INET6;
+  std::memcpy(&node.addr, server.address.bytes.data(), v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
+  node.udp_port = node.tcp_port = server.port;
+  return node;
+}
+
+Endpoint ServerOf(const ares_addr_port_node& node) {
+  Endpoint server;
+  const bool v4 = node.family == AF_INET;
+  server.address.family = v4 ? Family::kIpv4 : Family::kIpv6;
+  std::memcpy(server.address.bytes.data(), &node.addr, v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
+  server.port = node.udp_port != 0 ? static_cast<std::uint16_t>(node.udp_port) : kPort;
+  return server;
+}
+
+// Nothing where the system has no memory for it.
+AresChannel OpenChannel(std::vector<Endpoint>& servers) {
+  if (servers.empty()) servers = SystemDnsServers();
+  ares_options options{};
+  // Of several servers the next is asked when one fails; of a single one the failure itself is the answer.
+  options.flags = ARES_FLAG_EDNS | (servers.size() == 1 ? ARES_FLAG_NOCHECKRESP : 0);
+  options.ednspsz = kDatagram;
+  options.timeout = kFirstWait;
+  options.tries = kTries;
+  ares_channel channel = nullptr;
+  if (ares_init_options(&channel, &options, ARES_OPT_FLAGS | ARES_OPT_EDNSPSZ | ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES) !=
+      ARES_SUCCESS) {
+    return {};
+  }
+  AresChannel opened(channel);
+  std::vector<ares_addr_port_node> nodes;
+  nodes.reserve(servers.size());
+  for (const Endpoint& server : servers) nodes.push_back(ServerNode(server));
+  for (std::size_t n = 1; n < nodes.size(); ++n) nodes[n - 1].next = &nodes[n];
+  if (ares_set_servers_ports(channel, nodes.data()) != ARES_SUCCESS) return {};
+  return opened;
+}
+
+// As the wire has it. Nothing for what cannot stand there.
+std::optional<std::string> WireName(const std::string& name) {
+  if (name.empty() || platform::HoldsControl(name)) return {};
+  auto ascii = AsciiHost(name);
+  if (!ascii) return {};
+  return *std::move(ascii);
+}
+
+}  // namespace
+
+struct DnsClient::Watch : SocketWatch {};
+
+struct DnsClient::Pending {
+  DnsQuestion question;
+  Then then;
+  Watch* watch = nullptr;
+  std::uint64_t unclaimed_before = 0;
+  int questions_on = 0;
+  bool done = false;
+  DnsAnswer answer = {};
+
+  static void Keep(void* argument, int status, int timeouts, unsigned char* message, int size);
+  void End(DnsOutcome outcome, int error_number = 0);
+  void EndWithout(int status);
+};
+
+void DnsClient::Pending::End(DnsOutcome outcome, int error_number) {
+  done = true;
+  answer.outcome = outcome;
+  answer.name = question.name;
+  answer.error_number = error_number;
+}
+
+// By what the library and the sockets say when no message answered the question.
+void DnsClient::Pending::EndWithout(int status) {
+  const bool strays = watch->unclaimed() > unclaimed_before;
+  switch (status) {
+    case ARES_EBADNAME:
+      return End(DnsOutcome::kBadName);
+    case ARES_ETIMEOUT:
+    case ARES_ECANCELLED:
+      return End(strays ? DnsOutcome::kMalformed : DnsOutcome::kNoAnswer);
+    case ARES_ENOMEM:
+      return End(DnsOutcome::kNoSocket, ENOMEM);
+    default:
+      break;
+  }
+  if (watch->error_number() != 0) return End(DnsOutcome::kNoSocket, watch->error_number());
+  switch (watch->passed_over_code()) {
+    case 2:
+      return End(DnsOutcome::kServerFailed);
+    case 5:
+      return End(DnsOutcome::kRefused);
+    default:
+      return End(DnsOutcome::kMalformed);
+  }
+}
+
+void DnsClient::Pending::Keep(void* argument, int status, int /*timeouts*/, unsigned char* message, int size) {
+  auto& pending = *static_cast<Pending*>(argument);
+  if (message == nullptr) return pending.EndWithout(status);
+  pending.watch->Claim();
+  pending.answer = ReadDnsAnswer({message, static_cast<std::size_t>(size)}, pending.question);
+  pending.done = true;
+}
+
+std::optional<Endpoint> ParseDnsServer(std::string_view text) {
+  const auto server = ParseHostPort(text, kPort);
+  if (!server) return {};
+  const auto address = ParseIpAddress(server->host);
+  if (!address) return {};
+  return Endpoint{*address, server->port};
+}
+
+std::vector<Endpoint> SystemDnsServers() {
+  ares_channel channel = nullptr;
+  if (ares_init(&channel) != ARES_SUCCESS) return {};
+  const AresChannel opened(channel);
+  ares_addr_port_node* first = nullptr;
+  IgnoreErrors(ares_get_servers_ports(channel, &first));  // none are found then
+  const std::unique_ptr<ares_addr_port_node, FreeServers> owned(first);
+  std::vector<Endpoint> servers;
+  for (const auto* node = first; node != nullptr; node = node->next) servers.push_back(ServerOf(*node));
+  return servers;
+}
+
+DnsClient::DnsClient(std::vector<Endpoint> servers)
+    : servers_(std::move(servers)), watch_(std::make_unique<Watch>()), channel_(OpenChannel(servers_)) {
+  if (channel_) watch_->Attach(channel_.get());
+}
+
+DnsClient::~DnsClient() = default;
+
+void DnsClient::Send(Pending& pending, const std::string& name) {
+  pending.question.name = name;
+  pending.done = false;
+  pending.unclaimed_before = watch_->unclaimed();
+  const auto wire_name = WireName(name);
+  if (!wire_name) return pending.End(DnsOutcome::kBadName);
+  if (!channel_) return pending.End(DnsOutcome::kNoSocket, ENOMEM);
+  pending.question.name = *wire_name;
+  ares_query(channel_.get(), wire_name->c_str(), kInternet, static_cast<int>(pending.question.type), Pending::Keep,
+             &pending);
+}
+
+void DnsClient::Ask(DnsQuestion question, Then then) {
+  const std::string name = question.name;
+  pending_.push_back({std::move(question), std::move(then), watch_.get()});
+  Send(pending_.back(), name);
+}
+
+// Not from within the library's callback, so that whoever is told may ask further.
+void DnsClient::Deliver() {
+  for (auto one = pending_.begin(); one != pending_.end();) {
+    const bool leads_on = one->done && one->answer.outcome == DnsOutcome::kNoData &&
+                          one->answer.name != WithoutRootDot(one->question.name);
+    if (leads_on && one->questions_on < kMostQuestionsOn) {
+      ++one->questions_on;
+      Send(*one, std::string(one->answer.name));
+    }
+    if (!one->done) {
+      ++one;
+      continue;
+    }
+    if (leads_on) one->answer.outcome = DnsOutcome::kMalformed;
+    std::list<Pending> told;
+    told.splice(told.end(), pending_, one++);
+    told.front().then(told.front().answer);
+  }
+}
+
+void DnsClient::Drop() {
+  if (channel_) ares_cancel(channel_.get());
+  pending_.clear();
+}
+
+Result<void> DnsClient::Run(const Patience& patience) {
+  for (Deliver(); !pending_.empty(); Deliver()) {
+    const bool open = std::any_of(pending_.begin(), pending_.end(), [](const Pending& one) { return !one.done; });
+    if (!open) continue;
+    const auto driven = DriveChannel(channel_.get(), patience);
+    if (!driven) {
+      Drop();
+      return driven.error();
+    }
+    if (!*driven) ares_cancel(channel_.get());
+  }
+  return {};
+}
+
+Result<std::vector<DnsAnswer>> AskAll(std::span<const DnsQuestion> questions, std::vector<Endpoint> servers,
+                                      const Patience& patience) {
+  std::vector<DnsAnswer> answers(questions.size());
+  DnsClient client(std::move(servers));
+  for (std::size_t n = 0; n < questions.size(); ++n) {
+    client.Ask(questions[n], [&answers, n](const DnsAnswer& answer) { answers[n] = answer; });
+  }
+  if (auto ran = client.Run(patience); !ran) return ran.error();
+  return answers;
+}
+
+}  // namespace quillcast::net
