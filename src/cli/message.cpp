@@ -31,7 +31,7 @@ int UseFile(Context& context, const std::string& name, LoadMode mode, const UseM
     return context.output.Fail({Failure::kNoInput, std::string(mail_file::TextOf(fault.code)), fault.what});
   }
   TellFaults(context, name, *loading);
-  if (const int failed = use(name, *loading); failed != 0) return failed;
+  if (const int failed = use({name, input->path(), mode, *loading}); failed != 0) return failed;
   return loading->code() == mail_file::LoadCode::kLoaded ? 0 : ExitCode(Failure::kBadData);
 }
 
@@ -71,6 +71,7 @@ void AddMessageCommand(CLI::App& app, Context& context) {
   AddMessageExport(message, context);
   AddMessageExtract(message, context);
   AddMessageImport(message, context);
+  AddMessagePrint(message, context);
 }
 
 }  // namespace quillcast::cli

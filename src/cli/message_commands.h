@@ -1,6 +1,7 @@
 // quillcast message show: what the commands for message files share.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -21,7 +22,13 @@ void AddMessageFiles(CLI::App& command, MessageFiles& files);
 // Loads each, as the account's "Extended" or the option says, tells what was found wrong on standard error, and calls
 // `use` with those of which something was loaded; `use` gives an exit code. The exit code of the whole: that of the
 // last failure; 65 where a message was used in spite of a code, 66 where nothing could be loaded, 75 after a cancel.
-using UseMessage = std::function<int(const std::string& name, const mail_file::Loading& loading)>;
+struct LoadedFile {
+  const std::string& name;  // as it was given
+  const std::filesystem::path& path;
+  mail_file::LoadMode mode;
+  const mail_file::Loading& loading;
+};
+using UseMessage = std::function<int(const LoadedFile& file)>;
 int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use);
 
 // What was found wrong with a message, for programs.
@@ -31,5 +38,6 @@ void AddMessageShow(CLI::App& message, Context& context);
 void AddMessageExport(CLI::App& message, Context& context);
 void AddMessageExtract(CLI::App& message, Context& context);
 void AddMessageImport(CLI::App& message, Context& context);
+void AddMessagePrint(CLI::App& message, Context& context);
 
 }  // namespace quillcast::cli

@@ -87,9 +87,8 @@ int Extract(Context& context, ExtractOptions options) {
   if (!options.utf8) request.code_page = platform::LocaleCodeset();
   if (const auto complaint = mail_file::CheckExtraction(request)) return context.output.Complain(complaint->message);
   if (const auto checked = CheckFiles(context, options); !checked) return context.output.Fail(checked.error());
-  return WithMessages(context, options.files, [&](const std::string& name, const mail_file::Loading& loading) {
-    return ExtractOne(context, name, loading, request);
-  });
+  return WithMessages(context, options.files,
+                      [&](const LoadedFile& file) { return ExtractOne(context, file.name, file.loading, request); });
 }
 
 }  // namespace

@@ -59,8 +59,8 @@ int RunImport(Context& context, const ImportOptions& options) {
     return context.output.Complain(
         "The document is HTML, and would be read as text: give it a name that ends in .htm.");
   if (const int refused = AskToWrite(context, options.document)) return refused;
-  return WithMessages(context, options.files, [&](const std::string& name, const mail_file::Loading& loading) {
-    return ImportOne(context, name, *loading.message, options.document);
+  return WithMessages(context, options.files, [&](const LoadedFile& file) {
+    return ImportOne(context, file.name, *file.loading.message, options.document);
   });
 }
 

@@ -227,9 +227,9 @@ void AddMessageShow(CLI::App& message, Context& context) {
       "Nothing in a message runs or is loaded. With --json: one object a message, with each part's size and SHA-256.\n"
       "Example: quillcast message show letter.eml");
   OnRun(show, context, [files](Context& ctx) {
-    return WithMessages(ctx, *files, [&](const std::string& name, const mail_file::Loading& loading) {
-      if (ctx.output.json) return ShowObject(ctx, name, loading);
-      return ShowText(ctx, name, *loading.message, files->names.size() > 1);
+    return WithMessages(ctx, *files, [&](const LoadedFile& file) {
+      if (ctx.output.json) return ShowObject(ctx, file.name, file.loading);
+      return ShowText(ctx, file.name, *file.loading.message, files->names.size() > 1);
     });
   });
 }

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "desktop/mail_file/print_without_window.h"
 #include "desktop/sandbox.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/single_instance.h"
@@ -156,6 +157,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);  // NOLINT: a peer that is gone is told by the failing write
+  if (const auto ended = quillcast::desktop::PrintWithoutWindow(argc, argv)) return *ended;
   const char* platform_name = std::getenv("QT_QPA_PLATFORM");
   const bool has_display = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
   if (platform_name == nullptr && !has_display) {

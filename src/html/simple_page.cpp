@@ -83,6 +83,7 @@ class SimpleWriter {
   void CloseBefore(const std::string& name);
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
+  std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
 
   HtmlTokenizer page_;
   std::vector<bool> grids_;
@@ -271,11 +272,11 @@ SimplePage SimpleWriter::Write() {
     Take(token);
     if (out_.size() > most_) {
       CloseTo(0);
-      return {std::move(out_), true};
+      return {std::move(out_), true, PicturesLeftOut()};
     }
   }
   CloseTo(0);
-  return {std::move(out_), false};
+  return {std::move(out_), false, PicturesLeftOut()};
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace quillcast::html {
 struct SimplePage {
   std::string html;     // UTF-8, well formed; tags and attributes of a short list, and nothing that loads but "cid:"
   bool is_cut = false;  // the page went on
+  std::size_t pictures_left_out = 0;  // beyond the first 500
 };
 
 // A picture that is not the message's own is its alternative text. All else that is displayed stays, in its order, with

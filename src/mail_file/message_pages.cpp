@@ -1,5 +1,6 @@
 #include "mail_file/message_pages.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -9,8 +10,6 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kMost = std::size_t{8} * 1024 * 1024;  // bytes that are laid out
-
 using Rule = document::NumberRule<PrintForm, PrintControl>;
 constexpr std::array kMargins = {
     Rule{&PrintForm::left, "margin", PrintControl::kLeft, 1, 99, document::Digits::kWithFraction},
@@ -19,10 +18,13 @@ constexpr std::array kMargins = {
 };
 
 // Of a text that goes on the writing of it ends early, which is no failure.
-Result<PrintedBody> ReadText(const MailMessage& message, BodyFormat format) {
+Result<PrintedBody> ReadText(const MailMessage& message, BodyFormat format, std::size_t most,
+                             const platform::CancelToken* cancel) {
   PrintedBody body;
-  const auto take = [&body](std::string_view piece) -> Result<void> {
-    const auto room = kMost - body.text.size();
+  const auto take = [&](std::string_view piece) -> Result<void> {
+    if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone)
+      return Error{Failure::kTryAgain, "Reading the message was cancelled."};
+    const auto room = most - body.text.size();
     body.page.is_cut = piece.size() > room;
     body.text += piece.substr(0, room);
     return body.page.is_cut ? Result<void>(Error{Failure::kBadData, "It goes on.", ""}) : Result<void>();
@@ -39,10 +41,10 @@ std::optional<Complaint<PrintControl>> CheckPrint(const PrintForm& form) {
   return document::CheckNumbers<PrintForm, PrintControl>(form, kMargins);
 }
 
-Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format,
+Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
                                     const platform::CancelToken* cancel) {
-  if (format == BodyFormat::kText || format == BodyFormat::kXml) return ReadText(message, format);
-  auto page = ReadShownBody(message, kMost, cancel);
+  if (format == BodyFormat::kText || format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
+  auto page = ReadShownBody(message, message.HasBody("text/html") ? std::min(most, kMostPrintedHtml) : most, cancel);
   if (!page) return page.error();
   return PrintedBody{*std::move(page), {}, true};
 }
@@ -61,6 +63,17 @@ std::string_view TextOf(PrintCode code) {
       return "Error 255: Cancelled by user.";
   }
   return "";
+}
+
+std::vector<Sentence> LeftOut(bool is_cut, std::size_t pictures) {
+  std::vector<Sentence> left_out;
+  if (is_cut) left_out.emplace_back("The message goes on: this is its beginning.");
+  if (pictures > 0) {
+    left_out.push_back(SayOf(static_cast<std::int64_t>(pictures),
+                             "{} picture was left out: too large, damaged, or of an unknown kind.",
+                             "{} pictures were left out: too large, damaged, or of an unknown kind."));
+  }
+  return left_out;
 }
 
 }  // namespace quillcast::mail_file

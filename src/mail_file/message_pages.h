@@ -1,10 +1,12 @@
 // A message file on paper: what is asked for it, how it is laid out, what is printed of it, and how that ends.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mail_file/body_formats.h"
 #include "mail_file/shown_body.h"
@@ -35,9 +37,16 @@ struct PrintedBody {
   bool is_page = false;
 };
 
-// RTF prints what its HTML prints, XML its source. Of what is longer than some 8 MiB the beginning; `page.is_cut` says
-// so. Errors: kIo when the file cannot be read, kTryAgain after a cancel.
-Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, const platform::CancelToken* cancel);
+// How many bytes are laid out. The tables of a page, which is a stranger's, take their time in one piece.
+inline constexpr std::size_t kMostPrinted = std::size_t{8} << 20;
+inline constexpr std::size_t kMostPrintedHtml = std::size_t{1} << 20;
+inline constexpr std::size_t kMostPreviewed = std::size_t{256} << 10;  // in a second
+inline constexpr int kMostPages = 2000;
+
+// RTF prints what its HTML prints, XML its source. Of what is longer than about `most` bytes, or kMostPrintedHtml, the
+// beginning; `page.is_cut` says so. Errors: kIo when the file cannot be read, kTryAgain after a cancel.
+Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
+                                    const platform::CancelToken* cancel);
 
 // The numbering is fixed.
 enum class PrintCode : std::uint8_t {
@@ -45,11 +54,21 @@ enum class PrintCode : std::uint8_t {
   kNoPrinter = 202,   // there is none of this name
   kNotBegun = 203,    // it takes no page
   kNotWritten = 204,  // it, or the disk, failed on the way
-  kCancelled = 255,   // the dialog that chooses the printer
+  kCancelled = 255,   // in the dialog that chooses the printer, or on the way
 };
 // "Error 202: Invalid printer."; empty for kPrinted.
 std::string_view TextOf(PrintCode code);
 // When nothing was loaded.
 inline constexpr const char* kNoMessageHandle = "There was an error creating the message handle.";
+
+// How a print ended.
+struct PrintedMessage {
+  PrintCode code = PrintCode::kPrinted;
+  int pages = 0;
+  std::optional<Error> error = {};      // why, where there is more to say
+  std::vector<Sentence> left_out = {};  // what of the message is on no page
+};
+// Said below the last page too. The pictures are those that found no room, or could not be decoded.
+std::vector<Sentence> LeftOut(bool is_cut, std::size_t pictures);
 
 }  // namespace quillcast::mail_file

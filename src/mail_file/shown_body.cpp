@@ -64,16 +64,20 @@ class Pictures {
     return fmt::format("cid:{}", place->second);
   }
 
+  std::size_t left_out() const { return left_out_; }
   std::vector<ShownPicture> taken() && { return std::move(taken_); }
 
  private:
   bool Read(const Part& part) {
-    const std::size_t room = kMostPictureBytes - bytes_;
-    if (taken_.size() == kMostPictures || part.source.bytes.size() > 2 * room) return false;
     std::string type = embedded_.PictureTypeOf(part);
     if (type.empty()) return false;
-    auto bytes = BytesOf(message_, part, room + 1, cancel_);
-    if (!bytes || bytes->size() > room) return false;
+    const std::size_t room = kMostPictureBytes - bytes_;
+    const bool may_fit = taken_.size() < kMostPictures && part.source.bytes.size() <= 2 * room;
+    auto bytes = may_fit ? BytesOf(message_, part, room + 1, cancel_) : Result<std::string>("");
+    if (!may_fit || !bytes || bytes->size() > room) {
+      ++left_out_;
+      return false;
+    }
     bytes_ += bytes->size();
     taken_.push_back({std::move(type), *std::move(bytes)});
     return true;
@@ -85,6 +89,7 @@ class Pictures {
   std::unordered_map<const Part*, std::size_t> places_;
   std::vector<ShownPicture> taken_;
   std::size_t bytes_ = 0;
+  std::size_t left_out_ = 0;
 };
 
 // The body as HTML; only its beginning where it is too long to be held.
@@ -114,6 +119,7 @@ Result<ShownBody> ReadShownBody(const MailMessage& message, std::size_t most, co
   if (IsCancelled(cancel)) return Error{Failure::kTryAgain, "Reading the message was cancelled."};
   body.html = std::move(simple.html);
   body.is_cut = body.is_cut || simple.is_cut;
+  body.pictures_left_out = pictures.left_out() + simple.pictures_left_out;
   body.pictures = std::move(pictures).taken();
   return body;
 }

@@ -17,6 +17,7 @@ struct ShownBody {
   std::string html;                    // see html::Simplify; "cid:0" is the first of the pictures, and so on
   std::vector<ShownPicture> pictures;  // that lie in the message, at most 100, together below 64 MiB
   bool is_cut = false;                 // the body goes on
+  std::size_t pictures_left_out = 0;   // of the message's own, for want of room
 };
 
 // Of a body of over 32 MiB the first MiB alone is read. `most` is about how many bytes of HTML there may be. Errors:

@@ -3,10 +3,14 @@ import email
 import email.policy
 import hashlib
 import json
+import os
 import shutil
+import signal
 import subprocess
+import time
 import unittest
 from pathlib import Path
+from unittest import mock
 from urllib.parse import quote
 from xml.etree import ElementTree
 
@@ -184,6 +188,108 @@ class Message(Case):
                 body.unlink()
         if not XMLLINT:
             left_out("XML against its schema", "there is no xmllint")
+
+    def needs_desktop(self):
+        if not Path(PROGRAM).with_name("quillcast-desktop").exists():
+            left_out("message print", "quillcast-desktop is not built")
+            self.skipTest("no quillcast-desktop")
+
+    def print_pdf(self, *arguments, data=None, code=0):
+        """(what it tells programs, what it says, the words of the PDF by page)"""
+        pdf = self.folder / "out.pdf"
+        told, out, err = self.show("--json", "message", "print", *arguments, "--pdf", str(pdf), data=data)
+        self.assertEqual(told, code, err)
+        text = subprocess.run(["pdftotext", "-layout", pdf, "-"], capture_output=True, text=True, check=True).stdout
+        facts = subprocess.run(["pdfinfo", pdf], capture_output=True, text=True, check=True).stdout
+        pages = [" ".join(page.split()) for page in text.split("\f")[:-1]]
+        self.assertIn(f"Pages: {len(pages)}", " ".join(facts.split()))
+        return json.loads(out), err, pages
+
+    def test_prints_the_pages_of_a_message(self):
+        self.needs_desktop()
+        lines = [f"line {i}" for i in range(1, 201)]
+        letter = "Subject: x\n\n" + "\n".join(lines) + "\n"
+        with mock.patch.dict(os.environ, DISPLAY=":nowhere"):
+            told, err, pages = self.print_pdf(self.write("a.eml", letter), "-f", "text", "--heading", "Für -x", "--bold")
+        self.assertEqual((told["code"], told["pages"], told["left_out"], err), (0, len(pages), [], ""))
+        self.assertGreater(len(pages), 2)
+        for number, page in enumerate(pages, 1):
+            self.assertTrue(page.startswith("Für -x line ") and page.endswith(f" {number}/{len(pages)}"), page)
+        words = " ".join(page.removeprefix("Für -x ").rsplit(" ", 1)[0] for page in pages)
+        self.assertEqual(words, " ".join(lines))
+        piped = self.print_pdf("-", "-f", "text", "--margins", "60,99,10", "--pages", "2-3", data=letter.encode())
+        self.assertEqual(len(piped[2]), 2)
+        self.assertRegex(piped[2][1], r" 3/\d+$")
+        self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
+        self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
+
+    def test_tells_what_is_not_on_the_pages(self):
+        """Rows of (type, body, what is said and printed)."""
+        self.needs_desktop()
+        on = "The message goes on: this is its beginning."
+        picture = "1 picture was left out: too large, damaged, or of an unknown kind."
+        damaged = Path(sample("related")).read_bytes()
+        for name, message, left_out in (
+                ("damaged.eml", damaged, [picture]),
+                ("long.eml", b"Content-Type: text/html\n\n" + b"<p>a</p>\n" * 200_000, [on]),
+                ("empty.eml", b"Subject: x\n\n" + b"\n" * 500_000, [on])):
+            with self.subTest(name=name):
+                told, err, pages = self.print_pdf(self.write(name, message))
+                self.assertEqual(told["left_out"], left_out)
+                self.assertLessEqual(told["pages"], 2000)
+                for words in left_out:
+                    self.assertIn(words, err)
+                    self.assertIn(words, pages[-1])
+
+    def test_a_print_that_fails_leaves_no_file(self):
+        """Rows of (options, largest file, exit code, code, what is said)."""
+        self.needs_desktop()
+        pdf, folder = self.folder / "out.pdf", self.folder / "pages"
+        folder.mkdir()
+        plain = sample("plain")
+        for options, fsize, code, number, said in (
+                (["--printer", "nowhere"], None, 66, 202, 'Error 202: Invalid printer.\nquillcast: There is no printer of the name "nowhere".'),
+                (["--pdf", "/nowhere/a.pdf"], None, 73, 203, "Error 203: Could not initialize printer."),
+                (["--pdf", pdf], 4096, 74, 204, "Error 204: Could not write to printer."),
+                (["--pdf", folder], 4096, 74, 204, "Error 204: Could not write to printer."),
+                (["--pdf", pdf, "--pages", "9"], None, 64, 203, "There is no such page: the message has 1."),
+                (["--pdf", pdf, "--pages", "x"], None, 64, 203, '"x" names no pages.'),
+                (["--pdf", pdf, "--margins", "100"], None, 64, None, "Please enter a valid margin."),
+                (["--pdf", pdf, "--margins", "9,,9"], None, 64, None, "Please enter your margin."),
+                ([], None, 64, None, "--pdf FILE, or --printer NAME"),
+                ([plain, "--pdf", pdf], None, 64, None, "would be replaced by each of the messages"),
+                (["--pdf", self.profile / "data" / "x"], None, 77, None, "the program keeps its own files there")):
+            told, out, err = self.run_program("--json", "message", "print", plain, *options, fsize=fsize)
+            self.assertEqual((told, [json.loads(line)["code"] for line in out.splitlines()]), (code, [number] if number else []), err)
+            self.assertIn(said, err)
+            self.assertEqual((pdf.exists(), list(folder.iterdir())), (False, []), options)
+        self.ok("message", "print", plain, plain, sample("stamps"), "--pdf", folder)
+        self.assertEqual(sorted(p.name for p in folder.iterdir()), ["plain (2).pdf", "plain.pdf", "stamps.pdf"])
+        alone = self.folder / "bin"
+        alone.mkdir()
+        shutil.copy(PROGRAM, alone / "quillcast")
+        done = subprocess.run([alone / "quillcast", "--profile", self.profile, "message", "print", plain, "--pdf", pdf],
+                              capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 69)
+        self.assertIn("Pages are drawn by quillcast-desktop, which is not installed here.", done.stderr)
+
+    def test_ctrl_c_ends_a_print(self):
+        self.needs_desktop()
+        long = self.write("long.eml", "Subject: x\n\n" + "words and words of a line\n" * 300_000)
+        pdf = self.folder / "out.pdf"
+        pdf.write_text("old")
+        with self.popen("message", "print", long, "-f", "text", "--pdf", pdf) as process:
+            children = Path(f"/proc/{process.pid}/task/{process.pid}/children")
+            deadline = time.monotonic() + 30
+            while not (child := children.read_text().split()):
+                self.assertLess(time.monotonic(), deadline)
+                time.sleep(0.01)
+            process.send_signal(signal.SIGTERM)
+            _, err = process.communicate(timeout=20)
+        self.assertEqual(process.returncode, 75, err)
+        self.assertIn("Printing was cancelled.", err.decode())
+        self.assertFalse(Path("/proc", child[0]).exists(), "it is over, and waited for")
+        self.assertEqual((pdf.read_text(), sorted(p.name for p in self.folder.iterdir() if p.suffix != ".eml")), ("old", ["out.pdf"]))
 
     def test_refuses_to_extract_what_would_be_lost(self):
         locked = Path(self.write("locked", "kept"))

@@ -49,7 +49,7 @@ ORDER = {
     "desktop/support": "desktop/widgets support run account profile",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",
-    "desktop": "profile desktop/widgets desktop/shell",
+    "desktop": "profile desktop/widgets desktop/mail_file desktop/shell",
 }
 FACES = ("cli", "desktop")
 

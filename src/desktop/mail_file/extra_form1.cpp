@@ -7,14 +7,17 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTimer>
 #include <utility>
 
 #include "desktop/mail_file/foreign_page.h"
 #include "desktop/mail_file/message_file_field.h"
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/digits_filter.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "mail_file/load_settings.h"
@@ -23,6 +26,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kMarginWidth = 60;  // pixels
+constexpr int kTick = 100;        // milliseconds
 
 QLineEdit* MakeMargin(const std::string& text, QWidget* parent) {
   auto* box = new QLineEdit(ToQt(text), parent);
@@ -43,6 +47,8 @@ ExtraForm1::ExtraForm1(const profile::Program& program, const std::filesystem::p
       }),
       program_(program),
       task_(new BackgroundTask(this)),
+      tick_(new QTimer(this)),
+      seen_(std::make_shared<SharedCount>()),
       file_(new MessageFileField(program.prompts, "Print Mail Message", this)),
       left_(MakeMargin(mail_file::PrintForm().left, this)),
       top_(MakeMargin(mail_file::PrintForm().top, this)),
@@ -56,11 +62,13 @@ ExtraForm1::ExtraForm1(const profile::Program& program, const std::filesystem::p
       status_(new StatusLine(this)),
       preview_(new QPushButton(tr("Pre&view…"), this)),
       print_(new QPushButton(tr("&Print…"), this)),
-      cancel_(new QPushButton(tr("Cancel"), this)) {
+      progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
+      bar_(progress_->AddBar("ProgressBar", tr("Pages printed:"))) {
   MakeWindow();
-  connect(preview_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::ShowPages); });
-  connect(print_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::Print); });
-  connect(cancel_, &QPushButton::clicked, this, &ExtraForm1::reject);
+  connect(preview_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::ShowPages, mail_file::kMostPreviewed); });
+  connect(print_, &QPushButton::clicked, this, [this] { Begin(&ExtraForm1::Print, mail_file::kMostPrinted); });
+  connect(progress_, &ProgressPanel::Pressed, this, &ExtraForm1::reject);
+  connect(tick_, &QTimer::timeout, this, [this] { bar_->Count(*seen_); });
   file_->box()->setText(PathToQt(file));
   file_->box()->setFocus();
 }
@@ -72,7 +80,6 @@ void ExtraForm1::MakeWindow() {
   preview_->setObjectName("PreviewButton");
   print_->setObjectName("PrintButton");
   print_->setDefault(true);
-  cancel_->setObjectName("CancelButton");
   file_->box()->setPlaceholderText(tr("The message file to print"));
   auto* column = new FormColumn(this);
   file_->AddTo(column->AddGrid());
@@ -87,7 +94,9 @@ void ExtraForm1::MakeWindow() {
   formats_[1]->setChecked(true);
   AddHeading(column);
   column->Add(status_);
-  column->AddLine({preview_, nullptr, print_, cancel_});
+  progress_->AddBeside(preview_);
+  progress_->AddBeside(print_);
+  column->Add(progress_);
 }
 
 void ExtraForm1::AddHeading(FormColumn* column) {
@@ -124,34 +133,34 @@ mail_file::PrintForm ExtraForm1::Form() const {
   return form;
 }
 
-void ExtraForm1::Begin(Use use) {
+void ExtraForm1::Begin(Use use, std::size_t most) {
   const mail_file::PrintForm form = Form();
   if (const auto complaint = mail_file::CheckPrint(form)) {
     program_.prompts.Warn(complaint->message);
     const std::array<QWidget*, 4> boxes = {file_->box(), left_, top_, right_};  // by PrintControl
     return boxes.at(static_cast<std::size_t>(*complaint->control))->setFocus();
   }
+  bar_->Count(0, 1);
   status_->Say(tr("Reading %1…").arg(file_->box()->text()));
-  task_->Start([this, &program = program_, form, use](const platform::CancelToken& cancel) -> std::function<void()> {
-    const auto reading = std::make_shared<Reading>(Read(program, form, cancel));
+  task_->Start([this, &program = program_, form, use, most](const auto& cancel) -> std::function<void()> {
+    const auto reading = std::make_shared<Reading>(Read(program, form, most, cancel));
     return [this, reading, use] { Take(reading, use); };
   });
   EnableControls();
-  cancel_->setFocus();
+  progress_->button()->setFocus();
 }
 
 ExtraForm1::Reading ExtraForm1::Read(const profile::Program& program, const mail_file::PrintForm& form,
-                                     const platform::CancelToken& cancel) {
+                                     std::size_t most, const platform::CancelToken& cancel) {
   const auto mode = mail_file::LoadModeOf(program.settings);
   if (!mode) return {{}, {}, mode.error()};
   const auto loading = mail_file::Load(form.file, {*mode, &cancel});
   if (!loading) return {{}, {}, loading.error()};
   Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}};
   if (!loading->message) return reading;
-  auto body = mail_file::ReadPrintedBody(*loading->message, form.format, &cancel);
-  if (!body) return {reading.warning, {}, body.error()};
-  auto pictures = DecodePictures(body->page.pictures, cancel);
-  reading.pages = MessagePages{form, *std::move(body), std::move(pictures)};
+  auto pages = ReadPages(*loading->message, form, most, cancel);
+  if (!pages) return {reading.warning, {}, pages.error()};
+  reading.pages = *std::move(pages);
   return reading;
 }
 
@@ -170,17 +179,27 @@ void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {
   const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   if (!choose_printer(*printer)) return ShowEnd({mail_file::PrintCode::kCancelled, 0, {}});
   status_->Say(tr("Printing…"));
-  task_->Start([this, printer, pages, own = program_.folders.OwnFiles()](const platform::CancelToken&) {
-    const auto printed = PrintMessageFile(*printer, *pages, own);
+  seen_ = std::make_shared<SharedCount>();
+  task_->Start([this, printer, pages, own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
+    const auto printed = PrintMessageFile(*printer, *pages, own, {cancel, [seen](int page, int of) {
+                                                                    seen->total = static_cast<std::uint64_t>(of);
+                                                                    seen->done = static_cast<std::uint64_t>(page);
+                                                                  }});
     return [this, printed] { ShowEnd(printed); };
   });
+  tick_->start(kTick);
   EnableControls();
+  progress_->button()->setFocus();
 }
 
-void ExtraForm1::ShowEnd(const PrintedMessage& printed) {
+void ExtraForm1::ShowEnd(const mail_file::PrintedMessage& printed) {
+  tick_->stop();
+  bar_->Count(printed.code == mail_file::PrintCode::kPrinted ? 1 : 0, 1);
   EnableControls();
   print_->setFocus();
-  status_->Say(tr("Pages printed: %1").arg(printed.pages));
+  const QStringList left_out = InWords(printed.left_out);
+  status_->Say((QStringList(tr("Pages printed: %1.").arg(printed.pages)) + left_out).join(' '),
+               left_out.isEmpty() ? NoteKind::kInformation : NoteKind::kWarning);
   if (printed.code != mail_file::PrintCode::kPrinted) {
     status_->Say({});
     program_.prompts.Warn(mail_file::TextOf(printed.code));
@@ -195,7 +214,7 @@ void ExtraForm1::ShowPages(const std::shared_ptr<const MessagePages>& pages) {
   dialog.setObjectName("PrintPreviewDialog");
   dialog.setWindowTitle(tr("Pages"));
   connect(&dialog, &QPrintPreviewDialog::paintRequested, this,
-          [pages](QPrinter* shown) { DrawMessage(*shown, *pages); });
+          [pages](QPrinter* shown) { DrawMessage(*shown, *pages, {platform::CancelToken()}); });
   dialog.exec();
 }
 

@@ -14,13 +14,17 @@ class QLineEdit;
 class QPrinter;
 class QPushButton;
 class QRadioButton;
+class QTimer;
 
 namespace quillcast::desktop {
 
 class BackgroundTask;
+class CountBar;
 class FormColumn;
 class MessageFileField;
+class ProgressPanel;
 class StatusLine;
+struct SharedCount;
 
 class ExtraForm1 final : public QDialog {
   Q_OBJECT
@@ -48,16 +52,18 @@ class ExtraForm1 final : public QDialog {
   void AddHeading(FormColumn* column);
   void EnableControls();
   mail_file::PrintForm Form() const;
-  void Begin(Use use);
-  static Reading Read(const profile::Program& program, const mail_file::PrintForm& form,
+  void Begin(Use use, std::size_t most);
+  static Reading Read(const profile::Program& program, const mail_file::PrintForm& form, std::size_t most,
                       const platform::CancelToken& cancel);
   void Take(const std::shared_ptr<Reading>& reading, Use use);
   void Print(const std::shared_ptr<const MessagePages>& pages);
-  void ShowEnd(const PrintedMessage& printed);
+  void ShowEnd(const mail_file::PrintedMessage& printed);
   void ShowPages(const std::shared_ptr<const MessagePages>& pages);
 
   const profile::Program& program_;
   BackgroundTask* task_;
+  QTimer* tick_;
+  std::shared_ptr<SharedCount> seen_;
   MessageFileField* file_;
   QLineEdit* left_;
   QLineEdit* top_;
@@ -70,7 +76,8 @@ class ExtraForm1 final : public QDialog {
   StatusLine* status_;
   QPushButton* preview_;
   QPushButton* print_;
-  QPushButton* cancel_;
+  ProgressPanel* progress_;
+  CountBar* bar_;
 };
 
 }  // namespace quillcast::desktop

@@ -1,8 +1,12 @@
 #include "desktop/mail_file/print_message.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QPageRanges>
 #include <QPainter>
 #include <QPrinter>
+#include <QTextBlock>
+#include <QTextFrame>
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -14,57 +18,121 @@ namespace quillcast::desktop {
 namespace {
 
 using mail_file::PrintCode;
+using mail_file::PrintedMessage;
 
 constexpr int kTextSize = 10;    // points
 constexpr int kFewestLines = 3;  // that a page has room for, whatever the margins are
+// Dots per inch. The toolkit's layout counts to 33,554,431 of them, which is 9,500 pages; what is drawn is no coarser.
+constexpr int kResolution = 300;
 
 double Millimetres(const std::string& text) { return QString::fromStdString(text).toDouble(); }
 
-void SetMargins(QPrinter& printer, const mail_file::PrintForm& form) {
+void SetUp(QPrinter& printer, const mail_file::PrintForm& form) {
   const double top = Millimetres(form.top);
+  printer.setResolution(kResolution);
   printer.setFullPage(true);  // else the least margins of the printer are added to what was asked for
   printer.setPageMargins(QMarginsF(Millimetres(form.left), top, Millimetres(form.right), top), QPageLayout::Millimeter);
 }
 
+// Those of the message's pictures that are on no page.
+std::size_t PicturesLeftOut(const MessagePages& pages) {
+  const auto empty =
+      std::count_if(pages.pictures.begin(), pages.pictures.end(), [](const QImage& image) { return image.isNull(); });
+  return pages.body.page.pictures_left_out + static_cast<std::size_t>(empty);
+}
+
 class Pages {
  public:
-  Pages(QPrinter& printer, const MessagePages& pages) : printer_(printer), form_(pages.form) {
-    document_ = std::make_unique<ForeignPage>(pages.body.is_page ? ToQt(pages.body.page.html) : QString(),
-                                              pages.pictures, nullptr);
-    document_->setDefaultFont(QFont(QString(), kTextSize));
-    if (!pages.body.is_page) document_->setPlainText(ToQt(pages.body.text));
-    document_->setDocumentMargin(0);
-  }
+  Pages(QPrinter& printer, const MessagePages& pages, const PrintWatch& watch)
+      : printer_(printer), pages_(pages), form_(pages.form), watch_(watch) {}
 
-  PrintCode Print() {
-    if (!printer_.isValid()) return PrintCode::kNoPrinter;
-    if (!painter_.begin(&printer_)) return PrintCode::kNotBegun;
-    LayOut();
-    count_ = document_->pageCount();
-    for (int page = 0; page < count_; ++page) {
-      if (page > 0 && !printer_.newPage()) return PrintCode::kNotWritten;
-      Draw(page);
-    }
-    return painter_.end() ? PrintCode::kPrinted : PrintCode::kNotWritten;
+  PrintedMessage Print() {
+    printed_.code = Run();
+    if (painter_.isActive() && printed_.code != PrintCode::kPrinted) printer_.abort();
+    if (!painter_.isActive() || painter_.end() || printed_.code != PrintCode::kPrinted) return printed_;
+    printed_.code = PrintCode::kNotWritten;
+    return printed_;
   }
-  int count() const { return count_; }
 
  private:
-  void LayOut() {
+  PrintCode Run() {
+    if (!printer_.isValid()) return PrintCode::kNoPrinter;
+    if (!painter_.begin(&printer_)) return PrintCode::kNotBegun;
+    MakeRoom();
+    MakeDocument();
+    if (!LayOut()) return PrintCode::kCancelled;
+    printed_.left_out = mail_file::LeftOut(is_cut_ || pages_.body.page.is_cut, PicturesLeftOut(pages_));
+    const std::vector<int> wanted = WantedPages();
+    if (wanted.empty()) {
+      printed_.error =
+          Error{Failure::kUsage, Say("There is no such page: the message has {}.", count_), "Name pages as \"1-3,7\"."};
+      return PrintCode::kNotBegun;
+    }
+    return DrawAll(wanted);
+  }
+
+  PrintCode DrawAll(const std::vector<int>& wanted) {
+    for (const int page : wanted) {
+      if (IsCancelled()) return PrintCode::kCancelled;
+      if (printed_.pages > 0 && !printer_.newPage()) return PrintCode::kNotWritten;
+      Draw(page);
+      watch_.see(++printed_.pages, static_cast<int>(wanted.size()));
+    }
+    return PrintCode::kPrinted;
+  }
+
+  void MakeRoom() {
     room_ = printer_.pageLayout().paintRectPixels(printer_.resolution());
     painter_.setFont(QFont(painter_.font().family(), kTextSize));
     line_ = QFontMetrics(painter_.font(), &printer_).height();
     const int above = form_.heading.empty() ? 0 : 2 * line_;
     body_ = room_.adjusted(0, above, 0, -2 * line_);
     body_.setHeight(std::max(body_.height(), kFewestLines * line_));
+  }
+
+  // The text comes last, for it is laid out anew after each of the others.
+  void MakeDocument() {
+    document_ = std::make_unique<ForeignPage>(QString(), pages_.pictures, nullptr);
+    document_->setDefaultFont(QFont(QString(), kTextSize));
+    document_->setDocumentMargin(0);
     document_->documentLayout()->setPaintDevice(&printer_);
     document_->setPageSize(body_.size());
+    const mail_file::PrintedBody& body = pages_.body;
+    body.is_page ? document_->setHtml(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
   }
+
+  // The toolkit lays out as far as it is asked about a block. Where its numbers end they begin anew, so that a block
+  // stands above the one before. False after a cancel.
+  bool LayOut() {
+    const double most = double{mail_file::kMostPages} * body_.height();
+    double bottom = 0;
+    for (auto place = document_->rootFrame()->begin(); !place.atEnd() && !is_cut_; ++place) {
+      if (IsCancelled()) return false;
+      if (!place.currentBlock().isValid()) continue;  // a table; the block behind it tells where it ends
+      const double top = document_->documentLayout()->blockBoundingRect(place.currentBlock()).top();
+      is_cut_ = top < bottom || top >= most;
+      if (!is_cut_) bottom = top;
+    }
+    const int pages = is_cut_ ? static_cast<int>(bottom / body_.height()) + 1 : document_->pageCount();
+    count_ = std::clamp(pages, 1, mail_file::kMostPages);
+    is_cut_ = is_cut_ || pages != count_;
+    return !IsCancelled();
+  }
+
+  std::vector<int> WantedPages() const {
+    const QPageRanges ranges = printer_.printRange() == QPrinter::PageRange ? printer_.pageRanges() : QPageRanges();
+    std::vector<int> wanted;
+    for (int page = 0; page < count_; ++page) {
+      if (ranges.isEmpty() || ranges.contains(page + 1)) wanted.push_back(page);
+    }
+    return wanted;
+  }
+
+  bool IsCancelled() const { return watch_.cancel.Requested() != platform::Stop::kNone; }
 
   void Draw(int page) {
     DrawHeading();
-    const QRect number(room_.left(), room_.bottom() - line_, room_.width(), line_);
-    painter_.drawText(number, Qt::AlignRight | Qt::AlignBottom, QString("%1/%2").arg(page + 1).arg(count_));
+    DrawFoot(page);
     painter_.save();
     painter_.translate(body_.left(), body_.top() - page * body_.height());
     const QRectF part(0, page * body_.height(), body_.width(), body_.height());
@@ -74,6 +142,20 @@ class Pages {
     context.palette.setColor(QPalette::Text, Qt::black);  // on paper, whatever the window's colours are
     document_->documentLayout()->draw(&painter_, context);
     painter_.restore();
+  }
+
+  void DrawFoot(int page) {
+    const QString number = QString("%1/%2").arg(page + 1).arg(count_);
+    QRect line(room_.left(), room_.bottom() - line_, room_.width(), line_);
+    painter_.drawText(line, Qt::AlignRight | Qt::AlignBottom, number);
+    if (page + 1 < count_) return;
+    const QFontMetrics metrics(painter_.font(), &printer_);
+    line.setWidth(line.width() - metrics.horizontalAdvance(number + "  "));
+    for (auto words = printed_.left_out.rbegin(); words != printed_.left_out.rend(); ++words) {
+      painter_.drawText(line, Qt::AlignLeft | Qt::AlignBottom,
+                        metrics.elidedText(InWords(*words), Qt::ElideRight, line.width()));
+      line.translate(0, -line_);
+    }
   }
 
   void DrawHeading() {
@@ -91,38 +173,62 @@ class Pages {
   }
 
   QPrinter& printer_;
+  const MessagePages& pages_;
   const mail_file::PrintForm& form_;
+  const PrintWatch& watch_;
+  PrintedMessage printed_;
   std::unique_ptr<ForeignPage> document_;
   QPainter painter_;
   QRect room_;  // between the margins
   QRect body_;  // of it
   int line_ = 0;
   int count_ = 0;
+  bool is_cut_ = false;  // at the last page that can be laid out
 };
+
+// Draws by way of `whole`, which sees to the file.
+PrintedMessage PrintBy(QPrinter& printer, const MessagePages& pages, const std::filesystem::path& told,
+                       const PrintWatch& watch,
+                       const std::function<Result<int>(const std::function<Result<int>()>& print)>& whole) {
+  PrintedMessage printed{.code = PrintCode::kNotBegun};
+  const auto end = whole([&]() -> Result<int> {
+    printed = DrawMessage(printer, pages, watch);
+    if (printed.code == PrintCode::kPrinted) return printed.pages;
+    if (printed.code == PrintCode::kCancelled) return Error{Failure::kTryAgain, "Printing was cancelled."};
+    return printed.error ? *printed.error : CannotPrint(told);
+  });
+  if (end) return printed;
+  if (printed.code == PrintCode::kPrinted) printed.code = PrintCode::kNotWritten;  // drawn, and not written
+  printed.error = end.error();
+  return printed;
+}
 
 }  // namespace
 
-PrintedMessage DrawMessage(QPrinter& printer, const MessagePages& pages) {
-  SetMargins(printer, pages.form);
-  Pages drawing(printer, pages);
-  const PrintCode code = drawing.Print();
-  if (code == PrintCode::kNotWritten) printer.abort();
-  return {code, drawing.count(), {}};
+Result<MessagePages> ReadPages(const mail_file::MailMessage& message, const mail_file::PrintForm& form,
+                               std::size_t most, const platform::CancelToken& cancel) {
+  auto body = mail_file::ReadPrintedBody(message, form.format, most, &cancel);
+  if (!body) return body.error();
+  auto pictures = DecodePictures(body->page.pictures, cancel);
+  return MessagePages{form, *std::move(body), std::move(pictures)};
 }
 
-PrintedMessage PrintMessageFile(QPrinter& printer, const MessagePages& pages, const platform::OwnFiles& own) {
-  const auto file =
-      printer.outputFormat() == QPrinter::PdfFormat ? PathFromQt(printer.outputFileName()) : std::filesystem::path();
-  PrintedMessage printed;
-  const auto whole = PrintWhole(printer, own, [&]() -> Result<int> {
-    printed = DrawMessage(printer, pages);
-    return printed.code == PrintCode::kPrinted ? Result<int>(printed.pages) : CannotPrint(file);
-  });
-  if (whole) return printed;
-  if (printed.code == PrintCode::kPrinted)  // drawn, and not written; or never begun
-    printed.code = printed.pages > 0 ? PrintCode::kNotWritten : PrintCode::kNotBegun;
-  printed.error = whole.error();
-  return printed;
+PrintedMessage DrawMessage(QPrinter& printer, const MessagePages& pages, const PrintWatch& watch) {
+  SetUp(printer, pages.form);
+  return Pages(printer, pages, watch).Print();
+}
+
+PrintedMessage PrintMessageFile(QPrinter& printer, const MessagePages& pages, const platform::OwnFiles& own,
+                                const PrintWatch& watch) {
+  const bool is_file = printer.outputFormat() == QPrinter::PdfFormat;
+  if (is_file && printer.outputFileName().isEmpty()) return {.code = PrintCode::kNoPrinter};
+  const auto file = is_file ? PathFromQt(printer.outputFileName()) : std::filesystem::path();
+  return PrintBy(printer, pages, file, watch, [&](const auto& print) { return PrintWhole(printer, own, print); });
+}
+
+PrintedMessage PrintMessageInto(QPrinter& printer, const MessagePages& pages, int fd, const std::filesystem::path& told,
+                                const PrintWatch& watch) {
+  return PrintBy(printer, pages, told, watch, [&](const auto& print) { return PrintInto(printer, fd, told, print); });
 }
 
 }  // namespace quillcast::desktop

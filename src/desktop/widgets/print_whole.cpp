@@ -33,16 +33,22 @@ Error CannotPrint(const std::filesystem::path& file) {
 }
 
 // The toolkit takes names alone.
+Result<int> PrintInto(QPrinter& printer, int fd, const std::filesystem::path& told,
+                      const std::function<Result<int>()>& print) {
+  const QString name = QString("/proc/self/fd/%1").arg(fd);
+  printer.setOutputFileName(name);
+  auto printed = print();
+  if (!printed && printed.error().failure != Failure::kIo) return printed;
+  if (const auto whole = CheckWhole(name, told); !whole) return whole.error();
+  return printed;
+}
+
 Result<int> PrintWhole(QPrinter& printer, const platform::OwnFiles& own, const std::function<Result<int>()>& print) {
   if (printer.outputFormat() != QPrinter::PdfFormat) return print();
   const auto file = PathFromQt(printer.outputFileName());
   Result<int> printed = 0;
   const auto placed = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
-    const QString name = QString("/proc/self/fd/%1").arg(fd);
-    printer.setOutputFileName(name);
-    printed = print();
-    if (!printed && printed.error().failure != Failure::kIo) return printed.error();
-    if (auto whole = CheckWhole(name, file); !whole) return whole;
+    printed = PrintInto(printer, fd, file, print);
     return printed ? Result<void>() : printed.error();
   });
   return placed ? printed : placed.error();

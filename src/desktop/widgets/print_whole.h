@@ -19,5 +19,8 @@ Error CannotPrint(const std::filesystem::path& file);
 // of the program's `own`. The toolkit tells of no disk that is full; here it is kIo, as what `print` fails with when
 // the printer does. May be called on any thread.
 Result<int> PrintWhole(QPrinter& printer, const platform::OwnFiles& own, const std::function<Result<int>()>& print);
+// The same into a file that is open, and that whoever opened it places or takes away; errors call it `told`.
+Result<int> PrintInto(QPrinter& printer, int fd, const std::filesystem::path& told,
+                      const std::function<Result<int>()>& print);
 
 }  // namespace quillcast::desktop
