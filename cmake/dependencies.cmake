@@ -16,6 +16,8 @@ quillcast_require(CARES libcares libc-ares-dev)
 quillcast_require(ICU icu-uc libicu-dev)
 quillcast_require(ZLIB zlib zlib1g-dev)
 quillcast_require(GMIME gmime-3.0 libgmime-3.0-dev)
+quillcast_require(PSL libpsl libpsl-dev)
+quillcast_require(CURL libcurl libcurl4-openssl-dev)
 
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)

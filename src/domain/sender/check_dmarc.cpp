@@ -1,0 +1,107 @@
+#include "domain/sender/dmarc_record.h"
+#include "domain/sender/sender_topics.h"
+
+namespace quillcast::domain {
+namespace {
+
+constexpr const char* kTopic = "DMARC";
+
+// What a domain publishes at "_dmarc"; nothing while it is not known.
+std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Answers& answers, Findings& found) {
+  const net::DnsAnswer* texts = answers.Of("_dmarc." + domain, net::DnsType::kTxt);
+  if (texts == nullptr) return std::nullopt;
+  std::vector<std::string> records;
+  for (const net::DnsRecord& text : texts->records) {
+    if (IsDmarc(text.text)) records.push_back(text.text);
+  }
+  if (!texts->answered()) found.push_back(Unanswered(kTopic, "_dmarc." + domain, *texts));
+  return records;
+}
+
+void TellPolicy(const std::string& domain, const DmarcRecord& record, DmarcRecord::Policy policy, Findings& found) {
+  if (policy == DmarcRecord::Policy::kNone) {
+    found.push_back(
+        {kTopic, "dmarc-none", Verdict::kWeak,
+         Say("The record only watches (\"p=none\"): what others send in the name of {} is delivered.", domain),
+         "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\"."});
+  } else {
+    found.push_back({kTopic, "dmarc", Verdict::kGood,
+                     policy == DmarcRecord::Policy::kReject
+                         ? Say("What others send in the name of {} is to be refused.", domain)
+                         : Say("What others send in the name of {} is to be put aside.", domain)});
+  }
+  if (policy != DmarcRecord::Policy::kNone && record.percent < 100) {
+    found.push_back({kTopic, "dmarc-part", Verdict::kNote,
+                     Say("The record asks that of {} in 100 messages alone.", record.percent),
+                     "Remove \"pct=\" once your own mail passes."});
+  }
+  if (record.reports_to.empty()) {
+    found.push_back({kTopic, "dmarc-no-reports", Verdict::kNote, "Nobody gets the reports of receivers.",
+                     "Add \"rua=mailto:\" and an address, to learn whether your mail passes."});
+  }
+}
+
+void TellAlignment(const std::string& domain, Passing passing, DmarcRecord::Policy policy, Findings& found) {
+  if (passing == Passing::kYes) {
+    found.push_back(
+        {kTopic, "dmarc-alignment", Verdict::kGood, Say("A message can pass in the name of {} itself.", domain)});
+  } else if (passing == Passing::kUnknown) {
+    found.push_back({kTopic, "dmarc-alignment-unknown", Verdict::kUnknown,
+                     Say("Whether a message passes in the name of {} could not be found out.", domain),
+                     "Name the selector that your mail provider signs with, or send yourself a message and look for "
+                     "\"dmarc=pass\" in its Authentication-Results."});
+  } else {
+    found.push_back(
+        {kTopic, "dmarc-no-alignment", policy == DmarcRecord::Policy::kNone ? Verdict::kWeak : Verdict::kBad,
+         Say("No message passes in the name of {}: there is neither an SPF record to go by nor a key.", domain),
+         "Mend the SPF record, or publish the key that your mail provider signs with for this domain."});
+  }
+}
+
+}  // namespace
+
+bool CheckDmarc(const std::string& domain, Passing passing, Answers& answers, Findings& found) {
+  const std::size_t before = found.size();
+  std::string at = domain;
+  std::optional<std::vector<std::string>> records = RecordsAt(at, answers, found);
+  // Both are asked for at once, though the second counts only without the first (RFC 7489 6.6.3).
+  const std::string above = OrganisationalDomain(domain);
+  if (above != domain) {
+    Findings of_above;
+    std::optional<std::vector<std::string>> records_above = RecordsAt(above, answers, of_above);
+    if (records && records->empty() && found.size() == before) {
+      records = std::move(records_above);
+      at = above;
+      found.insert(found.end(), of_above.begin(), of_above.end());
+    }
+  }
+  if (!records) return false;
+  if (found.size() > before) return true;  // not answered
+  if (records->empty()) {
+    found.push_back(
+        {kTopic, "no-dmarc", Verdict::kBad,
+         Say("{} does not say what is to become of mail that others send in its name.", domain),
+         Say("Publish the text record \"v=DMARC1; p=none; rua=mailto:you@{}\" at _dmarc.{}; large mail providers "
+             "refuse newsletters without one.",
+             above, above)});
+    return true;
+  }
+  if (records->size() > 1) {
+    found.push_back({kTopic, "two-dmarc", Verdict::kBad,
+                     Say("There are {} records at _dmarc.{}; receivers then take none of them.", records->size(), at),
+                     "Leave one of them."});
+    return true;
+  }
+  const Result<DmarcRecord> record = ParseDmarc(records->front());
+  if (!record) {
+    found.push_back({kTopic, "dmarc-mistake", Verdict::kBad,
+                     Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what), record.error().remedy});
+    return true;
+  }
+  const DmarcRecord::Policy policy = at == domain ? record->policy : record->subdomain_policy;
+  TellPolicy(domain, *record, policy, found);
+  TellAlignment(domain, passing, policy, found);
+  return true;
+}
+
+}  // namespace quillcast::domain

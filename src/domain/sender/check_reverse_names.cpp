@@ -1,0 +1,101 @@
+#include <algorithm>
+#include <array>
+
+#include "domain/sender/sender_topics.h"
+#include "domain/sender/spf_record.h"
+
+namespace quillcast::domain {
+namespace {
+
+using net::DnsAnswer;
+using net::DnsType;
+
+constexpr const char* kTopic = "Reverse name";
+constexpr std::size_t kMostNames = 10;  // of one address that are followed
+
+struct Network {
+  const char* address;
+  int bits;
+};
+// Addresses that nobody sees from outside (RFC 1918, 6598, 3927, 4193, 4291).
+constexpr std::array kPrivate = {Network{"0.0.0.0", 8},      Network{"10.0.0.0", 8},     Network{"100.64.0.0", 10},
+                                 Network{"127.0.0.0", 8},    Network{"169.254.0.0", 16}, Network{"172.16.0.0", 12},
+                                 Network{"192.168.0.0", 16}, Network{"::", 128},         Network{"fc00::", 7},
+                                 Network{"fe80::", 10}};
+
+bool IsPublic(const net::IpAddress& address) {
+  return !net::IsLoopback(address) && std::none_of(kPrivate.begin(), kPrivate.end(), [&](const Network& network) {
+    return InNetwork(address, *net::ParseIpAddress(network.address), network.bits);
+  });
+}
+
+// Whether one of the names leads back to the address; nothing while it is not known.
+std::optional<bool> LeadsBack(const net::IpAddress& address, const DnsAnswer& names, Answers& answers) {
+  const DnsType type = address.family == net::Family::kIpv4 ? DnsType::kA : DnsType::kAaaa;
+  bool is_known = true;
+  for (std::size_t i = 0; i < std::min(names.records.size(), kMostNames); ++i) {
+    const DnsAnswer* back = answers.Of(names.records[i].text, type);
+    if (back == nullptr) {
+      is_known = false;
+    } else if (std::any_of(back->records.begin(), back->records.end(),
+                           [&](const net::DnsRecord& record) { return record.address == address; })) {
+      return true;
+    }
+  }
+  return is_known ? std::optional(false) : std::nullopt;
+}
+
+bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& found) {
+  const std::string text = net::ToString(address);
+  const DnsAnswer* names = answers.Of(net::ReverseName(address), DnsType::kPtr);
+  if (names == nullptr) return false;
+  if (!names->answered()) {
+    found.push_back(Unanswered(kTopic, text, *names));
+    return true;
+  }
+  if (names->records.empty()) {
+    found.push_back({kTopic, "no-reverse-name", Verdict::kBad, Say("The address {} has no name.", text),
+                     "Ask who provides the server to give the address its name: many receivers refuse a server "
+                     "without."});
+    return true;
+  }
+  const std::optional<bool> leads_back = LeadsBack(address, *names, answers);
+  if (!leads_back) return false;
+  if (*leads_back) {
+    found.push_back({kTopic, "reverse-name", Verdict::kGood,
+                     Say("The address {} is called {}, and the name leads back to it.", text, names->records[0].text)});
+  } else {
+    found.push_back({kTopic, "reverse-name-elsewhere", Verdict::kBad,
+                     Say("The address {} is called {}, which does not lead back to it.", text, names->records[0].text),
+                     "Give that name the address, or let who provides the server give the address its right name."});
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& server, Answers& answers) {
+  std::vector<net::IpAddress> addresses;
+  if (server.empty()) return addresses;
+  if (const std::optional<net::IpAddress> literal = net::ParseIpAddress(server)) {
+    if (IsPublic(*literal)) addresses.push_back(*literal);
+    return addresses;
+  }
+  const DnsAnswer* ip4 = answers.Of(server, DnsType::kA);
+  const DnsAnswer* ip6 = answers.Of(server, DnsType::kAaaa);
+  if (ip4 == nullptr || ip6 == nullptr) return std::nullopt;
+  for (const DnsAnswer* answer : {ip4, ip6}) {
+    for (const net::DnsRecord& record : answer->records) {
+      if (IsPublic(record.address) && addresses.size() < kMostNames) addresses.push_back(record.address);
+    }
+  }
+  return addresses;
+}
+
+bool CheckReverseNames(const std::vector<net::IpAddress>& addresses, Answers& answers, Findings& found) {
+  bool is_known = true;
+  for (const net::IpAddress& address : addresses) is_known = CheckAddress(address, answers, found) && is_known;
+  return is_known;
+}
+
+}  // namespace quillcast::domain

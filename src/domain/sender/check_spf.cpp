@@ -1,0 +1,127 @@
+#include <algorithm>
+
+#include "domain/sender/sender_topics.h"
+#include "domain/sender/spf_check.h"
+
+namespace quillcast::domain {
+namespace {
+
+using State = SpfPublished::State;
+
+constexpr const char* kTopic = "SPF";
+
+void TellMissing(const std::string& domain, const SpfPublished& spf, Answers& answers, Findings& found) {
+  if (spf.state == State::kNoAnswer) {
+    found.push_back(Unanswered(kTopic, domain, *answers.Of(domain, net::DnsType::kTxt)));
+  } else if (spf.state == State::kNone) {
+    found.push_back(
+        {kTopic, "no-spf", Verdict::kBad, Say("{} does not say who may send for it.", domain),
+         Say("Publish a text record at {} that begins with \"v=spf1\" and names who sends for you; your mail "
+             "provider tells what belongs into it.",
+             domain)});
+  } else if (spf.state == State::kSeveral) {
+    found.push_back(
+        {kTopic, "two-spf", Verdict::kBad,
+         Say("{} has {} records that begin with \"v=spf1\"; receivers then take none of them.", domain, spf.count),
+         "Join them into one record."});
+  } else {
+    found.push_back({kTopic, "spf-mistake", Verdict::kBad,
+                     Say("The record of {} has a mistake: {}", domain, spf.mistake.what), spf.mistake.remedy});
+  }
+}
+
+// What makes receivers give up on a record that is right in itself. False where there is none.
+bool TellCost(const SpfCost& cost, Findings& found) {
+  if (!cost.itself.empty()) {
+    found.push_back({kTopic, "spf-loop", Verdict::kBad, Say("The record of {} leads back to itself.", cost.itself),
+                     "Remove the \"include:\" or \"redirect=\" that closes the circle."});
+  } else if (!cost.broken.empty() && cost.broken_state != State::kNoAnswer) {
+    found.push_back(
+        {kTopic, "spf-broken-include", Verdict::kBad,
+         cost.broken_state == State::kNone ? Say("The record leads to {}, which has none.", cost.broken)
+                                           : Say("The record leads to {}, whose own has a mistake.", cost.broken),
+         "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that "
+         "domain."});
+  } else if (cost.lookups > kMostSpfLookups) {
+    found.push_back(
+        {kTopic, "spf-lookups", Verdict::kBad,
+         cost.lookups == kMostCountedLookups
+             ? Say("The record takes {} look-ups or more; receivers give up after {}.", cost.lookups, kMostSpfLookups)
+             : Say("The record takes {} look-ups; receivers give up after {}.", cost.lookups, kMostSpfLookups),
+         "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" "
+         "and \"mx\"."});
+  } else if (static_cast<int>(cost.void_names.size()) > kMostVoidLookups) {
+    found.push_back({kTopic, "spf-void", Verdict::kBad,
+                     Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
+                         cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
+                     "Remove them from the record."});
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// What becomes of everybody whom the record does not name.
+void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCost& cost, Findings& found) {
+  const SpfTerm* all = record.All();
+  if (all != nullptr && all->verdict == SpfVerdict::kPass) {
+    found.push_back({kTopic, "spf-open", Verdict::kBad,
+                     Say("The record lets everybody in the world send for {} (\"+all\").", domain),
+                     "End it with \"~all\" or \"-all\"."});
+  } else if (record.redirect.empty() && (all == nullptr || all->verdict == SpfVerdict::kNeutral)) {
+    found.push_back({kTopic, "spf-neutral", Verdict::kWeak, "The record says nothing of those whom it does not name.",
+                     "End it with \"~all\" or \"-all\"."});
+  } else {
+    found.push_back({kTopic, "spf", Verdict::kGood,
+                     Say("{} says who may send for it; its record takes {} of {} look-ups.", domain, cost.lookups,
+                         kMostSpfLookups)});
+  }
+}
+
+bool TellServer(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, SpfSender sender,
+                Answers& answers, Findings& found, Passing& passing) {
+  bool is_known = true;
+  std::string outside;
+  for (const net::IpAddress& address : addresses) {
+    sender.address = address;
+    const SpfResult result = EvaluateSpf(answers, sender);
+    if (result == SpfResult::kPending) is_known = false;
+    if (result != SpfResult::kPass && outside.empty()) outside = net::ToString(address);
+  }
+  if (!is_known || addresses.empty()) return is_known;
+  if (outside.empty()) {
+    passing = Passing::kYes;
+    found.push_back({kTopic, "spf-covers-server", Verdict::kGood, Say("The record names {}.", question.server)});
+  } else {
+    found.push_back({kTopic, "spf-misses-server", Verdict::kWeak,
+                     Say("The record does not name {}, an address of {}.", outside, question.server),
+                     "If that is the server that sends your mail to others, add it; if it passes your mail on, ask its "
+                     "provider which \"include:\" belongs into the record."});
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
+              Findings& found, Passing& passing) {
+  const SpfSender sender{.local_part = question.local_part,
+                         .domain = question.domain,
+                         .address = addresses.empty() ? net::IpAddress{} : addresses[0],
+                         .host = question.server};
+  const SpfPublished spf = FindSpf(answers, question.domain);
+  if (spf.state == State::kPending) return false;
+  passing = spf.state == State::kNoAnswer ? Passing::kUnknown : Passing::kNo;
+  if (spf.state != State::kRead) {
+    TellMissing(question.domain, spf, answers, found);
+    return true;
+  }
+  const SpfCost cost = CountSpf(answers, sender);
+  if (cost.is_pending) return false;
+  if (TellCost(cost, found)) return true;
+  passing = Passing::kUnknown;
+  TellOthers(question.domain, spf.record, cost, found);
+  return TellServer(question, addresses, sender, answers, found, passing);
+}
+
+}  // namespace quillcast::domain

@@ -1,0 +1,24 @@
+// The last check of a sending domain that somebody asked for, kept for a day so that a run can be reminded of it.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "domain/sender/sender_check.h"
+#include "profile/settings_store.h"
+
+namespace quillcast::domain {
+
+inline constexpr std::chrono::hours kCheckCounts{24};
+
+// One is kept, of the domain that was checked last.
+Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string& domain,
+                             std::chrono::system_clock::time_point now, const SenderReport& report);
+
+// What it found to mend in this domain: one sentence for whoever is about to send. Nothing where nothing was, where the
+// domain is another or was never checked, and where the check is older than kCheckCounts or from the future.
+Result<std::optional<Sentence>> RememberSenderCheck(const profile::SettingsStore& settings, const std::string& domain,
+                                                    std::chrono::system_clock::time_point now);
+
+}  // namespace quillcast::domain

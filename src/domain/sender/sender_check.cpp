@@ -1,0 +1,46 @@
+#include "domain/sender/sender_check.h"
+
+#include <algorithm>
+
+#include "domain/sender/sender_topics.h"
+
+namespace quillcast::domain {
+
+Verdict SenderReport::Gravest() const {
+  constexpr auto kRank = [](Verdict verdict) {
+    return verdict == Verdict::kBad ? 4 : verdict == Verdict::kUnknown ? 3 : static_cast<int>(verdict);
+  };
+  const auto gravest = std::max_element(findings.begin(), findings.end(), [&](const Finding& a, const Finding& b) {
+    return kRank(a.verdict) < kRank(b.verdict);
+  });
+  return gravest == findings.end() ? Verdict::kUnknown : gravest->verdict;
+}
+
+namespace {
+
+// One of the two is enough; where both are known to fail nothing passes.
+Passing Combined(Passing a, Passing b) { return std::max(a, b); }
+
+}  // namespace
+
+SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFile& sts) {
+  SenderReport report;
+  Findings& found = report.findings;
+  // Each part is called whatever the others lack, so that all they want is asked for at once.
+  std::vector<std::string> servers;
+  bool is_complete = CheckMx(question.domain, answers, found, servers);
+  const std::optional<std::vector<net::IpAddress>> addresses = PublicAddresses(question.server, answers);
+  is_complete = addresses.has_value() && is_complete;
+  Passing by_spf = Passing::kUnknown;
+  is_complete =
+      CheckSpf(question, addresses.value_or(std::vector<net::IpAddress>()), answers, found, by_spf) && is_complete;
+  Passing by_key = Passing::kUnknown;
+  is_complete = CheckDkim(question, answers, found, by_key) && is_complete;
+  is_complete = CheckDmarc(question.domain, Combined(by_spf, by_key), answers, found) && is_complete;
+  is_complete = CheckSts(question.domain, servers, answers, sts, found) && is_complete;
+  is_complete = (!addresses || CheckReverseNames(*addresses, answers, found)) && is_complete;
+  report.is_complete = is_complete;
+  return report;
+}
+
+}  // namespace quillcast::domain

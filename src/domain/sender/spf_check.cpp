@@ -1,0 +1,285 @@
+#include "domain/sender/spf_check.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quillcast::domain {
+namespace {
+
+using net::DnsAnswer;
+using net::DnsOutcome;
+using net::DnsType;
+using State = SpfPublished::State;
+
+constexpr std::size_t kMostServers = 10;  // of one "mx" (RFC 7208 4.6.4)
+
+bool IsVoid(const DnsAnswer& answer) {
+  return answer.outcome == DnsOutcome::kNoData || answer.outcome == DnsOutcome::kNoSuchName;
+}
+
+// The name that a term or "redirect" leads to; `domain` itself where it has none.
+std::string NameOf(const std::string& written, const std::string& domain, const SpfSender& sender) {
+  if (written.empty()) return domain;
+  std::string name = ExpandSpfName(written, domain, sender).value_or(written);
+  if (name.ends_with('.')) name.pop_back();
+  return name;
+}
+
+DnsType TypeFor(const net::IpAddress& address) {
+  return address.family == net::Family::kIpv4 ? DnsType::kA : DnsType::kAaaa;
+}
+
+// Follows every term of a record and of those that it leads to.
+class Count {
+ public:
+  Count(Answers& answers, const SpfSender& sender) : answers_(answers), sender_(sender) {}
+
+  SpfCost Of(const std::string& domain) {
+    Follow(domain);
+    return std::move(cost_);
+  }
+
+ private:
+  // False once so many were counted that more would tell nothing new.
+  bool Counts() { return cost_.lookups < kMostCountedLookups && ++cost_.lookups > 0; }
+
+  void Follow(const std::string& domain) {
+    const SpfPublished found = FindSpf(answers_, domain);
+    if (found.state == State::kPending) cost_.is_pending = true;
+    if (found.state != State::kRead && found.state != State::kPending && cost_.broken.empty()) {
+      cost_.broken = domain;
+      cost_.broken_state = found.state;
+    }
+    path_.push_back(domain);
+    for (const SpfTerm& term : found.record.terms) {
+      if (term.NeedsLookup() && Counts()) Look(term, domain);
+    }
+    if (!found.record.redirect.empty() && Counts()) Lead(NameOf(found.record.redirect, domain, sender_));
+    path_.pop_back();
+  }
+
+  void Lead(const std::string& domain) {
+    if (std::find(path_.begin(), path_.end(), domain) == path_.end()) return Follow(domain);
+    if (cost_.itself.empty()) cost_.itself = domain;
+  }
+
+  void Look(const SpfTerm& term, const std::string& domain) {
+    const std::string name = NameOf(term.name, domain, sender_);
+    switch (term.mechanism) {
+      case SpfMechanism::kInclude:
+        return Lead(name);
+      case SpfMechanism::kA:
+        return LookForAddresses(name);
+      case SpfMechanism::kMx:
+        return LookForServers(name);
+      default:
+        return;  // what "exists" and "ptr" find is different for each sender
+    }
+  }
+
+  void LookForAddresses(const std::string& name) {
+    const DnsAnswer* ip4 = answers_.Of(name, DnsType::kA);
+    const DnsAnswer* ip6 = answers_.Of(name, DnsType::kAaaa);
+    if (ip4 == nullptr || ip6 == nullptr) {
+      cost_.is_pending = true;
+    } else if (IsVoid(*ip4) && IsVoid(*ip6)) {
+      cost_.void_names.push_back(name);
+    }
+  }
+
+  void LookForServers(const std::string& name) {
+    const DnsAnswer* servers = answers_.Of(name, DnsType::kMx);
+    if (servers == nullptr) {
+      cost_.is_pending = true;
+    } else if (IsVoid(*servers)) {
+      cost_.void_names.push_back(name);
+    }
+  }
+
+  Answers& answers_;
+  const SpfSender& sender_;
+  SpfCost cost_;
+  std::vector<std::string> path_;  // from the first domain to the one that is read
+};
+
+// One sender against one record after the other.
+class Evaluation {
+ public:
+  Evaluation(Answers& answers, const SpfSender& sender) : answers_(answers), sender_(sender) {}
+
+  SpfResult Check(const std::string& domain) {
+    const SpfPublished found = FindSpf(answers_, domain);
+    if (found.state != State::kRead) return ResultWithout(found.state);
+    for (const SpfTerm& term : found.record.terms) {
+      if (term.NeedsLookup() && ++lookups_ > kMostSpfLookups) return SpfResult::kPermanentError;
+      const Match match = Matches(term, domain);
+      if (match == Match::kYes) return static_cast<SpfResult>(term.verdict);
+      if (match != Match::kNo) return ResultOf(match);
+    }
+    if (found.record.redirect.empty()) return SpfResult::kNeutral;
+    if (++lookups_ > kMostSpfLookups) return SpfResult::kPermanentError;
+    const SpfResult result = Check(NameOf(found.record.redirect, domain, sender_));
+    return result == SpfResult::kNone ? SpfResult::kPermanentError : result;
+  }
+
+ private:
+  enum class Match { kYes, kNo, kPending, kTemporaryError, kPermanentError };
+
+  static SpfResult ResultWithout(State state) {
+    switch (state) {
+      case State::kPending:
+        return SpfResult::kPending;
+      case State::kNoAnswer:
+        return SpfResult::kTemporaryError;
+      case State::kNone:
+        return SpfResult::kNone;
+      default:
+        return SpfResult::kPermanentError;
+    }
+  }
+
+  static SpfResult ResultOf(Match match) {
+    return match == Match::kPending          ? SpfResult::kPending
+           : match == Match::kTemporaryError ? SpfResult::kTemporaryError
+                                             : SpfResult::kPermanentError;
+  }
+
+  Match Matches(const SpfTerm& term, const std::string& domain) {
+    const std::string name = NameOf(term.name, domain, sender_);
+    switch (term.mechanism) {
+      case SpfMechanism::kAll:
+        return Match::kYes;
+      case SpfMechanism::kIp4:
+        return InNetwork(sender_.address, term.network, term.bits4) ? Match::kYes : Match::kNo;
+      case SpfMechanism::kIp6:
+        return InNetwork(sender_.address, term.network, term.bits6) ? Match::kYes : Match::kNo;
+      case SpfMechanism::kInclude:
+        return Included(name);
+      case SpfMechanism::kA:
+        return HasAddress(name, term);
+      case SpfMechanism::kMx:
+        return HasServer(name, term);
+      case SpfMechanism::kExists:
+        return Exists(name);
+      case SpfMechanism::kPtr:
+        return HasReverseName(name);
+    }
+    return Match::kNo;
+  }
+
+  // RFC 7208 5.2: only a pass of the other record is a match.
+  Match Included(const std::string& domain) {
+    switch (Check(domain)) {
+      case SpfResult::kPass:
+        return Match::kYes;
+      case SpfResult::kPending:
+        return Match::kPending;
+      case SpfResult::kTemporaryError:
+        return Match::kTemporaryError;
+      case SpfResult::kNone:
+      case SpfResult::kPermanentError:
+        return Match::kPermanentError;
+      default:
+        return Match::kNo;
+    }
+  }
+
+  // kYes where records were found; then `records` has them.
+  Match Find(const std::string& name, DnsType type, const std::vector<net::DnsRecord>*& records) {
+    const DnsAnswer* answer = answers_.Of(name, type);
+    if (answer == nullptr) return Match::kPending;
+    if (IsVoid(*answer) || answer->outcome == DnsOutcome::kBadName) {
+      return ++voids_ > kMostVoidLookups ? Match::kPermanentError : Match::kNo;
+    }
+    if (answer->outcome != DnsOutcome::kFound) return Match::kTemporaryError;
+    records = &answer->records;
+    return Match::kYes;
+  }
+
+  Match HasAddress(const std::string& name, const SpfTerm& term) {
+    const std::vector<net::DnsRecord>* records = nullptr;
+    const Match found = Find(name, TypeFor(sender_.address), records);
+    if (found != Match::kYes) return found;
+    const int bits = sender_.address.family == net::Family::kIpv4 ? term.bits4 : term.bits6;
+    const bool is_there = std::any_of(records->begin(), records->end(), [&](const net::DnsRecord& record) {
+      return InNetwork(sender_.address, record.address, bits);
+    });
+    return is_there ? Match::kYes : Match::kNo;
+  }
+
+  // All are asked for at once; the first that is missing makes the whole pending.
+  Match HasServer(const std::string& name, const SpfTerm& term) {
+    const std::vector<net::DnsRecord>* servers = nullptr;
+    const Match found = Find(name, DnsType::kMx, servers);
+    if (found != Match::kYes) return found;
+    if (servers->size() > kMostServers) return Match::kPermanentError;
+    Match whole = Match::kNo;
+    for (const net::DnsRecord& server : *servers) {
+      if (server.text.empty()) continue;  // a null MX
+      const Match match = HasAddress(server.text, term);
+      if (match == Match::kYes || match == Match::kPermanentError) return match;
+      if (match != Match::kNo && whole != Match::kPending) whole = match;
+    }
+    return whole;
+  }
+
+  Match Exists(const std::string& name) {
+    const std::vector<net::DnsRecord>* records = nullptr;
+    return Find(name, DnsType::kA, records);  // also for a sender with an IPv6 address (RFC 7208 5.7)
+  }
+
+  // RFC 7208 5.5: a name of the address that ends in `domain` and leads back to the address.
+  Match HasReverseName(const std::string& domain) {
+    const DnsAnswer* names = answers_.Of(net::ReverseName(sender_.address), DnsType::kPtr);
+    if (names == nullptr) return Match::kPending;
+    Match whole = Match::kNo;
+    for (std::size_t i = 0; i < std::min(names->records.size(), kMostServers); ++i) {
+      const std::string& name = names->records[i].text;
+      if (name != domain && !name.ends_with("." + domain)) continue;
+      const DnsAnswer* back = answers_.Of(name, TypeFor(sender_.address));
+      if (back == nullptr) {
+        whole = Match::kPending;
+      } else if (std::any_of(back->records.begin(), back->records.end(),
+                             [&](const net::DnsRecord& record) { return record.address == sender_.address; })) {
+        return Match::kYes;
+      }
+    }
+    return whole;
+  }
+
+  Answers& answers_;
+  const SpfSender& sender_;
+  int lookups_ = 0;
+  int voids_ = 0;
+};
+
+}  // namespace
+
+SpfPublished FindSpf(Answers& answers, const std::string& domain) {
+  const DnsAnswer* texts = answers.Of(domain, DnsType::kTxt);
+  SpfPublished found;
+  if (texts == nullptr) return found;
+  found.state = texts->outcome == DnsOutcome::kFound || IsVoid(*texts) || texts->outcome == DnsOutcome::kBadName
+                    ? State::kNone
+                    : State::kNoAnswer;
+  for (const net::DnsRecord& text : texts->records) {
+    if (!IsSpf(text.text) || ++found.count > 1) continue;
+    Result<SpfRecord> record = ParseSpf(text.text);
+    found.state = record ? State::kRead : State::kMistake;
+    if (record) {
+      found.record = *std::move(record);
+    } else {
+      found.mistake = record.error();
+    }
+  }
+  if (found.count > 1) return {.state = State::kSeveral, .count = found.count, .record = {}, .mistake = {}};
+  return found;
+}
+
+SpfCost CountSpf(Answers& answers, const SpfSender& sender) { return Count(answers, sender).Of(sender.domain); }
+
+SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender) {
+  return Evaluation(answers, sender).Check(sender.domain);
+}
+
+}  // namespace quillcast::domain

@@ -1,0 +1,46 @@
+// Whom a domain lets send for it, as receivers find it out (RFC 7208 section 4).
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "domain/sender/answers.h"
+#include "domain/sender/spf_macros.h"
+#include "domain/sender/spf_record.h"
+
+namespace quillcast::domain {
+
+inline constexpr int kMostSpfLookups = 10;      // RFC 7208 4.6.4
+inline constexpr int kMostVoidLookups = 2;      // the same section
+inline constexpr int kMostCountedLookups = 30;  // where we stop, so that nobody sends us round for ever
+
+// What a receiver concludes of one sender (RFC 7208 2.6), or that it is not known yet.
+enum class SpfResult { kPass, kFail, kSoftFail, kNeutral, kNone, kTemporaryError, kPermanentError, kPending };
+
+// The one record of a domain, or why there is none to go by.
+struct SpfPublished {
+  enum class State { kPending, kNoAnswer, kNone, kSeveral, kMistake, kRead };
+  State state = State::kPending;
+  int count = 0;       // of records
+  SpfRecord record;    // with kRead alone
+  Error mistake = {};  // with kMistake alone
+};
+SpfPublished FindSpf(Answers& answers, const std::string& domain);
+
+// What a whole record costs and leads to, every term of it followed, as none can know which of them match.
+struct SpfCost {
+  bool is_pending = false;
+  int lookups = 0;                      // up to kMostCountedLookups
+  std::vector<std::string> void_names;  // asked for, and nothing is there
+  std::string itself;                   // a domain whose record leads back to it
+  // The first domain that is led to and has no record to go by, and how.
+  std::string broken;
+  SpfPublished::State broken_state = SpfPublished::State::kRead;
+};
+SpfCost CountSpf(Answers& answers, const SpfSender& sender);
+
+// The check of one sender, with the limits that receivers keep.
+SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender);
+
+}  // namespace quillcast::domain

@@ -1,0 +1,395 @@
+#include "domain/sender/sender_check.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "domain/sender/spf_check.h"
+#include "platform/text.h"
+
+namespace quillcast::domain {
+namespace {
+
+using net::DnsAnswer;
+using net::DnsOutcome;
+using net::DnsType;
+
+// A domain that does everything right. Lines of "name type value"; of a name without the type there is no such record,
+// other names do not exist.
+constexpr const char* kZone = R"(
+example.org MX 20 mx2.example.org
+example.org MX 10 mx1.example.org
+mx1.example.org A 198.51.100.7
+mx2.example.org AAAA 2001:db8::7
+example.org TXT site-verification=1
+example.org TXT v=spf1 include:_spf.provider.example -all
+_spf.provider.example TXT v=spf1 ip4:203.0.113.0/24 ~all
+smtp.provider.example A 203.0.113.5
+5.113.0.203.in-addr.arpa PTR out5.provider.example
+out5.provider.example A 203.0.113.5
+s1._domainkey.example.org TXT v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=
+_dmarc.example.org TXT v=DMARC1; p=reject; rua=mailto:d@example.org
+)";
+
+class Zone {
+ public:
+  explicit Zone(const std::string& lines) {
+    std::istringstream in(lines);
+    for (std::string line; std::getline(in, line);) {
+      std::istringstream words(line);
+      std::string name;
+      std::string type;
+      if (!(words >> name >> type)) continue;
+      std::string value;
+      std::getline(words >> std::ws, value);
+      rows_.push_back({name, type, value});
+    }
+  }
+
+  DnsAnswer Answer(const net::DnsQuestion& question) const {
+    DnsAnswer answer;
+    answer.outcome = DnsOutcome::kNoSuchName;
+    for (const Row& row : rows_) {
+      if (row.name != question.name) continue;
+      if (row.type == "FAILS") {
+        answer.outcome = DnsOutcome::kServerFailed;
+        return answer;
+      }
+      if (answer.records.empty()) answer.outcome = DnsOutcome::kNoData;
+      if (row.type != Word(question.type)) continue;
+      answer.outcome = DnsOutcome::kFound;
+      answer.records.push_back(Record(question.type, row.value));
+    }
+    return answer;
+  }
+
+ private:
+  struct Row {
+    std::string name;
+    std::string type;
+    std::string value;
+  };
+  static std::string Word(DnsType type) {
+    return type == DnsType::kA     ? "A"
+           : type == DnsType::kMx  ? "MX"
+           : type == DnsType::kTxt ? "TXT"
+           : type == DnsType::kPtr ? "PTR"
+                                   : "AAAA";
+  }
+  static net::DnsRecord Record(DnsType type, const std::string& value) {
+    net::DnsRecord record;
+    if (type == DnsType::kA || type == DnsType::kAaaa) record.address = *net::ParseIpAddress(value);
+    if (type == DnsType::kTxt || type == DnsType::kPtr) record.text = value;
+    if (type == DnsType::kMx) {
+      const std::size_t blank = value.find(' ');
+      record.preference = static_cast<std::uint16_t>(std::stoi(value));
+      record.text = value.substr(blank + 1) == "." ? "" : value.substr(blank + 1);
+    }
+    return record;
+  }
+  std::vector<Row> rows_;
+};
+
+struct Checked {
+  SenderReport report;
+  int rounds = 0;     // of questions that depend on the answers before
+  int questions = 0;  // in all
+};
+
+Checked Check(const Zone& zone,
+              SenderQuestion question = {.domain = "example.org",
+                                         .selectors = {"s1"},
+                                         .server = "smtp.provider.example"},
+              Result<std::string> policy = std::string()) {
+  Checked checked;
+  Answers answers;
+  StsFile sts;
+  while (true) {
+    checked.report = CheckSender(question, answers, sts);
+    const std::vector<net::DnsQuestion> wanted = answers.TakeWanted();
+    if (wanted.empty() && (!sts.is_wanted || sts.content)) break;
+    for (const net::DnsQuestion& one : wanted) answers.Put(one, zone.Answer(one));
+    if (sts.is_wanted && !sts.content) sts.content = policy;
+    checked.questions += static_cast<int>(wanted.size());
+    ++checked.rounds;
+  }
+  EXPECT_TRUE(checked.report.is_complete);
+  return checked;
+}
+
+std::string Drawn(const Finding& finding) {
+  return fmt::format("{}: {}: {}\n{}", WordOf(finding.verdict), finding.topic, finding.what.InEnglish(),
+                     finding.remedy.InEnglish());
+}
+
+std::string Words(const SenderReport& report) {
+  std::string words;
+  for (const Finding& finding : report.findings) words += fmt::format("{} ", finding.word);
+  return words;
+}
+
+TEST(SenderCheck, FindsNothingToMendInADomainThatIsRight) {
+  const Checked checked = Check(Zone(kZone));
+  EXPECT_EQ(Words(checked.report), "mx spf spf-covers-server dkim dmarc dmarc-alignment no-mta-sts reverse-name ");
+  EXPECT_EQ(checked.report.Gravest(), Verdict::kNote);
+  // The record, what it includes; the server, its reverse name, and the address of that: no chain is longer.
+  EXPECT_EQ(checked.rounds, 3);
+}
+
+// `without` is the beginning of the lines that are taken out of the zone above.
+struct Case {
+  const char* without;
+  const char* with;
+  const char* word;
+  const char* drawn;
+};
+
+const Case kCases[] = {
+    {"example.org TXT v=spf1", "", "no-spf",
+     "bad: SPF: example.org does not say who may send for it.\n"
+     "Publish a text record at example.org that begins with \"v=spf1\" and names who sends for you; your mail provider "
+     "tells what belongs into it."},
+    {"", "example.org TXT v=spf1 -all", "two-spf",
+     "bad: SPF: example.org has 2 records that begin with \"v=spf1\"; receivers then take none of them.\n"
+     "Join them into one record."},
+    {"example.org TXT v=spf1",
+     "example.org TXT v=spf1 a mx a:mx1.example.org a:mx2.example.org include:i1.example -all\n"
+     "example.org A 198.51.100.1\n"
+     "i1.example TXT v=spf1 a:mx1.example.org a:mx2.example.org mx:example.org a:mx1.example.org a:mx2.example.org "
+     "include:_spf.provider.example",
+     "spf-lookups",
+     "bad: SPF: The record takes 11 look-ups; receivers give up after 10.\n"
+     "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" and \"mx\"."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 +all", "spf-open",
+     "bad: SPF: The record lets everybody in the world send for example.org (\"+all\").\n"
+     "End it with \"~all\" or \"-all\"."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ?all", "spf-neutral",
+     "weak: SPF: The record says nothing of those whom it does not name.\n"
+     "End it with \"~all\" or \"-all\"."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.500 -all", "spf-mistake",
+     "bad: SPF: The record of example.org has a mistake: \"ip4:203.0.113.500\" is not understood.\n"
+     "Receivers take a record with a mistake for none at all: mend or remove that word."},
+    {"_spf.provider.example", "_spf.provider.example TXT v=spf1 include:example.org -all", "spf-loop",
+     "bad: SPF: The record of example.org leads back to itself.\n"
+     "Remove the \"include:\" or \"redirect=\" that closes the circle."},
+    {"_spf.provider.example", "", "spf-broken-include",
+     "bad: SPF: The record leads to _spf.provider.example, which has none.\n"
+     "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that domain."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 a:gone1.example mx:gone2.example a:gone3.example -all",
+     "spf-void",
+     "bad: SPF: The record names 3 hosts that are not there, gone1.example among them; receivers give up after 2.\n"
+     "Remove them from the record."},
+    {"_spf.provider.example", "_spf.provider.example TXT v=spf1 ip4:203.0.113.6 ~all", "spf-misses-server",
+     "weak: SPF: The record does not name 203.0.113.5, an address of smtp.provider.example.\n"
+     "If that is the server that sends your mail to others, add it; if it passes your mail on, ask its provider which "
+     "\"include:\" belongs into the record."},
+    {"_dmarc", "", "no-dmarc",
+     "bad: DMARC: example.org does not say what is to become of mail that others send in its name.\n"
+     "Publish the text record \"v=DMARC1; p=none; rua=mailto:you@example.org\" at _dmarc.example.org; large mail "
+     "providers refuse newsletters without one."},
+    {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=none; rua=mailto:d@example.org", "dmarc-none",
+     "weak: DMARC: The record only watches (\"p=none\"): what others send in the name of example.org is delivered.\n"
+     "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\"."},
+    {"", "_dmarc.example.org TXT v=DMARC1; p=none", "two-dmarc",
+     "bad: DMARC: There are 2 records at _dmarc.example.org; receivers then take none of them.\n"
+     "Leave one of them."},
+    {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=rejected", "dmarc-mistake",
+     "bad: DMARC: The record at _dmarc.example.org has a mistake: \"p=rejected\" is no policy.\n"
+     "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."},
+    {"s1._domainkey", "", "no-dkim",
+     "bad: DKIM: There is no key at s1._domainkey.example.org.\n"
+     "Publish the key that your mail provider gives for this selector, or check the selector: it stands behind \"s=\" "
+     "in the DKIM-Signature of a message that you sent."},
+    {"s1._domainkey",
+     "s1._domainkey.example.org TXT "
+     "v=DKIM1; p=MFwwDQYJKoZIhvcNAQEBBQADSwAwSAJBAM0KqrSZGAK7FTvLbL50QzkG0mTXFVkd8bObZGF9+1ccaJUZaGkLBFmPzk/"
+     "uDm+5sPYy9CotJ95TFNjp03vjX6kCAwEAAQ==",
+     "dkim-short",
+     "bad: DKIM: The key at s1._domainkey.example.org has 512 bits; receivers pass over what has fewer than 1024.\n"
+     "Let your mail provider make one of 2048 bits, and publish it."},
+    {"s1._domainkey", "s1._domainkey.example.org TXT v=DKIM1; p=", "dkim-revoked",
+     "bad: DKIM: The key at s1._domainkey.example.org was withdrawn.\n"
+     "Publish the key that your mail provider signs with now."},
+    {"example.org MX", "example.org A 198.51.100.1", "no-mx",
+     "weak: MX: example.org has no MX record; mail to it goes to its own address.\n"
+     "Publish an MX record for the server that takes replies: some receivers doubt a sender without."},
+    {"example.org MX", "", "no-mail-server",
+     "bad: MX: No server takes mail for example.org.\n"
+     "Publish an MX record for the server that takes replies, or send from another domain: most receivers refuse a "
+     "sender that nobody can answer."},
+    {"example.org MX", "example.org MX 0 .", "null-mx",
+     "bad: MX: example.org says that it takes no mail at all (a null MX).\n"
+     "Publish an MX record for the server that takes replies, or send from another domain: most receivers refuse a "
+     "sender that nobody can answer."},
+    {"mx2", "", "mx-without-address",
+     "bad: MX: mx2.example.org, which takes mail for the domain, has no address.\n"
+     "Remove the MX record, or give the server's name an address."},
+    {"5.113", "", "no-reverse-name",
+     "bad: Reverse name: The address 203.0.113.5 has no name.\n"
+     "Ask who provides the server to give the address its name: many receivers refuse a server without."},
+    {"out5", "out5.provider.example A 203.0.113.6", "reverse-name-elsewhere",
+     "bad: Reverse name: The address 203.0.113.5 is called out5.provider.example, which does not lead back to it.\n"
+     "Give that name the address, or let who provides the server give the address its right name."},
+    {"_dmarc", "_dmarc.example.org FAILS -", "no-answer",
+     "unknown: DMARC: _dmarc.example.org could not be asked for: the name server failed.\n"
+     "Try again later, or ask another name server."},
+};
+
+Zone Changed(const Case& c) {
+  std::string lines;
+  for (const std::string_view line : platform::Split(std::string_view(kZone), '\n')) {
+    if (*c.without == '\0' || !line.starts_with(c.without)) lines += std::string(line) + "\n";
+  }
+  return Zone(lines + c.with);
+}
+
+TEST(SenderCheck, SaysWhatIsWrongAndWhatToDo) {
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(std::string(c.word) + " without " + c.without);
+    const Checked checked = Check(Changed(c));
+    const auto& findings = checked.report.findings;
+    const auto finding =
+        std::find_if(findings.begin(), findings.end(), [&](const Finding& each) { return each.word == c.word; });
+    ASSERT_NE(finding, findings.end()) << Words(checked.report);
+    EXPECT_EQ(Drawn(*finding), c.drawn);
+    EXPECT_EQ(checked.report.Gravest(), finding->verdict) << Words(checked.report);
+  }
+}
+
+TEST(SenderCheck, SaysThatADomainIsNotThere) {
+  const Checked checked = Check(Zone(""), {.domain = "gone.example"});
+  EXPECT_EQ(Words(checked.report), "no-such-domain no-spf dkim-not-found no-dmarc no-mta-sts ");
+  EXPECT_EQ(checked.rounds, 1);
+}
+
+TEST(SenderCheck, SaysWhetherAMessageCanPass) {
+  struct Way {
+    const char* spf;
+    const char* key;
+    bool selector_is_given;
+    const char* word;
+  };
+  for (const Way& way : {
+           Way{"v=spf1 ip4:203.0.113.5 -all", "", true, "dmarc-alignment"},
+           Way{"v=spf1 -all", "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=", false,
+               "dmarc-alignment"},
+           Way{"v=spf1 -all", "v=DKIM1; t=y; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=", true,
+               "dmarc-alignment-unknown"},
+           Way{"v=spf1 -all", "", true, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ipv4:1", "", false, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ipv4:1", "", true, "dmarc-no-alignment"},
+       }) {
+    const Zone zone(
+        fmt::format("example.org TXT {}\ns1._domainkey.example.org TXT {}\nsmtp.example A 203.0.113.5\n"
+                    "_dmarc.example.org TXT v=DMARC1; p=reject",
+                    way.spf, way.key));
+    SenderQuestion question{.domain = "example.org", .server = "smtp.example"};
+    if (way.selector_is_given) question.selectors = {"s1"};
+    EXPECT_NE(Words(Check(zone, question).report).find(std::string(" ") + way.word + " "), std::string::npos)
+        << way.spf << " " << way.key;
+  }
+}
+
+TEST(SenderCheck, TakesTheOrganisationsDmarcForADomainBelow) {
+  const Zone zone(std::string(kZone) +
+                  "news.example.org TXT v=spf1 ip4:203.0.113.5 -all\nnews.example.org A 198.51.100.1");
+  EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .server = "203.0.113.5"}).report),
+            "no-mx spf spf-covers-server dkim-not-found dmarc dmarc-alignment no-mta-sts reverse-name ");
+}
+
+TEST(SenderCheck, ComparesThePolicyOfMtaStsWithTheServers) {
+  const Zone zone(std::string(kZone) + "_mta-sts.example.org TXT v=STSv1; id=1");
+  struct Policy {
+    const char* text;  // nullptr: it could not be fetched
+    const char* word;
+  };
+  for (const Policy& policy : {
+           Policy{"version: STSv1\nmode: enforce\nmx: *.example.org\nmax_age: 1", "mta-sts"},
+           Policy{"version: STSv1\nmode: enforce\nmx: mx1.example.org\nmax_age: 1", "mta-sts-other-server"},
+           Policy{"version: STSv1\nmode: none\nmax_age: 1", "mta-sts-off"},
+           Policy{"<html>", "mta-sts-no-policy"},
+           Policy{nullptr, "mta-sts-no-policy"},
+       }) {
+    const Result<std::string> file = policy.text != nullptr
+                                         ? Result<std::string>(std::string(policy.text))
+                                         : Result<std::string>(Error{Failure::kUnavailable, "It is not there."});
+    const Checked checked = Check(zone, {.domain = "example.org"}, file);
+    EXPECT_NE(Words(checked.report).find(std::string(" ") + policy.word + " "), std::string::npos)
+        << policy.word << ": " << Words(checked.report);
+  }
+}
+
+// Records of strangers: however they are made, the number of questions is bounded.
+TEST(SenderCheck, IsNotSentRoundForEver) {
+  std::string wide = "example.org TXT v=spf1";
+  std::string deep = "example.org TXT v=spf1 include:d0.example\n";
+  for (int i = 0; i < 2000; ++i) {
+    wide += fmt::format(" include:w{}.example a:h{}.example mx:h{}.example", i, i, i);
+    deep += fmt::format("d{}.example TXT v=spf1 include:d{}.example include:d{}.example\n", i, i + 1, i + 1);
+  }
+  std::string servers = "example.org TXT v=spf1 mx mx:example.org ptr -all\n";
+  for (int i = 0; i < 10000; ++i) servers += fmt::format("example.org MX 10 m{}.example\n", i);
+  for (const std::string& zone : {wide, deep, servers}) {
+    const Checked checked = Check(Zone(zone));
+    EXPECT_LT(checked.questions, 200);
+    EXPECT_EQ(checked.report.Gravest(), Verdict::kBad);
+  }
+}
+
+TEST(Spf, JudgesASenderAsReceiversDo) {
+  const Zone zone(R"(
+a.example A 192.0.2.1
+m.example MX 10 mx.m.example
+mx.m.example A 192.0.2.2
+ok.example TXT v=spf1 ip4:192.0.2.9 -all
+soft.example TXT v=spf1 ~all
+two.example TXT v=spf1 -all
+two.example TXT v=spf1 +all
+9.2.0.192.in-addr.arpa PTR host.p.example
+host.p.example A 192.0.2.9
+9.2.0.192.x.example A 127.0.0.2
+broken.example FAILS -
+)");
+  struct One {
+    const char* record;
+    SpfResult of_9;  // 192.0.2.9
+  };
+  for (const One& c : {
+           One{"v=spf1 ip4:192.0.2.9 -all", SpfResult::kPass},
+           One{"v=spf1 -ip4:192.0.2.8/31 +all", SpfResult::kFail},
+           One{"v=spf1 a:a.example -all", SpfResult::kFail},
+           One{"v=spf1 a:a.example/28 -all", SpfResult::kPass},
+           One{"v=spf1 mx:m.example/24 -all", SpfResult::kPass},
+           One{"v=spf1 mx:m.example ~all", SpfResult::kSoftFail},
+           One{"v=spf1 include:ok.example -all", SpfResult::kPass},
+           One{"v=spf1 include:soft.example ?all", SpfResult::kNeutral},
+           One{"v=spf1 include:two.example +all", SpfResult::kPermanentError},
+           One{"v=spf1 include:none.example +all", SpfResult::kPermanentError},
+           One{"v=spf1 redirect=ok.example", SpfResult::kPass},
+           One{"v=spf1 redirect=none.example", SpfResult::kPermanentError},
+           One{"v=spf1 ptr:p.example -all", SpfResult::kPass},
+           One{"v=spf1 ptr:example -all", SpfResult::kPass},
+           One{"v=spf1 ptr:other.example -all", SpfResult::kFail},
+           One{"v=spf1 exists:%{ir}.x.example -all", SpfResult::kPass},
+           One{"v=spf1 exists:%{i}.x.example -all", SpfResult::kFail},
+           One{"v=spf1 a:broken.example +all", SpfResult::kTemporaryError},
+           One{"v=spf1 a:n1.example a:n2.example a:n3.example +all", SpfResult::kPermanentError},
+           One{"v=spf1", SpfResult::kNeutral},
+           One{"no record", SpfResult::kNone},
+       }) {
+    Answers answers;
+    answers.Put({"example.org", DnsType::kTxt},
+                Zone(std::string("example.org TXT ") + c.record).Answer({"example.org", DnsType::kTxt}));
+    const SpfSender sender{.local_part = "ada", .domain = "example.org", .address = *net::ParseIpAddress("192.0.2.9")};
+    SpfResult result = SpfResult::kPending;
+    for (int round = 0; round < 20 && result == SpfResult::kPending; ++round) {
+      result = EvaluateSpf(answers, sender);
+      for (const net::DnsQuestion& one : answers.TakeWanted()) answers.Put(one, zone.Answer(one));
+    }
+    EXPECT_EQ(result, c.of_9) << c.record;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::domain

@@ -1,0 +1,93 @@
+// The records by which a domain says what becomes of its mail: DMARC and MTA-STS.
+#include <gtest/gtest.h>
+
+#include "domain/sender/dmarc_record.h"
+#include "domain/sender/mta_sts.h"
+
+namespace quillcast::domain {
+namespace {
+
+using Policy = DmarcRecord::Policy;
+
+TEST(Dmarc, IsReadTagByTag) {
+  struct Case {
+    const char* record;
+    DmarcRecord read;
+  };
+  for (const Case& c : {
+           Case{"v=DMARC1; p=none", {}},
+           Case{"v=DMARC1;p=reject;", {Policy::kReject, Policy::kReject}},
+           Case{" v = DMARC1 ; p = Quarantine ; sp=none; adkim=s; aspf=S; pct=20; ruf=mailto:x@y",
+                {Policy::kQuarantine, Policy::kNone, true, true, 20}},
+           Case{"v=DMARC1; p=reject; rua=mailto:a@example.org, mailto:b@example.net!10m; pct=101; sp=odd",
+                {Policy::kReject,
+                 Policy::kReject,
+                 false,
+                 false,
+                 100,
+                 {"mailto:a@example.org", "mailto:b@example.net!10m"}}},
+       }) {
+    SCOPED_TRACE(c.record);
+    EXPECT_TRUE(IsDmarc(c.record));
+    const auto read = ParseDmarc(c.record);
+    ASSERT_TRUE(read) << Describe(read.error());
+    EXPECT_TRUE(*read == c.read);
+  }
+  for (const char* bad : {"v=DMARC1", "v=DMARC1; p=", "v=DMARC1; p=all", "v=DMARC1; p=none; p=reject", "v=DMARC1; none",
+                          "v=DMARC1 p=none"}) {
+    EXPECT_FALSE(ParseDmarc(bad)) << bad;
+  }
+  for (const char* other : {"v=DMARC2; p=none", "p=none; v=DMARC1", "v=spf1 -all", ""}) {
+    EXPECT_FALSE(IsDmarc(other)) << other;
+  }
+}
+
+TEST(Dmarc, KnowsWhichDomainsAreOneSenders) {
+  struct Case {
+    const char* a;
+    const char* b;
+    bool relaxed;
+    bool strict;
+  };
+  for (const Case& c : {
+           Case{"example.org", "example.org", true, true},
+           Case{"news.example.org", "bounce.mail.example.org", true, false},
+           Case{"a.example.co.uk", "example.co.uk", true, false},
+           Case{"a.co.uk", "b.co.uk", false, false},
+           Case{"example.org", "example.net", false, false},
+       }) {
+    EXPECT_EQ(Aligned(c.a, c.b, false), c.relaxed) << c.a << " and " << c.b;
+    EXPECT_EQ(Aligned(c.a, c.b, true), c.strict) << c.a << " and " << c.b;
+  }
+  EXPECT_EQ(OrganisationalDomain("co.uk"), "co.uk");
+}
+
+TEST(MtaSts, IsReadLineByLine) {
+  EXPECT_TRUE(IsStsRecord("v=STSv1; id=20260101000000Z;"));
+  EXPECT_FALSE(IsStsRecord("v=STSv2; id=1"));
+  EXPECT_EQ(ParseStsRecord("v=STSv1; id=20260101000000Z;").ValueOr(""), "20260101000000Z");
+  EXPECT_FALSE(ParseStsRecord("v=STSv1;"));
+
+  const auto policy = ParseStsPolicy(
+      "version: STSv1\r\nmode: enforce\r\nmx: Mail.example.org\r\nmx: *.example.net\r\nmax_age: 604800\r\nmode: "
+      "none\r\n");
+  ASSERT_TRUE(policy) << Describe(policy.error());
+  EXPECT_TRUE(*policy == (StsPolicy{StsPolicy::Mode::kEnforce, {"mail.example.org", "*.example.net"}, 604800}));
+  EXPECT_TRUE(ParseStsPolicy("version: STSv1\nmode: none\nmax_age: 0"));
+  for (const char* bad : {"", "mode: enforce\nmx: a\nmax_age: 1", "version: STSv1\nmx: a\nmax_age: 1",
+                          "version: STSv1\nmode: enforce\nmax_age: 1", "version: STSv1\nmode: testing\nmx: a",
+                          "version: STSv1\nmode: testing\nmx: a\nmax_age: 31557601", "<html>Not found</html>"}) {
+    EXPECT_FALSE(ParseStsPolicy(bad)) << bad;
+  }
+}
+
+TEST(MtaSts, NamesServersByOneLabel) {
+  EXPECT_TRUE(StsNames("mail.example.org", "MAIL.example.org."));
+  EXPECT_TRUE(StsNames("*.example.org", "a.example.org"));
+  for (const char* other : {"example.org", "a.b.example.org", ".example.org", "a.example.net"}) {
+    EXPECT_FALSE(StsNames("*.example.org", other)) << other;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::domain
