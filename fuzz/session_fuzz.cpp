@@ -224,6 +224,8 @@ class Conversation {
       case Event::Kind::kClosed:
         ended_ = true;
         break;
+      case Event::Kind::kOffer:
+      case Event::Kind::kOddity:
       case Event::Kind::kReady:
         break;
     }

@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -30,30 +31,46 @@ Error NotConnected(const Endpoint& peer, int error_number) {
 // The attempts that are under way, and the addresses that are still to be tried.
 class Race {
  public:
-  Race(std::span<const IpAddress> addresses, std::uint16_t port) : waiting_(addresses), port_(port) {}
+  Race(std::span<const IpAddress> addresses, std::uint16_t port, std::vector<TriedAddress>* tried)
+      : waiting_(addresses), port_(port), tried_(tried) {}
 
   Result<UniqueFd> Run(const Patience& patience);
 
  private:
   bool MayStart() const { return !waiting_.empty() && running_.size() < kMostAtOnce; }
   void Start();
+  void Failed(const Endpoint& peer, int error);
+  TriedAddress* TriedOf(const Endpoint& peer);
   UniqueFd TakeWinner(std::span<const pollfd> ready);
 
   std::span<const IpAddress> waiting_;
   std::uint16_t port_;
+  std::vector<TriedAddress>* tried_;  // null where nobody wants to know
   std::vector<Attempt> running_;
   Error last_{Failure::kUnavailable, "There is no address to connect to."};
 };
 
+TriedAddress* Race::TriedOf(const Endpoint& peer) {
+  if (tried_ == nullptr) return nullptr;
+  const auto found =
+      std::find_if(tried_->begin(), tried_->end(), [&](const TriedAddress& one) { return one.peer == peer; });
+  return found == tried_->end() ? &tried_->emplace_back(TriedAddress{.peer = peer}) : &*found;
+}
+
+void Race::Failed(const Endpoint& peer, int error) {
+  last_ = NotConnected(peer, error);
+  if (auto* tried = TriedOf(peer)) tried->error = error;
+}
+
 void Race::Start() {
   const Endpoint peer{waiting_.front(), port_};
   waiting_ = waiting_.subspan(1);
+  TriedOf(peer);
   const int family = peer.address.family == Family::kIpv4 ? AF_INET : AF_INET6;
   UniqueFd socket(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   const SocketAddress address = ToSystem(peer);
   if (!socket || (::connect(socket.get(), address.get(), address.length) != 0 && errno != EINPROGRESS)) {
-    last_ = NotConnected(peer, errno);
-    return;
+    return Failed(peer, errno);
   }
   running_.push_back({std::move(socket), peer});
 }
@@ -65,8 +82,11 @@ UniqueFd Race::TakeWinner(std::span<const pollfd> ready) {
     int error = 0;
     socklen_t length = sizeof error;
     ::getsockopt(ready[n].fd, SOL_SOCKET, SO_ERROR, &error, &length);
-    if (error == 0) return std::move(running_[n].socket);
-    last_ = NotConnected(running_[n].peer, error);
+    if (error == 0) {
+      if (auto* tried = TriedOf(running_[n].peer)) tried->connected = true;
+      return std::move(running_[n].socket);
+    }
+    Failed(running_[n].peer, error);
     running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(n));
   }
   return {};
@@ -98,8 +118,9 @@ void SetOption(int socket, int level, int option) {
 
 }  // namespace
 
-Result<UniqueFd> Connect(std::span<const IpAddress> addresses, std::uint16_t port, const Patience& patience) {
-  auto connected = Race(addresses, port).Run(patience);
+Result<UniqueFd> Connect(std::span<const IpAddress> addresses, std::uint16_t port, const Patience& patience,
+                         std::vector<TriedAddress>* tried) {
+  auto connected = Race(addresses, port, tried).Run(patience);
   if (connected) {
     SetOption(connected->get(), IPPROTO_TCP, TCP_NODELAY);
     SetOption(connected->get(), SOL_SOCKET, SO_KEEPALIVE);

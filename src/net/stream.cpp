@@ -122,12 +122,19 @@ Result<void> Stream::StartTls(TlsContext& context, const std::string& host, cons
   auto connection = context.NewConnection(socket_.get(), host);
   if (!connection) return connection.error();
   tls_ = *std::move(connection);
+  fault_ = HandshakeFault::kOther;  // until it is done
   for (;;) {
     ERR_clear_error();
     const int done = SSL_do_handshake(tls_.get());
-    if (done == 1) return {};
+    if (done == 1) {
+      fault_ = HandshakeFault::kNone;
+      return {};
+    }
     const short events = WantedEvents(tls_.get(), done);
-    if (events == 0) return HandshakeError(*tls_, host);
+    if (events == 0) {
+      fault_ = HandshakeFaultOf(*tls_);
+      return HandshakeError(*tls_, host);
+    }
     if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
   }
 }

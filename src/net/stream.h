@@ -8,6 +8,7 @@
 
 #include "net/address.h"
 #include "net/tls_context.h"
+#include "net/tls_facts.h"
 #include "net/wait.h"
 #include "platform/file.h"
 
@@ -31,6 +32,8 @@ class Stream {
 
   // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
+  // What is to be seen of that handshake, also of one that failed or was given up.
+  TlsFacts Facts() const { return tls_ ? FactsOf(*tls_, fault_) : TlsFacts{.fault = HandshakeFault::kOther}; }
   bool encrypted() const { return tls_ != nullptr; }
 
   // Empty where there is no socket, or the system does not know.
@@ -47,6 +50,7 @@ class Stream {
 
   platform::UniqueFd socket_;
   SslHandle tls_;
+  HandshakeFault fault_ = HandshakeFault::kNone;
   short to_read_ = POLLIN;    // what a read that got nothing waits for; TLS may have to write first
   short to_write_ = POLLOUT;  // and the reverse
   bool waiting_ = false;      // a read without MSG_DONTWAIT waits, for a while

@@ -11,6 +11,7 @@
 
 #include "net/address.h"
 #include "net/idna.h"
+#include "net/tls_facts.h"
 
 namespace quillcast::net {
 namespace {
@@ -65,40 +66,9 @@ bool SetName(SSL* connection, const std::string& host) {
   return SSL_set_tlsext_host_name(connection, name.c_str()) == 1 && SSL_set1_host(connection, name.c_str()) == 1;
 }
 
-struct Reason {
-  long code;
-  const char* words;
-};
-constexpr std::array kReasons{
-    Reason{X509_V_ERR_CERT_HAS_EXPIRED, "it has expired"},
-    Reason{X509_V_ERR_CERT_NOT_YET_VALID, "it is not yet valid (is this computer's clock right?)"},
-    Reason{X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT, "it is self-signed"},
-    Reason{X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN, "it comes from an authority that this computer does not know"},
-    Reason{X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY, "it comes from an authority that this computer does not know"},
-    Reason{X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE, "it comes from an authority that this computer does not know"},
-    Reason{X509_V_ERR_HOSTNAME_MISMATCH, "it is for another name"},
-    Reason{X509_V_ERR_IP_ADDRESS_MISMATCH, "it is for another name"},
-    Reason{X509_V_ERR_CERT_REVOKED, "it was revoked"},
-};
-
-std::string WordsFor(long verdict) {
-  for (const Reason& reason : kReasons) {
-    if (reason.code == verdict) return reason.words;
-  }
-  return X509_verify_cert_error_string(verdict);
-}
-
-constexpr const char* kTooOld = "it knows only versions of TLS older than 1.2, which are no longer safe";
-constexpr std::array kHandshakeReasons{
-    Reason{SSL_R_UNSUPPORTED_PROTOCOL, kTooOld},
-    Reason{SSL_R_TLSV1_ALERT_PROTOCOL_VERSION, kTooOld},
-    Reason{SSL_R_WRONG_VERSION_NUMBER, "it does not answer with TLS on this port"},
-};
-
-std::string HandshakeWords(unsigned long code) {
-  for (const Reason& reason : kHandshakeReasons) {
-    if (reason.code == ERR_GET_REASON(code)) return reason.words;
-  }
+std::string HandshakeWords(HandshakeFault fault, unsigned long code) {
+  if (fault == HandshakeFault::kTooOld) return "it knows only versions of TLS older than 1.2, which are no longer safe";
+  if (fault == HandshakeFault::kNoTls) return "it does not answer with TLS on this port";
   const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
   return words != nullptr ? words : "the connection was closed";
 }
@@ -118,6 +88,7 @@ Result<std::unique_ptr<TlsContext>> TlsContext::ForClient(const std::string& ca_
   if (!out->method_ || context == nullptr) return LibraryError("no memory");
   SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
   SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
+  KeepCertificates(context);
   SSL_CTX_set_mode(context, SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
   SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
   SSL_CTX_sess_set_new_cb(context, KeepSession);
@@ -160,7 +131,7 @@ Error HandshakeError(const ssl_st& connection, const std::string& host) {
             "Nothing was sent. Check the server's name; if the server is yours, have its authority's certificate added "
             "to this computer's trusted ones, or set Security to None if you trust the network."};
   }
-  const std::string words = HandshakeWords(ERR_peek_error());
+  const std::string words = HandshakeWords(HandshakeFaultOf(connection), ERR_peek_error());
   ERR_clear_error();
   return {Failure::kUnavailable, Say("TLS could not be started with {}: {}.", host, words),
           "Check that Security fits the server's port (TLS from the first byte is usual on port 465)."};

@@ -51,11 +51,15 @@ class Client::Driver {
   Driver& operator=(const Driver&) = delete;
 
   void Run(JobSource& source);
-  Outcome Test(JobSource& source);
+  Outcome Test(JobSource& source, ConnectionWatch* watch);
 
  private:
   bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
   Outcome Connect();
+  net::Patience Patience() const;
+  void Begins(ConnectionStep step);
+  Result<platform::UniqueFd> Reach(std::span<const net::IpAddress> addresses, std::uint16_t port);
+  Outcome StartTls(net::Stream& stream, const std::string& host);
   Outcome ConnectTo(const Server& server);
   Result<net::TlsContext*> Tls();
   void SendOver(Job& job);
@@ -78,27 +82,48 @@ Result<net::TlsContext*> Client::Driver::Tls() {
   return tls_.get();
 }
 
+net::Patience Client::Driver::Patience() const {
+  return {around_.clock, around_.cancel, Stop::kStop,
+          net::Deadline::After(around_.clock.Monotonic(), options_.timeout)};
+}
+
+void Client::Driver::Begins(ConnectionStep step) {
+  if (around_.watch != nullptr) around_.watch->Begins(step);
+}
+
+Result<platform::UniqueFd> Client::Driver::Reach(std::span<const net::IpAddress> addresses, std::uint16_t port) {
+  Begins(ConnectionStep::kConnect);
+  std::vector<net::TriedAddress> tried;
+  auto socket = net::Connect(addresses, port, Patience(), &tried);
+  if (around_.watch != nullptr) around_.watch->Tried(tried);
+  return socket;
+}
+
+Outcome Client::Driver::StartTls(net::Stream& stream, const std::string& host) {
+  Begins(ConnectionStep::kTls);
+  const auto tls = Tls();
+  if (!tls) return OutcomeOf(tls.error());
+  const auto started = stream.StartTls(**tls, host, Patience());
+  if (around_.watch != nullptr) around_.watch->Encrypted(stream.Facts());
+  if (started) return Succeeded();
+  Outcome outcome = OutcomeOf(started.error());
+  if (outcome.code == ResultCode::kReplyTimeout) outcome.reason = MeaningOf(Awaited::kHandshake).missing;
+  return outcome;
+}
+
 Outcome Client::Driver::ConnectTo(const Server& server) {
-  const auto patience = [this] {
-    return net::Patience{around_.clock, around_.cancel, Stop::kStop,
-                         net::Deadline::After(around_.clock.Monotonic(), options_.timeout)};
-  };
-  const auto addresses = resolver_.Resolve(server.host, patience());
+  if (around_.watch != nullptr) around_.watch->Begins(server);
+  Begins(ConnectionStep::kName);
+  const auto addresses = resolver_.Resolve(server.host, Patience());
   if (!addresses) return Unreachable(addresses.error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound);
-  auto socket = net::Connect(*addresses, server.port, patience());
+  auto socket = Reach(*addresses, server.port);
   if (!socket) return Unreachable(socket.error(), ResultCode::kConnectTimeout, ResultCode::kConnectFailed);
 
   net::Stream stream(*std::move(socket));
   const bool tls_at_once =
       options_.security == Security::kTls || (options_.security == Security::kAutomatic && server.port == kTlsPort);
   if (tls_at_once) {
-    const auto tls = Tls();
-    if (!tls) return OutcomeOf(tls.error());
-    if (const auto started = stream.StartTls(**tls, server.host, patience()); !started) {
-      Outcome outcome = OutcomeOf(started.error());
-      if (outcome.code == ResultCode::kReplyTimeout) outcome.reason = MeaningOf(Awaited::kHandshake).missing;
-      return outcome;
-    }
+    if (Outcome started = StartTls(stream, server.host); started.code != ResultCode::kSuccess) return started;
   }
   connection_.emplace(around_, std::move(stream), server.host, tls_at_once);
   Outcome opened = connection_->Open();
@@ -154,8 +179,9 @@ void Client::Driver::Run(JobSource& source) {
   connection_.reset();
 }
 
-Outcome Client::Driver::Test(JobSource& source) {
+Outcome Client::Driver::Test(JobSource& source, ConnectionWatch* watch) {
   around_.source = &source;
+  around_.watch = watch;
   Outcome opened = Connect();
   if (opened.code != ResultCode::kSuccess) return opened;
   Outcome quit = connection_->Quit(options_.timeout);
@@ -170,6 +196,6 @@ Client::Client(ClientOptions options, const platform::Clock& clock, const platfo
 Client::~Client() = default;
 
 void Client::Run(JobSource& source) { driver_->Run(source); }
-Outcome Client::Test(JobSource& source) { return driver_->Test(source); }
+Outcome Client::Test(JobSource& source, ConnectionWatch* watch) { return driver_->Test(source, watch); }
 
 }  // namespace quillcast::smtp

@@ -6,6 +6,7 @@
 #include "platform/cancel.h"
 #include "platform/clock.h"
 #include "smtp/client/client_options.h"
+#include "smtp/client/connection_watch.h"
 #include "smtp/client/job_source.h"
 #include "smtp/outcome.h"
 
@@ -24,8 +25,9 @@ class Client {
   // never sent again. Where no connection can be had the job fails with the reason, and the next job tries anew.
   void Run(JobSource& source);
 
-  // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well.
-  Outcome Test(JobSource& source);
+  // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well. `watch` is
+  // told how it goes.
+  Outcome Test(JobSource& source, ConnectionWatch* watch = nullptr);
 
  private:
   class Driver;

@@ -48,6 +48,7 @@ void ClientSession::Receive(std::string_view bytes) {
       case ReplyReader::Step::kNeedMore:
         return;
       case ReplyReader::Step::kSenseless:
+        events_.Add(Event::Kind::kOddity).text = wire_.odd();
         return Close(transfers_.OnNoSense(wire_.complaint()));
       case ReplyReader::Step::kReply:
         TakeReply();
@@ -119,6 +120,7 @@ void ClientSession::OnAnswer(Awaited command, const ServerReply& reply, bool acc
   if (command == Awaited::kQuit) {
     return Close({accepted ? Outcome{State::kSent, ResultCode::kSuccess, reply, {}} : Refusal(command, reply)});
   }
+  if (command == Awaited::kEhlo && accepted) events_.Add(Event::Kind::kOffer).text = reply.text;
   Follow(accepted ? opening_.OnAccepted(command, reply) : opening_.OnRefused(command, reply));
 }
 

@@ -24,6 +24,23 @@ bool IsPlain(std::string_view line) {
   return line.size() <= 200 && std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
 }
 
+// The step that a command is, where it belongs to the way to a connection.
+std::optional<ConnectionStep> StepOf(Awaited reply) {
+  switch (reply) {
+    case Awaited::kEhlo:
+    case Awaited::kHelo:
+      return ConnectionStep::kHello;
+    case Awaited::kStartTls:
+      return ConnectionStep::kStartTls;
+    case Awaited::kAuth:
+      return ConnectionStep::kSignIn;
+    case Awaited::kQuit:
+      return ConnectionStep::kQuit;
+    default:
+      return {};
+  }
+}
+
 Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnectionLost, {}, std::move(reason)}; }
 
 }  // namespace
@@ -159,19 +176,31 @@ void Connection::TellProgress() {
   around_.source->Progress(made, total);
 }
 
-void Connection::TellLine(std::size_t place, std::string_view line) {
-  if (!around_.jobs.KeepLine(place, line)) around_.source->LogLine(line);
+void Connection::TellLine(const Event& event) {
+  const std::string printable = IsPlain(event.text) ? std::string() : platform::Printable(event.text);
+  const std::string_view line = printable.empty() ? std::string_view(event.text) : printable;
+  if (!around_.jobs.KeepLine(event.place, line)) around_.source->LogLine(line);
+}
+
+void Connection::TellWatch(const Event& event) {
+  if (around_.watch == nullptr) return;
+  if (event.kind == Event::Kind::kOffer) return around_.watch->Offered(event.text);
+  if (event.kind == Event::Kind::kOddity) return around_.watch->Senseless(event.text);
+  if (event.asks_for) {
+    if (const auto step = StepOf(*event.asks_for)) around_.watch->Begins(*step);
+  }
 }
 
 void Connection::TakeEvents() {
   while (const Event* event = session_.NextEvent()) {
     switch (event->kind) {
       case Event::Kind::kLogLine:
-        if (IsPlain(event->text)) {
-          TellLine(event->place, event->text);
-        } else {
-          TellLine(event->place, platform::Printable(event->text));
-        }
+        TellWatch(*event);
+        TellLine(*event);
+        break;
+      case Event::Kind::kOffer:
+      case Event::Kind::kOddity:
+        TellWatch(*event);
         break;
       case Event::Kind::kStartTls:
         StartTls();
@@ -194,12 +223,15 @@ void Connection::TakeEvents() {
 void Connection::StartTls() {
   const auto tls = around_.tls();
   if (!tls) return GiveUp(tls.error());
+  if (around_.watch != nullptr) around_.watch->Begins(ConnectionStep::kTls);
   const auto started = stream_.StartTls(**tls, host_, HandshakePatience());
+  if (around_.watch != nullptr) around_.watch->Encrypted(stream_.Facts());
   if (!started) return GiveUp(started.error());
   session_.TlsStarted();
 }
 
 Outcome Connection::Open() {
+  if (around_.watch != nullptr) around_.watch->Begins(ConnectionStep::kGreeting);
   while (!ready_ && !session_.closed()) Advance();
   if (session_.closed()) return ended_.value_or(Outcome{});
   gives_up_at_ = platform::Stop::kAbandon;

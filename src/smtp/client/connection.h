@@ -9,6 +9,7 @@
 #include "net/stream.h"
 #include "smtp/client/client_options.h"
 #include "smtp/client/client_session.h"
+#include "smtp/client/connection_watch.h"
 #include "smtp/client/job_queue.h"
 
 namespace quillcast::smtp {
@@ -22,6 +23,7 @@ struct Surroundings {
   JobQueue& jobs;
   std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
   JobSource* source = nullptr;
+  ConnectionWatch* watch = nullptr;  // null where nobody looks on
 };
 
 class Connection {
@@ -55,7 +57,8 @@ class Connection {
   void ReadAll();
   bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
-  void TellLine(std::size_t place, std::string_view line);
+  void TellLine(const Event& event);
+  void TellWatch(const Event& event);
   void StartTls();
   void TellProgress();
   void GiveUp(const Error& error);

@@ -7,6 +7,8 @@
 namespace quillcast::smtp {
 namespace {
 
+constexpr std::size_t kShownOfOdd = 200;  // octets
+
 std::size_t LimitOf(std::string_view line) {
   return line.starts_with("334") ? ReplyReader::kLongestChallenge : ReplyReader::kLongestLine;
 }
@@ -64,7 +66,7 @@ ReplyReader::Step ReplyReader::Next() {
     const std::size_t length = (end == std::string::npos ? buffer_.size() : end) - at_;
     const std::string_view line = std::string_view(buffer_).substr(at_, length);
     if (length > LimitOf(line) + 1) {
-      Complain(TooLong(line));
+      Complain(TooLong(line), line);
     } else if (end == std::string::npos) {
       scanned_ = buffer_.size();
       return Step::kNeedMore;
@@ -79,13 +81,13 @@ ReplyReader::Step ReplyReader::Next() {
 bool ReplyReader::TakeLine(std::string_view line) {
   const int code = CodeOf(line);
   if (line.size() > LimitOf(line)) {
-    Complain(TooLong(line));
+    Complain(TooLong(line), line);
   } else if (code == 0 || line.find('\0') != std::string_view::npos) {
-    Complain("its answer is no reply of SMTP");
+    Complain("its answer is no reply of SMTP", line);
   } else if (line_count_ > 0 && code != reply_.code) {
-    Complain("the lines of its reply have different codes");
+    Complain("the lines of its reply have different codes", line);
   } else if (line_count_ == kMostLines) {
-    Complain("its reply has more than 200 lines");
+    Complain("its reply has more than 200 lines", line);
   }
   if (!complaint_.empty()) return false;
 
@@ -107,6 +109,9 @@ bool ReplyReader::TakeLine(std::string_view line) {
   return last;
 }
 
-void ReplyReader::Complain(std::string why) { complaint_ = std::move(why); }
+void ReplyReader::Complain(std::string why, std::string_view line) {
+  complaint_ = std::move(why);
+  odd_ = line.substr(0, kShownOfOdd);
+}
 
 }  // namespace quillcast::smtp

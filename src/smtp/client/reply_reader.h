@@ -29,12 +29,14 @@ class ReplyReader {
   // The reply as it came, its lines each ended by "\n".
   std::string_view lines() const { return lines_; }
   const std::string& complaint() const { return complaint_; }
+  // The beginning of what it complains of.
+  const std::string& odd() const { return odd_; }
   // Whether bytes are here that belong to no reply that was given out.
   bool HasMore() const { return at_ < buffer_.size() || line_count_ > 0; }
 
  private:
   bool TakeLine(std::string_view line);  // true when it is the last one of its reply
-  void Complain(std::string why);
+  void Complain(std::string why, std::string_view line);
 
   std::string buffer_;
   std::size_t at_ = 0;       // what lies before is read
@@ -43,6 +45,7 @@ class ReplyReader {
   ServerReply reply_;
   std::string lines_;
   std::string complaint_;
+  std::string odd_;
 };
 
 }  // namespace quillcast::smtp

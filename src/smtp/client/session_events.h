@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "smtp/client/reply_meaning.h"
 #include "smtp/client/reused_queue.h"
 #include "smtp/outcome.h"
 
@@ -13,6 +15,8 @@ namespace quillcast::smtp {
 struct Event {
   enum class Kind {
     kLogLine,   // `text`: "C: ..." or "S: ...", secrets masked, not yet safe to show
+    kOffer,     // `text`: what the server can do, its reply to EHLO
+    kOddity,    // `text`: the beginning of what is no reply
     kStartTls,  // make the handshake now, then call TlsStarted or GiveUp
     kReady,     // greeted and signed in, once
     kOutcome,   // of the oldest message that has none yet
@@ -21,6 +25,7 @@ struct Event {
   Kind kind = Kind::kLogLine;
   std::string text;
   std::size_t place = 0;  // of a log line: how many messages without outcome come before the one that it belongs to
+  std::optional<Awaited> asks_for;  // of a line of the client's: the reply that it wants
   Outcome outcome;
   bool again = false;  // of a message: the server has not taken it for certain, and another connection may serve it
 };
@@ -34,6 +39,7 @@ class SessionEvents {
     event.kind = kind;
     event.text.clear();
     event.place = 0;
+    event.asks_for.reset();
     event.again = false;
     return event;
   }

@@ -5,7 +5,7 @@ namespace quillcast::smtp {
 void Wire::Send(Awaited reply, const SmtpLine& line, std::size_t place) {
   out_.append(line.text()).append("\r\n");
   Await(reply, made());
-  events_.Client(line.text(), place);
+  events_.Client(line.text(), place).asks_for = reply;
 }
 
 void Wire::SendSecret(Awaited reply, const SecretLine& line) {
@@ -13,7 +13,7 @@ void Wire::SendSecret(Awaited reply, const SecretLine& line) {
   out_.append(line.text()).append("\r\n");
   out_secret_ = true;
   Await(reply, made());
-  events_.Client(line.shown(), 0);
+  events_.Client(line.shown(), 0).asks_for = reply;
 }
 
 void Wire::Sent(std::size_t count) {

@@ -60,6 +60,7 @@ class Wire {
   ReplyReader::Step NextReply() { return reader_.Next(); }
   const ServerReply& reply() const { return reader_.reply(); }
   const std::string& complaint() const { return reader_.complaint(); }
+  const std::string& odd() const { return reader_.odd(); }
   // Whether more has come than the replies that were given out.
   bool HasMore() const { return reader_.HasMore(); }
   // The reply's lines, or `masked` in their place, are told.

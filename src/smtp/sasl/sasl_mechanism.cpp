@@ -42,13 +42,21 @@ const char* NameOf(AuthMode mode) {
   return "";
 }
 
+// The best that the server offers for a mode; nullptr when there is none.
+const Row* RowFor(AuthMode mode, const Capabilities& capabilities) {
+  for (const Row& row : kRows) {
+    if (row.mode == mode && capabilities.Offers(row.name)) return &row;
+  }
+  return nullptr;
+}
+
 }  // namespace
+
+bool CanSignIn(AuthMode mode, const Capabilities& capabilities) { return RowFor(mode, capabilities) != nullptr; }
 
 Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
                                                        const Credentials& credentials) {
-  for (const Row& row : kRows) {
-    if (row.mode == mode && capabilities.Offers(row.name)) return row.make(credentials);
-  }
+  if (const Row* row = RowFor(mode, capabilities)) return row->make(credentials);
   if (capabilities.mechanisms.empty()) {
     return Error{Failure::kUnavailable, "The server offers no way of signing in that is known here."};
   }

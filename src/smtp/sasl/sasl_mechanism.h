@@ -43,6 +43,9 @@ struct Credentials {
 Result<std::unique_ptr<SaslMechanism>> ChooseMechanism(AuthMode mode, const Capabilities& capabilities,
                                                        const Credentials& credentials);
 
+// Whether there is one.
+bool CanSignIn(AuthMode mode, const Capabilities& capabilities);
+
 // Known limit: a server that asks for more than 2,000,000 rounds of SCRAM is refused.
 std::unique_ptr<SaslMechanism> MakePlain(const Credentials& credentials);        // RFC 4616
 std::unique_ptr<SaslMechanism> MakeLogin(const Credentials& credentials);        // draft-murchison-sasl-login

@@ -68,6 +68,9 @@ inline void Listen(ClientSession& session, Told& told) {
       case Event::Kind::kClosed:
         told.closed = event->outcome;
         break;
+      case Event::Kind::kOffer:
+      case Event::Kind::kOddity:
+        break;
     }
   }
 }

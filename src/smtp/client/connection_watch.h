@@ -1,0 +1,34 @@
+// Who looks on while a connection is made, so that a person can be told where it stands.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "net/connect.h"
+#include "net/tls_facts.h"
+#include "smtp/client/client_options.h"
+
+namespace quillcast::smtp {
+
+// In the order of the way; some are left out, and kTls and kHello may come once more.
+enum class ConnectionStep { kName, kConnect, kTls, kGreeting, kHello, kStartTls, kSignIn, kQuit };
+
+// All calls come from the thread that called Client::Test. What it is told comes from outside: through
+// platform::Printable before it is shown.
+class ConnectionWatch {
+ public:
+  virtual ~ConnectionWatch() = default;
+  // The next server of the list is tried; what was told before was of another.
+  virtual void Begins(const Server& server) = 0;
+  // A step begins, and so the one before is over. The last one to begin is where it ended.
+  virtual void Begins(ConnectionStep step) = 0;
+  virtual void Tried(std::span<const net::TriedAddress> addresses) = 0;
+  // A handshake is over, well or not.
+  virtual void Encrypted(const net::TlsFacts& facts) = 0;
+  // The reply to EHLO, its lines joined by "\n": what the server can do.
+  virtual void Offered(std::string_view text) = 0;
+  // What came is no reply; its beginning.
+  virtual void Senseless(std::string_view bytes) = 0;
+};
+
+}  // namespace quillcast::smtp
