@@ -33,7 +33,7 @@ ORDER = {
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
-    "domain": "account profile charset smtp smtp/client net net/dns",
+    "domain": "account profile charset smtp smtp/sasl smtp/client net net/dns",
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run": "account message document domain domain/sender mail_file profile recipients html smtp smtp/client",

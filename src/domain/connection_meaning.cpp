@@ -1,0 +1,206 @@
+#include "domain/connection_facts.h"
+#include "domain/connection_verdict.h"
+#include "net/resolver.h"
+#include "platform/text.h"
+#include "smtp/outcome_text.h"
+
+namespace quillcast::domain {
+namespace {
+
+using enum Verdict;
+
+constexpr std::uint16_t kBetweenServers = 25;
+constexpr std::size_t kLongestList = 200;  // octets: it stands in a sentence
+
+std::string HostOf(const ConnectionTest& test) { return platform::Printable(test.server.host, 255); }
+
+std::string WaysOf(const ConnectionTest& test) { return Joined(LastOffer(test).sign_in, kLongestList); }
+
+std::string NamesOf(const ConnectionTest& test) {
+  return test.tls && test.tls->certificate ? Joined(test.tls->certificate->names, kLongestList) : std::string();
+}
+
+// What the account needs for this server, as its dialog calls it.
+Sentence Setting(const ConnectionTest& test, const char* security) {
+  const auto mode = ModeFor(LastOffer(test).known);
+  if (!mode) return Say("In the account: port {} and Security {}.", test.server.port, security);
+  return Say("In the account: port {}, Security {}, and Mode {} for signing in.", test.server.port, security, *mode);
+}
+
+Sentence Usual() { return "Providers take mail from their customers on port 587 (STARTTLS) or 465 (TLS)."; }
+
+// Port 25 says most about why.
+std::vector<Sentence> WithUsualPorts(const ConnectionTest& test, Sentence what) {
+  if (test.server.port != kBetweenServers) return {std::move(what), Usual()};
+  return {std::move(what), "Port 25 is where servers hand mail to each other.", Usual()};
+}
+
+std::vector<Sentence> OfClear(const ConnectionTest& test) {
+  const std::uint16_t port = test.server.port;
+  if (net::IsLoopbackHost(test.server.host)) {
+    return {Say("This server speaks plain text on port {}, which is no harm: it is this computer itself.", port),
+            Setting(test, "Automatic")};
+  }
+  if (test.in_clear && test.in_clear->known.starttls) {
+    return {Say("This server was spoken to in plain text on port {}, though it offers STARTTLS: a password would "
+                "travel in clear.",
+                port),
+            Setting(test, "STARTTLS")};
+  }
+  return {Say("This server speaks plain text alone on port {}: a password would travel in clear, so the account does "
+              "not sign in there.",
+              port),
+          Usual(), "Only in a network that you trust set Security to None."};
+}
+
+std::vector<Sentence> OfSuccess(const ConnectionTest& test, Verdict verdict) {
+  const std::uint16_t port = test.server.port;
+  switch (verdict) {
+    case kWantsStartTls:
+      return {Say("This server wants STARTTLS on port {} before it lets you sign in.", port),
+              Setting(test, "STARTTLS")};
+    case kStartTls:
+      return {Say("This server encrypts by STARTTLS on port {} and lets you sign in with {}.", port, WaysOf(test)),
+              "It would take a password in plain text as well; with Security STARTTLS none goes out so.",
+              Setting(test, "STARTTLS")};
+    case kTls:
+      return {Say("This server speaks TLS from the first byte on port {} and lets you sign in with {}.", port,
+                  WaysOf(test)),
+              Setting(test, "TLS")};
+    case kInClear:
+      return OfClear(test);
+    case kOpen:
+      return WithUsualPorts(test, Say("This server speaks plain text on port {} and offers no way to sign in: it takes "
+                                      "mail for its own addresses, or from its own network.",
+                                      port));
+    case kNoSignIn:
+      return WithUsualPorts(test, Say("This server encrypts on port {} and offers no way to sign in: it takes mail for "
+                                      "its own addresses, or from its own network.",
+                                      port));
+    default:
+      return {Say("This server lets people sign in with {} alone, which the account cannot do.", WaysOf(test)),
+              "Many providers have a password for programs that makes another way possible."};
+  }
+}
+
+std::vector<Sentence> OfReaching(const ConnectionTest& test, Verdict verdict) {
+  const std::string host = HostOf(test);
+  const std::uint16_t port = test.server.port;
+  switch (verdict) {
+    case kNameUnknown:
+      return {Say("No name server knows {}.", host), "Check the spelling of the server's name."};
+    case kNameTimedOut:
+      return {Say("The name servers of this computer did not answer when they were asked for {}.", host),
+              "Check that this computer is connected to the network."};
+    case kPortRefused:
+      return {Say("{} is there, and nothing listens on its port {}.", host, port), Usual()};
+    case kUnreachable:
+      return {Say("The network does not lead to {} from here.", host),
+              "Check that this computer is connected to the network."};
+    default:
+      return {Say("{} did not answer on port {}.", host, port),
+              port == kBetweenServers ? Sentence("Many networks let nobody out to port 25. Try port 587.")
+                                      : Sentence("A firewall may be in between, or the server is down.")};
+  }
+}
+
+std::vector<Sentence> OfTls(const ConnectionTest& test, Verdict verdict) {
+  const std::uint16_t port = test.server.port;
+  switch (verdict) {
+    case kSpeaksTls:
+      return {Say("This server speaks TLS from the first byte on port {}, where plain text was expected.", port),
+              "In the account set Security to TLS."};
+    case kSpeaksText:
+      return {Say("This server speaks plain text on port {}, where TLS was expected.", port),
+              "In the account set Security to STARTTLS, or take port 465."};
+    case kTlsTooOld:
+      return {"This server knows only versions of TLS older than 1.2, which are no longer safe.",
+              "Whoever runs it has to renew it."};
+    case kNoStartTls:
+      return {Say("This server does not offer STARTTLS on port {}.", port), Usual()};
+    case kStartTlsRefused:
+      return {Say("This server offers STARTTLS on port {} and then refuses it.", port),
+              "Whoever runs it has to see to that; until then try port 465 with Security TLS."};
+    default:
+      return {Say("No encrypted connection to this server comes about on port {}.", port),
+              "Check that Security fits the port: TLS for 465, STARTTLS for 587."};
+  }
+}
+
+std::vector<Sentence> OfCertificate(const ConnectionTest& test, Verdict verdict) {
+  const std::string host = HostOf(test);
+  const auto& certificate = test.tls ? test.tls->certificate : std::nullopt;
+  const Sentence renew = "Whoever runs the server has to renew it.";
+  switch (verdict) {
+    case kExpired:
+      return {Say("The certificate of {} expired on {}.", host, certificate ? DayOf(certificate->valid_to) : ""),
+              renew};
+    case kNotYetValid:
+      return {Say("The certificate of {} holds from {} on.", host, certificate ? DayOf(certificate->valid_from) : ""),
+              "Check that the clock of this computer is right."};
+    case kOtherName:
+      if (NamesOf(test).empty()) return {Say("The certificate of {} names no server.", host), renew};
+      return {Say("The certificate of {} is for another name: {}.", host, NamesOf(test)),
+              "If that is your provider's name, put it into the account as the server."};
+    case kSelfSigned:
+      return {Say("The certificate of {} is signed by itself alone, so anybody could have made it.", host),
+              "If the server is yours, add its certificate to those that this computer trusts."};
+    case kUnknownIssuer:
+      return {Say("The certificate of {} comes from an authority that this computer does not know: {}.", host,
+                  certificate ? platform::Printable(certificate->issuer, 255) : ""),
+              "If the server is yours, add that authority's certificate to those that this computer trusts; else "
+              "the server may leave out a certificate in between."};
+    default:
+      return {Say("The certificate of {} is not trusted: {}.", host,
+                  certificate ? platform::Printable(certificate->why) : ""),
+              renew};
+  }
+}
+
+std::vector<Sentence> OfConversation(const ConnectionTest& test, Verdict verdict) {
+  const std::uint16_t port = test.server.port;
+  const std::string reply = smtp::ReplyText(test.outcome.reply);
+  switch (verdict) {
+    case kPartsBadly:
+      return {"This server takes connections and does not part as it should, which does no harm to messages."};
+    case kTurnedAwayForNow:
+      return {Say("This server turns connections away for now: {}.", reply),
+              "Try later; where it stays so, ask whoever runs it."};
+    case kTurnedAway:
+      return WithUsualPorts(test, Say("This server wants no connection from here: {}.", reply));
+    case kFetchesMail:
+      return {Say("What answers on port {} is a server that mail is fetched from (POP3 or IMAP); it sends none.", port),
+              Usual()};
+    case kNoMailServer:
+      return {Say("What answers on port {} is no mail server.", port), Usual()};
+    case kHelloRefused:
+      return {Say("This server does not take the greeting of this computer: {}.", reply),
+              "Ask whoever runs it whether it serves you."};
+    case kSilent:
+      return {Say("Something takes connections on port {} and does not greet.", port),
+              "It is no mail server, it is overloaded, or a firewall is in between."};
+    case kStoppedAnswering:
+      return {"This server stopped answering in the middle of the conversation.",
+              "It is overloaded, or a firewall is in between."};
+    case kHungUp:
+      return {"This server ended the connection without a word.", "Ask whoever runs it whether it serves you."};
+    case kCancelled:
+      return {"The test was cancelled."};
+    default:
+      return {Sentence(platform::Printable(test.outcome.reason))};
+  }
+}
+
+}  // namespace
+
+std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
+  const Verdict verdict = VerdictOf(test);
+  if (verdict < kPartsBadly) return OfSuccess(test, verdict);
+  if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
+  if (verdict >= kExpired && verdict <= kNotTrusted) return OfCertificate(test, verdict);
+  const bool is_tls =
+      (verdict >= kSpeaksTls && verdict <= kTlsFailed) || verdict == kNoStartTls || verdict == kStartTlsRefused;
+  return is_tls ? OfTls(test, verdict) : OfConversation(test, verdict);
+}
+
+}  // namespace quillcast::domain

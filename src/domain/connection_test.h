@@ -1,0 +1,74 @@
+// The connection test: tries a mail server as a run would, without a message and without a password, and tells what
+// came of each step. What it means for the account is connection_verdict's.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "net/connect.h"
+#include "net/tls_facts.h"
+#include "platform/cancel.h"
+#include "platform/clock.h"
+#include "platform/complaint.h"
+#include "platform/result.h"
+#include "smtp/capabilities.h"
+#include "smtp/client/client_options.h"
+#include "smtp/client/connection_watch.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::domain {
+
+enum class TestControl { kServer, kPort };
+using TestComplaint = Complaint<TestControl>;
+
+// What is wrong first with the server and port that a person names. A port that is none has no message of its own.
+std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view port);
+
+// The connection that they describe, as the account reads them: several servers are parted by semicolons.
+// `security` is one of the account's choices. Each step may take `patience`.
+Result<smtp::ClientOptions> TestOptions(std::string_view server, std::string_view port, std::string_view security,
+                                        std::chrono::seconds patience = std::chrono::seconds(30));
+
+// What a server says it can do, on one side of TLS. Texts are safe to show.
+struct Offer {
+  smtp::Capabilities known = {};
+  std::vector<std::string> extensions = {};  // as the server writes them, "SIZE 1000"; without those of signing in
+  std::vector<std::string> sign_in = {};     // 50 mechanisms at most, whether known here or not
+};
+
+struct StepTime {
+  smtp::ConnectionStep step;
+  platform::Duration took;
+};
+
+struct ConnectionTest {
+  smtp::Outcome outcome;
+  // The text of the result's code where it is a failure, then the conversation, each line ended by CRLF: 1,000 lines of
+  // it at most. Secrets are masked, and all is safe to show.
+  std::string report;
+
+  // Of the last server that was tried.
+  smtp::Server server;
+  smtp::Security security = smtp::Security::kAutomatic;
+  std::vector<StepTime> steps;  // where the outcome is a failure, the last one is where
+  std::vector<net::TriedAddress> addresses;
+  std::optional<net::TlsFacts> tls;
+  std::optional<Offer> in_clear;
+  std::optional<Offer> under_tls;
+  std::string odd;          // the beginning of what is no reply, safe to show
+  bool speaks_tls = false;  // it said nothing in clear, and then took a handshake
+
+  bool Works() const { return outcome.code == smtp::ResultCode::kSuccess; }
+  std::optional<smtp::ConnectionStep> last_step() const {
+    return steps.empty() ? std::nullopt : std::optional(steps.back().step);
+  }
+};
+
+// Ends within a quarter of a second of a cancel, with kCancelled in the outcome. A server that says nothing at all is
+// tried once more under TLS, 10 seconds at most.
+ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
+                              const platform::CancelToken& cancel);
+
+}  // namespace quillcast::domain

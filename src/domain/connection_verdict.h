@@ -1,0 +1,66 @@
+// What a connection test means for the account: one verdict, and the plain words for it.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "domain/connection_test.h"
+#include "platform/sentence.h"
+
+namespace quillcast::domain {
+
+enum class Verdict {
+  // It works:
+  kWantsStartTls,  // signing in is offered behind STARTTLS alone
+  kStartTls,
+  kTls,  // from the first byte
+  kInClear,
+  kOpen,           // in clear, and without signing in
+  kNoSignIn,       // encrypted, and without signing in
+  kUnknownSignIn,  // none of the ways is known here
+  kPartsBadly,     // it fails at QUIT
+  // It does not:
+  kNameUnknown,
+  kNameTimedOut,
+  kPortRefused,
+  kUnreachable,
+  kConnectTimedOut,
+  kSpeaksTls,   // where text was expected
+  kSpeaksText,  // where TLS was expected
+  kTlsTooOld,
+  kTlsFailed,
+  kExpired,
+  kNotYetValid,
+  kOtherName,
+  kSelfSigned,
+  kUnknownIssuer,
+  kNotTrusted,
+  kNoStartTls,
+  kStartTlsRefused,
+  kTurnedAwayForNow,
+  kTurnedAway,
+  kFetchesMail,  // POP3 or IMAP
+  kNoMailServer,
+  kHelloRefused,
+  kSilent,
+  kStoppedAnswering,
+  kHungUp,
+  kCancelled,
+  kOther,
+};
+
+Verdict VerdictOf(const ConnectionTest& test);
+
+// The offer that signing in would go by: that under TLS where there was one.
+const Offer& LastOffer(const ConnectionTest& test);
+// The account's way of signing in that serves an offer; nothing where none does.
+std::optional<std::string_view> ModeFor(const smtp::Capabilities& offered);
+
+// "wants-starttls": for programs, and never changed.
+std::string_view Name(Verdict verdict);
+
+// What it means, and what to set in the account or to look at next; in connection_meaning.cpp.
+std::vector<Sentence> MeaningOf(const ConnectionTest& test);
+
+}  // namespace quillcast::domain

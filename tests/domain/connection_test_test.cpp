@@ -1,0 +1,419 @@
+// The connection test against servers of every kind: what each means for the account, and what is written down of it.
+#include "domain/connection_test.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "domain/connection_facts.h"
+#include "domain/connection_verdict.h"
+#include "platform/text.h"
+#include "smtp/certificates.h"
+#include "smtp/scripted_server.h"
+#include "support/memory.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::domain {
+namespace {
+
+using namespace std::chrono_literals;
+using smtp::Certificate;
+using smtp::kHour;
+using smtp::Peer;
+using testing::HasSubstr;
+
+enum class Then { kGoesOn, kHangsUp, kStalls, kDrips, kFloods };
+
+// What a server says where. `greeting` may be anything; what follows it is `then`.
+struct Script {
+  bool tls_at_once = false;
+  std::string greeting = "220 mx ESMTP\r\n";
+  Then then = Then::kGoesOn;
+  std::string clear = "250-mx\r\n250-PIPELINING\r\n250 AUTH LOGIN PLAIN\r\n";  // to EHLO; empty: it stalls there
+  std::string starttls = "220 go\r\n";
+  std::string secure = "250-mx\r\n250-SIZE 1000\r\n250 AUTH LOGIN PLAIN\r\n";
+  std::string quit = "221 bye\r\n";
+};
+
+constexpr const char* kOffersTls = "250-mx\r\n250 STARTTLS\r\n";
+constexpr const char* kOffersBoth = "250-mx\r\n250-AUTH LOGIN\r\n250 STARTTLS\r\n";
+
+void Drip(Peer& peer, const std::string& text) {
+  for (int turn = 0; turn < 200 && peer.Say(text); ++turn) std::this_thread::sleep_for(20ms);
+}
+
+void Flood(Peer& peer, const std::string& text) {
+  constexpr std::size_t kBlock = std::size_t{64} * 1024;
+  constexpr int kBlocks = 1600;  // 100 MiB
+  std::string block;
+  while (block.size() < kBlock) block += text;
+  for (int n = 0; n < kBlocks && peer.Say(block); ++n) {
+  }
+}
+
+void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
+  if (script.tls_at_once && !peer.StartTls(context)) return peer.Stall();
+  bool secure = script.tls_at_once;
+  switch (script.then) {
+    case Then::kDrips:
+      return Drip(peer, script.greeting);
+    case Then::kFloods:
+      return Flood(peer, script.greeting);
+    default:
+      break;
+  }
+  if (!script.greeting.empty()) peer.Say(script.greeting);
+  if (script.then == Then::kStalls) return peer.Stall();
+  if (script.then == Then::kHangsUp) return;
+  for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
+    if (line.starts_with("EHLO") || line.starts_with("HELO")) {
+      const std::string& reply = secure ? script.secure : script.clear;
+      if (reply.empty()) return peer.Stall();
+      peer.Say(reply);
+    } else if (line == "STARTTLS") {
+      peer.Say(script.starttls);
+      if (!script.starttls.starts_with("220")) continue;
+      if (!peer.StartTls(context)) return peer.Stall();
+      secure = true;
+    } else {
+      peer.Say(line == "QUIT" ? script.quit : "500 what\r\n");
+      if (line == "QUIT") return;
+    }
+  }
+}
+
+class ConnectionTests : public testing::Test {
+ protected:
+  ConnectionTests() : ca_(smtp::Make("Test Authority", "", nullptr, -kHour, kHour)) {
+    std::FILE* file = std::fopen(CaFile().c_str(), "w");
+    PEM_write_X509(file, ca_.certificate);
+    std::fclose(file);
+  }
+  ~ConnectionTests() override { smtp::Free(ca_); }
+
+  std::string CaFile() const { return folder_ / "ca.pem"; }
+
+  // Tries a server that follows the script, with a certificate that is good but for what is changed.
+  ConnectionTest Try(const Script& script, const char* security, const char* host, const Certificate& certificate,
+                     int newest = 0) {
+    const auto context = smtp::ServerContext(certificate);
+    if (newest != 0) SSL_CTX_set_security_level(context.get(), 0);
+    if (newest != 0) SSL_CTX_set_min_proto_version(context.get(), newest);
+    if (newest != 0) SSL_CTX_set_max_proto_version(context.get(), newest);
+    const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, script, context.get()); });
+    port = server.port();
+    return TryPort(host, security, server.port());
+  }
+  ConnectionTest Try(const Script& script, const char* security, const char* host = "localhost") {
+    const Certificate good = smtp::Make("mx", "DNS:localhost,IP:127.0.0.1", &ca_, -kHour, kHour);
+    auto test = Try(script, security, host, good);
+    smtp::Free(good);
+    return test;
+  }
+  ConnectionTest TryPort(const char* host, const char* security, std::uint16_t at) {
+    auto options = *TestOptions(host, std::to_string(at), security, 1s);
+    options.ca_file = CaFile();
+    return TestConnection(options, clock_, cancel_);
+  }
+
+  std::string Words(const ConnectionTest& test) const {
+    std::string words;
+    for (const auto& sentence : MeaningOf(test)) words += sentence.InEnglish() + " ";
+    return platform::ReplaceAll(words, std::to_string(port), "N");
+  }
+
+  test::TemporaryFolder folder_;
+  platform::SystemClock clock_;
+  platform::CancelToken cancel_;
+  Certificate ca_;
+  std::uint16_t port = 0;
+};
+
+void ExpectPrintable(const std::string& text) { EXPECT_EQ(text, platform::Printable(text, text.size())); }
+
+// Nothing of it could do harm to a terminal, and all of it is short enough to be read.
+void ExpectHarmless(const ConnectionTest& test) {
+  for (const auto line : platform::Split(test.report, '\n')) {
+    ExpectPrintable(std::string(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line));
+  }
+  for (const auto& sentence : MeaningOf(test)) ExpectPrintable(sentence.InEnglish());
+  for (const auto& fact : FactsOf(test)) ExpectPrintable(fact.value.InEnglish());
+  EXPECT_LT(test.report.size(), 2U << 20);
+}
+
+TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
+  struct Case {
+    const char* verdict;
+    Script script;
+    const char* security;
+    int code;
+    const char* words;
+    const char* host = "localhost";
+  };
+  const std::string escape =
+      "220 \x1B[2J\x1B]0;x\x07 \xC2\x9B"
+      "1m\r\n";
+  for (const Case& c : std::initializer_list<Case>{
+           {"wants-starttls",
+            {.clear = kOffersTls},
+            "Automatic",
+            0,
+            "This server wants STARTTLS on port N before it lets you sign in. In the account: port N, Security "
+            "STARTTLS, "
+            "and Mode AUTH LOGIN for signing in. "},
+           {"wants-starttls", {.clear = kOffersTls}, "None", 0, "This server wants STARTTLS on port N before"},
+           {"starttls",
+            {.clear = kOffersBoth},
+            "STARTTLS",
+            0,
+            "encrypts by STARTTLS on port N and lets you sign in with LOGIN, PLAIN."},
+           {"tls", {.tls_at_once = true}, "TLS", 0, "speaks TLS from the first byte on port N"},
+           {"in-clear", {}, "Automatic", 0, "which is no harm: it is this computer itself."},
+           {"in-clear",
+            {},
+            "Automatic",
+            0,
+            "speaks plain text alone on port N: a password would travel in clear",
+            "0.0.0.0"},
+           {"in-clear", {.clear = kOffersBoth}, "None", 0, "though it offers STARTTLS: a password would", "0.0.0.0"},
+           {"no-sign-in-in-clear", {.clear = "250 mx\r\n"}, "Automatic", 0, "offers no way to sign in"},
+           {"no-sign-in",
+            {.clear = kOffersTls, .secure = "250 mx\r\n"},
+            "Automatic",
+            0,
+            "encrypts on port N and offers no way"},
+           {"unknown-sign-in",
+            {.clear = "250-mx\r\n250 AUTH GSSAPI XFOO\r\n"},
+            "Automatic",
+            0,
+            "with GSSAPI, XFOO alone"},
+           {"parts-badly", {.quit = "550 stay\r\n"}, "Automatic", 6, "does not part as it should"},
+           {"speaks-tls",
+            {.tls_at_once = true},
+            "None",
+            27,
+            "speaks TLS from the first byte on port N, where plain text was expected. In the account set Security to "
+            "TLS."},
+           {"speaks-text", {}, "TLS", 5, "speaks plain text on port N, where TLS was expected."},
+           {"no-starttls", {}, "STARTTLS", 5, "does not offer STARTTLS on port N."},
+           {"starttls-refused",
+            {.clear = kOffersTls, .starttls = "454 4.7.0 no\r\n"},
+            "Automatic",
+            5,
+            "and then refuses it."},
+           {"turned-away-for-now", {.greeting = "421 4.3.2 busy\r\n"}, "Automatic", 5, "for now: 421 4.3.2 busy."},
+           {"turned-away-for-now", {.clear = "421 busy\r\n"}, "Automatic", 5, "for now: 421 busy."},
+           {"turned-away",
+            {.greeting = "554 5.7.1 not you\r\n"},
+            "Automatic",
+            5,
+            "wants no connection from here: 554 5.7.1 not you."},
+           {"fetches-mail", {.greeting = "+OK POP3 ready\r\n"}, "Automatic", 18, "mail is fetched from"},
+           {"fetches-mail", {.greeting = "* OK IMAP4rev1 ready\r\n"}, "Automatic", 18, "mail is fetched from"},
+           {"no-mail-server", {.greeting = "SSH-2.0-Server\r\n"}, "Automatic", 18, "on port N is no mail server."},
+           {"no-mail-server", {.greeting = "250 ok\r\n"}, "Automatic", 18, "on port N is no mail server."},
+           {"no-mail-server",
+            {.greeting = "220-more\r\n", .then = Then::kFloods},
+            "Automatic",
+            18,
+            "is no mail server."},
+           {"no-mail-server", {.greeting = "x", .then = Then::kFloods}, "Automatic", 18, "is no mail server."},
+           {"no-mail-server",
+            {.clear = std::string("250-a\x1B[2J\r\nb\x07\r\n")},
+            "Automatic",
+            18,
+            "is no mail server."},
+           {"hello-refused", {.clear = "550 go away\r\n"}, "Automatic", 5, "greeting of this computer: 550 go away."},
+           {"silent", {.greeting = "", .then = Then::kStalls}, "Automatic", 27, "and does not greet."},
+           {"silent", {.greeting = "", .then = Then::kStalls}, "TLS", 27, "and does not greet."},
+           {"silent", {.greeting = "2", .then = Then::kDrips}, "Automatic", 27, "and does not greet."},
+           {"stopped-answering", {.clear = ""}, "Automatic", 27, "stopped answering"},
+           {"hung-up",
+            {.greeting = "", .then = Then::kHangsUp},
+            "Automatic",
+            16,
+            "ended the connection without a word."},
+           {"unknown-sign-in",
+            {.greeting = escape, .clear = "250-mx\r\n250-X\x1B[2J\r\n250 AUTH LOGIN\x1B[1m\r\n"},
+            "Automatic",
+            0,
+            "with LOGIN?[1m alone"},
+       }) {
+    SCOPED_TRACE(std::string(c.verdict) + " " + c.security + " " + c.script.greeting.substr(0, 20));
+    const auto test = Try(c.script, c.security, c.host);
+    EXPECT_EQ(Name(VerdictOf(test)), c.verdict) << test.outcome.reason << test.report;
+    EXPECT_THAT(Words(test), HasSubstr(c.words));
+    EXPECT_EQ(static_cast<int>(test.outcome.code), c.code);
+    EXPECT_EQ(test.report.starts_with("Error " + std::to_string(c.code) + ":"), c.code != 0) << test.report;
+    ExpectHarmless(test);
+  }
+}
+
+TEST_F(ConnectionTests, KeepsNoMoreOfAnOfferThanIsRead) {
+  std::string reply;
+  for (int line = 0; line < 190; ++line) {
+    reply += "250-AUTH";
+    for (int way = 0; way < 400; ++way) reply += " W" + std::to_string(line * 400 + way);
+    reply += "\r\n";
+  }
+  const auto test = Try({.clear = reply + "250 X" + std::string(3000, 'x') + "\r\n"}, "Automatic");
+  EXPECT_TRUE(test.Works()) << test.outcome.reason;
+  ASSERT_TRUE(test.in_clear);
+  EXPECT_EQ(test.in_clear->sign_in.size(), 50U);
+  EXPECT_LT(test.in_clear->extensions.front().size(), 210U);
+  EXPECT_LT(Words(test).size(), 500U);
+  ExpectHarmless(test);
+}
+
+TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
+  struct Case {
+    const char* verdict;
+    const char* name;
+    bool signed_by_ca;
+    long from;
+    long to;
+    int newest;
+    const char* words;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"certificate-expired", "DNS:localhost", true, -48 * kHour, -24 * kHour, 0,
+            "The certificate of localhost expired on 2"},
+           {"certificate-not-yet-valid", "DNS:localhost", true, 24 * kHour, 48 * kHour, 0, "holds from 2"},
+           {"certificate-other-name", "DNS:mx.example,IP:::1", true, -kHour, kHour, 0,
+            "is for another name: mx.example, ::1."},
+           {"certificate-other-name", "", true, -kHour, kHour, 0, "names no server."},
+           {"certificate-self-signed", "DNS:localhost", false, -kHour, kHour, 0, "signed by itself alone"},
+           {"tls-too-old", "DNS:localhost", true, -kHour, kHour, TLS1_1_VERSION, "older than 1.2"}}) {
+    for (const bool at_once : {false, true}) {
+      SCOPED_TRACE(std::string(c.verdict) + (at_once ? " at once" : " by STARTTLS"));
+      const Certificate shown = smtp::Make("mx\x1B[2J", c.name, c.signed_by_ca ? &ca_ : nullptr, c.from, c.to);
+      const Script script{.tls_at_once = at_once, .clear = kOffersTls};
+      const auto test = Try(script, at_once ? "TLS" : "Automatic", "localhost", shown, c.newest);
+      EXPECT_EQ(Name(VerdictOf(test)), c.verdict) << test.outcome.reason;
+      EXPECT_THAT(Words(test), HasSubstr(c.words));
+      EXPECT_EQ(test.report.find("Error 5: "), 0U);
+      EXPECT_EQ(test.tls.has_value() && test.tls->certificate.has_value(), c.newest == 0);
+      ExpectHarmless(test);
+      smtp::Free(shown);
+    }
+  }
+  const Certificate other = smtp::Make("Stranger", "", nullptr, -kHour, kHour);
+  const Certificate shown = smtp::Make("mx", "DNS:localhost", &other, -kHour, kHour);
+  const auto test = Try({.tls_at_once = true}, "TLS", "localhost", shown);
+  EXPECT_EQ(Name(VerdictOf(test)), "certificate-unknown-issuer");
+  EXPECT_THAT(Words(test), HasSubstr("that this computer does not know: Stranger."));
+  smtp::Free(shown);
+  smtp::Free(other);
+}
+
+// Where no server is reached; those that would take a network of our own to come about are made up.
+TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
+  const auto made_up = [](smtp::ResultCode code, int error) {
+    ConnectionTest test;
+    test.server = {"mx.example", 25};
+    test.outcome.code = code;
+    test.addresses = {{*net::FromSystem(net::ToSystem({*net::ParseIpAddress("192.0.2.1"), 25}).get()), false, error}};
+    return test;
+  };
+  const std::uint16_t closed = [] { return smtp::ScriptedServer([](Peer&, int) {}).port(); }();
+  const auto unknown = TryPort("a..b", "Automatic", 25);
+  const auto refused = TryPort("localhost", "Automatic", closed);
+  EXPECT_EQ(static_cast<int>(unknown.outcome.code), 17);
+  EXPECT_EQ(static_cast<int>(refused.outcome.code), 9);
+  EXPECT_EQ(refused.report, "Error 9: There was an error connecting to the SMTP mail server.\r\n");
+  ASSERT_EQ(refused.addresses.size(), 2U);  // both were tried
+  using enum smtp::ResultCode;
+  for (const auto& [test, verdict, words] : std::vector<std::tuple<ConnectionTest, const char*, const char*>>{
+           {unknown, "name-unknown", "No name server knows a..b. "},
+           {refused, "port-refused", "localhost is there, and nothing listens on its port "},
+           {made_up(kResolveTimeout, 0), "name-timed-out", "did not answer when they were asked for mx.example."},
+           {made_up(kConnectFailed, EHOSTUNREACH), "unreachable", "The network does not lead to mx.example from here."},
+           {made_up(kConnectTimeout, 0), "connect-timed-out",
+            "mx.example did not answer on port 25. Many networks let nobody out to port 25. Try port 587."}}) {
+    EXPECT_EQ(Name(VerdictOf(test)), verdict);
+    EXPECT_THAT(Words(test), HasSubstr(words));
+  }
+}
+
+std::string Listed(const ConnectionTest& test) {
+  std::string lines;
+  for (const auto& fact : FactsOf(test)) {
+    const std::string value = fact.value.InEnglish();
+    lines += fact.what.InEnglish() + ": " + (value.ends_with(" ms") ? "a while" : value) + "\n";
+  }
+  return lines;
+}
+
+TEST_F(ConnectionTests, WritesDownEachStep) {
+  const auto test = Try({.clear = kOffersTls}, "Automatic", "127.0.0.1");
+  EXPECT_EQ(test.report,
+            "S: 220 mx ESMTP\r\nC: EHLO [127.0.0.1]\r\nS: 250-mx\r\nS: 250 STARTTLS\r\nC: STARTTLS\r\nS: 220 go\r\n"
+            "C: EHLO [127.0.0.1]\r\nS: 250-mx\r\nS: 250-SIZE 1000\r\nS: 250 AUTH LOGIN PLAIN\r\nC: QUIT\r\n"
+            "S: 221 bye\r\n");
+  ASSERT_TRUE(test.tls && test.tls->certificate);
+  const auto day = [](std::chrono::system_clock::time_point moment) {
+    return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(moment.time_since_epoch()).count());
+  };
+  const auto now = clock_.Now();
+  EXPECT_LT(test.tls->certificate->valid_from, now - std::chrono::minutes(59)) << day(now);
+  EXPECT_GT(test.tls->certificate->valid_to, now + std::chrono::minutes(59)) << day(now);
+  EXPECT_THAT(
+      Listed(test),
+      testing::MatchesRegex(
+          "Finding the address: a while\nConnecting: a while\nWaiting for the greeting: a while\nSaying EHLO: a while\n"
+          "Asking for STARTTLS: a while\nEncrypting .TLS.: a while\nSaying EHLO: a while\nParting .QUIT.: a while\n"
+          "Address: 127.0.0.1:[0-9]+: connected\nEncryption: TLSv1.3, TLS_[A-Z0-9_]+\n"
+          "Certificate for: localhost, 127.0.0.1\nIts name: mx\nIssued by: Test Authority\n"
+          "Valid: [0-9-]+ to [0-9-]+\nTrusted: yes\nSigning in: LOGIN, PLAIN\nExtensions: SIZE 1000\n"
+          "Signing in before TLS: not offered\nExtensions before TLS: STARTTLS\n"));
+  const auto cut = Try({.clear = ""}, "Automatic");
+  EXPECT_THAT(Listed(cut), HasSubstr(" ms; it ended here\nAddress: "));
+}
+
+// Each place where a server may be waited for, the second try under TLS among them.
+TEST_F(ConnectionTests, EndsWithinASecondOfACancel) {
+  for (const Script& script : std::initializer_list<Script>{{.greeting = "", .then = Then::kStalls}, {.clear = ""}}) {
+    const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, script, nullptr); });
+    platform::CancelToken cancel;
+    std::atomic<platform::Instant> asked;
+    std::thread person([&] {
+      std::this_thread::sleep_for(300ms);
+      asked = clock_.Monotonic();
+      cancel.Request();
+    });
+    const auto test = TestConnection(*TestOptions("127.0.0.1", std::to_string(server.port()), "None"), clock_, cancel);
+    person.join();
+    EXPECT_LT(clock_.Monotonic() - asked.load(), 1s);
+    EXPECT_EQ(test.report.find("Error 20: The operation cancelled."), 0U);
+    EXPECT_EQ(Name(VerdictOf(test)), "cancelled");
+  }
+}
+
+TEST(ConnectionTestInput, IsCheckedInOrder) {
+  struct Case {
+    const char* server;
+    const char* port;
+    const char* message;
+    const char* reason;
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{"", "", "Please enter your mail server.", ""},
+                                   {"", "x", "Please enter your mail server.", ""},
+                                   {"mx.example", "", "Please enter your port.", ""},
+                                   {"mx.example", "0", "", "\"0\" is no port of a mail server."},
+                                   {"mx.example", "70000", "", "\"70000\" is no port of a mail server."},
+                                   {"mx.example", "smtp", "", "\"smtp\" is no port of a mail server."},
+                                   {" ; ", "25", "", "That is no name of a server."}}) {
+    const auto complaint = CheckTest(c.server, c.port);
+    ASSERT_TRUE(complaint) << c.server << c.port;
+    EXPECT_EQ(complaint->message, c.message);
+    EXPECT_EQ(complaint->reason.InEnglish(), c.reason);
+  }
+  EXPECT_FALSE(CheckTest("mx.example", "25"));
+  EXPECT_FALSE(CheckTest("[::1]:2525; mx.example", "65535"));
+}
+
+}  // namespace
+}  // namespace quillcast::domain
