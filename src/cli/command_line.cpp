@@ -87,6 +87,7 @@ void AddCommands(CLI::App& app, Context& context) {
   AddSendCommand(app, context);
   AddHistoryCommand(app, context);
   AddMessageCommand(app, context);
+  AddServerCommand(app, context);
   AddMailboxCommand(app, context);
 }
 

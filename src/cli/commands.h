@@ -20,6 +20,7 @@ void AddPropertiesCommand(CLI::App& app, Context& context);
 void AddSendCommand(CLI::App& app, Context& context);
 void AddHistoryCommand(CLI::App& app, Context& context);
 void AddMessageCommand(CLI::App& app, Context& context);
+void AddServerCommand(CLI::App& app, Context& context);
 void AddMailboxCommand(CLI::App& app, Context& context);
 void AddDemoCommand(CLI::App& app, Context& context);
 
