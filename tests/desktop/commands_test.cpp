@@ -141,7 +141,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kExtraForm2, {55}, "ExtraForm2"},
     {kExtraForm3, {56}, "ExtraForm3"},
     {kExtraForm4, {57}, "ExtraForm4"},
-    {kExtraForm5, {58}, "says: Test a Server: this version does not have that yet."},
+    {kExtraForm5, {58}, "ExtraForm5 | ask: Are you sure you want to cancel the process?"},
     {kHelpTopics, {59}, "opens: HelpForm"},
     {kTutorial, {60}, kNotBuilt},
     {kTips, {61}, "TipsForm"},
@@ -273,6 +273,7 @@ class CommandsTest : public QObject {
       const QString expected = QString(row.effect).replace("%1", NameOf(command));
       const auto by = [&](const QString& way, const std::function<void()>& run) {
         Put(scene, row.given);
+        if (row.id == kExtraForm5) scene.rig.prompts.answers = {platform::Answer::kYes};  // it asks before it closes
         const QString effect = EffectOf(scene, run);
         QVERIFY2(effect == expected, qPrintable(NameOf(command) + ", by " + way + ": " + effect));
       };

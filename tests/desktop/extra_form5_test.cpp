@@ -1,15 +1,22 @@
 // The connection test's window, and the box of a report with its Save and Print.
+#include "desktop/domain/extra_form5.h"
+
+#include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 #include <QVBoxLayout>
+#include <atomic>
+#include <thread>
 
 #include "desktop/domain/report_box.h"
 #include "desktop/form_rig.h"
 #include "desktop/widgets/status_line.h"
+#include "smtp/scripted_server.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -48,6 +55,39 @@ struct ReportScene {
     QTest::mouseClick(report->print_button(), Qt::LeftButton);
     if (!QTest::qWaitFor([&] { return status->text() != "Printing…"; })) return "still printing";
     return rig.Shown();
+  }
+};
+
+constexpr const char* kQuestion = "ask: Are you sure you want to cancel the process?";
+
+struct TestScene {
+  test::FormRig rig;
+  ExtraForm5 form{rig.program, nullptr};
+
+  TestScene() {
+    form.show();
+    if (!QTest::qWaitForWindowActive(&form)) qFatal("The form did not open.");
+  }
+  template <typename Widget = QWidget>
+  Widget& Find(const char* name) const {
+    return *form.findChild<Widget*>(name);
+  }
+  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
+  void Type(const char* name, const QString& text) const {
+    Find<QLineEdit>(name).clear();
+    QTest::keyClicks(&Find<QLineEdit>(name), text);
+  }
+  QString Report() const { return Find<QPlainTextEdit>("Report").toPlainText(); }
+  QString Text(const char* label) const { return Find<QLabel>(label).text(); }
+  QString Focus() const { return form.focusWidget() != nullptr ? form.focusWidget()->objectName() : "nothing"; }
+  // Of the given controls, those that cannot be used.
+  QString Disabled() const {
+    QStringList names;
+    for (const char* name : {"Report", "Label1", "ServerTextBox", "Label2", "PortTextBox", "ProcessButton",
+                             "SaveButton", "PrintButton", "CancelButton"}) {
+      if (!Find(name).isEnabled()) names << name;
+    }
+    return names.join(' ');
   }
 };
 
@@ -98,6 +138,89 @@ class ExtraForm5Test : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kYes};
     QCOMPARE(scene.Print(), question);  // no box tells of the failure
     QVERIFY2(scene.status->text().contains("/nowhere"), qPrintable(scene.status->text()));
+  }
+
+  void checksInOrder() {
+    TestScene scene;
+    QCOMPARE(scene.Focus(), "ServerTextBox");
+    const auto complains = [&](const QString& server, const QString& port, const char* box, const char* warning,
+                               const QString& status) {
+      scene.Type("ServerTextBox", server);
+      scene.Type("PortTextBox", port);
+      scene.Press("ProcessButton");
+      QCOMPARE(scene.rig.Shown(), warning);
+      QCOMPARE(scene.Focus(), box);
+      QCOMPARE(scene.Text("StatusLine"), status);
+    };
+    complains("", "", "ServerTextBox", "warn: Please enter your mail server.", "");
+    complains("localhost", "", "PortTextBox", "warn: Please enter your port.", "");
+    complains("localhost", "smtp", "PortTextBox", "warn: Please enter your port.", "");  // digits alone pass
+    complains("localhost", "70000", "PortTextBox", "", "\"70000\" is no port of a mail server.");
+    QCOMPARE(scene.Report(), "");
+  }
+
+  // By keys alone, from the empty boxes to the end.
+  void triesAServer() {
+    TestScene scene;
+    std::atomic<bool> go = false;
+    const smtp::ScriptedServer server([&](smtp::Peer& peer, int) {
+      while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      peer.Say("220 mx \x1B[2J ESMTP\r\n");
+      for (std::string line = peer.Line(); !line.empty(); line = peer.Line())
+        peer.Say(line == "QUIT" ? "221 bye\r\n" : "250-mx\r\n250 AUTH PLAIN\r\n");
+    });
+    QTest::keyClicks(scene.form.focusWidget(), "127.0.0.1");
+    QTest::keyClick(scene.form.focusWidget(), Qt::Key_Tab);
+    QTest::keyClicks(scene.form.focusWidget(), QString::number(server.port()));
+    QTest::keyClick(scene.form.focusWidget(), Qt::Key_Return);
+    QCOMPARE(scene.Disabled(), "Report Label1 ServerTextBox Label2 PortTextBox ProcessButton SaveButton PrintButton");
+    QCOMPARE(scene.Focus(), "CancelButton");
+    QCOMPARE(scene.Report(), "");
+    go = true;
+    QTRY_COMPARE(scene.Disabled(), "");
+    QCOMPARE(scene.Focus(), "ProcessButton");
+    QCOMPARE(scene.Report(),
+             "S: 220 mx ?[2J ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 AUTH PLAIN\nC: QUIT\nS: 221 bye\n");
+    QVERIFY2(scene.Text("MeaningLabel").contains("no harm"), qPrintable(scene.Text("MeaningLabel")));
+    const auto facts = test::RowsOf(scene.form, "FactsList");
+    QVERIFY2(facts.contains("Waiting for the greeting") && facts.contains("Signing in"), qPrintable(facts.join('|')));
+    QCOMPARE(scene.rig.Shown(), "");
+    QStringList order;
+    for (int turn = 0; turn < 9; ++turn, QTest::keyClick(scene.form.focusWidget(), Qt::Key_Tab)) order << scene.Focus();
+    QCOMPARE(order.join(' '),
+             "ProcessButton CancelButton ServerTextBox PortTextBox Report FactsList SaveButton PrintButton "
+             "ProcessButton");
+  }
+
+  void tellsAFailureInTheReport() {
+    TestScene scene;
+    scene.Type("ServerTextBox", "127.0.0.1");
+    scene.Type("PortTextBox", "1");
+    scene.Press("ProcessButton");
+    QTRY_COMPARE(scene.Disabled(), "");
+    QCOMPARE(scene.Report(), "Error 9: There was an error connecting to the SMTP mail server.\n");
+    QVERIFY(scene.Text("MeaningLabel").contains("nothing listens on its port 1"));
+    QCOMPARE(scene.rig.Shown(), "");  // no box
+  }
+
+  // Whether something runs or not.
+  void asksBeforeItCloses() {
+    TestScene scene;
+    scene.Press("CancelButton");
+    QCOMPARE(scene.rig.Shown(), kQuestion);
+    QVERIFY(scene.form.isVisible());
+    const smtp::ScriptedServer server([](smtp::Peer& peer, int) { peer.Stall(); });
+    scene.Type("ServerTextBox", "127.0.0.1");
+    scene.Type("PortTextBox", QString::number(server.port()));
+    scene.Press("ProcessButton");
+    scene.Press("CancelButton");
+    QVERIFY(scene.form.isVisible() && !scene.Find("ProcessButton").isEnabled());
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QElapsedTimer timer;
+    timer.start();
+    QTest::keyClick(&scene.form, Qt::Key_Escape);
+    QVERIFY(!scene.form.isVisible() && timer.elapsed() < 1000);
+    QCOMPARE(scene.rig.Shown(), QString(kQuestion) + " | " + kQuestion);
   }
 };
 

@@ -41,6 +41,7 @@
 #include "desktop/document/table_form.h"
 #include "desktop/document/template_form.h"
 #include "desktop/document/template_name_form.h"
+#include "desktop/domain/extra_form5.h"
 #include "desktop/form_rig.h"
 #include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
@@ -290,6 +291,18 @@ class ScreensTest : public QObject {
       QVERIFY2(!line->visibleRegion().isEmpty(), qPrintable(name + " scrolls its answer away"));
       line->setText(said);
     }
+  }
+
+  // The connection test with nothing yet, and with a server that nothing listens at.
+  void TakeServerTest(test::FormRig& rig) {
+    ExtraForm5 nothing_yet(rig.program, nullptr);
+    Take(nothing_yet, "server-test-empty");
+    ExtraForm5 refused(rig.program, nullptr);
+    refused.findChild<QLineEdit*>("ServerTextBox")->setText("127.0.0.1");
+    refused.findChild<QLineEdit*>("PortTextBox")->setText("1");
+    refused.findChild<QPushButton*>("ProcessButton")->click();
+    QTRY_VERIFY(refused.findChild<QPushButton*>("ProcessButton")->isEnabled());
+    Take(refused, "server-test");
   }
 
   // The windows that ask for what goes into the message.
@@ -584,6 +597,7 @@ class ScreensTest : public QObject {
     Take(list_to_file, "export");
     ExtraForm4 extract(rig.program, nullptr);
     Take(extract, "extract");
+    TakeServerTest(rig);
     RecipientImportForm nothing_yet(rig.program, "Customers", nullptr);
     Take(nothing_yet, "import-empty");
     RecipientImportForm file_to_list(rig.program, "Customers", nullptr);

@@ -35,6 +35,7 @@ ReportBox::ReportBox(const char* name, const QString& accessible_name, const QSt
   setAccessibleName(accessible_name);
   setLayoutDirection(Qt::LeftToRight);
   setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  empty_->setFont(parent->font());
   setReadOnly(true);
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   setTabChangesFocus(true);

@@ -175,7 +175,7 @@ class Table {
       {kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Imp&ort Message…"), "", "", ImportMessage},
       {kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…"), "", "", ExportMessage},
       {kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…"), "", "", ExtractFromMessages},
-      NotBuilt({kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…")}),
+      {kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…"), "", "", TestServer},
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
       NotBuilt({kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial")}),
       {kTips, {61}, "", kHelp, QT_TR_NOOP("&Tip of the Day"), "", "", ShowTips},

@@ -78,6 +78,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"ExtraForm1", "Extra Tools 2.htm"},
       {"ExtraForm2", "Extra Tools 3.htm"},
       {"ExtraForm3", "Extra Tools 4.htm"},
+      {"ExtraForm5", "Extra Tools 6.htm"},
   };
   const auto found = topics.constFind(window);
   return found == topics.cend() ? std::nullopt : std::optional(*found);
