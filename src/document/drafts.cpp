@@ -143,6 +143,12 @@ void Remove(const fs::path& body) {
   fs::remove(FieldsOf(body), IgnoreErrors());
 }
 
+bool MayHave(const fs::path& file, std::string_view words) {
+  if (std::error_code failed; !fs::exists(file, failed) && !failed) return false;
+  const auto text = platform::ReadFile(file, std::numeric_limits<std::uint32_t>::max());
+  return !text || text->find(words) != std::string::npos;
+}
+
 }  // namespace
 
 bool Draft::IsWorthKeeping() const {
@@ -176,17 +182,28 @@ Result<void> Drafts::SetAside() const {
   return renamed ? Rename(FieldsOf(Body(kBeingWritten)), FieldsOf(body)) : renamed;
 }
 
-Drafts::Numbers Drafts::Offered() const {
-  Numbers offered;
+std::vector<std::int64_t> Drafts::All() const {
+  std::vector<std::int64_t> numbers = {kBeingWritten};
   std::error_code failed;
   for (auto entry = fs::directory_iterator(folder_, failed); !failed && entry != fs::directory_iterator();
        entry.increment(failed)) {
-    const auto number = NumberOf(entry->path());
-    if (!number) continue;
-    offered.first = offered.first == 0 ? *number : std::min(offered.first, *number);
-    offered.last = std::max(offered.last, *number);
+    if (const auto number = NumberOf(entry->path())) numbers.push_back(*number);
   }
-  return offered;
+  std::ranges::sort(numbers);
+  return numbers;
+}
+
+Drafts::Numbers Drafts::Offered() const {
+  const auto numbers = All();
+  return numbers.size() > 1 ? Numbers{numbers[1], numbers.back()} : Numbers{};
+}
+
+bool Drafts::Mention(std::string_view words) const {
+  const auto numbers = All();
+  return std::ranges::any_of(numbers, [&](std::int64_t number) {
+    const fs::path body = Body(number);
+    return MayHave(body, words) || MayHave(FieldsOf(body), words);
+  });
 }
 
 std::string Drafts::OfferedSubject() const {

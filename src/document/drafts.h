@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "document/message_document.h"
 
@@ -42,6 +44,10 @@ class Drafts {
   Result<Draft> ReadOffered() const;
   void DropOffered() const;
 
+  // Whether one of all these, the one that is being written among them, has the words in its body or its fields: what
+  // is called so is still needed. One that cannot be read may have them.
+  bool Mention(std::string_view words) const;
+
  private:
   struct Numbers {  // 0 for none
     std::int64_t first = 0;
@@ -49,6 +55,7 @@ class Drafts {
   };
   std::filesystem::path Body(std::int64_t number) const;
   Numbers Offered() const;
+  std::vector<std::int64_t> All() const;
 
   std::filesystem::path folder_;
 };

@@ -32,14 +32,28 @@ void RemoveTemporaries(const fs::path& folder) {
   }
 }
 
+void RemoveImportedBodies(const fs::path& folder, const IsNeeded& is_needed) {
+  bool all_go = true;
+  std::error_code failed;
+  for (auto entry = fs::directory_iterator(folder, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    if (is_needed(entry->path().filename().string())) {
+      all_go = false;
+    } else {
+      RemoveTree(entry->path());
+    }
+  }
+  if (all_go) RemoveTree(folder);
+}
+
 }  // namespace
 
-void CleanUpAtClose(const Folders& folders) {
+void CleanUpAtClose(const Folders& folders, const IsNeeded& imported_body_is_needed) {
   Remove(folders.PreviewMessage());
   Remove(folders.PreviewBody());
   // A folder that a variable names may hold anybody's files.
   if (folders.program_is_installed) RemoveTemporaries(folders.program);
-  RemoveTree(folders.ImportBody());
+  RemoveImportedBodies(folders.ImportBody(), imported_body_is_needed);
 }
 
 }  // namespace quillcast::profile

@@ -754,13 +754,15 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.Open();
     QVERIFY(platform::ReplaceFile(scene.rig.folders.PreviewMessage(), "x"));
-    std::filesystem::create_directories(scene.rig.folders.ImportBody());
-    scene.Editor().InsertHtml("work");
+    const auto needed = scene.rig.folder.Write("data/ImportBody/11-14-2026_22-40-05/a.gif", "GIF89a");
+    const auto left = scene.rig.folder.Write("data/ImportBody/11-14-2026_22-40-06/a.gif", "GIF89a");
+    scene.Editor().InsertHtml("work <img src=\"" + PathToQt(needed) + "\">");
     scene.window->skip_save_prompt = true;
     QVERIFY(scene.window->close());
     QCOMPARE(scene.rig.Shown(), QString());
     QVERIFY(!std::filesystem::exists(scene.rig.folders.PreviewMessage()));
-    QVERIFY(!std::filesystem::exists(scene.rig.folders.ImportBody()));
+    QVERIFY(!std::filesystem::exists(left.parent_path()));
+    QVERIFY2(std::filesystem::exists(needed), "the draft, which is offered next time, shows it");
   }
 
   void theSourceCanBeEdited() {

@@ -128,6 +128,26 @@ TEST(Drafts, AreKeptForWorkAlone) {
   }
 }
 
+TEST(Drafts, MentionWhatTheirBodiesAndFieldsName) {
+  const test::TemporaryFolder folder;
+  const Drafts drafts(folder.path());
+  EXPECT_FALSE(drafts.Mention("first"));
+  for (const char* base : {"/data/ImportBody/first", "/data/ImportBody/second"}) {
+    Draft draft;
+    draft.document.base_folder = base;
+    ASSERT_TRUE(drafts.Keep(draft));
+    ASSERT_TRUE(drafts.SetAside());
+  }
+  Draft written;
+  written.document.html = "<img src='../ImportBody/third/a.png'>";
+  ASSERT_TRUE(drafts.Keep(written));
+  for (const char* named : {"first", "second", "third"}) EXPECT_TRUE(drafts.Mention(named)) << named;
+  drafts.DropOffered();
+  EXPECT_FALSE(drafts.Mention("first"));
+  folder.Write("Recovered9.htm/is/no file", "");
+  EXPECT_TRUE(drafts.Mention("first")) << "it may: it cannot be read";
+}
+
 TEST(Drafts, OfABodyAloneAreTakenUpToo) {
   const test::TemporaryFolder folder;
   const Drafts drafts(folder.path());

@@ -219,16 +219,20 @@ TEST(CleanUp, RemovesWhatTheProgramLeftAndNothingElse) {
     Folders folders = FoldersIn(root);
     folders.program_is_installed = installed;
     ASSERT_TRUE(PrepareFolders(folders));
-    for (const char* file : {"temp/Preview.eml", "temp/Preview.htm", "temp/other.txt", "program/a.tmp", "program/a.txt",
-                             "data/ImportBody/deep/picture.png", "data/History/x.txt"}) {
+    for (const char* file :
+         {"temp/Preview.eml", "temp/Preview.htm", "temp/other.txt", "program/a.tmp", "program/a.txt",
+          "data/ImportBody/deep/picture.png", "data/ImportBody/needed/picture.png", "data/History/x.txt"}) {
       root.Write(file, "x");
     }
     fs::permissions(root / "temp/Preview.eml", fs::perms::owner_read);
     fs::permissions(root / "data/ImportBody/deep", fs::perms::owner_read | fs::perms::owner_exec);
-    CleanUpAtClose(folders);
-    for (const char* gone : {"temp/Preview.eml", "temp/Preview.htm", "data/ImportBody"}) {
+    CleanUpAtClose(folders, [](const std::string& name) { return name == "needed"; });
+    for (const char* gone : {"temp/Preview.eml", "temp/Preview.htm", "data/ImportBody/deep"}) {
       EXPECT_FALSE(fs::exists(root / gone)) << gone;
     }
+    EXPECT_TRUE(fs::exists(root / "data/ImportBody/needed/picture.png"));
+    CleanUpAtClose(folders, [](const std::string&) { return false; });
+    EXPECT_FALSE(fs::exists(root / "data/ImportBody"));
     EXPECT_EQ(fs::exists(root / "program/a.tmp"), !installed);
     for (const char* kept : {"temp/other.txt", "program/a.txt", "program/Group.mdb", "data/History/x.txt"}) {
       EXPECT_TRUE(fs::exists(root / kept)) << kept;

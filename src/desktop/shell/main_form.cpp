@@ -322,7 +322,7 @@ void MainForm::closeEvent(QCloseEvent* event) {
     return;
   }
   KeepPlace();
-  profile::CleanUpAtClose(program_.folders);
+  profile::CleanUpAtClose(program_.folders, [&](const std::string& name) { return document_->drafts().Mention(name); });
   event->accept();
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (window != this && window->isVisible()) window->close();
