@@ -81,6 +81,10 @@ Result<void> CheckIsNotOwn(const fs::path& path, const OwnFiles& own) {
 
 Result<bool> MayWriteTo(const fs::path& file, const OwnFiles& own, Prompts& prompts) {
   if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
+  return AskToUnlock(file, prompts);
+}
+
+Result<bool> AskToUnlock(const fs::path& file, Prompts& prompts) {
   if (!IsLocked(file)) return true;
   if (prompts.Ask("The output file is locked.\r\nWould you like to unlock it now?") != Answer::kYes) return false;
   const auto unlocked = Unlock(file);

@@ -33,6 +33,8 @@ Result<void> CheckIsNotOwn(const std::filesystem::path& path, const OwnFiles& ow
 // permission of the old file holds up: an error here is the only thing that does. The program's own files are refused
 // first, locked or not.
 Result<bool> MayWriteTo(const std::filesystem::path& file, const OwnFiles& own, Prompts& prompts);
+// The question alone, and what follows it.
+Result<bool> AskToUnlock(const std::filesystem::path& file, Prompts& prompts);
 // What is told then.
 Sentence LeftLocked(const std::filesystem::path& file);
 

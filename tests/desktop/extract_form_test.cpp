@@ -123,6 +123,18 @@ class ExtractFormTest : public QObject {
     scene.Press("ExtractButton4");
     QCOMPARE(scene.rig.Shown(), asked);
     QCOMPARE(scene.Text("ExtractPath4"), PathToQt(locked));
+    // The message file too, although it is only read.
+    fs::permissions(locked, fs::perms::owner_read);
+    const QString asked_of_message = QString(asked).replace("save:", "open:");
+    scene.Press("FilePathButton");
+    QCOMPARE(scene.rig.Shown(), asked_of_message);
+    QCOMPARE(scene.Text("FilePathTextBox"), "");
+    QVERIFY2(scene.Status().contains("was left as it is"), qPrintable(scene.Status()));
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("FilePathButton");
+    QCOMPARE(scene.rig.Shown(), asked_of_message);
+    QCOMPARE(scene.Text("FilePathTextBox"), PathToQt(locked));
+    QCOMPARE(scene.Status(), "");
   }
 
   void extractsInSpiteOfWhatIsWrong() {

@@ -46,6 +46,7 @@ ExtraForm4::ExtraForm4(const profile::Program& program, QWidget* parent)
       bar_(progress_->AddBar("ProgressBar", tr("Parts written:"))),
       extract_(new QPushButton(tr("&Extract"), this)) {
   MakeWindow();
+  file_->AskOfChosen([this](const std::filesystem::path& file) { return MayBeRead(file); });
   connect(extract_, &QPushButton::clicked, this, &ExtraForm4::Extract);
   connect(progress_, &ProgressPanel::Pressed, this, &ExtraForm4::reject);
   connect(tick_, &QTimer::timeout, this, [this] { bar_->Count(*seen_); });
@@ -116,6 +117,15 @@ void ExtraForm4::ChooseFile(QLineEdit* box, std::string_view filter) {
   if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
   box->setText(PathToQt(file));
   status_->Say({});
+}
+
+// Reading needs no permission to write: a file that could not be unlocked is taken all the same.
+bool ExtraForm4::MayBeRead(const std::filesystem::path& file) {
+  status_->Say({});
+  const auto unlocked = platform::AskToUnlock(file, program_.prompts);
+  if (!unlocked) status_->Fail(unlocked.error());
+  if (unlocked && !*unlocked) status_->Say(InWords(platform::LeftLocked(file)));
+  return !unlocked || *unlocked;
 }
 
 BodyFormat ExtraForm4::Format() const {

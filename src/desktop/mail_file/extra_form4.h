@@ -48,6 +48,7 @@ class ExtraForm4 final : public QDialog {
   void ChooseBody(QLineEdit* box);
   void ChooseText(QLineEdit* box);
   void ChooseFile(QLineEdit* box, std::string_view filter);
+  bool MayBeRead(const std::filesystem::path& file);
   mail_file::BodyFormat Format() const;
   mail_file::ExtractionRequest Request() const;
   void Extract();

@@ -23,6 +23,10 @@ MessageFileField::MessageFileField(platform::Prompts& prompts, std::string title
   connect(button_, &QPushButton::clicked, this, &MessageFileField::Choose);
 }
 
+void MessageFileField::AskOfChosen(std::function<bool(const std::filesystem::path& file)> may_be_taken) {
+  may_be_taken_ = std::move(may_be_taken);
+}
+
 void MessageFileField::AddTo(FormGrid* grid) { grid->Add("FilePathTextBox", tr("&Message file:"), box_, {button_}); }
 
 std::filesystem::path MessageFileField::path() const { return PathFromQt(box_->text()); }
@@ -34,7 +38,8 @@ void MessageFileField::SetEnabled(bool is_enabled) {
 
 void MessageFileField::Choose() {
   const auto files = prompts_.PickOpenFile({.title = title_, .filter = std::string(mail_file::kMessageFileFilter)});
-  if (!files.empty()) box_->setText(PathToQt(files.front()));
+  if (files.empty() || (may_be_taken_ && !may_be_taken_(files.front()))) return;
+  box_->setText(PathToQt(files.front()));
 }
 
 bool MessageFileField::eventFilter(QObject* watched, QEvent* event) {

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "platform/prompts.h"
@@ -22,6 +23,9 @@ class MessageFileField final : public QObject {
   // `title` is that of the file dialog; `dialog` owns this.
   MessageFileField(platform::Prompts& prompts, std::string title, QWidget* dialog);
 
+  // Is asked of a file that was chosen; one that may not be taken leaves the box as it is.
+  void AskOfChosen(std::function<bool(const std::filesystem::path& file)> may_be_taken);
+
   // The row "FilePathTextBox" with "FilePathButton" beside it.
   void AddTo(FormGrid* grid);
 
@@ -38,6 +42,7 @@ class MessageFileField final : public QObject {
 
   platform::Prompts& prompts_;
   std::string title_;
+  std::function<bool(const std::filesystem::path& file)> may_be_taken_;
   QLineEdit* box_;
   QPushButton* button_;
 };
