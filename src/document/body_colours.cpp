@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "html/html_tokenizer.h"
+#include "html/safe_page.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -59,14 +60,8 @@ bool FindBody(std::string_view html, HtmlTokenizer& page, HtmlToken& token) {
   return false;
 }
 
-std::string Escaped(std::string_view value) {
-  std::string escaped = platform::ReplaceAll(value, "&", "&amp;");
-  escaped = platform::ReplaceAll(escaped, "\"", "&quot;");
-  return platform::ReplaceAll(escaped, "<", "&lt;");
-}
-
 std::string Written(const Row& row, const std::string& value) {
-  return fmt::format("{}=\"{}\"", row.attribute, Escaped(value));
+  return fmt::format("{}=\"{}\"", row.attribute, html::EscapedForHtml(value));
 }
 
 // What takes the place of a part of the source.

@@ -1,6 +1,9 @@
 #include "document/message_document.h"
 
+#include <algorithm>
+
 #include "document/body_file.h"
+#include "html/safe_page.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -33,26 +36,16 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
 }
 
 std::string HtmlFromText(std::string_view text) {
-  std::string html;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    switch (text[at]) {
-      case '<':
-        html += "&lt;";
-        break;
-      case '&':
-        html += "&amp;";
-        break;
-      case '\r':
-        if (at + 1 < text.size() && text[at + 1] == '\n') break;  // the line feed writes it
-        [[fallthrough]];
-      case '\n':
-        html += "<br>\n";
-        break;
-      default:
-        html += text[at];
-    }
+  std::string page;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    page += html::EscapedForHtml(text.substr(0, end), "&<");
+    text.remove_prefix(end);
+    if (text.empty()) break;
+    page += "<br>\n";
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
   }
-  return html;
+  return page;
 }
 
 Result<std::string> PickFormat(std::string_view chosen, const profile::SettingsStore& settings,

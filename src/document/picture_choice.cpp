@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "document/picture_sizes.h"
+#include "html/safe_page.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -23,12 +24,6 @@ constexpr auto kRules = std::to_array<Rule>({
     {&PictureChoice::height, 1, kLongestSide, "height", PictureBox::kHeight},
     {&PictureChoice::border, 0, 99, "border", PictureBox::kBorder},
 });
-
-std::string Escaped(std::string_view text) {
-  std::string escaped = platform::ReplaceAll(text, "&", "&amp;");
-  escaped = platform::ReplaceAll(escaped, "\"", "&quot;");
-  return platform::ReplaceAll(platform::ReplaceAll(escaped, "<", "&lt;"), ">", "&gt;");
-}
 
 int Number(const std::string& text) {
   return static_cast<int>(platform::WholeNumberBetween(text, 0, kLongestSide).value_or(0));
@@ -61,8 +56,9 @@ std::optional<Complaint<PictureBox>> CheckPicture(const PictureChoice& choice) {
 
 std::string PictureHtml(std::string_view address, const PictureChoice& choice, profile::PixelSize natural) {
   const bool keeps = KeepsRatio({Number(choice.width), Number(choice.height)}, natural);
-  std::string html = fmt::format(R"(<img src="{}" alt="{}" width="{}" height="{}" border="{}")", Escaped(address),
-                                 Escaped(choice.alternative), choice.width, choice.height, choice.border);
+  std::string html =
+      fmt::format(R"(<img src="{}" alt="{}" width="{}" height="{}" border="{}")", html::EscapedForHtml(address),
+                  html::EscapedForHtml(choice.alternative), choice.width, choice.height, choice.border);
   if (!choice.align.empty()) html += fmt::format(" align=\"{}\"", platform::AsciiLower(choice.align));
   return html + (keeps ? " style=\"max-width: 100%; height: auto;\">" : " style=\"max-width: 100%;\">");
 }

@@ -176,25 +176,14 @@ std::string PageOfText(std::string_view text) {
   return page;
 }
 
-std::string EscapedForHtml(std::string_view text) {
+std::string EscapedForHtml(std::string_view text, std::string_view characters) {
   std::string out;
   out.reserve(text.size());
   for (const char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      default:
-        out += c;
+    if (characters.find(c) == std::string_view::npos) {
+      out += c;
+    } else {
+      out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&quot;";
     }
   }
   return out;

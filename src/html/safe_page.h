@@ -29,7 +29,7 @@ bool MayBeFollowed(std::string_view address);
 // A page that shows a text as it is, its lines wrapped where the window ends.
 std::string PageOfText(std::string_view text);
 
-// With "&", "<", ">" and quotes as HTML writes them.
-std::string EscapedForHtml(std::string_view text);
+// With "&", "<", ">" and quotes, or those of them that are asked for, as HTML writes them.
+std::string EscapedForHtml(std::string_view text, std::string_view characters = "&<>\"");
 
 }  // namespace quillcast::html
