@@ -195,7 +195,7 @@ class Reader {
     if (!body_.is_in_row()) body_.BeginRow();
     Push(role, token);
     open_.back().is_table_part = true;
-    body_.BeginCell(SpanOf(tokenizer_, token), style_.ground);
+    body_.BeginCell(SpanOf(tokenizer_, token), RowsOf(tokenizer_, token), style_.ground);
     after_blank_ = true;
   }
 
@@ -246,7 +246,7 @@ class Reader {
   void MakePlace() {
     if (HasPlace()) return;
     if (!body_.is_in_row()) body_.BeginRow();
-    body_.BeginCell(1, {});
+    body_.BeginCell(1, 1, {});
   }
 
   void EndParagraph() {

@@ -195,12 +195,39 @@ void RtfBody::BeginRow() {
   tables_.back().has_row = true;
 }
 
+std::size_t RtfBody::NextColumn(const Table& table) {
+  std::size_t column = 0;
+  for (const Cell& cell : table.cells) column += cell.span;
+  return column;
+}
+
+// What the long cells of earlier rows take of this one, where the next cell would stand.
+void RtfBody::AddLongCells() {
+  Table& table = tables_.back();
+  for (;;) {
+    const auto found = table.long_cells.find(NextColumn(table));
+    if (found == table.long_cells.end() || table.cells.size() + 1 >= kMostCells || table.may_go_on == 0) return;
+    --table.may_go_on;
+    table.cells.push_back(found->second.cell);
+    if (--found->second.rows == 0) table.long_cells.erase(found);
+    FinishCell();
+  }
+}
+
 // The last cell that a row can have takes what further ones hold.
-void RtfBody::BeginCell(std::size_t span, std::optional<std::uint32_t> ground) {
+void RtfBody::BeginCell(std::size_t span, std::size_t rows, std::optional<std::uint32_t> ground) {
   EndCell();
+  AddLongCells();
   Table& table = tables_.back();
   if (table.cells.size() == kMostCells) return;
-  table.cells.push_back({std::clamp<std::size_t>(span, 1, kMostCells), ground});
+  Cell cell{std::clamp<std::size_t>(span, 1, kMostCells), ground};
+  if (rows > 1) {
+    cell.merge = Merge::kGoesOn;
+    table.long_cells[NextColumn(table)] = {std::min(rows, kMostRows) - 1, cell};
+    cell.merge = Merge::kBegins;
+  }
+  table.cells.push_back(cell);
+  table.may_go_on += kToGoOnPerCell;
   table.has_cell = true;
 }
 
@@ -222,13 +249,12 @@ void RtfBody::FinishCell() {
 }
 
 std::string RtfBody::RowDefinition(const Table& table) {
-  std::size_t columns = 0;
-  for (const Cell& cell : table.cells) columns += cell.span;
-  columns = std::max(columns, table.columns);
+  const std::size_t columns = std::max(NextColumn(table), table.columns);
   std::string definition = fmt::format("\\trowd\\trgaph{}\\trleft0", kCellGap);
   std::size_t end = 0;
   for (const Cell& cell : table.cells) {
     end += cell.span;
+    if (cell.merge != Merge::kNone) definition += cell.merge == Merge::kBegins ? "\\clvmgf" : "\\clvmrg";
     if (table.has_border) {
       for (const char side : {'t', 'l', 'b', 'r'}) definition += fmt::format("\\clbrdr{}\\brdrs\\brdrw10", side);
     }
@@ -244,6 +270,7 @@ void RtfBody::EndRow() {
   if (!is_in_row()) return;
   EndParagraph();
   if (is_in_cell()) FinishCell();
+  if (!tables_.back().cells.empty()) AddLongCells();
   Table& table = tables_.back();
   const std::string text = std::move(places_.back().text);
   places_.pop_back();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,9 +49,10 @@ enum class RtfNumbering : std::uint8_t {
 
 class RtfBody {
  public:
-  static constexpr int kPageWidth = 9026;        // twips between the margins of A4
-  static constexpr std::size_t kMostTables = 8;  // in each other; a program for texts shows no more
-  static constexpr std::size_t kMostCells = 60;  // in a row
+  static constexpr int kPageWidth = 9026;         // twips between the margins of A4
+  static constexpr std::size_t kMostTables = 8;   // in each other; a program for texts shows no more
+  static constexpr std::size_t kMostCells = 60;   // in a row
+  static constexpr std::size_t kMostRows = 1000;  // that a cell reaches into
   static constexpr std::size_t kMostLists = 2000;
   static constexpr char kPictureMark = '\x01';  // round the number of a picture, in what Finish gives
 
@@ -75,7 +77,9 @@ class RtfBody {
   bool BeginTable(bool has_border, std::size_t columns);
   bool MayBeginTable() const { return tables_.size() < kMostTables; }
   void BeginRow();
-  void BeginCell(std::size_t span, std::optional<std::uint32_t> ground);
+  // The columns and rows that it takes. Cells that reach into too many rows end early, so that the document stays
+  // within a few times of the page.
+  void BeginCell(std::size_t span, std::size_t rows, std::optional<std::uint32_t> ground);
   void EndCell();
   void EndRow();
   void EndTable();
@@ -89,9 +93,19 @@ class RtfBody {
   std::string Finish() &&;
 
  private:
+  static constexpr std::size_t kFirstToGoOn = 60;
+  static constexpr std::size_t kToGoOnPerCell = 3;
+
+  enum class Merge : std::uint8_t { kNone, kBegins, kGoesOn };  // with the cells below
   struct Cell {
     std::size_t span;
     std::optional<std::uint32_t> ground;
+    Merge merge = Merge::kNone;
+  };
+  // A cell of an earlier row that reaches into later ones.
+  struct LongCell {
+    std::size_t rows = 0;  // that are still to come
+    Cell cell = {};
   };
   struct Table {
     bool has_border = false;
@@ -99,7 +113,9 @@ class RtfBody {
     int width = 0;
     bool has_row = false;
     bool has_cell = false;
-    std::vector<Cell> cells = {};  // of the row
+    std::vector<Cell> cells = {};                     // of the row
+    std::map<std::size_t, LongCell> long_cells = {};  // by their first column
+    std::size_t may_go_on = kFirstToGoOn;             // how many pieces of long cells are still written
   };
   // What is written into: the document, and the row of each table that is open.
   struct Place {
@@ -111,6 +127,8 @@ class RtfBody {
   void BeginParagraph();
   void CloseLink();
   void FinishCell();
+  void AddLongCells();
+  static std::size_t NextColumn(const Table& table);
   void AppendTableMark();
   void AppendLetters(const RtfLetters& letters);
   std::string RowDefinition(const Table& table);

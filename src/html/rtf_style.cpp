@@ -141,6 +141,12 @@ std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
   return static_cast<std::size_t>(span.value_or(1));
 }
 
+std::size_t RowsOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  const auto most = static_cast<std::int64_t>(RtfBody::kMostRows);
+  const auto rows = platform::WholeNumberBetween(tokenizer.Value(token, "rowspan"), 0, 65534).value_or(1);
+  return static_cast<std::size_t>(rows == 0 ? most : std::min(rows, most));
+}
+
 bool HasBorder(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
   const HtmlAttribute* const border = tokenizer.Find(token, "border");
   return border != nullptr && tokenizer.RawValue(*border) != "0";

@@ -24,6 +24,8 @@ void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer
 
 // Columns that a cell takes; at least 1.
 std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token);
+// Rows that a cell reaches over; at least 1, and all that follow where it says 0.
+std::size_t RowsOf(const HtmlTokenizer& tokenizer, const HtmlToken& token);
 // Whether a table draws lines between its cells.
 bool HasBorder(const HtmlTokenizer& tokenizer, const HtmlToken& token);
 // By the "type" of a numbered list.

@@ -69,6 +69,20 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
                "\\trowd\\trgaph108\\trleft0\\cellx9026\n\\pard\\intbl {a}\\cell\n\\row\n"
                "\\trowd\\trgaph108\\trleft0\\cellx4513\\cellx9026\n\\pard\\intbl \\cell\n\\pard\\intbl "
                "{b}\\cell\n\\row\n"},
+           Row{"<table><tr><td rowspan=2>a<td>b<tr><td>c<tr><td rowspan=0>d<td>e<tr><td>f</table>",
+               "\\trowd\\trgaph108\\trleft0\\clvmgf\\cellx4513\\cellx9026\n"
+               "\\pard\\intbl {a}\\cell\n\\pard\\intbl {b}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\clvmrg\\cellx4513\\cellx9026\n"
+               "\\pard\\intbl \\cell\n\\pard\\intbl {c}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\clvmgf\\cellx4513\\cellx9026\n"
+               "\\pard\\intbl {d}\\cell\n\\pard\\intbl {e}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\clvmrg\\cellx4513\\cellx9026\n"
+               "\\pard\\intbl \\cell\n\\pard\\intbl {f}\\cell\n\\row\n"},
+           Row{"<table><tr><td>a<td rowspan=2>b<tr><td>c</table>",  // the last of a row
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\\clvmgf\\cellx9026\n"
+               "\\pard\\intbl {a}\\cell\n\\pard\\intbl {b}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\\clvmrg\\cellx9026\n"
+               "\\pard\\intbl {c}\\cell\n\\pard\\intbl \\cell\n\\row\n"},
            Row{"x<table><tr><td>a<table><tr><td>b</table></table>",
                "\\pard {x}\\par\n\\trowd\\trgaph108\\trleft0\\cellx9026\n\\pard\\intbl {a}\\par\n"
                "\\pard\\intbl\\itap2 {b}\\nestcell{\\nonesttables\\par}\n"

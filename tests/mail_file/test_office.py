@@ -63,7 +63,7 @@ LETTER = """<html><head><title>no word</title></head><body bgcolor=#ffffff>
 <p dir=rtl>مرحبا بالعالم</p>
 <ul><li>one<li>two<ol type=a><li>deep</ol></ul>
 <ol start=4><li>four<li>five</ol>
-<table border=1><tr><th>Name<th>City<tr><td>Ada<td>London<tr><td colspan=2>both</table>
+<table border=1><tr><th>Name<th>City<tr><td>Ada<td rowspan=2>London<tr><td>Bob<tr><td colspan=2>both</table>
 <table width=600><tr><td><table><tr><td>inner one<td>inner <b>two</b><tr><td colspan=2>
 <table border=1><tr><td>third<td><img src="cid:logo" width=40></table></table><td>beside</table>
 <blockquote>quoted <a href="https://example.org/?a=1&amp;b=2">a link</a></blockquote>
