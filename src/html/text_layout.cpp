@@ -259,11 +259,12 @@ void TextLayout::WrapLine() {
   out_ += platform::ReplaceAll(wrapped, "\n", '\n' + line_rest_);
 }
 
-// They have done their work once the line is wrapped, and read as blanks.
+// They have done their work once the line is wrapped, and read as blanks; where it was wrapped behind one, as nothing.
 void TextLayout::ReleaseNoBreaks() {
   if (!has_no_break_) return;
   has_no_break_ = false;
-  const std::string line = platform::ReplaceAll(std::string_view(out_).substr(content_begin_), kNoBreakSpace, " ");
+  std::string line = platform::ReplaceAll(std::string_view(out_).substr(content_begin_), "\u00A0\n", "\n");
+  line = platform::ReplaceAll(line, kNoBreakSpace, " ");
   out_.resize(content_begin_);
   out_ += line;
 }
