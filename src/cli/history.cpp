@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "platform/text.h"
+#include "run/run_words.h"
 
 namespace quillcast::cli {
 namespace {
@@ -23,8 +24,10 @@ int RunList(Context& context) {
   for (const auto& row : *rows) {
     ++number;
     context.output.Line(fmt::format("{:>3}  {}", number, platform::Printable(row.text)));
-    context.output.Object(
-        {{"number", number}, {"text", row.text}, {"report", (folders->History() / row.file).string()}});
+    context.output.Object({{"number", number},
+                           {"text", row.text},
+                           {"state", run::Name(row.delivery)},
+                           {"report", (folders->History() / row.file).string()}});
   }
   if (rows->empty()) context.output.Note("There is no run in the history yet.");
   return 0;

@@ -112,7 +112,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!prepared) return context.output.Fail(prepared.error());
   const auto range = run::RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());
-  if (const int refused = AskBeforeSending(context, *prepared)) return refused;
+  if (const int refused = AskBeforeSending(context, *prepared, options.mailing.delivery())) return refused;
 
   // Where nothing is sent, they are only told of; but what goes into files for all is to be sent by other means.
   const bool sends = !options.dry_run && options.to_file.empty();

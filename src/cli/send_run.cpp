@@ -40,7 +40,7 @@ class SendListener final : public run::RunListener {
     if (outcome.state == smtp::State::kSent) return;
     output_.EndProgress();
     output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
-                             smtp::OutcomeText(outcome)));
+                             run::WhatBecameOf(outcome, options_.delivery())));
   }
 
   bool GoOn(const smtp::Outcome& refusal, int times) override {
@@ -72,9 +72,8 @@ class SendListener final : public run::RunListener {
   }
 
  private:
-  // What was delivered went into a file, where nothing is sent.
   const char* WordOf(smtp::State state) const {
-    return state == smtp::State::kSent && !options_.sends() ? "written" : smtp::Name(state);
+    return state == smtp::State::kSent ? run::Name(options_.delivery()) : smtp::Name(state);
   }
 
   Output& output_;
@@ -85,8 +84,7 @@ class SendListener final : public run::RunListener {
 };
 
 int TellSummary(Context& context, const profile::Folders& folders, const run::RunSummary& summary) {
-  const bool sent = summary.delivery == run::Delivery::kSent;
-  context.output.Object({{sent ? "sent" : "written", summary.sent},
+  context.output.Object({{run::Name(summary.delivery), summary.sent},
                          {"failed", summary.failed},
                          {"not_tried", summary.not_tried},
                          {"history", summary.history}});
@@ -106,7 +104,7 @@ Result<run::KeepLetter> Files(const Context& context, const profile::Folders& fo
 Result<run::RunSummary> Carry(const Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
                               const std::optional<run::PartialRange>& range, const MailingOptions& options,
                               SendListener& listener) {
-  if (options.sends()) return prepared.Run(range, listener);
+  if (options.delivery() == run::Delivery::kSent) return prepared.Run(range, listener);
   auto files = Files(context, folders, options);
   if (!files) return files.error();
   run::FileCarrier carrier(*std::move(files), context.cancel);

@@ -15,7 +15,9 @@ struct MailingOptions {
   std::string to_folder;    // where the messages go in place of being sent; one of the two at most
   std::string to_mbox;
 
-  bool sends() const { return to_folder.empty() && to_mbox.empty(); }
+  run::Delivery delivery() const {
+    return to_folder.empty() && to_mbox.empty() ? run::Delivery::kSent : run::Delivery::kWritten;
+  }
 };
 
 // Tells how it goes, and gives the exit code. `told`: what the person was told before, and is not told again.

@@ -54,8 +54,8 @@ int AskToWrite(Context& context, const std::string& file) {
                               "Name another file, or answer yes (--yes does) to have it unlocked."});
 }
 
-int AskBeforeSending(Context& context, run::PreparedRun& prepared) {
-  const auto facts = prepared.Facts();
+int AskBeforeSending(Context& context, run::PreparedRun& prepared, run::Delivery delivery) {
+  const auto facts = prepared.Facts(delivery);
   if (!facts) return context.output.Fail(facts.error());
   const auto refused = run::CheckBeforeSending(*facts, context.prompts);
   if (!refused) return 0;

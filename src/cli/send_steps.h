@@ -25,8 +25,8 @@ Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& fo
 // Asks before a locked file is written. 0 when it may be, else the exit code.
 int AskToWrite(Context& context, const std::string& file);
 
-// The checks and questions before sending. 0 when the run may start, else the exit code.
-int AskBeforeSending(Context& context, run::PreparedRun& prepared);
+// The checks and questions before sending, or writing. 0 when the run may start, else the exit code.
+int AskBeforeSending(Context& context, run::PreparedRun& prepared, run::Delivery delivery);
 
 // What to do about pictures that the document names where it may not take them from.
 enum class ForeignPictures { kAskAbout, kLeaveOut };

@@ -9,6 +9,13 @@
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
+namespace {
+
+// It may hold what an earlier time wrote.
+constexpr const char* kHowToGoOn =
+    "Name another folder, or a range of the list whose messages are not in it yet (--range).";
+
+}  // namespace
 
 Result<ChosenFolder> ChosenFolder::Open(const std::filesystem::path& path, const platform::OwnFiles& own) {
   if (const auto other = platform::CheckIsNotOwn(path, own); !other) return other.error();
@@ -19,6 +26,12 @@ Result<ChosenFolder> ChosenFolder::Open(const std::filesystem::path& path, const
     return error;
   }
   return ChosenFolder(path, std::move(fd), own);
+}
+
+Result<ChosenFolder> ChosenFolder::OpenOrMake(const std::filesystem::path& path, const platform::OwnFiles& own) {
+  if (auto other = platform::CheckIsNotOwn(path, own); !other) return other.error();
+  if (auto made = platform::EnsureFolder(path); !made) return made.error();
+  return Open(path, own);
 }
 
 // O_EXCL takes a link for what exists. A name without a separator stays in the folder, whoever moves that meanwhile.
@@ -64,13 +77,12 @@ Result<void> ChosenFolder::WriteAs(
     const std::string& name, const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) {
   const auto fd = CreateAs(name);
   if (!fd) return fd.error();
-  if (!*fd) return IsThereAlready(path_ / name);
+  if (!*fd) return IsThereAlready(path_ / name, kHowToGoOn);
   return Fill(*fd, name, write);
 }
 
-Error IsThereAlready(const std::filesystem::path& file) {
-  return {Failure::kCannotCreate, Say("{} is there already, and is not written over.", file.string()),
-          "Name another place."};
+Error IsThereAlready(const std::filesystem::path& file, const char* remedy) {
+  return {Failure::kCannotCreate, Say("{} is there already, and is not written over.", file.string()), remedy};
 }
 
 }  // namespace quillcast::mail_file

@@ -20,6 +20,9 @@ class ChosenFolder {
   // The path itself may lead there by a link. Fails for what is no folder, and for those that the program keeps.
   static Result<ChosenFolder> Open(const std::filesystem::path& path, const platform::OwnFiles& own);
 
+  // The same of one that is made where it is missing.
+  static Result<ChosenFolder> OpenOrMake(const std::filesystem::path& path, const platform::OwnFiles& own);
+
   // Makes a new file, 0600, calls `write` with it, and gives what it is called: `name`, or that with " (2)" and so on
   // where such a file exists. After a failure there is no file. `name` is one of SafePartName; any other that could
   // lead out of the folder is refused.
@@ -48,6 +51,6 @@ class ChosenFolder {
 };
 
 // Why nothing is written there.
-Error IsThereAlready(const std::filesystem::path& file);
+Error IsThereAlready(const std::filesystem::path& file, const char* remedy);
 
 }  // namespace quillcast::mail_file

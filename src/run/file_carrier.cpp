@@ -97,9 +97,7 @@ class Mbox {
 }  // namespace
 
 Result<KeepLetter> IntoFolder(const fs::path& folder, const platform::OwnFiles& own) {
-  if (auto other = platform::CheckIsNotOwn(folder, own); !other) return other.error();
-  if (auto made = platform::EnsureFolder(folder); !made) return made.error();
-  auto opened = mail_file::ChosenFolder::Open(folder, own);
+  auto opened = mail_file::ChosenFolder::OpenOrMake(folder, own);
   if (!opened) return opened.error();
   const auto chosen = std::make_shared<mail_file::ChosenFolder>(std::move(*opened));
   return KeepLetter([chosen](const smtp::Job& letter) {
@@ -113,7 +111,7 @@ Result<KeepLetter> IntoMbox(const fs::path& file, const platform::OwnFiles& own,
   if (auto other = platform::CheckIsNotOwn(file, own); !other) return other.error();
   // O_EXCL takes a link for what exists.
   platform::UniqueFd fd(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!fd && errno == EEXIST) return mail_file::IsThereAlready(file);
+  if (!fd && errno == EEXIST) return mail_file::IsThereAlready(file, "Name another file.");
   if (!fd) return platform::SystemError("create", file, errno);
   const auto mbox = std::make_shared<Mbox>(std::move(fd), file, clock);
   return KeepLetter([mbox](const smtp::Job& letter) { return mbox->Keep(letter); });

@@ -1,12 +1,15 @@
 #include "run/history.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <array>
 #include <numeric>
 
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "run/run_report.h"
 
 namespace quillcast::run {
 namespace {
@@ -17,8 +20,10 @@ constexpr std::size_t kLongestSubject = 64;
 constexpr int kSecondsToTry = 3600;
 constexpr std::string_view kReportEnding = ".txt";
 constexpr std::string_view kMessageEnding = ".eml";
-constexpr std::size_t kTimePlace = 10;     // its "_" in "07-03-2026_09-05-07_Hello"
-constexpr std::size_t kSubjectPlace = 19;  // that of the subject
+constexpr std::string_view kNotSent = " (written into files, not sent)";
+constexpr std::size_t kLongestFirstLine = 100;  // of a report
+constexpr std::size_t kTimePlace = 10;          // its "_" in "07-03-2026_09-05-07_Hello"
+constexpr std::size_t kSubjectPlace = 19;       // that of the subject
 
 bool Exists(const fs::path& file) { return fs::exists(file, IgnoreErrors()); }
 
@@ -110,6 +115,26 @@ Result<HistoryEntry> BeginHistoryEntry(const fs::path& history, const platform::
                "Clear the history or move its files away."};
 }
 
+namespace {
+
+// Of what cannot be read, and of what a link leads to, nothing is known.
+Delivery DeliveryOf(const fs::directory_entry& report) {
+  if (report.is_symlink(IgnoreErrors())) return Delivery::kSent;
+  const platform::UniqueFd fd(::open(report.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  std::array<char, kLongestFirstLine> line{};
+  const ssize_t count = fd ? ::read(fd.get(), line.data(), line.size()) : 0;
+  return DeliveryTold(std::string_view(line.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))));
+}
+
+HistoryRow RowOf(const fs::directory_entry& report) {
+  HistoryRow row{report.path().filename().string(), {}, DeliveryOf(report)};
+  row.text = RowText(WithoutEnding(row.file));
+  if (row.delivery == Delivery::kWritten) row.text += kNotSent;
+  return row;
+}
+
+}  // namespace
+
 Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
   std::vector<HistoryRow> rows;
   const bool is_link = IsLink(history);
@@ -118,8 +143,7 @@ Result<std::vector<HistoryRow>> ListHistory(const fs::path& history) {
        entry.increment(failed)) {
     if (!IsEntry(*entry)) continue;
     if (!is_link && !entry->is_symlink(IgnoreErrors())) IgnoreErrors(platform::Unlock(entry->path()));
-    const std::string file = entry->path().filename().string();
-    rows.push_back({file, RowText(WithoutEnding(file))});
+    rows.push_back(RowOf(*entry));
   }
   if (failed) return platform::SystemError("read", history, failed.value());
   return rows;

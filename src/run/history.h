@@ -14,6 +14,7 @@
 #include "platform/prompts.h"
 #include "platform/result.h"
 #include "platform/sentence.h"
+#include "run/carrier.h"
 
 namespace quillcast::run {
 
@@ -40,7 +41,8 @@ Result<HistoryEntry> BeginHistoryEntry(const std::filesystem::path& history, con
 
 struct HistoryRow {
   std::string file;  // the name of the .txt file
-  std::string text;  // "Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello"
+  std::string text;  // "Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello", and behind it that nothing was sent
+  Delivery delivery = Delivery::kSent;
 };
 
 // The entries in the order in which the file system gives them; files that are read-only become writable. Folders are

@@ -73,12 +73,12 @@ Result<recipients::RecipientCursor> PreparedRun::Rows() const {
   return place_.Recipients().ListRecipients(group_.group.id, group_.group.sort_sql);
 }
 
-Result<SendingFacts> PreparedRun::Facts() {
+Result<SendingFacts> PreparedRun::Facts(Delivery delivery) {
   const auto filled_in = account::AccountIsFilledIn(place_.Settings());
   if (!filled_in) return filled_in.error();
   auto groups = place_.Recipients().ListGroupNames();
   if (!groups) return groups.error();
-  return SendingFacts{.account_filled_in = *filled_in,
+  return SendingFacts{.account_filled_in = *filled_in || delivery == Delivery::kWritten,
                       .groups = std::move(*groups),
                       .group = group_.group.name,
                       .recipients = group_.recipients,

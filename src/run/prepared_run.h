@@ -18,6 +18,7 @@
 #include "platform/prompts.h"
 #include "platform/result.h"
 #include "recipients/recipient_store.h"
+#include "run/carrier.h"
 #include "run/dry_run.h"
 #include "run/message_export.h"
 #include "run/message_look.h"
@@ -54,7 +55,8 @@ class PreparedRun {
   // Before it goes: what must hold (then CheckBeforeSending), the pictures that go along and those to be asked about
   // (none while the account describes no message; the answer then goes to AnswerAboutPictures), and what the person may
   // not have meant. The last reads the whole group, and asks the server what it offers where it is to.
-  Result<SendingFacts> Facts();
+  // Messages that are written ask no server, so all that they need of the account is found missing as they are made.
+  Result<SendingFacts> Facts(Delivery delivery = Delivery::kSent);
   Result<message::RelatedPictures> LookForPictures();
   void AnswerAboutPictures(const std::vector<std::filesystem::path>& files, bool take);
   enum class Server { kIsAsked, kIsLeftAlone };

@@ -36,6 +36,10 @@ const Words& WordsOf(Delivery delivery) { return delivery == Delivery::kSent ? k
 
 }  // namespace
 
+Delivery DeliveryTold(std::string_view report) {
+  return report.starts_with(kWrittenWords.started) ? Delivery::kWritten : Delivery::kSent;
+}
+
 void RunReport::Started() { Line(WordsOf(delivery_).started); }
 
 void RunReport::SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range) {

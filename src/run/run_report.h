@@ -18,6 +18,9 @@ namespace quillcast::run {
 using recipients::PartialRange;
 struct RunSummary;
 
+// What became of the messages of a report, by its first line.
+Delivery DeliveryTold(std::string_view report);
+
 class RunReport {
  public:
   // `shown` gets every line as well, without its line end.

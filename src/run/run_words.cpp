@@ -13,6 +13,13 @@ Sentence CountsOf(const RunSummary& summary) {
                NumberValue(summary.failed));
 }
 
+const char* Name(Delivery delivery) { return delivery == Delivery::kSent ? "sent" : "written"; }
+
+std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery) {
+  if (delivery == Delivery::kSent || outcome.reason.empty()) return smtp::OutcomeText(outcome);
+  return "not written. " + outcome.reason;
+}
+
 std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
   if (summary.not_tried == 0) return {};
   if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);

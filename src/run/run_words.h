@@ -2,8 +2,10 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "platform/sentence.h"
+#include "run/carrier.h"
 #include "run/sending_run.h"
 #include "smtp/outcome.h"
 
@@ -11,6 +13,10 @@ namespace quillcast::run {
 
 // "25 messages were sent, 1 failed."; of what went into files, that nothing was sent.
 Sentence CountsOf(const RunSummary& summary);
+// The state of what was delivered: "sent", or "written".
+const char* Name(Delivery delivery);
+// What became of one message and why. Of one that was to be written our reason alone, for no server was asked.
+std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 

@@ -7,6 +7,7 @@ import mailbox
 import os
 import re
 import signal
+import sqlite3
 import subprocess
 import unittest
 from collections import Counter
@@ -220,7 +221,9 @@ class Runs(Case):
 
     def test_into_files(self):
         """What would have gone out, and nobody is told that it did."""
-        self.account(1)  # where nobody listens
+        self.account(1)
+        with contextlib.closing(sqlite3.connect(self.profile / "settings.db")) as settings, settings:
+            settings.execute("DELETE FROM Settings WHERE Key IN ('Name', 'Server', 'Port')")  # no server is asked
         addresses = ["ada@r.example", "x" * 65 + "@r.example", "bob@r.example"]
         self.ok("group", "new", "All")
         for address in addresses:
@@ -230,6 +233,8 @@ class Runs(Case):
             lines, code, err = self.mailing(option, target)
             self.assertEqual((code, [line.get("state") for line in lines]), (1, ["written", "failed", "written", None]), err)
             self.assertEqual((lines[-1]["written"], lines[-1]["failed"], "sent" in lines[-1]), (2, 1, False))
+            self.assertIn("@r.example: not written. ", err)
+            self.assertNotIn("Error 8", err + self.report())
             report = self.report().split("\r\n")
             self.assertEqual((report[0], report[2]), ("The messages are written into files. Nothing is sent.", "Message written."))
             self.assertNotIn(" sent ", self.report().replace("Nothing was sent.", ""))
@@ -246,6 +251,9 @@ class Runs(Case):
             _, code, err = self.mailing(option, target)
             self.assertEqual(code, 73, err)
             self.assertIn(named, err)
+            self.assertRegex(err, r"Name another (folder, or .*\(--range\)|file)\.")
+        self.assertEqual({json.loads(line)["state"] for line in self.ok("--json", "history", "list").splitlines()}, {"written"})
+        self.assertEqual(self.ok("history", "list").count(" (written into files, not sent)\n"), 3, "a mailbox that is there begins no run")
         self.assertEqual(before, {file: file.read_bytes() for file in [*folder.iterdir(), box]})
         self.assertEqual(self.mailing("--to-folder", folder, "--to-mbox", box)[1], 64)
 

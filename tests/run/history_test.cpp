@@ -61,15 +61,20 @@ TEST(History, ListsReportsAndMakesThemWritable) {
   for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"}) {
     folder.Write(name, "x");
   }
+  folder.Write("a_b_d.txt", "The messages are written into files. Nothing is sent.\r\nWriting for 1 recipients.\r\n");
   fs::permissions(folder / "one.txt", fs::perms::owner_read);
   auto rows = ListHistory(folder.path());
   ASSERT_TRUE(rows);
   std::vector<std::string> texts;
-  for (const auto& row : *rows) texts.push_back(row.text);
+  for (const auto& row : *rows) {
+    texts.push_back(row.text);
+    EXPECT_EQ(row.delivery == Delivery::kWritten, row.file == "a_b_d.txt") << row.file;
+  }
   std::sort(texts.begin(), texts.end());
   EXPECT_EQ(texts, (std::vector<std::string>{"Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello",
-                                             "Date = a  -  Time = b - Subject = c", "Date = one",
-                                             "Date = two  -  Time = parts"}));
+                                             "Date = a  -  Time = b - Subject = c",
+                                             "Date = a  -  Time = b - Subject = d (written into files, not sent)",
+                                             "Date = one", "Date = two  -  Time = parts"}));
   EXPECT_FALSE(platform::IsLocked(folder / "one.txt"));
 }
 
