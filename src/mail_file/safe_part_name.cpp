@@ -56,6 +56,24 @@ bool IsDropped(char32_t code) {
   return is_control || is_direction;
 }
 
+// What shows nothing, beside the blank itself.
+bool IsBlank(char32_t code) {
+  constexpr std::u32string_view kBlanks =
+      U"\u00A0\u00AD\u034F\u115F\u1160\u1680\u180E\u202F\u205F\u2800\u3000\u3164\uFFA0";
+  return (code >= 0x2000 && code <= 0x200A) || kBlanks.find(code) != std::u32string_view::npos;
+}
+
+// How many bytes at its beginning are dots and blanks of any kind.
+std::size_t UnseenBeginning(std::string_view name) {
+  std::size_t at = 0;
+  while (at < name.size()) {
+    const auto [code, length] = platform::DecodeUtf8(name.substr(at));
+    if (code != '.' && code != ' ' && !IsBlank(code)) break;
+    at += length;
+  }
+  return at;
+}
+
 std::string WithoutForeignCharacters(std::string_view name) {
   std::string out;
   while (!name.empty()) {
@@ -71,12 +89,20 @@ std::string WithoutForeignCharacters(std::string_view name) {
   return out;
 }
 
-// Names of devices, with whatever ending.
-bool IsReserved(std::string_view name) {
+// Names of devices, with whatever ending; a number may be written above the line.
+bool IsDevice(std::string_view name) {
   const std::string stem = platform::AsciiUpper(platform::Trim(name.substr(0, name.find('.'))));
-  if (stem == "CON" || stem == "PRN" || stem == "AUX" || stem == "NUL") return true;
-  return stem.size() == 4 && (stem.starts_with("COM") || stem.starts_with("LPT")) && stem[3] >= '0' && stem[3] <= '9';
+  for (const char* device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
+    if (stem == device) return true;
+  }
+  if (!stem.starts_with("COM") && !stem.starts_with("LPT")) return false;
+  const std::string_view number = std::string_view(stem).substr(3);
+  if (number == "\u00B9" || number == "\u00B2" || number == "\u00B3") return true;
+  return number.size() == 1 && number[0] >= '0' && number[0] <= '9';
 }
+
+// A command would take the one for an option, the other for somebody's home.
+bool IsReserved(std::string_view name) { return name.starts_with('-') || name.starts_with('~') || IsDevice(name); }
 
 // Where the ending begins, or the end where there is none.
 std::size_t EndingOf(std::string_view name) {
@@ -98,10 +124,11 @@ std::string SafePartName(std::string_view name) {
   if (const std::size_t separator = name.find_last_of("/\\"); separator != std::string_view::npos)
     name.remove_prefix(separator + 1);
   std::string safe = WithoutForeignCharacters(name);
-  safe.erase(0, std::min(safe.find_first_not_of(". "), safe.size()));
+  safe.erase(0, UnseenBeginning(safe));
+  if (IsReserved(safe)) safe.insert(0, 1, '_');
   safe = Cut(safe);
   safe.resize(safe.find_last_not_of(". ") + 1);
-  return IsReserved(safe) ? "_" + safe : safe;
+  return safe;
 }
 
 std::string FileNameOf(const Part& part, std::size_t place) {

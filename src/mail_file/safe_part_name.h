@@ -11,9 +11,9 @@
 namespace quillcast::mail_file {
 
 // The last piece of a path, in either spelling, without control characters and those that change the direction of what
-// follows, without leading dots and trailing dots and blanks; "_" for what other systems keep for themselves, also
-// before a name that they do (CON, LPT1). At most 200 bytes with the ending kept, so that a number fits behind it.
-// Empty when nothing is left.
+// follows, without leading dots and blanks, whatever kind of blank, and trailing dots and blanks; "_" for what other
+// systems keep for themselves, also before a name that they do (CON, LPT1) and one that begins with "-" or "~". At most
+// 200 bytes with the ending kept, so that a number fits behind it. Empty when nothing is left.
 std::string SafePartName(std::string_view name);
 
 // SafePartName of what the part is called; of one without a name "Part 3" with the ending of its type, by `place`, its

@@ -45,6 +45,15 @@ TEST(SafePartName, LeavesNothingThatLeadsOrMisleads) {
            Row{"con", "_con"},
            Row{"Lpt1.txt", "_Lpt1.txt"},
            Row{"com10.txt", "com10.txt"},
+           Row{"COM\u00B9.txt", "_COM\u00B9.txt"},
+           Row{"lpt\u00B3", "_lpt\u00B3"},
+           Row{"conin$", "_conin$"},
+           Row{"-rf", "_-rf"},
+           Row{"~ada", "_~ada"},
+           Row{"a-~b", "a-~b"},
+           Row{" \u00A0\u3000\u2003. ", ""},
+           Row{"\u2800\u3164", ""},
+           Row{"\u00A0a\u00A0b.txt", "a\u00A0b.txt"},
            Row{"bad\xFF.txt", "bad_.txt"},
            Row{kHundred + kHundred + kHundred + ".tar", kHundred + kHundred.substr(4) + kHundred.substr(100) + ".tar"},
            Row{kHundred + kHundred.substr(1) + "ü", kHundred + kHundred.substr(1)},
@@ -116,6 +125,10 @@ TEST(ChosenFolder, IsNeitherAFileNorTheProgramsOwn) {
   const platform::OwnFiles own{.kept = {place / "data"}, .free = {}};
   fs::create_directory(place / "data");
   for (const char* name : {"file", "gone", "data"}) EXPECT_FALSE(ChosenFolder::Open(place / name, own)) << name;
+  for (const char* name : {"file", "file/new", "data", "data/new"})
+    EXPECT_FALSE(ChosenFolder::OpenOrMake(place / name, own)) << name;
+  EXPECT_FALSE(fs::exists(place / "data/new"));
+  EXPECT_TRUE(ChosenFolder::OpenOrMake(place / "gone/new", own));
 }
 
 // A part that is called like the settings' journal would be rolled back into them.
