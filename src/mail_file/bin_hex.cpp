@@ -5,6 +5,8 @@ namespace {
 
 constexpr unsigned char kRunMark = 0x90;
 constexpr std::string_view kDigits = "!\"#$%&'()*+,-012345689@ABCDEFGHIJKLMNPQRSTUVXYZ[`abcdefhijklmpqr";
+constexpr std::uint64_t kMostGrowth = 16;
+constexpr std::uint64_t kFreeGrowth = std::uint64_t{1024} * 1024;
 constexpr unsigned kForeign = 64;
 
 constexpr std::array<unsigned char, 256> kValues = [] {
@@ -33,6 +35,8 @@ std::uint32_t BigEndian(const unsigned char* bytes) {
 
 }  // namespace
 
+bool BinHexDecoder::GrowsTooMuch() const { return given_ > kFreeGrowth && given_ / kMostGrowth > taken_; }
+
 void BinHexDecoder::BeginFork(Field field, std::uint64_t length) {
   field_ = length > 0 ? field : static_cast<Field>(static_cast<int>(field) + 1);
   left_ = length > 0 ? length : 2;
@@ -55,6 +59,7 @@ void BinHexDecoder::TakeCrcByte(unsigned char byte, Field next) {
 }
 
 void BinHexDecoder::TakeByte(unsigned char byte, std::string& out) {
+  ++given_;
   const bool is_crc = field_ == Field::kHeaderCrc || field_ == Field::kDataCrc || field_ == Field::kResourceCrc;
   if (!is_crc) crc_ = static_cast<std::uint16_t>(crc_ << 8 ^ kCrcTable[(crc_ >> 8 ^ byte) & 0xFF]);
   switch (field_) {
@@ -122,7 +127,9 @@ void BinHexDecoder::TakeBits(unsigned bits, std::string& out) {
 
 void BinHexDecoder::Decode(std::string_view bytes, std::string& out) {
   for (const char c : bytes) {
+    if (GrowsTooMuch()) is_broken_ = true;
     if (has_ended_ || is_broken_) return;
+    ++taken_;
     if (!has_begun_) {
       has_begun_ = is_at_line_ && c == ':';
       is_at_line_ = c == '\n' || c == '\r' || (is_at_line_ && IsBlank(c));

@@ -17,7 +17,8 @@ class BinHexDecoder {
   // Appends what of the data fork the bytes hold.
   void Decode(std::string_view bytes, std::string& out);
 
-  // When all bytes were given: kBinHex for a text that is none or ends too early, kBinHexCrc where a sum is wrong.
+  // When all bytes were given: kBinHex for a text that is none, ends too early, or comes to more than 16 times itself
+  // beyond the first MiB (runs could make 64 times of it); kBinHexCrc where a sum is wrong.
   LoadCode Verdict() const;
   // As the header of it says, in MacRoman, at most 63 bytes.
   const std::string& name() const { return name_; }
@@ -25,6 +26,7 @@ class BinHexDecoder {
  private:
   enum class Field { kNameLength, kName, kHeader, kHeaderCrc, kData, kDataCrc, kResource, kResourceCrc, kEnd };
 
+  bool GrowsTooMuch() const;
   void TakeBits(unsigned bits, std::string& out);
   void TakeRun(unsigned char byte, std::string& out);
   void TakeByte(unsigned char byte, std::string& out);
@@ -36,6 +38,8 @@ class BinHexDecoder {
   bool is_at_line_ = true;  // before the colon: nothing but blanks stands on the line yet
   bool is_broken_ = false;
   bool has_wrong_crc_ = false;
+  std::uint64_t taken_ = 0;  // bytes of the text
+  std::uint64_t given_ = 0;  // bytes that they stand for, of both forks
   unsigned held_bits_ = 0;
   int held_count_ = 0;
   bool after_mark_ = false;  // the byte of run lengths came

@@ -5,6 +5,7 @@
 #include "document/picture_kind.h"
 #include "html/safe_page.h"
 #include "mail_file/safe_part_name.h"
+#include "mail_file/within_memory.h"
 #include "mime/media_type.h"
 #include "platform/text.h"
 
@@ -72,14 +73,16 @@ class Writer {
 }  // namespace
 
 Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options) {
-  return Writer(message, folder, options).Run();
+  return WithinMemory([&] { return Writer(message, folder, options).Run(); });
 }
 
 Result<std::string> BodyAsHtml(const MailMessage& message) {
   if (message.HasBody("text/html")) return message.HtmlBody();
-  const auto text = message.TextBody();
-  if (!text) return text.error();
-  return html::PageOfText(*text);
+  return WithinMemory([&]() -> Result<std::string> {
+    const auto text = message.TextBody();
+    if (!text) return text.error();
+    return html::PageOfText(*text);
+  });
 }
 
 Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,

@@ -8,6 +8,7 @@
 #include "mail_file/body_folder.h"
 #include "mail_file/message_rtf.h"
 #include "mail_file/message_xml.h"
+#include "mail_file/within_memory.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -48,12 +49,8 @@ Result<std::size_t> Nothing(const Result<void>& written) {
   return written ? Result<std::size_t>(std::size_t{0}) : written.error();
 }
 
-}  // namespace
-
-std::string_view FilterOf(BodyFormat format) { return kFilters.at(static_cast<std::size_t>(format)); }
-
-Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
-                              const WriteText& write) {
+Result<std::size_t> WriteAs(const MailMessage& message, BodyFormat format, std::string_view code_page,
+                            const WriteText& write) {
   switch (format) {
     case BodyFormat::kText:
       return WriteAsText(message, code_page, write);
@@ -65,6 +62,15 @@ Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std
       return Nothing(WriteAsXml(message, write));
   }
   return std::size_t{0};
+}
+
+}  // namespace
+
+std::string_view FilterOf(BodyFormat format) { return kFilters.at(static_cast<std::size_t>(format)); }
+
+Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
+                              const WriteText& write) {
+  return WithinMemory([&] { return WriteAs(message, format, code_page, write); });
 }
 
 }  // namespace quillcast::mail_file

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "charset/charset.h"
+#include "mail_file/limits.h"
 #include "mime/uuencode.h"
 #include "platform/result.h"
 #include "platform/text.h"
@@ -113,7 +114,7 @@ ParameterizedValue ReadContentDisposition(std::string_view field) {
 
 std::string DecodeHeaderText(std::string_view text) {
   if (platform::IsAscii(text) && text.find("=?") == std::string_view::npos) return std::string(text);
-  const std::string value = ForGMime(text, text.size());
+  const std::string value = ForGMime(text, kLongestField);
   return Utf8(Text(g_mime_utils_header_decode_text(Options(), value.c_str())).get());
 }
 

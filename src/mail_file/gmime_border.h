@@ -28,7 +28,7 @@ ParameterizedValue ReadContentType(std::string_view field);
 ParameterizedValue ReadContentDisposition(std::string_view field);
 
 // Unstructured text (RFC 2047) as UTF-8. Letters beyond ASCII that stand there as they are: UTF-8 where they are that,
-// else Windows-1252.
+// else Windows-1252. Of a text beyond 1 MiB (kLongestField) the beginning: GLib ends the program where memory runs out.
 std::string DecodeHeaderText(std::string_view text);
 
 // One mailbox (RFC 5322 3.4), without a list's commas; nothing where it is none.

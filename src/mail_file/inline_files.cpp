@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "mail_file/decoded_lines.h"
 #include "mail_file/gmime_border.h"
 #include "mail_file/message_lines.h"
 #include "mail_file/packed_parts.h"
@@ -39,10 +40,31 @@ std::string_view YencName(std::string_view line) {
   return name == std::string_view::npos ? std::string_view() : platform::Trim(line.substr(name + 6));
 }
 
+// The lines of a text that is not encoded.
+class PlainLines {
+ public:
+  PlainLines(std::shared_ptr<const MessageFile> file, const PartSource& source)
+      : file_(std::move(file)), begin_(source.bytes.begin), lines_(*file_, source.bytes) {}
+
+  Result<bool> Next(MessageLine& line) { return lines_.Next(line); }
+  void Back() { lines_.Back(); }
+  std::uint64_t position() const { return lines_.position(); }
+  std::uint64_t begin() const { return begin_; }
+  void Remember() {}  // every place of the file can be gone to
+  PartSource SourceOf(ByteRange lines, Unpacking unpacking) const { return {.bytes = lines, .unpacking = unpacking}; }
+
+ private:
+  std::shared_ptr<const MessageFile> file_;
+  std::uint64_t begin_;
+  MessageLines lines_;
+};
+
+// The files in the lines of a text, whichever way those are read.
+template <typename Lines>
 class InlineSearch {
  public:
   InlineSearch(FoundFiles& found, std::size_t text)
-      : found_(found), text_(text), lines_(*found.file, found.parts[text].source.bytes) {}
+      : found_(found), text_(text), lines_(found.file, found.parts[text].source) {}
 
   Result<void> Run() {
     MessageLine line;
@@ -57,6 +79,7 @@ class InlineSearch {
 
  private:
   Result<void> TakeLine(const MessageLine& line) {
+    lines_.Remember();
     if (const auto name = UuencodedName(line.text)) return TakeUuencoded(line.begin, line.next, std::string(*name));
     if (line.text.starts_with("=ybegin ")) return TakeYenc(line.begin, std::string(YencName(line.text)));
     if (line.text.starts_with(kBinHexLine)) return TakeBinHexText(line.begin);
@@ -95,8 +118,7 @@ class InlineSearch {
     if (!has_lines) return {};  // words of the text
     const std::size_t part = Add(DecodeHeaderText(name), "x-uuencode", {begin, *end});
     if (part == kNoPart) return {};
-    found_.parts[part].source = {
-        .bytes = {content, *end}, .encoding = TransferEncoding::kUuencode, .piece = {}, .from = {}};
+    found_.parts[part].source = lines_.SourceOf({content, *end}, Unpacking::kUuencoded);
     return {};
   }
 
@@ -109,7 +131,7 @@ class InlineSearch {
                       Say("The file \"{}\" in the text is encoded by yEnc.", platform::Printable(shown, 100)));
     const std::size_t part = Add(shown, "yenc", {begin, *end});
     if (part == kNoPart) return {};
-    found_.parts[part].source.bytes = {begin, *end};
+    found_.parts[part].source = lines_.SourceOf({begin, *end}, Unpacking::kNone);
     if (found_.mode == LoadMode::kPlain) found_.parts[part].refused = "yEnc";
     return {};
   }
@@ -123,7 +145,7 @@ class InlineSearch {
       return ends ? Step::kLast : Step::kWithin;
     });
     if (!end) return end.error();
-    const PartSource source{.bytes = {begin, *end}, .unpacking = Unpacking::kBinHexData, .piece = {}, .from = {}};
+    const PartSource source = lines_.SourceOf({begin, *end}, Unpacking::kBinHexData);
     const auto looked = LookAtBinHex(found_, source);
     if (!looked) return looked.error();
     if (!looked->is_used) return {};
@@ -134,7 +156,8 @@ class InlineSearch {
 
   std::size_t Add(std::string_view name, std::string_view encoding, ByteRange lines) {
     const std::size_t part = found_.Add(text_, name, encoding);
-    if (part != kNoPart) found_.parts[text_].files_within.push_back(lines);
+    if (part != kNoPart)
+      found_.parts[text_].files_within.push_back({lines.begin - lines_.begin(), lines.end - lines_.begin()});
     return part;
   }
 
@@ -142,12 +165,16 @@ class InlineSearch {
 
   FoundFiles& found_;
   std::size_t text_;
-  MessageLines lines_;
+  Lines lines_;
 };
 
 }  // namespace
 
-Result<void> FindInlineFiles(FoundFiles& found, std::size_t text) { return InlineSearch(found, text).Run(); }
+Result<void> FindInlineFiles(FoundFiles& found, std::size_t text) {
+  if (found.parts[text].source.encoding == TransferEncoding::kIdentity)
+    return InlineSearch<PlainLines>(found, text).Run();
+  return InlineSearch<DecodedLines>(found, text).Run();
+}
 
 Result<std::optional<UuencodedBegin>> FindUuencoded(const MessageFile& file, ByteRange bytes) {
   MessageLines lines(file, bytes);

@@ -5,8 +5,8 @@
 
 namespace quillcast::mail_file {
 
-// Looks through a text that is not encoded, and adds each file as a part and to its `files_within`. Texts in base64 or
-// quoted-printable are not looked through. yEnc is refused: kUnknownEncoding. Fails when the file cannot be read.
+// Looks through a text, decoded, and adds each file as a part and to its `files_within`. yEnc is refused:
+// kUnknownEncoding. Fails when the file cannot be read.
 Result<void> FindInlineFiles(FoundFiles& found, std::size_t text);
 
 // Where the lines of a uuencoded file begin, behind its line "begin 644 name", and the name; nothing where no such line

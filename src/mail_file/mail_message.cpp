@@ -7,6 +7,7 @@
 #include "mail_file/message_lines.h"
 #include "mail_file/message_structure.h"
 #include "mail_file/packed_parts.h"
+#include "mail_file/within_memory.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -14,18 +15,33 @@ namespace {
 
 constexpr std::size_t kLongestValue = std::size_t{64} * 1024;  // of a field that is shown
 
-// What is left of a text without the files that stand in it.
-std::vector<PartSource> PiecesOf(const Part& part) {
-  std::vector<PartSource> pieces;
-  PartSource piece = part.source;
-  for (const ByteRange& file : part.files_within) {
-    piece.bytes.end = file.begin;
-    pieces.push_back(piece);
-    piece.bytes = {file.end, part.source.bytes.end};
+// Gathers a text, block by block, without the files that stand in it.
+class TextWithoutFiles {
+ public:
+  explicit TextWithoutFiles(const std::vector<ByteRange>& files) : files_(files) {}
+
+  void Append(std::string_view block) {
+    while (!block.empty()) {
+      const bool is_behind_all = file_ == files_.size();
+      const bool is_in_file = !is_behind_all && at_ >= files_[file_].begin;
+      const std::uint64_t stop = is_behind_all ? at_ + block.size()
+                                 : is_in_file  ? files_[file_].end
+                                               : files_[file_].begin;
+      const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), stop - std::min(stop, at_)));
+      if (!is_in_file) bytes_ += block.substr(0, size);
+      block.remove_prefix(size);
+      at_ += size;
+      if (is_in_file && at_ >= stop) ++file_;
+    }
   }
-  pieces.push_back(piece);
-  return pieces;
-}
+  const std::string& bytes() const { return bytes_; }
+
+ private:
+  const std::vector<ByteRange>& files_;  // in their order
+  std::size_t file_ = 0;                 // the next, or the one that is passed over
+  std::uint64_t at_ = 0;
+  std::string bytes_;
+};
 
 Error Refused(const Part& part) {
   return {Failure::kBadData,
@@ -110,18 +126,20 @@ PartReader MailMessage::OpenAsItStands(const Part& part) const {
 }
 
 Result<std::string> MailMessage::TextOf(const Part& part) const {
+  return WithinMemory([&] { return WholeText(part); });
+}
+
+Result<std::string> MailMessage::WholeText(const Part& part) const {
   if (!part.refused.empty()) return Refused(part);
-  std::string bytes;
-  for (const PartSource& piece : PiecesOf(part)) {
-    PartReader reader(file_, piece);
-    for (;;) {
-      const auto block = reader.Next();
-      if (!block) return block.error();
-      if (block->empty()) break;
-      bytes += *block;
-    }
+  TextWithoutFiles text(part.files_within);
+  PartReader reader(file_, part.source);
+  for (;;) {
+    const auto block = reader.Next();
+    if (!block) return block.error();
+    if (block->empty()) break;
+    text.Append(*block);
   }
-  return platform::WithLineEnds(DecodeBody(bytes, part.charset, part.type == "text/html"));
+  return platform::WithLineEnds(DecodeBody(text.bytes(), part.charset, part.type == "text/html"));
 }
 
 bool MailMessage::HasBody(std::string_view type) const {
@@ -153,7 +171,9 @@ Result<Loading> Load(const std::filesystem::path& path, const LoadOptions& optio
     return nothing;
   }
   if ((*file)->size() == 0) {
-    nothing.faults.push_back({LoadCode::kFileIo, Say("\"{}\" is empty.", platform::Printable(path.string()))});
+    nothing.faults.push_back(
+        {LoadCode::kFileIo,
+         Say("\"{}\" is empty.", platform::Printable(options.name.empty() ? path.string() : options.name))});
     return nothing;
   }
   return LoadOpen(*file, options);

@@ -35,6 +35,7 @@ namespace quillcast::mail_file {
 struct LoadOptions {
   LoadMode mode = LoadMode::kPlain;
   const platform::CancelToken* cancel = nullptr;  // outlives the call
+  std::string name = {};                          // what the file is called to people; empty for its path
 };
 
 class MailMessage {
@@ -62,7 +63,7 @@ class MailMessage {
   // The whole content as UTF-8, lines ended by CRLF however they were. What character set it is in is found out in this
   // order: a byte-order mark, the declared set where the bytes mean something in it, what an HTML page says of itself,
   // UTF-8 where it is that, Windows-1252. Files within a text are left out: they are parts of their own. Held whole:
-  // the one call whose memory grows with the part.
+  // the one call whose memory grows with the part; kIo where there is not as much.
   Result<std::string> TextOf(const Part& part) const;
 
   // The parts marked as body of that type, in order.
@@ -73,6 +74,7 @@ class MailMessage {
 
  private:
   Result<std::string> BodyOf(std::string_view type) const;
+  Result<std::string> WholeText(const Part& part) const;
 
   std::shared_ptr<const MessageFile> file_;
   std::vector<Part> parts_;

@@ -58,8 +58,7 @@ Result<void> Unpack(FoundFiles& found, std::size_t place) {
   if (part.source.encoding == TransferEncoding::kUuencode) return UnpackUuencoded(found, part);
   if (IsBinHex(part)) return UnpackBinHex(found, place);
   if (IsTnef(part)) return UnpackTnef(found, place);
-  const bool is_plain = part.source.encoding == TransferEncoding::kIdentity && part.type == "text/plain";
-  if (is_plain && part.marker == Marker::kBody) return FindInlineFiles(found, place);
+  if (part.type == "text/plain" && part.marker == Marker::kBody) return FindInlineFiles(found, place);
   return {};
 }
 

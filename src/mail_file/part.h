@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,9 @@ struct ByteRange {
 // kUnknown: nothing here can decode it.
 enum class TransferEncoding { kIdentity, kQuotedPrintable, kBase64, kUuencode, kUnknown };
 
-// What is taken out of the bytes once they are decoded.
-enum class Unpacking { kNone, kBinHexData, kPiece };
+// What is made of the bytes once they are decoded. kRtf: the rich text that compressed rich text stands for; kRtfText:
+// its words in UTF-8, or the page that it was made of.
+enum class Unpacking { kNone, kBinHexData, kUuencoded, kRtf, kRtfText };
 
 struct DecodingPoint;  // see part_reader.h
 
@@ -36,8 +38,8 @@ struct PartSource {
   ByteRange bytes;  // of the file, still encoded
   TransferEncoding encoding = TransferEncoding::kIdentity;
   Unpacking unpacking = Unpacking::kNone;
-  ByteRange piece;                            // with kPiece: which of the decoded bytes
-  std::shared_ptr<const DecodingPoint> from;  // where decoding may begin for that piece; none: at the beginning
+  std::optional<ByteRange> piece = {};             // which of the decoded bytes are unpacked; none: all
+  std::shared_ptr<const DecodingPoint> from = {};  // where decoding may begin for that piece; none: at the beginning
 };
 
 // Texts come from strangers: they are UTF-8 and no longer than kLongestPartText, and may hold anything else; show them
@@ -56,7 +58,7 @@ struct Part {
   std::string refused;       // a transfer encoding that is not decoded, by its name ("yEnc"); then it cannot be opened
   ByteRange header;          // its fields, in the file
   PartSource source;
-  std::vector<ByteRange> files_within;  // lines of a text, in the file, that are parts of their own
+  std::vector<ByteRange> files_within;  // lines of a text that are parts of their own, in its decoded bytes
 };
 
 inline constexpr std::size_t kLongestPartText = 1000;  // bytes

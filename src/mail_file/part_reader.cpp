@@ -43,11 +43,11 @@ Result<void> PartReader::ReadBlock() {
 // Leaves of what was decoded, which began at `from`, what belongs to the piece.
 void PartReader::CutPiece(std::uint64_t from) {
   const std::uint64_t to = from + out_.size();
-  const std::uint64_t begin = std::clamp(source_.piece.begin, from, to);
-  const std::uint64_t end = std::clamp(source_.piece.end, begin, to);
+  const std::uint64_t begin = std::clamp(source_.piece->begin, from, to);
+  const std::uint64_t end = std::clamp(source_.piece->end, begin, to);
   out_.resize(static_cast<std::size_t>(end - from));
   out_.erase(0, static_cast<std::size_t>(begin - from));
-  if (to >= source_.piece.end) is_finished_ = true;
+  if (to >= source_.piece->end) is_finished_ = true;
 }
 
 void PartReader::Decode(std::string_view bytes) {
@@ -59,10 +59,31 @@ void PartReader::Decode(std::string_view bytes) {
   }
   const std::uint64_t from = decoded_;
   decoded_ += out_.size();
-  if (source_.unpacking == Unpacking::kPiece) CutPiece(from);
-  if (source_.unpacking != Unpacking::kBinHexData) return;
+  if (source_.piece) CutPiece(from);
+  if (source_.unpacking != Unpacking::kNone) Unpack();
+}
+
+void PartReader::Unpack() {
   unpacked_.clear();
-  bin_hex_.Decode(out_, unpacked_);
+  switch (source_.unpacking) {
+    case Unpacking::kNone:
+      return;
+    case Unpacking::kBinHexData:
+      bin_hex_.Decode(out_, unpacked_);
+      break;
+    case Unpacking::kUuencoded:
+      uudecoder_.Decode(out_, unpacked_);
+      break;
+    case Unpacking::kRtf:
+      compressed_rtf_.Decode(out_, unpacked_);
+      break;
+    case Unpacking::kRtfText: {
+      std::string rtf;
+      compressed_rtf_.Decode(out_, rtf);
+      rtf_text_.Decode(rtf, unpacked_);
+      if (is_finished_) rtf_text_.Finish(unpacked_);
+    }
+  }
   out_.swap(unpacked_);
 }
 

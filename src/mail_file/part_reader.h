@@ -7,9 +7,12 @@
 #include <string_view>
 
 #include "mail_file/bin_hex.h"
+#include "mail_file/compressed_rtf.h"
 #include "mail_file/gmime_border.h"
 #include "mail_file/message_file.h"
 #include "mail_file/part.h"
+#include "mail_file/rtf_text.h"
+#include "mime/uuencode.h"
 #include "platform/cancel.h"
 
 namespace quillcast::mail_file {
@@ -38,11 +41,15 @@ class PartReader {
   Result<void> ReadBlock();
   void Decode(std::string_view bytes);
   void CutPiece(std::uint64_t from);
+  void Unpack();
 
   std::shared_ptr<const MessageFile> file_;
   PartSource source_;
   TransferDecoder decoder_;
   BinHexDecoder bin_hex_;
+  mime::Uudecoder uudecoder_;
+  CompressedRtfDecoder compressed_rtf_;
+  RtfTextDecoder rtf_text_;
   std::size_t block_size_;
   std::uint64_t at_;           // place in the file
   std::uint64_t decoded_ = 0;  // bytes before out_

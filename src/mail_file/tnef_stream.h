@@ -25,9 +25,8 @@ class TnefStream {
   std::uint64_t position() const { return point_->decoded + at_; }
   // Where decoding can begin for what comes next.
   std::shared_ptr<const DecodingPoint> point() const { return point_; }
-  // The sum of all bytes since ForgetSum, modulo 65,536.
+  // The sum of all bytes that were read, modulo 65,536.
   std::uint16_t sum() const { return sum_; }
-  void ForgetSum() { sum_ = 0; }
   bool is_ended() const { return is_ended_; }
   // Why it ended too early; nothing where the content did.
   const Result<void>& read() const { return read_; }

@@ -3,9 +3,11 @@
 #include "mail_file/mail_message.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <fstream>
 
+#include "mail_file/body_formats.h"
 #include "mail_file/gmime_border.h"
 #include "support/memory.h"
 #include "support/temporary_folder.h"
@@ -241,6 +243,27 @@ TEST(MailMessage, HoldsNoContent) {
   EXPECT_EQ(reader->Next()->front(), '\0');
   EXPECT_LT(test::PeakMemory() - before, 8U * 1024 * 1024);
 }
+
+#ifndef __SANITIZE_ADDRESS__  // which ends the program itself
+// A text that memory has no room for is an error, and the rest of the message is still there.
+TEST(MailMessage, TellsOfATextThatMemoryHasNoRoomFor) {
+  const test::TemporaryFolder folder;
+  const auto file = folder.Write("m", "Subject: x\nContent-Type: text/html\n\n");
+  std::filesystem::resize_file(file, 1ULL << 30);
+  rlimit before{};
+  ::getrlimit(RLIMIT_AS, &before);
+  const rlimit small{1ULL << 30, before.rlim_max};
+  ::setrlimit(RLIMIT_AS, &small);
+  const Loading loading = LoadFile(file);
+  const auto text = loading.message->HtmlBody();
+  const auto written = WriteBody(*loading.message, BodyFormat::kRtf, {}, [](auto) { return Result<void>(); });
+  ::setrlimit(RLIMIT_AS, &before);
+  ASSERT_FALSE(text);
+  EXPECT_EQ(text.error().failure, Failure::kIo);
+  EXPECT_FALSE(written);
+  EXPECT_EQ(loading.message->facts().subject, "x");
+}
+#endif
 
 // Where a stream is cut says nothing about what it decodes to, and a copy goes on as the original does.
 TEST(TransferDecoder, DecodesTheSameHoweverItIsCut) {
