@@ -24,13 +24,14 @@ void TellFaults(const Context& context, const std::string& name, const mail_file
 int UseFile(Context& context, const std::string& name, LoadMode mode, const UseMessage& use) {
   const auto input = InputFile::Of(name, context.Folders().temporary, context.cancel);
   if (!input) return context.output.Fail(input.error());
-  const auto loading = mail_file::Load(input->path(), {mode, &context.cancel});
+  const std::string shown = name == "-" ? "standard input" : name;
+  const auto loading = mail_file::Load(input->path(), {mode, &context.cancel, shown});
   if (!loading) return context.output.Fail(loading.error());
   if (!loading->message) {
     const mail_file::LoadFault& fault = loading->faults.front();
     return context.output.Fail({Failure::kNoInput, std::string(mail_file::TextOf(fault.code)), fault.what});
   }
-  TellFaults(context, name, *loading);
+  TellFaults(context, shown, *loading);
   if (const int failed = use({name, input->path(), mode, *loading}); failed != 0) return failed;
   return loading->code() == mail_file::LoadCode::kLoaded ? 0 : ExitCode(Failure::kBadData);
 }

@@ -113,7 +113,8 @@ void AddMessageExtract(CLI::App& message, Context& context) {
       ->type_name("FILE");
   extract.add_flag("--utf8", options->utf8, "Write texts in UTF-8, whatever the character set of the locale is");
   extract.footer(
-      "Folders have to exist. Parts replace nothing there: one whose name is taken gets \" (2)\"; the three files are\n"
+      "A folder that is not there is made. Parts replace nothing there: one whose name is taken gets \" (2)\"; the "
+      "three files are\n"
       "replaced. Pages are written without what would run or load something.\n"
       "Example: quillcast message extract letter.eml --parts attachments --body letter.rtf -f rtf");
   OnRun(extract, context, [options](Context& ctx) { return Extract(ctx, *options); });

@@ -1,5 +1,6 @@
 #include "mail_file/extraction.h"
 
+#include <algorithm>
 #include <array>
 
 #include "charset/code_page.h"
@@ -49,7 +50,10 @@ class Extraction {
 
   void Fail(const Error& error) {
     ++outcome_.failed;
-    if (outcome_.failures.size() < kMostFailures) outcome_.failures.push_back(error);
+    const bool is_told = std::ranges::any_of(outcome_.failures, [&](const Error& told) {  // as of a full disk
+      return error.failure == Failure::kIo && told.failure == error.failure && told.remedy == error.remedy;
+    });
+    if (!is_told && outcome_.failures.size() < kMostFailures) outcome_.failures.push_back(error);
   }
 
   bool IsCancelled() {
@@ -58,7 +62,7 @@ class Extraction {
   }
 
   void WriteParts() {
-    auto folder = ChosenFolder::Open(request_.parts_folder, own_);
+    auto folder = ChosenFolder::OpenOrMake(request_.parts_folder, own_);
     if (!folder) return Fail(folder.error());
     std::uint64_t total = 0;
     for (const Part& part : message_.parts()) total += IsWanted(part) ? part.source.bytes.size() : 0;
@@ -93,7 +97,7 @@ class Extraction {
 
   void WriteSecondFolder() {
     if (IsCancelled()) return;
-    auto folder = ChosenFolder::Open(request_.second_folder, own_);
+    auto folder = ChosenFolder::OpenOrMake(request_.second_folder, own_);
     if (!folder) return Fail(folder.error());
     auto written = WriteBodyFolder(message_, *folder, {.cancel = &cancel_});
     if (IsCancelled()) return;

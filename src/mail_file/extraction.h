@@ -45,7 +45,7 @@ struct ExtractionOutcome {
   std::optional<std::string> page;  // the page in the second
   std::vector<std::string> pictures;
   std::vector<std::string> files;  // of the three files those that were written
-  std::vector<Error> failures;     // at most kMostFailures
+  std::vector<Error> failures;     // at most kMostFailures; what a full disk kept from all is one
   std::size_t failed = 0;          // how many there were
   std::size_t lost = 0;            // characters that the code page does not have
   bool is_cancelled = false;
@@ -55,7 +55,8 @@ inline constexpr std::size_t kMostFailures = 20;
 using SeeExtraction = std::function<void(std::uint64_t done, std::uint64_t total)>;  // bytes of parts
 
 // For a request that CheckExtraction finds nothing wrong with. Parts are
-// written under names of their own and replace nothing; the three files are
+// written under names of their own and replace nothing, in folders that are
+// made where they are missing; the three files are
 // replaced, but not while they are locked. New files have mode 0600. No file
 // for the way a message came where it tells none.
 ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, const platform::OwnFiles& own,

@@ -84,6 +84,7 @@ class Message(Case):
             ([empty], 66, "Error 258: File IO error.", 0),
             ([absent, sample("plain")], 66, "absent.eml", 1),
             ([str(self.folder)], 66, "Error 258: File IO error.", 0),
+            (["-"], 66, '"standard input" is empty.', 0),
             ([sample("boundary_twice"), sample("plain")], 65, "Error 259: Could not find boundry mark.", 2),
             ([sample("binhex_cut")], 65, "Error 257: There was an error decoding a BINHEX message.", 1),
             ([sample("binhex_crc")], 65, "Error 1002: BINHEX CRC error.", 1),
@@ -94,6 +95,20 @@ class Message(Case):
             self.assertEqual((told, len(out.splitlines())), (code, shown), files)
             self.assertIn(said, err)
         self.assertEqual(self.show("message", "show")[0], 64)
+
+    def test_an_output_that_is_full_and_a_stop(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([PROGRAM, "--profile", self.profile, "message", "show", sample("plain")], stdout=full,
+                                  stderr=subprocess.PIPE, text=True, timeout=60)
+        self.assertEqual(done.returncode, 74, done.stderr)
+        with subprocess.Popen([PROGRAM, "--profile", self.profile, "message", "show", sample("plain"), "-", sample("plain")],
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdin.write(b"x" * 1_000_000)  # more than a pipe holds: by now it reads the second, which does not end
+            process.stdin.flush()
+            process.send_signal(signal.SIGINT)
+            shown = process.stdout.read()
+            self.assertEqual(process.wait(60), 75)
+        self.assertEqual(shown.count(b"From:"), 1, "another was shown behind the stop")
 
     def test_reads_leniently_as_the_account_says(self):
         def parts(*options):
@@ -302,7 +317,7 @@ class Message(Case):
             (["--body", absent, "-f", "pdf"], 64, "pdf"),
             (["--recipients", str(locked)], 77, "is locked and was left as it is"),
             (["--body", str(self.profile / "data" / "x")], 77, "the program keeps its own files there"),
-            (["--parts", absent], 73, "absent"),
+            (["--parts", f"{locked}/parts"], 73, "locked"),
             (["--body", f"{absent}/body"], 73, "absent/body"),
         ]:
             told, _, err = self.extract(sample("plain"), *arguments)

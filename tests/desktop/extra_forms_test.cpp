@@ -281,6 +281,11 @@ class ExtraFormsTest : public QObject {
     QVERIFY(!platform::IsLocked(file));
     QCOMPARE(scene.Run("ExportButton"), kExported);
     QVERIFY(test::ReadAll(file).find("Subject: Hello") != std::string::npos);
+    const std::string settings = test::ReadAll(scene.rig.folders.settings);
+    scene.Type("FilePathTextBox", PathToQt(scene.rig.folders.settings));
+    QCOMPARE(scene.Run("ExportButton"), "");
+    QVERIFY2(scene.Status().contains("keeps its own files there"), qPrintable(scene.Status()));
+    QCOMPARE(test::ReadAll(scene.rig.folders.settings), settings);
   }
 };
 

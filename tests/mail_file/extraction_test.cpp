@@ -131,7 +131,7 @@ TEST(Extraction, ReplacesTheTextsAndCountsWhatTheirSetLacks) {
 TEST(Extraction, GoesOnPastWhatFails) {
   Scene scene;
   scene.AskForAll();
-  scene.request.parts_folder = scene.In("gone");
+  scene.request.parts_folder = scene.In("letter.eml") + "/parts";
   scene.request.second_folder = scene.In("letter.eml");
   fs::permissions(scene.place.Write("recipients", "kept"), fs::perms::owner_read);
   scene.own.kept = {scene.place / "body"};
@@ -154,7 +154,11 @@ TEST(Extraction, LeavesTheMessageFileAsItIs) {
 
 TEST(Extraction, LeavesNothingHalfOnAFullDisk) {
   Scene scene;
-  scene.request.parts_folder = scene.In("parts");
+  std::string letter = kLetter;
+  for (int i = 0; i < 30; ++i)
+    letter.insert(letter.rfind("--b--"), "--b\r\nContent-Type: x/x; name=x\r\n\r\nlarge\r\n");
+  scene.place.Write("letter.eml", letter);
+  scene.request.parts_folder = scene.In("parts/made/for it");
   scene.request.body_file = scene.In("body");
   const rlimit before = [] {
     rlimit limit{};
@@ -167,8 +171,12 @@ TEST(Extraction, LeavesNothingHalfOnAFullDisk) {
   const auto outcome = scene.Extract();
   ::setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(outcome.parts, (std::vector<std::string>{"a.bin", "Part 3.png"}));
-  EXPECT_EQ(outcome.failed, 2U);
-  EXPECT_EQ(std::distance(fs::directory_iterator(scene.place / "parts"), {}), 2);
+  EXPECT_EQ(outcome.failed, 32U);
+  const auto told = ExtractionTroubles(outcome, {});
+  ASSERT_EQ(told.size(), 2U) << "once, and how many more";
+  EXPECT_NE(told[0].InEnglish().find("parts/made/for it/a (2).bin"), std::string::npos) << told[0].InEnglish();
+  EXPECT_EQ(told[1].InEnglish(), "31 more files were not written.");
+  EXPECT_EQ(std::distance(fs::directory_iterator(scene.request.parts_folder), {}), 2);
   EXPECT_FALSE(fs::exists(scene.place / "body"));
 }
 

@@ -83,6 +83,10 @@ void ExtraForm3::Export() {
     program_.prompts.Warn(complaint->message);
     return file_->setFocus();
   }
+  if (const auto other = platform::CheckIsNotOwn(target.file, program_.folders.OwnFiles()); !other) {
+    status_->Fail(other.error());
+    return file_->setFocus();
+  }
   status_->Say(tr("Writing %1…").arg(file_->text()));
   AskPrepared(
       task_, program_, message_, run::ChosenGroup(), [target](run::PreparedRun& run) { return run.Export(target); },
