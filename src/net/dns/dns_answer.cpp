@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
-#include <ranges>
 #include <string_view>
 #include <utility>
 
@@ -179,7 +178,8 @@ std::string ReverseName(const IpAddress& address) {
     return name + "in-addr.arpa";
   }
   constexpr std::string_view kDigits = "0123456789abcdef";
-  for (const std::uint8_t byte : std::ranges::reverse_view(address.bytes)) {
+  for (std::size_t n = address.bytes.size(); n-- > 0;) {
+    const std::uint8_t byte = address.bytes[n];
     name += {kDigits[byte & 15U], '.', kDigits[byte >> 4U], '.'};
   }
   return name + "ip6.arpa";

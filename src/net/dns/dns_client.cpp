@@ -85,6 +85,7 @@ struct DnsClient::Pending {
   Watch* watch = nullptr;
   std::uint64_t unclaimed_before = 0;
   int questions_on = 0;
+  bool asked_twice = false;
   bool done = false;
   DnsAnswer answer = {};
 
@@ -178,20 +179,31 @@ void DnsClient::Ask(DnsQuestion question, Then then) {
   Send(pending_.back(), name);
 }
 
+// Whether what came is not the end of a question, which is then sent again.
+bool DnsClient::GoesOn(Pending& one) {
+  if (one.answer.outcome == DnsOutcome::kNotUnderstood && !one.asked_twice) {
+    // A server that does not know EDNS: the library asks again without, but the first only of those that are open.
+    one.asked_twice = true;
+    Send(one, std::string(one.question.name));
+    return !one.done;
+  }
+  if (one.answer.outcome != DnsOutcome::kNoData || one.answer.name == WithoutRootDot(one.question.name)) return false;
+  if (one.questions_on == kMostQuestionsOn) {
+    one.answer.outcome = DnsOutcome::kMalformed;
+    return false;
+  }
+  ++one.questions_on;
+  Send(one, std::string(one.answer.name));
+  return !one.done;
+}
+
 // Not from within the library's callback, so that whoever is told may ask further.
 void DnsClient::Deliver() {
   for (auto one = pending_.begin(); one != pending_.end();) {
-    const bool leads_on = one->done && one->answer.outcome == DnsOutcome::kNoData &&
-                          one->answer.name != WithoutRootDot(one->question.name);
-    if (leads_on && one->questions_on < kMostQuestionsOn) {
-      ++one->questions_on;
-      Send(*one, std::string(one->answer.name));
-    }
-    if (!one->done) {
+    if (!one->done || GoesOn(*one)) {
       ++one;
       continue;
     }
-    if (leads_on) one->answer.outcome = DnsOutcome::kMalformed;
     std::list<Pending> told;
     told.splice(told.end(), pending_, one++);
     told.front().then(told.front().answer);

@@ -59,6 +59,7 @@ class DnsClient {
   struct Watch;
 
   void Send(Pending& pending, const std::string& name);
+  bool GoesOn(Pending& one);
   void Deliver();
   void Drop();
 

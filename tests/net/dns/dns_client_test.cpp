@@ -173,6 +173,18 @@ TEST_F(DnsClientTest, AsksTheNextServer) {
   EXPECT_EQ(answers->front().outcome, DnsOutcome::kServerFailed);
 }
 
+TEST_F(DnsClientTest, AsksAServerThatDoesNotKnowEdns) {
+  const DnsServer server([zone = Zone()](const std::string& query, bool tcp) {
+    const bool edns = query[11] != 0;
+    return edns ? std::vector{ReplyTo(query, 1, {})} : AnswerFrom(zone, query, tcp);
+  });
+  const std::vector questions = {DnsQuestion{"example.org", DnsType::kA}, DnsQuestion{"example.org", DnsType::kMx},
+                                 DnsQuestion{"example.org", DnsType::kAaaa}};
+  const auto answers = AskAll(questions, {server.endpoint()}, Within(seconds(20)));
+  ASSERT_TRUE(answers);
+  for (const DnsAnswer& answer : *answers) EXPECT_EQ(answer.outcome, DnsOutcome::kFound);
+}
+
 // Forty questions that wait for each other would take four seconds.
 TEST_F(DnsClientTest, AsksAllAtOnce) {
   const DnsServer server(Zone(), milliseconds(100));
