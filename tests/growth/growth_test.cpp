@@ -23,6 +23,7 @@
 #include "document/message_document.h"
 #include "document/message_properties.h"
 #include "document/signature.h"
+#include "domain/whois.h"
 #include "html/html_to_rtf.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
@@ -688,6 +689,7 @@ TEST(Growth, OfServersAndClients) {
              {"the client at EHLO", answer("250-mx\r\n250-AUTH ", 16384)},
              {"the client in a sign-in", answer("250-mx\r\n250 AUTH LOGIN\r\n", 7)},
              {"ParseCapabilities", [](const std::string& text) { return smtp::ParseCapabilities(text); }},
+             {"ReadWhoisAnswer", [](const std::string& text) { return domain::ReadWhoisAnswer(text); }},
              {"NtlmChallenge", [](const std::string& text) { return smtp::ParseNtlmChallenge("NTLMSSP" + text); }}},
             {"x",
              "\r",
@@ -717,6 +719,7 @@ TEST(Growth, OfServersAndClients) {
              "334 eA==\r\n",
              "250 ok\r\n",
              "421-x\r\n",
+             "whois: a b\n",
              std::string_view("\0", 1)});
 }
 
