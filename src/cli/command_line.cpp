@@ -88,6 +88,7 @@ void AddCommands(CLI::App& app, Context& context) {
   AddHistoryCommand(app, context);
   AddMessageCommand(app, context);
   AddServerCommand(app, context);
+  AddDomainCommand(app, context);
   AddMailboxCommand(app, context);
 }
 
