@@ -53,6 +53,25 @@ fs::path FreeNameForDamaged(const fs::path& file) {
   }
 }
 
+Result<std::string> ReadValue(Database& database, std::string_view section, std::string_view key,
+                              std::string_view fallback) {
+  auto statement = Prepare(database, "SELECT Value FROM Settings WHERE Application = ?1 AND Section = ?2 AND Key = ?3",
+                           {section, key});
+  // A file without the table is one whose first write has not ended yet.
+  if (!statement) return std::string(fallback);
+  const auto row = statement->Step();
+  if (!row) return row.error();
+  return std::string(*row ? statement->Text(0) : fallback);
+}
+
+Result<void> WriteValue(Database& database, std::string_view section, std::string_view key, std::string_view value) {
+  auto statement =
+      Prepare(database, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
+              {section, key, value});
+  if (!statement) return statement.error();
+  return statement->Run();
+}
+
 }  // namespace
 
 Result<std::string> SettingsStore::Read(std::string_view section, std::string_view key,
@@ -60,13 +79,7 @@ Result<std::string> SettingsStore::Read(std::string_view section, std::string_vi
   if (!Exists(file_)) return std::string(fallback);
   auto database = Database::Open(file_, OpenMode::kReadOnly, patience_);
   if (!database) return database.error();
-  auto statement = Prepare(*database, "SELECT Value FROM Settings WHERE Application = ?1 AND Section = ?2 AND Key = ?3",
-                           {section, key});
-  // A file without the table is one whose first write has not ended yet.
-  if (!statement) return std::string(fallback);
-  const auto row = statement->Step();
-  if (!row) return row.error();
-  return std::string(*row ? statement->Text(0) : fallback);
+  return ReadValue(*database, section, key, fallback);
 }
 
 Result<void> SettingsStore::Write(std::string_view section, std::string_view key, std::string_view value) {
@@ -80,12 +93,22 @@ Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const S
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
   for (const auto& [key, value] : values) {
-    auto statement =
-        Prepare(*database, "INSERT OR REPLACE INTO Settings (Application, Section, Key, Value) VALUES (?1, ?2, ?3, ?4)",
-                {section, key, value});
-    if (!statement) return statement.error();
-    if (auto written = statement->Run(); !written) return written;
+    if (auto written = WriteValue(*database, section, key, value); !written) return written;
   }
+  return transaction->Commit();
+}
+
+Result<void> SettingsStore::Change(std::string_view section, std::string_view key,
+                                   const std::function<Result<std::string>(const std::string&)>& change) {
+  auto database = OpenForWriting(file_, patience_);
+  if (!database) return database.error();
+  auto transaction = platform::Transaction::Begin(*database);
+  if (!transaction) return transaction.error();
+  const auto stored = ReadValue(*database, section, key, "");
+  if (!stored) return stored.error();
+  const auto changed = change(*stored);
+  if (!changed) return changed.error();
+  if (auto written = WriteValue(*database, section, key, *changed); !written) return written;
   return transaction->Commit();
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,6 +32,10 @@ class SettingsStore {
   Result<void> Write(std::string_view section, std::string_view key, std::string_view value);
   // All of the values or none of them.
   Result<void> WriteAll(std::string_view section, std::span<const SettingValue> values);
+  // What `change` makes of the stored text, empty where there is none: no other program writes in between. Where it
+  // fails the text stays.
+  Result<void> Change(std::string_view section, std::string_view key,
+                      const std::function<Result<std::string>(const std::string&)>& change);
   Result<void> DeleteSection(std::string_view section);
 
   // Looks whether the file can be used. One that is damaged or belongs to another program is renamed to

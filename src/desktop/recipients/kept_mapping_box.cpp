@@ -45,20 +45,24 @@ void KeptMappingBox::EnableButtons() {
   setEnabled(is_enabled_ && count() > 0);
   keep_->setEnabled(is_enabled_);
   apply_->setEnabled(is_enabled_ && currentIndex() >= 0);
-  remove_->setEnabled(is_enabled_ && currentIndex() >= 0);
+  remove_->setEnabled(is_enabled_ && (currentIndex() >= 0 || are_damaged_));
 }
 
 void KeptMappingBox::Fill(const QString& chosen) {
   {
     const QSignalBlocker quiet(this);
     clear();
-    if (const auto all = recipients::ListMappingNames(program_.settings)) {
+    const auto all = recipients::ListMappingNames(program_.settings);
+    if (all) {
       for (const std::string& name : *all) addItem(ToQt(name));
     } else {
       status_.Fail(all.error());
     }
+    are_damaged_ = !all && all.error().failure == Failure::kBadData;
     setCurrentIndex(findText(chosen, Qt::MatchFixedString));
-    setPlaceholderText(count() == 0 ? tr("None is kept yet") : tr("Choose a mapping"));
+    setPlaceholderText(!all           ? tr("They cannot be read")
+                       : count() == 0 ? tr("None is kept yet")
+                                      : tr("Choose a mapping"));
   }
   EnableButtons();
 }
@@ -85,13 +89,17 @@ void KeptMappingBox::Keep(recipients::KeptMapping mapping, const QString& sugges
 
 void KeptMappingBox::Remove() {
   const QString name = currentText();
-  const auto question = Say("Would you like to remove the mapping “{}”?", FromQt(name));
+  const auto question = are_damaged_ ? Sentence("The kept mappings are damaged. Would you like to remove all of them?")
+                                     : Say("Would you like to remove the mapping “{}”?", FromQt(name));
   if (program_.prompts.Ask(FromQt(InWords(question))) != platform::Answer::kYes) return;
-  const auto deleted = recipients::DeleteMapping(program_.settings, FromQt(name));
-  if (deleted) {
-    status_.Say(tr("The mapping “%1” is no longer kept.").arg(name));
-  } else {
+  const auto deleted = are_damaged_ ? recipients::ForgetMappings(program_.settings)
+                                    : recipients::DeleteMapping(program_.settings, FromQt(name));
+  if (!deleted) {
     status_.Fail(deleted.error());
+  } else if (are_damaged_) {
+    status_.Say(tr("No mapping is kept any more."));
+  } else {
+    status_.Say(tr("The mapping “%1” is no longer kept.").arg(name));
   }
   Fill({});
   (count() > 0 ? static_cast<QWidget*>(this) : keep_)->setFocus();

@@ -45,6 +45,7 @@ class KeptMappingBox final : public QComboBox {
   QPushButton* keep_;
   QPushButton* remove_;
   bool is_enabled_ = false;
+  bool are_damaged_ = false;  // and can only be removed together
 };
 
 }  // namespace quillcast::desktop

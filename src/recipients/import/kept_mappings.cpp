@@ -1,6 +1,7 @@
 #include "recipients/import/kept_mappings.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <nlohmann/json.hpp>
 
@@ -28,6 +29,12 @@ Error Damaged(const std::string& name, const char* key) {
           "Remove it, or keep another under its name."};
 }
 
+bool IsNumberOfLines(const json& value) {
+  if (!value.is_number_integer()) return false;
+  if (!value.is_number_unsigned() && value.get<std::int64_t>() < 0) return false;
+  return value.get<std::uint64_t>() <= static_cast<std::uint64_t>(kMostSkipped);
+}
+
 // What it holds is never guessed at, as the fields hang on it: each is of the kind that Store wrote, or not there.
 Result<void> CheckKinds(const std::string& name, const json& row) {
   using Kind = json::value_t;
@@ -41,7 +48,7 @@ Result<void> CheckKinds(const std::string& name, const json& row) {
                                   {"rfc4180", Kind::boolean}}) {
     if (row.contains(key) && row[key].type() != kind) return Damaged(name, key);
   }
-  if (row.contains("skip") && !row["skip"].is_number_integer()) return Damaged(name, "skip");
+  if (row.contains("skip") && !IsNumberOfLines(row["skip"])) return Damaged(name, "skip");
   return {};
 }
 
@@ -90,16 +97,19 @@ json ToJson(const KeptMapping& kept) {
 }
 
 // By name, as they are stored. What is not that is refused: kept over, all that it may still hold would be lost.
-Result<json> Rows(const profile::SettingsStore& settings) {
-  const auto stored = settings.Read(kSection, kKey, "");
-  if (!stored) return stored.error();
-  if (stored->empty()) return json::object();
-  json all = json::parse(*stored, nullptr, false);
+Result<json> RowsOf(const profile::SettingsStore& settings, const std::string& stored) {
+  if (stored.empty()) return json::object();
+  json all = json::parse(stored, nullptr, false);
   if (all.is_object()) return all;
   return Error{Failure::kBadData,
                Say("The kept mappings are damaged: \"{}\" of the section \"{}\" in {} cannot be read.", kKey, kSection,
                    settings.file().string()),
-               "Mend that setting, or empty it and keep the mappings anew."};
+               kDamagedMappingsRemedy};
+}
+
+Result<json> Rows(const profile::SettingsStore& settings) {
+  const auto stored = settings.Read(kSection, kKey, "");
+  return stored ? RowsOf(settings, *stored) : stored.error();
 }
 
 json::iterator Find(json& rows, std::string_view name) {
@@ -108,8 +118,14 @@ json::iterator Find(json& rows, std::string_view name) {
   return at;
 }
 
-Result<void> Store(profile::SettingsStore& settings, const json& rows) {
-  return settings.Write(kSection, kKey, rows.dump(-1, ' ', false, json::error_handler_t::replace));
+// Of two programs that change them at once neither loses what the other keeps.
+Result<void> ChangeRows(profile::SettingsStore& settings, const std::function<Result<void>(json&)>& change) {
+  return settings.Change(kSection, kKey, [&](const std::string& stored) -> Result<std::string> {
+    auto rows = RowsOf(settings, stored);
+    if (!rows) return rows.error();
+    if (const auto changed = change(*rows); !changed) return changed.error();
+    return rows->dump(-1, ' ', false, json::error_handler_t::replace);
+  });
 }
 
 }  // namespace
@@ -154,21 +170,23 @@ Result<void> CheckMappingName(std::string_view name) {
 
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping) {
   if (auto checked = CheckMappingName(mapping.name); !checked) return checked;
-  auto rows = Rows(settings);
-  if (!rows) return rows.error();
-  const std::string name(platform::Trim(mapping.name));
-  if (const auto before = Find(*rows, name); before != rows->end()) rows->erase(before);
-  (*rows)[name] = ToJson(mapping);
-  return Store(settings, *rows);
+  return ChangeRows(settings, [&mapping](json& rows) -> Result<void> {
+    const std::string name(platform::Trim(mapping.name));
+    if (const auto before = Find(rows, name); before != rows.end()) rows.erase(before);
+    rows[name] = ToJson(mapping);
+    return {};
+  });
 }
 
 Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name) {
-  auto rows = Rows(settings);
-  if (!rows) return rows.error();
-  const auto found = Find(*rows, name);
-  if (found == rows->end()) return NoSuchMapping(name);
-  rows->erase(found);
-  return Store(settings, *rows);
+  return ChangeRows(settings, [name](json& rows) -> Result<void> {
+    const auto found = Find(rows, name);
+    if (found == rows.end()) return NoSuchMapping(name);
+    rows.erase(found);
+    return {};
+  });
 }
+
+Result<void> ForgetMappings(profile::SettingsStore& settings) { return settings.Write(kSection, kKey, ""); }
 
 }  // namespace quillcast::recipients

@@ -11,6 +11,9 @@
 
 namespace quillcast::recipients {
 
+// More lines at the beginning than any list has; a mapping that leaves out more is a damaged one.
+inline constexpr std::int64_t kMostSkipped = 1'000'000'000;
+
 struct KeptMapping {
   std::string name;
   ImportMapping mapping;
@@ -28,7 +31,11 @@ struct KeptMapping {
 // Whoever asks by name is told this; a terminal adds its command.
 inline constexpr const char* kNoSuchMappingRemedy = "Take one of those that are kept.";
 
-// Where the whole setting is damaged each of these fails with kBadData, and leaves it as it is.
+// The same where the whole setting is damaged.
+inline constexpr const char* kDamagedMappingsRemedy = "“Remove” forgets all of them; keep them anew then.";
+
+// Where the whole setting is damaged each of these fails with kBadData and leaves it as it is, but
+// ForgetMappings.
 // Of all that are kept, in their order, also of one that FindMapping refuses: so that it can be removed. Names differ
 // in more than the case of their letters.
 Result<std::vector<std::string>> ListMappingNames(const profile::SettingsStore& settings);
@@ -44,5 +51,7 @@ bool HasMapping(const profile::SettingsStore& settings, std::string_view name);
 Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& mapping);
 // Errors: kUsage where there is none of that name.
 Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name);
+// All of them, readable or not.
+Result<void> ForgetMappings(profile::SettingsStore& settings);
 
 }  // namespace quillcast::recipients

@@ -2,6 +2,10 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <tuple>
+
+#include "recipients/import/file_look.h"
 #include "recipients/import/find_delimiter.h"
 #include "recipients/import/headings.h"
 #include "recipients/import/kept_mappings.h"
@@ -169,11 +173,46 @@ TEST(KeptMappings, AreLeftAsTheyAreWhereNoneOfThemCanBeRead) {
       EXPECT_EQ(done.error().what.InEnglish(),
                 "The kept mappings are damaged: \"Mappings\" of the section \"Import\" in " + settings.file().string() +
                     " cannot be read.");
-      EXPECT_EQ(done.error().remedy.InEnglish(), "Mend that setting, or empty it and keep the mappings anew.");
+      EXPECT_EQ(done.error().remedy.InEnglish(), "“Remove” forgets all of them; keep them anew then.");
     }
     EXPECT_EQ(ListMappingNames(settings).error().failure, Failure::kBadData) << other;
     EXPECT_EQ(*settings.Read("Import", "Mappings", ""), other);
+    ASSERT_TRUE(ForgetMappings(settings) && KeepMapping(settings, {.name = "New", .mapping = {}}));
+    EXPECT_EQ(ListMappingNames(settings)->size(), 1U) << other;
   }
+}
+
+TEST(KeptMappings, OfTwoProgramsAreAllThere) {
+  const test::TemporaryFolder folder;
+  const auto keep = [&folder](const std::string& program) {
+    profile::SettingsStore settings(folder.path() / "settings.db");
+    for (int n = 0; n < 20; ++n) {
+      EXPECT_TRUE(KeepMapping(settings, {.name = program + std::to_string(n), .mapping = {}}));
+      if (n % 2 == 0) {
+        EXPECT_TRUE(DeleteMapping(settings, program + std::to_string(n)));
+      }
+    }
+  };
+  std::thread other(keep, "other");
+  keep("one");
+  other.join();
+  EXPECT_EQ(ListMappingNames(profile::SettingsStore(folder.path() / "settings.db"))->size(), 20U);
+}
+
+// A look keeps what it shows of a file, however much of it is left out.
+TEST(ALook, KeepsTheLastOfManyLinesThatAreLeftOut) {
+  const test::TemporaryFolder folder;
+  std::string list;
+  for (int n = 1; n <= 2'000; ++n) list += std::to_string(n) + "\n";
+  const auto file = folder.Write("list.txt", list);
+  for (const auto& [skip, first, lines] :
+       {std::tuple(0, 1, 20U), {1, 1, 21U}, {5, 1, 25U}, {6, 6, 21U}, {1'990, 1'990, 11U}}) {
+    const auto look = LookAtFile({.file = file, .reading = {}, .skip = skip}, "UTF-8", nullptr);
+    ASSERT_TRUE(look.sample);
+    EXPECT_EQ(look.sample->lines.front().number, first) << skip;
+    EXPECT_EQ(look.sample->lines.size(), lines) << skip;
+  }
+  EXPECT_TRUE(LookAtFile({.file = file, .reading = {}, .skip = kMostSkipped}, "UTF-8", nullptr).sample->lines.empty());
 }
 
 TEST(KeptMappings, ThatAreDamagedAreRefusedAndKeepTheOthers) {
@@ -187,6 +226,10 @@ TEST(KeptMappings, ThatAreDamagedAreRefusedAndKeepTheOthers) {
                                    {"delimiter", R"("Pipe")"},
                                    {"skip", R"("a")"},
                                    {"skip", "1.5"},
+                                   {"skip", "-3"},
+                                   {"skip", "1000000001"},
+                                   {"skip", "9223372036854775807"},
+                                   {"skip", "18446744073709551615"},
                                    {"quotes", "1"},
                                    {"rfc4180", R"("true")"},
                                    {"sheet", "2"},

@@ -1,0 +1,19 @@
+#include "recipients/import/file_look.h"
+
+namespace quillcast::recipients {
+
+FileLook LookAtFile(const FileLookRequest& request, std::string_view code_page, const platform::CancelToken* cancel) {
+  auto reading = request.reading;
+  reading.most_fields = kFieldsForHeadings;
+  auto delimiter = FindDelimiterOf(request.file, reading, code_page, cancel);
+  if (request.finds_delimiter && delimiter && delimiter->is_needed) reading.delimiter = delimiter->delimiter.character;
+  const std::int64_t dropped = SkipsMany(request.skip) ? request.skip - 1 : 0;
+  const auto count = kLinesShown + static_cast<std::size_t>(request.skip - dropped);
+  FileLook look{ReadSample(request.file, reading, code_page, count, dropped, cancel), std::move(delimiter)};
+  if (request.lists_sheets && look.sample && look.sample->facts.format == FileFormat::kSpreadsheet) {
+    if (auto sheets = ListSheets(request.file, cancel)) look.sheets = std::move(*sheets);
+  }
+  return look;
+}
+
+}  // namespace quillcast::recipients
