@@ -108,23 +108,20 @@ void FieldList::TickAll() {
   ShowWhetherAll();
 }
 
+// Where the way ends there is nothing to do. The button stays all the same: were it disabled, a key that is pressed
+// once too often would go to another control, which ticks the field, or to the one that exports.
 void FieldList::Move(int by) {
   const int row = list_->currentRow();
-  const bool was_focused = focusWidget() == (by < 0 ? up_ : down_);
+  if (row + by < 0 || row + by >= list_->count()) return;
   {
     const QSignalBlocker quiet(list_);  // taking it out chooses another for a moment
     list_->insertItem(row + by, list_->takeItem(row));
   }
   list_->setCurrentRow(row + by);
-  EnableButtons();
-  // At the end of the way the button is disabled, and the keys would go to the next control.
-  if (was_focused && !(by < 0 ? up_ : down_)->isEnabled()) list_->setFocus();
 }
 
 void FieldList::EnableButtons() {
-  const int row = list_->currentRow();
-  up_->setEnabled(row > 0);
-  down_->setEnabled(row >= 0 && row + 1 < list_->count());
+  for (QPushButton* button : {up_, down_}) button->setEnabled(list_->currentRow() >= 0);
 }
 
 }  // namespace quillcast::desktop
