@@ -531,6 +531,23 @@ class GroupManagerTest : public QObject {
     QCOMPARE(manager.Groups() + manager.told, (QStringList{"Writers", "Empty>", "Readers>"}));
   }
 
+  // Another program has renamed the group that is shown, and made one of its old name.
+  void whoIsNotDeletedIsNotTakenOut() {
+    Manager manager;
+    manager.Open("Readers");
+    auto other = recipients::OpenStore(manager.rig.folders.Database());
+    const auto before = *manager.rig.Store().CountRecipients("Readers");
+    QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = 'Writers' WHERE [GroupName] = 'Readers'"));
+    QVERIFY(manager.rig.Store().CreateGroupIfFree("Readers"));
+    Answer(manager, {platform::Answer::kYes});
+    manager.Select({0, 1});
+    manager.Press("DeleteButton");
+    manager.Wait();
+    QCOMPARE(manager.Status(), "0 recipients were deleted.");
+    QCOMPARE(manager.Rows() + manager.Total(), "0");
+    QCOMPARE(*manager.rig.Store().CountRecipients("Writers"), before);
+  }
+
   void whatOthersDoUnderADialogIsSaid() {
     struct Case {
       const char* dialog;

@@ -153,11 +153,15 @@ void GroupManagerForm::Delete() {
       },
       [this, chosen](const Result<std::int64_t>& gone) {
         if (!gone) return FailWork(gone.error());
-        actions_->Remove(chosen, GridActions::Nearest::kChosen);
-        count_ -= static_cast<std::int64_t>(chosen.size());
-        ShowTotal();
+        const bool are_all = *gone == static_cast<std::int64_t>(chosen.size());
+        if (are_all) {
+          actions_->Remove(chosen, GridActions::Nearest::kChosen);
+          count_ -= *gone;
+          ShowTotal();
+        }
         ShowUndo();
         Say(Counted(*gone, tr("1 recipient was deleted."), tr("%1 recipients were deleted.")));
+        if (!are_all) ReadAgain();  // another program has changed the group, or made another of its name
       });
 }
 
