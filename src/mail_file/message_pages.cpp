@@ -17,16 +17,40 @@ constexpr std::array kMargins = {
     Rule{&PrintForm::right, "margin", PrintControl::kRight, 1, 99, document::Digits::kWithFraction},
 };
 
+constexpr std::size_t kLongestLine = std::size_t{32} * 1024;  // bytes
+
+// Breaks lines that are too long to be drawn in good time: each page of one takes as long as all of it.
+class LineBreaker {
+ public:
+  std::string Take(std::string_view piece) {
+    std::string out;
+    for (const char c : piece) {
+      const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // a character
+      length_ = c == '\n' ? 0 : length_ + 1;
+      out += c;
+      if (length_ < kLongestLine || !(c == ' ' || (begins && length_ > 2 * kLongestLine))) continue;
+      if (c != ' ') out.insert(out.end() - 1, '\n');
+      if (c == ' ') out += '\n';
+      length_ = 0;
+    }
+    return out;
+  }
+
+ private:
+  std::size_t length_ = 0;
+};
+
 // Of a text that goes on the writing of it ends early, which is no failure.
 Result<PrintedBody> ReadText(const MailMessage& message, BodyFormat format, std::size_t most,
                              const platform::CancelToken* cancel) {
   PrintedBody body;
+  LineBreaker lines;
   const auto take = [&](std::string_view piece) -> Result<void> {
     if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone)
       return Error{Failure::kTryAgain, "Reading the message was cancelled."};
-    const auto room = most - body.text.size();
+    const auto room = most - std::min(most, body.text.size());
     body.page.is_cut = piece.size() > room;
-    body.text += piece.substr(0, room);
+    body.text += lines.Take(piece.substr(0, room));
     return body.page.is_cut ? Result<void>(Error{Failure::kBadData, "It goes on.", ""}) : Result<void>();
   };
   const auto written = WriteBody(message, format, "", take);
@@ -43,8 +67,10 @@ std::optional<Complaint<PrintControl>> CheckPrint(const PrintForm& form) {
 
 Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
                                     const platform::CancelToken* cancel) {
-  if (format == BodyFormat::kText || format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
-  auto page = ReadShownBody(message, message.HasBody("text/html") ? std::min(most, kMostPrintedHtml) : most, cancel);
+  if (format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
+  if (format == BodyFormat::kText || !message.HasBody("text/html"))
+    return ReadText(message, BodyFormat::kText, most, cancel);
+  auto page = ReadShownBody(message, std::min(most, kMostPrintedHtml), cancel);
   if (!page) return page.error();
   return PrintedBody{*std::move(page), {}, true};
 }

@@ -235,6 +235,7 @@ class Message(Case):
         piped = self.print_pdf("-", "-f", "text", "--margins", "60,99,10", "--pages", "2-3", data=letter.encode())
         self.assertEqual(len(piped[2]), 2)
         self.assertRegex(piped[2][1], r" 3/\d+$")
+        self.assertGreater(int(piped[2][1].rsplit("/", 1)[1]), len(pages), "wider margins take more pages")
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
 

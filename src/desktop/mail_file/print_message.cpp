@@ -82,7 +82,8 @@ class Pages {
   }
 
   void MakeRoom() {
-    room_ = printer_.pageLayout().paintRectPixels(printer_.resolution());
+    const QPageLayout layout = printer_.pageLayout();  // whose margins are ours to keep, on a full page
+    room_ = layout.fullRectPixels(printer_.resolution()).marginsRemoved(layout.marginsPixels(printer_.resolution()));
     painter_.setFont(QFont(painter_.font().family(), kTextSize));
     line_ = QFontMetrics(painter_.font(), &printer_).height();
     const int above = form_.heading.empty() ? 0 : 2 * line_;
@@ -95,6 +96,7 @@ class Pages {
     document_ = std::make_unique<ForeignPage>(QString(), pages_.pictures, nullptr);
     document_->setDefaultFont(QFont(QString(), kTextSize));
     document_->setDocumentMargin(0);
+    document_->setDefaultStyleSheet(document_->defaultStyleSheet() + " pre { white-space: pre-wrap }");  // off no page
     document_->documentLayout()->setPaintDevice(&printer_);
     document_->setPageSize(body_.size());
     const mail_file::PrintedBody& body = pages_.body;
