@@ -16,6 +16,7 @@
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/input_watch.h"
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_text.h"
@@ -99,7 +100,8 @@ RecipientImportForm::RecipientImportForm(const profile::Program& program, const 
   file_->setFocus();
 }
 
-RecipientImportForm::~RecipientImportForm() = default;
+// A box is left as it is hidden, and what was typed there is taken: the members have to be there still.
+RecipientImportForm::~RecipientImportForm() { hide(); }
 
 void RecipientImportForm::MakeWindow() {
   setObjectName("RecipientImportForm");
@@ -162,22 +164,17 @@ void RecipientImportForm::AddMapping(FormColumn* column) {
 
 void RecipientImportForm::ConnectControls() {
   connect(browse_, &QPushButton::clicked, this, &RecipientImportForm::Browse);
-  connect(file_, &QLineEdit::editingFinished, this, [this] {
-    if (file_->text() != looked_at_) TakeFile(file_->text());
-  });
-  // Else what waits could be done twice, in the other mode, or over a box that was opened meanwhile.
-  for (const auto* button : findChildren<QAbstractButton*>())
-    connect(button, &QAbstractButton::pressed, this, [this] { after_look_ = nullptr; });
+  connect(file_, &QLineEdit::editingFinished, this, &RecipientImportForm::TakeTypedFile);
+  new InputWatch([this] { awaited_.DropDeed(); }, this);
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::ShowWarnings);
   connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);
   connect(propose_, &QPushButton::clicked, this, &RecipientImportForm::Propose);
   connect(delimiter_, &QComboBox::activated, this, [this] {
-    delimiter_is_picked_ = true;
-    LookAgain();
+    delimiter_is_open_ = false;
+    LookAtFile();
   });
-  // Another kind may be the first one that has a delimiter.
-  connect(kind_, &QComboBox::activated, this, [this] { LookAtFile({.is_new_file = true}); });
+  connect(kind_, &QComboBox::activated, this, &RecipientImportForm::LookAtFile);
   connect(sheet_, &QComboBox::activated, this, [this] { sheet_is_picked_ = true; });
   for (QComboBox* list : {sheet_, encoding_})
     connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
@@ -198,6 +195,7 @@ void RecipientImportForm::ConnectControls() {
     ShowWarnings();
   });
   connect(skip_, &QCheckBox::toggled, this, [this] {
+    if (recipients::SkipsMany(skipped_)) LookAtFile();
     ShowSample();
     ShowWarnings();
   });

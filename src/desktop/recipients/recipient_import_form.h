@@ -9,8 +9,8 @@
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/give_up.h"
 #include "profile/program.h"
-#include "recipients/import/import_sample.h"
-#include "recipients/import/kept_mappings.h"
+#include "recipients/import/awaited_look.h"
+#include "recipients/import/file_look.h"
 #include "recipients/import/recipient_import.h"
 
 class QCheckBox;
@@ -33,8 +33,9 @@ class ProgressPanel;
 class StatusLine;
 
 // Before the import a look at the file (LookAtFile) runs beside the window and shows its first lines as they would be
-// stored; whatever changes how it is read looks again. Request()
-// and Current() read the controls when they are needed, so that what is imported, or kept, is what the window shows.
+// stored; whatever changes how it is read looks again. What is pressed meanwhile waits for it in one place, awaited_.
+// Request() and Current() read the controls when they are needed, so that what is imported, or kept, is what the window
+// shows.
 class RecipientImportForm final : public QDialog {
   Q_OBJECT
  public:
@@ -53,19 +54,8 @@ class RecipientImportForm final : public QDialog {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  // What a look is for, beside showing the first lines.
-  struct Wish {
-    bool is_new_file = false;  // its delimiter is found out
-    bool fills_lists = false;
-    bool proposes = false;  // the headings, once the columns that have them are taken
-  };
-  // What a look at the file came to.
-  struct Look {
-    QString file;
-    Result<recipients::ImportSample> sample;
-    Result<recipients::FoundDelimiter> delimiter;
-    std::vector<std::string> sheets;  // where they were to be listed
-  };
+  using Look = recipients::FileLook;
+  using Source = recipients::AwaitedFields::Source;
 
   // Made once; EnableControls is called after each change of what is ticked, chosen or under way, and knows them all.
   void MakeWindow();
@@ -83,17 +73,22 @@ class RecipientImportForm final : public QDialog {
   void GetData();
   recipients::ReadingOptions Reading() const;
   void LookAgain();
-  void LookAtFile(const Wish& wish);
-  void TakeLook(const Look& look);
-  // Whether a look is under way. What is wanted then hangs on what it comes to: `then` is called when it has ended,
-  // unless another file is chosen, or another button pressed, first.
-  bool WaitsForLook(void (RecipientImportForm::*then)());
-  void ShowLook(const Look& look);
-  void ShowNoLook(const Look& look);
+  void LookAtFile();
+  void TakeLook(const QString& file, const Look& look);
+  void ShowLook(const Look& look, const recipients::AwaitedFields& fields);
+  void ShowNoLook(const Look& look, const recipients::AwaitedFields& fields);
+  // What is pressed counts for what stands in the boxes, which a mnemonic does not leave. False where it is no choice
+  // of columns.
+  bool TakeTyped();
+  void TakeTypedFile();
+  // The lists are empty until the next look shows the fields.
+  void AwaitFields(recipients::AwaitedFields fields);
+  recipients::LookChoices Choices(const recipients::ReadingOptions& reading) const;
+  void DoAwaited();
   void ForgetSample(const QString& why = {});
   void TakeFormat(const Look& look);
   void ShowSample();
-  void SayHowItIsRead(const Look& look);
+  void SayHowItIsRead(const Look& look, const recipients::AwaitedFields& fields);
   void ShowWarnings();
   void Warn(const std::vector<Sentence>& sentences);
 
@@ -114,17 +109,20 @@ class RecipientImportForm final : public QDialog {
   void ShowColumns(const std::vector<std::size_t>& columns);
   recipients::KeptMapping Current() const;
   void KeepMapping();
+  void KeepNow();
   void ApplyMapping(const recipients::KeptMapping& kept);
   void TakeMapping(const recipients::KeptMapping& kept);
   void TakeSource(const recipients::KeptMapping& kept);
-  std::optional<Sentence> ChooseWaiting();
-  std::optional<Sentence> LackingSheet() const;
+  // Give what the file lacks of it.
+  std::optional<Sentence> ChooseMapping(const recipients::ImportMapping& wanted);
+  std::optional<Sentence> LackingSheet(const std::string& wanted) const;
 
   // The import itself. Its checks and its consent come first, in the given order; Start hands the request to a thread,
   // which shares the count with TakeProgress, and ShowEnd gets its outcome unless the dialog was closed meanwhile.
   recipients::ImportForm Form() const;
   recipients::ImportRequest Request() const;
   void Import();
+  void ImportNow();
   void FocusOn(recipients::ImportControl control);
   void Start();
   void TakeProgress();
@@ -168,19 +166,16 @@ class RecipientImportForm final : public QDialog {
   bool is_quoted_ = false;                              // most addresses of the file stand in quotes
   QTimer* slow_;                                        // until a look is said to be under way
   QString looked_at_;                                   // the file of the last look
-  Wish looking_for_;                                    // by the look that is under way
-  std::optional<Wish> look_again_;                      // something changed meanwhile
+  bool look_again_ = false;                             // something changed meanwhile
   recipients::ReadingOptions read_as_;                  // by the last look
   std::optional<recipients::TextEncoding> known_;       // found out of this file
-  bool delimiter_is_picked_ = false;                    // for this file, by the person or with a mapping
-  bool sheet_is_picked_ = false;                        // as well
+  bool delimiter_is_open_ = true;                       // of this file: not found, nor picked by person or mapping
+  bool sheet_is_picked_ = false;                        // for this file
   bool was_set_back_ = false;                           // the mapping, for the file is another one
   std::vector<std::size_t> columns_;                    // of the file that are its fields here; none: all
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
-  std::optional<recipients::KeptMapping> waiting_;      // to be applied once the fields are there
-  // See WaitsForLook.
-  void (RecipientImportForm::*after_look_)() = nullptr;
+  recipients::AwaitedLook awaited_;
   std::shared_ptr<SharedCount> seen_;  // shared with the thread that imports
   QString said_;
   GiveUp give_up_;

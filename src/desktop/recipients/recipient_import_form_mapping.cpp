@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 
 #include "desktop/recipients/import_mapping_panel.h"
+#include "desktop/recipients/import_sample_table.h"
 #include "desktop/recipients/kept_mapping_box.h"
 #include "desktop/recipients/recipient_import_form.h"
 #include "desktop/widgets/qt_text.h"
@@ -34,6 +35,7 @@ bool RecipientImportForm::TakesQuotesOff() const { return quotes_->isChecked() &
 // Lines of a spreadsheet are numbered with those that are empty: the first one may be the third row.
 std::int64_t RecipientImportForm::SkippedLines() const {
   if (!skip_->isChecked() || !skip_->isEnabled()) return 0;
+  if (recipients::SkipsMany(skipped_)) return skipped_;  // the first line of the sample is none of the file's first
   const std::int64_t first = sample_ && !sample_->lines.empty() ? sample_->lines.front().number : 1;
   return std::max(skipped_, first);
 }
@@ -53,17 +55,21 @@ void RecipientImportForm::OfferFields() {
 // above it shows the first.
 void RecipientImportForm::TakeHeading(int source, std::size_t field) {
   recipients::ImportMapping mapping = mapping_->Mapping();
+  if (look_->is_running()) {  // the table shows another reading than the one that is imported
+    awaited_.Drop();
+    return table_->ShowMapping(mapping);
+  }
   if (!mapping_->Offers(source)) OfferFields();  // the lists are of another reading, or of none
   std::replace(mapping.source.begin(), mapping.source.end(), source, recipients::kIgnore);
   if (field < mapping.source.size()) mapping.source[field] = source;
   mapping_->Choose(mapping);
 }
 
-// Of the columns that were typed last, once a look has shown them.
 void RecipientImportForm::Propose() {
-  if (!TakeColumns()) return columns_box_->setFocus();
-  if (!look_->is_running()) return TakeProposal();
-  (look_again_ ? *look_again_ : looking_for_).proposes = true;
+  awaited_.Drop();
+  if (!TakeTyped()) return;
+  if (look_->is_running()) return AwaitFields({Source::kHeadings});
+  TakeProposal();
 }
 
 // What stands behind the eighteenth comes among the fields first.
@@ -71,8 +77,8 @@ void RecipientImportForm::TakeProposal() {
   if (!proposed_ || !sample_ || sample_->lines.empty()) return;
   if (!proposed_->beyond.empty()) {
     ShowColumns(proposed_->columns);
-    mapping_->Offer({});
-    return LookAtFile({.fills_lists = true, .proposes = true});
+    AwaitFields({Source::kHeadings});
+    return LookAtFile();
   }
   SkipLines(proposed_->skip);
   OfferFields();
@@ -94,9 +100,8 @@ bool RecipientImportForm::TakeColumns() {
   }
   if (*columns == columns_) return true;
   columns_ = std::move(*columns);
-  mapping_->Offer({});
-  waiting_.reset();
-  LookAtFile({.fills_lists = true});
+  AwaitFields({Source::kFirstLine});
+  LookAtFile();
   return true;
 }
 
@@ -113,8 +118,13 @@ recipients::KeptMapping RecipientImportForm::Current() const {
 }
 
 void RecipientImportForm::KeepMapping() {
-  if (!TakeColumns()) return columns_box_->setFocus();
-  if (WaitsForLook(&RecipientImportForm::KeepMapping)) return;
+  awaited_.DropDeed();
+  if (!TakeTyped()) return;
+  if (look_->is_running()) return awaited_.Do(recipients::AwaitedDeed::kKeep, Form());
+  KeepNow();
+}
+
+void RecipientImportForm::KeepNow() {
   const auto current = Current();
   if (const auto complaint = recipients::CheckKeeping(current.mapping)) {
     program_.prompts.Warn(complaint->message);
@@ -125,21 +135,22 @@ void RecipientImportForm::KeepMapping() {
 }
 
 void RecipientImportForm::ApplyMapping(const recipients::KeptMapping& kept) {
+  awaited_.Drop();
+  TakeTypedFile();
   if (const auto complaint = recipients::CheckSample(FromQt(file_->text()))) {
     program_.prompts.Warn(complaint->message);
     FocusOn(*complaint->control);
     return;
   }
-  looked_at_ = file_->text();
   TakeMapping(kept);
   EnableControls();
-  LookAtFile({});
+  LookAtFile();
 }
 
 // How the lines are cut comes first: the fields to choose from hang on it.
 void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
   delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(kept.delimiter)));
-  delimiter_is_picked_ = true;
+  delimiter_is_open_ = false;
   const QSignalBlocker quiet_quotes(quotes_);
   const QSignalBlocker quiet_rfc4180(rfc4180_);
   quotes_->setChecked(kept.quotes);
@@ -147,7 +158,7 @@ void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
   SkipLines(kept.skip);
   ShowColumns(kept.columns);
   TakeSource(kept);
-  waiting_ = kept;
+  AwaitFields({Source::kMapping, kept});
 }
 
 // What the lines are read of; a mapping that says nothing of it leaves it as it is. A sheet of a file that was not
@@ -164,15 +175,11 @@ void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
   sheet_is_picked_ = sheet >= 0 || sheet_->count() == 0;
 }
 
-std::optional<Sentence> RecipientImportForm::LackingSheet() const {
-  if (!waiting_ || !sample_) return {};
-  return recipients::DescribeLackingSheet(waiting_->sheet, sample_->facts.sheet);
+std::optional<Sentence> RecipientImportForm::LackingSheet(const std::string& wanted) const {
+  return recipients::DescribeLackingSheet(wanted, sample_->facts.sheet);
 }
 
-// Gives what the file lacks of it.
-std::optional<Sentence> RecipientImportForm::ChooseWaiting() {
-  if (!waiting_) return {};
-  const auto wanted = std::exchange(waiting_, {})->mapping;
+std::optional<Sentence> RecipientImportForm::ChooseMapping(const recipients::ImportMapping& wanted) {
   OfferFields();
   const auto fitted = recipients::FitMapping(wanted, FieldsToChoose().size());
   mapping_->Choose(fitted.mapping);

@@ -59,11 +59,13 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
 
 // A harvest takes addresses from wherever they stand, and needs no look.
 void RecipientImportForm::Import() {
-  if (delimited_->isChecked()) {
-    if (!TakeColumns()) return columns_box_->setFocus();
-    if (file_->text() != looked_at_) TakeFile(file_->text());  // typed, and its box was not left
-    if (WaitsForLook(&RecipientImportForm::Import)) return;
-  }
+  awaited_.DropDeed();
+  if (!TakeTyped()) return;
+  if (delimited_->isChecked() && look_->is_running()) return awaited_.Do(recipients::AwaitedDeed::kImport, Form());
+  ImportNow();
+}
+
+void RecipientImportForm::ImportNow() {
   if (const auto complaint = recipients::CheckImport(Form())) {
     program_.prompts.Warn(complaint->message);
     FocusOn(*complaint->control);
@@ -74,7 +76,8 @@ void RecipientImportForm::Import() {
 
 void RecipientImportForm::Start() {
   look_->Cancel();  // what it would show is no longer asked for
-  look_again_.reset();
+  look_again_ = false;
+  awaited_.Drop();
   slow_->stop();
   bar_->Count(0, 1);
   Warn({});
@@ -98,7 +101,8 @@ void RecipientImportForm::Start() {
       give_up_.End([this, outcome] { ShowEnd(*outcome); });
     };
   });
-  if (look_->is_running()) ForgetSample();  // another reading of it was to be shown
+  // Another reading of it was to be shown.
+  if (look_->is_running()) ForgetSample(tr("The look at the file ended with the import. “Get Data” takes another."));
   tick_->start(kTick);
   EnableControls();
   progress_->button()->setFocus();

@@ -22,7 +22,6 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr std::size_t kLinesShown = 20;
 constexpr int kSlowLook = 200;  // milliseconds, after which it is said that one is under way
 
 }  // namespace
@@ -49,8 +48,7 @@ void RecipientImportForm::Browse() {
 // What was read of another file is no longer there, and what was picked for it does not hold.
 void RecipientImportForm::SetBack() {
   ForgetSample();
-  after_look_ = nullptr;
-  waiting_.reset();
+  awaited_.Drop();
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
   sheet_is_picked_ = false;
@@ -62,13 +60,14 @@ void RecipientImportForm::SetBack() {
 
 void RecipientImportForm::TakeFile(const QString& file) {
   const bool had_file = !looked_at_.isEmpty();
-  const bool had_mapping = waiting_ || !mapping_->Mapping().IsAllIgnore();
-  if (had_file && had_mapping) remembered_.insert(looked_at_, waiting_ ? *waiting_ : Current());
+  const recipients::KeptMapping* waiting = awaited_.mapping();
+  const bool had_mapping = waiting != nullptr || !mapping_->Mapping().IsAllIgnore();
+  if (had_file && had_mapping) remembered_.insert(looked_at_, waiting != nullptr ? *waiting : Current());
   file_->setText(file);
   looked_at_ = file;
   SetBack();
   if (had_file) {
-    delimiter_is_picked_ = false;
+    delimiter_is_open_ = true;
     ShowColumns({});
     const QSignalBlocker quiet_quotes(quotes_);
     const QSignalBlocker quiet_rfc4180(rfc4180_);
@@ -82,27 +81,51 @@ void RecipientImportForm::TakeFile(const QString& file) {
   was_set_back_ = had_mapping && remembered == remembered_.cend();
   if (remembered != remembered_.cend()) TakeMapping(*remembered);
   EnableControls();
-  if (!file.isEmpty()) LookAtFile({.is_new_file = true});
+  LookAtFile();
+}
+
+void RecipientImportForm::TakeTypedFile() {
+  if (file_->text() != looked_at_) TakeFile(file_->text());
+}
+
+bool RecipientImportForm::TakeTyped() {
+  TakeTypedFile();
+  if (!TakeColumns()) {
+    columns_box_->setFocus();
+    return false;
+  }
+  LookAgain();  // the encoding
+  return true;
 }
 
 void RecipientImportForm::GetData() {
+  awaited_.Drop();
+  if (!TakeTyped()) return;
   if (const auto complaint = recipients::CheckSample(FromQt(file_->text()))) {
     program_.prompts.Warn(complaint->message);
     FocusOn(*complaint->control);
     return;
   }
-  if (!TakeColumns()) return columns_box_->setFocus();
-  looked_at_ = file_->text();
-  waiting_.reset();
   known_.reset();
-  LookAtFile({.fills_lists = true});
+  AwaitFields({Source::kFirstLine});
+  LookAtFile();
+}
+
+void RecipientImportForm::AwaitFields(recipients::AwaitedFields fields) {
+  mapping_->Offer({});
+  awaited_.Choose(std::move(fields));
+  awaited_.ChosenFor(Choices(Reading()));
+}
+
+recipients::LookChoices RecipientImportForm::Choices(const recipients::ReadingOptions& reading) const {
+  return {FromQt(looked_at_), reading, quotes_->isChecked(), skip_->isChecked()};
 }
 
 recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
   reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
   if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
-  if (sheet_->count() == 0 && waiting_) reading.sheet = waiting_->sheet;
+  if (sheet_->count() == 0 && awaited_.mapping() != nullptr) reading.sheet = awaited_.mapping()->sheet;
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
@@ -112,60 +135,47 @@ recipients::ReadingOptions RecipientImportForm::Reading() const {
 
 // Where the file would be read in another way than it was.
 void RecipientImportForm::LookAgain() {
-  if (Reading() != read_as_) LookAtFile({});
+  if (Reading() != read_as_) LookAtFile();
 }
 
-// A look that is under way is given up, and what it was for is looked for again.
-void RecipientImportForm::LookAtFile(const Wish& wish) {
+// One that is under way is given up.
+void RecipientImportForm::LookAtFile() {
   if (looked_at_.isEmpty()) return;
   read_as_ = Reading();
   if (look_->is_running()) {
-    const Wish before = look_again_.value_or(looking_for_);
-    look_again_ = Wish{before.is_new_file || wish.is_new_file, before.fills_lists || wish.fills_lists,
-                       before.proposes || wish.proposes};
-    look_->Cancel();
-    return;
+    look_again_ = true;
+    return look_->Cancel();
   }
-  looking_for_ = wish;
   slow_->start(kSlowLook);
-  auto reading = read_as_;
-  if (reading.encoding.empty()) reading.known = known_;
-  reading.most_fields = recipients::kFieldsForHeadings;
-  const bool finds_delimiter = wish.is_new_file && !delimiter_is_picked_;
-  const bool lists_sheets = sheet_->count() == 0;
-  const auto count = kLinesShown + static_cast<std::size_t>(SkippedLines());
-  look_->Start([this, finds_delimiter, lists_sheets, count, name = looked_at_,
-                reading](const platform::CancelToken& cancel) mutable {
-    const std::string codeset = platform::LocaleCodeset();
-    const auto file = PathFromQt(name);
-    auto delimiter = recipients::FindDelimiterOf(file, reading, codeset, &cancel);
-    if (finds_delimiter && delimiter && delimiter->is_needed) reading.delimiter = delimiter->delimiter.character;
-    const auto look = std::make_shared<Look>(
-        Look{name, recipients::ReadSample(file, reading, codeset, count, 0, &cancel), std::move(delimiter), {}});
-    if (lists_sheets && look->sample && look->sample->facts.format == recipients::FileFormat::kSpreadsheet) {
-      if (auto sheets = recipients::ListSheets(file, &cancel)) look->sheets = std::move(*sheets);
-    }
-    return [this, look] { TakeLook(*look); };
+  recipients::FileLookRequest request{.file = PathFromQt(looked_at_),
+                                      .reading = read_as_,
+                                      .skip = SkippedLines(),
+                                      .finds_delimiter = delimiter_is_open_,
+                                      .lists_sheets = sheet_->count() == 0};
+  if (read_as_.encoding.empty()) request.reading.known = known_;
+  look_->Start([this, file = looked_at_, request](const platform::CancelToken& cancel) {
+    const auto look = std::make_shared<Look>(recipients::LookAtFile(request, platform::LocaleCodeset(), &cancel));
+    return [this, file, look] { TakeLook(file, *look); };
   });
 }
 
-void RecipientImportForm::TakeLook(const Look& look) {
-  if (look_again_) return LookAtFile(*std::exchange(look_again_, {}));
+void RecipientImportForm::TakeLook(const QString& file, const Look& look) {
+  if (std::exchange(look_again_, false)) return LookAtFile();
   slow_->stop();
-  if (look.file != looked_at_ || task_->is_running()) return;
+  if (file != looked_at_ || task_->is_running()) return;
+  const auto fields = awaited_.TakeFields(Choices(read_as_));
   if (look.sample) {
-    ShowLook(look);
+    ShowLook(look, fields);
   } else {
-    ShowNoLook(look);
+    ShowNoLook(look, fields);
   }
-  if (look_->is_running() || after_look_ == nullptr) return;
-  (this->*std::exchange(after_look_, nullptr))();
+  if (!look_->is_running()) DoAwaited();
 }
 
-bool RecipientImportForm::WaitsForLook(void (RecipientImportForm::*then)()) {
-  if (!look_->is_running()) return false;
-  after_look_ = then;
-  return true;
+void RecipientImportForm::DoAwaited() {
+  const auto deed = awaited_.TakeDeed(Form());
+  if (deed == recipients::AwaitedDeed::kImport) ImportNow();
+  if (deed == recipients::AwaitedDeed::kKeep) KeepNow();
 }
 
 // What another reading showed is not what this one would give.
@@ -176,12 +186,11 @@ void RecipientImportForm::ForgetSample(const QString& why) {
   is_quoted_ = false;
   known_.reset();
   table_->Clear(why);
-  if (waiting_) mapping_->Offer({});  // they are of that reading, or of another mapping
 }
 
-void RecipientImportForm::ShowNoLook(const Look& look) {
+void RecipientImportForm::ShowNoLook(const Look& look, const recipients::AwaitedFields& fields) {
   ForgetSample(tr("The file could not be read."));
-  if (looking_for_.fills_lists) OfferFields();
+  if (fields.source == Source::kFirstLine) OfferFields();
   Warn({});
   EnableControls();
   status_->Fail(look.sample.error());
@@ -189,7 +198,8 @@ void RecipientImportForm::ShowNoLook(const Look& look) {
 
 void RecipientImportForm::TakeFormat(const Look& look) {
   const auto& facts = sample_->facts;
-  if (looking_for_.is_new_file && !delimiter_is_picked_ && look.delimiter && look.delimiter->is_needed) {
+  if (delimiter_is_open_ && look.delimiter && look.delimiter->is_needed) {
+    delimiter_is_open_ = false;
     delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(look.delimiter->delimiter.character)));
   }
   if (kind_->currentIndex() == 0)
@@ -199,18 +209,19 @@ void RecipientImportForm::TakeFormat(const Look& look) {
   if (Reading().encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
 }
 
-void RecipientImportForm::ShowLook(const Look& look) {
+void RecipientImportForm::ShowLook(const Look& look, const recipients::AwaitedFields& fields) {
   const std::string encoding = read_as_.encoding;  // another may be typed by now, which is looked for when it is done
   sample_ = *look.sample;
   proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
   TakeFormat(look);
   EnableControls();
-  if (looking_for_.fills_lists) OfferFields();
-  SayHowItIsRead(look);
+  const bool proposes = fields.source == Source::kHeadings && proposed_;
+  if (fields.source != Source::kNothing && !proposes) OfferFields();
+  SayHowItIsRead(look, fields);
   read_as_ = Reading();  // as the lists say it by now
   read_as_.encoding = encoding;
   ShowSample();
-  if (looking_for_.proposes) TakeProposal();
+  if (proposes) TakeProposal();
 }
 
 void RecipientImportForm::ShowSample() {
@@ -219,7 +230,7 @@ void RecipientImportForm::ShowSample() {
   table_->ShowMapping(mapping_->Mapping());
 }
 
-void RecipientImportForm::SayHowItIsRead(const Look& look) {
+void RecipientImportForm::SayHowItIsRead(const Look& look, const recipients::AwaitedFields& fields) {
   const auto& facts = sample_->facts;
   QStringList sentences = {tr("Format: %1.").arg(Translated(recipients::NameOf(facts.format)))};
   if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(ToQt(platform::WithThousands(sheet_->count())));
@@ -229,14 +240,16 @@ void RecipientImportForm::SayHowItIsRead(const Look& look) {
   if (facts.format == recipients::FileFormat::kDelimited && look.delimiter && look.delimiter->is_needed) {
     sentences << tr("The delimiter seems to be “%1”.").arg(Translated(look.delimiter->delimiter.name));
   }
-  if (looking_for_.proposes && !proposed_) sentences << tr("None of the first lines looks like headings.");
+  if (fields.source == Source::kHeadings && !proposed_) sentences << tr("None of the first lines looks like headings.");
   if (columns_.empty() && recipients::HasMoreFields(*sample_))
     sentences << tr("The first 18 fields of a line can be chosen; “Columns” makes others the ones that can.");
   status_->Say(sentences.join(' '));
   odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;
-  if (auto lacking = LackingSheet()) odd_.push_back(std::move(*lacking));
-  if (auto lacking = ChooseWaiting()) odd_.push_back(std::move(*lacking));
+  if (fields.source == Source::kMapping) {
+    for (auto& lacking : {LackingSheet(fields.mapping.sheet), ChooseMapping(fields.mapping.mapping)})
+      if (lacking) odd_.push_back(*lacking);
+  }
   for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
   ShowWarnings();
 }

@@ -1,0 +1,195 @@
+// The import's dialog while a look at the file is under way: each press that waits for it, with each that can come
+// next.
+#include <QDropEvent>
+#include <QMimeData>
+#include <QTimer>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "desktop/import_scene.h"
+
+namespace quillcast::desktop {
+
+namespace {
+
+constexpr const char* kList = "first name,last name,email,city\nAda,Love,ada@x.org,Ulm\n";
+constexpr const char* kOther = "company,e-mail\nMills,bob@x.org\n";
+constexpr const char* kEmpty = "||";
+constexpr const char* kIgnored = "Ignore|Ignore|Ignore";
+constexpr const char* kByHand = "Field 3 = email|Field 2 = last name|Ignore";
+constexpr const char* kByHeadings = "Field 3 = email|Field 1 = first name|Field 4 = city";
+constexpr const char* kKept = "Field 3 = email|Field 4 = city|Ignore";
+constexpr const char* kAsked = "asked for a name";
+
+struct Scene : ImportScene {
+  std::filesystem::path other;
+  QTimer closer;
+  int files = 0;
+  bool was_asked_for_a_name = false;
+
+  Scene() {
+    recipients::KeptMapping kept{"Kept", *recipients::ParseMapping("Email Address=3,First Name=4")};
+    kept.skip = 1;
+    IgnoreErrors(recipients::KeepMapping(rig.settings, kept));
+    rig.AddGroup("Others", {});
+    other = rig.folder.Write("other.txt", kOther);
+    OpenWith(kList);
+    Press("RadioButton2");
+    Step("MappingComboBox", 1);
+    QObject::connect(&closer, &QTimer::timeout, &closer, [this] {
+      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (dialog == nullptr || dialog->objectName() != "MappingKeepForm") return;
+      was_asked_for_a_name = true;
+      dialog->reject();
+    });
+    closer.start(5);
+  }
+  // A list that is mapped by hand, and is looked at again.
+  void Begin() {
+    rig.Shown();
+    was_asked_for_a_name = false;
+    form->activateWindow();
+    Press("RadioButton2");
+    Find<QComboBox>("DataComboBox").setCurrentText("Readers");
+    Pick(kList, ("list" + std::to_string(files++) + ".txt").c_str());
+    GetData();
+    Step("ComboBox1", 3);
+    Step("ComboBox3", 2);
+    QCOMPARE(Mapped(), kByHand);
+    rig.prompts.files.clear();
+    Press("Rfc4180CheckBox");
+  }
+  // What the table shows at its end was not there before.
+  void WaitForTheLook() {
+    auto& table = Find<QTableWidget>("SampleTable");
+    if (table.rowCount() > 1) table.item(1, 0)->setText("before");
+    QTRY_VERIFY(!Sample().isEmpty() && !Sample().startsWith("before"));
+    QTRY_VERIFY(Find<QWidget>("ImportButton").isEnabled() && QApplication::activeModalWidget() == nullptr);
+  }
+  QString Shown() {
+    const QString shown = rig.Shown();
+    if (was_asked_for_a_name) return kAsked;
+    return shown.startsWith(kConsent) && shown.count(kConsent) == 1 ? kConsent : shown;
+  }
+  void Type(const char* box, const QString& text) const {
+    auto& line = Find<QLineEdit>(box);
+    line.setFocus();
+    line.selectAll();
+    QTest::keyClicks(&line, text);
+  }
+  void Drop() const {
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(PathToQt(other))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(form.get(), &enter);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(form.get(), &drop);
+  }
+  // As its letter does: the path is typed, and its box is not left.
+  void TypePathAndPress(const char* button) const {
+    Type("BrowseTextBox", PathToQt(other));
+    Find<QAbstractButton>(button).click();
+  }
+};
+
+// What the lists show at the end of the look. kGivenUp: nothing where fields were waited for; else what they showed.
+enum class Lists { kAsItWaits, kGivenUp, kItsOwn };
+
+struct Press {
+  const char* name;
+  std::function<void(Scene&)> press;
+  QString mapped = {};  // by it; where it is nothing that fills the lists, what they showed before
+  QString shown = {};   // once it is done, where that is at the end of the look
+  Lists lists = Lists::kItsOwn;
+};
+
+std::function<void(Scene&)> Button(const char* name) {
+  return [name](Scene& scene) {
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press(name);
+  };
+}
+
+std::function<void(Scene&)> Step(const char* list, int entries) {
+  return [list, entries](Scene& scene) { scene.Step(list, entries); };
+}
+
+std::vector<Press> WhatWaits() {
+  return {{"Get Data", Button("GetDataButton"), kIgnored},
+          {"Map by Headings", Button("ProposeButton"), kByHeadings},
+          {"Apply", Button("ApplyMappingButton"), kKept},
+          {"columns", [](Scene& scene) { scene.TypeColumns("1,2,3,4"); }, kIgnored},
+          {"Import", Button("ImportButton"), kByHand, kConsent},
+          {"Keep As…", Button("KeepMappingButton"), kByHand, kAsked}};
+}
+
+std::vector<Press> WhatIsNext() {
+  std::vector<Press> all = {
+      {"nothing", [](Scene&) {}, {}, {}, Lists::kAsItWaits},
+      {"Alt alone", [](Scene& scene) { QTest::keyClick(scene.form.get(), Qt::Key_Alt); }, {}, {}, Lists::kAsItWaits},
+      {"harvest", Button("RadioButton1"), {}, {}, Lists::kAsItWaits},
+      {"Browse", Button("BrowseButton"), {}, "open: Import Recipients", Lists::kAsItWaits},
+      {"group", Step("DataComboBox", -1), {}, {}, Lists::kAsItWaits},
+      {"another mapping", Step("MappingComboBox", 1), {}, {}, Lists::kAsItWaits},
+      {"a path", [](Scene& scene) { scene.Type("BrowseTextBox", "/nowhere"); }, {}, {}, Lists::kAsItWaits},
+      {"columns that are not left", [](Scene& scene) { scene.Type("ColumnsTextBox", "1"); }, {}, {}, Lists::kAsItWaits},
+      {"kind", Step("KindComboBox", 1), {}, {}, Lists::kGivenUp},
+      {"encoding", Step("EncodingComboBox", 1), {}, {}, Lists::kGivenUp},
+      {"first line", Button("SkipCheckBox"), {}, {}, Lists::kGivenUp},
+      {"RFC 4180", Button("Rfc4180CheckBox"), {}, {}, Lists::kGivenUp},
+      {"heading", Step("HeadingComboBox1", 1), {}, {}, Lists::kGivenUp},
+      {"a dropped file", [](Scene& scene) { scene.Drop(); }, kEmpty},
+      {"a path, Get Data", [](Scene& scene) { scene.TypePathAndPress("GetDataButton"); }, kIgnored},
+      {"a path, Import", [](Scene& scene) { scene.TypePathAndPress("ImportButton"); }, kEmpty,
+       "warn: There is no data to import."},
+      {"a path, Apply", [](Scene& scene) { scene.TypePathAndPress("ApplyMappingButton"); }, kIgnored},
+      // Last: a file that is come back to has its mapping again.
+      {"a path, Map by Headings", [](Scene& scene) { scene.TypePathAndPress("ProposeButton"); },
+       "Field 2 = e-mail|Ignore|Ignore"}};
+  for (Press& press : WhatWaits()) {
+    press.lists = press.shown.isEmpty() ? Lists::kItsOwn : Lists::kAsItWaits;
+    all.push_back(std::move(press));
+  }
+  return all;
+}
+
+// What is pressed, with what was pressed before it still to come.
+std::pair<QString, QString> Expected(const Press& waits, const Press& next) {
+  const bool fills = waits.shown.isEmpty();
+  if (next.lists == Lists::kItsOwn) return {next.mapped, next.shown};
+  const QString mapped = fills && next.lists == Lists::kGivenUp ? kEmpty : waits.mapped;
+  const bool is_none = QString(next.name) == "nothing" || QString(next.name) == "Alt alone";
+  if (is_none) return {mapped, waits.shown};
+  const bool lacks_fields = fills && waits.mapped == kIgnored && !next.shown.isEmpty();
+  const bool is_deed = next.shown == kConsent || next.shown == kAsked;
+  return {mapped, lacks_fields && is_deed ? "warn: Please select at least one field to import." : next.shown};
+}
+
+}  // namespace
+
+class ImportFormWaitsTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void eachGivesWayToWhatIsPressedNext() {
+    for (const Press& waits : WhatWaits()) {
+      Scene scene;
+      for (const Press& next : WhatIsNext()) {
+        scene.Begin();
+        waits.press(scene);
+        next.press(scene);
+        scene.WaitForTheLook();
+        const auto [mapped, shown] = Expected(waits, next);
+        const QString pair = QString("%1, then %2: ").arg(waits.name, next.name);
+        QCOMPARE(pair + scene.Mapped(), pair + mapped);
+        QCOMPARE(pair + scene.Shown(), pair + shown);
+      }
+    }
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::ImportFormWaitsTest)
+#include "import_form_waits_test.moc"
