@@ -56,8 +56,7 @@ Result<void> TakePassword(AccountSettings& account, const std::string& file, boo
 void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options) {
   command.add_option("settings", options.assignments, "KEY=VALUE, as many as you like; see account show");
   command.add_option("--password-file", options.password_file, "Take the password from the first line of this file")
-      ->type_name("FILE")
-      ->check(Names("file"));
+      ->type_name("FILE");
 }
 
 Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <sstream>
 
@@ -70,6 +71,26 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
   return out;
 }
 
+// Texts that may be empty. Every other option names something, and a script with an empty variable does not mean to
+// leave it out.
+constexpr std::array kMayBeEmpty = {"--subject", "--sheet",       "--company",
+                                    "--web",     "--unsubscribe", "--unsubscribe-subject"};
+
+// That no group is named where one is needed is told as in a window.
+bool MayBeEmpty(const CLI::Option& option) {
+  if (option.get_required() && option.check_name("--group")) return true;
+  return std::any_of(kMayBeEmpty.begin(), kMayBeEmpty.end(),
+                     [&option](const char* name) { return option.check_name(name); });
+}
+
+void RefuseEmptyValues(CLI::App& command) {
+  for (CLI::Option* option : command.get_options()) {
+    if (!option->nonpositional() || option->get_expected_max() == 0 || MayBeEmpty(*option)) continue;
+    option->check([](const std::string& given) { return given.empty() ? "names nothing" : std::string(); });
+  }
+  for (CLI::App* below : command.get_subcommands([](CLI::App*) { return true; })) RefuseEmptyValues(*below);
+}
+
 // In the order of the help.
 void AddCommands(CLI::App& app, Context& context) {
   AddDemoCommand(app, context);
@@ -113,8 +134,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
                "Answer every question with Yes, but not that for pictures from other folders");
   app.add_flag("--no-input", no_input, "Never ask; questions count as answered with No");
   app.add_option("--profile", context.profile, "Keep settings, recipients and history below this folder")
-      ->type_name("DIR")
-      ->check(Names("folder"));
+      ->type_name("DIR");
   app.require_subcommand(0, 1);
   app.fallthrough();  // these options may also stand behind the command
   app.parse_complete_callback([&] {
@@ -123,6 +143,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   });
 
   AddCommands(app, context);
+  RefuseEmptyValues(app);
 
   auto parsed = WithEmptyValues(app, std::move(arguments));
   if (!parsed) return output.Fail(parsed.error());

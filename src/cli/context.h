@@ -41,11 +41,6 @@ struct Context {
   Result<profile::Folders> PreparedFolders() const;
 };
 
-// A check for an option that names something: a script with an empty variable does not mean to leave it out.
-inline auto Names(const char* what) {
-  return [what](const std::string& given) { return given.empty() ? fmt::format("names no {}", what) : std::string(); };
-}
-
 // Gives a command its action: what it returns becomes the exit code.
 template <typename Action>
 void OnRun(CLI::App& command, Context& context, Action action) {

@@ -46,18 +46,15 @@ void AddDocumentOptions(CLI::App& command, DocumentOptions& options, BodyIs body
       ->required()
       ->type_name(body == BodyIs::kFirst ? "" : "FILE");
   command.add_option("--text", options.text, "A text part of your own, instead of the one made from the HTML")
-      ->type_name("FILE")
-      ->check(Names("file"));
+      ->type_name("FILE");
   command.add_option("--format", options.format, "How the body is sent")->check(CLI::IsMember({"HTML", "Text"}));
   command.add_option("--attach", options.attachments, "A file to go with each message; may be given several times")
-      ->type_name("FILE")
-      ->check(Names("file"));
+      ->type_name("FILE");
   command
       .add_option("--pictures-from", options.pictures_from,
                   "Also take the pictures that the body names in this folder; may be given several times. Those in the "
                   "body's own folder need no option")
-      ->type_name("DIR")
-      ->check(Names("folder"));
+      ->type_name("DIR");
   command.add_option("--priority", options.priority, "The priority")->check(CLI::IsMember({"Low", "Normal", "High"}));
   command.add_flag("--read-receipt", options.read_receipt, "Ask each reader for a receipt");
 }

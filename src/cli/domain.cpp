@@ -150,8 +150,7 @@ CLI::App* AddDnsQuestion(CLI::App& parent, Context& context, const char* name, c
   auto* command = AddQuestion(parent, context, name, what, typed, domain::kLookUpTime, run);
   command->add_option(argument, typed->name, about)->required();
   command->add_option("--dns", typed->dns, "Address of the name server to ask; else the computer's own are")
-      ->type_name("ADDR[:PORT]")
-      ->check(Names("server"));
+      ->type_name("ADDR[:PORT]");
   return command;
 }
 
@@ -161,12 +160,10 @@ void AddWhois(CLI::App& parent, Context& context) {
                               domain::kWhoisTime, RunWhois);
   command->add_option("NAME", typed->name, "The domain with its extension, in any script")->required();
   command->add_option("--whois", typed->whois, "The whois server to ask; else that of the extension's registry is")
-      ->type_name("HOST[:PORT]")
-      ->check(Names("server"));
+      ->type_name("HOST[:PORT]");
   command->add_flag("--follow", typed->follow, "Ask the server too that the answer names, once");
   command->add_option("--charset", typed->charset, "Read the answer in this character set")
       ->type_name("NAME")
-      ->check(Names("character set"))
       ->check([](const std::string& name) {
         return charset::FindCharset(name) ? std::string() : "\"" + name + "\" is no character set that is known here";
       });

@@ -138,7 +138,11 @@ Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& fo
 // Through a file without a name: who reads may take hours, and the store's writers are not to wait for that.
 ExportOutcome ExportToStandardOutput(Context& context, const profile::Folders& folders, const ExportRequest& request) {
   ExportOutcome outcome;
-  const auto scratch = platform::OpenScratchFile(folders.temporary);
+  // A profile that cannot be written can be read all the same.
+  auto scratch = platform::OpenScratchFile(folders.temporary);
+  std::error_code none;
+  const auto of_system = std::filesystem::temp_directory_path(none);
+  if (!scratch && !none) scratch = platform::OpenScratchFile(of_system);
   if (!scratch) {
     outcome.error = scratch.error();
     return outcome;
@@ -220,15 +224,11 @@ void AddExportCommand(CLI::App& app, Context& context) {
   CLI::App& command = *app.add_subcommand("export", "Write the recipients of a group to a text file");
   const auto options = std::make_shared<ExportOptions>();
   command.add_option("-g,--group", options->group, "The group")->required();
-  command
-      .add_option("--fields", options->fields,
-                  "The fields of each line in their order, as in \"Email Address,City\", or All; the address alone "
-                  "without it")
-      ->check(Names("field"));
-  command
-      .add_option("--delimiter", options->delimiter,
-                  "Tab, Colon, Space, Comma or Semicolon; without it Tab, or with --rfc4180 Comma")
-      ->check(Names("delimiter"));
+  command.add_option("--fields", options->fields,
+                     "The fields of each line in their order, as in \"Email Address,City\", or All; the address alone "
+                     "without it");
+  command.add_option("--delimiter", options->delimiter,
+                     "Tab, Colon, Space, Comma or Semicolon; without it Tab, or with --rfc4180 Comma");
   command.add_flag("--rfc4180", options->rfc4180,
                    "Begin with a line of headings, and put values that hold the delimiter, quotes or line ends in "
                    "quotes");

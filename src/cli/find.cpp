@@ -173,7 +173,7 @@ void AddFindCommand(CLI::App& app, Context& context) {
   const auto options = std::make_shared<FindOptions>();
   find.add_option("TERM", options->term, "What to look for; \"%\" stands for any text and \"_\" for one character")
       ->required();
-  find.add_option("-g,--group", options->group, "The group; all of them without it")->check(Names("group"));
+  find.add_option("-g,--group", options->group, "The group; all of them without it");
   find.add_option("--field", options->field, "The field that holds it")->capture_default_str();
   find.add_option("--compare", options->compare, "Equals, Contains, Starts with or Ends with")->capture_default_str();
   find.add_flag("--fields", options->all_fields, "Show all eighteen fields");

@@ -159,11 +159,24 @@ int ListMappings(Context& context, const profile::SettingsStore& settings) {
   return exit_code;
 }
 
+int ForgetMappings(Context& context, profile::SettingsStore& settings) {
+  if (context.prompts.Ask("Would you like to forget every mapping that is kept?") != platform::Answer::kYes) {
+    return context.output.Fail(
+        {Failure::kNotPermitted, "The mappings were kept.", "Answer yes (--yes does) to forget all of them."});
+  }
+  if (const auto forgotten = recipients::ForgetMappings(settings); !forgotten)
+    return context.output.Fail(forgotten.error());
+  context.output.Line("No mapping is kept any more.");
+  context.output.Object({{"done", "forgotten"}});
+  return 0;
+}
+
 int RunImport(Context& context, const ImportOptions& options) {
   const auto folders = options.preview ? Result<profile::Folders>(context.Folders()) : context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   profile::SettingsStore settings(folders->settings);
   if (options.list_mappings) return ListMappings(context, settings);
+  if (options.forget_mappings) return ForgetMappings(context, settings);
   if (!options.delete_mapping.empty()) {
     const auto deleted = recipients::DeleteMapping(settings, options.delete_mapping);
     if (!deleted) return context.output.Fail(deleted.error());
@@ -186,15 +199,14 @@ int RunImport(Context& context, const ImportOptions& options) {
 
 // What is wrong with the text of --skip; empty where nothing is.
 std::string NumberOfLines(const std::string& text) {
-  if (platform::ParseWholeNumber(text)) return {};
+  const auto lines = platform::ParseWholeNumber(text);
+  if (lines && *lines <= recipients::kMostSkipped) return {};
   return fmt::format("\"{}\" is no number of lines", platform::Printable(text, kLongestShown));
 }
 
 void AddReadingOptions(CLI::App& import, ImportOptions& options) {
-  import
-      .add_option("--delimiter", options.delimiter,
-                  "Tab, Colon, Space, Comma or Semicolon, or Auto: found out and told (else Comma)")
-      ->check(Names("delimiter"));
+  import.add_option("--delimiter", options.delimiter,
+                    "Tab, Colon, Space, Comma or Semicolon, or Auto: found out and told (else Comma)");
   import.add_flag("--quotes", options.quotes, "Take the first and the last character off every field");
   import.add_flag("--rfc4180", options.rfc4180,
                   "Fields in quotes may hold delimiters, line ends and doubled quotes, as spreadsheets write them");
@@ -203,8 +215,7 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
   CLI::Option* skip =
       import.add_option_function<std::string>("--skip", take_skip, "Leave so many lines at the beginning out");
   skip->check(NumberOfLines)->type_name("N");
-  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly")
-      ->check(Names("format"));
+  import.add_option("--format", options.format, "Text, Spreadsheet, vCard or LDIF, where it is not found out rightly");
   import.add_option("--sheet", options.sheet,
                     "Of a spreadsheet, the name of the sheet (else, or with \"\", the first that is filled)");
   import.add_option("--encoding", options.encoding,
@@ -214,23 +225,19 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
 
 void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
-  import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"")
-      ->check(Names("field"));
+  import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"");
   import.add_flag("--header", options.header,
                   "Map the fields by what the line of headings, one of the first five, calls them");
   import.add_option("--take", options.take,
                     "Take these columns of the file, eighteen at most, as its fields: \"25,1,2\"; All, whatever a kept "
                     "mapping takes");
-  import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name")
-      ->check(Names("mapping"));
-  import
-      .add_option("--save-mapping", options.save_mapping,
-                  "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "
-                  "--preview and --dry-run")
-      ->check(Names("mapping"));
+  import.add_option("--mapping", options.mapping, "Map the fields as it was kept under this name");
+  import.add_option("--save-mapping", options.save_mapping,
+                    "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "
+                    "--preview and --dry-run");
   CLI::Option* list = import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
-  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")
-      ->check(Names("mapping"))
+  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")->excludes(list);
+  import.add_flag("--forget-mappings", options.forget_mappings, "Delete all of them, also where they cannot be read")
       ->excludes(list);
 }
 

@@ -31,6 +31,7 @@ struct ImportOptions {
   bool dry_run = false;
   bool list_mappings = false;
   std::string delete_mapping;
+  bool forget_mappings = false;
 };
 
 // What was asked for, with what had to be found out in the file.

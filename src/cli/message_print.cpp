@@ -156,9 +156,7 @@ void AddLook(CLI::App& command, PrintOptions& options) {
   command.add_flag("--centred", form.is_centred, "Centre it");
   command.add_flag("--bold", form.is_bold, "Make it bold");
   command.add_flag("--underlined", form.is_underlined, "Underline it");
-  command.add_option("--pages", options.job.pages, "These pages alone, as \"1-3,7\"")
-      ->check(Names("pages"))
-      ->type_name("PAGES");
+  command.add_option("--pages", options.job.pages, "These pages alone, as \"1-3,7\"")->type_name("PAGES");
 }
 
 }  // namespace
@@ -169,11 +167,8 @@ void AddMessagePrint(CLI::App& message, Context& context) {
   AddMessageFiles(command, options->files);
   command
       .add_option("--pdf", options->pdf, "The PDF, which replaces what is there, or a folder for one of each message")
-      ->check(Names("file"))
       ->type_name("FILE");
-  command.add_option("--printer", options->job.printer, "A printer of this system, by its name")
-      ->check(Names("printer"))
-      ->type_name("NAME");
+  command.add_option("--printer", options->job.printer, "A printer of this system, by its name")->type_name("NAME");
   AddLook(command, *options);
   command.footer(
       "Nothing in a message runs, and nothing is fetched for it. No display is needed. In a folder nothing is "

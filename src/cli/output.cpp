@@ -20,6 +20,8 @@ Error AtTerminal(Error error) {
     error.remedy = "`quillcast group list` shows the groups; `quillcast group new` makes one.";
   if (error.remedy == Sentence(recipients::kNoSuchMappingRemedy))
     error.remedy = "Take one of those that are kept: `quillcast import --list-mappings` names them.";
+  if (error.remedy == Sentence(recipients::kDamagedMappingsRemedy))
+    error.remedy = "`quillcast import --forget-mappings` forgets all of them; keep them anew then.";
   return error;
 }
 

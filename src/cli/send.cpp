@@ -138,30 +138,20 @@ void AddSendCommand(CLI::App& app, Context& context) {
   auto options = std::make_shared<SendOptions>();
   send->add_option("--group", options->group, "The group")->required();
   AddDocumentOptions(*send, options->document);
-  send->add_option("--range", options->range, "Only these places of the group's list, FIRST-LAST")
-      ->type_name("N-M")
-      ->check(Names("range"));
+  send->add_option("--range", options->range, "Only these places of the group's list, FIRST-LAST")->type_name("N-M");
   send->add_flag("--dry-run", options->dry_run, "Check and compose everything, hand over nothing");
   send->add_flag("--keep-going", options->mailing.keep_going,
                  "Try every recipient, even where the server keeps refusing the sign-in or the sender");
   send->add_flag("--leave-pictures-out", options->leave_pictures_out,
                  "Send without the pictures that the body names in other folders, and do not ask");
-  send->add_option("--as", options->as, "Whose data --to-file and --proof use")
-      ->type_name("ADDRESS")
-      ->check(Names("address"));
-  send->add_option("--to-file", options->to_file, "Write that recipient's message into this file")
-      ->type_name("FILE")
-      ->check(Names("file"));
+  send->add_option("--as", options->as, "Whose data --to-file and --proof use")->type_name("ADDRESS");
+  send->add_option("--to-file", options->to_file, "Write that recipient's message into this file")->type_name("FILE");
   send->add_option("--to-folder", options->mailing.to_folder,
                    "Send nothing: write each message into a file of its own in this folder")
-      ->type_name("DIR")
-      ->check(Names("folder"));
+      ->type_name("DIR");
   send->add_option("--to-mbox", options->mailing.to_mbox, "Send nothing: write all messages into this new mailbox file")
-      ->type_name("FILE")
-      ->check(Names("file"));
-  send->add_option("--proof", options->proof, "Send one message to this address of your own")
-      ->type_name("ADDRESS")
-      ->check(Names("address"));
+      ->type_name("FILE");
+  send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");
   send->footer(
       "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
       "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused "

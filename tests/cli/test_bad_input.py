@@ -4,6 +4,7 @@ import email.policy
 import itertools
 import json
 import os
+import re
 import resource
 import shutil
 import sqlite3
@@ -203,7 +204,6 @@ class BadInput(Case):
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", "nosuch.html"], 66, "nosuch.html"),
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", self.folder], 66, str(self.folder)),
             ([*everything, "--text", "nosuch.txt"], 66, "nosuch.txt"),
-            ([*everything, "--attach", ""], 64, "names no file"),
             ([*everything, "--to-file", "x.eml"], 64, "--as"),
             ([*everything, "--dry-run", "--proof", "a@b.example"], 64, "Only one of"),
             ([*everything, "--as", "eve@r.example", "--to-file", "x.eml"], 64, "eve@r.example is not in the group"),
@@ -460,10 +460,36 @@ class BadInput(Case):
         code, _, err = self.run_program("group", "list")
         self.assertEqual(code, 73, err)
         self.assertIn(str(history), err)
-        self.assertIn(b"names no folder", self.shell(f"'{PROGRAM}' --profile '' group list").stderr)
+        # What is only read is told all the same.
+        history.unlink()
+        self.group("All", ["ada@r.example"])
+        shutil.rmtree(self.profile / "Temp", ignore_errors=True)
+        (self.profile / "Temp").write_text("")
+        self.assertEqual(self.ok("export", "-g", "All"), "ada@r.example\r\n")
         gone = self.folder / "gone"
         done = self.shell(f"mkdir '{gone}' && cd '{gone}' && rmdir '{gone}' && '{os.path.abspath(PROGRAM)}' --profile p group list")
         self.assertEqual(done.returncode, 73, done.stderr)
+
+    def options(self, *command):
+        """Each command with each option that takes a value."""
+        shown = self.ok(*command, "--help")
+        parts = dict(re.findall(r"^(Options|Subcommands):\n((?:  .*\n)*)", shown, re.M))
+        for option in re.findall(r"^  (?:-\w,)?(--[\w-]+)\s(?=[A-Z]+\b)", parts.get("Options", ""), re.M):
+            yield [*command, option]
+        for name in re.findall(r"^  (\w+)", parts.get("Subcommands", ""), re.M):
+            yield from self.options(*command, name)
+
+    def test_an_empty_value_of_an_option(self):
+        """A script with an empty variable does not mean to leave out what it names."""
+        texts = {"--subject", "--sheet", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"}
+        commands = list(self.options())
+        self.assertGreater(len(commands), 80)
+        for command in commands:
+            if command[-1] in (*texts, "--group"):  # where a group is needed, the command says so itself
+                continue
+            code, _, err = self.run_program(*command[:-1], f"{command[-1]}=")
+            self.assertEqual(code, 64, f"{command}: {err}")
+            self.assertRegex(err.splitlines()[0], rf"^(Could not convert: )?{command[-1]}\b(?! is required)", command)
 
     def test_a_store_that_is_away(self):
         """A link at the store's place is the person's, also while what it leads to is not there."""

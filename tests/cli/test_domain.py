@@ -137,7 +137,7 @@ class Domain(Case):
             (["name", ""], "Please enter your IP."),
             (["name", "mail"], '"mail" is not an IP address.'),
             (["ip", "a.com", "--dns", "dns.example"], '"dns.example" is not the address of a name server.'),
-            (["mx", "a.com", "--dns="], "names no server"),
+            (["mx", "a.com", "--dns="], "--dns: names nothing"),
         ]:
             with self.subTest(command=command):
                 code, out, err = self.run_program("domain", *command)

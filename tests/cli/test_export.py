@@ -70,7 +70,7 @@ class Export(Case):
         for arguments, code, *words in [
             (["-g", "Writers"], 64, 'no group "Writers"', "group list"),
             (["-g", ""], 64, "Please select a group."),
-            (["-g", "Readers", "-o", ""], 64, "Please specify a file."),
+            (["-g", "Readers", "-o", ""], 64, "--output: names nothing"),
             (["-g", "Readers", "--fields", "Town"], 64, '"Town" names no field', '"City"'),
             (["-g", "Readers", "--delimiter", "|"], 64, "no delimiter", "Semicolon"),
             (["-g", "Readers", "-o", self.folder], 73, "Name a file in that folder"),

@@ -107,7 +107,7 @@ class Import(Case):
                         self.assertEqual(told in said[0]["warnings"], told is not None)
         for take, more, told in (("0", ["--header"], '"0" is no column'), ("a", ["--header"], '"a" is no column'),
                                  (",".join(["1"] * 19), ["--header"], "19 columns are too many"),
-                                 ("", ["--header"], "--take names no column"), (" ", ["--header"], "or All"),
+                                 (" ", ["--header"], "or All"),
                                  ("1", ["--harvest"], "does not go with --harvest")):
             code, _, err = self.run_import(half, "-g", "All", "--take", take, *more, "--opt-in")
             self.assertEqual(code, 64, err)
@@ -122,7 +122,7 @@ class Import(Case):
                            "rfc4180": False, "skip": 2, "sheet": "March", "encoding": "KOI8-R", "columns": ""}])
         self.assertIn("Encoding: KOI8-R", self.ok("import", list_, "--mapping", "Mine", "--preview"))
         self.assertIn("Encoding: UTF-8", self.ok("import", list_, "--mapping", "Mine", "--encoding", "auto", "--preview"))
-        self.run_import(list_, "--mapping", "Mine", "--sheet", "", "--encoding", "", "--save-mapping", "Bare", "--preview")
+        self.run_import(list_, "--mapping", "Mine", "--sheet", "", "--encoding", "Auto", "--save-mapping", "Bare", "--preview")
         self.assertEqual([kept["sheet"] + kept["encoding"] for kept in self.run_import("--list-mappings")[1]], ["", "MarchKOI8-R"])
         self.run_import("--delete-mapping", "Bare")
         code, said, err = self.run_import(list_, "-g", "All", "--mapping", "Mine", "--opt-in")
@@ -148,6 +148,15 @@ class Import(Case):
             self.assertEqual((code, said), (65, []), err)
             self.assertIn('The mapping "A" is damaged: its "columns" cannot be read.\nRemove it', err)
         self.assertEqual(self.run_import("--delete-mapping", "A")[0], 0)
+        # All of them: no single one can be named any more.
+        with contextlib.closing(sqlite3.connect(self.profile / "settings.db")) as settings, settings:
+            settings.execute("UPDATE Settings SET Value = '[1]' WHERE Key = 'Mappings'")
+        code, _, err = self.run_import("--delete-mapping", "B")
+        self.assertEqual(code, 65, err)
+        self.assertIn("`quillcast import --forget-mappings` forgets all of them", err)
+        self.assertEqual(self.run_program("import", "--forget-mappings")[0], 77)
+        self.assertEqual(self.run_program("--yes", "import", "--forget-mappings")[0], 0)
+        self.assertEqual(self.run_import("--list-mappings")[:2], (0, []))
 
     def test_what_does_not_go(self):
         list_ = self.write("list.csv", "Name,Town\nAda,Paris\n")
