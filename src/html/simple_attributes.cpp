@@ -132,12 +132,16 @@ std::optional<std::string> SimpleAddress(const HtmlTokenizer& page, const HtmlTo
 
 std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag) {
   std::string kept;
+  if (tag.name == "body") {
+    const std::string style = SimpleStyle("color:" + page.Value(tag, "text") + ";" + page.Value(tag, "style"));
+    if (!style.empty()) Append(kept, "style", style);
+  }
   for (const HtmlAttribute& attribute : tag.attributes) {
     const std::string_view whole = page.Source(tag);
     const std::string name =
         platform::AsciiLower(whole.substr(attribute.name_begin - tag.begin, attribute.name_end - attribute.name_begin));
     const std::string value = DecodeCharacterReferences(page.RawValue(attribute), true);
-    if (name == "style") {
+    if (name == "style" && tag.name != "body") {
       const std::string style = SimpleStyle(value);
       if (!style.empty()) Append(kept, name, style);
     } else if (name == "alt") {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 #include "html/hidden_element.h"
@@ -92,6 +93,8 @@ class SimpleWriter {
   std::size_t open_grids_ = 0;  // written as tables
   std::size_t pictures_ = 0;
   std::vector<Open> open_;
+  bool has_body_ = false;
+  bool begins_pre_ = false;  // just now
   bool drops_text_ = false;  // of a title, which is not the page's
   std::size_t word_ = 0;     // bytes since the last place to break
   std::string out_;
@@ -121,6 +124,7 @@ void SimpleWriter::CloseTo(std::size_t open) {
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
   open_.push_back({name, written});
   if (written.empty()) return;
+  begins_pre_ = written == "pre";
   out_.append("<").append(written);
   if (token != nullptr) out_ += SimpleAttributes(page_, *token);
   out_ += '>';
@@ -206,7 +210,10 @@ void SimpleWriter::Start(const HtmlToken& token) {
   if (name == "li") StartItem();
   if (open_.size() >= kMostOpen) return;
   const auto kept = std::find(kKept.begin(), kKept.end(), name);
-  Push(name, kept != kKept.end() ? *kept : std::string_view("div"), &token);
+  // The view paints the ground of what is a body in its eyes behind all of the page, tables too.
+  const std::string_view block = name == "body" && open_.empty() && !has_body_ ? "body" : "div";
+  has_body_ = has_body_ || block == "body";
+  Push(name, kept != kKept.end() ? *kept : block, &token);
 }
 
 void SimpleWriter::End(const std::string& name) {
@@ -215,6 +222,10 @@ void SimpleWriter::End(const std::string& name) {
 }
 
 void SimpleWriter::Text(std::string_view text) {
+  if (std::exchange(begins_pre_, false)) {  // a line end there is none
+    if (text.starts_with('\r')) text.remove_prefix(1);
+    if (text.starts_with('\n')) text.remove_prefix(1);
+  }
   const bool is_blank = text.find_first_not_of(" \t\r\n\f") == std::string_view::npos;
   if (is_blank && !open_.empty() && (open_.back().name == "table" || open_.back().name == "tr")) return;
   ComeIntoCell();

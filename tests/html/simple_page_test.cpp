@@ -75,6 +75,10 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<div><div><div>a</div>b</div></div>"},
       {"<link rel=stylesheet href=x><base href=file:///><iframe src=x></iframe><object data=x></object><video src=x>a",
        "a"},
+      {"<body text=white bgcolor=black style='margin:0;color:red'><table><tr><td>a<td>b</table><body>c",
+       "<body style=\"color:white;color:red\" bgcolor=\"black\"><table><tr><td>a</td><td>b</td></tr></table>"
+       "<div>c</div></body>"},
+      {"<pre>\r\na\nb</pre>", "<pre>a\nb</pre>"},
       // Tables
       {"<table><tr><td>a<table><tr><td bgcolor=red>b</table></table>",
        "<div><div>a<div><div bgcolor=\"red\">b</div></div></div></div>"},
