@@ -1,9 +1,12 @@
 #include "mail_file/body_folder.h"
 
+#include <algorithm>
+#include <array>
 #include <optional>
 
 #include "document/picture_kind.h"
 #include "html/safe_page.h"
+#include "mail_file/data_picture.h"
 #include "mail_file/safe_part_name.h"
 #include "mail_file/within_memory.h"
 #include "mime/media_type.h"
@@ -17,6 +20,15 @@ std::string PictureName(const Part& part, std::size_t place, const std::string& 
   std::string name = FileNameOf(part, place);
   if (mime::MediaTypeOf(name, {}) != type) name += EndingOfType(type);
   return name;
+}
+
+// Whether there is more in it than line ends.
+bool HasText(const MailMessage& message, const Part& part) {
+  constexpr std::uint64_t kFew = 16;  // bytes
+  if (part.marker != Marker::kBody || (part.type != "text/html" && part.type != "text/plain")) return false;
+  if (part.source.bytes.size() > kFew) return true;
+  const auto text = message.TextOf(part);
+  return !text || !platform::Trim(*text).empty();
 }
 
 class Writer {
@@ -45,19 +57,30 @@ class Writer {
   // The same picture is written once, however often it is shown.
   std::optional<std::string> Picture(std::string_view address) {
     const Part* const part = embedded_.Find(address);
-    if (part == nullptr) return {};
-    const auto [known, is_new] = names_.try_emplace(part);
-    if (is_new) known->second = Write(*part);
+    const auto [known, is_new] = names_.try_emplace(part != nullptr ? part->content_id : std::string(address));
+    if (is_new) known->second = part != nullptr ? WriteEmbedded(*part) : WriteData(address);
     return known->second.empty() ? std::nullopt : std::optional(platform::PercentEncoded(known->second));
   }
 
-  std::string Write(const Part& part) {
+  std::string WriteEmbedded(const Part& part) {
     const std::string type = embedded_.PictureTypeOf(part);
     if (type.empty()) return {};
-    const auto name = folder_.WriteNew(PictureName(part, embedded_.PlaceOf(part), type),
-                                       [&](int fd, const std::filesystem::path& file) {
-                                         return WritePart(message_, part, fd, file, options_.cancel);
-                                       });
+    return Write(PictureName(part, embedded_.PlaceOf(part), type), [&](int fd, const std::filesystem::path& file) {
+      return WritePart(message_, part, fd, file, options_.cancel);
+    });
+  }
+
+  std::string WriteData(std::string_view address) {
+    const auto picture = PictureInAddress(address);
+    if (!picture) return {};
+    return Write("picture" + std::string(EndingOfType(picture->type)), [&](int fd, const std::filesystem::path& file) {
+      return platform::WriteAll(fd, file, picture->bytes);
+    });
+  }
+
+  std::string Write(const std::string& wanted,
+                    const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write) {
+    const auto name = folder_.WriteNew(wanted, write);
     (name ? out_.pictures.push_back(*name) : out_.failures.push_back(name.error()));
     return name ? *name : std::string();
   }
@@ -66,7 +89,7 @@ class Writer {
   ChosenFolder& folder_;
   const BodyFolderOptions& options_;
   EmbeddedParts embedded_;
-  std::unordered_map<const Part*, std::string> names_;
+  std::unordered_map<std::string, std::string> names_;  // by Content-ID, else by address
   BodyFolder out_;
 };
 
@@ -83,6 +106,21 @@ Result<std::string> BodyAsHtml(const MailMessage& message) {
     if (!text) return text.error();
     return html::PageOfText(*text);
   });
+}
+
+std::optional<Error> WhyNoBody(const MailMessage& message) {
+  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return HasText(message, part); })) return {};
+  constexpr std::array kSealed = {"multipart/encrypted", "application/pgp-encrypted", "application/pkcs7-mime",
+                                  "application/x-pkcs7-mime"};
+  const bool is_sealed = std::ranges::any_of(message.parts(), [&](const Part& part) {
+    return part.message == kNoPart && std::ranges::find(kSealed, part.type) != kSealed.end();
+  });
+  if (is_sealed) {
+    return Error{Failure::kBadData,
+                 "The message has no text that can be read: it is encrypted, or sealed by a signature.",
+                 "Open it in the program that has its keys."};
+  }
+  return Error{Failure::kBadData, "The message has no text.", "What is attached to it can be extracted."};
 }
 
 Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,

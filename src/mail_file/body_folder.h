@@ -1,6 +1,7 @@
 // The body of a message as a folder that a browser shows: a page that nothing runs in, and its pictures beside it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,15 @@ struct BodyFolder {
 };
 
 // The HTML of the message as html::SafePage makes it, or a page of its text, and of the embedded parts that it shows
-// (RFC 2392) those that are pictures by their content; drawings (SVG) are none. Fails where the page cannot be written.
+// (RFC 2392), and of what lies in its addresses (RFC 2397), those that are pictures by their content; drawings (SVG)
+// are none. Fails where the page cannot be written.
 Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options);
 
 // The body as HTML, not made safe: of a message that has none a page of its text.
 Result<std::string> BodyAsHtml(const MailMessage& message);
+
+// Why a message has no body that can be read, and what to do: it is encrypted, or there is none. Nothing where it has.
+std::optional<Error> WhyNoBody(const MailMessage& message);
 
 // Writes the content of a part to a file that is open, block by block. kTryAgain when it was cancelled.
 Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,

@@ -51,6 +51,7 @@ Result<ImportedBody> ImportPage(const MailMessage& message, const WorkingFolder&
 
 Result<ImportedBody> ImportBody(const MailMessage& message, const fs::path& target, const fs::path& temporary,
                                 const platform::Clock& clock, const platform::CancelToken* cancel) {
+  if (auto none = WhyNoBody(message)) return *std::move(none);
   if (!message.HasBody("text/html")) {
     auto html = TextAsPage(message);
     if (!html) return html.error();

@@ -20,7 +20,8 @@ struct ImportedBody {
 
 // A body without HTML is its text with "<" and "&" escaped and each CR as "<br>", and comes into no folder. Any other
 // is written into a working folder in `temporary`, and that is copied, over what is there, to a folder of its name in
-// `target`. Errors: kBadData for a page that the editor cannot take, kTryAgain after a cancel; nothing is in `target`
+// `target`. Errors: kBadData for a message without a body that can be
+// read and for a page that the editor cannot take, kTryAgain after a cancel; nothing is in `target`
 // then.
 Result<ImportedBody> ImportBody(const MailMessage& message, const std::filesystem::path& target,
                                 const std::filesystem::path& temporary, const platform::Clock& clock,

@@ -10,6 +10,7 @@
 #include "html/simple_page.h"
 #include "mail_file/body_folder.h"
 #include "mail_file/body_text.h"
+#include "mail_file/data_picture.h"
 
 namespace quillcast::mail_file {
 namespace {
@@ -57,9 +58,9 @@ class Pictures {
 
   std::optional<std::string> Take(std::string_view address) {
     const Part* const part = embedded_.Find(address);
-    if (part == nullptr) return std::nullopt;
-    const auto [place, is_new] = places_.try_emplace(part, taken_.size());
-    if (is_new && !Read(*part)) place->second = kNoPart;
+    const auto [place, is_new] =
+        places_.try_emplace(part != nullptr ? part->content_id : std::string(address), taken_.size());
+    if (is_new && !(part != nullptr ? Read(*part) : ReadData(address))) place->second = kNoPart;
     if (place->second == kNoPart) return std::nullopt;
     return fmt::format("cid:{}", place->second);
   }
@@ -74,19 +75,31 @@ class Pictures {
     const std::size_t room = kMostPictureBytes - bytes_;
     const bool may_fit = taken_.size() < kMostPictures && part.source.bytes.size() <= 2 * room;
     auto bytes = may_fit ? BytesOf(message_, part, room + 1, cancel_) : Result<std::string>("");
-    if (!may_fit || !bytes || bytes->size() > room) {
-      ++left_out_;
-      return false;
-    }
-    bytes_ += bytes->size();
-    taken_.push_back({std::move(type), *std::move(bytes)});
+    if (!may_fit || !bytes) return LeaveOut();
+    return Keep({std::move(type), *std::move(bytes)});
+  }
+
+  bool ReadData(std::string_view address) {
+    auto picture = PictureInAddress(address);
+    return picture && Keep({std::move(picture->type), std::move(picture->bytes)});
+  }
+
+  bool Keep(ShownPicture picture) {
+    if (taken_.size() == kMostPictures || picture.bytes.size() > kMostPictureBytes - bytes_) return LeaveOut();
+    bytes_ += picture.bytes.size();
+    taken_.push_back(std::move(picture));
     return true;
+  }
+
+  bool LeaveOut() {
+    ++left_out_;
+    return false;
   }
 
   const MailMessage& message_;
   const platform::CancelToken* cancel_;
   EmbeddedParts embedded_;
-  std::unordered_map<const Part*, std::size_t> places_;
+  std::unordered_map<std::string, std::size_t> places_;  // by Content-ID, else by address
   std::vector<ShownPicture> taken_;
   std::size_t bytes_ = 0;
   std::size_t left_out_ = 0;

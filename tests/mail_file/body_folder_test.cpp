@@ -40,15 +40,20 @@ TEST(BodyFolder, ShowsItsPicturesInPlace) {
   Scene scene;
   const auto written = scene.Write(
       Related("<img src=\"cid:a@x\"><img src=\"CID:b%40x\"><img src=cid:a@x><img src=cid:none><img src=cid:svg>"
-              "<td background=cid:fake><img src=http://x/>",
+              "<td background=cid:fake><img src=http://x/><img src='data:image/png;base64,iVBOR\nw0KGgo='>"
+              "<img src='data:image/png;base64,iVBOR\nw0KGgo='><img src='DATA:text/html,GIF89a'><img "
+              "src=data:image/png;base64,PHNjcmlwdD4=><img src='data:image/svg+xml,<svg onload=x>'>",
               {Base64Part("Content-Type: image/png; name=\"../my logo.png\"\r\nContent-ID: <a@x>"),
                Base64Part("Content-Type: text/html; name=page.html\r\nContent-ID: <b@x>"),
                "Content-Type: image/svg+xml\r\nContent-ID: <svg>\r\n\r\n<svg onload=x>",
                Base64Part("Content-Type: image/png; name=fake.png\r\nContent-ID: <fake>", "PHNjcmlwdD4=")}));
   EXPECT_EQ(scene.Page(written),
             "<head><meta charset=\"utf-8\"></head><img src=\"my%20logo.png\"><img src=\"page.html.png\">"
-            "<img src=\"my%20logo.png\"><img><img><td><img>");
-  EXPECT_EQ(written.pictures, (std::vector<std::string>{"my logo.png", "page.html.png"})) << "each once";
+            "<img src=\"my%20logo.png\"><img><img><td><img><img src=\"picture.png\"><img src=\"picture.png\">"
+            "<img src=\"picture.gif\"><img><img>");
+  EXPECT_EQ(written.pictures, (std::vector<std::string>{"my logo.png", "page.html.png", "picture.png", "picture.gif"}))
+      << "each once";
+  EXPECT_EQ(test::ReadAll(scene.place / "picture.png"), kPng);
   EXPECT_EQ(test::ReadAll(scene.place / "my logo.png"), kPng);
   EXPECT_TRUE(written.failures.empty());
 }

@@ -33,7 +33,6 @@ TEST(ImportBody, MakesATextAPageWithItsLines) {
            Row{"Subject: x\r\n\r\na < b & \"c\"\r\n\r\nsecond", "a &lt; b &amp; \"c\"<br>\n<br>\nsecond"},
            Row{"Subject: x\n\none\rtwo\nthree", "one<br>\ntwo<br>\nthree"},
            Row{"Subject: x\r\nContent-Type: text/plain; charset=windows-1252\r\n\r\n\xE4", "\xC3\xA4"},
-           Row{"Subject: x\r\nContent-Type: image/png\r\n\r\n", ""},
        }) {
     Scene scene;
     const auto body = scene.Import(message);
@@ -49,20 +48,41 @@ TEST(ImportBody, LaysAPageAndItsPicturesIntoAFolderOfItsOwn) {
     return "Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n<body "
            "onload=x()>" +
            word +
-           "<script>x()</script><form action=http://x/><img src=cid:a><img src=http://x/t.gif></form></body>"
+           "<script>x()</script><form action=http://x/><img src=cid:a><img src=http://x/t.gif><img "
+           "src=data:,GIF89a></form></body>"
            "\r\n--b\r\nContent-Type: image/gif; name=../../a.gif\r\nContent-ID: <a>\r\n\r\nGIF89a\r\n--b--\r\n";
   };
   Scene scene;
   ASSERT_TRUE(scene.Import(message("first")));
   const auto body = scene.Import(message("second"));  // in the same second
   ASSERT_TRUE(body);
-  EXPECT_EQ(body->html, "<head><meta charset=\"utf-8\"></head><body>second<img src=\"a.gif\"><img></body>");
+  EXPECT_EQ(
+      body->html,
+      "<head><meta charset=\"utf-8\"></head><body>second<img src=\"a.gif\"><img><img src=\"picture.gif\"></body>");
   EXPECT_EQ(body->folder.parent_path(), scene.place / "ImportBody");
   EXPECT_EQ(std::distance(fs::directory_iterator(body->folder.parent_path()), {}), 1) << "it takes the other's place";
   EXPECT_EQ(test::ReadAll(body->folder / "index.htm"), body->html);
   EXPECT_EQ(test::ReadAll(body->folder / "a.gif"), "GIF89a");
-  EXPECT_EQ(std::distance(fs::directory_iterator(body->folder), {}), 2);
+  EXPECT_EQ(test::ReadAll(body->folder / "picture.gif"), "GIF89a");
+  EXPECT_EQ(std::distance(fs::directory_iterator(body->folder), {}), 3);
   EXPECT_TRUE(scene.IsTidy());
+}
+
+TEST(ImportBody, SaysWhyThereIsNothingToTake) {
+  for (const auto& [message, why] :
+       {std::pair("Content-Type: image/png\r\n\r\nx", "The message has no text."),
+        {"Subject: x\r\n\r\n\r\n", "The message has no text."},
+        {"Content-Type: application/pkcs7-mime; smime-type=enveloped-data\r\n\r\nx", "it is encrypted"},
+        {"Content-Type: multipart/encrypted; boundary=b\r\n\r\n--b\r\nContent-Type: application/octet-stream\r\n\r\n"
+         "x\r\n--b--",
+         "it is encrypted"}}) {
+    Scene scene;
+    const auto body = scene.Import(message);
+    ASSERT_FALSE(body) << message;
+    EXPECT_EQ(body.error().failure, Failure::kBadData);
+    EXPECT_NE(InOneLine(body.error()).find(why), std::string::npos) << InOneLine(body.error());
+    EXPECT_TRUE(scene.IsUntouched());
+  }
 }
 
 TEST(ImportBody, LeavesNothingOfWhatCannotBeTaken) {

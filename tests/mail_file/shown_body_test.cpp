@@ -22,11 +22,13 @@ TEST(ShownBody, HasThePicturesOfTheMessageAndNoOthers) {
   const auto shown = Show(
       std::string("Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n"
                   "<p onclick=x>a<img src=cid:a@x><img src=https://x.org/b.png><img src=cid:a@x>"
-                  "<img src=file:///c.png><script>d</script><img src=cid:e>\r\n"
+                  "<img src=file:///c.png><script>d</script><img src=cid:e><img src='data:image/gif,GIF89a'>"
+                  "<img src='data:image/gif,no'>\r\n"
                   "--b\r\nContent-Type: image/png\r\nContent-ID: <a@x>\r\nContent-Transfer-Encoding: base64\r\n\r\n") +
       kPngInBase64 + "\r\n--b\r\nContent-Type: image/png\r\nContent-ID: <e>\r\n\r\n<svg/>\r\n--b--\r\n");
-  EXPECT_NE(shown.html.find("<p>a<img src=\"cid:0\"><img src=\"cid:0\">"), std::string::npos) << shown.html;
-  ASSERT_EQ(shown.pictures.size(), 1U);
+  EXPECT_EQ(shown.html, "<p>a<img src=\"cid:0\"><img src=\"cid:0\"><img src=\"cid:1\"></p>");
+  ASSERT_EQ(shown.pictures.size(), 2U);
+  EXPECT_EQ(shown.pictures[1].type + shown.pictures[1].bytes, "image/gifGIF89a");
   EXPECT_EQ(shown.pictures[0].type, "image/png");
   EXPECT_EQ(shown.pictures[0].bytes, "\x89PNG\r\n\x1A\n");
   EXPECT_FALSE(shown.is_cut);
