@@ -26,6 +26,10 @@ Result<void> CheckFiles(Context& context, const ExtractOptions& options) {
   const ExtractionRequest& request = options.request;
   for (const std::string* file : {&request.body_file, &request.recipients_file, &request.stamps_file}) {
     if (file->empty()) continue;
+    if (*file == "-") {
+      return Error{Failure::kUsage, "Nothing of a message is written to standard output.",
+                   "Name a file; one of that name is \"./-\"."};
+    }
     if (options.files.names.size() > 1) {
       return Error{Failure::kUsage, Say("\"{}\" would be replaced by each of the messages.", *file),
                    "Take one message at a time, or folders alone."};
@@ -40,9 +44,11 @@ Result<void> CheckFiles(Context& context, const ExtractOptions& options) {
   return {};
 }
 
-void ShowOutcome(const Context& context, const std::string& name, const ExtractionOutcome& outcome) {
-  context.output.Line(fmt::format("{}: {}", platform::Printable(name),
-                                  platform::Counted(static_cast<std::int64_t>(outcome.parts.size()), "part", "parts")));
+void ShowOutcome(const Context& context, const std::string& name, const ExtractionRequest& request,
+                 const ExtractionOutcome& outcome) {
+  const auto parts = static_cast<std::int64_t>(outcome.parts.size());
+  const std::string count = request.parts_folder.empty() ? "" : " " + platform::Counted(parts, "part", "parts");
+  context.output.Line(fmt::format("{}:{}", platform::Printable(name), count));
   for (const std::string& part : outcome.parts) context.output.Line("  " + part);
   if (outcome.page) {
     context.output.Line(
@@ -73,7 +79,7 @@ int ExtractOne(Context& context, const std::string& name, const mail_file::Loadi
   };
   const auto outcome = mail_file::Extract(*loading.message, request, context.Folders().OwnFiles(), context.cancel, see);
   context.output.EndProgress();
-  ShowOutcome(context, name, outcome);
+  ShowOutcome(context, name, request, outcome);
   ShowObject(context, name, loading, outcome);
   for (const Sentence& trouble : mail_file::ExtractionTroubles(outcome, request.code_page))
     context.output.Note(trouble.InEnglish());

@@ -1,11 +1,14 @@
 #include "mail_file/body_formats.h"
 
+#include <algorithm>
 #include <array>
+#include <vector>
 
 #include "charset/code_page.h"
 #include "html/html_to_text.h"
 #include "html/safe_page.h"
 #include "mail_file/body_folder.h"
+#include "mail_file/data_picture.h"
 #include "mail_file/message_rtf.h"
 #include "mail_file/message_xml.h"
 #include "mail_file/within_memory.h"
@@ -17,6 +20,13 @@ namespace {
 constexpr std::array<std::string_view, 4> kFilters = {
     "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*",
     "RTF Files (*.rtf)|*.rtf|All Files (*.*)|*.*", "XML Files (*.xml)|*.xml|All Files (*.*)|*.*"};  // by BodyFormat
+
+struct FormRow {
+  const char* name;
+  std::vector<std::string_view> endings;
+};
+const std::array<FormRow, 4> kForms = {FormRow{"text", {".txt"}}, FormRow{"HTML", {".html", ".htm"}},
+                                       FormRow{"RTF", {".rtf"}}, FormRow{"XML", {".xml"}}};  // by BodyFormat
 
 Result<std::string> BodyAsText(const MailMessage& message) {
   if (message.HasBody("text/plain") || !message.HasBody("text/html")) return message.TextBody();
@@ -38,9 +48,10 @@ Result<void> WriteAsHtml(const MailMessage& message, const WriteText& write) {
   const auto page = BodyAsHtml(message);
   if (!page) return page.error();
   html::SafePageOptions options;
-  // Nothing shows them, but whoever looks can tell which part belongs where.
+  // Nothing shows those of parts, but whoever looks can tell which part belongs where.
   options.picture = [](std::string_view address) {
-    return platform::StartsWithIgnoringAsciiCase(address, "cid:") ? std::optional(std::string(address)) : std::nullopt;
+    const bool stays = platform::StartsWithIgnoringAsciiCase(address, "cid:") || PictureInAddress(address);
+    return stays ? std::optional(std::string(address)) : std::nullopt;
   };
   return write(html::SafePage(*page, options));
 }
@@ -67,6 +78,15 @@ Result<std::size_t> WriteAs(const MailMessage& message, BodyFormat format, std::
 }  // namespace
 
 std::string_view FilterOf(BodyFormat format) { return kFilters.at(static_cast<std::size_t>(format)); }
+
+std::optional<Sentence> FormNote(const std::filesystem::path& file, BodyFormat format) {
+  const std::string ending = platform::AsciiLower(file.extension().string());
+  const auto names = [&](const FormRow& form) { return std::ranges::find(form.endings, ending) != form.endings.end(); };
+  const FormRow& chosen = kForms.at(static_cast<std::size_t>(format));
+  if (names(chosen) || std::ranges::none_of(kForms, names)) return {};
+  return Say("{} will be written as {}, whatever its name says.", platform::Printable(file.filename().string(), 100),
+             Sentence(chosen.name));
+}
 
 Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
                               const WriteText& write) {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,9 @@ enum class BodyFormat : std::uint8_t { kText, kHtml, kRtf, kXml };
 
 // What a file dialog for it offers.
 std::string_view FilterOf(BodyFormat format);
+
+// What whoever names the file of the body has to know: that its name is that of another form. Nothing where it is not.
+std::optional<Sentence> FormNote(const std::filesystem::path& file, BodyFormat format);
 
 // Gives the body to `write`, piece by piece.
 //   text  the text; of a message that has a page alone the text of that. In the

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "charset/code_page.h"
 #include "mail_file/body_folder.h"
@@ -38,8 +39,7 @@ class Extraction {
     if (!request_.body_file.empty()) WriteBodyFile();
     if (!request_.second_folder.empty()) WriteSecondFolder();
     if (!request_.recipients_file.empty()) ReplaceText(request_.recipients_file, RecipientLines(message_.facts()));
-    if (!request_.stamps_file.empty() && !message_.facts().stamps.empty())
-      ReplaceText(request_.stamps_file, StampLines(message_.facts()));
+    if (!request_.stamps_file.empty()) WriteStamps();
     return std::move(outcome_);
   }
 
@@ -65,7 +65,11 @@ class Extraction {
     auto folder = ChosenFolder::OpenOrMake(request_.parts_folder, own_);
     if (!folder) return Fail(folder.error());
     std::uint64_t total = 0;
-    for (const Part& part : message_.parts()) total += IsWanted(part) ? part.source.bytes.size() : 0;
+    for (const Part& part : message_.parts()) {
+      if (!IsWanted(part)) continue;
+      ++outcome_.wanted;
+      total += part.source.bytes.size();
+    }
     std::uint64_t done = 0;
     for (std::size_t place = 0; place < message_.parts().size() && !IsCancelled(); ++place) {
       const Part& part = message_.parts()[place];
@@ -81,8 +85,14 @@ class Extraction {
     auto name = folder.WriteNew(FileNameOf(part, place), [&](int fd, const std::filesystem::path& file) {
       return WritePart(message_, part, fd, file, &cancel_);
     });
-    if (name) return outcome_.parts.push_back(*std::move(name));
-    if (!IsCancelled()) Fail(name.error());
+    if (!name) return IsCancelled() ? void() : Fail(name.error());
+    if (!part.name.empty() && part.name != *name) ++outcome_.renamed;
+    outcome_.parts.push_back(*std::move(name));
+  }
+
+  void WriteStamps() {
+    outcome_.has_no_stamps = message_.facts().stamps.empty();
+    if (!outcome_.has_no_stamps) ReplaceText(request_.stamps_file, StampLines(message_.facts()));
   }
 
   void WriteBodyFile() {
@@ -155,10 +165,29 @@ ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& r
   return Extraction(message, request, own, cancel, see).Run();
 }
 
+std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const ExtractionOutcome& outcome) {
+  std::vector<Sentence> news;
+  if (outcome.wanted > 0) {
+    news.push_back(
+        SayOf(static_cast<std::int64_t>(outcome.parts.size()), "{} part was written.", "{} parts were written."));
+  } else if (!request.parts_folder.empty() && outcome.failed == 0) {
+    news.emplace_back("The message has no parts for the folder.");
+  }
+  if (outcome.renamed > 0) {
+    news.push_back(SayOf(static_cast<std::int64_t>(outcome.renamed), "{} file has another name than in the message.",
+                         "{} files have other names than in the message."));
+  }
+  if (outcome.has_no_stamps) news.emplace_back("The message has no stamps, so there is no file of them.");
+  return news;
+}
+
 std::vector<Sentence> ExtractionTroubles(const ExtractionOutcome& outcome, std::string_view code_page) {
   std::vector<Sentence> troubles;
   if (outcome.is_cancelled) troubles.emplace_back("Cancelled; what was written before is there.");
-  for (const Error& failure : outcome.failures) troubles.push_back(AsSentence(failure));
+  for (const Error& failure : outcome.failures) {  // what keeps a part away keeps the page away too
+    if (auto told = AsSentence(failure); std::ranges::find(troubles, told) == troubles.end())
+      troubles.push_back(std::move(told));
+  }
   if (const auto more = static_cast<std::int64_t>(outcome.failed - outcome.failures.size()); more > 0)
     troubles.push_back(SayOf(more, "{} more file was not written.", "{} more files were not written."));
   if (outcome.lost > 0) {

@@ -41,13 +41,16 @@ std::optional<Complaint<ExtractionControl>> CheckExtraction(const ExtractionRequ
 // What became of it. Each output is tried, whatever became of the others; a
 // part that failed has no file.
 struct ExtractionOutcome {
-  std::vector<std::string> parts;   // the files of the first folder
+  std::size_t wanted = 0;           // how many parts were to come into the first folder
+  std::vector<std::string> parts;   // the files that are there
+  std::size_t renamed = 0;          // those of them that the message calls otherwise
   std::optional<std::string> page;  // the page in the second
   std::vector<std::string> pictures;
   std::vector<std::string> files;  // of the three files those that were written
   std::vector<Error> failures;     // at most kMostFailures; what a full disk kept from all is one
   std::size_t failed = 0;          // how many there were
   std::size_t lost = 0;            // characters that the code page does not have
+  bool has_no_stamps = false;      // they were asked for, and there are none
   bool is_cancelled = false;
 };
 inline constexpr std::size_t kMostFailures = 20;
@@ -61,6 +64,9 @@ using SeeExtraction = std::function<void(std::uint64_t done, std::uint64_t total
 // for the way a message came where it tells none.
 ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, const platform::OwnFiles& own,
                           const platform::CancelToken& cancel, const SeeExtraction& see = {});
+
+// For a status line: what was written, as far as it does not show by itself.
+std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const ExtractionOutcome& outcome);
 
 // For a status line or a terminal: what was not written and why, and what was
 // lost.

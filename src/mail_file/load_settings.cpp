@@ -1,6 +1,13 @@
 #include "mail_file/load_settings.h"
 
+#include <cstdint>
+
 namespace quillcast::mail_file {
+namespace {
+
+constexpr std::size_t kMostTold = 3;
+
+}  // namespace
 
 Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings) {
   const auto extended = settings.Read("Account", "Extended", "0");
@@ -9,5 +16,16 @@ Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings) {
 }
 
 std::string_view LoadWarning(const Loading& loading) { return TextOf(loading.code()); }
+
+std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults) {
+  std::vector<Sentence> told;
+  for (const LoadFault& fault : faults) {
+    if (told.size() == kMostTold) break;
+    told.push_back(Say("{} {}", TextOf(fault.code), fault.what));
+  }
+  if (const auto more = static_cast<std::int64_t>(faults.size() - told.size()); more > 0)
+    told.push_back(Say("And {} more.", NumberValue(more)));
+  return told;
+}
 
 }  // namespace quillcast::mail_file

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string_view>
+#include <vector>
 
 #include "mail_file/mail_message.h"
 #include "profile/settings_store.h"
@@ -19,5 +20,8 @@ Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings);
 // What a box says of a load, to the letter: "Error 259: Could not find boundry mark."; empty when there is nothing to
 // say. What loaded is used all the same.
 std::string_view LoadWarning(const Loading& loading);
+
+// What was found wrong, with what it is about, for a window: the first three, and how many more there are.
+std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults);
 
 }  // namespace quillcast::mail_file

@@ -153,8 +153,9 @@ class Message(Case):
         self.assertEqual({path.name: path.read_bytes() for path in document.parent.rglob("*.gif")}, {"dot.gif": dot})
         self.assertFalse((self.profile / "data" / "ImportBody").exists())
         before = document.read_bytes()
+        sealed = self.write("sealed.eml", b"Content-Type: application/pkcs7-mime\r\n\r\nx")
         for options, code in (([file, "-o", document.with_suffix(".txt")], 64), ([file, file, "-o", document], 64),
-                              (["/nowhere.eml", "-o", document], 66), ([file, "-o", "/nowhere/a.htm"], 73)):
+                              ([sealed, "-o", document], 65), (["/nowhere.eml", "-o", document], 66), ([file, "-o", "/nowhere/a.htm"], 73)):
             self.assertEqual(self.run_program("message", "import", *options)[0], code, options)
         self.assertEqual(document.read_bytes(), before)
 
@@ -316,6 +317,7 @@ class Message(Case):
             (["--body", "a", "--stamps", "a"], 64, "You cannot assign a single file for both Message Body and Timestamps."),
             ([sample("stamps"), "--body", absent], 64, "would be replaced by each of the messages"),
             (["--body", absent, "-f", "pdf"], 64, "pdf"),
+            (["--recipients", "-"], 64, "Nothing of a message is written to standard output."),
             (["--recipients", str(locked)], 77, "is locked and was left as it is"),
             (["--body", str(self.profile / "data" / "x")], 77, "the program keeps its own files there"),
             (["--parts", f"{locked}/parts"], 73, "locked"),

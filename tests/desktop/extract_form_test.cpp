@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
@@ -46,6 +47,9 @@ struct Scene {
     Press("ExtractButton");
     [this] { QTRY_VERIFY(Find<QPushButton>("ExtractButton").isEnabled()); }();
     return rig.Shown();
+  }
+  int Percent() const {
+    return Find<QProgressBar>("ProgressBar").value() * 100 / Find<QProgressBar>("ProgressBar").maximum();
   }
   QString Read(const char* name) const { return QString::fromStdString(test::ReadAll(rig.folder / name)); }
 };
@@ -150,8 +154,57 @@ class ExtractFormTest : public QObject {
     QCOMPARE(scene.Read("parts/Part 1.txt"), "Hello");
     QCOMPARE(scene.Read("recipients"), "Name: \r\nAddress: ada@x.org\r\nType: Normal recipient\r\n-\r\n");
     QVERIFY2(scene.Status().contains("gone/body"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Percent(), 100);
     scene.Type("FilePathTextBox", scene.rig.folder / "absent.eml");
     QCOMPARE(scene.Extract(), QString("warn: Error 258: File IO error. | ") + kDone);
+    QVERIFY2(scene.Status().contains("absent.eml"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Percent(), 0);
+  }
+
+  void saysWhatIsThereAndInWhichForm() {
+    Scene scene;
+    const auto type = [&](const char* box, const fs::path& path) {
+      scene.Find<QLineEdit>(box).selectAll();
+      QTest::keyClicks(&scene.Find<QLineEdit>(box), PathToQt(path));
+    };
+    type("ExtractPath2", "/nowhere/body.xml");
+    QCOMPARE(scene.Status(), "body.xml will be written as text, whatever its name says.");
+    scene.Press("XMLRadioButton");
+    QCOMPARE(scene.Status(), "");
+    type("ExtractPath4", scene.rig.folder.Write("list", "kept"));
+    QCOMPARE(scene.Status(), "list is there already; the export replaces it.");
+  }
+
+  void tellsWhatWasWritten() {
+    struct Row {
+      const char* message;
+      const char* folder;
+      const char* told;  // how the status line begins
+      int percent;
+    };
+    const std::string two =
+        "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Disposition: attachment; "
+        "filename=a\r\n\r\n1\r\n--b\r\nContent-Disposition: attachment; filename=a\r\n";
+    const std::string whole = two + "\r\n2\r\n--b--\r\n";
+    const std::string half = two + "Content-Transfer-Encoding: odd\r\n\r\n2\r\n--b--\r\n";
+    for (const auto& [message, folder, told, percent] : {
+             Row{whole.c_str(), "parts",
+                 "2 parts were written. 1 file has another name than in the message. The message has no stamps, so "
+                 "there is no file of them.",
+                 100},
+             Row{half.c_str(), "parts", "1 part was written. The message has no stamps", 50},
+             Row{"Subject: x\r\n\r\nHello", "parts", "The message has no parts for the folder. The message", 0},
+             Row{whole.c_str(), "letter.eml", "The message has no stamps, so there is no file of them. ", 0},
+         }) {
+      Scene scene;
+      fs::create_directory(scene.rig.folder / "parts");
+      scene.Type("FilePathTextBox", scene.rig.folder.Write("letter.eml", message));
+      scene.Type("ExtractPath1", scene.rig.folder / folder);
+      scene.Type("ExtractPath5", scene.rig.folder / "stamps");
+      scene.Extract();
+      QVERIFY2(scene.Status().startsWith(told), qPrintable(scene.Status()));
+      QCOMPARE(scene.Percent(), percent);
+    }
   }
 
   void readsLenientlyAsTheAccountSays() {

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
+#include <algorithm>
 
 #include "desktop/mail_file/message_file_field.h"
 #include "desktop/widgets/count_bar.h"
@@ -29,6 +30,8 @@ constexpr const char* kTitle = "Extract Mail Message";
 
 struct ExtraForm4::End {
   std::string warning;  // of the load
+  std::vector<Sentence> news;
+  std::vector<Sentence> troubles;  // of the load and the extraction
   mail_file::ExtractionOutcome outcome;
 };
 
@@ -40,7 +43,7 @@ ExtraForm4::ExtraForm4(const profile::Program& program, QWidget* parent)
       file_(new MessageFileField(program.prompts, kTitle, this)),
       body_parts_(new QCheckBox(tr("The &texts of the body too"), this)),
       formats_{new QRadioButton(tr("Te&xt"), this), new QRadioButton(tr("&HTML"), this),
-               new QRadioButton(tr("&RTF"), this), new QRadioButton(tr("X&ML"), this)},
+               new QRadioButton(tr("&RTF"), this), new QRadioButton(tr("XM&L"), this)},
       status_(new StatusLine(this)),
       progress_(new ProgressPanel("CancelButton", tr("Cancel"), this)),
       bar_(progress_->AddBar("ProgressBar", tr("Parts written:"))),
@@ -59,6 +62,7 @@ ExtraForm4::~ExtraForm4() = default;
 void ExtraForm4::MakeWindow() {
   setObjectName("ExtraForm4");
   setWindowTitle(tr("Extract from Messages"));
+  resize(560, 0);
   extract_->setObjectName("ExtractButton");
   extract_->setDefault(true);
   auto* column = new FormColumn(this);
@@ -84,6 +88,7 @@ void ExtraForm4::AddFormats(FormGrid* grid) {
   for (std::size_t i = 0; i < formats_.size(); ++i) {
     formats_.at(i)->setObjectName(kNames.at(i));
     side_by_side->addWidget(formats_.at(i));
+    connect(formats_.at(i), &QRadioButton::clicked, this, &ExtraForm4::SayWhatIsThere);
   }
   side_by_side->addStretch();
   formats_[0]->setChecked(true);
@@ -97,6 +102,7 @@ QLineEdit* ExtraForm4::AddOutput(FormGrid* grid, int number, const QString& labe
   button->setObjectName(QStringLiteral("ExtractButton%1").arg(number));
   grid->Add(QStringLiteral("ExtractPath%1").arg(number), label, box, {button});
   connect(button, &QPushButton::clicked, this, [this, box, choose] { (this->*choose)(box); });
+  connect(box, &QLineEdit::textEdited, this, &ExtraForm4::SayWhatIsThere);
   return box;
 }
 
@@ -116,7 +122,21 @@ void ExtraForm4::ChooseFile(QLineEdit* box, std::string_view filter) {
   if (!may_write) return status_->Fail(may_write.error());
   if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
   box->setText(PathToQt(file));
-  status_->Say({});
+  SayWhatIsThere();
+}
+
+// What is written over, and in another form than its name says.
+void ExtraForm4::SayWhatIsThere() {
+  std::vector<Sentence> notes;
+  for (const QLineEdit* box : {outputs_[1], outputs_[3], outputs_[4]}) {
+    const auto file = PathFromQt(box->text());
+    if (file.empty()) continue;
+    const auto there = platform::DescribeTarget(file, program_.folders.OwnFiles());
+    if (!there) return status_->Fail(there.error());
+    if (*there) notes.push_back(**there);
+  }
+  if (const auto note = mail_file::FormNote(PathFromQt(outputs_[1]->text()), Format())) notes.push_back(*note);
+  status_->Say(InWords(notes).join(' '));
 }
 
 // Reading needs no permission to write: a file that could not be unlocked is taken all the same.
@@ -170,16 +190,7 @@ void ExtraForm4::Start(const mail_file::ExtractionRequest& request) {
   status_->Say(tr("Reading %1…").arg(file_->box()->text()));
   seen_ = std::make_shared<SharedCount>();
   task_->Start([this, request, mode, own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
-    End end;
-    const auto loading = mail_file::Load(request.file, {mode, &cancel});
-    if (!loading) end.outcome.is_cancelled = true;
-    if (loading) end.warning = mail_file::LoadWarning(*loading);
-    if (loading && loading->message) {
-      end.outcome = mail_file::Extract(*loading->message, request, own, cancel, [seen](auto done, auto total) {
-        seen->total = total;
-        seen->done = done;
-      });
-    }
+    const End end = Run(request, mode, own, cancel, *seen);
     return [this, end] { ShowEnd(end); };
   });
   tick_->start(kTick);
@@ -187,14 +198,35 @@ void ExtraForm4::Start(const mail_file::ExtractionRequest& request) {
   progress_->button()->setFocus();
 }
 
+ExtraForm4::End ExtraForm4::Run(const mail_file::ExtractionRequest& request, mail_file::LoadMode mode,
+                                const platform::OwnFiles& own, const platform::CancelToken& cancel, SharedCount& seen) {
+  End end;
+  const auto loading = mail_file::Load(request.file, {mode, &cancel});
+  if (!loading) {
+    end.outcome.is_cancelled = true;
+    return end;
+  }
+  end.warning = mail_file::LoadWarning(*loading);
+  end.troubles = mail_file::WhatWasWrong(loading->faults);
+  if (!loading->message) return end;
+  end.outcome = mail_file::Extract(*loading->message, request, own, cancel, [&seen](auto done, auto total) {
+    seen.total = total;
+    seen.done = done;
+  });
+  end.news = mail_file::ExtractionNews(request, end.outcome);
+  const auto troubles = mail_file::ExtractionTroubles(end.outcome, request.code_page);
+  end.troubles.insert(end.troubles.end(), troubles.begin(), troubles.end());
+  return end;
+}
+
 void ExtraForm4::ShowEnd(const End& end) {
   tick_->stop();
   EnableControls();
   extract_->setFocus();
   if (closes_at_end_) return QDialog::reject();
-  bar_->Count(1, 1);
-  const QString troubles = InWords(mail_file::ExtractionTroubles(end.outcome, platform::LocaleCodeset())).join(' ');
-  status_->Say(troubles, troubles.isEmpty() ? NoteKind::kInformation : NoteKind::kWarning);
+  bar_->Count(end.outcome.parts.size(), std::max<std::size_t>(end.outcome.wanted, 1));
+  status_->Say((InWords(end.news) + InWords(end.troubles)).join(' '),
+               end.troubles.empty() ? NoteKind::kInformation : NoteKind::kWarning);
   if (!end.warning.empty()) program_.prompts.Warn(end.warning);
   program_.prompts.Inform(mail_file::kExtracted);
 }

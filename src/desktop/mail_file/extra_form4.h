@@ -49,10 +49,14 @@ class ExtraForm4 final : public QDialog {
   void ChooseText(QLineEdit* box);
   void ChooseFile(QLineEdit* box, std::string_view filter);
   bool MayBeRead(const std::filesystem::path& file);
+  void SayWhatIsThere();
   mail_file::BodyFormat Format() const;
   mail_file::ExtractionRequest Request() const;
   void Extract();
   void Start(const mail_file::ExtractionRequest& request);
+  // Beside the window.
+  static End Run(const mail_file::ExtractionRequest& request, mail_file::LoadMode mode, const platform::OwnFiles& own,
+                 const platform::CancelToken& cancel, SharedCount& seen);
   void ShowEnd(const End& end);
   void EnableControls();
 
