@@ -42,6 +42,7 @@
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/practice_form.h"
 #include "desktop/shell/single_instance.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/start_window.h"
@@ -1178,6 +1179,10 @@ class MainFormTest : public QObject {
       QCOMPARE(list->index(0, 0).data().toString(), QString("mallory@example.net"));
       QCOMPARE(list->index(2, 1).data().toString(), QString("For bob@example.net"));
       QTRY_VERIFY(form.findChild<QTextBrowser*>("MessagePage")->toPlainText().contains("mallory@example.net"));
+      test::WhileOpen("ExtraForm4", [&](QDialog& opened) {
+        QVERIFY(opened.findChild<QLineEdit*>("FilePathTextBox")->text().endsWith("Practice/000004.eml"));
+      });
+      QTest::mouseClick(form.findChild<QPushButton*>("ExtractButton"), Qt::LeftButton);
       auto& filter = *form.findChild<QLineEdit*>("FilterTextBox");
       QTest::keyClicks(&filter, "BOB@example");
       QTRY_COMPARE(list->rowCount(), 1);
@@ -1189,6 +1194,24 @@ class MainFormTest : public QObject {
     QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
     QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);
     QVERIFY(scene.Notice().contains("no mail account"));
+  }
+
+  void thePracticeMailboxIsLookedThroughWhole() {
+    test::FormRig rig;
+    constexpr int kMessages = 3000;
+    for (int n = 1; n <= kMessages; ++n) {
+      const std::string to = "person" + std::to_string(n) + "@x.org";
+      rig.folder.Write("Practice/" + QString("%1.eml").arg(n, 6, 10, QChar('0')).toStdString(),
+                       "To: " + to + "\r\n\r\n");
+    }
+    std::filesystem::create_directory(rig.folder / "Practice" / "000000.eml");
+    PracticeForm form(rig.settings, rig.folder / "Practice", {}, nullptr);
+    const auto* list = form.findChild<QTableView*>("PracticeList")->model();
+    QCOMPARE(list->rowCount(), kMessages + 1);
+    QVERIFY2(!list->index(kMessages, 1).data().toString().isEmpty(), "it does not say why it cannot be read");
+    form.findChild<QLineEdit*>("FilterTextBox")->setText("person1@");
+    QTRY_COMPARE(list->rowCount(), 1);
+    QCOMPARE(list->index(0, 0).data().toString(), QString("person1@x.org"));
   }
 
   void practiceNeverTakesTheAccountOfItsOwner() {

@@ -701,10 +701,10 @@ class ScreensTest : public QObject {
     Take(about, "about");
     const auto practised = rig.folder.Write("Practice/000001.eml", kArrived);
     rig.folder.Write("Practice/000002.eml", kArrived);
-    PracticeForm practice(rig.settings, practised.parent_path(), nullptr);
+    PracticeForm practice(rig.settings, practised.parent_path(), {}, nullptr);
     QTRY_VERIFY(!practice.findChild<QLabel*>("SubjectLabel")->text().isEmpty());
     Take(practice, "practice");
-    PracticeForm no_practice(rig.settings, rig.folder.path() / "Nothing", nullptr);
+    PracticeForm no_practice(rig.settings, rig.folder.path() / "Nothing", {}, nullptr);
     Take(no_practice, "practice-empty");
     MessageForm message(rig.settings, rig.folder.Write("newsletter.eml", kReceived), {}, nullptr);
     QTRY_VERIFY(message.findChild<QPushButton*>("ExtractButton")->isEnabled());

@@ -9,36 +9,23 @@
 
 namespace quillcast::desktop {
 
-MessageForm::MessageForm(const profile::SettingsStore& settings, std::filesystem::path file, MessageTools tools,
+MessageForm::MessageForm(const profile::SettingsStore& settings, const std::filesystem::path& file, MessageTools tools,
                          QWidget* parent)
-    : QDialog(parent), file_(std::move(file)) {
+    : QDialog(parent) {
   setObjectName("MessageForm");
-  setWindowTitle(tr("Message File - %1").arg(ToQt(platform::Printable(file_.filename().string(), 100))));
+  setWindowTitle(tr("Message File - %1").arg(ToQt(platform::Printable(file.filename().string(), 100))));
   resize(780, 620);
   auto* view = new MessageView(settings, this);
   auto* column = new FormColumn(this);
   column->Add(view, 1);
-  QPushButton* extract = AddTool("ExtractButton", tr("E&xtract…"), std::move(tools.extract));
-  QPushButton* take = AddTool("ImportButton", tr("&Import…"), std::move(tools.take_over));
-  QPushButton* print = AddTool("PrintButton", tr("P&rint…"), std::move(tools.print));
+  auto* tool_buttons = new MessageToolButtons(
+      *view, std::move(tools), [file] { return file; }, this);
+  const auto& [extract, take, print] = tool_buttons->buttons();
   auto* close = new QPushButton(tr("Close"), this);
   close->setObjectName("CloseButton");
-  close->setDefault(true);
   connect(close, &QPushButton::clicked, this, &QDialog::reject);
   column->AddLine({extract, take, print, nullptr, close});
-  connect(view, &MessageView::Loaded, this, [=](bool is_loaded) {
-    for (QPushButton* button : {extract, take, print}) button->setEnabled(is_loaded);
-  });
-  view->Show(file_);
-}
-
-// Of use once the message is loaded.
-QPushButton* MessageForm::AddTool(const char* name, const QString& text, MessageTools::Tool tool) {
-  auto* button = new QPushButton(text, this);
-  button->setObjectName(name);
-  button->setEnabled(false);
-  connect(button, &QPushButton::clicked, this, [this, tool = std::move(tool)] { tool(file_, this); });
-  return button;
+  view->Show(file);
 }
 
 }  // namespace quillcast::desktop

@@ -3,33 +3,17 @@
 
 #include <QDialog>
 #include <filesystem>
-#include <functional>
 
+#include "desktop/mail_file/message_tools.h"
 #include "profile/settings_store.h"
 
-class QPushButton;
-
 namespace quillcast::desktop {
-
-class MessageView;
-
-// What the buttons do with the file: each opens its dialog. All are set.
-struct MessageTools {
-  using Tool = std::function<void(const std::filesystem::path& file, QWidget* parent)>;
-  Tool extract;
-  Tool take_over;  // into the message that is being written
-  Tool print;
-};
 
 class MessageForm final : public QDialog {
   Q_OBJECT
  public:
-  MessageForm(const profile::SettingsStore& settings, std::filesystem::path file, MessageTools tools, QWidget* parent);
-
- private:
-  QPushButton* AddTool(const char* name, const QString& text, MessageTools::Tool tool);
-
-  std::filesystem::path file_;
+  MessageForm(const profile::SettingsStore& settings, const std::filesystem::path& file, MessageTools tools,
+              QWidget* parent);
 };
 
 }  // namespace quillcast::desktop

@@ -102,6 +102,7 @@ void TestServer(Shell& shell);
 void PrintMessageFiles(Shell& shell);
 void ImportMessage(Shell& shell);
 void ExportMessage(Shell& shell);
+void ShowPracticeMailbox(Shell& shell);
 
 // help_commands.cpp
 void ShowHelp(Shell& shell);

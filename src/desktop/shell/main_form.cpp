@@ -164,6 +164,7 @@ void MainForm::ConnectHeader() {
 
 void MainForm::ConnectNotices() {
   connect(notices_, &Notices::RestorePressed, this, [this] { AtWork([this] { RestoreDraft(*shell_); }); });
+  connect(notices_, &Notices::PracticePressed, this, [this] { AtWork([this] { ShowPracticeMailbox(*shell_); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
   connect(notices_, &Notices::Failed, this, [this](const Error& error) { shell_->Tell(error); });

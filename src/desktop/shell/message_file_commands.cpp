@@ -12,6 +12,8 @@
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
+#include "desktop/shell/practice_form.h"
+#include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/widgets/qt_text.h"
 
@@ -39,16 +41,7 @@ void ImportMessageFrom(Shell& shell, const std::filesystem::path& file, QWidget*
   ExtraForm2(shell.program, file, take, parent).exec();
 }
 
-}  // namespace
-
-void PrintMessageFiles(Shell& shell) { ExtraForm1(shell.program, {}, &shell.window).exec(); }
-
-void ImportMessage(Shell& shell) {
-  ImportMessageFrom(shell, {}, &shell.window);
-  shell.body.setFocus();
-}
-
-void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
+MessageTools ToolsOf(Shell& shell) {
   MessageTools tools;
   tools.extract = [&shell](const std::filesystem::path& chosen, QWidget* parent) {
     ExtraForm4 form(shell.program, parent);
@@ -61,7 +54,24 @@ void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
   tools.print = [&shell](const std::filesystem::path& chosen, QWidget* parent) {
     ExtraForm1(shell.program, chosen, parent).exec();
   };
-  MessageForm(shell.program.settings, file, tools, &shell.window).exec();
+  return tools;
+}
+
+}  // namespace
+
+void PrintMessageFiles(Shell& shell) { ExtraForm1(shell.program, {}, &shell.window).exec(); }
+
+void ImportMessage(Shell& shell) {
+  ImportMessageFrom(shell, {}, &shell.window);
+  shell.body.setFocus();
+}
+
+void ShowMessageFile(Shell& shell, const std::filesystem::path& file) {
+  MessageForm(shell.program.settings, file, ToolsOf(shell), &shell.window).exec();
+}
+
+void ShowPracticeMailbox(Shell& shell) {
+  PracticeForm(shell.program.settings, shell.practice.practice().folder(), ToolsOf(shell), &shell.window).exec();
 }
 
 void ExportMessage(Shell& shell) {

@@ -5,7 +5,6 @@
 
 #include "account/account_settings.h"
 #include "desktop/run/pictures_panel.h"
-#include "desktop/shell/practice_form.h"
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/widgets/notice_bar.h"
 #include "desktop/widgets/qt_text.h"
@@ -68,8 +67,7 @@ void Notices::ShowDraft() {
 void Notices::ShowPractice() {
   const QString arrived = Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
   bar_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
-             {{tr("Show them"), "ShowPracticeButton",
-               [this] { PracticeForm(program_.settings, practice_.practice().folder(), this).exec(); }},
+             {{tr("Show them"), "ShowPracticeButton", [this] { emit PracticePressed(); }},
               {tr("End practice"), "EndPracticeButton", [this] { EndPractice(); }}});
 }
 

@@ -30,6 +30,7 @@ class Notices final : public QWidget {
  signals:
   void RestorePressed();
   void AccountPressed();
+  void PracticePressed();
   void PracticeChanged();  // and with it the account
   void Failed(const quillcast::Error& error);
 

@@ -1,15 +1,19 @@
 #include "desktop/shell/practice_form.h"
 
-#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <numeric>
+#include <utility>
 
 #include "account/practice.h"
 #include "desktop/mail_file/message_view.h"
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
 #include "mime/read_header.h"
 #include "platform/file.h"
 #include "platform/text.h"
@@ -19,26 +23,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostShown = 2000;                   // messages, the last ones
-constexpr std::size_t kMostHead = std::size_t{16} * 1024;  // bytes of one, for its line in the list
+constexpr std::size_t kMostHead = std::size_t{16} * 1024;  // bytes of a message, for its line in the list
+constexpr int kGap = 12;                                   // pixels between the list and the message
 
 enum Column : int { kTo, kSubject };
 
-std::string BeginningOf(const fs::path& file) {
+Result<std::string> BeginningOf(const fs::path& file) {
   const auto fd = platform::OpenForReading(file);
-  if (!fd) return InOneLine(fd.error());
+  if (!fd) return fd.error();
   std::string text(kMostHead, '\0');
   const auto got = platform::ReadSome(fd->get(), file, text.data(), text.size());
-  if (!got) return InOneLine(got.error());
+  if (!got) return got.error();
   text.resize(*got);
   return text;
 }
 
 }  // namespace
 
-PracticeForm::PracticeForm(const profile::SettingsStore& settings, fs::path folder, QWidget* parent)
+PracticeForm::PracticeForm(const profile::SettingsStore& settings, fs::path folder, MessageTools tools, QWidget* parent)
     : QDialog(parent),
       folder_(std::move(folder)),
+      task_(new BackgroundTask(this)),
       filter_(new QLineEdit(this)),
       list_(new RowList(
           "PracticeList", tr("Messages"), {{tr("To"), 24}, {tr("Subject")}},
@@ -48,15 +53,15 @@ PracticeForm::PracticeForm(const profile::SettingsStore& settings, fs::path fold
           },
           this)),
       message_(new MessageView(settings, this)),
-      others_(new QLabel(this)) {
-  BuildWindow();
+      status_(new StatusLine(this)) {
+  BuildWindow(std::move(tools));
   connect(filter_, &QLineEdit::textChanged, this, &PracticeForm::Filter);
   connect(list_, &RowList::ChosenChanged, this, &PracticeForm::ShowMessage);
   ReadFolder();
   list_->setFocus();
 }
 
-void PracticeForm::BuildWindow() {
+void PracticeForm::BuildWindow(MessageTools tools) {
   setObjectName("PracticeForm");
   setWindowTitle(tr("Practice Mailbox"));
   resize(980, 600);
@@ -64,14 +69,14 @@ void PracticeForm::BuildWindow() {
   filter_->setPlaceholderText(tr("Recipient or subject"));
   filter_->setAccessibleName(tr("Show those whose recipient or subject holds this text"));
   filter_->setClearButtonEnabled(true);
-  others_->setWordWrap(true);
   auto* left = new QWidget(this);
   auto* lines = new QVBoxLayout(left);
   lines->setContentsMargins(0, 0, 0, 0);
   lines->addWidget(filter_);
   lines->addWidget(list_, 1);
-  lines->addWidget(others_);
+  lines->addWidget(status_);
   auto* parts = new QSplitter(this);
+  parts->setHandleWidth(kGap);
   parts->addWidget(left);
   parts->addWidget(message_);
   parts->setSizes({360, 600});
@@ -79,53 +84,76 @@ void PracticeForm::BuildWindow() {
   parts->setStretchFactor(1, 3);
   auto* column = new FormColumn(this);
   column->Add(parts, 1);
-  column->AddButtons(QDialogButtonBox::Close);
+  auto* tool_buttons = new MessageToolButtons(
+      *message_, std::move(tools), [this] { return Chosen(); }, this);
+  const auto& [extract, take, print] = tool_buttons->buttons();
+  auto* close = new QPushButton(tr("Close"), this);
+  close->setObjectName("CloseButton");
+  connect(close, &QPushButton::clicked, this, &QDialog::reject);
+  column->AddLine({extract, take, print, nullptr, close});
 }
 
 void PracticeForm::ReadFolder() {
-  files_ = account::PracticeMessages(folder_);
-  others_->setVisible(files_.size() > kMostShown);
-  others_->setText(tr("The last %1 of %2 messages. The others are files in %3.")
-                       .arg(ToQt(platform::WithThousands(kMostShown)),
-                            ToQt(platform::WithThousands(static_cast<std::int64_t>(files_.size()))),
-                            PathToQt(folder_)));
-  if (files_.size() > kMostShown) files_.resize(kMostShown);
-  heads_.assign(files_.size(), {});
+  files_ = std::make_shared<const std::vector<std::string>>(account::PracticeMessages(folder_));
+  list_->SetEmptyText(files_->empty() ? tr("No message has arrived yet. Send one from the main window.")
+                                      : tr("No message has this in its recipient or subject."));
   Filter();
 }
 
+// All are looked through, however many there are, beside the window; what is listed stays meanwhile.
 void PracticeForm::Filter() {
   const QString wanted = filter_->text();
-  listed_.clear();
-  for (std::size_t file = 0; file < files_.size(); ++file) {
-    if (wanted.isEmpty() || HeadOf(file).to.contains(wanted, Qt::CaseInsensitive) ||
-        HeadOf(file).subject.contains(wanted, Qt::CaseInsensitive))
-      listed_.push_back(file);
+  if (wanted.isEmpty()) {
+    task_->GiveUp();
+    std::vector<std::size_t> all(files_->size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    return List(std::move(all));
   }
-  list_->SetEmptyText(files_.empty() ? tr("No message has arrived yet. Send one from the main window.")
-                                     : tr("No message has this in its recipient or subject."));
+  status_->Say(tr("Looking…"));
+  task_->Start([this, folder = folder_, files = files_, wanted](const platform::CancelToken& cancel) {
+    std::vector<std::size_t> found;
+    for (std::size_t file = 0; file < files->size() && cancel.Requested() == platform::Stop::kNone; ++file) {
+      const Head head = ReadHead(folder / (*files)[file]);
+      if (head.to.contains(wanted, Qt::CaseInsensitive) || head.subject.contains(wanted, Qt::CaseInsensitive))
+        found.push_back(file);
+    }
+    return [this, found] { List(found); };
+  });
+}
+
+void PracticeForm::List(std::vector<std::size_t> files) {
+  status_->Say({});
+  listed_ = std::move(files);
   list_->Reset(listed_.size());
   if (listed_.empty()) {
-    message_->ShowNothing(files_.empty() ? tr("Messages that you send while you practise arrive here.") : QString());
+    message_->ShowNothing(files_->empty() ? tr("Messages that you send while you practise arrive here.") : QString());
   } else {
     list_->Choose(0);
   }
 }
 
-// Read when its line comes to the screen, or is looked through.
+// Of one that cannot be read, why.
+PracticeForm::Head PracticeForm::ReadHead(const fs::path& file) {
+  const auto text = BeginningOf(file);
+  if (!text) return {PathToQt(file.filename()), InWords(text.error())};
+  return {ToQt(platform::Printable(mime::ReadHeader(*text, "To"))),
+          ToQt(platform::Printable(mime::ReadHeader(*text, "Subject")))};
+}
+
+// Read when its line comes to the screen.
 const PracticeForm::Head& PracticeForm::HeadOf(std::size_t file) const {
-  auto& head = heads_[file];
-  if (!head) {
-    const std::string text = BeginningOf(folder_ / files_[file]);
-    head = Head{ToQt(platform::Printable(mime::ReadHeader(text, "To"))),
-                ToQt(platform::Printable(mime::ReadHeader(text, "Subject")))};
-  }
-  return *head;
+  const auto [head, is_new] = heads_.try_emplace(file);
+  if (is_new) head->second = ReadHead(folder_ / (*files_)[file]);
+  return head->second;
 }
 
 void PracticeForm::ShowMessage() {
+  if (const auto file = Chosen(); !file.empty()) message_->Show(file);
+}
+
+fs::path PracticeForm::Chosen() const {
   const auto chosen = list_->Chosen();
-  if (!chosen.empty()) message_->Show(folder_ / files_[listed_[chosen.front()]]);
+  return chosen.empty() ? fs::path() : folder_ / (*files_)[listed_[chosen.front()]];
 }
 
 }  // namespace quillcast::desktop
