@@ -946,9 +946,18 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kCancel};  // it has no name yet, and is in no file
     scene.window->Dispatch(CommandId::kNew);
     QCOMPARE(scene.rig.Shown(), "ask or cancel: Do you want to save the changes?");
-    scene.rig.prompts.answers = {platform::Answer::kNo};
     Press(scene, "RestoreButton");
     QTRY_COMPARE(Fields(scene), before);
+    QCOMPARE(scene.rig.Shown(), "");
+    QVERIFY2(scene.Notice().contains("Spring sale"), "the import is lost");
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    Press(scene, "RestoreButton");
+    QTRY_VERIFY(Fields(scene).contains("Spring sale|"));
+    scene.rig.Shown();
+    scene.Editor().InsertHtml("more");  // which is work
+    scene.rig.prompts.answers = {platform::Answer::kCancel};
+    Press(scene, "RestoreButton");
+    QCOMPARE(scene.rig.Shown(), "ask or cancel: Do you want to save the changes?");
   }
 
   // Everything that stands in the window, one line each.

@@ -78,8 +78,11 @@ void StartDocument(Shell& shell) {
 
 void NewMessage(Shell& shell) { BeginMessage(shell); }
 
+// What is there becomes a draft in its turn, so an import that nobody has written on goes without a question.
 void RestoreDraft(Shell& shell) {
-  if (!shell.MayLeaveDocument()) return;
+  const bool is_as_imported = shell.imported && *shell.imported == shell.AsDraft();
+  if (!is_as_imported && !shell.MayLeaveDocument()) return;
+  shell.imported.reset();
   const auto draft = shell.document.Recover();
   shell.from_link.reset();
   if (draft) {

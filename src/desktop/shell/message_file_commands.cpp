@@ -33,6 +33,7 @@ Result<void> TakeImported(Shell& shell, const mail_file::ImportedBody& body) {
   IgnoreErrors(shell.document.KeepFields());  // for a crash; leaving it will tell
   shell.AskAboutPictures();
   shell.notices.Refresh();
+  shell.imported = shell.AsDraft();
   return {};
 }
 

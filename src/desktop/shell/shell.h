@@ -37,6 +37,7 @@ struct Shell {
   StatusPanel& status;
   bool& skip_save_prompt;  // the program closes itself for a shutdown after sending: nothing is asked
   std::optional<document::Draft> from_link = std::nullopt;  // what was begun from a link, as it was then
+  std::optional<document::Draft> imported = std::nullopt;   // what came out of a message file, as it was then
 
   void Say(const QString& sentence);
   // A failure, in the status line and in the log.
