@@ -178,8 +178,9 @@ int main(int argc, char** argv) {
   parser.setApplicationDescription("Quillcast Classic sends one personal e-mail to each recipient of a group.");
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.addPositionalArgument("what", "An HTML or text file to open, or a mailto: address to begin a message from.",
-                               "[FILE|mailto:...]");
+  parser.addPositionalArgument(
+      "what", "An HTML, text or message file (.eml) to open, or a mailto: address to begin a message from.",
+      "[FILE|mailto:...]");
   const QCommandLineOption profile("profile", "Keep settings, recipients and history below this folder.", "DIR");
   parser.addOption(profile);
   parser.process(application);

@@ -7,6 +7,7 @@
 #include "mail_file/message_lines.h"
 #include "mail_file/message_structure.h"
 #include "mail_file/packed_parts.h"
+#include "mail_file/safe_part_name.h"
 #include "mail_file/within_memory.h"
 #include "platform/text.h"
 
@@ -43,13 +44,6 @@ class TextWithoutFiles {
   std::string bytes_;
 };
 
-Error Refused(const Part& part) {
-  return {Failure::kBadData,
-          Say("The part \"{}\" is encoded by {}, which is not decoded here.", platform::Printable(part.name, 100),
-              platform::Printable(part.refused, 100)),
-          "Ask its sender for the file in another form, or read the message leniently to have it as it stands."};
-}
-
 // The files of a text come to be found out only when the whole structure is known.
 Result<void> FindParts(const std::shared_ptr<const MessageFile>& file, const LoadOptions& options, FaultList& faults,
                        std::vector<Part>& parts, MessageFacts& facts) {
@@ -84,6 +78,16 @@ Result<Loading> LoadOpen(const std::shared_ptr<const MessageFile>& file, const L
 }
 
 }  // namespace
+
+Error MailMessage::Refused(const Part& part) const {
+  const std::string name =
+      part.name.empty() ? FileNameOf(part, static_cast<std::size_t>(&part - parts_.data())) : part.name;
+  return {Failure::kBadData,
+          Say("The part \"{}\" is encoded by {}, which is not decoded here.", platform::Printable(name, 100),
+              platform::Printable(part.refused, 100)),
+          "Ask its sender for the file in another form, or have message files read leniently, which the account's "
+          "settings offer, to have it as it stands."};
+}
 
 Result<void> MailMessage::EachField(const Part& part, const TakeField& take) const {
   MessageLines lines(*file_, part.header);

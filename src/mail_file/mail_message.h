@@ -73,6 +73,7 @@ class MailMessage {
   Result<std::string> HtmlBody() const;
 
  private:
+  Error Refused(const Part& part) const;
   Result<std::string> BodyOf(std::string_view type) const;
   Result<std::string> WholeText(const Part& part) const;
 

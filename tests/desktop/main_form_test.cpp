@@ -47,6 +47,7 @@
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/start_window.h"
 #include "desktop/shell/status_panel.h"
+#include "desktop/widgets/empty_state.h"
 #include "document/drafts.h"
 #include "platform/file.h"
 #include "platform/system_name.h"
@@ -521,16 +522,22 @@ class MainFormTest : public QObject {
     scene.Open();
     scene.Editor().InsertHtml("work");
     const std::string picture = scene.rig.folder.Write("local.png", "");
-    const std::string file = scene.rig.folder.Write(
-        "Letter.EML",
-        "From: Eve <eve@example.org>\r\nSubject: Hello\r\nContent-Type: text/html\r\n\r\n<p>Read "
-        "<a href='https://x.example/'>this</a><img src='" +
-            picture + "' alt='(picture)'><script>no</script>");
+    const std::string file =
+        scene.rig.folder.Write("Letter.EML",
+                               "From: \"eve@bank.example\" <eve@example.org>\r\nTo: a@x.org\r\nCc: b@x.org\r\nBcc: "
+                               "c@x.org\r\nSubject: Hello\r\nContent-Type: text/html\r\n\r\n<p>Read "
+                               "<a href='https://x.example/'>this</a><img src='" +
+                                   picture + "' alt='(picture)'><script>no</script>");
     bool seen = false;
     test::WhileOpen("MessageForm", [&](QDialog& form) {
       auto& page = *form.findChild<QTextBrowser*>("MessagePage");
       QTRY_COMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
-      QCOMPARE(form.findChild<QLabel*>("FromLabel")->text(), QString("Eve <eve@example.org>"));
+      const auto field = [&](const char* name) {
+        const auto* label = form.findChild<QLabel*>(name);
+        return label->isVisible() ? label->text() : QString("hidden");
+      };
+      QCOMPARE(field("FromLabel"), QString("\"eve@bank.example\" <eve@example.org>"));
+      QCOMPARE(field("ToLabel") + field("CcLabel") + field("BccLabel"), QString("a@x.orgb@x.orgc@x.org"));
       emit page.anchorClicked(QUrl("https://x.example/"));
       QVERIFY(form.findChild<QLabel*>("MessageStatus")->text().contains("https://x.example/"));
       QCOMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
@@ -550,10 +557,28 @@ class MainFormTest : public QObject {
     seen = false;
     test::WhileOpen("MessageForm", [&](QDialog& form) {
       QTRY_VERIFY(form.findChild<QLabel*>("FaultsLabel")->text().contains("Error 258: File IO error."));
+      QVERIFY(!form.findChild<QLabel*>("CcLabel")->isVisible());
       QVERIFY(!form.findChild<QPushButton*>("ExtractButton")->isEnabled());
       seen = true;
     });
     scene.window->Open({"/nowhere/letter.eml"});
+    QTRY_VERIFY(seen && QApplication::activeModalWidget() == nullptr);
+    seen = false;
+    test::WhileOpen("MessageForm", [&](QDialog& form) {
+      const auto* instead = form.findChild<QTextBrowser*>("MessagePage")->findChild<EmptyState*>();
+      QTRY_VERIFY2(instead->text().contains("it is encrypted"), qPrintable(instead->text()));
+      QVERIFY(instead->isVisible());
+      QCOMPARE(form.findChild<QTabWidget*>("MessageTabs")->tabText(1), QString("&Parts (1 attached)"));
+      const auto* parts = form.findChild<QTableView*>("PartList")->model();
+      QCOMPARE(parts->index(0, 2).data().toString(), QString("Part 0.p7m"));
+      QCOMPARE(form.findChild<QLabel*>("DateLabel")->text(), QString("2026-11-14 22:40:05 -03:30"));
+      seen = true;
+    });
+    scene.window->Open({scene.rig.folder
+                            .Write("sealed.eml",
+                                   "Date: Sat, 14 Nov 2026 22:40:05 -0330\r\n"
+                                   "Content-Type: application/pkcs7-mime\r\n\r\nx\r\n")
+                            .string()});
     QTRY_VERIFY(seen && QApplication::activeModalWidget() == nullptr);
   }
 

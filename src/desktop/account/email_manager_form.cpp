@@ -211,7 +211,7 @@ QWidget* EmailManagerForm::MakeMessagePage() {
   AddRow(encoding, kWrap, tr("C&olumns:"));
   AddRow(encoding, kTextPart, tr("Add a plain-&text part to HTML messages"));
   AddRow(encoding, kBoundary, tr("Use a boundary &prefix of our own"));
-  AddRow(encoding, kExtended, tr("Use server e&xtensions even where none are announced"));
+  AddRow(encoding, kExtended, tr("Use server e&xtensions that are not announced; read message files leniently"));
   FormGrid* notices = column->AddBox(tr("Delivery notices"));
   AddRow(notices, kDsnNotify, tr("&Notify:"));
   AddRow(notices, kDsnReturn, tr("&Return:"));

@@ -6,6 +6,7 @@
 #include <QTabWidget>
 #include <QTextBrowser>
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "desktop/mail_file/foreign_page.h"
@@ -17,7 +18,9 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
+#include "mail_file/body_folder.h"
 #include "mail_file/load_settings.h"
+#include "mail_file/safe_part_name.h"
 #include "platform/file.h"
 #include "platform/text.h"
 
@@ -26,17 +29,28 @@ namespace {
 
 constexpr std::size_t kMostHtml = std::size_t{256} * 1024;    // laid out in a second at most
 constexpr std::size_t kMostSource = std::size_t{256} * 1024;  // bytes
-constexpr std::size_t kMostNamed = 5;                         // recipients
-constexpr std::size_t kMostFaults = 3;
+constexpr qsizetype kMostNamed = 5;                           // recipients of a kind
 
 enum PartColumn : int { kType, kSize, kName };
 enum StampColumn : int { kBy, kFrom, kTime, kDelay };
 
 QString Shown(std::string_view text) { return ToQt(platform::Printable(text, 300)); }
 
+// Within quotes where the name could be taken for an address.
 QString Shown(const mail_file::Mailbox& mailbox) {
   if (mailbox.name.empty()) return Shown(mailbox.address);
-  return Shown(mailbox.name) + " <" + Shown(mailbox.address) + ">";
+  const bool could_be_address = mailbox.name.find_first_of("<>@,;:\"") != std::string::npos;
+  const QString name = Shown(mailbox.name);
+  return (could_be_address ? '"' + QString(name).replace('"', '\'') + '"' : name) + " <" + Shown(mailbox.address) + ">";
+}
+
+// The time with the zone that its clock was in.
+QString Shown(const mail_file::StampedTime& time) {
+  const int minutes = std::abs(time.bias_minutes);
+  return QString("%1 %2%3:%4")
+      .arg(ToQt(time.local), time.bias_minutes < 0 ? "-" : "+")
+      .arg(minutes / 60, 2, 10, QChar('0'))
+      .arg(minutes % 60, 2, 10, QChar('0'));
 }
 
 QLabel* MakeValue(QWidget* parent) {
@@ -67,7 +81,7 @@ MessageView::MessageView(const profile::SettingsStore& settings, QWidget* parent
       settings_(settings),
       task_(new BackgroundTask(this)),
       from_(MakeValue(this)),
-      to_(MakeValue(this)),
+      recipients_{MakeValue(this), MakeValue(this), MakeValue(this)},
       date_(MakeValue(this)),
       subject_(MakeValue(this)),
       faults_(new NotePanel(NoteKind::kWarning, "FaultsPanel", "FaultsLabel", this)),
@@ -120,7 +134,9 @@ void MessageView::BuildWindow() {
   column->setContentsMargins(0, 0, 0, 0);
   FormGrid* header = column->AddGrid();
   header->Add("FromLabel", tr("From:"), from_);
-  header->Add("ToLabel", tr("To:"), to_);
+  header->Add("ToLabel", tr("To:"), recipients_[0]);
+  header->Add("CcLabel", tr("Cc:"), recipients_[1])->hide();
+  header->Add("BccLabel", tr("Bcc:"), recipients_[2])->hide();
   header->Add("DateLabel", tr("Date:"), date_);
   header->Add("SubjectLabel", tr("Subject:"), subject_);
   column->Add(faults_);
@@ -174,13 +190,15 @@ void MessageView::Put(Reading reading) {
     delays_ = mail_file::HopDelays(message_->facts().stamps);
   }
   parts_->Reset(files_.size());
+  TellAttachments();
   stamps_->Reset(message_ ? message_->facts().stamps.size() : 0);
   auto* const shown = new ForeignPage(ToQt(reading.body.html), std::move(reading.pictures), this);
   page_->setDocument(shown);
   delete std::exchange(shown_, shown);
   source_->setPlainText(ToQt(reading.beginning));
-  empty_->setText(message_ ? QString() : tr("Nothing of this file can be read as a message."));
-  empty_->setVisible(!message_);
+  const auto no_body = message_ ? mail_file::WhyNoBody(*message_) : std::nullopt;
+  empty_->setText(no_body ? InWords(*no_body) : tr("Nothing of this file can be read as a message."));
+  empty_->setVisible(!message_ || no_body);
   if (reading.error) {
     status_->Fail(*reading.error);
   } else if (reading.body.is_cut) {
@@ -189,28 +207,42 @@ void MessageView::Put(Reading reading) {
   emit Loaded(message_ != nullptr);
 }
 
+// Where they are seen from the message too.
+void MessageView::TellAttachments() {
+  const auto count = std::ranges::count_if(
+      files_, [this](std::size_t part) { return message_->parts()[part].marker == mail_file::Marker::kAttachment; });
+  tabs_->setTabText(1, count == 0 ? tr("&Parts") : tr("&Parts (%1 attached)").arg(count));
+}
+
 void MessageView::PutHeader(const mail_file::MessageFacts& facts) {
-  QStringList to;
-  for (const auto& recipient : facts.recipients) {
-    if (to.size() < static_cast<qsizetype>(kMostNamed)) to << Shown(recipient.mailbox);
-  }
-  const auto others = static_cast<qsizetype>(facts.recipients.size()) - to.size();
   from_->setText(Shown(facts.from));
-  to_->setText(to.join(", ") + (others > 0 ? tr(" and %1 others").arg(others) : QString()));
-  date_->setText(Shown(facts.time ? facts.time->local : facts.date));
+  PutRecipients(facts.recipients);
+  date_->setText(facts.time ? Shown(*facts.time) : Shown(facts.date));
   subject_->setText(Shown(facts.subject));
 }
 
-void MessageView::PutFaults(const Reading& reading) {
-  QStringList lines;
-  for (const auto& fault : reading.faults) {
-    if (lines.size() < static_cast<qsizetype>(kMostFaults))
-      lines << ToQt(mail_file::TextOf(fault.code)) + " " + InWords(fault.what);
+// Who had a copy is told only where somebody had.
+void MessageView::PutRecipients(const std::vector<mail_file::Recipient>& recipients) {
+  std::array<QStringList, 3> names;
+  std::array<qsizetype, 3> others{};
+  for (const auto& [mailbox, type] : recipients) {
+    const auto kind = static_cast<std::size_t>(type);
+    if (names.at(kind).size() < kMostNamed) {
+      names.at(kind) << Shown(mailbox);
+    } else {
+      ++others.at(kind);
+    }
   }
-  const auto others = static_cast<qsizetype>(reading.faults.size()) - lines.size();
-  if (others > 0) lines << tr("And %1 more.").arg(others);
-  faults_->SetText(lines.join("\n"));
-  faults_->setVisible(!lines.isEmpty());
+  for (std::size_t kind = 0; kind < names.size(); ++kind) {
+    const QString more = others.at(kind) > 0 ? tr(" and %1 others").arg(others.at(kind)) : QString();
+    recipients_.at(kind)->setText(names.at(kind).join(", ") + more);
+    recipients_.at(kind)->setVisible(kind == 0 || !names.at(kind).isEmpty());
+  }
+}
+
+void MessageView::PutFaults(const Reading& reading) {
+  faults_->SetText(InWords(mail_file::WhatWasWrong(reading.faults)).join("\n"));
+  faults_->setVisible(!reading.faults.empty());
 }
 
 QString MessageView::PartText(std::size_t row, int column) const {
@@ -221,7 +253,7 @@ QString MessageView::PartText(std::size_t row, int column) const {
     case kSize:
       return ToQt(platform::HumanSize(part.source.bytes.size()));
     default:
-      return part.name.empty() ? tr("(no name)") : Shown(part.name);
+      return Shown(part.name.empty() ? mail_file::FileNameOf(part, files_[row]) : part.name);
   }
 }
 
@@ -233,7 +265,7 @@ QString MessageView::StampText(std::size_t row, int column) const {
     case kFrom:
       return Shown(stamp.from);
     case kTime:
-      return stamp.time ? ToQt(stamp.time->local + " " + stamp.time->Bias()) : tr("none");
+      return stamp.time ? Shown(*stamp.time) : tr("none");
     default:
       return delays_[row] ? tr("%1 s").arg(*delays_[row]) : QString();
   }

@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QWidget>
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -54,7 +55,9 @@ class MessageView final : public QWidget {
 
   void BuildWindow();
   void Put(Reading reading);
+  void TellAttachments();
   void PutHeader(const mail_file::MessageFacts& facts);
+  void PutRecipients(const std::vector<mail_file::Recipient>& recipients);
   void PutFaults(const Reading& reading);
   QString PartText(std::size_t row, int column) const;
   QString StampText(std::size_t row, int column) const;
@@ -65,7 +68,7 @@ class MessageView final : public QWidget {
   std::vector<std::size_t> files_;  // the parts that are listed, by their place
   std::vector<std::optional<std::int64_t>> delays_;
   QLabel* from_;
-  QLabel* to_;
+  std::array<QLabel*, 3> recipients_;  // by RecipientType
   QLabel* date_;
   QLabel* subject_;
   NotePanel* faults_;

@@ -93,12 +93,13 @@ void FormGrid::AddUnlabelled(const QString& name, QWidget* field, int column) {
                    wraps ? Qt::Alignment() : Qt::AlignLeading | Qt::AlignVCenter);
 }
 
-// A label says by its colour, too, that its field cannot be used.
+// A label says by its colour, too, that its field cannot be used; where there is none, there is no label.
 bool FormGrid::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::EnabledChange) {
-    for (QLabel* label : labels_) {
-      if (label->buddy() == watched) label->setEnabled(label->buddy()->isEnabledTo(this));
-    }
+  const bool comes_or_goes = event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent;
+  for (QLabel* label : labels_) {
+    if (label->buddy() != watched) continue;
+    if (event->type() == QEvent::EnabledChange) label->setEnabled(label->buddy()->isEnabledTo(this));
+    if (comes_or_goes) label->setVisible(event->type() == QEvent::ShowToParent);
   }
   return QWidget::eventFilter(watched, event);
 }

@@ -28,9 +28,10 @@ class FormGrid final : public QWidget {
   // Grids that stand side by side have a `place` each: those of one place begin their fields in one line.
   explicit FormGrid(QWidget* parent, int place = 0);
 
-  // A row. The label leads to the field, names it for a screen reader, and is dimmed with it. What stands `beside` the
-  // field (a unit, arrows, a button) keeps its own width, and so does a field that has a widest one; others take the
-  // row. Of a field that is made of several controls, the name and the label are those of its focus proxy.
+  // A row. The label leads to the field, names it for a screen reader, and is dimmed and hidden with it. What stands
+  // `beside` the field (a unit, arrows, a button) keeps its own width, and so does a field that has a widest one;
+  // others take the row. Of a field that is made of several controls, the name and the label are those of its focus
+  // proxy.
   template <typename Field>
   Field* Add(const QString& name, const QString& label, Field* field, const std::vector<QWidget*>& beside = {}) {
     return AddRow(name, label, field, beside), field;
