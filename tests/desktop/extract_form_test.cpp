@@ -68,6 +68,12 @@ class ExtractFormTest : public QObject {
       QCOMPARE(scene.Text(name), "");
     QVERIFY(scene.Find<QRadioButton>("TEXTButton").isChecked() &&
             !scene.Find<QCheckBox>("BodyPartCheckBox").isChecked());
+    QStringList keys;  // one that stands for two acts on neither
+    for (const auto* widget : scene.form->findChildren<QWidget*>()) {
+      const QString key = QKeySequence::mnemonic(widget->property("text").toString()).toString();
+      QVERIFY2(key.isEmpty() || !keys.contains(key), qPrintable(key));
+      keys << key;
+    }
   }
 
   void complainsInOrder() {

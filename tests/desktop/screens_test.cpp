@@ -242,26 +242,6 @@ class ScreensTest : public QObject {
     if (before) before->setFocus();
   }
 
-  // A key that stands for two of what is visible acts on neither.
-  static void LookForTheSameKey(const QWidget& window, const QString& name) {
-    QStringList texts;
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
-      if (!widget->isVisible()) continue;
-      const auto* label = qobject_cast<const QLabel*>(widget);
-      if (qobject_cast<const QAbstractButton*>(widget) != nullptr || (label != nullptr && label->buddy() != nullptr))
-        texts << widget->property("text").toString();
-      if (const auto* box = qobject_cast<const QGroupBox*>(widget)) texts << box->title();
-      const auto* tabs = qobject_cast<const QTabBar*>(widget);
-      for (int i = 0; tabs != nullptr && i < tabs->count(); ++i) texts << tabs->tabText(i);
-    }
-    QHash<QString, QString> text_of;
-    for (const QString& text : texts) {
-      const QString key = QKeySequence::mnemonic(text).toString();
-      QVERIFY2(key.isEmpty() || !text_of.contains(key), qPrintable(name + ": " + text + " and " + text_of.value(key)));
-      text_of.insert(key, text);
-    }
-  }
-
   // `rect` is in the window's own pixels, which a scaled picture holds several of.
   static QImage Part(const QImage& whole, const QRect& rect) {
     const qreal scale = whole.devicePixelRatio();
@@ -424,7 +404,6 @@ class ScreensTest : public QObject {
     LookForEmpty(window, name);
     LookForTheRing(window, name);
     LookForReturn(window, name);
-    LookForTheSameKey(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
     LookForWhatScrolls(window, name);
