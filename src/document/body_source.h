@@ -10,7 +10,9 @@ namespace quillcast::document {
 
 // What the editor puts an edited body between.
 struct BodySource {
-  std::string head;       // up to the body's start tag; the document type alone where there is no body tag
+  // Up to the body's start tag, or to what a parser puts into the body before it; the document type alone where there
+  // is no body tag.
+  std::string head;
   std::string tail;       // from the body's end tag on; empty where content stands behind it, which belongs to the body
   bool has_body = false;  // there is a start tag
 };

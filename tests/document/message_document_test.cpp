@@ -305,6 +305,12 @@ TEST(BodySource, IsCutAtTheTagsThatAreTags) {
            {"<body>a</body>b", "", "", true},
            {"<body>a</body></div>", "", "", true},
            {"<body>a<body>b</body>", "", "</body>", true},
+           {"Dear reader<html><head></head><body>x</body></html>", "", "</body></html>", true},
+           {"<html><head><title>T</title></head>\n<div>seen first</div><body>x</body>",
+            "<html><head><title>T</title></head>\n", "</body>", true},
+           {"<head><template><p>t</p></template><noscript><link></noscript><style>p{}</style> </head> <body>x",
+            "<head><template><p>t</p></template><noscript><link></noscript><style>p{}</style> </head> ", "", true},
+           {"<head><img><meta></head><body>x", "<head>", "", true},
            {"<!DOCTYPE html><p>x</body>", "<!DOCTYPE html>", "", false},
            {"", "", "", false},
        }) {
