@@ -47,13 +47,18 @@ class CssReader {
  public:
   CssReader(std::string_view css, CssPlace place) : css_(css), place_(place) {}
 
-  std::vector<CssRange> Run() {
+  struct Found {
+    std::vector<CssRange> addresses;
+    std::vector<CssRange> imports;
+  };
+  Found Run() {
     bool importing = false;  // from "@import" to its semicolon
     while (at_ < css_.size()) {
       const std::string_view rest = css_.substr(at_);
       if (const Quote quote = ReadQuote(rest, place_); quote.length > 0) {
-        at_ += quote.length;
+        const std::size_t begin = at_ += quote.length;
         SkipTo(quote);
+        if (importing) found_.imports.push_back({begin, at_});
         at_ += ReadQuote(css_.substr(at_), place_).length;
       } else if (rest.starts_with("/*")) {
         at_ = std::min(css_.find("*/", at_ + 2), css_.size() - 2) + 2;
@@ -63,7 +68,7 @@ class CssReader {
       } else if (StartsWithIgnoringAsciiCase(rest, "url(") && (at_ == 0 || !IsOfName(css_[at_ - 1]))) {
         at_ += std::string_view("url(").size();
         const auto address = ReadAddress();
-        if (address && !importing) found_.push_back(*address);
+        if (address) (importing ? found_.imports : found_.addresses).push_back(*address);
       } else {
         importing = importing && rest.front() != ';';
         at_ += rest.front() == '\\' ? std::min<std::size_t>(2, rest.size()) : 1;
@@ -109,7 +114,7 @@ class CssReader {
   CssPlace place_;
   std::size_t at_ = 0;
   std::size_t escape_end_ = 0;  // of the last one; a blank in it is part of an address
-  std::vector<CssRange> found_;
+  Found found_;
 };
 
 // Takes the escape at the start, behind its backslash, off the text.
@@ -132,7 +137,13 @@ void AppendEscape(std::string& out, std::string_view& rest) {
 
 }  // namespace
 
-std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place) { return CssReader(css, place).Run(); }
+std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place) {
+  return CssReader(css, place).Run().addresses;
+}
+
+std::vector<CssRange> FindCssImports(std::string_view css, CssPlace place) {
+  return CssReader(css, place).Run().imports;
+}
 
 std::string DecodeCssAddress(std::string_view written, CssPlace place) {
   const std::string text =

@@ -21,6 +21,9 @@ struct CssRange {
 // never closed.
 std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place);
 
+// What @import names, by url(...) or as a string, in the order of the source.
+std::vector<CssRange> FindCssImports(std::string_view css, CssPlace place);
+
 // The address with its character references, where there are any, and its escapes ("\20", "\)") resolved.
 std::string DecodeCssAddress(std::string_view written, CssPlace place);
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "html/local_pictures_address.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -59,7 +60,7 @@ std::string ReadableTarget(std::string href) {
   const bool unreadable = std::any_of(kUnreadable.begin(), kUnreadable.end(), [&](std::string_view start) {
     return platform::StartsWithIgnoringAsciiCase(target, start);
   });
-  if (unreadable) return {};
+  if (unreadable || TellsFolder(ReadLocalAddress(std::string(target)))) return {};
   if (platform::StartsWithIgnoringAsciiCase(target, "mailto:")) {
     const std::string_view asked = target.substr(std::min(target.find('?'), target.size()));
     if (target.size() - asked.size() == std::string_view("mailto:").size()) return {};

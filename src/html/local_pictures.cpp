@@ -36,6 +36,11 @@ constexpr std::array kPictureAttributes = {
     PictureAttribute{"", "background", Holds::kAddress},     PictureAttribute{"", "style", Holds::kCss},
 };
 
+// Those that lead elsewhere, or load what is no picture; an attribute of the table above is none.
+constexpr std::array<std::string_view, 14> kOtherAttributes = {
+    "href", "src",  "longdesc", "lowsrc",  "dynsrc",   "action",  "formaction",
+    "data", "cite", "codebase", "archive", "manifest", "classid", "profile"};
+
 bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 // Style sheets and fonts come by url() too.
@@ -76,12 +81,30 @@ class Finder final : public HtmlVisitor {
       if (row.holds == Holds::kCandidates) LookAtCandidates(value);
       if (row.holds == Holds::kCss) LookAtCss(value, CssPlace::kAttribute);
     }
+    LookAtOthers(tokenizer, token);
     std::sort(found_.begin(), found_.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
     TellFound();
   }
 
+  void LookAtOthers(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+    for (const HtmlAttribute& attribute : token.attributes) {
+      const std::string name = platform::AsciiLower(tokenizer.RawName(attribute));
+      const bool is_other = std::find(kOtherAttributes.begin(), kOtherAttributes.end(), name) != kOtherAttributes.end();
+      const bool is_picture = std::any_of(kPictureAttributes.begin(), kPictureAttributes.end(), [&](const auto& row) {
+        return row.element == token.name && row.attribute == name;
+      });
+      if (!is_other || is_picture || token.name == "base") continue;
+      const std::string_view value = Trimmed(tokenizer.RawValue(attribute));
+      AddOther(value, DecodeCharacterReferences(value, true));
+    }
+  }
+
   void StyleSheet(std::string_view css) override {
     LookAtCss(css, CssPlace::kElement);
+    for (const CssRange& range : FindCssImports(css, CssPlace::kElement)) {
+      const std::string_view written = css.substr(range.begin, range.end - range.begin);
+      AddOther(written, DecodeCssAddress(written, CssPlace::kElement));
+    }
     TellFound();
   }
 
@@ -112,7 +135,8 @@ class Finder final : public HtmlVisitor {
     if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(written, address);
     LocalAddress file = ReadLocalAddress(address);
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
-    if (file.kind == AddressKind::kElsewhere || !IsPicture(file.path)) return;
+    if (file.kind == AddressKind::kElsewhere) return;
+    if (!IsPicture(file.path)) return AddOther(written, address);
     found_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
   }
 
@@ -120,13 +144,21 @@ class Finder final : public HtmlVisitor {
     telling_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(path)});
   }
 
-  void AddNamedByTag(std::string_view written, const std::string& address) {
+  bool IsOfTheNet(const LocalAddress& address) const {
+    return address.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
+  }
+
+  void AddOther(std::string_view written, const std::string& address) {
     const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
-    const bool of_the_net = file.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
-    if (file.kind == AddressKind::kFile || (file.path.starts_with('/') && !of_the_net)) {
-      const std::string name = file.path.substr(file.path.find_last_of("/:") + 1);
-      AddTelling(written, platform::ReplaceAll(name, kTagStandIn, kTagBegin));
-    }
+    if (!TellsFolder(file) || IsOfTheNet(file)) return;
+    const std::string name = file.path.substr(file.path.find_last_of("/:") + 1);
+    AddTelling(written, platform::ReplaceAll(name, kTagStandIn, kTagBegin));
+  }
+
+  void AddNamedByTag(std::string_view written, const std::string& address) {
+    AddOther(written, address);
+    const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
+    const bool of_the_net = IsOfTheNet(file);
     if (file.kind != AddressKind::kElsewhere && !of_the_net && IsPicture(file.path)) named_by_tags_.insert(address);
   }
 

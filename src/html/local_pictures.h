@@ -32,8 +32,9 @@ void VisitLocalPictures(std::string_view html, const std::function<void(PictureR
 // name differs by recipient, so that FindLocalPictures passes them over.
 std::vector<std::string> FindPicturesNamedByTags(std::string_view html);
 
-// The other addresses that tell the folders of this machine: of each <base> that leads there, and of files that a merge
-// tag names; of those, `path` is the last part alone, of a base it is empty.
+// The other addresses that tell the folders of this machine: of each <base> that leads there, of files that a merge tag
+// names, and of what is no picture, such as links, style sheets and forms. `path` is the last part alone; it is empty
+// where there is none, and of a base.
 std::vector<PictureReference> FindTellingAddresses(std::string_view html);
 
 // The HTML with each reference replaced by the text at the same index; an empty one leaves it as it is.

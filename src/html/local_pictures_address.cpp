@@ -40,6 +40,11 @@ LocalAddress ReadLocalAddress(std::string address) {
   return {scheme > 0 ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
 }
 
+bool TellsFolder(const LocalAddress& address) {
+  return address.kind == AddressKind::kFile || address.path.starts_with('/') ||
+         address.path.substr(0, 3).ends_with(":/");
+}
+
 LocalAddress Resolve(const LocalAddress& base, LocalAddress address) {
   if (base.kind == AddressKind::kElsewhere) return {};
   if (address.path.starts_with('/')) return address;

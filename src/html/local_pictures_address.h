@@ -20,6 +20,9 @@ struct LocalAddress {
 // As browsers read it. The path of "file://server/x" is "//server/x", which is missing here rather than passed over.
 LocalAddress ReadLocalAddress(std::string address);
 
+// Whether the address itself tells a folder of some machine.
+bool TellsFolder(const LocalAddress& address);
+
 // A relative address against that of a <base>.
 LocalAddress Resolve(const LocalAddress& base, LocalAddress address);
 

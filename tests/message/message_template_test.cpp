@@ -371,7 +371,15 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<td background='FILE:%2Fhome%2F$*MergeCity*$&quot;)'>", "<td background='$*MergeCity*$%22%29'>"},
            {"<img src='/home/$*MergeField1*$/'><p style=\"x:url(file:$*MergeCity*$)\">",
             "<img src='#'><p style=\"x:url($*MergeCity*$)\">"},
-           {"<img src='$*MergeField1*$/home/logo.gif'>", nullptr}})
+           {"<img src='$*MergeField1*$/home/logo.gif'>", nullptr},
+           {"<style>@import url(file:///home/ada/a.css);@import '/home/b.css';p{x:url(file:/c/d.woff)}</style>",
+            "<style>@import url(a.css);@import 'b.css';p{x:url(d.woff)}</style>"},
+           {"<link href=\"file:///home/ada/a.css\"><img alt='' longdesc='/home/ada/l.html' lowsrc=C:\\home\\l.gif>",
+            "<link href=\"a.css\"><img alt='' longdesc='l.html' lowsrc=l.gif>"},
+           {"<form action='file:///home/send'><a href='FILE:///home/ada/my%20list.html'>l</a><a href='/home/'>m</a>",
+            "<form action='send'><a href='my%20list.html'>l</a><a href='#'>m</a>"},
+           {"<a href='https://x.example/home/l.html'>l</a><a href='#place'>m</a><a href='next.html'>n</a>", nullptr},
+           {"<base href='https://x.example/'><a href='/home/l.html'>l</a>", nullptr}})
     EXPECT_EQ(TakePictures(Plain(written).document, "x").html, sent == nullptr ? written : sent);
   platform::CancelToken cancel;
   EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel)->pictures.size(), 2U);
