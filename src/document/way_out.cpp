@@ -27,8 +27,8 @@ const PhraseSearch& Phrases() {
       "abmelde", "abmeldung", "abzumelden", "abbestell", "abzubestellen", "nicht mehr erhalten", "nicht mehr bekommen",
       "keine weiteren e-mail", "keine weiteren mail", "keine weiteren newsletter", "keine e-mails mehr",
       "keine mails mehr", "keinen newsletter mehr", "keine newsletter mehr", "sich austragen", "hier austragen",
-      "newsletter austragen", "liste austragen", "verteiler austragen", "\naustragen\n", "aus dem verteiler",
-      "aus unserem verteiler",
+      "jetzt austragen", "bitte austragen", "zum austragen", "newsletter austragen", "liste austragen",
+      "verteiler austragen", "\naustragen\n", "aus dem verteiler", "aus unserem verteiler",
       // Dutch, Danish, Norwegian, Swedish
       "afmeld", "uitschrijven", "uit te schrijven", "schrijf je uit", "schrijf u uit", "meld je af", "meld u af",
       "meld af", "opzeggen", "avmeld", "meld deg av", "frameld", "avregistrer", "avprenumerer", "avsluta prenumeration",
@@ -41,15 +41,25 @@ const PhraseSearch& Phrases() {
       "cancelar a inscri", "cancelar assinatura", "cancelar a assinatura", "descadastr", "deixar de receber",
       "annulla l'iscrizione", "annulla iscrizione", "cancella l'iscrizione", "cancella iscrizione", "cancellati da",
       "disiscri", "non ricevere più", "dezabon",
+      // Catalan, Croatian, Lithuanian, Estonian
+      "donar de baixa", "donar-me de baixa", "donar-se de baixa", "donar-te de baixa", "donar-vos de baixa",
+      "dona't de baixa", "doneu-vos de baixa", "cancel·la la subscripci", "cancel·lar la subscripci", "odjavi",
+      "odjava", "otkaži pretplatu", "otkažite pretplatu", "atsisakyti prenumerat", "atsisakykite prenumerat",
+      "prenumeratos atsisak", "loobu uudiskirja", "loobu tellimus", "uudiskirjast loobu", "tühista tellimus",
       // Polish, Czech, Slovak, Hungarian, Finnish, Turkish
       "wypisz", "wypisać", "rezygnacja z subskrypcji", "zrezygnuj z subskrypcji", "anuluj subskrypcj", "odhlás",
       "leiratkoz", "peruuta tilaus", "lopeta tilaus", "uutiskirjeen tilaus", "abonelikten",
-      // Russian, Ukrainian, Greek
-      "отписать", "отпишит", "отказаться от подписки", "отказаться от рассылки", "отменить подписку", "відписатис",
-      "διαγραφ", "κατάργηση εγγραφής",
+      // Russian, Bulgarian, Ukrainian, Greek
+      "отписать", "отпишит", "отпишете", "отписване", "прекрати абонамент", "прекратете абонамент",
+      "отказаться от подписки", "отказаться от рассылки", "отменить подписку", "відписатис", "διαγραφ",
+      "κατάργηση εγγραφής",
+      // Vietnamese, Indonesian, Thai, Hindi
+      "hủy đăng ký", "huỷ đăng ký", "berhenti berlangganan", "berhenti langganan", "ยกเลิกการสมัคร", "ยกเลิกการรับ",
+      "सदस्यता समाप्त", "सदस्यता रद्द", "अनसब्सक्राइब",
       // Hebrew, Arabic, Chinese, Japanese, Korean
-      "הסרה מרשימת", "להסרה", "إلغاء الاشتراك", "退订", "取消订阅", "取消訂閱", "退訂", "配信停止", "配信を停止",
-      "購読解除", "購読を解除", "登録解除", "수신거부", "수신 거부", "구독 취소"});
+      "הסרה מרשימת", "להסרה", "ביטול הרשמה", "ביטול מנוי", "הסר אותי", "להסיר מרשימ", "إلغاء الاشتراك", "退订",
+      "取消订阅", "取消訂閱", "退訂", "配信停止", "配信を停止", "購読解除", "購読を解除", "登録解除", "수신거부",
+      "수신 거부", "구독 취소"});
   return phrases;
 }
 

@@ -113,6 +113,18 @@ TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
                             "<a href=x>Austragen!</a>",
                             "<a href=x>\u2709\uFE0F <b>\u201Eaus&shy;tragen\u201C</b> &raquo;</a>",
                             "Meld af",
+                            "Jetzt austragen",
+                            "Zum Austragen <a href=x>hier klicken</a>",
+                            "ביטול הרשמה",
+                            "Doneu-vos de baixa",
+                            "Odjavite se",
+                            "Отписване",
+                            "Atsisakyti prenumeratos",
+                            "Loobu uudiskirjast",
+                            "Hủy đăng ký",
+                            "Berhenti berlangganan",
+                            "ยกเลิกการสมัคร",
+                            "सदस्यता समाप्त करें",
                             "<a href=x>Manage preferences</a>"}) {
     const auto findings = Findings(LookOver(words));
     for (const auto& finding : findings) EXPECT_EQ(finding.find("Nothing tells readers"), std::string::npos) << words;
