@@ -162,7 +162,7 @@ class Greedy final : public QObject {
 
 // The body's HTML; of a table its rows behind "/" and its cells behind "|".
 QString BodyOf(const Scene& scene) {
-  QString body = scene.Editor().Html();
+  QString body = *scene.Editor().Text();
   body = body.mid(body.indexOf("<body>") + 6);
   body.truncate(body.indexOf("</body>"));
   for (const char* quiet : {"<table>", "</table>", "<tbody>", "</tbody>", "</tr>", "</td>"}) body.remove(quiet);
@@ -383,7 +383,7 @@ class CommandsTest : public QObject {
     scene.Editor().SetHtml("<html><body><p>one</p></body></html>");
     scene.window->Dispatch(13);
     for (const int number : {94, 28, 96}) scene.window->Dispatch(number);
-    QVERIFY2(scene.Editor().Html().contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Editor().Text()->contains("<p><b><i><u>one</u></i></b></p>"), qPrintable(*scene.Editor().Text()));
     auto* bar = scene.window->findChild<CommandBar*>();
     QTRY_VERIFY(bar->ActionOf(kBold)->isChecked() && bar->ActionOf(kItalic)->isChecked());
     QVERIFY(!bar->ActionOf(kCentre)->isChecked());
@@ -447,7 +447,7 @@ class CommandsTest : public QObject {
         form.findChild<QPushButton*>("OKButton")->click();
       });
       scene.window->Dispatch(CommandId::kFont);
-      return scene.Editor().Html();
+      return *scene.Editor().Text();
     };
     QCOMPARE(ask([](QDialog& form) {
                const QFont sample = form.findChild<QLabel*>("SampleLabel")->font();
@@ -565,7 +565,7 @@ class CommandsTest : public QObject {
     const QString copy = PathToQt(scene.rig.folders.Pictures() / "photo.jpg");
     const QString picture =
         "<img src=\"file://" + copy + "\" alt=\"A red field\" width=\"240\" height=\"120\" border=\"2\"";
-    QVERIFY2(scene.Editor().Html().contains(picture), qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Editor().Text()->contains(picture), qPrintable(*scene.Editor().Text()));
     QCOMPARE(QImage(copy).size(), QSize(1200, 600));
     scene.Editor().Evaluate(
         "(r=>{r.selectNode(document.images[0]);getSelection().removeAllRanges();"
@@ -578,9 +578,9 @@ class CommandsTest : public QObject {
       form.findChild<QPushButton*>("OKButton")->click();
     });
     scene.window->Dispatch(CommandId::kPicture);
-    QVERIFY2(scene.Editor().Html().contains("width=\"100\" height=\"50\""), qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Editor().Text()->contains("width=\"100\" height=\"50\""), qPrintable(*scene.Editor().Text()));
     scene.window->Dispatch(CommandId::kUndo);
-    QVERIFY2(scene.Editor().Html().contains(picture), qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Editor().Text()->contains(picture), qPrintable(*scene.Editor().Text()));
     scene.window->skip_save_prompt = true;
   }
 
@@ -624,7 +624,7 @@ class CommandsTest : public QObject {
       QVERIFY(!form.isVisible());
     });
     scene.window->Dispatch(CommandId::kTable);
-    QVERIFY2(scene.Editor().Html().contains("border=\"2\" width=\"100%\""), qPrintable(scene.Editor().Html()));
+    QVERIFY2(scene.Editor().Text()->contains("border=\"2\" width=\"100%\""), qPrintable(*scene.Editor().Text()));
     QTRY_VERIFY(changes.isEnabled());
     changes.actions().at(1)->trigger();
     QCOMPARE(scene.Editor().Evaluate("document.querySelectorAll('td').length").toInt(), 4);

@@ -74,7 +74,7 @@ struct Desk {
 
   Desk() { editor.resize(600, 400); }
   QString Body() const {
-    const QString html = editor.Html();
+    const QString html = *editor.Text();
     const auto begin = html.indexOf('>', html.indexOf("<body")) + 1;
     return html.mid(begin, html.indexOf("</body>") - begin);
   }
@@ -261,7 +261,7 @@ class ComposeFormsTest : public QObject {
         "<html><head><title>t</title></head><body dir=\"ltr\" text=\"#111111\"><p>one</p></body></html>";
     editor.SetHtml(before);
     editor.InsertHtml("A");
-    const QString typed = editor.Html();
+    const QString typed = *editor.Text();
     scene.rig.prompts.files = {scene.rig.folder.Write("paper.png", PngBytes())};
     test::WhileOpen("BodyForm", [](QDialog& form) {
       Enter(form, "TextColourTextBox", "");
@@ -271,14 +271,14 @@ class ComposeFormsTest : public QObject {
       Press(form);
     });
     scene.window->Dispatch(CommandId::kBody);
-    const QString coloured = editor.Html();
+    const QString coloured = *editor.Text();
     const auto copy = scene.rig.folders.Pictures() / "paper.png";
     const QString picture = ToQt(document::FileAddress(copy));
     QVERIFY2(coloured.contains("<body dir=\"ltr\" link=\"#1A5276\" background=\"" + picture + "\">"),
              qPrintable(coloured));
     QVERIFY(std::filesystem::exists(copy));
     editor.InsertHtml("B");
-    const QString both = editor.Html();
+    const QString both = *editor.Text();
     QVERIFY(both != coloured);
     for (const auto& [command, html] :
          std::initializer_list<std::pair<CommandId, QString>>{{CommandId::kUndo, coloured},
@@ -288,7 +288,7 @@ class ComposeFormsTest : public QObject {
                                                               {CommandId::kRedo, coloured},
                                                               {CommandId::kRedo, both}}) {
       scene.window->Dispatch(command);
-      QCOMPARE(editor.Html(), html);
+      QCOMPARE(*editor.Text(), html);
     }
     scene.window->skip_save_prompt = true;
   }
@@ -326,7 +326,7 @@ class ComposeFormsTest : public QObject {
     QTest::keyClick(form.focusWidget(), Qt::Key_Return);
     QTRY_VERIFY(!form.isVisible());
     QVERIFY(desk.rig.Shown().isEmpty());  // nothing was changed, so nothing is asked
-    const QString html = desk.editor.Html();
+    const QString html = *desk.editor.Text();
     // The company's own web site is replaced in its turn.
     QVERIFY(html.contains("Hills & Sea, with hills.example"));
     QVERIFY(html.contains("mailto:leave@hills.example?subject=Leave"));
@@ -372,7 +372,7 @@ class ComposeFormsTest : public QObject {
     scene.window->Dispatch(CommandId::kTemplate);
     QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?") +
                                     (answer == int(Answer::kYes) ? " | save: Save" : ""));
-    QVERIFY(scene.Editor().Html().contains(replaced ? "<p>kept</p>" : "<p>mine</p>"));
+    QVERIFY(scene.Editor().Text()->contains(replaced ? "<p>kept</p>" : "<p>mine</p>"));
     QCOMPARE(ToQt(test::ReadAll(file)).contains("<p>mine</p>"), saved.startsWith('<'));
     QCOMPARE(scene.Find<QLineEdit>("SubjectTextBox").text(), QString("Papers"));
     QCOMPARE(!scene.Notice().isEmpty(), is_draft);
@@ -401,12 +401,12 @@ class ComposeFormsTest : public QObject {
       QVERIFY(own.Keep("Monthly", {"<html><body><p>first</p></body></html>", {}, {}}, document::IfThere::kFail));
       scene.Open();
       use_template(scene);
-      QVERIFY2(scene.Editor().Html().contains("<p>first</p>") && scene.Notice().isEmpty(), way);
+      QVERIFY2(scene.Editor().Text()->contains("<p>first</p>") && scene.Notice().isEmpty(), way);
       QVERIFY(own.Keep("Monthly", {"<html><body><p>next</p></body></html>", {}, {}}, document::IfThere::kReplace));
       scene.rig.prompts.files = {scene.rig.folder.Write("other.html", "<p>other</p>")};
       leave(scene);
       QCOMPARE(QString(way) + ": " + scene.rig.Shown(), QString(way) + ": " + shown);
-      QVERIFY2(!scene.Editor().Html().contains("<p>first</p>") && !scene.Notice().isEmpty(), way);
+      QVERIFY2(!scene.Editor().Text()->contains("<p>first</p>") && !scene.Notice().isEmpty(), way);
       QVERIFY(ToQt(document::Drafts(scene.rig.folders.data).ReadOffered()->document.html).contains("<p>first</p>"));
       scene.window->skip_save_prompt = true;
     }
@@ -425,7 +425,7 @@ class ComposeFormsTest : public QObject {
     for (int row = 0; row < 5; ++row) {
       designs->setCurrentRow(row);
       QTRY_COMPARE(shown.size(), row + 1);
-      QVERIFY(preview->Html().contains(QString("Template%1.jpg").arg(row + 1)));
+      QVERIFY(preview->Text()->contains(QString("Template%1.jpg").arg(row + 1)));
       QTRY_VERIFY(preview->Evaluate("Array.from(document.images).every(image => image.naturalWidth > 0)").toBool());
       QCOMPARE(preview->Evaluate("window.designs=(window.designs||0)+1").toInt(), row + 1);
     }
@@ -471,9 +471,9 @@ class ComposeFormsTest : public QObject {
     for (int n = 0; n < 100'000; ++n) deep += "<div>";
     QVERIFY(desk.document.Open(desk.rig.folder.Write("plain.html", "<p>kept")));
     QVERIFY(!desk.document.StartFrom(deep));
-    QVERIFY(desk.editor.Html().contains("kept") && desk.document.FileName().filename() == "plain.html");
+    QVERIFY(desk.editor.Text()->contains("kept") && desk.document.FileName().filename() == "plain.html");
     QVERIFY(!desk.document.StartNew(deep));  // a signature
-    QVERIFY(!desk.editor.Html().contains("kept") && desk.document.FileName().empty());
+    QVERIFY(!desk.editor.Text()->contains("kept") && desk.document.FileName().empty());
     QVERIFY(platform::EnsureFolder(desk.rig.folders.Templates()));
     QVERIFY(platform::ReplaceFile(desk.rig.folders.Templates() / "Deep.htm", deep));
     TemplateForm form(desk.rig.program, desk.document, desk.editor, nullptr);
@@ -593,7 +593,7 @@ class ComposeFormsTest : public QObject {
     std::filesystem::remove(desk.rig.folders.Templates() / "Monthly.htm");
     Press(form);
     QTRY_COMPARE(status(), QString("There is no template \"Monthly\". Choose one that is listed."));
-    QVERIFY(form.isVisible() && desk.editor.Html().contains("sea.png"));
+    QVERIFY(form.isVisible() && desk.editor.Text()->contains("sea.png"));
     // Without the designs there is a remedy.
     profile::Folders bare = desk.rig.folders;
     bare.program = desk.rig.folder.path() / "bare";
@@ -653,7 +653,7 @@ class ComposeFormsTest : public QObject {
                       [](const QDialog& form) { return form.findChild<QPushButton*>("SaveButton")->isEnabled(); });
       scene.window->Dispatch(CommandId::kSignature);
     };
-    const auto html = [](QDialog& form) { return form.findChild<HtmlEditor*>("SignatureEditor")->Html(); };
+    const auto html = [](QDialog& form) { return *form.findChild<HtmlEditor*>("SignatureEditor")->Text(); };
     const QString built_in = ToQt(document::kBuiltInSignature);
     with([&](QDialog& form) {
       QCOMPARE(html(form), built_in);
@@ -670,7 +670,7 @@ class ComposeFormsTest : public QObject {
     QCOMPARE(scene.rig.settings.Read("Signature", "Status", "")->c_str(), "1");
     QCOMPARE(ToQt(*scene.rig.settings.Read("Signature", "Message", "")), built_in);
     scene.window->Dispatch(CommandId::kNew);
-    QCOMPARE(scene.Editor().Html(), built_in);
+    QCOMPARE(*scene.Editor().Text(), built_in);
     QVERIFY(!scene.Editor().IsModified());
     with([&](QDialog& form) {
       auto* editor = form.findChild<HtmlEditor*>("SignatureEditor");
@@ -678,13 +678,13 @@ class ComposeFormsTest : public QObject {
       editor->Run(EditorCommand::kSelectAll);
       editor->InsertHtml("Ada");
       editor->InsertPictures({PathToQt(scene.rig.folder.Write("me.png", PngBytes()))});
-      QTRY_VERIFY(editor->Html().contains("me.png"));
+      QTRY_VERIFY(editor->Text()->contains("me.png"));
       Press(form, QDialogButtonBox::Save);
       QTRY_VERIFY(!form.isVisible());
     });
     scene.window->Dispatch(CommandId::kNew);
-    QVERIFY(scene.Editor().Html().contains("Ada"));
-    QVERIFY(scene.Editor().Html().contains(ToQt(document::FileAddress(scene.rig.folders.Pictures() / "me.png"))));
+    QVERIFY(scene.Editor().Text()->contains("Ada"));
+    QVERIFY(scene.Editor().Text()->contains(ToQt(document::FileAddress(scene.rig.folders.Pictures() / "me.png"))));
     scene.rig.Shown();
     scene.rig.prompts.answers = {Answer::kNo, Answer::kYes};
     with([&](QDialog& form) {
@@ -697,7 +697,7 @@ class ComposeFormsTest : public QObject {
     });
     with([&](QDialog& form) { QCOMPARE(html(form), built_in); });
     scene.window->Dispatch(CommandId::kNew);
-    QVERIFY(!scene.Editor().Html().contains("Verdana"));  // the built-in one is shown, never put in unasked
+    QVERIFY(!scene.Editor().Text()->contains("Verdana"));  // the built-in one is shown, never put in unasked
   }
 
   void aSignatureFromElsewhereIsShownSafely() {
@@ -717,7 +717,7 @@ class ComposeFormsTest : public QObject {
       QTRY_VERIFY2(notes->isVisible() && notes->text().contains(told), qPrintable(notes->text()));
       auto* editor = form.findChild<HtmlEditor*>("SignatureEditor");
       QVERIFY(editor->Evaluate("document.title").toString() != "ran");
-      QCOMPARE(editor->Html(), ToQt(html));
+      QCOMPARE(*editor->Text(), ToQt(html));
     }
     // What cannot be kept stays in the editor; what cannot be read is not written over.
     test::FormRig rig;

@@ -102,16 +102,16 @@ class EditorTest : public QObject {
   void whatIsRoundTheBodyStays() {
     const QString source = kLetter;
     QVERIFY(editor_->SetHtml(source));
-    QCOMPARE(editor_->Html(), source);
+    QCOMPARE(*editor_->Text(), source);
     QVERIFY(!editor_->IsModified());
     editor_->InputWidget()->setFocus();
     editor_->Evaluate("getSelection().collapse(document.body.lastElementChild,0)");
     Type("X");
     QTRY_VERIFY(editor_->IsModified());
     const auto at = source.indexOf("<BODY");
-    QVERIFY(editor_->Html().startsWith(source.left(at) + "<body bgcolor=\"#ffeedd\">"));
-    QVERIFY(editor_->Html().contains("href=\"$*MergeWebSite*$\""));
-    QVERIFY(editor_->Html().contains("Xtwo") && editor_->Html().endsWith("</BODY>\r\n</HTML>\r\n"));
+    QVERIFY(editor_->Text()->startsWith(source.left(at) + "<body bgcolor=\"#ffeedd\">"));
+    QVERIFY(editor_->Text()->contains("href=\"$*MergeWebSite*$\""));
+    QVERIFY(editor_->Text()->contains("Xtwo") && editor_->Text()->endsWith("</BODY>\r\n</HTML>\r\n"));
   }
 
   void typingIsSeenAndSnapshotsFollow() {
@@ -220,10 +220,10 @@ class EditorTest : public QObject {
   void listsAreSavedOutsideTheirParagraph() {
     SelectSecondWord();
     editor_->Run(EditorCommand::kNumberedList);
-    QVERIFY2(editor_->Html().contains("<body><ol><li>one two three</li></ol></body>"), qPrintable(editor_->Html()));
+    QVERIFY2(editor_->Text()->contains("<body><ol><li>one two three</li></ol></body>"), qPrintable(*editor_->Text()));
     QVERIFY(editor_->State().numbers);
     editor_->Run(EditorCommand::kUndo);
-    QVERIFY(editor_->Html().contains("<body><p>one two three</p></body>"));
+    QVERIFY(editor_->Text()->contains("<body><p>one two three</p></body>"));
   }
 
   void tablesAreChangedInOneStep_data() {
@@ -371,10 +371,10 @@ class EditorTest : public QObject {
     Load(before, QUrl::fromLocalFile(folder.path() + '/'));
     QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 200);
     QWidget* page = editor_->InputWidget();
-    const auto html = editor_->Html();
+    const auto html = *editor_->Text();
     QTest::mouseClick(page, Qt::LeftButton, {}, QPoint(150, 125));
     QTRY_COMPARE(editor_->State().picture.choice.alternative, std::string("A"));
-    QCOMPARE(editor_->Html(), html);  // handles are no part of it
+    QCOMPARE(*editor_->Text(), html);  // handles are no part of it
     QVERIFY(!editor_->IsModified());
     const QPoint handle(150 + side.x() * 50, 125 + side.y() * 25);
     QTest::mousePress(page, Qt::LeftButton, {}, handle);
@@ -389,7 +389,7 @@ class EditorTest : public QObject {
     QVERIFY2(Body().startsWith(before.left(before.indexOf(" width="))) && Body().endsWith("></a>z</p>"),
              qPrintable(Body()));
     for (const char* ours : {"quill", "frame", "<b>"})
-      QVERIFY2(!editor_->Html().contains(ours), qPrintable(editor_->Html()));
+      QVERIFY2(!editor_->Text()->contains(ours), qPrintable(*editor_->Text()));
     if (!is_changed) return;
     editor_->Run(EditorCommand::kUndo);
     QCOMPARE(Body(), before);
@@ -429,16 +429,16 @@ class EditorTest : public QObject {
     const QString source = "<p>Dear $*MergeTitle*$ $*MergeLastName*$, $*MergeNickName*$</p>";
     QVERIFY(editor_->SetHtml(source));
     QCOMPARE(editor_->Evaluate("quill.marks().join()").toString(), QString("known,known,unknown"));
-    QCOMPARE(editor_->Html(), source);
+    QCOMPARE(*editor_->Text(), source);
     QVERIFY(!editor_->IsModified());
     QVERIFY(editor_->InsertHtml("$*MergeCity*$"));
     QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 4);
-    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
+    QVERIFY2(!editor_->Text()->contains("quill"), qPrintable(*editor_->Text()));
     editor_->Run(EditorCommand::kSelectAll);
     editor_->Run(EditorCommand::kDelete);
     QTRY_COMPARE(editor_->Evaluate("quill.marks().length").toInt(), 0);
     QVERIFY(editor_->InsertHtml("<p>x</p>"));
-    QVERIFY2(!editor_->Html().contains("quill"), qPrintable(editor_->Html()));
+    QVERIFY2(!editor_->Text()->contains("quill"), qPrintable(*editor_->Text()));
   }
 
   void aPageToLookAtMarksWhatIsNoTagAlone() {
@@ -516,7 +516,8 @@ class EditorTest : public QObject {
     Load("");
     editor_->InsertPictures({folder.filePath("missing.png"), folder.filePath("pipe.png"), folder.path()});
     QCOMPARE(trouble.size(), 0);  // nothing is looked at on the window's thread
-    QTRY_COMPARE(trouble.size(), 3);
+    QTRY_COMPARE(trouble.size(), 1);
+    for (const char* name : {"missing.png", "pipe.png"}) QVERIFY(trouble.first().first().toString().contains(name));
     QCOMPARE(Body(), QString());  // what was on its way to another document is not for this one
     // No wider than the letter at first; a photograph is asked about before.
     QSignalSpy offered(editor_, &HtmlEditor::PicturesOffered);
@@ -741,7 +742,7 @@ class EditorTest : public QObject {
     QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 300);
     // The page answered what room there is: it waited for nobody.
     QCOMPARE(editor_->Evaluate("document.images[0].getAttribute('width')").toString(), QString("100"));
-    QVERIFY(editor_->Html().contains("src=\"file:///"));
+    QVERIFY(editor_->Text()->contains("src=\"file:///"));
   }
 
   void contextMenuHasItsSixEntries() {
@@ -770,7 +771,7 @@ class EditorTest : public QObject {
   void aKilledPageLosesNothing() {
     Load("<p>before</p>");
     Type("kept ");
-    QTRY_VERIFY(editor_->Html().contains("kept before"));
+    QTRY_VERIFY(editor_->Text()->contains("kept before"));
     QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
     QTRY_VERIFY(!snapshots.isEmpty());
     QSignalSpy restored(editor_, &HtmlEditor::Restored);
@@ -778,16 +779,16 @@ class EditorTest : public QObject {
     QCOMPARE(::kill(static_cast<pid_t>(renderer), SIGKILL), 0);
     QTRY_VERIFY(!restored.isEmpty());
     QVERIFY(editor_->IsModified());
-    QVERIFY(editor_->Html().contains("kept before"));
+    QVERIFY(editor_->Text()->contains("kept before"));
     QTRY_VERIFY(editor_->isAncestorOf(QApplication::focusWidget()));
     QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_X, "x", Qt::NoModifier);
-    QTRY_VERIFY(editor_->Html().contains("xkept before"));
-    QTRY_VERIFY(snapshots.last().first().toString().contains("xkept"));
+    QTRY_VERIFY(editor_->Text()->contains("kept xbefore"));
+    QTRY_VERIFY(snapshots.last().first().toString().contains("xbefore"));
     // A document that ends the page each time is not loaded again and again, and its text can still be saved.
     QSignalSpy trouble(editor_, &HtmlEditor::Trouble);
     QCOMPARE(::kill(static_cast<pid_t>(editor_->findChild<QWebEnginePage*>()->renderProcessPid()), SIGKILL), 0);
     QTRY_VERIFY(!trouble.isEmpty());
-    QVERIFY(editor_->Html().contains("xkept before"));
+    QVERIFY(editor_->Text()->contains("kept xbefore"));
     QVERIFY(editor_->IsModified());
     QTest::qWait(500);
     QCOMPARE(trouble.size(), 1);
@@ -805,7 +806,7 @@ class EditorTest : public QObject {
     const bool is_loaded = editor_->SetHtml(large);
     QVERIFY2(clock.elapsed() < 30000, "it waited for a page that is gone");
     QVERIFY(!is_loaded);
-    QVERIFY(editor_->Html() == large);  // nothing of it is lost
+    QVERIFY(*editor_->Text() == large);  // nothing of it is lost
     Load("<p>next</p>");
     QCOMPARE(editor_->PlainText(), QString("next"));
   }
@@ -827,7 +828,7 @@ class EditorTest : public QObject {
     killer.stop();
     QCOMPARE(trouble.size(), 1);
     QVERIFY(editor_->IsModified());
-    QVERIFY(editor_->Html().contains("kept before"));
+    QVERIFY(editor_->Text()->contains("kept before"));
     Load("<p>next</p>");
     QCOMPARE(editor_->PlainText(), QString("next"));
   }
@@ -837,14 +838,14 @@ class EditorTest : public QObject {
     for (int i = 0; i < 3; ++i) {
       QVERIFY(editor_->SetHtml(html));
       QVERIFY(editor_->InsertHtml("y"));
-      html = editor_->Html();
+      html = *editor_->Text();
       QCOMPARE(html.count("Footer"), 1);
     }
     html = "<html><body><p>x</p>\n</body>\n</html>\n";
     for (int i = 0; i < 3; ++i) {
       QVERIFY(editor_->SetHtml(html));
       QVERIFY(editor_->InsertHtml("y"));
-      html = editor_->Html();
+      html = *editor_->Text();
     }
     QCOMPARE(html, QString("<html><body><p>yyyx</p>\n</body>\n</html>\n"));
   }
@@ -858,8 +859,8 @@ class EditorTest : public QObject {
     QSignalSpy snapshots(editor_, &HtmlEditor::Snapshot);
     QVERIFY(editor_->InsertHtml("x"));
     QTRY_VERIFY(!snapshots.isEmpty());
-    QCOMPARE(snapshots.last().first().toString(), editor_->Html());
-    QCOMPARE(editor_->Html(),
+    QCOMPARE(snapshots.last().first().toString(), *editor_->Text());
+    QCOMPARE(*editor_->Text(),
              QString("<!DOCTYPE html><html><head><title>T</title></head><body><p>xno body tag</p></body></html>"));
     QVERIFY(editor_->PrintToPdf(folder.filePath("a.pdf")));
     QVERIFY(QFileInfo(folder.filePath("a.pdf")).size() > 1000);
@@ -878,7 +879,7 @@ class EditorTest : public QObject {
     QVERIFY(editor_->SetHtml(source));
     editor_->Evaluate("getSelection().collapse(document.getElementById('edit').firstChild, 4)");
     QVERIFY(editor_->InsertHtml("EDIT"));
-    const QString saved = editor_->Html();
+    const QString saved = *editor_->Text();
     QVERIFY(saved.contains("hereEDIT"));
     const auto literal = [](const QString& text) {
       return QString::fromUtf8(QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact)) + "[0]";
@@ -907,7 +908,7 @@ class EditorTest : public QObject {
       QTimer::singleShot(0, editor_, [this, i] { editor_->SetHtml(QString("<p>number %1</p>").arg(i)); });
     }
     QTRY_COMPARE(editor_->PlainText().trimmed(), QString("number 4"));
-    QCOMPARE(editor_->Html(), QString("<p>number 4</p>"));
+    QCOMPARE(*editor_->Text(), QString("<p>number 4</p>"));
   }
 
   void documentsComeBackByteForByte() {
@@ -959,7 +960,7 @@ class EditorTest : public QObject {
     QVERIFY(next.StartNew(""));
     QVERIFY(next.drafts().AreOffered());
     QVERIFY(next.Recover());
-    QVERIFY(editor_->Html().contains("not saved") && editor_->Html().contains("at the last moment"));
+    QVERIFY(editor_->Text()->contains("not saved") && editor_->Text()->contains("at the last moment"));
     QCOMPARE(next.BaseFolder(), folder.path() / "letters");
     QVERIFY(next.FileName().empty() && next.HasUnsavedChanges());
     QVERIFY(!next.drafts().AreOffered());
@@ -994,7 +995,7 @@ class EditorTest : public QObject {
     QVERIFY(document.KeepAside());
     for (const char* text : {"first", "second", "first"}) {
       QVERIFY(document.Recover());
-      QVERIFY2(editor_->Html().contains(text) && document.drafts().AreOffered(), text);
+      QVERIFY2(editor_->Text()->contains(text) && document.drafts().AreOffered(), text);
     }
   }
 

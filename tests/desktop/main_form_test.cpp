@@ -153,7 +153,7 @@ class MainFormTest : public QObject {
     QVERIFY(scene.rig.settings.Write("Signature", "Status", "1"));
     QVERIFY(scene.rig.settings.Write("Signature", "Message", "<html><body><p>Ada</p></body></html>"));
     scene.Open();
-    QCOMPARE(scene.Editor().Html(), QString("<html><body><p>Ada</p></body></html>"));
+    QCOMPARE(*scene.Editor().Text(), QString("<html><body><p>Ada</p></body></html>"));
     QVERIFY(scene.window->close());
     QCOMPARE(scene.rig.Shown(), QString());
   }
@@ -328,11 +328,11 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kCancel};
     scene.window->Dispatch(CommandId::kOpen);
     QCOMPARE(scene.rig.Shown(), QString("open: Open | ask or cancel: Do you want to save the changes?"));
-    QVERIFY(scene.Editor().Html().contains("work"));
+    QVERIFY(scene.Editor().Text()->contains("work"));
     scene.rig.prompts.answers = {platform::Answer::kNo};
     scene.window->Dispatch(CommandId::kOpen);
     scene.rig.Shown();
-    QVERIFY(scene.Editor().Html().contains("letter") && !scene.Editor().IsModified());
+    QVERIFY(scene.Editor().Text()->contains("letter") && !scene.Editor().IsModified());
     QVERIFY(document::Drafts(scene.rig.folders.data).ReadOffered()->document.html.find("work") != std::string::npos);
     scene.Editor().InsertHtml("<b>changed</b>");
     scene.window->Dispatch(CommandId::kSave);
@@ -599,8 +599,8 @@ class MainFormTest : public QObject {
     test::WhileOpen("AboutForm", ask);
     scene.window->Dispatch(CommandId::kAbout);
     QTRY_COMPARE(subject.text(), QString("Spring"));
-    QTRY_VERIFY2(scene.Editor().Html().contains("<p>One &lt; two<br>\nthree</p><p><br></p><p>Ada</p>"),
-                 qPrintable(scene.Editor().Html()));
+    QTRY_VERIFY2(scene.Editor().Text()->contains("<p>One &lt; two<br>\nthree</p><p><br></p><p>Ada</p>"),
+                 qPrintable(*scene.Editor().Text()));
     QVERIFY2(scene.Status().endsWith("Left out of the link: bob@example.net, attach."), qPrintable(scene.Status()));
     QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Winter"));
     QCOMPARE(scene.rig.Shown(), QString());
@@ -800,7 +800,7 @@ class MainFormTest : public QObject {
     QVERIFY(source->isVisible());
     scene.window->Dispatch(CommandId::kSource);
     QVERIFY(!scene.Editor().IsModified());
-    QVERIFY(scene.Editor().Html().contains("\r\n"));
+    QVERIFY(scene.Editor().Text()->contains("\r\n"));
     scene.window->Dispatch(CommandId::kSource);
     source->setPlainText("<html><body><p>two</p></body></html>");
     QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.htm"));
@@ -815,7 +815,7 @@ class MainFormTest : public QObject {
     source->insertPlainText("<!-- new -->");
     QTest::keyClick(source, Qt::Key_Return, Qt::ShiftModifier);
     scene.window->Dispatch(CommandId::kSource);
-    QCOMPARE(scene.Editor().Html(),
+    QCOMPARE(*scene.Editor().Text(),
              QString::fromUtf8("<!-- new -->\r\n<title>a\u00a0b</title>\r\n<body><p>c\u00a0!</p></body>\r\n"));
 
     // What the editor cannot show stays in the source, and is saved from there.
@@ -860,7 +860,7 @@ class MainFormTest : public QObject {
       QCOMPARE(scene.Focus(), QString("SourceTextBox"));
       QCOMPARE(scene.Find<QLabel>("DocumentLabel").text(), QString("New message, not saved"));
       scene.window->Dispatch(CommandId::kSource);
-      QCOMPARE(scene.Editor().Html(), "typed" + html);
+      QCOMPARE(*scene.Editor().Text(), "typed" + html);
       scene.window->skip_save_prompt = true;
     }
   }
@@ -924,10 +924,10 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kCancel};
     restore();
     QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
-    QVERIFY(scene.Editor().Html().contains("new text"));
+    QVERIFY(scene.Editor().Text()->contains("new text"));
     scene.rig.prompts.answers = {platform::Answer::kNo};
     restore();
-    QVERIFY(scene.Editor().Html().contains("recovered"));
+    QVERIFY(scene.Editor().Text()->contains("recovered"));
   }
 
   // A draft that the editor cannot show stands before none that it can.
@@ -943,7 +943,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Focus(), QString("SourceTextBox"));
     scene.rig.prompts.answers = {platform::Answer::kNo};
     Press(scene, "RestoreButton");
-    QVERIFY(scene.Editor().isVisible() && scene.Editor().Html().contains("later"));
+    QVERIFY(scene.Editor().isVisible() && scene.Editor().Text()->contains("later"));
     QCOMPARE(scene.Focus(), QString("Editor"));
     QVERIFY2(!scene.Notice().isEmpty(), "it is lost");
     scene.window->skip_save_prompt = true;
@@ -967,7 +967,7 @@ class MainFormTest : public QObject {
     QCOMPARE(
         Fields(scene),
         QString(before).replace("Spring|", "Spring sale|").replace("|Text|", "|HTML|").replace("|work", "|Hello you"));
-    QVERIFY(scene.Editor().Html().contains("<p>Hello <b>you</b>"));
+    QVERIFY(scene.Editor().Text()->contains("<p>Hello <b>you</b>"));
     scene.rig.prompts.answers = {platform::Answer::kCancel};  // it has no name yet, and is in no file
     scene.window->Dispatch(CommandId::kNew);
     QCOMPARE(scene.rig.Shown(), "ask or cancel: Do you want to save the changes?");

@@ -12,18 +12,22 @@ BodyView::BodyView(HtmlEditor* editor, QWidget* parent)
   addWidget(source_);
   setFocusProxy(editor_);
   connect(editor_, &HtmlEditor::Loaded, this, &BodyView::FollowEditor);
-  connect(source_, &SourceView::Paused, this, [this] {
-    if (shows_source() && source_->IsChanged()) emit SourceChanged(source_->Html());
-  });
-  connect(source_, &SourceView::modificationChanged, this, [this](bool changed) {
-    if (changed) editor_->SetModified(true);
+  connect(source_, &SourceView::textChanged, this, [this] {
+    if (shows_source()) editor_->HolderChanged();
   });
 }
 
 bool BodyView::shows_source() const { return currentWidget() == source_; }
 
+// The text is asked for first: what the page does not tell cannot be shown.
 void BodyView::ShowSource() {
-  source_->SetHtml(editor_->Html());
+  const auto text = editor_->Text();
+  if (!text) {
+    emit Trouble(InWords(text.error()));
+    return;
+  }
+  source_->SetHtml(*text);
+  editor_->LendTo([this] { return source_->Html(); });
   setCurrentWidget(source_);
   setFocusProxy(source_);
   source_->setFocus();
@@ -32,6 +36,7 @@ void BodyView::ShowSource() {
 
 // Where the source was left, the keys go to the editor.
 void BodyView::ShowEditor() {
+  editor_->LendTo({});
   setCurrentWidget(editor_);
   setFocusProxy(editor_);
   editor_->setFocus();
@@ -40,12 +45,12 @@ void BodyView::ShowEditor() {
 
 // Another document is there: in the view that can show it.
 void BodyView::FollowEditor() {
-  if (takes_) return;
   if (editor_->unshown()) {
     ShowSource();
     emit Trouble(InWords(*editor_->unshown()));
   } else if (shows_source()) {
     ShowEditor();
+    emit Trouble({});  // what was said of the one before is no longer so
   }
 }
 
@@ -55,15 +60,14 @@ void BodyView::BeginTyping() {
 
 bool BodyView::LeaveSource() {
   if (!shows_source()) return true;
-  if (source_->IsChanged()) {
-    takes_ = true;
-    editor_->SetHtml(source_->Html(), editor_->base(), true);
-    takes_ = false;
+  const auto& unshown = editor_->unshown();
+  if (source_->IsChanged() || (unshown && unshown->failure == Failure::kTryAgain)) {
+    const bool is_shown = editor_->ShowHeld();
     source_->SetTaken();
-    emit SourceTaken();
+    if (is_shown) emit SourceTaken();
   }
-  if (editor_->unshown()) {
-    emit Trouble(InWords(*editor_->unshown()));
+  if (unshown) {
+    emit Trouble(InWords(*unshown));
     return false;
   }
   ShowEditor();

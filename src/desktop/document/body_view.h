@@ -1,5 +1,5 @@
-// The body in its two views: the editor, or in its place the HTML source. The editor holds the document; what was
-// changed in the source reaches it when the source is left. What the editor holds and cannot show stays in the source.
+// The body in its two views: the editor, or in its place the HTML source. Whichever is shown holds the text and takes
+// the keys; HtmlEditor knows the text in either case. What the editor cannot show stays in the source.
 #pragma once
 
 #include <QStackedWidget>
@@ -15,11 +15,11 @@ class BodyView final : public QStackedWidget {
  public:
   BodyView(HtmlEditor* editor, QWidget* parent);
 
-  // True from ShowSource to LeaveSource; what is typed meanwhile is not in the editor, which counts as modified by it.
   bool shows_source() const;
   void ShowSource();
-  // Gives the editor what was changed there, and the keys; nothing where the editor is shown. False where it cannot
-  // show that: the source stays, Trouble tells why, and the document is what stands there.
+  // For what works in the page: gives the editor what was changed in the source, and the keys; nothing where the editor
+  // is shown. False where it cannot show that: the source stays, and Trouble tells why. What only reads the text leaves
+  // the source where it is.
   bool LeaveSource();
   // Once it is on the screen: see HtmlEditor.
   void BeginTyping();
@@ -27,8 +27,6 @@ class BodyView final : public QStackedWidget {
  signals:
   // After the change of view; false when the editor is back.
   void SourceShown(bool shown);
-  // A second after the last change in the source: the document as it will be.
-  void SourceChanged(const QString& html);
   void SourceTaken();  // into the editor
   void Trouble(const QString& sentence);
 
@@ -37,7 +35,6 @@ class BodyView final : public QStackedWidget {
   void FollowEditor();
   HtmlEditor* editor_;
   SourceView* source_;
-  bool takes_ = false;  // the editor is being given what stands in the source
 };
 
 }  // namespace quillcast::desktop

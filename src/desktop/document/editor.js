@@ -4,7 +4,7 @@
   'use strict';
   if (window.quill) return;
   let bridge = null;
-  let edits = 0;
+  let edits = 0;  // of all documents
   const quill = window.quill = {};
 
   let isReadOnly = false;
@@ -35,20 +35,43 @@
     selection.collapseToEnd();
   };
 
-  // At the beginning. A caret that was placed before the page could be seen takes no keys until it is placed anew, which
-  // the first key does.
-  let firstPlace = null;
-  const placeCaret = () => {
-    if (!document.body) return;
-    const first = document.body.firstElementChild;
-    firstPlace = first && /^(P|DIV|H[1-6])$/.test(first.tagName) ? first : document.body;
+  // A caret that was placed before the page could be seen takes no keys until it is placed anew, which the first key
+  // does.
+  let placed = null;
+  const placeCaret = (node, offset) => {
+    placed = { node, offset };
     const selection = document.getSelection();
     selection.removeAllRanges();
-    selection.collapse(firstPlace, 0);
+    selection.collapse(node, offset);
+  };
+  const placeFirst = () => {
+    if (!document.body) return;
+    const first = document.body.firstElementChild;
+    placeCaret(first && /^(P|DIV|H[1-6])$/.test(first.tagName) ? first : document.body, 0);
   };
   const caretWasNeverMoved = () => {
     const selection = document.getSelection();
-    return selection.isCollapsed && selection.anchorNode === firstPlace && selection.anchorOffset === 0;
+    return placed && selection.isCollapsed && selection.anchorNode === placed.node &&
+      selection.anchorOffset === placed.offset;
+  };
+  // Where the caret is: the numbers of the children on the way down from the body, and the place in the last of them.
+  const wayToCaret = () => {
+    const selection = document.getSelection();
+    if (!selection.rangeCount || !document.body || !document.body.contains(selection.anchorNode)) return [];
+    const way = [selection.anchorOffset];
+    for (let node = selection.anchorNode; node !== document.body; node = node.parentNode) {
+      way.unshift(Array.prototype.indexOf.call(node.parentNode.childNodes, node));
+    }
+    return way;
+  };
+  // At the end where the way leads nowhere.
+  quill.goTo = way => {
+    let node = way.length ? document.body : null;
+    for (const number of way.slice(0, -1)) node = node && node.childNodes[number];
+    const isThere = Boolean(node);
+    if (!isThere) for (node = document.body; node.lastChild;) node = node.lastChild;
+    const end = node.nodeType === Node.TEXT_NODE ? node.length : node.childNodes.length;
+    placeCaret(node, isThere ? Math.min(way[way.length - 1], end) : end);
   };
   quill.edits = () => edits;
   // What would not be read back as it is: the list commands leave a list in its paragraph, which every parser takes apart
@@ -69,13 +92,14 @@
     return copy;
   };
   quill.body = () => ({
+    edits,
     attributes: Array.from(document.body.attributes, a => [a.name, a.value]),
     inner: readable(document.body).innerHTML,
   });
   quill.whole = () => {
     const copy = document.documentElement.cloneNode(true);
     copy.querySelector('quill-marks').remove();
-    return readable(copy).outerHTML;
+    return { edits, html: readable(copy).outerHTML };
   };
   quill.text = () => document.body.innerText;
   // Without a selection the engine takes no link away.
@@ -98,7 +122,7 @@
       left: on('justifyLeft'), center: on('justifyCenter'), right: on('justifyRight'),
       font: document.queryCommandValue('fontName'), size: document.queryCommandValue('fontSize'),
       color: document.queryCommandValue('foreColor'),
-      inTable: quill.inTable(), block: document.queryCommandValue('formatBlock'),
+      inTable: quill.inTable(), caret: wayToCaret(), block: document.queryCommandValue('formatBlock'),
       strike: on('strikeThrough'), picture: quill.picture(), room: quill.room(),
       canUndo: document.queryCommandEnabled('undo'), canRedo: document.queryCommandEnabled('redo'),
       link: link ? link.getAttribute('href') : '', linkText: link ? link.textContent : '',
@@ -245,7 +269,7 @@
     selection.addRange(range);
   };
   document.addEventListener('mouseup', event => { if (event.detail >= 3) endWithinParagraph(); });
-  document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(); }, true);
+  document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(placed.node, placed.offset); }, true);
   document.addEventListener('paste', event => {
     const data = event.clipboardData;
     const html = data && data.getData('text/html');
@@ -319,7 +343,7 @@
 
   const notice = () => {
     ++edits;
-    if (bridge) bridge.changed();
+    if (bridge) bridge.changed(edits);
   };
   const observer = new MutationObserver(notice);
   const observe = () =>
@@ -331,17 +355,17 @@
     document.querySelectorAll('img[src]').forEach(picture => { picture.src = picture.getAttribute('src'); });
     observe();
   };
-  quill.load = source => {  // nothing that a parsed document holds is run
+  // Nothing that a parsed document holds is run. Gives the number of the last edit before it.
+  quill.load = source => {
     observer.disconnect();
     const parsed = new DOMParser().parseFromString(source, 'text/html');
     document.replaceChild(document.adoptNode(parsed.documentElement), document.documentElement);
     scrollTo(0, 0);
-    placeCaret();
+    placeFirst();
     makeLayer();
     quill.mark();
-    edits = 0;
     observe();
-    return true;
+    return edits;
   };
 
   quill.setReadOnly(false);

@@ -24,8 +24,7 @@ EditorDocument::EditorDocument(HtmlEditor& editor, profile::Folders folders,
                                std::function<void(document::Draft&)> add_fields)
     : editor_(editor), folders_(std::move(folders)), add_fields_(std::move(add_fields)), drafts_(folders_.data) {
   IgnoreErrors(SetAsideEarlier());
-  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor,
-                                [this](const QString& html) { IgnoreErrors(KeepAside(FromQt(html))); });
+  snapshots_ = QObject::connect(&editor, &HtmlEditor::Snapshot, &editor, [this] { KeepForACrash(); });
 }
 
 EditorDocument::~EditorDocument() { QObject::disconnect(snapshots_); }
@@ -54,8 +53,8 @@ Result<void> EditorDocument::SetAsideEarlier() {
 Result<void> EditorDocument::KeepFields() {
   auto is_free = SetAsideEarlier();
   if (!is_free) return is_free;
-  document::Draft draft{.is_changed = is_changed_, .file = file_};
-  draft.document.html = seen_;
+  document::Draft draft{.is_changed = is_filled_in_ || editor_.is_known_modified(), .file = file_};
+  draft.document.html = FromQt(editor_.seen());
   draft.document.base_folder = BaseFolder();
   if (add_fields_) add_fields_(draft);
   auto kept = drafts_.Keep(draft);
@@ -63,14 +62,16 @@ Result<void> EditorDocument::KeepFields() {
   return kept;
 }
 
-Result<void> EditorDocument::KeepAside(std::string html) {
-  seen_ = std::move(html);
-  is_changed_ = true;
-  return KeepFields();
+void EditorDocument::KeepForACrash() {
+  const auto kept = KeepFields();
+  if (!std::exchange(told_not_kept_, !kept) && !kept && not_kept_) not_kept_(kept.error());
+  IgnoreErrors(kept);
 }
 
 Result<void> EditorDocument::KeepAside() {
-  return HasUnsavedChanges() ? KeepAside(FromQt(editor_.Html())) : KeepFields();
+  const auto text = editor_.Text();
+  auto kept = KeepFields();
+  return text ? kept : text.error();
 }
 
 Result<void> EditorDocument::SetAside() {
@@ -88,8 +89,7 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
   Name({});
   read_.reset();
   taken_.clear();
-  seen_ = html;
-  is_changed_ = modified;
+  is_filled_in_ = false;
   picture_places_ = document::PicturePlaces(folders_);
   editor_.SetPicturePlaces(picture_places_);
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(PathToQt(folder) + '/');
@@ -98,7 +98,7 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
 }
 
 // The other fields stand in the window still, so they alone are nothing that would be lost.
-Result<void> EditorDocument::Leave() { return is_changed_ || HasUnsavedChanges() ? SetAside() : Result<void>(); }
+Result<void> EditorDocument::Leave() { return is_filled_in_ || HasUnsavedChanges() ? SetAside() : Result<void>(); }
 
 Result<void> EditorDocument::Open(const fs::path& file) {
   auto read = document::ReadBodyFile(file);
@@ -136,8 +136,8 @@ Result<void> EditorDocument::StartFrom(const std::string& letter) {
   if (!left) return left;
   auto started = StartNew(letter);
   if (!started) return started;
-  is_changed_ = true;
-  IgnoreErrors(KeepFields());  // for a crash; leaving it will tell
+  is_filled_in_ = true;
+  KeepForACrash();  // leaving it will tell
   return {};
 }
 
@@ -149,7 +149,9 @@ Result<void> EditorDocument::Import(const std::string& html, const fs::path& fol
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {
   if (auto other = platform::CheckIsNotOwn(file, folders_.OwnFiles()); !other) return other;
-  const std::string html = FromQt(editor_.Html());
+  const auto text = editor_.Text();
+  if (!text) return text.error();
+  const std::string html = FromQt(*text);
   if (file != file_) taken_.clear();
   const auto saved = document::TakePicturesAlong(html, BaseFolder(), folders_.ImportBody(),
                                                  picture_places_.WithOwnFolder(BaseFolder()), file, taken_);
@@ -160,10 +162,9 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   auto written = platform::ReplaceChosenFile(file, folders_.OwnFiles(), bytes);
   if (!written) return written;
   read_ = document::BodyFile{std::move(bytes), *saved, encoding};
-  editor_.SetModified(false);
+  editor_.Saved();
+  is_filled_in_ = false;
   Name(file);
-  seen_ = html;
-  is_changed_ = false;
   IgnoreErrors(KeepFields());  // it is saved
   return {};
 }

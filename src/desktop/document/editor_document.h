@@ -22,7 +22,7 @@ class HtmlEditor;
 // The editor must outlive it.
 class EditorDocument final : public document::EditedDocument {
  public:
-  // A second after each change the message is also kept as a draft. `add_fields` gives a draft what stands outside the
+  // Soon after each change the message is also kept as a draft. `add_fields` gives a draft what stands outside the
   // editor. What an earlier session left is offered from here on.
   EditorDocument(HtmlEditor& editor, profile::Folders folders, std::function<void(document::Draft&)> add_fields = {});
   ~EditorDocument() override;
@@ -57,13 +57,14 @@ class EditorDocument final : public document::EditedDocument {
   // editor, which becomes a draft with all fields of the message. Its relative references start from `folder`.
   Result<void> Import(const std::string& html, const std::filesystem::path& folder);
 
-  // What was kept of the message, at once. Nothing is kept of one that is not worth it. For a crash alone: where the
-  // disk is full, saving will tell.
+  // Keeps the message as a draft, at once. Nothing is kept of one that is not worth it. Where the editor does not
+  // answer, what was seen last is kept, and that is the error.
   Result<void> KeepAside();
-  // The same with a body that is not in the editor yet.
-  Result<void> KeepAside(std::string html);
-  // The same with the body as it was a second after its last change: something else changed.
+  // The same with the body as it was seen last: something else changed.
   Result<void> KeepFields();
+  // The same for a crash alone; `WhenNotKept` hears of the first failure after a success.
+  void KeepForACrash();
+  void WhenNotKept(std::function<void(const Error&)> tell) { not_kept_ = std::move(tell); }
   // The message as it is becomes one of the drafts that are offered; it stays in the editor.
   Result<void> SetAside();
   // Takes up the oldest of those: its body, unchanged where its file still holds it. The other fields are the caller's.
@@ -86,8 +87,9 @@ class EditorDocument final : public document::EditedDocument {
   std::function<void(const std::filesystem::path&)> named_;
   document::Drafts drafts_;
   bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
-  std::string seen_;            // the body a second after its last change
-  bool is_changed_ = false;
+  bool is_filled_in_ = false;   // the body is work although nothing was typed into it
+  bool told_not_kept_ = false;
+  std::function<void(const Error&)> not_kept_;
   std::uint64_t times_kept_ = 0;
   std::filesystem::path file_;
   document::PicturePlaces picture_places_;

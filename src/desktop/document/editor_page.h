@@ -27,7 +27,7 @@ class EditorBridge final : public QObject {
   EditorBridge(const document::PicturePlaces& places, QObject* parent) : QObject(parent), places_(places) {}
  public slots:
   // Called by the script, which knows them by these names.
-  void changed() { emit Edited(); }
+  void changed(int edits) { emit Edited(edits); }
   void selectionMoved() { emit SelectionMoved(); }
   void picturePasted() { emit PicturePasted(); }
   void picturesDropped() { emit PicturesDropped(); }
@@ -37,8 +37,8 @@ class EditorBridge final : public QObject {
   // Those of these addresses that are pictures which may be shown.
   QStringList allowedPictures(const QStringList& addresses) const;
  signals:
-  // What the script noticed. No notice says what: the editor asks the page.
-  void Edited();
+  // What the script noticed. No notice says what: the editor asks the page. Edits are counted, see quill.load.
+  void Edited(int edits);
   void SelectionMoved();
   void PicturePasted();
   void PicturesDropped();  // out of what was inserted

@@ -56,7 +56,7 @@ void FindBar::Open(const QString& text) {
 void FindBar::Close() {
   hide();
   editor_->Find({}, false, [](int) {});
-  editor_->setFocus();
+  emit Closed();
 }
 
 void FindBar::Find(bool backward) {

@@ -20,6 +20,9 @@ class FindBar final : public QWidget {
   void Open(const QString& text);
   void Close();
 
+ signals:
+  void Closed();  // the keys are free
+
  protected:
   void keyPressEvent(QKeyEvent* event) override;
 

@@ -1,6 +1,8 @@
 #include "desktop/document/html_editor.h"
 
+#include <QClipboard>
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QPrinter>
 #include <QTimer>
@@ -13,14 +15,13 @@
 
 #include "desktop/document/editor_page.h"
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/dropped_files.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
 namespace {
 
 constexpr int kStatePause = 40;  // milliseconds
-constexpr int kSnapshotPause = 1000;
-constexpr int kLongestUnseen = 10000;
 
 // Commands of the engine by their names; the others are actions of the page, or ours. Delete takes what is behind the
 // caret, as the key does.
@@ -59,7 +60,7 @@ constexpr auto kEngineNames = std::to_array<EngineCommand>({
 HtmlEditor::HtmlEditor(QWidget* parent)
     : QWidget(parent),
       state_pause_(new QTimer(this)),
-      snapshot_pause_(new QTimer(this)),
+      look_pause_(new QTimer(this)),
       taking_(new BackgroundTask(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -67,19 +68,13 @@ HtmlEditor::HtmlEditor(QWidget* parent)
   state_pause_->setInterval(kStatePause);
   connect(state_pause_, &QTimer::timeout, this, [this] {
     if (loading_) return;  // the next document moves the caret, too
-    page_->runJavaScript("quill.mark();quill.state()", kWorld,
-                         [this](const QVariant& value) { emit StateChanged(EditorState::From(value.toMap())); });
-  });
-  snapshot_pause_->setSingleShot(true);
-  snapshot_pause_->setInterval(kSnapshotPause);
-  connect(snapshot_pause_, &QTimer::timeout, this, [this] {
-    page_->runJavaScript(SavingScript(), kWorld, [this, load = loads_](const QVariant& value) {
-      if (!value.isValid() || load != loads_ || loading_)
-        return;  // the page's process is gone, or shows another document
-      last_seen_ = Assemble(value);
-      if (modified_) emit Snapshot(last_seen_);
+    page_->runJavaScript("quill.mark();quill.state()", kWorld, [this, load = loads_](const QVariant& value) {
+      if (value.isValid() && load == loads_) caret_ = value.toMap()["caret"].toList();
+      emit StateChanged(EditorState::From(value.toMap()));
     });
   });
+  look_pause_->setSingleShot(true);
+  connect(look_pause_, &QTimer::timeout, this, &HtmlEditor::Look);
 }
 
 HtmlEditor::~HtmlEditor() {
@@ -104,19 +99,16 @@ QVariant HtmlEditor::Evaluate(const QString& script, int milliseconds) const {
   return answer->value;
 }
 
+QVariant HtmlEditor::Do(const QString& script, int milliseconds) {
+  QVariant done = Evaluate(script, milliseconds);
+  if (!done.isValid()) emit Trouble(tr("The editor does not answer. Try it once more."));
+  return done;
+}
+
 void HtmlEditor::BeginTyping() {
   if (page_ == nullptr) return;
   InputWidget()->clearFocus();
   view_->setFocus();
-}
-
-bool HtmlEditor::IsModified() const {
-  return modified_ ||
-         (!unshown_ && !touched_ && Evaluate("quill.edits()").toInt() > 0);  // the notice may still be on its way
-}
-
-void HtmlEditor::SetModified(bool modified) {
-  if (std::exchange(modified_, modified) != modified) emit ModifiedChanged(modified);
 }
 
 void HtmlEditor::SetReadOnly(bool read_only) {
@@ -124,41 +116,10 @@ void HtmlEditor::SetReadOnly(bool read_only) {
   Evaluate(read_only ? "quill.setReadOnly(true)" : "quill.setReadOnly(false)");
 }
 
-void HtmlEditor::TakeNotice() {
-  if (read_only_ || loading_ || unshown_) return;  // of the document before, or of the page in its place
-  touched_ = true;
-  SetModified(true);
-  state_pause_->start();
-  // After a pause in the typing, but not too late where there is none.
-  if (!snapshot_pause_->isActive()) unseen_.start();
-  if (unseen_.elapsed() < kLongestUnseen) snapshot_pause_->start();
-}
-
-// What asks the page for the document, and Assemble understands.
-QString HtmlEditor::SavingScript() const { return cut_.has_body ? "quill.body()" : "quill.whole()"; }
-
-QString HtmlEditor::Assemble(const QVariant& saved) const {
-  if (!cut_.has_body) return ToQt(cut_.head) + saved.toString();
-  const QVariantMap body = saved.toMap();
-  QString tag = "<body";
-  for (const QVariant& pair : body["attributes"].toList()) {
-    tag += QString(" %1=\"%2\"").arg(pair.toList().at(0).toString(), pair.toList().at(1).toString().toHtmlEscaped());
-  }
-  return ToQt(cut_.head) + tag + '>' + body["inner"].toString() + ToQt(cut_.tail);
-}
-
-QString HtmlEditor::Html() const {
-  if (waiting_) return waiting_->source;
-  if (loading_ || unshown_) return source_;
-  if (!touched_ && Evaluate("quill.edits()").toInt() == 0) return source_;
-  const QVariant saved = Evaluate(SavingScript(), kLoadLimit);
-  return saved.isValid() ? Assemble(saved) : last_seen_;
-}
-
 QString HtmlEditor::PlainText() const { return Evaluate("quill.text()", kLoadLimit).toString(); }
 
 bool HtmlEditor::TakeBodyAttributes(const QString& html) {
-  return Evaluate("quill.takeBody(" + Quoted(html) + ')', kLoadLimit).toBool();
+  return Do("quill.takeBody(" + Quoted(html) + ')', kLoadLimit).toBool();
 }
 
 EditorState HtmlEditor::State() const { return EditorState::From(Evaluate("quill.state()").toMap()); }
@@ -185,28 +146,33 @@ void HtmlEditor::Run(EditorCommand command) {
   }
 }
 
-void HtmlEditor::PastePlain() { page_->triggerAction(QWebEnginePage::PasteAndMatchStyle); }
+// Files would come as addresses that lead nowhere, and tell of this machine.
+void HtmlEditor::PastePlain() {
+  if (HoldsFiles(QGuiApplication::clipboard()->mimeData())) {
+    emit Trouble(tr("Files cannot be pasted as text. Insert pictures with Insert, and attach the others."));
+    return;
+  }
+  page_->triggerAction(QWebEnginePage::PasteAndMatchStyle);
+}
 
 bool HtmlEditor::Execute(const QString& command, const QString& value) {
-  return Evaluate(QString("quill.exec(%1,%2)").arg(Quoted(command), Quoted(value))).toBool();
+  return Do(QString("quill.exec(%1,%2)").arg(Quoted(command), Quoted(value))).toBool();
 }
 
-bool HtmlEditor::InsertHtml(const QString& html) {
-  return Evaluate(QString("quill.insert(%1)").arg(Quoted(html))).toBool();
-}
+bool HtmlEditor::InsertHtml(const QString& html) { return Do(QString("quill.insert(%1)").arg(Quoted(html))).toBool(); }
 
 bool HtmlEditor::InsertTable(const QString& html) {
-  return Evaluate(QString("quill.insertTable(%1)").arg(Quoted(html))).toBool();
+  return Do(QString("quill.insertTable(%1)").arg(Quoted(html))).toBool();
 }
 
 bool HtmlEditor::EditTable(TableEdit edit) {
   constexpr std::array<const char*, 7> kNames = {"rowAbove",  "rowBelow",     "columnLeft", "columnRight",
                                                  "deleteRow", "deleteColumn", "deleteTable"};
-  return Evaluate(QString("quill.editTable('%1')").arg(kNames.at(static_cast<std::size_t>(edit)))).toBool();
+  return Do(QString("quill.editTable('%1')").arg(kNames.at(static_cast<std::size_t>(edit)))).toBool();
 }
 
 bool HtmlEditor::InsertLink(const QString& address, const QString& text) {
-  return Evaluate(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
+  return Do(QString("quill.link(%1,%2)").arg(Quoted(address), Quoted(text))).toBool();
 }
 
 std::vector<LinkPlace> HtmlEditor::LinkPlaces() const {
@@ -234,7 +200,7 @@ void HtmlEditor::ReloadPictures() {
 }
 
 bool HtmlEditor::ChangePicture(const QString& html) {
-  return Evaluate(QString("quill.changePicture(%1)").arg(Quoted(html))).toBool();
+  return Do(QString("quill.changePicture(%1)").arg(Quoted(html))).toBool();
 }
 
 void HtmlEditor::Find(const QString& text, bool backward, const std::function<void(int)>& found) {

@@ -1,7 +1,9 @@
 // The editor of the message body: an HTML document that can be typed into. What was not edited comes back byte for
-// byte; of an edited document everything outside its body does. Content behind the body's end belongs to the body.
+// byte; of an edited document everything outside its body does. Content round the body belongs to the body.
 //
-// A crash of the page's process loses nothing but the last second: the document is put back as it was last seen.
+// It is the one that knows the text as it is now, also while another view holds it, and whether it was saved. What the
+// page does not tell is an error, never an older text. A crash of the page's process loses at most what came since the
+// text was last seen (TypedText), and it says so: the document is put back as it was seen, with the caret.
 // The engine is started by the first document; nothing can be done with an editor that has none.
 #pragma once
 
@@ -18,8 +20,10 @@
 
 #include "desktop/document/editor_command.h"
 #include "desktop/document/editor_state.h"
+#include "desktop/document/typed_text.h"
 #include "document/body_source.h"
 #include "document/picture_places.h"
+#include "platform/result.h"
 
 class QMenu;
 class QPrinter;
@@ -52,17 +56,31 @@ class HtmlEditor final : public QWidget {
   // afterwards. The document counts as unchanged unless it is `modified`. One that is nested too deeply is held: Html
   // gives it back, and an empty page is shown.
   bool SetHtml(const QString& source, const QUrl& base = {}, bool modified = false);
-  QString Html() const;
+  // The document as it is now; kTryAgain where the page does not answer.
+  Result<QString> Text();
+  // The same as it was known last, without asking.
+  const QString& seen() const { return text_.seen(); }
   QString PlainText() const;
   // Takes the keys; to be called once the editor is on the screen.
   void BeginTyping();
   const QUrl& base() const { return base_; }
-  // Why the document is held and not shown.
+  // Why the document is held and not shown: kBadData where it cannot be, kTryAgain where the page failed.
   const std::optional<Error>& unshown() const { return unshown_; }
 
-  // Asks the page too: the notice of a key may be on its way.
-  bool IsModified() const;
-  void SetModified(bool modified);
+  // Another view holds the text: `read` is what stands there, and the page hears of nothing until this is called with
+  // no function, or SetHtml. HolderChanged tells of a change there; ShowHeld gives the page what stands there, without
+  // a change to what is saved, and false where it cannot show that.
+  void LendTo(std::function<QString()> read);
+  void HolderChanged() { NoteChange(); }
+  bool ShowHeld();
+
+  // Since the document was set or saved. Asks the page too: the notice of a key may be on its way; one that does not
+  // answer may have been typed into.
+  bool IsModified();
+  // The same as far as it is known already.
+  bool is_known_modified() const { return text_.is_changed(); }
+  // What Text gave last is in a file.
+  void Saved();
   // For a preview: shown, scrolled and copied from, not changed. Escape is its window's.
   void SetReadOnly(bool read_only);
   bool is_read_only() const { return read_only_; }
@@ -125,10 +143,10 @@ class HtmlEditor final : public QWidget {
   void PictureOpened();
   void PicturesOffered(const QStringList& files);  // see InsertPictures
   void DocumentDropped(const QString& file);
-  // A second after the last change: the document as it is now.
+  // Soon after a change, see TypedText, whichever view holds it: the document as it is now.
   void Snapshot(const QString& html);
-  void Loaded();    // another document, shown or held
-  void Restored();  // after a crash of the page's process
+  void Loaded();                 // another document, shown or held
+  void Restored(bool is_whole);  // after a crash of the page's process; false where typing may be missing
   void Trouble(const QString& sentence);
 
  protected:
@@ -150,22 +168,32 @@ class HtmlEditor final : public QWidget {
   bool LoadPage(const QString& type);
   QString SavingScript() const;
   QString Assemble(const QVariant& saved) const;
-  void TakeNotice();
+  void TakeNotice(int edits);
+  void NoteChange();
+  void TellModified();
+  void Look();
+  void See(const QVariant& saved);
+  Result<void> AskPage();
+  // A script of a command: that it was not answered is told.
+  QVariant Do(const QString& script, int milliseconds = 5000);
   void TakeDropped(const QStringList& files);
   void PastePicture();
-  void Restore();
+  void Restore(bool had_the_keys);
 
   QWebEngineProfile* profile_ = nullptr;  // these until the first document
   EditorBridge* bridge_ = nullptr;
   EditorView* view_ = nullptr;
   EditorPage* page_ = nullptr;
   QTimer* state_pause_;
-  QTimer* snapshot_pause_;
-  QElapsedTimer unseen_;    // since the first change after the last snapshot
+  QTimer* look_pause_;
+  qint64 look_took_ = 0;    // milliseconds, the last time
   QElapsedTimer restored_;  // since the page was last put back
   int loads_ = 0;
-  QString source_;  // as it was set
-  QString last_seen_;
+  TypedText text_;
+  std::function<QString()> read_;  // the text, where another view holds it
+  bool told_modified_ = false;
+  int noticed_ = 0;     // the number of the last edit that the page told of
+  QVariantList caret_;  // as quill.goTo takes it
   document::BodySource cut_;
   QUrl base_;
   std::pair<QString, QUrl> kind_;  // of the page that waits for documents: its document type and its base
@@ -175,12 +203,10 @@ class HtmlEditor final : public QWidget {
   document::PicturePlaces given_places_;
   document::PicturePlaces places_;  // these and the document's own folder
   bool alive_ = false;              // the page has its process
-  bool had_the_keys_ = false;       // when it lost it
+  bool given_up_ = false;           // it lost it each time
   bool loading_ = false;
   std::optional<Document> waiting_;  // to be loaded next
   std::optional<Error> unshown_;
-  bool touched_ = false;   // edited since it was set
-  bool modified_ = false;  // edited since it was set or saved
   bool read_only_ = false;
   bool tab_leaves_ = false;
   double zoom_ = 1;

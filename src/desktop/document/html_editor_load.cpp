@@ -90,9 +90,10 @@ void HtmlEditor::MakePage() {
   kind_ = {};
   connect(page_, &QWebEnginePage::renderProcessTerminated, this, [this](auto status) {
     alive_ = false;
-    had_the_keys_ = isAncestorOf(QApplication::focusWidget());
+    const bool had_the_keys = isAncestorOf(window()->focusWidget());  // of this window, also behind a dialog
     // A load that is going on fails by itself.
-    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus) Soon(this, [this] { Restore(); });
+    if (!loading_ && status != QWebEnginePage::NormalTerminationStatus)
+      Soon(this, [this, had_the_keys] { Restore(had_the_keys); });
   });
 }
 
@@ -109,12 +110,18 @@ bool HtmlEditor::Take(const Document& document) {
   bool is_another = false;
   while (const auto next = std::exchange(waiting_, {})) {
     is_another |= next->is_another;
+    if (next->is_another) {
+      read_ = nullptr;
+      text_.Begin(next->source, next->modified);
+    }
     const bool takes_long = next->source.size() > kLongToLoad;
     if (takes_long) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     loaded = Load(*next);
+    if (!loaded) unshown_ = Error{Failure::kTryAgain, "The editor did not take the document.", "Try it once more."};
     if (takes_long) QGuiApplication::restoreOverrideCursor();
   }
   loading_ = false;
+  TellModified();
   if (is_another) emit Loaded();
   return loaded;
 }
@@ -152,15 +159,14 @@ bool HtmlEditor::Load(const Document& document) {
   if (!alive_) MakePage();
   ++loads_;
   coming_.clear();
-  snapshot_pause_->stop();
-  touched_ = false;
-  source_ = last_seen_ = document.source;
-  const auto editable = document::CheckEditable(FromQt(source_));
+  caret_.clear();
+  given_up_ = false;
+  const QString& source = document.source;
+  const auto editable = document::CheckEditable(FromQt(source));
   unshown_ = editable ? std::nullopt : std::optional(editable.error());
-  cut_ = unshown_ ? document::BodySource() : document::CutAtBody(FromQt(source_));
+  cut_ = unshown_ ? document::BodySource() : document::CutAtBody(FromQt(source));
   base_ = document.base.isEmpty() ? QUrl("file:///") : document.base;
   places_ = given_places_.WithOwnFolder(PathFromQt(base_.toLocalFile()));
-  SetModified(document.modified);
   // A page that is given as text is limited to 2 MB. So only the document type, which decides how it is laid out, goes
   // that way, and the script puts the document in its place.
   const QString head = ToQt(cut_.head);
@@ -172,10 +178,12 @@ bool HtmlEditor::Load(const Document& document) {
   const bool stays = std::exchange(kind_, {}) == kind && read_only_;
   if (!stays && !LoadPage(type)) return false;
   // What a document forbids holds for the page as long as that lives.
-  if (!source_.contains("Content-Security-Policy", Qt::CaseInsensitive)) kind_ = kind;
+  if (!source.contains("Content-Security-Policy", Qt::CaseInsensitive)) kind_ = kind;
   // What stands behind the body is no concern of the page: a parser would take its blanks into the body.
-  const QString page = unshown_ ? QString() : source_.left(source_.size() - ToQt(cut_.tail).size());
-  if (!Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit).toBool()) return false;
+  const QString page = unshown_ ? QString() : source.left(source.size() - ToQt(cut_.tail).size());
+  const QVariant edits = Evaluate("quill.load(" + Quoted(page) + ')', kLoadLimit);
+  if (!edits.isValid()) return false;
+  noticed_ = edits.toInt();
   if (read_only_) Evaluate("quill.setReadOnly(true)");
   if (tab_leaves_) Evaluate("quill.tabLeaves=true");
   InputWidget()->installEventFilter(this);
@@ -190,15 +198,36 @@ bool HtmlEditor::eventFilter(QObject* watched, QEvent* event) {
   return is_escape ? QCoreApplication::sendEvent(window(), event) : QWidget::eventFilter(watched, event);
 }
 
-void HtmlEditor::Restore() {
-  const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
-  restored_.start();
-  if (again || !Take({last_seen_, base_, modified_, false})) {
-    emit Trouble(tr("The editor cannot show this document. Save it under another name: its text is as it was."));
+// While another view holds the text, the page gets that when it is shown anew.
+void HtmlEditor::Restore(bool had_the_keys) {
+  if (alive_ || loading_) return;
+  if (read_) {
+    if (!unshown_) unshown_ = Error{Failure::kTryAgain, "The editor had to be started anew.", "Try it once more."};
+    emit Restored(true);
     return;
   }
-  if (had_the_keys_) BeginTyping();
-  emit Restored();
+  const bool again = restored_.isValid() && restored_.elapsed() < kCrashesAgain;
+  restored_.start();
+  const QVariantList caret = caret_;
+  const bool is_whole = !text_.Lose();
+  if (again || !Take({text_.seen(), base_, false, false})) {
+    given_up_ = true;
+    emit Trouble(
+        tr("The editor cannot show this document. Save it under another name: its text is as it was seen last."));
+    return;
+  }
+  const QJsonArray way = QJsonArray::fromVariantList(caret);
+  Evaluate("quill.goTo(" + QString::fromUtf8(QJsonDocument(way).toJson(QJsonDocument::Compact)) + ')');
+  if (had_the_keys) BeginTyping();
+  emit Restored(is_whole);
+}
+
+bool HtmlEditor::ShowHeld() {
+  const QString text = read_();
+  text_.See(text, true);
+  const bool is_shown = Take({text, base_, false, false}) && !unshown_;
+  if (text_.is_changed()) emit Snapshot(text_.seen());
+  return is_shown;
 }
 
 }  // namespace quillcast::desktop

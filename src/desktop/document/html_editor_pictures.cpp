@@ -55,6 +55,16 @@ void TakeFile(const QString& file, const QString& folder, int room, TakenFiles& 
   if (!element) taken.troubles.push_back(element.error());
 }
 
+// All of them, or the first of many.
+QString OfFiles(const std::vector<Error>& troubles) {
+  constexpr std::size_t kMostNamed = 3;
+  QStringList lines;
+  for (std::size_t i = 0; i < std::min(troubles.size(), kMostNamed); ++i) lines << InWords(troubles[i]);
+  if (troubles.size() > kMostNamed)
+    lines << HtmlEditor::tr("%1 more files were not inserted.").arg(troubles.size() - kMostNamed);
+  return lines.join(' ');
+}
+
 }  // namespace
 
 void HtmlEditor::InsertPictures(const QStringList& files) {
@@ -68,8 +78,8 @@ void HtmlEditor::InsertPictures(const QStringList& files) {
       if (cancel.Requested() == platform::Stop::kNone) TakeFile(file, folder, room, taken);
     }
     return [this, load, taken = std::move(taken)] {
-      for (const Error& trouble : taken.troubles) emit Trouble(InWords(trouble));
-      const bool is_here = load == loads_;  // and no other document
+      if (!taken.troubles.empty()) emit Trouble(OfFiles(taken.troubles));
+      const bool is_here = load == loads_ && !read_;  // no other document, nor another view of this one
       if (is_here && !taken.offered.isEmpty()) emit PicturesOffered(taken.offered);
       if (is_here && !taken.html.isEmpty()) InsertHtml(taken.html);
       if (!coming_.isEmpty()) InsertPictures({});  // into whichever is there

@@ -24,8 +24,8 @@ constexpr int kLeastHeight = 72;  // of the list
 
 }  // namespace
 
-OwnTemplatesBox::OwnTemplatesBox(const profile::Program& program, std::function<document::LetterToKeep()> present,
-                                 QWidget* parent)
+OwnTemplatesBox::OwnTemplatesBox(const profile::Program& program,
+                                 std::function<Result<document::LetterToKeep>()> present, QWidget* parent)
     : QGroupBox(tr("Your own"), parent),
       program_(program),
       present_(std::move(present)),
@@ -121,10 +121,11 @@ void OwnTemplatesBox::Run(const QString& name, const QString& said,
 void OwnTemplatesBox::Keep() {
   TemplateNameForm form(program_.prompts, own_, tr("Keep as a Template"), {}, window());
   if (form.exec() != QDialog::Accepted) return;
+  auto present = present_();
+  if (!present) return emit Failed(present.error());
   Run(form.name(), tr("The message is kept as the template “%1”.").arg(form.name()),
-      [own = own_, name = FromQt(form.name()), letter = present_(), if_there = form.if_there()](const auto* cancel) {
-        return own.Keep(name, letter, if_there, cancel);
-      });
+      [own = own_, name = FromQt(form.name()), letter = *std::move(present),
+       if_there = form.if_there()](const auto* cancel) { return own.Keep(name, letter, if_there, cancel); });
 }
 
 void OwnTemplatesBox::Import() {

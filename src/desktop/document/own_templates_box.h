@@ -18,8 +18,9 @@ namespace quillcast::desktop {
 class OwnTemplatesBox final : public QGroupBox {
   Q_OBJECT
  public:
-  // `present` gives the message that stands in the editor.
-  OwnTemplatesBox(const profile::Program& program, std::function<document::LetterToKeep()> present, QWidget* parent);
+  // `present` gives the message that stands in the editor, if that answers.
+  OwnTemplatesBox(const profile::Program& program, std::function<Result<document::LetterToKeep>()> present,
+                  QWidget* parent);
 
   // Whether what is kept or imported is chosen then; not where a choice in another list would go.
   void SetChoosesNew(bool chooses) { chooses_new_ = chooses; }
@@ -51,7 +52,7 @@ class OwnTemplatesBox final : public QGroupBox {
   void Enable();
 
   const profile::Program& program_;
-  std::function<document::LetterToKeep()> present_;
+  std::function<Result<document::LetterToKeep>()> present_;
   document::OwnTemplates own_;
   QListWidget* list_;
   std::vector<QPushButton*> of_chosen_;   // what needs a choice

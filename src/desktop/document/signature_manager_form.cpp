@@ -109,9 +109,11 @@ void SignatureManagerForm::ShowNotes(const std::string& html) {
 
 void SignatureManagerForm::accept() {
   if (!save_->isEnabled()) return;
+  const auto text = editor_->Text();
+  if (!text) return status_->Fail(text.error());
   SetReady(false);
   status_->Say(tr("Copying the pictures… Close gives it up."));
-  task_.Start([this, html = FromQt(editor_->Html()),
+  task_.Start([this, html = FromQt(*text),
                folders = program_.folders](const platform::CancelToken& cancel) -> std::function<void()> {
     const auto pictures = folders.Pictures();
     return [this, kept = document::CopyPictures(html, {}, document::PicturePlaces(folders),

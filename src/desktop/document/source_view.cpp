@@ -1,28 +1,17 @@
 #include "desktop/document/source_view.h"
 
 #include <QSignalBlocker>
-#include <QTimer>
 
 #include "desktop/widgets/dropped_files.h"
 
 namespace quillcast::desktop {
-namespace {
-
-constexpr int kPause = 1000;  // milliseconds
-
-}  // namespace
-
-SourceView::SourceView(QWidget* parent) : QPlainTextEdit(parent), pause_(new QTimer(this)) {
+SourceView::SourceView(QWidget* parent) : QPlainTextEdit(parent) {
   setObjectName("SourceTextBox");
   setAccessibleName(tr("HTML source"));
   setLineWrapMode(QPlainTextEdit::WidgetWidth);
   QFont fixed("monospace");
   fixed.setStyleHint(QFont::Monospace);
   setFont(fixed);
-  pause_->setSingleShot(true);
-  pause_->setInterval(kPause);
-  connect(this, &QPlainTextEdit::textChanged, pause_, qOverload<>(&QTimer::start));
-  connect(pause_, &QTimer::timeout, this, &SourceView::Paused);
 }
 
 void SourceView::SetHtml(const QString& html) {
@@ -32,14 +21,11 @@ void SourceView::SetHtml(const QString& html) {
   before_ = Html();
 }
 
-void SourceView::SetTaken() {
-  before_ = Html();
-  document()->setModified(false);
-}
+void SourceView::SetTaken() { before_ = Html(); }
 
 // A drag of files goes on to the window. Pasted, they would be addresses that lead nowhere, and tell of this machine.
 bool SourceView::canInsertFromMimeData(const QMimeData* what) const {
-  return DroppedFiles(what).isEmpty() && QPlainTextEdit::canInsertFromMimeData(what);
+  return !HoldsFiles(what) && QPlainTextEdit::canInsertFromMimeData(what);
 }
 
 void SourceView::insertFromMimeData(const QMimeData* what) {

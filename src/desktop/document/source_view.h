@@ -3,8 +3,6 @@
 
 #include <QPlainTextEdit>
 
-class QTimer;
-
 namespace quillcast::desktop {
 
 // In a font of fixed width, its lines wrapped. Takes no files of this machine, neither dropped nor pasted. The box
@@ -22,15 +20,11 @@ class SourceView final : public QPlainTextEdit {
   // Since it was given, or taken.
   bool IsChanged() const { return Html() != before_; }
 
- signals:
-  void Paused();  // a second after the last change
-
  protected:
   bool canInsertFromMimeData(const QMimeData* what) const override;
   void insertFromMimeData(const QMimeData* what) override;
 
  private:
-  QTimer* pause_;
   QString before_;
   bool has_crlf_ = false;
 };

@@ -61,9 +61,11 @@ TemplateForm::TemplateForm(const profile::Program& program, EditorDocument& docu
       designs_(new QListWidget(this)),
       own_(new OwnTemplatesBox(
           program,
-          [&document, &editor] {
+          [&document, &editor]() -> Result<document::LetterToKeep> {
+            const auto text = editor.Text();
+            if (!text) return text.error();
             const auto base = document.BaseFolder();
-            return document::LetterToKeep{FromQt(editor.Html()), base, document.picture_places().WithOwnFolder(base)};
+            return document::LetterToKeep{FromQt(*text), base, document.picture_places().WithOwnFolder(base)};
           },
           this)),
       notes_(new StatusLine(this, "NotesLabel")),

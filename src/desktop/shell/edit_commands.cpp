@@ -46,13 +46,14 @@ void RunEditing(Shell& shell, EditorCommand command) {
   if (EditsText(QApplication::focusWidget(), command)) return;
   if (!shell.body.LeaveSource()) return;
   shell.editor.Run(command);
-  if (command != EditorCommand::kFindText) shell.editor.setFocus();
+  if (command != EditorCommand::kFindText) shell.body.setFocus();
 }
 
 void PastePlain(Shell& shell) {
   if (EditsText(QApplication::focusWidget(), EditorCommand::kPaste)) return;
+  if (!shell.body.LeaveSource()) return;
   shell.editor.PastePlain();
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void SwitchSource(Shell& shell) {

@@ -55,7 +55,7 @@ bool ShowFile(Shell& shell, const std::filesystem::path& file) {
 }
 
 // What stands as a link made it is nobody's work: the next link takes its place without a question and a draft.
-bool IsAsItsLinkMadeIt(Shell& shell) { return shell.from_link == shell.AsDraft(); }
+bool IsAsItsLinkMadeIt(Shell& shell) { return shell.from_link && shell.from_link == shell.AsDraft(); }
 
 }  // namespace
 
@@ -80,7 +80,7 @@ void NewMessage(Shell& shell) { BeginMessage(shell); }
 
 // What is there becomes a draft in its turn, so an import that nobody has written on goes without a question.
 void RestoreDraft(Shell& shell) {
-  const bool is_as_imported = shell.imported && *shell.imported == shell.AsDraft();
+  const bool is_as_imported = shell.imported && shell.imported == shell.AsDraft();
   if (!is_as_imported && !shell.MayLeaveDocument()) return;
   shell.imported.reset();
   const auto draft = shell.document.Recover();
@@ -96,7 +96,6 @@ void RestoreDraft(Shell& shell) {
 }
 
 void OpenDocument(Shell& shell) {
-  shell.body.LeaveSource();
   const auto file = document::PickDocumentToOpen(shell.document, shell.program.prompts);
   if (!file) shell.Tell(file.error());
   if (file && document::IsNamedAsMessageFile(*file)) {
@@ -153,12 +152,10 @@ bool BeginFromLink(Shell& shell, std::string_view address) {
 }
 
 void SaveDocument(Shell& shell) {
-  shell.body.LeaveSource();
   shell.Tell(document::SaveDocument(shell.document, shell.program.folders.PreviewBody(), shell.program.prompts));
 }
 
 void SaveDocumentAs(Shell& shell) {
-  shell.body.LeaveSource();
   const auto saved = document::SaveAs(shell.document, shell.program.prompts);
   if (!saved) shell.Tell(saved.error());
 }
@@ -174,10 +171,11 @@ void PrintMessage(Shell& shell) {
 }
 
 void ShowProperties(Shell& shell) {
-  document::MessageDocument message = shell.MessageAsItStands();
+  auto message = shell.MessageAsItStands();
+  if (!message) return shell.Tell(message.error());
   const auto account = account::AccountSettings::Load(shell.program.settings);
   const bool has_text_part = !account || account->IsOn(account::AccountKey::kTextPart);
-  PropertiesForm(std::move(message), shell.document.FileName(), has_text_part, &shell.window).exec();
+  PropertiesForm(*std::move(message), shell.document.FileName(), has_text_part, &shell.window).exec();
   shell.body.setFocus();
 }
 

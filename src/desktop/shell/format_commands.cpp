@@ -20,24 +20,26 @@ void ChooseColour(Shell& shell) {
   if (!shell.body.LeaveSource()) return;
   const QColor colour = QColorDialog::getColor(shell.editor.State().colour, &shell.window, Shell::tr("Text Colour"));
   if (colour.isValid()) shell.editor.Execute("foreColor", colour.name());
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 // The rest of the page, and what can be undone of it, stays.
 void ChooseBodyColours(Shell& shell) {
   if (!shell.body.LeaveSource()) return;
-  const std::string html = FromQt(shell.editor.Html());
+  const auto text = shell.editor.Text();
+  if (!text) return shell.Tell(text.error());
+  const std::string html = FromQt(*text);
   BodyForm form(shell.program.prompts, shell.program.folders.Pictures(), document::ReadBodyColours(html),
                 &shell.window);
   if (form.exec() == QDialog::Accepted)
     shell.editor.TakeBodyAttributes(ToQt(document::WithBodyColours(html, form.Choice())));
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void ChangeTable(Shell& shell, TableEdit edit) {
   if (!shell.body.LeaveSource()) return;
   shell.editor.EditTable(edit);
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 }  // namespace quillcast::desktop

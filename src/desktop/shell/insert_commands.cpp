@@ -21,7 +21,7 @@ void DeleteAttachment(Shell& shell) { shell.header.DeleteAttachment(); }
 void InsertTag(Shell& shell, const document::MergeField& field) {
   if (!shell.body.LeaveSource()) return;
   shell.editor.InsertHtml(ToQt(field.tag));
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void InsertPicture(Shell& shell) {
@@ -30,6 +30,7 @@ void InsertPicture(Shell& shell) {
 }
 
 void OfferPictures(Shell& shell, const QStringList& files) {
+  if (!shell.body.LeaveSource()) return;
   const auto folder = shell.program.folders.Pictures();
   for (const QString& file : files)
     AskForPicture(shell.editor, shell.program.prompts, folder, PathFromQt(file), &shell.window);
@@ -44,29 +45,28 @@ void InsertTable(Shell& shell) {
   if (!shell.body.LeaveSource()) return;
   TableForm form(shell.program.prompts, &shell.window);
   if (form.exec() == QDialog::Accepted) shell.editor.InsertTable(ToQt(document::TableHtml(form.Choice())));
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void InsertLine(Shell& shell) {
   if (!shell.body.LeaveSource()) return;
   LineForm form(shell.program.prompts, &shell.window);
   if (form.exec() == QDialog::Accepted) shell.editor.InsertHtml(ToQt(document::LineHtml(form.Choice())));
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void InsertDateTime(Shell& shell) {
   if (!shell.body.LeaveSource()) return;
   DateTimeForm(shell.program.prompts, shell.program.clock, shell.editor, &shell.window).exec();
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 void BeginFromTemplate(Shell& shell) {
-  shell.body.LeaveSource();
   if (TemplateForm(shell.program, shell.document, shell.editor, &shell.window).exec() == QDialog::Accepted) {
     shell.AskAboutPictures();
     shell.notices.Refresh();
   }
-  shell.editor.setFocus();
+  shell.body.setFocus();
 }
 
 }  // namespace quillcast::desktop

@@ -103,12 +103,12 @@ void MainForm::BuildWindow() {
 void MainForm::ConnectBar() {
   connect(bar_, &CommandBar::Triggered, this, qOverload<CommandId>(&MainForm::Dispatch));
   connect(bar_, &CommandBar::FontChosen, this, [this](const QString& family) {
-    editor_->Execute("fontName", family);
-    editor_->setFocus();
+    if (body_->LeaveSource()) editor_->Execute("fontName", family);
+    body_->setFocus();
   });
   connect(bar_, &CommandBar::SizeChosen, this, [this](int size) {
-    editor_->Execute("fontSize", QString::number(size));
-    editor_->setFocus();
+    if (body_->LeaveSource()) editor_->Execute("fontSize", QString::number(size));
+    body_->setFocus();
   });
 }
 
@@ -116,13 +116,15 @@ void MainForm::ConnectBody() {
   connect(editor_, &HtmlEditor::StateChanged, bar_, &CommandBar::Show);
   connect(editor_, &HtmlEditor::Trouble, this, &MainForm::Say);
   connect(editor_, &HtmlEditor::FindRequested, this, [this] { find_bar_->Open(editor_->State().selected); });
-  connect(editor_, &HtmlEditor::Restored, this,
-          [this] { Say(tr("The editor had to be started anew; your text is as it was.")); });
+  connect(editor_, &HtmlEditor::Restored, this, [this](bool is_whole) {
+    Say(is_whole ? tr("The editor had to be started anew; your text is as it was.")
+                 : tr("The editor had to be started anew. What was typed in the last seconds may be missing."));
+  });
   connect(body_, &BodyView::Trouble, this, &MainForm::Say);
   connect(body_, &BodyView::SourceShown, bar_, &CommandBar::ShowSource);
+  connect(body_, &BodyView::SourceShown, find_bar_, &FindBar::hide);  // it finds in the page alone
+  connect(find_bar_, &FindBar::Closed, body_, qOverload<>(&BodyView::setFocus));
   connect(body_, &BodyView::SourceTaken, this, [this] { shell_->AskAboutPictures(); });
-  connect(body_, &BodyView::SourceChanged, this,
-          [this](const QString& html) { IgnoreErrors(document_->KeepAside(FromQt(html))); });
 }
 
 // Its name and its place in the list of documents follow it wherever it is opened and saved. What is dropped waits, as
@@ -159,7 +161,8 @@ void MainForm::ConnectHeader() {
   fields_pause_->setSingleShot(true);
   fields_pause_->setInterval(kDraftPause);
   connect(header_, &MessageHeader::Changed, fields_pause_, qOverload<>(&QTimer::start));
-  connect(fields_pause_, &QTimer::timeout, this, [this] { IgnoreErrors(document_->KeepFields()); });
+  connect(fields_pause_, &QTimer::timeout, this, [this] { document_->KeepForACrash(); });
+  document_->WhenNotKept([this](const Error& error) { Say(tr("No draft can be kept now. %1").arg(InWords(error))); });
 }
 
 void MainForm::ConnectNotices() {
@@ -282,10 +285,7 @@ void MainForm::Flash() {
   QApplication::alert(this, 1000);
 }
 
-void MainForm::KeepAside() {
-  body_->LeaveSource();
-  IgnoreErrors(document_->KeepAside());
-}
+void MainForm::KeepAside() { IgnoreErrors(document_->KeepAside()); }
 
 void MainForm::EndAtOnce() {
   KeepAside();

@@ -1,4 +1,5 @@
 // The commands of the Message menu.
+#include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/run/history_manager_form.h"
@@ -15,8 +16,8 @@ namespace quillcast::desktop {
 namespace {
 
 // The run of the message to the chosen group, with as much patience as the window has.
-Result<run::PreparedRun> Prepare(Shell& shell, const platform::CancelToken& never) {
-  return run::Prepare(shell.Message(), FromQt(shell.header.Group()),
+Result<run::PreparedRun> Prepare(Shell& shell, document::MessageDocument message, const platform::CancelToken& never) {
+  return run::Prepare(std::move(message), FromQt(shell.header.Group()),
                       run::PlaceOf(shell.program, never, profile::kWindowPatience));
 }
 
@@ -39,8 +40,10 @@ const char* NameOf(run::SendControl control) {
 
 void PreviewAsMail(Shell& shell) {
   const platform::CancelToken never;
+  auto message = shell.Message();
+  if (!message) return shell.Tell(message.error());
   const auto place = run::PlaceOf(shell.program, never, profile::kWindowPatience);
-  const auto preview = run::Prepare(shell.Message(), run::ChosenGroup(), place).WritePreview();
+  const auto preview = run::Prepare(*std::move(message), run::ChosenGroup(), place).WritePreview();
   if (!preview) {
     shell.Tell(preview.error());
     return;
@@ -51,20 +54,25 @@ void PreviewAsMail(Shell& shell) {
 
 void PreviewInside(Shell& shell) {
   const platform::CancelToken never;
-  const auto prepared = Prepare(shell, never);
+  const auto message = shell.Message();
+  if (!message) return shell.Tell(message.error());
+  const auto prepared = Prepare(shell, *message, never);
   if (!prepared && prepared.error().failure == Failure::kTryAgain) {
     shell.Say(InWords(prepared.error()));
     return;
   }
-  PreviewForm form(shell.program, shell.Message(), prepared ? prepared->group() : run::ChosenGroup(),
-                   shell.editor.base(), &shell.window);
+  PreviewForm form(shell.program, *message, prepared ? prepared->group() : run::ChosenGroup(), shell.editor.base(),
+                   &shell.window);
   form.exec();
   shell.TakePictureAnswers(form.picture_places());
+  shell.body.setFocus();
 }
 
 void Send(Shell& shell) {
   const platform::CancelToken never;
-  auto prepared = Prepare(shell, never);
+  auto message = shell.Message();
+  if (!message) return shell.Tell(message.error());
+  auto prepared = Prepare(shell, *std::move(message), never);
   const auto facts = prepared ? prepared->Facts() : prepared.error();
   if (!facts) {
     shell.Tell(facts.error());

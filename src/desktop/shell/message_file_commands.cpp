@@ -23,14 +23,13 @@ namespace {
 
 // The other fields stay; what was there, with all its fields, is what the notice offers.
 Result<void> TakeImported(Shell& shell, const mail_file::ImportedBody& body) {
-  shell.body.LeaveSource();
   auto taken = shell.document.Import(body.html, body.folder);
   if (!taken) return taken;
   shell.from_link.reset();
   shell.header.SetSubject(ToQt(body.subject));
   shell.header.SetFormat(document::Format::kText);
   shell.header.SetFormat(document::Format::kHtml);
-  IgnoreErrors(shell.document.KeepFields());  // for a crash; leaving it will tell
+  shell.document.KeepForACrash();  // leaving it will tell
   shell.AskAboutPictures();
   shell.notices.Refresh();
   shell.imported = shell.AsDraft();
@@ -76,7 +75,9 @@ void ShowPracticeMailbox(Shell& shell) {
 }
 
 void ExportMessage(Shell& shell) {
-  ExtraForm3(shell.program, shell.Message(), &shell.window).exec();
+  auto message = shell.Message();
+  if (!message) return shell.Tell(message.error());
+  ExtraForm3(shell.program, *std::move(message), &shell.window).exec();
   shell.body.setFocus();
 }
 

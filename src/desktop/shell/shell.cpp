@@ -38,30 +38,33 @@ void Shell::Tell(const Result<void>& result) {
   Say(InWords(result.error()));
 }
 
-document::MessageDocument Shell::MessageAsItStands() {
-  body.LeaveSource();
+Result<document::MessageDocument> Shell::MessageAsItStands() {
+  const auto text = editor.Text();
+  if (!text) return text.error();
   document::MessageDocument message;
   header.Collect(message);
-  message.html = FromQt(editor.Html());
+  message.html = FromQt(*text);
   message.base_folder = document.BaseFolder();
   message.picture_places = document.picture_places();
   return message;
 }
 
-document::MessageDocument Shell::Message() {
-  document::MessageDocument message = MessageAsItStands();
-  if (document.HasUnsavedChanges() || document.FileName().empty()) NameCharset(message.html, program.settings);
+Result<document::MessageDocument> Shell::Message() {
+  auto message = MessageAsItStands();
+  if (message && (document.HasUnsavedChanges() || document.FileName().empty()))
+    NameCharset(message->html, program.settings);
   return message;
 }
 
-document::Draft Shell::AsDraft() {
-  document::Draft draft{.document = Message()};
+std::optional<document::Draft> Shell::AsDraft() {
+  auto message = Message();
+  if (!message) return std::nullopt;
+  document::Draft draft{.document = *std::move(message)};
   header.Collect(draft);
   return draft;
 }
 
 bool Shell::MayLeaveDocument() {
-  body.LeaveSource();
   const auto decision = document::AskBeforeClosing(document, skip_save_prompt, program.prompts);
   if (!decision) Tell(decision.error());
   return decision && *decision == document::SaveDecision::kGoOn;
@@ -69,7 +72,7 @@ bool Shell::MayLeaveDocument() {
 
 void Shell::AskAboutPictures() {
   document::MessageDocument message;
-  message.html = FromQt(editor.Html());
+  message.html = FromQt(editor.seen());
   message.base_folder = document.BaseFolder();
   message.picture_places = document.picture_places();
   notices.pictures().LookAt(std::move(message));
@@ -83,7 +86,7 @@ void Shell::TakePictureAnswers(const document::PicturePlaces& places) {
 
 void Shell::FocusOn(const QString& control) {
   if (control == "Editor") {
-    if (body.LeaveSource()) editor.setFocus();
+    body.setFocus();
   } else if (auto* widget = window.findChild<QWidget*>(control)) {
     widget->setFocus();
   }

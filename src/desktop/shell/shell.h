@@ -43,13 +43,13 @@ struct Shell {
   // A failure, in the status line and in the log.
   void Tell(const Result<void>& result);
 
-  // The whole message as it stands there. Leaves the source.
-  document::MessageDocument MessageAsItStands();
+  // The whole message as it stands there, whichever view shows it. Fails where the editor does not answer.
+  Result<document::MessageDocument> MessageAsItStands();
   // The same as it is sent and saved: what is no file yet names its character set.
-  document::MessageDocument Message();
-  // The same with group and method.
-  document::Draft AsDraft();
-  // Asks about unsaved changes, and tells why they could not be saved. Leaves the source.
+  Result<document::MessageDocument> Message();
+  // The same with group and method; nothing where the editor does not answer.
+  std::optional<document::Draft> AsDraft();
+  // Asks about unsaved changes, and tells why they could not be saved.
   bool MayLeaveDocument();
   // What the document names outside its folder is neither shown nor sent until the person was asked.
   void AskAboutPictures();

@@ -4,6 +4,7 @@
 #include <QMimeData>
 #include <QStringList>
 #include <QUrl>
+#include <algorithm>
 
 namespace quillcast::desktop {
 
@@ -14,6 +15,12 @@ inline QStringList DroppedFiles(const QMimeData* data) {
     if (url.isLocalFile() && url.host().isEmpty()) files << url.toLocalFile();
   }
   return files;
+}
+
+// Whether there are files at all, also of another machine.
+inline bool HoldsFiles(const QMimeData* data) {
+  const QList<QUrl> urls = data == nullptr ? QList<QUrl>() : data->urls();
+  return std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
 }
 
 }  // namespace quillcast::desktop
