@@ -1,8 +1,10 @@
-// quillcast domain whois|ip|name|mx: who holds a domain, what a name or an address leads to, and where its mail goes.
+// quillcast domain whois|ip|name|mx|check: who holds a domain, what a name or an address leads to, and where its mail
+// goes.
 #include <memory>
 
 #include "charset/charset.h"
 #include "cli/commands.h"
+#include "cli/domain_commands.h"
 #include "domain/domain_name_rules.h"
 #include "domain/name_look_ups.h"
 #include "domain/whois.h"
@@ -173,7 +175,8 @@ void AddWhois(CLI::App& parent, Context& context) {
 }  // namespace
 
 void AddDomainCommand(CLI::App& app, Context& context) {
-  auto* parent = app.add_subcommand("domain", "Look up who holds a domain, its addresses and its mail hosts");
+  auto* parent = app.add_subcommand(
+      "domain", "Look up who holds a domain, its addresses and its mail hosts, and check it as a sender");
   parent->require_subcommand(1);
   parent->footer("Example: quillcast domain mx example.com");
   AddWhois(*parent, context);
@@ -184,6 +187,7 @@ void AddDomainCommand(CLI::App& app, Context& context) {
   AddDnsQuestion(*parent, context, "mx", "The hosts that take a domain's mail, the most preferred first", "DOMAIN",
                  "The domain with its extension", RunMx)
       ->footer("Example:\n  quillcast domain mx example.com --dns 192.0.2.53");
+  AddDomainCheck(*parent, context);
 }
 
 }  // namespace quillcast::cli

@@ -5,6 +5,9 @@
 #include "cli/document_options.h"
 #include "cli/send_run.h"
 #include "cli/send_steps.h"
+#include "cli/sender_lookup.h"
+#include "domain/name_look_ups.h"
+#include "domain/sender/account_sender.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "run/partial_range.h"
@@ -23,8 +26,28 @@ struct SendOptions {
   std::string as;
   std::string to_file;
   std::string proof;
+  bool check_domain = false;
+  std::string dns;
   MailingOptions mailing;
 };
+
+// Tells what is to be mended in the domain of the account's address, and goes on: receivers decide about that.
+Result<void> CheckDomain(Context& context, run::PreparedRun& prepared, const std::string& dns) {
+  const auto servers = domain::ChosenDnsServers(dns);
+  if (!servers) return servers.error();
+  const auto account = prepared.Account();
+  if (!account) return account.error();
+  const auto question = domain::QuestionOf(**account);
+  if (!question) return question.error();
+  const auto report = CheckSenderNow(context, *question, *servers);
+  if (!report) return report.error();
+  for (const domain::Finding& finding : report->findings) {
+    if (!domain::IsToMend(finding)) continue;
+    context.output.Note(fmt::format("{}: {} {}", finding.topic, finding.what.InEnglish(), finding.remedy.InEnglish()));
+  }
+  context.output.Note(report->Summary(question->domain).InEnglish());
+  return {};
+}
 
 // Composes every message and hands over nothing.
 int RunDry(Context& context, run::PreparedRun& prepared, const std::optional<run::PartialRange>& range) {
@@ -121,6 +144,10 @@ int RunSend(Context& context, const SendOptions& options) {
     const auto settled = SettlePictures(context, choice, *prepared);
     if (!settled) return context.output.Fail(settled.error());
   }
+  if (options.check_domain) {
+    const auto checked = CheckDomain(context, *prepared, options.dns);
+    if (!checked) return context.output.Fail(checked.error());
+  }
   // A run asks its server itself what it offers, where the rest does not speak to one.
   using Server = run::PreparedRun::Server;
   const auto told = TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked);
@@ -152,6 +179,11 @@ void AddSendCommand(CLI::App& app, Context& context) {
   send->add_option("--to-mbox", options->mailing.to_mbox, "Send nothing: write all messages into this new mailbox file")
       ->type_name("FILE");
   send->add_option("--proof", options->proof, "Send one message to this address of your own")->type_name("ADDRESS");
+  auto* check_domain = send->add_flag("--check-domain", options->check_domain,
+                                      "Tell first whether mail in the name of the account's domain will be believed");
+  send->add_option("--dns", options->dns, "Address of the name server that --check-domain asks")
+      ->type_name("ADDR[:PORT]")
+      ->needs(check_domain);
   send->footer(
       "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
       "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused "

@@ -7,7 +7,7 @@
 namespace quillcast::domain {
 namespace {
 
-using enum Verdict;
+using enum ConnectionVerdict;
 
 constexpr std::uint16_t kBetweenServers = 25;
 constexpr std::size_t kLongestList = 200;  // octets: it stands in a sentence
@@ -53,7 +53,7 @@ std::vector<Sentence> OfClear(const ConnectionTest& test) {
           Usual(), "Only in a network that you trust set Security to None."};
 }
 
-std::vector<Sentence> OfSuccess(const ConnectionTest& test, Verdict verdict) {
+std::vector<Sentence> OfSuccess(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::uint16_t port = test.server.port;
   switch (verdict) {
     case kWantsStartTls:
@@ -83,7 +83,7 @@ std::vector<Sentence> OfSuccess(const ConnectionTest& test, Verdict verdict) {
   }
 }
 
-std::vector<Sentence> OfReaching(const ConnectionTest& test, Verdict verdict) {
+std::vector<Sentence> OfReaching(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::string host = HostOf(test);
   const std::uint16_t port = test.server.port;
   switch (verdict) {
@@ -104,7 +104,7 @@ std::vector<Sentence> OfReaching(const ConnectionTest& test, Verdict verdict) {
   }
 }
 
-std::vector<Sentence> OfTls(const ConnectionTest& test, Verdict verdict) {
+std::vector<Sentence> OfTls(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::uint16_t port = test.server.port;
   switch (verdict) {
     case kSpeaksTls:
@@ -127,7 +127,7 @@ std::vector<Sentence> OfTls(const ConnectionTest& test, Verdict verdict) {
   }
 }
 
-std::vector<Sentence> OfCertificate(const ConnectionTest& test, Verdict verdict) {
+std::vector<Sentence> OfCertificate(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::string host = HostOf(test);
   const auto& certificate = test.tls ? test.tls->certificate : std::nullopt;
   const Sentence renew = "Whoever runs the server has to renew it.";
@@ -157,7 +157,7 @@ std::vector<Sentence> OfCertificate(const ConnectionTest& test, Verdict verdict)
   }
 }
 
-std::vector<Sentence> OfConversation(const ConnectionTest& test, Verdict verdict) {
+std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::uint16_t port = test.server.port;
   const std::string reply = smtp::ReplyText(test.outcome.reply);
   switch (verdict) {
@@ -194,7 +194,7 @@ std::vector<Sentence> OfConversation(const ConnectionTest& test, Verdict verdict
 }  // namespace
 
 std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
-  const Verdict verdict = VerdictOf(test);
+  const ConnectionVerdict verdict = VerdictOf(test);
   if (verdict < kPartsBadly) return OfSuccess(test, verdict);
   if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
   if (verdict >= kExpired && verdict <= kNotTrusted) return OfCertificate(test, verdict);

@@ -12,9 +12,9 @@ namespace {
 
 using smtp::ConnectionStep;
 using smtp::ResultCode;
-using enum Verdict;
+using enum ConnectionVerdict;
 
-Verdict VerdictOfSuccess(const ConnectionTest& test) {
+ConnectionVerdict VerdictOfSuccess(const ConnectionTest& test) {
   const Offer& last = LastOffer(test);
   const bool signs_in_behind = test.in_clear && test.in_clear->known.starttls && !test.in_clear->known.auth;
   if (signs_in_behind && (last.known.auth || !test.tls)) {
@@ -26,13 +26,13 @@ Verdict VerdictOfSuccess(const ConnectionTest& test) {
   return test.in_clear ? kStartTls : kTls;
 }
 
-Verdict OfCertificate(net::CertificateFault fault) {
+ConnectionVerdict OfCertificate(net::CertificateFault fault) {
   constexpr std::array kVerdicts = {kTlsFailed,  kExpired,       kNotYetValid, kOtherName,
                                     kSelfSigned, kUnknownIssuer, kNotTrusted,  kNotTrusted};
   return kVerdicts.at(static_cast<std::size_t>(fault));
 }
 
-Verdict OfHandshake(const ConnectionTest& test) {
+ConnectionVerdict OfHandshake(const ConnectionTest& test) {
   const net::TlsFacts& tls = *test.tls;
   switch (tls.fault) {
     case net::HandshakeFault::kCertificate:
@@ -46,19 +46,19 @@ Verdict OfHandshake(const ConnectionTest& test) {
   }
 }
 
-Verdict OfOddity(std::string_view odd) {
+ConnectionVerdict OfOddity(std::string_view odd) {
   return odd.starts_with("+OK") || odd.starts_with("* OK") || odd.starts_with("* PREAUTH") ? kFetchesMail
                                                                                            : kNoMailServer;
 }
 
-Verdict OfConnecting(const ConnectionTest& test) {
+ConnectionVerdict OfConnecting(const ConnectionTest& test) {
   const bool was_refused = std::any_of(test.addresses.begin(), test.addresses.end(),
                                        [](const auto& address) { return address.error == ECONNREFUSED; });
   return was_refused ? kPortRefused : kUnreachable;
 }
 
 // Of a conversation that broke off, where no code of ours says more.
-Verdict OfConversation(const ConnectionTest& test) {
+ConnectionVerdict OfConversation(const ConnectionTest& test) {
   const bool is_first = test.last_step() == ConnectionStep::kGreeting;
   if (test.speaks_tls) return kSpeaksTls;
   if (!test.odd.empty()) return is_first ? OfOddity(test.odd) : kNoMailServer;
@@ -73,7 +73,7 @@ Verdict OfConversation(const ConnectionTest& test) {
 }
 
 struct Named {
-  Verdict verdict;
+  ConnectionVerdict verdict;
   std::string_view name;
 };
 constexpr std::array kNames{
@@ -115,7 +115,7 @@ constexpr std::array kNames{
 };
 static_assert([] {
   for (std::size_t i = 0; i < kNames.size(); ++i) {
-    if (kNames[i].verdict != static_cast<Verdict>(i)) return false;
+    if (kNames[i].verdict != static_cast<ConnectionVerdict>(i)) return false;
   }
   return kNames.back().verdict == kOther;
 }());
@@ -136,7 +136,7 @@ std::optional<std::string_view> ModeFor(const smtp::Capabilities& offered) {
   return {};
 }
 
-Verdict VerdictOf(const ConnectionTest& test) {
+ConnectionVerdict VerdictOf(const ConnectionTest& test) {
   switch (test.outcome.code) {
     case ResultCode::kSuccess:
       return VerdictOfSuccess(test);
@@ -159,6 +159,6 @@ Verdict VerdictOf(const ConnectionTest& test) {
   return at_handshake ? OfHandshake(test) : OfConversation(test);
 }
 
-std::string_view Name(Verdict verdict) { return kNames.at(static_cast<std::size_t>(verdict)).name; }
+std::string_view Name(ConnectionVerdict verdict) { return kNames.at(static_cast<std::size_t>(verdict)).name; }
 
 }  // namespace quillcast::domain

@@ -10,7 +10,7 @@
 
 namespace quillcast::domain {
 
-enum class Verdict {
+enum class ConnectionVerdict {
   // It works:
   kWantsStartTls,  // signing in is offered behind STARTTLS alone
   kStartTls,
@@ -50,7 +50,7 @@ enum class Verdict {
   kOther,
 };
 
-Verdict VerdictOf(const ConnectionTest& test);
+ConnectionVerdict VerdictOf(const ConnectionTest& test);
 
 // The offer that signing in would go by: that under TLS where there was one.
 const Offer& LastOffer(const ConnectionTest& test);
@@ -58,7 +58,7 @@ const Offer& LastOffer(const ConnectionTest& test);
 std::optional<std::string_view> ModeFor(const smtp::Capabilities& offered);
 
 // "wants-starttls": for programs, and never changed.
-std::string_view Name(Verdict verdict);
+std::string_view Name(ConnectionVerdict verdict);
 
 // What it means, and what to set in the account or to look at next; in connection_meaning.cpp.
 std::vector<Sentence> MeaningOf(const ConnectionTest& test);

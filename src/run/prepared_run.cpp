@@ -5,6 +5,8 @@
 
 #include "account/account_connection.h"
 #include "account/account_message.h"
+#include "domain/sender/account_sender.h"
+#include "domain/sender/kept_check.h"
 #include "platform/text.h"
 #include "run/carrier.h"
 #include "run/history.h"
@@ -13,6 +15,16 @@
 #include "smtp/outcome_text.h"
 
 namespace quillcast::run {
+namespace {
+
+// Of the last check of the account's domain; it is not made anew here.
+std::optional<Sentence> RememberDomain(const account::AccountSettings& account, const RunPlace& place) {
+  const auto question = domain::QuestionOf(account);
+  if (!question) return std::nullopt;
+  return IgnoreErrors(domain::RememberSenderCheck(place.Settings(), question->domain, place.clock.Now()), std::nullopt);
+}
+
+}  // namespace
 
 using account::AccountSettings;
 using message::MessageOptions;
@@ -111,7 +123,9 @@ Result<MessageLook> PreparedRun::LookOver(Server server) {
   if (!found) return found.error();
   std::optional<Sentence> notices;
   if (server == Server::kIsAsked) notices = AskAboutNotices(*account_, **message, place_.clock, place_.cancel);
-  return LookOf(**message, *found, notices);
+  MessageLook look = LookOf(**message, *found, notices);
+  if (const auto reminder = RememberDomain(*account_, place_)) look.findings.push_back(*reminder);
+  return look;
 }
 
 Result<recipients::Recipient> PreparedRun::RecipientAt(std::int64_t position) const {

@@ -26,6 +26,18 @@ null MX 0 .
 xn--mller-kva A 192.0.2.8
 ns A 127.0.0.1
 """ + "".join(f"many A 10.0.{n // 250}.{n % 250}\n" for n in range(1500)),
+    "sender.example": """
+@ SOA ns.example.org. admin.example.org. 1 3600 600 86400 60
+@ NS ns.example.org.
+@ MX 10 mx
+@ TXT "v=spf1 include:_spf" ".sender.example -all"
+_spf TXT "v=spf1 ip4:192.0.2.7 ~all"
+mx A 192.0.2.7
+s1._domainkey TXT "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo="
+_dmarc TXT "v=DMARC1; p=none; rua=mailto:d@sender.example"
+open TXT "v=spf1 +all"
+open TXT "\\027[2J"
+""",
     "2.0.192.in-addr.arpa": """
 @ SOA ns.example.org. admin.example.org. 1 3600 600 86400 60
 @ NS ns.example.org.
@@ -91,13 +103,48 @@ class Domain(Case):
         self.addCleanup(server.listener.close)
         return server
 
-    def test_right_answers(self):
+    def knot(self):
+        """The options that lead to it; none where it is not installed."""
         if KNOT is None:
-            return left_out("domain look-ups against a name server of others", "knotd is not installed")
+            left_out("domain look-ups against a name server of others", "knotd is not installed")
+            return None
         (self.folder / "knot").mkdir()
         knot = Knot(self.folder / "knot")
         self.addCleanup(knot.close)
-        dns = ["--dns", f"127.0.0.1:{knot.port}"]
+        return ["--dns", f"127.0.0.1:{knot.port}"]
+
+    def test_tells_whether_a_sender_will_be_believed(self):
+        if (dns := self.knot()) is None:
+            return
+        check = ["domain", "check", "Sender.example", "--selector", "s1", "--server", "192.0.2.7", *dns]
+        code, out, err = self.run_program("--json", *check)
+        self.assertEqual(code, 1, err)
+        findings = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([(one["topic"], one["finding"], one["verdict"]) for one in findings], [
+            ("MX", "mx", "good"), ("SPF", "spf", "good"), ("SPF", "spf-covers-server", "good"), ("DKIM", "dkim", "good"),
+            ("DMARC", "dmarc-none", "weak"), ("DMARC", "dmarc-alignment", "good"), ("MTA-STS", "no-mta-sts", "note"),
+            ("Reverse name", "reverse-name-elsewhere", "bad")])
+        code, out, err = self.run_program("domain", "check", "open.sender.example", *dns)
+        self.assertEqual(code, 1)
+        self.assertIn('bad: SPF: The record lets everybody in the world send for open.sender.example ("+all").\n'
+                      '  End it with "~all" or "-all".\n', out)
+        self.assertNotIn("\x1b", out + err)
+
+        # The account's own domain, asked for with a run; the next run remembers it and asks nobody.
+        self.account(9)
+        self.group("One", ["bob@example.org"])
+        run = ["send", "--group", "One", "--subject", "x", "--body", self.write("letter.html", "<p>y</p>"), "--dry-run"]
+        self.assertNotIn("sender.example", self.run_program(*run)[2])
+        told = self.run_program(*run, "--check-domain", *dns)[2]
+        self.assertIn('DMARC: The record only watches ("p=none")', told)
+        reminder = self.run_program(*run)[2]
+        self.assertIn("1 thing to mend was found when sender.example was checked: The record only watches", reminder)
+        self.assertEqual(self.run_program(*run, "--dns", "127.0.0.1")[0], 64)
+        self.assertEqual(self.run_program("domain", "check", "two..dots")[0], 64)
+
+    def test_right_answers(self):
+        if (dns := self.knot()) is None:
+            return
         for command, exit_code, out, said in [
             (["ip", "example.org"], 0, "192.0.2.7\n2001:db8::7\n", "2 addresses of example.org."),
             (["ip", "www.example.org"], 0, "192.0.2.7\n2001:db8::7\n", "2 addresses"),

@@ -46,7 +46,7 @@ ORDER = {
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
     "desktop/run": "desktop/widgets desktop/document run account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
-    "desktop/domain": "desktop/widgets domain domain/sender account profile smtp",
+    "desktop/domain": "desktop/widgets domain domain/sender net account profile smtp",
     "desktop/support": "desktop/widgets support run account profile",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",

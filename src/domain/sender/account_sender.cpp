@@ -23,6 +23,10 @@ Result<SenderQuestion> QuestionOf(std::string_view domain, const account::Accoun
   const Result<std::string> ascii = net::AsciiHost(domain);
   if (!ascii) return ascii.error();
   const std::string name = platform::AsciiLower(net::WithoutRootDot(*ascii));
+  if (name.find('.') == std::string::npos || name.find("..") != std::string::npos || name.starts_with('.')) {
+    return Error{Failure::kUsage, Say("\"{}\" is no domain.", platform::Printable(domain, 100)),
+                 "Write what stands behind the \"@\" of the address, such as example.org."};
+  }
   if (Result<SenderQuestion> own = QuestionOf(account); own && own->domain == name) return own;
   return SenderQuestion{.domain = name};
 }

@@ -11,7 +11,7 @@ namespace quillcast::domain {
 Result<SenderQuestion> QuestionOf(const account::AccountSettings& account);
 
 // The same of a domain that a person names, in any script; the account's server is taken along where the domain is the
-// account's own.
+// account's own. Fails with kUsage too for what is no domain.
 Result<SenderQuestion> QuestionOf(std::string_view domain, const account::AccountSettings& account);
 
 }  // namespace quillcast::domain

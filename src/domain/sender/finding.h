@@ -19,11 +19,11 @@ struct Finding {
   Sentence remedy = {};  // empty where nothing is to be done
 };
 
+// What is weak or bad.
+bool IsToMend(const Finding& finding);
+
 // "good", "note", "weak", "bad", "unknown".
 std::string_view WordOf(Verdict verdict);
-
-// Why name servers did not answer a question, as the end of a sentence: "no answer came in time".
-Sentence WhyUnanswered(const net::DnsAnswer& answer);
 
 // The finding of a question that got no answer.
 Finding Unanswered(std::string_view topic, std::string_view name, const net::DnsAnswer& answer);

@@ -14,8 +14,6 @@ std::int64_t Seconds(std::chrono::system_clock::time_point moment) {
   return std::chrono::duration_cast<std::chrono::seconds>(moment.time_since_epoch()).count();
 }
 
-bool IsToMend(const Finding& finding) { return finding.verdict == Verdict::kBad || finding.verdict == Verdict::kWeak; }
-
 }  // namespace
 
 Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string& domain,

@@ -16,6 +16,14 @@ Verdict SenderReport::Gravest() const {
   return gravest == findings.end() ? Verdict::kUnknown : gravest->verdict;
 }
 
+Sentence SenderReport::Summary(std::string_view domain) const {
+  const auto count = std::count_if(findings.begin(), findings.end(), IsToMend);
+  if (count > 0) return SayOf(count, "{} thing is to be mended in {}.", "{} things are to be mended in {}.", domain);
+  return Gravest() == Verdict::kUnknown
+             ? Say("Nothing wrong was found in {}, but not everything could be found out.", domain)
+             : Say("There is nothing to mend in {}.", domain);
+}
+
 namespace {
 
 // One of the two is enough; where both are known to fail nothing passes.

@@ -34,6 +34,8 @@ struct SenderReport {
   std::vector<Finding> findings;
   // The gravest of what was found out, kUnknown counted below kBad.
   Verdict Gravest() const;
+  // How many things there are to mend, in one sentence.
+  Sentence Summary(std::string_view domain) const;
 };
 
 // A pure function of what is known. Findings stand in the order MX, SPF, DKIM, DMARC, MTA-STS, reverse names.

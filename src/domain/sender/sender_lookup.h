@@ -1,6 +1,7 @@
 // Asks name servers, and a server of the domain's own, what the check of a sending domain wants to know.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,6 +16,8 @@ struct SenderLookup {
   std::vector<net::Endpoint> servers = {};  // name servers; none: the system's
   std::function<Result<std::string>(const StsPlace&, const net::Patience&)> fetch = FetchStsPolicy;
 };
+
+inline constexpr std::chrono::seconds kSenderCheckTime{20};  // for the whole of one check
 
 // Every question goes out as soon as it is known, and the file is fetched meanwhile: the whole takes as long as the
 // longest chain of questions of which each needs the answer before. What got no answer by the deadline is a finding

@@ -232,8 +232,8 @@ const Case kCases[] = {
      "bad: Reverse name: The address 203.0.113.5 is called out5.provider.example, which does not lead back to it.\n"
      "Give that name the address, or let who provides the server give the address its right name."},
     {"_dmarc", "_dmarc.example.org FAILS -", "no-answer",
-     "unknown: DMARC: _dmarc.example.org could not be asked for: the name server failed.\n"
-     "Try again later, or ask another name server."},
+     "unknown: DMARC: The name server failed when it was asked for _dmarc.example.org (SERVFAIL).\n"
+     "Ask another name server, or try again later."},
 };
 
 Zone Changed(const Case& c) {

@@ -185,7 +185,9 @@ TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   EXPECT_EQ(own->domain + " " + own->local_part + " " + own->server, "xn--mller-kva.example Ada smtp.example.net");
   EXPECT_EQ(QuestionOf("m\u00fcller.example.", account)->server, "smtp.example.net");
   EXPECT_EQ(QuestionOf("example.org", account)->server, "");
-  EXPECT_FALSE(QuestionOf("m\u00fc..example", account));
+  for (const char* other : {"m\u00fc..example", "two..dots", "example", ".org", "."}) {
+    EXPECT_FALSE(QuestionOf(other, account)) << other;
+  }
 }
 
 }  // namespace
