@@ -136,7 +136,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kExport, {44}, "RecipientExportForm"},
     {kThreads, {52}, "ThreadForm"},
     {kSplash, {}, "splash: 0"},
-    {kDomainTools, {53}, kNotBuilt},
+    {kDomainTools, {53}, "DomainToolsForm"},
     {kExtraForm1, {54}, "ExtraForm1"},
     {kExtraForm2, {55}, "ExtraForm2"},
     {kExtraForm3, {56}, "ExtraForm3"},

@@ -41,7 +41,11 @@
 #include "desktop/document/table_form.h"
 #include "desktop/document/template_form.h"
 #include "desktop/document/template_name_form.h"
+#include "desktop/domain/conversion_form.h"
+#include "desktop/domain/domain_check_form.h"
+#include "desktop/domain/domain_tools_form.h"
 #include "desktop/domain/extra_form5.h"
+#include "desktop/domain/mx_lookup_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
@@ -83,6 +87,7 @@
 #include "desktop/widgets/look.h"
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/status_line.h"
+#include "net/dns/dns_client.h"
 #include "platform/file.h"
 #include "platform/sqlite.h"
 #include "recipients/import/kept_mappings.h"
@@ -291,6 +296,29 @@ class ScreensTest : public QObject {
       QVERIFY2(!line->visibleRegion().isEmpty(), qPrintable(name + " scrolls its answer away"));
       line->setText(said);
     }
+  }
+
+  // Each with nothing yet, and with the answers of servers that are not there.
+  void TakeDomainTools(test::FormRig& rig) {
+    DomainToolsForm tools(rig.program, nullptr);
+    Take(tools, "domain-tools-empty");
+    tools.server_for = [](std::string_view) { return net::HostPort{"127.0.0.1", 1}; };
+    tools.findChild<QLineEdit*>("DomainTextBox")->setText("example");
+    tools.findChild<QPushButton*>("WhoisButton")->click();
+    QTRY_VERIFY(tools.findChild<QPushButton*>("WhoisButton")->isEnabled());
+    Take(tools, "domain-tools");
+    DomainIPForm to_ip(rig.program, nullptr);
+    Take(to_ip, "domain-to-ip");
+    IPDomainForm to_name(rig.program, nullptr);
+    Take(to_name, "ip-to-domain");
+    MXLookupForm mx(rig.program, nullptr, rig.folder.Write("resolv.conf", "nameserver 192.0.2.53\n"));
+    Take(mx, "mx-lookup");
+    DomainCheckForm check(rig.program, {}, nullptr);
+    Take(check, "domain-check-empty");
+    check.servers = {*net::ParseDnsServer("127.0.0.1:1")};
+    check.findChild<QPushButton*>("CheckButton")->click();
+    QTRY_VERIFY(check.findChild<QAbstractItemView*>("FindingsList")->model()->rowCount() > 0);
+    Take(check, "domain-check");
   }
 
   // The connection test with nothing yet, and with a server that nothing listens at.
@@ -598,6 +626,7 @@ class ScreensTest : public QObject {
     ExtraForm4 extract(rig.program, nullptr);
     Take(extract, "extract");
     TakeServerTest(rig);
+    TakeDomainTools(rig);
     RecipientImportForm nothing_yet(rig.program, "Customers", nullptr);
     Take(nothing_yet, "import-empty");
     RecipientImportForm file_to_list(rig.program, "Customers", nullptr);

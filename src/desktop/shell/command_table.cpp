@@ -170,7 +170,7 @@ class Table {
       {kExport, {44}, "", kTools, QT_TR_NOOP("&Export Recipients…"), "", "", ExportRecipients},
       {kThreads, {52}, "", kTools, QT_TR_NOOP("&Thread Options…"), "", "", ShowThreads},
       {kSplash, {}, "", kTools, QT_TR_NOOP("Sp&lash at Start"), "", "", SwitchSplash},
-      NotBuilt({kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…")}),
+      {kDomainTools, {53}, "", kTools, QT_TR_NOOP("&Domain Tools…"), "", "", ShowDomainTools},
       {kExtraForm1, {54}, "", kTools, QT_TR_NOOP("&Print Messages…"), "", "", PrintMessageFiles},
       {kExtraForm2, {55}, "", kTools, QT_TR_NOOP("Imp&ort Message…"), "", "", ImportMessage},
       {kExtraForm3, {56}, "", kTools, QT_TR_NOOP("Export &Message…"), "", "", ExportMessage},

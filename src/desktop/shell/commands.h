@@ -96,6 +96,7 @@ void ExportRecipients(Shell& shell);
 void EditSignature(Shell& shell);
 void ShowThreads(Shell& shell);
 void SwitchSplash(Shell& shell);
+void ShowDomainTools(Shell& shell);
 void TestServer(Shell& shell);
 
 // message_file_commands.cpp

@@ -79,6 +79,11 @@ std::optional<QString> TopicOf(const QString& window) {
       {"ExtraForm2", "Extra Tools 3.htm"},
       {"ExtraForm3", "Extra Tools 4.htm"},
       {"ExtraForm5", "Extra Tools 6.htm"},
+      {"DomainToolsForm", "Extra Tools 1.htm"},
+      {"DomainCheckForm", "Extra Tools 1.htm"},
+      {"DomainIPForm", "Domain Tools.htm"},
+      {"IPDomainForm", "Domain Tools.htm"},
+      {"MXLookupForm", "Domain Tools.htm"},
   };
   const auto found = topics.constFind(window);
   return found == topics.cend() ? std::nullopt : std::optional(*found);

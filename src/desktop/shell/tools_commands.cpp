@@ -4,6 +4,7 @@
 #include "desktop/account/thread_form.h"
 #include "desktop/document/body_view.h"
 #include "desktop/document/signature_manager_form.h"
+#include "desktop/domain/domain_tools_form.h"
 #include "desktop/domain/extra_form5.h"
 #include "desktop/mail_file/extra_form4.h"
 #include "desktop/recipients/group_manager_form.h"
@@ -78,6 +79,8 @@ void SwitchSplash(Shell& shell) {
   shell.Tell(SplashForm::SetWanted(settings, !SplashForm::IsWanted(settings)));
   shell.bar.ShowSplash(SplashForm::IsWanted(settings));
 }
+
+void ShowDomainTools(Shell& shell) { DomainToolsForm(shell.program, &shell.window).exec(); }
 
 void TestServer(Shell& shell) { ExtraForm5(shell.program, &shell.window).exec(); }
 
