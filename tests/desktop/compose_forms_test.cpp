@@ -73,7 +73,7 @@ struct Desk {
   EditorDocument document{editor, rig.folders};
 
   Desk() { editor.resize(600, 400); }
-  QString Body() const {
+  QString Body() {
     const QString html = *editor.Text();
     const auto begin = html.indexOf('>', html.indexOf("<body")) + 1;
     return html.mid(begin, html.indexOf("</body>") - begin);
