@@ -44,7 +44,7 @@ DomainCheckForm::DomainCheckForm(const profile::Program& program, const QString&
       check_(new QPushButton(tr("C&heck"), this)),
       findings_list_(new RowList(
           "FindingsList", tr("What was found"),
-          {{tr("Verdict"), 9}, {tr("About"), 13}, {tr("What was found, and what to do")}},
+          {{tr("Verdict"), 12}, {tr("About"), 13}, {tr("What was found, and what to do")}},
           [this](std::size_t row, int column) { return Cell(row, column); }, this)) {
   MakeWindow();
   connect(check_, &QPushButton::clicked, this, &DomainCheckForm::Check);

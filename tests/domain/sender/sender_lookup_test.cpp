@@ -70,7 +70,8 @@ TEST_F(LookUp, AsksForAllThatTheCheckWants) {
 
 TEST_F(LookUp, SaysWhatNobodyAnswered) {
   const net::DnsServer silent([](const std::string&, bool) { return std::vector<std::string>(); });
-  const auto report = LookUpSender(kQuestion, {.servers = {silent.endpoint()}}, For(milliseconds(200)));
+  const SenderQuestion question{.domain = "example.org", .server = "out.example.net"};
+  const auto report = LookUpSender(question, {.servers = {silent.endpoint()}}, For(milliseconds(200)));
   ASSERT_TRUE(report) << Describe(report.error());
   EXPECT_EQ(report->Gravest(), Verdict::kUnknown);
   EXPECT_EQ(Words(*report), "no-answer no-answer no-answer no-answer no-answer ");
