@@ -76,11 +76,16 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
 constexpr std::array kMayBeEmpty = {"--subject", "--sheet",       "--company",
                                     "--web",     "--unsubscribe", "--unsubscribe-subject"};
 
-// That no group is named where one is needed is told as in a window.
+// Numbers of `compose` that the core refuses in the words of the windows, where they are empty too.
+constexpr std::array kRefusedLater = {"--rows",    "--columns", "--border", "--spacing",
+                                      "--padding", "--width",   "--height"};
+
+// That no group is named where one is needed is told as in a window, too.
 bool MayBeEmpty(const CLI::Option& option) {
   if (option.get_required() && option.check_name("--group")) return true;
-  return std::any_of(kMayBeEmpty.begin(), kMayBeEmpty.end(),
-                     [&option](const char* name) { return option.check_name(name); });
+  const auto is_named = [&option](const char* name) { return option.check_name(name); };
+  return std::any_of(kMayBeEmpty.begin(), kMayBeEmpty.end(), is_named) ||
+         std::any_of(kRefusedLater.begin(), kRefusedLater.end(), is_named);
 }
 
 void RefuseEmptyValues(CLI::App& command) {

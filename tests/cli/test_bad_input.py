@@ -489,6 +489,8 @@ class BadInput(Case):
                 continue
             code, _, err = self.run_program(*command[:-1], f"{command[-1]}=")
             self.assertEqual(code, 64, f"{command}: {err}")
+            if command[0] == "compose" and "Please enter your " in err:  # in the words of the window
+                continue
             self.assertRegex(err.splitlines()[0], rf"^(Could not convert: )?{command[-1]}\b(?! is required)", command)
 
     def test_a_store_that_is_away(self):
