@@ -92,9 +92,13 @@ class HeldTextTest : public QObject {
     const QString begin = changed ? "typed" : "";
     for (const Command& command : Commands()) {
       if (!command.is_built || command.id == CommandId::kExit || command.id == CommandId::kSplash) continue;
+      // A document that is too deep takes a second to be looked at: with the one command that wants the page most.
+      if (html == kDeep && command.id != CommandId::kTemplate) continue;
       ShowSource(scene, html, changed);
       scene.window->activateWindow();
-      scene.rig.prompts.answers = {platform::Answer::kCancel};
+      // The connection test asks before it closes, and stays for any other answer.
+      const bool asks_to_close = command.id == CommandId::kExtraForm5;
+      scene.rig.prompts.answers = {asks_to_close ? platform::Answer::kYes : platform::Answer::kCancel};
       auto& said = scene.Find<QLabel>("StatusPanel1");
       said.clear();
       scene.window->Dispatch(command.id);
