@@ -4,10 +4,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 #include "desktop/form_rig.h"
@@ -213,6 +215,28 @@ class ExtraFormsTest : public QObject {
     QStringList lines;
     for (int line = 1; line <= 200; ++line) lines << QString("line %1").arg(line);
     QCOMPARE(words.join(' ').split(' '), lines.join(' ').split(' '));  // none lost, none twice between two pages
+  }
+
+  void showsThePagesBeforeTheyArePrinted() {
+    Scene scene;
+    scene.OpenPrint(kPage);
+    for (const char* format : {"HTMLRadioButton", "TEXTRadioButton"}) {
+      scene.Press(format);
+      int pages = 0;
+      QTimer look;
+      connect(&look, &QTimer::timeout, this, [&] {
+        auto* preview = scene.form->findChild<QPrintPreviewDialog*>("PrintPreviewDialog");
+        if (preview == nullptr || !preview->isVisible()) return;
+        QVERIFY(!preview->grab().isNull());
+        pages = preview->findChild<QPrintPreviewWidget*>()->pageCount();
+        preview->close();
+      });
+      look.start(50);
+      scene.Press("PreviewButton");
+      QTRY_COMPARE(pages, 1);
+      QTRY_VERIFY(scene.form->findChild<QPrintPreviewDialog*>("PrintPreviewDialog") == nullptr);
+    }
+    QCOMPARE(scene.rig.Shown(), "");
   }
 
   void tellsHowPrintingFailed() {

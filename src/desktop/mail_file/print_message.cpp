@@ -94,7 +94,9 @@ class Pages {
   // The text comes last, for it is laid out anew after each of the others.
   void MakeDocument() {
     document_ = std::make_unique<ForeignPage>(QString(), pages_.pictures, nullptr);
-    document_->setDefaultFont(QFont(QString(), kTextSize));
+    QFont font;  // one without a family cannot be drawn into a preview
+    font.setPointSize(kTextSize);
+    document_->setDefaultFont(font);
     document_->setDocumentMargin(0);
     document_->setDefaultStyleSheet(document_->defaultStyleSheet() + " pre { white-space: pre-wrap }");  // off no page
     document_->documentLayout()->setPaintDevice(&printer_);
