@@ -1,6 +1,9 @@
 // quillcast message: message files, taken apart.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+
 #include "cli/commands.h"
 #include "cli/message_commands.h"
 #include "cli/standard_input.h"
@@ -41,6 +44,16 @@ int UseFile(Context& context, const std::string& name, LoadMode mode, const UseM
 void AddMessageFiles(CLI::App& command, MessageFiles& files) {
   command.add_option("FILE", files.names, "Message files (.eml); \"-\" for standard input")->required();
   command.add_flag("--extended", files.extended, "Read leniently, whatever the account's \"Extended\" says");
+}
+
+void AddBodyFormat(CLI::App& command, mail_file::BodyFormat& format, const char* help) {
+  static constexpr std::array<const char*, 4> kNames = {"text", "html", "rtf", "xml"};  // by BodyFormat
+  const auto take = [&format](const std::string& name) {
+    format = static_cast<mail_file::BodyFormat>(std::ranges::find(kNames, name) - kNames.begin());
+  };
+  command.add_option_function<std::string>("-f,--format", take, help)
+      ->transform(CLI::IsMember(std::vector<std::string>(kNames.begin(), kNames.end()), CLI::ignore_case))
+      ->type_name("FORM");
 }
 
 int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use) {

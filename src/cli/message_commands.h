@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/context.h"
+#include "mail_file/body_formats.h"
 #include "mail_file/mail_message.h"
 
 namespace quillcast::cli {
@@ -18,6 +19,9 @@ struct MessageFiles {
   bool extended = false;
 };
 void AddMessageFiles(CLI::App& command, MessageFiles& files);
+
+// "-f", which names a form of the body.
+void AddBodyFormat(CLI::App& command, mail_file::BodyFormat& format, const char* help);
 
 // Loads each, as the account's "Extended" or the option says, tells what was found wrong on standard error, and calls
 // `use` with those of which something was loaded; `use` gives an exit code. The exit code of the whole: that of the

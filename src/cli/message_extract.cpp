@@ -11,7 +11,6 @@
 namespace quillcast::cli {
 namespace {
 
-using mail_file::BodyFormat;
 using mail_file::ExtractionOutcome;
 using mail_file::ExtractionRequest;
 
@@ -107,11 +106,7 @@ void AddMessageExtract(CLI::App& message, Context& context) {
   extract.add_option("--parts", request.parts_folder, "A folder for the parts")->type_name("FOLDER");
   extract.add_flag("--body-parts", request.with_body_parts, "The texts of the body go into that folder too");
   extract.add_option("--body", request.body_file, "A file for the body")->type_name("FILE");
-  const std::map<std::string, BodyFormat> formats = {
-      {"text", BodyFormat::kText}, {"html", BodyFormat::kHtml}, {"rtf", BodyFormat::kRtf}, {"xml", BodyFormat::kXml}};
-  extract.add_option("-f,--format", request.format, "The form of that file: text, html, rtf or xml; text without it")
-      ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case))
-      ->type_name("FORM");
+  AddBodyFormat(extract, request.format, "The form of that file: text, html, rtf or xml; text without it");
   extract.add_option("--page", request.second_folder, "A folder for the body as a page with its pictures")
       ->type_name("FOLDER");
   extract.add_option("--recipients", request.recipients_file, "A text file for the recipients")->type_name("FILE");

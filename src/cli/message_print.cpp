@@ -15,7 +15,6 @@
 namespace quillcast::cli {
 namespace {
 
-using mail_file::BodyFormat;
 using mail_file::PrintCode;
 using mail_file::PrintedMessage;
 
@@ -141,13 +140,8 @@ int RunPrint(Context& context, PrintOptions options) {
 
 void AddLook(CLI::App& command, PrintOptions& options) {
   mail_file::PrintForm& form = options.job.form;
-  const std::map<std::string, BodyFormat> formats = {
-      {"text", BodyFormat::kText}, {"html", BodyFormat::kHtml}, {"rtf", BodyFormat::kRtf}, {"xml", BodyFormat::kXml}};
-  command
-      .add_option("-f,--format", form.format,
-                  "What of it: text, html or rtf (its page with its pictures), or xml (its source); html without it")
-      ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case))
-      ->type_name("FORM");
+  AddBodyFormat(command, form.format,
+                "What of it: text, html or rtf (its page with its pictures), or xml (its source); html without it");
   command
       .add_option("--margins", options.margins,
                   "Millimetres, from 1 to 99: one number, or left,top,right; the bottom is as the top; 20 without it")

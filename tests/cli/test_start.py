@@ -48,6 +48,7 @@ class Start(Case):
 
         def look(*command):
             lines = self.ok(*command, "--help")
+            self.assertNotRegex(lines, r"[\x00-\x09\x0b-\x1f\x7f]", command)
             topic = told[command[0] if command else ""]
             for option in re.findall(r"^  (?:-\w,)?(--[\w-]+)", lines, re.M):
                 if option not in ("--help", "--yes" if command else ""):
