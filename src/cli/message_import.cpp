@@ -8,6 +8,7 @@
 #include "document/declared_charset.h"
 #include "document/document_pictures.h"
 #include "mail_file/import_body.h"
+#include "mail_file/load_settings.h"
 #include "mail_file/working_folder.h"
 #include "platform/file.h"
 #include "platform/file_attributes.h"
@@ -58,6 +59,8 @@ int RunImport(Context& context, const ImportOptions& options) {
   if (platform::EqualsIgnoringAsciiCase(std::filesystem::path(options.document).extension().string(), ".txt"))
     return context.output.Complain(
         "The document is HTML, and would be read as text: give it a name that ends in .htm.");
+  if (const auto other = mail_file::CheckIsNotMessage(options.document, options.files.names.front()); !other)
+    return context.output.Fail(other.error());
   if (const int refused = AskToWrite(context, options.document)) return refused;
   return WithMessages(context, options.files, [&](const LoadedFile& file) {
     return ImportOne(context, file.name, *file.loading.message, options.document);

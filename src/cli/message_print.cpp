@@ -8,6 +8,7 @@
 #include "cli/send_steps.h"
 #include "cli/start_desktop.h"
 #include "mail_file/chosen_folder.h"
+#include "mail_file/load_settings.h"
 #include "mail_file/safe_part_name.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
@@ -132,6 +133,8 @@ int RunPrint(Context& context, PrintOptions options) {
   auto place = FindPlace(context, options);
   if (!place) return context.output.Fail(place.error());
   if (!options.pdf.empty() && !place->folder) {
+    if (const auto other = mail_file::CheckIsNotMessage(options.pdf, form.file); !other)
+      return context.output.Fail(other.error());
     if (const int refused = AskToWrite(context, options.pdf)) return refused;
   }
   return WithMessages(context, options.files,

@@ -126,10 +126,7 @@ class Extraction {
   // A rename would replace a locked file all the same; it is left, as the person's answer was.
   void Replace(const std::string& file, const std::function<Result<void>(int fd)>& write) {
     if (IsCancelled()) return;
-    if (std::filesystem::equivalent(file, request_.file, IgnoreErrors())) {
-      return Fail({Failure::kNotPermitted, Say("{} is the message file itself, and was left as it is.", file),
-                   "Name another file."});
-    }
+    if (const auto other = CheckIsNotMessage(file, request_.file); !other) return Fail(other.error());
     if (platform::IsLocked(file)) {
       return Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Unlock it, or name another file."});
     }

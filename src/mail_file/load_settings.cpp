@@ -28,4 +28,10 @@ std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults) {
   return told;
 }
 
+Result<void> CheckIsNotMessage(const std::filesystem::path& target, const std::filesystem::path& message) {
+  if (!std::filesystem::equivalent(target, message, IgnoreErrors())) return {};
+  return Error{Failure::kNotPermitted, Say("{} is the message file itself, and was left as it is.", target.string()),
+               "Name another file."};
+}
+
 }  // namespace quillcast::mail_file

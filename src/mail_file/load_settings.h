@@ -24,4 +24,8 @@ std::string_view LoadWarning(const Loading& loading);
 // What was found wrong, with what it is about, for a window: the first three, and how many more there are.
 std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults);
 
+// Before something is written that is made of a message file: kNotPermitted where it would take the place of that
+// file, by whichever spelling or link.
+Result<void> CheckIsNotMessage(const std::filesystem::path& target, const std::filesystem::path& message);
+
 }  // namespace quillcast::mail_file

@@ -159,6 +159,20 @@ class Message(Case):
             self.assertEqual(self.run_program("message", "import", *options)[0], code, options)
         self.assertEqual(document.read_bytes(), before)
 
+    def test_nothing_made_of_a_letter_takes_its_place(self):
+        text = b"Subject: x\r\n\r\nHello\r\n"
+        letter = self.write("self.eml", text)
+        link = self.folder / "link.eml"
+        link.symlink_to(letter)
+        for command in (["import", letter, "-o"], ["print", letter, "--pdf"], ["import", link, "-o"]):
+            if command[0] == "print":
+                self.needs_desktop()
+            for name in (letter, f"{self.folder}/./self.eml", link):
+                code, out, err = self.run_program("message", *command, name)
+                self.assertEqual((code, out), (77, ""), err)
+                self.assertIn(" is the message file itself, and was left as it is.", err)
+                self.assertEqual(Path(letter).read_bytes(), text)
+
     def test_a_long_text_is_told_and_not_shown(self):
         long = self.write("long.eml", "Subject: x\n\n" + "words and words\n" * 100_000)
         code, out, err = self.show("message", "show", long)

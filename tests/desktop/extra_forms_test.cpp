@@ -250,6 +250,14 @@ class ExtraFormsTest : public QObject {
     };
     QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 203: Could not initialize printer. | ") + kPrinted);
     QVERIFY2(scene.Status().contains("/nowhere"), qPrintable(scene.Status()));
+    const auto letter = scene.rig.folder / "a.eml";
+    form.choose_printer = [&](QPrinter& printer) {
+      printer.setOutputFileName(PathToQt(letter));
+      return true;
+    };
+    QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 203: Could not initialize printer. | ") + kPrinted);
+    QVERIFY2(scene.Status().contains("is the message file itself"), qPrintable(scene.Status()));
+    QCOMPARE(test::ReadAll(letter), kPage);
     scene.Type("FilePathTextBox", "/nowhere/a.eml");
     QCOMPARE(scene.Run("PrintButton"),
              "warn: Error 258: File IO error. | warn: There was an error creating the message handle.");

@@ -13,6 +13,7 @@
 #include "desktop/mail_file/foreign_page.h"
 #include "desktop/widgets/print_whole.h"
 #include "desktop/widgets/qt_text.h"
+#include "mail_file/load_settings.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -227,6 +228,8 @@ PrintedMessage PrintMessageFile(QPrinter& printer, const MessagePages& pages, co
   const bool is_file = printer.outputFormat() == QPrinter::PdfFormat;
   if (is_file && printer.outputFileName().isEmpty()) return {.code = PrintCode::kNoPrinter};
   const auto file = is_file ? PathFromQt(printer.outputFileName()) : std::filesystem::path();
+  if (const auto other = mail_file::CheckIsNotMessage(file, pages.form.file); !other)
+    return {.code = PrintCode::kNotBegun, .error = other.error()};
   return PrintBy(printer, pages, file, watch, [&](const auto& print) { return PrintWhole(printer, own, print); });
 }
 
