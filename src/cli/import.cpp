@@ -201,7 +201,8 @@ int RunImport(Context& context, const ImportOptions& options) {
 std::string NumberOfLines(const std::string& text) {
   const auto lines = platform::ParseWholeNumber(text);
   if (lines && *lines <= recipients::kMostSkipped) return {};
-  return fmt::format("\"{}\" is no number of lines", platform::Printable(text, kLongestShown));
+  return fmt::format("\"{}\" is no number of lines from 0 to {}", platform::Printable(text, kLongestShown),
+                     platform::WithThousands(recipients::kMostSkipped));
 }
 
 void AddReadingOptions(CLI::App& import, ImportOptions& options) {
@@ -223,7 +224,8 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
                     "kept mapping says");
 }
 
-void AddMappingOptions(CLI::App& import, ImportOptions& options) {
+// What sees to the mappings that are kept imports nobody, and takes no file.
+void AddMappingOptions(CLI::App& import, ImportOptions& options, CLI::Option* file) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
   import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"");
   import.add_flag("--header", options.header,
@@ -236,9 +238,12 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
                     "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "
                     "--preview and --dry-run");
   CLI::Option* list = import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
-  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name")->excludes(list);
-  import.add_flag("--forget-mappings", options.forget_mappings, "Delete all of them, also where they cannot be read")
-      ->excludes(list);
+  CLI::Option* one = import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name");
+  CLI::Option* all = import.add_flag("--forget-mappings", options.forget_mappings,
+                                     "Delete all of them, also where they cannot be read");
+  list->excludes(file);
+  one->excludes(list)->excludes(file);
+  all->excludes(list)->excludes(one)->excludes(file);
 }
 
 }  // namespace
@@ -246,9 +251,9 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
 void AddImportCommand(CLI::App& app, Context& context) {
   CLI::App& import = *app.add_subcommand("import", "Add recipients from a file to a group");
   const auto options = std::make_shared<ImportOptions>();
-  import.add_option("FILE", options->file, "The file; - for standard input");
+  CLI::Option* file = import.add_option("FILE", options->file, "The file; - for standard input");
   import.add_option("-g,--group", options->group, "The group that gets them");
-  AddMappingOptions(import, *options);
+  AddMappingOptions(import, *options, file);
   AddReadingOptions(import, *options);
   import.add_flag("--opt-in", options->opt_in, "Confirm that everybody in the list has agreed to receive mail");
   import.add_flag("--preview", options->preview,

@@ -170,6 +170,7 @@ class Import(Case):
             (["-", "-g", "All", "--harvest", "--opt-in"], 65, "Standard input holds no address"),
             ([list_, "-g", "All", "--map", "Email Address=1", "--quotes", "--rfc4180"], 64, "exclude each other"),
             (["-g", "All", "--harvest"], 64, "No file is named"),
+            ([list_, "-g", "All", "--harvest", "--skip=1000000001"], 64, "no number of lines from 0 to 1,000,000,000"),
             (["--delete-mapping", "none"], 64, 'no mapping "none"'),
             ([list_, "-g", "All", "--harvest", "--format", "Word"], 64, '"Word" is no format'),
             ([list_, "-g", "All", "--harvest", "--opt-in", "--format", "spreadsheet"], 65, "no whole archive"),
@@ -180,6 +181,17 @@ class Import(Case):
             code, said, err = self.run_import(*words)
             self.assertEqual(code, exit_code, (words, said, err))
             self.assertIn(part, err)
+
+    def test_mappings_are_not_deleted_beside_something_else(self):
+        list_ = self.write("list.csv", "ada@r.example\n")
+        for name in ("One", "Two"):
+            self.run_import(list_, "--map", "Email Address=1", "--save-mapping", name, "--preview")
+        for words in (["--delete-mapping", "One", "--forget-mappings"], [list_, "--forget-mappings"],
+                      [list_, "-g", "All", "--harvest", "--opt-in", "--delete-mapping", "One"], ["-", "--list-mappings"]):
+            code, _, err = self.run_program("--yes", "import", *words)
+            self.assertEqual(code, 64, (words, err))
+            self.assertIn(" excludes ", err)
+        self.assertEqual([kept["name"] for kept in self.run_import("--list-mappings")[1]], ["One", "Two"])
 
     def test_standard_input_is_read_once_and_leaves_nothing(self):
         given = b"First,Mail\n" + b"".join(b"F%d,u%d@r.example\n" % (n, n) for n in range(5000))
