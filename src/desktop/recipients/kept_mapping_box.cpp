@@ -87,17 +87,22 @@ void KeptMappingBox::Keep(recipients::KeptMapping mapping, const QString& sugges
   status_.Say(tr("The mapping is kept as “%1”.").arg(form.name()));
 }
 
+void KeptMappingBox::RemoveDamaged() {
+  const auto forgotten = recipients::ForgetDamagedMappings(program_.settings);
+  if (!forgotten) return status_.Fail(forgotten.error());
+  status_.Say(*forgotten ? tr("No mapping is kept any more.")
+                         : tr("The kept mappings can be read again; none was removed."));
+}
+
 void KeptMappingBox::Remove() {
   const QString name = currentText();
   const auto question = are_damaged_ ? Sentence("The kept mappings are damaged. Would you like to remove all of them?")
                                      : Say("Would you like to remove the mapping “{}”?", FromQt(name));
   if (program_.prompts.Ask(FromQt(InWords(question))) != platform::Answer::kYes) return;
-  const auto deleted = are_damaged_ ? recipients::ForgetMappings(program_.settings)
-                                    : recipients::DeleteMapping(program_.settings, FromQt(name));
-  if (!deleted) {
+  if (are_damaged_) {
+    RemoveDamaged();
+  } else if (const auto deleted = recipients::DeleteMapping(program_.settings, FromQt(name)); !deleted) {
     status_.Fail(deleted.error());
-  } else if (are_damaged_) {
-    status_.Say(tr("No mapping is kept any more."));
   } else {
     status_.Say(tr("The mapping “%1” is no longer kept.").arg(name));
   }

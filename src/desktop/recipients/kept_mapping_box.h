@@ -37,6 +37,7 @@ class KeptMappingBox final : public QComboBox {
   void Fill(const QString& chosen);
   void Apply();
   void Remove();
+  void RemoveDamaged();
   void EnableButtons();
 
   const profile::Program& program_;

@@ -189,4 +189,14 @@ Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view na
 
 Result<void> ForgetMappings(profile::SettingsStore& settings) { return settings.Write(kSection, kKey, ""); }
 
+Result<bool> ForgetDamagedMappings(profile::SettingsStore& settings) {
+  bool are_damaged = false;
+  const auto changed = settings.Change(kSection, kKey, [&](const std::string& stored) -> Result<std::string> {
+    are_damaged = !RowsOf(settings, stored);
+    return are_damaged ? std::string() : stored;
+  });
+  if (!changed) return changed.error();
+  return are_damaged;
+}
+
 }  // namespace quillcast::recipients

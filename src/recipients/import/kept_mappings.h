@@ -35,7 +35,7 @@ inline constexpr const char* kNoSuchMappingRemedy = "Take one of those that are 
 inline constexpr const char* kDamagedMappingsRemedy = "“Remove” forgets all of them; keep them anew then.";
 
 // Where the whole setting is damaged each of these fails with kBadData and leaves it as it is, but
-// ForgetMappings.
+// ForgetMappings and ForgetDamagedMappings.
 // Of all that are kept, in their order, also of one that FindMapping refuses: so that it can be removed. Names differ
 // in more than the case of their letters.
 Result<std::vector<std::string>> ListMappingNames(const profile::SettingsStore& settings);
@@ -53,5 +53,8 @@ Result<void> KeepMapping(profile::SettingsStore& settings, const KeptMapping& ma
 Result<void> DeleteMapping(profile::SettingsStore& settings, std::string_view name);
 // All of them, readable or not.
 Result<void> ForgetMappings(profile::SettingsStore& settings);
+// All of them where the whole setting is damaged still, at once: another program may have mended it. False where it is
+// not, and they are left.
+Result<bool> ForgetDamagedMappings(profile::SettingsStore& settings);
 
 }  // namespace quillcast::recipients

@@ -177,8 +177,12 @@ TEST(KeptMappings, AreLeftAsTheyAreWhereNoneOfThemCanBeRead) {
     }
     EXPECT_EQ(ListMappingNames(settings).error().failure, Failure::kBadData) << other;
     EXPECT_EQ(*settings.Read("Import", "Mappings", ""), other);
-    ASSERT_TRUE(ForgetMappings(settings) && KeepMapping(settings, {.name = "New", .mapping = {}}));
+    EXPECT_TRUE(*ForgetDamagedMappings(settings)) << other;
+    ASSERT_TRUE(KeepMapping(settings, {.name = "New", .mapping = {}}));
+    EXPECT_FALSE(*ForgetDamagedMappings(settings)) << "mended since";
     EXPECT_EQ(ListMappingNames(settings)->size(), 1U) << other;
+    ASSERT_TRUE(ForgetMappings(settings));
+    EXPECT_TRUE(ListMappingNames(settings)->empty()) << other;
   }
 }
 
