@@ -467,6 +467,28 @@ class ImportFormTest : public QObject {
     QTRY_COMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
   }
 
+  // What was given up since does not come back with the file.
+  void ofAFileTheLastMappingIsRemembered() {
+    for (const char* last : {"GetDataButton", "ProposeButton"}) {
+      Scene scene;
+      scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+      const auto list = scene.rig.folder.path() / "list.txt";
+      scene.Press("RadioButton2");
+      scene.Press("ProposeButton");
+      scene.Pick("Bob;Rom;bob@x.org\n", "other.txt");
+      scene.PickFile(list);
+      QTRY_VERIFY(scene.Find<QComboBox>("ComboBox1").count() > 0);
+      if (last == std::string("ProposeButton")) scene.TypeColumns("1,3,2");
+      scene.Press(last);
+      if (last == std::string("GetDataButton")) QTRY_COMPARE(scene.Mapped(), "Ignore|Ignore|Ignore");
+      scene.PickFile(scene.rig.folder.path() / "other.txt");
+      QTRY_VERIFY(!scene.Sample().isEmpty());
+      scene.PickFile(list);
+      QTRY_VERIFY(!scene.Sample().isEmpty());
+      QCOMPARE(scene.Mapped(), "||");
+    }
+  }
+
   // A button that is pressed by its letter takes no keyboard focus: what was set for the file before does not hold for
   // the one that is typed.
   void aPathThatIsTypedCountsForEveryButton() {
@@ -589,6 +611,37 @@ class ImportFormTest : public QObject {
   }
 
   // What has no end is given up with the dialog, or for another file.
+  // Also where the fields that wait with it are given up.
+  void aHarvestIsOfTheSheetThatWasChosen() {
+    recipients::KeptMapping kept{"Second", *recipients::ParseMapping("Email Address=1")};
+    kept.sheet = "T&wo";
+    for (const bool comes_back : {false, true}) {
+      Scene scene;
+      QVERIFY(recipients::KeepMapping(scene.rig.settings, kept));
+      scene.OpenWith(comes_back ? test::StoredArchive(test::TwoSheets()) : "old@x.org\n");
+      scene.Press("RadioButton2");
+      scene.Step("MappingComboBox", 1);
+      if (comes_back) {
+        QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
+        scene.Press("ApplyMappingButton");
+        QTRY_COMPARE(scene.Sample(), "b@x.org");
+        scene.Pick("old@x.org\n", "other.txt");
+        scene.Press("RadioButton1");
+        auto& box = scene.Find<QLineEdit>("BrowseTextBox");
+        box.setFocus();
+        box.selectAll();
+        QTest::keyClicks(&box, PathToQt(scene.rig.folder.path() / "list.txt"));
+      } else {
+        scene.PickFile(scene.rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets())));
+        scene.Press("ApplyMappingButton");
+        scene.Press("RadioButton1");
+      }
+      scene.rig.prompts.answers = {platform::Answer::kYes};
+      scene.Find<QPushButton>("ImportButton").click();
+      QTRY_COMPARE(scene.Addresses(), "old@x.org, b@x.org,");
+    }
+  }
+
   void aLongLookIsGivenUp() {
     Scene scene;
     scene.rig.AddGroup("Readers", {});

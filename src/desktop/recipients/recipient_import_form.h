@@ -171,6 +171,7 @@ class RecipientImportForm final : public QDialog {
   std::optional<recipients::TextEncoding> known_;       // found out of this file
   bool delimiter_is_open_ = true;                       // of this file: not found, nor picked by person or mapping
   bool sheet_is_picked_ = false;                        // for this file
+  std::string sheet_to_come_;                           // picked by a mapping before a look listed the sheets
   bool was_set_back_ = false;                           // the mapping, for the file is another one
   std::vector<std::size_t> columns_;                    // of the file that are its fields here; none: all
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least

@@ -162,7 +162,7 @@ void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
 }
 
 // What the lines are read of; a mapping that says nothing of it leaves it as it is. A sheet of a file that was not
-// looked at yet waits with the fields.
+// looked at yet is picked all the same, and stays so where the fields are given up.
 void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
   if (!kept.encoding.empty()) {
     const int known = encoding_->findText(ToQt(kept.encoding), Qt::MatchFixedString);
@@ -172,6 +172,7 @@ void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
   if (kept.sheet.empty()) return;
   const int sheet = sheet_->findText(ToQt(kept.sheet));
   if (sheet >= 0) sheet_->setCurrentIndex(sheet);
+  if (sheet_->count() == 0) sheet_to_come_ = kept.sheet;
   sheet_is_picked_ = sheet >= 0 || sheet_->count() == 0;
 }
 

@@ -52,6 +52,7 @@ void RecipientImportForm::SetBack() {
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
   sheet_is_picked_ = false;
+  sheet_to_come_.clear();
   mapping_->Offer({});
   bar_->Count(0, 1);
   Warn({});
@@ -63,6 +64,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
   const recipients::KeptMapping* waiting = awaited_.mapping();
   const bool had_mapping = waiting != nullptr || !mapping_->Mapping().IsAllIgnore();
   if (had_file && had_mapping) remembered_.insert(looked_at_, waiting != nullptr ? *waiting : Current());
+  if (!had_mapping) remembered_.remove(looked_at_);  // an older one was given up
   file_->setText(file);
   looked_at_ = file;
   SetBack();
@@ -125,7 +127,7 @@ recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
   reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
   if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
-  if (sheet_->count() == 0 && awaited_.mapping() != nullptr) reading.sheet = awaited_.mapping()->sheet;
+  if (sheet_->count() == 0) reading.sheet = sheet_to_come_;
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
@@ -205,6 +207,7 @@ void RecipientImportForm::TakeFormat(const Look& look) {
   if (kind_->currentIndex() == 0)
     kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
   for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
+  sheet_to_come_.clear();
   if (!look.sheets.empty()) sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
   if (Reading().encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
 }
