@@ -61,6 +61,9 @@ void AddTable(CLI::App& compose, Context& context) {
            {"--width", &choice.width, "Of the whole table"}}) {
     table->add_option(name, *field, description)->capture_default_str();
   }
+  // A window takes an empty one, which a script does not mean.
+  table->get_option("--width")->check(
+      [](const std::string& given) { return given.empty() ? "names nothing" : std::string(); });
   table->add_option("--unit", options->unit, "Of the width")->check(OneOf(document::kLineUnits))->capture_default_str();
   table->add_option("--align", choice.align, "Its side; as the text where none is given")
       ->check(OneOf(document::kTableAlignments));
