@@ -44,8 +44,15 @@ const CLI::Option* FindOption(const CLI::App* command, const std::string& name) 
   return option;
 }
 
-// "--name=" as "--name" and an empty value. The parser would take the argument behind it for the value, which a script
-// with an empty variable does not mean. Errors: kUsage for one that takes no value.
+// "--name=" or "-n=", with nothing behind it.
+bool HasEmptyValue(const std::string& argument) {
+  const bool is_short = argument.size() == 3 && argument.starts_with('-');
+  const bool is_long = argument.size() > 3 && argument.starts_with("--");
+  return (is_short || is_long) && argument.find('=') == argument.size() - 1;
+}
+
+// "--name=" as "--name" and an empty value. The parser would take the argument behind it for the value, or the "=" for
+// that of "-n", which a script with an empty variable does not mean. Errors: kUsage for one that takes no value.
 Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vector<std::string> arguments) {
   std::vector<std::string> out;
   const CLI::App* command = &app;
@@ -53,8 +60,7 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
   for (std::string& argument : arguments) {
     for (const CLI::App* named : command->get_subcommands(IsCalled(argument))) command = named;
     are_options = are_options && argument != "--";
-    const bool is_empty =
-        are_options && argument.size() > 3 && argument.starts_with("--") && argument.find('=') == argument.size() - 1;
+    const bool is_empty = are_options && HasEmptyValue(argument);
     const std::string name = is_empty ? argument.substr(0, argument.size() - 1) : "";
     const CLI::Option* option = is_empty ? FindOption(command, name) : nullptr;
     if (option == nullptr) {  // the parser refuses one that it does not know as it was typed
@@ -73,8 +79,8 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
 
 // Texts that may be empty. Every other option names something, and a script with an empty variable does not mean to
 // leave it out.
-constexpr std::array kMayBeEmpty = {"--subject", "--sheet",       "--company",
-                                    "--web",     "--unsubscribe", "--unsubscribe-subject"};
+constexpr std::array kMayBeEmpty = {
+    "--subject", "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"};
 
 // Numbers of `compose` that the core refuses in the words of the windows, where they are empty too.
 constexpr std::array kRefusedLater = {"--rows",    "--columns", "--border", "--spacing",

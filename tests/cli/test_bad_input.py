@@ -481,7 +481,7 @@ class BadInput(Case):
 
     def test_an_empty_value_of_an_option(self):
         """A script with an empty variable does not mean to leave out what it names."""
-        texts = {"--subject", "--sheet", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"}
+        texts = {"--subject", "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"}
         commands = list(self.options())
         self.assertGreater(len(commands), 80)
         for command in commands:
@@ -492,6 +492,11 @@ class BadInput(Case):
             if command[0] == "compose" and "Please enter your " in err:  # in the words of the window
                 continue
             self.assertRegex(err.splitlines()[0], rf"^(Could not convert: )?{command[-1]}\b(?! is required)", command)
+        self.check([(["export", "-g", "All", "-o="], 64, "--output"),
+                    (["find", "a", "-g="], 64, "--group"),
+                    (["import", self.list, "--harvest", "--opt-in", "-g="], 64, "--group")])
+        heading = self.run_program("message", "print", "none.eml", "--pdf", "none.pdf", "--heading", "")
+        self.assertNotIn("--heading", heading[2], "a text")
 
     def test_a_store_that_is_away(self):
         """A link at the store's place is the person's, also while what it leads to is not there."""
