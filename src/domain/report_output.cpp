@@ -9,7 +9,30 @@
 namespace quillcast::domain {
 namespace {
 
+constexpr std::size_t kLongestLine = 2000;  // characters
 constexpr const char* kRule = "------------------------------------";
+
+// Each tab is kept.
+std::string PrintableLine(std::string_view line) {
+  std::string shown;
+  for (const std::string_view piece : platform::Split(line, '\t')) {
+    if (piece.data() != line.data()) shown += '\t';
+    shown += platform::Printable(piece, piece.size());
+  }
+  return shown;
+}
+
+void AppendBroken(std::string& out, std::string_view line) {
+  std::size_t characters = 0;
+  for (const char c : line) {
+    const bool begins_one = (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+    if (begins_one && characters++ == kLongestLine) {
+      out += '\n';
+      characters = 1;
+    }
+    out += c;
+  }
+}
 
 Sentence Saved(const std::filesystem::path& file, std::size_t lost, std::string_view code_page) {
   if (lost == 0) return Say("The report is in {}.", platform::Printable(file.string()));
@@ -38,6 +61,16 @@ Result<std::optional<Sentence>> SaveReport(std::string_view text, std::string_vi
   const auto written = platform::ReplaceChosenFile(file, own, encoded + "\r\n");
   if (!written) return written.error();
   return std::optional(Saved(file, lost, code_page));
+}
+
+std::string ShownReport(std::string_view text) {
+  const std::string lines = platform::ReplaceAll(platform::ReplaceAll(text, "\r\n", "\n"), "\r", "\n");
+  std::string shown;
+  for (const std::string_view line : platform::Split(lines, '\n')) {
+    if (line.data() != lines.data()) shown += '\n';
+    AppendBroken(shown, PrintableLine(line));
+  }
+  return shown;
 }
 
 bool MayPrintReport(std::string_view text, platform::Prompts& prompts) {

@@ -18,6 +18,10 @@ namespace quillcast::domain {
 Result<std::optional<Sentence>> SaveReport(std::string_view text, std::string_view code_page,
                                            const platform::OwnFiles& own, platform::Prompts& prompts);
 
+// The text as a box shows it: its lines ended by LF, none longer than 2,000 characters, since the layout of one takes
+// time by the square of its length, and what Printable takes out, tabs apart, as "?".
+std::string ShownReport(std::string_view text);
+
 // Whether the text is to be printed: the person is asked, or warned where there is none.
 bool MayPrintReport(std::string_view text, platform::Prompts& prompts);
 

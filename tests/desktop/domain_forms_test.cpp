@@ -1,6 +1,7 @@
 // The domain tools' windows against servers on loopback.
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -149,6 +150,34 @@ class DomainFormsTest : public QObject {
     QTest::keyClick(&scene.form, Qt::Key_Escape);
     QVERIFY(!scene.form.isVisible());
     over = true;
+  }
+
+  // One line as long as an answer may be: the window goes on, and the file gets what came.
+  void showsAnAnswerWithoutALineBreakAtOnce() {
+    const std::string answer = std::string("\0\xE2\x80\xAE", 4) + std::string(domain::kLongestWhoisAnswer - 4, 'x');
+    const smtp::ScriptedServer server([&](smtp::Peer& peer, int) {
+      peer.Line();
+      peer.Say(answer);
+    });
+    ToolsScene scene(nullptr);
+    scene.form.server_for = [&](std::string_view) { return net::HostPort{"127.0.0.1", server.port()}; };
+    scene.Open();
+    scene.Type("DomainTextBox", "example");
+    qint64 longest = 0;
+    QElapsedTimer between;
+    between.start();
+    QTimer turns;
+    connect(&turns, &QTimer::timeout, this, [&] { longest = std::max(longest, between.restart()); });
+    turns.start(10);
+    scene.Press("WhoisButton");
+    QTRY_COMPARE_WITH_TIMEOUT(scene.Disabled(kTools), "", 60000);
+    QTest::qWait(50);
+    QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
+    QVERIFY(scene.Text("ResultTextBox").startsWith("??xxx"));
+    const auto file = scene.rig.folder / "saved.txt";
+    scene.rig.prompts.files = {file};
+    scene.Press("SaveButton");
+    QVERIFY(test::ReadAll(file).find(answer.substr(4)) != std::string::npos);
   }
 
   void opensTheOtherLookUps() {

@@ -13,6 +13,7 @@
 #include "desktop/widgets/status_line.h"
 #include "domain/report_output.h"
 #include "platform/locale_codeset.h"
+#include "platform/text.h"
 
 namespace quillcast::desktop {
 
@@ -47,25 +48,25 @@ ReportBox::ReportBox(const char* name, const QString& accessible_name, const QSt
 }
 
 void ReportBox::Show(const QString& text) {
-  setPlainText(text);
+  text_ = platform::ReplaceAll(FromQt(text), "\r\n", "\n");
+  setPlainText(ToQt(domain::ShownReport(text_)));
   empty_->setVisible(text.isEmpty());
 }
 
 void ReportBox::Save() {
-  const auto saved = domain::SaveReport(FromQt(toPlainText()), platform::LocaleCodeset(), program_.folders.OwnFiles(),
-                                        program_.prompts);
+  const auto saved =
+      domain::SaveReport(text_, platform::LocaleCodeset(), program_.folders.OwnFiles(), program_.prompts);
   if (!saved) return status_.Fail(saved.error());
   if (*saved) status_.Say(InWords(**saved));
 }
 
 void ReportBox::Print() {
   if (task_->is_running()) return;
-  const std::string text = FromQt(toPlainText());
-  if (!domain::MayPrintReport(text, program_.prompts)) return;
+  if (!domain::MayPrintReport(text_, program_.prompts)) return;
   const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   if (!choose_printer(*printer)) return;
   status_.Say(tr("Printing…"));
-  task_->Start([this, printer, lines = ToQt(domain::PrintedReport(text)),
+  task_->Start([this, printer, lines = ToQt(domain::PrintedReport(text_)),
                 own = program_.folders.OwnFiles()](const platform::CancelToken& cancel) {
     const auto pages = PrintReport(*printer, lines, own, cancel);
     return [this, pages] { TellPrinted(pages); };

@@ -28,7 +28,8 @@ class ReportBox final : public QPlainTextEdit {
   ReportBox(const char* name, const QString& accessible_name, const QString& empty_text,
             const profile::Program& program, StatusLine& status, QWidget* parent);
 
-  // In place of what stands there. Any line ends.
+  // In place of what stands there. Any line ends. The box breaks long lines and shows "?" for what would be obeyed;
+  // what is saved and printed is the text itself.
   void Show(const QString& text);
   QPushButton* save_button() const { return save_; }
   QPushButton* print_button() const { return print_; }
@@ -43,6 +44,7 @@ class ReportBox final : public QPlainTextEdit {
 
   const profile::Program& program_;
   StatusLine& status_;
+  std::string text_;
   EmptyState* empty_;
   BackgroundTask* task_;
   QPushButton* save_;
