@@ -45,7 +45,13 @@ ares_ssize_t Send(ares_socket_t socket, const iovec* pieces, int count, void* wa
   msghdr message{};
   message.msg_iov = const_cast<iovec*>(pieces);  // NOLINT(cppcoreguidelines-pro-type-const-cast): it only reads
   message.msg_iovlen = static_cast<std::size_t>(count);
-  return Noted(::sendmsg(socket, &message, MSG_NOSIGNAL), watch);
+  const ares_ssize_t sent = Noted(::sendmsg(socket, &message, MSG_NOSIGNAL), watch);
+  if (sent >= 0 || errno != ECONNREFUSED) return sent;
+  // That was said of the datagram before, and would be lost with its question still open: the library has to hear it
+  // when it reads. Sent again, this one brings it there.
+  const ares_ssize_t again = ::sendmsg(socket, &message, MSG_NOSIGNAL);
+  if (again < 0) errno = ECONNREFUSED;
+  return again;
 }
 
 }  // namespace

@@ -159,6 +159,16 @@ TEST_F(DnsClientTest, TellsThatNoServerIsThere) {
   EXPECT_EQ(answer.outcome, DnsOutcome::kNoSocket);
   EXPECT_EQ(answer.error_number, ECONNREFUSED);
   EXPECT_FALSE(answer.answered());
+  // Of two at once neither waits for what cannot come.
+  const auto begun = clock_.Monotonic();
+  const std::vector both = {DnsQuestion{"example.org", DnsType::kA}, DnsQuestion{"example.org", DnsType::kAaaa}};
+  const auto answers = AskAll(both, {gone}, Within(seconds(20)));
+  ASSERT_TRUE(answers);
+  for (const DnsAnswer& one : *answers) {
+    EXPECT_EQ(one.outcome, DnsOutcome::kNoSocket);
+    EXPECT_EQ(one.error_number, ECONNREFUSED);
+  }
+  EXPECT_LT(clock_.Monotonic() - begun, seconds(1));
 }
 
 TEST_F(DnsClientTest, AsksTheNextServer) {
