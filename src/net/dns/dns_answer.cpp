@@ -17,6 +17,7 @@ namespace {
 constexpr std::uint16_t kAlias = 5;     // CNAME
 constexpr std::uint16_t kInternet = 1;  // the class
 constexpr int kMostAliases = 16;
+constexpr std::uint16_t kCut = 0x0200;  // the flag of a message that is not whole
 
 struct FreeAres {
   void operator()(char* text) const { ares_free_string(text); }
@@ -210,7 +211,11 @@ DnsAnswer ReadDnsAnswer(std::span<const std::uint8_t> message, const DnsQuestion
   for (OwnedRecord& one : section->records) {
     if (SameName(one.owner, answer.name)) answer.records.push_back(std::move(one.record));
   }
-  if (!answer.records.empty()) answer.outcome = DnsOutcome::kFound;
+  if (!answer.records.empty()) {
+    answer.outcome = DnsOutcome::kFound;
+  } else if ((flags & kCut) != 0) {
+    answer.outcome = DnsOutcome::kMalformed;  // what was cut off may be the records
+  }
   return answer;
 }
 

@@ -137,6 +137,8 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
             [](const std::string&query, bool tcp) {
               return tcp ? std::vector<std::string>() : std::vector{ReplyTo(query, 0, {}, true)};
             }},
+           {"cut, and cut over TCP again", DnsOutcome::kMalformed,
+            [](const std::string&query, bool) { return std::vector{ReplyTo(query, 0, {}, true)}; }},
            {"cut off within a record", DnsOutcome::kMalformed,
             [](const std::string&query, bool) {
               const std::string whole = ReplyTo(query, 0, {MxRecord("example.org", 1, "mx.example.org")});
