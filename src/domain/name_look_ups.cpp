@@ -78,6 +78,14 @@ void TakeHosts(const DnsAnswer& answer, MxReport& report) {
   report.code = static_cast<std::int64_t>(report.hosts.size());
 }
 
+// A domain without MX, and without an answer to tell whether it has an address.
+Error NoFallback(const DnsAnswer& address, std::string_view domain) {
+  Error failure = DnsFailure(address, domain, "an address");
+  failure.what = Say("{} has no MX record, and its own address could not be found out: {}", platform::Printable(domain),
+                     failure.what);
+  return failure;
+}
+
 Sentence DescribeMx(const MxReport& report, const DnsAnswer& answer, std::string_view domain) {
   const std::string shown = platform::Printable(domain);
   if (report.takes_no_mail) return Say("{} takes no mail: it says so with a null MX record.", shown);
@@ -179,7 +187,11 @@ Result<MxReport> LookUpMx(std::string_view server, std::string_view domain, cons
   net::DnsClient client(*std::move(servers));
   MxReport report;
   DnsAnswer mx;
-  const auto keep_address = [&report](const DnsAnswer& address) { AppendAddresses(address, report.fallback); };
+  std::optional<DnsAnswer> unanswered;
+  const auto keep_address = [&](const DnsAnswer& address) {
+    AppendAddresses(address, report.fallback);
+    if (!address.answered() && !unanswered) unanswered = address;
+  };
   client.Ask({std::string(domain), DnsType::kMx}, [&](const DnsAnswer& answer) {
     mx = answer;
     if (answer.outcome != DnsOutcome::kNoData) return;
@@ -188,6 +200,9 @@ Result<MxReport> LookUpMx(std::string_view server, std::string_view domain, cons
   });
   if (auto ran = client.Run(patience); !ran) return ran.error();
   if (const auto code = CodeOf(mx.outcome)) return Failed(*code, DnsFailure(mx, domain, "an MX record"));
+  if (unanswered && report.fallback.empty()) {
+    return Failed(CodeOf(unanswered->outcome).value_or(MxCode::kBadDns), NoFallback(*unanswered, domain));
+  }
   TakeHosts(mx, report);
   report.status = DescribeMx(report, mx, domain);
   return report;

@@ -127,6 +127,15 @@ TEST_F(NameLookUps, SayInAWordWhyThereAreNoHosts) {
     EXPECT_EQ(report.Box(), c.word);
     EXPECT_TRUE(report.failure);
   }
+  const DnsServer no_addresses([](const std::string& query, bool) {
+    return std::vector{net::ReplyTo(query, net::QuestionOf(query).type == 15 ? 0 : 2, {})};
+  });
+  const MxReport unknown = Mx(no_addresses, "example.org");
+  EXPECT_EQ(unknown.Box(), "Bad DNS");
+  ASSERT_TRUE(unknown.failure);
+  EXPECT_EQ(unknown.failure->what.InEnglish(),
+            "example.org has no MX record, and its own address could not be found out: The name server failed when it "
+            "was asked for example.org (SERVFAIL).");
   for (const char* no_address : {"dns.example", "192.0.2.1:x", "1"}) {
     const auto report = LookUpMx(no_address, "example.org", Within());
     ASSERT_TRUE(report);
