@@ -121,6 +121,9 @@ std::vector<Sentence> OfTls(const ConnectionTest& test, ConnectionVerdict verdic
     case kStartTlsRefused:
       return {Say("This server offers STARTTLS on port {} and then refuses it.", port),
               "Whoever runs it has to see to that; until then try port 465 with Security TLS."};
+    case kTextAfterStartTls:
+      return {Say("This server agrees to STARTTLS on port {} and then goes on in plain text.", port),
+              "Whoever runs it has to see to that; until then try port 465 with Security TLS."};
     default:
       return {Say("No encrypted connection to this server comes about on port {}.", port),
               "Check that Security fits the port: TLS for 465, STARTTLS for 587."};
@@ -199,7 +202,7 @@ std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
   if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
   if (verdict >= kExpired && verdict <= kNotTrusted) return OfCertificate(test, verdict);
   const bool is_tls =
-      (verdict >= kSpeaksTls && verdict <= kTlsFailed) || verdict == kNoStartTls || verdict == kStartTlsRefused;
+      (verdict >= kSpeaksTls && verdict <= kTlsFailed) || (verdict >= kNoStartTls && verdict <= kTextAfterStartTls);
   return is_tls ? OfTls(test, verdict) : OfConversation(test, verdict);
 }
 

@@ -38,7 +38,7 @@ ConnectionVerdict OfHandshake(const ConnectionTest& test) {
     case net::HandshakeFault::kCertificate:
       return tls.certificate ? OfCertificate(tls.certificate->fault) : kNotTrusted;
     case net::HandshakeFault::kNoTls:
-      return kSpeaksText;
+      return test.in_clear ? kTextAfterStartTls : kSpeaksText;
     case net::HandshakeFault::kTooOld:
       return kTlsTooOld;
     default:
@@ -102,6 +102,7 @@ constexpr std::array kNames{
     Named{kNotTrusted, "certificate-not-trusted"},
     Named{kNoStartTls, "no-starttls"},
     Named{kStartTlsRefused, "starttls-refused"},
+    Named{kTextAfterStartTls, "text-after-starttls"},
     Named{kTurnedAwayForNow, "turned-away-for-now"},
     Named{kTurnedAway, "turned-away"},
     Named{kFetchesMail, "fetches-mail"},

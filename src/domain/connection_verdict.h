@@ -38,6 +38,7 @@ enum class ConnectionVerdict {
   kNotTrusted,
   kNoStartTls,
   kStartTlsRefused,
+  kTextAfterStartTls,  // it agreed to STARTTLS and then did not speak TLS
   kTurnedAwayForNow,
   kTurnedAway,
   kFetchesMail,  // POP3 or IMAP

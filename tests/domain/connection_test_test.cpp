@@ -33,6 +33,7 @@ struct Script {
   Then then = Then::kGoesOn;
   std::string clear = "250-mx\r\n250-PIPELINING\r\n250 AUTH LOGIN PLAIN\r\n";  // to EHLO; empty: it stalls there
   std::string starttls = "220 go\r\n";
+  bool text_goes_on = false;  // after STARTTLS
   std::string secure = "250-mx\r\n250-SIZE 1000\r\n250 AUTH LOGIN PLAIN\r\n";
   std::string quit = "221 bye\r\n";
 };
@@ -75,6 +76,11 @@ void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
     } else if (line == "STARTTLS") {
       peer.Say(script.starttls);
       if (!script.starttls.starts_with("220")) continue;
+      if (script.text_goes_on) {
+        peer.Octets(1);  // of the client's handshake
+        peer.Say("500 what\r\n");
+        return peer.Stall();
+      }
       if (!peer.StartTls(context)) return peer.Stall();
       secure = true;
     } else {
@@ -203,6 +209,11 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             "Automatic",
             5,
             "and then refuses it."},
+           {"text-after-starttls",
+            {.clear = kOffersTls, .text_goes_on = true},
+            "STARTTLS",
+            5,
+            "agrees to STARTTLS on port N and then goes on in plain text."},
            {"turned-away-for-now", {.greeting = "421 4.3.2 busy\r\n"}, "Automatic", 5, "for now: 421 4.3.2 busy."},
            {"turned-away-for-now", {.clear = "421 busy\r\n"}, "Automatic", 5, "for now: 421 busy."},
            {"turned-away",
