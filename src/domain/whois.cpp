@@ -24,17 +24,29 @@ constexpr std::array<std::string_view, 5> kReferralFields = {"refer", "whois", "
 
 std::string ServerText(const net::HostPort& server) { return platform::Printable(server.host); }
 
+// By name: an answer that anybody may have written does not choose among the addresses of this network.
+bool IsPublicName(std::string_view host) {
+  while (host.ends_with('.')) host.remove_suffix(1);
+  const auto dot = host.rfind('.');
+  if (dot == std::string_view::npos || host.find(':') != std::string_view::npos) return false;
+  const std::string_view last = host.substr(dot + 1);
+  // "127.1" and "127.0x1" are addresses to the system.
+  if (last.empty() || (last.front() >= '0' && last.front() <= '9')) return false;
+  return !platform::EqualsIgnoringAsciiCase(last, "localhost");
+}
+
 bool IsHostCharacter(char c) { return platform::AsciiIsAlnum(c) || c == '-' || c == '.' || c == ':'; }
 
-// "whois.example", "whois://whois.example:4343/"; nothing for a page or what is no host.
+// "whois.example", "whois://whois.example:43/"; nothing for a page, another port, an address or what is no host.
 std::optional<net::HostPort> ReferralIn(std::string_view value) {
   value = platform::Trim(value);
   constexpr std::string_view kScheme = "whois://";
   if (platform::StartsWithIgnoringAsciiCase(value, kScheme)) value.remove_prefix(kScheme.size());
   while (value.ends_with('/')) value.remove_suffix(1);
   if (!std::all_of(value.begin(), value.end(), IsHostCharacter)) return {};
-  if (value.find('.') == std::string_view::npos) return {};
-  return net::ParseHostPort(value, kPort);
+  auto referral = net::ParseHostPort(value, kPort);
+  if (!referral || referral->port != kPort || !IsPublicName(referral->host)) return {};
+  return referral;
 }
 
 std::optional<net::HostPort> FindReferral(std::string_view text) {

@@ -18,7 +18,7 @@ inline constexpr std::chrono::seconds kWhoisTime{30};              // for the wh
 struct WhoisAnswer {
   std::string text;                       // UTF-8, its lines ended by LF; control characters are in it as they came
   std::string charset;                    // what it was read as: "utf-8" unless it cannot be that
-  std::optional<net::HostPort> referral;  // another server that it names, which knows more; not asked
+  std::optional<net::HostPort> referral;  // a server that it names, which knows more: by a name, at port 43; not asked
   std::optional<Error> cut_short;         // why `text` is not all that the server had to say
 
   // What goes into the box: the text with CRLF line ends.

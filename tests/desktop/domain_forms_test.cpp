@@ -180,6 +180,25 @@ class DomainFormsTest : public QObject {
     QVERIFY(test::ReadAll(file).find(answer.substr(4)) != std::string::npos);
   }
 
+  void keepsTheFirstAnswerUntilTheSecondCame() {
+    const smtp::ScriptedServer server([](smtp::Peer& peer, int) {
+      peer.Line();
+      peer.Say("whois: whois.registrar.invalid\n");
+    });
+    ToolsScene scene(nullptr);
+    scene.form.server_for = [&](std::string_view) { return net::HostPort{"127.0.0.1", server.port()}; };
+    scene.Open();
+    scene.Type("DomainTextBox", "example");
+    scene.Press("WhoisButton");
+    QTRY_VERIFY(scene.Find("ReferralButton").isVisible());
+    scene.Press("ReferralButton");
+    QCOMPARE(scene.Text("ResultTextBox"), "whois: whois.registrar.invalid\n");
+    scene.Press("CancelButton");
+    QTRY_COMPARE(scene.Disabled(kTools), "");
+    QCOMPARE(scene.Text("ResultTextBox"), "whois: whois.registrar.invalid\n");
+    QVERIFY(scene.Find("ReferralButton").isVisible());
+  }
+
   void opensTheOtherLookUps() {
     ToolsScene scene(nullptr);
     scene.Open();

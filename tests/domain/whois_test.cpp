@@ -131,7 +131,11 @@ TEST(WhoisAnswerReading, FindsTheServerThatKnowsMore) {
   };
   for (const Case& c : {Case{"refer:        whois.nic.example\n", "whois.nic.example:43"},
                         Case{"  Registrar WHOIS Server: whois.registrar.example\r\n", "whois.registrar.example:43"},
-                        Case{"ReferralServer: whois://whois.region.example:4343/\n", "whois.region.example:4343"},
+                        Case{"ReferralServer: whois://whois.region.example:43/\n", "whois.region.example:43"},
+                        Case{"Whois Server: whois.region.example:4343\nrefer: other.example\n", "other.example:43"},
+                        Case{"Registrar WHOIS Server: 127.0.0.1:25\n", ""}, Case{"refer: 10.0.0.1\n", ""},
+                        Case{"refer: [::1]\n", ""}, Case{"refer: ::ffff:10.0.0.1\n", ""}, Case{"refer: 127.1\n", ""},
+                        Case{"refer: 127.0x1\n", ""}, Case{"refer: a.localhost.\n", ""},
                         Case{"Whois Server:\nwhois: second.example", "second.example:43"},  // an empty one is none
                         Case{"Registrar WHOIS Server: https://registrar.example/whois\n", ""},
                         Case{"Whois Server: bad host.example\n", ""}, Case{"Whois Server: \x1B[2Jevil.example\n", ""},

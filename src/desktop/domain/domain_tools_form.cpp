@@ -93,6 +93,8 @@ void DomainToolsForm::AskRegistry() {
   }
   const std::string extension = FromQt(extension_->currentText());
   asked_ = name + extension;
+  result_->Show({});
+  referred_.reset();
   Ask(server_for(extension));
 }
 
@@ -101,8 +103,6 @@ void DomainToolsForm::AskReferral() {
 }
 
 void DomainToolsForm::Ask(const net::HostPort& server) {
-  result_->Show({});
-  referred_.reset();
   referral_->hide();
   SetEnabled(false);
   cancel_->setFocus();
