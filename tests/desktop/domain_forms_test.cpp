@@ -231,6 +231,16 @@ class DomainFormsTest : public QObject {
     to_ip.Press("ConvertButton");
     QTRY_VERIFY2(to_ip.Status().contains("gone.example"), qPrintable(to_ip.Status()));
     QCOMPARE(to_ip.Text("OutputTextBox"), "192.0.2.7\n2001:db8::7\n");  // a failure leaves it as it was
+    to_ip.Type("InputTextBox", "host.example");
+    QTest::mouseDClick(&to_ip.Find("ConvertButton"), Qt::LeftButton);  // asks once, and does not cancel
+    to_ip.Press("ConvertButton");
+    QTRY_COMPARE(to_ip.Status(), "2 addresses of host.example.");
+    const net::DnsServer silent([](const std::string&, bool) { return std::vector<std::string>(); });
+    to_ip.form.servers = {silent.endpoint()};
+    to_ip.Press("ConvertButton");
+    QCOMPARE(to_ip.Disabled({"InputTextBox", "ConvertButton", "CancelButton"}), "InputTextBox ConvertButton");
+    to_ip.Press("CancelButton");
+    QTRY_COMPARE(to_ip.Disabled({"InputTextBox", "ConvertButton", "CancelButton"}), "CancelButton");
 
     Scene<IPDomainForm> to_name(nullptr);
     to_name.form.servers = {names->endpoint()};

@@ -23,7 +23,8 @@ ConversionForm::ConversionForm(const profile::Program& program, const Texts& tex
       status_(new StatusLine(this)),
       input_(new QLineEdit(this)),
       output_(new QPlainTextEdit(this)),
-      convert_(new QPushButton(tr("&Convert"), this)) {
+      convert_(new QPushButton(tr("&Convert"), this)),
+      cancel_(new QPushButton(tr("Cancel"), this)) {
   setObjectName(texts.name);
   setWindowTitle(texts.title);
   resize(460, 320);
@@ -36,26 +37,29 @@ ConversionForm::ConversionForm(const profile::Program& program, const Texts& tex
   output_->setPlaceholderText(texts.empty);
   convert_->setObjectName("ConvertButton");
   convert_->setDefault(true);
+  cancel_->setObjectName("CancelButton");
+  cancel_->setEnabled(false);
   auto* column = new FormColumn(this);
-  column->AddGrid()->Add("InputTextBox", texts.input, input_, {convert_});
+  column->AddGrid()->Add("InputTextBox", texts.input, input_, {convert_, cancel_});
   column->Add(output_, 1);
   column->Add(status_);
   column->AddButtons(QDialogButtonBox::Close);
   connect(convert_, &QPushButton::clicked, this, &ConversionForm::Convert);
+  connect(cancel_, &QPushButton::clicked, this, [this] { task_->Cancel(); });
   input_->setFocus();
 }
 
 ConversionForm::~ConversionForm() = default;
 
 void ConversionForm::Convert() {
-  if (task_->is_running()) return task_->Cancel();
   const std::string typed = FromQt(input_->text());
   if (const std::string complaint = check_(typed); !complaint.empty()) {
     program_.prompts.Warn(complaint);
     return input_->setFocus();
   }
   status_->Say(tr("Asking…"));
-  convert_->setText(tr("&Cancel"));
+  SetEnabled(false);
+  cancel_->setFocus();
   task_->Start(
       [this, typed, asked = servers, look_up = look_up_, &clock = program_.clock](const platform::CancelToken& cancel) {
         const auto found = std::make_shared<const Result<domain::FoundLines>>(look_up(
@@ -66,10 +70,16 @@ void ConversionForm::Convert() {
 }
 
 void ConversionForm::Show(const Result<domain::FoundLines>& found) {
-  convert_->setText(tr("&Convert"));
+  SetEnabled(true);
+  convert_->setFocus();
   if (!found) return status_->Fail(found.error());
   output_->setPlainText(ToQt(found->Box()));
   status_->Say(InWords(found->status));
+}
+
+void ConversionForm::SetEnabled(bool enabled) {
+  for (QWidget* control : std::initializer_list<QWidget*>{input_, convert_}) control->setEnabled(enabled);
+  cancel_->setEnabled(!enabled);
 }
 
 void ConversionForm::reject() {

@@ -45,6 +45,7 @@ class ConversionForm : public QDialog {
  private:
   void Convert();
   void Show(const Result<domain::FoundLines>& found);
+  void SetEnabled(bool enabled);
 
   const profile::Program& program_;
   Check check_;
@@ -54,6 +55,7 @@ class ConversionForm : public QDialog {
   QLineEdit* input_;
   QPlainTextEdit* output_;
   QPushButton* convert_;
+  QPushButton* cancel_;
 };
 
 class DomainIPForm final : public ConversionForm {
