@@ -35,7 +35,7 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   const auto own_port = PortFrom(port_text);
   if (!own_port) {
     return Error{own_port.error().failure,
-                 Say("\"{}\" in the server list names no port of a mail server.", platform::Printable(entry, 80)),
+                 Say("\"{}\" names no port of a mail server.", platform::Printable(entry, 80)),
                  "A port is a number from 1 to 65535, as in mail.example.org:587."};
   }
   server.port = *own_port;

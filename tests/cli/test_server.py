@@ -18,6 +18,7 @@ class Server(Case):
                 (lambda: f"[::ffff:127.0.0.1]:{serve(greets)}", (), 0, 0, "no-sign-in-in-clear", "offers no way to sign in"),
                 (lambda: f"localhost:{serve(['554 5.7.1 go away'])}", (), 69, 5, "turned-away", "554 5.7.1 go away"),
                 (lambda: f"localhost:{serve([])}", ("--timeout", "1"), 69, 16, "hung-up", "without a word"),
+                (lambda: f"localhost:{serve(['220 mx', '250 mx'])}", (), 0, 6, "parts-badly", "no harm"),
                 (lambda: "localhost:1", (), 69, 9, "port-refused", "nothing listens on its port 1"),
                 (lambda: "a..b", (), 69, 17, "name-unknown", "No name server knows a..b.")):
             with self.subTest(verdict=verdict):

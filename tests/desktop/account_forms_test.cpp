@@ -215,7 +215,7 @@ class AccountFormsTest : public QObject {
     Type(form, "ServerTextBox", "127.0.0.1:x");
     Press(form, "TestButton");
     QTRY_VERIFY(!rig.prompts.shown.empty());
-    QVERIFY(Text(form, "StatusLine").contains("\"127.0.0.1:x\" in the server list"));
+    QVERIFY(Text(form, "StatusLine").contains("\"127.0.0.1:x\" names no port"));
   }
 
   void resetAsksFirst() {
