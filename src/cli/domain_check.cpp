@@ -6,6 +6,7 @@
 #include "cli/sender_lookup.h"
 #include "domain/name_look_ups.h"
 #include "domain/sender/account_sender.h"
+#include "net/idna.h"
 
 namespace quillcast::cli {
 namespace {
@@ -26,7 +27,13 @@ Result<domain::SenderQuestion> QuestionOf(const Context& context, const CheckOpt
       options.domain.empty() ? domain::QuestionOf(*account) : domain::QuestionOf(options.domain, *account);
   if (!question) return question;
   question->selectors = options.selectors;
-  if (!options.server.empty()) question->server = options.server;
+  if (options.server.empty()) return question;
+  const auto server = net::ParseHostPort(options.server, 25);  // the port is of no account here
+  const auto host = server ? net::AsciiHost(server->host) : Result<std::string>(Error{});
+  if (!host) {
+    return Error{Failure::kUsage, Say("\"{}\" is not a server.", options.server), "Give its name or its address."};
+  }
+  question->server = *host;
   return question;
 }
 
@@ -38,6 +45,8 @@ int RunCheck(Context& context, const CheckOptions& options) {
   const auto report = CheckSenderNow(context, *question, *servers);
   if (!report) return context.output.Fail(report.error());
   for (const domain::Finding& finding : report->findings) ShowFinding(context, finding);
+  context.output.Note(report->Summary(question->domain).InEnglish());
+  if (report->IsBlank()) return ExitCode(Failure::kUnavailable);
   return report->Gravest() == domain::Verdict::kBad ? 1 : 0;
 }
 
@@ -57,7 +66,7 @@ void AddDomainCheck(CLI::App& domain, Context& context) {
   command.footer(
       "Looks at MX, SPF, DKIM, DMARC, MTA-STS and the names of the server's addresses.\n"
       "Example: quillcast domain check example.org --selector s1\n\n"
-      "Exit codes: 0 nothing bad was found; 1 something is bad.");
+      "Exit codes: 0 nothing bad was found; 1 something is bad; 69 no question was answered.");
   OnRun(command, context, [options](Context& c) { return RunCheck(c, *options); });
 }
 

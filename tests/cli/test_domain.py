@@ -126,9 +126,12 @@ class Domain(Case):
             ("Reverse name", "reverse-name-elsewhere", "bad")])
         code, out, err = self.run_program("domain", "check", "open.sender.example", *dns)
         self.assertEqual(code, 1)
-        self.assertIn('bad: SPF: The record lets everybody in the world send for open.sender.example ("+all").\n'
-                      '  End it with "~all" or "-all".\n', out)
+        self.assertIn('bad: SPF: The record lets everybody in the world send for open.sender.example.\n'
+                      '  Name those who send for you alone, and end it with "~all" or "-all".\n', out)
         self.assertNotIn("\x1b", out + err)
+
+        self.assertEqual(self.run_program("domain", "check", "a.example", "--dns", "127.0.0.1:1")[0], 69)
+        self.assertEqual(self.run_program("domain", "check", "a.example", "--server", "a:b:c", *dns)[0], 64)
 
         # The account's own domain, asked for with a run; the next run remembers it and asks nobody.
         self.account(9)

@@ -314,7 +314,7 @@ class DomainFormsTest : public QObject {
       }
       return false;
     };
-    QTRY_VERIFY(is_told("Bad", "(\"+all\").\nEnd it with"));
+    QTRY_VERIFY(is_told("Bad", "everybody in the world"));
     QVERIFY(is_told("Good", "a.example"));
     QVERIFY2(scene.Status().contains("mail.example"), qPrintable(scene.Status()));
     const auto kept = domain::RememberSenderCheck(scene.rig.settings, "mail.example", scene.rig.clock.Now());

@@ -21,6 +21,8 @@ bool CheckFallback(const std::string& domain, Answers& answers, Findings& found)
     found.push_back({kTopic, "no-mx", Verdict::kWeak,
                      Say("{} has no MX record; mail to it goes to its own address.", domain),
                      "Publish an MX record for the server that takes replies: some receivers doubt a sender without."});
+  } else if (!ip4->answered() || !ip6->answered()) {
+    found.push_back(Unanswered(kTopic, domain, ip4->answered() ? *ip6 : *ip4));
   } else {
     found.push_back({kTopic, "no-mail-server", Verdict::kBad, Say("No server takes mail for {}.", domain),
                      "Publish an MX record for the server that takes replies, or send from another domain: most "

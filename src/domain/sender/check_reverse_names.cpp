@@ -29,20 +29,24 @@ bool IsPublic(const net::IpAddress& address) {
   });
 }
 
-// Whether one of the names leads back to the address; nothing while it is not known.
-std::optional<bool> LeadsBack(const net::IpAddress& address, const DnsAnswer& names, Answers& answers) {
+enum class WayBack { kPending, kNoAnswer, kElsewhere, kThere };
+
+// Whether one of the names leads back to the address.
+WayBack FollowBack(const net::IpAddress& address, const DnsAnswer& names, Answers& answers) {
   const DnsType type = address.family == net::Family::kIpv4 ? DnsType::kA : DnsType::kAaaa;
-  bool is_known = true;
+  WayBack way = WayBack::kElsewhere;
   for (std::size_t i = 0; i < std::min(names.records.size(), kMostNames); ++i) {
     const DnsAnswer* back = answers.Of(names.records[i].text, type);
     if (back == nullptr) {
-      is_known = false;
+      way = WayBack::kPending;
+    } else if (!back->answered() && way != WayBack::kPending) {
+      way = WayBack::kNoAnswer;
     } else if (std::any_of(back->records.begin(), back->records.end(),
                            [&](const net::DnsRecord& record) { return record.address == address; })) {
-      return true;
+      return WayBack::kThere;
     }
   }
-  return is_known ? std::optional(false) : std::nullopt;
+  return way;
 }
 
 bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& found) {
@@ -59,9 +63,14 @@ bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& fou
                      "without."});
     return true;
   }
-  const std::optional<bool> leads_back = LeadsBack(address, *names, answers);
-  if (!leads_back) return false;
-  if (*leads_back) {
+  const WayBack way = FollowBack(address, *names, answers);
+  if (way == WayBack::kPending) return false;
+  if (way == WayBack::kNoAnswer) {
+    found.push_back(
+        {kTopic, "no-answer", Verdict::kUnknown,
+         Say("Whether {}, the name of {}, leads back to it could not be found out.", names->records[0].text, text),
+         "Try again later, or ask another name server."});
+  } else if (way == WayBack::kThere) {
     found.push_back({kTopic, "reverse-name", Verdict::kGood,
                      Say("The address {} is called {}, and the name leads back to it.", text, names->records[0].text)});
   } else {
@@ -92,7 +101,16 @@ std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& se
   return addresses;
 }
 
-bool CheckReverseNames(const std::vector<net::IpAddress>& addresses, Answers& answers, Findings& found) {
+bool CheckReverseNames(const std::string& server, const std::vector<net::IpAddress>& addresses, Answers& answers,
+                       Findings& found) {
+  if (addresses.empty() && !server.empty() && !net::ParseIpAddress(server)) {
+    for (const DnsType type : {DnsType::kA, DnsType::kAaaa}) {
+      const DnsAnswer* answer = answers.Of(server, type);
+      if (answer == nullptr || answer->answered()) continue;
+      found.push_back(Unanswered(kTopic, server, *answer));
+      break;
+    }
+  }
   bool is_known = true;
   for (const net::IpAddress& address : addresses) is_known = CheckAddress(address, answers, found) && is_known;
   return is_known;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include "domain/sender/sender_topics.h"
 #include "domain/sender/spf_check.h"
@@ -35,7 +36,7 @@ bool TellCost(const SpfCost& cost, Findings& found) {
   if (!cost.itself.empty()) {
     found.push_back({kTopic, "spf-loop", Verdict::kBad, Say("The record of {} leads back to itself.", cost.itself),
                      "Remove the \"include:\" or \"redirect=\" that closes the circle."});
-  } else if (!cost.broken.empty() && cost.broken_state != State::kNoAnswer) {
+  } else if (!cost.broken.empty()) {
     found.push_back(
         {kTopic, "spf-broken-include", Verdict::kBad,
          cost.broken_state == State::kNone ? Say("The record leads to {}, which has none.", cost.broken)
@@ -55,19 +56,41 @@ bool TellCost(const SpfCost& cost, Findings& found) {
                      Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
                          cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
                      "Remove them from the record."});
+  } else if (!cost.crowded.empty()) {
+    found.push_back({kTopic, "spf-mx-hosts", Verdict::kBad,
+                     Say("The record names the mail hosts of {}, which are more than the ten that receivers look at.",
+                         cost.crowded),
+                     "Write their addresses in place of \"mx\"."});
+  } else if (!cost.unanswered.empty()) {
+    found.push_back(Unanswered(kTopic, cost.unanswered, cost.no_answer));
   } else {
     return false;
   }
   return true;
 }
 
+// Addresses that nobody sends from (RFC 5771, RFC 1112): a record that lets both through lets everybody through.
+constexpr std::array kNobodys = {"233.252.0.1", "240.0.0.1"};
+
+SpfResult EvaluateNobody(Answers& answers, SpfSender sender) {
+  SpfResult whole = SpfResult::kPass;
+  for (const char* address : kNobodys) {
+    sender.address = *net::ParseIpAddress(address);
+    const SpfResult result = EvaluateSpf(answers, sender);
+    if (result != SpfResult::kPass) whole = result;
+    if (result == SpfResult::kPending) return result;
+  }
+  return whole;
+}
+
 // What becomes of everybody whom the record does not name.
-void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCost& cost, Findings& found) {
+void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCost& cost, SpfResult nobody,
+                Findings& found) {
   const SpfTerm* all = record.All();
-  if (all != nullptr && all->verdict == SpfVerdict::kPass) {
+  if (nobody == SpfResult::kPass) {
     found.push_back({kTopic, "spf-open", Verdict::kBad,
-                     Say("The record lets everybody in the world send for {} (\"+all\").", domain),
-                     "End it with \"~all\" or \"-all\"."});
+                     Say("The record lets everybody in the world send for {}.", domain),
+                     "Name those who send for you alone, and end it with \"~all\" or \"-all\"."});
   } else if (record.redirect.empty() && (all == nullptr || all->verdict == SpfVerdict::kNeutral)) {
     found.push_back({kTopic, "spf-neutral", Verdict::kWeak, "The record says nothing of those whom it does not name.",
                      "End it with \"~all\" or \"-all\"."});
@@ -81,14 +104,22 @@ void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCos
 bool TellServer(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, SpfSender sender,
                 Answers& answers, Findings& found, Passing& passing) {
   bool is_known = true;
+  bool is_answered = true;
   std::string outside;
   for (const net::IpAddress& address : addresses) {
     sender.address = address;
     const SpfResult result = EvaluateSpf(answers, sender);
     if (result == SpfResult::kPending) is_known = false;
+    if (result == SpfResult::kTemporaryError) is_answered = false;
     if (result != SpfResult::kPass && outside.empty()) outside = net::ToString(address);
   }
   if (!is_known || addresses.empty()) return is_known;
+  if (!is_answered) {
+    found.push_back({kTopic, "spf-server-unknown", Verdict::kUnknown,
+                     Say("Whether the record names {} could not be found out.", question.server),
+                     "Try again later, or ask another name server."});
+    return true;
+  }
   if (outside.empty()) {
     passing = Passing::kYes;
     found.push_back({kTopic, "spf-covers-server", Verdict::kGood, Say("The record names {}.", question.server)});
@@ -117,10 +148,11 @@ bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>&
     return true;
   }
   const SpfCost cost = CountSpf(answers, sender);
-  if (cost.is_pending) return false;
+  const SpfResult nobody = EvaluateNobody(answers, sender);
+  if (cost.is_pending || nobody == SpfResult::kPending) return false;
   if (TellCost(cost, found)) return true;
   passing = Passing::kUnknown;
-  TellOthers(question.domain, spf.record, cost, found);
+  TellOthers(question.domain, spf.record, cost, nobody, found);
   return TellServer(question, addresses, sender, answers, found, passing);
 }
 

@@ -7,6 +7,8 @@
 namespace quillcast::domain {
 namespace {
 
+using net::DnsAnswer;
+
 constexpr const char* kTopic = "MTA-STS";
 
 void TellPolicy(const std::string& domain, const StsPolicy& policy, const std::vector<std::string>& servers,
@@ -36,6 +38,11 @@ bool CheckPolicy(const std::string& domain, const std::vector<std::string>& serv
   const net::DnsAnswer* ip4 = answers.Of(host, net::DnsType::kA);
   const net::DnsAnswer* ip6 = answers.Of(host, net::DnsType::kAaaa);
   if (ip4 == nullptr || ip6 == nullptr) return false;
+  const DnsAnswer* silent = !ip4->answered() ? ip4 : !ip6->answered() ? ip6 : nullptr;
+  if (silent != nullptr && ip4->records.empty() && ip6->records.empty()) {
+    found.push_back(Unanswered(kTopic, host, *silent));
+    return true;
+  }
   if (!file.is_wanted) {
     for (const net::DnsAnswer* answer : {ip4, ip6}) {
       for (const net::DnsRecord& record : answer->records) file.addresses.push_back(record.address);
@@ -47,6 +54,8 @@ bool CheckPolicy(const std::string& domain, const std::vector<std::string>& serv
       *file.content ? ParseStsPolicy(**file.content) : Result<StsPolicy>(file.content->error());
   if (policy) {
     TellPolicy(domain, *policy, servers, found);
+  } else if (policy.error().failure == Failure::kUnavailable) {
+    found.push_back({kTopic, "mta-sts-not-fetched", Verdict::kUnknown, policy.error().what, policy.error().remedy});
   } else {
     found.push_back({kTopic, "mta-sts-no-policy", Verdict::kBad,
                      Say("The record of {} leads to no policy: {}", domain, policy.error().what),

@@ -52,7 +52,8 @@ Error Unreadable() {
 bool IsDkimKey(std::string_view record) {
   const Result<TagList> tags = TagList::Parse(record);
   if (!tags) return record.find("DKIM1") != std::string_view::npos;
-  return tags->ValueOf("v") == "DKIM1" || tags->ValueOf("p", "none") != "none";
+  const std::string_view version = tags->ValueOf("v");
+  return version == "DKIM1" || (version.empty() && tags->ValueOf("p", "none") != "none");
 }
 
 Result<DkimKey> ParseDkimKey(std::string_view record) {

@@ -29,7 +29,9 @@ bool IsDmarc(std::string_view record) {
 Result<DmarcRecord> ParseDmarc(std::string_view record) {
   const Result<TagList> tags = TagList::Parse(record);
   if (!tags) return tags.error();
-  const std::optional<DmarcRecord::Policy> policy = PolicyOf(tags->ValueOf("p"));
+  std::optional<DmarcRecord::Policy> policy = PolicyOf(tags->ValueOf("p"));
+  // One that asks for reports alone watches (RFC 7489 6.6.3).
+  if (!policy && !tags->ValueOf("rua").empty()) policy = DmarcRecord::Policy::kNone;
   if (!policy) {
     return Error{Failure::kBadData, Say("\"p={}\" is no policy.", platform::Printable(tags->ValueOf("p"), 60)),
                  "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."};

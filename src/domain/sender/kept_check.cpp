@@ -18,6 +18,7 @@ std::int64_t Seconds(std::chrono::system_clock::time_point moment) {
 
 Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string& domain,
                              std::chrono::system_clock::time_point now, const SenderReport& report) {
+  if (report.IsBlank()) return {};
   const auto count = std::count_if(report.findings.begin(), report.findings.end(), IsToMend);
   const auto worst = std::find_if(report.findings.begin(), report.findings.end(),
                                   [&](const Finding& finding) { return finding.verdict == Verdict::kBad; });

@@ -16,7 +16,13 @@ Verdict SenderReport::Gravest() const {
   return gravest == findings.end() ? Verdict::kUnknown : gravest->verdict;
 }
 
+bool SenderReport::IsBlank() const {
+  return std::all_of(findings.begin(), findings.end(),
+                     [](const Finding& finding) { return finding.verdict == Verdict::kUnknown; });
+}
+
 Sentence SenderReport::Summary(std::string_view domain) const {
+  if (IsBlank()) return Say("Nothing could be found out about {}.", domain);
   const auto count = std::count_if(findings.begin(), findings.end(), IsToMend);
   if (count > 0) return SayOf(count, "{} thing is to be mended in {}.", "{} things are to be mended in {}.", domain);
   return Gravest() == Verdict::kUnknown
@@ -46,7 +52,7 @@ SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFi
   is_complete = CheckDkim(question, answers, found, by_key) && is_complete;
   is_complete = CheckDmarc(question.domain, Combined(by_spf, by_key), answers, found) && is_complete;
   is_complete = CheckSts(question.domain, servers, answers, sts, found) && is_complete;
-  is_complete = (!addresses || CheckReverseNames(*addresses, answers, found)) && is_complete;
+  is_complete = (!addresses || CheckReverseNames(question.server, *addresses, answers, found)) && is_complete;
   report.is_complete = is_complete;
   return report;
 }

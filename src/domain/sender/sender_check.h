@@ -34,6 +34,8 @@ struct SenderReport {
   std::vector<Finding> findings;
   // The gravest of what was found out, kUnknown counted below kBad.
   Verdict Gravest() const;
+  // No question was answered.
+  bool IsBlank() const;
   // How many things there are to mend, in one sentence.
   Sentence Summary(std::string_view domain) const;
 };

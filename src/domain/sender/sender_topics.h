@@ -37,6 +37,7 @@ bool CheckSts(const std::string& domain, const std::vector<std::string>& servers
               Findings& found);
 
 // The names of the server's addresses, and whether they lead back (RFC 1912 2.1).
-bool CheckReverseNames(const std::vector<net::IpAddress>& addresses, Answers& answers, Findings& found);
+bool CheckReverseNames(const std::string& server, const std::vector<net::IpAddress>& addresses, Answers& answers,
+                       Findings& found);
 
 }  // namespace quillcast::domain

@@ -45,17 +45,32 @@ class Count {
 
   void Follow(const std::string& domain) {
     const SpfPublished found = FindSpf(answers_, domain);
-    if (found.state == State::kPending) cost_.is_pending = true;
-    if (found.state != State::kRead && found.state != State::kPending && cost_.broken.empty()) {
+    if (found.state == State::kPending) {
+      cost_.is_pending = true;
+    } else if (found.state == State::kNoAnswer) {
+      NoteUnanswered(domain, *answers_.Of(domain, DnsType::kTxt));
+    } else if (found.state != State::kRead && cost_.broken.empty()) {
       cost_.broken = domain;
       cost_.broken_state = found.state;
     }
     path_.push_back(domain);
     for (const SpfTerm& term : found.record.terms) {
-      if (term.NeedsLookup() && Counts()) Look(term, domain);
+      if (term.mechanism == SpfMechanism::kAll) break;  // what stands behind it is passed over (RFC 7208 5.1)
+      if (term.NeedsLookup() && Counts() && IsKnown(term.name)) Look(term, domain);
     }
-    if (!found.record.redirect.empty() && Counts()) Lead(NameOf(found.record.redirect, domain, sender_));
+    const std::string& redirect = found.record.redirect;
+    if (!redirect.empty() && Counts() && IsKnown(redirect)) Lead(NameOf(redirect, domain, sender_));
     path_.pop_back();
+  }
+
+  bool IsKnown(const std::string& name) const {
+    return name.find('%') == std::string::npos || sender_.address != net::IpAddress();
+  }
+
+  void NoteUnanswered(const std::string& name, const DnsAnswer& answer) {
+    if (!cost_.unanswered.empty()) return;
+    cost_.unanswered = name;
+    cost_.no_answer = answer;
   }
 
   void Lead(const std::string& domain) {
@@ -84,6 +99,8 @@ class Count {
       cost_.is_pending = true;
     } else if (IsVoid(*ip4) && IsVoid(*ip6)) {
       cost_.void_names.push_back(name);
+    } else if (ip4->outcome != DnsOutcome::kFound && ip6->outcome != DnsOutcome::kFound) {
+      NoteUnanswered(name, IsVoid(*ip4) ? *ip6 : *ip4);
     }
   }
 
@@ -93,6 +110,10 @@ class Count {
       cost_.is_pending = true;
     } else if (IsVoid(*servers)) {
       cost_.void_names.push_back(name);
+    } else if (servers->outcome != DnsOutcome::kFound) {
+      NoteUnanswered(name, *servers);
+    } else if (servers->records.size() > kMostServers && cost_.crowded.empty()) {
+      cost_.crowded = name;
     }
   }
 

@@ -28,12 +28,17 @@ struct SpfPublished {
 };
 SpfPublished FindSpf(Answers& answers, const std::string& domain);
 
-// What a whole record costs and leads to, every term of it followed, as none can know which of them match.
+// What a whole record costs and leads to, every term of it up to "all" followed, as none can know which of them match.
+// A name with macros is followed only where the sender's address is known (it is not where it is all zeros).
 struct SpfCost {
   bool is_pending = false;
   int lookups = 0;                      // up to kMostCountedLookups
   std::vector<std::string> void_names;  // asked for, and nothing is there
   std::string itself;                   // a domain whose record leads back to it
+  std::string crowded;                  // an "mx" whose domain has more hosts than receivers look at
+  // The first name that no answer came for; what lies behind it is not counted.
+  std::string unanswered;
+  net::DnsAnswer no_answer;
   // The first domain that is led to and has no record to go by, and how.
   std::string broken;
   SpfPublished::State broken_state = SpfPublished::State::kRead;

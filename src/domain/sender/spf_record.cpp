@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "domain/sender/spf_macros.h"
 #include "platform/text.h"
 
 namespace quillcast::domain {
@@ -100,7 +101,7 @@ bool TakeArgument(const MechanismRow& row, std::string_view argument, SpfTerm& t
   if (argument.empty()) return row.argument != Argument::kName;
   if (!has_colon || argument.size() == 1) return false;
   term.name = argument.substr(1);
-  return true;
+  return ExpandSpfName(term.name, "a.example", {.local_part = "a", .domain = "a.example"}).has_value();
 }
 
 // "name=value"; nothing for what is a mechanism.

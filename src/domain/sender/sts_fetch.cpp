@@ -40,9 +40,19 @@ struct FreeList {
   void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
 
-Error NotFetched(const std::string& host, Sentence why) {
-  return {Failure::kUnavailable, Say("The policy could not be fetched from {}: {}.", host, std::move(why)),
+// What the domain's own side does wrong, as against a network that does not lead there.
+Error Misplaced(const std::string& host, Sentence why) {
+  return {Failure::kBadData, Say("The policy could not be fetched from {}: {}.", host, std::move(why)),
           Say("Put the policy at https://{}/.well-known/mta-sts.txt, or remove the record.", host)};
+}
+Error NotReached(const std::string& host, Sentence why) {
+  return {Failure::kUnavailable, Say("The policy could not be fetched from {}: {}.", host, std::move(why)),
+          "Check that this computer reaches web servers, and try again."};
+}
+
+bool IsTheNetworks(CURLcode code) {
+  return code == CURLE_COULDNT_CONNECT || code == CURLE_COULDNT_RESOLVE_PROXY || code == CURLE_COULDNT_RESOLVE_HOST ||
+         code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING;
 }
 
 std::string JoinedAddresses(const StsPlace& place) {
@@ -59,7 +69,7 @@ std::string JoinedAddresses(const StsPlace& place) {
 
 Result<std::string> FetchStsPolicy(const StsPlace& place, const net::Patience& patience) {
   const std::string host = "mta-sts." + place.domain;
-  if (place.addresses.empty()) return NotFetched(host, "it has no address");
+  if (place.addresses.empty()) return Misplaced(host, "it has no address");
   const std::unique_ptr<CURL, EndTransfer> curl(curl_easy_init());
   if (!curl) return Error{Failure::kInternal, "A transfer could not be begun."};
   Transfer transfer{patience};
@@ -81,11 +91,12 @@ Result<std::string> FetchStsPolicy(const StsPlace& place, const net::Patience& p
   const CURLcode code = curl_easy_perform(curl.get());
   if (code == CURLE_OK) return std::move(transfer.content);
   if (patience.cancel.Requested() >= patience.gives_up_at) return Error{Failure::kTryAgain, "Cancelled."};
-  if (transfer.is_too_large) return NotFetched(host, "it is larger than 64 KiB");
+  if (transfer.is_too_large) return Misplaced(host, "it is larger than 64 KiB");
   if (code == CURLE_OPERATION_TIMEDOUT || code == CURLE_ABORTED_BY_CALLBACK) {
-    return NotFetched(host, "no answer came in time");
+    return NotReached(host, "no answer came in time");
   }
-  return NotFetched(host, std::string(curl_easy_strerror(code)));
+  const std::string why = curl_easy_strerror(code);
+  return IsTheNetworks(code) ? NotReached(host, why) : Misplaced(host, why);
 }
 
 }  // namespace quillcast::domain

@@ -17,8 +17,8 @@ struct StsPlace {
   std::string authorities = {};  // a file of certificates to trust in place of the system's
 };
 
-// At most 64 KiB, no other address followed, the certificate verified. Fails with kUnavailable for whatever keeps the
-// file away, kTimedOut, kTryAgain when the person cancels, and kBadData for what is too large.
+// At most 64 KiB, no other address followed, the certificate verified. Fails with kUnavailable where the network does
+// not lead there in time, kTryAgain when the person cancels, and kBadData for what the domain's own side does wrong.
 Result<std::string> FetchStsPolicy(const StsPlace& place, const net::Patience& patience);
 
 }  // namespace quillcast::domain

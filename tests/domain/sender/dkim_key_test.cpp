@@ -69,6 +69,7 @@ TEST(DkimKey, ThatIsDamagedIsRefused) {
     EXPECT_FALSE(ParseDkimKey(record)) << record;
   }
   EXPECT_FALSE(IsDkimKey("v=spf1 -all"));
+  EXPECT_FALSE(IsDkimKey("v=DMARC1; p=reject"));
   EXPECT_FALSE(IsDkimKey("some-site-verification=abc"));
 }
 

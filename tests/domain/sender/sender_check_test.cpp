@@ -162,8 +162,8 @@ const Case kCases[] = {
      "bad: SPF: The record takes 11 look-ups; receivers give up after 10.\n"
      "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" and \"mx\"."},
     {"example.org TXT v=spf1", "example.org TXT v=spf1 +all", "spf-open",
-     "bad: SPF: The record lets everybody in the world send for example.org (\"+all\").\n"
-     "End it with \"~all\" or \"-all\"."},
+     "bad: SPF: The record lets everybody in the world send for example.org.\n"
+     "Name those who send for you alone, and end it with \"~all\" or \"-all\"."},
     {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ?all", "spf-neutral",
      "weak: SPF: The record says nothing of those whom it does not name.\n"
      "End it with \"~all\" or \"-all\"."},
@@ -257,6 +257,51 @@ TEST(SenderCheck, SaysWhatIsWrongAndWhatToDo) {
   }
 }
 
+TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
+  struct Row {
+    const char* zone;
+    const char* server;
+    const char* words;  // of SPF, MX and the reverse name alone
+  };
+  for (const Row& row : {
+           Row{"example.org TXT v=spf1 include:sub.example -all\nsub.example FAILS", "203.0.113.5", "no-answer"},
+           Row{"example.org TXT v=spf1 include:sub.example -all\nsub.example FAILS", "", "no-answer"},
+           Row{"example.org TXT v=spf1 include:sub.example include:none.example -all\nsub.example FAILS", "",
+               "spf-broken-include"},
+           Row{"example.org TXT v=spf1 mx -all\nexample.org MX 1 h.example\nh.example FAILS", "203.0.113.5",
+               "mx spf spf-server-unknown"},
+           Row{"example.org FAILS", "", "no-answer"},
+           Row{"example.org TXT v=spf1 redirect=open.example\nopen.example TXT v=spf1 ?all +all", "", "spf"},
+           Row{"example.org TXT v=spf1 redirect=open.example\nopen.example TXT v=spf1 +all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 include:open.example -all\nopen.example TXT v=spf1 +all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 ip4:0.0.0.0/0 -all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "", "spf"},
+           Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "203.0.113.5", "spf-broken-include"},
+           Row{"example.org TXT v=spf1 include:%{z}.example -all", "", "spf-mistake"},
+           Row{"example.org TXT v=spf1 -all a:v1.example a:v2.example a:v3.example include:none.example", "", "spf"},
+           Row{"example.org TXT v=spf1 -all\n5.113.0.203.in-addr.arpa PTR h.example\nh.example FAILS", "203.0.113.5",
+               "spf spf-misses-server no-answer"},
+           Row{"example.org TXT v=spf1 -all\nsmtp.example FAILS", "smtp.example", "spf no-answer"},
+       }) {
+    SCOPED_TRACE(std::string(row.zone) + " " + row.server);
+    std::string words;
+    for (const Finding& finding :
+         Check(Zone(row.zone), {.domain = "example.org", .server = row.server}).report.findings) {
+      const bool counts = finding.topic == "SPF" || finding.topic == "Reverse name" || finding.word == "mx";
+      if (counts && finding.word != "no-reverse-name") words += (words.empty() ? "" : " ") + std::string(finding.word);
+    }
+    EXPECT_EQ(words, row.words);
+  }
+  std::string crowd = "example.org TXT v=spf1 mx -all\n";
+  for (int i = 0; i < 11; ++i) crowd += fmt::format("example.org MX 10 m{}.example\n", i);
+  EXPECT_NE(Words(Check(Zone(crowd)).report).find("spf-mx-hosts"), std::string::npos);
+  EXPECT_EQ(Words(Check(Zone("example.org TXT x\n_dmarc.example.org TXT v=DMARC1; rua=mailto:a@b.example\n"
+                             "default._domainkey.example.org TXT v=DMARC1; p=reject"),
+                        {.domain = "example.org"})
+                      .report),
+            "no-mail-server no-spf dkim-not-found dmarc-none dmarc-alignment-unknown no-mta-sts ");
+}
+
 TEST(SenderCheck, SaysThatADomainIsNotThere) {
   const Checked checked = Check(Zone(""), {.domain = "gone.example"});
   EXPECT_EQ(Words(checked.report), "no-such-domain no-spf dkim-not-found no-dmarc no-mta-sts ");
@@ -299,7 +344,10 @@ TEST(SenderCheck, TakesTheOrganisationsDmarcForADomainBelow) {
 }
 
 TEST(SenderCheck, ComparesThePolicyOfMtaStsWithTheServers) {
-  const Zone zone(std::string(kZone) + "_mta-sts.example.org TXT v=STSv1; id=1");
+  const std::string record = std::string(kZone) + "_mta-sts.example.org TXT v=STSv1; id=1\n";
+  const Checked silent = Check(Zone(record + "mta-sts.example.org FAILS -"), {.domain = "example.org"});
+  EXPECT_NE(Words(silent.report).find(" no-answer "), std::string::npos) << Words(silent.report);
+  const Zone zone(record + "mta-sts.example.org A 198.51.100.8");
   struct Policy {
     const char* text;  // nullptr: it could not be fetched
     const char* word;
@@ -309,7 +357,7 @@ TEST(SenderCheck, ComparesThePolicyOfMtaStsWithTheServers) {
            Policy{"version: STSv1\nmode: enforce\nmx: mx1.example.org\nmax_age: 1", "mta-sts-other-server"},
            Policy{"version: STSv1\nmode: none\nmax_age: 1", "mta-sts-off"},
            Policy{"<html>", "mta-sts-no-policy"},
-           Policy{nullptr, "mta-sts-no-policy"},
+           Policy{nullptr, "mta-sts-not-fetched"},
        }) {
     const Result<std::string> file = policy.text != nullptr
                                          ? Result<std::string>(std::string(policy.text))

@@ -74,7 +74,7 @@ TEST_F(LookUp, SaysWhatNobodyAnswered) {
   const auto report = LookUpSender(question, {.servers = {silent.endpoint()}}, For(milliseconds(200)));
   ASSERT_TRUE(report) << Describe(report.error());
   EXPECT_EQ(report->Gravest(), Verdict::kUnknown);
-  EXPECT_EQ(Words(*report), "no-answer no-answer no-answer no-answer no-answer ");
+  EXPECT_EQ(Words(*report), "no-answer no-answer no-answer no-answer no-answer no-answer ");
 }
 
 TEST_F(LookUp, EndsWhenThePersonCancels) {
@@ -172,6 +172,9 @@ TEST(KeptCheck, RemindsForADay) {
                 "2 things to mend were found when example.org was checked, the first: example.org says nothing.");
     }
   }
+  ASSERT_TRUE(
+      KeepSenderCheck(settings, "example.org", clock.now, {true, {{"MX", "no-answer", Verdict::kUnknown, "?"}}}));
+  EXPECT_TRUE(RememberSenderCheck(settings, "example.org", clock.now)->has_value());  // it found out nothing
   ASSERT_TRUE(KeepSenderCheck(settings, "example.org", clock.now, {true, {{"MX", "mx", Verdict::kGood, "Right."}}}));
   EXPECT_FALSE(RememberSenderCheck(settings, "example.org", clock.now)->has_value());
 }

@@ -17,6 +17,8 @@ TEST(Dmarc, IsReadTagByTag) {
   for (const Case& c : {
            Case{"v=DMARC1; p=none", {}},
            Case{"v=DMARC1;p=reject;", {Policy::kReject, Policy::kReject}},
+           Case{"v=DMARC1; rua=mailto:a@example.org",
+                {Policy::kNone, Policy::kNone, false, false, 100, {"mailto:a@example.org"}}},
            Case{" v = DMARC1 ; p = Quarantine ; sp=none; adkim=s; aspf=S; pct=20; ruf=mailto:x@y",
                 {Policy::kQuarantine, Policy::kNone, true, true, 20}},
            Case{"v=DMARC1; p=reject; rua=mailto:a@example.org, mailto:b@example.net!10m; pct=101; sp=odd",
