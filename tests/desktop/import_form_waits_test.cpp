@@ -3,6 +3,7 @@
 #include <QDropEvent>
 #include <QMimeData>
 #include <QTimer>
+#include <QWheelEvent>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -86,6 +87,11 @@ struct Scene : ImportScene {
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(form.get(), &drop);
   }
+  void TurnWheel(QWidget& over) const {
+    const QPoint at = over.rect().center();
+    QWheelEvent event(at, over.mapToGlobal(at), {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&over, &event);
+  }
   // As its letter does: the path is typed, and its box is not left.
   void TypePathAndPress(const char* button) const {
     Type("BrowseTextBox", PathToQt(other));
@@ -102,6 +108,7 @@ struct Press {
   QString mapped = {};  // by it; where it is nothing that fills the lists, what they showed before
   QString shown = {};   // once it is done, where that is at the end of the look
   Lists lists = Lists::kItsOwn;
+  bool is_nothing = false;  // for what waits
 };
 
 std::function<void(Scene&)> Button(const char* name) {
@@ -115,6 +122,10 @@ std::function<void(Scene&)> Step(const char* list, int entries) {
   return [list, entries](Scene& scene) { scene.Step(list, entries); };
 }
 
+Press Nothing(const char* name, std::function<void(Scene&)> press) {
+  return {name, std::move(press), {}, {}, Lists::kAsItWaits, true};
+}
+
 std::vector<Press> WhatWaits() {
   return {{"Get Data", Button("GetDataButton"), kIgnored},
           {"Map by Headings", Button("ProposeButton"), kByHeadings},
@@ -126,11 +137,23 @@ std::vector<Press> WhatWaits() {
 
 std::vector<Press> WhatIsNext() {
   std::vector<Press> all = {
-      {"nothing", [](Scene&) {}, {}, {}, Lists::kAsItWaits},
-      {"Alt alone", [](Scene& scene) { QTest::keyClick(scene.form.get(), Qt::Key_Alt); }, {}, {}, Lists::kAsItWaits},
+      Nothing("nothing", [](Scene&) {}),
+      Nothing("Alt alone", [](Scene& scene) { QTest::keyClick(scene.form.get(), Qt::Key_Alt); }),
+      Nothing("Caps Lock", [](Scene& scene) { QTest::keyClick(scene.form.get(), Qt::Key_CapsLock); }),
+      Nothing("the desktop's key", [](Scene& scene) { QTest::keyClick(scene.form.get(), Qt::Key_Super_L); }),
+      Nothing("a scroll", [](Scene& scene) { scene.TurnWheel(*scene.Find<QTableWidget>("SampleTable").viewport()); }),
+      Nothing("a press beside",
+              [](Scene& scene) {
+                QTest::mouseClick(scene.form.get(), Qt::LeftButton, {}, {2, 2});
+              }),
       {"harvest", Button("RadioButton1"), {}, {}, Lists::kAsItWaits},
       {"Browse", Button("BrowseButton"), {}, "open: Import Recipients", Lists::kAsItWaits},
       {"group", Step("DataComboBox", -1), {}, {}, Lists::kAsItWaits},
+      {"a wheel over a list",
+       [](Scene& scene) { scene.TurnWheel(scene.Find<QWidget>("DataComboBox")); },
+       {},
+       {},
+       Lists::kAsItWaits},
       {"another mapping", Step("MappingComboBox", 1), {}, {}, Lists::kAsItWaits},
       {"a path", [](Scene& scene) { scene.Type("BrowseTextBox", "/nowhere"); }, {}, {}, Lists::kAsItWaits},
       {"columns that are not left", [](Scene& scene) { scene.Type("ColumnsTextBox", "1"); }, {}, {}, Lists::kAsItWaits},
@@ -159,8 +182,7 @@ std::pair<QString, QString> Expected(const Press& waits, const Press& next) {
   const bool fills = waits.shown.isEmpty();
   if (next.lists == Lists::kItsOwn) return {next.mapped, next.shown};
   const QString mapped = fills && next.lists == Lists::kGivenUp ? kEmpty : waits.mapped;
-  const bool is_none = QString(next.name) == "nothing" || QString(next.name) == "Alt alone";
-  if (is_none) return {mapped, waits.shown};
+  if (next.is_nothing) return {mapped, waits.shown};
   const bool lacks_fields = fills && waits.mapped == kIgnored && !next.shown.isEmpty();
   const bool is_deed = next.shown == kConsent || next.shown == kAsked;
   return {mapped, lacks_fields && is_deed ? "warn: Please select at least one field to import." : next.shown};
@@ -186,6 +208,21 @@ class ImportFormWaitsTest : public QObject {
         QCOMPARE(pair + scene.Shown(), pair + shown);
       }
     }
+  }
+
+  void anImportThatWaitsIsTold() {
+    Scene scene;
+    scene.Begin();
+    scene.Press("ImportButton");
+    QCOMPARE(scene.Status(), "Import waits for the look at the file.");
+    scene.Step("MappingComboBox", 1);
+    QCOMPARE(scene.Status(), "The import that waited was given up.");
+    scene.WaitForTheLook();
+    QVERIFY2(scene.Status().endsWith(" The import that waited was given up."), qPrintable(scene.Status()));
+    QCOMPARE(scene.rig.Shown(), "");
+    scene.Press("Rfc4180CheckBox");
+    scene.WaitForTheLook();
+    QVERIFY2(!scene.Status().contains("given up"), qPrintable(scene.Status()));
   }
 };
 

@@ -165,7 +165,7 @@ void RecipientImportForm::AddMapping(FormColumn* column) {
 void RecipientImportForm::ConnectControls() {
   connect(browse_, &QPushButton::clicked, this, &RecipientImportForm::Browse);
   connect(file_, &QLineEdit::editingFinished, this, &RecipientImportForm::TakeTypedFile);
-  new InputWatch([this] { awaited_.DropDeed(); }, this);
+  new InputWatch([this] { GiveDeedUp(); }, this);
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::EnableControls);
   connect(delimited_, &QRadioButton::toggled, this, &RecipientImportForm::ShowWarnings);
   connect(get_data_, &QPushButton::clicked, this, &RecipientImportForm::GetData);
@@ -187,7 +187,9 @@ void RecipientImportForm::ConnectControls() {
   connect(kept_, &KeptMappingBox::KeepAsked, this, &RecipientImportForm::KeepMapping);
   connect(kept_, &KeptMappingBox::Applied, this, &RecipientImportForm::ApplyMapping);
   slow_->setSingleShot(true);
-  connect(slow_, &QTimer::timeout, this, [this] { status_->Say(tr("Looking at %1…").arg(looked_at_)); });
+  connect(slow_, &QTimer::timeout, this, [this] {
+    if (awaited_.deed() != recipients::AwaitedDeed::kImport) status_->Say(tr("Looking at %1…").arg(looked_at_));
+  });
   connect(quotes_, &QCheckBox::toggled, this, [this] {
     if (sample_) proposed_ = recipients::ProposeMapping(*sample_, quotes_->isChecked());
     EnableControls();

@@ -85,6 +85,8 @@ class RecipientImportForm final : public QDialog {
   void AwaitFields(recipients::AwaitedFields fields);
   recipients::LookChoices Choices(const recipients::ReadingOptions& reading) const;
   void DoAwaited();
+  // For something else that is done meanwhile.
+  void GiveDeedUp();
   void ForgetSample(const QString& why = {});
   void TakeFormat(const Look& look);
   void ShowSample();
@@ -177,6 +179,7 @@ class RecipientImportForm final : public QDialog {
   std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
   QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
   recipients::AwaitedLook awaited_;
+  bool import_was_given_up_ = false;   // to be said with what the look shows
   std::shared_ptr<SharedCount> seen_;  // shared with the thread that imports
   QString said_;
   GiveUp give_up_;

@@ -60,9 +60,19 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
 // A harvest takes addresses from wherever they stand, and needs no look.
 void RecipientImportForm::Import() {
   awaited_.DropDeed();
+  import_was_given_up_ = false;
   if (!TakeTyped()) return;
-  if (delimited_->isChecked() && look_->is_running()) return awaited_.Do(recipients::AwaitedDeed::kImport, Form());
-  ImportNow();
+  if (!delimited_->isChecked() || !look_->is_running()) return ImportNow();
+  awaited_.Do(recipients::AwaitedDeed::kImport, Form());
+  status_->Say(tr("Import waits for the look at the file."));
+}
+
+void RecipientImportForm::GiveDeedUp() {
+  if (awaited_.deed() == recipients::AwaitedDeed::kImport) {
+    import_was_given_up_ = true;
+    status_->Say(tr("The import that waited was given up."));
+  }
+  awaited_.DropDeed();
 }
 
 void RecipientImportForm::ImportNow() {

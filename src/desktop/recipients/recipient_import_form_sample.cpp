@@ -192,6 +192,7 @@ void RecipientImportForm::ForgetSample(const QString& why) {
 
 void RecipientImportForm::ShowNoLook(const Look& look, const recipients::AwaitedFields& fields) {
   ForgetSample(tr("The file could not be read."));
+  import_was_given_up_ = false;  // why the file is not read says more
   if (fields.source == Source::kFirstLine) OfferFields();
   Warn({});
   EnableControls();
@@ -246,6 +247,7 @@ void RecipientImportForm::SayHowItIsRead(const Look& look, const recipients::Awa
   if (fields.source == Source::kHeadings && !proposed_) sentences << tr("None of the first lines looks like headings.");
   if (columns_.empty() && recipients::HasMoreFields(*sample_))
     sentences << tr("The first 18 fields of a line can be chosen; “Columns” makes others the ones that can.");
+  if (std::exchange(import_was_given_up_, false)) sentences << tr("The import that waited was given up.");
   status_->Say(sentences.join(' '));
   odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;

@@ -47,6 +47,7 @@ class AwaitedLook {
     deed_ = deed;
     form_ = form;
   }
+  AwaitedDeed deed() const { return deed_; }
   void DropDeed() { deed_ = AwaitedDeed::kNone; }
   void Drop() { *this = {}; }
 
