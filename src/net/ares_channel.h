@@ -16,7 +16,8 @@ struct CloseAresChannel {
 using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
 
 // Waits once, until a socket of the channel is ready or the library wants to ask again, and lets it go on. False when
-// the deadline passed; nothing is cancelled then, nor when this fails with what Patience fails with.
-Result<bool> DriveChannel(ares_channeldata* channel, const Patience& patience);
+// the deadline passed; nothing is cancelled then, nor when this fails with what Patience fails with. `second` is waited
+// for beside it, where there is one.
+Result<bool> DriveChannel(ares_channeldata* channel, const Patience& patience, ares_channeldata* second = nullptr);
 
 }  // namespace quillcast::net

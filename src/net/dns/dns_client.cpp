@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::uint16_t kPort = 53;
 constexpr int kFirstWait = 1500;     // milliseconds; twice as long each time
+constexpr int kTcpWait = 10'000;     // milliseconds; the handshake and a long answer, of a server that is there
 constexpr int kTries = 3;            // of each server
 constexpr int kDatagram = 1232;      // octets that no network cuts into pieces
 constexpr int kMostQuestionsOn = 8;  // for one alias after the other
@@ -44,14 +45,18 @@ Endpoint ServerOf(const ares_addr_port_node& node) {
   return server;
 }
 
+enum class Way { kUdp, kTcp };
+
 // Nothing where the system has no memory for it.
-AresChannel OpenChannel(std::vector<Endpoint>& servers) {
+AresChannel OpenChannel(std::vector<Endpoint>& servers, Way way) {
   if (servers.empty()) servers = SystemDnsServers();
   ares_options options{};
   // Of several servers the next is asked when one fails; of a single one the failure itself is the answer.
   options.flags = ARES_FLAG_EDNS | (servers.size() == 1 ? ARES_FLAG_NOCHECKRESP : 0);
+  // The library would wait over TCP no longer than for a datagram: what is cut is asked for again by us.
+  options.flags |= way == Way::kTcp ? ARES_FLAG_USEVC : ARES_FLAG_IGNTC;
   options.ednspsz = kDatagram;
-  options.timeout = kFirstWait;
+  options.timeout = way == Way::kTcp ? kTcpWait : kFirstWait;
   options.tries = kTries;
   ares_channel channel = nullptr;
   if (ares_init_options(&channel, &options, ARES_OPT_FLAGS | ARES_OPT_EDNSPSZ | ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES) !=
@@ -86,6 +91,8 @@ struct DnsClient::Pending {
   std::uint64_t unclaimed_before = 0;
   int questions_on = 0;
   bool asked_twice = false;
+  bool over_tcp = false;
+  bool cut = false;
   bool done = false;
   DnsAnswer answer = {};
 
@@ -97,6 +104,7 @@ struct DnsClient::Pending {
 void DnsClient::Pending::End(DnsOutcome outcome, int error_number) {
   done = true;
   answer.outcome = outcome;
+  answer.records.clear();  // of a message that was cut
   answer.name = question.name;
   answer.error_number = error_number;
 }
@@ -131,6 +139,7 @@ void DnsClient::Pending::Keep(void* argument, int status, int /*timeouts*/, unsi
   if (message == nullptr) return pending.EndWithout(status);
   pending.watch->Claim();
   pending.answer = ReadDnsAnswer({message, static_cast<std::size_t>(size)}, pending.question);
+  pending.cut = size > 2 && (message[2] & 2U) != 0;
   pending.done = true;
 }
 
@@ -155,7 +164,7 @@ std::vector<Endpoint> SystemDnsServers() {
 }
 
 DnsClient::DnsClient(std::vector<Endpoint> servers)
-    : servers_(std::move(servers)), watch_(std::make_unique<Watch>()), channel_(OpenChannel(servers_)) {
+    : servers_(std::move(servers)), watch_(std::make_unique<Watch>()), channel_(OpenChannel(servers_, Way::kUdp)) {
   if (channel_) watch_->Attach(channel_.get());
 }
 
@@ -164,12 +173,18 @@ DnsClient::~DnsClient() = default;
 void DnsClient::Send(Pending& pending, const std::string& name) {
   pending.question.name = name;
   pending.done = false;
+  pending.cut = false;
   pending.unclaimed_before = watch_->unclaimed();
   const auto wire_name = WireName(name);
   if (!wire_name) return pending.End(DnsOutcome::kBadName);
-  if (!channel_) return pending.End(DnsOutcome::kNoSocket, ENOMEM);
+  if (pending.over_tcp && !tcp_channel_) {
+    tcp_channel_ = OpenChannel(servers_, Way::kTcp);
+    if (tcp_channel_) watch_->Attach(tcp_channel_.get());
+  }
+  const AresChannel& channel = pending.over_tcp ? tcp_channel_ : channel_;
+  if (!channel) return pending.End(DnsOutcome::kNoSocket, ENOMEM);
   pending.question.name = *wire_name;
-  ares_query(channel_.get(), wire_name->c_str(), kInternet, static_cast<int>(pending.question.type), Pending::Keep,
+  ares_query(channel.get(), wire_name->c_str(), kInternet, static_cast<int>(pending.question.type), Pending::Keep,
              &pending);
 }
 
@@ -181,6 +196,11 @@ void DnsClient::Ask(DnsQuestion question, Then then) {
 
 // Whether what came is not the end of a question, which is then sent again.
 bool DnsClient::GoesOn(Pending& one) {
+  if (one.cut && !one.over_tcp) {
+    one.over_tcp = true;
+    Send(one, std::string(one.question.name));
+    return !one.done;
+  }
   if (one.answer.outcome == DnsOutcome::kNotUnderstood && !one.asked_twice) {
     // A server that does not know EDNS: the library asks again without, but the first only of those that are open.
     one.asked_twice = true;
@@ -193,6 +213,7 @@ bool DnsClient::GoesOn(Pending& one) {
     return false;
   }
   ++one.questions_on;
+  one.over_tcp = false;
   Send(one, std::string(one.answer.name));
   return !one.done;
 }
@@ -210,8 +231,13 @@ void DnsClient::Deliver() {
   }
 }
 
-void DnsClient::Drop() {
+void DnsClient::CancelAll() {
   if (channel_) ares_cancel(channel_.get());
+  if (tcp_channel_) ares_cancel(tcp_channel_.get());
+}
+
+void DnsClient::Drop() {
+  CancelAll();
   pending_.clear();
 }
 
@@ -219,12 +245,12 @@ Result<void> DnsClient::Run(const Patience& patience) {
   for (Deliver(); !pending_.empty(); Deliver()) {
     const bool open = std::any_of(pending_.begin(), pending_.end(), [](const Pending& one) { return !one.done; });
     if (!open) continue;
-    const auto driven = DriveChannel(channel_.get(), patience);
+    const auto driven = DriveChannel(channel_.get(), patience, tcp_channel_.get());
     if (!driven) {
       Drop();
       return driven.error();
     }
-    if (!*driven) ares_cancel(channel_.get());
+    if (!*driven) CancelAll();
   }
   return {};
 }

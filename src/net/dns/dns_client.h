@@ -22,10 +22,10 @@ std::optional<Endpoint> ParseDnsServer(std::string_view text);
 std::vector<Endpoint> SystemDnsServers();
 
 // For one thread. Several servers are asked in their order, the next when one does not answer or fails: about ten
-// seconds for a server that is silent. An answer that did not fit into a datagram is fetched over TCP, and an alias is
-// followed to its end, up to eight questions on. A message that answers none of our questions is waited past, since the
-// right one may still come (RFC 5452 9.1), and decides only when nothing else came. Known limits: a server with a
-// link-local address cannot be reached; multicast DNS is not asked.
+// seconds for a server that is silent. An answer that did not fit into a datagram is fetched over TCP, which may
+// take ten seconds, and an alias is followed to its end, up to eight questions on. A message that answers none of our
+// questions is waited past, since the right one may still come (RFC 5452 9.1), and decides only when nothing else came.
+// Known limits: a server with a link-local address cannot be reached; multicast DNS is not asked.
 //
 // Chains of questions that do not wait for each other overlap:
 //
@@ -61,12 +61,15 @@ class DnsClient {
   void Send(Pending& pending, const std::string& name);
   bool GoesOn(Pending& one);
   void Deliver();
+  void CancelAll();
   void Drop();
 
   std::vector<Endpoint> servers_;
   std::unique_ptr<Watch> watch_;
   std::list<Pending> pending_;
-  AresChannel channel_;  // the last: its end calls back for what is open
+  // The last: their end calls back for what is open.
+  AresChannel channel_;
+  AresChannel tcp_channel_;  // where an answer was cut
 };
 
 // All of them at once; the answers stand in the order of the questions. Fails as DnsClient::Run does.

@@ -135,7 +135,8 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
             [](const std::string&query, bool) { return std::vector{query.substr(0, 11)}; }},
            {"cut, and nothing over TCP", DnsOutcome::kMalformed,
             [](const std::string&query, bool tcp) {
-              return tcp ? std::vector<std::string>() : std::vector{ReplyTo(query, 0, {}, true)};
+              const std::vector half = {MxRecord("example.org", 1, "mx.example.org")};
+              return tcp ? std::vector<std::string>() : std::vector{ReplyTo(query, 0, half, true)};
             }},
            {"cut, and cut over TCP again", DnsOutcome::kMalformed,
             [](const std::string&query, bool) { return std::vector{ReplyTo(query, 0, {}, true)}; }},
@@ -147,7 +148,9 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
        }) {
     SCOPED_TRACE(c.what);
     const DnsServer server(c.answer);
-    EXPECT_EQ(Ask(server.endpoint(), "example.org", DnsType::kMx, milliseconds(400)).outcome, c.outcome);
+    const DnsAnswer answer = Ask(server.endpoint(), "example.org", DnsType::kMx, milliseconds(400));
+    EXPECT_EQ(answer.outcome, c.outcome);
+    EXPECT_EQ(answer.records.empty(), c.outcome != DnsOutcome::kFound);
   }
 }
 
@@ -171,6 +174,16 @@ TEST_F(DnsClientTest, TellsThatNoServerIsThere) {
     EXPECT_EQ(one.error_number, ECONNREFUSED);
   }
   EXPECT_LT(clock_.Monotonic() - begun, seconds(1));
+}
+
+// Longer than the first wait for a datagram.
+TEST_F(DnsClientTest, WaitsForAnAnswerOverTcpWhileThereIsTime) {
+  const DnsServer slow([zone = Zone()](const std::string& query, bool tcp) {
+    if (tcp) std::this_thread::sleep_for(milliseconds(1700));
+    return AnswerFrom(zone, query, tcp);
+  });
+  EXPECT_EQ(Ask(slow.endpoint(), "many.example.org", DnsType::kA).records.size(), 3000U);
+  EXPECT_EQ(slow.queries(), 2);
 }
 
 TEST_F(DnsClientTest, AsksTheNextServer) {
