@@ -130,10 +130,15 @@ std::optional<std::string> SimpleAddress(const HtmlTokenizer& page, const HtmlTo
 
 }  // namespace
 
-std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag) {
+std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written) {
   std::string kept;
-  if (tag.name == "body") {
-    const std::string style = SimpleStyle("color:" + page.Value(tag, "text") + ";" + page.Value(tag, "style"));
+  // The view paints the ground of a division by its style alone.
+  const std::string ground = written == "div" ? page.Value(tag, "bgcolor") : std::string();
+  const bool has_style = tag.name == "body" || !ground.empty();  // made of other attributes too
+  if (has_style) {
+    const std::string text = tag.name == "body" ? page.Value(tag, "text") : std::string();
+    const std::string style =
+        SimpleStyle("color:" + text + ";background-color:" + ground + ";" + page.Value(tag, "style"));
     if (!style.empty()) Append(kept, "style", style);
   }
   for (const HtmlAttribute& attribute : tag.attributes) {
@@ -141,7 +146,8 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag) {
     const std::string name =
         platform::AsciiLower(whole.substr(attribute.name_begin - tag.begin, attribute.name_end - attribute.name_begin));
     const std::string value = DecodeCharacterReferences(page.RawValue(attribute), true);
-    if (name == "style" && tag.name != "body") {
+    if (has_style && (name == "style" || (name == "bgcolor" && !ground.empty()))) continue;
+    if (name == "style") {
       const std::string style = SimpleStyle(value);
       if (!style.empty()) Append(kept, name, style);
     } else if (name == "alt") {

@@ -126,7 +126,7 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   if (written.empty()) return;
   begins_pre_ = written == "pre";
   out_.append("<").append(written);
-  if (token != nullptr) out_ += SimpleAttributes(page_, *token);
+  if (token != nullptr) out_ += SimpleAttributes(page_, *token, written);
   out_ += '>';
 }
 
@@ -149,7 +149,8 @@ void SimpleWriter::StartRow(const HtmlToken* token) {
   const std::size_t table = Last("table");
   if (table == kNone) return;
   CloseTo(table + 1);
-  Push("tr", IsInGrid() ? "tr" : "", token);
+  const bool has_ground = token != nullptr && !page_.Value(*token, "bgcolor").empty();
+  Push("tr", IsInGrid() ? "tr" : has_ground ? "div" : "", token);
 }
 
 void SimpleWriter::StartCell(const HtmlToken* token) {
@@ -196,7 +197,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
   if (Last("table") != kNone && (name == "tbody" || name == "thead" || name == "tfoot")) return;
   ComeIntoCell();
   if (is_void) {
-    const std::string attributes = SimpleAttributes(page_, token);
+    const std::string attributes = SimpleAttributes(page_, token, name);
     const bool is_away = name == "img" && attributes.find(" src=\"") == std::string::npos;
     if (is_away || (name == "img" && ++pictures_ > kMostPictures)) return Text(page_.Value(token, "alt"));
     out_.append("<").append(name).append(attributes).append(">");

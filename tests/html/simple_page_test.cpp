@@ -81,7 +81,10 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<pre>\r\na\nb</pre>", "<pre>a\nb</pre>"},
       // Tables
       {"<table><tr><td>a<table><tr><td bgcolor=red>b</table></table>",
-       "<div><div>a<div><div bgcolor=\"red\">b</div></div></div></div>"},
+       "<div><div>a<div><div style=\"background-color:red\">b</div></div></div></div>"},
+      {"<table bgcolor=blue style='color:white'><tr bgcolor=red><td style='background:green' bgcolor=red>a</table>",
+       "<div style=\"background-color:blue;color:white\"><div style=\"background-color:red\">"
+       "<div style=\"background-color:red;background-color:green\">a</div></div></div>"},
       {"<table border=1><tbody><tr><td>a<th>b<tr><td colspan=2>c</table>d",
        "<table border=\"1\"><tr><td>a</td><th>b</th></tr><tr><td colspan=\"2\">c</td></tr></table>d"},
       {"<table>a<tr>b<td>c<td>d", "<table><tr><td>a</td></tr><tr><td>b</td><td>c</td><td>d</td></tr></table>"},
