@@ -5,6 +5,8 @@
 #include <optional>
 
 #include "document/picture_kind.h"
+#include "html/html_to_text.h"
+#include "html/html_tokenizer.h"
 #include "html/safe_page.h"
 #include "mail_file/data_picture.h"
 #include "mail_file/safe_part_name.h"
@@ -29,6 +31,20 @@ bool HasText(const MailMessage& message, const Part& part) {
   if (part.source.bytes.size() > kFew) return true;
   const auto text = message.TextOf(part);
   return !text || !platform::Trim(*text).empty();
+}
+
+constexpr std::uint64_t kLargestEmptyPage = std::uint64_t{256} << 10;  // bytes; who writes more shows something
+
+bool ShowsSomething(std::string_view html) {
+  html::HtmlTokenizer page(html);
+  html::HtmlToken token;
+  while (page.Next(token)) {
+    if (token.kind == html::HtmlTokenKind::kStartTag && token.name == "img") return true;
+  }
+  std::string text = html::HtmlToText(html);
+  constexpr std::string_view kNoBreak = "\u00a0";
+  for (std::size_t at = 0; (at = text.find(kNoBreak, at)) != std::string::npos;) text.replace(at, kNoBreak.size(), " ");
+  return !platform::Trim(text).empty();
 }
 
 class Writer {
@@ -99,8 +115,21 @@ Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& fol
   return WithinMemory([&] { return Writer(message, folder, options).Run(); });
 }
 
+bool HasPage(const MailMessage& message) {
+  std::uint64_t size = 0;
+  bool has_text = false;
+  for (const Part& part : message.parts()) {
+    if (part.marker == Marker::kBody && part.type == "text/html") size += part.source.bytes.size();
+    has_text = has_text || (part.type == "text/plain" && HasText(message, part));
+  }
+  if (!message.HasBody("text/html")) return false;
+  if (!has_text || size > kLargestEmptyPage) return true;
+  const auto page = message.HtmlBody();
+  return !page || ShowsSomething(*page);
+}
+
 Result<std::string> BodyAsHtml(const MailMessage& message) {
-  if (message.HasBody("text/html")) return message.HtmlBody();
+  if (HasPage(message)) return message.HtmlBody();
   return WithinMemory([&]() -> Result<std::string> {
     const auto text = message.TextBody();
     if (!text) return text.error();

@@ -28,7 +28,10 @@ struct BodyFolder {
 // are none. Fails where the page cannot be written.
 Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options);
 
-// The body as HTML, not made safe: of a message that has none a page of its text.
+// Whether the body is a page: one that shows nothing, beside a text, is none.
+bool HasPage(const MailMessage& message);
+
+// The body as HTML, not made safe: of a message that has no page, one of its text.
 Result<std::string> BodyAsHtml(const MailMessage& message);
 
 // Why a message has no body that can be read, and what to do: it is encrypted, or there is none. Nothing where it has.

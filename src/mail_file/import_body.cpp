@@ -52,7 +52,7 @@ Result<ImportedBody> ImportPage(const MailMessage& message, const WorkingFolder&
 Result<ImportedBody> ImportBody(const MailMessage& message, const fs::path& target, const fs::path& temporary,
                                 const platform::Clock& clock, const platform::CancelToken* cancel) {
   if (auto none = WhyNoBody(message)) return *std::move(none);
-  if (!message.HasBody("text/html")) {
+  if (!HasPage(message)) {
     auto html = TextAsPage(message);
     if (!html) return html.error();
     if (const auto editable = document::CheckEditable(*html); !editable) return editable.error();

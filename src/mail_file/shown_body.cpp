@@ -107,7 +107,7 @@ class Pictures {
 
 // The body as HTML; only its beginning where it is too long to be held.
 Result<std::string> HtmlOf(const MailMessage& message, const platform::CancelToken* cancel, bool& is_cut) {
-  const std::string_view type = message.HasBody("text/html") ? "text/html" : "text/plain";
+  const std::string_view type = HasPage(message) ? "text/html" : "text/plain";
   const Part* first = nullptr;
   std::uint64_t size = 0;
   for (const Part& part : message.parts()) {

@@ -68,6 +68,23 @@ TEST(ImportBody, LaysAPageAndItsPicturesIntoAFolderOfItsOwn) {
   EXPECT_TRUE(scene.IsTidy());
 }
 
+TEST(ImportBody, TakesTheTextBesideAPageThatShowsNothing) {
+  for (const auto& [page, has_text] : {std::pair("", true),
+                                       {"<html><head><style>p { color: red }</style></head>\r\n"
+                                        "<body><p>&nbsp;</p> <br></body></html>\r\n",
+                                        true},
+                                       {"<p>x", false},
+                                       {"<p><IMG src=cid:a>", false}}) {
+    Scene scene;
+    const auto body =
+        scene.Import(std::string("Content-Type: multipart/alternative; boundary=b\r\n\r\n--b\r\n\r\nHello\r\n"
+                                 "--b\r\nContent-Type: text/html\r\n\r\n") +
+                     page + "\r\n--b--\r\n");
+    ASSERT_TRUE(body) << InOneLine(body.error());
+    EXPECT_EQ(body->html.find("Hello") != std::string::npos, has_text) << body->html;
+  }
+}
+
 TEST(ImportBody, SaysWhyThereIsNothingToTake) {
   for (const auto& [message, why] :
        {std::pair("Content-Type: image/png\r\n\r\nx", "The message has no text."),
