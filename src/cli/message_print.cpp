@@ -7,6 +7,7 @@
 #include "cli/message_commands.h"
 #include "cli/send_steps.h"
 #include "cli/start_desktop.h"
+#include "mail_file/body_folder.h"
 #include "mail_file/chosen_folder.h"
 #include "mail_file/load_settings.h"
 #include "mail_file/safe_part_name.h"
@@ -88,6 +89,8 @@ Result<std::string> PrintTo(Context& context, const PrintOptions& options, Place
 }
 
 int PrintOne(Context& context, const PrintOptions& options, Place& place, const LoadedFile& message) {
+  const auto none = mail_file::WhyNoBody(*message.loading.message);
+  if (none && options.job.form.format != mail_file::BodyFormat::kXml) return context.output.Fail(*none);
   PrintedMessage printed{.code = PrintCode::kNotBegun};
   const auto where = PrintTo(context, options, place, message, printed);
   if (!where && printed.code == PrintCode::kPrinted) printed.code = PrintCode::kNotWritten;

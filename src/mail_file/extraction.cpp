@@ -96,6 +96,8 @@ class Extraction {
   }
 
   void WriteBodyFile() {
+    const auto none = WhyNoBody(message_);
+    if (none && request_.format != BodyFormat::kXml) return Fail(*none);
     Replace(request_.body_file, [this](int fd) -> Result<void> {
       const auto write = [&](std::string_view piece) { return platform::WriteAll(fd, request_.body_file, piece); };
       const auto lost = WriteBody(message_, request_.format, request_.code_page, write);
@@ -107,6 +109,7 @@ class Extraction {
 
   void WriteSecondFolder() {
     if (IsCancelled()) return;
+    if (const auto none = WhyNoBody(message_)) return Fail(*none);
     auto folder = ChosenFolder::OpenOrMake(request_.second_folder, own_);
     if (!folder) return Fail(folder.error());
     auto written = WriteBodyFolder(message_, *folder, {.cancel = &cancel_});

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "document/number_rules.h"
+#include "mail_file/body_folder.h"
 #include "mail_file/load_settings.h"
 
 namespace quillcast::mail_file {
@@ -68,8 +69,8 @@ std::optional<Complaint<PrintControl>> CheckPrint(const PrintForm& form) {
 Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
                                     const platform::CancelToken* cancel) {
   if (format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
-  if (format == BodyFormat::kText || !message.HasBody("text/html"))
-    return ReadText(message, BodyFormat::kText, most, cancel);
+  if (auto none = WhyNoBody(message)) return *std::move(none);
+  if (format == BodyFormat::kText || !HasPage(message)) return ReadText(message, BodyFormat::kText, most, cancel);
   auto page = ReadShownBody(message, std::min(most, kMostPrintedHtml), cancel);
   if (!page) return page.error();
   return PrintedBody{*std::move(page), {}, true};

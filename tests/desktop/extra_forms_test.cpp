@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
+#include <QTextBlock>
 #include <QTimer>
 #include <memory>
 
@@ -17,6 +18,7 @@
 #include "desktop/mail_file/extra_form2.h"
 #include "desktop/mail_file/foreign_page.h"
 #include "desktop/run/extra_form3.h"
+#include "html/simple_page.h"
 #include "platform/file_attributes.h"
 
 namespace quillcast::desktop {
@@ -261,7 +263,24 @@ class ExtraFormsTest : public QObject {
     scene.Type("FilePathTextBox", "/nowhere/a.eml");
     QCOMPARE(scene.Run("PrintButton"),
              "warn: Error 258: File IO error. | warn: There was an error creating the message handle.");
+    QVERIFY2(scene.Status().contains("Error 258: File IO error. "), qPrintable(scene.Status()));
+    scene.Type("FilePathTextBox", PathToQt(scene.rig.folder.Write("b.eml", "Content-Type: image/png\r\n\r\nx")));
+    QCOMPARE(scene.Run("PrintButton"), "");
+    QVERIFY2(scene.Status().contains("The message has no text."), qPrintable(scene.Status()));
     QVERIFY(!std::filesystem::exists(scene.rig.folder / "out.pdf"));
+  }
+
+  // White words are read on the ground that they were written for.
+  void paintsTheGroundOfWhatArrangesThePage() {
+    for (const char* cell :
+         {"<tr><td bgcolor=#000080>x", "<tr><td bgcolor=#000080><p>x", "<tr bgcolor=#000080><td>x"}) {
+      const ForeignPage page(ToQt(html::Simplify(std::string("<table>") + cell + "</table>", 1000).html), {}, nullptr);
+      const QTextBlock block = page.lastBlock();
+      QCOMPARE(block.text(), "x");
+      const QBrush behind = block.begin().fragment().charFormat().background();
+      const QColor ground = behind.style() != Qt::NoBrush ? behind.color() : block.blockFormat().background().color();
+      QVERIFY2(ground == QColor("#000080"), cell);
+    }
   }
 
   // Small files that are large pictures.

@@ -156,23 +156,24 @@ ExtraForm1::Reading ExtraForm1::Read(const profile::Program& program, const mail
   if (!mode) return {{}, {}, mode.error()};
   const auto loading = mail_file::Load(form.file, {*mode, &cancel});
   if (!loading) return {{}, {}, loading.error()};
-  Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}};
-  if (!loading->message) return reading;
+  Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}, mail_file::WhatWasWrong(loading->faults)};
+  reading.is_loaded = loading->message.has_value();
+  if (!reading.is_loaded) return reading;
   auto pages = ReadPages(*loading->message, form, most, cancel);
-  if (!pages) return {reading.warning, {}, pages.error()};
-  reading.pages = *std::move(pages);
+  if (!pages) reading.error = pages.error();
+  if (pages) reading.pages = *std::move(pages);
   return reading;
 }
 
 void ExtraForm1::Take(const std::shared_ptr<Reading>& reading, Use use) {
   EnableControls();
   print_->setFocus();
-  status_->Say({});
+  status_->Say(InWords(reading->wrong).join(' '), NoteKind::kWarning);
   if (!reading->warning.empty()) program_.prompts.Warn(reading->warning);
   if (reading->error) status_->Fail(*reading->error);
   if (reading->pages) return (this->*use)(std::make_shared<const MessagePages>(std::move(*reading->pages)));
   const bool was_given_up = reading->error && reading->error->failure == Failure::kTryAgain;
-  if (!was_given_up) program_.prompts.Warn(mail_file::kNoMessageHandle);
+  if (!was_given_up && !reading->is_loaded) program_.prompts.Warn(mail_file::kNoMessageHandle);
 }
 
 void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {

@@ -45,6 +45,8 @@ class ExtraForm1 final : public QDialog {
     std::string warning;  // of the load, to the letter
     std::optional<MessagePages> pages;
     std::optional<Error> error;
+    std::vector<Sentence> wrong = {};  // with the file
+    bool is_loaded = false;
   };
   using Use = void (ExtraForm1::*)(const std::shared_ptr<const MessagePages>& pages);
 
