@@ -132,6 +132,24 @@ class ImportFormFaultsTest : public QObject {
     }
   }
 
+  // Another program may keep mappings anew while the window stands open.
+  void damagedMappingsAreRemovedWhereTheyAreDamagedStill() {
+    for (const bool is_mended : {false, true}) {
+      Scene scene;
+      QVERIFY(scene.rig.settings.Write("Import", "Mappings", "{{"));
+      scene.OpenWithList();
+      QTRY_VERIFY(!scene.Sample().isEmpty());
+      scene.Press("RadioButton2");
+      if (is_mended) QVERIFY(scene.rig.settings.Write("Import", "Mappings", R"({"Mended":{}})"));
+      scene.rig.prompts.answers = {platform::Answer::kYes};
+      scene.Press("RemoveMappingButton");
+      QCOMPARE(scene.rig.Shown(), "ask: The kept mappings are damaged. Would you like to remove all of them?");
+      QCOMPARE(scene.Entries("MappingComboBox"), is_mended ? "Mended" : "");
+      QCOMPARE(scene.Status(),
+               is_mended ? "The kept mappings can be read again; none was removed." : "No mapping is kept any more.");
+    }
+  }
+
   void aLockThatIsGivenBackIsWaitedFor() {
     Scene scene;
     scene.OpenWithList();
