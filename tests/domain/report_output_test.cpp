@@ -57,6 +57,24 @@ TEST(ReportOutput, WritesTheTextInTheCodePageWithOneLineEndMore) {
   }
 }
 
+TEST(ReportOutput, IsShownInLinesThatABoxCanLayOut) {
+  const auto umlauts = [](int count) {
+    std::string text;
+    for (int n = 0; n < count; ++n) text += "\xC3\xBC";
+    return text;
+  };
+  struct Case {
+    std::string text;
+    std::string shown;
+  };
+  for (const Case& c : {Case{"", ""}, Case{"a\tb\r\n\r\nc\rd\n", "a\tb\n\nc\nd\n"},
+                        Case{std::string("\t\0\x1B[2J\xE2\x80\xAE\xFF", 10), "\t??[2J??"},
+                        Case{umlauts(2000) + "\n", umlauts(2000) + "\n"},
+                        Case{umlauts(4001), umlauts(2000) + "\n" + umlauts(2000) + "\n" + umlauts(1)}}) {
+    EXPECT_EQ(ShownReport(c.text), c.shown);
+  }
+}
+
 TEST(ReportOutput, AsksBeforeItWrites) {
   Desk desk;
   EXPECT_EQ(desk.Save(""), "");
