@@ -56,7 +56,9 @@ class BodyBegin {
       has_tag_ = true;
       if (!at_) at_ = token.begin;
     }
-    if (!at_ && !IsOfHead(token, text, open_ > 0)) at_ = token.begin;
+    // A parser without scripts leaves a noscript for the content in it, whose tags are then of the body.
+    if (!at_ && token.name == "noscript") noscript_ = is_start ? std::optional(token.begin) : std::nullopt;
+    if (!at_ && !IsOfHead(token, text, open_ > 0)) at_ = noscript_.value_or(token.begin);
     if (token.name != "template" && token.name != "title") return;
     if (is_start) ++open_;
     if (token.kind == html::HtmlTokenKind::kEndTag && open_ > 0) --open_;
@@ -67,7 +69,8 @@ class BodyBegin {
  private:
   bool has_tag_ = false;
   std::optional<std::size_t> at_;
-  int open_ = 0;  // templates and titles
+  std::optional<std::size_t> noscript_;  // one that is open in the head
+  int open_ = 0;                         // templates and titles
 };
 
 }  // namespace

@@ -229,6 +229,9 @@ class HeldTextTest : public QObject {
     scene.window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(scene.window.get()));
     QTRY_VERIFY(scene.Editor().isAncestorOf(QApplication::focusWidget()));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Y);
+    QTRY_VERIFY2(scene.Editor().Text()->contains(QRegularExpression("<hr[^>]*>(<[^>]*>)*y")),
+                 qPrintable(*scene.Editor().Text()));
     scene.window->skip_save_prompt = true;
   }
 

@@ -311,6 +311,7 @@ TEST(BodySource, IsCutAtTheTagsThatAreTags) {
            {"<head><template><p>t</p></template><noscript><link></noscript><style>p{}</style> </head> <body>x",
             "<head><template><p>t</p></template><noscript><link></noscript><style>p{}</style> </head> ", "", true},
            {"<head><img><meta></head><body>x", "<head>", "", true},
+           {"<head><meta><noscript><img></noscript><style>p{}</style></head><body>x", "<head><meta>", "", true},
            {"<!DOCTYPE html><p>x</body>", "<!DOCTYPE html>", "", false},
            {"", "", "", false},
        }) {

@@ -269,7 +269,17 @@
     selection.addRange(range);
   };
   document.addEventListener('mouseup', event => { if (event.detail >= 3) endWithinParagraph(); });
-  document.addEventListener('keydown', () => { if (caretWasNeverMoved()) placeCaret(placed.node, placed.offset); }, true);
+  // The engine takes a caret that was placed while the page had not the keys for none: it is placed anew at the first.
+  let hadNoKey = true;
+  document.addEventListener('keydown', () => {
+    const selection = document.getSelection();
+    if (hadNoKey && selection.rangeCount && selection.isCollapsed) {
+      placeCaret(selection.anchorNode, selection.anchorOffset);
+    } else if (caretWasNeverMoved()) {
+      placeCaret(placed.node, placed.offset);
+    }
+    hadNoKey = false;
+  }, true);
   document.addEventListener('paste', event => {
     const data = event.clipboardData;
     const html = data && data.getData('text/html');

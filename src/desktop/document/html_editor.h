@@ -188,6 +188,7 @@ class HtmlEditor final : public QWidget {
   QTimer* look_pause_;
   qint64 look_took_ = 0;    // milliseconds, the last time
   QElapsedTimer restored_;  // since the page was last put back
+  QElapsedTimer last_key_;  // since a letter was last typed in the page
   int loads_ = 0;
   TypedText text_;
   std::function<QString()> read_;  // the text, where another view holds it

@@ -28,7 +28,8 @@ namespace {
 
 constexpr qsizetype kLongToLoad = 1000000;  // characters
 constexpr int kAskAgain = 250;              // milliseconds
-constexpr int kCrashesAgain = 5000;         // a document that ends the page within this time will do so each time
+constexpr int kKeysOnTheirWay = 2000;  // so long before a page was put back a key may have gone to the one that died
+constexpr int kCrashesAgain = 5000;    // a document that ends the page within this time will do so each time
 
 QString KnownTags() {
   QJsonArray tags;
@@ -193,6 +194,10 @@ bool HtmlEditor::Load(const Document& document) {
 }
 
 bool HtmlEditor::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const QString typed = static_cast<QKeyEvent*>(event)->text();
+    if (!typed.isEmpty() && typed[0].isPrint()) last_key_.start();
+  }
   const bool is_escape =
       event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && read_only_;
   return is_escape ? QCoreApplication::sendEvent(window(), event) : QWidget::eventFilter(watched, event);
@@ -219,7 +224,7 @@ void HtmlEditor::Restore(bool had_the_keys) {
   const QJsonArray way = QJsonArray::fromVariantList(caret);
   Evaluate("quill.goTo(" + QString::fromUtf8(QJsonDocument(way).toJson(QJsonDocument::Compact)) + ')');
   if (had_the_keys) BeginTyping();
-  emit Restored(is_whole);
+  emit Restored(is_whole && !(last_key_.isValid() && last_key_.elapsed() < kKeysOnTheirWay));
 }
 
 bool HtmlEditor::ShowHeld() {
