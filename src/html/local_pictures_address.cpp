@@ -25,11 +25,12 @@ std::size_t SchemeLength(std::string_view address) {
 
 LocalAddress ReadLocalAddress(std::string address) {
   std::erase_if(address, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
+  const bool is_share = platform::Trim(address).starts_with("\\\\");  // "\\\\server\\folder", as file://server/folder
   std::replace(address.begin(), address.end(), '\\', '/');
   std::string_view rest = platform::Trim(address);
   if (rest.find("$*Merge") != std::string_view::npos) return {};
   const std::size_t scheme = SchemeLength(rest);
-  if (scheme > 0 ? !StartsWithIgnoringAsciiCase(rest, "file:") : rest.starts_with("//")) return {};
+  if (scheme > 0 ? !StartsWithIgnoringAsciiCase(rest, "file:") : rest.starts_with("//") && !is_share) return {};
   rest.remove_prefix(scheme);
   if (scheme > 0 && StartsWithIgnoringAsciiCase(rest, "//localhost/")) rest.remove_prefix(11);
   if (scheme > 0 && rest.starts_with("///")) rest.remove_prefix(2);
@@ -37,7 +38,7 @@ LocalAddress ReadLocalAddress(std::string address) {
   if (rest.empty()) return {};
   auto path = platform::PercentDecoded(rest);
   if (!path) return {};  // no file has such a name
-  return {scheme > 0 ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
+  return {scheme > 0 || is_share ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
 }
 
 bool TellsFolder(const LocalAddress& address) {

@@ -51,8 +51,10 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
       {"<img src='./x/../a.png?a=b.gif'><img src='a&#46;png#f'><img src='%3F%23.png'>",
        "./x/../a.png?a=b.gif->./x/../a.png;a&#46;png#f->a.png;%3F%23.png->?#.png;"},
       // Files that only another computer has: found, to be reported as missing.
-      {"<img src='file:///C:/x.png'><img src='file://server/x.png'><img src='file:///C|/x.png'>",
-       "file:///C:/x.png->/C:/x.png;file://server/x.png->//server/x.png;file:///C|/x.png->/C|/x.png;"},
+      {"<img src='file:///C:/x.png'><img src='file://server/x.png'><img src='file:///C|/x.png'>"
+       "<img src='\\\\server\\x.png'>",
+       "file:///C:/x.png->/C:/x.png;file://server/x.png->//server/x.png;file:///C|/x.png->/C|/x.png;"
+       "\\\\server\\x.png->//server/x.png;"},
       {"<!--[if mso]><v:rect><v:fill type=tile src='a.png' /><v:imagedata src=\"b.png\"/></v:rect><![endif]-->"
        "<!--[if !mso]><!--><img src=c.png><!--<![endif]--><!-- [if mso]><img src=no.png><![endif]-->",
        "a.png->a.png;b.png->b.png;c.png->c.png;"},
@@ -66,7 +68,7 @@ TEST(LocalPictures, FindsFilesWhereverAPictureIsNamed) {
       {"<base href='file:///srv/mail/index.html'><img src=a.png><img src='/b.png'>",
        "a.png->/srv/mail/a.png;/b.png->/b.png;"},
       {"<p style=\"background:url('never closed\"><img src=a.png>", "a.png->a.png;"},
-      {"<img src='http://x/a.png'><img src='HTTPS:a'><img src='//x/a.png'><img src='\\\\x\\a.png'><img src='data:x'>"
+      {"<img src='http://x/a.png'><img src='HTTPS:a'><img src='//x/a.png'><img src='data:x'>"
        "<img src='cid:x'><img src='mailto:x'><img src='about:blank'><img src=''><img src=' #x'><img src><img "
        "src='a%00b'>"
        "<img src='$*MergeID*$.png'><script src=a.js></script><!--<img src=a.png>-->",
