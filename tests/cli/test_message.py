@@ -269,6 +269,11 @@ class Message(Case):
         self.assertEqual(len(piped[2]), 2)
         self.assertRegex(piped[2][1], r" 3/\d+$")
         self.assertGreater(int(piped[2][1].rsplit("/", 1)[1]), len(pages), "wider margins take more pages")
+        for table in ("<table width=1500><tr><td>left<td align=right>right</table>",
+                      "<table><tr><td width=1000>left<td width=1000>right</table>",
+                      "<table width=900><tr><td>left<td><table width=1900><tr><td>x<td align=right>right</table></table>"):
+            wide = self.print_pdf(self.write("wide.eml", b"Content-Type: text/html\n\n" + table.encode()))[2]
+            self.assertRegex(wide[0], "left (x )?right", table)
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
 

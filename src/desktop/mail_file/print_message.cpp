@@ -5,7 +5,9 @@
 #include <QPainter>
 #include <QPrinter>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextFrame>
+#include <QTextTable>
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -40,6 +42,33 @@ std::size_t PicturesLeftOut(const MessagePages& pages) {
   const auto empty =
       std::count_if(pages.pictures.begin(), pages.pictures.end(), [](const QImage& image) { return image.isNull(); });
   return pages.body.page.pictures_left_out + static_cast<std::size_t>(empty);
+}
+
+constexpr double kScreenDots = 96;  // per inch: what a page counts its widths in
+
+bool IsFixed(const QTextLength& length) { return length.type() == QTextLength::FixedLength; }
+
+// Tables ask for the widths of a screen, and words off the right edge are on no page: those that are wider than `most`,
+// and what lies in them, take what the page has.
+void KeepWithin(double most, const QTextFrame& frame, bool is_narrowed) {
+  for (QTextFrame* inner : frame.childFrames()) {
+    bool narrows = is_narrowed;
+    if (auto* table = qobject_cast<QTextTable*>(inner)) {
+      QTextTableFormat format = table->format();
+      QList<QTextLength> columns = format.columnWidthConstraints();
+      double width = 0;
+      for (const QTextLength& column : columns) width += IsFixed(column) ? column.rawValue() : 0;
+      if (IsFixed(format.width())) width = std::max(width, format.width().rawValue());
+      narrows = is_narrowed || width > most;
+      if (narrows && width > 0) {
+        std::replace_if(columns.begin(), columns.end(), IsFixed, QTextLength());
+        format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
+        format.setColumnWidthConstraints(columns);
+        table->setFormat(format);
+      }
+    }
+    KeepWithin(most, *inner, narrows);
+  }
 }
 
 class Pages {
@@ -104,6 +133,10 @@ class Pages {
     document_->setPageSize(body_.size());
     const mail_file::PrintedBody& body = pages_.body;
     body.is_page ? document_->setHtml(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
+    QTextCursor change(document_.get());
+    change.beginEditBlock();  // so that it is laid out once
+    KeepWithin(body_.width() * kScreenDots / kResolution, *document_->rootFrame(), false);
+    change.endEditBlock();
   }
 
   // The toolkit lays out as far as it is asked about a block. Where its numbers end they begin anew, so that a block
