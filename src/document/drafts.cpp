@@ -119,7 +119,7 @@ void ReadFields(const fs::path& file, Draft& draft) {
   }
 }
 
-// Of a body that is offered, "Recovered.htm" being the first.
+// Of a body that is offered, "Recovered.htm" being number 1.
 std::optional<std::int64_t> NumberOf(const fs::path& body) {
   const std::string file = body.filename().string();
   std::string_view name = file;
@@ -127,8 +127,16 @@ std::optional<std::int64_t> NumberOf(const fs::path& body) {
   name.remove_prefix(kOffered.size());
   name.remove_suffix(kBodyEnding.size());
   if (name.empty()) return 1;
-  return name.starts_with('0') ? std::nullopt : platform::WholeNumberBetween(name, 2, kLastNumber);
+  const bool is_ahead = name.starts_with('-');
+  if (is_ahead) name.remove_prefix(1);
+  if (name.starts_with('0')) return std::nullopt;
+  const auto number = platform::WholeNumberBetween(name, is_ahead ? 1 : 2, kLastNumber);
+  return number && is_ahead ? -*number : number;
 }
+
+// No draft that is offered has the number 0.
+std::int64_t Before(std::int64_t first) { return first == 1 ? -1 : first - 1; }
+std::int64_t After(std::int64_t last) { return last == -1 ? 1 : last + 1; }
 
 Result<void> Rename(const fs::path& from, const fs::path& to) {
   std::error_code failed;
@@ -172,18 +180,19 @@ Result<void> Drafts::Keep(const Draft& draft) const {
 void Drafts::Drop() const { Remove(Body(kBeingWritten)); }
 
 // The body goes first: fields alone are no draft, and a body alone is one.
-Result<void> Drafts::SetAside() const {
+Result<void> Drafts::SetAside(Turn turn) const {
   std::error_code failed;
   if (!fs::exists(Body(kBeingWritten), failed)) return {};
-  const fs::path body = Body(Offered().last + 1);
+  const Numbers offered = Offered();
+  const fs::path body = Body(turn == Turn::kNext ? Before(offered.first) : After(offered.last));
   fs::remove(FieldsOf(body), failed);  // of a body that is gone
   if (failed) return platform::SystemError("replace", FieldsOf(body), failed.value());
   auto renamed = Rename(Body(kBeingWritten), body);
   return renamed ? Rename(FieldsOf(Body(kBeingWritten)), FieldsOf(body)) : renamed;
 }
 
-std::vector<std::int64_t> Drafts::All() const {
-  std::vector<std::int64_t> numbers = {kBeingWritten};
+std::vector<std::int64_t> Drafts::AllOffered() const {
+  std::vector<std::int64_t> numbers;
   std::error_code failed;
   for (auto entry = fs::directory_iterator(folder_, failed); !failed && entry != fs::directory_iterator();
        entry.increment(failed)) {
@@ -194,12 +203,13 @@ std::vector<std::int64_t> Drafts::All() const {
 }
 
 Drafts::Numbers Drafts::Offered() const {
-  const auto numbers = All();
-  return numbers.size() > 1 ? Numbers{numbers[1], numbers.back()} : Numbers{};
+  const auto numbers = AllOffered();
+  return numbers.empty() ? Numbers{} : Numbers{numbers.front(), numbers.back()};
 }
 
 bool Drafts::Mention(std::string_view words) const {
-  const auto numbers = All();
+  auto numbers = AllOffered();
+  numbers.push_back(kBeingWritten);
   return std::ranges::any_of(numbers, [&](std::int64_t number) {
     const fs::path body = Body(number);
     return MayHave(body, words) || MayHave(FieldsOf(body), words);

@@ -25,22 +25,25 @@ struct Draft {
 };
 
 // The one that is being written is "Autosave.htm", with its other fields in "Autosave.fields". What an earlier session
-// or message left is offered, the oldest first: "Recovered.htm", "Recovered2.htm", ..., each with its fields.
+// or message left is offered, the oldest first: "Recovered.htm", "Recovered2.htm", ..., each with its fields. What is
+// to come back next stands before them: "Recovered-1.htm", and before that "Recovered-2.htm", ...
 class Drafts {
  public:
+  enum class Turn : std::uint8_t { kLast, kNext };
+
   explicit Drafts(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
   // Keeps the one that is being written, in place of what was kept of it, and nothing where nothing is worth it.
   Result<void> Keep(const Draft& draft) const;
   void Drop() const;
-  // From now on it is one of those that are offered, behind all others.
-  Result<void> SetAside() const;
+  // From now on it is one of those that are offered, behind all others or before them.
+  Result<void> SetAside(Turn turn = Turn::kLast) const;
 
   // Looks into the folder each time.
   bool AreOffered() const { return Offered().first != 0; }
-  // The subject of the oldest, empty where it has none.
+  // The subject of the next, empty where it has none.
   std::string OfferedSubject() const;
-  // The oldest; of a message that is kept by its body alone, the other fields are as in a new one.
+  // The next; of a message that is kept by its body alone, the other fields are as in a new one.
   Result<Draft> ReadOffered() const;
   void DropOffered() const;
 
@@ -55,7 +58,7 @@ class Drafts {
   };
   std::filesystem::path Body(std::int64_t number) const;
   Numbers Offered() const;
-  std::vector<std::int64_t> All() const;
+  std::vector<std::int64_t> AllOffered() const;
 
   std::filesystem::path folder_;
 };

@@ -949,6 +949,33 @@ class MainFormTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
+  static void Import(Scene& scene, const std::filesystem::path& message) {
+    test::WhileOpen("ExtraForm2", [&](QDialog& form) {
+      form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(message));
+      form.findChild<QPushButton*>("ImportButton")->click();
+      QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+    });
+    scene.window->Dispatch(CommandId::kExtraForm2);
+    QCOMPARE(scene.rig.Shown(), "inform: Import process has been completed.");
+  }
+
+  void oneImportAfterTheOtherIsTakenBack() {
+    Scene scene;
+    scene.rig.folder.Write("data/Recovered.htm", "<p>of last week");
+    IgnoreErrors(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
+    scene.Open();
+    scene.Editor().InsertHtml("work");
+    for (const char* text : {"first", "second"}) {
+      Import(scene, scene.rig.folder.Write(std::string(text) + ".eml",
+                                           std::string("Content-Type: text/html\r\n\r\n<p>") + text));
+    }
+    for (const char* text : {"first", "work", "of last week", "second"}) {
+      scene.rig.prompts.answers = {platform::Answer::kNo};
+      Press(scene, "RestoreButton");
+      QTRY_COMPARE(scene.Editor().PlainText().trimmed(), text);
+    }
+  }
+
   void anImportKeepsWhatItReplaces() {
     Scene scene;
     scene.rig.AddGroup("Customers", {"a@x.org"});
@@ -957,13 +984,7 @@ class MainFormTest : public QObject {
     const auto message = scene.rig.folder.Write(
         "a.eml", "Subject: Spring sale\r\nContent-Type: text/html\r\n\r\n<script>x</script><p>Hello <b>you</b>");
     IgnoreErrors(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));  // picking HTML would be refused in a box
-    test::WhileOpen("ExtraForm2", [&](QDialog& form) {
-      form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(message));
-      form.findChild<QPushButton*>("ImportButton")->click();
-      QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
-    });
-    scene.window->Dispatch(CommandId::kExtraForm2);
-    QCOMPARE(scene.rig.Shown(), "inform: Import process has been completed.");
+    Import(scene, message);
     QCOMPARE(
         Fields(scene),
         QString(before).replace("Spring|", "Spring sale|").replace("|Text|", "|HTML|").replace("|work", "|Hello you"));

@@ -87,6 +87,25 @@ TEST(Drafts, GoBehindAllThatAreOffered) {
   EXPECT_EQ(offered, (std::vector<std::string>{"first", "second", "again first"}));
 }
 
+TEST(Drafts, ComeNextWhereOneIsSetAsideForWhatReplacesIt) {
+  const test::TemporaryFolder folder;
+  const Drafts drafts(folder.path());
+  using enum Drafts::Turn;
+  for (const auto& [subject, turn] : {std::pair("d", kNext), std::pair("c", kNext), std::pair("e", kLast),
+                                      std::pair("b", kNext), std::pair("a", kNext)}) {
+    Draft draft;
+    draft.document.subject = subject;
+    ASSERT_TRUE(drafts.Keep(draft));
+    ASSERT_TRUE(drafts.SetAside(turn));
+  }
+  for (const char* subject : {"a", "b", "c", "d", "e"}) {
+    EXPECT_TRUE(drafts.Mention(subject));
+    EXPECT_EQ(drafts.OfferedSubject(), subject);
+    drafts.DropOffered();
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
 TEST(Drafts, StayWhereTheyCannotBeSetAside) {
   const test::TemporaryFolder folder;
   const Drafts drafts(folder.path());

@@ -74,9 +74,9 @@ Result<void> EditorDocument::KeepAside() {
   return text ? kept : text.error();
 }
 
-Result<void> EditorDocument::SetAside() {
+Result<void> EditorDocument::SetAside(document::Drafts::Turn turn) {
   auto kept = KeepAside();
-  return kept ? drafts_.SetAside() : kept;
+  return kept ? drafts_.SetAside(turn) : kept;
 }
 
 void EditorDocument::Name(const fs::path& file) {
@@ -143,7 +143,7 @@ Result<void> EditorDocument::StartFrom(const std::string& letter) {
 
 Result<void> EditorDocument::Import(const std::string& html, const fs::path& folder) {
   if (auto editable = document::CheckEditable(html); !editable) return editable;
-  if (auto aside = SetAside(); !aside) return aside;
+  if (auto aside = SetAside(document::Drafts::Turn::kNext); !aside) return aside;
   return Show(html, folder, true);
 }
 

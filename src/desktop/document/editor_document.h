@@ -54,7 +54,8 @@ class EditorDocument final : public document::EditedDocument {
   Result<void> StartFrom(const std::string& letter);
 
   // A body that came out of a message file: a document without a name that is not saved yet, in place of what is in the
-  // editor, which becomes a draft with all fields of the message. Its relative references start from `folder`.
+  // editor, which becomes the draft that is offered next, with all fields of the message. Its relative references start
+  // from `folder`.
   Result<void> Import(const std::string& html, const std::filesystem::path& folder);
 
   // Keeps the message as a draft, at once. Nothing is kept of one that is not worth it. Where the editor does not
@@ -66,8 +67,8 @@ class EditorDocument final : public document::EditedDocument {
   void KeepForACrash();
   void WhenNotKept(std::function<void(const Error&)> tell) { not_kept_ = std::move(tell); }
   // The message as it is becomes one of the drafts that are offered; it stays in the editor.
-  Result<void> SetAside();
-  // Takes up the oldest of those: its body, unchanged where its file still holds it. The other fields are the caller's.
+  Result<void> SetAside(document::Drafts::Turn turn = document::Drafts::Turn::kLast);
+  // Takes up the next of those: its body, unchanged where its file still holds it. The other fields are the caller's.
   // What was in the editor is set aside for it.
   Result<document::Draft> Recover();
   const document::Drafts& drafts() const { return drafts_; }
