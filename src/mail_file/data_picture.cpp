@@ -22,6 +22,21 @@ std::string WithoutBlanks(std::string_view text) {
   return out;
 }
 
+// A name that is decoded may hold no NUL; a picture does.
+std::optional<std::string> BytesOf(std::string_view text) {
+  constexpr std::string_view kNul = "%00";
+  std::string bytes;
+  for (;;) {
+    const std::size_t end = text.find(kNul);
+    const auto piece = platform::PercentDecoded(text.substr(0, end));
+    if (!piece) return {};
+    bytes += *piece;
+    if (end == std::string_view::npos) return bytes;
+    bytes += '\0';
+    text.remove_prefix(end + kNul.size());
+  }
+}
+
 }  // namespace
 
 std::optional<DataPicture> PictureInAddress(std::string_view address) {
@@ -30,7 +45,7 @@ std::optional<DataPicture> PictureInAddress(std::string_view address) {
   const std::size_t comma = address.find(',');
   if (comma == std::string_view::npos) return {};
   const std::string head = platform::AsciiLower(WithoutBlanks(address.substr(0, comma)));
-  auto bytes = platform::PercentDecoded(address.substr(comma + 1));
+  auto bytes = BytesOf(address.substr(comma + 1));
   if (bytes && head.ends_with(kBase64)) bytes = platform::DecodeBase64(WithoutBlanks(*bytes));
   if (!bytes) return {};
   std::string type(document::PictureType(*bytes));

@@ -23,11 +23,12 @@ TEST(ShownBody, HasThePicturesOfTheMessageAndNoOthers) {
       std::string("Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n"
                   "<p onclick=x>a<img src=cid:a@x><img src=https://x.org/b.png><img src=cid:a@x>"
                   "<img src=file:///c.png><script>d</script><img src=cid:e><img src='data:image/gif,GIF89a'>"
-                  "<img src='data:image/gif,no'>\r\n"
+                  "<img src='data:image/gif,no'><img src='data:image/gif,GIF89a%00%0%00%%00%3'>\r\n"
                   "--b\r\nContent-Type: image/png\r\nContent-ID: <a@x>\r\nContent-Transfer-Encoding: base64\r\n\r\n") +
       kPngInBase64 + "\r\n--b\r\nContent-Type: image/png\r\nContent-ID: <e>\r\n\r\n<svg/>\r\n--b--\r\n");
-  EXPECT_EQ(shown.html, "<p>a<img src=\"cid:0\"><img src=\"cid:0\"><img src=\"cid:1\"></p>");
-  ASSERT_EQ(shown.pictures.size(), 2U);
+  EXPECT_EQ(shown.html, "<p>a<img src=\"cid:0\"><img src=\"cid:0\"><img src=\"cid:1\"><img src=\"cid:2\"></p>");
+  ASSERT_EQ(shown.pictures.size(), 3U);
+  EXPECT_EQ(shown.pictures[2].bytes, std::string("GIF89a\0%0\0%\0%3", 14));
   EXPECT_EQ(shown.pictures[1].type + shown.pictures[1].bytes, "image/gifGIF89a");
   EXPECT_EQ(shown.pictures[0].type, "image/png");
   EXPECT_EQ(shown.pictures[0].bytes, "\x89PNG\r\n\x1A\n");
