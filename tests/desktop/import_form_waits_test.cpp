@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "desktop/import_scene.h"
+#include "support/stored_archive.h"
 
 namespace quillcast::desktop {
 
@@ -206,6 +207,95 @@ class ImportFormWaitsTest : public QObject {
         const QString pair = QString("%1, then %2: ").arg(waits.name, next.name);
         QCOMPARE(pair + scene.Mapped(), pair + mapped);
         QCOMPARE(pair + scene.Shown(), pair + shown);
+      }
+    }
+  }
+
+  // A mapping that waits is come back to with its file, unless it was given up before.
+  void aFileThatIsLeftKeepsWhatStillWaits() {
+    Scene scene;
+    for (const Press& next : WhatIsNext()) {
+      const bool is_given_up = next.lists == Lists::kGivenUp;
+      if (!is_given_up && !next.is_nothing) continue;
+      scene.Begin();
+      const auto left = PathFromQt(scene.Find<QLineEdit>("BrowseTextBox").text());
+      scene.Press("ApplyMappingButton");
+      next.press(scene);
+      scene.Drop();
+      scene.PickFile(left);
+      scene.WaitForTheLook();
+      const QString row = next.name + QString(": ");
+      QCOMPARE(row + scene.Mapped(), row + (is_given_up ? kEmpty : kKept));
+    }
+  }
+
+  // The one that was picked last, by hand or by a mapping, where the file has it.
+  void aFileThatIsLeftKeepsItsSheet() {
+    struct Row {
+      const char* name;
+      const char* of_mapping;  // the sheet that it takes
+      bool is_picked;          // by hand, before
+      bool waits;              // the look has not come back when the file is left
+      bool harvests;
+      QString sheet;
+    };
+    for (const Row& row : {Row{"none", "", false, false, false, "One"},
+                           {"by hand", "", true, false, false, "T&wo"},
+                           {"by hand, and a harvest", "", true, false, true, "T&wo"},
+                           {"by hand, the mapping waits", "", true, true, false, "T&wo"},
+                           {"by hand, the mapping's is lacking", "Nope", true, false, false, "T&wo"},
+                           {"by hand, the mapping's is lacking and waits", "Nope", true, true, true, "T&wo"},
+                           {"by the mapping", "T&wo", false, false, true, "T&wo"},
+                           {"by the mapping that waits", "T&wo", false, true, false, "T&wo"},
+                           {"lacking", "Nope", false, false, false, "One"}}) {
+      Scene scene;
+      recipients::KeptMapping kept{"Kept", *recipients::ParseMapping("Email Address=1")};
+      kept.sheet = row.of_mapping;
+      IgnoreErrors(recipients::KeepMapping(scene.rig.settings, kept));
+      const auto book = scene.rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets()));
+      scene.PickFile(book);
+      QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
+      if (row.is_picked) {
+        scene.Step("SheetComboBox", 1);
+        scene.WaitForTheLook();
+      }
+      scene.Press("ApplyMappingButton");
+      if (!row.waits) scene.WaitForTheLook();
+      if (row.harvests) scene.Press("RadioButton1");
+      scene.Drop();
+      scene.WaitForTheLook();
+      scene.PickFile(book);
+      const QString name = row.name + QString(": ");
+      if (row.harvests) {
+        scene.rig.Shown();
+        QCOMPARE(name + scene.Import(), name + kConsent + " | " + Done(1, 0, 0));
+        QCOMPARE(name + scene.Addresses(), name + "old@x.org, b@x.org,");
+      }
+      if (!row.harvests)
+        QTRY_COMPARE(name + scene.Sample(), name + (row.sheet == "One" ? "As of March / E-Mail / a@x.org" : "b@x.org"));
+      QCOMPARE(name + scene.Find<QComboBox>("SheetComboBox").currentText(), name + row.sheet);
+    }
+  }
+
+  // It is told before anybody of another sheet comes in.
+  void aSheetThatTheFileLacksIsTold() {
+    for (const char* mode : {"RadioButton1", "RadioButton2"}) {
+      for (const bool gives_up : {false, true}) {
+        Scene scene;
+        recipients::KeptMapping kept{"Kept", *recipients::ParseMapping("Email Address=1")};
+        kept.sheet = "Nope";
+        IgnoreErrors(recipients::KeepMapping(scene.rig.settings, kept));
+        scene.PickFile(scene.rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets())));
+        scene.Press("ApplyMappingButton");
+        if (gives_up) scene.TypeColumns("1");
+        scene.Press(mode);
+        scene.Press("ImportButton");
+        QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
+        QVERIFY2(scene.Status().endsWith(" The import that waited was given up."), qPrintable(scene.Status()));
+        QVERIFY2(scene.Warnings().startsWith("The file has no sheet “Nope”, which the mapping takes. “One” is read."),
+                 qPrintable(scene.Warnings()));
+        QCOMPARE(scene.Addresses(), "old@x.org,");
+        QCOMPARE(scene.rig.Shown(), "");
       }
     }
   }

@@ -175,7 +175,7 @@ void RecipientImportForm::ConnectControls() {
     LookAtFile();
   });
   connect(kind_, &QComboBox::activated, this, &RecipientImportForm::LookAtFile);
-  connect(sheet_, &QComboBox::activated, this, [this] { sheet_is_picked_ = true; });
+  connect(sheet_, &QComboBox::activated, this, [this] { picked_sheet_ = FromQt(sheet_->currentText()); });
   for (QComboBox* list : {sheet_, encoding_})
     connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
   connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, &RecipientImportForm::LookAgain);

@@ -57,6 +57,13 @@ class RecipientImportForm final : public QDialog {
   using Look = recipients::FileLook;
   using Source = recipients::AwaitedFields::Source;
 
+  // What was chosen for a file that was left, for who comes back to it.
+  struct FileChoices {
+    recipients::KeptMapping mapping;  // all "Ignore" where none was chosen, or it was given up
+    int kind = 0;                     // its entry
+    bool delimiter_is_open = true;
+  };
+
   // Made once; EnableControls is called after each change of what is ticked, chosen or under way, and knows them all.
   void MakeWindow();
   void AddFormats(FormColumn* column);
@@ -70,6 +77,8 @@ class RecipientImportForm final : public QDialog {
   void Browse();
   void TakeFile(const QString& file);
   void SetBack();
+  FileChoices Chosen() const;
+  void TakeChoices(const FileChoices& chosen);
   void GetData();
   recipients::ReadingOptions Reading() const;
   void LookAgain();
@@ -113,11 +122,12 @@ class RecipientImportForm final : public QDialog {
   void KeepMapping();
   void KeepNow();
   void ApplyMapping(const recipients::KeptMapping& kept);
-  void TakeMapping(const recipients::KeptMapping& kept);
+  void TakeReading(const recipients::KeptMapping& kept);
   void TakeSource(const recipients::KeptMapping& kept);
+  bool IsSheetToCome() const;
   // Give what the file lacks of it.
-  std::optional<Sentence> ChooseMapping(const recipients::ImportMapping& wanted);
-  std::optional<Sentence> LackingSheet(const std::string& wanted) const;
+  std::optional<Sentence> ChooseMapping(const recipients::AwaitedFields& fields);
+  std::optional<Sentence> TakeSheet(const recipients::AwaitedFields& fields);
 
   // The import itself. Its checks and its consent come first, in the given order; Start hands the request to a thread,
   // which shares the count with TakeProgress, and ShowEnd gets its outcome unless the dialog was closed meanwhile.
@@ -164,20 +174,19 @@ class RecipientImportForm final : public QDialog {
   QPushButton* report_;
   std::optional<recipients::ImportSample> sample_;
   std::optional<recipients::ProposedMapping> proposed_;
-  std::vector<Sentence> odd_;                           // what the last look has to tell, whatever is ticked and mapped
-  bool is_quoted_ = false;                              // most addresses of the file stand in quotes
-  QTimer* slow_;                                        // until a look is said to be under way
-  QString looked_at_;                                   // the file of the last look
-  bool look_again_ = false;                             // something changed meanwhile
-  recipients::ReadingOptions read_as_;                  // by the last look
-  std::optional<recipients::TextEncoding> known_;       // found out of this file
-  bool delimiter_is_open_ = true;                       // of this file: not found, nor picked by person or mapping
-  bool sheet_is_picked_ = false;                        // for this file
-  std::string sheet_to_come_;                           // picked by a mapping before a look listed the sheets
-  bool was_set_back_ = false;                           // the mapping, for the file is another one
-  std::vector<std::size_t> columns_;                    // of the file that are its fields here; none: all
-  std::int64_t skipped_ = 1;                            // lines that the box leaves out at least
-  QHash<QString, recipients::KeptMapping> remembered_;  // by file, for who comes back to it
+  std::vector<Sentence> odd_;                      // what the last look has to tell, whatever is ticked and mapped
+  bool is_quoted_ = false;                         // most addresses of the file stand in quotes
+  QTimer* slow_;                                   // until a look is said to be under way
+  QString looked_at_;                              // the file of the last look
+  bool look_again_ = false;                        // something changed meanwhile
+  recipients::ReadingOptions read_as_;             // by the last look
+  std::optional<recipients::TextEncoding> known_;  // found out of this file
+  bool delimiter_is_open_ = true;                  // of this file: not found, nor picked by person or mapping
+  std::string picked_sheet_;                       // of this file; a look may have to list it yet
+  bool was_set_back_ = false;                      // the mapping, for the file is another one
+  std::vector<std::size_t> columns_;               // of the file that are its fields here; none: all
+  std::int64_t skipped_ = 1;                       // lines that the box leaves out at least
+  QHash<QString, FileChoices> remembered_;         // by file
   recipients::AwaitedLook awaited_;
   bool import_was_given_up_ = false;   // to be said with what the look shows
   std::shared_ptr<SharedCount> seen_;  // shared with the thread that imports

@@ -112,7 +112,7 @@ recipients::KeptMapping RecipientImportForm::Current() const {
           .quotes = TakesQuotesOff(),
           .rfc4180 = rfc4180_->isChecked(),
           .skip = SkippedLines(),
-          .sheet = sheet_is_picked_ ? Reading().sheet : std::string(),
+          .sheet = picked_sheet_,
           .encoding = Reading().encoding,
           .columns = columns_};
 }
@@ -142,13 +142,14 @@ void RecipientImportForm::ApplyMapping(const recipients::KeptMapping& kept) {
     FocusOn(*complaint->control);
     return;
   }
-  TakeMapping(kept);
+  TakeReading(kept);
+  AwaitFields({Source::kMapping, kept});
   EnableControls();
   LookAtFile();
 }
 
 // How the lines are cut comes first: the fields to choose from hang on it.
-void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
+void RecipientImportForm::TakeReading(const recipients::KeptMapping& kept) {
   delimiter_->setCurrentIndex(delimiter_->findData(QChar::fromLatin1(kept.delimiter)));
   delimiter_is_open_ = false;
   const QSignalBlocker quiet_quotes(quotes_);
@@ -158,7 +159,6 @@ void RecipientImportForm::TakeMapping(const recipients::KeptMapping& kept) {
   SkipLines(kept.skip);
   ShowColumns(kept.columns);
   TakeSource(kept);
-  AwaitFields({Source::kMapping, kept});
 }
 
 // What the lines are read of; a mapping that says nothing of it leaves it as it is. A sheet of a file that was not
@@ -172,19 +172,27 @@ void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
   if (kept.sheet.empty()) return;
   const int sheet = sheet_->findText(ToQt(kept.sheet));
   if (sheet >= 0) sheet_->setCurrentIndex(sheet);
-  if (sheet_->count() == 0) sheet_to_come_ = kept.sheet;
-  sheet_is_picked_ = sheet >= 0 || sheet_->count() == 0;
+  if (sheet >= 0 || sheet_->count() == 0) picked_sheet_ = kept.sheet;
 }
 
-std::optional<Sentence> RecipientImportForm::LackingSheet(const std::string& wanted) const {
-  return recipients::DescribeLackingSheet(wanted, sample_->facts.sheet);
+bool RecipientImportForm::IsSheetToCome() const { return sheet_->count() == 0 && !picked_sheet_.empty(); }
+
+// An import that waits was to be of the sheet that was picked, and of no other.
+std::optional<Sentence> RecipientImportForm::TakeSheet(const recipients::AwaitedFields& fields) {
+  const std::string& wanted = fields.mapping.sheet.empty() ? picked_sheet_ : fields.mapping.sheet;
+  auto lacking = recipients::DescribeLackingSheet(wanted, sample_->facts.sheet);
+  if (!lacking) return {};
+  if (awaited_.deed() == recipients::AwaitedDeed::kImport) GiveDeedUp();
+  if (wanted == picked_sheet_) picked_sheet_.clear();
+  return lacking;
 }
 
-std::optional<Sentence> RecipientImportForm::ChooseMapping(const recipients::ImportMapping& wanted) {
+std::optional<Sentence> RecipientImportForm::ChooseMapping(const recipients::AwaitedFields& fields) {
+  if (fields.source != Source::kMapping) return {};
   OfferFields();
-  const auto fitted = recipients::FitMapping(wanted, FieldsToChoose().size());
+  const auto fitted = recipients::FitMapping(fields.mapping.mapping, FieldsToChoose().size());
   mapping_->Choose(fitted.mapping);
-  return recipients::DescribeLacking(fitted, wanted);
+  return recipients::DescribeLacking(fitted, fields.mapping.mapping);
 }
 
 }  // namespace quillcast::desktop

@@ -57,12 +57,13 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
   }
 }
 
-// A harvest takes addresses from wherever they stand, and needs no look.
+// A harvest takes addresses from wherever they stand, and needs no look, but at the sheet that was picked unseen.
 void RecipientImportForm::Import() {
   awaited_.DropDeed();
   import_was_given_up_ = false;
   if (!TakeTyped()) return;
-  if (!delimited_->isChecked() || !look_->is_running()) return ImportNow();
+  const bool needs_look = delimited_->isChecked() || IsSheetToCome();
+  if (!needs_look || !look_->is_running()) return ImportNow();
   awaited_.Do(recipients::AwaitedDeed::kImport, Form());
   status_->Say(tr("Import waits for the look at the file."));
 }

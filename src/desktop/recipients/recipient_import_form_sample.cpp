@@ -51,8 +51,7 @@ void RecipientImportForm::SetBack() {
   awaited_.Drop();
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
-  sheet_is_picked_ = false;
-  sheet_to_come_.clear();
+  picked_sheet_.clear();
   mapping_->Offer({});
   bar_->Count(0, 1);
   Warn({});
@@ -61,10 +60,8 @@ void RecipientImportForm::SetBack() {
 
 void RecipientImportForm::TakeFile(const QString& file) {
   const bool had_file = !looked_at_.isEmpty();
-  const recipients::KeptMapping* waiting = awaited_.mapping();
-  const bool had_mapping = waiting != nullptr || !mapping_->Mapping().IsAllIgnore();
-  if (had_file && had_mapping) remembered_.insert(looked_at_, waiting != nullptr ? *waiting : Current());
-  if (!had_mapping) remembered_.remove(looked_at_);  // an older one was given up
+  const FileChoices left = Chosen();
+  if (had_file) remembered_.insert(looked_at_, left);
   file_->setText(file);
   looked_at_ = file;
   SetBack();
@@ -79,11 +76,28 @@ void RecipientImportForm::TakeFile(const QString& file) {
     encoding_->setCurrentIndex(0);
   }
   kind_->setItemText(0, tr("Find out"));
-  const auto remembered = remembered_.constFind(file);
-  was_set_back_ = had_mapping && remembered == remembered_.cend();
-  if (remembered != remembered_.cend()) TakeMapping(*remembered);
+  const auto back = remembered_.constFind(file);
+  if (back != remembered_.cend()) TakeChoices(*back);
+  const bool has_mapping = back != remembered_.cend() && !back->mapping.mapping.IsAllIgnore();
+  was_set_back_ = !left.mapping.mapping.IsAllIgnore() && !has_mapping;
   EnableControls();
   LookAtFile();
+}
+
+// Also where the mode that is ticked by now takes no notice of it.
+RecipientImportForm::FileChoices RecipientImportForm::Chosen() const {
+  FileChoices chosen{Current(), kind_->currentIndex(), delimiter_is_open_};
+  chosen.mapping.quotes = quotes_->isChecked();
+  chosen.mapping.skip = skip_->isChecked() ? skipped_ : 0;
+  if (const auto* waiting = awaited_.MappingFor(Choices(Reading()))) chosen.mapping.mapping = waiting->mapping;
+  return chosen;
+}
+
+void RecipientImportForm::TakeChoices(const FileChoices& chosen) {
+  TakeReading(chosen.mapping);
+  kind_->setCurrentIndex(chosen.kind);
+  delimiter_is_open_ = chosen.delimiter_is_open;
+  if (!chosen.mapping.mapping.IsAllIgnore()) AwaitFields({Source::kMapping, chosen.mapping});
 }
 
 void RecipientImportForm::TakeTypedFile() {
@@ -127,7 +141,7 @@ recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
   reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
   if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
-  if (sheet_->count() == 0) reading.sheet = sheet_to_come_;
+  if (IsSheetToCome()) reading.sheet = picked_sheet_;
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
@@ -192,6 +206,7 @@ void RecipientImportForm::ForgetSample(const QString& why) {
 
 void RecipientImportForm::ShowNoLook(const Look& look, const recipients::AwaitedFields& fields) {
   ForgetSample(tr("The file could not be read."));
+  sheet_->clear();               // it may have others when it can be read again
   import_was_given_up_ = false;  // why the file is not read says more
   if (fields.source == Source::kFirstLine) OfferFields();
   Warn({});
@@ -208,7 +223,6 @@ void RecipientImportForm::TakeFormat(const Look& look) {
   if (kind_->currentIndex() == 0)
     kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
   for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
-  sheet_to_come_.clear();
   if (!look.sheets.empty()) sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
   if (Reading().encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
 }
@@ -236,6 +250,10 @@ void RecipientImportForm::ShowSample() {
 
 void RecipientImportForm::SayHowItIsRead(const Look& look, const recipients::AwaitedFields& fields) {
   const auto& facts = sample_->facts;
+  odd_.clear();
+  for (auto& lacking : {TakeSheet(fields), ChooseMapping(fields)})
+    if (lacking) odd_.push_back(*lacking);
+  for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
   QStringList sentences = {tr("Format: %1.").arg(Translated(recipients::NameOf(facts.format)))};
   if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(ToQt(platform::WithThousands(sheet_->count())));
   if (!facts.encoding.name.empty()) {
@@ -249,13 +267,7 @@ void RecipientImportForm::SayHowItIsRead(const Look& look, const recipients::Awa
     sentences << tr("The first 18 fields of a line can be chosen; “Columns” makes others the ones that can.");
   if (std::exchange(import_was_given_up_, false)) sentences << tr("The import that waited was given up.");
   status_->Say(sentences.join(' '));
-  odd_.clear();
   is_quoted_ = look.delimiter && look.delimiter->is_quoted;
-  if (fields.source == Source::kMapping) {
-    for (auto& lacking : {LackingSheet(fields.mapping.sheet), ChooseMapping(fields.mapping.mapping)})
-      if (lacking) odd_.push_back(*lacking);
-  }
-  for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
   ShowWarnings();
 }
 

@@ -51,9 +51,10 @@ class AwaitedLook {
   void DropDeed() { deed_ = AwaitedDeed::kNone; }
   void Drop() { *this = {}; }
 
-  // The mapping that waits; null where none does.
-  const KeptMapping* mapping() const {
-    return fields_.source == AwaitedFields::Source::kMapping ? &fields_.mapping : nullptr;
+  // The mapping that waits for a look that is for these choices; null where none does.
+  const KeptMapping* MappingFor(const LookChoices& choices) const {
+    const bool waits = fields_.source == AwaitedFields::Source::kMapping && choices == choices_;
+    return waits ? &fields_.mapping : nullptr;
   }
 
   // What is taken waits no more. Nothing is given where the look was for other choices.

@@ -13,7 +13,7 @@ struct FileLookRequest {
   ReadingOptions reading;
   std::int64_t skip = 0;         // lines that are left out, and shown where that is taken back
   bool finds_delimiter = false;  // and reads the lines with it
-  bool lists_sheets = false;
+  bool lists_sheets = false;     // where the wanted one is not among them the first with anything in it is read
 };
 
 struct FileLook {
