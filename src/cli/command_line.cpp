@@ -44,25 +44,26 @@ const CLI::Option* FindOption(const CLI::App* command, const std::string& name) 
   return option;
 }
 
-// "--name=" or "-n=", with nothing behind it.
-bool HasEmptyValue(const std::string& argument) {
-  const bool is_short = argument.size() == 3 && argument.starts_with('-');
-  const bool is_long = argument.size() > 3 && argument.starts_with("--");
-  return (is_short || is_long) && argument.find('=') == argument.size() - 1;
+// How long the name is in "--name=", with nothing behind it, or in "-n=value"; 0 for any other argument.
+std::size_t NameLength(const std::string& argument) {
+  const bool is_long = argument.starts_with("--");
+  const bool is_short = !is_long && argument.starts_with('-');
+  const std::size_t sign = argument.find('=');
+  return (is_short && sign == 2) || (is_long && sign > 2 && sign == argument.size() - 1) ? sign : 0;
 }
 
-// "--name=" as "--name" and an empty value. The parser would take the argument behind it for the value, or the "=" for
-// that of "-n", which a script with an empty variable does not mean. Errors: kUsage for one that takes no value.
-Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vector<std::string> arguments) {
+// "--name=" as "--name" and an empty value, and "-n=value" as "-n" and the value. The parser would take the argument
+// behind the first for the value, and "=value" for that of the second, which nobody means. Errors: kUsage for one that
+// takes no value.
+Result<std::vector<std::string>> WithSplitValues(const CLI::App& app, std::vector<std::string> arguments) {
   std::vector<std::string> out;
   const CLI::App* command = &app;
   bool are_options = true;
   for (std::string& argument : arguments) {
     for (const CLI::App* named : command->get_subcommands(IsCalled(argument))) command = named;
     are_options = are_options && argument != "--";
-    const bool is_empty = are_options && HasEmptyValue(argument);
-    const std::string name = is_empty ? argument.substr(0, argument.size() - 1) : "";
-    const CLI::Option* option = is_empty ? FindOption(command, name) : nullptr;
+    const std::string name = argument.substr(0, are_options ? NameLength(argument) : 0);
+    const CLI::Option* option = name.empty() ? nullptr : FindOption(command, name);
     if (option == nullptr) {  // the parser refuses one that it does not know as it was typed
       out.push_back(std::move(argument));
       continue;
@@ -72,7 +73,7 @@ Result<std::vector<std::string>> WithEmptyValues(const CLI::App& app, std::vecto
                    "Leave the \"=\" out, or the option, where it is not meant."};
     }
     out.push_back(name);
-    out.emplace_back();
+    out.push_back(argument.substr(name.size() + 1));
   }
   return out;
 }
@@ -156,7 +157,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   AddCommands(app, context);
   RefuseEmptyValues(app);
 
-  auto parsed = WithEmptyValues(app, std::move(arguments));
+  auto parsed = WithSplitValues(app, std::move(arguments));
   if (!parsed) return output.Fail(parsed.error());
   std::reverse(parsed->begin(), parsed->end());  // the parser takes them from the back
   try {  // the parser tells wrong usage, --help and --version by exceptions; they end here

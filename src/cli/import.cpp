@@ -224,8 +224,7 @@ void AddReadingOptions(CLI::App& import, ImportOptions& options) {
                     "kept mapping says");
 }
 
-// What sees to the mappings that are kept imports nobody, and takes no file.
-void AddMappingOptions(CLI::App& import, ImportOptions& options, CLI::Option* file) {
+void AddMappingOptions(CLI::App& import, ImportOptions& options) {
   import.add_flag("--harvest", options.harvest, "Find every address anywhere in the file");
   import.add_option("--map", options.map, "Take one recipient from each line: \"Email Address=2,First Name=1\"");
   import.add_flag("--header", options.header,
@@ -237,13 +236,18 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options, CLI::Option* fi
   import.add_option("--save-mapping", options.save_mapping,
                     "Keep the mapping, and how the file is read, under a name, once nothing is refused; also with "
                     "--preview and --dry-run");
-  CLI::Option* list = import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
-  CLI::Option* one = import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name");
-  CLI::Option* all = import.add_flag("--forget-mappings", options.forget_mappings,
-                                     "Delete all of them, also where they cannot be read");
-  list->excludes(file);
-  one->excludes(list)->excludes(file);
-  all->excludes(list)->excludes(one)->excludes(file);
+  import.add_flag("--list-mappings", options.list_mappings, "Show the mappings that are kept");
+  import.add_option("--delete-mapping", options.delete_mapping, "Delete the one of this name");
+  import.add_flag("--forget-mappings", options.forget_mappings, "Delete all of them, also where they cannot be read");
+}
+
+// What sees to the mappings that are kept imports nobody: it stands alone.
+void ExcludeTheRest(CLI::App& import) {
+  for (const char* name : {"--list-mappings", "--delete-mapping", "--forget-mappings"}) {
+    CLI::Option* alone = import.get_option(name);
+    for (CLI::Option* other : import.get_options())
+      if (other != alone && other != import.get_help_ptr()) alone->excludes(other);
+  }
 }
 
 }  // namespace
@@ -251,14 +255,15 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options, CLI::Option* fi
 void AddImportCommand(CLI::App& app, Context& context) {
   CLI::App& import = *app.add_subcommand("import", "Add recipients from a file to a group");
   const auto options = std::make_shared<ImportOptions>();
-  CLI::Option* file = import.add_option("FILE", options->file, "The file; - for standard input");
+  import.add_option("FILE", options->file, "The file; - for standard input");
   import.add_option("-g,--group", options->group, "The group that gets them");
-  AddMappingOptions(import, *options, file);
+  AddMappingOptions(import, *options);
   AddReadingOptions(import, *options);
   import.add_flag("--opt-in", options->opt_in, "Confirm that everybody in the list has agreed to receive mail");
   import.add_flag("--preview", options->preview,
                   "Show how the first five lines would be read, without a mapping by number; add nobody");
   import.add_flag("--dry-run", options->dry_run, "Read it all and count what would be added; add nobody");
+  ExcludeTheRest(import);
   import.footer(
       "Examples:\n  quillcast import list.csv --group Readers --header --delimiter Auto --opt-in\n"
       "  quillcast import list.csv --group Readers --map \"Email Address=2,First Name=1\" --opt-in\n"

@@ -34,7 +34,7 @@ class Export(Case):
         ]:
             with self.subTest(arguments=arguments):
                 self.assertEqual(self.export(*arguments), expected)
-                self.assertEqual(self.export(*arguments, "-o", self.file), "2 recipients exported successfully.\n")
+                self.assertEqual(self.export(*arguments, f"-o={self.file}"), "2 recipients exported successfully.\n")
                 self.assertEqual(self.file.read_bytes().decode(), expected)
 
     def test_others_read_rfc_4180(self):

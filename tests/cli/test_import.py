@@ -170,6 +170,7 @@ class Import(Case):
             (["-", "-g", "All", "--harvest", "--opt-in"], 65, "Standard input holds no address"),
             ([list_, "-g", "All", "--map", "Email Address=1", "--quotes", "--rfc4180"], 64, "exclude each other"),
             (["-g", "All", "--harvest"], 64, "No file is named"),
+            ([list_, "-g", "All", "--harvest", "--skip", "1", "--opt-in"], 64, "--skip does not go with --harvest"),
             ([list_, "-g", "All", "--harvest", "--skip=1000000001"], 64, "no number of lines from 0 to 1,000,000,000"),
             (["--delete-mapping", "none"], 64, 'no mapping "none"'),
             ([list_, "-g", "All", "--harvest", "--format", "Word"], 64, '"Word" is no format'),
@@ -187,7 +188,9 @@ class Import(Case):
         for name in ("One", "Two"):
             self.run_import(list_, "--map", "Email Address=1", "--save-mapping", name, "--preview")
         for words in (["--delete-mapping", "One", "--forget-mappings"], [list_, "--forget-mappings"],
-                      [list_, "-g", "All", "--harvest", "--opt-in", "--delete-mapping", "One"], ["-", "--list-mappings"]):
+                      [list_, "-g", "All", "--harvest", "--opt-in", "--delete-mapping", "One"], ["-", "--list-mappings"],
+                      ["--delete-mapping", "One", "--harvest"], ["--delete-mapping", "One", "-g", "All"],
+                      ["--list-mappings", "--sheet", ""], ["--forget-mappings", "--dry-run"]):
             code, _, err = self.run_program("--yes", "import", *words)
             self.assertEqual(code, 64, (words, err))
             self.assertIn(" excludes ", err)
