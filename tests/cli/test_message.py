@@ -1,14 +1,18 @@
 """Message files by command: what is shown of them, to people and to programs, and how it ends."""
+import base64
 import email
 import email.policy
 import hashlib
 import json
 import os
 import shutil
+import re
 import signal
+import struct
 import subprocess
 import time
 import unittest
+import zlib
 from pathlib import Path
 from unittest import mock
 from urllib.parse import quote
@@ -22,6 +26,25 @@ FILES = Path(__file__).resolve().parent.parent / "mail_file" / "files"
 
 def sample(name):
     return str(FILES / f"{name}.eml")
+
+
+def picture(width):
+    """A red PNG of 50 lines with a blue right edge, as an image of a page."""
+    def chunk(name, content):
+        return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
+    lines = (b"\0" + b"\xff\0\0" * (width - 40) + b"\0\0\xff" * 40) * 50
+    content = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, 50, 8, 2, 0, 0, 0)) +
+               chunk(b"IDAT", zlib.compress(lines)) + chunk(b"IEND", b""))
+    return f"<img src='data:image/png;base64,{base64.b64encode(content).decode()}'"
+
+
+def count_blue_edges(pdf):
+    """In the middle of the pictures at the top of the first page."""
+    drawn = subprocess.run(["pdftoppm", "-r", "72", "-l", "1", pdf], capture_output=True, check=True).stdout
+    width, begin = (lambda head: (int(head[1]), head.end()))(re.match(rb"P6\s+(\d+) \d+\s+255\s", drawn))
+    line = drawn[begin + 65 * width * 3:][:width * 3]
+    is_blue = "".join("B" if line[at] < 60 and line[at + 2] > 200 else "-" for at in range(0, len(line), 3))
+    return len(re.findall("-B+(?=-)", is_blue))
 
 
 class Message(Case):
@@ -276,6 +299,22 @@ class Message(Case):
             self.assertRegex(wide[0], "left (x )?right", table)
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
+
+    def test_keeps_what_is_wider_than_the_page_on_it(self):
+        """Rows of (page, words, right edges of pictures)."""
+        self.needs_desktop()
+        for page, words, edges in (
+                (f"{picture(1200)}><p>left right", "left right", 1),
+                (f"{picture(100)} width=1900 height=90>", "", 1),
+                (f"<table><tr><td>{picture(500)}><td>{picture(500)}></table>", "", 2),
+                ("<table width='300%'><tr><td>left<td align=right>right</table>", "left right", 0)):
+            with self.subTest(page=page[:40]):
+                told, _, pages = self.print_pdf(self.write("wide.eml", f"Content-Type: text/html\n\n{page}"))
+                self.assertEqual(told["left_out"], [])
+                self.assertIn(words.replace(" ", ""), pages[0].replace(" ", ""))
+                self.assertEqual(count_blue_edges(self.folder / "out.pdf"), edges)
+        told = self.print_pdf(self.write("wide.eml", "Content-Type: text/html\n\n<table><tr>" + "<td>a" * 5000))[0]
+        self.assertEqual(told["left_out"], ["The message goes on: this is its beginning."])
 
     def test_tells_what_is_not_on_the_pages(self):
         """Rows of (type, body, what is said and printed)."""

@@ -5,14 +5,12 @@
 #include <QPainter>
 #include <QPrinter>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTextFrame>
-#include <QTextTable>
 #include <algorithm>
-#include <cmath>
 #include <memory>
 
 #include "desktop/mail_file/foreign_page.h"
+#include "desktop/mail_file/page_width.h"
 #include "desktop/widgets/print_whole.h"
 #include "desktop/widgets/qt_text.h"
 #include "mail_file/load_settings.h"
@@ -27,6 +25,8 @@ constexpr int kTextSize = 10;    // points
 constexpr int kFewestLines = 3;  // that a page has room for, whatever the margins are
 // Dots per inch. The toolkit's layout counts to 33,554,431 of them, which is 9,500 pages; what is drawn is no coarser.
 constexpr int kResolution = 300;
+constexpr double kScreenDots = 96;  // per inch: what a page counts its widths in
+constexpr double kMostShrunk = 10;  // times; what is wider is cut
 
 double Millimetres(const std::string& text) { return QString::fromStdString(text).toDouble(); }
 
@@ -42,33 +42,6 @@ std::size_t PicturesLeftOut(const MessagePages& pages) {
   const auto empty =
       std::count_if(pages.pictures.begin(), pages.pictures.end(), [](const QImage& image) { return image.isNull(); });
   return pages.body.page.pictures_left_out + static_cast<std::size_t>(empty);
-}
-
-constexpr double kScreenDots = 96;  // per inch: what a page counts its widths in
-
-bool IsFixed(const QTextLength& length) { return length.type() == QTextLength::FixedLength; }
-
-// Tables ask for the widths of a screen, and words off the right edge are on no page: those that are wider than `most`,
-// and what lies in them, take what the page has.
-void KeepWithin(double most, const QTextFrame& frame, bool is_narrowed) {
-  for (QTextFrame* inner : frame.childFrames()) {
-    bool narrows = is_narrowed;
-    if (auto* table = qobject_cast<QTextTable*>(inner)) {
-      QTextTableFormat format = table->format();
-      QList<QTextLength> columns = format.columnWidthConstraints();
-      double width = 0;
-      for (const QTextLength& column : columns) width += IsFixed(column) ? column.rawValue() : 0;
-      if (IsFixed(format.width())) width = std::max(width, format.width().rawValue());
-      narrows = is_narrowed || width > most;
-      if (narrows && width > 0) {
-        std::replace_if(columns.begin(), columns.end(), IsFixed, QTextLength());
-        format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
-        format.setColumnWidthConstraints(columns);
-        table->setFormat(format);
-      }
-    }
-    KeepWithin(most, *inner, narrows);
-  }
 }
 
 class Pages {
@@ -90,7 +63,7 @@ class Pages {
     if (!painter_.begin(&printer_)) return PrintCode::kNotBegun;
     MakeRoom();
     MakeDocument();
-    if (!LayOut()) return PrintCode::kCancelled;
+    if (!LayOutWithin()) return PrintCode::kCancelled;
     printed_.left_out = mail_file::LeftOut(is_cut_ || pages_.body.page.is_cut, PicturesLeftOut(pages_));
     const std::vector<int> wanted = WantedPages();
     if (wanted.empty()) {
@@ -133,16 +106,26 @@ class Pages {
     document_->setPageSize(body_.size());
     const mail_file::PrintedBody& body = pages_.body;
     body.is_page ? document_->setHtml(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
-    QTextCursor change(document_.get());
-    change.beginEditBlock();  // so that it is laid out once
-    KeepWithin(body_.width() * kScreenDots / kResolution, *document_->rootFrame(), false);
-    change.endEditBlock();
+    KeepWithin(body_.width() * kScreenDots / kResolution, *document_);
+  }
+
+  // What is still wider than the page makes all of it smaller.
+  bool LayOutWithin() {
+    if (!LayOut()) return false;
+    const double width = is_cut_ ? 0 : document_->size().width();
+    if (width <= body_.width()) return true;
+    shrunk_ = std::min(width / body_.width(), kMostShrunk);
+    document_->setPageSize(body_.size() * shrunk_);
+    if (!LayOut()) return false;
+    is_cut_ = is_cut_ || document_->size().width() > body_.width() * shrunk_ + 1;
+    return true;
   }
 
   // The toolkit lays out as far as it is asked about a block. Where its numbers end they begin anew, so that a block
   // stands above the one before. False after a cancel.
   bool LayOut() {
-    const double most = double{mail_file::kMostPages} * body_.height();
+    const double height = document_->pageSize().height();
+    const double most = mail_file::kMostPages * height;
     double bottom = 0;
     for (auto place = document_->rootFrame()->begin(); !place.atEnd() && !is_cut_; ++place) {
       if (IsCancelled()) return false;
@@ -151,7 +134,7 @@ class Pages {
       is_cut_ = top < bottom || top >= most;
       if (!is_cut_) bottom = top;
     }
-    const int pages = is_cut_ ? static_cast<int>(bottom / body_.height()) + 1 : document_->pageCount();
+    const int pages = is_cut_ ? static_cast<int>(bottom / height) + 1 : document_->pageCount();
     count_ = std::clamp(pages, 1, mail_file::kMostPages);
     is_cut_ = is_cut_ || pages != count_;
     return !IsCancelled();
@@ -172,8 +155,10 @@ class Pages {
     DrawHeading();
     DrawFoot(page);
     painter_.save();
-    painter_.translate(body_.left(), body_.top() - page * body_.height());
-    const QRectF part(0, page * body_.height(), body_.width(), body_.height());
+    const QRectF part(QPointF(0, page * document_->pageSize().height()), document_->pageSize());
+    painter_.translate(body_.topLeft());
+    painter_.scale(1 / shrunk_, 1 / shrunk_);
+    painter_.translate(-part.topLeft());
     painter_.setClipRect(part);
     QAbstractTextDocumentLayout::PaintContext context;
     context.clip = part.adjusted(0, 1, 0, -1);            // lines that only touch the page are on another
@@ -221,7 +206,8 @@ class Pages {
   QRect body_;  // of it
   int line_ = 0;
   int count_ = 0;
-  bool is_cut_ = false;  // at the last page that can be laid out
+  double shrunk_ = 1;    // so many times
+  bool is_cut_ = false;  // at the last page that can be laid out, or at the right
 };
 
 // Draws by way of `whole`, which sees to the file.

@@ -1,0 +1,12 @@
+// Pages that were made for a screen, on paper.
+#pragma once
+
+class QTextDocument;
+
+namespace quillcast::desktop {
+
+// Tables and pictures ask for the widths of a screen, and what is off the right edge is on no page: those that are
+// wider than `most` pixels take that, and what lies in such tables what it needs.
+void KeepWithin(double most, QTextDocument& document);
+
+}  // namespace quillcast::desktop
