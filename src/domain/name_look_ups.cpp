@@ -89,6 +89,10 @@ Error NoFallback(const DnsAnswer& address, std::string_view domain) {
 Sentence DescribeMx(const MxReport& report, const DnsAnswer& answer, std::string_view domain) {
   const std::string shown = platform::Printable(domain);
   if (report.takes_no_mail) return Say("{} takes no mail: it says so with a null MX record.", shown);
+  if (report.hosts.size() < answer.records.size()) {
+    return SayOf(report.code, "{} host takes the mail of {}, though a null MX record beside it says that none does.",
+                 "{} hosts take the mail of {}, though a null MX record beside them says that none does.", shown);
+  }
   if (!report.hosts.empty()) {
     return SayOf(report.code, "{} host takes the mail of {}.",
                  "{} hosts take the mail of {}, the most preferred first.", shown);

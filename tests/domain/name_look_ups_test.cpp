@@ -79,6 +79,7 @@ TEST_F(NameLookUps, KeepOneFamilyWhenTheOtherFails) {
 TEST_F(NameLookUps, FindTheHostsOfADomainsMail) {
   const DnsServer server({MxRecord("three.example", 20, "b.example"), MxRecord("three.example", 20, "a.example"),
                           MxRecord("three.example", 5, "z.example"), MxRecord("null.example", 0, ""),
+                          MxRecord("both.example", 0, ""), MxRecord("both.example", 10, "a.example"),
                           AddressRecord("null.example", "192.0.2.1"), AddressRecord("host.example", "192.0.2.7"),
                           net::TxtRecord("text.example", {"nothing else"})});
   struct Case {
@@ -90,6 +91,8 @@ TEST_F(NameLookUps, FindTheHostsOfADomainsMail) {
   for (const Case& c :
        {Case{"three.example", 3, "z.example\r\na.example\r\nb.example\r\n",
              "3 hosts take the mail of three.example, the most preferred first."},
+        Case{"both.example", 1, "a.example\r\n",
+             "1 host takes the mail of both.example, though a null MX record beside it says that none does."},
         Case{"null.example", 0, "", "null.example takes no mail: it says so with a null MX record."},
         Case{"host.example", 0, "", "host.example has no MX record: its mail goes to its own address, 192.0.2.7."},
         Case{"text.example", 0, "",

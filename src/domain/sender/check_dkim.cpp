@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "domain/sender/dkim_key.h"
+#include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
 
 namespace quillcast::domain {
@@ -84,15 +85,20 @@ const std::vector<std::string>& UsualSelectors() {
   return kUsual;
 }
 
-bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Passing& passing) {
+bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Ways& ways) {
   const bool is_guess = question.selectors.empty();
-  passing = is_guess ? Passing::kUnknown : Passing::kNo;
+  const std::string above = OrganisationalDomain(question.domain);
+  ways.key = is_guess ? Passing::kUnknown : Passing::kNo;
   bool is_known = true;
   bool any_is_there = false;
   for (const std::string& selector : is_guess ? UsualSelectors() : question.selectors) {
     const std::string name = KeyName(selector, question.domain);
     bool is_there = false;
-    is_known = CheckKey(name, answers, found, is_there, passing) && is_known;
+    is_known = CheckKey(name, answers, found, is_there, ways.key) && is_known;
+    if (!is_there && above != question.domain) {
+      const std::string name_above = KeyName(selector, above);
+      is_known = CheckKey(name_above, answers, found, is_there, ways.organisations_key) && is_known;
+    }
     any_is_there = any_is_there || is_there;
     if (!is_guess && !is_there) {
       found.push_back({kTopic, "no-dkim", Verdict::kBad, Say("There is no key at {}.", name),

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
 
@@ -41,7 +43,16 @@ void TellPolicy(const std::string& domain, const DmarcRecord& record, DmarcRecor
   }
 }
 
-void TellAlignment(const std::string& domain, Passing passing, DmarcRecord::Policy policy, Findings& found) {
+void TellAlignment(const std::string& domain, const DmarcRecord& record, DmarcRecord::Policy policy, const Ways& ways,
+                   Findings& found) {
+  if (record.dkim_is_strict && ways.key == Passing::kNo && ways.organisations_key == Passing::kYes) {
+    found.push_back({kTopic, "dmarc-strict-key", Verdict::kWeak,
+                     Say("The record asks for a signature of {} itself (\"adkim=s\"); the key is at {}.", domain,
+                         OrganisationalDomain(domain)),
+                     Say("Let your mail provider sign for {}, or write \"adkim=r\".", domain)});
+  }
+  // One way is enough.
+  const Passing passing = std::max({ways.spf, ways.key, record.dkim_is_strict ? Passing::kNo : ways.organisations_key});
   if (passing == Passing::kYes) {
     found.push_back(
         {kTopic, "dmarc-alignment", Verdict::kGood, Say("A message can pass in the name of {} itself.", domain)});
@@ -53,14 +64,15 @@ void TellAlignment(const std::string& domain, Passing passing, DmarcRecord::Poli
   } else {
     found.push_back(
         {kTopic, "dmarc-no-alignment", policy == DmarcRecord::Policy::kNone ? Verdict::kWeak : Verdict::kBad,
-         Say("No message passes in the name of {}: there is neither an SPF record to go by nor a key.", domain),
+         Say("No message passes in the name of {}: there is neither an SPF record to go by nor a key that counts.",
+             domain),
          "Mend the SPF record, or publish the key that your mail provider signs with for this domain."});
   }
 }
 
 }  // namespace
 
-bool CheckDmarc(const std::string& domain, Passing passing, Answers& answers, Findings& found) {
+bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found) {
   const std::size_t before = found.size();
   std::string at = domain;
   std::optional<std::vector<std::string>> records = RecordsAt(at, answers, found);
@@ -100,7 +112,7 @@ bool CheckDmarc(const std::string& domain, Passing passing, Answers& answers, Fi
   }
   const DmarcRecord::Policy policy = at == domain ? record->policy : record->subdomain_policy;
   TellPolicy(domain, *record, policy, found);
-  TellAlignment(domain, passing, policy, found);
+  TellAlignment(domain, *record, policy, ways, found);
   return true;
 }
 

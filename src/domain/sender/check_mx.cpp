@@ -74,6 +74,11 @@ bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::
                      "receivers refuse a sender that nobody can answer."});
     return true;
   }
+  if (servers.size() < records.size()) {
+    found.push_back({kTopic, "null-mx-beside", Verdict::kBad,
+                     Say("{} says that it takes no mail at all (a null MX), and names servers that do.", domain),
+                     "Remove the null MX (\"0 .\"): receivers may take either for the truth."});
+  }
   found.push_back({kTopic, "mx", Verdict::kGood,
                    servers.size() == 1
                        ? Say("Mail to {} goes to {}.", domain, servers[0])

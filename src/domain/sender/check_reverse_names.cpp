@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 
+#include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
 #include "domain/sender/spf_record.h"
 
@@ -49,7 +50,37 @@ WayBack FollowBack(const net::IpAddress& address, const DnsAnswer& names, Answer
   return way;
 }
 
-bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& found) {
+// A server of somebody else's: what is wrong with it others have to mend, if it does harm at all.
+bool IsProviders(const SenderQuestion& question) {
+  return !net::ParseIpAddress(question.server) &&
+         OrganisationalDomain(question.server) != OrganisationalDomain(question.domain);
+}
+
+Finding NoName(const SenderQuestion& question, const std::string& address) {
+  const Sentence what = Say("The address {} has no name.", address);
+  if (!IsProviders(question)) {
+    return {kTopic, "no-reverse-name", Verdict::kBad, what,
+            "Ask who provides the server to give the address its name: many receivers refuse a server without."};
+  }
+  return {kTopic, "no-reverse-name", Verdict::kWeak, what,
+          Say("If {} sends your mail to others itself, ask its provider to give the address its name: many receivers "
+              "refuse a server without. If it passes your mail on, nothing is to be done.",
+              question.server)};
+}
+
+Finding NameElsewhere(const SenderQuestion& question, const std::string& address, const std::string& name) {
+  const Sentence what = Say("The address {} is called {}, which does not lead back to it.", address, name);
+  if (!IsProviders(question)) {
+    return {kTopic, "reverse-name-elsewhere", Verdict::kBad, what,
+            "Give that name the address, or let who provides the server give the address its right name."};
+  }
+  return {kTopic, "reverse-name-elsewhere", Verdict::kWeak, what,
+          Say("If {} sends your mail to others itself, ask its provider to make the two agree. If it passes your mail "
+              "on, nothing is to be done.",
+              question.server)};
+}
+
+bool CheckAddress(const SenderQuestion& question, const net::IpAddress& address, Answers& answers, Findings& found) {
   const std::string text = net::ToString(address);
   const DnsAnswer* names = answers.Of(net::ReverseName(address), DnsType::kPtr);
   if (names == nullptr) return false;
@@ -58,9 +89,7 @@ bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& fou
     return true;
   }
   if (names->records.empty()) {
-    found.push_back({kTopic, "no-reverse-name", Verdict::kBad, Say("The address {} has no name.", text),
-                     "Ask who provides the server to give the address its name: many receivers refuse a server "
-                     "without."});
+    found.push_back(NoName(question, text));
     return true;
   }
   const WayBack way = FollowBack(address, *names, answers);
@@ -74,9 +103,7 @@ bool CheckAddress(const net::IpAddress& address, Answers& answers, Findings& fou
     found.push_back({kTopic, "reverse-name", Verdict::kGood,
                      Say("The address {} is called {}, and the name leads back to it.", text, names->records[0].text)});
   } else {
-    found.push_back({kTopic, "reverse-name-elsewhere", Verdict::kBad,
-                     Say("The address {} is called {}, which does not lead back to it.", text, names->records[0].text),
-                     "Give that name the address, or let who provides the server give the address its right name."});
+    found.push_back(NameElsewhere(question, text, names->records[0].text));
   }
   return true;
 }
@@ -101,8 +128,9 @@ std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& se
   return addresses;
 }
 
-bool CheckReverseNames(const std::string& server, const std::vector<net::IpAddress>& addresses, Answers& answers,
+bool CheckReverseNames(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
                        Findings& found) {
+  const std::string& server = question.server;
   if (addresses.empty() && !server.empty() && !net::ParseIpAddress(server)) {
     for (const DnsType type : {DnsType::kA, DnsType::kAaaa}) {
       const DnsAnswer* answer = answers.Of(server, type);
@@ -112,7 +140,8 @@ bool CheckReverseNames(const std::string& server, const std::vector<net::IpAddre
     }
   }
   bool is_known = true;
-  for (const net::IpAddress& address : addresses) is_known = CheckAddress(address, answers, found) && is_known;
+  for (const net::IpAddress& address : addresses)
+    is_known = CheckAddress(question, address, answers, found) && is_known;
   return is_known;
 }
 

@@ -40,7 +40,6 @@ Result<DmarcRecord> ParseDmarc(std::string_view record) {
   found.policy = *policy;
   found.subdomain_policy = PolicyOf(tags->ValueOf("sp")).value_or(*policy);
   found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags->ValueOf("adkim"), "s");
-  found.spf_is_strict = platform::EqualsIgnoringAsciiCase(tags->ValueOf("aspf"), "s");
   found.percent = static_cast<int>(platform::WholeNumberBetween(tags->ValueOf("pct"), 0, 100).value_or(100));
   for (const std::string_view address : platform::Split(tags->ValueOf("rua"), ',')) {
     if (const std::string_view trimmed = platform::Trim(address); !trimmed.empty())
@@ -52,10 +51,6 @@ Result<DmarcRecord> ParseDmarc(std::string_view record) {
 std::string OrganisationalDomain(const std::string& domain) {
   const char* found = psl_registrable_domain(psl_builtin(), domain.c_str());
   return found == nullptr ? domain : std::string(found);
-}
-
-bool Aligned(const std::string& domain, const std::string& other, bool is_strict) {
-  return is_strict ? domain == other : OrganisationalDomain(domain) == OrganisationalDomain(other);
 }
 
 }  // namespace quillcast::domain

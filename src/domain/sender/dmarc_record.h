@@ -12,9 +12,10 @@ namespace quillcast::domain {
 struct DmarcRecord {
   enum class Policy { kNone, kQuarantine, kReject };
   Policy policy = Policy::kNone;
-  Policy subdomain_policy = Policy::kNone;   // the same as `policy` where the record has none
-  bool dkim_is_strict = false;               // "adkim=s": the signer is the domain of the From address itself
-  bool spf_is_strict = false;                // "aspf=s": the envelope's domain likewise
+  Policy subdomain_policy = Policy::kNone;  // the same as `policy` where the record has none
+  // "adkim=s": the signer is the domain of the From address itself. That the envelope's domain be it ("aspf=s") is not
+  // read: messages of this program have the same address in both.
+  bool dkim_is_strict = false;
   int percent = 100;                         // of the failing messages that the policy is for
   std::vector<std::string> reports_to = {};  // as "mailto:..." in the record
 
@@ -30,8 +31,5 @@ Result<DmarcRecord> ParseDmarc(std::string_view record);
 // The domain at which an organisation's names begin, by the list of public suffixes: "example.co.uk" of
 // "news.example.co.uk". The name itself where it has none. In A-labels and small letters, as it came.
 std::string OrganisationalDomain(const std::string& domain);
-
-// Whether two domains are one sender's: the same, or, where it is not strict, of one organisation (RFC 7489 3.1).
-bool Aligned(const std::string& domain, const std::string& other, bool is_strict);
 
 }  // namespace quillcast::domain

@@ -30,13 +30,6 @@ Sentence SenderReport::Summary(std::string_view domain) const {
              : Say("There is nothing to mend in {}.", domain);
 }
 
-namespace {
-
-// One of the two is enough; where both are known to fail nothing passes.
-Passing Combined(Passing a, Passing b) { return std::max(a, b); }
-
-}  // namespace
-
 SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFile& sts) {
   SenderReport report;
   Findings& found = report.findings;
@@ -45,14 +38,13 @@ SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFi
   bool is_complete = CheckMx(question.domain, answers, found, servers);
   const std::optional<std::vector<net::IpAddress>> addresses = PublicAddresses(question.server, answers);
   is_complete = addresses.has_value() && is_complete;
-  Passing by_spf = Passing::kUnknown;
+  Ways ways;
   is_complete =
-      CheckSpf(question, addresses.value_or(std::vector<net::IpAddress>()), answers, found, by_spf) && is_complete;
-  Passing by_key = Passing::kUnknown;
-  is_complete = CheckDkim(question, answers, found, by_key) && is_complete;
-  is_complete = CheckDmarc(question.domain, Combined(by_spf, by_key), answers, found) && is_complete;
+      CheckSpf(question, addresses.value_or(std::vector<net::IpAddress>()), answers, found, ways.spf) && is_complete;
+  is_complete = CheckDkim(question, answers, found, ways) && is_complete;
+  is_complete = CheckDmarc(question.domain, ways, answers, found) && is_complete;
   is_complete = CheckSts(question.domain, servers, answers, sts, found) && is_complete;
-  is_complete = (!addresses || CheckReverseNames(question.server, *addresses, answers, found)) && is_complete;
+  is_complete = (!addresses || CheckReverseNames(question, *addresses, answers, found)) && is_complete;
   report.is_complete = is_complete;
   return report;
 }

@@ -14,8 +14,16 @@ namespace quillcast::domain {
 
 using Findings = std::vector<Finding>;
 
-// Whether a message can pass in the name of the domain: by SPF, by its signature, by either.
+// Whether a message can pass in one way.
 enum class Passing { kNo, kUnknown, kYes };
+
+// Each way in which it can (RFC 7489 3.1). SPF speaks for the envelope's domain, which is always that of the From
+// address; a signature may be of that domain itself, or of the organisation that it belongs to.
+struct Ways {
+  Passing spf = Passing::kUnknown;
+  Passing key = Passing::kUnknown;
+  Passing organisations_key = Passing::kNo;
+};
 
 // Where the domain's own mail goes (RFC 5321 5.1, RFC 7505). `servers` gets the hosts.
 bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::vector<std::string>& servers);
@@ -27,17 +35,18 @@ std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& se
 bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
               Findings& found, Passing& passing);
 
-// `passing` becomes kYes where a key was found that receivers take, kNo where none of the given selectors has one.
-bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Passing& passing);
+// Each key becomes kYes where one was found that receivers take, kNo where none of the given selectors has one. The
+// organisation's are looked for where the domain has none itself.
+bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Ways& ways);
 
-// `passing`: by SPF or by the signature.
-bool CheckDmarc(const std::string& domain, Passing passing, Answers& answers, Findings& found);
+bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found);
 
 bool CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
               Findings& found);
 
-// The names of the server's addresses, and whether they lead back (RFC 1912 2.1).
-bool CheckReverseNames(const std::string& server, const std::vector<net::IpAddress>& addresses, Answers& answers,
+// The names of the server's addresses, and whether they lead back (RFC 1912 2.1). A server of another organisation may
+// pass the mail on, and is not the sender's to mend.
+bool CheckReverseNames(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
                        Findings& found);
 
 }  // namespace quillcast::domain

@@ -117,14 +117,14 @@ void Transfers::SendMail(Transfer& transfer) {
     ++mails_made_;
     return Send(transfer, Awaited::kMail, *line, Next::kRcpt);
   }
-  end_ = {{State::kFailed, ResultCode::kSenderRefused, {}, "The sender cannot be sent."}};
+  end_ = SessionEnd{.why = {State::kFailed, ResultCode::kSenderRefused, {}, "The sender cannot be sent."}};
 }
 
 void Transfers::SendRcpt(Transfer& transfer) {
   if (const auto line = RcptCommand(transfer.envelope, *offered_)) {
     return Send(transfer, Awaited::kRcpt, *line, Next::kContent);
   }
-  end_ = {{State::kFailed, ResultCode::kRecipientRefused, {}, "The recipient cannot be sent."}};
+  end_ = SessionEnd{.why = {State::kFailed, ResultCode::kRecipientRefused, {}, "The recipient cannot be sent."}};
 }
 
 bool Transfers::SendContent(Transfer& transfer) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <sstream>
 
 #include "domain/sender/spf_check.h"
@@ -225,19 +226,24 @@ const Case kCases[] = {
     {"mx2", "", "mx-without-address",
      "bad: MX: mx2.example.org, which takes mail for the domain, has no address.\n"
      "Remove the MX record, or give the server's name an address."},
+    {"", "example.org MX 0 .", "null-mx-beside",
+     "bad: MX: example.org says that it takes no mail at all (a null MX), and names servers that do.\n"
+     "Remove the null MX (\"0 .\"): receivers may take either for the truth."},
     {"5.113", "", "no-reverse-name",
-     "bad: Reverse name: The address 203.0.113.5 has no name.\n"
-     "Ask who provides the server to give the address its name: many receivers refuse a server without."},
+     "weak: Reverse name: The address 203.0.113.5 has no name.\n"
+     "If smtp.provider.example sends your mail to others itself, ask its provider to give the address its name: many "
+     "receivers refuse a server without. If it passes your mail on, nothing is to be done."},
     {"out5", "out5.provider.example A 203.0.113.6", "reverse-name-elsewhere",
-     "bad: Reverse name: The address 203.0.113.5 is called out5.provider.example, which does not lead back to it.\n"
-     "Give that name the address, or let who provides the server give the address its right name."},
+     "weak: Reverse name: The address 203.0.113.5 is called out5.provider.example, which does not lead back to it.\n"
+     "If smtp.provider.example sends your mail to others itself, ask its provider to make the two agree. If it passes "
+     "your mail on, nothing is to be done."},
     {"_dmarc", "_dmarc.example.org FAILS -", "no-answer",
      "unknown: DMARC: The name server failed when it was asked for _dmarc.example.org (SERVFAIL).\n"
      "Ask another name server, or try again later."},
 };
 
-Zone Changed(const Case& c) {
-  std::string lines;
+Zone Changed(const Case& c, const std::string& more = "") {
+  std::string lines = more;
   for (const std::string_view line : platform::Split(std::string_view(kZone), '\n')) {
     if (*c.without == '\0' || !line.starts_with(c.without)) lines += std::string(line) + "\n";
   }
@@ -254,6 +260,32 @@ TEST(SenderCheck, SaysWhatIsWrongAndWhatToDo) {
     ASSERT_NE(finding, findings.end()) << Words(checked.report);
     EXPECT_EQ(Drawn(*finding), c.drawn);
     EXPECT_EQ(checked.report.Gravest(), finding->verdict) << Words(checked.report);
+  }
+}
+
+TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
+  constexpr const char* kWithout = "5.113";
+  constexpr const char* kServers = "mail.example.org A 203.0.113.5\nmail.other.example A 203.0.113.5\n";
+  struct Row {
+    const char* domain;
+    const char* server;
+    const char* with;
+    const char* drawn;  // its beginning
+  };
+  for (const Row& row : {
+           Row{"example.org", "mail.example.org", "",
+               "bad: Reverse name: The address 203.0.113.5 has no name.\nAsk who"},
+           Row{"news.example.org", "mail.example.org", "", "bad: "},
+           Row{"example.org", "203.0.113.5", "", "bad: "},
+           Row{"example.org", "mail.other.example", "", "weak: "},
+           Row{"example.org", "mail.example.org", "5.113.0.203.in-addr.arpa PTR smtp.other.example",
+               "bad: Reverse name: The address 203.0.113.5 is called smtp.other.example, which does not lead back to "
+               "it.\nGive that name the address, or let who provides the server give the address its right name."},
+       }) {
+    SCOPED_TRACE(std::string(row.domain) + " " + row.server);
+    const Zone zone = Changed({kWithout, row.with, "", ""}, kServers);
+    const Checked checked = Check(zone, {.domain = row.domain, .selectors = {"s1"}, .server = row.server});
+    EXPECT_EQ(Drawn(checked.report.findings.back()).substr(0, std::strlen(row.drawn)), row.drawn);
   }
 }
 
@@ -336,11 +368,51 @@ TEST(SenderCheck, SaysWhetherAMessageCanPass) {
   }
 }
 
+// RFC 7489 3.1.1: the signature may be of another name of the organisation, where the record is not strict.
+TEST(SenderCheck, KnowsWhoseSignatureCounts) {
+  struct Row {
+    const char* domain;
+    const char* key_at;
+    const char* dmarc;
+    const char* spf;  // of 203.0.113.5
+    bool selector_is_given;
+    const char* words;  // of DKIM and DMARC
+  };
+  constexpr const char* kPasses = "v=spf1 ip4:203.0.113.5 -all";
+  for (const Row& row : {
+           Row{"a.example.org", "example.org", "", "", true, "dkim dmarc dmarc-alignment"},
+           Row{"a.example.org", "a.example.org", "", "", true, "dkim dmarc dmarc-alignment"},
+           Row{"a.example.org", "example.org", "adkim=s", "", true, "dkim dmarc dmarc-strict-key dmarc-no-alignment"},
+           Row{"a.example.org", "example.org", "adkim=s", kPasses, true, "dkim dmarc dmarc-strict-key dmarc-alignment"},
+           Row{"a.example.org", "example.org", "adkim=s", "", false, "dkim dmarc dmarc-alignment-unknown"},
+           Row{"a.example.org", "example.org", "aspf=s", "", false, "dkim dmarc dmarc-alignment"},
+           Row{"a.example.org", "a.example.org", "adkim=s; aspf=s", "", true, "dkim dmarc dmarc-alignment"},
+           Row{"a.example.org", "other.example", "", "", true, "no-dkim dmarc dmarc-no-alignment"},
+           Row{"a.example.org", "other.example", "adkim=s; aspf=s", kPasses, true, "no-dkim dmarc dmarc-alignment"},
+           Row{"example.co.uk", "co.uk", "", "", true, "no-dkim dmarc dmarc-no-alignment"},
+       }) {
+    SCOPED_TRACE(std::string(row.domain) + " " + row.key_at + " " + row.dmarc + row.spf);
+    const Zone zone(
+        fmt::format("{0} TXT {1}\n_dmarc.{0} TXT v=DMARC1; p=reject; rua=mailto:a@b.example; {2}\n"
+                    "s1._domainkey.{3} TXT v=DKIM1; k=ed25519; "
+                    "p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=",
+                    row.domain, row.spf, row.dmarc, row.key_at));
+    SenderQuestion question{.domain = row.domain, .server = "203.0.113.5"};
+    if (row.selector_is_given) question.selectors = {"s1"};
+    std::string words;
+    for (const Finding& finding : Check(zone, question).report.findings) {
+      if (finding.topic != "DKIM" && finding.topic != "DMARC") continue;
+      words += (words.empty() ? "" : " ") + std::string(finding.word);
+    }
+    EXPECT_EQ(words, row.words);
+  }
+}
+
 TEST(SenderCheck, TakesTheOrganisationsDmarcForADomainBelow) {
   const Zone zone(std::string(kZone) +
                   "news.example.org TXT v=spf1 ip4:203.0.113.5 -all\nnews.example.org A 198.51.100.1");
   EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .server = "203.0.113.5"}).report),
-            "no-mx spf spf-covers-server dkim-not-found dmarc dmarc-alignment no-mta-sts reverse-name ");
+            "no-mx spf spf-covers-server dkim dmarc dmarc-alignment no-mta-sts reverse-name ");
 }
 
 TEST(SenderCheck, ComparesThePolicyOfMtaStsWithTheServers) {
