@@ -17,6 +17,7 @@ constexpr std::size_t kMostLines = 1000;
 constexpr std::size_t kMostWays = 50;
 constexpr std::size_t kLongestWord = 200;  // octets of an extension
 constexpr std::chrono::seconds kSecondTry{10};
+constexpr int kMostSteps = 2;  // as many times the patience of one step the whole may take
 
 // The names of one line, each once.
 void AddWays(std::string_view names, std::vector<std::string>& ways) {
@@ -105,12 +106,12 @@ bool SaidNothing(const ConnectionTest& test, const Recorder& recorder) {
 }
 
 void TryUnderTls(ConnectionTest& test, smtp::ClientOptions options, const platform::Clock& clock,
-                 const platform::CancelToken& cancel) {
+                 const platform::CancelToken& cancel, const net::Deadline& until) {
   options.servers = {test.server};
   options.security = smtp::Security::kTls;
   options.timeout = std::min(options.timeout, kSecondTry);
   Recorder second(clock);
-  const auto tried = second.Finish(smtp::Client(std::move(options), clock, cancel).Test(second, &second));
+  const auto tried = second.Finish(smtp::Client(std::move(options), clock, cancel).Test(second, &second, until));
   if (!tried.tls || (tried.tls->version.empty() && !tried.tls->certificate)) return;
   test.speaks_tls = true;
   test.tls = tried.tls;
@@ -147,9 +148,10 @@ Result<smtp::ClientOptions> TestOptions(std::string_view server, std::string_vie
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel) {
   Recorder recorder(clock);
-  auto test = recorder.Finish(smtp::Client(options, clock, cancel).Test(recorder, &recorder));
+  const auto until = net::Deadline::After(clock.Monotonic(), kMostSteps * options.timeout);
+  auto test = recorder.Finish(smtp::Client(options, clock, cancel).Test(recorder, &recorder, until));
   test.security = options.security;
-  if (SaidNothing(test, recorder)) TryUnderTls(test, options, clock, cancel);
+  if (SaidNothing(test, recorder)) TryUnderTls(test, options, clock, cancel, until);
   return test;
 }
 

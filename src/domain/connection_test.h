@@ -27,7 +27,8 @@ using TestComplaint = Complaint<TestControl>;
 std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view port);
 
 // The connection that they describe, as the account reads them: several servers are parted by semicolons.
-// `security` is one of the account's choices. Each step may take `patience`.
+// `security` is one of the account's choices. Each step may take `patience`, and all of a test twice as
+// long.
 Result<smtp::ClientOptions> TestOptions(std::string_view server, std::string_view port, std::string_view security,
                                         std::chrono::seconds patience = std::chrono::seconds(30));
 
@@ -66,8 +67,9 @@ struct ConnectionTest {
   }
 };
 
-// Ends within a quarter of a second of a cancel, with kCancelled in the outcome. A server that says nothing at all is
-// tried once more under TLS, 10 seconds at most.
+// Ends within a quarter of a second of a cancel, with kCancelled in the outcome, and by itself after twice the time
+// that the options give one step, whatever comes. A server that says nothing at all is tried once more under TLS, 10
+// seconds at most.
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel);
 

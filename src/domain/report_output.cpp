@@ -1,5 +1,8 @@
 #include "domain/report_output.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cstdint>
 
 #include "charset/code_page.h"
@@ -10,6 +13,7 @@ namespace quillcast::domain {
 namespace {
 
 constexpr std::size_t kLongestLine = 2000;  // characters
+constexpr std::size_t kMostLines = 20000;   // a box lays them out in a tenth of a second
 constexpr const char* kRule = "------------------------------------";
 
 // Each tab is kept.
@@ -66,7 +70,12 @@ Result<std::optional<Sentence>> SaveReport(std::string_view text, std::string_vi
 std::string ShownReport(std::string_view text) {
   const std::string lines = platform::ReplaceAll(platform::ReplaceAll(text, "\r\n", "\n"), "\r", "\n");
   std::string shown;
+  std::size_t count = 0;
   for (const std::string_view line : platform::Split(lines, '\n')) {
+    if (count++ == kMostLines) {
+      const auto left = 1 + std::count(line.data(), lines.data() + lines.size(), '\n');
+      return shown + fmt::format("\n[{} more lines: Save and Print have them]", platform::WithThousands(left));
+    }
     if (line.data() != lines.data()) shown += '\n';
     AppendBroken(shown, PrintableLine(line));
   }

@@ -83,6 +83,8 @@ void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
       }
       if (!peer.StartTls(context)) return peer.Stall();
       secure = true;
+    } else if (line == "QUIT" && script.quit.empty()) {
+      return peer.Stall();
     } else {
       peer.Say(line == "QUIT" ? script.quit : "500 what\r\n");
       if (line == "QUIT") return;
@@ -385,7 +387,10 @@ TEST_F(ConnectionTests, WritesDownEachStep) {
 
 // Each place where a server may be waited for, the second try under TLS among them.
 TEST_F(ConnectionTests, EndsWithinASecondOfACancel) {
-  for (const Script& script : std::initializer_list<Script>{{.greeting = "", .then = Then::kStalls}, {.clear = ""}}) {
+  for (const Script& script : std::initializer_list<Script>{{.greeting = "", .then = Then::kStalls},
+                                                            {.greeting = "x", .then = Then::kDrips},
+                                                            {.clear = ""},
+                                                            {.quit = ""}}) {
     const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, script, nullptr); });
     platform::CancelToken cancel;
     std::atomic<platform::Instant> asked;
@@ -400,6 +405,17 @@ TEST_F(ConnectionTests, EndsWithinASecondOfACancel) {
     EXPECT_EQ(test.report.find("Error 20: The operation cancelled."), 0U);
     EXPECT_EQ(Name(VerdictOf(test)), "cancelled");
   }
+}
+
+// Two steps' worth, however many servers and steps there are.
+TEST_F(ConnectionTests, EndsInTime) {
+  const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, {.clear = ""}, nullptr); });
+  auto options = *TestOptions("127.0.0.1", std::to_string(server.port()), "None", 1s);
+  options.servers.resize(6, options.servers.front());
+  const auto began = clock_.Monotonic();
+  const auto test = TestConnection(options, clock_, cancel_);
+  EXPECT_LT(clock_.Monotonic() - began, 2500ms);
+  EXPECT_FALSE(test.Works());
 }
 
 TEST(ConnectionTestInput, IsCheckedInOrder) {

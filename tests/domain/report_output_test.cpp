@@ -73,6 +73,8 @@ TEST(ReportOutput, IsShownInLinesThatABoxCanLayOut) {
                         Case{umlauts(4001), umlauts(2000) + "\n" + umlauts(2000) + "\n" + umlauts(1)}}) {
     EXPECT_EQ(ShownReport(c.text), c.shown);
   }
+  const std::string blank = ShownReport(std::string(std::size_t{1} << 20, '\n'));
+  EXPECT_TRUE(blank == std::string(20000, '\n') + "[1,028,577 more lines: Save and Print have them]") << blank.size();
 }
 
 TEST(ReportOutput, AsksBeforeItWrites) {

@@ -51,7 +51,7 @@ class Client::Driver {
   Driver& operator=(const Driver&) = delete;
 
   void Run(JobSource& source);
-  Outcome Test(JobSource& source, ConnectionWatch* watch);
+  Outcome Test(JobSource& source, ConnectionWatch* watch, const net::Deadline& until);
 
  private:
   bool Stopped() const { return around_.cancel.Requested() >= Stop::kStop; }
@@ -84,7 +84,7 @@ Result<net::TlsContext*> Client::Driver::Tls() {
 
 net::Patience Client::Driver::Patience() const {
   return {around_.clock, around_.cancel, Stop::kStop,
-          net::Deadline::After(around_.clock.Monotonic(), options_.timeout)};
+          Earlier(around_.until, net::Deadline::After(around_.clock.Monotonic(), options_.timeout))};
 }
 
 void Client::Driver::Begins(ConnectionStep step) {
@@ -179,12 +179,13 @@ void Client::Driver::Run(JobSource& source) {
   connection_.reset();
 }
 
-Outcome Client::Driver::Test(JobSource& source, ConnectionWatch* watch) {
+Outcome Client::Driver::Test(JobSource& source, ConnectionWatch* watch, const net::Deadline& until) {
   around_.source = &source;
+  around_.until = until;
   around_.watch = watch;
   Outcome opened = Connect();
   if (opened.code != ResultCode::kSuccess) return opened;
-  Outcome quit = connection_->Quit(options_.timeout);
+  Outcome quit = connection_->Quit(options_.timeout, Stop::kStop);
   connection_.reset();
   if (quit.code == ResultCode::kSuccess) return Succeeded();
   quit.code = quit.code == ResultCode::kCancelled ? ResultCode::kCancelled : ResultCode::kQuitFailed;
@@ -196,6 +197,8 @@ Client::Client(ClientOptions options, const platform::Clock& clock, const platfo
 Client::~Client() = default;
 
 void Client::Run(JobSource& source) { driver_->Run(source); }
-Outcome Client::Test(JobSource& source, ConnectionWatch* watch) { return driver_->Test(source, watch); }
+Outcome Client::Test(JobSource& source, ConnectionWatch* watch, const net::Deadline& until) {
+  return driver_->Test(source, watch, until);
+}
 
 }  // namespace quillcast::smtp

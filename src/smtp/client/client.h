@@ -26,8 +26,9 @@ class Client {
   void Run(JobSource& source);
 
   // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well. `watch` is
-  // told how it goes.
-  Outcome Test(JobSource& source, ConnectionWatch* watch = nullptr);
+  // told how it goes. Every step has the time that the options give it, and all of them end by `until`.
+  Outcome Test(JobSource& source, ConnectionWatch* watch = nullptr,
+               const net::Deadline& until = net::Deadline::Never());
 
  private:
   class Driver;

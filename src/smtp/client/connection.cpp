@@ -75,7 +75,8 @@ Connection::Connection(const Surroundings& around, net::Stream stream, std::stri
       shown_(around.clock.Monotonic()) {}
 
 net::Patience Connection::HandshakePatience() const {
-  return {around_.clock, around_.cancel, gives_up_at_, net::Deadline::After(around_.clock.Monotonic(), longest_step_)};
+  return {around_.clock, around_.cancel, gives_up_at_,
+          Earlier(around_.until, net::Deadline::After(around_.clock.Monotonic(), longest_step_))};
 }
 
 void Connection::Submit(Job& job) {
@@ -124,7 +125,8 @@ void Connection::WaitAndRead(bool blocked) {
   const auto began = around_.clock.Monotonic();
   if (session_.Step() != step_) {
     step_ = session_.Step();
-    deadline_ = net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
+    deadline_ = Earlier(
+        around_.until, net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_)));
   }
   const auto count = ReadOrShow(blocked, began);
   around_.window.SetQuick(around_.clock.Monotonic() - began < kQuick);
@@ -238,7 +240,8 @@ Outcome Connection::Open() {
   return {State::kSent, ResultCode::kSuccess, {}, {}};
 }
 
-Outcome Connection::Quit(std::chrono::seconds longest) {
+Outcome Connection::Quit(std::chrono::seconds longest, platform::Stop gives_up_at) {
+  gives_up_at_ = gives_up_at;
   longest_step_ = std::min(longest_step_, longest);
   if (!session_.closed()) session_.Quit();
   while (!session_.closed()) Advance();

@@ -23,7 +23,8 @@ struct Surroundings {
   JobQueue& jobs;
   std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
   JobSource* source = nullptr;
-  ConnectionWatch* watch = nullptr;  // null where nobody looks on
+  ConnectionWatch* watch = nullptr;              // null where nobody looks on
+  net::Deadline until = net::Deadline::Never();  // for every step together
 };
 
 class Connection {
@@ -39,8 +40,8 @@ class Connection {
   void Withdraw(const Outcome& why);
   // Writes what can be written, then waits for replies once and takes them.
   void Advance();
-  // Says QUIT and waits for the reply `longest` at most.
-  Outcome Quit(std::chrono::seconds longest);
+  // Says QUIT and waits for the reply `longest` at most, or until the person gives up.
+  Outcome Quit(std::chrono::seconds longest, platform::Stop gives_up_at = platform::Stop::kAbandon);
 
   // Whether the server has closed it, or said anything, while there was nothing to say; then it is of no more use.
   bool ClosedMeanwhile();
