@@ -189,9 +189,6 @@ std::size_t HtmlTokenizer::ReadAttribute(std::size_t at, HtmlToken& token) const
   return at;
 }
 
-namespace {
-
-// What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
 std::string_view ConditionalContent(std::string_view comment) {
   if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};
   const std::size_t begin = comment.find("]>");
@@ -199,6 +196,8 @@ std::string_view ConditionalContent(std::string_view comment) {
   const std::size_t end = std::min(comment.rfind("<!["), comment.rfind("--"));
   return end > begin + 2 ? comment.substr(begin + 2, end - begin - 2) : std::string_view();
 }
+
+namespace {
 
 void Visit(std::string_view part, HtmlVisitor& visitor, bool look_into_comments) {
   HtmlTokenizer tokenizer(part);

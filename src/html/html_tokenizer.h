@@ -86,6 +86,9 @@ class HtmlVisitor {
 };
 void VisitTagsAndStyles(std::string_view html, HtmlVisitor& visitor);
 
+// What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
+std::string_view ConditionalContent(std::string_view comment);
+
 // Replaces "&amp;", "&#8364;", "&#x20AC;" and the usual names by their characters in UTF-8. In an attribute, a name
 // without its semicolon before "=", a letter or a digit stays as it is, because it is part of an address.
 std::string DecodeCharacterReferences(std::string_view text, bool in_attribute = false);

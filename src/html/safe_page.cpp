@@ -183,7 +183,7 @@ std::string EscapedForHtml(std::string_view text, std::string_view characters) {
     if (characters.find(c) == std::string_view::npos) {
       out += c;
     } else {
-      out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&quot;";
+      out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '"' ? "&quot;" : "&#39;";
     }
   }
   return out;

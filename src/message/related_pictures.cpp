@@ -10,6 +10,7 @@
 #include <set>
 
 #include "document/picture_kind.h"
+#include "html/local_names.h"
 #include "html/local_pictures.h"
 #include "message/body_import.h"
 #include "message/message_parts.h"
@@ -124,7 +125,7 @@ std::string WithTags(const std::string& encoded) {
 }
 
 // The HTML without what else would tell of this machine's folders. A base leads nowhere from here on: what starts from
-// it was taken, or has its name alone; so does what a tag names.
+// it was taken, or has its name alone; so does what a tag names. Whatever names a file elsewhere goes.
 std::string WithoutFolders(const std::string& html) {
   const auto telling = html::FindTellingAddresses(html);
   std::vector<std::string> replacements;
@@ -132,7 +133,7 @@ std::string WithoutFolders(const std::string& html) {
   for (const auto& reference : telling) {
     replacements.push_back(reference.path.empty() ? "#" : WithTags(platform::PercentEncoded(reference.path)));
   }
-  return html::RewriteReferences(html, telling, replacements);
+  return html::WithoutLocalNames(html::RewriteReferences(html, telling, replacements));
 }
 
 Sentence FirstOf(const std::vector<fs::path>& files) {

@@ -282,7 +282,9 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
          {Row{"a srcset", "<img srcset='", "\1 1x, ", "'>"}, Row{"a style", "<p style='", "url(\1);", "'>"},
           Row{"declarations", "<p style='", "a:b;", "'>"}, Row{"blanks", "<p style", " ", ">"},
           Row{"a style sheet", "<style>", "url(\1)", "</style>"}, Row{"a name", "<", "a", ">"},
-          Row{"a link", "<a href='", "x", "'>x</a>"}, Row{"a comment", "<!--[if x]>", "<![", "-->"}}) {
+          Row{"a link", "<a href='", "x", "'>x</a>"}, Row{"a comment", "<!--[if x]>", "<![", "-->"},
+          Row{"files in an attribute", "<p a='", "x=file:", "'>"},
+          Row{"servers in styles", "<style>", "\\\\a", "</style>"}}) {
       ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
                          [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });
     }

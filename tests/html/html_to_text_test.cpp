@@ -69,9 +69,9 @@ constexpr Page kPages[] = {
     {"link with or without trimmings",
      "<a href='HTTPS://www.Example.org/'>example.org</a> <a href='tel:+4930123456'>+49 (30) 123-456</a> <a "
      "href='tel:123'>Call</a> <a href='mailto:?subject=x'>Tell</a> <a href='file:///etc/x'>f</a> <a "
-     "href='/home/x'>h</a> <a "
+     "href='/home/x'>h</a> <a href='view-source:file:///etc/x'>v</a><img alt='file:///home/x y.png'> <a "
      "href='data:x'>d</a>",
-     "example.org +49 (30) 123-456 Call <123> Tell f h d\n"},
+     "example.org +49 (30) 123-456 Call <123> Tell f h v d\n"},
     {"pictures that lead where text does",
      "<a href=//x.example/1><img src=a></a><h2>News</h2><a href=//x.example/1>More</a><br><a "
      "href=//x.example/1><img></a>"

@@ -378,6 +378,35 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<link href=\"a.css\"><img alt='' longdesc='l.html' lowsrc=l.gif>"},
            {"<form action='file:///home/send'><a href='FILE:///home/ada/my%20list.html'>l</a><a href='/home/'>m</a>",
             "<form action='send'><a href='my%20list.html'>l</a><a href='#'>m</a>"},
+           // Wherever an address of a file stands, in whichever spelling; words to be read stay.
+           {"<p data-a='file:///home/ada/a'  data-b=\"FI\nLE:\\\\home\\a\" data-c= file:/home/a "
+            "data-d=\"a.png\">file:///c</p>",
+            "<p data-a=''  data-b=\"\" data-c= \"\" data-d=\"a.png\">file:///c</p>"},
+           {"<meta http-equiv=refresh content='0; URL=file:home/a'><use xlink:href=\" \x01&#102;ile:///home/a\"/>",
+            "<meta http-equiv=refresh content=''><use xlink:href=\"\"/>"},
+           {"<iframe srcdoc=\"&lt;img src='&amp;#x66;ile:///home/a'&gt;\"></iframe><a "
+            "href='view-source:file:///home/a'>l</a>",
+            "<iframe srcdoc=\"\"></iframe><a href=''>l</a>"},
+           {"<p data-a='C:\\home\\a' data-b='x, c:/home/a' data-c='{\"a\":\"\\\\\\\\srv\\\\home\"}' "
+            "data-d='(\\\\srv/home)'"
+            " onclick=\"x='\\x66ile:\\/\\/\\/home'\" data-e='%66ile%3A%2f%2Fhome' data-f=f&Tab;ile&colon;&sol;home>",
+            "<p data-a='' data-b='' data-c='' data-d='' onclick=\"\" data-e='' data-f=\"\">"},
+           {"<!-- saved from\nfile:///home/ada/a.html --><!--[if mso]><p "
+            "title='file:///home/a'>m</p>file:///home/b<![endif]-->"
+            "<?xml file:///home?><!-- kept --><img alt='x' data-a=\"file:///home/",
+            "<!----><!--[if mso]><p title=''>m</p> <![endif]--><!----><!-- kept --><!---->"},
+           {"<!DOCTYPE html SYSTEM 'file:///home/a.dtd'><script>x='file:///home/a'</script><b file:///home/a "
+            "c='d'>b</b>",
+            "<!DOCTYPE html><script> </script><b>b</b>"},
+           {"<style>/* file:///home/a */p{color:red;x:image-set(\"file:///home/it's a.png\" 1x, "
+            "'b')}q{src:f\\69le:///home"
+            "/a;y:z}</style>",
+            "<style>/**/p{color:red;x:image-set(\"\" 1x, 'b')}q{;y:z}</style>"},
+           {"<p style='display:none;x:image-set(&quot;file:///home/a&quot; 1x)'><p style=x:'\\\\srv\\home'>",
+            "<p style='display:none;x:image-set(&quot;&quot; 1x)'><p style=\"x:&#39;&#39;\">"},
+           {"<a href='https://x.example/w?title=File:AC/DC' class='file:mr-4 x' title='The file: a/b'>Profile:/x</a>"
+            "<!-- file: a, x.cfile:/b --><a href='https://x.example/c:/home'>C:\\x</a>",
+            nullptr},
            {"<a href='https://x.example/home/l.html'>l</a><a href='#place'>m</a><a href='next.html'>n</a>", nullptr},
            {"<base href='https://x.example/'><a href='/home/l.html'>l</a>", nullptr}})
     EXPECT_EQ(TakePictures(Plain(written).document, "x").html, sent == nullptr ? written : sent);
