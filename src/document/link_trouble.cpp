@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "html/local_names.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -167,7 +168,8 @@ bool IsBlocked(std::string_view scheme) {
 }
 
 bool IsOfThisComputer(const Address& address, std::string_view target) {
-  return address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\');
+  return address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\') ||
+         html::NamesLocalFile(target);
 }
 
 // "htp", "hhttps", "ttp" for "http" or "https".
@@ -196,6 +198,11 @@ std::optional<Sentence> MailTrouble(const Address& address, std::string_view tar
 
 std::string SchemeOf(std::string_view target) { return Cut(AsRead(target)).scheme; }
 
+bool LeadsToFile(std::string_view target) {
+  const std::string read = AsRead(target);
+  return IsOfThisComputer(Cut(read), read);
+}
+
 bool CanBeFollowed(std::string_view target) {
   const std::string read = AsRead(target);
   if (read.starts_with('#') || read.starts_with(kTagBegin)) return true;
@@ -213,11 +220,17 @@ std::optional<Sentence> LinkTrouble(std::string_view given_target, std::string_v
     return text.empty() ? Sentence("A link without words leads nowhere. Give it an address, or take it out.")
                         : Say("The link “{}” leads nowhere. Give it an address, or take it out.", name);
   }
+  const Address address = Cut(target);
+  if (IsOfThisComputer(address, target)) {
+    return Say(
+        "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
+        "attach it.",
+        name, Shown(target));
+  }
   if (text.empty()) {
     return Say("The link to “{}” has no words to press or to hear. Give it some, or its picture an alternative text.",
                Shown(target));
   }
-  const Address address = Cut(target);
   if (IsScript(address.scheme)) {
     return Say("The link “{}” is a script, which no mail reader runs. Give it a web address.", name);
   }
@@ -228,12 +241,6 @@ std::optional<Sentence> LinkTrouble(std::string_view given_target, std::string_v
   if (target.starts_with('#') || target.find(kTagBegin) != std::string::npos) return std::nullopt;
   if (address.scheme == "http" || address.scheme == "https") return WebTrouble(address, target, text);
   if (address.scheme == "mailto") return MailTrouble(address, target, text);
-  if (IsOfThisComputer(address, target)) {
-    return Say(
-        "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
-        "attach it.",
-        name, Shown(target));
-  }
   if (IsMistyped(address.scheme)) {
     return Say("The link “{}” leads to “{}”, which begins with “{}:”. Write https: there.", name, Shown(target),
                address.scheme);

@@ -16,8 +16,11 @@ std::string SchemeOf(std::string_view target);
 // like, or a place in the letter; no script, no file, no page that holds itself.
 bool CanBeFollowed(std::string_view target);
 
+// Whether an address is one of a file of this computer or of a server beside it, also where a merge tag is part of it.
+bool LeadsToFile(std::string_view target);
+
 // `target` is the link's address, `text` its words, both decoded. A sentence that names the link and says what to do;
-// nothing where it is in order. What a merge tag fills in is not judged.
+// nothing where it is in order. What a merge tag fills in is not judged, unless it names a file.
 std::optional<Sentence> LinkTrouble(std::string_view target, std::string_view text);
 
 }  // namespace quillcast::document

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "account/account_connection.h"
+#include "document/local_links.h"
 #include "html/local_pictures.h"
 #include "platform/text.h"
 #include "smtp/client/client.h"
@@ -62,7 +63,8 @@ class Look {
 };
 
 // Of the message itself.
-PreFlight LookAt(const document::MessageDocument& document, const message::MessageTemplate& message) {
+PreFlight LookAt(const document::MessageDocument& document, const message::MessageTemplate& message,
+                 const platform::CancelToken& cancel) {
   PreFlight found;
   found.unknown_tags =
       document::UnknownTags(document.subject + "\n" + document.html + "\n" + document.text.value_or(""));
@@ -76,6 +78,7 @@ PreFlight LookAt(const document::MessageDocument& document, const message::Messa
               "address is one of the net.",
               platform::Printable(address, 200)));
     }
+    found.links = document::LocalLinks(document.html, cancel);
   }
   found.lacks_text = message.is_html() && !message.has_text();
   found.charset = message.charset().MimeName();
@@ -100,7 +103,7 @@ class NoticeListener final : public smtp::JobSource {
 
 Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageDocument& document,
                            const message::MessageTemplate& message, const platform::CancelToken& cancel) {
-  PreFlight found = LookAt(document, message);
+  PreFlight found = LookAt(document, message, cancel);
   Look look(message, found);
   const auto walked = Walk(rows, {}, &cancel, [&](const recipients::Recipient& row, std::int64_t) {
     look.At(row);
@@ -116,6 +119,7 @@ Result<PreFlight> LookOver(recipients::RowSource& rows, const document::MessageD
 
 std::vector<Sentence> Describe(const PreFlight& findings) {
   std::vector<Sentence> lines = findings.pictures;
+  lines.insert(lines.end(), findings.links.begin(), findings.links.end());
   if (findings.lacks_text) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }

@@ -31,6 +31,7 @@ struct PreFlight {
   std::vector<EmptyField> empty_fields;
   std::vector<std::string> unknown_tags;
   std::vector<Sentence> pictures;  // on those that do not go along
+  std::vector<Sentence> links;     // on those that lead to files of this computer
   bool lacks_text = false;         // HTML without a text part
   // Recipients whose subject holds what the account's character set, `charset`, does not.
   std::int64_t subjects_beyond_set = 0;
