@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMainWindow>
+#include <QMenuBar>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
@@ -19,6 +20,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStyleFactory>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTranslator>
@@ -247,6 +249,36 @@ class ScreensTest : public QObject {
     if (before) before->setFocus();
   }
 
+  // What a key with Alt stands for, empty where none does.
+  static QString AccessKey(const QWidget& widget) {
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->shortcut().toString();
+    if (const auto* box = qobject_cast<const QGroupBox*>(&widget))
+      return QKeySequence::mnemonic(box->title()).toString();
+    const auto* label = qobject_cast<const QLabel*>(&widget);
+    return label != nullptr && label->buddy() != nullptr ? QKeySequence::mnemonic(label->text()).toString() : QString();
+  }
+
+  // A key that stands for two acts on neither.
+  static void LookForDoubledKeys(const QWidget& window, const QString& name) {
+    QMap<QString, QStringList> stand_for;
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (!widget->isVisible()) continue;
+      stand_for[AccessKey(*widget)] << widget->objectName() + ' ' + widget->property("text").toString();
+      if (const auto* tabs = qobject_cast<const QTabBar*>(widget)) {
+        for (int i = 0; i < tabs->count(); ++i) {
+          if (tabs->isTabVisible(i)) stand_for[QKeySequence::mnemonic(tabs->tabText(i)).toString()] << tabs->tabText(i);
+        }
+      } else if (const auto* menus = qobject_cast<const QMenuBar*>(widget)) {
+        for (const QAction* menu : menus->actions())
+          stand_for[QKeySequence::mnemonic(menu->text()).toString()] << menu->text();
+      }
+    }
+    stand_for.remove({});
+    for (auto at = stand_for.cbegin(); at != stand_for.cend(); ++at) {
+      QVERIFY2(at->size() == 1, qPrintable(name + ": " + at.key() + " is " + at->join(" and ")));
+    }
+  }
+
   // `rect` is in the window's own pixels, which a scaled picture holds several of.
   static QImage Part(const QImage& whole, const QRect& rect) {
     const qreal scale = whole.devicePixelRatio();
@@ -432,6 +464,7 @@ class ScreensTest : public QObject {
     LookForEmpty(window, name);
     LookForTheRing(window, name);
     LookForReturn(window, name);
+    LookForDoubledKeys(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
     LookForWhatScrolls(window, name);

@@ -85,7 +85,7 @@ void ExtraForm1::MakeWindow() {
   file_->AddTo(column->AddGrid());
   FormGrid* margins = column->AddBox(tr("Margins (millimetres)"));
   margins->Add("LeftMarginTextBox", tr("&Left:"), left_);
-  margins->Add("TopMarginTextBox", tr("Top, and &bottom:"), top_);
+  margins->Add("TopMarginTextBox", tr("Top, an&d bottom:"), top_);
   margins->Add("RightMarginTextBox", tr("&Right:"), right_);
   FormGrid* body = column->AddBox(tr("Body"));
   for (const auto& [format, name] : {std::pair(0, "TEXTRadioButton"), std::pair(1, "HTMLRadioButton"),

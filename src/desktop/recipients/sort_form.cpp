@@ -65,7 +65,10 @@ void SortForm::AddKey(FormGrid& grid, std::size_t count, const recipients::SortK
   auto* descends = new QCheckBox(tr("Descending"));
   descends->setObjectName(QString("DescendingCheckBox%1").arg(at + 1));
   descends->setChecked(stored.descending);
-  const QString label = at == 0 ? tr("&Sort by:") : at + 1 == count ? tr("&Last by:") : tr("&Then by:");
+  const QString label = at == 0           ? tr("&Sort by:")
+                        : at + 1 == count ? tr("&Last by:")
+                        : at == 1         ? tr("&Then by:")
+                                          : tr("Then by:");  // a key stands for one field
   keys_.push_back({grid.Add(QString("FieldComboBox%1").arg(at + 1), label, field, {descends}), descends});
 }
 
