@@ -150,7 +150,8 @@ int RunSend(Context& context, const SendOptions& options) {
   }
   // A run asks its server itself what it offers, where the rest does not speak to one.
   using Server = run::PreparedRun::Server;
-  const auto told = TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked);
+  const auto told =
+      TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked, options.check_domain);
   if (!told) return context.output.Fail(told.error());
   if (options.dry_run) return RunDry(context, *prepared, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *prepared);

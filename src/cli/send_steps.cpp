@@ -83,11 +83,12 @@ Result<void> SettlePictures(Context& context, ForeignPictures choice, run::Prepa
 }
 
 Result<std::vector<Sentence>> TellFindings(Context& context, run::PreparedRun& prepared,
-                                           run::PreparedRun::Server server) {
+                                           run::PreparedRun::Server server, bool is_domain_told) {
   auto look = prepared.LookOver(server);
   if (!look) return look.error();
   auto told = std::move(look->along);
   told.insert(told.end(), look->findings.begin(), look->findings.end());
+  if (look->domain && !is_domain_told) told.push_back(*look->domain);
   for (const auto& sentence : told) context.output.Note("Note: " + sentence.InEnglish());
   if (!look->size.empty()) context.output.Note(look->size.InEnglish());
   return told;

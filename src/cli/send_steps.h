@@ -35,8 +35,9 @@ enum class ForeignPictures { kAskAbout, kLeaveOut };
 // there is nobody to ask, or when nothing is to be sent.
 Result<void> SettlePictures(Context& context, ForeignPictures choice, run::PreparedRun& prepared);
 
-// Looks the group over and tells, on standard error, what the person may not have meant. Gives what was told.
+// Looks the group over and tells, on standard error, what the person may not have meant; of the sender's domain, unless
+// `is_domain_told` already. Gives what was told.
 Result<std::vector<Sentence>> TellFindings(Context& context, run::PreparedRun& prepared,
-                                           run::PreparedRun::Server server);
+                                           run::PreparedRun::Server server, bool is_domain_told);
 
 }  // namespace quillcast::cli

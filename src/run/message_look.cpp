@@ -11,6 +11,7 @@ std::vector<Sentence> MessageLook::Troubles() const {
   std::vector<Sentence> troubles;
   if (no_message) troubles.push_back(*no_message);
   troubles.insert(troubles.end(), findings.begin(), findings.end());
+  if (domain) troubles.push_back(*domain);
   return troubles;
 }
 

@@ -124,7 +124,7 @@ Result<MessageLook> PreparedRun::LookOver(Server server) {
   std::optional<Sentence> notices;
   if (server == Server::kIsAsked) notices = AskAboutNotices(*account_, **message, place_.clock, place_.cancel);
   MessageLook look = LookOf(**message, *found, notices);
-  if (const auto reminder = RememberDomain(*account_, place_)) look.findings.push_back(*reminder);
+  look.domain = RememberDomain(*account_, place_);
   return look;
 }
 

@@ -1,7 +1,9 @@
 // The domain tools' windows against servers on loopback.
 #include <QAbstractItemView>
+#include <QClipboard>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -317,6 +319,17 @@ class DomainFormsTest : public QObject {
     QTRY_VERIFY(is_told("Bad", "everybody in the world"));
     QVERIFY(is_told("Good", "a.example"));
     QVERIFY2(scene.Status().contains("mail.example"), qPrintable(scene.Status()));
+    QAbstractItemView& list = scene.Find<QAbstractItemView>("FindingsList");
+    list.setCurrentIndex(findings.match(findings.index(0, 1), Qt::DisplayRole, "SPF").constFirst());
+    QTest::keySequence(&list, QKeySequence::Copy);
+    QCOMPARE(
+        QGuiApplication::clipboard()->text(),
+        "Bad\tSPF\tThe record lets everybody in the world send for mail.example. Name those who send for you alone, "
+        "and end it with \"~all\" or \"-all\".\n");
+    list.clearSelection();
+    scene.Press("CopyButton");
+    QCOMPARE(QGuiApplication::clipboard()->text().count('\n'), findings.rowCount());
+    QCOMPARE(QGuiApplication::clipboard()->text().count('\t'), 2 * findings.rowCount());
     const auto kept = domain::RememberSenderCheck(scene.rig.settings, "mail.example", scene.rig.clock.Now());
     QVERIFY(kept && kept->has_value());
     scene.Type("DomainTextBox", "");

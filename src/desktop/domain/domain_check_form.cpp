@@ -77,6 +77,11 @@ void DomainCheckForm::MakeWindow() {
   what->Add("SelectorTextBox", tr("DKIM &selector:"), selector_, {check_});
   column->Add(findings_list_, 1);
   column->Add(status_);
+  auto* copy = new QPushButton(tr("Cop&y"), this);
+  copy->setObjectName("CopyButton");
+  copy->setToolTip(tr("The chosen findings, or all of them"));
+  connect(copy, &QPushButton::clicked, findings_list_, &RowList::Copy);
+  column->AddLine({copy, nullptr});
   column->AddButtons(QDialogButtonBox::Close);
 }
 

@@ -1,10 +1,14 @@
 #include "desktop/widgets/row_list.h"
 
+#include <QClipboard>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QScrollBar>
 #include <algorithm>
+#include <numeric>
 
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/first_key.h"
@@ -164,6 +168,28 @@ std::vector<std::size_t> RowList::Chosen() const {
   std::sort(rows.begin(), rows.end());
   rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
   return rows;
+}
+
+void RowList::Copy() const {
+  std::vector<std::size_t> rows = Chosen();
+  if (rows.empty()) {
+    rows.resize(size());
+    std::iota(rows.begin(), rows.end(), 0U);
+  }
+  QString text;
+  for (const std::size_t row : rows) {
+    for (int column = 0; column < rows_->columnCount(); ++column) {
+      QString cell = rows_->index(static_cast<int>(row), column).data().toString();
+      text += (column == 0 ? "" : "\t") + cell.replace('\n', ' ').replace('\t', ' ');
+    }
+    text += '\n';
+  }
+  QGuiApplication::clipboard()->setText(text);
+}
+
+void RowList::keyPressEvent(QKeyEvent* event) {
+  if (!event->matches(QKeySequence::Copy)) return QTableView::keyPressEvent(event);
+  Copy();
 }
 
 void RowList::keyboardSearch(const QString& text) {

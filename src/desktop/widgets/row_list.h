@@ -67,6 +67,9 @@ class RowList final : public QTableView {
   std::size_t size() const { return static_cast<std::size_t>(rows_->rowCount()); }
   // Before there are rows; kCut at first. Where the list scrolls sideways, the keys Left and Right do that.
   void SetLongText(LongText long_text);
+  // The chosen rows, or all where none is chosen, come to the clipboard: a line each, their cells parted by tabs. So
+  // does the key for it.
+  void Copy() const;
   // What stands in the list while it has no rows: what belongs there, and the next step to it.
   void SetEmptyText(const QString& text);
 
@@ -86,6 +89,7 @@ class RowList final : public QTableView {
 
  protected:
   void changeEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
   // Home and End go to the first and the last row; in a table they would go along the one.
