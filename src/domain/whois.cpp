@@ -24,6 +24,9 @@ constexpr std::array<std::string_view, 5> kReferralFields = {"refer", "whois", "
 
 std::string ServerText(const net::HostPort& server) { return platform::Printable(server.host); }
 
+// Names that no name server of the world has (RFC 6761, RFC 6762), and what systems call themselves.
+constexpr std::array<std::string_view, 4> kOwnNames = {"localhost", "localdomain", "local", "internal"};
+
 // By name: an answer that anybody may have written does not choose among the addresses of this network.
 bool IsPublicName(std::string_view host) {
   while (host.ends_with('.')) host.remove_suffix(1);
@@ -32,7 +35,8 @@ bool IsPublicName(std::string_view host) {
   const std::string_view last = host.substr(dot + 1);
   // "127.1" and "127.0x1" are addresses to the system.
   if (last.empty() || (last.front() >= '0' && last.front() <= '9')) return false;
-  return !platform::EqualsIgnoringAsciiCase(last, "localhost");
+  return std::none_of(kOwnNames.begin(), kOwnNames.end(),
+                      [&](std::string_view own) { return platform::EqualsIgnoringAsciiCase(last, own); });
 }
 
 bool IsHostCharacter(char c) { return platform::AsciiIsAlnum(c) || c == '-' || c == '.' || c == ':'; }
@@ -108,19 +112,26 @@ Error TooLong(const net::HostPort& server) {
           "Ask another server, if this one sends what is no answer."};
 }
 
+Error NotInTime(const net::HostPort& server, bool has_begun) {
+  const std::string shown = ServerText(server);
+  return {Failure::kTimedOut,
+          has_begun ? Say("{} had not finished in time.", shown) : Say("{} did not answer in time.", shown),
+          "Try again later, or ask another server."};
+}
+
 Received ReceiveAll(net::Stream& stream, const net::HostPort& server, const net::Patience& patience) {
   Received received;
   std::array<char, kBlock> block{};
   for (;;) {
     // Asked here too: where bytes never stop coming, no wait gets to see either.
     if (patience.deadline.Passed(patience.clock.Monotonic())) {
-      received.cut_short = Error{Failure::kTimedOut, Say("{} had not finished in time.", ServerText(server)),
-                                 "Try again later, or ask another server."};
+      received.cut_short = NotInTime(server, !received.bytes.empty());
       return received;
     }
     const auto count = stream.Read(block, false, patience);
     if (!count) {
-      received.cut_short = count.error();
+      const bool is_late = count.error().failure == Failure::kTimedOut;
+      received.cut_short = is_late ? NotInTime(server, !received.bytes.empty()) : count.error();
       return received;
     }
     if (!*count) continue;

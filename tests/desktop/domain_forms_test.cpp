@@ -16,6 +16,7 @@
 #include "desktop/domain/mx_lookup_form.h"
 #include "desktop/form_rig.h"
 #include "domain/sender/kept_check.h"
+#include "platform/text.h"
 #include "smtp/scripted_server.h"
 #include "support/dns_server.h"
 
@@ -154,9 +155,26 @@ class DomainFormsTest : public QObject {
     over = true;
   }
 
-  // One line as long as an answer may be: the window goes on, and the file gets what came.
-  void showsAnAnswerWithoutALineBreakAtOnce() {
-    const std::string answer = std::string("\0\xE2\x80\xAE", 4) + std::string(domain::kLongestWhoisAnswer - 4, 'x');
+  // As long as an answer may be: the window goes on, and the file gets what came.
+  void showsTheLongestAnswersAtOnce_data() {
+    QTest::addColumn<QByteArray>("repeated");
+    QTest::addColumn<int>("most_lines");
+    QTest::newRow("one line") << QByteArray("x") << 1000;
+    QTest::newRow("blank lines") << QByteArray("\n") << 20001;
+    QTest::newRow("tabs") << QByteArray("\t") << 1000;
+    QTest::newRow("marks") << QByteArray("\xCC\x81") << 1000;
+    QTest::newRow("another direction") << QByteArray("\xD7\x90 a1") << 1000;
+  }
+  void showsTheLongestAnswersAtOnce() {
+    QFETCH(const QByteArray, repeated);
+    QFETCH(const int, most_lines);
+    std::string answer(
+        "\0\xE2\x80\xAE"
+        "xxx",
+        7);
+    while (answer.size() + static_cast<std::size_t>(repeated.size()) <= domain::kLongestWhoisAnswer) {
+      answer += repeated.toStdString();
+    }
     const smtp::ScriptedServer server([&](smtp::Peer& peer, int) {
       peer.Line();
       peer.Say(answer);
@@ -176,10 +194,11 @@ class DomainFormsTest : public QObject {
     QTest::qWait(50);
     QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
     QVERIFY(scene.Text("ResultTextBox").startsWith("??xxx"));
+    QVERIFY(scene.Find<QPlainTextEdit>("ResultTextBox").blockCount() <= most_lines);
     const auto file = scene.rig.folder / "saved.txt";
     scene.rig.prompts.files = {file};
     scene.Press("SaveButton");
-    QVERIFY(test::ReadAll(file).find(answer.substr(4)) != std::string::npos);
+    QVERIFY(test::ReadAll(file).find(platform::WithLineEnds(answer.substr(4))) != std::string::npos);
   }
 
   void keepsTheFirstAnswerUntilTheSecondCame() {

@@ -65,6 +65,7 @@ TEST_F(WhoisTest, CutsAnAnswerThatDoesNotEnd) {
   EXPECT_EQ(part->text, "Domain: example.com\n");
   ASSERT_TRUE(part->cut_short);
   EXPECT_EQ(part->cut_short->failure, Failure::kTimedOut);
+  EXPECT_EQ(part->cut_short->what.InEnglish(), "127.0.0.1 had not finished in time.");
 }
 
 TEST_F(WhoisTest, TellsWhyThereIsNoAnswer) {
@@ -133,14 +134,22 @@ TEST(WhoisAnswerReading, FindsTheServerThatKnowsMore) {
                         Case{"  Registrar WHOIS Server: whois.registrar.example\r\n", "whois.registrar.example:43"},
                         Case{"ReferralServer: whois://whois.region.example:43/\n", "whois.region.example:43"},
                         Case{"Whois Server: whois.region.example:4343\nrefer: other.example\n", "other.example:43"},
-                        Case{"Registrar WHOIS Server: 127.0.0.1:25\n", ""}, Case{"refer: 10.0.0.1\n", ""},
-                        Case{"refer: [::1]\n", ""}, Case{"refer: ::ffff:10.0.0.1\n", ""}, Case{"refer: 127.1\n", ""},
-                        Case{"refer: 127.0x1\n", ""}, Case{"refer: a.localhost.\n", ""},
+                        Case{"Registrar WHOIS Server: 127.0.0.1:25\n", ""},
+                        Case{"refer: 10.0.0.1\n", ""},
+                        Case{"refer: [::1]\n", ""},
+                        Case{"refer: ::ffff:10.0.0.1\n", ""},
+                        Case{"refer: 127.1\n", ""},
+                        Case{"refer: 127.0x1\n", ""},
+                        Case{"refer: a.localhost.\n", ""},
+                        Case{"refer: localhost.localdomain\nrefer: printer.LOCAL\n", ""},
                         Case{"Whois Server:\nwhois: second.example", "second.example:43"},  // an empty one is none
                         Case{"Registrar WHOIS Server: https://registrar.example/whois\n", ""},
-                        Case{"Whois Server: bad host.example\n", ""}, Case{"Whois Server: \x1B[2Jevil.example\n", ""},
-                        Case{"Whois Server: host.example:0\n", ""}, Case{"Whois Server: localhost\n", ""},
-                        Case{"see whois: whois.example in the text", ""}, Case{"", ""}}) {
+                        Case{"Whois Server: bad host.example\n", ""},
+                        Case{"Whois Server: \x1B[2Jevil.example\n", ""},
+                        Case{"Whois Server: host.example:0\n", ""},
+                        Case{"Whois Server: localhost\n", ""},
+                        Case{"see whois: whois.example in the text", ""},
+                        Case{"", ""}}) {
     const auto referral = ReadWhoisAnswer(c.text).referral;
     EXPECT_EQ(referral ? referral->host + ":" + std::to_string(referral->port) : "", c.server) << c.text;
   }

@@ -38,7 +38,14 @@ bool CheckAddresses(const std::vector<std::string>& servers, Answers& answers, F
     const DnsAnswer* ip6 = answers.Of(servers[i], DnsType::kAaaa);
     if (ip4 == nullptr || ip6 == nullptr) {
       is_known = false;
-    } else if (ip4->answered() && ip6->answered() && ip4->records.empty() && ip6->records.empty()) {
+    } else if (!ip4->records.empty() || !ip6->records.empty()) {
+      continue;
+    } else if (!ip4->answered() || !ip6->answered()) {
+      // Once, however many there are.
+      if (found.back().word != "no-answer") {
+        found.push_back(Unanswered(kTopic, servers[i], ip4->answered() ? *ip6 : *ip4));
+      }
+    } else {
       found.push_back({kTopic, "mx-without-address", Verdict::kBad,
                        Say("{}, which takes mail for the domain, has no address.", servers[i]),
                        "Remove the MX record, or give the server's name an address."});

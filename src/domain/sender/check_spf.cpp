@@ -69,18 +69,24 @@ bool TellCost(const SpfCost& cost, Findings& found) {
   return true;
 }
 
-// Addresses that nobody sends from (RFC 5771, RFC 1112): a record that lets both through lets everybody through.
-constexpr std::array kNobodys = {"233.252.0.1", "240.0.0.1"};
+// Addresses that nobody sends from (RFC 5771, RFC 1112; RFC 3849, RFC 9637), two of each family: a record that lets
+// both through lets the whole family through.
+constexpr std::array kNobodys = {std::array{"233.252.0.1", "240.0.0.1"}, std::array{"2001:db8::1", "3fff::1"}};
 
+// kPass where one family passes whole.
 SpfResult EvaluateNobody(Answers& answers, SpfSender sender) {
-  SpfResult whole = SpfResult::kPass;
-  for (const char* address : kNobodys) {
-    sender.address = *net::ParseIpAddress(address);
-    const SpfResult result = EvaluateSpf(answers, sender);
-    if (result != SpfResult::kPass) whole = result;
-    if (result == SpfResult::kPending) return result;
+  SpfResult any = SpfResult::kNeutral;
+  for (const auto& family : kNobodys) {
+    int passing = 0;
+    for (const char* address : family) {
+      sender.address = *net::ParseIpAddress(address);
+      const SpfResult result = EvaluateSpf(answers, sender);
+      if (result == SpfResult::kPending) any = result;
+      if (result == SpfResult::kPass) ++passing;
+    }
+    if (passing == static_cast<int>(family.size()) && any != SpfResult::kPending) any = SpfResult::kPass;
   }
-  return whole;
+  return any;
 }
 
 // What becomes of everybody whom the record does not name.

@@ -307,6 +307,9 @@ TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
            Row{"example.org TXT v=spf1 redirect=open.example\nopen.example TXT v=spf1 +all", "", "spf-open"},
            Row{"example.org TXT v=spf1 include:open.example -all\nopen.example TXT v=spf1 +all", "", "spf-open"},
            Row{"example.org TXT v=spf1 ip4:0.0.0.0/0 -all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 ip6:::/0 -all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 ip6:2000::/3 -all", "", "spf-open"},
+           Row{"example.org TXT v=spf1 ip6:2001:db8::/32 -all", "", "spf"},
            Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "", "spf"},
            Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "203.0.113.5", "spf-broken-include"},
            Row{"example.org TXT v=spf1 include:%{z}.example -all", "", "spf-mistake"},
@@ -332,6 +335,14 @@ TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
                         {.domain = "example.org"})
                       .report),
             "no-mail-server no-spf dkim-not-found dmarc-none dmarc-alignment-unknown no-mta-sts ");
+}
+
+TEST(SenderCheck, SaysThatTheAddressOfAServerIsNotKnown) {
+  const std::string one = "example.org MX 10 mx1.example\nexample.org MX 20 mx2.example\nmx2.example FAILS\n";
+  EXPECT_EQ(Words(Check(Zone(one + "mx1.example FAILS"), {.domain = "example.org"}).report).find("mx no-answer no-spf"),
+            0U);
+  EXPECT_EQ(Words(Check(Zone(one), {.domain = "example.org"}).report).find("mx mx-without-address no-answer no-spf"),
+            0U);
 }
 
 TEST(SenderCheck, SaysThatADomainIsNotThere) {
