@@ -18,6 +18,7 @@ quillcast_require(ZLIB zlib zlib1g-dev)
 quillcast_require(GMIME gmime-3.0 libgmime-3.0-dev)
 quillcast_require(PSL libpsl libpsl-dev)
 quillcast_require(CURL libcurl libcurl4-openssl-dev)
+quillcast_require(SYSTEMD libsystemd libsystemd-dev)
 
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)

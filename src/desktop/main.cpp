@@ -1,9 +1,7 @@
 // The program `quillcast-desktop`.
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QDialog>
 #include <QFileInfo>
-#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QLoggingCategory>
@@ -16,7 +14,7 @@
 
 #include "desktop/mail_file/print_without_window.h"
 #include "desktop/sandbox.h"
-#include "desktop/shell/help_form.h"
+#include "desktop/shell/help_key.h"
 #include "desktop/shell/single_instance.h"
 #include "desktop/shell/start_window.h"
 #include "desktop/termination.h"
@@ -34,26 +32,6 @@ namespace {
 
 constexpr const char* kNotHandedOver = QT_TRANSLATE_NOOP(
     "Start", "The window that is open already did not take what was to be opened. Open it there, or try it once more.");
-
-// F1 opens the help at the topic of the window that it is pressed in.
-class HelpKey final : public QObject {
- public:
-  explicit HelpKey(const profile::Folders& folders) : folders_(folders) {}
-
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_F1) return false;
-    auto* widget = qobject_cast<QWidget*>(watched);
-    auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
-    if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
-    // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
-    (new HelpForm(folders_, TopicOf(dialog->objectName()).value_or(kWelcomeTopic), dialog))->show();
-    return true;
-  }
-
- private:
-  const profile::Folders& folders_;
-};
 
 // The screen's size is in physical pixels; rounded up, because the toolkit rounds it down where its scale does not
 // divide it. The other instance, where there is one, flashes when it is asked after.
@@ -131,7 +109,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   if (!usable) prompts.Warn(Describe(usable.error()));
 
   platform::XdgDesktop desktop(true);
-  platform::SystemPower power;
+  platform::clsExitWindows power(platform::PowerPlacesOf(environment));
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const platform::SessionLog log(folders.data, clock);

@@ -1,6 +1,10 @@
 // Switching the machine off.
 #pragma once
 
+#include <chrono>
+#include <string>
+
+#include "platform/environment.h"
 #include "platform/result.h"
 
 namespace quillcast::platform {
@@ -13,10 +17,29 @@ class Power {
   virtual Result<void> PowerOff() = 0;
 };
 
-// Asks the system's service manager, which asks the login manager whether this user may.
-class SystemPower final : public Power {
+// Whom the real side asks.
+struct PowerPlaces {
+  std::string bus;                            // address of the system's D-Bus: "unix:path=..."
+  std::string service_manager;                // the program that is run where the login manager cannot be asked
+  std::chrono::milliseconds patience{10000};  // for each step of asking
+};
+
+// Those of this system: DBUS_SYSTEM_BUS_ADDRESS, else where every system has its bus; and systemctl(1).
+PowerPlaces PowerPlacesOf(const Environment& environment);
+
+// Asks the login manager (org.freedesktop.login1.Manager.PowerOff), which knows what this user may; nobody is asked for
+// a password, for nobody may be there. Only where it cannot be asked, for want of a bus or of itself, the service
+// manager is. Whoever has answered "no", or has heard the question and says nothing, is not got round.
+class clsExitWindows final : public Power {  // NOLINT(readability-identifier-naming): its given name
  public:
-  Result<void> PowerOff() override;
+  explicit clsExitWindows(PowerPlaces places) : places_(std::move(places)) {}
+
+  // kNotPermitted with what the system said. That it was taken does not mean that this program sees its end.
+  Result<void> ExitWindows();
+  Result<void> PowerOff() override { return ExitWindows(); }
+
+ private:
+  PowerPlaces places_;
 };
 
 }  // namespace quillcast::platform

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QTest>
 #include <QTimer>
+#include <QTimerEvent>
 #include <functional>
 #include <string>
 #include <vector>
@@ -88,6 +89,13 @@ struct FormRig {
     return lines.join(" | ");
   }
 };
+
+// What a timer does when its time has passed; nothing where it is stopped.
+inline void PassTime(QTimer& timer) {
+  if (!timer.isActive()) return;
+  QTimerEvent passed(timer.timerId());
+  QCoreApplication::sendEvent(&timer, &passed);
+}
 
 inline QColor TextColour(const QWidget& line) { return line.palette().color(QPalette::WindowText); }
 

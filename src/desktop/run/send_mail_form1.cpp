@@ -299,7 +299,7 @@ bool SendMailForm1::SwitchOff() {
   shuts_down_ = static_cast<bool>(off);
   if (off) return true;
   if (skip_save_prompt) skip_save_prompt(false);
-  refusal_ = InWords(off.error());
+  if (refused) refused(InWords(off.error()));
   return false;
 }
 

@@ -42,12 +42,13 @@ class SendMailForm1 final : public QDialog {
   bool shuts_down() const { return shuts_down_; }
   // With what the person answered about pictures.
   const document::PicturePlaces& picture_places() const { return document_.picture_places; }
-  // Why it is not, where the system refused; for the status line of whoever opened this.
-  QString refusal() const { return refusal_; }
 
   // Whether whoever opened this is to close without asking to save: set before the system is asked to switch off,
   // which may end the program at any moment, and taken back when it refuses.
   std::function<void(bool)> skip_save_prompt;
+  // Told at once why the system is not switched off, while the countdown stands at 0: for the status line of whoever
+  // opened this.
+  std::function<void(const QString&)> refused;
 
  public slots:
   // Escape, the close box and "Cancel": while the run goes on, asks first.
@@ -87,7 +88,6 @@ class SendMailForm1 final : public QDialog {
   qint64 waited_ = 0;      // milliseconds, for the answers before
   bool report_open_ = false;
   bool shuts_down_ = false;
-  QString refusal_;
 
   RangePicker* range_;
   QTabWidget* tabs_;

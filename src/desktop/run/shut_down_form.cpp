@@ -22,6 +22,7 @@ ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
       remaining_(new QLabel("60", this)) {
   setObjectName("ShutDownForm");
   setWindowTitle("Shut Down");
+  setWindowFlag(Qt::WindowCloseButtonHint, false);  // it would do nothing
   remaining_->setObjectName("RemainingLabel");
   QFont bold = remaining_->font();
   bold.setBold(true);
@@ -36,6 +37,8 @@ ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
   column->AddLine({nullptr, cancel});
   connect(cancel, &QPushButton::clicked, this, [this] { done(Rejected); });
   connect(timer_, &QTimer::timeout, this, &ShutDownForm::Tick);
+  timer_->setObjectName("SecondTimer");
+  timer_->setTimerType(Qt::PreciseTimer);  // the others may be late by a twentieth, which adds up
   timer_->start(kSecond);
 }
 
@@ -44,6 +47,11 @@ void ShutDownForm::Tick() {
   if (remaining_->text() != "0") return;
   timer_->stop();
   if (switch_off_()) accept();
+}
+
+void ShutDownForm::done(int result) {
+  timer_->stop();
+  QDialog::done(result);
 }
 
 // Neither Alt+F4 nor Escape ends the countdown: what stops it must be meant.

@@ -12,21 +12,22 @@ namespace quillcast::desktop {
 class ShutDownForm final : public QDialog {
   Q_OBJECT
  public:
-  // `switch_off` is called when the label reads "0", with the timer stopped. Where it gives false, the countdown stays
-  // open at 0 until Cancel.
+  // Counts from 60 at once, by a timer of its own. `switch_off` is called when the label reads "0", with the timer
+  // stopped. Where it gives false, the countdown stays open at 0 until Cancel.
   ShutDownForm(std::function<bool()> switch_off, QWidget* parent);
-
-  // A second has passed.
-  void Tick();
 
  public slots:
   void reject() override;
+  // However it ends, the timer stops with it.
+  void done(int result) override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  void Tick();
+
   std::function<bool()> switch_off_;
   QTimer* timer_;
   QLabel* remaining_;  // holds the remaining time, as its text

@@ -86,9 +86,9 @@ void Send(Shell& shell) {
   SendMailForm1 form(shell.program, prepared->document(), prepared->group(),
                      shell.practice.practice().Serves() ? Server::kPractice : Server::kReal, &shell.window);
   form.skip_save_prompt = [&shell](bool skip) { shell.skip_save_prompt = skip; };
+  form.refused = [&shell](const QString& why) { shell.Say(why); };
   form.exec();
   shell.TakePictureAnswers(form.picture_places());
-  if (!form.refusal().isEmpty()) shell.Say(form.refusal());
   if (form.shuts_down()) shell.window.close();
 }
 

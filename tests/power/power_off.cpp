@@ -1,0 +1,20 @@
+// power_off BUS PROGRAM: asks to be switched off over this bus, else by this program, and prints what came of it. Takes
+// nothing that does not lie in a folder of a test, and has no places of its own, so that it never reaches the machine.
+#include <cstdio>
+#include <string_view>
+
+#include "platform/power.h"
+
+int main(int argc, char** argv) {
+  constexpr std::string_view kTestFolder = "/tmp/quillcast-test-";
+  const std::string_view bus = argc == 3 ? argv[1] : "";
+  const std::string_view program = argc == 3 ? argv[2] : "";
+  if (!bus.starts_with("unix:path=/tmp/quillcast-test-") || !program.starts_with(kTestFolder)) {
+    std::puts("not a test's own bus and program");
+    return 64;
+  }
+  quillcast::platform::clsExitWindows power({std::string(bus), std::string(program), std::chrono::milliseconds(700)});
+  const auto off = power.ExitWindows();
+  std::puts(off ? "taken" : quillcast::InOneLine(off.error()).c_str());
+  return off ? 0 : quillcast::ExitCode(off.error().failure);
+}

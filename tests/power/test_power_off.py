@@ -1,0 +1,114 @@
+#!/usr/bin/env python3
+"""Switching off, asked of a login manager on a bus of the test's own. This machine's is never reached: without that bus
+nothing is asked at all."""
+import os
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import dbusmock
+from dbusmock import DBusTestCase
+
+POWER_OFF = os.environ["QUILLCAST_POWER_OFF"]
+MANAGER = "org.freedesktop.login1.Manager"
+DENIED = ('raise dbus.exceptions.DBusException("Interactive authentication\\nrequired.", '
+          'name="org.freedesktop.DBus.Error.InteractiveAuthorizationRequired")')
+TAKEN = (0, "taken")
+SAYS_NO = "The system did not let itself be switched off"
+WHAT_NEXT = " Switch it off by hand; the run is finished and reported."
+ASKED = "poweroff --ignore-inhibitors --no-ask-password"
+
+
+def refused(why):
+    return 77, f"{SAYS_NO}{why}{WHAT_NEXT}"
+
+
+class PowerOff(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="quillcast-test-", dir="/tmp"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.bus = f"unix:path={self.folder}/bus"
+        config = self.folder / "bus.conf"
+        config.write_text(f'<busconfig><listen>{self.bus}</listen><policy context="default">'
+                          '<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/>'
+                          '</policy></busconfig>')
+        daemon = subprocess.Popen(["dbus-daemon", "--nofork", "--print-address", f"--config-file={config}"],
+                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.addCleanup(daemon.stdout.close)
+        self.addCleanup(daemon.wait, 10)
+        self.addCleanup(daemon.terminate)
+        # Also what is started from here, the mock among it, knows no other bus.
+        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.bus
+        self.assertTrue(daemon.stdout.readline().startswith(self.bus), "no bus of the test's own")
+
+    def login_manager(self, does):
+        """One on the bus, whose PowerOff does this; what it is asked is logged."""
+        mock, manager = DBusTestCase.spawn_server_template("logind", {}, stdout=subprocess.PIPE)
+        self.addCleanup(mock.stdout.close)
+        self.addCleanup(mock.wait, 10)
+        self.addCleanup(mock.kill)
+        manager.AddMethod(MANAGER, "PowerOff", "b", "", does, dbus_interface=dbusmock.MOCK_IFACE)
+        return manager
+
+    def service_manager(self, does):
+        program = self.folder / "systemctl"
+        program.write_text(f'#!/bin/sh\necho "$@" >>{self.folder}/asked\n{does}\n')
+        program.chmod(0o700)
+
+    def ask(self, bus=None):
+        """Exit code and words, and what the service manager was asked."""
+        asked = self.folder / "asked"
+        asked.unlink(missing_ok=True)
+        done = subprocess.run([POWER_OFF, bus or self.bus, self.folder / "systemctl"], stdout=subprocess.PIPE, text=True,
+                              timeout=20, env={"PATH": "/usr/bin:/bin"}, check=False)
+        return (done.returncode, done.stdout.strip()), asked.read_text().strip() if asked.exists() else ""
+
+    def test_the_login_manager_has_the_say(self):
+        self.service_manager("exit 0")
+        manager = self.login_manager("")
+        for name, does, comes_to in (
+                ("takes it", "", TAKEN),
+                ("refuses", DENIED, refused(": Interactive authentication?required.")),
+                ("is silent", "import time; time.sleep(1.2)", refused(": Connection timed out"))):
+            with self.subTest(name):
+                manager.AddMethod(MANAGER, "PowerOff", "b", "", does, dbus_interface=dbusmock.MOCK_IFACE)
+                manager.ClearCalls(dbus_interface=dbusmock.MOCK_IFACE)
+                self.assertEqual(self.ask(), (comes_to, ""))
+                calls = manager.GetCalls(dbus_interface=dbusmock.MOCK_IFACE)
+                self.assertEqual([(str(what), [bool(a) for a in with_]) for _, what, with_ in calls],
+                                 [("PowerOff", [False])])
+
+    def test_the_service_manager_is_asked_where_there_is_no_other(self):
+        listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listener.close)
+        listener.bind(f"{self.folder}/silent")
+        listener.listen()
+        for name, does, bus, comes_to in (
+                ("takes it", "exit 0", None, TAKEN),
+                ("refuses", "exit 1", None, refused(".")),
+                ("hangs", "exec sleep 30", None, refused(": the service manager gave no answer.")),
+                ("no bus", "exit 0", f"unix:path={self.folder}/nowhere", TAKEN),
+                ("a bus that lets nobody in", "exit 0", f"unix:path={self.folder}/silent", TAKEN)):
+            with self.subTest(name):
+                self.service_manager(does)
+                began = time.monotonic()
+                self.assertEqual(self.ask(bus), (comes_to, ASKED))
+                self.assertLess(time.monotonic() - began, 10)
+        (self.folder / "systemctl").unlink()
+        self.assertEqual(self.ask(),
+                         (refused(": neither a login manager nor a service manager can be asked."), ""))
+
+    def test_nothing_but_a_bus_of_the_test_is_asked(self):
+        self.service_manager("exit 0")
+        self.assertEqual(self.ask("unix:path=/run/dbus/system_bus_socket"),
+                         ((64, "not a test's own bus and program"), ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
