@@ -1,34 +1,58 @@
 #include "domain/sender/account_sender.h"
 
+#include <algorithm>
+#include <optional>
+
+#include "net/address.h"
 #include "net/idna.h"
 #include "platform/text.h"
 
 namespace quillcast::domain {
+namespace {
+
+constexpr std::size_t kLongestName = 253;  // RFC 1035 2.3.4, without the root
+constexpr std::size_t kLongestLabel = 63;
+
+bool IsLabel(std::string_view label) {
+  return !label.empty() && label.size() <= kLongestLabel && !label.starts_with('-') && !label.ends_with('-') &&
+         std::all_of(label.begin(), label.end(),
+                     [](char c) { return platform::AsciiIsAlnum(c) || c == '-' || c == '_'; });
+}
+
+// In A-labels and small letters; nothing for what cannot stand behind the "@", or is an address of the network.
+std::optional<std::string> DomainIn(std::string_view text) {
+  const Result<std::string> ascii = net::AsciiHost(text);
+  if (!ascii) return std::nullopt;
+  std::string name = platform::AsciiLower(net::WithoutRootDot(*ascii));
+  const auto labels = platform::Split(std::string_view(name), '.');
+  const bool is_domain = name.size() <= kLongestName && labels.size() > 1 && !net::ParseIpAddress(name) &&
+                         std::all_of(labels.begin(), labels.end(), IsLabel);
+  return is_domain ? std::optional(std::move(name)) : std::nullopt;
+}
+
+}  // namespace
 
 Result<SenderQuestion> QuestionOf(const account::AccountSettings& account) {
   const std::string& address = account[account::AccountKey::kEmail];
   const std::size_t at = address.rfind('@');
-  if (at == std::string::npos || at + 1 == address.size()) {
+  const std::optional<std::string> domain =
+      at == std::string::npos ? std::nullopt : DomainIn(std::string_view(address).substr(at + 1));
+  if (!domain) {
     return Error{Failure::kNotConfigured, "The account has no address whose domain could be checked.",
                  "Name a domain, or fill in the account's address."};
   }
-  Result<std::string> domain = net::AsciiHost(address.substr(at + 1));
-  if (!domain) return domain.error();
-  return SenderQuestion{.domain = platform::AsciiLower(net::WithoutRootDot(*domain)),
-                        .local_part = address.substr(0, at),
-                        .server = account[account::AccountKey::kServer]};
+  return SenderQuestion{
+      .domain = *domain, .local_part = address.substr(0, at), .server = account[account::AccountKey::kServer]};
 }
 
 Result<SenderQuestion> QuestionOf(std::string_view domain, const account::AccountSettings& account) {
-  const Result<std::string> ascii = net::AsciiHost(domain);
-  if (!ascii) return ascii.error();
-  const std::string name = platform::AsciiLower(net::WithoutRootDot(*ascii));
-  if (name.find('.') == std::string::npos || name.find("..") != std::string::npos || name.starts_with('.')) {
+  const std::optional<std::string> name = DomainIn(domain);
+  if (!name) {
     return Error{Failure::kUsage, Say("\"{}\" is no domain.", platform::Printable(domain, 100)),
                  "Write what stands behind the \"@\" of the address, such as example.org."};
   }
-  if (Result<SenderQuestion> own = QuestionOf(account); own && own->domain == name) return own;
-  return SenderQuestion{.domain = name};
+  if (Result<SenderQuestion> own = QuestionOf(account); own && own->domain == *name) return own;
+  return SenderQuestion{.domain = *name};
 }
 
 }  // namespace quillcast::domain

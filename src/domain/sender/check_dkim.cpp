@@ -51,7 +51,7 @@ void TellKey(const std::string& name, const DkimKey& key, Findings& found, Passi
 bool CheckKey(const std::string& name, Answers& answers, Findings& found, bool& is_there, Passing& passing) {
   const net::DnsAnswer* texts = answers.Of(name, net::DnsType::kTxt);
   if (texts == nullptr) return false;
-  if (!texts->answered() && texts->outcome != net::DnsOutcome::kBadName) {
+  if (!texts->answered()) {
     // Once, however many names are tried at a server that does not answer.
     const bool is_told = !found.empty() && found.back().topic == kTopic && found.back().word == "no-answer";
     if (!is_told) found.push_back(Unanswered(kTopic, name, *texts));

@@ -189,9 +189,16 @@ TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   EXPECT_EQ(own->domain + " " + own->local_part + " " + own->server, "xn--mller-kva.example Ada smtp.example.net");
   EXPECT_EQ(QuestionOf("m\u00fcller.example.", account)->server, "smtp.example.net");
   EXPECT_EQ(QuestionOf("example.org", account)->server, "");
-  for (const char* other : {"m\u00fc..example", "two..dots", "example", ".org", "."}) {
-    EXPECT_FALSE(QuestionOf(other, account)) << other;
+  for (const std::string& other : std::vector<std::string>{
+           "m\u00fc..example", "two..dots", "example", ".org", ".", "ada@example.org", "192.0.2.1", "[192.0.2.1]",
+           "a b.example", "a\x1B[2J.example", std::string(64, 'a') + ".example", "m\u00fc..x", "-.example."}) {
+    const auto question = QuestionOf(other, account);
+    EXPECT_FALSE(question) << other;
+    EXPECT_EQ(question ? Failure::kInternal : question.error().failure, Failure::kUsage) << other;
   }
+  EXPECT_TRUE(QuestionOf("a_b.example", account));
+  account.Set(account::AccountKey::kEmail, "ada@[192.0.2.1]");
+  EXPECT_FALSE(QuestionOf(account));
 }
 
 }  // namespace
