@@ -191,6 +191,41 @@ class HeldTextTest : public QObject {
     QVERIFY(ToQt(*platform::ReadFile(file, 10000)).contains("typed") && Label(scene) == "letter.html");
   }
 
+  void closingTellsWhatBecomesOfATextThatIsNotTold() {
+    Scene scene;
+    scene.Open();
+    scene.Editor().SetHtml(kPage);
+    Type(scene, "typed ");
+    QTRY_VERIFY(Draft(scene).contains("typed"));
+    QCOMPARE(::kill(Page(scene), SIGSTOP), 0);
+    scene.rig.prompts.answers = {platform::Answer::kNo, platform::Answer::kNo};
+    QVERIFY(!scene.window->close());
+    QVERIFY2(scene.Status().contains("does not answer") && scene.Status().contains("seen last") &&
+                 !scene.Status().contains("without a draft"),
+             qPrintable(scene.Status()));
+    QVERIFY(scene.window->close());
+    QVERIFY(Draft(scene).contains("typed"));
+    QCOMPARE(::kill(Page(scene), SIGKILL), 0);
+  }
+
+  // As they are where the editor is shown.
+  void picturesOfElsewhereInTheSourceAreAskedAbout() {
+    for (const CommandId command : {CommandId::kSave, CommandId::kSend}) {
+      Scene scene;
+      scene.rig.FillInAccount();
+      const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
+      scene.Open();
+      scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", FromQt(kPage))};
+      scene.window->Dispatch(CommandId::kOpen);
+      scene.window->Dispatch(CommandId::kSource);
+      QTest::keyClicks(&Source(scene), "<img src='../home/private.gif'>");
+      scene.window->Dispatch(command);
+      QTRY_VERIFY(scene.Find<QLabel>("PicturesLabel").text().contains(PathToQt(home)));
+      QVERIFY(Source(scene).isVisible());
+      scene.window->skip_save_prompt = true;
+    }
+  }
+
   void typingWithoutARestIsSeenToo() {
     Scene scene;
     scene.Open();
@@ -272,6 +307,12 @@ class HeldTextTest : public QObject {
     std::filesystem::create_directories(scene.rig.folders.data / "Autosave.htm" / "in the way");
     Type(scene, "typed");
     QTRY_VERIFY2(scene.Status().contains("No draft can be kept"), qPrintable(scene.Status()));
+    scene.window->Say("Another sentence.");
+    QVERIFY2(scene.Status().startsWith("Another") && scene.Status().contains("No draft can be kept"),
+             qPrintable(scene.Status()));
+    std::filesystem::remove_all(scene.rig.folders.data / "Autosave.htm");
+    Type(scene, "more");
+    QTRY_COMPARE(scene.Status(), QString("Another sentence."));
     scene.window->skip_save_prompt = true;
   }
 };

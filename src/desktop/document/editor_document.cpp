@@ -58,14 +58,21 @@ Result<void> EditorDocument::KeepFields() {
   draft.document.base_folder = BaseFolder();
   if (add_fields_) add_fields_(draft);
   auto kept = drafts_.Keep(draft);
-  if (kept) ++times_kept_;
+  if (!kept) return kept;
+  ++times_kept_;
+  TellKept(kept);
   return kept;
 }
 
 void EditorDocument::KeepForACrash() {
   const auto kept = KeepFields();
-  if (!std::exchange(told_not_kept_, !kept) && !kept && not_kept_) not_kept_(kept.error());
+  TellKept(kept);
   IgnoreErrors(kept);
+}
+
+void EditorDocument::TellKept(const Result<void>& kept) {
+  const bool is_failure = !kept;
+  if (std::exchange(told_not_kept_, is_failure) != is_failure && kept_) kept_(kept);
 }
 
 Result<void> EditorDocument::KeepAside() {

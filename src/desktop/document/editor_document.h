@@ -63,9 +63,9 @@ class EditorDocument final : public document::EditedDocument {
   Result<void> KeepAside();
   // The same with the body as it was seen last: something else changed.
   Result<void> KeepFields();
-  // The same for a crash alone; `WhenNotKept` hears of the first failure after a success.
+  // The same for a crash alone; `WhenKept` hears of the first failure after a success, and when one is kept again.
   void KeepForACrash();
-  void WhenNotKept(std::function<void(const Error&)> tell) { not_kept_ = std::move(tell); }
+  void WhenKept(std::function<void(const Result<void>&)> tell) { kept_ = std::move(tell); }
   // The message as it is becomes one of the drafts that are offered; it stays in the editor.
   Result<void> SetAside(document::Drafts::Turn turn = document::Drafts::Turn::kLast);
   // Takes up the next of those: its body, unchanged where its file still holds it. The other fields are the caller's.
@@ -78,6 +78,7 @@ class EditorDocument final : public document::EditedDocument {
  private:
   void Name(const std::filesystem::path& file);
   Result<void> SetAsideEarlier();
+  void TellKept(const Result<void>& kept);
   Result<void> Leave();
   Result<void> ShowFile(const std::filesystem::path& file, document::BodyFile read);
   Result<void> Show(const std::string& html, const std::filesystem::path& folder, bool modified = false);
@@ -90,7 +91,7 @@ class EditorDocument final : public document::EditedDocument {
   bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
   bool is_filled_in_ = false;   // the body is work although nothing was typed into it
   bool told_not_kept_ = false;
-  std::function<void(const Error&)> not_kept_;
+  std::function<void(const Result<void>&)> kept_;
   std::uint64_t times_kept_ = 0;
   std::filesystem::path file_;
   document::PicturePlaces picture_places_;

@@ -153,11 +153,13 @@ bool BeginFromLink(Shell& shell, std::string_view address) {
 
 void SaveDocument(Shell& shell) {
   shell.Tell(document::SaveDocument(shell.document, shell.program.folders.PreviewBody(), shell.program.prompts));
+  shell.AskAboutPictures();
 }
 
 void SaveDocumentAs(Shell& shell) {
   const auto saved = document::SaveAs(shell.document, shell.program.prompts);
   if (!saved) shell.Tell(saved.error());
+  shell.AskAboutPictures();
 }
 
 void PrintMessage(Shell& shell) {

@@ -162,7 +162,9 @@ void MainForm::ConnectHeader() {
   fields_pause_->setInterval(kDraftPause);
   connect(header_, &MessageHeader::Changed, fields_pause_, qOverload<>(&QTimer::start));
   connect(fields_pause_, &QTimer::timeout, this, [this] { document_->KeepForACrash(); });
-  document_->WhenNotKept([this](const Error& error) { Say(tr("No draft can be kept now. %1").arg(InWords(error))); });
+  document_->WhenKept([this](const Result<void>& kept) {
+    status_->Keep(kept ? QString() : tr("No draft can be kept now. %1").arg(InWords(kept.error())));
+  });
 }
 
 void MainForm::ConnectNotices() {
@@ -293,12 +295,16 @@ void MainForm::EndAtOnce() {
   QCoreApplication::exit();
 }
 
-// Whether the window may close: the first time that the draft cannot be kept, it stays, and so after each that was.
+// Whether the window may close: the first time that the draft cannot be kept, or only as it was seen last, it stays,
+// and so after each that was kept in between.
 bool MainForm::KeepDraft() {
+  const std::uint64_t before = document_->times_kept();
   const auto kept = document_->KeepAside();
   const std::uint64_t now = document_->times_kept();
-  if (kept || skip_save_prompt || std::exchange(lost_after_, now) == now) return true;
-  Say(tr("%1 Close again to leave without a draft.").arg(InWords(kept.error())));
+  if (kept || skip_save_prompt || std::exchange(lost_after_, now) == before) return true;
+  Say((now > before ? tr("%1 A draft was kept as the text was seen last. Close again to leave with that.")
+                    : tr("%1 Close again to leave without a draft."))
+          .arg(InWords(kept.error())));
   return false;
 }
 

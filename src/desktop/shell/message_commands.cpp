@@ -72,6 +72,7 @@ void Send(Shell& shell) {
   const platform::CancelToken never;
   auto message = shell.Message();
   if (!message) return shell.Tell(message.error());
+  shell.AskAboutPictures();
   auto prepared = Prepare(shell, *std::move(message), never);
   const auto facts = prepared ? prepared->Facts() : prepared.error();
   if (!facts) {

@@ -23,11 +23,20 @@ StatusPanel::StatusPanel(QWidget* parent) : QLabel(parent), end_(new QTimer(this
 }
 
 void StatusPanel::Say(const QString& sentence) {
-  setText(sentence.isEmpty() ? Translated(profile::kStatusPanels[0]) : sentence);
+  said_ = sentence;
+  Show();
   if (sentence.isEmpty()) return end_->stop();
   end_->start();
 }
 
-QString StatusPanel::said() const { return text() == Translated(profile::kStatusPanels[0]) ? QString() : text(); }
+void StatusPanel::Keep(const QString& sentence) {
+  kept_ = sentence;
+  Show();
+}
+
+void StatusPanel::Show() {
+  const QString both = said_.isEmpty() || kept_.isEmpty() ? said_ + kept_ : said_ + ' ' + kept_;
+  setText(both.isEmpty() ? Translated(profile::kStatusPanels[0]) : both);
+}
 
 }  // namespace quillcast::desktop

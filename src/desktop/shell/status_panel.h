@@ -14,11 +14,17 @@ class StatusPanel final : public QLabel {
 
   // Stands there for a quarter of a minute, or until the next sentence; an empty one ends it.
   void Say(const QString& sentence);
-  // What stands there of that; empty for none.
-  QString said() const;
+  // Stands there, behind whatever else is said, until another takes its place; an empty one ends it.
+  void Keep(const QString& sentence);
+  // What is said; empty for nothing.
+  const QString& said() const { return said_; }
 
  private:
-  QTimer* end_;  // of the sentence that stands there
+  void Show();
+
+  QTimer* end_;  // of what is said
+  QString said_;
+  QString kept_;
 };
 
 }  // namespace quillcast::desktop
