@@ -57,7 +57,8 @@ class BodyBegin {
       if (!at_) at_ = token.begin;
     }
     // A parser without scripts leaves a noscript for the content in it, whose tags are then of the body.
-    if (!at_ && token.name == "noscript") noscript_ = is_start ? std::optional(token.begin) : std::nullopt;
+    if (!at_ && open_ == 0 && token.name == "noscript")
+      noscript_ = is_start ? std::optional(token.begin) : std::nullopt;
     if (!at_ && !IsOfHead(token, text, open_ > 0)) at_ = noscript_.value_or(token.begin);
     if (token.name != "template" && token.name != "title") return;
     if (is_start) ++open_;

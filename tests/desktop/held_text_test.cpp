@@ -270,6 +270,21 @@ class HeldTextTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
+  // What was switched on for the text to come holds for the first letter, too.
+  void theFirstLetterIsAsItWasSwitchedOn() {
+    Scene scene;
+    scene.Open();
+    for (const char* place : {"", "(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)"}) {
+      scene.Editor().SetHtml(kPage);
+      scene.Editor().BeginTyping();
+      scene.Editor().Evaluate(place);
+      scene.Editor().Run(EditorCommand::kBold);
+      Type(scene, "yz");
+      QTRY_VERIFY2(scene.Editor().Text()->contains("<b>yz</b>"), qPrintable(*scene.Editor().Text()));
+    }
+    scene.window->skip_save_prompt = true;
+  }
+
   void theFindBarGivesTheKeysBack() {
     Scene scene;
     scene.Open();

@@ -312,6 +312,8 @@ TEST(BodySource, IsCutAtTheTagsThatAreTags) {
             "<head><template><p>t</p></template><noscript><link></noscript><style>p{}</style> </head> ", "", true},
            {"<head><img><meta></head><body>x", "<head>", "", true},
            {"<head><meta><noscript><img></noscript><style>p{}</style></head><body>x", "<head><meta>", "", true},
+           {"<head><template><noscript></template><meta></head><img><body>x",
+            "<head><template><noscript></template><meta></head>", "", true},
            {"<!DOCTYPE html><p>x</body>", "<!DOCTYPE html>", "", false},
            {"", "", "", false},
        }) {

@@ -35,11 +35,11 @@
     selection.collapseToEnd();
   };
 
-  // A caret that was placed before the page could be seen takes no keys until it is placed anew, which the first key
-  // does.
-  let placed = null;
+  // The engine takes a caret that was placed before the page could be seen, or had the keys, for none until it is placed
+  // anew: by the first key, or by what is switched on for the letters to come, which a later one would switch off.
+  let isAsleep = true;
   const placeCaret = (node, offset) => {
-    placed = { node, offset };
+    isAsleep = true;
     const selection = document.getSelection();
     selection.removeAllRanges();
     selection.collapse(node, offset);
@@ -49,10 +49,11 @@
     const first = document.body.firstElementChild;
     placeCaret(first && /^(P|DIV|H[1-6])$/.test(first.tagName) ? first : document.body, 0);
   };
-  const caretWasNeverMoved = () => {
+  const wakeCaret = () => {
+    if (!isAsleep || !document.hasFocus()) return;
     const selection = document.getSelection();
-    return placed && selection.isCollapsed && selection.anchorNode === placed.node &&
-      selection.anchorOffset === placed.offset;
+    if (selection.rangeCount && selection.isCollapsed) placeCaret(selection.anchorNode, selection.anchorOffset);
+    isAsleep = false;
   };
   // Where the caret is: the numbers of the children on the way down from the body, and the place in the last of them.
   const wayToCaret = () => {
@@ -109,6 +110,7 @@
   };
   quill.exec = (name, value) => {
     ensureSelection();
+    wakeCaret();
     if (name === 'unlink') selectLink();
     return document.execCommand(name, false, value);
   };
@@ -269,17 +271,7 @@
     selection.addRange(range);
   };
   document.addEventListener('mouseup', event => { if (event.detail >= 3) endWithinParagraph(); });
-  // The engine takes a caret that was placed while the page had not the keys for none: it is placed anew at the first.
-  let hadNoKey = true;
-  document.addEventListener('keydown', () => {
-    const selection = document.getSelection();
-    if (hadNoKey && selection.rangeCount && selection.isCollapsed) {
-      placeCaret(selection.anchorNode, selection.anchorOffset);
-    } else if (caretWasNeverMoved()) {
-      placeCaret(placed.node, placed.offset);
-    }
-    hadNoKey = false;
-  }, true);
+  document.addEventListener('keydown', wakeCaret, true);
   document.addEventListener('paste', event => {
     const data = event.clipboardData;
     const html = data && data.getData('text/html');
