@@ -80,9 +80,9 @@ bool CheckKey(const std::string& name, Answers& answers, Findings& found, bool& 
 }  // namespace
 
 const std::vector<std::string>& UsualSelectors() {
-  static const std::vector<std::string> kUsual = {"default", "dkim", "mail", "selector1", "selector2",
-                                                  "s1",      "s2",   "k1",   "key1",      "google"};
-  return kUsual;
+  static const std::vector<std::string> usual = {"default", "dkim", "mail", "selector1", "selector2",
+                                                 "s1",      "s2",   "k1",   "key1",      "google"};
+  return usual;
 }
 
 bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Ways& ways) {
