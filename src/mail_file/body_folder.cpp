@@ -1,14 +1,12 @@
 #include "mail_file/body_folder.h"
 
-#include <algorithm>
-#include <array>
+#include <functional>
 #include <optional>
+#include <unordered_map>
 
-#include "document/picture_kind.h"
-#include "html/html_to_text.h"
-#include "html/html_tokenizer.h"
 #include "html/safe_page.h"
 #include "mail_file/data_picture.h"
+#include "mail_file/embedded_parts.h"
 #include "mail_file/safe_part_name.h"
 #include "mail_file/within_memory.h"
 #include "mime/media_type.h"
@@ -24,36 +22,13 @@ std::string PictureName(const Part& part, std::size_t place, const std::string& 
   return name;
 }
 
-// Whether there is more in it than line ends.
-bool HasText(const MailMessage& message, const Part& part) {
-  constexpr std::uint64_t kFew = 16;  // bytes
-  if (part.marker != Marker::kBody || (part.type != "text/html" && part.type != "text/plain")) return false;
-  if (part.source.bytes.size() > kFew) return true;
-  const auto text = message.TextOf(part);
-  return !text || !platform::Trim(*text).empty();
-}
-
-constexpr std::uint64_t kLargestEmptyPage = std::uint64_t{256} << 10;  // bytes; who writes more shows something
-
-bool ShowsSomething(std::string_view html) {
-  html::HtmlTokenizer page(html);
-  html::HtmlToken token;
-  while (page.Next(token)) {
-    if (token.kind == html::HtmlTokenKind::kStartTag && token.name == "img") return true;
-  }
-  std::string text = html::HtmlToText(html);
-  constexpr std::string_view kNoBreak = "\u00a0";
-  for (std::size_t at = 0; (at = text.find(kNoBreak, at)) != std::string::npos;) text.replace(at, kNoBreak.size(), " ");
-  return !platform::Trim(text).empty();
-}
-
 class Writer {
  public:
   Writer(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options)
       : message_(message), folder_(folder), options_(options), embedded_(message) {}
 
   Result<BodyFolder> Run() {
-    const auto body = BodyAsHtml(message_);
+    const auto body = BodyAsHtml(message_, options_.text_as_html);
     if (!body) return body.error();
     html::SafePageOptions safe;
     safe.forbids_loading = options_.forbids_loading;
@@ -73,7 +48,8 @@ class Writer {
   // The same picture is written once, however often it is shown.
   std::optional<std::string> Picture(std::string_view address) {
     const Part* const part = embedded_.Find(address);
-    const auto [known, is_new] = names_.try_emplace(part != nullptr ? part->content_id : std::string(address));
+    const auto [known, is_new] =
+        names_.try_emplace(part != nullptr ? embedded_.AddressOf(*part) : std::string(address));
     if (is_new) known->second = part != nullptr ? WriteEmbedded(*part) : WriteData(address);
     return known->second.empty() ? std::nullopt : std::optional(platform::PercentEncoded(known->second));
   }
@@ -105,7 +81,7 @@ class Writer {
   ChosenFolder& folder_;
   const BodyFolderOptions& options_;
   EmbeddedParts embedded_;
-  std::unordered_map<std::string, std::string> names_;  // by Content-ID, else by address
+  std::unordered_map<std::string, std::string> names_;  // by address
   BodyFolder out_;
 };
 
@@ -113,43 +89,6 @@ class Writer {
 
 Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options) {
   return WithinMemory([&] { return Writer(message, folder, options).Run(); });
-}
-
-bool HasPage(const MailMessage& message) {
-  std::uint64_t size = 0;
-  bool has_text = false;
-  for (const Part& part : message.parts()) {
-    if (part.marker == Marker::kBody && part.type == "text/html") size += part.source.bytes.size();
-    has_text = has_text || (part.type == "text/plain" && HasText(message, part));
-  }
-  if (!message.HasBody("text/html")) return false;
-  if (!has_text || size > kLargestEmptyPage) return true;
-  const auto page = message.HtmlBody();
-  return !page || ShowsSomething(*page);
-}
-
-Result<std::string> BodyAsHtml(const MailMessage& message) {
-  if (HasPage(message)) return message.HtmlBody();
-  return WithinMemory([&]() -> Result<std::string> {
-    const auto text = message.TextBody();
-    if (!text) return text.error();
-    return html::PageOfText(*text);
-  });
-}
-
-std::optional<Error> WhyNoBody(const MailMessage& message) {
-  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return HasText(message, part); })) return {};
-  constexpr std::array kSealed = {"multipart/encrypted", "application/pgp-encrypted", "application/pkcs7-mime",
-                                  "application/x-pkcs7-mime"};
-  const bool is_sealed = std::ranges::any_of(message.parts(), [&](const Part& part) {
-    return part.message == kNoPart && std::ranges::find(kSealed, part.type) != kSealed.end();
-  });
-  if (is_sealed) {
-    return Error{Failure::kBadData,
-                 "The message has no text that can be read: it is encrypted, or sealed by a signature.",
-                 "Open it in the program that has its keys."};
-  }
-  return Error{Failure::kBadData, "The message has no text.", "What is attached to it can be extracted."};
 }
 
 Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,
@@ -164,28 +103,6 @@ Result<void> WritePart(const MailMessage& message, const Part& part, int fd, con
     if (block->empty()) return {};
     if (auto written = platform::WriteAll(fd, file, *block); !written) return written;
   }
-}
-
-EmbeddedParts::EmbeddedParts(const MailMessage& message) : message_(message) {
-  for (const Part& part : message.parts()) {
-    if (part.message == kNoPart && !part.content_id.empty()) places_.try_emplace(part.content_id, PlaceOf(part));
-  }
-}
-
-const Part* EmbeddedParts::Find(std::string_view address) const {
-  address = platform::Trim(address);
-  if (!platform::StartsWithIgnoringAsciiCase(address, "cid:")) return nullptr;
-  const auto id = platform::PercentDecoded(address.substr(4));
-  const auto place = id ? places_.find(*id) : places_.end();
-  return place == places_.end() ? nullptr : &message_.parts()[place->second];
-}
-
-std::string EmbeddedParts::PictureTypeOf(const Part& part) const {
-  auto reader = message_.Open(part);
-  if (!reader) return {};
-  const auto first = reader->Next();
-  const std::string_view type = first ? document::PictureType(*first) : std::string_view();
-  return type == "image/svg+xml" ? std::string() : std::string(type);
 }
 
 }  // namespace quillcast::mail_file

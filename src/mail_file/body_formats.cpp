@@ -7,7 +7,7 @@
 #include "charset/code_page.h"
 #include "html/html_to_text.h"
 #include "html/safe_page.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
 #include "mail_file/data_picture.h"
 #include "mail_file/message_rtf.h"
 #include "mail_file/message_xml.h"

@@ -37,7 +37,9 @@ Result<ImportedBody> ImportPage(const MailMessage& message, const WorkingFolder&
                                 const platform::CancelToken* cancel) {
   auto folder = ChosenFolder::Open(working.path(), {});
   if (!folder) return folder.error();
-  auto body = WriteBodyFolder(message, *folder, {.page_name = kPage, .forbids_loading = false, .cancel = cancel});
+  auto body = WriteBodyFolder(
+      message, *folder,
+      {.page_name = kPage, .forbids_loading = false, .text_as_html = document::HtmlFromText, .cancel = cancel});
   if (!body) return body.error();
   auto page = document::ReadBodyFile(working.path() / body->page);
   if (!page) return page.error();
@@ -52,7 +54,7 @@ Result<ImportedBody> ImportPage(const MailMessage& message, const WorkingFolder&
 Result<ImportedBody> ImportBody(const MailMessage& message, const fs::path& target, const fs::path& temporary,
                                 const platform::Clock& clock, const platform::CancelToken* cancel) {
   if (auto none = WhyNoBody(message)) return *std::move(none);
-  if (!HasPage(message)) {
+  if (!HasPage(message) && !HasPicturesBeside(message)) {
     auto html = TextAsPage(message);
     if (!html) return html.error();
     if (const auto editable = document::CheckEditable(*html); !editable) return editable.error();

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "document/number_rules.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
 #include "mail_file/load_settings.h"
 
 namespace quillcast::mail_file {
@@ -70,7 +70,8 @@ Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat forma
                                     const platform::CancelToken* cancel) {
   if (format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
   if (auto none = WhyNoBody(message)) return *std::move(none);
-  if (format == BodyFormat::kText || !HasPage(message)) return ReadText(message, BodyFormat::kText, most, cancel);
+  const bool is_page = HasPage(message) || HasPicturesBeside(message);
+  if (format == BodyFormat::kText || !is_page) return ReadText(message, BodyFormat::kText, most, cancel);
   auto page = ReadShownBody(message, std::min(most, kMostPrintedHtml), cancel);
   if (!page) return page.error();
   return PrintedBody{*std::move(page), {}, true};

@@ -8,7 +8,8 @@
 
 #include "html/html_to_rtf.h"
 #include "html/rtf_body.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
+#include "mail_file/embedded_parts.h"
 #include "mail_file/picture_pixels.h"
 
 namespace quillcast::mail_file {
@@ -43,7 +44,7 @@ void AppendHexadecimal(std::string& out, std::string_view bytes) {
 class Writer {
  public:
   Writer(const MailMessage& message, const WriteText& write) : message_(message), write_(write), embedded_(message) {
-    for (const Part& part : message.parts()) room_ += part.content_id.empty() ? 0 : 2 * part.source.bytes.size();
+    for (const Part& part : message.parts()) room_ += part.holds_parts ? 0 : 2 * part.source.bytes.size();
   }
 
   Result<void> Run() {

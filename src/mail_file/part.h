@@ -31,6 +31,9 @@ enum class TransferEncoding { kIdentity, kQuotedPrintable, kBase64, kUuencode, k
 // its words in UTF-8, or the page that it was made of.
 enum class Unpacking { kNone, kBinHexData, kUuencoded, kRtf, kRtfText };
 
+// Lines of a text that its sender broke (RFC 3676). kFlowedDelSp: at a space that is none of the text's.
+enum class Flow { kFixed, kFlowed, kFlowedDelSp };
+
 struct DecodingPoint;  // see part_reader.h
 
 // Where the content of a part comes from; for PartReader.
@@ -53,7 +56,10 @@ struct Part {
   std::string encoding;    // as declared, in small letters; "7bit" where it is not
   std::string name;        // of Content-Disposition, else of Content-Type (RFC 2231, or 2047 in the wrong place)
   std::string content_id;  // without "<" and ">"
+  std::string location;    // of Content-Location (RFC 2557), as written, without blanks
+  Flow flow = Flow::kFixed;
   Marker marker = Marker::kNone;
+  bool is_picture = false;   // that is not to be saved alone, but shown
   bool holds_parts = false;  // a multipart, or a message whose parts follow; its content is then all of that, encoded
   std::string refused;       // a transfer encoding that is not decoded, by its name ("yEnc"); then it cannot be opened
   ByteRange header;          // its fields, in the file

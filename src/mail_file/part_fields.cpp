@@ -45,6 +45,12 @@ std::string WithoutAngles(std::string_view value) {
   return BoundedPartText(value.substr(0, value.find('>')));
 }
 
+// A long address is folded anywhere.
+std::string WithoutBlanks(std::string text) {
+  std::erase_if(text, [](char c) { return c == ' ' || c == '\t'; });
+  return BoundedPartText(text);
+}
+
 bool HoldsTwo(const ParameterizedValue& value, std::string_view name) {
   int count = 0;
   for (const auto& parameter : value.parameters)
@@ -59,6 +65,12 @@ Marker MarkerOf(const Part& part, std::string_view disposition) {
   return is_text && (part.name.empty() || part.parent == kNoPart) ? Marker::kBody : Marker::kAttachment;
 }
 
+Flow FlowOf(const ParameterizedValue& type) {
+  if (type.value != "text/plain" || !platform::EqualsIgnoringAsciiCase(type.Parameter("format"), "flowed"))
+    return Flow::kFixed;
+  return platform::EqualsIgnoringAsciiCase(type.Parameter("delsp"), "yes") ? Flow::kFlowedDelSp : Flow::kFlowed;
+}
+
 bool IsMessageType(std::string_view type) { return type == "message/rfc822" || type == "message/global"; }
 
 }  // namespace
@@ -69,11 +81,12 @@ std::string BoundedPartText(std::string_view text) {
 }
 
 void PartFields::Take(std::string_view name, std::string_view value) {
-  constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 4> kNames = {{
+  constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 5> kNames = {{
       {"Content-Type", &PartFields::type},
       {"Content-Disposition", &PartFields::disposition},
       {"Content-Transfer-Encoding", &PartFields::encoding},
       {"Content-ID", &PartFields::id},
+      {"Content-Location", &PartFields::location},
   }};
   for (const auto& [wanted, member] : kNames) {
     if ((this->*member).empty() && platform::EqualsIgnoringAsciiCase(name, wanted)) this->*member = value;
@@ -94,12 +107,15 @@ PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
       fields.disposition.empty() ? ParameterizedValue() : ReadContentDisposition(fields.disposition);
   if (!type.value.empty()) part.type = BoundedPartText(type.value);
   part.charset = BoundedPartText(type.Parameter("charset"));
+  part.flow = FlowOf(type);
   part.encoding = FirstWord(DecodeHeaderText(fields.encoding));
   part.source.encoding = EncodingOf(part.encoding);
   if (part.encoding.empty()) part.encoding = "7bit";
   part.name = BoundedPartText(disposition.Parameter("filename"));
   if (part.name.empty()) part.name = BoundedPartText(type.Parameter("name"));
   part.content_id = WithoutAngles(DecodeHeaderText(fields.id));
+  part.location = WithoutBlanks(DecodeHeaderText(fields.location));
+  part.is_picture = part.type.starts_with("image/") && disposition.value != "attachment";
   meaning.is_multipart = part.type.starts_with("multipart/");
   meaning.is_message = IsMessageType(part.type) && part.source.encoding == TransferEncoding::kIdentity;
   if (meaning.is_multipart) {

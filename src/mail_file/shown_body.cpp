@@ -8,9 +8,10 @@
 
 #include "html/safe_page.h"
 #include "html/simple_page.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
 #include "mail_file/body_text.h"
 #include "mail_file/data_picture.h"
+#include "mail_file/embedded_parts.h"
 
 namespace quillcast::mail_file {
 namespace {
@@ -59,7 +60,7 @@ class Pictures {
   std::optional<std::string> Take(std::string_view address) {
     const Part* const part = embedded_.Find(address);
     const auto [place, is_new] =
-        places_.try_emplace(part != nullptr ? part->content_id : std::string(address), taken_.size());
+        places_.try_emplace(part != nullptr ? embedded_.AddressOf(*part) : std::string(address), taken_.size());
     if (is_new && !(part != nullptr ? Read(*part) : ReadData(address))) place->second = kNoPart;
     if (place->second == kNoPart) return std::nullopt;
     return fmt::format("cid:{}", place->second);
@@ -99,7 +100,7 @@ class Pictures {
   const MailMessage& message_;
   const platform::CancelToken* cancel_;
   EmbeddedParts embedded_;
-  std::unordered_map<std::string, std::size_t> places_;  // by Content-ID, else by address
+  std::unordered_map<std::string, std::size_t> places_;  // by address
   std::vector<ShownPicture> taken_;
   std::size_t bytes_ = 0;
   std::size_t left_out_ = 0;

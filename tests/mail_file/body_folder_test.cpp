@@ -58,6 +58,59 @@ TEST(BodyFolder, ShowsItsPicturesInPlace) {
   EXPECT_TRUE(written.failures.empty());
 }
 
+TEST(BodyFolder, ShowsPicturesByTheirPlace) {
+  struct Case {
+    const char* name;
+    const char* fields;  // of the whole message
+    const char* page;    // its fields, and it
+    std::string picture;
+    const char* shown;
+  };
+  const std::string gif = "\r\n\r\nGIF89a";
+  for (const Case& c : std::initializer_list<Case>{
+           {"absolute", "", "\r\n<img src='http://x.org/a.gif?b=1&amp;c'>",
+            "Content-Location: http://x.org/\r\n a.gif?b=1&c" + gif, "<img src=\"GIF\">"},
+           {"both relative", "", "\r\n<img src=a.gif>", "Content-Location: a.gif" + gif, "<img src=\"GIF\">"},
+           {"of the page", "", "Content-Location: http://x.org/p/q.htm?/\r\n\r\n<img src=a.gif>",
+            "Content-Location: http://x.org/p/a.gif" + gif, "<img src=\"GIF\">"},
+           {"from the root", "Content-Location: http://x.org/p/q\r\n", "\r\n<td background=/a.gif>",
+            "Content-Location: http://x.org/a.gif" + gif, "<td background=\"GIF\">"},
+           {"of both", "Content-Location: http://x.org\r\n",
+            "Content-Location: p/q\r\n\r\n<img src=//x.org/p/a.gif><img src=a.gif>", "Content-Location: a.gif" + gif,
+            "<img src=\"GIF\"><img src=\"GIF\">"},
+           {"of another", "", "\r\n<img src=http://y.org/a.gif>",
+            "Content-Disposition: attachment\r\nContent-Location: http://x.org/a.gif" + gif, "<img>"},
+           {"beside", "", "\r\n<b>a</b>", "Content-ID: <a>" + gif, "<b>a</b><p><img src=\"GIF\"></p>"},
+           {"beside, nameless", "", "\r\n<img src=http://y.org/>", gif.substr(2), "<img><p><img src=\"GIF\"></p>"},
+           {"to be saved", "", "\r\na", "Content-Disposition: attachment; filename=a.gif" + gif, "a"},
+           {"no picture", "", "\r\na", "Content-ID: <a>\r\n\r\nno", "a"},
+       }) {
+    Scene scene;
+    const auto written = scene.Write(std::string(c.fields) +
+                                     "Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: "
+                                     "text/html\r\n" +
+                                     c.page + "\r\n--b\r\nContent-Type: image/gif\r\n" + c.picture + "\r\n--b--\r\n");
+    std::string expected = "<head><meta charset=\"utf-8\"></head>" + std::string(c.shown);
+    for (std::size_t at = 0; (at = expected.find("GIF", at)) != std::string::npos;)
+      expected.replace(at, 3, written.pictures.size() == 1 ? "Part%202.gif" : "none");
+    std::erase(expected, '\r');
+    EXPECT_EQ(scene.Page(written), expected) << c.name;
+  }
+}
+
+TEST(BodyFolder, ShowsPicturesBetweenTexts) {
+  Scene scene;
+  const std::string gif = "\r\n--b\r\nContent-Type: image/gif; name=x.gif\r\n\r\nGIF89a";
+  const std::string text = "\r\n--b\r\n\r\n";
+  const auto written = scene.Write("Content-Type: multipart/mixed; boundary=b\r\n" + gif + text + "1 < 2" + gif + text +
+                                   "3" + text + "4\r\n--b--\r\n");
+  const std::string begin = "<body><pre style=\"white-space: pre-wrap\">";
+  const std::string page = scene.Page(written);
+  EXPECT_NE(page.find("<p><img src=\"x.gif\"></p>"), std::string::npos) << page;
+  EXPECT_NE(page.find("1 &lt; 2</pre></body></html><p><img src=\"x%20%282%29.gif\"></p>"), std::string::npos) << page;
+  EXPECT_NE(page.find("3\r\n4</pre>"), std::string::npos) << page;
+}
+
 TEST(BodyFolder, KeepsAttachedMessagesApart) {
   Scene scene;
   const auto written =

@@ -18,7 +18,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
 #include "mail_file/load_settings.h"
 #include "mail_file/safe_part_name.h"
 #include "platform/file.h"
