@@ -4,6 +4,7 @@
 #include <new>
 
 #include "mail_file/body_text.h"
+#include "mail_file/flowed_text.h"
 #include "mail_file/message_lines.h"
 #include "mail_file/message_structure.h"
 #include "mail_file/packed_parts.h"
@@ -85,8 +86,8 @@ Error MailMessage::Refused(const Part& part) const {
   return {Failure::kBadData,
           Say("The part \"{}\" is encoded by {}, which is not decoded here.", platform::Printable(name, 100),
               platform::Printable(part.refused, 100)),
-          "Ask its sender for the file in another form, or have message files read leniently, which the account's "
-          "settings offer, to have it as it stands."};
+          "Ask its sender for the file in another form, or tick \"Use server extensions that are not announced; read "
+          "message files leniently\" in the account, to have it as it stands."};
 }
 
 Result<void> MailMessage::EachField(const Part& part, const TakeField& take) const {
@@ -143,7 +144,8 @@ Result<std::string> MailMessage::WholeText(const Part& part) const {
     if (block->empty()) break;
     text.Append(*block);
   }
-  return platform::WithLineEnds(DecodeBody(text.bytes(), part.charset, part.type == "text/html"));
+  std::string lines = platform::WithLineEnds(DecodeBody(text.bytes(), part.charset, part.type == "text/html"));
+  return part.flow == Flow::kFixed ? std::move(lines) : Unflowed(lines, part.flow);
 }
 
 bool MailMessage::HasBody(std::string_view type) const {

@@ -62,8 +62,9 @@ class MailMessage {
 
   // The whole content as UTF-8, lines ended by CRLF however they were. What character set it is in is found out in this
   // order: a byte-order mark, the declared set where the bytes mean something in it, what an HTML page says of itself,
-  // UTF-8 where it is that, Windows-1252. Files within a text are left out: they are parts of their own. Held whole:
-  // the one call whose memory grows with the part; kIo where there is not as much.
+  // UTF-8 where it is that, Windows-1252. Lines that its sender broke are whole (RFC 3676). Files within a text are
+  // left out: they are parts of their own. Held whole: the one call whose memory grows with the part; kIo where there
+  // is not as much.
   Result<std::string> TextOf(const Part& part) const;
 
   // The parts marked as body of that type, in order.
