@@ -11,6 +11,14 @@ constexpr std::size_t kGuessBudget = std::size_t{16} * 1024 * 1024;  // bytes th
 constexpr int kLinesBetweenLooks = 4096;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
+// "From ada@example.org Sat Nov 14 22:40:05 2026".
+bool IsMailboxLine(std::string_view line) {
+  if (!line.starts_with("From ")) return false;
+  const std::size_t colon = line.find(':');
+  const auto is_digit = [&](std::size_t at) { return at < line.size() && line[at] >= '0' && line[at] <= '9'; };
+  return colon != std::string_view::npos && is_digit(colon - 1) && is_digit(colon + 1);
+}
+
 }  // namespace
 
 MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const platform::CancelToken* cancel,
@@ -101,6 +109,7 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
       header.end = HeaderEnd::kDelimiter;
       continue;
     }
+    if (line.begin == 0) is_mailbox_ = IsMailboxLine(line.text);
     kind = header_lines_.Take(line, take);
     if (kind == HeaderLine::kTooMany) header.end = HeaderEnd::kTooManyFields;
     if (kind == HeaderLine::kTooMany || kind == HeaderLine::kBody) lines_.Back();
@@ -110,6 +119,7 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
   header.is_empty = header_lines_.is_empty();
   parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
   content_end_ = parts_[part].header.end;
+  is_behind_blank_ = true;
   return header;
 }
 
@@ -193,11 +203,26 @@ Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
     if (!more) return more.error();
     if (!*more) break;
     if (IsDelimiter(line, found)) return found;
+    if (is_mailbox_) LookForMessage(line);
     content_end_ = line.end;
   }
   found.kind = DelimiterKind::kNone;
   found.content_end = found.next = lines_.position();
   return found;
+}
+
+// Behind a blank line a mailbox has "From " with an address and a time, and then fields.
+void MessageStructure::LookForMessage(const MessageLine& line) {
+  const std::size_t colon = line.text.find(':');
+  if (mailbox_line_ && colon != std::string_view::npos && line.text.find(' ') > colon) {
+    faults_.Add(LoadCode::kException, Say("The file is a mailbox; the message at byte {}, and what follows, is read as "
+                                          "a piece of the first.",
+                                          *mailbox_line_));
+    is_mailbox_ = false;
+  }
+  mailbox_line_.reset();
+  if (is_behind_blank_ && IsMailboxLine(line.text)) mailbox_line_ = line.begin;
+  is_behind_blank_ = line.text.empty();
 }
 
 // Ends the innermost level. A multipart whose boundary never came is a text.

@@ -55,6 +55,7 @@ class MessageStructure {
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
   Result<void> FindBoundary(std::size_t part, std::string& boundary);
   Result<Delimiter> NextDelimiter();
+  void LookForMessage(const MessageLine& line);
   bool IsDelimiter(const MessageLine& line, Delimiter& out) const;
   void CloseInnermost(bool is_closed, std::uint64_t end);
   Result<std::size_t> NextPart(Delimiter delimiter);
@@ -73,6 +74,9 @@ class MessageStructure {
   std::size_t guess_budget_;
   std::uint64_t content_end_ = 0;  // of the line that came last, without its end
   bool has_rest_ = false;
+  bool is_mailbox_ = false;                         // begins as one, and no second message was met
+  bool is_behind_blank_ = false;                    // line of a body
+  std::optional<std::uint64_t> mailbox_line_ = {};  // just before
 };
 
 }  // namespace quillcast::mail_file

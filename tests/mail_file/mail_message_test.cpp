@@ -126,6 +126,31 @@ TEST(MailMessage, TellsTheWayItCame) {
             "||||||none|none\n");
 }
 
+TEST(MailMessage, TellsOfTheMessagesBehindIt) {
+  struct Case {
+    const char* name;
+    const char* rest;
+    bool is_told;
+  };
+  const test::TemporaryFolder folder;
+  const std::string line = "From ada@x.org Sat Nov 14 22:40:05 2026\n";
+  for (const Case& c : std::initializer_list<Case>{
+           {"another", "a\n\nFrom bob@x.org Sat Nov 14 22:41:00 2026\nSubject: y\n\nb\n", true},
+           {"behind an empty one", "From bob@x.org Sat Nov 14 22:41:00 2026\nX: y\n\nFrom b 1:2\nX: y\n", true},
+           {"no blank line before it", "a\nFrom bob@x.org Sat Nov 14 22:41:00 2026\nSubject: y\n", false},
+           {"no time in it", "a\n\nFrom here on:\nSubject: y\n", false},
+           {"no fields behind it", "a\n\nFrom 8:00 on\nwe meet: all\n", false},
+           {"none", "a\n", false},
+       }) {
+    for (const std::string& first : {line, std::string()}) {
+      const Loading loading = LoadFile(folder.Write("box", first + "Subject: x\n\n" + c.rest));
+      const bool is_told = c.is_told && !first.empty();
+      EXPECT_EQ(loading.faults.size(), is_told ? 1U : 0U) << c.name << first;
+      EXPECT_EQ(loading.code(), is_told ? LoadCode::kException : LoadCode::kLoaded) << c.name << first;
+    }
+  }
+}
+
 TEST(MailMessage, IsNothingWhereNothingCanBeRead) {
   const test::TemporaryFolder folder;
   for (const auto& file : {folder.Write("empty.eml", ""), folder / "absent.eml", folder.path()}) {
