@@ -67,6 +67,12 @@ int WithMessages(Context& context, const MessageFiles& files, const UseMessage& 
   return exit_code;
 }
 
+Result<void> CheckNamesAFile(const std::string& file) {
+  if (file != "-") return {};
+  return Error{Failure::kUsage, "Nothing of a message is written to standard output.",
+               "Name a file; one of that name is \"./-\"."};
+}
+
 nlohmann::ordered_json FaultsAsList(const mail_file::Loading& loading) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const auto& fault : loading.faults) {

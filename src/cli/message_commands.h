@@ -35,6 +35,9 @@ struct LoadedFile {
 using UseMessage = std::function<int(const LoadedFile& file)>;
 int WithMessages(Context& context, const MessageFiles& files, const UseMessage& use);
 
+// Refuses "-", which is no file of that name here, and no standard output.
+Result<void> CheckNamesAFile(const std::string& file);
+
 // What was found wrong with a message, for programs.
 nlohmann::ordered_json FaultsAsList(const mail_file::Loading& loading);
 

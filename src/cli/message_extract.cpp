@@ -25,10 +25,7 @@ Result<void> CheckFiles(Context& context, const ExtractOptions& options) {
   const ExtractionRequest& request = options.request;
   for (const std::string* file : {&request.body_file, &request.recipients_file, &request.stamps_file}) {
     if (file->empty()) continue;
-    if (*file == "-") {
-      return Error{Failure::kUsage, "Nothing of a message is written to standard output.",
-                   "Name a file; one of that name is \"./-\"."};
-    }
+    if (auto named = CheckNamesAFile(*file); !named) return named;
     if (options.files.names.size() > 1) {
       return Error{Failure::kUsage, Say("\"{}\" would be replaced by each of the messages.", *file),
                    "Take one message at a time, or folders alone."};

@@ -7,7 +7,7 @@
 #include "cli/message_commands.h"
 #include "cli/send_steps.h"
 #include "cli/start_desktop.h"
-#include "mail_file/body_folder.h"
+#include "mail_file/body_page.h"
 #include "mail_file/chosen_folder.h"
 #include "mail_file/load_settings.h"
 #include "mail_file/safe_part_name.h"
@@ -34,6 +34,7 @@ struct Place {
 };
 
 Result<Place> FindPlace(const Context& context, const PrintOptions& options) {
+  if (auto named = CheckNamesAFile(options.pdf); !named) return named.error();
   auto program = FindDesktop(context.executable);
   if (!program) {
     return Error{Failure::kUnavailable, "Pages are drawn by quillcast-desktop, which is not installed here.",

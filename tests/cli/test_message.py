@@ -347,6 +347,7 @@ class Message(Case):
                 (["--pdf", folder], 4096, 74, 204, "Error 204: Could not write to printer."),
                 (["--pdf", pdf, "--pages", "9"], None, 64, 203, "There is no such page: the message has 1."),
                 (["--pdf", pdf, "--pages", "x"], None, 64, 203, '"x" names no pages.'),
+                (["--pdf", "-"], None, 64, None, "Nothing of a message is written to standard output."),
                 (["--pdf", pdf, "--margins", "100"], None, 64, None, "Please enter a valid margin."),
                 (["--pdf", pdf, "--margins", "9,,9"], None, 64, None, "Please enter your margin."),
                 ([], None, 64, None, "--pdf FILE, or --printer NAME"),
