@@ -26,10 +26,10 @@ constexpr auto kAttributes = std::to_array<Known>({{"align", 0},
                                                    {"cellpadding", 100},
                                                    {"cellspacing", 100},
                                                    {"color", kPage},
-                                                   {"colspan", 12},
+                                                   {"colspan", 1000},
                                                    {"face", kPage},
                                                    {"height", kPage},
-                                                   {"rowspan", 4},
+                                                   {"rowspan", 1000},
                                                    {"size", 7},
                                                    {"start", kPage},
                                                    {"type", 0},
@@ -128,9 +128,16 @@ std::optional<std::string> SimpleAddress(const HtmlTokenizer& page, const HtmlTo
   return address;
 }
 
+constexpr auto kFewSpans = std::to_array<Known>({{"colspan", 12}, {"rowspan", 4}});
+
 }  // namespace
 
-std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written) {
+bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute) {
+  const Known* known = FindIn(kFewSpans, platform::AsciiLower(page.RawName(attribute)));
+  return known != nullptr && !IsWithin(page.RawValue(attribute), known->most);
+}
+
+std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written, Spans spans) {
   std::string kept;
   // The view paints the ground of a division by its style alone.
   const std::string ground = written == "div" ? page.Value(tag, "bgcolor") : std::string();
@@ -142,6 +149,7 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
     if (!style.empty()) Append(kept, "style", style);
   }
   for (const HtmlAttribute& attribute : tag.attributes) {
+    if (spans == Spans::kFew && IsLongSpan(page, attribute)) continue;
     const std::string_view whole = page.Source(tag);
     const std::string name =
         platform::AsciiLower(whole.substr(attribute.name_begin - tag.begin, attribute.name_end - attribute.name_begin));

@@ -9,6 +9,7 @@
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/simple_attributes.h"
+#include "html/table_shapes.h"
 
 namespace quillcast::html {
 namespace {
@@ -18,6 +19,8 @@ constexpr std::size_t kMostTables = 3;    // within each other
 constexpr std::size_t kMostItems = 1000;  // of a list; more are another list
 constexpr std::size_t kMostPictures = 500;
 constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 // What the view knows under the same name.
 constexpr auto kKept = std::to_array<std::string_view>(
@@ -30,35 +33,9 @@ bool IsAmong(std::string_view name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// For each table of a page, in the order of their start tags, whether any of its rows has two cells: others arrange the
-// page.
-std::vector<bool> FindGrids(std::string_view html) {
-  struct Open {
-    std::size_t table;
-    std::size_t cells = 0;  // of the row
-  };
-  std::vector<bool> is_grid;
-  std::vector<Open> open;
-  HtmlTokenizer page(html);
-  HtmlToken token;
-  while (page.Next(token)) {
-    if (token.kind == HtmlTokenKind::kEndTag && token.name == "table" && !open.empty()) open.pop_back();
-    if (token.kind != HtmlTokenKind::kStartTag) continue;
-    if (token.name == "table") {
-      open.push_back({is_grid.size()});
-      is_grid.push_back(false);
-    } else if (!open.empty() && token.name == "tr") {
-      open.back().cells = 0;
-    } else if (!open.empty() && (token.name == "td" || token.name == "th") && ++open.back().cells > 1) {
-      is_grid[open.back().table] = true;
-    }
-  }
-  return is_grid;
-}
-
 class SimpleWriter {
  public:
-  SimpleWriter(std::string_view html, std::size_t most) : page_(html), grids_(FindGrids(html)), most_(most) {}
+  SimpleWriter(std::string_view html, std::size_t most) : page_(html), shapes_(TableShapesOf(html)), most_(most) {}
 
   SimplePage Write();
 
@@ -67,7 +44,8 @@ class SimpleWriter {
   struct Open {
     std::string name;
     std::string_view written;
-    std::size_t items = 0;  // of a list
+    std::size_t items = 0;      // of a list
+    Spans spans = Spans::kFew;  // of a table
   };
 
   void Take(const HtmlToken& token);
@@ -87,7 +65,7 @@ class SimpleWriter {
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
 
   HtmlTokenizer page_;
-  std::vector<bool> grids_;
+  std::vector<TableShape> shapes_;
   std::size_t most_;            // bytes
   std::size_t tables_ = 0;      // that began
   std::size_t open_grids_ = 0;  // written as tables
@@ -99,8 +77,6 @@ class SimpleWriter {
   std::size_t word_ = 0;     // bytes since the last place to break
   std::string out_;
 };
-
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 // The place of the innermost that is open in this cell, and for what a table consists of in this table.
 std::size_t SimpleWriter::Last(std::string_view name) const {
@@ -126,7 +102,9 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   if (written.empty()) return;
   begins_pre_ = written == "pre";
   out_.append("<").append(written);
-  if (token != nullptr) out_ += SimpleAttributes(page_, *token, written);
+  const std::size_t table = name == "td" ? Last("table") : kNone;
+  const Spans spans = table == kNone ? Spans::kFew : open_[table].spans;
+  if (token != nullptr) out_ += SimpleAttributes(page_, *token, written, spans);
   out_ += '>';
 }
 
@@ -137,12 +115,13 @@ bool SimpleWriter::IsInGrid() const {
 }
 
 void SimpleWriter::StartTable(const HtmlToken& token) {
-  const bool is_grid = grids_[tables_++] && open_grids_ < kMostTables;
+  const bool is_grid = shapes_[tables_++].is_grid && open_grids_ < kMostTables;
   if (open_.size() >= kMostOpen) return;
   ComeIntoCell();
   CloseBefore("p");
   open_grids_ += is_grid ? 1 : 0;
   Push("table", is_grid ? "table" : "div", &token);
+  open_.back().spans = shapes_[tables_ - 1].spans;
 }
 
 void SimpleWriter::StartRow(const HtmlToken* token) {

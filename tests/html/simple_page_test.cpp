@@ -91,6 +91,10 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<td>a<tr>b", "ab"},
       {"<table><tr><td colspan=1000000>a<td rowspan=-1>b</table>",
        "<table><tr><td>a</td><td rowspan=\"-1\">b</td></tr></table>"},
+      {"<table><tr><td colspan=13>a<tr><td rowspan=5>b<td>c</table>",
+       "<table><tr><td colspan=\"13\">a</td></tr><tr><td rowspan=\"5\">b</td><td>c</td></tr></table>"},
+      {"<table><tr><td colspan=1000>a<td>b" + Times(30, "<tr><td>c") + "</table>",
+       "<table><tr><td>a</td><td>b</td></tr>" + Times(30, "<tr><td>c</td></tr>") + "</table>"},
       {std::string("a\0b", 3), "ab"},
   };
   for (const auto& [html, simple] : table) {
