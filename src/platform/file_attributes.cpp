@@ -101,9 +101,9 @@ Result<std::optional<Sentence>> DescribeTarget(const fs::path& file, const OwnFi
   if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
   if (IsLocked(file)) return Error{Failure::kNotPermitted, Say("{} is locked.", file.string()), kHowToUnlock};
   const std::string name = Printable(file.filename().string(), kLongestName);
-  if (!fs::is_symlink(file, failed)) return std::optional(Say("{} is there already; the export replaces it.", name));
+  if (!fs::is_symlink(file, failed)) return std::optional(Say("{} is there already; it will be replaced.", name));
   return std::optional(
-      Say("{} is a link to {}; the export replaces what is there.", name, fs::canonical(file, failed).string()));
+      Say("{} is a link to {}; what is there will be replaced.", name, fs::canonical(file, failed).string()));
 }
 
 Error TargetIsLocked(const fs::path& file) { return {Failure::kNotPermitted, LeftLocked(file), kHowToUnlock}; }

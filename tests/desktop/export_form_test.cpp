@@ -253,7 +253,7 @@ class ExportFormTest : public QObject {
     scene.Press("BrowseButton");
     QCOMPARE(scene.rig.Shown(), asked);
     QCOMPARE(box.text(), PathToQt(file));
-    QCOMPARE(scene.Status(), PathToQt(file.filename()) + " is there already; the export replaces it.");
+    QCOMPARE(scene.Status(), PathToQt(file.filename()) + " is there already; it will be replaced.");
     QCOMPARE(scene.Export(), "inform: 1 recipients exported successfully.");
     QCOMPARE(test::ReadAll(file), "a@x.org\r\n");
   }
@@ -269,13 +269,13 @@ class ExportFormTest : public QObject {
     std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
     const auto folder = PathToQt(scene.rig.folder.path()) + '/';
     for (const auto& [path, told] :
-         {std::pair(list, QString("list is there already; the export replaces it.")),
-          std::pair(list + ".txt", QString()), std::pair(folder, QString()),
+         {std::pair(list, QString("list is there already; it will be replaced.")), std::pair(list + ".txt", QString()),
+          std::pair(folder, QString()),
           std::pair(PathToQt(locked), PathToQt(locked) + " is locked. Browse for it to have it unlocked."),
           std::pair(folder + "open", "Cannot write " + folder +
                                          "open: it is a link to nothing, and nothing is there. Name another file, or "
                                          "put one where the link leads."),
-          std::pair(folder + "link", "link is a link to " + list + "; the export replaces what is there."),
+          std::pair(folder + "link", "link is a link to " + list + "; what is there will be replaced."),
           std::pair(PathToQt(scene.rig.folders.Database()),
                     "Cannot write " + PathToQt(scene.rig.folders.Database()) +
                         ": the program keeps its own files there. Name another file.")}) {

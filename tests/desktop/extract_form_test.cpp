@@ -178,7 +178,7 @@ class ExtractFormTest : public QObject {
     scene.Press("XMLRadioButton");
     QCOMPARE(scene.Status(), "");
     type("ExtractPath4", scene.rig.folder.Write("list", "kept"));
-    QCOMPARE(scene.Status(), "list is there already; the export replaces it.");
+    QCOMPARE(scene.Status(), "list is there already; it will be replaced.");
   }
 
   void tellsWhatWasWritten() {
