@@ -45,7 +45,7 @@ bool HasRoom(const UniqueFd& log, std::size_t line) {
 // Of several processes that find it full one moves it, the one that has its lock while it still bears the name; the
 // others would move the new one over it.
 void PutAway(const std::filesystem::path& folder, const UniqueFd& full) {
-  const auto log = folder / "Session.log";
+  const auto log = SessionLog::FileIn(folder);
   struct stat held {};
   struct stat named {};
   if (full && ::flock(full.get(), LOCK_EX | LOCK_NB) != 0) return;
@@ -79,10 +79,10 @@ void SessionLog::Write(std::string_view text) {
   if (shown == last_) return;
   last_ = shown;
   const std::string line = fmt::format("{:%Y-%m-%d %H:%M:%S} {}\n", clock_.Local(clock_.Now()), shown);
-  auto log = OpenLog(folder_ / "Session.log");
+  auto log = OpenLog(FileIn(folder_));
   if (!log || !HasRoom(log, line.size())) {
     PutAway(folder_, log);
-    log = OpenLog(folder_ / "Session.log");
+    log = OpenLog(FileIn(folder_));
   }
   if (!log) return;
   // Whether it went, not the Result: that would be told to this log.

@@ -29,6 +29,9 @@ class SessionLog {
   // it.
   void Write(std::string_view text);
 
+  // Where it is in its folder.
+  static std::filesystem::path FileIn(const std::filesystem::path& folder) { return folder / "Session.log"; }
+
   static constexpr std::uint64_t kLargest = 1024ULL * 1024;
 
  private:

@@ -154,6 +154,7 @@ std::vector<std::size_t> Arranged(const std::vector<HistoryRow>& rows, HistoryOr
   std::iota(places.begin(), places.end(), 0);
   if (order == HistoryOrder::kAsListed) return places;
   std::vector<std::string> keys;
+  keys.reserve(rows.size());
   for (const auto& row : rows) {
     keys.push_back(order == HistoryOrder::kBySubject ? SubjectOf(row.file) : MomentOf(row.file));
   }
@@ -163,6 +164,25 @@ std::vector<std::size_t> Arranged(const std::vector<HistoryRow>& rows, HistoryOr
   return places;
 }
 
+Result<std::optional<fs::path>> NewestReport(const fs::path& history) {
+  std::optional<fs::path> newest;
+  std::string newest_moment;
+  std::error_code failed;
+  for (auto entry = fs::directory_iterator(history, failed); !failed && entry != fs::directory_iterator();
+       entry.increment(failed)) {
+    std::string moment = MomentOf(entry->path().filename().string());
+    if (moment <= newest_moment || !IsEntry(*entry) || entry->is_symlink(IgnoreErrors())) continue;
+    newest = entry->path();
+    newest_moment = std::move(moment);
+  }
+  if (failed && failed != std::errc::no_such_file_or_directory) {
+    return platform::SystemError("read", history, failed.value());
+  }
+  return newest;
+}
+
+fs::path MessageOf(fs::path report) { return report.replace_extension(kMessageEnding); }
+
 Result<void> OpenLog(const fs::path& history, const HistoryRow& row, platform::Desktop& desktop,
                      platform::Prompts& prompts) {
   return OpenOrWarn(history / row.file, "Server Log is not available.", desktop, prompts);
@@ -170,8 +190,7 @@ Result<void> OpenLog(const fs::path& history, const HistoryRow& row, platform::D
 
 Result<void> OpenMessage(const fs::path& history, const HistoryRow& row, platform::Desktop& desktop,
                          platform::Prompts& prompts) {
-  const std::string file = std::string(WithoutEnding(row.file)) + std::string(kMessageEnding);
-  return OpenOrWarn(history / file, "Original Message is not available.", desktop, prompts);
+  return OpenOrWarn(MessageOf(history / row.file), "Original Message is not available.", desktop, prompts);
 }
 
 ClearedHistory ClearHistory(const fs::path& history, platform::Prompts& prompts) {

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,6 +54,12 @@ Result<std::vector<HistoryRow>> ListHistory(const std::filesystem::path& history
 // are their own subjects.
 enum class HistoryOrder { kAsListed, kNewestFirst, kOldestFirst, kBySubject };
 std::vector<std::size_t> Arranged(const std::vector<HistoryRow>& rows, HistoryOrder order);
+
+// The report of the run that began last, whatever its files' dates say; nothing where there was none. One name is held,
+// however many there are; no file is opened or unlocked, and links count for none.
+Result<std::optional<std::filesystem::path>> NewestReport(const std::filesystem::path& history);
+// The first message of the run with this report.
+std::filesystem::path MessageOf(std::filesystem::path report);
 
 // Opens a row's report or message with the desktop's program for it. Warns when it is not there.
 Result<void> OpenLog(const std::filesystem::path& history, const HistoryRow& row, platform::Desktop& desktop,

@@ -27,6 +27,10 @@ class RememberingDesktop final : public platform::Desktop {
     opened.push_back(file.filename().string());
     return {};
   }
+  Result<void> OpenPage(std::string_view address) override {
+    opened.emplace_back(address);
+    return {};
+  }
 };
 
 class RememberingPower final : public platform::Power {

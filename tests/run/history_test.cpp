@@ -21,6 +21,7 @@ class RecordingDesktop final : public platform::Desktop {
     opened.push_back(file);
     return {};
   }
+  Result<void> OpenPage(std::string_view) override { return {}; }
 };
 
 TEST(History, NamesARunByItsMomentAndItsSubject) {
@@ -175,6 +176,21 @@ TEST(History, ArrangesItsRowsByWhatTheirNamesSay) {
   const std::tm late = test::FakeClock().Local(std::chrono::system_clock::from_time_t(1798761539));
   const std::vector<HistoryRow> written = {{HistoryBaseName(late, "Z") + ".txt", ""}, rows[1]};
   EXPECT_EQ(Arranged(written, HistoryOrder::kOldestFirst), (Places{1, 0})) << "as they are written";
+}
+
+TEST(History, KnowsTheRunThatBeganLast) {
+  const test::TemporaryFolder folder;
+  EXPECT_EQ(*NewestReport(folder / "nowhere"), std::nullopt);
+  for (const char* name : {"notes.txt", "12-31-2027_10-00-00_Folder.txt/x", "12-31-2027_10-00-00_Other.eml"}) {
+    folder.Write(name, "x");
+  }
+  fs::create_symlink("/etc/passwd", folder / "12-31-2028_10-00-00_Link.txt");
+  EXPECT_EQ(*NewestReport(folder.path()), std::nullopt);
+  for (const char* name : {"07-03-2026_09-05-07_Ants.txt", "12-01-2025_10-00-00_Bees.txt"}) folder.Write(name, "x");
+  fs::permissions(folder / "07-03-2026_09-05-07_Ants.txt", fs::perms::owner_read);
+  EXPECT_EQ(*NewestReport(folder.path()), folder / "07-03-2026_09-05-07_Ants.txt");
+  EXPECT_TRUE(platform::IsLocked(folder / "07-03-2026_09-05-07_Ants.txt")) << "looking changes nothing";
+  EXPECT_EQ(MessageOf(folder / "a_b_c.txt"), folder / "a_b_c.eml");
 }
 
 TEST(History, KeepsTheFilesOfARunThatIsGoingOn) {
