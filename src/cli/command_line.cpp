@@ -81,7 +81,8 @@ Result<std::vector<std::string>> WithSplitValues(const CLI::App& app, std::vecto
 // Texts that may be empty. Every other option names something, and a script with an empty variable does not mean to
 // leave it out.
 constexpr std::array kMayBeEmpty = {
-    "--subject", "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"};
+    "--subject",    "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject",
+    "--description"};
 
 // Numbers of `compose` that the core refuses in the words of the windows, where they are empty too.
 constexpr std::array kRefusedLater = {"--rows",    "--columns", "--border", "--spacing",
@@ -122,6 +123,7 @@ void AddCommands(CLI::App& app, Context& context) {
   AddMessageCommand(app, context);
   AddServerCommand(app, context);
   AddDomainCommand(app, context);
+  AddSupportCommand(app, context);
   AddMailboxCommand(app, context);
 }
 

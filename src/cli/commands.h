@@ -22,6 +22,7 @@ void AddHistoryCommand(CLI::App& app, Context& context);
 void AddMessageCommand(CLI::App& app, Context& context);
 void AddServerCommand(CLI::App& app, Context& context);
 void AddDomainCommand(CLI::App& app, Context& context);
+void AddSupportCommand(CLI::App& app, Context& context);
 void AddMailboxCommand(CLI::App& app, Context& context);
 void AddDemoCommand(CLI::App& app, Context& context);
 

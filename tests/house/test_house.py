@@ -37,7 +37,7 @@ ORDER = {
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run": "account message document domain domain/sender mail_file profile recipients html smtp smtp/client",
-    "support": "run account message document profile smtp smtp/client",
+    "support": "run account message document mail_file profile net smtp",
     "update": "profile net",
     "cli": "*",
     "desktop/widgets": "",
@@ -47,7 +47,7 @@ ORDER = {
     "desktop/run": "desktop/widgets desktop/document run account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
     "desktop/domain": "desktop/widgets domain domain/sender net account profile smtp",
-    "desktop/support": "desktop/widgets support run account profile",
+    "desktop/support": "desktop/widgets support run profile smtp",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",
     "desktop": "profile desktop/widgets desktop/mail_file desktop/shell",

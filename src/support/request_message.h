@@ -1,0 +1,43 @@
+// A support request as a message: made, sent or written into a file.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+#include "platform/desktop.h"
+#include "platform/prompts.h"
+#include "platform/result.h"
+#include "run/run_place.h"
+#include "smtp/outcome.h"
+#include "support/request_contents.h"
+
+namespace quillcast::support {
+
+// Of all files together; more than that hardly a mailbox takes, and it would be read and encoded first.
+inline constexpr std::uint64_t kLargestRequest = std::uint64_t{25} * 1024 * 1024;
+
+// Sends it once, over the account as it is stored and as every other message goes, in "Windows-1252" or, where that
+// lacks a character, UTF-8. An attachment that cannot be taken is an outcome; an account that cannot be used, and a
+// disk that is full, are errors: nothing was sent then.
+Result<smtp::Outcome> SendRequest(const SupportRequest& request, const RequestContents& contents,
+                                  const run::RunPlace& place);
+
+// The whole message, as it would go. Gives its octets. After a failure what stood there before still does.
+Result<std::uint64_t> WriteRequest(const SupportRequest& request, const RequestContents& contents,
+                                   const std::filesystem::path& file, const run::RunPlace& place);
+
+// What a person is told in the end; after a failure the online page is offered, and opened where it is wanted.
+Result<void> TellEnd(const Result<smtp::Outcome>& end, platform::Prompts& prompts, platform::Desktop& desktop);
+
+// The same in a sentence, with the reason and the server's own words.
+Sentence WhatBecameOf(const Result<smtp::Outcome>& end);
+
+// The question behind a failure.
+inline constexpr const char* kOnlineQuestion =
+    "Sending your support request to Tarnwick failed.\r\nWould you like to visit the online support form instead?";
+// The first line of what is told after a success.
+inline constexpr const char* kSentSentence = "Your message has been successfully sent to Tarnwick.";
+// The code of the result table.
+smtp::ResultCode CodeOf(const Result<smtp::Outcome>& end);
+
+}  // namespace quillcast::support

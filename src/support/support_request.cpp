@@ -1,0 +1,67 @@
+#include "support/support_request.h"
+
+#include <fmt/format.h>
+
+#include "account/account_settings.h"
+#include "platform/session_log.h"
+#include "platform/text.h"
+#include "profile/startup.h"
+#include "profile/version.h"
+#include "run/history.h"
+#include "smtp/envelope_address.h"
+
+namespace quillcast::support {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A link leads to what nobody asked to be sent.
+std::optional<fs::path> IfThere(fs::path file) {
+  if (!fs::is_regular_file(fs::symlink_status(file, IgnoreErrors()))) return {};
+  return file;
+}
+
+}  // namespace
+
+std::string ProductName() {
+  return fmt::format("{} {}.{}", profile::kWindowTitle, profile::kVersionMajor, profile::kVersionMinor);
+}
+
+Result<SupportRequest> NewRequest(const profile::SettingsStore& settings) {
+  const auto stored = account::AccountSettings::Load(settings);
+  if (!stored) return stored.error();
+  SupportRequest request;
+  request.name = (*stored)[account::AccountKey::kName];
+  request.email = (*stored)[account::AccountKey::kEmail];
+  return request;
+}
+
+std::optional<Complaint<SupportControl>> CheckRequest(const SupportRequest& request) {
+  if (request.description.empty()) {
+    return Complaint<SupportControl>{"Please enter your description.", SupportControl::kDescription};
+  }
+  if (request.description.size() > kLongestDescription) {
+    return Complaint<SupportControl>{
+        "", SupportControl::kDescription,
+        Say("The description has {}; at most {} are sent. Attach the rest as a file.",
+            platform::HumanSize(request.description.size()), platform::HumanSize(kLongestDescription))};
+  }
+  if (!smtp::EnvelopeAddress(request.email)) {
+    return Complaint<SupportControl>{
+        "", SupportControl::kEmail,
+        Say("\"{}\" is no address that an answer could go to.", platform::Printable(request.email, 80))};
+  }
+  return {};
+}
+
+Result<FurtherFiles> FindFurtherFiles(const profile::Folders& folders) {
+  FurtherFiles files;
+  auto report = run::NewestReport(folders.History());
+  if (!report) return report.error();
+  if (*report) files[1] = IfThere(run::MessageOf(**report));
+  files[0] = std::move(*report);
+  files[2] = IfThere(platform::SessionLog::FileIn(folders.data));
+  return files;
+}
+
+}  // namespace quillcast::support

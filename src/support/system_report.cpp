@@ -1,0 +1,166 @@
+#include "support/system_report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "account/account_settings.h"
+#include "account/thread_modes.h"
+#include "platform/text.h"
+#include "profile/version.h"
+
+namespace quillcast::support {
+namespace {
+
+using enum SecretPlace;
+
+constexpr std::string_view kHidden = "***";
+
+struct SettingRow {
+  std::string_view section;
+  std::string_view key;
+  std::string_view fallback = {};  // of its readers; the account's own keys have theirs in its table
+  SecretPlace place = kInAddress;
+  std::string_view label = {};  // section and key where there is none
+};
+
+constexpr std::string_view kAccount = account::kAccountSection;
+constexpr auto kSettings = std::to_array<SettingRow>({
+    {kAccount, "Name"},
+    {kAccount, "Email"},
+    {kAccount, "Server", {}, kBeforeServer},
+    {kAccount, "Port"},
+    {kAccount, "Auth"},
+    {kAccount, "Username"},
+    {kAccount, "AuthMode"},
+    {kAccount, "Pipeline"},
+    {kAccount, "NoAuth"},
+    {kAccount, "Boundary"},
+    {kAccount, "Timeout"},
+    {kAccount, "Method"},
+    {kAccount, "ToField"},
+    {kAccount, "BCCField"},
+    {kAccount, "ThirdField"},
+    {kAccount, "ThirdPath"},
+    {kAccount, "HeaderEncoding"},
+    {kAccount, "Encoding"},
+    {kAccount, "AttachmentEncoding"},
+    {kAccount, "CharSet"},
+    {kAccount, "AutoWrap"},
+    {kAccount, "Wrap", {}, kInAddress, "Account-WrapNumber"},
+    {kAccount, "TextPart"},
+    {kAccount, "Extended"},
+    {kAccount, "DSNNotify"},
+    {kAccount, "DSNReturn"},
+    {"Advanced", "Reconnect"},
+    {"Advanced", "Messages"},
+    {"Advanced", "Pause"},
+    {"Advanced", "Time"},
+    {"Advanced", "CustomHeader"},
+    {"Advanced", "CustomValue"},
+    {"Advanced", "ReplyTo"},
+    {"Advanced", "ReturnReceiptTo"},
+    {"Advanced", "Domain", {}, kBeforeServer},
+    {"Advanced", "DomainName", {}, kBeforeServer},
+    {"Advanced", "Encoding", "MIME"},
+    {"Advanced", "Event"},
+    {"Advanced", "LocalIP"},
+    {"Options", "Address", {}, kBeforeServer},
+    {"Options", "Port"},
+    {"Options", "Proxy", "0", kBeforeServer},
+    {"Options", "Timeout", "1"},
+    {"Options", "Tips", "1"},
+});
+
+// What other programs of the maker keep in the same store.
+constexpr auto kMailSections = std::to_array<std::string_view>(
+    {"Mail-Bounce", "Mail-Forwarder", "Mail-Responder", "Mail-SPAM", "Mail-Subscribe", "Mail-Unsubscribe"});
+constexpr std::array<SettingRow, 4> RowsOfMail(std::string_view section) {
+  return {
+      {{section, "Authentication"}, {section, "Port"}, {section, "Server", {}, kBeforeServer}, {section, "Timeout"}}};
+}
+
+constexpr SettingRow RowOfThreads(std::string_view section) {
+  return {section, "Mode", account::Name(account::ThreadMode::kSecond), kInAddress, section};
+}
+
+void AppendLine(std::string& report, std::string_view label, std::string_view value) {
+  fmt::format_to(std::back_inserter(report), "{}{}\r\n", label, platform::Printable(value));
+}
+
+void AppendSystem(std::string& report, const SystemFacts& facts) {
+  AppendLine(report, "---System Information---", {});
+  AppendLine(report, "Operating System: ", facts.operating_system);
+  AppendLine(report, "Registered to: ", facts.owner + " - " + facts.host);
+  AppendLine(report, "Windows Directory: ", {});
+  const auto& screen = facts.screen;
+  AppendLine(report, "Screen Resolution: ", screen ? fmt::format("{}x{}", screen->width, screen->height) : "");
+  report += "Available Drives:";
+  for (const auto& drive : facts.drives) report += (&drive == &facts.drives.front() ? " " : ", ") + drive;
+  report += "\r\n";
+}
+
+std::string_view FallbackOf(const SettingRow& row) {
+  return row.section == kAccount ? account::FindAccountKey(row.key)->fallback : row.fallback;
+}
+
+// The value of a header that goes with every message may be what a service knows its customer by.
+bool IsSecretHeader(const std::string& name) {
+  constexpr auto kSpeaking = std::to_array<std::string_view>(
+      {"auth", "cookie", "credential", "key", "passw", "secret", "session", "signature", "token"});
+  const std::string lower = platform::AsciiLower(std::string_view(name));
+  return std::any_of(kSpeaking.begin(), kSpeaking.end(),
+                     [&lower](std::string_view word) { return lower.find(word) != std::string::npos; });
+}
+
+Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings) {
+  const auto value = settings.Read(row.section, row.key, FallbackOf(row));
+  if (!value || row.key != "CustomValue") return value ? WithoutSecret(*value, row.place) : value;
+  const auto header = settings.Read(row.section, "CustomHeader", "");
+  if (!header) return header;
+  return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : WithoutSecret(*value, row.place);
+}
+
+template <typename Rows>
+Result<void> AppendSettings(std::string& report, const Rows& rows, const profile::SettingsStore& settings) {
+  for (const SettingRow& row : rows) {
+    const auto value = ValueOf(row, settings);
+    if (!value) return value.error();
+    const std::string label = row.label.empty() ? fmt::format("{}-{}", row.section, row.key) : std::string(row.label);
+    AppendLine(report, label + ": ", *value);
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string WithoutSecret(std::string_view value, SecretPlace place) {
+  constexpr std::string_view kScheme = "://";
+  const auto at = value.rfind('@');
+  const auto scheme = value.find(kScheme);
+  const auto begin = scheme == std::string_view::npos ? 0 : scheme + kScheme.size();
+  const bool holds_none = at == std::string_view::npos || at < begin || (begin == 0 && place == kInAddress);
+  if (holds_none) return std::string(value);
+  return fmt::format("{}{}{}", value.substr(0, begin), kHidden, value.substr(at));
+}
+
+Result<std::string> SystemReport(const SystemFacts& facts, const std::filesystem::path& install_path,
+                                 const profile::SettingsStore& settings) {
+  std::string report;
+  AppendSystem(report, facts);
+  AppendLine(report, "---Quillcast Settings---", {});
+  AppendLine(report, "Install Path: ", install_path.string());
+  AppendLine(report, "Version: ", fmt::format("{}.{}", profile::kVersionMajor, profile::kVersionMinor));
+  auto written = AppendSettings(report, kSettings, settings);
+  for (const auto section : kMailSections) {
+    if (written) written = AppendSettings(report, RowsOfMail(section), settings);
+  }
+  for (const auto section : account::kThreadSections) {
+    if (written) written = AppendSettings(report, std::array{RowOfThreads(section)}, settings);
+  }
+  return written ? Result<std::string>(std::move(report)) : written.error();
+}
+
+}  // namespace quillcast::support
