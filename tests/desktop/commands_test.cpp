@@ -145,7 +145,7 @@ constexpr auto kRows = std::to_array<Row>({
     {kHelpTopics, {59}, "opens: HelpForm"},
     {kTutorial, {60}, kNotBuilt},
     {kTips, {61}, "TipsForm"},
-    {kSupport, {63}, kNotBuilt},
+    {kSupport, {63}, "SupportForm"},
     {kUpdate, {64}, kNotBuilt},
     {kHomePage, {65}, kNotBuilt},
     {kAbout, {66}, "AboutForm"},

@@ -12,6 +12,7 @@
 #include <QListWidget>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
@@ -83,6 +84,7 @@
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/support/support_form.h"
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
@@ -351,6 +353,25 @@ class ScreensTest : public QObject {
     check.findChild<QPushButton*>("CheckButton")->click();
     QTRY_VERIFY(check.findChild<QAbstractItemView*>("FindingsList")->model()->rowCount() > 0);
     Take(check, "domain-check");
+  }
+
+  // A request with nothing written yet; one that no server takes, and what would go along with it.
+  void TakeSupport(test::FormRig& rig) {
+    class NoVariables final : public platform::Environment {
+      std::optional<std::string> Get(const char*) const override { return {}; }
+    } environment;
+    SupportForm nothing_yet(rig.program, environment, "Normal", SupportForm::Server::kPractice, nullptr);
+    Take(nothing_yet, "support-empty");
+    SupportForm support(rig.program, environment, "Normal", SupportForm::Server::kReal, nullptr);
+    support.findChild<QPlainTextEdit*>("DescriptionTextBox")->setPlainText("The preview stays empty.");
+    QTRY_VERIFY(support.findChild<QCheckBox*>("CheckBox1")->isEnabled());
+    support.findChild<QCheckBox*>("CheckBox1")->click();
+    support.findChild<QPushButton*>("OKButton")->click();
+    QTRY_VERIFY(support.findChild<QPushButton*>("OKButton")->isEnabled());
+    Take(support, "support-failed");
+    support.findChild<QTabWidget*>()->setCurrentIndex(1);
+    QTRY_VERIFY(support.findChild<QPlainTextEdit*>("ContentsTextBox")->toPlainText().contains("Account-Name: Ada"));
+    Take(support, "support-contents");
   }
 
   // The connection test with nothing yet, and with a server that nothing listens at.
@@ -659,6 +680,7 @@ class ScreensTest : public QObject {
     ExtraForm4 extract(rig.program, nullptr);
     Take(extract, "extract");
     TakeServerTest(rig);
+    TakeSupport(rig);
     TakeDomainTools(rig);
     RecipientImportForm nothing_yet(rig.program, "Customers", nullptr);
     Take(nothing_yet, "import-empty");

@@ -179,7 +179,7 @@ class Table {
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
       NotBuilt({kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial")}),
       {kTips, {61}, "", kHelp, QT_TR_NOOP("&Tip of the Day"), "", "", ShowTips},
-      NotBuilt({kSupport, {63}, "", kHelp, QT_TR_NOOP("&Support…"), "", "", AskForSupport}),
+      {kSupport, {63}, "", kHelp, QT_TR_NOOP("&Support…"), "", "", AskForSupport},
       NotBuilt({kUpdate, {64}, "", kHelp, QT_TR_NOOP("Check for &Updates…")}),
       NotBuilt({kHomePage, {65}, "", kHelp, QT_TR_NOOP("Home &Page")}),
       {kAbout, {66}, "", kHelp, QT_TR_NOOP("&About"), "", "", ShowAbout},

@@ -3,8 +3,13 @@
 #include "desktop/shell/about_form.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/help_form.h"
+#include "desktop/shell/message_header.h"
+#include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/support/support_form.h"
+#include "platform/environment.h"
+#include "support/support_request.h"
 
 namespace quillcast::desktop {
 
@@ -14,12 +19,15 @@ void ShowTips(Shell& shell) { TipsForm(shell.program.settings, &shell.window).ex
 
 void AskForSupport(Shell& shell) {
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
-  if (filled_in && *filled_in) {
-    SayNotBuilt(shell, CommandId::kSupport);
-    return;
+  if (!filled_in || !*filled_in) {
+    if (!filled_in) shell.Tell(filled_in.error());
+    shell.program.prompts.Warn(support::kNoAccount);
+    return EditAccount(shell);
   }
-  shell.program.prompts.Warn("Please fill out the Mail Account section in Email Manager.");
-  EditAccount(shell);
+  const platform::ProcessEnvironment environment;
+  const bool practises = shell.practice.practice().Serves();
+  const auto server = practises ? SupportForm::Server::kPractice : SupportForm::Server::kReal;
+  SupportForm(shell.program, environment, shell.header.Priority(), server, &shell.window).exec();
 }
 
 void ShowAbout(Shell& shell) { AboutForm(&shell.window).exec(); }

@@ -39,6 +39,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"PreviewForm", kWelcomeTopic},
       {"PracticeForm", "Message Files.htm"},
       {"MessageForm", "Message Files.htm"},
+      {"SupportForm", "Contact Information.htm"},
       {"AboutForm", kWelcomeTopic},
       {"TipsForm", kWelcomeTopic},
       {"HelpForm", kWelcomeTopic},

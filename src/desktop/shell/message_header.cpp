@@ -162,6 +162,8 @@ QString MessageHeader::Group() const { return group_->Group(); }
 
 bool MessageHeader::HasGroups() const { return group_->HasGroups(); }
 
+QString MessageHeader::Priority() const { return priority_->currentText(); }
+
 void MessageHeader::ShowSender(const QString& from, const QString& method) {
   from_->clear();
   if (!from.isEmpty()) from_->addItem(from);

@@ -31,6 +31,7 @@ class MessageHeader final : public QWidget {
   void ShowSender(const QString& from, const QString& method);
   QString Group() const;
   bool HasGroups() const;
+  QString Priority() const;  // "Normal"
   void SetSubject(const QString& subject);
   // Without a question, as a draft that is taken up does.
   void SetFormat(document::Format format);
