@@ -1,4 +1,4 @@
-// quillcast account set|show|test|threads|reset
+// quillcast account set|show|test|import|threads|reset
 #include <fmt/format.h>
 
 #include "account/account_checks.h"
@@ -6,6 +6,7 @@
 #include "account/account_form.h"
 #include "account/account_steps.h"
 #include "account/component_values.h"
+#include "cli/account_commands.h"
 #include "cli/account_values.h"
 #include "cli/commands.h"
 #include "platform/text.h"
@@ -202,6 +203,7 @@ void AddAccountCommand(CLI::App& app, Context& context) {
   test->footer("Example:\n  quillcast account test\n  quillcast account test Port=587 Security=STARTTLS");
   OnRun(*test, context, [test_options](Context& c) { return RunTest(c, *test_options); });
 
+  AddAccountImport(*account, context);
   AddThreads(*account, context);
 
   auto* reset = account->add_subcommand("reset", "Set every setting of the account back to its default");

@@ -4,6 +4,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include "account/import/account_import.h"
 #include "platform/text.h"
 #include "recipients/import/kept_mappings.h"
 #include "recipients/store_rows.h"
@@ -22,6 +23,8 @@ Error AtTerminal(Error error) {
     error.remedy = "Take one of those that are kept: `quillcast import --list-mappings` names them.";
   if (error.remedy == Sentence(recipients::kDamagedMappingsRemedy))
     error.remedy = "`quillcast import --forget-mappings` forgets all of them; keep them anew then.";
+  if (error.remedy == Sentence(account::kNoSuchFoundAccountRemedy))
+    error.remedy = "`quillcast account import` lists those that were found; give the number of one.";
   return error;
 }
 

@@ -4,6 +4,7 @@ import os
 import socket
 import threading
 import unittest
+import unittest.mock
 
 from quillcast import Case, in_background
 
@@ -80,6 +81,51 @@ class Account(Case):
         self.assertEqual(self.run_program("account", "reset")[0], 77)
         told = json.loads(self.ok("--json", "--yes", "account", "reset"))
         self.assertEqual((told["from"], told["method"]), ("", "Personal"))
+
+    def test_accounts_of_other_programs(self):
+        home = self.folder / "home"
+        (home / ".claws-mail").mkdir(parents=True)
+        (home / ".thunderbird").mkdir()
+        os.mkfifo(home / ".thunderbird" / "profiles.ini")
+        twin = ("account_name=Twin\nname=Ada\naddress={0}@example.org\nsmtp_server={0}.example\nset_smtpport=1\nsmtp_port=587\n"
+                "ssl_smtp=2\nuse_smtp_auth=1\nsmtp_user_id={0}\nsmtp_password=geheim-7\npassword=geheim-7\n")
+        (home / ".claws-mail" / "accountrc").write_text(
+            "[Account: 1]\n" + twin.format("one") + "[Account: 2]\n" + twin.format("two") +
+            "[Account: 3]\naccount_name=Bare\nname=Eve\naddress=eve@example.org\nsmtp_server=bare.example\n[Account: 4]\n"
+            "name=x\n")
+        with unittest.mock.patch.dict(os.environ, HOME=str(home)):
+            code, out, err = self.run_program("account", "import")
+            self.assertEqual((code, out.splitlines()[1]), (
+                0, "2\tTwin\tAda <two@example.org>\ttwo.example, port 587, security STARTTLS, user two\tClaws Mail"))
+            self.assertIn("profiles.ini", err)
+            self.assertIn("1 account was left out", err)
+            rows = [json.loads(line) for line in self.ok("--json", "account", "import").splitlines()]
+            self.assertEqual(rows[2], {
+                "number": 3, "account": "Bare", "name": "Eve", "email": "eve@example.org", "server": "bare.example", "port": "",
+                "security": "", "user_name": "", "program": "Claws Mail", "file": str(home / ".claws-mail" / "accountrc")})
+            self.account(2525, "Security=TLS")
+            for wrong in ("Twin", "4", "0", "Work"):
+                self.assertEqual(self.run_program("account", "import", wrong)[0], 64, wrong)
+            self.assertIn("Port=2525\n", self.ok("account", "show"))
+            told = json.loads(self.ok("--json", "account", "import", "2"))
+            self.assertEqual(told, {"imported": True, "from": "Ada <two@example.org>", "written": {
+                "Name": "Ada", "Email": "two@example.org", "Server": "two.example", "Port": "25"}})
+            self.assertIn("Security=TLS\n", self.ok("account", "show"))
+            code, out, err = self.run_program("account", "import", "1", "--port", "--security", "--user-name")
+            self.assertEqual((code, out), (0, "The account of one@example.org is taken over, port 587.\n"))
+            self.assertIn("--password-file", err)
+            shown = json.loads(self.ok("--json", "account", "show"))
+            self.assertEqual([shown[key] for key in ("Port", "Security", "Auth", "Username", "Password")],
+                             ["587", "STARTTLS", "1", "one", ""])
+            err = self.run_program("account", "import", "Bare", "--port", "--security", "--user-name")[2]
+            for missing in ("no port; 25 was set", "no security", "no user name"):
+                self.assertIn(missing, err)
+        with unittest.mock.patch.dict(os.environ, HOME=str(self.folder / "nobody")):
+            self.assertIn("No account", self.run_program("account", "import")[2])
+            self.assertEqual(len(self.ok("account", "import", "--home", home).splitlines()), 3)
+        for file in [*self.profile.rglob("*")]:
+            if file.is_file():
+                self.assertNotIn(b"geheim-7", file.read_bytes(), file)
 
     def test_threads(self):
         note = "The modes are kept, and have no effect yet: messages are made and sent on one thread."

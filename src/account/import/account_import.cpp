@@ -1,0 +1,77 @@
+#include "account/import/account_import.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace quillcast::account {
+namespace {
+
+using enum AccountKey;
+
+struct NewValue {
+  AccountKey key;
+  std::string value;
+};
+
+// Deliberate: the port is that of the key's fallback, not the source's.
+std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& beside, const std::string& user_before) {
+  const bool takes_port = beside.port && !account.port.empty();
+  std::vector<NewValue> values = {{kName, account.name},
+                                  {kEmail, account.email},
+                                  {kServer, account.server},
+                                  {kPort, takes_port ? account.port : std::string(RowOf(kPort).fallback)}};
+  if (beside.security && !account.security.empty()) values.push_back({kSecurity, account.security});
+  if (beside.user_name && !account.user_name.empty()) {
+    values.push_back({kAuth, "1"});
+    values.push_back({kUsername, account.user_name});
+    if (account.user_name != user_before) values.push_back({kPassword, ""});
+  }
+  return values;
+}
+
+}  // namespace
+
+Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
+                                              const TakenBeside& beside) {
+  const auto user_before = store.Read(kAccountSection, RowOf(kUsername).name, "");
+  if (!user_before) return user_before.error();
+  std::vector<profile::SettingValue> written;
+  std::vector<AccountKey> keys;
+  const auto values = ValuesOf(account, beside, *user_before);
+  for (const NewValue& value : values) {
+    written.push_back({RowOf(value.key).name, value.value});
+    keys.push_back(value.key);
+  }
+  const auto saved = store.WriteAll(kAccountSection, written);
+  if (!saved) return saved.error();
+  return keys;
+}
+
+Result<FoundAccount> ChooseAccount(std::span<const FoundAccount> accounts, std::string_view number_or_name) {
+  const auto count = static_cast<std::int64_t>(accounts.size());
+  if (const auto number = platform::WholeNumberBetween(number_or_name, 1, count))
+    return accounts[static_cast<std::size_t>(*number - 1)];
+  const auto has_name = [&](const FoundAccount& account) { return account.account_name == number_or_name; };
+  const auto with_name = std::count_if(accounts.begin(), accounts.end(), has_name);
+  if (with_name == 1) return *std::find_if(accounts.begin(), accounts.end(), has_name);
+  const std::string shown = platform::Printable(number_or_name, 80);
+  if (with_name > 1) {
+    return Error{Failure::kUsage, Say("{} accounts are called \"{}\".", NumberValue(with_name), shown),
+                 kNoSuchFoundAccountRemedy};
+  }
+  return Error{Failure::kUsage, Say("No account found has the number or the name \"{}\".", shown),
+               kNoSuchFoundAccountRemedy};
+}
+
+std::string SenderOf(const FoundAccount& account) { return account.name + " <" + account.email + ">"; }
+
+Sentence ServerOf(const FoundAccount& account) {
+  Sentence text = account.server;
+  if (!account.port.empty()) text = Say("{}, port {}", text, account.port);
+  if (!account.security.empty()) text = Say("{}, security {}", text, account.security);
+  if (!account.user_name.empty()) text = Say("{}, user {}", text, account.user_name);
+  return text;
+}
+
+}  // namespace quillcast::account

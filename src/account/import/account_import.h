@@ -1,0 +1,40 @@
+// Takes an account that another program keeps over into our own settings.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "account/account_settings.h"
+#include "account/import/found_account.h"
+#include "platform/result.h"
+#include "profile/settings_store.h"
+
+namespace quillcast::account {
+
+// What a person may want beside name, address and server. Of what the source does not have, none is taken.
+struct TakenBeside {
+  bool port = false;
+  bool security = false;
+  bool user_name = false;
+};
+
+// The keys that were written, all or none: Name, Email, Server and Port, which is "25" whatever the source has unless
+// it was asked for; Security; Auth and Username together, and Password, empty, where another user was named before,
+// whose it was. A password is never read anywhere.
+Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
+                                              const TakenBeside& beside);
+
+inline constexpr const char* kNoSuchFoundAccountRemedy = "Choose one of those that are listed, by its number.";
+
+// The account of this number, counted from 1, or else of this name. kUsage, with what there is, where there is none, or
+// where several have the name.
+Result<FoundAccount> ChooseAccount(std::span<const FoundAccount> accounts, std::string_view number_or_name);
+
+// One line for a person: "Ada <ada@example.org>".
+std::string SenderOf(const FoundAccount& account);
+// "mail.example.org, port 587, STARTTLS, user ada"; without what is not known.
+Sentence ServerOf(const FoundAccount& account);
+
+}  // namespace quillcast::account
