@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "desktop/account/email_manager_form.h"
+#include "desktop/account/outlook_express_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/form_rig.h"
 #include "desktop/run/history_manager_form.h"
@@ -138,6 +139,84 @@ class AccountFormsTest : public QObject {
     QCOMPARE((*account)[account::AccountKey::kAuth].c_str(), "1");
     QCOMPARE(told.from.c_str(), "Ada <ada@example.org>");
     QCOMPARE(told.method.c_str(), "Personal Sending");
+  }
+
+  // Two accounts of one name in a home of their own; beside them a file that is a pipe.
+  static std::vector<account::AccountRoot> AHome(const test::FormRig& rig) {
+    const std::string twin =
+        "account_name=Twin\nname=Ada\nset_smtpport=1\nsmtp_port=587\nssl_smtp=2\nuse_smtp_auth=1\n";
+    rig.folder.Write("home/.claws-mail/accountrc",
+                     "[Account: 1]\n" + twin + "address=one@example.org\nsmtp_server=one.example\nsmtp_user_id=one\n" +
+                         "[Account: 2]\n" + twin +
+                         "address=two@example.org\nsmtp_server=two.example\nsmtp_user_id=two\n" +
+                         "[Account: 3]\nname=Eve\naddress=eve@example.org\nsmtp_server=three.example\n");
+    rig.folder.Write("home/.thunderbird/profiles.ini/a-folder", "");
+    return account::AccountRoots(rig.folder / "home");
+  }
+
+  void anAccountOfAnotherProgramIsTakenOver() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    form.account_places = [&] { return AHome(rig); };
+    form.show();
+    std::string sender;
+    form.imported = [&](const std::string& from) { sender = from; };
+    Type(form, "PortTextBox", "2525");
+    Type(form, "TimeoutTextBox", "7");
+    const auto take_over = [&](const std::function<void(QDialog&)>& act) {
+      test::WhileOpen("OutlookExpressForm", act,
+                      [](const QDialog& dialog) { return dialog.findChild<RowList*>("AccountListBox")->size() == 3; });
+      Press(form, "ImportButton");
+    };
+    take_over([&](QDialog& dialog) {
+      QVERIFY(Text(dialog, "PassedOverLabel").contains("profiles.ini"));
+      QCOMPARE(Text(dialog, "StatusLine"), QString("3 accounts were found."));
+      Press(dialog, "OKButton");
+      QCOMPARE(rig.Shown(), QString("warn: Please select an account."));
+      QVERIFY(dialog.isVisible());
+      auto* list = dialog.findChild<RowList*>("AccountListBox");
+      list->Choose(2);
+      QVERIFY(!dialog.findChild<QCheckBox*>("PortCheckBox")->isEnabled());
+      list->Choose(1);
+      QCOMPARE(list->model()->index(1, 2).data().toString(),
+               QString("two.example, port 587, security STARTTLS, user two"));
+      Press(dialog, "CancelButton");
+    });
+    QCOMPARE(rig.settings.Read("Account", "Name", "never")->c_str(), "never");
+    take_over([&](QDialog& dialog) {
+      dialog.findChild<RowList*>("AccountListBox")->Choose(1);
+      Press(dialog, "OKButton");
+    });
+    QCOMPARE(sender.c_str(), "Ada <two@example.org>");
+    for (const auto& [control, text] :
+         std::vector<std::pair<const char*, const char*>>{{"FullNameTextBox", "Ada"},
+                                                          {"EmailTextBox", "two@example.org"},
+                                                          {"ServerTextBox", "two.example"},
+                                                          {"PortTextBox", "25"},
+                                                          {"TimeoutTextBox", "7"},
+                                                          {"SecurityComboBox", "Automatic"},
+                                                          {"UsernameTextBox", ""}}) {
+      QCOMPARE(Text(form, control), QString(text));
+    }
+    take_over([&](QDialog& dialog) {
+      dialog.findChild<RowList*>("AccountListBox")->Choose(0);
+      for (const char* box : {"PortCheckBox", "SecurityCheckBox", "UserNameCheckBox"})
+        dialog.findChild<QCheckBox*>(box)->setChecked(true);
+      Press(dialog, "OKButton");
+    }  // namespace quillcast::desktop
+    );
+    for (const auto& [control, text] :
+         std::vector<std::pair<const char*, const char*>>{{"ServerTextBox", "one.example"},
+                                                          {"PortTextBox", "587"},
+                                                          {"SecurityComboBox", "STARTTLS"},
+                                                          {"AuthCheckBox", "1"},
+                                                          {"UsernameTextBox", "one"},
+                                                          {"TimeoutTextBox", "7"}}) {
+      QCOMPARE(Text(form, control), QString(text));
+    }
+    QCOMPARE(rig.settings.Read("Account", "Timeout", "never")->c_str(), "never");  // OK was not pressed
+    form.reject();
+    QCOMPARE(rig.settings.Read("Account", "Server", "")->c_str(), "one.example");
   }
 
   void rulesFollowTheControls() {

@@ -28,6 +28,7 @@
 #include <memory>
 
 #include "desktop/account/email_manager_form.h"
+#include "desktop/account/outlook_express_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/document/attachments_form.h"
 #include "desktop/document/body_form.h"
@@ -90,6 +91,7 @@
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/look.h"
 #include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
 #include "net/dns/dns_client.h"
 #include "platform/file.h"
@@ -629,6 +631,19 @@ class ScreensTest : public QObject {
       account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
       Take(account, QString("account-%1").arg(page + 1));
     }
+    OutlookExpressForm no_accounts(rig.program, {}, nullptr);
+    QTRY_VERIFY(no_accounts.findChild<QLabel*>("StatusLine")->text().isEmpty());
+    Take(no_accounts, "account-import-empty");
+    rig.folder.Write(
+        "home/.claws-mail/accountrc",
+        "[Account: 1]\naccount_name=Paper room\nname=Ada Lovelace\naddress=ada@paper-room.example\nsmtp_server="
+        "mail.paper-room.example\nset_smtpport=1\nsmtp_port=587\nssl_smtp=2\nuse_smtp_auth=1\nuser_id=ada\n"
+        "[Account: 2]\nname=News\n[Account: 3]\naccount_name=Home\nname=Ada\naddress=ada@home.example\n"
+        "smtp_server=smtp.home.example\n");
+    OutlookExpressForm accounts(rig.program, account::AccountRoots(rig.folder / "home"), nullptr);
+    QTRY_COMPARE(accounts.findChild<RowList*>("AccountListBox")->size(), std::size_t{2});
+    accounts.findChild<RowList*>("AccountListBox")->Choose(0);
+    Take(accounts, "account-import");
     HistoryManagerForm no_history(rig.program, nullptr);
     no_history.findChild<QLineEdit*>("FilterTextBox")->setText("no such run");
     Take(no_history, "history-empty");

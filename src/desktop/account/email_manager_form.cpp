@@ -15,6 +15,7 @@
 #include "account/account_form.h"
 #include "account/provider_presets.h"
 #include "desktop/account/account_control_names.h"
+#include "desktop/account/outlook_express_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/widgets/digits_filter.h"
 #include "desktop/widgets/form_column.h"
@@ -227,6 +228,8 @@ void EmailManagerForm::AddButtons(QDialogButtonBox* box) {
   };
   test_button_ = add(tr("Test"), QDialogButtonBox::ResetRole, "TestButton");
   connect(test_button_, &QPushButton::clicked, this, &EmailManagerForm::TestOrCancel);
+  connect(add(tr("Import…"), QDialogButtonBox::ResetRole, "ImportButton"), &QPushButton::clicked, this,
+          &EmailManagerForm::Import);
   connect(add(tr("Reset…"), QDialogButtonBox::ResetRole, "ResetButton"), &QPushButton::clicked, this,
           &EmailManagerForm::Reset);
   connect(add(tr("Advanced…"), QDialogButtonBox::ResetRole, "AdvancedButton"), &QPushButton::clicked, this,
@@ -350,6 +353,22 @@ void EmailManagerForm::Reset() {
   if (!*reset) return;
   if (changed) changed(**reset);
   QDialog::accept();
+}
+
+// What the import wrote comes into the controls; what was typed into the others stays.
+void EmailManagerForm::Import() {
+  OutlookExpressForm form(program_, account_places ? account_places() : std::vector<account::AccountRoot>(), this);
+  if (form.exec() != Accepted) return;
+  const auto stored = account::AccountSettings::Load(program_.settings);
+  if (!stored) {
+    status_->Fail(stored.error());
+    return;
+  }
+  account::AccountSettings shown = Shown();
+  for (const account::AccountKey key : form.written()) shown.Set(key, (*stored)[key]);
+  Show(shown);
+  if (imported) imported(account::TextsOf(*stored).from);
+  status_->Say(tr("The account is taken over and saved."));
 }
 
 void EmailManagerForm::PickFolder() {

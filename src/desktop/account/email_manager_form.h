@@ -7,6 +7,7 @@
 
 #include "account/account_settings.h"
 #include "account/account_steps.h"
+#include "account/import/find_accounts.h"
 #include "desktop/widgets/background_task.h"
 #include "profile/program.h"
 
@@ -30,6 +31,10 @@ class EmailManagerForm final : public QDialog {
 
   // Called with what the main window then shows, after OK and after a reset.
   std::function<void(const account::SenderTexts&)> changed;
+  // Where other mail programs of this person keep their accounts; asked at an import. None at first.
+  std::function<std::vector<account::AccountRoot>()> account_places;
+  // Called with the sender's text once an account was imported, whatever becomes of this dialog.
+  std::function<void(const std::string& from)> imported;
 
  public slots:
   void accept() override;
@@ -55,6 +60,7 @@ class EmailManagerForm final : public QDialog {
   void FillInPreset();
   bool Check(const account::AccountSettings& shown);
   void Reset();
+  void Import();
   void PickFolder();
   void TestOrCancel();
   void TestFinished(const account::AccountTest& test);

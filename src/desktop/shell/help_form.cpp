@@ -44,6 +44,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"TipsForm", kWelcomeTopic},
       {"HelpForm", kWelcomeTopic},
       {"EmailManagerForm", "Email Manager 1.htm"},
+      {"OutlookExpressForm", "Email Manager 4.htm"},
       {"ThreadForm", "Thread Options.htm"},
       {"TableForm", "Message Options.htm"},
       {"LinkForm", "Message Options.htm"},

@@ -164,10 +164,14 @@ bool MessageHeader::HasGroups() const { return group_->HasGroups(); }
 
 QString MessageHeader::Priority() const { return priority_->currentText(); }
 
-void MessageHeader::ShowSender(const QString& from, const QString& method) {
+void MessageHeader::ShowSender(const QString& from) {
   from_->clear();
   if (!from.isEmpty()) from_->addItem(from);
   from_->setCurrentIndex(from.isEmpty() ? -1 : 0);
+}
+
+void MessageHeader::ShowSender(const QString& from, const QString& method) {
+  ShowSender(from);
   ShowText(method_, method);
 }
 

@@ -28,6 +28,7 @@ class MessageHeader final : public QWidget {
   void ChooseNoGroup();
   // The same beside the window, where the store holds other groups, or others in them, than are shown.
   void Refresh();
+  void ShowSender(const QString& from);
   void ShowSender(const QString& from, const QString& method);
   QString Group() const;
   bool HasGroups() const;

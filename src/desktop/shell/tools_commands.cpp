@@ -1,5 +1,6 @@
 // The commands of the Tools menu.
 #include "account/account_settings.h"
+#include "account/import/find_accounts.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/document/body_view.h"
@@ -18,6 +19,7 @@
 #include "desktop/shell/shell.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/widgets/qt_text.h"
+#include "platform/environment.h"
 
 namespace quillcast::desktop {
 
@@ -26,6 +28,8 @@ void EditAccount(Shell& shell) {
   form.changed = [&shell](const account::SenderTexts& texts) {
     shell.header.ShowSender(ToQt(texts.from), ToQt(texts.method));
   };
+  form.account_places = [] { return account::AccountRoots(platform::ProcessEnvironment()); };
+  form.imported = [&shell](const std::string& from) { shell.header.ShowSender(ToQt(from)); };
   form.exec();
   const auto account = account::AccountSettings::Load(shell.program.settings);
   if (account && shell.practice.practice().EndsWith(*account))
