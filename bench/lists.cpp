@@ -96,7 +96,7 @@ int Measure(const profile::Folders& folders, int argc, char** argv) {
   profile::SettingsStore settings(folders.settings);
   Agreeing person(argc > 4 ? argv[4] : "");
   platform::XdgDesktop desktop(false);
-  platform::SystemPower power;
+  platform::clsExitWindows power(platform::PowerPlacesOf(platform::ProcessEnvironment()));
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const profile::Program program{folders, settings, person, desktop, power, clock, entropy};

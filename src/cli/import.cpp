@@ -242,12 +242,15 @@ void AddMappingOptions(CLI::App& import, ImportOptions& options) {
 }
 
 // What sees to the mappings that are kept imports nobody: it stands alone.
-void ExcludeTheRest(CLI::App& import) {
+Result<void> CheckAlone(const CLI::App& import) {
   for (const char* name : {"--list-mappings", "--delete-mapping", "--forget-mappings"}) {
-    CLI::Option* alone = import.get_option(name);
-    for (CLI::Option* other : import.get_options())
-      if (other != alone && other != import.get_help_ptr()) alone->excludes(other);
+    if (import.count(name) == 0) continue;
+    for (const CLI::Option* other : import.get_options()) {
+      if (other->count() == 0 || other->check_name(name)) continue;
+      return Error{Failure::kUsage, Say("{} excludes {}.", name, other->get_name()), "Leave one of them out."};
+    }
   }
+  return {};
 }
 
 }  // namespace
@@ -263,12 +266,14 @@ void AddImportCommand(CLI::App& app, Context& context) {
   import.add_flag("--preview", options->preview,
                   "Show how the first five lines would be read, without a mapping by number; add nobody");
   import.add_flag("--dry-run", options->dry_run, "Read it all and count what would be added; add nobody");
-  ExcludeTheRest(import);
   import.footer(
       "Examples:\n  quillcast import list.csv --group Readers --header --delimiter Auto --opt-in\n"
       "  quillcast import list.csv --group Readers --map \"Email Address=2,First Name=1\" --opt-in\n"
       "Without --header the first line is a recipient like every other.");
-  OnRun(import, context, [options](Context& ctx) { return RunImport(ctx, *options); });
+  OnRun(import, context, [options, &import](Context& ctx) {
+    const auto alone = CheckAlone(import);
+    return alone ? RunImport(ctx, *options) : ctx.output.Fail(alone.error());
+  });
 }
 
 }  // namespace quillcast::cli

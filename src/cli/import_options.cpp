@@ -34,8 +34,10 @@ Result<void> CheckWays(const ImportOptions& options) {
     return WaysOfMapping("An import takes either --harvest or one of --map, --header and --mapping.");
   if (options.take && options.harvest)
     return WaysOfMapping("--take does not go with --harvest, which looks at all columns.");
-  if (options.skip && options.harvest)
-    return WaysOfMapping("--skip does not go with --harvest, which looks at all lines.");
+  if (options.skip && options.harvest) {
+    return Error{Failure::kUsage, "--skip does not go with --harvest, which looks at all lines.",
+                 "Leave one of them out."};
+  }
   if (options.quotes && options.rfc4180) {
     return Error{
         Failure::kUsage, "--quotes and --rfc4180 exclude each other.",

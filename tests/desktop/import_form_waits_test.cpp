@@ -229,6 +229,52 @@ class ImportFormWaitsTest : public QObject {
     }
   }
 
+  // A drive that is away takes no mapping with it.
+  void aFileThatCannotBeReadKeepsItsMapping() {
+    Scene scene;
+    scene.Begin();
+    const auto left = PathFromQt(scene.Find<QLineEdit>("BrowseTextBox").text());
+    const auto away = left.parent_path() / "away.txt";
+    scene.Press("ApplyMappingButton");
+    scene.WaitForTheLook();
+    scene.Drop();
+    scene.WaitForTheLook();
+    std::filesystem::rename(left, away);
+    scene.PickFile(left);
+    QTRY_VERIFY2(scene.Status().contains("No such file"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Mapped(), kEmpty);
+    scene.Drop();
+    scene.WaitForTheLook();
+    std::filesystem::rename(away, left);
+    scene.PickFile(left);
+    QTRY_COMPARE(scene.Mapped(), kKept);
+  }
+
+  void anEncodingThatIsTakenBackIsFoundOut() {
+    Scene scene;
+    scene.Pick("\xC4\xE4,a@x.org\n", "old.txt");
+    QTRY_COMPARE(scene.Sample(), QString::fromUtf8("\u00C4\u00E4|a@x.org"));
+    auto& box = scene.Find<QComboBox>("EncodingComboBox");
+    box.setFocus();
+    box.lineEdit()->selectAll();
+    QTest::keyClicks(box.lineEdit(), "windows-1251");
+    QTest::keyClick(box.lineEdit(), Qt::Key_Tab);
+    box.setEditText("");
+    QTRY_COMPARE(scene.Sample(), QString::fromUtf8("\u0414\u0434|a@x.org"));
+    box.setFocus();
+    QTest::keyClick(box.lineEdit(), Qt::Key_Tab);
+    QTRY_COMPARE(scene.Sample(), QString::fromUtf8("\u00C4\u00E4|a@x.org"));
+  }
+
+  void anImportWaitsForNoLookAtAnEmptiedPath() {
+    Scene scene;
+    scene.Begin();
+    scene.Find<QLineEdit>("BrowseTextBox").clear();
+    scene.Press("ImportButton");
+    QCOMPARE(scene.rig.Shown(), "warn: Please specify a file.");
+    QCOMPARE(scene.Status(), "");
+  }
+
   // The one that was picked last, by hand or by a mapping, where the file has it.
   void aFileThatIsLeftKeepsItsSheet() {
     struct Row {
@@ -244,7 +290,7 @@ class ImportFormWaitsTest : public QObject {
                            {"by hand, and a harvest", "", true, false, true, "T&wo"},
                            {"by hand, the mapping waits", "", true, true, false, "T&wo"},
                            {"by hand, the mapping's is lacking", "Nope", true, false, false, "T&wo"},
-                           {"by hand, the mapping's is lacking and waits", "Nope", true, true, true, "T&wo"},
+                           {"by hand, the mapping's is lacking and waits", "Nope", true, true, false, "T&wo"},
                            {"by the mapping", "T&wo", false, false, true, "T&wo"},
                            {"by the mapping that waits", "T&wo", false, true, false, "T&wo"},
                            {"lacking", "Nope", false, false, false, "One"}}) {
@@ -277,25 +323,69 @@ class ImportFormWaitsTest : public QObject {
     }
   }
 
-  // It is told before anybody of another sheet comes in.
+  // It is told before anybody of another sheet comes in: one that a mapping wants, and one that was shown.
   void aSheetThatTheFileLacksIsTold() {
-    for (const char* mode : {"RadioButton1", "RadioButton2"}) {
-      for (const bool gives_up : {false, true}) {
+    recipients::KeptMapping kept{"Kept", *recipients::ParseMapping("Email Address=1")};
+    kept.sheet = "Nope";
+    const auto two = test::StoredArchive(test::TwoSheets());
+    auto renamed = test::TwoSheets();
+    for (auto& part : renamed) {
+      const auto at = part.content.find("'One'");
+      if (at != std::string::npos) part.content.replace(at, 5, "'New'");
+    }
+    const auto other = test::StoredArchive(renamed);
+    struct Row {
+      const char* name;
+      bool is_listed;  // a look has shown the sheets
+      bool is_changed;
+      std::function<void(Scene&)> then;
+      QString warning;
+    };
+    const auto apply = Button("ApplyMappingButton");
+    const QString lacks_nope = "The file has no sheet “Nope”, which was chosen. “One” is read.";
+    const QString lacks_one = "The file has no sheet “One”, which was chosen. “New” is read.";
+    for (const Row& row : {Row{"a mapping's", false, false, apply, lacks_nope},
+                           {"a mapping's, given up", false, false,
+                            [&](Scene& scene) {
+                              apply(scene);
+                              scene.TypeColumns("1");
+                            },
+                            lacks_nope},
+                           {"a mapping's, the sheets are listed", true, false, apply, lacks_nope},
+                           {"a mapping's, left and come back to", true, false,
+                            [&](Scene& scene) {
+                              apply(scene);
+                              scene.Drop();
+                              scene.PickFile(scene.rig.folder.path() / "book.xlsx");
+                            },
+                            lacks_nope},
+                           {"the one that was shown", true, true, Step("KindComboBox", 2), lacks_one},
+                           {"the one that was shown, left and come back to", true, true,
+                            [&](Scene& scene) {
+                              scene.Drop();
+                              scene.WaitForTheLook();
+                              scene.PickFile(scene.rig.folder.path() / "book.xlsx");
+                            },
+                            lacks_one}}) {
+      for (const char* mode : {"RadioButton1", "RadioButton2"}) {
         Scene scene;
-        recipients::KeptMapping kept{"Kept", *recipients::ParseMapping("Email Address=1")};
-        kept.sheet = "Nope";
         IgnoreErrors(recipients::KeepMapping(scene.rig.settings, kept));
-        scene.PickFile(scene.rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets())));
-        scene.Press("ApplyMappingButton");
-        if (gives_up) scene.TypeColumns("1");
+        const auto book = scene.rig.folder.Write("book.xlsx", two);
+        scene.PickFile(book);
+        const QString name = row.name + QString(": ");
+        if (row.is_listed) {
+          QTRY_COMPARE(name + scene.Entries("SheetComboBox"), name + "One|T&wo");
+          scene.GetData();
+          scene.Step("ComboBox1", 1);
+        }
+        if (row.is_changed) scene.rig.folder.Write("book.xlsx", other);
+        row.then(scene);
         scene.Press(mode);
+        scene.rig.prompts.answers = {platform::Answer::kYes};
         scene.Press("ImportButton");
-        QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
-        QVERIFY2(scene.Status().endsWith(" The import that waited was given up."), qPrintable(scene.Status()));
-        QVERIFY2(scene.Warnings().startsWith("The file has no sheet “Nope”, which the mapping takes. “One” is read."),
-                 qPrintable(scene.Warnings()));
-        QCOMPARE(scene.Addresses(), "old@x.org,");
-        QCOMPARE(scene.rig.Shown(), "");
+        QTRY_VERIFY2(scene.Warnings().startsWith(row.warning), qPrintable(name + scene.Warnings()));
+        QCOMPARE(name + scene.Addresses(), name + "old@x.org,");
+        QCOMPARE(name + scene.rig.Shown(), name);
       }
     }
   }

@@ -175,7 +175,7 @@ void RecipientImportForm::ConnectControls() {
     LookAtFile();
   });
   connect(kind_, &QComboBox::activated, this, &RecipientImportForm::LookAtFile);
-  connect(sheet_, &QComboBox::activated, this, [this] { picked_sheet_ = FromQt(sheet_->currentText()); });
+  connect(sheet_, &QComboBox::activated, this, [this] { sheet_choice_.Pick(FromQt(sheet_->currentText())); });
   for (QComboBox* list : {sheet_, encoding_})
     connect(list, &QComboBox::activated, this, &RecipientImportForm::LookAgain);
   connect(encoding_->lineEdit(), &QLineEdit::editingFinished, this, &RecipientImportForm::LookAgain);
@@ -224,7 +224,7 @@ void RecipientImportForm::EnableControls() {
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encodings_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
   sheets_->setEnabled(is_idle);
-  sheets_->setVisible(sheet_->count() > 1);
+  sheets_->setVisible(sheet_->count() > 1 && format == recipients::FileFormat::kSpreadsheet);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
   kept_->EnableAll(is_delimited);

@@ -12,6 +12,7 @@
 #include "recipients/import/awaited_look.h"
 #include "recipients/import/file_look.h"
 #include "recipients/import/recipient_import.h"
+#include "recipients/import/sheet_choice.h"
 
 class QCheckBox;
 class QComboBox;
@@ -60,7 +61,8 @@ class RecipientImportForm final : public QDialog {
   // What was chosen for a file that was left, for who comes back to it.
   struct FileChoices {
     recipients::KeptMapping mapping;  // all "Ignore" where none was chosen, or it was given up
-    int kind = 0;                     // its entry
+    recipients::SheetChoice sheet;
+    int kind = 0;  // its entry
     bool delimiter_is_open = true;
   };
 
@@ -124,10 +126,9 @@ class RecipientImportForm final : public QDialog {
   void ApplyMapping(const recipients::KeptMapping& kept);
   void TakeReading(const recipients::KeptMapping& kept);
   void TakeSource(const recipients::KeptMapping& kept);
-  bool IsSheetToCome() const;
   // Give what the file lacks of it.
   std::optional<Sentence> ChooseMapping(const recipients::AwaitedFields& fields);
-  std::optional<Sentence> TakeSheet(const recipients::AwaitedFields& fields);
+  std::optional<Sentence> TakeSheet();
 
   // The import itself. Its checks and its consent come first, in the given order; Start hands the request to a thread,
   // which shares the count with TakeProgress, and ShowEnd gets its outcome unless the dialog was closed meanwhile.
@@ -182,7 +183,7 @@ class RecipientImportForm final : public QDialog {
   recipients::ReadingOptions read_as_;             // by the last look
   std::optional<recipients::TextEncoding> known_;  // found out of this file
   bool delimiter_is_open_ = true;                  // of this file: not found, nor picked by person or mapping
-  std::string picked_sheet_;                       // of this file; a look may have to list it yet
+  recipients::SheetChoice sheet_choice_;           // of this file
   bool was_set_back_ = false;                      // the mapping, for the file is another one
   std::vector<std::size_t> columns_;               // of the file that are its fields here; none: all
   std::int64_t skipped_ = 1;                       // lines that the box leaves out at least

@@ -112,7 +112,7 @@ recipients::KeptMapping RecipientImportForm::Current() const {
           .quotes = TakesQuotesOff(),
           .rfc4180 = rfc4180_->isChecked(),
           .skip = SkippedLines(),
-          .sheet = picked_sheet_,
+          .sheet = sheet_choice_.picked(),
           .encoding = Reading().encoding,
           .columns = columns_};
 }
@@ -161,29 +161,20 @@ void RecipientImportForm::TakeReading(const recipients::KeptMapping& kept) {
   TakeSource(kept);
 }
 
-// What the lines are read of; a mapping that says nothing of it leaves it as it is. A sheet of a file that was not
-// looked at yet is picked all the same, and stays so where the fields are given up.
+// What the lines are read of; a mapping that says nothing of it leaves it as it is.
 void RecipientImportForm::TakeSource(const recipients::KeptMapping& kept) {
   if (!kept.encoding.empty()) {
     const int known = encoding_->findText(ToQt(kept.encoding), Qt::MatchFixedString);
     if (known > 0) encoding_->setCurrentIndex(known);
     if (known <= 0) encoding_->setEditText(ToQt(kept.encoding));
   }
-  if (kept.sheet.empty()) return;
-  const int sheet = sheet_->findText(ToQt(kept.sheet));
-  if (sheet >= 0) sheet_->setCurrentIndex(sheet);
-  if (sheet >= 0 || sheet_->count() == 0) picked_sheet_ = kept.sheet;
+  if (!kept.sheet.empty()) sheet_choice_.Want(kept.sheet);
 }
 
-bool RecipientImportForm::IsSheetToCome() const { return sheet_->count() == 0 && !picked_sheet_.empty(); }
-
-// An import that waits was to be of the sheet that was picked, and of no other.
-std::optional<Sentence> RecipientImportForm::TakeSheet(const recipients::AwaitedFields& fields) {
-  const std::string& wanted = fields.mapping.sheet.empty() ? picked_sheet_ : fields.mapping.sheet;
-  auto lacking = recipients::DescribeLackingSheet(wanted, sample_->facts.sheet);
-  if (!lacking) return {};
-  if (awaited_.deed() == recipients::AwaitedDeed::kImport) GiveDeedUp();
-  if (wanted == picked_sheet_) picked_sheet_.clear();
+// An import that waits was to be of the sheet that was chosen, and of no other.
+std::optional<Sentence> RecipientImportForm::TakeSheet() {
+  auto lacking = sheet_choice_.Take(sample_->facts.sheet);
+  if (lacking && awaited_.deed() == recipients::AwaitedDeed::kImport) GiveDeedUp();
   return lacking;
 }
 

@@ -57,13 +57,13 @@ void RecipientImportForm::FocusOn(recipients::ImportControl control) {
   }
 }
 
-// A harvest takes addresses from wherever they stand, and needs no look, but at the sheet that was picked unseen.
+// A harvest takes addresses from wherever they stand, and needs no look, but at a sheet that it may lack.
 void RecipientImportForm::Import() {
   awaited_.DropDeed();
   import_was_given_up_ = false;
   if (!TakeTyped()) return;
-  const bool needs_look = delimited_->isChecked() || IsSheetToCome();
-  if (!needs_look || !look_->is_running()) return ImportNow();
+  const bool needs_look = delimited_->isChecked() || !sheet_choice_.ToRead().empty();
+  if (!needs_look || !look_->is_running() || looked_at_.isEmpty()) return ImportNow();
   awaited_.Do(recipients::AwaitedDeed::kImport, Form());
   status_->Say(tr("Import waits for the look at the file."));
 }
@@ -88,7 +88,7 @@ void RecipientImportForm::ImportNow() {
 void RecipientImportForm::Start() {
   look_->Cancel();  // what it would show is no longer asked for
   look_again_ = false;
-  awaited_.Drop();
+  awaited_.DropDeed();
   slow_->stop();
   bar_->Count(0, 1);
   Warn({});

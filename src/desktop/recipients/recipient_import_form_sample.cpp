@@ -51,7 +51,7 @@ void RecipientImportForm::SetBack() {
   awaited_.Drop();
   SkipLines(0);  // the headings were the other file's
   sheet_->clear();
-  picked_sheet_.clear();
+  sheet_choice_ = {};
   mapping_->Offer({});
   bar_->Count(0, 1);
   Warn({});
@@ -86,7 +86,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
 
 // Also where the mode that is ticked by now takes no notice of it.
 RecipientImportForm::FileChoices RecipientImportForm::Chosen() const {
-  FileChoices chosen{Current(), kind_->currentIndex(), delimiter_is_open_};
+  FileChoices chosen{Current(), sheet_choice_, kind_->currentIndex(), delimiter_is_open_};
   chosen.mapping.quotes = quotes_->isChecked();
   chosen.mapping.skip = skip_->isChecked() ? skipped_ : 0;
   if (const auto* waiting = awaited_.MappingFor(Choices(Reading()))) chosen.mapping.mapping = waiting->mapping;
@@ -95,6 +95,7 @@ RecipientImportForm::FileChoices RecipientImportForm::Chosen() const {
 
 void RecipientImportForm::TakeChoices(const FileChoices& chosen) {
   TakeReading(chosen.mapping);
+  sheet_choice_ = chosen.sheet;
   kind_->setCurrentIndex(chosen.kind);
   delimiter_is_open_ = chosen.delimiter_is_open;
   if (!chosen.mapping.mapping.IsAllIgnore()) AwaitFields({Source::kMapping, chosen.mapping});
@@ -140,8 +141,7 @@ recipients::LookChoices RecipientImportForm::Choices(const recipients::ReadingOp
 recipients::ReadingOptions RecipientImportForm::Reading() const {
   recipients::ReadingOptions reading;
   reading.format = static_cast<recipients::FileFormat>(kind_->currentData().toInt());
-  if (sheet_->count() > 1) reading.sheet = FromQt(sheet_->currentText());
-  if (IsSheetToCome()) reading.sheet = picked_sheet_;
+  reading.sheet = sheet_choice_.ToRead();
   reading.delimiter = delimiter_->currentData().toChar().toLatin1();
   reading.rfc4180 = rfc4180_->isChecked();
   if (encoding_->currentText() != encoding_->itemText(0)) reading.encoding = FromQt(encoding_->currentText());
@@ -156,7 +156,10 @@ void RecipientImportForm::LookAgain() {
 
 // One that is under way is given up.
 void RecipientImportForm::LookAtFile() {
-  if (looked_at_.isEmpty()) return;
+  if (looked_at_.isEmpty()) {
+    slow_->stop();
+    return look_->Cancel();
+  }
   read_as_ = Reading();
   if (look_->is_running()) {
     look_again_ = true;
@@ -167,7 +170,8 @@ void RecipientImportForm::LookAtFile() {
                                       .reading = read_as_,
                                       .skip = SkippedLines(),
                                       .finds_delimiter = delimiter_is_open_,
-                                      .lists_sheets = sheet_->count() == 0};
+                                      .lists_sheets = sheet_->count() == 0,
+                                      .other_sheet = sheet_choice_.Otherwise()};
   if (read_as_.encoding.empty()) request.reading.known = known_;
   look_->Start([this, file = looked_at_, request](const platform::CancelToken& cancel) {
     const auto look = std::make_shared<Look>(recipients::LookAtFile(request, platform::LocaleCodeset(), &cancel));
@@ -180,11 +184,7 @@ void RecipientImportForm::TakeLook(const QString& file, const Look& look) {
   slow_->stop();
   if (file != looked_at_ || task_->is_running()) return;
   const auto fields = awaited_.TakeFields(Choices(read_as_));
-  if (look.sample) {
-    ShowLook(look, fields);
-  } else {
-    ShowNoLook(look, fields);
-  }
+  look.sample ? ShowLook(look, fields) : ShowNoLook(look, fields);
   if (!look_->is_running()) DoAwaited();
 }
 
@@ -206,9 +206,10 @@ void RecipientImportForm::ForgetSample(const QString& why) {
 
 void RecipientImportForm::ShowNoLook(const Look& look, const recipients::AwaitedFields& fields) {
   ForgetSample(tr("The file could not be read."));
-  sheet_->clear();               // it may have others when it can be read again
-  import_was_given_up_ = false;  // why the file is not read says more
   if (fields.source == Source::kFirstLine) OfferFields();
+  if (fields.source == Source::kMapping) awaited_.Choose(fields);  // for when it can be read again
+  if (!recipients::CheckImport(Form())) awaited_.DropDeed();
+  import_was_given_up_ = false;  // why the file is not read says more
   Warn({});
   EnableControls();
   status_->Fail(look.sample.error());
@@ -222,9 +223,10 @@ void RecipientImportForm::TakeFormat(const Look& look) {
   }
   if (kind_->currentIndex() == 0)
     kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
+  if (!look.sheets.empty()) sheet_->clear();
   for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
-  if (!look.sheets.empty()) sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
-  if (Reading().encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
+  sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
+  if (read_as_.encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;
 }
 
 void RecipientImportForm::ShowLook(const Look& look, const recipients::AwaitedFields& fields) {
@@ -251,11 +253,12 @@ void RecipientImportForm::ShowSample() {
 void RecipientImportForm::SayHowItIsRead(const Look& look, const recipients::AwaitedFields& fields) {
   const auto& facts = sample_->facts;
   odd_.clear();
-  for (auto& lacking : {TakeSheet(fields), ChooseMapping(fields)})
+  for (auto& lacking : {TakeSheet(), ChooseMapping(fields)})
     if (lacking) odd_.push_back(*lacking);
   for (auto& sentence : recipients::Describe(facts)) odd_.push_back(std::move(sentence));
   QStringList sentences = {tr("Format: %1.").arg(Translated(recipients::NameOf(facts.format)))};
-  if (sheet_->count() > 1) sentences << tr("One of %1 sheets.").arg(ToQt(platform::WithThousands(sheet_->count())));
+  if (sheets_->isVisibleTo(this))
+    sentences << tr("One of %1 sheets.").arg(ToQt(platform::WithThousands(sheet_->count())));
   if (!facts.encoding.name.empty()) {
     sentences << tr("Encoding: %1 (%2).").arg(ToQt(facts.encoding.name), Translated(facts.encoding.how_known));
   }

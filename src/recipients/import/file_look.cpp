@@ -3,6 +3,13 @@
 #include <algorithm>
 
 namespace quillcast::recipients {
+namespace {
+
+bool Holds(const std::vector<std::string>& names, const std::string& name) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+}  // namespace
 
 FileLook LookAtFile(const FileLookRequest& request, std::string_view code_page, const platform::CancelToken* cancel) {
   auto reading = request.reading;
@@ -13,12 +20,12 @@ FileLook LookAtFile(const FileLookRequest& request, std::string_view code_page, 
   const auto count = kLinesShown + static_cast<std::size_t>(request.skip - dropped);
   const auto read = [&] { return ReadSample(request.file, reading, code_page, count, dropped, cancel); };
   FileLook look{read(), std::move(delimiter)};
-  if (!request.lists_sheets) return look;
-  if (look.sample ? look.sample->facts.format != FileFormat::kSpreadsheet : reading.sheet.empty()) return look;
+  const bool may_lack_sheet = !look.sample && !reading.sheet.empty();
+  const bool has_sheets = look.sample && look.sample->facts.format == FileFormat::kSpreadsheet;
+  if (!may_lack_sheet && !(has_sheets && request.lists_sheets)) return look;
   if (auto sheets = ListSheets(request.file, cancel)) look.sheets = std::move(*sheets);
-  const bool has_wanted = std::ranges::find(look.sheets, reading.sheet) != look.sheets.end();
-  if (look.sample || look.sheets.empty() || has_wanted) return look;
-  reading.sheet.clear();
+  if (!may_lack_sheet || look.sheets.empty() || Holds(look.sheets, reading.sheet)) return look;
+  reading.sheet = Holds(look.sheets, request.other_sheet) ? request.other_sheet : std::string();
   look.sample = read();
   return look;
 }
