@@ -33,6 +33,7 @@
 #include "desktop/widgets/icons.h"
 #include "desktop/widgets/look.h"
 #include "desktop/widgets/note_panel.h"
+#include "desktop/widgets/notice_bar.h"
 #include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_colours.h"
@@ -295,6 +296,20 @@ class WidgetsTest : public QObject {
     QCOMPARE(told(), QString());
     list.Reset(0);
     QVERIFY(text->isVisible());
+  }
+
+  // Also while a box stands over it, when nothing that was put away is gone yet.
+  void aNoticeHasTheButtonsOfItsOwnOffers() {
+    NoticeBar bar(nullptr);
+    for (const auto& offers : {QStringList{"&Fill in", "&Practise"}, QStringList{"Restore", "Discard"}}) {
+      bar.Show("x", {{offers[0], "first", [] {}}, {offers[1], "second", [] {}}});
+      QCoreApplication::processEvents();  // deletes nothing, as the loop of a box does not
+      QStringList seen;
+      for (const auto* button : bar.findChildren<QPushButton*>()) {
+        if (button->isVisible()) seen << button->text();
+      }
+      QCOMPARE(seen, offers);
+    }
   }
 
   void fieldsBeginInOneLine() {
