@@ -1,0 +1,141 @@
+#include "update/update_check.h"
+
+#include <nlohmann/json.hpp>
+
+#include "net/https_fetch.h"
+#include "platform/text.h"
+#include "profile/version.h"
+
+namespace quillcast::update {
+namespace {
+
+constexpr std::size_t kLargest = 16 << 10;  // bytes
+constexpr std::size_t kLongestNotes = 500;  // bytes
+constexpr std::int64_t kLastNumber = 9999;  // of a version
+constexpr std::string_view kScheme = "https://";
+
+// For sentences: "updates.example.org:8443".
+std::string HostOf(std::string_view address) {
+  address.remove_prefix(std::min(address.size(), kScheme.size()));
+  return platform::Printable(address.substr(0, address.find_first_of("/?#")), 200);
+}
+
+// Why no answer of the server came.
+Error NoAnswer(const net::HttpsAnswer& answer, const Question& question) {
+  const std::string host = HostOf(question.address);
+  const bool by_proxy = !question.proxy.empty();
+  const char* const network =
+      "Check that this computer is on the network, and whether it needs a proxy to reach the web.";
+  const char* const proxy = "Check the address and the port of the proxy.";
+  switch (answer.end) {
+    case net::HttpsEnd::kCancelled:
+      return {Failure::kTryAgain, "Cancelled."};
+    case net::HttpsEnd::kLate:
+      return {Failure::kTimedOut, Say("{} did not answer in time.", host), "Try again later, or wait longer."};
+    case net::HttpsEnd::kNoName:
+      return {Failure::kUnavailable, Say("{} cannot be found.", host), network};
+    case net::HttpsEnd::kNoProxy:
+      return {Failure::kUnavailable, Say("The proxy {} cannot be found.", question.proxy), proxy};
+    case net::HttpsEnd::kNotReached:
+      if (by_proxy) return {Failure::kUnavailable, Say("The proxy {} cannot be reached.", question.proxy), proxy};
+      return {Failure::kUnavailable, Say("{} cannot be reached.", host), network};
+    case net::HttpsEnd::kProxyRefused:
+      return {Failure::kUnavailable,
+              Say("The proxy {} does not let us through: it answers {}.", question.proxy, answer.status),
+              "Ask whoever looks after it, or look at the home page with a browser."};
+    case net::HttpsEnd::kNotTrusted:
+      return {Failure::kNotPermitted,
+              Say("The certificate of {} is not trusted, so no answer was taken: {}.", host, answer.why),
+              "Check this computer's clock, and whether somebody stands between it and the web."};
+    case net::HttpsEnd::kTooLarge:
+      return {Failure::kBadData, Say("The answer of {} is longer than 16 KiB, so it was thrown away.", host),
+              "Try again another day."};
+    default:
+      return {Failure::kUnavailable, Say("The question to {} failed: {}.", host, answer.why), "Try again later."};
+  }
+}
+
+// What a status other than 200 means.
+Error Unserved(int status, const std::string& host) {
+  if (status >= 300 && status < 400) {
+    return {Failure::kBadData, Say("{} leads to another address, which is not followed.", host),
+            "Look at the home page with a browser."};
+  }
+  return {Failure::kUnavailable, Say("{} has no answer: it says {}.", host, status), "Try again another day."};
+}
+
+Standing StandingOf(Version latest, Version own) {
+  return latest > own ? Standing::kNewer : latest == own ? Standing::kSame : Standing::kOlder;
+}
+
+// A text of the document; empty where it has none of that name.
+std::string TextIn(const nlohmann::json& document, const char* name) {
+  if (!document.is_object()) return {};
+  const auto found = document.find(name);
+  return found != document.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+}  // namespace
+
+std::optional<Version> ParseVersion(std::string_view text) {
+  const auto numbers = platform::Split(text, '.');
+  if (numbers.size() != 2) return {};
+  const auto major = platform::WholeNumberBetween(numbers[0], 0, kLastNumber);
+  const auto minor = platform::WholeNumberBetween(numbers[1], 0, kLastNumber);
+  if (!major || !minor) return {};
+  return Version{static_cast<int>(*major), static_cast<int>(*minor)};
+}
+
+Version OwnVersion() { return {profile::kVersionMajor, profile::kVersionMinor}; }
+
+std::string TextOf(Version version) { return std::to_string(version.major) + '.' + std::to_string(version.minor); }
+
+Question QuestionOf(const UpdateSettings& settings, const platform::Environment& environment) {
+  return {.address = environment.Get("QUILLCAST_UPDATE_ADDRESS").value_or(kUpdateAddress),
+          .proxy = ProxyOf(settings),
+          .authorities = environment.Get("SSL_CERT_FILE").value_or(""),
+          .authority_folder = environment.Get("SSL_CERT_DIR").value_or(""),
+          .patience = std::chrono::minutes(platform::ParseWholeNumber(settings.timeout).value_or(1))};
+}
+
+Result<Answer> AskForLatest(const Question& question, Version own, const net::Patience& patience) {
+  if (!question.address.starts_with(kScheme) || question.address.size() == kScheme.size()) {
+    return Error{Failure::kUsage, Say("\"{}\" is not an address of HTTPS.", platform::Printable(question.address, 200)),
+                 "QUILLCAST_UPDATE_ADDRESS has to begin with https://, or to be left out."};
+  }
+  const net::HttpsAnswer answer = net::FetchHttps({.address = question.address,
+                                                   .largest = kLargest,
+                                                   .authorities = question.authorities,
+                                                   .authority_folder = question.authority_folder,
+                                                   .proxy = question.proxy},
+                                                  patience);
+  const std::string host = HostOf(question.address);
+  if (answer.end != net::HttpsEnd::kAnswered) return NoAnswer(answer, question);
+  if (answer.status != 200) return Unserved(answer.status, host);
+  const auto document = nlohmann::json::parse(answer.content, nullptr, false);
+  const auto latest = ParseVersion(TextIn(document, "version"));
+  if (!latest) {
+    return Error{Failure::kBadData, Say("The answer of {} names no version.", host), "Try again another day."};
+  }
+  return Answer{*latest, StandingOf(*latest, own), platform::Printable(TextIn(document, "notes"), kLongestNotes)};
+}
+
+Sentence Describe(const Answer& answer, Version own) {
+  switch (answer.standing) {
+    case Standing::kSame:
+      return Say("Quillcast {} is the latest version.", TextOf(own));
+    case Standing::kOlder:
+      return Say("This is Quillcast {}, which is newer than the latest that was published: {}.", TextOf(own),
+                 TextOf(answer.latest));
+    case Standing::kNewer:
+      break;
+  }
+  if (answer.notes.empty()) return Say("Quillcast {} is there; this is {}.", TextOf(answer.latest), TextOf(own));
+  return Say("Quillcast {} is there; this is {}. {}", TextOf(answer.latest), TextOf(own), answer.notes);
+}
+
+std::string_view Name(Standing standing) {
+  return standing == Standing::kNewer ? "newer" : standing == Standing::kSame ? "same" : "older";
+}
+
+}  // namespace quillcast::update
