@@ -125,6 +125,9 @@ void AddCommands(CLI::App& app, Context& context) {
   AddDomainCommand(app, context);
   AddSupportCommand(app, context);
   AddMailboxCommand(app, context);
+  AddUpdateCommand(app, context);
+  AddAboutCommand(app, context);
+  AddHelpCommand(app, context);
 }
 
 }  // namespace

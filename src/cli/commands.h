@@ -25,5 +25,8 @@ void AddDomainCommand(CLI::App& app, Context& context);
 void AddSupportCommand(CLI::App& app, Context& context);
 void AddMailboxCommand(CLI::App& app, Context& context);
 void AddDemoCommand(CLI::App& app, Context& context);
+void AddUpdateCommand(CLI::App& app, Context& context);
+void AddAboutCommand(CLI::App& app, Context& context);
+void AddHelpCommand(CLI::App& app, Context& context);
 
 }  // namespace quillcast::cli

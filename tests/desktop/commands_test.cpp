@@ -143,11 +143,11 @@ constexpr auto kRows = std::to_array<Row>({
     {kExtraForm4, {57}, "ExtraForm4"},
     {kExtraForm5, {58}, "ExtraForm5 | ask: Are you sure you want to cancel the process?"},
     {kHelpTopics, {59}, "opens: HelpForm"},
-    {kTutorial, {60}, kNotBuilt},
+    {kTutorial, {60}, "opens: TutorialForm"},
     {kTips, {61}, "TipsForm"},
     {kSupport, {63}, "SupportForm"},
-    {kUpdate, {64}, kNotBuilt},
-    {kHomePage, {65}, kNotBuilt},
+    {kUpdate, {64}, "UpdateMainForm"},
+    {kHomePage, {65}, "desktop: https://www.quillcast.example/"},
     {kAbout, {66}, "AboutForm"},
 });
 
@@ -169,6 +169,9 @@ QString BodyOf(const Scene& scene) {
   return body.replace("<tr>", "/").replace("<td>", "|").replace("&nbsp;", "_");
 }
 
+// Windows that stand beside the main one, which goes on meanwhile.
+const QStringList kBeside = {"HelpForm", "TutorialForm"};
+
 // What a person can see of the window, by what each of it is.
 std::map<QString, QString> Look(const Scene& scene) {
   const auto& subject = scene.Find<QLineEdit>("SubjectTextBox");
@@ -181,7 +184,7 @@ std::map<QString, QString> Look(const Scene& scene) {
                                      {"splash", ToQt(*scene.rig.settings.Read("Options", "Splash", "1"))},
                                      {"window", scene.window->isVisible() ? "there" : "closed"}};
   for (const QWidget* widget : QApplication::topLevelWidgets()) {
-    if (widget->isVisible() && widget->objectName() == "HelpForm") seen["opens"] = "HelpForm";
+    if (widget->isVisible() && kBeside.contains(widget->objectName())) seen["opens"] = widget->objectName();
   }
   return seen;
 }
@@ -238,7 +241,7 @@ class CommandsTest : public QObject {
 
   static void Put(Scene& scene, const QString& given) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-      if (widget->objectName() == "HelpForm") widget->close();
+      if (kBeside.contains(widget->objectName())) widget->close();
     }
     if (!scene.window->isVisible()) scene.window->show();
     scene.window->activateWindow();

@@ -40,7 +40,6 @@
 #include "desktop/run/pictures_panel.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/shell/command_bar.h"
-#include "desktop/shell/help_form.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/single_instance.h"
@@ -1426,38 +1425,6 @@ class MainFormTest : public QObject {
       method->setCurrentIndex(index);
       emit method->activated(index);
       QCOMPARE(scene.Status().contains("personal"), is_said);
-    }
-  }
-
-  void helpAndTipsOpen() {
-    Scene scene;
-    scene.Open();
-    QVERIFY(scene.rig.settings.Write("Options", "Tips", "0"));
-    scene.window->ShowTipsAtStart();  // nothing opens, or the test would wait for ever
-    test::WhileOpen("TipsForm", [](QDialog& form) {
-      const QString first = form.findChild<QLabel*>("TipText")->text();
-      QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
-      QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
-    });
-    scene.window->Dispatch(CommandId::kTips);
-    QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
-    QCOMPARE(scene.rig.settings.Read("Options", "Tips", "")->c_str(), "0");
-    scene.window->Dispatch(CommandId::kHelpTopics);
-    auto* page = scene.window->findChild<QWidget*>("HelpPage");
-    QVERIFY(page != nullptr && page->isVisible());
-    for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"AttachmentsForm", "<h2>Attachments</h2>"},
-             {"TableForm", "<h2>Tables</h2>"},
-             {"GroupManagerForm", "<title>Groups and recipients<"},
-             {"RecipientSearchForm", "<title>Groups and recipients<"},
-             {"RecipientImportForm", "<title>Importing recipients<"},
-             {"RecipientExportForm", "<title>Exporting recipients<"},
-             {"ExtraForm1", "<title>Printing messages<"},
-             {"ExtraForm2", "<title>Importing a message<"},
-             {"ExtraForm3", "<title>Exporting the message<"},
-             {"PreviewForm", "<h2>Welcome</h2>"}}) {
-      const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));
-      QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);
     }
   }
 };

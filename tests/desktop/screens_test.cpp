@@ -85,6 +85,8 @@
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/shell/tutorial_form.h"
+#include "desktop/shell/update_main_form.h"
 #include "desktop/support/support_form.h"
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/focus_ring.h"
@@ -334,6 +336,40 @@ class ScreensTest : public QObject {
     }
   }
 
+  // What is written on the window's controls, whatever is in them.
+  static QString CaptionsOf(const QWidget& window) {
+    QStringList captions{window.windowTitle()};
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (!widget->isVisible()) continue;
+      if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) captions << button->text();
+      if (const auto* box = qobject_cast<const QGroupBox*>(widget)) captions << box->title();
+      const auto* label = qobject_cast<const QLabel*>(widget);
+      if (label != nullptr && label->buddy() != nullptr) captions << label->text();
+      const auto* tabs = qobject_cast<const QTabWidget*>(widget);
+      for (int i = 0; tabs != nullptr && i < tabs->count(); ++i) captions << tabs->tabText(i);
+    }
+    captions.removeAll(QString());
+    captions.sort();
+    return captions.join(" | ");
+  }
+
+  // A picture in the help shows the window as it is: it keeps the captions that were on it when it was taken.
+  // QUILLCAST_HELP_PICTURES=data/help takes those anew that lie there; an empty file gets its picture too.
+  void LookAtHelpPicture(QWidget& window, const QString& name) {
+    constexpr const char* kKey = "Captions";
+    if (theme_ != "light" || window.devicePixelRatio() != 1) return;
+    const QString captions = CaptionsOf(window);
+    const QString anew = qEnvironmentVariable("QUILLCAST_HELP_PICTURES") + '/' + name + ".png";
+    if (QFile::exists(anew)) {
+      QImage picture = window.grab().toImage().convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither);
+      picture.setText(kKey, captions);
+      QVERIFY(picture.save(anew, "PNG", 0));
+      return;
+    }
+    const QString file = QUILLCAST_TEST_PROGRAM_FOLDER "/help/" + name + ".png";
+    if (QFile::exists(file)) QCOMPARE(name + ": " + QImage(file).text(kKey), name + ": " + captions);
+  }
+
   // Each with nothing yet, and with the answers of servers that are not there.
   void TakeDomainTools(test::FormRig& rig) {
     DomainToolsForm tools(rig.program, nullptr);
@@ -386,6 +422,35 @@ class ScreensTest : public QObject {
     refused.findChild<QPushButton*>("ProcessButton")->click();
     QTRY_VERIFY(refused.findChild<QPushButton*>("ProcessButton")->isEnabled());
     Take(refused, "server-test");
+  }
+
+  // Its pages of different kinds: without a button, with one, done already, and the last.
+  void TakeTutorial(MainForm& window) {
+    window.Dispatch(CommandId::kTutorial);
+    auto* tutorial = window.findChild<TutorialForm*>();
+    QVERIFY(tutorial != nullptr);
+    for (int page = 0; page < 8; ++page) {
+      if (page % 3 != 2) Take(*tutorial, QString("tutorial-%1").arg(page));
+      if (page == 1) {  // there is an account
+        tutorial->findChild<QPushButton*>("DoItButton")->click();
+        Take(*tutorial, "tutorial-refused");
+      }
+      tutorial->findChild<QPushButton*>("NextButton")->click();
+    }
+    delete tutorial;
+  }
+
+  // The check for a newer version with nothing yet, and through a proxy that nothing listens at.
+  void TakeUpdate(test::FormRig& rig) {
+    const test::OneProfile environment;
+    UpdateMainForm update(rig.program, environment, nullptr);
+    Take(update, "update");
+    update.findChild<QCheckBox*>("ProxyCheckBox")->setChecked(true);
+    update.findChild<QLineEdit*>("AddressTextBox")->setText("127.0.0.1");
+    update.findChild<QLineEdit*>("PortTextBox")->setText("1");
+    update.findChild<QPushButton*>("CheckButton")->click();
+    QTRY_VERIFY(update.findChild<QLabel*>("StatusLine")->text().contains("127.0.0.1:1"));
+    Take(update, "update-failed");
   }
 
   // The windows that ask for what goes into the message.
@@ -490,6 +555,7 @@ class ScreensTest : public QObject {
     LookForDoubledKeys(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));
+    LookAtHelpPicture(window, name);
     LookForWhatScrolls(window, name);
   }
 
@@ -794,10 +860,14 @@ class ScreensTest : public QObject {
     QTRY_VERIFY2(picture.findChild<QCheckBox*>("SmallerCheckBox")->isEnabled(),
                  qPrintable(picture.findChild<QLabel*>("StatusLine")->text()));
     Take(picture, "picture");
-    TipsForm tips(rig.settings, nullptr);
+    TipsForm tips(rig.program, nullptr);
     Take(tips, "tips");
-    AboutForm about(nullptr);
+    AboutForm about(rig.folders, test::OneProfile(), nullptr);
     Take(about, "about");
+    about.findChild<QTabWidget*>()->setCurrentIndex(1);
+    Take(about, "about-libraries");
+    TakeUpdate(rig);
+    TakeTutorial(window);
     const auto practised = rig.folder.Write("Practice/000001.eml", kArrived);
     rig.folder.Write("Practice/000002.eml", kArrived);
     PracticeForm practice(rig.settings, practised.parent_path(), {}, nullptr);

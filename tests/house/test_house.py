@@ -39,6 +39,7 @@ ORDER = {
     "mail_file": "message document profile mime html charset",
     "run": "account message document domain domain/sender mail_file profile recipients html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",
+    "help": "html profile recipients",
     "update": "profile net",
     "cli": "*",
     "desktop/widgets": "",

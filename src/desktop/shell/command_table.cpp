@@ -177,11 +177,11 @@ class Table {
       {kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…"), "", "", ExtractFromMessages},
       {kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…"), "", "", TestServer},
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
-      NotBuilt({kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial")}),
+      {kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial"), "", "", ShowTutorial},
       {kTips, {61}, "", kHelp, QT_TR_NOOP("&Tip of the Day"), "", "", ShowTips},
       {kSupport, {63}, "", kHelp, QT_TR_NOOP("&Support…"), "", "", AskForSupport},
-      NotBuilt({kUpdate, {64}, "", kHelp, QT_TR_NOOP("Check for &Updates…")}),
-      NotBuilt({kHomePage, {65}, "", kHelp, QT_TR_NOOP("Home &Page")}),
+      {kUpdate, {64}, "", kHelp, QT_TR_NOOP("Check for &Updates…"), "", "", CheckForUpdates},
+      {kHomePage, {65}, "", kHelp, QT_TR_NOOP("Home &Page"), "", "", OpenHomePage},
       {kAbout, {66}, "", kHelp, QT_TR_NOOP("&About"), "", "", ShowAbout},
   });
 };

@@ -107,8 +107,11 @@ void ShowPracticeMailbox(Shell& shell);
 
 // help_commands.cpp
 void ShowHelp(Shell& shell);
+void ShowTutorial(Shell& shell);
 void ShowTips(Shell& shell);
 void AskForSupport(Shell& shell);
+void CheckForUpdates(Shell& shell);
+void OpenHomePage(Shell& shell);  // in the browser
 void ShowAbout(Shell& shell);
 // For a command whose window is yet to come.
 void SayNotBuilt(Shell& shell, CommandId id);

@@ -7,6 +7,8 @@
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/tips_form.h"
+#include "desktop/shell/tutorial_form.h"
+#include "desktop/shell/update_main_form.h"
 #include "desktop/support/support_form.h"
 #include "platform/environment.h"
 #include "support/support_request.h"
@@ -15,7 +17,16 @@ namespace quillcast::desktop {
 
 void ShowHelp(Shell& shell) { (new HelpForm(shell.program.folders, kWelcomeTopic, &shell.window))->show(); }
 
-void ShowTips(Shell& shell) { TipsForm(shell.program.settings, &shell.window).exec(); }
+// One at a time: the same command brings it back to the front.
+void ShowTutorial(Shell& shell) {
+  auto* open = shell.window.findChild<TutorialForm*>();
+  if (open == nullptr) open = new TutorialForm(shell);
+  open->show();
+  open->raise();
+  open->activateWindow();
+}
+
+void ShowTips(Shell& shell) { TipsForm(shell.program, &shell.window).exec(); }
 
 void AskForSupport(Shell& shell) {
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
@@ -30,7 +41,17 @@ void AskForSupport(Shell& shell) {
   SupportForm(shell.program, environment, shell.header.Priority(), server, &shell.window).exec();
 }
 
-void ShowAbout(Shell& shell) { AboutForm(&shell.window).exec(); }
+void CheckForUpdates(Shell& shell) {
+  const platform::ProcessEnvironment environment;
+  UpdateMainForm(shell.program, environment, &shell.window).exec();
+}
+
+void OpenHomePage(Shell& shell) { shell.Tell(shell.program.desktop.OpenPage(update::kHomePage)); }
+
+void ShowAbout(Shell& shell) {
+  const platform::ProcessEnvironment environment;
+  AboutForm(shell.program.folders, environment, &shell.window).exec();
+}
 
 void SayNotBuilt(Shell& shell, CommandId id) {
   shell.Say(Shell::tr("%1: this version does not have that yet.").arg(NameOf(RowOf(id))));

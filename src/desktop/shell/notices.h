@@ -26,6 +26,9 @@ class Notices final : public QWidget {
   // Takes up practice where an earlier session left it.
   void GoOnPractising();
   PicturesPanel& pictures() { return *pictures_; }
+  // Practice takes the account's place, whatever that is; and what its notice offers.
+  void BeginPractice();
+  void EndPractice();
 
  signals:
   void RestorePressed();
@@ -38,8 +41,6 @@ class Notices final : public QWidget {
   void ShowDraft();
   void ShowPractice();
   void ShowAccount();
-  void BeginPractice();
-  void EndPractice();
   void Discard();
 
   const profile::Program& program_;

@@ -3,37 +3,30 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
-#include <array>
 
+#include "desktop/shell/help_form.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 
 namespace quillcast::desktop {
-namespace {
 
-constexpr std::array<const char*, 3> kTips = {
-    QT_TRANSLATE_NOOP("TipsForm",
-                      "Merge tags make each message personal: put the caret where a name belongs and choose "
-                      "First Name from “Merge tag” in the toolbar. Tags work in the subject too."),
-    QT_TRANSLATE_NOOP("TipsForm",
-                      "Look before you send: Preview shows the message as any of your recipients will see "
-                      "it, says what may be missing, and sends one copy to yourself."),
-    QT_TRANSLATE_NOOP("TipsForm",
-                      "Every run keeps its report and its first message. History shows who got what, and "
-                      "when, long after the window is closed."),
-};
-
-}  // namespace
-
-TipsForm::TipsForm(profile::SettingsStore& settings, QWidget* parent)
+TipsForm::TipsForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
-      settings_(settings),
+      program_(program),
+      series_(new QLabel(this)),
       text_(new QLabel(this)),
       at_start_(new QCheckBox(tr("&Show tips at start"), this)) {
+  BuildWindow();
+  at_start_->setChecked(IgnoreErrors(program.settings.Read("Options", "Tips", "1"), "1") != "0");
+  ShowTip(help::FirstTip(program.settings));
+}
+
+void TipsForm::BuildWindow() {
   setObjectName("TipsForm");
   setWindowTitle(tr("Tip of the Day"));
-  setMinimumSize(440, 210);
+  setMinimumSize(520, 240);
+  series_->setObjectName("TipSeries");
   text_->setObjectName("TipText");
   text_->setWordWrap(true);
   text_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
@@ -41,15 +34,21 @@ TipsForm::TipsForm(profile::SettingsStore& settings, QWidget* parent)
   larger.setPointSize(larger.pointSize() + 2);
   text_->setFont(larger);
   at_start_->setObjectName("TipsCheckBox");
-  at_start_->setChecked(IgnoreErrors(settings.Read("Options", "Tips", "1"), "1") != "0");
   auto* column = new FormColumn(this);
+  column->Add(series_);
   column->Add(text_, 1);
   column->Add(at_start_);
-  auto* next = column->AddButtons(QDialogButtonBox::Close)->addButton(tr("&Next tip"), QDialogButtonBox::ActionRole);
-  next->setObjectName("NextTipButton");
-  connect(next, &QPushButton::clicked, this, [this] { ShowTip(tip_ % 3 + 1); });
-  const auto stored = settings.Read("Options", "FirstTip", "");
-  ShowTip(static_cast<int>(platform::WholeNumberBetween(stored ? *stored : "", 1, 3).value_or(1)));
+  auto* buttons = column->AddButtons(QDialogButtonBox::Close);
+  const auto add = [&](const char* name, const QString& text, auto act) {
+    auto* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
+    button->setObjectName(name);
+    button->setDefault(button->objectName() == "NextTipButton");
+    connect(button, &QPushButton::clicked, this, act);
+  };
+  add("TipBeforeButton", tr("&Previous tip"), [this] { ShowTip(help::TipBefore(tip_)); });
+  add("NextTipButton", tr("&Next tip"), [this] { ShowTip(help::NextTip(tip_)); });
+  add("MoreButton", tr("&More about this"),
+      [this] { (new HelpForm(program_.folders, help::TipAt(tip_).topic, this))->show(); });
 }
 
 bool TipsForm::IsWanted(const profile::SettingsStore& settings, bool on_request) {
@@ -57,15 +56,19 @@ bool TipsForm::IsWanted(const profile::SettingsStore& settings, bool on_request)
   return on_request || !tips || platform::ParseWholeNumber(*tips) != 0;
 }
 
-void TipsForm::ShowTip(int tip) {
+void TipsForm::ShowTip(help::TipPlace tip) {
   tip_ = tip;
-  text_->setText(tr(kTips.at(static_cast<std::size_t>(tip) - 1)));
+  series_->setText(tr("%1: tip %2 of %3")
+                       .arg(Translated(help::SeriesName(tip.series)))
+                       .arg(help::NumberOf(tip))
+                       .arg(help::kTipSeries * help::kTipsInSeries));
+  text_->setText(Translated(help::TipAt(tip).text));
 }
 
 // The next tip comes first the next time. Neither setting is worth a word where it cannot be kept.
 void TipsForm::done(int result) {
-  IgnoreErrors(settings_.Write("Options", "Tips", at_start_->isChecked() ? "1" : "0"));
-  IgnoreErrors(settings_.Write("Options", "FirstTip", std::to_string(tip_ % 3 + 1)));
+  IgnoreErrors(program_.settings.Write("Options", "Tips", at_start_->isChecked() ? "1" : "0"));
+  IgnoreErrors(help::KeepFirstTip(program_.settings, help::NextTip(tip_)));
   QDialog::done(result);
 }
 

@@ -1,9 +1,10 @@
-// Three tips, one at a time.
+// The tip of the day, one at a time.
 #pragma once
 
 #include <QDialog>
 
-#include "profile/settings_store.h"
+#include "help/tips.h"
+#include "profile/program.h"
 
 class QCheckBox;
 class QLabel;
@@ -13,7 +14,7 @@ namespace quillcast::desktop {
 class TipsForm final : public QDialog {
   Q_OBJECT
  public:
-  TipsForm(profile::SettingsStore& settings, QWidget* parent);
+  TipsForm(const profile::Program& program, QWidget* parent);
 
   // Whether it shows at the start; on request it always does.
   static bool IsWanted(const profile::SettingsStore& settings, bool on_request);
@@ -22,10 +23,12 @@ class TipsForm final : public QDialog {
   void done(int result) override;
 
  private:
-  void ShowTip(int tip);
+  void BuildWindow();
+  void ShowTip(help::TipPlace tip);
 
-  profile::SettingsStore& settings_;
-  int tip_ = 1;
+  const profile::Program& program_;
+  help::TipPlace tip_;
+  QLabel* series_;
   QLabel* text_;
   QCheckBox* at_start_;
 };

@@ -1,0 +1,200 @@
+// The windows of the Help menu: the help itself, the tutorial, the tips, the update check, and what the program is.
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTextBrowser>
+
+#include "desktop/document/html_editor.h"
+#include "desktop/main_window.h"
+#include "desktop/run/send_mail_form1.h"
+#include "desktop/shell/help_form.h"
+#include "desktop/shell/main_form.h"
+#include "desktop/shell/tutorial_form.h"
+#include "platform/file.h"
+
+namespace quillcast::desktop {
+
+class HelpFormsTest : public QObject {
+  Q_OBJECT
+
+  static void PressIn(QWidget& form, const char* button) {
+    QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+  }
+
+ private slots:
+  void theTutorialDoesEachStepForWhoeverAsks() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(CommandId::kTutorial);
+    scene.window->Dispatch(CommandId::kTutorial);
+    QCOMPARE(scene.window->findChildren<TutorialForm*>().size(), 1);
+    auto* tutorial = scene.window->findChild<TutorialForm*>();
+    const auto do_it = [&] { PressIn(*tutorial, "DoItButton"); };
+    const auto says = [&] { return tutorial->findChild<QLabel*>("StatusLine")->text(); };
+    const auto next = [&] { PressIn(*tutorial, "NextButton"); };
+    for (int page = 0; page < 5; ++page) next();
+    do_it();
+    QVERIFY2(says().contains("Practice is off, so these letters would go to a real server."), qPrintable(says()));
+    for (int page = 0; page < 4; ++page) PressIn(*tutorial, "BackButton");
+    do_it();
+    QCOMPARE(says(), QString("Practice is on."));
+    next();
+    do_it();
+    QCOMPARE(says(), QString("The letter goes to Tutorial."));
+    QCOMPARE(*scene.rig.Store().CountRecipients("Tutorial"), 3);
+    do_it();  // again does no harm
+    QCOMPARE(*scene.rig.Store().CountRecipients("Tutorial"), 3);
+    next();
+    do_it();
+    QCOMPARE(scene.Find<QLineEdit>("SubjectTextBox").text(), QString("Hello $*MergeFirstName*$"));
+    QVERIFY(scene.Editor().Text()->contains("Dear $*MergeFirstName*$"));
+    QCOMPARE(scene.Find<QComboBox>("ToComboBox").currentText(), QString("Tutorial"));
+    next();
+    test::WhileOpen("PreviewForm", [](QDialog&) {});
+    do_it();
+    next();
+    test::WhileOpen("SendMailForm1", [](QDialog& form) {
+      auto& send = static_cast<SendMailForm1&>(form);
+      PressIn(form, "SendButton");
+      QTRY_COMPARE(send.stage(), SendMailForm1::Stage::kFinished);
+    });
+    do_it();
+    QCOMPARE(says(), QString("Letters have arrived."));
+    next();
+    test::WhileOpen("PracticeForm",
+                    [](QDialog& form) { QTRY_COMPARE(form.findChild<QAbstractItemView*>("PracticeList")->model()->rowCount(), 3); });
+    do_it();
+    next();
+    do_it();
+    QCOMPARE(says(), QString("Practice is off."));
+    QCOMPARE(*scene.rig.settings.Read("Account", "Server", ""), std::string());
+    scene.window->skip_save_prompt = true;
+  }
+
+  void theTutorialKeepsItsHandsOffAnAccount() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    const auto server = *scene.rig.settings.Read("Account", "Server", "");
+    scene.Open();
+    scene.window->Dispatch(CommandId::kTutorial);
+    auto* tutorial = scene.window->findChild<TutorialForm*>();
+    PressIn(*tutorial, "NextButton");
+    PressIn(*tutorial, "DoItButton");
+    const QString said = tutorial->findChild<QLabel*>("StatusLine")->text();
+    QVERIFY2(said.contains("There is a mail account already"), qPrintable(said));
+    QCOMPARE(*scene.rig.settings.Read("Account", "Server", ""), server);
+  }
+
+  void theHelpShowsItsContentsSearchesAndGoesBack() {
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(CommandId::kHelpTopics);
+    auto* help = scene.window->findChild<HelpForm*>();
+    auto* page = help->findChild<QTextBrowser*>("HelpPage");
+    auto* contents = help->findChild<QAbstractItemView*>("ContentsList");
+    const auto row = [&](int at) { return contents->model()->index(at, 0).data().toString(); };
+    const auto open = [&] { return page->source().fileName(); };
+    QVERIFY(contents->model()->rowCount() >= 25);
+    QCOMPARE(row(0) + '|' + open(), QString("Welcome|Welcome.htm"));
+    QCOMPARE(contents->currentIndex().row(), 0);
+    contents->setCurrentIndex(contents->model()->index(1, 0));
+    QCOMPARE(row(1) + '|' + open(), QString("Your first mailing|First Mailing.htm"));
+    PressIn(*help, "BackButton");
+    QCOMPARE(open(), QString("Welcome.htm"));
+    QCOMPARE(contents->currentIndex().row(), 0);
+    auto* search = help->findChild<QLineEdit*>("HelpSearchTextBox");
+    QTest::keyClicks(search, "leave out picture");
+    QVERIFY(contents->model()->rowCount() < 10);
+    QCOMPARE(open(), QString("Welcome.htm"));  // until one is chosen
+    QTest::keyClick(search, Qt::Key_Return);
+    QVERIFY(open() != "Welcome.htm" && help->isVisible());
+    QCOMPARE(page->textCursor().selectedText().toLower(), QString("leave"));
+    QTest::keyClicks(search, " zzz");
+    QCOMPARE(contents->model()->rowCount(), 0);
+    search->clear();
+    PressIn(*help, "WelcomeButton");
+    QCOMPARE(open(), QString("Welcome.htm"));
+  }
+
+  void aboutCopiesTheSystemAndNobodysSecrets() {
+    Scene scene;
+    scene.rig.FillInAccount();
+    QVERIFY(scene.rig.settings.Write("Account", "Password", "swordfish"));
+    scene.Open();
+    test::WhileOpen("AboutForm", [](QDialog& form) { PressIn(form, "CopyButton"); });
+    scene.window->Dispatch(CommandId::kAbout);
+    const QString copied = QGuiApplication::clipboard()->text();
+    for (const QString there :
+         {"Tarnwick Quillcast Classic Edition 1.0", "SQLite 3.", "OpenSSL 3.", "(LGPL-3.0-only)", qVersion()})
+      QVERIFY2(copied.contains(there), qPrintable(copied));
+    for (const char* secret : {"swordfish", "@"}) QVERIFY2(!copied.contains(secret), qPrintable(copied));
+  }
+
+  void theUpdateCheckKeepsItsProxyAndTellsWhatItCannotReach() {
+    Scene scene;
+    scene.Open();
+    test::WhileOpen("UpdateMainForm", [&scene](QDialog& form) {
+      const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };
+      QVERIFY(!box("AddressTextBox")->isEnabled());
+      form.findChild<QCheckBox*>("ProxyCheckBox")->setChecked(true);
+      PressIn(form, "CheckButton");
+      QCOMPARE(scene.rig.Shown(), QString("warn: Please enter the address of the proxy."));
+      QCOMPARE(form.focusWidget(), box("AddressTextBox"));
+      QCOMPARE(*scene.rig.settings.Read("Options", "Proxy", "0"),
+               std::string("0"));  // nothing is kept of what is wrong
+      QTest::keyClicks(box("AddressTextBox"), "127.0.0.1");
+      QTest::keyClicks(box("PortTextBox"), "x1");
+      PressIn(form, "CheckButton");
+      QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(),
+                   QString("The proxy 127.0.0.1:1 cannot be reached. Check the address and the port of the proxy."));
+      PressIn(form, "HomePageButton");
+    });
+    scene.window->Dispatch(CommandId::kUpdate);
+    QCOMPARE(*scene.rig.settings.Read("Options", "Proxy", "0") + *scene.rig.settings.Read("Options", "Port", ""),
+             std::string("11"));
+    QCOMPARE(scene.rig.desktop.opened.back(), std::string("https://www.quillcast.example/"));
+  }
+
+  void helpAndTipsOpen() {
+    Scene scene;
+    scene.Open();
+    QVERIFY(scene.rig.settings.Write("Options", "Tips", "0"));
+    scene.window->ShowTipsAtStart();  // nothing opens, or the test would wait for ever
+    test::WhileOpen("TipsForm", [](QDialog& form) {
+      const QString first = form.findChild<QLabel*>("TipText")->text();
+      QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
+      QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
+    });
+    scene.window->Dispatch(CommandId::kTips);
+    QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
+    QCOMPARE(scene.rig.settings.Read("Options", "Tips", "")->c_str(), "0");
+    scene.window->Dispatch(CommandId::kHelpTopics);
+    auto* page = scene.window->findChild<QWidget*>("HelpPage");
+    QVERIFY(page != nullptr && page->isVisible());
+    for (const auto& [window, word] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"AttachmentsForm", "<h2>Attachments</h2>"},
+             {"TableForm", "<h2>Tables</h2>"},
+             {"GroupManagerForm", "<title>Groups and recipients<"},
+             {"RecipientSearchForm", "<title>Groups and recipients<"},
+             {"RecipientImportForm", "<title>Importing recipients<"},
+             {"RecipientExportForm", "<title>Exporting recipients<"},
+             {"ExtraForm1", "<title>Printing messages<"},
+             {"ExtraForm2", "<title>Importing a message<"},
+             {"ExtraForm3", "<title>Exporting the message<"},
+             {"PreviewForm", "<h2>Welcome</h2>"}}) {
+      const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));
+      QVERIFY2(platform::ReadFile(topic, 100000)->find(word) != std::string::npos, window);
+    }
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::HelpFormsTest)
+#include "help_forms_test.moc"
