@@ -98,6 +98,13 @@ Question QuestionOf(const UpdateSettings& settings, const platform::Environment&
           .patience = std::chrono::minutes(platform::ParseWholeNumber(settings.timeout).value_or(1))};
 }
 
+std::optional<Answer> ReadAnswer(std::string_view document, Version own) {
+  const auto read = nlohmann::json::parse(document, nullptr, false);
+  const auto latest = ParseVersion(TextIn(read, "version"));
+  if (!latest) return std::nullopt;
+  return Answer{*latest, StandingOf(*latest, own), platform::Printable(TextIn(read, "notes"), kLongestNotes)};
+}
+
 Result<Answer> AskForLatest(const Question& question, Version own, const net::Patience& patience) {
   if (!question.address.starts_with(kScheme) || question.address.size() == kScheme.size()) {
     return Error{Failure::kUsage, Say("\"{}\" is not an address of HTTPS.", platform::Printable(question.address, 200)),
@@ -112,12 +119,8 @@ Result<Answer> AskForLatest(const Question& question, Version own, const net::Pa
   const std::string host = HostOf(question.address);
   if (answer.end != net::HttpsEnd::kAnswered) return NoAnswer(answer, question);
   if (answer.status != 200) return Unserved(answer.status, host);
-  const auto document = nlohmann::json::parse(answer.content, nullptr, false);
-  const auto latest = ParseVersion(TextIn(document, "version"));
-  if (!latest) {
-    return Error{Failure::kBadData, Say("The answer of {} names no version.", host), "Try again another day."};
-  }
-  return Answer{*latest, StandingOf(*latest, own), platform::Printable(TextIn(document, "notes"), kLongestNotes)};
+  if (auto read = ReadAnswer(answer.content, own)) return *std::move(read);
+  return Error{Failure::kBadData, Say("The answer of {} names no version.", host), "Try again another day."};
 }
 
 Sentence Describe(const Answer& answer, Version own) {

@@ -42,6 +42,9 @@ struct Answer {
   std::string notes = {};  // one line that is safe to show; empty where there are none
 };
 
+// Of the document; nothing where that is no JSON, or names no version. `own` is what the latest is held against.
+std::optional<Answer> ReadAnswer(std::string_view document, Version own);
+
 struct Question {
   std::string address;
   std::string proxy = {};  // "host:port", or empty
@@ -53,7 +56,7 @@ struct Question {
 // The settings are such as CheckSettings lets through. SSL_CERT_FILE and SSL_CERT_DIR say whom to trust.
 Question QuestionOf(const UpdateSettings& settings, const platform::Environment& environment);
 
-// Asks; at most 16 KiB of answer are read. `own` is what the latest is held against. Fails with kUnavailable where the
+// Asks; at most 16 KiB of answer are read. Fails with kUnavailable where the
 // server or the proxy does not serve, kTimedOut, kTryAgain at a cancel, kNotPermitted where the certificate is not
 // trusted, kBadData for an answer that is none, and kUsage for an address that is not one of HTTPS.
 Result<Answer> AskForLatest(const Question& question, Version own, const net::Patience& patience);
