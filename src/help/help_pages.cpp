@@ -138,7 +138,8 @@ Result<std::vector<Page>> LoadPages(const fs::path& folder) {
     }
     if (topic == kWelcomeTopic) links = LinkedTopics(*html);
     std::string title = TitleIn(*html);
-    pages.push_back({topic, title.empty() ? topic : std::move(title), *std::move(html)});
+    if (title.empty()) title = topic;
+    pages.push_back({topic, std::move(title), *std::move(html)});
   }
   PutInOrder(pages, links);
   return pages;

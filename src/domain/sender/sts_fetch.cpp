@@ -10,12 +10,12 @@ namespace {
 constexpr std::size_t kLargest = 64 << 10;  // bytes; RFC 8461 3.2 lets readers refuse more
 
 // What the domain's own side does wrong, as against a network that does not lead there.
-Error Misplaced(const std::string& host, Sentence why) {
-  return {Failure::kBadData, Say("The policy could not be fetched from {}: {}.", host, std::move(why)),
+Error Misplaced(const std::string& host, const Sentence& why) {
+  return {Failure::kBadData, Say("The policy could not be fetched from {}: {}.", host, why),
           Say("Put the policy at https://{}/.well-known/mta-sts.txt, or remove the record.", host)};
 }
-Error NotReached(const std::string& host, Sentence why) {
-  return {Failure::kUnavailable, Say("The policy could not be fetched from {}: {}.", host, std::move(why)),
+Error NotReached(const std::string& host, const Sentence& why) {
+  return {Failure::kUnavailable, Say("The policy could not be fetched from {}: {}.", host, why),
           "Check that this computer reaches web servers, and try again."};
 }
 
