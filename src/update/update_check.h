@@ -24,7 +24,7 @@ inline constexpr const char* kHomePage = "https://www.quillcast.example/";
 struct Version {
   int major = 0;
   int minor = 0;
-  auto operator<=>(const Version&) const = default;
+  auto operator<=>(const Version&) const = default;  // NOLINT(modernize-use-nullptr): it takes the 0 within for ours
 };
 
 // "1.0"; nothing for any other shape.

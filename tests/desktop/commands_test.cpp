@@ -36,8 +36,6 @@ constexpr const char* kTyped = "typed";
 constexpr const char* kSelected = "selected";
 constexpr const char* kUndone = "undone";
 
-constexpr const char* kNotBuilt = "says: %1: this version does not have that yet.";
-
 struct Row {
   CommandId id;
   std::array<int, 2> numbers;  // in the menu and in the toolbar
@@ -273,7 +271,7 @@ class CommandsTest : public QObject {
     for (const Row& row : kRows) {
       const Command& command = RowOf(row.id);
       QCOMPARE(command.numbers, row.numbers);
-      const QString expected = QString(row.effect).replace("%1", NameOf(command));
+      const QString expected = row.effect;
       const auto by = [&](const QString& way, const std::function<void()>& run) {
         Put(scene, row.given);
         if (row.id == kExtraForm5) scene.rig.prompts.answers = {platform::Answer::kYes};  // it asks before it closes
@@ -315,8 +313,7 @@ class CommandsTest : public QObject {
     for (const Command& command : Commands()) {
       const QString name = NameOf(command);
       QAction* action = bar->ActionOf(command.id);
-      QCOMPARE(action != nullptr, command.is_built);
-      if (action == nullptr) continue;
+      QVERIFY2(action != nullptr, qPrintable(name));
       QVERIFY2(shown.count(action) == 1 && !action->text().isEmpty(), qPrintable(name));
       for (const bool is_button : {false, true}) {
         auto* button = qobject_cast<QToolButton*>(tools.widgetForAction(action));

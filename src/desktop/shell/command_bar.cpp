@@ -123,7 +123,6 @@ QMenu* CommandBar::MenuOf(Menu menu) {
 
 void CommandBar::MakeMenus() {
   for (const Command& command : Commands()) {
-    if (!command.is_built) continue;
     QMenu* menu = MenuOf(command.place.menu);
     if (command.place.under_line) menu->addSeparator();
     menu->addAction(Make(command));

@@ -30,11 +30,6 @@ constexpr Command Changing(CommandId id, Place place, std::string_view text) {
   return {id, {}, {}, place, text, {}, {}, ChangeTableBy<edit>};
 }
 
-constexpr Command NotBuilt(Command row) {
-  row.is_built = false;
-  return row;
-}
-
 // Inserts the merge tag of a field.
 template <std::size_t field>
 constexpr Command Tag(CommandId id, int number) {
@@ -177,7 +172,7 @@ class Table {
       {kExtraForm4, {57}, "", kTools, QT_TR_NOOP("E&xtract from Messages…"), "", "", ExtractFromMessages},
       {kExtraForm5, {58}, "", kTools, QT_TR_NOOP("Test a Ser&ver…"), "", "", TestServer},
       {kHelpTopics, {59}, "", kHelp, QT_TR_NOOP("&Help"), "", "F1", ShowHelp},
-      {kTutorial, {60}, "", kHelp, QT_TR_NOOP("T&utorial"), "", "", ShowTutorial},
+      {kTutorial, {60}, "", kHelp, QT_TR_NOOP("Tuto&rial"), "", "", ShowTutorial},
       {kTips, {61}, "", kHelp, QT_TR_NOOP("&Tip of the Day"), "", "", ShowTips},
       {kSupport, {63}, "", kHelp, QT_TR_NOOP("&Support…"), "", "", AskForSupport},
       {kUpdate, {64}, "", kHelp, QT_TR_NOOP("Check for &Updates…"), "", "", CheckForUpdates},
@@ -195,8 +190,7 @@ constexpr bool StandInOrder() {
   return kCommands.back().id == kAbout;
 }
 static_assert(StandInOrder(), "a row stands where its CommandId does");
-static_assert(std::all_of(kCommands.begin(), kCommands.end(),
-                          [](const Command& row) { return !row.is_built || row.run != nullptr; }));
+static_assert(std::all_of(kCommands.begin(), kCommands.end(), [](const Command& row) { return row.run != nullptr; }));
 
 }  // namespace
 

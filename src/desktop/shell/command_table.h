@@ -147,7 +147,6 @@ struct Command {
   void (*run)(Shell&) = nullptr;
   int editor_code = 0;                   // by which editing components know it
   bool EditorState::*checked = nullptr;  // what its check mark shows
-  bool is_built = true;                  // else its window is yet to come, and the menus leave it out
 };
 
 // One row for each CommandId, in that order.

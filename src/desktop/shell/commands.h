@@ -113,7 +113,5 @@ void AskForSupport(Shell& shell);
 void CheckForUpdates(Shell& shell);
 void OpenHomePage(Shell& shell);  // in the browser
 void ShowAbout(Shell& shell);
-// For a command whose window is yet to come.
-void SayNotBuilt(Shell& shell, CommandId id);
 
 }  // namespace quillcast::desktop

@@ -53,8 +53,4 @@ void ShowAbout(Shell& shell) {
   AboutForm(shell.program.folders, environment, &shell.window).exec();
 }
 
-void SayNotBuilt(Shell& shell, CommandId id) {
-  shell.Say(Shell::tr("%1: this version does not have that yet.").arg(NameOf(RowOf(id))));
-}
-
 }  // namespace quillcast::desktop

@@ -204,10 +204,6 @@ void MainForm::LoadDocument() {
 
 void MainForm::Dispatch(CommandId id) {
   const Command& command = RowOf(id);
-  if (command.run == nullptr) {
-    SayNotBuilt(*shell_, id);
-    return;
-  }
   AtWork([this, &command] { command.run(*shell_); });
 }
 
