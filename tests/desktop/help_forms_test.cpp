@@ -67,8 +67,9 @@ class HelpFormsTest : public QObject {
     do_it();
     QCOMPARE(says(), QString("Letters have arrived."));
     next();
-    test::WhileOpen("PracticeForm",
-                    [](QDialog& form) { QTRY_COMPARE(form.findChild<QAbstractItemView*>("PracticeList")->model()->rowCount(), 3); });
+    test::WhileOpen("PracticeForm", [](QDialog& form) {
+      QTRY_COMPARE(form.findChild<QAbstractItemView*>("PracticeList")->model()->rowCount(), 3);
+    });
     do_it();
     next();
     do_it();
