@@ -66,7 +66,8 @@ std::vector<Library> Libraries() {
 }
 
 std::vector<Fact> SystemFacts(const profile::Folders& folders, const platform::Environment& environment) {
-  const std::string home = environment.Get("HOME").value_or("");
+  std::string home = environment.Get("HOME").value_or("");
+  while (home.ends_with('/')) home.pop_back();
   std::vector<Fact> facts = {{"Program", NameWithVersion()},
                              {"System", platform::SystemName()},
                              {"Kernel", KernelName()},

@@ -14,10 +14,11 @@ constexpr std::size_t kLongestNotes = 500;  // bytes
 constexpr std::int64_t kLastNumber = 9999;  // of a version
 constexpr std::string_view kScheme = "https://";
 
-// For sentences: "updates.example.org:8443".
+// For sentences: "updates.example.org:8443", without a name and a password before it.
 std::string HostOf(std::string_view address) {
   address.remove_prefix(std::min(address.size(), kScheme.size()));
-  return platform::Printable(address.substr(0, address.find_first_of("/?#")), 200);
+  address = address.substr(0, address.find_first_of("/?#"));
+  return platform::Printable(address.substr(address.rfind('@') + 1), 200);
 }
 
 // Why no answer of the server came.

@@ -171,6 +171,9 @@ class HelpFormsTest : public QObject {
       const QString first = form.findChild<QLabel*>("TipText")->text();
       QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
       QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);
+      QCOMPARE(form.findChild<QLabel*>("TipSeries")->text(), QString("People: tip 2 of 30"));
+      PressIn(form, "MoreButton");
+      QCOMPARE(form.findChild<QTextBrowser*>("HelpPage")->source().fileName(), QString("Group Manager 2.htm"));
     });
     scene.window->Dispatch(CommandId::kTips);
     QCOMPARE(scene.rig.settings.Read("Options", "FirstTip", "")->c_str(), "3");
