@@ -122,6 +122,14 @@ TEST_F(NameLookUps, SayInAWordWhyThereAreNoHosts) {
            {"REFUSED", -5, "Bad DNS", code(5)},
            {"FORMERR", -5, "Bad DNS", code(1)},
            {"malformed", -5, "Bad DNS", [](const std::string&query, bool) { return std::vector{query}; }},
+           {"referral", -5, "Bad DNS",
+            [](const std::string&query, bool) {
+              return std::vector{net::ReplyTo(query, 0, {}, false, {{"org", 2, net::WireName("ns.example")}})};
+            }},
+           {"foreign", -5, "Bad DNS",
+            [](const std::string&query, bool) {
+              return std::vector{net::ReplyTo(query, 0, {MxRecord("example.net", 10, "mx.example.net")})};
+            }},
            {"silence", -1, "No DNS", [](const std::string&, bool) { return std::vector<std::string>(); }}}) {
     SCOPED_TRACE(c.what);
     const DnsServer server(c.answer);

@@ -86,13 +86,15 @@ inline ZoneQuestion QuestionOf(const std::string& query) {
   return question;
 }
 
-// A reply to a query: `code` as RFC 1035 4.1.1 has it, with the records given, whoever owns them.
-inline std::string ReplyTo(const std::string& query, unsigned code, const std::vector<ZoneRecord>& records,
-                           bool cut = false) {
+// A reply to a query: `code` as RFC 1035 4.1.1 has it, with the records given, whoever owns them; `authority` in the
+// section behind.
+inline std::string ReplyTo(const std::string& query, unsigned code, std::vector<ZoneRecord> records, bool cut = false,
+                           const std::vector<ZoneRecord>& authority = {}) {
   std::string reply = query.substr(0, 2) + Octets({cut ? 0x87U : 0x85U, 0x80U | code}) + WireNumber(1) +
-                      WireNumber(static_cast<unsigned>(records.size())) + WireNumber(0) + WireNumber(0) +
-                      QuestionOf(query).section;
+                      WireNumber(static_cast<unsigned>(records.size())) +
+                      WireNumber(static_cast<unsigned>(authority.size())) + WireNumber(0) + QuestionOf(query).section;
   const std::string name = QuestionOf(query).name;
+  records.insert(records.end(), authority.begin(), authority.end());
   for (const ZoneRecord& one : records) {
     reply += (one.owner == name ? Octets({0xC0, 12}) : WireName(one.owner)) + WireNumber(one.type) + WireNumber(1) +
              Octets({0, 0, 1, 0}) + WireNumber(static_cast<unsigned>(one.content.size())) + one.content;

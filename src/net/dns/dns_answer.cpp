@@ -14,7 +14,9 @@
 namespace quillcast::net {
 namespace {
 
-constexpr std::uint16_t kAlias = 5;     // CNAME
+constexpr std::uint16_t kAlias = 5;  // CNAME
+constexpr std::uint16_t kNameServer = 2;
+constexpr std::uint16_t kStartOfAuthority = 6;
 constexpr std::uint16_t kInternet = 1;  // the class
 constexpr int kMostAliases = 16;
 constexpr std::uint16_t kCut = 0x0200;  // the flag of a message that is not whole
@@ -154,6 +156,26 @@ std::optional<std::string> EndOfAliases(const AnswerSection& section, std::strin
   return {};
 }
 
+// Records or aliases were sent, and none has to do with the name: from where it began to where it led.
+bool IsOfAnotherName(const AnswerSection& section, std::string_view begin, std::string_view end) {
+  return !section.records.empty() || (!section.aliases.empty() && SameName(begin, end));
+}
+
+// A referral: the servers of a zone without its SOA record, from a server that knows nothing itself (RFC 2308 2.2).
+bool LeadsElsewhere(WireReader& reader, std::uint16_t count) {
+  bool has_servers = false;
+  bool has_start = false;
+  for (int n = 0; n < count && !reader.failed(); ++n) {
+    reader.Name();
+    const std::uint16_t type = reader.Number();
+    reader.IgnoreOctets(6);  // the class, and for how long it may be kept
+    reader.IgnoreOctets(reader.Number());
+    has_servers = has_servers || type == kNameServer;
+    has_start = has_start || type == kStartOfAuthority;
+  }
+  return has_servers && !has_start;
+}
+
 // By the server's code (RFC 1035 4.1.1).
 DnsOutcome WithoutRecords(unsigned code) {
   switch (code) {
@@ -195,7 +217,8 @@ DnsAnswer ReadDnsAnswer(std::span<const std::uint8_t> message, const DnsQuestion
   const std::uint16_t flags = reader.Number();
   const std::uint16_t questions = reader.Number();
   const std::uint16_t answers = reader.Number();
-  reader.IgnoreOctets(4);  // the sizes of the two sections behind, which are not read
+  const std::uint16_t authorities = reader.Number();
+  reader.IgnoreOctets(2);  // the size of the last section, which is not read
   const bool is_reply = (flags & 0x8000U) != 0;
   for (int n = 0; n < questions && !reader.failed(); ++n) {
     reader.Name();
@@ -211,9 +234,11 @@ DnsAnswer ReadDnsAnswer(std::span<const std::uint8_t> message, const DnsQuestion
   for (OwnedRecord& one : section->records) {
     if (SameName(one.owner, answer.name)) answer.records.push_back(std::move(one.record));
   }
+  const std::string_view asked = WithoutRootDot(question.name);
   if (!answer.records.empty()) {
     answer.outcome = DnsOutcome::kFound;
-  } else if ((flags & kCut) != 0) {
+  } else if ((flags & kCut) != 0 || IsOfAnotherName(*section, asked, answer.name) ||
+             LeadsElsewhere(reader, authorities)) {
     answer.outcome = DnsOutcome::kMalformed;  // what was cut off may be the records
   }
   return answer;

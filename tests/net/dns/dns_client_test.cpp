@@ -127,8 +127,18 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
               query[13] = 'X';
               return std::vector{ReplyTo(query, 0, {})};
             }},
-           {"records of another name", DnsOutcome::kNoData,
+           {"records of another name", DnsOutcome::kMalformed,
             [&](const std::string&query, bool) { return std::vector{ReplyTo(query, 0, forged)}; }},
+           {"an alias of another name", DnsOutcome::kMalformed,
+            [&](const std::string&query, bool) { return std::vector{ReplyTo(query, 0, {forged[1]})}; }},
+           {"a referral", DnsOutcome::kMalformed,
+            [](const std::string&query, bool) {
+              return std::vector{ReplyTo(query, 0, {}, false, {{"org", 2, WireName("ns.example")}})};
+            }},
+           {"nothing, with the servers and the start of the zone", DnsOutcome::kNoData,
+            [](const std::string&query, bool) {
+              return std::vector{ReplyTo(query, 0, {}, false, {{"org", 2, WireName("ns.example")}, {"org", 6, ""}})};
+            }},
            {"the query sent back", DnsOutcome::kMalformed,
             [](const std::string&query, bool) { return std::vector{query}; }},
            {"eleven octets", DnsOutcome::kMalformed,
