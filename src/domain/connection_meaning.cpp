@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "domain/connection_facts.h"
 #include "domain/connection_verdict.h"
 #include "net/resolver.h"
@@ -194,9 +196,7 @@ std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdi
   }
 }
 
-}  // namespace
-
-std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
+std::vector<Sentence> OfServer(const ConnectionTest& test) {
   const ConnectionVerdict verdict = VerdictOf(test);
   if (verdict < kPartsBadly) return OfSuccess(test, verdict);
   if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
@@ -204,6 +204,19 @@ std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
   const bool is_tls =
       (verdict >= kSpeaksTls && verdict <= kTlsFailed) || (verdict >= kNoStartTls && verdict <= kTextAfterStartTls);
   return is_tls ? OfTls(test, verdict) : OfConversation(test, verdict);
+}
+
+}  // namespace
+
+std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
+  std::vector<Sentence> meaning = OfServer(test);
+  if (test.untried.empty()) return meaning;
+  std::vector<std::string> untried;
+  for (const smtp::Server& server : test.untried) {
+    untried.push_back(fmt::format("{}:{}", platform::Printable(server.host, kLongestList), server.port));
+  }
+  meaning.push_back(Say("There was no time left to try {}.", Joined(untried, kLongestList)));
+  return meaning;
 }
 
 }  // namespace quillcast::domain

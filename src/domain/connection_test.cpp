@@ -71,6 +71,7 @@ class Recorder final : public smtp::JobSource, public smtp::ConnectionWatch {
     test_ = {};
     test_.server = server;
   }
+  void Untried(const smtp::Server& server) override { test_.untried.push_back(server); }
   void Begins(ConnectionStep step) override {
     EndStep();
     test_.steps.push_back({step, {}});

@@ -50,6 +50,8 @@ struct ConnectionTest {
   // it at most. Secrets are masked, and all is safe to show.
   std::string report;
 
+  std::vector<smtp::Server> untried;  // no time was left for them
+
   // Of the last server that was tried.
   smtp::Server server;
   smtp::Security security = smtp::Security::kAutomatic;

@@ -42,7 +42,8 @@ ConnectionVerdict OfHandshake(const ConnectionTest& test) {
     case net::HandshakeFault::kTooOld:
       return kTlsTooOld;
     default:
-      return test.outcome.code == ResultCode::kReplyTimeout ? kSilent : kTlsFailed;
+      if (test.outcome.code != ResultCode::kReplyTimeout) return kTlsFailed;
+      return test.in_clear ? kStoppedAnswering : kSilent;  // behind STARTTLS it has greeted
   }
 }
 

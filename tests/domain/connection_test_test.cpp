@@ -34,6 +34,7 @@ struct Script {
   std::string clear = "250-mx\r\n250-PIPELINING\r\n250 AUTH LOGIN PLAIN\r\n";  // to EHLO; empty: it stalls there
   std::string starttls = "220 go\r\n";
   bool text_goes_on = false;  // after STARTTLS
+  bool tls_stalls = false;
   std::string secure = "250-mx\r\n250-SIZE 1000\r\n250 AUTH LOGIN PLAIN\r\n";
   std::string quit = "221 bye\r\n";
 };
@@ -81,7 +82,7 @@ void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
         peer.Say("500 what\r\n");
         return peer.Stall();
       }
-      if (!peer.StartTls(context)) return peer.Stall();
+      if (script.tls_stalls || !peer.StartTls(context)) return peer.Stall();
       secure = true;
     } else if (line == "QUIT" && script.quit.empty()) {
       return peer.Stall();
@@ -243,6 +244,7 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
            {"silent", {.greeting = "", .then = Then::kStalls}, "TLS", 27, "and does not greet."},
            {"silent", {.greeting = "2", .then = Then::kDrips}, "Automatic", 27, "and does not greet."},
            {"stopped-answering", {.clear = ""}, "Automatic", 27, "stopped answering"},
+           {"stopped-answering", {.clear = kOffersTls, .tls_stalls = true}, "Automatic", 27, "stopped answering"},
            {"hung-up",
             {.greeting = "", .then = Then::kHangsUp},
             "Automatic",
@@ -416,6 +418,16 @@ TEST_F(ConnectionTests, EndsInTime) {
   const auto test = TestConnection(options, clock_, cancel_);
   EXPECT_LT(clock_.Monotonic() - began, 2500ms);
   EXPECT_FALSE(test.Works());
+
+  const smtp::ScriptedServer good([&](Peer& peer, int) { Serve(peer, {}, nullptr); });
+  options.servers.resize(2);
+  options.servers.push_back({"127.0.0.1", good.port()});
+  options.servers.push_back({"untried.example", 25});
+  const auto silent = TestConnection(options, clock_, cancel_);
+  EXPECT_EQ(Name(VerdictOf(silent)), "stopped-answering");
+  EXPECT_EQ(good.connections(), 0);
+  port = good.port();
+  EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, untried.example:25."));
 }
 
 TEST(ConnectionTestInput, IsCheckedInOrder) {

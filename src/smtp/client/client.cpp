@@ -135,6 +135,10 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
 Outcome Client::Driver::Connect() {
   Outcome told{State::kFailed, ResultCode::kNoServer, {}, "No server is set up."};
   for (const Server& server : options_.servers) {
+    if (around_.until.Passed(around_.clock.Monotonic())) {
+      if (around_.watch != nullptr) around_.watch->Untried(server);
+      continue;
+    }
     Outcome outcome = ConnectTo(server);
     if (outcome.code == ResultCode::kSuccess || !WorthAnotherServer(outcome)) return outcome;
     if (told.code == ResultCode::kNoServer || told.code == ResultCode::kHostNotFound) told = std::move(outcome);
