@@ -325,6 +325,7 @@ class DomainFormsTest : public QObject {
     const auto names = Names();
     Scene<DomainCheckForm> scene("Mail.example", nullptr);
     scene.form.servers = {names->endpoint()};
+    QVERIFY(scene.rig.settings.Write("Account", "Email", "ada@mail.example"));
     scene.Open();
     scene.Press("CheckButton");
     const QAbstractItemModel& findings = *scene.Find<QAbstractItemView>("FindingsList").model();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "domain/sender/account_sender.h"
 #include "platform/text.h"
 
 namespace quillcast::domain {
@@ -19,6 +20,10 @@ std::int64_t Seconds(std::chrono::system_clock::time_point moment) {
 Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string& domain,
                              std::chrono::system_clock::time_point now, const SenderReport& report) {
   if (report.IsBlank()) return {};
+  const auto account = account::AccountSettings::Load(settings);
+  if (!account) return account.error();
+  const auto own = QuestionOf(*account);
+  if (!own || own->domain != domain) return {};
   const auto count = std::count_if(report.findings.begin(), report.findings.end(), IsToMend);
   const auto worst = std::find_if(report.findings.begin(), report.findings.end(),
                                   [&](const Finding& finding) { return finding.verdict == Verdict::kBad; });

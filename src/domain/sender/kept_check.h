@@ -12,7 +12,8 @@ namespace quillcast::domain {
 
 inline constexpr std::chrono::hours kCheckCounts{24};
 
-// One is kept, of the domain that was checked last; one that found out nothing is not, and leaves the one before.
+// One is kept, of the account's own domain, as runs send in the name of no other; one that found out nothing is not,
+// and leaves the one before.
 Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string& domain,
                              std::chrono::system_clock::time_point now, const SenderReport& report);
 
