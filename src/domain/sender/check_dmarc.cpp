@@ -20,12 +20,29 @@ std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Ans
   return records;
 }
 
-void TellPolicy(const std::string& domain, const DmarcRecord& record, DmarcRecord::Policy policy, Findings& found) {
-  if (policy == DmarcRecord::Policy::kNone) {
+// A record that asks for reports alone; it is at `at`, of the domain or of the organisation above it.
+void TellWatching(const std::string& domain, const std::string& at, const DmarcRecord& record, Findings& found) {
+  if (at == domain) {
     found.push_back(
         {kTopic, "dmarc-none", Verdict::kWeak,
          Say("The record only watches (\"p=none\"): what others send in the name of {} is delivered.", domain),
          "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\"."});
+    return;
+  }
+  const char* tag = record.policy == record.subdomain_policy ? "p" : "sp";
+  found.push_back(
+      {kTopic, "dmarc-none", Verdict::kWeak,
+       Say("The record of {} only watches (\"{}=none\"): what others send in the name of {} is delivered.", at, tag,
+           domain),
+       Say("When its reports show that your own mail passes, write \"{}=quarantine\" at _dmarc.{}, and later "
+           "\"{}=reject\".",
+           tag, at, tag)});
+}
+
+void TellPolicy(const std::string& domain, const std::string& at, const DmarcRecord& record, DmarcRecord::Policy policy,
+                Findings& found) {
+  if (policy == DmarcRecord::Policy::kNone) {
+    TellWatching(domain, at, record, found);
   } else {
     found.push_back({kTopic, "dmarc", Verdict::kGood,
                      policy == DmarcRecord::Policy::kReject
@@ -111,7 +128,7 @@ bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, F
     return true;
   }
   const DmarcRecord::Policy policy = at == domain ? record->policy : record->subdomain_policy;
-  TellPolicy(domain, *record, policy, found);
+  TellPolicy(domain, at, *record, policy, found);
   TellAlignment(domain, *record, policy, ways, found);
   return true;
 }

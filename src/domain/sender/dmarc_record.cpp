@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "domain/sender/tag_list.h"
+#include "net/idna.h"
 #include "platform/text.h"
 
 namespace quillcast::domain {
@@ -27,21 +28,23 @@ bool IsDmarc(std::string_view record) {
 }
 
 Result<DmarcRecord> ParseDmarc(std::string_view record) {
-  const Result<TagList> tags = TagList::Parse(record);
-  if (!tags) return tags.error();
-  std::optional<DmarcRecord::Policy> policy = PolicyOf(tags->ValueOf("p"));
+  const TagList tags = TagList::Read(record);
+  if (tags.CountOf("p") > 1) {
+    return Error{Failure::kBadData, "\"p=\" stands twice.", "Leave one policy in the record."};
+  }
+  std::optional<DmarcRecord::Policy> policy = PolicyOf(tags.ValueOf("p"));
   // One that asks for reports alone watches (RFC 7489 6.6.3).
-  if (!policy && !tags->ValueOf("rua").empty()) policy = DmarcRecord::Policy::kNone;
+  if (!policy && !tags.ValueOf("rua").empty()) policy = DmarcRecord::Policy::kNone;
   if (!policy) {
-    return Error{Failure::kBadData, Say("\"p={}\" is no policy.", platform::Printable(tags->ValueOf("p"), 60)),
+    return Error{Failure::kBadData, Say("\"p={}\" is no policy.", platform::Printable(tags.ValueOf("p"), 60)),
                  "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."};
   }
   DmarcRecord found;
   found.policy = *policy;
-  found.subdomain_policy = PolicyOf(tags->ValueOf("sp")).value_or(*policy);
-  found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags->ValueOf("adkim"), "s");
-  found.percent = static_cast<int>(platform::WholeNumberBetween(tags->ValueOf("pct"), 0, 100).value_or(100));
-  for (const std::string_view address : platform::Split(tags->ValueOf("rua"), ',')) {
+  found.subdomain_policy = PolicyOf(tags.ValueOf("sp")).value_or(*policy);
+  found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags.ValueOf("adkim"), "s");
+  found.percent = static_cast<int>(platform::WholeNumberBetween(tags.ValueOf("pct"), 0, 100).value_or(100));
+  for (const std::string_view address : platform::Split(tags.ValueOf("rua"), ',')) {
     if (const std::string_view trimmed = platform::Trim(address); !trimmed.empty())
       found.reports_to.emplace_back(trimmed);
   }
@@ -49,8 +52,9 @@ Result<DmarcRecord> ParseDmarc(std::string_view record) {
 }
 
 std::string OrganisationalDomain(const std::string& domain) {
-  const char* found = psl_registrable_domain(psl_builtin(), domain.c_str());
-  return found == nullptr ? domain : std::string(found);
+  const std::string name = platform::AsciiLower(net::WithoutRootDot(domain));
+  const char* found = psl_registrable_domain(psl_builtin(), name.c_str());
+  return found == nullptr ? name : std::string(found);
 }
 
 }  // namespace quillcast::domain

@@ -25,11 +25,13 @@ struct DmarcRecord {
 // A text record at "_dmarc" that is another thing is passed over (RFC 7489 6.6.3).
 bool IsDmarc(std::string_view record);
 
-// Fails with kBadData for what is no list of tags, no policy or an unknown one, which receivers take for no record.
+// Fails with kBadData for no policy, two, or an unknown one, which receivers take for no record. What else is wrong
+// they pass over (RFC 7489 6.3), and so does this.
 Result<DmarcRecord> ParseDmarc(std::string_view record);
 
 // The domain at which an organisation's names begin, by the list of public suffixes: "example.co.uk" of
-// "news.example.co.uk". The name itself where it has none. In A-labels and small letters, as it came.
+// "news.example.co.uk". The name itself where it has none. In small letters and without the root's
+// dot; what comes in is in A-labels.
 std::string OrganisationalDomain(const std::string& domain);
 
 }  // namespace quillcast::domain
