@@ -47,6 +47,17 @@ void TellKey(const std::string& name, const DkimKey& key, Findings& found, Passi
                                       : Say("There is an Ed25519 key at {}.", name));
 }
 
+// A key that nobody named may be one of long ago: what is wrong with it is held against nobody. False where there is no
+// other.
+bool KeepGuessesApart(Findings& found, std::size_t from) {
+  bool any_counts = false;
+  for (std::size_t i = from; i < found.size(); ++i) {
+    any_counts = any_counts || found[i].verdict != Verdict::kBad;
+    if (found[i].verdict == Verdict::kBad) found[i].verdict = Verdict::kNote;
+  }
+  return any_counts;
+}
+
 // Adds what is at one name; `is_there` tells whether there was a key at all. False while it is not known.
 bool CheckKey(const std::string& name, Answers& answers, Findings& found, bool& is_there, Passing& passing) {
   const net::DnsAnswer* texts = answers.Of(name, net::DnsType::kTxt);
@@ -90,7 +101,7 @@ bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found
   const std::string above = OrganisationalDomain(question.domain);
   ways.key = is_guess ? Passing::kUnknown : Passing::kNo;
   bool is_known = true;
-  bool any_is_there = false;
+  const std::size_t before = found.size();
   for (const std::string& selector : is_guess ? UsualSelectors() : question.selectors) {
     const std::string name = KeyName(selector, question.domain);
     bool is_there = false;
@@ -99,16 +110,17 @@ bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found
       const std::string name_above = KeyName(selector, above);
       is_known = CheckKey(name_above, answers, found, is_there, ways.organisations_key) && is_known;
     }
-    any_is_there = any_is_there || is_there;
     if (!is_guess && !is_there) {
       found.push_back({kTopic, "no-dkim", Verdict::kBad, Say("There is no key at {}.", name),
                        "Publish the key that your mail provider gives for this selector, or check the selector: it "
                        "stands behind \"s=\" in the DKIM-Signature of a message that you sent."});
     }
   }
-  if (is_known && is_guess && !any_is_there) {
+  if (is_guess && !KeepGuessesApart(found, before) && is_known) {
     found.push_back({kTopic, "dkim-not-found", Verdict::kUnknown,
-                     Say("No key was found under the usual names at _domainkey.{}.", question.domain),
+                     found.size() == before
+                         ? Say("No key was found under the usual names at _domainkey.{}.", question.domain)
+                         : Say("No key that counts was found under the usual names at _domainkey.{}.", question.domain),
                      "Give the selector that your mail provider signs with: it stands behind \"s=\" in the "
                      "DKIM-Signature of a message that you sent."});
   }
