@@ -28,12 +28,11 @@ Result<domain::SenderQuestion> QuestionOf(const Context& context, const CheckOpt
   if (!question) return question;
   question->selectors = options.selectors;
   if (options.server.empty()) return question;
-  const auto server = net::ParseHostPort(options.server, 25);  // the port is of no account here
-  const auto host = server ? net::AsciiHost(server->host) : Result<std::string>(Error{});
-  if (!host) {
+  auto hosts = domain::HostsIn(options.server);
+  if (!hosts || hosts->empty()) {
     return Error{Failure::kUsage, Say("\"{}\" is not a server.", options.server), "Give its name or its address."};
   }
-  question->server = *host;
+  question->servers = *std::move(hosts);
   return question;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "account/account_connection.h"
 #include "net/address.h"
 #include "net/idna.h"
 #include "platform/text.h"
@@ -32,6 +33,25 @@ std::optional<std::string> DomainIn(std::string_view text) {
 
 }  // namespace
 
+Result<std::vector<std::string>> HostsIn(const std::string& list) {
+  account::AccountSettings account;
+  account.Set(account::AccountKey::kServer, list);
+  const auto servers = account::ServersOf(account);
+  if (!servers) return servers.error();
+  std::vector<std::string> hosts;
+  for (const smtp::Server& server : *servers) {
+    const Result<std::string> ascii = net::AsciiHost(server.host);
+    if (!ascii) return ascii.error();
+    if (ascii->find_first_of(": ") != std::string::npos && !net::ParseIpAddress(*ascii)) {
+      return Error{Failure::kNotConfigured, Say("\"{}\" is no server.", platform::Printable(*ascii, 100)),
+                   "Give its name or its address."};
+    }
+    std::string host = platform::AsciiLower(net::WithoutRootDot(*ascii));
+    if (std::find(hosts.begin(), hosts.end(), host) == hosts.end()) hosts.push_back(std::move(host));
+  }
+  return hosts;
+}
+
 Result<SenderQuestion> QuestionOf(const account::AccountSettings& account) {
   const std::string& address = account[account::AccountKey::kEmail];
   const std::size_t at = address.rfind('@');
@@ -41,8 +61,11 @@ Result<SenderQuestion> QuestionOf(const account::AccountSettings& account) {
     return Error{Failure::kNotConfigured, "The account has no address whose domain could be checked.",
                  "Name a domain, or fill in the account's address."};
   }
-  return SenderQuestion{
-      .domain = *domain, .local_part = address.substr(0, at), .server = account[account::AccountKey::kServer]};
+  // A list that cannot be read is asked about as it stands: the check then tells that it has no address.
+  const std::string& list = account[account::AccountKey::kServer];
+  return SenderQuestion{.domain = *domain,
+                        .local_part = address.substr(0, at),
+                        .servers = IgnoreErrors(HostsIn(list), std::vector{list})};
 }
 
 Result<SenderQuestion> QuestionOf(std::string_view domain, const account::AccountSettings& account) {

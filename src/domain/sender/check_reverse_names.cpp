@@ -4,6 +4,7 @@
 #include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
 #include "domain/sender/spf_record.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
@@ -50,37 +51,42 @@ WayBack FollowBack(const net::IpAddress& address, const DnsAnswer& names, Answer
   return way;
 }
 
+// Where a finding belongs: the domain that is checked, and the server.
+struct Place {
+  const std::string& domain;
+  const std::string& server;
+};
+
 // A server of somebody else's: what is wrong with it others have to mend, if it does harm at all.
-bool IsProviders(const SenderQuestion& question) {
-  return !net::ParseIpAddress(question.server) &&
-         OrganisationalDomain(question.server) != OrganisationalDomain(question.domain);
+bool IsProviders(const Place& place) {
+  return !net::ParseIpAddress(place.server) && OrganisationalDomain(place.server) != OrganisationalDomain(place.domain);
 }
 
-Finding NoName(const SenderQuestion& question, const std::string& address) {
+Finding NoName(const Place& place, const std::string& address) {
   const Sentence what = Say("The address {} has no name.", address);
-  if (!IsProviders(question)) {
+  if (!IsProviders(place)) {
     return {kTopic, "no-reverse-name", Verdict::kBad, what,
             "Ask who provides the server to give the address its name: many receivers refuse a server without."};
   }
   return {kTopic, "no-reverse-name", Verdict::kWeak, what,
           Say("If {} sends your mail to others itself, ask its provider to give the address its name: many receivers "
               "refuse a server without. If it passes your mail on, nothing is to be done.",
-              question.server)};
+              place.server)};
 }
 
-Finding NameElsewhere(const SenderQuestion& question, const std::string& address, const std::string& name) {
+Finding NameElsewhere(const Place& place, const std::string& address, const std::string& name) {
   const Sentence what = Say("The address {} is called {}, which does not lead back to it.", address, name);
-  if (!IsProviders(question)) {
+  if (!IsProviders(place)) {
     return {kTopic, "reverse-name-elsewhere", Verdict::kBad, what,
             "Give that name the address, or let who provides the server give the address its right name."};
   }
   return {kTopic, "reverse-name-elsewhere", Verdict::kWeak, what,
           Say("If {} sends your mail to others itself, ask its provider to make the two agree. If it passes your mail "
               "on, nothing is to be done.",
-              question.server)};
+              place.server)};
 }
 
-bool CheckAddress(const SenderQuestion& question, const net::IpAddress& address, Answers& answers, Findings& found) {
+bool CheckAddress(const Place& place, const net::IpAddress& address, Answers& answers, Findings& found) {
   const std::string text = net::ToString(address);
   const DnsAnswer* names = answers.Of(net::ReverseName(address), DnsType::kPtr);
   if (names == nullptr) return false;
@@ -89,7 +95,7 @@ bool CheckAddress(const SenderQuestion& question, const net::IpAddress& address,
     return true;
   }
   if (names->records.empty()) {
-    found.push_back(NoName(question, text));
+    found.push_back(NoName(place, text));
     return true;
   }
   const WayBack way = FollowBack(address, *names, answers);
@@ -103,45 +109,51 @@ bool CheckAddress(const SenderQuestion& question, const net::IpAddress& address,
     found.push_back({kTopic, "reverse-name", Verdict::kGood,
                      Say("The address {} is called {}, and the name leads back to it.", text, names->records[0].text)});
   } else {
-    found.push_back(NameElsewhere(question, text, names->records[0].text));
+    found.push_back(NameElsewhere(place, text, names->records[0].text));
   }
   return true;
 }
 
+// A server of which no address is known, because nobody answered or because there is none.
+void TellWithoutAddress(const std::string& server, Answers& answers, Findings& found) {
+  for (const DnsType type : {DnsType::kA, DnsType::kAaaa}) {
+    const DnsAnswer* answer = answers.Of(server, type);
+    if (answer == nullptr || !answer->records.empty()) return;  // one in a private network
+    if (!answer->answered()) return found.push_back(Unanswered(kTopic, server, *answer));
+  }
+  // "localhost", "mail": known to this computer or its network alone.
+  if (server.find('.') == std::string::npos) return;
+  found.push_back(
+      {kTopic, "server-without-address", Verdict::kWeak,
+       Say("{}, the server of the account, has no address.", platform::Printable(server)),
+       "Check how the account writes it; if it is known in your own network alone, nothing is to be done."});
+}
+
 }  // namespace
 
-std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& server, Answers& answers) {
-  std::vector<net::IpAddress> addresses;
-  if (server.empty()) return addresses;
-  if (const std::optional<net::IpAddress> literal = net::ParseIpAddress(server)) {
-    if (IsPublic(*literal)) addresses.push_back(*literal);
-    return addresses;
+std::optional<SeenServer> LookAtServer(const std::string& name, Answers& answers) {
+  SeenServer server{.name = name};
+  if (const std::optional<net::IpAddress> literal = net::ParseIpAddress(name)) {
+    if (IsPublic(*literal)) server.addresses.push_back(*literal);
+    return server;
   }
-  const DnsAnswer* ip4 = answers.Of(server, DnsType::kA);
-  const DnsAnswer* ip6 = answers.Of(server, DnsType::kAaaa);
+  const DnsAnswer* ip4 = answers.Of(name, DnsType::kA);
+  const DnsAnswer* ip6 = answers.Of(name, DnsType::kAaaa);
   if (ip4 == nullptr || ip6 == nullptr) return std::nullopt;
   for (const DnsAnswer* answer : {ip4, ip6}) {
     for (const net::DnsRecord& record : answer->records) {
-      if (IsPublic(record.address) && addresses.size() < kMostNames) addresses.push_back(record.address);
+      if (IsPublic(record.address) && server.addresses.size() < kMostNames) server.addresses.push_back(record.address);
     }
   }
-  return addresses;
+  return server;
 }
 
-bool CheckReverseNames(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
-                       Findings& found) {
-  const std::string& server = question.server;
-  if (addresses.empty() && !server.empty() && !net::ParseIpAddress(server)) {
-    for (const DnsType type : {DnsType::kA, DnsType::kAaaa}) {
-      const DnsAnswer* answer = answers.Of(server, type);
-      if (answer == nullptr || answer->answered()) continue;
-      found.push_back(Unanswered(kTopic, server, *answer));
-      break;
-    }
-  }
+bool CheckReverseNames(const std::string& domain, const SeenServer& server, Answers& answers, Findings& found) {
+  if (server.addresses.empty() && !net::ParseIpAddress(server.name)) TellWithoutAddress(server.name, answers, found);
   bool is_known = true;
-  for (const net::IpAddress& address : addresses)
-    is_known = CheckAddress(question, address, answers, found) && is_known;
+  for (const net::IpAddress& address : server.addresses) {
+    is_known = CheckAddress({.domain = domain, .server = server.name}, address, answers, found) && is_known;
+  }
   return is_known;
 }
 

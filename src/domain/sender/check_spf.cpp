@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "domain/sender/sender_topics.h"
 #include "domain/sender/spf_check.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
@@ -89,6 +91,13 @@ SpfResult EvaluateNobody(Answers& answers, SpfSender sender) {
   return any;
 }
 
+// "all" refuses everybody whom nothing before it lets send.
+bool LetsNobody(const SpfRecord& record) {
+  const auto passes = [](const SpfTerm& term) { return term.verdict == SpfVerdict::kPass; };
+  const SpfTerm* all = record.All();
+  return all != nullptr && std::none_of(record.terms.data(), all + 1, passes);
+}
+
 // What becomes of everybody whom the record does not name.
 void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCost& cost, SpfResult nobody,
                 Findings& found) {
@@ -100,52 +109,89 @@ void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCos
   } else if (record.redirect.empty() && (all == nullptr || all->verdict == SpfVerdict::kNeutral)) {
     found.push_back({kTopic, "spf-neutral", Verdict::kWeak, "The record says nothing of those whom it does not name.",
                      "End it with \"~all\" or \"-all\"."});
+  } else if (LetsNobody(record)) {
+    found.push_back({kTopic, "spf-nobody", Verdict::kBad, Say("The record lets nobody send for {}.", domain),
+                     Say("Name those who send for you before its \"{}\"; your mail provider tells what belongs there.",
+                         all->text)});
   } else {
     found.push_back({kTopic, "spf", Verdict::kGood,
                      Say("{} says who may send for it; its record takes {} of {} look-ups.", domain, cost.lookups,
                          kMostSpfLookups)});
   }
+  if (all != nullptr && all != &record.terms.back()) {
+    found.push_back({kTopic, "spf-behind-all", Verdict::kWeak,
+                     Say("Receivers pass over \"{}\" in the record, as it stands behind \"{}\".",
+                         platform::Printable((all + 1)->text, 60), all->text),
+                     Say("Put \"{}\" at the end of the record.", all->text)});
+  }
 }
 
-bool TellServer(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, SpfSender sender,
-                Answers& answers, Findings& found, Passing& passing) {
+// Whether the record lets one server send; kUnknown where it does not, as the server may pass the mail on. Nothing
+// while it is not known.
+std::optional<Passing> TellServer(const SeenServer& server, SpfSender sender, Answers& answers, Findings& found) {
   bool is_known = true;
   bool is_answered = true;
+  bool stops = false;
   std::string outside;
-  for (const net::IpAddress& address : addresses) {
+  sender.host = server.name;
+  for (const net::IpAddress& address : server.addresses) {
     sender.address = address;
     const SpfResult result = EvaluateSpf(answers, sender);
     if (result == SpfResult::kPending) is_known = false;
     if (result == SpfResult::kTemporaryError) is_answered = false;
-    if (result != SpfResult::kPass && outside.empty()) outside = net::ToString(address);
+    if (result == SpfResult::kPass || !outside.empty()) continue;
+    outside = net::ToString(address);
+    stops = result == SpfResult::kPermanentError;
   }
-  if (!is_known || addresses.empty()) return is_known;
+  if (!is_known) return std::nullopt;
   if (!is_answered) {
     found.push_back({kTopic, "spf-server-unknown", Verdict::kUnknown,
-                     Say("Whether the record names {} could not be found out.", question.server),
+                     Say("Whether the record names {} could not be found out.", server.name),
                      "Try again later, or ask another name server."});
-    return true;
-  }
-  if (outside.empty()) {
-    passing = Passing::kYes;
-    found.push_back({kTopic, "spf-covers-server", Verdict::kGood, Say("The record names {}.", question.server)});
+  } else if (outside.empty()) {
+    found.push_back({kTopic, "spf-covers-server", Verdict::kGood, Say("The record names {}.", server.name)});
+    return Passing::kYes;
+  } else if (stops) {
+    found.push_back(
+        {kTopic, "spf-stops-at-server", Verdict::kWeak,
+         Say("Receivers give up on the record before they find {}, an address of {}.", outside, server.name),
+         "If that is the server that sends your mail to others, name the address itself (\"ip4:\", "
+         "\"ip6:\") before the hosts of the record."});
   } else {
     found.push_back({kTopic, "spf-misses-server", Verdict::kWeak,
-                     Say("The record does not name {}, an address of {}.", outside, question.server),
+                     Say("The record does not name {}, an address of {}.", outside, server.name),
                      "If that is the server that sends your mail to others, add it; if it passes your mail on, ask its "
                      "provider which \"include:\" belongs into the record."});
   }
-  return true;
+  return Passing::kUnknown;
+}
+
+// False while it is not known.
+bool TellServers(const std::vector<SeenServer>& servers, const SpfSender& sender, Answers& answers, Findings& found,
+                 Passing& passing) {
+  bool is_known = true;
+  std::optional<Passing> all;
+  for (const SeenServer& server : servers) {
+    if (server.addresses.empty()) continue;
+    const std::optional<Passing> one = TellServer(server, sender, answers, found);
+    is_known = one.has_value() && is_known;
+    all = std::min(all.value_or(Passing::kYes), one.value_or(Passing::kUnknown));
+  }
+  passing = all.value_or(Passing::kUnknown);
+  return is_known;
 }
 
 }  // namespace
 
-bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
-              Findings& found, Passing& passing) {
-  const SpfSender sender{.local_part = question.local_part,
-                         .domain = question.domain,
-                         .address = addresses.empty() ? net::IpAddress{} : addresses[0],
-                         .host = question.server};
+bool CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers, Findings& found,
+              Passing& passing) {
+  SpfSender sender{.local_part = question.local_part, .domain = question.domain};
+  const auto seen =
+      std::find_if(servers.begin(), servers.end(), [](const SeenServer& each) { return !each.addresses.empty(); });
+  if (seen != servers.end()) {
+    sender.address = seen->addresses[0];
+    sender.host = seen->name;
+  }
   const SpfPublished spf = FindSpf(answers, question.domain);
   if (spf.state == State::kPending) return false;
   passing = spf.state == State::kNoAnswer ? Passing::kUnknown : Passing::kNo;
@@ -156,10 +202,11 @@ bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>&
   const SpfCost cost = CountSpf(answers, sender);
   const SpfResult nobody = EvaluateNobody(answers, sender);
   if (cost.is_pending || nobody == SpfResult::kPending) return false;
-  if (TellCost(cost, found)) return true;
+  // Where receivers give up on it the server may still be found before, or may pass the mail on.
   passing = Passing::kUnknown;
+  if (TellCost(cost, found)) return true;
   TellOthers(question.domain, spf.record, cost, nobody, found);
-  return TellServer(question, addresses, sender, answers, found, passing);
+  return TellServers(servers, sender, answers, found, passing);
 }
 
 }  // namespace quillcast::domain

@@ -34,17 +34,22 @@ SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFi
   SenderReport report;
   Findings& found = report.findings;
   // Each part is called whatever the others lack, so that all they want is asked for at once.
-  std::vector<std::string> servers;
-  bool is_complete = CheckMx(question.domain, answers, found, servers);
-  const std::optional<std::vector<net::IpAddress>> addresses = PublicAddresses(question.server, answers);
-  is_complete = addresses.has_value() && is_complete;
+  std::vector<std::string> mail_hosts;
+  bool is_complete = CheckMx(question.domain, answers, found, mail_hosts);
+  std::vector<SeenServer> seen;
+  for (const std::string& name : question.servers) {
+    std::optional<SeenServer> server = LookAtServer(name, answers);
+    is_complete = server.has_value() && is_complete;
+    if (server) seen.push_back(*std::move(server));
+  }
   Ways ways;
-  is_complete =
-      CheckSpf(question, addresses.value_or(std::vector<net::IpAddress>()), answers, found, ways.spf) && is_complete;
+  is_complete = CheckSpf(question, seen, answers, found, ways.spf) && is_complete;
   is_complete = CheckDkim(question, answers, found, ways) && is_complete;
   is_complete = CheckDmarc(question.domain, ways, answers, found) && is_complete;
-  is_complete = CheckSts(question.domain, servers, answers, sts, found) && is_complete;
-  is_complete = (!addresses || CheckReverseNames(question, *addresses, answers, found)) && is_complete;
+  is_complete = CheckSts(question.domain, mail_hosts, answers, sts, found) && is_complete;
+  for (const SeenServer& server : seen) {
+    is_complete = CheckReverseNames(question.domain, server, answers, found) && is_complete;
+  }
   report.is_complete = is_complete;
   return report;
 }

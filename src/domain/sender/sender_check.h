@@ -16,7 +16,7 @@ struct SenderQuestion {
   std::string domain;  // of the From address, in A-labels, without a dot at its end
   std::string local_part = "postmaster";
   std::vector<std::string> selectors = {};  // of the signature's key; none: UsualSelectors are tried
-  std::string server = {};                  // to which the account gives its mail, a name or an address; may be empty
+  std::vector<std::string> servers = {};    // to which the account gives its mail, names in A-labels or addresses
 };
 
 // Names under which many providers publish their keys, tried where nobody gave one.

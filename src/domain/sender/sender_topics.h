@@ -28,12 +28,18 @@ struct Ways {
 // Where the domain's own mail goes (RFC 5321 5.1, RFC 7505). `servers` gets the hosts.
 bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::vector<std::string>& servers);
 
-// The server's addresses that others see: no loopback and no private ones. Nothing while they are not known.
-std::optional<std::vector<net::IpAddress>> PublicAddresses(const std::string& server, Answers& answers);
+// A server of the account's, with the addresses of it that others see: no loopback and no private ones.
+struct SeenServer {
+  std::string name;
+  std::vector<net::IpAddress> addresses = {};
+};
 
-// `passing` becomes kYes where the record lets all those addresses send, kNo where receivers take no record.
-bool CheckSpf(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
-              Findings& found, Passing& passing);
+// Nothing while it is not known.
+std::optional<SeenServer> LookAtServer(const std::string& name, Answers& answers);
+
+// `passing` becomes kYes where the record lets all those servers send, kNo where receivers take no record.
+bool CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers, Findings& found,
+              Passing& passing);
 
 // Each key becomes kYes where one was found that receivers take, kNo where none of the given selectors has one. The
 // organisation's are looked for where the domain has none itself.
@@ -44,9 +50,8 @@ bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, F
 bool CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
               Findings& found);
 
-// The names of the server's addresses, and whether they lead back (RFC 1912 2.1). A server of another organisation may
-// pass the mail on, and is not the sender's to mend.
-bool CheckReverseNames(const SenderQuestion& question, const std::vector<net::IpAddress>& addresses, Answers& answers,
-                       Findings& found);
+// The names of a server's addresses, and whether they lead back (RFC 1912 2.1). A server of another organisation than
+// the domain's may pass the mail on, and is not the sender's to mend.
+bool CheckReverseNames(const std::string& domain, const SeenServer& server, Answers& answers, Findings& found);
 
 }  // namespace quillcast::domain

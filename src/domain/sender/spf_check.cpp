@@ -205,13 +205,18 @@ class Evaluation {
     }
   }
 
-  // kYes where records were found; then `records` has them.
+  // What a term names. kYes where records were found; then `records` has them.
   Match Find(const std::string& name, DnsType type, const std::vector<net::DnsRecord>*& records) {
+    const Match found = FindBehind(name, type, records);
+    return found == Match::kNo && ++voids_ > kMostVoidLookups ? Match::kPermanentError : found;
+  }
+
+  // The same of what the answer to a term leads to: the limit of void look-ups is one of terms (RFC 7208 4.6.4), so
+  // that mail hosts of one family alone do no harm.
+  Match FindBehind(const std::string& name, DnsType type, const std::vector<net::DnsRecord>*& records) {
     const DnsAnswer* answer = answers_.Of(name, type);
     if (answer == nullptr) return Match::kPending;
-    if (IsVoid(*answer) || answer->outcome == DnsOutcome::kBadName) {
-      return ++voids_ > kMostVoidLookups ? Match::kPermanentError : Match::kNo;
-    }
+    if (IsVoid(*answer) || answer->outcome == DnsOutcome::kBadName) return Match::kNo;
     if (answer->outcome != DnsOutcome::kFound) return Match::kTemporaryError;
     records = &answer->records;
     return Match::kYes;
@@ -220,9 +225,12 @@ class Evaluation {
   Match HasAddress(const std::string& name, const SpfTerm& term) {
     const std::vector<net::DnsRecord>* records = nullptr;
     const Match found = Find(name, TypeFor(sender_.address), records);
-    if (found != Match::kYes) return found;
+    return found == Match::kYes ? IsAmong(*records, term) : found;
+  }
+
+  Match IsAmong(const std::vector<net::DnsRecord>& records, const SpfTerm& term) const {
     const int bits = sender_.address.family == net::Family::kIpv4 ? term.bits4 : term.bits6;
-    const bool is_there = std::any_of(records->begin(), records->end(), [&](const net::DnsRecord& record) {
+    const bool is_there = std::any_of(records.begin(), records.end(), [&](const net::DnsRecord& record) {
       return InNetwork(sender_.address, record.address, bits);
     });
     return is_there ? Match::kYes : Match::kNo;
@@ -237,8 +245,10 @@ class Evaluation {
     Match whole = Match::kNo;
     for (const net::DnsRecord& server : *servers) {
       if (server.text.empty()) continue;  // a null MX
-      const Match match = HasAddress(server.text, term);
-      if (match == Match::kYes || match == Match::kPermanentError) return match;
+      const std::vector<net::DnsRecord>* records = nullptr;
+      Match match = FindBehind(server.text, TypeFor(sender_.address), records);
+      if (match == Match::kYes) match = IsAmong(*records, term);
+      if (match == Match::kYes) return match;
       if (match != Match::kNo && whole != Match::kPending) whole = match;
     }
     return whole;

@@ -93,6 +93,26 @@ bool TakeNetwork(std::string_view argument, SpfTerm& term) {
   return true;
 }
 
+// The last label is one that a domain at the top could have, behind a dot, or the name ends in a macro (RFC 7208 7.1).
+bool EndsAsAName(std::string_view name) {
+  for (const std::string_view macro : {"}", "%%", "%_", "%-"}) {
+    if (name.ends_with(macro)) return true;
+  }
+  if (name.ends_with('.')) name.remove_suffix(1);
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) return false;
+  const std::string_view label = name.substr(dot + 1);
+  constexpr auto kMayStand = [](char c) { return platform::AsciiIsAlnum(c) || c == '-'; };
+  return !label.empty() && !label.starts_with('-') && !label.ends_with('-') &&
+         std::all_of(label.begin(), label.end(), kMayStand) &&
+         label.find_first_not_of("0123456789") != std::string_view::npos;
+}
+
+bool IsName(std::string_view name) {
+  return EndsAsAName(name) &&
+         ExpandSpfName(std::string(name), "a.example", {.local_part = "a", .domain = "a.example"}).has_value();
+}
+
 bool TakeArgument(const MechanismRow& row, std::string_view argument, SpfTerm& term) {
   const bool has_colon = argument.starts_with(':');
   if (row.argument == Argument::kNone) return argument.empty();
@@ -101,7 +121,7 @@ bool TakeArgument(const MechanismRow& row, std::string_view argument, SpfTerm& t
   if (argument.empty()) return row.argument != Argument::kName;
   if (!has_colon || argument.size() == 1) return false;
   term.name = argument.substr(1);
-  return ExpandSpfName(term.name, "a.example", {.local_part = "a", .domain = "a.example"}).has_value();
+  return IsName(term.name);
 }
 
 // "name=value"; nothing for what is a mechanism.
@@ -156,7 +176,7 @@ Result<SpfRecord> ParseSpf(std::string_view record) {
     if (const auto modifier = ModifierOf(words[i])) {
       const bool is_redirect = platform::EqualsIgnoringAsciiCase(modifier->first, "redirect");
       const bool is_explanation = platform::EqualsIgnoringAsciiCase(modifier->first, "exp");
-      if (is_redirect && (modifier->second.empty() || !found.redirect.empty())) return BadWord(words[i]);
+      if (is_redirect && (!IsName(modifier->second) || !found.redirect.empty())) return BadWord(words[i]);
       if (is_explanation && has_explanation) return BadWord(words[i]);
       if (is_redirect) found.redirect = modifier->second;
       has_explanation = has_explanation || is_explanation;

@@ -92,6 +92,10 @@ class Zone {
   std::vector<Row> rows_;
 };
 
+std::vector<std::string> ListOf(const std::string& server) {
+  return server.empty() ? std::vector<std::string>() : std::vector{server};
+}
+
 struct Checked {
   SenderReport report;
   int rounds = 0;     // of questions that depend on the answers before
@@ -101,7 +105,7 @@ struct Checked {
 Checked Check(const Zone& zone,
               SenderQuestion question = {.domain = "example.org",
                                          .selectors = {"s1"},
-                                         .server = "smtp.provider.example"},
+                                         .servers = {"smtp.provider.example"}},
               Result<std::string> policy = std::string()) {
   Checked checked;
   Answers answers;
@@ -165,6 +169,15 @@ const Case kCases[] = {
     {"example.org TXT v=spf1", "example.org TXT v=spf1 +all", "spf-open",
      "bad: SPF: The record lets everybody in the world send for example.org.\n"
      "Name those who send for you alone, and end it with \"~all\" or \"-all\"."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 -all", "spf-nobody",
+     "bad: SPF: The record lets nobody send for example.org.\n"
+     "Name those who send for you before its \"-all\"; your mail provider tells what belongs there."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ~all include:new.example mx", "spf-behind-all",
+     "weak: SPF: Receivers pass over \"include:new.example\" in the record, as it stands behind \"~all\".\n"
+     "Put \"~all\" at the end of the record."},
+    {"smtp.provider", "", "server-without-address",
+     "weak: Reverse name: smtp.provider.example, the server of the account, has no address.\n"
+     "Check how the account writes it; if it is known in your own network alone, nothing is to be done."},
     {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ?all", "spf-neutral",
      "weak: SPF: The record says nothing of those whom it does not name.\n"
      "End it with \"~all\" or \"-all\"."},
@@ -265,7 +278,8 @@ TEST(SenderCheck, SaysWhatIsWrongAndWhatToDo) {
 
 TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
   constexpr const char* kWithout = "5.113";
-  constexpr const char* kServers = "mail.example.org A 203.0.113.5\nmail.other.example A 203.0.113.5\n";
+  constexpr const char* kServers =
+      "mail.example.org A 203.0.113.5\nMail.Example.ORG. A 203.0.113.5\nmail.other.example A 203.0.113.5\n";
   struct Row {
     const char* domain;
     const char* server;
@@ -277,6 +291,7 @@ TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
                "bad: Reverse name: The address 203.0.113.5 has no name.\nAsk who"},
            Row{"news.example.org", "mail.example.org", "", "bad: "},
            Row{"example.org", "203.0.113.5", "", "bad: "},
+           Row{"example.org", "Mail.Example.ORG.", "", "bad: "},
            Row{"example.org", "mail.other.example", "", "weak: "},
            Row{"example.org", "mail.example.org", "5.113.0.203.in-addr.arpa PTR smtp.other.example",
                "bad: Reverse name: The address 203.0.113.5 is called smtp.other.example, which does not lead back to "
@@ -284,7 +299,7 @@ TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
        }) {
     SCOPED_TRACE(std::string(row.domain) + " " + row.server);
     const Zone zone = Changed({kWithout, row.with, "", ""}, kServers);
-    const Checked checked = Check(zone, {.domain = row.domain, .selectors = {"s1"}, .server = row.server});
+    const Checked checked = Check(zone, {.domain = row.domain, .selectors = {"s1"}, .servers = ListOf(row.server)});
     EXPECT_EQ(Drawn(checked.report.findings.back()).substr(0, std::strlen(row.drawn)), row.drawn);
   }
 }
@@ -313,15 +328,22 @@ TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
            Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "", "spf"},
            Row{"example.org TXT v=spf1 include:%{i}._spf.example -all", "203.0.113.5", "spf-broken-include"},
            Row{"example.org TXT v=spf1 include:%{z}.example -all", "", "spf-mistake"},
-           Row{"example.org TXT v=spf1 -all a:v1.example a:v2.example a:v3.example include:none.example", "", "spf"},
-           Row{"example.org TXT v=spf1 -all\n5.113.0.203.in-addr.arpa PTR h.example\nh.example FAILS", "203.0.113.5",
-               "spf spf-misses-server no-answer"},
-           Row{"example.org TXT v=spf1 -all\nsmtp.example FAILS", "smtp.example", "spf no-answer"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all a:v1.example a:v2.example a:v3.example include:none.example",
+               "", "spf spf-behind-all"},
+           Row{"example.org TXT v=spf1 ?ip4:192.0.2.1 ~all mx", "", "spf-nobody spf-behind-all"},
+           Row{"example.org TXT v=spf1 a:v1.example a:v2.example a:v3.example -all\nv1.example A 192.0.2.1\n"
+               "v2.example A 192.0.2.2\nv3.example A 192.0.2.3",
+               "2a01:488::40", "spf spf-stops-at-server"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all", "localhost", "spf"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all", "typo.example", "spf server-without-address"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\n5.113.0.203.in-addr.arpa PTR h.example\nh.example FAILS",
+               "203.0.113.5", "spf spf-misses-server no-answer"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\nsmtp.example FAILS", "smtp.example", "spf no-answer"},
        }) {
     SCOPED_TRACE(std::string(row.zone) + " " + row.server);
     std::string words;
     for (const Finding& finding :
-         Check(Zone(row.zone), {.domain = "example.org", .server = row.server}).report.findings) {
+         Check(Zone(row.zone), {.domain = "example.org", .servers = ListOf(row.server)}).report.findings) {
       const bool counts = finding.topic == "SPF" || finding.topic == "Reverse name" || finding.word == "mx";
       if (counts && finding.word != "no-reverse-name") words += (words.empty() ? "" : " ") + std::string(finding.word);
     }
@@ -367,12 +389,14 @@ TEST(SenderCheck, SaysWhetherAMessageCanPass) {
            Way{"v=spf1 -all", "", true, "dmarc-alignment-unknown"},
            Way{"v=spf1 ipv4:1", "", false, "dmarc-alignment-unknown"},
            Way{"v=spf1 ipv4:1", "", true, "dmarc-no-alignment"},
+           Way{"v=spf1 include:fails.example -all", "", true, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ip4:203.0.113.5 include:none.example -all", "", true, "dmarc-alignment-unknown"},
        }) {
     const Zone zone(
         fmt::format("example.org TXT {}\ns1._domainkey.example.org TXT {}\nsmtp.example A 203.0.113.5\n"
-                    "_dmarc.example.org TXT v=DMARC1; p=reject",
+                    "fails.example FAILS\n_dmarc.example.org TXT v=DMARC1; p=reject",
                     way.spf, way.key));
-    SenderQuestion question{.domain = "example.org", .server = "smtp.example"};
+    SenderQuestion question{.domain = "example.org", .servers = {"smtp.example"}};
     if (way.selector_is_given) question.selectors = {"s1"};
     EXPECT_NE(Words(Check(zone, question).report).find(std::string(" ") + way.word + " "), std::string::npos)
         << way.spf << " " << way.key;
@@ -408,7 +432,7 @@ TEST(SenderCheck, KnowsWhoseSignatureCounts) {
                     "s1._domainkey.{3} TXT v=DKIM1; k=ed25519; "
                     "p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=",
                     row.domain, row.spf, row.dmarc, row.key_at));
-    SenderQuestion question{.domain = row.domain, .server = "203.0.113.5"};
+    SenderQuestion question{.domain = row.domain, .servers = {"203.0.113.5"}};
     if (row.selector_is_given) question.selectors = {"s1"};
     std::string words;
     for (const Finding& finding : Check(zone, question).report.findings) {
@@ -419,11 +443,66 @@ TEST(SenderCheck, KnowsWhoseSignatureCounts) {
   }
 }
 
+// A key that nobody named may be one of long ago.
+TEST(SenderCheck, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
+  constexpr const char* kGood = "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=";
+  struct Row {
+    const char* withdrawn_at;
+    const char* good_at;
+    const char* drawn;
+  };
+  for (const Row& row : {
+           Row{"default._domainkey.a.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
+           Row{"default._domainkey.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
+           Row{"default._domainkey.a.example.org", "x", "note dkim-revoked, unknown dkim-not-found, "},
+       }) {
+    const Zone zone(fmt::format("{} TXT v=DKIM1; p=\n{} TXT {}", row.withdrawn_at, row.good_at, kGood));
+    std::string drawn;
+    for (const Finding& finding : Check(zone, {.domain = "a.example.org"}).report.findings) {
+      if (finding.topic == "DKIM") drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word);
+    }
+    EXPECT_EQ(drawn, row.drawn) << row.withdrawn_at;
+  }
+}
+
 TEST(SenderCheck, TakesTheOrganisationsDmarcForADomainBelow) {
   const Zone zone(std::string(kZone) +
                   "news.example.org TXT v=spf1 ip4:203.0.113.5 -all\nnews.example.org A 198.51.100.1");
-  EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .server = "203.0.113.5"}).report),
+  EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .servers = {"203.0.113.5"}}).report),
             "no-mx spf spf-covers-server dkim dmarc dmarc-alignment no-mta-sts reverse-name ");
+  struct Row {
+    const char* record;
+    const char* drawn;
+  };
+  for (const Row& row : {
+           Row{"p=reject; sp=none",
+               "weak: DMARC: The record of example.org only watches (\"sp=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"sp=quarantine\" at _dmarc.example.org, and "
+               "later \"sp=reject\"."},
+           Row{"p=none",
+               "weak: DMARC: The record of example.org only watches (\"p=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"p=quarantine\" at _dmarc.example.org, and "
+               "later \"p=reject\"."},
+       }) {
+    const Zone watching(std::string("_dmarc.example.org TXT v=DMARC1; ") + row.record);
+    const auto report = Check(watching, {.domain = "news.example.org"}).report;
+    const auto finding = std::find_if(report.findings.begin(), report.findings.end(),
+                                      [](const Finding& each) { return each.word == "dmarc-none"; });
+    ASSERT_NE(finding, report.findings.end()) << Words(report);
+    EXPECT_EQ(Drawn(*finding), row.drawn);
+  }
+}
+
+// One that does not send for the domain is told whatever the others do.
+TEST(SenderCheck, LooksAtEachServerOfTheAccount) {
+  const Zone zone(std::string(kZone) + "smtp2.provider.example A 198.51.100.9");
+  const SenderQuestion question{
+      .domain = "example.org", .selectors = {"s1"}, .servers = {"smtp.provider.example", "smtp2.provider.example"}};
+  EXPECT_EQ(Words(Check(zone, question).report),
+            "mx spf spf-covers-server spf-misses-server dkim dmarc dmarc-alignment no-mta-sts reverse-name "
+            "no-reverse-name ");
 }
 
 TEST(SenderCheck, ComparesThePolicyOfMtaStsWithTheServers) {
@@ -473,6 +552,11 @@ TEST(Spf, JudgesASenderAsReceiversDo) {
 a.example A 192.0.2.1
 m.example MX 10 mx.m.example
 mx.m.example A 192.0.2.2
+four.example MX 10 mx.m.example
+four.example MX 20 a.example
+four.example MX 30 host.p.example
+four.example MX 40 six.example
+six.example AAAA 2a01:488::40
 ok.example TXT v=spf1 ip4:192.0.2.9 -all
 soft.example TXT v=spf1 ~all
 two.example TXT v=spf1 -all
@@ -484,7 +568,8 @@ broken.example FAILS -
 )");
   struct One {
     const char* record;
-    SpfResult of_9;  // 192.0.2.9
+    SpfResult result;
+    const char* address = "192.0.2.9";
   };
   for (const One& c : {
            One{"v=spf1 ip4:192.0.2.9 -all", SpfResult::kPass},
@@ -500,25 +585,27 @@ broken.example FAILS -
            One{"v=spf1 redirect=ok.example", SpfResult::kPass},
            One{"v=spf1 redirect=none.example", SpfResult::kPermanentError},
            One{"v=spf1 ptr:p.example -all", SpfResult::kPass},
-           One{"v=spf1 ptr:example -all", SpfResult::kPass},
+           One{"v=spf1 ptr:example -all", SpfResult::kPermanentError},
            One{"v=spf1 ptr:other.example -all", SpfResult::kFail},
            One{"v=spf1 exists:%{ir}.x.example -all", SpfResult::kPass},
            One{"v=spf1 exists:%{i}.x.example -all", SpfResult::kFail},
            One{"v=spf1 a:broken.example +all", SpfResult::kTemporaryError},
            One{"v=spf1 a:n1.example a:n2.example a:n3.example +all", SpfResult::kPermanentError},
+           One{"v=spf1 mx:four.example -all", SpfResult::kPass, "2a01:488::40"},
+           One{"v=spf1 mx:four.example -all", SpfResult::kFail, "2a01:488::41"},
            One{"v=spf1", SpfResult::kNeutral},
            One{"no record", SpfResult::kNone},
        }) {
     Answers answers;
     answers.Put({"example.org", DnsType::kTxt},
                 Zone(std::string("example.org TXT ") + c.record).Answer({"example.org", DnsType::kTxt}));
-    const SpfSender sender{.local_part = "ada", .domain = "example.org", .address = *net::ParseIpAddress("192.0.2.9")};
+    const SpfSender sender{.local_part = "ada", .domain = "example.org", .address = *net::ParseIpAddress(c.address)};
     SpfResult result = SpfResult::kPending;
     for (int round = 0; round < 20 && result == SpfResult::kPending; ++round) {
       result = EvaluateSpf(answers, sender);
       for (const net::DnsQuestion& one : answers.TakeWanted()) answers.Put(one, zone.Answer(one));
     }
-    EXPECT_EQ(result, c.of_9) << c.record;
+    EXPECT_EQ(result, c.result) << c.record << " " << c.address;
   }
 }
 

@@ -38,7 +38,7 @@ std::vector<net::ZoneRecord> Zone() {
           net::AddressRecord("mta-sts.example.org", "198.51.100.8")};
 }
 
-const SenderQuestion kQuestion{.domain = "example.org", .selectors = {"s1"}, .server = "out.example.net"};
+const SenderQuestion kQuestion{.domain = "example.org", .selectors = {"s1"}, .servers = {"out.example.net"}};
 
 class LookUp : public testing::Test {
  protected:
@@ -70,7 +70,7 @@ TEST_F(LookUp, AsksForAllThatTheCheckWants) {
 
 TEST_F(LookUp, SaysWhatNobodyAnswered) {
   const net::DnsServer silent([](const std::string&, bool) { return std::vector<std::string>(); });
-  const SenderQuestion question{.domain = "example.org", .server = "out.example.net"};
+  const SenderQuestion question{.domain = "example.org", .servers = {"out.example.net"}};
   const auto report = LookUpSender(question, {.servers = {silent.endpoint()}}, For(milliseconds(200)));
   ASSERT_TRUE(report) << Describe(report.error());
   EXPECT_EQ(report->Gravest(), Verdict::kUnknown);
@@ -154,7 +154,11 @@ TEST(KeptCheck, RemindsForADay) {
                             {{"DMARC", "dmarc-none", Verdict::kWeak, "It only watches."},
                              {"SPF", "no-spf", Verdict::kBad, Say("{} says nothing.", "example.org")},
                              {"MX", "mx", Verdict::kGood, "Right."}}};
+  account::AccountSettings account;
+  account.Set(account::AccountKey::kEmail, "ada@example.org");
+  ASSERT_TRUE(account.Save(settings));
   ASSERT_TRUE(KeepSenderCheck(settings, "example.org", clock.now, report));
+  ASSERT_TRUE(KeepSenderCheck(settings, "example.com", clock.now, report));  // of no use, and the own one stays
   struct Case {
     const char* domain;
     std::chrono::minutes later;
@@ -179,6 +183,12 @@ TEST(KeptCheck, RemindsForADay) {
   EXPECT_FALSE(RememberSenderCheck(settings, "example.org", clock.now)->has_value());
 }
 
+std::string Spaced(const std::vector<std::string>& words) {
+  std::string line;
+  for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
+  return line;
+}
+
 TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   account::AccountSettings account;
   EXPECT_FALSE(QuestionOf(account));
@@ -186,9 +196,10 @@ TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   account.Set(account::AccountKey::kServer, "smtp.example.net");
   const auto own = QuestionOf(account);
   ASSERT_TRUE(own);
-  EXPECT_EQ(own->domain + " " + own->local_part + " " + own->server, "xn--mller-kva.example Ada smtp.example.net");
-  EXPECT_EQ(QuestionOf("m\u00fcller.example.", account)->server, "smtp.example.net");
-  EXPECT_EQ(QuestionOf("example.org", account)->server, "");
+  EXPECT_EQ(own->domain + " " + own->local_part + " " + Spaced(own->servers),
+            "xn--mller-kva.example Ada smtp.example.net");
+  EXPECT_EQ(Spaced(QuestionOf("m\u00fcller.example.", account)->servers), "smtp.example.net");
+  EXPECT_EQ(Spaced(QuestionOf("example.org", account)->servers), "");
   for (const std::string& other : std::vector<std::string>{
            "m\u00fc..example", "two..dots", "example", ".org", ".", "ada@example.org", "192.0.2.1", "[192.0.2.1]",
            "a b.example", "a\x1B[2J.example", std::string(64, 'a') + ".example", "m\u00fc..x", "-.example."}) {
@@ -197,6 +208,18 @@ TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
     EXPECT_EQ(question ? Failure::kInternal : question.error().failure, Failure::kUsage) << other;
   }
   EXPECT_TRUE(QuestionOf("a_b.example", account));
+  struct List {
+    const char* written;
+    const char* servers;
+  };
+  for (const List& list :
+       {List{" smtp.example.net:465 ", "smtp.example.net"}, List{"a.example;b.example:587;", "a.example b.example"},
+        List{"[2001:db8::1]:25; 192.0.2.1", "2001:db8::1 192.0.2.1"}, List{"a.example:25;A.Example.:587", "a.example"},
+        List{"M\u00fcller.example", "xn--mller-kva.example"}, List{"a.example:x", "a.example:x"},
+        List{"a:b:c", "a:b:c"}, List{" ; ", ""}}) {
+    account.Set(account::AccountKey::kServer, list.written);
+    EXPECT_EQ(Spaced(QuestionOf(account)->servers), list.servers) << list.written;
+  }
   account.Set(account::AccountKey::kEmail, "ada@[192.0.2.1]");
   EXPECT_FALSE(QuestionOf(account));
 }

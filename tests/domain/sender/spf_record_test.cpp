@@ -64,7 +64,16 @@ TEST(SpfRecord, IsReadTermByTerm) {
            Case{"v=spf1 redirect=", nullptr},
            Case{"v=spf1 redirect=a.example redirect=b.example", nullptr},
            Case{"v=spf1 exp=a exp=b", nullptr},
-           Case{"v=spf1 v=spf1 include:x.example;", "+1 x.example;;"},
+           Case{"v=spf1 v=spf1 include:x.example", "+1 x.example;"},
+           Case{"v=spf1 include:x.example;", nullptr},
+           Case{"v=spf1 a:x.example. mx:x.4a include:x.a--b exists:%{d}%% a:%{d.}/24",
+                "+2 x.example.;+3 x.4a;+1 x.a--b;+7 %{d}%%;+2 %{d.}/24/128;"},
+           Case{"v=spf1 a:203.0.113.5", nullptr},
+           Case{"v=spf1 mx:203.0.113.5/24", nullptr},
+           Case{"v=spf1 a:mail", nullptr},
+           Case{"v=spf1 include:x.", nullptr},
+           Case{"v=spf1 exists:%{ir}.x-", nullptr},
+           Case{"v=spf1 redirect=mail", nullptr},
        }) {
     SCOPED_TRACE(c.record);
     const auto record = ParseSpf(c.record);
