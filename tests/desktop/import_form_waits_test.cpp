@@ -342,8 +342,8 @@ class ImportFormWaitsTest : public QObject {
       QString warning;
     };
     const auto apply = Button("ApplyMappingButton");
-    const QString lacks_nope = "The file has no sheet “Nope”, which was chosen. “One” is read.";
-    const QString lacks_one = "The file has no sheet “One”, which was chosen. “New” is read.";
+    const QString lacks_nope = "The file has no sheet “Nope”. “One” is read.";
+    const QString lacks_one = "The file has no sheet “One”. “New” is read.";
     for (const Row& row : {Row{"a mapping's", false, false, apply, lacks_nope},
                            {"a mapping's, given up", false, false,
                             [&](Scene& scene) {
@@ -387,6 +387,39 @@ class ImportFormWaitsTest : public QObject {
         QCOMPARE(name + scene.Addresses(), name + "old@x.org,");
         QCOMPARE(name + scene.rig.Shown(), name);
       }
+    }
+  }
+
+  // By the next look, also after one that failed.
+  void aSheetThatIsAddedIsListed() {
+    auto one = test::TwoSheets();
+    for (auto& part : one) {
+      const std::string second = "<sheet name='T&amp;wo' r:id='rId4'/>";
+      const auto at = part.content.find(second);
+      if (at != std::string::npos) part.content.erase(at, second.size());
+    }
+    for (const bool was_away : {false, true}) {
+      Scene scene;
+      const auto book = scene.rig.folder.Write("book.xlsx", test::StoredArchive(one));
+      scene.PickFile(book);
+      QTRY_COMPARE(scene.Entries("SheetComboBox"), "One");
+      if (was_away) {
+        std::filesystem::remove(book);
+        scene.Press("GetDataButton");
+        QTRY_VERIFY2(scene.Status().contains("No such file"), qPrintable(scene.Status()));
+      }
+      scene.rig.folder.Write("book.xlsx", test::StoredArchive(test::TwoSheets()));
+      scene.Press("GetDataButton");
+      QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
+      QVERIFY(scene.Find<QWidget>("SheetComboBox").isVisible());
+      scene.Step("SheetComboBox", 1);
+      QTRY_COMPARE(scene.Sample(), "b@x.org");
+      for (const int step : {1, 1}) scene.Step("KindComboBox", step);  // as a text, and as a spreadsheet again
+      QTRY_COMPARE(scene.Sample(), "b@x.org");
+      scene.GetData();
+      scene.Step("ComboBox1", 1);
+      scene.closer.stop();
+      QCOMPARE(scene.Keep("Second").sheet, "T&wo");
     }
   }
 

@@ -224,7 +224,8 @@ void RecipientImportForm::EnableControls() {
   const bool is_text = format == recipients::FileFormat::kDelimited;
   encodings_->setEnabled(is_idle && format != recipients::FileFormat::kSpreadsheet);
   sheets_->setEnabled(is_idle);
-  sheets_->setVisible(sheet_->count() > 1 && format == recipients::FileFormat::kSpreadsheet);
+  const bool may_have_sheets = !sample_ || format == recipients::FileFormat::kSpreadsheet;  // another may be readable
+  sheets_->setVisible(sheet_->count() > 1 && may_have_sheets);
   for (QWidget* control : std::initializer_list<QWidget*>{get_data_, mapping_, table_})
     control->setEnabled(is_delimited);
   kept_->EnableAll(is_delimited);

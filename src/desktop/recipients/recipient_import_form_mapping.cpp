@@ -120,7 +120,7 @@ recipients::KeptMapping RecipientImportForm::Current() const {
 void RecipientImportForm::KeepMapping() {
   awaited_.DropDeed();
   if (!TakeTyped()) return;
-  if (look_->is_running()) return awaited_.Do(recipients::AwaitedDeed::kKeep, Form());
+  if (look_->is_running() && !looked_at_.isEmpty()) return awaited_.Do(recipients::AwaitedDeed::kKeep, Form());
   KeepNow();
 }
 

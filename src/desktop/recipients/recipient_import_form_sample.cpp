@@ -87,6 +87,7 @@ void RecipientImportForm::TakeFile(const QString& file) {
 // Also where the mode that is ticked by now takes no notice of it.
 RecipientImportForm::FileChoices RecipientImportForm::Chosen() const {
   FileChoices chosen{Current(), sheet_choice_, kind_->currentIndex(), delimiter_is_open_};
+  chosen.mapping.sheet.clear();  // beside it
   chosen.mapping.quotes = quotes_->isChecked();
   chosen.mapping.skip = skip_->isChecked() ? skipped_ : 0;
   if (const auto* waiting = awaited_.MappingFor(Choices(Reading()))) chosen.mapping.mapping = waiting->mapping;
@@ -170,7 +171,6 @@ void RecipientImportForm::LookAtFile() {
                                       .reading = read_as_,
                                       .skip = SkippedLines(),
                                       .finds_delimiter = delimiter_is_open_,
-                                      .lists_sheets = sheet_->count() == 0,
                                       .other_sheet = sheet_choice_.Otherwise()};
   if (read_as_.encoding.empty()) request.reading.known = known_;
   look_->Start([this, file = looked_at_, request](const platform::CancelToken& cancel) {
@@ -208,8 +208,9 @@ void RecipientImportForm::ShowNoLook(const Look& look, const recipients::Awaited
   ForgetSample(tr("The file could not be read."));
   if (fields.source == Source::kFirstLine) OfferFields();
   if (fields.source == Source::kMapping) awaited_.Choose(fields);  // for when it can be read again
-  if (!recipients::CheckImport(Form())) awaited_.DropDeed();
-  import_was_given_up_ = false;  // why the file is not read says more
+  const bool is_import = awaited_.deed() == recipients::AwaitedDeed::kImport;
+  if (is_import && !recipients::CheckImport(Form())) awaited_.DropDeed();  // else what speaks against it is told
+  import_was_given_up_ = false;                                            // why the file is not read says more
   Warn({});
   EnableControls();
   status_->Fail(look.sample.error());
@@ -223,7 +224,7 @@ void RecipientImportForm::TakeFormat(const Look& look) {
   }
   if (kind_->currentIndex() == 0)
     kind_->setItemText(0, tr("Found: %1").arg(Translated(recipients::NameOf(facts.format))));
-  if (!look.sheets.empty()) sheet_->clear();
+  sheet_->clear();
   for (const std::string& sheet : look.sheets) sheet_->addItem(ToQt(sheet));
   sheet_->setCurrentIndex(sheet_->findText(ToQt(facts.sheet)));
   if (read_as_.encoding.empty() && !facts.encoding.name.empty()) known_ = facts.encoding;

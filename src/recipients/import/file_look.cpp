@@ -20,11 +20,11 @@ FileLook LookAtFile(const FileLookRequest& request, std::string_view code_page, 
   const auto count = kLinesShown + static_cast<std::size_t>(request.skip - dropped);
   const auto read = [&] { return ReadSample(request.file, reading, code_page, count, dropped, cancel); };
   FileLook look{read(), std::move(delimiter)};
-  const bool may_lack_sheet = !look.sample && !reading.sheet.empty();
-  const bool has_sheets = look.sample && look.sample->facts.format == FileFormat::kSpreadsheet;
-  if (!may_lack_sheet && !(has_sheets && request.lists_sheets)) return look;
+  const bool may_have_sheets =
+      look.sample ? look.sample->facts.format == FileFormat::kSpreadsheet : !reading.sheet.empty();
+  if (!may_have_sheets) return look;
   if (auto sheets = ListSheets(request.file, cancel)) look.sheets = std::move(*sheets);
-  if (!may_lack_sheet || look.sheets.empty() || Holds(look.sheets, reading.sheet)) return look;
+  if (look.sample || look.sheets.empty() || Holds(look.sheets, reading.sheet)) return look;
   reading.sheet = Holds(look.sheets, request.other_sheet) ? request.other_sheet : std::string();
   look.sample = read();
   return look;

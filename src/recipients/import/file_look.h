@@ -13,14 +13,13 @@ struct FileLookRequest {
   ReadingOptions reading;
   std::int64_t skip = 0;         // lines that are left out, and shown where that is taken back
   bool finds_delimiter = false;  // and reads the lines with it
-  bool lists_sheets = false;
   std::string other_sheet = {};  // that is read where the file lacks the wanted one; else the first that is filled
 };
 
 struct FileLook {
   Result<ImportSample> sample;
   Result<FoundDelimiter> delimiter;
-  std::vector<std::string> sheets = {};  // of a spreadsheet, where they were to be listed or the wanted one is lacking
+  std::vector<std::string> sheets = {};  // of a spreadsheet
 };
 
 inline constexpr std::size_t kLinesShown = 20;  // behind those that are left out

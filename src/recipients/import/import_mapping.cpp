@@ -94,7 +94,7 @@ std::optional<Sentence> DescribeMissingFields(const ImportMapping& mapping, std:
 
 std::optional<Sentence> DescribeLackingSheet(std::string_view wanted, std::string_view read) {
   if (wanted.empty() || read.empty() || wanted == read) return {};
-  return Say("The file has no sheet “{}”, which was chosen. “{}” is read.", platform::Printable(wanted, 100),
+  return Say("The file has no sheet “{}”. “{}” is read.", platform::Printable(wanted, 100),
              platform::Printable(read, 100));
 }
 

@@ -5,10 +5,10 @@
 namespace quillcast::recipients {
 
 std::optional<Sentence> SheetChoice::Take(const std::string& read) {
+  if (read.empty()) return {};
   auto lacking = DescribeLackingSheet(ToRead(), read);
   if (read == wanted_) picked_ = read;
   wanted_.clear();
-  if (read.empty()) return {};  // no sheet is lacking in what has none
   shown_ = read;
   if (picked_ != read) picked_.clear();
   return lacking;

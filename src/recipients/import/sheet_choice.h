@@ -3,7 +3,7 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "platform/sentence.h"
 
@@ -26,7 +26,7 @@ class SheetChoice {
   // To be kept with a mapping; empty where the first that is filled will do.
   const std::string& picked() const { return picked_; }
 
-  // What a look read; empty where the file has no sheets. Gives what it lacks.
+  // What a look read; empty where it was read as what has no sheets, which changes no choice. Gives what it lacks.
   std::optional<Sentence> Take(const std::string& read);
 
  private:
