@@ -74,10 +74,18 @@ void TutorialForm::Act() {
 
 void TutorialForm::Refresh() { status_->Say(DoneText(shell_, Page().step)); }
 
-// What was done in the main window meanwhile is seen on coming back.
+// What was done in the main window meanwhile is seen on coming back. A dialog over that one, such as a run that may
+// have to be stopped, is never covered: this one steps aside until it has closed.
 bool TutorialForm::event(QEvent* event) {
   const bool is_known = QDialog::event(event);
   if (event->type() == QEvent::WindowActivate && status_->text().isEmpty()) Refresh();
+  if (event->type() == QEvent::WindowBlocked && isVisible()) {
+    steps_aside_ = true;
+    hide();
+  } else if (event->type() == QEvent::WindowUnblocked && steps_aside_) {
+    steps_aside_ = false;
+    show();
+  }
   return is_known;
 }
 

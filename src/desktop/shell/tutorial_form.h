@@ -31,6 +31,7 @@ class TutorialForm final : public QDialog {
 
   Shell& shell_;
   std::size_t page_ = 0;
+  bool steps_aside_ = false;  // it is hidden while a dialog is open
   QLabel* title_;
   QLabel* text_;
   StatusLine* status_;
