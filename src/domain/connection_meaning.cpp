@@ -166,8 +166,6 @@ std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdi
   const std::uint16_t port = test.server.port;
   const std::string reply = smtp::ReplyText(test.outcome.reply);
   switch (verdict) {
-    case kPartsBadly:
-      return {"This server takes connections and does not part as it should, which does no harm to messages."};
     case kTurnedAwayForNow:
       return {Say("This server turns connections away for now: {}.", reply),
               "Try later; where it stays so, ask whoever runs it."};
@@ -199,6 +197,11 @@ std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdi
 std::vector<Sentence> OfServer(const ConnectionTest& test) {
   const ConnectionVerdict verdict = VerdictOf(test);
   if (verdict < kPartsBadly) return OfSuccess(test, verdict);
+  if (verdict == kPartsBadly) {
+    std::vector<Sentence> meaning = OfSuccess(test, VerdictBeforeQuit(test));
+    meaning.emplace_back("It does not part as it should, which does no harm to messages.");
+    return meaning;
+  }
   if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
   if (verdict >= kExpired && verdict <= kNotTrusted) return OfCertificate(test, verdict);
   const bool is_tls =

@@ -14,18 +14,6 @@ using smtp::ConnectionStep;
 using smtp::ResultCode;
 using enum ConnectionVerdict;
 
-ConnectionVerdict VerdictOfSuccess(const ConnectionTest& test) {
-  const Offer& last = LastOffer(test);
-  const bool signs_in_behind = test.in_clear && test.in_clear->known.starttls && !test.in_clear->known.auth;
-  if (signs_in_behind && (last.known.auth || !test.tls)) {
-    return last.known.auth && !ModeFor(last.known) ? kUnknownSignIn : kWantsStartTls;
-  }
-  if (!last.known.auth) return test.tls ? kNoSignIn : kOpen;
-  if (!ModeFor(last.known)) return kUnknownSignIn;
-  if (!test.tls) return kInClear;
-  return test.in_clear ? kStartTls : kTls;
-}
-
 ConnectionVerdict OfCertificate(net::CertificateFault fault) {
   constexpr std::array kVerdicts = {kTlsFailed,  kExpired,       kNotYetValid, kOtherName,
                                     kSelfSigned, kUnknownIssuer, kNotTrusted,  kNotTrusted};
@@ -138,10 +126,22 @@ std::optional<std::string_view> ModeFor(const smtp::Capabilities& offered) {
   return {};
 }
 
+ConnectionVerdict VerdictBeforeQuit(const ConnectionTest& test) {
+  const Offer& last = LastOffer(test);
+  const bool signs_in_behind = test.in_clear && test.in_clear->known.starttls && !test.in_clear->known.auth;
+  if (signs_in_behind && (last.known.auth || !test.tls)) {
+    return last.known.auth && !ModeFor(last.known) ? kUnknownSignIn : kWantsStartTls;
+  }
+  if (!last.known.auth) return test.tls ? kNoSignIn : kOpen;
+  if (!ModeFor(last.known)) return kUnknownSignIn;
+  if (!test.tls) return kInClear;
+  return test.in_clear ? kStartTls : kTls;
+}
+
 ConnectionVerdict VerdictOf(const ConnectionTest& test) {
   switch (test.outcome.code) {
     case ResultCode::kSuccess:
-      return VerdictOfSuccess(test);
+      return VerdictBeforeQuit(test);
     case ResultCode::kQuitFailed:
       return kPartsBadly;
     case ResultCode::kHostNotFound:

@@ -52,6 +52,8 @@ enum class ConnectionVerdict {
 };
 
 ConnectionVerdict VerdictOf(const ConnectionTest& test);
+// What the test means without its end: kWantsStartTls to kUnknownSignIn. It has come as far as QUIT.
+ConnectionVerdict VerdictBeforeQuit(const ConnectionTest& test);
 
 // The offer that signing in would go by: that under TLS where there was one.
 const Offer& LastOffer(const ConnectionTest& test);

@@ -199,6 +199,12 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             0,
             "with GSSAPI, XFOO alone"},
            {"parts-badly", {.quit = "550 stay\r\n"}, "Automatic", 6, "does not part as it should"},
+           {"parts-badly",
+            {.clear = kOffersTls, .quit = ""},
+            "Automatic",
+            6,
+            "In the account: port N, Security STARTTLS, and Mode AUTH LOGIN for signing in. It does not part as it "
+            "should,"},
            {"speaks-tls",
             {.tls_at_once = true},
             "None",
