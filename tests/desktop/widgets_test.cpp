@@ -2,6 +2,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -210,6 +211,13 @@ class WidgetsTest : public QObject {
       Qt::mightBeRichText(tip) ? shown.setHtml(tip) : shown.setPlainText(tip);
       QCOMPARE(shown.toPlainText(), text);
     }
+  }
+  void anEmptyListCopiesNothing() {
+    const RowList list(
+        "Rows", "Rows", {{"Name"}}, [](std::size_t, int) { return "a"; }, nullptr);
+    QGuiApplication::clipboard()->setText("mine");
+    list.Copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), "mine");
   }
   void aLongListAsksForWhatIsOnTheScreen() {
     std::size_t asked = 0;

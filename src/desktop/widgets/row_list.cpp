@@ -171,6 +171,7 @@ std::vector<std::size_t> RowList::Chosen() const {
 }
 
 void RowList::Copy() const {
+  if (size() == 0) return;  // what the clipboard holds stays
   std::vector<std::size_t> rows = Chosen();
   if (rows.empty()) {
     rows.resize(size());
