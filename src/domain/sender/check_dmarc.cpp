@@ -2,6 +2,7 @@
 
 #include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
@@ -57,6 +58,13 @@ void TellPolicy(const std::string& domain, const std::string& at, const DmarcRec
   if (record.reports_to.empty()) {
     found.push_back({kTopic, "dmarc-no-reports", Verdict::kNote, "Nobody gets the reports of receivers.",
                      "Add \"rua=mailto:\" and an address, to learn whether your mail passes."});
+  }
+  const auto lost = std::find_if(record.reports_to.begin(), record.reports_to.end(),
+                                 [](const std::string& place) { return place.find(':') == std::string::npos; });
+  if (lost != record.reports_to.end()) {
+    found.push_back({kTopic, "dmarc-reports-nowhere", Verdict::kWeak,
+                     Say("No report reaches \"{}\".", platform::Printable(*lost, 100)),
+                     "Write \"mailto:\" before each address of \"rua=\"."});
   }
 }
 

@@ -34,6 +34,12 @@ bool CheckFallback(const std::string& domain, Answers& answers, Findings& found)
 bool CheckAddresses(const std::vector<std::string>& servers, Answers& answers, Findings& found) {
   bool is_known = true;
   for (std::size_t i = 0; i < std::min(servers.size(), kMostServers); ++i) {
+    if (net::ParseIpAddress(servers[i])) {
+      found.push_back({kTopic, "mx-is-address", Verdict::kBad,
+                       Say("The MX record has {} where the name of a server belongs.", servers[i]),
+                       "Put a name into the record that has this address; few others send anything to an address."});
+      continue;
+    }
     const DnsAnswer* ip4 = answers.Of(servers[i], DnsType::kA);
     const DnsAnswer* ip6 = answers.Of(servers[i], DnsType::kAaaa);
     if (ip4 == nullptr || ip6 == nullptr) {

@@ -124,6 +124,11 @@ void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCos
                          platform::Printable((all + 1)->text, 60), all->text),
                      Say("Put \"{}\" at the end of the record.", all->text)});
   }
+  const auto is_ptr = [](const SpfTerm& term) { return term.mechanism == SpfMechanism::kPtr; };
+  if (std::any_of(record.terms.begin(), record.terms.end(), is_ptr)) {
+    found.push_back({kTopic, "spf-ptr", Verdict::kNote, "The record uses \"ptr\", which many receivers pass over.",
+                     "Name the servers by \"a:\", \"ip4:\" or \"ip6:\" in its place."});
+  }
 }
 
 // Whether the record lets one server send; kUnknown where it does not, as the server may pass the mail on. Nothing

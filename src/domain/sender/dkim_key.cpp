@@ -53,10 +53,14 @@ bool IsDkimKey(std::string_view record) {
   const Result<TagList> tags = TagList::Parse(record);
   if (!tags) return record.find("DKIM1") != std::string_view::npos;
   const std::string_view version = tags->ValueOf("v");
-  return version == "DKIM1" || (version.empty() && tags->ValueOf("p", "none") != "none");
+  return version.starts_with("DKIM1") || (version.empty() && tags->ValueOf("p", "none") != "none");
 }
 
 Result<DkimKey> ParseDkimKey(std::string_view record) {
+  if (record.find("\\;") != std::string_view::npos) {
+    return Error{Failure::kBadData, "There are backslashes before its semicolons.",
+                 "Publish the record without them; they belong into zone files alone."};
+  }
   const Result<TagList> tags = TagList::Parse(record);
   if (!tags) return tags.error();
   if (tags->ValueOf("v", "DKIM1") != "DKIM1") {

@@ -61,6 +61,7 @@ TEST(DkimKey, ThatIsDamagedIsRefused) {
            "v=DKIM1; p=" + std::string(kRsa2048).substr(0, 200),  // cut when it was pasted
            std::string("v=DKIM1; p=\"") + kRsa1024 + "\"",        // quoted
            std::string("v=DKIM2; p=") + kRsa1024,
+           std::string("v=DKIM1\\; p=") + kRsa1024,  // as zone files write it
            std::string("v=DKIM1; k=ed25519; p=AAAA"),
            std::string("v=DKIM1; p=AAAA; p=AAAA"),
            std::string("v=DKIM1 p"),
@@ -68,6 +69,7 @@ TEST(DkimKey, ThatIsDamagedIsRefused) {
        }) {
     EXPECT_FALSE(ParseDkimKey(record)) << record;
   }
+  EXPECT_TRUE(IsDkimKey("v=DKIM1\\; p=AAAA"));
   EXPECT_FALSE(IsDkimKey("v=spf1 -all"));
   EXPECT_FALSE(IsDkimKey("v=DMARC1; p=reject"));
   EXPECT_FALSE(IsDkimKey("some-site-verification=abc"));

@@ -175,6 +175,15 @@ const Case kCases[] = {
     {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ~all include:new.example mx", "spf-behind-all",
      "weak: SPF: Receivers pass over \"include:new.example\" in the record, as it stands behind \"~all\".\n"
      "Put \"~all\" at the end of the record."},
+    {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ptr:example.org -all", "spf-ptr",
+     "note: SPF: The record uses \"ptr\", which many receivers pass over.\n"
+     "Name the servers by \"a:\", \"ip4:\" or \"ip6:\" in its place."},
+    {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=reject; rua=mailto:d@example.org, e@example.org",
+     "dmarc-reports-nowhere",
+     "weak: DMARC: No report reaches \"e@example.org\".\nWrite \"mailto:\" before each address of \"rua=\"."},
+    {"example.org MX 10", "example.org MX 10 198.51.100.7", "mx-is-address",
+     "bad: MX: The MX record has 198.51.100.7 where the name of a server belongs.\n"
+     "Put a name into the record that has this address; few others send anything to an address."},
     {"smtp.provider", "", "server-without-address",
      "weak: Reverse name: smtp.provider.example, the server of the account, has no address.\n"
      "Check how the account writes it; if it is known in your own network alone, nothing is to be done."},
