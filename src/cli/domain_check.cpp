@@ -12,6 +12,7 @@ namespace quillcast::cli {
 namespace {
 
 struct CheckOptions {
+  bool is_named = false;
   std::string domain;
   std::vector<std::string> selectors;
   std::string server;
@@ -24,9 +25,13 @@ Result<domain::SenderQuestion> QuestionOf(const Context& context, const CheckOpt
   const Result<account::AccountSettings> account = account::AccountSettings::Load(settings);
   if (!account) return account.error();
   Result<domain::SenderQuestion> question =
-      options.domain.empty() ? domain::QuestionOf(*account) : domain::QuestionOf(options.domain, *account);
+      options.is_named ? domain::QuestionOf(options.domain, *account) : domain::QuestionOf(*account);
   if (!question) return question;
-  question->selectors = options.selectors;
+  for (const std::string& typed : options.selectors) {
+    const Result<std::string> selector = domain::SelectorIn(typed);
+    if (!selector) return selector.error();
+    question->selectors.push_back(*selector);
+  }
   if (options.server.empty()) return question;
   auto hosts = domain::HostsIn(options.server);
   if (!hosts || hosts->empty()) {
@@ -54,7 +59,8 @@ int RunCheck(Context& context, const CheckOptions& options) {
 void AddDomainCheck(CLI::App& domain, Context& context) {
   const auto options = std::make_shared<CheckOptions>();
   CLI::App& command = *domain.add_subcommand("check", "Tell whether mail in the name of a domain will be believed");
-  command.add_option("DOMAIN", options->domain, "The domain behind the \"@\"; without one, that of the account");
+  const CLI::Option* named =
+      command.add_option("DOMAIN", options->domain, "The domain behind the \"@\"; without one, that of the account");
   command.add_option("--selector", options->selectors, "Where the key of the signature is published; may be repeated")
       ->type_name("NAME");
   command
@@ -66,7 +72,10 @@ void AddDomainCheck(CLI::App& domain, Context& context) {
       "Looks at MX, SPF, DKIM, DMARC, MTA-STS and the names of the server's addresses.\n"
       "Example: quillcast domain check example.org --selector s1\n\n"
       "Exit codes: 0 nothing bad was found; 1 something is bad; 69 no question was answered.");
-  OnRun(command, context, [options](Context& c) { return RunCheck(c, *options); });
+  OnRun(command, context, [options, named](Context& c) {
+    options->is_named = named->count() > 0;
+    return RunCheck(c, *options);
+  });
 }
 
 }  // namespace quillcast::cli

@@ -31,8 +31,9 @@ struct SendOptions {
   MailingOptions mailing;
 };
 
-// Tells what is to be mended in the domain of the account's address, and goes on: receivers decide about that.
-Result<void> CheckDomain(Context& context, run::PreparedRun& prepared, const std::string& dns) {
+// Tells what is to be mended in the domain of the account's address, and goes on: receivers decide about that. False
+// where nothing could be found out.
+Result<bool> CheckDomain(Context& context, run::PreparedRun& prepared, const std::string& dns) {
   const auto servers = domain::ChosenDnsServers(dns);
   if (!servers) return servers.error();
   const auto account = prepared.Account();
@@ -46,7 +47,7 @@ Result<void> CheckDomain(Context& context, run::PreparedRun& prepared, const std
     context.output.Note(fmt::format("{}: {} {}", finding.topic, finding.what.InEnglish(), finding.remedy.InEnglish()));
   }
   context.output.Note(report->Summary(question->domain).InEnglish());
-  return {};
+  return !report->IsBlank();
 }
 
 // Composes every message and hands over nothing.
@@ -144,14 +145,15 @@ int RunSend(Context& context, const SendOptions& options) {
     const auto settled = SettlePictures(context, choice, *prepared);
     if (!settled) return context.output.Fail(settled.error());
   }
+  bool is_domain_told = false;
   if (options.check_domain) {
     const auto checked = CheckDomain(context, *prepared, options.dns);
     if (!checked) return context.output.Fail(checked.error());
+    is_domain_told = *checked;
   }
   // A run asks its server itself what it offers, where the rest does not speak to one.
   using Server = run::PreparedRun::Server;
-  const auto told =
-      TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked, options.check_domain);
+  const auto told = TellFindings(context, *prepared, sends ? Server::kIsLeftAlone : Server::kIsAsked, is_domain_told);
   if (!told) return context.output.Fail(told.error());
   if (options.dry_run) return RunDry(context, *prepared, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *prepared);

@@ -142,7 +142,14 @@ class Domain(Case):
         self.assertEqual(told.count('The record only watches ("p=none")'), 1, told)
         reminder = self.run_program(*run)[2]
         self.assertIn("1 thing to mend was found when sender.example was checked: The record only watches", reminder)
+        told = self.run_program(*run, "--check-domain", "--dns", "127.0.0.1:1")[2]
+        self.assertIn("Nothing could be found out about sender.example", told)
+        self.assertIn("1 thing to mend was found when sender.example was checked", told)
         self.assertEqual(self.run_program(*run, "--dns", "127.0.0.1")[0], 64)
+        self.assertEqual(self.run_program("domain", "check", "", *dns)[0], 64)
+        self.assertEqual(self.run_program("domain", "check", "--selector", "a b", *dns)[0], 64)
+        out = self.run_program("domain", "check", "--selector", "s=s1._domainkey.sender.example.", *dns)[1]
+        self.assertIn("s1._domainkey.sender.example.\n", out)
         self.assertEqual(self.run_program("domain", "check", "two..dots")[0], 64)
 
     def test_right_answers(self):

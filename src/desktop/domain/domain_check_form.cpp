@@ -103,8 +103,13 @@ void DomainCheckForm::Check() {
     if (typed.empty()) program_.prompts.Warn("Please specify your domain.");
     return domain_->setFocus();
   }
-  if (const QString selector = selector_->text().trimmed(); !selector.isEmpty()) {
-    question->selectors = {FromQt(selector)};
+  if (const QString pasted = selector_->text().trimmed(); !pasted.isEmpty()) {
+    const auto selector = domain::SelectorIn(FromQt(pasted));
+    if (!selector) {
+      status_->Fail(selector.error());
+      return selector_->setFocus();
+    }
+    question->selectors = {*selector};
   }
   findings_.clear();
   findings_list_->Reset(0);

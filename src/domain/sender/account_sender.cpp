@@ -52,6 +52,20 @@ Result<std::vector<std::string>> HostsIn(const std::string& list) {
   return hosts;
 }
 
+Result<std::string> SelectorIn(std::string_view typed) {
+  std::string_view text = platform::Trim(typed);
+  if (text.ends_with(';')) text.remove_suffix(1);
+  const std::size_t equals = text.find('=');
+  if (equals != std::string_view::npos &&
+      platform::EqualsIgnoringAsciiCase(platform::Trim(text.substr(0, equals)), "s"))
+    text = platform::Trim(text.substr(equals + 1));
+  text = net::WithoutRootDot(text.substr(0, platform::AsciiLower(text).find("._domainkey")));
+  const auto labels = platform::Split(text, '.');
+  if (std::all_of(labels.begin(), labels.end(), IsLabel)) return std::string(text);
+  return Error{Failure::kUsage, Say("\"{}\" is no selector.", platform::Printable(typed, 100)),
+               "Write what stands behind \"s=\" in the DKIM-Signature of a message that you sent."};
+}
+
 Result<SenderQuestion> QuestionOf(const account::AccountSettings& account) {
   const std::string& address = account[account::AccountKey::kEmail];
   const std::size_t at = address.rfind('@');

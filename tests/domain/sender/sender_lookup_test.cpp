@@ -189,6 +189,18 @@ std::string Spaced(const std::vector<std::string>& words) {
   return line;
 }
 
+TEST(AccountSender, TakesTheSelectorOutOfWhatIsPasted) {
+  for (const char* typed : {"s1", " s1 ", "s1.", "s=s1", "S = s1;", "s1._domainkey", "s1._DomainKey.example.org."}) {
+    EXPECT_EQ(SelectorIn(typed).ValueOr("none"), "s1") << typed;
+  }
+  EXPECT_EQ(SelectorIn("2026.news").ValueOr("none"), "2026.news");
+  for (const char* none : {"", " ", "s=", "._domainkey.example.org", "a b", "a..b", "a\x1B[2J"}) {
+    const auto selector = SelectorIn(none);
+    ASSERT_FALSE(selector) << none;
+    EXPECT_EQ(selector.error().failure, Failure::kUsage);
+  }
+}
+
 TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   account::AccountSettings account;
   EXPECT_FALSE(QuestionOf(account));
