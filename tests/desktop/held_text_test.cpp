@@ -1,6 +1,8 @@
 // The text of the body, whichever view holds it: nothing that was typed is lost, or called saved.
 #include <QApplication>
 #include <QClipboard>
+#include <QColorDialog>
+#include <QComboBox>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -270,18 +272,79 @@ class HeldTextTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
-  // What was switched on for the text to come holds for the first letter, too.
+  // What was switched on for the text to come holds for the first letter, too, wherever the keys were.
+  void theFirstLetterIsAsItWasSwitchedOn_data() {
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("typed");
+    const char* const within = "(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)";
+    const char* const bold = "(b=>getSelection().collapse(b,1))(document.querySelector('b').firstChild)";
+    QTest::newRow("at the begin") << ""
+                                  << "Editor"
+                                  << "Bold"
+                                  << "<p><b>yz</b>one";
+    QTest::newRow("within") << within << "Editor"
+                            << "Bold"
+                            << "one <b>yz</b>two";
+    QTest::newRow("from the subject") << ""
+                                      << "SubjectTextBox"
+                                      << "Bold"
+                                      << "<p><b>yz</b>one";
+    QTest::newRow("by its keys") << within << "SubjectTextBox"
+                                 << "Ctrl+I"
+                                 << "one <i>yz</i>two";
+    QTest::newRow("off") << bold << "SubjectTextBox"
+                         << "Bold"
+                         << "<b>a</b>yz<b>c</b>";
+    QTest::newRow("the size") << ""
+                              << "SubjectTextBox"
+                              << "Size"
+                              << "<p><font size=\"6\">yz</font>one";
+    QTest::newRow("behind a dialog") << within << "Editor"
+                                     << "Colour"
+                                     << "one <font color=\"#ff0000\">yz</font>two";
+    QTest::newRow("both") << ""
+                          << "SubjectTextBox"
+                          << "Colour"
+                          << "<p><font color=\"#ff0000\">yz</font>one";
+    QTest::newRow("the paragraph") << ""
+                                   << "SubjectTextBox"
+                                   << "Centre"
+                                   << "text-align: center;\">yzone";
+  }
   void theFirstLetterIsAsItWasSwitchedOn() {
+    QFETCH(QString, place);
+    QFETCH(QString, field);
+    QFETCH(QString, command);
+    QFETCH(QString, typed);
     Scene scene;
     scene.Open();
-    for (const char* place : {"", "(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)"}) {
-      scene.Editor().SetHtml(kPage);
-      scene.Editor().BeginTyping();
-      scene.Editor().Evaluate(place);
-      scene.Editor().Run(EditorCommand::kBold);
-      Type(scene, "yz");
-      QTRY_VERIFY2(scene.Editor().Text()->contains("<b>yz</b>"), qPrintable(*scene.Editor().Text()));
+    scene.window->Dispatch(CommandId::kNew);
+    scene.Editor().SetHtml("<html><head></head><body><p>one two</p><p><b>ac</b></p></body></html>");
+    scene.Editor().BeginTyping();
+    scene.Find<QWidget>(qPrintable(field)).setFocus();
+    QTest::qWait(100);  // the page hears who has the keys
+    scene.Editor().Evaluate(place);
+    if (command == "Ctrl+I") {
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_I, Qt::ControlModifier);
+    } else if (command == "Size") {
+      emit scene.Find<QComboBox>("FontSizeComboBox").activated(5);
+    } else if (command == "Colour") {
+      QTimer::singleShot(300, [] {
+        auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+        dialog->setCurrentColor("#ff0000");
+        dialog->accept();
+      });
+      scene.window->Dispatch(CommandId::kTextColour);
+    } else {
+      scene.window->Dispatch(command == "Bold" ? CommandId::kBold : CommandId::kCentre);
     }
+    scene.window->activateWindow();
+    QTRY_VERIFY(scene.Editor().isAncestorOf(QApplication::focusWidget()));
+    QTest::qWait(100);
+    Type(scene, "yz");
+    QTRY_VERIFY2(scene.Editor().Text()->contains(typed), qPrintable(*scene.Editor().Text()));
     scene.window->skip_save_prompt = true;
   }
 

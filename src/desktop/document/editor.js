@@ -36,7 +36,7 @@
   };
 
   // The engine takes a caret that was placed before the page could be seen, or had the keys, for none until it is placed
-  // anew: by the first key, or by what is switched on for the letters to come, which a later one would switch off.
+  // anew by the first key. What was switched on or off for the letters to come is then set anew, too.
   let isAsleep = true;
   const placeCaret = (node, offset) => {
     isAsleep = true;
@@ -49,10 +49,18 @@
     const first = document.body.firstElementChild;
     placeCaret(first && /^(P|DIV|H[1-6])$/.test(first.tagName) ? first : document.body, 0);
   };
+  const kLetterStyles = ['bold', 'italic', 'underline', 'strikeThrough', 'fontName', 'fontSize', 'foreColor'];
+  const letterStyle = name => document.queryCommandValue(name);
   const wakeCaret = () => {
     if (!isAsleep || !document.hasFocus()) return;
     const selection = document.getSelection();
-    if (selection.rangeCount && selection.isCollapsed) placeCaret(selection.anchorNode, selection.anchorOffset);
+    if (selection.rangeCount && selection.isCollapsed) {
+      const styles = kLetterStyles.map(letterStyle);
+      placeCaret(selection.anchorNode, selection.anchorOffset);
+      kLetterStyles.forEach((name, at) => {
+        if (letterStyle(name) !== styles[at]) document.execCommand(name, false, styles[at]);
+      });
+    }
     isAsleep = false;
   };
   // Where the caret is: the numbers of the children on the way down from the body, and the place in the last of them.
@@ -110,7 +118,6 @@
   };
   quill.exec = (name, value) => {
     ensureSelection();
-    wakeCaret();
     if (name === 'unlink') selectLink();
     return document.execCommand(name, false, value);
   };
