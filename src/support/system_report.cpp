@@ -115,18 +115,25 @@ bool IsSecretHeader(const std::string& name) {
                      [&lower](std::string_view word) { return lower.find(word) != std::string::npos; });
 }
 
-Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings) {
+// Some services take one token for both user name and password, and a password may also have got into a wrong field.
+std::string Shown(const std::string& value, const SettingRow& row, const std::string& password) {
+  return WithoutSecret(password.empty() ? value : platform::ReplaceAll(value, password, kHidden), row.place);
+}
+
+Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings,
+                            const std::string& password) {
   const auto value = settings.Read(row.section, row.key, FallbackOf(row));
-  if (!value || row.key != "CustomValue") return value ? WithoutSecret(*value, row.place) : value;
+  if (!value || row.key != "CustomValue") return value ? Shown(*value, row, password) : value;
   const auto header = settings.Read(row.section, "CustomHeader", "");
   if (!header) return header;
-  return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : WithoutSecret(*value, row.place);
+  return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : Shown(*value, row, password);
 }
 
 template <typename Rows>
-Result<void> AppendSettings(std::string& report, const Rows& rows, const profile::SettingsStore& settings) {
+Result<void> AppendSettings(std::string& report, const Rows& rows, const profile::SettingsStore& settings,
+                            const std::string& password) {
   for (const SettingRow& row : rows) {
-    const auto value = ValueOf(row, settings);
+    const auto value = ValueOf(row, settings, password);
     if (!value) return value.error();
     const std::string label = row.label.empty() ? fmt::format("{}-{}", row.section, row.key) : std::string(row.label);
     AppendLine(report, label + ": ", *value);
@@ -148,17 +155,20 @@ std::string WithoutSecret(std::string_view value, SecretPlace place) {
 
 Result<std::string> SystemReport(const SystemFacts& facts, const std::filesystem::path& install_path,
                                  const profile::SettingsStore& settings) {
+  const auto account = account::AccountSettings::Load(settings);
+  if (!account) return account.error();
+  const std::string& password = (*account)[account::AccountKey::kPassword];
   std::string report;
   AppendSystem(report, facts);
   AppendLine(report, "---Quillcast Settings---", {});
   AppendLine(report, "Install Path: ", install_path.string());
   AppendLine(report, "Version: ", fmt::format("{}.{}", profile::kVersionMajor, profile::kVersionMinor));
-  auto written = AppendSettings(report, kSettings, settings);
+  auto written = AppendSettings(report, kSettings, settings, password);
   for (const auto section : kMailSections) {
-    if (written) written = AppendSettings(report, RowsOfMail(section), settings);
+    if (written) written = AppendSettings(report, RowsOfMail(section), settings, password);
   }
   for (const auto section : account::kThreadSections) {
-    if (written) written = AppendSettings(report, std::array{RowOfThreads(section)}, settings);
+    if (written) written = AppendSettings(report, std::array{RowOfThreads(section)}, settings, password);
   }
   return written ? Result<std::string>(std::move(report)) : written.error();
 }

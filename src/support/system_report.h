@@ -12,8 +12,9 @@
 namespace quillcast::support {
 
 // A CRLF after each line. A setting that is not stored has the value that its readers take then; a value is one line,
-// cut behind 1,000 bytes. The account's password is not among them, and what other values hold of one stands as "***":
-// see WithoutSecret. Fails where the settings cannot be read.
+// cut behind 1,000 bytes. The account's password is not among them. What other values hold of it, or of a
+// secret of their own (see WithoutSecret), stands as "***"; one that is kept elsewhere than in the settings is not
+// known here. Fails where the settings cannot be read.
 Result<std::string> SystemReport(const SystemFacts& facts, const std::filesystem::path& install_path,
                                  const profile::SettingsStore& settings);
 

@@ -157,6 +157,7 @@ TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
     std::string stored;
     std::string line;
   };
+  ASSERT_TRUE(settings_.Write("Account", "Password", "right-7"));
   for (const Case& c : std::initializer_list<Case>{
            {"Account", "Server", "ada:right-7@mx.example:587; b.example",
             "Account-Server: ***@mx.example:587; b.example"},
@@ -168,6 +169,13 @@ TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
            {"Account", "Email", "ada@example.org", "Account-Email: ada@example.org"},
            {"Advanced", "LocalIP", "192.0.2.9", "Advanced-LocalIP: 192.0.2.9"},
            {"Account", "Name", "Ada\r\nAccount-Auth: 7", "Account-Name: Ada??Account-Auth: 7"},
+           {"Account", "Username", "right-7", "Account-Username: ***"},
+           {"Account", "Username", "ada right-7/right-7", "Account-Username: ada ***/***"},
+           {"Account", "Username", std::string(997, 'x') + "right-7",
+            "Account-Username: " + std::string(997, 'x') + "***"},
+           {"Account", "Username", "right-", "Account-Username: right-"},
+           {"Advanced", "CustomValue", "Bearer right-7", "Advanced-CustomValue: Bearer ***"},
+           {"SMTP-Thread", "Mode", "right-7", "SMTP-Thread: ***"},
            {"Account", "Username", std::string(5000, 'x'), "Account-Username: " + std::string(1001, 'x') + "..."}}) {
     ASSERT_TRUE(settings_.Write(c.section, c.key, c.stored));
     EXPECT_NE(Report().find("\r\n" + c.line + "\r\n"), std::string::npos) << c.line;
