@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "account/account_steps.h"
@@ -60,6 +61,14 @@ int List(const Context& context, const FoundAccounts& found) {
   return 0;
 }
 
+void TellPassword(const Context& context, const std::vector<AccountKey>& written,
+                  const account::AccountSettings& saved) {
+  if (!saved.IsOn(AccountKey::kAuth) || !saved[AccountKey::kPassword].empty()) return;
+  const bool emptied = std::find(written.begin(), written.end(), AccountKey::kPassword) != written.end();
+  context.output.Note(fmt::format("The password is not taken over{}: quillcast account set --password-file FILE",
+                                  emptied ? ", and that of the server or user before is not kept" : ""));
+}
+
 // What was asked for and the account does not have.
 void TellMissing(const Context& context, const FoundAccount& found, const account::TakenBeside& beside) {
   const auto tell = [&](bool asked, const std::string& value, std::string_view what) {
@@ -84,8 +93,7 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
                                   (*saved)[AccountKey::kPort]));
   context.output.Object({{"imported", true}, {"from", account::TextsOf(*saved).from}, {"written", values}});
   TellMissing(context, found, beside);
-  if (saved->IsOn(AccountKey::kAuth) && (*saved)[AccountKey::kPassword].empty())
-    context.output.Note("The password is not taken over: quillcast account set --password-file FILE");
+  TellPassword(context, *written, *saved);
   return 0;
 }
 

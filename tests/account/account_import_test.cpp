@@ -251,6 +251,7 @@ TEST(AccountImport, WritesWhatIsGivenAndWhatWasTicked) {
     TakenBeside beside;
     FoundAccount account;
     const char* written;
+    const char* server_before = "before.example.org";
   };
   const FoundAccount whole{"Work", "Ada", "ada@example.org", "mail.example.org", "587", "STARTTLS", "ada"};
   const FoundAccount bare{"", "Ada", "ada@example.org", "mail.example.org", "", "", ""};
@@ -262,13 +263,20 @@ TEST(AccountImport, WritesWhatIsGivenAndWhatWasTicked) {
            Case{"port", {.port = true}, whole, "Port=587"},
            Case{"security", {.security = true}, whole, "Port=25 Security=STARTTLS"},
            Case{"user", {.user_name = true}, whole, "Port=25 Auth=1 Username=ada Password="},
-           Case{"the same user", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before"},
+           Case{"another server's", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before Password="},
+           Case{"the same user", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before", "Mail.Example.org"},
+           Case{"another there",
+                {.user_name = true},
+                whole,
+                "Port=25 Auth=1 Username=ada Password=",
+                "mail.example.org"},
            Case{"what it lacks", {true, true, true}, bare, "Port=25"},
        }) {
     SCOPED_TRACE(c.name);
     const test::TemporaryFolder folder;
     profile::SettingsStore store(folder / "settings.db");
     for (const auto& [key, value] : std::vector<std::pair<const char*, const char*>>{{"Port", "2525"},
+                                                                                     {"Server", c.server_before},
                                                                                      {"Username", "before"},
                                                                                      {"Password", "secret"},
                                                                                      {"Auth", "0"},

@@ -113,10 +113,15 @@ class Account(Case):
             self.assertIn("Security=TLS\n", self.ok("account", "show"))
             code, out, err = self.run_program("account", "import", "1", "--port", "--security", "--user-name")
             self.assertEqual((code, out), (0, "The account of one@example.org is taken over, port 587.\n"))
-            self.assertIn("--password-file", err)
+            self.assertIn("that of the server or user before is not kept: quillcast account set --password-file FILE", err)
             shown = json.loads(self.ok("--json", "account", "show"))
             self.assertEqual([shown[key] for key in ("Port", "Security", "Auth", "Username", "Password")],
                              ["587", "STARTTLS", "1", "one", ""])
+            for password in ("", "secret"):  # the same sign-in keeps what it has
+                if password:
+                    self.account(587, "Server=ONE.example", "Auth=1", "Username=one", "--password-file", self.write("p", password))
+                err = self.run_program("account", "import", "1", "--user-name")[2]
+                self.assertEqual(("--password-file" in err, "not kept" in err), (not password, False), err)
             err = self.run_program("account", "import", "Bare", "--port", "--security", "--user-name")[2]
             for missing in ("no port; 25 was set", "no security", "no user name"):
                 self.assertIn(missing, err)

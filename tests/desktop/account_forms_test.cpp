@@ -198,6 +198,8 @@ class AccountFormsTest : public QObject {
                                                           {"UsernameTextBox", ""}}) {
       QCOMPARE(Text(form, control), QString(text));
     }
+    QCOMPARE(Text(form, "StatusLine"), QString("The account is taken over and saved."));
+    Type(form, "PasswordTextBox", "of-before");
     take_over([&](QDialog& dialog) {
       dialog.findChild<RowList*>("AccountListBox")->Choose(0);
       for (const char* box : {"PortCheckBox", "SecurityCheckBox", "UserNameCheckBox"})
@@ -211,6 +213,10 @@ class AccountFormsTest : public QObject {
                                                           {"SecurityComboBox", "STARTTLS"},
                                                           {"AuthCheckBox", "1"},
                                                           {"UsernameTextBox", "one"},
+                                                          {"PasswordTextBox", ""},
+                                                          {"StatusLine",
+                                                           "The account is taken over and saved. Type its password: "
+                                                           "that of the server or user before is not kept."},
                                                           {"TimeoutTextBox", "7"}}) {
       QCOMPARE(Text(form, control), QString(text));
     }

@@ -15,7 +15,7 @@ struct NewValue {
 };
 
 // Deliberate: the port is that of the key's fallback, not the source's.
-std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& beside, const std::string& user_before) {
+std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& beside, const AccountSettings& before) {
   const bool takes_port = beside.port && !account.port.empty();
   std::vector<NewValue> values = {{kName, account.name},
                                   {kEmail, account.email},
@@ -25,7 +25,9 @@ std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& b
   if (beside.user_name && !account.user_name.empty()) {
     values.push_back({kAuth, "1"});
     values.push_back({kUsername, account.user_name});
-    if (account.user_name != user_before) values.push_back({kPassword, ""});
+    const bool same_sign_in =
+        account.user_name == before[kUsername] && platform::EqualsIgnoringAsciiCase(account.server, before[kServer]);
+    if (!same_sign_in) values.push_back({kPassword, ""});
   }
   return values;
 }
@@ -34,11 +36,11 @@ std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& b
 
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
                                               const TakenBeside& beside) {
-  const auto user_before = store.Read(kAccountSection, RowOf(kUsername).name, "");
-  if (!user_before) return user_before.error();
+  const auto before = AccountSettings::Load(store);
+  if (!before) return before.error();
   std::vector<profile::SettingValue> written;
   std::vector<AccountKey> keys;
-  const auto values = ValuesOf(account, beside, *user_before);
+  const auto values = ValuesOf(account, beside, *before);
   for (const NewValue& value : values) {
     written.push_back({RowOf(value.key).name, value.value});
     keys.push_back(value.key);

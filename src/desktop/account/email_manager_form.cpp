@@ -368,7 +368,11 @@ void EmailManagerForm::Import() {
   for (const account::AccountKey key : form.written()) shown.Set(key, (*stored)[key]);
   Show(shown);
   if (imported) imported(account::TextsOf(*stored).from);
-  status_->Say(tr("The account is taken over and saved."));
+  const auto& written = form.written();
+  const bool emptied = std::find(written.begin(), written.end(), kPassword) != written.end();
+  status_->Say(emptied ? tr("The account is taken over and saved. Type its password: that of the server or user before "
+                            "is not kept.")
+                       : tr("The account is taken over and saved."));
 }
 
 void EmailManagerForm::PickFolder() {
