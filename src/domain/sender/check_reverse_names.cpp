@@ -123,10 +123,9 @@ void TellWithoutAddress(const std::string& server, Answers& answers, Findings& f
   }
   // "localhost", "mail": known to this computer or its network alone.
   if (server.find('.') == std::string::npos) return;
-  found.push_back(
-      {kTopic, "server-without-address", Verdict::kWeak,
-       Say("{}, the server of the account, has no address.", platform::Printable(server)),
-       "Check how the account writes it; if it is known in your own network alone, nothing is to be done."});
+  found.push_back({kTopic, "server-without-address", Verdict::kWeak,
+                   Say("{}, to which the mail is given, has no address.", platform::Printable(server)),
+                   "Check how it is written; if it is known in your own network alone, nothing is to be done."});
 }
 
 }  // namespace

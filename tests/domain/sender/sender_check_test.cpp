@@ -185,8 +185,8 @@ const Case kCases[] = {
      "bad: MX: The MX record has 198.51.100.7 where the name of a server belongs.\n"
      "Put a name into the record that has this address; few others send anything to an address."},
     {"smtp.provider", "", "server-without-address",
-     "weak: Reverse name: smtp.provider.example, the server of the account, has no address.\n"
-     "Check how the account writes it; if it is known in your own network alone, nothing is to be done."},
+     "weak: Reverse name: smtp.provider.example, to which the mail is given, has no address.\n"
+     "Check how it is written; if it is known in your own network alone, nothing is to be done."},
     {"example.org TXT v=spf1", "example.org TXT v=spf1 ip4:203.0.113.5 ?all", "spf-neutral",
      "weak: SPF: The record says nothing of those whom it does not name.\n"
      "End it with \"~all\" or \"-all\"."},
