@@ -56,7 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Lines lines(text);
   domain::Answers answers;
   domain::StsFile sts;
-  const domain::SenderQuestion question{.domain = "example.org", .selectors = {"s"}, .server = "mx.example.org"};
+  const domain::SenderQuestion question{
+      .domain = "example.org", .selectors = {"s"}, .servers = {"mx.example.org", "192.0.2.1"}};
   int questions = 0;
   while (!domain::CheckSender(question, answers, sts).is_complete) {
     const auto wanted = answers.TakeWanted();
