@@ -28,6 +28,7 @@
 #include "event_loop.h"
 #include "platform/environment.h"
 #include "platform/file.h"
+#include "platform/keyring.h"
 #include "profile/startup.h"
 
 namespace quillcast {
@@ -203,8 +204,10 @@ int main(int argc, char** argv) {
   desktop::QtPrompts prompts("bench");
   platform::XdgDesktop desktop(false);
   platform::clsExitWindows power(platform::PowerPlacesOf(platform::ProcessEnvironment()));
+  platform::Keyring keyring({});
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const auto html = platform::ReadFile(argv[2], 1 << 20);
-  return Measure({folders, settings, prompts, desktop, power, clock, entropy}, html ? *html : "", argv[3], argc > 4);
+  return Measure({folders, settings, prompts, desktop, power, clock, entropy, keyring}, html ? *html : "", argv[3],
+                 argc > 4);
 }

@@ -17,6 +17,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "event_loop.h"
 #include "platform/environment.h"
+#include "platform/keyring.h"
 #include "profile/startup.h"
 
 namespace quillcast {
@@ -97,9 +98,10 @@ int Measure(const profile::Folders& folders, int argc, char** argv) {
   Agreeing person(argc > 4 ? argv[4] : "");
   platform::XdgDesktop desktop(false);
   platform::clsExitWindows power(platform::PowerPlacesOf(platform::ProcessEnvironment()));
+  platform::Keyring keyring({});
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
-  const profile::Program program{folders, settings, person, desktop, power, clock, entropy};
+  const profile::Program program{folders, settings, person, desktop, power, clock, entropy, keyring};
   if (std::string_view(argv[1]) == "show") {
     Show(program, argv[3]);
   } else {

@@ -19,6 +19,7 @@ quillcast_require(GMIME gmime-3.0 libgmime-3.0-dev)
 quillcast_require(PSL libpsl libpsl-dev)
 quillcast_require(CURL libcurl libcurl4-openssl-dev)
 quillcast_require(SYSTEMD libsystemd libsystemd-dev)
+quillcast_require(SECRET libsecret-1 libsecret-1-dev)
 
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)

@@ -121,7 +121,7 @@ class Conversation {
     options_.auth_mode =
         std::array{AuthMode::kLogin, AuthMode::kCramMd5, AuthMode::kNtlm, AuthMode::kLogin}[(account >> 6) & 3];
     options_.user = "ada";
-    options_.password = Secret(kPassword);
+    options_.password = platform::Secret(kPassword);
     loopback_ = (about & 1) != 0;
     encrypted_ = options_.security == Security::kTls;
     for (std::size_t n = 0; n < 1 + ((about >> 1) & 7U); ++n) letters_.emplace_back(n);

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "account/account_connection.h"
+#include "account/password_place.h"
 #include "platform/text.h"
 #include "recipients/check_email.h"
 
@@ -17,6 +18,9 @@ bool NamesAServer(std::string_view list) { return list.find_first_not_of("; \t\r
 Sentence NoAddress(std::string_view email) {
   return Say("\"{}\" is no complete e-mail address, as you@example.org is.", platform::Printable(email, 80));
 }
+
+// Where a keyring or a command gives it, it is not looked for before it is needed.
+bool NeedsPassword(const AccountSettings& a) { return a.IsOn(kAuth) && PlaceOfPassword(a) == PasswordPlace::kSettings; }
 
 struct AccountCheck {
   bool (*passes)(const AccountSettings&);
@@ -35,8 +39,8 @@ constexpr auto kChecks = std::to_array<AccountCheck>({
      ControlOf(kPort)},
     {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kUsername].empty(); }, "You must enter the username.",
      ControlOf(kUsername)},
-    {[](const AccountSettings& a) { return !a.IsOn(kAuth) || !a[kPassword].empty(); }, "You must enter the password.",
-     ControlOf(kPassword)},
+    {[](const AccountSettings& a) { return !NeedsPassword(a) || !a[kPassword].empty(); },
+     "You must enter the password.", ControlOf(kPassword)},
     {[](const AccountSettings& a) { return !a[kTimeout].empty(); }, "Please enter your timeout.", ControlOf(kTimeout)},
     {[](const AccountSettings& a) { return a.NumberOf(kTimeout).has_value(); }, "Please enter a valid timeout.",
      ControlOf(kTimeout)},
@@ -63,6 +67,9 @@ std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& acc
   if (!servers)
     return Complaint<AccountControl>{"", ControlOf(kServer),
                                      Say("{} {}", servers.error().what, servers.error().remedy)};
+  if (account.IsOn(kAuth) && PlaceOfPassword(account) == PasswordPlace::kCommand &&
+      platform::Trim(account[kPasswordCommand]).empty())
+    return Complaint<AccountControl>{"", ControlOf(kPasswordCommand), "Give the command that prints the password."};
   return {};
 }
 

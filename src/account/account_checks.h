@@ -9,8 +9,8 @@
 
 namespace quillcast::account {
 
-// The checks in their order; the first that fails. The refusals of the sender's address and of a server list that
-// cannot be read have no message, but a reason.
+// The checks in their order; the first that fails. The refusals of the sender's address, of a server list that
+// cannot be read and of a missing password command have no message, but a reason.
 std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account);
 
 }  // namespace quillcast::account

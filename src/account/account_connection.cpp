@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "account/account_choices.h"
+#include "account/password_place.h"
 #include "platform/text.h"
 
 namespace quillcast::account {
@@ -67,7 +68,7 @@ std::string ServersText(const AccountSettings& account) {
   return text;
 }
 
-Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
+Result<smtp::ClientOptions> ConnectionOptionsOf(const AccountSettings& account) {
   smtp::ClientOptions options;
   auto servers = ServersOf(account);
   if (!servers) return servers.error();
@@ -80,9 +81,10 @@ Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account) {
     const auto auth_mode = ChosenAs<smtp::AuthMode>(account, kAuthMode);
     if (!auth_mode) return auth_mode.error();
     options.auth_mode = *auth_mode;
+    const auto place = ChosenAs<PasswordPlace>(account, kPasswordFrom);
+    if (!place) return place.error();
   }
   options.user = account[kUsername];
-  options.password = smtp::Secret(account[kPassword]);
   options.send_without_auth = account.IsOn(kNoAuth);
   options.extended = account.IsOn(kExtended);
   options.pipeline = account.IsOn(kPipeline);

@@ -17,8 +17,8 @@ Result<std::vector<smtp::Server>> ServersOf(const AccountSettings& account);
 // stored where it cannot be read.
 std::string ServersText(const AccountSettings& account);
 
-// The connection that the account describes. "host", "host:port" and "[v6]:port" are understood in the server list;
-// blanks round entries and empty entries are passed over.
-Result<smtp::ClientOptions> ClientOptionsOf(const AccountSettings& account);
+// The connection that the account describes, without its password: account_secrets.h has that. "host", "host:port" and
+// "[v6]:port" are understood in the server list; blanks round entries and empty entries are passed over.
+Result<smtp::ClientOptions> ConnectionOptionsOf(const AccountSettings& account);
 
 }  // namespace quillcast::account

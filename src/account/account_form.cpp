@@ -5,12 +5,16 @@
 #include <algorithm>
 #include <optional>
 
+#include "account/password_place.h"
+
 namespace quillcast::account {
 namespace {
 
 using enum AccountKey;
 
 bool SignsIn(const AccountSettings& a) { return a.IsOn(kAuth); }
+bool IsTypedHere(const AccountSettings& a) { return PlaceOfPassword(a) == PasswordPlace::kSettings; }
+bool IsByCommand(const AccountSettings& a) { return SignsIn(a) && PlaceOfPassword(a) == PasswordPlace::kCommand; }
 bool IsBulk(const AccountSettings& a) { return a[kMethod] == "Bulk"; }
 bool IsThird(const AccountSettings& a) { return a[kMethod] == "Third"; }
 bool MayWrap(const AccountSettings& a) { return a[kEncoding] == "None"; }
@@ -37,6 +41,9 @@ constexpr auto kRules = std::to_array<EnablingRule>({
     {ControlOf(kAuthMode), SignsIn, "Auth=1", true},
     {ControlOf(kPipeline), SignsIn, "Auth=1", true},
     {ControlOf(kNoAuth), SignsIn, "Auth=1", true},
+    {ControlOf(kPasswordFrom), SignsIn, "Auth=1", true},
+    {ControlOf(kPassword), IsTypedHere, "PasswordFrom=Settings"},
+    {ControlOf(kPasswordCommand), IsByCommand, "PasswordFrom=Command"},
     {ControlOf(kBccField), IsBulk, "Method=Bulk"},
     {ControlOf(kThirdField), IsThird, "Method=Third"},
     {ControlOf(kThirdPath), IsThird, "Method=Third"},
@@ -45,12 +52,6 @@ constexpr auto kRules = std::to_array<EnablingRule>({
     {ControlOf(kWrap), Wraps, "Encoding=None and AutoWrap=1", true},
     {AccountControl::kWrapArrows, Wraps, "Encoding=None and AutoWrap=1"},
 });
-
-const EnablingRule* RuleOf(AccountControl control) {
-  const auto* const rule =
-      std::find_if(kRules.begin(), kRules.end(), [&](const EnablingRule& row) { return row.control == control; });
-  return rule == kRules.end() ? nullptr : rule;
-}
 
 bool ShowsAnyText(AccountKey key) { return key == kToField || key == kThirdField || key == kCharSet; }
 
@@ -74,8 +75,8 @@ void ApplyRules(AccountSettings& shown) {
 }
 
 bool IsEnabled(const AccountSettings& shown, AccountControl control) {
-  const auto* const rule = RuleOf(control);
-  return rule == nullptr || rule->enabled(shown);
+  return std::all_of(kRules.begin(), kRules.end(),
+                     [&](const EnablingRule& rule) { return rule.control != control || rule.enabled(shown); });
 }
 
 const char* TimeoutUnit(std::string_view timeout) { return timeout == "1" ? "Minute" : "Minutes"; }
@@ -83,10 +84,12 @@ const char* TimeoutUnit(std::string_view timeout) { return timeout == "1" ? "Min
 std::string ForgetUnusedSignIn(AccountSettings& account) {
   std::string forgotten;
   if (SignsIn(account)) return forgotten;
-  for (const AccountKey key : {kUsername, kPassword}) {
-    if (account[key].empty()) continue;
+  for (const AccountKey key : {kUsername, kPassword, kPasswordFrom}) {
+    const std::string_view nothing = RowOf(key).fallback;
+    if (account[key] == nothing || (key == kPasswordFrom && PlaceOfPassword(account) == PasswordPlace::kCommand))
+      continue;
     forgotten += fmt::format("{}{}", forgotten.empty() ? "" : ", ", RowOf(key).name);
-    account.Set(key, {});
+    account.Set(key, std::string(nothing));
   }
   return forgotten;
 }

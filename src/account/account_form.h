@@ -17,8 +17,8 @@ namespace quillcast::account {
 AccountSettings ShownInDialog(AccountSettings stored);
 
 // What the enabling rules make of the values on screen; after every change of a control. Sign-in off empties the user
-// and the password and sets AuthMode, Pipeline and NoAuth back; an encoding other than "None" takes AutoWrap off;
-// without AutoWrap, Wrap is 76.
+// and the password and sets AuthMode, Pipeline, NoAuth and PasswordFrom back; an encoding other than "None" takes
+// AutoWrap off; without AutoWrap, Wrap is 76.
 void ApplyRules(AccountSettings& shown);
 
 // The controls of the dialog: one for each key, and those that edit no key of their own.
@@ -31,8 +31,8 @@ bool IsEnabled(const AccountSettings& shown, AccountControl control);
 // "Minute" for exactly "1", else "Minutes".
 const char* TimeoutUnit(std::string_view timeout);
 
-// Takes the user and the password out of values that sign in nowhere: a secret that nothing uses is not kept. The names
-// of what was taken out, for a person; empty when there was nothing.
+// Takes the user and the password out of values that sign in nowhere, also out of the keyring once they are saved: a
+// secret that nothing uses is not kept. The names of what was taken out, for a person; empty when there was nothing.
 std::string ForgetUnusedSignIn(AccountSettings& account);
 
 // Sentences on what the dialog would do to values that were stored as asked: those that it sets back, and among `asked`

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "document/offered_charsets.h"
+#include "platform/secret.h"
 #include "platform/text.h"
 #include "recipients/recipient.h"
-#include "smtp/secret.h"
 
 namespace quillcast::account {
 namespace {
@@ -31,6 +31,7 @@ constexpr Texts<7> kNotify = {"Do not send command to server",
 constexpr Texts<4> kReturn = {"Do not send command to server", "Return whatever the server default is",
                               "Return only the header of the message", "Return the full message"};
 constexpr Texts<4> kSecurities = {"Automatic", "STARTTLS", "TLS", "None"};
+constexpr Texts<3> kPasswordPlaces = {"Settings", "Keyring", "Command"};
 constexpr auto kFieldLabels = [] {
   Texts<recipients::kFields.size()> labels{};
   for (std::size_t i = 0; i < labels.size(); ++i) labels[i] = recipients::kFields[i].label;
@@ -71,6 +72,8 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kDsnNotify, "DSNNotify", "Do not send command to server", kNotify},
     {kDsnReturn, "DSNReturn", "Do not send command to server", kReturn},
     {kSecurity, "Security", "Automatic", kSecurities},
+    {kPasswordFrom, "PasswordFrom", "Settings", kPasswordPlaces},
+    {kPasswordCommand, "PasswordCommand", "", {}},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 
@@ -105,7 +108,9 @@ AccountSettings::AccountSettings() {
   for (const auto& row : kRows) Set(row.key, std::string(row.fallback));
 }
 
-AccountSettings::~AccountSettings() { smtp::Wipe(values_[static_cast<std::size_t>(kPassword)]); }
+AccountSettings::~AccountSettings() { ForgetPassword(); }
+
+void AccountSettings::ForgetPassword() { platform::Wipe(values_[static_cast<std::size_t>(kPassword)]); }
 
 Result<AccountSettings> AccountSettings::Load(const profile::SettingsStore& store) {
   AccountSettings account;

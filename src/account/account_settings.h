@@ -46,6 +46,8 @@ enum class AccountKey {
   kDsnNotify,
   kDsnReturn,
   kSecurity,
+  kPasswordFrom,
+  kPasswordCommand,
   kCount
 };
 
@@ -95,6 +97,7 @@ class AccountSettings {
   // As stored. IsOn is true for "1" alone.
   const std::string& operator[](AccountKey key) const { return values_[static_cast<std::size_t>(key)]; }
   void Set(AccountKey key, std::string value) { values_[static_cast<std::size_t>(key)] = std::move(value); }
+  void ForgetPassword();  // and wipe it
   bool IsOn(AccountKey key) const { return (*this)[key] == "1"; }
   // The number that a key with bounds holds; nothing where the stored text is none within them.
   std::optional<std::int64_t> NumberOf(AccountKey key) const;

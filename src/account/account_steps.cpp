@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "account/account_connection.h"
 #include "profile/main_window_contents.h"
 #include "smtp/client/client.h"
 #include "smtp/result_code.h"
@@ -36,15 +35,16 @@ SenderTexts TextsOf(const AccountSettings& saved) {
           .method = profile::kSendingMethods.at(position)};
 }
 
-Result<std::optional<SenderTexts>> ResetAccount(profile::SettingsStore& store, platform::Prompts& prompts) {
+bool AgreesToReset(platform::Prompts& prompts) {
   constexpr const char* kQuestion =
       "You are just about to wipe out all your SMTP settings.\r\nAre you sure you want to proceed?";
-  if (prompts.Ask(kQuestion) != platform::Answer::kYes) return std::optional<SenderTexts>();
-  const auto deleted = store.DeleteSection(kAccountSection);
-  if (!deleted) return deleted.error();
+  return prompts.Ask(kQuestion) == platform::Answer::kYes;
+}
+
+Result<SenderTexts> TextsAfterReset(const profile::SettingsStore& store) {
   auto contents = profile::LoadMainWindow(store, {});
   if (!contents) return contents.error();
-  return std::optional(SenderTexts{std::move(contents->from), std::move(contents->method)});
+  return SenderTexts{std::move(contents->from), std::move(contents->method)};
 }
 
 void PickQueueFolder(AccountSettings& shown, platform::Prompts& prompts) {
@@ -54,14 +54,16 @@ void PickQueueFolder(AccountSettings& shown, platform::Prompts& prompts) {
   shown.Set(AccountKey::kThirdPath, std::move(path));
 }
 
-AccountTest TestAccount(const AccountSettings& shown, const platform::Clock& clock,
+AccountTest TestAccount(const AccountSettings& shown, const AccountSecrets& secrets, const platform::Clock& clock,
                         const platform::CancelToken& cancel) {
   AccountTest test;
-  if (const auto options = ClientOptionsOf(shown)) {
+  if (const auto options = secrets.SignInOptionsOf(shown, cancel)) {
     TestListener listener(test.log);
     test.outcome = smtp::Client(*options, clock, cancel).Test(listener);
   } else {
-    test.outcome.reason = options.error().what.InEnglish();
+    test.outcome.code =
+        options.error().failure == Failure::kTryAgain ? smtp::ResultCode::kCancelled : test.outcome.code;
+    test.outcome.reason = InOneLine(options.error());
   }
   test.text = test.Works() ? kAccountWorks : smtp::TestResultText(static_cast<int>(test.outcome.code));
   return test;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "account/account_secrets.h"
 #include "account/account_settings.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
@@ -23,9 +24,10 @@ struct SenderTexts {
 // After the account was saved.
 SenderTexts TextsOf(const AccountSettings& saved);
 
-// Asks, then deletes every setting of the account. Gives what the main window then shows, read anew; nothing when the
-// person said No and all is as it was.
-Result<std::optional<SenderTexts>> ResetAccount(profile::SettingsStore& store, platform::Prompts& prompts);
+// Whether the person wants every setting of the account deleted, which AccountSecrets::Reset does then.
+bool AgreesToReset(platform::Prompts& prompts);
+// After that, read anew.
+Result<SenderTexts> TextsAfterReset(const profile::SettingsStore& store);
 
 // Lets a folder be picked as the queue folder: its path, ending in the separator. Cancelling leaves what is there.
 void PickQueueFolder(AccountSettings& shown, platform::Prompts& prompts);
@@ -40,8 +42,8 @@ struct AccountTest {
 };
 
 // Tries the values given, stored or not, on a fresh client: one connection, with TLS and sign-in as they say, no
-// message. Values that describe no connection give code 1 with the reason.
-AccountTest TestAccount(const AccountSettings& shown, const platform::Clock& clock,
+// message. Values that describe no connection, and a password that cannot be had, give code 1 with the reason.
+AccountTest TestAccount(const AccountSettings& shown, const AccountSecrets& secrets, const platform::Clock& clock,
                         const platform::CancelToken& cancel);
 
 }  // namespace quillcast::account

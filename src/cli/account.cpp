@@ -6,6 +6,7 @@
 #include "account/account_form.h"
 #include "account/account_steps.h"
 #include "account/component_values.h"
+#include "account/password_place.h"
 #include "cli/account_commands.h"
 #include "cli/account_values.h"
 #include "cli/commands.h"
@@ -27,9 +28,16 @@ struct ThreadOptions {
 
 // Fails, in words, for a server or port that could never work.
 Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
-  auto options = account::ClientOptionsOf(account);
+  auto options = account::ConnectionOptionsOf(account);
   if (!options) return Error{Failure::kUsage, options.error().what, options.error().remedy};
   return options;
+}
+
+account::AccountSecrets SecretsOf(const Context& context) { return {context.keyring, context.Folders().settings}; }
+
+// What was stored before is there still, the password too.
+int FailToSave(const Context& context, const Error& error) {
+  return context.output.Fail({error.failure, Say("Nothing was saved. {}", error.what), error.remedy});
 }
 
 int RunSet(Context& context, const AccountValueOptions& options) {
@@ -47,10 +55,11 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   }
   const auto connection = ConnectionOf(account);
   if (!connection) return context.output.Fail(connection.error());
-  const auto saved = account.Save(settings);
-  if (!saved) return context.output.Fail(saved.error());
+  const auto saved = SecretsOf(context).Save(account, settings, context.cancel);
+  if (!saved) return FailToSave(context, saved.error());
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
   for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note.InEnglish());
+  if (saved->in_keyring) context.output.Note(InOneLine(*saved->in_keyring));
   const auto texts = account::TextsOf(account);
   context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));
   context.output.Object(
@@ -74,9 +83,11 @@ int RunShow(Context& context) {
   if (!threads) return context.output.Fail(threads.error());
   nlohmann::ordered_json object;
   for (const auto& row : account::AccountKeyRows()) {
-    const bool hidden = row.key == AccountKey::kPassword && !(*account)[row.key].empty();
-    const std::string value = hidden ? kHiddenPassword : (*account)[row.key];
-    context.output.Line(fmt::format("{}={}", row.name, platform::Printable(value)));
+    const bool is_password = row.key == AccountKey::kPassword;
+    const std::string value = is_password && !(*account)[row.key].empty() ? kHiddenPassword : (*account)[row.key];
+    const std::string place = is_password ? account::PasswordPlaceText(*account).InEnglish() : std::string();
+    context.output.Line(place.empty() ? fmt::format("{}={}", row.name, platform::Printable(value))
+                                      : fmt::format("{}=({})", row.name, place));
     object[std::string(row.name)] = value;
   }
   ShowThreads(context, *threads, object);
@@ -121,7 +132,7 @@ int RunTest(Context& context, const AccountValueOptions& options) {
   if (!threads) return context.output.Fail(threads.error());
   const auto connection = ConnectionOf(values->account);
   if (!connection) return context.output.Fail(connection.error());
-  const auto test = account::TestAccount(values->account, context.clock, context.cancel);
+  const auto test = account::TestAccount(values->account, SecretsOf(context), context.clock, context.cancel);
   context.output.Object({{"code", static_cast<int>(test.outcome.code)},
                          {"text", test.text},
                          {"reply_code", test.outcome.reply.code},
@@ -158,11 +169,14 @@ int RunThreads(Context& context, const ThreadOptions& options) {
 
 int RunReset(Context& context) {
   profile::SettingsStore settings(context.Folders().settings);
-  const auto reset = account::ResetAccount(settings, context.prompts);
+  if (!account::AgreesToReset(context.prompts)) return ExitCode(Failure::kNotPermitted);
+  const auto reset = SecretsOf(context).Reset(settings, context.cancel);
   if (!reset) return context.output.Fail(reset.error());
-  if (!*reset) return ExitCode(Failure::kNotPermitted);
+  if (reset->in_keyring) context.output.Note(InOneLine(*reset->in_keyring));
+  const auto texts = account::TextsAfterReset(settings);
+  if (!texts) return context.output.Fail(texts.error());
   context.output.Line("The account is back to its defaults.");
-  context.output.Object({{"reset", true}, {"from", (*reset)->from}, {"method", (*reset)->method}});
+  context.output.Object({{"reset", true}, {"from", texts->from}, {"method", texts->method}});
   return 0;
 }
 
@@ -189,10 +203,12 @@ void AddAccountCommand(CLI::App& app, Context& context) {
   AddAccountValueOptions(*set, *set_options);
   set->footer(
       "Example:\n  quillcast account set Name=\"Ada\" Email=ada@example.org Server=mail.example.org Port=587 Auth=1 "
-      "Username=ada --password-file secret.txt");
+      "Username=ada --password-file secret.txt\n  quillcast account set --password-from Keyring\n  quillcast account "
+      "set --password-command 'pass show mail/ada'");
   OnRun(*set, context, [set_options](Context& c) { return RunSet(c, *set_options); });
 
-  auto* show = account->add_subcommand("show", "Every setting of the account; the password is hidden");
+  auto* show =
+      account->add_subcommand("show", "Every setting of the account; the password is hidden, and told where it is");
   show->footer("Example:\n  quillcast account show");
   OnRun(*show, context, RunShow);
 

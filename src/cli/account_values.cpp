@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "account/password_place.h"
 #include "cli/secret_input.h"
 #include "platform/text.h"
 
@@ -13,6 +14,7 @@ namespace {
 using account::AccountKey;
 using account::AccountKeyRow;
 using account::AccountSettings;
+using account::PasswordPlace;
 
 Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
   if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end()) return {};
@@ -42,9 +44,27 @@ Result<void> Assign(GivenAccount& values, const std::string& assignment) {
   return {};
 }
 
-Result<void> TakePassword(AccountSettings& account, const std::string& file, bool may_ask) {
-  const bool needed = account.IsOn(AccountKey::kAuth) && account[AccountKey::kPassword].empty();
-  if (file.empty() && !(needed && may_ask)) return {};
+// As the settings that they are.
+Result<void> AssignPlace(GivenAccount& values, const AccountValueOptions& options) {
+  const std::string& command = options.password_command;
+  const std::string place = options.password_from.empty() && !command.empty() ? "Command" : options.password_from;
+  auto assigned = place.empty() ? Result<void>() : Assign(values, "PasswordFrom=" + place);
+  return assigned && !command.empty() ? Assign(values, "PasswordCommand=" + command) : assigned;
+}
+
+// Whether the account signs in with a password that nobody has given yet.
+bool LacksPassword(const AccountSettings& account, PasswordPlace before) {
+  if (!account.IsOn(AccountKey::kAuth) || !account[AccountKey::kPassword].empty()) return false;
+  const PasswordPlace place = account::PlaceOfPassword(account);
+  return place == PasswordPlace::kSettings || (place == PasswordPlace::kKeyring && place != before);
+}
+
+Result<void> TakePassword(AccountSettings& account, PasswordPlace before, const std::string& file, bool may_ask) {
+  if (file.empty() && !(may_ask && LacksPassword(account, before))) return {};
+  if (account::PlaceOfPassword(account) == PasswordPlace::kCommand) {
+    return Error{Failure::kUsage, "The account takes its password from a command, so none out of a file is kept.",
+                 "Leave --password-file out, or choose another place: --password-from Settings or Keyring."};
+  }
   auto password = file.empty() ? SecretFromTerminal("Password") : SecretFromFile(file);
   if (!password) return password.error();
   account.Set(AccountKey::kPassword, std::move(*password));
@@ -57,18 +77,29 @@ void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options) {
   command.add_option("settings", options.assignments, "KEY=VALUE, as many as you like; see account show");
   command.add_option("--password-file", options.password_file, "Take the password from the first line of this file")
       ->type_name("FILE");
+  command
+      .add_option("--password-from", options.password_from,
+                  "Where the password is: Settings, Keyring (it is moved there) or Command")
+      ->type_name("PLACE");
+  command
+      .add_option("--password-command", options.password_command,
+                  "Take the password from the first line that this prints each time, run by sh -c")
+      ->type_name("COMMAND");
 }
 
 Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,
                                  const Context& context) {
   auto stored = AccountSettings::Load(settings);
   if (!stored) return stored.error();
+  const PasswordPlace before = account::PlaceOfPassword(*stored);
   GivenAccount values{std::move(*stored), {}};
   for (const auto& assignment : options.assignments) {
     const auto assigned = Assign(values, assignment);
     if (!assigned) return assigned.error();
   }
-  const auto taken = TakePassword(values.account, options.password_file, context.may_ask);
+  const auto assigned = AssignPlace(values, options);
+  if (!assigned) return assigned.error();
+  const auto taken = TakePassword(values.account, before, options.password_file, context.may_ask);
   if (!taken) return taken.error();
   return values;
 }

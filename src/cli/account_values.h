@@ -13,6 +13,8 @@ namespace quillcast::cli {
 struct AccountValueOptions {
   std::vector<std::string> assignments;
   std::string password_file;
+  std::string password_from;
+  std::string password_command;
 };
 
 // `options` must outlive the command, which fills it when the line is parsed.
@@ -25,7 +27,8 @@ struct GivenAccount {
 };
 
 // Fails with kUsage for an unknown key or a value that is none of its choices. The password comes from the file, or is
-// asked for where sign-in needs one and none is known.
+// asked for where sign-in needs one and none is known: one for the keyring where the account begins to take it from
+// there. A command that is given is where it then comes from.
 Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,
                                  const Context& context);
 

@@ -12,6 +12,7 @@
 #include "cli/standard_streams.h"
 #include "cli/start_desktop.h"
 #include "cli/terminal_prompts.h"
+#include "platform/keyring.h"
 #include "profile/version.h"
 
 namespace quillcast::cli {
@@ -139,7 +140,8 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
   platform::ProcessEnvironment environment;
-  Context context{output, prompts, clock, entropy, environment, cancel, executable, {}};
+  platform::Keyring keyring(platform::KeyringPlaceOf(environment));
+  Context context{output, prompts, clock, entropy, environment, cancel, keyring, executable, {}};
 
   CLI::App app(kDescription, "quillcast");
   bool no_input = false;
@@ -155,7 +157,7 @@ int RunCommandLine(std::vector<std::string> arguments, const std::filesystem::pa
   app.require_subcommand(0, 1);
   app.fallthrough();  // these options may also stand behind the command
   app.parse_complete_callback([&] {
-    context.may_ask = prompts.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0;
+    context.may_ask = prompts.may_ask = keyring.may_ask = !no_input && ::isatty(STDIN_FILENO) != 0;
     context.assume_yes = prompts.assume_yes;
   });
 

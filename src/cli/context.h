@@ -15,6 +15,7 @@
 #include "platform/entropy.h"
 #include "platform/environment.h"
 #include "platform/prompts.h"
+#include "platform/secret_store.h"
 #include "platform/session_log.h"
 #include "profile/folders.h"
 #include "profile/settings_store.h"
@@ -29,6 +30,7 @@ struct Context {
   platform::Entropy& entropy;
   platform::Environment& environment;
   platform::CancelToken& cancel;
+  platform::SecretStore& keyring;
   std::filesystem::path executable;
   std::optional<std::filesystem::path> profile;
   bool may_ask = true;      // false with --no-input, and when standard input is no terminal

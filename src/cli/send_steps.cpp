@@ -29,7 +29,7 @@ const char* RemedyOf(run::SendControl control) {
 }  // namespace
 
 run::RunPlace PlaceOf(const Context& context, const profile::Folders& folders) {
-  return {folders, context.clock, context.entropy, context.cancel};
+  return {folders, context.clock, context.entropy, context.cancel, context.keyring};
 }
 
 Result<run::PreparedRun> PrepareRun(Context& context, const profile::Folders& folders, const DocumentOptions& options,

@@ -23,6 +23,7 @@
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/environment.h"
+#include "platform/keyring.h"
 #include "platform/session_log.h"
 #include "profile/startup.h"
 #include "profile/version.h"
@@ -112,8 +113,9 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   platform::clsExitWindows power(platform::PowerPlacesOf(environment));
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
+  platform::Keyring keyring(platform::KeyringPlaceOf(environment));
   const platform::SessionLog log(folders.data, clock);
-  const profile::Program program{folders, settings, prompts, desktop, power, clock, entropy};
+  const profile::Program program{folders, settings, prompts, desktop, power, clock, entropy, keyring};
   HelpKey help_key(folders);
   application.installEventFilter(&help_key);
   const auto window = StartWindow(program);

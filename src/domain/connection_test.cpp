@@ -141,7 +141,7 @@ std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view
 
 Result<smtp::ClientOptions> TestOptions(std::string_view server, std::string_view port, std::string_view security,
                                         std::chrono::seconds patience) {
-  auto options = account::ClientOptionsOf(AccountOf(server, port, security));
+  auto options = account::ConnectionOptionsOf(AccountOf(server, port, security));
   if (options) options->timeout = patience;
   return options;
 }

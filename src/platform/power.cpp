@@ -1,29 +1,18 @@
 #include "platform/power.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstring>
 #include <memory>
 #include <optional>
 
-#include "platform/file.h"
+#include "platform/program_run.h"
 #include "platform/text.h"
-
-extern char** environ;
 
 namespace quillcast::platform {
 namespace {
-
-using Milliseconds = std::chrono::milliseconds;
 
 struct BusClose {
   void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
@@ -83,36 +72,13 @@ std::optional<Result<void>> AskLoginManager(const PowerPlaces& places) {
   return answer;
 }
 
-// Waits for the end of a child as long as `patience`, then ends it. Its status, or nothing where it took too long.
-std::optional<int> EndOf(pid_t child, Milliseconds patience) {
-  const UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
-  pollfd waiting{handle.get(), POLLIN, 0};
-  // Where the kernel has no such handle, -1 is passed over and the whole time is waited.
-  const bool in_time = ::poll(&waiting, 1, static_cast<int>(patience.count())) > 0;
-  int status = 0;
-  if (!in_time && ::waitpid(child, &status, WNOHANG) == 0) {
-    IgnoreErrors(::kill(child, SIGKILL));
-    IgnoreErrors(::waitpid(child, &status, 0));
-    return std::nullopt;
-  }
-  if (in_time) IgnoreErrors(::waitpid(child, &status, 0));
-  return status;
-}
-
 Result<void> AskServiceManager(const PowerPlaces& places) {
-  std::string program = places.service_manager;
-  std::array<std::string, 3> words = {"poweroff", "--ignore-inhibitors", "--no-ask-password"};
-  const std::array<char*, 5> arguments = {program.data(), words[0].data(), words[1].data(), words[2].data(), nullptr};
-  posix_spawn_file_actions_t no_input;
-  IgnoreErrors(::posix_spawn_file_actions_init(&no_input));
-  IgnoreErrors(::posix_spawn_file_actions_addopen(&no_input, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
-  pid_t child = 0;
-  const int failed = ::posix_spawnp(&child, program.c_str(), &no_input, nullptr, arguments.data(), environ);
-  IgnoreErrors(::posix_spawn_file_actions_destroy(&no_input));
-  if (failed != 0) return Refused("neither a login manager nor a service manager can be asked.");
-  const auto status = EndOf(child, places.patience);
-  if (!status) return Refused("the service manager gave no answer.");
-  return *status == 0 ? Result<void>() : Refused({});
+  const std::array<std::string, 4> words = {places.service_manager, "poweroff", "--ignore-inhibitors",
+                                            "--no-ask-password"};
+  const ProgramRun run = RunProgram(words, {.patience = places.patience});
+  if (run.end == ProgramEnd::kNotStarted) return Refused("neither a login manager nor a service manager can be asked.");
+  if (run.end != ProgramEnd::kExited) return Refused("the service manager gave no answer.");
+  return run.status == 0 ? Result<void>() : Refused({});
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "platform/entropy.h"
 #include "platform/power.h"
 #include "platform/prompts.h"
+#include "platform/secret_store.h"
 #include "platform/sqlite.h"
 #include "profile/folders.h"
 #include "profile/settings_store.h"
@@ -25,6 +26,7 @@ struct Program {
   platform::Power& power;
   const platform::Clock& clock;
   platform::Entropy& entropy;
+  platform::SecretStore& keyring;
 };
 
 }  // namespace quillcast::profile

@@ -159,10 +159,9 @@ std::optional<Sentence> AskAboutNotices(const account::AccountSettings& account,
                                         const message::MessageTemplate& message, const platform::Clock& clock,
                                         const platform::CancelToken& cancel) {
   if (!message.asks_for_notice()) return {};
-  auto options = account::ClientOptionsOf(account);
+  auto options = account::ConnectionOptionsOf(account);
   if (!options) return AsSentence(options.error());
   options->sign_in = false;
-  options->password = smtp::Secret();
   options->timeout = std::min(options->timeout, kPatience);
   NoticeListener listener;
   const auto outcome = smtp::Client(*options, clock, cancel).Test(listener);

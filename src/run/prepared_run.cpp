@@ -3,7 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "account/account_connection.h"
 #include "account/account_message.h"
 #include "domain/sender/account_sender.h"
 #include "domain/sender/kept_check.h"
@@ -176,7 +175,7 @@ Result<smtp::Outcome> PreparedRun::Send(message::RenderedMessage& message,
                                         const std::function<void(std::string_view)>& log_line) {
   const auto account = Account();
   if (!account) return account.error();
-  const auto options = account::ClientOptionsOf(**account);
+  const auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
   if (!options) return options.error();
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);
   return SendAlone(carrier, message, log_line);
@@ -234,7 +233,7 @@ OpenRows PreparedRun::RowsForRun() const {
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
   const auto account = Account();
   if (!account) return account.error();
-  const auto options = account::ClientOptionsOf(**account);
+  const auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
   if (!options) return options.error();
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);
   return Run(range, listener, carrier);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "account/account_secrets.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
 #include "platform/entropy.h"
@@ -20,9 +21,11 @@ struct RunPlace {
   const platform::Clock& clock;
   platform::Entropy& entropy;
   const platform::CancelToken& cancel;                                       // ends every wait and look, and the run
+  platform::SecretStore& keyring;                                            // where the account's password may be
   std::chrono::milliseconds lock_wait = platform::LockPatience{}.lock_wait;  // for a store that others hold
 
   profile::SettingsStore Settings() const { return profile::SettingsStore(folders.settings, Patience()); }
+  account::AccountSecrets Secrets() const { return {keyring, folders.settings}; }
   recipients::RecipientStore Recipients() const { return recipients::RecipientStore(folders.Database(), Patience()); }
 
  private:
@@ -32,7 +35,7 @@ struct RunPlace {
 // The place of a program with windows: for work beside them, and with profile::kWindowPatience for the window itself.
 inline RunPlace PlaceOf(const profile::Program& program, const platform::CancelToken& cancel,
                         const platform::LockPatience& patience = {}) {
-  return {program.folders, program.clock, program.entropy, cancel, patience.lock_wait};
+  return {program.folders, program.clock, program.entropy, cancel, program.keyring, patience.lock_wait};
 }
 
 }  // namespace quillcast::run

@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "account/account_connection.h"
 #include "account/account_message.h"
 #include "document/message_document.h"
 #include "mail_file/working_folder.h"
@@ -88,7 +87,7 @@ Result<Outcome> SendRequest(const SupportRequest& request, const RequestContents
                             const run::RunPlace& place) {
   const auto account = account::AccountSettings::Load(place.Settings());
   if (!account) return account.error();
-  const auto options = account::ClientOptionsOf(*account);
+  const auto options = place.Secrets().SignInOptionsOf(*account, place.cancel);
   if (!options) return options.error();
   return WithMessage(request, contents, *account, place, [&](message::RenderedMessage& message) -> Result<Outcome> {
     run::SmtpCarrier carrier(*options, place.clock, place.cancel);

@@ -7,6 +7,7 @@
 #include "account/component_values.h"
 #include "platform/text.h"
 #include "support/fake_clock.h"
+#include "support/fake_keyring.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
 
@@ -25,8 +26,9 @@ AccountSettings With(const Values& values) {
 // Every control that a rule speaks of; the rest is always enabled.
 constexpr auto kRuled = std::to_array<AccountControl>(
     {ControlOf(kUsername), ControlOf(kPassword), ControlOf(kAuthMode), ControlOf(kPipeline), ControlOf(kNoAuth),
-     ControlOf(kToField), ControlOf(kBccField), ControlOf(kThirdField), ControlOf(kThirdPath),
-     AccountControl::kPickThirdPath, ControlOf(kAutoWrap), ControlOf(kWrap), AccountControl::kWrapArrows});
+     ControlOf(kPasswordFrom), ControlOf(kPasswordCommand), ControlOf(kToField), ControlOf(kBccField),
+     ControlOf(kThirdField), ControlOf(kThirdPath), AccountControl::kPickThirdPath, ControlOf(kAutoWrap),
+     ControlOf(kWrap), AccountControl::kWrapArrows});
 
 std::string Enabled(const AccountSettings& shown) {
   std::string marks;
@@ -37,18 +39,21 @@ std::string Enabled(const AccountSettings& shown) {
 TEST(AccountForm, EnablesWhatItsRulesSay) {
   struct Case {
     Values stored;
-    const char* enabled;  // sign-in, personal, bulk, third, wrap
+    const char* enabled;  // sign-in, where the password is, personal, bulk, third, wrap
   };
   for (const Case& c : std::initializer_list<Case>{
-           {{}, "-----x-------"},
-           {{{kAuth, "1"}}, "xxxxxx-------"},
-           {{{kAuth, "yes"}}, "-----x-------"},
-           {{{kMethod, "Bulk"}}, "-----xx------"},
-           {{{kMethod, "Third"}}, "-----x-xxx---"},
-           {{{kMethod, "third"}}, "-----x-------"},
-           {{{kEncoding, "None"}}, "-----x----x--"},
-           {{{kEncoding, "None"}, {kAutoWrap, "1"}}, "-----x----xxx"},
-           {{{kEncoding, "Base 64"}, {kAutoWrap, "1"}}, "-----x-------"},
+           {{}, "-------x-------"},
+           {{{kAuth, "1"}}, "xxxxxx-x-------"},
+           {{{kAuth, "1"}, {kPasswordFrom, "Keyring"}}, "x-xxxx-x-------"},
+           {{{kAuth, "1"}, {kPasswordFrom, "Command"}}, "x-xxxxxx-------"},
+           {{{kPasswordFrom, "Command"}}, "-------x-------"},
+           {{{kAuth, "yes"}}, "-------x-------"},
+           {{{kMethod, "Bulk"}}, "-------xx------"},
+           {{{kMethod, "Third"}}, "-------x-xxx---"},
+           {{{kMethod, "third"}}, "-------x-------"},
+           {{{kEncoding, "None"}}, "-------x----x--"},
+           {{{kEncoding, "None"}, {kAutoWrap, "1"}}, "-------x----xxx"},
+           {{{kEncoding, "Base 64"}, {kAutoWrap, "1"}}, "-------x-------"},
        }) {
     EXPECT_EQ(Enabled(ShownInDialog(With(c.stored))), c.enabled);
   }
@@ -79,6 +84,9 @@ TEST(AccountForm, ShowsStoredValuesAsItsBoxesCan) {
            {kEncoding, "8bit", "None"},
            {kDsnNotify, "Always", "Do not send command to server"},
            {kSecurity, "SSL", "Automatic"},
+           {kPasswordFrom, "Keyring", "Settings"},
+           {kPasswordFrom, "Keyring", "Keyring", {{kAuth, "1"}}},
+           {kPassword, "on its way", "on its way", {{kAuth, "1"}, {kPasswordFrom, "Keyring"}}},
            {kToField, "Shoe Size", "Shoe Size"},
            {kThirdField, "Another Server", "Another Server"},
            {kCharSet, "Klingon", "Klingon"},
@@ -166,13 +174,14 @@ TEST(AccountSteps, ResetOnlyAfterYesAndOnlyTheAccount) {
   ASSERT_TRUE(store.Write("Account", "Unknown", "x"));
   ASSERT_TRUE(store.Write("Signature", "Status", "1"));
   test::ScriptedPrompts prompts;
-  auto reset = ResetAccount(store, prompts);
-  EXPECT_TRUE(reset && !*reset);
-  EXPECT_EQ(*store.Read("Account", "Method", ""), "Bulk");
+  EXPECT_FALSE(AgreesToReset(prompts));
   prompts.answers = {platform::Answer::kYes};
-  reset = ResetAccount(store, prompts);
-  ASSERT_TRUE(reset && *reset);
-  EXPECT_EQ((*reset)->from + "|" + (*reset)->method, "|Personal");
+  EXPECT_TRUE(AgreesToReset(prompts));
+  test::FakeKeyring keyring;
+  ASSERT_TRUE(AccountSecrets(keyring, store.file()).Reset(store, platform::CancelToken()));
+  const auto texts = TextsAfterReset(store);
+  ASSERT_TRUE(texts);
+  EXPECT_EQ(texts->from + "|" + texts->method, "|Personal");
   EXPECT_EQ(*store.Read("Account", "Method", "none"), "none");
   EXPECT_EQ(*store.Read("Account", "Unknown", "none"), "none");
   EXPECT_EQ(*store.Read("Signature", "Status", "none"), "1");
@@ -194,9 +203,11 @@ TEST(AccountSteps, PickTheQueueFolderWithItsSeparator) {
 
 // Other outcomes are told by the command's own test.
 TEST(AccountSteps, TestTellsAPortThatIsNone) {
+  test::FakeKeyring keyring;
   const test::FakeClock clock;
   const platform::CancelToken cancel;
-  const auto test = TestAccount(With({{kServer, "127.0.0.1"}, {kPort, ""}}), clock, cancel);
+  const auto test =
+      TestAccount(With({{kServer, "127.0.0.1"}, {kPort, ""}}), AccountSecrets(keyring, "settings.db"), clock, cancel);
   EXPECT_FALSE(test.Works());
   EXPECT_EQ(test.text, "Error 1: An exception has occurred.");
   EXPECT_NE(test.outcome.reason, "");

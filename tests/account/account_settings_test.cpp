@@ -31,7 +31,7 @@ TEST(Account, StartsFromItsDefaultsAndComesBackAsSaved) {
   EXPECT_EQ(values,
             "|||25|0|||AUTH LOGIN|0|0|0|1|Personal|Email Address|Group|Quiksoft SMTP Express Service||None|"
             "Quoted Printable|Base 64|Western European (Windows)|0|76|1|0|Do not send command to server|"
-            "Do not send command to server|Automatic|");
+            "Do not send command to server|Automatic|Settings||");
   AccountSettings account = Good();
   account.Set(kPassword, "p'\"\\ \xC3\xA9\t");
   ASSERT_TRUE(account.Save(store));
@@ -57,6 +57,21 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
            {{{kPort, "x"}, {kAuth, "1"}, {kWrap, ""}}, "Please enter a valid port.", ControlOf(kPort)},
            {{{kAuth, "1"}}, "You must enter the username.", ControlOf(kUsername)},
            {{{kAuth, "1"}, {kUsername, "a"}, {kTimeout, ""}}, "You must enter the password.", ControlOf(kPassword)},
+           {{{kAuth, "1"}, {kPasswordFrom, "Keyring"}, {kTimeout, ""}},
+            "You must enter the username.",
+            ControlOf(kUsername)},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kPasswordFrom, "Keyring"}, {kTimeout, ""}},
+            "Please enter your timeout.",
+            ControlOf(kTimeout)},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kPasswordFrom, "Vault"}},
+            "You must enter the password.",
+            ControlOf(kPassword)},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kPasswordFrom, "Command"}, {kPasswordCommand, " "}, {kWrap, "31"}},
+            "Please enter a valid wrap characters.",
+            ControlOf(kWrap)},
+           {{{kAuth, "1"}, {kUsername, "a"}, {kPasswordFrom, "Command"}, {kPasswordCommand, " "}},
+            "",
+            ControlOf(kPasswordCommand)},
            {{{kServer, " ; "}}, "Please enter your mail server.", ControlOf(kServer)},
            {{{kServer, "a.example;b.example:x"}}, "", ControlOf(kServer)},
            {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
@@ -91,7 +106,7 @@ TEST(Account, GivesTheConnection) {
   account.Set(kPort, "587");
   account.Set(kTimeout, "10");
   account.Set(kSecurity, "TLS");
-  const auto options = account::ClientOptionsOf(account);
+  const auto options = account::ConnectionOptionsOf(account);
   ASSERT_TRUE(options);
   std::vector<std::string> servers;
   for (const auto& server : options->servers) servers.push_back(server.host + " " + std::to_string(server.port));
@@ -103,15 +118,15 @@ TEST(Account, GivesTheConnection) {
   account.Set(kAuthMode, "DIGEST MD5");
   for (const char* signs_in : {"0", "1"}) {
     account.Set(kAuth, signs_in);
-    EXPECT_EQ(static_cast<bool>(account::ClientOptionsOf(account)), signs_in[0] == '0')
+    EXPECT_EQ(static_cast<bool>(account::ConnectionOptionsOf(account)), signs_in[0] == '0')
         << "a way that nobody goes stops nothing";
   }
   account.Set(kAuthMode, "NTLM");
-  EXPECT_EQ(account::ClientOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
+  EXPECT_EQ(account::ConnectionOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
 
   for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
     account.Set(kServer, bad);
-    EXPECT_FALSE(account::ClientOptionsOf(account)) << bad;
+    EXPECT_FALSE(account::ConnectionOptionsOf(account)) << bad;
   }
 }
 

@@ -1,10 +1,12 @@
 """The account from the command line: values are tried without being saved, notes tell what the dialog would do."""
 import json
 import os
+import signal
 import socket
 import threading
 import unittest
 import unittest.mock
+from pathlib import Path
 
 from quillcast import Case, in_background
 
@@ -131,6 +133,67 @@ class Account(Case):
         for file in [*self.profile.rglob("*")]:
             if file.is_file():
                 self.assertNotIn(b"geheim-7", file.read_bytes(), file)
+
+    def test_a_command_gives_the_password(self):
+        """The first line that it prints, once a run; everything else is told, and no secret with it."""
+        box = self.mailbox("--auth", "ada", "--password-file", self.write("secret", "right-7"))
+        self.account(box.port, "Auth=1", "Username=ada", "--password-file", self.write("old", "old-7"))
+        self.ok("account", "set", "--password-command", f"echo x >>{self.folder}/calls; echo right-7")
+        shown = json.loads(self.ok("--json", "account", "show"))
+        self.assertEqual((shown["Password"], shown["PasswordFrom"]), ("", "Command"))
+        self.assertIn("\nPassword=(what the command prints)\n", self.ok("account", "show"))
+        for file in self.profile.glob("settings.db*"):
+            self.assertNotIn(b"old-7", file.read_bytes())
+        self.group("Readers", [f"r{n}@example.org" for n in range(5)])
+        letter = ("--group", "Readers", "--subject", "x", "--body", self.write("t.html", "<p>y"))
+        lines, code, err = self.send(*letter)
+        self.assertEqual((code, len(box.messages()), (self.folder / "calls").read_text()), (0, 5, "x\n"), err)
+        by_hand = "\nTry it in a terminal; it has to print the password on its first line."
+        program = self.write("vault", "#!/bin/sh\necho right-7\n")
+        for command, exit_code, told in (
+                (f"sh {program}", 0, ""),
+                (r"printf 'right-7\r\nmore\n'", 0, ""),
+                ("printf right-7; sleep 60 &", 0, ""),
+                ("cat; test ! -t 0 && echo right-7", 0, ""),
+                ("echo wrong-7", 75, "Error 24"),
+                (r"printf 'vault\n\033[31mlocked\n' >&2; exit 3", 69,
+                 'The password command failed with exit code 3, and said: "vault ?[31mlocked".' + by_hand),
+                ("echo right-7; echo is right-7 >&2; exit 1", 69,
+                 'The password command failed with exit code 1, and said: "is ****".' + by_hand),
+                ("kill -9 $$", 69, "The password command was ended by a signal." + by_hand),
+                ("/nowhere/vault", 78, "The password command was not found, and said:"),
+                (program, 69, "The password command failed with exit code 126, and said:"),
+                ("true", 69, "The password command printed no password." + by_hand),
+                ("echo; echo right-7", 69, "The password command printed no password." + by_hand),
+                ("yes right-7", 65, "The password command printed more than 64 KiB." + by_hand),
+                ("printf right-7; head -c 1000000 /dev/zero", 65, "The password command printed more than 64 KiB."),
+                ("yes locked | head -n 100000 >&2; exit 1", 69, "The password command failed with exit code 1, and said:")):
+            with self.subTest(command=command):
+                self.ok("account", "set", f"PasswordCommand={command}")
+                code, out, err = self.run_program("send", *letter)
+                self.assertEqual(code, exit_code, out + err)
+                self.assertIn(told, err)
+                self.assertLess(len(err), 2000)
+                self.assertNotIn("-7", out + err)
+                self.assertEqual(err.count("password command"), told.count("password command"), err)
+        self.ok("account", "set", "PasswordCommand=sleep 60")
+        process = self.popen("send", *letter)
+        children = Path(f"/proc/{process.pid}/task/{process.pid}/children")
+        while not children.read_text():
+            self.assertIsNone(process.poll())
+        child = Path("/proc") / children.read_text().split()[0]
+        process.send_signal(signal.SIGINT)
+        out, err = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 75, err)
+        self.assertIn(b"The password command was cancelled.", err)
+        self.assertFalse(child.exists())
+        for wrong, told in ((("--password-from", "Vault"), "PasswordFrom cannot be"),
+                            (("--password-command", "true", "--password-file", program), "none out of a file is kept"),
+                            (("--password-command", " "), "Give the command that prints the password. Nothing was saved."),
+                            (("--password-from", "Settings"), "You must enter the password. Nothing was saved.")):
+            code, out, err = self.run_program("account", "set", *wrong)
+            self.assertEqual((code, out), (64, ""), err)
+            self.assertIn(told, err)
 
     def test_threads(self):
         note = "The modes are kept, and have no effect yet: messages are made and sent on one thread."

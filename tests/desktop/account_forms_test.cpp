@@ -66,9 +66,10 @@ class AccountFormsTest : public QObject {
       QCOMPARE(Text(form, control), QString(text));
     }
     QVERIFY(form.findChild<QRadioButton*>("PersonalRadioButton")->isChecked());
-    for (const char* off : {"UsernameTextBox", "PasswordTextBox", "AuthModeComboBox", "PipelineCheckBox",
-                            "NoAuthCheckBox", "BCCFieldTextBox", "ThirdFieldComboBox", "ThirdPathTextBox",
-                            "ThirdCommandButton", "AutoWrapCheckBox", "WrapTextBox"}) {
+    for (const char* off :
+         {"UsernameTextBox", "PasswordTextBox", "AuthModeComboBox", "PipelineCheckBox", "NoAuthCheckBox",
+          "PasswordFromComboBox", "PasswordCommandTextBox", "BCCFieldTextBox", "ThirdFieldComboBox", "ThirdPathTextBox",
+          "ThirdCommandButton", "AutoWrapCheckBox", "WrapTextBox"}) {
       QVERIFY2(!form.findChild<QWidget*>(off)->isEnabled(), off);
     }
   }
@@ -91,6 +92,7 @@ class AccountFormsTest : public QObject {
     row("PortTextBox", "", "warn: Please enter your port.", "PortTextBox");
     row("PortTextBox", "65536", "warn: Please enter a valid port.", "PortTextBox");
     row("AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox");
+    row("PasswordFromComboBox", "Command", "", "PasswordCommandTextBox");
     row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
     row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
   }
@@ -106,6 +108,10 @@ class AccountFormsTest : public QObject {
     FillIn(form);
     if (auto* button = form.findChild<QAbstractButton*>(control)) {
       button->setChecked(true);
+    } else if (auto* choice = form.findChild<QComboBox*>(control)) {
+      form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+      Type(form, "UsernameTextBox", "ada");
+      choice->setCurrentText(value);
     } else {
       Type(form, control.toLatin1(), value);
     }
@@ -256,6 +262,72 @@ class AccountFormsTest : public QObject {
     form.findChild<QPushButton*>("ThirdCommandButton")->click();
     QCOMPARE(Text(form, "ThirdPathTextBox"), QString("/var/queue/"));
     QCOMPARE(rig.Shown(), QString("folder: Please select the destination folder."));
+  }
+
+  void thePasswordIsWhereTheAccountSays() {
+    test::FormRig rig;
+    const auto stored = [&rig](const char* key) { return QString(rig.settings.Read("Account", key, "none")->c_str()); };
+    const auto choose = [](QDialog& form, const char* place) {
+      form.findChild<QComboBox*>("PasswordFromComboBox")->setCurrentText(place);
+    };
+    {
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      FillIn(form);
+      auto* box = form.findChild<QLineEdit*>("PasswordTextBox");
+      auto* command = form.findChild<QLineEdit*>("PasswordCommandTextBox");
+      QVERIFY(!form.findChild<QComboBox*>("PasswordFromComboBox")->isEnabled());
+      form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+      Type(form, "UsernameTextBox", "ada");
+      Type(form, "PasswordTextBox", "secret");
+      for (const auto& [place, text, says] : std::vector<std::tuple<const char*, const char*, const char*>>{
+               {"Command", "", "what the command prints"},
+               {"Settings", "secret", ""},
+               {"Keyring", "", "goes into the keyring when this is saved"}}) {
+        choose(form, place);
+        QCOMPARE(box->text() + "|" + box->placeholderText(), QString(text) + "|" + says);
+        QCOMPARE(box->isEnabled(), *says == 0);
+        QCOMPARE(command->isEnabled(), QString(place) == "Command");
+      }
+      rig.keyring.refuses = true;
+      Press(form, "OKButton");
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("The keyring was not unlocked. Unlock it."));
+      QVERIFY(form.isVisible());
+      QCOMPARE(stored("Name"), QString("none"));
+      rig.keyring.refuses = false;
+      rig.keyring.hangs = true;
+      Press(form, "OKButton");
+      QVERIFY(!form.findChild<QPushButton*>("OKButton")->isEnabled());
+      QCOMPARE(Text(form, "StatusLine"), QString("Asking the keyring…"));
+      Press(form, "TestButton");
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("Asking the keyring was cancelled."));
+      rig.keyring.hangs = false;
+      Press(form, "OKButton");
+      QTRY_VERIFY(!form.isVisible());
+    }
+    QCOMPARE(QString(rig.keyring.Only().c_str()) + stored("Password") + stored("PasswordFrom"),
+             QString("secretKeyring"));
+    {
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      auto* box = form.findChild<QLineEdit*>("PasswordTextBox");
+      QCOMPARE(box->placeholderText(), QString("in the keyring"));
+      QVERIFY(!box->isEnabled());
+      Press(form, "ChangePasswordButton");
+      QVERIFY(box->isEnabled() && form.focusWidget() == box);
+      QTest::keyClicks(box, "other");
+      Press(form, "OKButton");
+      QTRY_VERIFY(!form.isVisible());
+    }
+    QCOMPARE(QString(rig.keyring.Only().c_str()) + stored("Password"), QString("other"));
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    rig.prompts.answers = {platform::Answer::kYes};
+    rig.keyring.refuses = true;
+    Press(form, "ResetButton");
+    QTRY_VERIFY(
+        Text(form, "StatusLine").startsWith("The keyring still has the password: The keyring was not unlocked."));
+    QVERIFY(form.isVisible() && stored("Name") == "none");
   }
 
   void handEditedValuesDoNotBreakIt() {

@@ -598,7 +598,7 @@ class ComposeFormsTest : public QObject {
     profile::Folders bare = desk.rig.folders;
     bare.program = desk.rig.folder.path() / "bare";
     const profile::Program program{bare,           desk.rig.settings, desk.rig.prompts, desk.rig.desktop,
-                                   desk.rig.power, desk.rig.clock,    desk.rig.entropy};
+                                   desk.rig.power, desk.rig.clock,    desk.rig.entropy, desk.rig.keyring};
     TemplateForm broken(program, desk.document, desk.editor, nullptr);
     broken.show();
     broken.findChild<QListWidget*>("EmailListBox")->setCurrentRow(4);

@@ -15,6 +15,7 @@
 #include "profile/program.h"
 #include "profile/startup.h"
 #include "recipients/recipient_store.h"
+#include "support/fake_keyring.h"
 #include "support/scripted_prompts.h"
 #include "support/temporary_folder.h"
 
@@ -60,7 +61,8 @@ struct FormRig {
   RememberingPower power;
   platform::SystemClock clock;
   platform::SystemEntropy entropy;
-  profile::Program program{folders, settings, prompts, desktop, power, clock, entropy};
+  FakeKeyring keyring;
+  profile::Program program{folders, settings, prompts, desktop, power, clock, entropy, keyring};
 
   FormRig() {
     if (!profile::PrepareFolders(folders)) qFatal("The folders of the test could not be made.");

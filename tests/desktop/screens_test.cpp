@@ -698,6 +698,12 @@ class ScreensTest : public QObject {
       account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
       Take(account, QString("account-%1").arg(page + 1));
     }
+    account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(0);
+    account.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+    for (const char* place : {"Keyring", "Command"}) {
+      account.findChild<QComboBox*>("PasswordFromComboBox")->setCurrentText(place);
+      Take(account, QString("account-%1").arg(place));
+    }
     OutlookExpressForm no_accounts(rig.program, {}, nullptr);
     QTRY_VERIFY(no_accounts.findChild<QLabel*>("StatusLine")->text().isEmpty());
     Take(no_accounts, "account-import-empty");

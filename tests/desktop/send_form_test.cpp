@@ -318,8 +318,8 @@ class SendFormTest : public QObject {
     Scene scene({"a@example.org"});
     scene.mailbox.Hold();
     QtPrompts prompts("Test");
-    profile::Program program{scene.rig.folders, scene.rig.settings, prompts,          scene.rig.desktop,
-                             scene.rig.power,   scene.rig.clock,    scene.rig.entropy};
+    profile::Program program{scene.rig.folders, scene.rig.settings, prompts,           scene.rig.desktop,
+                             scene.rig.power,   scene.rig.clock,    scene.rig.entropy, scene.rig.keyring};
     scene.form = std::make_unique<SendMailForm1>(program, document::MessageDocument(), scene.Customers(),
                                                  SendMailForm1::Server::kReal, nullptr);
     scene.form->show();

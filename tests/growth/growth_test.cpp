@@ -658,7 +658,7 @@ void Answer(const std::string& bytes, std::string_view before, std::size_t piece
   smtp::ClientOptions options;
   options.sign_in = true;
   options.user = "ada";
-  options.password = smtp::Secret("s3cret");
+  options.password = platform::Secret("s3cret");
   smtp::SendWindow window;
   smtp::ClientSession session(options, {"[127.0.0.1]", true, false, std::string(24, 'x')}, window);
   const auto receive = [&session](std::string_view some) {

@@ -2,16 +2,18 @@
 """Switching off, asked of a login manager on a bus of the test's own. This machine's is never reached: without that bus
 nothing is asked at all."""
 import os
-import shutil
 import socket
 import subprocess
-import tempfile
+import sys
 import time
 import unittest
 from pathlib import Path
 
 import dbusmock
 from dbusmock import DBusTestCase
+
+sys.path.insert(0, str(Path(__file__).parents[1]))
+import private_bus
 
 POWER_OFF = os.environ["QUILLCAST_POWER_OFF"]
 MANAGER = "org.freedesktop.login1.Manager"
@@ -31,21 +33,7 @@ class PowerOff(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.folder = Path(tempfile.mkdtemp(prefix="quillcast-test-", dir="/tmp"))
-        self.addCleanup(shutil.rmtree, self.folder)
-        self.bus = f"unix:path={self.folder}/bus"
-        config = self.folder / "bus.conf"
-        config.write_text(f'<busconfig><listen>{self.bus}</listen><policy context="default">'
-                          '<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/>'
-                          '</policy></busconfig>')
-        daemon = subprocess.Popen(["dbus-daemon", "--nofork", "--print-address", f"--config-file={config}"],
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.addCleanup(daemon.stdout.close)
-        self.addCleanup(daemon.wait, 10)
-        self.addCleanup(daemon.terminate)
-        # Also what is started from here, the mock among it, knows no other bus.
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.bus
-        self.assertTrue(daemon.stdout.readline().startswith(self.bus), "no bus of the test's own")
+        self.folder, self.bus = private_bus.begin(self)
 
     def login_manager(self, does):
         """One on the bus, whose PowerOff does this; what it is asked is logged."""

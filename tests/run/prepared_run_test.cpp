@@ -4,6 +4,7 @@
 #include "message/related_pictures.h"
 #include "recipients/store_fixture.h"
 #include "support/fake_clock.h"
+#include "support/fake_keyring.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -28,7 +29,7 @@ class PreparedRunTest : public recipients::StoreTest {
   void Set(const char* key, const char* value, const char* section = "Account") {
     EXPECT_TRUE(profile::SettingsStore(folders_.settings).Write(section, key, value));
   }
-  RunPlace Place() { return {folders_, clock_, entropy_, cancel_}; }
+  RunPlace Place() { return {folders_, clock_, entropy_, cancel_, keyring_}; }
   PreparedRun Prepared() { return *Prepare(letter_, "readers", Place()); }
   // The message of the first recipient, who stands in it with his address.
   static std::string MessageOf(PreparedRun& prepared) {
@@ -44,6 +45,7 @@ class PreparedRunTest : public recipients::StoreTest {
   test::FakeClock clock_;
   test::CountingEntropy entropy_;
   platform::CancelToken cancel_;
+  test::FakeKeyring keyring_;
   document::MessageDocument letter_;
 };
 

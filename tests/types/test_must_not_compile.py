@@ -21,7 +21,7 @@ PRELUDE = """
 #include "smtp/envelope.h"
 using namespace quillcast;
 void Try(smtp::Wire& wire, std::string& out, std::string text, std::string_view view, const char* pointer,
-         smtp::Envelope envelope, const smtp::Secret& secret) {
+         smtp::Envelope envelope, const platform::Secret& secret) {
 """
 
 CHARSET = "charset::Charset::Utf8(), mime::HeaderEncoding::kQ"
@@ -34,7 +34,7 @@ CASES = [
       "smtp::SmtpLine(view)", 'smtp::SmtpLine("RCPT").Then(text)', "smtp::SmtpLine::From(text)"]),
     ("a line of signing in", "wire.SendSecret(smtp::Awaited::kAuth, %s);",
      ["smtp::SecretLine::Coded(secret)", 'smtp::SecretLine("*")', 'smtp::SecretLine::Coded(secret).Behind("AUTH PLAIN")'],
-     ["secret", "smtp::SecretLine(secret)", "smtp::SecretLine(text)", "smtp::SecretLine(smtp::Secret(view), text)"]),
+     ["secret", "smtp::SecretLine(secret)", "smtp::SecretLine(text)", "smtp::SecretLine(platform::Secret(view), text)"]),
     ("an address", "envelope.recipient = %s;",
      ["*smtp::Address::From(text)", "*smtp::Address::From(view)", "envelope.sender", "smtp::Address()"],
      ["text", "view", '"ada@example.org"', "smtp::Address(text)", "smtp::Address::From(text)"]),

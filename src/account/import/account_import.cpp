@@ -27,7 +27,10 @@ std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& b
     values.push_back({kUsername, account.user_name});
     const bool same_sign_in =
         account.user_name == before[kUsername] && platform::EqualsIgnoringAsciiCase(account.server, before[kServer]);
-    if (!same_sign_in) values.push_back({kPassword, ""});
+    if (same_sign_in) return values;
+    values.push_back({kPassword, ""});
+    const std::string here(RowOf(kPasswordFrom).fallback);
+    if (before[kPasswordFrom] != here) values.push_back({kPasswordFrom, here});
   }
   return values;
 }

@@ -22,7 +22,8 @@ struct TakenBeside {
 
 // The keys that were written, all or none: Name, Email, Server and Port, which is "25" whatever the source has unless
 // it was asked for; Security; Auth and Username together, and Password, empty, where another user or server was
-// named before, whose it was. A password is never read anywhere.
+// named before, whose it was: neither its entry in the keyring nor its password command is asked for this one. A
+// password is never read anywhere.
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
                                               const TakenBeside& beside);
 

@@ -37,6 +37,8 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "NotifyComboBox",
     "ReturnComboBox",
     "SecurityComboBox",
+    "PasswordFromComboBox",
+    "PasswordCommandTextBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

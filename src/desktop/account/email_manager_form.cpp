@@ -1,6 +1,5 @@
 #include "desktop/account/email_manager_form.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -16,11 +15,11 @@
 #include "account/provider_presets.h"
 #include "desktop/account/account_control_names.h"
 #include "desktop/account/outlook_express_form.h"
+#include "desktop/account/password_box.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/widgets/digits_filter.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
-#include "desktop/widgets/icons.h"
 #include "desktop/widgets/note_panel.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
@@ -46,6 +45,7 @@ Control* EmailManagerForm::Find(std::string_view name) const {
 EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
+      secrets_(program.keyring, program.folders.settings),
       test_(new BackgroundTask(this)),
       pages_(new QTabWidget(this)),
       status_(new StatusLine(this)) {
@@ -84,7 +84,7 @@ QWidget* EmailManagerForm::MakeControl(const account::AccountKeyRow& row, const 
     case account::AccountKeyKind::kText:
       break;
   }
-  auto* box = new QLineEdit(this);
+  auto* box = row.key == kPassword ? password_ = new PasswordBox(this) : new QLineEdit(this);
   if (row.bounds) {
     box->setValidator(new DigitsFilter(box));
     box->setFixedWidth(kNarrow);
@@ -99,6 +99,7 @@ std::vector<QWidget*> EmailManagerForm::MakeBeside(account::AccountKey key, QWid
     unit->setObjectName("TimeoutUnitLabel");
     return {unit};
   }
+  if (key == kPassword) return {password_->change_button()};
   if (key == kWrap) {
     const auto& bounds = *account::RowOf(key).bounds;
     auto* arrows = new UpDown(qobject_cast<QLineEdit*>(control), static_cast<int>(bounds.lowest),
@@ -143,22 +144,16 @@ QWidget* EmailManagerForm::MakeGeneralPage() {
   FormGrid* sign_in = column->AddBox(tr("Signing in"));
   AddRow(sign_in, kAuth, tr("The server needs &authentication"));
   AddRow(sign_in, kUsername, tr("&User name:"));
+  AddRow(sign_in, kPasswordFrom, tr("Passw&ord from:"));
   AddRow(sign_in, kPassword, tr("Pass&word:"));
-  LetReveal(Find<QLineEdit>("PasswordTextBox"));
+  connect(password_, &PasswordBox::Replacing, this, &EmailManagerForm::ControlChanged);
+  AddRow(sign_in, kPasswordCommand, tr("&Command:"));
+  Find<QLineEdit>("PasswordCommandTextBox")->setPlaceholderText(tr("prints the password on its first line"));
   AddRow(sign_in, kAuthMode, tr("&Mode:"));
   AddRow(sign_in, kPipeline, tr("Send without waiting for each answer (p&ipelining)"));
   AddRow(sign_in, kNoAuth, tr("Go on where the server offers &no authentication"));
   column->addStretch(1);
   return page;
-}
-
-void EmailManagerForm::LetReveal(QLineEdit* password) {
-  password->setEchoMode(QLineEdit::Password);
-  auto* reveal = password->addAction(Icon("preview"), QLineEdit::TrailingPosition);
-  reveal->setCheckable(true);
-  reveal->setToolTip(tr("Show the password"));
-  connect(reveal, &QAction::toggled, password,
-          [password](bool shown) { password->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password); });
 }
 
 QWidget* EmailManagerForm::MakePresetBar() {
@@ -250,7 +245,7 @@ account::AccountSettings EmailManagerForm::Shown() const {
     } else if (const auto* line = Find<QLineEdit>(NameOf(row.key))) {
       value = line->text();
     }
-    values.Set(row.key, FromQt(value));
+    values.Set(row.key, row.key == kPassword ? password_->Password() : FromQt(value));
   }
   const auto methods = account::RowOf(kMethod).choices;
   for (std::size_t i = 0; i < kMethodButtons.size(); ++i) {
@@ -269,6 +264,8 @@ void EmailManagerForm::Put(const account::AccountSettings& values) {
     } else if (auto* combo = Find<QComboBox>(NameOf(row.key))) {
       if (combo->findText(value) < 0) combo->addItem(value);
       combo->setCurrentText(value);
+    } else if (row.key == kPassword) {
+      password_->Put(values);
     } else if (auto* line = Find<QLineEdit>(NameOf(row.key)); line != nullptr && line->text() != value) {
       line->setText(value);
     }
@@ -293,7 +290,9 @@ void EmailManagerForm::ControlChanged() {
   Put(values);
   for (const account::AccountKeyRow& row : account::AccountKeyRows()) {
     if (row.key == kMethod) continue;
-    Find<QWidget>(NameOf(row.key))->setEnabled(account::IsEnabled(values, account::ControlOf(row.key)));
+    const bool is_typed_anew = row.key == kPassword && password_->is_replacing();
+    Find<QWidget>(NameOf(row.key))
+        ->setEnabled(is_typed_anew || account::IsEnabled(values, account::ControlOf(row.key)));
   }
   for (const auto control : {account::AccountControl::kPickThirdPath, account::AccountControl::kWrapArrows}) {
     Find<QWidget>(NameOf(control))->setEnabled(account::IsEnabled(values, control));
@@ -326,13 +325,41 @@ bool EmailManagerForm::Check(const account::AccountSettings& shown) {
 void EmailManagerForm::accept() {
   const account::AccountSettings shown = Shown();
   if (!Check(shown)) return;
-  const auto saved = shown.Save(program_.settings);
-  if (!saved) {
-    status_->Fail(saved.error());
+  Carry(
+      [secrets = secrets_, shown](auto& settings, const auto& cancel) { return secrets.Save(shown, settings, cancel); },
+      secrets_.SavingAsksKeyring(shown, program_.settings), [shown] { return account::TextsOf(shown); });
+}
+
+void EmailManagerForm::Carry(const Change& change, bool asks_keyring, const Texts& texts) {
+  if (!asks_keyring) {
+    Carried(change(program_.settings, platform::CancelToken()), texts);
     return;
   }
-  if (changed) changed(account::TextsOf(shown));
-  QDialog::accept();
+  Begin(tr("Stop"), tr("Asking the keyring…"));
+  pages_->setEnabled(false);
+  test_->Start([=, this, file = program_.folders.settings](const platform::CancelToken& cancel) {
+    profile::SettingsStore settings(file);
+    auto left = std::make_shared<Result<account::SecretsLeft>>(change(settings, cancel));
+    return [this, left, texts] {
+      End();
+      Carried(*left, texts);
+    };
+  });
+}
+
+// Where the keyring still has the password the window stays, so that this can be read.
+void EmailManagerForm::Carried(const Result<account::SecretsLeft>& left, const Texts& texts) {
+  const auto shown = left ? texts() : Result<account::SenderTexts>(left.error());
+  if (!shown) {
+    status_->Fail(shown.error());
+    return;
+  }
+  if (changed) changed(*shown);
+  if (!left->in_keyring) {
+    QDialog::accept();
+    return;
+  }
+  status_->Fail(*left->in_keyring);
 }
 
 // Escape first ends a test that is under way.
@@ -345,14 +372,10 @@ void EmailManagerForm::reject() {
 }
 
 void EmailManagerForm::Reset() {
-  const auto reset = account::ResetAccount(program_.settings, program_.prompts);
-  if (!reset) {
-    status_->Fail(reset.error());
-    return;
-  }
-  if (!*reset) return;
-  if (changed) changed(**reset);
-  QDialog::accept();
+  if (!account::AgreesToReset(program_.prompts)) return;
+  Carry([secrets = secrets_](auto& settings, const auto& cancel) { return secrets.Reset(settings, cancel); },
+        secrets_.ResettingAsksKeyring(program_.settings),
+        [this] { return account::TextsAfterReset(program_.settings); });
 }
 
 // What the import wrote comes into the controls; what was typed into the others stays.
@@ -386,18 +409,27 @@ void EmailManagerForm::TestOrCancel() {
     test_->Cancel();
     return;
   }
-  status_->Say(tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
-  test_button_->setText(tr("Stop test"));
-  Find<QPushButton>("OKButton")->setEnabled(false);
-  test_->Start([this, shown = Shown()](const platform::CancelToken& cancel) {
-    auto test = std::make_shared<account::AccountTest>(account::TestAccount(shown, program_.clock, cancel));
+  Begin(tr("Stop test"), tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
+  test_->Start([this, secrets = secrets_, shown = Shown()](const platform::CancelToken& cancel) {
+    auto test = std::make_shared<account::AccountTest>(account::TestAccount(shown, secrets, program_.clock, cancel));
     return [this, test] { TestFinished(*test); };
   });
 }
 
-void EmailManagerForm::TestFinished(const account::AccountTest& test) {
+void EmailManagerForm::Begin(const QString& stop, const QString& status) {
+  status_->Say(status);
+  test_button_->setText(stop);
+  for (const char* name : {"OKButton", "ResetButton"}) Find<QPushButton>(name)->setEnabled(false);
+}
+
+void EmailManagerForm::End() {
   test_button_->setText(tr("Test"));
-  Find<QPushButton>("OKButton")->setEnabled(true);
+  pages_->setEnabled(true);
+  for (const char* name : {"OKButton", "ResetButton"}) Find<QPushButton>(name)->setEnabled(true);
+}
+
+void EmailManagerForm::TestFinished(const account::AccountTest& test) {
+  End();
   const std::string reply = smtp::ReplyText(test.outcome.reply);
   QString detail = ToQt(platform::Printable(test.outcome.reason));
   if (!reply.empty())

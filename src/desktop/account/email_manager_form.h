@@ -12,7 +12,6 @@
 #include "profile/program.h"
 
 class QDialogButtonBox;
-class QLineEdit;
 class QPushButton;
 class QTabWidget;
 
@@ -20,6 +19,7 @@ namespace quillcast::desktop {
 
 class FormGrid;
 class NotePanel;
+class PasswordBox;
 class StatusLine;
 
 // Shows the account as stored, changes it only at OK and at a reset; which controls can be used is account_form's to
@@ -45,7 +45,6 @@ class EmailManagerForm final : public QDialog {
   QWidget* MakeControl(const account::AccountKeyRow& row, const QString& label);
   std::vector<QWidget*> MakeBeside(account::AccountKey key, QWidget* control);
   void AddMethod(FormGrid* rows, std::size_t method, const QString& text);
-  void LetReveal(QLineEdit* password);
   QWidget* MakeGeneralPage();
   QWidget* MakeMethodPage();
   QWidget* MakeMessagePage();
@@ -59,20 +58,30 @@ class EmailManagerForm final : public QDialog {
   void OfferPreset();
   void FillInPreset();
   bool Check(const account::AccountSettings& shown);
+  // What changes the stored account; beside the window where the keyring is asked, which may wait for the person.
+  using Change = std::function<Result<account::SecretsLeft>(profile::SettingsStore&, const platform::CancelToken&)>;
+  using Texts = std::function<Result<account::SenderTexts>()>;
+  void Carry(const Change& change, bool asks_keyring, const Texts& texts);
+  void Carried(const Result<account::SecretsLeft>& left, const Texts& texts);
   void Reset();
   void Import();
   void PickFolder();
   void TestOrCancel();
+  // While something is at work beside the window, the button named in the first ends it.
+  void Begin(const QString& stop, const QString& status);
+  void End();
   void TestFinished(const account::AccountTest& test);
   template <typename Control>
   Control* Find(std::string_view name) const;
 
   const profile::Program& program_;
+  const account::AccountSecrets secrets_;
   BackgroundTask* test_;
   QTabWidget* pages_;
   QPushButton* test_button_ = nullptr;
   StatusLine* status_;
   NotePanel* preset_bar_ = nullptr;
+  PasswordBox* password_ = nullptr;
   bool filling_ = false;
 };
 

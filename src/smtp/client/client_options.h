@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/secret.h"
 #include "smtp/sasl/auth_mode.h"
-#include "smtp/secret.h"
 
 namespace quillcast::smtp {
 
@@ -27,7 +27,7 @@ struct ClientOptions {
   Security security = Security::kAutomatic;
   bool sign_in = false;
   std::string user;
-  Secret password;
+  platform::Secret password;
   AuthMode auth_mode = AuthMode::kLogin;
   bool send_without_auth = false;  // where no authentication is offered; only after TLS or to a loopback host
   bool extended = false;           // use extensions even where the greeting does not say ESMTP

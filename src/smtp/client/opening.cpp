@@ -32,7 +32,7 @@ Opening::Opening(const ClientOptions& options, SessionSetup setup, Wire& wire)
 // A server that was told on an earlier connection may repeat it from the greeting on.
 void Opening::HidePassword() {
   if (!options_.sign_in) return;
-  const Secret plain(std::string(1, '\0') + options_.user + '\0' + std::string(options_.password.view()));
+  const platform::Secret plain(std::string(1, '\0') + options_.user + '\0' + std::string(options_.password.view()));
   traces_.Begin(options_.user, {}, options_.password.view());
   traces_.AddResponse(plain.view());
   traces_.End();

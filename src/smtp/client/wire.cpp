@@ -22,7 +22,7 @@ void Wire::Sent(std::size_t count) {
   steps_ += sent() / kBlock - blocks;
   if (out_at_ < out_.size()) return;
   base_ += out_.size();
-  if (out_secret_) Wipe(out_);
+  if (out_secret_) platform::Wipe(out_);
   out_secret_ = false;
   out_.clear();
   out_at_ = 0;
@@ -36,7 +36,7 @@ void Wire::Compact() {
 }
 
 void Wire::Close() {
-  if (out_secret_) Wipe(out_);
+  if (out_secret_) platform::Wipe(out_);
 }
 
 void Wire::TellReply() {

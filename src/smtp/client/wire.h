@@ -23,7 +23,7 @@ class Wire {
  public:
   // `events` must outlive it. The server's greeting is awaited from the start.
   explicit Wire(SessionEvents& events) : events_(events) { Await(Awaited::kGreeting, 0); }
-  ~Wire() { Wipe(out_); }
+  ~Wire() { platform::Wipe(out_); }
   Wire(const Wire&) = delete;
   Wire& operator=(const Wire&) = delete;
 

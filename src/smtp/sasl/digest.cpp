@@ -16,33 +16,33 @@ std::string Room(const EVP_MD* digest) { return std::string(static_cast<std::siz
 
 }  // namespace
 
-Secret Hmac(const EVP_MD* digest, std::string_view key, std::string_view text) {
+platform::Secret Hmac(const EVP_MD* digest, std::string_view key, std::string_view text) {
   std::string out = Room(digest);
   unsigned length = 0;
   if (HMAC(digest, key.data(), static_cast<int>(key.size()), Octets(text), text.size(), Octets(out), &length) ==
       nullptr) {
     return {};
   }
-  return Secret(std::move(out));
+  return platform::Secret(std::move(out));
 }
 
-Secret DeriveKey(const EVP_MD* digest, std::string_view password, std::string_view salt, int rounds) {
+platform::Secret DeriveKey(const EVP_MD* digest, std::string_view password, std::string_view salt, int rounds) {
   std::string out = Room(digest);
   if (PKCS5_PBKDF2_HMAC(password.data(), static_cast<int>(password.size()), Octets(salt), static_cast<int>(salt.size()),
                         rounds, digest, static_cast<int>(out.size()), Octets(out)) != 1) {
     return {};
   }
-  return Secret(std::move(out));
+  return platform::Secret(std::move(out));
 }
 
-Secret Hash(const EVP_MD* digest, std::string_view text) {
+platform::Secret Hash(const EVP_MD* digest, std::string_view text) {
   std::string out = Room(digest);
   if (EVP_Digest(text.data(), text.size(), Octets(out), nullptr, digest, nullptr) != 1) return {};
-  return Secret(std::move(out));
+  return platform::Secret(std::move(out));
 }
 
 std::string CramMd5Response(std::string_view user, std::string_view password, std::string_view challenge) {
-  const Secret digest = Hmac(EVP_md5(), password, challenge);
+  const platform::Secret digest = Hmac(EVP_md5(), password, challenge);
   if (digest.empty()) return {};
   std::string out(user);
   out += ' ';

@@ -6,18 +6,18 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/secret.h"
+#include "platform/secret.h"
 
 namespace quillcast::smtp {
 
 // HMAC (RFC 2104) over the octets of `text`. Empty where the system's policy has taken the digest away.
-Secret Hmac(const EVP_MD* digest, std::string_view key, std::string_view text);
+platform::Secret Hmac(const EVP_MD* digest, std::string_view key, std::string_view text);
 
 // PBKDF2 (RFC 8018 5.2) with that digest's HMAC, as many octets as the digest has; empty as above.
-Secret DeriveKey(const EVP_MD* digest, std::string_view password, std::string_view salt, int rounds);
+platform::Secret DeriveKey(const EVP_MD* digest, std::string_view password, std::string_view salt, int rounds);
 
 // The digest itself; empty as above.
-Secret Hash(const EVP_MD* digest, std::string_view text);
+platform::Secret Hash(const EVP_MD* digest, std::string_view text);
 
 // What CRAM-MD5 answers to a challenge (RFC 2195 2): the user and the digest in hexadecimal. Empty as above.
 std::string CramMd5Response(std::string_view user, std::string_view password, std::string_view challenge);

@@ -1,5 +1,7 @@
 #include "smtp/sasl/md4.h"
 
+#include <openssl/crypto.h>
+
 #include <array>
 #include <bit>
 
@@ -58,7 +60,7 @@ void Digest(State& state, std::string_view block) {
 
 }  // namespace
 
-Secret Md4(std::string_view octets) {
+platform::Secret Md4(std::string_view octets) {
   const std::size_t padding = kBlock - (octets.size() + 8) % kBlock;  // at least one octet
   std::string text;
   text.reserve(octets.size() + padding + 8);
@@ -67,12 +69,12 @@ Secret Md4(std::string_view octets) {
 
   State state{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
   for (std::size_t at = 0; at < text.size(); at += kBlock) Digest(state, std::string_view(text).substr(at, kBlock));
-  Wipe(text);
+  platform::Wipe(text);
   std::string digest;
   digest.reserve(16);  // no copy is left by growing
   for (const std::uint32_t word : state) AppendLittleEndian(digest, word, 4);
   OPENSSL_cleanse(state.data(), sizeof state);
-  return Secret(std::move(digest));
+  return platform::Secret(std::move(digest));
 }
 
 }  // namespace quillcast::smtp

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/secret.h"
+#include "platform/secret.h"
 
 namespace quillcast::smtp {
 
@@ -15,6 +15,6 @@ inline void AppendLittleEndian(std::string& out, std::uint64_t value, int octets
 }
 
 // 16 octets.
-Secret Md4(std::string_view octets);
+platform::Secret Md4(std::string_view octets);
 
 }  // namespace quillcast::smtp

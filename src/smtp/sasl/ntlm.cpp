@@ -117,7 +117,7 @@ bool TakeTargetInfo(std::string_view list, NtlmChallenge& out) {
 // --- writing ---
 
 // UTF-16LE; what is not UTF-8 becomes U+FFFD.
-Secret Wide(std::string_view text, bool upper = false) {
+platform::Secret Wide(std::string_view text, bool upper = false) {
   std::string out;
   out.reserve(text.size() * 2);  // a code point takes no more octets in UTF-16 than twice those in UTF-8
   while (!text.empty()) {
@@ -132,7 +132,7 @@ Secret Wide(std::string_view text, bool upper = false) {
       AppendLittleEndian(out, wide, 2);
     }
   }
-  return Secret(std::move(out));
+  return platform::Secret(std::move(out));
 }
 
 // The target information as it goes back: with the flag that says that the messages are sealed.
@@ -218,19 +218,20 @@ Result<NtlmChallenge> ParseNtlmChallenge(std::string_view message) {
   return out;
 }
 
-Secret NtlmKey(const NtlmIdentity& identity, std::string_view password) {
-  const Secret hash = Md4(Wide(password).view());
+platform::Secret NtlmKey(const NtlmIdentity& identity, std::string_view password) {
+  const platform::Secret hash = Md4(Wide(password).view());
   const std::string name = std::string(Wide(identity.user, true).view()) + std::string(Wide(identity.domain).view());
   return Hmac(EVP_md5(), hash.view(), name);
 }
 
-Result<Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negotiate, std::string_view message) {
+Result<platform::Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negotiate,
+                                          std::string_view message) {
   const auto challenge = ParseNtlmChallenge(message);
   if (!challenge) return challenge.error();
   if ((challenge->flags & kUnicode) == 0) return Error{Failure::kBadData, "The server's NTLM knows no Unicode."};
   const bool sealed = !challenge->timestamp.empty();
   const NtlmIdentity identity(client.account);
-  const Secret key = NtlmKey(identity, client.password);
+  const platform::Secret key = NtlmKey(identity, client.password);
 
   // NTLMv2_CLIENT_CHALLENGE (2.2.2.7).
   std::string blob("\x01\x01\0\0\0\0\0\0", 8);
@@ -238,8 +239,8 @@ Result<Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negot
   blob.append(client.nonce).append(4, '\0');
   blob.append(sealed ? WithMicFlag(challenge->target_info) : challenge->target_info).append(4, '\0');
 
-  const Secret proof = Hmac(EVP_md5(), key.view(), challenge->nonce + blob);
-  const Secret old_proof = Hmac(EVP_md5(), key.view(), challenge->nonce + std::string(client.nonce));
+  const platform::Secret proof = Hmac(EVP_md5(), key.view(), challenge->nonce + blob);
+  const platform::Secret old_proof = Hmac(EVP_md5(), key.view(), challenge->nonce + std::string(client.nonce));
   if (proof.empty()) return Error{Failure::kUnavailable, "This computer's policy does not allow NTLM."};
 
   Answer answer(sealed ? kSealedHead : kPlainHead);
@@ -251,11 +252,11 @@ Result<Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negot
   answer.Add("");  // workstation
   answer.Add("");  // session key: nothing is signed or sealed after signing in
   std::string out = answer.Finish(challenge->flags & kAsked);
-  if (!sealed) return Secret(std::move(out));
+  if (!sealed) return platform::Secret(std::move(out));
 
-  const Secret session_key = Hmac(EVP_md5(), key.view(), proof.view());
-  const Secret mic = Hmac(EVP_md5(), session_key.view(), std::string(negotiate).append(message).append(out));
-  return Secret(out.replace(kMicAt, kMicSize, mic.view()));
+  const platform::Secret session_key = Hmac(EVP_md5(), key.view(), proof.view());
+  const platform::Secret mic = Hmac(EVP_md5(), session_key.view(), std::string(negotiate).append(message).append(out));
+  return platform::Secret(out.replace(kMicAt, kMicSize, mic.view()));
 }
 
 }  // namespace quillcast::smtp

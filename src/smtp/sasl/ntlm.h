@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/result.h"
-#include "smtp/secret.h"
+#include "platform/secret.h"
 
 namespace quillcast::smtp {
 
@@ -45,10 +45,11 @@ std::string NtlmNegotiate();
 Result<NtlmChallenge> ParseNtlmChallenge(std::string_view message);
 
 // NTOWFv2 (3.3.2).
-Secret NtlmKey(const NtlmIdentity& identity, std::string_view password);
+platform::Secret NtlmKey(const NtlmIdentity& identity, std::string_view password);
 
 // The answer to a challenge, `negotiate` and `message` being the two messages before it: where the server sends a
 // timestamp all three are sealed with a code (MIC).
-Result<Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negotiate, std::string_view message);
+Result<platform::Secret> NtlmAuthenticate(const NtlmClient& client, std::string_view negotiate,
+                                          std::string_view message);
 
 }  // namespace quillcast::smtp

@@ -44,7 +44,8 @@ Result<SecretLine> SaslExchange::Answer(std::string_view challenge) {
   if (!mechanism_->OnlyPrompted()) traces_.AddChallenge(*plain);
   // The first message was not in the command, or the server passed it over.
   const bool asks_for_the_first = !std::exchange(challenged_, true) && plain->empty() && initial_;
-  Result<Secret> response = asks_for_the_first ? Secret(initial_->view()) : mechanism_->Step(*plain);
+  Result<platform::Secret> response =
+      asks_for_the_first ? platform::Secret(initial_->view()) : mechanism_->Step(*plain);
   if (!response) return response.error();
   SecretLine line = SecretLine::Coded(*response);
   if (line.text().size() > kLongestLine) {

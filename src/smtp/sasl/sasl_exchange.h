@@ -29,7 +29,7 @@ class SaslExchange {
  private:
   std::unique_ptr<SaslMechanism> mechanism_;
   SecretTraces& traces_;
-  std::optional<Secret> initial_;
+  std::optional<platform::Secret> initial_;
   bool challenged_ = false;
 };
 

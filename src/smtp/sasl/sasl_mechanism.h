@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "platform/result.h"
+#include "platform/secret.h"
 #include "smtp/capabilities.h"
 #include "smtp/sasl/auth_mode.h"
-#include "smtp/secret.h"
 #include "smtp/smtp_line.h"
 
 namespace quillcast::smtp {
@@ -22,9 +22,9 @@ class SaslMechanism {
   // As the AUTH command has it: "SCRAM-SHA-256".
   virtual SmtpLine Name() const = 0;
   // What goes out together with the mechanism's name; nothing when the server speaks first.
-  virtual std::optional<Secret> Start() = 0;
+  virtual std::optional<platform::Secret> Start() = 0;
   // The response to a challenge. Fails when the challenge makes no sense, or the mechanism has nothing more to say.
-  virtual Result<Secret> Step(std::string_view challenge) = 0;
+  virtual Result<platform::Secret> Step(std::string_view challenge) = 0;
   // Whether the server's challenges only say what is to come, in words that its verdict may well have too.
   virtual bool OnlyPrompted() const { return false; }
   // The server says that the exchange went well. Fails where it had to prove something first and did not.

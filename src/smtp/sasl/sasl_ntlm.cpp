@@ -8,9 +8,9 @@ class Ntlm final : public SaslMechanism {
  public:
   explicit Ntlm(const Credentials& credentials) : credentials_(credentials) {}
   SmtpLine Name() const override { return "NTLM"; }
-  std::optional<Secret> Start() override { return Secret(std::string_view(negotiate_)); }
+  std::optional<platform::Secret> Start() override { return platform::Secret(std::string_view(negotiate_)); }
 
-  Result<Secret> Step(std::string_view challenge) override {
+  Result<platform::Secret> Step(std::string_view challenge) override {
     if (answered_) return Error{Failure::kBadData, "The server asked for more than NTLM has to say."};
     answered_ = true;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(credentials_.now.time_since_epoch()).count();

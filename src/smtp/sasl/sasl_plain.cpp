@@ -9,17 +9,17 @@ class Plain final : public SaslMechanism {
   SmtpLine Name() const override { return "PLAIN"; }
 
   // The identity to act for is left empty: the server takes the user's own.
-  std::optional<Secret> Start() override {
+  std::optional<platform::Secret> Start() override {
     std::string message;
     message.reserve(credentials_.user.size() + credentials_.password.size() + 2);  // no copy is left by growing
     message += '\0';
     message += credentials_.user;
     message += '\0';
     message += credentials_.password;
-    return Secret(std::move(message));
+    return platform::Secret(std::move(message));
   }
 
-  Result<Secret> Step(std::string_view /*challenge*/) override {
+  Result<platform::Secret> Step(std::string_view /*challenge*/) override {
     return Error{Failure::kUnavailable, "The server asked for more than PLAIN has to say."};
   }
 

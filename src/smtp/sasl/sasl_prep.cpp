@@ -33,9 +33,10 @@ Error Forbidden() { return {Failure::kBadData, "The user or the password holds c
 
 }  // namespace
 
-Result<Secret> SaslPrep(std::string_view text) {
+Result<platform::Secret> SaslPrep(std::string_view text) {
   // Printable ASCII is its own form.
-  if (std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F; })) return Secret(text);
+  if (std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F; }))
+    return platform::Secret(text);
   if (text.size() > kLongest) return Forbidden();
   UErrorCode status = U_ZERO_ERROR;
   WideSecret wide(text.size());
@@ -51,7 +52,7 @@ Result<Secret> SaslPrep(std::string_view text) {
   u_strToUTF8(out.data(), static_cast<int32_t>(out.size()), &length, prepared.text.data(), length, &status);
   if (U_FAILURE(status)) return Forbidden();
   out.resize(static_cast<std::size_t>(length));
-  return Secret(std::move(out));
+  return platform::Secret(std::move(out));
 }
 
 }  // namespace quillcast::smtp

@@ -33,13 +33,13 @@ class Scram final : public SaslMechanism {
   Scram(SmtpLine name, const EVP_MD* digest, const Credentials& credentials)
       : name_(std::move(name)), digest_(digest), credentials_(credentials) {}
   SmtpLine Name() const override { return name_; }
-  std::optional<Secret> Start() override;
-  Result<Secret> Step(std::string_view challenge) override;
+  std::optional<platform::Secret> Start() override;
+  Result<platform::Secret> Step(std::string_view challenge) override;
   Result<void> Finish() override;
 
  private:
-  Result<Secret> Prove(std::string_view server_first);
-  Result<Secret> Verify(std::string_view server_last);
+  Result<platform::Secret> Prove(std::string_view server_first);
+  Result<platform::Secret> Verify(std::string_view server_last);
 
   SmtpLine name_;
   const EVP_MD* digest_;
@@ -47,12 +47,12 @@ class Scram final : public SaslMechanism {
   std::string nonce_;
   std::string first_;  // the client's first message without what stands before its name
   std::optional<Error> bad_name_;
-  Secret server_proof_;  // what the server has to show; empty until ours is out
+  platform::Secret server_proof_;  // what the server has to show; empty until ours is out
   bool proved_ = false;
   bool over_ = false;
 };
 
-std::optional<Secret> Scram::Start() {
+std::optional<platform::Secret> Scram::Start() {
   const auto user = SaslPrep(credentials_.user);
   if (!user) {
     bad_name_ = user.error();
@@ -60,10 +60,10 @@ std::optional<Secret> Scram::Start() {
   }
   nonce_ = platform::Base64(credentials_.nonce);
   first_ = "n=" + EscapedName(user->view()) + ",r=" + nonce_;
-  return Secret(std::string(kNoBinding) + first_);
+  return platform::Secret(std::string(kNoBinding) + first_);
 }
 
-Result<Secret> Scram::Step(std::string_view challenge) {
+Result<platform::Secret> Scram::Step(std::string_view challenge) {
   if (over_) return Senseless("it asked for more than it may");
   if (bad_name_) return *bad_name_;
   if (server_proof_.empty()) return Prove(challenge);
@@ -71,7 +71,7 @@ Result<Secret> Scram::Step(std::string_view challenge) {
   return Verify(challenge);
 }
 
-Result<Secret> Scram::Prove(std::string_view server_first) {
+Result<platform::Secret> Scram::Prove(std::string_view server_first) {
   const auto nonce = ScramAttribute(server_first, 0, 'r');
   const auto coded_salt = ScramAttribute(server_first, 1, 's');
   const auto rounds = platform::ParseWholeNumber(ScramAttribute(server_first, 2, 'i').value_or(""));
@@ -89,18 +89,18 @@ Result<Secret> Scram::Prove(std::string_view server_first) {
     return Error{Failure::kUnavailable, fmt::format("This computer's policy does not allow {}.", name_.text())};
   server_proof_ = std::move(proofs->server);
   last += ",p=" + platform::Base64(proofs->client.view());
-  return Secret(std::move(last));
+  return platform::Secret(std::move(last));
 }
 
 // "e=..." tells that the proof was not taken; the refusal itself follows our empty response.
-Result<Secret> Scram::Verify(std::string_view server_last) {
-  if (ScramAttribute(server_last, 0, 'e')) return Secret();
+Result<platform::Secret> Scram::Verify(std::string_view server_last) {
+  if (ScramAttribute(server_last, 0, 'e')) return platform::Secret();
   const auto coded = ScramAttribute(server_last, 0, 'v');
   const auto proof = platform::DecodeBase64(coded.value_or("?"));
   proved_ = proof && SameSecret(*proof, server_proof_.view());
   if (!proved_)
     return Senseless("it could not prove that it knows the password. It may not be the server that it says it is");
-  return Secret();
+  return platform::Secret();
 }
 
 Result<void> Scram::Finish() {

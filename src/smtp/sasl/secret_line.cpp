@@ -5,7 +5,7 @@
 namespace quillcast::smtp {
 
 // Room is made first in both, for growing would leave a copy behind.
-SecretLine SecretLine::Coded(const Secret& message) {
+SecretLine SecretLine::Coded(const platform::Secret& message) {
   std::string coded;
   coded.reserve((message.view().size() + 2) / 3 * 4);
   platform::AppendBase64(coded, message.view());

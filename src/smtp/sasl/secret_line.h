@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "smtp/secret.h"
+#include "platform/secret.h"
 #include "smtp/smtp_line.h"
 
 namespace quillcast::smtp {
@@ -16,7 +16,7 @@ class SecretLine {
   // Words that people may see.
   explicit SecretLine(const SmtpLine& words) : text_(words.text()), shown_(words.text()) {}
   // The octets of a message in base 64, which has no line end; people see "****".
-  static SecretLine Coded(const Secret& message);
+  static SecretLine Coded(const platform::Secret& message);
   // A command with this line as what goes with it, which is "=" where this line is empty, not absent (RFC 4954 4).
   SecretLine Behind(const SmtpLine& command) const;
 
@@ -28,7 +28,7 @@ class SecretLine {
  private:
   SecretLine(std::string&& text, std::string shown) : text_(std::move(text)), shown_(std::move(shown)) {}
 
-  Secret text_;
+  platform::Secret text_;
   std::string shown_;
 };
 

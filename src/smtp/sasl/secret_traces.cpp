@@ -1,5 +1,7 @@
 #include "smtp/sasl/secret_traces.h"
 
+#include <openssl/crypto.h>
+
 #include <algorithm>
 
 #include "platform/base64.h"
@@ -68,7 +70,7 @@ void SecretTraces::Add(std::string_view plain, Of of) {
 void SecretTraces::Keep(std::string&& text, Of of) {
   for (char& c : text) c = platform::AsciiLower(c);
   for (std::size_t n = 1; n < text.size(); ++n) pairs_.set(Pair(text[n - 1], text[n]));
-  traces_.push_back({Secret(std::move(text)), of});
+  traces_.push_back({platform::Secret(std::move(text)), of});
 }
 
 bool SecretTraces::Tells(const Trace& trace, std::string_view stretch) const {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "smtp/secret.h"
+#include "platform/secret.h"
 
 namespace quillcast::smtp {
 
@@ -33,7 +33,7 @@ class SecretTraces {
  private:
   enum class Of { kPassword, kChallenge, kResponse };
   struct Trace {
-    Secret text;  // in small letters, as all here
+    platform::Secret text;  // in small letters, as all here
     Of of;
   };
 

@@ -24,7 +24,7 @@ void Check(const Start& c) {
   options.security = c.security;
   options.sign_in = c.sign_in;
   options.user = "ada";
-  options.password = Secret("s3cret");
+  options.password = platform::Secret("s3cret");
   options.send_without_auth = c.without_auth;
   options.auth_mode = c.mode;
   SendWindow window;

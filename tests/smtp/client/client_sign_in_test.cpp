@@ -13,7 +13,7 @@ struct Played {
 };
 
 // A message is submitted as soon as the session is ready where the dialogue has one.
-Played SignIn(AuthMode mode, const Secret& password, const std::string& dialogue, bool loopback = true) {
+Played SignIn(AuthMode mode, const platform::Secret& password, const std::string& dialogue, bool loopback = true) {
   ClientOptions options;
   options.sign_in = true;
   options.user = "ada";
@@ -88,7 +88,7 @@ TEST(ClientSignIn, SignsInWithoutSendingThePassword) {
             kAuthProtocolError},
            {"ntlm not offered", kNtlm, AUTH("LOGIN"), kAuthNotOffered}}) {
     SCOPED_TRACE(c.name);
-    const Played played = SignIn(c.mode, Secret("s3cret"), c.dialogue);
+    const Played played = SignIn(c.mode, platform::Secret("s3cret"), c.dialogue);
     EXPECT_EQ(played.closed.code, c.code);
     // With what the server says, a password can be tried without it: neither side of an exchange is shown.
     std::vector<std::string> shown = played.told.log;
@@ -145,7 +145,7 @@ TEST(ClientSignIn, HidesWhatTheServerRepeatsOfIt) {
     SCOPED_TRACE(std::string(c.dialogue) + c.said);
     const std::string said = std::string("[") + c.said + "]";
     const auto count_shown = [&](const std::string& rest, bool hidden) {
-      const Played played = SignIn(c.mode, Secret(c.password), c.dialogue + rest);
+      const Played played = SignIn(c.mode, platform::Secret(c.password), c.dialogue + rest);
       std::vector<std::string> shown = played.told.log;
       shown.insert(shown.end(), {played.closed.reply.text, played.closed.reason});
       for (const Outcome& outcome : played.told.outcomes) {
@@ -168,7 +168,7 @@ TEST(ClientSignIn, HidesWhatTheServerKnowsBeforeIt) {
     for (const std::string& dialogue :
          {"S: 554 you are " + said,
           "S: 220 ok\nC: EHLO [192.0.2.1]\nS: 550 you are " + said + "\nC: HELO [192.0.2.1]\nS: 550 you are " + said}) {
-      const Played played = SignIn(AuthMode::kLogin, Secret("hunter2secret"), dialogue);
+      const Played played = SignIn(AuthMode::kLogin, platform::Secret("hunter2secret"), dialogue);
       EXPECT_FALSE(played.told.log.empty());
       std::vector<std::string> shown = played.told.log;
       shown.insert(shown.end(), {played.closed.reply.text, played.closed.reason});
@@ -183,7 +183,8 @@ TEST(ClientSignIn, ReadsTheMechanismsAnewUnderTls) {
   for (const auto& [dialogue, code] :
        {std::pair{"S: 250-mx\nS: 250 AUTH PLAIN\nC: AUTH PLAIN AGFkYQBzM2NyZXQ=\nS: 235 ok", ResultCode::kSuccess},
         std::pair{"S: 250 mx", ResultCode::kAuthNotOffered}}) {
-    EXPECT_EQ(SignIn(AuthMode::kLogin, Secret("s3cret"), until_tls + dialogue, false).closed.code, code) << dialogue;
+    EXPECT_EQ(SignIn(AuthMode::kLogin, platform::Secret("s3cret"), until_tls + dialogue, false).closed.code, code)
+        << dialogue;
   }
 }
 
@@ -200,7 +201,8 @@ TEST(ClientSignIn, SaysWhyItWasNotTaken) {
                         Case{"504 5.5.4 no", kRefused, "Choose another"}, Case{"534 5.7.9 no", kRefused, "too weak"},
                         Case{"538 5.7.11 no", kRefused, "encrypted"}, Case{"451 no", kDeferred, "Try again later"}}) {
     const auto closed =
-        SignIn(AuthMode::kLogin, Secret("x"), AUTH("LOGIN") "C: AUTH LOGIN\nS: " + std::string(c.reply)).closed;
+        SignIn(AuthMode::kLogin, platform::Secret("x"), AUTH("LOGIN") "C: AUTH LOGIN\nS: " + std::string(c.reply))
+            .closed;
     EXPECT_EQ(closed.state, c.state) << c.reply;
     EXPECT_EQ(closed.code, ResultCode::kAuthRefused) << c.reply;
     EXPECT_NE(closed.reason.find(c.words), std::string::npos) << closed.reason;
@@ -222,7 +224,7 @@ TEST(ClientSignIn, KeepsItsLinesToTheLengthThatServersTake) {
     std::string dialogue = AUTH("PLAIN") "C: AUTH PLAIN";
     dialogue += c.in_command ? " " : "\nS: 334 \nC: ";
     dialogue += c.sent ? coded + "\nS: 235 ok" : "*\nS: 501 ok";
-    EXPECT_EQ(SignIn(AuthMode::kLogin, Secret(password), dialogue).told.ready, c.sent) << c.password;
+    EXPECT_EQ(SignIn(AuthMode::kLogin, platform::Secret(password), dialogue).told.ready, c.sent) << c.password;
   }
 }
 

@@ -38,7 +38,7 @@ class ClientTls : public testing::Test {
     options.ca_file = ca_file_;
     options.sign_in = true;
     options.user = "ada";
-    options.password = Secret("s3cret");
+    options.password = platform::Secret("s3cret");
     return options;
   }
 
@@ -243,7 +243,7 @@ TEST(NoCoreDump, LastsAsLongAsAClientWithAPassword) {
   ClientOptions options;
   const Client without(options, clock, cancel);
   EXPECT_EQ(may_dump(), 1);
-  options.password = Secret("s3cret");
+  options.password = platform::Secret("s3cret");
   std::optional<Client> first(std::in_place, options, clock, cancel);
   std::optional<Client> second(std::in_place, options, clock, cancel);
   first.reset();

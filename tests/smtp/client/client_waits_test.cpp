@@ -23,7 +23,7 @@ struct Silence {
     options.pipeline = true;
     options.sign_in = wait.dialogue.find("AUTH") != std::string::npos;
     options.user = "ada";
-    options.password = Secret("s3cret");
+    options.password = platform::Secret("s3cret");
     for (std::size_t n = 0; n < wait.outcomes.size(); ++n) letters.emplace_back("hi" + std::to_string(n) + "\r\n");
     session.emplace(options, SessionSetup{"[127.0.0.1]", true, false}, window);
     Play(*session, told, wait.dialogue, [&] { Feed(); });

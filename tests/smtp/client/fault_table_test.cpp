@@ -205,7 +205,7 @@ void Check(const FaultRun& run) {
     options.pipeline = run.pipeline;
     options.sign_in = true;
     options.user = "ada";
-    options.password = Secret("s3cret");
+    options.password = platform::Secret("s3cret");
     const platform::SystemClock clock;
     Client(options, clock, platform::CancelToken()).Run(letters);
   }

@@ -1,19 +1,19 @@
 // Text that is wiped from memory when it goes: passwords and what is made of them.
 #pragma once
 
-#include <openssl/crypto.h>
+#include <string.h>  // NOLINT(modernize-deprecated-headers): explicit_bzero is the system's alone
 
 #include <string>
 #include <string_view>
 #include <utility>
 
-namespace quillcast::smtp {
+namespace quillcast::platform {
 
 // All of it, whatever its size says: a short text lives inside its string, and moving or swapping it leaves it there.
 inline void Wipe(std::string& text) {
   text.resize(text.capacity());
   text.resize(text.capacity());  // what was longer once may still lie behind the end
-  OPENSSL_cleanse(text.data(), text.size());
+  ::explicit_bzero(text.data(), text.size());
   text.clear();
 }
 
@@ -46,4 +46,4 @@ class Secret {
   std::string text_;
 };
 
-}  // namespace quillcast::smtp
+}  // namespace quillcast::platform

@@ -1,0 +1,62 @@
+// The account's password: the one way to it, and the ways in which it gets into the keyring and out of it.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "account/account_settings.h"
+#include "platform/cancel.h"
+#include "platform/secret_store.h"
+#include "profile/settings_store.h"
+#include "smtp/client/client_options.h"
+
+namespace quillcast::account {
+
+// What was saved or reset all the same, though the keyring still has the old password, and why.
+struct SecretsLeft {
+  std::optional<Error> in_keyring;
+};
+
+// Belongs to one profile, whose entry in the keyring goes by the place of its settings. What it is given must outlive
+// it. Usable beside a window: everything that asks the keyring or runs a command may take a minute.
+class AccountSecrets {
+ public:
+  // `patience` is that with a password command.
+  AccountSecrets(platform::SecretStore& keyring, const std::filesystem::path& settings,
+                 std::chrono::milliseconds patience = std::chrono::seconds(60));
+
+  // From where PasswordFrom says, anew at each call: once a run. Empty where the account does not sign in. The command
+  // is a line for sh(1), which knows "~", quotes and pipes as the person does who wrote it; the first line that it
+  // prints is the password. Errors: kNotConfigured where there is none (no entry, no command, one that is not there);
+  // kUnavailable where the command failed or printed nothing; kBadData where it printed more than 64 KiB; kTimedOut;
+  // kTryAgain after a cancel; those of the keyring.
+  Result<platform::Secret> PasswordOf(const AccountSettings& account, const platform::CancelToken& cancel) const;
+  // The connection that the account describes, ready to sign in.
+  Result<smtp::ClientOptions> SignInOptionsOf(const AccountSettings& account,
+                                              const platform::CancelToken& cancel) const;
+
+  // Whether saving or resetting asks the keyring, and so may wait for a person.
+  bool SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const;
+  bool ResettingAsksKeyring(const profile::SettingsStore& settings) const;
+
+  // Saves the account. A password that belongs into the keyring is put there first and is stored nowhere else; where
+  // the keyring refuses it nothing is saved, and what was stored stays. One that a command gives is not stored. What
+  // the keyring has of an account that no longer takes it from there is deleted last.
+  Result<SecretsLeft> Save(AccountSettings account, profile::SettingsStore& settings,
+                           const platform::CancelToken& cancel) const;
+  // Deletes every setting of the account, then what the keyring has of it.
+  Result<SecretsLeft> Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
+
+ private:
+  Result<platform::Secret> FromKeyring(const platform::CancelToken& cancel) const;
+  Result<platform::Secret> FromCommand(const std::string& command, const platform::CancelToken& cancel) const;
+  SecretsLeft Forget(const platform::CancelToken& cancel) const;
+
+  platform::SecretStore& keyring_;
+  const std::string entry_;
+  const std::chrono::milliseconds patience_;
+};
+
+}  // namespace quillcast::account

@@ -1,0 +1,47 @@
+#include "desktop/account/password_box.h"
+
+#include <QAction>
+#include <QPushButton>
+
+#include "account/password_place.h"
+#include "desktop/widgets/icons.h"
+#include "desktop/widgets/qt_text.h"
+
+namespace quillcast::desktop {
+
+using account::PasswordPlace;
+
+PasswordBox::PasswordBox(QWidget* parent) : QLineEdit(parent), change_(new QPushButton(tr("Chan&ge"), parent)) {
+  setEchoMode(QLineEdit::Password);
+  auto* reveal = addAction(Icon("preview"), QLineEdit::TrailingPosition);
+  reveal->setCheckable(true);
+  reveal->setToolTip(tr("Show the password"));
+  connect(reveal, &QAction::toggled, this,
+          [this](bool shown) { setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password); });
+  change_->setObjectName("ChangePasswordButton");
+  change_->setToolTip(tr("Type another password, which takes the place of the one in the keyring"));
+  connect(change_, &QPushButton::clicked, this, [this] {
+    replacing_ = true;
+    aside_ = platform::Secret();
+    emit Replacing();
+    setFocus();
+  });
+}
+
+void PasswordBox::Put(const account::AccountSettings& values) {
+  const std::string& password = values[account::AccountKey::kPassword];
+  const PasswordPlace place = account::PlaceOfPassword(values);
+  const bool is_kept = values.IsOn(account::AccountKey::kAuth) && place == PasswordPlace::kKeyring;
+  replacing_ = replacing_ && is_kept;
+  change_->setVisible(is_kept);
+  change_->setEnabled(!replacing_);
+  const bool types_here = place == PasswordPlace::kSettings || replacing_;
+  aside_ = types_here ? platform::Secret() : platform::Secret(password);
+  const QString shown = types_here ? ToQt(password) : QString();
+  if (text() != shown) setText(shown);
+  setPlaceholderText(replacing_ ? tr("the new password") : InWords(account::PasswordPlaceText(values)));
+}
+
+std::string PasswordBox::Password() const { return text().isEmpty() ? std::string(aside_.view()) : FromQt(text()); }
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,37 @@
+// The box of the account's password.
+#pragma once
+
+#include <QLineEdit>
+
+#include "account/account_settings.h"
+#include "platform/secret.h"
+
+class QPushButton;
+
+namespace quillcast::desktop {
+
+// Where the password is not in the settings it says where it is; the one that was typed, and may be on its way into the
+// keyring, stays aside meanwhile, so that choosing another place and coming back loses nothing.
+class PasswordBox final : public QLineEdit {
+  Q_OBJECT
+ public:
+  explicit PasswordBox(QWidget* parent);
+
+  void Put(const account::AccountSettings& values);
+  // What is to be saved: what is typed, or what stays aside.
+  std::string Password() const;
+  // Whether another password for the keyring is being typed, which is possible once it is pressed.
+  bool is_replacing() const { return replacing_; }
+  // Enables the box for that; shown while the password is in the keyring.
+  QPushButton* change_button() const { return change_; }
+
+ signals:
+  void Replacing();
+
+ private:
+  platform::Secret aside_;
+  QPushButton* change_;
+  bool replacing_ = false;
+};
+
+}  // namespace quillcast::desktop

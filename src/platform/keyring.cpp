@@ -1,0 +1,275 @@
+#include "platform/keyring.h"
+
+#include <libsecret/secret.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "platform/text.h"
+
+namespace quillcast::platform {
+namespace {
+
+using Milliseconds = std::chrono::milliseconds;
+
+constexpr const char* kAttribute = "entry";
+constexpr int kUntilNextLook = 200;  // milliseconds; a cancel may come without waking anybody
+constexpr Milliseconds kGrace{500};  // for what was cancelled to come back by itself
+constexpr const char* kTheWayOn =
+    "Unlock it and try once more, or let the account have its password from the settings or from a command.";
+
+struct ObjectUnref {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+template <typename T>
+using Object = std::unique_ptr<T, ObjectUnref>;
+
+struct ErrorFree {
+  void operator()(GError* error) const { g_error_free(error); }
+};
+using Failed = std::unique_ptr<GError, ErrorFree>;
+
+struct ItemsFree {
+  void operator()(GList* items) const { g_list_free_full(items, g_object_unref); }
+};
+using Items = std::unique_ptr<GList, ItemsFree>;
+
+struct TableUnref {
+  void operator()(GHashTable* table) const { g_hash_table_unref(table); }
+};
+using Attributes = std::unique_ptr<GHashTable, TableUnref>;
+
+struct ValueUnref {
+  void operator()(gpointer value) const { secret_value_unref(value); }
+};
+using Value = std::unique_ptr<SecretValue, ValueUnref>;
+
+const SecretSchema* Schema() {
+  static const SecretSchema schema = [] {
+    SecretSchema made{};
+    made.name = "example.quillcast.secret";
+    made.flags = SECRET_SCHEMA_NONE;
+    made.attributes[0] = {kAttribute, SECRET_SCHEMA_ATTRIBUTE_STRING};
+    return made;
+  }();
+  return &schema;
+}
+
+Error Locked(const char* what) { return {Failure::kNotPermitted, what, kTheWayOn}; }
+
+// Whether an error means that there is no keyring.
+bool NobodyServes(const GError* error) {
+  constexpr std::array kCodes = {G_DBUS_ERROR_SERVICE_UNKNOWN,     G_DBUS_ERROR_NAME_HAS_NO_OWNER,
+                                 G_DBUS_ERROR_UNKNOWN_OBJECT,      G_DBUS_ERROR_SPAWN_EXEC_FAILED,
+                                 G_DBUS_ERROR_SPAWN_FAILED,        G_DBUS_ERROR_SPAWN_CHILD_EXITED,
+                                 G_DBUS_ERROR_SPAWN_CHILD_SIGNALED};
+  return std::any_of(kCodes.begin(), kCodes.end(),
+                     [error](GDBusError code) { return g_error_matches(error, G_DBUS_ERROR, code) != 0; });
+}
+
+// One question to the keyring, on the thread that asks it.
+class Question {
+ public:
+  Question(GCancellable* stop, bool may_ask) : stop_(stop), may_ask_(may_ask) {}
+
+  Result<void> Open();
+  Result<std::optional<Secret>> Find(const std::string& name);
+  Result<void> Keep(const std::string& name, const std::string& label, const Secret& secret);
+  Result<void> Forget(const std::string& name);
+
+ private:
+  // The entry of this name, unlocked; null where there is none.
+  Result<Object<SecretItem>> Item(const std::string& name);
+  Result<void> Unlock(gpointer item_or_collection);
+  // Whether something may be put there, after it was unlocked where that is needed.
+  Result<void> OpenCollection();
+
+  GCancellable* stop_;
+  const bool may_ask_;
+  Object<GDBusConnection> bus_;
+  Object<SecretService> service_;
+};
+
+Error WhyNot(const GError* error) {
+  if (error == nullptr || g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != 0)
+    return Locked("The keyring was not unlocked.");
+  if (NobodyServes(error)) {
+    return {Failure::kUnavailable, "No keyring runs in this session.",
+            "Start one, or let the account have its password from the settings or from a command."};
+  }
+  const Failed copy(g_error_copy(error));
+  g_dbus_error_strip_remote_error(copy.get());
+  return {Failure::kUnavailable, Say("The keyring could not be used: {}", Printable(copy->message, 200)), kTheWayOn};
+}
+
+// The library would end the program with its bus.
+Result<void> Question::Open() {
+  GError* error = nullptr;
+  bus_.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, stop_, &error));
+  const Failed unreached(error);
+  if (!bus_) {
+    return Error{Failure::kUnavailable,
+                 Say("The session bus, over which a keyring is asked, cannot be reached: {}",
+                     Printable(unreached->message, 200)),
+                 kTheWayOn};
+  }
+  g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
+  error = nullptr;
+  service_.reset(secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, stop_, &error));
+  const Failed closed(error);
+  return service_ ? Result<void>() : WhyNot(closed.get());
+}
+
+Attributes Named(const std::string& name) {
+  return Attributes(secret_attributes_build(Schema(), kAttribute, name.c_str(), nullptr));
+}
+
+Result<Object<SecretItem>> Question::Item(const std::string& name) {
+  GError* error = nullptr;
+  const Items items(
+      secret_service_search_sync(service_.get(), Schema(), Named(name).get(), SECRET_SEARCH_NONE, stop_, &error));
+  const Failed failed(error);
+  if (failed) return WhyNot(failed.get());
+  if (!items) return Object<SecretItem>();
+  Object<SecretItem> item(SECRET_ITEM(g_object_ref(items->data)));
+  const auto usable = secret_item_get_locked(item.get()) == 0 ? Result<void>() : Unlock(item.get());
+  return usable ? Result<Object<SecretItem>>(std::move(item)) : usable.error();
+}
+
+Result<void> Question::Unlock(gpointer item_or_collection) {
+  if (!may_ask_) return Locked("The keyring is locked, and nobody is there to unlock it.");
+  GError* error = nullptr;
+  GList one{item_or_collection, nullptr, nullptr};
+  const int unlocked = secret_service_unlock_sync(service_.get(), &one, stop_, nullptr, &error);
+  const Failed failed(error);
+  return unlocked == 1 ? Result<void>() : WhyNot(failed.get());
+}
+
+Result<std::optional<Secret>> Question::Find(const std::string& name) {
+  const auto item = Item(name);
+  if (!item) return item.error();
+  if (!*item) return std::optional<Secret>();
+  GError* error = nullptr;
+  const bool loaded = secret_item_load_secret_sync(item->get(), stop_, &error) != 0;
+  const Failed failed(error);
+  const Value value(loaded ? secret_item_get_secret(item->get()) : nullptr);
+  if (!value) return WhyNot(failed.get());
+  gsize length = 0;
+  const gchar* text = secret_value_get(value.get(), &length);
+  return std::optional(Secret(std::string_view(text, length)));
+}
+
+Result<void> Question::Forget(const std::string& name) {
+  const auto item = Item(name);
+  if (!item) return item.error();
+  if (!*item) return {};
+  GError* error = nullptr;
+  const bool deleted = secret_item_delete_sync(item->get(), stop_, &error) != 0;
+  const Failed failed(error);
+  return deleted ? Result<void>() : WhyNot(failed.get());
+}
+
+Result<void> Question::OpenCollection() {
+  GError* error = nullptr;
+  const Object<SecretCollection> collection(secret_collection_for_alias_sync(service_.get(), SECRET_COLLECTION_DEFAULT,
+                                                                             SECRET_COLLECTION_NONE, stop_, &error));
+  const Failed failed(error);
+  if (failed) return WhyNot(failed.get());
+  // Where there is none the keyring makes one, and asks for a password for it.
+  if (!collection && !may_ask_) return Locked("No keyring is set up yet, and nobody is there to choose its password.");
+  if (!collection || secret_collection_get_locked(collection.get()) == 0) return {};
+  return Unlock(collection.get());
+}
+
+Result<void> Question::Keep(const std::string& name, const std::string& label, const Secret& secret) {
+  auto open = OpenCollection();
+  if (!open) return open;
+  GError* error = nullptr;
+  const Value value(secret_value_new(secret.view().data(), static_cast<gssize>(secret.view().size()), "text/plain"));
+  const bool kept = secret_service_store_sync(service_.get(), Schema(), Named(name).get(), SECRET_COLLECTION_DEFAULT,
+                                              label.c_str(), value.get(), stop_, &error) != 0;
+  const Failed failed(error);
+  return kept ? Result<void>() : WhyNot(failed.get());
+}
+
+// What a question comes to. Shared with its thread, which may outlive whoever asked.
+template <typename T>
+struct Asked {
+  Object<GCancellable> stop{g_cancellable_new()};
+  std::optional<Result<T>> answer;  // before it is done
+  CancelToken done;
+};
+
+// False where it was not done in time, or was cancelled before.
+bool WaitFor(const CancelToken& done, Milliseconds most, const CancelToken* cancel) {
+  const auto until = std::chrono::steady_clock::now() + most;
+  while (done.Requested() == Stop::kNone) {
+    const auto left = std::chrono::ceil<Milliseconds>(until - std::chrono::steady_clock::now()).count();
+    if (left <= 0 || (cancel != nullptr && cancel->Requested() != Stop::kNone)) return false;
+    std::array<pollfd, 2> waits = {
+        {{done.PollFd(), POLLIN, 0}, {cancel == nullptr ? -1 : cancel->PollFd(), POLLIN, 0}}};
+    IgnoreErrors(::poll(waits.data(), waits.size(), static_cast<int>(std::min<decltype(left)>(left, kUntilNextLook))));
+  }
+  return true;
+}
+
+// The library waits for some answers without end, whatever is asked of it: then its thread is left to itself.
+template <typename T, typename Ask>
+Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& cancel, Ask ask) {
+  if (!place.has_bus) {
+    return Error{
+        Failure::kUnavailable, "There is no session bus here, over which a keyring is asked.",
+        "Start this in the session of a desktop, or let the account have its password from the settings or from "
+        "a command."};
+  }
+  const auto asked = std::make_shared<Asked<T>>();
+  std::thread thread([asked, may_ask, ask = std::move(ask)] {
+    Question question(asked->stop.get(), may_ask);
+    const auto open = question.Open();
+    asked->answer = open ? ask(question) : Result<T>(open.error());
+    asked->done.Request();
+  });
+  const Milliseconds patience = may_ask ? place.unlocking : place.patience;
+  const bool in_time = WaitFor(asked->done, patience, &cancel);
+  if (!in_time) g_cancellable_cancel(asked->stop.get());
+  if (in_time || WaitFor(asked->done, kGrace, nullptr)) {
+    thread.join();
+  } else {
+    thread.detach();
+  }
+  if (in_time) return std::move(*asked->answer);
+  if (cancel.Requested() != Stop::kNone) return Error{Failure::kTryAgain, "Asking the keyring was cancelled."};
+  return Error{Failure::kTimedOut,
+               Say("The keyring gave no answer within {} seconds, or was not unlocked in that time.",
+                   std::chrono::ceil<std::chrono::seconds>(patience).count()),
+               kTheWayOn};
+}
+
+}  // namespace
+
+KeyringPlace KeyringPlaceOf(const Environment& environment) {
+  const std::filesystem::path runtime = environment.Get("XDG_RUNTIME_DIR").value_or("");
+  const bool is_named = environment.Get("DBUS_SESSION_BUS_ADDRESS").has_value();
+  return {.has_bus = is_named || (!runtime.empty() && std::filesystem::is_socket(runtime / "bus", IgnoreErrors()))};
+}
+
+Result<std::optional<Secret>> Keyring::Find(const std::string& name, const CancelToken& cancel) {
+  return InTime<std::optional<Secret>>(place_, may_ask, cancel,
+                                       [name](Question& question) { return question.Find(name); });
+}
+
+Result<void> Keyring::Keep(const std::string& name, const std::string& label, const Secret& secret,
+                           const CancelToken& cancel) {
+  return InTime<void>(place_, may_ask, cancel,
+                      [name, label, secret](Question& question) { return question.Keep(name, label, secret); });
+}
+
+Result<void> Keyring::Forget(const std::string& name, const CancelToken& cancel) {
+  return InTime<void>(place_, may_ask, cancel, [name](Question& question) { return question.Forget(name); });
+}
+
+}  // namespace quillcast::platform

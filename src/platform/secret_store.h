@@ -1,0 +1,27 @@
+// Secrets that the person's keyring keeps, behind a port: no test reaches a keyring of this machine.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/cancel.h"
+#include "platform/result.h"
+#include "platform/secret.h"
+
+namespace quillcast::platform {
+
+// Each call may take as long as a person needs to unlock a keyring, and ends at the first request of `cancel` with
+// kTryAgain. An entry is found by its name, which is no secret.
+class SecretStore {
+ public:
+  virtual ~SecretStore() = default;
+  // Nothing where it has no such entry.
+  virtual Result<std::optional<Secret>> Find(const std::string& name, const CancelToken& cancel) = 0;
+  // In the place of what it had; `label` is what the person sees of it there.
+  virtual Result<void> Keep(const std::string& name, const std::string& label, const Secret& secret,
+                            const CancelToken& cancel) = 0;
+  // That there was none is no failure.
+  virtual Result<void> Forget(const std::string& name, const CancelToken& cancel) = 0;
+};
+
+}  // namespace quillcast::platform

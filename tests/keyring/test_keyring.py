@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""The account's password in a keyring, on a bus of the test's own. This machine's keyring is never reached: without that
+bus nothing is asked at all."""
+import json
+import os
+import pty
+import signal
+import socket
+import subprocess
+import sys
+import time
+import unittest
+from pathlib import Path
+
+import dbus
+
+sys.path[:0] = [str(Path(__file__).parents[1]), str(Path(__file__).parents[1] / "cli")]
+import private_bus
+from quillcast import PROGRAM, Case
+
+ENTRY = "Quillcast Classic: ada at 127.0.0.1"
+ON = " from the settings or from a command."
+WAY_ON = "Unlock it and try once more, or let the account have its password" + ON
+
+
+class Keyring(Case):
+    def setUp(self):
+        super().setUp()
+        self.bus_folder, self.bus = private_bus.begin(self)
+        self.log = self.bus_folder / "log"
+
+    def keyring(self, behaviour):
+        """Its control; what it is asked is in the log."""
+        service = subprocess.Popen([sys.executable, Path(__file__).parent / "keyring_service.py", behaviour, self.log],
+                                   stdout=subprocess.PIPE, text=True)
+        self.addCleanup(service.stdout.close)
+        self.addCleanup(service.wait, 10)
+        self.addCleanup(service.kill)
+        self.assertEqual(service.stdout.readline(), "ready\n")
+        bus = dbus.bus.BusConnection(self.bus)
+        self.addCleanup(bus.close)
+        return dbus.Interface(bus.get_object("org.freedesktop.secrets", "/control"), "test.Control")
+
+    def contents(self, control):
+        return [(str(label), str(secret)) for label, secret in control.Contents()]
+
+    def logged(self):
+        lines = self.log.read_text().splitlines() if self.log.exists() else []
+        self.log.unlink(missing_ok=True)
+        return lines
+
+    def assert_nothing_is_stored(self):
+        for file in self.profile.rglob("*"):
+            if file.is_file():
+                self.assertNotIn(b"geheim-7", file.read_bytes(), file)
+
+    def sign_in(self, *settings):
+        """An account that a mailbox asks for its password."""
+        secret = self.write("secret", "geheim-7\n")
+        box = self.mailbox("--auth", "ada", "--password-file", secret)
+        self.account(box.port, "Auth=1", "Username=ada", "--password-file", secret, *settings)
+        return box
+
+    def at_a_terminal(self, *arguments):
+        """A program whose standard input is a terminal, at which somebody may be."""
+        ours, theirs = pty.openpty()
+        self.addCleanup(os.close, ours)
+        process = subprocess.Popen([PROGRAM, "--profile", str(self.profile), *arguments], stdin=theirs,
+                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        os.close(theirs)
+        return process
+
+    def test_it_goes_there_and_is_used_and_goes_with_the_account(self):
+        control = self.keyring("open")
+        box = self.sign_in()
+        self.ok("account", "set", "--password-from", "Keyring")
+        self.assertEqual(self.contents(control), [(ENTRY, "geheim-7")])
+        self.assert_nothing_is_stored()
+        shown = self.ok("account", "show")
+        self.assertIn("\nPassword=(in the keyring)\n", shown)
+        self.assertIn("\nPasswordFrom=Keyring\n", shown)
+        self.assertEqual(json.loads(self.ok("--json", "account", "show"))["Password"], "")
+        self.ok("account", "test")
+        self.group("Readers", ["a@example.org", "b@example.org", "c@example.org"])
+        lines, code, err = self.send("--group", "Readers", "--subject", "x", "--body", self.write("t.html", "<p>y"))
+        self.assertEqual((code, len(box.messages())), (0, 3), err)
+        self.assertNotIn("geheim-7", json.dumps(lines) + err)
+        self.assert_nothing_is_stored()
+        self.ok("account", "set", "Server=localhost", "--password-file", self.write("new", "neu-8"))
+        self.assertEqual(self.contents(control), [(ENTRY, "neu-8")], "the same entry, whatever the server is called")
+        for arguments in (("set", "--password-from", "Settings", "--password-file", self.write("p", "geheim-7")),
+                          ("set", "--password-command", "echo geheim-7"), ("set", "Auth=0"), ("reset", "--yes")):
+            self.ok("account", "set", "Server=x", "Name=Ada", "Email=a@b.example", "Auth=1", "Username=ada",
+                    "--password-from", "Keyring", "--password-file", self.write("p", "geheim-7"))
+            self.assertEqual(len(self.contents(control)), 1)
+            self.ok("account", *arguments)
+            self.assertEqual(self.contents(control), [], arguments)
+
+    def test_what_keyrings_do_where_nobody_is_there(self):
+        self.sign_in()
+        control = self.keyring("open")
+        before = self.ok("account", "show")
+        tells = {
+            "locked": (77, "The keyring is locked, and nobody is there to unlock it.\n" + WAY_ON, 77),
+            "broken": (69, "The keyring could not be used: The file of?the keyring is damaged\n" + WAY_ON, 0),
+            "silent": (69, "The keyring gave no answer within 8 seconds, or was not unlocked in that time.\n" + WAY_ON, 0),
+            "full": (0, "The keyring could not be used: No space left on device\n" + WAY_ON, 69),
+            "none": (0, "No keyring is set up yet, and nobody is there to choose its password.\n" + WAY_ON, 77)}
+        for behaviour, (_, told, moving) in tells.items():
+            with self.subTest(moves=behaviour):
+                if not moving:
+                    continue
+                control.Behave(behaviour)
+                code, out, err = self.run_program("account", "set", "--password-from", "Keyring")
+                self.assertEqual((code, out, err), (moving, "", f"quillcast: Nothing was saved. {told}\n"))
+                self.assertEqual(self.ok("account", "show"), before)
+        control.Behave("open")
+        self.ok("account", "set", "--password-from", "Keyring")
+        self.group("Readers", ["a@example.org", "b@example.org"])
+        letter = ("send", "--group", "Readers", "--subject", "x", "--body", self.write("t.html", "<p>y"))
+        self.logged()
+        for behaviour, (sending, told, _) in tells.items():
+            with self.subTest(sends=behaviour):
+                control.Behave(behaviour)
+                code, out, err = self.run_program(*letter)
+                self.assertEqual(code, sending, err)
+                if sending:
+                    self.assertEqual(err.count("keyring"), told.count("keyring"), err)
+                    self.assertIn(f"quillcast: {told}\n", err)
+        self.assertEqual(self.logged(), [], "nobody was asked for a password")
+
+    def test_where_there_is_none(self):
+        self.sign_in()
+        listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listener.close)
+        listener.bind(f"{self.bus_folder}/silent")
+        listener.listen()
+        for bus, told in ((self.bus, "No keyring runs in this session.\nStart one, or let the account have its password" + ON),
+                          (f"unix:path={self.bus_folder}/nowhere", "The session bus, over which a keyring is asked, cannot "
+                           "be reached: Could not connect: No such file or directory\n" + WAY_ON),
+                          ("", "There is no session bus here, over which a keyring is asked.\nStart this in the session of "
+                           "a desktop, or let the account have its password" + ON),
+                          (f"unix:path={self.bus_folder}/silent", "The keyring gave no answer within 8 seconds, or was not "
+                           "unlocked in that time.\n" + WAY_ON)):
+            with self.subTest(bus=bus):
+                os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus
+                os.environ["XDG_RUNTIME_DIR"] = str(self.bus_folder / "runtime")
+                self.addCleanup(os.environ.pop, "XDG_RUNTIME_DIR", None)
+                code, out, err = self.run_program("account", "set", "--password-from", "Keyring")
+                self.assertEqual((code, out, err), (69, "", f"quillcast: Nothing was saved. {told}\n"))
+                self.assertEqual(json.loads(self.ok("--json", "account", "show"))["Password"], "********")
+
+    def test_what_keyrings_do_where_somebody_may_be(self):
+        control = self.keyring("open")
+        self.sign_in()
+        self.ok("account", "set", "--password-from", "Keyring")
+        self.logged()
+        for behaviour, code, told in (("locked", 0, "appear to be functioning correctly."),
+                                      ("refuses", 69, "The keyring was not unlocked. " + WAY_ON)):
+            with self.subTest(behaviour):
+                control.Behave(behaviour)
+                with self.at_a_terminal("account", "test") as process:
+                    out = process.communicate(timeout=30)[0]
+                self.assertEqual(process.returncode, code, out)
+                self.assertIn(told, out)
+                self.assertEqual(self.logged(), ["asked for a password"])
+        control.Behave("endless")
+        with self.at_a_terminal("account", "test") as process:
+            while not self.log.exists():
+                self.assertIsNone(process.poll())
+                time.sleep(0.02)
+            began = time.monotonic()
+            process.send_signal(signal.SIGINT)
+            out = process.communicate(timeout=30)[0]
+        self.assertEqual(process.returncode, 75, out)
+        self.assertIn("Asking the keyring was cancelled.", out)
+        self.assertLess(time.monotonic() - began, 5)
+
+
+if __name__ == "__main__":
+    unittest.main()
