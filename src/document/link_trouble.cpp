@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "html/local_names.h"
+#include "html/local_name.h"
 #include "platform/text.h"
 
 namespace quillcast::document {
@@ -169,7 +169,7 @@ bool IsBlocked(std::string_view scheme) {
 
 bool IsOfThisComputer(const Address& address, std::string_view target) {
   return address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\') ||
-         html::NamesLocalFile(target);
+         html::AddressNamesLocalFile(target);
 }
 
 // "htp", "hhttps", "ttp" for "http" or "https".

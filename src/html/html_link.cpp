@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "html/local_names.h"
+#include "html/local_name.h"
 #include "html/local_pictures_address.h"
 #include "platform/text.h"
 
@@ -61,7 +61,7 @@ std::string ReadableTarget(std::string href) {
   const bool unreadable = std::any_of(kUnreadable.begin(), kUnreadable.end(), [&](std::string_view start) {
     return platform::StartsWithIgnoringAsciiCase(target, start);
   });
-  if (unreadable || TellsFolder(ReadLocalAddress(std::string(target))) || NamesLocalFile(target)) return {};
+  if (unreadable || TellsFolder(ReadLocalAddress(std::string(target))) || AddressNamesLocalFile(target)) return {};
   if (platform::StartsWithIgnoringAsciiCase(target, "mailto:")) {
     const std::string_view asked = target.substr(std::min(target.find('?'), target.size()));
     if (target.size() - asked.size() == std::string_view("mailto:").size()) return {};
@@ -76,7 +76,7 @@ std::string ReadableDescription(std::string alt) {
   constexpr std::array<std::string_view, 8> kExtensions = {".png", ".jpg",  ".jpeg", ".gif",
                                                            ".bmp", ".webp", ".svg",  ".tif"};
   const std::string name = platform::AsciiLower(platform::Trim(alt));
-  if (NamesLocalFile(alt)) return {};
+  if (WordsNameLocalFile(alt)) return {};
   if (name.find_first_of(" \n\t") != std::string::npos) return alt;
   const bool file = std::any_of(kExtensions.begin(), kExtensions.end(),
                                 [&](std::string_view extension) { return name.ends_with(extension); });

@@ -7,6 +7,7 @@
 
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
+#include "html/local_name.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
 
@@ -16,102 +17,6 @@ namespace {
 constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grows together
 
 std::string WithoutNames(std::string_view html, bool is_in_comment);
-
-bool IsSlash(char c) { return c == '/' || c == '\\'; }
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
-bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
-bool IsOfScheme(char c) { return platform::AsciiIsAlnum(c) || c == '+' || c == '-' || c == '.' || c == '_'; }
-
-bool IsOfAddress(char c) { return IsOfScheme(c) || c == ':' || c == '/'; }
-
-char At(std::string_view text, std::size_t at) { return at < text.size() ? text[at] : '\0'; }
-
-bool IsOfTheNet(std::string_view text) {
-  constexpr auto kNet = std::to_array<std::string_view>({"http:", "https:", "//", "mailto:"});
-  return std::any_of(kNet.begin(), kNet.end(), [&](auto start) { return platform::Trim(text).starts_with(start); });
-}
-
-// "file:" and what belongs to it. Both texts here are in lower case.
-bool NamesByScheme(std::string_view text) {
-  constexpr std::string_view kScheme = "file:";
-  const bool is_of_the_net = IsOfTheNet(text);
-  const std::string_view whole = platform::Trim(text);
-  if (whole.starts_with(kScheme) && whole.size() > kScheme.size() && whole.find(' ') == std::string_view::npos) {
-    return true;
-  }
-  for (std::size_t at = text.find(kScheme); at != std::string_view::npos; at = text.find(kScheme, at)) {
-    const bool is_end = at > 0 && IsOfScheme(text[at - 1]);  // of another scheme
-    at += kScheme.size();
-    if (is_end) continue;
-    if (IsSlash(At(text, at)) || (platform::AsciiIsAlnum(At(text, at)) && At(text, at + 1) == '|')) return true;
-    if (is_of_the_net) continue;
-    const std::size_t end = std::min(text.find_first_of(" \"'<>()", at), text.size());
-    if (text.substr(at, end - at).find_first_of("/\\") != std::string_view::npos) return true;
-    at = end;
-  }
-  return false;
-}
-
-// "c:\x", "c:/x" behind the letter of the drive.
-bool IsDrive(std::string_view text, std::size_t colon) {
-  const bool is_letter = colon > 0 && text[colon - 1] >= 'a' && text[colon - 1] <= 'z';
-  if (!is_letter || (colon > 1 && IsOfAddress(text[colon - 2]))) return false;
-  if (!IsSlash(At(text, colon + 1))) return false;
-  std::size_t at = colon + 2;
-  while (text[colon + 1] == '\\' && At(text, at) == '\\') ++at;  // as scripts write it
-  return platform::AsciiIsAlnum(At(text, at)) || static_cast<unsigned char>(At(text, at)) >= 0x80;
-}
-
-// "\\server\share", "\\server/share".
-bool IsServer(std::string_view text, std::size_t begin) {
-  if (begin > 0 && (IsOfScheme(text[begin - 1]) || IsSlash(text[begin - 1]))) return false;
-  const std::size_t name = text.find_first_not_of('\\', begin);
-  if (name == std::string_view::npos || name < begin + 2) return false;
-  const auto behind = std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(name), text.end(), [](char c) {
-    return IsOfScheme(c) || c == '$' || static_cast<unsigned char>(c) >= 0x80;
-  });
-  const auto end = static_cast<std::size_t>(behind - text.begin());
-  return end > name && IsSlash(At(text, end)) && !IsControl(At(text, end + 1)) && At(text, end + 1) != ' ';
-}
-
-bool NamesByPath(std::string_view text) {
-  for (std::size_t at = text.find_first_of(":\\"); at != std::string_view::npos;
-       at = text.find_first_of(":\\", at + 1)) {
-    if (text[at] == ':' ? IsDrive(text, at) : IsServer(text, at)) return true;
-  }
-  return false;
-}
-
-// Control characters part words or are none at all.
-bool NamesAsWritten(std::string_view text) {
-  std::string parted = platform::AsciiLower(text);
-  std::string without = parted;
-  std::replace_if(parted.begin(), parted.end(), IsControl, ' ');
-  if (NamesByScheme(parted) || NamesByPath(parted)) return true;
-  return std::erase_if(without, IsControl) > 0 && (NamesByScheme(without) || NamesByPath(without));
-}
-
-// "%66" is the character, and so are "\x66" and "\u0066" of scripts.
-std::string BytesDecoded(std::string_view text) {
-  std::string out;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::string_view rest = text.substr(at);
-    const std::size_t mark = rest.starts_with("\\u00") ? 4
-                             : rest.starts_with("\\x") ? 2
-                             : rest.starts_with('%')   ? 1
-                                                       : 0;
-    if (mark == 0 || !IsHexDigit(At(rest, mark)) || !IsHexDigit(At(rest, mark + 1))) {
-      out += text[at];
-      continue;
-    }
-    out += platform::PercentDecoded("%" + std::string(rest.substr(mark, 2))).value_or("");
-    at += mark + 1;
-  }
-  return out;
-}
-
-std::string Unescaped(std::string_view text) { return DecodeCssAddress(text, CssPlace::kElement); }
-std::string WithoutReferences(std::string_view text) { return DecodeCharacterReferences(text, true); }
 
 // A sheet, or the content of a style attribute, decoded.
 class SheetCleaner {
@@ -176,6 +81,24 @@ std::string CleanSheet(std::string_view css) {
   return NamesLocalFile(css) ? SheetCleaner(css).Run() : std::string(css);
 }
 
+// Whether the value of an attribute holds one, by what it is for.
+bool NamesIn(std::string_view attribute, std::string_view value) {
+  struct Row {
+    std::string_view attribute;
+    bool (*names)(std::string_view);
+  };
+  constexpr auto kRows = std::to_array<Row>({{"href", AddressNamesLocalFile},
+                                             {"src", AddressNamesLocalFile},
+                                             {"action", AddressNamesLocalFile},
+                                             {"background", AddressNamesLocalFile},
+                                             {"cite", AddressNamesLocalFile},
+                                             {"alt", WordsNameLocalFile},
+                                             {"title", WordsNameLocalFile}});
+  const auto* const row =
+      std::find_if(kRows.begin(), kRows.end(), [&](const Row& one) { return one.attribute == attribute; });
+  return row == kRows.end() ? NamesLocalFile(value) : row->names(value);
+}
+
 class PageCleaner {
  public:
   PageCleaner(std::string_view html, bool is_in_comment) : html_(html), is_in_comment_(is_in_comment), tokens_(html) {}
@@ -201,7 +124,7 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesLocalFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
-        return std::string(is_in_comment_ && NamesLocalFile(source) ? " " : source);
+        return std::string(is_in_comment_ && WordsNameLocalFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
     }
@@ -240,10 +163,10 @@ class PageCleaner {
 
   std::string CleanValue(const HtmlAttribute& attribute) const {
     const std::string_view written = tokens_.RawValue(attribute);
+    const std::string name = platform::AsciiLower(tokens_.RawName(attribute));
     const std::string value = DecodeCharacterReferences(written, true);
-    if (!NamesLocalFile(value)) return std::string(written);
-    const bool is_style = platform::EqualsIgnoringAsciiCase(tokens_.RawName(attribute), "style");
-    const std::string clean = is_style ? EscapedForHtml(CleanSheet(value), "&<>\"'") : std::string();
+    if (!NamesIn(name, value)) return std::string(written);
+    const std::string clean = name == "style" ? EscapedForHtml(CleanSheet(value), "&<>\"'") : std::string();
     const char before = html_[attribute.value_begin - 1];
     return before == '"' || before == '\'' ? clean : '"' + clean + '"';
   }
@@ -266,22 +189,6 @@ class PageCleaner {
 std::string WithoutNames(std::string_view html, bool is_in_comment) { return PageCleaner(html, is_in_comment).Run(); }
 
 }  // namespace
-
-bool NamesLocalFile(std::string_view text) {
-  constexpr int kRounds = 2;  // a page within an attribute has two
-  if (NamesAsWritten(text)) return true;
-  std::string read(text);
-  for (int round = 0; round < kRounds; ++round) {
-    for (const auto& decode : {WithoutReferences, BytesDecoded, Unescaped}) {
-      if (read.find_first_of("&%\\") == std::string::npos) return false;
-      std::string decoded = decode(read);
-      if (decoded == read) continue;
-      if (NamesAsWritten(decoded)) return true;
-      read = std::move(decoded);
-    }
-  }
-  return false;
-}
 
 std::string WithoutLocalNames(std::string_view html) { return WithoutNames(html, false); }
 

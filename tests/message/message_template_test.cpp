@@ -407,6 +407,27 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='https://x.example/w?title=File:AC/DC' class='file:mr-4 x' title='The file: a/b'>Profile:/x</a>"
             "<!-- file: a, x.cfile:/b --><a href='https://x.example/c:/home'>C:\\x</a>",
             nullptr},
+           {"<a href='https://x.example/search?q=C:\\Windows'>a</a><a href=https://x.example/go?u=C%3A%5CWindows>b</a>"
+            "<a href='https://x.example/?e=a:/b&amp;c=d'>c</a><a href='HTTPS://x.example/r?url=b:%2Fabc'>d</a>"
+            "<a href=' https://x.example/?q=file:///etc'>e</a><a href='//x.example/#file:/a'>f</a>"
+            "<a href='mailto:help@x.example?subject=Files%20in%20C:%5CUsers'>g</a>"
+            "<a href='mailto:help@x.example?subject=Files in C:\\Users'>h</a><a href='sms:+49123?body=C:\\x'>i</a>"
+            "<p style=\"background:url(https://x.example/file:Logo/a.png)\" data-a='{\"a\":\"//x.example/?C:\\x\"}'>",
+            nullptr},
+           {"<p data-a='https://x.example/a file:///home/b' data-b='https://x.example/a,C:\\home' "
+            "data-c='file&amp;colon;//srv.x/home' data-d='f\\69le\\3a //srv.x/home' data-e='file:&#10;//srv.x/home' "
+            "data-f='hotel:C:\\home tel:1 C:\\home'><a href='view-source:file://https://home/a'>l</a>",
+            "<p data-a='' data-b='' data-c='' data-d='' data-e='' data-f=''><a href=''>l</a>"},
+           {"<p data-a=\"D:\\_Projekte\\x.html\" data-b='C:\\%USERPROFILE%\\x' data-c='x C:\\~tmp\\x' "
+            "data-d='C:\\.ssh' "
+            "data-e='D:/_P/x'><!-- saved from D:\\(Ada)\\l.html --><p data-a='so :\\' data-b='x:\\'>",
+            "<p data-a=\"\" data-b='' data-c='' data-d='' data-e=''><!----><p data-a='so :\\' data-b='x:\\'>"},
+           {"<img alt='Open C:\\Users in the Explorer'><!--[if mso]><p title='In D:\\x'>Open C:\\Users "
+            "now</p><![endif]-->",
+            nullptr},
+           {"<img alt='C:\\Users\\Ada Lovelace\\a.png' title=' file:///home/a b'><!--[if mso]><p> C:\\home\\a "
+            "b</p><![endif]-->",
+            "<img alt='' title=''><!--[if mso]><p> </p><![endif]-->"},
            {"<a href='https://x.example/home/l.html'>l</a><a href='#place'>m</a><a href='next.html'>n</a>", nullptr},
            {"<base href='https://x.example/'><a href='/home/l.html'>l</a>", nullptr}})
     EXPECT_EQ(TakePictures(Plain(written).document, "x").html, sent == nullptr ? written : sent);
