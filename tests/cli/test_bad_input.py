@@ -481,7 +481,8 @@ class BadInput(Case):
 
     def test_an_empty_value_of_an_option(self):
         """A script with an empty variable does not mean to leave out what it names."""
-        texts = {"--subject", "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject"}
+        texts = {"--subject", "--sheet", "--heading", "--company", "--web", "--unsubscribe", "--unsubscribe-subject",
+                 "--description"}
         commands = list(self.options())
         self.assertGreater(len(commands), 80)
         for command in commands:
