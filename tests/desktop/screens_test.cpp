@@ -705,7 +705,7 @@ class ScreensTest : public QObject {
       Take(account, QString("account-%1").arg(place));
     }
     OutlookExpressForm no_accounts(rig.program, {}, nullptr);
-    QTRY_VERIFY(no_accounts.findChild<QLabel*>("StatusLine")->text().isEmpty());
+    QTRY_COMPARE(no_accounts.findChild<QLabel*>("StatusLine")->text(), "");
     Take(no_accounts, "account-import-empty");
     rig.folder.Write(
         "home/.claws-mail/accountrc",

@@ -107,6 +107,12 @@ std::vector<QWidget*> EmailManagerForm::MakeBeside(account::AccountKey key, QWid
     arrows->setObjectName(NameOf(account::AccountControl::kWrapArrows));
     return {arrows};
   }
+  if (key == kName) {
+    auto* import = new QPushButton(tr("Impo&rt…"), this);
+    import->setObjectName("ImportButton");
+    connect(import, &QPushButton::clicked, this, &EmailManagerForm::Import);
+    return {import};
+  }
   if (key == kThirdPath) {
     auto* browse = new QPushButton(tr("Bro&wse…"), this);
     browse->setObjectName(NameOf(account::AccountControl::kPickThirdPath));
@@ -223,8 +229,6 @@ void EmailManagerForm::AddButtons(QDialogButtonBox* box) {
   };
   test_button_ = add(tr("Test"), QDialogButtonBox::ResetRole, "TestButton");
   connect(test_button_, &QPushButton::clicked, this, &EmailManagerForm::TestOrCancel);
-  connect(add(tr("Import…"), QDialogButtonBox::ResetRole, "ImportButton"), &QPushButton::clicked, this,
-          &EmailManagerForm::Import);
   connect(add(tr("Reset…"), QDialogButtonBox::ResetRole, "ResetButton"), &QPushButton::clicked, this,
           &EmailManagerForm::Reset);
   connect(add(tr("Advanced…"), QDialogButtonBox::ResetRole, "AdvancedButton"), &QPushButton::clicked, this,
