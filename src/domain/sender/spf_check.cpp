@@ -1,7 +1,6 @@
 #include "domain/sender/spf_check.h"
 
 #include <algorithm>
-#include <array>
 
 namespace quillcast::domain {
 namespace {
@@ -11,117 +10,9 @@ using net::DnsOutcome;
 using net::DnsType;
 using State = SpfPublished::State;
 
-constexpr std::size_t kMostServers = 10;  // of one "mx" (RFC 7208 4.6.4)
-
-bool IsVoid(const DnsAnswer& answer) {
-  return answer.outcome == DnsOutcome::kNoData || answer.outcome == DnsOutcome::kNoSuchName;
-}
-
-// The name that a term or "redirect" leads to; `domain` itself where it has none.
-std::string NameOf(const std::string& written, const std::string& domain, const SpfSender& sender) {
-  if (written.empty()) return domain;
-  std::string name = ExpandSpfName(written, domain, sender).value_or(written);
-  if (name.ends_with('.')) name.pop_back();
-  return name;
-}
-
 DnsType TypeFor(const net::IpAddress& address) {
   return address.family == net::Family::kIpv4 ? DnsType::kA : DnsType::kAaaa;
 }
-
-// Follows every term of a record and of those that it leads to.
-class Count {
- public:
-  Count(Answers& answers, const SpfSender& sender) : answers_(answers), sender_(sender) {}
-
-  SpfCost Of(const std::string& domain) {
-    Follow(domain);
-    return std::move(cost_);
-  }
-
- private:
-  // False once so many were counted that more would tell nothing new.
-  bool Counts() { return cost_.lookups < kMostCountedLookups && ++cost_.lookups > 0; }
-
-  void Follow(const std::string& domain) {
-    const SpfPublished found = FindSpf(answers_, domain);
-    if (found.state == State::kPending) {
-      cost_.is_pending = true;
-    } else if (found.state == State::kNoAnswer) {
-      NoteUnanswered(domain, *answers_.Of(domain, DnsType::kTxt));
-    } else if (found.state != State::kRead && cost_.broken.empty()) {
-      cost_.broken = domain;
-      cost_.broken_state = found.state;
-    }
-    path_.push_back(domain);
-    for (const SpfTerm& term : found.record.terms) {
-      if (term.mechanism == SpfMechanism::kAll) break;  // what stands behind it is passed over (RFC 7208 5.1)
-      if (term.NeedsLookup() && Counts() && IsKnown(term.name)) Look(term, domain);
-    }
-    const std::string& redirect = found.record.redirect;
-    if (!redirect.empty() && Counts() && IsKnown(redirect)) Lead(NameOf(redirect, domain, sender_));
-    path_.pop_back();
-  }
-
-  bool IsKnown(const std::string& name) const {
-    return name.find('%') == std::string::npos || sender_.address != net::IpAddress();
-  }
-
-  void NoteUnanswered(const std::string& name, const DnsAnswer& answer) {
-    if (!cost_.unanswered.empty()) return;
-    cost_.unanswered = name;
-    cost_.no_answer = answer;
-  }
-
-  void Lead(const std::string& domain) {
-    if (std::find(path_.begin(), path_.end(), domain) == path_.end()) return Follow(domain);
-    if (cost_.itself.empty()) cost_.itself = domain;
-  }
-
-  void Look(const SpfTerm& term, const std::string& domain) {
-    const std::string name = NameOf(term.name, domain, sender_);
-    switch (term.mechanism) {
-      case SpfMechanism::kInclude:
-        return Lead(name);
-      case SpfMechanism::kA:
-        return LookForAddresses(name);
-      case SpfMechanism::kMx:
-        return LookForServers(name);
-      default:
-        return;  // what "exists" and "ptr" find is different for each sender
-    }
-  }
-
-  void LookForAddresses(const std::string& name) {
-    const DnsAnswer* ip4 = answers_.Of(name, DnsType::kA);
-    const DnsAnswer* ip6 = answers_.Of(name, DnsType::kAaaa);
-    if (ip4 == nullptr || ip6 == nullptr) {
-      cost_.is_pending = true;
-    } else if (IsVoid(*ip4) && IsVoid(*ip6)) {
-      cost_.void_names.push_back(name);
-    } else if (ip4->outcome != DnsOutcome::kFound && ip6->outcome != DnsOutcome::kFound) {
-      NoteUnanswered(name, IsVoid(*ip4) ? *ip6 : *ip4);
-    }
-  }
-
-  void LookForServers(const std::string& name) {
-    const DnsAnswer* servers = answers_.Of(name, DnsType::kMx);
-    if (servers == nullptr) {
-      cost_.is_pending = true;
-    } else if (IsVoid(*servers)) {
-      cost_.void_names.push_back(name);
-    } else if (servers->outcome != DnsOutcome::kFound) {
-      NoteUnanswered(name, *servers);
-    } else if (servers->records.size() > kMostServers && cost_.crowded.empty()) {
-      cost_.crowded = name;
-    }
-  }
-
-  Answers& answers_;
-  const SpfSender& sender_;
-  SpfCost cost_;
-  std::vector<std::string> path_;  // from the first domain to the one that is read
-};
 
 // One sender against one record after the other.
 class Evaluation {
@@ -139,7 +30,7 @@ class Evaluation {
     }
     if (found.record.redirect.empty()) return SpfResult::kNeutral;
     if (++lookups_ > kMostSpfLookups) return SpfResult::kPermanentError;
-    const SpfResult result = Check(NameOf(found.record.redirect, domain, sender_));
+    const SpfResult result = Check(SpfNameOf(found.record.redirect, domain, sender_));
     return result == SpfResult::kNone ? SpfResult::kPermanentError : result;
   }
 
@@ -166,7 +57,7 @@ class Evaluation {
   }
 
   Match Matches(const SpfTerm& term, const std::string& domain) {
-    const std::string name = NameOf(term.name, domain, sender_);
+    const std::string name = SpfNameOf(term.name, domain, sender_);
     switch (term.mechanism) {
       case SpfMechanism::kAll:
         return Match::kYes;
@@ -216,7 +107,7 @@ class Evaluation {
   Match FindBehind(const std::string& name, DnsType type, const std::vector<net::DnsRecord>*& records) {
     const DnsAnswer* answer = answers_.Of(name, type);
     if (answer == nullptr) return Match::kPending;
-    if (IsVoid(*answer) || answer->outcome == DnsOutcome::kBadName) return Match::kNo;
+    if (IsVoidLookup(*answer) || answer->outcome == DnsOutcome::kBadName) return Match::kNo;
     if (answer->outcome != DnsOutcome::kFound) return Match::kTemporaryError;
     records = &answer->records;
     return Match::kYes;
@@ -241,7 +132,7 @@ class Evaluation {
     const std::vector<net::DnsRecord>* servers = nullptr;
     const Match found = Find(name, DnsType::kMx, servers);
     if (found != Match::kYes) return found;
-    if (servers->size() > kMostServers) return Match::kPermanentError;
+    if (servers->size() > kMostSpfHosts) return Match::kPermanentError;
     Match whole = Match::kNo;
     for (const net::DnsRecord& server : *servers) {
       if (server.text.empty()) continue;  // a null MX
@@ -264,7 +155,7 @@ class Evaluation {
     const DnsAnswer* names = answers_.Of(net::ReverseName(sender_.address), DnsType::kPtr);
     if (names == nullptr) return Match::kPending;
     Match whole = Match::kNo;
-    for (std::size_t i = 0; i < std::min(names->records.size(), kMostServers); ++i) {
+    for (std::size_t i = 0; i < std::min(names->records.size(), kMostSpfHosts); ++i) {
       const std::string& name = names->records[i].text;
       if (name != domain && !name.ends_with("." + domain)) continue;
       const DnsAnswer* back = answers_.Of(name, TypeFor(sender_.address));
@@ -286,11 +177,15 @@ class Evaluation {
 
 }  // namespace
 
+bool IsVoidLookup(const DnsAnswer& answer) {
+  return answer.outcome == DnsOutcome::kNoData || answer.outcome == DnsOutcome::kNoSuchName;
+}
+
 SpfPublished FindSpf(Answers& answers, const std::string& domain) {
   const DnsAnswer* texts = answers.Of(domain, DnsType::kTxt);
   SpfPublished found;
   if (texts == nullptr) return found;
-  found.state = texts->outcome == DnsOutcome::kFound || IsVoid(*texts) || texts->outcome == DnsOutcome::kBadName
+  found.state = texts->outcome == DnsOutcome::kFound || IsVoidLookup(*texts) || texts->outcome == DnsOutcome::kBadName
                     ? State::kNone
                     : State::kNoAnswer;
   for (const net::DnsRecord& text : texts->records) {
@@ -306,8 +201,6 @@ SpfPublished FindSpf(Answers& answers, const std::string& domain) {
   if (found.count > 1) return {.state = State::kSeveral, .count = found.count, .record = {}, .mistake = {}};
   return found;
 }
-
-SpfCost CountSpf(Answers& answers, const SpfSender& sender) { return Count(answers, sender).Of(sender.domain); }
 
 SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender) {
   return Evaluation(answers, sender).Check(sender.domain);

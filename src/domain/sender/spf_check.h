@@ -15,6 +15,11 @@ inline constexpr int kMostSpfLookups = 10;      // RFC 7208 4.6.4
 inline constexpr int kMostVoidLookups = 2;      // the same section
 inline constexpr int kMostCountedLookups = 30;  // where we stop, so that nobody sends us round for ever
 
+inline constexpr std::size_t kMostSpfHosts = 10;  // of one "mx", the same section
+
+// Nothing is there: no such name, or no record of the type.
+bool IsVoidLookup(const net::DnsAnswer& answer);
+
 // What a receiver concludes of one sender (RFC 7208 2.6), or that it is not known yet.
 enum class SpfResult { kPass, kFail, kSoftFail, kNeutral, kNone, kTemporaryError, kPermanentError, kPending };
 
@@ -43,7 +48,7 @@ struct SpfCost {
   std::string broken;
   SpfPublished::State broken_state = SpfPublished::State::kRead;
 };
-SpfCost CountSpf(Answers& answers, const SpfSender& sender);
+SpfCost CountSpf(Answers& answers, const SpfSender& sender);  // in spf_count.cpp
 
 // The check of one sender, with the limits that receivers keep.
 SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender);

@@ -115,4 +115,11 @@ std::optional<std::string> ExpandSpfName(std::string_view name, std::string_view
   return Shortened(std::move(out));
 }
 
+std::string SpfNameOf(const std::string& written, const std::string& domain, const SpfSender& sender) {
+  if (written.empty()) return domain;
+  std::string name = ExpandSpfName(written, domain, sender).value_or(written);
+  if (name.ends_with('.')) name.pop_back();
+  return name;
+}
+
 }  // namespace quillcast::domain
