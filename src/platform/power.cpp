@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -25,8 +26,27 @@ Error Refused(std::string_view who_and_why) {
   return {Failure::kNotPermitted, Say("The system did not let itself be switched off: {}", who_and_why), kByHand};
 }
 
+Error Cancelled(bool was_asked) {
+  return {Failure::kTryAgain,
+          was_asked ? "Cancelled; the system had been asked to switch off already, and may still do it."
+                    : "Cancelled; the system was not asked to switch off.",
+          ""};
+}
+
+bool IsCancelled(const CancelToken& cancel) { return cancel.Requested() != Stop::kNone; }
+
+// Waits for the bus to have something, at most until `end`, and not long without a look at what was cancelled.
+// False where it is over.
+bool WaitFor(sd_bus* bus, std::chrono::steady_clock::time_point end) {
+  constexpr std::chrono::microseconds kLook(100'000);
+  const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - std::chrono::steady_clock::now());
+  if (left.count() <= 0) return false;
+  const int waited = sd_bus_wait(bus, static_cast<std::uint64_t>(std::min(left, kLook).count()));
+  return waited >= 0 || waited == -EINTR;
+}
+
 // Until the bus has let us in, which a peer that only listens would never do. Null where it did not in time.
-Bus OpenBus(const PowerPlaces& places) {
+Bus OpenBus(const PowerPlaces& places, const CancelToken& cancel) {
   sd_bus* made = nullptr;
   if (sd_bus_new(&made) < 0) return nullptr;
   Bus bus(made);
@@ -34,10 +54,9 @@ Bus OpenBus(const PowerPlaces& places) {
     return nullptr;
   const auto end = std::chrono::steady_clock::now() + places.patience;
   for (int ready = sd_bus_is_ready(made); ready <= 0; ready = sd_bus_is_ready(made)) {
-    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - std::chrono::steady_clock::now());
-    if (ready < 0 || left.count() <= 0) return nullptr;
+    if (ready < 0 || IsCancelled(cancel)) return nullptr;
     const int done = sd_bus_process(made, nullptr);
-    if (done < 0 || (done == 0 && sd_bus_wait(made, static_cast<std::uint64_t>(left.count())) < 0)) return nullptr;
+    if (done < 0 || (done == 0 && !WaitFor(made, end))) return nullptr;
   }
   return bus;
 }
@@ -52,31 +71,49 @@ bool NobodyHeard(const sd_bus_error& error) {
          name.starts_with("org.freedesktop.DBus.Error.Spawn.") || name.starts_with("org.freedesktop.systemd1.");
 }
 
-// What the login manager answered; nothing where it could not be asked.
-std::optional<Result<void>> AskLoginManager(const PowerPlaces& places) {
-  const Bus bus = OpenBus(places);
-  if (!bus) return std::nullopt;
-  sd_bus_set_method_call_timeout(bus.get(),
-                                 static_cast<std::uint64_t>(std::chrono::microseconds(places.patience).count()));
-  sd_bus_error error{};
-  constexpr int kAskNobody = 0;
-  const int called = sd_bus_call_method(bus.get(), "org.freedesktop.login1", "/org/freedesktop/login1",
-                                        "org.freedesktop.login1.Manager", "PowerOff", &error, nullptr, "b", kAskNobody);
-  std::optional<Result<void>> answer;
-  if (called >= 0) {
-    answer = Result<void>();
-  } else if (!NobodyHeard(error)) {
-    answer = Refused(error.message == nullptr ? std::strerror(-called) : Printable(error.message, 200));
+struct Answer {
+  bool came = false;
+  std::optional<Result<void>> said;  // nothing where nobody heard the question
+};
+
+int TakeAnswer(sd_bus_message* reply, void* answer, sd_bus_error* /*unused*/) {
+  auto& taken = *static_cast<Answer*>(answer);
+  taken.came = true;
+  const sd_bus_error* error = sd_bus_message_get_error(reply);
+  if (error == nullptr) {
+    taken.said = Result<void>();
+  } else if (!NobodyHeard(*error)) {
+    taken.said = Refused(Printable(error->message == nullptr ? error->name : error->message, 200));
   }
-  sd_bus_error_free(&error);
-  return answer;
+  return 1;
 }
 
-Result<void> AskServiceManager(const PowerPlaces& places) {
+// What the login manager answered; nothing where it could not be asked.
+std::optional<Result<void>> AskLoginManager(const PowerPlaces& places, const CancelToken& cancel) {
+  Answer answer;
+  const Bus bus = OpenBus(places, cancel);
+  if (!bus) return std::nullopt;
+  constexpr int kAskNobody = 0;
+  const int sent =
+      sd_bus_call_method_async(bus.get(), nullptr, "org.freedesktop.login1", "/org/freedesktop/login1",
+                               "org.freedesktop.login1.Manager", "PowerOff", TakeAnswer, &answer, "b", kAskNobody);
+  if (sent < 0) return Refused(std::strerror(-sent));
+  const auto end = std::chrono::steady_clock::now() + places.patience;
+  while (!answer.came) {
+    if (IsCancelled(cancel)) return Cancelled(true);
+    const int done = sd_bus_process(bus.get(), nullptr);
+    if (done < 0) return Refused(std::strerror(-done));
+    if (done == 0 && !WaitFor(bus.get(), end)) return Refused(std::strerror(ETIMEDOUT));
+  }
+  return answer.said;
+}
+
+Result<void> AskServiceManager(const PowerPlaces& places, const CancelToken& cancel) {
   const std::array<std::string, 4> words = {places.service_manager, "poweroff", "--ignore-inhibitors",
                                             "--no-ask-password"};
-  const ProgramRun run = RunProgram(words, {.patience = places.patience});
+  const ProgramRun run = RunProgram(words, {.patience = places.patience, .cancel = &cancel});
   if (run.end == ProgramEnd::kNotStarted) return Refused("neither a login manager nor a service manager can be asked.");
+  if (run.end == ProgramEnd::kCancelled) return Cancelled(true);
   if (run.end != ProgramEnd::kExited) return Refused("the service manager gave no answer.");
   return run.status == 0 ? Result<void>() : Refused({});
 }
@@ -88,9 +125,10 @@ PowerPlaces PowerPlacesOf(const Environment& environment) {
           .service_manager = "systemctl"};
 }
 
-Result<void> clsExitWindows::ExitWindows() {
-  const auto answer = AskLoginManager(places_);
-  return answer ? *answer : AskServiceManager(places_);
+Result<void> clsExitWindows::ExitWindows(const CancelToken& cancel) {
+  const auto answer = AskLoginManager(places_, cancel);
+  if (answer) return *answer;
+  return IsCancelled(cancel) ? Cancelled(false) : AskServiceManager(places_, cancel);
 }
 
 }  // namespace quillcast::platform

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <string>
 
+#include "platform/cancel.h"
 #include "platform/environment.h"
 #include "platform/result.h"
 
@@ -13,8 +14,9 @@ namespace quillcast::platform {
 class Power {
  public:
   virtual ~Power() = default;
-  // Programs are closed without being asked to save. Fails where the system does not allow it.
-  virtual Result<void> PowerOff() = 0;
+  // Programs are closed without being asked to save. Fails where the system does not allow it, and where it is
+  // cancelled: nobody is asked any more then, but what was asked before cannot be taken back. May take a while.
+  virtual Result<void> PowerOff(const CancelToken& cancel) = 0;
 };
 
 // Whom the real side asks.
@@ -34,9 +36,10 @@ class clsExitWindows final : public Power {  // NOLINT(readability-identifier-na
  public:
   explicit clsExitWindows(PowerPlaces places) : places_(std::move(places)) {}
 
-  // kNotPermitted with what the system said. That it was taken does not mean that this program sees its end.
-  Result<void> ExitWindows();
-  Result<void> PowerOff() override { return ExitWindows(); }
+  // kNotPermitted with what the system said; kTryAgain where it was cancelled, with whether somebody had been asked.
+  // That it was taken does not mean that this program sees its end.
+  Result<void> ExitWindows(const CancelToken& cancel);
+  Result<void> PowerOff(const CancelToken& cancel) override { return ExitWindows(cancel); }
 
  private:
   PowerPlaces places_;

@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QTimerEvent>
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,9 +37,9 @@ class RememberingDesktop final : public platform::Desktop {
 
 class RememberingPower final : public platform::Power {
  public:
-  int requests = 0;
+  std::atomic<int> requests = 0;
   bool allowed = true;
-  Result<void> PowerOff() override {
+  Result<void> PowerOff(const platform::CancelToken& /*cancel*/) override {
     ++requests;
     return allowed ? Result<void>() : Error{Failure::kNotPermitted, "The system refused.", ""};
   }

@@ -893,7 +893,7 @@ class ScreensTest : public QObject {
     MessageForm broken(rig.settings, rig.folder.Write("broken.eml", ""), {}, nullptr);
     QTRY_VERIFY(!broken.findChild<NotePanel*>("FaultsPanel")->isHidden());
     Take(broken, "message-broken");
-    ShutDownForm shut_down([] { return false; }, nullptr);
+    ShutDownForm shut_down([](const auto&) { return Result<void>(); }, nullptr);
     Take(shut_down, "shut-down");
     auto* help = new HelpForm(rig.folders, "Welcome.htm", nullptr);
     Take(*help, "help");

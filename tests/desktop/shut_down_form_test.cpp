@@ -7,7 +7,9 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
+#include <atomic>
 #include <memory>
+#include <thread>
 
 #include "desktop/form_rig.h"
 #include "desktop/shell/help_key.h"
@@ -17,18 +19,39 @@ namespace quillcast::desktop {
 class ShutDownFormTest : public QObject {
   Q_OBJECT
 
+  // What the label read when it was painted last.
+  class PaintWatch final : public QObject {
+   public:
+    explicit PaintWatch(QLabel* label) : label_(label) { label->installEventFilter(this); }
+    QString text;
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+      if (event->type() == QEvent::Paint) text = label_->text();
+      return false;
+    }
+
+   private:
+    QLabel* label_;
+  };
+
   // A countdown whose seconds pass at the test's word alone.
   struct Countdown {
-    int orders = 0;
+    std::atomic<int> orders = 0;
+    std::atomic<int> cancels = 0;
+    std::atomic<bool> answers = true;
     bool allowed = false;
-    ShutDownForm form{[this] {
+    QStringList steps;
+    ShutDownForm form{[this](const platform::CancelToken& cancel) -> Result<void> {
                         ++orders;
-                        return allowed;
+                        while (!answers && cancel.Requested() == platform::Stop::kNone) std::this_thread::yield();
+                        if (cancel.Requested() != platform::Stop::kNone) ++cancels;
+                        return allowed ? Result<void>() : Error{Failure::kNotPermitted, "It refused.", ""};
                       },
                       nullptr};
     QTimer& timer = *form.findChild<QTimer*>("SecondTimer");
 
     Countdown() {
+      form.at_zero = [this] { steps << "asked at " + Label() + ", order " + QString::number(orders); };
+      form.answered = [this](const Result<void>& off) { steps << (off ? "taken" : "refused"); };
       form.show();
       timer.setInterval(1 << 30);
     }
@@ -39,9 +62,11 @@ class ShutDownFormTest : public QObject {
     }
   };
 
+  static Result<void> Nothing(const platform::CancelToken& /*unused*/) { return {}; }
+
  private slots:
   void secondsAreCountedFromTheMomentOfOpening() {
-    ShutDownForm form([] { return false; }, nullptr);
+    ShutDownForm form(Nothing, nullptr);
     const auto& timer = *form.findChild<QTimer*>("SecondTimer");
     QVERIFY(timer.isActive());
     QCOMPARE(timer.interval(), 1000);
@@ -64,13 +89,36 @@ class ShutDownFormTest : public QObject {
         countdown.Pass(1);
       }
       QCOMPARE(countdown.Label(), QString("0"));
-      QCOMPARE(countdown.orders, 1);
       QVERIFY(!countdown.timer.isActive());
+      QTRY_COMPARE(countdown.steps.size(), 2);
+      QCOMPARE(countdown.steps.join(", "), QString("asked at 0, order 0, ") + (allowed ? "taken" : "refused"));
+      QCOMPARE(countdown.orders, 1);
       QCOMPARE(countdown.form.isVisible(), !allowed);  // after a refusal it stands at 0 until Cancel
       countdown.Pass(5);
-      QCOMPARE(countdown.Label() + QString::number(countdown.orders), QString("01"));
+      QCOMPARE(countdown.Label() + QString::number(countdown.orders.load()), QString("01"));
       if (!allowed) countdown.Cancel();
       QVERIFY(!countdown.form.isVisible());
+    }
+  }
+
+  void zeroIsSeenAndCancelHeardWhileTheSystemIsAsked() {
+    for (const bool allowed : {true, false}) {
+      Countdown countdown;
+      countdown.allowed = allowed;  // it may have taken the order before the cancel came
+      countdown.answers = false;
+      QVERIFY(QTest::qWaitForWindowExposed(&countdown.form));
+      countdown.Pass(59);
+      PaintWatch painted(countdown.form.findChild<QLabel*>("RemainingLabel"));
+      countdown.Pass(1);
+      QTRY_COMPARE(countdown.orders, 1);
+      QTRY_COMPARE(painted.text, QString("0"));
+      QVERIFY(countdown.form.isVisible());
+      countdown.Cancel();
+      QTRY_VERIFY(!countdown.form.isVisible());
+      QCOMPARE(countdown.cancels, 1);
+      QCOMPARE(countdown.form.result(), static_cast<int>(allowed ? QDialog::Accepted : QDialog::Rejected));
+      QCOMPARE(countdown.steps.last(), QString(allowed ? "taken" : "refused"));
+      QCOMPARE(countdown.orders, 1);
     }
   }
 
@@ -96,7 +144,7 @@ class ShutDownFormTest : public QObject {
     HelpKey key(rig.folders);
     qApp->installEventFilter(&key);
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    const QSize size = ShutDownForm([] { return false; }, nullptr).sizeHint();
+    const QSize size = ShutDownForm(Nothing, nullptr).sizeHint();
     const QRect room(screen.topLeft(), screen.size() - size);
     for (const QPoint at : {room.center(), room.topLeft(), room.topRight(), room.bottomLeft(), room.bottomRight()}) {
       Countdown countdown;

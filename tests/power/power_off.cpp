@@ -1,20 +1,28 @@
-// power_off BUS PROGRAM: asks to be switched off over this bus, else by this program, and prints what came of it. Takes
-// nothing that does not lie in a folder of a test, and has no places of its own, so that it never reaches the machine.
+// power_off BUS PROGRAM [cancel]: asks to be switched off over this bus, else by this program, and prints what came of
+// it; cancelled where SIGUSR1 says so, and patient for long then. Takes nothing that does not lie in a folder of a
+// test, and has no places of its own, so that it never reaches the machine.
+#include <csignal>
 #include <cstdio>
 #include <string_view>
 
 #include "platform/power.h"
 
+quillcast::platform::CancelToken* cancelled = nullptr;
+
 int main(int argc, char** argv) {
   constexpr std::string_view kTestFolder = "/tmp/quillcast-test-";
-  const std::string_view bus = argc == 3 ? argv[1] : "";
-  const std::string_view program = argc == 3 ? argv[2] : "";
+  const std::string_view bus = argc >= 3 ? argv[1] : "";
+  const std::string_view program = argc >= 3 ? argv[2] : "";
   if (!bus.starts_with("unix:path=/tmp/quillcast-test-") || !program.starts_with(kTestFolder)) {
     std::puts("not a test's own bus and program");
     return 64;
   }
-  quillcast::platform::clsExitWindows power({std::string(bus), std::string(program), std::chrono::milliseconds(700)});
-  const auto off = power.ExitWindows();
+  const std::chrono::milliseconds patience(argc == 4 ? 15000 : 700);
+  quillcast::platform::CancelToken cancel;
+  cancelled = &cancel;
+  std::signal(SIGUSR1, [](int) { cancelled->Request(); });
+  quillcast::platform::clsExitWindows power({std::string(bus), std::string(program), patience});
+  const auto off = power.ExitWindows(cancel);
   std::puts(off ? "taken" : quillcast::InOneLine(off.error()).c_str());
   return off ? 0 : quillcast::ExitCode(off.error().failure);
 }

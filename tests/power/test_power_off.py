@@ -2,6 +2,7 @@
 """Switching off, asked of a login manager on a bus of the test's own. This machine's is never reached: without that bus
 nothing is asked at all."""
 import os
+import signal
 import socket
 import subprocess
 import sys
@@ -91,6 +92,31 @@ class PowerOff(unittest.TestCase):
         (self.folder / "systemctl").unlink()
         self.assertEqual(self.ask(),
                          (refused(": neither a login manager nor a service manager can be asked."), ""))
+
+    def test_a_cancel_is_heard_at_each_step(self):
+        before, after = ((75, f"Cancelled; the system {said}") for said in (
+            "was not asked to switch off.", "had been asked to switch off already, and may still do it."))
+        listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listener.close)
+        listener.bind(f"{self.folder}/silent")
+        listener.listen()
+        self.service_manager("exec sleep 30")
+        for name, bus, manager, comes_to in (
+                ("nobody lets it in", f"unix:path={self.folder}/silent", None, (before, "")),
+                ("the service manager hangs", self.bus, None, (after, ASKED)),
+                ("the login manager is silent", self.bus, "import time; time.sleep(3)", (after, ""))):
+            with self.subTest(name):
+                asked = self.folder / "asked"
+                asked.unlink(missing_ok=True)
+                if manager:
+                    self.login_manager(manager)
+                with subprocess.Popen([POWER_OFF, bus, self.folder / "systemctl", "cancel"], stdout=subprocess.PIPE,
+                                      text=True, env={"PATH": "/usr/bin:/bin"}) as process:
+                    time.sleep(0.8)
+                    process.send_signal(signal.SIGUSR1)
+                    out = process.communicate(timeout=2)[0]  # far from the end of its patience
+                self.assertEqual(((process.returncode, out.strip()), asked.read_text().strip() if asked.exists() else ""),
+                                 comes_to)
 
     def test_nothing_but_a_bus_of_the_test_is_asked(self):
         self.service_manager("exit 0")

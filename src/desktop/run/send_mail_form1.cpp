@@ -289,18 +289,22 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
 
 // Over the window behind this one, for it outlives this one where the system refuses.
 void SendMailForm1::CountDown() {
-  ShutDownForm([this] { return SwitchOff(); }, parentWidget()).exec();
+  ShutDownForm form([&power = program_.power](const auto& cancel) { return power.PowerOff(cancel); }, parentWidget());
+  form.at_zero = [this] { PrepareToSwitchOff(); };
+  form.answered = [this](const Result<void>& off) { SwitchedOff(off); };
+  form.exec();
 }
 
-bool SendMailForm1::SwitchOff() {
+void SendMailForm1::PrepareToSwitchOff() {
   accept();
   if (skip_save_prompt) skip_save_prompt(true);
-  const auto off = program_.power.PowerOff();
+}
+
+void SendMailForm1::SwitchedOff(const Result<void>& off) {
   shuts_down_ = static_cast<bool>(off);
-  if (off) return true;
+  if (off) return;
   if (skip_save_prompt) skip_save_prompt(false);
   if (refused) refused(InWords(off.error()));
-  return false;
 }
 
 // What was noted about the run stays above it.

@@ -46,8 +46,8 @@ class SendMailForm1 final : public QDialog {
   // Whether whoever opened this is to close without asking to save: set before the system is asked to switch off,
   // which may end the program at any moment, and taken back when it refuses.
   std::function<void(bool)> skip_save_prompt;
-  // Told at once why the system is not switched off, while the countdown stands at 0: for the status line of whoever
-  // opened this.
+  // Told at once why the system is not switched off, while the countdown stands at 0, or that Cancel came first: for
+  // the status line of whoever opened this.
   std::function<void(const QString&)> refused;
 
  public slots:
@@ -66,7 +66,8 @@ class SendMailForm1 final : public QDialog {
   void ShowProgress(const RunNews& news);
   std::chrono::milliseconds Worked() const;
   void CountDown();
-  bool SwitchOff();
+  void PrepareToSwitchOff();
+  void SwitchedOff(const Result<void>& off);
   void BuildWindow(Server server);
   void Connect();
   QWidget* MakeHeading(Server server);

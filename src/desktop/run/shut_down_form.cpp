@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/form_column.h"
 
 namespace quillcast::desktop {
@@ -15,9 +16,10 @@ constexpr int kSecond = 1000;  // milliseconds
 
 }  // namespace
 
-ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
+ShutDownForm::ShutDownForm(SwitchOff switch_off, QWidget* parent)
     : QDialog(parent),
       switch_off_(std::move(switch_off)),
+      asks_(new BackgroundTask(this)),
       timer_(new QTimer(this)),
       remaining_(new QLabel("60", this)) {
   setObjectName("ShutDownForm");
@@ -35,18 +37,37 @@ ShutDownForm::ShutDownForm(std::function<bool()> switch_off, QWidget* parent)
   column->Add(new QLabel(tr("If you do not want to shut down Windows, please press the Cancel button."), this));
   column->AddLine({new QLabel(tr("Remaining Time :"), this), remaining_, new QLabel(tr("Seconds."), this), nullptr});
   column->AddLine({nullptr, cancel});
-  connect(cancel, &QPushButton::clicked, this, [this] { done(Rejected); });
+  connect(cancel, &QPushButton::clicked, this, &ShutDownForm::Cancel);
   connect(timer_, &QTimer::timeout, this, &ShutDownForm::Tick);
   timer_->setObjectName("SecondTimer");
   timer_->setTimerType(Qt::PreciseTimer);  // the others may be late by a twentieth, which adds up
   timer_->start(kSecond);
 }
 
+ShutDownForm::~ShutDownForm() = default;
+
 void ShutDownForm::Tick() {
   remaining_->setText(QString::number(remaining_->text().toInt() - 1));
   if (remaining_->text() != "0") return;
   timer_->stop();
-  if (switch_off_()) accept();
+  if (at_zero) at_zero();
+  asks_->Start([this, switch_off = switch_off_](const platform::CancelToken& cancel) {
+    const auto off = switch_off(cancel);
+    return [this, off] { Answered(off); };
+  });
+}
+
+// Where the system is being asked, the answer tells whether it was in time.
+void ShutDownForm::Cancel() {
+  cancelled_ = true;
+  if (asks_->is_running()) return asks_->Cancel();
+  done(Rejected);
+}
+
+void ShutDownForm::Answered(const Result<void>& off) {
+  if (answered) answered(off);
+  if (off) return accept();
+  if (cancelled_) done(Rejected);
 }
 
 void ShutDownForm::done(int result) {

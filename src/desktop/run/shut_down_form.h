@@ -4,17 +4,29 @@
 #include <QDialog>
 #include <functional>
 
+#include "platform/cancel.h"
+#include "platform/result.h"
+
 class QLabel;
 class QTimer;
 
 namespace quillcast::desktop {
 
+class BackgroundTask;
+
 class ShutDownForm final : public QDialog {
   Q_OBJECT
  public:
+  using SwitchOff = std::function<Result<void>(const platform::CancelToken&)>;
   // Counts from 60 at once, by a timer of its own. `switch_off` is called when the label reads "0", with the timer
-  // stopped. Where it gives false, the countdown stays open at 0 until Cancel.
-  ShutDownForm(std::function<bool()> switch_off, QWidget* parent);
+  // stopped, on a thread of its own, for the system may take long to answer; Cancel is heard meanwhile. Where it fails,
+  // the countdown stays open at 0 until Cancel.
+  ShutDownForm(SwitchOff switch_off, QWidget* parent);
+  ~ShutDownForm() override;
+
+  // Called before the system is asked, and with what it said.
+  std::function<void()> at_zero;
+  std::function<void(const Result<void>&)> answered;
 
  public slots:
   void reject() override;
@@ -27,8 +39,12 @@ class ShutDownForm final : public QDialog {
 
  private:
   void Tick();
+  void Cancel();
+  void Answered(const Result<void>& off);
 
-  std::function<bool()> switch_off_;
+  SwitchOff switch_off_;
+  bool cancelled_ = false;
+  BackgroundTask* asks_;
   QTimer* timer_;
   QLabel* remaining_;  // holds the remaining time, as its text
 };
