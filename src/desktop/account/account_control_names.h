@@ -7,6 +7,10 @@
 
 namespace quillcast::desktop {
 
+// In the order in which the method's choices are given.
+inline constexpr std::array<const char*, 3> kMethodButtons = {"PersonalRadioButton", "BulkRadioButton",
+                                                              "ThirdRadioButton"};
+
 // In the order of AccountControl. The method has a radio button for each of its choices: see kMethodButtons.
 inline constexpr std::array<const char*, static_cast<std::size_t>(account::AccountControl::kCount)> kAccountControls = {
     "FullNameTextBox",

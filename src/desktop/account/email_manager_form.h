@@ -9,6 +9,7 @@
 #include "account/account_steps.h"
 #include "account/import/find_accounts.h"
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/qt_text.h"
 #include "profile/program.h"
 
 class QDialogButtonBox;
@@ -72,7 +73,9 @@ class EmailManagerForm final : public QDialog {
   void End();
   void TestFinished(const account::AccountTest& test);
   template <typename Control>
-  Control* Find(std::string_view name) const;
+  Control* Find(std::string_view name) const {
+    return findChild<Control*>(ToQt(name));
+  }
 
   const profile::Program& program_;
   const account::AccountSecrets secrets_;
