@@ -168,8 +168,8 @@ bool IsBlocked(std::string_view scheme) {
 }
 
 bool IsOfThisComputer(const Address& address, std::string_view target) {
-  return address.scheme == "file" || address.scheme.size() == 1 || target.starts_with('\\') ||
-         html::AddressNamesLocalFile(target);
+  return address.scheme == "file" || address.scheme == "smb" || address.scheme.size() == 1 ||
+         target.starts_with('\\') || html::AddressNamesLocalFile(target);
 }
 
 // "htp", "hhttps", "ttp" for "http" or "https".

@@ -22,7 +22,10 @@ std::vector<Sentence> LocalLinks(std::string_view html, const platform::CancelTo
     }
   };
   WalkPage(html, look, cancel);
-  if (more > 0) told.push_back(SayOf(more, "And {} more link is not in order.", "And {} more links are not in order."));
+  if (more > 0) {
+    told.push_back(SayOf(more, "And {} more link leads to a file of this computer.",
+                         "And {} more links lead to files of this computer."));
+  }
   return told;
 }
 

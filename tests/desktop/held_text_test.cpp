@@ -385,6 +385,10 @@ class HeldTextTest : public QObject {
     std::filesystem::create_directories(scene.rig.folders.data / "Autosave.htm" / "in the way");
     Type(scene, "typed");
     QTRY_VERIFY2(scene.Status().contains("No draft can be kept"), qPrintable(scene.Status()));
+    const QString told = scene.Status();
+    scene.rig.prompts.answers = {platform::Answer::kNo};
+    QVERIFY(!scene.window->close());
+    QCOMPARE(scene.Status(), told + " Close again to leave without a draft.");
     scene.window->Say("Another sentence.");
     QVERIFY2(scene.Status().startsWith("Another") && scene.Status().contains("No draft can be kept"),
              qPrintable(scene.Status()));

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "document/local_links.h"
+
 namespace quillcast::document {
 namespace {
 
@@ -49,6 +51,7 @@ TEST(LinkTrouble, IsToldInASentenceThatNamesTheLink) {
            {"mailto:help@x.example?subject=Files in C:\\Users", "x", nullptr},
            {"ht\ntps://x.example/go?u=C%3A%5CWindows", "x", nullptr},
            {"D:\\_Projekte\\x.html", "x", "a file of this computer"},
+           {"SMB://server/share/list.pdf", "list", "a file of this computer"},
            {"prices.html", "prices", "“prices.html”, which is no complete address. Write https://"},
            {"//example.org/x", "prices", "no complete address"},
            {"example.org", "prices", "no complete address"},
@@ -101,6 +104,15 @@ TEST(LinkTrouble, IsToldInASentenceThatNamesTheLink) {
   }
   const auto shown = LinkTrouble("javascript:\x1B[2J", std::string(5000, 'x') + "\n")->InEnglish();
   EXPECT_LT(shown.size(), 200U) << "cut";
+}
+
+TEST(LocalLinks, CountsWhatItDoesNotTell) {
+  std::string html = "<a href='https://example.org/?q=C:\\a'>web</a><a href='smb://server/a'>share</a>";
+  for (int i = 0; i < 21; ++i) html += "<a href='file:///home/ada/list.pdf'>list</a>";
+  const auto told = LocalLinks(html, platform::CancelToken());
+  ASSERT_EQ(told.size(), 21U);
+  EXPECT_NE(told.front().InEnglish().find("“smb://server/a”"), std::string::npos);
+  EXPECT_EQ(told.back().InEnglish(), "And 2 more links lead to files of this computer.");
 }
 
 }  // namespace

@@ -299,7 +299,7 @@ bool MainForm::KeepDraft() {
   const std::uint64_t now = document_->times_kept();
   if (kept || skip_save_prompt || std::exchange(lost_after_, now) == before) return true;
   Say((now > before ? tr("%1 A draft was kept as the text was seen last. Close again to leave with that.")
-                    : tr("%1 Close again to leave without a draft."))
+                    : tr("No draft can be kept now. %1 Close again to leave without a draft."))
           .arg(InWords(kept.error())));
   return false;
 }

@@ -35,7 +35,8 @@ void StatusPanel::Keep(const QString& sentence) {
 }
 
 void StatusPanel::Show() {
-  const QString both = said_.isEmpty() || kept_.isEmpty() ? said_ + kept_ : said_ + ' ' + kept_;
+  const bool is_said = said_.contains(kept_);  // as nothing is
+  const QString both = is_said ? said_ : (said_ + ' ' + kept_).trimmed();
   setText(both.isEmpty() ? Translated(profile::kStatusPanels[0]) : both);
 }
 

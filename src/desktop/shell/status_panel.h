@@ -14,7 +14,8 @@ class StatusPanel final : public QLabel {
 
   // Stands there for a quarter of a minute, or until the next sentence; an empty one ends it.
   void Say(const QString& sentence);
-  // Stands there, behind whatever else is said, until another takes its place; an empty one ends it.
+  // Stands there until another takes its place, behind whatever else is said, where that does not hold it; an empty one
+  // ends it.
   void Keep(const QString& sentence);
   // What is said; empty for nothing.
   const QString& said() const { return said_; }
