@@ -31,7 +31,7 @@ struct AccountCheck {
 // In their order. The refusal of the sender's address has no message; deliberate.
 constexpr auto kChecks = std::to_array<AccountCheck>({
     {[](const AccountSettings& a) { return !a[kName].empty(); }, "Please enter your name.", ControlOf(kName)},
-    {[](const AccountSettings& a) { return recipients::CheckEmail(a[kEmail]); }, "", ControlOf(kEmail)},
+    {[](const AccountSettings& a) { return IsSenderAddress(a[kEmail]); }, "", ControlOf(kEmail)},
     {[](const AccountSettings& a) { return NamesAServer(a[kServer]); }, "Please enter your mail server.",
      ControlOf(kServer)},
     {[](const AccountSettings& a) { return !a[kPort].empty(); }, "Please enter your port.", ControlOf(kPort)},
@@ -55,6 +55,8 @@ constexpr auto kChecks = std::to_array<AccountCheck>({
 });
 
 }  // namespace
+
+bool IsSenderAddress(std::string_view email) { return recipients::CheckEmail(email); }
 
 std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account) {
   for (const auto& check : kChecks) {

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <optional>
+#include <string_view>
 
 #include "account/account_form.h"
 #include "account/account_settings.h"
 #include "platform/complaint.h"
 
 namespace quillcast::account {
+
+// Whether an account takes it as its sender's address.
+bool IsSenderAddress(std::string_view email);
 
 // The checks in their order; the first that fails. The refusals of the sender's address, of a server list that
 // cannot be read and of a missing password command have no message, but a reason.

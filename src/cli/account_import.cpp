@@ -24,6 +24,9 @@ struct ImportOptions {
   account::TakenBeside beside;
 };
 
+// An empty word is a variable of a script that holds nothing.
+std::string NamesSomething(const std::string& given) { return given.empty() ? "it is empty" : ""; }
+
 FoundAccounts FindWith(const Context& context, const ImportOptions& options) {
   const auto roots = options.home.empty() ? account::AccountRoots(context.environment)
                                           : account::AccountRoots(std::filesystem::path(options.home));
@@ -98,6 +101,12 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
 }
 
 int RunImport(Context& context, const ImportOptions& options) {
+  std::error_code failed;
+  if (!options.home.empty() && !std::filesystem::is_directory(options.home, failed)) {
+    return context.output.Fail({Failure::kNoInput,
+                                Say("There is no folder \"{}\".", platform::Printable(options.home, 200)),
+                                "Name the home folder that the accounts are below."});
+  }
   const FoundAccounts found = FindWith(context, options);
   if (context.cancel.Requested() != platform::Stop::kNone) return ExitCode(Failure::kTryAgain);
   if (options.account.empty()) return List(context, found);
@@ -113,12 +122,14 @@ void AddAccountImport(CLI::App& account, Context& context) {
   auto* command = account.add_subcommand(
       "import", "List the accounts of Thunderbird, Evolution and Claws Mail, or take one over; never a password");
   auto options = std::make_shared<ImportOptions>();
-  command->add_option("ACCOUNT", options->account, "Its number in the list, or its name; without it the list is shown");
+  command->add_option("ACCOUNT", options->account, "Its number in the list, or its name; without it the list is shown")
+      ->check(NamesSomething);
   command->add_flag("--port", options->beside.port, "Take its port too, in place of 25");
   command->add_flag("--security", options->beside.security, "Take over how its connection is secured too");
   command->add_flag("--user-name", options->beside.user_name, "Take its user name too, and sign in with it");
   command->add_option("--home", options->home, "Look below this home folder, such as that of an old disk")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(NamesSomething);
   command->footer("Example:\n  quillcast account import\n  quillcast account import 1 --port --security --user-name");
   OnRun(*command, context, [options](Context& c) { return RunImport(c, *options); });
 }

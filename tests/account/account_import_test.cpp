@@ -186,6 +186,8 @@ TEST(AccountImport, WhatCannotBeReadIsToldAndHoldsNobodyUp) {
            Case{"UTF-16", write(std::string("\xFF\xFE[\0A\0]\0", 8)), ""},
            Case{"a control character", write(claws + "a\x1B[2J.example\n"), "! 1 account was left out because"},
            Case{"256 characters", write(claws + std::string(256, 'x') + "\n"), "! 1 account was left out because"},
+           Case{"no address", write("[Account: 1]\nname=A\naddress=nobody\nsmtp_server=m.example\n"),
+                "! 1 account was left out because its address is none"},
            Case{"cut off", write("[Account: 1]\nname=A\naddress"), "! 1 account was left out for want"},
        }) {
     SCOPED_TRACE(c.name);

@@ -129,6 +129,10 @@ class Account(Case):
                 self.assertIn(missing, err)
         with unittest.mock.patch.dict(os.environ, HOME=str(self.folder / "nobody")):
             self.assertIn("No account", self.run_program("account", "import")[2])
+            for arguments, code, words in ((("--home", home / "no"), 66, "There is no folder"), (("--home", ""), 64, "--home"),
+                                           (("",), 64, "ACCOUNT")):
+                got, out, err = self.run_program("account", "import", *arguments)
+                self.assertEqual((got, words in err), (code, True), out + err)
             self.assertEqual(len(self.ok("account", "import", "--home", home).splitlines()), 3)
         for file in [*self.profile.rglob("*")]:
             if file.is_file():

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "account/account_checks.h"
 #include "account/account_settings.h"
 #include "platform/file.h"
 #include "platform/text.h"
@@ -44,6 +45,10 @@ void FoundAccountList::Add(FoundAccount account) {
     ++unusable_;
     return;
   }
+  if (!IsSenderAddress(account.email)) {
+    ++no_address_;
+    return;
+  }
   if (found_.accounts.size() == kMostAccounts) {
     is_full_ = true;
     PassOver(Say("Only the first {} accounts are shown.", NumberValue(kMostAccounts)));
@@ -61,6 +66,10 @@ void FoundAccountList::TellLeftOut(const fs::path& file) {
   if (const auto count = std::exchange(unusable_, 0); count > 0) {
     PassOver(SayOf(count, "{} account was left out because its text is damaged or too long: {}.",
                    "{} accounts were left out because their text is damaged or too long: {}.", where));
+  }
+  if (const auto count = std::exchange(no_address_, 0); count > 0) {
+    PassOver(SayOf(count, "{} account was left out because its address is none that can be answered to: {}.",
+                   "{} accounts were left out because their address is none that can be answered to: {}.", where));
   }
 }
 

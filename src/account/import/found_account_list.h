@@ -15,8 +15,8 @@ class FoundAccountList {
  public:
   explicit FoundAccountList(const platform::CancelToken& cancel) : cancel_(cancel) {}
 
-  // A candidate has a name, an address and a server. Others, and those with a text that cannot be used, are left out;
-  // TellLeftOut says how many of a file's.
+  // A candidate has a name, an address and a server. Others, and those with a text that cannot be used or an address
+  // that is none, are left out; TellLeftOut says how many of a file's.
   void Add(FoundAccount account);
   void TellLeftOut(const std::filesystem::path& file);
   void PassOver(Sentence why);
@@ -33,6 +33,7 @@ class FoundAccountList {
   FoundAccounts found_;
   std::int64_t incomplete_ = 0;  // since TellLeftOut
   std::int64_t unusable_ = 0;    // the same
+  std::int64_t no_address_ = 0;  // the same
   bool is_full_ = false;
 };
 
