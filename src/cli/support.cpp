@@ -5,6 +5,7 @@
 
 #include "account/account_settings.h"
 #include "cli/commands.h"
+#include "cli/message_commands.h"
 #include "cli/send_steps.h"
 #include "cli/standard_input.h"
 #include "document/body_file.h"
@@ -81,8 +82,13 @@ Result<std::uint64_t> WriteText(const std::string& text, const std::string& file
   return written ? Result<std::uint64_t>(text.size()) : written.error();
 }
 
+std::string TextOf(const Complaint<support::SupportControl>& complaint) {
+  return complaint.message.empty() ? complaint.reason.InEnglish() : complaint.message;
+}
+
 int Save(Context& context, const std::string& file, const support::SupportRequest& request,
          const support::RequestContents& contents, const profile::Folders& folders) {
+  if (const auto named = CheckNamesAFile(file); !named) return context.output.Fail(named.error());
   if (const int refused = AskToWrite(context, file)) return refused;
   const bool is_message = platform::EqualsIgnoringAsciiCase(std::filesystem::path(file).extension().string(), ".eml");
   const auto written = is_message ? support::WriteRequest(request, contents, file, PlaceOf(context, folders))
@@ -90,6 +96,8 @@ int Save(Context& context, const std::string& file, const support::SupportReques
   if (!written) return context.output.Fail(written.error());
   context.output.Line(fmt::format("What would go is in {}; nothing was sent.", platform::Printable(file)));
   context.output.Object({{"file", file}, {"octets", *written}});
+  if (const auto complaint = support::CheckRequest(request))
+    context.output.Note(fmt::format("It would not be sent so: {}", TextOf(*complaint)));
   return 0;
 }
 
@@ -118,6 +126,7 @@ int TellFailure(Context& context, const Result<smtp::Outcome>& end) {
   platform::XdgDesktop desktop(environment.Get("DISPLAY") || environment.Get("WAYLAND_DISPLAY"));
   const int exit_code = end ? ExitCodeOf(*end) : context.output.Fail(end.error());
   if (end) context.output.Note(support::WhatBecameOf(end).InEnglish());
+  if (support::CodeOf(end) == smtp::ResultCode::kCancelled) return exit_code;
   const auto opened = support::TellEnd(end, context.prompts, desktop);
   context.output.Note(fmt::format("The online support form: {}", support::kSupportPage));
   if (!opened) context.output.Note(InOneLine(opened.error()));
@@ -156,7 +165,7 @@ int RunSupport(Context& context, const SupportOptions& options) {
   const auto request = RequestFrom(context, options, *folders, settings);
   if (!request) return context.output.Fail(request.error());
   if (const auto complaint = options.Sends() ? support::CheckRequest(*request) : std::nullopt) {
-    return context.output.Complain(complaint->message.empty() ? complaint->reason.InEnglish() : complaint->message);
+    return context.output.Complain(TextOf(*complaint));
   }
   const auto contents = support::ContentsOf(*request, support::ReadSystemFacts(), *to, *folders, settings);
   if (!contents) return context.output.Fail(contents.error());

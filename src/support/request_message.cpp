@@ -120,6 +120,8 @@ ResultCode CodeOf(const Result<Outcome>& end) { return end ? end->code : ResultC
 Sentence WhatBecameOf(const Result<Outcome>& end) {
   if (!end) return AsSentence(end.error());
   if (end->state == smtp::State::kSent) return "The request is on its way.";
+  if (end->state != smtp::State::kUnknown && end->code == ResultCode::kCancelled)
+    return "The request was not sent: it was cancelled.";
   const std::string why = smtp::WhyText(*end);
   if (end->state == smtp::State::kUnknown) return Say("It is not known whether the request has arrived. {}", why);
   return Say("The request was not sent. {}", why);
@@ -130,6 +132,7 @@ Result<void> TellEnd(const Result<Outcome>& end, platform::Prompts& prompts, pla
     prompts.Inform(std::string(kSentSentence) + "\r\nPlease click Cancel to quit.");
     return {};
   }
+  if (CodeOf(end) == ResultCode::kCancelled) return {};
   prompts.Warn(smtp::WriteSendStatus(static_cast<std::int32_t>(CodeOf(end))));
   if (prompts.Ask(kOnlineQuestion) != platform::Answer::kYes) return {};
   return desktop.OpenPage(kSupportPage);

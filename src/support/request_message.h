@@ -26,7 +26,8 @@ Result<smtp::Outcome> SendRequest(const SupportRequest& request, const RequestCo
 Result<std::uint64_t> WriteRequest(const SupportRequest& request, const RequestContents& contents,
                                    const std::filesystem::path& file, const run::RunPlace& place);
 
-// What a person is told in the end; after a failure the online page is offered, and opened where it is wanted.
+// What a person is told in the end; after a failure the online page is offered, and opened where it is wanted. Nothing
+// where it was cancelled, for that is no failure.
 Result<void> TellEnd(const Result<smtp::Outcome>& end, platform::Prompts& prompts, platform::Desktop& desktop);
 
 // The same in a sentence, with the reason and the server's own words.

@@ -43,8 +43,9 @@ std::optional<Complaint<SupportControl>> CheckRequest(const SupportRequest& requ
   if (request.description.size() > kLongestDescription) {
     return Complaint<SupportControl>{
         "", SupportControl::kDescription,
-        Say("The description has {}; at most {} are sent. Attach the rest as a file.",
-            platform::HumanSize(request.description.size()), platform::HumanSize(kLongestDescription))};
+        Say("The description has {} bytes; at most {} are sent. Attach the rest as a file.",
+            platform::WithThousands(static_cast<std::int64_t>(request.description.size())),
+            platform::WithThousands(static_cast<std::int64_t>(kLongestDescription)))};
   }
   if (!smtp::EnvelopeAddress(request.email)) {
     return Complaint<SupportControl>{

@@ -108,7 +108,9 @@ class Support(Case):
         message = email.message_from_bytes((self.folder / "what.EML").read_bytes(), policy=email.policy.default)
         self.assertEqual([part.get_filename() for part in message.iter_attachments()], [REPORT])
         (self.folder / "what.txt").chmod(0o400)
-        for arguments, code, word in (((target,), 77, "locked"), ((str(self.folder),), 73, "folder"),
+        code, out, err = self.run_program("support", "--save", str(self.folder / "z.txt"))
+        self.assertEqual((code, "It would not be sent so: Please enter your description." in err), (0, True), out + err)
+        for arguments, code, word in (((target,), 77, "locked"), (("-",), 64, "standard output"), ((str(self.folder),), 73, "folder"),
                                       ((str(self.folder / "no" / "x.eml"),), 73, "x.eml"),
                                       ((str(self.profile / "data" / "Group.mdb"),), 77, "Group.mdb"),
                                       ((str(self.folder / "y.eml"), "--attach", "/nowhere/x"), 66, "/nowhere/x"),
@@ -146,7 +148,7 @@ class Support(Case):
                 (("--description", "x", "--attach", str(self.folder)), 66, "folder"),
                 (("--description", "x", "--attach", str(huge)), 1, "a support request takes 25.0 MiB"),
                 (("--description", "x", "--last-report"), 66, "There is no report of a run."),
-                (("--description-file", self.write("long", "x" * 1_048_577)), 64, "at most 1.0 MiB"),
+                (("--description-file", self.write("long", "x" * 1_048_577)), 64, "has 1,048,577 bytes; at most 1,048,576"),
                 (("--description-file", "/nowhere/d"), 66, "/nowhere/d")):
             with self.subTest(arguments=arguments):
                 got, out, err = self.run_program("--no-input", "support", *arguments)
@@ -193,12 +195,13 @@ class Support(Case):
     def test_an_interrupt_ends_it(self):
         listener = socket.create_server(("127.0.0.1", 0))
         self.account(listener.getsockname()[1])
-        with listener, self.popen("support", "--description", "Help") as process:
+        with listener, self.popen("--yes", "support", "--description", "Help") as process:
             with listener.accept()[0]:
                 process.send_signal(signal.SIGINT)
                 out, err = process.communicate(timeout=10)
         self.assertEqual(process.returncode, 75, err.decode())
-        self.assertIn("Error 20: The operation cancelled.", err.decode())
+        self.assertEqual(err.decode().splitlines()[-1], "The request was not sent: it was cancelled.")
+        self.assertNotIn("online support form", err.decode())
 
 
 if __name__ == "__main__":

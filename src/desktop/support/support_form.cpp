@@ -261,7 +261,11 @@ void SupportForm::EnableControls() {
 
 void SupportForm::reject() {
   if (task_->is_running()) return task_->Cancel();
-  QDialog::reject();
+  const auto request = Collect();
+  const bool would_be_lost = !request.description.empty() && request != sent_ && request != warned_;
+  if (!would_be_lost) return QDialog::reject();
+  warned_ = request;
+  status_->Say(tr("What you described was not sent. Cancel once more closes, and throws it away."), NoteKind::kWarning);
 }
 
 }  // namespace quillcast::desktop

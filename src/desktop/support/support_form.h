@@ -36,7 +36,8 @@ class SupportForm final : public QDialog {
   ~SupportForm() override;
 
  public slots:
-  // A request that is being sent is given up first; the dialog then stays.
+  // A request that is being sent is given up first; the dialog then stays. So it does at first where a description
+  // would be lost.
   void reject() override;
 
  private:
@@ -58,9 +59,10 @@ class SupportForm final : public QDialog {
   const platform::Environment& environment_;
   const Server server_;
   support::SystemFacts facts_;
-  std::optional<support::SupportRequest> sent_;  // the same one is not sent again
-  BackgroundTask* look_;                         // at what is there and what would go
-  BackgroundTask* task_;                         // sends
+  std::optional<support::SupportRequest> sent_;    // the same one is not sent again
+  std::optional<support::SupportRequest> warned_;  // that it would be lost
+  BackgroundTask* look_;                           // at what is there and what would go
+  BackgroundTask* task_;                           // sends
   QTabWidget* pages_;
   QLineEdit* name_;
   QLineEdit* email_;
