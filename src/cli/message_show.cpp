@@ -4,7 +4,7 @@
 #include <array>
 
 #include "cli/message_commands.h"
-#include "html/html_to_text.h"
+#include "mail_file/body_texts.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -187,14 +187,6 @@ void ShowWay(const Context& context, const std::vector<RelayStamp>& stamps) {
   }
 }
 
-// The text of a message, or that of its page.
-Result<std::string> BodyOf(const MailMessage& message) {
-  if (message.HasBody("text/plain")) return message.TextBody();
-  const auto html = message.HtmlBody();
-  if (!html) return html.error();
-  return html::HtmlToText(*html);
-}
-
 int ShowBody(const Context& context, const MailMessage& message) {
   std::uint64_t bytes = 0;
   for (const Part& part : message.parts()) bytes += part.marker == Marker::kBody ? part.source.bytes.size() : 0;
@@ -202,7 +194,7 @@ int ShowBody(const Context& context, const MailMessage& message) {
     context.output.Note(fmt::format("The text takes {} and is not shown.", platform::HumanSize(bytes)));
     return 0;
   }
-  const auto body = BodyOf(message);
+  const auto body = mail_file::BodyAsText(message);
   if (!body) return context.output.Fail(body.error());
   if (!body->empty()) context.output.Line("\n" + *body);
   return 0;

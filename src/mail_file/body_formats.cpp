@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "charset/code_page.h"
-#include "html/html_to_text.h"
 #include "html/safe_page.h"
 #include "mail_file/body_page.h"
+#include "mail_file/body_texts.h"
 #include "mail_file/data_picture.h"
 #include "mail_file/message_rtf.h"
 #include "mail_file/message_xml.h"
@@ -27,13 +27,6 @@ struct FormRow {
 };
 const std::array<FormRow, 4> kForms = {FormRow{"text", {".txt"}}, FormRow{"HTML", {".html", ".htm"}},
                                        FormRow{"RTF", {".rtf"}}, FormRow{"XML", {".xml"}}};  // by BodyFormat
-
-Result<std::string> BodyAsText(const MailMessage& message) {
-  if (message.HasBody("text/plain") || !message.HasBody("text/html")) return message.TextBody();
-  const auto page = message.HtmlBody();
-  if (!page) return page.error();
-  return platform::WithLineEnds(html::HtmlToText(*page));
-}
 
 Result<std::size_t> WriteAsText(const MailMessage& message, std::string_view code_page, const WriteText& write) {
   const auto text = BodyAsText(message);

@@ -6,23 +6,16 @@
 #include <utility>
 #include <vector>
 
+#include "document/message_document.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
+#include "mail_file/body_texts.h"
 #include "mail_file/embedded_parts.h"
 #include "mail_file/within_memory.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
 namespace {
-
-// Whether there is more in it than line ends.
-bool HasText(const MailMessage& message, const Part& part) {
-  constexpr std::uint64_t kFew = 16;  // bytes
-  if (part.marker != Marker::kBody || (part.type != "text/html" && part.type != "text/plain")) return false;
-  if (part.source.bytes.size() > kFew) return true;
-  const auto text = message.TextOf(part);
-  return !text || !platform::Trim(*text).empty();
-}
 
 constexpr std::uint64_t kLargestEmptyPage = std::uint64_t{256} << 10;  // bytes; who writes more shows something
 
@@ -40,9 +33,13 @@ bool ShowsSomething(std::string_view html) {
 
 // Whether a part is a picture that may stand among the texts.
 bool IsBeside(const MailMessage& message, const EmbeddedParts& embedded, const Part& part) {
-  if (!part.is_picture || part.message != kNoPart || part.parent == kNoPart) return false;
-  const std::string& type = message.parts()[part.parent].type;
-  return (type == "multipart/mixed" || type == "multipart/related") && !embedded.PictureTypeOf(part).empty();
+  if (!part.is_picture || part.message != kNoPart) return false;
+  bool is_among = part.parent == kNoPart;
+  if (!is_among) {
+    const std::string& holder = message.parts()[part.parent].type;
+    is_among = holder == "multipart/mixed" || holder == "multipart/related";
+  }
+  return is_among && !embedded.PictureTypeOf(part).empty();
 }
 
 // The texts, or the pages, of a body, one after the other, and between them its pictures.
@@ -53,11 +50,16 @@ class PageWriter {
 
   Result<std::string> Write() {
     const bool is_page = HasPage(message_);
+    const auto bodies = is_page ? BodyParts(message_, "text/html") : TextsAlone();
+    auto next = bodies.begin();
     for (const Part& part : message_.parts()) {
-      const bool is_body = part.marker == Marker::kBody && part.type == (is_page ? "text/html" : "text/plain");
+      const bool is_body = next != bodies.end() && *next == &part;
+      if (is_body) ++next;
       if (!is_body && !IsBeside(message_, embedded_, part)) continue;
       auto text = is_body ? message_.TextOf(part) : Result<std::string>("");
       if (!text) return text;
+      if (is_body && is_page && part.type == "text/plain") *text = BesideAPage(*text);
+      if (is_body && is_page && text->empty()) continue;
       if (is_body && is_page) NoteShown(*text);
       pieces_.push_back({&part, std::move(*text)});
     }
@@ -70,6 +72,18 @@ class PageWriter {
     const Part* part;
     std::string text;  // of the body, else empty
   };
+
+  // Pages that show nothing stay out.
+  std::vector<const Part*> TextsAlone() const {
+    auto texts = BodyParts(message_, "text/plain");
+    std::erase_if(texts, [](const Part* part) { return part->type != "text/plain"; });
+    return texts;
+  }
+
+  static std::string BesideAPage(std::string_view text) {
+    text = platform::Trim(text);
+    return text.empty() ? std::string() : "<div>" + document::HtmlFromText(text) + "</div>";
+  }
 
   void NoteShown(std::string_view html) {
     html::HtmlTokenizer page(html);
@@ -133,6 +147,10 @@ Result<std::string> BodyAsHtml(const MailMessage& message, TextAsHtml text_as_ht
 }
 
 std::optional<Error> WhyNoBody(const MailMessage& message) {
+  return HasPicturesBeside(message) ? std::nullopt : WhyNoText(message);
+}
+
+std::optional<Error> WhyNoText(const MailMessage& message) {
   if (std::ranges::any_of(message.parts(), [&](const Part& part) { return HasText(message, part); })) return {};
   constexpr std::array kSealed = {"multipart/encrypted", "application/pgp-encrypted", "application/pkcs7-mime",
                                   "application/x-pkcs7-mime"};

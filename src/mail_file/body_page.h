@@ -22,7 +22,9 @@ using TextAsHtml = std::string (*)(std::string_view text);
 // text. The pictures beside it stand where the message has them.
 Result<std::string> BodyAsHtml(const MailMessage& message, TextAsHtml text_as_html = html::PageOfText);
 
-// Why a message has no body that can be read, and what to do: it is encrypted, or there is none. Nothing where it has.
+// Why a message has no body that can be read, and what to do: it is encrypted, or there is none. Nothing where it has:
+// pictures alone are one, but no text.
 std::optional<Error> WhyNoBody(const MailMessage& message);
+std::optional<Error> WhyNoText(const MailMessage& message);
 
 }  // namespace quillcast::mail_file

@@ -96,7 +96,7 @@ class Extraction {
   }
 
   void WriteBodyFile() {
-    const auto none = WhyNoBody(message_);
+    const auto none = request_.format == BodyFormat::kText ? WhyNoText(message_) : WhyNoBody(message_);
     if (none && request_.format != BodyFormat::kXml) return Fail(*none);
     Replace(request_.body_file, [this](int fd) -> Result<void> {
       const auto write = [&](std::string_view piece) { return platform::WriteAll(fd, request_.body_file, piece); };

@@ -10,6 +10,7 @@
 #include "html/simple_page.h"
 #include "mail_file/body_page.h"
 #include "mail_file/body_text.h"
+#include "mail_file/body_texts.h"
 #include "mail_file/data_picture.h"
 #include "mail_file/embedded_parts.h"
 
@@ -111,12 +112,11 @@ Result<std::string> HtmlOf(const MailMessage& message, const platform::CancelTok
   const std::string_view type = HasPage(message) ? "text/html" : "text/plain";
   const Part* first = nullptr;
   std::uint64_t size = 0;
-  for (const Part& part : message.parts()) {
-    if (part.marker != Marker::kBody || part.type != type) continue;
-    if (first == nullptr) first = &part;
-    size += part.source.bytes.size();
+  for (const Part* part : BodyParts(message, type)) {
+    if (first == nullptr && part->type == type) first = part;
+    size += part->source.bytes.size();
   }
-  is_cut = size > kLongestBody;
+  is_cut = first != nullptr && size > kLongestBody;
   return is_cut ? BeginningOf(message, *first, cancel) : BodyAsHtml(message);
 }
 

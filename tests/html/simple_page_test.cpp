@@ -95,6 +95,15 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<table><tr><td colspan=\"13\">a</td></tr><tr><td rowspan=\"5\">b</td><td>c</td></tr></table>"},
       {"<table><tr><td colspan=1000>a<td>b" + Times(30, "<tr><td>c") + "</table>",
        "<table><tr><td>a</td><td>b</td></tr>" + Times(30, "<tr><td>c</td></tr>") + "</table>"},
+      // Rows that push the later ones to the right
+      {"<table>" + Times(150, "<tr><td rowspan=1000>a<td rowspan=5>b") + "</table>",
+       "<table>" + Times(150, "<tr><td>a</td><td>b</td></tr>") + "</table>"},
+      {"<table><tr>" + Times(30, "<td rowspan=' 1000'>a") + "</table>",
+       "<table><tr>" + Times(30, "<td>a</td>") + "</tr></table>"},
+      {"<table>" + Times(30, "<tr><td colspan=1 colspan=1000>a<td>b") + "</table>",
+       "<table>" + Times(30, "<tr><td colspan=\"1\">a</td><td>b</td></tr>") + "</table>"},
+      {"<table>" + Times(20, "<tr><td rowspan=20>a") + "<tr><td>b<td>c</table>",
+       "<table>" + Times(20, "<tr><td rowspan=\"20\">a</td></tr>") + "<tr><td>b</td><td>c</td></tr></table>"},
       {std::string("a\0b", 3), "ab"},
   };
   for (const auto& [html, simple] : table) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mail_file/body_texts.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 
@@ -82,6 +83,58 @@ TEST(ImportBody, TakesTheTextBesideAPageThatShowsNothing) {
                      page + "\r\n--b--\r\n");
     ASSERT_TRUE(body) << InOneLine(body.error());
     EXPECT_EQ(body->html.find("Hello") != std::string::npos, has_text) << body->html;
+  }
+}
+
+// Within an alternative one is chosen; what stands beside it is the body too, in order.
+TEST(ImportBody, TakesEachTextAndPageThatIsNoChoiceOfAnother) {
+  struct Row {
+    const char* name;
+    std::string parts;  // of a multipart/mixed
+    const char* html;   // of the imported page
+    const char* text;   // of the body as a text
+  };
+  const std::string text = "\r\n--b\r\n\r\n";
+  const std::string page = "\r\n--b\r\nContent-Type: text/html\r\n\r\n";
+  const std::string choice =
+      "\r\n--b\r\nContent-Type: multipart/alternative; boundary=i\r\n\r\n--i\r\n\r\nplain\r\n--i\r\nContent-Type: "
+      "text/html\r\n\r\n<p>rich</p>\r\n--i--\r\n";
+  const std::string picture = "\r\n--b\r\nContent-Type: image/gif; name=a.gif\r\n\r\nGIF89a";
+  for (const auto& [name, parts, html, body] : {
+           Row{"a warning before a page", text + "1 < 2\r\n<b>" + page + "<p>rich</p>",
+               "<div>1 &lt; 2<br>\n&lt;b&gt;</div>\r\n<p>rich</p>", "1 < 2\r\n<b>\r\nrich\r\n"},
+           Row{"a footer behind a choice", choice + text + "footer", "<p>rich</p>\r\n<div>footer</div>",
+               "plain\r\nfooter"},
+           Row{"a page behind a choice", choice + page + "<i>footer</i>", "<p>rich</p>\r\n<i>footer</i>",
+               "plain\r\nfooter\r\n"},
+           Row{"a page, a picture, a text", page + "<p>rich</p>" + picture + text + "phone",
+               "<p>rich</p><p><img src=\"a.gif\"></p>\r\n<div>phone</div>", "rich\r\nphone"},
+           Row{"a blank between", page + "<p>a</p>" + text + "\r\n" + page + "<p>b</p>", "<p>a</p>\r\n<p>b</p>",
+               "a\r\n\r\nb\r\n"},
+           Row{"a text to be saved", page + "<p>a</p>" + "\r\n--b\r\nContent-Disposition: attachment\r\n\r\nsaved",
+               "<p>a</p>", "a\r\n"},
+       }) {
+    Scene scene;
+    const std::string message = "Content-Type: multipart/mixed; boundary=b\r\n" + parts + "\r\n--b--\r\n";
+    const auto imported = scene.Import(message);
+    ASSERT_TRUE(imported) << name;
+    EXPECT_EQ(imported->html, "<head><meta charset=\"utf-8\"></head>" + std::string(html)) << name;
+    const auto as_text = BodyAsText(*Load(scene.place / "message.eml", {})->message);
+    ASSERT_TRUE(as_text) << name;
+    EXPECT_EQ(*as_text, body) << name;
+  }
+}
+
+TEST(ImportBody, TakesPicturesWithoutAWord) {
+  for (const char* message :
+       {"Content-Type: image/gif; name=a.gif\r\n\r\nGIF89a",
+        "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\n\r\n--b\r\nContent-Type: image/gif; "
+        "name=a.gif\r\n\r\nGIF89a\r\n--b--\r\n"}) {
+    Scene scene;
+    const auto body = scene.Import(message);
+    ASSERT_TRUE(body) << InOneLine(body.error());
+    EXPECT_NE(body->html.find("<img src=\"a.gif\">"), std::string::npos) << body->html;
+    EXPECT_TRUE(fs::exists(body->folder / "a.gif"));
   }
 }
 
