@@ -11,14 +11,6 @@ constexpr std::size_t kGuessBudget = std::size_t{16} * 1024 * 1024;  // bytes th
 constexpr int kLinesBetweenLooks = 4096;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
-// "From ada@example.org Sat Nov 14 22:40:05 2026".
-bool IsMailboxLine(std::string_view line) {
-  if (!line.starts_with("From ")) return false;
-  const std::size_t colon = line.find(':');
-  const auto is_digit = [&](std::size_t at) { return at < line.size() && line[at] >= '0' && line[at] <= '9'; };
-  return colon != std::string_view::npos && is_digit(colon - 1) && is_digit(colon + 1);
-}
-
 }  // namespace
 
 MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const platform::CancelToken* cancel,
@@ -119,7 +111,7 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
   header.is_empty = header_lines_.is_empty();
   parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
   content_end_ = parts_[part].header.end;
-  is_behind_blank_ = true;
+  border_.BeginBody();
   return header;
 }
 
@@ -203,7 +195,12 @@ Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
     if (!more) return more.error();
     if (!*more) break;
     if (IsDelimiter(line, found)) return found;
-    if (is_mailbox_) LookForMessage(line);
+    if (is_mailbox_ && border_.IsPassedBy(line.text, content_end_)) {
+      found.kind = DelimiterKind::kNone;
+      found.content_end = found.next = border_.content_end();
+      if (const auto counted = CountMessages(); !counted) return counted.error();
+      return found;
+    }
     content_end_ = line.end;
   }
   found.kind = DelimiterKind::kNone;
@@ -211,18 +208,23 @@ Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
   return found;
 }
 
-// Behind a blank line a mailbox has "From " with an address and a time, and then fields.
-void MessageStructure::LookForMessage(const MessageLine& line) {
-  const std::size_t colon = line.text.find(':');
-  if (mailbox_line_ && colon != std::string_view::npos && line.text.find(' ') > colon) {
-    faults_.Add(LoadCode::kException, Say("The file is a mailbox; the message at byte {}, and what follows, is read as "
-                                          "a piece of the first.",
-                                          *mailbox_line_));
-    is_mailbox_ = false;
+// Those behind the first of a mailbox, from within the second to the end.
+Result<void> MessageStructure::CountMessages() {
+  std::int64_t messages = 1;
+  MessageLine line;
+  for (int lines = 1;; ++lines) {
+    if (lines % kLinesBetweenLooks == 0) {
+      if (auto checked = CheckCancel(); !checked) return checked;
+    }
+    const auto more = lines_.Next(line);
+    if (!more) return more.error();
+    if (!*more) break;
+    if (border_.IsPassedBy(line.text, line.begin)) ++messages;
   }
-  mailbox_line_.reset();
-  if (is_behind_blank_ && IsMailboxLine(line.text)) mailbox_line_ = line.begin;
-  is_behind_blank_ = line.text.empty();
+  faults_.Add(LoadCode::kException,
+              SayOf(messages, "The file is a mailbox: its first message was read, and {} more was left out.",
+                    "The file is a mailbox: its first message was read, and {} more were left out."));
+  return {};
 }
 
 // Ends the innermost level. A multipart whose boundary never came is a text.

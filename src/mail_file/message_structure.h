@@ -2,7 +2,6 @@
 // of levels, and memory grows with the number of parts alone.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include "mail_file/fault_list.h"
 #include "mail_file/header_lines.h"
 #include "mail_file/load_mode.h"
+#include "mail_file/mailbox_border.h"
 #include "mail_file/message_lines.h"
 #include "mail_file/part_fields.h"
 #include "platform/cancel.h"
@@ -55,7 +55,7 @@ class MessageStructure {
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
   Result<void> FindBoundary(std::size_t part, std::string& boundary);
   Result<Delimiter> NextDelimiter();
-  void LookForMessage(const MessageLine& line);
+  Result<void> CountMessages();
   bool IsDelimiter(const MessageLine& line, Delimiter& out) const;
   void CloseInnermost(bool is_closed, std::uint64_t end);
   Result<std::size_t> NextPart(Delimiter delimiter);
@@ -74,9 +74,8 @@ class MessageStructure {
   std::size_t guess_budget_;
   std::uint64_t content_end_ = 0;  // of the line that came last, without its end
   bool has_rest_ = false;
-  bool is_mailbox_ = false;                         // begins as one, and no second message was met
-  bool is_behind_blank_ = false;                    // line of a body
-  std::optional<std::uint64_t> mailbox_line_ = {};  // just before
+  bool is_mailbox_ = false;  // begins as one
+  MailboxBorder border_;
 };
 
 }  // namespace quillcast::mail_file

@@ -9,6 +9,7 @@
 
 #include "mail_file/body_formats.h"
 #include "mail_file/gmime_border.h"
+#include "platform/text.h"
 #include "support/memory.h"
 #include "support/temporary_folder.h"
 
@@ -148,6 +149,29 @@ TEST(MailMessage, TellsOfTheMessagesBehindIt) {
       EXPECT_EQ(loading.faults.size(), is_told ? 1U : 0U) << c.name << first;
       EXPECT_EQ(loading.code(), is_told ? LoadCode::kException : LoadCode::kLoaded) << c.name << first;
     }
+  }
+}
+
+TEST(MailMessage, EndsWhereTheNextOfAMailboxBegins) {
+  const test::TemporaryFolder folder;
+  const std::string next = "\n\nFrom bob@x.org Sat Nov 14 22:41:00 2026\nSubject: y\n\nother";
+  const std::string multipart = "Content-Type: multipart/mixed; boundary=b\n\n--b\n\none";
+  for (const auto& [name, first] : {
+           std::pair("plain", std::string("Subject: x\n\none")),
+           {"closed multipart", multipart + "\n--b--"},
+           {"base64", "Content-Transfer-Encoding: base64\n\nb25l"},
+       }) {
+    const Loading loading =
+        LoadFile(folder.Write("box", "From ada@x.org Sat Nov 14 22:40:05 2026\n" + first + next + next + next + "\n"));
+    ASSERT_EQ(loading.faults.size(), 1U) << name;
+    EXPECT_EQ(loading.faults.front().what.InEnglish(),
+              "The file is a mailbox: its first message was read, and 3 more were left out.")
+        << name;
+    auto text = loading.message->TextBody().ValueOr("");
+    EXPECT_EQ(platform::Trim(text), "one") << name;
+    EXPECT_EQ(loading.message->parts().front().source.bytes.end,
+              (std::string("From ada@x.org Sat Nov 14 22:40:05 2026\n") + first).size() + 1)
+        << name;
   }
 }
 
