@@ -125,6 +125,29 @@ class HelpFormsTest : public QObject {
     QCOMPARE(open(), QString("Welcome.htm"));
   }
 
+  // The window is shown before the document is loaded, as it is where the engine takes longer than the splash.
+  void theTipAtTheStartWaitsForTheDocument() {
+    for (const bool has_message : {false, true}) {
+      Scene scene;
+      QVERIFY(scene.rig.settings.Write("Options", "Tips", "1"));
+      scene.window = std::make_unique<MainForm>(scene.rig.program);
+      scene.window->LoadLists();
+      scene.window->show();
+      scene.window->ShowTipsAtStart();
+      QVERIFY(QApplication::activeModalWidget() == nullptr);
+      if (has_message) {
+        scene.window->Open({scene.rig.folder.Write("one.eml", "Subject: One\r\n\r\nHello.\r\n").string()});
+      }
+      int opened = 0;
+      test::WhileOpen(has_message ? "MessageForm" : "TipsForm", [&](QDialog&) { ++opened; });
+      scene.window->LoadDocument();
+      QTRY_COMPARE(opened, 1);
+      QTest::qWait(100);
+      QVERIFY(QApplication::activeModalWidget() == nullptr);  // and only once
+      scene.window->skip_save_prompt = true;
+    }
+  }
+
   void aboutCopiesTheSystemAndNobodysSecrets() {
     Scene scene;
     scene.rig.FillInAccount();

@@ -31,6 +31,7 @@
 #include "desktop/widgets/dropped_files.h"
 #include "desktop/widgets/keep_on_screen.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/soon.h"
 #include "document/edited_document.h"
 #include "document/recent_documents.h"
 #include "profile/clean_up.h"
@@ -198,8 +199,9 @@ void MainForm::LoadDocument() {
   if (isVisible()) editor_->BeginTyping();
   notices_->GoOnPractising();
   notices_->Refresh();
-  --at_work_;
+  is_loaded_ = true;
   requests_->Resume();
+  if (tips_wait_) Soon(this, [this] { ShowTipsAtStart(); });
 }
 
 void MainForm::Dispatch(CommandId id) {
@@ -218,7 +220,9 @@ void MainForm::AtWork(const std::function<void()>& work) {
   if (--at_work_ == 0) requests_->Resume();
 }
 
-bool MainForm::IsFree() const { return !closes_ && at_work_ == 0 && QApplication::activeModalWidget() == nullptr; }
+bool MainForm::IsFree() const {
+  return is_loaded_ && !closes_ && at_work_ == 0 && QApplication::activeModalWidget() == nullptr;
+}
 
 void MainForm::Open(const std::vector<std::string>& arguments) { requests_->Add(arguments); }
 
@@ -231,6 +235,7 @@ bool MainForm::event(QEvent* event) {
 void MainForm::Say(const QString& sentence) { status_->Say(sentence); }
 
 void MainForm::ShowTipsAtStart() {
+  tips_wait_ = !is_loaded_;
   if (IsFree() && !requests_->HasWindow() && TipsForm::IsWanted(program_.settings, false)) Dispatch(CommandId::kTips);
   body_->setFocus();
 }

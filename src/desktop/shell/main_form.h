@@ -46,7 +46,8 @@ class MainForm final : public QMainWindow {
   void Dispatch(int number);
   // A sentence for the status bar; it stands there for a quarter of a minute.
   void Say(const QString& sentence);
-  // The tips window, where it is wanted at the start and no other is open or waits: one at a time.
+  // The tips window, where it is wanted at the start and no other is open or waits: one at a time. It waits for the
+  // first document.
   void ShowTipsAtStart();
   // Comes to the front and flashes for a second: another start of the program asked for it.
   void Flash();
@@ -100,7 +101,9 @@ class MainForm final : public QMainWindow {
   DocumentLabel* label_;
   std::unique_ptr<Shell> shell_;
   OpenRequests* requests_;
-  int at_work_ = 1;                          // on commands, and at first on the first document
+  bool is_loaded_ = false;                   // the first document is there
+  bool tips_wait_ = false;                   // for it
+  int at_work_ = 0;                          // on commands
   bool closes_ = false;                      // or is asking whether it may; stays so until it is shown again
   QTimer* fields_pause_;                     // after the last change of what stands above the body
   std::optional<std::uint64_t> lost_after_;  // so many times kept, the person was told that it cannot be kept now
