@@ -70,6 +70,9 @@ void TutorialForm::Act() {
   const auto done = DoStep(shell_, Page().step);
   Refresh();
   if (!done) status_->Fail(done.error());
+  raise();
+  activateWindow();  // the step may have opened a window, which leaves the keys to the letter
+  act_->setFocus();
 }
 
 void TutorialForm::Refresh() { status_->Say(DoneText(shell_, Page().step)); }
