@@ -9,13 +9,17 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTextBrowser>
+#include <QUrl>
 
 #include "desktop/document/html_editor.h"
 #include "desktop/main_window.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/main_form.h"
+#include "desktop/shell/tips_form.h"
 #include "desktop/shell/tutorial_form.h"
+#include "desktop/shell/update_main_form.h"
+#include "desktop/tab_walk.h"
 #include "platform/file.h"
 
 namespace quillcast::desktop {
@@ -82,6 +86,7 @@ class HelpFormsTest : public QObject {
     });
     do_it();
     next();
+    QCOMPARE(tutorial->focusWidget()->objectName(), QString("CloseButton"));
     do_it();
     QCOMPARE(says(), QString("Practice is off."));
     QCOMPARE(*scene.rig.settings.Read("Account", "Server", ""), std::string());
@@ -131,6 +136,39 @@ class HelpFormsTest : public QObject {
     search->clear();
     PressIn(*help, "WelcomeButton");
     QCOMPARE(open(), QString("Welcome.htm"));
+  }
+
+  void theTabKeyComesToEverything() {
+    Scene scene;
+    scene.Open();
+    const test::OneProfile environment;
+    auto* help = new HelpForm(scene.rig.folders, "Welcome.htm", scene.window.get());
+    auto* followed = new HelpForm(scene.rig.folders, "Welcome.htm", scene.window.get());
+    scene.window->Dispatch(CommandId::kTutorial);
+    auto* tutorial = scene.window->findChild<TutorialForm*>();
+    PressIn(*tutorial, "NextButton");
+    TipsForm tips(scene.rig.program, scene.window.get());
+    UpdateMainForm update(scene.rig.program, environment, scene.window.get());
+    const struct {
+      QDialog* form;
+      const char* from;
+      const char* way;
+    } rows[] = {
+        {help, "HelpSearchTextBox", "HelpSearchTextBox ContentsList HelpPage WelcomeButton CloseButton"},
+        {followed, "HelpSearchTextBox", "HelpSearchTextBox ContentsList HelpPage BackButton WelcomeButton CloseButton"},
+        {tutorial, "DoItButton", "DoItButton BackButton NextButton CloseButton"},
+        {&tips, "TipsCheckBox", "TipsCheckBox TipBeforeButton NextTipButton MoreButton CloseButton"},
+        {&update, "ProxyCheckBox", "ProxyCheckBox TimeoutTextBox CheckButton HomePageButton CloseButton"},
+    };
+    for (const auto& row : rows) {
+      row.form->show();
+      row.form->activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(row.form));
+      if (row.form == followed) followed->findChild<QTextBrowser*>()->setSource(QUrl("Troubles.htm"));
+      row.form->findChild<QWidget*>(row.from)->setFocus();
+      QCOMPARE(test::Names(test::TabWalk(*row.form)).join(' '), QString(row.way));
+      row.form->hide();
+    }
   }
 
   // The window is shown before the document is loaded, as it is where the engine takes longer than the splash.
@@ -201,6 +239,7 @@ class HelpFormsTest : public QObject {
     QVERIFY(scene.rig.settings.Write("Options", "Tips", "0"));
     scene.window->ShowTipsAtStart();  // nothing opens, or the test would wait for ever
     test::WhileOpen("TipsForm", [](QDialog& form) {
+      QCOMPARE(form.focusWidget(), form.findChild<QPushButton*>("NextTipButton"));
       const QString first = form.findChild<QLabel*>("TipText")->text();
       QTest::mouseClick(form.findChild<QPushButton*>("NextTipButton"), Qt::LeftButton);
       QVERIFY(form.findChild<QLabel*>("TipText")->text() != first);

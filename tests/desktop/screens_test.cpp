@@ -88,6 +88,7 @@
 #include "desktop/shell/tutorial_form.h"
 #include "desktop/shell/update_main_form.h"
 #include "desktop/support/support_form.h"
+#include "desktop/tab_walk.h"
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
@@ -252,6 +253,16 @@ class ScreensTest : public QObject {
         QVERIFY2(!is_pressed, qPrintable(name + ": on " + button->objectName() + " presses " + other->objectName()));
       }
     }
+    if (before) before->setFocus();
+  }
+
+  // The Tab key comes to everything in a dialog. An editor's page takes it for itself.
+  static void LookForTabTraps(QWidget& window, const QString& name) {
+    window.activateWindow();
+    if (qobject_cast<QDialog*>(&window) == nullptr || !QTest::qWaitForWindowActive(&window)) return;
+    if (window.findChild<HtmlEditor*>() != nullptr) return;
+    const QPointer<QWidget> before = window.focusWidget();
+    QCOMPARE(name + ": " + test::PassedByTab(window).join(' '), name + ": ");
     if (before) before->setFocus();
   }
 
@@ -553,6 +564,7 @@ class ScreensTest : public QObject {
     LookForEmpty(window, name);
     LookForTheRing(window, name);
     LookForReturn(window, name);
+    LookForTabTraps(window, name);
     LookForDoubledKeys(window, name);
     if (theme_ == "translated") LookForUntranslated(window, name);
     if (!folder_.isEmpty()) QVERIFY(window.grab().save(folder_ + '/' + name + '-' + theme_ + ".png"));

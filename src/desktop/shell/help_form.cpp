@@ -48,8 +48,9 @@ void HelpForm::BuildWindow() {
   auto* column = new FormColumn(this);
   search_->setPlaceholderText(tr("words to look for in all pages"));
   column->AddGrid()->Add("HelpSearchTextBox", tr("&Search:"), search_);
-  auto* halves = column->Add(new QSplitter(this), 1);
+  auto* halves = new QSplitter(this);
   for (QWidget* half : {static_cast<QWidget*>(contents_), static_cast<QWidget*>(page_)}) halves->addWidget(half);
+  column->Add(halves, 1);
   halves->setChildrenCollapsible(false);
   halves->setSizes({250, 630});
   auto* buttons = column->AddButtons(QDialogButtonBox::Close);

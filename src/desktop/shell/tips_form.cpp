@@ -43,6 +43,7 @@ void TipsForm::BuildWindow() {
     auto* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
     button->setObjectName(name);
     button->setDefault(button->objectName() == "NextTipButton");
+    if (button->isDefault()) button->setFocus();
     connect(button, &QPushButton::clicked, this, act);
   };
   add("TipBeforeButton", tr("&Previous tip"), [this] { ShowTip(help::TipBefore(tip_)); });

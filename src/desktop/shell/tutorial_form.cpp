@@ -52,7 +52,10 @@ void TutorialForm::BuildWindow() {
   column->AddLine({act_, nullptr});
   column->Add(status_);
   auto* buttons = column->AddButtons(QDialogButtonBox::Close);
-  for (QPushButton* button : {back_, next_}) buttons->addButton(button, QDialogButtonBox::ActionRole);
+  for (QPushButton* button : {back_, next_}) {
+    LetFollow(button);
+    buttons->addButton(button, QDialogButtonBox::ActionRole);
+  }
 }
 
 void TutorialForm::ShowPage(std::size_t page) {

@@ -51,6 +51,7 @@ void UpdateMainForm::BuildWindow() {
   auto* buttons = column->AddButtons(QDialogButtonBox::Close);
   check_->setObjectName("CheckButton");
   check_->setDefault(true);
+  LetFollow(check_);
   buttons->addButton(check_, QDialogButtonBox::ActionRole);
   connect(check_, &QPushButton::clicked, this, [this] { task_->is_running() ? task_->Cancel() : Check(); });
   auto* page = buttons->addButton(tr("Home &Page"), QDialogButtonBox::ActionRole);

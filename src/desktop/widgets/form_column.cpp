@@ -1,6 +1,7 @@
 #include "desktop/widgets/form_column.h"
 
 #include <QDialog>
+#include <QEvent>
 #include <QGroupBox>
 #include <QPushButton>
 #include <utility>
@@ -17,6 +18,20 @@ constexpr std::pair<QDialogButtonBox::StandardButton, const char*> kButtonNames[
     {QDialogButtonBox::Ok, "OKButton"},
     {QDialogButtonBox::Cancel, "CancelButton"},
     {QDialogButtonBox::Close, "CloseButton"}};
+
+// The toolkit's own passes the keyboard on to its first button whenever Tab comes to the box, and puts the box in the
+// order anywhere between its buttons: Tab would come back to the first for ever. Here it comes to the buttons alone.
+class ButtonRow final : public QDialogButtonBox {
+ public:
+  using QDialogButtonBox::QDialogButtonBox;
+
+ protected:
+  bool event(QEvent* event) override {
+    const bool is_known = QDialogButtonBox::event(event);
+    if (event->type() == QEvent::Show || event->type() == QEvent::StyleChange) setFocusProxy(nullptr);
+    return is_known;
+  }
+};
 
 }  // namespace
 
@@ -53,7 +68,7 @@ void FormColumn::AddLine(const std::vector<QWidget*>& widgets, int stretch) {
 }
 
 QDialogButtonBox* FormColumn::AddButtons(QDialogButtonBox::StandardButtons buttons) {
-  auto* box = new QDialogButtonBox(buttons, parentWidget());
+  auto* box = new ButtonRow(buttons, parentWidget());
   for (const auto& [which, name] : kButtonNames) {
     if (auto* button = box->button(which)) button->setObjectName(name);
   }
