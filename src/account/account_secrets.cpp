@@ -34,6 +34,14 @@ std::string LabelOf(const AccountSettings& account) {
                      platform::Printable(account[kServer], 100));
 }
 
+// Beside the account, whose Reset and whose import leave it: the keyring may have a password by us.
+constexpr const char* kKeyringSection = "Keyring";
+constexpr const char* kMayHaveEntry = "Entry";
+
+bool MayHaveEntry(const profile::SettingsStore& settings) {
+  return IgnoreErrors(settings.Read(kKeyringSection, kMayHaveEntry, "0"), std::string("0")) == "1";
+}
+
 bool TakesFromKeyring(const AccountSettings& account) { return PlaceOfPassword(account) == PasswordPlace::kKeyring; }
 
 // What the command said about its failure, to end the sentence with. A password that it printed already is not
@@ -120,37 +128,56 @@ Result<Secret> AccountSecrets::FromCommand(const std::string& command, const pla
 }
 
 bool AccountSecrets::SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const {
-  return TakesFromKeyring(account) ? !account[kPassword].empty() : ResettingAsksKeyring(settings);
+  if (!TakesFromKeyring(account)) return ResettingAsksKeyring(settings);
+  return !account[kPassword].empty() || HasStaleEntry(settings);
 }
 
 bool AccountSecrets::ResettingAsksKeyring(const profile::SettingsStore& settings) const {
   const auto stored = AccountSettings::Load(settings);
-  return stored && TakesFromKeyring(*stored);
+  return MayHaveEntry(settings) || (stored && TakesFromKeyring(*stored));
+}
+
+bool AccountSecrets::HasStaleEntry(const profile::SettingsStore& settings) {
+  const auto stored = AccountSettings::Load(settings);
+  return MayHaveEntry(settings) && stored && !TakesFromKeyring(*stored);
+}
+
+Result<void> AccountSecrets::Keep(const AccountSettings& account, profile::SettingsStore& settings,
+                                  const platform::CancelToken& cancel) const {
+  const bool may_have = MayHaveEntry(settings);
+  if (auto noted = settings.Write(kKeyringSection, kMayHaveEntry, "1"); !noted) return noted;
+  auto kept = keyring_.Keep(entry_, LabelOf(account), Secret(account[kPassword]), cancel);
+  if (!kept && !may_have) IgnoreErrors(settings.DeleteSection(kKeyringSection));
+  return kept;
 }
 
 Result<SecretsLeft> AccountSecrets::Save(AccountSettings account, profile::SettingsStore& settings,
                                          const platform::CancelToken& cancel) const {
   const bool leaves_keyring = !TakesFromKeyring(account) && ResettingAsksKeyring(settings);
   if (TakesFromKeyring(account) && !account[kPassword].empty()) {
-    const auto kept = keyring_.Keep(entry_, LabelOf(account), Secret(account[kPassword]), cancel);
-    if (!kept) return kept.error();
+    if (const auto kept = Keep(account, settings, cancel); !kept) return kept.error();
+  } else if (TakesFromKeyring(account) && HasStaleEntry(settings)) {
+    if (auto left = Forget(settings, cancel); left.in_keyring) return *std::move(left.in_keyring);
   }
   if (PlaceOfPassword(account) != PasswordPlace::kSettings) account.ForgetPassword();
   const auto saved = account.Save(settings);
   if (!saved) return saved.error();
-  return leaves_keyring ? Forget(cancel) : SecretsLeft{};
+  return leaves_keyring ? Forget(settings, cancel) : SecretsLeft{};
 }
 
 Result<SecretsLeft> AccountSecrets::Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
   const bool was_kept = ResettingAsksKeyring(settings);
   const auto deleted = settings.DeleteSection(kAccountSection);
   if (!deleted) return deleted.error();
-  return was_kept ? Forget(cancel) : SecretsLeft{};
+  return was_kept ? Forget(settings, cancel) : SecretsLeft{};
 }
 
-SecretsLeft AccountSecrets::Forget(const platform::CancelToken& cancel) const {
+SecretsLeft AccountSecrets::Forget(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
   const auto forgotten = keyring_.Forget(entry_, cancel);
-  if (forgotten) return {};
+  if (forgotten) {
+    IgnoreErrors(settings.DeleteSection(kKeyringSection));  // it is asked for nothing once more
+    return {};
+  }
   return {Error{forgotten.error().failure, Say("The keyring still has the password: {}", forgotten.error().what),
                 "Delete its entry for Quillcast Classic in the keyring's own window."}};
 }

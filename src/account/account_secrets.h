@@ -42,8 +42,9 @@ class AccountSecrets {
   bool ResettingAsksKeyring(const profile::SettingsStore& settings) const;
 
   // Saves the account. A password that belongs into the keyring is put there first and is stored nowhere else; where
-  // the keyring refuses it nothing is saved, and what was stored stays. One that a command gives is not stored. What
-  // the keyring has of an account that no longer takes it from there is deleted last.
+  // the keyring refuses it nothing is saved, and what was stored stays. What the keyring has of an account before,
+  // which an import took the place of, is deleted first, and is no password of this one. One that a command gives is
+  // not stored. What the keyring has of an account that no longer takes it from there is deleted last.
   Result<SecretsLeft> Save(AccountSettings account, profile::SettingsStore& settings,
                            const platform::CancelToken& cancel) const;
   // Deletes every setting of the account, then what the keyring has of it.
@@ -52,7 +53,11 @@ class AccountSecrets {
  private:
   Result<platform::Secret> FromKeyring(const platform::CancelToken& cancel) const;
   Result<platform::Secret> FromCommand(const std::string& command, const platform::CancelToken& cancel) const;
-  SecretsLeft Forget(const platform::CancelToken& cancel) const;
+  // Of another account, which was imported or reset over.
+  static bool HasStaleEntry(const profile::SettingsStore& settings);
+  Result<void> Keep(const AccountSettings& account, profile::SettingsStore& settings,
+                    const platform::CancelToken& cancel) const;
+  SecretsLeft Forget(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
 
   platform::SecretStore& keyring_;
   const std::string entry_;

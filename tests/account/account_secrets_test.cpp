@@ -6,6 +6,7 @@
 
 #include <fstream>
 
+#include "account/import/account_import.h"
 #include "platform/file.h"
 #include "support/fake_keyring.h"
 #include "support/temporary_folder.h"
@@ -84,12 +85,12 @@ TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
     const auto file = platform::ReadFile(settings_.file(), 1 << 20);
     EXPECT_EQ(file->find("old") != std::string::npos, std::string_view(c.stored).ends_with("old")) << "in the file";
   }
-  // Where the file cannot be written, what it has stays, and the keyring has it too.
+  // Where the file cannot be written, nothing changes.
   keyring_ = {};
   ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
   profile::SettingsStore elsewhere("/dev/null/settings.db");
   EXPECT_FALSE(secrets_.Save(From("Keyring", "old"), elsewhere, cancel_));
-  EXPECT_EQ(keyring_.Only() + " " + Stored(), "old Settings:old");
+  EXPECT_EQ(keyring_.Only() + " " + Stored(), " Settings:old");
 }
 
 TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
@@ -108,8 +109,32 @@ TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
     keyring_ = {};
   }
   ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
+  keyring_.calls.clear();  // of what could not be deleted before
   EXPECT_TRUE(secrets_.Reset(settings_, cancel_));
   EXPECT_TRUE(keyring_.calls.empty()) << "it has nothing of this account";
+}
+
+// What the keyring has is of the server and the user before.
+TEST_F(AccountSecretsTest, AnImportedAccountGetsNoPasswordOfAnother) {
+  const FoundAccount other{
+      .name = "Ada", .email = "ada@other.example", .server = "smtp.other.example", .user_name = "ada"};
+  for (const bool refuses : {false, true}) {
+    SCOPED_TRACE(refuses);
+    keyring_ = {};
+    ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+    ASSERT_TRUE(ImportAccount(settings_, other, {.user_name = true}));
+    auto account = *AccountSettings::Load(settings_);
+    account.Set(kPasswordFrom, "Keyring");
+    EXPECT_TRUE(secrets_.SavingAsksKeyring(account, settings_));
+    keyring_.refuses = refuses;
+    EXPECT_EQ(static_cast<bool>(secrets_.Save(account, settings_, cancel_)), !refuses);
+    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)).substr(0, 44),
+              refuses ? "" : "The keyring has no password of this account.");
+    // It is deleted as soon as that can be.
+    keyring_.refuses = false;
+    ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
+    EXPECT_EQ(keyring_.Only(), "");
+  }
 }
 
 TEST_F(AccountSecretsTest, ComesFromWhereTheAccountSays) {

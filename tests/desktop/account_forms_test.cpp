@@ -327,6 +327,8 @@ class AccountFormsTest : public QObject {
     Press(form, "ResetButton");
     QTRY_VERIFY(
         Text(form, "StatusLine").startsWith("The keyring still has the password: The keyring was not unlocked."));
+    QCOMPARE(form.findChild<QLineEdit*>("ServerTextBox")->text(), QString());  // OK would save what is shown
+    QCOMPARE(form.findChild<QComboBox*>("PasswordFromComboBox")->currentText(), QString("Settings"));
     QVERIFY(form.isVisible() && stored("Name") == "none");
   }
 

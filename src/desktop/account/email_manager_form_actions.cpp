@@ -42,7 +42,7 @@ void EmailManagerForm::Carry(const Change& change, bool asks_keyring, const Text
   });
 }
 
-// Where the keyring still has the password the window stays, so that this can be read.
+// Where the keyring still has the password the window stays, so that this can be read, and shows what is stored now.
 void EmailManagerForm::Carried(const Result<account::SecretsLeft>& left, const Texts& texts) {
   const auto shown = left ? texts() : Result<account::SenderTexts>(left.error());
   if (!shown) {
@@ -54,6 +54,7 @@ void EmailManagerForm::Carried(const Result<account::SecretsLeft>& left, const T
     QDialog::accept();
     return;
   }
+  if (const auto stored = account::AccountSettings::Load(program_.settings)) Show(account::ShownInDialog(*stored));
   status_->Fail(*left->in_keyring);
 }
 
