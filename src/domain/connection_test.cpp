@@ -57,19 +57,31 @@ class Recorder final : public smtp::JobSource, public smtp::ConnectionWatch {
     test_.report += conversation_;
     return std::move(test_);
   }
-  bool said_anything() const { return lines_ > 0; }
+  bool said_anything() const { return test_lines_ > 0; }
 
   smtp::Job* NextJob() override { return nullptr; }
   void Finished(smtp::Job&, const smtp::Outcome&) override {}
   void Progress(std::uint64_t, std::uint64_t) override {}
   void LogLine(std::string_view line) override {
+    ++test_lines_;
     if (++lines_ <= kMostLines) conversation_.append(line).append("\r\n");
     if (lines_ == kMostLines + 1) conversation_ += "...\r\n";
   }
 
   void Begins(const smtp::Server& server) override {
-    test_ = {};
+    PutAside();
     test_.server = server;
+  }
+  void Told(const smtp::Server& server) override {
+    const auto untried = test_.untried;
+    PutAside();
+    const auto whose = std::ranges::find_if(past_, [&](const Past& past) {
+      return past.test.server.host == server.host && past.test.server.port == server.port;
+    });
+    if (whose == past_.end()) return;
+    test_ = std::move(whose->test);
+    test_lines_ = whose->lines;
+    test_.untried = untried;
   }
   void Untried(const smtp::Server& server) override { test_.untried.push_back(server); }
   void Begins(ConnectionStep step) override {
@@ -88,8 +100,18 @@ class Recorder final : public smtp::JobSource, public smtp::ConnectionWatch {
   }
 
  private:
+  struct Past {
+    ConnectionTest test;
+    std::size_t lines;
+  };
+
   void EndStep() {
-    if (!test_.steps.empty()) test_.steps.back().took = clock_.Monotonic() - began_;
+    const bool is_open = !test_.steps.empty() && test_.steps.back().took == test_.steps.back().took.zero();
+    if (is_open) test_.steps.back().took = clock_.Monotonic() - began_;
+  }
+  void PutAside() {
+    EndStep();
+    past_.push_back({std::exchange(test_, {}), std::exchange(test_lines_, 0)});
   }
 
   const platform::Clock& clock_;
@@ -97,6 +119,8 @@ class Recorder final : public smtp::JobSource, public smtp::ConnectionWatch {
   ConnectionTest test_;
   std::string conversation_;
   std::size_t lines_ = 0;
+  std::size_t test_lines_ = 0;  // of the server that is tried
+  std::vector<Past> past_;      // servers that were tried before
 };
 
 // Whether it may be a server that waits for the other side to begin TLS.

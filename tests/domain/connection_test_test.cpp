@@ -436,6 +436,31 @@ TEST_F(ConnectionTests, EndsInTime) {
   EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, untried.example:25."));
 }
 
+// Of the list the one whose failure is told, with its own address, steps and offer.
+TEST_F(ConnectionTests, TellsOfOneServerAlone) {
+  const smtp::ScriptedServer refuses([](Peer& peer, int) { peer.Say("554 no service for you"); });
+  const smtp::ScriptedServer silent([&](Peer& peer, int) { Serve(peer, {.clear = ""}, nullptr); });
+  const smtp::Server first{"127.0.0.1", refuses.port()};
+  const smtp::Server second{"127.0.0.1", silent.port()};
+  const smtp::Server nowhere{"127.0.0.1", 1};  // nothing listens
+  for (const auto& [servers, whose] :
+       std::vector<std::pair<std::vector<smtp::Server>, smtp::Server>>{{{first, second}, first},
+                                                                       {{second, first}, second},
+                                                                       {{nowhere, first}, nowhere},
+                                                                       {{first, nowhere}, first}}) {
+    auto options = *TestOptions("127.0.0.1", "25", "None", 1s);
+    options.servers = servers;
+    auto alone = options;
+    alone.servers = {whose};
+    const auto test = TestConnection(options, clock_, cancel_);
+    const auto wanted = TestConnection(alone, clock_, cancel_);
+    SCOPED_TRACE(whose.port);
+    EXPECT_EQ(test.server.port, whose.port);
+    EXPECT_EQ(test.steps.size(), wanted.steps.size());
+    EXPECT_EQ(Name(VerdictOf(test)), Name(VerdictOf(wanted)));
+  }
+}
+
 TEST(ConnectionTestInput, IsCheckedInOrder) {
   struct Case {
     const char* server;

@@ -47,13 +47,20 @@ void TellKey(const std::string& name, const DkimKey& key, Findings& found, Passi
                                       : Say("There is an Ed25519 key at {}.", name));
 }
 
-// A key that nobody named may be one of long ago: what is wrong with it is held against nobody. False where there is no
-// other.
+// A key that nobody named may be one of long ago: what is wrong with it is held against nobody, and of one that is a
+// little short only where there is no better one. False where no other counts.
 bool KeepGuessesApart(Findings& found, std::size_t from) {
+  const auto begin = found.begin() + static_cast<std::ptrdiff_t>(from);
+  const auto is_good = [](const Finding& finding) { return finding.verdict == Verdict::kGood; };
+  const auto is_a_little_short = [](const Finding& finding) {
+    return finding.verdict == Verdict::kWeak && finding.word == "dkim-short";
+  };
+  const bool any_good = std::any_of(begin, found.end(), is_good);
   bool any_counts = false;
-  for (std::size_t i = from; i < found.size(); ++i) {
-    any_counts = any_counts || found[i].verdict != Verdict::kBad;
-    if (found[i].verdict == Verdict::kBad) found[i].verdict = Verdict::kNote;
+  for (auto finding = begin; finding != found.end(); ++finding) {
+    const bool counts = is_good(*finding) || finding->verdict == Verdict::kUnknown || is_a_little_short(*finding);
+    any_counts = any_counts || counts;
+    if (!counts || (any_good && is_a_little_short(*finding))) finding->verdict = Verdict::kNote;
   }
   return any_counts;
 }

@@ -30,7 +30,7 @@ void TellWatching(const std::string& domain, const std::string& at, const DmarcR
          "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\"."});
     return;
   }
-  const char* tag = record.policy == record.subdomain_policy ? "p" : "sp";
+  const char* tag = record.names_subdomains ? "sp" : "p";
   found.push_back(
       {kTopic, "dmarc-none", Verdict::kWeak,
        Say("The record of {} only watches (\"{}=none\"): what others send in the name of {} is delivered.", at, tag,

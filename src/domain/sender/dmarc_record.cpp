@@ -41,7 +41,9 @@ Result<DmarcRecord> ParseDmarc(std::string_view record) {
   }
   DmarcRecord found;
   found.policy = *policy;
-  found.subdomain_policy = PolicyOf(tags.ValueOf("sp")).value_or(*policy);
+  const auto below = PolicyOf(tags.ValueOf("sp"));
+  found.subdomain_policy = below.value_or(*policy);
+  found.names_subdomains = below.has_value();
   found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags.ValueOf("adkim"), "s");
   found.percent = static_cast<int>(platform::WholeNumberBetween(tags.ValueOf("pct"), 0, 100).value_or(100));
   for (const std::string_view address : platform::Split(tags.ValueOf("rua"), ',')) {

@@ -18,6 +18,7 @@ struct DmarcRecord {
   bool dkim_is_strict = false;
   int percent = 100;                         // of the failing messages that the policy is for
   std::vector<std::string> reports_to = {};  // as "mailto:..." in the record
+  bool names_subdomains = false;             // it has a policy of theirs
 
   bool operator==(const DmarcRecord&) const = default;
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+
 namespace quillcast::domain {
 namespace {
 
@@ -155,9 +157,10 @@ class Evaluation {
     const DnsAnswer* names = answers_.Of(net::ReverseName(sender_.address), DnsType::kPtr);
     if (names == nullptr) return Match::kPending;
     Match whole = Match::kNo;
+    const std::string wanted = platform::AsciiLower(domain);
     for (std::size_t i = 0; i < std::min(names->records.size(), kMostSpfHosts); ++i) {
-      const std::string& name = names->records[i].text;
-      if (name != domain && !name.ends_with("." + domain)) continue;
+      const std::string name = platform::AsciiLower(names->records[i].text);
+      if (name != wanted && !name.ends_with("." + wanted)) continue;
       const DnsAnswer* back = answers_.Of(name, TypeFor(sender_.address));
       if (back == nullptr) {
         whole = Match::kPending;

@@ -134,6 +134,7 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
 // Tells the failure of the first server that could be found: one that is misspelt says less than one that refused.
 Outcome Client::Driver::Connect() {
   Outcome told{State::kFailed, ResultCode::kNoServer, {}, "No server is set up."};
+  const Server* whose = nullptr;
   for (const Server& server : options_.servers) {
     if (around_.until.Passed(around_.clock.Monotonic())) {
       if (around_.watch != nullptr) around_.watch->Untried(server);
@@ -141,8 +142,11 @@ Outcome Client::Driver::Connect() {
     }
     Outcome outcome = ConnectTo(server);
     if (outcome.code == ResultCode::kSuccess || !WorthAnotherServer(outcome)) return outcome;
-    if (told.code == ResultCode::kNoServer || told.code == ResultCode::kHostNotFound) told = std::move(outcome);
+    if (whose != nullptr && told.code != ResultCode::kHostNotFound) continue;
+    told = std::move(outcome);
+    whose = &server;
   }
+  if (around_.watch != nullptr && whose != nullptr) around_.watch->Told(*whose);
   return told;
 }
 

@@ -20,6 +20,8 @@ class ConnectionWatch {
   virtual ~ConnectionWatch() = default;
   // The next server of the list is tried; what was told before was of another.
   virtual void Begins(const Server& server) = 0;
+  // None of the list answers, and this one's failure is the outcome.
+  virtual void Told(const Server& server) = 0;
   // No time was left for this one and those behind it; what was told before was of the one before it.
   virtual void Untried(const Server& server) = 0;
   // A step begins, and so the one before is over. The last one to begin is where it ended.

@@ -459,13 +459,19 @@ TEST(SenderCheck, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
     const char* withdrawn_at;
     const char* good_at;
     const char* drawn;
+    const char* key = "v=DKIM1; p=";
   };
+  const std::string trial = std::string(kGood) + "; t=y";
+  const char* const kTrial = trial.c_str();
   for (const Row& row : {
            Row{"default._domainkey.a.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
            Row{"default._domainkey.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
            Row{"default._domainkey.a.example.org", "x", "note dkim-revoked, unknown dkim-not-found, "},
+           Row{"default._domainkey.a.example.org", "s1._domainkey.a.example.org", "note dkim-tests, good dkim, ",
+               kTrial},
+           Row{"default._domainkey.a.example.org", "x", "note dkim-tests, unknown dkim-not-found, ", kTrial},
        }) {
-    const Zone zone(fmt::format("{} TXT v=DKIM1; p=\n{} TXT {}", row.withdrawn_at, row.good_at, kGood));
+    const Zone zone(fmt::format("{} TXT {}\n{} TXT {}", row.withdrawn_at, row.key, row.good_at, kGood));
     std::string drawn;
     for (const Finding& finding : Check(zone, {.domain = "a.example.org"}).report.findings) {
       if (finding.topic == "DKIM") drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word);
@@ -485,6 +491,11 @@ TEST(SenderCheck, TakesTheOrganisationsDmarcForADomainBelow) {
   };
   for (const Row& row : {
            Row{"p=reject; sp=none",
+               "weak: DMARC: The record of example.org only watches (\"sp=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"sp=quarantine\" at _dmarc.example.org, and "
+               "later \"sp=reject\"."},
+           Row{"p=none; sp=none",
                "weak: DMARC: The record of example.org only watches (\"sp=none\"): what others send in the name of "
                "news.example.org is delivered.\n"
                "When its reports show that your own mail passes, write \"sp=quarantine\" at _dmarc.example.org, and "

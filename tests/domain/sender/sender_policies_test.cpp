@@ -20,7 +20,7 @@ TEST(Dmarc, IsReadTagByTag) {
            Case{"v=DMARC1; rua=mailto:a@example.org",
                 {Policy::kNone, Policy::kNone, false, 100, {"mailto:a@example.org"}}},
            Case{" v = DMARC1 ; p = Quarantine ; sp=none; adkim=s; aspf=S; pct=20; ruf=mailto:x@y",
-                {Policy::kQuarantine, Policy::kNone, true, 20}},
+                {Policy::kQuarantine, Policy::kNone, true, 20, {}, true}},
            Case{"v=DMARC1; P=reject; strict; pct=20; pct=30; =x", {Policy::kReject, Policy::kReject, false, 20}},
            Case{"v=DMARC1; p=reject; rua=mailto:a@example.org, mailto:b@example.net!10m; pct=101; sp=odd",
                 {Policy::kReject, Policy::kReject, false, 100, {"mailto:a@example.org", "mailto:b@example.net!10m"}}},
