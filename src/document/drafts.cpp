@@ -173,6 +173,10 @@ Result<void> Drafts::Keep(const Draft& draft) const {
     Drop();
     return {};
   }
+  return KeepWhole(draft);
+}
+
+Result<void> Drafts::KeepWhole(const Draft& draft) const {
   auto kept = platform::ReplaceFile(FieldsOf(Body(kBeingWritten)), WriteFields(draft));
   return kept ? platform::ReplaceFile(Body(kBeingWritten), draft.document.html) : kept;
 }

@@ -35,6 +35,8 @@ class Drafts {
 
   // Keeps the one that is being written, in place of what was kept of it, and nothing where nothing is worth it.
   Result<void> Keep(const Draft& draft) const;
+  // Keeps it whatever it is worth.
+  Result<void> KeepWhole(const Draft& draft) const;
   void Drop() const;
   // From now on it is one of those that are offered, behind all others or before them.
   Result<void> SetAside(Turn turn = Turn::kLast) const;

@@ -78,7 +78,7 @@ struct Scene {
   void OpenImport() {
     const auto take = [this](const mail_file::ImportedBody& body) {
       taken.push_back(body);
-      return Result<void>();
+      return Result<bool>(true);
     };
     Show(std::make_unique<ExtraForm2>(rig.program, std::filesystem::path(), take, nullptr));
   }

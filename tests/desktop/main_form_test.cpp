@@ -948,14 +948,35 @@ class MainFormTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
-  static void Import(Scene& scene, const std::filesystem::path& message) {
+  static void Import(Scene& scene, const std::filesystem::path& message, QString* told = nullptr) {
     test::WhileOpen("ExtraForm2", [&](QDialog& form) {
       form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(message));
       form.findChild<QPushButton*>("ImportButton")->click();
       QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+      if (told != nullptr) *told = form.findChild<QLabel*>("StatusLine")->text();
     });
     scene.window->Dispatch(CommandId::kExtraForm2);
     QCOMPARE(scene.rig.Shown(), "inform: Import process has been completed.");
+  }
+
+  void anImportKeepsAnOpenedLetterAndNothingOfAnEmptyOne() {
+    for (const auto& [is_opened, restored] : {std::pair(true, "a letter"), {false, "of last week"}}) {
+      Scene scene;
+      scene.rig.folder.Write("data/Recovered.htm", "<p>of last week");
+      IgnoreErrors(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
+      scene.Open();
+      const QString letter =
+          PathToQt(scene.rig.folder.Write("letter.html", "<html><body><p>a letter</p></body></html>"));
+      scene.rig.prompts.files = {FromQt(letter)};
+      if (is_opened) scene.window->Dispatch(CommandId::kOpen);
+      scene.rig.Shown();
+      QString told;
+      Import(scene, scene.rig.folder.Write("a.eml", "Content-Type: text/html\r\n\r\n<p>imported"), &told);
+      QCOMPARE(told.contains("is kept"), is_opened);
+      Press(scene, "RestoreButton");
+      QTRY_COMPARE(scene.Editor().PlainText().trimmed(), restored);
+      scene.window->skip_save_prompt = true;
+    }
   }
 
   void oneImportAfterTheOtherIsTakenBack() {

@@ -50,14 +50,18 @@ Result<void> EditorDocument::SetAsideEarlier() {
   return done;
 }
 
-Result<void> EditorDocument::KeepFields() {
-  auto is_free = SetAsideEarlier();
-  if (!is_free) return is_free;
+document::Draft EditorDocument::AsDraft() const {
   document::Draft draft{.is_changed = is_filled_in_ || editor_.is_known_modified(), .file = file_};
   draft.document.html = FromQt(editor_.seen());
   draft.document.base_folder = BaseFolder();
   if (add_fields_) add_fields_(draft);
-  auto kept = drafts_.Keep(draft);
+  return draft;
+}
+
+Result<void> EditorDocument::KeepFields() {
+  auto is_free = SetAsideEarlier();
+  if (!is_free) return is_free;
+  auto kept = drafts_.Keep(AsDraft());
   if (!kept) return kept;
   ++times_kept_;
   TellKept(kept);
@@ -81,9 +85,9 @@ Result<void> EditorDocument::KeepAside() {
   return text ? kept : text.error();
 }
 
-Result<void> EditorDocument::SetAside(document::Drafts::Turn turn) {
+Result<void> EditorDocument::SetAside() {
   auto kept = KeepAside();
-  return kept ? drafts_.SetAside(turn) : kept;
+  return kept ? drafts_.SetAside() : kept;
 }
 
 void EditorDocument::Name(const fs::path& file) {
@@ -148,10 +152,17 @@ Result<void> EditorDocument::StartFrom(const std::string& letter) {
   return {};
 }
 
-Result<void> EditorDocument::Import(const std::string& html, const fs::path& folder) {
-  if (auto editable = document::CheckEditable(html); !editable) return editable;
-  if (auto aside = SetAside(document::Drafts::Turn::kNext); !aside) return aside;
-  return Show(html, folder, true);
+Result<bool> EditorDocument::Import(const std::string& html, const fs::path& folder) {
+  if (auto editable = document::CheckEditable(html); !editable) return editable.error();
+  if (auto kept = KeepAside(); !kept) return kept.error();
+  const document::Draft before = AsDraft();
+  const bool is_kept = before.IsWorthKeeping() || !before.file.empty();
+  if (is_kept) {
+    if (auto kept = drafts_.KeepWhole(before); !kept) return kept.error();
+  }
+  if (auto aside = drafts_.SetAside(document::Drafts::Turn::kNext); !aside) return aside.error();
+  auto shown = Show(html, folder, true);
+  return shown ? Result<bool>(is_kept) : shown.error();
 }
 
 Result<void> EditorDocument::SaveTo(const fs::path& file) {

@@ -54,9 +54,9 @@ class EditorDocument final : public document::EditedDocument {
   Result<void> StartFrom(const std::string& letter);
 
   // A body that came out of a message file: a document without a name that is not saved yet, in place of what is in the
-  // editor, which becomes the draft that is offered next, with all fields of the message. Its relative references start
-  // from `folder`.
-  Result<void> Import(const std::string& html, const std::filesystem::path& folder);
+  // editor, which becomes the draft that is offered next, with all fields of the message; true says so. A letter that
+  // was opened is kept too, of an empty message nothing. Its relative references start from `folder`.
+  Result<bool> Import(const std::string& html, const std::filesystem::path& folder);
 
   // Keeps the message as a draft, at once. Nothing is kept of one that is not worth it. Where the editor does not
   // answer, what was seen last is kept, and that is the error.
@@ -67,7 +67,7 @@ class EditorDocument final : public document::EditedDocument {
   void KeepForACrash();
   void WhenKept(std::function<void(const Result<void>&)> tell) { kept_ = std::move(tell); }
   // The message as it is becomes one of the drafts that are offered; it stays in the editor.
-  Result<void> SetAside(document::Drafts::Turn turn = document::Drafts::Turn::kLast);
+  Result<void> SetAside();
   // Takes up the next of those: its body, unchanged where its file still holds it. The other fields are the caller's.
   // What was in the editor is set aside for it.
   Result<document::Draft> Recover();
@@ -76,6 +76,7 @@ class EditorDocument final : public document::EditedDocument {
   std::uint64_t times_kept() const { return times_kept_; }
 
  private:
+  document::Draft AsDraft() const;
   void Name(const std::filesystem::path& file);
   Result<void> SetAsideEarlier();
   void TellKept(const Result<void>& kept);

@@ -97,9 +97,11 @@ void ExtraForm2::ShowEnd(const Result<Outcome>& outcome) {
 
 void ExtraForm2::TakeBody(const Result<mail_file::ImportedBody>& body) {
   if (!body) return status_->Fail(body.error());
-  if (const auto taken = take_(*body); !taken) return status_->Fail(taken.error());
+  const auto is_kept = take_(*body);
+  if (!is_kept) return status_->Fail(is_kept.error());
   if (!body->failures.empty()) return status_->Fail(body->failures.front());
-  status_->Say(tr("The body is in the window. What was there is kept, and can be had back there."));
+  status_->Say(*is_kept ? tr("The body is in the window. What was there is kept, and can be had back there.")
+                        : tr("The body is in the window."));
 }
 
 void ExtraForm2::reject() {

@@ -19,8 +19,8 @@ class StatusLine;
 class ExtraForm2 final : public QDialog {
   Q_OBJECT
  public:
-  // `file` is named at first. `take` puts the body in place of what the window has.
-  using Take = std::function<Result<void>(const mail_file::ImportedBody& body)>;
+  // `file` is named at first. `take` puts the body in place of what the window has, and says whether that is kept.
+  using Take = std::function<Result<bool>(const mail_file::ImportedBody& body)>;
   ExtraForm2(const profile::Program& program, const std::filesystem::path& file, Take take, QWidget* parent);
 
  public slots:

@@ -22,7 +22,7 @@ namespace quillcast::desktop {
 namespace {
 
 // The other fields stay; what was there, with all its fields, is what the notice offers.
-Result<void> TakeImported(Shell& shell, const mail_file::ImportedBody& body) {
+Result<bool> TakeImported(Shell& shell, const mail_file::ImportedBody& body) {
   auto taken = shell.document.Import(body.html, body.folder);
   if (!taken) return taken;
   shell.from_link.reset();
@@ -33,7 +33,7 @@ Result<void> TakeImported(Shell& shell, const mail_file::ImportedBody& body) {
   shell.AskAboutPictures();
   shell.notices.Refresh();
   shell.imported = shell.AsDraft();
-  return {};
+  return taken;
 }
 
 void ImportMessageFrom(Shell& shell, const std::filesystem::path& file, QWidget* parent) {
