@@ -170,7 +170,11 @@ bool AddressNamesLocalFile(std::string_view address) {
 
 bool WordsNameLocalFile(std::string_view words) {
   const std::string_view text = platform::Trim(words);
-  return NamesLocalFile(text) && NamesLocalFile(text.substr(0, text.find(' ')));
+  if (!NamesLocalFile(text)) return false;
+  const auto begins_with_it = [](std::string_view part) { return NamesLocalFile(part.substr(0, part.find(' '))); };
+  const std::size_t label = text.rfind(": ");  // "Description: C:\Users\Ada\a.png", as word processors write it
+  return begins_with_it(text) ||
+         (label != std::string_view::npos && begins_with_it(platform::Trim(text.substr(label + 1))));
 }
 
 }  // namespace quillcast::html

@@ -14,7 +14,8 @@ bool NamesLocalFile(std::string_view text);
 // The same of a text that is one address, with its blanks.
 bool AddressNamesLocalFile(std::string_view address);
 
-// The same of words that a person reads: they may name a file, where they do not begin with it.
+// The same of words that a person reads: they may name a file, where they do not begin with it, nor what stands behind
+// their label does.
 bool WordsNameLocalFile(std::string_view words);
 
 }  // namespace quillcast::html

@@ -425,6 +425,8 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img alt='Open C:\\Users in the Explorer'><!--[if mso]><p title='In D:\\x'>Open C:\\Users "
             "now</p><![endif]-->",
             nullptr},
+           {"<img alt='Beschreibung: Description: C:\\Users\\Ada Lovelace\\a.png' title='Logo: \\\\srv\\ada\\a.png'>",
+            "<img alt='' title=''>"},
            {"<img alt='C:\\Users\\Ada Lovelace\\a.png' title=' file:///home/a b'><!--[if mso]><p> C:\\home\\a "
             "b</p><![endif]-->",
             "<img alt='' title=''><!--[if mso]><p> </p><![endif]-->"},
