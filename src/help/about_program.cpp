@@ -59,6 +59,7 @@ std::vector<Library> Libraries() {
       {"libpsl", psl_get_version(), "MIT", "libpsl"},
       {"libcurl", curl_version_info(CURLVERSION_NOW)->version, "curl", "libcurl"},
       {"libsystemd", QUILLCAST_SYSTEMD_VERSION, "LGPL-2.1-or-later", "libsystemd"},
+      {"libsecret", QUILLCAST_SECRET_VERSION, "LGPL-2.1-or-later", "libsecret-1"},
       {"{fmt}", Numbers(FMT_VERSION / 10000, FMT_VERSION / 100 % 100, FMT_VERSION % 100), "MIT", ""},
       {"JSON for Modern C++",
        Numbers(NLOHMANN_JSON_VERSION_MAJOR, NLOHMANN_JSON_VERSION_MINOR, NLOHMANN_JSON_VERSION_PATCH), "MIT", ""},
