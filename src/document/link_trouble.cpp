@@ -167,9 +167,8 @@ bool IsBlocked(std::string_view scheme) {
   return IsScript(scheme) || std::find(kBlocked.begin(), kBlocked.end(), scheme) != kBlocked.end();
 }
 
-bool IsOfThisComputer(const Address& address, std::string_view target) {
-  return address.scheme == "file" || address.scheme == "smb" || address.scheme.size() == 1 ||
-         target.starts_with('\\') || html::AddressNamesLocalFile(target);
+bool IsOfThisComputer(std::string_view target) {
+  return target.starts_with('\\') || html::AddressNamesLocalFile(target);
 }
 
 // "htp", "hhttps", "ttp" for "http" or "https".
@@ -198,17 +197,14 @@ std::optional<Sentence> MailTrouble(const Address& address, std::string_view tar
 
 std::string SchemeOf(std::string_view target) { return Cut(AsRead(target)).scheme; }
 
-bool LeadsToFile(std::string_view target) {
-  const std::string read = AsRead(target);
-  return IsOfThisComputer(Cut(read), read);
-}
+bool LeadsToFile(std::string_view target) { return IsOfThisComputer(AsRead(target)); }
 
 bool CanBeFollowed(std::string_view target) {
   const std::string read = AsRead(target);
   if (read.starts_with('#') || read.starts_with(kTagBegin)) return true;
   const Address address = Cut(read);
+  if (address.scheme.empty() || IsOfThisComputer(read)) return false;
   if (address.scheme == "http" || address.scheme == "https") return IsHost(HostOf(address.rest));
-  if (address.scheme.empty() || IsOfThisComputer(address, read)) return false;
   return !IsBlocked(address.scheme) && !IsMistyped(address.scheme);
 }
 
@@ -221,7 +217,7 @@ std::optional<Sentence> LinkTrouble(std::string_view given_target, std::string_v
                         : Say("The link “{}” leads nowhere. Give it an address, or take it out.", name);
   }
   const Address address = Cut(target);
-  if (IsOfThisComputer(address, target)) {
+  if (IsOfThisComputer(target)) {
     return Say(
         "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
         "attach it.",

@@ -5,17 +5,21 @@
 
 namespace quillcast::html {
 
-// Whether a text holds an address of a file: "file:" with a folder or a drive, "C:\", "\\server\share", in any spelling
-// that browsers read, such as with character references, percent signs, escapes and control characters. A text that is
-// one address without a blank may do without the folder. What an address of the web, of mail or of a telephone holds
-// is the person's own, such as what it asks for.
+// Whether a text holds an address of a file: "file:" with a folder or a drive, "C:\", "\\server\share" and
+// "smb://server", in any spelling that browsers read, such as with character references, percent signs, escapes and
+// control characters. What an address of the net holds, or one of a program's own scheme asks for ("app://x?y"), is the
+// person's own.
 bool NamesLocalFile(std::string_view text);
 
-// The same of a text that is one address, with its blanks.
+// The same of a text that is one address, with its blanks: what it leads to counts, see address_reach.h, and of what
+// leads nowhere by itself, such as "page.html?x#y", what stands before its query.
 bool AddressNamesLocalFile(std::string_view address);
 
+// The same of several addresses with blanks between them, as "srcset" has them.
+bool AddressesNameLocalFile(std::string_view addresses);
+
 // The same of words that a person reads: they may name a file, where they do not begin with it, nor what stands behind
-// their label does.
+// a label of theirs does ("Description: C:\x.png").
 bool WordsNameLocalFile(std::string_view words);
 
 }  // namespace quillcast::html

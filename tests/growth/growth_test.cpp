@@ -283,7 +283,9 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
           Row{"declarations", "<p style='", "a:b;", "'>"}, Row{"blanks", "<p style", " ", ">"},
           Row{"a style sheet", "<style>", "url(\1)", "</style>"}, Row{"a name", "<", "a", ">"},
           Row{"a link", "<a href='", "x", "'>x</a>"}, Row{"a comment", "<!--[if x]>", "<![", "-->"},
-          Row{"files in an attribute", "<p a='", "x=file:", "'>"},
+          Row{"files in an attribute", "<p a='", "x=file:", "'>"}, Row{"programs", "<p a='", "ab://c=", "'>"},
+          Row{"servers of the net", "<p a='", "=//a", "'>"}, Row{"brackets", "<p a='", "https:x?[", "'>"},
+          Row{"pairs", "<p a='", "&a=https:x", "'>"}, Row{"labels", "<p title='", "a: ", "'>"},
           Row{"servers in styles", "<style>", "\\\\a", "</style>"}}) {
       ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
                          [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });

@@ -410,6 +410,8 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='https://x.example/search?q=C:\\Windows'>a</a><a href=https://x.example/go?u=C%3A%5CWindows>b</a>"
             "<a href='https://x.example/?e=a:/b&amp;c=d'>c</a><a href='HTTPS://x.example/r?url=b:%2Fabc'>d</a>"
             "<a href=' https://x.example/?q=file:///etc'>e</a><a href='//x.example/#file:/a'>f</a>"
+            "<a href='http:\\\\x.example\\x'>j</a><a href='whatsapp://send?text=C:\\x'>k</a><a href='#C:\\x'>l</a>"
+            "<a href='$*MergeSite*$?u=file:///x'>m</a><a href='next.html?q=C:\\x'>n</a><a href='//[::1]/?C:\\x'>o</a>"
             "<a href='mailto:help@x.example?subject=Files%20in%20C:%5CUsers'>g</a>"
             "<a href='mailto:help@x.example?subject=Files in C:\\Users'>h</a><a href='sms:+49123?body=C:\\x'>i</a>"
             "<p style=\"background:url(https://x.example/file:Logo/a.png)\" data-a='{\"a\":\"//x.example/?C:\\x\"}'>",

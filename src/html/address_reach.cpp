@@ -1,0 +1,110 @@
+#include "html/address_reach.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr std::string_view kSlashes = "/\\";
+
+bool IsSlash(char c) { return kSlashes.find(c) != std::string_view::npos; }
+bool IsLetter(char c) { return platform::AsciiLower(c) >= 'a' && platform::AsciiLower(c) <= 'z'; }
+
+template <std::size_t kCount>
+bool IsAmong(const std::array<std::string_view, kCount>& names, std::string_view name) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](std::string_view one) { return platform::EqualsIgnoringAsciiCase(one, name); });
+}
+
+std::string_view WithoutSlashes(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(kSlashes), text.size()));
+}
+
+// "C:\x", "c|/x".
+bool BeginsWithDrive(std::string_view text) {
+  return text.size() >= 3 && IsLetter(text[0]) && (text[1] == ':' || text[1] == '|') && IsSlash(text[2]);
+}
+
+// "ada@example.org:8080" of "ada@example.org:8080/x".
+std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
+
+// "file:///x", "C:\x" and "example.org:C:\x", where a server and its port would stand.
+bool HoldsFile(std::string_view text) {
+  const std::string_view written = AuthorityOf(text);
+  const std::string authority = platform::PercentDecoded(written).value_or("");
+  if (written.size() == text.size() || !IsSlash(text[written.size()]) || !authority.ends_with(':')) return false;
+  const std::string_view before = std::string_view(authority).substr(0, authority.size() - 1);
+  const auto is_of_name = [](char c) { return platform::AsciiIsAlnum(c) || c == '-' || c == '.'; };
+  const auto begin = std::find_if_not(before.rbegin(), before.rend(), is_of_name).base();
+  const std::string_view name = before.substr(static_cast<std::size_t>(begin - before.begin()));
+  return IsFileScheme(name) || (name.size() == 1 && IsLetter(name[0]));
+}
+
+// Whether it can be nothing else: a name with a dot, a port, a person or brackets, or this computer's server.
+bool NamesServer(std::string_view authority) {
+  if (authority.find('@') != std::string_view::npos || authority.starts_with('[')) return true;
+  const std::size_t colon = std::min(authority.find(':'), authority.size());
+  const std::string_view host = authority.substr(0, colon);
+  const std::string_view port = authority.substr(std::min(colon + 1, authority.size()));
+  if (!host.empty() && !port.empty() && port.find_first_not_of("0123456789") == std::string_view::npos) return true;
+  return platform::EqualsIgnoringAsciiCase(host, "localhost") ||
+         (!host.starts_with('.') && host.find('.') != std::string_view::npos);
+}
+
+AddressReach ReachWithoutScheme(std::string_view address) {
+  const std::string_view rest = WithoutSlashes(address);
+  const std::size_t slashes = address.size() - rest.size();
+  if (BeginsWithDrive(rest)) return AddressReach::kFile;
+  if (slashes < 2 || rest.empty()) return AddressReach::kNeither;
+  if (rest[0] == '?' && BeginsWithDrive(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
+  if (address.starts_with("\\\\") || HoldsFile(rest)) return AddressReach::kFile;
+  if (NamesServer(AuthorityOf(rest))) return AddressReach::kNet;
+  return slashes > 2 ? AddressReach::kFile : AddressReach::kNeither;  // "///home/ada/x"
+}
+
+bool IsWebScheme(std::string_view scheme) {
+  return IsAmong(std::to_array<std::string_view>({"http", "https", "ws", "wss", "ftp"}), scheme);
+}
+
+bool IsContactScheme(std::string_view scheme) {
+  return IsAmong(std::to_array<std::string_view>({"mailto", "tel", "sms"}), scheme);
+}
+
+AddressReach FileOrNet(bool is_file) { return is_file ? AddressReach::kFile : AddressReach::kNet; }
+
+}  // namespace
+
+bool IsFileScheme(std::string_view scheme) {
+  return IsAmong(std::to_array<std::string_view>({"file", "smb", "cifs", "nfs", "afp"}), scheme);
+}
+
+bool IsNetScheme(std::string_view scheme) { return IsWebScheme(scheme) || IsContactScheme(scheme); }
+
+std::string_view SchemeOfAddress(std::string_view address) {
+  if (address.empty() || !IsLetter(address[0])) return {};
+  const auto is_of_scheme = [](char c) { return platform::AsciiIsAlnum(c) || c == '+' || c == '-' || c == '.'; };
+  const auto end =
+      static_cast<std::size_t>(std::find_if_not(address.begin(), address.end(), is_of_scheme) - address.begin());
+  return end < address.size() && address[end] == ':' ? address.substr(0, end) : std::string_view();
+}
+
+AddressReach ReachOf(std::string_view address) {
+  const std::string_view scheme = SchemeOfAddress(address);
+  if (scheme.empty()) return ReachWithoutScheme(address);
+  if (scheme.size() == 1 || IsFileScheme(scheme)) return AddressReach::kFile;
+  const std::string_view rest = address.substr(scheme.size() + 1);
+  if (IsWebScheme(scheme)) return FileOrNet(HoldsFile(WithoutSlashes(rest)));
+  if (IsContactScheme(scheme)) return FileOrNet(BeginsWithDrive(rest) || IsFileScheme(SchemeOfAddress(rest)));
+  if (!rest.starts_with("//")) return AddressReach::kNeither;
+  const std::string_view host = AuthorityOf(rest.substr(2));
+  // "editor://file/home/ada/x": so programs ask for a file of this computer.
+  if (HoldsFile(rest.substr(2)) || IsFileScheme(host)) return AddressReach::kFile;
+  return NamesServer(host) ? AddressReach::kNet : AddressReach::kNeither;
+}
+
+}  // namespace quillcast::html

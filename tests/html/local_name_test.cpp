@@ -1,0 +1,190 @@
+// What names a file of the writer's computer, and what leads to the net, in each kind of place of a page.
+#include "html/local_name.h"
+
+#include <gtest/gtest.h>
+
+namespace quillcast::html {
+namespace {
+
+constexpr bool kFile = true;
+constexpr bool kKept = false;
+
+struct Row {
+  const char* text;
+  bool is_file;
+};
+using Rows = std::initializer_list<Row>;
+
+TEST(LocalName, OfAnAddressIsByWhereItLeads) {
+  for (const Row& row : Rows{
+           // The web, with slashes of any kind and number, or none.
+           {"http:\\\\www.example.com\\x", kKept},
+           {"https:/x.example", kKept},
+           {"https:x.example/?q=C:\\x", kKept},
+           {"HTTPS:\\/\\x.example\\C:\\x", kKept},
+           {" ht\ntps://x.example/?q=file:///etc", kKept},
+           {"ftp://x.example/C:/x", kKept},
+           {"wss:x.example#\\\\srv\\x", kKept},
+           {"http://intranet/c:/x", kKept},
+           {"https://[2001:db8::1]:8080/?C:\\x", kKept},
+           {"https://file.example/?q=C:\\x", kKept},
+           {"https://$*MergeSite*$/?q=C:\\x", kKept},
+           {"mailto:ada@x.example?subject=Files in C:\\Users", kKept},
+           {"sms:+49123&body=C:\\x", kKept},
+           // A scheme before what is a file.
+           {"http://C:\\Users\\ada\\x", kFile},
+           {"https://file:///home/ada/x", kFile},
+           {"http:/c%3A/Users/ada/x", kFile},
+           {"https://x.example:C:\\Users", kFile},
+           {"mailto:C:\\Users\\ada\\x", kFile},
+           // Programs have schemes of their own.
+           {"whatsapp://send?text=C:\\x", kKept},
+           {"app:send?text=C:\\x", kKept},
+           {"app://open#file:///x", kKept},
+           {"webcal://x.example/C:/x.ics", kKept},
+           {"ssh://git@host/C:/x", kKept},
+           {"view-source:https://x.example/?q=C:\\x", kKept},
+           {"onenote:///D:\\x\\y.one", kFile},
+           {"onenote:///\\\\srv\\share\\y.one", kFile},
+           {"vscode://file/C:/x", kFile},
+           {"vscode://file/home/ada/x", kFile},
+           {"ms-word:ofe|u|file:///C:/x.docx", kFile},
+           {"ms-word:ofe|u|https://x.example/C:/x.docx", kKept},
+           {"git+file:///home/ada/x", kFile},
+           {"javascript:open('x?y=file:///home/ada')", kFile},
+           {"data:text/html,<a href='?file:///home/ada'>", kFile},
+           // Relative, with or without a server.
+           {"?q=C:\\x", kKept},
+           {"?/C:/x", kKept},
+           {"#C:\\x", kKept},
+           {"next.html?u=file:///x", kKept},
+           {"$*MergeTitle*$?q=C:\\x", kKept},
+           {"wiki/File:Logo/a.png", kKept},
+           {"a:/b.html?c", kFile},
+           {"//localhost/?q=C:\\x", kKept},
+           {"//localhost/C:/x", kKept},
+           {"//m\xC3\xBCnchen.example/C:/x", kKept},
+           {"//ada@host:8080/C:/x", kKept},
+           {"//host:8080/C:/x", kKept},
+           {"//[::1]/?q=C:\\x", kKept},
+           {"/\\x.example/C:/x", kKept},
+           {"///x.example/C:/x", kKept},
+           {"//host/?q=C:\\x", kKept},
+           {"/home/x.html", kKept},
+           {"../x", kKept},
+           // Files, and servers of the person's own network.
+           {"file:x", kFile},
+           {"\x01 FI\tLE:\\\\x", kFile},
+           {"C:\\x", kFile},
+           {"c:x", kFile},
+           {"/C:/Users/ada/x", kFile},
+           {"//C|/Users/ada/x", kFile},
+           {"/C%3A/Users/ada/x", kFile},
+           {"%66ile:home/x", kFile},
+           {"\xC2\xA0"
+            "file:///x",
+            kFile},
+           {"///home/ada/x", kFile},
+           {"\\\\srv\\share\\x", kFile},
+           {"\\\\srv.example", kFile},
+           {"//?/C:/x", kFile},
+           {"\\\\?\\C:\\x", kFile},
+           {"smb://srv/share/x", kFile},
+           {"SMB:\\\\srv\\share", kFile},
+       }) {
+    EXPECT_EQ(AddressNamesLocalFile(row.text), row.is_file) << row.text;
+  }
+}
+
+TEST(LocalName, OfATextIsAnyThatStandsBesideAddressesOfTheNet) {
+  for (const Row& row : Rows{
+           {"https://x.example/?q=C:\\x", kKept},
+           {"https://x.example/file:Logo/c:/x", kKept},
+           {"http:\\\\www.example.com\\x", kKept},
+           {"see...https://x.example/?a=1&b=file:///x", kKept},
+           {"https://x.example/?a[b]={C:\\x}", kKept},
+           {"0; URL=https://x.example/?a=1&b=C:\\x", kKept},
+           {"{\"a\":\"//localhost/?C:\\x\"}", kKept},
+           {"{\"a\":\"//[::1]/?C:\\x\"}", kKept},
+           {"//a.example/a.png 1x, //b.example/b.png?C:\\x 2x", kKept},
+           {"whatsapp://send?text=C:\\x&a=file:///x", kKept},
+           {"feed:https://x.example/?q=C:\\x", kKept},
+           {"a file:b/c", kKept},
+           {"my profile:/x", kKept},
+           {"w:\\ :\\ \\d", kKept},
+           // Right behind an address.
+           {"https://x.example[file:///home/x", kFile},
+           {"https://x.example/y[file:///home/x", kFile},
+           {"{https://x.example/?q=y}{C:\\x}", kFile},
+           {"https://[::1]/}{C:\\x", kFile},
+           {"a=https://x.example/y&b=file:///home/x", kFile},
+           {"a=https://x.example/?y=z&b=file:///home/x", kFile},
+           {"a=b&c=https://x.example/?y=z&d=file:///home/x", kFile},
+           {"https://x.example&nbsp;file:///home/x", kFile},
+           {"https://x.example/?q=y&nbsp;file:///home/x", kFile},
+           {"https://x.example/?q=y\xC2\xA0"
+            "file:///home/x",
+            kFile},
+           {"https://x.example/\xE2\x80\x89"
+            "C:\\x",
+            kFile},
+           {"https://x.example=C:\\x", kFile},
+           {"https://x.example/,C:\\x", kFile},
+           {"whatsapp://send?text=y C:\\x", kFile},
+           {"app://open/C:/x?y", kFile},
+           // Wherever it stands.
+           {"path:C:\\x", kFile},
+           {"see...file:///home/x", kFile},
+           {"saved_C:\\x", kFile},
+           {"\"C:\\/Users\\/ada\"", kFile},
+           {"src=/C:/x", kFile},
+           {"'//?/C:/x'", kFile},
+           {"'///home/ada/x'", kFile},
+           {"URL=file:home/x", kFile},
+           {"file:home/x", kFile},
+           {"'smb://srv/x'", kFile},
+           {"f\\69le:///x", kFile},
+           {"a%20file%3A%2F%2F%2Fx", kFile},
+           {"https://x.example/?q=%20C:%5Cx", kKept},
+           {"https%3A//x.example/ file&colon;//srv.x/home", kFile},
+       }) {
+    EXPECT_EQ(NamesLocalFile(row.text), row.is_file) << row.text;
+  }
+}
+
+TEST(LocalName, OfWordsIsWhatTheyBeginWith) {
+  for (const Row& row : Rows{
+           {"Open C:\\Users in the Explorer", kKept},
+           {"Open\tC:\\Users", kKept},
+           {"Open\nC:\\Users", kKept},
+           {"Open\xC2\xA0"
+            "C:\\Users",
+            kKept},
+           {"File:Logo.png", kKept},
+           {"file:Logo/a.png", kKept},
+           {"Description: File:Logo.png", kKept},
+           {"Our shop: https://x.example/?q=C:\\x", kKept},
+           {"C:\\Users\\Ada Lovelace\\a.png", kFile},
+           {"\xC2\xA0"
+            "file:///home/a b",
+            kFile},
+           {"(C:\\Users\\a.png)", kFile},
+           {"\"\\\\srv\\ada\\a.png\"", kFile},
+           {"- C:\\Users\\a.png", kFile},
+           {"\xE2\x80\xA2 C:\\Users\\a.png", kFile},
+           {"\xE8\xAF\xB4\xEF\xBC\x9A C:\\Users\\a.png", kFile},
+           {"Description:\nC:\\Users\\a.png", kFile},
+           {"Description:\xC2\xA0"
+            "C:\\Users\\a.png",
+            kFile},
+           {"Description:C:\\Users\\a.png", kFile},
+           {"Description: C:\\Users\\a.png, size: 3 KB", kFile},
+           {"Description: \"C:\\Users\\a.png\"", kFile},
+           {"smb://srv/ada/a.png", kFile},
+       }) {
+    EXPECT_EQ(WordsNameLocalFile(row.text), row.is_file) << row.text;
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::html
