@@ -15,6 +15,7 @@ namespace quillcast::html {
 namespace {
 
 constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grows together
+constexpr std::string_view kOfficeElement = "xml";
 
 std::string WithoutNames(std::string_view html, bool is_in_comment);
 
@@ -81,22 +82,27 @@ std::string CleanSheet(std::string_view css) {
   return NamesLocalFile(css) ? SheetCleaner(css).Run() : std::string(css);
 }
 
-// Whether the value of an attribute holds one, by what it is for.
-bool NamesIn(std::string_view attribute, std::string_view value) {
-  struct Row {
-    std::string_view attribute;
-    bool (*names)(std::string_view);
-  };
-  constexpr auto kRows = std::to_array<Row>({{"href", AddressNamesLocalFile},
-                                             {"src", AddressNamesLocalFile},
-                                             {"action", AddressNamesLocalFile},
-                                             {"background", AddressNamesLocalFile},
-                                             {"cite", AddressNamesLocalFile},
-                                             {"alt", WordsNameLocalFile},
-                                             {"title", WordsNameLocalFile}});
-  const auto* const row =
-      std::find_if(kRows.begin(), kRows.end(), [&](const Row& one) { return one.attribute == attribute; });
-  return row == kRows.end() ? NamesLocalFile(value) : row->names(value);
+// What an attribute is for. All that is no row may hold anything.
+struct AttributeRow {
+  std::string_view attribute;
+  bool (*names_file)(std::string_view);
+};
+constexpr auto kAttributes = std::to_array<AttributeRow>({
+    {"action", AddressNamesLocalFile},   {"background", AddressNamesLocalFile}, {"cite", AddressNamesLocalFile},
+    {"codebase", AddressNamesLocalFile}, {"data", AddressNamesLocalFile},       {"formaction", AddressNamesLocalFile},
+    {"href", AddressNamesLocalFile},     {"longdesc", AddressNamesLocalFile},   {"poster", AddressNamesLocalFile},
+    {"src", AddressNamesLocalFile},      {"xlink:href", AddressNamesLocalFile}, {"imagesrcset", AddressesNameLocalFile},
+    {"ping", AddressesNameLocalFile},    {"srcset", AddressesNameLocalFile},    {"abbr", WordsNameLocalFile},
+    {"alt", WordsNameLocalFile},         {"class", WordsNameLocalFile},  // names like "file:mr-4"
+    {"label", WordsNameLocalFile},       {"placeholder", WordsNameLocalFile},   {"summary", WordsNameLocalFile},
+    {"title", WordsNameLocalFile},
+});
+
+// Which <meta> people read the content of, where a search or a preview shows it: "description", "og:title".
+bool IsRead(std::string_view meta) {
+  constexpr auto kRead = std::to_array<std::string_view>({"abstract", "description", "keywords", "subject", "title"});
+  const std::string name = platform::AsciiLower(platform::Trim(meta.substr(meta.rfind(':') + 1)));
+  return std::find(kRead.begin(), kRead.end(), name) != kRead.end();
 }
 
 class PageCleaner {
@@ -108,6 +114,7 @@ class PageCleaner {
     while (tokens_.Next(token)) {
       out_ += Clean(token);
       element_ = token.kind == HtmlTokenKind::kStartTag ? token.name : std::string();
+      if (token.name == kOfficeElement) is_in_office_ = token.kind == HtmlTokenKind::kStartTag;
     }
     return std::move(out_);
   }
@@ -124,13 +131,18 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesLocalFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
-        return std::string(is_in_comment_ && WordsNameLocalFile(source) ? " " : source);
+        return std::string(is_in_comment_ && TextNames(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
     }
     if (element_ == "style") return CleanSheet(source);
     const bool is_read = element_ == "xmp" || element_ == "plaintext";
     return std::string(!is_read && NamesLocalFile(source) ? " " : source);
+  }
+
+  // What an office program keeps of its own there is nothing that people read.
+  bool TextNames(std::string_view text) const {
+    return is_in_office_ ? NamesLocalFile(text) : WordsNameLocalFile(text);
   }
 
   std::string CleanComment(std::string_view source) const {
@@ -152,7 +164,7 @@ class PageCleaner {
       const std::string_view before = html_.substr(at, attribute.value_begin - at);
       clean += before;
       beside += before;
-      clean += CleanValue(attribute);
+      clean += CleanValue(token, attribute);
       at = attribute.value_end;
     }
     const std::string_view end = html_.substr(at, token.end - at);
@@ -161,11 +173,22 @@ class PageCleaner {
     return NamesLocalFile(beside) ? NameAlone(token) : clean;
   }
 
-  std::string CleanValue(const HtmlAttribute& attribute) const {
+  // Whether the value of an attribute names one, by what it is for.
+  bool NamesIn(const HtmlToken& token, const std::string& name, std::string_view value) const {
+    const bool is_read = name.starts_with("aria-") ||
+                         (name == "content" && token.name == "meta" &&
+                          (IsRead(tokens_.Value(token, "name")) || IsRead(tokens_.Value(token, "property"))));
+    if (is_read) return WordsNameLocalFile(value);
+    const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),
+                                         [&](const AttributeRow& one) { return one.attribute == name; });
+    return row == kAttributes.end() ? NamesLocalFile(value) : row->names_file(value);
+  }
+
+  std::string CleanValue(const HtmlToken& token, const HtmlAttribute& attribute) const {
     const std::string_view written = tokens_.RawValue(attribute);
     const std::string name = platform::AsciiLower(tokens_.RawName(attribute));
     const std::string value = DecodeCharacterReferences(written, true);
-    if (!NamesIn(name, value)) return std::string(written);
+    if (!NamesIn(token, name, value)) return std::string(written);
     const std::string clean = name == "style" ? EscapedForHtml(CleanSheet(value), "&<>\"'") : std::string();
     const char before = html_[attribute.value_begin - 1];
     return before == '"' || before == '\'' ? clean : '"' + clean + '"';
@@ -183,6 +206,7 @@ class PageCleaner {
   bool is_in_comment_;
   HtmlTokenizer tokens_;
   std::string element_;  // whose content comes next
+  bool is_in_office_ = false;
   std::string out_;
 };
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "html/local_names.h"
+
 namespace quillcast::html {
 namespace {
 
@@ -183,6 +185,33 @@ TEST(LocalName, OfWordsIsWhatTheyBeginWith) {
            {"smb://srv/ada/a.png", kFile},
        }) {
     EXPECT_EQ(WordsNameLocalFile(row.text), row.is_file) << row.text;
+  }
+}
+
+TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
+  struct Page {
+    const char* written;
+    const char* clean;  // null where it stays
+  };
+  for (const Page& page : std::initializer_list<Page>{
+           {"<img srcset='a.png?C:\\x 1x, //b.example/b.png?C:\\x 2x,https://c.example/?C:\\x 3x'>", nullptr},
+           {"<img srcset='a.png 1x,file:///b.png 2x'>", "<img srcset=''>"},
+           {"<a href='?q=C:\\x'>a</a><a href='http:\\\\x.example\\x'>b</a><form action='next?u=file:///x'>", nullptr},
+           {"<a href='smb://srv/share'>a</a><p data-a='smb://srv/share'>", "<a href=''>a</a><p data-a=''>"},
+           {"<p class='file:mr-4 file:w-1/2' aria-label='Open C:\\Users' title='a C:\\x'>", nullptr},
+           {"<p aria-label='C:\\Users\\ada' class='file:///x'>", "<p aria-label='' class=''>"},
+           {"<meta name=description content='Open C:\\Users'><meta property='og:title' content='On C:\\x'>", nullptr},
+           {"<meta name=description content='C:\\x y'><meta name=source content='at C:\\x'>",
+            "<meta name=description content=''><meta name=source content=''>"},
+           {"<meta http-equiv=refresh content='0; URL=https://x.example/?a=C:\\x'>", nullptr},
+           {"<!--[if gte mso 9]><xml><o:Description>Saved at C:\\Users\\ada\\x.docx</o:Description></xml>"
+            "<p>Open C:\\Users</p><![endif]--><p>Saved at C:\\x</p>",
+            "<!--[if gte mso 9]><xml><o:Description> </o:Description></xml>"
+            "<p>Open C:\\Users</p><![endif]--><p>Saved at C:\\x</p>"},
+           {"<!--a=https://x.example/y&b=file:///home/x--><!--https://x.example/?q=C:\\x-->",
+            "<!----><!--https://x.example/?q=C:\\x-->"},
+       }) {
+    EXPECT_EQ(WithoutLocalNames(page.written), page.clean == nullptr ? page.written : page.clean);
   }
 }
 
