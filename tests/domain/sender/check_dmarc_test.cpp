@@ -1,0 +1,73 @@
+// What a domain asks to be done with mail that fails, and whether its own passes.
+#include "domain/sender/zone.h"
+
+namespace quillcast::domain {
+namespace {
+
+TEST(CheckDmarc, SaysWhetherAMessageCanPass) {
+  struct Way {
+    const char* spf;
+    const char* key;
+    bool selector_is_given;
+    const char* word;
+  };
+  for (const Way& way : {
+           Way{"v=spf1 ip4:203.0.113.5 -all", "", true, "dmarc-alignment"},
+           Way{"v=spf1 -all", "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=", false,
+               "dmarc-alignment"},
+           Way{"v=spf1 -all", "v=DKIM1; t=y; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=", true,
+               "dmarc-alignment-unknown"},
+           Way{"v=spf1 -all", "", true, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ipv4:1", "", false, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ipv4:1", "", true, "dmarc-no-alignment"},
+           Way{"v=spf1 include:fails.example -all", "", true, "dmarc-alignment-unknown"},
+           Way{"v=spf1 ip4:203.0.113.5 include:none.example -all", "", true, "dmarc-alignment-unknown"},
+       }) {
+    const Zone zone(
+        fmt::format("example.org TXT {}\ns1._domainkey.example.org TXT {}\nsmtp.example A 203.0.113.5\n"
+                    "fails.example FAILS\n_dmarc.example.org TXT v=DMARC1; p=reject",
+                    way.spf, way.key));
+    SenderQuestion question{.domain = "example.org", .servers = {"smtp.example"}};
+    if (way.selector_is_given) question.selectors = {"s1"};
+    EXPECT_NE(Words(Check(zone, question).report).find(std::string(" ") + way.word + " "), std::string::npos)
+        << way.spf << " " << way.key;
+  }
+}
+
+TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
+  const Zone zone(std::string(kZone) +
+                  "news.example.org TXT v=spf1 ip4:203.0.113.5 -all\nnews.example.org A 198.51.100.1");
+  EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .servers = {"203.0.113.5"}}).report),
+            "no-mx spf spf-covers-server dkim dmarc dmarc-alignment no-mta-sts reverse-name ");
+  struct Row {
+    const char* record;
+    const char* drawn;
+  };
+  for (const Row& row : {
+           Row{"p=reject; sp=none",
+               "weak: DMARC: The record of example.org only watches (\"sp=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"sp=quarantine\" at _dmarc.example.org, and "
+               "later \"sp=reject\"."},
+           Row{"p=none; sp=none",
+               "weak: DMARC: The record of example.org only watches (\"sp=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"sp=quarantine\" at _dmarc.example.org, and "
+               "later \"sp=reject\"."},
+           Row{"p=none",
+               "weak: DMARC: The record of example.org only watches (\"p=none\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "When its reports show that your own mail passes, write \"p=quarantine\" at _dmarc.example.org, and "
+               "later \"p=reject\"."},
+       }) {
+    const Zone watching(std::string("_dmarc.example.org TXT v=DMARC1; ") + row.record);
+    const auto report = Check(watching, {.domain = "news.example.org"}).report;
+    const auto finding = std::find_if(report.findings.begin(), report.findings.end(),
+                                      [](const Finding& each) { return each.word == "dmarc-none"; });
+    ASSERT_NE(finding, report.findings.end()) << Words(report);
+    EXPECT_EQ(Drawn(*finding), row.drawn);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::domain
