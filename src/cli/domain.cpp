@@ -31,21 +31,16 @@ net::Patience PatienceOf(const DomainArguments& typed, const Context& context) {
           net::Deadline::After(context.clock.Monotonic(), std::chrono::seconds(typed.timeout))};
 }
 
-std::string ServerText(const net::HostPort& server) {
-  const bool v6 = server.host.find(':') != std::string::npos;
-  return (v6 ? "[" + server.host + "]" : server.host) + ":" + std::to_string(server.port);
-}
-
 void ShowWhois(const domain::WhoisAnswer& answer, const net::HostPort& server, const DomainArguments& typed,
                Context& context) {
   std::string shown = platform::ReplaceAll(answer.text, "\t", "    ");
   if (shown.ends_with('\n')) shown.pop_back();  // Line ends it
   context.output.Line(shown);
   if (!answer.cut_short) context.output.Note(domain::DescribeWhois(answer, server).InEnglish());
-  nlohmann::ordered_json object = {{"name", typed.name},        {"server", ServerText(server)},
+  nlohmann::ordered_json object = {{"name", typed.name},        {"server", net::ToString(server)},
                                    {"charset", answer.charset}, {"complete", !answer.cut_short},
                                    {"text", answer.text},       {"referral", nullptr}};
-  if (answer.referral) object["referral"] = ServerText(*answer.referral);
+  if (answer.referral) object["referral"] = net::ToString(*answer.referral);
   context.output.Object(object);
 }
 
@@ -71,7 +66,7 @@ int RunWhois(Context& context, const DomainArguments& typed) {
     if (!answer->referral) return 0;
     if (last) {
       if (!typed.follow) {
-        context.output.Note(ServerText(*answer->referral) + " knows more, it says; --follow asks there too.");
+        context.output.Note(net::ToString(*answer->referral) + " knows more, it says; --follow asks there too.");
       }
       return 0;
     }

@@ -34,9 +34,9 @@ ordered_json StepsOf(const domain::ConnectionTest& test) {
   auto steps = ordered_json::array();
   for (const auto& step : test.steps) {
     const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(step.took).count();
-    const bool is_end = &step == &test.steps.back() && !test.Works();
-    steps.push_back(
-        {{"step", domain::Name(step.step)}, {"ms", static_cast<double>(microseconds) / 1000}, {"done", !is_end}});
+    steps.push_back({{"step", domain::Name(step.step)},
+                     {"ms", static_cast<double>(microseconds) / 1000},
+                     {"done", !test.EndedAt(step)}});
   }
   return steps;
 }
@@ -71,6 +71,18 @@ ordered_json OfferOf(const std::optional<domain::Offer>& offer) {
   return {{"sign_in", offer->sign_in}, {"extensions", offer->extensions}};
 }
 
+ordered_json OthersOf(const domain::ConnectionTest& test) {
+  auto others = ordered_json::array();
+  for (const auto& other : test.others) {
+    others.push_back({{"server", other.server.host},
+                      {"port", other.server.port},
+                      {"code", static_cast<int>(other.outcome.code)},
+                      {"verdict", domain::Name(domain::VerdictOf(other))},
+                      {"report", other.report}});
+  }
+  return others;
+}
+
 ordered_json ResultOf(const domain::ConnectionTest& test, int threading) {
   ordered_json result = {{"server", test.server.host},
                          {"port", test.server.port},
@@ -88,6 +100,9 @@ ordered_json ResultOf(const domain::ConnectionTest& test, int threading) {
                          {"report", test.report},
                          {"threading", threading}};
   for (const auto& sentence : domain::MeaningOf(test)) result["meaning"].push_back(sentence.InEnglish());
+  result["others"] = OthersOf(test);
+  result["untried"] = ordered_json::array();
+  for (const auto& server : test.untried) result["untried"].push_back(domain::TextOf(server));
   return result;
 }
 
@@ -115,8 +130,7 @@ int RunTest(Context& context, const TestRequest& request) {
   const auto test = domain::TestConnection(*options, context.clock, context.cancel);
   TellTest(context.output, test);
   context.output.Object(ResultOf(test, given.threading));
-  // A server that parts badly has taken the messages by then.
-  if (test.Works() || test.outcome.code == smtp::ResultCode::kQuitFailed) return 0;
+  if (test.TakesMail()) return 0;
   return ExitCode(test.outcome.code == smtp::ResultCode::kCancelled ? Failure::kTryAgain : Failure::kUnavailable);
 }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 
+#include "net/address.h"
 #include "platform/text.h"
 
 namespace quillcast::domain {
@@ -35,9 +36,8 @@ Sentence TookOf(platform::Duration took) {
 
 void AddSteps(const ConnectionTest& test, Facts& facts) {
   for (const StepTime& step : test.steps) {
-    const bool is_end = &step == &test.steps.back() && !test.Works();
     const Sentence took = TookOf(step.took);
-    facts.push_back({WordsOf(step.step).words, is_end ? Say("{}; it ended here", took) : took});
+    facts.push_back({WordsOf(step.step).words, test.EndedAt(step) ? Say("{}; it ended here", took) : took});
   }
 }
 
@@ -80,7 +80,7 @@ void AddOffer(const std::optional<Offer>& offer, const char* sign_in, const char
 }  // namespace
 
 std::vector<ConnectionFact> FactsOf(const ConnectionTest& test) {
-  Facts facts;
+  Facts facts = {{"Server", TextOf(test.server)}};
   AddSteps(test, facts);
   AddAddresses(test, facts);
   AddTls(test, facts);
@@ -95,6 +95,10 @@ std::vector<ConnectionFact> FactsOf(const ConnectionTest& test) {
 
 std::string DayOf(std::chrono::system_clock::time_point moment) {
   return fmt::format("{:%Y-%m-%d}", fmt::gmtime(std::chrono::system_clock::to_time_t(moment)));
+}
+
+std::string TextOf(const smtp::Server& server) {
+  return net::ToString(net::HostPort{platform::Printable(server.host, 255), server.port});
 }
 
 std::string Joined(const std::vector<std::string>& texts, std::size_t longest) {

@@ -17,9 +17,12 @@ struct ConnectionFact {
   bool operator==(const ConnectionFact&) const = default;
 };
 
-// In this order: the time of each step, the addresses, encryption and the certificate, ways of signing in, extensions.
-// What was not reached is left out.
+// In this order: the server, the time of each step, the addresses, encryption and the certificate, ways of signing in,
+// extensions. What was not reached is left out.
 std::vector<ConnectionFact> FactsOf(const ConnectionTest& test);
+
+// "host:port", safe to show.
+std::string TextOf(const smtp::Server& server);
 
 // The texts with commas between them, safe to show; what goes beyond so many octets is left out.
 std::string Joined(const std::vector<std::string>& texts, std::size_t longest);

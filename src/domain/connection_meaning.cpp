@@ -1,7 +1,6 @@
-#include <fmt/format.h>
-
 #include "domain/connection_facts.h"
 #include "domain/connection_verdict.h"
+#include "net/address.h"
 #include "net/resolver.h"
 #include "platform/text.h"
 #include "smtp/outcome_text.h"
@@ -212,13 +211,20 @@ std::vector<Sentence> OfServer(const ConnectionTest& test) {
 }  // namespace
 
 std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
-  std::vector<Sentence> meaning = OfServer(test);
+  if (VerdictOf(test) == kCancelled || (test.others.empty() && test.untried.empty())) return OfServer(test);
+  std::vector<Sentence> meaning = {test.TakesMail()
+                                       ? Say("Of the servers {} is the first that works.", TextOf(test.server))
+                                       : Say("None of the servers that were tried works. Of {}:", TextOf(test.server))};
+  for (Sentence& sentence : OfServer(test)) meaning.push_back(std::move(sentence));
+  for (const ConnectionTest& other : test.others) {
+    meaning.push_back(Say("{} was tried too: {}", TextOf(other.server), OfServer(other).front()));
+  }
   if (test.untried.empty()) return meaning;
   std::vector<std::string> untried;
-  for (const smtp::Server& server : test.untried) {
-    untried.push_back(fmt::format("{}:{}", platform::Printable(server.host, kLongestList), server.port));
-  }
-  meaning.push_back(Say("There was no time left to try {}.", Joined(untried, kLongestList)));
+  for (const smtp::Server& server : test.untried) untried.push_back(TextOf(server));
+  const std::string list = Joined(untried, kLongestList);
+  meaning.push_back(test.TakesMail() ? Say("Not tried, as this one works: {}.", list)
+                                     : Say("There was no time left to try {}.", list));
   return meaning;
 }
 

@@ -45,82 +45,86 @@ Offer OfferOf(std::string_view reply) {
   return offer;
 }
 
-// Writes down what a client tells.
+// Writes down what a client tells, of each server apart.
 class Recorder final : public smtp::JobSource, public smtp::ConnectionWatch {
  public:
   explicit Recorder(const platform::Clock& clock) : clock_(clock) {}
 
+  // The test of the server that is told, with the outcome of the whole, and beside it the others.
   ConnectionTest Finish(smtp::Outcome outcome) {
     EndStep();
-    test_.outcome = std::move(outcome);
-    if (!test_.Works()) test_.report = smtp::ResultText(static_cast<int>(test_.outcome.code)) + "\r\n";
-    test_.report += conversation_;
-    return std::move(test_);
+    Told(told_.value_or(tries_.empty() ? 0 : tries_.size() - 1));
+    ConnectionTest told;
+    std::vector<ConnectionTest> others;
+    for (std::size_t n = 0; n < tries_.size(); ++n) {
+      if (n == told_) tries_[n].test.outcome = std::move(outcome);
+      Report(tries_[n]);
+      if (n == told_) {
+        told = std::move(tries_[n].test);
+      } else {
+        others.push_back(std::move(tries_[n].test));
+      }
+    }
+    if (tries_.empty()) told.outcome = std::move(outcome);
+    told.others = std::move(others);
+    return told;
   }
-  bool said_anything() const { return test_lines_ > 0; }
+  // Of the server that is told, once it is finished.
+  bool said_anything() const { return told_ && *told_ < tries_.size() && tries_[*told_].lines > 0; }
+  std::size_t tries() const { return tries_.size(); }
 
   smtp::Job* NextJob() override { return nullptr; }
   void Finished(smtp::Job&, const smtp::Outcome&) override {}
   void Progress(std::uint64_t, std::uint64_t) override {}
   void LogLine(std::string_view line) override {
-    ++test_lines_;
-    if (++lines_ <= kMostLines) conversation_.append(line).append("\r\n");
-    if (lines_ == kMostLines + 1) conversation_ += "...\r\n";
+    Try& now = tries_.back();
+    if (++now.lines <= kMostLines) now.conversation.append(line).append("\r\n");
+    if (now.lines == kMostLines + 1) now.conversation += "...\r\n";
   }
 
   void Begins(const smtp::Server& server) override {
-    PutAside();
-    test_.server = server;
+    EndStep();
+    tries_.emplace_back().test.server = server;
   }
-  void Told(const smtp::Server& server) override {
-    const auto untried = test_.untried;
-    PutAside();
-    const auto whose = std::ranges::find_if(past_, [&](const Past& past) {
-      return past.test.server.host == server.host && past.test.server.port == server.port;
-    });
-    if (whose == past_.end()) return;
-    test_ = std::move(whose->test);
-    test_lines_ = whose->lines;
-    test_.untried = untried;
-  }
-  void Untried(const smtp::Server& server) override { test_.untried.push_back(server); }
+  void Failed(const smtp::Outcome& outcome) override { tries_.back().test.outcome = outcome; }
+  void Told(std::size_t server) override { told_ = server; }
   void Begins(ConnectionStep step) override {
     EndStep();
-    test_.steps.push_back({step, {}});
+    Now().steps.push_back({step, {}});
     began_ = clock_.Monotonic();
   }
   void Tried(std::span<const net::TriedAddress> addresses) override {
-    test_.addresses.assign(addresses.begin(), addresses.end());
+    Now().addresses.assign(addresses.begin(), addresses.end());
   }
-  void Encrypted(const net::TlsFacts& facts) override { test_.tls = facts; }
-  void Offered(std::string_view text) override { (test_.tls ? test_.under_tls : test_.in_clear) = OfferOf(text); }
+  void Encrypted(const net::TlsFacts& facts) override { Now().tls = facts; }
+  void Offered(std::string_view text) override { (Now().tls ? Now().under_tls : Now().in_clear) = OfferOf(text); }
   void Senseless(std::string_view bytes) override {
-    test_.odd = platform::Printable(bytes);
-    LogLine("S: " + test_.odd);
+    Now().odd = platform::Printable(bytes);
+    LogLine("S: " + Now().odd);
   }
 
  private:
-  struct Past {
+  struct Try {
     ConnectionTest test;
-    std::size_t lines;
+    std::string conversation;
+    std::size_t lines = 0;
   };
 
+  ConnectionTest& Now() { return tries_.back().test; }
   void EndStep() {
-    const bool is_open = !test_.steps.empty() && test_.steps.back().took == test_.steps.back().took.zero();
-    if (is_open) test_.steps.back().took = clock_.Monotonic() - began_;
+    if (began_) Now().steps.back().took = clock_.Monotonic() - *began_;
+    began_.reset();
   }
-  void PutAside() {
-    EndStep();
-    past_.push_back({std::exchange(test_, {}), std::exchange(test_lines_, 0)});
+  static void Report(Try& one) {
+    ConnectionTest& test = one.test;
+    if (!test.Works()) test.report = smtp::ResultText(static_cast<int>(test.outcome.code)) + "\r\n";
+    test.report += one.conversation;
   }
 
   const platform::Clock& clock_;
-  platform::Instant began_;
-  ConnectionTest test_;
-  std::string conversation_;
-  std::size_t lines_ = 0;
-  std::size_t test_lines_ = 0;  // of the server that is tried
-  std::vector<Past> past_;      // servers that were tried before
+  std::optional<platform::Instant> began_;  // the step that is under way
+  std::vector<Try> tries_;                  // one for each server; the first call is that one begins
+  std::optional<std::size_t> told_;
 };
 
 // Whether it may be a server that waits for the other side to begin TLS.
@@ -173,10 +177,18 @@ Result<smtp::ClientOptions> TestOptions(std::string_view server, std::string_vie
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel) {
   Recorder recorder(clock);
-  const auto until = net::Deadline::After(clock.Monotonic(), kMostSteps * options.timeout);
-  auto test = recorder.Finish(smtp::Client(options, clock, cancel).Test(recorder, &recorder, until));
+  const auto began = clock.Monotonic();
+  const platform::Duration whole = kMostSteps * options.timeout;
+  // Silent servers of a list would use up the time in which the first of them is to be tried under TLS.
+  const platform::Duration kept =
+      options.servers.size() > 1 ? std::min<platform::Duration>(kSecondTry, platform::Duration(options.timeout) / 2)
+                                 : platform::Duration::zero();
+  auto test = recorder.Finish(
+      smtp::Client(options, clock, cancel).Test(recorder, &recorder, net::Deadline::After(began, whole - kept)));
   test.security = options.security;
-  if (SaidNothing(test, recorder)) TryUnderTls(test, options, clock, cancel, until);
+  for (ConnectionTest& other : test.others) other.security = options.security;
+  for (std::size_t n = recorder.tries(); n < options.servers.size(); ++n) test.untried.push_back(options.servers[n]);
+  if (SaidNothing(test, recorder)) TryUnderTls(test, options, clock, cancel, net::Deadline::After(began, whole));
   return test;
 }
 

@@ -44,17 +44,14 @@ struct StepTime {
   platform::Duration took;
 };
 
+// What came of one server.
 struct ConnectionTest {
+  smtp::Server server;
+  smtp::Security security = smtp::Security::kAutomatic;
   smtp::Outcome outcome;
   // The text of the result's code where it is a failure, then the conversation, each line ended by CRLF: 1,000 lines of
   // it at most. Secrets are masked, and all is safe to show.
   std::string report;
-
-  std::vector<smtp::Server> untried;  // no time was left for them
-
-  // Of the last server that was tried.
-  smtp::Server server;
-  smtp::Security security = smtp::Security::kAutomatic;
   std::vector<StepTime> steps;  // where the outcome is a failure, the last one is where
   std::vector<net::TriedAddress> addresses;
   std::optional<net::TlsFacts> tls;
@@ -63,15 +60,23 @@ struct ConnectionTest {
   std::string odd;          // the beginning of what is no reply, safe to show
   bool speaks_tls = false;  // it said nothing in clear, and then took a handshake
 
+  // Of a list, which is tried in its order until one takes mail:
+  std::vector<ConnectionTest> others;  // that failed as well, each without others of its own
+  std::vector<smtp::Server> untried;   // behind the one that takes mail, or for which no time was left
+
   bool Works() const { return outcome.code == smtp::ResultCode::kSuccess; }
+  // Also where it parts badly: it has taken the messages by then.
+  bool TakesMail() const { return Works() || outcome.code == smtp::ResultCode::kQuitFailed; }
   std::optional<smtp::ConnectionStep> last_step() const {
     return steps.empty() ? std::nullopt : std::optional(steps.back().step);
   }
+  // The test ended within this one of its steps.
+  bool EndedAt(const StepTime& step) const { return &step == &steps.back() && !Works(); }
 };
 
 // Ends within a quarter of a second of a cancel, with kCancelled in the outcome, and by itself after twice the time
-// that the options give one step, whatever comes. A server that says nothing at all is tried once more under TLS, 10
-// seconds at most.
+// that the options give one step, whatever comes. Of a list that has no server that takes mail the first is told that
+// could be found. One that says nothing at all is tried once more under TLS, 10 seconds at most.
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel);
 

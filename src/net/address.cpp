@@ -84,6 +84,11 @@ std::string ToString(const Endpoint& endpoint) {
   return (v4 ? address : "[" + address + "]") + ":" + std::to_string(endpoint.port);
 }
 
+std::string ToString(const HostPort& server) {
+  const bool v6 = server.host.find(':') != std::string::npos;
+  return (v6 ? "[" + server.host + "]" : server.host) + ":" + std::to_string(server.port);
+}
+
 std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t default_port) {
   text = platform::Trim(text);
   if (text.empty()) return {};

@@ -54,6 +54,9 @@ struct HostPort {
   bool operator==(const HostPort&) const = default;
 };
 
+// "host:port", "[v6]:port"; the inverse of ParseHostPort.
+std::string ToString(const HostPort& server);
+
 // "host", "host:port", "[v6]", "[v6]:port" or a bare IPv6 address. Nothing when the host is empty, or the port is not
 // a number from 1 to 65535.
 std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t default_port);

@@ -48,6 +48,18 @@ class Server(Case):
         self.assertTrue(told["report"].startswith("S: 220 "), told["report"])
         self.assertTrue(told["report"].endswith("\r\n"))
 
+    def test_of_a_list_the_first_that_works_is_told(self):
+        refuses = serve(["554 5.7.1 go away"])
+        takes = serve(["220 mx ESMTP", "250 mx", "221 bye"])
+        told = json.loads(self.ok("--json", "server", "test", f"localhost:{refuses};localhost:{takes};[::1]:2525"))
+        self.assertEqual((told["port"], told["verdict"]), (takes, "no-sign-in-in-clear"))
+        self.assertNotIn("554", told["report"])
+        (other,) = told["others"]
+        self.assertEqual((other["server"], other["port"], other["code"], other["verdict"]),
+                         ("localhost", refuses, 5, "turned-away"))
+        self.assertTrue(other["report"].endswith("S: 554 5.7.1 go away\r\n"), other["report"])
+        self.assertEqual(told["untried"], ["[::1]:2525"])
+
     def test_what_is_wrong_with_a_command_line(self):
         for arguments, words in (((), "server is required"), (("",), "Please enter your mail server."),
                                  (("localhost:0",), "names no port"), (("localhost:smtp",), "names no port"),

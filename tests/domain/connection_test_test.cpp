@@ -1,11 +1,14 @@
 // The connection test against servers of every kind: what each means for the account, and what is written down of it.
 #include "domain/connection_test.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
+#include <variant>
 
 #include "domain/connection_facts.h"
 #include "domain/connection_verdict.h"
@@ -383,7 +386,8 @@ TEST_F(ConnectionTests, WritesDownEachStep) {
   EXPECT_THAT(
       Listed(test),
       testing::MatchesRegex(
-          "Finding the address: a while\nConnecting: a while\nWaiting for the greeting: a while\nSaying EHLO: a while\n"
+          "Server: 127.0.0.1:[0-9]+\nFinding the address: a while\nConnecting: a while\nWaiting for the greeting: a "
+          "while\nSaying EHLO: a while\n"
           "Asking for STARTTLS: a while\nEncrypting .TLS.: a while\nSaying EHLO: a while\nParting .QUIT.: a while\n"
           "Address: 127.0.0.1:[0-9]+: connected\nEncryption: TLSv1.3, TLS_[A-Z0-9_]+\n"
           "Certificate for: localhost, 127.0.0.1\nIts name: mx\nIssued by: Test Authority\n"
@@ -428,37 +432,87 @@ TEST_F(ConnectionTests, EndsInTime) {
   const smtp::ScriptedServer good([&](Peer& peer, int) { Serve(peer, {}, nullptr); });
   options.servers.resize(2);
   options.servers.push_back({"127.0.0.1", good.port()});
-  options.servers.push_back({"untried.example", 25});
+  options.servers.push_back({"2001:db8::1", 25});
   const auto silent = TestConnection(options, clock_, cancel_);
   EXPECT_EQ(Name(VerdictOf(silent)), "stopped-answering");
   EXPECT_EQ(good.connections(), 0);
   port = good.port();
-  EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, untried.example:25."));
+  EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, [2001:db8::1]:25."));
 }
 
-// Of the list the one whose failure is told, with its own address, steps and offer.
+// Of the list the one whose failure is told, as if it stood alone: nothing of the others is in its report and verdict.
 TEST_F(ConnectionTests, TellsOfOneServerAlone) {
-  const smtp::ScriptedServer refuses([](Peer& peer, int) { peer.Say("554 no service for you"); });
-  const smtp::ScriptedServer silent([&](Peer& peer, int) { Serve(peer, {.clear = ""}, nullptr); });
-  const smtp::Server first{"127.0.0.1", refuses.port()};
-  const smtp::Server second{"127.0.0.1", silent.port()};
+  const Certificate good = smtp::Make("mx", "DNS:localhost,IP:127.0.0.1", &ca_, -kHour, kHour);
+  const auto context = smtp::ServerContext(good);
+  const Script refuses{.greeting = "554 no service for you\r\n", .then = Then::kHangsUp};
+  const Script hangs_up{.greeting = "", .then = Then::kHangsUp};
+  const Script silent{.greeting = "", .then = Then::kStalls};
+  const Script stops{.clear = ""};
+  const Script refuses_tls{.clear = kOffersTls, .starttls = "454 no\r\n"};
+  const Script waits_for_tls{.tls_at_once = true};
   const smtp::Server nowhere{"127.0.0.1", 1};  // nothing listens
-  for (const auto& [servers, whose] :
-       std::vector<std::pair<std::vector<smtp::Server>, smtp::Server>>{{{first, second}, first},
-                                                                       {{second, first}, second},
-                                                                       {{nowhere, first}, nowhere},
-                                                                       {{first, nowhere}, first}}) {
-    auto options = *TestOptions("127.0.0.1", "25", "None", 1s);
-    options.servers = servers;
+  const smtp::Server unknown{"a..b", 25};
+  using Kind = std::variant<Script, smtp::Server>;
+  struct Case {
+    const char* verdict;
+    std::size_t told;
+    std::vector<Kind> servers;
+    std::vector<const char*> beside = {};  // what is said of the others
+  };
+  for (const Case& c : std::initializer_list<Case>{{"turned-away",
+                                                    0,
+                                                    {refuses, stops},
+                                                    {"None of the servers that were tried works. Of localhost:N: This",
+                                                     " was tried too: This server stopped answering in the middle"}},
+                                                   {"in-clear",
+                                                    1,
+                                                    {refuses, Script{}, nowhere},
+                                                    {"Of the servers localhost:N is the first that works. This",
+                                                     " was tried too: This server wants no connection from here: 554",
+                                                     "Not tried, as this one works: 127.0.0.1:1."}},
+                                                   {"parts-badly",
+                                                    1,
+                                                    {nowhere, Script{.quit = "550 stay\r\n"}},
+                                                    {"Of the servers localhost:N is the first that works."}},
+                                                   {"stopped-answering", 0, {stops, refuses}},
+                                                   {"hung-up", 0, {hangs_up, refuses}},
+                                                   {"hung-up", 0, {hangs_up, waits_for_tls}},
+                                                   {"silent", 0, {silent, refuses}},
+                                                   {"starttls-refused", 0, {refuses_tls, refuses}},
+                                                   {"speaks-tls", 0, {waits_for_tls, refuses}},
+                                                   {"speaks-tls", 0, {waits_for_tls, waits_for_tls}},
+                                                   {"port-refused", 0, {nowhere, refuses}},
+                                                   {"turned-away", 1, {unknown, refuses}},
+                                                   {"turned-away", 1, {unknown, refuses, unknown, hangs_up}},
+                                                   {"name-unknown", 0, {unknown, smtp::Server{"c..d", 25}}}}) {
+    std::vector<std::unique_ptr<smtp::ScriptedServer>> running;
+    auto options = *TestOptions("127.0.0.1", "25", "Automatic", 1s);
+    options.ca_file = CaFile();
+    options.servers.clear();
+    for (const Kind& kind : c.servers) {
+      if (const auto* script = std::get_if<Script>(&kind)) {
+        running.push_back(std::make_unique<smtp::ScriptedServer>(
+            [script, &context](Peer& peer, int) { Serve(peer, *script, context.get()); }));
+      }
+      const auto* server = std::get_if<smtp::Server>(&kind);
+      options.servers.push_back(server != nullptr ? *server : smtp::Server{"localhost", running.back()->port()});
+    }
     auto alone = options;
-    alone.servers = {whose};
+    alone.servers = {options.servers[c.told]};
     const auto test = TestConnection(options, clock_, cancel_);
     const auto wanted = TestConnection(alone, clock_, cancel_);
-    SCOPED_TRACE(whose.port);
-    EXPECT_EQ(test.server.port, whose.port);
+    SCOPED_TRACE(fmt::format("{} of {}", c.verdict, c.servers.size()));
+    EXPECT_EQ(test.server.host, alone.servers[0].host);
+    EXPECT_EQ(test.server.port, alone.servers[0].port);
+    EXPECT_EQ(Name(VerdictOf(test)), c.verdict);
+    EXPECT_EQ(test.report, wanted.report);
     EXPECT_EQ(test.steps.size(), wanted.steps.size());
-    EXPECT_EQ(Name(VerdictOf(test)), Name(VerdictOf(wanted)));
+    EXPECT_LT(test.steps.back().took, wanted.steps.back().took + 900ms);
+    port = alone.servers[0].port;
+    EXPECT_THAT(Words(test), HasSubstr(Words(wanted)));
+    for (const char* words : c.beside) EXPECT_THAT(Words(test), HasSubstr(words));
   }
+  smtp::Free(good);
 }
 
 TEST(ConnectionTestInput, IsCheckedInOrder) {

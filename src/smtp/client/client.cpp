@@ -131,22 +131,21 @@ Outcome Client::Driver::ConnectTo(const Server& server) {
   return opened;
 }
 
-// Tells the failure of the first server that could be found: one that is misspelt says less than one that refused.
+// Where none answers, tells the failure of the first that could be found, as a name that is misspelt says less than a
+// server that refused; where none could be found, of the first.
 Outcome Client::Driver::Connect() {
   Outcome told{State::kFailed, ResultCode::kNoServer, {}, "No server is set up."};
-  const Server* whose = nullptr;
-  for (const Server& server : options_.servers) {
-    if (around_.until.Passed(around_.clock.Monotonic())) {
-      if (around_.watch != nullptr) around_.watch->Untried(server);
-      continue;
-    }
-    Outcome outcome = ConnectTo(server);
+  std::size_t whose = 0;
+  for (std::size_t n = 0; n < options_.servers.size() && !around_.until.Passed(around_.clock.Monotonic()); ++n) {
+    Outcome outcome = ConnectTo(options_.servers[n]);
     if (outcome.code == ResultCode::kSuccess || !WorthAnotherServer(outcome)) return outcome;
-    if (whose != nullptr && told.code != ResultCode::kHostNotFound) continue;
+    if (around_.watch != nullptr) around_.watch->Failed(outcome);
+    const bool says_more = told.code == ResultCode::kHostNotFound && outcome.code != ResultCode::kHostNotFound;
+    if (n > 0 && !says_more) continue;
     told = std::move(outcome);
-    whose = &server;
+    whose = n;
   }
-  if (around_.watch != nullptr && whose != nullptr) around_.watch->Told(*whose);
+  if (around_.watch != nullptr) around_.watch->Told(whose);
   return told;
 }
 

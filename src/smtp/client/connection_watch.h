@@ -1,12 +1,14 @@
 // Who looks on while a connection is made, so that a person can be told where it stands.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
 #include "net/connect.h"
 #include "net/tls_facts.h"
 #include "smtp/client/client_options.h"
+#include "smtp/outcome.h"
 
 namespace quillcast::smtp {
 
@@ -18,12 +20,12 @@ enum class ConnectionStep { kName, kConnect, kTls, kGreeting, kHello, kStartTls,
 class ConnectionWatch {
  public:
   virtual ~ConnectionWatch() = default;
-  // The next server of the list is tried; what was told before was of another.
+  // The next server of the list is tried; what is told from now on is of it.
   virtual void Begins(const Server& server) = 0;
-  // None of the list answers, and this one's failure is the outcome.
-  virtual void Told(const Server& server) = 0;
-  // No time was left for this one and those behind it; what was told before was of the one before it.
-  virtual void Untried(const Server& server) = 0;
+  // This server does not answer as it should, and the next is tried, should there be one and time for it.
+  virtual void Failed(const Outcome& outcome) = 0;
+  // None of those that were tried answers, and the failure of this one, counted from 0, is the outcome.
+  virtual void Told(std::size_t server) = 0;
   // A step begins, and so the one before is over. The last one to begin is where it ended.
   virtual void Begins(ConnectionStep step) = 0;
   virtual void Tried(std::span<const net::TriedAddress> addresses) = 0;

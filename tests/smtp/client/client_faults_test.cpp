@@ -145,6 +145,8 @@ TEST(ClientFaults, NoConnectionIsToldByItsReason) {
                                    {{{"127.0.0.1", closed_port}}, ResultCode::kConnectFailed},
                                    {{{"127.0.0.1", full.port()}}, ResultCode::kConnectTimeout},
                                    {{{"no\u00E9 name", good.port()}}, ResultCode::kHostNotFound},
+                                   {{{"a..b", 25}, {"127.0.0.1", closed_port}}, ResultCode::kConnectFailed},
+                                   {{{"127.0.0.1", closed_port}, {"a..b", 25}}, ResultCode::kConnectFailed},
                                    {{{"127.0.0.1", closed_port}, {"127.0.0.1", good.port()}}, ResultCode::kSuccess}}) {
     Letters letters(2);
     ClientOptions options = OptionsFor(0);
