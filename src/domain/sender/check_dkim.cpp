@@ -3,6 +3,7 @@
 #include "domain/sender/dkim_key.h"
 #include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
@@ -23,6 +24,11 @@ void TellKey(const std::string& name, const DkimKey& key, Findings& found, Passi
   if (key.is_revoked) {
     return add("dkim-revoked", Verdict::kBad, Say("The key at {} was withdrawn.", name),
                "Publish the key that your mail provider signs with now.");
+  }
+  if (!key.unfit_by.empty()) {
+    return add("dkim-unfit", Verdict::kBad,
+               Say("The key at {} does not serve e-mail: it says \"{}\".", name, platform::Printable(key.unfit_by, 60)),
+               "Publish it without that tag, or the key that your mail provider signs with.");
   }
   if (key.kind == DkimKey::Kind::kUnknown) {
     return add("dkim-unknown-kind", Verdict::kWeak, Say("The key at {} is of a kind that few receivers know.", name),
@@ -60,7 +66,9 @@ bool KeepGuessesApart(Findings& found, std::size_t from) {
   for (auto finding = begin; finding != found.end(); ++finding) {
     const bool counts = is_good(*finding) || finding->verdict == Verdict::kUnknown || is_a_little_short(*finding);
     any_counts = any_counts || counts;
-    if (!counts || (any_good && is_a_little_short(*finding))) finding->verdict = Verdict::kNote;
+    if (counts && !(any_good && is_a_little_short(*finding))) continue;
+    finding->verdict = Verdict::kNote;
+    finding->remedy = Say("If your mail is signed with it: {}", finding->remedy);
   }
   return any_counts;
 }

@@ -21,23 +21,34 @@ std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Ans
   return records;
 }
 
-// A record that asks for reports alone; it is at `at`, of the domain or of the organisation above it.
+constexpr const char* kAsksAll = "Remove \"pct=\" once your own mail passes.";
+
+// A record by which nothing is kept from being delivered; it is at `at`, of the domain or of the organisation above it.
 void TellWatching(const std::string& domain, const std::string& at, const DmarcRecord& record, Findings& found) {
-  if (at == domain) {
-    found.push_back(
-        {kTopic, "dmarc-none", Verdict::kWeak,
-         Say("The record only watches (\"p=none\"): what others send in the name of {} is delivered.", domain),
-         "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\"."});
-    return;
+  const auto add = [&](Sentence what, Sentence remedy) {
+    found.push_back({kTopic, "dmarc-none", Verdict::kWeak, std::move(what), std::move(remedy)});
+  };
+  if (!record.mistake.empty()) {
+    return add(Say("{}, so the record at _dmarc.{} only watches: what others send in the name of {} is delivered.",
+                   record.mistake, at, domain),
+               record.remedy);
   }
-  const char* tag = record.names_subdomains ? "sp" : "p";
-  found.push_back(
-      {kTopic, "dmarc-none", Verdict::kWeak,
-       Say("The record of {} only watches (\"{}=none\"): what others send in the name of {} is delivered.", at, tag,
-           domain),
-       Say("When its reports show that your own mail passes, write \"{}=quarantine\" at _dmarc.{}, and later "
-           "\"{}=reject\".",
-           tag, at, tag)});
+  const char* tag = at != domain && record.names_subdomains ? "sp" : "p";
+  const bool is_part = (at == domain ? record.policy : record.subdomain_policy) != DmarcRecord::Policy::kNone;
+  const std::string why = is_part ? "pct=0" : std::string(tag) + "=none";
+  const Sentence what =
+      at == domain
+          ? Say("The record only watches (\"{}\"): what others send in the name of {} is delivered.", why, domain)
+          : Say("The record of {} only watches (\"{}\"): what others send in the name of {} is delivered.", at, why,
+                domain);
+  if (is_part) return add(what, kAsksAll);
+  if (at == domain) {
+    return add(what,
+               "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\".");
+  }
+  add(what, Say("When its reports show that your own mail passes, write \"{}=quarantine\" at _dmarc.{}, and later "
+                "\"{}=reject\".",
+                tag, at, tag));
 }
 
 void TellPolicy(const std::string& domain, const std::string& at, const DmarcRecord& record, DmarcRecord::Policy policy,
@@ -49,18 +60,19 @@ void TellPolicy(const std::string& domain, const std::string& at, const DmarcRec
                      policy == DmarcRecord::Policy::kReject
                          ? Say("What others send in the name of {} is to be refused.", domain)
                          : Say("What others send in the name of {} is to be put aside.", domain)});
-  }
-  if (policy != DmarcRecord::Policy::kNone && record.percent < 100) {
-    found.push_back({kTopic, "dmarc-part", Verdict::kNote,
-                     Say("The record asks that of {} in 100 messages alone.", record.percent),
-                     "Remove \"pct=\" once your own mail passes."});
+    if (record.percent < 100) {
+      found.push_back({kTopic, "dmarc-part", Verdict::kNote,
+                       record.percent == 0 ? Sentence("The record refuses nothing (\"pct=0\").")
+                                           : Say("The record asks that of {} in 100 messages alone.", record.percent),
+                       kAsksAll});
+    }
   }
   if (record.reports_to.empty()) {
     found.push_back({kTopic, "dmarc-no-reports", Verdict::kNote, "Nobody gets the reports of receivers.",
                      "Add \"rua=mailto:\" and an address, to learn whether your mail passes."});
   }
   const auto lost = std::find_if(record.reports_to.begin(), record.reports_to.end(),
-                                 [](const std::string& place) { return place.find(':') == std::string::npos; });
+                                 [](const std::string& place) { return !IsReportPlace(place); });
   if (lost != record.reports_to.end()) {
     found.push_back({kTopic, "dmarc-reports-nowhere", Verdict::kWeak,
                      Say("No report reaches \"{}\".", platform::Printable(*lost, 100)),
@@ -68,13 +80,13 @@ void TellPolicy(const std::string& domain, const std::string& at, const DmarcRec
   }
 }
 
-void TellAlignment(const std::string& domain, const DmarcRecord& record, DmarcRecord::Policy policy, const Ways& ways,
-                   Findings& found) {
+void TellAlignment(const std::string& domain, const std::string& at, const DmarcRecord& record,
+                   DmarcRecord::Policy policy, const Ways& ways, Findings& found) {
   if (record.dkim_is_strict && ways.key == Passing::kNo && ways.organisations_key == Passing::kYes) {
     found.push_back({kTopic, "dmarc-strict-key", Verdict::kWeak,
                      Say("The record asks for a signature of {} itself (\"adkim=s\"); the key is at {}.", domain,
                          OrganisationalDomain(domain)),
-                     Say("Let your mail provider sign for {}, or write \"adkim=r\".", domain)});
+                     Say("Let your mail provider sign for {}, or write \"adkim=r\" at _dmarc.{}.", domain, at)});
   }
   // One way is enough.
   const Passing passing = std::max({ways.spf, ways.key, record.dkim_is_strict ? Passing::kNo : ways.organisations_key});
@@ -135,9 +147,9 @@ bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, F
                      Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what), record.error().remedy});
     return true;
   }
-  const DmarcRecord::Policy policy = at == domain ? record->policy : record->subdomain_policy;
+  const DmarcRecord::Policy policy = record->For(at != domain);
   TellPolicy(domain, at, *record, policy, found);
-  TellAlignment(domain, *record, policy, ways, found);
+  TellAlignment(domain, at, *record, policy, ways, found);
   return true;
 }
 

@@ -4,8 +4,10 @@
 #include <openssl/x509.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "domain/sender/tag_list.h"
 #include "platform/base64.h"
@@ -40,6 +42,20 @@ int RsaBits(const std::string& der) {
   return key && EVP_PKEY_base_id(key.get()) == EVP_PKEY_RSA ? EVP_PKEY_bits(key.get()) : 0;
 }
 
+// Whether one of the words, which stand between colons, is among the list of a tag.
+bool Lists(std::string_view tag, std::initializer_list<std::string_view> words) {
+  const std::vector<std::string_view> listed = platform::Split(tag, ':');
+  return std::any_of(listed.begin(), listed.end(), [&](std::string_view one) {
+    return std::find(words.begin(), words.end(), platform::Trim(one)) != words.end();
+  });
+}
+
+std::string UnfitBy(const TagList& tags) {
+  if (!Lists(tags.ValueOf("s", "*"), {"*", "email"})) return "s=" + std::string(tags.ValueOf("s"));
+  if (!Lists(tags.ValueOf("h", "sha256"), {"sha256"})) return "h=" + std::string(tags.ValueOf("h"));
+  return {};
+}
+
 constexpr std::size_t kEd25519Octets = 32;
 
 Error Unreadable() {
@@ -68,8 +84,8 @@ Result<DkimKey> ParseDkimKey(std::string_view record) {
                  "Begin the record with \"v=DKIM1\"."};
   }
   DkimKey key;
-  const std::vector<std::string_view> flags = platform::Split(tags->ValueOf("t"), ':');
-  key.is_for_tests = std::any_of(flags.begin(), flags.end(), [](auto flag) { return platform::Trim(flag) == "y"; });
+  key.is_for_tests = Lists(tags->ValueOf("t"), {"y"});
+  key.unfit_by = UnfitBy(*tags);
   const std::string_view kind = tags->ValueOf("k", "rsa");
   key.kind = kind == "rsa"       ? DkimKey::Kind::kRsa
              : kind == "ed25519" ? DkimKey::Kind::kEd25519

@@ -14,6 +14,9 @@ struct DkimKey {
   int bits = 0;               // of the modulus; 256 for Ed25519, 0 where the kind is not known
   bool is_revoked = false;    // "p=" with nothing behind it
   bool is_for_tests = false;  // "t=y": receivers treat what it signs like what is not signed
+  // The tag by which receivers of mail pass it over: "s=tlsrpt", "h=sha1" (RFC 6376 3.6.1, RFC 8301 3.1). Empty where
+  // there is none; any bytes.
+  std::string unfit_by = {};
 
   bool operator==(const DkimKey&) const = default;
 };

@@ -2,6 +2,7 @@
 
 #include <libpsl.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "domain/sender/tag_list.h"
@@ -18,6 +19,16 @@ std::optional<DmarcRecord::Policy> PolicyOf(std::string_view word) {
   return std::nullopt;
 }
 
+// `tag` has no policy; without the dot at the sentence's end.
+Error NoPolicy(const TagList& tags, std::string_view tag) {
+  const Sentence what = tags.CountOf(tag) == 0
+                            ? Say("There is no \"{}=\"", tag)
+                            : Say("\"{}={}\" is no policy", tag, platform::Printable(tags.ValueOf(tag), 60));
+  return {Failure::kBadData, what,
+          tag == "p" ? "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."
+                     : "Write \"sp=none\", \"sp=quarantine\" or \"sp=reject\", or remove that tag."};
+}
+
 }  // namespace
 
 bool IsDmarc(std::string_view record) {
@@ -32,25 +43,39 @@ Result<DmarcRecord> ParseDmarc(std::string_view record) {
   if (tags.CountOf("p") > 1) {
     return Error{Failure::kBadData, "\"p=\" stands twice.", "Leave one policy in the record."};
   }
-  std::optional<DmarcRecord::Policy> policy = PolicyOf(tags.ValueOf("p"));
-  // One that asks for reports alone watches (RFC 7489 6.6.3).
-  if (!policy && !tags.ValueOf("rua").empty()) policy = DmarcRecord::Policy::kNone;
-  if (!policy) {
-    return Error{Failure::kBadData, Say("\"p={}\" is no policy.", platform::Printable(tags.ValueOf("p"), 60)),
-                 "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."};
-  }
   DmarcRecord found;
-  found.policy = *policy;
-  const auto below = PolicyOf(tags.ValueOf("sp"));
-  found.subdomain_policy = below.value_or(*policy);
-  found.names_subdomains = below.has_value();
-  found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags.ValueOf("adkim"), "s");
-  found.percent = static_cast<int>(platform::WholeNumberBetween(tags.ValueOf("pct"), 0, 100).value_or(100));
   for (const std::string_view address : platform::Split(tags.ValueOf("rua"), ',')) {
     if (const std::string_view trimmed = platform::Trim(address); !trimmed.empty())
       found.reports_to.emplace_back(trimmed);
   }
+  found.dkim_is_strict = platform::EqualsIgnoringAsciiCase(tags.ValueOf("adkim"), "s");
+  found.percent = static_cast<int>(platform::WholeNumberBetween(tags.ValueOf("pct"), 0, 100).value_or(100));
+  const std::optional<DmarcRecord::Policy> policy = PolicyOf(tags.ValueOf("p"));
+  const std::optional<DmarcRecord::Policy> below = PolicyOf(tags.ValueOf("sp"));
+  found.names_subdomains = tags.CountOf("sp") > 0;
+  if (policy && (below || !found.names_subdomains)) {
+    found.policy = *policy;
+    found.subdomain_policy = below.value_or(*policy);
+    return found;
+  }
+  const Error mistake = NoPolicy(tags, policy ? "sp" : "p");
+  if (std::none_of(found.reports_to.begin(), found.reports_to.end(), IsReportPlace)) {
+    return Error{mistake.failure, Say("{}.", mistake.what), mistake.remedy};
+  }
+  found.mistake = mistake.what;
+  found.remedy = mistake.remedy;
   return found;
+}
+
+bool IsReportPlace(std::string_view place) {
+  const std::size_t colon = place.find(':');
+  return colon != std::string_view::npos && colon > 0 && colon + 1 < place.size();
+}
+
+DmarcRecord::Policy DmarcRecord::For(bool below) const {
+  const Policy asked = below ? subdomain_policy : policy;
+  if (percent > 0) return asked;
+  return asked == Policy::kReject ? Policy::kQuarantine : Policy::kNone;
 }
 
 std::string OrganisationalDomain(const std::string& domain) {

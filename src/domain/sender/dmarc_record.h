@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/result.h"
+#include "platform/sentence.h"
 
 namespace quillcast::domain {
 
@@ -19,6 +20,14 @@ struct DmarcRecord {
   int percent = 100;                         // of the failing messages that the policy is for
   std::vector<std::string> reports_to = {};  // as "mailto:..." in the record
   bool names_subdomains = false;             // it has a policy of theirs
+  // A policy that is none, in whose place receivers take "none" for both (RFC 7489 6.6.3), and how to mend it. Empty
+  // where they are right.
+  Sentence mistake = {};  // without the dot at its end
+  Sentence remedy = {};
+
+  // What is asked for mail of the domain that has the record, or of one below. Where the percentage is 0, the next that
+  // is milder (RFC 7489 6.6.4).
+  Policy For(bool below) const;
 
   bool operator==(const DmarcRecord&) const = default;
 };
@@ -26,9 +35,12 @@ struct DmarcRecord {
 // A text record at "_dmarc" that is another thing is passed over (RFC 7489 6.6.3).
 bool IsDmarc(std::string_view record);
 
-// Fails with kBadData for no policy, two, or an unknown one, which receivers take for no record. What else is wrong
-// they pass over (RFC 7489 6.3), and so does this.
+// Fails with kBadData for two policies, and for none or an unknown one where nobody is to get reports, which receivers
+// take for no record. What else is wrong they pass over (RFC 7489 6.3), and so does this.
 Result<DmarcRecord> ParseDmarc(std::string_view record);
+
+// Whether a report can be sent there: a scheme and what belongs to it.
+bool IsReportPlace(std::string_view place);
 
 // The domain at which an organisation's names begin, by the list of public suffixes: "example.co.uk" of
 // "news.example.co.uk". The name itself where it has none. In small letters and without the root's

@@ -154,13 +154,14 @@ class Evaluation {
 
   // RFC 7208 5.5: a name of the address that ends in `domain` and leads back to the address.
   Match HasReverseName(const std::string& domain) {
-    const DnsAnswer* names = answers_.Of(net::ReverseName(sender_.address), DnsType::kPtr);
-    if (names == nullptr) return Match::kPending;
+    const std::vector<net::DnsRecord>* names = nullptr;
+    const Match found = Find(net::ReverseName(sender_.address), DnsType::kPtr, names);
+    if (found == Match::kTemporaryError) return Match::kNo;
+    if (found != Match::kYes) return found;
     Match whole = Match::kNo;
-    const std::string wanted = platform::AsciiLower(domain);
-    for (std::size_t i = 0; i < std::min(names->records.size(), kMostSpfHosts); ++i) {
-      const std::string name = platform::AsciiLower(names->records[i].text);
-      if (name != wanted && !name.ends_with("." + wanted)) continue;
+    for (std::size_t i = 0; i < std::min(names->size(), kMostSpfHosts); ++i) {
+      const std::string name = platform::AsciiLower((*names)[i].text);
+      if (name != domain && !name.ends_with("." + domain)) continue;
       const DnsAnswer* back = answers_.Of(name, TypeFor(sender_.address));
       if (back == nullptr) {
         whole = Match::kPending;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "domain/sender/spf_check.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
@@ -107,6 +108,8 @@ class Count {
 
 }  // namespace
 
-SpfCost CountSpf(Answers& answers, const SpfSender& sender) { return Count(answers, sender).Of(sender.domain); }
+SpfCost CountSpf(Answers& answers, const SpfSender& sender) {
+  return Count(answers, sender).Of(platform::AsciiLower(sender.domain));
+}
 
 }  // namespace quillcast::domain

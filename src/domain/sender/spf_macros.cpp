@@ -116,8 +116,8 @@ std::optional<std::string> ExpandSpfName(std::string_view name, std::string_view
 }
 
 std::string SpfNameOf(const std::string& written, const std::string& domain, const SpfSender& sender) {
-  if (written.empty()) return domain;
-  std::string name = ExpandSpfName(written, domain, sender).value_or(written);
+  std::string name =
+      platform::AsciiLower(written.empty() ? domain : ExpandSpfName(written, domain, sender).value_or(written));
   if (name.ends_with('.')) name.pop_back();
   return name;
 }

@@ -20,7 +20,8 @@ struct SpfSender {
 // on its left (RFC 7208 7.3). "%{p}" is "unknown", as RFC 7208 advises.
 std::optional<std::string> ExpandSpfName(std::string_view name, std::string_view domain, const SpfSender& sender);
 
-// The name that a term or "redirect" leads to, without the root's dot; `domain` itself where none is written.
+// The name that a term or "redirect" leads to, without the root's dot and in small letters; `domain` itself where none
+// is written.
 std::string SpfNameOf(const std::string& written, const std::string& domain, const SpfSender& sender);
 
 }  // namespace quillcast::domain

@@ -47,28 +47,46 @@ TEST(CheckDkim, KnowsWhoseSignatureCounts) {
 // A key that nobody named may be one of long ago.
 TEST(CheckDkim, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
   constexpr const char* kGood = "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=";
+  constexpr const char* kShort =  // 1024 bits
+      "v=DKIM1; p=MIGfMA0GCSqGSIb3DQEBAQUAA4GNADCBiQKBgQC2TXPj/aD9gQN3/N7oZqfue+OcgPsoI87mbMQsnhonumbpVEy3ke2vNuXj"
+      "ro0sDgkdxMR/6+aDapYHjhWpYml4+HpulsjLbnEB13th2cBZOtbZO5ZKWAkEMcPJ3tlFg+PeW6gwH0h8/hwo5K2u+O/brqUM"
+      "L8C1nOtRb6lf3bQW9QIDAQAB";
   struct Row {
-    const char* withdrawn_at;
-    const char* good_at;
+    std::string first;
+    std::string second;
     const char* drawn;
-    const char* key = "v=DKIM1; p=";
+    const char* remedy;  // of the first finding
   };
+  const std::string at_default = "default._domainkey.a.example.org TXT ";
+  const std::string good = std::string("s1._domainkey.a.example.org TXT ") + kGood;
   const std::string trial = std::string(kGood) + "; t=y";
-  const char* const kTrial = trial.c_str();
+  constexpr const char* kPublish =
+      "If your mail is signed with it: Publish the key that your mail provider signs with now.";
+  constexpr const char* kRemove =
+      "If your mail is signed with it: Remove the mark: until then receivers treat your mail as not signed.";
+  constexpr const char* kLonger = "Let your mail provider make one of 2048 bits, and publish it.";
+  const std::string longer = std::string("If your mail is signed with it: ") + kLonger;
   for (const Row& row : {
-           Row{"default._domainkey.a.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
-           Row{"default._domainkey.example.org", "s1._domainkey.a.example.org", "note dkim-revoked, good dkim, "},
-           Row{"default._domainkey.a.example.org", "x", "note dkim-revoked, unknown dkim-not-found, "},
-           Row{"default._domainkey.a.example.org", "s1._domainkey.a.example.org", "note dkim-tests, good dkim, ",
-               kTrial},
-           Row{"default._domainkey.a.example.org", "x", "note dkim-tests, unknown dkim-not-found, ", kTrial},
+           Row{at_default + "v=DKIM1; p=", good, "note dkim-revoked, good dkim, ", kPublish},
+           Row{"default._domainkey.example.org TXT v=DKIM1; p=", good, "note dkim-revoked, good dkim, ", kPublish},
+           Row{at_default + "v=DKIM1; p=", "", "note dkim-revoked, unknown dkim-not-found, ", kPublish},
+           Row{at_default + trial, good, "note dkim-tests, good dkim, ", kRemove},
+           Row{at_default + trial, "", "note dkim-tests, unknown dkim-not-found, ", kRemove},
+           Row{at_default + kShort, good, "note dkim-short, good dkim, ", longer.c_str()},
+           Row{at_default + kShort, "", "weak dkim-short, ", kLonger},
+           Row{"default._domainkey.a.example.org FAILS", "", "unknown no-answer, ",
+               "Ask another name server, or try again later."},
        }) {
-    const Zone zone(fmt::format("{} TXT {}\n{} TXT {}", row.withdrawn_at, row.key, row.good_at, kGood));
+    const Zone zone(row.first + "\n" + row.second);
     std::string drawn;
+    std::string remedy;
     for (const Finding& finding : Check(zone, {.domain = "a.example.org"}).report.findings) {
-      if (finding.topic == "DKIM") drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word);
+      if (finding.topic != "DKIM") continue;
+      if (drawn.empty()) remedy = finding.remedy.InEnglish();
+      drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word);
     }
-    EXPECT_EQ(drawn, row.drawn) << row.withdrawn_at;
+    EXPECT_EQ(drawn, row.drawn) << row.first;
+    EXPECT_EQ(remedy, row.remedy) << row.first;
   }
 }
 

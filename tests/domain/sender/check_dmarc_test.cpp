@@ -42,6 +42,7 @@ TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
   struct Row {
     const char* record;
     const char* drawn;
+    const char* word = "dmarc-none";
   };
   for (const Row& row : {
            Row{"p=reject; sp=none",
@@ -59,12 +60,25 @@ TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
                "news.example.org is delivered.\n"
                "When its reports show that your own mail passes, write \"p=quarantine\" at _dmarc.example.org, and "
                "later \"p=reject\"."},
+           Row{"p=quarantine; pct=0",
+               "weak: DMARC: The record of example.org only watches (\"pct=0\"): what others send in the name of "
+               "news.example.org is delivered.\n"
+               "Remove \"pct=\" once your own mail passes."},
+           Row{"p=reject; adkim=s",
+               "weak: DMARC: The record asks for a signature of news.example.org itself (\"adkim=s\"); the key is at "
+               "example.org.\n"
+               "Let your mail provider sign for news.example.org, or write \"adkim=r\" at _dmarc.example.org.",
+               "dmarc-strict-key"},
        }) {
-    const Zone watching(std::string("_dmarc.example.org TXT v=DMARC1; ") + row.record);
-    const auto report = Check(watching, {.domain = "news.example.org"}).report;
+    const Zone watching(std::string("s1._domainkey.example.org TXT v=DKIM1; k=ed25519; "
+                                    "p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=\n"
+                                    "_dmarc.example.org TXT v=DMARC1; ") +
+                        row.record);
+    const auto report = Check(watching, {.domain = "news.example.org", .selectors = {"s1"}}).report;
     const auto finding = std::find_if(report.findings.begin(), report.findings.end(),
-                                      [](const Finding& each) { return each.word == "dmarc-none"; });
-    ASSERT_NE(finding, report.findings.end()) << Words(report);
+                                      [&](const Finding& each) { return each.word == row.word; });
+    EXPECT_NE(finding, report.findings.end()) << row.record << Words(report);
+    if (finding == report.findings.end()) continue;
     EXPECT_EQ(Drawn(*finding), row.drawn);
   }
 }

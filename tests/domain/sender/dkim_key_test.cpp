@@ -46,6 +46,13 @@ TEST(DkimKey, IsReadAsItIsPublished) {
                 {DkimKey::Kind::kEd25519, 256}},
            Case{"revoked", "v=DKIM1; p=", {DkimKey::Kind::kRsa, 0, true}},
            Case{"for tests", "v=DKIM1; t=s : y; p=" + rsa512, {DkimKey::Kind::kRsa, 512, false, true}},
+           Case{"for e-mail among others",
+                "v=DKIM1; s=tlsrpt : email; h=sha1:sha256; p=" + rsa512,
+                {DkimKey::Kind::kRsa, 512}},
+           Case{"for everything", "v=DKIM1; s=*; p=" + rsa512, {DkimKey::Kind::kRsa, 512}},
+           Case{"for another service",
+                "v=DKIM1; s=tlsrpt; p=" + rsa512,
+                {DkimKey::Kind::kRsa, 512, false, false, "s=tlsrpt"}},
            Case{"of a kind to come", "v=DKIM1; k=new; p=AAAA", {DkimKey::Kind::kUnknown, 0}},
        }) {
     SCOPED_TRACE(c.name);

@@ -12,27 +12,39 @@ using Policy = DmarcRecord::Policy;
 TEST(Dmarc, IsReadTagByTag) {
   struct Case {
     const char* record;
-    DmarcRecord read;
+    DmarcRecord read;  // but for the words of a mistake
+    const char* mistake = "";
   };
   for (const Case& c : {
            Case{"v=DMARC1; p=none", {}},
            Case{"v=DMARC1;p=reject;", {Policy::kReject, Policy::kReject}},
            Case{"v=DMARC1; rua=mailto:a@example.org",
-                {Policy::kNone, Policy::kNone, false, 100, {"mailto:a@example.org"}}},
+                {Policy::kNone, Policy::kNone, false, 100, {"mailto:a@example.org"}},
+                "There is no \"p=\""},
+           Case{"v=DMARC1; rua=mailto:a@example.org; sp=reject",
+                {Policy::kNone, Policy::kNone, false, 100, {"mailto:a@example.org"}, true},
+                "There is no \"p=\""},
+           Case{"v=DMARC1; p=reject; rua=foo,mailto:a@example.org; sp=odd",
+                {Policy::kNone, Policy::kNone, false, 100, {"foo", "mailto:a@example.org"}, true},
+                "\"sp=odd\" is no policy"},
            Case{" v = DMARC1 ; p = Quarantine ; sp=none; adkim=s; aspf=S; pct=20; ruf=mailto:x@y",
                 {Policy::kQuarantine, Policy::kNone, true, 20, {}, true}},
            Case{"v=DMARC1; P=reject; strict; pct=20; pct=30; =x", {Policy::kReject, Policy::kReject, false, 20}},
-           Case{"v=DMARC1; p=reject; rua=mailto:a@example.org, mailto:b@example.net!10m; pct=101; sp=odd",
+           Case{"v=DMARC1; p=reject; rua=mailto:a@example.org, mailto:b@example.net!10m; pct=101",
                 {Policy::kReject, Policy::kReject, false, 100, {"mailto:a@example.org", "mailto:b@example.net!10m"}}},
        }) {
     SCOPED_TRACE(c.record);
     EXPECT_TRUE(IsDmarc(c.record));
     const auto read = ParseDmarc(c.record);
     ASSERT_TRUE(read) << Describe(read.error());
-    EXPECT_TRUE(*read == c.read);
+    EXPECT_EQ(read->mistake.InEnglish(), c.mistake);
+    DmarcRecord rest = *read;
+    rest.mistake = rest.remedy = {};
+    EXPECT_TRUE(rest == c.read);
   }
   for (const char* bad : {"v=DMARC1", "v=DMARC1; p=", "v=DMARC1; p=all", "v=DMARC1; p=none; p=reject", "v=DMARC1; none",
-                          "v=DMARC1 p=none"}) {
+                          "v=DMARC1 p=none", "v=DMARC1; p=reject; sp=odd", "v=DMARC1; p=odd; rua=foo",
+                          "v=DMARC1; p=reject; sp=; rua=mailto:"}) {
     EXPECT_FALSE(ParseDmarc(bad)) << bad;
   }
   for (const char* other : {"v=DMARC2; p=none", "p=none; v=DMARC1", "v=spf1 -all", ""}) {

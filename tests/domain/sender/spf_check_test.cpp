@@ -22,6 +22,12 @@ two.example TXT v=spf1 -all
 two.example TXT v=spf1 +all
 9.2.0.192.in-addr.arpa PTR host.p.example
 host.p.example A 192.0.2.9
+8.2.0.192.in-addr.arpa PTR HOST8.P.Example
+host8.p.example A 192.0.2.8
+6.2.0.192.in-addr.arpa PTR host.p.example
+5.2.0.192.in-addr.arpa PTR badp.example
+badp.example A 192.0.2.5
+4.2.0.192.in-addr.arpa FAILS -
 9.2.0.192.x.example A 127.0.0.2
 broken.example FAILS -
 )");
@@ -30,6 +36,11 @@ broken.example FAILS -
     SpfResult result;
     const char* address = "192.0.2.9";
   };
+  std::string terms;
+  for (int i = 0; i < 10; ++i) terms += " a:a.example";
+  const std::string ten = "v=spf1" + terms + " +all";
+  const std::string eleven = "v=spf1 mx:m.example" + terms + " +all";
+  const std::string redirected = "v=spf1" + terms + " redirect=ok.example";
   for (const One& c : {
            One{"v=spf1 ip4:192.0.2.9 -all", SpfResult::kPass},
            One{"v=spf1 -ip4:192.0.2.8/31 +all", SpfResult::kFail},
@@ -46,12 +57,22 @@ broken.example FAILS -
            One{"v=spf1 ptr:p.example -all", SpfResult::kPass},
            One{"v=spf1 ptr:example -all", SpfResult::kPermanentError},
            One{"v=spf1 ptr:other.example -all", SpfResult::kFail},
+           One{"v=spf1 PTR:P.EXAMPLE -all", SpfResult::kPass},
+           One{"v=spf1 ptr:p.example -all", SpfResult::kPass, "192.0.2.8"},
+           One{"v=spf1 ptr:p.example -all", SpfResult::kFail, "192.0.2.6"},  // leads to another address
+           One{"v=spf1 ptr:p.example -all", SpfResult::kFail, "192.0.2.5"},  // ends so, in the middle of a label
+           One{"v=spf1 ptr a:n1.example ip4:192.0.2.7 -all", SpfResult::kPass, "192.0.2.7"},
+           One{"v=spf1 ptr a:n1.example a:n2.example +all", SpfResult::kPermanentError, "192.0.2.7"},
+           One{"v=spf1 ptr a:n1.example a:n2.example +all", SpfResult::kPass, "192.0.2.4"},
            One{"v=spf1 exists:%{ir}.x.example -all", SpfResult::kPass},
            One{"v=spf1 exists:%{i}.x.example -all", SpfResult::kFail},
            One{"v=spf1 a:broken.example +all", SpfResult::kTemporaryError},
            One{"v=spf1 a:n1.example a:n2.example a:n3.example +all", SpfResult::kPermanentError},
            One{"v=spf1 mx:four.example -all", SpfResult::kPass, "2a01:488::40"},
            One{"v=spf1 mx:four.example -all", SpfResult::kFail, "2a01:488::41"},
+           One{ten.c_str(), SpfResult::kPass},
+           One{eleven.c_str(), SpfResult::kPermanentError},
+           One{redirected.c_str(), SpfResult::kPermanentError},
            One{"v=spf1", SpfResult::kNeutral},
            One{"no record", SpfResult::kNone},
        }) {
