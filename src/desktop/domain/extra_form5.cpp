@@ -117,7 +117,8 @@ void ExtraForm5::ShowTest(const domain::ConnectionTest& test) {
   report_->Show(ToQt(test.report));
   facts_ = domain::FactsOf(test);
   facts_list_->Reset(facts_.size());
-  meaning_->Say(InWords(domain::MeaningOf(test)).join(' '), test.TakesMail() ? NoteKind::kInformation : NoteKind::kWarning);
+  meaning_->Say(InWords(domain::MeaningOf(test)).join(' '),
+                test.TakesMail() ? NoteKind::kInformation : NoteKind::kWarning);
   meaning_->show();
   status_->Say({});
   SetEnabled(true);
