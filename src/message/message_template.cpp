@@ -141,7 +141,7 @@ void MessageTemplate::AddAttachment(const fs::path& file) {
   std::string media_type;
   TakeFile(platform::OpenForReading(file), [&](int fd) -> std::optional<FileTrouble> {
     auto type = MediaTypeOfFile(fd, file);
-    if (!type) return FileTrouble{smtp::ResultCode::kFileNotOpened, type.error()};
+    if (!type) return FileTrouble{smtp::ResultCode::kFileNotRead, type.error()};
     media_type = *std::move(type);
     return files_.Add(fd, file, options_.attachment_encoding);
   });

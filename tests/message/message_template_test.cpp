@@ -310,6 +310,23 @@ TEST_F(Messages, EnvelopeCarriesWhatTheAccountAsksFor) {
   EXPECT_EQ(message_.UseSevenBit().error().failure, Failure::kBadData) << "a header has no other form";
 }
 
+TEST_F(Messages, TellWhyAnAttachmentIsNotInThem) {
+  using smtp::ResultCode;
+  for (const bool is_bare : {false, true}) {
+    for (const auto& [file, code] : {std::pair{(folder_ / "gone.pdf").string(), ResultCode::kFileNotOpened},
+                                     {folder_.path().string(), ResultCode::kFileNotOpened},
+                                     {"/dev/null", ResultCode::kFileNotOpened},
+                                     {"/proc/self/mem", ResultCode::kFileNotRead}}) {
+      Letter letter = Plain("x");
+      letter.options.is_bare = is_bare;
+      ASSERT_TRUE(letter.document.attachments.Add(file));
+      Compile(letter);
+      ASSERT_TRUE(template_->trouble()) << file;
+      EXPECT_EQ(template_->trouble()->code, code) << file << is_bare;
+    }
+  }
+}
+
 TEST_F(Messages, TellWhatBecameOfEachPicture) {
   std::filesystem::create_directory(folder_.path() / "folder");
   File("text.gif", "no picture");
