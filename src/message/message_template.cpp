@@ -42,6 +42,11 @@ std::string PlainTextOf(const document::MessageDocument& document, const Message
 MessageTemplate::MessageTemplate(const document::MessageDocument& document, MessageOptions options,
                                  const fs::path& scratch_folder, const platform::Clock& clock,
                                  platform::Entropy& entropy)
+    : MessageTemplate(document, std::move(options), scratch_folder, clock, entropy, DocumentFiles(document)) {}
+
+MessageTemplate::MessageTemplate(const document::MessageDocument& document, MessageOptions options,
+                                 const fs::path& scratch_folder, const platform::Clock& clock,
+                                 platform::Entropy& entropy, const FileSource& files)
     : options_(std::move(options)),
       clock_(clock),
       headers_(document, options_, entropy.Next()),
@@ -50,7 +55,7 @@ MessageTemplate::MessageTemplate(const document::MessageDocument& document, Mess
   RelatedPictures related;
   const Parts parts = PartsOf(document, options_);
   if (HasHtml(parts)) {
-    related = TakePictures(document, headers_.ContentIdSuffix());
+    related = TakePictures(document, headers_.ContentIdSuffix(), files);
     html_ = TextPart{
         TextPartHeaders("html", options_.charset),
         MergedBody(EscapeInStyles(ForMerging(related.html), options_.charset), StyleOf(options_.charset, true))};
@@ -60,9 +65,9 @@ MessageTemplate::MessageTemplate(const document::MessageDocument& document, Mess
   picture_troubles_ = std::move(related.troubles);
   foreign_pictures_ = std::move(related.foreign);
   if (options_.is_bare) {
-    CompileBare(document.attachments.paths());
+    CompileBare(document.attachments.paths(), files);
   } else {
-    CompileParts(document.attachments.paths(), entropy);
+    CompileParts(document.attachments.paths(), entropy, files);
   }
 }
 
@@ -88,7 +93,8 @@ void MessageTemplate::CompileText(const std::string& text) {
 
 // What makes a boundary unique is chance, drawn here and seen by nobody before the first message is out; content that
 // was written earlier cannot hold it, encoded or not.
-void MessageTemplate::CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy) {
+void MessageTemplate::CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy,
+                                   const FileSource& files) {
   const std::string mixed = attachments.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
   const std::string alternative = html_ && !texts_.empty() ? mime::MakeBoundary(entropy.Next(), entropy.Next()) : "";
   const std::string related = pictures_.empty() ? "" : mime::MakeBoundary(entropy.Next(), entropy.Next());
@@ -102,21 +108,21 @@ void MessageTemplate::CompileParts(const std::vector<std::string>& attachments, 
   if (html_) layout_.AddHtml();
   for (const Picture& picture : pictures_) {
     layout_.NextPart(related);
-    AddPicture(picture);
+    AddPicture(picture, files);
   }
   if (!related.empty()) layout_.EndMultipart(related);
   if (!alternative.empty()) layout_.EndMultipart(alternative);
   for (const fs::path file : attachments) {
     layout_.NextPart(mixed);
-    AddAttachment(file);
+    AddAttachment(file, files);
   }
   if (!mixed.empty()) layout_.EndMultipart(mixed);
 }
 
-void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
+void MessageTemplate::CompileBare(const std::vector<std::string>& attachments, const FileSource& files) {
   layout_.AddText();
   for (const fs::path file : attachments) {
-    TakeFile(platform::OpenForReading(file), [&](int fd) { return files_.AddUuencoded(fd, file); });
+    TakeFile(files.OpenAttachment(file), [&](int fd) { return files_.AddUuencoded(fd, file); });
     if (trouble_) return;
     file_parts_.emplace_back();
     layout_.AddFile(file_parts_.size() - 1, true);
@@ -125,21 +131,23 @@ void MessageTemplate::CompileBare(const std::vector<std::string>& attachments) {
 
 // What `take` makes of an open file, unless there is trouble already or it could not be opened.
 template <typename Take>
-void MessageTemplate::TakeFile(const Result<platform::UniqueFd>& fd, const Take& take) {
+void MessageTemplate::TakeFile(const OpenedFile& file, const Take& take) {
   if (trouble_) return;
-  trouble_ = fd ? take(fd->get()) : FileTrouble{smtp::ResultCode::kFileNotOpened, fd.error()};
+  const auto* fd = std::get_if<platform::UniqueFd>(&file);
+  trouble_ = fd != nullptr ? take(fd->get()) : std::get<FileTrouble>(file);
 }
 
-void MessageTemplate::AddPicture(const Picture& picture) {
+void MessageTemplate::AddPicture(const Picture& picture, const FileSource& files) {
   if (trouble_) return;
-  TakeFile(OpenAgain(picture), [&](int fd) { return files_.Add(fd, picture.file, options_.attachment_encoding); });
+  TakeFile(files.OpenPicture(picture),
+           [&](int fd) { return files_.Add(fd, picture.file, options_.attachment_encoding); });
   if (!trouble_) AddFilePart(picture.media_type, "inline", picture.file, picture.content_id);
 }
 
-void MessageTemplate::AddAttachment(const fs::path& file) {
+void MessageTemplate::AddAttachment(const fs::path& file, const FileSource& files) {
   if (trouble_) return;
   std::string media_type;
-  TakeFile(platform::OpenForReading(file), [&](int fd) -> std::optional<FileTrouble> {
+  TakeFile(files.OpenAttachment(file), [&](int fd) -> std::optional<FileTrouble> {
     auto type = MediaTypeOfFile(fd, file);
     if (!type) return FileTrouble{smtp::ResultCode::kFileNotRead, type.error()};
     media_type = *std::move(type);

@@ -14,6 +14,7 @@
 
 #include "document/message_document.h"
 #include "message/encoded_files.h"
+#include "message/file_source.h"
 #include "message/merged_body.h"
 #include "message/message_headers.h"
 #include "message/message_layout.h"
@@ -35,6 +36,10 @@ class MessageTemplate {
   MessageTemplate(const document::MessageDocument& document, MessageOptions options,
                   const std::filesystem::path& scratch_folder, const platform::Clock& clock,
                   platform::Entropy& entropy);
+  // The same with the document's files out of `files`, which need not outlive this.
+  MessageTemplate(const document::MessageDocument& document, MessageOptions options,
+                  const std::filesystem::path& scratch_folder, const platform::Clock& clock, platform::Entropy& entropy,
+                  const FileSource& files);
 
   // An attachment that could not be taken in: no message can go out.
   const std::optional<FileTrouble>& trouble() const { return trouble_; }
@@ -72,12 +77,12 @@ class MessageTemplate {
   // What the constructor is made of. A file that cannot be taken in is noted: see trouble() and picture_troubles().
   BodyStyle StyleOf(charset::Charset charset, bool is_html) const;
   void CompileText(const std::string& text);
-  void CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy);
-  void CompileBare(const std::vector<std::string>& attachments);
+  void CompileParts(const std::vector<std::string>& attachments, platform::Entropy& entropy, const FileSource& files);
+  void CompileBare(const std::vector<std::string>& attachments, const FileSource& files);
   template <typename Take>
-  void TakeFile(const Result<platform::UniqueFd>& fd, const Take& take);
-  void AddPicture(const Picture& picture);
-  void AddAttachment(const std::filesystem::path& file);
+  void TakeFile(const OpenedFile& file, const Take& take);
+  void AddPicture(const Picture& picture, const FileSource& files);
+  void AddAttachment(const std::filesystem::path& file, const FileSource& files);
   void AddFilePart(std::string_view media_type, std::string_view disposition, const std::filesystem::path& file,
                    std::string_view content_id);
 

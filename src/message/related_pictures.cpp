@@ -1,15 +1,11 @@
 #include "message/related_pictures.h"
 
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <map>
 #include <set>
 
-#include "document/picture_kind.h"
 #include "html/local_names.h"
 #include "html/local_pictures.h"
 #include "message/body_import.h"
@@ -25,86 +21,33 @@ constexpr std::size_t kMostListed = 20;
 constexpr std::size_t kMostNamed = 3;       // in a question
 constexpr const char* kNoName = "picture";  // for a folder that is named as one
 
-// What is wrong with a path before it is opened; 0 for nothing.
-std::int32_t LookAtPath(const fs::path& file) {
-  std::error_code failed;
-  const auto status = fs::status(file, failed);
-  if (failed == std::errc::filename_too_long) return kBodyNoFile;
-  if (!fs::exists(status)) return kBodyNotOpened;
-  if (fs::is_directory(status)) return kBodyNotRead;
-  return fs::is_regular_file(status) ? 0 : kBodyNoFile;
-}
-
-// Whether what was opened has this path: a folder on the way may have become a link to elsewhere meanwhile. What cannot
-// be known counts as no.
-bool IsStill(int fd, const fs::path& real) {
-  std::error_code failed;
-  const fs::path opened = fs::read_symlink(fmt::format("/proc/self/fd/{}", fd), failed);
-  return !failed && opened == real;
-}
-
-enum class Look { kPicture, kForeign, kTrouble };
-
-struct Looked {
-  Look look = Look::kTrouble;
-  std::int32_t code = kBodyNotOpened;  // for kTrouble
-  Picture picture;
-};
-
 // One document's pictures, each put where it belongs in `result`.
 class Taking {
  public:
-  Taking(const document::PicturePlaces& places, std::string_view content_id_suffix)
-      : places_(places), folders_(places.RealFolders()), content_id_suffix_(content_id_suffix) {}
+  Taking(const FileSource& files, std::string_view content_id_suffix)
+      : files_(files), content_id_suffix_(content_id_suffix) {}
 
   // The file's Content-ID, or nothing for one that is not taken.
   std::string Take(const fs::path& file);
   RelatedPictures result;
 
  private:
-  Looked LookInto(const fs::path& file) const;
-  void AddForeign(const fs::path& file);
-
-  const document::PicturePlaces& places_;
-  const std::vector<fs::path> folders_;
+  const FileSource& files_;
   const std::string_view content_id_suffix_;
   std::set<fs::path> foreign_;
 };
 
-// Looks into it, or says why not. The file may have become another since its path was looked at; that is told as not
-// opened.
-Looked Taking::LookInto(const fs::path& file) const {
-  if (const auto code = LookAtPath(file)) return {Look::kTrouble, code, {}};
-  std::error_code failed;
-  const fs::path real = fs::canonical(file, failed);
-  auto fd = platform::OpenForReading(real);
-  if (failed || !fd || !IsStill(fd->get(), real)) return {Look::kTrouble, kBodyNotOpened, {}};
-  const auto type = document::PictureType(fd->get(), file);
-  struct stat status {};
-  if (!type || ::fstat(fd->get(), &status) != 0) return {Look::kTrouble, kBodyNotRead, {}};
-  if (type->empty()) return {Look::kTrouble, kBodyNotParsed, {}};
-  Picture picture{file, {}, *type, static_cast<std::uint64_t>(status.st_size), status.st_dev, status.st_ino};
-  return {places_.Hold(real, folders_) ? Look::kPicture : Look::kForeign, 0, std::move(picture)};
-}
-
-// By its real name, once, so that the person sees what a link would give away.
-void Taking::AddForeign(const fs::path& file) {
-  const fs::path real = fs::canonical(file, IgnoreErrors());
-  if (foreign_.insert(real).second) result.foreign.push_back({real, places_.IsLeftOut(real)});
-}
-
 std::string Taking::Take(const fs::path& file) {
-  auto [look, code, picture] = LookInto(file);
-  switch (look) {
-    case Look::kTrouble:
-      result.troubles.push_back({file.string(), code});
-      return {};
-    case Look::kForeign:
-      AddForeign(file);
-      return {};
-    case Look::kPicture:
-      break;
+  auto found = files_.FindPicture(file);
+  if (auto* trouble = std::get_if<PictureTrouble>(&found)) {
+    result.troubles.push_back(std::move(*trouble));
+    return {};
   }
+  if (auto* foreign = std::get_if<ForeignPicture>(&found)) {
+    if (foreign_.insert(foreign->file).second) result.foreign.push_back(std::move(*foreign));
+    return {};
+  }
+  auto& picture = std::get<Picture>(found);
   picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix_);
   result.pictures.push_back(std::move(picture));
   return result.pictures.back().content_id;
@@ -180,21 +123,15 @@ Sentence Describe(const ForeignPicture& picture) {
                    file);
 }
 
-Result<platform::UniqueFd> OpenAgain(const Picture& picture) {
-  auto fd = platform::OpenForReading(picture.file);
-  if (!fd) return fd;
-  struct stat status {};
-  if (::fstat(fd->get(), &status) != 0) return platform::SystemError("read", picture.file, errno);
-  if (status.st_dev == picture.device && status.st_ino == picture.inode) return fd;
-  return Error{Failure::kIo, Say("The picture {} was replaced while the message was made.", picture.file.string()),
-               "Send again."};
+RelatedPictures TakePictures(const document::MessageDocument& document, std::string_view content_id_suffix,
+                             const platform::CancelToken* cancel) {
+  return TakePictures(document, content_id_suffix, DocumentFiles(document), cancel);
 }
 
 RelatedPictures TakePictures(const document::MessageDocument& document, std::string_view content_id_suffix,
-                             const platform::CancelToken* cancel) {
-  const document::PicturePlaces places = document.picture_places.WithOwnFolder(document.base_folder);
+                             const FileSource& files, const platform::CancelToken* cancel) {
   const fs::path base = document.base_folder.empty() ? fs::path("/") : document.base_folder;
-  Taking taking(places, content_id_suffix);
+  Taking taking(files, content_id_suffix);
   std::map<fs::path, std::string> content_ids;  // empty for a file that is not taken
   const auto references = html::FindLocalPictures(document.html);
   std::vector<std::string> replacements;

@@ -8,43 +8,18 @@
 #include <vector>
 
 #include "document/message_document.h"
+#include "message/file_source.h"
 #include "message/message_options.h"
 #include "platform/cancel.h"
-#include "platform/file.h"
 #include "platform/result.h"
 #include "platform/sentence.h"
 
 namespace quillcast::message {
 
-struct Picture {
-  std::filesystem::path file;
-  std::string content_id;  // without angle brackets
-  std::string media_type;  // by its content
-  std::uint64_t size = 0;  // octets
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-};
-
-// The file, at its beginning. Pictures are not kept open: a page may have more of them than a process may have
-// descriptors. Fails when the file has gone, or is another one than was looked at.
-Result<platform::UniqueFd> OpenAgain(const Picture& picture);
-
-// A local reference that was not taken along; its name is all that is left of it in the message.
-struct PictureTrouble {
-  std::string file;
-  std::int32_t code;  // of loading the body, see body_import.h
-};
-
 // Sentences for the person; with what comes of a trouble behind it.
 Sentence Describe(const PictureTrouble& trouble);
 Sentence GoesWithout(const PictureTrouble& trouble);
 Sentence Describe(const Picture& picture);
-
-// A picture that lies where the document may not take pictures from (document::PicturePlaces). Its name stays.
-struct ForeignPicture {
-  std::filesystem::path file;  // links resolved
-  bool left_out = false;       // the person was asked, and said so
-};
 Sentence Describe(const ForeignPicture& picture);
 
 struct RelatedPictures {
@@ -54,9 +29,11 @@ struct RelatedPictures {
   std::vector<ForeignPicture> foreign;   // also
 };
 
-// A page from elsewhere must not be able to make a person send a file of theirs: only what is a picture by its content
-// and lies where the document may take pictures from goes along. Only regular files are opened. References of a
-// document without a folder start from the root. A request by `cancel` ends it with what it has by then.
+// References of a document without a folder start from the root. A request by `cancel` ends it with what it has by
+// then.
+RelatedPictures TakePictures(const document::MessageDocument& document, std::string_view content_id_suffix,
+                             const FileSource& files, const platform::CancelToken* cancel = nullptr);
+// The same from where they lie now.
 RelatedPictures TakePictures(const document::MessageDocument& document, std::string_view content_id_suffix,
                              const platform::CancelToken* cancel = nullptr);
 
