@@ -348,6 +348,56 @@ class HeldTextTest : public QObject {
     scene.window->skip_save_prompt = true;
   }
 
+  void aTagIsAsTheLettersToCome_data() {
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("text");
+    const char* const bold = "(b=>getSelection().collapse(b,1))(document.querySelector('b').firstChild)";
+    const char* const selected = "getSelection().selectAllChildren(document.querySelector('b'))";
+    QTest::newRow("first") << ""
+                           << "Editor"
+                           << ""
+                           << "<p><b>$*MergeEmail*$</b>one";
+    QTest::newRow("from the subject") << ""
+                                      << "SubjectTextBox"
+                                      << ""
+                                      << "<p><b>$*MergeEmail*$</b>one";
+    QTest::newRow("behind a letter") << ""
+                                     << "Editor"
+                                     << "x"
+                                     << "<p>x<b>$*MergeEmail*$</b>one";
+    QTest::newRow("off") << bold << "Editor"
+                         << ""
+                         << "<b>a</b>$*MergeEmail*$<b>c</b>";
+    QTest::newRow("in place of others") << selected << "Editor"
+                                        << ""
+                                        << "<p>$*MergeEmail*$</p>";
+  }
+  void aTagIsAsTheLettersToCome() {
+    QFETCH(QString, place);
+    QFETCH(QString, field);
+    QFETCH(QString, before);
+    QFETCH(QString, text);
+    Scene scene;
+    scene.Open();
+    scene.window->Dispatch(CommandId::kNew);
+    scene.Editor().SetHtml("<html><head></head><body><p>one two</p><p><b>ac</b></p></body></html>");
+    scene.Editor().BeginTyping();
+    scene.Find<QWidget>(qPrintable(field)).setFocus();
+    QTest::qWait(100);  // the page hears who has the keys
+    scene.Editor().Evaluate(place);
+    Type(scene, qPrintable(before));
+    QTRY_VERIFY(scene.Editor().Text()->contains(before + "one"));
+    scene.window->Dispatch(CommandId::kBold);
+    const QString switched = *scene.Editor().Text();  // what is selected is changed at once
+    scene.window->Dispatch(CommandId::kMergeEmail);
+    QVERIFY2(scene.Editor().Text()->contains(text), qPrintable(*scene.Editor().Text()));
+    scene.window->Dispatch(CommandId::kUndo);
+    QTRY_COMPARE(*scene.Editor().Text(), switched);
+    scene.window->skip_save_prompt = true;
+  }
+
   void theFindBarGivesTheKeysBack() {
     Scene scene;
     scene.Open();

@@ -51,16 +51,20 @@
   };
   const kLetterStyles = ['bold', 'italic', 'underline', 'strikeThrough', 'fontName', 'fontSize', 'foreColor'];
   const letterStyle = name => document.queryCommandValue(name);
+  const placeAnew = () => {
+    const selection = document.getSelection();
+    if (!selection.rangeCount || !selection.isCollapsed) return;
+    const styles = kLetterStyles.map(letterStyle);
+    const wasAsleep = isAsleep;
+    placeCaret(selection.anchorNode, selection.anchorOffset);
+    isAsleep = wasAsleep;
+    kLetterStyles.forEach((name, at) => {
+      if (letterStyle(name) !== styles[at]) document.execCommand(name, false, styles[at]);
+    });
+  };
   const wakeCaret = () => {
     if (!isAsleep || !document.hasFocus()) return;
-    const selection = document.getSelection();
-    if (selection.rangeCount && selection.isCollapsed) {
-      const styles = kLetterStyles.map(letterStyle);
-      placeCaret(selection.anchorNode, selection.anchorOffset);
-      kLetterStyles.forEach((name, at) => {
-        if (letterStyle(name) !== styles[at]) document.execCommand(name, false, styles[at]);
-      });
-    }
+    placeAnew();
     isAsleep = false;
   };
   // Where the caret is: the numbers of the children on the way down from the body, and the place in the last of them.
@@ -121,7 +125,14 @@
     if (name === 'unlink') selectLink();
     return document.execCommand(name, false, value);
   };
-  quill.insert = html => { ensureSelection(); return document.execCommand('insertHTML', false, html); };
+  // Words alone, such as a merge tag, are as what is typed: in the style that is switched on for the letters to come.
+  // They are a step of their own for the engine's Undo, unlike letters, where the caret was placed anew.
+  quill.insert = html => {
+    ensureSelection();
+    if (!html || /[<&\n]/.test(html)) return document.execCommand('insertHTML', false, html);
+    placeAnew();
+    return document.execCommand('insertText', false, html);
+  };
   quill.state = () => {
     const on = name => document.queryCommandState(name);
     const link = linkAtCaret();
