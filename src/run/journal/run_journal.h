@@ -1,0 +1,140 @@
+// What became of every recipient of every run, kept while it happens: so that a run whose program was killed, or whose
+// computer lost its power, can go on, and nobody is sent twice or left out.
+//
+// A mailing is one message to one list, frozen as they were when it began. A run is one go at it: the first, or one
+// that goes on with those who are left. What is known of a recipient belongs to the mailing; a run says who was in it.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/result.h"
+#include "recipients/recipient.h"
+#include "recipients/row_source.h"
+#include "run/journal/recipient_states.h"
+#include "smtp/outcome.h"
+
+namespace quillcast::run {
+
+using MailingId = std::int64_t;
+using RunId = std::int64_t;  // greater than those of all runs that began before
+
+enum class RunKind : std::uint8_t { kFirst, kResume, kRetry };
+
+// How a run stands.
+enum class RunStanding : std::uint8_t {
+  kGoesOn,   // some program has it in hand
+  kEnded,    // it came to its own end: completed, cancelled or stopped
+  kCutOff,   // whoever had it in hand is gone
+};
+
+struct RunEntry {
+  RunId id = 0;
+  MailingId mailing = 0;
+  RunKind kind = RunKind::kFirst;
+  RunStanding standing = RunStanding::kEnded;
+  std::string history;  // the base name of its files there
+  std::chrono::sys_seconds began;
+  std::optional<std::chrono::sys_seconds> ended;
+  std::int64_t recipients = 0;  // whom it was for
+};
+
+struct MailingEntry {
+  MailingId id = 0;
+  std::string subject;
+  std::string group;
+  std::int64_t recipients = 0;
+  StateCounts counts;          // who of them is where, now
+  std::vector<RunEntry> runs;  // in the order in which they began
+};
+
+// A recipient as the journal knows it.
+struct JournalRow {
+  std::int64_t position = 0;  // 1-based place in the list
+  ResultState state = ResultState::kNotTried;
+  std::int32_t code = 0;                 // smtp::ResultCode of the last attempt
+  smtp::ServerReply reply;               // of the last attempt
+  std::string reason;                    // in our words
+  std::optional<std::chrono::sys_seconds> when;  // of the last change
+  int attempts = 0;
+  RunId run = 0;  // that tried last; 0 for none
+  recipients::Recipient recipient;
+};
+
+// A run under way. It belongs to one thread, and holds its mailing: no other program takes it up meanwhile.
+class JournalledRun {
+ public:
+  virtual ~JournalledRun() = default;
+  virtual RunId id() const = 0;
+  // Whom it is for, in the order of the list and with their places in it: those of its states when it began.
+  virtual std::int64_t size() const = 0;
+  virtual Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) = 0;
+
+  // From the next Record on this recipient's message may be out. Only for somebody whom Next gave.
+  virtual void GoesOut(std::int64_t position) = 0;
+  // What became of it. `begun` false in the outcome: nothing of it went out, and it counts as not tried.
+  virtual void Settled(std::int64_t position, const smtp::Outcome& outcome) = 0;
+  // Keeps all that was told since the last time, as one: what returned well outlives a kill of this process, and, but
+  // for the last kDoubtful recipients, a loss of power. Waits for the disk where that takes longer than sending. After
+  // a failure nothing is to be sent any more: what stands in the journal is then what stood there before.
+  virtual Result<void> Record() = 0;
+  // At the run's own end. Fails as Record does.
+  virtual Result<void> End() = 0;
+};
+
+// A mailing's message and settings: text of whoever keeps it, and files by their contents.
+struct KeptFile {
+  std::string name;     // by which it is asked for
+  std::string content;  // its SHA-256 in hexadecimal digits, as Keep gave it
+};
+
+struct NewMailing {
+  std::string subject;
+  std::string group;
+  std::string inputs;  // what it is made of, with no secret in it
+  std::vector<KeptFile> files;
+};
+
+// The store of all of them. Errors: kTryAgain when another program holds the mailing (or the file, too long), kNoInput
+// for what is not there, kBadData where the file is damaged or of another program, kNotPermitted where it may not be
+// written, kUnavailable of a newer version of this program, kIo and kCannotCreate of the disk.
+class RunJournal {
+ public:
+  virtual ~RunJournal() = default;
+
+  // Keeps the bytes behind an open file once for each content, without holding them.
+  virtual Result<KeptFile> Keep(std::string name, int fd) = 0;
+  // Freezes a mailing, its rows as they come to their end (those of `range`, with their places), and begins its first
+  // run. Nothing of it stays after a failure or a cancel.
+  virtual Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
+                                                       const std::optional<recipients::PartialRange>& range,
+                                                       std::string history) = 0;
+  // Begins a run that goes on with the mailing's recipients of these states. Those whom a lost program left in flight
+  // are unknown from now on. kNoInput where nobody is in them.
+  virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+                                                      std::string history) = 0;
+
+  // Newest mailing first.
+  virtual Result<std::vector<MailingEntry>> List() = 0;
+  // The mailing of a run.
+  virtual Result<MailingEntry> Find(RunId run) = 0;
+  virtual Result<NewMailing> Inputs(MailingId mailing) = 0;
+  // A kept file, readable from its beginning; it takes no place in any folder.
+  virtual Result<platform::UniqueFd> Open(const KeptFile& file) = 0;
+
+  // Calls `visit` with the recipients of these states in the order of the list, from the `skip`th on, until it gives
+  // false. `with_rows` false leaves `recipient` but for its address.
+  virtual Result<void> Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+                             const std::function<Result<bool>(const JournalRow&)>& visit) = 0;
+
+  // Nothing of it is left in the file, its recipients included. kTryAgain while a run of it goes on.
+  virtual Result<void> Forget(MailingId mailing) = 0;
+};
+
+}  // namespace quillcast::run
