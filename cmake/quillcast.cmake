@@ -26,13 +26,17 @@ function(quillcast_folder name)
   target_link_libraries(quillcast_${name} PUBLIC quillcast_flags ${ARG_USES})
 endfunction()
 
-# A test program: every .cpp below tests/NAME, or below tests/FOLDER, run by CTest as one test named NAME.
+# A test program: every .cpp below tests/NAME, or below tests/FOLDER, but for those below its folder EXCEPT, run by CTest
+# as one test named NAME.
 function(quillcast_test name)
-  cmake_parse_arguments(ARG "" "FOLDER" "USES" ${ARGN})
+  cmake_parse_arguments(ARG "" "FOLDER;EXCEPT" "USES" ${ARGN})
   if(NOT ARG_FOLDER)
     set(ARG_FOLDER ${name})
   endif()
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${ARG_FOLDER}/*.cpp)
+  if(ARG_EXCEPT)
+    list(FILTER sources EXCLUDE REGEX "/${ARG_FOLDER}/${ARG_EXCEPT}/")
+  endif()
   add_executable(test_${name} ${sources})
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_definitions(test_${name} PRIVATE QUILLCAST_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/${ARG_FOLDER}")

@@ -128,6 +128,12 @@ Result<void> Statement::Bind(int parameter, std::int64_t number) {
   return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement_.get()));
 }
 
+Result<void> Statement::BindBytes(int parameter, std::string_view bytes) {
+  const int code = sqlite3_bind_blob64(statement_.get(), parameter, bytes.data() == nullptr ? "" : bytes.data(),
+                                       bytes.size(), SQLITE_STATIC);
+  return code == SQLITE_OK ? Result<void>() : Result<void>(ErrorOf(statement_.get()));
+}
+
 Result<bool> Statement::Step() {
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
@@ -151,6 +157,12 @@ std::string_view Statement::Text(int column) const {
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
   if (text == nullptr) return {};
   return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+}
+
+std::string_view Statement::Bytes(int column) const {
+  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
+  if (bytes == nullptr) return {};
+  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
 }
 
 bool Statement::IsEmpty(int column) const { return sqlite3_column_bytes(statement_.get(), column) == 0; }
@@ -237,6 +249,17 @@ Result<void> Database::Execute(const char* sql) {
 
 std::int64_t Database::LastInsertId() const { return sqlite3_last_insert_rowid(database_.get()); }
 std::int64_t Database::ChangedRows() const { return sqlite3_changes64(database_.get()); }
+
+bool Database::MayWrite() const { return sqlite3_db_readonly(database_.get(), "main") == 0; }
+
+void Database::OnCommit(std::function<void(int pages)> committed) {
+  committed_ = std::make_unique<std::function<void(int)>>(std::move(committed));
+  const auto call = [](void* context, sqlite3*, const char*, int pages) {
+    (*static_cast<std::function<void(int)>*>(context))(pages);
+    return SQLITE_OK;
+  };
+  sqlite3_wal_hook(database_.get(), call, committed_.get());
+}
 
 void Database::OnWrittenRow(std::function<void()> written) {
   written_ = std::make_unique<std::function<void()>>(std::move(written));

@@ -37,6 +37,7 @@ class Statement {
   Result<void> Bind(int parameter, std::string_view text);      // the text is copied
   Result<void> BindView(int parameter, std::string_view text);  // not copied: it must outlive the next Step
   Result<void> Bind(int parameter, std::int64_t number);
+  Result<void> BindBytes(int parameter, std::string_view bytes);  // as a blob; not copied either
 
   // True when a row is there to be read, false at the end.
   Result<bool> Step();
@@ -47,7 +48,8 @@ class Statement {
   // Known before the first Step. A name is what the query calls the column.
   int ColumnCount() const;
   std::string_view ColumnName(int column) const;
-  std::string_view Text(int column) const;  // valid until the next Step or Reset; NULL reads as empty
+  std::string_view Text(int column) const;   // valid until the next Step or Reset; NULL reads as empty
+  std::string_view Bytes(int column) const;  // of a blob, as it stands there; valid as long as a text
   // What Text would give no octet of; asked for less than that costs.
   bool IsEmpty(int column) const;
   // 0 for NULL and for text that is no number.
@@ -100,6 +102,13 @@ class Database {
   std::int64_t LastInsertId() const;
   std::int64_t ChangedRows() const;
 
+  // False where the file, or a file that it needs beside it, may only be read.
+  bool MayWrite() const;
+
+  // Called after each commit with the pages that its write-ahead log then holds. Nothing of it goes into the file by
+  // itself from then on.
+  void OnCommit(std::function<void(int pages)> committed);
+
   // Called at each row that a statement inserts, changes or deletes, in the midst of it; only to count or look at the
   // clock.
   void OnWrittenRow(std::function<void()> written);
@@ -129,6 +138,7 @@ class Database {
   std::unique_ptr<LockPatience> patience_;            // before the connection, which reads it
   std::vector<std::unique_ptr<Function>> functions_;  // as well
   std::unique_ptr<std::function<void()>> written_;
+  std::unique_ptr<std::function<void(int)>> committed_;
   std::unique_ptr<sqlite3, CloseDatabase> database_;
   std::filesystem::path path_;
 };

@@ -1,0 +1,117 @@
+#include "run/journal/journal_file.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "run/journal/mailing_lock.h"
+
+namespace quillcast::run {
+namespace {
+
+// Of the layout below. A file of a later one is left alone.
+constexpr std::int64_t kVersion = 1;
+
+// Pages of 8 KiB hold four blocks of states. Pages that are no longer used are given back, so that what is forgotten is
+// no longer in the file; what a page in use no longer holds is wiped. Keys of the blocks and words are made of the
+// mailing's number and theirs.
+constexpr const char* kPages = "PRAGMA page_size = 8192; PRAGMA auto_vacuum = INCREMENTAL; PRAGMA journal_mode = WAL;";
+constexpr const char* kTables = R"(
+  CREATE TABLE mailings(id INTEGER PRIMARY KEY AUTOINCREMENT, subject TEXT NOT NULL, people TEXT NOT NULL,
+                        inputs TEXT NOT NULL, recipients INTEGER NOT NULL, first INTEGER NOT NULL);
+  CREATE TABLE runs(id INTEGER PRIMARY KEY AUTOINCREMENT, mailing INTEGER NOT NULL, number INTEGER NOT NULL,
+                    kind INTEGER NOT NULL, history TEXT NOT NULL, boot TEXT NOT NULL, began INTEGER NOT NULL,
+                    ended INTEGER, recipients INTEGER NOT NULL);
+  CREATE INDEX runs_of_mailing ON runs(mailing, number);
+  CREATE TABLE rows(id INTEGER PRIMARY KEY, rows BLOB NOT NULL);
+  CREATE TABLE states(id INTEGER PRIMARY KEY, records BLOB NOT NULL);
+  CREATE TABLE words(id INTEGER PRIMARY KEY, words BLOB NOT NULL);
+  PRAGMA application_id = 1365457483;
+  PRAGMA user_version = 1;)";
+constexpr std::int64_t kApplication = 1365457483;
+
+// Commits wait for no disk: the run makes durable what has to be. NORMAL has whoever takes the log into the file sync
+// the one before the other, so that a loss of power never leaves half of it.
+constexpr const char* kConnection = "PRAGMA synchronous = NORMAL; PRAGMA secure_delete = FAST;";
+
+Result<std::int64_t> NumberOf(platform::Database& database, std::string_view query) {
+  auto statement = database.Prepare(query);
+  if (!statement) return statement.error();
+  const auto row = statement->Step();
+  if (!row) return row.error();
+  return statement->Int(0);
+}
+
+Result<std::int64_t> VersionOf(platform::Database& database) { return NumberOf(database, "PRAGMA user_version"); }
+
+// An empty file is nobody's yet.
+Result<void> CheckIsOurs(platform::Database& database, const JournalPlace& place) {
+  const auto tables = NumberOf(database, "SELECT count(*) FROM sqlite_master");
+  if (!tables) return tables.error();
+  const auto application = NumberOf(database, "PRAGMA application_id");
+  if (!application) return application.error();
+  if (*tables == 0 || *application == kApplication) return {};
+  return Error{Failure::kBadData, Say("{} belongs to another program.", place.file.string())};
+}
+
+// One at a time: two that change the journal mode at once do not wait for each other.
+Result<void> MakeTables(platform::Database& database, const JournalPlace& place) {
+  const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
+  if (!lock) return lock.error();
+  const auto version = VersionOf(database);
+  if (!version) return version.error();
+  if (*version != 0) return {};
+  if (auto paged = database.Execute(kPages); !paged) return paged;
+  auto transaction = platform::Transaction::Begin(database);
+  if (!transaction) return transaction.error();
+  if (auto made = database.Execute(kTables); !made) return made;
+  return transaction->Commit();
+}
+
+Result<platform::Database> Open(const JournalPlace& place) {
+  auto database = platform::Database::Open(place.file, platform::OpenMode::kCreate, place.patience);
+  if (!database) return database;
+  if (auto ours = CheckIsOurs(*database, place); !ours) return ours.error();
+  const auto version = VersionOf(*database);
+  if (!version) return version.error();
+  if (*version > kVersion) {
+    return Error{Failure::kUnavailable, Say("{} was written by a newer version of Quillcast.", place.file.string()),
+                 "Use that version, or move the file away to begin with an empty one."};
+  }
+  if (!database->MayWrite()) {
+    return Error{Failure::kNotPermitted, Say("{} may not be written.", place.file.string()),
+                 "Give yourself the permission to write the file and its folder."};
+  }
+  if (*version == 0) {
+    if (auto made = MakeTables(*database, place); !made) return made.error();
+  }
+  if (auto set = database->Execute(kConnection); !set) return set.error();
+  return database;
+}
+
+}  // namespace
+
+std::filesystem::path JournalPlace::Locks() const {
+  auto locks = file;
+  return locks.replace_extension(".lock");
+}
+
+std::filesystem::path JournalPlace::Log() const { return file.string() + "-wal"; }
+
+Error DamagedJournal(const std::filesystem::path& file) {
+  return {Failure::kBadData, Say("{} is damaged.", file.string()),
+          "Move it away to begin with an empty one; the reports of the history are kept."};
+}
+
+Result<platform::Database> OpenJournalFile(const JournalPlace& place) {
+  auto database = Open(place);
+  if (database) return database;
+  Error error = database.error();
+  if (error.failure == Failure::kBadData) {
+    error.remedy = "Move the file away to begin with an empty one; the reports of the history are kept.";
+  }
+  // The files that a journal needs beside it cannot be made.
+  if (error.failure == Failure::kCannotCreate) error.failure = Failure::kNotPermitted;
+  return error;
+}
+
+}  // namespace quillcast::run

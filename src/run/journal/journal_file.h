@@ -1,0 +1,40 @@
+// The file of the run journal: where it is, its tables, and how it is opened.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/sqlite.h"
+#include "run/journal/disk.h"
+#include "run/journal/run_journal.h"
+
+namespace quillcast::run {
+
+// What a journal works with. The ports outlive the journal and its runs.
+struct JournalPlace {
+  std::filesystem::path file;     // runs.db, made where it is missing
+  std::string boot = ThisBoot();  // which of the computer's starts this is
+  const platform::Clock* clock = nullptr;
+  Disk* disk = nullptr;
+  platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};
+
+  std::filesystem::path Locks() const;  // beside it
+  std::filesystem::path Log() const;    // the write-ahead log, which SQLite keeps beside it
+};
+
+// Fails as RunJournal does. What a file of an older version lacks is added.
+Result<platform::Database> OpenJournalFile(const JournalPlace& place);
+
+// Rows of blocks, of words: what belongs to a mailing stands together.
+inline constexpr int kBlockBits = 24;
+inline constexpr int kWordsBits = 32;
+inline std::int64_t BlockKey(MailingId mailing, std::int64_t block) { return (mailing << kBlockBits) | block; }
+inline std::int64_t WordsKey(MailingId mailing, std::int64_t number) { return (mailing << kWordsBits) | number; }
+
+Error DamagedJournal(const std::filesystem::path& file);
+
+}  // namespace quillcast::run

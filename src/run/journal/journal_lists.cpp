@@ -1,0 +1,249 @@
+// What the journal tells of its mailings and their recipients.
+#include <array>
+#include <map>
+#include <utility>
+
+#include "run/journal/mailing_lock.h"
+#include "run/journal/mailing_tables.h"
+#include "run/journal/sqlite_run_journal.h"
+
+namespace quillcast::run {
+namespace {
+
+// One look at the file: what is read by it belongs together. Goes back at its end, there is nothing to keep.
+class Look {
+ public:
+  static Result<Look> At(platform::Database& database) {
+    if (auto begun = database.Execute("BEGIN"); !begun) return begun.error();
+    return Look(database);
+  }
+  Look(Look&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
+  Look& operator=(Look&&) = delete;
+  ~Look() {
+    if (database_ != nullptr) IgnoreErrors(database_->Execute("ROLLBACK"));
+  }
+
+ private:
+  explicit Look(platform::Database& database) : database_(&database) {}
+  platform::Database* database_;
+};
+
+// Mailings whose last run has not ended, as far as they were seen, with that run, and whether somebody has them in
+// hand.
+struct Seen {
+  RunId last = 0;
+  bool in_hand = false;
+};
+
+// A run has its lock from before it can be seen until after its end can be. So who is asked for first, and read then,
+// is known: the one that was seen before and whose lock was free has ended by the time it is read, or its program is
+// gone; one that was not seen before has only just begun.
+Result<std::map<MailingId, Seen>> SeeWhoGoesOn(platform::Database& database, const JournalPlace& place) {
+  std::map<MailingId, Seen> seen;
+  auto open = database.Prepare(
+      "SELECT mailing, id, ended FROM runs AS r WHERE number = (SELECT max(number) FROM runs WHERE mailing = "
+      "r.mailing) "
+      "AND ended IS NULL");
+  if (!open) return open.error();
+  for (;;) {
+    const auto row = open->Step();
+    if (!row) return row.error();
+    if (!*row) break;
+    seen[open->Int(0)].last = open->Int(1);
+  }
+  for (auto& [mailing, what] : seen) {
+    const auto in_hand = IsInHand(place.Locks(), mailing);
+    if (!in_hand) return in_hand.error();
+    what.in_hand = *in_hand;
+  }
+  return seen;
+}
+
+bool GoesOn(const std::map<MailingId, Seen>& seen, const StoredMailing& mailing) {
+  const RunEntry& last = mailing.runs.back().entry;
+  if (last.ended) return false;
+  const auto known = seen.find(mailing.entry.id);
+  return known == seen.end() || known->second.last != last.id || known->second.in_hand;
+}
+
+Result<StateCounts> Count(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
+  auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
+  if (!blocks) return blocks.error();
+  StateCounts counts{};
+  const auto count = [&](std::int64_t, std::string_view octets) -> Result<bool> {
+    for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
+      ++counts[static_cast<std::size_t>(StateIn(doubt, octets.data() + at))];
+    }
+    return true;
+  };
+  if (auto walked = blocks->Walk(0, count); !walked) return walked.error();
+  return counts;
+}
+
+Result<MailingEntry> EntryOf(platform::Database& database, const JournalPlace& place, MailingId id,
+                             const std::map<MailingId, Seen>& seen) {
+  auto stored = ReadMailing(database, id);
+  if (!stored) return stored.error();
+  const bool goes_on = GoesOn(seen, *stored);
+  const auto counts = Count(database, *stored, DoubtOf(stored->runs.back(), goes_on, place.boot));
+  if (!counts) return counts.error();
+  MailingEntry entry = std::move(stored->entry);
+  entry.counts = *counts;
+  for (StoredRun& run : stored->runs) {
+    run.entry.standing = run.entry.ended ? RunStanding::kEnded : RunStanding::kCutOff;
+    entry.runs.push_back(std::move(run.entry));
+  }
+  if (goes_on) entry.runs.back().standing = RunStanding::kGoesOn;
+  return entry;
+}
+
+// Recipients one after the other, their rows and words beside their states.
+class RowReader {
+ public:
+  static Result<RowReader> Of(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
+    auto rows = database.Prepare("SELECT rows FROM rows WHERE id = ?");
+    if (!rows) return rows.error();
+    auto words = WordsReader::Of(database, database.path(), mailing.entry.id);
+    if (!words) return words.error();
+    return RowReader(mailing, doubt, *std::move(rows), *std::move(words), database.path());
+  }
+
+  // The one at `index`, whose record this is. In the order of the list.
+  Result<const JournalRow*> Read(std::int64_t index, const char* octets) {
+    const StateRecord record = ReadRecord(octets);
+    row_.position = mailing_->first + index;
+    row_.state = StateIn(doubt_, octets);
+    row_.code = record.code;
+    row_.attempts = record.attempts;
+    row_.when.reset();
+    if (record.when != 0) row_.when = std::chrono::sys_seconds(std::chrono::seconds(record.when));
+    row_.run = record.run > 0 && record.run <= mailing_->runs.size() ? mailing_->runs[record.run - 1].entry.id : 0;
+    row_.reply = {};
+    row_.reply.code = record.reply;
+    row_.reason.clear();
+    if (row_.state != record.state) {
+      row_.code = 1;
+      row_.reply = {};
+      row_.reason = ReasonOf(doubt_);
+    } else if (record.words != 0) {
+      if (auto read = ReadWords(record.words); !read) return read.error();
+    }
+    if (auto read = ReadFields(index); !read) return read.error();
+    return &row_;
+  }
+
+ private:
+  RowReader(const StoredMailing& mailing, Doubt doubt, platform::Statement rows, WordsReader words,
+            std::filesystem::path file)
+      : mailing_(&mailing), doubt_(doubt), rows_(std::move(rows)), words_(std::move(words)), file_(std::move(file)) {}
+
+  Result<void> ReadWords(std::uint32_t number) {
+    const auto words = words_.Read(number);
+    if (!words) return words.error();
+    row_.reply.enhanced = (*words)->texts[0];
+    row_.reply.text = (*words)->texts[1];
+    row_.reason = (*words)->texts[2];
+    return {};
+  }
+
+  Result<void> ReadFields(std::int64_t index) {
+    if (index / kBlockSize != block_) {
+      block_ = index / kBlockSize;
+      rows_.Reset();
+      if (auto bound = rows_.Bind(1, BlockKey(mailing_->entry.id, block_)); !bound) return bound;
+      const auto row = rows_.Step();
+      if (!row) return row.error();
+      frozen_ = FrozenRows(*row ? rows_.Bytes(0) : "");
+      next_ = block_ * kBlockSize;
+    }
+    for (; next_ < index; ++next_) {
+      if (!frozen_.Skip()) return DamagedJournal(file_);
+    }
+    ++next_;
+    return frozen_.Next(row_.recipient) ? Result<void>() : DamagedJournal(file_);
+  }
+
+  const StoredMailing* mailing_;
+  Doubt doubt_;
+  platform::Statement rows_;
+  WordsReader words_;
+  std::filesystem::path file_;
+  std::int64_t block_ = -1;
+  std::int64_t next_ = 0;
+  FrozenRows frozen_{{}};
+  JournalRow row_;
+};
+
+}  // namespace
+
+Result<std::vector<MailingEntry>> SqliteRunJournal::List() {
+  const auto seen = SeeWhoGoesOn(database_, place_);
+  if (!seen) return seen.error();
+  const auto look = Look::At(database_);
+  if (!look) return look.error();
+  const auto mailings = AllMailings(database_);
+  if (!mailings) return mailings.error();
+  std::vector<MailingEntry> entries;
+  for (const MailingId mailing : *mailings) {
+    auto entry = EntryOf(database_, place_, mailing, *seen);
+    if (!entry) return entry.error();
+    entries.push_back(*std::move(entry));
+  }
+  return entries;
+}
+
+Result<MailingEntry> SqliteRunJournal::Find(RunId run) {
+  const auto seen = SeeWhoGoesOn(database_, place_);
+  if (!seen) return seen.error();
+  const auto look = Look::At(database_);
+  if (!look) return look.error();
+  const auto mailing = MailingOf(database_, run);
+  if (!mailing) return mailing.error();
+  return EntryOf(database_, place_, *mailing, *seen);
+}
+
+Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+                                     const std::function<Result<bool>(const JournalRow&)>& visit) {
+  const auto seen = SeeWhoGoesOn(database_, place_);
+  if (!seen) return seen.error();
+  const auto look = Look::At(database_);
+  if (!look) return look.error();
+  const auto stored = ReadMailing(database_, mailing);
+  if (!stored) return stored.error();
+  const Doubt doubt = DoubtOf(stored->runs.back(), GoesOn(*seen, *stored), place_.boot);
+  auto blocks = StateBlocks::Of(database_, place_.file, mailing, stored->entry.recipients);
+  if (!blocks) return blocks.error();
+  auto reader = RowReader::Of(database_, *stored, doubt);
+  if (!reader) return reader.error();
+  return blocks->Walk(0, [&](std::int64_t block, std::string_view octets) -> Result<bool> {
+    for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
+      const char* record = octets.data() + at;
+      if (!Holds(states, StateIn(doubt, record)) || skip-- > 0) continue;
+      const auto row = reader->Read(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize), record);
+      if (!row) return row.error();
+      const auto on = visit(**row);
+      if (!on || !*on) return on;
+    }
+    return true;
+  });
+}
+
+Result<NewMailing> SqliteRunJournal::Inputs(MailingId mailing) {
+  auto statement = database_.Prepare("SELECT subject, people, inputs FROM mailings WHERE id = ?");
+  if (!statement) return statement.error();
+  if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
+  const auto row = statement->Step();
+  if (!row) return row.error();
+  if (!*row) return Error{Failure::kNoInput, "This mailing is no longer in the journal.", "See which there are."};
+  NewMailing inputs;
+  inputs.subject = statement->Text(0);
+  inputs.group = statement->Text(1);
+  inputs.inputs = statement->Text(2);
+  return inputs;
+}
+
+Result<KeptFile> SqliteRunJournal::Keep(std::string, int) { return Error{}; }
+Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile&) { return Error{}; }
+Result<void> SqliteRunJournal::Forget(MailingId) { return Error{}; }
+
+}  // namespace quillcast::run

@@ -1,0 +1,234 @@
+#include "run/journal/journalled_run.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillcast::run {
+namespace {
+
+constexpr std::int64_t kBatch = 128;
+constexpr std::size_t kKnownBatches = 4;
+// The log is taken into the file when it has grown to 32 MiB.
+constexpr int kLongLog = 4096;
+
+template <typename Number>
+Number UpTo(std::int64_t number) {
+  return static_cast<Number>(std::clamp<std::int64_t>(number, 0, std::numeric_limits<Number>::max()));
+}
+
+}  // namespace
+
+SqliteJournalledRun::SqliteJournalledRun(const JournalPlace& place, Parts parts, MailingLock lock, const BegunRun& run)
+    : place_(place),
+      run_(run),
+      lock_(std::move(lock)),
+      database_(std::move(parts.database)),
+      blocks_(std::move(parts.blocks)),
+      words_(std::move(parts.words)),
+      read_rows_(std::move(parts.read_rows)),
+      walk_(run.states, run.recipients),
+      reserving_(run.states, run.recipients) {
+  database_->OnCommit([this](int pages) { log_pages_ = pages; });
+}
+
+Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalPlace& place,
+                                                                  std::unique_ptr<platform::Database> database,
+                                                                  platform::Transaction transaction, MailingLock lock,
+                                                                  const BegunRun& run) {
+  auto blocks = StateBlocks::Of(*database, place.file, run.mailing, run.recipients);
+  if (!blocks) return blocks.error();
+  auto words = WordsWriter::After(*database, place.file, run.mailing);
+  if (!words) return words.error();
+  auto rows = database->Prepare("SELECT rows FROM rows WHERE id = ?");
+  if (!rows) return rows.error();
+  Parts parts{std::move(database), *std::move(blocks), *std::move(words), *std::move(rows)};
+  std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));
+  platform::Transaction begun = std::move(transaction);  // goes back, where it does, before its connection ends
+  if (auto reserved = started->ReserveBatch(); !reserved) return reserved.error();
+  if (auto written = started->Write(); !written) return written.error();
+  auto sync = LogSync::Start(place);
+  if (!sync) return sync.error();
+  started->sync_ = *std::move(sync);
+  if (auto committed = begun.Commit(); !committed) return committed.error();
+  started->Written();
+  return std::unique_ptr<JournalledRun>(std::move(started));
+}
+
+std::uint32_t SqliteJournalledRun::Now() const {
+  const auto now = std::chrono::floor<std::chrono::seconds>(place_.clock->Now());
+  return UpTo<std::uint32_t>(now.time_since_epoch().count());
+}
+
+Result<void> SqliteJournalledRun::OpenBlock(std::int64_t block) {
+  read_rows_.Reset();
+  if (auto bound = read_rows_.Bind(1, BlockKey(run_.mailing, block)); !bound) return bound;
+  const auto row = read_rows_.Step();
+  if (!row) return row.error();
+  if (!*row) return DamagedJournal(place_.file);
+  rows_octets_ = read_rows_.Bytes(0);
+  read_rows_.Reset();
+  rows_ = FrozenRows(rows_octets_);
+  rows_block_ = block;
+  next_row_ = block * kBlockSize;
+  return {};
+}
+
+Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::int64_t& position) {
+  const auto index = walk_.Next(blocks_);
+  if (!index) return index.error();
+  if (!*index) return false;
+  if (**index / kBlockSize != rows_block_) {
+    if (auto opened = OpenBlock(**index / kBlockSize); !opened) return opened.error();
+  }
+  for (; next_row_ < **index; ++next_row_) {
+    if (!rows_.Skip()) return DamagedJournal(place_.file);
+  }
+  if (!rows_.Next(recipient)) return DamagedJournal(place_.file);
+  ++next_row_;
+  position = run_.first + **index;
+  return true;
+}
+
+void SqliteJournalledRun::Keep(const Result<void>& done) {
+  if (!done && !failed_) failed_ = done.error();
+}
+
+void SqliteJournalledRun::GoesOut(std::int64_t position) { Keep(TryGoesOut(position - run_.first)); }
+
+Result<void> SqliteJournalledRun::TryGoesOut(std::int64_t index) {
+  const auto octets = blocks_.Look(index);
+  if (!octets) return octets.error();
+  StateRecord record = ReadRecord(*octets);
+  if (record.state == ResultState::kInFlight) return {};  // again, over another connection
+  if (!record.reserved && (batches_.empty() || index > batches_.back().last)) {
+    reserving_.SkipTo(index);
+    if (auto reserved = ReserveBatch(); !reserved) return reserved;
+    record.reserved = true;
+  }
+  in_flight_.emplace(index, record);
+  if (batches_.size() > 0 && index > (batches_.size() > 1 ? batches_[batches_.size() - 2].last : -1))
+    reserve_next_ = true;
+  // Where it is reserved no longer, or never was, its mark is what has to be durable.
+  awaited_ = std::max(awaited_, record.reserved ? CommitThatReserves(index) : commits_ + 1);
+  to_be_durable_ = std::max(to_be_durable_, awaited_);
+  record = {ResultState::kInFlight, true, UpTo<std::uint8_t>(record.attempts + 1), run_.number, Now(), 0, 0, 0};
+  return blocks_.Change(index, record);
+}
+
+std::int64_t SqliteJournalledRun::CommitThatReserves(std::int64_t index) const {
+  const auto batch = std::ranges::find_if(batches_, [&](const Batch& each) { return index <= each.last; });
+  return batch == batches_.end() ? commits_ + 1 : batch->commit;
+}
+
+Result<void> SqliteJournalledRun::ReserveBatch() {
+  Batch batch{-1, commits_ + 1};
+  for (std::int64_t reserved = 0; reserved < kBatch;) {
+    const auto index = reserving_.Next(blocks_);
+    if (!index) return index.error();
+    if (!*index) break;
+    const auto octets = blocks_.Look(**index);
+    if (!octets) return octets.error();
+    StateRecord record = ReadRecord(*octets);
+    if (record.run == run_.number) continue;  // settled meanwhile
+    record.reserved = true;
+    if (auto changed = blocks_.Change(**index, record); !changed) return changed;
+    batch.last = **index;
+    ++reserved;
+  }
+  if (batch.last < 0) return {};
+  batches_.push_back(batch);
+  if (batches_.size() > kKnownBatches) batches_.pop_front();
+  to_be_durable_ = batch.commit;
+  return {};
+}
+
+void SqliteJournalledRun::Settled(std::int64_t position, const smtp::Outcome& outcome) {
+  Keep(TrySettled(position - run_.first, outcome));
+}
+
+Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Outcome& outcome) {
+  const auto octets = blocks_.Look(index);
+  if (!octets) return octets.error();
+  StateRecord before = ReadRecord(*octets);
+  if (const auto known = in_flight_.find(index); known != in_flight_.end()) {
+    before = known->second;
+    in_flight_.erase(known);
+  }
+  before.reserved = false;
+  return blocks_.Change(index, outcome.begun ? Verdict(before, outcome) : before);
+}
+
+StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::Outcome& outcome) {
+  StateRecord record;
+  record.state = StateOf(outcome.state);
+  record.attempts = UpTo<std::uint8_t>(before.attempts + 1);
+  record.run = run_.number;
+  record.when = Now();
+  record.code = UpTo<std::uint8_t>(static_cast<std::int32_t>(outcome.code));
+  record.reply = UpTo<std::uint16_t>(outcome.reply.code);
+  record.words = words_.Add({{outcome.reply.enhanced, outcome.reply.text, outcome.reason}});
+  return record;
+}
+
+Result<void> SqliteJournalledRun::Write() {
+  if (auto written = blocks_.Write(); !written) return written;
+  return words_.Write();
+}
+
+void SqliteJournalledRun::Written() {
+  blocks_.Written();
+  words_.Written();
+  ++commits_;
+  if (to_be_durable_ == commits_) sync_->Ask(commits_);
+  if (log_pages_ >= kLongLog) sync_->Shorten();
+}
+
+Result<void> SqliteJournalledRun::Commit() {
+  auto transaction = platform::Transaction::Begin(*database_);
+  if (!transaction) return transaction.error();
+  if (auto written = Write(); !written) return written;
+  if (auto committed = transaction->Commit(); !committed) return committed;
+  Written();
+  return {};
+}
+
+Result<void> SqliteJournalledRun::Record() {
+  if (std::exchange(reserve_next_, false)) Keep(ReserveBatch());
+  if (failed_) return *failed_;
+  if (blocks_.IsChanged()) {
+    if (auto committed = Commit(); !committed) return committed;
+  }
+  return awaited_ > 0 ? sync_->Wait(std::exchange(awaited_, 0)) : Result<void>();
+}
+
+Result<void> SqliteJournalledRun::SettleTheRest() {
+  while (!in_flight_.empty()) {
+    const std::int64_t index = in_flight_.begin()->first;
+    const smtp::Outcome unknown{
+        smtp::State::kUnknown, smtp::ResultCode::kException, {}, "The run ended before the server's answer came."};
+    if (auto settled = TrySettled(index, unknown); !settled) return settled;
+  }
+  return {};
+}
+
+Result<void> SqliteJournalledRun::End() {
+  Keep(SettleTheRest());
+  if (failed_) return *failed_;
+  auto transaction = platform::Transaction::Begin(*database_);
+  if (!transaction) return transaction.error();
+  auto ended = database_->Prepare("UPDATE runs SET ended = ?2 WHERE id = ?1");
+  if (!ended) return ended.error();
+  if (auto bound = ended->Bind(1, run_.id); !bound) return bound;
+  if (auto bound = ended->Bind(2, std::int64_t{Now()}); !bound) return bound;
+  if (auto done = ended->Run(); !done) return done;
+  ended->Reset();
+  if (auto written = Write(); !written) return written;
+  if (auto committed = transaction->Commit(); !committed) return committed;
+  to_be_durable_ = commits_ + 1;
+  Written();
+  sync_->Shorten();
+  lock_.reset();
+  return sync_->Wait(commits_);
+}
+
+}  // namespace quillcast::run

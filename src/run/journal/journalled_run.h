@@ -1,0 +1,107 @@
+// A run under way in the file of the journal.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "run/journal/frozen_rows.h"
+#include "run/journal/journal_file.h"
+#include "run/journal/log_sync.h"
+#include "run/journal/mailing_lock.h"
+#include "run/journal/run_journal.h"
+#include "run/journal/scope_walk.h"
+#include "run/journal/state_blocks.h"
+#include "run/journal/words_table.h"
+
+namespace quillcast::run {
+
+// A run as it begins.
+struct BegunRun {
+  RunId id = 0;
+  MailingId mailing = 0;
+  std::uint16_t number = 1;     // within the mailing
+  std::int64_t first = 1;       // the place of the mailing's first recipient in its list
+  std::int64_t recipients = 0;  // of the mailing
+  std::int64_t scope = 0;       // of the run
+  StateSet states;              // whose recipients these are
+};
+
+// Against a loss of power, a message may only be out where its recipient was reserved before, and that is known to be
+// on the disk. So recipients are reserved in batches, in the order in which they go out: when the first of a batch goes
+// out the next batch is reserved, and becomes durable while this one is sent. Who is settled is reserved no longer.
+// Hence those in doubt after it are at most two batches, and who was in flight beside them.
+class SqliteJournalledRun final : public JournalledRun {
+ public:
+  // Ends the transaction that begins the run.
+  static Result<std::unique_ptr<JournalledRun>> Start(const JournalPlace& place,
+                                                      std::unique_ptr<platform::Database> database,
+                                                      platform::Transaction transaction, MailingLock lock,
+                                                      const BegunRun& run);
+
+  RunId id() const override { return run_.id; }
+  std::int64_t size() const override { return run_.scope; }
+  Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
+  void GoesOut(std::int64_t position) override;
+  void Settled(std::int64_t position, const smtp::Outcome& outcome) override;
+  Result<void> Record() override;
+  Result<void> End() override;
+
+ private:
+  struct Batch {
+    std::int64_t last = 0;    // index of its last recipient
+    std::int64_t commit = 0;  // that reserves it
+  };
+  struct Parts {
+    std::unique_ptr<platform::Database> database;
+    StateBlocks blocks;
+    WordsWriter words;
+    platform::Statement read_rows;
+  };
+  SqliteJournalledRun(const JournalPlace& place, Parts parts, MailingLock lock, const BegunRun& run);
+
+  Result<void> OpenBlock(std::int64_t block);
+  Result<void> TryGoesOut(std::int64_t index);
+  Result<void> TrySettled(std::int64_t index, const smtp::Outcome& outcome);
+  StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);
+  void Keep(const Result<void>& done);
+  // The commit that has to be durable before this recipient's message goes out.
+  std::int64_t CommitThatReserves(std::int64_t index) const;
+  Result<void> ReserveBatch();
+  // All that changed, in a transaction that is open, and what becomes of it after its commit.
+  Result<void> Write();
+  void Written();
+  Result<void> Commit();
+  Result<void> SettleTheRest();
+  std::uint32_t Now() const;
+
+  JournalPlace place_;
+  BegunRun run_;
+  std::optional<MailingLock> lock_;
+  std::unique_ptr<platform::Database> database_;
+  StateBlocks blocks_;
+  WordsWriter words_;
+
+  platform::Statement read_rows_;
+  ScopeWalk walk_;
+  std::int64_t rows_block_ = -1;  // whose rows these are
+  std::string rows_octets_;
+  FrozenRows rows_{{}};
+  std::int64_t next_row_ = 0;  // index of what rows_ gives next
+
+  std::unordered_map<std::int64_t, StateRecord> in_flight_;  // what they were before
+  ScopeWalk reserving_;
+  std::deque<Batch> batches_;
+  bool reserve_next_ = false;
+  std::int64_t commits_ = 0;        // that are done
+  std::int64_t to_be_durable_ = 0;  // the last commit that has to become so
+  std::int64_t awaited_ = 0;        // the commit that has to be so before anything is sent
+  int log_pages_ = 0;
+  std::unique_ptr<LogSync> sync_;
+  std::optional<Error> failed_;
+};
+
+}  // namespace quillcast::run

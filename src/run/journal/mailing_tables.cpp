@@ -1,0 +1,146 @@
+#include "run/journal/mailing_tables.h"
+
+namespace quillcast::run {
+namespace {
+
+constexpr const char* kMailing = "SELECT subject, people, recipients, first FROM mailings WHERE id = ?";
+constexpr const char* kRuns =
+    "SELECT id, kind, history, boot, began, ended, recipients FROM runs WHERE mailing = ? ORDER BY number";
+constexpr const char* kAddMailing =
+    "INSERT INTO mailings(subject, people, inputs, recipients, first) VALUES(?, ?, ?, 0, 1)";
+constexpr const char* kAddRun =
+    "INSERT INTO runs(mailing, number, kind, history, boot, began, recipients) VALUES(?, ?, ?, ?, ?, ?, ?)";
+
+std::chrono::sys_seconds TimeOf(std::int64_t seconds) {
+  return std::chrono::sys_seconds(std::chrono::seconds(seconds));
+}
+
+RunKind KindOf(std::int64_t number) {
+  return number == 1 ? RunKind::kResume : number == 2 ? RunKind::kRetry : RunKind::kFirst;
+}
+
+Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId mailing) {
+  auto statement = database.Prepare(kRuns);
+  if (!statement) return statement.error();
+  if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
+  std::vector<StoredRun> runs;
+  for (;;) {
+    const auto row = statement->Step();
+    if (!row) return row.error();
+    if (!*row) return runs;
+    StoredRun run;
+    run.entry.id = statement->Int(0);
+    run.entry.mailing = mailing;
+    run.entry.kind = KindOf(statement->Int(1));
+    run.entry.history = statement->Text(2);
+    run.boot = statement->Text(3);
+    run.entry.began = TimeOf(statement->Int(4));
+    if (!statement->IsNull(5)) run.entry.ended = TimeOf(statement->Int(5));
+    run.entry.recipients = statement->Int(6);
+    runs.push_back(std::move(run));
+  }
+}
+
+}  // namespace
+
+Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailing) {
+  auto statement = database.Prepare(kMailing);
+  if (!statement) return statement.error();
+  if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
+  const auto row = statement->Step();
+  if (!row) return row.error();
+  if (!*row) return Error{Failure::kNoInput, "This mailing is no longer in the journal.", "See which there are."};
+  StoredMailing stored;
+  stored.entry.id = mailing;
+  stored.entry.subject = statement->Text(0);
+  stored.entry.group = statement->Text(1);
+  stored.entry.recipients = statement->Int(2);
+  stored.first = statement->Int(3);
+  auto runs = ReadRuns(database, mailing);
+  if (!runs) return runs.error();
+  stored.runs = *std::move(runs);
+  if (stored.runs.empty()) return DamagedJournal(database.path());  // each began with one
+  return stored;
+}
+
+Result<MailingId> MailingOf(platform::Database& database, RunId run) {
+  auto statement = database.Prepare("SELECT mailing FROM runs WHERE id = ?");
+  if (!statement) return statement.error();
+  if (auto bound = statement->Bind(1, run); !bound) return bound.error();
+  const auto row = statement->Step();
+  if (!row) return row.error();
+  if (!*row) return Error{Failure::kNoInput, Say("There is no run {} in the journal.", run), "See which there are."};
+  return statement->Int(0);
+}
+
+Result<std::vector<MailingId>> AllMailings(platform::Database& database) {
+  auto statement = database.Prepare("SELECT id FROM mailings ORDER BY id DESC");
+  if (!statement) return statement.error();
+  std::vector<MailingId> mailings;
+  for (;;) {
+    const auto row = statement->Step();
+    if (!row) return row.error();
+    if (!*row) return mailings;
+    mailings.push_back(statement->Int(0));
+  }
+}
+
+Result<MailingId> AddMailing(platform::Database& database, const NewMailing& mailing) {
+  auto statement = database.Prepare(kAddMailing);
+  if (!statement) return statement.error();
+  int parameter = 0;
+  for (const std::string* text : {&mailing.subject, &mailing.group, &mailing.inputs}) {
+    if (auto bound = statement->BindView(++parameter, *text); !bound) return bound.error();
+  }
+  if (auto done = statement->Run(); !done) return done.error();
+  return database.LastInsertId();
+}
+
+Result<void> SetRecipients(platform::Database& database, MailingId mailing, std::int64_t first,
+                           std::int64_t recipients) {
+  auto statement = database.Prepare("UPDATE mailings SET first = ?, recipients = ? WHERE id = ?");
+  if (!statement) return statement.error();
+  int parameter = 0;
+  for (const std::int64_t number : {first, recipients, mailing}) {
+    if (auto bound = statement->Bind(++parameter, number); !bound) return bound;
+  }
+  return statement->Run();
+}
+
+Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::int64_t number) {
+  auto statement = database.Prepare(kAddRun);
+  if (!statement) return statement.error();
+  const std::int64_t began = run.entry.began.time_since_epoch().count();
+  for (const auto& [parameter, value] : {std::pair{1, run.entry.mailing},
+                                         {2, number},
+                                         {3, static_cast<std::int64_t>(run.entry.kind)},
+                                         {6, began},
+                                         {7, run.entry.recipients}}) {
+    if (auto bound = statement->Bind(parameter, value); !bound) return bound.error();
+  }
+  if (auto bound = statement->BindView(4, run.entry.history); !bound) return bound.error();
+  if (auto bound = statement->BindView(5, run.boot); !bound) return bound.error();
+  if (auto done = statement->Run(); !done) return done.error();
+  return database.LastInsertId();
+}
+
+Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot) {
+  if (last.entry.ended || in_hand) return Doubt::kNobody;
+  return last.boot == boot ? Doubt::kInFlight : Doubt::kReserved;
+}
+
+ResultState StateIn(Doubt doubt, const char* record) {
+  const ResultState state = StateAt(record);
+  if (doubt == Doubt::kNobody) return state;
+  if (state == ResultState::kInFlight || (doubt == Doubt::kReserved && IsReservedAt(record))) {
+    return ResultState::kUnknown;
+  }
+  return state;
+}
+
+const char* ReasonOf(Doubt doubt) {
+  return doubt == Doubt::kReserved ? "The computer stopped before it was kept what became of this message."
+                                   : "The program ended before the server's answer came.";
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,51 @@
+// The rows of mailings and of their runs.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/sqlite.h"
+#include "run/journal/journal_file.h"
+#include "run/journal/run_journal.h"
+#include "run/journal/state_record.h"
+
+namespace quillcast::run {
+
+struct StoredRun {
+  RunEntry entry;
+  std::string boot;  // in which it began
+};
+
+struct StoredMailing {
+  MailingEntry entry;  // but for its counts
+  std::int64_t first = 1;
+  std::vector<StoredRun> runs;  // by their numbers; entry.runs is empty
+};
+
+// kNoInput for one that is not there.
+Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailing);
+Result<MailingId> MailingOf(platform::Database& database, RunId run);
+// Newest first.
+Result<std::vector<MailingId>> AllMailings(platform::Database& database);
+
+Result<MailingId> AddMailing(platform::Database& database, const NewMailing& mailing);
+Result<void> SetRecipients(platform::Database& database, MailingId mailing, std::int64_t first,
+                           std::int64_t recipients);
+Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::int64_t number);
+
+// Of whom nobody knows whether the message is out, when the program that sent them is gone.
+enum class Doubt {
+  kNobody,    // there was none, or it goes on
+  kInFlight,  // those in flight: what was written is all there
+  kReserved,  // those that were reserved too: the computer lost its power
+};
+// What is in doubt of a mailing whose last run this is.
+Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot);
+// As whom a recipient counts then.
+ResultState StateIn(Doubt doubt, const char* record);
+// Why, as a whole sentence.
+const char* ReasonOf(Doubt doubt);
+
+}  // namespace quillcast::run

@@ -1,0 +1,196 @@
+#include "run/journal/sqlite_run_journal.h"
+
+#include <limits>
+#include <utility>
+
+#include "run/journal/mailing_tables.h"
+
+namespace quillcast::run {
+namespace {
+
+// Whoever begins a run: a connection of its own and a transaction on it.
+struct Beginning {
+  std::unique_ptr<platform::Database> database;
+  platform::Transaction transaction;  // ends before it
+
+  static Result<Beginning> On(const JournalPlace& place) {
+    auto opened = OpenJournalFile(place);
+    if (!opened) return opened.error();
+    auto database = std::make_unique<platform::Database>(*std::move(opened));
+    auto transaction = platform::Transaction::Begin(*database);
+    if (!transaction) return transaction.error();
+    return Beginning{std::move(database), *std::move(transaction)};
+  }
+};
+
+// Writes the rows as they come, in blocks.
+class Freezing {
+ public:
+  static Result<Freezing> Into(platform::Database& database, MailingId mailing) {
+    auto rows = database.Prepare("INSERT INTO rows(id, rows) VALUES(?, ?)");
+    if (!rows) return rows.error();
+    auto states = database.Prepare("INSERT INTO states(id, records) VALUES(?, ?)");
+    if (!states) return states.error();
+    return Freezing(*std::move(rows), *std::move(states), mailing);
+  }
+
+  Result<void> Add(const recipients::Recipient& row) {
+    AppendRow(row, rows_octets_);
+    const auto at = records_.size();
+    records_.resize(at + kRecordSize);
+    WriteRecord({}, records_.data() + at);
+    return ++recipients_ % kBlockSize == 0 ? Flush() : Result<void>();
+  }
+
+  Result<void> Flush() {
+    if (records_.empty()) return {};
+    const std::int64_t key = BlockKey(mailing_, (recipients_ - 1) / kBlockSize);
+    if (auto done = Insert(rows_, key, rows_octets_); !done) return done;
+    return Insert(states_, key, records_);
+  }
+
+  std::int64_t recipients() const { return recipients_; }
+
+ private:
+  Freezing(platform::Statement rows, platform::Statement states, MailingId mailing)
+      : rows_(std::move(rows)), states_(std::move(states)), mailing_(mailing) {}
+
+  static Result<void> Insert(platform::Statement& statement, std::int64_t key, std::string& octets) {
+    statement.Reset();
+    if (auto bound = statement.Bind(1, key); !bound) return bound;
+    if (auto bound = statement.BindBytes(2, octets); !bound) return bound;
+    if (auto done = statement.Run(); !done) return done;
+    statement.Reset();
+    octets.clear();
+    return {};
+  }
+
+  platform::Statement rows_;
+  platform::Statement states_;
+  MailingId mailing_;
+  std::int64_t recipients_ = 0;
+  std::string rows_octets_;
+  std::string records_;
+};
+
+StoredRun NewRun(const JournalPlace& place, MailingId mailing, RunKind kind, std::string history) {
+  StoredRun run;
+  run.entry.mailing = mailing;
+  run.entry.kind = kind;
+  run.entry.history = std::move(history);
+  run.entry.began = std::chrono::floor<std::chrono::seconds>(place.clock->Now());
+  run.boot = place.boot;
+  return run;
+}
+
+// Takes those in doubt for unknown and nobody for reserved any more, and counts whom the states have.
+Result<std::int64_t> SettleDoubts(platform::Database& database, const StoredMailing& mailing, Doubt doubt,
+                                  const StateSet& states) {
+  auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
+  if (!blocks) return blocks.error();
+  auto words = WordsWriter::After(database, database.path(), mailing.entry.id);
+  if (!words) return words.error();
+  std::int64_t in_scope = 0;
+  std::vector<std::int64_t> touched;
+  const auto look = [&](std::int64_t block, std::string_view octets) -> Result<bool> {
+    for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
+      const char* record = octets.data() + at;
+      if (Holds(states, StateIn(doubt, record))) ++in_scope;
+      if (!IsReservedAt(record) && StateAt(record) != ResultState::kInFlight) continue;
+      touched.push_back(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize));
+    }
+    return true;
+  };
+  if (auto walked = blocks->Walk(0, look); !walked) return walked.error();
+  for (const std::int64_t index : touched) {
+    const auto octets = blocks->Look(index);
+    if (!octets) return octets.error();
+    StateRecord record = ReadRecord(*octets);
+    const ResultState state = StateIn(doubt, *octets);
+    if (state == ResultState::kUnknown && record.state != state) {
+      record = {state, false, record.attempts, record.run, record.when, 1, 0, words->Add({{"", "", ReasonOf(doubt)}})};
+    }
+    record.reserved = false;
+    if (auto changed = blocks->Change(index, record); !changed) return changed.error();
+  }
+  if (auto written = blocks->Write(); !written) return written.error();
+  if (auto written = words->Write(); !written) return written.error();
+  return in_scope;
+}
+
+}  // namespace
+
+Result<std::unique_ptr<SqliteRunJournal>> SqliteRunJournal::Open(const JournalPlace& place) {
+  auto database = OpenJournalFile(place);
+  if (!database) return database.error();
+  return std::unique_ptr<SqliteRunJournal>(new SqliteRunJournal(place, *std::move(database)));
+}
+
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing& mailing, recipients::RowSource& rows,
+                                                               const std::optional<recipients::PartialRange>& range,
+                                                               std::string history) {
+  auto beginning = Beginning::On(place_);
+  if (!beginning) return beginning.error();
+  platform::Database& database = *beginning->database;
+  const auto id = AddMailing(database, mailing);
+  if (!id) return id.error();
+  auto lock = MailingLock::Take(place_.Locks(), *id);
+  if (!lock) return lock.error();
+  auto freezing = Freezing::Into(database, *id);
+  if (!freezing) return freezing.error();
+  const auto add = [&](const recipients::Recipient& row, std::int64_t) -> Result<bool> {
+    const auto added = freezing->Add(row);
+    return added ? Result<bool>(true) : Result<bool>(added.error());
+  };
+  if (auto walked = recipients::Walk(rows, range, nullptr, add); !walked) return walked.error();
+  if (auto flushed = freezing->Flush(); !flushed) return flushed.error();
+  BegunRun run;
+  run.mailing = *id;
+  run.first = range ? range->first : 1;
+  run.recipients = run.scope = freezing->recipients();
+  run.states = SetOf({ResultState::kNotTried});
+  if (auto set = SetRecipients(database, *id, run.first, run.recipients); !set) return set.error();
+  StoredRun stored = NewRun(place_, *id, RunKind::kFirst, std::move(history));
+  stored.entry.recipients = run.scope;
+  const auto run_id = AddRun(database, stored, run.number);
+  if (!run_id) return run_id.error();
+  run.id = *run_id;
+  return SqliteJournalledRun::Start(place_, std::move(beginning->database), std::move(beginning->transaction),
+                                    *std::move(lock), run);
+}
+
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+                                                              std::string history) {
+  // First: nothing that is read afterwards changes under us, and nobody who has it is mistaken for gone.
+  auto lock = MailingLock::Take(place_.Locks(), mailing);
+  if (!lock) return lock.error();
+  auto beginning = Beginning::On(place_);
+  if (!beginning) return beginning.error();
+  platform::Database& database = *beginning->database;
+  const auto stored = ReadMailing(database, mailing);
+  if (!stored) return stored.error();
+  BegunRun run;
+  run.mailing = mailing;
+  if (stored->runs.size() >= std::numeric_limits<std::uint16_t>::max()) {
+    return Error{Failure::kUnavailable, "This mailing has had as many runs as can be kept.",
+                 "Make a group of those who are left, and send to that."};
+  }
+  run.number = static_cast<std::uint16_t>(stored->runs.size() + 1);
+  run.first = stored->first;
+  run.recipients = stored->entry.recipients;
+  run.states = states;
+  const Doubt doubt = DoubtOf(stored->runs.back(), false, place_.boot);
+  const auto scope = SettleDoubts(database, *stored, doubt, states);
+  if (!scope) return scope.error();
+  if (*scope == 0) return Error{Failure::kNoInput, "Nobody is left to whom this could be sent.", ""};
+  run.scope = *scope;
+  StoredRun begun = NewRun(place_, mailing, kind, std::move(history));
+  begun.entry.recipients = run.scope;
+  const auto run_id = AddRun(database, begun, run.number);
+  if (!run_id) return run_id.error();
+  run.id = *run_id;
+  return SqliteJournalledRun::Start(place_, std::move(beginning->database), std::move(beginning->transaction),
+                                    *std::move(lock), run);
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,43 @@
+// The journal in one SQLite file.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/sqlite.h"
+#include "run/journal/journal_file.h"
+#include "run/journal/journalled_run.h"
+#include "run/journal/run_journal.h"
+
+namespace quillcast::run {
+
+// Belongs to one thread. Its runs have connections of their own: each may belong to another, and outlive it.
+class SqliteRunJournal final : public RunJournal {
+ public:
+  static Result<std::unique_ptr<SqliteRunJournal>> Open(const JournalPlace& place);
+
+  Result<KeptFile> Keep(std::string name, int fd) override;
+  Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
+                                               const std::optional<recipients::PartialRange>& range,
+                                               std::string history) override;
+  Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+                                              std::string history) override;
+  Result<std::vector<MailingEntry>> List() override;
+  Result<MailingEntry> Find(RunId run) override;
+  Result<NewMailing> Inputs(MailingId mailing) override;
+  Result<platform::UniqueFd> Open(const KeptFile& file) override;
+  Result<void> Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+                     const std::function<Result<bool>(const JournalRow&)>& visit) override;
+  Result<void> Forget(MailingId mailing) override;
+
+ private:
+  SqliteRunJournal(JournalPlace place, platform::Database database)
+      : place_(std::move(place)), database_(std::move(database)) {}
+
+  JournalPlace place_;
+  platform::Database database_;
+};
+
+}  // namespace quillcast::run
