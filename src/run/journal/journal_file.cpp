@@ -25,13 +25,22 @@ constexpr const char* kTables = R"(
   CREATE TABLE rows(id INTEGER PRIMARY KEY, rows BLOB NOT NULL);
   CREATE TABLE states(id INTEGER PRIMARY KEY, records BLOB NOT NULL);
   CREATE TABLE words(id INTEGER PRIMARY KEY, words BLOB NOT NULL);
+  CREATE TABLE contents(id INTEGER PRIMARY KEY AUTOINCREMENT, hash TEXT NOT NULL UNIQUE, size INTEGER NOT NULL,
+                        kept INTEGER NOT NULL);
+  CREATE TABLE pieces(id INTEGER PRIMARY KEY, octets BLOB NOT NULL);
+  CREATE TABLE mailing_files(id INTEGER PRIMARY KEY, mailing INTEGER NOT NULL, name TEXT NOT NULL,
+                             content INTEGER NOT NULL);
+  CREATE INDEX files_of_mailing ON mailing_files(mailing);
+  CREATE INDEX mailings_of_content ON mailing_files(content);
   PRAGMA application_id = 1365457483;
   PRAGMA user_version = 1;)";
 constexpr std::int64_t kApplication = 1365457483;
 
 // Commits wait for no disk: the run makes durable what has to be. NORMAL has whoever takes the log into the file sync
 // the one before the other, so that a loss of power never leaves half of it.
-constexpr const char* kConnection = "PRAGMA synchronous = NORMAL; PRAGMA secure_delete = FAST;";
+constexpr const char* kConnection =
+    "PRAGMA synchronous = NORMAL; PRAGMA secure_delete = FAST; "
+    "PRAGMA journal_size_limit = 67108864;";
 
 Result<std::int64_t> NumberOf(platform::Database& database, std::string_view query) {
   auto statement = database.Prepare(query);
@@ -96,6 +105,21 @@ std::filesystem::path JournalPlace::Locks() const {
 }
 
 std::filesystem::path JournalPlace::Log() const { return file.string() + "-wal"; }
+
+Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::milliseconds patience, bool cut) {
+  JournalPlace hurried = place;
+  hurried.patience.lock_wait = patience;
+  auto database = OpenJournalFile(hurried);
+  if (!database) return database.error();
+  // First what can be done beside those who write, so that they wait for the rest alone.
+  if (auto most = database->Execute("PRAGMA wal_checkpoint(PASSIVE)"); !most) return most;
+  auto rest = database->Prepare(cut ? "PRAGMA wal_checkpoint(TRUNCATE)" : "PRAGMA wal_checkpoint(RESTART)");
+  if (!rest) return rest.error();
+  const auto row = rest->Step();
+  if (!row) return row.error();
+  if (*row && rest->Int(0) == 0) return {};
+  return Error{Failure::kTryAgain, Say("{} is in use.", place.Log().string())};
+}
 
 Error DamagedJournal(const std::filesystem::path& file) {
   return {Failure::kBadData, Say("{} is damaged.", file.string()),

@@ -29,6 +29,11 @@ struct JournalPlace {
 // Fails as RunJournal does. What a file of an older version lacks is added.
 Result<platform::Database> OpenJournalFile(const JournalPlace& place);
 
+// Takes what is in the write-ahead log into the file, durably, so that the log begins anew; `cut` leaves nothing of it
+// behind either. Whoever writes waits for the end of it, and kTryAgain where somebody reads what is in the log for
+// longer than this patience.
+Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::milliseconds patience, bool cut);
+
 // Rows of blocks, of words: what belongs to a mailing stands together.
 inline constexpr int kBlockBits = 24;
 inline constexpr int kWordsBits = 32;

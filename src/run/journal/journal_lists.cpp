@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include "run/journal/kept_contents.h"
 #include "run/journal/mailing_lock.h"
 #include "run/journal/mailing_tables.h"
 #include "run/journal/sqlite_run_journal.h"
@@ -239,11 +240,10 @@ Result<NewMailing> SqliteRunJournal::Inputs(MailingId mailing) {
   inputs.subject = statement->Text(0);
   inputs.group = statement->Text(1);
   inputs.inputs = statement->Text(2);
+  auto files = FilesOf(database_, mailing);
+  if (!files) return files.error();
+  inputs.files = *std::move(files);
   return inputs;
 }
-
-Result<KeptFile> SqliteRunJournal::Keep(std::string, int) { return Error{}; }
-Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile&) { return Error{}; }
-Result<void> SqliteRunJournal::Forget(MailingId) { return Error{}; }
 
 }  // namespace quillcast::run

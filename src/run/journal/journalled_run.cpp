@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::int64_t kBatch = 128;
 constexpr std::size_t kKnownBatches = 4;
-// The log is taken into the file when it has grown to 32 MiB.
+// The log is taken into the file whenever it has grown by 32 MiB.
 constexpr int kLongLog = 4096;
 
 template <typename Number>
@@ -180,7 +180,11 @@ void SqliteJournalledRun::Written() {
   words_.Written();
   ++commits_;
   if (to_be_durable_ == commits_) sync_->Ask(commits_);
-  if (log_pages_ >= kLongLog) sync_->Shorten();
+  if (log_pages_ < kLongLog) long_log_ = kLongLog;  // it was begun anew
+  if (log_pages_ >= long_log_) {
+    long_log_ = log_pages_ + kLongLog;
+    sync_->Shorten();
+  }
 }
 
 Result<void> SqliteJournalledRun::Commit() {

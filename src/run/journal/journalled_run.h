@@ -100,6 +100,7 @@ class SqliteJournalledRun final : public JournalledRun {
   std::int64_t to_be_durable_ = 0;  // the last commit that has to become so
   std::int64_t awaited_ = 0;        // the commit that has to be so before anything is sent
   int log_pages_ = 0;
+  int long_log_ = 0;  // as many are too many
   std::unique_ptr<LogSync> sync_;
   std::optional<Error> failed_;
 };

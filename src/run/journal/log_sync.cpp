@@ -66,14 +66,13 @@ void LogSync::Work() {
       changed_.notify_all();
     } else if (std::exchange(shorten_, false)) {
       lock.unlock();
-      IgnoreErrors(TakeIntoFile());  // the log stays as it is, and the next time takes it
+      // Where somebody reads in it just then the log stays as it is, and the next time takes it.
+      IgnoreErrors(TakeLogIntoFile(place_, std::chrono::milliseconds(10), false));
       lock.lock();
     } else if (ends_) {
       return;
     }
   }
 }
-
-Result<void> LogSync::TakeIntoFile() { return {}; }
 
 }  // namespace quillcast::run

@@ -32,8 +32,6 @@ class LogSync {
  private:
   LogSync(const JournalPlace& place, platform::UniqueFd log);
   void Work();
-  // Fails with kTryAgain where somebody reads or writes just then.
-  Result<void> TakeIntoFile();
 
   JournalPlace place_;
   platform::UniqueFd log_;

@@ -124,6 +124,27 @@ Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::in
   return database.LastInsertId();
 }
 
+Result<void> ForgetMailing(platform::Database& database, MailingId mailing) {
+  struct Row {
+    const char* sql;
+    std::int64_t from;
+    std::int64_t to;
+  };
+  for (const Row& row :
+       {Row{"DELETE FROM rows WHERE id >= ? AND id < ?", BlockKey(mailing, 0), BlockKey(mailing + 1, 0)},
+        Row{"DELETE FROM states WHERE id >= ? AND id < ?", BlockKey(mailing, 0), BlockKey(mailing + 1, 0)},
+        Row{"DELETE FROM words WHERE id >= ? AND id < ?", WordsKey(mailing, 0), WordsKey(mailing + 1, 0)},
+        Row{"DELETE FROM runs WHERE mailing >= ? AND mailing < ?", mailing, mailing + 1},
+        Row{"DELETE FROM mailings WHERE id >= ? AND id < ?", mailing, mailing + 1}}) {
+    auto statement = database.Prepare(row.sql);
+    if (!statement) return statement.error();
+    if (auto bound = statement->Bind(1, row.from); !bound) return bound;
+    if (auto bound = statement->Bind(2, row.to); !bound) return bound;
+    if (auto done = statement->Run(); !done) return done;
+  }
+  return {};
+}
+
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot) {
   if (last.entry.ended || in_hand) return Doubt::kNobody;
   return last.boot == boot ? Doubt::kInFlight : Doubt::kReserved;

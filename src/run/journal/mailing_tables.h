@@ -34,6 +34,8 @@ Result<MailingId> AddMailing(platform::Database& database, const NewMailing& mai
 Result<void> SetRecipients(platform::Database& database, MailingId mailing, std::int64_t first,
                            std::int64_t recipients);
 Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::int64_t number);
+// All but its files.
+Result<void> ForgetMailing(platform::Database& database, MailingId mailing);
 
 // Of whom nobody knows whether the message is out, when the program that sent them is gone.
 enum class Doubt {

@@ -1,8 +1,12 @@
 #include "run/journal/sqlite_run_journal.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <limits>
 #include <utility>
 
+#include "run/journal/kept_contents.h"
 #include "run/journal/mailing_tables.h"
 
 namespace quillcast::run {
@@ -73,12 +77,16 @@ class Freezing {
   std::string records_;
 };
 
+std::chrono::sys_seconds Seconds(const JournalPlace& place) {
+  return std::chrono::floor<std::chrono::seconds>(place.clock->Now());
+}
+
 StoredRun NewRun(const JournalPlace& place, MailingId mailing, RunKind kind, std::string history) {
   StoredRun run;
   run.entry.mailing = mailing;
   run.entry.kind = kind;
   run.entry.history = std::move(history);
-  run.entry.began = std::chrono::floor<std::chrono::seconds>(place.clock->Now());
+  run.entry.began = Seconds(place);
   run.boot = place.boot;
   return run;
 }
@@ -136,6 +144,8 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing&
   if (!id) return id.error();
   auto lock = MailingLock::Take(place_.Locks(), *id);
   if (!lock) return lock.error();
+  if (auto added = AddFiles(database, *id, mailing.files); !added) return added.error();
+  if (auto forgotten = ForgetUnused(database, Seconds(place_)); !forgotten) return forgotten.error();
   auto freezing = Freezing::Into(database, *id);
   if (!freezing) return freezing.error();
   const auto add = [&](const recipients::Recipient& row, std::int64_t) -> Result<bool> {
@@ -191,6 +201,40 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing,
   run.id = *run_id;
   return SqliteJournalledRun::Start(place_, std::move(beginning->database), std::move(beginning->transaction),
                                     *std::move(lock), run);
+}
+
+Result<KeptFile> SqliteRunJournal::Keep(std::string name, int fd) {
+  auto content = KeepContent(database_, fd, name, Seconds(place_));
+  if (!content) return content.error();
+  return KeptFile{std::move(name), *std::move(content)};
+}
+
+Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile& file) {
+  auto fd = platform::OpenScratchFile(place_.file.parent_path());
+  if (!fd) return fd;
+  if (auto written = WriteContent(database_, file.content, fd->get()); !written) return written.error();
+  if (::lseek(fd->get(), 0, SEEK_SET) != 0) return platform::SystemError("read", place_.file, errno);
+  return fd;
+}
+
+Result<void> SqliteRunJournal::Forget(MailingId mailing) {
+  const auto lock = MailingLock::Take(place_.Locks(), mailing);
+  if (!lock) return lock.error();
+  {
+    auto transaction = platform::Transaction::Begin(database_);
+    if (!transaction) return transaction.error();
+    if (const auto there = ReadMailing(database_, mailing); !there) return there.error();
+    if (auto forgotten = ForgetFiles(database_, mailing); !forgotten) return forgotten;
+    if (auto forgotten = ForgetUnused(database_, Seconds(place_)); !forgotten) return forgotten;
+    if (auto forgotten = ForgetMailing(database_, mailing); !forgotten) return forgotten;
+    // Gives the pages back that nobody uses: they are gone from the file.
+    if (auto given = database_.Execute("PRAGMA incremental_vacuum"); !given) return given;
+    if (auto committed = transaction->Commit(); !committed) return committed;
+  }
+  // What the log still has of it goes when those who read in it are done, at the latest with the last who has the file
+  // open.
+  IgnoreErrors(TakeLogIntoFile(place_, std::chrono::seconds(1), true));
+  return {};
 }
 
 }  // namespace quillcast::run
