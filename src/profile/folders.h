@@ -13,7 +13,7 @@ namespace quillcast::profile {
 // Made once, by ResolveFolders, and handed on by reference; nothing in it need exist.
 struct Folders {
   std::filesystem::path program;     // what was installed: the template Group.mdb, the help, the demonstration
-  std::filesystem::path data;        // the working Group.mdb and History; ends in a separator
+  std::filesystem::path data;        // the working Group.mdb, runs.db and History; ends in a separator
   std::filesystem::path temporary;   // preview files, the import report, working copies
   std::filesystem::path settings;    // the file of the settings store
   bool program_is_installed = true;  // false when a variable names the program folder
@@ -22,6 +22,7 @@ struct Folders {
   std::filesystem::path Database() const { return data / "Group.mdb"; }
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
   std::filesystem::path History() const { return data / "History"; }
+  std::filesystem::path RunJournal() const { return data / "runs.db"; }
   std::filesystem::path ImportBody() const { return data / "ImportBody"; }
   std::filesystem::path Pictures() const { return data / "Pictures"; }  // copies of what was picked or pasted
   std::filesystem::path Templates() const { return data / "Templates"; }
@@ -31,7 +32,7 @@ struct Folders {
 
   // What a list, a letter or anything else that a person has written somewhere must not replace.
   platform::OwnFiles OwnFiles() const {
-    return {.kept = {data, Database(), settings, DatabaseTemplate()}, .free = {Templates()}};
+    return {.kept = {data, Database(), RunJournal(), settings, DatabaseTemplate()}, .free = {Templates()}};
   }
 };
 

@@ -8,16 +8,18 @@
 namespace quillcast::run {
 namespace {
 
+constexpr const char* kMoveAway = "Move the file away to begin with an empty one; the reports of the history are kept.";
+
 // Of the layout below. A file of a later one is left alone.
 constexpr std::int64_t kVersion = 1;
 
-// Pages of 8 KiB hold four blocks of states. Pages that are no longer used are given back, so that what is forgotten is
-// no longer in the file; what a page in use no longer holds is wiped. Keys of the blocks and words are made of the
-// mailing's number and theirs.
-constexpr const char* kPages = "PRAGMA page_size = 8192; PRAGMA auto_vacuum = INCREMENTAL; PRAGMA journal_mode = WAL;";
+// Small pages, because each Record writes two of them or so, and a sync takes longer the more there is to write. Pages
+// that are no longer used are given back, so that what is forgotten is no longer in the file; what a page in use no
+// longer holds is wiped. Keys of the blocks and words are made of the mailing's number and theirs.
+constexpr const char* kPages = "PRAGMA page_size = 4096; PRAGMA auto_vacuum = INCREMENTAL; PRAGMA journal_mode = WAL;";
 constexpr const char* kTables = R"(
   CREATE TABLE mailings(id INTEGER PRIMARY KEY AUTOINCREMENT, subject TEXT NOT NULL, people TEXT NOT NULL,
-                        inputs TEXT NOT NULL, recipients INTEGER NOT NULL, first INTEGER NOT NULL);
+                        inputs TEXT NOT NULL, recipients INTEGER NOT NULL, first INTEGER NOT NULL, counts BLOB);
   CREATE TABLE runs(id INTEGER PRIMARY KEY AUTOINCREMENT, mailing INTEGER NOT NULL, number INTEGER NOT NULL,
                     kind INTEGER NOT NULL, history TEXT NOT NULL, boot TEXT NOT NULL, began INTEGER NOT NULL,
                     ended INTEGER, recipients INTEGER NOT NULL);
@@ -122,20 +124,20 @@ Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::millisecond
 }
 
 Error DamagedJournal(const std::filesystem::path& file) {
-  return {Failure::kBadData, Say("{} is damaged.", file.string()),
-          "Move it away to begin with an empty one; the reports of the history are kept."};
+  return {Failure::kBadData, Say("{} is damaged.", file.string()), kMoveAway};
+}
+
+Error OfJournal(Error error) {
+  if (error.failure == Failure::kBadData) error.remedy = kMoveAway;
+  // Neither the file nor what a journal needs beside it can be made.
+  if (error.failure == Failure::kCannotCreate) error.failure = Failure::kNotPermitted;
+  return error;
 }
 
 Result<platform::Database> OpenJournalFile(const JournalPlace& place) {
   auto database = Open(place);
   if (database) return database;
-  Error error = database.error();
-  if (error.failure == Failure::kBadData) {
-    error.remedy = "Move the file away to begin with an empty one; the reports of the history are kept.";
-  }
-  // The files that a journal needs beside it cannot be made.
-  if (error.failure == Failure::kCannotCreate) error.failure = Failure::kNotPermitted;
-  return error;
+  return OfJournal(database.error());
 }
 
 }  // namespace quillcast::run

@@ -41,5 +41,11 @@ inline std::int64_t BlockKey(MailingId mailing, std::int64_t block) { return (ma
 inline std::int64_t WordsKey(MailingId mailing, std::int64_t number) { return (mailing << kWordsBits) | number; }
 
 Error DamagedJournal(const std::filesystem::path& file);
+// An error of the file, with what can be done where it is a journal.
+Error OfJournal(Error error);
+template <typename T>
+Result<T> OfJournal(Result<T> result) {
+  return result ? std::move(result) : Result<T>(OfJournal(result.error()));
+}
 
 }  // namespace quillcast::run

@@ -68,17 +68,10 @@ bool GoesOn(const std::map<MailingId, Seen>& seen, const StoredMailing& mailing)
 }
 
 Result<StateCounts> Count(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
+  if (mailing.counts) return *mailing.counts;
   auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
   if (!blocks) return blocks.error();
-  StateCounts counts{};
-  const auto count = [&](std::int64_t, std::string_view octets) -> Result<bool> {
-    for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
-      ++counts[static_cast<std::size_t>(StateIn(doubt, octets.data() + at))];
-    }
-    return true;
-  };
-  if (auto walked = blocks->Walk(0, count); !walked) return walked.error();
-  return counts;
+  return CountStates(*blocks, doubt);
 }
 
 Result<MailingEntry> EntryOf(platform::Database& database, const JournalPlace& place, MailingId id,
@@ -175,46 +168,45 @@ class RowReader {
   JournalRow row_;
 };
 
-}  // namespace
-
-Result<std::vector<MailingEntry>> SqliteRunJournal::List() {
-  const auto seen = SeeWhoGoesOn(database_, place_);
+Result<std::vector<MailingEntry>> ListMailings(platform::Database& database, const JournalPlace& place) {
+  const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database_);
+  const auto look = Look::At(database);
   if (!look) return look.error();
-  const auto mailings = AllMailings(database_);
+  const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
   std::vector<MailingEntry> entries;
   for (const MailingId mailing : *mailings) {
-    auto entry = EntryOf(database_, place_, mailing, *seen);
+    auto entry = EntryOf(database, place, mailing, *seen);
     if (!entry) return entry.error();
     entries.push_back(*std::move(entry));
   }
   return entries;
 }
 
-Result<MailingEntry> SqliteRunJournal::Find(RunId run) {
-  const auto seen = SeeWhoGoesOn(database_, place_);
+Result<MailingEntry> FindMailing(platform::Database& database, const JournalPlace& place, RunId run) {
+  const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database_);
+  const auto look = Look::At(database);
   if (!look) return look.error();
-  const auto mailing = MailingOf(database_, run);
+  const auto mailing = MailingOf(database, run);
   if (!mailing) return mailing.error();
-  return EntryOf(database_, place_, *mailing, *seen);
+  return EntryOf(database, place, *mailing, *seen);
 }
 
-Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
-                                     const std::function<Result<bool>(const JournalRow&)>& visit) {
-  const auto seen = SeeWhoGoesOn(database_, place_);
+Result<void> VisitRows(platform::Database& database, const JournalPlace& place, MailingId mailing,
+                       const StateSet& states, std::int64_t skip,
+                       const std::function<Result<bool>(const JournalRow&)>& visit) {
+  const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database_);
+  const auto look = Look::At(database);
   if (!look) return look.error();
-  const auto stored = ReadMailing(database_, mailing);
+  const auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();
-  const Doubt doubt = DoubtOf(stored->runs.back(), GoesOn(*seen, *stored), place_.boot);
-  auto blocks = StateBlocks::Of(database_, place_.file, mailing, stored->entry.recipients);
+  const Doubt doubt = DoubtOf(stored->runs.back(), GoesOn(*seen, *stored), place.boot);
+  auto blocks = StateBlocks::Of(database, place.file, mailing, stored->entry.recipients);
   if (!blocks) return blocks.error();
-  auto reader = RowReader::Of(database_, *stored, doubt);
+  auto reader = RowReader::Of(database, *stored, doubt);
   if (!reader) return reader.error();
   return blocks->Walk(0, [&](std::int64_t block, std::string_view octets) -> Result<bool> {
     for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
@@ -229,21 +221,34 @@ Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, 
   });
 }
 
-Result<NewMailing> SqliteRunJournal::Inputs(MailingId mailing) {
-  auto statement = database_.Prepare("SELECT subject, people, inputs FROM mailings WHERE id = ?");
+Result<NewMailing> ReadInputs(platform::Database& database, MailingId mailing) {
+  auto statement = database.Prepare("SELECT subject, people, inputs FROM mailings WHERE id = ?");
   if (!statement) return statement.error();
   if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
   const auto row = statement->Step();
   if (!row) return row.error();
-  if (!*row) return Error{Failure::kNoInput, "This mailing is no longer in the journal.", "See which there are."};
+  if (!*row) return NoSuchMailing();
   NewMailing inputs;
   inputs.subject = statement->Text(0);
   inputs.group = statement->Text(1);
   inputs.inputs = statement->Text(2);
-  auto files = FilesOf(database_, mailing);
+  auto files = FilesOf(database, mailing);
   if (!files) return files.error();
   inputs.files = *std::move(files);
   return inputs;
 }
+
+}  // namespace
+
+Result<std::vector<MailingEntry>> SqliteRunJournal::List() { return OfJournal(ListMailings(database_, place_)); }
+
+Result<MailingEntry> SqliteRunJournal::Find(RunId run) { return OfJournal(FindMailing(database_, place_, run)); }
+
+Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+                                     const std::function<Result<bool>(const JournalRow&)>& visit) {
+  return OfJournal(VisitRows(database_, place_, mailing, states, skip, visit));
+}
+
+Result<NewMailing> SqliteRunJournal::Inputs(MailingId mailing) { return OfJournal(ReadInputs(database_, mailing)); }
 
 }  // namespace quillcast::run

@@ -1,15 +1,28 @@
 #include "run/journal/journalled_run.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
+
+#include "platform/utf8.h"
+#include "run/journal/mailing_tables.h"
 
 namespace quillcast::run {
 namespace {
 
-constexpr std::int64_t kBatch = 128;
+constexpr std::int64_t kBatch = kDoubtful / 2;
 constexpr std::size_t kKnownBatches = 4;
 // The log is taken into the file whenever it has grown by 32 MiB.
 constexpr int kLongLog = 4096;
+
+// So much of what a server says of one recipient is kept, which can be most of a megabyte.
+std::string Cut(std::string_view text) {
+  constexpr std::size_t kMost = 4096;
+  if (text.size() <= kMost) return std::string(text);
+  text = text.substr(0, kMost);
+  text.remove_suffix(platform::IncompleteUtf8Tail(text));
+  return std::string(text);
+}
 
 template <typename Number>
 Number UpTo(std::int64_t number) {
@@ -44,6 +57,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   Parts parts{std::move(database), *std::move(blocks), *std::move(words), *std::move(rows)};
   std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));
   platform::Transaction begun = std::move(transaction);  // goes back, where it does, before its connection ends
+  started->database_->ForgetCancel();  // who cancels the sending still wants to know what became of it
   if (auto reserved = started->ReserveBatch(); !reserved) return reserved.error();
   if (auto written = started->Write(); !written) return written.error();
   auto sync = LogSync::Start(place);
@@ -89,11 +103,11 @@ Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::in
   return true;
 }
 
-void SqliteJournalledRun::Keep(const Result<void>& done) {
+void SqliteJournalledRun::Note(const Result<void>& done) {
   if (!done && !failed_) failed_ = done.error();
 }
 
-void SqliteJournalledRun::GoesOut(std::int64_t position) { Keep(TryGoesOut(position - run_.first)); }
+void SqliteJournalledRun::GoesOut(std::int64_t position) { Note(TryGoesOut(position - run_.first)); }
 
 Result<void> SqliteJournalledRun::TryGoesOut(std::int64_t index) {
   const auto octets = blocks_.Look(index);
@@ -103,14 +117,16 @@ Result<void> SqliteJournalledRun::TryGoesOut(std::int64_t index) {
   if (!record.reserved && (batches_.empty() || index > batches_.back().last)) {
     reserving_.SkipTo(index);
     if (auto reserved = ReserveBatch(); !reserved) return reserved;
-    record.reserved = true;
+    const auto anew = blocks_.Look(index);
+    if (!anew) return anew.error();
+    record.reserved = IsReservedAt(*anew);
   }
+  // The mark of somebody who is not reserved, out of the order of the list or a second time, is what has to be durable.
+  const std::int64_t commit = record.reserved ? CommitThatReserves(index) : commits_ + 1;
+  if (!std::exchange(record.reserved, true)) ++open_;
+  awaited_ = std::max(awaited_, commit);
+  to_be_durable_ = std::max(to_be_durable_, commit);
   in_flight_.emplace(index, record);
-  if (batches_.size() > 0 && index > (batches_.size() > 1 ? batches_[batches_.size() - 2].last : -1))
-    reserve_next_ = true;
-  // Where it is reserved no longer, or never was, its mark is what has to be durable.
-  awaited_ = std::max(awaited_, record.reserved ? CommitThatReserves(index) : commits_ + 1);
-  to_be_durable_ = std::max(to_be_durable_, awaited_);
   record = {ResultState::kInFlight, true, UpTo<std::uint8_t>(record.attempts + 1), run_.number, Now(), 0, 0, 0};
   return blocks_.Change(index, record);
 }
@@ -130,10 +146,11 @@ Result<void> SqliteJournalledRun::ReserveBatch() {
     if (!octets) return octets.error();
     StateRecord record = ReadRecord(*octets);
     if (record.run == run_.number) continue;  // settled meanwhile
-    record.reserved = true;
+    record.reserved = true;                   // nobody ahead of all who go out is so yet
     if (auto changed = blocks_.Change(**index, record); !changed) return changed;
     batch.last = **index;
     ++reserved;
+    ++open_;
   }
   if (batch.last < 0) return {};
   batches_.push_back(batch);
@@ -143,7 +160,7 @@ Result<void> SqliteJournalledRun::ReserveBatch() {
 }
 
 void SqliteJournalledRun::Settled(std::int64_t position, const smtp::Outcome& outcome) {
-  Keep(TrySettled(position - run_.first, outcome));
+  Note(TrySettled(position - run_.first, outcome));
 }
 
 Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Outcome& outcome) {
@@ -154,7 +171,7 @@ Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Out
     before = known->second;
     in_flight_.erase(known);
   }
-  before.reserved = false;
+  if (std::exchange(before.reserved, false)) --open_;
   return blocks_.Change(index, outcome.begun ? Verdict(before, outcome) : before);
 }
 
@@ -166,7 +183,7 @@ StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::
   record.when = Now();
   record.code = UpTo<std::uint8_t>(static_cast<std::int32_t>(outcome.code));
   record.reply = UpTo<std::uint16_t>(outcome.reply.code);
-  record.words = words_.Add({{outcome.reply.enhanced, outcome.reply.text, outcome.reason}});
+  record.words = words_.Add({{Cut(outcome.reply.enhanced), Cut(outcome.reply.text), Cut(outcome.reason)}});
   return record;
 }
 
@@ -197,7 +214,7 @@ Result<void> SqliteJournalledRun::Commit() {
 }
 
 Result<void> SqliteJournalledRun::Record() {
-  if (std::exchange(reserve_next_, false)) Keep(ReserveBatch());
+  if (open_ <= kBatch) Note(ReserveBatch());
   if (failed_) return *failed_;
   if (blocks_.IsChanged()) {
     if (auto committed = Commit(); !committed) return committed;
@@ -216,17 +233,14 @@ Result<void> SqliteJournalledRun::SettleTheRest() {
 }
 
 Result<void> SqliteJournalledRun::End() {
-  Keep(SettleTheRest());
+  Note(SettleTheRest());
   if (failed_) return *failed_;
   auto transaction = platform::Transaction::Begin(*database_);
   if (!transaction) return transaction.error();
-  auto ended = database_->Prepare("UPDATE runs SET ended = ?2 WHERE id = ?1");
-  if (!ended) return ended.error();
-  if (auto bound = ended->Bind(1, run_.id); !bound) return bound;
-  if (auto bound = ended->Bind(2, std::int64_t{Now()}); !bound) return bound;
-  if (auto done = ended->Run(); !done) return done;
-  ended->Reset();
   if (auto written = Write(); !written) return written;
+  const auto counts = CountStates(blocks_, Doubt::kNobody);
+  if (!counts) return counts.error();
+  if (auto ended = EndRun(*database_, run_.id, Now(), *counts); !ended) return ended;
   if (auto committed = transaction->Commit(); !committed) return committed;
   to_be_durable_ = commits_ + 1;
   Written();

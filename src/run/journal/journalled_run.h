@@ -30,10 +30,11 @@ struct BegunRun {
   StateSet states;              // whose recipients these are
 };
 
-// Against a loss of power, a message may only be out where its recipient was reserved before, and that is known to be
-// on the disk. So recipients are reserved in batches, in the order in which they go out: when the first of a batch goes
-// out the next batch is reserved, and becomes durable while this one is sent. Who is settled is reserved no longer.
-// Hence those in doubt after it are at most two batches, and who was in flight beside them.
+// Against a loss of power: a message goes out only where its recipient was reserved before and that is known to be on
+// the disk, and who is settled is reserved no longer. Recipients are reserved in batches, in the order of the list, and
+// the next batch when no more than one is open, so that it becomes durable while that one is sent. Hence at most two
+// batches are in doubt. Where more than a batch is in flight at once, or recipients go out in another order, whoever is
+// not reserved has to wait for the disk.
 class SqliteJournalledRun final : public JournalledRun {
  public:
   // Ends the transaction that begins the run.
@@ -67,8 +68,9 @@ class SqliteJournalledRun final : public JournalledRun {
   Result<void> TryGoesOut(std::int64_t index);
   Result<void> TrySettled(std::int64_t index, const smtp::Outcome& outcome);
   StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);
-  void Keep(const Result<void>& done);
-  // The commit that has to be durable before this recipient's message goes out.
+  // Keeps the first failure.
+  void Note(const Result<void>& done);
+  // The commit that has to be durable before the message of somebody who is reserved goes out.
   std::int64_t CommitThatReserves(std::int64_t index) const;
   Result<void> ReserveBatch();
   // All that changed, in a transaction that is open, and what becomes of it after its commit.
@@ -95,7 +97,7 @@ class SqliteJournalledRun final : public JournalledRun {
   std::unordered_map<std::int64_t, StateRecord> in_flight_;  // what they were before
   ScopeWalk reserving_;
   std::deque<Batch> batches_;
-  bool reserve_next_ = false;
+  std::int64_t open_ = 0;           // recipients who are reserved
   std::int64_t commits_ = 0;        // that are done
   std::int64_t to_be_durable_ = 0;  // the last commit that has to become so
   std::int64_t awaited_ = 0;        // the commit that has to be so before anything is sent

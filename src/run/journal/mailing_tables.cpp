@@ -1,9 +1,13 @@
 #include "run/journal/mailing_tables.h"
 
+#include <utility>
+
+#include "run/journal/varint.h"
+
 namespace quillcast::run {
 namespace {
 
-constexpr const char* kMailing = "SELECT subject, people, recipients, first FROM mailings WHERE id = ?";
+constexpr const char* kMailing = "SELECT subject, people, recipients, first, counts FROM mailings WHERE id = ?";
 constexpr const char* kRuns =
     "SELECT id, kind, history, boot, began, ended, recipients FROM runs WHERE mailing = ? ORDER BY number";
 constexpr const char* kAddMailing =
@@ -13,6 +17,22 @@ constexpr const char* kAddRun =
 
 std::chrono::sys_seconds TimeOf(std::int64_t seconds) {
   return std::chrono::sys_seconds(std::chrono::seconds(seconds));
+}
+
+std::string Octets(const StateCounts& counts) {
+  std::string octets;
+  for (const std::int64_t count : counts) AppendVarint(static_cast<std::uint64_t>(count), octets);
+  return octets;
+}
+
+std::optional<StateCounts> ReadCounts(std::string_view octets) {
+  StateCounts counts{};
+  for (std::int64_t& count : counts) {
+    std::uint64_t number = 0;
+    if (!TakeVarint(octets, number)) return {};
+    count = static_cast<std::int64_t>(number);
+  }
+  return counts;
 }
 
 RunKind KindOf(std::int64_t number) {
@@ -43,19 +63,22 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
 
 }  // namespace
 
+Error NoSuchMailing() { return {Failure::kNoInput, "This mailing is not in the journal.", "See which there are."}; }
+
 Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailing) {
   auto statement = database.Prepare(kMailing);
   if (!statement) return statement.error();
   if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
   const auto row = statement->Step();
   if (!row) return row.error();
-  if (!*row) return Error{Failure::kNoInput, "This mailing is no longer in the journal.", "See which there are."};
+  if (!*row) return NoSuchMailing();
   StoredMailing stored;
   stored.entry.id = mailing;
   stored.entry.subject = statement->Text(0);
   stored.entry.group = statement->Text(1);
   stored.entry.recipients = statement->Int(2);
   stored.first = statement->Int(3);
+  if (!statement->IsNull(4)) stored.counts = ReadCounts(statement->Bytes(4));
   auto runs = ReadRuns(database, mailing);
   if (!runs) return runs.error();
   stored.runs = *std::move(runs);
@@ -121,7 +144,28 @@ Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::in
   if (auto bound = statement->BindView(4, run.entry.history); !bound) return bound.error();
   if (auto bound = statement->BindView(5, run.boot); !bound) return bound.error();
   if (auto done = statement->Run(); !done) return done.error();
-  return database.LastInsertId();
+  const RunId id = database.LastInsertId();
+  // They change from now on.
+  auto counts = database.Prepare("UPDATE mailings SET counts = NULL WHERE id = ?");
+  if (!counts) return counts.error();
+  if (auto bound = counts->Bind(1, run.entry.mailing); !bound) return bound.error();
+  if (auto done = counts->Run(); !done) return done.error();
+  return id;
+}
+
+Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const StateCounts& counts) {
+  auto ended = database.Prepare("UPDATE runs SET ended = ?2 WHERE id = ?1");
+  if (!ended) return ended.error();
+  if (auto bound = ended->Bind(1, run); !bound) return bound;
+  if (auto bound = ended->Bind(2, when); !bound) return bound;
+  if (auto done = ended->Run(); !done) return done;
+  auto counted =
+      database.Prepare("UPDATE mailings SET counts = ?2 WHERE id = (SELECT mailing FROM runs WHERE id = ?1)");
+  if (!counted) return counted.error();
+  const std::string octets = Octets(counts);
+  if (auto bound = counted->Bind(1, run); !bound) return bound;
+  if (auto bound = counted->BindBytes(2, octets); !bound) return bound;
+  return counted->Run();
 }
 
 Result<void> ForgetMailing(platform::Database& database, MailingId mailing) {
@@ -147,7 +191,8 @@ Result<void> ForgetMailing(platform::Database& database, MailingId mailing) {
 
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot) {
   if (last.entry.ended || in_hand) return Doubt::kNobody;
-  return last.boot == boot ? Doubt::kInFlight : Doubt::kReserved;
+  // Where the system does not tell, the worst is assumed.
+  return last.boot == boot && !boot.empty() ? Doubt::kInFlight : Doubt::kReserved;
 }
 
 ResultState StateIn(Doubt doubt, const char* record) {
@@ -157,6 +202,18 @@ ResultState StateIn(Doubt doubt, const char* record) {
     return ResultState::kUnknown;
   }
   return state;
+}
+
+Result<StateCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
+  StateCounts counts{};
+  const auto count = [&](std::int64_t, std::string_view octets) -> Result<bool> {
+    for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
+      ++counts[static_cast<std::size_t>(StateIn(doubt, octets.data() + at))];
+    }
+    return true;
+  };
+  if (auto walked = blocks.Walk(0, count); !walked) return walked.error();
+  return counts;
 }
 
 const char* ReasonOf(Doubt doubt) {

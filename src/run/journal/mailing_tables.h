@@ -9,7 +9,7 @@
 #include "platform/sqlite.h"
 #include "run/journal/journal_file.h"
 #include "run/journal/run_journal.h"
-#include "run/journal/state_record.h"
+#include "run/journal/state_blocks.h"
 
 namespace quillcast::run {
 
@@ -21,9 +21,11 @@ struct StoredRun {
 struct StoredMailing {
   MailingEntry entry;  // but for its counts
   std::int64_t first = 1;
-  std::vector<StoredRun> runs;  // by their numbers; entry.runs is empty
+  std::optional<StateCounts> counts;  // as the last run left them, where it came to its end
+  std::vector<StoredRun> runs;        // by their numbers; entry.runs is empty
 };
 
+Error NoSuchMailing();
 // kNoInput for one that is not there.
 Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailing);
 Result<MailingId> MailingOf(platform::Database& database, RunId run);
@@ -34,6 +36,9 @@ Result<MailingId> AddMailing(platform::Database& database, const NewMailing& mai
 Result<void> SetRecipients(platform::Database& database, MailingId mailing, std::int64_t first,
                            std::int64_t recipients);
 Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::int64_t number);
+// With the counts that the mailing has then.
+Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const StateCounts& counts);
+
 // All but its files.
 Result<void> ForgetMailing(platform::Database& database, MailingId mailing);
 
@@ -47,6 +52,7 @@ enum class Doubt {
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot);
 // As whom a recipient counts then.
 ResultState StateIn(Doubt doubt, const char* record);
+Result<StateCounts> CountStates(StateBlocks& blocks, Doubt doubt);
 // Why, as a whole sentence.
 const char* ReasonOf(Doubt doubt);
 

@@ -22,6 +22,10 @@
 
 namespace quillcast::run {
 
+// After a loss of power so many recipients, and who was in flight beside them, may be in doubt that nothing else is
+// known of: they are unknown then.
+inline constexpr std::int64_t kDoubtful = 256;
+
 using MailingId = std::int64_t;
 using RunId = std::int64_t;  // greater than those of all runs that began before
 
@@ -29,9 +33,9 @@ enum class RunKind : std::uint8_t { kFirst, kResume, kRetry };
 
 // How a run stands.
 enum class RunStanding : std::uint8_t {
-  kGoesOn,   // some program has it in hand
-  kEnded,    // it came to its own end: completed, cancelled or stopped
-  kCutOff,   // whoever had it in hand is gone
+  kGoesOn,  // some program has it in hand
+  kEnded,   // it came to its own end: completed, cancelled or stopped
+  kCutOff,  // whoever had it in hand is gone
 };
 
 struct RunEntry {
@@ -58,9 +62,9 @@ struct MailingEntry {
 struct JournalRow {
   std::int64_t position = 0;  // 1-based place in the list
   ResultState state = ResultState::kNotTried;
-  std::int32_t code = 0;                 // smtp::ResultCode of the last attempt
-  smtp::ServerReply reply;               // of the last attempt
-  std::string reason;                    // in our words
+  std::int32_t code = 0;                         // smtp::ResultCode of the last attempt
+  smtp::ServerReply reply;                       // of the last attempt
+  std::string reason;                            // in our words
   std::optional<std::chrono::sys_seconds> when;  // of the last change
   int attempts = 0;
   RunId run = 0;  // that tried last; 0 for none
@@ -129,7 +133,7 @@ class RunJournal {
   virtual Result<platform::UniqueFd> Open(const KeptFile& file) = 0;
 
   // Calls `visit` with the recipients of these states in the order of the list, from the `skip`th on, until it gives
-  // false. `with_rows` false leaves `recipient` but for its address.
+  // false. It asks nothing of this journal meanwhile.
   virtual Result<void> Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
                              const std::function<Result<bool>(const JournalRow&)>& visit) = 0;
 

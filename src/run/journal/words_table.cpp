@@ -6,7 +6,7 @@ namespace quillcast::run {
 namespace {
 
 // Four such rows fill a page.
-constexpr std::size_t kFullRow = 1900;
+constexpr std::size_t kFullRow = 960;
 
 constexpr const char* kLastUpTo = "SELECT id, words FROM words WHERE id >= ?1 AND id <= ?2 ORDER BY id DESC LIMIT 1";
 
