@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "platform/file.h"
+#include "platform/text.h"
 
 namespace quillcast::run {
 
@@ -15,11 +16,14 @@ Result<void> SystemDisk::Sync(int fd, const std::filesystem::path& path) {
   return {};
 }
 
+// The file says that it is empty, so that it is read to its end.
 std::string ThisBoot() {
-  constexpr std::uint64_t kMostOctets = 100;
-  std::string boot = IgnoreErrors(platform::ReadFile("/proc/sys/kernel/random/boot_id", kMostOctets), {});
-  while (!boot.empty() && boot.back() == '\n') boot.pop_back();
-  return boot;
+  const std::filesystem::path file = "/proc/sys/kernel/random/boot_id";
+  const auto fd = platform::OpenForReading(file);
+  if (!fd) return {};
+  std::string boot(100, '\0');
+  boot.resize(IgnoreErrors(platform::ReadSome(fd->get(), file, boot.data(), boot.size()), 0));
+  return std::string(platform::Trim(boot));
 }
 
 }  // namespace quillcast::run

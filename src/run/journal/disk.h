@@ -21,7 +21,7 @@ class SystemDisk final : public Disk {
   Result<void> Sync(int fd, const std::filesystem::path& path) override;
 };
 
-// Another text after each start of the computer.
+// Another text after each start of the computer; empty where the system does not tell.
 std::string ThisBoot();
 
 }  // namespace quillcast::run
