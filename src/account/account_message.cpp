@@ -67,9 +67,13 @@ Result<message::MessageOptions> MessageOptionsOf(const AccountSettings& account,
                                  .dsn_return = *dsn_return};
 }
 
+Result<std::string> LoadBodyFormat(const profile::SettingsStore& settings) {
+  return settings.Read("Advanced", "Encoding", "MIME");
+}
+
 Result<message::MessageOptions> LoadMessageOptions(const profile::SettingsStore& settings,
                                                    const AccountSettings& account) {
-  const auto format = settings.Read("Advanced", "Encoding", "MIME");
+  const auto format = LoadBodyFormat(settings);
   if (!format) return format.error();
   return MessageOptionsOf(account, *format);
 }

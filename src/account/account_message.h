@@ -1,6 +1,7 @@
 // What the account lays down for the messages of a run.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "account/account_settings.h"
@@ -13,6 +14,8 @@ namespace quillcast::account {
 // Fails with kNotConfigured for a value that cannot be used, naming it.
 Result<message::MessageOptions> MessageOptionsOf(const AccountSettings& account, std::string_view body_format);
 
+// As it is stored.
+Result<std::string> LoadBodyFormat(const profile::SettingsStore& settings);
 // The same with the body format as it is stored.
 Result<message::MessageOptions> LoadMessageOptions(const profile::SettingsStore& settings,
                                                    const AccountSettings& account);

@@ -1,0 +1,128 @@
+#include "run/what_changed.h"
+
+#include <array>
+#include <utility>
+
+#include "account/account_connection.h"
+#include "account/key_roles.h"
+#include "platform/file.h"
+#include "platform/text.h"
+
+namespace quillcast::run {
+namespace {
+
+using account::AccountKey;
+using account::AccountSettings;
+using document::MessageDocument;
+
+constexpr std::size_t kMostListed = 20;
+constexpr std::size_t kBlock = std::size_t{256} * 1024;
+
+// What cannot be read through counts as other.
+bool IsSame(int one, int other, const std::filesystem::path& file) {
+  std::array<std::string, 2> blocks{std::string(kBlock, '\0'), std::string(kBlock, '\0')};
+  for (;;) {
+    const auto got = platform::ReadSome(one, file, blocks[0].data(), kBlock);
+    const auto got_too = platform::ReadSome(other, file, blocks[1].data(), kBlock);
+    if (!got || !got_too || *got != *got_too || blocks[0].compare(0, *got, blocks[1], 0, *got) != 0) return false;
+    if (*got == 0) return true;
+  }
+}
+
+enum class Now { kSame, kOther, kGone };
+
+Now LookAt(const std::string& file, const Content& content, const KeptFiles& kept) {
+  const auto present = platform::OpenForReading(file);
+  const bool was_there = std::holds_alternative<KeptFile>(content);
+  if (!was_there || !present) return was_there ? Now::kGone : present ? Now::kOther : Now::kSame;
+  const auto frozen = kept.Open(content);
+  const auto* fd = std::get_if<platform::UniqueFd>(&frozen);
+  return fd != nullptr && IsSame(fd->get(), present->get(), file) ? Now::kSame : Now::kOther;
+}
+
+std::vector<Sentence> ChangesOfFiles(const KeptFiles& kept) {
+  std::vector<Sentence> changes;
+  const auto look = [&](const std::string& file, const Content& content, SentencePattern<1> other,
+                        SentencePattern<1> gone) {
+    const Now now = LookAt(file, content, kept);
+    if (now == Now::kSame) return;
+    const std::string name = platform::Printable(file, 300);
+    changes.emplace_back((now == Now::kOther ? other : gone).text(), std::vector<Sentence>{name});
+  };
+  for (const auto& attachment : kept.files().attachments) {
+    look(attachment.file, attachment.content, "Since then the attachment {} has changed.",
+         "Since then the attachment {} has gone, or may no longer be read.");
+  }
+  for (const auto& picture : kept.files().pictures) {
+    if (!IsTaken(picture)) continue;
+    look(picture.file, picture.content, "Since then the picture {} has changed.",
+         "Since then the picture {} has gone, or may no longer be read.");
+  }
+  if (changes.size() <= kMostListed) return changes;
+  const auto more = std::ssize(changes) - std::int64_t{kMostListed};
+  changes.resize(kMostListed);
+  changes.push_back(SayOf(more, "And {} more file has changed or gone.", "And {} more files have changed or gone."));
+  return changes;
+}
+
+void AddChangesOfDocument(const MessageDocument& then, const MessageDocument& now, std::vector<Sentence>& changes) {
+  if (then.subject != now.subject) changes.emplace_back("Since then the subject of the document has changed.");
+  if (then.html != now.html || then.text != now.text || then.format != now.format) {
+    changes.emplace_back("Since then the text of the document has changed.");
+  }
+  if (then.priority != now.priority || then.read_receipt != now.read_receipt) {
+    changes.emplace_back("Since then the priority of the document or its wish for a receipt has changed.");
+  }
+  if (then.attachments != now.attachments) {
+    changes.emplace_back("Since then the document has other attachments.");
+  }
+}
+
+void AddChangesOfGroup(const MailingInputs& then, const std::optional<std::int64_t>& now,
+                       std::vector<Sentence>& changes) {
+  const std::string group = platform::Printable(then.group, 80);
+  if (!now) {
+    changes.push_back(Say("Since then the group {} was deleted. The run goes on to those who were in it.", group));
+  } else if (*now != then.recipients) {
+    changes.push_back(
+        Say("Since then the group {} has changed: {} are in it, not {}. The run goes on to those who were "
+            "in it when it began.",
+            group, NumberValue(*now), NumberValue(then.recipients)));
+  }
+}
+
+void AddChangesOfAccount(const MailingInputs& then, const PresentInputs& present, std::vector<Sentence>& changes) {
+  const AccountSettings& now = present.account;
+  const auto differs = [&](AccountKey key) { return then.account[key] != now[key]; };
+  if (differs(AccountKey::kEmail)) {
+    changes.push_back(Say("Since then the account's address has changed to {}. The letter still comes from {}.",
+                          platform::Printable(now[AccountKey::kEmail], 80),
+                          platform::Printable(then.account[AccountKey::kEmail], 80)));
+  }
+  std::string names;
+  const auto add = [&](std::string_view name) { names += (names.empty() ? "" : ", ") + std::string(name); };
+  for (const auto& row : account::AccountKeyRows()) {
+    const bool is_of_message = account::RoleOf(row.key) == account::KeyRole::kTheMessage;
+    if (is_of_message && row.key != AccountKey::kEmail && differs(row.key)) add(row.name);
+  }
+  if (then.body_format != present.body_format) add("Advanced/Encoding");
+  if (!names.empty()) changes.push_back(Say("Since then these settings have changed: {}.", names));
+  if (account::ServersText(then.account) != account::ServersText(now)) {
+    changes.push_back(Say("Since then the account's server has changed. The run goes on by way of {}.",
+                          platform::Printable(account::ServersText(now), 300)));
+  }
+}
+
+}  // namespace
+
+std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInputs& present) {
+  std::vector<Sentence> changes{"The letter goes out as it was when the run began."};
+  if (present.document != nullptr) AddChangesOfDocument(frozen.inputs.document, *present.document, changes);
+  for (auto& change : ChangesOfFiles(frozen.files)) changes.push_back(std::move(change));
+  AddChangesOfGroup(frozen.inputs, present.recipients, changes);
+  AddChangesOfAccount(frozen.inputs, present, changes);
+  if (changes.size() == 1) changes.clear();
+  return changes;
+}
+
+}  // namespace quillcast::run

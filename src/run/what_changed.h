@@ -1,0 +1,27 @@
+// What is other by now than it was when a run began that somebody wants to go on with.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "account/account_settings.h"
+#include "document/message_document.h"
+#include "platform/sentence.h"
+#include "run/frozen_inputs.h"
+
+namespace quillcast::run {
+
+struct PresentInputs {
+  const document::MessageDocument* document = nullptr;  // the one at hand, where it is the run's
+  const account::AccountSettings& account;
+  std::string body_format;
+  std::optional<std::int64_t> recipients;  // in the group of this name; nothing where there is none any more
+};
+
+// Sentences for the person, the first of which says that the letter stays as it was; none where nothing is other. Reads
+// the files that lie there now, so it takes as long as that does.
+std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInputs& present);
+
+}  // namespace quillcast::run
