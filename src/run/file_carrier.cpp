@@ -123,10 +123,12 @@ void FileCarrier::Carry(smtp::JobSource& letters) {
     if (letter == nullptr) return;
     const auto kept = keep_(*letter);
     if (!kept) trouble_ = kept.error();
-    letters.Finished(
-        *letter, kept ? smtp::Outcome{smtp::State::kSent, smtp::ResultCode::kSuccess, {}, {}}
-                      : smtp::Outcome{smtp::State::kFailed, smtp::ResultCode::kException, {}, Describe(kept.error())});
-    letters.CaughtUp();
+    const smtp::Outcome outcome =
+        kept ? smtp::Outcome{smtp::State::kSent, smtp::ResultCode::kSuccess, {}, {}}
+             : smtp::Outcome{smtp::State::kFailed, smtp::ResultCode::kException, {}, Describe(kept.error())};
+    letters.Decided(*letter, outcome);
+    letters.Finished(*letter, outcome);
+    if (!letters.CaughtUp()) break;
   }
 }
 

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "run/carrier.h"
 #include "run/history.h"
+#include "run/journal/unjournalled_run.h"
 #include "run/range_ends.h"
 #include "run/single_message.h"
 #include "smtp/outcome_text.h"
@@ -217,16 +218,22 @@ Result<Composed> PreparedRun::Compose(const std::optional<PartialRange>& range) 
   return ComposeAll(*rows, **message, range, place_.cancel);
 }
 
-// The copy outlives a mailing of hours; those left over are told even where a cancel ended the copying.
-OpenRows PreparedRun::RowsForRun() const {
-  return [this](recipients::Reading reading) -> Result<std::unique_ptr<recipients::RowSource>> {
-    const bool copies = reading == recipients::Reading::kCopy;
-    const auto store =
-        copies ? place_.Recipients()
-               : recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)});
-    auto rows = store.ListRecipients(group_.group.id, group_.group.sort_sql, reading);
+// Those left over are told even where a cancel ended the freezing.
+Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForRun(recipients::Reading reading) const {
+  const bool copies = reading == recipients::Reading::kCopy;
+  const auto store =
+      copies ? place_.Recipients()
+             : recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)});
+  auto rows = store.ListRecipients(group_.group.id, group_.group.sort_sql, reading);
+  if (!rows) return rows.error();
+  return std::unique_ptr<recipients::RowSource>(std::make_unique<recipients::RecipientCursor>(std::move(*rows)));
+}
+
+BeginRun PreparedRun::BeginningOf(const std::optional<PartialRange>& range, Delivery /*delivery*/) const {
+  return [this, range](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
+    auto rows = RowsForRun(recipients::Reading::kCopy);
     if (!rows) return rows.error();
-    return std::unique_ptr<recipients::RowSource>(std::make_unique<recipients::RecipientCursor>(std::move(*rows)));
+    return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
   };
 }
 
@@ -244,7 +251,13 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
   if (!message) return message.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
-  const RunParts parts{**message, group_.recipients, range, RowsForRun(), carrier, place_.cancel};
+  const RunParts parts{.message = **message,
+                       .recipients = group_.recipients,
+                       .range = range,
+                       .begin = BeginningOf(range, carrier.delivery()),
+                       .rows = [this] { return RowsForRun(recipients::Reading::kLive); },
+                       .carrier = carrier,
+                       .cancel = place_.cancel};
   return SendLetters(parts, std::move(*entry), listener);
 }
 

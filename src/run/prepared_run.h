@@ -92,7 +92,8 @@ class PreparedRun {
   Result<const message::MessageOptions*> Options();
   Result<message::Parts> Parts();
   Result<recipients::RecipientCursor> Rows() const;
-  OpenRows RowsForRun() const;
+  BeginRun BeginningOf(const std::optional<PartialRange>& range, Delivery delivery) const;
+  Result<std::unique_ptr<recipients::RowSource>> RowsForRun(recipients::Reading reading) const;
 
   document::MessageDocument document_;
   ChosenGroup group_;

@@ -2,39 +2,17 @@
 
 #include <fmt/format.h>
 
-#include <array>
-
 #include "platform/text.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::run {
 namespace {
 
-constexpr std::array<const char*, 6> kNames = {"sent", "refused", "deferred", "failed", "unknown", "not tried"};
-
-ResultState StateOf(smtp::State state) {
-  switch (state) {
-    case smtp::State::kSent:
-      return ResultState::kSent;
-    case smtp::State::kRefused:
-      return ResultState::kRefused;
-    case smtp::State::kDeferred:
-      return ResultState::kDeferred;
-    case smtp::State::kFailed:
-      return ResultState::kFailed;
-    case smtp::State::kUnknown:
-      break;
-  }
-  return ResultState::kUnknown;
-}
-
 bool Holds(std::string_view text, std::string_view lower_part) {
   return platform::AsciiLower(text).find(lower_part) != std::string::npos;
 }
 
 }  // namespace
-
-const char* Name(ResultState state) { return kNames.at(static_cast<std::size_t>(state)); }
 
 void RunResults::Add(std::int64_t position, std::string_view address, ResultState state, std::string detail) {
   auto known = known_details_.find(detail);

@@ -10,14 +10,10 @@
 #include <vector>
 
 #include "platform/result.h"
+#include "run/journal/recipient_states.h"
 #include "run/sending_run.h"
 
 namespace quillcast::run {
-
-// The states of an outcome, and those whom the run did not come to.
-enum class ResultState : std::uint8_t { kSent, kRefused, kDeferred, kFailed, kUnknown, kNotTried };
-// "sent", "not tried".
-const char* Name(ResultState state);
 
 struct ResultRow {
   std::int64_t position = 0;

@@ -24,7 +24,7 @@ std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
   if (summary.not_tried == 0) return {};
   if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);
   return Say("{} recipients were not tried (from #{} to #{}); nothing was sent to them.",
-             NumberValue(summary.not_tried), summary.last - summary.not_tried + 1, summary.last);
+             NumberValue(summary.not_tried), summary.first_left, summary.last);
 }
 
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {

@@ -55,7 +55,9 @@ class Run final : public smtp::JobSource {
 
   smtp::Job* NextJob() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
-  void CaughtUp() override { Flush(); }
+  void GoesOut(smtp::Job& job) override { run_->GoesOut(job.position); }
+  void Decided(smtp::Job& job, const smtp::Outcome& outcome) override { run_->Settled(job.position, outcome); }
+  bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override { report_.LogLine(line); }
@@ -66,18 +68,22 @@ class Run final : public smtp::JobSource {
 
  private:
   std::int64_t Done() const { return summary_.sent + summary_.failed; }
-  std::int64_t InRange() const { return SizeOf(range_); }
+  std::int64_t InRange() const { return run_ ? run_->size() : SizeOf(range_); }
   bool IsCancelled() const { return parts_.cancel.Requested() != platform::Stop::kNone; }
   bool MayGoOn() const { return !IsCancelled() && !summary_.stopped; }
-  bool OpenRows(recipients::Reading reading);
-  void TakeSize(std::int64_t size);
+  bool Begin();
+  void OpenThoseLeft();
+  void TakeSize();
   bool NextRow();
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
   void SettleOwnFailures();
   void Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome);
   void Flush();
+  void Record();
+  void End();
   void NameThoseNotTried();
+  void NotTried(std::int64_t position, const std::string& address);
   void TellAboutPictures();
 
   const RunParts& parts_;
@@ -87,10 +93,14 @@ class Run final : public smtp::JobSource {
   RunReport report_;
   PartialRange range_;
   RunSummary summary_;
-  std::unique_ptr<recipients::RowSource> rows_;
-  std::optional<recipients::RowWalk> walk_;  // over rows_
-  bool unreadable_ = false;                  // one of them
+  std::unique_ptr<JournalledRun> run_;           // none where it could not begin; then, where they can be read:
+  std::unique_ptr<recipients::RowSource> rows_;  // those who are left
+  std::optional<recipients::RowWalk> walk_;      // over rows_
+  bool unreadable_ = false;                      // a row
+  bool at_end_ = false;                          // of the rows
+  bool broken_ = false;                          // the journal
   recipients::Recipient row_;
+  std::int64_t position_ = 0;                     // of row_
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::deque<OwnFailure> own_failures_;
@@ -104,15 +114,15 @@ class Run final : public smtp::JobSource {
 
 RunSummary Run::Execute() {
   report_.Started();
-  const bool copied = OpenRows(recipients::Reading::kCopy);
-  if (!copied) OpenRows(recipients::Reading::kLive);  // no copy, no run; but who is in the group can still be told
+  if (!Begin()) OpenThoseLeft();  // not frozen, no run; but who is in the group can still be told
   report_.SendingTo(InRange(), parts_.range && InRange() > 0 ? std::optional(range_) : parts_.range);
   listener_.Progress(0, InRange(), 0, 0);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  if (copied) parts_.carrier.Carry(*this);
+  if (run_) parts_.carrier.Carry(*this);
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
+  End();
   summary_.history = history_;
   summary_.delivery = parts_.carrier.delivery();
   summary_.cancelled = IsCancelled() && summary_.not_tried > 0;
@@ -121,21 +131,29 @@ RunSummary Run::Execute() {
   return summary_;
 }
 
-bool Run::OpenRows(recipients::Reading reading) {
-  auto rows = parts_.rows(reading);
-  if (!rows) {
-    if (MayGoOn()) summary_.stopped = rows.error();
+bool Run::Begin() {
+  auto run = parts_.begin(history_);
+  if (!run) {
+    if (MayGoOn()) summary_.stopped = run.error();
     return false;
   }
-  rows_ = std::move(*rows);
-  if (const auto size = rows_->size()) TakeSize(*size);
-  walk_.emplace(*rows_, rows_->size() ? std::optional(range_) : parts_.range);
+  run_ = std::move(*run);
+  TakeSize();
   return true;
 }
 
-// The group may have changed while whoever sends was asked, and goes on changing: what was copied is who gets it.
-void Run::TakeSize(std::int64_t size) {
+void Run::OpenThoseLeft() {
+  auto rows = parts_.rows();
+  if (!rows) return;  // they are counted by what was known before
+  rows_ = std::move(*rows);
+  walk_.emplace(*rows_, parts_.range);
+}
+
+// The group may have changed while whoever sends was asked, and goes on changing: what was frozen is who gets it.
+void Run::TakeSize() {
+  const std::int64_t size = run_->list_size();
   range_ = parts_.range ? UpTo(size, *parts_.range) : PartialRange{1, size};
+  summary_.last = range_.last;
   if (size != parts_.recipients) {
     listener_.Note(SayOf(size, "The group has changed meanwhile: it has {} recipient now, not {}.",
                          "The group has changed meanwhile: it has {} recipients now, not {}.",
@@ -151,9 +169,11 @@ void Run::TakeSize(std::int64_t size) {
 
 // The next row of the range, or false at its end.
 bool Run::NextRow() {
-  if (!walk_) return false;
-  const auto row = walk_->Next(row_);
-  unreadable_ = unreadable_ || !row;
+  if (at_end_ || (!run_ && !walk_)) return false;
+  const auto row = run_ ? run_->Next(row_, position_) : walk_->Next(row_);
+  if (walk_) position_ = walk_->position();
+  unreadable_ = !row;
+  at_end_ = !row || !*row;
   if (!row && !summary_.stopped) summary_.stopped = row.error();
   return row && *row;
 }
@@ -168,7 +188,7 @@ smtp::Job* Run::NextJob() {
       ++taken_;
       return letter;
     }
-    own_failures_.push_back({walk_->position(), row_.email(), *failure, taken_});
+    own_failures_.push_back({position_, row_.email(), *failure, taken_});
     SettleOwnFailures();
   }
   return nullptr;
@@ -179,12 +199,12 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   if (const auto& trouble = parts_.message.trouble()) return FailureOfOurs(trouble->code, trouble->error);
   const auto address = smtp::EnvelopeAddress(row_.email());
   if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
-  const auto rendered = parts_.message.Render(row_, *address, walk_->position(), letter.rendered);
+  const auto rendered = parts_.message.Render(row_, *address, position_, letter.rendered);
   if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
   KeepFirstMessage(letter.rendered);
   letter.envelope = letter.rendered.envelope;
   letter.message = &letter.rendered;
-  letter.position = walk_->position();
+  letter.position = position_;
   letter.address = row_.email();
   return {};
 }
@@ -208,12 +228,13 @@ void Run::SettleOwnFailures() {
   while (!own_failures_.empty() && own_failures_.front().after == finished_) {
     const OwnFailure& failure = own_failures_.front();
     if (left_.empty()) {
+      run_->Settled(failure.position, failure.outcome);
       Settle(failure.position, failure.address, failure.outcome);
     } else {
       left_.push_back({failure.position, failure.address});
     }
     own_failures_.pop_front();
-    if (taken_ == finished_) Flush();
+    if (taken_ == finished_) CaughtUp();
   }
 }
 
@@ -228,8 +249,28 @@ void Run::Settle(std::int64_t position, const std::string& address, const smtp::
   listener_.Finished({position, address, outcome});
 }
 
-// One write for all results that came together, before anything more is sent: after a kill the report still knows
-// everybody whose result this process knew when it last spoke to the server.
+// One write for all results that came together, before anything more is sent: after a kill report and journal still
+// know everybody whose result this process knew when it last spoke to the server, and the journal who was under way.
+bool Run::CaughtUp() {
+  Record();
+  Flush();
+  return !broken_ && !report_.trouble();
+}
+
+void Run::Record() {
+  const auto recorded = run_->Record();
+  if (recorded) return;
+  broken_ = true;
+  if (!summary_.stopped) summary_.stopped = recorded.error();
+}
+
+// A journal that cannot be ended says of the run, later, that its program was lost; it still knows everybody.
+void Run::End() {
+  if (!run_) return;
+  const auto ended = run_->End();
+  if (!ended && !summary_.stopped) summary_.stopped = ended.error();
+}
+
 void Run::Flush() {
   report_.Flush();
   if (report_.trouble() && !summary_.stopped) summary_.stopped = report_.trouble();
@@ -249,18 +290,18 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named
 // are counted by what is known of the list.
 void Run::NameThoseNotTried() {
+  for (const Left& left : left_) NotTried(left.position, left.address);
+  while (NextRow()) NotTried(position_, row_.email());
+  if ((run_ || walk_) && !unreadable_) return;
+  summary_.not_tried = InRange() - Done();
   summary_.last = range_.last;
-  for (const Left& left : left_) listener_.NotTried(left.position, left.address);
-  summary_.not_tried = std::ssize(left_);
-  while (NextRow()) {
-    ++summary_.not_tried;
-    listener_.NotTried(walk_->position(), row_.email());
-  }
-  if (walk_ && !unreadable_) {
-    summary_.last = walk_->position();
-  } else {
-    summary_.not_tried = InRange() - Done();
-  }
+  summary_.first_left = range_.last - summary_.not_tried + 1;
+}
+
+void Run::NotTried(std::int64_t position, const std::string& address) {
+  if (++summary_.not_tried == 1) summary_.first_left = position;
+  summary_.last = position;
+  listener_.NotTried(position, address);
 }
 
 // The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.

@@ -18,6 +18,7 @@
 #include "recipients/row_source.h"
 #include "run/carrier.h"
 #include "run/history.h"
+#include "run/journal/run_journal.h"
 #include "run/run_report.h"
 #include "smtp/outcome.h"
 
@@ -51,11 +52,12 @@ class RunListener {
 };
 
 struct RunSummary {
-  std::int64_t sent = 0;       // or written, as the delivery says
-  std::int64_t failed = 0;     // refused, deferred, failed or unknown
-  std::int64_t not_tried = 0;  // after a cancel, or when the run had to stop: those at the end
-  std::int64_t last = 0;       // the place in the list of the last whom the run was for
-  std::string history = {};    // the base name
+  std::int64_t sent = 0;        // or written, as the delivery says
+  std::int64_t failed = 0;      // refused, deferred, failed or unknown
+  std::int64_t not_tried = 0;   // after a cancel, or when the run had to stop: those at the end
+  std::int64_t first_left = 0;  // the places in the list of the first and of the last of them, where they are known
+  std::int64_t last = 0;        // and otherwise of the last whom the run was for
+  std::string history = {};     // the base name
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
@@ -65,22 +67,25 @@ struct RunSummary {
   bool everybody_got_it() const { return reached_its_end() && failed == 0; }
 };
 
-// Gives the rows of the group from its beginning: kCopy for the run itself, which goes by what that holds and not by
-// what was counted before; kLive to name those who are left where no copy could be made.
-using OpenRows = std::function<Result<std::unique_ptr<recipients::RowSource>>(recipients::Reading reading)>;
+// Whom a run is for, as they are frozen for it: it goes by that, and not by what was counted before. What becomes of
+// them is told there. `history` is the base name of its files.
+using BeginRun = std::function<Result<std::unique_ptr<JournalledRun>>(const std::string& history)>;
+// The rows as they are now, from their beginning: to name those who are left where none could be frozen.
+using OpenRows = std::function<Result<std::unique_ptr<recipients::RowSource>>()>;
 
 // What a run is made of. All of it must outlive the run.
 struct RunParts {
   const message::MessageTemplate& message;
   std::int64_t recipients = 0;        // in the group when it was chosen
   std::optional<PartialRange> range;  // the whole list where there is none; ends with the list where that is shorter
+  BeginRun begin;
   OpenRows rows;
   Carrier& carrier;
   const platform::CancelToken& cancel;
 };
 
-// Sends. The failures of one recipient never stop the run; a report that cannot be written any more does, because
-// results would be lost. What is told is in the report too, and the summary counts it.
+// Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,
+// because results would be lost. What is told is in the report too, and the summary counts it.
 RunSummary SendLetters(const RunParts& parts, HistoryEntry entry, RunListener& listener);
 
 }  // namespace quillcast::run

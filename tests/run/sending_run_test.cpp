@@ -12,6 +12,7 @@
 #include <set>
 
 #include "platform/text.h"
+#include "run/journal/unjournalled_run.h"
 #include "support/fake_clock.h"
 #include "support/fake_rows.h"
 #include "support/temporary_folder.h"
@@ -57,8 +58,9 @@ class FakeCarrier final : public Carrier {
   int asks_after = 0;                     // so many refusals in a row; 0 for never
   bool withdraws = false;                 // after a stop, what was taken and not begun
   Delivery kind = Delivery::kSent;
-  std::optional<std::size_t> full_after;  // so many letters it takes no more
-  std::vector<std::int64_t> carried;      // who was handed over, in order
+  std::optional<std::size_t> full_after;          // so many letters it takes no more
+  std::vector<std::int64_t> carried;              // who was handed over, in order
+  std::function<void(std::int64_t)> is_out = {};  // called for each of them
 
   Delivery delivery() const override { return kind; }
   std::optional<Error> trouble() const override {
@@ -74,16 +76,17 @@ class FakeCarrier final : public Carrier {
         Step();
         smtp::Job* job = letters.NextJob();
         takes = job != nullptr;
-        if (takes) in_flight.push_back(job);
+        if (takes) letters.GoesOut(*in_flight.emplace_back(job));
       }
+      is_kept_ = letters.CaughtUp() && is_kept_;
       if (in_flight.empty()) break;
       Step();
       const auto outcome = Deliver(*in_flight.front());
+      letters.Decided(*in_flight.front(), outcome);
       letters.Finished(*in_flight.front(), outcome);
       in_flight.pop_front();
       refused = outcome.state == State::kRefused ? refused + 1 : 0;
       if (refused == asks_after && asks_after > 0 && !letters.GoOn(outcome, refused)) takes = false;
-      letters.CaughtUp();
     }
   }
 
@@ -96,10 +99,11 @@ class FakeCarrier final : public Carrier {
     if (cancel_.Requested() == Stop::kAbandon) {
       return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
     }
-    if (withdraws && cancel_.Requested() != Stop::kNone) {
+    if (!is_kept_ || (withdraws && cancel_.Requested() != Stop::kNone)) {
       return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}, .begun = false};
     }
     carried.push_back(PositionOf(job.envelope.recipient.text()));
+    is_out(carried.back());
     return OutcomeOf(fates_[static_cast<std::size_t>(carried.back() - 1)]);
   }
 
@@ -107,11 +111,57 @@ class FakeCarrier final : public Carrier {
   const std::size_t window_;
   const platform::CancelToken& cancel_;
   int step_ = 0;
+  bool is_kept_ = true;  // what was told of those on their way
+};
+
+// What a journal keeps of a run: whatever happens, it is true of everybody whose message was out.
+struct Kept {
+  std::map<std::int64_t, ResultState> states;  // of those who were recorded
+  int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
+  bool ended = false;
+};
+
+class FakeRun final : public JournalledRun {
+ public:
+  FakeRun(std::unique_ptr<recipients::RowSource> rows, const std::optional<PartialRange>& range, Kept& kept)
+      : rows_(std::move(rows), range), kept_(kept) {}
+
+  RunId id() const override { return 1; }
+  std::int64_t size() const override { return rows_.size(); }
+  std::int64_t list_size() const override { return rows_.list_size(); }
+  Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override {
+    EXPECT_FALSE(std::exchange(is_at_end_, false)) << "asked behind the end";
+    const auto more = rows_.Next(recipient, position);
+    is_at_end_ = !more || !*more;
+    return more;
+  }
+  void GoesOut(std::int64_t position) override { told_[position] = ResultState::kInFlight; }
+  void Settled(std::int64_t position, const smtp::Outcome& outcome) override {
+    told_[position] = outcome.begun ? StateOf(outcome.state) : ResultState::kNotTried;
+  }
+  Result<void> Record() override {
+    if (kept_.fails_at > 0 && ++records_ >= kept_.fails_at) return Error{Failure::kIo, "The journal is full.", ""};
+    for (const auto& [position, state] : std::exchange(told_, {})) kept_.states[position] = state;
+    return {};
+  }
+  Result<void> End() override {
+    const auto recorded = Record();
+    kept_.ended = static_cast<bool>(recorded);
+    return recorded;
+  }
+
+ private:
+  UnjournalledRun rows_;
+  Kept& kept_;
+  std::map<std::int64_t, ResultState> told_;
+  int records_ = 0;
+  bool is_at_end_ = false;
 };
 
 struct Told final : RunListener {
   std::vector<std::int64_t> order;  // everybody who was told of
   std::map<State, std::int64_t> results;
+  std::map<std::int64_t, ResultState> states;
   std::vector<std::int64_t> sent;
   std::int64_t not_tried = 0;
   bool goes_on = true;
@@ -128,6 +178,7 @@ struct Told final : RunListener {
     EXPECT_EQ(not_tried, 0) << "results come before those who were not tried";
     order.push_back(result.position);
     ++results[result.outcome.state];
+    states[result.position] = StateOf(result.outcome.state);
     if (result.outcome.state == State::kSent) sent.push_back(result.position);
   }
   void Progress(std::int64_t, std::int64_t of, std::uint64_t, std::uint64_t) override { total = of; }
@@ -185,6 +236,7 @@ class SendingRun : public ::testing::Test {
     bool list_fails = false;          // those for who is left as well
     std::optional<rlim_t> room = {};  // octets that a file may have while it runs
     int counted_more = 0;             // when the group was chosen than there are rows
+    int journal_fails_at = 0;         // the record that cannot be kept, as those behind it; 0 for none
   };
 
   // Runs once; what came of it is in told_, summary_, carried_ and report_.
@@ -193,20 +245,31 @@ class SendingRun : public ::testing::Test {
     FakeCarrier carrier(setting.fates, setting.window, cancel);
     told_ = Told();
     if (setting.change) setting.change(carrier, told_);
-    const OpenRows rows = [&](recipients::Reading reading) -> Result<std::unique_ptr<recipients::RowSource>> {
-      const bool copies = reading == recipients::Reading::kCopy;
-      if (copies ? setting.copy_fails : setting.list_fails) return Error{Failure::kIo, "No room for a copy.", ""};
+    const auto open = [&](bool is_copy) {
       auto source = std::make_unique<FakeRows>(AddressesOf(setting.fates));
-      source->is_copy = copies;
+      source->is_copy = is_copy;
       source->unreadable = setting.unreadable;
       return std::unique_ptr<recipients::RowSource>(std::move(source));
+    };
+    const Error no_room{Failure::kIo, "No room for a copy.", ""};
+    kept_ = Kept{.states = {}, .fails_at = setting.journal_fails_at};
+    const BeginRun begin = [&](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
+      if (setting.copy_fails) return no_room;
+      return std::unique_ptr<JournalledRun>(std::make_unique<FakeRun>(open(true), setting.range, kept_));
+    };
+    const OpenRows rows = [&]() -> Result<std::unique_ptr<recipients::RowSource>> {
+      if (setting.list_fails) return no_room;
+      return open(false);
     };
     auto entry = BeginHistoryEntry(folder_.path(), clock_, "Hello");
     ASSERT_TRUE(entry);
     const std::filesystem::path report = entry->report.path();
     entry->message = folder_ / "nowhere" / "copy.eml";  // waits for no disk, and is no reason to stop
     const std::int64_t counted = std::ssize(setting.fates) + setting.counted_more;
-    const RunParts parts{template_, counted, setting.range, rows, carrier, cancel};
+    carrier.is_out = [this](std::int64_t position) {
+      EXPECT_EQ(kept_.states[position], ResultState::kInFlight) << "#" << position << " was out and not recorded";
+    };
+    const RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel};
     {
       const Room room(setting.room);
       summary_ = SendLetters(parts, std::move(*entry), told_);
@@ -239,6 +302,7 @@ class SendingRun : public ::testing::Test {
     EXPECT_LE(told_.NotesOn("The history has no copy"), 1);
     EXPECT_TRUE(setting.copy_fails || told_.total == range.last - range.first + 1);
     EXPECT_EQ(std::set(carried_.begin(), carried_.end()).size(), carried_.size()) << "nobody gets two";
+    if (!setting.copy_fails) ExpectTheJournalKnows(setting);
     if (setting.room || summary_.delivery == Delivery::kWritten) return;
     EXPECT_EQ(Count(report_, "Message sent successfully."), summary_.sent);
     EXPECT_EQ(Count(report_, "There was an error sending your message."), summary_.failed);
@@ -246,6 +310,21 @@ class SendingRun : public ::testing::Test {
         failed > 0          ? std::to_string(failed) + " messages failed during process."
         : summary_.sent > 0 ? std::to_string(summary_.sent) + " messages sent during process."
                             : "Personal Sending process has been completed."));
+  }
+
+  // Everybody's state; where it could not be written any more, whose message is out is in flight at least.
+  void ExpectTheJournalKnows(const Setting& setting) {
+    EXPECT_EQ(kept_.ended, setting.journal_fails_at == 0);
+    const auto state_of = [this](std::int64_t position) {
+      const auto kept = kept_.states.find(position);
+      return kept == kept_.states.end() ? ResultState::kNotTried : kept->second;
+    };
+    for (const std::int64_t position : carried_) EXPECT_NE(state_of(position), ResultState::kNotTried);
+    if (!kept_.ended) return;
+    for (const auto& [position, state] : told_.states) EXPECT_EQ(state_of(position), state) << "#" << position;
+    for (const auto& [position, state] : kept_.states) {
+      EXPECT_TRUE(state == ResultState::kNotTried || told_.states.contains(position)) << "#" << position;
+    }
   }
 
   // A disk on which a file may grow to so many octets.
@@ -275,6 +354,7 @@ class SendingRun : public ::testing::Test {
   std::optional<platform::CancelToken> cancel_;
   Told told_;
   RunSummary summary_;
+  Kept kept_;
   std::vector<std::int64_t> carried_;
   std::string report_;
 };
@@ -439,6 +519,21 @@ TEST_F(SendingRun, StopsWhereverItsReportCannotBeWritten) {
     EXPECT_TRUE(whole.starts_with(report_) && (report_.empty() || report_.ends_with("\r\n")));
     EXPECT_LE(summary_.sent + summary_.failed, Count(report_, "\r\n\r\n") + 3);
     EXPECT_TRUE(!report_.empty() || carried_.empty()) << "what cannot be recorded is not begun";
+  }
+}
+
+// At every record that cannot be kept: nobody's message goes out that is not in the journal as being on its way.
+TEST_F(SendingRun, StopsWhereverItsJournalCannotBeWritten) {
+  for (const std::size_t window : {1, 2, 4}) {
+    for (int fails_at = 1; fails_at <= 7; ++fails_at) {
+      SCOPED_TRACE("record " + std::to_string(fails_at) + " window " + std::to_string(window));
+      Run({.fates = "srxssus", .window = window, .journal_fails_at = fails_at});
+      if (kept_.ended) continue;  // it took fewer
+      ASSERT_TRUE(summary_.stopped);
+      EXPECT_EQ(summary_.stopped->what, Sentence("The journal is full."));
+      EXPECT_TRUE(fails_at > 1 || carried_.empty()) << "what cannot be recorded is not begun";
+      EXPECT_LE(std::ssize(carried_), fails_at * static_cast<std::int64_t>(window));
+    }
   }
 }
 

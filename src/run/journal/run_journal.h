@@ -78,6 +78,9 @@ class JournalledRun {
   virtual RunId id() const = 0;
   // Whom it is for, in the order of the list and with their places in it: those of its states when it began.
   virtual std::int64_t size() const = 0;
+  // How many are in the list itself, be they for this run or not.
+  virtual std::int64_t list_size() const = 0;
+  // False behind the last, and not to be called again then.
   virtual Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) = 0;
 
   // From the next Record on this recipient's message may be out. Only for somebody whom Next gave.

@@ -156,7 +156,7 @@ void Client::Driver::SendOver(Job& job) {
     jobs_.Move();
   }
   if (!connection_) {
-    jobs_.CatchUp();
+    if (!jobs_.CatchUp()) return jobs_.Fail(Cancelled());
     Outcome opened = Connect();
     opened.begun = opened.code != ResultCode::kCancelled;
     if (opened.code != ResultCode::kSuccess) return jobs_.Fail(opened);
@@ -177,9 +177,9 @@ void Client::Driver::Run(JobSource& source) {
       SendOver(*job);
       continue;
     }
-    jobs_.CatchUp();
+    const bool caught_up = jobs_.CatchUp();
     if (!connection_ || connection_->idle()) break;
-    if (Stopped()) connection_->Withdraw(Cancelled());
+    if (Stopped() || !caught_up) connection_->Withdraw(Cancelled());
     connection_->Advance();
   }
   if (connection_) connection_->Quit(kQuitPatience);  // every message has its outcome: how QUIT goes is no matter

@@ -65,8 +65,11 @@ Job* JobQueue::Next() {
 }
 
 void JobQueue::Submitted() {
-  FirstAt(Entry::Stage::kWaiting)->stage = Entry::Stage::kSubmitted;
+  Entry& entry = *FirstAt(Entry::Stage::kWaiting);
+  entry.stage = Entry::Stage::kSubmitted;
   --waiting_;
+  source_->GoesOut(*entry.job);
+  told_ = true;
 }
 
 void JobQueue::Move() { FirstAt(Entry::Stage::kWaiting)->moved = true; }
@@ -95,10 +98,11 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
   entry.stage = Entry::Stage::kSettled;
   entry.outcome = outcome;
   entry.outcome.begun = outcome.begun || entry.moved;
+  source_->Decided(*entry.job, entry.outcome);
+  told_ = true;
   while (!entries_.empty() && entries_.front().stage == Entry::Stage::kSettled) {
     const Entry& first = entries_.front();
     source_->Finished(*first.job, first.outcome);
-    told_ = true;
     const int times = breaker_.TimeToAsk(first.outcome);
     if (times != 0 && !no_more_) no_more_ = !source_->GoOn(first.outcome, times);
     entries_.Pop();
@@ -123,8 +127,6 @@ bool JobQueue::KeepLine(std::size_t place, std::string_view line) {
   return true;
 }
 
-void JobQueue::CatchUp() {
-  if (std::exchange(told_, false)) source_->CaughtUp();
-}
+bool JobQueue::CatchUp() { return !std::exchange(told_, false) || source_->CaughtUp(); }
 
 }  // namespace quillcast::smtp

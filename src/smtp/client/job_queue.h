@@ -42,8 +42,8 @@ class JobQueue {
   // it is of the first job of all or of none: the line is to be told now.
   bool KeepLine(std::size_t place, std::string_view line);
 
-  // Says JobSource::CaughtUp where something was told since the last time.
-  void CatchUp();
+  // Asks JobSource::CaughtUp where something was told since the last time.
+  bool CatchUp();
 
  private:
   // In the order taken. Those submitted have the order in which they were submitted: while any is, those that wait

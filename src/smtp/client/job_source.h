@@ -25,12 +25,16 @@ class JobSource {
   // The next message, nullptr when there is none any more. The job stays where it is until Finished has been called for
   // it; with several messages in flight more than one is out at a time.
   virtual Job* NextJob() = 0;
+  // From the next CaughtUp on the message may be out. A second time where it goes over another connection.
+  virtual void GoesOut(Job& /*job*/) {}
+  // What became of it, as soon as that is known: once for each job, at the latest right before Finished.
+  virtual void Decided(Job& /*job*/, const Outcome& /*outcome*/) {}
   // Called once for each job, in the order in which they were taken.
   virtual void Finished(Job& job, const Outcome& outcome) = 0;
-  // Everything that the server's replies decided so far has been told, and more is about to be sent or waited for: the
-  // time to put on disk what Finished told. What is told later than it came is what waits for an earlier message that
-  // goes over another connection, less than a window of messages.
-  virtual void CaughtUp() {}
+  // Nothing of what GoesOut told has been sent, and all that the server's replies decided has been told; now more is
+  // about to be sent or waited for: the time to put on disk what was told. False where that could not be done: none of
+  // the messages that nothing was sent of goes out, and each has an outcome that was not begun.
+  virtual bool CaughtUp() { return true; }
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
   // times, with this same outcome. Asked again after as many more. False: no further job is taken.
   virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }

@@ -1,0 +1,33 @@
+// A run whose results nobody keeps: its messages go into files, where each can be seen.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "recipients/row_source.h"
+#include "run/journal/run_journal.h"
+
+namespace quillcast::run {
+
+class UnjournalledRun final : public JournalledRun {
+ public:
+  // `rows` knows its size.
+  UnjournalledRun(std::unique_ptr<recipients::RowSource> rows, const std::optional<recipients::PartialRange>& range);
+
+  RunId id() const override { return 0; }
+  std::int64_t size() const override { return size_; }
+  std::int64_t list_size() const override { return list_size_; }
+  Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
+  void GoesOut(std::int64_t /*position*/) override {}
+  void Settled(std::int64_t /*position*/, const smtp::Outcome& /*outcome*/) override {}
+  Result<void> Record() override { return {}; }
+  Result<void> End() override { return {}; }
+
+ private:
+  const std::unique_ptr<recipients::RowSource> rows_;
+  const std::int64_t list_size_;
+  const std::int64_t size_;
+  recipients::RowWalk walk_;
+};
+
+}  // namespace quillcast::run
