@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "smtp/client/client.h"
@@ -31,12 +33,20 @@ class Letters final : public JobSource {
     }
   }
   Job* NextJob() override {
-    if (next_ == jobs_.size()) return nullptr;
+    if (next_ == jobs_.size() || (caught_up_ >= fails_at && fails_at > 0)) return nullptr;
     if (on_next) on_next(next_);
     return &jobs_[next_++];
   }
+  void GoesOut(Job& job) override { told_ |= std::uint64_t{1} << (&job - jobs_.data()); }
+  void Decided(Job& /*job*/, const Outcome& /*outcome*/) override { ++decided; }
+  bool CaughtUp() override {
+    if (++caught_up_ >= fails_at && fails_at > 0) return false;
+    kept |= std::exchange(told_, 0);
+    return true;
+  }
   void Finished(Job& job, const Outcome& outcome) override {
     EXPECT_EQ(&job, &jobs_[outcomes.size()]) << "out of order";
+    EXPECT_GT(decided, outcomes.size()) << "finished before it was decided";
     outcomes.push_back(outcome);
   }
   void LogLine(std::string_view line) override {
@@ -53,11 +63,16 @@ class Letters final : public JobSource {
   std::function<void(std::string_view)> on_line;
   std::function<void()> on_waiting;
   std::function<void(std::size_t before)> on_next;  // while a letter is made, with so many before it
+  std::atomic<std::uint64_t> kept = 0;              // a bit for each letter that was recorded as going out
+  int fails_at = 0;                                 // the record that fails, as those behind it do; 0 for none
+  std::size_t decided = 0;
 
  private:
   std::vector<std::unique_ptr<TextSource>> sources_;
   std::vector<Job> jobs_;
   std::size_t next_ = 0;
+  std::uint64_t told_ = 0;
+  int caught_up_ = 0;
 };
 
 }  // namespace quillcast::smtp
