@@ -120,6 +120,7 @@ void AddCommands(CLI::App& app, Context& context) {
   AddPreviewCommand(app, context);
   AddPropertiesCommand(app, context);
   AddSendCommand(app, context);
+  AddRunsCommand(app, context);
   AddHistoryCommand(app, context);
   AddMessageCommand(app, context);
   AddServerCommand(app, context);

@@ -18,6 +18,7 @@ void AddSignatureCommand(CLI::App& app, Context& context);
 void AddPreviewCommand(CLI::App& app, Context& context);
 void AddPropertiesCommand(CLI::App& app, Context& context);
 void AddSendCommand(CLI::App& app, Context& context);
+void AddRunsCommand(CLI::App& app, Context& context);
 void AddHistoryCommand(CLI::App& app, Context& context);
 void AddMessageCommand(CLI::App& app, Context& context);
 void AddServerCommand(CLI::App& app, Context& context);

@@ -20,6 +20,26 @@ std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery) {
   return "not written. " + outcome.reason;
 }
 
+const char* MeaningOf(ResultState state) {
+  switch (state) {
+    case ResultState::kSent:
+      return "The server took the message over.";
+    case ResultState::kRefused:
+      return "The server refused it for good.";
+    case ResultState::kDeferred:
+      return "The server refused it for now; another time it may take it.";
+    case ResultState::kFailed:
+      return "No server came to a verdict; the message did not go out.";
+    case ResultState::kUnknown:
+      return "The message was out and no answer came: it may have arrived. It is not sent again by itself.";
+    case ResultState::kNotTried:
+      return "Nothing was sent.";
+    case ResultState::kInFlight:
+      break;
+  }
+  return "The message is on its way.";
+}
+
 std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
   if (summary.not_tried == 0) return {};
   if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);

@@ -6,6 +6,7 @@
 
 #include "platform/sentence.h"
 #include "run/carrier.h"
+#include "run/journal/recipient_states.h"
 #include "run/sending_run.h"
 #include "smtp/outcome.h"
 
@@ -17,6 +18,8 @@ Sentence CountsOf(const RunSummary& summary);
 const char* Name(Delivery delivery);
 // What became of one message and why. Of one that was to be written our reason alone, for no server was asked.
 std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery);
+// What a state means for whoever sends, as a sentence.
+const char* MeaningOf(ResultState state);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 

@@ -38,7 +38,8 @@ ORDER = {
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run/journal": "recipients smtp",
-    "run": "run/journal account message document domain domain/sender mail_file profile recipients html smtp smtp/client",
+    "run": "run/journal account message document domain domain/sender mail_file profile recipients recipients/edit"
+    " recipients/export html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",
     "help": "html profile recipients",
     "update": "profile net",

@@ -1,0 +1,228 @@
+// quillcast runs list|show|resume|retry|export|forget|report
+#include "cli/runs.h"
+
+#include <fmt/format.h>
+
+#include "cli/commands.h"
+#include "cli/store_command.h"
+#include "platform/text.h"
+#include "run/run_words.h"
+#include "smtp/outcome_text.h"
+
+namespace quillcast::cli {
+namespace {
+
+constexpr std::size_t kLongestSubject = 60;
+constexpr std::size_t kLongestAddress = 100;
+
+struct ShowOptions {
+  std::int64_t run = 0;
+  std::string states;
+};
+
+struct ForgetOptions {
+  std::int64_t run = 0;
+  bool finished = false;
+};
+
+std::string TimeText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(moment);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                     local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+const char* WordOf(run::RunKind kind) {
+  switch (kind) {
+    case run::RunKind::kFirst:
+      return "send";
+    case run::RunKind::kResume:
+      return "resume";
+    case run::RunKind::kRetry:
+      break;
+  }
+  return "retry";
+}
+
+const char* WordOf(run::RunStanding standing) {
+  switch (standing) {
+    case run::RunStanding::kGoesOn:
+      return "goes on";
+    case run::RunStanding::kEnded:
+      return "ended";
+    case run::RunStanding::kCutOff:
+      break;
+  }
+  return "cut off";
+}
+
+nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run,
+                                const platform::Clock& clock) {
+  nlohmann::ordered_json object = {{"run", run.id},
+                                   {"mailing", mailing.runs.front().id},
+                                   {"kind", WordOf(run.kind)},
+                                   {"began", TimeText(run.began, clock)},
+                                   {"standing", WordOf(run.standing)},
+                                   {"recipients", run.recipients},
+                                   {"history", run.history}};
+  if (run.kind != run::RunKind::kFirst) return object;
+  object["subject"] = mailing.subject;
+  object["group"] = mailing.group;
+  object["mailing_standing"] = run::Name(run::StandingOf(mailing));
+  for (std::size_t n = 0; n < run::kResultStates; ++n) {
+    object[run::Name(static_cast<run::ResultState>(n))] = mailing.counts[n];
+  }
+  return object;
+}
+
+// A mailing by its first run, and those that went on with it below.
+void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
+  for (const run::RunEntry& run : mailing.runs) {
+    const bool is_first = run.kind == run::RunKind::kFirst;
+    const std::string what =
+        is_first ? fmt::format("\"{}\" to {}", platform::Printable(mailing.subject, kLongestSubject), mailing.group)
+                 : WordOf(run.kind);
+    context.output.Line(
+        fmt::format("{}#{}  {}  {}, {}{}", is_first ? "" : "    ", run.id, TimeText(run.began, context.clock), what,
+                    platform::Counted(run.recipients, "recipient", "recipients"),
+                    run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
+    context.output.Object(AsObject(mailing, run, context.clock));
+  }
+  context.output.Line(fmt::format("    {}: {}", run::Name(run::StandingOf(mailing)), run::CountsText(mailing.counts)));
+}
+
+int RunList(Context& context) {
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+    const auto mailings = journal.List();
+    if (!mailings) return mailings.error();
+    for (const auto& mailing : *mailings) ShowMailing(context, mailing);
+    if (mailings->empty()) context.output.Note("There is no run in the journal yet.");
+    return 0;
+  });
+}
+
+void ShowRow(const Context& context, const run::JournalRow& row) {
+  std::string why = smtp::ReplyText(row.reply);
+  if (!row.reason.empty()) why += (why.empty() ? "" : " ") + platform::Printable(row.reason);
+  context.output.Line(fmt::format("#{} {}: {}{}", row.position,
+                                  platform::Printable(row.recipient.email(), kLongestAddress), run::Name(row.state),
+                                  why.empty() ? "" : ". " + why));
+  nlohmann::ordered_json object = {
+      {"position", row.position}, {"address", row.recipient.email()},    {"state", run::Name(row.state)},
+      {"code", row.code},         {"reply", smtp::ReplyText(row.reply)}, {"reason", row.reason},
+      {"attempts", row.attempts}};
+  if (row.when) object["time"] = TimeText(*row.when, context.clock);
+  context.output.Object(object);
+}
+
+int RunShow(Context& context, const ShowOptions& options) {
+  const auto states = options.states.empty() ? run::StateSet().set() : StatesFrom(options.states);
+  if (!states) return context.output.Fail(states.error());
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+    const auto mailing = MailingOf(journal, options.run);
+    if (!mailing) return mailing.error();
+    ShowMailing(context, *mailing);
+    const auto shown = journal.Visit(mailing->id, *states, 0, [&](const run::JournalRow& row) -> Result<bool> {
+      ShowRow(context, row);
+      return IsWanted(context);
+    });
+    if (!shown) return shown.error();
+    for (const auto& sentence : run::WhatIsLeft(*mailing)) context.output.Note(sentence.InEnglish());
+    if (const auto whole = EndOfList(context); !whole) return whole.error();
+    return 0;
+  });
+}
+
+Result<int> ForgetOne(Context& context, run::RunJournal& journal, std::int64_t run) {
+  const auto mailing = MailingOf(journal, run);
+  if (!mailing) return mailing.error();
+  if (run::StandingOf(*mailing) == run::MailingStanding::kCanResume) {
+    const auto asked = AskFirst(context, Say("\"{}\" to {} can be resumed. Are you sure you want to forget it?",
+                                             platform::Printable(mailing->subject, kLongestSubject), mailing->group));
+    if (!asked) return asked.error();
+  }
+  if (const auto gone = journal.Forget(mailing->id); !gone) return gone.error();
+  context.output.Line(fmt::format("Run #{} was forgotten; its report stays in the history.", run));
+  context.output.Object({{"forgotten", 1}});
+  return 0;
+}
+
+int RunForget(Context& context, const ForgetOptions& options) {
+  if ((options.run == 0) == !options.finished) return context.output.Complain("Name one run, or --finished.");
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+    if (!options.finished) return ForgetOne(context, journal, options.run);
+    const auto forgotten = run::ForgetFinished(journal);
+    if (!forgotten) return forgotten.error();
+    context.output.Line(fmt::format("{} forgotten.", platform::Counted(forgotten->mailings, "run was", "runs were")));
+    context.output.Object({{"forgotten", forgotten->mailings}, {"kept", forgotten->kept.size()}});
+    for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
+    return 0;
+  });
+}
+
+}  // namespace
+
+std::string StateNames() {
+  std::string names;
+  for (std::size_t n = 0; n < run::kResultStates; ++n) {
+    names += (n == 0 ? "" : ", ") + std::string(run::Name(static_cast<run::ResultState>(n)));
+  }
+  return names;
+}
+
+Result<run::StateSet> StatesFrom(const std::string& text) {
+  run::StateSet states;
+  for (const std::string_view part : platform::Split(text, ',')) {
+    const std::string_view word = platform::Trim(part);
+    std::size_t n = 0;
+    while (n < run::kResultStates && word != run::Name(static_cast<run::ResultState>(n))) ++n;
+    if (n == run::kResultStates) {
+      return Error{Failure::kUsage, Say("\"{}\" is no state of a recipient.", platform::Printable(word, 60)),
+                   Say("The states are: {}.", StateNames())};
+    }
+    states.set(n);
+  }
+  return states;
+}
+
+Result<run::MailingEntry> MailingOf(run::RunJournal& journal, std::int64_t run) {
+  auto mailing = journal.Find(run);
+  if (mailing || mailing.error().failure != Failure::kNoInput) return mailing;
+  return Error{Failure::kNoInput, Say("There is no run #{}.", run), "quillcast runs list shows them."};
+}
+
+void AddRunsCommand(CLI::App& app, Context& context) {
+  auto* runs = app.add_subcommand("runs", "Runs and what became of every recipient; go on with one that was cut off");
+  runs->require_subcommand(1);
+
+  auto* list = runs->add_subcommand("list", "The runs, newest first, each with those that went on with it below");
+  list->footer("Example:\n  quillcast runs list");
+  OnRun(*list, context, RunList);
+
+  auto* show = runs->add_subcommand("show", "What became of each recipient of a run");
+  auto shown = std::make_shared<ShowOptions>();
+  show->add_option("run", shown->run, "The number that runs list shows")->required();
+  show->add_option("--state", shown->states, "Only these, parted by commas: " + StateNames())->type_name("STATES");
+  show->footer(
+      "\"unknown\": the message was out and no answer came, so it may have arrived.\n"
+      "Example:\n  quillcast runs show 12 --state refused,deferred");
+  OnRun(*show, context, [shown](Context& c) { return RunShow(c, *shown); });
+
+  AddGoOnCommands(*runs, context);
+  AddTakeOutCommands(*runs, context);
+
+  auto* forget =
+      runs->add_subcommand("forget", "Delete what is kept of a run: its message, its recipients, its results");
+  auto forgotten = std::make_shared<ForgetOptions>();
+  forget->add_option("run", forgotten->run, "The number that runs list shows");
+  forget->add_flag("--finished", forgotten->finished, "All runs but those that go on or can be resumed");
+  forget->footer("The report in the history stays.\nExample:\n  quillcast runs forget 12");
+  OnRun(*forget, context, [forgotten](Context& c) { return RunForget(c, *forgotten); });
+}
+
+}  // namespace quillcast::cli

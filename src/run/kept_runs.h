@@ -1,0 +1,51 @@
+// What a person is told of the mailings that the journal keeps, and what can be done about each.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/cancel.h"
+#include "platform/clock.h"
+#include "platform/result.h"
+#include "platform/sentence.h"
+#include "profile/folders.h"
+#include "run/journal/run_journal.h"
+
+namespace quillcast::run {
+
+// The journal of this profile. Fails as RunJournal does.
+Result<std::unique_ptr<RunJournal>> OpenJournal(const profile::Folders& folders, const platform::Clock& clock,
+                                                const platform::CancelToken& cancel);
+
+enum class MailingStanding : std::uint8_t {
+  kGoesOn,     // some program sends it
+  kCanResume,  // nobody does, and somebody has not been tried
+  kFinished,   // everybody was tried, whatever became of each
+};
+MailingStanding StandingOf(const MailingEntry& mailing);
+// "goes on", "can be resumed", "finished".
+const char* Name(MailingStanding standing);
+
+// Nobody ended its last run: its program was killed, or the computer lost its power.
+bool WasCutOff(const MailingEntry& mailing);
+// "20 sent, 1 refused, 3 not tried": those that there are.
+std::string CountsText(const StateCounts& counts);
+// Of a mailing that can be resumed: how many are left, and of those who are unknown what that means.
+std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
+
+// Those that a person should be offered to go on with, newest first: cut off, with somebody left or in doubt, and
+// nothing was done about them since.
+Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal);
+
+struct Forgotten {
+  std::int64_t mailings = 0;
+  std::vector<MailingEntry> kept;  // those that go on or can be resumed
+};
+// Forgets every finished mailing.
+Result<Forgotten> ForgetFinished(RunJournal& journal);
+// What was kept and why, naming each.
+std::vector<Sentence> WhatStayed(const Forgotten& forgotten);
+
+}  // namespace quillcast::run

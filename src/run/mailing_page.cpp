@@ -1,0 +1,239 @@
+#include "run/mailing_page.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
+
+#include "html/safe_page.h"
+#include "platform/text.h"
+#include "run/mailing_tally.h"
+#include "run/run_words.h"
+#include "smtp/outcome_text.h"
+
+namespace quillcast::run {
+namespace {
+
+constexpr std::size_t kMostBars = 12;
+constexpr std::int64_t kMostNamed = 1000;
+
+// Nothing is loaded and nothing runs, whatever stands in a name or a reply.
+constexpr const char* kHead = R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'">
+<title>{0}</title>
+<style>
+:root {{ color-scheme: light dark; --sent: #2a7a4b; --other: #b4541e; --line: #8884; }}
+@media (prefers-color-scheme: dark) {{ :root {{ --sent: #57b37f; --other: #e08a52; }} }}
+body {{ font: 16px/1.5 system-ui, sans-serif; max-width: 56rem; margin: 2rem auto; padding: 0 1rem; }}
+h1 {{ font-size: 1.5rem; margin-bottom: 0; overflow-wrap: anywhere; }}
+h2 {{ font-size: 1.1rem; margin-top: 2.2rem; }}
+table {{ border-collapse: collapse; width: 100%; }}
+th, td {{ text-align: left; padding: .25rem .6rem .25rem 0; border-bottom: 1px solid var(--line); vertical-align: top; overflow-wrap: anywhere; }}
+td.number {{ text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }}
+td.bar {{ width: 40%; vertical-align: middle; }}
+td.bar span {{ display: inline-block; height: .8rem; }}
+.sent {{ background: var(--sent); }} .other {{ background: var(--other); }}
+.key::before {{ content: ""; display: inline-block; width: .8rem; height: .8rem; margin: 0 .4rem 0 .8rem; background: var(--colour); }}
+svg {{ width: 100%; height: auto; }} svg .sent {{ fill: var(--sent); }} svg .other {{ fill: var(--other); }} svg text {{ fill: currentColor; font-size: 11px; }}
+small {{ opacity: .75; }}
+</style>
+</head>
+<body>
+)";
+
+std::string Safe(std::string_view text, std::size_t longest = 300) {
+  return html::EscapedForHtml(platform::Printable(text, longest));
+}
+
+std::string TimeText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(moment);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                     local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+std::string Number(std::int64_t number) { return platform::WithThousands(number); }
+
+// Any that there are at all get a line that can be seen.
+std::string Bar(const char* kind, std::int64_t part, std::int64_t whole) {
+  if (part == 0 || whole == 0) return "";
+  const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+  return fmt::format("<span class=\"{}\" style=\"width:{:.2f}%\"></span>", kind, std::max(percent, 0.5));
+}
+
+// Writes the page and remembers the first failure, behind which it writes nothing.
+class Page {
+ public:
+  Page(const MailingEntry& mailing, const platform::Clock& clock,
+       const std::function<Result<void>(std::string_view)>& write)
+      : mailing_(mailing), clock_(clock), write_(write) {}
+
+  void Begin();
+  void States();
+  void Bars(const char* heading, const char* what, const std::vector<NamedTally>& rows);
+  void OverTime(const MailingTally& tally, std::chrono::sys_seconds first);
+  void BeginNames();
+  void Name(const JournalRow& row);
+  void EndNames(std::int64_t more);
+  void End() { Put("</body>\n</html>\n"); }
+  const Result<void>& written() const { return written_; }
+
+ private:
+  void Put(const std::string& html) {
+    if (written_) written_ = write_(html);
+  }
+
+  const MailingEntry& mailing_;
+  const platform::Clock& clock_;
+  const std::function<Result<void>(std::string_view)>& write_;
+  Result<void> written_;
+};
+
+void Page::Begin() {
+  const std::string subject = Safe(mailing_.subject.empty() ? "(no subject)" : mailing_.subject);
+  Put(fmt::format(fmt::runtime(kHead), subject));
+  Put(fmt::format("<h1>{}</h1>\n<p>To {} of the group {}.", subject,
+                  platform::Counted(mailing_.recipients, "recipient", "recipients"), Safe(mailing_.group)));
+  for (const RunEntry& run : mailing_.runs) {
+    const char* what = run.kind == RunKind::kFirst    ? "Sent"
+                       : run.kind == RunKind::kResume ? "Gone on with"
+                                                      : "Tried again";
+    Put(fmt::format(" {} {}{}.", what, TimeText(run.began, clock_),
+                    run.ended ? " to " + TimeText(*run.ended, clock_) : ""));
+  }
+  Put("</p>\n");
+}
+
+void Page::States() {
+  Put("<h2>What became of the messages</h2>\n<table>\n");
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    const auto state = static_cast<ResultState>(n);
+    const std::int64_t count = mailing_.counts[n];
+    if (count == 0) continue;
+    Put(
+        fmt::format("<tr><th scope=\"row\">{}<br><small>{}</small></th><td class=\"number\">{}</td><td "
+                    "class=\"number\">{:.1f} %</td><td class=\"bar\">{}</td></tr>\n",
+                    run::Name(state), MeaningOf(state), Number(count),
+                    100.0 * static_cast<double>(count) / static_cast<double>(mailing_.recipients),
+                    Bar(state == ResultState::kSent ? "sent" : "other", count, mailing_.recipients)));
+  }
+  Put("</table>\n");
+}
+
+void Page::Bars(const char* heading, const char* what, const std::vector<NamedTally>& rows) {
+  if (rows.empty()) return;
+  std::int64_t most = 0;
+  for (const auto& row : rows) most = std::max(most, row.tally.all());
+  Put(
+      fmt::format("<h2>{}</h2>\n<p><span class=\"key\" style=\"--colour:var(--sent)\">sent</span><span class=\"key\" "
+                  "style=\"--colour:var(--other)\">not sent</span></p>\n<table>\n<tr><th>{}</th><th>sent</th><th>not "
+                  "sent</th><th></th></tr>\n",
+                  heading, what));
+  for (const auto& row : rows) {
+    const std::string example = row.example.empty() ? "" : "<br><small>" + Safe(row.example, 160) + "</small>";
+    Put(
+        fmt::format("<tr><td>{}{}</td><td class=\"number\">{}</td><td class=\"number\">{}</td><td "
+                    "class=\"bar\">{}{}</td></tr>\n",
+                    Safe(row.name), example, Number(row.tally.sent), Number(row.tally.others),
+                    Bar("sent", row.tally.sent, most), Bar("other", row.tally.others, most)));
+  }
+  Put("</table>\n");
+}
+
+void Page::OverTime(const MailingTally& tally, std::chrono::sys_seconds first) {
+  constexpr int kWidth = 720;
+  constexpr int kHeight = 160;
+  std::int64_t most = 1;
+  for (const Tally& column : tally.columns()) most = std::max(most, column.all());
+  const double wide = static_cast<double>(kWidth) / static_cast<double>(tally.columns().size());
+  const auto high = [&](std::int64_t count) {
+    return static_cast<double>(count * kHeight) / static_cast<double>(most);
+  };
+  Put(fmt::format(
+      "<h2>Over time</h2>\n<svg viewBox=\"0 0 {} {}\" role=\"img\" aria-label=\"Results over time, at most {} "
+      "in {} seconds\">\n",
+      kWidth, kHeight + 36, Number(most), tally.step().count()));
+  for (std::size_t n = 0; n < tally.columns().size(); ++n) {
+    const Tally& column = tally.columns()[n];
+    const double x = wide * static_cast<double>(n);
+    const auto rectangle = [&](const char* kind, double top, std::int64_t count) {
+      if (count == 0) return;
+      Put(
+          fmt::format("<rect class=\"{}\" x=\"{:.2f}\" y=\"{:.2f}\" width=\"{:.2f}\" height=\"{:.2f}\"><title>{}: {} {}"
+                      "</title></rect>\n",
+                      kind, x, 14 + kHeight - top, std::max(wide - 1, 0.5), high(count),
+                      TimeText(first + tally.step() * static_cast<std::int64_t>(n), clock_), Number(count),
+                      kind == std::string_view("sent") ? "sent" : "not sent"));
+    };
+    rectangle("sent", high(column.sent), column.sent);
+    rectangle("other", high(column.all()), column.others);
+  }
+  const auto end = first + tally.step() * static_cast<std::int64_t>(tally.columns().size());
+  Put(
+      fmt::format("<text x=\"0\" y=\"10\">{} in {}</text>\n<text x=\"0\" y=\"{}\">{}</text>\n<text x=\"{}\" y=\"{}\" "
+                  "text-anchor=\"end\">{}</text>\n</svg>\n",
+                  Number(most), platform::Counted(tally.step().count(), "second", "seconds"), kHeight + 30,
+                  TimeText(first, clock_), kWidth, kHeight + 30, TimeText(end, clock_)));
+}
+
+void Page::BeginNames() {
+  Put("<h2>Who did not get it</h2>\n<table>\n<tr><th>#</th><th>Address</th><th>State</th><th>Why</th></tr>\n");
+}
+
+void Page::Name(const JournalRow& row) {
+  std::string why = smtp::ReplyText(row.reply);
+  if (why.empty()) why = row.reason;
+  Put(fmt::format("<tr><td class=\"number\">{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", Number(row.position),
+                  Safe(row.recipient.email()), run::Name(row.state), Safe(why)));
+}
+
+void Page::EndNames(std::int64_t more) {
+  Put("</table>\n");
+  if (more > 0) Put(fmt::format("<p>And {} more.</p>\n", Number(more)));
+}
+
+}  // namespace
+
+Result<void> WriteMailingPage(RunJournal& journal, const MailingEntry& mailing, const platform::Clock& clock,
+                              const platform::CancelToken& cancel,
+                              const std::function<Result<void>(std::string_view html)>& write) {
+  if (mailing.runs.empty()) return Error{Failure::kNoInput, "This mailing has no run.", "Name another one."};
+  const auto first = mailing.runs.front().began;
+  const auto last = mailing.runs.back().ended.value_or(std::chrono::floor<std::chrono::seconds>(clock.Now()));
+  MailingTally tally(first, last);
+  StateSet tried = StateSet().set();
+  tried.reset(static_cast<std::size_t>(ResultState::kNotTried));
+  const auto is_cancelled = [&] { return cancel.Requested() != platform::Stop::kNone; };
+  const auto counted = journal.Visit(mailing.id, tried, 0, [&](const JournalRow& row) -> Result<bool> {
+    tally.Add(row);
+    return !is_cancelled();
+  });
+  if (!counted) return counted.error();
+  if (is_cancelled()) return Error{Failure::kTryAgain, "The report was cancelled.", ""};
+
+  Page page(mailing, clock, write);
+  page.Begin();
+  page.States();
+  page.Bars("By reply", "Reply", tally.Replies(kMostBars));
+  page.Bars("By recipient domain", "Domain", tally.Domains(kMostBars));
+  page.OverTime(tally, first);
+  const std::int64_t without = mailing.recipients - mailing.counts[static_cast<std::size_t>(ResultState::kSent)];
+  if (without > 0) {
+    page.BeginNames();
+    std::int64_t named = 0;
+    const StateSet not_sent = StateSet().set().reset(static_cast<std::size_t>(ResultState::kSent));
+    const auto visited = journal.Visit(mailing.id, not_sent, 0, [&](const JournalRow& row) -> Result<bool> {
+      page.Name(row);
+      return ++named < kMostNamed && page.written();
+    });
+    if (!visited) return visited.error();
+    page.EndNames(without - named);
+  }
+  page.End();
+  return page.written();
+}
+
+}  // namespace quillcast::run
