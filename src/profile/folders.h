@@ -21,6 +21,7 @@ struct Folders {
   // The fixed names below these folders. Whether the file exists is not asked.
   std::filesystem::path Database() const { return data / "Group.mdb"; }
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
+  std::filesystem::path RunJournal() const { return data / "runs.db"; }
   std::filesystem::path History() const { return data / "History"; }
   std::filesystem::path RunJournal() const { return data / "runs.db"; }
   std::filesystem::path ImportBody() const { return data / "ImportBody"; }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/text.h"
+#include "run/journal/sqlite_run_journal.h"
 #include "run/run_words.h"
 
 namespace quillcast::run {
@@ -22,6 +23,16 @@ RunStanding LastStanding(const MailingEntry& mailing) {
 }
 
 }  // namespace
+
+Result<std::unique_ptr<RunJournal>> OpenJournal(const profile::Folders& folders, const platform::Clock& clock,
+                                                const platform::CancelToken& cancel) {
+  JournalPlace place{.file = folders.RunJournal(), .clock = &clock};
+  place.patience.cancel = &cancel;
+  place.patience.cancel_ends_statements = false;  // what became of a recipient is kept to the end
+  auto journal = SqliteRunJournal::Open(place);
+  if (!journal) return journal.error();
+  return std::unique_ptr<RunJournal>(*std::move(journal));
+}
 
 MailingStanding StandingOf(const MailingEntry& mailing) {
   const bool goes_on = std::any_of(mailing.runs.begin(), mailing.runs.end(),

@@ -101,6 +101,11 @@ Result<platform::Database> Open(const JournalPlace& place) {
 
 }  // namespace
 
+Disk& JournalPlace::TheDisk() const {
+  static SystemDisk of_the_system;  // which keeps nothing
+  return disk == nullptr ? of_the_system : *disk;
+}
+
 std::filesystem::path JournalPlace::Locks() const {
   auto locks = file;
   return locks.replace_extension(".lock");

@@ -19,9 +19,10 @@ struct JournalPlace {
   std::filesystem::path file;     // runs.db, made where it is missing
   std::string boot = ThisBoot();  // which of the computer's starts this is
   const platform::Clock* clock = nullptr;
-  Disk* disk = nullptr;
+  Disk* disk = nullptr;           // the system's where there is none
   platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};
 
+  Disk& TheDisk() const;
   std::filesystem::path Locks() const;  // beside it
   std::filesystem::path Log() const;    // the write-ahead log, which SQLite keeps beside it
 };

@@ -26,6 +26,7 @@ struct BegunRun {
   std::uint16_t number = 1;     // within the mailing
   std::int64_t first = 1;       // the place of the mailing's first recipient in its list
   std::int64_t recipients = 0;  // of the mailing
+  std::int64_t list = 0;        // in the list that they were taken from; of a later run at least so many
   std::int64_t scope = 0;       // of the run
   StateSet states;              // whose recipients these are
 };
@@ -45,6 +46,7 @@ class SqliteJournalledRun final : public JournalledRun {
 
   RunId id() const override { return run_.id; }
   std::int64_t size() const override { return run_.scope; }
+  std::int64_t list_size() const override { return run_.list; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
   void GoesOut(std::int64_t position) override;
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override;

@@ -55,7 +55,7 @@ void LogSync::Work() {
     if (asked_ > durable_ && !failed_) {
       const std::int64_t commit = asked_;
       lock.unlock();
-      const auto synced = place_.disk->Sync(log_.get(), place_.Log());
+      const auto synced = place_.TheDisk().Sync(log_.get(), place_.Log());
       lock.lock();
       // After a failure nobody knows what is on the disk, and a second try may succeed without telling.
       if (synced) {

@@ -126,6 +126,32 @@ Result<std::int64_t> SettleDoubts(platform::Database& database, const StoredMail
   return in_scope;
 }
 
+// Rows, and how many came.
+class CountedRows final : public recipients::RowSource {
+ public:
+  explicit CountedRows(recipients::RowSource& rows) : rows_(rows) {}
+  Result<bool> Next(recipients::Recipient& recipient) override {
+    const auto more = rows_.Next(recipient);
+    at_end_ = !more || !*more;
+    count_ += at_end_ ? 0 : 1;
+    return more;
+  }
+  // Of the whole list, be it within the range or behind it.
+  Result<std::int64_t> CountToTheEnd() {
+    if (rows_.size()) return *rows_.size();
+    recipients::Recipient row;
+    while (!at_end_) {
+      if (const auto more = Next(row); !more) return more.error();
+    }
+    return count_;
+  }
+
+ private:
+  recipients::RowSource& rows_;
+  std::int64_t count_ = 0;
+  bool at_end_ = false;
+};
+
 }  // namespace
 
 Result<std::unique_ptr<SqliteRunJournal>> SqliteRunJournal::Open(const JournalPlace& place) {
@@ -152,10 +178,14 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing&
     const auto added = freezing->Add(row);
     return added ? Result<bool>(true) : Result<bool>(added.error());
   };
-  if (auto walked = recipients::Walk(rows, range, nullptr, add); !walked) return walked.error();
+  CountedRows counted(rows);
+  if (auto walked = recipients::Walk(counted, range, nullptr, add); !walked) return walked.error();
   if (auto flushed = freezing->Flush(); !flushed) return flushed.error();
+  const auto list = counted.CountToTheEnd();
+  if (!list) return list.error();
   BegunRun run;
   run.mailing = *id;
+  run.list = *list;
   run.first = range ? range->first : 1;
   run.recipients = run.scope = freezing->recipients();
   run.states = SetOf({ResultState::kNotTried});
@@ -188,6 +218,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing,
   run.number = static_cast<std::uint16_t>(stored->runs.size() + 1);
   run.first = stored->first;
   run.recipients = stored->entry.recipients;
+  run.list = run.first + run.recipients - 1;
   run.states = states;
   const Doubt doubt = DoubtOf(stored->runs.back(), false, place_.boot);
   const auto scope = SettleDoubts(database, *stored, doubt, states);
