@@ -1,15 +1,13 @@
 #include "run/prepared_run.h"
 
-#include <chrono>
 #include <utility>
 
 #include "account/account_message.h"
+#include "account/key_roles.h"
 #include "domain/sender/account_sender.h"
 #include "domain/sender/kept_check.h"
 #include "platform/text.h"
 #include "run/carrier.h"
-#include "run/history.h"
-#include "run/journal/unjournalled_run.h"
 #include "run/range_ends.h"
 #include "run/single_message.h"
 #include "smtp/outcome_text.h"
@@ -55,7 +53,8 @@ Result<const AccountSettings*> PreparedRun::Account() {
   if (!account_) {
     auto account = AccountSettings::Load(place_.Settings());
     if (!account) return account.error();
-    account_ = std::move(*account);
+    account_ =
+        going_on_ ? account::WithMessageOf(*std::move(account), going_on_->frozen.inputs.account) : std::move(*account);
   }
   return &*account_;
 }
@@ -64,19 +63,25 @@ Result<const MessageOptions*> PreparedRun::Options() {
   if (!options_) {
     const auto account = Account();
     if (!account) return account.error();
-    auto options = account::LoadMessageOptions(place_.Settings(), **account);
+    auto options = going_on_ ? account::MessageOptionsOf(**account, going_on_->frozen.inputs.body_format)
+                             : account::LoadMessageOptions(place_.Settings(), **account);
     if (!options) return options.error();
     options_ = std::move(*options);
   }
   return &*options_;
 }
 
+void PreparedRun::CompileFrom(const message::FileSource& files, const MessageOptions& options) {
+  message_ = std::make_unique<MessageTemplate>(document_, options, place_.folders.temporary, place_.clock,
+                                               place_.entropy, files);
+}
+
 Result<const MessageTemplate*> PreparedRun::Message() {
   if (!message_) {
     const auto options = Options();
     if (!options) return options.error();
-    message_ =
-        std::make_unique<MessageTemplate>(document_, **options, place_.folders.temporary, place_.clock, place_.entropy);
+    const message::DocumentFiles files(document_);
+    CompileFrom(going_on_ ? static_cast<const message::FileSource&>(going_on_->frozen.files) : files, **options);
   }
   return message_.get();
 }
@@ -216,49 +221,6 @@ Result<Composed> PreparedRun::Compose(const std::optional<PartialRange>& range) 
   auto rows = Rows();
   if (!rows) return rows.error();
   return ComposeAll(*rows, **message, range, place_.cancel);
-}
-
-// Those left over are told even where a cancel ended the freezing.
-Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForRun(recipients::Reading reading) const {
-  const bool copies = reading == recipients::Reading::kCopy;
-  const auto store =
-      copies ? place_.Recipients()
-             : recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)});
-  auto rows = store.ListRecipients(group_.group.id, group_.group.sort_sql, reading);
-  if (!rows) return rows.error();
-  return std::unique_ptr<recipients::RowSource>(std::make_unique<recipients::RecipientCursor>(std::move(*rows)));
-}
-
-BeginRun PreparedRun::BeginningOf(const std::optional<PartialRange>& range, Delivery /*delivery*/) const {
-  return [this, range](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
-    auto rows = RowsForRun(recipients::Reading::kCopy);
-    if (!rows) return rows.error();
-    return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
-  };
-}
-
-Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
-  const auto account = Account();
-  if (!account) return account.error();
-  const auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
-  if (!options) return options.error();
-  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
-  return Run(range, listener, carrier);
-}
-
-Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier) {
-  const auto message = Message();
-  if (!message) return message.error();
-  auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
-  if (!entry) return entry.error();
-  const RunParts parts{.message = **message,
-                       .recipients = group_.recipients,
-                       .range = range,
-                       .begin = BeginningOf(range, carrier.delivery()),
-                       .rows = [this] { return RowsForRun(recipients::Reading::kLive); },
-                       .carrier = carrier,
-                       .cancel = place_.cancel};
-  return SendLetters(parts, std::move(*entry), listener);
 }
 
 }  // namespace quillcast::run

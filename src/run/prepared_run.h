@@ -20,6 +20,8 @@
 #include "recipients/recipient_store.h"
 #include "run/carrier.h"
 #include "run/dry_run.h"
+#include "run/frozen_inputs.h"
+#include "run/journal/run_journal.h"
 #include "run/message_export.h"
 #include "run/message_look.h"
 #include "run/message_preview.h"
@@ -37,12 +39,22 @@ struct ChosenGroup {
   std::int64_t recipients = 0;
 };
 
+// A mailing that a run goes on with, and whom it is for.
+struct GoingOn {
+  std::unique_ptr<RunJournal> journal;
+  MailingEntry mailing;
+  RunKind kind = RunKind::kResume;
+  StateSet states;
+  ThawedInputs frozen;  // its files are the journal's
+};
+
 // The account is read, and the message compiled, at the first question that needs it, and is then the same for all. The
 // group's rows are read at each question as they are then; Run makes a copy of them, which alone decides whom it goes
 // to. It belongs to one thread.
 class PreparedRun {
  public:
   PreparedRun(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
+  PreparedRun(GoingOn going_on, const RunPlace& place);
 
   const document::MessageDocument& document() const { return document_; }
   const ChosenGroup& group() const { return group_; }
@@ -81,9 +93,13 @@ class PreparedRun {
   Result<Preview> WritePreview();
   Result<Exported> Export(const ExportTarget& target);
 
+  // Of one that goes on: what is other by now than it was when the mailing began.
+  Result<std::vector<Sentence>> WhatChangedSince();
+
   // All of them, or those of a range: made and dropped, or sent. Run fails, with nothing sent, when the account cannot
-  // be used or the report cannot be created; everything later is in the report, the listener's results and the summary.
-  // With a carrier it goes there, and the account's server is left alone.
+  // be used, the report cannot be created or the journal cannot be kept; everything later is in the report, the
+  // listener's results and the summary. With a carrier it goes there, and the account's server is left alone; what is
+  // written into files is not in the journal.
   Result<Composed> Compose(const std::optional<PartialRange>& range);
   Result<RunSummary> Run(const std::optional<PartialRange>& range, RunListener& listener);
   Result<RunSummary> Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier);
@@ -92,9 +108,17 @@ class PreparedRun {
   Result<const message::MessageOptions*> Options();
   Result<message::Parts> Parts();
   Result<recipients::RecipientCursor> Rows() const;
-  BeginRun BeginningOf(const std::optional<PartialRange>& range, Delivery delivery) const;
+  Result<RunSummary> RunOver(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener,
+                             const BeginRun& begin);
+  Result<RunSummary> RunJournalled(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener);
+  Result<RunSummary> RunOn(Carrier& carrier, RunListener& listener);
   Result<std::unique_ptr<recipients::RowSource>> RowsForRun(recipients::Reading reading) const;
+  Result<std::unique_ptr<recipients::RowSource>> RowsForLeft() const;
+  Result<std::unique_ptr<recipients::RowSource>> RowsOf(const recipients::RecipientStore& store,
+                                                        recipients::Reading reading) const;
+  void CompileFrom(const message::FileSource& files, const message::MessageOptions& options);
 
+  std::optional<GoingOn> going_on_;  // first: the document and the group are of its mailing
   document::MessageDocument document_;
   ChosenGroup group_;
   RunPlace place_;
@@ -108,5 +132,8 @@ class PreparedRun {
 Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place);
 // The same to a group that was chosen before.
 PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
+// One that goes on with the mailing of this run, to its recipients of these states: with the message and the list as
+// they were when it began, by way of the account as it is now. Fails as the journal and Thaw do.
+Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& states, const RunPlace& place);
 
 }  // namespace quillcast::run

@@ -1,0 +1,93 @@
+// quillcast runs resume|retry: a kept run goes on with those who are left, or tries some of them again.
+#include <fmt/format.h>
+
+#include "cli/runs.h"
+#include "cli/send_run.h"
+#include "cli/send_steps.h"
+#include "platform/text.h"
+#include "run/prepared_run.h"
+
+namespace quillcast::cli {
+namespace {
+
+using run::ResultState;
+
+struct GoOnOptions {
+  std::int64_t run = 0;
+  bool include_unknown = false;
+  std::string states = "deferred,failed";
+  MailingOptions mailing;
+};
+
+// Says what a person should know before the first message goes out.
+Result<std::vector<Sentence>> TellBefore(Context& context, run::PreparedRun& prepared) {
+  auto changed = prepared.WhatChangedSince();
+  if (!changed) return changed.error();
+  for (const auto& sentence : *changed) context.output.Note(sentence.InEnglish());
+  return changed;
+}
+
+int GoOn(Context& context, run::RunKind kind, const run::StateSet& states, const GoOnOptions& options) {
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  auto prepared = run::PrepareToGoOn(options.run, kind, states, PlaceOf(context, *folders));
+  if (!prepared && prepared.error().failure == Failure::kNoInput) {
+    return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+      const auto mailing = MailingOf(journal, options.run);
+      return mailing ? prepared.error() : mailing.error();
+    });
+  }
+  if (!prepared) return context.output.Fail(prepared.error());
+  const auto told = TellBefore(context, *prepared);
+  if (!told) return context.output.Fail(told.error());
+  return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
+}
+
+int RunResume(Context& context, const GoOnOptions& options) {
+  auto states = run::SetOf({ResultState::kNotTried});
+  if (options.include_unknown) states |= run::SetOf({ResultState::kUnknown});
+  return GoOn(context, run::RunKind::kResume, states, options);
+}
+
+// Nobody gets it twice by this: who is sent, or may have it already, is no choice here.
+int RunRetry(Context& context, const GoOnOptions& options) {
+  const auto states = StatesFrom(options.states);
+  if (!states) return context.output.Fail(states.error());
+  const auto may_be = run::SetOf({ResultState::kDeferred, ResultState::kRefused, ResultState::kFailed});
+  if ((*states & ~may_be).any()) {
+    return context.output.Fail({Failure::kUsage, "Only deferred, refused and failed recipients can be tried again.",
+                                "quillcast runs resume goes on with those not tried, and has --include-unknown."});
+  }
+  return GoOn(context, run::RunKind::kRetry, *states, options);
+}
+
+}  // namespace
+
+void AddGoOnCommands(CLI::App& runs, Context& context) {
+  const auto shared = [](CLI::App& command, GoOnOptions& options) {
+    command.add_option("run", options.run, "The number that runs list shows")->required();
+    command.add_flag("--keep-going", options.mailing.keep_going,
+                     "Try every recipient, even where the server keeps refusing the sign-in or the sender");
+  };
+  auto* resume = runs.add_subcommand("resume", "Go on with a run: send to those who were not tried");
+  auto resumed = std::make_shared<GoOnOptions>();
+  shared(*resume, *resumed);
+  resume->add_flag("--include-unknown", resumed->include_unknown,
+                   "Also to those whose message was out without an answer: some of them may get it twice");
+  resume->footer(
+      "The message, its attachments and the list are those of the run, whatever became of them since; the account's "
+      "server and its password are those of now.\n"
+      "Example:\n  quillcast runs resume 12");
+  OnRun(*resume, context, [resumed](Context& c) { return RunResume(c, *resumed); });
+
+  auto* retry = runs.add_subcommand("retry", "Send again to those who were deferred, or failed");
+  auto retried = std::make_shared<GoOnOptions>();
+  shared(*retry, *retried);
+  retry->add_option("--state", retried->states, "Whom, parted by commas: deferred, refused, failed")
+      ->type_name("STATES")
+      ->capture_default_str();
+  retry->footer("Example:\n  quillcast runs retry 12 --state deferred");
+  OnRun(*retry, context, [retried](Context& c) { return RunRetry(c, *retried); });
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,153 @@
+// A prepared run that is sent, or goes on with a mailing: over the journal.
+#include <chrono>
+#include <utility>
+
+#include "account/account_message.h"
+#include "run/carrier.h"
+#include "run/history.h"
+#include "run/journal/unjournalled_run.h"
+#include "run/kept_runs.h"
+#include "run/prepared_run.h"
+#include "run/what_changed.h"
+
+namespace quillcast::run {
+
+using account::AccountSettings;
+
+Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& states, const RunPlace& place) {
+  auto journal = OpenJournal(place.folders, place.clock, place.cancel);
+  if (!journal) return journal.error();
+  auto mailing = (*journal)->Find(run);
+  if (!mailing) return mailing.error();
+  const auto inputs = (*journal)->Inputs(mailing->id);
+  if (!inputs) return inputs.error();
+  auto frozen = Thaw(*inputs, **journal);
+  if (!frozen) return frozen.error();
+  return PreparedRun({*std::move(journal), *std::move(mailing), kind, states, *std::move(frozen)}, place);
+}
+
+PreparedRun::PreparedRun(GoingOn going_on, const RunPlace& place)
+    : going_on_(std::move(going_on)), document_(going_on_->frozen.inputs.document), place_(place) {
+  group_.group.name = going_on_->mailing.group;
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    if (going_on_->states[n]) group_.recipients += going_on_->mailing.counts[n];
+  }
+}
+
+Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForRun(recipients::Reading reading) const {
+  return RowsOf(place_.Recipients(), reading);
+}
+
+// Those left over are told even where a cancel ended the freezing.
+Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForLeft() const {
+  return RowsOf(recipients::RecipientStore(place_.folders.Database(), {.lock_wait = std::chrono::seconds(1)}),
+                recipients::Reading::kLive);
+}
+
+Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsOf(const recipients::RecipientStore& store,
+                                                                   recipients::Reading reading) const {
+  auto rows = store.ListRecipients(group_.group.id, group_.group.sort_sql, reading);
+  if (!rows) return rows.error();
+  return std::unique_ptr<recipients::RowSource>(std::make_unique<recipients::RecipientCursor>(std::move(*rows)));
+}
+
+Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
+  if (!going_on_) return std::vector<Sentence>();
+  const auto account = AccountSettings::Load(place_.Settings());
+  if (!account) return account.error();
+  auto format = account::LoadBodyFormat(place_.Settings());
+  if (!format) return format.error();
+  const auto group = place_.Recipients().FindAnyGroup(group_.group.name);
+  if (!group) return group.error();
+  std::optional<std::int64_t> recipients;
+  if (*group) {
+    const auto count = place_.Recipients().CountRecipients((*group)->name);
+    if (!count) return count.error();
+    recipients = *count;
+  }
+  return WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), recipients});
+}
+
+Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
+  if (!options) return options.error();
+  SmtpCarrier carrier(*options, place_.clock, place_.cancel);
+  return Run(range, listener, carrier);
+}
+
+Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier) {
+  if (going_on_) return RunOn(carrier, listener);
+  if (carrier.delivery() == Delivery::kSent) return RunJournalled(carrier, range, listener);
+  return RunOver(carrier, range, listener, [&](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
+    auto rows = RowsForRun(recipients::Reading::kCopy);
+    if (!rows) return rows.error();
+    return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
+  });
+}
+
+// The messages are made of what was frozen, so that those of a run that goes on are the same.
+Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optional<PartialRange>& range,
+                                              RunListener& listener) {
+  const auto account = Account();
+  if (!account) return account.error();
+  const auto options = Options();
+  if (!options) return options.error();
+  auto format = account::LoadBodyFormat(place_.Settings());
+  if (!format) return format.error();
+  const auto journal = OpenJournal(place_.folders, place_.clock, place_.cancel);
+  if (!journal) return journal.error();
+  const auto mailing =
+      Freeze({document_, **account, *std::move(format), group_.group.name, group_.recipients, range}, **journal);
+  if (!mailing) return mailing.error();
+  if (!mailing->files.empty()) {
+    const auto frozen = Thaw(*mailing, **journal);
+    if (!frozen) return frozen.error();
+    CompileFrom(frozen->files, **options);
+  }
+  return RunOver(carrier, range, listener, [&](const std::string& history) -> Result<std::unique_ptr<JournalledRun>> {
+    const auto rows = RowsForRun(recipients::Reading::kLive);
+    if (!rows) return rows.error();
+    return (*journal)->Begin(*mailing, **rows, range, history);
+  });
+}
+
+Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<PartialRange>& range,
+                                        RunListener& listener, const BeginRun& begin) {
+  const auto message = Message();
+  if (!message) return message.error();
+  auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
+  if (!entry) return entry.error();
+  const RunParts parts{.message = **message,
+                       .recipients = group_.recipients,
+                       .range = range,
+                       .begin = begin,
+                       .rows = [this] { return RowsForLeft(); },
+                       .carrier = carrier,
+                       .cancel = place_.cancel};
+  return SendLetters(parts, std::move(*entry), listener);
+}
+
+// It begins before anything is in the history: where another program has it in hand there is no run to tell of.
+Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
+  const auto message = Message();
+  if (!message) return message.error();
+  auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
+  if (!entry) return entry.error();
+  auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->states, entry->base);
+  if (!run) {
+    std::filesystem::remove(entry->report.path(), IgnoreErrors());
+    return run.error();
+  }
+  const RunParts parts{.message = **message,
+                       .recipients = (*run)->list_size(),
+                       .range = {},
+                       .begin = [&](const std::string&) { return Result(std::move(*run)); },
+                       .rows = {},
+                       .carrier = carrier,
+                       .cancel = place_.cancel};
+  return SendLetters(parts, std::move(*entry), listener);
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,249 @@
+"""A run that is killed again and again while its server misbehaves, and goes on until it is finished: nobody is lost,
+nobody is written to twice, and who is unknown was under way.
+
+    tests/cli/kills.py FIRST LAST     plays the seeds FIRST to LAST and prints what came of each
+"""
+import json
+import os
+import random
+import signal
+import socket
+import subprocess
+import sys
+import threading
+import time
+from collections import Counter
+
+RECIPIENTS = 2000
+MOST_IN_FLIGHT = {"lock-step": 1, "pipelining": 2, "chunking": 64}
+LOST = "The program ended"  # how the reason begins that names who was under way at a kill
+STAGES = ("connect", "MAIL", "RCPT", "DATA", "in the message", "taken, not answered", "answered")
+
+
+class FaultyServer:
+    """Takes messages and, as `chance` says, hangs up before, in and after each step, answers late, or twice; and at a
+    step that is drawn before, kills the program that it talks to."""
+
+    def __init__(self, chance, way):
+        self.chance, self.way = chance, way
+        self.taken = Counter()    # by recipient: whole messages that it answered for
+        self.victim = None        # the process to be killed
+        self.kill_at = None       # after so many more messages, at which stage
+        self.messages = 0
+        self.killed = threading.Event()
+        self.lock = threading.Lock()
+        self.listener = socket.create_server(("127.0.0.1", 0), backlog=16)
+        self.port = self.listener.getsockname()[1]
+        threading.Thread(target=self.accept, daemon=True).start()
+
+    def close(self):
+        self.listener.close()
+
+    def arm(self, victim, kill_at):
+        self.killed.clear()
+        self.messages = 0
+        self.victim, self.kill_at = victim, kill_at
+
+    def accept(self):
+        while True:
+            try:
+                peer, _ = self.listener.accept()
+            except OSError:
+                return
+            peer.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+            threading.Thread(target=self.serve, args=(peer,), daemon=True).start()
+
+    def serve(self, peer):
+        try:
+            with peer, peer.makefile("rb") as lines:
+                self.talk(peer, lines)
+        except (OSError, ConnectionError):
+            pass
+
+    def at(self, stage):
+        """Whether the connection ends here; and where the program is to be killed."""
+        if self.kill_at is not None and self.victim and (self.messages, stage) >= self.kill_at and stage == self.kill_at[1]:
+            victim, self.victim = self.victim, None
+            victim.send_signal(signal.SIGKILL)
+            self.killed.set()
+        return self.chance.random() < 0.0008
+
+    def say(self, peer, text):
+        roll = self.chance.random()
+        if roll < 0.0004:
+            time.sleep(0.05)
+        peer.sendall(text if roll > 0.0008 or roll < 0.0004 else text + text)  # twice, now and then
+
+    def talk(self, peer, lines):
+        if self.at("connect"):
+            return
+        self.say(peer, b"220 faulty ESMTP\r\n")
+        recipient = None
+        while line := lines.readline():
+            verb = line[:4].upper().decode("latin-1")
+            if verb == "EHLO":
+                extra = {"lock-step": b"", "pipelining": b"250-PIPELINING\r\n", "chunking": b"250-PIPELINING\r\n250-CHUNKING\r\n"}
+                peer.sendall(b"250-faulty\r\n" + extra[self.way] + b"250 8BITMIME\r\n")
+            elif verb in ("MAIL", "RCPT"):
+                if self.at(verb):
+                    return
+                if verb == "RCPT":
+                    recipient = line.split(b"<")[1].split(b">")[0].decode()
+                    if self.chance.random() < 0.01:
+                        recipient = None
+                        self.say(peer, b"550 5.1.1 nobody here\r\n" if self.chance.random() < 0.5 else b"451 4.2.0 later\r\n")
+                        continue
+                self.say(peer, b"250 2.1.0 ok\r\n")
+            elif verb in ("DATA", "BDAT"):
+                if self.at("DATA"):
+                    return
+                if verb == "DATA" and recipient is None:
+                    self.say(peer, b"503 5.5.1 no recipient\r\n")
+                    continue
+                if verb == "DATA":
+                    self.say(peer, b"354 go on\r\n")
+                if not self.take(line, lines):
+                    return
+                if verb == "BDAT" and recipient is None:
+                    self.say(peer, b"503 5.5.1 no recipient\r\n")
+                    continue
+                with self.lock:
+                    self.taken[recipient] += 1
+                self.messages += 1
+                recipient = None
+                if self.at("taken, not answered"):
+                    return
+                self.say(peer, b"250 2.0.0 taken\r\n")
+                if self.at("answered"):
+                    return
+            elif verb == "QUIT":
+                peer.sendall(b"221 bye\r\n")
+                return
+            else:
+                recipient = None
+                peer.sendall(b"250 ok\r\n")
+
+    def take(self, command, lines):
+        """The bytes of a message; False where it does not come to its end."""
+        if command[:4].upper() == b"BDAT":
+            left = int(command.split()[1])
+            while left > 0:
+                part = lines.read(min(left, 512))
+                left -= len(part)
+                if not part or self.at("in the message"):
+                    return False
+            return True
+        while line := lines.readline():
+            if line == b".\r\n":
+                return True
+            if self.at("in the message"):
+                return False
+        return False
+
+
+def objects(text):
+    return [json.loads(line) for line in text.splitlines() if line.startswith("{")]
+
+
+class Mailing:
+    """One mailing with a seed of its own; `play` gives what is wrong with it, as sentences."""
+
+    def __init__(self, program, folder, seed, recipients=RECIPIENTS):
+        self.program, self.folder, self.recipients = program, folder, recipients
+        self.chance = random.Random(seed)
+        self.way = ("lock-step", "pipelining", "chunking")[seed % 3]
+        self.server = FaultyServer(random.Random(seed + 1), self.way)
+        self.profile = ["--profile", str(folder / "profile"), "--json", "--yes", "--no-input"]
+        self.kills = 0
+
+    def run(self, *arguments):
+        done = subprocess.run([self.program, *self.profile, *map(str, arguments)], stdin=subprocess.DEVNULL,
+                              capture_output=True, text=True, timeout=300)
+        if done.returncode not in (0, 1, 75):
+            raise RuntimeError(f"{arguments}: {done.returncode} {done.stdout[-500:]} {done.stderr[-500:]}")
+        return objects(done.stdout)
+
+    def prepare(self):
+        addresses = self.folder / "list.txt"
+        addresses.write_text("".join(f"r{n}@list.example\n" for n in range(1, self.recipients + 1)))
+        (self.folder / "letter.html").write_text("<p>Dear $*MergeEmail*$</p>")
+        self.run("account", "set", "Name=Ada", "Email=ada@sender.example", "Server=127.0.0.1", f"Port={self.server.port}",
+                 f"Pipeline={0 if self.way == 'lock-step' else 1}", "Timeout=1")
+        self.run("group", "new", "All")
+        self.run("import", addresses, "--group", "All", "--map", "Email Address=1", "--delimiter", "Tab", "--opt-in")
+
+    def go(self, *arguments):
+        """Runs the command, perhaps killed on the way. Whether it came to its end."""
+        process = subprocess.Popen([self.program, *self.profile, *map(str, arguments)], stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        kill_at = None
+        if self.kills < 6:
+            kill_at = (self.chance.randrange(self.recipients // 3), self.chance.choice(STAGES))
+        self.server.arm(process, kill_at)
+        error = process.communicate(timeout=300)[1]
+        self.server.victim = None
+        if process.returncode == -signal.SIGKILL:
+            self.kills += 1
+            return False
+        if process.returncode not in (0, 1, 75):
+            raise RuntimeError(f"{arguments}: {process.returncode} {error[-1000:]}")
+        return True
+
+    def rows(self):
+        return {row["address"]: row for row in self.run("runs", "show", self.first) if "address" in row}
+
+    def mailing(self):
+        return next(entry for entry in self.run("runs", "list") if entry["kind"] == "send")
+
+    def play(self):
+        self.prepare()
+        self.go("send", "--group", "All", "--subject", "Hi", "--body", self.folder / "letter.html", "--keep-going")
+        entry = self.mailing()
+        self.first = entry["run"]
+        goes = 1
+        while entry["mailing_standing"] != "finished":
+            if goes == 40:
+                return ["it does not come to an end"]
+            self.go("runs", "resume", self.first, "--keep-going")
+            entry = self.mailing()
+            goes += 1
+        self.server.close()
+        return self.judge()
+
+    def judge(self):
+        wrong = []
+        taken, rows = self.server.taken, self.rows()
+        if len(rows) != self.recipients:
+            wrong.append(f"{len(rows)} rows for {self.recipients} recipients")
+        for address, row in rows.items():
+            times, state = taken[address], row["state"]
+            if times > 1 or times != {"sent": 1, "unknown": times}.get(state, 0):
+                wrong.append(f"{address} is {state} and got it {times} times")
+            if state in ("not tried", "in flight"):
+                wrong.append(f"{address} was left out")
+        lost = sum(row["state"] == "unknown" and row["reason"].startswith(LOST) for row in rows.values())
+        if lost > self.kills * MOST_IN_FLIGHT[self.way]:
+            wrong.append(f"{lost} are unknown after {self.kills} kills")
+        return wrong
+
+
+def main():
+    import tempfile
+    from pathlib import Path
+    program = os.environ.get("QUILLCAST", "build/release/bin/quillcast")
+    first, last = map(int, sys.argv[1:3])
+    bad = 0
+    for seed in range(first, last + 1):
+        with tempfile.TemporaryDirectory(prefix="quillcast-kills-") as folder:
+            mailing = Mailing(program, Path(folder), seed)
+            wrong = mailing.play()
+            entry = mailing.mailing()
+            print(f"seed {seed}: {mailing.way}, {mailing.kills} kills, {entry['sent']} sent, {entry['unknown']} unknown"
+                  + "".join(f"\n  WRONG: {what}" for what in wrong), flush=True)
+            bad += bool(wrong)
+    print(f"{last - first + 1} mailings, {bad} wrong")
+    return 1 if bad else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
