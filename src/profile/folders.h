@@ -23,7 +23,6 @@ struct Folders {
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
   std::filesystem::path RunJournal() const { return data / "runs.db"; }
   std::filesystem::path History() const { return data / "History"; }
-  std::filesystem::path RunJournal() const { return data / "runs.db"; }
   std::filesystem::path ImportBody() const { return data / "ImportBody"; }
   std::filesystem::path Pictures() const { return data / "Pictures"; }  // copies of what was picked or pasted
   std::filesystem::path Templates() const { return data / "Templates"; }
