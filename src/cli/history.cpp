@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/runs.h"
 #include "platform/text.h"
 #include "run/run_words.h"
 
@@ -62,7 +63,15 @@ int RunClear(Context& context) {
                          {"folders", cleared.folders}});
   for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence.InEnglish());
   const auto done = run::WhatFailed(cleared, folders->History());
-  return done ? 0 : context.output.Fail(done.error());
+  if (!done) return context.output.Fail(done.error());
+  // With the reports goes what the journal keeps of those runs.
+  if (!std::filesystem::exists(folders->RunJournal(), IgnoreErrors())) return 0;
+  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+    const auto forgotten = run::ForgetFinished(journal);
+    if (!forgotten) return forgotten.error();
+    for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
+    return 0;
+  });
 }
 
 }  // namespace
@@ -82,7 +91,8 @@ void AddHistoryCommand(CLI::App& app, Context& context) {
   open->footer("Example:\n  quillcast history open 1 --message");
   OnRun(*open, context, [options](Context& c) { return RunOpen(c, *options); });
 
-  auto* clear = history->add_subcommand("clear", "Delete every file of the history folder");
+  auto* clear =
+      history->add_subcommand("clear", "Delete every file of the history folder, and what is kept of finished runs");
   clear->footer("Example:\n  quillcast history clear --yes");
   OnRun(*clear, context, RunClear);
 }
