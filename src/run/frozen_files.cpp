@@ -30,13 +30,14 @@ Result<void> ReadThrough(int fd, const fs::path& file) {
   }
 }
 
-// Under a name that no other file of the mailing has, and that the journal's errors are about: "list.csv (attachment 1)".
+// Under a name that no other file of the mailing has, and that the journal's errors are about: "list.csv (attachment
+// 1)".
 Result<Content> Keep(const OpenedFile& opened, const fs::path& file, std::string_view kind, std::size_t number,
                      RunJournal& journal) {
   if (const auto* trouble = std::get_if<FileTrouble>(&opened)) return Content(*trouble);
   const int fd = std::get<platform::UniqueFd>(opened).get();
-  auto kept = journal.Keep(
-      fmt::format("{} ({} {})", platform::Printable(file.filename().string(), 100), kind, number), fd);
+  auto kept =
+      journal.Keep(fmt::format("{} ({} {})", platform::Printable(file.filename().string(), 100), kind, number), fd);
   if (kept) return Content(*std::move(kept));
   // Whose failure it was: one of the journal ends the run before it begins, one of the file goes to its recipients.
   const auto read = ReadThrough(fd, file);

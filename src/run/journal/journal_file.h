@@ -19,7 +19,7 @@ struct JournalPlace {
   std::filesystem::path file;     // runs.db, made where it is missing
   std::string boot = ThisBoot();  // which of the computer's starts this is
   const platform::Clock* clock = nullptr;
-  Disk* disk = nullptr;           // the system's where there is none
+  Disk* disk = nullptr;  // the system's where there is none
   platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};
 
   Disk& TheDisk() const;
