@@ -38,6 +38,7 @@ int GoOn(Context& context, run::RunKind kind, const run::StateSet& states, const
     });
   }
   if (!prepared) return context.output.Fail(prepared.error());
+  if (prepared->group().recipients == 0) return context.output.Fail(run::NobodyIn(states));
   const auto told = TellBefore(context, *prepared);
   if (!told) return context.output.Fail(told.error());
   return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);

@@ -65,6 +65,14 @@ std::string CountsText(const StateCounts& counts) {
   return text.empty() ? "nobody" : text;
 }
 
+Error NobodyIn(const StateSet& states) {
+  std::string names;
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    if (states[n]) names += (names.empty() ? "" : ", ") + std::string(Name(static_cast<ResultState>(n)));
+  }
+  return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), "Choose other states."};
+}
+
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
   std::vector<Sentence> sentences;
   if (const auto left = CountOf(mailing, ResultState::kNotTried); left > 0) {

@@ -32,6 +32,8 @@ const char* Name(MailingStanding standing);
 bool WasCutOff(const MailingEntry& mailing);
 // "20 sent, 1 refused, 3 not tried": those that there are.
 std::string CountsText(const StateCounts& counts);
+// Why nothing is done about the recipients of these states: there are none.
+Error NobodyIn(const StateSet& states);
 // Of a mailing that can be resumed: how many are left, and of those who are unknown what that means.
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 

@@ -21,7 +21,7 @@ UnjournalledRun::UnjournalledRun(std::unique_ptr<recipients::RowSource> rows,
       walk_(*rows_, range.value_or(recipients::PartialRange{1, list_size_})) {}
 
 Result<bool> UnjournalledRun::Next(recipients::Recipient& recipient, std::int64_t& position) {
-  const auto more = walk_.Next(recipient);
+  auto more = walk_.Next(recipient);
   position = walk_.position();
   return more;
 }

@@ -1,0 +1,170 @@
+"""What the journal keeps of runs, by command: shown, gone on with, taken out, forgotten."""
+import email
+import html.parser
+import json
+import unittest
+
+from quillcast import Case
+
+NASTY = '<script>alert(1)</script>'
+
+
+class Words(html.parser.HTMLParser):
+    """The text of a page, and the tags and attributes that it has."""
+
+    def __init__(self, page):
+        super().__init__()
+        self.tags, self.attributes, self.words = set(), set(), []
+        self.feed(page)
+
+    def handle_starttag(self, tag, attributes):
+        self.tags.add(tag)
+        self.attributes |= {name for name, _ in attributes}
+
+    def handle_data(self, data):
+        self.words.append(data)
+
+
+class KeptRuns(Case):
+    def setUp(self):
+        super().setUp()
+        self.body = self.write("letter.html", "<p>Dear $*MergeFirstName*$, $*MergeEmail*$</p>")
+        self.ok("group", "new", "All")
+        rows = "".join(f"r{n}@{domain}.example;First {n}\n" for n, domain in
+                       enumerate(("good", "bad", "slow", "good", "bad", "slow"), 1)) + f"x@good.example;{NASTY}\n"
+        self.ok("import", self.write("list.csv", rows), "--group", "All", "--map", "Email Address=1,First Name=2",
+                "--delimiter", "Semicolon", "--opt-in")
+
+    def objects(self, *arguments, code=0):
+        got, out, err = self.run_program("--json", "--yes", *arguments)
+        self.assertEqual(got, code, f"{arguments}\n{out}\n{err}")
+        return [json.loads(line) for line in out.splitlines()]
+
+    def states(self, *arguments):
+        return {row["position"]: row["state"] for row in self.objects("runs", "show", "1", *arguments) if "position" in row}
+
+    def mail(self, box, *options, code=1):
+        self.account(box.port)
+        self.objects("send", "--group", "All", "--subject", f"Hi {NASTY}", "--body", self.body, *options, code=code)
+
+    def choosy(self):
+        return self.mailbox("--refuse", "*@bad.example=550", "--defer", "*@slow.example=451", name="choosy")
+
+    def to(self, box):
+        return [row["to"][0] for row in box.index()]
+
+    def test_who_did_not_get_it_is_tried_again_and_nobody_else(self):
+        choosy, good = self.choosy(), self.mailbox()
+        self.mail(choosy)
+        expected = {1: "sent", 2: "refused", 3: "deferred", 4: "sent", 5: "refused", 6: "deferred", 7: "sent"}
+        self.assertEqual(self.states(), expected)
+        self.assertEqual(self.states("--state", "refused, deferred"), {2: "refused", 3: "deferred", 5: "refused", 6: "deferred"})
+        first = self.objects("runs", "show", "1", "--state", "refused")[1]
+        self.assertEqual((first["address"], first["attempts"], first["reply"][:3]), ("r2@bad.example", 1, "550"))
+
+        # What the letter was made of is changed and gone; its recipients are deleted.
+        self.write("letter.html", "<p>Another letter</p>")
+        self.ok("--yes", "group", "delete", "All")
+        self.account(good.port)
+        self.objects("runs", "retry", "1")
+        self.assertEqual(self.to(good), ["r3@slow.example", "r6@slow.example"])
+        text = email.message_from_bytes(good.messages()[0][1]).get_payload(0).get_payload(decode=True)
+        self.assertEqual(text.strip(), b"Dear First 3, r3@slow.example")
+        self.objects("runs", "retry", "1", "--state", "refused")
+        self.assertEqual(self.to(good)[2:], ["r2@bad.example", "r5@bad.example"])
+        self.assertEqual(set(self.states().values()), {"sent"})
+        for arguments in (("retry", "1"), ("retry", "1", "--state", "refused"), ("resume", "1"), ("resume", "1", "--include-unknown")):
+            self.objects("runs", *arguments, code=66)
+        for states in ("sent", "unknown", "not tried", "deferred,sent", "none"):
+            self.objects("runs", "retry", "1", "--state", states, code=64)
+        self.assertEqual(len(self.to(good)), 4)
+
+        runs = self.objects("runs", "list")
+        self.assertEqual([(run["run"], run["kind"], run["recipients"], run["standing"]) for run in runs],
+                         [(1, "send", 7, "ended"), (2, "retry", 2, "ended"), (3, "retry", 2, "ended")])
+        scopes = [report.read_text().splitlines()[1] for report in self.reports()]
+        self.assertEqual(sorted(scopes), ["Sending to 2 recipients.", "Sending to 2 recipients.", "Sending to 7 recipients."])
+        self.assertEqual({run["history"] for run in runs}, {report.stem for report in self.reports()})
+
+    def test_a_part_goes_on_within_itself(self):
+        """A run to a part of the list, stopped by its server: those of the part that are left, under their places."""
+        self.mail(self.mailbox("--refuse", "MAIL:*=550", name="closed"), "--range", "2-6")
+        self.assertEqual(list(self.states()), [2, 3, 4, 5, 6])
+        good = self.mailbox()
+        self.account(good.port)
+        self.objects("runs", "retry", "1", "--state", "refused,failed")
+        self.assertEqual(len(self.to(good)), 5)
+        self.assertEqual(set(self.states().values()), {"sent"})
+
+    def test_what_is_taken_out(self):
+        self.mail(self.choosy())
+        target = self.folder / "left.csv"
+        self.ok("runs", "export", "1", "--state", "refused,sent", "--to", target)
+        self.ok("group", "new", "Back")
+        self.ok("import", target, "--group", "Back", "--header", "--delimiter", "Comma", "--opt-in")
+        self.ok("runs", "export", "1", "--state", "refused,sent", "--to-group", "Made")
+        lists = [[(row["Email Address"], row["First Name"]) for row in self.objects("recipient", "list", "--group", group, "--fields")]
+                 for group in ("Back", "Made")]
+        self.assertEqual(lists[0], lists[1])
+        self.assertEqual(lists[0], [("r1@good.example", "First 1"), ("r2@bad.example", "First 2"), ("r4@good.example", "First 4"),
+                                    ("r5@bad.example", "First 5"), ("x@good.example", NASTY)])
+        self.assertEqual(target.stat().st_mode & 0o777, 0o600)
+        for arguments, code in ((("export", "1", "--state", "unknown", "--to", "none.csv"), 66),
+                                (("export", "1", "--state", "unknown", "--to-group", "None"), 66),
+                                (("export", "1", "--state", "sent", "--to-group", "Made"), 64),
+                                (("export", "1", "--state", "sent"), 64),
+                                (("export", "9", "--state", "sent", "--to", "none.csv"), 66),
+                                (("export", "1", "--state", "sent", "--to", self.profile / "data" / "runs.db"), 77),
+                                (("report", "1", "--to", self.profile / "data" / "Group.mdb"), 77)):
+            self.objects("runs", *arguments, code=code)
+        self.assertNotIn("None", self.ok("group", "list"))
+
+    def test_the_page_holds_the_truth_and_nothing_else(self):
+        self.mail(self.choosy())
+        page = self.folder / "page.html"
+        self.ok("runs", "report", "1", "--to", page)
+        text = page.read_text()
+        words = Words(text)
+        self.assertEqual(words.tags & {"script", "img", "link", "iframe", "a", "object"}, set())
+        self.assertFalse({name for name in words.attributes if name.startswith("on") or name in ("src", "href")})
+        told = " ".join(" ".join(words.words).split())
+        for part in (f"Hi {NASTY}", "To 7 recipients of the group All.", "good.example 3 0", "bad.example 0 2", "slow.example 0 2",
+                     "r2@bad.example refused 550", "r6@slow.example deferred 451", "Over time"):
+            self.assertIn(part, told)
+        self.assertNotIn("r1@good.example", told)
+
+    def test_what_is_forgotten_is_gone(self):
+        self.mail(self.mailbox(), code=0)
+        self.mail(self.choosy())
+        journal = self.profile / "data" / "runs.db"
+        self.assertIn(b"First 5", journal.read_bytes() + (journal.parent / "runs.db-wal").read_bytes() if
+                      (journal.parent / "runs.db-wal").exists() else journal.read_bytes())
+        self.objects("runs", "forget", code=64)
+        self.objects("runs", "forget", "9", code=66)
+        self.ok("--yes", "history", "clear")
+        self.assertEqual(self.objects("runs", "list"), [])
+        left = b"".join(file.read_bytes() for file in journal.parent.glob("runs.db*"))
+        for secret in (b"First 5", b"r5@bad.example", b"Dear"):
+            self.assertNotIn(secret, left)
+
+    def test_one_program_at_a_time_goes_on(self):
+        """While a run goes on it is shown as such, is no one else's, and is not forgotten."""
+        slow = self.mailbox()
+        self.account(slow.port)
+        self.ok("group", "new", "Many")
+        self.ok("import", self.write("many.txt", "".join(f"m{n}@many.example\n" for n in range(3000))), "--group", "Many", "--map",
+                "Email Address=1", "--delimiter", "Tab", "--opt-in")
+        sending = self.popen("--json", "--yes", "send", "--group", "Many", "--subject", "Hi", "--body", self.body)
+        sending.stdout.readline()
+        entry = self.objects("runs", "list")[0]
+        self.assertEqual((entry["standing"], entry["mailing_standing"]), ("goes on", "goes on"))
+        for arguments in (("resume", "1"), ("forget", "1")):
+            self.objects("runs", *arguments, code=75)
+        self.ok("runs", "forget", "--finished")
+        sending.communicate()
+        self.assertEqual(self.objects("runs", "list")[0]["sent"], 3000)
+        self.assertEqual(len(set(self.to(slow))), 3000)
+
+
+if __name__ == "__main__":
+    unittest.main()
