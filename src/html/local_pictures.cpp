@@ -10,50 +10,24 @@
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_pictures_address.h"
+#include "html/picture_addresses.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
 
-// More candidates than this in one srcset are passed over; memory stays small on hostile input.
-constexpr std::size_t kMostCandidates = 1000;
-
 constexpr std::size_t kLongestBase = 1000;
 
-enum class Holds { kAddress, kCandidates, kCss };
-
-// Which attributes hold pictures; an empty element stands for every one.
-struct PictureAttribute {
-  std::string_view element;
-  std::string_view attribute;
-  Holds holds;
-};
-constexpr std::array kPictureAttributes = {
-    PictureAttribute{"img", "src", Holds::kAddress},         PictureAttribute{"input", "src", Holds::kAddress},
-    PictureAttribute{"v:fill", "src", Holds::kAddress},      PictureAttribute{"v:image", "src", Holds::kAddress},
-    PictureAttribute{"v:imagedata", "src", Holds::kAddress}, PictureAttribute{"video", "poster", Holds::kAddress},
-    PictureAttribute{"img", "srcset", Holds::kCandidates},   PictureAttribute{"source", "srcset", Holds::kCandidates},
-    PictureAttribute{"", "background", Holds::kAddress},     PictureAttribute{"", "style", Holds::kCss},
-};
-
-// Those that lead elsewhere, or load what is no picture; an attribute of the table above is none.
+// Those that lead elsewhere, or load what is no picture; one that names pictures is none.
 constexpr std::array<std::string_view, 14> kOtherAttributes = {
     "href", "src",  "longdesc", "lowsrc",  "dynsrc",   "action",  "formaction",
     "data", "cite", "codebase", "archive", "manifest", "classid", "profile"};
-
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 // Style sheets and fonts come by url() too.
 bool IsPicture(std::string_view path) {
   constexpr std::array kOthers = {".css", ".woff", ".woff2", ".ttf", ".otf", ".eot", ".htc"};
   const std::string lower = platform::AsciiLower(path);
   return std::none_of(kOthers.begin(), kOthers.end(), [&](const char* other) { return lower.ends_with(other); });
-}
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 constexpr std::string_view kTagBegin = "$*Merge";
@@ -72,45 +46,28 @@ class Finder final : public HtmlVisitor {
   void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
     if (token.attributes.empty()) return;
     if (token.name == "base") LookAtBase(tokenizer, token);
-    for (const PictureAttribute& row : kPictureAttributes) {
-      if (!row.element.empty() && row.element != token.name) continue;
-      const HtmlAttribute* const attribute = tokenizer.Find(token, row.attribute);
-      if (attribute == nullptr) continue;
-      const std::string_view value = Trimmed(tokenizer.RawValue(*attribute));
-      if (row.holds == Holds::kAddress) Add(value, DecodeCharacterReferences(value, true));
-      if (row.holds == Holds::kCandidates) LookAtCandidates(value);
-      if (row.holds == Holds::kCss) LookAtCss(value, CssPlace::kAttribute);
-    }
+    EachPictureOf(tokenizer, token,
+                  [this](std::string_view written, const std::string& address) { Add(written, address); });
     LookAtOthers(tokenizer, token);
-    std::sort(found_.begin(), found_.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
-    TellFound();
   }
 
   void LookAtOthers(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
     for (const HtmlAttribute& attribute : token.attributes) {
       const std::string name = platform::AsciiLower(tokenizer.RawName(attribute));
       const bool is_other = std::find(kOtherAttributes.begin(), kOtherAttributes.end(), name) != kOtherAttributes.end();
-      const bool is_picture = std::any_of(kPictureAttributes.begin(), kPictureAttributes.end(), [&](const auto& row) {
-        return row.element == token.name && row.attribute == name;
-      });
-      if (!is_other || is_picture || token.name == "base") continue;
-      const std::string_view value = Trimmed(tokenizer.RawValue(attribute));
+      if (!is_other || NamesPictures(token.name, name) || token.name == "base") continue;
+      const std::string_view value = platform::Trim(tokenizer.RawValue(attribute));
       AddOther(value, DecodeCharacterReferences(value, true));
     }
   }
 
   void StyleSheet(std::string_view css) override {
-    LookAtCss(css, CssPlace::kElement);
+    EachPictureInStyles(css, CssPlace::kElement,
+                        [this](std::string_view written, const std::string& address) { Add(written, address); });
     for (const CssRange& range : FindCssImports(css, CssPlace::kElement)) {
       const std::string_view written = css.substr(range.begin, range.end - range.begin);
       AddOther(written, DecodeCssAddress(written, CssPlace::kElement));
     }
-    TellFound();
-  }
-
-  void TellFound() {
-    for (PictureReference& reference : found_) visit_(std::move(reference));
-    found_.clear();
   }
 
   void LookAtBase(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
@@ -137,7 +94,7 @@ class Finder final : public HtmlVisitor {
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
     if (file.kind == AddressKind::kElsewhere) return;
     if (!IsPicture(file.path)) return AddOther(written, address);
-    found_.push_back({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
+    visit_({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
   }
 
   void AddTelling(std::string_view written, std::string path) {
@@ -162,31 +119,9 @@ class Finder final : public HtmlVisitor {
     if (file.kind != AddressKind::kElsewhere && !of_the_net && IsPicture(file.path)) named_by_tags_.insert(address);
   }
 
-  // srcset: addresses without blanks, each with an optional description up to a comma.
-  void LookAtCandidates(std::string_view rest) {
-    for (std::size_t count = 0; count < kMostCandidates; ++count) {
-      while (!rest.empty() && (IsSpace(rest.front()) || rest.front() == ',')) rest.remove_prefix(1);
-      if (rest.empty()) return;
-      const auto end = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), IsSpace) - rest.begin());
-      std::string_view address = rest.substr(0, end);
-      const bool described = address.back() != ',';
-      while (address.ends_with(',')) address.remove_suffix(1);
-      Add(address, DecodeCharacterReferences(address, true));
-      rest.remove_prefix(described ? std::min(rest.find(',', end), rest.size()) : end);
-    }
-  }
-
-  void LookAtCss(std::string_view css, CssPlace place) {
-    for (const CssRange& range : FindCssAddresses(css, place)) {
-      const std::string_view written = css.substr(range.begin, range.end - range.begin);
-      Add(written, DecodeCssAddress(written, place));
-    }
-  }
-
   std::string_view html_;
   const std::function<void(PictureReference)>& visit_;
   std::optional<LocalAddress> base_;
-  std::vector<PictureReference> found_;  // in one tag or style sheet
   std::set<std::string> named_by_tags_;
   std::vector<PictureReference> telling_;
 };

@@ -1,0 +1,84 @@
+#include "html/picture_addresses.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "platform/text.h"
+
+namespace quillcast::html {
+namespace {
+
+// More candidates than this in one srcset are passed over; memory stays small on hostile input.
+constexpr std::size_t kMostCandidates = 1000;
+
+enum class Holds : std::uint8_t { kAddress, kCandidates, kCss };
+
+// Which attributes hold pictures; an empty element stands for every one.
+struct PictureAttribute {
+  std::string_view element;
+  std::string_view attribute;
+  Holds holds;
+};
+constexpr std::array kPictureAttributes = {
+    PictureAttribute{"img", "src", Holds::kAddress},         PictureAttribute{"input", "src", Holds::kAddress},
+    PictureAttribute{"v:fill", "src", Holds::kAddress},      PictureAttribute{"v:image", "src", Holds::kAddress},
+    PictureAttribute{"v:imagedata", "src", Holds::kAddress}, PictureAttribute{"video", "poster", Holds::kAddress},
+    PictureAttribute{"img", "srcset", Holds::kCandidates},   PictureAttribute{"source", "srcset", Holds::kCandidates},
+    PictureAttribute{"", "background", Holds::kAddress},     PictureAttribute{"", "style", Holds::kCss},
+};
+
+const PictureAttribute* FindRow(std::string_view element, std::string_view attribute) {
+  const auto* const row = std::find_if(kPictureAttributes.begin(), kPictureAttributes.end(), [&](const auto& it) {
+    return (it.element.empty() || it.element == element) && platform::EqualsIgnoringAsciiCase(it.attribute, attribute);
+  });
+  return row == kPictureAttributes.end() ? nullptr : row;
+}
+
+bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+// srcset: addresses without blanks, each with an optional description up to a comma.
+void EachCandidate(std::string_view rest, const TakePicture& take) {
+  for (std::size_t count = 0; count < kMostCandidates; ++count) {
+    while (!rest.empty() && (IsSpace(rest.front()) || rest.front() == ',')) rest.remove_prefix(1);
+    if (rest.empty()) return;
+    const auto end = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), IsSpace) - rest.begin());
+    std::string_view address = rest.substr(0, end);
+    const bool described = address.back() != ',';
+    while (address.ends_with(',')) address.remove_suffix(1);
+    take(address, DecodeCharacterReferences(address, true));
+    rest.remove_prefix(described ? std::min(rest.find(',', end), rest.size()) : end);
+  }
+}
+
+}  // namespace
+
+void EachPictureOf(const HtmlTokenizer& page, const HtmlToken& tag, const TakePicture& take) {
+  for (const HtmlAttribute& attribute : tag.attributes) {
+    const PictureAttribute* const row = FindRow(tag.name, page.RawName(attribute));
+    if (row == nullptr || page.Find(tag, row->attribute) != &attribute) continue;  // the first of a name counts
+    const std::string_view value = Trimmed(page.RawValue(attribute));
+    if (row->holds == Holds::kAddress) take(value, DecodeCharacterReferences(value, true));
+    if (row->holds == Holds::kCandidates) EachCandidate(value, take);
+    if (row->holds == Holds::kCss) EachPictureInStyles(value, CssPlace::kAttribute, take);
+  }
+}
+
+bool NamesPictures(std::string_view element, std::string_view attribute) {
+  return FindRow(element, attribute) != nullptr;
+}
+
+void EachPictureInStyles(std::string_view css, CssPlace place, const TakePicture& take) {
+  for (const CssRange& range : FindCssAddresses(css, place)) {
+    const std::string_view written = css.substr(range.begin, range.end - range.begin);
+    take(written, DecodeCssAddress(written, place));
+  }
+}
+
+}  // namespace quillcast::html
