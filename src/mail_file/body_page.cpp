@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -60,10 +59,11 @@ class PageWriter {
       if (!text) return text;
       if (is_body && is_page && part.type == "text/plain") *text = BesideAPage(*text);
       if (is_body && is_page && text->empty()) continue;
-      if (is_body && is_page) NoteShown(*text);
+      if (is_body && part.type == "text/html") *text = embedded_.WithAddresses(part, *text, used_);
       pieces_.push_back({&part, std::move(*text)});
     }
     if (pieces_.empty()) return text_as_html_("");
+    if (is_page) DropUsed();
     return Join(is_page ? nullptr : text_as_html_);
   }
 
@@ -85,13 +85,12 @@ class PageWriter {
     return text.empty() ? std::string() : "<div>" + document::HtmlFromText(text) + "</div>";
   }
 
-  void NoteShown(std::string_view html) {
-    html::HtmlTokenizer page(html);
-    html::HtmlToken token;
-    while (page.Next(token)) {
-      if (token.kind != html::HtmlTokenKind::kStartTag) continue;
-      for (const char* name : {"src", "background"}) shown_.insert(embedded_.Find(page.Value(token, name)));
-    }
+  // What a page uses stands there alone.
+  void DropUsed() {
+    embedded_.NoteUsedBySheets(used_);
+    std::erase_if(pieces_, [this](const Piece& piece) {
+      return piece.part->marker != Marker::kBody && used_.contains(piece.part);
+    });
   }
 
   // Texts that follow each other are one.
@@ -100,7 +99,7 @@ class PageWriter {
     for (std::size_t i = 0; i < pieces_.size(); ++i) {
       Piece& piece = pieces_[i];
       if (piece.part->marker != Marker::kBody) {
-        if (!shown_.contains(piece.part)) out += "<p><img src=\"" + embedded_.AddressOf(*piece.part) + "\"></p>";
+        out += "<p><img src=\"" + embedded_.AddressOf(*piece.part) + "\"></p>";
         continue;
       }
       for (; i + 1 < pieces_.size() && pieces_[i + 1].part->marker == Marker::kBody; ++i)
@@ -119,7 +118,7 @@ class PageWriter {
   TextAsHtml text_as_html_;
   EmbeddedParts embedded_;
   std::vector<Piece> pieces_;
-  std::unordered_set<const Part*> shown_;  // by the pages themselves
+  EmbeddedParts::Used used_;  // by the pages
 };
 
 }  // namespace

@@ -2,66 +2,119 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "document/picture_kind.h"
+#include "html/picture_addresses.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
 namespace {
 
-// Where the scheme ends, behind its colon; 0 in an address that is none by itself.
-std::size_t SchemeEnd(std::string_view address) {
-  const std::size_t end = address.find_first_of(":/?#");
-  return end == std::string_view::npos || end == 0 || address[end] != ':' ? 0 : end + 1;
-}
+constexpr std::uint64_t kLargestSheet = std::uint64_t{1} << 20;  // bytes, encoded; what is larger is not looked into
 
-// As RFC 3986 5.2 has it, for what programs write into messages: no ".." is taken out.
-std::string Resolved(std::string_view base, std::string_view address) {
-  if (base.empty() || SchemeEnd(address) > 0) return std::string(address);
-  std::size_t root = SchemeEnd(base);
-  if (address.starts_with("//")) return std::string(base.substr(0, root)).append(address);
-  if (base.substr(root).starts_with("//")) root = std::min(base.find('/', root + 2), base.size());
-  if (address.starts_with('/')) return std::string(base.substr(0, root)).append(address);
-  const std::size_t folder = base.substr(0, base.find_first_of("?#")).rfind('/');
-  const bool has_folder = folder != std::string_view::npos && folder >= root;
-  return std::string(base.substr(0, has_folder ? folder : root)).append("/").append(address);
-}
+// Copies a page, and puts something else in the place of addresses.
+class Rewriter final : public html::HtmlVisitor {
+ public:
+  using Find = std::function<std::string(const std::string& address)>;  // empty for one that stays
+  using TakeBase = std::function<void(std::string_view base)>;
 
-// That of the page counts, and that of the whole message where the page's begins somewhere itself.
-std::string BaseOf(const MailMessage& message) {
-  const auto page = std::ranges::find_if(message.parts(), [](const Part& part) {
-    return part.marker == Marker::kBody && part.type == "text/html" && !part.location.empty();
-  });
-  const std::string& whole = message.parts().front().location;
-  return page == message.parts().end() ? whole : Resolved(whole, page->location);
-}
+  Rewriter(std::string_view page, Find find, TakeBase take_base)
+      : page_(page), find_(std::move(find)), take_base_(std::move(take_base)) {
+    out_.reserve(page.size());
+    html::VisitTagsAndStyles(page, *this);
+    out_ += page.substr(at_);
+  }
+  std::string TakePage() { return std::move(out_); }
+
+ private:
+  // The first <base> that has an address counts (WHATWG HTML 4.2.3).
+  void StartTag(const html::HtmlTokenizer& page, const html::HtmlToken& tag) override {
+    if (tag.name == "base" && !has_base_ && page.Find(tag, "href") != nullptr) {
+      has_base_ = true;
+      take_base_(page.Value(tag, "href"));
+    }
+    html::EachPictureOf(page, tag,
+                        [this](std::string_view written, const std::string& address) { Replace(written, address); });
+    if (!html::NamesPictures(tag.name, "src")) find_(page.Value(tag, "src"));  // uses it, and is not shown
+  }
+
+  void StyleSheet(std::string_view css) override {
+    html::EachPictureInStyles(
+        css, html::CssPlace::kElement,
+        [this](std::string_view written, const std::string& address) { Replace(written, address); });
+  }
+
+  void Replace(std::string_view written, const std::string& address) {
+    const std::string other = find_(address);
+    if (other.empty()) return;
+    const auto begin = static_cast<std::size_t>(written.data() - page_.data());
+    out_.append(page_.substr(at_, begin - at_)).append(other);
+    at_ = begin + written.size();
+  }
+
+  std::string_view page_;
+  Find find_;
+  TakeBase take_base_;
+  std::string out_;
+  std::size_t at_ = 0;  // up to where the page is copied
+  bool has_base_ = false;
+};
 
 }  // namespace
 
-EmbeddedParts::EmbeddedParts(const MailMessage& message) : message_(message), base_(BaseOf(message)) {
-  for (const Part& part : message.parts()) {
-    if (part.message != kNoPart) continue;
-    if (!part.content_id.empty() || part.is_picture) ids_.try_emplace(IdOf(part), PlaceOf(part));
-    if (!part.location.empty()) locations_.try_emplace(Resolved(base_, part.location), PlaceOf(part));
+EmbeddedParts::EmbeddedParts(const MailMessage& message)
+    : message_(message), addresses_(message.parts()), ids_(message.parts().size()) {
+  const auto& parts = message.parts();
+  for (std::size_t place = 0; place < parts.size(); ++place) {
+    const Part& part = parts[place];
+    if (part.message == kNoPart && !part.content_id.empty() && part_.try_emplace(part.content_id, place).second)
+      ids_[place] = part.content_id;
+  }
+  for (std::size_t place = 0; place < parts.size(); ++place) {
+    const Part& part = parts[place];
+    const bool is_shown = part.is_picture || !part.content_id.empty() || !part.location.empty();
+    if (part.message != kNoPart || !ids_[place].empty() || !is_shown) continue;
+    ids_[place] = fmt::format("part{}", place);
+    while (!part_.try_emplace(ids_[place], place).second) ids_[place] += '-';
   }
 }
 
-std::string EmbeddedParts::IdOf(const Part& part) const {
-  return part.content_id.empty() ? fmt::format("part{}", PlaceOf(part)) : part.content_id;
+std::string EmbeddedParts::WithAddresses(const Part& page, std::string_view html, Used& used) const {
+  const std::size_t place = PlaceOf(page);
+  std::string base = addresses_.BaseOf(place);
+  const auto find = [&](const std::string& address) {
+    const std::size_t found = addresses_.Find(place, base, address);
+    if (found == kNoPart) return std::string();
+    used.insert(&message_.parts()[found]);
+    return AddressOf(message_.parts()[found]);
+  };
+  return Rewriter(html, find, [&](std::string_view named) { base = addresses_.BaseOf(place, named); }).TakePage();
+}
+
+void EmbeddedParts::NoteUsedBySheets(Used& used) const {
+  for (const Part& part : message_.parts()) {
+    const bool is_sheet = part.type == "text/css" && part.message == kNoPart;
+    if (!is_sheet || part.source.bytes.size() > kLargestSheet) continue;
+    const auto css = message_.TextOf(part);
+    if (!css) continue;
+    const std::size_t place = PlaceOf(part);
+    html::EachPictureInStyles(*css, html::CssPlace::kElement, [&](std::string_view, const std::string& address) {
+      const std::size_t found = addresses_.Find(place, addresses_.BaseOf(place), address);
+      if (found != kNoPart) used.insert(&message_.parts()[found]);
+    });
+  }
+}
+
+std::string EmbeddedParts::AddressOf(const Part& part) const {
+  return "cid:" + platform::PercentEncoded(ids_[PlaceOf(part)]);
 }
 
 const Part* EmbeddedParts::Find(std::string_view address) const {
   address = platform::Trim(address);
-  const bool is_id = platform::StartsWithIgnoringAsciiCase(address, "cid:");
-  const auto& places = is_id ? ids_ : locations_;
-  if (places.empty() || address.size() > 3 * kLongestPartText) return nullptr;
-  const auto name = is_id ? platform::PercentDecoded(address.substr(4)) : Resolved(base_, address);
-  const auto place = name ? places.find(*name) : places.end();
-  return place == places.end() ? nullptr : &message_.parts()[place->second];
+  if (!platform::StartsWithIgnoringAsciiCase(address, "cid:") || address.size() > 3 * kLongestPartText) return nullptr;
+  const auto id = platform::PercentDecoded(address.substr(4));
+  const auto place = id ? part_.find(*id) : part_.end();
+  return place == part_.end() ? nullptr : &message_.parts()[place->second];
 }
-
-std::string EmbeddedParts::AddressOf(const Part& part) const { return "cid:" + platform::PercentEncoded(IdOf(part)); }
 
 std::string EmbeddedParts::PictureTypeOf(const Part& part) const {
   auto reader = message_.Open(part);

@@ -57,6 +57,7 @@ struct Part {
   std::string name;        // of Content-Disposition, else of Content-Type (RFC 2231, or 2047 in the wrong place)
   std::string content_id;  // without "<" and ">"
   std::string location;    // of Content-Location (RFC 2557), as written, without blanks
+  std::string base;        // of Content-Base (RFC 2110), likewise
   Flow flow = Flow::kFixed;
   Marker marker = Marker::kNone;
   bool is_picture = false;   // that is not to be saved alone, but shown

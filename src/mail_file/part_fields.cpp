@@ -81,12 +81,13 @@ std::string BoundedPartText(std::string_view text) {
 }
 
 void PartFields::Take(std::string_view name, std::string_view value) {
-  constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 5> kNames = {{
+  constexpr std::array<std::pair<std::string_view, std::string PartFields::*>, 6> kNames = {{
       {"Content-Type", &PartFields::type},
       {"Content-Disposition", &PartFields::disposition},
       {"Content-Transfer-Encoding", &PartFields::encoding},
       {"Content-ID", &PartFields::id},
       {"Content-Location", &PartFields::location},
+      {"Content-Base", &PartFields::base},
   }};
   for (const auto& [wanted, member] : kNames) {
     if ((this->*member).empty() && platform::EqualsIgnoringAsciiCase(name, wanted)) this->*member = value;
@@ -115,6 +116,7 @@ PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
   if (part.name.empty()) part.name = BoundedPartText(type.Parameter("name"));
   part.content_id = WithoutAngles(DecodeHeaderText(fields.id));
   part.location = WithoutBlanks(DecodeHeaderText(fields.location));
+  part.base = WithoutBlanks(DecodeHeaderText(fields.base));
   part.is_picture = part.type.starts_with("image/") && disposition.value != "attachment";
   meaning.is_multipart = part.type.starts_with("multipart/");
   meaning.is_message = IsMessageType(part.type) && part.source.encoding == TransferEncoding::kIdentity;

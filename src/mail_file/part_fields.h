@@ -14,6 +14,7 @@ struct PartFields {
   std::string encoding;
   std::string id;
   std::string location;
+  std::string base;
 
   // Keeps the value of a field that counts here; of several the first, as most readers do.
   void Take(std::string_view name, std::string_view value);

@@ -49,7 +49,9 @@ Result<std::string> BeginningOf(const MailMessage& message, const Part& part, co
   if (const std::size_t end = bytes->rfind('\n'); end != std::string::npos) bytes->resize(end + 1);
   const bool is_html = part.type == "text/html";
   std::string text = DecodeBody(*bytes, part.charset, is_html);
-  return is_html ? text : html::PageOfText(text);
+  if (!is_html) return html::PageOfText(text);
+  EmbeddedParts::Used used;
+  return EmbeddedParts(message).WithAddresses(part, text, used);
 }
 
 // The pictures of a page, each once.

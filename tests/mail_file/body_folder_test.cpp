@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/text.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::mail_file {
@@ -76,12 +77,47 @@ TEST(BodyFolder, ShowsPicturesByTheirPlace) {
            {"from the root", "Content-Location: http://x.org/p/q\r\n", "\r\n<td background=/a.gif>",
             "Content-Location: http://x.org/a.gif" + gif, "<td background=\"GIF\">"},
            {"of both", "Content-Location: http://x.org\r\n",
-            "Content-Location: p/q\r\n\r\n<img src=//x.org/p/a.gif><img src=a.gif>", "Content-Location: a.gif" + gif,
+            "Content-Location: p/q\r\n\r\n<img src=//x.org/p/a.gif><img src=a.gif>", "Content-Location: p/a.gif" + gif,
             "<img src=\"GIF\"><img src=\"GIF\">"},
+           {"with dots", "", "Content-Location: http://x.org/p/q/r.htm\r\n\r\n<img src=.././b/../../a.gif>",
+            "Content-Location: http://x.org/p/./../a.gif" + gif, "<img src=\"GIF\">"},
+           {"dots of no base", "", "\r\n<img src=./b/../a.gif>", "Content-Location: ./a.gif" + gif,
+            "<img src=\"GIF\">"},
+           {"of <base>", "", "Content-Location: http://y.org/\r\n\r\n<base href='http://x.org/p/'><img src=../a.gif>",
+            "Content-Location: http://x.org/a.gif" + gif, "<img src=\"GIF\">"},
+           {"of a relative <base>", "Content-Location: http://x.org/q/r\r\n",
+            "\r\n<base target=_top><base href=../p/><base href=http://y.org/><img src=a.gif>",
+            "Content-Location: http://x.org/p/a.gif" + gif, "<img src=\"GIF\">"},
+           {"of Content-Base", "",
+            "Content-Base: http://x.org/p/\r\nContent-Location: http://y.org/q\r\n\r\n<img src=a.gif>",
+            "Content-Location: http://x.org/p/a.gif" + gif, "<img src=\"GIF\">"},
+           {"of a Content-Base around it", "Content-Base: http://x.org/p/\r\n", "\r\n<img src=http://x.org/p/a.gif>",
+            "Content-Location: a.gif" + gif, "<img src=\"GIF\">"},
+           {"of the picture's Content-Base", "", "\r\n<img src=http://x.org/p/a.gif>",
+            "Content-Base: http://x.org/p/\r\nContent-Location: a.gif" + gif, "<img src=\"GIF\">"},
+           {"of the message", "Content-Location: http://x.org/p/q\r\n", "\r\n<img src=http://x.org/p/a.gif>",
+            "Content-Location: a.gif" + gif, "<img src=\"GIF\">"},
+           {"in capitals, with a place in it", "", "\r\n<img src='HTTP://X.org/%61%20b.gif#top'>",
+            "Content-Location: http://x.org/a%20b.gif" + gif, "<img src=\"GIF\">"},
+           {"as it is written", "", "Content-Location: http://x.org/p/q.htm\r\n\r\n<img src=a.gif>",
+            "Content-Location: a.gif" + gif, "<img src=\"GIF\">"},
+           {"of one folder up", "", "Content-Location: http://x.org/p/q.htm\r\n\r\n<img src=../a.gif>",
+            "Content-Location: http://x.org/p/a.gif" + gif, "<img><p><img src=\"GIF\"></p>"},
            {"of another", "", "\r\n<img src=http://y.org/a.gif>",
             "Content-Disposition: attachment\r\nContent-Location: http://x.org/a.gif" + gif, "<img>"},
            {"beside", "", "\r\n<b>a</b>", "Content-ID: <a>" + gif, "<b>a</b><p><img src=\"GIF\"></p>"},
            {"beside, nameless", "", "\r\n<img src=http://y.org/>", gif.substr(2), "<img><p><img src=\"GIF\"></p>"},
+           {"used by a style", "", "\r\n<td style=\"color:red; background:url(&quot;cid:a&quot;)\">a",
+            "Content-ID: <a>" + gif, "<td style=\"color:red;\">a"},
+           {"used by a sheet", "", "\r\n<style>td{background:URL( 'cid:a' )}</style>a", "Content-ID: <a>" + gif,
+            "<style>td{}</style>a"},
+           {"used by srcset", "", "\r\n<img src=http://y.org/ srcset='http://y.org/2 2x, cid:a 3x'>",
+            "Content-ID: <a>" + gif, "<img>"},
+           {"used by a place", "", "Content-Location: http://x.org/p/q\r\n\r\n<b style='background: url(a.gif)'>a</b>",
+            "Content-Location: http://x.org/p/a.gif" + gif, "<b style=\"\">a</b>"},
+           {"used by one program", "", "\r\n<!--[if mso]><v:fill src='cid:a'><![endif]-->a", "Content-ID: <a>" + gif,
+            "a"},
+           {"linked alone", "", "\r\n<a href=cid:a>a</a>", "Content-ID: <a>" + gif, "<a>a</a><p><img src=\"GIF\"></p>"},
            {"to be saved", "", "\r\na", "Content-Disposition: attachment; filename=a.gif" + gif, "a"},
            {"no picture", "", "\r\na", "Content-ID: <a>\r\n\r\nno", "a"},
        }) {
@@ -109,6 +145,54 @@ TEST(BodyFolder, ShowsPicturesBetweenTexts) {
   EXPECT_NE(page.find("<p><img src=\"x.gif\"></p>"), std::string::npos) << page;
   EXPECT_NE(page.find("1 &lt; 2</pre></body></html><p><img src=\"x%20%282%29.gif\"></p>"), std::string::npos) << page;
   EXPECT_NE(page.find("3\r\n4</pre>"), std::string::npos) << page;
+}
+
+// What a sheet beside the page shows is used as what the page's own shows.
+TEST(BodyFolder, LooksIntoSheetsBesideThePage) {
+  Scene scene;
+  const auto written =
+      scene.Write(Related("<link rel=stylesheet href=cid:s>x",
+                          {"Content-Type: text/css\r\nContent-ID: <s>\r\nContent-Location: "
+                           "http://x.org/s/s.css\r\n\r\np{background:url(../a)}",
+                           Base64Part("Content-Type: image/png; name=a.png\r\nContent-Location: http://x.org/a"),
+                           Base64Part("Content-Type: image/png; name=b.png\r\nContent-Location: http://x.org/b")}));
+  EXPECT_EQ(written.pictures, std::vector<std::string>{"b.png"});
+}
+
+TEST(BodyFolder, KeepsPicturesOfOneNameApart) {
+  const auto gif = [](const std::string& name, const std::string& fields) {
+    return "Content-Type: image/gif; name=" + name + ".gif\r\n" + fields + "\r\nGIF89a";
+  };
+  const std::string id = "Content-ID: <a>\r\n";
+  const std::string place = "Content-Location: http://x.org/a\r\n";
+  const auto within = [](std::string message) {  // what lies in the message
+    message.erase(0, message.find("Content-Type"));
+    return platform::ReplaceAll(platform::ReplaceAll(message, "--b", "--c"), "=b\r", "=c\r");
+  };
+  struct Case {
+    const char* name;
+    std::string message;
+    const char* shown;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"the first serves", Related("<img src=cid:a>", {gif("1", id), gif("2", id)}),
+            "<img src=\"1.gif\"><p><img src=\"2.gif\"></p>"},
+           {"of one place", Related("<img src=http://x.org/a>", {gif("1", place), gif("2", place)}),
+            "<img src=\"1.gif\"><p><img src=\"2.gif\"></p>"},
+           {"none is used", Related("x", {gif("1", id), gif("2", id)}),
+            "x<p><img src=\"1.gif\"></p><p><img src=\"2.gif\"></p>"},
+           {"the nearest serves",
+            Related("1<img src=cid:a>", {gif("1", id), within(Related("2<img src=cid:a>", {gif("2", id)}))}),
+            "1<img src=\"1.gif\">\r\n2<img src=\"2.gif\">"},
+           {"one around serves", Related("1", {gif("1", id), within(Related("2<img src=cid:a>", {gif("2", place)}))}),
+            "1\r\n2<img src=\"1.gif\"><p><img src=\"2.gif\"></p>"},
+           {"a name as we give it", Related("<img src=cid:part2>", {gif("1", ""), gif("2", "Content-ID: <part2>\r\n")}),
+            "<img src=\"2.gif\"><p><img src=\"1.gif\"></p>"},
+       }) {
+    Scene scene;
+    const auto written = scene.Write(c.message);
+    EXPECT_EQ(scene.Page(written), "<head><meta charset=\"utf-8\"></head>" + std::string(c.shown)) << c.name;
+  }
 }
 
 TEST(BodyFolder, KeepsAttachedMessagesApart) {
