@@ -44,6 +44,12 @@ HtmlRole RoleOf(std::string_view name) {
   return found != std::end(kElements) && found->name == name ? found->role : HtmlRole::kInline;
 }
 
+bool IsFormatting(std::string_view name) {
+  constexpr std::array<std::string_view, 14> kFormatting = {"a",    "b", "big",   "code",   "em",     "font", "i",
+                                                            "nobr", "s", "small", "strike", "strong", "tt",   "u"};
+  return std::find(kFormatting.begin(), kFormatting.end(), name) != kFormatting.end();
+}
+
 bool HasNoContent(std::string_view name) {
   constexpr std::array<std::string_view, 13> kVoid = {"area",  "base", "br",   "col",   "embed",  "hr", "img",
                                                       "input", "link", "meta", "param", "source", "wbr"};

@@ -39,6 +39,8 @@ constexpr std::size_t kStackedRoles = static_cast<std::size_t>(HtmlRole::kRow) +
 HtmlRole RoleOf(std::string_view name);
 inline bool IsStacked(HtmlRole role) { return static_cast<std::size_t>(role) < kStackedRoles; }
 inline bool IsBlock(HtmlRole role) { return role <= HtmlRole::kHeading; }
+// What is begun anew in the next paragraph where it was left open (WHATWG HTML 13.2.4.3).
+bool IsFormatting(std::string_view name);
 // Such an element has no end tag.
 bool HasNoContent(std::string_view name);
 

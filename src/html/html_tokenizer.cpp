@@ -158,7 +158,7 @@ void HtmlTokenizer::ReadTag(HtmlToken& token, bool is_end) {
     return;
   }
   token.kind = is_end ? HtmlTokenKind::kEndTag : HtmlTokenKind::kStartTag;
-  if (!is_end && FindRawTextElement(token.name) != nullptr) raw_text_element_ = token.name;
+  if (!is_end && HasRawText(token.name)) raw_text_element_ = token.name;
 }
 
 // Reads one attribute at a character that is no blank, "/" or ">", and gives the offset behind it.
@@ -188,6 +188,8 @@ std::size_t HtmlTokenizer::ReadAttribute(std::size_t at, HtmlToken& token) const
   if (token.attributes.size() < kMostAttributes) token.attributes.push_back(attribute);
   return at;
 }
+
+bool HasRawText(std::string_view name) { return FindRawTextElement(name) != nullptr; }
 
 std::string_view ConditionalContent(std::string_view comment) {
   if (!platform::StartsWithIgnoringAsciiCase(comment, "<!--[if")) return {};

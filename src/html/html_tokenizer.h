@@ -86,6 +86,9 @@ class HtmlVisitor {
 };
 void VisitTagsAndStyles(std::string_view html, HtmlVisitor& visitor);
 
+// Whether the content of an element, by its name in lower case, is text up to its end tag.
+bool HasRawText(std::string_view name);
+
 // What stands in a conditional comment: "<!--[if mso]>...<![endif]-->". Empty for other comments.
 std::string_view ConditionalContent(std::string_view comment);
 

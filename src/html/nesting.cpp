@@ -20,10 +20,6 @@ bool IsAmong(std::string_view name, const Names& names) {
 constexpr auto kClosedByTheNext =
     std::to_array<std::string_view>({"html", "head", "body", "p", "li", "dt", "dd", "tr", "td", "th", "thead", "tbody",
                                      "tfoot", "colgroup", "caption", "option"});
-// What is begun anew in the next paragraph where it was left open, and closed with this one (13.2.4.3).
-constexpr auto kFormatting = std::to_array<std::string_view>(
-    {"a", "b", "big", "code", "em", "font", "i", "nobr", "s", "small", "strike", "strong", "tt", "u"});
-
 // Elements that are open, by name.
 class OpenElements {
  public:
@@ -58,7 +54,7 @@ bool IsNestedDeeperThan(std::string_view html, std::size_t levels) {
       formatting.CloseAll();
       continue;
     }
-    OpenElements& open = IsAmong(token.name, kFormatting) ? formatting : blocks;
+    OpenElements& open = IsFormatting(token.name) ? formatting : blocks;
     const bool is_whole = begins && page.Source(token).ends_with("/>") && (blocks.Has("svg") || blocks.Has("math"));
     if (begins && !is_whole) open.Open(token.name);
     if (!begins) open.Close(token.name);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "document/message_document.h"
+#include "html/closed_page.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "mail_file/body_texts.h"
@@ -63,7 +64,7 @@ class PageWriter {
       pieces_.push_back({&part, std::move(*text)});
     }
     if (pieces_.empty()) return text_as_html_("");
-    if (is_page) DropUsed();
+    if (is_page) PartPages();
     return Join(is_page ? nullptr : text_as_html_);
   }
 
@@ -85,12 +86,14 @@ class PageWriter {
     return text.empty() ? std::string() : "<div>" + document::HtmlFromText(text) + "</div>";
   }
 
-  // What a page uses stands there alone.
-  void DropUsed() {
+  // What a page uses stands there alone, and what it leaves open does not reach into the next one.
+  void PartPages() {
     embedded_.NoteUsedBySheets(used_);
     std::erase_if(pieces_, [this](const Piece& piece) {
       return piece.part->marker != Marker::kBody && used_.contains(piece.part);
     });
+    if (pieces_.size() < 2) return;
+    for (Piece& piece : pieces_) piece.text = html::ClosedPage(piece.text);
   }
 
   // Texts that follow each other are one.

@@ -195,6 +195,39 @@ TEST(BodyFolder, KeepsPicturesOfOneNameApart) {
   }
 }
 
+// What one page leaves open ends with it.
+TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
+  struct Case {
+    const char* first;
+    const char* shown;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"1", "1"},
+           {"<p>1", "<p>1</p>"},
+           {"<p>1<div>2</div><br>3", "<p>1<div>2</div><br>3"},
+           {"<html><body><b>1<i>2</b>", "<html><body><b>1<i>2</b></i>"},
+           {"<div style='display: none'><table><tr><td></div>1",
+            "<div style=\"display: none\"><table><tr><td></div>1</td></tr></table></div>"},
+           {"<div><b>1</div>", "<div><b>1</div></b>"},
+           {"<title>1", "<title>1</title>"},
+           {"<style>p{color:red}", "<style>p{color:red}</style>"},
+           {"<textarea>1", ""},
+           {"1<script>", "1"},
+           {"1<!-- 2", "1"},
+           {"1<!-- 2 -->", "1"},
+           {"1<a title=\"2", "1"},
+           {"1<plaintext>2<b>", "1<pre>2&lt;b&gt;</pre>"},
+       }) {
+    Scene scene;
+    const auto written = scene.Write(Related(c.first, {"Content-Type: text/html\r\n\r\n<u>2</u>"}));
+    std::string page = scene.Page(written);
+    EXPECT_TRUE(page.ends_with("<u>2</u>")) << page;
+    for (const char* known : {"<head><meta charset=\"utf-8\"></head>", "<u>2</u>", "\r", "\n"})
+      page = platform::ReplaceAll(page, known, "");
+    EXPECT_EQ(page, c.shown) << c.first;
+  }
+}
+
 TEST(BodyFolder, KeepsAttachedMessagesApart) {
   Scene scene;
   const auto written =

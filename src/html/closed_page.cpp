@@ -1,0 +1,107 @@
+#include "html/closed_page.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+#include "html/html_elements.h"
+#include "html/html_tokenizer.h"
+#include "html/safe_page.h"
+
+namespace quillcast::html {
+namespace {
+
+constexpr std::size_t kMostOpen = 500;  // in each other; browsers end there too
+
+// No end tag reaches out of these but those of tables (WHATWG HTML 13.2.4.2).
+constexpr auto kWalls =
+    std::to_array<std::string_view>({"applet", "caption", "marquee", "object", "table", "td", "template", "th"});
+constexpr auto kOfTables =
+    std::to_array<std::string_view>({"caption", "table", "tbody", "td", "tfoot", "th", "thead", "tr"});
+
+constexpr std::string_view kEndless = "plaintext";  // nothing ends it
+
+template <typename Names>
+bool IsAmong(std::string_view name, const Names& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The elements that are open, as far as it matters for what follows the page.
+class OpenElements {
+ public:
+  void Start(const std::string& name) {
+    if (name == "p" || IsBlock(RoleOf(name)) || name == "hr") has_paragraph_ = name == "p";
+    if (name == "p" || name == "html" || name == "head" || name == "body" || HasNoContent(name)) return;
+    if (open_.size() == kMostOpen) {
+      ++beyond_[name];
+    } else {
+      open_.push_back(name);
+    }
+  }
+
+  void End(const std::string& name) {
+    if (name == "p" || IsBlock(RoleOf(name))) has_paragraph_ = false;
+    if (const auto beyond = beyond_.find(name); beyond != beyond_.end() && beyond->second > 0) {
+      --beyond->second;
+      return;
+    }
+    const bool is_of_table = IsAmong(name, kOfTables);
+    for (std::size_t place = open_.size(); place-- > 0;) {
+      if (open_[place] == name) return Close(place);
+      if (!is_of_table && IsAmong(open_[place], kWalls)) return;
+    }
+  }
+
+  std::string EndTags() const {
+    std::string out = has_paragraph_ ? "</p>" : "";
+    const auto add = [&](const std::string& name) { out.append("</").append(name) += '>'; };
+    for (const auto& [name, count] : beyond_) {
+      for (std::size_t i = 0; i < count; ++i) add(name);
+    }
+    std::for_each(open_.rbegin(), open_.rend(), add);
+    return out;
+  }
+
+ private:
+  // A block closes what is open in it; fonts go on behind it (13.2.6.4.7).
+  void Close(std::size_t place) {
+    const auto begin = open_.begin() + static_cast<std::ptrdiff_t>(place);
+    if (!IsFormatting(*begin))
+      open_.erase(std::remove_if(begin + 1, open_.end(), std::not_fn(IsFormatting)), open_.end());
+    open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(place));
+  }
+
+  std::vector<std::string> open_;
+  std::unordered_map<std::string, std::size_t> beyond_;
+  bool has_paragraph_ = false;  // the next block ends it, and so does the end of what it is in
+};
+
+}  // namespace
+
+std::string ClosedPage(std::string_view page) {
+  OpenElements open;
+  std::string raw;  // the element whose content is text up to its end tag, where the page is in one
+  HtmlTokenizer tokenizer(page);
+  HtmlToken token;
+  HtmlTokenKind last = HtmlTokenKind::kText;
+  while (raw != kEndless && tokenizer.Next(token)) {
+    last = token.kind;
+    if (last == HtmlTokenKind::kStartTag) open.Start(token.name);
+    if (last == HtmlTokenKind::kEndTag) open.End(token.name);
+    if (last == HtmlTokenKind::kStartTag && HasRawText(token.name)) raw = token.name;
+    if (last == HtmlTokenKind::kEndTag) raw.clear();
+  }
+  const bool breaks_off = last == HtmlTokenKind::kComment || raw == kEndless;
+  std::string out(page.substr(0, breaks_off ? token.begin : page.size()));
+  if (raw == kEndless) {
+    out.append("<pre>").append(EscapedForHtml(page.substr(token.end))) += "</pre>";
+  } else if (!raw.empty()) {
+    out.append("</").append(raw) += '>';
+  }
+  open.End(raw);
+  return out + open.EndTags();
+}
+
+}  // namespace quillcast::html
