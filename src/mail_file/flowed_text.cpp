@@ -33,7 +33,8 @@ std::string Unflowed(std::string_view text, Flow flow) {
     Line line = ReadLine(text.substr(0, end));
     const bool has_end = end < text.size();
     text.remove_prefix(has_end ? end + kLineEnd.size() : end);
-    if (is_open && (line.depth != depth || line.text == kSignature)) {
+    // An empty line is a paragraph's end to whoever wrote a blank before it.
+    if (is_open && (line.depth != depth || line.text == kSignature || line.text.empty())) {
       out += kLineEnd;
       is_open = false;
     }

@@ -31,6 +31,10 @@ TEST(FlowedText, IsWholeAgain) {
            {"stuffed", "; format=flowed", " From here \n  on\n >no quotation\n", "From here  on\n>no quotation\n"},
            {"signature", "; format=flowed", "a \n-- \nAda \nB.\n> -- \n> C\n", "a \n-- \nAda B.\n> -- \n> C\n"},
            {"line of a space", "; format=flowed", "a\n \nb\n", "a\n\nb\n"},
+           {"before an empty line", "; format=flowed", "Dear Bob, \n\nx \n \n> y \n>\n> z\n",
+            "Dear Bob, \n\nx \n\n> y \n>\n> z\n"},
+           {"before an empty line, the sender's spaces", "; format=flowed; delsp=yes", "Dear Bob,  \n\nx\n",
+            "Dear Bob, \n\nx\n"},
            {"without an end", "; format=flowed", "a \nb", "a b"},
            {"that goes on nowhere", "; format=flowed", "a \n", "a \n"},
        }) {
