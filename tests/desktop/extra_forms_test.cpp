@@ -1,4 +1,6 @@
 // The dialogs for message files that take the message of the main window, or make it: what they check, do and say.
+#include <QAction>
+#include <QApplication>
 #include <QBuffer>
 #include <QCheckBox>
 #include <QLabel>
@@ -239,6 +241,43 @@ class ExtraFormsTest : public QObject {
       QTRY_VERIFY(scene.form->findChild<QPrintPreviewDialog*>("PrintPreviewDialog") == nullptr);
     }
     QCOMPARE(scene.rig.Shown(), "");
+    // Its button prints as the dialog does: all of the message, by the printer that is chosen there.
+    QTimer press;
+    connect(&press, &QTimer::timeout, this, [&] {
+      auto* preview = scene.form->findChild<QPrintPreviewDialog*>("PrintPreviewDialog");
+      for (QAction* action : preview == nullptr ? QList<QAction*>() : preview->findChildren<QAction*>()) {
+        if (preview->isVisible() && action->text() == "Print") action->trigger();
+      }
+      if (QWidget* other = QApplication::activeModalWidget(); other != preview && other != nullptr) other->close();
+    });
+    press.start(50);
+    scene.Press("PreviewButton");
+    QTRY_VERIFY(!scene.Printed().isEmpty());
+    QTRY_VERIFY(scene.Find<QWidget>("PrintButton").isEnabled());
+    QCOMPARE(scene.rig.Shown(), kPrinted);
+  }
+
+  void asksBeforeItPrintsIntoALockedFile() {
+    Scene scene;
+    auto& form = scene.OpenPrint(kPage);
+    const auto file = scene.rig.folder.Write("out.pdf", "old");
+    std::filesystem::permissions(file, perms::owner_read);
+    const QString asked = "ask: The output file is locked./Would you like to unlock it now? | ";
+    QCOMPARE(scene.Run("PrintButton"), asked + "warn: Error 255: Cancelled by user. | " + kPrinted);
+    QVERIFY2(scene.Status().contains("out.pdf is locked and was left as it is."), qPrintable(scene.Status()));
+    QCOMPARE(test::ReadAll(file), "old");
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    QCOMPARE(scene.Run("PrintButton"), asked + kPrinted);
+    QCOMPARE(scene.Printed().size(), 1);
+    QVERIFY(!platform::IsLocked(file));
+    const auto letter = scene.rig.folder / "a.eml";  // which is not unlocked, since it is never written
+    std::filesystem::permissions(letter, perms::owner_read);
+    form.choose_printer = [&](QPrinter& printer) {
+      printer.setOutputFileName(PathToQt(letter));
+      return true;
+    };
+    QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 203: Could not initialize printer. | ") + kPrinted);
+    QVERIFY(platform::IsLocked(letter));
   }
 
   void tellsHowPrintingFailed() {

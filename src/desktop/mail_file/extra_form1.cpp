@@ -1,5 +1,6 @@
 #include "desktop/mail_file/extra_form1.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPrintDialog>
@@ -21,6 +22,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "mail_file/load_settings.h"
+#include "platform/file_attributes.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -179,6 +181,7 @@ void ExtraForm1::Take(const std::shared_ptr<Reading>& reading, Use use) {
 void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {
   const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   if (!choose_printer(*printer)) return ShowEnd({mail_file::PrintCode::kCancelled, 0, {}});
+  if (const auto left = LeftAlone(*printer, *pages)) return ShowEnd(*left);
   status_->Say(tr("Printing…"));
   seen_ = std::make_shared<SharedCount>();
   task_->Start([this, printer, pages, own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
@@ -191,6 +194,20 @@ void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {
   tick_->start(kTick);
   EnableControls();
   progress_->button()->setFocus();
+}
+
+// How it ends where the printer's file, if it has one, may not be written.
+std::optional<mail_file::PrintedMessage> ExtraForm1::LeftAlone(const QPrinter& printer,
+                                                               const MessagePages& pages) const {
+  if (printer.outputFormat() != QPrinter::PdfFormat || printer.outputFileName().isEmpty()) return {};
+  const auto file = PathFromQt(printer.outputFileName());
+  const auto other = mail_file::CheckIsNotMessage(file, pages.form.file);
+  const auto may_write =
+      other ? platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts) : Result<bool>(other.error());
+  if (!may_write) return mail_file::PrintedMessage{mail_file::PrintCode::kNotBegun, 0, may_write.error()};
+  if (*may_write) return {};
+  return mail_file::PrintedMessage{mail_file::PrintCode::kCancelled, 0,
+                                   Error{Failure::kNotPermitted, platform::LeftLocked(file)}};
 }
 
 void ExtraForm1::ShowEnd(const mail_file::PrintedMessage& printed) {
@@ -216,7 +233,15 @@ void ExtraForm1::ShowPages(const std::shared_ptr<const MessagePages>& pages) {
   dialog.setWindowTitle(tr("Pages"));
   connect(&dialog, &QPrintPreviewDialog::paintRequested, this,
           [pages](QPrinter* shown) { DrawMessage(*shown, *pages, {platform::CancelToken()}); });
+  // The dialog's own would print the beginning that it shows, and tell of nothing that goes wrong.
+  bool is_to_be_printed = false;
+  for (QAction* action : dialog.findChildren<QAction*>()) {
+    if (action->text() != QPrintPreviewDialog::tr("Print")) continue;
+    action->disconnect(&dialog);
+    connect(action, &QAction::triggered, &dialog, [&] { is_to_be_printed = true, dialog.accept(); });
+  }
   dialog.exec();
+  if (is_to_be_printed) Begin(&ExtraForm1::Print, mail_file::kMostPrinted);
 }
 
 void ExtraForm1::reject() {

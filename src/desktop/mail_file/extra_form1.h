@@ -59,6 +59,7 @@ class ExtraForm1 final : public QDialog {
                       const platform::CancelToken& cancel);
   void Take(const std::shared_ptr<Reading>& reading, Use use);
   void Print(const std::shared_ptr<const MessagePages>& pages);
+  std::optional<mail_file::PrintedMessage> LeftAlone(const QPrinter& printer, const MessagePages& pages) const;
   void ShowEnd(const mail_file::PrintedMessage& printed);
   void ShowPages(const std::shared_ptr<const MessagePages>& pages);
 
