@@ -19,26 +19,37 @@ constexpr std::array kMargins = {
 };
 
 constexpr std::size_t kLongestLine = std::size_t{32} * 1024;  // bytes
+constexpr std::size_t kLongestWord = std::size_t{4} * 1024;   // characters
 
-// Breaks lines that are too long to be drawn in good time: each page of one takes as long as all of it.
+// Whether a line may end beside the character that begins with this byte: one of Chinese, Japanese or Korean, or a sign
+// that is no letter.
+bool MayEndALine(char first) { return first == ' ' || first == '\n' || static_cast<unsigned char>(first) >= 0xE3; }
+
+// Breaks lines that are too long to be drawn in good time: each page of one takes as long as all of it, and the toolkit
+// looks at a word once for each line of it.
 class LineBreaker {
  public:
   std::string Take(std::string_view piece) {
     std::string out;
     for (const char c : piece) {
       const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // a character
-      length_ = c == '\n' ? 0 : length_ + 1;
+      if (begins && (word_ >= kLongestWord || line_ >= 2 * kLongestLine)) Break(out);
+      if (begins) word_ = MayEndALine(c) ? 0 : word_ + 1;
+      line_ = c == '\n' ? 0 : line_ + 1;
       out += c;
-      if (length_ < kLongestLine || !(c == ' ' || (begins && length_ > 2 * kLongestLine))) continue;
-      if (c != ' ') out.insert(out.end() - 1, '\n');
-      if (c == ' ') out += '\n';
-      length_ = 0;
+      if (c == ' ' && line_ >= kLongestLine) Break(out);
     }
     return out;
   }
 
  private:
-  std::size_t length_ = 0;
+  void Break(std::string& out) {
+    out += '\n';
+    line_ = word_ = 0;
+  }
+
+  std::size_t line_ = 0;
+  std::size_t word_ = 0;
 };
 
 // Of a text that goes on the writing of it ends early, which is no failure.
