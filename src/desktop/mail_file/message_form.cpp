@@ -1,6 +1,5 @@
 #include "desktop/mail_file/message_form.h"
 
-#include <QPushButton>
 #include <utility>
 
 #include "desktop/mail_file/message_view.h"
@@ -18,13 +17,9 @@ MessageForm::MessageForm(const profile::SettingsStore& settings, const std::file
   auto* view = new MessageView(settings, this);
   auto* column = new FormColumn(this);
   column->Add(view, 1);
-  auto* tool_buttons = new MessageToolButtons(
+  auto* row = new MessageToolRow(
       *view, std::move(tools), [file] { return file; }, this);
-  const auto& [extract, take, print] = tool_buttons->buttons();
-  auto* close = new QPushButton(tr("Close"), this);
-  close->setObjectName("CloseButton");
-  connect(close, &QPushButton::clicked, this, &QDialog::reject);
-  column->AddLine({extract, take, print, nullptr, close});
+  row->AddTo(column);
   view->Show(file);
 }
 

@@ -1,16 +1,16 @@
 // What can be done with a message file that is shown.
 #pragma once
 
-#include <QObject>
+#include <QDialog>
 #include <array>
 #include <filesystem>
 #include <functional>
 
 class QPushButton;
-class QWidget;
 
 namespace quillcast::desktop {
 
+class FormColumn;
 class MessageView;
 
 // What the buttons do with the file: each opens its dialog. All are set.
@@ -21,21 +21,22 @@ struct MessageTools {
   Tool print;
 };
 
-// Their buttons, of use while the view shows a message. The first is what Return presses in the view's lists.
-class MessageToolButtons final : public QObject {
+// The last line of a dialog that shows one: a button for each, of use while the view shows a message, and the one that
+// closes the dialog. The first is what Return presses in the view's lists.
+class MessageToolRow final : public QObject {
   Q_OBJECT
  public:
   // `shown` gives the file that the view shows.
-  MessageToolButtons(MessageView& view, MessageTools tools, std::function<std::filesystem::path()> shown,
-                     QWidget* dialog);
+  MessageToolRow(MessageView& view, MessageTools tools, std::function<std::filesystem::path()> shown, QDialog* dialog);
 
-  const std::array<QPushButton*, 3>& buttons() const { return buttons_; }
+  void AddTo(FormColumn* column) const;
 
  private:
-  QPushButton* Add(const char* name, const QString& text, MessageTools::Tool tool, QWidget* dialog);
+  QPushButton* Add(const char* name, const QString& text, MessageTools::Tool tool, QDialog* dialog);
 
   std::function<std::filesystem::path()> shown_;
   std::array<QPushButton*, 3> buttons_;
+  QPushButton* close_;
 };
 
 }  // namespace quillcast::desktop

@@ -1,7 +1,6 @@
 #include "desktop/shell/practice_form.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <numeric>
@@ -84,13 +83,9 @@ void PracticeForm::BuildWindow(MessageTools tools) {
   parts->setStretchFactor(1, 3);
   auto* column = new FormColumn(this);
   column->Add(parts, 1);
-  auto* tool_buttons = new MessageToolButtons(
+  auto* row = new MessageToolRow(
       *message_, std::move(tools), [this] { return Chosen(); }, this);
-  const auto& [extract, take, print] = tool_buttons->buttons();
-  auto* close = new QPushButton(tr("Close"), this);
-  close->setObjectName("CloseButton");
-  connect(close, &QPushButton::clicked, this, &QDialog::reject);
-  column->AddLine({extract, take, print, nullptr, close});
+  row->AddTo(column);
 }
 
 void PracticeForm::ReadFolder() {
