@@ -1,5 +1,5 @@
 // Any bytes taken for a message file, plainly and leniently: all that is told of it can be opened, lies within the file
-// and keeps its bounds.
+// and keeps its bounds, and its body is a text and a page.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "mail_file/body_page.h"
+#include "mail_file/body_texts.h"
 #include "mail_file/mail_message.h"
 #include "platform/utf8.h"
 
@@ -39,7 +41,8 @@ void LookAt(const MailMessage& message, const Part& part, std::size_t place, std
 void LookAt(const MailMessage& message, std::size_t size) {
   Expect(!message.parts().empty() && message.parts().size() <= kMostParts + 1);
   for (std::size_t i = 0; i < message.parts().size(); ++i) LookAt(message, message.parts()[i], i, size);
-  for (const auto& body : {message.TextBody(), message.HtmlBody()}) Expect(!body || platform::IsUtf8(*body));
+  for (const auto& body : {message.TextBody(), message.HtmlBody(), BodyAsText(message), BodyAsHtml(message)})
+    Expect(!body || platform::IsUtf8(*body));
   for (const auto& [mailbox, type] : message.facts().recipients)
     Expect(platform::IsUtf8(mailbox.name) && platform::IsUtf8(mailbox.address));
   for (const RelayStamp& stamp : message.facts().stamps) {

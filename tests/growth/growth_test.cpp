@@ -24,12 +24,15 @@
 #include "document/message_properties.h"
 #include "document/signature.h"
 #include "domain/whois.h"
+#include "html/closed_page.h"
 #include "html/html_to_rtf.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
 #include "html/local_pictures.h"
 #include "html/safe_page.h"
+#include "html/simple_page.h"
+#include "mail_file/body_page.h"
 #include "mail_file/mail_message.h"
 #include "message/escape_in_styles.h"
 #include "message/related_pictures.h"
@@ -144,6 +147,8 @@ const std::vector<NamedReader> kHtmlReaders = {
     {"HtmlTokenizer", ReadAttributes},
     {"HtmlToText", [](const std::string& html) { return html::HtmlToText(html); }},
     {"HtmlToRtf", [](const std::string& html) { return html::HtmlToRtf(html).text; }},
+    {"Simplify", [](const std::string& html) { return html::Simplify(html, html.size()); }},
+    {"ClosedPage", [](const std::string& html) { return html::ClosedPage(html); }},
     {"SafePage", [](const std::string& html) { return html::SafePage(html, {}); }},
     {"LookAt",
      [](const std::string& html) {
@@ -286,6 +291,10 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
           Row{"files in an attribute", "<p a='", "x=file:", "'>"}, Row{"programs", "<p a='", "ab://c=", "'>"},
           Row{"servers of the net", "<p a='", "=//a", "'>"}, Row{"brackets", "<p a='", "https:x?[", "'>"},
           Row{"pairs", "<p a='", "&a=https:x", "'>"}, Row{"labels", "<p title='", "a: ", "'>"},
+          Row{"a staircase of cells", "<table>", "<tr><td rowspan=1000>x<td>", "</table>"},
+          Row{"a steeper one", "<table>", "<tr><td rowspan=\1>x", "</table>"},
+          Row{"one of four rows", "<table>", "<tr><td rowspan=4>x<td rowspan=3>x", "</table>"},
+          Row{"fonts within fonts", "<div>", "<i><b>", "</div></i>"},
           Row{"servers in styles", "<style>", "\\\\a", "</style>"}}) {
       ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
                          [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });
@@ -570,6 +579,7 @@ Reader ReadMessage(std::string_view before) {
         IgnoreErrors(loading->message->TextOf(part));
         IgnoreErrors(loading->message->EachField(part, [](std::string_view, std::string_view) {}));
       }
+      IgnoreErrors(mail_file::BodyAsHtml(*loading->message));
     }
   };
 }
@@ -617,6 +627,9 @@ TEST(Growth, OfMessageFiles) {
        "--b\n",
        "--b--\n",
        "--b\n\nx\n",
+       "--b\nContent-Type: text/html\n\n<b>x<img src=cid:a>\n",
+       "--b\nContent-Type: text/html\n\n<img src=cid:a>\n--b\nContent-Type: image/gif\nContent-ID: <a>\n\nGIF89a\n",
+       "--b\nContent-Location: a\1/../../b\nContent-Type: text/css\n\np{background:url(b)}\n",
        "--x\nContent-\n",
        "X: y\n",
        "To: a@b.c\n",
