@@ -58,12 +58,13 @@ Result<std::optional<std::size_t>> Stream::Read(std::span<char> buffer, bool or_
     auto got = ReadWith(buffer, 0);
     if (!got || *got) return got;
   }
-  // What TLS has decrypted already is not seen by poll.
-  if (!tls_ || SSL_pending(tls_.get()) == 0) {
-    const auto events = static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0));
-    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
-  }
+  if (auto ready = WaitFor(or_to_write, patience); !ready) return ready.error();
   return ReadNow(buffer);
+}
+
+Result<void> Stream::WaitFor(bool or_to_write, const Patience& patience) {
+  if (tls_ && SSL_pending(tls_.get()) > 0) return {};  // decrypted already, which poll does not see
+  return Wait(socket_.get(), static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0)), patience);
 }
 
 void Stream::SetWaiting(bool waiting) {

@@ -29,6 +29,8 @@ class Stream {
   // Waits until there is something to read, and reads it; with `or_to_write`, also until what did not go may go, and
   // then what it reads may be nothing.
   Result<std::optional<std::size_t>> Read(std::span<char> buffer, bool or_to_write, const Patience& patience);
+  // Waits until there may be something to read.
+  Result<void> WaitToRead(const Patience& patience) { return WaitFor(false, patience); }
 
   // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
   Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
@@ -43,6 +45,7 @@ class Stream {
   void Close();
 
  private:
+  Result<void> WaitFor(bool or_to_write, const Patience& patience);
   Result<std::optional<std::size_t>> ReadWith(std::span<char> buffer, int flags);
   void SetWaiting(bool waiting);
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);

@@ -16,7 +16,7 @@
 namespace quillcast::smtp {
 
 // "Subject: N", an empty line, ".dot" and the ending, to "rN@example.net". Outcomes have to come in order.
-class Letters final : public JobSource {
+class Letters : public JobSource {
  public:
   enum class Size { kUnknown, kKnown };
 

@@ -20,6 +20,14 @@ using platform::Stop;
 constexpr std::uint16_t kTlsPort = 465;
 constexpr std::chrono::seconds kQuitPatience{2};
 
+// How long a connection is kept for a message that is not due yet.
+constexpr std::chrono::seconds kIdleKept{30};
+
+// How often a source that has none now is asked again: it may have one sooner than it said. And at least so long after
+// it was asked, should the moment that it names have passed.
+constexpr std::chrono::milliseconds kAskAgain{500};
+constexpr std::chrono::milliseconds kNotYet{1};
+
 Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
 Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}, false}; }
 
@@ -63,6 +71,8 @@ class Client::Driver {
   Outcome ConnectTo(const Server& server);
   Result<net::TlsContext*> Tls();
   void SendOver(Job& job);
+  net::Deadline AskAgain() const;
+  void RestUntilDue();
 
   std::optional<NoCoreDump> no_core_;  // while the password is in memory
   ClientOptions options_;
@@ -72,6 +82,7 @@ class Client::Driver {
   net::Resolver resolver_;
   std::unique_ptr<net::TlsContext> tls_;
   std::optional<Connection> connection_;
+  std::optional<platform::Instant> rests_since_;  // nothing is in flight, and nothing was due
 };
 
 Result<net::TlsContext*> Client::Driver::Tls() {
@@ -166,21 +177,46 @@ void Client::Driver::SendOver(Job& job) {
   connection_->Submit(job);
 }
 
+net::Deadline Client::Driver::AskAgain() const {
+  const auto now = around_.clock.Monotonic();
+  return net::Deadline::At(std::clamp<platform::Instant>(*jobs_.due(), now + kNotYet, now + kAskAgain));
+}
+
+// Servers hang up on who says nothing for some minutes, and a person's own are few: over a longer wait none is kept.
+void Client::Driver::RestUntilDue() {
+  const auto now = around_.clock.Monotonic();
+  if (!rests_since_) rests_since_ = now;
+  if (connection_ && *jobs_.due() - *rests_since_ >= kIdleKept) {
+    connection_->Quit(kQuitPatience, Stop::kStop);
+    connection_.reset();
+  }
+  around_.source->Waiting();
+  if (connection_) return connection_->Rest(AskAgain());
+  IgnoreErrors(net::WaitAny({}, {around_.clock, around_.cancel, Stop::kStop}, AskAgain()));  // a stop is seen by Run
+}
+
 void Client::Driver::Run(JobSource& source) {
   around_.source = &source;
   jobs_.Begin(source);
   for (;;) {
     if (connection_ && connection_->used_up()) connection_->Quit(kQuitPatience);
     if (connection_ && connection_->closed()) connection_.reset();
-    Job* job = !connection_ || connection_->WantsMessage() ? jobs_.Next() : nullptr;
+    const bool wants = !connection_ || connection_->WantsMessage();
+    Job* job = wants ? jobs_.Next() : nullptr;
     if (job != nullptr) {
+      rests_since_.reset();
       SendOver(*job);
       continue;
     }
     const bool caught_up = jobs_.CatchUp();
-    if (!connection_ || connection_->idle()) break;
+    const bool awaits_due = wants && jobs_.due() && caught_up;
+    if (!connection_ || connection_->idle()) {
+      if (!awaits_due || Stopped()) break;
+      RestUntilDue();
+      continue;
+    }
     if (Stopped() || !caught_up) connection_->Withdraw(Cancelled());
-    connection_->Advance();
+    connection_->Advance(awaits_due ? AskAgain() : net::Deadline::Never());
   }
   if (connection_) connection_->Quit(kQuitPatience);  // every message has its outcome: how QUIT goes is no matter
   connection_.reset();

@@ -20,9 +20,10 @@ class Client {
   Client(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel);
   ~Client();
 
-  // Takes jobs until there are none left or the person cancels, then says QUIT. A message whose end had not gone out
-  // when the connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is
-  // never sent again. Where no connection can be had the job fails with the reason, and the next job tries anew.
+  // Takes jobs until there are none left or the person cancels, then says QUIT; where none is due yet it waits, below
+  // half a minute over the connection that is there, else without one. A message whose end had not gone out when the
+  // connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is never sent
+  // again. Where no connection can be had the job fails with the reason, and the next job tries anew.
   void Run(JobSource& source);
 
   // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well. `watch` is

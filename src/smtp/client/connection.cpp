@@ -1,6 +1,7 @@
 #include "smtp/client/connection.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "net/resolver.h"
 #include "platform/entropy.h"
@@ -39,6 +40,10 @@ std::optional<ConnectionStep> StepOf(Awaited reply) {
     default:
       return {};
   }
+}
+
+bool IsLate(const Result<std::optional<std::size_t>>& count) {
+  return !count && count.error().failure == Failure::kTimedOut;
 }
 
 Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnectionLost, {}, std::move(reason)}; }
@@ -89,12 +94,17 @@ void Connection::Withdraw(const Outcome& why) {
   TakeEvents();
 }
 
-void Connection::Advance() {
+void Connection::Advance(const net::Deadline& back) {
   const bool blocked = !WriteAll();
   TakeEvents();
   if (session_.closed() || session_.Idle()) return;
-  WaitAndRead(blocked);
+  WaitAndRead(blocked, back);
   TakeEvents();
+}
+
+// Nothing is owed, so neither a wait that is over nor a cancel says anything of the connection.
+void Connection::Rest(const net::Deadline& back) {
+  if (stream_.WaitToRead({around_.clock, around_.cancel, platform::Stop::kStop, back})) ClosedMeanwhile();
 }
 
 // False when the server does not take all of it now.
@@ -121,33 +131,40 @@ bool Connection::WriteAll() {
 // The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
 // whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
 // while a write waits, so that two sides that both have much to say do not wait for each other.
-void Connection::WaitAndRead(bool blocked) {
+void Connection::WaitAndRead(bool blocked, const net::Deadline& back) {
   const auto began = around_.clock.Monotonic();
   if (session_.Step() != step_) {
     step_ = session_.Step();
     deadline_ = Earlier(
         around_.until, net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_)));
   }
-  const auto count = ReadOrShow(blocked, began);
-  around_.window.SetQuick(around_.clock.Monotonic() - began < kQuick);
+  const auto count = ReadOrShow(blocked, began, back);
+  if (!waits_since_) waits_since_ = began;
+  if (!count || *count || blocked) {
+    around_.window.SetQuick(around_.clock.Monotonic() - *std::exchange(waits_since_, {}) < kQuick);
+  }
   // A short read in clear took all that there is.
   if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
 }
 
 // Reads; and where the server takes its time, lets the conversation so far be shown. Once in a while, and not at each
-// wait, because that costs a write.
-Result<std::optional<std::size_t>> Connection::ReadOrShow(bool blocked, platform::Instant began) {
+// wait, because that costs a write. Nothing where it was time to come back before anything came.
+Result<std::optional<std::size_t>> Connection::ReadOrShow(bool blocked, platform::Instant began,
+                                                          const net::Deadline& back) {
+  const net::Deadline last = Earlier(deadline_, back);
   const auto read = [&](const net::Deadline& until) {
     return stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, until});
   };
   if (began - shown_ < kUnshown) {
-    auto count = read(Earlier(deadline_, net::Deadline::After(began, kUnshown)));
-    const bool quiet = !count && count.error().failure == Failure::kTimedOut;
-    if (!quiet || deadline_.Passed(around_.clock.Monotonic())) return count;
+    auto count = read(Earlier(last, net::Deadline::After(began, kUnshown)));
+    if (!IsLate(count) || deadline_.Passed(around_.clock.Monotonic())) return count;
+    if (back.Passed(around_.clock.Monotonic())) return std::optional<std::size_t>();
   }
   around_.source->Waiting();
   shown_ = around_.clock.Monotonic();
-  return read(deadline_);
+  auto count = read(last);
+  if (!IsLate(count) || deadline_.Passed(around_.clock.Monotonic())) return count;
+  return std::optional<std::size_t>();
 }
 
 void Connection::ReadAll() {

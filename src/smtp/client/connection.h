@@ -38,8 +38,10 @@ class Connection {
   void Submit(Job& job);
   // Messages that nothing was sent of yet get this outcome.
   void Withdraw(const Outcome& why);
-  // Writes what can be written, then waits for replies once and takes them.
-  void Advance();
+  // Writes what can be written, then waits for replies once and takes them. `back`: until then at most.
+  void Advance(const net::Deadline& back = net::Deadline::Never());
+  // While idle: waits until then, or until the server says or does something, or the person cancels.
+  void Rest(const net::Deadline& back);
   // Says QUIT and waits for the reply `longest` at most, or until the person gives up.
   Outcome Quit(std::chrono::seconds longest, platform::Stop gives_up_at = platform::Stop::kAbandon);
 
@@ -53,8 +55,8 @@ class Connection {
  private:
   net::Patience HandshakePatience() const;
   bool WriteAll();
-  void WaitAndRead(bool blocked);
-  Result<std::optional<std::size_t>> ReadOrShow(bool blocked, platform::Instant began);
+  void WaitAndRead(bool blocked, const net::Deadline& back);
+  Result<std::optional<std::size_t>> ReadOrShow(bool blocked, platform::Instant began, const net::Deadline& back);
   void ReadAll();
   bool Take(const Result<std::optional<std::size_t>>& count);
   void TakeEvents();
@@ -73,6 +75,7 @@ class Connection {
   std::uint64_t step_;  // the one that `deadline_` belongs to
   net::Deadline deadline_ = net::Deadline::Never();
   platform::Instant shown_;  // when the conversation was shown last
+  std::optional<platform::Instant> waits_since_;
   bool ready_ = false;
   std::optional<Outcome> ended_;
   std::uint64_t told_ = 0;  // octets of the message under way

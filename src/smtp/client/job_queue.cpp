@@ -39,7 +39,7 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
 
 void JobQueue::Begin(JobSource& source) {
   source_ = &source;
-  no_more_ = false;
+  exhausted_ = given_up_ = false;
 }
 
 JobQueue::Entry* JobQueue::FirstAt(Entry::Stage stage) {
@@ -51,10 +51,14 @@ JobQueue::Entry* JobQueue::FirstAt(Entry::Stage stage) {
 
 Job* JobQueue::Next() {
   if (waiting_ > 0) return FirstAt(Entry::Stage::kWaiting)->job;
-  if (no_more_ || cancel_.Requested() != platform::Stop::kNone) return nullptr;
+  due_.reset();
+  if (exhausted_ || given_up_ || cancel_.Requested() != platform::Stop::kNone) return nullptr;
   Job* job = source_->NextJob();
-  no_more_ = job == nullptr;
-  if (no_more_) return nullptr;
+  if (job == nullptr) {
+    due_ = source_->NextDue();
+    exhausted_ = !due_;
+    return nullptr;
+  }
   Entry& entry = entries_.Push();
   entry.job = job;
   entry.stage = Entry::Stage::kWaiting;
@@ -100,11 +104,12 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
   entry.outcome.begun = outcome.begun || entry.moved;
   source_->Decided(*entry.job, entry.outcome);
   told_ = true;
+  exhausted_ = false;
   while (!entries_.empty() && entries_.front().stage == Entry::Stage::kSettled) {
     const Entry& first = entries_.front();
     source_->Finished(*first.job, first.outcome);
     const int times = breaker_.TimeToAsk(first.outcome);
-    if (times != 0 && !no_more_) no_more_ = !source_->GoOn(first.outcome, times);
+    if (times != 0 && !given_up_) given_up_ = !source_->GoOn(first.outcome, times);
     entries_.Pop();
     if (!entries_.empty()) TellLog(entries_.front());
   }

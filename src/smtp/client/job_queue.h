@@ -27,6 +27,8 @@ class JobQueue {
   // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
   // next one until Submitted or Fail is called.
   Job* Next();
+  // After Next had none: when there may be one, nothing where there is none any more, or the person cancelled.
+  const std::optional<platform::Instant>& due() const { return due_; }
   void Submitted();
   // It has had one connection already: there is no third.
   void Move();
@@ -66,8 +68,10 @@ class JobQueue {
   ReusedQueue<Entry> entries_;
   std::size_t waiting_ = 0;  // entries at that stage
   Breaker breaker_;
-  bool no_more_ = false;
-  bool told_ = false;  // something since CaughtUp
+  std::optional<platform::Instant> due_;
+  bool exhausted_ = false;  // there were no more, and no outcome was told since
+  bool given_up_ = false;   // nobody wanted to go on after a refusal
+  bool told_ = false;       // something since CaughtUp
 };
 
 }  // namespace quillcast::smtp

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
+#include "platform/clock.h"
 #include "smtp/capabilities.h"
 #include "smtp/envelope.h"
 #include "smtp/message_source.h"
@@ -22,9 +24,13 @@ struct Job {
 class JobSource {
  public:
   virtual ~JobSource() = default;
-  // The next message, nullptr when there is none any more. The job stays where it is until Finished has been called for
-  // it; with several messages in flight more than one is out at a time.
+  // The next message, nullptr when there is none now. The job stays where it is until Finished has been called for it;
+  // with several messages in flight more than one is out at a time.
   virtual Job* NextJob() = 0;
+  // Asked right after NextJob had none: the moment of Clock::Monotonic from which there may be one, which need not be
+  // kept, or nothing where there is none any more. Both are asked again once an outcome was told, and twice a second
+  // while the moment is waited for; so whoever does not know it names one that is far.
+  virtual std::optional<platform::Instant> NextDue() { return {}; }
   // From the next CaughtUp on the message may be out. A second time where it goes over another connection.
   virtual void GoesOut(Job& /*job*/) {}
   // What became of it, as soon as that is known: once for each job, at the latest right before Finished.
