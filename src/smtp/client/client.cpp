@@ -54,6 +54,7 @@ class Client::Driver {
       : options_(std::move(options)), jobs_(cancel), around_{options_, clock, cancel,
                                                              window_,  jobs_, [this] { return Tls(); }} {
     if (!options_.password.empty()) no_core_.emplace();
+    if (options_.per_connection > 0) window_.LimitConnection(options_.per_connection);
   }
   Driver(const Driver&) = delete;
   Driver& operator=(const Driver&) = delete;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ struct ClientOptions {
   // Where the server offers PIPELINING: commands that need no reply in between in one write, and with CHUNKING several
   // messages in flight (see ClientSession). Off: one command, one reply.
   bool pipeline = false;
+  // At most so many messages go over one connection, then QUIT and another one; 0 for as many as the server takes.
+  std::size_t per_connection = 0;
   // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of
   // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
   std::chrono::seconds timeout{60};

@@ -39,7 +39,7 @@ class SendWindow {
   }
   bool cautious() const { return cautious_; }
 
-  // The server takes so many messages over one connection, and no more.
+  // No more than so many messages go over one connection: the server takes no more, or the person wants no more.
   void LimitConnection(std::size_t messages) { per_connection_ = std::min(per_connection_, messages); }
   std::size_t per_connection() const { return per_connection_; }
 
