@@ -74,6 +74,7 @@
 #include "desktop/recipients/where_form.h"
 #include "desktop/run/extra_form3.h"
 #include "desktop/run/history_manager_form.h"
+#include "desktop/run/kept_runs_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/run/shut_down_form.h"
@@ -101,6 +102,7 @@
 #include "platform/sqlite.h"
 #include "recipients/import/kept_mappings.h"
 #include "recipients/store_connection.h"
+#include "support/kept_mailing.h"
 #include "support/stored_archive.h"
 
 namespace quillcast::desktop {
@@ -739,6 +741,11 @@ class ScreensTest : public QObject {
     }
     HistoryManagerForm history(rig.program, nullptr);
     Take(history, "history");
+    KeptRunsForm no_runs(rig.program, nullptr);
+    Take(no_runs, "runs-empty");
+    QVERIFY(test::LeaveCutOff(rig.folders, "Customers"));
+    KeptRunsForm runs(rig.program, nullptr);
+    Take(runs, "runs");
     {
       test::FormRig fresh;
       GroupManagerForm no_groups(fresh.program, nullptr);

@@ -8,6 +8,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
+#include "run/kept_runs.h"
 
 namespace quillcast::desktop {
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
@@ -55,7 +56,10 @@ void HistoryManagerForm::MakeButtons(FormColumn* column) {
   open_log_ = make("OpenLogButton", tr("Open &Log"), [this] { Open(run::OpenLog); });
   open_log_->setDefault(true);
   open_message_ = make("OpenMessageButton", tr("Open &Message"), [this] { Open(run::OpenMessage); });
-  column->AddLine({open_log_, open_message_, nullptr,
+  auto* runs = make("RunsButton", tr("&Runs…"), [this] {
+    if (show_runs) show_runs();
+  });
+  column->AddLine({open_log_, open_message_, runs, nullptr,
                    make("ClearHistoryButton", tr("Clear &History…"), [this] { Clear(); }),
                    make("CloseButton", tr("Close"), [this] { reject(); })});
 }
@@ -101,6 +105,18 @@ void HistoryManagerForm::Open(Opener opener) {
   if (!opened) status_->Fail(opened.error());
 }
 
+// With the reports goes what the journal keeps of those runs.
+QStringList HistoryManagerForm::ForgetFinished() {
+  if (!std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) return {};
+  const platform::CancelToken none;
+  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+  const auto forgotten = journal ? run::ForgetFinished(**journal) : Result<run::Forgotten>(journal.error());
+  if (!forgotten) return {InWords(forgotten.error())};
+  QStringList sentences;
+  for (const auto& sentence : run::WhatStayed(*forgotten)) sentences << InWords(sentence);
+  return sentences;
+}
+
 void HistoryManagerForm::Clear() {
   const auto cleared = run::ClearHistory(program_.folders.History(), program_.prompts);
   if (cleared.clearing != run::Clearing::kCleared) return;
@@ -109,6 +125,7 @@ void HistoryManagerForm::Clear() {
   for (const auto& sentence : run::WhatStayed(cleared)) sentences << InWords(sentence);
   const auto done = run::WhatFailed(cleared, program_.folders.History());
   if (!done) sentences << InWords(done.error());
+  sentences << ForgetFinished();
   cleared_ = sentences.join(' ');
   accept();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <vector>
 
 #include "profile/program.h"
@@ -21,6 +22,8 @@ class HistoryManagerForm final : public QDialog {
   Q_OBJECT
  public:
   HistoryManagerForm(const profile::Program& program, QWidget* parent);
+  // Opens the window of the runs that are kept, and returns when that has closed.
+  std::function<void()> show_runs;
   // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
   QString cleared() const { return cleared_; }
 
@@ -36,6 +39,7 @@ class HistoryManagerForm final : public QDialog {
                                   platform::Prompts&);
   void Open(Opener opener);
   void Clear();
+  QStringList ForgetFinished();
 
   const profile::Program& program_;
   std::vector<run::HistoryRow> rows_;

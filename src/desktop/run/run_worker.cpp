@@ -32,9 +32,26 @@ RunWorker::~RunWorker() {
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
                       const std::optional<run::PartialRange>& range) {
   news_.total = range ? run::SizeOf(*range) : group.recipients;  // until the run knows better
-  thread_ = std::thread([this, document, group, range] {
-    auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
-    auto summary = std::make_shared<Result<run::RunSummary>>(prepared.Run(range, *this));
+  Run([this, document, group, range] {
+    return run::Prepare(document, group, run::PlaceOf(program_, cancel_)).Run(range, *this);
+  });
+}
+
+void RunWorker::GoOnWith(const GoOnRequest& request) {
+  news_.total = request.recipients;
+  Run([this, request]() -> Result<run::RunSummary> {
+    auto prepared = run::PrepareToGoOn(request.run, request.kind, request.states, run::PlaceOf(program_, cancel_));
+    if (!prepared) return prepared.error();
+    const auto changed = prepared->WhatChangedSince();
+    if (!changed) return changed.error();
+    for (const auto& sentence : *changed) Note(sentence);
+    return prepared->Run({}, *this);
+  });
+}
+
+void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
+  thread_ = std::thread([this, run = std::move(run)] {
+    auto summary = std::make_shared<Result<run::RunSummary>>(run());
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;

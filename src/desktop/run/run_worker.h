@@ -4,12 +4,14 @@
 
 #include <QObject>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "desktop/run/go_on_request.h"
 #include "document/message_document.h"
 #include "platform/cancel.h"
 #include "profile/program.h"
@@ -38,6 +40,8 @@ class RunWorker final : public QObject, private run::RunListener {
   // Once. The account and its settings are read anew.
   void Start(const document::MessageDocument& document, const run::ChosenGroup& group,
              const std::optional<run::PartialRange>& range);
+  // The same for a kept run, whose message and list are its own; what is other by now is noted first.
+  void GoOnWith(const GoOnRequest& request);
   // The first time nothing new is started; the second time the message under way is given up.
   void Stop() { cancel_.Request(); }
   bool is_running() const { return thread_.joinable(); }
@@ -59,6 +63,7 @@ class RunWorker final : public QObject, private run::RunListener {
     std::string address;
   };
 
+  void Run(std::function<Result<run::RunSummary>()> run);
   void Began(const std::filesystem::path& report) override;
   void ReportLine(std::string_view) override {}  // the window reads the report's file
   void Finished(const run::RecipientResult& result) override;

@@ -77,6 +77,33 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
   before_->LookAt(document_, group_);
 }
 
+namespace {
+
+document::MessageDocument SubjectOf(const GoOnRequest& request) {
+  document::MessageDocument document;
+  document.subject = request.subject;
+  return document;
+}
+
+run::ChosenGroup GroupOf(const GoOnRequest& request) {
+  run::ChosenGroup chosen;
+  chosen.group.name = request.group;
+  chosen.recipients = request.recipients;
+  return chosen;
+}
+
+}  // namespace
+
+// Its message, list and pictures were settled when it began: nothing of them is asked or looked at again.
+SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest& request, Server server,
+                             QWidget* parent)
+    : SendMailForm1(program, SubjectOf(request), GroupOf(request), server, parent) {
+  request_ = request;
+  setWindowTitle(tr("Go On with a Run"));
+  range_->hide();
+  before_->Close();
+}
+
 void SendMailForm1::BuildWindow(Server server) {
   setObjectName("SendMailForm1");
   setWindowTitle(tr("Send"));
@@ -183,7 +210,7 @@ void SendMailForm1::StartRun() {
   before_->Close();
   running_.start();
   tick_->start(kTick);
-  worker_->Start(document_, group_, *range);
+  request_ ? worker_->GoOnWith(*request_) : worker_->Start(document_, group_, *range);
 }
 
 void SendMailForm1::AskToCancel() {

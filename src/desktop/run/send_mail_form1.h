@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <chrono>
 #include <functional>
+#include <optional>
 
 #include "desktop/run/run_worker.h"
 #include "desktop/widgets/note.h"
@@ -35,6 +36,9 @@ class SendMailForm1 final : public QDialog {
   enum class Server { kReal, kPractice };
   SendMailForm1(const profile::Program& program, document::MessageDocument document, run::ChosenGroup group,
                 Server server, QWidget* parent);
+
+  // To go on with a kept run.
+  SendMailForm1(const profile::Program& program, const GoOnRequest& request, Server server, QWidget* parent);
 
   enum class Stage { kIdle, kRunning, kFinished };
   Stage stage() const { return stage_; }
@@ -76,6 +80,7 @@ class SendMailForm1 final : public QDialog {
   const profile::Program& program_;
   document::MessageDocument document_;
   const run::ChosenGroup group_;
+  std::optional<GoOnRequest> request_;  // a kept run, in place of the document's
   Stage stage_ = Stage::kIdle;
   bool cancel_asked_ = false;
   bool asking_ = false;         // the question whether to cancel is open

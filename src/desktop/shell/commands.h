@@ -86,6 +86,8 @@ void PreviewAsMail(Shell& shell);  // in the mail program
 void PreviewInside(Shell& shell);
 void Send(Shell& shell);
 void ShowHistory(Shell& shell);
+// Those that are kept, to go on with; also from the history and the notice.
+void ShowKeptRuns(Shell& shell);
 
 // tools_commands.cpp
 void EditAccount(Shell& shell);

@@ -179,6 +179,7 @@ std::optional<QString> TopicOf(const QString& window) {
       {"RecipientExportForm", "Group Manager 3.htm"},
       {"ExtraForm4", "Extra Tools 5.htm"},
       {"HistoryManagerForm", "History Manager.htm"},
+      {"KeptRunsForm", "History Manager.htm"},
       {"ExtraForm1", "Extra Tools 2.htm"},
       {"ExtraForm2", "Extra Tools 3.htm"},
       {"ExtraForm3", "Extra Tools 4.htm"},

@@ -171,6 +171,7 @@ void MainForm::ConnectHeader() {
 void MainForm::ConnectNotices() {
   connect(notices_, &Notices::RestorePressed, this, [this] { AtWork([this] { RestoreDraft(*shell_); }); });
   connect(notices_, &Notices::PracticePressed, this, [this] { AtWork([this] { ShowPracticeMailbox(*shell_); }); });
+  connect(notices_, &Notices::RunsPressed, this, [this] { AtWork([this] { ShowKeptRuns(*shell_); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
   connect(notices_, &Notices::Failed, this, [this](const Error& error) { shell_->Tell(error); });
@@ -198,7 +199,7 @@ void MainForm::LoadDocument() {
   StartDocument(*shell_);
   if (isVisible()) editor_->BeginTyping();
   notices_->GoOnPractising();
-  notices_->Refresh();
+  notices_->LookForCutOff();
   is_loaded_ = true;
   requests_->Resume();
   if (tips_wait_) Soon(this, [this] { ShowTipsAtStart(); });

@@ -1,12 +1,16 @@
 // The commands of the Message menu.
+#include <QApplication>
+
 #include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/run/history_manager_form.h"
+#include "desktop/run/kept_runs_form.h"
 #include "desktop/run/preview_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/widgets/qt_text.h"
@@ -93,8 +97,27 @@ void Send(Shell& shell) {
   if (form.shuts_down()) shell.window.close();
 }
 
+void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
+  using Server = SendMailForm1::Server;
+  SendMailForm1 form(shell.program, request, shell.practice.practice().Serves() ? Server::kPractice : Server::kReal,
+                     QApplication::activeWindow());
+  form.skip_save_prompt = [&shell](bool skip) { shell.skip_save_prompt = skip; };
+  form.refused = [&shell](const QString& why) { shell.Say(why); };
+  form.exec();
+  if (form.shuts_down()) shell.window.close();
+}
+
+void ShowKeptRuns(Shell& shell) {
+  QWidget* parent = QApplication::activeWindow();
+  KeptRunsForm form(shell.program, parent == nullptr ? &shell.window : parent);
+  form.go_on = [&shell](const GoOnRequest& request) { GoOnWithRun(shell, request); };
+  form.exec();
+  shell.notices.LookForCutOff();
+}
+
 void ShowHistory(Shell& shell) {
   HistoryManagerForm form(shell.program, &shell.window);
+  form.show_runs = [&shell] { ShowKeptRuns(shell); };
   form.exec();
   if (!form.cleared().isEmpty()) shell.Say(form.cleared());
 }

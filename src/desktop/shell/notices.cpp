@@ -9,6 +9,7 @@
 #include "desktop/widgets/notice_bar.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
+#include "run/kept_runs.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -47,6 +48,8 @@ Notices::Notices(const profile::Program& program, const document::Drafts& drafts
 void Notices::Refresh() {
   if (pictures_->asks()) {
     bar_->hide();
+  } else if (cut_off_) {
+    ShowCutOff();
   } else if (drafts_.AreOffered()) {
     ShowDraft();
   } else if (practice_.practice().is_on()) {
@@ -54,6 +57,36 @@ void Notices::Refresh() {
   } else {
     ShowAccount();
   }
+}
+
+// The newest is offered; the window of all runs has the others.
+void Notices::LookForCutOff() {
+  cut_off_.reset();
+  if (std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) {
+    const platform::CancelToken none;
+    const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+    auto mailings = journal ? run::CutOffMailings(**journal) : Result<std::vector<run::MailingEntry>>(journal.error());
+    if (!mailings) {
+      emit Failed(mailings.error());
+    } else {
+      std::erase_if(*mailings,
+                    [this](const auto& mailing) { return left_for_later_.contains(mailing.runs.back().id); });
+      if (!mailings->empty()) cut_off_ = std::move(mailings->front());
+    }
+  }
+  Refresh();
+}
+
+void Notices::ShowCutOff() {
+  QStringList sentences = {tr("The run “%1” to %2 was cut off.")
+                               .arg(ToQt(platform::Printable(cut_off_->subject, kLongestShown)),
+                                    ToQt(platform::Printable(cut_off_->group, kLongestShown)))};
+  for (const auto& sentence : run::WhatIsLeft(*cut_off_)) sentences << InWords(sentence);
+  bar_->Show(sentences.join(' '), {{tr("&Go on…"), "GoOnWithRunButton", [this] { emit RunsPressed(); }},
+                                   {tr("Later"), "LaterButton", [this] {
+                                      left_for_later_.insert(cut_off_->runs.back().id);
+                                      LookForCutOff();
+                                    }}});
 }
 
 void Notices::ShowDraft() {

@@ -3,10 +3,13 @@
 #pragma once
 
 #include <QWidget>
+#include <optional>
+#include <set>
 
 #include "document/drafts.h"
 #include "platform/result.h"
 #include "profile/program.h"
+#include "run/journal/run_journal.h"
 
 class QTimer;
 
@@ -23,6 +26,8 @@ class Notices final : public QWidget {
 
   // What is due now.
   void Refresh();
+  // Whether there is a run to be gone on with, because its program or its computer was stopped.
+  void LookForCutOff();
   // Takes up practice where an earlier session left it.
   void GoOnPractising();
   PicturesPanel& pictures() { return *pictures_; }
@@ -34,10 +39,12 @@ class Notices final : public QWidget {
   void RestorePressed();
   void AccountPressed();
   void PracticePressed();
+  void RunsPressed();
   void PracticeChanged();  // and with it the account
   void Failed(const quillcast::Error& error);
 
  private:
+  void ShowCutOff();
   void ShowDraft();
   void ShowPractice();
   void ShowAccount();
@@ -48,8 +55,10 @@ class Notices final : public QWidget {
   PracticeMailbox& practice_;
   NoticeBar* bar_;
   PicturesPanel* pictures_;  // in the bar's place while it asks
-  qint64 arrived_ = 0;       // in the practice mailbox, those of earlier sessions too
-  QTimer* arrivals_;         // tells of them a few times a second
+  std::optional<run::MailingEntry> cut_off_;
+  std::set<run::RunId> left_for_later_;  // the last runs of mailings, as the person said
+  qint64 arrived_ = 0;                   // in the practice mailbox, those of earlier sessions too
+  QTimer* arrivals_;                     // tells of them a few times a second
 };
 
 }  // namespace quillcast::desktop

@@ -1,0 +1,20 @@
+// What the sending window is asked to do with a kept run.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "run/journal/run_journal.h"
+
+namespace quillcast::desktop {
+
+struct GoOnRequest {
+  run::RunId run = 0;
+  run::RunKind kind = run::RunKind::kResume;
+  run::StateSet states;
+  std::string subject;
+  std::string group;
+  std::int64_t recipients = 0;  // in those states
+};
+
+}  // namespace quillcast::desktop

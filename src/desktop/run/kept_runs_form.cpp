@@ -1,0 +1,282 @@
+#include "desktop/run/kept_runs_form.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "desktop/widgets/background_task.h"
+#include "desktop/widgets/form_column.h"
+#include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "desktop/widgets/status_line.h"
+#include "platform/file_attributes.h"
+#include "platform/text.h"
+#include "run/mailing_lists.h"
+#include "run/mailing_page.h"
+#include "run/run_words.h"
+
+namespace quillcast::desktop {
+namespace {
+
+using run::ResultState;
+
+constexpr std::size_t kLongestSubject = 60;
+constexpr platform::LockPatience kPatience{.lock_wait = std::chrono::seconds(5)};
+
+// Whom the box offers, in its order, and the run that goes to them.
+struct Whom {
+  const char* text;
+  run::StateSet states;
+  std::optional<run::RunKind> kind;
+};
+const std::array<Whom, 7>& Offered() {
+  using run::RunKind;
+  static const std::array<Whom, 7> kOffered = {{
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Not tried"), run::SetOf({ResultState::kNotTried}),
+       RunKind::kResume},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Deferred and failed"),
+       run::SetOf({ResultState::kDeferred, ResultState::kFailed}), RunKind::kRetry},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Refused"), run::SetOf({ResultState::kRefused}),
+       RunKind::kRetry},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Unknown"), run::SetOf({ResultState::kUnknown}),
+       RunKind::kResume},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "All who are not known to have got it"),
+       run::StateSet().set().reset(static_cast<std::size_t>(ResultState::kSent)),
+       {}},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Sent"), run::SetOf({ResultState::kSent}), {}},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Everybody"), run::StateSet().set(), {}},
+  }};
+  return kOffered;
+}
+
+}  // namespace
+
+KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
+    : QDialog(parent),
+      program_(program),
+      grid_(new RowList(
+          "KeptRunsGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this)),
+      states_(new QComboBox(this)),
+      group_(new QLineEdit(this)),
+      status_(new StatusLine(this)),
+      task_(new BackgroundTask(this)) {
+  setObjectName("KeptRunsForm");
+  setWindowTitle(tr("Runs"));
+  resize(760, 480);
+  for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
+  grid_->SetLongText(LongText::kWrapped);
+  grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
+  group_->setMaxLength(255);
+  auto* column = new FormColumn(this);
+  column->Add(grid_, 1);
+  auto* grid = column->AddGrid();
+  grid->Add("StateComboBox", tr("&Whom:"), states_);
+  grid->Add("GroupTextBox", tr("&Group to make of them:"), group_);
+  column->Add(status_);
+  MakeButtons(column);
+  connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
+  connect(states_, &QComboBox::currentIndexChanged, this, &KeptRunsForm::EnableButtons);
+  connect(group_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
+  Fill();
+  grid_->setFocus();
+}
+
+void KeptRunsForm::MakeButtons(FormColumn* column) {
+  const auto make = [this](const char* name, const QString& text, auto press) {
+    auto* button = new QPushButton(text, this);
+    button->setObjectName(name);
+    connect(button, &QPushButton::clicked, this, press);
+    return button;
+  };
+  send_ = make("SendToTheseButton", tr("&Send to These…"), [this] { SendToThese(); });
+  send_->setDefault(true);
+  list_ = make("SaveListButton", tr("Save &List…"), [this] { ExportList(); });
+  make_group_ = make("MakeGroupButton", tr("&Make Group"), [this] { MakeGroup(); });
+  report_ = make("PageButton", tr("&Report…"), [this] { WriteReport(); });
+  forget_ = make("ForgetButton", tr("&Forget…"), [this] { Forget(); });
+  column->AddLine(
+      {send_, list_, make_group_, report_, forget_, nullptr, make("CloseButton", tr("Close"), [this] { reject(); })});
+}
+
+void KeptRunsForm::Fill() {
+  mailings_.clear();
+  lines_.clear();
+  const platform::CancelToken none;
+  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+  auto mailings = journal ? (*journal)->List() : journal.error();
+  if (!mailings) {
+    grid_->Reset(0);
+    EnableButtons();
+    status_->Fail(mailings.error());
+    return;
+  }
+  mailings_ = std::move(*mailings);
+  for (std::size_t mailing = 0; mailing < mailings_.size(); ++mailing) {
+    for (std::size_t run = 0; run < mailings_[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
+  }
+  grid_->Reset(lines_.size());
+  if (!lines_.empty()) grid_->Choose(0);
+  EnableButtons();
+}
+
+// A mailing by its first run, with where its recipients are now; those that went on with it below.
+QString KeptRunsForm::TextOf(std::size_t row) const {
+  const run::MailingEntry& mailing = mailings_[lines_[row].mailing];
+  const run::RunEntry& run = mailing.runs[lines_[row].run];
+  const std::tm local = program_.clock.Local(run.began);
+  const QDateTime began(QDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
+                        QTime(local.tm_hour, local.tm_min, std::min(local.tm_sec, 59)));
+  const QString when = QLocale().toString(began, QLocale::ShortFormat);
+  const QString recipients = Counted(run.recipients, tr("1 recipient"), tr("%1 recipients"));
+  if (run.kind == run::RunKind::kResume) return tr("    %1  went on, %2").arg(when, recipients);
+  if (run.kind == run::RunKind::kRetry) return tr("    %1  tried again, %2").arg(when, recipients);
+  return tr("%1  “%2” to %3: %4")
+      .arg(when, ToQt(platform::Printable(mailing.subject, kLongestSubject)),
+           ToQt(platform::Printable(mailing.group, kLongestSubject)), ToQt(run::CountsText(mailing.counts)));
+}
+
+const run::MailingEntry* KeptRunsForm::Chosen() const {
+  const auto chosen = grid_->Chosen();
+  return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
+}
+
+run::StateSet KeptRunsForm::States() const {
+  return Offered().at(static_cast<std::size_t>(states_->currentIndex())).states;
+}
+
+std::optional<run::RunKind> KeptRunsForm::Kind() const {
+  return Offered().at(static_cast<std::size_t>(states_->currentIndex())).kind;
+}
+
+std::int64_t KeptRunsForm::Count() const {
+  const run::MailingEntry* mailing = Chosen();
+  if (mailing == nullptr) return 0;
+  std::int64_t count = 0;
+  for (std::size_t n = 0; n < run::kResultStates; ++n) count += States()[n] ? mailing->counts[n] : 0;
+  return count;
+}
+
+void KeptRunsForm::EnableButtons() {
+  const run::MailingEntry* mailing = Chosen();
+  const bool is_free = mailing != nullptr && !task_->is_running();
+  const bool is_sent_now = mailing != nullptr && run::StandingOf(*mailing) == run::MailingStanding::kGoesOn;
+  const bool has_any = is_free && Count() > 0;
+  send_->setEnabled(has_any && Kind() && !is_sent_now);
+  list_->setEnabled(has_any);
+  make_group_->setEnabled(has_any && !group_->text().trimmed().isEmpty());
+  report_->setEnabled(is_free);
+  forget_->setEnabled(is_free && !is_sent_now);
+  if (mailing == nullptr || task_->is_running()) return;
+  QStringList sentences;
+  if (is_sent_now) sentences << tr("This run goes on in another window or program.");
+  sentences << Counted(Count(), tr("1 recipient is in this state."), tr("%1 recipients are in this state."));
+  for (const auto& sentence : run::WhatIsLeft(*mailing)) sentences << InWords(sentence);
+  status_->Say(sentences.join(' '));
+}
+
+void KeptRunsForm::SendToThese() {
+  const run::MailingEntry* mailing = Chosen();
+  if (mailing == nullptr || !Kind() || !go_on) return;
+  if (run::Holds(States(), ResultState::kUnknown) &&
+      program_.prompts.Ask(
+          "Their messages were out and no answers came, so some of them may get this one twice. Are you "
+          "sure you want to send it to them again?") != platform::Answer::kYes) {
+    return;
+  }
+  go_on({mailing->runs.front().id, *Kind(), States(), mailing->subject, mailing->group, Count()});
+  Fill();
+}
+
+void KeptRunsForm::Work(std::function<Result<Sentence>(run::RunJournal&, const platform::CancelToken&)> work) {
+  task_->Start([this, work = std::move(work), &folders = program_.folders,
+                &clock = program_.clock](const platform::CancelToken& cancel) -> std::function<void()> {
+    const auto journal = run::OpenJournal(folders, clock, cancel);
+    auto done = journal ? work(**journal, cancel) : Result<Sentence>(journal.error());
+    return [this, done = std::move(done)] {
+      EnableButtons();
+      done ? status_->Say(InWords(*done)) : status_->Fail(done.error());
+    };
+  });
+  EnableButtons();
+  status_->Say(tr("Working…"));
+}
+
+void KeptRunsForm::ExportList() {
+  const run::MailingEntry* mailing = Chosen();
+  const auto file = program_.prompts.PickSaveFile({.title = "Save List",
+                                                   .filter = "Comma Separated Values (*.csv)|*.csv|All Files (*.*)|*.*",
+                                                   .ask_before_overwriting = true});
+  if (file.empty() || mailing == nullptr) return;
+  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
+  if (!may_write) return status_->Fail(may_write.error());
+  if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
+  Work([file, id = mailing->id, states = States(), own = program_.folders.OwnFiles()](
+           run::RunJournal& journal, const platform::CancelToken& cancel) -> Result<Sentence> {
+    std::int64_t rows = 0;
+    auto written = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
+      const auto listed = run::WriteList(journal, id, states, cancel,
+                                         [&](std::string_view text) { return platform::WriteAll(fd, file, text); });
+      if (!listed) return listed.error();
+      rows = *listed;
+      return {};
+    });
+    if (!written) return written.error();
+    return SayOf(rows, "{} recipient was written to {}.", "{} recipients were written to {}.", file.string());
+  });
+}
+
+void KeptRunsForm::MakeGroup() {
+  const run::MailingEntry* mailing = Chosen();
+  if (mailing == nullptr) return;
+  Work([mailing = *mailing, states = States(), name = FromQt(group_->text().trimmed()),
+        database = program_.folders.Database()](run::RunJournal& journal,
+                                                const platform::CancelToken& cancel) -> Result<Sentence> {
+    recipients::RecipientStore store(database, {.lock_wait = kPatience.lock_wait, .cancel = &cancel});
+    const auto made = run::MakeGroup(journal, mailing, states, name, store);
+    if (!made) return made.error();
+    return Say("The group {} was made of {} recipients; {} more have addresses that stand in it already.", name,
+               NumberValue(made->added), NumberValue(made->twice));
+  });
+}
+
+void KeptRunsForm::WriteReport() {
+  const run::MailingEntry* mailing = Chosen();
+  const auto file = program_.prompts.PickSaveFile({.title = "Save Report",
+                                                   .filter = "HTML Files (*.html)|*.html|All Files (*.*)|*.*",
+                                                   .ask_before_overwriting = true});
+  if (file.empty() || mailing == nullptr) return;
+  const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
+  if (!may_write) return status_->Fail(may_write.error());
+  if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
+  Work([file, mailing = *mailing, own = program_.folders.OwnFiles(), &clock = program_.clock](
+           run::RunJournal& journal, const platform::CancelToken& cancel) -> Result<Sentence> {
+    auto written = platform::ReplaceChosenFile(file, own, [&](int fd) {
+      return run::WriteMailingPage(journal, mailing, clock, cancel,
+                                   [&](std::string_view html) { return platform::WriteAll(fd, file, html); });
+    });
+    if (!written) return written.error();
+    return Say("The report is in {}.", file.string());
+  });
+}
+
+void KeptRunsForm::Forget() {
+  const run::MailingEntry* mailing = Chosen();
+  if (mailing == nullptr ||
+      program_.prompts.Ask("Are you sure you want to forget this run?") != platform::Answer::kYes) {
+    return;
+  }
+  const platform::CancelToken none;
+  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+  const auto gone = journal ? (*journal)->Forget(mailing->id) : Result<void>(journal.error());
+  Fill();
+  if (!gone) return status_->Fail(gone.error());
+  status_->Say(tr("The run was forgotten; its report stays in the history."));
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,70 @@
+// The runs that are kept: how each stands, and what can be done about its recipients.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "desktop/run/go_on_request.h"
+#include "profile/program.h"
+#include "run/kept_runs.h"
+
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+
+namespace quillcast::desktop {
+
+class BackgroundTask;
+class FormColumn;
+class RowList;
+class StatusLine;
+
+class KeptRunsForm final : public QDialog {
+  Q_OBJECT
+ public:
+  KeptRunsForm(const profile::Program& program, QWidget* parent);
+
+  // Opens the sending window for it, and returns when that has closed.
+  std::function<void(const GoOnRequest&)> go_on;
+
+ private:
+  // A line of the list: a mailing, or a run that went on with it.
+  struct Line {
+    std::size_t mailing = 0;
+    std::size_t run = 0;
+  };
+
+  void MakeButtons(FormColumn* column);
+  void Fill();
+  void EnableButtons();
+  QString TextOf(std::size_t row) const;
+  const run::MailingEntry* Chosen() const;
+  std::int64_t Count() const;  // of those that the boxes ask for
+  run::StateSet States() const;
+  std::optional<run::RunKind> Kind() const;  // of a run to them; nothing where they have it already
+  void SendToThese();
+  // What takes as long as the mailing is large, on a thread of its own; what it returns is told.
+  void Work(std::function<Result<Sentence>(run::RunJournal&, const platform::CancelToken&)> work);
+  void ExportList();
+  void MakeGroup();
+  void WriteReport();
+  void Forget();
+
+  const profile::Program& program_;
+  std::vector<run::MailingEntry> mailings_;
+  std::vector<Line> lines_;
+  RowList* grid_;
+  QComboBox* states_;
+  QLineEdit* group_;
+  StatusLine* status_;
+  BackgroundTask* task_;
+  QPushButton* send_ = nullptr;
+  QPushButton* list_ = nullptr;
+  QPushButton* make_group_ = nullptr;
+  QPushButton* report_ = nullptr;
+  QPushButton* forget_ = nullptr;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,136 @@
+// The window of the runs that are kept, and the notice that offers to go on with one that was cut off.
+#include "desktop/run/kept_runs_form.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "desktop/form_rig.h"
+#include "desktop/run/history_manager_form.h"
+#include "desktop/run/send_mail_form1.h"
+#include "desktop/widgets/row_list.h"
+#include "support/kept_mailing.h"
+
+namespace quillcast::desktop {
+
+class KeptRunsFormTest : public QObject {
+  Q_OBJECT
+
+  static void Press(QWidget& window, const char* name) {
+    QTest::mouseClick(window.findChild<QPushButton*>(name), Qt::LeftButton);
+  }
+  static bool IsOn(const QWidget& window, const char* name) {
+    return window.findChild<QPushButton*>(name)->isEnabled();
+  }
+  static QString Status(const QWidget& window) { return window.findChild<QLabel*>("StatusLine")->text(); }
+
+ private slots:
+  void offersForEachStateWhatCanBeDone() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    const auto lines = test::RowsOf(form, "KeptRunsGrid");
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines[0].endsWith("“Hello” to Readers: 1 sent, 1 refused, 1 deferred, 1 unknown, 1 not tried"),
+             qPrintable(lines[0]));
+    struct Case {
+      const char* whom;
+      std::optional<run::RunKind> kind;
+      std::int64_t recipients;
+    };
+    std::optional<GoOnRequest> asked;
+    form.go_on = [&](const GoOnRequest& request) { asked = request; };
+    auto* whom = form.findChild<QComboBox*>("StateComboBox");
+    using run::RunKind;
+    for (const Case& c : std::initializer_list<Case>{{"Not tried", RunKind::kResume, 1},
+                                                     {"Deferred and failed", RunKind::kRetry, 1},
+                                                     {"Refused", RunKind::kRetry, 1},
+                                                     {"Unknown", RunKind::kResume, 1},
+                                                     {"All who are not known to have got it", {}, 4},
+                                                     {"Sent", {}, 1},
+                                                     {"Everybody", {}, 5}}) {
+      whom->setCurrentText(c.whom);
+      QCOMPARE(IsOn(form, "SendToTheseButton"), c.kind.has_value());
+      QVERIFY(IsOn(form, "SaveListButton"));
+      QVERIFY(!IsOn(form, "MakeGroupButton"));
+      if (!c.kind) continue;
+      asked.reset();
+      rig.prompts.answers = {platform::Answer::kYes};
+      Press(form, "SendToTheseButton");
+      QVERIFY(asked);
+      QCOMPARE(asked->kind, *c.kind);
+      QCOMPARE(asked->recipients, c.recipients);
+      QCOMPARE(rig.Shown().contains("may get this one twice"), QString(c.whom) == "Unknown");
+    }
+    rig.prompts.answers = {platform::Answer::kNo};
+    whom->setCurrentText("Unknown");
+    asked.reset();
+    Press(form, "SendToTheseButton");
+    QVERIFY2(!asked, "nobody is sent to twice who was not asked for");
+  }
+
+  void takesThemOutAndForgets() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    form.findChild<QComboBox*>("StateComboBox")->setCurrentText("All who are not known to have got it");
+    form.findChild<QLineEdit*>("GroupTextBox")->setText(" Left ");
+    Press(form, "MakeGroupButton");
+    QTRY_VERIFY2(Status(form).startsWith("The group Left was made of 4 recipients"), qPrintable(Status(form)));
+    QCOMPARE(*rig.Store().CountRecipients("Left"), 4);
+    Press(form, "MakeGroupButton");
+    QTRY_VERIFY2(IsOn(form, "MakeGroupButton") && Status(form).contains("already"), qPrintable(Status(form)));
+    QCOMPARE(*rig.Store().CountRecipients("Left"), 4);
+    rig.prompts.files = {rig.folder / "page.html"};
+    Press(form, "PageButton");
+    QTRY_COMPARE(Status(form), ToQt("The report is in " + (rig.folder / "page.html").string() + "."));
+    rig.prompts.files = {rig.folders.RunJournal()};
+    Press(form, "SaveListButton");
+    QVERIFY2(Status(form).contains("runs.db"), qPrintable(Status(form)));
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press(form, "ForgetButton");
+    QCOMPARE(test::RowsOf(form, "KeptRunsGrid").size(), 0);
+    QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "ForgetButton"));
+  }
+
+  // To a server that nobody is: the run is made, and tells why; nobody is lost by it.
+  void goesOnInTheSendingWindow() {
+    test::FormRig rig;
+    rig.FillInAccount("1");
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    SendMailForm1 form(rig.program,
+                       {1, run::RunKind::kResume, run::SetOf({run::ResultState::kNotTried}), "Hello", "Readers", 1},
+                       SendMailForm1::Server::kReal, nullptr);
+    form.show();
+    QCOMPARE(form.findChild<QLabel*>("HeadingLabel")->text(), QString("“Hello” to Readers, 1 recipient"));
+    Press(form, "SendButton");
+    QTRY_COMPARE(form.stage(), SendMailForm1::Stage::kFinished);
+    QVERIFY2(Status(form).contains("0 messages were sent, 1 failed."), qPrintable(Status(form)));
+    QVERIFY2(Status(form).contains("as it was when the run began"), qPrintable(Status(form)));
+    KeptRunsForm runs(rig.program, nullptr);
+    QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[0].endsWith("1 sent, 1 refused, 1 deferred, 1 failed, 1 unknown"));
+    QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[1].contains("went on, 1 recipient"));
+  }
+
+  void clearingTheHistoryKeepsWhatCanBeResumed() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    HistoryManagerForm history(rig.program, nullptr);
+    history.show();
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press(history, "ClearHistoryButton");
+    QVERIFY2(history.cleared().contains("The run \"Hello\" to Readers was kept, for it can be resumed."),
+             qPrintable(history.cleared()));
+    KeptRunsForm runs(rig.program, nullptr);
+    QCOMPARE(test::RowsOf(runs, "KeptRunsGrid").size(), 1);
+  }
+};
+
+}  // namespace quillcast::desktop
+
+QTEST_MAIN(quillcast::desktop::KeptRunsFormTest)
+#include "kept_runs_form_test.moc"
