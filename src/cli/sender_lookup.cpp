@@ -25,10 +25,10 @@ Result<domain::SenderReport> CheckSenderNow(Context& context, const domain::Send
 
 void ShowFinding(const Context& context, const domain::Finding& finding) {
   context.output.Line(
-      fmt::format("{}: {}: {}", domain::WordOf(finding.verdict), finding.topic, finding.what.InEnglish()));
+      fmt::format("{}: {}: {}", domain::WordOf(finding.verdict), finding.topic(), finding.what.InEnglish()));
   if (!finding.remedy.empty()) context.output.Line("  " + finding.remedy.InEnglish());
-  context.output.Object({{"topic", finding.topic},
-                         {"finding", finding.word},
+  context.output.Object({{"topic", finding.topic()},
+                         {"finding", finding.word()},
                          {"verdict", domain::WordOf(finding.verdict)},
                          {"what", finding.what.InEnglish()},
                          {"remedy", finding.remedy.InEnglish()}});

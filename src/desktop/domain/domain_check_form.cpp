@@ -88,7 +88,7 @@ void DomainCheckForm::MakeWindow() {
 QString DomainCheckForm::Cell(std::size_t row, int column) const {
   const domain::Finding& finding = findings_[row];
   if (column == 0) return VerdictText(finding.verdict);
-  if (column == 1) return ToQt(finding.topic);
+  if (column == 1) return ToQt(finding.topic());
   return finding.remedy.empty() ? InWords(finding.what) : InWords(finding.what) + "\n" + InWords(finding.remedy);
 }
 

@@ -7,7 +7,7 @@
 namespace quillcast::domain {
 namespace {
 
-constexpr const char* kTopic = "DMARC";
+using enum FindingKind;
 
 // What a domain publishes at "_dmarc"; nothing while it is not known.
 std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Answers& answers, Findings& found) {
@@ -17,7 +17,7 @@ std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Ans
   for (const net::DnsRecord& text : texts->records) {
     if (IsDmarc(text.text)) records.push_back(text.text);
   }
-  if (!texts->answered()) found.push_back(Unanswered(kTopic, "_dmarc." + domain, *texts));
+  if (!texts->answered()) found.push_back(Unanswered(kDmarcNoAnswer, "_dmarc." + domain, *texts));
   return records;
 }
 
@@ -26,7 +26,7 @@ constexpr const char* kAsksAll = "Remove \"pct=\" once your own mail passes.";
 // A record by which nothing is kept from being delivered; it is at `at`, of the domain or of the organisation above it.
 void TellWatching(const std::string& domain, const std::string& at, const DmarcRecord& record, Findings& found) {
   const auto add = [&](Sentence what, Sentence remedy) {
-    found.push_back({kTopic, "dmarc-none", Verdict::kWeak, std::move(what), std::move(remedy)});
+    found.push_back(Found(kDmarcNone, std::move(what), std::move(remedy)));
   };
   if (!record.mistake.empty()) {
     return add(Say("{}, so the record at _dmarc.{} only watches: what others send in the name of {} is delivered.",
@@ -56,54 +56,52 @@ void TellPolicy(const std::string& domain, const std::string& at, const DmarcRec
   if (policy == DmarcRecord::Policy::kNone) {
     TellWatching(domain, at, record, found);
   } else {
-    found.push_back({kTopic, "dmarc", Verdict::kGood,
-                     policy == DmarcRecord::Policy::kReject
-                         ? Say("What others send in the name of {} is to be refused.", domain)
-                         : Say("What others send in the name of {} is to be put aside.", domain)});
+    found.push_back(Found(kDmarc, policy == DmarcRecord::Policy::kReject
+                                      ? Say("What others send in the name of {} is to be refused.", domain)
+                                      : Say("What others send in the name of {} is to be put aside.", domain)));
     if (record.percent < 100) {
-      found.push_back({kTopic, "dmarc-part", Verdict::kNote,
-                       record.percent == 0 ? Sentence("The record refuses nothing (\"pct=0\").")
-                                           : Say("The record asks that of {} in 100 messages alone.", record.percent),
-                       kAsksAll});
+      found.push_back(Found(kDmarcPart,
+                            record.percent == 0
+                                ? Sentence("The record refuses nothing (\"pct=0\").")
+                                : Say("The record asks that of {} in 100 messages alone.", record.percent),
+                            kAsksAll));
     }
   }
   if (record.reports_to.empty()) {
-    found.push_back({kTopic, "dmarc-no-reports", Verdict::kNote, "Nobody gets the reports of receivers.",
-                     "Add \"rua=mailto:\" and an address, to learn whether your mail passes."});
+    found.push_back(Found(kDmarcNoReports, "Nobody gets the reports of receivers.",
+                          "Add \"rua=mailto:\" and an address, to learn whether your mail passes."));
   }
   const auto lost = std::find_if(record.reports_to.begin(), record.reports_to.end(),
                                  [](const std::string& place) { return !IsReportPlace(place); });
   if (lost != record.reports_to.end()) {
-    found.push_back({kTopic, "dmarc-reports-nowhere", Verdict::kWeak,
-                     Say("No report reaches \"{}\".", platform::Printable(*lost, 100)),
-                     "Write \"mailto:\" before each address of \"rua=\"."});
+    found.push_back(Found(kDmarcReportsNowhere, Say("No report reaches \"{}\".", platform::Printable(*lost, 100)),
+                          "Write \"mailto:\" before each address of \"rua=\"."));
   }
 }
 
 void TellAlignment(const std::string& domain, const std::string& at, const DmarcRecord& record,
                    DmarcRecord::Policy policy, const Ways& ways, Findings& found) {
   if (record.dkim_is_strict && ways.key == Passing::kNo && ways.organisations_key == Passing::kYes) {
-    found.push_back({kTopic, "dmarc-strict-key", Verdict::kWeak,
-                     Say("The record asks for a signature of {} itself (\"adkim=s\"); the key is at {}.", domain,
-                         OrganisationalDomain(domain)),
-                     Say("Let your mail provider sign for {}, or write \"adkim=r\" at _dmarc.{}.", domain, at)});
+    found.push_back(Found(kDmarcStrictKey,
+                          Say("The record asks for a signature of {} itself (\"adkim=s\"); the key is at {}.", domain,
+                              OrganisationalDomain(domain)),
+                          Say("Let your mail provider sign for {}, or write \"adkim=r\" at _dmarc.{}.", domain, at)));
   }
   // One way is enough.
   const Passing passing = std::max({ways.spf, ways.key, record.dkim_is_strict ? Passing::kNo : ways.organisations_key});
   if (passing == Passing::kYes) {
-    found.push_back(
-        {kTopic, "dmarc-alignment", Verdict::kGood, Say("A message can pass in the name of {} itself.", domain)});
+    found.push_back(Found(kDmarcAlignment, Say("A message can pass in the name of {} itself.", domain)));
   } else if (passing == Passing::kUnknown) {
-    found.push_back({kTopic, "dmarc-alignment-unknown", Verdict::kUnknown,
-                     Say("Whether a message passes in the name of {} could not be found out.", domain),
-                     "Name the selector that your mail provider signs with, or send yourself a message and look for "
-                     "\"dmarc=pass\" in its Authentication-Results."});
+    found.push_back(
+        Found(kDmarcAlignmentUnknown, Say("Whether a message passes in the name of {} could not be found out.", domain),
+              "Name the selector that your mail provider signs with, or send yourself a message and look for "
+              "\"dmarc=pass\" in its Authentication-Results."));
   } else {
     found.push_back(
-        {kTopic, "dmarc-no-alignment", policy == DmarcRecord::Policy::kNone ? Verdict::kWeak : Verdict::kBad,
-         Say("No message passes in the name of {}: there is neither an SPF record to go by nor a key that counts.",
-             domain),
-         "Mend the SPF record, or publish the key that your mail provider signs with for this domain."});
+        Found(policy == DmarcRecord::Policy::kNone ? kDmarcNoAlignmentWatched : kDmarcNoAlignment,
+              Say("No message passes in the name of {}: there is neither an SPF record to go by nor a key that counts.",
+                  domain),
+              "Mend the SPF record, or publish the key that your mail provider signs with for this domain."));
   }
 }
 
@@ -128,23 +126,22 @@ bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, F
   if (found.size() > before) return true;  // not answered
   if (records->empty()) {
     found.push_back(
-        {kTopic, "no-dmarc", Verdict::kBad,
-         Say("{} does not say what is to become of mail that others send in its name.", domain),
-         Say("Publish the text record \"v=DMARC1; p=none; rua=mailto:you@{}\" at _dmarc.{}; large mail providers "
-             "refuse newsletters without one.",
-             above, above)});
+        Found(kNoDmarc, Say("{} does not say what is to become of mail that others send in its name.", domain),
+              Say("Publish the text record \"v=DMARC1; p=none; rua=mailto:you@{}\" at _dmarc.{}; large mail providers "
+                  "refuse newsletters without one.",
+                  above, above)));
     return true;
   }
   if (records->size() > 1) {
-    found.push_back({kTopic, "two-dmarc", Verdict::kBad,
-                     Say("There are {} records at _dmarc.{}; receivers then take none of them.", records->size(), at),
-                     "Leave one of them."});
+    found.push_back(Found(
+        kTwoDmarc, Say("There are {} records at _dmarc.{}; receivers then take none of them.", records->size(), at),
+        "Leave one of them."));
     return true;
   }
   const Result<DmarcRecord> record = ParseDmarc(records->front());
   if (!record) {
-    found.push_back({kTopic, "dmarc-mistake", Verdict::kBad,
-                     Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what), record.error().remedy});
+    found.push_back(Found(kDmarcMistake, Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what),
+                          record.error().remedy));
     return true;
   }
   const DmarcRecord::Policy policy = record->For(at != domain);

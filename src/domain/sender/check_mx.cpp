@@ -9,7 +9,8 @@ using net::DnsAnswer;
 using net::DnsOutcome;
 using net::DnsType;
 
-constexpr const char* kTopic = "MX";
+using enum FindingKind;
+
 constexpr std::size_t kMostServers = 20;  // whose addresses are asked for
 
 // Without an MX record the name's own address takes its mail (RFC 5321 5.1).
@@ -18,15 +19,15 @@ bool CheckFallback(const std::string& domain, Answers& answers, Findings& found)
   const DnsAnswer* ip6 = answers.Of(domain, DnsType::kAaaa);
   if (ip4 == nullptr || ip6 == nullptr) return false;
   if (ip4->outcome == DnsOutcome::kFound || ip6->outcome == DnsOutcome::kFound) {
-    found.push_back({kTopic, "no-mx", Verdict::kWeak,
-                     Say("{} has no MX record; mail to it goes to its own address.", domain),
-                     "Publish an MX record for the server that takes replies: some receivers doubt a sender without."});
+    found.push_back(
+        Found(kNoMx, Say("{} has no MX record; mail to it goes to its own address.", domain),
+              "Publish an MX record for the server that takes replies: some receivers doubt a sender without."));
   } else if (!ip4->answered() || !ip6->answered()) {
-    found.push_back(Unanswered(kTopic, domain, ip4->answered() ? *ip6 : *ip4));
+    found.push_back(Unanswered(kMxNoAnswer, domain, ip4->answered() ? *ip6 : *ip4));
   } else {
-    found.push_back({kTopic, "no-mail-server", Verdict::kBad, Say("No server takes mail for {}.", domain),
-                     "Publish an MX record for the server that takes replies, or send from another domain: most "
-                     "receivers refuse a sender that nobody can answer."});
+    found.push_back(Found(kNoMailServer, Say("No server takes mail for {}.", domain),
+                          "Publish an MX record for the server that takes replies, or send from another domain: most "
+                          "receivers refuse a sender that nobody can answer."));
   }
   return true;
 }
@@ -35,9 +36,9 @@ bool CheckAddresses(const std::vector<std::string>& servers, Answers& answers, F
   bool is_known = true;
   for (std::size_t i = 0; i < std::min(servers.size(), kMostServers); ++i) {
     if (net::ParseIpAddress(servers[i])) {
-      found.push_back({kTopic, "mx-is-address", Verdict::kBad,
-                       Say("The MX record has {} where the name of a server belongs.", servers[i]),
-                       "Put a name into the record that has this address; few others send anything to an address."});
+      found.push_back(
+          Found(kMxIsAddress, Say("The MX record has {} where the name of a server belongs.", servers[i]),
+                "Put a name into the record that has this address; few others send anything to an address."));
       continue;
     }
     const DnsAnswer* ip4 = answers.Of(servers[i], DnsType::kA);
@@ -48,13 +49,12 @@ bool CheckAddresses(const std::vector<std::string>& servers, Answers& answers, F
       continue;
     } else if (!ip4->answered() || !ip6->answered()) {
       // Once, however many there are.
-      if (found.back().word != "no-answer") {
-        found.push_back(Unanswered(kTopic, servers[i], ip4->answered() ? *ip6 : *ip4));
+      if (found.back().kind != kMxNoAnswer) {
+        found.push_back(Unanswered(kMxNoAnswer, servers[i], ip4->answered() ? *ip6 : *ip4));
       }
     } else {
-      found.push_back({kTopic, "mx-without-address", Verdict::kBad,
-                       Say("{}, which takes mail for the domain, has no address.", servers[i]),
-                       "Remove the MX record, or give the server's name an address."});
+      found.push_back(Found(kMxWithoutAddress, Say("{}, which takes mail for the domain, has no address.", servers[i]),
+                            "Remove the MX record, or give the server's name an address."));
     }
   }
   return is_known;
@@ -66,13 +66,13 @@ bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::
   const DnsAnswer* mx = answers.Of(domain, DnsType::kMx);
   if (mx == nullptr) return false;
   if (mx->outcome == DnsOutcome::kNoSuchName) {
-    found.push_back({kTopic, "no-such-domain", Verdict::kBad, Say("There is no domain {}.", domain),
-                     "Check how it is written, and that it is still registered."});
+    found.push_back(Found(kNoSuchDomain, Say("There is no domain {}.", domain),
+                          "Check how it is written, and that it is still registered."));
     return true;
   }
   if (mx->outcome == DnsOutcome::kNoData) return CheckFallback(domain, answers, found);
   if (mx->outcome != DnsOutcome::kFound) {
-    found.push_back(Unanswered(kTopic, domain, *mx));
+    found.push_back(Unanswered(kMxNoAnswer, domain, *mx));
     return true;
   }
   std::vector<net::DnsRecord> records = mx->records;
@@ -82,20 +82,19 @@ bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::
     if (!record.text.empty()) servers.push_back(record.text);
   }
   if (servers.empty()) {
-    found.push_back({kTopic, "null-mx", Verdict::kBad, Say("{} says that it takes no mail at all (a null MX).", domain),
-                     "Publish an MX record for the server that takes replies, or send from another domain: most "
-                     "receivers refuse a sender that nobody can answer."});
+    found.push_back(Found(kNullMx, Say("{} says that it takes no mail at all (a null MX).", domain),
+                          "Publish an MX record for the server that takes replies, or send from another domain: most "
+                          "receivers refuse a sender that nobody can answer."));
     return true;
   }
   if (servers.size() < records.size()) {
-    found.push_back({kTopic, "null-mx-beside", Verdict::kBad,
-                     Say("{} says that it takes no mail at all (a null MX), and names servers that do.", domain),
-                     "Remove the null MX (\"0 .\"): receivers may take either for the truth."});
+    found.push_back(Found(kNullMxBeside,
+                          Say("{} says that it takes no mail at all (a null MX), and names servers that do.", domain),
+                          "Remove the null MX (\"0 .\"): receivers may take either for the truth."));
   }
-  found.push_back({kTopic, "mx", Verdict::kGood,
-                   servers.size() == 1
-                       ? Say("Mail to {} goes to {}.", domain, servers[0])
-                       : Say("Mail to {} goes to {}, and to {} more.", domain, servers[0], servers.size() - 1)});
+  found.push_back(Found(kMx, servers.size() == 1 ? Say("Mail to {} goes to {}.", domain, servers[0])
+                                                 : Say("Mail to {} goes to {}, and to {} more.", domain, servers[0],
+                                                       servers.size() - 1)));
   return CheckAddresses(servers, answers, found);
 }
 

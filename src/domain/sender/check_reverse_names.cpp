@@ -12,7 +12,8 @@ namespace {
 using net::DnsAnswer;
 using net::DnsType;
 
-constexpr const char* kTopic = "Reverse name";
+using enum FindingKind;
+
 constexpr std::size_t kMostNames = 10;  // of one address that are followed
 
 struct Network {
@@ -65,25 +66,27 @@ bool IsProviders(const Place& place) {
 Finding NoName(const Place& place, const std::string& address) {
   const Sentence what = Say("The address {} has no name.", address);
   if (!IsProviders(place)) {
-    return {kTopic, "no-reverse-name", Verdict::kBad, what,
-            "Ask who provides the server to give the address its name: many receivers refuse a server without."};
+    return Found(kNoReverseName, what,
+                 "Ask who provides the server to give the address its name: many receivers refuse a server without.");
   }
-  return {kTopic, "no-reverse-name", Verdict::kWeak, what,
-          Say("If {} sends your mail to others itself, ask its provider to give the address its name: many receivers "
-              "refuse a server without. If it passes your mail on, nothing is to be done.",
-              place.server)};
+  return Found(
+      kProvidersNoReverseName, what,
+      Say("If {} sends your mail to others itself, ask its provider to give the address its name: many receivers "
+          "refuse a server without. If it passes your mail on, nothing is to be done.",
+          place.server));
 }
 
 Finding NameElsewhere(const Place& place, const std::string& address, const std::string& name) {
   const Sentence what = Say("The address {} is called {}, which does not lead back to it.", address, name);
   if (!IsProviders(place)) {
-    return {kTopic, "reverse-name-elsewhere", Verdict::kBad, what,
-            "Give that name the address, or let who provides the server give the address its right name."};
+    return Found(kReverseNameElsewhere, what,
+                 "Give that name the address, or let who provides the server give the address its right name.");
   }
-  return {kTopic, "reverse-name-elsewhere", Verdict::kWeak, what,
-          Say("If {} sends your mail to others itself, ask its provider to make the two agree. If it passes your mail "
-              "on, nothing is to be done.",
-              place.server)};
+  return Found(
+      kProvidersReverseNameElsewhere, what,
+      Say("If {} sends your mail to others itself, ask its provider to make the two agree. If it passes your mail "
+          "on, nothing is to be done.",
+          place.server));
 }
 
 bool CheckAddress(const Place& place, const net::IpAddress& address, Answers& answers, Findings& found) {
@@ -91,7 +94,7 @@ bool CheckAddress(const Place& place, const net::IpAddress& address, Answers& an
   const DnsAnswer* names = answers.Of(net::ReverseName(address), DnsType::kPtr);
   if (names == nullptr) return false;
   if (!names->answered()) {
-    found.push_back(Unanswered(kTopic, text, *names));
+    found.push_back(Unanswered(kReverseNameNoAnswer, text, *names));
     return true;
   }
   if (names->records.empty()) {
@@ -102,12 +105,12 @@ bool CheckAddress(const Place& place, const net::IpAddress& address, Answers& an
   if (way == WayBack::kPending) return false;
   if (way == WayBack::kNoAnswer) {
     found.push_back(
-        {kTopic, "no-answer", Verdict::kUnknown,
-         Say("Whether {}, the name of {}, leads back to it could not be found out.", names->records[0].text, text),
-         "Try again later, or ask another name server."});
+        Found(kReverseNameNoAnswer,
+              Say("Whether {}, the name of {}, leads back to it could not be found out.", names->records[0].text, text),
+              "Try again later, or ask another name server."));
   } else if (way == WayBack::kThere) {
-    found.push_back({kTopic, "reverse-name", Verdict::kGood,
-                     Say("The address {} is called {}, and the name leads back to it.", text, names->records[0].text)});
+    found.push_back(Found(kReverseName, Say("The address {} is called {}, and the name leads back to it.", text,
+                                            names->records[0].text)));
   } else {
     found.push_back(NameElsewhere(place, text, names->records[0].text));
   }
@@ -119,13 +122,13 @@ void TellWithoutAddress(const std::string& server, Answers& answers, Findings& f
   for (const DnsType type : {DnsType::kA, DnsType::kAaaa}) {
     const DnsAnswer* answer = answers.Of(server, type);
     if (answer == nullptr || !answer->records.empty()) return;  // one in a private network
-    if (!answer->answered()) return found.push_back(Unanswered(kTopic, server, *answer));
+    if (!answer->answered()) return found.push_back(Unanswered(kReverseNameNoAnswer, server, *answer));
   }
   // "localhost", "mail": known to this computer or its network alone.
   if (server.find('.') == std::string::npos) return;
-  found.push_back({kTopic, "server-without-address", Verdict::kWeak,
-                   Say("{}, to which the mail is given, has no address.", platform::Printable(server)),
-                   "Check how it is written; if it is known in your own network alone, nothing is to be done."});
+  found.push_back(Found(kServerWithoutAddress,
+                        Say("{}, to which the mail is given, has no address.", platform::Printable(server)),
+                        "Check how it is written; if it is known in your own network alone, nothing is to be done."));
 }
 
 }  // namespace

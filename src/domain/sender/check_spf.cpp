@@ -11,60 +11,61 @@ namespace {
 
 using State = SpfPublished::State;
 
-constexpr const char* kTopic = "SPF";
+using enum FindingKind;
 
 void TellMissing(const std::string& domain, const SpfPublished& spf, Answers& answers, Findings& found) {
   if (spf.state == State::kNoAnswer) {
-    found.push_back(Unanswered(kTopic, domain, *answers.Of(domain, net::DnsType::kTxt)));
+    found.push_back(Unanswered(kSpfNoAnswer, domain, *answers.Of(domain, net::DnsType::kTxt)));
   } else if (spf.state == State::kNone) {
     found.push_back(
-        {kTopic, "no-spf", Verdict::kBad, Say("{} does not say who may send for it.", domain),
-         Say("Publish a text record at {} that begins with \"v=spf1\" and names who sends for you; your mail "
-             "provider tells what belongs into it.",
-             domain)});
+        Found(kNoSpf, Say("{} does not say who may send for it.", domain),
+              Say("Publish a text record at {} that begins with \"v=spf1\" and names who sends for you; your mail "
+                  "provider tells what belongs into it.",
+                  domain)));
   } else if (spf.state == State::kSeveral) {
     found.push_back(
-        {kTopic, "two-spf", Verdict::kBad,
-         Say("{} has {} records that begin with \"v=spf1\"; receivers then take none of them.", domain, spf.count),
-         "Join them into one record."});
+        Found(kTwoSpf,
+              Say("{} has {} records that begin with \"v=spf1\"; receivers then take none of them.", domain, spf.count),
+              "Join them into one record."));
   } else {
-    found.push_back({kTopic, "spf-mistake", Verdict::kBad,
-                     Say("The record of {} has a mistake: {}", domain, spf.mistake.what), spf.mistake.remedy});
+    found.push_back(
+        Found(kSpfMistake, Say("The record of {} has a mistake: {}", domain, spf.mistake.what), spf.mistake.remedy));
   }
 }
 
 // What makes receivers give up on a record that is right in itself. False where there is none.
 bool TellCost(const SpfCost& cost, Findings& found) {
   if (!cost.itself.empty()) {
-    found.push_back({kTopic, "spf-loop", Verdict::kBad, Say("The record of {} leads back to itself.", cost.itself),
-                     "Remove the \"include:\" or \"redirect=\" that closes the circle."});
+    found.push_back(Found(kSpfLoop, Say("The record of {} leads back to itself.", cost.itself),
+                          "Remove the \"include:\" or \"redirect=\" that closes the circle."));
   } else if (!cost.broken.empty()) {
     found.push_back(
-        {kTopic, "spf-broken-include", Verdict::kBad,
-         cost.broken_state == State::kNone ? Say("The record leads to {}, which has none.", cost.broken)
-                                           : Say("The record leads to {}, whose own has a mistake.", cost.broken),
-         "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that "
-         "domain."});
+        Found(kSpfBrokenInclude,
+              cost.broken_state == State::kNone ? Say("The record leads to {}, which has none.", cost.broken)
+                                                : Say("The record leads to {}, whose own has a mistake.", cost.broken),
+              "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that "
+              "domain."));
   } else if (cost.lookups > kMostSpfLookups) {
-    found.push_back(
-        {kTopic, "spf-lookups", Verdict::kBad,
-         cost.lookups == kMostCountedLookups
-             ? Say("The record takes {} look-ups or more; receivers give up after {}.", cost.lookups, kMostSpfLookups)
-             : Say("The record takes {} look-ups; receivers give up after {}.", cost.lookups, kMostSpfLookups),
-         "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" "
-         "and \"mx\"."});
+    found.push_back(Found(
+        kSpfLookups,
+        cost.lookups == kMostCountedLookups
+            ? Say("The record takes {} look-ups or more; receivers give up after {}.", cost.lookups, kMostSpfLookups)
+            : Say("The record takes {} look-ups; receivers give up after {}.", cost.lookups, kMostSpfLookups),
+        "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" "
+        "and \"mx\"."));
   } else if (static_cast<int>(cost.void_names.size()) > kMostVoidLookups) {
-    found.push_back({kTopic, "spf-void", Verdict::kBad,
-                     Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
-                         cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
-                     "Remove them from the record."});
+    found.push_back(
+        Found(kSpfVoid,
+              Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
+                  cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
+              "Remove them from the record."));
   } else if (!cost.crowded.empty()) {
-    found.push_back({kTopic, "spf-mx-hosts", Verdict::kBad,
-                     Say("The record names the mail hosts of {}, which are more than the ten that receivers look at.",
-                         cost.crowded),
-                     "Write their addresses in place of \"mx\"."});
+    found.push_back(Found(
+        kSpfMxHosts,
+        Say("The record names the mail hosts of {}, which are more than the ten that receivers look at.", cost.crowded),
+        "Write their addresses in place of \"mx\"."));
   } else if (!cost.unanswered.empty()) {
-    found.push_back(Unanswered(kTopic, cost.unanswered, cost.no_answer));
+    found.push_back(Unanswered(kSpfNoAnswer, cost.unanswered, cost.no_answer));
   } else {
     return false;
   }
@@ -103,31 +104,29 @@ void TellOthers(const std::string& domain, const SpfRecord& record, const SpfCos
                 Findings& found) {
   const SpfTerm* all = record.All();
   if (nobody == SpfResult::kPass) {
-    found.push_back({kTopic, "spf-open", Verdict::kBad,
-                     Say("The record lets everybody in the world send for {}.", domain),
-                     "Name those who send for you alone, and end it with \"~all\" or \"-all\"."});
+    found.push_back(Found(kSpfOpen, Say("The record lets everybody in the world send for {}.", domain),
+                          "Name those who send for you alone, and end it with \"~all\" or \"-all\"."));
   } else if (record.redirect.empty() && (all == nullptr || all->verdict == SpfVerdict::kNeutral)) {
-    found.push_back({kTopic, "spf-neutral", Verdict::kWeak, "The record says nothing of those whom it does not name.",
-                     "End it with \"~all\" or \"-all\"."});
+    found.push_back(Found(kSpfNeutral, "The record says nothing of those whom it does not name.",
+                          "End it with \"~all\" or \"-all\"."));
   } else if (LetsNobody(record)) {
-    found.push_back({kTopic, "spf-nobody", Verdict::kBad, Say("The record lets nobody send for {}.", domain),
-                     Say("Name those who send for you before its \"{}\"; your mail provider tells what belongs there.",
-                         all->text)});
+    found.push_back(Found(
+        kSpfNobody, Say("The record lets nobody send for {}.", domain),
+        Say("Name those who send for you before its \"{}\"; your mail provider tells what belongs there.", all->text)));
   } else {
-    found.push_back({kTopic, "spf", Verdict::kGood,
-                     Say("{} says who may send for it; its record takes {} of {} look-ups.", domain, cost.lookups,
-                         kMostSpfLookups)});
+    found.push_back(Found(kSpf, Say("{} says who may send for it; its record takes {} of {} look-ups.", domain,
+                                    cost.lookups, kMostSpfLookups)));
   }
   if (all != nullptr && all != &record.terms.back()) {
-    found.push_back({kTopic, "spf-behind-all", Verdict::kWeak,
-                     Say("Receivers pass over \"{}\" in the record, as it stands behind \"{}\".",
-                         platform::Printable((all + 1)->text, 60), all->text),
-                     Say("Put \"{}\" at the end of the record.", all->text)});
+    found.push_back(Found(kSpfBehindAll,
+                          Say("Receivers pass over \"{}\" in the record, as it stands behind \"{}\".",
+                              platform::Printable((all + 1)->text, 60), all->text),
+                          Say("Put \"{}\" at the end of the record.", all->text)));
   }
   const auto is_ptr = [](const SpfTerm& term) { return term.mechanism == SpfMechanism::kPtr; };
   if (std::any_of(record.terms.begin(), record.terms.end(), is_ptr)) {
-    found.push_back({kTopic, "spf-ptr", Verdict::kNote, "The record uses \"ptr\", which many receivers pass over.",
-                     "Name the servers by \"a:\", \"ip4:\" or \"ip6:\" in its place."});
+    found.push_back(Found(kSpfPtr, "The record uses \"ptr\", which many receivers pass over.",
+                          "Name the servers by \"a:\", \"ip4:\" or \"ip6:\" in its place."));
   }
 }
 
@@ -150,23 +149,22 @@ std::optional<Passing> TellServer(const SeenServer& server, SpfSender sender, An
   }
   if (!is_known) return std::nullopt;
   if (!is_answered) {
-    found.push_back({kTopic, "spf-server-unknown", Verdict::kUnknown,
-                     Say("Whether the record names {} could not be found out.", server.name),
-                     "Try again later, or ask another name server."});
+    found.push_back(Found(kSpfServerUnknown, Say("Whether the record names {} could not be found out.", server.name),
+                          "Try again later, or ask another name server."));
   } else if (outside.empty()) {
-    found.push_back({kTopic, "spf-covers-server", Verdict::kGood, Say("The record names {}.", server.name)});
+    found.push_back(Found(kSpfCoversServer, Say("The record names {}.", server.name)));
     return Passing::kYes;
   } else if (stops) {
     found.push_back(
-        {kTopic, "spf-stops-at-server", Verdict::kWeak,
-         Say("Receivers give up on the record before they find {}, an address of {}.", outside, server.name),
-         "If that is the server that sends your mail to others, name the address itself (\"ip4:\", "
-         "\"ip6:\") before the hosts of the record."});
+        Found(kSpfStopsAtServer,
+              Say("Receivers give up on the record before they find {}, an address of {}.", outside, server.name),
+              "If that is the server that sends your mail to others, name the address itself (\"ip4:\", "
+              "\"ip6:\") before the hosts of the record."));
   } else {
-    found.push_back({kTopic, "spf-misses-server", Verdict::kWeak,
-                     Say("The record does not name {}, an address of {}.", outside, server.name),
-                     "If that is the server that sends your mail to others, add it; if it passes your mail on, ask its "
-                     "provider which \"include:\" belongs into the record."});
+    found.push_back(
+        Found(kSpfMissesServer, Say("The record does not name {}, an address of {}.", outside, server.name),
+              "If that is the server that sends your mail to others, add it; if it passes your mail on, ask its "
+              "provider which \"include:\" belongs into the record."));
   }
   return Passing::kUnknown;
 }

@@ -9,7 +9,7 @@ namespace {
 
 using net::DnsAnswer;
 
-constexpr const char* kTopic = "MTA-STS";
+using enum FindingKind;
 
 void TellPolicy(const std::string& domain, const StsPolicy& policy, const std::vector<std::string>& servers,
                 Findings& found) {
@@ -19,16 +19,15 @@ void TellPolicy(const std::string& domain, const StsPolicy& policy, const std::v
   };
   const auto unnamed = std::find_if_not(servers.begin(), servers.end(), is_named);
   if (policy.mode == StsPolicy::Mode::kNone) {
-    found.push_back({kTopic, "mta-sts-off", Verdict::kNote, Say("The policy of {} is switched off.", domain)});
+    found.push_back(Found(kMtaStsOff, Say("The policy of {} is switched off.", domain)));
   } else if (unnamed != servers.end()) {
-    found.push_back({kTopic, "mta-sts-other-server",
-                     policy.mode == StsPolicy::Mode::kEnforce ? Verdict::kBad : Verdict::kWeak,
-                     Say("The policy does not name {}, which takes mail for {}.", *unnamed, domain),
-                     "Add it to the policy, or replies that would go there are not delivered."});
+    found.push_back(Found(policy.mode == StsPolicy::Mode::kEnforce ? kMtaStsOtherServer : kMtaStsOtherServerOnTrial,
+                          Say("The policy does not name {}, which takes mail for {}.", *unnamed, domain),
+                          "Add it to the policy, or replies that would go there are not delivered."));
   } else {
-    found.push_back({kTopic, "mta-sts", Verdict::kGood,
-                     policy.mode == StsPolicy::Mode::kEnforce ? Say("Mail to {} travels under TLS alone.", domain)
-                                                              : Say("TLS for mail to {} is on trial.", domain)});
+    found.push_back(Found(kMtaSts, policy.mode == StsPolicy::Mode::kEnforce
+                                       ? Say("Mail to {} travels under TLS alone.", domain)
+                                       : Say("TLS for mail to {} is on trial.", domain)));
   }
 }
 
@@ -40,7 +39,7 @@ bool CheckPolicy(const std::string& domain, const std::vector<std::string>& serv
   if (ip4 == nullptr || ip6 == nullptr) return false;
   const DnsAnswer* silent = !ip4->answered() ? ip4 : !ip6->answered() ? ip6 : nullptr;
   if (silent != nullptr && ip4->records.empty() && ip6->records.empty()) {
-    found.push_back(Unanswered(kTopic, host, *silent));
+    found.push_back(Unanswered(kMtaStsNoAnswer, host, *silent));
     return true;
   }
   if (!file.is_wanted) {
@@ -55,11 +54,10 @@ bool CheckPolicy(const std::string& domain, const std::vector<std::string>& serv
   if (policy) {
     TellPolicy(domain, *policy, servers, found);
   } else if (policy.error().failure == Failure::kUnavailable) {
-    found.push_back({kTopic, "mta-sts-not-fetched", Verdict::kUnknown, policy.error().what, policy.error().remedy});
+    found.push_back(Found(kMtaStsNotFetched, policy.error().what, policy.error().remedy));
   } else {
-    found.push_back({kTopic, "mta-sts-no-policy", Verdict::kBad,
-                     Say("The record of {} leads to no policy: {}", domain, policy.error().what),
-                     policy.error().remedy});
+    found.push_back(Found(kMtaStsNoPolicy, Say("The record of {} leads to no policy: {}", domain, policy.error().what),
+                          policy.error().remedy));
   }
   return true;
 }
@@ -71,7 +69,7 @@ bool CheckSts(const std::string& domain, const std::vector<std::string>& servers
   const net::DnsAnswer* texts = answers.Of("_mta-sts." + domain, net::DnsType::kTxt);
   if (texts == nullptr) return false;
   if (!texts->answered()) {
-    found.push_back(Unanswered(kTopic, "_mta-sts." + domain, *texts));
+    found.push_back(Unanswered(kMtaStsNoAnswer, "_mta-sts." + domain, *texts));
     return true;
   }
   std::vector<std::string> records;
@@ -79,15 +77,14 @@ bool CheckSts(const std::string& domain, const std::vector<std::string>& servers
     if (IsStsRecord(text.text)) records.push_back(text.text);
   }
   if (records.empty()) {
-    found.push_back(
-        {kTopic, "no-mta-sts", Verdict::kNote, Say("{} does not ask that mail to it travels under TLS.", domain)});
+    found.push_back(Found(kNoMtaSts, Say("{} does not ask that mail to it travels under TLS.", domain)));
     return true;
   }
   const Result<std::string> id = ParseStsRecord(records[0]);
   if (records.size() > 1 || !id) {
-    found.push_back({kTopic, "mta-sts-mistake", Verdict::kBad,
-                     id ? Say("There are {} records at _mta-sts.{}.", records.size(), domain) : id.error().what,
-                     id ? Sentence("Leave one of them.") : id.error().remedy});
+    found.push_back(Found(kMtaStsMistake,
+                          id ? Say("There are {} records at _mta-sts.{}.", records.size(), domain) : id.error().what,
+                          id ? Sentence("Leave one of them.") : id.error().remedy));
     return true;
   }
   return CheckPolicy(domain, servers, answers, file, found);

@@ -37,8 +37,8 @@ TEST(CheckDkim, KnowsWhoseSignatureCounts) {
     if (row.selector_is_given) question.selectors = {"s1"};
     std::string words;
     for (const Finding& finding : Check(zone, question).report.findings) {
-      if (finding.topic != "DKIM" && finding.topic != "DMARC") continue;
-      words += (words.empty() ? "" : " ") + std::string(finding.word);
+      if (finding.topic() != "DKIM" && finding.topic() != "DMARC") continue;
+      words += (words.empty() ? "" : " ") + std::string(finding.word());
     }
     EXPECT_EQ(words, row.words);
   }
@@ -81,9 +81,9 @@ TEST(CheckDkim, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
     std::string drawn;
     std::string remedy;
     for (const Finding& finding : Check(zone, {.domain = "a.example.org"}).report.findings) {
-      if (finding.topic != "DKIM") continue;
+      if (finding.topic() != "DKIM") continue;
       if (drawn.empty()) remedy = finding.remedy.InEnglish();
-      drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word);
+      drawn += fmt::format("{} {}, ", WordOf(finding.verdict), finding.word());
     }
     EXPECT_EQ(drawn, row.drawn) << row.first;
     EXPECT_EQ(remedy, row.remedy) << row.first;

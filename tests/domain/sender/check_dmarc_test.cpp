@@ -76,7 +76,7 @@ TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
                         row.record);
     const auto report = Check(watching, {.domain = "news.example.org", .selectors = {"s1"}}).report;
     const auto finding = std::find_if(report.findings.begin(), report.findings.end(),
-                                      [&](const Finding& each) { return each.word == row.word; });
+                                      [&](const Finding& each) { return each.word() == row.word; });
     EXPECT_NE(finding, report.findings.end()) << row.record << Words(report);
     if (finding == report.findings.end()) continue;
     EXPECT_EQ(Drawn(*finding), row.drawn);

@@ -1,6 +1,7 @@
 #include "domain/sender/sender_check.h"
 
 #include <cstring>
+#include <set>
 
 #include "domain/sender/zone.h"
 #include "platform/text.h"
@@ -207,11 +208,72 @@ TEST(SenderCheck, SaysWhatIsWrongAndWhatToDo) {
     const Checked checked = Check(Changed(c));
     const auto& findings = checked.report.findings;
     const auto finding =
-        std::find_if(findings.begin(), findings.end(), [&](const Finding& each) { return each.word == c.word; });
+        std::find_if(findings.begin(), findings.end(), [&](const Finding& each) { return each.word() == c.word; });
     EXPECT_NE(finding, findings.end()) << Words(checked.report);
     if (finding == findings.end()) continue;
     EXPECT_EQ(Drawn(*finding), c.drawn);
     EXPECT_EQ(checked.report.Gravest(), finding->verdict) << Words(checked.report);
+  }
+}
+
+// Programs go by the words: each kind of finding comes about, and under its word.
+TEST(SenderCheck, HasAZoneForEachKindOfFinding) {
+  std::set<FindingKind> seen;
+  for (const Case& c : kCases) {
+    for (const Finding& finding : Check(Changed(c)).report.findings) seen.insert(finding.kind);
+  }
+  const std::string short_key =  // 1024 bits
+      "s1._domainkey.example.org TXT v=DKIM1; p=MIGfMA0GCSqGSIb3DQEBAQUAA4GNADCBiQKBgQC2TXPj/aD9gQN3/N7oZqfue+Ocg"
+      "PsoI87mbMQsnhonumbpVEy3ke2vNuXjro0sDgkdxMR/6+aDapYHjhWpYml4+HpulsjLbnEB13th2cBZOtbZO5ZKWAkEMcPJ3tlFg+PeW6gw"
+      "H0h8/hwo5K2u+O/brqUML8C1nOtRb6lf3bQW9QIDAQAB";
+  const std::string no_way = short_key + "; t=y\n_dmarc.example.org TXT v=DMARC1; rua=mailto:a@b.example; p=";
+  const std::string sts = std::string(kZone) + "_mta-sts.example.org TXT v=STSv1; id=1\nmta-sts.example.org A 1.2.3.4";
+  const std::string own = "mail.example.org A 203.0.113.5\n";
+  const std::string spf = "example.org TXT v=spf1 mx a:v1.example a:v2.example a:v3.example -all\n";
+  std::string crowd = "example.org TXT v=spf1 mx -all";
+  for (int i = 0; i < 11; ++i) crowd += fmt::format("\nexample.org MX 10 m{}.example", i);
+  struct Row {
+    std::string zone;
+    const char* server = "203.0.113.5";
+    const char* policy = nullptr;  // nullptr: it could not be fetched
+    std::vector<std::string> selectors = {"s1"};
+  };
+  for (const Row& row : {
+           Row{"", "", nullptr, {}},
+           Row{"example.org FAILS\ns1._domainkey.example.org FAILS\n_mta-sts.example.org FAILS\n"
+               "5.113.0.203.in-addr.arpa FAILS"},
+           Row{short_key + "\n_dmarc.example.org TXT v=DMARC1; p=reject"},
+           Row{no_way + "reject"},
+           Row{no_way + "none"},
+           Row{"example.org TXT x\n_dmarc.example.org TXT v=DMARC1; p=reject", "", nullptr, {}},
+           Row{crowd},
+           Row{spf + "example.org MX 1 h.example\nh.example A 1.2.3.4\nv1.example A 1.2.3.4\nv2.example A 1.2.3.4\n"
+                     "v3.example A 1.2.3.4",
+               "2a01:488::40"},
+           Row{"example.org TXT v=spf1 mx -all\nexample.org MX 1 h.example\nh.example FAILS"},
+           Row{sts},
+           Row{sts, "", "<html>"},
+           Row{sts, "", "version: STSv1\nmode: none\nmax_age: 1"},
+           Row{sts, "", "version: STSv1\nmode: enforce\nmx: *.example.org\nmax_age: 1"},
+           Row{sts, "", "version: STSv1\nmode: enforce\nmx: mx1.example.org\nmax_age: 1"},
+           Row{sts, "", "version: STSv1\nmode: testing\nmx: mx1.example.org\nmax_age: 1"},
+           Row{own, "mail.example.org"},
+           Row{own + "5.113.0.203.in-addr.arpa PTR smtp.other.example", "mail.example.org"},
+       }) {
+    const Result<std::string> file = row.policy != nullptr
+                                         ? Result<std::string>(std::string(row.policy))
+                                         : Result<std::string>(Error{Failure::kUnavailable, "It is not there."});
+    const SenderQuestion question{.domain = "example.org", .selectors = row.selectors, .servers = ListOf(row.server)};
+    for (const Finding& finding : Check(Zone(row.zone), question, file).report.findings) seen.insert(finding.kind);
+  }
+  const Zone strict(
+      "s1._domainkey.example.org TXT v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=\n"
+      "_dmarc.example.org TXT v=DMARC1; p=reject; adkim=s");
+  for (const Finding& finding : Check(strict, {.domain = "a.example.org", .selectors = {"s1"}}).report.findings) {
+    seen.insert(finding.kind);
+  }
+  for (const FindingRow& row : FindingRows()) {
+    EXPECT_EQ(seen.count(row.kind), 1U) << row.topic << ": " << row.word << " " << WordOf(row.verdict);
   }
 }
 
@@ -283,8 +345,9 @@ TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
     std::string words;
     for (const Finding& finding :
          Check(Zone(row.zone), {.domain = "example.org", .servers = ListOf(row.server)}).report.findings) {
-      const bool counts = finding.topic == "SPF" || finding.topic == "Reverse name" || finding.word == "mx";
-      if (counts && finding.word != "no-reverse-name") words += (words.empty() ? "" : " ") + std::string(finding.word);
+      const bool counts = finding.topic() == "SPF" || finding.topic() == "Reverse name" || finding.word() == "mx";
+      if (counts && finding.word() != "no-reverse-name")
+        words += (words.empty() ? "" : " ") + std::string(finding.word());
     }
     EXPECT_EQ(words, row.words);
   }

@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 
 std::string Words(const SenderReport& report) {
   std::string words;
-  for (const Finding& finding : report.findings) words += std::string(finding.word) + " ";
+  for (const Finding& finding : report.findings) words += std::string(finding.word()) + " ";
   return words;
 }
 
@@ -150,10 +150,10 @@ TEST(KeptCheck, RemindsForADay) {
   const test::TemporaryFolder folder;
   profile::SettingsStore settings(folder / "settings.db");
   const test::FakeClock clock;
-  const SenderReport report{true,
-                            {{"DMARC", "dmarc-none", Verdict::kWeak, "It only watches."},
-                             {"SPF", "no-spf", Verdict::kBad, Say("{} says nothing.", "example.org")},
-                             {"MX", "mx", Verdict::kGood, "Right."}}};
+  const SenderReport report{
+      true,
+      {Found(FindingKind::kDmarcNone, "It only watches."),
+       Found(FindingKind::kNoSpf, Say("{} says nothing.", "example.org")), Found(FindingKind::kMx, "Right.")}};
   account::AccountSettings account;
   account.Set(account::AccountKey::kEmail, "ada@example.org");
   ASSERT_TRUE(account.Save(settings));
@@ -176,10 +176,9 @@ TEST(KeptCheck, RemindsForADay) {
                 "2 things to mend were found when example.org was checked, the first: example.org says nothing.");
     }
   }
-  ASSERT_TRUE(
-      KeepSenderCheck(settings, "example.org", clock.now, {true, {{"MX", "no-answer", Verdict::kUnknown, "?"}}}));
+  ASSERT_TRUE(KeepSenderCheck(settings, "example.org", clock.now, {true, {Found(FindingKind::kMxNoAnswer, "?")}}));
   EXPECT_TRUE(RememberSenderCheck(settings, "example.org", clock.now)->has_value());  // it found out nothing
-  ASSERT_TRUE(KeepSenderCheck(settings, "example.org", clock.now, {true, {{"MX", "mx", Verdict::kGood, "Right."}}}));
+  ASSERT_TRUE(KeepSenderCheck(settings, "example.org", clock.now, {true, {Found(FindingKind::kMx, "Right.")}}));
   EXPECT_FALSE(RememberSenderCheck(settings, "example.org", clock.now)->has_value());
 }
 

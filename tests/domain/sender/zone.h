@@ -116,13 +116,13 @@ inline Checked Check(const Zone& zone,
 }
 
 inline std::string Drawn(const Finding& finding) {
-  return fmt::format("{}: {}: {}\n{}", WordOf(finding.verdict), finding.topic, finding.what.InEnglish(),
+  return fmt::format("{}: {}: {}\n{}", WordOf(finding.verdict), finding.topic(), finding.what.InEnglish(),
                      finding.remedy.InEnglish());
 }
 
 inline std::string Words(const SenderReport& report) {
   std::string words;
-  for (const Finding& finding : report.findings) words += fmt::format("{} ", finding.word);
+  for (const Finding& finding : report.findings) words += fmt::format("{} ", finding.word());
   return words;
 }
 
