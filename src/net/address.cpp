@@ -73,6 +73,17 @@ bool IsLoopback(const IpAddress& address) {
   return plain == one;
 }
 
+bool InNetwork(const IpAddress& address, const IpAddress& network, int bits) {
+  if (address.family != network.family) return false;
+  const auto whole = static_cast<std::size_t>(bits / 8);
+  if (!std::equal(address.bytes.begin(), address.bytes.begin() + static_cast<std::ptrdiff_t>(whole),
+                  network.bytes.begin())) {
+    return false;
+  }
+  const int rest = bits % 8;
+  return rest == 0 || (address.bytes[whole] ^ network.bytes[whole]) >> (8 - rest) == 0;
+}
+
 std::string AddressLiteral(const IpAddress& address) {
   const IpAddress plain = Unmapped(address);
   return (plain.family == Family::kIpv4 ? "[" : "[IPv6:") + ToString(plain) + "]";

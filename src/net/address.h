@@ -32,6 +32,9 @@ std::string ToString(const IpAddress& address);
 // 127.0.0.0/8 and ::1, also as an IPv4 address in IPv6 clothes (::ffff:127.0.0.1).
 bool IsLoopback(const IpAddress& address);
 
+// Whether the first `bits` of two addresses of one family agree.
+bool InNetwork(const IpAddress& address, const IpAddress& network, int bits);
+
 // What stands for a host without a name in HELO and EHLO (RFC 5321 4.1.3): "[127.0.0.1]", "[IPv6:::1]".
 std::string AddressLiteral(const IpAddress& address);
 

@@ -66,13 +66,9 @@ KeyPlace OfKey(const std::string& name, const DkimKey& key) {
 }
 
 KeyPlace CheckKey(const std::string& name, Answers& answers) {
-  const net::DnsAnswer* texts = answers.Of(name, net::DnsType::kTxt);
-  if (texts == nullptr) return {};
-  if (!texts->answered()) return {KeyWorth::kUnknown, Unanswered(kDkimNoAnswer, name, *texts)};
-  std::vector<std::string> keys;
-  for (const net::DnsRecord& text : texts->records) {
-    if (IsDkimKey(text.text)) keys.push_back(text.text);
-  }
+  const auto [answer, keys] = answers.TextsAt(name, IsDkimKey);
+  if (answer == nullptr) return {};
+  if (!answer->answered()) return {KeyWorth::kUnknown, Unanswered(kDkimNoAnswer, name, *answer)};
   if (keys.empty()) return {KeyWorth::kNoKey};
   if (keys.size() > 1) {
     return {KeyWorth::kNotCounting,
@@ -127,22 +123,21 @@ const std::vector<std::string>& UsualSelectors() {
   return usual;
 }
 
-bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Ways& ways) {
+KeysPassing CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found) {
   const bool is_guess = question.selectors.empty();
   const std::string above = OrganisationalDomain(question.domain);
-  ways.key = is_guess ? Passing::kUnknown : Passing::kNo;
+  KeysPassing keys{.own = is_guess ? Passing::kUnknown : Passing::kNo};
   std::vector<KeyPlace> places;
-  bool is_known = true;
   const auto look = [&](const std::string& name, Passing& passing) {
     const KeyWorth worth = places.emplace_back(CheckKey(name, answers)).worth;
-    is_known = is_known && worth != KeyWorth::kPending;
+    if (worth == KeyWorth::kPending) keys.known = Known::kNotYet;
     passing = std::max(passing, PassingWith(worth));
     return worth > KeyWorth::kNoKey;
   };
   for (const std::string& selector : is_guess ? UsualSelectors() : question.selectors) {
     const std::string name = KeyName(selector, question.domain);
     const bool is_there =
-        look(name, ways.key) || (above != question.domain && look(KeyName(selector, above), ways.organisations_key));
+        look(name, keys.own) || (above != question.domain && look(KeyName(selector, above), keys.organisations));
     if (is_guess || is_there) continue;
     places.back().finding =
         Found(kNoDkim, Say("There is no key at {}.", name),
@@ -153,7 +148,7 @@ bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found
   const bool any_there = std::any_of(places.begin(), places.end(), [](const auto& place) { return !!place.finding; });
   const bool any_counts = std::any_of(places.begin(), places.end(), Counts);
   Tell(std::move(places), found);
-  if (is_guess && !any_counts && is_known) {
+  if (is_guess && !any_counts && keys.known == Known::kYes) {
     found.push_back(Found(
         kDkimNotFound,
         any_there ? Say("No key that counts was found under the usual names at _domainkey.{}.", question.domain)
@@ -161,7 +156,7 @@ bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found
         "Give the selector that your mail provider signs with: it stands behind \"s=\" in the DKIM-Signature of a "
         "message that you sent."));
   }
-  return is_known;
+  return keys;
 }
 
 }  // namespace quillcast::domain

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "domain/sender/dmarc_record.h"
 #include "domain/sender/sender_topics.h"
@@ -8,18 +9,6 @@ namespace quillcast::domain {
 namespace {
 
 using enum FindingKind;
-
-// What a domain publishes at "_dmarc"; nothing while it is not known.
-std::optional<std::vector<std::string>> RecordsAt(const std::string& domain, Answers& answers, Findings& found) {
-  const net::DnsAnswer* texts = answers.Of("_dmarc." + domain, net::DnsType::kTxt);
-  if (texts == nullptr) return std::nullopt;
-  std::vector<std::string> records;
-  for (const net::DnsRecord& text : texts->records) {
-    if (IsDmarc(text.text)) records.push_back(text.text);
-  }
-  if (!texts->answered()) found.push_back(Unanswered(kDmarcNoAnswer, "_dmarc." + domain, *texts));
-  return records;
-}
 
 constexpr const char* kAsksAll = "Remove \"pct=\" once your own mail passes.";
 
@@ -105,49 +94,58 @@ void TellAlignment(const std::string& domain, const std::string& at, const Dmarc
   }
 }
 
-}  // namespace
+// What is published at "_dmarc", and where: of the domain, else of the organisation above it.
+struct Published {
+  std::string at;
+  NameTexts records;
+};
 
-bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found) {
-  const std::size_t before = found.size();
-  std::string at = domain;
-  std::optional<std::vector<std::string>> records = RecordsAt(at, answers, found);
-  // Both are asked for at once, though the second counts only without the first (RFC 7489 6.6.3).
+// Both are asked for at once, though the second counts only without the first (RFC 7489 6.6.3).
+Published FindRecords(const std::string& domain, Answers& answers) {
+  Published own{domain, answers.TextsAt("_dmarc." + domain, IsDmarc)};
   const std::string above = OrganisationalDomain(domain);
-  if (above != domain) {
-    Findings of_above;
-    std::optional<std::vector<std::string>> records_above = RecordsAt(above, answers, of_above);
-    if (records && records->empty() && found.size() == before) {
-      records = std::move(records_above);
-      at = above;
-      found.insert(found.end(), of_above.begin(), of_above.end());
-    }
-  }
-  if (!records) return false;
-  if (found.size() > before) return true;  // not answered
-  if (records->empty()) {
-    found.push_back(
-        Found(kNoDmarc, Say("{} does not say what is to become of mail that others send in its name.", domain),
-              Say("Publish the text record \"v=DMARC1; p=none; rua=mailto:you@{}\" at _dmarc.{}; large mail providers "
-                  "refuse newsletters without one.",
-                  above, above)));
-    return true;
-  }
-  if (records->size() > 1) {
-    found.push_back(Found(
-        kTwoDmarc, Say("There are {} records at _dmarc.{}; receivers then take none of them.", records->size(), at),
-        "Leave one of them."));
-    return true;
-  }
-  const Result<DmarcRecord> record = ParseDmarc(records->front());
+  if (above == domain) return own;
+  NameTexts records_above = answers.TextsAt("_dmarc." + above, IsDmarc);
+  const DnsAnswer* answer = own.records.answer;
+  const bool has_none = answer != nullptr && answer->answered() && own.records.texts.empty();
+  return has_none ? Published{above, std::move(records_above)} : own;
+}
+
+void TellRecord(const std::string& domain, const std::string& at, const std::string& text, const Ways& ways,
+                Findings& found) {
+  const Result<DmarcRecord> record = ParseDmarc(text);
   if (!record) {
-    found.push_back(Found(kDmarcMistake, Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what),
-                          record.error().remedy));
-    return true;
+    return found.push_back(Found(kDmarcMistake,
+                                 Say("The record at _dmarc.{} has a mistake: {}", at, record.error().what),
+                                 record.error().remedy));
   }
   const DmarcRecord::Policy policy = record->For(at != domain);
   TellPolicy(domain, at, *record, policy, found);
   TellAlignment(domain, at, *record, policy, ways, found);
-  return true;
+}
+
+}  // namespace
+
+Known CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found) {
+  const auto& [at, records] = FindRecords(domain, answers);
+  if (records.answer == nullptr) return Known::kNotYet;
+  if (!records.answer->answered()) {
+    found.push_back(Unanswered(kDmarcNoAnswer, "_dmarc." + at, *records.answer));
+  } else if (records.texts.empty()) {
+    found.push_back(Found(
+        kNoDmarc, Say("{} does not say what is to become of mail that others send in its name.", domain),
+        Say("Publish the text record \"v=DMARC1; p=none; rua=mailto:you@{}\" at _dmarc.{}; large mail providers refuse "
+            "newsletters without one.",
+            at, at)));
+  } else if (records.texts.size() > 1) {
+    found.push_back(
+        Found(kTwoDmarc,
+              Say("There are {} records at _dmarc.{}; receivers then take none of them.", records.texts.size(), at),
+              "Leave one of them."));
+  } else {
+    TellRecord(domain, at, records.texts.front(), ways, found);
+  }
+  return Known::kYes;
 }
 
 }  // namespace quillcast::domain

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "domain/sender/sender_topics.h"
 #include "domain/sender/spf_check.h"
@@ -33,43 +34,45 @@ void TellMissing(const std::string& domain, const SpfPublished& spf, Answers& an
   }
 }
 
-// What makes receivers give up on a record that is right in itself. False where there is none.
-bool TellCost(const SpfCost& cost, Findings& found) {
+// What makes receivers give up on a record that is right in itself, or keeps the whole of it from being known.
+std::optional<Finding> GivenUp(const SpfCost& cost) {
   if (!cost.itself.empty()) {
-    found.push_back(Found(kSpfLoop, Say("The record of {} leads back to itself.", cost.itself),
-                          "Remove the \"include:\" or \"redirect=\" that closes the circle."));
-  } else if (!cost.broken.empty()) {
-    found.push_back(
-        Found(kSpfBrokenInclude,
-              cost.broken_state == State::kNone ? Say("The record leads to {}, which has none.", cost.broken)
-                                                : Say("The record leads to {}, whose own has a mistake.", cost.broken),
-              "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that "
-              "domain."));
-  } else if (cost.lookups > kMostSpfLookups) {
-    found.push_back(Found(
+    return Found(kSpfLoop, Say("The record of {} leads back to itself.", cost.itself),
+                 "Remove the \"include:\" or \"redirect=\" that closes the circle.");
+  }
+  if (!cost.broken.empty()) {
+    return Found(kSpfBrokenInclude,
+                 cost.broken_state == State::kNone
+                     ? Say("The record leads to {}, which has none.", cost.broken)
+                     : Say("The record leads to {}, whose own has a mistake.", cost.broken),
+                 "Receivers then take the whole record for a mistake: remove what leads there, or ask who runs that "
+                 "domain.");
+  }
+  if (cost.lookups > kMostSpfLookups) {
+    return Found(
         kSpfLookups,
         cost.lookups == kMostCountedLookups
             ? Say("The record takes {} look-ups or more; receivers give up after {}.", cost.lookups, kMostSpfLookups)
             : Say("The record takes {} look-ups; receivers give up after {}.", cost.lookups, kMostSpfLookups),
         "Remove each \"include:\" through which you no longer send, and write addresses in place of \"a\" "
-        "and \"mx\"."));
-  } else if (static_cast<int>(cost.void_names.size()) > kMostVoidLookups) {
-    found.push_back(
-        Found(kSpfVoid,
-              Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
-                  cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
-              "Remove them from the record."));
-  } else if (!cost.crowded.empty()) {
-    found.push_back(Found(
+        "and \"mx\".");
+  }
+  if (static_cast<int>(cost.void_names.size()) > kMostVoidLookups) {
+    return Found(kSpfVoid,
+                 Say("The record names {} hosts that are not there, {} among them; receivers give up after {}.",
+                     cost.void_names.size(), cost.void_names[0], kMostVoidLookups),
+                 "Remove them from the record.");
+  }
+  if (!cost.crowded.empty()) {
+    return Found(
         kSpfMxHosts,
         Say("The record names the mail hosts of {}, which are more than the ten that receivers look at.", cost.crowded),
-        "Write their addresses in place of \"mx\"."));
-  } else if (!cost.unanswered.empty()) {
-    found.push_back(Unanswered(kSpfNoAnswer, cost.unanswered, cost.no_answer));
-  } else {
-    return false;
+        "Write their addresses in place of \"mx\".");
   }
-  return true;
+  if (!cost.unanswered.empty()) {
+    return Unanswered(kSpfNoAnswer, cost.unanswered, cost.no_answer);
+  }
+  return std::nullopt;
 }
 
 // Addresses that nobody sends from (RFC 5771, RFC 1112; RFC 3849, RFC 9637), two of each family: a record that lets
@@ -169,25 +172,23 @@ std::optional<Passing> TellServer(const SeenServer& server, SpfSender sender, An
   return Passing::kUnknown;
 }
 
-// False while it is not known.
-bool TellServers(const std::vector<SeenServer>& servers, const SpfSender& sender, Answers& answers, Findings& found,
-                 Passing& passing) {
-  bool is_known = true;
+SpfPassing TellServers(const std::vector<SeenServer>& servers, const SpfSender& sender, Answers& answers,
+                       Findings& found) {
+  Known known = Known::kYes;
   std::optional<Passing> all;
   for (const SeenServer& server : servers) {
     if (server.addresses.empty()) continue;
     const std::optional<Passing> one = TellServer(server, sender, answers, found);
-    is_known = one.has_value() && is_known;
+    if (!one) known = Known::kNotYet;
     all = std::min(all.value_or(Passing::kYes), one.value_or(Passing::kUnknown));
   }
-  passing = all.value_or(Passing::kUnknown);
-  return is_known;
+  return {known, all.value_or(Passing::kUnknown)};
 }
 
 }  // namespace
 
-bool CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers, Findings& found,
-              Passing& passing) {
+SpfPassing CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers,
+                    Findings& found) {
   SpfSender sender{.local_part = question.local_part, .domain = question.domain};
   const auto seen =
       std::find_if(servers.begin(), servers.end(), [](const SeenServer& each) { return !each.addresses.empty(); });
@@ -196,20 +197,21 @@ bool CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& ser
     sender.host = seen->name;
   }
   const SpfPublished spf = FindSpf(answers, question.domain);
-  if (spf.state == State::kPending) return false;
-  passing = spf.state == State::kNoAnswer ? Passing::kUnknown : Passing::kNo;
+  if (spf.state == State::kPending) return {};
   if (spf.state != State::kRead) {
     TellMissing(question.domain, spf, answers, found);
-    return true;
+    return {Known::kYes, spf.state == State::kNoAnswer ? Passing::kUnknown : Passing::kNo};
   }
   const SpfCost cost = CountSpf(answers, sender);
   const SpfResult nobody = EvaluateNobody(answers, sender);
-  if (cost.is_pending || nobody == SpfResult::kPending) return false;
-  // Where receivers give up on it the server may still be found before, or may pass the mail on.
-  passing = Passing::kUnknown;
-  if (TellCost(cost, found)) return true;
+  if (cost.is_pending || nobody == SpfResult::kPending) return {};
+  if (std::optional<Finding> given_up = GivenUp(cost)) {
+    found.push_back(*std::move(given_up));
+    // The server may still be found before receivers give up, or may pass the mail on.
+    return {Known::kYes, Passing::kUnknown};
+  }
   TellOthers(question.domain, spf.record, cost, nobody, found);
-  return TellServers(servers, sender, answers, found, passing);
+  return TellServers(servers, sender, answers, found);
 }
 
 }  // namespace quillcast::domain

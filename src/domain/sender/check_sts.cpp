@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "domain/sender/mta_sts.h"
 #include "domain/sender/sender_topics.h"
@@ -6,8 +7,6 @@
 
 namespace quillcast::domain {
 namespace {
-
-using net::DnsAnswer;
 
 using enum FindingKind;
 
@@ -31,24 +30,18 @@ void TellPolicy(const std::string& domain, const StsPolicy& policy, const std::v
   }
 }
 
-bool CheckPolicy(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
-                 Findings& found) {
+Known CheckPolicy(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
+                  Findings& found) {
   const std::string host = "mta-sts." + domain;
-  const net::DnsAnswer* ip4 = answers.Of(host, net::DnsType::kA);
-  const net::DnsAnswer* ip6 = answers.Of(host, net::DnsType::kAaaa);
-  if (ip4 == nullptr || ip6 == nullptr) return false;
-  const DnsAnswer* silent = !ip4->answered() ? ip4 : !ip6->answered() ? ip6 : nullptr;
-  if (silent != nullptr && ip4->records.empty() && ip6->records.empty()) {
-    found.push_back(Unanswered(kMtaStsNoAnswer, host, *silent));
-    return true;
+  NameAddresses its = answers.AddressesOf(host);
+  if (its.known == Known::kNotYet) return its.known;
+  if (its.unanswered != nullptr && its.addresses.empty()) {
+    found.push_back(Unanswered(kMtaStsNoAnswer, host, *its.unanswered));
+    return Known::kYes;
   }
-  if (!file.is_wanted) {
-    for (const net::DnsAnswer* answer : {ip4, ip6}) {
-      for (const net::DnsRecord& record : answer->records) file.addresses.push_back(record.address);
-    }
-  }
+  if (!file.is_wanted) file.addresses = std::move(its.addresses);
   file.is_wanted = true;
-  if (!file.content) return false;
+  if (!file.content) return Known::kNotYet;
   const Result<StsPolicy> policy =
       *file.content ? ParseStsPolicy(**file.content) : Result<StsPolicy>(file.content->error());
   if (policy) {
@@ -59,33 +52,29 @@ bool CheckPolicy(const std::string& domain, const std::vector<std::string>& serv
     found.push_back(Found(kMtaStsNoPolicy, Say("The record of {} leads to no policy: {}", domain, policy.error().what),
                           policy.error().remedy));
   }
-  return true;
+  return Known::kYes;
 }
 
 }  // namespace
 
-bool CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
-              Findings& found) {
-  const net::DnsAnswer* texts = answers.Of("_mta-sts." + domain, net::DnsType::kTxt);
-  if (texts == nullptr) return false;
-  if (!texts->answered()) {
-    found.push_back(Unanswered(kMtaStsNoAnswer, "_mta-sts." + domain, *texts));
-    return true;
-  }
-  std::vector<std::string> records;
-  for (const net::DnsRecord& text : texts->records) {
-    if (IsStsRecord(text.text)) records.push_back(text.text);
+Known CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
+               Findings& found) {
+  const auto [answer, records] = answers.TextsAt("_mta-sts." + domain, IsStsRecord);
+  if (answer == nullptr) return Known::kNotYet;
+  if (!answer->answered()) {
+    found.push_back(Unanswered(kMtaStsNoAnswer, "_mta-sts." + domain, *answer));
+    return Known::kYes;
   }
   if (records.empty()) {
     found.push_back(Found(kNoMtaSts, Say("{} does not ask that mail to it travels under TLS.", domain)));
-    return true;
+    return Known::kYes;
   }
   const Result<std::string> id = ParseStsRecord(records[0]);
   if (records.size() > 1 || !id) {
     found.push_back(Found(kMtaStsMistake,
                           id ? Say("There are {} records at _mta-sts.{}.", records.size(), domain) : id.error().what,
                           id ? Sentence("Leave one of them.") : id.error().remedy));
-    return true;
+    return Known::kYes;
   }
   return CheckPolicy(domain, servers, answers, file, found);
 }

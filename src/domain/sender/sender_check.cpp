@@ -34,23 +34,24 @@ SenderReport CheckSender(const SenderQuestion& question, Answers& answers, StsFi
   SenderReport report;
   Findings& found = report.findings;
   // Each part is called whatever the others lack, so that all they want is asked for at once.
-  std::vector<std::string> mail_hosts;
-  bool is_complete = CheckMx(question.domain, answers, found, mail_hosts);
+  const MailHosts mail_hosts = CheckMx(question.domain, answers, found);
+  Known known = mail_hosts.known;
   std::vector<SeenServer> seen;
   for (const std::string& name : question.servers) {
     std::optional<SeenServer> server = LookAtServer(name, answers);
-    is_complete = server.has_value() && is_complete;
+    if (!server) known = Known::kNotYet;
     if (server) seen.push_back(*std::move(server));
   }
-  Ways ways;
-  is_complete = CheckSpf(question, seen, answers, found, ways.spf) && is_complete;
-  is_complete = CheckDkim(question, answers, found, ways) && is_complete;
-  is_complete = CheckDmarc(question.domain, ways, answers, found) && is_complete;
-  is_complete = CheckSts(question.domain, mail_hosts, answers, sts, found) && is_complete;
+  const SpfPassing spf = CheckSpf(question, seen, answers, found);
+  const KeysPassing keys = CheckDkim(question, answers, found);
+  const Ways ways{.spf = spf.passing, .key = keys.own, .organisations_key = keys.organisations};
+  known = Both(known, Both(spf.known, keys.known));
+  known = Both(known, CheckDmarc(question.domain, ways, answers, found));
+  known = Both(known, CheckSts(question.domain, mail_hosts.names, answers, sts, found));
   for (const SeenServer& server : seen) {
-    is_complete = CheckReverseNames(question.domain, server, answers, found) && is_complete;
+    known = Both(known, CheckReverseNames(question.domain, server, answers, found));
   }
-  report.is_complete = is_complete;
+  report.is_complete = known == Known::kYes;
   return report;
 }
 

@@ -1,13 +1,13 @@
-// The parts of the check of a sending domain, one for each thing that is looked up. Each adds what it found, or returns
-// false where answers are missing, which are then wanted.
+// The parts of the check of a sending domain, one for each thing that is looked up. Each adds what it found as far as
+// the answers go.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "domain/sender/answers.h"
 #include "domain/sender/finding.h"
+#include "domain/sender/seen_server.h"
 #include "domain/sender/sender_check.h"
 
 namespace quillcast::domain {
@@ -25,33 +25,37 @@ struct Ways {
   Passing organisations_key = Passing::kNo;
 };
 
-// Where the domain's own mail goes (RFC 5321 5.1, RFC 7505). `servers` gets the hosts.
-bool CheckMx(const std::string& domain, Answers& answers, Findings& found, std::vector<std::string>& servers);
-
-// A server of the account's, with the addresses of it that others see: no loopback and no private ones.
-struct SeenServer {
-  std::string name;
-  std::vector<net::IpAddress> addresses = {};
+// Where the domain's own mail goes (RFC 5321 5.1, RFC 7505).
+struct MailHosts {
+  Known known = Known::kNotYet;
+  std::vector<std::string> names = {};
 };
+MailHosts CheckMx(const std::string& domain, Answers& answers, Findings& found);
 
-// Nothing while it is not known.
-std::optional<SeenServer> LookAtServer(const std::string& name, Answers& answers);
+// kYes where the record lets all those servers send, kNo where receivers take no record.
+struct SpfPassing {
+  Known known = Known::kNotYet;
+  Passing passing = Passing::kUnknown;
+};
+SpfPassing CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers,
+                    Findings& found);
 
-// `passing` becomes kYes where the record lets all those servers send, kNo where receivers take no record.
-bool CheckSpf(const SenderQuestion& question, const std::vector<SeenServer>& servers, Answers& answers, Findings& found,
-              Passing& passing);
-
-// Each key becomes kYes where one was found that receivers take, kNo where none of the given selectors has one. The
+// Each is kYes where a key was found that receivers take, kNo where none of the given selectors has one. The
 // organisation's are looked for where the domain has none itself.
-bool CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found, Ways& ways);
+struct KeysPassing {
+  Known known = Known::kYes;
+  Passing own = Passing::kUnknown;
+  Passing organisations = Passing::kNo;
+};
+KeysPassing CheckDkim(const SenderQuestion& question, Answers& answers, Findings& found);
 
-bool CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found);
+Known CheckDmarc(const std::string& domain, const Ways& ways, Answers& answers, Findings& found);
 
-bool CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
-              Findings& found);
+Known CheckSts(const std::string& domain, const std::vector<std::string>& servers, Answers& answers, StsFile& file,
+               Findings& found);
 
 // The names of a server's addresses, and whether they lead back (RFC 1912 2.1). A server of another organisation than
 // the domain's may pass the mail on, and is not the sender's to mend.
-bool CheckReverseNames(const std::string& domain, const SeenServer& server, Answers& answers, Findings& found);
+Known CheckReverseNames(const std::string& domain, const SeenServer& server, Answers& answers, Findings& found);
 
 }  // namespace quillcast::domain

@@ -2,19 +2,12 @@
 
 #include <algorithm>
 
-#include "platform/text.h"
+#include "domain/sender/reverse_names.h"
 
 namespace quillcast::domain {
 namespace {
 
-using net::DnsAnswer;
-using net::DnsOutcome;
-using net::DnsType;
 using State = SpfPublished::State;
-
-DnsType TypeFor(const net::IpAddress& address) {
-  return address.family == net::Family::kIpv4 ? DnsType::kA : DnsType::kAaaa;
-}
 
 // One sender against one record after the other.
 class Evaluation {
@@ -64,9 +57,9 @@ class Evaluation {
       case SpfMechanism::kAll:
         return Match::kYes;
       case SpfMechanism::kIp4:
-        return InNetwork(sender_.address, term.network, term.bits4) ? Match::kYes : Match::kNo;
+        return net::InNetwork(sender_.address, term.network, term.bits4) ? Match::kYes : Match::kNo;
       case SpfMechanism::kIp6:
-        return InNetwork(sender_.address, term.network, term.bits6) ? Match::kYes : Match::kNo;
+        return net::InNetwork(sender_.address, term.network, term.bits6) ? Match::kYes : Match::kNo;
       case SpfMechanism::kInclude:
         return Included(name);
       case SpfMechanism::kA:
@@ -117,14 +110,14 @@ class Evaluation {
 
   Match HasAddress(const std::string& name, const SpfTerm& term) {
     const std::vector<net::DnsRecord>* records = nullptr;
-    const Match found = Find(name, TypeFor(sender_.address), records);
+    const Match found = Find(name, net::TypeFor(sender_.address.family), records);
     return found == Match::kYes ? IsAmong(*records, term) : found;
   }
 
   Match IsAmong(const std::vector<net::DnsRecord>& records, const SpfTerm& term) const {
     const int bits = sender_.address.family == net::Family::kIpv4 ? term.bits4 : term.bits6;
     const bool is_there = std::any_of(records.begin(), records.end(), [&](const net::DnsRecord& record) {
-      return InNetwork(sender_.address, record.address, bits);
+      return net::InNetwork(sender_.address, record.address, bits);
     });
     return is_there ? Match::kYes : Match::kNo;
   }
@@ -139,7 +132,7 @@ class Evaluation {
     for (const net::DnsRecord& server : *servers) {
       if (server.text.empty()) continue;  // a null MX
       const std::vector<net::DnsRecord>* records = nullptr;
-      Match match = FindBehind(server.text, TypeFor(sender_.address), records);
+      Match match = FindBehind(server.text, net::TypeFor(sender_.address.family), records);
       if (match == Match::kYes) match = IsAmong(*records, term);
       if (match == Match::kYes) return match;
       if (match != Match::kNo && whole != Match::kPending) whole = match;
@@ -158,19 +151,15 @@ class Evaluation {
     const Match found = Find(net::ReverseName(sender_.address), DnsType::kPtr, names);
     if (found == Match::kTemporaryError) return Match::kNo;
     if (found != Match::kYes) return found;
-    Match whole = Match::kNo;
-    for (std::size_t i = 0; i < std::min(names->size(), kMostSpfHosts); ++i) {
-      const std::string name = platform::AsciiLower((*names)[i].text);
-      if (name != domain && !name.ends_with("." + domain)) continue;
-      const DnsAnswer* back = answers_.Of(name, TypeFor(sender_.address));
-      if (back == nullptr) {
-        whole = Match::kPending;
-      } else if (std::any_of(back->records.begin(), back->records.end(),
-                             [&](const net::DnsRecord& record) { return record.address == sender_.address; })) {
+    const auto is_below = [&](const std::string& name) { return name == domain || name.ends_with("." + domain); };
+    switch (FollowBack(sender_.address, *names, answers_, is_below)) {
+      case WayBack::kThere:
         return Match::kYes;
-      }
+      case WayBack::kPending:
+        return Match::kPending;
+      default:
+        return Match::kNo;
     }
-    return whole;
   }
 
   Answers& answers_;
@@ -186,23 +175,20 @@ bool IsVoidLookup(const DnsAnswer& answer) {
 }
 
 SpfPublished FindSpf(Answers& answers, const std::string& domain) {
-  const DnsAnswer* texts = answers.Of(domain, DnsType::kTxt);
-  SpfPublished found;
-  if (texts == nullptr) return found;
-  found.state = texts->outcome == DnsOutcome::kFound || IsVoidLookup(*texts) || texts->outcome == DnsOutcome::kBadName
-                    ? State::kNone
-                    : State::kNoAnswer;
-  for (const net::DnsRecord& text : texts->records) {
-    if (!IsSpf(text.text) || ++found.count > 1) continue;
-    Result<SpfRecord> record = ParseSpf(text.text);
-    found.state = record ? State::kRead : State::kMistake;
-    if (record) {
-      found.record = *std::move(record);
-    } else {
-      found.mistake = record.error();
-    }
+  const auto [answer, records] = answers.TextsAt(domain, IsSpf);
+  SpfPublished found{.count = static_cast<int>(records.size())};
+  if (answer == nullptr) return found;
+  if (records.size() > 1) {
+    found.state = State::kSeveral;
+  } else if (records.empty()) {
+    found.state = answer->answered() || answer->outcome == DnsOutcome::kBadName ? State::kNone : State::kNoAnswer;
+  } else if (Result<SpfRecord> record = ParseSpf(records.front())) {
+    found.state = State::kRead;
+    found.record = *std::move(record);
+  } else {
+    found.state = State::kMistake;
+    found.mistake = record.error();
   }
-  if (found.count > 1) return {.state = State::kSeveral, .count = found.count, .record = {}, .mistake = {}};
   return found;
 }
 

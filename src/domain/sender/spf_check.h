@@ -27,9 +27,9 @@ enum class SpfResult { kPass, kFail, kSoftFail, kNeutral, kNone, kTemporaryError
 struct SpfPublished {
   enum class State { kPending, kNoAnswer, kNone, kSeveral, kMistake, kRead };
   State state = State::kPending;
-  int count = 0;       // of records
-  SpfRecord record;    // with kRead alone
-  Error mistake = {};  // with kMistake alone
+  int count = 0;          // of records
+  SpfRecord record = {};  // with kRead alone
+  Error mistake = {};     // with kMistake alone
 };
 SpfPublished FindSpf(Answers& answers, const std::string& domain);
 

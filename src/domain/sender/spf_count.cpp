@@ -7,9 +7,6 @@
 namespace quillcast::domain {
 namespace {
 
-using net::DnsAnswer;
-using net::DnsOutcome;
-using net::DnsType;
 using State = SpfPublished::State;
 
 // Follows every term of a record and of those that it leads to.
@@ -76,14 +73,13 @@ class Count {
   }
 
   void LookForAddresses(const std::string& name) {
-    const DnsAnswer* ip4 = answers_.Of(name, DnsType::kA);
-    const DnsAnswer* ip6 = answers_.Of(name, DnsType::kAaaa);
-    if (ip4 == nullptr || ip6 == nullptr) {
+    const NameAddresses its = answers_.AddressesOf(name);
+    if (its.known == Known::kNotYet) {
       cost_.is_pending = true;
-    } else if (IsVoidLookup(*ip4) && IsVoidLookup(*ip6)) {
+    } else if (its.addresses.empty() && its.unanswered == nullptr) {
       cost_.void_names.push_back(name);
-    } else if (ip4->outcome != DnsOutcome::kFound && ip6->outcome != DnsOutcome::kFound) {
-      NoteUnanswered(name, IsVoidLookup(*ip4) ? *ip6 : *ip4);
+    } else if (its.addresses.empty()) {
+      NoteUnanswered(name, *its.unanswered);
     }
   }
 

@@ -190,15 +190,4 @@ Result<SpfRecord> ParseSpf(std::string_view record) {
   return found;
 }
 
-bool InNetwork(const net::IpAddress& address, const net::IpAddress& network, int bits) {
-  if (address.family != network.family) return false;
-  const auto whole = static_cast<std::size_t>(bits / 8);
-  if (!std::equal(address.bytes.begin(), address.bytes.begin() + static_cast<std::ptrdiff_t>(whole),
-                  network.bytes.begin())) {
-    return false;
-  }
-  const int rest = bits % 8;
-  return rest == 0 || (address.bytes[whole] ^ network.bytes[whole]) >> (8 - rest) == 0;
-}
-
 }  // namespace quillcast::domain

@@ -42,7 +42,4 @@ bool IsSpf(std::string_view record);
 // that stands twice. The error names the word. Unknown modifiers are passed over.
 Result<SpfRecord> ParseSpf(std::string_view record);
 
-// Whether the first `bits` of two addresses of one family agree.
-bool InNetwork(const net::IpAddress& address, const net::IpAddress& network, int bits);
-
 }  // namespace quillcast::domain
