@@ -7,9 +7,11 @@
 #include "account/account_settings.h"
 #include "account/component_values.h"
 #include "cli/commands.h"
-#include "domain/connection_facts.h"
-#include "domain/connection_test.h"
-#include "domain/connection_verdict.h"
+#include "domain/connection/connection_facts.h"
+#include "domain/connection/connection_input.h"
+#include "domain/connection/connection_meaning.h"
+#include "domain/connection/connection_test.h"
+#include "domain/connection/connection_verdict.h"
 #include "net/address.h"
 #include "platform/text.h"
 
@@ -34,7 +36,7 @@ ordered_json StepsOf(const domain::ConnectionTest& test) {
   auto steps = ordered_json::array();
   for (const auto& step : test.steps) {
     const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(step.took).count();
-    steps.push_back({{"step", domain::Name(step.step)},
+    steps.push_back({{"step", domain::WordOf(step.step)},
                      {"ms", static_cast<double>(microseconds) / 1000},
                      {"done", !test.EndedAt(step)}});
   }
@@ -77,7 +79,7 @@ ordered_json OthersOf(const domain::ConnectionTest& test) {
     others.push_back({{"server", other.server.host},
                       {"port", other.server.port},
                       {"code", static_cast<int>(other.outcome.code)},
-                      {"verdict", domain::Name(domain::VerdictOf(other))},
+                      {"verdict", domain::WordOf(domain::VerdictOf(other))},
                       {"report", other.report}});
   }
   return others;
@@ -87,7 +89,7 @@ ordered_json ResultOf(const domain::ConnectionTest& test, int threading) {
   ordered_json result = {{"server", test.server.host},
                          {"port", test.server.port},
                          {"code", static_cast<int>(test.outcome.code)},
-                         {"verdict", domain::Name(domain::VerdictOf(test))},
+                         {"verdict", domain::WordOf(domain::VerdictOf(test))},
                          {"meaning", ordered_json::array()},
                          {"reply_code", test.outcome.reply.code},
                          {"reply", test.outcome.reply.text},

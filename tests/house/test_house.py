@@ -34,7 +34,8 @@ ORDER = {
     "message": "document profile mime html charset recipients smtp net",
     "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
     "account/import": "account profile",
-    "domain": "account profile charset smtp smtp/sasl smtp/client net net/dns",
+    "domain": "profile charset net net/dns",
+    "domain/connection": "account smtp smtp/sasl smtp/client net",
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run/journal": "recipients smtp",
@@ -50,7 +51,7 @@ ORDER = {
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
     "desktop/run": "desktop/widgets desktop/document run run/journal account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
-    "desktop/domain": "desktop/widgets domain domain/sender net account profile smtp",
+    "desktop/domain": "desktop/widgets domain domain/connection domain/sender net account profile smtp",
     "desktop/support": "desktop/widgets support run profile smtp",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",

@@ -14,7 +14,8 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
-#include "domain/connection_verdict.h"
+#include "domain/connection/connection_input.h"
+#include "domain/connection/connection_meaning.h"
 
 namespace quillcast::desktop {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "domain/connection_facts.h"
+#include "domain/connection/connection_facts.h"
 #include "profile/program.h"
 
 class QLabel;

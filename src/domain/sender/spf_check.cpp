@@ -20,7 +20,7 @@ class Evaluation {
     for (const SpfTerm& term : found.record.terms) {
       if (term.NeedsLookup() && ++lookups_ > kMostSpfLookups) return SpfResult::kPermanentError;
       const Match match = Matches(term, domain);
-      if (match == Match::kYes) return static_cast<SpfResult>(term.verdict);
+      if (match == Match::kYes) return ResultOf(term.verdict);
       if (match != Match::kNo) return ResultOf(match);
     }
     if (found.record.redirect.empty()) return SpfResult::kNeutral;
@@ -43,6 +43,14 @@ class Evaluation {
       default:
         return SpfResult::kPermanentError;
     }
+  }
+
+  static SpfResult ResultOf(SpfVerdict verdict) {
+    static_assert(static_cast<int>(SpfResult::kPass) == static_cast<int>(SpfVerdict::kPass) &&
+                  static_cast<int>(SpfResult::kFail) == static_cast<int>(SpfVerdict::kFail) &&
+                  static_cast<int>(SpfResult::kSoftFail) == static_cast<int>(SpfVerdict::kSoftFail) &&
+                  static_cast<int>(SpfResult::kNeutral) == static_cast<int>(SpfVerdict::kNeutral));
+    return static_cast<SpfResult>(verdict);
   }
 
   static SpfResult ResultOf(Match match) {

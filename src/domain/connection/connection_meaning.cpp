@@ -1,5 +1,7 @@
-#include "domain/connection_facts.h"
-#include "domain/connection_verdict.h"
+#include "domain/connection/connection_meaning.h"
+
+#include "domain/connection/connection_facts.h"
+#include "domain/connection/connection_verdict.h"
 #include "net/address.h"
 #include "net/resolver.h"
 #include "platform/text.h"
@@ -11,14 +13,14 @@ namespace {
 using enum ConnectionVerdict;
 
 constexpr std::uint16_t kBetweenServers = 25;
-constexpr std::size_t kLongestList = 200;  // octets: it stands in a sentence
+constexpr std::size_t kLongestInSentence = 200;  // octets: it stands in a sentence
 
 std::string HostOf(const ConnectionTest& test) { return platform::Printable(test.server.host, 255); }
 
-std::string WaysOf(const ConnectionTest& test) { return Joined(LastOffer(test).sign_in, kLongestList); }
+std::string WaysOf(const ConnectionTest& test) { return Joined(LastOffer(test).sign_in, kLongestInSentence); }
 
-std::string NamesOf(const ConnectionTest& test) {
-  return test.tls && test.tls->certificate ? Joined(test.tls->certificate->names, kLongestList) : std::string();
+std::string CertifiedNames(const ConnectionTest& test) {
+  return test.tls && test.tls->certificate ? Joined(test.tls->certificate->names, kLongestInSentence) : std::string();
 }
 
 // What the account needs for this server, as its dialog calls it.
@@ -54,7 +56,7 @@ std::vector<Sentence> OfClear(const ConnectionTest& test) {
           Usual(), "Only in a network that you trust set Security to None."};
 }
 
-std::vector<Sentence> OfSuccess(const ConnectionTest& test, ConnectionVerdict verdict) {
+std::vector<Sentence> OfWorking(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::uint16_t port = test.server.port;
   switch (verdict) {
     case kWantsStartTls:
@@ -131,7 +133,7 @@ std::vector<Sentence> OfTls(const ConnectionTest& test, ConnectionVerdict verdic
   }
 }
 
-std::vector<Sentence> OfCertificate(const ConnectionTest& test, ConnectionVerdict verdict) {
+std::vector<Sentence> OfBadCertificate(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::string host = HostOf(test);
   const auto& certificate = test.tls ? test.tls->certificate : std::nullopt;
   const Sentence renew = "Whoever runs the server has to renew it.";
@@ -143,8 +145,8 @@ std::vector<Sentence> OfCertificate(const ConnectionTest& test, ConnectionVerdic
       return {Say("The certificate of {} holds from {} on.", host, certificate ? DayOf(certificate->valid_from) : ""),
               "Check that the clock of this computer is right."};
     case kOtherName:
-      if (NamesOf(test).empty()) return {Say("The certificate of {} names no server.", host), renew};
-      return {Say("The certificate of {} is for another name: {}.", host, NamesOf(test)),
+      if (CertifiedNames(test).empty()) return {Say("The certificate of {} names no server.", host), renew};
+      return {Say("The certificate of {} is for another name: {}.", host, CertifiedNames(test)),
               "If that is your provider's name, put it into the account as the server."};
     case kSelfSigned:
       return {Say("The certificate of {} is signed by itself alone, so anybody could have made it.", host),
@@ -161,7 +163,7 @@ std::vector<Sentence> OfCertificate(const ConnectionTest& test, ConnectionVerdic
   }
 }
 
-std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdict verdict) {
+std::vector<Sentence> OfTalk(const ConnectionTest& test, ConnectionVerdict verdict) {
   const std::uint16_t port = test.server.port;
   const std::string reply = smtp::ReplyText(test.outcome.reply);
   switch (verdict) {
@@ -195,17 +197,23 @@ std::vector<Sentence> OfConversation(const ConnectionTest& test, ConnectionVerdi
 
 std::vector<Sentence> OfServer(const ConnectionTest& test) {
   const ConnectionVerdict verdict = VerdictOf(test);
-  if (verdict < kPartsBadly) return OfSuccess(test, verdict);
-  if (verdict == kPartsBadly) {
-    std::vector<Sentence> meaning = OfSuccess(test, VerdictBeforeQuit(test));
-    meaning.emplace_back("It does not part as it should, which does no harm to messages.");
-    return meaning;
+  switch (GroupOf(verdict)) {
+    case VerdictGroup::kWorks: {
+      if (verdict != kPartsBadly) return OfWorking(test, verdict);
+      std::vector<Sentence> meaning = OfWorking(test, VerdictBeforeQuit(test));
+      meaning.emplace_back("It does not part as it should, which does no harm to messages.");
+      return meaning;
+    }
+    case VerdictGroup::kReaching:
+      return OfReaching(test, verdict);
+    case VerdictGroup::kTls:
+      return OfTls(test, verdict);
+    case VerdictGroup::kCertificate:
+      return OfBadCertificate(test, verdict);
+    case VerdictGroup::kConversation:
+      break;
   }
-  if (verdict >= kNameUnknown && verdict <= kConnectTimedOut) return OfReaching(test, verdict);
-  if (verdict >= kExpired && verdict <= kNotTrusted) return OfCertificate(test, verdict);
-  const bool is_tls =
-      (verdict >= kSpeaksTls && verdict <= kTlsFailed) || (verdict >= kNoStartTls && verdict <= kTextAfterStartTls);
-  return is_tls ? OfTls(test, verdict) : OfConversation(test, verdict);
+  return OfTalk(test, verdict);
 }
 
 }  // namespace
@@ -222,7 +230,7 @@ std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
   if (test.untried.empty()) return meaning;
   std::vector<std::string> untried;
   for (const smtp::Server& server : test.untried) untried.push_back(TextOf(server));
-  const std::string list = Joined(untried, kLongestList);
+  const std::string list = Joined(untried, kLongestInSentence);
   meaning.push_back(test.TakesMail() ? Say("Not tried, as this one works: {}.", list)
                                      : Say("There was no time left to try {}.", list));
   return meaning;

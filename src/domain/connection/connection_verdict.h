@@ -1,12 +1,10 @@
-// What a connection test means for the account: one verdict, and the plain words for it.
+// What a connection test means for the account, in one word.
 #pragma once
 
 #include <optional>
 #include <string_view>
-#include <vector>
 
-#include "domain/connection_test.h"
-#include "platform/sentence.h"
+#include "domain/connection/connection_test.h"
 
 namespace quillcast::domain {
 
@@ -51,6 +49,10 @@ enum class ConnectionVerdict {
   kOther,
 };
 
+// What a verdict is about, by which its sentences are found.
+enum class VerdictGroup { kWorks, kReaching, kTls, kCertificate, kConversation };
+VerdictGroup GroupOf(ConnectionVerdict verdict);
+
 ConnectionVerdict VerdictOf(const ConnectionTest& test);
 // What the test means without its end: kWantsStartTls to kUnknownSignIn. It has come as far as QUIT.
 ConnectionVerdict VerdictBeforeQuit(const ConnectionTest& test);
@@ -61,9 +63,6 @@ const Offer& LastOffer(const ConnectionTest& test);
 std::optional<std::string_view> ModeFor(const smtp::Capabilities& offered);
 
 // "wants-starttls": for programs, and never changed.
-std::string_view Name(ConnectionVerdict verdict);
-
-// What it means, and what to set in the account or to look at next; in connection_meaning.cpp.
-std::vector<Sentence> MeaningOf(const ConnectionTest& test);
+std::string_view WordOf(ConnectionVerdict verdict);
 
 }  // namespace quillcast::domain

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "domain/connection_test.h"
+#include "domain/connection/connection_test.h"
 #include "platform/sentence.h"
 
 namespace quillcast::domain {
@@ -31,6 +31,6 @@ std::string Joined(const std::vector<std::string>& texts, std::size_t longest);
 std::string DayOf(std::chrono::system_clock::time_point moment);
 
 // "name", "connect", "tls", "greeting", "ehlo", "starttls", "sign-in", "quit": for programs.
-const char* Name(smtp::ConnectionStep step);
+const char* WordOf(smtp::ConnectionStep step);
 
 }  // namespace quillcast::domain

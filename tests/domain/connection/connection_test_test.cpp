@@ -1,5 +1,5 @@
 // The connection test against servers of every kind: what each means for the account, and what is written down of it.
-#include "domain/connection_test.h"
+#include "domain/connection/connection_test.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -10,8 +10,10 @@
 #include <thread>
 #include <variant>
 
-#include "domain/connection_facts.h"
-#include "domain/connection_verdict.h"
+#include "domain/connection/connection_facts.h"
+#include "domain/connection/connection_input.h"
+#include "domain/connection/connection_meaning.h"
+#include "domain/connection/connection_verdict.h"
 #include "platform/text.h"
 #include "smtp/certificates.h"
 #include "smtp/scripted_server.h"
@@ -267,7 +269,7 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
        }) {
     SCOPED_TRACE(std::string(c.verdict) + " " + c.security + " " + c.script.greeting.substr(0, 20));
     const auto test = Try(c.script, c.security, c.host);
-    EXPECT_EQ(Name(VerdictOf(test)), c.verdict) << test.outcome.reason << test.report;
+    EXPECT_EQ(WordOf(VerdictOf(test)), c.verdict) << test.outcome.reason << test.report;
     EXPECT_THAT(Words(test), HasSubstr(c.words));
     EXPECT_EQ(static_cast<int>(test.outcome.code), c.code);
     EXPECT_EQ(test.report.starts_with("Error " + std::to_string(c.code) + ":"), c.code != 0) << test.report;
@@ -315,7 +317,7 @@ TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
       const Certificate shown = smtp::Make("mx\x1B[2J", c.name, c.signed_by_ca ? &ca_ : nullptr, c.from, c.to);
       const Script script{.tls_at_once = at_once, .clear = kOffersTls};
       const auto test = Try(script, at_once ? "TLS" : "Automatic", "localhost", shown, c.newest);
-      EXPECT_EQ(Name(VerdictOf(test)), c.verdict) << test.outcome.reason;
+      EXPECT_EQ(WordOf(VerdictOf(test)), c.verdict) << test.outcome.reason;
       EXPECT_THAT(Words(test), HasSubstr(c.words));
       EXPECT_EQ(test.report.find("Error 5: "), 0U);
       EXPECT_EQ(test.tls.has_value() && test.tls->certificate.has_value(), c.newest == 0);
@@ -326,7 +328,7 @@ TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
   const Certificate other = smtp::Make("Stranger", "", nullptr, -kHour, kHour);
   const Certificate shown = smtp::Make("mx", "DNS:localhost", &other, -kHour, kHour);
   const auto test = Try({.tls_at_once = true}, "TLS", "localhost", shown);
-  EXPECT_EQ(Name(VerdictOf(test)), "certificate-unknown-issuer");
+  EXPECT_EQ(WordOf(VerdictOf(test)), "certificate-unknown-issuer");
   EXPECT_THAT(Words(test), HasSubstr("that this computer does not know: Stranger."));
   smtp::Free(shown);
   smtp::Free(other);
@@ -356,7 +358,7 @@ TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
            {made_up(kConnectFailed, EHOSTUNREACH), "unreachable", "The network does not lead to mx.example from here."},
            {made_up(kConnectTimeout, 0), "connect-timed-out",
             "mx.example did not answer on port 25. Many networks let nobody out to port 25. Try port 587."}}) {
-    EXPECT_EQ(Name(VerdictOf(test)), verdict);
+    EXPECT_EQ(WordOf(VerdictOf(test)), verdict);
     EXPECT_THAT(Words(test), HasSubstr(words));
   }
 }
@@ -415,7 +417,7 @@ TEST_F(ConnectionTests, EndsWithinASecondOfACancel) {
     person.join();
     EXPECT_LT(clock_.Monotonic() - asked.load(), 1s);
     EXPECT_EQ(test.report.find("Error 20: The operation cancelled."), 0U);
-    EXPECT_EQ(Name(VerdictOf(test)), "cancelled");
+    EXPECT_EQ(WordOf(VerdictOf(test)), "cancelled");
   }
 }
 
@@ -434,7 +436,7 @@ TEST_F(ConnectionTests, EndsInTime) {
   options.servers.push_back({"127.0.0.1", good.port()});
   options.servers.push_back({"2001:db8::1", 25});
   const auto silent = TestConnection(options, clock_, cancel_);
-  EXPECT_EQ(Name(VerdictOf(silent)), "stopped-answering");
+  EXPECT_EQ(WordOf(VerdictOf(silent)), "stopped-answering");
   EXPECT_EQ(good.connections(), 0);
   port = good.port();
   EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, [2001:db8::1]:25."));
@@ -504,7 +506,7 @@ TEST_F(ConnectionTests, TellsOfOneServerAlone) {
     SCOPED_TRACE(fmt::format("{} of {}", c.verdict, c.servers.size()));
     EXPECT_EQ(test.server.host, alone.servers[0].host);
     EXPECT_EQ(test.server.port, alone.servers[0].port);
-    EXPECT_EQ(Name(VerdictOf(test)), c.verdict);
+    EXPECT_EQ(WordOf(VerdictOf(test)), c.verdict);
     EXPECT_EQ(test.report, wanted.report);
     EXPECT_EQ(test.steps.size(), wanted.steps.size());
     EXPECT_LT(test.steps.back().took, wanted.steps.back().took + 900ms);

@@ -1,4 +1,4 @@
-#include "domain/connection_facts.h"
+#include "domain/connection/connection_facts.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -12,20 +12,32 @@
 namespace quillcast::domain {
 namespace {
 
+using smtp::ConnectionStep;
 using Facts = std::vector<ConnectionFact>;
 
-constexpr std::size_t kLongestList = 4000;  // octets
+constexpr std::size_t kLongestInFact = 4000;  // octets
 
 struct StepWords {
+  ConnectionStep step;
   const char* name;
   const char* words;
 };
 constexpr std::array kSteps{
-    StepWords{"name", "Finding the address"}, StepWords{"connect", "Connecting"},
-    StepWords{"tls", "Encrypting (TLS)"},     StepWords{"greeting", "Waiting for the greeting"},
-    StepWords{"ehlo", "Saying EHLO"},         StepWords{"starttls", "Asking for STARTTLS"},
-    StepWords{"sign-in", "Signing in"},       StepWords{"quit", "Parting (QUIT)"},
-};  // by ConnectionStep
+    StepWords{ConnectionStep::kName, "name", "Finding the address"},
+    StepWords{ConnectionStep::kConnect, "connect", "Connecting"},
+    StepWords{ConnectionStep::kTls, "tls", "Encrypting (TLS)"},
+    StepWords{ConnectionStep::kGreeting, "greeting", "Waiting for the greeting"},
+    StepWords{ConnectionStep::kHello, "ehlo", "Saying EHLO"},
+    StepWords{ConnectionStep::kStartTls, "starttls", "Asking for STARTTLS"},
+    StepWords{ConnectionStep::kSignIn, "sign-in", "Signing in"},
+    StepWords{ConnectionStep::kQuit, "quit", "Parting (QUIT)"},
+};
+static_assert([] {
+  for (std::size_t i = 0; i < kSteps.size(); ++i) {
+    if (kSteps[i].step != static_cast<ConnectionStep>(i)) return false;
+  }
+  return kSteps.back().step == ConnectionStep::kQuit;
+}());
 
 const StepWords& WordsOf(smtp::ConnectionStep step) { return kSteps.at(static_cast<std::size_t>(step)); }
 
@@ -54,7 +66,7 @@ void AddAddresses(const ConnectionTest& test, Facts& facts) {
 }
 
 void AddCertificate(const net::CertificateFacts& certificate, Facts& facts) {
-  if (!certificate.names.empty()) facts.push_back({"Certificate for", Joined(certificate.names, kLongestList)});
+  if (!certificate.names.empty()) facts.push_back({"Certificate for", Joined(certificate.names, kLongestInFact)});
   if (!certificate.subject.empty()) facts.push_back({"Its name", platform::Printable(certificate.subject, 255)});
   facts.push_back({"Issued by", platform::Printable(certificate.issuer, 255)});
   facts.push_back({"Valid", Say("{} to {}", DayOf(certificate.valid_from), DayOf(certificate.valid_to))});
@@ -73,8 +85,8 @@ void AddTls(const ConnectionTest& test, Facts& facts) {
 
 void AddOffer(const std::optional<Offer>& offer, const char* sign_in, const char* extensions, Facts& facts) {
   if (!offer) return;
-  facts.push_back({sign_in, offer->sign_in.empty() ? Sentence("not offered") : Joined(offer->sign_in, kLongestList)});
-  if (!offer->extensions.empty()) facts.push_back({extensions, Joined(offer->extensions, kLongestList)});
+  facts.push_back({sign_in, offer->sign_in.empty() ? Sentence("not offered") : Joined(offer->sign_in, kLongestInFact)});
+  if (!offer->extensions.empty()) facts.push_back({extensions, Joined(offer->extensions, kLongestInFact)});
 }
 
 }  // namespace
@@ -110,6 +122,6 @@ std::string Joined(const std::vector<std::string>& texts, std::size_t longest) {
   return all;
 }
 
-const char* Name(smtp::ConnectionStep step) { return WordsOf(step).name; }
+const char* WordOf(smtp::ConnectionStep step) { return WordsOf(step).name; }
 
 }  // namespace quillcast::domain

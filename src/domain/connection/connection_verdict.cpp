@@ -1,4 +1,4 @@
-#include "domain/connection_verdict.h"
+#include "domain/connection/connection_verdict.h"
 
 #include <algorithm>
 #include <array>
@@ -14,9 +14,10 @@ using smtp::ConnectionStep;
 using smtp::ResultCode;
 using enum ConnectionVerdict;
 
-ConnectionVerdict OfCertificate(net::CertificateFault fault) {
+ConnectionVerdict OfFault(net::CertificateFault fault) {
   constexpr std::array kVerdicts = {kTlsFailed,  kExpired,       kNotYetValid, kOtherName,
                                     kSelfSigned, kUnknownIssuer, kNotTrusted,  kNotTrusted};
+  static_assert(kVerdicts.size() == static_cast<std::size_t>(net::CertificateFault::kOther) + 1);  // in its order
   return kVerdicts.at(static_cast<std::size_t>(fault));
 }
 
@@ -24,7 +25,7 @@ ConnectionVerdict OfHandshake(const ConnectionTest& test) {
   const net::TlsFacts& tls = *test.tls;
   switch (tls.fault) {
     case net::HandshakeFault::kCertificate:
-      return tls.certificate ? OfCertificate(tls.certificate->fault) : kNotTrusted;
+      return tls.certificate ? OfFault(tls.certificate->fault) : kNotTrusted;
     case net::HandshakeFault::kNoTls:
       return test.in_clear ? kTextAfterStartTls : kSpeaksText;
     case net::HandshakeFault::kTooOld:
@@ -47,7 +48,7 @@ ConnectionVerdict OfConnecting(const ConnectionTest& test) {
 }
 
 // Of a conversation that broke off, where no code of ours says more.
-ConnectionVerdict OfConversation(const ConnectionTest& test) {
+ConnectionVerdict OfBreakingOff(const ConnectionTest& test) {
   const bool is_first = test.last_step() == ConnectionStep::kGreeting;
   if (test.speaks_tls) return kSpeaksTls;
   if (!test.odd.empty()) return is_first ? OfOddity(test.odd) : kNoMailServer;
@@ -61,53 +62,54 @@ ConnectionVerdict OfConversation(const ConnectionTest& test) {
   return lacks_tls ? kNoStartTls : kOther;
 }
 
-struct Named {
+struct VerdictRow {
   ConnectionVerdict verdict;
-  std::string_view name;
+  std::string_view word;
+  VerdictGroup group;
 };
-constexpr std::array kNames{
-    Named{kWantsStartTls, "wants-starttls"},
-    Named{kStartTls, "starttls"},
-    Named{kTls, "tls"},
-    Named{kInClear, "in-clear"},
-    Named{kOpen, "no-sign-in-in-clear"},
-    Named{kNoSignIn, "no-sign-in"},
-    Named{kUnknownSignIn, "unknown-sign-in"},
-    Named{kPartsBadly, "parts-badly"},
-    Named{kNameUnknown, "name-unknown"},
-    Named{kNameTimedOut, "name-timed-out"},
-    Named{kPortRefused, "port-refused"},
-    Named{kUnreachable, "unreachable"},
-    Named{kConnectTimedOut, "connect-timed-out"},
-    Named{kSpeaksTls, "speaks-tls"},
-    Named{kSpeaksText, "speaks-text"},
-    Named{kTlsTooOld, "tls-too-old"},
-    Named{kTlsFailed, "tls-failed"},
-    Named{kExpired, "certificate-expired"},
-    Named{kNotYetValid, "certificate-not-yet-valid"},
-    Named{kOtherName, "certificate-other-name"},
-    Named{kSelfSigned, "certificate-self-signed"},
-    Named{kUnknownIssuer, "certificate-unknown-issuer"},
-    Named{kNotTrusted, "certificate-not-trusted"},
-    Named{kNoStartTls, "no-starttls"},
-    Named{kStartTlsRefused, "starttls-refused"},
-    Named{kTextAfterStartTls, "text-after-starttls"},
-    Named{kTurnedAwayForNow, "turned-away-for-now"},
-    Named{kTurnedAway, "turned-away"},
-    Named{kFetchesMail, "fetches-mail"},
-    Named{kNoMailServer, "no-mail-server"},
-    Named{kHelloRefused, "hello-refused"},
-    Named{kSilent, "silent"},
-    Named{kStoppedAnswering, "stopped-answering"},
-    Named{kHungUp, "hung-up"},
-    Named{kCancelled, "cancelled"},
-    Named{kOther, "other"},
+constexpr std::array kRows{
+    VerdictRow{kWantsStartTls, "wants-starttls", VerdictGroup::kWorks},
+    VerdictRow{kStartTls, "starttls", VerdictGroup::kWorks},
+    VerdictRow{kTls, "tls", VerdictGroup::kWorks},
+    VerdictRow{kInClear, "in-clear", VerdictGroup::kWorks},
+    VerdictRow{kOpen, "no-sign-in-in-clear", VerdictGroup::kWorks},
+    VerdictRow{kNoSignIn, "no-sign-in", VerdictGroup::kWorks},
+    VerdictRow{kUnknownSignIn, "unknown-sign-in", VerdictGroup::kWorks},
+    VerdictRow{kPartsBadly, "parts-badly", VerdictGroup::kWorks},
+    VerdictRow{kNameUnknown, "name-unknown", VerdictGroup::kReaching},
+    VerdictRow{kNameTimedOut, "name-timed-out", VerdictGroup::kReaching},
+    VerdictRow{kPortRefused, "port-refused", VerdictGroup::kReaching},
+    VerdictRow{kUnreachable, "unreachable", VerdictGroup::kReaching},
+    VerdictRow{kConnectTimedOut, "connect-timed-out", VerdictGroup::kReaching},
+    VerdictRow{kSpeaksTls, "speaks-tls", VerdictGroup::kTls},
+    VerdictRow{kSpeaksText, "speaks-text", VerdictGroup::kTls},
+    VerdictRow{kTlsTooOld, "tls-too-old", VerdictGroup::kTls},
+    VerdictRow{kTlsFailed, "tls-failed", VerdictGroup::kTls},
+    VerdictRow{kExpired, "certificate-expired", VerdictGroup::kCertificate},
+    VerdictRow{kNotYetValid, "certificate-not-yet-valid", VerdictGroup::kCertificate},
+    VerdictRow{kOtherName, "certificate-other-name", VerdictGroup::kCertificate},
+    VerdictRow{kSelfSigned, "certificate-self-signed", VerdictGroup::kCertificate},
+    VerdictRow{kUnknownIssuer, "certificate-unknown-issuer", VerdictGroup::kCertificate},
+    VerdictRow{kNotTrusted, "certificate-not-trusted", VerdictGroup::kCertificate},
+    VerdictRow{kNoStartTls, "no-starttls", VerdictGroup::kTls},
+    VerdictRow{kStartTlsRefused, "starttls-refused", VerdictGroup::kTls},
+    VerdictRow{kTextAfterStartTls, "text-after-starttls", VerdictGroup::kTls},
+    VerdictRow{kTurnedAwayForNow, "turned-away-for-now", VerdictGroup::kConversation},
+    VerdictRow{kTurnedAway, "turned-away", VerdictGroup::kConversation},
+    VerdictRow{kFetchesMail, "fetches-mail", VerdictGroup::kConversation},
+    VerdictRow{kNoMailServer, "no-mail-server", VerdictGroup::kConversation},
+    VerdictRow{kHelloRefused, "hello-refused", VerdictGroup::kConversation},
+    VerdictRow{kSilent, "silent", VerdictGroup::kConversation},
+    VerdictRow{kStoppedAnswering, "stopped-answering", VerdictGroup::kConversation},
+    VerdictRow{kHungUp, "hung-up", VerdictGroup::kConversation},
+    VerdictRow{kCancelled, "cancelled", VerdictGroup::kConversation},
+    VerdictRow{kOther, "other", VerdictGroup::kConversation},
 };
 static_assert([] {
-  for (std::size_t i = 0; i < kNames.size(); ++i) {
-    if (kNames[i].verdict != static_cast<ConnectionVerdict>(i)) return false;
+  for (std::size_t i = 0; i < kRows.size(); ++i) {
+    if (kRows[i].verdict != static_cast<ConnectionVerdict>(i)) return false;
   }
-  return kNames.back().verdict == kOther;
+  return kRows.back().verdict == kOther;
 }());
 
 }  // namespace
@@ -158,9 +160,11 @@ ConnectionVerdict VerdictOf(const ConnectionTest& test) {
       break;
   }
   const bool at_handshake = test.last_step() == ConnectionStep::kTls && test.tls;
-  return at_handshake ? OfHandshake(test) : OfConversation(test);
+  return at_handshake ? OfHandshake(test) : OfBreakingOff(test);
 }
 
-std::string_view Name(ConnectionVerdict verdict) { return kNames.at(static_cast<std::size_t>(verdict)).name; }
+std::string_view WordOf(ConnectionVerdict verdict) { return kRows.at(static_cast<std::size_t>(verdict)).word; }
+
+VerdictGroup GroupOf(ConnectionVerdict verdict) { return kRows.at(static_cast<std::size_t>(verdict)).group; }
 
 }  // namespace quillcast::domain

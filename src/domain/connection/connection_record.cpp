@@ -1,0 +1,105 @@
+#include "domain/connection/connection_record.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/text.h"
+
+namespace quillcast::domain {
+namespace {
+
+using smtp::ConnectionStep;
+
+constexpr std::size_t kMostLines = 1000;
+constexpr std::size_t kMostWays = 50;
+constexpr std::size_t kLongestWord = 200;  // octets of an extension
+
+// The names of one line, each once.
+void AddWays(std::string_view names, std::vector<std::string>& ways) {
+  for (const std::string_view name : platform::Split(names, ' ')) {
+    if (ways.size() == kMostWays) return;
+    std::string shown = platform::Printable(name, kLongestWord);
+    const bool is_new = std::find(ways.begin(), ways.end(), shown) == ways.end();
+    if (!name.empty() && is_new) ways.push_back(std::move(shown));
+  }
+}
+
+Offer OfferOf(std::string_view reply) {
+  Offer offer{.known = smtp::ParseCapabilities(reply)};
+  const auto lines = platform::Split(reply, '\n');
+  for (std::size_t n = 1; n < lines.size(); ++n) {
+    const std::string_view line = platform::Trim(lines[n]);
+    const bool is_sign_in =
+        platform::StartsWithIgnoringAsciiCase(line, "AUTH ") || platform::StartsWithIgnoringAsciiCase(line, "AUTH=");
+    if (is_sign_in) {
+      AddWays(line.substr(5), offer.sign_in);
+    } else if (!line.empty()) {
+      offer.extensions.push_back(platform::Printable(line, kLongestWord));
+    }
+  }
+  return offer;
+}
+
+// The conversation of a try, and before it what it failed with.
+std::string ReportOf(const smtp::Outcome& outcome, const std::string& conversation) {
+  if (outcome.code == smtp::ResultCode::kSuccess) return conversation;
+  return smtp::ResultText(static_cast<int>(outcome.code)) + "\r\n" + conversation;
+}
+
+}  // namespace
+
+ConnectionTest ConnectionRecord::Finish(smtp::Outcome outcome) {
+  EndStep();
+  Told(told_.value_or(tries_.empty() ? 0 : tries_.size() - 1));
+  ConnectionTest told;
+  std::vector<ConnectionTest> others;
+  for (std::size_t n = 0; n < tries_.size(); ++n) {
+    if (n == told_) tries_[n].test.outcome = std::move(outcome);
+    tries_[n].test.report = ReportOf(tries_[n].test.outcome, tries_[n].conversation);
+    if (n == told_) {
+      told = std::move(tries_[n].test);
+    } else {
+      others.push_back(std::move(tries_[n].test));
+    }
+  }
+  if (tries_.empty()) told.outcome = std::move(outcome);
+  told.others = std::move(others);
+  return told;
+}
+
+void ConnectionRecord::LogLine(std::string_view line) {
+  Try& now = tries_.back();
+  if (++now.lines <= kMostLines) now.conversation.append(line).append("\r\n");
+  if (now.lines == kMostLines + 1) now.conversation += "...\r\n";
+}
+
+void ConnectionRecord::Begins(const smtp::Server& server) {
+  EndStep();
+  tries_.emplace_back().test.server = server;
+}
+
+void ConnectionRecord::Begins(ConnectionStep step) {
+  EndStep();
+  Now().steps.push_back({step, {}});
+  began_ = clock_.Monotonic();
+}
+
+void ConnectionRecord::Tried(std::span<const net::TriedAddress> addresses) {
+  Now().addresses.assign(addresses.begin(), addresses.end());
+}
+
+void ConnectionRecord::Offered(std::string_view text) {
+  (Now().tls ? Now().under_tls : Now().in_clear) = OfferOf(text);
+}
+
+void ConnectionRecord::Senseless(std::string_view bytes) {
+  Now().odd = platform::Printable(bytes);
+  LogLine("S: " + Now().odd);
+}
+
+void ConnectionRecord::EndStep() {
+  if (began_) Now().steps.back().took = clock_.Monotonic() - *began_;
+  began_.reset();
+}
+
+}  // namespace quillcast::domain
