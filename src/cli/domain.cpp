@@ -6,14 +6,14 @@
 #include "cli/commands.h"
 #include "cli/domain_commands.h"
 #include "domain/domain_name_rules.h"
+#include "domain/mx_look_up.h"
 #include "domain/name_look_ups.h"
 #include "domain/whois.h"
+#include "domain/whois_servers.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
 namespace {
-
-constexpr std::uint16_t kWhoisPort = 43;
 
 // What was typed, before it is checked.
 struct DomainArguments {
@@ -46,7 +46,7 @@ void ShowWhois(const domain::WhoisAnswer& answer, const net::HostPort& server, c
 
 Result<net::HostPort> WhoisServerOf(const DomainArguments& typed) {
   if (typed.whois.empty()) return domain::WhoisServerForName(typed.name);
-  auto server = net::ParseHostPort(typed.whois, kWhoisPort);
+  auto server = net::ParseHostPort(typed.whois, domain::kWhoisPort);
   if (server) return *std::move(server);
   return Error{Failure::kUsage, Say("\"{}\" is not a server.", typed.whois),
                "Give its name or address, with or without a port: whois.example or 192.0.2.1:43."};

@@ -1,14 +1,10 @@
 #include "domain/domain_name_rules.h"
 
-#include <algorithm>
-
 #include "platform/text.h"
 #include "platform/utf8.h"
 
 namespace quillcast::domain {
 namespace {
-
-constexpr std::uint16_t kWhoisPort = 43;  // RFC 3912
 
 DomainComplaint About(const char* message, DomainControl control = DomainControl::kDomain) {
   return {message, control};
@@ -17,17 +13,6 @@ DomainComplaint About(const char* message, DomainControl control = DomainControl
 bool IsOneCharacter(std::string_view text) { return platform::DecodeUtf8(text).length == text.size(); }
 
 }  // namespace
-
-net::HostPort WhoisServerFor(std::string_view extension) {
-  const auto row = std::find_if(kWhoisServers.begin(), kWhoisServers.end(),
-                                [extension](const WhoisServer& one) { return one.extension == extension; });
-  return {std::string(row != kWhoisServers.end() ? row->host : kRootWhoisServer), kWhoisPort};
-}
-
-net::HostPort WhoisServerForName(std::string_view name) {
-  const auto dot = name.rfind('.');
-  return WhoisServerFor(dot == std::string_view::npos ? "" : platform::AsciiLower(name.substr(dot)));
-}
 
 std::string FilterDomainKeys(std::string_view typed, DotKey dot) {
   std::string taken;

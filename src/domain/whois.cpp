@@ -15,7 +15,6 @@
 namespace quillcast::domain {
 namespace {
 
-constexpr std::uint16_t kPort = 43;
 constexpr std::size_t kBlock = 16384;
 
 // How the servers of registries, regions and the root write it, before the colon.
@@ -48,8 +47,8 @@ std::optional<net::HostPort> ReferralIn(std::string_view value) {
   if (platform::StartsWithIgnoringAsciiCase(value, kScheme)) value.remove_prefix(kScheme.size());
   while (value.ends_with('/')) value.remove_suffix(1);
   if (!std::all_of(value.begin(), value.end(), IsHostCharacter)) return {};
-  auto referral = net::ParseHostPort(value, kPort);
-  if (!referral || referral->port != kPort || !IsPublicName(referral->host)) return {};
+  auto referral = net::ParseHostPort(value, kWhoisPort);
+  if (!referral || referral->port != kWhoisPort || !IsPublicName(referral->host)) return {};
   return referral;
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 
 namespace quillcast::domain {
 
+inline constexpr std::uint16_t kWhoisPort = 43;                    // RFC 3912
 inline constexpr std::size_t kLongestWhoisAnswer = 1024UL * 1024;  // bytes; a registry sends some thousand
 inline constexpr std::chrono::seconds kWhoisTime{30};              // for the whole of one question
 

@@ -1,5 +1,7 @@
 #include "domain/domain_name_rules.h"
 
+#include "domain/whois_servers.h"
+
 #include <gtest/gtest.h>
 
 namespace quillcast::domain {

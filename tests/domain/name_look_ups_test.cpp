@@ -1,6 +1,8 @@
 // Names, addresses and mail hosts, asked of a name server on loopback.
 #include "domain/name_look_ups.h"
 
+#include "domain/mx_look_up.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -16,6 +16,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "domain/domain_name_rules.h"
+#include "domain/whois_servers.h"
 
 namespace quillcast::desktop {
 

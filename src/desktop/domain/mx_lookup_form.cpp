@@ -17,6 +17,7 @@
 #include "desktop/widgets/soon.h"
 #include "desktop/widgets/status_line.h"
 #include "domain/domain_name_rules.h"
+#include "domain/name_look_ups.h"
 
 namespace quillcast::desktop {
 

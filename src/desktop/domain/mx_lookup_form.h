@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "domain/dns_server_list.h"
-#include "domain/name_look_ups.h"
+#include "domain/mx_look_up.h"
 #include "profile/program.h"
 
 class QComboBox;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "domain/mx_hosts.h"
 #include "domain/sender/sender_topics.h"
 
 namespace quillcast::domain {
@@ -66,18 +67,14 @@ MailHosts CheckMx(const std::string& domain, Answers& answers, Findings& found) 
     found.push_back(Unanswered(kMxNoAnswer, domain, *mx));
     return {Known::kYes};
   }
-  std::vector<net::DnsRecord> records = mx->records;
-  std::stable_sort(records.begin(), records.end(),
-                   [](const auto& a, const auto& b) { return a.preference < b.preference; });
+  const MxHosts named = MxHostsOf(*mx);
   std::vector<std::string> hosts;
-  for (const net::DnsRecord& record : records) {
-    if (!record.text.empty()) hosts.push_back(record.text);
-  }
+  for (const MxHost& one : named.hosts) hosts.push_back(one.host);
   if (hosts.empty()) {
     found.push_back(Found(kNullMx, Say("{} says that it takes no mail at all (a null MX).", domain), kNobodyAnswers));
     return {Known::kYes};
   }
-  if (hosts.size() < records.size()) {
+  if (named.has_null) {
     found.push_back(Found(kNullMxBeside,
                           Say("{} says that it takes no mail at all (a null MX), and names servers that do.", domain),
                           "Remove the null MX (\"0 .\"): receivers may take either for the truth."));
