@@ -11,7 +11,6 @@
 #include "desktop/widgets/status_line.h"
 #include "domain/sender/account_sender.h"
 #include "domain/sender/kept_check.h"
-#include "domain/sender/sender_lookup.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -115,27 +114,28 @@ void DomainCheckForm::Check() {
   findings_list_->Reset(0);
   status_->Say(tr("Asking about %1…").arg(ToQt(question->domain)));
   check_->setText(tr("&Cancel"));
-  task_->Start(
-      [this, question = *question, asked = servers, &clock = program_.clock](const platform::CancelToken& cancel) {
-        domain::SenderLookup lookup;
-        lookup.servers = asked;
-        const auto report = std::make_shared<const Result<domain::SenderReport>>(domain::LookUpSender(
-            question, lookup,
-            {clock, cancel, platform::Stop::kStop, net::Deadline::After(clock.Monotonic(), domain::kSenderCheckTime)}));
-        return [this, name = question.domain, report] { Show(name, *report); };
-      });
+  task_->Start([this, question = *question, asked = servers, &program = program_](const platform::CancelToken& cancel) {
+    domain::SenderLookup lookup;
+    lookup.servers = asked;
+    profile::SettingsStore settings(program.folders.settings, profile::kWindowPatience);
+    const auto report = std::make_shared<const Result<domain::KeptReport>>(
+        domain::CheckAndKeep(question, lookup, settings, program.clock, cancel));
+    return [this, name = question.domain, report] { Show(name, *report); };
+  });
 }
 
-void DomainCheckForm::Show(const std::string& domain, const Result<domain::SenderReport>& report) {
+void DomainCheckForm::Show(const std::string& domain, const Result<domain::KeptReport>& checked) {
   check_->setText(tr("C&heck"));
-  if (!report) return status_->Fail(report.error());
-  findings_ = report->findings;
+  if (!checked) return status_->Fail(checked.error());
+  const domain::SenderReport& report = checked->report;
+  findings_ = report.findings;
   findings_list_->Reset(findings_.size());
-  const QString summary = InWords(report->Summary(domain));
-  profile::SettingsStore settings(program_.folders.settings, profile::kWindowPatience);
-  const Result<void> kept = domain::KeepSenderCheck(settings, domain, program_.clock.Now(), *report);
-  if (!kept) return status_->Fail(kept.error());
-  status_->Say(summary, report->Gravest() == domain::Verdict::kBad ? NoteKind::kWarning : NoteKind::kInformation);
+  const QString summary = InWords(report.Summary(domain));
+  if (checked->not_kept) {
+    const QString why = InWords(AsSentence(*checked->not_kept));
+    return status_->Say(tr("%1 The result could not be kept: %2").arg(summary, why), NoteKind::kWarning);
+  }
+  status_->Say(summary, report.Gravest() == domain::Verdict::kBad ? NoteKind::kWarning : NoteKind::kInformation);
 }
 
 void DomainCheckForm::reject() {

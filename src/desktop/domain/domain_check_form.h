@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <memory>
 
-#include "domain/sender/sender_check.h"
+#include "domain/sender/kept_check.h"
 #include "net/address.h"
 #include "profile/program.h"
 
@@ -35,7 +35,7 @@ class DomainCheckForm final : public QDialog {
   void MakeWindow();
   QString Cell(std::size_t row, int column) const;
   void Check();
-  void Show(const std::string& domain, const Result<domain::SenderReport>& report);
+  void Show(const std::string& domain, const Result<domain::KeptReport>& checked);
 
   const profile::Program& program_;
   BackgroundTask* task_;

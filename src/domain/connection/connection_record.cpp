@@ -50,19 +50,24 @@ std::string ReportOf(const smtp::Outcome& outcome, const std::string& conversati
 
 ConnectionTest ConnectionRecord::Finish(smtp::Outcome outcome) {
   EndStep();
-  Told(told_.value_or(tries_.empty() ? 0 : tries_.size() - 1));
   ConnectionTest told;
+  if (tries_.empty()) {  // no server is set up
+    told_.reset();
+    told.outcome = std::move(outcome);
+    return told;
+  }
+  told_ = std::min(told_.value_or(tries_.size() - 1), tries_.size() - 1);
+  tries_[*told_].test.outcome = std::move(outcome);
   std::vector<ConnectionTest> others;
   for (std::size_t n = 0; n < tries_.size(); ++n) {
-    if (n == told_) tries_[n].test.outcome = std::move(outcome);
-    tries_[n].test.report = ReportOf(tries_[n].test.outcome, tries_[n].conversation);
-    if (n == told_) {
-      told = std::move(tries_[n].test);
+    ConnectionTest& test = tries_[n].test;
+    test.report = ReportOf(test.outcome, tries_[n].conversation);
+    if (n == *told_) {
+      told = std::move(test);
     } else {
-      others.push_back(std::move(tries_[n].test));
+      others.push_back(std::move(test));
     }
   }
-  if (tries_.empty()) told.outcome = std::move(outcome);
   told.others = std::move(others);
   return told;
 }

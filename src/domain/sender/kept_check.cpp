@@ -37,6 +37,20 @@ Result<void> KeepSenderCheck(profile::SettingsStore& settings, const std::string
   return settings.WriteAll(kSection, values);
 }
 
+Result<KeptReport> CheckAndKeep(const SenderQuestion& question, const SenderLookup& lookup,
+                                profile::SettingsStore& settings, const platform::Clock& clock,
+                                const platform::CancelToken& cancel) {
+  Result<SenderReport> report =
+      LookUpSender(question, lookup,
+                   {clock, cancel, platform::Stop::kStop, net::Deadline::After(clock.Monotonic(), kSenderCheckTime)});
+  if (!report) return report.error();
+  KeptReport kept{*std::move(report), std::nullopt};
+  if (const auto done = KeepSenderCheck(settings, question.domain, clock.Now(), kept.report); !done) {
+    kept.not_kept = done.error();
+  }
+  return kept;
+}
+
 Result<std::optional<Sentence>> RememberSenderCheck(const profile::SettingsStore& settings, const std::string& domain,
                                                     std::chrono::system_clock::time_point now) {
   const Result<std::string> kept = settings.Read(kSection, "Domain", "");

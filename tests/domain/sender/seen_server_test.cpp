@@ -38,7 +38,7 @@ TEST(ReverseNames, AreFollowedUpToTheTenth) {
   const net::IpAddress address = *net::ParseIpAddress("192.0.2.1");
   for (const auto& [leads_back, way] : {std::pair{10, WayBack::kThere}, std::pair{11, WayBack::kElsewhere}}) {
     std::vector<net::DnsRecord> names;
-    for (int i = 1; i <= 11; ++i) names.push_back({.text = fmt::format("H{}.example", i)});
+    for (int i = 1; i <= 11; ++i) names.emplace_back().text = fmt::format("H{}.example", i);
     const Zone zone(fmt::format("h{}.example A 192.0.2.1\nh1.example A 192.0.2.2", leads_back));
     Answers answers;
     WayBack found = WayBack::kPending;

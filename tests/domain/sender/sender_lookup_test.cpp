@@ -68,6 +68,24 @@ TEST_F(LookUp, AsksForAllThatTheCheckWants) {
   EXPECT_EQ(net::ToString(fetched.addresses[0]), "198.51.100.8");
 }
 
+// As after the settings could not be written: what was found is still told.
+TEST_F(LookUp, GivesBackWhatCouldNotBeKept) {
+  const net::DnsServer server(Zone());
+  const test::TemporaryFolder folder;
+  profile::SettingsStore settings(folder.path());  // no file
+  SenderQuestion question = kQuestion;
+  question.servers.clear();
+  const auto kept = CheckAndKeep(question,
+                                 {{server.endpoint()},
+                                  [](const StsPlace&, const net::Patience&) {
+                                    return Result<std::string>("version: STSv1\nmode: none\nmax_age: 1");
+                                  }},
+                                 settings, clock_, cancel_);
+  ASSERT_TRUE(kept) << Describe(kept.error());
+  EXPECT_TRUE(kept->not_kept);
+  EXPECT_EQ(Words(kept->report), "mx spf dkim dmarc dmarc-alignment mta-sts-off ");
+}
+
 TEST_F(LookUp, SaysWhatNobodyAnswered) {
   const net::DnsServer silent([](const std::string&, bool) { return std::vector<std::string>(); });
   const SenderQuestion question{.domain = "example.org", .servers = {"out.example.net"}};
