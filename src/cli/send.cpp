@@ -44,7 +44,8 @@ Result<bool> CheckDomain(Context& context, run::PreparedRun& prepared, const std
   if (!report) return report.error();
   for (const domain::Finding& finding : report->findings) {
     if (!domain::IsToMend(finding)) continue;
-    context.output.Note(fmt::format("{}: {} {}", finding.topic(), finding.what.InEnglish(), finding.remedy.InEnglish()));
+    context.output.Note(
+        fmt::format("{}: {} {}", finding.topic(), finding.what.InEnglish(), finding.remedy.InEnglish()));
   }
   context.output.Note(report->Summary(question->domain).InEnglish());
   return !report->IsBlank();

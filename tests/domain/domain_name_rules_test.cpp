@@ -1,8 +1,8 @@
 #include "domain/domain_name_rules.h"
 
-#include "domain/whois_servers.h"
-
 #include <gtest/gtest.h>
+
+#include "domain/whois_servers.h"
 
 namespace quillcast::domain {
 namespace {

@@ -1,13 +1,12 @@
 // Names, addresses and mail hosts, asked of a name server on loopback.
 #include "domain/name_look_ups.h"
 
-#include "domain/mx_look_up.h"
-
 #include <gtest/gtest.h>
 
 #include <fstream>
 
 #include "domain/dns_server_list.h"
+#include "domain/mx_look_up.h"
 #include "support/dns_server.h"
 #include "support/temporary_folder.h"
 
