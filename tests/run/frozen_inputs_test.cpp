@@ -14,8 +14,10 @@
 #include "platform/base64.h"
 #include "platform/text.h"
 #include "run/contents_in_memory.h"
+#include "run/journal/sqlite_run_journal.h"
 #include "run/what_changed.h"
 #include "support/fake_clock.h"
+#include "support/fake_rows.h"
 #include "support/random_text.h"
 #include "support/temporary_folder.h"
 
@@ -112,8 +114,9 @@ class FrozenInputs : public testing::Test {
     return Look(inputs_.document, inputs_.account, inputs_.body_format, message::DocumentFiles(inputs_.document));
   }
   // By way of an account that is another one by now in all that it has.
-  Seen LookAtThawed(const NewMailing& mailing) {
-    const auto thawed = Thaw(mailing, journal_);
+  Seen LookAtThawed(const NewMailing& mailing) { return LookAtThawed(mailing, journal_); }
+  Seen LookAtThawed(const NewMailing& mailing, RunJournal& journal) {
+    const auto thawed = Thaw(mailing, journal);
     if (!thawed) return {Describe(thawed.error()), "", "failed"};
     AccountSettings now;
     for (const auto& row : account::AccountKeyRows()) now.Set(row.key, "other");
@@ -233,6 +236,31 @@ TEST_F(FrozenInputs, KeepEachContentOnce) {
   EXPECT_EQ(mailing->group, "Readers");
   inputs_.body_format = "Plain";
   EXPECT_EQ(Freeze(inputs_, journal_)->files.size(), 2U) << "pictures do not go along there";
+}
+
+TEST_F(FrozenInputs, ComeBackOutOfTheJournalsFile) {
+  inputs_.document.html = "<img src=a.gif><img src='sub/c d.gif'><img src=gone.gif><img src='../home/left.gif'>";
+  inputs_.document.subject = "caf\xE9 \xE2\x82\xAC";
+  Attach(Put("letters \xE9/caf\xE9.bin", std::string(3'000'000, '\xE9')));
+  Attach(Put("empty", ""));
+  Attach(Path("letters/a.gif"));
+  const Seen before = LookNow();
+  const JournalPlace place{.file = scratch_ / "runs.db", .clock = &clock_};
+  MailingId id = 0;
+  {
+    const auto journal = SqliteRunJournal::Open(place);
+    ASSERT_TRUE(journal);
+    const auto mailing = Freeze(inputs_, **journal);
+    ASSERT_TRUE(mailing) << Describe(mailing.error());
+    test::FakeRows rows({"bob@example.net"});
+    const auto run = (*journal)->Begin(*mailing, rows, {}, "history");
+    ASSERT_TRUE(run) << Describe(run.error());
+    id = (*journal)->Find((*run)->id())->id;
+  }
+  DeleteFiles();
+  const auto journal = SqliteRunJournal::Open(place);
+  ASSERT_TRUE(journal);
+  EXPECT_TRUE(LookAtThawed(*(*journal)->Inputs(id), **journal) == before);
 }
 
 // What cannot be read is to its recipients what it was; what the journal cannot do ends the run before it begins.
