@@ -22,6 +22,8 @@ constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
+constexpr std::string_view kLoose = "(loose)";  // what stands behind a block and in none
+
 // What the view knows under the same name.
 constexpr auto kKept = std::to_array<std::string_view>(
     {"a",    "b",  "big",  "blockquote", "center", "cite",   "code", "dd",  "dfn", "dl", "dt", "em",
@@ -60,6 +62,8 @@ class SimpleWriter {
   void CloseTo(std::size_t open);
   void ComeIntoCell();
   void CloseBefore(const std::string& name);
+  void LeaveBlock(bool is_text);
+  void CloseLoose();
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
@@ -75,6 +79,7 @@ class SimpleWriter {
   bool begins_pre_ = false;  // just now
   bool drops_text_ = false;  // of a title, which is not the page's
   std::size_t word_ = 0;     // bytes since the last place to break
+  std::string_view behind_;  // the block that ended just now, as it was written
   std::string out_;
 };
 
@@ -94,6 +99,7 @@ void SimpleWriter::CloseTo(std::size_t open) {
     if (written == "table") --open_grids_;
     if (!written.empty()) out_.append("</").append(written).append(">");
     if (written == "div" || written == "p") word_ = 0;
+    if (IsBlock(RoleOf(written))) behind_ = written;
   }
 }
 
@@ -101,6 +107,7 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   open_.push_back({name, written});
   if (written.empty()) return;
   begins_pre_ = written == "pre";
+  if (IsBlock(RoleOf(written))) behind_ = {};
   out_.append("<").append(written);
   const std::size_t table = name == "td" ? Last("table") : kNone;
   const Spans spans = table == kNone ? Spans::kFew : open_[table].spans;
@@ -119,6 +126,7 @@ void SimpleWriter::StartTable(const HtmlToken& token) {
   if (open_.size() >= kMostOpen) return;
   ComeIntoCell();
   CloseBefore("p");
+  CloseLoose();
   open_grids_ += is_grid ? 1 : 0;
   Push("table", is_grid ? "table" : "div", &token);
   open_.back().spans = shapes_[tables_ - 1].spans;
@@ -156,6 +164,16 @@ void SimpleWriter::CloseBefore(const std::string& name) {
   CloseTo(before);
 }
 
+// The view would go on in the line of the block before, with pictures and behind a "div" with words too.
+void SimpleWriter::LeaveBlock(bool is_text) {
+  if (behind_.empty() || (is_text && behind_ != "div") || open_.size() >= kMostOpen) return;
+  Push(std::string(kLoose), "div", nullptr);
+}
+
+void SimpleWriter::CloseLoose() {
+  if (!open_.empty() && open_.back().name == kLoose) CloseTo(open_.size() - 1);
+}
+
 void SimpleWriter::StartItem() {
   CloseBefore("li");
   if (open_.empty() || (open_.back().written != "ul" && open_.back().written != "ol")) return;
@@ -175,10 +193,13 @@ void SimpleWriter::Start(const HtmlToken& token) {
   if (!is_void && !is_block && !IsAmong(name, kKept)) return;
   if (Last("table") != kNone && (name == "tbody" || name == "thead" || name == "tfoot")) return;
   ComeIntoCell();
+  if (is_block || name == "hr") CloseLoose();
   if (is_void) {
     const std::string attributes = SimpleAttributes(page_, token, name);
     const bool is_away = name == "img" && attributes.find(" src=\"") == std::string::npos;
     if (is_away || (name == "img" && ++pictures_ > kMostPictures)) return Text(page_.Value(token, "alt"));
+    if (name == "img") LeaveBlock(false);
+    behind_ = {};
     out_.append("<").append(name).append(attributes).append(">");
     word_ = 0;
     return;
@@ -187,6 +208,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
     CloseBefore("p");
     word_ = 0;
   }
+  if (!is_block) LeaveBlock(false);
   if (name == "li") StartItem();
   if (open_.size() >= kMostOpen) return;
   const auto kept = std::find(kKept.begin(), kKept.end(), name);
@@ -209,6 +231,8 @@ void SimpleWriter::Text(std::string_view text) {
   const bool is_blank = text.find_first_not_of(" \t\r\n\f") == std::string_view::npos;
   if (is_blank && !open_.empty() && (open_.back().name == "table" || open_.back().name == "tr")) return;
   ComeIntoCell();
+  if (!is_blank) LeaveBlock(true);
+  if (!is_blank) behind_ = {};
   bool in_reference = false;
   for (const char c : text) {
     if (out_.size() > most_) return;
