@@ -28,12 +28,12 @@ def sample(name):
     return str(FILES / f"{name}.eml")
 
 
-def picture(width):
-    """A red PNG of 50 lines with a blue right edge, as an image of a page."""
+def picture(width, height=50):
+    """A red PNG with a blue right edge, as an image of a page."""
     def chunk(name, content):
         return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
-    lines = (b"\0" + b"\xff\0\0" * (width - 40) + b"\0\0\xff" * 40) * 50
-    content = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, 50, 8, 2, 0, 0, 0)) +
+    lines = (b"\0" + b"\xff\0\0" * (width - 40) + b"\0\0\xff" * 40) * height
+    content = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) +
                chunk(b"IDAT", zlib.compress(lines)) + chunk(b"IEND", b""))
     return f"<img src='data:image/png;base64,{base64.b64encode(content).decode()}'"
 
@@ -313,6 +313,13 @@ class Message(Case):
                 self.assertEqual(told["left_out"], [])
                 self.assertIn(words.replace(" ", ""), pages[0].replace(" ", ""))
                 self.assertEqual(count_blue_edges(self.folder / "out.pdf"), edges)
+        for page, words in (  # pictures of one page and a half
+                (f"<p>before</p>{picture(600, 1500)}><p>after", ["before", "after"]),
+                (f"<p>before {picture(600, 1500)}> after", ["before", "after"]),
+                (f"<div>before</div>{picture(640, 900)}>", ["before"])):
+            with self.subTest(page=page[:20]):
+                pages = self.print_pdf(self.write("tall.eml", f"Content-Type: text/html\n\n{page}"))[2]
+                self.assertEqual([re.sub(r" ?\d/\d$", "", page) for page in pages], words)
         told = self.print_pdf(self.write("wide.eml", "Content-Type: text/html\n\n<table><tr>" + "<td>a" * 5000))[0]
         self.assertEqual(told["left_out"], ["The message goes on: this is its beginning."])
 

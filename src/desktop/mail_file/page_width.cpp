@@ -4,9 +4,11 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QTextTable>
 #include <QUrl>
 #include <algorithm>
+#include <vector>
 
 namespace quillcast::desktop {
 namespace {
@@ -75,6 +77,26 @@ void KeepWithin(double most, QTextDocument& document) {
   KeepTablesWithin(most, *document.rootFrame(), false);
   KeepPicturesWithin(most, document);
   change.endEditBlock();
+}
+
+bool PartFromWordsBefore(QTextDocument& document) {
+  std::vector<int> places;
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    const QString text = block.text();
+    for (int line = 1; line < block.layout()->lineCount(); ++line) {
+      const int begin = block.layout()->lineAt(line).textStart();
+      const bool is_picture = text.at(begin) == QChar::ObjectReplacementCharacter;
+      if (is_picture && text.at(begin - 1) != QChar::LineSeparator) places.push_back(block.position() + begin);
+    }
+  }
+  QTextCursor change(&document);
+  change.beginEditBlock();
+  for (auto place = places.rbegin(); place != places.rend(); ++place) {
+    change.setPosition(*place);
+    change.insertText(QChar(QChar::LineSeparator));
+  }
+  change.endEditBlock();
+  return !places.empty();
 }
 
 }  // namespace quillcast::desktop

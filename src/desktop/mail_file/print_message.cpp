@@ -111,7 +111,7 @@ class Pages {
 
   // What is still wider than the page makes all of it smaller.
   bool LayOutWithin() {
-    if (!LayOut()) return false;
+    if (!LayOut() || (!is_cut_ && PartFromWordsBefore(*document_) && !LayOut())) return false;
     const double width = is_cut_ ? 0 : document_->size().width();
     if (width <= body_.width()) return true;
     shrunk_ = std::min(width / body_.width(), kMostShrunk);
