@@ -39,6 +39,7 @@ ORDER = {
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run/journal": "recipients smtp",
+    "run/pace": "",
     "run": "run/journal account message document domain domain/sender mail_file profile recipients recipients/edit"
     " recipients/export html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",

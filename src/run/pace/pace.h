@@ -1,0 +1,81 @@
+// When the next message may go out, by what has gone out and the rules of a person.
+//
+// A message is taken when it is about to be sent, and went out at the moment right before its first octet is; between
+// the two a connection may have to be made. Whoever is taken counts as going out at any moment, so that each rule holds
+// for the moments at which messages went out, not for those at which they were asked about.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/clock.h"
+#include "run/pace/pace_rules.h"
+#include "run/pace/sliding_limit.h"
+
+namespace quillcast::run {
+
+// What stands for a recipient's domain wherever it is counted and kept, whatever its letters' case. Two may share one,
+// by a chance of one in four milliards, and then share a limit.
+enum class Domain : std::uint32_t {};
+Domain DomainOf(std::string_view name);
+
+enum class PaceRule { kBegin, kRate, kHour, kDay, kDomain, kPause, kHours };
+
+struct Wait {
+  Moment until;                 // that of the question, where there is nothing to wait for
+  std::optional<PaceRule> why;  // the rule that holds longest
+};
+
+class Pace {
+ public:
+  // `clock` is asked for the local time alone.
+  Pace(const PaceRules& rules, const platform::Clock& clock);
+
+  void Taken(Domain domain);
+  // It does not go out after all.
+  void GivenBack(Domain domain);
+  // Whether it was taken before or not; one that was is to be given back beside.
+  void WentOut(Domain domain, Moment when);
+
+  // When a message may go out that is for none of the domains that have reached their limit, and one for this domain.
+  // The clock may have been set back: then what went out later counts as going out now.
+  Wait Due(Moment now);
+  Wait Due(Domain domain, Moment now);
+
+ private:
+  struct Limit {
+    PaceRule rule;
+    SlidingLimit limit;
+  };
+  // Those messages that followed each other without the pause.
+  struct Row {
+    std::int64_t messages = 0;
+    Moment last;
+  };
+  struct OfDomain {
+    SlidingLimit limit;
+    std::int64_t on_their_way = 0;
+  };
+
+  OfDomain& Of(Domain domain);
+  void ForgetDomains(Moment now);
+  void NotLaterThan(Moment now);
+  Wait DueAtAnyHour(Moment now);
+  Wait WithinHours(Wait wait);
+  Moment AfterPause(Moment now) const;
+
+  PaceRules rules_;
+  const platform::Clock& clock_;
+  std::vector<Limit> limits_;
+  std::unordered_map<Domain, OfDomain> domains_;
+  std::size_t domains_looked_over_ = 0;
+  Row row_;
+  std::int64_t on_their_way_ = 0;
+  Moment latest_ = Moment::min();                   // of what went out
+  std::optional<std::pair<Moment, Moment>> hours_;  // asked from, and found
+};
+
+}  // namespace quillcast::run

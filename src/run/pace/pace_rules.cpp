@@ -1,0 +1,121 @@
+#include "run/pace/pace_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/text.h"
+#include "run/pace/local_time.h"
+
+namespace quillcast::run {
+namespace {
+
+using namespace std::chrono_literals;
+
+// More is no pace, and each message that a rule counts takes memory.
+constexpr std::int64_t kMostMessages = 1'000'000;
+
+struct Unit {
+  std::string_view name;
+  std::chrono::seconds length;
+};
+constexpr std::array kUnits = {
+    Unit{"s", 1s},   Unit{"sec", 1s},  Unit{"second", 1s}, Unit{"min", 1min}, Unit{"minute", 1min},
+    Unit{"m", 1min}, Unit{"hour", 1h}, Unit{"h", 1h},      Unit{"day", 24h},  Unit{"d", 24h},
+};
+
+Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
+  return {Failure::kUsage, Sentence(what.text(), {ValueOf(platform::Printable(text, 100))}), std::move(remedy)};
+}
+
+// The two sides of a separator that stands once, without blanks around them.
+std::optional<std::pair<std::string_view, std::string_view>> Sides(std::string_view text, char separator) {
+  const auto pieces = platform::Split(text, separator);
+  if (pieces.size() != 2) return {};
+  return std::pair(platform::Trim(pieces[0]), platform::Trim(pieces[1]));
+}
+
+std::optional<MessageLimit> RateOf(std::string_view text) {
+  const auto sides = Sides(text, '/');
+  if (!sides) return {};
+  const auto messages = platform::WholeNumberBetween(sides->first, 1, kMostMessages);
+  const std::string name = platform::AsciiLower(sides->second);
+  const auto* unit = std::ranges::find(kUnits, name, &Unit::name);
+  if (!messages || unit == kUnits.end()) return {};
+  return MessageLimit{*messages, unit->length};
+}
+
+std::optional<PauseAfter> PauseOf(std::string_view text) {
+  const auto sides = Sides(text, ':');
+  if (!sides) return {};
+  const auto messages = platform::WholeNumberBetween(sides->first, 1, kMostMessages);
+  const auto seconds = platform::WholeNumberBetween(sides->second, 1, kLongestRule.count());
+  if (!messages || !seconds) return {};
+  return PauseAfter{*messages, std::chrono::seconds(*seconds)};
+}
+
+// "24" may end the day, and not begin it.
+std::optional<HoursOfDay> HoursOf(std::string_view text) {
+  const auto sides = Sides(text, '-');
+  if (!sides) return {};
+  const auto from = TimeOfDay(sides->first);
+  const auto until = sides->second == "24" || sides->second == "24:00" ? std::optional(std::chrono::minutes(24h))
+                                                                       : TimeOfDay(sides->second);
+  if (!from || !until || *from == *until || *until - *from == 24h) return {};
+  return HoursOfDay{*from, *until};
+}
+
+template <typename Rule>
+Result<std::optional<Rule>> OrNone(std::string_view text, const std::optional<Rule>& rule, SentencePattern<1> what,
+                                   const char* remedy) {
+  if (platform::Trim(text).empty() || rule) return rule;
+  return NoSuch(what, text, remedy);
+}
+
+}  // namespace
+
+Result<std::optional<MessageLimit>> ReadRate(std::string_view text) {
+  return OrNone(text, RateOf(text), "\"{}\" is no rate.",
+                "Write a number of messages from 1 to 1,000,000, \"/\", and s, min, h or day, for example 30/min.");
+}
+
+Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
+  const auto messages = platform::WholeNumberBetween(platform::Trim(text), 1, kMostMessages);
+  return OrNone(text, messages ? std::optional(MessageLimit{*messages, within}) : std::nullopt,
+                "\"{}\" is no number of messages.", "Write a whole number from 1 to 1,000,000.");
+}
+
+Result<std::optional<HoursOfDay>> ReadHours(std::string_view text) {
+  return OrNone(text, HoursOf(text), "\"{}\" are no hours of the day.",
+                "Write when they begin and when they end, from 0 to 24, for example 9-17, 8:30-17:30 or 22-6.");
+}
+
+Result<std::optional<PauseAfter>> ReadPause(std::string_view text) {
+  return OrNone(text, PauseOf(text), "\"{}\" is no pause.",
+                "Write after how many messages, \":\", and how many seconds up to 86,400, for example 100:60.");
+}
+
+Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock) {
+  return OrNone(text, MomentOf(platform::Trim(text), clock), "There is no time \"{}\".",
+                "Write HH:MM for the next time that it is so late, or YYYY-MM-DD HH:MM.");
+}
+
+Result<PaceRules> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
+  PaceRules rules;
+  std::optional<Error> complaint;
+  const auto take = [&complaint](auto& rule, auto read) {
+    if (!read && !complaint) complaint = read.error();
+    if (read) rule = *read;
+  };
+  take(rules.rate, ReadRate(texts.rate));
+  take(rules.per_hour, ReadQuota(texts.quota_hour, 1h));
+  take(rules.per_day, ReadQuota(texts.quota_day, 24h));
+  take(rules.per_domain, ReadRate(texts.domain_rate));
+  take(rules.hours, ReadHours(texts.hours));
+  take(rules.pause, ReadPause(texts.pause_after));
+  take(rules.begin, ReadMoment(texts.at, clock));
+  if (complaint) return *complaint;
+  return rules;
+}
+
+}  // namespace quillcast::run

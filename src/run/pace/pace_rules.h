@@ -1,0 +1,80 @@
+// How fast messages may go out, as a person asks for it.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/result.h"
+
+namespace quillcast::run {
+
+// Of the time of day, because what has gone out is counted over the end of a program and of the computer's session.
+using Moment = std::chrono::system_clock::time_point;
+
+// At most so many messages in any stretch of time of this length, wherever it begins.
+struct MessageLimit {
+  std::int64_t messages = 0;
+  std::chrono::seconds within{0};
+
+  bool operator==(const MessageLimit&) const = default;
+};
+
+// From one time of the day until right before the other, over midnight where it ends before it begins.
+struct HoursOfDay {
+  std::chrono::minutes from{0};
+  std::chrono::minutes until{0};
+
+  bool operator==(const HoursOfDay&) const = default;
+};
+
+// Among so many messages and one more that follow each other there is such a pause.
+struct PauseAfter {
+  std::int64_t messages = 0;
+  std::chrono::seconds pause{0};
+
+  bool operator==(const PauseAfter&) const = default;
+};
+
+// Each holds beside the others; none means: as fast as the server takes them.
+struct PaceRules {
+  std::optional<MessageLimit> rate = {};
+  std::optional<MessageLimit> per_hour = {};
+  std::optional<MessageLimit> per_day = {};
+  std::optional<MessageLimit> per_domain = {};  // of the recipients, for each by itself
+  std::optional<HoursOfDay> hours = {};         // local time
+  std::optional<PauseAfter> pause = {};
+  std::optional<Moment> begin = {};  // nothing before it
+
+  bool empty() const { return *this == PaceRules{}; }
+  bool operator==(const PaceRules&) const = default;
+};
+
+// No rule looks further back.
+inline constexpr std::chrono::seconds kLongestRule = std::chrono::days(1);
+
+// The rules out of what a person wrote; nothing for an empty text. Errors: kUsage, with the text and what to write.
+Result<std::optional<MessageLimit>> ReadRate(std::string_view text);                                // "30/min"
+Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within);  // "500"
+Result<std::optional<HoursOfDay>> ReadHours(std::string_view text);                                 // "9-17", "22:30-6"
+Result<std::optional<PauseAfter>> ReadPause(std::string_view text);                                 // "100:60"
+// A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
+Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
+
+struct PaceTexts {
+  std::string rate = {};
+  std::string quota_hour = {};
+  std::string quota_day = {};
+  std::string domain_rate = {};
+  std::string hours = {};
+  std::string pause_after = {};
+  std::string at = {};
+};
+
+// All of them; the first complaint where there is one.
+Result<PaceRules> ReadPace(const PaceTexts& texts, const platform::Clock& clock);
+
+}  // namespace quillcast::run

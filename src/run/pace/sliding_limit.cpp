@@ -1,0 +1,28 @@
+#include "run/pace/sliding_limit.h"
+
+#include <algorithm>
+
+namespace quillcast::run {
+
+void SlidingLimit::WentOut(Moment when) {
+  if (std::ssize(times_) < limit_.messages) {
+    times_.push_back(when);
+    return;
+  }
+  times_[oldest_] = when;
+  oldest_ = (oldest_ + 1) % times_.size();
+}
+
+void SlidingLimit::NotLaterThan(Moment now) {
+  for (Moment& time : times_) time = std::min(time, now);
+}
+
+// With n allowed, one more may go out when the n-th last has left the stretch of time behind it.
+Moment SlidingLimit::Due(Moment now, std::int64_t on_their_way) const {
+  const std::int64_t others = limit_.messages - on_their_way;
+  if (others <= 0) return now + limit_.within;
+  if (std::ssize(times_) < others) return now;
+  return std::max(now, Last(static_cast<std::size_t>(others)) + limit_.within);
+}
+
+}  // namespace quillcast::run

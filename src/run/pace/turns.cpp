@@ -1,0 +1,115 @@
+#include "run/pace/turns.h"
+
+#include <span>
+#include <utility>
+
+namespace quillcast::run {
+
+Turns::Turns(const PaceRules& rules, const std::filesystem::path& file, const platform::Clock& clock, Tell tell)
+    : has_pace_(!rules.empty()), clock_(clock), tell_(std::move(tell)), pace_(rules, clock) {
+  auto opened = Departures::Open(file, clock);
+  if (opened) {
+    departures_ = *std::move(opened);
+    Keep({});
+  } else {
+    Keep(opened.error());
+  }
+}
+
+void Turns::Keep(const Result<void>& done) {
+  if (!done) {
+    departures_.reset();
+    tell_(done.error());
+  } else if (const auto loss = departures_->TakeLoss()) {
+    tell_(*loss);
+  }
+}
+
+Result<void> Turns::ReadOthers() {
+  return departures_->Read([this](const Departure& departure) {
+    switch (departure.state) {
+      case DepartureState::kTaken:
+        return pace_.Taken(departure.domain);
+      case DepartureState::kNone:
+        return pace_.GivenBack(departure.domain);
+      case DepartureState::kOut:
+        return pace_.WentOut(departure.domain, departure.when);
+    }
+  });
+}
+
+Wait Turns::Take(Turn& turn) {
+  Wait wait{};
+  if (departures_) Keep(TryTake(turn, wait));
+  if (!departures_) wait = Due(turn.domain);
+  if (!wait.why) {
+    turn.taken = true;
+    pace_.Taken(turn.domain);
+  }
+  return wait;
+}
+
+Result<void> Turns::TryTake(Turn& turn, Wait& wait) {
+  const auto hold = departures_->HoldFile();
+  if (!hold) return hold.error();
+  if (auto read = ReadOthers(); !read) return read;
+  wait = Due(turn.domain);
+  if (wait.why) return {};
+  const Departure taken{DepartureState::kTaken, clock_.Now(), turn.domain};
+  const auto place = departures_->Append({&taken, 1});
+  if (!place) return place.error();
+  turn.place = *place;
+  return {};
+}
+
+void Turns::GiveBack(Turn& turn) {
+  if (!std::exchange(turn.taken, false)) return;
+  pace_.GivenBack(turn.domain);
+  const auto place = std::exchange(turn.place, {});
+  if (place && departures_) Keep(TryGiveBack(*place, turn.domain));
+}
+
+Result<void> Turns::TryGiveBack(std::int64_t place, Domain domain) {
+  const auto hold = departures_->HoldFile();
+  return hold ? departures_->Change(place, {DepartureState::kNone, clock_.Now(), domain}) : hold.error();
+}
+
+void Turns::GoesOut(Turn& turn) {
+  going_out_.push_back(turn);
+  turn.taken = false;
+  turn.place.reset();
+}
+
+void Turns::Record() {
+  if (going_out_.empty()) return;
+  if (departures_) Keep(TryRecord());
+  const Moment now = clock_.Now();
+  for (const Turn& turn : going_out_) {
+    if (turn.taken) pace_.GivenBack(turn.domain);
+    if (has_pace_) pace_.WentOut(turn.domain, now);
+  }
+  going_out_.clear();
+}
+
+// One write for all that no turn was taken for.
+Result<void> Turns::TryRecord() {
+  const auto hold = departures_->HoldFile();
+  if (!hold) return hold.error();
+  if (has_pace_) {
+    if (auto read = ReadOthers(); !read) return read;
+  }
+  const Moment now = clock_.Now();
+  std::vector<Departure> out;
+  for (const Turn& turn : going_out_) {
+    const Departure departure{DepartureState::kOut, now, turn.domain};
+    if (!turn.place) {
+      out.push_back(departure);
+    } else if (auto changed = departures_->Change(*turn.place, departure); !changed) {
+      return changed;
+    }
+  }
+  const auto appended = departures_->Append(out);
+  return appended ? Result<void>() : appended.error();
+}
+
+}  // namespace quillcast::run

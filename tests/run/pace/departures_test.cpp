@@ -1,0 +1,134 @@
+// The file of what went out, in the hands of others: damaged, removed, full, grown old.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <fstream>
+#include <functional>
+
+#include "run/pace/turns.h"
+#include "run/pace/zoned_clock.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr std::uintmax_t kEntry = kDepartureSize;
+const PaceRules kFourAnHour{.rate = MessageLimit{4, 1h}};
+
+class DepartureFile : public testing::Test {
+ protected:
+  Turns Program(const PaceRules& rules = {}) {
+    return {rules, file_, clock_, [this](const Error& error) { told_.push_back(error.what.InEnglish()); }};
+  }
+  void Send(Turns& turns, int messages) {
+    for (Turn turn{DomainOf("example.org")}; messages > 0; --messages) turns.GoesOut(turn);
+    turns.Record();
+  }
+  // Sends as many as may go out now, up to some; gives how many that were.
+  static int SendWhatMay(Turns& turns, int most = 9) {
+    int sent = 0;
+    for (Turn turn{DomainOf("example.org")}; sent < most && !turns.Take(turn).why; ++sent) {
+      turns.GoesOut(turn);
+      turns.Record();
+    }
+    return sent;
+  }
+  std::string Bytes() const {
+    std::ifstream stream(file_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  void Replace(const std::string& bytes) const { std::ofstream(file_, std::ios::binary) << bytes; }
+
+  test::ZonedClock clock_;
+  test::TemporaryFolder folder_;
+  fs::path file_ = folder_ / "runs.pace";
+  std::vector<std::string> told_;
+};
+
+TEST_F(DepartureFile, LossAndDamageAreToldOnceAndStopNoRun) {
+  const std::string damaged = "which keeps when messages went out, is damaged.";
+  const std::string removed = "which keeps when messages went out, has been removed.";
+  const auto zeros = [this] { Replace(Bytes().replace(2 * kEntry, kEntry, kEntry, '\0')); };
+  const struct {
+    const char* name;
+    std::function<void()> spoil;  // three entries
+    int free;                     // of four, for a program that begins then
+    std::string told;
+    std::string told_under_way;  // to one that knows three
+  } kCases[] = {
+      {"as it was", [] {}, 1, "", ""},
+      {"a piece of an entry behind the last", [&] { Replace(Bytes() + "torn"); }, 1, "", ""},
+      {"an entry of zeros", zeros, 2, damaged, ""},
+      {"one bit", [&] { Replace(Bytes().replace(2 * kEntry + 9, 1, 1, '!')); }, 2, damaged, ""},
+      {"cut", [&] { fs::resize_file(file_, 2 * kEntry + 3); }, 3, "", damaged},
+      {"something else", [&] { Replace("Dear reader, this is no such file."); }, 4, damaged, damaged},
+      {"empty", [&] { Replace(""); }, 4, "", damaged},
+      {"removed", [&] { fs::remove(file_); }, 4, "", removed},
+      {"of a newer version", [&] { Replace("Quillcast out 2\n" + std::string(48, 'x')); }, 4, "of a newer version", ""},
+      {"a folder", [&] { fs::remove(file_), fs::create_directory(file_); }, 4, "Is a directory", removed},
+  };
+  for (const bool under_way : {false, true}) {
+    for (const auto& each : kCases) {
+      SCOPED_TRACE(std::string(each.name) + (under_way ? ", under way" : ""));
+      fs::remove_all(file_);
+      told_.clear();
+      Turns without = Program();
+      Send(without, 2);
+      std::optional<Turns> turns(Program(kFourAnHour));
+      EXPECT_EQ(SendWhatMay(*turns, 1), 1);
+      EXPECT_TRUE(told_.empty());
+      each.spoil();
+      if (!under_way) turns.emplace(Program(kFourAnHour));
+      EXPECT_EQ(SendWhatMay(*turns), under_way ? 1 : each.free);
+      EXPECT_EQ(SendWhatMay(*turns), 0);
+      const std::string& told = under_way ? each.told_under_way : each.told;
+      ASSERT_EQ(told_.size(), told.empty() ? 0U : 1U);
+      EXPECT_THAT(told.empty() ? "" : told_.front(), testing::HasSubstr(told));
+    }
+  }
+}
+
+TEST_F(DepartureFile, AFullDiskLeavesThePaceToTheRun) {
+  Turns turns = Program(kFourAnHour);
+  EXPECT_EQ(SendWhatMay(turns, 1), 1);
+  std::signal(SIGXFSZ, SIG_IGN);
+  struct rlimit before {};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  const struct rlimit full { 2 * kEntry + 5, before.rlim_max };
+  ::setrlimit(RLIMIT_FSIZE, &full);
+  EXPECT_EQ(SendWhatMay(turns), 3);
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(told_.size(), 1U);
+  Turns next = Program(kFourAnHour);  // what was written of the second entry is none
+  EXPECT_EQ(SendWhatMay(next), 3);
+  EXPECT_EQ(told_.size(), 1U);
+}
+
+TEST_F(DepartureFile, IsPrivateAndCutToADay) {
+  {
+    Turns old = Program();
+    Send(old, 1500);
+  }
+  clock_.now += 23h;
+  std::optional<Turns> turns(Program());
+  Send(*turns, 10);
+  clock_.now += 1h;
+  std::optional<Turns> beside(Program(kFourAnHour));
+  EXPECT_EQ(fs::file_size(file_), 1511 * kEntry) << "somebody has it open";
+  turns.reset();
+  beside.reset();
+  beside.emplace(Program(kFourAnHour));
+  EXPECT_EQ(fs::file_size(file_), 11 * kEntry);
+  EXPECT_EQ(SendWhatMay(*beside), 4) << "the ten are an hour old";
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_TRUE(told_.empty());
+}
+
+}  // namespace
+}  // namespace quillcast::run
