@@ -47,7 +47,8 @@ bool HoldsFile(std::string_view text) {
 
 // Whether it can be nothing else: a name with a dot, a port, a person or brackets, or this computer's server.
 bool NamesServer(std::string_view authority) {
-  if (authority.find('@') != std::string_view::npos || authority.starts_with('[')) return true;
+  if (authority.starts_with('[')) return authority.find(']') != std::string_view::npos;
+  if (authority.find('@') != std::string_view::npos) return true;
   const std::size_t colon = std::min(authority.find(':'), authority.size());
   const std::string_view host = authority.substr(0, colon);
   const std::string_view port = authority.substr(std::min(colon + 1, authority.size()));
@@ -63,8 +64,10 @@ AddressReach ReachWithoutScheme(std::string_view address) {
   if (slashes < 2 || rest.empty()) return AddressReach::kNeither;
   if (rest[0] == '?' && BeginsWithDrive(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
   if (address.starts_with("\\\\") || HoldsFile(rest)) return AddressReach::kFile;
-  if (NamesServer(AuthorityOf(rest))) return AddressReach::kNet;
-  return slashes > 2 ? AddressReach::kFile : AddressReach::kNeither;  // "///home/ada/x"
+  const std::string_view authority = AuthorityOf(rest);
+  if (NamesServer(authority)) return AddressReach::kNet;
+  const bool has_folder = authority.size() < rest.size() && IsSlash(rest[authority.size()]);
+  return slashes > 2 && has_folder ? AddressReach::kFile : AddressReach::kNeither;  // "///home/ada/x"
 }
 
 bool IsWebScheme(std::string_view scheme) {

@@ -64,9 +64,11 @@ bool FileScanner::ReadSign() {
 bool FileScanner::ReadSlashes() {
   if (awaits_slash_ || IsShare()) return true;
   if (text_.substr(at_).starts_with("//") && IsAmong(before_, kBeforeServer)) {
+    const bool is_within = at_ < end_;
     BeginAddress(at_ + 2);
     const AddressReach reach = ReachOf(text_.substr(at_, end_ - at_));
     if (reach != AddressReach::kNeither) return IsFileOrPassesOver(reach);
+    if (!is_within) asks_ = std::string_view::npos;  // it may be no address at all
   }
   is_in_pairs_ = false;
   Keep(std::min(text_.find_first_not_of("/\\", at_), text_.size()));

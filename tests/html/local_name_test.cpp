@@ -113,6 +113,7 @@ TEST(LocalName, OfATextIsAnyThatStandsBesideAddressesOfTheNet) {
            {"feed:https://x.example/?q=C:\\x", kKept},
            {"a file:b/c", kKept},
            {"my profile:/x", kKept},
+           {"///x", kKept},
            {"w:\\ :\\ \\d", kKept},
            // Right behind an address.
            {"https://x.example[file:///home/x", kFile},
@@ -142,6 +143,8 @@ TEST(LocalName, OfATextIsAnyThatStandsBesideAddressesOfTheNet) {
            {"src=/C:/x", kFile},
            {"'//?/C:/x'", kFile},
            {"'///home/ada/x'", kFile},
+           {"//x#C:\\x", kFile},
+           {"//[\\\\srv\\x", kFile},
            {"URL=file:home/x", kFile},
            {"file:home/x", kFile},
            {"'smb://srv/x'", kFile},
