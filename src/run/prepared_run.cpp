@@ -63,9 +63,11 @@ Result<const MessageOptions*> PreparedRun::Options() {
   if (!options_) {
     const auto account = Account();
     if (!account) return account.error();
-    auto options = going_on_ ? account::MessageOptionsOf(**account, going_on_->frozen.inputs.body_format)
-                             : account::LoadMessageOptions(place_.Settings(), **account);
+    auto format = going_on_ ? Result(going_on_->frozen.inputs.body_format) : account::LoadBodyFormat(place_.Settings());
+    if (!format) return format.error();
+    auto options = account::MessageOptionsOf(**account, *format);
     if (!options) return options.error();
+    body_format_ = *std::move(format);
     options_ = std::move(*options);
   }
   return &*options_;

@@ -124,6 +124,7 @@ class PreparedRun {
   RunPlace place_;
   std::optional<account::AccountSettings> account_;
   std::optional<message::MessageOptions> options_;
+  std::string body_format_;  // that they were made with
   std::unique_ptr<message::MessageTemplate> message_;
 };
 

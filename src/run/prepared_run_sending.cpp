@@ -94,18 +94,15 @@ Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optio
   if (!account) return account.error();
   const auto options = Options();
   if (!options) return options.error();
-  auto format = account::LoadBodyFormat(place_.Settings());
-  if (!format) return format.error();
   const auto journal = OpenJournal(place_.folders, place_.clock, place_.cancel);
   if (!journal) return journal.error();
   const auto mailing =
-      Freeze({document_, **account, *std::move(format), group_.group.name, group_.recipients, range}, **journal);
+      Freeze({document_, **account, body_format_, group_.group.name, group_.recipients, range}, **journal);
   if (!mailing) return mailing.error();
-  if (!mailing->files.empty()) {
-    const auto frozen = Thaw(*mailing, **journal);
-    if (!frozen) return frozen.error();
-    CompileFrom(frozen->files, **options);
-  }
+  const auto frozen = Thaw(*mailing, **journal);
+  if (!frozen) return frozen.error();
+  const FrozenFiles& files = frozen->files.files();
+  if (!files.attachments.empty() || !files.pictures.empty()) CompileFrom(frozen->files, **options);
   return RunOver(carrier, range, listener, [&](const std::string& history) -> Result<std::unique_ptr<JournalledRun>> {
     const auto rows = RowsForRun(recipients::Reading::kLive);
     if (!rows) return rows.error();
