@@ -58,7 +58,7 @@ constexpr auto kChecks = std::to_array<AccountCheck>({
 
 bool IsSenderAddress(std::string_view email) { return recipients::CheckEmail(email); }
 
-std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account) {
+std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& account, std::string_view kept_for) {
   for (const auto& check : kChecks) {
     if (check.passes(account)) continue;
     Complaint<AccountControl> complaint{check.message, check.control};
@@ -72,6 +72,9 @@ std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& acc
   if (account.IsOn(kAuth) && PlaceOfPassword(account) == PasswordPlace::kCommand &&
       platform::Trim(account[kPasswordCommand]).empty())
     return Complaint<AccountControl>{"", ControlOf(kPasswordCommand), "Give the command that prints the password."};
+  if (KeyringLacks(account, kept_for))
+    return Complaint<AccountControl>{"", ControlOf(kPassword),
+                                     Say("{} {}", NoPasswordInKeyring(account), kGivePassword)};
   return {};
 }
 

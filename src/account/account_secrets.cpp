@@ -7,9 +7,11 @@
 
 #include "account/account_choices.h"
 #include "account/account_connection.h"
+#include "account/keyring_note.h"
 #include "account/password_place.h"
 #include "platform/program_run.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace quillcast::account {
 namespace {
@@ -22,24 +24,19 @@ constexpr std::size_t kLongestComplaint = 300;  // octets of what the command sa
 constexpr int kNoSuchCommand = 127;             // sh(1)
 constexpr const char* kTryItByHand = "Try it in a terminal; it has to print the password on its first line.";
 
-std::string EntryOf(const std::filesystem::path& settings) {
+std::string OwnerOf(const std::filesystem::path& settings) {
   std::error_code failed;
   const auto whole = std::filesystem::weakly_canonical(std::filesystem::absolute(settings, failed), failed);
   return "mail account of " + (failed ? settings : whole).string();
 }
 
+std::string ShownWhom(const AccountSettings& account) { return platform::Printable(WhomOf(account), 200); }
+
 // As the keyring's own window shows it.
-std::string LabelOf(const AccountSettings& account) {
-  return fmt::format("Quillcast Classic: {} at {}", platform::Printable(account[kUsername], 100),
-                     platform::Printable(account[kServer], 100));
-}
+std::string LabelOf(const AccountSettings& account) { return "Quillcast Classic: " + ShownWhom(account); }
 
-// Beside the account, whose Reset and whose import leave it: the keyring may have a password by us.
-constexpr const char* kKeyringSection = "Keyring";
-constexpr const char* kMayHaveEntry = "Entry";
-
-bool MayHaveEntry(const profile::SettingsStore& settings) {
-  return IgnoreErrors(settings.Read(kKeyringSection, kMayHaveEntry, "0"), std::string("0")) == "1";
+Error NothingSaved(const Error& error) {
+  return {error.failure, Say("Nothing was saved. {}", error.what), error.remedy};
 }
 
 bool TakesFromKeyring(const AccountSettings& account) { return PlaceOfPassword(account) == PasswordPlace::kKeyring; }
@@ -53,7 +50,16 @@ std::string ComplaintOf(const platform::ProgramRun& run) {
   return said.empty() ? "." : fmt::format(", and said: \"{}\".", platform::Printable(said, kLongestComplaint));
 }
 
-Error EndedOtherwise(const platform::ProgramRun& run, std::chrono::milliseconds patience) {
+// One word that is no command may be the password, typed in the wrong box: the shell would repeat it.
+Error NotFound(const std::string& command, const std::string& complaint) {
+  const bool may_be_password = platform::Trim(command).find_first_of(" \t\n/") == std::string_view::npos;
+  if (!may_be_password)
+    return {Failure::kNotConfigured, Say("The password command was not found{}", complaint), kTryItByHand};
+  return {Failure::kNotConfigured, "The password command was not found.",
+          "Name a command that prints the password. Where it is the password itself, choose Settings or Keyring."};
+}
+
+Error EndedOtherwise(const std::string& command, const platform::ProgramRun& run, std::chrono::milliseconds patience) {
   switch (run.end) {
     case ProgramEnd::kExited:
       break;
@@ -71,8 +77,7 @@ Error EndedOtherwise(const platform::ProgramRun& run, std::chrono::milliseconds 
       return {Failure::kTryAgain, "The password command was cancelled."};
   }
   const std::string complaint = ComplaintOf(run);
-  if (run.status == kNoSuchCommand)
-    return {Failure::kNotConfigured, Say("The password command was not found{}", complaint), kTryItByHand};
+  if (run.status == kNoSuchCommand) return NotFound(command, complaint);
   if (run.status < 0)
     return {Failure::kUnavailable, Say("The password command was ended by a signal{}", complaint), kTryItByHand};
   return {Failure::kUnavailable, Say("The password command failed with exit code {}{}", run.status, complaint),
@@ -83,7 +88,7 @@ Error EndedOtherwise(const platform::ProgramRun& run, std::chrono::milliseconds 
 
 AccountSecrets::AccountSecrets(platform::SecretStore& keyring, const std::filesystem::path& settings,
                                std::chrono::milliseconds patience)
-    : keyring_(keyring), entry_(EntryOf(settings)), patience_(patience) {}
+    : keyring_(keyring), owner_(OwnerOf(settings)), patience_(patience) {}
 
 Result<Secret> AccountSecrets::PasswordOf(const AccountSettings& account, const platform::CancelToken& cancel) const {
   if (!account.IsOn(kAuth)) return Secret();
@@ -92,7 +97,7 @@ Result<Secret> AccountSecrets::PasswordOf(const AccountSettings& account, const 
   if (*place == PasswordPlace::kCommand) return FromCommand(account[kPasswordCommand], cancel);
   // One that is on its way into the keyring is the newer one.
   if (*place == PasswordPlace::kSettings || !account[kPassword].empty()) return Secret(account[kPassword]);
-  return FromKeyring(cancel);
+  return FromKeyring(account, cancel);
 }
 
 Result<smtp::ClientOptions> AccountSecrets::SignInOptionsOf(const AccountSettings& account,
@@ -105,12 +110,15 @@ Result<smtp::ClientOptions> AccountSecrets::SignInOptionsOf(const AccountSetting
   return options;
 }
 
-Result<Secret> AccountSecrets::FromKeyring(const platform::CancelToken& cancel) const {
-  auto found = keyring_.Find(entry_, cancel);
+platform::SecretName AccountSecrets::NameOf(const AccountSettings& account) const {
+  return {.owner = owner_, .server = HostsOf(account), .user = account[kUsername]};
+}
+
+Result<Secret> AccountSecrets::FromKeyring(const AccountSettings& account, const platform::CancelToken& cancel) const {
+  auto found = keyring_.Find(NameOf(account), cancel);
   if (!found) return found.error();
   if (*found && !(*found)->empty()) return **std::move(found);
-  return Error{Failure::kNotConfigured, "The keyring has no password of this account.",
-               "Give the account its password once more; it goes into the keyring when the account is saved."};
+  return Error{Failure::kNotConfigured, NoPasswordInKeyring(account), kGivePassword};
 }
 
 Result<Secret> AccountSecrets::FromCommand(const std::string& command, const platform::CancelToken& cancel) const {
@@ -120,65 +128,97 @@ Result<Secret> AccountSecrets::FromCommand(const std::string& command, const pla
   }
   const std::array<std::string, 3> words = {"/bin/sh", "-c", command};
   const auto run = platform::RunProgram(words, {.patience = patience_, .cancel = &cancel});
-  if (run.end != ProgramEnd::kExited || run.status != 0) return EndedOtherwise(run, patience_);
+  if (run.end != ProgramEnd::kExited || run.status != 0) return EndedOtherwise(command, run, patience_);
   const auto line = run.output.view().substr(0, run.output.view().find_first_of("\r\n"));
-  if (!line.empty()) return Secret(line);
+  if (!line.empty() && platform::IsUtf8(line) && !platform::HoldsControl(line)) return Secret(line);
+  if (!line.empty()) {
+    return Error{Failure::kBadData, "What the password command printed first is no text, so it was not sent.",
+                 kTryItByHand};
+  }
   return Error{Failure::kUnavailable, Say("The password command printed no password{}", ComplaintOf(run)),
                kTryItByHand};
 }
 
 bool AccountSecrets::SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const {
-  if (!TakesFromKeyring(account)) return ResettingAsksKeyring(settings);
-  return !account[kPassword].empty() || HasStaleEntry(settings);
+  const std::string kept_for = KeyringNoteOf(settings).kept_for;
+  if (TakesFromKeyring(account))
+    return !account[kPassword].empty() || (!kept_for.empty() && kept_for != WhomOf(account));
+  const auto stored = AccountSettings::Load(settings);
+  return !kept_for.empty() || (stored && TakesFromKeyring(*stored));
 }
 
 bool AccountSecrets::ResettingAsksKeyring(const profile::SettingsStore& settings) const {
-  const auto stored = AccountSettings::Load(settings);
-  return MayHaveEntry(settings) || (stored && TakesFromKeyring(*stored));
+  return KeyringNoteOf(settings).has_leftover || SavingAsksKeyring(AccountSettings(), settings);
 }
 
-bool AccountSecrets::HasStaleEntry(const profile::SettingsStore& settings) {
-  const auto stored = AccountSettings::Load(settings);
-  return MayHaveEntry(settings) && stored && !TakesFromKeyring(*stored);
+Result<std::optional<Secret>> AccountSecrets::Keep(const AccountSettings& account, profile::SettingsStore& settings,
+                                                   const platform::CancelToken& cancel) const {
+  const KeyringNote note = KeyringNoteOf(settings);
+  std::optional<Secret> before;
+  if (note.kept_for == WhomOf(account)) {
+    auto found = keyring_.Find(NameOf(account), cancel);
+    // One that a keyring cannot read any more is no reason to keep a new one out.
+    if (!found && found.error().failure != Failure::kUnavailable) return found.error();
+    if (found) before = *std::move(found);
+  }
+  // Whatever ends the program from here on, the settings know that the keyring may have one.
+  const bool is_first = note.kept_for.empty();
+  if (is_first) {
+    if (const auto noted = Remember({WhomOf(account), note.has_leftover}, settings); !noted) return noted.error();
+  }
+  const auto kept = keyring_.Keep(NameOf(account), LabelOf(account), Secret(account[kPassword]), cancel);
+  if (kept) return before;
+  if (is_first) IgnoreErrors(Remember(note, settings));
+  return kept.error();
 }
 
-Result<void> AccountSecrets::Keep(const AccountSettings& account, profile::SettingsStore& settings,
-                                  const platform::CancelToken& cancel) const {
-  const bool may_have = MayHaveEntry(settings);
-  if (auto noted = settings.Write(kKeyringSection, kMayHaveEntry, "1"); !noted) return noted;
-  auto kept = keyring_.Keep(entry_, LabelOf(account), Secret(account[kPassword]), cancel);
-  if (!kept && !may_have) IgnoreErrors(settings.DeleteSection(kKeyringSection));
-  return kept;
+Error AccountSecrets::TakeBack(const AccountSettings& account, const std::optional<Secret>& before,
+                               const Error& why) const {
+  const platform::CancelToken to_the_end;
+  const auto back = before ? keyring_.Keep(NameOf(account), LabelOf(account), *before, to_the_end)
+                           : keyring_.Forget(NameOf(account), platform::Which::kNamed, to_the_end);
+  if (back) return NothingSaved(why);
+  return {why.failure,
+          Say("The settings are as they were, but the keyring has the new password for {}. {} {}", ShownWhom(account),
+              why.what, back.error().what),
+          why.remedy};
 }
 
 Result<SecretsLeft> AccountSecrets::Save(AccountSettings account, profile::SettingsStore& settings,
                                          const platform::CancelToken& cancel) const {
-  const bool leaves_keyring = !TakesFromKeyring(account) && ResettingAsksKeyring(settings);
-  if (TakesFromKeyring(account) && !account[kPassword].empty()) {
-    if (const auto kept = Keep(account, settings, cancel); !kept) return kept.error();
-  } else if (TakesFromKeyring(account) && HasStaleEntry(settings)) {
-    if (auto left = Forget(settings, cancel); left.in_keyring) return *std::move(left.in_keyring);
-  }
+  const bool asks_keyring = SavingAsksKeyring(account, settings);
+  const bool goes_there = TakesFromKeyring(account) && !account[kPassword].empty();
+  const auto before =
+      goes_there ? Keep(account, settings, cancel) : Result<std::optional<Secret>>(std::optional<Secret>());
+  if (!before) return NothingSaved(before.error());
   if (PlaceOfPassword(account) != PasswordPlace::kSettings) account.ForgetPassword();
-  const auto saved = account.Save(settings);
-  if (!saved) return saved.error();
-  return leaves_keyring ? Forget(settings, cancel) : SecretsLeft{};
+  if (const auto saved = account.Save(settings); !saved)
+    return goes_there ? TakeBack(account, *before, saved.error()) : NothingSaved(saved.error());
+  if (goes_there) IgnoreErrors(Remember({WhomOf(account), KeyringNoteOf(settings).has_leftover}, settings));
+  return asks_keyring ? ForgetRest(account, settings, cancel) : SecretsLeft{};
 }
 
 Result<SecretsLeft> AccountSecrets::Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
   const bool was_kept = ResettingAsksKeyring(settings);
   const auto deleted = settings.DeleteSection(kAccountSection);
   if (!deleted) return deleted.error();
-  return was_kept ? Forget(settings, cancel) : SecretsLeft{};
+  return was_kept ? ForgetRest(AccountSettings(), settings, cancel) : SecretsLeft{};
 }
 
-SecretsLeft AccountSecrets::Forget(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
-  const auto forgotten = keyring_.Forget(entry_, cancel);
-  if (forgotten) {
-    IgnoreErrors(settings.DeleteSection(kKeyringSection));  // it is asked for nothing once more
-    return {};
-  }
-  return {Error{forgotten.error().failure, Say("The keyring still has the password: {}", forgotten.error().what),
+SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, profile::SettingsStore& settings,
+                                       const platform::CancelToken& cancel) const {
+  const bool stays_there = TakesFromKeyring(account);
+  const auto forgotten =
+      keyring_.Forget(NameOf(account), stays_there ? platform::Which::kAllOthers : platform::Which::kAll, cancel);
+  const std::string kept_for = KeyringNoteOf(settings).kept_for;
+  const bool has_its_own = stays_there && kept_for == WhomOf(account);
+  // It is asked once more at the next chance where this cannot be remembered.
+  IgnoreErrors(Remember({has_its_own ? kept_for : "", !forgotten}, settings));
+  if (forgotten) return {};
+  const auto& why = forgotten.error();
+  return {Error{why.failure,
+                stays_there ? Say("The keyring still has the password of before: {}", why.what)
+                            : Say("The keyring still has the password: {}", why.what),
                 "Delete its entry for Quillcast Classic in the keyring's own window."}};
 }
 

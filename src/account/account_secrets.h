@@ -19,8 +19,9 @@ struct SecretsLeft {
   std::optional<Error> in_keyring;
 };
 
-// Belongs to one profile, whose entry in the keyring goes by the place of its settings. What it is given must outlive
-// it. Usable beside a window: everything that asks the keyring or runs a command may take a minute.
+// Belongs to one profile, whose entry in the keyring goes by the place of its settings, and by the server and the user
+// that the password was kept for: nobody else is ever given it. What it is given must outlive it. Usable beside a
+// window: everything that asks the keyring or runs a command may take a minute.
 class AccountSecrets {
  public:
   // `patience` is that with a password command.
@@ -29,9 +30,9 @@ class AccountSecrets {
 
   // From where PasswordFrom says, anew at each call: once a run. Empty where the account does not sign in. The command
   // is a line for sh(1), which knows "~", quotes and pipes as the person does who wrote it; the first line that it
-  // prints is the password. Errors: kNotConfigured where there is none (no entry, no command, one that is not there);
-  // kUnavailable where the command failed or printed nothing; kBadData where it printed more than 64 KiB; kTimedOut;
-  // kTryAgain after a cancel; those of the keyring.
+  // prints is the password. Errors: kNotConfigured where there is none (no entry for this server and user, no command,
+  // one that is not there); kUnavailable where the command failed or printed nothing; kBadData where it printed more
+  // than 64 KiB, or what is no text; kTimedOut; kTryAgain after a cancel; those of the keyring.
   Result<platform::Secret> PasswordOf(const AccountSettings& account, const platform::CancelToken& cancel) const;
   // The connection that the account describes, ready to sign in.
   Result<smtp::ClientOptions> SignInOptionsOf(const AccountSettings& account,
@@ -42,25 +43,28 @@ class AccountSecrets {
   bool ResettingAsksKeyring(const profile::SettingsStore& settings) const;
 
   // Saves the account. A password that belongs into the keyring is put there first and is stored nowhere else; where
-  // the keyring refuses it nothing is saved, and what was stored stays. What the keyring has of an account before,
-  // which an import took the place of, is deleted first, and is no password of this one. One that a command gives is
-  // not stored. What the keyring has of an account that no longer takes it from there is deleted last.
+  // the keyring refuses it nothing is saved, and where the settings cannot be written it is taken back: the error says
+  // what stayed as it was. One that a command gives is not stored. What the keyring has of another server or user, or
+  // of an account that no longer takes it from there, is deleted last; that it cannot be is told once.
   Result<SecretsLeft> Save(AccountSettings account, profile::SettingsStore& settings,
                            const platform::CancelToken& cancel) const;
   // Deletes every setting of the account, then what the keyring has of it.
   Result<SecretsLeft> Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
 
  private:
-  Result<platform::Secret> FromKeyring(const platform::CancelToken& cancel) const;
+  Result<platform::Secret> FromKeyring(const AccountSettings& account, const platform::CancelToken& cancel) const;
   Result<platform::Secret> FromCommand(const std::string& command, const platform::CancelToken& cancel) const;
-  // Of another account, which was imported or reset over.
-  static bool HasStaleEntry(const profile::SettingsStore& settings);
-  Result<void> Keep(const AccountSettings& account, profile::SettingsStore& settings,
-                    const platform::CancelToken& cancel) const;
-  SecretsLeft Forget(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
+  platform::SecretName NameOf(const AccountSettings& account) const;
+  // Gives what its entry had before.
+  Result<std::optional<platform::Secret>> Keep(const AccountSettings& account, profile::SettingsStore& settings,
+                                               const platform::CancelToken& cancel) const;
+  Error TakeBack(const AccountSettings& account, const std::optional<platform::Secret>& before, const Error& why) const;
+  // All that the keyring has, but for what this account takes from it.
+  SecretsLeft ForgetRest(const AccountSettings& account, profile::SettingsStore& settings,
+                         const platform::CancelToken& cancel) const;
 
   platform::SecretStore& keyring_;
-  const std::string entry_;
+  const std::string owner_;
   const std::chrono::milliseconds patience_;
 };
 

@@ -6,6 +6,7 @@
 #include "account/account_form.h"
 #include "account/account_steps.h"
 #include "account/component_values.h"
+#include "account/keyring_note.h"
 #include "account/password_place.h"
 #include "cli/account_commands.h"
 #include "cli/account_values.h"
@@ -35,11 +36,6 @@ Result<smtp::ClientOptions> ConnectionOf(const AccountSettings& account) {
 
 account::AccountSecrets SecretsOf(const Context& context) { return {context.keyring, context.Folders().settings}; }
 
-// What was stored before is there still, the password too.
-int FailToSave(const Context& context, const Error& error) {
-  return context.output.Fail({error.failure, Say("Nothing was saved. {}", error.what), error.remedy});
-}
-
 int RunSet(Context& context, const AccountValueOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
@@ -48,7 +44,7 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   if (!values) return context.output.Fail(values.error());
   const std::string forgotten = account::ForgetUnusedSignIn(values->account);
   const AccountSettings& account = values->account;
-  if (const auto complaint = account::CheckAccount(account)) {
+  if (const auto complaint = account::CheckAccount(account, account::KeyringNoteOf(settings).kept_for)) {
     const std::string why = complaint->message.empty() ? complaint->reason.InEnglish() : complaint->message;
     const bool is_address = complaint->control == account::ControlOf(AccountKey::kEmail);
     return context.output.Complain(why + " Nothing was saved." + (is_address ? " Set one: Email=you@example.org" : ""));
@@ -56,7 +52,7 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   const auto connection = ConnectionOf(account);
   if (!connection) return context.output.Fail(connection.error());
   const auto saved = SecretsOf(context).Save(account, settings, context.cancel);
-  if (!saved) return FailToSave(context, saved.error());
+  if (!saved) return context.output.Fail(saved.error());
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
   for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note.InEnglish());
   if (saved->in_keyring) context.output.Note(InOneLine(*saved->in_keyring));
@@ -81,11 +77,12 @@ int RunShow(Context& context) {
   if (!account) return context.output.Fail(account.error());
   const auto threads = account::ThreadModes::Load(settings);
   if (!threads) return context.output.Fail(threads.error());
+  const std::string kept_for = account::KeyringNoteOf(settings).kept_for;
   nlohmann::ordered_json object;
   for (const auto& row : account::AccountKeyRows()) {
     const bool is_password = row.key == AccountKey::kPassword;
     const std::string value = is_password && !(*account)[row.key].empty() ? kHiddenPassword : (*account)[row.key];
-    const std::string place = is_password ? account::PasswordPlaceText(*account).InEnglish() : std::string();
+    const std::string place = is_password ? account::PasswordPlaceText(*account, kept_for).InEnglish() : std::string();
     context.output.Line(place.empty() ? fmt::format("{}={}", row.name, platform::Printable(value))
                                       : fmt::format("{}=({})", row.name, place));
     object[std::string(row.name)] = value;

@@ -3,11 +3,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <memory>
 
 #include "account/account_steps.h"
 #include "account/import/find_accounts.h"
+#include "account/keyring_note.h"
 #include "cli/account_commands.h"
 #include "platform/text.h"
 
@@ -64,14 +64,6 @@ int List(const Context& context, const FoundAccounts& found) {
   return 0;
 }
 
-void TellPassword(const Context& context, const std::vector<AccountKey>& written,
-                  const account::AccountSettings& saved) {
-  if (!saved.IsOn(AccountKey::kAuth) || !saved[AccountKey::kPassword].empty()) return;
-  const bool emptied = std::find(written.begin(), written.end(), AccountKey::kPassword) != written.end();
-  context.output.Note(fmt::format("The password is not taken over{}: quillcast account set --password-file FILE",
-                                  emptied ? ", and that of the server or user before is not kept" : ""));
-}
-
 // What was asked for and the account does not have.
 void TellMissing(const Context& context, const FoundAccount& found, const account::TakenBeside& beside) {
   const auto tell = [&](bool asked, const std::string& value, std::string_view what) {
@@ -96,7 +88,9 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
                                   (*saved)[AccountKey::kPort]));
   context.output.Object({{"imported", true}, {"from", account::TextsOf(*saved).from}, {"written", values}});
   TellMissing(context, found, beside);
-  TellPassword(context, *written, *saved);
+  const std::string told =
+      account::PasswordAfterImport(*saved, *written, account::KeyringNoteOf(settings).kept_for).InEnglish();
+  if (!told.empty()) context.output.Note(told + " quillcast account set --password-file FILE");
   return 0;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "account/keyring_note.h"
 #include "account/password_place.h"
 #include "cli/secret_input.h"
 #include "platform/text.h"
@@ -53,14 +54,13 @@ Result<void> AssignPlace(GivenAccount& values, const AccountValueOptions& option
 }
 
 // Whether the account signs in with a password that nobody has given yet.
-bool LacksPassword(const AccountSettings& account, PasswordPlace before) {
+bool LacksPassword(const AccountSettings& account, std::string_view kept_for) {
   if (!account.IsOn(AccountKey::kAuth) || !account[AccountKey::kPassword].empty()) return false;
-  const PasswordPlace place = account::PlaceOfPassword(account);
-  return place == PasswordPlace::kSettings || (place == PasswordPlace::kKeyring && place != before);
+  return account::PlaceOfPassword(account) == PasswordPlace::kSettings || account::KeyringLacks(account, kept_for);
 }
 
-Result<void> TakePassword(AccountSettings& account, PasswordPlace before, const std::string& file, bool may_ask) {
-  if (file.empty() && !(may_ask && LacksPassword(account, before))) return {};
+Result<void> TakePassword(AccountSettings& account, std::string_view kept_for, const std::string& file, bool may_ask) {
+  if (file.empty() && !(may_ask && LacksPassword(account, kept_for))) return {};
   if (account::PlaceOfPassword(account) == PasswordPlace::kCommand) {
     return Error{Failure::kUsage, "The account takes its password from a command, so none out of a file is kept.",
                  "Leave --password-file out, or choose another place: --password-from Settings or Keyring."};
@@ -91,7 +91,6 @@ Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profi
                                  const Context& context) {
   auto stored = AccountSettings::Load(settings);
   if (!stored) return stored.error();
-  const PasswordPlace before = account::PlaceOfPassword(*stored);
   GivenAccount values{std::move(*stored), {}};
   for (const auto& assignment : options.assignments) {
     const auto assigned = Assign(values, assignment);
@@ -99,7 +98,8 @@ Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profi
   }
   const auto assigned = AssignPlace(values, options);
   if (!assigned) return assigned.error();
-  const auto taken = TakePassword(values.account, before, options.password_file, context.may_ask);
+  const auto taken =
+      TakePassword(values.account, account::KeyringNoteOf(settings).kept_for, options.password_file, context.may_ask);
   if (!taken) return taken.error();
   return values;
 }

@@ -16,7 +16,9 @@ namespace {
 
 using Milliseconds = std::chrono::milliseconds;
 
-constexpr const char* kAttribute = "entry";
+constexpr const char* kOwner = "entry";
+constexpr const char* kServer = "server";
+constexpr const char* kUser = "user";
 constexpr int kUntilNextLook = 200;  // milliseconds; a cancel may come without waking anybody
 constexpr Milliseconds kGrace{500};  // for what was cancelled to come back by itself
 constexpr const char* kTheWayOn =
@@ -53,7 +55,9 @@ const SecretSchema* Schema() {
     SecretSchema made{};
     made.name = "example.quillcast.secret";
     made.flags = SECRET_SCHEMA_NONE;
-    made.attributes[0] = {kAttribute, SECRET_SCHEMA_ATTRIBUTE_STRING};
+    made.attributes[0] = {kOwner, SECRET_SCHEMA_ATTRIBUTE_STRING};
+    made.attributes[1] = {kServer, SECRET_SCHEMA_ATTRIBUTE_STRING};
+    made.attributes[2] = {kUser, SECRET_SCHEMA_ATTRIBUTE_STRING};
     return made;
   }();
   return &schema;
@@ -77,13 +81,13 @@ class Question {
   Question(GCancellable* stop, bool may_ask) : stop_(stop), may_ask_(may_ask) {}
 
   Result<void> Open();
-  Result<std::optional<Secret>> Find(const std::string& name);
-  Result<void> Keep(const std::string& name, const std::string& label, const Secret& secret);
-  Result<void> Forget(const std::string& name);
+  Result<std::optional<Secret>> Find(const SecretName& name);
+  Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret);
+  Result<void> Forget(const SecretName& name, Which which);
 
  private:
-  // The entry of this name, unlocked; null where there is none.
-  Result<Object<SecretItem>> Item(const std::string& name);
+  Result<Items> Search(const Attributes& attributes);
+  Result<void> UnlockItem(SecretItem* item);
   Result<void> Unlock(gpointer item_or_collection);
   // Whether something may be put there, after it was unlocked where that is needed.
   Result<void> OpenCollection();
@@ -124,20 +128,34 @@ Result<void> Question::Open() {
   return service_ ? Result<void>() : WhyNot(closed.get());
 }
 
-Attributes Named(const std::string& name) {
-  return Attributes(secret_attributes_build(Schema(), kAttribute, name.c_str(), nullptr));
+Attributes Named(const SecretName& name) {
+  return Attributes(secret_attributes_build(Schema(), kOwner, name.owner.c_str(), kServer, name.server.c_str(), kUser,
+                                            name.user.c_str(), nullptr));
 }
 
-Result<Object<SecretItem>> Question::Item(const std::string& name) {
+// One that an older version kept names no server and no user.
+Attributes OwnedBy(const std::string& owner) {
+  return Attributes(secret_attributes_build(Schema(), kOwner, owner.c_str(), nullptr));
+}
+
+bool IsFor(SecretItem* item, const SecretName& name) {
+  const Attributes attributes(secret_item_get_attributes(item));
+  const auto has = [&](const char* attribute, const std::string& value) {
+    const auto* text = static_cast<const char*>(g_hash_table_lookup(attributes.get(), attribute));
+    return text != nullptr && value == text;
+  };
+  return has(kServer, name.server) && has(kUser, name.user);
+}
+
+Result<Items> Question::Search(const Attributes& attributes) {
   GError* error = nullptr;
-  const Items items(
-      secret_service_search_sync(service_.get(), Schema(), Named(name).get(), SECRET_SEARCH_NONE, stop_, &error));
+  Items items(secret_service_search_sync(service_.get(), Schema(), attributes.get(), SECRET_SEARCH_ALL, stop_, &error));
   const Failed failed(error);
-  if (failed) return WhyNot(failed.get());
-  if (!items) return Object<SecretItem>();
-  Object<SecretItem> item(SECRET_ITEM(g_object_ref(items->data)));
-  const auto usable = secret_item_get_locked(item.get()) == 0 ? Result<void>() : Unlock(item.get());
-  return usable ? Result<Object<SecretItem>>(std::move(item)) : usable.error();
+  return failed ? Result<Items>(WhyNot(failed.get())) : Result<Items>(std::move(items));
+}
+
+Result<void> Question::UnlockItem(SecretItem* item) {
+  return secret_item_get_locked(item) == 0 ? Result<void>() : Unlock(item);
 }
 
 Result<void> Question::Unlock(gpointer item_or_collection) {
@@ -149,28 +167,40 @@ Result<void> Question::Unlock(gpointer item_or_collection) {
   return unlocked == 1 ? Result<void>() : WhyNot(failed.get());
 }
 
-Result<std::optional<Secret>> Question::Find(const std::string& name) {
-  const auto item = Item(name);
-  if (!item) return item.error();
-  if (!*item) return std::optional<Secret>();
+// There may be several, each in a collection that was the default one when it was kept.
+Result<std::optional<Secret>> Question::Find(const SecretName& name) {
+  const auto items = Search(Named(name));
+  if (!items) return items.error();
+  SecretItem* item = nullptr;
+  for (const GList* at = items->get(); at != nullptr; at = at->next) {
+    auto* one = SECRET_ITEM(at->data);
+    if (item == nullptr || secret_item_get_modified(one) > secret_item_get_modified(item)) item = one;
+  }
+  if (item == nullptr) return std::optional<Secret>();
+  if (const auto usable = UnlockItem(item); !usable) return usable.error();
   GError* error = nullptr;
-  const bool loaded = secret_item_load_secret_sync(item->get(), stop_, &error) != 0;
+  const bool loaded = secret_item_load_secret_sync(item, stop_, &error) != 0;
   const Failed failed(error);
-  const Value value(loaded ? secret_item_get_secret(item->get()) : nullptr);
+  const Value value(loaded ? secret_item_get_secret(item) : nullptr);
   if (!value) return WhyNot(failed.get());
   gsize length = 0;
   const gchar* text = secret_value_get(value.get(), &length);
   return std::optional(Secret(std::string_view(text, length)));
 }
 
-Result<void> Question::Forget(const std::string& name) {
-  const auto item = Item(name);
-  if (!item) return item.error();
-  if (!*item) return {};
-  GError* error = nullptr;
-  const bool deleted = secret_item_delete_sync(item->get(), stop_, &error) != 0;
-  const Failed failed(error);
-  return deleted ? Result<void>() : WhyNot(failed.get());
+Result<void> Question::Forget(const SecretName& name, Which which) {
+  const auto items = Search(which == Which::kNamed ? Named(name) : OwnedBy(name.owner));
+  if (!items) return items.error();
+  for (const GList* at = items->get(); at != nullptr; at = at->next) {
+    auto* item = SECRET_ITEM(at->data);
+    if (which == Which::kAllOthers && IsFor(item, name)) continue;
+    if (auto usable = UnlockItem(item); !usable) return usable;
+    GError* error = nullptr;
+    const bool deleted = secret_item_delete_sync(item, stop_, &error) != 0;
+    const Failed failed(error);
+    if (!deleted) return WhyNot(failed.get());
+  }
+  return {};
 }
 
 Result<void> Question::OpenCollection() {
@@ -185,7 +215,7 @@ Result<void> Question::OpenCollection() {
   return Unlock(collection.get());
 }
 
-Result<void> Question::Keep(const std::string& name, const std::string& label, const Secret& secret) {
+Result<void> Question::Keep(const SecretName& name, const std::string& label, const Secret& secret) {
   auto open = OpenCollection();
   if (!open) return open;
   GError* error = nullptr;
@@ -257,19 +287,20 @@ KeyringPlace KeyringPlaceOf(const Environment& environment) {
   return {.has_bus = is_named || (!runtime.empty() && std::filesystem::is_socket(runtime / "bus", IgnoreErrors()))};
 }
 
-Result<std::optional<Secret>> Keyring::Find(const std::string& name, const CancelToken& cancel) {
+Result<std::optional<Secret>> Keyring::Find(const SecretName& name, const CancelToken& cancel) {
   return InTime<std::optional<Secret>>(place_, may_ask, cancel,
                                        [name](Question& question) { return question.Find(name); });
 }
 
-Result<void> Keyring::Keep(const std::string& name, const std::string& label, const Secret& secret,
+Result<void> Keyring::Keep(const SecretName& name, const std::string& label, const Secret& secret,
                            const CancelToken& cancel) {
   return InTime<void>(place_, may_ask, cancel,
                       [name, label, secret](Question& question) { return question.Keep(name, label, secret); });
 }
 
-Result<void> Keyring::Forget(const std::string& name, const CancelToken& cancel) {
-  return InTime<void>(place_, may_ask, cancel, [name](Question& question) { return question.Forget(name); });
+Result<void> Keyring::Forget(const SecretName& name, Which which, const CancelToken& cancel) {
+  return InTime<void>(place_, may_ask, cancel,
+                      [name, which](Question& question) { return question.Forget(name, which); });
 }
 
 }  // namespace quillcast::platform

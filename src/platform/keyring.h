@@ -29,10 +29,10 @@ class Keyring final : public SecretStore {
 
   bool may_ask = true;  // somebody is there to unlock it
 
-  Result<std::optional<Secret>> Find(const std::string& name, const CancelToken& cancel) override;
-  Result<void> Keep(const std::string& name, const std::string& label, const Secret& secret,
+  Result<std::optional<Secret>> Find(const SecretName& name, const CancelToken& cancel) override;
+  Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret,
                     const CancelToken& cancel) override;
-  Result<void> Forget(const std::string& name, const CancelToken& cancel) override;
+  Result<void> Forget(const SecretName& name, Which which, const CancelToken& cancel) override;
 
  private:
   KeyringPlace place_;

@@ -5,9 +5,11 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
 
 #include "account/import/account_import.h"
 #include "platform/file.h"
+#include "platform/text.h"
 #include "support/fake_keyring.h"
 #include "support/temporary_folder.h"
 
@@ -48,7 +50,6 @@ class AccountSecretsTest : public testing::Test {
 };
 
 TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
-  constexpr const char* kKept = "keep Quillcast Classic: ada at mail.example.org";
   struct Case {
     const char* name;
     AccountSettings before, saved;
@@ -59,15 +60,18 @@ TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
     bool asks;           // said so before
   };
   for (const Case& c : std::initializer_list<Case>{
-           {"into the keyring", From("Settings", "old"), From("Keyring", "old"), false, "Keyring:", "old", kKept, true},
-           {"refused", From("Settings", "old"), From("Keyring", "old"), true, "Settings:old", "", kKept, true},
-           {"another one", From("Keyring", "old"), From("Keyring", "new"), false, "Keyring:", "new", kKept, true},
-           {"another, refused", From("Keyring", "old"), From("Keyring", "new"), true, "Keyring:", "old", kKept, true},
+           {"into the keyring", From("Settings", "old"), From("Keyring", "old"), false, "Keyring:", "old",
+            "keep; forget others", true},
+           {"refused", From("Settings", "old"), From("Keyring", "old"), true, "Settings:old", "", "keep", true},
+           {"another one", From("Keyring", "old"), From("Keyring", "new"), false, "Keyring:", "new",
+            "find; keep; forget others", true},
+           {"another, refused", From("Keyring", "old"), From("Keyring", "new"), true, "Keyring:", "old", "find", true},
            {"no change", From("Keyring", "old"), From("Keyring", ""), true, "Keyring:", "old", "", false},
-           {"back", From("Keyring", "old"), From("Settings", "new"), false, "Settings:new", "", "forget", true},
-           {"back, refused", From("Keyring", "old"), From("Settings", "new"), true, "Settings:new", "old", "forget",
+           {"back", From("Keyring", "old"), From("Settings", "new"), false, "Settings:new", "", "forget all", true},
+           {"back, refused", From("Keyring", "old"), From("Settings", "new"), true, "Settings:new", "old", "forget all",
             true},
-           {"to a command", From("Keyring", "old"), From("Command", "", "true"), false, "Command:", "", "forget", true},
+           {"to a command", From("Keyring", "old"), From("Command", "", "true"), false, "Command:", "", "forget all",
+            true},
            {"a command from the start", From("Settings", "old"), From("Command", "old", "true"), true, "Command:", "",
             "", false}}) {
     SCOPED_TRACE(c.name);
@@ -77,11 +81,14 @@ TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
     keyring_.refuses = c.refuses;
     EXPECT_EQ(secrets_.SavingAsksKeyring(c.saved, settings_), c.asks);
     const auto saved = secrets_.Save(c.saved, settings_, cancel_);
-    EXPECT_EQ(saved && saved->in_keyring, c.refuses && *c.calls == 'f') << "saved, and told that it is still there";
-    EXPECT_EQ(static_cast<bool>(saved), !c.refuses || *c.calls != 'k');
+    const bool only_forgets = std::string_view(c.calls) == "forget all";
+    EXPECT_EQ(saved && saved->in_keyring, c.refuses && only_forgets) << "saved, and told that it is still there";
+    EXPECT_EQ(static_cast<bool>(saved), !c.refuses || only_forgets || *c.calls == '\0');
     EXPECT_EQ(Stored(), c.stored);
     EXPECT_EQ(keyring_.Only(), c.kept);
-    EXPECT_EQ(keyring_.calls.empty() ? "" : keyring_.calls.front(), c.calls);
+    std::string calls;
+    for (const auto& call : keyring_.calls) calls += (calls.empty() ? "" : "; ") + call;
+    EXPECT_EQ(platform::ReplaceAll(calls, " Quillcast Classic: ada at mail.example.org", ""), c.calls);
     const auto file = platform::ReadFile(settings_.file(), 1 << 20);
     EXPECT_EQ(file->find("old") != std::string::npos, std::string_view(c.stored).ends_with("old")) << "in the file";
   }
@@ -109,32 +116,124 @@ TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
     keyring_ = {};
   }
   ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
-  keyring_.calls.clear();  // of what could not be deleted before
+  ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
+  EXPECT_EQ(keyring_.calls, std::vector<std::string>{"forget all"}) << "of what could not be deleted before";
+  keyring_.calls.clear();
+  ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
   EXPECT_TRUE(secrets_.Reset(settings_, cancel_));
   EXPECT_TRUE(keyring_.calls.empty()) << "it has nothing of this account";
 }
 
-// What the keyring has is of the server and the user before.
-TEST_F(AccountSecretsTest, AnImportedAccountGetsNoPasswordOfAnother) {
+// However the account got another server or user, the password stays with those that it was kept for.
+TEST_F(AccountSecretsTest, GoesToNobodyButWhomItWasKeptFor) {
   const FoundAccount other{
-      .name = "Ada", .email = "ada@other.example", .server = "smtp.other.example", .user_name = "ada"};
-  for (const bool refuses : {false, true}) {
-    SCOPED_TRACE(refuses);
+      .name = "Ada", .email = "ada@other.example", .server = "smtp.other.example", .user_name = "bob"};
+  const auto set = [this](AccountKey key, const char* value) {
+    return [=, this] { ASSERT_TRUE(settings_.Write(kAccountSection, RowOf(key).name, value)); };
+  };
+  const auto import_it = [&](bool user_name) {
+    return [=, this] { ASSERT_TRUE(ImportAccount(settings_, other, {.user_name = user_name})); };
+  };
+  const auto make_anew = [this](const char* user) {
+    return [=, this] {
+      ASSERT_TRUE(std::filesystem::remove(settings_.file()));
+      auto account = From("Keyring", "");
+      account.Set(kUsername, user);
+      ASSERT_TRUE(account.Save(settings_));
+    };
+  };
+  struct Case {
+    const char* name;
+    std::function<void()> change;
+    const char* password;  // or for whom there is none
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{"another port", set(kPort, "587"), "old"},
+                                   {"the server written otherwise", set(kServer, " MAIL.example.org:587 ;"), "old"},
+                                   {"another server", set(kServer, "mail.evil.example"), "ada at mail.evil.example"},
+                                   {"a second server", set(kServer, "mail.example.org;mail.evil.example"),
+                                    "ada at mail.example.org;mail.evil.example"},
+                                   {"another user", set(kUsername, "Ada"), "Ada at mail.example.org"},
+                                   {"imported", import_it(false), "ada at smtp.other.example"},
+                                   {"imported with the user", import_it(true), "bob at smtp.other.example"},
+                                   {"a profile made anew for another", make_anew("bob"), "bob at mail.example.org"}}) {
+    SCOPED_TRACE(c.name);
     keyring_ = {};
-    ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
-    ASSERT_TRUE(ImportAccount(settings_, other, {.user_name = true}));
-    auto account = *AccountSettings::Load(settings_);
-    account.Set(kPasswordFrom, "Keyring");
-    EXPECT_TRUE(secrets_.SavingAsksKeyring(account, settings_));
-    keyring_.refuses = refuses;
-    EXPECT_EQ(static_cast<bool>(secrets_.Save(account, settings_, cancel_)), !refuses);
-    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)).substr(0, 44),
-              refuses ? "" : "The keyring has no password of this account.");
-    // It is deleted as soon as that can be.
-    keyring_.refuses = false;
     ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
-    EXPECT_EQ(keyring_.Only(), "");
+    ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+    c.change();
+    const std::string whom = c.password;
+    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)),
+              whom == "old"
+                  ? whom
+                  : "The keyring has no password for " + whom +
+                        ". Give the account its password; it goes into the keyring when the account is saved.");
+    // What is kept for the changed account takes its place.
+    auto account = *AccountSettings::Load(settings_);
+    account.Set(kPassword, "new");
+    ASSERT_TRUE(secrets_.Save(account, settings_, cancel_));
+    EXPECT_EQ(keyring_.Only() + " " + PasswordOf(*AccountSettings::Load(settings_)), "new new");
   }
+}
+
+TEST_F(AccountSecretsTest, AnImportedAccountAsksNoCommandOfAnother) {
+  const FoundAccount other{.name = "Ada", .email = "ada@other.example", .server = "smtp.other.example"};
+  ASSERT_TRUE(secrets_.Save(From("Command", "", "echo told"), settings_, cancel_));
+  ASSERT_TRUE(ImportAccount(settings_, other, {}));
+  EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), "");
+}
+
+// The settings fail once the keyring has the new password: both stay as they were, and what is told is true.
+TEST_F(AccountSecretsTest, TheKeyringAgreesWithSettingsThatCannotBeWritten) {
+  const auto set_aside = folder_ / "aside";
+  struct Case {
+    const char* name;
+    AccountSettings before, saved;
+    bool refuses_then;
+    const char* in_keyring;
+    const char* told;
+  };
+  auto other = From("Keyring", "new");
+  other.Set(kUsername, "bob");
+  for (const Case& c : std::initializer_list<Case>{
+           {"into it", From("Settings", "old"), From("Keyring", "old"), false, "", "Nothing was saved. "},
+           {"another password", From("Keyring", "old"), From("Keyring", "new"), false, "old", "Nothing was saved. "},
+           {"another user", From("Keyring", "old"), other, false, "old", "Nothing was saved. "},
+           {"not taken back", From("Keyring", "old"), From("Keyring", "new"), true, "new",
+            "The settings are as they were, but the keyring has the new password"}}) {
+    SCOPED_TRACE(c.name);
+    keyring_ = {};
+    ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
+    ASSERT_TRUE(secrets_.Save(c.before, settings_, cancel_));
+    keyring_.after_keep = [&] {
+      keyring_.refuses = c.refuses_then;
+      std::filesystem::rename(settings_.file(), set_aside);
+      std::filesystem::create_directory(settings_.file());
+    };
+    const auto saved = secrets_.Save(c.saved, settings_, cancel_);
+    std::filesystem::remove(settings_.file());
+    std::filesystem::rename(set_aside, settings_.file());
+    keyring_.refuses = false;
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(InOneLine(saved.error()).substr(0, std::string_view(c.told).size()), c.told);
+    EXPECT_EQ(keyring_.Only(), c.in_keyring);
+    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), c.refuses_then ? "new" : "old");
+  }
+}
+
+// A keyring that cannot be asked any more is told of once, and keeps nobody waiting after that.
+TEST_F(AccountSecretsTest, TellsOnceWhatTheKeyringStillHas) {
+  ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+  keyring_.refuses = true;
+  EXPECT_TRUE(secrets_.Save(From("Settings", "new"), settings_, cancel_)->in_keyring);
+  keyring_.calls.clear();
+  EXPECT_FALSE(secrets_.SavingAsksKeyring(From("Settings", "new"), settings_));
+  EXPECT_FALSE(secrets_.Save(From("Settings", "new"), settings_, cancel_)->in_keyring);
+  EXPECT_TRUE(keyring_.calls.empty());
+  EXPECT_TRUE(secrets_.Reset(settings_, cancel_)->in_keyring) << "it was asked to delete it";
+  keyring_.refuses = false;
+  EXPECT_FALSE(secrets_.Reset(settings_, cancel_)->in_keyring);
+  EXPECT_EQ(keyring_.Only(), "");
 }
 
 TEST_F(AccountSecretsTest, ComesFromWhereTheAccountSays) {
@@ -142,7 +241,7 @@ TEST_F(AccountSecretsTest, ComesFromWhereTheAccountSays) {
   EXPECT_EQ(
       PasswordOf(From("Vault", "typed")),
       "The account's PasswordFrom is \"Vault\", which is none of its choices. Choose one: Settings, Keyring, Command.");
-  EXPECT_EQ(PasswordOf(From("Keyring", "")).substr(0, 44), "The keyring has no password of this account.");
+  EXPECT_EQ(PasswordOf(From("Keyring", "")).substr(0, 55), "The keyring has no password for ada at mail.example.org");
   ASSERT_TRUE(secrets_.Save(From("Keyring", "kept"), settings_, cancel_));
   EXPECT_EQ(PasswordOf(From("Keyring", "")), "kept");
   EXPECT_EQ(PasswordOf(From("Keyring", "on its way")), "on its way");

@@ -86,7 +86,7 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
        }) {
     AccountSettings account = Good();
     for (const auto& [key, value] : c.set) account.Set(key, value);
-    const auto complaint = CheckAccount(account);
+    const auto complaint = CheckAccount(account, "");
     ASSERT_TRUE(complaint) << c.message;
     EXPECT_EQ(complaint->message, c.message);
     EXPECT_NE(complaint->message.empty(), complaint->reason.empty()) << "a silent refusal has its reason";
@@ -96,7 +96,7 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
            {kPort, "1"}, {kPort, "65535"}, {kTimeout, "10"}, {kWrap, "32"}, {kWrap, "128"}, {kBccField, ""}}) {
     AccountSettings account = Good();
     account.Set(key, value);
-    EXPECT_FALSE(CheckAccount(account)) << value;
+    EXPECT_FALSE(CheckAccount(account, "")) << value;
   }
 }
 

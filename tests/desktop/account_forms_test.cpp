@@ -291,7 +291,7 @@ class AccountFormsTest : public QObject {
       }
       rig.keyring.refuses = true;
       Press(form, "OKButton");
-      QTRY_COMPARE(Text(form, "StatusLine"), QString("The keyring was not unlocked. Unlock it."));
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("Nothing was saved. The keyring was not unlocked. Unlock it."));
       QVERIFY(form.isVisible());
       QCOMPARE(stored("Name"), QString("none"));
       rig.keyring.refuses = false;
@@ -300,7 +300,7 @@ class AccountFormsTest : public QObject {
       QVERIFY(!form.findChild<QPushButton*>("OKButton")->isEnabled());
       QCOMPARE(Text(form, "StatusLine"), QString("Asking the keyring…"));
       Press(form, "TestButton");
-      QTRY_COMPARE(Text(form, "StatusLine"), QString("Asking the keyring was cancelled."));
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("Nothing was saved. Asking the keyring was cancelled."));
       rig.keyring.hangs = false;
       Press(form, "OKButton");
       QTRY_VERIFY(!form.isVisible());
@@ -313,6 +313,26 @@ class AccountFormsTest : public QObject {
       auto* box = form.findChild<QLineEdit*>("PasswordTextBox");
       QCOMPARE(box->placeholderText(), QString("in the keyring"));
       QVERIFY(!box->isEnabled());
+      rig.keyring.hangs = true;
+      Press(form, "TestButton");
+      QCOMPARE(Text(form, "StatusLine"), QString("Asking the keyring for the password… Trying mail.example.org…"));
+      for (const char* other : {"OKButton", "ResetButton", "ImportButton", "AdvancedButton"})
+        QVERIFY2(!form.findChild<QPushButton*>(other)->isEnabled(), other);
+      Press(form, "TestButton");
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("The test was stopped."));
+      QVERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
+      rig.keyring.hangs = false;
+      Type(form, "ServerTextBox", "mail.evil.example");
+      QCOMPARE(box->placeholderText(), QString("the keyring has none for ada at mail.evil.example"));
+      QVERIFY(box->isEnabled());
+      Press(form, "OKButton");
+      QCOMPARE(Text(form, "StatusLine"),
+               QString("The keyring has no password for ada at mail.evil.example. Give the account its "
+                       "password; it goes into the keyring when the account is saved."));
+      QVERIFY(form.isVisible() && form.focusWidget() == box);
+      Type(form, "ServerTextBox", "mail.example.org");
+      QCOMPARE(box->placeholderText(), QString("in the keyring"));
+      QVERIFY(!box->isEnabled());
       Press(form, "ChangePasswordButton");
       QVERIFY(box->isEnabled() && form.focusWidget() == box);
       QTest::keyClicks(box, "other");
@@ -320,10 +340,21 @@ class AccountFormsTest : public QObject {
       QTRY_VERIFY(!form.isVisible());
     }
     QCOMPARE(QString(rig.keyring.Only().c_str()) + stored("Password"), QString("other"));
+    rig.keyring.refuses = true;
+    {
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      choose(form, "Settings");
+      Type(form, "PasswordTextBox", "typed");
+      Press(form, "OKButton");
+      QTRY_VERIFY(Text(form, "StatusLine").startsWith("The keyring still has the password: "));
+      QVERIFY(form.isVisible());
+      Press(form, "OKButton");
+      QVERIFY2(!form.isVisible(), "it was told once");
+    }
     EmailManagerForm form(rig.program, nullptr);
     form.show();
     rig.prompts.answers = {platform::Answer::kYes};
-    rig.keyring.refuses = true;
     Press(form, "ResetButton");
     QTRY_VERIFY(
         Text(form, "StatusLine").startsWith("The keyring still has the password: The keyring was not unlocked."));

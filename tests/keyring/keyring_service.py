@@ -7,6 +7,7 @@ open      does what it is asked                    locked    asks for a password
 refuses   asks, and the person presses Cancel      endless   asks, and nobody ever answers, nor ends the question
 silent    answers nothing                          full      takes no new secret
 broken    gives away no secret                     none      has no collection yet
+elsewhere keeps in a new collection beside what it had
 """
 import sys
 
@@ -50,13 +51,14 @@ class Item(Object):
     def __init__(self, keyring, path, properties, secret):
         super().__init__(keyring.bus, path)
         self.keyring, self.path, self.own, self.secret = keyring, path, properties, secret
+        self.modified = keyring.made
 
     def attributes(self):
         return self.own[f"{ITEM}.Attributes"]
 
     def properties(self):
         return {"Locked": self.keyring.locked, "Attributes": self.attributes(), "Label": self.own[f"{ITEM}.Label"],
-                "Type": "", "Created": dbus.UInt64(0), "Modified": dbus.UInt64(0)}
+                "Type": "", "Created": dbus.UInt64(0), "Modified": dbus.UInt64(self.modified)}
 
     @dbus.service.method(ITEM, in_signature="o", out_signature="(oayays)")
     def GetSecret(self, session):
@@ -103,7 +105,7 @@ class Keyring(Object):
     """The service, and its collection at the path of the alias."""
 
     def __init__(self, bus):
-        self.bus, self.items, self.prompts = bus, [], 0
+        self.bus, self.items, self.prompts, self.made = bus, [], 0, 0
         self.locked = BEHAVIOUR in ("locked", "refuses", "endless")
         super().__init__(bus, ROOT)
         self.collection = Collection(self)
@@ -150,10 +152,11 @@ class Collection(Object):
         label, attributes = str(properties[f"{ITEM}.Label"]), properties[f"{ITEM}.Attributes"]
         log(f"kept {label}")
         same = [item for item in self.keyring.items if item.attributes() == attributes]
-        for item in same if replace else ():
+        for item in same if replace and BEHAVIOUR != "elsewhere" else ():
             item.secret = bytes(secret[2])
             return item.path, NO_OBJECT
-        path = dbus.ObjectPath(f"{ROOT}/collection/login/i{len(self.keyring.items)}")
+        self.keyring.made += 1
+        path = dbus.ObjectPath(f"{ROOT}/collection/login/i{self.keyring.made}")
         self.keyring.items.append(Item(self.keyring, path, properties, bytes(secret[2])))
         return path, NO_OBJECT
 

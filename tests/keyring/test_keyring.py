@@ -86,8 +86,14 @@ class Keyring(Case):
         self.assertEqual((code, len(box.messages())), (0, 3), err)
         self.assertNotIn("geheim-7", json.dumps(lines) + err)
         self.assert_nothing_is_stored()
-        self.ok("account", "set", "Server=localhost", "--password-file", self.write("new", "neu-8"))
-        self.assertEqual(self.contents(control), [(ENTRY, "neu-8")], "the same entry, whatever the server is called")
+        for changed, whom in (("Server=localhost", "ada at localhost"), ("Username=bob", "bob at 127.0.0.1")):
+            none = f"The keyring has no password for {whom}. Give "
+            self.assertIn(none, self.run_program("account", "test", changed)[2])
+            self.assertIn(none, self.run_program("account", "set", changed)[2])
+            self.assertEqual(self.contents(control), [(ENTRY, "geheim-7")])
+            self.ok("account", "set", changed, "--password-file", self.write("new", "neu-8"))
+            self.assertEqual(self.contents(control), [(f"Quillcast Classic: {whom}", "neu-8")], "in place of the old one")
+            self.ok("account", "set", "Server=127.0.0.1", "Username=ada", "--password-file", self.write("p", "geheim-7"))
         for arguments in (("set", "--password-from", "Settings", "--password-file", self.write("p", "geheim-7")),
                           ("set", "--password-command", "echo geheim-7"), ("set", "Auth=0"), ("reset", "--yes")):
             self.ok("account", "set", "Server=x", "Name=Ada", "Email=a@b.example", "Auth=1", "Username=ada",
@@ -95,6 +101,17 @@ class Keyring(Case):
             self.assertEqual(len(self.contents(control)), 1)
             self.ok("account", *arguments)
             self.assertEqual(self.contents(control), [], arguments)
+
+    def test_the_newest_of_two_is_used_and_both_go(self):
+        control = self.keyring("open")
+        self.sign_in("Username=ada")
+        self.ok("account", "set", "--password-from", "Keyring", "--password-file", self.write("old", "alt-6"))
+        control.Behave("elsewhere")
+        self.ok("account", "set", "--password-file", self.write("p", "geheim-7"))
+        self.assertEqual([secret for _, secret in self.contents(control)], ["alt-6", "geheim-7"])
+        self.ok("account", "test")
+        self.ok("account", "reset", "--yes")
+        self.assertEqual(self.contents(control), [])
 
     def test_what_keyrings_do_where_nobody_is_there(self):
         self.sign_in()

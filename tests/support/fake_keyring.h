@@ -3,9 +3,12 @@
 
 #include <poll.h>
 
+#include <array>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/secret_store.h"
@@ -14,35 +17,45 @@ namespace quillcast::test {
 
 class FakeKeyring final : public platform::SecretStore {
  public:
-  std::map<std::string, std::string> kept;  // the secret of each entry
-  std::vector<std::string> calls;           // "find", "keep LABEL", "forget"
+  using Entry = std::array<std::string, 3>;  // owner, server, user
+  std::map<Entry, std::string> kept;         // the secret of each
+  std::vector<std::string> calls;            // "find", "keep LABEL", "forget WHICH"
   bool refuses = false;
   bool hangs = false;
+  std::function<void()> after_keep;  // what happens to the rest of the world then
 
-  Result<std::optional<platform::Secret>> Find(const std::string& name, const platform::CancelToken& cancel) override {
+  Result<std::optional<platform::Secret>> Find(const platform::SecretName& name,
+                                               const platform::CancelToken& cancel) override {
     calls.emplace_back("find");
     if (refuses || hangs) return Refused(cancel);
-    const auto found = kept.find(name);
+    const auto found = kept.find(EntryOf(name));
     if (found == kept.end()) return std::optional<platform::Secret>();
     return std::optional(platform::Secret(found->second));
   }
-  Result<void> Keep(const std::string& name, const std::string& label, const platform::Secret& secret,
+  Result<void> Keep(const platform::SecretName& name, const std::string& label, const platform::Secret& secret,
                     const platform::CancelToken& cancel) override {
     calls.push_back("keep " + label);
     if (refuses || hangs) return Refused(cancel);
-    kept[name] = secret.view();
+    kept[EntryOf(name)] = secret.view();
+    if (const auto then = std::exchange(after_keep, nullptr)) then();
     return {};
   }
-  Result<void> Forget(const std::string& name, const platform::CancelToken& cancel) override {
-    calls.emplace_back("forget");
+  Result<void> Forget(const platform::SecretName& name, platform::Which which,
+                      const platform::CancelToken& cancel) override {
+    using platform::Which;
+    calls.emplace_back(which == Which::kAll ? "forget all" : which == Which::kNamed ? "forget it" : "forget others");
     if (refuses || hangs) return Refused(cancel);
-    kept.erase(name);
+    std::erase_if(kept, [&](const auto& one) {
+      if (which == Which::kNamed) return one.first == EntryOf(name);
+      return one.first[0] == name.owner && (which == Which::kAll || one.first != EntryOf(name));
+    });
     return {};
   }
   // The secret of the only entry; empty where there is none.
   std::string Only() const { return kept.size() == 1 ? kept.begin()->second : ""; }
 
  private:
+  static Entry EntryOf(const platform::SecretName& name) { return {name.owner, name.server, name.user}; }
   Error Refused(const platform::CancelToken& cancel) const {
     if (!hangs) return {Failure::kNotPermitted, "The keyring was not unlocked.", "Unlock it."};
     pollfd waiting{cancel.PollFd(), POLLIN, 0};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "account/password_place.h"
 #include "platform/text.h"
 
 namespace quillcast::account {
@@ -22,16 +23,17 @@ std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& b
                                   {kServer, account.server},
                                   {kPort, takes_port ? account.port : std::string(RowOf(kPort).fallback)}};
   if (beside.security && !account.security.empty()) values.push_back({kSecurity, account.security});
-  if (beside.user_name && !account.user_name.empty()) {
+  const bool takes_user = beside.user_name && !account.user_name.empty();
+  const bool same_sign_in = (!takes_user || account.user_name == before[kUsername]) &&
+                            platform::EqualsIgnoringAsciiCase(account.server, before[kServer]);
+  if (takes_user) {
     values.push_back({kAuth, "1"});
     values.push_back({kUsername, account.user_name});
-    const bool same_sign_in =
-        account.user_name == before[kUsername] && platform::EqualsIgnoringAsciiCase(account.server, before[kServer]);
-    if (same_sign_in) return values;
-    values.push_back({kPassword, ""});
-    const std::string here(RowOf(kPasswordFrom).fallback);
-    if (before[kPasswordFrom] != here) values.push_back({kPasswordFrom, here});
+    if (!same_sign_in) values.push_back({kPassword, ""});
   }
+  // A command gives its password to whoever is asked for one.
+  if (!same_sign_in && PlaceOfPassword(before) == PasswordPlace::kCommand)
+    values.push_back({kPasswordFrom, std::string(RowOf(kPasswordFrom).fallback)});
   return values;
 }
 
@@ -70,6 +72,23 @@ Result<FoundAccount> ChooseAccount(std::span<const FoundAccount> accounts, std::
 }
 
 std::string SenderOf(const FoundAccount& account) { return account.name + " <" + account.email + ">"; }
+
+Sentence PasswordAfterImport(const AccountSettings& saved, std::span<const AccountKey> written,
+                             std::string_view kept_for) {
+  const auto was_written = [&](AccountKey key) {
+    return std::find(written.begin(), written.end(), key) != written.end();
+  };
+  if (!saved.IsOn(kAuth) || !saved[kPassword].empty()) return "";
+  if (PlaceOfPassword(saved) == PasswordPlace::kKeyring) {
+    if (!KeyringLacks(saved, kept_for)) return "";
+    return Say("{} {}", NoPasswordInKeyring(saved), kGivePassword);
+  }
+  if (was_written(kPasswordFrom))
+    return "The password command of before is not asked for this account. Give its password, which the settings then "
+           "have, or a command of its own.";
+  if (was_written(kPassword)) return "Type its password: that of the server or user before is not kept.";
+  return "The password is not taken over. Give it.";
+}
 
 Sentence ServerOf(const FoundAccount& account) {
   Sentence text = account.server;

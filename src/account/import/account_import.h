@@ -22,10 +22,14 @@ struct TakenBeside {
 
 // The keys that were written, all or none: Name, Email, Server and Port, which is "25" whatever the source has unless
 // it was asked for; Security; Auth and Username together, and Password, empty, where another user or server was
-// named before, whose it was: neither its entry in the keyring nor its password command is asked for this one. A
+// named before, whose it was; PasswordFrom, back to the settings, where a command gave the password of such another. A
 // password is never read anywhere.
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
                                               const TakenBeside& beside);
+
+// What the person has to do about the password of the account as it now is, and where it goes; empty for nothing.
+Sentence PasswordAfterImport(const AccountSettings& saved, std::span<const AccountKey> written,
+                             std::string_view kept_for);
 
 inline constexpr const char* kNoSuchFoundAccountRemedy = "Choose one of those that are listed, by its number.";
 

@@ -19,8 +19,11 @@ namespace fs = std::filesystem;
 constexpr std::uint64_t kLargestFile = 32ULL * 1024 * 1024;  // bytes; ten thousand accounts take a quarter of it
 
 bool IsUsable(const std::string& text) {
-  return text.size() <= kLongestText && platform::IsUtf8(text) && !platform::HoldsControl(text);
+  return text.size() <= kLongestText && platform::IsUtf8(text) && platform::Printable(text, kLongestText) == text;
 }
+
+// One of several would have a port of its own.
+bool IsOneServer(const std::string& text) { return IsUsable(text) && text.find(';') == std::string::npos; }
 
 }  // namespace
 
@@ -39,13 +42,13 @@ void FoundAccountList::Add(FoundAccount account) {
     return;
   }
   if (!IsUsable(account.user_name)) account.user_name.clear();
-  const std::array<const std::string*, 4> texts = {&account.account_name, &account.name, &account.email,
-                                                   &account.server};
-  if (!std::all_of(texts.begin(), texts.end(), [](const std::string* text) { return IsUsable(*text); })) {
+  const std::array<const std::string*, 3> texts = {&account.account_name, &account.name, &account.email};
+  if (!IsOneServer(account.server) ||
+      !std::all_of(texts.begin(), texts.end(), [](const std::string* text) { return IsUsable(*text); })) {
     ++unusable_;
     return;
   }
-  if (!IsSenderAddress(account.email)) {
+  if (!IsSenderAddress(account.email) || account.email.find(',') != std::string::npos) {
     ++no_address_;
     return;
   }

@@ -10,6 +10,7 @@
 
 #include "account/account_checks.h"
 #include "account/account_form.h"
+#include "account/keyring_note.h"
 #include "account/provider_presets.h"
 #include "desktop/account/account_control_names.h"
 #include "desktop/account/password_box.h"
@@ -79,7 +80,7 @@ void EmailManagerForm::Put(const account::AccountSettings& values) {
       if (combo->findText(value) < 0) combo->addItem(value);
       combo->setCurrentText(value);
     } else if (row.key == kPassword) {
-      password_->Put(values);
+      password_->Put(values, account::KeyringNoteOf(program_.settings).kept_for);
     } else if (auto* line = Find<QLineEdit>(NameOf(row.key)); line != nullptr && line->text() != value) {
       line->setText(value);
     }
@@ -124,7 +125,7 @@ void EmailManagerForm::OfferPreset() {
 }
 
 bool EmailManagerForm::Check(const account::AccountSettings& shown) {
-  const auto complaint = account::CheckAccount(shown);
+  const auto complaint = account::CheckAccount(shown, account::KeyringNoteOf(program_.settings).kept_for);
   if (!complaint) return true;
   if (!complaint->message.empty()) program_.prompts.Warn(complaint->message);
   auto* control = Find<QWidget>(NameOf(*complaint->control));

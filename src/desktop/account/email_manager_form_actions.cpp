@@ -2,9 +2,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
-#include <algorithm>
+#include <array>
 
 #include "account/account_form.h"
+#include "account/import/account_import.h"
+#include "account/keyring_note.h"
+#include "account/password_place.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/outlook_express_form.h"
 #include "desktop/widgets/note_panel.h"
@@ -16,6 +19,13 @@
 namespace quillcast::desktop {
 
 using enum account::AccountKey;
+
+namespace {
+
+// They would change, or show in another window, what is at work.
+constexpr std::array kNotMeanwhile = {"OKButton", "ResetButton", "ImportButton", "AdvancedButton"};
+
+}  // namespace
 
 void EmailManagerForm::accept() {
   const account::AccountSettings shown = Shown();
@@ -87,11 +97,9 @@ void EmailManagerForm::Import() {
   for (const account::AccountKey key : form.written()) shown.Set(key, (*stored)[key]);
   Show(shown);
   if (imported) imported(account::TextsOf(*stored).from);
-  const auto& written = form.written();
-  const bool emptied = std::find(written.begin(), written.end(), kPassword) != written.end();
-  status_->Say(emptied ? tr("The account is taken over and saved. Type its password: that of the server or user before "
-                            "is not kept.")
-                       : tr("The account is taken over and saved."));
+  const QString then = InWords(
+      account::PasswordAfterImport(*stored, form.written(), account::KeyringNoteOf(program_.settings).kept_for));
+  status_->Say(tr("The account is taken over and saved.") + (then.isEmpty() ? "" : " ") + then);
 }
 
 void EmailManagerForm::PickFolder() {
@@ -105,8 +113,11 @@ void EmailManagerForm::TestOrCancel() {
     test_->Cancel();
     return;
   }
-  Begin(tr("Stop test"), tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
-  test_->Start([this, secrets = secrets_, shown = Shown()](const platform::CancelToken& cancel) {
+  const account::AccountSettings shown = Shown();
+  const QString first = InWords(account::WaitForPasswordText(shown));
+  Begin(tr("Stop test"),
+        (first.isEmpty() ? first : first + ' ') + tr("Trying %1…").arg(Find<QLineEdit>("ServerTextBox")->text()));
+  test_->Start([this, secrets = secrets_, shown](const platform::CancelToken& cancel) {
     auto test = std::make_shared<account::AccountTest>(account::TestAccount(shown, secrets, program_.clock, cancel));
     return [this, test] { TestFinished(*test); };
   });
@@ -115,13 +126,13 @@ void EmailManagerForm::TestOrCancel() {
 void EmailManagerForm::Begin(const QString& stop, const QString& status) {
   status_->Say(status);
   test_button_->setText(stop);
-  for (const char* name : {"OKButton", "ResetButton"}) Find<QPushButton>(name)->setEnabled(false);
+  for (const char* name : kNotMeanwhile) Find<QPushButton>(name)->setEnabled(false);
 }
 
 void EmailManagerForm::End() {
   test_button_->setText(tr("Test"));
   pages_->setEnabled(true);
-  for (const char* name : {"OKButton", "ResetButton"}) Find<QPushButton>(name)->setEnabled(true);
+  for (const char* name : kNotMeanwhile) Find<QPushButton>(name)->setEnabled(true);
 }
 
 void EmailManagerForm::TestFinished(const account::AccountTest& test) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLineEdit>
+#include <string_view>
 
 #include "account/account_settings.h"
 #include "platform/secret.h"
@@ -17,10 +18,11 @@ class PasswordBox final : public QLineEdit {
  public:
   explicit PasswordBox(QWidget* parent);
 
-  void Put(const account::AccountSettings& values);
+  // `kept_for` is whom the keyring has a password for: the box of another opens by itself.
+  void Put(const account::AccountSettings& values, std::string_view kept_for);
   // What is to be saved: what is typed, or what stays aside.
   std::string Password() const;
-  // Whether another password for the keyring is being typed, which is possible once it is pressed.
+  // Whether a password for the keyring is being typed, which is possible where it has none and once it is pressed.
   bool is_replacing() const { return replacing_; }
   // Enables the box for that; shown while the password is in the keyring.
   QPushButton* change_button() const { return change_; }
@@ -32,6 +34,7 @@ class PasswordBox final : public QLineEdit {
   platform::Secret aside_;
   QPushButton* change_;
   bool replacing_ = false;
+  bool is_asked_to_ = false;  // by the button
 };
 
 }  // namespace quillcast::desktop
