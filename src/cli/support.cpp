@@ -134,8 +134,8 @@ int TellFailure(Context& context, const Result<smtp::Outcome>& end) {
 }
 
 int Send(Context& context, const support::SupportRequest& request, const support::RequestContents& contents,
-         const profile::Folders& folders) {
-  const auto end = support::SendRequest(request, contents, PlaceOf(context, folders));
+         const support::SystemFacts& facts, const profile::Folders& folders) {
+  const auto end = support::SendRequest(request, facts, contents.to, PlaceOf(context, folders));
   const bool sent = end && end->state == smtp::State::kSent;
   if (end) {
     context.output.Object({{"to", contents.to.text()},
@@ -167,11 +167,12 @@ int RunSupport(Context& context, const SupportOptions& options) {
   if (const auto complaint = options.Sends() ? support::CheckRequest(*request) : std::nullopt) {
     return context.output.Complain(TextOf(*complaint));
   }
-  const auto contents = support::ContentsOf(*request, support::ReadSystemFacts(), *to, *folders, settings);
+  const auto facts = support::ReadSystemFacts();
+  const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings);
   if (!contents) return context.output.Fail(contents.error());
   if (options.show) return Show(context, *contents);
   if (!options.save.empty()) return Save(context, options.save, *request, *contents, *folders);
-  return Send(context, *request, *contents, *folders);
+  return Send(context, *request, *contents, facts, *folders);
 }
 
 void AddContents(CLI::App& support, SupportOptions& options) {

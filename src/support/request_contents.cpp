@@ -60,8 +60,9 @@ std::string Named(const fs::path& file) {
 }  // namespace
 
 Result<RequestContents> ContentsOf(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
-                                   const profile::Folders& folders, const profile::SettingsStore& settings) {
-  auto report = SystemReport(facts, folders.program, settings);
+                                   const profile::Folders& folders, const profile::SettingsStore& settings,
+                                   const platform::Secret& password) {
+  auto report = SystemReport(facts, folders.program, settings, password);
   if (!report) return report.error();
   RequestContents contents{.to = to,
                            .from = SenderOf(request),
@@ -69,6 +70,11 @@ Result<RequestContents> ContentsOf(const SupportRequest& request, const SystemFa
                            .body = BodyOf(request, facts),
                            .report = *std::move(report),
                            .files = {}};
+  std::error_code not_there;  // which is told when it is read
+  if (fs::equivalent(request.attachment, folders.settings, not_there)) {
+    return Error{Failure::kNotPermitted, "Your settings file does not go along: your password may be in it.",
+                 "What helps of the settings is in the report."};
+  }
   if (!request.attachment.empty()) contents.files.push_back(request.attachment);
   const auto added = AddFurther(request, folders, contents.files);
   return added ? Result<RequestContents>(std::move(contents)) : added.error();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/result.h"
+#include "platform/secret.h"
 #include "profile/folders.h"
 #include "profile/settings_store.h"
 #include "smtp/address.h"
@@ -27,10 +28,13 @@ struct RequestContents {
   std::vector<std::filesystem::path> files;  // the others: the person's own, then those of the ticked boxes
 };
 
-// Fails where the settings cannot be read, and with kNoInput where a box asks for what is not there. Whether the
-// attachment is there is seen when it is read.
+// `password` is the account's where it is kept elsewhere than in the settings, and known. Fails where the settings
+// cannot be read, with kNoInput where a box asks for what is not there, and with
+// kNotPermitted where the attachment is the settings file. Whether the attachment is there is seen when
+// it is read.
 Result<RequestContents> ContentsOf(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
-                                   const profile::Folders& folders, const profile::SettingsStore& settings);
+                                   const profile::Folders& folders, const profile::SettingsStore& settings,
+                                   const platform::Secret& password = {});
 
 // All of it as one text, with the names and sizes of the files in place of their content.
 std::string AsText(const RequestContents& contents);

@@ -83,13 +83,18 @@ Result<Outcome> WithMessage(const SupportRequest& request, const RequestContents
 
 }  // namespace
 
-Result<Outcome> SendRequest(const SupportRequest& request, const RequestContents& contents,
+Result<Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
                             const run::RunPlace& place) {
   const auto account = account::AccountSettings::Load(place.Settings());
   if (!account) return account.error();
   const auto options = place.Secrets().SignInOptionsOf(*account, place.cancel);
-  if (!options) return options.error();
-  return WithMessage(request, contents, *account, place, [&](message::RenderedMessage& message) -> Result<Outcome> {
+  if (!options) {
+    const bool was_cancelled = place.cancel.Requested() != platform::Stop::kNone;
+    return was_cancelled ? Result<Outcome>(Failed(ResultCode::kCancelled, options.error())) : options.error();
+  }
+  const auto contents = ContentsOf(request, facts, to, place.folders, place.Settings(), options->password);
+  if (!contents) return contents.error();
+  return WithMessage(request, *contents, *account, place, [&](message::RenderedMessage& message) -> Result<Outcome> {
     run::SmtpCarrier carrier(*options, place.clock, place.cancel);
     return run::SendAlone(carrier, message, [](std::string_view) {});
   });

@@ -17,9 +17,9 @@ namespace quillcast::support {
 inline constexpr std::uint64_t kLargestRequest = std::uint64_t{25} * 1024 * 1024;
 
 // Sends it once, over the account as it is stored and as every other message goes, in "Windows-1252" or, where that
-// lacks a character, UTF-8. An attachment that cannot be taken is an outcome; an account that cannot be used, and a
-// disk that is full, are errors: nothing was sent then.
-Result<smtp::Outcome> SendRequest(const SupportRequest& request, const RequestContents& contents,
+// lacks a character, UTF-8. An attachment that cannot be taken is an outcome, and so is a cancel, whenever it comes; an
+// account that cannot be used, and a disk that is full, are errors: nothing was sent then.
+Result<smtp::Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
                                   const run::RunPlace& place);
 
 // The whole message, as it would go. Gives its octets. After a failure what stood there before still does.

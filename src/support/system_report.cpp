@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "account/account_settings.h"
+#include "account/password_place.h"
 #include "account/thread_modes.h"
 #include "platform/text.h"
 #include "profile/version.h"
@@ -106,6 +107,11 @@ std::string_view FallbackOf(const SettingRow& row) {
   return row.section == kAccount ? account::FindAccountKey(row.key)->fallback : row.fallback;
 }
 
+struct Secrets {
+  std::array<std::string_view, 2> known;
+  bool name_may_be_one;  // the password is kept elsewhere: whether the user's name is the same word is not known
+};
+
 // The value of a header that goes with every message may be what a service knows its customer by.
 bool IsSecretHeader(const std::string& name) {
   constexpr auto kSpeaking = std::to_array<std::string_view>(
@@ -115,25 +121,43 @@ bool IsSecretHeader(const std::string& name) {
                      [&lower](std::string_view word) { return lower.find(word) != std::string::npos; });
 }
 
-// Some services take one token for both user name and password, and a password may also have got into a wrong field.
-std::string Shown(const std::string& value, const SettingRow& row, const std::string& password) {
-  return WithoutSecret(password.empty() ? value : platform::ReplaceAll(value, password, kHidden), row.place);
+// What is no value that is given to choose from, and no number where one belongs: those are as they are for everybody,
+// and with a part of them hidden they would tell what that part is.
+bool IsWordOfOnesOwn(const std::string& value, const SettingRow& row) {
+  if (row.section != kAccount) {
+    constexpr auto kFree = std::to_array<std::string_view>(
+        {"CustomHeader", "CustomValue", "ReplyTo", "ReturnReceiptTo", "LocalIP", "Authentication"});
+    const bool is_free = row.place == kBeforeServer || std::find(kFree.begin(), kFree.end(), row.key) != kFree.end();
+    return value != row.fallback && (is_free || !platform::WholeNumberBetween(value, 0, 999'999));
+  }
+  const auto& key = *account::FindAccountKey(row.key);
+  if (key.bounds) return !platform::WholeNumberBetween(value, key.bounds->lowest, key.bounds->highest);
+  return std::find(key.choices.begin(), key.choices.end(), value) == key.choices.end();
 }
 
-Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings,
-                            const std::string& password) {
+// Some services take one token for both user name and password, and a password may also have got into a wrong field.
+std::string Shown(const std::string& value, const SettingRow& row, const Secrets& secrets) {
+  const std::string shown = WithoutSecret(value, row.place);
+  const bool may_be_one = secrets.name_may_be_one && row.key == "Username" && !value.empty();
+  const bool holds_one = std::any_of(secrets.known.begin(), secrets.known.end(), [&](std::string_view secret) {
+    return !secret.empty() && shown.find(secret) != std::string::npos;
+  });
+  return may_be_one || (holds_one && IsWordOfOnesOwn(value, row)) ? std::string(kHidden) : shown;
+}
+
+Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings, const Secrets& secrets) {
   const auto value = settings.Read(row.section, row.key, FallbackOf(row));
-  if (!value || row.key != "CustomValue") return value ? Shown(*value, row, password) : value;
+  if (!value || row.key != "CustomValue") return value ? Shown(*value, row, secrets) : value;
   const auto header = settings.Read(row.section, "CustomHeader", "");
   if (!header) return header;
-  return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : Shown(*value, row, password);
+  return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : Shown(*value, row, secrets);
 }
 
 template <typename Rows>
 Result<void> AppendSettings(std::string& report, const Rows& rows, const profile::SettingsStore& settings,
-                            const std::string& password) {
+                            const Secrets& secrets) {
   for (const SettingRow& row : rows) {
-    const auto value = ValueOf(row, settings, password);
+    const auto value = ValueOf(row, settings, secrets);
     if (!value) return value.error();
     const std::string label = row.label.empty() ? fmt::format("{}-{}", row.section, row.key) : std::string(row.label);
     AppendLine(report, label + ": ", *value);
@@ -154,21 +178,22 @@ std::string WithoutSecret(std::string_view value, SecretPlace place) {
 }
 
 Result<std::string> SystemReport(const SystemFacts& facts, const std::filesystem::path& install_path,
-                                 const profile::SettingsStore& settings) {
+                                 const profile::SettingsStore& settings, const platform::Secret& password) {
   const auto account = account::AccountSettings::Load(settings);
   if (!account) return account.error();
-  const std::string& password = (*account)[account::AccountKey::kPassword];
+  const Secrets secrets{{(*account)[account::AccountKey::kPassword], password.view()},
+                        account::PlaceOfPassword(*account) != account::PasswordPlace::kSettings};
   std::string report;
   AppendSystem(report, facts);
   AppendLine(report, "---Quillcast Settings---", {});
   AppendLine(report, "Install Path: ", install_path.string());
   AppendLine(report, "Version: ", fmt::format("{}.{}", profile::kVersionMajor, profile::kVersionMinor));
-  auto written = AppendSettings(report, kSettings, settings, password);
+  auto written = AppendSettings(report, kSettings, settings, secrets);
   for (const auto section : kMailSections) {
-    if (written) written = AppendSettings(report, RowsOfMail(section), settings, password);
+    if (written) written = AppendSettings(report, RowsOfMail(section), settings, secrets);
   }
   for (const auto section : account::kThreadSections) {
-    if (written) written = AppendSettings(report, std::array{RowOfThreads(section)}, settings, password);
+    if (written) written = AppendSettings(report, std::array{RowOfThreads(section)}, settings, secrets);
   }
   return written ? Result<std::string>(std::move(report)) : written.error();
 }

@@ -128,6 +128,27 @@ class Support(Case):
             after = (self.folder / name).read_bytes() if (self.folder / name).exists() else None
             self.assertEqual(after, before, name)
 
+    def test_the_password_stays_here_wherever_it_is(self):
+        box = self.mailbox()
+        self.account(box.port, "Auth=1", "Username=ada", "NoAuth=1", "--password-file", self.write("p", "right-7"))
+        _, err = self.ask("--attach", str(next(self.profile.rglob("settings.db"))), fails=77)
+        self.assertIn("Your settings file does not go along: your password may be in it.", err)
+        self.ok("account", "set", "Username=right-7", "--password-command", "echo right-7")
+        self.assertNotIn("right-7", self.ask("--show")[0][0]["report"])
+        self.ask()
+        _, message = self.arrived(box)
+        self.assertNotIn("right-7", [part.get_content() for part in message.iter_attachments()][0])
+        self.ok("account", "set", "PasswordCommand=sleep 50")
+        process = self.popen("--yes", "support", "--description", "Help")
+        children = f"/proc/{process.pid}/task/{process.pid}/children"
+        while not open(children).read():
+            self.assertIsNone(process.poll())
+        process.send_signal(signal.SIGINT)
+        _, err = process.communicate(timeout=10)
+        self.assertEqual(process.returncode, 75)
+        self.assertIn(b"The request was not sent: it was cancelled.", err)
+        self.assertNotIn(b"online support form", err)
+
     def test_what_keeps_it_from_being_sent(self):
         code, out, err = self.run_program("support", "--description", "Help")
         self.assertEqual(code, 78, out + err)

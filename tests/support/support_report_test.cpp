@@ -121,10 +121,11 @@ std::vector<Setting> Settings() {
 
 class SupportReport : public ::testing::Test {
  protected:
-  std::string Report() const { return *SystemReport(facts_, "/opt/quillcast", settings_); }
+  std::string Report() const { return *SystemReport(facts_, "/opt/quillcast", settings_, platform::Secret(known_)); }
 
   const test::TemporaryFolder folder_;
   profile::SettingsStore settings_{folder_ / "settings.db"};
+  std::string known_;  // the password that is kept elsewhere
   const SystemFacts facts_{.operating_system = "Debian GNU/Linux 12",
                            .owner = "Ada King",
                            .host = "desk",
@@ -161,6 +162,7 @@ TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
   for (const Case& c : std::initializer_list<Case>{
            {"Account", "Server", "ada:right-7@mx.example:587; b.example",
             "Account-Server: ***@mx.example:587; b.example"},
+           {"Account", "Server", "mx.example/right-7", "Account-Server: ***"},
            {"Account", "Server", "a.example; ada:r;g@ht@mx.example", "Account-Server: ***@mx.example"},
            {"Account", "Server", "smtp://ada:ri/ght@mx.example", "Account-Server: smtp://***@mx.example"},
            {"Options", "Address", "ada:right-7@proxy.example", "Options-Address: ***@proxy.example"},
@@ -170,11 +172,10 @@ TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
            {"Advanced", "LocalIP", "192.0.2.9", "Advanced-LocalIP: 192.0.2.9"},
            {"Account", "Name", "Ada\r\nAccount-Auth: 7", "Account-Name: Ada??Account-Auth: 7"},
            {"Account", "Username", "right-7", "Account-Username: ***"},
-           {"Account", "Username", "ada right-7/right-7", "Account-Username: ada ***/***"},
-           {"Account", "Username", std::string(997, 'x') + "right-7",
-            "Account-Username: " + std::string(997, 'x') + "***"},
+           {"Account", "Username", "ada right-7/right-7", "Account-Username: ***"},
+           {"Account", "Username", std::string(997, 'x') + "right-7", "Account-Username: ***"},
            {"Account", "Username", "right-", "Account-Username: right-"},
-           {"Advanced", "CustomValue", "Bearer right-7", "Advanced-CustomValue: Bearer ***"},
+           {"Advanced", "CustomValue", "Bearer right-7", "Advanced-CustomValue: ***"},
            {"SMTP-Thread", "Mode", "right-7", "SMTP-Thread: ***"},
            {"Account", "Username", std::string(5000, 'x'), "Account-Username: " + std::string(1001, 'x') + "..."}}) {
     ASSERT_TRUE(settings_.Write(c.section, c.key, c.stored));
@@ -187,14 +188,40 @@ TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
   }
 }
 
+// A password that is a word of the settings, or a part of one, is not told by what is hidden there.
+TEST_F(SupportReport, TellsNoShortPasswordByHidingIt) {
+  for (const char* password : {"LOGIN", "2", "a", "0", "Base 64"}) {
+    ASSERT_TRUE(settings_.Write("Account", "Password", password));
+    ASSERT_TRUE(settings_.Write("Account", "Server", "127.0.0.1"));
+    const auto report = Report();
+    for (const char* line : {"Account-Port: 25", "Account-AuthMode: AUTH LOGIN", "Account-Method: Personal",
+                             "Account-AttachmentEncoding: Base 64", "Options-Proxy: 0", "SMTP-Thread: Second"})
+      EXPECT_NE(report.find(std::string("\r\n") + line + "\r\n"), std::string::npos) << password << ": " << line;
+    EXPECT_EQ(report.find("1***7"), std::string::npos);
+  }
+}
+
+// One token may be both the user's name and the password, wherever that is.
+TEST_F(SupportReport, HoldsNoTokenOfAnAccountWhosePasswordIsElsewhere) {
+  ASSERT_TRUE(settings_.Write("Account", "Username", "tok-7"));
+  ASSERT_TRUE(settings_.Write("Advanced", "ReplyTo", "tok-7@example.org"));
+  for (const char* place : {"Keyring", "Command"}) {
+    ASSERT_TRUE(settings_.Write("Account", "PasswordFrom", place));
+    known_ = "";
+    EXPECT_NE(Report().find("Account-Username: ***"), std::string::npos);
+    known_ = "tok-7";
+    EXPECT_EQ(Report().find("tok-7"), std::string::npos) << Report();
+  }
+}
+
 TEST_F(SupportReport, SaysWhatItDoesNotKnow) {
-  const auto report = *SystemReport({}, "/opt/quillcast", settings_);
+  const auto report = *SystemReport({}, "/opt/quillcast", settings_, {});
   EXPECT_TRUE(
       report.starts_with("---System Information---\r\nOperating System: \r\nRegistered to:  - \r\n"
                          "Windows Directory: \r\nScreen Resolution: \r\nAvailable Drives:\r\n---Quill"))
       << report;
   const profile::SettingsStore damaged(folder_.Write("damaged.db", std::string(4096, 'x')));
-  EXPECT_FALSE(SystemReport({}, "/opt/quillcast", damaged));
+  EXPECT_FALSE(SystemReport({}, "/opt/quillcast", damaged, {}));
 }
 
 TEST(SupportDrives, AreThePlacesWhereFilesAreKept) {

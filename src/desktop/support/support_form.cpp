@@ -227,9 +227,7 @@ void SupportForm::Send() {
   status_->Say(tr("Sending to %1…").arg(ToQt(to->text())));
   task_->Start([this, &program = program_, request, facts = facts_, to = *to](const platform::CancelToken& cancel) {
     const auto place = run::PlaceOf(program, cancel);
-    const auto contents = support::ContentsOf(request, facts, to, place.folders, place.Settings());
-    const auto end = std::make_shared<Result<smtp::Outcome>>(contents ? support::SendRequest(request, *contents, place)
-                                                                      : contents.error());
+    const auto end = std::make_shared<Result<smtp::Outcome>>(support::SendRequest(request, facts, to, place));
     return [this, request, end] { ShowEnd(request, *end); };
   });
   EnableControls();
@@ -262,7 +260,8 @@ void SupportForm::EnableControls() {
 void SupportForm::reject() {
   if (task_->is_running()) return task_->Cancel();
   const auto request = Collect();
-  const bool would_be_lost = !request.description.empty() && request != sent_ && request != warned_;
+  const bool was_sent = sent_ && sent_->description == request.description && sent_->attachment == request.attachment;
+  const bool would_be_lost = !request.description.empty() && !was_sent && request != warned_;
   if (!would_be_lost) return QDialog::reject();
   warned_ = request;
   status_->Say(tr("What you described was not sent. Cancel once more closes, and throws it away."), NoteKind::kWarning);
