@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -73,8 +74,9 @@ class Drain {
   std::size_t used_ = 0;
 };
 
-// In a session of its own, with the signals as they are by default. 0, or the system's error number.
-int Spawn(std::span<const std::string> arguments, int out, int err, pid_t& child) {
+// In a session of its own, with the signals as they are by default. A stream of -1 is /dev/null. 0, or the system's
+// error number.
+int Spawn(std::span<const std::string> arguments, const std::array<int, 3>& streams, pid_t& child) {
   std::vector<std::string> words(arguments.begin(), arguments.end());
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
@@ -82,9 +84,11 @@ int Spawn(std::span<const std::string> arguments, int out, int err, pid_t& child
   pointers.push_back(nullptr);
   posix_spawn_file_actions_t files;
   IgnoreErrors(::posix_spawn_file_actions_init(&files));
-  IgnoreErrors(::posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
-  IgnoreErrors(::posix_spawn_file_actions_adddup2(&files, out, STDOUT_FILENO));
-  IgnoreErrors(::posix_spawn_file_actions_adddup2(&files, err, STDERR_FILENO));
+  for (int stream = 0; stream < 3; ++stream) {
+    const int from = streams[static_cast<std::size_t>(stream)];
+    IgnoreErrors(from < 0 ? ::posix_spawn_file_actions_addopen(&files, stream, "/dev/null", O_RDWR, 0)
+                          : ::posix_spawn_file_actions_adddup2(&files, from, stream));
+  }
   posix_spawnattr_t traits;
   IgnoreErrors(::posix_spawnattr_init(&traits));
   sigset_t signals;
@@ -99,6 +103,40 @@ int Spawn(std::span<const std::string> arguments, int out, int err, pid_t& child
   IgnoreErrors(::posix_spawn_file_actions_destroy(&files));
   return failed;
 }
+
+int WaitForEnd(pid_t child) {
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  return status;
+}
+
+// Kills a child with all that it started where this program ends before it, however that ends: another process waits at
+// a socket, whose other end the system closes then. A signal for the parent's death would reach the child alone, and
+// comes already when the thread ends that started it.
+class Guard {
+ public:
+  explicit Guard(pid_t child) {
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+    ours_ = UniqueFd(ends[0]);
+    const UniqueFd theirs(ends[1]);
+    const std::array<std::string, 5> words = {"/bin/sh", "-c", "read -r over || kill -s KILL -- \"-$1\"", "sh",
+                                              std::to_string(child)};
+    if (Spawn(words, {theirs.get(), -1, -1}, guard_) != 0) guard_ = 0;
+  }
+  ~Guard() {
+    if (guard_ == 0) return;
+    IgnoreErrors(::send(ours_.get(), "\n", 1, MSG_NOSIGNAL));
+    ours_.Close();
+    WaitForEnd(guard_);
+  }
+  Guard(const Guard&) = delete;
+  Guard& operator=(const Guard&) = delete;
+
+ private:
+  UniqueFd ours_;
+  pid_t guard_ = 0;
+};
 
 // The child's end as waitpid(2) has it, or why it was not waited for any longer.
 class Waiting {
@@ -132,7 +170,7 @@ class Waiting {
   void Kill() {
     if (ended_) return;
     IgnoreErrors(::kill(-child_, SIGKILL));
-    while (::waitpid(child_, &status_, 0) < 0 && errno == EINTR) continue;
+    status_ = WaitForEnd(child_);
   }
   int status() const { return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1; }
 
@@ -162,8 +200,9 @@ ProgramRun RunProgram(std::span<const std::string> arguments, const ProgramLimit
     return run;
   }
   pid_t child = 0;
-  run.status = Spawn(arguments, out->write.get(), err->write.get(), child);
+  run.status = Spawn(arguments, {-1, out->write.get(), err->write.get()}, child);
   if (run.status != 0) return run;
+  const Guard guard(child);
   out->write.Close();
   err->write.Close();
   Drain output(std::move(out->read), limits.output + 1);

@@ -28,7 +28,8 @@ struct ProgramLimits {
 
 // The first argument names the program, which is looked for in PATH where it has no slash. It reads nothing and has no
 // terminal, so that it cannot wait for somebody there; what it started itself is ended with it, but not where it ended
-// by itself. All that it prints is wiped from memory where it is not given.
+// by itself. Where this program ends first, even by SIGKILL, they are ended too. All that it prints is wiped from
+// memory where it is not given.
 ProgramRun RunProgram(std::span<const std::string> arguments, const ProgramLimits& limits);
 
 }  // namespace quillcast::platform

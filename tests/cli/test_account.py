@@ -4,6 +4,7 @@ import os
 import signal
 import socket
 import threading
+import time
 import unittest
 import unittest.mock
 from pathlib import Path
@@ -115,7 +116,7 @@ class Account(Case):
             self.assertIn("Security=TLS\n", self.ok("account", "show"))
             code, out, err = self.run_program("account", "import", "1", "--port", "--security", "--user-name")
             self.assertEqual((code, out), (0, "The account of one@example.org is taken over, port 587.\n"))
-            self.assertIn("that of the server or user before is not kept: quillcast account set --password-file FILE", err)
+            self.assertIn("that of the server or user before is not kept. quillcast account set --password-file FILE", err)
             shown = json.loads(self.ok("--json", "account", "show"))
             self.assertEqual([shown[key] for key in ("Port", "Security", "Auth", "Username", "Password")],
                              ["587", "STARTTLS", "1", "one", ""])
@@ -167,6 +168,10 @@ class Account(Case):
                 ("kill -9 $$", 69, "The password command was ended by a signal." + by_hand),
                 ("/nowhere/vault", 78, "The password command was not found, and said:"),
                 (program, 69, "The password command failed with exit code 126, and said:"),
+                ("hunter2pass", 78, "The password command was not found.\nName a command that prints the password. Where "
+                 "it is the password itself, choose Settings or Keyring."),
+                ("printf '\\377\\376bin\\n'", 65, "What the password command printed first is no text, so it was not sent."),
+                ("printf 'a\\000b'", 65, "What the password command printed first is no text, so it was not sent."),
                 ("true", 69, "The password command printed no password." + by_hand),
                 ("echo; echo right-7", 69, "The password command printed no password." + by_hand),
                 ("yes right-7", 65, "The password command printed more than 64 KiB." + by_hand),
@@ -180,6 +185,25 @@ class Account(Case):
                 self.assertLess(len(err), 2000)
                 self.assertNotIn("-7", out + err)
                 self.assertEqual(err.count("password command"), told.count("password command"), err)
+        pid = self.folder / "pid"
+        self.ok("account", "set", f"PasswordCommand=sleep 60 & echo $! >{pid}.new; mv {pid}.new {pid}; wait")
+        for number in (signal.SIGKILL, signal.SIGHUP, signal.SIGINT):
+            with self.subTest("it is ended with the program", number=number):
+                process = self.popen("send", *letter)
+                while not pid.exists():
+                    self.assertIsNone(process.poll())
+                    time.sleep(0.02)
+                started = Path("/proc") / pid.read_text().strip()
+                self.assertTrue(started.exists())
+                pid.unlink()
+                process.send_signal(number)
+                process.communicate(timeout=10)
+                for _ in range(250):
+                    if not started.exists() or ") Z " in (started / "stat").read_text():
+                        break
+                    time.sleep(0.02)
+                else:
+                    self.fail("what the command started lives on")
         self.ok("account", "set", "PasswordCommand=sleep 60")
         process = self.popen("send", *letter)
         children = Path(f"/proc/{process.pid}/task/{process.pid}/children")
