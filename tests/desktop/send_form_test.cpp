@@ -314,6 +314,19 @@ class SendFormTest : public QObject {
     QVERIFY(scene.Report().contains("Message sent successfully."));
   }
 
+  void itSaysThatItWaitsForThePassword() {
+    Scene scene({"a@example.org"});
+    for (const auto& [key, value] : {std::pair{"Auth", "1"}, {"Username", "ada"}, {"PasswordFrom", "Keyring"}})
+      QVERIFY(scene.rig.settings.Write("Account", key, value));
+    scene.rig.keyring.hangs = true;
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Text("StatusLine"), QString("Asking the keyring for the password…"));
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY2(scene.Text("StatusLine").contains("cancelled"), qPrintable(scene.Text("StatusLine")));
+  }
+
   void theQuestionGoesWhenTheRunIsOver() {
     Scene scene({"a@example.org"});
     scene.mailbox.Hold();

@@ -12,6 +12,7 @@
 
 #include "account/account_connection.h"
 #include "account/account_steps.h"
+#include "account/password_place.h"
 #include "desktop/run/notes_panel.h"
 #include "desktop/run/pictures_panel.h"
 #include "desktop/run/range_picker.h"
@@ -210,6 +211,11 @@ void SendMailForm1::StartRun() {
   before_->Close();
   running_.start();
   tick_->start(kTick);
+  if (const auto account = account::AccountSettings::Load(program_.settings)) {
+    const QString first = InWords(account::WaitForPasswordText(*account));
+    waits_for_password_ = !first.isEmpty();
+    if (waits_for_password_) Say(first);
+  }
   request_ ? worker_->GoOnWith(*request_) : worker_->Start(document_, group_, *range);
 }
 
@@ -266,6 +272,7 @@ void SendMailForm1::TakeNews() {
   const RunNews news = worker_->TakeNews();
   if (news.report && !report_open_) {
     report_open_ = true;
+    if (std::exchange(waits_for_password_, false) && !cancel_asked_) Say({});
     report_->Open(*news.report);
   }
   report_->Update();

@@ -93,6 +93,7 @@ class SendMailForm1 final : public QDialog {
   QElapsedTimer waiting_;  // for the answer whether to go on; invalid while the run works
   qint64 waited_ = 0;      // milliseconds, for the answers before
   bool report_open_ = false;
+  bool waits_for_password_ = false;
   bool shuts_down_ = false;
 
   RangePicker* range_;
