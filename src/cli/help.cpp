@@ -6,6 +6,7 @@
 #include "cli/commands.h"
 #include "cli/man_page.h"
 #include "help/help_pages.h"
+#include "help/tips.h"
 #include "platform/text.h"
 
 namespace quillcast::cli {
@@ -18,6 +19,7 @@ struct HelpRequest {
   std::vector<std::string> topic;
   std::string search;
   std::string man_pages;  // a folder
+  bool tip = false;
 };
 
 std::string Joined(const std::vector<std::string>& words) { return fmt::format("{}", fmt::join(words, " ")); }
@@ -84,11 +86,27 @@ int RunTopic(const Output& output, const std::vector<Page>& pages, const CLI::Ap
   return 0;
 }
 
+// The next time comes the next one, in the window too.
+int ShowTip(Context& context) {
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  profile::SettingsStore settings(folders->settings);
+  const help::TipPlace place = help::FirstTip(settings);
+  const help::Tip& tip = help::TipAt(place);
+  context.output.Line(tip.text);
+  const std::string topic(tip.topic);
+  context.output.Line(fmt::format("More: quillcast help {}", topic.substr(0, topic.rfind('.'))));
+  context.output.Object({{"tip", tip.text}, {"topic", topic}, {"number", help::NumberOf(place)}});
+  const auto kept = help::KeepFirstTip(settings, help::NextTip(place));
+  return kept ? 0 : context.output.Fail(kept.error());
+}
+
 int RunHelp(Context& context, const CLI::App& app, const HelpRequest& request) {
   if (!request.man_pages.empty()) {
     const auto written = WriteManPages(app, request.man_pages);
     return written ? 0 : context.output.Fail(written.error());
   }
+  if (request.tip) return ShowTip(context);
   const auto pages = help::LoadPages(context.Folders().program / "help");
   if (!pages) return context.output.Fail(pages.error());
   if (!request.search.empty()) return RunSearch(context.output, *pages, request.search);
@@ -103,13 +121,19 @@ int RunHelp(Context& context, const CLI::App& app, const HelpRequest& request) {
 void AddHelpCommand(CLI::App& app, Context& context) {
   auto* command = app.add_subcommand("help", "The pages of the help: list, read and search them");
   const auto request = std::make_shared<HelpRequest>();
-  command->add_option("TOPIC", request->topic, "A page, by its topic, its title or a part of them, or a command");
-  command->add_option("--search", request->search, "List the pages that have all these words")->type_name("WORDS");
+  auto* topic =
+      command->add_option("TOPIC", request->topic, "A page, by its topic, its title or a part of them, or a command");
+  topic->check([](const std::string& word) { return word.empty() ? "names nothing" : std::string(); });
+  command->add_option("--search", request->search, "List the pages that have all these words")
+      ->type_name("WORDS")
+      ->excludes(topic);
+  command->add_flag("--tip", request->tip, "Show a tip; the next time the next one of thirty")->excludes(topic);
   command->add_option("--man-pages", request->man_pages, "Write a manual page for each command into this folder")
       ->type_name("DIR");
   command->footer(
       "Example:\n  quillcast help\n  quillcast help the mail account\n  quillcast help group sort\n"
-      "  quillcast help --search \"merge tag\"");
+      "  quillcast help --search \"merge tag\"\n"
+      "  quillcast help --tip");
   OnRun(*command, context, [request, &app](Context& c) { return RunHelp(c, app, *request); });
 }
 

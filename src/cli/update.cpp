@@ -88,7 +88,9 @@ void AddUpdateCommand(CLI::App& app, Context& context) {
   auto* proxy = command->add_subcommand("proxy", "Show or set how the web is reached for that");
   const auto request = std::make_shared<ProxyRequest>();
   auto* named = proxy->add_option("PROXY", request->proxy, "The proxy to ask through, with its port");
-  named->type_name("HOST:PORT");
+  named->type_name("HOST:PORT")->check([](const std::string& given) {
+    return given.empty() ? "names nothing; --off asks without a proxy" : std::string();
+  });
   proxy->add_flag("--off", request->off, "Ask without a proxy; which one it was is kept")->excludes(named);
   proxy->add_option("--timeout", request->timeout, "Give up after so many minutes, 1 to 10")->type_name("MINUTES");
   proxy->footer(

@@ -100,6 +100,8 @@ std::string InOneLine(std::string_view text) {
   std::string line;
   for (const char c : WithLinks(text, [](const std::string&) { return std::string(); })) {
     const bool is_blank = c == ' ' || c == '\n';
+    // A link's address stood in between.
+    if (!line.empty() && line.back() == ' ' && (c == '.' || c == ',' || c == ';' || c == ')')) line.pop_back();
     if (!is_blank) line += c;
     if (is_blank && !line.empty() && line.back() != ' ') line += ' ';
   }

@@ -14,6 +14,21 @@ constexpr std::size_t kLongestNotes = 500;  // bytes
 constexpr std::int64_t kLastNumber = 9999;  // of a version
 constexpr std::string_view kScheme = "https://";
 
+bool IsHttps(std::string_view address) {
+  return address.size() > kScheme.size() &&
+         platform::EqualsIgnoringAsciiCase(address.substr(0, kScheme.size()), kScheme);
+}
+
+// For sentences, without a name and a password in it: rather too little than too much.
+std::string WithoutSignIn(std::string_view address) {
+  constexpr std::string_view kBehindScheme = "://";
+  const auto scheme = address.find(kBehindScheme);
+  const auto begin = scheme == std::string_view::npos ? 0 : scheme + kBehindScheme.size();
+  const auto at = address.rfind('@');
+  if (at == std::string_view::npos || at < begin) return platform::Printable(address, 200);
+  return platform::Printable(std::string(address.substr(0, begin)).append(address.substr(at + 1)), 200);
+}
+
 // For sentences: "updates.example.org:8443", without a name and a password before it.
 std::string HostOf(std::string_view address) {
   address.remove_prefix(std::min(address.size(), kScheme.size()));
@@ -107,8 +122,8 @@ std::optional<Answer> ReadAnswer(std::string_view document, Version own) {
 }
 
 Result<Answer> AskForLatest(const Question& question, Version own, const net::Patience& patience) {
-  if (!question.address.starts_with(kScheme) || question.address.size() == kScheme.size()) {
-    return Error{Failure::kUsage, Say("\"{}\" is not an address of HTTPS.", platform::Printable(question.address, 200)),
+  if (!IsHttps(question.address)) {
+    return Error{Failure::kUsage, Say("\"{}\" is not an address of HTTPS.", WithoutSignIn(question.address)),
                  "QUILLCAST_UPDATE_ADDRESS has to begin with https://, or to be left out."};
   }
   const net::HttpsAnswer answer = net::FetchHttps({.address = question.address,

@@ -92,6 +92,14 @@ class Help(Case):
             got, out, err = self.run_program("help", *words.split())
             self.assertEqual(got, code, words)
             self.assertIn(piece, out + err)
+        for wrong, piece in ((("",), "TOPIC: names nothing"), (("extra", "--search", "tag"), "TOPIC excludes --search"),
+                             (("--search", ""), "--search: names nothing")):
+            code, out, err = self.run_program("help", *wrong)
+            self.assertEqual((code, out), (64, ""), wrong)
+            self.assertIn(piece, err)
+        tips = [json.loads(self.ok("--json", "help", "--tip")) for _ in range(31)]
+        self.assertEqual(len({tip["tip"] for tip in tips}), 30)
+        self.assertEqual(tips[30], tips[0], "behind the last comes the first")
         code, _, err = self.run_program("help", "--search", "zzz")
         self.assertEqual(code, 66, err)
         self.assertIn("Merge Tags", self.ok("help", "--search", "ZIP Eighteen"))

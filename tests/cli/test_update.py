@@ -151,7 +151,7 @@ class Update(Case):
                 self.assertNotIn(b"Authorization", proxy.asked[0])
         shown = json.loads(self.ok("--json", "update", "proxy", "--off"))
         self.assertEqual((shown["proxy"], shown["port"]), (False, str(proxy.port)))
-        for wrong in ("p", "p:0", "user@p:1", "p:99999"):
+        for wrong in ("", "p", "p:0", "user@p:1", "p:99999"):
             self.assertEqual(self.run_program("update", "proxy", wrong)[0], 64, wrong)
         self.assertEqual(self.run_program("update", "proxy", "--timeout", "0")[0], 64)
 

@@ -81,6 +81,8 @@ TEST_F(HelpPages, ShowTheWordsThatWereFoundInWholeWords) {
       "word58 word59 word60 word61 word62 word63 word64 …");
   EXPECT_TRUE(Search(pages_, "long").front().excerpt.starts_with("word0 word1 "));
   EXPECT_TRUE(Search(pages_, "word99").front().excerpt.ends_with("word98 word99"));
+  pages_ = {{"Long.htm", "Long", "<p>Read <a href=\"Apes.htm\">apes</a>, or (<a href=\"B.htm\">more</a>).</p>"}};
+  EXPECT_EQ(Search(pages_, "read").front().excerpt, "Read apes, or (more).");
 }
 
 TEST_F(HelpPages, AreTextThatNamesItsLinksByTopic) {
