@@ -32,11 +32,17 @@ std::string IcuVersion() {
   return text.data();
 }
 
-// "~/.local/share": the name of the person who sits there is nobody's business.
+std::string WithoutLinks(const std::filesystem::path& folder) {
+  std::error_code failed;
+  const auto whole = std::filesystem::weakly_canonical(folder, failed);
+  return (failed ? folder.lexically_normal() : whole).string();
+}
+
+// "~/.local/share": the name of the person who sits there is nobody's business, however the home folder is written.
 std::string Shortened(const std::filesystem::path& folder, const std::string& home) {
-  const std::string text = folder.string();
+  const std::string text = WithoutLinks(folder);
   const bool is_below = !home.empty() && (text == home || text.starts_with(home + '/'));
-  return is_below ? '~' + text.substr(home.size()) : text;
+  return is_below ? '~' + text.substr(home.size()) : folder.string();
 }
 
 std::string KernelName() {
@@ -67,7 +73,7 @@ std::vector<Library> Libraries() {
 }
 
 std::vector<Fact> SystemFacts(const profile::Folders& folders, const platform::Environment& environment) {
-  std::string home = environment.Get("HOME").value_or("");
+  std::string home = WithoutLinks(environment.Get("HOME").value_or(""));
   while (home.ends_with('/')) home.pop_back();
   std::vector<Fact> facts = {{"Program", NameWithVersion()},
                              {"System", platform::SystemName()},
