@@ -1365,8 +1365,10 @@ class MainFormTest : public QObject {
     struct Case {
       const char *splash, *file, *opens;
     };
-    for (const Case& c : {Case{"0", "", "TipsForm"}, Case{"0", "letter.html", "TipsForm"},
-                          Case{"0", "letter.eml", "MessageForm"}, Case{"1", "letter.eml", "MessageForm"}}) {
+    for (const Case& c :
+         {Case{"0", "", "TipsForm over New message"}, Case{"0", "letter.html", "TipsForm over letter.html"},
+          Case{"0", "letter.eml", "MessageForm over New message"},
+          Case{"1", "letter.eml", "MessageForm over New message"}}) {
       test::FormRig rig;
       QVERIFY(rig.settings.Write("Options", "Splash", c.splash));
       const auto window = StartWindow(rig.program);
@@ -1379,7 +1381,9 @@ class MainFormTest : public QObject {
           names << widget->objectName();
           QTimer::singleShot(0, widget, &QWidget::close);
         }
-        if (!names.isEmpty()) opened << names.join('+') + (window->isVisible() ? "" : " before the window");
+        const QString letter = window->findChild<QLabel*>("DocumentLabel")->text();
+        if (!names.isEmpty())
+          opened << names.join('+') + " over " + letter + (window->isVisible() ? "" : " before the window");
       });
       look.start(100);
       if (*c.file != 0) window->Open({rig.folder.Write(c.file, "Subject: x\r\n\r\nx")});

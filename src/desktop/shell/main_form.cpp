@@ -73,6 +73,7 @@ MainForm::MainForm(const profile::Program& program)
   ConnectDocument();
   ConnectHeader();
   ConnectNotices();
+  connect(requests_, &OpenRequests::Opened, this, &MainForm::ShowWaitingTips);
 }
 
 MainForm::~MainForm() = default;
@@ -202,7 +203,14 @@ void MainForm::LoadDocument() {
   notices_->LookForCutOff();
   is_loaded_ = true;
   requests_->Resume();
-  if (tips_wait_) Soon(this, [this] { ShowTipsAtStart(); });
+  ShowWaitingTips();
+}
+
+// Of two calls the first shows it.
+void MainForm::ShowWaitingTips() {
+  Soon(this, [this] {
+    if (tips_wait_) ShowTipsAtStart();
+  });
 }
 
 void MainForm::Dispatch(CommandId id) {
@@ -236,8 +244,10 @@ bool MainForm::event(QEvent* event) {
 void MainForm::Say(const QString& sentence) { status_->Say(sentence); }
 
 void MainForm::ShowTipsAtStart() {
-  tips_wait_ = !is_loaded_;
-  if (IsFree() && !requests_->HasWindow() && TipsForm::IsWanted(program_.settings, false)) Dispatch(CommandId::kTips);
+  // What the program was started with comes first: it is what the person waits for, and a tip would keep it back.
+  tips_wait_ = !is_loaded_ || (requests_->is_waiting() && !requests_->HasWindow());
+  if (!tips_wait_ && IsFree() && !requests_->HasWindow() && TipsForm::IsWanted(program_.settings, false))
+    Dispatch(CommandId::kTips);
   body_->setFocus();
 }
 

@@ -75,6 +75,7 @@ class MainForm final : public QMainWindow {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  void ShowWaitingTips();
   void BuildWindow();
   void ConnectBar();
   void ConnectBody();

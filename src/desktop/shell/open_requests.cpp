@@ -58,6 +58,7 @@ void OpenRequests::OpenWaiting() {
     opens_ = true;
     Open(std::exchange(waiting_, {}));
     opens_ = false;
+    emit Opened();
   }
 }
 

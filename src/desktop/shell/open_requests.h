@@ -22,8 +22,13 @@ class OpenRequests final : public QObject {
   void Add(const std::vector<std::string>& arguments);
   // To be called when the window may have become free, or is shown.
   void Resume();
+  bool is_waiting() const { return !waiting_.empty(); }
   // What waits has a window of its own.
   bool HasWindow() const;
+
+ signals:
+  // What waited is opened, or could not be.
+  void Opened();
 
  private:
   bool MayOpen() const;
