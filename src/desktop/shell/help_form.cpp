@@ -134,15 +134,15 @@ QString HelpForm::CellText(std::size_t row) const {
 std::optional<QString> TopicOf(const QString& window) {
   static const QHash<QString, QString> topics = {
       {"MainForm", kWelcomeTopic},
-      {"SendMailForm1", kWelcomeTopic},
+      {"SendMailForm1", "Sending.htm"},
       {"ShutDownForm", kWelcomeTopic},
-      {"PreviewForm", kWelcomeTopic},
+      {"PreviewForm", "Sending.htm"},
       {"PracticeForm", "Message Files.htm"},
       {"MessageForm", "Message Files.htm"},
       {"SupportForm", "Contact Information.htm"},
       {"AboutForm", kWelcomeTopic},
       {"TipsForm", kWelcomeTopic},
-      {"TutorialForm", kWelcomeTopic},
+      {"TutorialForm", "First Mailing.htm"},
       {"UpdateMainForm", "Updates.htm"},
       {"HelpForm", kWelcomeTopic},
       {"EmailManagerForm", "Email Manager 1.htm"},

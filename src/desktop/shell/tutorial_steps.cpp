@@ -15,12 +15,14 @@ namespace {
 
 using help::TutorialStep;
 
-Result<void> SwitchPracticeOn(Shell& shell) {
+Result<void> MayPractise(Shell& shell) {
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
-  if (!filled_in) return filled_in.error();
-  const bool serves = shell.practice.practice().Serves();
-  auto may = help::MayPractise(*filled_in, serves);
-  if (may && !serves) shell.notices.BeginPractice();
+  return filled_in ? help::MayPractise(*filled_in, shell.practice.practice().Serves()) : filled_in.error();
+}
+
+Result<void> SwitchPracticeOn(Shell& shell) {
+  auto may = MayPractise(shell);
+  if (may && !shell.practice.practice().Serves()) shell.notices.BeginPractice();
   return may;
 }
 
@@ -40,7 +42,9 @@ Result<void> WriteLetter(Shell& shell) {
   return shell.document.StartFrom(help::kTutorialLetter.html);
 }
 
+// Where practice cannot be switched on, nobody is sent back to do it.
 Result<void> OpenSending(Shell& shell) {
+  if (auto may = MayPractise(shell); !may) return may;
   if (!shell.practice.practice().Serves()) {
     return Error{Failure::kNotPermitted, "Practice is off, so these letters would go to a real server.",
                  "Go back two pages or more, and switch practice on."};
@@ -50,6 +54,12 @@ Result<void> OpenSending(Shell& shell) {
 }
 
 std::size_t Arrived(Shell& shell) { return account::PracticeMessages(shell.practice.practice().folder()).size(); }
+
+Result<void> ShowArrived(Shell& shell) {
+  auto may = Arrived(shell) > 0 ? Result<void>() : MayPractise(shell);
+  if (may) ShowPracticeMailbox(shell);
+  return may;
+}
 
 bool HasSubject(Shell& shell) {
   document::MessageDocument message;
@@ -75,8 +85,7 @@ Result<void> DoStep(Shell& shell, TutorialStep step) {
     case TutorialStep::kSend:
       return OpenSending(shell);
     case TutorialStep::kArrived:
-      ShowPracticeMailbox(shell);
-      break;
+      return ShowArrived(shell);
     case TutorialStep::kReal:
       if (shell.practice.practice().is_on()) shell.notices.EndPractice();
       break;
