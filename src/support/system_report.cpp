@@ -148,7 +148,7 @@ std::string Shown(const std::string& value, const SettingRow& row, const Secrets
 Result<std::string> ValueOf(const SettingRow& row, const profile::SettingsStore& settings, const Secrets& secrets) {
   const auto value = settings.Read(row.section, row.key, FallbackOf(row));
   if (!value || row.key != "CustomValue") return value ? Shown(*value, row, secrets) : value;
-  const auto header = settings.Read(row.section, "CustomHeader", "");
+  auto header = settings.Read(row.section, "CustomHeader", "");
   if (!header) return header;
   return IsSecretHeader(*header) && !value->empty() ? std::string(kHidden) : Shown(*value, row, secrets);
 }
