@@ -10,8 +10,8 @@
 
 namespace quillcast::test {
 
-// What has the keyboard as Tab, or Shift and Tab, is pressed again and again, from where it is until it comes to a place
-// once more. A page with links is one place.
+// What has the keyboard as Tab, or Shift and Tab, is pressed again and again, from where it is until it comes to a
+// place once more. A page with links is one place.
 inline QList<QWidget*> TabWalk(QWidget& window, Qt::KeyboardModifiers with = Qt::NoModifier) {
   QList<QWidget*> walk;
   QWidget* at = window.focusWidget();
