@@ -76,7 +76,7 @@ std::optional<Finding> GivenUp(const SpfCost& cost) {
 }
 
 // Addresses that nobody sends from (RFC 5771, RFC 1112; RFC 3849, RFC 9637), two of each family: a record that lets
-// both through lets the whole family through.
+// both through lets the whole family through. None has a reverse name, as a stranger mostly does.
 constexpr std::array kNobodys = {std::array{"233.252.0.1", "240.0.0.1"}, std::array{"2001:db8::1", "3fff::1"}};
 
 // kPass where one family passes whole.
@@ -86,7 +86,7 @@ SpfResult EvaluateNobody(Answers& answers, SpfSender sender) {
     int passing = 0;
     for (const char* address : family) {
       sender.address = *net::ParseIpAddress(address);
-      const SpfResult result = EvaluateSpf(answers, sender);
+      const SpfResult result = EvaluateSpf(answers, sender, true);
       if (result == SpfResult::kPending) any = result;
       if (result == SpfResult::kPass) ++passing;
     }

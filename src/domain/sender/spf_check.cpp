@@ -12,7 +12,8 @@ using State = SpfPublished::State;
 // One sender against one record after the other.
 class Evaluation {
  public:
-  Evaluation(Answers& answers, const SpfSender& sender) : answers_(answers), sender_(sender) {}
+  Evaluation(Answers& answers, const SpfSender& sender, bool may_have_name)
+      : answers_(answers), sender_(sender), may_have_name_(may_have_name) {}
 
   SpfResult Check(const std::string& domain) {
     const SpfPublished found = FindSpf(answers_, domain);
@@ -156,7 +157,9 @@ class Evaluation {
   // RFC 7208 5.5: a name of the address that ends in `domain` and leads back to the address.
   Match HasReverseName(const std::string& domain) {
     const std::vector<net::DnsRecord>* names = nullptr;
-    const Match found = Find(net::ReverseName(sender_.address), DnsType::kPtr, names);
+    const std::string reverse = net::ReverseName(sender_.address);
+    const Match found =
+        may_have_name_ ? FindBehind(reverse, DnsType::kPtr, names) : Find(reverse, DnsType::kPtr, names);
     if (found == Match::kTemporaryError) return Match::kNo;
     if (found != Match::kYes) return found;
     const auto is_below = [&](const std::string& name) { return name == domain || name.ends_with("." + domain); };
@@ -172,6 +175,7 @@ class Evaluation {
 
   Answers& answers_;
   const SpfSender& sender_;
+  const bool may_have_name_;
   int lookups_ = 0;
   int voids_ = 0;
 };
@@ -200,8 +204,8 @@ SpfPublished FindSpf(Answers& answers, const std::string& domain) {
   return found;
 }
 
-SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender) {
-  return Evaluation(answers, sender).Check(sender.domain);
+SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender, bool may_have_name) {
+  return Evaluation(answers, sender, may_have_name).Check(sender.domain);
 }
 
 }  // namespace quillcast::domain

@@ -50,7 +50,8 @@ struct SpfCost {
 };
 SpfCost CountSpf(Answers& answers, const SpfSender& sender);  // in spf_count.cpp
 
-// The check of one sender, with the limits that receivers keep.
-SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender);
+// The check of one sender, with the limits that receivers keep. `may_have_name` is for an address that stands for
+// others, most of which have a reverse name: that it has none itself is then no void look-up.
+SpfResult EvaluateSpf(Answers& answers, const SpfSender& sender, bool may_have_name = false);
 
 }  // namespace quillcast::domain
