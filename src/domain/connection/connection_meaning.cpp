@@ -188,6 +188,9 @@ std::vector<Sentence> OfTalk(const ConnectionTest& test, ConnectionVerdict verdi
               "It is overloaded, or a firewall is in between."};
     case kHungUp:
       return {"This server ended the connection without a word.", "Ask whoever runs it whether it serves you."};
+    case kBrokeOff:
+      return {"This server ended the connection in the middle of the conversation.",
+              "Ask whoever runs it whether it serves you."};
     case kCancelled:
       return {"The test was cancelled."};
     default:

@@ -56,7 +56,7 @@ ConnectionVerdict OfBreakingOff(const ConnectionTest& test) {
   if (test.outcome.reply.code / 100 == 4) return kTurnedAwayForNow;
   if (test.outcome.reply.code / 100 == 5) return is_first ? kTurnedAway : kHelloRefused;
   if (test.outcome.code == ResultCode::kReplyTimeout) return is_first ? kSilent : kStoppedAnswering;
-  if (test.outcome.code == ResultCode::kConnectionLost) return kHungUp;
+  if (test.outcome.code == ResultCode::kConnectionLost) return is_first ? kHungUp : kBrokeOff;
   if (test.outcome.code == ResultCode::kBadResponse) return kNoMailServer;
   const bool lacks_tls = test.in_clear && !test.in_clear->known.starttls && test.security == smtp::Security::kStartTls;
   return lacks_tls ? kNoStartTls : kOther;
@@ -102,6 +102,7 @@ constexpr std::array kRows{
     VerdictRow{kSilent, "silent", VerdictGroup::kConversation},
     VerdictRow{kStoppedAnswering, "stopped-answering", VerdictGroup::kConversation},
     VerdictRow{kHungUp, "hung-up", VerdictGroup::kConversation},
+    VerdictRow{kBrokeOff, "broke-off", VerdictGroup::kConversation},
     VerdictRow{kCancelled, "cancelled", VerdictGroup::kConversation},
     VerdictRow{kOther, "other", VerdictGroup::kConversation},
 };

@@ -44,7 +44,8 @@ enum class ConnectionVerdict {
   kHelloRefused,
   kSilent,
   kStoppedAnswering,
-  kHungUp,
+  kHungUp,    // in place of a greeting
+  kBrokeOff,  // after it
   kCancelled,
   kOther,
 };

@@ -29,7 +29,7 @@ using smtp::kHour;
 using smtp::Peer;
 using testing::HasSubstr;
 
-enum class Then { kGoesOn, kHangsUp, kStalls, kDrips, kFloods };
+enum class Then { kGoesOn, kHangsUp, kHangsUpAtHello, kHangsUpAtStartTls, kStalls, kDrips, kFloods };
 
 // What a server says where. `greeting` may be anything; what follows it is `then`.
 struct Script {
@@ -76,10 +76,12 @@ void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
   if (script.then == Then::kHangsUp) return;
   for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
     if (line.starts_with("EHLO") || line.starts_with("HELO")) {
+      if (script.then == Then::kHangsUpAtHello) return;
       const std::string& reply = secure ? script.secure : script.clear;
       if (reply.empty()) return peer.Stall();
       peer.Say(reply);
     } else if (line == "STARTTLS") {
+      if (script.then == Then::kHangsUpAtStartTls) return;
       peer.Say(script.starttls);
       if (!script.starttls.starts_with("220")) continue;
       if (script.text_goes_on) {
@@ -261,6 +263,12 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             "Automatic",
             16,
             "ended the connection without a word."},
+           {"broke-off", {.then = Then::kHangsUpAtHello}, "Automatic", 16, "ended the connection in the middle of"},
+           {"broke-off",
+            {.then = Then::kHangsUpAtStartTls, .clear = kOffersTls},
+            "STARTTLS",
+            16,
+            "in the middle of the conversation."},
            {"unknown-sign-in",
             {.greeting = escape, .clear = "250-mx\r\n250-X\x1B[2J\r\n250 AUTH LOGIN\x1B[1m\r\n"},
             "Automatic",
