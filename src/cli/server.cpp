@@ -151,7 +151,8 @@ void AddServerCommand(CLI::App& app, Context& context) {
   test->add_option("--security", request->security, "As in the account: Automatic, STARTTLS, TLS or None")
       ->type_name("KIND")
       ->transform(CLI::IsMember(std::vector<std::string>(choices.begin(), choices.end()), CLI::ignore_case));
-  test->add_option("--timeout", request->patience, "Seconds for each step; twice as many for the whole")
+  test->add_option("--timeout", request->patience,
+                   "Seconds for each step; twice as many for the whole, and 10 more where servers say nothing")
       ->type_name("SECONDS")
       ->check(CLI::Range(1, kLongestPatience))
       ->capture_default_str();

@@ -1,5 +1,9 @@
 #include "domain/connection/connection_meaning.h"
 
+#include <fmt/format.h>
+
+#include <chrono>
+
 #include "domain/connection/connection_facts.h"
 #include "domain/connection/connection_verdict.h"
 #include "net/address.h"
@@ -219,6 +223,16 @@ std::vector<Sentence> OfServer(const ConnectionTest& test) {
   return OfTalk(test, verdict);
 }
 
+// Of a server that others left less time than it would have had alone.
+void AddCut(const ConnectionTest& test, std::vector<Sentence>& meaning) {
+  if (!test.cut_short) return;
+  platform::Duration whole{};
+  for (const StepTime& step : test.steps) whole += step.took;
+  const double seconds = std::chrono::duration<double>(whole).count();
+  meaning.push_back(Say("{} was given {} s alone: there was no time left for more.", TextOf(test.server),
+                        fmt::format("{:.1f}", seconds)));
+}
+
 }  // namespace
 
 std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
@@ -227,8 +241,10 @@ std::vector<Sentence> MeaningOf(const ConnectionTest& test) {
                                        ? Say("Of the servers {} is the first that works.", TextOf(test.server))
                                        : Say("None of the servers that were tried works. Of {}:", TextOf(test.server))};
   for (Sentence& sentence : OfServer(test)) meaning.push_back(std::move(sentence));
+  AddCut(test, meaning);
   for (const ConnectionTest& other : test.others) {
     meaning.push_back(Say("{} was tried too: {}", TextOf(other.server), OfServer(other).front()));
+    AddCut(other, meaning);
   }
   if (test.untried.empty()) return meaning;
   std::vector<std::string> untried;

@@ -74,6 +74,7 @@ ConnectionTest ConnectionRecord::Finish(smtp::Outcome outcome) {
 
 void ConnectionRecord::LogLine(std::string_view line) {
   Try& now = tries_.back();
+  now.test.said_anything = true;
   if (++now.lines <= kMostLines) now.conversation.append(line).append("\r\n");
   if (now.lines == kMostLines + 1) now.conversation += "...\r\n";
 }

@@ -19,8 +19,6 @@ class ConnectionRecord final : public smtp::JobSource, public smtp::ConnectionWa
 
   // The test of the server that is told, with the outcome of the whole, and beside it the others.
   ConnectionTest Finish(smtp::Outcome outcome);
-  // Of the server that is told, once it is finished.
-  bool said_anything() const { return told_ && tries_[*told_].lines > 0; }
   std::size_t tries() const { return tries_.size(); }
 
   smtp::Job* NextJob() override { return nullptr; }

@@ -11,21 +11,30 @@ namespace {
 
 using smtp::ConnectionStep;
 
-constexpr std::chrono::seconds kSecondTry{10};
-constexpr int kMostSteps = 2;  // as many times the patience of one step the whole may take
+using smtp::ResultCode;
+
+constexpr std::chrono::seconds kSecondTries{10};  // all of them together
+constexpr int kMostSteps = 2;  // as many times the patience of one step the first tries may take together
+
+// A wait that is cut by the end of all ends clearly before its own.
+bool WasCutShort(const ConnectionTest& test, std::chrono::seconds patience) {
+  const ResultCode code = test.outcome.code;
+  const bool is_late =
+      code == ResultCode::kReplyTimeout || code == ResultCode::kConnectTimeout || code == ResultCode::kResolveTimeout;
+  return is_late && !test.steps.empty() && test.steps.back().took < platform::Duration(patience) * 9 / 10;
+}
 
 // Whether it may be a server that waits for the other side to begin TLS.
-bool SaidNothing(const ConnectionTest& test, const ConnectionRecord& record) {
+bool SaidNothing(const ConnectionTest& test) {
   const bool is_silent =
-      test.outcome.code == smtp::ResultCode::kReplyTimeout || test.outcome.code == smtp::ResultCode::kConnectionLost;
-  return is_silent && test.last_step() == ConnectionStep::kGreeting && !test.tls && !record.said_anything();
+      test.outcome.code == ResultCode::kReplyTimeout || test.outcome.code == ResultCode::kConnectionLost;
+  return is_silent && test.last_step() == ConnectionStep::kGreeting && !test.tls && !test.said_anything;
 }
 
 void TryUnderTls(ConnectionTest& test, smtp::ClientOptions options, const platform::Clock& clock,
                  const platform::CancelToken& cancel, const net::Deadline& until) {
   options.servers = {test.server};
   options.security = smtp::Security::kTls;
-  options.timeout = std::min(options.timeout, kSecondTry);
   ConnectionRecord second(clock);
   const auto tried = second.Finish(smtp::Client(std::move(options), clock, cancel).Test(second, &second, until));
   if (!tried.tls || (tried.tls->version.empty() && !tried.tls->certificate)) return;
@@ -33,23 +42,35 @@ void TryUnderTls(ConnectionTest& test, smtp::ClientOptions options, const platfo
   test.tls = tried.tls;
 }
 
+// Each gets an equal share of what the ones before it left.
+void TryUnderTls(const std::vector<ConnectionTest*>& silent, smtp::ClientOptions options, const platform::Clock& clock,
+                 const platform::CancelToken& cancel) {
+  options.timeout = std::min(options.timeout, kSecondTries);
+  const platform::Instant end = clock.Monotonic() + options.timeout;
+  for (std::size_t n = 0; n < silent.size(); ++n) {
+    const platform::Instant now = clock.Monotonic();
+    const platform::Duration share = (end - now) / static_cast<platform::Duration::rep>(silent.size() - n);
+    TryUnderTls(*silent[n], options, clock, cancel, net::Deadline::After(now, share));
+  }
+}
+
 }  // namespace
 
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel) {
   ConnectionRecord record(clock);
-  const auto began = clock.Monotonic();
-  const platform::Duration whole = kMostSteps * options.timeout;
-  // Silent servers of a list would use up the time in which the first of them is to be tried under TLS.
-  const platform::Duration kept =
-      options.servers.size() > 1 ? std::min<platform::Duration>(kSecondTry, platform::Duration(options.timeout) / 2)
-                                 : platform::Duration::zero();
-  auto test = record.Finish(
-      smtp::Client(options, clock, cancel).Test(record, &record, net::Deadline::After(began, whole - kept)));
-  test.security = options.security;
-  for (ConnectionTest& other : test.others) other.security = options.security;
+  const auto until = net::Deadline::After(clock.Monotonic(), kMostSteps * options.timeout);
+  auto test = record.Finish(smtp::Client(options, clock, cancel).Test(record, &record, until));
   for (std::size_t n = record.tries(); n < options.servers.size(); ++n) test.untried.push_back(options.servers[n]);
-  if (SaidNothing(test, record)) TryUnderTls(test, options, clock, cancel, net::Deadline::After(began, whole));
+  std::vector<ConnectionTest*> all = {&test};
+  for (ConnectionTest& other : test.others) all.push_back(&other);
+  std::vector<ConnectionTest*> silent;
+  for (ConnectionTest* one : all) {
+    one->security = options.security;
+    one->cut_short = WasCutShort(*one, options.timeout);
+    if (SaidNothing(*one)) silent.push_back(one);
+  }
+  TryUnderTls(silent, options, clock, cancel);
   return test;
 }
 

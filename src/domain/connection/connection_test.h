@@ -43,8 +43,10 @@ struct ConnectionTest {
   std::optional<net::TlsFacts> tls;
   std::optional<Offer> in_clear;
   std::optional<Offer> under_tls;
-  std::string odd;          // the beginning of what is no reply, safe to show
-  bool speaks_tls = false;  // it said nothing in clear, and then took a handshake
+  std::string odd;             // the beginning of what is no reply, safe to show
+  bool said_anything = false;  // a whole reply
+  bool speaks_tls = false;     // it said nothing in clear, and then took a handshake
+  bool cut_short = false;      // the time for all was up before that for its step
 
   // Of a list, which is tried in its order until one takes mail:
   std::vector<ConnectionTest> others;  // that failed as well, each without others of its own
@@ -62,7 +64,8 @@ struct ConnectionTest {
 
 // Ends within a quarter of a second of a cancel, with kCancelled in the outcome, and by itself after twice the time
 // that the options give one step, whatever comes. Of a list that has no server that takes mail the first is told that
-// could be found. One that says nothing at all is tried once more under TLS, 10 seconds at most.
+// could be found. Each that says nothing at all is tried once more under TLS when all were tried: that takes 10 seconds
+// more at most, for all of them together.
 ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform::Clock& clock,
                               const platform::CancelToken& cancel);
 

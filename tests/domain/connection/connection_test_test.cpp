@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <thread>
-#include <variant>
 
 #include "domain/connection/connection_facts.h"
 #include "domain/connection/connection_input.h"
@@ -36,6 +36,7 @@ struct Script {
   bool tls_at_once = false;
   std::string greeting = "220 mx ESMTP\r\n";
   Then then = Then::kGoesOn;
+  std::chrono::milliseconds after{};                                           // the greeting comes
   std::string clear = "250-mx\r\n250-PIPELINING\r\n250 AUTH LOGIN PLAIN\r\n";  // to EHLO; empty: it stalls there
   std::string starttls = "220 go\r\n";
   bool text_goes_on = false;  // after STARTTLS
@@ -71,6 +72,7 @@ void Serve(Peer& peer, const Script& script, SSL_CTX* context) {
     default:
       break;
   }
+  std::this_thread::sleep_for(script.after);
   if (!script.greeting.empty()) peer.Say(script.greeting);
   if (script.then == Then::kStalls) return peer.Stall();
   if (script.then == Then::kHangsUp) return;
@@ -450,76 +452,101 @@ TEST_F(ConnectionTests, EndsInTime) {
   EXPECT_THAT(Words(silent), HasSubstr("There was no time left to try 127.0.0.1:N, [2001:db8::1]:25."));
 }
 
-// Of the list the one whose failure is told, as if it stood alone: nothing of the others is in its report and verdict.
+// Of each server of a list what would be told of it alone: nothing of the others is in its report and verdict.
 TEST_F(ConnectionTests, TellsOfOneServerAlone) {
   const Certificate good = smtp::Make("mx", "DNS:localhost,IP:127.0.0.1", &ca_, -kHour, kHour);
   const auto context = smtp::ServerContext(good);
-  const Script refuses{.greeting = "554 no service for you\r\n", .then = Then::kHangsUp};
-  const Script hangs_up{.greeting = "", .then = Then::kHangsUp};
-  const Script silent{.greeting = "", .then = Then::kStalls};
-  const Script stops{.clear = ""};
-  const Script refuses_tls{.clear = kOffersTls, .starttls = "454 no\r\n"};
-  const Script waits_for_tls{.tls_at_once = true};
+  std::vector<std::unique_ptr<smtp::ScriptedServer>> running;
+  const auto start = [&](const Script& script) {
+    running.push_back(std::make_unique<smtp::ScriptedServer>(
+        [script, &context](Peer& peer, int) { Serve(peer, script, context.get()); }));
+    return smtp::Server{"localhost", running.back()->port()};
+  };
+  const auto works = start({});
+  const auto parts_badly = start({.quit = "550 stay\r\n"});
+  const auto refuses = start({.greeting = "554 no service for you\r\n", .then = Then::kHangsUp});
+  const auto hangs_up = start({.greeting = "", .then = Then::kHangsUp});
+  const auto silent = start({.greeting = "", .then = Then::kStalls});
+  const auto stops = start({.clear = ""});
+  const auto stops_late = start({.after = 700ms, .clear = ""});
+  const auto greets_late = start({.after = 700ms});
+  const auto refuses_tls = start({.clear = kOffersTls, .starttls = "454 no\r\n"});
+  const auto waits_for_tls = start({.tls_at_once = true});
   const smtp::Server nowhere{"127.0.0.1", 1};  // nothing listens
   const smtp::Server unknown{"a..b", 25};
-  using Kind = std::variant<Script, smtp::Server>;
   struct Case {
     const char* verdict;
     std::size_t told;
-    std::vector<Kind> servers;
+    std::vector<smtp::Server> servers;
     std::vector<const char*> beside = {};  // what is said of the others
+    const char* security = "Automatic";
   };
-  for (const Case& c : std::initializer_list<Case>{{"turned-away",
-                                                    0,
-                                                    {refuses, stops},
-                                                    {"None of the servers that were tried works. Of localhost:N: This",
-                                                     " was tried too: This server stopped answering in the middle"}},
-                                                   {"in-clear",
-                                                    1,
-                                                    {refuses, Script{}, nowhere},
-                                                    {"Of the servers localhost:N is the first that works. This",
-                                                     " was tried too: This server wants no connection from here: 554",
-                                                     "Not tried, as this one works: 127.0.0.1:1."}},
-                                                   {"parts-badly",
-                                                    1,
-                                                    {nowhere, Script{.quit = "550 stay\r\n"}},
-                                                    {"Of the servers localhost:N is the first that works."}},
-                                                   {"stopped-answering", 0, {stops, refuses}},
-                                                   {"hung-up", 0, {hangs_up, refuses}},
-                                                   {"hung-up", 0, {hangs_up, waits_for_tls}},
-                                                   {"silent", 0, {silent, refuses}},
-                                                   {"starttls-refused", 0, {refuses_tls, refuses}},
-                                                   {"speaks-tls", 0, {waits_for_tls, refuses}},
-                                                   {"speaks-tls", 0, {waits_for_tls, waits_for_tls}},
-                                                   {"port-refused", 0, {nowhere, refuses}},
-                                                   {"turned-away", 1, {unknown, refuses}},
-                                                   {"turned-away", 1, {unknown, refuses, unknown, hangs_up}},
-                                                   {"name-unknown", 0, {unknown, smtp::Server{"c..d", 25}}}}) {
-    std::vector<std::unique_ptr<smtp::ScriptedServer>> running;
-    auto options = *TestOptions("127.0.0.1", "25", "Automatic", 1s);
+  const auto test_of = [&](std::vector<smtp::Server> servers, const char* security) {
+    auto options = *TestOptions("127.0.0.1", "25", security, 1s);
     options.ca_file = CaFile();
-    options.servers.clear();
-    for (const Kind& kind : c.servers) {
-      if (const auto* script = std::get_if<Script>(&kind)) {
-        running.push_back(std::make_unique<smtp::ScriptedServer>(
-            [script, &context](Peer& peer, int) { Serve(peer, *script, context.get()); }));
-      }
-      const auto* server = std::get_if<smtp::Server>(&kind);
-      options.servers.push_back(server != nullptr ? *server : smtp::Server{"localhost", running.back()->port()});
-    }
-    auto alone = options;
-    alone.servers = {options.servers[c.told]};
-    const auto test = TestConnection(options, clock_, cancel_);
-    const auto wanted = TestConnection(alone, clock_, cancel_);
+    options.servers = std::move(servers);
+    return TestConnection(options, clock_, cancel_);
+  };
+  std::map<std::string, ConnectionTest> alone;
+  const auto test_alone = [&](const smtp::Server& server, const char* security) -> const ConnectionTest& {
+    const std::string key = TextOf(server) + security;
+    if (!alone.contains(key)) alone[key] = test_of({server}, security);
+    return alone[key];
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"turned-away",
+            0,
+            {refuses, stops},
+            {"None of the servers that were tried works. Of localhost:N: This",
+             " was tried too: This server stopped answering in the middle"}},
+           {"in-clear",
+            1,
+            {refuses, works, nowhere},
+            {"Of the servers localhost:N is the first that works. This",
+             " was tried too: This server wants no connection from here: 554",
+             "Not tried, as this one works: 127.0.0.1:1."}},
+           {"parts-badly", 1, {nowhere, parts_badly}, {"Of the servers localhost:N is the first that works."}},
+           {"turned-away",
+            0,
+            {refuses, works},
+            {" was tried too: This server does not offer STARTTLS on port"},
+            "STARTTLS"},
+           {"stopped-answering", 0, {stops, refuses}},
+           {"stopped-answering",
+            0,
+            {stops_late, silent},
+            {" was tried too: Something takes connections", " was given 0.",
+             " s alone: there was no time left for more."}},
+           {"hung-up", 0, {hangs_up, refuses}},
+           {"hung-up", 0, {hangs_up, waits_for_tls}},
+           {"silent", 0, {silent, refuses}},
+           {"in-clear", 1, {silent, greets_late}},
+           {"starttls-refused", 0, {refuses_tls, refuses}},
+           {"speaks-tls", 0, {waits_for_tls, refuses}},
+           {"speaks-tls", 0, {waits_for_tls, waits_for_tls}},
+           {"in-clear", 1, {waits_for_tls, works}},
+           {"port-refused", 0, {nowhere, refuses}},
+           {"port-refused", 0, {nowhere, silent, waits_for_tls}},
+           {"turned-away", 1, {unknown, refuses}},
+           {"turned-away", 1, {unknown, refuses, unknown, hangs_up}},
+           {"name-unknown", 0, {unknown, smtp::Server{"c..d", 25}}}}) {
+    const smtp::Server& server = c.servers[c.told];
+    const auto test = test_of(c.servers, c.security);
+    const auto& wanted = test_alone(server, c.security);
     SCOPED_TRACE(fmt::format("{} of {}", c.verdict, c.servers.size()));
-    EXPECT_EQ(test.server.host, alone.servers[0].host);
-    EXPECT_EQ(test.server.port, alone.servers[0].port);
+    EXPECT_EQ(TextOf(test.server), TextOf(server));
     EXPECT_EQ(WordOf(VerdictOf(test)), c.verdict);
     EXPECT_EQ(test.report, wanted.report);
     EXPECT_EQ(test.steps.size(), wanted.steps.size());
     EXPECT_LT(test.steps.back().took, wanted.steps.back().took + 900ms);
-    port = alone.servers[0].port;
+    port = server.port;
     EXPECT_THAT(Words(test), HasSubstr(Words(wanted)));
+    EXPECT_EQ(test.others.size() + test.untried.size() + 1, c.servers.size());
+    for (std::size_t n = 0; n < test.others.size(); ++n) {
+      const auto& other = test_alone(c.servers[n < c.told ? n : n + 1], c.security);
+      EXPECT_EQ(WordOf(VerdictOf(test.others[n])), WordOf(VerdictOf(other)));
+      EXPECT_EQ(test.others[n].report, other.report);
+    }
     for (const char* words : c.beside) EXPECT_THAT(Words(test), HasSubstr(words));
   }
   smtp::Free(good);
