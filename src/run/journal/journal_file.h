@@ -20,7 +20,8 @@ struct JournalPlace {
   std::string boot = ThisBoot();  // which of the computer's starts this is
   const platform::Clock* clock = nullptr;
   Disk* disk = nullptr;  // the system's where there is none
-  platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};
+  platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};  // a cancel ends what is no sending
+  int long_log = 8192;  // pages that the log grows by until it is taken into the file: 32 MiB
 
   Disk& TheDisk() const;
   std::filesystem::path Locks() const;  // beside it

@@ -246,7 +246,14 @@ Result<MailingEntry> SqliteRunJournal::Find(RunId run) { return OfJournal(FindMa
 
 Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
                                      const std::function<Result<bool>(const JournalRow&)>& visit) {
-  return OfJournal(VisitRows(database_, place_, mailing, states, skip, visit));
+  std::optional<Error> theirs;
+  const auto watched = [&](const JournalRow& row) {
+    auto on = visit(row);
+    if (!on) theirs = on.error();
+    return on;
+  };
+  auto visited = VisitRows(database_, place_, mailing, states, skip, watched);
+  return theirs ? Result<void>(*theirs) : OfJournal(std::move(visited));
 }
 
 Result<NewMailing> SqliteRunJournal::Inputs(MailingId mailing) { return OfJournal(ReadInputs(database_, mailing)); }

@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::int64_t kBatch = kDoubtful / 2;
 constexpr std::size_t kKnownBatches = 4;
-// The log is taken into the file whenever it has grown by 32 MiB.
-constexpr int kLongLog = 4096;
 
 // So much of what a server says of one recipient is kept, which can be most of a megabyte.
 std::string Cut(std::string_view text) {
@@ -197,9 +195,9 @@ void SqliteJournalledRun::Written() {
   words_.Written();
   ++commits_;
   if (to_be_durable_ == commits_) sync_->Ask(commits_);
-  if (log_pages_ < kLongLog) long_log_ = kLongLog;  // it was begun anew
+  if (log_pages_ < place_.long_log) long_log_ = place_.long_log;  // it was begun anew
   if (log_pages_ >= long_log_) {
-    long_log_ = log_pages_ + kLongLog;
+    long_log_ = log_pages_ + place_.long_log;
     sync_->Shorten();
   }
 }

@@ -89,9 +89,10 @@ class JournalledRun {
   virtual void Settled(std::int64_t position, const smtp::Outcome& outcome) = 0;
   // Keeps all that was told since the last time, as one: what returned well outlives a kill of this process, and, but
   // for the last kDoubtful recipients, a loss of power. Waits for the disk where that takes longer than sending. After
-  // a failure nothing is to be sent any more: what stands in the journal is then what stood there before.
+  // a failure nothing is to be sent any more; what was told is not lost, and the next Record or End tries it again.
   virtual Result<void> Record() = 0;
-  // At the run's own end. Fails as Record does.
+  // At the run's own end: who is in flight still is unknown, and somebody else may take the mailing up. Fails as Record
+  // does, and may be tried again.
   virtual Result<void> End() = 0;
 };
 

@@ -163,6 +163,20 @@ Result<std::unique_ptr<SqliteRunJournal>> SqliteRunJournal::Open(const JournalPl
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                                const std::optional<recipients::PartialRange>& range,
                                                                std::string history) {
+  auto run = Freeze(mailing, rows, range, std::move(history));
+  // What was written of it is still in the log, which may be long.
+  if (!run) IgnoreErrors(TakeLogIntoFile(place_, std::chrono::seconds(1), true));
+  return run;
+}
+
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+                                                              std::string history) {
+  return OfJournal(TakeUp(mailing, kind, states, std::move(history)));
+}
+
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing& mailing, recipients::RowSource& rows,
+                                                                const std::optional<recipients::PartialRange>& range,
+                                                                std::string history) {
   auto beginning = Beginning::On(place_);
   if (!beginning) return beginning.error();
   platform::Database& database = *beginning->database;
@@ -199,8 +213,8 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing&
                                     *std::move(lock), run);
 }
 
-Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind, const StateSet& states,
-                                                              std::string history) {
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailing, RunKind kind, const StateSet& states,
+                                                                std::string history) {
   // First: nothing that is read afterwards changes under us, and nobody who has it is mistaken for gone.
   auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();

@@ -35,6 +35,11 @@ class SqliteRunJournal final : public RunJournal {
  private:
   SqliteRunJournal(JournalPlace place, platform::Database database)
       : place_(std::move(place)), database_(std::move(database)) {}
+  Result<std::unique_ptr<JournalledRun>> Freeze(const NewMailing& mailing, recipients::RowSource& rows,
+                                                const std::optional<recipients::PartialRange>& range,
+                                                std::string history);
+  Result<std::unique_ptr<JournalledRun>> TakeUp(MailingId mailing, RunKind kind, const StateSet& states,
+                                                std::string history);
 
   JournalPlace place_;
   platform::Database database_;

@@ -1,0 +1,86 @@
+// A computer that loses its power at any moment: nobody whose message may be out counts as not tried, and few are in
+// doubt.
+#include "run/journal/power_cut.h"
+
+#include "run/journal/sending.h"
+
+namespace quillcast::run {
+namespace {
+
+class PowerCutTest : public JournalTest {
+ protected:
+  // Where the power goes now.
+  void Check(const Sending& sending, const std::string& when) {
+    const auto journal = OpenJournal("tuesday", root_ / "left");
+    const auto list = Take(journal->List());
+    const std::string states = list.empty() ? "" : States(*journal);
+    const std::string told = sending.After();
+    std::int64_t doubtful = 0;
+    for (std::size_t i = 0; i < told.size(); ++i) {
+      const char state = i < states.size() ? states[i] : '-';
+      const bool is_out = sending.out.contains(static_cast<std::int64_t>(i) + 1);
+      EXPECT_FALSE(is_out && state == '-') << when << ": " << i + 1 << " would get it twice";
+      EXPECT_TRUE(state == '-' || state == 'u' || state == told[i]) << when << ": " << i + 1 << " " << state << told[i];
+      if (state == 'u' && told[i] != 'u') ++doubtful;
+    }
+    EXPECT_LE(doubtful, kDoubtful) << when;
+  }
+};
+
+TEST_F(PowerCutTest, LeavesFewInDoubtAndNobodyForgotten) {
+  for (const auto& [window, recipients] : {std::pair{1, 700}, {8, 1500}, {100, 1500}}) {
+    std::filesystem::remove_all(root_.path());
+    std::filesystem::create_directories(root_.path() / "journal");
+    std::mt19937 random(window);
+    test::PowerCut power(root_ / "journal");
+    auto place = Place("monday", root_ / "journal");
+    place.long_log = 60;  // it is taken into the file several times
+    const auto journal = Take(SqliteRunJournal::Open(place));
+    auto run = BeginWith(*journal, recipients);
+    Sending sending(*run, std::string(recipients, '-'), random, window);
+    for (int turn = 0; sending.Turn(); ++turn) {
+      const std::string when = std::to_string(window) + " in flight, turn " + std::to_string(turn);
+      if (random() % 8 != 0) continue;
+      power.Leave(root_ / "left");
+      Check(sending, when);
+      power.LeaveTorn(root_ / "left", random);
+      Check(sending, when + ", torn");
+    }
+    Take(run->End());
+    power.Leave(root_ / "left");
+    EXPECT_EQ(States(*OpenJournal("tuesday", root_ / "left")), sending.After()) << "whoever ended has lost nothing";
+    run.reset();
+  }
+}
+
+TEST_F(PowerCutTest, NothingGoesOutWhereTheDiskDoesNotTake) {
+  std::filesystem::create_directories(root_ / "journal");
+  test::PowerCut power(root_ / "journal");
+  const auto journal = OpenJournal("monday", root_ / "journal");
+  auto run = BeginWith(*journal, 1000);
+  std::mt19937 random(1);
+  Sending sending(*run, std::string(1000, '-'), random, 20);
+  for (int turn = 0; turn < 40; ++turn) sending.Turn();
+  power.Break();
+  try {
+    for (int turn = 0; turn < 200; ++turn) sending.Turn();
+    ADD_FAILURE() << "they went out";
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string_view(error.what()).find("runs.db-wal"), std::string_view::npos) << error.what();
+  }
+  EXPECT_LT(sending.out.size(), 1000U);
+  power.Leave(root_ / "left");
+  Check(sending, "broken");
+  // Nobody goes out from then on, and what becomes of the others is kept all the same.
+  for (const std::int64_t position : Given(*run, 200)) run->GoesOut(position);
+  const auto again = run->Record();
+  ASSERT_FALSE(again);
+  EXPECT_EQ(again.error().failure, Failure::kIo);
+  const std::int64_t answered = sending.out.rbegin()->first;
+  run->Settled(answered, Sent(answered));
+  Take(run->Record());
+  EXPECT_EQ(States(*journal)[answered - 1], 's');
+}
+
+}  // namespace
+}  // namespace quillcast::run
