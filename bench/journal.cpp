@@ -1,4 +1,5 @@
-// What the journal of a run costs, and what it tells, against a plain table with a row for each recipient.
+// What the journal of a run costs while the run goes on and what it tells afterwards, against a table of the same
+// results with a row for each recipient and an index of the states.
 //   bench_journal FOLDER RECIPIENTS
 #include <fmt/format.h>
 #include <sys/resource.h>
@@ -9,6 +10,8 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "run/journal/sqlite_run_journal.h"
 
@@ -16,14 +19,25 @@ namespace quillcast {
 namespace {
 
 namespace fs = std::filesystem;
+using run::ResultState;
 
 double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+
+// Of all threads.
+double CpuNow() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
 
 double Seconds(const std::function<void()>& work) {
   const double begin = Now();
   work();
   return Now() - begin;
 }
+
+void Tell(const char* what, double seconds) { fmt::print("{:<46} {:9.1f} ms\n", what, 1e3 * seconds); }
 
 template <typename T>
 T Take(Result<T> result) {
@@ -43,21 +57,23 @@ long PeakMiB() {
   return -1;
 }
 
-recipients::Recipient RowAt(std::int64_t position) {
-  recipients::Recipient row;
-  row.values[0] = fmt::format("user{}.{}@example{}.org", position * 2654435761 % 4294967296, position, position % 50);
-  row.values[2] = fmt::format("First{}", position % 997);
-  row.values[3] = fmt::format("Last{}", position % 9973);
-  row.values[6] = fmt::format("Town{}", position % 211);
-  return row;
+double SizeOf(const fs::path& folder) {
+  double size = 0;
+  for (const auto& entry : fs::directory_iterator(folder)) size += static_cast<double>(entry.file_size());
+  return size;
 }
 
+// Names and towns as lists of customers have them.
 class Rows final : public recipients::RowSource {
  public:
   explicit Rows(std::int64_t count) : count_(count) {}
-  Result<bool> Next(recipients::Recipient& recipient) override {
+  Result<bool> Next(recipients::Recipient& row) override {
     if (next_ > count_) return false;
-    recipient = RowAt(next_++);
+    const std::int64_t at = next_++;
+    row.values[0] = fmt::format("user{}.{}@example{}.org", at * 2654435761 % 4294967296, at, at % 50);
+    row.values[2] = fmt::format("First{}", at % 997);
+    row.values[3] = fmt::format("Last{}", at % 9973);
+    row.values[6] = fmt::format("Town{}", at % 211);
     return true;
   }
 
@@ -66,24 +82,23 @@ class Rows final : public recipients::RowSource {
   std::int64_t next_ = 1;
 };
 
-// One in a hundred is deferred, one in a hundred refused.
+// One in a hundred is deferred, one in a hundred refused; each queue has a number of its own.
 smtp::Outcome OutcomeOf(std::int64_t position) {
-  smtp::Outcome outcome{smtp::State::kSent, smtp::ResultCode::kSuccess, {250, "2.0.0", ""}, "", true};
-  outcome.reply.text = fmt::format("Ok: queued as {:X}", position * 40503 % 4294967296);
+  using smtp::ResultCode;
   if (position % 100 == 7) {
-    outcome = {smtp::State::kDeferred,
-               smtp::ResultCode::kRecipientRefused,
-               {450, "4.2.0", fmt::format("<user{}@example.org>: Recipient address rejected: Greylisted", position)},
-               "",
-               true};
-  } else if (position % 100 == 8) {
-    outcome = {smtp::State::kRefused,
-               smtp::ResultCode::kRecipientRefused,
-               {550, "5.1.1", fmt::format("<user{}@example.org>: User unknown in local recipient table", position)},
-               "",
-               true};
+    return {smtp::State::kDeferred,
+            ResultCode::kRecipientRefused,
+            {450, "4.2.0", fmt::format("<user{}@example.org>: Recipient address rejected: Greylisted", position)},
+            ""};
   }
-  return outcome;
+  if (position % 100 == 8) {
+    return {smtp::State::kRefused,
+            ResultCode::kRecipientRefused,
+            {550, "5.1.1", fmt::format("<user{}@example.org>: User unknown in local recipient table", position)},
+            ""};
+  }
+  const auto number = static_cast<std::uint64_t>(position) * 0x9E3779B97F4A7C15ULL >> 28;
+  return {smtp::State::kSent, ResultCode::kSuccess, {250, "2.0.0", fmt::format("Ok: queued as {:X}", number)}, ""};
 }
 
 // Sends to so many in groups: the results of one group are told with the marks of the next.
@@ -105,78 +120,147 @@ void Send(run::JournalledRun& run, std::int64_t count, std::int64_t group) {
   }
 }
 
-double CpuSeconds() {
-  rusage usage{};
-  ::getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+void Measure(const char* who, std::int64_t count, std::int64_t group, const std::function<void()>& send) {
+  const double cpu = CpuNow();
+  const double seconds = Seconds(send);
+  const auto people = static_cast<double>(count);
+  fmt::print("{:<8} Record of {:3}: {:6.2f} us of work a recipient, {:6.2f} us with the waits for the disk\n", who,
+             group, 1e6 * (CpuNow() - cpu) / people, 1e6 * seconds / people);
 }
 
-std::uintmax_t SizeOf(const fs::path& folder) {
-  std::uintmax_t size = 0;
-  for (const auto& entry : fs::directory_iterator(folder)) size += entry.file_size();
-  return size;
+struct Part {
+  std::int64_t group;
+  std::int64_t count;
+};
+
+// The peer: marks and results as rows are updated, and each commit is left to the system as ours is.
+class PlainTable {
+ public:
+  PlainTable(const fs::path& file, std::int64_t count)
+      : database_(Take(platform::Database::Open(file, platform::OpenMode::kCreate))) {
+    Take(
+        database_.Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
+                          "CREATE TABLE results(position INTEGER PRIMARY KEY, state INTEGER NOT NULL, attempts INTEGER,"
+                          " code INTEGER, time INTEGER, reply INTEGER, enhanced TEXT, words TEXT);"
+                          "CREATE INDEX states ON results(state)"));
+    auto transaction = Take(platform::Transaction::Begin(database_));
+    auto insert = Take(database_.Prepare("INSERT INTO results(position, state) VALUES(?, 5)"));
+    for (std::int64_t position = 1; position <= count; ++position) {
+      Take(insert.Bind(1, position));
+      Take(insert.Run());
+      insert.Reset();
+    }
+    Take(transaction.Commit());
+  }
+
+  void Send(std::int64_t count, std::int64_t group) {
+    auto mark = Take(database_.Prepare("UPDATE results SET state = 6 WHERE position = ?"));
+    auto settle =
+        Take(database_.Prepare("UPDATE results SET state = ?2, attempts = 1, code = ?3, time = 1783069507, reply = ?4, "
+                               "enhanced = ?5, words = ?6 "
+                               "WHERE position = ?1"));
+    std::vector<std::int64_t> before;
+    std::vector<std::int64_t> now;
+    for (std::int64_t sent = 0; sent < count || !before.empty();) {
+      now.clear();
+      auto transaction = Take(platform::Transaction::Begin(database_));
+      for (std::int64_t i = 0; i < group && sent < count; ++i, ++sent) {
+        now.push_back(++next_);
+        Take(mark.Bind(1, next_));
+        Take(mark.Run());
+        mark.Reset();
+      }
+      for (const std::int64_t position : before) Settle(settle, position);
+      Take(transaction.Commit());
+      before.swap(now);
+    }
+  }
+
+  void Count() {
+    auto count = Take(database_.Prepare("SELECT state, count(*) FROM results GROUP BY state"));
+    while (Take(count.Step())) {
+    }
+  }
+
+ private:
+  static void Settle(platform::Statement& settle, std::int64_t position) {
+    const smtp::Outcome outcome = OutcomeOf(position);
+    Take(settle.Bind(1, position));
+    Take(settle.Bind(2, static_cast<std::int64_t>(outcome.state)));
+    Take(settle.Bind(3, static_cast<std::int64_t>(outcome.code)));
+    Take(settle.Bind(4, std::int64_t{outcome.reply.code}));
+    Take(settle.Bind(5, outcome.reply.enhanced));
+    Take(settle.Bind(6, outcome.reply.text));
+    Take(settle.Run());
+    settle.Reset();
+  }
+
+  platform::Database database_;
+  std::int64_t next_ = 0;
+};
+
+// Pages of these tables, a recipient.
+double OctetsOf(const fs::path& file, const char* tables, std::int64_t count) {
+  auto database = Take(platform::Database::Open(file, platform::OpenMode::kReadWrite));
+  auto size = Take(database.Prepare(fmt::format("SELECT sum(pgsize) FROM dbstat WHERE name IN ({})", tables)));
+  Take(size.Step());
+  return static_cast<double>(size.Int(0)) / static_cast<double>(count);
 }
 
-void Measure(const fs::path& folder, std::int64_t count) {
+void Ask(const run::JournalPlace& place, std::int64_t count) {
+  std::unique_ptr<run::SqliteRunJournal> journal;
+  const auto open_and_list = [&] {
+    journal = Take(run::SqliteRunJournal::Open(place));
+    if (Take(journal->List()).front().counts[0] < count * 97 / 100) std::exit(2);
+  };
+  Tell("open and list", Seconds(open_and_list));
+  for (const auto& [name, state, skip, most] :
+       {std::tuple{"the first 50 deferred", ResultState::kDeferred, std::int64_t{0}, std::int64_t{50}},
+        {"the last 50 refused", ResultState::kRefused, count / 100 - 50, std::int64_t{50}},
+        {"all who were sent to", ResultState::kSent, std::int64_t{0}, count}}) {
+    std::int64_t seen = 0;
+    const std::int64_t enough = most;
+    Tell(name, Seconds([&, state = state, skip = skip] {
+           Take(journal->Visit(1, run::SetOf({state}), skip,
+                               [&](const run::JournalRow&) -> Result<bool> { return ++seen < enough; }));
+         }));
+  }
+}
+
+void MeasureAll(const fs::path& folder, std::int64_t count) {
+  const std::vector<Part> parts = {{1, count / 4}, {8, count / 4}, {100, count - count / 4 * 2}};
   const platform::SystemClock clock;
   run::SystemDisk disk;
-  const run::JournalPlace place{.file = folder / "runs.db", .clock = &clock, .disk = &disk};
+  fs::create_directories(folder / "ours");
+  const run::JournalPlace place{.file = folder / "ours/runs.db", .clock = &clock, .disk = &disk};
   auto journal = Take(run::SqliteRunJournal::Open(place));
   std::unique_ptr<run::JournalledRun> run;
   Rows rows(count);
-  fmt::print("Begin {} recipients: {:.2f} s\n", count, Seconds([&] {
-               run = Take(journal->Begin({"Subject", "Group", "inputs", {}}, rows, {}, "base"));
-             }));
-  fmt::print("first Record: {:.1f} ms\n", 1e3 * Seconds([&] { Send(*run, 1, 1); }));
-  const auto frozen = SizeOf(folder);
-  std::int64_t left = count - 1;
-  for (const std::int64_t group : {1, 8, 100}) {
-    const std::int64_t here = group == 100 ? left : count / 4;
-    left -= here;
-    const double cpu = CpuSeconds();
-    const double seconds = Seconds([&] { Send(*run, here, group); });
-    fmt::print("Record of {:3}: {:6.2f} us each, {:5.2f} us a recipient; {:5.2f} us of both threads\n", group,
-               1e6 * seconds * static_cast<double>(group) / static_cast<double>(here),
-               1e6 * seconds / static_cast<double>(here), 1e6 * (CpuSeconds() - cpu) / static_cast<double>(here));
-  }
-  fmt::print("End: {:.1f} ms\n", 1e3 * Seconds([&] { Take(run->End()); }));
+  Tell("begin", Seconds([&] { run = Take(journal->Begin({"Subject", "Group", "inputs", {}}, rows, {}, "base")); }));
+  for (const Part& part : parts) Measure("ours", part.count, part.group, [&] { Send(*run, part.count, part.group); });
   run.reset();
-  for (int i = 0; i < 2; ++i) {
-    fmt::print("open and List: {:.1f} ms\n", 1e3 * Seconds([&] {
-                                               journal.reset();
-                                               journal = Take(run::SqliteRunJournal::Open(place));
-                                               const auto list = Take(journal->List());
-                                               if (list.front().counts[0] < count * 97 / 100) std::exit(2);
-                                             }));
-  }
-  fmt::print("file after all: {:.1f} MB, {:.1f} octets a recipient\n", static_cast<double>(SizeOf(folder)) / 1e6,
-             static_cast<double>(SizeOf(folder)) / static_cast<double>(count));
-  (void)frozen;
-  using run::ResultState;
-  for (const auto& [name, state, skip] : {std::tuple{"first 50 deferred", ResultState::kDeferred, std::int64_t{0}},
-                                          {"last 50 refused", ResultState::kRefused, count / 100 - 50},
-                                          {"all", ResultState::kSent, std::int64_t{0}}}) {
-    std::int64_t seen = 0;
-    const double seconds = Seconds([&] {
-      Take(journal->Visit(1, run::SetOf({state}), skip, [&](const run::JournalRow&) -> Result<bool> {
-        return ++seen < 50 || state == ResultState::kSent;
-      }));
-    });
-    fmt::print("Visit {}: {} in {:.1f} ms\n", name, seen, 1e3 * seconds);
-  }
-  fmt::print("GoOn with the deferred, to the first Record: {:.1f} ms\n",
-             1e3 * Seconds([&] {
-               run = Take(journal->GoOn(1, run::RunKind::kRetry, run::SetOf({ResultState::kDeferred}), "base"));
-               Send(*run, 1, 1);
-             }));
-  const double seconds = Seconds([&] { Send(*run, count / 100 - 1, 1); });
-  fmt::print("sparse Record of 1: {:.2f} us each\n", 1e6 * seconds / static_cast<double>(count / 100 - 1));
-  Take(run->End());
+  Tell("count a run that was cut off", Seconds([&] { Take(journal->List()); }));
+  Tell("go on with the deferred, to the first of them", Seconds([&] {
+         run = Take(journal->GoOn(1, run::RunKind::kRetry, run::SetOf({ResultState::kDeferred}), "base"));
+         Send(*run, 1, 1);
+       }));
+  const std::int64_t left = count / 100 - 1;
+  Measure("ours, one in a hundred,", left, 1, [&] { Send(*run, left, 1); });
+  Tell("end", Seconds([&] { Take(run->End()); }));
   run.reset();
-  fmt::print("peak memory: {} MiB\n", PeakMiB());
-  fmt::print("Forget: {:.2f} s\n", Seconds([&] { Take(journal->Forget(1)); }));
-  fmt::print("left: {} octets\n", SizeOf(folder));
+  journal.reset();
+  Ask(place, count);
+  fmt::print("states and words {:.1f} octets a recipient, the frozen rows {:.1f}; peak memory {} MiB\n",
+             OctetsOf(place.file, "'states', 'words'", count), OctetsOf(place.file, "'rows'", count), PeakMiB());
+  journal = Take(run::SqliteRunJournal::Open(place));
+  Tell("forget", Seconds([&] { Take(journal->Forget(1)); }));
+  fmt::print("left of it {:.0f} octets\n", SizeOf(folder / "ours"));
+
+  fs::create_directories(folder / "plain");
+  PlainTable plain(folder / "plain/results.db", count);
+  for (const Part& part : parts) Measure("plain", part.count, part.group, [&] { plain.Send(part.count, part.group); });
+  Tell("plain: count", Seconds([&] { plain.Count(); }));
+  fmt::print("plain: {:.1f} octets a recipient\n", OctetsOf(folder / "plain/results.db", "'results', 'states'", count));
 }
 
 }  // namespace
@@ -184,6 +268,6 @@ void Measure(const fs::path& folder, std::int64_t count) {
 
 int main(int argc, char** argv) {
   if (argc != 3) return 64;
-  quillcast::Measure(argv[1], std::atoll(argv[2]));
+  quillcast::MeasureAll(argv[1], std::atoll(argv[2]));
   return 0;
 }

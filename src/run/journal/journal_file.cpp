@@ -116,6 +116,7 @@ std::filesystem::path JournalPlace::Log() const { return file.string() + "-wal";
 Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::milliseconds patience, bool cut) {
   JournalPlace hurried = place;
   hurried.patience.lock_wait = patience;
+  hurried.patience.cancel = nullptr;  // it rounds off what was cancelled, too
   auto database = OpenJournalFile(hurried);
   if (!database) return database.error();
   // First what can be done beside those who write, so that they wait for the rest alone.

@@ -28,7 +28,7 @@ struct JournalPlace {
   std::filesystem::path Log() const;    // the write-ahead log, which SQLite keeps beside it
 };
 
-// Fails as RunJournal does. What a file of an older version lacks is added.
+// Fails as RunJournal does.
 Result<platform::Database> OpenJournalFile(const JournalPlace& place);
 
 // Takes what is in the write-ahead log into the file, durably, so that the log begins anew; `cut` leaves nothing of it

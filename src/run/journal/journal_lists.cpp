@@ -214,7 +214,7 @@ Result<void> VisitRows(platform::Database& database, const JournalPlace& place, 
       if (!Holds(states, StateIn(doubt, record)) || skip-- > 0) continue;
       const auto row = reader->Read(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize), record);
       if (!row) return row.error();
-      const auto on = visit(**row);
+      auto on = visit(**row);
       if (!on || !*on) return on;
     }
     return true;

@@ -29,8 +29,8 @@ Number UpTo(std::int64_t number) {
 
 }  // namespace
 
-SqliteJournalledRun::SqliteJournalledRun(const JournalPlace& place, Parts parts, MailingLock lock, const BegunRun& run)
-    : place_(place),
+SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run)
+    : place_(std::move(place)),
       run_(run),
       lock_(std::move(lock)),
       database_(std::move(parts.database)),

@@ -64,7 +64,7 @@ class SqliteJournalledRun final : public JournalledRun {
     WordsWriter words;
     platform::Statement read_rows;
   };
-  SqliteJournalledRun(const JournalPlace& place, Parts parts, MailingLock lock, const BegunRun& run);
+  SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run);
 
   Result<void> OpenBlock(std::int64_t block);
   Result<void> TryGoesOut(std::int64_t index);

@@ -242,7 +242,7 @@ Result<void> ForgetContents(platform::Database& database, std::string_view query
 }  // namespace
 
 Result<void> ForgetFiles(platform::Database& database, MailingId mailing) {
-  const auto forgotten =
+  auto forgotten =
       ForgetContents(database,
                      "SELECT DISTINCT content FROM mailing_files AS f WHERE mailing = ?1 AND NOT EXISTS "
                      "(SELECT 1 FROM mailing_files AS other WHERE other.content = f.content AND other.mailing <> ?1)",

@@ -14,8 +14,8 @@ Result<std::unique_ptr<LogSync>> LogSync::Start(const JournalPlace& place) {
   return std::unique_ptr<LogSync>(new LogSync(place, std::move(log)));
 }
 
-LogSync::LogSync(const JournalPlace& place, platform::UniqueFd log)
-    : place_(place), log_(std::move(log)), thread_([this] { Work(); }) {}
+LogSync::LogSync(JournalPlace place, platform::UniqueFd log)
+    : place_(std::move(place)), log_(std::move(log)), thread_([this] { Work(); }) {}
 
 LogSync::~LogSync() {
   {

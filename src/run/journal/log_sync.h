@@ -30,7 +30,7 @@ class LogSync {
   void Shorten();
 
  private:
-  LogSync(const JournalPlace& place, platform::UniqueFd log);
+  LogSync(JournalPlace place, platform::UniqueFd log);
   void Work();
 
   JournalPlace place_;

@@ -131,7 +131,7 @@ class CountedRows final : public recipients::RowSource {
  public:
   explicit CountedRows(recipients::RowSource& rows) : rows_(rows) {}
   Result<bool> Next(recipients::Recipient& recipient) override {
-    const auto more = rows_.Next(recipient);
+    auto more = rows_.Next(recipient);
     at_end_ = !more || !*more;
     count_ += at_end_ ? 0 : 1;
     return more;

@@ -70,6 +70,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
   rows.unreadable = 100'000;
   rows.before_failing = [&] { cancel.Request(); };
   EXPECT_FALSE(cancelled->Begin({"S", "G", "i", {}}, rows, {}, "base"));
+  EXPECT_EQ(std::filesystem::file_size(root_ / "runs.db-wal"), 0U);
   EXPECT_TRUE(Take(journal->List()).empty());
   EXPECT_EQ(BeginWith(*journal, 1)->size(), 1) << "and another begins";
 }
@@ -225,6 +226,11 @@ TEST_F(JournalTest, GoesOnWithThoseOfItsStates) {
     EXPECT_GT(run->id(), first_id);
     EXPECT_EQ(run->size(), std::ssize(row.positions));
     EXPECT_EQ(Given(*run), row.positions);
+    // A loss of power now leaves those in doubt who are for this run, and nobody of the run before.
+    std::string doubtful = "srdfu-d-";
+    for (const std::int64_t position : row.positions) doubtful[position - 1] = 'u';
+    CopyFiles(folder, root_ / "copy");
+    EXPECT_EQ(States(*OpenJournal("tuesday", root_ / "copy")), doubtful);
     for (const std::int64_t position : row.positions) {
       run->GoesOut(position);
       Take(run->Record());
@@ -288,6 +294,10 @@ TEST_F(JournalTest, ListsTheNewestMailingFirst) {
   EXPECT_EQ(list[2].counts, (StateCounts{0, 0, 0, 0, 0, 4, 1}));
   EXPECT_EQ(list[2].subject + list[2].group + list[2].runs[0].history, "SubjectGroupbase");
   EXPECT_EQ(Take(journal->Find(list[1].runs[0].id)).id, list[1].id);
+  second = Take(journal->GoOn(list[1].id, RunKind::kResume, kLeft, "again"));
+  second->GoesOut(Given(*second, 1).front());
+  Take(second->Record());
+  EXPECT_EQ(Take(journal->Find(second->id())).counts, (StateCounts{0, 0, 0, 0, 0, 199, 1})) << "no longer as it ended";
   EXPECT_EQ(Take(journal->Inputs(list[1].id)).inputs, "inputs");
 }
 

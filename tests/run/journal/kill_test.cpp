@@ -24,8 +24,8 @@ TEST_F(KillTest, AtAnyWriteOfARun) {
     look();
   });
   const auto journal = OpenJournal();
-  auto run = BeginWith(*journal, 150);
-  std::string states(150, '-');
+  auto run = BeginWith(*journal, 100);
+  std::string states(100, '-');
   for (const auto& [kind, among] :
        {std::pair{RunKind::kFirst, kLeft}, {RunKind::kRetry, SetOf({ResultState::kDeferred})}}) {
     if (kind == RunKind::kRetry) {
@@ -43,7 +43,7 @@ TEST_F(KillTest, AtAnyWriteOfARun) {
     look = [&] { EXPECT_EQ(Found(), states); };
     run.reset();
   }
-  EXPECT_GT(looks, 200);
+  EXPECT_GT(looks, 150);
   EXPECT_EQ(states.find('o'), std::string::npos);
   EXPECT_EQ(Found(), states);
 }
