@@ -7,8 +7,8 @@
 
 #include "document/message_document.h"
 #include "html/closed_page.h"
-#include "html/html_to_text.h"
-#include "html/html_tokenizer.h"
+#include "mail_file/body_order.h"
+#include "mail_file/body_part.h"
 #include "mail_file/body_texts.h"
 #include "mail_file/embedded_parts.h"
 #include "mail_file/within_memory.h"
@@ -16,20 +16,6 @@
 
 namespace quillcast::mail_file {
 namespace {
-
-constexpr std::uint64_t kLargestEmptyPage = std::uint64_t{256} << 10;  // bytes; who writes more shows something
-
-bool ShowsSomething(std::string_view html) {
-  html::HtmlTokenizer page(html);
-  html::HtmlToken token;
-  while (page.Next(token)) {
-    if (token.kind == html::HtmlTokenKind::kStartTag && token.name == "img") return true;
-  }
-  std::string text = html::HtmlToText(html);
-  constexpr std::string_view kNoBreak = "\u00a0";
-  for (std::size_t at = 0; (at = text.find(kNoBreak, at)) != std::string::npos;) text.replace(at, kNoBreak.size(), " ");
-  return !platform::Trim(text).empty();
-}
 
 // Whether a part is a picture that may stand among the texts.
 bool IsBeside(const MailMessage& message, const EmbeddedParts& embedded, const Part& part) {
@@ -42,6 +28,14 @@ bool IsBeside(const MailMessage& message, const EmbeddedParts& embedded, const P
   return is_among && !embedded.PictureTypeOf(part).empty();
 }
 
+// Whether a part is a text or page of the body with anything in it, which may be what cannot be decoded.
+bool MayHaveText(const MailMessage& message, const Part& part) {
+  constexpr std::uint64_t kFew = 16;  // bytes of a page
+  if (!IsTextOrPage(part)) return false;
+  const bool is_long_page = part.type == "text/html" && part.source.bytes.size() > kFew;
+  return is_long_page || !part.refused.empty() || ShowsSomething(message, part);
+}
+
 // The texts, or the pages, of a body, one after the other, and between them its pictures.
 class PageWriter {
  public:
@@ -50,19 +44,20 @@ class PageWriter {
 
   Result<std::string> Write() {
     const bool is_page = HasPage(message_);
-    const auto bodies = is_page ? BodyParts(message_, "text/html") : TextsAlone();
-    auto next = bodies.begin();
-    for (const Part& part : message_.parts()) {
-      const bool is_body = next != bodies.end() && *next == &part;
-      if (is_body) ++next;
-      if (!is_body && !IsBeside(message_, embedded_, part)) continue;
-      auto text = is_body ? message_.TextOf(part) : Result<std::string>("");
+    std::vector<const Part*> bodies;
+    for (const Part* part : ReadingOrder(message_, is_page ? "text/html" : "text/plain")) {
+      if (IsBeside(message_, embedded_, *part)) pieces_.push_back({part, ""});
+      if (!IsTextOrPage(*part) || (!is_page && part->type == "text/html")) continue;  // one that shows nothing
+      bodies.push_back(part);
+      if (!part->refused.empty()) continue;
+      auto text = message_.TextOf(*part);
       if (!text) return text;
-      if (is_body && is_page && part.type == "text/plain") *text = BesideAPage(*text);
-      if (is_body && is_page && text->empty()) continue;
-      if (is_body && part.type == "text/html") *text = embedded_.WithAddresses(part, *text, used_);
-      pieces_.push_back({&part, std::move(*text)});
+      if (is_page && part->type == "text/plain") *text = BesideAPage(*text);
+      if (is_page && text->empty()) continue;
+      if (part->type == "text/html") *text = embedded_.WithAddresses(*part, *text, used_);
+      pieces_.push_back({part, std::move(*text)});
     }
+    if (auto why = WhyUnread(message_, bodies); why && !HasPicture()) return *std::move(why);
     if (pieces_.empty()) return text_as_html_("");
     if (is_page) PartPages();
     return Join(is_page ? nullptr : text_as_html_);
@@ -74,11 +69,8 @@ class PageWriter {
     std::string text;  // of the body, else empty
   };
 
-  // Pages that show nothing stay out.
-  std::vector<const Part*> TextsAlone() const {
-    auto texts = BodyParts(message_, "text/plain");
-    std::erase_if(texts, [](const Part* part) { return part->type != "text/plain"; });
-    return texts;
+  bool HasPicture() const {
+    return std::ranges::any_of(pieces_, [](const Piece& piece) { return piece.part->marker != Marker::kBody; });
   }
 
   static std::string BesideAPage(std::string_view text) {
@@ -127,21 +119,19 @@ class PageWriter {
 }  // namespace
 
 bool HasPage(const MailMessage& message) {
-  std::uint64_t size = 0;
-  bool has_text = false;
-  for (const Part& part : message.parts()) {
-    if (part.marker == Marker::kBody && part.type == "text/html") size += part.source.bytes.size();
-    has_text = has_text || (part.type == "text/plain" && HasText(message, part));
-  }
-  if (!message.HasBody("text/html")) return false;
-  if (!has_text || size > kLargestEmptyPage) return true;
-  const auto page = message.HtmlBody();
-  return !page || ShowsSomething(*page);
+  const auto bodies = BodyParts(message, "text/html");
+  const auto is_page = [](const Part* part) { return part->type == "text/html"; };
+  if (std::ranges::any_of(bodies, [&](const Part* part) { return is_page(part) && ShowsSomething(message, *part); }))
+    return true;
+  return std::ranges::any_of(bodies, is_page) && std::ranges::none_of(message.parts(), [&](const Part& part) {
+           return part.type == "text/plain" && ShowsSomething(message, part);
+         });
 }
 
 bool HasPicturesBeside(const MailMessage& message) {
   const EmbeddedParts embedded(message);
-  return std::ranges::any_of(message.parts(), [&](const Part& part) { return IsBeside(message, embedded, part); });
+  const auto order = ReadingOrder(message, HasPage(message) ? "text/html" : "text/plain");
+  return std::ranges::any_of(order, [&](const Part* part) { return IsBeside(message, embedded, *part); });
 }
 
 Result<std::string> BodyAsHtml(const MailMessage& message, TextAsHtml text_as_html) {
@@ -153,7 +143,7 @@ std::optional<Error> WhyNoBody(const MailMessage& message) {
 }
 
 std::optional<Error> WhyNoText(const MailMessage& message) {
-  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return HasText(message, part); })) return {};
+  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return MayHaveText(message, part); })) return {};
   constexpr std::array kSealed = {"multipart/encrypted", "application/pgp-encrypted", "application/pkcs7-mime",
                                   "application/x-pkcs7-mime"};
   const bool is_sealed = std::ranges::any_of(message.parts(), [&](const Part& part) {

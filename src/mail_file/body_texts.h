@@ -1,7 +1,8 @@
-// Which of the texts and pages of a message are its body: within an alternative one is chosen (RFC 2046 5.1.4), and
-// what stands beside it is shown too.
+// The texts and pages of a message that are its body: of several forms one is chosen, and what stands beside it is
+// shown too (see body_order.h).
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,13 +11,13 @@
 
 namespace quillcast::mail_file {
 
-// Whether the part is a text or page of the body that has more in it than line ends.
-bool HasText(const MailMessage& message, const Part& part);
-
-// Those that are shown, in order, where texts of that type ("text/plain" or "text/html") are chosen.
+// Those that are shown, in reading order, where texts of that type ("text/plain" or "text/html") are chosen.
 std::vector<const Part*> BodyParts(const MailMessage& message, std::string_view type);
 
 // The texts one after the other, parted by a line end, and the words of the pages that no text stands for.
 Result<std::string> BodyAsText(const MailMessage& message);
+
+// Of parts of the body of which one cannot be decoded, and no other shows anything. Beside others it is passed over.
+std::optional<Error> WhyUnread(const MailMessage& message, const std::vector<const Part*>& bodies);
 
 }  // namespace quillcast::mail_file

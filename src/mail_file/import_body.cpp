@@ -17,12 +17,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kPage = "index.htm";
 
-Result<std::string> TextAsPage(const MailMessage& message) {
-  const auto text = message.TextBody();
-  if (!text) return text.error();
-  return document::HtmlFromText(*text);
-}
-
 Result<fs::path> CopyFolder(const fs::path& from, const BodyFolder& body, const fs::path& target) {
   fs::path to = target / from.filename();
   if (auto made = platform::EnsureFolder(to); !made) return made.error();
@@ -55,7 +49,7 @@ Result<ImportedBody> ImportBody(const MailMessage& message, const fs::path& targ
                                 const platform::Clock& clock, const platform::CancelToken* cancel) {
   if (auto none = WhyNoBody(message)) return *std::move(none);
   if (!HasPage(message) && !HasPicturesBeside(message)) {
-    auto html = TextAsPage(message);
+    auto html = BodyAsHtml(message, document::HtmlFromText);
     if (!html) return html.error();
     if (const auto editable = document::CheckEditable(*html); !editable) return editable.error();
     return ImportedBody{message.facts().subject, *std::move(html), {}, {}};

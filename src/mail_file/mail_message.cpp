@@ -155,8 +155,11 @@ bool MailMessage::HasBody(std::string_view type) const {
 
 Result<std::string> MailMessage::BodyOf(std::string_view type) const {
   std::string out;
+  const auto is_of_it = [&](const Part& part) { return part.marker == Marker::kBody && part.type == type; };
+  const bool has_readable =
+      std::ranges::any_of(parts_, [&](const Part& part) { return is_of_it(part) && part.refused.empty(); });
   for (const Part& part : parts_) {
-    if (part.marker != Marker::kBody || part.type != type) continue;
+    if (!is_of_it(part) || (has_readable && !part.refused.empty())) continue;
     auto text = TextOf(part);
     if (!text) return text;
     if (!out.empty() && !out.ends_with("\r\n")) out += "\r\n";

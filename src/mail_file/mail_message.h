@@ -69,7 +69,8 @@ class MailMessage {
 
   // The parts marked as body of that type, in order.
   bool HasBody(std::string_view type) const;
-  // All of them one after the other, as TextOf, parted by a line end; empty where there is none.
+  // All of them one after the other, as TextOf, parted by a line end; empty where there is none. What cannot be decoded
+  // is passed over beside others.
   Result<std::string> TextBody() const;
   Result<std::string> HtmlBody() const;
 

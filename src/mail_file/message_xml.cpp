@@ -134,14 +134,19 @@ void AddParts(Document& xml, const MailMessage& message) {
   xml.End("parts");
 }
 
+// What cannot be decoded is passed over where the body has another form.
+bool IsRefused(const Result<std::string>& body) { return body.error().failure == Failure::kBadData; }
+
 Result<void> AddBody(Document& xml, const MailMessage& message) {
   const auto text = message.TextBody();
-  if (!text) return text.error();
   const auto page = message.HtmlBody();
-  if (!page) return page.error();
+  const bool has_text = message.HasBody("text/plain");
+  const bool has_page = message.HasBody("text/html");
+  if (!text && (!page || !has_page || !IsRefused(text))) return text.error();
+  if (!page && (!text || !has_text || !IsRefused(page))) return page.error();
   xml.Begin("body");
-  if (message.HasBody("text/plain")) xml.Element("text", *text);
-  if (message.HasBody("text/html")) xml.Element("html", *page);
+  if (has_text && text) xml.Element("text", *text);
+  if (has_page && page) xml.Element("html", *page);
   xml.End("body");
   return {};
 }

@@ -21,6 +21,9 @@ constexpr std::array kEncodings = {
     EncodingName{"binary", TransferEncoding::kIdentity},
     EncodingName{"7-bit", TransferEncoding::kIdentity},
     EncodingName{"8-bit", TransferEncoding::kIdentity},
+    EncodingName{"7", TransferEncoding::kIdentity},  // "7 bit", as some write it
+    EncodingName{"8", TransferEncoding::kIdentity},
+    EncodingName{"none", TransferEncoding::kIdentity},
     EncodingName{"quoted-printable", TransferEncoding::kQuotedPrintable},
     EncodingName{"base64", TransferEncoding::kBase64},
     EncodingName{"x-uuencode", TransferEncoding::kUuencode},

@@ -6,6 +6,7 @@
 #include "mail_file/compressed_rtf.h"
 #include "mail_file/mail_message.h"
 #include "mail_file/rtf_text.h"
+#include "mail_file/winmail_bytes.h"
 #include "platform/base64.h"
 #include "support/temporary_folder.h"
 
@@ -13,29 +14,6 @@ namespace quillcast::mail_file {
 namespace {
 
 using namespace std::string_literals;
-
-std::string Number(std::uint64_t value, int bytes) {
-  std::string out;
-  for (int i = 0; i < bytes; ++i) out += static_cast<char>(value >> 8 * i & 0xFF);
-  return out;
-}
-
-// An attribute of a winmail.dat, of the message (1) or an attachment (2).
-std::string Attribute(int level, std::uint32_t id, const std::string& content) {
-  unsigned sum = 0;
-  for (const char c : content) sum += static_cast<unsigned char>(c);
-  return Number(level, 1) + Number(id, 4) + Number(content.size(), 4) + content + Number(sum & 0xFFFF, 2);
-}
-std::string Property(std::uint16_t type, std::uint16_t id, std::string content) {
-  const std::string size = Number(content.size(), 4);
-  content.resize((content.size() + 3) / 4 * 4);
-  return Number(type, 2) + Number(id, 2) + Number(1, 4) + size + content;
-}
-std::string Tnef(const std::string& attributes) { return Number(0x223E9F78, 4) + "\1\0"s + attributes; }
-std::string RtfProperty(const std::string& rtf) {
-  return Property(0x0102, 0x1009, Number(rtf.size() + 12, 4) + Number(rtf.size(), 4) + "MELA" + Number(0, 4) + rtf);
-}
-std::string Properties(std::uint32_t count, const std::string& properties) { return Number(count, 4) + properties; }
 
 struct Scene {
   test::TemporaryFolder folder;
