@@ -124,11 +124,23 @@ Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, 
   if (header.end == HeaderEnd::kTooManyFields) return {};
   if (!meaning.is_multipart && !meaning.is_message) return {};
   if (levels_.size() >= kMostNesting) {
+// A text or page that is a form of the message, or what the pictures beside it belong to, is no attachment, though some
+// programs give it a name.
+bool MessageStructure::IsBodyByItsPlace(std::size_t part) const {
+  const Part& it = parts_[part];
+  if (it.parent == kNoPart || (it.type != "text/plain" && it.type != "text/html")) return false;
+  const std::string& holder = parts_[it.parent].type;
+  const bool is_first = part == it.parent + 1;
+  const bool is_start = !it.content_id.empty() && it.content_id == levels_.back().start;
+  return holder == "multipart/alternative" || (holder == "multipart/related" && (is_first || is_start));
+}
+
     faults_.Add(LoadCode::kException,
                 Say("Parts are nested deeper than {}; what lies in the part at byte {} is one part.", kMostNesting,
                     it.header.begin));
     it.marker = it.message == kNoPart ? Marker::kAttachment : Marker::kNone;
     return {};
+  if (!meaning.is_to_be_saved && IsBodyByItsPlace(part)) it.marker = Marker::kBody;
   }
   if (meaning.is_multipart) {
     if (meaning.has_two_boundaries)
@@ -142,7 +154,7 @@ Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, 
     it.source.encoding = TransferEncoding::kIdentity;
   }
   it.holds_parts = true;
-  levels_.push_back({part, std::move(meaning.boundary)});
+  levels_.push_back({part, std::move(meaning.boundary), std::move(meaning.start)});
   return {};
 }
 

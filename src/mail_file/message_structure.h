@@ -34,6 +34,7 @@ class MessageStructure {
   struct Level {
     std::size_t part;
     std::string boundary;  // none for a message
+    std::string start;     // the Content-ID of what it begins with, where it says so
     bool has_children = false;
   };
   // A delimiter line of a level, or the end of the file.
@@ -52,6 +53,7 @@ class MessageStructure {
 
   std::size_t AddPart(std::uint64_t begin);
   Result<Header> ReadHeader(std::size_t part, PartFields& fields);
+  bool IsBodyByItsPlace(std::size_t part) const;
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
   Result<void> FindBoundary(std::size_t part, std::string& boundary);
   Result<Delimiter> NextDelimiter();

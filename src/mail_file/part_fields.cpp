@@ -126,8 +126,10 @@ PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
   if (meaning.is_multipart) {
     meaning.boundary = type.Parameter("boundary");
     meaning.has_two_boundaries = HoldsTwo(type, "boundary");
+    meaning.start = WithoutAngles(type.Parameter("start"));
   } else {
     part.marker = MarkerOf(part, disposition.value);
+    meaning.is_to_be_saved = disposition.value == "attachment";
   }
   return meaning;
 }

@@ -26,9 +26,11 @@ std::string BoundedPartText(std::string_view text);
 // What a part's header comes to.
 struct PartMeaning {
   std::string boundary;  // of a multipart, else empty
+  std::string start;     // the Content-ID of what a multipart begins with (RFC 2387 3.2), where it says so
   bool is_multipart = false;
   bool is_message = false;          // whose content is a message with parts of its own
   bool has_two_boundaries = false;  // the parameter stands twice
+  bool is_to_be_saved = false;      // by its disposition
 };
 
 // Fills in what the fields say. `part.type` holds what the part is without a Content-Type.

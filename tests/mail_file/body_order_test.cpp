@@ -97,11 +97,24 @@ TEST(BodyOrder, ShowsEachTextOnceAndInPlace) {
             "one two One", "one two One"},
            {"a text that cannot be decoded", Mixed({Text("one"), Text("?", kUnknown)}), "one", "one"},
            {"a form that cannot be decoded", Alternative({Text("?", kUnknown), Page("One")}), "One", "One"},
+           {"names",
+            Alternative({Text("one", "Content-Disposition: inline; filename=a.txt\r\n"),
+                         Related({Page("One", "; name=a.htm"), kPicture})}),
+            "one", "One *"},
+           {"a text with a name beside", Mixed({Page("One"), Page("?", "; name=a.htm")}), "One", "One"},
+           {"a page to be saved", Related({"Content-Disposition: attachment\r\n" + Page("?"), kPicture}), "", "*"},
        }) {
     const auto loaded = *Load(folder.Write("a.eml", message), {});
     EXPECT_EQ(WordsOf(BodyAsText(*loaded.message), false), text) << name;
     EXPECT_EQ(WordsOf(BodyAsHtml(*loaded.message), true), page) << name;
   }
+}
+
+TEST(BodyOrder, TakesThePartThatARelatedNamesForItsBeginning) {
+  const test::TemporaryFolder folder;
+  const std::string message =
+      Holder("related; start=\"<s>\"", {kPicture, "Content-ID: <s>\r\n" + Page("One", "; name=x")});
+  EXPECT_EQ(WordsOf(BodyAsText(*Load(folder.Write("a.eml", message), {})->message), false), "One");
 }
 
 // The error stands where nothing else is left.
