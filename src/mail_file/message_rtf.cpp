@@ -9,6 +9,7 @@
 #include "html/html_to_rtf.h"
 #include "html/rtf_body.h"
 #include "mail_file/body_page.h"
+#include "mail_file/data_picture.h"
 #include "mail_file/embedded_parts.h"
 #include "mail_file/picture_pixels.h"
 
@@ -26,7 +27,8 @@ constexpr std::array kKinds = {KindRow{"image/png", "\\pngblip"}, KindRow{"image
                                KindRow{"image/bmp", "\\dibitmap0"}};
 
 struct Picture {
-  const Part* part = nullptr;
+  const Part* part = nullptr;  // none: it lies in its address
+  std::uint64_t size = 0;      // about, in bytes
   std::string_view word;
   std::optional<html::RtfPictureSize> pixels;  // none: it cannot be shown
 };
@@ -57,7 +59,7 @@ class Writer {
       if (mark == rest.size()) break;
       const std::size_t end = rest.find(html::RtfBody::kPictureMark, mark + 1);
       const auto& shown = rtf.pictures[std::stoul(std::string(rest.substr(mark + 1, end - mark - 1)))];
-      if (auto written = WritePicture(Known(shown.address), shown.twips); !written) return written;
+      if (auto written = WritePicture(shown.address, shown.twips); !written) return written;
       rest.remove_prefix(end + 1);
     }
     return {};
@@ -65,16 +67,17 @@ class Writer {
 
  private:
   std::optional<html::RtfPictureSize> SizeOf(std::string_view address) {
-    const Picture& picture = Known(address);
-    if (!picture.pixels || room_ < picture.part->source.bytes.size()) return {};
-    room_ -= picture.part->source.bytes.size();
+    const Picture picture = Known(address);
+    if (!picture.pixels || room_ < picture.size) return {};
+    room_ -= picture.size;
     return picture.pixels;
   }
 
-  const Picture& Known(std::string_view address) {
+  Picture Known(std::string_view address) {
     const Part* const part = embedded_.Find(address);
+    if (part == nullptr) return LookAtAddress(address);
     const auto [known, is_new] = pictures_.try_emplace(part);
-    if (is_new && part != nullptr) known->second = LookAt(*part);
+    if (is_new) known->second = LookAt(*part);
     return known->second;
   }
 
@@ -89,27 +92,54 @@ class Writer {
       if (!block || block->empty()) break;
       head += *block;
     }
-    return {&part, kind->word, PixelsOf(head)};
+    return {&part, part.source.bytes.size(), kind->word, PixelsOf(head)};
   }
 
-  Result<void> WritePicture(const Picture& picture, html::RtfPictureSize twips) {
+  static Picture LookAtAddress(std::string_view address) {
+    const auto data = PictureInAddress(address);
+    if (!data) return {};
+    const auto* const kind = std::ranges::find(kKinds, std::string_view(data->type), &KindRow::type);
+    if (kind == kKinds.end()) return {};
+    return {nullptr, data->bytes.size(), kind->word, PixelsOf(std::string_view(data->bytes).substr(0, kPictureHead))};
+  }
+
+  Result<void> WritePicture(std::string_view address, html::RtfPictureSize twips) {
+    const Picture picture = Known(address);
     const std::string head = fmt::format("{{\\pict{}\\picw{}\\pich{}\\picwgoal{}\\pichgoal{}\n", picture.word,
                                          picture.pixels->width, picture.pixels->height, twips.width, twips.height);
     if (auto written = write_(head); !written) return written;
-    auto reader = message_.Open(*picture.part);
-    if (!reader) return reader.error();
     std::size_t skipped = picture.word == kKinds.back().word ? kBitmapFileHeader : 0;
-    std::string digits;
+    const auto write = [&](std::string_view block) {
+      const std::size_t skip = std::min(skipped, block.size());
+      skipped -= skip;
+      std::string digits;
+      AppendHexadecimal(digits, block.substr(skip));
+      return write_(digits);
+    };
+    auto written = picture.part != nullptr ? WritePart(*picture.part, write) : WriteAddress(address, write);
+    return written ? write_("}") : written;
+  }
+
+  Result<void> WritePart(const Part& part, const WriteText& write) const {
+    auto reader = message_.Open(part);
+    if (!reader) return reader.error();
     for (;;) {
       auto block = reader->Next();
       if (!block) return block.error();
-      if (block->empty()) return write_("}");
-      const std::size_t skip = std::min(skipped, block->size());
-      skipped -= skip;
-      digits.clear();
-      AppendHexadecimal(digits, block->substr(skip));
-      if (auto written = write_(digits); !written) return written;
+      if (block->empty()) return {};
+      if (auto written = write(*block); !written) return written;
     }
+  }
+
+  static Result<void> WriteAddress(std::string_view address, const WriteText& write) {
+    constexpr std::size_t kBlock = std::size_t{64} * 1024;
+    const auto data = PictureInAddress(address);
+    for (std::string_view rest = data ? std::string_view(data->bytes) : std::string_view(); !rest.empty();) {
+      const std::string_view block = rest.substr(0, kBlock);
+      if (auto written = write(block); !written) return written;
+      rest.remove_prefix(block.size());
+    }
+    return {};
   }
 
   const MailMessage& message_;

@@ -141,5 +141,27 @@ TEST(BodyOrder, TellsWhatCannotBeDecodedWhereItIsAll) {
   }
 }
 
+TEST(BodyOrder, HasPicturesOfAddressesInRichText) {
+  struct Row {
+    const char* address;
+    const char* rtf;
+  };
+  const test::TemporaryFolder folder;
+  for (const auto& [address, rtf] :
+       {Row{"data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAMAAAACCAYAAAA=", "\\pngblip\\picw3\\pich2"},
+        {"data:image/png;base64,iVBORw0KGgo=", "{words}"},
+        {"data:image/gif,GIF89a%01%01%01%01", "{words}"}}) {
+    std::string out;
+    const auto file = folder.Write("a.eml", Page("<img alt={words} src=\"" + std::string(address) + "\">"));
+    ASSERT_TRUE(WriteBody(*Load(file, {})->message, BodyFormat::kRtf, "", [&](std::string_view piece) {
+      out += piece;
+      return Result<void>();
+    }));
+    out = platform::ReplaceAll(platform::ReplaceAll(out, "\\{", "{"), "\\}", "}");
+    EXPECT_NE(out.find(rtf), std::string::npos) << address << out;
+    EXPECT_EQ(out.find("89504e470d0a1a0a0000000d494844520000000300000002080600") != std::string::npos, *rtf == '\\');
+  }
+}
+
 }  // namespace
 }  // namespace quillcast::mail_file
