@@ -90,8 +90,8 @@ Result<std::string> PrintTo(Context& context, const PrintOptions& options, Place
 }
 
 int PrintOne(Context& context, const PrintOptions& options, Place& place, const LoadedFile& message) {
-  const auto none = mail_file::WhyNoBody(*message.loading.message);
-  if (none && options.job.form.format != mail_file::BodyFormat::kXml) return context.output.Fail(*none);
+  const auto none = mail_file::WhyNothing(*message.loading.message, options.job.form.format);
+  if (none) return context.output.Fail(*none);
   PrintedMessage printed{.code = PrintCode::kNotBegun};
   const auto where = PrintTo(context, options, place, message, printed);
   if (!where && printed.code == PrintCode::kPrinted) printed.code = PrintCode::kNotWritten;

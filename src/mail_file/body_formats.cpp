@@ -81,6 +81,11 @@ std::optional<Sentence> FormNote(const std::filesystem::path& file, BodyFormat f
              Sentence(chosen.name));
 }
 
+std::optional<Error> WhyNothing(const MailMessage& message, BodyFormat format) {
+  if (format == BodyFormat::kXml) return {};
+  return format == BodyFormat::kText ? WhyNoText(message) : WhyNoBody(message);
+}
+
 Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
                               const WriteText& write) {
   return WithinMemory([&] { return WriteAs(message, format, code_page, write); });

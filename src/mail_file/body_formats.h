@@ -20,6 +20,9 @@ std::string_view FilterOf(BodyFormat format);
 // What whoever names the file of the body has to know: that its name is that of another form. Nothing where it is not.
 std::optional<Sentence> FormNote(const std::filesystem::path& file, BodyFormat format);
 
+// Why there is nothing to write in that form: pictures alone are no text (see body_page.h). XML tells of any message.
+std::optional<Error> WhyNothing(const MailMessage& message, BodyFormat format);
+
 // Gives the body to `write`, piece by piece.
 //   text  the text; of a message that has a page alone the text of that. In the
 //   character set `code_page` (empty for

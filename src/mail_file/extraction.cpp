@@ -96,8 +96,7 @@ class Extraction {
   }
 
   void WriteBodyFile() {
-    const auto none = request_.format == BodyFormat::kText ? WhyNoText(message_) : WhyNoBody(message_);
-    if (none && request_.format != BodyFormat::kXml) return Fail(*none);
+    if (const auto none = WhyNothing(message_, request_.format)) return Fail(*none);
     Replace(request_.body_file, [this](int fd) -> Result<void> {
       const auto write = [&](std::string_view piece) { return platform::WriteAll(fd, request_.body_file, piece); };
       const auto lost = WriteBody(message_, request_.format, request_.code_page, write);

@@ -80,7 +80,7 @@ std::optional<Complaint<PrintControl>> CheckPrint(const PrintForm& form) {
 Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
                                     const platform::CancelToken* cancel) {
   if (format == BodyFormat::kXml) return ReadText(message, format, most, cancel);
-  if (auto none = format == BodyFormat::kText ? WhyNoText(message) : WhyNoBody(message)) return *std::move(none);
+  if (auto none = WhyNothing(message, format)) return *std::move(none);
   const bool is_page = HasPage(message) || HasPicturesBeside(message);
   if (format == BodyFormat::kText || !is_page) return ReadText(message, BodyFormat::kText, most, cancel);
   auto page = ReadShownBody(message, std::min(most, kMostPrintedHtml), cancel);

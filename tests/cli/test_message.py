@@ -198,6 +198,9 @@ class Message(Case):
             code, _, err = self.run_program("message", "extract", letter, "--page", self.folder / "page")
             self.assertEqual((code, why in err, list((self.folder / "page").glob("*"))), (65, True, []))
             self.ok("message", "extract", letter, "--body", self.folder / "a.xml", "-f", "xml")
+        picture = self.write("b.eml", b"Content-Type: image/gif; name=a.gif\r\n\r\nGIF89a")
+        code, out, err = self.run_program("message", "print", picture, "--pdf", self.folder / "b.pdf", "-f", "text")
+        self.assertEqual((code, out, "has no text" in err, "Error 2" in err), (65, "", True, False), err)
 
     def test_nothing_made_of_a_letter_takes_its_place(self):
         text = b"Subject: x\r\n\r\nHello\r\n"
