@@ -960,15 +960,19 @@ class MainFormTest : public QObject {
   }
 
   void anImportKeepsAnOpenedLetterAndNothingOfAnEmptyOne() {
-    for (const auto& [is_opened, restored] : {std::pair(true, "a letter"), {false, "of last week"}}) {
+    for (const auto& [name, restored] :
+         {std::pair("letter.html", "a letter"), {"letter.txt", "a letter"}, {"", "of last week"}}) {
+      const bool is_opened = *name != '\0';
       Scene scene;
       scene.rig.folder.Write("data/Recovered.htm", "<p>of last week");
       IgnoreErrors(scene.rig.settings.Write("Advanced", "Encoding", "Plain"));
       scene.Open();
-      const QString letter =
-          PathToQt(scene.rig.folder.Write("letter.html", "<html><body><p>a letter</p></body></html>"));
-      scene.rig.prompts.files = {FromQt(letter)};
-      if (is_opened) scene.window->Dispatch(CommandId::kOpen);
+      const bool is_text = std::string_view(name).ends_with(".txt");
+      if (is_opened) {
+        scene.rig.prompts.files = {
+            scene.rig.folder.Write(name, is_text ? "a letter" : "<html><body><p>a letter</p></body></html>").string()};
+        scene.window->Dispatch(CommandId::kOpen);
+      }
       scene.rig.Shown();
       QString told;
       Import(scene, scene.rig.folder.Write("a.eml", "Content-Type: text/html\r\n\r\n<p>imported"), &told);

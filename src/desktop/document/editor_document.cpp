@@ -101,6 +101,7 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
   read_.reset();
   taken_.clear();
   is_filled_in_ = false;
+  is_of_text_ = false;
   picture_places_ = document::PicturePlaces(folders_);
   editor_.SetPicturePlaces(picture_places_);
   const QUrl base = folder.empty() ? QUrl() : QUrl::fromLocalFile(PathToQt(folder) + '/');
@@ -124,6 +125,7 @@ Result<void> EditorDocument::ShowFile(const fs::path& file, document::BodyFile r
   auto shown = Show(is_text ? document::HtmlFromText(read.text) : read.text, absolute.parent_path());
   if (!shown) return shown;
   // A text becomes a document of its own: saved under the text's name it would no longer be text.
+  is_of_text_ = is_text;
   if (!is_text) {
     Name(absolute);
     read_ = std::move(read);
@@ -155,7 +157,8 @@ Result<void> EditorDocument::StartFrom(const std::string& letter) {
 Result<bool> EditorDocument::Import(const std::string& html, const fs::path& folder) {
   if (auto editable = document::CheckEditable(html); !editable) return editable.error();
   if (auto kept = KeepAside(); !kept) return kept.error();
-  const document::Draft before = AsDraft();
+  document::Draft before = AsDraft();
+  before.is_changed = before.is_changed || is_of_text_;  // nothing else has it as it stands here
   const bool is_kept = before.IsWorthKeeping() || !before.file.empty();
   if (is_kept) {
     if (auto kept = drafts_.KeepWhole(before); !kept) return kept.error();
@@ -182,6 +185,7 @@ Result<void> EditorDocument::SaveTo(const fs::path& file) {
   read_ = document::BodyFile{std::move(bytes), *saved, encoding};
   editor_.Saved();
   is_filled_in_ = false;
+  is_of_text_ = false;
   Name(file);
   IgnoreErrors(KeepFields());  // it is saved
   return {};

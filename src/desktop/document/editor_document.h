@@ -91,6 +91,7 @@ class EditorDocument final : public document::EditedDocument {
   document::Drafts drafts_;
   bool has_set_aside_ = false;  // what an earlier session left, whose place is free from then on
   bool is_filled_in_ = false;   // the body is work although nothing was typed into it
+  bool is_of_text_ = false;     // it shows a text file, which is none of its own
   bool told_not_kept_ = false;
   std::function<void(const Result<void>&)> kept_;
   std::uint64_t times_kept_ = 0;
