@@ -109,7 +109,7 @@ Result<void> MailMessage::EachField(const Part& part, const TakeField& take) con
     if (goes_on && !name.empty()) {
       value += ' ';
       value += line.text.substr(1, kLongestValue - std::min(kLongestValue, value.size()));
-    } else if (colon != std::string_view::npos && !line.text.starts_with("From ")) {
+    } else if (colon != std::string_view::npos && !line.text.starts_with("From ") && !line.text.starts_with(">From ")) {
       end_field();
       name = platform::Trim(line.text.substr(0, colon));
       value = line.text.substr(colon + 1, kLongestValue);

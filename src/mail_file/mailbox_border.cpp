@@ -1,15 +1,57 @@
 #include "mail_file/mailbox_border.h"
 
-namespace quillcast::mail_file {
+#include "mail_file/boundary.h"
+#include "mail_file/mailbox_line.h"
+#include "platform/text.h"
 
-bool IsMailboxLine(std::string_view line) {
-  if (!line.starts_with("From ")) return false;
-  const std::size_t colon = line.find(':');
-  const auto is_digit = [&](std::size_t at) { return at < line.size() && line[at] >= '0' && line[at] <= '9'; };
-  return colon != std::string_view::npos && is_digit(colon - 1) && is_digit(colon + 1);
+namespace quillcast::mail_file {
+namespace {
+
+constexpr int kMostBlankLines = 100;  // before a mailbox
+constexpr int kLinesBetweenChecks = 4096;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
+
+bool NamesBoundary(std::string_view line, std::string_view boundary) {
+  return line.find(boundary) != std::string_view::npos &&
+         platform::AsciiLower(line).find("boundary") != std::string::npos;
+}
+
+}  // namespace
+
+Result<bool> MailboxBorder::LookAtBeginning() {
+  MessageLines lines(file_, {0, file_.size()});
+  MessageLine line;
+  for (int blank = 0; blank <= kMostBlankLines; ++blank) {
+    const auto more = lines.Next(line);
+    if (!more) return more;
+    if (!*more) break;
+    if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
+    if (IsMailboxLine(line.text)) {
+      begin_ = line.begin;
+      return true;
+    }
+    if (!line.text.empty()) break;
+  }
+  return false;
+}
+
+Result<void> MailboxBorder::HearContentLength(std::string_view length, std::uint64_t content) {
+  const auto size = platform::WholeNumberBetween(length, 0, static_cast<std::int64_t>(file_.size()));
+  if (!size || content + static_cast<std::uint64_t>(*size) > file_.size()) return {};
+  const std::uint64_t end = content + static_cast<std::uint64_t>(*size);
+  MessageLines lines(file_, {end, file_.size()});
+  MessageLine line;
+  for (int blank = 0; blank <= 2; ++blank) {
+    const auto more = lines.Next(line);
+    if (!more) return more.error();
+    if (!*more || IsMailboxLine(line.text)) within_until_ = end;
+    if (!*more || !line.text.empty()) break;
+  }
+  return {};
 }
 
 bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end) {
+  if (is_behind_from_ && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
   const std::size_t colon = line.find(':');
   const bool is_field = colon != std::string_view::npos && line.find(' ') > colon;
   const bool is_passed = is_behind_from_ && is_field;
@@ -17,6 +59,26 @@ bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end)
   if (is_behind_from_) content_end_ = content_end;
   is_behind_blank_ = line.empty();
   return is_passed;
+}
+
+// Looks ahead once for a multipart: where its end does not come, the line is the next message's, and nothing more is
+// asked. An end that comes after another multipart has named the same boundary is that one's.
+Result<bool> MailboxBorder::IsWithinMessage(const MessageLine& line, std::string_view boundary) {
+  if (line.begin < within_until_) return true;
+  if (boundary.empty()) return false;
+  MessageLines lines(file_, {line.begin, file_.size()});
+  MessageLine ahead;
+  for (int count = 1;; ++count) {
+    if (count % kLinesBetweenChecks == 0) {
+      if (const auto checked = check_(); !checked) return checked.error();
+    }
+    const auto more = lines.Next(ahead);
+    if (!more) return more;
+    if (!*more || NamesBoundary(ahead.text, boundary)) return false;
+    if (DelimiterOf(ahead.text, boundary) == DelimiterKind::kClose) break;
+  }
+  within_until_ = ahead.begin;
+  return true;
 }
 
 }  // namespace quillcast::mail_file

@@ -21,7 +21,8 @@ MessageStructure::MessageStructure(const MessageFile& file, LoadMode mode, const
       faults_(faults),
       lines_(file, {0, file.size()}),
       header_lines_(faults),
-      guess_budget_(kGuessBudget) {}
+      guess_budget_(kGuessBudget),
+      border_(file, [this] { return CheckCancel(); }) {}
 
 Result<void> MessageStructure::CheckCancel() {
   if (cancel_ == nullptr || cancel_->Requested() == platform::Stop::kNone) return {};
@@ -29,6 +30,9 @@ Result<void> MessageStructure::CheckCancel() {
 }
 
 Result<void> MessageStructure::Find() {
+  const auto is_mailbox = border_.LookAtBeginning();
+  if (!is_mailbox) return is_mailbox.error();
+  is_mailbox_ = *is_mailbox;
   for (std::size_t part = AddPart(0); part != kNoPart;) {
     if (auto checked = CheckCancel(); !checked) return checked;
     PartFields fields;
@@ -87,7 +91,9 @@ std::size_t MessageStructure::AddPart(std::uint64_t begin) {
 Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, PartFields& fields) {
   const auto take = [&](std::string_view name, std::string_view value) {
     fields.Take(name, value);
-    if (part == 0) facts_.Take(name, value);
+    if (part != 0) return;
+    facts_.Take(name, value);
+    if (content_length_.empty() && platform::EqualsIgnoringAsciiCase(name, "Content-Length")) content_length_ = value;
   };
   Header header;
   header_lines_.Begin(part == 0);
@@ -97,11 +103,11 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
     if (!more) return more.error();
     if (!*more) break;
     if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
+    if (line.begin < border_.begin()) continue;
     if (IsDelimiter(line, header.delimiter)) {
       header.end = HeaderEnd::kDelimiter;
       continue;
     }
-    if (line.begin == 0) is_mailbox_ = IsMailboxLine(line.text);
     kind = header_lines_.Take(line, take);
     if (kind == HeaderLine::kTooMany) header.end = HeaderEnd::kTooManyFields;
     if (kind == HeaderLine::kTooMany || kind == HeaderLine::kBody) lines_.Back();
@@ -112,18 +118,12 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
   parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
   content_end_ = parts_[part].header.end;
   border_.BeginBody();
+  if (part == 0 && is_mailbox_ && header.end == HeaderEnd::kBody) {
+    if (const auto heard = border_.HearContentLength(content_length_, content_end_); !heard) return heard.error();
+  }
   return header;
 }
 
-// Makes of a part what its fields say, and a level of what holds others.
-Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, const Header& header) {
-  Part& it = parts_[part];
-  it.source.bytes = {it.header.end, it.header.end};
-  PartMeaning meaning = ReadPartFields(fields, it);
-  if (it.message != kNoPart) it.marker = Marker::kNone;
-  if (header.end == HeaderEnd::kTooManyFields) return {};
-  if (!meaning.is_multipart && !meaning.is_message) return {};
-  if (levels_.size() >= kMostNesting) {
 // A text or page that is a form of the message, or what the pictures beside it belong to, is no attachment, though some
 // programs give it a name.
 bool MessageStructure::IsBodyByItsPlace(std::size_t part) const {
@@ -135,12 +135,21 @@ bool MessageStructure::IsBodyByItsPlace(std::size_t part) const {
   return holder == "multipart/alternative" || (holder == "multipart/related" && (is_first || is_start));
 }
 
+// Makes of a part what its fields say, and a level of what holds others.
+Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, const Header& header) {
+  Part& it = parts_[part];
+  it.source.bytes = {it.header.end, it.header.end};
+  PartMeaning meaning = ReadPartFields(fields, it);
+  if (!meaning.is_to_be_saved && IsBodyByItsPlace(part)) it.marker = Marker::kBody;
+  if (it.message != kNoPart) it.marker = Marker::kNone;
+  if (header.end == HeaderEnd::kTooManyFields) return {};
+  if (!meaning.is_multipart && !meaning.is_message) return {};
+  if (levels_.size() >= kMostNesting) {
     faults_.Add(LoadCode::kException,
                 Say("Parts are nested deeper than {}; what lies in the part at byte {} is one part.", kMostNesting,
                     it.header.begin));
     it.marker = it.message == kNoPart ? Marker::kAttachment : Marker::kNone;
     return {};
-  if (!meaning.is_to_be_saved && IsBodyByItsPlace(part)) it.marker = Marker::kBody;
   }
   if (meaning.is_multipart) {
     if (meaning.has_two_boundaries)
@@ -208,6 +217,10 @@ Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
     if (!*more) break;
     if (IsDelimiter(line, found)) return found;
     if (is_mailbox_ && border_.IsPassedBy(line.text, content_end_)) {
+      const auto is_within = IsWithinMessage(line);
+      if (!is_within) return is_within.error();
+      content_end_ = line.end;
+      if (*is_within) continue;
       found.kind = DelimiterKind::kNone;
       found.content_end = found.next = border_.content_end();
       if (const auto counted = CountMessages(); !counted) return counted.error();
@@ -218,6 +231,12 @@ Result<MessageStructure::Delimiter> MessageStructure::NextDelimiter() {
   found.kind = DelimiterKind::kNone;
   found.content_end = found.next = lines_.position();
   return found;
+}
+
+// Whether what looks like the first field of the next message lies within this one.
+Result<bool> MessageStructure::IsWithinMessage(const MessageLine& line) {
+  const auto open = std::ranges::find_if(levels_, [](const Level& level) { return !level.boundary.empty(); });
+  return border_.IsWithinMessage(line, open == levels_.end() ? std::string_view() : open->boundary);
 }
 
 // Those behind the first of a mailbox, from within the second to the end.

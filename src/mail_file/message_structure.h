@@ -57,6 +57,7 @@ class MessageStructure {
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);
   Result<void> FindBoundary(std::size_t part, std::string& boundary);
   Result<Delimiter> NextDelimiter();
+  Result<bool> IsWithinMessage(const MessageLine& line);
   Result<void> CountMessages();
   bool IsDelimiter(const MessageLine& line, Delimiter& out) const;
   void CloseInnermost(bool is_closed, std::uint64_t end);
@@ -76,7 +77,8 @@ class MessageStructure {
   std::size_t guess_budget_;
   std::uint64_t content_end_ = 0;  // of the line that came last, without its end
   bool has_rest_ = false;
-  bool is_mailbox_ = false;  // begins as one
+  bool is_mailbox_ = false;     // begins as one
+  std::string content_length_;  // as the first message gives it
   MailboxBorder border_;
 };
 

@@ -591,6 +591,8 @@ TEST(Growth, OfMessageFiles) {
        {"a list of mailboxes", ReadMessage("To: ")},
        {"a relay stamp", ReadMessage("Received: ")},
        {"a content type", ReadMessage("Content-Type: text/plain; ")},
+       {"a mailbox",
+        ReadMessage("From b Sat Nov 14 22:40:05 2026\nContent-Type: multipart/mixed; boundary=b\n\n--b\n\n")},
        {"a multipart", ReadMessage("Content-Type: multipart/mixed; boundary=b\n\n--b\n")},
        {"a multipart without a boundary", ReadMessage("Content-Type: multipart/mixed\n\n")},
        {"a text", ReadMessage("Subject: x\n\n")},

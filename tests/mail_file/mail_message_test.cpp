@@ -140,7 +140,20 @@ TEST(MailMessage, TellsOfTheMessagesBehindIt) {
            {"behind an empty one", "From bob@x.org Sat Nov 14 22:41:00 2026\nX: y\n\nFrom b 1:2\nX: y\n", true},
            {"no blank line before it", "a\nFrom bob@x.org Sat Nov 14 22:41:00 2026\nSubject: y\n", false},
            {"no time in it", "a\n\nFrom here on:\nSubject: y\n", false},
-           {"no fields behind it", "a\n\nFrom 8:00 on\nwe meet: all\n", false},
+           {"a time alone", "a\n\nFrom now on at 10:30 we meet\nNote: all\n", false},
+           {"of a log", "a\n\nFrom server1 log at 12:30:\nERROR: all\n", false},
+           {"a day and a time", "a\n\nFrom Sat Nov 14 at 10:30 we meet in 2026 again\nNote: all\n", false},
+           {"no fields behind it", "a\n\nFrom bob@x.org Sat Nov 14 22:41:00 2026\nwe meet: all\n", false},
+           {"nothing behind it", "a\n\nFrom \nX-Mozilla-Status: 0001\n", true},
+           {"a dash", "a\n\nFrom -\nSubject: y\n", true},
+           {"colons in the address", "a\n\nFrom \"a:b\"@x Sat Nov 14 22:40:05 2026\nSubject: y\n", true},
+           {"a zone before the year", "a\n\nFrom b@x Sat Nov  4 22:40:05 CET 2026\nSubject: y\n", true},
+           {"a zone behind the year", "a\n\nFrom b@x Sat Nov 14 22:40:05 2026 +0100\nSubject: y\n", true},
+           {"no seconds", "a\n\nFrom b@x Sat Nov 14 22:40 2026\nSubject: y\n", true},
+           {"the day first", "a\n\nFrom b@x Sat, 14 Nov 2026 22:40:05 +0000\nSubject: y\n", true},
+           {"in numbers", "a\n\nFrom b@x 2026-11-14 22:40:05\nSubject: y\n", true},
+           {"by UUCP", "a\n\nFrom b Sat Nov 14 22:40:05 2026\n>From b Sat Nov 14 22:40:05 2026 remote from x\nX: y\n",
+            true},
            {"none", "a\n", false},
        }) {
     for (const std::string& first : {line, std::string()}) {
@@ -172,6 +185,46 @@ TEST(MailMessage, EndsWhereTheNextOfAMailboxBegins) {
     EXPECT_EQ(loading.message->parts().front().source.bytes.end,
               (std::string("From ada@x.org Sat Nov 14 22:40:05 2026\n") + first).size() + 1)
         << name;
+  }
+}
+
+// What looks like the next message and is not.
+TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
+  const test::TemporaryFolder folder;
+  const std::string line = "From ada@x.org Sat Nov 14 22:40:05 2026\n";
+  const std::string next = "\n" + line + "Subject: y\n\nother\n";
+  const std::string multipart = "Content-Type: multipart/mixed; boundary=b\n\n--b\n\none\n--b\n";
+  const std::string attached = "Content-Type: message/rfc822\n\n" + line + "Subject: inner\n\ninner\n";
+  const std::string mailbox = "Content-Disposition: attachment\n\n" + line + "X: y\n\na\n" + next + next;
+  const std::string end = "\n--b\n\ntwo\n--b--\n";
+  const std::string quote = "one\n" + next + "two";
+  const auto sized = [](std::size_t size) { return "Content-Length: " + std::to_string(size) + "\n\n"; };
+  struct Case {
+    const char* name;
+    std::string first;
+    int more;
+    bool is_whole;  // "two" is there
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"an attached message", multipart + attached + end + next, 1, true},
+           {"an attached mailbox", multipart + mailbox + end, 0, true},
+           {"a multipart that is not closed", multipart + "\ntwo\n" + next, 1, true},
+           {"one that the next one closes", multipart + "\ntwo\n\n" + line + multipart + "\nother\n--b--\n", 1, true},
+           {"a length", sized(quote.size()) + quote + "\n" + next, 1, true},
+           {"a length to the end", sized(quote.size()) + quote, 0, true},
+           {"a length that leads nowhere", sized(quote.size() - 3) + quote + "\n" + next, 2, false},
+           {"a length beyond the end", sized(10'000) + quote, 1, false},
+       }) {
+    for (const char* before : {"", "\n\n"}) {
+      const Loading loading = LoadFile(folder.Write("box", before + line + c.first));
+      std::string told;
+      for (const LoadFault& fault : loading.faults) told += fault.what.InEnglish();
+      const std::string count = " " + std::to_string(c.more) + " more";
+      EXPECT_EQ(told.find(c.more > 0 ? count : "mailbox") != std::string::npos, c.more > 0) << c.name << told;
+      const std::string text = loading.message->TextBody().ValueOr("");
+      EXPECT_EQ(text.find("two") != std::string::npos, c.is_whole) << c.name << text;
+      EXPECT_FALSE(c.is_whole && text.ends_with("other\r\n")) << c.name << text;
+    }
   }
 }
 
