@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <span>
 
 #include "mail_file/body_part.h"
@@ -71,8 +70,9 @@ class Walk {
 
   // The last of the best.
   std::size_t Best(Places forms) {
-    return *std::ranges::max_element(forms | std::views::reverse, {},
-                                     [this](std::size_t form) { return RankOf(form); });
+    std::size_t best = forms.front();
+    for (const std::size_t form : forms) best = RankOf(form) < RankOf(best) ? best : form;
+    return best;
   }
 
   // Of a packed part and the text before it the one that serves better stays.

@@ -23,7 +23,7 @@ Result<bool> MailboxBorder::LookAtBeginning() {
   MessageLine line;
   for (int blank = 0; blank <= kMostBlankLines; ++blank) {
     const auto more = lines.Next(line);
-    if (!more) return more;
+    if (!more) return more.error();
     if (!*more) break;
     if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
     if (IsMailboxLine(line.text)) {
@@ -73,7 +73,7 @@ Result<bool> MailboxBorder::IsWithinMessage(const MessageLine& line, std::string
       if (const auto checked = check_(); !checked) return checked.error();
     }
     const auto more = lines.Next(ahead);
-    if (!more) return more;
+    if (!more) return more.error();
     if (!*more || NamesBoundary(ahead.text, boundary)) return false;
     if (DelimiterOf(ahead.text, boundary) == DelimiterKind::kClose) break;
   }
