@@ -19,7 +19,7 @@ struct JournalPlace {
   std::filesystem::path file;     // runs.db, made where it is missing
   std::string boot = ThisBoot();  // which of the computer's starts this is
   const platform::Clock* clock = nullptr;
-  Disk* disk = nullptr;  // the system's where there is none
+  Disk* disk = nullptr;                                                       // the system's where there is none
   platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};  // a cancel ends what is no sending
   int long_log = 8192;  // pages that the log grows by until it is taken into the file: 32 MiB
 
