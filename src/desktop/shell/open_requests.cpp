@@ -42,7 +42,8 @@ void OpenRequests::Wait(const std::vector<std::string>& arguments) {
 }
 
 bool OpenRequests::HasWindow() const {
-  return !waiting_.empty() && waiting_.front().starts_with('/') && document::IsNamedAsMessageFile(waiting_.front());
+  const auto& first = opens_ ? opening_ : waiting_;
+  return !first.empty() && first.front().starts_with('/') && document::IsNamedAsMessageFile(first.front());
 }
 
 // A document may be there when the main window is shown; another window would stand there before it.
@@ -56,7 +57,8 @@ void OpenRequests::Resume() {
 void OpenRequests::OpenWaiting() {
   while (!waiting_.empty() && MayOpen()) {
     opens_ = true;
-    Open(std::exchange(waiting_, {}));
+    opening_ = std::exchange(waiting_, {});
+    Open(opening_);
     opens_ = false;
     emit Opened();
   }

@@ -22,7 +22,7 @@ class OpenRequests final : public QObject {
   void Add(const std::vector<std::string>& arguments);
   // To be called when the window may have become free, or is shown.
   void Resume();
-  bool is_waiting() const { return !waiting_.empty(); }
+  bool is_waiting() const { return opens_ || !waiting_.empty(); }  // or is being opened
   // What waits has a window of its own.
   bool HasWindow() const;
 
@@ -39,6 +39,7 @@ class OpenRequests final : public QObject {
   Shell& shell_;
   std::function<bool()> is_free_;
   std::vector<std::string> waiting_;  // the first is to be opened, the others are to be named
+  std::vector<std::string> opening_;  // while opens_
   bool opens_ = false;
 };
 
