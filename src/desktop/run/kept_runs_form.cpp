@@ -68,7 +68,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       task_(new BackgroundTask(this)) {
   setObjectName("KeptRunsForm");
   setWindowTitle(tr("Runs"));
-  resize(760, 480);
+  resize(560, 380);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
   grid_->SetLongText(LongText::kWrapped);
   grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
@@ -100,8 +100,8 @@ void KeptRunsForm::MakeButtons(FormColumn* column) {
   make_group_ = make("MakeGroupButton", tr("&Make Group"), [this] { MakeGroup(); });
   report_ = make("PageButton", tr("&Report…"), [this] { WriteReport(); });
   forget_ = make("ForgetButton", tr("&Forget…"), [this] { Forget(); });
-  column->AddLine(
-      {send_, list_, make_group_, report_, forget_, nullptr, make("CloseButton", tr("Close"), [this] { reject(); })});
+  column->AddLine({send_, list_, make_group_, nullptr});
+  column->AddLine({report_, forget_, nullptr, make("CloseButton", tr("Close"), [this] { reject(); })});
 }
 
 void KeptRunsForm::Fill() {
