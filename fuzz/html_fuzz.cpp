@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "html/closed_page.h"
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "html/local_names.h"
@@ -39,6 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (RewriteReferences(html, pictures, std::vector<std::string>(pictures.size())) != html) std::abort();
   const std::string sent = RewriteReferences(html, pictures, std::vector<std::string>(pictures.size(), "cid:x"));
   if (pictures.size() < 1000 && !FindLocalPictures(sent).empty()) std::abort();
+
+  if (!HtmlToText(ClosedPage(html) + "<p>zq</p>").ends_with("zq\n")) std::abort();
 
   const std::string nameless = WithoutLocalNames(html);
   if (WithoutLocalNames(nameless) != nameless) std::abort();
