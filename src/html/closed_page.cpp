@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kMostOpen = 500;  // in each other; browsers end there too
 
-// No end tag reaches out of these but those of tables (WHATWG HTML 13.2.4.2).
+// No end tag reaches out of these but those of tables, which reach as far as their own (WHATWG HTML 13.2.4.2).
 constexpr auto kWalls =
     std::to_array<std::string_view>({"applet", "caption", "marquee", "object", "table", "td", "template", "th"});
 constexpr auto kOfTables =
@@ -33,7 +33,7 @@ class OpenElements {
  public:
   void Start(const std::string& name) {
     if (name == "p" || IsBlock(RoleOf(name)) || name == "hr") has_paragraph_ = name == "p";
-    if (name == "p" || name == "html" || name == "head" || name == "body" || HasNoContent(name)) return;
+    if (name == "p" || HasNoContent(name)) return;
     if (open_.size() == kMostOpen) {
       ++beyond_[name];
     } else {
@@ -50,7 +50,9 @@ class OpenElements {
     const bool is_of_table = IsAmong(name, kOfTables);
     for (std::size_t place = open_.size(); place-- > 0;) {
       if (open_[place] == name) return Close(place);
-      if (!is_of_table && IsAmong(open_[place], kWalls)) return;
+      const bool is_wall =
+          is_of_table ? open_[place] == "table" || open_[place] == "template" : IsAmong(open_[place], kWalls);
+      if (is_wall) return;
     }
   }
 
@@ -93,12 +95,15 @@ std::string ClosedPage(std::string_view page) {
     if (last == HtmlTokenKind::kStartTag && HasRawText(token.name)) raw = token.name;
     if (last == HtmlTokenKind::kEndTag) raw.clear();
   }
-  const bool breaks_off = last == HtmlTokenKind::kComment || raw == kEndless;
+  const bool is_none = last == HtmlTokenKind::kComment || last == HtmlTokenKind::kDoctype;
+  const bool breaks_off = is_none || raw == kEndless;
   std::string out(page.substr(0, breaks_off ? token.begin : page.size()));
   if (raw == kEndless) {
     out.append("<pre>").append(EscapedForHtml(page.substr(token.end))) += "</pre>";
   } else if (!raw.empty()) {
     out.append("</").append(raw) += '>';
+  } else if (out.ends_with("</")) {  // which is text at the end of a page alone
+    out.replace(out.size() - 2, 1, "&lt;");
   }
   open.End(raw);
   return out + open.EndTags();
