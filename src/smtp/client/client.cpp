@@ -187,7 +187,7 @@ net::Deadline Client::Driver::AskAgain() const {
 void Client::Driver::RestUntilDue() {
   const auto now = around_.clock.Monotonic();
   if (!rests_since_) rests_since_ = now;
-  if (connection_ && *jobs_.due() - *rests_since_ >= kIdleKept) {
+  if (connection_ && *jobs_.due() >= *rests_since_ + kIdleKept) {
     connection_->Quit(kQuitPatience, Stop::kStop);
     connection_.reset();
   }
