@@ -25,12 +25,6 @@ struct ForgetOptions {
   bool finished = false;
 };
 
-std::string TimeText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
-  const std::tm local = clock.Local(moment);
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour, local.tm_min, local.tm_sec);
-}
-
 const char* WordOf(run::RunKind kind) {
   switch (kind) {
     case run::RunKind::kFirst:
@@ -60,7 +54,7 @@ nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::Run
   nlohmann::ordered_json object = {{"run", run.id},
                                    {"mailing", mailing.runs.front().id},
                                    {"kind", WordOf(run.kind)},
-                                   {"began", TimeText(run.began, clock)},
+                                   {"began", run::MomentText(run.began, clock)},
                                    {"standing", WordOf(run.standing)},
                                    {"recipients", run.recipients},
                                    {"history", run.history}};
@@ -82,8 +76,8 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
         is_first ? fmt::format("\"{}\" to {}", platform::Printable(mailing.subject, kLongestSubject), mailing.group)
                  : WordOf(run.kind);
     context.output.Line(
-        fmt::format("{}#{}  {}  {}, {}{}", is_first ? "" : "    ", run.id, TimeText(run.began, context.clock), what,
-                    platform::Counted(run.recipients, "recipient", "recipients"),
+        fmt::format("{}#{}  {}  {}, {}{}", is_first ? "" : "    ", run.id, run::MomentText(run.began, context.clock),
+                    what, platform::Counted(run.recipients, "recipient", "recipients"),
                     run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
     context.output.Object(AsObject(mailing, run, context.clock));
   }
@@ -112,7 +106,7 @@ void ShowRow(const Context& context, const run::JournalRow& row) {
       {"position", row.position}, {"address", row.recipient.email()},    {"state", run::Name(row.state)},
       {"code", row.code},         {"reply", smtp::ReplyText(row.reply)}, {"reason", row.reason},
       {"attempts", row.attempts}};
-  if (row.when) object["time"] = TimeText(*row.when, context.clock);
+  if (row.when) object["time"] = run::MomentText(*row.when, context.clock);
   context.output.Object(object);
 }
 

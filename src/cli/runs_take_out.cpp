@@ -18,12 +18,6 @@ struct TakeOutOptions {
   std::string group;
 };
 
-std::int64_t CountIn(const run::MailingEntry& mailing, const run::StateSet& states) {
-  std::int64_t count = 0;
-  for (std::size_t n = 0; n < run::kResultStates; ++n) count += states[n] ? mailing.counts[n] : 0;
-  return count;
-}
-
 // Writes what `fill` gives into the file, which is asked about where it is locked.
 Result<void> WriteFile(Context& context, const std::string& file,
                        const std::function<Result<void>(const std::function<Result<void>(std::string_view)>&)>& fill) {
@@ -75,7 +69,7 @@ int RunExport(Context& context, const TakeOutOptions& options) {
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
-    if (CountIn(*mailing, *states) == 0) return run::NobodyIn(*states);
+    if (run::CountIn(mailing->counts, *states) == 0) return run::NobodyIn(*states);
     if (!options.file.empty()) return ExportToFile(context, journal, *mailing, *states, options.file);
     return ExportToGroup(context, *folders, journal, *mailing, *states, options.group);
   });

@@ -49,12 +49,6 @@ std::string Safe(std::string_view text, std::size_t longest = 300) {
   return html::EscapedForHtml(platform::Printable(text, longest));
 }
 
-std::string TimeText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
-  const std::tm local = clock.Local(moment);
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour, local.tm_min, local.tm_sec);
-}
-
 std::string Number(std::int64_t number) { return platform::WithThousands(number); }
 
 // Any that there are at all get a line that can be seen.
@@ -101,8 +95,8 @@ void Page::Begin() {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
                        : run.kind == RunKind::kResume ? "Gone on with"
                                                       : "Tried again";
-    Put(fmt::format(" {} {}{}.", what, TimeText(run.began, clock_),
-                    run.ended ? " to " + TimeText(*run.ended, clock_) : ""));
+    Put(fmt::format(" {} {}{}.", what, MomentText(run.began, clock_),
+                    run.ended ? " to " + MomentText(*run.ended, clock_) : ""));
   }
   Put("</p>\n");
 }
@@ -165,7 +159,7 @@ void Page::OverTime(const MailingTally& tally, std::chrono::sys_seconds first) {
           fmt::format("<rect class=\"{}\" x=\"{:.2f}\" y=\"{:.2f}\" width=\"{:.2f}\" height=\"{:.2f}\"><title>{}: {} {}"
                       "</title></rect>\n",
                       kind, x, 14 + kHeight - top, std::max(wide - 1, 0.5), high(count),
-                      TimeText(first + tally.step() * static_cast<std::int64_t>(n), clock_), Number(count),
+                      MomentText(first + tally.step() * static_cast<std::int64_t>(n), clock_), Number(count),
                       kind == std::string_view("sent") ? "sent" : "not sent"));
     };
     rectangle("sent", high(column.sent), column.sent);
@@ -176,7 +170,7 @@ void Page::OverTime(const MailingTally& tally, std::chrono::sys_seconds first) {
       fmt::format("<text x=\"0\" y=\"10\">{} in {}</text>\n<text x=\"0\" y=\"{}\">{}</text>\n<text x=\"{}\" y=\"{}\" "
                   "text-anchor=\"end\">{}</text>\n</svg>\n",
                   Number(most), platform::Counted(tally.step().count(), "second", "seconds"), kHeight + 30,
-                  TimeText(first, clock_), kWidth, kHeight + 30, TimeText(end, clock_)));
+                  MomentText(first, clock_), kWidth, kHeight + 30, MomentText(end, clock_)));
 }
 
 void Page::BeginNames() {

@@ -29,9 +29,7 @@ Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& state
 PreparedRun::PreparedRun(GoingOn going_on, const RunPlace& place)
     : going_on_(std::move(going_on)), document_(going_on_->frozen.inputs.document), place_(place) {
   group_.group.name = going_on_->mailing.group;
-  for (std::size_t n = 0; n < kResultStates; ++n) {
-    if (going_on_->states[n]) group_.recipients += going_on_->mailing.counts[n];
-  }
+  group_.recipients = CountIn(going_on_->mailing.counts, going_on_->states);
 }
 
 Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForRun(recipients::Reading reading) const {

@@ -1,5 +1,7 @@
 #include "run/run_words.h"
 
+#include <fmt/format.h>
+
 #include "smtp/outcome_text.h"
 
 namespace quillcast::run {
@@ -38,6 +40,12 @@ const char* MeaningOf(ResultState state) {
       break;
   }
   return "The message is on its way.";
+}
+
+std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(moment);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                     local.tm_hour, local.tm_min, local.tm_sec);
 }
 
 std::optional<Sentence> NotTriedIn(const RunSummary& summary) {

@@ -1,9 +1,11 @@
 // What is told of a run beside its report and its results, in the same words by every face.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
+#include "platform/clock.h"
 #include "platform/sentence.h"
 #include "run/carrier.h"
 #include "run/journal/recipient_states.h"
@@ -20,6 +22,8 @@ const char* Name(Delivery delivery);
 std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery);
 // What a state means for whoever sends, as a sentence.
 const char* MeaningOf(ResultState state);
+// "2026-11-27 09:05:07", as the clock on the wall has it.
+std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 

@@ -156,10 +156,7 @@ std::optional<run::RunKind> KeptRunsForm::Kind() const {
 
 std::int64_t KeptRunsForm::Count() const {
   const run::MailingEntry* mailing = Chosen();
-  if (mailing == nullptr) return 0;
-  std::int64_t count = 0;
-  for (std::size_t n = 0; n < run::kResultStates; ++n) count += States()[n] ? mailing->counts[n] : 0;
-  return count;
+  return mailing == nullptr ? 0 : run::CountIn(mailing->counts, States());
 }
 
 void KeptRunsForm::EnableButtons() {

@@ -26,4 +26,10 @@ ResultState StateOf(smtp::State state) {
   return ResultState::kUnknown;
 }
 
+std::int64_t CountIn(const StateCounts& counts, const StateSet& states) {
+  std::int64_t count = 0;
+  for (std::size_t n = 0; n < kResultStates; ++n) count += states[n] ? counts[n] : 0;
+  return count;
+}
+
 }  // namespace quillcast::run

@@ -27,5 +27,7 @@ inline StateSet SetOf(std::initializer_list<ResultState> states) {
 inline bool Holds(const StateSet& set, ResultState state) { return set[static_cast<std::size_t>(state)]; }
 
 using StateCounts = std::array<std::int64_t, kResultStates>;
+// How many are in one of these states.
+std::int64_t CountIn(const StateCounts& counts, const StateSet& states);
 
 }  // namespace quillcast::run
