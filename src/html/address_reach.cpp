@@ -30,6 +30,12 @@ bool BeginsWithDrive(std::string_view text) {
   return text.size() >= 3 && IsLetter(text[0]) && (text[1] == ':' || text[1] == '|') && IsSlash(text[2]);
 }
 
+// The same, and "UNC\server\x".
+bool BeginsWithDevice(std::string_view text) {
+  return BeginsWithDrive(text) ||
+         (text.size() > 3 && platform::StartsWithIgnoringAsciiCase(text, "UNC") && IsSlash(text[3]));
+}
+
 // "ada@example.org:8080" of "ada@example.org:8080/x".
 std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
 
@@ -62,7 +68,7 @@ AddressReach ReachWithoutScheme(std::string_view address) {
   const std::size_t slashes = address.size() - rest.size();
   if (BeginsWithDrive(rest)) return AddressReach::kFile;
   if (slashes < 2 || rest.empty()) return AddressReach::kNeither;
-  if (rest[0] == '?' && BeginsWithDrive(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
+  if (rest[0] == '?' && BeginsWithDevice(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
   if (address.starts_with("\\\\") || HoldsFile(rest)) return AddressReach::kFile;
   const std::string_view authority = AuthorityOf(rest);
   if (NamesServer(authority)) return AddressReach::kNet;
@@ -76,6 +82,26 @@ bool IsWebScheme(std::string_view scheme) {
 
 bool IsContactScheme(std::string_view scheme) {
   return IsAmong(std::to_array<std::string_view>({"mailto", "tel", "sms"}), scheme);
+}
+
+// What mail programs call a part of a letter they keep: "mailbox:///home/ada/Drafts?part=1.2",
+// "imap://ada@x.example/fetch%3EUID>/INBOX>7".
+bool IsOfMailProgram(std::string_view scheme, std::string_view rest) {
+  if (IsAmong(std::to_array<std::string_view>({"mailbox", "mailbox-message", "imap-message"}), scheme)) return true;
+  const std::string_view path = rest.substr(AuthorityOf(rest).size());
+  return platform::EqualsIgnoringAsciiCase(scheme, "imap") &&
+         platform::StartsWithIgnoringAsciiCase(path.substr(std::min<std::size_t>(1, path.size())), "fetch");
+}
+
+// Of "editor://file/home/ada/x", so programs ask for a file of this computer. What others call a file there is not:
+// "design://file/7/Plan", "chat://file?id=7".
+bool BeginsWithFolder(std::string_view path) {
+  const std::string_view rest = WithoutSlashes(path);
+  if (path.size() - rest.size() > 1 || BeginsWithDrive(rest)) return true;
+  constexpr auto kFolders =
+      std::to_array<std::string_view>({"Applications", "etc", "home", "Library", "media", "mnt", "opt", "private",
+                                       "root", "run", "srv", "tmp", "Users", "usr", "var", "Volumes"});
+  return rest.size() < path.size() && IsAmong(kFolders, AuthorityOf(rest));
 }
 
 AddressReach FileOrNet(bool is_file) { return is_file ? AddressReach::kFile : AddressReach::kNet; }
@@ -104,9 +130,12 @@ AddressReach ReachOf(std::string_view address) {
   if (IsWebScheme(scheme)) return FileOrNet(HoldsFile(WithoutSlashes(rest)));
   if (IsContactScheme(scheme)) return FileOrNet(BeginsWithDrive(rest) || IsFileScheme(SchemeOfAddress(rest)));
   if (!rest.starts_with("//")) return AddressReach::kNeither;
-  const std::string_view host = AuthorityOf(rest.substr(2));
-  // "editor://file/home/ada/x": so programs ask for a file of this computer.
-  if (HoldsFile(rest.substr(2)) || IsFileScheme(host)) return AddressReach::kFile;
+  const std::string_view place = rest.substr(2);
+  const std::string_view host = AuthorityOf(place);
+  if (IsOfMailProgram(scheme, place) || HoldsFile(place) || BeginsWithDrive(WithoutSlashes(place)) ||
+      (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
+    return AddressReach::kFile;
+  }
   return NamesServer(host) ? AddressReach::kNet : AddressReach::kNeither;
 }
 

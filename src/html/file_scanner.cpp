@@ -17,7 +17,18 @@ bool IsSlash(char c) { return c == '/' || c == '\\'; }
 bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F; }
 bool IsLetter(char c) { return platform::AsciiLower(c) >= 'a' && platform::AsciiLower(c) <= 'z'; }
 bool IsOfWord(char c) { return platform::AsciiIsAlnum(c) || c == '+' || c == '-' || c == '.'; }
+bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
 bool IsOfName(char c) { return platform::AsciiIsAlnum(c) || static_cast<unsigned char>(c) >= 0x80; }
+
+// Whether `name`, which stands between backslashes, is an escape of a text within a text, as in "\\u003cp\\u003e",
+// "\\n\\t" and "\\w\\.x". The slashes of "\\\\server\\share" are fewer behind it.
+bool IsEscape(std::string_view name, std::size_t slashes, std::string_view behind) {
+  const std::size_t same = std::min(behind.find_first_not_of('\\'), behind.size());
+  if (name.size() == 1) return same >= slashes && IsAmong(platform::AsciiLower(name[0]), "bdfnrstw");
+  const std::string_view code = name.substr(1, 4);
+  const bool is_code = name[0] == 'u' && code.size() == 4 && std::all_of(code.begin(), code.end(), IsHexDigit);
+  return is_code && (same >= slashes || behind.starts_with("\\/"));
+}
 
 }  // namespace
 
@@ -115,11 +126,21 @@ bool FileScanner::IsDrive(std::size_t colon) const {
   if (!IsSlash(CharacterAt(colon + 1))) return false;
   if (text_[colon + 1] == '/') {
     const bool is_part = colon > 1 && IsAmong(text_[colon - 2], "+-._");
-    return !is_part && (IsOfName(CharacterAt(colon + 2)) || IsAmong(CharacterAt(colon + 2), "_~(%"));
+    const std::size_t name = colon + 2;
+    if (is_part || !(IsOfName(CharacterAt(name)) || IsAmong(CharacterAt(name), "_~(%"))) return false;
+    return kind_ == Text::kOfPrograms || !IsSizeOrUnit(colon);
   }
   std::size_t name = colon + 2;
   while (IsSlash(CharacterAt(name))) ++name;  // as scripts write it
   return IsOfName(CharacterAt(name)) || (name < text_.size() && IsAmong(text_[name], "_~(%$#@![{+-.^&"));
+}
+
+// In words, "S:/M:/L" and "C:/D:" are a list, and "p:/unit" is what a thing costs; a folder has more behind it.
+bool FileScanner::IsSizeOrUnit(std::size_t colon) const {
+  std::size_t end = colon + 2;
+  while (IsOfName(CharacterAt(end))) ++end;
+  if (end == colon + 3) return end == text_.size() || text_[end] == ':';
+  return platform::AsciiLower(text_[colon - 1]) == text_[colon - 1] && end == text_.size();
 }
 
 // "\\server\share", "\\server/share", "app:///\\server\share".
@@ -128,9 +149,14 @@ bool FileScanner::IsShare() const {
   const std::size_t begin = std::min(text_.find_first_not_of('/', at_), text_.size());
   const std::size_t name = std::min(text_.find_first_not_of('\\', begin), text_.size());
   if (begin == at_ + 1 || name < begin + 2 || IsOfWord(before) || before == '_') return false;
+  if (platform::StartsWithIgnoringAsciiCase(text_.substr(name), "?\\UNC\\") ||
+      platform::StartsWithIgnoringAsciiCase(text_.substr(name), "?\\\\UNC\\")) {
+    return true;  // as programs write it, and in a script
+  }
   std::size_t end = name;
-  while (IsOfWord(CharacterAt(end)) || IsOfName(CharacterAt(end)) || IsAmong(CharacterAt(end), "_$@")) ++end;
-  return end > name && IsSlash(CharacterAt(end)) && !IsBlank(CharacterAt(end + 1));
+  while (IsOfName(CharacterAt(end)) || (end < text_.size() && IsAmong(text_[end], "-._$@"))) ++end;
+  if (end == name || !IsSlash(CharacterAt(end)) || IsBlank(CharacterAt(end + 1))) return false;
+  return !IsEscape(text_.substr(name, end - name), name - begin, text_.substr(end));
 }
 
 // Finds its end, unless at_ is within one: what its query asks for may look like others.

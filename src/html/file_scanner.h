@@ -38,6 +38,7 @@ class FileScanner {
   bool ReadScheme(std::size_t colon);
   bool IsFile(std::size_t colon);
   bool IsDrive(std::size_t colon) const;
+  bool IsSizeOrUnit(std::size_t colon) const;
   bool IsShare() const;
   void BeginAddress(std::size_t from);
   bool EndsAddress(char c);

@@ -43,6 +43,24 @@ Quote ReadQuote(std::string_view css, CssPlace place) {
   return {};
 }
 
+// "C:\x", "c:/x\y", "\\server\x", "file:\\\C:\x", also percent-encoded.
+bool IsPathOfWindows(std::string_view address) {
+  const std::string decoded = platform::PercentDecoded(address).value_or(std::string(address));
+  std::string_view rest = platform::Trim(decoded);
+  const bool is_file = StartsWithIgnoringAsciiCase(rest, "file:");
+  if (is_file) rest.remove_prefix(5);
+  const std::size_t slashes = std::min(rest.find_first_not_of("/\\"), rest.size());
+  const std::string_view path = rest.substr(slashes);
+  if (path.size() > 2 && (path[1] == ':' || path[1] == '|') && platform::AsciiIsAlnum(path[0])) {
+    return path[2] == '/' || path[2] == '\\';
+  }
+  return rest.starts_with(is_file ? "\\" : "\\\\");
+}
+
+std::string Written(std::string_view css, CssPlace place) {
+  return place == CssPlace::kAttribute ? DecodeCharacterReferences(css, true) : std::string(css);
+}
+
 class CssReader {
  public:
   CssReader(std::string_view css, CssPlace place) : css_(css), place_(place) {}
@@ -85,6 +103,8 @@ class CssReader {
     const std::size_t begin = at_ += quote.length;
     if (quote.length > 0) {
       SkipTo(quote);
+    } else if (BeginsPath()) {
+      SkipPath();
     } else {
       while (at_ < css_.size() && css_[at_] != ')') SkipCharacter();
     }
@@ -95,6 +115,20 @@ class CssReader {
     }
     at_ += ReadQuote(css_.substr(at_), place_).length;  // it begins no string
     return address;
+  }
+
+  bool BeginsPath() const {
+    constexpr std::size_t kLongEnough = 80;  // "&#92;" is a sign
+    return IsPathOfWindows(Written(css_.substr(at_, kLongEnough), place_));
+  }
+
+  // No browser reads "C:\Program Files (x86)\x" there; whoever put it there meant it as a whole.
+  void SkipPath() {
+    std::size_t open = 0;
+    for (; at_ < css_.size() && (open > 0 || css_[at_] != ')'); ++at_) {
+      if (css_[at_] == '(') ++open;
+      if (css_[at_] == ')') --open;
+    }
   }
 
   void SkipTo(Quote quote) {
@@ -146,8 +180,11 @@ std::vector<CssRange> FindCssImports(std::string_view css, CssPlace place) {
 }
 
 std::string DecodeCssAddress(std::string_view written, CssPlace place) {
-  const std::string text =
-      place == CssPlace::kAttribute ? DecodeCharacterReferences(written, true) : std::string(written);
+  const std::string text = Written(written, place);
+  return IsPathOfWindows(text) ? text : UnescapedCss(text);
+}
+
+std::string UnescapedCss(std::string_view text) {
   std::string out;
   for (std::string_view rest = text;;) {
     const std::size_t plain = rest.find('\\');

@@ -24,7 +24,11 @@ std::vector<CssRange> FindCssAddresses(std::string_view css, CssPlace place);
 // What @import names, by url(...) or as a string, in the order of the source.
 std::vector<CssRange> FindCssImports(std::string_view css, CssPlace place);
 
-// The address with its character references, where there are any, and its escapes ("\20", "\)") resolved.
+// The address with its character references, where there are any, and its escapes ("\20", "\)") resolved. A path of
+// Windows that was put there as it is ("C:\x", "\\server\x") keeps its backslashes: they part folders.
 std::string DecodeCssAddress(std::string_view written, CssPlace place);
+
+// Any text with its escapes resolved.
+std::string UnescapedCss(std::string_view text);
 
 }  // namespace quillcast::html

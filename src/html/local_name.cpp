@@ -76,7 +76,6 @@ std::string BytesDecoded(std::string_view text) {
   return out;
 }
 
-std::string Unescaped(std::string_view text) { return DecodeCssAddress(text, CssPlace::kElement); }
 std::string WithoutReferences(std::string_view text) { return DecodeCharacterReferences(text, true); }
 
 bool NamesFile(std::string_view text, Text kind) {
@@ -84,7 +83,7 @@ bool NamesFile(std::string_view text, Text kind) {
   std::string read(text);
   if (NamesAsWritten(read, kind)) return true;
   for (int round = 0; round < kRounds; ++round) {
-    for (const auto& decode : {WithoutReferences, BytesDecoded, Unescaped}) {
+    for (const auto& decode : {WithoutReferences, BytesDecoded, UnescapedCss}) {
       if (read.find_first_of("&%\\") == std::string::npos) return false;
       std::string decoded = decode(read);
       if (decoded == read) continue;

@@ -16,8 +16,13 @@ namespace {
 
 constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grows together
 constexpr std::string_view kOfficeElement = "xml";
+constexpr std::string_view kOfficeParagraph = "o:p";
 
 std::string WithoutNames(std::string_view html, bool is_in_comment);
+
+constexpr std::string_view kUrl = "url(";
+constexpr std::string_view kBlanks = " \t\r\n\f";
+constexpr std::string_view kEndsUrl = " \t\r\n\f\"'()";
 
 // A sheet, or the content of a style attribute, decoded.
 class SheetCleaner {
@@ -35,16 +40,41 @@ class SheetCleaner {
         Keep(1);
         Take(EndOfString(c));
         Keep(1);
+      } else if (BeginsUrl(at_)) {
+        TakeUrl();
       } else if (IsSeparator(c)) {
         Keep(1);
       } else {
         Take(EndOfRun());
       }
     }
-    return NamesLocalFile(out_) ? std::string() : std::move(out_);
+    return NamesLocalFile(beside_) ? std::string() : std::move(out_);
   }
 
  private:
+  bool BeginsUrl(std::size_t at) const { return platform::StartsWithIgnoringAsciiCase(css_.substr(at), kUrl); }
+
+  // What stands in its brackets is one address; one that browsers do not read as such is as anything else.
+  void TakeUrl() {
+    Keep(kUrl.size());
+    Keep(std::min(css_.find_first_not_of(kBlanks, at_), css_.size()) - at_);
+    if (at_ == css_.size()) return;
+    const char quote = css_[at_] == '"' || css_[at_] == '\'' ? css_[at_] : '\0';
+    if (quote != '\0') Keep(1);
+    const std::size_t end =
+        quote == '\0' ? std::min(css_.find_first_of(kEndsUrl, at_), css_.size()) : EndOfString(quote);
+    const std::size_t behind = std::min(css_.find_first_not_of(kBlanks, end + (quote == '\0' ? 0 : 1)), css_.size());
+    if (behind == css_.size() || css_[behind] != ')') {
+      if (quote != '\0') Take(end);
+    } else if (AddressNamesLocalFile(css_.substr(at_, end - at_))) {
+      at_ = end;
+    } else {
+      out_ += css_.substr(at_, end - at_);
+      at_ = end;
+    }
+    if (quote != '\0') Keep(1);
+  }
+
   static bool IsSeparator(char c) { return c == ';' || c == '{' || c == '}'; }
 
   std::size_t EndOfString(char quote) const {
@@ -56,7 +86,7 @@ class SheetCleaner {
   std::size_t EndOfRun() const {
     std::size_t end = at_ + 1;
     while (end < css_.size() && !IsSeparator(css_[end]) && css_[end] != '"' && css_[end] != '\'' &&
-           !css_.substr(end).starts_with("/*")) {
+           !css_.substr(end).starts_with("/*") && !BeginsUrl(end)) {
       ++end;
     }
     return end;
@@ -64,18 +94,22 @@ class SheetCleaner {
 
   void Keep(std::size_t count) {
     out_ += css_.substr(at_, count);
+    beside_ += css_.substr(at_, count);
     at_ = std::min(at_ + count, css_.size());
   }
 
   void Take(std::size_t end) {
-    const std::string_view piece = css_.substr(at_, end - at_);
-    if (!NamesLocalFile(piece)) out_ += piece;
-    at_ = end;
+    if (NamesLocalFile(css_.substr(at_, end - at_))) {
+      at_ = end;
+    } else {
+      Keep(end - at_);
+    }
   }
 
   std::string_view css_;
   std::size_t at_ = 0;
   std::string out_;
+  std::string beside_;  // without its addresses
 };
 
 std::string CleanSheet(std::string_view css) {
@@ -105,6 +139,13 @@ bool IsRead(std::string_view meta) {
   return std::find(kRead.begin(), kRead.end(), name) != kRead.end();
 }
 
+// What a person reads on a button and in a field of text is as any text of the page.
+bool ShowsValue(const HtmlTokenizer& tokens, const HtmlToken& token) {
+  constexpr auto kHiding = std::to_array<std::string_view>({"checkbox", "file", "hidden", "image", "radio"});
+  const std::string type = platform::AsciiLower(platform::Trim(tokens.Value(token, "type")));
+  return token.name == "input" && std::find(kHiding.begin(), kHiding.end(), type) == kHiding.end();
+}
+
 class PageCleaner {
  public:
   PageCleaner(std::string_view html, bool is_in_comment) : html_(html), is_in_comment_(is_in_comment), tokens_(html) {}
@@ -113,7 +154,8 @@ class PageCleaner {
     HtmlToken token;
     while (tokens_.Next(token)) {
       out_ += Clean(token);
-      element_ = token.kind == HtmlTokenKind::kStartTag ? token.name : std::string();
+      const bool is_open = token.kind == HtmlTokenKind::kStartTag && !tokens_.Source(token).ends_with("/>");
+      element_ = is_open ? token.name : std::string();
       if (token.name == kOfficeElement) is_in_office_ = token.kind == HtmlTokenKind::kStartTag;
     }
     return std::move(out_);
@@ -131,7 +173,7 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesLocalFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
-        return std::string(is_in_comment_ && TextNames(source) ? " " : source);
+        return std::string(is_in_comment_ && IsOfOffice() && NamesLocalFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
     }
@@ -140,9 +182,11 @@ class PageCleaner {
     return std::string(!is_read && NamesLocalFile(source) ? " " : source);
   }
 
-  // What an office program keeps of its own there is nothing that people read.
-  bool TextNames(std::string_view text) const {
-    return is_in_office_ ? NamesLocalFile(text) : WordsNameLocalFile(text);
+  // What an office program keeps of its own in a conditional comment is nothing that people read; all else there is
+  // the letter, for some of its readers.
+  bool IsOfOffice() const {
+    const bool is_own = element_.starts_with("o:") || element_.starts_with("w:") || element_.starts_with("x:");
+    return is_in_office_ || (is_own && element_ != kOfficeParagraph);
   }
 
   std::string CleanComment(std::string_view source) const {
@@ -160,17 +204,37 @@ class PageCleaner {
     std::string clean;
     std::string beside;  // the tag without its values
     std::size_t at = token.begin;
-    for (const HtmlAttribute& attribute : token.attributes) {
-      const std::string_view before = html_.substr(at, attribute.value_begin - at);
+    bool drops = false;
+    for (std::size_t i = 0; i < token.attributes.size(); ++i) {
+      const HtmlAttribute& attribute = token.attributes[i];
+      const bool dropped = std::exchange(drops, NamesFileBeside(token, i) || (drops && !HasValue(attribute)));
+      const std::size_t end = drops ? attribute.name_begin : attribute.value_begin;
+      const std::string_view before = drops && dropped ? std::string_view() : html_.substr(at, end - at);
       clean += before;
       beside += before;
-      clean += CleanValue(token, attribute);
       at = attribute.value_end;
+      if (!drops) clean += CleanValue(token, attribute);
+      if (drops && IsQuoted(attribute)) ++at;
     }
     const std::string_view end = html_.substr(at, token.end - at);
     clean += end;
     beside += end;
     return NamesLocalFile(beside) ? NameAlone(token) : clean;
+  }
+
+  static bool HasValue(const HtmlAttribute& attribute) { return attribute.value_begin > attribute.name_end; }
+  bool IsQuoted(const HtmlAttribute& attribute) const {
+    return HasValue(attribute) && attribute.value_end < html_.size() &&
+           (html_[attribute.value_end] == '"' || html_[attribute.value_end] == '\'') &&
+           html_[attribute.value_begin - 1] == html_[attribute.value_end];
+  }
+
+  // A quotation mark gone wrong leaves a path among the names, and its further words as names without a value.
+  bool NamesFileBeside(const HtmlToken& token, std::size_t i) const {
+    const HtmlAttribute& attribute = token.attributes[i];
+    const bool has_slashes = !HasValue(attribute) && i + 1 < token.attributes.size();
+    const std::size_t end = has_slashes ? token.attributes[i + 1].name_begin : attribute.name_end;
+    return NamesLocalFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
   }
 
   // Whether the value of an attribute names one, by what it is for.
@@ -179,6 +243,7 @@ class PageCleaner {
                          (name == "content" && token.name == "meta" &&
                           (IsRead(tokens_.Value(token, "name")) || IsRead(tokens_.Value(token, "property"))));
     if (is_read) return WordsNameLocalFile(value);
+    if (name == "value" && ShowsValue(tokens_, token)) return false;
     const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),
                                          [&](const AttributeRow& one) { return one.attribute == name; });
     return row == kAttributes.end() ? NamesLocalFile(value) : row->names_file(value);

@@ -33,6 +33,13 @@ bool IsPicture(std::string_view path) {
 constexpr std::string_view kTagBegin = "$*Merge";
 constexpr std::string_view kTagStandIn = "\x01";  // as no file is called
 
+// Whoever fills the tag in, here or on the way, says where it leads: to the net.
+bool BeginsWithTag(std::string_view address) {
+  constexpr std::array<std::string_view, 8> kBegins = {kTagBegin, "{{", "{%", "${", "*|", "%%", "<%", "[["};
+  const std::string_view given = platform::Trim(address);
+  return std::any_of(kBegins.begin(), kBegins.end(), [&](std::string_view one) { return given.starts_with(one); });
+}
+
 class Finder final : public HtmlVisitor {
  public:
   Finder(std::string_view html, const std::function<void(PictureReference)>& visit) : html_(html), visit_(visit) {
@@ -74,9 +81,12 @@ class Finder final : public HtmlVisitor {
     const HtmlAttribute* const attribute = tokenizer.Find(token, "href");
     if (attribute == nullptr) return;
     const std::string address = tokenizer.Value(token, "href");
+    const bool is_of_tag = BeginsWithTag(address);
     const LocalAddress place = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
-    if (place.kind != AddressKind::kElsewhere) AddTelling(tokenizer.RawValue(*attribute), {});
-    if (!base_) ReadBase(address);
+    if (!is_of_tag && place.kind != AddressKind::kElsewhere) AddTelling(tokenizer.RawValue(*attribute), {});
+    if (base_) return;
+    if (is_of_tag) base_ = LocalAddress{};
+    if (!is_of_tag) ReadBase(address);
   }
 
   // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
@@ -108,7 +118,7 @@ class Finder final : public HtmlVisitor {
   void AddOther(std::string_view written, const std::string& address) {
     const LocalAddress file = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
     if (!TellsFolder(file) || IsOfTheNet(file)) return;
-    const std::string name = file.path.substr(file.path.find_last_of("/:") + 1);
+    const std::string name = file.path.substr(file.path.find_last_of("/:\\") + 1);
     AddTelling(written, platform::ReplaceAll(name, kTagStandIn, kTagBegin));
   }
 

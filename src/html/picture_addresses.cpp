@@ -43,6 +43,25 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
+// "2x", "300w": a number and what it counts.
+bool IsDescription(std::string_view word) {
+  if (word.empty() || std::string_view("xwh").find(platform::AsciiLower(word.back())) == std::string_view::npos) {
+    return false;
+  }
+  word.remove_suffix(1);
+  return !word.empty() && word.find_first_not_of("0123456789.+-eE") == std::string_view::npos;
+}
+
+// Of a path with blanks, put there as it is: all but its descriptions.
+std::string_view WithoutDescriptions(std::string_view candidate) {
+  for (;;) {
+    candidate = Trimmed(candidate);
+    const std::size_t blank = candidate.find_last_of(" \n\t\r\f");
+    if (blank == std::string_view::npos || !IsDescription(candidate.substr(blank + 1))) return candidate;
+    candidate = candidate.substr(0, blank);
+  }
+}
+
 // srcset: addresses without blanks, each with an optional description up to a comma.
 void EachCandidate(std::string_view rest, const TakePicture& take) {
   for (std::size_t count = 0; count < kMostCandidates; ++count) {
@@ -52,8 +71,12 @@ void EachCandidate(std::string_view rest, const TakePicture& take) {
     std::string_view address = rest.substr(0, end);
     const bool described = address.back() != ',';
     while (address.ends_with(',')) address.remove_suffix(1);
+    const std::size_t next = described ? std::min(rest.find(',', end), rest.size()) : end;
+    if (rest.substr(end, next - end).find_first_of("/\\") != std::string_view::npos) {
+      address = WithoutDescriptions(rest.substr(0, next));
+    }
     take(address, DecodeCharacterReferences(address, true));
-    rest.remove_prefix(described ? std::min(rest.find(',', end), rest.size()) : end);
+    rest.remove_prefix(next);
   }
 }
 

@@ -57,7 +57,8 @@ std::string Taking::Take(const fs::path& file) {
 // business. Nothing where the address holds no more than that, in whichever way it is written.
 std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
   if (written.find_first_of("/\\:%&") == std::string_view::npos) return {};
-  const std::string name = fs::path(reference.path).lexically_normal().filename().string();
+  const std::string file = fs::path(reference.path).lexically_normal().filename().string();
+  const std::string name = file.substr(file.rfind('\\') + 1);  // of a path that was encoded as one piece
   const bool is_name = !name.empty() && name != "." && name != "..";
   return is_name ? platform::PercentEncoded(name) : kNoName;
 }

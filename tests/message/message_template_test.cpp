@@ -383,6 +383,8 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
   for (const auto& [written, sent] : std::initializer_list<std::pair<const char*, const char*>>{
            {"<base href='file:///home/ada/letters/'><base href=\"\\home\\\"><img src=$*MergeCity*$.gif>",
             "<base href='#'><base href=\"#\"><img src=$*MergeCity*$.gif>"},
+           {"<base href='$*MergeCompany*$'><a href='/a'>l</a>", nullptr},
+           {"<base href='{{url}}'><a href='/a'>l</a><img src='b.png'>", nullptr},
            {"<base href='https://x.example/home/'><img src='/a/$*MergeCity*$.gif'>", nullptr},
            {"<img src='file:///home/ada/$*MergeCity*$.gif'>", "<img src='$*MergeCity*$.gif'>"},
            {"<td background='FILE:%2Fhome%2F$*MergeCity*$&quot;)'>", "<td background='$*MergeCity*$%22%29'>"},
@@ -393,6 +395,17 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<style>@import url(a.css);@import 'b.css';p{x:url(d.woff)}</style>"},
            {"<link href=\"file:///home/ada/a.css\"><img alt='' longdesc='/home/ada/l.html' lowsrc=C:\\home\\l.gif>",
             "<link href=\"a.css\"><img alt='' longdesc='l.html' lowsrc=l.gif>"},
+           {"<img srcset='C:\\Users\\Ada Love\\a.png 1x, b.png 2x,/home/ada love/c d.png, file:///C:/Ada Love/e.png'>",
+            "<img srcset='a.png 1x, b.png 2x,c%20d.png, e.png'>"},
+           {"<a href='file:///C:%5CUsers%5Cada%5Cx.pdf'>l</a><td background='C:\\Users\\ada%5Cleaf.png'>",
+            "<a href='x.pdf'>l</a><td background='leaf.png'>"},
+           {"<p style='background:url(file:///C:\\Users\\ada\\x.png)'><p style=\"x:url('\\\\srv\\ada\\y.png')\">",
+            "<p style='background:url(x.png)'><p style=\"x:url('y.png')\">"},
+           {"<p style='x:url(C:%5cada,x\\l%65af.png);y:url(C:\\Program Files (x86)\\ada\\x.png);z:url(a\\(b.png)'>",
+            "<p style='x:url(leaf.png);y:url(x.png);z:url(a%28b.png)'>"},
+           {"<style>@import "
+            "'\\\\srv\\ada\\a.css';p{x:url(C:\\\\Users\\\\ada\\\\x.png);y:url(c:/Users\\ada\\z.png)}</style>",
+            "<style>@import 'a.css';p{x:url(x.png);y:url(z.png)}</style>"},
            {"<form action='file:///home/send'><a href='FILE:///home/ada/my%20list.html'>l</a><a href='/home/'>m</a>",
             "<form action='send'><a href='my%20list.html'>l</a><a href='#'>m</a>"},
            // Wherever an address of a file stands, in whichever spelling; words to be read stay.
@@ -411,10 +424,10 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<!-- saved from\nfile:///home/ada/a.html --><!--[if mso]><p "
             "title='file:///home/a'>m</p>file:///home/b<![endif]-->"
             "<?xml file:///home?><!-- kept --><img alt='x' data-a=\"file:///home/",
-            "<!----><!--[if mso]><p title=''>m</p> <![endif]--><!----><!-- kept --><!---->"},
+            "<!----><!--[if mso]><p title=''>m</p>file:///home/b<![endif]--><!----><!-- kept --><!---->"},
            {"<!DOCTYPE html SYSTEM 'file:///home/a.dtd'><script>x='file:///home/a'</script><b file:///home/a "
             "c='d'>b</b>",
-            "<!DOCTYPE html><script> </script><b>b</b>"},
+            "<!DOCTYPE html><script> </script><b  c='d'>b</b>"},
            {"<style>/* file:///home/a */p{color:red;x:image-set(\"file:///home/it's a.png\" 1x, "
             "'b')}q{src:f\\69le:///home"
             "/a;y:z}</style>",
@@ -448,7 +461,7 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<img alt='' title=''>"},
            {"<img alt='C:\\Users\\Ada Lovelace\\a.png' title=' file:///home/a b'><!--[if mso]><p> C:\\home\\a "
             "b</p><![endif]-->",
-            "<img alt='' title=''><!--[if mso]><p> </p><![endif]-->"},
+            "<img alt='' title=''><!--[if mso]><p> C:\\home\\a b</p><![endif]-->"},
            {"<a href='https://x.example/home/l.html'>l</a><a href='#place'>m</a><a href='next.html'>n</a>", nullptr},
            {"<base href='https://x.example/'><a href='/home/l.html'>l</a>", nullptr}})
     EXPECT_EQ(TakePictures(Plain(written).document, "x").html, sent == nullptr ? written : sent);
