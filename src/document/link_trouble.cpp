@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "html/address_reach.h"
 #include "html/local_name.h"
 #include "platform/text.h"
 
@@ -167,8 +168,10 @@ bool IsBlocked(std::string_view scheme) {
   return IsScript(scheme) || std::find(kBlocked.begin(), kBlocked.end(), scheme) != kBlocked.end();
 }
 
+// "\x" begins at the root of a drive; "\/example.org" is a server, as browsers read it.
 bool IsOfThisComputer(std::string_view target) {
-  return target.starts_with('\\') || html::AddressNamesLocalFile(target);
+  const bool is_of_root = target.starts_with('\\') && html::ReachOf(target) != html::AddressReach::kNet;
+  return is_of_root || html::AddressNamesLocalFile(target);
 }
 
 // "htp", "hhttps", "ttp" for "http" or "https".

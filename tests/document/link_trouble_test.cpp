@@ -46,6 +46,8 @@ TEST(LinkTrouble, IsToldInASentenceThatNamesTheLink) {
            {"view-source:file:///home/a", "list", "a file of this computer"},
            {"file:///home/a", "", "“file:///home/a” leads to “file:///home/a”, a file of this computer"},
            {"\\\\server\\list.pdf", "list", "a file of this computer"},
+           {"\\Users\\list.pdf", "list", "a file of this computer"},
+           {"\\/x.example/list.pdf", "list", "no complete address"},
            {"https://x.example/search?q=C:\\Windows", "x", nullptr},
            {"https://x.example/?q=file:///etc#C%3A%5C", "x", nullptr},
            {"mailto:help@x.example?subject=Files in C:\\Users", "x", nullptr},
