@@ -11,6 +11,7 @@
 #include "document/message_properties.h"
 #include "document/page_walk.h"
 #include "document/picture_kind.h"
+#include "html/local_name.h"
 #include "html/local_pictures.h"
 #include "platform/text.h"
 
@@ -114,8 +115,17 @@ class Look {
     if (!is_html_) return;
     FindLinks();
     FindPictures();
-    if (TitleOf(document_.html).empty()) {
+    FindTitle();
+  }
+
+  void FindTitle() {
+    const std::string title = TitleOf(document_.html);
+    if (title.empty()) {
       Find("The document has no title, which browsers show and screen readers say first. Give it one in its head.");
+    } else if (title.starts_with("~/") || html::WordsNameLocalFile(title)) {
+      Find(
+          Say("The title “{}” tells recipients where the document lies on this computer. Give it words in its place.",
+              Printable(title, 100)));
     }
   }
 

@@ -89,6 +89,20 @@ TEST(DocumentLook, TellsTheWorstFirst) {
               ElementsAre(StartsWith("The message is hardly more than pictures")));
 }
 
+TEST(DocumentLook, TellsOfATitleThatNamesAFile) {
+  for (const auto& [title, is_told] : std::initializer_list<std::pair<const char*, bool>>{
+           {"C:\\Users\\ada\\letter.html", true},
+           {"file:///home/ada/letter.html", true},
+           {"~/letters/news.html", true},
+           {"How to empty C:\\Temp", false},
+           {"~ News ~", false},
+       }) {
+    const auto findings = Findings(LookOver("<title>" + std::string(title) + "</title>Unsubscribe"));
+    EXPECT_EQ(findings.size(), is_told ? 1U : 0U) << title;
+    for (const auto& finding : findings) EXPECT_THAT(finding, StartsWith("The title “" + std::string(title) + "” tells"));
+  }
+}
+
 TEST(DocumentLook, KnowsTheWayOutInManyLanguages) {
   for (const char* words : {"<a href='https://x.example/UNSUBSCRIBE?1'>here</a>",
                             "<p>Zum Abmelden antworten Sie bitte.",
