@@ -132,9 +132,11 @@ constexpr auto kAttributes = std::to_array<AttributeRow>({
     {"title", WordsNameLocalFile},
 });
 
-// Which <meta> people read the content of, where a search or a preview shows it: "description", "og:title".
+// Which <meta> people read the content of, where a search or a preview shows it: "description", "og:title",
+// "twitter:image:alt".
 bool IsRead(std::string_view meta) {
-  constexpr auto kRead = std::to_array<std::string_view>({"abstract", "description", "keywords", "subject", "title"});
+  constexpr auto kRead = std::to_array<std::string_view>(
+      {"abstract", "alt", "description", "keywords", "name", "subject", "title"});
   const std::string name = platform::AsciiLower(platform::Trim(meta.substr(meta.rfind(':') + 1)));
   return std::find(kRead.begin(), kRead.end(), name) != kRead.end();
 }
@@ -241,7 +243,8 @@ class PageCleaner {
   bool NamesIn(const HtmlToken& token, const std::string& name, std::string_view value) const {
     const bool is_read = name.starts_with("aria-") ||
                          (name == "content" && token.name == "meta" &&
-                          (IsRead(tokens_.Value(token, "name")) || IsRead(tokens_.Value(token, "property"))));
+                          (IsRead(tokens_.Value(token, "name")) || IsRead(tokens_.Value(token, "property")) ||
+                           IsRead(tokens_.Value(token, "itemprop"))));
     if (is_read) return WordsNameLocalFile(value);
     if (name == "value" && ShowsValue(tokens_, token)) return false;
     const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),

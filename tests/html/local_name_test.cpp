@@ -226,6 +226,9 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
            {"<p class='file:mr-4 file:w-1/2' aria-label='Open C:\\Users' title='a C:\\x'>", nullptr},
            {"<p aria-label='C:\\Users\\ada' class='file:///x'>", "<p aria-label='' class=''>"},
            {"<meta name=description content='Open C:\\Users'><meta property='og:title' content='On C:\\x'>", nullptr},
+           {"<meta property='og:image:alt' content='On C:\\x'><meta itemprop=name content='On C:\\x'>"
+            "<meta itemprop=description content='Open C:\\x'>",
+            nullptr},
            {"<meta name=description content='C:\\x y'><meta name=source content='at C:\\x'>",
             "<meta name=description content=''><meta name=source content=''>"},
            {"<meta http-equiv=refresh content='0; URL=https://x.example/?a=C:\\x'>", nullptr},
