@@ -7,9 +7,11 @@
 #include <string>
 #include <utility>
 
+#include "html/address_reach.h"
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_pictures_address.h"
+#include "html/other_addresses.h"
 #include "html/picture_addresses.h"
 #include "platform/text.h"
 
@@ -17,11 +19,6 @@ namespace quillcast::html {
 namespace {
 
 constexpr std::size_t kLongestBase = 1000;
-
-// Those that lead elsewhere, or load what is no picture; one that names pictures is none.
-constexpr std::array<std::string_view, 14> kOtherAttributes = {
-    "href", "src",  "longdesc", "lowsrc",  "dynsrc",   "action",  "formaction",
-    "data", "cite", "codebase", "archive", "manifest", "classid", "profile"};
 
 // Style sheets and fonts come by url() too.
 bool IsPicture(std::string_view path) {
@@ -33,16 +30,43 @@ bool IsPicture(std::string_view path) {
 constexpr std::string_view kTagBegin = "$*Merge";
 constexpr std::string_view kTagStandIn = "\x01";  // as no file is called
 
-// Whoever fills the tag in, here or on the way, says where it leads: to the net.
-bool BeginsWithTag(std::string_view address) {
-  constexpr std::array<std::string_view, 8> kBegins = {kTagBegin, "{{", "{%", "${", "*|", "%%", "<%", "[["};
+// What is only a fragment names the page itself. One that is longer than any folder's name leads nowhere: it would
+// stand before each of the page's addresses.
+std::optional<LocalAddress> BaseOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  if (token.name != "base") return std::nullopt;
+  const std::string address = tokenizer.Value(token, "href");
   const std::string_view given = platform::Trim(address);
-  return std::any_of(kBegins.begin(), kBegins.end(), [&](std::string_view one) { return given.starts_with(one); });
+  if (given.empty() || given.starts_with('#')) return std::nullopt;
+  const bool is_elsewhere = given.size() > kLongestBase || BeginsWithTag(given);
+  return is_elsewhere ? LocalAddress{} : ReadLocalAddress(address);
+}
+
+// The first base counts.
+class BaseFinder final : public HtmlVisitor {
+ public:
+  explicit BaseFinder(std::string_view html) { VisitTagsAndStyles(html, *this); }
+  const std::optional<LocalAddress>& base() const { return base_; }
+
+ private:
+  void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
+    if (!base_) base_ = BaseOf(tokenizer, token);
+  }
+  void StyleSheet(std::string_view /*css*/) override {}
+
+  std::optional<LocalAddress> base_;
+};
+
+// A file by another scheme, such as "mailbox:" of a mail program or "smb:": missing for everybody.
+LocalAddress ReadOtherFile(std::string_view address) {
+  const std::string_view given = platform::Trim(address);
+  if (SchemeOfAddress(given).size() < 2 || ReachOf(given) != AddressReach::kFile) return {};
+  return {AddressKind::kFile, platform::ReplaceAll(given.substr(0, given.find_first_of("?#")), "\\", "/")};
 }
 
 class Finder final : public HtmlVisitor {
  public:
-  Finder(std::string_view html, const std::function<void(PictureReference)>& visit) : html_(html), visit_(visit) {
+  Finder(std::string_view html, const std::function<void(PictureReference)>& visit)
+      : html_(html), visit_(visit), page_base_(BaseFinder(html).base()) {
     VisitTagsAndStyles(html, *this);
   }
 
@@ -52,20 +76,13 @@ class Finder final : public HtmlVisitor {
  private:
   void StartTag(const HtmlTokenizer& tokenizer, const HtmlToken& token) override {
     if (token.attributes.empty()) return;
+    if (!base_) base_ = BaseOf(tokenizer, token);
     if (token.name == "base") LookAtBase(tokenizer, token);
     EachPictureOf(tokenizer, token,
                   [this](std::string_view written, const std::string& address) { Add(written, address); });
-    LookAtOthers(tokenizer, token);
-  }
-
-  void LookAtOthers(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
-    for (const HtmlAttribute& attribute : token.attributes) {
-      const std::string name = platform::AsciiLower(tokenizer.RawName(attribute));
-      const bool is_other = std::find(kOtherAttributes.begin(), kOtherAttributes.end(), name) != kOtherAttributes.end();
-      if (!is_other || NamesPictures(token.name, name) || token.name == "base") continue;
-      const std::string_view value = platform::Trim(tokenizer.RawValue(attribute));
-      AddOther(value, DecodeCharacterReferences(value, true));
-    }
+    if (token.name == "base") return;
+    EachOtherAddressOf(tokenizer, token,
+                       [this](std::string_view written, const std::string& address) { AddOther(written, address); });
   }
 
   void StyleSheet(std::string_view css) override {
@@ -81,20 +98,9 @@ class Finder final : public HtmlVisitor {
     const HtmlAttribute* const attribute = tokenizer.Find(token, "href");
     if (attribute == nullptr) return;
     const std::string address = tokenizer.Value(token, "href");
-    const bool is_of_tag = BeginsWithTag(address);
+    if (BeginsWithTag(address)) return;
     const LocalAddress place = ReadLocalAddress(platform::ReplaceAll(address, kTagBegin, kTagStandIn));
-    if (!is_of_tag && place.kind != AddressKind::kElsewhere) AddTelling(tokenizer.RawValue(*attribute), {});
-    if (base_) return;
-    if (is_of_tag) base_ = LocalAddress{};
-    if (!is_of_tag) ReadBase(address);
-  }
-
-  // The first base counts; what is only a fragment names the page itself. One that is longer than any folder's name
-  // leads nowhere: it would stand before each of the page's addresses.
-  void ReadBase(const std::string& address) {
-    const std::string_view given = platform::Trim(address);
-    if (given.empty() || given.starts_with('#')) return;
-    base_ = given.size() <= kLongestBase ? ReadLocalAddress(address) : LocalAddress{};
+    if (place.kind != AddressKind::kElsewhere) AddTelling(tokenizer.RawValue(*attribute), {});
   }
 
   // `written` is a part of the source.
@@ -102,6 +108,7 @@ class Finder final : public HtmlVisitor {
     if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(written, address);
     LocalAddress file = ReadLocalAddress(address);
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
+    if (file.kind == AddressKind::kElsewhere) file = ReadOtherFile(address);
     if (file.kind == AddressKind::kElsewhere) return;
     if (!IsPicture(file.path)) return AddOther(written, address);
     visit_({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
@@ -112,7 +119,7 @@ class Finder final : public HtmlVisitor {
   }
 
   bool IsOfTheNet(const LocalAddress& address) const {
-    return address.kind == AddressKind::kRelative && base_ && base_->kind == AddressKind::kElsewhere;
+    return address.kind == AddressKind::kRelative && page_base_ && page_base_->kind == AddressKind::kElsewhere;
   }
 
   void AddOther(std::string_view written, const std::string& address) {
@@ -131,7 +138,8 @@ class Finder final : public HtmlVisitor {
 
   std::string_view html_;
   const std::function<void(PictureReference)>& visit_;
-  std::optional<LocalAddress> base_;
+  const std::optional<LocalAddress> page_base_;  // of links, which are followed once the page is read
+  std::optional<LocalAddress> base_;             // of pictures, which are loaded as they come: the one so far
   std::set<std::string> named_by_tags_;
   std::vector<PictureReference> telling_;
 };

@@ -1,7 +1,7 @@
 #include "html/local_pictures_address.h"
 
 #include <algorithm>
-#include <string_view>
+#include <array>
 #include <utility>
 
 #include "platform/text.h"
@@ -39,6 +39,17 @@ LocalAddress ReadLocalAddress(std::string address) {
   auto path = platform::PercentDecoded(rest);
   if (!path) return {};  // no file has such a name
   return {scheme > 0 || is_share ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
+}
+
+bool BeginsWithTag(std::string_view address) {
+  constexpr std::array<std::string_view, 8> kBegins = {"$*Merge", "{{", "{%", "${", "*|", "%%", "<%", "[["};
+  const std::string_view given = platform::Trim(address);
+  const auto is_of_name = [](char c) { return platform::AsciiIsAlnum(c) || c == '.' || c == '_' || c == '-'; };
+  if (std::any_of(kBegins.begin(), kBegins.end(), [&](std::string_view one) { return given.starts_with(one); })) {
+    return true;
+  }
+  return given.size() > 2 && given.front() == '%' && given.back() == '%' &&
+         std::all_of(given.begin() + 1, given.end() - 1, is_of_name);  // "%recipient.url%"
 }
 
 bool TellsFolder(const LocalAddress& address) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace quillcast::html {
 
@@ -19,6 +20,10 @@ struct LocalAddress {
 
 // As browsers read it. The path of "file://server/x" is "//server/x", which is missing here rather than passed over.
 LocalAddress ReadLocalAddress(std::string address);
+
+// Whether it begins with a merge tag, or with what another program on the way to the reader fills in ("{{url}}",
+// "*|URL|*", "%%url%%", "<%url%>"): whoever does so says where it leads.
+bool BeginsWithTag(std::string_view address);
 
 // Whether the address itself tells a folder of some machine.
 bool TellsFolder(const LocalAddress& address);

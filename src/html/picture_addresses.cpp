@@ -62,7 +62,8 @@ std::string_view WithoutDescriptions(std::string_view candidate) {
   }
 }
 
-// srcset: addresses without blanks, each with an optional description up to a comma.
+}  // namespace
+
 void EachCandidate(std::string_view rest, const TakePicture& take) {
   for (std::size_t count = 0; count < kMostCandidates; ++count) {
     while (!rest.empty() && (IsSpace(rest.front()) || rest.front() == ',')) rest.remove_prefix(1);
@@ -79,8 +80,6 @@ void EachCandidate(std::string_view rest, const TakePicture& take) {
     rest.remove_prefix(next);
   }
 }
-
-}  // namespace
 
 void EachPictureOf(const HtmlTokenizer& page, const HtmlToken& tag, const TakePicture& take) {
   for (const HtmlAttribute& attribute : tag.attributes) {

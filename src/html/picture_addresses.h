@@ -18,6 +18,9 @@ using TakePicture = std::function<void(std::string_view written, std::string add
 // the first 1,000 addresses count. Fonts and others that come by url() are among them.
 void EachPictureOf(const HtmlTokenizer& page, const HtmlToken& tag, const TakePicture& take);
 
+// Of a srcset: addresses without blanks, each with an optional description up to a comma.
+void EachCandidate(std::string_view value, const TakePicture& take);
+
 // Whether that looks at the attribute; both names in lower case.
 bool NamesPictures(std::string_view element, std::string_view attribute);
 

@@ -6,8 +6,10 @@
 #include <map>
 #include <set>
 
+#include "html/html_tokenizer.h"
 #include "html/local_names.h"
 #include "html/local_pictures.h"
+#include "html/local_pictures_address.h"
 #include "message/body_import.h"
 #include "message/message_parts.h"
 #include "platform/text.h"
@@ -54,9 +56,10 @@ std::string Taking::Take(const fs::path& file) {
 }
 
 // What stands for a picture that does not go along: its name alone, for the folders on the way to it are nobody else's
-// business. Nothing where the address holds no more than that, in whichever way it is written.
+// business. Nothing where the address holds no more than that, in whichever way it is written, or is filled in on the way.
 std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
-  if (written.find_first_of("/\\:%&") == std::string_view::npos) return {};
+  if (written.find_first_of("/\\:%&<") == std::string_view::npos) return {};
+  if (html::BeginsWithTag(html::DecodeCharacterReferences(written, true))) return {};
   const std::string file = fs::path(reference.path).lexically_normal().filename().string();
   const std::string name = file.substr(file.rfind('\\') + 1);  // of a path that was encoded as one piece
   const bool is_name = !name.empty() && name != "." && name != "..";

@@ -408,12 +408,27 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<style>@import 'a.css';p{x:url(x.png);y:url(z.png)}</style>"},
            {"<form action='file:///home/send'><a href='FILE:///home/ada/my%20list.html'>l</a><a href='/home/'>m</a>",
             "<form action='send'><a href='my%20list.html'>l</a><a href='#'>m</a>"},
+           {"<image xlink:href='/home/ada/x.png'/><use o:href='/home/y'/><a ping='/home/p https://x.example/home/q'>"
+            "<a ping='file:///home/ada love/q'><link imagesrcset='/home/ada/a.png 1x, b.png 2x'><param name=Movie value='/home/m.swf'><param name=a "
+            "value='/x/b'>",
+            "<image xlink:href='x.png'/><use o:href='y'/><a ping='p https://x.example/home/q'>"
+            "<a ping=''><link imagesrcset='a.png 1x, b.png 2x'><param name=Movie value='m.swf'><param name=a value='/x/b'>"},
+           {"<meta http-equiv=refresh content='0; url=/home/x.html'><meta http-equiv=Refresh content=\"5;URL = "
+            "'/home/y' \"><meta http-equiv=refresh content=3><meta name=a content='0;url=/x/y'>",
+            "<meta http-equiv=refresh content='0; url=x.html'><meta http-equiv=Refresh content=\"5;URL = "
+            "'y' \"><meta http-equiv=refresh content=3><meta name=a content='0;url=/x/y'>"},
+           {"<img src='%%image%%'><img src='<%url%>'><td background='%recipient.url%'><img src='[[a]]/b.png'>"
+            "<img src='&lt;%url%>/a/b.png'><p style='x:url(*|IMAGE|*/a.png)'>",
+            nullptr},
+           {"<a href='/home/l.html?x=1'>l</a><base href='https://x.example/d/'>", nullptr},
+           {"<img src='mailbox:///C|/Users/ada/Drafts?part=1.2'><td background='smb://srv/ada/b.png'>",
+            "<img src='Drafts'><td background='b.png'>"},
            // Wherever an address of a file stands, in whichever spelling; words to be read stay.
            {"<p data-a='file:///home/ada/a'  data-b=\"FI\nLE:\\\\home\\a\" data-c= file:/home/a "
             "data-d=\"a.png\">file:///c</p>",
             "<p data-a=''  data-b=\"\" data-c= \"\" data-d=\"a.png\">file:///c</p>"},
            {"<meta http-equiv=refresh content='0; URL=file:home/a'><use xlink:href=\" \x01&#102;ile:///home/a\"/>",
-            "<meta http-equiv=refresh content=''><use xlink:href=\"\"/>"},
+            "<meta http-equiv=refresh content='0; URL=a'><use xlink:href=\"\"/>"},
            {"<iframe srcdoc=\"&lt;img src='&amp;#x66;ile:///home/a'&gt;\"></iframe><a "
             "href='view-source:file:///home/a'>l</a>",
             "<iframe srcdoc=\"\"></iframe><a href=''>l</a>"},
