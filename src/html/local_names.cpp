@@ -135,8 +135,8 @@ constexpr auto kAttributes = std::to_array<AttributeRow>({
 // Which <meta> people read the content of, where a search or a preview shows it: "description", "og:title",
 // "twitter:image:alt".
 bool IsRead(std::string_view meta) {
-  constexpr auto kRead = std::to_array<std::string_view>(
-      {"abstract", "alt", "description", "keywords", "name", "subject", "title"});
+  constexpr auto kRead =
+      std::to_array<std::string_view>({"abstract", "alt", "description", "keywords", "name", "subject", "title"});
   const std::string name = platform::AsciiLower(platform::Trim(meta.substr(meta.rfind(':') + 1)));
   return std::find(kRead.begin(), kRead.end(), name) != kRead.end();
 }

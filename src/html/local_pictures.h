@@ -21,8 +21,9 @@ struct PictureReference {
 // within conditional comments. Addresses of the net (also "//host", and relative ones below a <base> of the net), of
 // data and of parts ("cid:"), and those with a merge tag are no files. A query or a fragment is no part of the name.
 // What Windows alone would find ("C:\x.png", "file://server/x.png") counts as a file, so that it can be reported as
-// missing, and so does what only a program of this computer finds ("mailbox:///home/x", "smb://server/x"). In the order of the source; a file that is named twice is there twice. Linear in time on any input. Known
-// limits: of one srcset the first 1,000 addresses count, and a <base> of more than 1,000 bytes does not.
+// missing, and so does what only a program of this computer finds ("mailbox:///home/x", "smb://server/x"). In the order
+// of the source; a file that is named twice is there twice. Linear in time on any input. Known limits: of one srcset
+// the first 1,000 addresses count, and a <base> of more than 1,000 bytes does not.
 std::vector<PictureReference> FindLocalPictures(std::string_view html);
 
 // The same one by one, for whoever keeps none of them.

@@ -21,16 +21,21 @@ struct OtherAttribute {
   Holds holds;
 };
 constexpr auto kOtherAttributes = std::to_array<OtherAttribute>({
-    {"", "href", Holds::kAddress},         {"", "src", Holds::kAddress},        {"", "longdesc", Holds::kAddress},
-    {"", "lowsrc", Holds::kAddress},       {"", "dynsrc", Holds::kAddress},     {"", "action", Holds::kAddress},
-    {"", "formaction", Holds::kAddress},   {"", "data", Holds::kAddress},       {"", "cite", Holds::kAddress},
-    {"", "codebase", Holds::kAddress},     {"", "archive", Holds::kAddress},    {"", "manifest", Holds::kAddress},
-    {"", "classid", Holds::kAddress},      {"", "profile", Holds::kAddress},    {"", "xlink:href", Holds::kAddress},
-    {"", "o:href", Holds::kAddress},       {"", "ping", Holds::kAddresses},     {"", "imagesrcset", Holds::kCandidates},
+    {"", "href", Holds::kAddress},         {"", "src", Holds::kAddress},
+    {"", "longdesc", Holds::kAddress},     {"", "lowsrc", Holds::kAddress},
+    {"", "dynsrc", Holds::kAddress},       {"", "action", Holds::kAddress},
+    {"", "formaction", Holds::kAddress},   {"", "data", Holds::kAddress},
+    {"", "cite", Holds::kAddress},         {"", "codebase", Holds::kAddress},
+    {"", "archive", Holds::kAddress},      {"", "manifest", Holds::kAddress},
+    {"", "classid", Holds::kAddress},      {"", "profile", Holds::kAddress},
+    {"", "xlink:href", Holds::kAddress},   {"", "o:href", Holds::kAddress},
+    {"", "ping", Holds::kAddresses},       {"", "imagesrcset", Holds::kCandidates},
     {"param", "value", Holds::kParameter}, {"meta", "content", Holds::kRefresh},
 });
 
-void Take(std::string_view written, const TakePicture& take) { take(written, DecodeCharacterReferences(written, true)); }
+void Take(std::string_view written, const TakePicture& take) {
+  take(written, DecodeCharacterReferences(written, true));
+}
 
 // None of those with a file among them: its path may have blanks, so that they go as a whole.
 void EachBetweenBlanks(std::string_view value, const TakePicture& take) {

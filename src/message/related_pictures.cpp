@@ -56,7 +56,8 @@ std::string Taking::Take(const fs::path& file) {
 }
 
 // What stands for a picture that does not go along: its name alone, for the folders on the way to it are nobody else's
-// business. Nothing where the address holds no more than that, in whichever way it is written, or is filled in on the way.
+// business. Nothing where the address holds no more than that, in whichever way it is written, or is filled in on the
+// way.
 std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
   if (written.find_first_of("/\\:%&<") == std::string_view::npos) return {};
   if (html::BeginsWithTag(html::DecodeCharacterReferences(written, true))) return {};

@@ -99,7 +99,8 @@ TEST(DocumentLook, TellsOfATitleThatNamesAFile) {
        }) {
     const auto findings = Findings(LookOver("<title>" + std::string(title) + "</title>Unsubscribe"));
     EXPECT_EQ(findings.size(), is_told ? 1U : 0U) << title;
-    for (const auto& finding : findings) EXPECT_THAT(finding, StartsWith("The title “" + std::string(title) + "” tells"));
+    for (const auto& finding : findings)
+      EXPECT_THAT(finding, StartsWith("The title “" + std::string(title) + "” tells"));
   }
 }
 

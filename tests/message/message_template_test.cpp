@@ -409,10 +409,12 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<form action='file:///home/send'><a href='FILE:///home/ada/my%20list.html'>l</a><a href='/home/'>m</a>",
             "<form action='send'><a href='my%20list.html'>l</a><a href='#'>m</a>"},
            {"<image xlink:href='/home/ada/x.png'/><use o:href='/home/y'/><a ping='/home/p https://x.example/home/q'>"
-            "<a ping='file:///home/ada love/q'><link imagesrcset='/home/ada/a.png 1x, b.png 2x'><param name=Movie value='/home/m.swf'><param name=a "
+            "<a ping='file:///home/ada love/q'><link imagesrcset='/home/ada/a.png 1x, b.png 2x'><param name=Movie "
+            "value='/home/m.swf'><param name=a "
             "value='/x/b'>",
             "<image xlink:href='x.png'/><use o:href='y'/><a ping='p https://x.example/home/q'>"
-            "<a ping=''><link imagesrcset='a.png 1x, b.png 2x'><param name=Movie value='m.swf'><param name=a value='/x/b'>"},
+            "<a ping=''><link imagesrcset='a.png 1x, b.png 2x'><param name=Movie value='m.swf'><param name=a "
+            "value='/x/b'>"},
            {"<meta http-equiv=refresh content='0; url=/home/x.html'><meta http-equiv=Refresh content=\"5;URL = "
             "'/home/y' \"><meta http-equiv=refresh content=3><meta name=a content='0;url=/x/y'>",
             "<meta http-equiv=refresh content='0; url=x.html'><meta http-equiv=Refresh content=\"5;URL = "
