@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/chosen_ones.h"
 #include "cli/commands.h"
 #include "cli/store_command.h"
 #include "platform/text.h"
@@ -17,7 +18,7 @@ constexpr std::size_t kLongestAddress = 100;
 
 struct ShowOptions {
   std::int64_t run = 0;
-  std::string states;
+  ChosenOnes whom;
 };
 
 struct ForgetOptions {
@@ -111,15 +112,15 @@ void ShowRow(const Context& context, const run::JournalRow& row) {
 }
 
 int RunShow(Context& context, const ShowOptions& options) {
-  const auto states = options.states.empty() ? run::StateSet().set() : StatesFrom(options.states);
-  if (!states) return context.output.Fail(states.error());
+  const auto choice = ChoiceFrom(options.whom);
+  if (!choice) return context.output.Fail(choice.error());
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
     ShowMailing(context, *mailing);
-    const auto shown = journal.Visit(mailing->id, *states, 0, [&](const run::JournalRow& row) -> Result<bool> {
+    const auto shown = journal.Visit(mailing->id, *choice, 0, [&](const run::JournalRow& row) -> Result<bool> {
       ShowRow(context, row);
       return IsWanted(context);
     });
@@ -161,29 +162,6 @@ int RunForget(Context& context, const ForgetOptions& options) {
 
 }  // namespace
 
-std::string StateNames() {
-  std::string names;
-  for (std::size_t n = 0; n < run::kResultStates; ++n) {
-    names += (n == 0 ? "" : ", ") + std::string(run::Name(static_cast<run::ResultState>(n)));
-  }
-  return names;
-}
-
-Result<run::StateSet> StatesFrom(const std::string& text) {
-  run::StateSet states;
-  for (const std::string_view part : platform::Split(text, ',')) {
-    const std::string_view word = platform::Trim(part);
-    std::size_t n = 0;
-    while (n < run::kResultStates && word != run::Name(static_cast<run::ResultState>(n))) ++n;
-    if (n == run::kResultStates) {
-      return Error{Failure::kUsage, Say("\"{}\" is no state of a recipient.", platform::Printable(word, 60)),
-                   Say("The states are: {}.", StateNames())};
-    }
-    states.set(n);
-  }
-  return states;
-}
-
 Result<run::MailingEntry> MailingOf(run::RunJournal& journal, std::int64_t run) {
   auto mailing = journal.Find(run);
   if (mailing || mailing.error().failure != Failure::kNoInput) return mailing;
@@ -201,7 +179,8 @@ void AddRunsCommand(CLI::App& app, Context& context) {
   auto* show = runs->add_subcommand("show", "What became of each recipient of a run");
   auto shown = std::make_shared<ShowOptions>();
   show->add_option("run", shown->run, "The number that runs list shows")->required();
-  show->add_option("--state", shown->states, "Only these, parted by commas: " + StateNames())->type_name("STATES");
+  show->add_option("--state", shown->whom.states, "Only these, parted by commas: " + StateNames())->type_name("STATES");
+  AddReplyOption(*show, shown->whom);
   show->footer(
       "\"unknown\": the message was out and no answer came, so it may have arrived.\n"
       "Example:\n  quillcast runs show 12 --state refused,deferred");

@@ -25,11 +25,6 @@ int WithJournal(Context& context, const profile::Folders& folders, Action action
   return done ? *done : context.output.Fail(done.error());
 }
 
-// States by their names, parted by commas: "refused,not tried". kUsage for what is none.
-Result<run::StateSet> StatesFrom(const std::string& text);
-// What --state takes, for its help.
-std::string StateNames();
-
 // "#12": how a run is named on the command line.
 Result<run::MailingEntry> MailingOf(run::RunJournal& journal, std::int64_t run);
 

@@ -1,6 +1,7 @@
 // quillcast runs resume|retry: a kept run goes on with those who are left, or tries some of them again.
 #include <fmt/format.h>
 
+#include "cli/chosen_ones.h"
 #include "cli/runs.h"
 #include "cli/send_run.h"
 #include "cli/send_steps.h"
@@ -15,7 +16,7 @@ using run::ResultState;
 struct GoOnOptions {
   std::int64_t run = 0;
   bool include_unknown = false;
-  std::string states = "deferred,failed";
+  ChosenOnes whom;
   MailingOptions mailing;
 };
 
@@ -27,10 +28,10 @@ Result<std::vector<Sentence>> TellBefore(Context& context, run::PreparedRun& pre
   return changed;
 }
 
-int GoOn(Context& context, run::RunKind kind, const run::StateSet& states, const GoOnOptions& options) {
+int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice, const GoOnOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
-  auto prepared = run::PrepareToGoOn(options.run, kind, states, PlaceOf(context, *folders));
+  auto prepared = run::PrepareToGoOn(options.run, kind, choice, PlaceOf(context, *folders));
   if (!prepared && prepared.error().failure == Failure::kNoInput) {
     return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
       const auto mailing = MailingOf(journal, options.run);
@@ -38,7 +39,7 @@ int GoOn(Context& context, run::RunKind kind, const run::StateSet& states, const
     });
   }
   if (!prepared) return context.output.Fail(prepared.error());
-  if (prepared->group().recipients == 0) return context.output.Fail(run::NobodyIn(states));
+  if (prepared->group().recipients == 0) return context.output.Fail(run::NobodyOf(choice));
   const auto told = TellBefore(context, *prepared);
   if (!told) return context.output.Fail(told.error());
   return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
@@ -52,14 +53,16 @@ int RunResume(Context& context, const GoOnOptions& options) {
 
 // Nobody gets it twice by this: who is sent, or may have it already, is no choice here.
 int RunRetry(Context& context, const GoOnOptions& options) {
-  const auto states = StatesFrom(options.states);
-  if (!states) return context.output.Fail(states.error());
+  ChosenOnes whom = options.whom;
+  if (whom.states.empty()) whom.states = whom.replies.empty() ? "deferred,failed" : "deferred,refused";
+  const auto choice = ChoiceFrom(whom);
+  if (!choice) return context.output.Fail(choice.error());
   const auto may_be = run::SetOf({ResultState::kDeferred, ResultState::kRefused, ResultState::kFailed});
-  if ((*states & ~may_be).any()) {
+  if ((choice->states & ~may_be).any()) {
     return context.output.Fail({Failure::kUsage, "Only deferred, refused and failed recipients can be tried again.",
                                 "quillcast runs resume goes on with those not tried, and has --include-unknown."});
   }
-  return GoOn(context, run::RunKind::kRetry, *states, options);
+  return GoOn(context, run::RunKind::kRetry, *choice, options);
 }
 
 }  // namespace
@@ -81,13 +84,18 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
       "Example:\n  quillcast runs resume 12");
   OnRun(*resume, context, [resumed](Context& c) { return RunResume(c, *resumed); });
 
-  auto* retry = runs.add_subcommand("retry", "Send again to those who were deferred, or failed");
+  auto* retry = runs.add_subcommand(
+      "retry", "Send again to those who were deferred, who failed, or who were refused for some reasons");
   auto retried = std::make_shared<GoOnOptions>();
   shared(*retry, *retried);
-  retry->add_option("--state", retried->states, "Whom, parted by commas: deferred, refused, failed")
-      ->type_name("STATES")
-      ->capture_default_str();
-  retry->footer("Example:\n  quillcast runs retry 12 --state deferred");
+  retry
+      ->add_option(
+          "--state", retried->whom.states,
+          "Whom, parted by commas: deferred, refused, failed; without it the deferred and the failed, or, with "
+          "--reply, the deferred and the refused")
+      ->type_name("STATES");
+  AddReplyOption(*retry, retried->whom);
+  retry->footer("Examples:\n  quillcast runs retry 12 --state deferred\n  quillcast runs retry 12 --reply 452,5.2.2");
   OnRun(*retry, context, [retried](Context& c) { return RunRetry(c, *retried); });
 }
 

@@ -1,6 +1,7 @@
 // quillcast runs export|report: what is taken out of a kept run.
 #include <fmt/format.h>
 
+#include "cli/chosen_ones.h"
 #include "cli/runs.h"
 #include "cli/send_steps.h"
 #include "platform/file_attributes.h"
@@ -13,7 +14,7 @@ namespace {
 
 struct TakeOutOptions {
   std::int64_t run = 0;
-  std::string states;
+  ChosenOnes whom;
   std::string file;
   std::string group;
 };
@@ -27,11 +28,11 @@ Result<void> WriteFile(Context& context, const std::string& file,
 }
 
 Result<int> ExportToFile(Context& context, run::RunJournal& journal, const run::MailingEntry& mailing,
-                         const run::StateSet& states, const std::string& file) {
+                         const run::RecipientChoice& choice, const std::string& file) {
   if (const int refused = AskToWrite(context, file)) return refused;
   std::int64_t rows = 0;
   const auto written = WriteFile(context, file, [&](const auto& write) -> Result<void> {
-    const auto listed = run::WriteList(journal, mailing.id, states, context.cancel, write);
+    const auto listed = run::WriteList(journal, mailing.id, choice, context.cancel, write);
     if (!listed) return listed.error();
     rows = *listed;
     return {};
@@ -44,9 +45,10 @@ Result<int> ExportToFile(Context& context, run::RunJournal& journal, const run::
 }
 
 Result<int> ExportToGroup(Context& context, const profile::Folders& folders, run::RunJournal& journal,
-                          const run::MailingEntry& mailing, const run::StateSet& states, const std::string& group) {
+                          const run::MailingEntry& mailing, const run::RecipientChoice& choice,
+                          const std::string& group) {
   recipients::RecipientStore store(folders.Database(), {.cancel = &context.cancel});
-  const auto made = run::MakeGroup(journal, mailing, states, group, store);
+  const auto made = run::MakeGroup(journal, mailing, choice, group, store);
   if (!made) return made.error();
   context.output.Line(
       fmt::format("Group \"{}\" was made of {}.", group, platform::Counted(made->added, "recipient", "recipients")));
@@ -62,16 +64,18 @@ int RunExport(Context& context, const TakeOutOptions& options) {
   if (options.file.empty() == options.group.empty()) {
     return context.output.Complain("Name one of --to FILE and --to-group NAME.");
   }
-  const auto states = StatesFrom(options.states);
-  if (!states) return context.output.Fail(states.error());
+  const auto choice = ChoiceFrom(options.whom);
+  if (!choice) return context.output.Fail(choice.error());
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
-    if (run::CountIn(mailing->counts, *states) == 0) return run::NobodyIn(*states);
-    if (!options.file.empty()) return ExportToFile(context, journal, *mailing, *states, options.file);
-    return ExportToGroup(context, *folders, journal, *mailing, *states, options.group);
+    const auto count = run::CountChosen(journal, *mailing, *choice);
+    if (!count) return count.error();
+    if (*count == 0) return run::NobodyOf(*choice);
+    if (!options.file.empty()) return ExportToFile(context, journal, *mailing, *choice, options.file);
+    return ExportToGroup(context, *folders, journal, *mailing, *choice, options.group);
   });
 }
 
@@ -98,9 +102,10 @@ void AddTakeOutCommands(CLI::App& runs, Context& context) {
   auto* list = runs.add_subcommand("export", "Take the recipients of some states out, as a list or as a new group");
   auto options = std::make_shared<TakeOutOptions>();
   list->add_option("run", options->run, "The number that runs list shows")->required();
-  list->add_option("--state", options->states, "Whom, parted by commas: " + StateNames())
+  list->add_option("--state", options->whom.states, "Whom, parted by commas: " + StateNames())
       ->type_name("STATES")
       ->required();
+  AddReplyOption(*list, options->whom);
   list->add_option("--to", options->file, "Into this file, with every field, as a list that import takes back")
       ->type_name("FILE");
   list->add_option("--to-group", options->group, "Into a new group of this name")->type_name("NAME");

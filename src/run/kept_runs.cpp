@@ -1,6 +1,7 @@
 #include "run/kept_runs.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <utility>
@@ -65,10 +66,21 @@ std::string CountsText(const StateCounts& counts) {
   return text.empty() ? "nobody" : text;
 }
 
-Error NobodyIn(const StateSet& states) {
+Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice) {
+  if (choice.replies.empty()) return CountIn(mailing.counts, choice.states);
+  return journal.Count(mailing.id, choice);
+}
+
+Error NobodyOf(const RecipientChoice& choice) {
   std::string names;
   for (std::size_t n = 0; n < kResultStates; ++n) {
-    if (states[n]) names += (names.empty() ? "" : ", ") + std::string(Name(static_cast<ResultState>(n)));
+    if (choice.states[n]) names += (names.empty() ? "" : ", ") + std::string(Name(static_cast<ResultState>(n)));
+  }
+  if (!choice.replies.empty()) {
+    return {Failure::kNoInput,
+            Say("No recipient of this run is in this state ({}) with this reply: {}.", names,
+                fmt::format("{}", fmt::join(choice.replies, ", "))),
+            "quillcast runs show has the reply to each."};
   }
   return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), "Choose other states."};
 }

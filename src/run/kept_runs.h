@@ -32,8 +32,10 @@ const char* Name(MailingStanding standing);
 bool WasCutOff(const MailingEntry& mailing);
 // "20 sent, 1 refused, 3 not tried": those that there are.
 std::string CountsText(const StateCounts& counts);
-// Why nothing is done about the recipients of these states: there are none.
-Error NobodyIn(const StateSet& states);
+// How many are chosen. Fails as the journal does.
+Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
+// Why nothing is done about the chosen ones: there are none.
+Error NobodyOf(const RecipientChoice& choice);
 // Of a mailing that can be resumed: how many are left, and of those who are unknown what that means.
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 

@@ -22,14 +22,14 @@ recipients::ExportFormat WholeRows() {
   return format;
 }
 
-Result<GroupMade> Fill(RunJournal& journal, const MailingEntry& mailing, const StateSet& states, std::string_view name,
-                       recipients::RecipientStore& store) {
+Result<GroupMade> Fill(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice,
+                       std::string_view name, recipients::RecipientStore& store) {
   recipients::Edit edit(store, {});
   if (auto begun = edit.Begin(); !begun) return begun.error();
   const auto group = edit.RequireGroup(name);
   if (!group) return group.error();
   GroupMade made;
-  auto visited = journal.Visit(mailing.id, states, 0, [&](const JournalRow& row) -> Result<bool> {
+  auto visited = journal.Visit(mailing.id, choice, 0, [&](const JournalRow& row) -> Result<bool> {
     const auto added = edit.AddIfNew(group->id, row.recipient);
     if (!added) return added.error();
     ++(*added ? made.added : made.twice);
@@ -44,14 +44,14 @@ Result<GroupMade> Fill(RunJournal& journal, const MailingEntry& mailing, const S
 
 }  // namespace
 
-Result<std::int64_t> WriteList(RunJournal& journal, MailingId mailing, const StateSet& states,
+Result<std::int64_t> WriteList(RunJournal& journal, MailingId mailing, const RecipientChoice& choice,
                                const platform::CancelToken& cancel,
                                const std::function<Result<void>(std::string_view text)>& write) {
   recipients::ExportLines lines(WholeRows());
   std::string block;
   lines.AppendHeading(block);
   std::int64_t rows = 0;
-  auto visited = journal.Visit(mailing, states, 0, [&](const JournalRow& row) -> Result<bool> {
+  auto visited = journal.Visit(mailing, choice, 0, [&](const JournalRow& row) -> Result<bool> {
     if (cancel.Requested() != platform::Stop::kNone) {
       return Error{Failure::kTryAgain, "The export was cancelled.", "Run it again for all of it."};
     }
@@ -70,7 +70,7 @@ Result<std::int64_t> WriteList(RunJournal& journal, MailingId mailing, const Sta
   return rows;
 }
 
-Result<GroupMade> MakeGroup(RunJournal& journal, const MailingEntry& mailing, const StateSet& states,
+Result<GroupMade> MakeGroup(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice,
                             std::string_view name, recipients::RecipientStore& store) {
   const auto complaint = recipients::MakeGroup(store, name);
   if (!complaint) return complaint.error();
@@ -79,7 +79,7 @@ Result<GroupMade> MakeGroup(RunJournal& journal, const MailingEntry& mailing, co
     return Error{Failure::kUsage, refused.message.empty() ? refused.reason : Sentence(refused.message),
                  "Name another group."};
   }
-  auto made = Fill(journal, mailing, states, name, store);
+  auto made = Fill(journal, mailing, choice, name, store);
   // Half a group would be taken for a whole one.
   if (!made) IgnoreErrors(recipients::DeleteWholeGroup(store, name, {}));
   return made;

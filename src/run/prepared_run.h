@@ -44,8 +44,9 @@ struct GoingOn {
   std::unique_ptr<RunJournal> journal;
   MailingEntry mailing;
   RunKind kind = RunKind::kResume;
-  StateSet states;
-  ThawedInputs frozen;  // its files are the journal's
+  RecipientChoice choice;
+  std::int64_t recipients = 0;  // that are chosen
+  ThawedInputs frozen;          // its files are the journal's
 };
 
 // The account is read, and the message compiled, at the first question that needs it, and is then the same for all. The
@@ -133,8 +134,8 @@ class PreparedRun {
 Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place);
 // The same to a group that was chosen before.
 PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
-// One that goes on with the mailing of this run, to its recipients of these states: with the message and the list as
+// One that goes on with the mailing of this run, to those of its recipients: with the message and the list as
 // they were when it began, by way of the account as it is now. Fails as the journal and Thaw do.
-Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& states, const RunPlace& place);
+Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice& choice, const RunPlace& place);
 
 }  // namespace quillcast::run

@@ -14,7 +14,7 @@ namespace quillcast::run {
 
 using account::AccountSettings;
 
-Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& states, const RunPlace& place) {
+Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice& choice, const RunPlace& place) {
   auto journal = OpenJournal(place.folders, place.clock, place.cancel);
   if (!journal) return journal.error();
   auto mailing = (*journal)->Find(run);
@@ -23,13 +23,15 @@ Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const StateSet& state
   if (!inputs) return inputs.error();
   auto frozen = Thaw(*inputs, **journal);
   if (!frozen) return frozen.error();
-  return PreparedRun({*std::move(journal), *std::move(mailing), kind, states, *std::move(frozen)}, place);
+  const auto recipients = CountChosen(**journal, *mailing, choice);
+  if (!recipients) return recipients.error();
+  return PreparedRun({*std::move(journal), *std::move(mailing), kind, choice, *recipients, *std::move(frozen)}, place);
 }
 
 PreparedRun::PreparedRun(GoingOn going_on, const RunPlace& place)
     : going_on_(std::move(going_on)), document_(going_on_->frozen.inputs.document), place_(place) {
   group_.group.name = going_on_->mailing.group;
-  group_.recipients = CountIn(going_on_->mailing.counts, going_on_->states);
+  group_.recipients = going_on_->recipients;
 }
 
 Result<std::unique_ptr<recipients::RowSource>> PreparedRun::RowsForRun(recipients::Reading reading) const {
@@ -130,7 +132,7 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
   if (!message) return message.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
-  auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->states, entry->base);
+  auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->choice, entry->base);
   if (!run) {
     std::filesystem::remove(entry->report.path(), IgnoreErrors());
     return run.error();

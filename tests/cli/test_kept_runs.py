@@ -86,6 +86,24 @@ class KeptRuns(Case):
         self.assertEqual(sorted(scopes), ["Sending to 2 recipients.", "Sending to 2 recipients.", "Sending to 7 recipients."])
         self.assertEqual({run["history"] for run in runs}, {report.stem for report in self.reports()})
 
+    def test_a_reply_says_who_is_tried_again(self):
+        box = self.mailbox("--refuse", "*@bad.example=550", "--refuse", "r3@slow.example=552",
+                           "--defer", "r6@slow.example=452", name="choosy")
+        self.mail(box)
+        for replies, expected in (("550", [2, 5]), ("552,452", [3, 6]), ("55", [2, 3, 5]), ("4", [6]), ("551", [])):
+            self.assertEqual(sorted(self.states("--reply", replies)), expected, replies)
+        for replies in ("250", "5.", "5.1.1.1", "x", "5,,4", "5555", "55.1", "-5"):
+            self.objects("runs", "retry", "1", f"--reply={replies}", code=64)
+        self.objects("runs", "retry", "1", "--reply", "421", code=66)
+        self.objects("runs", "export", "1", "--state", "refused", "--reply", "552", "--to-group", "Full")
+        self.assertEqual([row["Email Address"] for row in self.objects("recipient", "list", "--group", "Full", "--fields")],
+                         ["r3@slow.example"])
+        good = self.mailbox()
+        self.account(good.port)
+        self.objects("runs", "retry", "1", "--reply", "552, 452")
+        self.assertEqual(self.to(good), ["r3@slow.example", "r6@slow.example"])
+        self.assertEqual(self.states("--state", "refused"), {2: "refused", 5: "refused"})
+
     def test_a_part_goes_on_within_itself(self):
         """A run to a part of the list, stopped by its server: those of the part that are left, under their places."""
         self.mail(self.mailbox("--refuse", "MAIL:*=550", name="closed"), "--range", "2-6")

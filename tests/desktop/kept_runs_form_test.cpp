@@ -65,6 +65,19 @@ class KeptRunsFormTest : public QObject {
       QCOMPARE(asked->recipients, c.recipients);
       QCOMPARE(rig.Shown().contains("may get this one twice"), QString(c.whom) == "Unknown");
     }
+    auto* reply = form.findChild<QLineEdit*>("ReplyTextBox");
+    whom->setCurrentText("Refused");
+    reply->setText("5.7");
+    QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "SaveListButton"));
+    QCOMPARE(Status(form).left(49), QString("0 recipients are in this state with this reply. 1"));
+    reply->setText("2");
+    QVERIFY2(Status(form).contains("\"2\" begins no code of a reply"), qPrintable(Status(form)));
+    QVERIFY(!IsOn(form, "SendToTheseButton"));
+    reply->setText("5.1, 452");
+    Press(form, "SendToTheseButton");
+    QCOMPARE(asked->recipients, 1);
+    QCOMPARE(asked->choice.replies.size(), 2U);
+    reply->clear();
     rig.prompts.answers = {platform::Answer::kNo};
     whom->setCurrentText("Unknown");
     asked.reset();

@@ -47,14 +47,15 @@ class ContentsInMemory final : public run::RunJournal {
                                                     std::string) override {
     return NoRuns();
   }
-  Result<std::unique_ptr<run::JournalledRun>> GoOn(run::MailingId, run::RunKind, const run::StateSet&,
+  Result<std::unique_ptr<run::JournalledRun>> GoOn(run::MailingId, run::RunKind, const run::RecipientChoice&,
                                                    std::string) override {
     return NoRuns();
   }
   Result<std::vector<run::MailingEntry>> List() override { return NoRuns(); }
   Result<run::MailingEntry> Find(run::RunId) override { return NoRuns(); }
   Result<run::NewMailing> Inputs(run::MailingId) override { return NoRuns(); }
-  Result<void> Visit(run::MailingId, const run::StateSet&, std::int64_t,
+  Result<std::int64_t> Count(run::MailingId, const run::RecipientChoice&) override { return NoRuns(); }
+  Result<void> Visit(run::MailingId, const run::RecipientChoice&, std::int64_t,
                      const std::function<Result<bool>(const run::JournalRow&)>&) override {
     return NoRuns();
   }

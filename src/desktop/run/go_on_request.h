@@ -11,10 +11,10 @@ namespace quillcast::desktop {
 struct GoOnRequest {
   run::RunId run = 0;
   run::RunKind kind = run::RunKind::kResume;
-  run::StateSet states;
+  run::RecipientChoice choice;
   std::string subject;
   std::string group;
-  std::int64_t recipients = 0;  // in those states
+  std::int64_t recipients = 0;  // that are chosen
 };
 
 }  // namespace quillcast::desktop

@@ -37,7 +37,7 @@ struct Whom {
 };
 const std::array<Whom, 7>& Offered() {
   using run::RunKind;
-  static const std::array<Whom, 7> kOffered = {{
+  static const std::array<Whom, 7> offered = {{
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Not tried"), run::SetOf({ResultState::kNotTried}),
        RunKind::kResume},
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Deferred and failed"),
@@ -52,7 +52,7 @@ const std::array<Whom, 7>& Offered() {
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Sent"), run::SetOf({ResultState::kSent}), {}},
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Everybody"), run::StateSet().set(), {}},
   }};
-  return kOffered;
+  return offered;
 }
 
 }  // namespace
@@ -63,6 +63,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       grid_(new RowList(
           "KeptRunsGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this)),
       states_(new QComboBox(this)),
+      reply_(new QLineEdit(this)),
       group_(new QLineEdit(this)),
       status_(new StatusLine(this)),
       task_(new BackgroundTask(this)) {
@@ -72,16 +73,20 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
   grid_->SetLongText(LongText::kWrapped);
   grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
+  reply_->setPlaceholderText(tr("Any; or the beginnings of its codes: 452, 5.2.2"));
+  reply_->setMaxLength(255);
   group_->setMaxLength(255);
   auto* column = new FormColumn(this);
   column->Add(grid_, 1);
   auto* grid = column->AddGrid();
   grid->Add("StateComboBox", tr("&Whom:"), states_);
+  grid->Add("ReplyTextBox", tr("With re&ply:"), reply_);
   grid->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
   MakeButtons(column);
   connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
   connect(states_, &QComboBox::currentIndexChanged, this, &KeptRunsForm::EnableButtons);
+  connect(reply_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
   connect(group_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
   Fill();
   grid_->setFocus();
@@ -146,33 +151,48 @@ const run::MailingEntry* KeptRunsForm::Chosen() const {
   return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
 }
 
-run::StateSet KeptRunsForm::States() const {
-  return Offered().at(static_cast<std::size_t>(states_->currentIndex())).states;
+Result<run::RecipientChoice> KeptRunsForm::Choice() const {
+  auto replies = run::RepliesFrom(FromQt(reply_->text()));
+  if (!replies) return replies.error();
+  return run::RecipientChoice(Offered().at(static_cast<std::size_t>(states_->currentIndex())).states,
+                              *std::move(replies));
 }
 
 std::optional<run::RunKind> KeptRunsForm::Kind() const {
   return Offered().at(static_cast<std::size_t>(states_->currentIndex())).kind;
 }
 
-std::int64_t KeptRunsForm::Count() const {
+Result<std::int64_t> KeptRunsForm::Count() const {
   const run::MailingEntry* mailing = Chosen();
-  return mailing == nullptr ? 0 : run::CountIn(mailing->counts, States());
+  if (mailing == nullptr) return 0;
+  if (choice_.replies.empty()) return run::CountIn(mailing->counts, choice_.states);
+  const platform::CancelToken none;
+  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+  return journal ? run::CountChosen(**journal, *mailing, choice_) : Result<std::int64_t>(journal.error());
 }
 
 void KeptRunsForm::EnableButtons() {
   const run::MailingEntry* mailing = Chosen();
   const bool is_free = mailing != nullptr && !task_->is_running();
   const bool is_sent_now = mailing != nullptr && run::StandingOf(*mailing) == run::MailingStanding::kGoesOn;
-  const bool has_any = is_free && Count() > 0;
+  const auto choice = Choice();
+  choice_ = choice ? *choice : run::RecipientChoice();
+  const auto count = choice ? Count() : Result<std::int64_t>(choice.error());
+  count_ = count ? *count : 0;
+  const bool has_any = is_free && count_ > 0;
   send_->setEnabled(has_any && Kind() && !is_sent_now);
   list_->setEnabled(has_any);
   make_group_->setEnabled(has_any && !group_->text().trimmed().isEmpty());
   report_->setEnabled(is_free);
   forget_->setEnabled(is_free && !is_sent_now);
   if (mailing == nullptr || task_->is_running()) return;
+  if (!count) return status_->Fail(count.error());
   QStringList sentences;
   if (is_sent_now) sentences << tr("This run goes on in another window or program.");
-  sentences << Counted(Count(), tr("1 recipient is in this state."), tr("%1 recipients are in this state."));
+  sentences << (choice_.replies.empty()
+                    ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
+                    : Counted(count_, tr("1 recipient is in this state with this reply."),
+                              tr("%1 recipients are in this state with this reply.")));
   for (const auto& sentence : run::WhatIsLeft(*mailing)) sentences << InWords(sentence);
   status_->Say(sentences.join(' '));
 }
@@ -180,13 +200,13 @@ void KeptRunsForm::EnableButtons() {
 void KeptRunsForm::SendToThese() {
   const run::MailingEntry* mailing = Chosen();
   if (mailing == nullptr || !Kind() || !go_on) return;
-  if (run::Holds(States(), ResultState::kUnknown) &&
+  if (run::Holds(choice_.states, ResultState::kUnknown) &&
       program_.prompts.Ask(
           "Their messages were out and no answers came, so some of them may get this one twice. Are you "
           "sure you want to send it to them again?") != platform::Answer::kYes) {
     return;
   }
-  go_on({mailing->runs.front().id, *Kind(), States(), mailing->subject, mailing->group, Count()});
+  go_on({mailing->runs.front().id, *Kind(), choice_, mailing->subject, mailing->group, count_});
   Fill();
 }
 
@@ -213,11 +233,11 @@ void KeptRunsForm::ExportList() {
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return status_->Fail(may_write.error());
   if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
-  Work([file, id = mailing->id, states = States(), own = program_.folders.OwnFiles()](
+  Work([file, id = mailing->id, choice = choice_, own = program_.folders.OwnFiles()](
            run::RunJournal& journal, const platform::CancelToken& cancel) -> Result<Sentence> {
     std::int64_t rows = 0;
     auto written = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
-      const auto listed = run::WriteList(journal, id, states, cancel,
+      const auto listed = run::WriteList(journal, id, choice, cancel,
                                          [&](std::string_view text) { return platform::WriteAll(fd, file, text); });
       if (!listed) return listed.error();
       rows = *listed;
@@ -231,11 +251,11 @@ void KeptRunsForm::ExportList() {
 void KeptRunsForm::MakeGroup() {
   const run::MailingEntry* mailing = Chosen();
   if (mailing == nullptr) return;
-  Work([mailing = *mailing, states = States(), name = FromQt(group_->text().trimmed()),
+  Work([mailing = *mailing, choice = choice_, name = FromQt(group_->text().trimmed()),
         database = program_.folders.Database()](run::RunJournal& journal,
                                                 const platform::CancelToken& cancel) -> Result<Sentence> {
     recipients::RecipientStore store(database, {.lock_wait = kPatience.lock_wait, .cancel = &cancel});
-    const auto made = run::MakeGroup(journal, mailing, states, name, store);
+    const auto made = run::MakeGroup(journal, mailing, choice, name, store);
     if (!made) return made.error();
     return Say("The group {} was made of {} recipients; {} more have addresses that stand in it already.", name,
                NumberValue(made->added), NumberValue(made->twice));

@@ -41,8 +41,9 @@ class KeptRunsForm final : public QDialog {
   void EnableButtons();
   QString TextOf(std::size_t row) const;
   const run::MailingEntry* Chosen() const;
-  std::int64_t Count() const;  // of those that the boxes ask for
-  run::StateSet States() const;
+  // Whom the boxes ask for. kUsage for a reply that is none.
+  Result<run::RecipientChoice> Choice() const;
+  Result<std::int64_t> Count() const;
   std::optional<run::RunKind> Kind() const;  // of a run to them; nothing where they have it already
   void SendToThese();
   // What takes as long as the mailing is large, on a thread of its own; what it returns is told.
@@ -57,8 +58,11 @@ class KeptRunsForm final : public QDialog {
   std::vector<Line> lines_;
   RowList* grid_;
   QComboBox* states_;
+  QLineEdit* reply_;
   QLineEdit* group_;
   StatusLine* status_;
+  run::RecipientChoice choice_;  // as the boxes had it when the buttons were last enabled
+  std::int64_t count_ = 0;       // of those
   BackgroundTask* task_;
   QPushButton* send_ = nullptr;
   QPushButton* list_ = nullptr;

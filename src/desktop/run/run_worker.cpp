@@ -40,7 +40,7 @@ void RunWorker::Start(const document::MessageDocument& document, const run::Chos
 void RunWorker::GoOnWith(const GoOnRequest& request) {
   news_.total = request.recipients;
   Run([this, request]() -> Result<run::RunSummary> {
-    auto prepared = run::PrepareToGoOn(request.run, request.kind, request.states, run::PlaceOf(program_, cancel_));
+    auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program_, cancel_));
     if (!prepared) return prepared.error();
     const auto changed = prepared->WhatChangedSince();
     if (!changed) return changed.error();

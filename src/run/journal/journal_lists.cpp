@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include "run/journal/choice_filter.h"
 #include "run/journal/kept_contents.h"
 #include "run/journal/mailing_lock.h"
 #include "run/journal/mailing_tables.h"
@@ -194,31 +195,72 @@ Result<MailingEntry> FindMailing(platform::Database& database, const JournalPlac
   return EntryOf(database, place, *mailing, *seen);
 }
 
-Result<void> VisitRows(platform::Database& database, const JournalPlace& place, MailingId mailing,
-                       const StateSet& states, std::int64_t skip,
-                       const std::function<Result<bool>(const JournalRow&)>& visit) {
+// A mailing as it is read at one look, and what is in doubt of it.
+struct Sight {
+  StoredMailing mailing;
+  Doubt doubt;
+};
+
+// Gives the chosen ones' records in the order of the list, until `visit` gives false. `begin` comes before.
+Result<void> WalkChosen(platform::Database& database, const JournalPlace& place, MailingId mailing,
+                        const RecipientChoice& choice, const std::function<Result<void>(const Sight&)>& begin,
+                        const std::function<Result<bool>(std::int64_t index, const char* record)>& visit) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
   const auto look = Look::At(database);
   if (!look) return look.error();
-  const auto stored = ReadMailing(database, mailing);
+  auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();
   const Doubt doubt = DoubtOf(stored->runs.back(), GoesOn(*seen, *stored), place.boot);
-  auto blocks = StateBlocks::Of(database, place.file, mailing, stored->entry.recipients);
+  const Sight sight{*std::move(stored), doubt};
+  auto blocks = StateBlocks::Of(database, place.file, mailing, sight.mailing.entry.recipients);
   if (!blocks) return blocks.error();
-  auto reader = RowReader::Of(database, *stored, doubt);
-  if (!reader) return reader.error();
+  auto filter = ChoiceFilter::Of(database, place.file, mailing, choice);
+  if (!filter) return filter.error();
+  if (auto begun = begin(sight); !begun) return begun;
   return blocks->Walk(0, [&](std::int64_t block, std::string_view octets) -> Result<bool> {
     for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
       const char* record = octets.data() + at;
-      if (!Holds(states, StateIn(doubt, record)) || skip-- > 0) continue;
-      const auto row = reader->Read(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize), record);
-      if (!row) return row.error();
-      auto on = visit(**row);
+      const auto takes = filter->Takes(StateIn(doubt, record), record);
+      if (!takes) return takes.error();
+      if (!*takes) continue;
+      auto on = visit(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize), record);
       if (!on || !*on) return on;
     }
     return true;
   });
+}
+
+Result<void> VisitRows(platform::Database& database, const JournalPlace& place, MailingId mailing,
+                       const RecipientChoice& choice, std::int64_t skip,
+                       const std::function<Result<bool>(const JournalRow&)>& visit) {
+  std::optional<RowReader> reader;
+  const auto begin = [&](const Sight& sight) -> Result<void> {
+    auto made = RowReader::Of(database, sight.mailing, sight.doubt);
+    if (!made) return made.error();
+    reader.emplace(*std::move(made));
+    return {};
+  };
+  return WalkChosen(database, place, mailing, choice, begin,
+                    [&](std::int64_t index, const char* record) -> Result<bool> {
+                      if (skip-- > 0) return true;
+                      const auto row = reader->Read(index, record);
+                      if (!row) return row.error();
+                      return visit(**row);
+                    });
+}
+
+Result<std::int64_t> CountChosen(platform::Database& database, const JournalPlace& place, MailingId mailing,
+                                 const RecipientChoice& choice) {
+  std::int64_t count = 0;
+  auto walked = WalkChosen(
+      database, place, mailing, choice, [](const Sight&) { return Result<void>(); },
+      [&](std::int64_t, const char*) -> Result<bool> {
+        ++count;
+        return true;
+      });
+  if (!walked) return walked.error();
+  return count;
 }
 
 Result<NewMailing> ReadInputs(platform::Database& database, MailingId mailing) {
@@ -244,7 +286,11 @@ Result<std::vector<MailingEntry>> SqliteRunJournal::List() { return OfJournal(Li
 
 Result<MailingEntry> SqliteRunJournal::Find(RunId run) { return OfJournal(FindMailing(database_, place_, run)); }
 
-Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+Result<std::int64_t> SqliteRunJournal::Count(MailingId mailing, const RecipientChoice& choice) {
+  return OfJournal(CountChosen(database_, place_, mailing, choice));
+}
+
+Result<void> SqliteRunJournal::Visit(MailingId mailing, const RecipientChoice& choice, std::int64_t skip,
                                      const std::function<Result<bool>(const JournalRow&)>& visit) {
   std::optional<Error> theirs;
   const auto watched = [&](const JournalRow& row) {
@@ -252,7 +298,7 @@ Result<void> SqliteRunJournal::Visit(MailingId mailing, const StateSet& states, 
     if (!on) theirs = on.error();
     return on;
   };
-  auto visited = VisitRows(database_, place_, mailing, states, skip, watched);
+  auto visited = VisitRows(database_, place_, mailing, choice, skip, watched);
   return theirs ? Result<void>(*theirs) : OfJournal(std::move(visited));
 }
 

@@ -37,8 +37,8 @@ SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, Mailin
       blocks_(std::move(parts.blocks)),
       words_(std::move(parts.words)),
       read_rows_(std::move(parts.read_rows)),
-      walk_(run.states, run.recipients),
-      reserving_(run.states, run.recipients) {
+      walk_(std::move(parts.walk)),
+      reserving_(std::move(parts.reserving)) {
   database_->OnCommit([this](int pages) { log_pages_ = pages; });
 }
 
@@ -52,7 +52,16 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   if (!words) return words.error();
   auto rows = database->Prepare("SELECT rows FROM rows WHERE id = ?");
   if (!rows) return rows.error();
-  Parts parts{std::move(database), *std::move(blocks), *std::move(words), *std::move(rows)};
+  auto filter = ChoiceFilter::Of(*database, place.file, run.mailing, run.choice);
+  if (!filter) return filter.error();
+  auto ahead = ChoiceFilter::Of(*database, place.file, run.mailing, run.choice);
+  if (!ahead) return ahead.error();
+  Parts parts{std::move(database),
+              *std::move(blocks),
+              *std::move(words),
+              *std::move(rows),
+              ScopeWalk(*std::move(filter), run.recipients),
+              ScopeWalk(*std::move(ahead), run.recipients)};
   std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));
   platform::Transaction begun = std::move(transaction);  // goes back, where it does, before its connection ends
   started->database_->ForgetCancel();  // who cancels the sending still wants to know what became of it

@@ -28,7 +28,7 @@ struct BegunRun {
   std::int64_t recipients = 0;  // of the mailing
   std::int64_t list = 0;        // in the list that they were taken from; of a later run at least so many
   std::int64_t scope = 0;       // of the run
-  StateSet states;              // whose recipients these are
+  RecipientChoice choice;       // of the mailing's recipients
 };
 
 // Against a loss of power: a message goes out only where its recipient was reserved before and that is known to be on
@@ -63,6 +63,8 @@ class SqliteJournalledRun final : public JournalledRun {
     StateBlocks blocks;
     WordsWriter words;
     platform::Statement read_rows;
+    ScopeWalk walk;
+    ScopeWalk reserving;
   };
   SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run);
 

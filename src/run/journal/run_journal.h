@@ -17,6 +17,7 @@
 #include "platform/result.h"
 #include "recipients/recipient.h"
 #include "recipients/row_source.h"
+#include "run/journal/recipient_choice.h"
 #include "run/journal/recipient_states.h"
 #include "smtp/outcome.h"
 
@@ -76,7 +77,7 @@ class JournalledRun {
  public:
   virtual ~JournalledRun() = default;
   virtual RunId id() const = 0;
-  // Whom it is for, in the order of the list and with their places in it: those of its states when it began.
+  // Whom it is for, in the order of the list and with their places in it: those of its choice when it began.
   virtual std::int64_t size() const = 0;
   // How many are in the list itself, be they for this run or not.
   virtual std::int64_t list_size() const = 0;
@@ -123,9 +124,9 @@ class RunJournal {
   virtual Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                        const std::optional<recipients::PartialRange>& range,
                                                        std::string history) = 0;
-  // Begins a run that goes on with the mailing's recipients of these states. Those whom a lost program left in flight
-  // are unknown from now on. kNoInput where nobody is in them.
-  virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+  // Begins a run that goes on with those of the mailing's recipients. Those whom a lost program left in flight are
+  // unknown from now on. kNoInput where nobody is chosen.
+  virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                       std::string history) = 0;
 
   // Newest mailing first.
@@ -136,9 +137,11 @@ class RunJournal {
   // A kept file, readable from its beginning; it takes no place in any folder.
   virtual Result<platform::UniqueFd> Open(const KeptFile& file) = 0;
 
-  // Calls `visit` with the recipients of these states in the order of the list, from the `skip`th on, until it gives
+  // How many of the mailing's recipients they are.
+  virtual Result<std::int64_t> Count(MailingId mailing, const RecipientChoice& choice) = 0;
+  // Calls `visit` with them in the order of the list, from the `skip`th on, until it gives
   // false. It asks nothing of this journal meanwhile.
-  virtual Result<void> Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+  virtual Result<void> Visit(MailingId mailing, const RecipientChoice& choice, std::int64_t skip,
                              const std::function<Result<bool>(const JournalRow&)>& visit) = 0;
 
   // Nothing of it is left in the file, its recipients included. kTryAgain while a run of it goes on.

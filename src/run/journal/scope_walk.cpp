@@ -13,7 +13,9 @@ Result<std::optional<std::int64_t>> ScopeWalk::Next(StateBlocks& blocks) {
       block_ = next_ / kBlockSize;
     }
     const char* record = octets_.data() + static_cast<std::size_t>(next_ % kBlockSize) * kRecordSize;
-    if (Holds(states_, StateAt(record))) return std::optional(next_++);
+    const auto takes = filter_.Takes(StateAt(record), record);
+    if (!takes) return takes.error();
+    if (*takes) return std::optional(next_++);
   }
   return std::optional<std::int64_t>();
 }

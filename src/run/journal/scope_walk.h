@@ -5,15 +5,15 @@
 #include <optional>
 #include <string>
 
-#include "run/journal/recipient_states.h"
+#include "run/journal/choice_filter.h"
 #include "run/journal/state_blocks.h"
 
 namespace quillcast::run {
 
-// Nobody ahead of it is changed by the run, so that it finds those whose states these were when the run began.
+// Nobody ahead of it is changed by the run, so that it finds those who were of the choice when the run began.
 class ScopeWalk {
  public:
-  ScopeWalk(const StateSet& states, std::int64_t recipients) : states_(states), recipients_(recipients) {}
+  ScopeWalk(ChoiceFilter filter, std::int64_t recipients) : filter_(std::move(filter)), recipients_(recipients) {}
 
   // The next one's index, nothing behind the last.
   Result<std::optional<std::int64_t>> Next(StateBlocks& blocks);
@@ -21,7 +21,7 @@ class ScopeWalk {
   void SkipTo(std::int64_t index);
 
  private:
-  StateSet states_;
+  ChoiceFilter filter_;
   std::int64_t recipients_;
   std::int64_t next_ = 0;
   std::int64_t block_ = -1;  // whose octets these are

@@ -93,17 +93,21 @@ StoredRun NewRun(const JournalPlace& place, MailingId mailing, RunKind kind, std
 
 // Takes those in doubt for unknown and nobody for reserved any more, and counts whom the states have.
 Result<std::int64_t> SettleDoubts(platform::Database& database, const StoredMailing& mailing, Doubt doubt,
-                                  const StateSet& states) {
+                                  const RecipientChoice& choice) {
   auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
   if (!blocks) return blocks.error();
   auto words = WordsWriter::After(database, database.path(), mailing.entry.id);
   if (!words) return words.error();
+  auto filter = ChoiceFilter::Of(database, database.path(), mailing.entry.id, choice);
+  if (!filter) return filter.error();
   std::int64_t in_scope = 0;
   std::vector<std::int64_t> touched;
   const auto look = [&](std::int64_t block, std::string_view octets) -> Result<bool> {
     for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
       const char* record = octets.data() + at;
-      if (Holds(states, StateIn(doubt, record))) ++in_scope;
+      const auto takes = filter->Takes(StateIn(doubt, record), record);
+      if (!takes) return takes.error();
+      if (*takes) ++in_scope;
       if (!IsReservedAt(record) && StateAt(record) != ResultState::kInFlight) continue;
       touched.push_back(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize));
     }
@@ -169,9 +173,9 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing&
   return run;
 }
 
-Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind, const StateSet& states,
-                                                              std::string history) {
-  return OfJournal(TakeUp(mailing, kind, states, std::move(history)));
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind,
+                                                              const RecipientChoice& choice, std::string history) {
+  return OfJournal(TakeUp(mailing, kind, choice, std::move(history)));
 }
 
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing& mailing, recipients::RowSource& rows,
@@ -202,7 +206,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing
   run.list = *list;
   run.first = range ? range->first : 1;
   run.recipients = run.scope = freezing->recipients();
-  run.states = SetOf({ResultState::kNotTried});
+  run.choice = SetOf({ResultState::kNotTried});
   if (auto set = SetRecipients(database, *id, run.first, run.recipients); !set) return set.error();
   StoredRun stored = NewRun(place_, *id, RunKind::kFirst, std::move(history));
   stored.entry.recipients = run.scope;
@@ -213,8 +217,8 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing
                                     *std::move(lock), run);
 }
 
-Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailing, RunKind kind, const StateSet& states,
-                                                                std::string history) {
+Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailing, RunKind kind,
+                                                                const RecipientChoice& choice, std::string history) {
   // First: nothing that is read afterwards changes under us, and nobody who has it is mistaken for gone.
   auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
@@ -233,9 +237,9 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailin
   run.first = stored->first;
   run.recipients = stored->entry.recipients;
   run.list = run.first + run.recipients - 1;
-  run.states = states;
+  run.choice = choice;
   const Doubt doubt = DoubtOf(stored->runs.back(), false, place_.boot);
-  const auto scope = SettleDoubts(database, *stored, doubt, states);
+  const auto scope = SettleDoubts(database, *stored, doubt, choice);
   if (!scope) return scope.error();
   if (*scope == 0) return Error{Failure::kNoInput, "Nobody is left to whom this could be sent.", ""};
   run.scope = *scope;

@@ -22,13 +22,14 @@ class SqliteRunJournal final : public RunJournal {
   Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                const std::optional<recipients::PartialRange>& range,
                                                std::string history) override;
-  Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const StateSet& states,
+  Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                               std::string history) override;
   Result<std::vector<MailingEntry>> List() override;
   Result<MailingEntry> Find(RunId run) override;
   Result<NewMailing> Inputs(MailingId mailing) override;
   Result<platform::UniqueFd> Open(const KeptFile& file) override;
-  Result<void> Visit(MailingId mailing, const StateSet& states, std::int64_t skip,
+  Result<std::int64_t> Count(MailingId mailing, const RecipientChoice& choice) override;
+  Result<void> Visit(MailingId mailing, const RecipientChoice& choice, std::int64_t skip,
                      const std::function<Result<bool>(const JournalRow&)>& visit) override;
   Result<void> Forget(MailingId mailing) override;
 
@@ -38,7 +39,7 @@ class SqliteRunJournal final : public RunJournal {
   Result<std::unique_ptr<JournalledRun>> Freeze(const NewMailing& mailing, recipients::RowSource& rows,
                                                 const std::optional<recipients::PartialRange>& range,
                                                 std::string history);
-  Result<std::unique_ptr<JournalledRun>> TakeUp(MailingId mailing, RunKind kind, const StateSet& states,
+  Result<std::unique_ptr<JournalledRun>> TakeUp(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                 std::string history);
 
   JournalPlace place_;

@@ -198,15 +198,18 @@ TEST_F(JournalTest, VisitsFromAPlaceOnUntilItIsEnough) {
 TEST_F(JournalTest, GoesOnWithThoseOfItsStates) {
   struct Row {
     RunKind kind;
-    StateSet states;
+    RecipientChoice choice;
     Positions positions;
   };
   int number = 0;
-  for (const Row& row : {Row{RunKind::kResume, kLeft, {6, 8}},
-                         Row{RunKind::kResume, SetOf({ResultState::kNotTried, ResultState::kUnknown}), {5, 6, 8}},
-                         Row{RunKind::kRetry, SetOf({ResultState::kDeferred}), {3, 7}},
-                         Row{RunKind::kRetry, SetOf({ResultState::kRefused, ResultState::kFailed}), {2, 4}},
-                         Row{RunKind::kRetry, kAll, {1, 2, 3, 4, 5, 6, 7, 8}}}) {
+  for (const Row& row :
+       {Row{RunKind::kResume, kLeft, {6, 8}},
+        Row{RunKind::kResume, SetOf({ResultState::kNotTried, ResultState::kUnknown}), {5, 6, 8}},
+        Row{RunKind::kRetry, SetOf({ResultState::kDeferred}), {3, 7}},
+        Row{RunKind::kRetry, SetOf({ResultState::kRefused, ResultState::kFailed}), {2, 4}},
+        Row{RunKind::kRetry, {kAll, {"5.1"}}, {2}}, Row{RunKind::kRetry, {kAll, {"4.2.0", "550"}}, {2, 3, 7}},
+        Row{RunKind::kRetry, {SetOf({ResultState::kRefused, ResultState::kFailed}), {"5", "4"}}, {2}},
+        Row{RunKind::kRetry, kAll, {1, 2, 3, 4, 5, 6, 7, 8}}}) {
     const auto folder = root_ / std::to_string(++number);
     std::filesystem::create_directories(folder);
     const auto journal = OpenJournal("monday", folder);
@@ -222,7 +225,8 @@ TEST_F(JournalTest, GoesOnWithThoseOfItsStates) {
     const RunId first_id = first->id();
     first.reset();
     EXPECT_EQ(States(*journal), "srdfu-d-");
-    auto run = Take(journal->GoOn(1, row.kind, row.states, "second"));
+    EXPECT_EQ(Take(journal->Count(1, row.choice)), std::ssize(row.positions));
+    auto run = Take(journal->GoOn(1, row.kind, row.choice, "second"));
     EXPECT_GT(run->id(), first_id);
     EXPECT_EQ(run->size(), std::ssize(row.positions));
     EXPECT_EQ(Given(*run), row.positions);
