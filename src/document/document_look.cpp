@@ -122,7 +122,7 @@ class Look {
     const std::string title = TitleOf(document_.html);
     if (title.empty()) {
       Find("The document has no title, which browsers show and screen readers say first. Give it one in its head.");
-    } else if (title.starts_with("~/") || html::WordsNameLocalFile(title)) {
+    } else if (html::WordsNameLocalFile(title)) {
       Find(Say("The title “{}” tells recipients where the document lies on this computer. Give it words in its place.",
                Printable(title, 100)));
     }

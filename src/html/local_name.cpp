@@ -103,6 +103,29 @@ bool HoldsLetter(std::string_view word) {
   return false;
 }
 
+// "/home/ada/x", "(~/x": so the folders of persons begin on their own computers. "/home/x" may be anything.
+bool BeginsWithHome(std::string_view text) {
+  struct Row {
+    std::string_view begin;
+    bool has_person;
+  };
+  constexpr std::size_t kLongestPerson = 40;
+  constexpr auto kHomes =
+      std::to_array<Row>({{"/home/", true}, {"/Users/", true}, {"/var/home/", true}, {"/root/", false}, {"~/", false}});
+  text.remove_prefix(std::min(text.find_first_not_of("\"'([<=!-"), text.size()));
+  return std::any_of(kHomes.begin(), kHomes.end(), [&](const Row& row) {
+    if (!text.starts_with(row.begin)) return false;
+    const std::string_view rest = text.substr(row.begin.size(), kLongestPerson);
+    const std::size_t end = row.has_person ? rest.find('/') : std::min(rest.find(' '), rest.size());
+    return end != std::string_view::npos && end > 0 && rest[end - 1] != ' ' && HoldsLetter(rest.substr(0, end));
+  });
+}
+
+// `word` is a part of the text.
+std::string_view FromWord(std::string_view text, std::string_view word) {
+  return text.substr(static_cast<std::size_t>(word.data() - text.data()));
+}
+
 // What is run or shown itself, and has no query.
 bool HoldsItself(std::string_view scheme) {
   constexpr auto kSchemes = std::to_array<std::string_view>({"javascript", "vbscript", "data"});
@@ -129,12 +152,19 @@ bool AddressesNameLocalFile(std::string_view addresses) {
   return std::any_of(parts.begin(), parts.end(), AddressNamesLocalFile);
 }
 
+bool HoldsHomeFolder(std::string_view note) {
+  const std::string text = Parted(note);
+  const auto words = platform::Split(text, ' ');
+  return std::any_of(words.begin(), words.end(),
+                     [&](std::string_view word) { return BeginsWithHome(FromWord(text, word)); });
+}
+
 bool WordsNameLocalFile(std::string_view words) {
   const std::string text = Parted(words);
   bool is_begin = true;
   for (const std::string_view word : platform::Split(text, ' ')) {
     if (word.empty()) continue;
-    if (is_begin && NamesFile(word, Text::kOfPeople)) return true;
+    if (is_begin && (NamesFile(word, Text::kOfPeople) || BeginsWithHome(FromWord(text, word)))) return true;
     is_begin = word.ends_with(':') || word.ends_with("\uFF1A") || (is_begin && !HoldsLetter(word));
   }
   return false;

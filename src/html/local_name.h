@@ -18,8 +18,12 @@ bool AddressNamesLocalFile(std::string_view address);
 // The same of several addresses with blanks between them, as "srcset" has them.
 bool AddressesNameLocalFile(std::string_view addresses);
 
-// The same of words that a person reads: they may name a file, where they do not begin with it, nor what stands behind
-// a label of theirs does ("Description: C:\x.png").
+// The same of words that a person reads: they may name a file, also "/home/ada/x", where they do not begin with it, nor
+// what stands behind a label of theirs does ("Description: C:\x.png").
 bool WordsNameLocalFile(std::string_view words);
+
+// Whether a note that nobody reads holds a path below a person's own folder ("/home/ada/x", "~/x"): elsewhere it may be
+// a page of a server.
+bool HoldsHomeFolder(std::string_view note);
 
 }  // namespace quillcast::html

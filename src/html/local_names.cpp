@@ -148,6 +148,9 @@ bool ShowsValue(const HtmlTokenizer& tokens, const HtmlToken& token) {
   return token.name == "input" && std::find(kHiding.begin(), kHiding.end(), type) == kHiding.end();
 }
 
+// What nobody reads as text.
+bool TellsFile(std::string_view note) { return NamesLocalFile(note) || HoldsHomeFolder(note); }
+
 class PageCleaner {
  public:
   PageCleaner(std::string_view html, bool is_in_comment) : html_(html), is_in_comment_(is_in_comment), tokens_(html) {}
@@ -175,7 +178,7 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesLocalFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
-        return std::string(is_in_comment_ && IsOfOffice() && NamesLocalFile(source) ? " " : source);
+        return std::string(is_in_comment_ && IsOfOffice() && TellsFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
     }
@@ -194,7 +197,7 @@ class PageCleaner {
   std::string CleanComment(std::string_view source) const {
     const std::string_view nothing = is_in_comment_ ? " " : kEmptyComment;
     const std::string_view content = is_in_comment_ ? std::string_view() : ConditionalContent(source);
-    if (content.empty()) return std::string(NamesLocalFile(source) ? nothing : source);
+    if (content.empty()) return std::string(TellsFile(source) ? nothing : source);
     const auto begin = static_cast<std::size_t>(content.data() - source.data());
     const std::string_view before = source.substr(0, begin);
     const std::string_view behind = source.substr(begin + content.size());
@@ -246,6 +249,7 @@ class PageCleaner {
                           (IsRead(tokens_.Value(token, "name")) || IsRead(tokens_.Value(token, "property")) ||
                            IsRead(tokens_.Value(token, "itemprop"))));
     if (is_read) return WordsNameLocalFile(value);
+    if (name == "content" && token.name == "meta" && WordsNameLocalFile(value)) return true;
     if (name == "value" && ShowsValue(tokens_, token)) return false;
     const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),
                                          [&](const AttributeRow& one) { return one.attribute == name; });

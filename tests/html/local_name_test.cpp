@@ -208,6 +208,14 @@ TEST(LocalName, OfWordsIsWhatTheyBeginWith) {
            {"Description: C:\\Users\\a.png, size: 3 KB", kFile},
            {"Description: \"C:\\Users\\a.png\"", kFile},
            {"smb://srv/ada/a.png", kFile},
+           {"/home/ada/a.png", kFile},
+           {"Description: \"/Users/ada love/a.png\"", kFile},
+           {"~/letters/a.png", kFile},
+           {"/root/a.png", kFile},
+           {"/home/ is where people live", kKept},
+           {"/home/office and /home/garden", kKept},
+           {"Open /home/ada/a.png", kKept},
+           {"~/ ~ News ~", kKept},
        }) {
     EXPECT_EQ(WordsNameLocalFile(row.text), row.is_file) << row.text;
   }
@@ -250,6 +258,11 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
             "<style>p{x:url(\"https://x.example/?q=a&amp;x=C:/d\");y:url(  );z:URL(https://x.example/?;C:/d)}</style>"},
            {"<input type=submit value='Move C:\\a to D:\\b'><input value='C:\\x'>", nullptr},
            {"<input type=Hidden value='C:\\x'><option value='C:\\x'>", "<input type=Hidden value=''><option value=''>"},
+           {"<!-- made of /home/ada/letter.md --><!--~/l.md--><meta name=template content='/home/ada/t.ott'>",
+            "<!----><!----><meta name=template content=''>"},
+           {"<!-- home/ada/x and https://x.example/home/ada/x --><p data-page='/home/shop/x'>", nullptr},
+           {"<img alt='/home/ada/d.png' title='/Users/ada/d.png'>/home/ada/d.png",
+            "<img alt='' title=''>/home/ada/d.png"},
            {"<!--a=https://x.example/y&b=file:///home/x--><!--https://x.example/?q=C:\\x-->",
             "<!----><!--https://x.example/?q=C:\\x-->"},
        }) {
