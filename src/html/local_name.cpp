@@ -46,15 +46,35 @@ std::string Parted(std::string_view text) {
   return parted;
 }
 
+using Folders = std::span<const std::string>;
+
+bool IsOfName(char c) {
+  return platform::AsciiIsAlnum(c) || c == '-' || c == '_' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+// "/home/ada" and "x=/home/ada/y" hold "/home/ada"; "/home/adam" and "x/home/ada" do not.
+bool HoldsFolder(std::string_view text, std::string_view folder) {
+  for (std::size_t at = text.find(folder); at != std::string_view::npos; at = text.find(folder, at + 1)) {
+    const bool begins = at == 0 || !IsOfName(text[at - 1]);
+    if (begins && !IsOfName(At(text, at + folder.size()))) return true;
+  }
+  return false;
+}
+
+bool HoldsFolder(std::string_view text, Folders known) {
+  return std::any_of(known.begin(), known.end(),
+                     [&](const std::string& folder) { return HoldsFolder(text, std::string_view(folder)); });
+}
+
 // Control characters part words or are none at all. `text` becomes what is left to be decoded.
-bool NamesAsWritten(std::string& text, Text kind) {
+bool NamesAsWritten(std::string& text, Text kind, Folders known) {
   text = WithPlainBlanks(text);
   FileScanner parted(text, kind);
   if (parted.FindsFile()) return true;
   std::string without = text;
   if (std::erase_if(without, IsControl) > 0 && FileScanner(without, kind).FindsFile()) return true;
   text = parted.TakeRest();
-  return false;
+  return HoldsFolder(text, known);
 }
 
 // "%66" is the character, and so are "\x66" and "\u0066" of scripts.
@@ -78,17 +98,17 @@ std::string BytesDecoded(std::string_view text) {
 
 std::string WithoutReferences(std::string_view text) { return DecodeCharacterReferences(text, true); }
 
-bool NamesFile(std::string_view text, Text kind) {
+bool NamesFile(std::string_view text, Text kind, Folders known = {}) {
   constexpr int kRounds = 2;  // a page within an attribute has two
   std::string read(text);
-  if (NamesAsWritten(read, kind)) return true;
+  if (NamesAsWritten(read, kind, known)) return true;
   for (int round = 0; round < kRounds; ++round) {
     for (const auto& decode : {WithoutReferences, BytesDecoded, UnescapedCss}) {
       if (read.find_first_of("&%\\") == std::string::npos) return false;
       std::string decoded = decode(read);
       if (decoded == read) continue;
       read = std::move(decoded);
-      if (NamesAsWritten(read, kind)) return true;
+      if (NamesAsWritten(read, kind, known)) return true;
     }
   }
   return false;
@@ -135,7 +155,7 @@ bool HoldsItself(std::string_view scheme) {
 
 }  // namespace
 
-bool NamesLocalFile(std::string_view text) { return NamesFile(text, Text::kOfPrograms); }
+bool NamesLocalFile(std::string_view text, Folders known) { return NamesFile(text, Text::kOfPrograms, known); }
 
 bool AddressNamesLocalFile(std::string_view address) {
   std::string read(address);

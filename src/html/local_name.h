@@ -1,6 +1,8 @@
 // Whether a text names a file of this computer or of a server beside it.
 #pragma once
 
+#include <span>
+#include <string>
 #include <string_view>
 
 namespace quillcast::html {
@@ -9,7 +11,8 @@ namespace quillcast::html {
 // "smb://server", in any spelling that browsers read, such as with character references, percent signs, escapes and
 // control characters. What an address of the net holds, or one of a program's own scheme asks for ("app://x?y"), is the
 // person's own.
-bool NamesLocalFile(std::string_view text);
+// Paths below one of the `known` folders count as well.
+bool NamesLocalFile(std::string_view text, std::span<const std::string> known = {});
 
 // The same of a text that is one address, with its blanks: what it leads to counts, see address_reach.h, and of what
 // leads nowhere by itself, such as "page.html?x#y", what stands before its query.

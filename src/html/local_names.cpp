@@ -18,7 +18,9 @@ constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grow
 constexpr std::string_view kOfficeElement = "xml";
 constexpr std::string_view kOfficeParagraph = "o:p";
 
-std::string WithoutNames(std::string_view html, bool is_in_comment);
+using Folders = std::span<const std::string>;
+
+std::string WithoutNames(std::string_view html, Folders known, bool is_in_comment);
 
 constexpr std::string_view kUrl = "url(";
 constexpr std::string_view kBlanks = " \t\r\n\f";
@@ -27,7 +29,7 @@ constexpr std::string_view kEndsUrl = " \t\r\n\f\"'()";
 // A sheet, or the content of a style attribute, decoded.
 class SheetCleaner {
  public:
-  explicit SheetCleaner(std::string_view css) : css_(css) {}
+  SheetCleaner(std::string_view css, Folders known) : css_(css), known_(known) {}
 
   std::string Run() {
     while (at_ < css_.size()) {
@@ -48,7 +50,7 @@ class SheetCleaner {
         Take(EndOfRun());
       }
     }
-    return NamesLocalFile(beside_) ? std::string() : std::move(out_);
+    return NamesLocalFile(beside_, known_) ? std::string() : std::move(out_);
   }
 
  private:
@@ -99,7 +101,7 @@ class SheetCleaner {
   }
 
   void Take(std::size_t end) {
-    if (NamesLocalFile(css_.substr(at_, end - at_))) {
+    if (NamesLocalFile(css_.substr(at_, end - at_), known_)) {
       at_ = end;
     } else {
       Keep(end - at_);
@@ -107,13 +109,14 @@ class SheetCleaner {
   }
 
   std::string_view css_;
+  Folders known_;
   std::size_t at_ = 0;
   std::string out_;
   std::string beside_;  // without its addresses
 };
 
-std::string CleanSheet(std::string_view css) {
-  return NamesLocalFile(css) ? SheetCleaner(css).Run() : std::string(css);
+std::string CleanSheet(std::string_view css, Folders known) {
+  return NamesLocalFile(css, known) ? SheetCleaner(css, known).Run() : std::string(css);
 }
 
 // What an attribute is for. All that is no row may hold anything.
@@ -148,12 +151,10 @@ bool ShowsValue(const HtmlTokenizer& tokens, const HtmlToken& token) {
   return token.name == "input" && std::find(kHiding.begin(), kHiding.end(), type) == kHiding.end();
 }
 
-// What nobody reads as text.
-bool TellsFile(std::string_view note) { return NamesLocalFile(note) || HoldsHomeFolder(note); }
-
 class PageCleaner {
  public:
-  PageCleaner(std::string_view html, bool is_in_comment) : html_(html), is_in_comment_(is_in_comment), tokens_(html) {}
+  PageCleaner(std::string_view html, Folders known, bool is_in_comment)
+      : html_(html), known_(known), is_in_comment_(is_in_comment), tokens_(html) {}
 
   std::string Run() {
     HtmlToken token;
@@ -167,6 +168,9 @@ class PageCleaner {
   }
 
  private:
+  bool NamesFile(std::string_view text) const { return NamesLocalFile(text, known_); }
+  bool TellsFile(std::string_view note) const { return NamesFile(note) || HoldsHomeFolder(note); }
+
   std::string Clean(const HtmlToken& token) const {
     const std::string_view source = tokens_.Source(token);
     switch (token.kind) {
@@ -176,15 +180,15 @@ class PageCleaner {
       case HtmlTokenKind::kComment:
         return CleanComment(source);
       case HtmlTokenKind::kDoctype:
-        return NamesLocalFile(source) ? "<!DOCTYPE html>" : std::string(source);
+        return NamesFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
         return std::string(is_in_comment_ && IsOfOffice() && TellsFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
     }
-    if (element_ == "style") return CleanSheet(source);
+    if (element_ == "style") return CleanSheet(source, known_);
     const bool is_read = element_ == "xmp" || element_ == "plaintext";
-    return std::string(!is_read && NamesLocalFile(source) ? " " : source);
+    return std::string(!is_read && NamesFile(source) ? " " : source);
   }
 
   // What an office program keeps of its own in a conditional comment is nothing that people read; all else there is
@@ -201,8 +205,8 @@ class PageCleaner {
     const auto begin = static_cast<std::size_t>(content.data() - source.data());
     const std::string_view before = source.substr(0, begin);
     const std::string_view behind = source.substr(begin + content.size());
-    if (NamesLocalFile(before) || NamesLocalFile(behind)) return std::string(nothing);
-    return std::string(before) + WithoutNames(content, true) + std::string(behind);
+    if (NamesFile(before) || NamesFile(behind)) return std::string(nothing);
+    return std::string(before) + WithoutNames(content, known_, true) + std::string(behind);
   }
 
   std::string CleanTag(const HtmlToken& token) const {
@@ -224,7 +228,7 @@ class PageCleaner {
     const std::string_view end = html_.substr(at, token.end - at);
     clean += end;
     beside += end;
-    return NamesLocalFile(beside) ? NameAlone(token) : clean;
+    return NamesFile(beside) ? NameAlone(token) : clean;
   }
 
   static bool HasValue(const HtmlAttribute& attribute) { return attribute.value_begin > attribute.name_end; }
@@ -239,7 +243,7 @@ class PageCleaner {
     const HtmlAttribute& attribute = token.attributes[i];
     const bool has_slashes = !HasValue(attribute) && i + 1 < token.attributes.size();
     const std::size_t end = has_slashes ? token.attributes[i + 1].name_begin : attribute.name_end;
-    return NamesLocalFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
+    return NamesFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
   }
 
   // Whether the value of an attribute names one, by what it is for.
@@ -253,7 +257,7 @@ class PageCleaner {
     if (name == "value" && ShowsValue(tokens_, token)) return false;
     const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),
                                          [&](const AttributeRow& one) { return one.attribute == name; });
-    return row == kAttributes.end() ? NamesLocalFile(value) : row->names_file(value);
+    return row == kAttributes.end() ? NamesFile(value) : row->names_file(value);
   }
 
   std::string CleanValue(const HtmlToken& token, const HtmlAttribute& attribute) const {
@@ -261,7 +265,7 @@ class PageCleaner {
     const std::string name = platform::AsciiLower(tokens_.RawName(attribute));
     const std::string value = DecodeCharacterReferences(written, true);
     if (!NamesIn(token, name, value)) return std::string(written);
-    const std::string clean = name == "style" ? EscapedForHtml(CleanSheet(value), "&<>\"'") : std::string();
+    const std::string clean = name == "style" ? EscapedForHtml(CleanSheet(value, known_), "&<>\"'") : std::string();
     const char before = html_[attribute.value_begin - 1];
     return before == '"' || before == '\'' ? clean : '"' + clean + '"';
   }
@@ -270,11 +274,12 @@ class PageCleaner {
     const std::string_view source = tokens_.Source(token);
     const std::size_t begin = token.kind == HtmlTokenKind::kEndTag ? 2 : 1;
     const std::string name(source.substr(0, begin + token.name.size()));
-    if (NamesLocalFile(name)) return std::string(is_in_comment_ ? " " : kEmptyComment);
+    if (NamesFile(name)) return std::string(is_in_comment_ ? " " : kEmptyComment);
     return name + '>';
   }
 
   std::string_view html_;
+  Folders known_;
   bool is_in_comment_;
   HtmlTokenizer tokens_;
   std::string element_;  // whose content comes next
@@ -282,10 +287,12 @@ class PageCleaner {
   std::string out_;
 };
 
-std::string WithoutNames(std::string_view html, bool is_in_comment) { return PageCleaner(html, is_in_comment).Run(); }
+std::string WithoutNames(std::string_view html, Folders known, bool is_in_comment) {
+  return PageCleaner(html, known, is_in_comment).Run();
+}
 
 }  // namespace
 
-std::string WithoutLocalNames(std::string_view html) { return WithoutNames(html, false); }
+std::string WithoutLocalNames(std::string_view html, Folders known) { return WithoutNames(html, known, false); }
 
 }  // namespace quillcast::html

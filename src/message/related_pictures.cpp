@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 
@@ -72,16 +73,31 @@ std::string WithTags(const std::string& encoded) {
   return platform::ReplaceAll(platform::ReplaceAll(encoded, "%24%2AMerge", "$*Merge"), "%2A%24", "*$");
 }
 
+// The document's own folder, and the one of whoever it belongs to; one right below the root tells nothing.
+std::vector<std::string> KnownFolders(const fs::path& base) {
+  constexpr auto kOfPersons = std::to_array<std::string_view>({"home", "media", "Users", "Volumes"});
+  std::string folder = base.lexically_normal().string();
+  if (folder.ends_with('/')) folder.pop_back();
+  const std::size_t second = std::min(folder.find('/', 1), folder.size());
+  if (!folder.starts_with('/') || second == folder.size()) return {};
+  std::vector<std::string> known = {folder};
+  const std::string first = folder.substr(1, second - 1);
+  if (std::find(kOfPersons.begin(), kOfPersons.end(), first) != kOfPersons.end()) {
+    known.push_back(folder.substr(0, folder.find('/', second + 1)));
+  }
+  return known;
+}
+
 // The HTML without what else would tell of this machine's folders. A base leads nowhere from here on: what starts from
 // it was taken, or has its name alone; so does what a tag names. Whatever names a file elsewhere goes.
-std::string WithoutFolders(const std::string& html) {
+std::string WithoutFolders(const std::string& html, const fs::path& base) {
   const auto telling = html::FindTellingAddresses(html);
   std::vector<std::string> replacements;
   replacements.reserve(telling.size());
   for (const auto& reference : telling) {
     replacements.push_back(reference.path.empty() ? "#" : WithTags(platform::PercentEncoded(reference.path)));
   }
-  return html::WithoutLocalNames(html::RewriteReferences(html, telling, replacements));
+  return html::WithoutLocalNames(html::RewriteReferences(html, telling, replacements), KnownFolders(base));
 }
 
 Sentence FirstOf(const std::vector<fs::path>& files) {
@@ -148,7 +164,7 @@ RelatedPictures TakePictures(const document::MessageDocument& document, std::str
     const auto written = std::string_view(document.html).substr(reference.offset, reference.length);
     replacements.push_back(known->second.empty() ? NameAlone(reference, written) : "cid:" + known->second);
   }
-  taking.result.html = WithoutFolders(html::RewriteReferences(document.html, references, replacements));
+  taking.result.html = WithoutFolders(html::RewriteReferences(document.html, references, replacements), base);
   return std::move(taking.result);
 }
 

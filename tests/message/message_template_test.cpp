@@ -482,6 +482,24 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='https://x.example/home/l.html'>l</a><a href='#place'>m</a><a href='next.html'>n</a>", nullptr},
            {"<base href='https://x.example/'><a href='/home/l.html'>l</a>", nullptr}})
     EXPECT_EQ(TakePictures(Plain(written).document, "x").html, sent == nullptr ? written : sent);
+  // The folder of the document, and whose it is, are known for what they are in data too.
+  Letter at_home = Plain("");
+  for (const auto& [written, sent] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"<p data-a='/home/ada/x' data-b='{\"a\":\"\\/home\\/ada\"}' data-c='%2Fhome%2Fada%2Fx' "
+            "onclick='go(\"/srv/x/y\")'>",
+            "<p data-a='' data-b='' data-c='' onclick='go(\"/srv/x/y\")'>"},
+           {"<script>x='/home/ada/x'</script><style>/* /home/ada/x */p{a:\"/home/ada\"}</style><b "
+            "/home/ada/x=y>/home/ada</b>",
+            "<script> </script><style>/**/p{a:\"\"}</style><b>/home/ada</b>"},
+           {"<p data-a='/home/adam/x' data-b='https://x.example/home/ada/x' data-c='https://x.example/?q=/home/ada/x'>",
+            nullptr},
+           {"<p title='In /home/ada/x' data-a='my/home/ada/x'>", nullptr}}) {
+    at_home.document.html = written;
+    at_home.document.base_folder = "/home/ada/letters";
+    EXPECT_EQ(TakePictures(at_home.document, "x").html, sent == nullptr ? written : sent);
+    at_home.document.base_folder = "/home";
+    EXPECT_EQ(TakePictures(at_home.document, "x").html, written);
+  }
   platform::CancelToken cancel;
   EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel)->pictures.size(), 2U);
   cancel.Request();
