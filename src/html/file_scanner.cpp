@@ -127,7 +127,9 @@ bool FileScanner::IsDrive(std::size_t colon) const {
   if (text_[colon + 1] == '/') {
     const bool is_part = colon > 1 && IsAmong(text_[colon - 2], "+-._");
     const std::size_t name = colon + 2;
-    if (is_part || !(IsOfName(CharacterAt(name)) || IsAmong(CharacterAt(name), "_~(%"))) return false;
+    const bool is_hidden = kind_ == Text::kOfPrograms && IsAmong(CharacterAt(name), ".@-$!") &&
+                           IsOfName(CharacterAt(name + 1));  // "C:/.ssh"; "a:/." is none
+    if (is_part || !(IsOfName(CharacterAt(name)) || IsAmong(CharacterAt(name), "_~(%") || is_hidden)) return false;
     return kind_ == Text::kOfPrograms || !IsSizeOrUnit(colon);
   }
   std::size_t name = colon + 2;

@@ -146,6 +146,18 @@ std::string_view FromWord(std::string_view text, std::string_view word) {
   return text.substr(static_cast<std::size_t>(word.data() - text.data()));
 }
 
+// "C:\Temp can be emptied": a sentence that begins with what every such computer has. "C:\Ada Love\x", and
+// "C:\Ada Love.png", are paths with blanks.
+bool SpeaksOfFolder(std::string_view text) {
+  constexpr std::size_t kDrive = 3;
+  if (!platform::AsciiIsAlnum(At(text, 0)) || text.substr(1, 2) != ":\\") return false;
+  const std::string_view rest = platform::Trim(text.substr(kDrive));
+  const std::string_view last = rest.substr(rest.rfind(' ') + 1);
+  if (last.size() == rest.size() || rest.find_first_of("/\\") != std::string_view::npos) return false;
+  const std::string_view extension = last.substr(std::min(last.rfind('.'), last.size()));
+  return extension.size() < 2 || !std::all_of(extension.begin() + 1, extension.end(), platform::AsciiIsAlnum);
+}
+
 // What is run or shown itself, and has no query.
 bool HoldsItself(std::string_view scheme) {
   constexpr auto kSchemes = std::to_array<std::string_view>({"javascript", "vbscript", "data"});
@@ -184,7 +196,9 @@ bool WordsNameLocalFile(std::string_view words) {
   bool is_begin = true;
   for (const std::string_view word : platform::Split(text, ' ')) {
     if (word.empty()) continue;
-    if (is_begin && (NamesFile(word, Text::kOfPeople) || BeginsWithHome(FromWord(text, word)))) return true;
+    const std::string_view from_here = FromWord(text, word);
+    if (is_begin && BeginsWithHome(from_here)) return true;
+    if (is_begin && NamesFile(word, Text::kOfPeople)) return !SpeaksOfFolder(from_here);
     is_begin = word.ends_with(':') || word.ends_with("\uFF1A") || (is_begin && !HoldsLetter(word));
   }
   return false;

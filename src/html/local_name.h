@@ -22,7 +22,7 @@ bool AddressNamesLocalFile(std::string_view address);
 bool AddressesNameLocalFile(std::string_view addresses);
 
 // The same of words that a person reads: they may name a file, also "/home/ada/x", where they do not begin with it, nor
-// what stands behind a label of theirs does ("Description: C:\x.png").
+// what stands behind a label of theirs does ("Description: C:\x.png"). "C:\Temp can be emptied" is a sentence.
 bool WordsNameLocalFile(std::string_view words);
 
 // Whether a note that nobody reads holds a path below a person's own folder ("/home/ada/x", "~/x"): elsewhere it may be

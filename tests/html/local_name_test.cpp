@@ -151,6 +151,9 @@ TEST(LocalName, OfATextIsAnyThatStandsBesideAddressesOfTheNet) {
            // Wherever it stands.
            {"x='\\\\?\\UNC\\srv\\share\\x'", kFile},
            {"u:/shop/x", kFile},
+           {"C:/.ssh/x C:/@x", kFile},
+           {"x 'C:/$ada/x'", kFile},
+           {"a:/. b:/- c:/! d:/@", kKept},
            {"path:C:\\x", kFile},
            {"see...file:///home/x", kFile},
            {"saved_C:\\x", kFile},
@@ -208,6 +211,14 @@ TEST(LocalName, OfWordsIsWhatTheyBeginWith) {
            {"Description: C:\\Users\\a.png, size: 3 KB", kFile},
            {"Description: \"C:\\Users\\a.png\"", kFile},
            {"smb://srv/ada/a.png", kFile},
+           {"Tip: C:\\Temp can be emptied", kKept},
+           {"C:\\Windows is where it lives, isn't it?", kKept},
+           {"Step 1: C:\\Setup.exe start", kKept},
+           {"C:\\Ada Lovelace.png", kFile},
+           {"C:\\Ada Love\\a b", kFile},
+           {"C:\\Temp or file:///home/ada", kFile},
+           {"C:\\Users\\ada is mine", kFile},
+           {"C:\\Temp", kFile},
            {"/home/ada/a.png", kFile},
            {"Description: \"/Users/ada love/a.png\"", kFile},
            {"~/letters/a.png", kFile},
@@ -237,7 +248,7 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
            {"<meta property='og:image:alt' content='On C:\\x'><meta itemprop=name content='On C:\\x'>"
             "<meta itemprop=description content='Open C:\\x'>",
             nullptr},
-           {"<meta name=description content='C:\\x y'><meta name=source content='at C:\\x'>",
+           {"<meta name=description content='C:\\x\\y z'><meta name=source content='at C:\\x'>",
             "<meta name=description content=''><meta name=source content=''>"},
            {"<meta http-equiv=refresh content='0; URL=https://x.example/?a=C:\\x'>", nullptr},
            {"<!--[if gte mso 9]><xml><o:Description>Saved at C:\\Users\\ada\\x.docx</o:Description></xml>"
