@@ -71,6 +71,7 @@ AddressReach ReachWithoutScheme(std::string_view address) {
   if (rest[0] == '?' && BeginsWithDevice(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
   if (address.starts_with("\\\\") || HoldsFile(rest)) return AddressReach::kFile;
   const std::string_view authority = AuthorityOf(rest);
+  if (IsAmong(std::to_array<std::string_view>({"wsl$", "wsl.localhost"}), authority)) return AddressReach::kFile;
   if (NamesServer(authority)) return AddressReach::kNet;
   const bool has_folder = authority.size() < rest.size() && IsSlash(rest[authority.size()]);
   return slashes > 2 && has_folder ? AddressReach::kFile : AddressReach::kNeither;  // "///home/ada/x"

@@ -43,7 +43,7 @@ Quote ReadQuote(std::string_view css, CssPlace place) {
   return {};
 }
 
-// "C:\x", "c:/x\y", "\\server\x", "file:\\\C:\x", also percent-encoded.
+// "C:\x", "c:/x\y", "\\server\x", "file:\\\C:\x", "file:///\\server\x", also percent-encoded.
 bool IsPathOfWindows(std::string_view address) {
   const std::string decoded = platform::PercentDecoded(address).value_or(std::string(address));
   std::string_view rest = platform::Trim(decoded);
@@ -54,7 +54,7 @@ bool IsPathOfWindows(std::string_view address) {
   if (path.size() > 2 && (path[1] == ':' || path[1] == '|') && platform::AsciiIsAlnum(path[0])) {
     return path[2] == '/' || path[2] == '\\';
   }
-  return rest.starts_with(is_file ? "\\" : "\\\\");
+  return is_file ? rest.substr(0, slashes).find('\\') != std::string_view::npos : rest.starts_with("\\\\");
 }
 
 std::string Written(std::string_view css, CssPlace place) {

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "html/html_tokenizer.h"
+#include "html/local_name.h"
 #include "html/local_names.h"
 #include "html/local_pictures.h"
 #include "html/local_pictures_address.h"
@@ -56,13 +57,22 @@ std::string Taking::Take(const fs::path& file) {
   return result.pictures.back().content_id;
 }
 
+// "-C:\x", which in a style has no backslashes once it is read.
+bool IsPathBehindSigns(std::string_view written) {
+  return written.find('\\') != std::string_view::npos &&
+         !platform::StartsWithIgnoringAsciiCase(platform::Trim(written), "file:") &&
+         html::AddressNamesLocalFile(written);
+}
+
 // What stands for a picture that does not go along: its name alone, for the folders on the way to it are nobody else's
 // business. Nothing where the address holds no more than that, in whichever way it is written, or is filled in on the
 // way.
 std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
   if (written.find_first_of("/\\:%&<") == std::string_view::npos) return {};
-  if (html::BeginsWithTag(html::DecodeCharacterReferences(written, true))) return {};
-  const std::string file = fs::path(reference.path).lexically_normal().filename().string();
+  const std::string read = html::DecodeCharacterReferences(written, true);
+  if (html::BeginsWithTag(read)) return {};
+  const std::string path = IsPathBehindSigns(read) ? platform::PercentDecoded(read).value_or(kNoName) : reference.path;
+  const std::string file = fs::path(path).lexically_normal().filename().string();
   const std::string name = file.substr(file.rfind('\\') + 1);  // of a path that was encoded as one piece
   const bool is_name = !name.empty() && name != "." && name != "..";
   return is_name ? platform::PercentEncoded(name) : kNoName;

@@ -99,6 +99,8 @@ TEST(LocalName, OfAnAddressIsByWhereItLeads) {
            {"//?/C:/x", kFile},
            {"\\\\?\\C:\\x", kFile},
            {"//?/UNC/srv/share/x", kFile},
+           {"//wsl$/Ubuntu/home/ada", kFile},
+           {"//wsl.localhost/Ubuntu/home/ada", kFile},
            {"%5C%5C%3F%5CUNC%5Csrv%5Cx", kFile},
            {"smb://srv/share/x", kFile},
            {"SMB:\\\\srv\\share", kFile},

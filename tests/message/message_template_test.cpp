@@ -403,6 +403,11 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<p style='background:url(x.png)'><p style=\"x:url('y.png')\">"},
            {"<p style='x:url(C:%5cada,x\\l%65af.png);y:url(C:\\Program Files (x86)\\ada\\x.png);z:url(a\\(b.png)'>",
             "<p style='x:url(leaf.png);y:url(x.png);z:url(a%28b.png)'>"},
+           {"<p "
+            "style='x:url(-C:\\Users\\ada\\x.png);y:url(&nbsp;D:\\ada%5Cy.png)'><style>p{x:url(\"file:///"
+            "\\\\srv\\ada\\z.png\");"
+            "y:url(\"file:///home/a\\ b.png\")}</style>",
+            "<p style='x:url(x.png);y:url(y.png)'><style>p{x:url(\"z.png\");y:url(\"a%20b.png\")}</style>"},
            {"<style>@import "
             "'\\\\srv\\ada\\a.css';p{x:url(C:\\\\Users\\\\ada\\\\x.png);y:url(c:/Users\\ada\\z.png)}</style>",
             "<style>@import 'a.css';p{x:url(x.png);y:url(z.png)}</style>"},
