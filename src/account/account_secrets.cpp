@@ -7,7 +7,6 @@
 
 #include "account/account_choices.h"
 #include "account/account_connection.h"
-#include "account/keyring_note.h"
 #include "account/password_place.h"
 #include "platform/program_run.h"
 #include "platform/text.h"
@@ -20,8 +19,9 @@ using enum AccountKey;
 using platform::ProgramEnd;
 using platform::Secret;
 
-constexpr std::size_t kLongestComplaint = 300;  // octets of what the command said that are told
-constexpr int kNoSuchCommand = 127;             // sh(1)
+constexpr std::size_t kLongestComplaint = 300;       // octets of what the command said that are told
+constexpr int kNoSuchCommand = 127;                  // sh(1)
+constexpr std::chrono::seconds kOthersPatience{10};  // with who else saves the account
 constexpr const char* kTryItByHand = "Try it in a terminal; it has to print the password on its first line.";
 
 std::string OwnerOf(const std::filesystem::path& settings) {
@@ -37,6 +37,20 @@ std::string LabelOf(const AccountSettings& account) { return "Quillcast Classic:
 
 Error NothingSaved(const Error& error) {
   return {error.failure, Say("Nothing was saved. {}", error.what), error.remedy};
+}
+
+// It may have done what it was asked, or do it yet.
+bool GaveNoAnswer(const Error& error) {
+  return error.failure == Failure::kTimedOut || error.failure == Failure::kTryAgain;
+}
+
+// The keyring says whether it may have the password all the same.
+Error SettingsAsTheyWere(const Error& error) {
+  return {error.failure, Say("The settings are as they were. {}", error.what), error.remedy};
+}
+
+Error SavedByAnother() {
+  return {Failure::kTryAgain, "Another window or program is saving the account.", "Try again when it has done so."};
 }
 
 bool TakesFromKeyring(const AccountSettings& account) { return PlaceOfPassword(account) == PasswordPlace::kKeyring; }
@@ -88,7 +102,10 @@ Error EndedOtherwise(const std::string& command, const platform::ProgramRun& run
 
 AccountSecrets::AccountSecrets(platform::SecretStore& keyring, const std::filesystem::path& settings,
                                std::chrono::milliseconds patience)
-    : keyring_(keyring), owner_(OwnerOf(settings)), patience_(patience) {}
+    : keyring_(keyring),
+      folder_(std::filesystem::absolute(settings).parent_path()),
+      owner_(OwnerOf(settings)),
+      patience_(patience) {}
 
 Result<Secret> AccountSecrets::PasswordOf(const AccountSettings& account, const platform::CancelToken& cancel) const {
   if (!account.IsOn(kAuth)) return Secret();
@@ -151,33 +168,38 @@ bool AccountSecrets::ResettingAsksKeyring(const profile::SettingsStore& settings
   return KeyringNoteOf(settings).has_leftover || SavingAsksKeyring(AccountSettings(), settings);
 }
 
-Result<std::optional<Secret>> AccountSecrets::Keep(const AccountSettings& account, profile::SettingsStore& settings,
+std::optional<platform::FolderLock> AccountSecrets::Lock(const platform::CancelToken& cancel) const {
+  return platform::FolderLock::Take(folder_, kOthersPatience, cancel);
+}
+
+Result<std::optional<Secret>> AccountSecrets::Keep(const AccountSettings& account, const KeyringNote& note,
+                                                   profile::SettingsStore& settings,
                                                    const platform::CancelToken& cancel) const {
-  const KeyringNote note = KeyringNoteOf(settings);
   std::optional<Secret> before;
   if (note.kept_for == WhomOf(account)) {
     auto found = keyring_.Find(NameOf(account), cancel);
     // One that a keyring cannot read any more is no reason to keep a new one out.
-    if (!found && found.error().failure != Failure::kUnavailable) return found.error();
+    if (!found && found.error().failure != Failure::kUnavailable) return NothingSaved(found.error());
     if (found) before = *std::move(found);
   }
-  // Whatever ends the program from here on, the settings know that the keyring may have one.
-  const bool is_first = note.kept_for.empty();
-  if (is_first) {
-    if (const auto noted = Remember({WhomOf(account), note.has_leftover}, settings); !noted) return noted.error();
-  }
+  // Whatever ends the program from here on, the settings know that the keyring may have something to delete.
+  if (const auto noted = Remember({note.kept_for, true}, settings); !noted) return NothingSaved(noted.error());
   const auto kept = keyring_.Keep(NameOf(account), LabelOf(account), Secret(account[kPassword]), cancel);
   if (kept) return before;
-  if (is_first) IgnoreErrors(Remember(note, settings));
-  return kept.error();
+  if (GaveNoAnswer(kept.error())) return SettingsAsTheyWere(kept.error());
+  IgnoreErrors(Remember(note, settings));
+  return NothingSaved(kept.error());
 }
 
 Error AccountSecrets::TakeBack(const AccountSettings& account, const std::optional<Secret>& before,
-                               const Error& why) const {
+                               const KeyringNote& note, profile::SettingsStore& settings, const Error& why) const {
   const platform::CancelToken to_the_end;
   const auto back = before ? keyring_.Keep(NameOf(account), LabelOf(account), *before, to_the_end)
                            : keyring_.Forget(NameOf(account), platform::Which::kNamed, to_the_end);
-  if (back) return NothingSaved(why);
+  if (back) {
+    IgnoreErrors(Remember(note, settings));  // else it is asked once more at the next chance
+    return NothingSaved(why);
+  }
   return {why.failure,
           Say("The settings are as they were, but the keyring has the new password for {}. {} {}", ShownWhom(account),
               why.what, back.error().what),
@@ -186,19 +208,24 @@ Error AccountSecrets::TakeBack(const AccountSettings& account, const std::option
 
 Result<SecretsLeft> AccountSecrets::Save(AccountSettings account, profile::SettingsStore& settings,
                                          const platform::CancelToken& cancel) const {
+  const auto lock = Lock(cancel);
+  if (!lock) return NothingSaved(SavedByAnother());
   const bool asks_keyring = SavingAsksKeyring(account, settings);
   const bool goes_there = TakesFromKeyring(account) && !account[kPassword].empty();
+  const KeyringNote note = KeyringNoteOf(settings);
   const auto before =
-      goes_there ? Keep(account, settings, cancel) : Result<std::optional<Secret>>(std::optional<Secret>());
-  if (!before) return NothingSaved(before.error());
+      goes_there ? Keep(account, note, settings, cancel) : Result<std::optional<Secret>>(std::optional<Secret>());
+  if (!before) return before.error();
   if (PlaceOfPassword(account) != PasswordPlace::kSettings) account.ForgetPassword();
   if (const auto saved = account.Save(settings); !saved)
-    return goes_there ? TakeBack(account, *before, saved.error()) : NothingSaved(saved.error());
-  if (goes_there) IgnoreErrors(Remember({WhomOf(account), KeyringNoteOf(settings).has_leftover}, settings));
+    return goes_there ? TakeBack(account, *before, note, settings, saved.error()) : NothingSaved(saved.error());
+  if (goes_there) IgnoreErrors(Remember({WhomOf(account), note.has_leftover}, settings));
   return asks_keyring ? ForgetRest(account, settings, cancel) : SecretsLeft{};
 }
 
 Result<SecretsLeft> AccountSecrets::Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
+  const auto lock = Lock(cancel);
+  if (!lock) return SavedByAnother();
   const bool was_kept = ResettingAsksKeyring(settings);
   const auto deleted = settings.DeleteSection(kAccountSection);
   if (!deleted) return deleted.error();

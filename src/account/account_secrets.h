@@ -7,7 +7,9 @@
 #include <string>
 
 #include "account/account_settings.h"
+#include "account/keyring_note.h"
 #include "platform/cancel.h"
+#include "platform/folder_lock.h"
 #include "platform/secret_store.h"
 #include "profile/settings_store.h"
 #include "smtp/client/client_options.h"
@@ -42,10 +44,12 @@ class AccountSecrets {
   bool SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const;
   bool ResettingAsksKeyring(const profile::SettingsStore& settings) const;
 
-  // Saves the account. A password that belongs into the keyring is put there first and is stored nowhere else; where
-  // the keyring refuses it nothing is saved, and where the settings cannot be written it is taken back: the error says
-  // what stayed as it was. One that a command gives is not stored. What the keyring has of another server or user, or
-  // of an account that no longer takes it from there, is deleted last; that it cannot be is told once.
+  // Saves the account, one at a time among all programs; kTryAgain where another does so for longer than ten seconds.
+  // A password that belongs into the keyring is put there first and is stored nowhere else; where the keyring refuses
+  // it nothing is saved, and where the settings cannot be written it is taken back: the error says what stayed as it
+  // was, and whether a keyring that gave no answer may have taken it. One that a command gives is not stored. What the
+  // keyring has of another server or user, or of an account that no longer takes it from there, is deleted last; that
+  // it cannot be is told once.
   Result<SecretsLeft> Save(AccountSettings account, profile::SettingsStore& settings,
                            const platform::CancelToken& cancel) const;
   // Deletes every setting of the account, then what the keyring has of it.
@@ -55,15 +59,19 @@ class AccountSecrets {
   Result<platform::Secret> FromKeyring(const AccountSettings& account, const platform::CancelToken& cancel) const;
   Result<platform::Secret> FromCommand(const std::string& command, const platform::CancelToken& cancel) const;
   platform::SecretName NameOf(const AccountSettings& account) const;
-  // Gives what its entry had before.
-  Result<std::optional<platform::Secret>> Keep(const AccountSettings& account, profile::SettingsStore& settings,
+  std::optional<platform::FolderLock> Lock(const platform::CancelToken& cancel) const;
+  // Gives what its entry had before. `note` is the settings' of before.
+  Result<std::optional<platform::Secret>> Keep(const AccountSettings& account, const KeyringNote& note,
+                                               profile::SettingsStore& settings,
                                                const platform::CancelToken& cancel) const;
-  Error TakeBack(const AccountSettings& account, const std::optional<platform::Secret>& before, const Error& why) const;
+  Error TakeBack(const AccountSettings& account, const std::optional<platform::Secret>& before, const KeyringNote& note,
+                 profile::SettingsStore& settings, const Error& why) const;
   // All that the keyring has, but for what this account takes from it.
   SecretsLeft ForgetRest(const AccountSettings& account, profile::SettingsStore& settings,
                          const platform::CancelToken& cancel) const;
 
   platform::SecretStore& keyring_;
+  const std::filesystem::path folder_;  // of the settings
   const std::string owner_;
   const std::chrono::milliseconds patience_;
 };

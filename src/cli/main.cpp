@@ -37,6 +37,7 @@ void HandleSignals() {
   action.sa_handler = OnInterrupt;
   ::sigaction(SIGINT, &action, nullptr);
   ::sigaction(SIGTERM, &action, nullptr);
+  ::signal(SIGCHLD, SIG_DFL);  // whoever started this may ignore them, and then no program's end could be waited for
   ::signal(SIGPIPE, SIG_IGN);  // a peer or a pipe that is gone is told by the failing write
   ::signal(SIGXFSZ, SIG_IGN);  // so is a limit on the size of files
 }

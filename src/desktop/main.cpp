@@ -136,6 +136,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
 }  // namespace quillcast::desktop
 
 int main(int argc, char** argv) {
+  std::signal(SIGCHLD, SIG_DFL);  // NOLINT: whoever started this may ignore them; no program's end could be waited for
   std::signal(SIGPIPE, SIG_IGN);  // NOLINT: a peer that is gone is told by the failing write
   if (const auto ended = quillcast::desktop::PrintWithoutWindow(argc, argv)) return *ended;
   const char* platform_name = std::getenv("QT_QPA_PLATFORM");

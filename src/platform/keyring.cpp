@@ -1,15 +1,18 @@
 #include "platform/keyring.h"
 
+#include <fmt/format.h>
 #include <libsecret/secret.h>
 #include <poll.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <thread>
 
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace quillcast::platform {
 namespace {
@@ -78,7 +81,9 @@ bool NobodyServes(const GError* error) {
 // One question to the keyring, on the thread that asks it.
 class Question {
  public:
-  Question(GCancellable* stop, bool may_ask) : stop_(stop), may_ask_(may_ask) {}
+  // `may_have_kept` is set before the keyring is asked to keep something.
+  Question(GCancellable* stop, bool may_ask, std::atomic<bool>& may_have_kept)
+      : stop_(stop), may_ask_(may_ask), may_have_kept_(may_have_kept) {}
 
   Result<void> Open();
   Result<std::optional<Secret>> Find(const SecretName& name);
@@ -94,13 +99,25 @@ class Question {
 
   GCancellable* stop_;
   const bool may_ask_;
+  std::atomic<bool>& may_have_kept_;
   Object<GDBusConnection> bus_;
   Object<SecretService> service_;
 };
 
+// Attributes are UTF-8, which names of users and folders need not be.
+std::string AsAttribute(const std::string& name) {
+  if (IsUtf8(name)) return name;
+  std::string coded;
+  for (const char octet : name) {
+    const auto value = static_cast<unsigned char>(octet);
+    coded += value < 0x80 && octet != '%' ? std::string(1, octet) : fmt::format("%{:02X}", value);
+  }
+  return coded;
+}
+
 Error WhyNot(const GError* error) {
-  if (error == nullptr || g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != 0)
-    return Locked("The keyring was not unlocked.");
+  if (error == nullptr) return {Failure::kUnavailable, "The keyring gave no answer that can be used.", kTheWayOn};
+  if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != 0) return Locked("The keyring was not unlocked.");
   if (NobodyServes(error)) {
     return {Failure::kUnavailable, "No keyring runs in this session.",
             "Start one, or let the account have its password from the settings or from a command."};
@@ -129,20 +146,21 @@ Result<void> Question::Open() {
 }
 
 Attributes Named(const SecretName& name) {
-  return Attributes(secret_attributes_build(Schema(), kOwner, name.owner.c_str(), kServer, name.server.c_str(), kUser,
-                                            name.user.c_str(), nullptr));
+  return Attributes(secret_attributes_build(Schema(), kOwner, AsAttribute(name.owner).c_str(), kServer,
+                                            AsAttribute(name.server).c_str(), kUser, AsAttribute(name.user).c_str(),
+                                            nullptr));
 }
 
 // One that an older version kept names no server and no user.
 Attributes OwnedBy(const std::string& owner) {
-  return Attributes(secret_attributes_build(Schema(), kOwner, owner.c_str(), nullptr));
+  return Attributes(secret_attributes_build(Schema(), kOwner, AsAttribute(owner).c_str(), nullptr));
 }
 
 bool IsFor(SecretItem* item, const SecretName& name) {
   const Attributes attributes(secret_item_get_attributes(item));
   const auto has = [&](const char* attribute, const std::string& value) {
     const auto* text = static_cast<const char*>(g_hash_table_lookup(attributes.get(), attribute));
-    return text != nullptr && value == text;
+    return text != nullptr && AsAttribute(value) == text;
   };
   return has(kServer, name.server) && has(kUser, name.user);
 }
@@ -164,7 +182,8 @@ Result<void> Question::Unlock(gpointer item_or_collection) {
   GList one{item_or_collection, nullptr, nullptr};
   const int unlocked = secret_service_unlock_sync(service_.get(), &one, stop_, nullptr, &error);
   const Failed failed(error);
-  return unlocked == 1 ? Result<void>() : WhyNot(failed.get());
+  if (failed) return WhyNot(failed.get());
+  return unlocked == 1 ? Result<void>() : Locked("The keyring was not unlocked.");
 }
 
 // There may be several, each in a collection that was the default one when it was kept.
@@ -220,6 +239,7 @@ Result<void> Question::Keep(const SecretName& name, const std::string& label, co
   if (!open) return open;
   GError* error = nullptr;
   const Value value(secret_value_new(secret.view().data(), static_cast<gssize>(secret.view().size()), "text/plain"));
+  may_have_kept_ = true;
   const bool kept = secret_service_store_sync(service_.get(), Schema(), Named(name).get(), SECRET_COLLECTION_DEFAULT,
                                               label.c_str(), value.get(), stop_, &error) != 0;
   const Failed failed(error);
@@ -231,6 +251,7 @@ template <typename T>
 struct Asked {
   Object<GCancellable> stop{g_cancellable_new()};
   std::optional<Result<T>> answer;  // before it is done
+  std::atomic<bool> may_have_kept = false;
   CancelToken done;
 };
 
@@ -258,7 +279,7 @@ Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& can
   }
   const auto asked = std::make_shared<Asked<T>>();
   std::thread thread([asked, may_ask, ask = std::move(ask)] {
-    Question question(asked->stop.get(), may_ask);
+    Question question(asked->stop.get(), may_ask, asked->may_have_kept);
     const auto open = question.Open();
     asked->answer = open ? ask(question) : Result<T>(open.error());
     asked->done.Request();
@@ -272,10 +293,17 @@ Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& can
     thread.detach();
   }
   if (in_time) return std::move(*asked->answer);
-  if (cancel.Requested() != Stop::kNone) return Error{Failure::kTryAgain, "Asking the keyring was cancelled."};
+  const bool may_have_kept = asked->may_have_kept;
+  if (cancel.Requested() != Stop::kNone) {
+    return Error{Failure::kTryAgain, may_have_kept
+                                         ? Sentence("Asking the keyring was cancelled; it may have the password.")
+                                         : Sentence("Asking the keyring was cancelled.")};
+  }
+  const auto seconds = std::chrono::ceil<std::chrono::seconds>(patience).count();
   return Error{Failure::kTimedOut,
-               Say("The keyring gave no answer within {} seconds, or was not unlocked in that time.",
-                   std::chrono::ceil<std::chrono::seconds>(patience).count()),
+               may_have_kept
+                   ? Say("The keyring gave no answer within {} seconds; it may have the password.", seconds)
+                   : Say("The keyring gave no answer within {} seconds, or was not unlocked in that time.", seconds),
                kTheWayOn};
 }
 

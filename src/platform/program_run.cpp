@@ -94,7 +94,7 @@ int Spawn(std::span<const std::string> arguments, const std::array<int, 3>& stre
   sigset_t signals;
   IgnoreErrors(::sigemptyset(&signals));
   IgnoreErrors(::posix_spawnattr_setsigmask(&traits, &signals));
-  for (const int number : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM}) IgnoreErrors(::sigaddset(&signals, number));
+  for (const int number : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGCHLD}) IgnoreErrors(::sigaddset(&signals, number));
   IgnoreErrors(::posix_spawnattr_setsigdefault(&traits, &signals));
   IgnoreErrors(
       ::posix_spawnattr_setflags(&traits, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
@@ -176,7 +176,10 @@ class Waiting {
 
  private:
   bool HasEnded() {
-    ended_ = ended_ || ::waitpid(child_, &status_, WNOHANG) == child_;
+    if (ended_) return true;
+    const pid_t ended = ::waitpid(child_, &status_, WNOHANG);
+    // Where the ends of children are ignored nobody knows how it ended, but that it did.
+    ended_ = ended == child_ || (ended < 0 && errno == ECHILD);
     return ended_;
   }
 

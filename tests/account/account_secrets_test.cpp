@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <functional>
+#include <thread>
 
 #include "account/import/account_import.h"
+#include "account/keyring_note.h"
 #include "platform/file.h"
 #include "platform/text.h"
 #include "support/fake_keyring.h"
@@ -218,7 +221,56 @@ TEST_F(AccountSecretsTest, TheKeyringAgreesWithSettingsThatCannotBeWritten) {
     EXPECT_EQ(InOneLine(saved.error()).substr(0, std::string_view(c.told).size()), c.told);
     EXPECT_EQ(keyring_.Only(), c.in_keyring);
     EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), c.refuses_then ? "new" : "old");
+    const bool had_one = c.before[kPasswordFrom] == "Keyring";
+    EXPECT_EQ(KeyringNoteOf(settings_).kept_for, had_one ? "ada at mail.example.org" : "");
   }
+}
+
+// It may have taken the password, so nobody says that it has not, and what it may have goes with the account.
+TEST_F(AccountSecretsTest, AKeyringThatAnswersTooLateMayHaveIt) {
+  auto other = From("Keyring", "new");
+  other.Set(kUsername, "bob");
+  for (const auto& [before, saved] : std::initializer_list<std::pair<AccountSettings, AccountSettings>>{
+           {From("Settings", "old"), From("Keyring", "new")},
+           {From("Keyring", "old"), From("Keyring", "new")},
+           {From("Keyring", "old"), other}}) {
+    ASSERT_TRUE(secrets_.Save(before, settings_, cancel_));
+    const std::string stored = Stored();
+    keyring_.is_late = true;
+    const auto done = secrets_.Save(saved, settings_, cancel_);
+    keyring_.is_late = false;
+    ASSERT_FALSE(done);
+    EXPECT_EQ(InOneLine(done.error()),
+              "The settings are as they were. It gave no answer; it may have the password. Unlock it.");
+    EXPECT_EQ(Stored(), stored);
+    EXPECT_TRUE(secrets_.ResettingAsksKeyring(settings_));
+    ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
+    EXPECT_TRUE(keyring_.kept.empty());
+  }
+}
+
+// Each deletes what the account had before: not what the other has just kept.
+TEST_F(AccountSecretsTest, TwoWhoSaveAtOnceDoSoOneAfterTheOther) {
+  ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+  auto bob = From("Keyring", "bob's");
+  bob.Set(kUsername, "bob");
+  auto eve = From("Keyring", "eve's");
+  eve.Set(kUsername, "eve");
+  std::thread other;
+  std::atomic<bool> done = false;
+  keyring_.after_keep = [&] {
+    other = std::thread([&] {
+      profile::SettingsStore settings(folder_ / "settings.db");
+      EXPECT_TRUE(AccountSecrets(keyring_, folder_ / "settings.db").Save(eve, settings, cancel_));
+      done = true;
+    });
+    for (int tries = 0; tries < 30 && !done; ++tries) ::usleep(10'000);
+  };
+  EXPECT_TRUE(secrets_.Save(bob, settings_, cancel_));
+  other.join();
+  EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), "eve's");
+  EXPECT_EQ(keyring_.Only(), "eve's");
+  EXPECT_EQ(KeyringNoteOf(settings_).kept_for, "eve at mail.example.org");
 }
 
 // A keyring that cannot be asked any more is told of once, and keeps nobody waiting after that.

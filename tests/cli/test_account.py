@@ -3,13 +3,14 @@ import json
 import os
 import signal
 import socket
+import subprocess
 import threading
 import time
 import unittest
 import unittest.mock
 from pathlib import Path
 
-from quillcast import Case, in_background
+from quillcast import PROGRAM, Case, in_background
 
 
 def serve(replies):
@@ -153,6 +154,9 @@ class Account(Case):
         letter = ("--group", "Readers", "--subject", "x", "--body", self.write("t.html", "<p>y"))
         lines, code, err = self.send(*letter)
         self.assertEqual((code, len(box.messages()), (self.folder / "calls").read_text()), (0, 5, "x\n"), err)
+        # Whoever ignores the ends of children hands that on to what it starts.
+        ignoring = ["/bin/sh", "-c", "trap '' CHLD; exec \"$@\"", "sh", PROGRAM, "--profile", str(self.profile), "account", "test"]
+        self.assertEqual(subprocess.run(ignoring, stdin=subprocess.DEVNULL, capture_output=True, timeout=30).returncode, 0)
         by_hand = "\nTry it in a terminal; it has to print the password on its first line."
         program = self.write("vault", "#!/bin/sh\necho right-7\n")
         for command, exit_code, told in (

@@ -8,6 +8,7 @@ refuses   asks, and the person presses Cancel      endless   asks, and nobody ev
 silent    answers nothing                          full      takes no new secret
 broken    gives away no secret                     none      has no collection yet
 elsewhere keeps in a new collection beside what it had
+late      keeps what it is given, and never says so
 """
 import sys
 
@@ -143,8 +144,16 @@ class Collection(Object):
         return {"Locked": self.keyring.locked, "Label": "Login", "Created": dbus.UInt64(0), "Modified": dbus.UInt64(0),
                 "Items": dbus.Array([item.path for item in self.keyring.items], signature="o")}
 
-    @dbus.service.method(COLLECTION, in_signature="a{sv}(oayays)b", out_signature="oo")
-    def CreateItem(self, properties, secret, replace):
+    @dbus.service.method(COLLECTION, in_signature="a{sv}(oayays)b", out_signature="oo", async_callbacks=("answer", "fail"))
+    def CreateItem(self, properties, secret, replace, answer, fail):
+        try:
+            path = self.kept(properties, secret, replace)
+        except Failed as why:
+            return fail(why)
+        if BEHAVIOUR != "late":
+            answer(path, NO_OBJECT)
+
+    def kept(self, properties, secret, replace):
         if BEHAVIOUR == "full":
             raise Failed("DBus.Error.Failed", "No space left on device")
         if self.keyring.locked:
@@ -154,11 +163,11 @@ class Collection(Object):
         same = [item for item in self.keyring.items if item.attributes() == attributes]
         for item in same if replace and BEHAVIOUR != "elsewhere" else ():
             item.secret = bytes(secret[2])
-            return item.path, NO_OBJECT
+            return item.path
         self.keyring.made += 1
         path = dbus.ObjectPath(f"{ROOT}/collection/login/i{self.keyring.made}")
         self.keyring.items.append(Item(self.keyring, path, properties, bytes(secret[2])))
-        return path, NO_OBJECT
+        return path
 
 
 class Control(dbus.service.Object):

@@ -122,6 +122,7 @@ class Keyring(Case):
             "broken": (69, "The keyring could not be used: The file of?the keyring is damaged\n" + WAY_ON, 0),
             "silent": (69, "The keyring gave no answer within 8 seconds, or was not unlocked in that time.\n" + WAY_ON, 0),
             "full": (0, "The keyring could not be used: No space left on device\n" + WAY_ON, 69),
+            "late": (0, "The keyring gave no answer within 8 seconds; it may have the password.\n" + WAY_ON, 69),
             "none": (0, "No keyring is set up yet, and nobody is there to choose its password.\n" + WAY_ON, 77)}
         for behaviour, (_, told, moving) in tells.items():
             with self.subTest(moves=behaviour):
@@ -129,8 +130,10 @@ class Keyring(Case):
                     continue
                 control.Behave(behaviour)
                 code, out, err = self.run_program("account", "set", "--password-from", "Keyring")
-                self.assertEqual((code, out, err), (moving, "", f"quillcast: Nothing was saved. {told}\n"))
+                became = "The settings are as they were." if behaviour == "late" else "Nothing was saved."
+                self.assertEqual((code, out, err), (moving, "", f"quillcast: {became} {told}\n"))
                 self.assertEqual(self.ok("account", "show"), before)
+        self.assertEqual(self.contents(control), [(ENTRY, "geheim-7")])
         control.Behave("open")
         self.ok("account", "set", "--password-from", "Keyring")
         self.group("Readers", ["a@example.org", "b@example.org"])
@@ -145,6 +148,14 @@ class Keyring(Case):
                     self.assertEqual(err.count("keyring"), told.count("keyring"), err)
                     self.assertIn(f"quillcast: {told}\n", err)
         self.assertEqual(self.logged(), [], "nobody was asked for a password")
+
+    def test_a_name_that_is_no_text_is_kept_as_another_is(self):
+        self.sign_in()
+        control = self.keyring("open")
+        self.ok("account", "set", "--password-from", "Keyring", os.fsdecode(b"Username=ad\xff"), "--password-file", self.write("other", "other-1\n"))
+        self.assertEqual([secret for _, secret in self.contents(control)], ["other-1"])
+        self.ok("account", "set", "Username=ada", "--password-file", self.folder / "secret")
+        self.assertEqual(self.contents(control), [(ENTRY, "geheim-7")])
 
     def test_where_there_is_none(self):
         self.sign_in()
@@ -164,7 +175,8 @@ class Keyring(Case):
                 os.environ["XDG_RUNTIME_DIR"] = str(self.bus_folder / "runtime")
                 self.addCleanup(os.environ.pop, "XDG_RUNTIME_DIR", None)
                 code, out, err = self.run_program("account", "set", "--password-from", "Keyring")
-                self.assertEqual((code, out, err), (69, "", f"quillcast: Nothing was saved. {told}\n"))
+                became = "The settings are as they were." if bus.endswith("silent") else "Nothing was saved."
+                self.assertEqual((code, out, err), (69, "", f"quillcast: {became} {told}\n"))
                 self.assertEqual(json.loads(self.ok("--json", "account", "show"))["Password"], "********")
 
     def test_what_keyrings_do_where_somebody_may_be(self):

@@ -22,6 +22,7 @@ class FakeKeyring final : public platform::SecretStore {
   std::vector<std::string> calls;            // "find", "keep LABEL", "forget WHICH"
   bool refuses = false;
   bool hangs = false;
+  bool is_late = false;              // it keeps at once, and answers too late
   std::function<void()> after_keep;  // what happens to the rest of the world then
 
   Result<std::optional<platform::Secret>> Find(const platform::SecretName& name,
@@ -38,6 +39,7 @@ class FakeKeyring final : public platform::SecretStore {
     if (refuses || hangs) return Refused(cancel);
     kept[EntryOf(name)] = secret.view();
     if (const auto then = std::exchange(after_keep, nullptr)) then();
+    if (is_late) return Error{Failure::kTimedOut, "It gave no answer; it may have the password.", "Unlock it."};
     return {};
   }
   Result<void> Forget(const platform::SecretName& name, platform::Which which,
