@@ -139,6 +139,8 @@ bool FileScanner::IsDrive(std::size_t colon) const {
 
 // In words, "S:/M:/L" and "C:/D:" are a list, and "p:/unit" is what a thing costs; a folder has more behind it.
 bool FileScanner::IsSizeOrUnit(std::size_t colon) const {
+  const std::size_t sizes = std::min(text_.find_first_not_of("SMLX/", colon + 2), text_.size());  // "S:/M/L/XL"
+  if (sizes == text_.size()) return true;
   std::size_t end = colon + 2;
   while (IsOfName(CharacterAt(end))) ++end;
   if (end == colon + 3) return end == text_.size() || text_[end] == ':';

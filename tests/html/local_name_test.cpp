@@ -189,6 +189,8 @@ TEST(LocalName, OfWordsIsWhatTheyBeginWith) {
            {"file:Logo/a.png", kKept},
            {"Description: File:Logo.png", kKept},
            {"S:/M:/L sizes", kKept},
+           {"S:/M/L/XL sizes", kKept},
+           {"C:/S/ada", kFile},
            {"C:/D: drives", kKept},
            {"I/O: r:/w:", kKept},
            {"p:/unit", kKept},
