@@ -28,11 +28,20 @@ bool IsAmong(std::string_view name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// Nor that of an element of no meaning of its own, as "span", out of these and blocks (13.2.6.4.7).
+constexpr auto kFurtherWalls = std::to_array<std::string_view>(
+    {"button", "center", "details", "dir", "fieldset", "form", "select", "summary", "textarea", "title", "xmp"});
+
+bool IsWall(std::string_view name) { return IsBlock(RoleOf(name)) || IsAmong(name, kFurtherWalls); }
+
 // The elements that are open, as far as it matters for what follows the page.
 class OpenElements {
  public:
   void Start(const std::string& name) {
-    if (name == "p" || IsBlock(RoleOf(name)) || name == "hr") has_paragraph_ = name == "p";
+    if (name == "p" || IsBlock(RoleOf(name)) || name == "hr") {
+      has_paragraph_ = name == "p";
+      paragraph_ = open_.size();
+    }
     if (name == "p" || HasNoContent(name)) return;
     if (open_.size() == kMostOpen) {
       ++beyond_[name];
@@ -48,10 +57,12 @@ class OpenElements {
       return;
     }
     const bool is_of_table = IsAmong(name, kOfTables);
+    const bool is_plain = !is_of_table && !IsFormatting(name) && !IsWall(name) && !IsAmong(name, kWalls);
     for (std::size_t place = open_.size(); place-- > 0;) {
+      if (is_plain && has_paragraph_ && place < paragraph_) return;
       if (open_[place] == name) return Close(place);
-      const bool is_wall =
-          is_of_table ? open_[place] == "table" || open_[place] == "template" : IsAmong(open_[place], kWalls);
+      const bool is_wall = is_of_table ? open_[place] == "table" || open_[place] == "template"
+                                       : IsAmong(open_[place], kWalls) || (is_plain && IsWall(open_[place]));
       if (is_wall) return;
     }
   }
@@ -77,7 +88,40 @@ class OpenElements {
 
   std::vector<std::string> open_;
   std::unordered_map<std::string, std::size_t> beyond_;
+  std::size_t paragraph_ = 0;   // so many are open outside it
   bool has_paragraph_ = false;  // the next block ends it, and so does the end of what it is in
+};
+
+// A page's own <body> gives what it says to the one that there is (13.2.6.4.7), and its <html> likewise: both would
+// reach the pages round it. As a block the body reaches no further than its page.
+class OwnBlock {
+ public:
+  explicit OwnBlock(std::string_view page) : page_(page) {}
+
+  // Whether it was one of their tags, and is replaced.
+  bool Replaces(const HtmlToken& token) {
+    if (token.kind != HtmlTokenKind::kStartTag && token.kind != HtmlTokenKind::kEndTag) return false;
+    const bool is_body = token.name == "body";
+    if (!is_body && token.name != "html") return false;
+    out_ += page_.substr(done_, token.begin - done_);
+    done_ = token.end;
+    if (is_body && token.kind == HtmlTokenKind::kStartTag && !has_body_) {
+      has_body_ = true;
+      out_.append("<div").append(page_.substr(token.begin + 5, token.end - token.begin - 5));
+    }
+    return true;
+  }
+  // The page up to a place.
+  std::string UpTo(std::size_t end) {
+    return std::move(out_) + std::string(page_.substr(std::min(done_, end), end - std::min(done_, end)));
+  }
+  bool has_body() const { return has_body_; }
+
+ private:
+  std::string_view page_;
+  std::string out_;
+  std::size_t done_ = 0;
+  bool has_body_ = false;
 };
 
 }  // namespace
@@ -85,11 +129,13 @@ class OpenElements {
 std::string ClosedPage(std::string_view page) {
   OpenElements open;
   std::string raw;  // the element whose content is text up to its end tag, where the page is in one
+  OwnBlock own(page);
   HtmlTokenizer tokenizer(page);
   HtmlToken token;
   HtmlTokenKind last = HtmlTokenKind::kText;
   while (raw != kEndless && tokenizer.Next(token)) {
     last = token.kind;
+    if (own.Replaces(token)) continue;
     if (last == HtmlTokenKind::kStartTag) open.Start(token.name);
     if (last == HtmlTokenKind::kEndTag) open.End(token.name);
     if (last == HtmlTokenKind::kStartTag && HasRawText(token.name)) raw = token.name;
@@ -97,7 +143,7 @@ std::string ClosedPage(std::string_view page) {
   }
   const bool is_none = last == HtmlTokenKind::kComment || last == HtmlTokenKind::kDoctype;
   const bool breaks_off = is_none || raw == kEndless;
-  std::string out(page.substr(0, breaks_off ? token.begin : page.size()));
+  std::string out = own.UpTo(breaks_off ? token.begin : page.size());
   if (raw == kEndless) {
     out.append("<pre>").append(EscapedForHtml(page.substr(token.end))) += "</pre>";
   } else if (!raw.empty()) {
@@ -106,7 +152,7 @@ std::string ClosedPage(std::string_view page) {
     out.replace(out.size() - 2, 1, "&lt;");
   }
   open.End(raw);
-  return out + open.EndTags();
+  return out + open.EndTags() + (own.has_body() ? "</div>" : "");
 }
 
 }  // namespace quillcast::html

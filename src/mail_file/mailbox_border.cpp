@@ -1,6 +1,7 @@
 #include "mail_file/mailbox_border.h"
 
 #include "mail_file/boundary.h"
+#include "mail_file/gmime_border.h"
 #include "mail_file/mailbox_line.h"
 #include "platform/text.h"
 
@@ -11,10 +12,30 @@ constexpr int kMostBlankLines = 100;  // before a mailbox
 constexpr int kLinesBetweenChecks = 4096;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
-bool NamesBoundary(std::string_view line, std::string_view boundary) {
-  return line.find(boundary) != std::string_view::npos &&
-         platform::AsciiLower(line).find("boundary") != std::string::npos;
-}
+// Hears lines go by, and what boundaries their Content-Type fields name.
+class NamedBoundaries {
+ public:
+  // Whether the field that this line ends names it.
+  bool EndsOneThatNames(std::string_view boundary, std::string_view line) {
+    if (!field_.empty() && (line.starts_with(' ') || line.starts_with('\t'))) {
+      if (field_.size() < kLongestField) field_.append(line);
+      return false;
+    }
+    const bool may_name = platform::AsciiLower(field_).find("boundary") != std::string::npos;
+    const bool names = may_name && ReadContentType(field_).Parameter("boundary") == boundary;
+    field_.clear();
+    if (platform::EqualsIgnoringAsciiCase(line.substr(0, kField.size()), kField)) {
+      field_ = line.substr(kField.size());
+      if (field_.empty()) field_ = " ";
+    }
+    return names;
+  }
+
+ private:
+  static constexpr std::string_view kField = "content-type:";
+  static constexpr std::size_t kLongestField = 4096;
+  std::string field_;  // as far as it has gone by
+};
 
 }  // namespace
 
@@ -68,13 +89,14 @@ Result<bool> MailboxBorder::IsWithinMessage(const MessageLine& line, std::string
   if (boundary.empty()) return false;
   MessageLines lines(file_, {line.begin, file_.size()});
   MessageLine ahead;
+  NamedBoundaries named;
   for (int count = 1;; ++count) {
     if (count % kLinesBetweenChecks == 0) {
       if (const auto checked = check_(); !checked) return checked.error();
     }
     const auto more = lines.Next(ahead);
     if (!more) return more.error();
-    if (!*more || NamesBoundary(ahead.text, boundary)) return false;
+    if (!*more || named.EndsOneThatNames(boundary, ahead.text)) return false;
     if (DelimiterOf(ahead.text, boundary) == DelimiterKind::kClose) break;
   }
   within_until_ = ahead.begin;

@@ -75,7 +75,8 @@ TEST(ImportBody, TakesTheTextBesideAPageThatShowsNothing) {
                                         "<body><p>&nbsp;</p> <br></body></html>\r\n",
                                         true},
                                        {"<p>x", false},
-                                       {"<p><IMG src=cid:a>", false}}) {
+                                       {"<p><IMG src=cid:a>", true},
+                                       {"<p><IMG src='data:image/gif;base64,R0lGODlh'>", false}}) {
     Scene scene;
     const auto body =
         scene.Import(std::string("Content-Type: multipart/alternative; boundary=b\r\n\r\n--b\r\n\r\nHello\r\n"

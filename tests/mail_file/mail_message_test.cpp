@@ -197,6 +197,12 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
   const std::string attached = "Content-Type: message/rfc822\n\n" + line + "Subject: inner\n\ninner\n";
   const std::string mailbox = "Content-Disposition: attachment\n\n" + line + "X: y\n\na\n" + next + next;
   const std::string end = "\n--b\n\ntwo\n--b--\n";
+  const auto inner = [&](const std::string& type) {
+    return "Content-Disposition: attachment\n\n" + line + type + "\n\na boundary=b line\n" + next;
+  };
+  const auto again = [&](const std::string& type) {
+    return multipart + "\ntwo\n\n" + line + "Content-Type: multipart/mixed;" + type + "\n\n--b\n\none\nother\n--b--\n";
+  };
   const std::string quote = "one\n" + next + "two";
   const auto sized = [](std::size_t size) { return "Content-Length: " + std::to_string(size) + "\n\n"; };
   struct Case {
@@ -210,6 +216,11 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
            {"an attached mailbox", multipart + mailbox + end, 0, true},
            {"a multipart that is not closed", multipart + "\ntwo\n" + next, 1, true},
            {"one that the next one closes", multipart + "\ntwo\n\n" + line + multipart + "\nother\n--b--\n", 1, true},
+           {"one that the next one closes, folded", again(" boundary=\n b"), 1, true},
+           {"one that the next one closes, in another charset", again(" boundary*=''%62"), 1, true},
+           {"an attached one of a longer boundary",
+            multipart + inner("Content-Type: multipart/mixed; boundary=bb") + end, 0, true},
+           {"an attached one that speaks of it", multipart + inner("Subject: boundary=b") + end, 0, true},
            {"a length", sized(quote.size()) + quote + "\n" + next, 1, true},
            {"a length to the end", sized(quote.size()) + quote, 0, true},
            {"a length that leads nowhere", sized(quote.size() - 3) + quote + "\n" + next, 2, false},
