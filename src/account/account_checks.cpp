@@ -3,6 +3,7 @@
 #include <array>
 
 #include "account/account_connection.h"
+#include "account/account_pace.h"
 #include "account/password_place.h"
 #include "platform/text.h"
 #include "recipients/check_email.h"
@@ -72,6 +73,8 @@ std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& acc
   if (account.IsOn(kAuth) && PlaceOfPassword(account) == PasswordPlace::kCommand &&
       platform::Trim(account[kPasswordCommand]).empty())
     return Complaint<AccountControl>{"", ControlOf(kPasswordCommand), "Give the command that prints the password."};
+  if (const auto fault = FaultInPace(account))
+    return Complaint<AccountControl>{"", ControlOf(fault->key), Say("{} {}", fault->error.what, fault->error.remedy)};
   if (KeyringLacks(account, kept_for))
     return Complaint<AccountControl>{"", ControlOf(kPassword),
                                      Say("{} {}", NoPasswordInKeyring(account), kGivePassword)};

@@ -74,6 +74,13 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kSecurity, "Security", "Automatic", kSecurities},
     {kPasswordFrom, "PasswordFrom", "Settings", kPasswordPlaces},
     {kPasswordCommand, "PasswordCommand", "", {}},
+    {kRate, "Rate", "", {}},
+    {kQuotaHour, "QuotaHour", "", {}},
+    {kQuotaDay, "QuotaDay", "", {}},
+    {kDomainRate, "DomainRate", "", {}},
+    {kHours, "Hours", "", {}},
+    {kPauseAfter, "PauseAfter", "", {}},
+    {kPerConnection, "PerConnection", "", {}},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 

@@ -48,6 +48,13 @@ enum class AccountKey {
   kSecurity,
   kPasswordFrom,
   kPasswordCommand,
+  kRate,
+  kQuotaHour,
+  kQuotaDay,
+  kDomainRate,
+  kHours,
+  kPauseAfter,
+  kPerConnection,
   kCount
 };
 

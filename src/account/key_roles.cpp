@@ -31,6 +31,10 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kExtended, kTheWay},      {kDsnNotify, kTheMessage},
     {kDsnReturn, kTheMessage}, {kSecurity, kTheWay},
     {kPasswordFrom, kTheWay},  {kPasswordCommand, kTheWay},
+    {kRate, kTheWay},          {kQuotaHour, kTheWay},
+    {kQuotaDay, kTheWay},      {kDomainRate, kTheWay},
+    {kHours, kTheWay},         {kPauseAfter, kTheWay},
+    {kPerConnection, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

@@ -10,7 +10,7 @@ namespace quillcast::account {
 enum class KeyRole : std::uint8_t {
   kTheMessage,  // what the messages are, envelopes included
   kTheServer,   // whom they are handed to
-  kTheWay,      // how: signing in, and its secrets, security and patience
+  kTheWay,      // how: signing in, and its secrets, security, patience and pace
 };
 KeyRole RoleOf(AccountKey key);
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include "cli/chosen_ones.h"
+#include "cli/pace_options.h"
 #include "cli/runs.h"
 #include "cli/send_run.h"
 #include "cli/send_steps.h"
@@ -18,6 +19,7 @@ struct GoOnOptions {
   bool include_unknown = false;
   ChosenOnes whom;
   MailingOptions mailing;
+  PaceOptions pace;
 };
 
 // Says what a person should know before the first message goes out.
@@ -40,6 +42,9 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
   }
   if (!prepared) return context.output.Fail(prepared.error());
   if (prepared->group().recipients == 0) return context.output.Fail(run::NobodyOf(choice));
+  prepared->Ask(options.pace.texts);
+  const auto pace = prepared->Pace();
+  if (!pace) return context.output.Fail(pace.error());
   const auto told = TellBefore(context, *prepared);
   if (!told) return context.output.Fail(told.error());
   return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
@@ -70,6 +75,7 @@ int RunRetry(Context& context, const GoOnOptions& options) {
 void AddGoOnCommands(CLI::App& runs, Context& context) {
   const auto shared = [](CLI::App& command, GoOnOptions& options) {
     command.add_option("run", options.run, "The number that runs list shows")->required();
+    AddPaceOptions(command, options.pace);
     command.add_flag("--keep-going", options.mailing.keep_going,
                      "Try every recipient, even where the server keeps refusing the sign-in or the sender");
   };

@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/document_options.h"
+#include "cli/pace_options.h"
 #include "cli/send_run.h"
 #include "cli/send_steps.h"
 #include "cli/sender_lookup.h"
@@ -29,6 +30,7 @@ struct SendOptions {
   bool check_domain = false;
   std::string dns;
   MailingOptions mailing;
+  PaceOptions pace;
 };
 
 // Tells what is to be mended in the domain of the account's address, and goes on: receivers decide about that. False
@@ -122,6 +124,10 @@ Result<void> CheckOptions(const SendOptions& options) {
       1) {
     return wrong("Only one of --dry-run, --to-file, --to-folder, --to-mbox and --proof can be done at a time.");
   }
+  const bool is_run = !options.dry_run && options.to_file.empty() && options.proof.empty();
+  if (options.pace.IsAsked() && !(is_run && mailing.delivery() == run::Delivery::kSent)) {
+    return wrong("A pace, --at and --per-connection go with sending to a group.");
+  }
   if (!options.range.empty() && (!options.to_file.empty() || !options.proof.empty())) {
     return wrong("--range goes with a whole run, into files too, or --dry-run.");
   }
@@ -135,6 +141,9 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!folders) return context.output.Fail(folders.error());
   auto prepared = PrepareRun(context, *folders, options.document, options.group);
   if (!prepared) return context.output.Fail(prepared.error());
+  prepared->Ask(options.pace.texts);
+  const auto pace = prepared->Pace();
+  if (!pace) return context.output.Fail(pace.error());
   const auto range = run::RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());
   if (const int refused = AskBeforeSending(context, *prepared, options.mailing.delivery())) return refused;
@@ -171,6 +180,7 @@ void AddSendCommand(CLI::App& app, Context& context) {
   AddDocumentOptions(*send, options->document);
   send->add_option("--range", options->range, "Only these places of the group's list, FIRST-LAST")->type_name("N-M");
   send->add_flag("--dry-run", options->dry_run, "Check and compose everything, hand over nothing");
+  AddPaceOptions(*send, options->pace);
   send->add_flag("--keep-going", options->mailing.keep_going,
                  "Try every recipient, even where the server keeps refusing the sign-in or the sender");
   send->add_flag("--leave-pictures-out", options->leave_pictures_out,

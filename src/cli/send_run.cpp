@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include "platform/text.h"
@@ -19,8 +20,9 @@ constexpr std::int64_t kMostNotTried = 20;  // who are named to people
 class SendListener final : public run::RunListener {
  public:
   // `told`: what the person was told before the run, and is not told again.
-  SendListener(Output& output, const std::vector<Sentence>& told, const MailingOptions& options)
-      : output_(output), told_(told), options_(options) {}
+  SendListener(Output& output, const std::vector<Sentence>& told, const MailingOptions& options,
+               const platform::Clock& clock)
+      : output_(output), told_(told), options_(options), clock_(clock) {}
 
   void ReportLine(std::string_view) override {}  // the report is in the history
   void Note(const Sentence& sentence) override {
@@ -53,6 +55,7 @@ class SendListener final : public run::RunListener {
   void NotTried(std::int64_t position, const std::string& address) override {
     output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
     if (++not_tried_ > kMostNotTried) {
+      if (first_not_named_ == 0) first_not_named_ = position;
       last_not_tried_ = position;
       return;
     }
@@ -64,11 +67,16 @@ class SendListener final : public run::RunListener {
     if (not_tried_ <= kMostNotTried) return;
     const std::int64_t more = not_tried_ - kMostNotTried;
     output_.Note(fmt::format("and {} more: not tried (from #{} to #{})", platform::WithThousands(more),
-                             last_not_tried_ - more + 1, last_not_tried_));
+                             first_not_named_, last_not_tried_));
   }
 
+  void Waits(const Sentence& why, run::Moment until) override {
+    std::fflush(stdout);  // who reads the results has those that there are while nothing goes on
+    output_.Progress(fmt::format("{}. {}", progress_, run::WaitsUntil(why, until, clock_).InEnglish()));
+  }
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
-    output_.Progress(fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total)));
+    progress_ = fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total));
+    output_.Progress(progress_);
   }
 
  private:
@@ -79,7 +87,10 @@ class SendListener final : public run::RunListener {
   Output& output_;
   const std::vector<Sentence>& told_;
   const MailingOptions& options_;
+  const platform::Clock& clock_;
+  std::string progress_;
   std::int64_t not_tried_ = 0;
+  std::int64_t first_not_named_ = 0;  // of those not tried; between it and the last others may have their result
   std::int64_t last_not_tried_ = 0;
 };
 
@@ -121,7 +132,7 @@ int RunMailing(Context& context, const profile::Folders& folders, run::PreparedR
   if (const auto& trouble = (*message)->trouble()) {
     context.output.Note("Note: No message can be made. " + InOneLine(trouble->error));
   }
-  SendListener listener(context.output, told, options);
+  SendListener listener(context.output, told, options, context.clock);
   const auto summary = Carry(context, folders, prepared, range, options, listener);
   context.output.EndProgress();
   if (!summary) return context.output.Fail(summary.error());

@@ -22,6 +22,7 @@ struct Folders {
   std::filesystem::path Database() const { return data / "Group.mdb"; }
   std::filesystem::path DatabaseTemplate() const { return program / "Group.mdb"; }
   std::filesystem::path RunJournal() const { return data / "runs.db"; }
+  std::filesystem::path Departures() const { return data / "runs.pace"; }  // when messages went out
   std::filesystem::path History() const { return data / "History"; }
   std::filesystem::path ImportBody() const { return data / "ImportBody"; }
   std::filesystem::path Pictures() const { return data / "Pictures"; }  // copies of what was picked or pasted
@@ -32,7 +33,8 @@ struct Folders {
 
   // What a list, a letter or anything else that a person has written somewhere must not replace.
   platform::OwnFiles OwnFiles() const {
-    return {.kept = {data, Database(), RunJournal(), settings, DatabaseTemplate()}, .free = {Templates()}};
+    return {.kept = {data, Database(), RunJournal(), Departures(), settings, DatabaseTemplate()},
+            .free = {Templates()}};
   }
 };
 

@@ -25,6 +25,7 @@
 #include "run/message_export.h"
 #include "run/message_look.h"
 #include "run/message_preview.h"
+#include "run/pace/pace_rules.h"
 #include "run/pre_send_checks.h"
 #include "run/recipient_view.h"
 #include "run/run_place.h"
@@ -64,6 +65,11 @@ class PreparedRun {
   // Fails as Account does, and with kNotConfigured for an account that no message can be made with. Files that cannot
   // be read do not fail it: see MessageTemplate::trouble.
   Result<const message::MessageTemplate*> Message();
+
+  // How fast it goes: as the account says, and where these say something, by them. Fails with kUsage for what says
+  // nothing of the kind, and as Account does.
+  void Ask(PaceTexts pace) { pace_ = std::move(pace); }
+  Result<RunPace> Pace();
 
   // Before it goes: what must hold (then CheckBeforeSending), the pictures that go along and those to be asked about
   // (none while the account describes no message; the answer then goes to AnswerAboutPictures), and what the person may
@@ -110,7 +116,8 @@ class PreparedRun {
   Result<message::Parts> Parts();
   Result<recipients::RecipientCursor> Rows() const;
   Result<RunSummary> RunOver(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener,
-                             const BeginRun& begin);
+                             const BeginRun& begin, Turns* turns);
+  Result<Turns> TurnsOf(RunListener& listener);
   Result<RunSummary> RunJournalled(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener);
   Result<RunSummary> RunOn(Carrier& carrier, RunListener& listener);
   Result<std::unique_ptr<recipients::RowSource>> RowsForRun(recipients::Reading reading) const;
@@ -123,6 +130,7 @@ class PreparedRun {
   document::MessageDocument document_;
   ChosenGroup group_;
   RunPlace place_;
+  PaceTexts pace_;
   std::optional<account::AccountSettings> account_;
   std::optional<message::MessageOptions> options_;
   std::string body_format_;  // that they were made with

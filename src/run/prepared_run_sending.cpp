@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "account/account_message.h"
+#include "account/account_pace.h"
 #include "run/carrier.h"
 #include "run/history.h"
 #include "run/journal/unjournalled_run.h"
@@ -71,8 +72,11 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
   const auto account = Account();
   if (!account) return account.error();
-  const auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
+  const auto pace = Pace();
+  if (!pace) return pace.error();
+  auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
   if (!options) return options.error();
+  options->per_connection = static_cast<std::size_t>(pace->per_connection);
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);
   return Run(range, listener, carrier);
 }
@@ -80,11 +84,14 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener, Carrier& carrier) {
   if (going_on_) return RunOn(carrier, listener);
   if (carrier.delivery() == Delivery::kSent) return RunJournalled(carrier, range, listener);
-  return RunOver(carrier, range, listener, [&](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
-    auto rows = RowsForRun(recipients::Reading::kCopy);
-    if (!rows) return rows.error();
-    return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
-  });
+  return RunOver(
+      carrier, range, listener,
+      [&](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {
+        auto rows = RowsForRun(recipients::Reading::kCopy);
+        if (!rows) return rows.error();
+        return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
+      },
+      nullptr);
 }
 
 // The messages are made of what was frozen, so that those of a run that goes on are the same.
@@ -103,15 +110,31 @@ Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optio
   if (!frozen) return frozen.error();
   const FrozenFiles& files = frozen->files.files();
   if (!files.attachments.empty() || !files.pictures.empty()) CompileFrom(frozen->files, **options);
-  return RunOver(carrier, range, listener, [&](const std::string& history) -> Result<std::unique_ptr<JournalledRun>> {
+  auto turns = TurnsOf(listener);
+  if (!turns) return turns.error();
+  const auto begin = [&](const std::string& history) -> Result<std::unique_ptr<JournalledRun>> {
     const auto rows = RowsForRun(recipients::Reading::kLive);
     if (!rows) return rows.error();
     return (*journal)->Begin(*mailing, **rows, range, history);
-  });
+  };
+  return RunOver(carrier, range, listener, begin, &*turns);
+}
+
+Result<RunPace> PreparedRun::Pace() {
+  const auto account = Account();
+  if (!account) return account.error();
+  return ReadPace(Or(pace_, account::PaceTextsOf(**account)), place_.clock);
+}
+
+Result<Turns> PreparedRun::TurnsOf(RunListener& listener) {
+  const auto pace = Pace();
+  if (!pace) return pace.error();
+  return Turns(pace->rules, place_.folders.Departures(), place_.clock,
+               [&listener](const Error& error) { listener.Note(AsSentence(error)); });
 }
 
 Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<PartialRange>& range,
-                                        RunListener& listener, const BeginRun& begin) {
+                                        RunListener& listener, const BeginRun& begin, Turns* turns) {
   const auto message = Message();
   if (!message) return message.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
@@ -122,7 +145,8 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
                        .begin = begin,
                        .rows = [this] { return RowsForLeft(); },
                        .carrier = carrier,
-                       .cancel = place_.cancel};
+                       .cancel = place_.cancel,
+                       .turns = turns};
   return SendLetters(parts, std::move(*entry), listener);
 }
 
@@ -130,6 +154,8 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
 Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
   const auto message = Message();
   if (!message) return message.error();
+  auto turns = TurnsOf(listener);
+  if (!turns) return turns.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
   auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->choice, entry->base);
@@ -143,7 +169,8 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .begin = [&](const std::string&) { return Result(std::move(*run)); },
                        .rows = {},
                        .carrier = carrier,
-                       .cancel = place_.cancel};
+                       .cancel = place_.cancel,
+                       .turns = &*turns};
   return SendLetters(parts, std::move(*entry), listener);
 }
 

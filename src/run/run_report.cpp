@@ -53,6 +53,13 @@ void RunReport::SendingTo(std::int64_t recipients, const std::optional<PartialRa
 
 void RunReport::LogLine(std::string_view line) { Line(line); }
 
+void RunReport::LogLines(std::string_view lines) {
+  for (auto end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
+    Line(lines.substr(0, end));
+    lines.remove_prefix(end + 1);
+  }
+}
+
 void RunReport::Sent() {
   Line(WordsOf(delivery_).one);
   BlankLine();

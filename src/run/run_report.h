@@ -30,8 +30,9 @@ class RunReport {
   void Started();
   // `recipients`: of the range, where there is one, else of the group.
   void SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range);
-  void LogLine(std::string_view line);  // of the connection
-  void Sent();                          // or written
+  void LogLine(std::string_view line);    // of the connection
+  void LogLines(std::string_view lines);  // each with "\n"
+  void Sent();                            // or written
   // With the reason where the message was to be written: there the code says little.
   void Failed(const smtp::Outcome& outcome);
   void SubjectNotEncoded();

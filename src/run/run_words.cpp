@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "run/pace/pace_words.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::run {
@@ -13,6 +14,10 @@ Sentence CountsOf(const RunSummary& summary) {
   }
   return SayOf(summary.sent, "{} message was sent, {} failed.", "{} messages were sent, {} failed.",
                NumberValue(summary.failed));
+}
+
+Sentence WaitsUntil(const Sentence& why, Moment until, const platform::Clock& clock) {
+  return Say("Waits until {}. {}", TimeText(until, clock), why);
 }
 
 const char* Name(Delivery delivery) { return delivery == Delivery::kSent ? "sent" : "written"; }

@@ -27,6 +27,9 @@ std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& c
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 
+// What a run waits for (RunListener::Waits), and until when.
+Sentence WaitsUntil(const Sentence& why, Moment until, const platform::Clock& clock);
+
 // What follows on the same refusal so many times in a row (RunListener::GoOn).
 enum class Then { kStops, kWaits };
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then);

@@ -5,8 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "run/in_turn.h"
+#include "run/pace/pace_words.h"
 #include "run/partial_range.h"
 #include "run/pre_flight.h"
+#include "run/results_in_order.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
@@ -21,15 +24,8 @@ smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
 // A recipient's message on its way.
 struct Letter : smtp::Job {
   std::string address;  // as stored
+  Turn turn;
   message::RenderedMessage rendered;
-};
-
-// A row that failed before any server was asked, until the rows before it have their results.
-struct OwnFailure {
-  std::int64_t position = 0;
-  std::string address;
-  smtp::Outcome outcome;
-  std::int64_t after = 0;  // how many letters were taken before it
 };
 
 // Somebody whom the run did not come to any more, though the row was taken.
@@ -54,13 +50,14 @@ class Run final : public smtp::JobSource {
   RunSummary Execute();
 
   smtp::Job* NextJob() override;
+  std::optional<platform::Instant> NextDue() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
-  void GoesOut(smtp::Job& job) override { run_->GoesOut(job.position); }
-  void Decided(smtp::Job& job, const smtp::Outcome& outcome) override { run_->Settled(job.position, outcome); }
+  void GoesOut(smtp::Job& job) override;
+  void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
-  void LogLine(std::string_view line) override { report_.LogLine(line); }
+  void LogLine(std::string_view line) override;
   void Waiting() override { Flush(); }
   void Progress(std::uint64_t sent, std::uint64_t total) override {
     listener_.Progress(Done(), InRange(), sent, total);
@@ -74,10 +71,12 @@ class Run final : public smtp::JobSource {
   bool Begin();
   void OpenThoseLeft();
   void TakeSize();
-  bool NextRow();
+  bool NextOf(Result<bool> next);
+  bool NextLeft();
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
-  void SettleOwnFailures();
+  void TellThoseReady();
+  void Tell(const RecipientInOrder& recipient);
   void Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome);
   void Flush();
   void Record();
@@ -97,16 +96,15 @@ class Run final : public smtp::JobSource {
   std::unique_ptr<recipients::RowSource> rows_;  // those who are left
   std::optional<recipients::RowWalk> walk_;      // over rows_
   bool unreadable_ = false;                      // a row
-  bool at_end_ = false;                          // of the rows
-  bool broken_ = false;                          // the journal
+  ResultsInOrder order_;
+  std::optional<InTurn> in_turn_;  // over run_
+  bool broken_ = false;            // the journal
   recipients::Recipient row_;
   std::int64_t position_ = 0;                     // of row_
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
-  std::deque<OwnFailure> own_failures_;
-  std::vector<Left> left_;     // by a stop
-  std::int64_t taken_ = 0;     // letters by the client
-  std::int64_t finished_ = 0;  // of them
+  std::deque<Letter*> with_carrier_;              // in the order in which it took them
+  std::vector<Left> left_;                        // by a stop
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
@@ -138,6 +136,7 @@ bool Run::Begin() {
     return false;
   }
   run_ = std::move(*run);
+  in_turn_.emplace(*run_, parts_.turns, order_);
   TakeSize();
   return true;
 }
@@ -167,31 +166,44 @@ void Run::TakeSize() {
   }
 }
 
-// The next row of the range, or false at its end.
-bool Run::NextRow() {
-  if (at_end_ || (!run_ && !walk_)) return false;
-  const auto row = run_ ? run_->Next(row_, position_) : walk_->Next(row_);
-  if (walk_) position_ = walk_->position();
-  unreadable_ = !row;
-  at_end_ = !row || !*row;
-  if (!row && !summary_.stopped) summary_.stopped = row.error();
-  return row && *row;
+bool Run::NextOf(Result<bool> next) {
+  unreadable_ = unreadable_ || !next;
+  if (!next && !summary_.stopped) summary_.stopped = next.error();
+  return next && *next;
+}
+
+// The next of those who were not come to, or false at the end of the list.
+bool Run::NextLeft() {
+  if (run_) return NextOf(in_turn_->NextOfList(row_, position_));
+  if (!walk_ || !NextOf(walk_->Next(row_))) return false;
+  position_ = walk_->position();
+  return true;
 }
 
 smtp::Job* Run::NextJob() {
   if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
   Letter* letter = free_letters_.back();
-  while (MayGoOn() && NextRow()) {
-    const auto failure = RenderRow(*letter);
+  while (MayGoOn() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
+    auto failure = RenderRow(*letter);
     if (!failure) {
       free_letters_.pop_back();
-      ++taken_;
+      with_carrier_.push_back(letter);
       return letter;
     }
-    own_failures_.push_back({position_, row_.email(), *failure, taken_});
-    SettleOwnFailures();
+    if (parts_.turns != nullptr) parts_.turns->GiveBack(letter->turn);
+    RecipientInOrder& recipient = order_.At(position_);
+    recipient.stage = RecipientInOrder::Stage::kFailedHere;
+    recipient.outcome = *std::move(failure);
+    TellThoseReady();
   }
   return nullptr;
+}
+
+std::optional<platform::Instant> Run::NextDue() {
+  const auto& wait = in_turn_->wait();
+  if (!wait || !MayGoOn()) return {};
+  listener_.Waits(WhyOf(*wait, parts_.turns->rules()), wait->until);
+  return parts_.turns->InstantOf(wait->until);
 }
 
 // Makes the row's letter; or says why it failed before any server was asked.
@@ -206,36 +218,57 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   letter.message = &letter.rendered;
   letter.position = position_;
   letter.address = row_.email();
+  letter.turn.domain = DomainOf(address->domain());
   return {};
+}
+
+void Run::GoesOut(smtp::Job& job) {
+  run_->GoesOut(job.position);
+  if (parts_.turns != nullptr) parts_.turns->GoesOut(static_cast<Letter&>(job).turn);
+}
+
+void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
+  run_->Settled(job.position, outcome);
+  if (parts_.turns != nullptr) parts_.turns->GiveBack(static_cast<Letter&>(job).turn);
+}
+
+// It belongs to the first of those with the carrier.
+void Run::LogLine(std::string_view line) {
+  if (with_carrier_.empty() || order_.IsFirst(with_carrier_.front()->position)) return report_.LogLine(line);
+  order_.At(with_carrier_.front()->position).log.append(line).push_back('\n');
 }
 
 void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
-  if (outcome.begun) {
-    if (letter.rendered.subject_not_encoded) report_.SubjectNotEncoded();
-    Settle(letter.position, letter.address, outcome);
-  } else {
-    left_.push_back({letter.position, letter.address});
-  }
+  RecipientInOrder& recipient = order_.At(letter.position);
+  recipient.stage = outcome.begun ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
+  recipient.outcome = outcome;
+  recipient.subject_not_encoded = letter.rendered.subject_not_encoded;
+  with_carrier_.pop_front();
   free_letters_.push_back(&letter);
-  ++finished_;
-  SettleOwnFailures();
+  TellThoseReady();
 }
 
-// Results stand in the order of the rows, so these wait for the letters that were taken before them. Behind one that
-// was left, the run had ended.
-void Run::SettleOwnFailures() {
-  while (!own_failures_.empty() && own_failures_.front().after == finished_) {
-    const OwnFailure& failure = own_failures_.front();
-    if (left_.empty()) {
-      run_->Settled(failure.position, failure.outcome);
-      Settle(failure.position, failure.address, failure.outcome);
-    } else {
-      left_.push_back({failure.position, failure.address});
-    }
-    own_failures_.pop_front();
-    if (taken_ == finished_) CaughtUp();
+void Run::TellThoseReady() {
+  bool failed_here = false;
+  for (; order_.IsReady(); order_.Pop()) {
+    failed_here = failed_here || order_.First().stage == RecipientInOrder::Stage::kFailedHere;
+    Tell(order_.First());
   }
+  if (failed_here && with_carrier_.empty()) CaughtUp();
+}
+
+// Behind one that was left the run had ended, so that nobody fails there.
+void Run::Tell(const RecipientInOrder& recipient) {
+  const bool failed_here = recipient.stage == RecipientInOrder::Stage::kFailedHere;
+  if (recipient.stage == RecipientInOrder::Stage::kLeft || (failed_here && !left_.empty())) {
+    left_.push_back({recipient.position, recipient.address});
+    return;
+  }
+  if (failed_here) run_->Settled(recipient.position, recipient.outcome);
+  report_.LogLines(recipient.log);
+  if (recipient.subject_not_encoded) report_.SubjectNotEncoded();
+  Settle(recipient.position, recipient.address, recipient.outcome);
 }
 
 void Run::Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome) {
@@ -254,6 +287,7 @@ void Run::Settle(std::int64_t position, const std::string& address, const smtp::
 bool Run::CaughtUp() {
   Record();
   Flush();
+  if (parts_.turns != nullptr && !broken_) parts_.turns->Record();  // the last, as near to the first octet as can be
   return !broken_ && !report_.trouble();
 }
 
@@ -290,8 +324,10 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named
 // are counted by what is known of the list.
 void Run::NameThoseNotTried() {
+  order_.LeaveTheWaiting();
+  TellThoseReady();
   for (const Left& left : left_) NotTried(left.position, left.address);
-  while (NextRow()) NotTried(position_, row_.email());
+  while (NextLeft()) NotTried(position_, row_.email());
   if ((run_ || walk_) && !unreadable_) return;
   summary_.not_tried = InRange() - Done();
   summary_.last = range_.last;

@@ -19,6 +19,7 @@
 #include "run/carrier.h"
 #include "run/history.h"
 #include "run/journal/run_journal.h"
+#include "run/pace/turns.h"
 #include "run/run_report.h"
 #include "smtp/outcome.h"
 
@@ -47,6 +48,8 @@ class RunListener {
   virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
   // For each recipient who is left when a run has ended early, for whatever reason.
   virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
+  // Nothing goes out before then, unless something that is under way changes it; told a few times a second meanwhile.
+  virtual void Waits(const Sentence& /*why*/, Moment /*until*/) {}
   // Something about the whole run that the person should know: a whole sentence.
   virtual void Note(const Sentence& sentence) = 0;
 };
@@ -82,6 +85,7 @@ struct RunParts {
   OpenRows rows;
   Carrier& carrier;
   const platform::CancelToken& cancel;
+  Turns* turns = nullptr;  // none where nothing is sent
 };
 
 // Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,

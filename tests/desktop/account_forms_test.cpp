@@ -94,6 +94,7 @@ class AccountFormsTest : public QObject {
     row("AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox");
     row("PasswordFromComboBox", "Command", "", "PasswordCommandTextBox");
     row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
+    row("RateTextBox", "fast", "", "RateTextBox", "Pace");
     row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
   }
   void checksWarnTurnThePageAndFocus() {

@@ -314,6 +314,21 @@ class SendFormTest : public QObject {
     QVERIFY(scene.Report().contains("Message sent successfully."));
   }
 
+  void itSaysWhatThePaceHasItWaitFor() {
+    Scene scene({"a@example.org", "b@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Rate", "1/h"));
+    scene.Press("SendButton");
+    QTRY_VERIFY2(scene.Text("RateLabel").startsWith("Waits until "), qPrintable(scene.Text("RateLabel")));
+    QVERIFY(scene.Text("RateLabel").endsWith(". 1 message has gone out within an hour, which is the limit."));
+    QCOMPARE(scene.Arrived(), 1U);
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), 1U);
+    QVERIFY(!scene.Text("RateLabel").startsWith("Waits"));
+    QVERIFY2(scene.Text("StatusLine").contains("not tried"), qPrintable(scene.Text("StatusLine")));
+  }
+
   void itSaysThatItWaitsForThePassword() {
     Scene scene({"a@example.org"});
     for (const auto& [key, value] : {std::pair{"Auth", "1"}, {"Username", "ada"}, {"PasswordFrom", "Keyring"}})

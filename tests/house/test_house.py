@@ -32,15 +32,15 @@ ORDER = {
     "recipients/edit": "recipients smtp",
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
-    "account": "message document profile charset recipients smtp smtp/client smtp/mailbox",
+    "run/pace": "",
+    "account": "run/pace message document profile charset recipients smtp smtp/client smtp/mailbox",
     "account/import": "account profile",
     "domain": "profile charset net net/dns",
     "domain/connection": "account smtp smtp/sasl smtp/client net",
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run/journal": "recipients smtp",
-    "run/pace": "",
-    "run": "run/journal account message document domain domain/sender mail_file profile recipients recipients/edit"
+    "run": "run/journal run/pace account message document domain domain/sender mail_file profile recipients recipients/edit"
     " recipients/export html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",
     "help": "html profile recipients",

@@ -43,6 +43,13 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "SecurityComboBox",
     "PasswordFromComboBox",
     "PasswordCommandTextBox",
+    "RateTextBox",
+    "QuotaHourTextBox",
+    "QuotaDayTextBox",
+    "DomainRateTextBox",
+    "HoursTextBox",
+    "PauseAfterTextBox",
+    "PerConnectionTextBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

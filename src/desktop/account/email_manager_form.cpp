@@ -37,6 +37,7 @@ EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* par
   pages_->addTab(MakeGeneralPage(), tr("General"));
   pages_->addTab(MakeMethodPage(), tr("Method"));
   pages_->addTab(MakeMessagePage(), tr("Message"));
+  pages_->addTab(MakePacePage(), tr("Pace"));
   auto* column = new FormColumn(this);
   column->Add(pages_, 1);
   column->Add(status_);

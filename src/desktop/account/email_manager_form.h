@@ -49,6 +49,7 @@ class EmailManagerForm final : public QDialog {
   QWidget* MakeGeneralPage();
   QWidget* MakeMethodPage();
   QWidget* MakeMessagePage();
+  QWidget* MakePacePage();
   QWidget* MakePresetBar();
   void AddButtons(QDialogButtonBox* box);
 

@@ -184,6 +184,28 @@ QWidget* EmailManagerForm::MakeMessagePage() {
   return page;
 }
 
+QWidget* EmailManagerForm::MakePacePage() {
+  auto* page = new QWidget(this);
+  auto* column = new FormColumn(page);
+  const auto add = [this](FormGrid* rows, account::AccountKey key, const QString& label, const QString& example) {
+    AddRow(rows, key, label);
+    Find<QLineEdit>(NameOf(key))->setPlaceholderText(example);
+  };
+  FormGrid* limits = column->AddBox(tr("No more messages than"));
+  add(limits, kRate, tr("&Rate:"), tr("30/min, 5/s or 200/h"));
+  add(limits, kQuotaHour, tr("In an &hour:"), tr("500"));
+  add(limits, kQuotaDay, tr("In a &day:"), tr("2000"));
+  add(limits, kDomainRate, tr("To each recipient &domain:"), tr("20/min"));
+  FormGrid* times = column->AddBox(tr("When"));
+  add(times, kHours, tr("Hours &of the day:"), tr("9-17, 8:30-17:30 or 22-6"));
+  add(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
+  add(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
+  column->addStretch(1);
+  column->Add(new StatusLine(this, "PaceNote"))
+      ->Say(tr("An empty field limits nothing. All runs count, those of other windows and commands too."));
+  return page;
+}
+
 void EmailManagerForm::AddButtons(QDialogButtonBox* box) {
   const auto add = [&](const QString& text, QDialogButtonBox::ButtonRole role, const char* name) {
     QPushButton* button = box->addButton(text, role);

@@ -105,6 +105,7 @@ void RunWorker::Finished(const run::RecipientResult& result) {
 void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, std::uint64_t size) {
   const std::lock_guard lock(mutex_);
   news_.total = total;
+  news_.waits.reset();
   news_.sent_octets = sent;
   news_.message_octets = size;
 }
@@ -120,6 +121,11 @@ bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
 void RunWorker::NotTried(std::int64_t position, const std::string& address) {
   const std::lock_guard lock(mutex_);
   not_tried_.push_back({position, address});
+}
+
+void RunWorker::Waits(const Sentence& why, run::Moment until) {
+  const std::lock_guard lock(mutex_);
+  news_.waits = run::WaitsUntil(why, until, program_.clock);
 }
 
 void RunWorker::Note(const Sentence& sentence) {

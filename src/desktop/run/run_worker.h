@@ -26,6 +26,7 @@ struct RunNews {
   std::int64_t total = 0;
   std::uint64_t sent_octets = 0;  // of the current message
   std::uint64_t message_octets = 0;
+  std::optional<Sentence> waits;  // what for and until when, while it does
   std::vector<Sentence> notes;
   std::optional<std::filesystem::path> report;  // once it is there
 };
@@ -70,6 +71,7 @@ class RunWorker final : public QObject, private run::RunListener {
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void NotTried(std::int64_t position, const std::string& address) override;
+  void Waits(const Sentence& why, run::Moment until) override;
   void Note(const Sentence& sentence) override;
 
   const profile::Program& program_;

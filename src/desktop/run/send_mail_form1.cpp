@@ -290,6 +290,7 @@ void SendMailForm1::ShowProgress(const RunNews& news) {
   message_bar_->Count(news.sent_octets, news.message_octets);
   // Those not tried take no time, and nobody knows how long an answer takes.
   const bool goes_on = stage_ == Stage::kRunning && !waiting_.isValid();
+  if (goes_on && news.waits) return progress_->SayRate(InWords(*news.waits));
   progress_->SayRate(InWords(run::DescribeRate(news.done, goes_on ? news.total : news.done, Worked())));
 }
 

@@ -98,16 +98,26 @@ Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::in
   const auto index = walk_.Next(blocks_);
   if (!index) return index.error();
   if (!*index) return false;
-  if (**index / kBlockSize != rows_block_) {
-    if (auto opened = OpenBlock(**index / kBlockSize); !opened) return opened.error();
+  if (auto read = ReadRow(**index, recipient); !read) return read.error();
+  position = run_.first + **index;
+  return true;
+}
+
+Result<void> SqliteJournalledRun::Again(std::int64_t position, recipients::Recipient& recipient) {
+  return ReadRow(position - run_.first, recipient);
+}
+
+// The rows of a block can only be read one after the other.
+Result<void> SqliteJournalledRun::ReadRow(std::int64_t index, recipients::Recipient& recipient) {
+  if (index / kBlockSize != rows_block_ || index < next_row_) {
+    if (auto opened = OpenBlock(index / kBlockSize); !opened) return opened;
   }
-  for (; next_row_ < **index; ++next_row_) {
+  for (; next_row_ < index; ++next_row_) {
     if (!rows_.Skip()) return DamagedJournal(place_.file);
   }
   if (!rows_.Next(recipient)) return DamagedJournal(place_.file);
   ++next_row_;
-  position = run_.first + **index;
-  return true;
+  return {};
 }
 
 void SqliteJournalledRun::Note(const Result<void>& done) {

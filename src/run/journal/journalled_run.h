@@ -48,6 +48,7 @@ class SqliteJournalledRun final : public JournalledRun {
   std::int64_t size() const override { return run_.scope; }
   std::int64_t list_size() const override { return run_.list; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
+  Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override;
   void GoesOut(std::int64_t position) override;
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override;
   Result<void> Record() override;
@@ -69,6 +70,7 @@ class SqliteJournalledRun final : public JournalledRun {
   SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run);
 
   Result<void> OpenBlock(std::int64_t block);
+  Result<void> ReadRow(std::int64_t index, recipients::Recipient& recipient);
   Result<void> TryGoesOut(std::int64_t index);
   Result<void> TrySettled(std::int64_t index, const smtp::Outcome& outcome);
   StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);

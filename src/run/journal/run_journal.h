@@ -84,6 +84,9 @@ class JournalledRun {
   // False behind the last, and not to be called again then.
   virtual Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) = 0;
 
+  // The recipient at this place once more. Only for somebody whom Next gave.
+  virtual Result<void> Again(std::int64_t position, recipients::Recipient& recipient) = 0;
+
   // From the next Record on this recipient's message may be out. Only for somebody whom Next gave.
   virtual void GoesOut(std::int64_t position) = 0;
   // What became of it. `begun` false in the outcome: nothing of it went out, and it counts as not tried.

@@ -26,4 +26,8 @@ Result<bool> UnjournalledRun::Next(recipients::Recipient& recipient, std::int64_
   return more;
 }
 
+Result<void> UnjournalledRun::Again(std::int64_t /*position*/, recipients::Recipient& /*recipient*/) {
+  return Error{Failure::kInternal, "A run into files has no recipient twice.", ""};
+}
+
 }  // namespace quillcast::run

@@ -1,4 +1,5 @@
-// A run whose results nobody keeps: its messages go into files, where each can be seen.
+// A run whose results nobody keeps: its messages go into files, where each can be seen. Nothing makes them wait, so
+// that nobody is asked for again.
 #pragma once
 
 #include <memory>
@@ -18,6 +19,7 @@ class UnjournalledRun final : public JournalledRun {
   std::int64_t size() const override { return size_; }
   std::int64_t list_size() const override { return list_size_; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
+  Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override;
   void GoesOut(std::int64_t /*position*/) override {}
   void Settled(std::int64_t /*position*/, const smtp::Outcome& /*outcome*/) override {}
   Result<void> Record() override { return {}; }

@@ -24,6 +24,11 @@ constexpr std::array kUnits = {
     Unit{"m", 1min}, Unit{"hour", 1h}, Unit{"h", 1h},      Unit{"day", 24h},  Unit{"d", 24h},
 };
 
+constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour, &PaceTexts::quota_day,
+                               &PaceTexts::domain_rate,    &PaceTexts::hours,      &PaceTexts::pause_after,
+                               &PaceTexts::per_connection, &PaceTexts::at};
+static_assert(sizeof(PaceTexts) == kTexts.size() * sizeof(std::string), "each text has its place");
+
 Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
   return {Failure::kUsage, Sentence(what.text(), {ValueOf(platform::Printable(text, 100))}), std::move(remedy)};
 }
@@ -68,7 +73,8 @@ std::optional<HoursOfDay> HoursOf(std::string_view text) {
 template <typename Rule>
 Result<std::optional<Rule>> OrNone(std::string_view text, const std::optional<Rule>& rule, SentencePattern<1> what,
                                    const char* remedy) {
-  if (platform::Trim(text).empty() || rule) return rule;
+  const auto written = platform::Trim(text);
+  if (written.empty() || platform::EqualsIgnoringAsciiCase(written, "none") || rule) return rule;
   return NoSuch(what, text, remedy);
 }
 
@@ -79,10 +85,15 @@ Result<std::optional<MessageLimit>> ReadRate(std::string_view text) {
                 "Write a number of messages from 1 to 1,000,000, \"/\", and s, min, h or day, for example 30/min.");
 }
 
-Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
-  const auto messages = platform::WholeNumberBetween(platform::Trim(text), 1, kMostMessages);
-  return OrNone(text, messages ? std::optional(MessageLimit{*messages, within}) : std::nullopt,
+Result<std::optional<std::int64_t>> ReadCount(std::string_view text) {
+  return OrNone(text, platform::WholeNumberBetween(platform::Trim(text), 1, kMostMessages),
                 "\"{}\" is no number of messages.", "Write a whole number from 1 to 1,000,000.");
+}
+
+Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
+  const auto messages = ReadCount(text);
+  if (!messages) return messages.error();
+  return *messages ? std::optional(MessageLimit{**messages, within}) : std::nullopt;
 }
 
 Result<std::optional<HoursOfDay>> ReadHours(std::string_view text) {
@@ -100,22 +111,32 @@ Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::
                 "Write HH:MM for the next time that it is so late, or YYYY-MM-DD HH:MM.");
 }
 
-Result<PaceRules> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
-  PaceRules rules;
+PaceTexts Or(PaceTexts texts, const PaceTexts& others) {
+  for (const auto field : kTexts) {
+    if (platform::Trim(texts.*field).empty()) texts.*field = others.*field;
+  }
+  return texts;
+}
+
+Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
+  RunPace pace;
   std::optional<Error> complaint;
   const auto take = [&complaint](auto& rule, auto read) {
     if (!read && !complaint) complaint = read.error();
     if (read) rule = *read;
   };
-  take(rules.rate, ReadRate(texts.rate));
-  take(rules.per_hour, ReadQuota(texts.quota_hour, 1h));
-  take(rules.per_day, ReadQuota(texts.quota_day, 24h));
-  take(rules.per_domain, ReadRate(texts.domain_rate));
-  take(rules.hours, ReadHours(texts.hours));
-  take(rules.pause, ReadPause(texts.pause_after));
-  take(rules.begin, ReadMoment(texts.at, clock));
+  std::optional<std::int64_t> per_connection;
+  take(pace.rules.rate, ReadRate(texts.rate));
+  take(pace.rules.per_hour, ReadQuota(texts.quota_hour, 1h));
+  take(pace.rules.per_day, ReadQuota(texts.quota_day, 24h));
+  take(pace.rules.per_domain, ReadRate(texts.domain_rate));
+  take(pace.rules.hours, ReadHours(texts.hours));
+  take(pace.rules.pause, ReadPause(texts.pause_after));
+  take(per_connection, ReadCount(texts.per_connection));
+  take(pace.rules.begin, ReadMoment(texts.at, clock));
   if (complaint) return *complaint;
-  return rules;
+  pace.per_connection = per_connection.value_or(0);
+  return pace;
 }
 
 }  // namespace quillcast::run

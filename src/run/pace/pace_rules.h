@@ -56,14 +56,17 @@ struct PaceRules {
 // No rule looks further back.
 inline constexpr std::chrono::seconds kLongestRule = std::chrono::days(1);
 
-// The rules out of what a person wrote; nothing for an empty text. Errors: kUsage, with the text and what to write.
+// The rules out of what a person wrote; nothing for an empty text and for "none". Errors: kUsage, with the text and
+// what to write.
 Result<std::optional<MessageLimit>> ReadRate(std::string_view text);                                // "30/min"
 Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within);  // "500"
 Result<std::optional<HoursOfDay>> ReadHours(std::string_view text);                                 // "9-17", "22:30-6"
 Result<std::optional<PauseAfter>> ReadPause(std::string_view text);                                 // "100:60"
+Result<std::optional<std::int64_t>> ReadCount(std::string_view text);                               // of messages
 // A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
 
+// As a person writes them, in settings and options. Each may be "none", too, which is what an empty one is to ReadPace.
 struct PaceTexts {
   std::string rate = {};
   std::string quota_hour = {};
@@ -71,10 +74,21 @@ struct PaceTexts {
   std::string domain_rate = {};
   std::string hours = {};
   std::string pause_after = {};
+  std::string per_connection = {};
   std::string at = {};
+
+  bool operator==(const PaceTexts&) const = default;
+};
+
+// These, and in place of the empty ones the others.
+PaceTexts Or(PaceTexts texts, const PaceTexts& others);
+
+struct RunPace {
+  PaceRules rules;
+  std::int64_t per_connection = 0;  // messages at most; 0 for any number
 };
 
 // All of them; the first complaint where there is one.
-Result<PaceRules> ReadPace(const PaceTexts& texts, const platform::Clock& clock);
+Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock);
 
 }  // namespace quillcast::run

@@ -6,7 +6,7 @@
 namespace quillcast::run {
 
 Turns::Turns(const PaceRules& rules, const std::filesystem::path& file, const platform::Clock& clock, Tell tell)
-    : has_pace_(!rules.empty()), clock_(clock), tell_(std::move(tell)), pace_(rules, clock) {
+    : rules_(rules), clock_(clock), tell_(std::move(tell)), pace_(rules, clock) {
   auto opened = Departures::Open(file, clock);
   if (opened) {
     departures_ = *std::move(opened);
@@ -86,7 +86,7 @@ void Turns::Record() {
   const Moment now = clock_.Now();
   for (const Turn& turn : going_out_) {
     if (turn.taken) pace_.GivenBack(turn.domain);
-    if (has_pace_) pace_.WentOut(turn.domain, now);
+    if (HasPace()) pace_.WentOut(turn.domain, now);
   }
   going_out_.clear();
 }
@@ -95,7 +95,7 @@ void Turns::Record() {
 Result<void> Turns::TryRecord() {
   const auto hold = departures_->HoldFile();
   if (!hold) return hold.error();
-  if (has_pace_) {
+  if (HasPace()) {
     if (auto read = ReadOthers(); !read) return read;
   }
   const Moment now = clock_.Now();

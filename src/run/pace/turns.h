@@ -30,7 +30,10 @@ class Turns {
   Turns(const PaceRules& rules, const std::filesystem::path& file, const platform::Clock& clock, Tell tell);
 
   // Without a pace nothing is asked, and what goes out is kept for those who have one.
-  bool HasPace() const { return has_pace_; }
+  bool HasPace() const { return !rules_.empty(); }
+  const PaceRules& rules() const { return rules_; }
+  // The instant of the other clock.
+  platform::Instant InstantOf(Moment moment) const { return clock_.Monotonic() + (moment - clock_.Now()); }
 
   // When a message may go out for a domain that has not reached its limit, by what is known.
   Wait Due() { return pace_.Due(clock_.Now()); }
@@ -52,7 +55,7 @@ class Turns {
   Result<void> ReadOthers();
   void Keep(const Result<void>& done);
 
-  const bool has_pace_;
+  const PaceRules rules_;
   const platform::Clock& clock_;
   Tell tell_;
   Pace pace_;

@@ -14,8 +14,9 @@ using test::ZonedClock;
 // What the rules of the texts are, written as a person would say it; or the complaint.
 std::string Said(const PaceTexts& texts) {
   const ZonedClock clock;
-  const auto rules = ReadPace(texts, clock);
-  if (!rules) return InOneLine(rules.error());
+  const auto pace = ReadPace(texts, clock);
+  if (!pace) return InOneLine(pace.error());
+  const PaceRules* rules = &pace->rules;
   std::string said;
   for (const auto& limit : {rules->rate, rules->per_hour, rules->per_day, rules->per_domain}) {
     if (limit) said += std::to_string(limit->messages) + " in " + std::to_string(limit->within.count()) + " s;";
@@ -27,6 +28,7 @@ std::string Said(const PaceTexts& texts) {
     said += std::to_string(rules->pause->pause.count()) + " s after " + std::to_string(rules->pause->messages) + ";";
   }
   EXPECT_EQ(rules->empty(), said.empty());
+  if (pace->per_connection > 0) said += std::to_string(pace->per_connection) + " a connection;";
   return said;
 }
 
@@ -47,6 +49,9 @@ TEST(PaceRules, AreReadOrComplainedAbout) {
   } kCases[] = {
       {{}, ""},
       {{.rate = "  "}, ""},
+      {{.rate = "none", .quota_day = "None", .hours = "none", .per_connection = "none"}, ""},
+      {{.per_connection = "50"}, "50 a connection;"},
+      {{.per_connection = "0"}, "\"0" + no_quota},
       {{.rate = "30/min", .quota_hour = "500", .quota_day = " 2000 ", .domain_rate = "5/s"},
        "30 in 60 s;500 in 3600 s;2000 in 86400 s;5 in 1 s;"},
       {{.rate = " 200 / H "}, "200 in 3600 s;"},

@@ -1,0 +1,21 @@
+#include "cli/pace_options.h"
+
+namespace quillcast::cli {
+
+void AddPaceOptions(CLI::App& command, PaceOptions& options) {
+  run::PaceTexts& texts = options.texts;
+  const auto add = [&command](const char* name, std::string& text, const char* type, const char* what) {
+    command.add_option(name, text, what)->type_name(type)->group("Pace (\"none\" for none where the account has one)");
+  };
+  add("--rate", texts.rate, "N/UNIT",
+      "At most so many messages in any second, minute, hour or day: 5/s, 30/min, 200/h");
+  add("--quota-hour", texts.quota_hour, "N", "At most so many messages in any hour");
+  add("--quota-day", texts.quota_day, "N", "At most so many messages in any day");
+  add("--domain-rate", texts.domain_rate, "N/UNIT", "At most so many to each domain of recipients, as --rate has it");
+  add("--hours", texts.hours, "FROM-UNTIL", "Only at these hours of the day, local time: 9-17, 8:30-17:30, 22-6");
+  add("--pause-after", texts.pause_after, "N:SECONDS", "Pause for so many seconds after each N messages");
+  add("--per-connection", texts.per_connection, "N", "At most so many messages over one connection");
+  add("--at", texts.at, "TIME", "Begin to send then: HH:MM or 'YYYY-MM-DD HH:MM', local time");
+}
+
+}  // namespace quillcast::cli

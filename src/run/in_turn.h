@@ -1,0 +1,51 @@
+// Whom a run comes to next: those of the list in their order, but for those whose domain has had enough for now. They
+// are kept back, and come as soon as they may.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "platform/result.h"
+#include "recipients/recipient.h"
+#include "run/journal/run_journal.h"
+#include "run/pace/turns.h"
+#include "run/results_in_order.h"
+
+namespace quillcast::run {
+
+class InTurn {
+ public:
+  // `turns` is null where nothing waits for a turn, because nothing is sent. Each row that is read is taken into
+  // `order`.
+  InTurn(JournalledRun& run, Turns* turns, ResultsInOrder& order) : run_(run), turns_(turns), order_(order) {}
+
+  // The next recipient, whose turn is taken where there is a pace and it has an address. False where there is none now:
+  // then wait() says until when.
+  Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
+  // Nothing where there is none any more, or where only an outcome can tell.
+  const std::optional<Wait>& wait() const { return wait_; }
+
+  // The next of the list who was not come to, whosever turn it is; false at its end.
+  Result<bool> NextOfList(recipients::Recipient& recipient, std::int64_t& position);
+
+ private:
+  struct KeptBack {
+    std::int64_t position = 0;
+    Domain domain{};
+  };
+
+  Result<bool> NextKeptBack(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
+  bool MayGo(Turn& turn);
+  bool EverybodyWaits();
+  void WaitFor(const Wait& wait);
+
+  JournalledRun& run_;
+  Turns* turns_;
+  ResultsInOrder& order_;
+  std::deque<KeptBack> kept_back_;  // in the order of the list
+  std::optional<Wait> wait_;
+  bool at_end_ = false;  // of the list
+};
+
+}  // namespace quillcast::run

@@ -1,0 +1,54 @@
+#include "run/pace/pace_words.h"
+
+#include <fmt/format.h>
+
+namespace quillcast::run {
+namespace {
+
+Sentence StretchOf(std::chrono::seconds length) {
+  if (length == std::chrono::seconds(1)) return "a second";
+  if (length == std::chrono::minutes(1)) return "a minute";
+  return length == std::chrono::hours(1) ? "an hour" : "a day";
+}
+
+Sentence LimitReached(const std::optional<MessageLimit>& limit) {
+  return SayOf(limit->messages, "{} message has gone out within {}, which is the limit.",
+               "{} messages have gone out within {}, which is the limit.", StretchOf(limit->within));
+}
+
+std::string TimeOf(std::chrono::minutes of_day) {
+  return fmt::format("{}:{:02}", of_day.count() / 60, of_day.count() % 60);
+}
+
+}  // namespace
+
+Sentence WhyOf(const Wait& wait, const PaceRules& rules) {
+  switch (*wait.why) {
+    case PaceRule::kBegin:
+      return "It is to begin then.";
+    case PaceRule::kRate:
+      return LimitReached(rules.rate);
+    case PaceRule::kHour:
+      return LimitReached(rules.per_hour);
+    case PaceRule::kDay:
+      return LimitReached(rules.per_day);
+    case PaceRule::kDomain:
+      return Say("The domains of those who are next have had their {} within {}.",
+                 NumberValue(rules.per_domain->messages), StretchOf(rules.per_domain->within));
+    case PaceRule::kPause:
+      return SayOf(rules.pause->messages, "A pause after {} message.", "A pause after {} messages.");
+    case PaceRule::kHours:
+      return Say("Messages go out from {} to {}.", TimeOf(rules.hours->from), TimeOf(rules.hours->until));
+  }
+  return {};
+}
+
+std::string TimeText(Moment moment, const platform::Clock& clock) {
+  const std::tm then = clock.Local(std::chrono::ceil<std::chrono::seconds>(moment));
+  const std::tm now = clock.Local(clock.Now());
+  const std::string time = fmt::format("{:02}:{:02}:{:02}", then.tm_hour, then.tm_min, then.tm_sec);
+  if (then.tm_yday == now.tm_yday && then.tm_year == now.tm_year) return time;
+  return fmt::format("{}-{:02}-{:02} {}", then.tm_year + 1900, then.tm_mon + 1, then.tm_mday, time);
+}
+
+}  // namespace quillcast::run

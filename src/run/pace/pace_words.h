@@ -1,0 +1,19 @@
+// What a run waits for, in words.
+#pragma once
+
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/sentence.h"
+#include "run/pace/pace.h"
+#include "run/pace/pace_rules.h"
+
+namespace quillcast::run {
+
+// Why nothing may go out: a whole sentence.
+Sentence WhyOf(const Wait& wait, const PaceRules& rules);
+
+// "14:05:30" in local time, with the day before it where it is not today.
+std::string TimeText(Moment moment, const platform::Clock& clock);
+
+}  // namespace quillcast::run

@@ -1,0 +1,239 @@
+// Both ends of a run: a carrier that takes letters as the client does, a journal, and a listener that holds them
+// against each other.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/file.h"
+#include "platform/text.h"
+#include "run/journal/unjournalled_run.h"
+#include "run/sending_run.h"
+#include "support/fake_rows.h"
+
+namespace quillcast::run {
+
+using platform::Stop;
+using smtp::State;
+using test::FakeRows;
+
+// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'u'nknown, or 'x' for an entry without an address,
+// which no server is asked about.
+using Fates = std::string;
+
+inline std::vector<std::string> AddressesOf(const Fates& fates) {
+  std::vector<std::string> addresses;
+  for (const char fate : fates) {
+    const auto address = FakeRows::AddressAt(std::ssize(addresses) + 1);
+    addresses.push_back(fate == 'x' ? "nobody" : address);
+  }
+  return addresses;
+}
+
+inline std::int64_t PositionOf(std::string_view address) {
+  return *platform::ParseWholeNumber(address.substr(1, address.find('@') - 1));
+}
+
+inline smtp::Outcome OutcomeOf(char fate) {
+  if (fate == 's') return {.state = State::kSent, .code = smtp::ResultCode::kSuccess, .reply = {}, .reason = {}};
+  if (fate == 'u') return {.state = State::kUnknown, .code = smtp::ResultCode::kException, .reply = {}, .reason = {}};
+  return {
+      .state = State::kRefused, .code = smtp::ResultCode::kRecipientRefused, .reply = {550, "", "no"}, .reason = {}};
+}
+
+// Takes letters as the client does: some in flight, results in the order taken, asking whether to go on after refusals.
+class FakeCarrier final : public Carrier {
+ public:
+  FakeCarrier(Fates fates, std::size_t window, const platform::CancelToken& cancel)
+      : fates_(std::move(fates)), window_(window), cancel_(cancel) {}
+
+  std::function<void(int step)> at_step;  // before each taking and each result, counted from 1
+  int asks_after = 0;                     // so many refusals in a row; 0 for never
+  bool withdraws = false;                 // after a stop, what was taken and not begun
+  Delivery kind = Delivery::kSent;
+  std::optional<std::size_t> full_after;               // so many letters it takes no more
+  std::vector<std::int64_t> carried;                   // who was handed over, in order
+  std::function<void(std::int64_t)> is_out = {};       // called for each of them
+  std::function<void(platform::Instant)> waits_until;  // called where nothing may go out before then
+  bool logs = false;                                   // a line of the connection for each
+
+  Delivery delivery() const override { return kind; }
+  std::optional<Error> trouble() const override {
+    if (full_after != carried.size()) return {};
+    return Error{Failure::kIo, "The disk is full.", "Free some of it."};
+  }
+  void Carry(smtp::JobSource& letters) override {
+    std::deque<smtp::Job*> in_flight;
+    bool goes_on = true;
+    int refused = 0;
+    for (;;) {
+      std::optional<platform::Instant> due;
+      while (goes_on && in_flight.size() < window_ && !trouble()) {
+        Step();
+        smtp::Job* job = letters.NextJob();
+        if (job == nullptr) due = letters.NextDue();
+        if (job == nullptr) break;
+        letters.GoesOut(*in_flight.emplace_back(job));
+      }
+      is_kept_ = letters.CaughtUp() && is_kept_;
+      if (in_flight.empty() && !due) break;
+      Step();
+      if (in_flight.empty()) {
+        waits_until(*due);
+        continue;
+      }
+      smtp::Job& job = *in_flight.front();
+      const auto outcome = Deliver(job);
+      letters.Decided(job, outcome);
+      if (logs) letters.LogLine("S: " + std::to_string(job.position));
+      letters.Finished(job, outcome);
+      in_flight.pop_front();
+      refused = outcome.state == State::kRefused ? refused + 1 : 0;
+      if (refused == asks_after && asks_after > 0 && !letters.GoOn(outcome, refused)) goes_on = false;
+    }
+  }
+
+ private:
+  void Step() {
+    ++step_;
+    if (at_step) at_step(step_);
+  }
+  smtp::Outcome Deliver(const smtp::Job& job) {
+    if (cancel_.Requested() == Stop::kAbandon) {
+      return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
+    }
+    if (!is_kept_ || (withdraws && cancel_.Requested() != Stop::kNone)) {
+      return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}, .begun = false};
+    }
+    carried.push_back(PositionOf(job.envelope.recipient.text()));
+    EXPECT_EQ(carried.back(), job.position);
+    is_out(carried.back());
+    return OutcomeOf(fates_[static_cast<std::size_t>(carried.back() - 1)]);
+  }
+
+  const Fates fates_;
+  const std::size_t window_;
+  const platform::CancelToken& cancel_;
+  int step_ = 0;
+  bool is_kept_ = true;  // what was told of those on their way
+};
+
+// What a journal keeps of a run: whatever happens, it is true of everybody whose message was out.
+struct Kept {
+  std::map<std::int64_t, ResultState> states;  // of those who were recorded
+  int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
+  bool ended = false;
+};
+
+class FakeRun final : public JournalledRun {
+ public:
+  FakeRun(std::unique_ptr<recipients::RowSource> rows, const std::optional<PartialRange>& range, Kept& kept)
+      : rows_(std::move(rows), range), kept_(kept) {}
+
+  RunId id() const override { return 1; }
+  std::int64_t size() const override { return rows_.size(); }
+  std::int64_t list_size() const override { return rows_.list_size(); }
+  Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override {
+    EXPECT_FALSE(std::exchange(is_at_end_, false)) << "asked behind the end";
+    const auto more = rows_.Next(recipient, position);
+    is_at_end_ = !more || !*more;
+    if (more && *more) given_[position] = recipient;
+    return more;
+  }
+  Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override {
+    EXPECT_TRUE(given_.contains(position)) << "asked for again, and never given";
+    recipient = given_[position];
+    return {};
+  }
+  void GoesOut(std::int64_t position) override { told_[position] = ResultState::kInFlight; }
+  void Settled(std::int64_t position, const smtp::Outcome& outcome) override {
+    told_[position] = outcome.begun ? StateOf(outcome.state) : ResultState::kNotTried;
+  }
+  Result<void> Record() override {
+    if (kept_.fails_at > 0 && ++records_ >= kept_.fails_at) return Error{Failure::kIo, "The journal is full.", ""};
+    for (const auto& [position, state] : std::exchange(told_, {})) kept_.states[position] = state;
+    return {};
+  }
+  Result<void> End() override {
+    const auto recorded = Record();
+    kept_.ended = static_cast<bool>(recorded);
+    return recorded;
+  }
+
+ private:
+  UnjournalledRun rows_;
+  Kept& kept_;
+  std::map<std::int64_t, ResultState> told_;
+  std::map<std::int64_t, recipients::Recipient> given_;
+  int records_ = 0;
+  bool is_at_end_ = false;
+};
+
+struct Told final : RunListener {
+  std::vector<std::int64_t> order;  // everybody who was told of
+  std::map<State, std::int64_t> results;
+  std::map<std::int64_t, ResultState> states;
+  std::vector<std::int64_t> sent;
+  std::int64_t not_tried = 0;
+  bool goes_on = true;
+  int asked = 0;
+  std::filesystem::path report;
+  std::string report_when_asked;
+  std::int64_t failed_when_asked = 0;
+  std::vector<std::string> notes;
+  std::vector<std::string> waits;  // what was waited for, once where it was told again
+  std::int64_t total = 0;
+
+  void Began(const std::filesystem::path& file) override { report = file; }
+  void ReportLine(std::string_view) override {}
+  void Finished(const RecipientResult& result) override {
+    EXPECT_EQ(not_tried, 0) << "results come before those who were not tried";
+    order.push_back(result.position);
+    ++results[result.outcome.state];
+    states[result.position] = StateOf(result.outcome.state);
+    if (result.outcome.state == State::kSent) sent.push_back(result.position);
+  }
+  void Progress(std::int64_t, std::int64_t of, std::uint64_t, std::uint64_t) override { total = of; }
+  bool GoOn(const smtp::Outcome&, int) override {
+    ++asked;
+    report_when_asked = platform::ReadFile(report, 1 << 20).ValueOr("");
+    failed_when_asked = static_cast<std::int64_t>(order.size() - sent.size());
+    return goes_on;
+  }
+  void NotTried(std::int64_t position, const std::string&) override {
+    order.push_back(position);
+    ++not_tried;
+  }
+  void Waits(const Sentence& why, Moment) override {
+    if (waits.empty() || waits.back() != why.InEnglish()) waits.push_back(why.InEnglish());
+  }
+  void Note(const Sentence& sentence) override { notes.push_back(sentence.InEnglish()); }
+  std::int64_t NotesOn(std::string_view start) const {
+    return std::count_if(notes.begin(), notes.end(), [&](const auto& note) { return note.starts_with(start); });
+  }
+};
+
+inline std::int64_t Count(std::string_view text, std::string_view part) {
+  std::int64_t count = 0;
+  for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) ++count;
+  return count;
+}
+
+inline std::vector<std::int64_t> Places(std::int64_t first, std::int64_t last) {
+  std::vector<std::int64_t> places;
+  for (auto place = first; place <= last; ++place) places.push_back(place);
+  return places;
+}
+
+}  // namespace quillcast::run
