@@ -49,7 +49,7 @@ struct PaceRules {
   std::optional<PauseAfter> pause = {};
   std::optional<Moment> begin = {};  // nothing before it
 
-  bool empty() const { return *this == PaceRules{}; }
+  bool empty() const { return !rate && !per_hour && !per_day && !per_domain && !hours && !pause && !begin; }
   bool operator==(const PaceRules&) const = default;
 };
 
