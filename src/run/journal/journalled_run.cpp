@@ -29,9 +29,9 @@ Number UpTo(std::int64_t number) {
 
 }  // namespace
 
-SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run)
+SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, BegunRun run)
     : place_(std::move(place)),
-      run_(run),
+      run_(std::move(run)),
       lock_(std::move(lock)),
       database_(std::move(parts.database)),
       blocks_(std::move(parts.blocks)),

@@ -67,7 +67,7 @@ class SqliteJournalledRun final : public JournalledRun {
     ScopeWalk walk;
     ScopeWalk reserving;
   };
-  SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, const BegunRun& run);
+  SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, BegunRun run);
 
   Result<void> OpenBlock(std::int64_t block);
   Result<void> ReadRow(std::int64_t index, recipients::Recipient& recipient);

@@ -46,7 +46,7 @@ Sentence WhyOf(const Wait& wait, const PaceRules& rules) {
 std::string TimeText(Moment moment, const platform::Clock& clock) {
   const std::tm then = clock.Local(std::chrono::ceil<std::chrono::seconds>(moment));
   const std::tm now = clock.Local(clock.Now());
-  const std::string time = fmt::format("{:02}:{:02}:{:02}", then.tm_hour, then.tm_min, then.tm_sec);
+  std::string time = fmt::format("{:02}:{:02}:{:02}", then.tm_hour, then.tm_min, then.tm_sec);
   if (then.tm_yday == now.tm_yday && then.tm_year == now.tm_year) return time;
   return fmt::format("{}-{:02}-{:02} {}", then.tm_year + 1900, then.tm_mon + 1, then.tm_mday, time);
 }
