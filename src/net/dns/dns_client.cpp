@@ -88,7 +88,7 @@ struct DnsClient::Pending {
   DnsQuestion question;
   Then then;
   Watch* watch = nullptr;
-  std::uint64_t unclaimed_before = 0;
+  std::uint64_t strays_before = 0;
   int questions_on = 0;
   bool asked_twice = false;
   bool over_tcp = false;
@@ -111,13 +111,13 @@ void DnsClient::Pending::End(DnsOutcome outcome, int error_number) {
 
 // By what the library and the sockets say when no message answered the question.
 void DnsClient::Pending::EndWithout(int status) {
-  const bool strays = watch->unclaimed() > unclaimed_before;
+  const bool heard_strays = watch->strays() > strays_before;
   switch (status) {
     case ARES_EBADNAME:
       return End(DnsOutcome::kBadName);
     case ARES_ETIMEOUT:
     case ARES_ECANCELLED:
-      return End(strays ? DnsOutcome::kMalformed : DnsOutcome::kNoAnswer);
+      return End(heard_strays ? DnsOutcome::kMalformed : DnsOutcome::kNoAnswer);
     case ARES_ENOMEM:
       return End(DnsOutcome::kNoSocket, ENOMEM);
     default:
@@ -137,7 +137,6 @@ void DnsClient::Pending::EndWithout(int status) {
 void DnsClient::Pending::Keep(void* argument, int status, int /*timeouts*/, unsigned char* message, int size) {
   auto& pending = *static_cast<Pending*>(argument);
   if (message == nullptr) return pending.EndWithout(status);
-  pending.watch->Claim();
   pending.answer = ReadDnsAnswer({message, static_cast<std::size_t>(size)}, pending.question);
   pending.cut = size > 2 && (message[2] & 2U) != 0;
   pending.done = true;
@@ -174,7 +173,7 @@ void DnsClient::Send(Pending& pending, const std::string& name) {
   pending.question.name = name;
   pending.done = false;
   pending.cut = false;
-  pending.unclaimed_before = watch_->unclaimed();
+  pending.strays_before = watch_->strays();
   const auto wire_name = WireName(name);
   if (!wire_name) return pending.End(DnsOutcome::kBadName);
   if (pending.over_tcp && !tcp_channel_) {

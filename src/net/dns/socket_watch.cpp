@@ -6,13 +6,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 
 #include "platform/result.h"
+#include "platform/text.h"
 
 namespace quillcast::net {
 namespace {
 
-constexpr std::size_t kHeader = 12;  // octets (RFC 1035 4.1.1)
+constexpr std::size_t kHeader = 12;       // octets (RFC 1035 4.1.1)
+constexpr std::size_t kTypeAndClass = 4;  // octets behind the name of a question
 
 template <typename Number>
 Number Noted(Number result, void* watch) {
@@ -33,11 +36,18 @@ int Connect(ares_socket_t socket, const sockaddr* address, ares_socklen_t length
 ares_ssize_t Receive(ares_socket_t socket, void* room, std::size_t size, int flags, sockaddr* from,
                      ares_socklen_t* length, void* watch) {
   const ares_ssize_t count = Noted(::recvfrom(socket, room, size, flags, from, length), watch);
-  if (count > 0) {  // the library asks for the sender of a datagram alone
-    static_cast<SocketWatch*>(watch)->NoteRead(static_cast<const std::uint8_t*>(room), static_cast<std::size_t>(count),
-                                               from != nullptr);
+  if (count > 0) {
+    const std::string_view message(static_cast<const char*>(room), static_cast<std::size_t>(count));
+    const bool is_datagram = from != nullptr;  // the library asks for the sender of one alone
+    static_cast<SocketWatch*>(watch)->NoteRead(message, is_datagram);
   }
   return count;
+}
+
+bool IsDatagramSocket(ares_socket_t socket) {
+  int type = 0;
+  socklen_t size = sizeof type;
+  return ::getsockopt(socket, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_DGRAM;
 }
 
 // Not writev(2): a server that has gone would end the program by a signal.
@@ -45,6 +55,9 @@ ares_ssize_t Send(ares_socket_t socket, const iovec* pieces, int count, void* wa
   msghdr message{};
   message.msg_iov = const_cast<iovec*>(pieces);  // NOLINT(cppcoreguidelines-pro-type-const-cast): it only reads
   message.msg_iovlen = static_cast<std::size_t>(count);
+  if (count == 1 && IsDatagramSocket(socket)) {
+    static_cast<SocketWatch*>(watch)->NoteSent({static_cast<const char*>(pieces->iov_base), pieces->iov_len});
+  }
   const ares_ssize_t sent = Noted(::sendmsg(socket, &message, MSG_NOSIGNAL), watch);
   if (sent >= 0 || errno != ECONNREFUSED) return sent;
   // That was said of the datagram before, and would be lost with its question still open: the library has to hear it
@@ -54,6 +67,16 @@ ares_ssize_t Send(ares_socket_t socket, const iovec* pieces, int count, void* wa
   return again;
 }
 
+// The identifier and the question, its name in small letters, as an answer has to repeat them (RFC
+// 1035 4.1.1, 4.1.2; 7.3). Nothing where there is none.
+std::optional<std::string> AskedIn(std::string_view message) {
+  std::size_t end = kHeader;
+  while (end < message.size() && message[end] != 0) end += 1 + static_cast<std::uint8_t>(message[end]);
+  end += 1 + kTypeAndClass;
+  if (end > message.size()) return {};
+  return std::string(message.substr(0, 2)) + platform::AsciiLower(message.substr(kHeader, end - kHeader));
+}
+
 }  // namespace
 
 void SocketWatch::Attach(ares_channeldata* channel) {
@@ -61,25 +84,23 @@ void SocketWatch::Attach(ares_channeldata* channel) {
   ares_set_socket_functions(channel, &kFunctions, this);
 }
 
-void SocketWatch::Claim() {
-  if (last_counts_) --unclaimed_;
-  last_counts_ = false;
-}
-
 void SocketWatch::NoteError(int error) {
   if (error != EAGAIN && error != EINPROGRESS && error != EINTR) error_number_ = error;
   errno = error;  // the library looks at it next
 }
 
-void SocketWatch::NoteRead(const std::uint8_t* message, std::size_t size, bool datagram) {
-  last_counts_ = false;
-  if (!datagram) return;  // a piece of a message, as much as came
-  const bool whole = size >= kHeader;
-  const unsigned code = whole ? message[3] & 15U : 0;
-  const bool cut = whole && (message[2] & 2U) != 0;  // fetched over TCP next
-  if (code != 0) passed_over_code_ = code;
-  last_counts_ = !cut && (code == 0 || code == 3);  // with any other the library may go on by itself
-  if (last_counts_) ++unclaimed_;
+void SocketWatch::NoteSent(std::string_view datagram) {
+  if (auto asked = AskedIn(datagram)) asked_.insert(*std::move(asked));
+}
+
+void SocketWatch::NoteRead(std::string_view message, bool is_datagram) {
+  if (!is_datagram) return;  // a piece of a message, as much as came
+  const auto asked = AskedIn(message);
+  if (!asked || !asked_.contains(*asked)) {
+    ++strays_;
+    return;
+  }
+  if (const unsigned code = static_cast<std::uint8_t>(message[3]) & 15U; code != 0) passed_over_code_ = code;
 }
 
 }  // namespace quillcast::net

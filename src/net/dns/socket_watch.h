@@ -1,8 +1,10 @@
 // What happened on the sockets of a channel of c-ares, whose own results tell little of it.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
 
 struct ares_channeldata;
 
@@ -19,20 +21,19 @@ class SocketWatch {
   int error_number() const { return error_number_; }
   // The code of the last reply that the library passed over for the next server (RFC 1035 4.1.1); 0 while none was.
   unsigned passed_over_code() const { return passed_over_code_; }
-  // Datagrams so far that answered no question.
-  std::uint64_t unclaimed() const { return unclaimed_; }
-  // The message that was read last answered a question.
-  void Claim();
+  // Datagrams so far that belong to no question that was asked, or cannot be read.
+  std::uint64_t strays() const { return strays_; }
 
   // For the library's calls; `error` is what a call of the system left in errno.
   void NoteError(int error);
-  void NoteRead(const std::uint8_t* message, std::size_t size, bool datagram);
+  void NoteSent(std::string_view datagram);
+  void NoteRead(std::string_view message, bool is_datagram);
 
  private:
   int error_number_ = 0;
   unsigned passed_over_code_ = 0;
-  std::uint64_t unclaimed_ = 0;
-  bool last_counts_ = false;
+  std::uint64_t strays_ = 0;
+  std::set<std::string, std::less<>> asked_ = {};
 };
 
 }  // namespace quillcast::net

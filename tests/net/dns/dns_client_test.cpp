@@ -118,6 +118,16 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
            {"silence", DnsOutcome::kNoAnswer, [](const std::string&, bool) { return std::vector<std::string>(); }},
            {"other identifiers", DnsOutcome::kMalformed,
             [&](const std::string&query, bool) { return std::vector{other_identifier(ReplyTo(query, 0, {}))}; }},
+           {"other identifiers, with SERVFAIL", DnsOutcome::kMalformed,
+            [&](const std::string&query, bool) { return std::vector{other_identifier(ReplyTo(query, 2, {}))}; }},
+           {"other identifiers, cut", DnsOutcome::kMalformed,
+            [&](const std::string&query, bool) { return std::vector{other_identifier(ReplyTo(query, 0, {}, true))}; }},
+           {"its own identifier, and nothing that can be read", DnsOutcome::kMalformed,
+            [](const std::string&query, bool) { return std::vector{query.substr(0, 2) + std::string(30, '\xFF')}; }},
+           {"REFUSED of another identifier before the right answer", DnsOutcome::kFound,
+            [&](const std::string&query, bool tcp) {
+              return std::vector{other_identifier(ReplyTo(query, 5, {})), from_zone(query, tcp).front()};
+            }},
            {"a forged answer before the right one", DnsOutcome::kFound,
             [&](const std::string&query, bool tcp) {
               return std::vector{other_identifier(ReplyTo(query, 3, {})), from_zone(query, tcp).front()};
