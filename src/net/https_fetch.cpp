@@ -99,20 +99,31 @@ HttpsAnswer FetchHttps(const HttpsRequest& request, const Patience& patience) {
       request.resolved.empty() ? nullptr : curl_slist_append(nullptr, request.resolved.c_str()));
   Transfer transfer{patience, request.largest};
   if (!curl || !SetUp(curl.get(), request, resolved.get(), transfer)) {
-    return {HttpsEnd::kBroken, 0, {}, "A transfer could not be set up"};
+    return {.end = HttpsEnd::kBroken, .why = "A transfer could not be set up"};
   }
   const CURLcode code = curl_easy_perform(curl.get());
   long status = 0;        // NOLINT(google-runtime-int): as libcurl has it
   long proxy_status = 0;  // NOLINT(google-runtime-int)
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
   curl_easy_getinfo(curl.get(), CURLINFO_HTTP_CONNECTCODE, &proxy_status);
-  if (code == CURLE_OK) return {HttpsEnd::kAnswered, static_cast<int>(status), std::move(transfer.content), {}};
-  const std::string why = curl_easy_strerror(code);
-  if (patience.cancel.Requested() >= patience.gives_up_at) return {HttpsEnd::kCancelled, 0, {}, why};
-  if (transfer.is_too_large) return {HttpsEnd::kTooLarge, 0, {}, why};
-  const bool is_refused = proxy_status >= 300;
-  if (is_refused) return {HttpsEnd::kProxyRefused, static_cast<int>(proxy_status), {}, why};
-  return {EndOf(code), 0, {}, why};
+  if (code == CURLE_OK) {
+    const char* type = nullptr;
+    curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_TYPE, &type);
+    return {.end = HttpsEnd::kAnswered,
+            .status = static_cast<int>(status),
+            .content = std::move(transfer.content),
+            .type = type == nullptr ? "" : type};
+  }
+  HttpsAnswer answer{.end = EndOf(code), .why = curl_easy_strerror(code)};
+  if (patience.cancel.Requested() >= patience.gives_up_at) {
+    answer.end = HttpsEnd::kCancelled;
+  } else if (transfer.is_too_large) {
+    answer.end = HttpsEnd::kTooLarge;
+  } else if (proxy_status >= 300) {
+    answer.end = HttpsEnd::kProxyRefused;
+    answer.status = static_cast<int>(proxy_status);
+  }
+  return answer;
 }
 
 }  // namespace quillcast::net

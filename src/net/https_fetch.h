@@ -39,6 +39,7 @@ struct HttpsAnswer {
   HttpsEnd end = HttpsEnd::kBroken;
   int status = 0;            // the server's with kAnswered, the proxy's with kProxyRefused
   std::string content = {};  // with kAnswered
+  std::string type = {};     // the answer's Content-Type, as the server wrote it; empty where it names none
   std::string why = {};      // with the others, in the library's words
 };
 

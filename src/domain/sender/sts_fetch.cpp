@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include "net/https_fetch.h"
+#include "platform/text.h"
 
 namespace quillcast::domain {
 namespace {
 
 constexpr std::size_t kLargest = 64 << 10;  // bytes; RFC 8461 3.2 lets readers refuse more
+constexpr std::size_t kLongestType = 100;       // octets of what the server says, in a sentence
 
 // What the domain's own side does wrong, as against a network that does not lead there.
 Error Misplaced(const std::string& host, const Sentence& why) {
@@ -17,6 +19,29 @@ Error Misplaced(const std::string& host, const Sentence& why) {
 Error NotReached(const std::string& host, const Sentence& why) {
   return {Failure::kUnavailable, Say("The policy could not be fetched from {}: {}.", host, why),
           "Check that this computer reaches web servers, and try again."};
+}
+
+Error NotTrusted(const std::string& host) {
+  return {Failure::kBadData, Say("The policy could not be fetched from {}: its certificate is not trusted.", host),
+          Say("Give the web server a certificate for {} that a public authority signed, or remove the record.", host)};
+}
+
+// RFC 8461 3.2: text/plain, whatever parameters it has.
+bool IsPlainText(const std::string& type) {
+  return platform::AsciiLower(platform::Trim(type.substr(0, type.find(';')))) == "text/plain";
+}
+
+// The policy, where it comes as RFC 8461 3.3 wants it: with 200 alone, as redirects are not followed.
+Result<std::string> PolicyIn(const std::string& host, net::HttpsAnswer& answer) {
+  if (answer.status >= 300 && answer.status < 400) {
+    return Misplaced(host, Say("it answers {}, and senders follow to no other place", answer.status));
+  }
+  if (answer.status != 200) return Misplaced(host, Say("it answers {} in place of 200", answer.status));
+  if (answer.type.empty()) return Misplaced(host, "it is not sent as text/plain");
+  if (!IsPlainText(answer.type)) {
+    return Misplaced(host, Say("it is sent as {}, and not as text/plain", platform::Printable(answer.type, kLongestType)));
+  }
+  return std::move(answer.content);
 }
 
 bool IsTheNetworks(net::HttpsEnd end) {
@@ -48,10 +73,11 @@ Result<std::string> FetchStsPolicy(const StsPlace& place, const net::Patience& p
                       patience);
   switch (answer.end) {
     case net::HttpsEnd::kAnswered:
-      if (answer.status >= 400) return Misplaced(host, "HTTP response code said error");
-      return std::move(answer.content);
+      return PolicyIn(host, answer);
     case net::HttpsEnd::kCancelled:
       return Error{Failure::kTryAgain, "Cancelled."};
+    case net::HttpsEnd::kNotTrusted:
+      return NotTrusted(host);
     case net::HttpsEnd::kTooLarge:
       return Misplaced(host, "it is larger than 64 KiB");
     case net::HttpsEnd::kLate:

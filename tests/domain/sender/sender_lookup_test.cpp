@@ -135,7 +135,8 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
                            ">/dev/null 2>&1";
   ASSERT_EQ(std::system(make.c_str()), 0);
   const std::string trusted = (folder / "web.pem").string();
-  const std::string head = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n";
+  const std::string type = "\r\nContent-Type: text/plain\r\n";
+  const std::string head = "HTTP/1.0 200 OK" + type + "\r\n";
   struct Case {
     std::string reply;
     std::string domain;
@@ -144,10 +145,19 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
   };
   for (const Case& c : {
            Case{head + "version: STSv1\n", "example.org", trusted, "version: STSv1\n"},
-           Case{head + "version: STSv1\n", "example.org", "", "certificate"},
+           Case{head + "version: STSv1\n", "example.org", "", "certificate is not trusted"},
            Case{head + "version: STSv1\n", "example.net", trusted, "certificate"},
-           Case{"HTTP/1.0 302 Found\r\nLocation: https://127.0.0.1/\r\n\r\n", "example.org", trusted, ""},
-           Case{"HTTP/1.0 404 Not Found\r\n\r\nversion: STSv1\n", "example.org", trusted, "error"},
+           Case{"HTTP/1.0 302 Found" + type + "Location: https://127.0.0.1/\r\n\r\nversion: STSv1\n", "example.org",
+                trusted, "it answers 302, and senders follow to no other place"},
+           Case{"HTTP/1.0 206 Partial Content" + type + "\r\nversion: STSv1\n", "example.org", trusted,
+                "it answers 206 in place of 200"},
+           Case{"HTTP/1.0 404 Not Found" + type + "\r\nversion: STSv1\n", "example.org", trusted,
+                "it answers 404 in place of 200"},
+           Case{"HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\nversion: STSv1\n", "example.org", trusted,
+                "it is sent as text/html, and not as text/plain"},
+           Case{"HTTP/1.0 200 OK\r\nContent-Type: TEXT/Plain; charset=utf-8\r\n\r\nversion: STSv1\n", "example.org",
+                trusted, "version: STSv1\n"},
+           Case{"HTTP/1.0 200 OK\r\n\r\nversion: STSv1\n", "example.org", trusted, "it is not sent as text/plain"},
            Case{head + std::string(70'000, 'x'), "example.org", trusted, "larger than 64 KiB"},
        }) {
     SCOPED_TRACE(c.reply.substr(0, 20) + c.domain);
@@ -160,7 +170,7 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
     } else {
       EXPECT_NE(Describe(file.error()).find(c.content), std::string::npos) << Describe(file.error());
     }
-    EXPECT_EQ(static_cast<bool>(file), c.content == "version: STSv1\n" || c.content.empty());
+    EXPECT_EQ(static_cast<bool>(file), c.content == "version: STSv1\n");
   }
 }
 
