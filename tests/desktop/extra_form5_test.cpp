@@ -8,7 +8,9 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTest>
+#include <QTextEdit>
 #include <QVBoxLayout>
 #include <atomic>
 #include <thread>
@@ -78,6 +80,7 @@ struct TestScene {
     QTest::keyClicks(&Find<QLineEdit>(name), text);
   }
   QString Report() const { return Find<QPlainTextEdit>("Report").toPlainText(); }
+  QString Meaning() const { return Find<QTextEdit>("MeaningBox").toPlainText(); }
   QString Text(const char* label) const { return Find<QLabel>(label).text(); }
   QString Focus() const { return form.focusWidget() != nullptr ? form.focusWidget()->objectName() : "nothing"; }
   // Of the given controls, those that cannot be used.
@@ -181,15 +184,14 @@ class ExtraForm5Test : public QObject {
     QCOMPARE(scene.Focus(), "ProcessButton");
     QCOMPARE(scene.Report(),
              "S: 220 mx ?[2J ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250 AUTH PLAIN\nC: QUIT\nS: 221 bye\n");
-    QVERIFY2(scene.Text("MeaningLabel").contains("no harm"), qPrintable(scene.Text("MeaningLabel")));
+    QVERIFY2(scene.Meaning().contains("no harm"), qPrintable(scene.Meaning()));
     const auto facts = test::RowsOf(scene.form, "FactsList");
     QVERIFY2(facts.contains("Waiting for the greeting") && facts.contains("Signing in"), qPrintable(facts.join('|')));
     QCOMPARE(scene.rig.Shown(), "");
     QStringList order;
     for (int turn = 0; turn < 9; ++turn, QTest::keyClick(scene.form.focusWidget(), Qt::Key_Tab)) order << scene.Focus();
     QCOMPARE(order.join(' '),
-             "ProcessButton CancelButton ServerTextBox PortTextBox Report FactsList SaveButton PrintButton "
-             "ProcessButton");
+             "ProcessButton CancelButton ServerTextBox PortTextBox Report MeaningBox FactsList SaveButton PrintButton");
   }
 
   void tellsAFailureInTheReport() {
@@ -199,8 +201,34 @@ class ExtraForm5Test : public QObject {
     scene.Press("ProcessButton");
     QTRY_COMPARE(scene.Disabled(), "");
     QCOMPARE(scene.Report(), "Error 9: There was an error connecting to the SMTP mail server.\n");
-    QVERIFY(scene.Text("MeaningLabel").contains("nothing listens on its port 1"));
+    QCOMPARE(scene.Meaning().section('\n', 0, 0), "127.0.0.1 is there, and nothing listens on its port 1.");
     QCOMPARE(scene.rig.Shown(), "");  // no box
+  }
+
+  // Three servers that refuse at length: all of it can be read, and the facts keep some rows.
+  void showsHoweverMuchThereIsToSay() {
+    TestScene scene;
+    const smtp::ScriptedServer server([](smtp::Peer& peer, int) {
+      for (int line = 0; line < 4; ++line)
+        peer.Say("554-5.7.1 Your address is on our list of those that may not send\r\n");
+      peer.Say("554 5.7.1 no service\r\n");
+    });
+    const QString one = QString("127.0.0.1:%1").arg(server.port());
+    scene.Type("ServerTextBox", QStringList{one, one, one}.join(';'));
+    scene.Type("PortTextBox", "25");
+    scene.Press("ProcessButton");
+    QTRY_COMPARE(scene.Disabled(), "");
+    auto& meaning = scene.Find<QTextEdit>("MeaningBox");
+    QCOMPARE(scene.Meaning().count("no service"), 3);
+    QTRY_VERIFY(meaning.verticalScrollBar()->maximum() > 0);
+    QVERIFY(scene.Find("FactsList").height() >= 130 && meaning.geometry().bottom() < scene.Find("FactsList").y());
+    meaning.setFocus();
+    QTest::keyClick(&meaning, Qt::Key_End, Qt::ControlModifier);
+    QVERIFY(meaning.viewport()->rect().contains(meaning.cursorRect()));
+    // With the room for it there is nothing to scroll, and no room is kept for nothing.
+    scene.form.resize(scene.form.width(), 1400);
+    QTRY_COMPARE(meaning.verticalScrollBar()->maximum(), 0);
+    QVERIFY(meaning.height() - meaning.document()->size().height() < 2);
   }
 
   // Whether something runs or not.

@@ -6,6 +6,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "desktop/domain/meaning_box.h"
 #include "desktop/domain/report_box.h"
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/digits_filter.h"
@@ -20,7 +21,8 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kNarrow = 90;  // pixels; for a few digits
+constexpr int kNarrow = 90;       // pixels; for a few digits
+constexpr int kLeastFacts = 130;  // pixels; the head of the list and four rows, however much there is to say above
 constexpr const char* kCancelQuestion = "Are you sure you want to cancel the process?";
 
 }  // namespace
@@ -33,7 +35,7 @@ ExtraForm5::ExtraForm5(const profile::Program& program, QWidget* parent)
       server_(new QLineEdit(this)),
       port_(new QLineEdit(this)),
       report_(new ReportBox("Report", tr("Report"), tr("What the server says appears here."), program, *status_, this)),
-      meaning_(new StatusLine(this, "MeaningLabel")),
+      meaning_(new MeaningBox(this)),
       facts_list_(new RowList(
           "FactsList", tr("What came of each step"), {{tr("What"), 18}, {tr("Result")}},
           [this](std::size_t row, int column) { return InWords(column == 0 ? facts_[row].what : facts_[row].value); },
@@ -84,7 +86,7 @@ QWidget* ExtraForm5::MakeBeside() {
   column->setContentsMargins(0, 0, 0, 0);
   facts_list_->SetLongText(LongText::kWrapped);
   facts_list_->SetEmptyText(tr("Name a mail server and its port, and press Test. No message and no password is sent."));
-  meaning_->hide();
+  facts_list_->setMinimumHeight(kLeastFacts);
   column->addWidget(meaning_);
   column->addWidget(facts_list_, 1);
   return beside;
@@ -101,8 +103,7 @@ void ExtraForm5::Process() {
   const auto options = domain::TestOptions(server, port, "Automatic");
   if (!options) return status_->Fail(options.error());
   report_->Show({});
-  meaning_->Say({});
-  meaning_->hide();
+  meaning_->Show({}, NoteKind::kInformation);
   facts_.clear();
   facts_list_->Reset(0);
   SetEnabled(false);
@@ -118,9 +119,7 @@ void ExtraForm5::ShowTest(const domain::ConnectionTest& test) {
   report_->Show(ToQt(test.report));
   facts_ = domain::FactsOf(test);
   facts_list_->Reset(facts_.size());
-  meaning_->Say(InWords(domain::MeaningOf(test)).join(' '),
-                test.TakesMail() ? NoteKind::kInformation : NoteKind::kWarning);
-  meaning_->show();
+  meaning_->Show(InWords(domain::MeaningOf(test)), test.TakesMail() ? NoteKind::kInformation : NoteKind::kWarning);
   status_->Say({});
   SetEnabled(true);
   if (cancel_->hasFocus()) process_->setFocus();

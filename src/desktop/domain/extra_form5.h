@@ -16,6 +16,7 @@ class QPushButton;
 namespace quillcast::desktop {
 
 class BackgroundTask;
+class MeaningBox;
 class ReportBox;
 class RowList;
 class StatusLine;
@@ -46,7 +47,7 @@ class ExtraForm5 final : public QDialog {
   QLabel* server_label_ = nullptr;
   QLabel* port_label_ = nullptr;
   ReportBox* report_;
-  StatusLine* meaning_;
+  MeaningBox* meaning_;
   RowList* facts_list_;
   QPushButton* process_;
   QPushButton* cancel_;
