@@ -14,15 +14,6 @@ namespace {
 
 constexpr std::array<std::uint8_t, 12> kMappedPrefix{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
 
-// An IPv4 address that came as ::ffff:a.b.c.d, as what it is.
-IpAddress Unmapped(const IpAddress& address) {
-  if (address.family == Family::kIpv4) return address;
-  if (!std::equal(kMappedPrefix.begin(), kMappedPrefix.end(), address.bytes.begin())) return address;
-  IpAddress v4;
-  std::copy_n(address.bytes.begin() + kMappedPrefix.size(), 4, v4.bytes.begin());
-  return v4;
-}
-
 std::optional<std::uint16_t> ParsePort(std::string_view text) {
   const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
   const auto number = digits ? platform::ParseWholeNumber(text) : std::nullopt;
@@ -63,6 +54,14 @@ std::string ToString(const IpAddress& address) {
   const int family = address.family == Family::kIpv4 ? AF_INET : AF_INET6;
   ::inet_ntop(family, address.bytes.data(), text.data(), text.size());
   return text.data();
+}
+
+IpAddress Unmapped(const IpAddress& address) {
+  if (address.family == Family::kIpv4) return address;
+  if (!std::equal(kMappedPrefix.begin(), kMappedPrefix.end(), address.bytes.begin())) return address;
+  IpAddress v4;
+  std::copy_n(address.bytes.begin() + kMappedPrefix.size(), 4, v4.bytes.begin());
+  return v4;
 }
 
 bool IsLoopback(const IpAddress& address) {

@@ -29,6 +29,9 @@ std::optional<IpAddress> ParseIpAddress(std::string_view text);
 // The inverse of ParseIpAddress, without brackets and without the interface.
 std::string ToString(const IpAddress& address);
 
+// An IPv4 address that came as ::ffff:a.b.c.d, as what it is; any other as it stands.
+IpAddress Unmapped(const IpAddress& address);
+
 // 127.0.0.0/8 and ::1, also as an IPv4 address in IPv6 clothes (::ffff:127.0.0.1).
 bool IsLoopback(const IpAddress& address);
 

@@ -225,12 +225,12 @@ std::vector<Sentence> OfServer(const ConnectionTest& test) {
 
 // Of a server that others left less time than it would have had alone.
 void AddCut(const ConnectionTest& test, std::vector<Sentence>& meaning) {
-  if (!test.cut_short) return;
+  if (!test.cut_short || test.speaks_tls) return;
   platform::Duration whole{};
   for (const StepTime& step : test.steps) whole += step.took;
   const double seconds = std::chrono::duration<double>(whole).count();
-  meaning.push_back(Say("{} was given {} s alone: there was no time left for more.", TextOf(test.server),
-                        fmt::format("{:.1f}", seconds)));
+  meaning.push_back(
+      Say("{} had only {} s: there was no time left for more.", TextOf(test.server), fmt::format("{:.1f}", seconds)));
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ KeyPlace OfKey(const std::string& name, const DkimKey& key) {
   }
   if (key.is_for_tests) {
     return {KeyWorth::kNotCounting, Found(kDkimTests, Say("The key at {} is marked as a trial (\"t=y\").", name),
-                                          "Remove the mark: until then receivers treat your mail as not signed.")};
+                                          "Remove the mark, as until then receivers treat your mail as not signed.")};
   }
   if (is_rsa && key.bits < kAdvised) {
     return {KeyWorth::kALittleShort,
@@ -73,7 +73,7 @@ KeyPlace CheckKey(const std::string& name, Answers& answers) {
   if (keys.size() > 1) {
     return {KeyWorth::kNotCounting,
             Found(kTwoDkim, Say("There are {} keys at {}.", keys.size(), name),
-                  "Leave the one that your mail provider signs with: receivers take either, or none.")};
+                  "Leave the one that your mail provider signs with, as receivers take either, or none.")};
   }
   const Result<DkimKey> key = ParseDkimKey(keys[0]);
   if (key) return OfKey(name, *key);

@@ -10,7 +10,7 @@ namespace {
 
 using enum FindingKind;
 
-constexpr const char* kAsksAll = "Remove \"pct=\" once your own mail passes.";
+Sentence AskOfAll(const std::string& at) { return Say("Remove \"pct=\" at _dmarc.{} once your own mail passes.", at); }
 
 // A record by which nothing is kept from being delivered; it is at `at`, of the domain or of the organisation above it.
 void TellWatching(const std::string& domain, const std::string& at, const DmarcRecord& record, Findings& found) {
@@ -30,7 +30,7 @@ void TellWatching(const std::string& domain, const std::string& at, const DmarcR
           ? Say("The record only watches (\"{}\"): what others send in the name of {} is delivered.", why, domain)
           : Say("The record of {} only watches (\"{}\"): what others send in the name of {} is delivered.", at, why,
                 domain);
-  if (is_part) return add(what, kAsksAll);
+  if (is_part) return add(what, AskOfAll(at));
   if (at == domain) {
     return add(what,
                "When its reports show that your own mail passes, write \"p=quarantine\", and later \"p=reject\".");
@@ -50,21 +50,22 @@ void TellPolicy(const std::string& domain, const std::string& at, const DmarcRec
                                       : Say("What others send in the name of {} is to be put aside.", domain)));
     if (record.percent < 100) {
       found.push_back(Found(kDmarcPart,
-                            record.percent == 0
-                                ? Sentence("The record refuses nothing (\"pct=0\").")
-                                : Say("The record asks that of {} in 100 messages alone.", record.percent),
-                            kAsksAll));
+                            record.percent == 0 ? Say("The record at _dmarc.{} refuses nothing (\"pct=0\").", at)
+                                                : Say("The record at _dmarc.{} asks that of {} in 100 messages alone.",
+                                                      at, record.percent),
+                            AskOfAll(at)));
     }
   }
   if (record.reports_to.empty()) {
-    found.push_back(Found(kDmarcNoReports, "Nobody gets the reports of receivers.",
-                          "Add \"rua=mailto:\" and an address, to learn whether your mail passes."));
+    found.push_back(
+        Found(kDmarcNoReports, "Nobody gets the reports of receivers.",
+              Say("Add \"rua=mailto:\" and an address at _dmarc.{}, to learn whether your mail passes.", at)));
   }
   const auto lost = std::find_if(record.reports_to.begin(), record.reports_to.end(),
                                  [](const std::string& place) { return !IsReportPlace(place); });
   if (lost != record.reports_to.end()) {
     found.push_back(Found(kDmarcReportsNowhere, Say("No report reaches \"{}\".", platform::Printable(*lost, 100)),
-                          "Write \"mailto:\" before each address of \"rua=\"."));
+                          Say("Write \"mailto:\" before each address of \"rua=\" at _dmarc.{}.", at)));
   }
 }
 

@@ -83,13 +83,13 @@ Known CheckAddress(const Place& place, const net::IpAddress& address, Answers& a
   return Known::kYes;
 }
 
-// A server of which no address is known, because nobody answered or because there is none.
-void TellWithoutAddress(const std::string& server, Answers& answers, Findings& found) {
+// A server of which not every address is known, because nobody answered, or none, because there is none.
+void TellMissingAddresses(const std::string& server, Answers& answers, Findings& found) {
   const NameAddresses all = answers.AddressesOf(server);
-  if (all.known == Known::kNotYet || !all.addresses.empty()) return;  // one in a private network
+  if (all.known == Known::kNotYet) return;
   if (all.unanswered != nullptr) return found.push_back(Unanswered(kReverseNameNoAnswer, server, *all.unanswered));
   // "localhost", "mail": known to this computer or its network alone.
-  if (server.find('.') == std::string::npos) return;
+  if (!all.addresses.empty() || server.find('.') == std::string::npos) return;
   found.push_back(Found(kServerWithoutAddress,
                         Say("{}, to which the mail is given, has no address.", platform::Printable(server)),
                         "Check how it is written; if it is known in your own network alone, nothing is to be done."));
@@ -98,7 +98,7 @@ void TellWithoutAddress(const std::string& server, Answers& answers, Findings& f
 }  // namespace
 
 Known CheckReverseNames(const std::string& domain, const SeenServer& server, Answers& answers, Findings& found) {
-  if (server.addresses.empty() && !net::ParseIpAddress(server.name)) TellWithoutAddress(server.name, answers, found);
+  if (!net::ParseIpAddress(server.name)) TellMissingAddresses(server.name, answers, found);
   Known known = Known::kYes;
   for (const net::IpAddress& address : server.addresses) {
     known = Both(known, CheckAddress({.domain = domain, .server = server.name}, address, answers, found));

@@ -24,19 +24,22 @@ bool IsPublic(const net::IpAddress& address) {
   });
 }
 
+void Add(const net::IpAddress& address, SeenServer& server) {
+  const net::IpAddress plain = net::Unmapped(address);
+  if (IsPublic(plain) && server.addresses.size() < kMostAddresses) server.addresses.push_back(plain);
+}
+
 }  // namespace
 
 std::optional<SeenServer> LookAtServer(const std::string& name, Answers& answers) {
   SeenServer server{.name = name};
   if (const std::optional<net::IpAddress> literal = net::ParseIpAddress(name)) {
-    if (IsPublic(*literal)) server.addresses.push_back(*literal);
+    Add(*literal, server);
     return server;
   }
   const NameAddresses found = answers.AddressesOf(name);
   if (found.known == Known::kNotYet) return std::nullopt;
-  for (const net::IpAddress& address : found.addresses) {
-    if (IsPublic(address) && server.addresses.size() < kMostAddresses) server.addresses.push_back(address);
-  }
+  for (const net::IpAddress& address : found.addresses) Add(address, server);
   return server;
 }
 

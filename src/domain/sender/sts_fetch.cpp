@@ -9,7 +9,7 @@ namespace quillcast::domain {
 namespace {
 
 constexpr std::size_t kLargest = 64 << 10;  // bytes; RFC 8461 3.2 lets readers refuse more
-constexpr std::size_t kLongestType = 100;       // octets of what the server says, in a sentence
+constexpr std::size_t kLongestType = 100;   // octets of what the server says, in a sentence
 
 // What the domain's own side does wrong, as against a network that does not lead there.
 Error Misplaced(const std::string& host, const Sentence& why) {
@@ -39,7 +39,8 @@ Result<std::string> PolicyIn(const std::string& host, net::HttpsAnswer& answer) 
   if (answer.status != 200) return Misplaced(host, Say("it answers {} in place of 200", answer.status));
   if (answer.type.empty()) return Misplaced(host, "it is not sent as text/plain");
   if (!IsPlainText(answer.type)) {
-    return Misplaced(host, Say("it is sent as {}, and not as text/plain", platform::Printable(answer.type, kLongestType)));
+    return Misplaced(host,
+                     Say("it is sent as {}, and not as text/plain", platform::Printable(answer.type, kLongestType)));
   }
   return std::move(answer.content);
 }

@@ -63,7 +63,7 @@ TEST(CheckDkim, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
   constexpr const char* kPublish =
       "If your mail is signed with it: Publish the key that your mail provider signs with now.";
   constexpr const char* kRemove =
-      "If your mail is signed with it: Remove the mark: until then receivers treat your mail as not signed.";
+      "If your mail is signed with it: Remove the mark, as until then receivers treat your mail as not signed.";
   constexpr const char* kLonger = "Let your mail provider make one of 2048 bits, and publish it.";
   const std::string longer = std::string("If your mail is signed with it: ") + kLonger;
   for (const Row& row : {

@@ -63,7 +63,19 @@ TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
            Row{"p=quarantine; pct=0",
                "weak: DMARC: The record of example.org only watches (\"pct=0\"): what others send in the name of "
                "news.example.org is delivered.\n"
-               "Remove \"pct=\" once your own mail passes."},
+               "Remove \"pct=\" at _dmarc.example.org once your own mail passes."},
+           Row{"p=reject; pct=50",
+               "note: DMARC: The record at _dmarc.example.org asks that of 50 in 100 messages alone.\n"
+               "Remove \"pct=\" at _dmarc.example.org once your own mail passes.",
+               "dmarc-part"},
+           Row{"p=reject",
+               "note: DMARC: Nobody gets the reports of receivers.\n"
+               "Add \"rua=mailto:\" and an address at _dmarc.example.org, to learn whether your mail passes.",
+               "dmarc-no-reports"},
+           Row{"p=reject; rua=d@example.org",
+               "weak: DMARC: No report reaches \"d@example.org\".\n"
+               "Write \"mailto:\" before each address of \"rua=\" at _dmarc.example.org.",
+               "dmarc-reports-nowhere"},
            Row{"p=reject; adkim=s",
                "weak: DMARC: The record asks for a signature of news.example.org itself (\"adkim=s\"); the key is at "
                "example.org.\n"

@@ -22,7 +22,8 @@ TEST(SeenServer, HasItsPublicAddressesAlone) {
         "169.254.1.1", "172.15.255.255", "172.16.0.0", "172.31.255.255", "172.32.0.0", "192.168.1.1", "192.169.0.0"}) {
     zone += fmt::format("smtp.example A {}\n", address);
   }
-  for (const char* address : {"::1", "fd00::1", "fe80::1", "fec0::1", "2001:db8::1"}) {
+  for (const char* address :
+       {"::1", "fd00::1", "fe80::1", "::ffff:10.0.0.1", "::ffff:192.169.0.1", "fec0::1", "2001:db8::1"}) {
     zone += fmt::format("smtp.example AAAA {}\n", address);
   }
   Answers answers;
@@ -31,7 +32,7 @@ TEST(SeenServer, HasItsPublicAddressesAlone) {
   ASSERT_TRUE(server);
   std::string seen;
   for (const net::IpAddress& address : server->addresses) seen += net::ToString(address) + " ";
-  EXPECT_EQ(seen, "100.63.255.255 100.128.0.0 172.15.255.255 172.32.0.0 192.169.0.0 fec0::1 2001:db8::1 ");
+  EXPECT_EQ(seen, "100.63.255.255 100.128.0.0 172.15.255.255 172.32.0.0 192.169.0.0 192.169.0.1 fec0::1 2001:db8::1 ");
 }
 
 TEST(ReverseNames, AreFollowedUpToTheTenth) {

@@ -59,7 +59,8 @@ const Case kCases[] = {
      "Name the servers by \"a:\", \"ip4:\" or \"ip6:\" in its place."},
     {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=reject; rua=mailto:d@example.org, e@example.org",
      "dmarc-reports-nowhere",
-     "weak: DMARC: No report reaches \"e@example.org\".\nWrite \"mailto:\" before each address of \"rua=\"."},
+     "weak: DMARC: No report reaches \"e@example.org\".\nWrite \"mailto:\" before each address of \"rua=\" at "
+     "_dmarc.example.org."},
     {"example.org MX 10", "example.org MX 10 198.51.100.7", "mx-is-address",
      "bad: MX: The MX record has 198.51.100.7 where the name of a server belongs.\n"
      "Put a name into the record that has this address; few others send anything to an address."},
@@ -115,14 +116,16 @@ const Case kCases[] = {
      "Write \"p=none\", \"p=quarantine\" or \"p=reject\" behind \"v=DMARC1\"."},
     {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=quarantine; pct=0; rua=mailto:d@example.org", "dmarc-none",
      "weak: DMARC: The record only watches (\"pct=0\"): what others send in the name of example.org is delivered.\n"
-     "Remove \"pct=\" once your own mail passes."},
+     "Remove \"pct=\" at _dmarc.example.org once your own mail passes."},
     {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=reject; pct=0; rua=mailto:d@example.org", "dmarc-part",
-     "note: DMARC: The record refuses nothing (\"pct=0\").\nRemove \"pct=\" once your own mail passes."},
+     "note: DMARC: The record at _dmarc.example.org refuses nothing (\"pct=0\").\nRemove \"pct=\" at "
+     "_dmarc.example.org once your own mail passes."},
     {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=quarantine; pct=20; rua=mailto:d@example.org", "dmarc-part",
-     "note: DMARC: The record asks that of 20 in 100 messages alone.\nRemove \"pct=\" once your own mail passes."},
+     "note: DMARC: The record at _dmarc.example.org asks that of 20 in 100 messages alone.\nRemove \"pct=\" at "
+     "_dmarc.example.org once your own mail passes."},
     {"_dmarc", "_dmarc.example.org TXT v=DMARC1; p=reject", "dmarc-no-reports",
      "note: DMARC: Nobody gets the reports of receivers.\n"
-     "Add \"rua=mailto:\" and an address, to learn whether your mail passes."},
+     "Add \"rua=mailto:\" and an address at _dmarc.example.org, to learn whether your mail passes."},
     {"", "_dmarc.example.org TXT v=DMARC1; p=none", "two-dmarc",
      "bad: DMARC: There are 2 records at _dmarc.example.org; receivers then take none of them.\n"
      "Leave one of them."},
@@ -161,7 +164,7 @@ const Case kCases[] = {
      "Publish an RSA key of 2048 bits beside it."},
     {"", "s1._domainkey.example.org TXT v=DKIM1; p=", "two-dkim",
      "bad: DKIM: There are 2 keys at s1._domainkey.example.org.\n"
-     "Leave the one that your mail provider signs with: receivers take either, or none."},
+     "Leave the one that your mail provider signs with, as receivers take either, or none."},
     {"", "_mta-sts.example.org TXT v=STSv1", "mta-sts-mistake",
      "bad: MTA-STS: The record has no \"id=\".\nGive it one, and another whenever the policy changes."},
     {"example.org MX", "example.org A 198.51.100.1", "no-mx",
@@ -344,6 +347,10 @@ TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
            Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\n5.113.0.203.in-addr.arpa PTR h.example\nh.example FAILS",
                "203.0.113.5", "spf spf-misses-server no-answer"},
            Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\nsmtp.example FAILS", "smtp.example", "spf no-answer"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\nsmtp.example A 192.0.2.1\nsmtp.example FAILS-AAAA",
+               "smtp.example", "spf spf-covers-server no-answer"},
+           Row{"example.org TXT v=spf1 ip4:192.0.2.1 -all\nsmtp.example A 10.0.0.1\nsmtp.example FAILS-AAAA",
+               "smtp.example", "spf no-answer"},
        }) {
     SCOPED_TRACE(std::string(row.zone) + " " + row.server);
     std::string words;

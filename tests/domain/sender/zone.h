@@ -13,7 +13,7 @@
 namespace quillcast::domain {
 
 // A domain that does everything right. Lines of "name type value"; of a name without the type there is no such record,
-// other names do not exist.
+// other names do not exist. "FAILS" stands for a server's failure, "FAILS-AAAA" for that at one type alone.
 inline constexpr const char* kZone = R"(
 example.org MX 20 mx2.example.org
 example.org MX 10 mx1.example.org
@@ -49,7 +49,7 @@ class Zone {
     answer.outcome = net::DnsOutcome::kNoSuchName;
     for (const Row& row : rows_) {
       if (row.name != question.name) continue;
-      if (row.type == "FAILS") {
+      if (row.type == "FAILS" || row.type == "FAILS-" + Word(question.type)) {
         answer.outcome = net::DnsOutcome::kServerFailed;
         return answer;
       }
