@@ -5,6 +5,7 @@
 #include <span>
 
 #include "mail_file/body_part.h"
+#include "platform/text.h"
 
 namespace quillcast::mail_file {
 namespace {
@@ -59,13 +60,25 @@ class Walk {
   }
 
   // How many of the branches of an alternative are forms of one thing. A text behind the page, where one stands before
-  // it, is none: a list server has put its footer there.
+  // it, is none: a list server has put its footer there, unless it is that text once more.
   std::size_t FormsOf(Places branches) {
     std::size_t forms = branches.size();
     while (forms > 0 && parts_[branches[forms - 1]].type == "text/plain") --forms;
     unsigned content = 0;
     for (const std::size_t branch : branches.first(forms)) content |= ContentOf(branch);
-    return (content & kShownText) != 0 && (content & kShownPage) != 0 ? forms : branches.size();
+    if ((content & kShownText) == 0 || (content & kShownPage) == 0) return branches.size();
+    while (forms < branches.size() && RepeatsOneOf(branches.first(forms), branches[forms])) ++forms;
+    return forms;
+  }
+
+  // Whether a text is the last one before it once more.
+  bool RepeatsOneOf(Places before, std::size_t text) const {
+    const auto last = std::find_if(before.rbegin(), before.rend(),
+                                   [this](std::size_t place) { return parts_[place].type == "text/plain"; });
+    if (last == before.rend()) return false;
+    const auto first = message_.TextOf(parts_[*last]);
+    const auto again = message_.TextOf(parts_[text]);
+    return first && again && platform::Trim(*first) == platform::Trim(*again);
   }
 
   // The last of the best.

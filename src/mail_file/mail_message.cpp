@@ -144,7 +144,9 @@ Result<std::string> MailMessage::WholeText(const Part& part) const {
     if (block->empty()) break;
     text.Append(*block);
   }
-  std::string lines = platform::WithLineEnds(DecodeBody(text.bytes(), part.charset, part.type == "text/html"));
+  std::string decoded = DecodeBody(text.bytes(), part.charset, part.type == "text/html");
+  std::erase(decoded, '\0');  // is no text (RFC 5322 2.3), and ends one for whoever reads on
+  std::string lines = platform::WithLineEnds(decoded);
   return part.flow == Flow::kFixed ? std::move(lines) : Unflowed(lines, part.flow);
 }
 

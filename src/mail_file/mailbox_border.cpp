@@ -1,8 +1,10 @@
 #include "mail_file/mailbox_border.h"
 
+#include <algorithm>
+#include <array>
+
 #include "mail_file/boundary.h"
 #include "mail_file/gmime_border.h"
-#include "mail_file/mailbox_line.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -37,6 +39,25 @@ class NamedBoundaries {
   std::string field_;  // as far as it has gone by
 };
 
+std::string_view FieldName(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  return colon == std::string_view::npos || line.find(' ') < colon ? std::string_view() : line.substr(0, colon);
+}
+
+bool IsField(std::string_view line) { return !FieldName(line).empty(); }
+
+// One that programs begin a message with, so that words with a colon in a text are none.
+bool IsFieldOfMail(std::string_view line) {
+  constexpr auto kNames = std::to_array<std::string_view>(
+      {"Return-Path", "Received", "Delivered-To", "From", "To", "Date", "Subject", "Message-ID", "MIME-Version",
+       "Content-Type", "Reply-To", "Sender", "Status", "DKIM-Signature", "Envelope-To", "Authentication-Results",
+       "Received-SPF", "ARC-Seal", "Resent-From"});
+  const std::string_view name = FieldName(line);
+  return platform::EqualsIgnoringAsciiCase(name.substr(0, 2), "X-") ||
+         std::ranges::any_of(kNames,
+                             [name](std::string_view one) { return platform::EqualsIgnoringAsciiCase(name, one); });
+}
+
 }  // namespace
 
 Result<bool> MailboxBorder::LookAtBeginning() {
@@ -47,7 +68,7 @@ Result<bool> MailboxBorder::LookAtBeginning() {
     if (!more) return more.error();
     if (!*more) break;
     if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
-    if (IsMailboxLine(line.text)) {
+    if (MailboxLineOf(line.text) != MailboxLine::kNone) {
       begin_ = line.begin;
       return true;
     }
@@ -65,19 +86,18 @@ Result<void> MailboxBorder::HearContentLength(std::string_view length, std::uint
   for (int blank = 0; blank <= 2; ++blank) {
     const auto more = lines.Next(line);
     if (!more) return more.error();
-    if (!*more || IsMailboxLine(line.text)) within_until_ = end;
+    if (!*more || MailboxLineOf(line.text) != MailboxLine::kNone) within_until_ = end;
     if (!*more || !line.text.empty()) break;
   }
   return {};
 }
 
 bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end) {
-  if (is_behind_from_ && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
-  const std::size_t colon = line.find(':');
-  const bool is_field = colon != std::string_view::npos && line.find(' ') > colon;
-  const bool is_passed = is_behind_from_ && is_field;
-  is_behind_from_ = !is_passed && is_behind_blank_ && IsMailboxLine(line);
-  if (is_behind_from_) content_end_ = content_end;
+  const bool is_behind_from = behind_ != MailboxLine::kNone;
+  if (is_behind_from && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
+  const bool is_passed = is_behind_from && (behind_ == MailboxLine::kDated ? IsField(line) : IsFieldOfMail(line));
+  behind_ = !is_passed && is_behind_blank_ ? MailboxLineOf(line) : MailboxLine::kNone;
+  if (behind_ != MailboxLine::kNone) content_end_ = content_end;
   is_behind_blank_ = line.empty();
   return is_passed;
 }

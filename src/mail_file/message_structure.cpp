@@ -30,6 +30,12 @@ Result<void> MessageStructure::CheckCancel() {
 }
 
 Result<void> MessageStructure::Find() {
+  auto walked = Walk();
+  if (walked) TakeNamedText();
+  return walked;
+}
+
+Result<void> MessageStructure::Walk() {
   const auto is_mailbox = border_.LookAtBeginning();
   if (!is_mailbox) return is_mailbox.error();
   is_mailbox_ = *is_mailbox;
@@ -135,6 +141,12 @@ bool MessageStructure::IsBodyByItsPlace(std::size_t part) const {
   return holder == "multipart/alternative" || (holder == "multipart/related" && (is_first || is_start));
 }
 
+// A named text, or page, that the message begins with is its body where it has no other.
+void MessageStructure::TakeNamedText() {
+  const auto is_body = [](const Part& part) { return part.marker == Marker::kBody; };
+  if (named_text_ != kNoPart && std::ranges::none_of(parts_, is_body)) parts_[named_text_].marker = Marker::kBody;
+}
+
 // Makes of a part what its fields say, and a level of what holds others.
 Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, const Header& header) {
   Part& it = parts_[part];
@@ -142,6 +154,9 @@ Result<void> MessageStructure::Open(std::size_t part, const PartFields& fields, 
   PartMeaning meaning = ReadPartFields(fields, it);
   if (!meaning.is_to_be_saved && IsBodyByItsPlace(part)) it.marker = Marker::kBody;
   if (it.message != kNoPart) it.marker = Marker::kNone;
+  const bool is_text = it.type == "text/plain" || it.type == "text/html";
+  const bool is_first = part == static_cast<std::size_t>(it.depth);  // all before it hold it
+  if (is_text && is_first && it.marker == Marker::kAttachment && !meaning.is_to_be_saved) named_text_ = part;
   if (header.end == HeaderEnd::kTooManyFields) return {};
   if (!meaning.is_multipart && !meaning.is_message) return {};
   if (levels_.size() >= kMostNesting) {

@@ -51,6 +51,8 @@ class MessageStructure {
     Delimiter delimiter;
   };
 
+  Result<void> Walk();
+  void TakeNamedText();
   std::size_t AddPart(std::uint64_t begin);
   Result<Header> ReadHeader(std::size_t part, PartFields& fields);
   bool IsBodyByItsPlace(std::size_t part) const;
@@ -75,6 +77,7 @@ class MessageStructure {
   FactCollector facts_;
   std::vector<Level> levels_;
   std::size_t guess_budget_;
+  std::size_t named_text_ = kNoPart;
   std::uint64_t content_end_ = 0;  // of the line that came last, without its end
   bool has_rest_ = false;
   bool is_mailbox_ = false;     // begins as one

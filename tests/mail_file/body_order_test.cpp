@@ -18,6 +18,7 @@ std::string Text(const std::string& words, const std::string& fields = "") { ret
 std::string Page(const std::string& words, const std::string& name = "") {
   return "Content-Type: text/html" + name + "\r\n\r\n<html><body>" + words + "</body></html>";
 }
+const std::string kNamed = "Content-Disposition: inline; filename=a.txt\r\n";
 const std::string kPicture = "Content-Type: image/gif; name=a.gif\r\nContent-ID: <a>\r\n\r\nGIF89a";
 std::string Holder(const std::string& kind, const std::vector<std::string>& parts) {
   static int count = 0;
@@ -106,10 +107,19 @@ TEST(BodyOrder, ShowsEachTextOnceAndInPlace) {
             "one two One", "one two One"},
            {"a text that cannot be decoded", Mixed({Text("one"), Text("?", kUnknown)}), "one", "one"},
            {"a form that cannot be decoded", Alternative({Text("?", kUnknown), Page("One")}), "One", "One"},
-           {"names",
-            Alternative({Text("one", "Content-Disposition: inline; filename=a.txt\r\n"),
-                         Related({Page("One", "; name=a.htm"), kPicture})}),
-            "one", "One *"},
+           {"names", Alternative({Text("one", kNamed), Related({Page("One", "; name=a.htm"), kPicture})}), "one",
+            "One *"},
+           {"a named text, first and alone", Mixed({Text("one", kNamed), kPicture}), "one", "one *"},
+           {"a named page below two multiparts", Mixed({Mixed({Page("One", "; name=a.htm")}), kPicture}), "One",
+            "One *"},
+           {"a named text that is first of two", Mixed({Text("?", kNamed), Text("one")}), "one", "one"},
+           {"a named text behind a picture", Mixed({kPicture, Text("?", kNamed)}), "", "*"},
+           {"a named text in a message that goes along",
+            Mixed({"Content-Type: message/rfc822\r\n\r\n" + Text("?", kNamed), kPicture}), "", "*"},
+           {"the text again behind its page", Alternative({Text("one\r\n"), Page("One"), Text("one")}), "one", "One"},
+           {"the text again, and a footer behind it",
+            Alternative({Text("one"), Page("One"), Text("one"), Text("footer")}), "one footer", "One footer"},
+           {"zeros", Mixed({Text(std::string("o\0ne", 4)), Page(std::string("T\0wo", 4))}), "one Two", "one Two"},
            {"a text with a name beside", Mixed({Page("One"), Page("?", "; name=a.htm")}), "One", "One"},
            {"a page to be saved", Related({"Content-Disposition: attachment\r\n" + Page("?"), kPicture}), "", "*"},
        }) {
