@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/power.h"
 #include "platform/text.h"
 #include "run/file_carrier.h"
 #include "run/run_words.h"
@@ -115,7 +116,11 @@ Result<run::KeepLetter> Files(const Context& context, const profile::Folders& fo
 Result<run::RunSummary> Carry(const Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
                               const std::optional<run::PartialRange>& range, const MailingOptions& options,
                               SendListener& listener) {
-  if (options.delivery() == run::Delivery::kSent) return prepared.Run(range, listener);
+  if (options.delivery() == run::Delivery::kSent) {
+    platform::clsExitWindows power(platform::PowerPlacesOf(context.environment));
+    const auto awake = power.StayAwake(run::kKeepsAwake);
+    return prepared.Run(range, listener);
+  }
   auto files = Files(context, folders, options);
   if (!files) return files.error();
   run::FileCarrier carrier(*std::move(files), context.cancel);

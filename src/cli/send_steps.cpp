@@ -87,6 +87,7 @@ Result<std::vector<Sentence>> TellFindings(Context& context, run::PreparedRun& p
   auto look = prepared.LookOver(server);
   if (!look) return look.error();
   auto told = std::move(look->along);
+  if (look->before) told.push_back(*look->before);
   told.insert(told.end(), look->findings.begin(), look->findings.end());
   if (look->domain && !is_domain_told) told.push_back(*look->domain);
   for (const auto& sentence : told) context.output.Note("Note: " + sentence.InEnglish());

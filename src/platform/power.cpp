@@ -1,24 +1,23 @@
 #include "platform/power.h"
 
-#include <systemd/sd-bus.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <optional>
+#include <utility>
 
+#include "platform/file.h"
 #include "platform/program_run.h"
+#include "platform/system_bus.h"
 #include "platform/text.h"
 
 namespace quillcast::platform {
 namespace {
 
-struct BusClose {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, BusClose>;
+constexpr const char* kLoginManager = "org.freedesktop.login1";
 
 Error Refused(std::string_view who_and_why) {
   constexpr const char* kByHand = "Switch it off by hand; the run is finished and reported.";
@@ -31,34 +30,6 @@ Error Cancelled(bool was_asked) {
           was_asked ? "Cancelled; the system had been asked to switch off already, and may still do it."
                     : "Cancelled; the system was not asked to switch off.",
           ""};
-}
-
-bool IsCancelled(const CancelToken& cancel) { return cancel.Requested() != Stop::kNone; }
-
-// Waits for the bus to have something, at most until `end`, and not long without a look at what was cancelled.
-// False where it is over.
-bool WaitFor(sd_bus* bus, std::chrono::steady_clock::time_point end) {
-  constexpr std::chrono::microseconds kLook(100'000);
-  const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - std::chrono::steady_clock::now());
-  if (left.count() <= 0) return false;
-  const int waited = sd_bus_wait(bus, static_cast<std::uint64_t>(std::min(left, kLook).count()));
-  return waited >= 0 || waited == -EINTR;
-}
-
-// Until the bus has let us in, which a peer that only listens would never do. Null where it did not in time.
-Bus OpenBus(const PowerPlaces& places, const CancelToken& cancel) {
-  sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) return nullptr;
-  Bus bus(made);
-  if (sd_bus_set_address(made, places.bus.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 || sd_bus_start(made) < 0)
-    return nullptr;
-  const auto end = std::chrono::steady_clock::now() + places.patience;
-  for (int ready = sd_bus_is_ready(made); ready <= 0; ready = sd_bus_is_ready(made)) {
-    if (ready < 0 || IsCancelled(cancel)) return nullptr;
-    const int done = sd_bus_process(made, nullptr);
-    if (done < 0 || (done == 0 && !WaitFor(made, end))) return nullptr;
-  }
-  return bus;
 }
 
 // Whether an error means that nobody was there to hear the question.
@@ -91,19 +62,19 @@ int TakeAnswer(sd_bus_message* reply, void* answer, sd_bus_error* /*unused*/) {
 // What the login manager answered; nothing where it could not be asked.
 std::optional<Result<void>> AskLoginManager(const PowerPlaces& places, const CancelToken& cancel) {
   Answer answer;
-  const Bus bus = OpenBus(places, cancel);
+  const SystemBus bus = OpenSystemBus(places.bus, std::chrono::steady_clock::now() + places.patience, cancel);
   if (!bus) return std::nullopt;
   constexpr int kAskNobody = 0;
   const int sent =
-      sd_bus_call_method_async(bus.get(), nullptr, "org.freedesktop.login1", "/org/freedesktop/login1",
+      sd_bus_call_method_async(bus.get(), nullptr, kLoginManager, "/org/freedesktop/login1",
                                "org.freedesktop.login1.Manager", "PowerOff", TakeAnswer, &answer, "b", kAskNobody);
   if (sent < 0) return Refused(std::strerror(-sent));
   const auto end = std::chrono::steady_clock::now() + places.patience;
   while (!answer.came) {
-    if (IsCancelled(cancel)) return Cancelled(true);
+    if (cancel.Requested() != Stop::kNone) return Cancelled(true);
     const int done = sd_bus_process(bus.get(), nullptr);
     if (done < 0) return Refused(std::strerror(-done));
-    if (done == 0 && !WaitFor(bus.get(), end)) return Refused(std::strerror(ETIMEDOUT));
+    if (done == 0 && !WaitForBus(bus.get(), end)) return Refused(std::strerror(ETIMEDOUT));
   }
   return answer.said;
 }
@@ -118,6 +89,25 @@ Result<void> AskServiceManager(const PowerPlaces& places, const CancelToken& can
   return run.status == 0 ? Result<void>() : Refused({});
 }
 
+// The login manager's file, with the bus that it came by.
+class HeldByLoginManager final : public Awake {
+ public:
+  explicit HeldByLoginManager(UniqueFd file) : file_(std::move(file)) {}
+
+ private:
+  UniqueFd file_;
+};
+
+int TakeFile(sd_bus_message* reply, void* taken, sd_bus_error* /*unused*/) {
+  auto& [came, file] = *static_cast<std::pair<bool, UniqueFd>*>(taken);
+  came = true;
+  int fd = -1;
+  if (sd_bus_message_get_error(reply) == nullptr && sd_bus_message_read(reply, "h", &fd) >= 0) {
+    file = UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 3));  // the reply keeps its own
+  }
+  return 1;
+}
+
 }  // namespace
 
 PowerPlaces PowerPlacesOf(const Environment& environment) {
@@ -128,7 +118,25 @@ PowerPlaces PowerPlacesOf(const Environment& environment) {
 Result<void> clsExitWindows::ExitWindows(const CancelToken& cancel) {
   const auto answer = AskLoginManager(places_, cancel);
   if (answer) return *answer;
-  return IsCancelled(cancel) ? Cancelled(false) : AskServiceManager(places_, cancel);
+  return cancel.Requested() != Stop::kNone ? Cancelled(false) : AskServiceManager(places_, cancel);
+}
+
+std::unique_ptr<Awake> clsExitWindows::StayAwake(const char* why) {
+  constexpr std::chrono::seconds kPatience{1};  // with a bus or a login manager that says nothing
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  const CancelToken never;
+  const SystemBus bus = OpenSystemBus(places_.bus, end, never);
+  if (!bus) return nullptr;
+  std::pair<bool, UniqueFd> taken;
+  const int sent = sd_bus_call_method_async(bus.get(), nullptr, kLoginManager, "/org/freedesktop/login1",
+                                            "org.freedesktop.login1.Manager", "Inhibit", TakeFile, &taken, "ssss",
+                                            "sleep:idle", "Quillcast Classic", why, "block");
+  for (bool goes_on = sent >= 0; goes_on && !taken.first;) {
+    const int done = sd_bus_process(bus.get(), nullptr);
+    goes_on = done > 0 || (done == 0 && WaitForBus(bus.get(), end));
+  }
+  if (!taken.second) return nullptr;
+  return std::make_unique<HeldByLoginManager>(std::move(taken.second));
 }
 
 }  // namespace quillcast::platform

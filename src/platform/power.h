@@ -1,7 +1,8 @@
-// Switching the machine off.
+// Switching the machine off, and keeping it awake.
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <string>
 
 #include "platform/cancel.h"
@@ -10,6 +11,12 @@
 
 namespace quillcast::platform {
 
+// The machine does not fall asleep while one of these is held.
+class Awake {
+ public:
+  virtual ~Awake() = default;
+};
+
 // The port, behind which no test switches anything off.
 class Power {
  public:
@@ -17,6 +24,9 @@ class Power {
   // Programs are closed without being asked to save. Fails where the system does not allow it, and where it is
   // cancelled: nobody is asked any more then, but what was asked before cannot be taken back. May take a while.
   virtual Result<void> PowerOff(const CancelToken& cancel) = 0;
+  // Nothing where the system does not do that, or says nothing within a second: work goes on all the same. `why` is
+  // for whoever looks what keeps it awake.
+  virtual std::unique_ptr<Awake> StayAwake(const char* why) = 0;
 };
 
 // Whom the real side asks.
@@ -40,6 +50,8 @@ class clsExitWindows final : public Power {  // NOLINT(readability-identifier-na
   // That it was taken does not mean that this program sees its end.
   Result<void> ExitWindows(const CancelToken& cancel);
   Result<void> PowerOff(const CancelToken& cancel) override { return ExitWindows(cancel); }
+  // By the login manager's Inhibit, of sleep and of what it does when nobody is there.
+  std::unique_ptr<Awake> StayAwake(const char* why) override;
 
  private:
   PowerPlaces places_;

@@ -10,6 +10,7 @@ namespace quillcast::run {
 std::vector<Sentence> MessageLook::Troubles() const {
   std::vector<Sentence> troubles;
   if (no_message) troubles.push_back(*no_message);
+  if (before) troubles.push_back(*before);
   troubles.insert(troubles.end(), findings.begin(), findings.end());
   if (domain) troubles.push_back(*domain);
   return troubles;

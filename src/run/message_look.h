@@ -14,6 +14,7 @@ struct MessageLook {
   std::optional<Sentence> no_message;  // why none can be made
   std::vector<Sentence> findings;      // what the person may not have meant
   std::optional<Sentence> domain;      // what is to be mended in the sender's domain, where that was checked
+  std::optional<Sentence> before;      // that the group had this message already
   std::vector<Sentence> along;         // the pictures that go along
   Sentence size;                       // of a message; empty where none can be made
 

@@ -8,7 +8,9 @@
 #include "domain/sender/kept_check.h"
 #include "platform/text.h"
 #include "run/carrier.h"
+#include "run/kept_runs.h"
 #include "run/range_ends.h"
+#include "run/sent_before.h"
 #include "run/single_message.h"
 #include "smtp/outcome_text.h"
 
@@ -20,6 +22,15 @@ std::optional<Sentence> RememberDomain(const account::AccountSettings& account, 
   const auto question = domain::QuestionOf(account);
   if (!question) return std::nullopt;
   return IgnoreErrors(domain::RememberSenderCheck(place.Settings(), question->domain, place.clock.Now()), std::nullopt);
+}
+
+// Who keeps no runs yet is not made to begin with it.
+std::optional<Sentence> RememberRuns(const document::MessageDocument& document, std::string_view group,
+                                     const RunPlace& place) {
+  if (!std::filesystem::exists(place.folders.RunJournal(), IgnoreErrors())) return std::nullopt;
+  const auto journal = OpenJournal(place.folders, place.clock, place.cancel);
+  if (!journal) return std::nullopt;  // the run itself says why
+  return IgnoreErrors(SentBefore(**journal, document, group, place.clock), std::nullopt);
 }
 
 }  // namespace
@@ -132,6 +143,7 @@ Result<MessageLook> PreparedRun::LookOver(Server server) {
   if (server == Server::kIsAsked) notices = AskAboutNotices(*account_, **message, place_.clock, place_.cancel);
   MessageLook look = LookOf(**message, *found, notices);
   look.domain = RememberDomain(*account_, place_);
+  if (!going_on_) look.before = RememberRuns(document_, group_.group.name, place_);
   return look;
 }
 

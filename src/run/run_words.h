@@ -27,6 +27,9 @@ std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& c
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 
+// Why the machine does not sleep (platform::Power::StayAwake).
+inline constexpr const char* kKeepsAwake = "Messages are being sent.";
+
 // What a run waits for (RunListener::Waits), and until when.
 Sentence WaitsUntil(const Sentence& why, Moment until, const platform::Clock& clock);
 

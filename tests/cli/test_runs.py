@@ -95,6 +95,30 @@ class Runs(Case):
             self.assertNotIn(no_notices, err)
             self.assertEqual("could not be asked" in err, word is not None, err)
 
+    def test_a_group_that_had_the_message_before_is_told(self):
+        self.group("All", ["a@r.example", "b@r.example"])
+        self.group("Few", ["a@r.example"])
+        self.account(self.mailbox().port)
+        other = self.write("other.html", "<p>Dear reader</p>")
+        once, twice = r"before, on (\S+ \S+): 2 sent\.", r"2 times before, the last time on (\S+ \S+): 2 sent\."
+        arguments = ("--subject", "Hi", "--body")
+        for name, told, words in (("never", None, ("--group", "All", *arguments, self.body, "--dry-run")),
+                                  ("the first time", None, ("--group", "All", *arguments, self.body)),
+                                  ("the second", once, ("--group", "all", *arguments, self.body)),
+                                  ("looked at alone", twice, ("--group", "All", *arguments, self.body, "--dry-run")),
+                                  ("another subject", None, ("--group", "All", "--subject", "Ho", "--body", self.body)),
+                                  ("another body", None, ("--group", "All", *arguments, other)),
+                                  ("another group", None, ("--group", "Few", *arguments, self.body))):
+            with self.subTest(name):
+                _, _, err = self.send(*words)
+                found = [line for line in err.splitlines() if "this message" in line]
+                self.assertEqual(len(found), 1 if told else 0, err)
+                if told:
+                    self.assertRegex(found[0], "^Note: This group had this message " + told + "$")
+        self.ok("--yes", "history", "clear")
+        _, _, err = self.send("--group", "All", *arguments, self.body, "--dry-run")
+        self.assertNotIn("this message", err)
+
     def test_a_vanished_attachment_is_told_once(self):
         self.group("All", ["a@r.example", "b@r.example"])
         self.account(1)

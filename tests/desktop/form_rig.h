@@ -38,7 +38,16 @@ class RememberingDesktop final : public platform::Desktop {
 class RememberingPower final : public platform::Power {
  public:
   std::atomic<int> requests = 0;
+  std::atomic<int> awake = 0;  // how many keep it so
   bool allowed = true;
+  std::unique_ptr<platform::Awake> StayAwake(const char* /*why*/) override {
+    struct Held final : platform::Awake {
+      explicit Held(std::atomic<int>& count) : count_(count) { ++count_; }
+      ~Held() override { --count_; }
+      std::atomic<int>& count_;
+    };
+    return std::make_unique<Held>(awake);
+  }
   Result<void> PowerOff(const platform::CancelToken& /*cancel*/) override {
     ++requests;
     return allowed ? Result<void>() : Error{Failure::kNotPermitted, "The system refused.", ""};

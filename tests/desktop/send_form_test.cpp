@@ -142,8 +142,12 @@ class SendFormTest : public QObject {
     Scene scene({"a@example.org", "no@example.org", "c@example.org"});
     QCOMPARE(scene.Caption(), QString("Send"));
     QVERIFY(scene.Text("HeadingLabel").contains("3 recipients"));
+    scene.mailbox.Hold();
     scene.Press("SendButton");
+    QTRY_COMPARE(scene.rig.power.awake.load(), 1);
+    scene.mailbox.Release();
     QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.rig.power.awake.load(), 0);
     QCOMPARE(scene.Arrived(), std::size_t{2});
     const QStringList report = scene.Report();
     QCOMPARE(report.first(), QString("Personal Sending process has been started."));
@@ -299,6 +303,11 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
     auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
     QCOMPARE(table->index(0, 2).data().toString(), QString("unknown"));
+    scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentText("unknown");
+    QCOMPARE(
+        scene.Text("ResultCountLabel"),
+        QString("1 of 2 results. The message was out and no answer came: it may have arrived. It is not sent again "
+                "by itself."));
     QVERIFY(scene.Text("RateLabel").endsWith("messages a second"));  // no time is left
   }
 

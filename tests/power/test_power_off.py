@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Switching off, asked of a login manager on a bus of the test's own. This machine's is never reached: without that bus
 nothing is asked at all."""
+import contextlib
 import os
 import signal
 import socket
@@ -92,6 +93,47 @@ class PowerOff(unittest.TestCase):
         (self.folder / "systemctl").unlink()
         self.assertEqual(self.ask(),
                          (refused(": neither a login manager nor a service manager can be asked."), ""))
+
+    def test_the_machine_stays_awake_as_long_as_it_is_held(self):
+        manager = self.login_manager("")
+        method = lambda *what: manager.AddMethod(MANAGER, *what, dbus_interface=dbusmock.MOCK_IFACE)
+        method("Inhibit", "ssss", "h", "import os; self.end, given = os.pipe(); os.set_blocking(self.end, False)\n"
+               "ret = dbus.types.UnixFd(given); os.close(given)")
+        method("IsHeld", "", "b", "import os\ntry: ret = os.read(self.end, 1) != b''\nexcept BlockingIOError: ret = True")
+        held = lambda: bool(manager.IsHeld(dbus_interface=MANAGER))
+        with self.stay_awake() as process:
+            self.assertEqual(process.stdout.readline(), "awake\n")
+            self.assertEqual([str(word) for word in manager.GetCalls(dbus_interface=dbusmock.MOCK_IFACE)[0][2]],
+                             ["sleep:idle", "Quillcast Classic", "Messages are being sent.", "block"])
+            self.assertTrue(held())
+            process.stdin.write("\n")
+            process.stdin.flush()
+            self.assertEqual(process.stdout.readline(), "done\n")
+            self.assertFalse(held())
+
+    def test_work_goes_on_where_nobody_keeps_the_machine_awake(self):
+        listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listener.close)
+        listener.bind(f"{self.folder}/silent")
+        listener.listen()
+        manager = self.login_manager("")
+        for name, bus, does in (("no bus", f"unix:path={self.folder}/nowhere", None),
+                                ("a bus that lets nobody in", f"unix:path={self.folder}/silent", None),
+                                ("refused", None, DENIED), ("no file", None, ""),
+                                ("silent", None, "import time; time.sleep(4)")):
+            with self.subTest(name):
+                manager.AddMethod(MANAGER, "Inhibit", "ssss", "", does or "", dbus_interface=dbusmock.MOCK_IFACE)
+                began = time.monotonic()
+                with self.stay_awake(bus) as process:
+                    self.assertEqual(process.stdout.readline(), "may fall asleep\n")
+                    self.assertLess(time.monotonic() - began, 3)
+
+    @contextlib.contextmanager
+    def stay_awake(self, bus=None):
+        with subprocess.Popen([POWER_OFF, bus or self.bus, self.folder / "systemctl", "awake"], stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE, text=True, env={"PATH": "/usr/bin:/bin"}) as process:
+            yield process
+            process.stdin.close()
 
     def test_a_cancel_is_heard_at_each_step(self):
         before, after = ((75, f"Cancelled; the system {said}") for said in (

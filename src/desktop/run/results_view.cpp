@@ -13,6 +13,7 @@
 #include "desktop/widgets/status_line.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "run/run_words.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -98,9 +99,10 @@ void ResultsView::ShowCount() {
   table_->SetEmptyText(seen_ == 0
                            ? tr("Each recipient appears here with what became of the message. Press Send to begin.")
                            : tr("No result is of this kind. Choose “Everybody” and clear the filter to see them all."));
-  count_->Say(tr("%1 of %2 results")
-                  .arg(QLocale::c().toString(static_cast<qulonglong>(rows_.size())),
-                       QLocale::c().toString(static_cast<qulonglong>(results_.size()))));
+  const QString count = tr("%1 of %2 results")
+                            .arg(QLocale::c().toString(static_cast<qulonglong>(rows_.size())),
+                                 QLocale::c().toString(static_cast<qulonglong>(results_.size())));
+  count_->Say(filter_.state ? tr("%1. %2").arg(count, tr(run::MeaningOf(*filter_.state))) : count);
 }
 
 // The selected rows, or all that the filter shows when none is.

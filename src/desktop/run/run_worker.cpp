@@ -51,7 +51,9 @@ void RunWorker::GoOnWith(const GoOnRequest& request) {
 
 void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
   thread_ = std::thread([this, run = std::move(run)] {
+    auto awake = program_.power.StayAwake(run::kKeepsAwake);
     auto summary = std::make_shared<Result<run::RunSummary>>(run());
+    awake.reset();
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;

@@ -1,0 +1,49 @@
+#include "run/sent_before.h"
+
+#include "platform/text.h"
+#include "run/frozen_text.h"
+#include "run/kept_runs.h"
+#include "run/run_words.h"
+
+namespace quillcast::run {
+namespace {
+
+constexpr int kMostLookedAt = 100;  // each is read as a whole
+
+bool MayHaveGoneOut(const MailingEntry& mailing) {
+  return mailing.counts[static_cast<std::size_t>(ResultState::kSent)] > 0 ||
+         mailing.counts[static_cast<std::size_t>(ResultState::kUnknown)] > 0;
+}
+
+bool IsSame(const document::MessageDocument& one, const document::MessageDocument& other) {
+  return one.subject == other.subject && one.html == other.html && one.text == other.text && one.format == other.format;
+}
+
+}  // namespace
+
+Result<std::optional<Sentence>> SentBefore(RunJournal& journal, const document::MessageDocument& document,
+                                           std::string_view group, const platform::Clock& clock) {
+  const auto mailings = journal.List();
+  if (!mailings) return mailings.error();
+  const MailingEntry* last = nullptr;
+  std::int64_t times = 0;
+  int looked_at = 0;
+  for (const MailingEntry& mailing : *mailings) {
+    const bool is_to_it = platform::EqualsIgnoringAsciiCase(mailing.group, group);
+    if (!is_to_it || mailing.subject != document.subject || mailing.runs.empty() || !MayHaveGoneOut(mailing)) continue;
+    if (++looked_at > kMostLookedAt) break;
+    const auto inputs = journal.Inputs(mailing.id);
+    const auto frozen = inputs ? ReadFrozenText(inputs->inputs, inputs->files) : Result<Frozen>(inputs.error());
+    if (!frozen || !IsSame(frozen->inputs.document, document)) continue;  // of a newer version, or damaged
+    if (last == nullptr) last = &mailing;
+    ++times;
+  }
+  if (last == nullptr) return std::optional<Sentence>();
+  const std::string when = MomentText(last->runs.back().began, clock);
+  const std::string counts = CountsText(last->counts);
+  if (times == 1) return std::optional(Say("This group had this message before, on {}: {}.", when, counts));
+  return std::optional(
+      Say("This group had this message {} times before, the last time on {}: {}.", times, when, counts));
+}
+
+}  // namespace quillcast::run
