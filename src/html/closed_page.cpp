@@ -4,11 +4,13 @@
 #include <array>
 #include <functional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/safe_page.h"
+#include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
@@ -92,11 +94,46 @@ class OpenElements {
   bool has_paragraph_ = false;  // the next block ends it, and so does the end of what it is in
 };
 
+// "#ff0000", "ff0000" or "red" as a style has it; empty for what may be more than a colour.
+std::string ColourIn(const std::string& value) {
+  constexpr std::string_view kLetters = "#0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  if (value.size() > 30 || value.find_first_not_of(kLetters) != std::string::npos) return {};
+  const bool is_number = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+  return is_number ? "#" + value : value;
+}
+
+std::string StyleOf(const HtmlTokenizer& page, const HtmlToken& body) {
+  std::string style;
+  const auto add = [&style](std::string_view name, const std::string& value) {
+    if (!value.empty()) style.append(name).append(":").append(value) += ';';
+  };
+  add("background-color", ColourIn(page.Value(body, "bgcolor")));
+  add("color", ColourIn(page.Value(body, "text")));
+  std::string picture = page.Value(body, "background");
+  for (const auto& [sign, escaped] : {std::pair("\"", "%22"), {"'", "%27"}, {"(", "%28"}, {")", "%29"}, {"\\", "%5C"}})
+    picture = platform::ReplaceAll(picture, sign, escaped);
+  if (!picture.empty()) add("background-image", "url('" + picture + "')");
+  return style + page.Value(body, "style");
+}
+
+// What a <body> says of its page, as an element that style sheets of letters hardly ever name; empty where it says
+// nothing.
+std::string BlockOf(const HtmlTokenizer& page, const HtmlToken& body) {
+  std::string out;
+  const auto add = [&out](std::string_view name, const std::string& value) {
+    if (!value.empty()) out.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';
+  };
+  for (const char* name : {"class", "id", "dir", "lang"}) add(name, page.Value(body, name));
+  if (page.Find(body, "hidden") != nullptr) out += " hidden";
+  add("style", StyleOf(page, body));
+  return out.empty() ? out : "<article" + out + '>';
+}
+
 // A page's own <body> gives what it says to the one that there is (13.2.6.4.7), and its <html> likewise: both would
 // reach the pages round it. As a block the body reaches no further than its page.
 class OwnBlock {
  public:
-  explicit OwnBlock(std::string_view page) : page_(page) {}
+  OwnBlock(std::string_view page, const HtmlTokenizer& tokenizer) : page_(page), tokenizer_(tokenizer) {}
 
   // Whether it was one of their tags, and is replaced.
   bool Replaces(const HtmlToken& token) {
@@ -105,9 +142,11 @@ class OwnBlock {
     if (!is_body && token.name != "html") return false;
     out_ += page_.substr(done_, token.begin - done_);
     done_ = token.end;
-    if (is_body && token.kind == HtmlTokenKind::kStartTag && !has_body_) {
-      has_body_ = true;
-      out_.append("<div").append(page_.substr(token.begin + 5, token.end - token.begin - 5));
+    if (is_body && token.kind == HtmlTokenKind::kStartTag && !had_body_) {
+      had_body_ = true;
+      const std::string block = BlockOf(tokenizer_, token);
+      is_open_ = !block.empty();
+      out_ += block;
     }
     return true;
   }
@@ -115,13 +154,15 @@ class OwnBlock {
   std::string UpTo(std::size_t end) {
     return std::move(out_) + std::string(page_.substr(std::min(done_, end), end - std::min(done_, end)));
   }
-  bool has_body() const { return has_body_; }
+  bool is_open() const { return is_open_; }
 
  private:
   std::string_view page_;
+  const HtmlTokenizer& tokenizer_;
   std::string out_;
   std::size_t done_ = 0;
-  bool has_body_ = false;
+  bool had_body_ = false;
+  bool is_open_ = false;
 };
 
 }  // namespace
@@ -129,8 +170,8 @@ class OwnBlock {
 std::string ClosedPage(std::string_view page) {
   OpenElements open;
   std::string raw;  // the element whose content is text up to its end tag, where the page is in one
-  OwnBlock own(page);
   HtmlTokenizer tokenizer(page);
+  OwnBlock own(page, tokenizer);
   HtmlToken token;
   HtmlTokenKind last = HtmlTokenKind::kText;
   while (raw != kEndless && tokenizer.Next(token)) {
@@ -152,7 +193,7 @@ std::string ClosedPage(std::string_view page) {
     out.replace(out.size() - 2, 1, "&lt;");
   }
   open.End(raw);
-  return out + open.EndTags() + (own.has_body() ? "</div>" : "");
+  return out + open.EndTags() + (own.is_open() ? "</article>" : "");
 }
 
 }  // namespace quillcast::html

@@ -75,7 +75,7 @@ class PageWriter {
 
   static std::string BesideAPage(std::string_view text) {
     text = platform::Trim(text);
-    return text.empty() ? std::string() : "<div>" + document::HtmlFromText(text) + "</div>";
+    return text.empty() ? std::string() : "<article>" + document::HtmlFromText(text) + "</article>";
   }
 
   // What a page uses stands there alone, and what it leaves open does not reach into the next one.

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
-#include "mail_file/part_addresses.h"
+#include "mail_file/embedded_parts.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -16,23 +15,25 @@ constexpr std::uint64_t kLargestEmpty = std::uint64_t{256} << 10;  // bytes; who
 
 // One of elsewhere is never fetched, and so shows nothing.
 bool HasPictureOfItsOwn(const MailMessage& message, const Part& part, std::string_view html) {
-  const auto place = static_cast<std::size_t>(&part - message.parts().data());
-  std::optional<PartAddresses> addresses;
+  if (platform::AsciiLower(html).find("<img") == std::string::npos) return false;
+  return EmbeddedParts(message).ShowsPicture(part, html);
+}
+
+// The page without what stands in its text as more than its words: the addresses of links, lines and quotes.
+std::string WordsAlone(std::string_view html) {
+  constexpr auto kLeftOut = std::to_array<std::string_view>({"a", "area", "hr", "q"});
+  std::string out;
   html::HtmlTokenizer page(html);
   html::HtmlToken token;
   while (page.Next(token)) {
-    if (token.kind != html::HtmlTokenKind::kStartTag || token.name != "img") continue;
-    const std::string address = page.Value(token, "src");
-    if (platform::AsciiLower(platform::Trim(address).substr(0, 5)) == "data:") return true;
-    if (!addresses) addresses.emplace(message.parts());
-    if (addresses->Find(place, addresses->BaseOf(place), address) != kNoPart) return true;
+    if (std::ranges::find(kLeftOut, token.name) == kLeftOut.end()) out += page.Source(token);
   }
-  return false;
+  return out;
 }
 
 bool HasWord(std::string_view text) {
-  constexpr auto kUnseen =
-      std::to_array<std::string_view>({"\u00a0", "\u00ad", "\u200b", "\u200c", "\u200d", "\ufeff"});
+  constexpr auto kUnseen = std::to_array<std::string_view>(
+      {"\u00a0", "\u00ad", "\u034f", "\u2007", "\u200b", "\u200c", "\u200d", "\u200e", "\u200f", "\u2060", "\ufeff"});
   for (;;) {
     text = platform::Trim(text);
     const auto* unseen = std::ranges::find_if(kUnseen, [&](std::string_view sign) { return text.starts_with(sign); });
@@ -53,7 +54,7 @@ bool ShowsSomething(const MailMessage& message, const Part& part) {
   const auto text = message.TextOf(part);
   if (!text) return true;  // reading it will tell
   if (part.type == "text/plain") return HasWord(*text);
-  return HasWord(html::HtmlToText(*text)) || HasPictureOfItsOwn(message, part, *text);
+  return HasWord(html::HtmlToText(WordsAlone(*text))) || HasPictureOfItsOwn(message, part, *text);
 }
 
 }  // namespace quillcast::mail_file

@@ -90,6 +90,27 @@ std::string EmbeddedParts::WithAddresses(const Part& page, std::string_view html
   return Rewriter(html, find, [&](std::string_view named) { base = addresses_.BaseOf(place, named); }).TakePage();
 }
 
+bool EmbeddedParts::ShowsPicture(const Part& page, std::string_view html) const {
+  const std::size_t place = PlaceOf(page);
+  std::string base = addresses_.BaseOf(place);
+  bool has_base = false;
+  html::HtmlTokenizer tokenizer(html);
+  html::HtmlToken token;
+  while (tokenizer.Next(token)) {
+    if (token.kind != html::HtmlTokenKind::kStartTag) continue;
+    if (token.name == "base" && !has_base && tokenizer.Find(token, "href") != nullptr) {
+      has_base = true;
+      base = addresses_.BaseOf(place, tokenizer.Value(token, "href"));
+    }
+    if (token.name != "img") continue;
+    const std::string address = tokenizer.Value(token, "src");
+    if (platform::StartsWithIgnoringAsciiCase(platform::Trim(address), "data:image/")) return true;
+    const std::size_t found = addresses_.Find(place, base, address);
+    if (found != kNoPart && !PictureTypeOf(message_.parts()[found]).empty()) return true;
+  }
+  return false;
+}
+
 void EmbeddedParts::NoteUsedBySheets(Used& used) const {
   for (const Part& part : message_.parts()) {
     const bool is_sheet = part.type == "text/css" && part.message == kNoPart;

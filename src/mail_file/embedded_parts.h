@@ -23,6 +23,8 @@ class EmbeddedParts {
   // style sheets that lie in the message.
   using Used = std::unordered_set<const Part*>;
   std::string WithAddresses(const Part& page, std::string_view html, Used& used) const;
+  // Whether it has an <img> that shows a picture of the message, or one that it has in itself.
+  bool ShowsPicture(const Part& page, std::string_view html) const;
   void NoteUsedBySheets(Used& used) const;
 
   // An address of its own: "cid:logo%40example.org", of a part that has no name, or not alone, "cid:part3".

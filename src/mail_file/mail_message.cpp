@@ -56,7 +56,11 @@ Result<void> FindParts(const std::shared_ptr<const MessageFile>& file, const Loa
   parts = std::move(structure.parts());
   if (!found) return found;
   FoundFiles files{file, options.mode, options.cancel, parts, faults};
-  return UnpackParts(files);
+  auto unpacked = UnpackParts(files);
+  const std::size_t named = structure.named_text();
+  const bool has_body = std::ranges::any_of(parts, [](const Part& part) { return part.marker == Marker::kBody; });
+  if (!has_body && named != kNoPart) parts[named].marker = Marker::kBody;
+  return unpacked;
 }
 
 bool WasCancelled(const Result<void>& result) { return !result && result.error().failure == Failure::kTryAgain; }

@@ -48,14 +48,19 @@ bool IsField(std::string_view line) { return !FieldName(line).empty(); }
 
 // One that programs begin a message with, so that words with a colon in a text are none.
 bool IsFieldOfMail(std::string_view line) {
-  constexpr auto kNames = std::to_array<std::string_view>(
-      {"Return-Path", "Received", "Delivered-To", "From", "To", "Date", "Subject", "Message-ID", "MIME-Version",
-       "Content-Type", "Reply-To", "Sender", "Status", "DKIM-Signature", "Envelope-To", "Authentication-Results",
-       "Received-SPF", "ARC-Seal", "Resent-From"});
-  const std::string_view name = FieldName(line);
-  return platform::EqualsIgnoringAsciiCase(name.substr(0, 2), "X-") ||
-         std::ranges::any_of(kNames,
-                             [name](std::string_view one) { return platform::EqualsIgnoringAsciiCase(name, one); });
+  constexpr std::string_view kNames =
+      " return-path received delivered-to envelope-to delivery-date from sender reply-to to cc bcc date subject "
+      "message-id "
+      "in-reply-to references mime-version status user-agent organization importance priority precedence sensitivity "
+      "keywords comments lines thread-topic thread-index errors-to return-receipt-to disposition-notification-to "
+      "mail-followup-to accept-language newsgroups path xref dkim-signature domainkey-signature "
+      "authentication-results ";
+  constexpr auto kBeginnings =
+      std::to_array<std::string_view>({"x-", "content-", "list-", "resent-", "arc-", "received-", "auto-"});
+  const std::string name = platform::AsciiLower(FieldName(line));
+  if (name.empty()) return false;
+  return kNames.find(" " + name + " ") != std::string_view::npos ||
+         std::ranges::any_of(kBeginnings, [&name](std::string_view one) { return name.starts_with(one); });
 }
 
 }  // namespace
@@ -95,7 +100,7 @@ Result<void> MailboxBorder::HearContentLength(std::string_view length, std::uint
 bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end) {
   const bool is_behind_from = behind_ != MailboxLine::kNone;
   if (is_behind_from && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
-  const bool is_passed = is_behind_from && (behind_ == MailboxLine::kDated ? IsField(line) : IsFieldOfMail(line));
+  const bool is_passed = is_behind_from && (behind_ == MailboxLine::kSure ? IsField(line) : IsFieldOfMail(line));
   behind_ = !is_passed && is_behind_blank_ ? MailboxLineOf(line) : MailboxLine::kNone;
   if (behind_ != MailboxLine::kNone) content_end_ = content_end;
   is_behind_blank_ = line.empty();

@@ -55,9 +55,9 @@ std::size_t DateLength(const Words& words, std::size_t at) {
   return 0;
 }
 
-// Whether the first words can be an address: one word or none, one that is spelt out ("ada at example.org"), or one
+// Whether the first words are no sentence's: one word or none, one that is spelt out ("ada at example.org"), or one
 // whose local part has blanks in quotes.
-bool MayBeAddress(const Words& words, std::size_t count) {
+bool IsAddress(const Words& words, std::size_t count) {
   if (count <= 1 || (count == 3 && words[1] == "at")) return true;
   return std::any_of(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
                      [](std::string_view word) { return word.find('@') != std::string_view::npos; });
@@ -69,13 +69,14 @@ MailboxLine MailboxLineOf(std::string_view line) {
   constexpr std::string_view kFrom = "From ";
   if (!line.starts_with(kFrom) || line.size() > kLongestLine) return MailboxLine::kNone;
   const Words words = WordsOf(line.substr(kFrom.size()));
-  if (words.empty() || (words.size() == 1 && words[0] == "-")) return MailboxLine::kBare;
+  if (words.empty() || (words.size() == 1 && words[0] == "-")) return MailboxLine::kMaybe;
   for (std::size_t at = 0; at < words.size(); ++at) {
     const std::size_t length = DateLength(words, at);
     if (length == 0) continue;
     const std::size_t end = at + length;
     const bool is_end = end + kZoneWords >= words.size() || words[end] == "remote" || words[end + 1] == "remote";
-    return is_end && MayBeAddress(words, at) ? MailboxLine::kDated : MailboxLine::kNone;
+    if (!is_end) return MailboxLine::kNone;
+    return IsAddress(words, at) ? MailboxLine::kSure : MailboxLine::kMaybe;
   }
   return MailboxLine::kNone;
 }

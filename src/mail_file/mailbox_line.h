@@ -5,9 +5,10 @@
 
 namespace quillcast::mail_file {
 
-// "From ada@example.org Sat Nov 14 22:40:05 2026", as it may be dated; kBare: "From " or "From -", which a text may
-// have too. A text that begins with the word has no date of that form.
-enum class MailboxLine { kNone, kBare, kDated };
+// kSure: "From ada@example.org Sat Nov 14 22:40:05 2026", as it may be dated; a text that begins with the word has no
+// date of that form. kMaybe: "From ", "From -", or one with words before the date that may be a sentence's or a
+// sender's.
+enum class MailboxLine { kNone, kMaybe, kSure };
 MailboxLine MailboxLineOf(std::string_view line);
 
 }  // namespace quillcast::mail_file

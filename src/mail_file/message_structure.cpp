@@ -30,12 +30,6 @@ Result<void> MessageStructure::CheckCancel() {
 }
 
 Result<void> MessageStructure::Find() {
-  auto walked = Walk();
-  if (walked) TakeNamedText();
-  return walked;
-}
-
-Result<void> MessageStructure::Walk() {
   const auto is_mailbox = border_.LookAtBeginning();
   if (!is_mailbox) return is_mailbox.error();
   is_mailbox_ = *is_mailbox;
@@ -139,12 +133,6 @@ bool MessageStructure::IsBodyByItsPlace(std::size_t part) const {
   const bool is_first = part == it.parent + 1;
   const bool is_start = !it.content_id.empty() && it.content_id == levels_.back().start;
   return holder == "multipart/alternative" || (holder == "multipart/related" && (is_first || is_start));
-}
-
-// A named text, or page, that the message begins with is its body where it has no other.
-void MessageStructure::TakeNamedText() {
-  const auto is_body = [](const Part& part) { return part.marker == Marker::kBody; };
-  if (named_text_ != kNoPart && std::ranges::none_of(parts_, is_body)) parts_[named_text_].marker = Marker::kBody;
 }
 
 // Makes of a part what its fields say, and a level of what holds others.

@@ -27,6 +27,9 @@ class MessageStructure {
   Result<void> Find();
 
   std::vector<Part>& parts() { return parts_; }
+  // A text or page with a name that the message begins with, to be shown where it is: its body, unless it has another.
+  // kNoPart for none.
+  std::size_t named_text() const { return named_text_; }
   FactCollector& facts() { return facts_; }
 
  private:
@@ -51,8 +54,6 @@ class MessageStructure {
     Delimiter delimiter;
   };
 
-  Result<void> Walk();
-  void TakeNamedText();
   std::size_t AddPart(std::uint64_t begin);
   Result<Header> ReadHeader(std::size_t part, PartFields& fields);
   bool IsBodyByItsPlace(std::size_t part) const;

@@ -21,8 +21,12 @@ TEST(ClosedPage, EndsWhatBrowsersHaveOpen) {
            {"<label><button hidden></label>", "<label><button hidden></label></button></label>"},
            {"<b><div>x</b></div>", "<b><div>x</b></div>"},
            {"<html hidden><head></head><body style='display:none' bgcolor=red>x</body></html>",
-            "<head></head><div style='display:none' bgcolor=red>x</div>"},
-           {"<BODY>x<body hidden>y</body>z", "<div>xyz</div>"},
+            "<head></head><article style=\"background-color:red;display:none\">x</article>"},
+           {"<body bgcolor='#000' TEXT=ffFFff background='a b\").gif' link=red class=c dir=rtl hidden>x</div></body>",
+            "<article class=\"c\" dir=\"rtl\" hidden style=\"background-color:#000;color:#ffFFff;background-image:url("
+            "'a b%22%29.gif');\">x</div></article>"},
+           {"<body bgcolor='red;x:url(y)' text='expression(1)' onload=x()>x", "x"},
+           {"<BODY>x<body hidden>y</body>z", "xyz"},
            {"x</body></html>", "x"},
        }) {
     EXPECT_EQ(ClosedPage(row.page), row.closed) << row.page;

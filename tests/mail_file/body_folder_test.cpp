@@ -205,7 +205,7 @@ TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
            {"1", "1"},
            {"<p>1", "<p>1</p>"},
            {"<p>1<div>2</div><br>3", "<p>1<div>2</div><br>3"},
-           {"<html><body dir=rtl><b>1<i>2</b>", "<div dir=\"rtl\"><b>1<i>2</b></i></div>"},
+           {"<html><body dir=rtl><b>1<i>2</b>", "<article dir=\"rtl\"><b>1<i>2</b></i></article>"},
            {"<div style='display: none'><table><tr><td></div>1",
             "<div style=\"display: none\"><table><tr><td></div>1</td></tr></table></div>"},
            {"<div><b>1</div>", "<div><b>1</div></b>"},

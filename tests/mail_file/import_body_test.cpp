@@ -103,13 +103,13 @@ TEST(ImportBody, TakesEachTextAndPageThatIsNoChoiceOfAnother) {
   const std::string picture = "\r\n--b\r\nContent-Type: image/gif; name=a.gif\r\n\r\nGIF89a";
   for (const auto& [name, parts, html, body] : {
            Row{"a warning before a page", text + "1 < 2\r\n<b>" + page + "<p>rich</p>",
-               "<div>1 &lt; 2<br>\n&lt;b&gt;</div>\r\n<p>rich</p>", "1 < 2\r\n<b>\r\nrich\r\n"},
-           Row{"a footer behind a choice", choice + text + "footer", "<p>rich</p>\r\n<div>footer</div>",
+               "<article>1 &lt; 2<br>\n&lt;b&gt;</article>\r\n<p>rich</p>", "1 < 2\r\n<b>\r\nrich\r\n"},
+           Row{"a footer behind a choice", choice + text + "footer", "<p>rich</p>\r\n<article>footer</article>",
                "plain\r\nfooter"},
            Row{"a page behind a choice", choice + page + "<i>footer</i>", "<p>rich</p>\r\n<i>footer</i>",
                "plain\r\nfooter\r\n"},
            Row{"a page, a picture, a text", page + "<p>rich</p>" + picture + text + "phone",
-               "<p>rich</p><p><img src=\"a.gif\"></p>\r\n<div>phone</div>", "rich\r\nphone"},
+               "<p>rich</p><p><img src=\"a.gif\"></p>\r\n<article>phone</article>", "rich\r\nphone"},
            Row{"a blank between", page + "<p>a</p>" + text + "\r\n" + page + "<p>b</p>", "<p>a</p>\r\n<p>b</p>",
                "a\r\n\r\nb\r\n"},
            Row{"a text to be saved", page + "<p>a</p>" + "\r\n--b\r\nContent-Disposition: attachment\r\n\r\nsaved",

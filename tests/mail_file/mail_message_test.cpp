@@ -225,6 +225,7 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
            {"a date in a sentence", "\none\n\nFrom my calendar, Sat, 14 Nov 2026 10:30 MET\nPlace: two\n" + next, 1,
             true},
            {"a bare \"From \" before fields", "\none\n\nFrom \nReturn-Path: <a@x.org>\n\ntwo\n" + next, 2, false},
+           {"a name as the sender", "\none\n\nFrom Ada King Sat Nov 14 22:40:05 2026\nCc: y\n\ntwo\n" + next, 2, false},
            {"an address that is spelt out",
             "\none\n\nFrom ada at x.org  Sat Nov 14 22:40:05 2026\nSubject: y\n\ntwo\n" + next, 2, false},
            {"a length", sized(quote.size()) + quote + "\n" + next, 1, true},
