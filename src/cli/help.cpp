@@ -124,10 +124,11 @@ void AddHelpCommand(CLI::App& app, Context& context) {
   auto* topic =
       command->add_option("TOPIC", request->topic, "A page, by its topic, its title or a part of them, or a command");
   topic->check([](const std::string& word) { return word.empty() ? "names nothing" : std::string(); });
-  command->add_option("--search", request->search, "List the pages that have all these words")
-      ->type_name("WORDS")
-      ->excludes(topic);
-  command->add_flag("--tip", request->tip, "Show a tip; the next time the next one of thirty")->excludes(topic);
+  auto* search = command->add_option("--search", request->search, "List the pages that have all these words");
+  search->type_name("WORDS")->excludes(topic);
+  command->add_flag("--tip", request->tip, "Show a tip; the next time the next one of thirty")
+      ->excludes(topic)
+      ->excludes(search);
   command->add_option("--man-pages", request->man_pages, "Write a manual page for each command into this folder")
       ->type_name("DIR");
   command->footer(

@@ -93,7 +93,8 @@ class Help(Case):
             self.assertEqual(got, code, words)
             self.assertIn(piece, out + err)
         for wrong, piece in ((("",), "TOPIC: names nothing"), (("extra", "--search", "tag"), "TOPIC excludes --search"),
-                             (("--search", ""), "--search: names nothing")):
+                             (("--search", ""), "--search: names nothing"),
+                             (("--tip", "--search", "tag"), "--search excludes --tip")):
             code, out, err = self.run_program("help", *wrong)
             self.assertEqual((code, out), (64, ""), wrong)
             self.assertIn(piece, err)
