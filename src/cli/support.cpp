@@ -150,6 +150,19 @@ int Send(Context& context, const support::SupportRequest& request, const support
   return 0;
 }
 
+// For what is only shown or written, so that the same is hidden there as in what is sent, which has it at hand.
+Result<platform::Secret> PasswordToHide(const Context& context, const profile::Folders& folders,
+                                        const profile::SettingsStore& settings) {
+  const auto account = account::AccountSettings::Load(settings);
+  if (!account) return account.error();
+  if (!account->IsOn(account::AccountKey::kAuth)) return platform::Secret();
+  auto password = PlaceOf(context, folders).Secrets().PasswordOf(*account, context.cancel);
+  if (password || context.cancel.Requested() != platform::Stop::kNone) return password;
+  context.output.Note("The password is not known, and so is not hidden where another setting repeats it. " +
+                      InOneLine(password.error()));
+  return platform::Secret();
+}
+
 int RunSupport(Context& context, const SupportOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
@@ -168,7 +181,10 @@ int RunSupport(Context& context, const SupportOptions& options) {
     return context.output.Complain(TextOf(*complaint));
   }
   const auto facts = support::ReadSystemFacts();
-  const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings);
+  const auto password =
+      options.Sends() ? Result<platform::Secret>(platform::Secret()) : PasswordToHide(context, *folders, settings);
+  if (!password) return context.output.Fail(password.error());
+  const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings, *password);
   if (!contents) return context.output.Fail(contents.error());
   if (options.show) return Show(context, *contents);
   if (!options.save.empty()) return Save(context, options.save, *request, *contents, *folders);
