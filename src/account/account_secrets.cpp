@@ -19,9 +19,8 @@ using enum AccountKey;
 using platform::ProgramEnd;
 using platform::Secret;
 
-constexpr std::size_t kLongestComplaint = 300;       // octets of what the command said that are told
-constexpr int kNoSuchCommand = 127;                  // sh(1)
-constexpr std::chrono::seconds kOthersPatience{10};  // with who else saves the account
+constexpr std::size_t kLongestComplaint = 300;  // octets of what the command said that are told
+constexpr int kNoSuchCommand = 127;             // sh(1)
 constexpr const char* kTryItByHand = "Try it in a terminal; it has to print the password on its first line.";
 
 std::string OwnerOf(const std::filesystem::path& settings) {
@@ -39,9 +38,8 @@ Error NothingSaved(const Error& error) {
   return {error.failure, Say("Nothing was saved. {}", error.what), error.remedy};
 }
 
-// It may have done what it was asked, or do it yet.
-bool GaveNoAnswer(const Error& error) {
-  return error.failure == Failure::kTimedOut || error.failure == Failure::kTryAgain;
+Error NothingReset(const Error& error) {
+  return {error.failure, Say("Nothing was reset. {}", error.what), error.remedy};
 }
 
 // The keyring says whether it may have the password all the same.
@@ -49,11 +47,14 @@ Error SettingsAsTheyWere(const Error& error) {
   return {error.failure, Say("The settings are as they were. {}", error.what), error.remedy};
 }
 
-Error SavedByAnother() {
-  return {Failure::kTryAgain, "Another window or program is saving the account.", "Try again when it has done so."};
-}
-
 bool TakesFromKeyring(const AccountSettings& account) { return PlaceOfPassword(account) == PasswordPlace::kKeyring; }
+
+// Whether the keyring is known to have what this account does not use.
+bool HasMore(const StoredAccount& before, const AccountSettings& account) {
+  if (before.note.has_leftover) return true;
+  if (before.note.kept_for.empty()) return TakesFromKeyring(before.account) && !TakesFromKeyring(account);
+  return !TakesFromKeyring(account) || before.note.kept_for != WhomOf(account);
+}
 
 // What the command said about its failure, to end the sentence with. A password that it printed already is not
 // repeated.
@@ -102,10 +103,7 @@ Error EndedOtherwise(const std::string& command, const platform::ProgramRun& run
 
 AccountSecrets::AccountSecrets(platform::SecretStore& keyring, const std::filesystem::path& settings,
                                std::chrono::milliseconds patience)
-    : keyring_(keyring),
-      folder_(std::filesystem::absolute(settings).parent_path()),
-      owner_(OwnerOf(settings)),
-      patience_(patience) {}
+    : keyring_(keyring), owner_(OwnerOf(settings)), patience_(patience) {}
 
 Result<Secret> AccountSecrets::PasswordOf(const AccountSettings& account, const platform::CancelToken& cancel) const {
   if (!account.IsOn(kAuth)) return Secret();
@@ -156,92 +154,144 @@ Result<Secret> AccountSecrets::FromCommand(const std::string& command, const pla
                kTryItByHand};
 }
 
+bool AccountSecrets::Asks(const AccountSettings& account, const StoredAccount& stored) {
+  if (TakesFromKeyring(account)) return !account[kPassword].empty();
+  return !stored.note.kept_for.empty() || TakesFromKeyring(stored.account);
+}
+
 bool AccountSecrets::SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const {
-  const std::string kept_for = KeyringNoteOf(settings).kept_for;
-  if (TakesFromKeyring(account))
-    return !account[kPassword].empty() || (!kept_for.empty() && kept_for != WhomOf(account));
-  const auto stored = AccountSettings::Load(settings);
-  return !kept_for.empty() || (stored && TakesFromKeyring(*stored));
+  const auto stored = LoadStored(settings);
+  return stored && Asks(account, *stored);
 }
 
 bool AccountSecrets::ResettingAsksKeyring(const profile::SettingsStore& settings) const {
-  return KeyringNoteOf(settings).has_leftover || SavingAsksKeyring(AccountSettings(), settings);
+  const auto stored = LoadStored(settings);
+  return stored && (stored->note.has_leftover || Asks(AccountSettings(), *stored));
 }
 
-std::optional<platform::FolderLock> AccountSecrets::Lock(const platform::CancelToken& cancel) const {
-  return platform::FolderLock::Take(folder_, kOthersPatience, cancel);
-}
-
-Result<std::optional<Secret>> AccountSecrets::Keep(const AccountSettings& account, const KeyringNote& note,
-                                                   profile::SettingsStore& settings,
-                                                   const platform::CancelToken& cancel) const {
-  std::optional<Secret> before;
+Result<AccountSecrets::KeptBefore> AccountSecrets::Keep(const AccountSettings& account, const KeyringNote& note,
+                                                        profile::SettingsStore& settings,
+                                                        const platform::CancelToken& cancel) const {
+  KeptBefore before;
   if (note.kept_for == WhomOf(account)) {
     auto found = keyring_.Find(NameOf(account), cancel);
     // One that a keyring cannot read any more is no reason to keep a new one out.
-    if (!found && found.error().failure != Failure::kUnavailable) return NothingSaved(found.error());
-    if (found) before = *std::move(found);
+    before.is_unreadable = !found && found.error().failure == Failure::kUnavailable;
+    if (!found && !before.is_unreadable) return NothingSaved(found.error());
+    if (found) before.secret = *std::move(found);
   }
   // Whatever ends the program from here on, the settings know that the keyring may have something to delete.
   if (const auto noted = Remember({note.kept_for, true}, settings); !noted) return NothingSaved(noted.error());
   const auto kept = keyring_.Keep(NameOf(account), LabelOf(account), Secret(account[kPassword]), cancel);
-  if (kept) return before;
-  if (GaveNoAnswer(kept.error())) return SettingsAsTheyWere(kept.error());
+  if (!kept.failed) return before;
+  if (kept.may_have_it) return SettingsAsTheyWere(*kept.failed);
   IgnoreErrors(Remember(note, settings));
-  return NothingSaved(kept.error());
+  return NothingSaved(*kept.failed);
 }
 
-Error AccountSecrets::TakeBack(const AccountSettings& account, const std::optional<Secret>& before,
-                               const KeyringNote& note, profile::SettingsStore& settings, const Error& why) const {
+Error AccountSecrets::TakeBack(const AccountSettings& account, const KeptBefore& before, const KeyringNote& note,
+                               profile::SettingsStore& settings, const Error& why) const {
   const platform::CancelToken to_the_end;
-  const auto back = before ? keyring_.Keep(NameOf(account), LabelOf(account), *before, to_the_end)
-                           : keyring_.Forget(NameOf(account), platform::Which::kNamed, to_the_end);
-  if (back) {
-    IgnoreErrors(Remember(note, settings));  // else it is asked once more at the next chance
-    return NothingSaved(why);
+  std::optional<Error> stays;
+  if (before.secret) {
+    stays = keyring_.Keep(NameOf(account), LabelOf(account), *before.secret, to_the_end).failed;
+  } else if (const auto gone = keyring_.Forget(NameOf(account), platform::Which::kNamed, to_the_end); !gone) {
+    stays = gone.error();
   }
+  if (stays) {
+    return {why.failure,
+            Say("The settings are as they were, but the keyring has the new password for {}. {} {}", ShownWhom(account),
+                why.what, stays->what),
+            why.remedy};
+  }
+  // Else it is asked once more at the next chance.
+  IgnoreErrors(Remember({before.is_unreadable ? "" : note.kept_for, note.has_leftover}, settings));
+  if (!before.is_unreadable) return NothingSaved(why);
   return {why.failure,
-          Say("The settings are as they were, but the keyring has the new password for {}. {} {}", ShownWhom(account),
-              why.what, back.error().what),
+          Say("The settings are as they were, but the keyring has no password for {} any more: it could not read the "
+              "one that it had. {}",
+              ShownWhom(account), why.what),
           why.remedy};
 }
 
-Result<SecretsLeft> AccountSecrets::Save(AccountSettings account, profile::SettingsStore& settings,
-                                         const platform::CancelToken& cancel) const {
-  const auto lock = Lock(cancel);
-  if (!lock) return NothingSaved(SavedByAnother());
-  const bool asks_keyring = SavingAsksKeyring(account, settings);
-  const bool goes_there = TakesFromKeyring(account) && !account[kPassword].empty();
-  const KeyringNote note = KeyringNoteOf(settings);
-  const auto before =
-      goes_there ? Keep(account, note, settings, cancel) : Result<std::optional<Secret>>(std::optional<Secret>());
+Result<SavedAccount> AccountSecrets::Save(const AccountChange& change, profile::SettingsStore& settings,
+                                          const platform::CancelToken& cancel) const {
+  const auto lock = LockAccount(settings, kOthersPatience, cancel);
+  return lock ? SaveLocked(change, settings, cancel) : NothingSaved(lock.error());
+}
+
+std::optional<Result<SavedAccount>> AccountSecrets::SaveAtOnce(const AccountChange& change,
+                                                               profile::SettingsStore& settings) const {
+  const platform::CancelToken never;
+  const auto lock = LockAccount(settings, std::chrono::milliseconds(0), never);
+  if (!lock) return {};
+  const auto stored = LoadStored(settings);
+  const auto account = stored ? change.Onto(stored->account) : Result<AccountSettings>(stored.error());
+  if (account && Asks(*account, *stored)) return {};
+  return SaveLocked(change, settings, never);
+}
+
+Result<SavedAccount> AccountSecrets::SaveLocked(const AccountChange& change, profile::SettingsStore& settings,
+                                                const platform::CancelToken& cancel) const {
+  const auto stored = LoadStored(settings);
+  if (!stored) return NothingSaved(stored.error());
+  auto account = change.Onto(stored->account);
+  if (!account) return NothingSaved(account.error());
+  if (const auto refused = change.Refusal(*account, stored->note.kept_for))
+    return NothingSaved(ChangedMeanwhile(*refused));
+  const bool asks_keyring = Asks(*account, *stored);
+  const bool goes_there = TakesFromKeyring(*account) && !(*account)[kPassword].empty();
+  auto before = goes_there ? Keep(*account, stored->note, settings, cancel) : Result<KeptBefore>(KeptBefore());
   if (!before) return before.error();
-  if (PlaceOfPassword(account) != PasswordPlace::kSettings) account.ForgetPassword();
-  if (const auto saved = account.Save(settings); !saved)
-    return goes_there ? TakeBack(account, *before, note, settings, saved.error()) : NothingSaved(saved.error());
-  if (goes_there) IgnoreErrors(Remember({WhomOf(account), note.has_leftover}, settings));
-  return asks_keyring ? ForgetRest(account, settings, cancel) : SecretsLeft{};
+  if (PlaceOfPassword(*account) != PasswordPlace::kSettings) account->ForgetPassword();
+  // The account never names what the note does not know of.
+  const KeyringNote note = goes_there ? KeyringNote{WhomOf(*account), HasMore(*stored, *account)} : stored->note;
+  if (const auto saved = SaveStored({*account, note}, settings); !saved) {
+    return goes_there ? TakeBack(*account, *before, stored->note, settings, saved.error())
+                      : NothingSaved(saved.error());
+  }
+  auto left = asks_keyring ? ForgetRest(*account, *stored, settings, cancel) : SecretsLeft{};
+  return SavedAccount{*std::move(account), std::move(left.in_keyring)};
 }
 
 Result<SecretsLeft> AccountSecrets::Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
-  const auto lock = Lock(cancel);
-  if (!lock) return SavedByAnother();
-  const bool was_kept = ResettingAsksKeyring(settings);
-  const auto deleted = settings.DeleteSection(kAccountSection);
-  if (!deleted) return deleted.error();
-  return was_kept ? ForgetRest(AccountSettings(), settings, cancel) : SecretsLeft{};
+  const auto lock = LockAccount(settings, kOthersPatience, cancel);
+  return lock ? ResetLocked(settings, cancel) : NothingReset(lock.error());
 }
 
-SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, profile::SettingsStore& settings,
-                                       const platform::CancelToken& cancel) const {
+std::optional<Result<SecretsLeft>> AccountSecrets::ResetAtOnce(profile::SettingsStore& settings) const {
+  const platform::CancelToken never;
+  const auto lock = LockAccount(settings, std::chrono::milliseconds(0), never);
+  if (!lock || ResettingAsksKeyring(settings)) return {};
+  return ResetLocked(settings, never);
+}
+
+Result<SecretsLeft> AccountSecrets::ResetLocked(profile::SettingsStore& settings,
+                                                const platform::CancelToken& cancel) const {
+  const auto stored = LoadStored(settings);
+  if (!stored) return NothingReset(stored.error());
+  const auto deleted = settings.DeleteSection(kAccountSection);
+  if (!deleted) return NothingReset(deleted.error());
+  const bool was_kept = stored->note.has_leftover || Asks(AccountSettings(), *stored);
+  return was_kept ? ForgetRest(AccountSettings(), *stored, settings, cancel) : SecretsLeft{};
+}
+
+// Where the note tells what there is, that alone is deleted. Where it tells of more, or of nothing (an older version
+// kept it, or the settings were made anew), it is all that the profile has there and the account does not use.
+SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, const StoredAccount& before,
+                                       profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
   const bool stays_there = TakesFromKeyring(account);
+  const std::string own = stays_there ? WhomOf(account) : "";
+  const auto noted = before.note.has_leftover ? std::nullopt : WhomNamedBy(before.note.kept_for);
+  if (noted && before.note.kept_for == own) return {};
   const auto forgotten =
-      keyring_.Forget(NameOf(account), stays_there ? platform::Which::kAllOthers : platform::Which::kAll, cancel);
-  const std::string kept_for = KeyringNoteOf(settings).kept_for;
-  const bool has_its_own = stays_there && kept_for == WhomOf(account);
+      noted
+          ? keyring_.Forget({owner_, noted->hosts, noted->user}, platform::Which::kNamed, cancel)
+          : keyring_.Forget(NameOf(account), stays_there ? platform::Which::kAllOthers : platform::Which::kAll, cancel);
+  const bool has_more = !forgotten && HasMore(before, account);
   // It is asked once more at the next chance where this cannot be remembered.
-  IgnoreErrors(Remember({has_its_own ? kept_for : "", !forgotten}, settings));
-  if (forgotten) return {};
+  IgnoreErrors(Remember({own, has_more}, settings));
+  if (!has_more) return {};
   const auto& why = forgotten.error();
   return {Error{why.failure,
                 stays_there ? Say("The keyring still has the password of before: {}", why.what)

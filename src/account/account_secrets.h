@@ -6,18 +6,24 @@
 #include <optional>
 #include <string>
 
+#include "account/account_change.h"
 #include "account/account_settings.h"
-#include "account/keyring_note.h"
+#include "account/stored_account.h"
 #include "platform/cancel.h"
-#include "platform/folder_lock.h"
 #include "platform/secret_store.h"
 #include "profile/settings_store.h"
 #include "smtp/client/client_options.h"
 
 namespace quillcast::account {
 
-// What was saved or reset all the same, though the keyring still has the old password, and why.
+// What was reset all the same, though the keyring still has the old password, and why.
 struct SecretsLeft {
+  std::optional<Error> in_keyring;
+};
+
+// The account as it now is, and the same of one that was saved.
+struct SavedAccount {
+  AccountSettings account;
   std::optional<Error> in_keyring;
 };
 
@@ -44,34 +50,46 @@ class AccountSecrets {
   bool SavingAsksKeyring(const AccountSettings& account, const profile::SettingsStore& settings) const;
   bool ResettingAsksKeyring(const profile::SettingsStore& settings) const;
 
-  // Saves the account, one at a time among all programs; kTryAgain where another does so for longer than ten seconds.
-  // A password that belongs into the keyring is put there first and is stored nowhere else; where the keyring refuses
-  // it nothing is saved, and where the settings cannot be written it is taken back: the error says what stayed as it
-  // was, and whether a keyring that gave no answer may have taken it. One that a command gives is not stored. What the
-  // keyring has of another server or user, or of an account that no longer takes it from there, is deleted last; that
-  // it cannot be is told once.
-  Result<SecretsLeft> Save(AccountSettings account, profile::SettingsStore& settings,
-                           const platform::CancelToken& cancel) const;
+  // Changes the account as it is stored by then, one at a time among all programs; kTryAgain where another does so for
+  // longer than ten seconds, or has changed it meanwhile so that the change does not go with it. A password that
+  // belongs into the keyring is put there first and is stored nowhere else; where the keyring refuses it nothing is
+  // saved, and where the settings cannot be written it is taken back: the error says what stayed as it was, and whether
+  // a keyring that gave no answer may have taken it. One that a command gives is not stored. What the keyring has of
+  // another server or user, or of an account that no longer takes it from there, is deleted last; that it cannot be is
+  // told once.
+  Result<SavedAccount> Save(const AccountChange& change, profile::SettingsStore& settings,
+                            const platform::CancelToken& cancel) const;
   // Deletes every setting of the account, then what the keyring has of it.
   Result<SecretsLeft> Reset(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
+  // The same for a window, which waits for nobody: nothing is done, and nothing comes back, where somebody else saves
+  // the account just then or the keyring is to be asked.
+  std::optional<Result<SavedAccount>> SaveAtOnce(const AccountChange& change, profile::SettingsStore& settings) const;
+  std::optional<Result<SecretsLeft>> ResetAtOnce(profile::SettingsStore& settings) const;
 
  private:
   Result<platform::Secret> FromKeyring(const AccountSettings& account, const platform::CancelToken& cancel) const;
   Result<platform::Secret> FromCommand(const std::string& command, const platform::CancelToken& cancel) const;
   platform::SecretName NameOf(const AccountSettings& account) const;
-  std::optional<platform::FolderLock> Lock(const platform::CancelToken& cancel) const;
-  // Gives what its entry had before. `note` is the settings' of before.
-  Result<std::optional<platform::Secret>> Keep(const AccountSettings& account, const KeyringNote& note,
-                                               profile::SettingsStore& settings,
-                                               const platform::CancelToken& cancel) const;
-  Error TakeBack(const AccountSettings& account, const std::optional<platform::Secret>& before, const KeyringNote& note,
+  static bool Asks(const AccountSettings& account, const StoredAccount& stored);
+  // These two while the account is locked.
+  Result<SavedAccount> SaveLocked(const AccountChange& change, profile::SettingsStore& settings,
+                                  const platform::CancelToken& cancel) const;
+  Result<SecretsLeft> ResetLocked(profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
+  // What an entry had before another password took its place.
+  struct KeptBefore {
+    std::optional<platform::Secret> secret;
+    bool is_unreadable = false;  // it had one that nobody knows
+  };
+  // `note` is the settings' of before, here and below.
+  Result<KeptBefore> Keep(const AccountSettings& account, const KeyringNote& note, profile::SettingsStore& settings,
+                          const platform::CancelToken& cancel) const;
+  Error TakeBack(const AccountSettings& account, const KeptBefore& before, const KeyringNote& note,
                  profile::SettingsStore& settings, const Error& why) const;
-  // All that the keyring has, but for what this account takes from it.
-  SecretsLeft ForgetRest(const AccountSettings& account, profile::SettingsStore& settings,
+  // What the keyring had before for this profile, but for what this account takes from it.
+  SecretsLeft ForgetRest(const AccountSettings& account, const StoredAccount& before, profile::SettingsStore& settings,
                          const platform::CancelToken& cancel) const;
 
   platform::SecretStore& keyring_;
-  const std::filesystem::path folder_;  // of the settings
   const std::string owner_;
   const std::chrono::milliseconds patience_;
 };

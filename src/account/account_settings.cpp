@@ -120,12 +120,12 @@ AccountSettings::~AccountSettings() { ForgetPassword(); }
 void AccountSettings::ForgetPassword() { platform::Wipe(values_[static_cast<std::size_t>(kPassword)]); }
 
 Result<AccountSettings> AccountSettings::Load(const profile::SettingsStore& store) {
+  std::array<profile::SettingName, kRows.size()> names;
+  for (std::size_t i = 0; i < kRows.size(); ++i) names[i] = {kAccountSection, kRows[i].name, kRows[i].fallback};
+  auto values = store.ReadAll(names);
+  if (!values) return values.error();
   AccountSettings account;
-  for (const auto& row : kRows) {
-    auto value = store.Read(kAccountSection, row.name, row.fallback);
-    if (!value) return value.error();
-    account.Set(row.key, std::move(*value));
-  }
+  for (std::size_t i = 0; i < kRows.size(); ++i) account.Set(kRows[i].key, std::move((*values)[i]));
   return account;
 }
 

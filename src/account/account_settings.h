@@ -96,7 +96,8 @@ class AccountSettings {
   AccountSettings(AccountSettings&&) = default;
   AccountSettings& operator=(AccountSettings&&) = default;
 
-  // What is not stored is its row's fallback. Values are taken as they are; account_checks.h judges them.
+  // As it stood at one moment; what is not stored is its row's fallback. Values are taken as they are; account_checks.h
+  // judges them.
   static Result<AccountSettings> Load(const profile::SettingsStore& store);
   // Writes every key, in order.
   Result<void> Save(profile::SettingsStore& store) const;

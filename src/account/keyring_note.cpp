@@ -3,24 +3,19 @@
 #include <array>
 
 namespace quillcast::account {
-namespace {
-
-constexpr const char* kSection = "Keyring";
-constexpr const char* kKeptFor = "Entry";
-constexpr const char* kLeftover = "Leftover";
-
-}  // namespace
 
 KeyringNote KeyringNoteOf(const profile::SettingsStore& settings) {
-  return {.kept_for = IgnoreErrors(settings.Read(kSection, kKeptFor, ""), std::string()),
-          .has_leftover = IgnoreErrors(settings.Read(kSection, kLeftover, ""), std::string()) == "1"};
+  constexpr std::array<profile::SettingName, 2> kNames = {
+      {{kKeyringSection, kKeptForKey, ""}, {kKeyringSection, kLeftoverKey, ""}}};
+  const auto values = IgnoreErrors(settings.ReadAll(kNames), {"", ""});
+  return {.kept_for = values[0], .has_leftover = values[1] == "1"};
 }
 
 Result<void> Remember(const KeyringNote& note, profile::SettingsStore& settings) {
-  if (note.kept_for.empty() && !note.has_leftover) return settings.DeleteSection(kSection);
+  if (note.kept_for.empty() && !note.has_leftover) return settings.DeleteSection(kKeyringSection);
   const std::array<profile::SettingValue, 2> values = {
-      {{kKeptFor, note.kept_for}, {kLeftover, note.has_leftover ? "1" : ""}}};
-  return settings.WriteAll(kSection, values);
+      {{kKeptForKey, note.kept_for}, {kLeftoverKey, note.has_leftover ? "1" : ""}}};
+  return settings.WriteAll(kKeyringSection, values);
 }
 
 }  // namespace quillcast::account

@@ -8,6 +8,10 @@
 
 namespace quillcast::account {
 
+inline constexpr const char* kKeyringSection = "Keyring";
+inline constexpr const char* kKeptForKey = "Entry";
+inline constexpr const char* kLeftoverKey = "Leftover";  // "1" or empty
+
 struct KeyringNote {
   std::string kept_for;       // whom it has the account's password for, as WhomOf says; empty where it has none
   bool has_leftover = false;  // it kept what it should have deleted, and the person knows

@@ -9,6 +9,10 @@ namespace quillcast::account {
 
 using enum AccountKey;
 
+namespace {
+constexpr std::string_view kAt = " at ";
+}  // namespace
+
 PasswordPlace PlaceOfPassword(const AccountSettings& account) {
   const std::string& stored = account[kPasswordFrom];
   if (stored == "Keyring") return PasswordPlace::kKeyring;
@@ -24,7 +28,13 @@ std::string HostsOf(const AccountSettings& account) {
 }
 
 std::string WhomOf(const AccountSettings& account) {
-  return fmt::format("{} at {}", account[kUsername], HostsOf(account));
+  return fmt::format("{}{}{}", account[kUsername], kAt, HostsOf(account));
+}
+
+std::optional<Whom> WhomNamedBy(std::string_view text) {
+  const auto at = text.rfind(kAt);  // no host has a blank
+  if (at == std::string_view::npos) return {};
+  return Whom{std::string(text.substr(0, at)), std::string(text.substr(at + kAt.size()))};
 }
 
 bool KeyringLacks(const AccountSettings& account, std::string_view kept_for) {

@@ -1,6 +1,7 @@
 // Where the account's password is, and for whom a keyring keeps it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,11 @@ PasswordPlace PlaceOfPassword(const AccountSettings& account);
 std::string HostsOf(const AccountSettings& account);
 // "ada at mail.example.org": to whom alone a password in the keyring is given.
 std::string WhomOf(const AccountSettings& account);
+struct Whom {
+  std::string user, hosts;
+};
+// Of such a text; nothing for what an older version noted.
+std::optional<Whom> WhomNamedBy(std::string_view text);
 // Whether the account is to have its password from the keyring, which has it for another or none at all, while none is
 // on its way there. `kept_for` is the note's.
 bool KeyringLacks(const AccountSettings& account, std::string_view kept_for);

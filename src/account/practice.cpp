@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "profile/program.h"
+
 namespace quillcast::account {
 namespace {
 
@@ -61,7 +63,13 @@ bool Practice::EndsWith(const AccountSettings& account) {
 
 Result<void> Practice::Forget() { return settings_.Write(kSection, kPracticeKey, ""); }
 
+Result<platform::FolderLock> Practice::Lock() const {
+  return LockAccount(settings_, profile::kWindowPatience.lock_wait, platform::CancelToken());
+}
+
 Result<void> Practice::Begin(std::function<void()> arrived) {
+  const auto lock = Lock();
+  if (!lock) return lock.error();
   Stop();
   smtp::MailboxOptions options;
   options.store = folder_;
@@ -77,6 +85,8 @@ Result<void> Practice::Begin(std::function<void()> arrived) {
 }
 
 Result<void> Practice::End() {
+  const auto lock = Lock();
+  if (!lock) return lock.error();
   Stop();
   auto forgotten = Forget();
   if (!forgotten) return forgotten;

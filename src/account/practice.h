@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "account/account_settings.h"
+#include "account/stored_account.h"
 #include "smtp/mailbox/running_mailbox.h"
 
 namespace quillcast::account {
@@ -26,7 +27,8 @@ class Practice {
   // An earlier session was practising, and the account still names its mailbox.
   bool WasOn() const;
   // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
-  // missing. `arrived` is called for each message, on the mailbox's thread.
+  // missing. `arrived` is called for each message, on the mailbox's thread. kTryAgain while somebody else saves the
+  // account, here and at the end: nothing is changed then.
   Result<void> Begin(std::function<void()> arrived);
   // Stops it, and takes it out of the account; a sender's name and address that are the person's own stay.
   Result<void> End();
@@ -43,6 +45,7 @@ class Practice {
 
  private:
   Result<void> Forget();
+  Result<platform::FolderLock> Lock() const;
 
   profile::SettingsStore& settings_;
   const platform::Clock& clock_;

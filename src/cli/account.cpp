@@ -1,7 +1,6 @@
 // quillcast account set|show|test|import|threads|reset
 #include <fmt/format.h>
 
-#include "account/account_checks.h"
 #include "account/account_connection.h"
 #include "account/account_form.h"
 #include "account/account_steps.h"
@@ -43,16 +42,17 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   auto values = AccountWith(options, settings, context);
   if (!values) return context.output.Fail(values.error());
   const std::string forgotten = account::ForgetUnusedSignIn(values->account);
-  const AccountSettings& account = values->account;
-  if (const auto complaint = account::CheckAccount(account, account::KeyringNoteOf(settings).kept_for)) {
+  const account::AccountChange change = values->Change();
+  if (const auto complaint = change.Refusal(values->account, values->stored.note.kept_for)) {
     const std::string why = complaint->message.empty() ? complaint->reason.InEnglish() : complaint->message;
     const bool is_address = complaint->control == account::ControlOf(AccountKey::kEmail);
     return context.output.Complain(why + " Nothing was saved." + (is_address ? " Set one: Email=you@example.org" : ""));
   }
-  const auto connection = ConnectionOf(account);
+  const auto connection = ConnectionOf(values->account);
   if (!connection) return context.output.Fail(connection.error());
-  const auto saved = SecretsOf(context).Save(account, settings, context.cancel);
+  const auto saved = SecretsOf(context).Save(change, settings, context.cancel);
   if (!saved) return context.output.Fail(saved.error());
+  const AccountSettings& account = saved->account;
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
   for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note.InEnglish());
   if (saved->in_keyring) context.output.Note(InOneLine(*saved->in_keyring));

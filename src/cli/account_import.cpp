@@ -78,7 +78,7 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   profile::SettingsStore settings(folders->settings);
-  const auto written = account::ImportAccount(settings, found, beside);
+  const auto written = account::ImportAccount(settings, found, beside, account::kOthersPatience, context.cancel);
   if (!written) return context.output.Fail(written.error());
   const auto saved = account::AccountSettings::Load(settings);
   if (!saved) return context.output.Fail(saved.error());

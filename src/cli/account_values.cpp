@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "account/keyring_note.h"
 #include "account/password_place.h"
 #include "cli/secret_input.h"
 #include "platform/text.h"
@@ -59,8 +58,9 @@ bool LacksPassword(const AccountSettings& account, std::string_view kept_for) {
   return account::PlaceOfPassword(account) == PasswordPlace::kSettings || account::KeyringLacks(account, kept_for);
 }
 
-Result<void> TakePassword(AccountSettings& account, std::string_view kept_for, const std::string& file, bool may_ask) {
-  if (file.empty() && !(may_ask && LacksPassword(account, kept_for))) return {};
+Result<void> TakePassword(GivenAccount& values, const std::string& file, bool may_ask) {
+  AccountSettings& account = values.account;
+  if (file.empty() && !(may_ask && LacksPassword(account, values.stored.note.kept_for))) return {};
   if (account::PlaceOfPassword(account) == PasswordPlace::kCommand) {
     return Error{Failure::kUsage, "The account takes its password from a command, so none out of a file is kept.",
                  "Leave --password-file out, or choose another place: --password-from Settings or Keyring."};
@@ -68,6 +68,7 @@ Result<void> TakePassword(AccountSettings& account, std::string_view kept_for, c
   auto password = file.empty() ? SecretFromTerminal("Password") : SecretFromFile(file);
   if (!password) return password.error();
   account.Set(AccountKey::kPassword, std::move(*password));
+  values.has_password = true;
   return {};
 }
 
@@ -87,19 +88,25 @@ void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options) {
       ->type_name("COMMAND");
 }
 
+account::AccountChange GivenAccount::Change() const {
+  account::AccountChange change(stored.account, account);
+  for (const AccountKey key : given) change.Include(key);
+  if (has_password) change.Include(AccountKey::kPassword);
+  return change;
+}
+
 Result<GivenAccount> AccountWith(const AccountValueOptions& options, const profile::SettingsStore& settings,
                                  const Context& context) {
-  auto stored = AccountSettings::Load(settings);
+  auto stored = account::LoadStored(settings);
   if (!stored) return stored.error();
-  GivenAccount values{std::move(*stored), {}};
+  GivenAccount values{*stored, stored->account, {}};
   for (const auto& assignment : options.assignments) {
     const auto assigned = Assign(values, assignment);
     if (!assigned) return assigned.error();
   }
   const auto assigned = AssignPlace(values, options);
   if (!assigned) return assigned.error();
-  const auto taken =
-      TakePassword(values.account, account::KeyringNoteOf(settings).kept_for, options.password_file, context.may_ask);
+  const auto taken = TakePassword(values, options.password_file, context.may_ask);
   if (!taken) return taken.error();
   return values;
 }

@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "account/account_change.h"
 #include "account/account_settings.h"
+#include "account/stored_account.h"
 #include "cli/context.h"
 
 namespace quillcast::cli {
@@ -22,8 +24,12 @@ void AddAccountValueOptions(CLI::App& command, AccountValueOptions& options);
 
 // `given` has the keys of the line in their order, the password's not among them.
 struct GivenAccount {
+  account::StoredAccount stored;
   account::AccountSettings account;  // what is stored, with the given values in place
   std::vector<account::AccountKey> given;
+  bool has_password = false;  // one that was given, or typed
+
+  account::AccountChange Change() const;
 };
 
 // Fails with kUsage for an unknown key or a value that is none of its choices. The password comes from the file, or is

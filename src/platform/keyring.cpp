@@ -78,16 +78,27 @@ bool NobodyServes(const GError* error) {
                      [error](GDBusError code) { return g_error_matches(error, G_DBUS_ERROR, code) != 0; });
 }
 
+// Whether the keyring itself, and not what stands between, said that it failed.
+bool IsItsAnswer(const GError* error) {
+  if (error == nullptr || error->domain == SECRET_ERROR) return true;
+  constexpr std::array kUnanswered = {G_DBUS_ERROR_NO_REPLY, G_DBUS_ERROR_TIMEOUT, G_DBUS_ERROR_TIMED_OUT,
+                                      G_DBUS_ERROR_DISCONNECTED};
+  if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_DBUS_ERROR) != 0) return true;  // one that is the keyring's own
+  return error->domain == G_DBUS_ERROR &&
+         std::none_of(kUnanswered.begin(), kUnanswered.end(),
+                      [error](GDBusError code) { return g_error_matches(error, G_DBUS_ERROR, code) != 0; });
+}
+
 // One question to the keyring, on the thread that asks it.
 class Question {
  public:
-  // `may_have_kept` is set before the keyring is asked to keep something.
-  Question(GCancellable* stop, bool may_ask, std::atomic<bool>& may_have_kept)
-      : stop_(stop), may_ask_(may_ask), may_have_kept_(may_have_kept) {}
+  Question(GCancellable* stop, bool may_ask) : stop_(stop), may_ask_(may_ask) {}
 
   Result<void> Open();
   Result<std::optional<Secret>> Find(const SecretName& name);
-  Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret);
+  // `may_have_it` is true from before the secret is given until the keyring says that it does not keep it.
+  Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret,
+                    std::atomic<bool>& may_have_it);
   Result<void> Forget(const SecretName& name, Which which);
 
  private:
@@ -99,7 +110,6 @@ class Question {
 
   GCancellable* stop_;
   const bool may_ask_;
-  std::atomic<bool>& may_have_kept_;
   Object<GDBusConnection> bus_;
   Object<SecretService> service_;
 };
@@ -234,16 +244,19 @@ Result<void> Question::OpenCollection() {
   return Unlock(collection.get());
 }
 
-Result<void> Question::Keep(const SecretName& name, const std::string& label, const Secret& secret) {
+Result<void> Question::Keep(const SecretName& name, const std::string& label, const Secret& secret,
+                            std::atomic<bool>& may_have_it) {
   auto open = OpenCollection();
   if (!open) return open;
   GError* error = nullptr;
   const Value value(secret_value_new(secret.view().data(), static_cast<gssize>(secret.view().size()), "text/plain"));
-  may_have_kept_ = true;
+  may_have_it = true;
   const bool kept = secret_service_store_sync(service_.get(), Schema(), Named(name).get(), SECRET_COLLECTION_DEFAULT,
                                               label.c_str(), value.get(), stop_, &error) != 0;
   const Failed failed(error);
-  return kept ? Result<void>() : WhyNot(failed.get());
+  if (kept) return {};
+  may_have_it = !IsItsAnswer(failed.get());
+  return WhyNot(failed.get());
 }
 
 // What a question comes to. Shared with its thread, which may outlive whoever asked.
@@ -251,7 +264,6 @@ template <typename T>
 struct Asked {
   Object<GCancellable> stop{g_cancellable_new()};
   std::optional<Result<T>> answer;  // before it is done
-  std::atomic<bool> may_have_kept = false;
   CancelToken done;
 };
 
@@ -269,8 +281,10 @@ bool WaitFor(const CancelToken& done, Milliseconds most, const CancelToken* canc
 }
 
 // The library waits for some answers without end, whatever is asked of it: then its thread is left to itself.
+// `may_have_it` is what the question tells of a secret that it gives.
 template <typename T, typename Ask>
-Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& cancel, Ask ask) {
+Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& cancel, Ask ask,
+                 const std::atomic<bool>* may_have_it = nullptr) {
   if (!place.has_bus) {
     return Error{
         Failure::kUnavailable, "There is no session bus here, over which a keyring is asked.",
@@ -279,7 +293,7 @@ Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& can
   }
   const auto asked = std::make_shared<Asked<T>>();
   std::thread thread([asked, may_ask, ask = std::move(ask)] {
-    Question question(asked->stop.get(), may_ask, asked->may_have_kept);
+    Question question(asked->stop.get(), may_ask);
     const auto open = question.Open();
     asked->answer = open ? ask(question) : Result<T>(open.error());
     asked->done.Request();
@@ -293,7 +307,7 @@ Result<T> InTime(const KeyringPlace& place, bool may_ask, const CancelToken& can
     thread.detach();
   }
   if (in_time) return std::move(*asked->answer);
-  const bool may_have_kept = asked->may_have_kept;
+  const bool may_have_kept = may_have_it != nullptr && *may_have_it;
   if (cancel.Requested() != Stop::kNone) {
     return Error{Failure::kTryAgain, may_have_kept
                                          ? Sentence("Asking the keyring was cancelled; it may have the password.")
@@ -320,10 +334,13 @@ Result<std::optional<Secret>> Keyring::Find(const SecretName& name, const Cancel
                                        [name](Question& question) { return question.Find(name); });
 }
 
-Result<void> Keyring::Keep(const SecretName& name, const std::string& label, const Secret& secret,
-                           const CancelToken& cancel) {
-  return InTime<void>(place_, may_ask, cancel,
-                      [name, label, secret](Question& question) { return question.Keep(name, label, secret); });
+Keeping Keyring::Keep(const SecretName& name, const std::string& label, const Secret& secret,
+                      const CancelToken& cancel) {
+  const auto may_have_it = std::make_shared<std::atomic<bool>>(false);
+  const auto kept = InTime<void>(
+      place_, may_ask, cancel, [=](Question& question) { return question.Keep(name, label, secret, *may_have_it); },
+      may_have_it.get());
+  return kept ? Keeping() : Keeping{kept.error(), *may_have_it};
 }
 
 Result<void> Keyring::Forget(const SecretName& name, Which which, const CancelToken& cancel) {

@@ -30,8 +30,8 @@ class Keyring final : public SecretStore {
   bool may_ask = true;  // somebody is there to unlock it
 
   Result<std::optional<Secret>> Find(const SecretName& name, const CancelToken& cancel) override;
-  Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret,
-                    const CancelToken& cancel) override;
+  Keeping Keep(const SecretName& name, const std::string& label, const Secret& secret,
+               const CancelToken& cancel) override;
   Result<void> Forget(const SecretName& name, Which which, const CancelToken& cancel) override;
 
  private:

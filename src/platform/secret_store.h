@@ -19,6 +19,12 @@ struct SecretName {
 // Which entries of an owner.
 enum class Which { kNamed, kAllOthers, kAll };
 
+// What became of a secret that was to be kept.
+struct Keeping {
+  std::optional<Error> failed = {};
+  bool may_have_it = false;  // all the same: it was given the secret, and did not say what it did with it
+};
+
 // Each call may take as long as a person needs to unlock a keyring, and ends at the first request of `cancel` with
 // kTryAgain.
 class SecretStore {
@@ -27,8 +33,8 @@ class SecretStore {
   // Nothing where it has no such entry; of several the newest.
   virtual Result<std::optional<Secret>> Find(const SecretName& name, const CancelToken& cancel) = 0;
   // In the place of what it had; `label` is what the person sees of it there.
-  virtual Result<void> Keep(const SecretName& name, const std::string& label, const Secret& secret,
-                            const CancelToken& cancel) = 0;
+  virtual Keeping Keep(const SecretName& name, const std::string& label, const Secret& secret,
+                       const CancelToken& cancel) = 0;
   // That there was none is no failure.
   virtual Result<void> Forget(const SecretName& name, Which which, const CancelToken& cancel) = 0;
 };

@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/file.h"
+#include "platform/text.h"
 
 namespace quillcast::profile {
 namespace {
@@ -82,17 +85,43 @@ Result<std::string> SettingsStore::Read(std::string_view section, std::string_vi
   return ReadValue(*database, section, key, fallback);
 }
 
+Result<std::vector<std::string>> SettingsStore::ReadAll(std::span<const SettingName> names) const {
+  std::vector<std::string> values;
+  for (const SettingName& name : names) values.emplace_back(name.fallback);
+  if (!Exists(file_)) return values;
+  auto database = Database::Open(file_, OpenMode::kReadOnly, patience_);
+  if (!database) return database.error();
+  auto rows = Prepare(*database, "SELECT Section, Key, Value FROM Settings WHERE Application = ?1", {});
+  if (!rows) return values;  // as in ReadValue
+  for (;;) {
+    const auto row = rows->Step();
+    if (!row) return row.error();
+    if (!*row) return values;
+    const auto wanted = std::find_if(names.begin(), names.end(), [&](const SettingName& name) {
+      return platform::EqualsIgnoringAsciiCase(name.key, rows->Text(1)) &&
+             platform::EqualsIgnoringAsciiCase(name.section, rows->Text(0));
+    });
+    if (wanted != names.end()) values[static_cast<std::size_t>(wanted - names.begin())] = rows->Text(2);
+  }
+}
+
 Result<void> SettingsStore::Write(std::string_view section, std::string_view key, std::string_view value) {
   const SettingValue one{key, value};
   return WriteAll(section, {&one, 1});
 }
 
 Result<void> SettingsStore::WriteAll(std::string_view section, std::span<const SettingValue> values) {
+  std::vector<SectionValue> all;
+  for (const auto& [key, value] : values) all.push_back({section, key, value});
+  return WriteAll(all);
+}
+
+Result<void> SettingsStore::WriteAll(std::span<const SectionValue> values) {
   auto database = OpenForWriting(file_, patience_);
   if (!database) return database.error();
   auto transaction = platform::Transaction::Begin(*database);
   if (!transaction) return transaction.error();
-  for (const auto& [key, value] : values) {
+  for (const auto& [section, key, value] : values) {
     if (auto written = WriteValue(*database, section, key, value); !written) return written;
   }
   return transaction->Commit();

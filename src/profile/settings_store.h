@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/result.h"
 #include "platform/sqlite.h"
@@ -15,6 +16,20 @@ namespace quillcast::profile {
 
 // For WriteAll, which copies both before it comes back.
 struct SettingValue {
+  std::string_view key;
+  std::string_view value;
+};
+
+// For ReadAll.
+struct SettingName {
+  std::string_view section;
+  std::string_view key;
+  std::string_view fallback;  // when there is no such value
+};
+
+// For WriteAll where they are of several sections.
+struct SectionValue {
+  std::string_view section;
   std::string_view key;
   std::string_view value;
 };
@@ -29,9 +44,12 @@ class SettingsStore {
 
   // The stored text, or `fallback` when there is no such value. Fails only when the file is there and cannot be read.
   Result<std::string> Read(std::string_view section, std::string_view key, std::string_view fallback) const;
+  // The same for several, in their order: all as they stood at one moment.
+  Result<std::vector<std::string>> ReadAll(std::span<const SettingName> names) const;
   Result<void> Write(std::string_view section, std::string_view key, std::string_view value);
   // All of the values or none of them.
   Result<void> WriteAll(std::string_view section, std::span<const SettingValue> values);
+  Result<void> WriteAll(std::span<const SectionValue> values);
   // What `change` makes of the stored text, empty where there is none: no other program writes in between. Where it
   // fails the text stays.
   Result<void> Change(std::string_view section, std::string_view key,

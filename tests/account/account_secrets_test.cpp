@@ -11,6 +11,7 @@
 
 #include "account/import/account_import.h"
 #include "account/keyring_note.h"
+#include "account/practice.h"
 #include "platform/file.h"
 #include "platform/text.h"
 #include "support/fake_keyring.h"
@@ -27,6 +28,7 @@ class AccountSecretsTest : public testing::Test {
     AccountSettings account;
     for (const auto& [key, value] :
          std::initializer_list<std::pair<AccountKey, const char*>>{{kName, "Ada"},
+                                                                   {kEmail, "ada@example.org"},
                                                                    {kServer, "mail.example.org"},
                                                                    {kAuth, "1"},
                                                                    {kUsername, "ada"},
@@ -35,6 +37,10 @@ class AccountSecretsTest : public testing::Test {
                                                                    {kPasswordCommand, command}})
       account.Set(key, value);
     return account;
+  }
+  // As somebody does who saw the account just then.
+  Result<SavedAccount> Save(const AccountSettings& wanted) {
+    return secrets_.Save({*AccountSettings::Load(settings_), wanted}, settings_, cancel_);
   }
   std::string Stored() const {
     const auto account = AccountSettings::Load(settings_);
@@ -66,25 +72,25 @@ TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
            {"into the keyring", From("Settings", "old"), From("Keyring", "old"), false, "Keyring:", "old",
             "keep; forget others", true},
            {"refused", From("Settings", "old"), From("Keyring", "old"), true, "Settings:old", "", "keep", true},
-           {"another one", From("Keyring", "old"), From("Keyring", "new"), false, "Keyring:", "new",
-            "find; keep; forget others", true},
+           {"another one", From("Keyring", "old"), From("Keyring", "new"), false, "Keyring:", "new", "find; keep",
+            true},
            {"another, refused", From("Keyring", "old"), From("Keyring", "new"), true, "Keyring:", "old", "find", true},
            {"no change", From("Keyring", "old"), From("Keyring", ""), true, "Keyring:", "old", "", false},
-           {"back", From("Keyring", "old"), From("Settings", "new"), false, "Settings:new", "", "forget all", true},
-           {"back, refused", From("Keyring", "old"), From("Settings", "new"), true, "Settings:new", "old", "forget all",
+           {"back", From("Keyring", "old"), From("Settings", "new"), false, "Settings:new", "", "forget it", true},
+           {"back, refused", From("Keyring", "old"), From("Settings", "new"), true, "Settings:new", "old", "forget it",
             true},
-           {"to a command", From("Keyring", "old"), From("Command", "", "true"), false, "Command:", "", "forget all",
+           {"to a command", From("Keyring", "old"), From("Command", "", "true"), false, "Command:", "", "forget it",
             true},
            {"a command from the start", From("Settings", "old"), From("Command", "old", "true"), true, "Command:", "",
             "", false}}) {
     SCOPED_TRACE(c.name);
     keyring_ = {};
-    ASSERT_TRUE(secrets_.Save(c.before, settings_, cancel_));
+    ASSERT_TRUE(Save(c.before));
     keyring_.calls.clear();
     keyring_.refuses = c.refuses;
     EXPECT_EQ(secrets_.SavingAsksKeyring(c.saved, settings_), c.asks);
-    const auto saved = secrets_.Save(c.saved, settings_, cancel_);
-    const bool only_forgets = std::string_view(c.calls) == "forget all";
+    const auto saved = Save(c.saved);
+    const bool only_forgets = std::string_view(c.calls) == "forget it";
     EXPECT_EQ(saved && saved->in_keyring, c.refuses && only_forgets) << "saved, and told that it is still there";
     EXPECT_EQ(static_cast<bool>(saved), !c.refuses || only_forgets || *c.calls == '\0');
     EXPECT_EQ(Stored(), c.stored);
@@ -97,15 +103,15 @@ TEST_F(AccountSecretsTest, LosesNothingWhereverItGoes) {
   }
   // Where the file cannot be written, nothing changes.
   keyring_ = {};
-  ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Settings", "old")));
   profile::SettingsStore elsewhere("/dev/null/settings.db");
-  EXPECT_FALSE(secrets_.Save(From("Keyring", "old"), elsewhere, cancel_));
+  EXPECT_FALSE(secrets_.Save({AccountSettings(), From("Keyring", "old")}, elsewhere, cancel_));
   EXPECT_EQ(keyring_.Only() + " " + Stored(), " Settings:old");
 }
 
 TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
   for (const bool refuses : {false, true}) {
-    ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+    ASSERT_TRUE(Save(From("Keyring", "old")));
     keyring_.refuses = refuses;
     const auto reset = secrets_.Reset(settings_, cancel_);
     ASSERT_TRUE(reset);
@@ -118,11 +124,11 @@ TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
                   : "");
     keyring_ = {};
   }
-  ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Settings", "old")));
   ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
   EXPECT_EQ(keyring_.calls, std::vector<std::string>{"forget all"}) << "of what could not be deleted before";
   keyring_.calls.clear();
-  ASSERT_TRUE(secrets_.Save(From("Settings", "old"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Settings", "old")));
   EXPECT_TRUE(secrets_.Reset(settings_, cancel_));
   EXPECT_TRUE(keyring_.calls.empty()) << "it has nothing of this account";
 }
@@ -163,7 +169,7 @@ TEST_F(AccountSecretsTest, GoesToNobodyButWhomItWasKeptFor) {
     SCOPED_TRACE(c.name);
     keyring_ = {};
     ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
-    ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+    ASSERT_TRUE(Save(From("Keyring", "old")));
     c.change();
     const std::string whom = c.password;
     EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)),
@@ -174,14 +180,14 @@ TEST_F(AccountSecretsTest, GoesToNobodyButWhomItWasKeptFor) {
     // What is kept for the changed account takes its place.
     auto account = *AccountSettings::Load(settings_);
     account.Set(kPassword, "new");
-    ASSERT_TRUE(secrets_.Save(account, settings_, cancel_));
+    ASSERT_TRUE(Save(account));
     EXPECT_EQ(keyring_.Only() + " " + PasswordOf(*AccountSettings::Load(settings_)), "new new");
   }
 }
 
 TEST_F(AccountSecretsTest, AnImportedAccountAsksNoCommandOfAnother) {
   const FoundAccount other{.name = "Ada", .email = "ada@other.example", .server = "smtp.other.example"};
-  ASSERT_TRUE(secrets_.Save(From("Command", "", "echo told"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Command", "", "echo told")));
   ASSERT_TRUE(ImportAccount(settings_, other, {}));
   EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), "");
 }
@@ -195,6 +201,7 @@ TEST_F(AccountSecretsTest, TheKeyringAgreesWithSettingsThatCannotBeWritten) {
     bool refuses_then;
     const char* in_keyring;
     const char* told;
+    bool is_damaged = false;  // what it had cannot be read
   };
   auto other = From("Keyring", "new");
   other.Set(kUsername, "bob");
@@ -203,25 +210,31 @@ TEST_F(AccountSecretsTest, TheKeyringAgreesWithSettingsThatCannotBeWritten) {
            {"another password", From("Keyring", "old"), From("Keyring", "new"), false, "old", "Nothing was saved. "},
            {"another user", From("Keyring", "old"), other, false, "old", "Nothing was saved. "},
            {"not taken back", From("Keyring", "old"), From("Keyring", "new"), true, "new",
-            "The settings are as they were, but the keyring has the new password"}}) {
+            "The settings are as they were, but the keyring has the new password"},
+           {"the old one unreadable", From("Keyring", "old"), From("Keyring", "new"), false, "",
+            "The settings are as they were, but the keyring has no password for ada at mail.example.org any more",
+            true}}) {
     SCOPED_TRACE(c.name);
     keyring_ = {};
     ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
-    ASSERT_TRUE(secrets_.Save(c.before, settings_, cancel_));
+    ASSERT_TRUE(Save(c.before));
+    keyring_.is_damaged = c.is_damaged;
     keyring_.after_keep = [&] {
       keyring_.refuses = c.refuses_then;
       std::filesystem::rename(settings_.file(), set_aside);
       std::filesystem::create_directory(settings_.file());
     };
-    const auto saved = secrets_.Save(c.saved, settings_, cancel_);
+    const auto saved = Save(c.saved);
     std::filesystem::remove(settings_.file());
     std::filesystem::rename(set_aside, settings_.file());
     keyring_.refuses = false;
     ASSERT_FALSE(saved);
     EXPECT_EQ(InOneLine(saved.error()).substr(0, std::string_view(c.told).size()), c.told);
     EXPECT_EQ(keyring_.Only(), c.in_keyring);
-    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), c.refuses_then ? "new" : "old");
     const bool had_one = c.before[kPasswordFrom] == "Keyring";
+    EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)).substr(0, 23), c.is_damaged     ? "The keyring is damaged."
+                                                                           : c.refuses_then ? "new"
+                                                                                            : "old");
     EXPECT_EQ(KeyringNoteOf(settings_).kept_for, had_one ? "ada at mail.example.org" : "");
   }
 }
@@ -234,10 +247,10 @@ TEST_F(AccountSecretsTest, AKeyringThatAnswersTooLateMayHaveIt) {
            {From("Settings", "old"), From("Keyring", "new")},
            {From("Keyring", "old"), From("Keyring", "new")},
            {From("Keyring", "old"), other}}) {
-    ASSERT_TRUE(secrets_.Save(before, settings_, cancel_));
+    ASSERT_TRUE(Save(before));
     const std::string stored = Stored();
     keyring_.is_late = true;
-    const auto done = secrets_.Save(saved, settings_, cancel_);
+    const auto done = Save(saved);
     keyring_.is_late = false;
     ASSERT_FALSE(done);
     EXPECT_EQ(InOneLine(done.error()),
@@ -249,9 +262,68 @@ TEST_F(AccountSecretsTest, AKeyringThatAnswersTooLateMayHaveIt) {
   }
 }
 
+// A keyring that was never given the password has nothing to be told of, now or at a reset.
+TEST_F(AccountSecretsTest, AKeyringThatDidNotGetItHasNoneOfIt) {
+  for (const auto& [before, told_first] : std::initializer_list<std::pair<AccountSettings, const char*>>{
+           {From("Settings", "old"), ""}, {From("Keyring", "old"), "ada at mail.example.org"}}) {
+    ASSERT_TRUE(Save(before));
+    keyring_.hangs = true;
+    platform::CancelToken stop;
+    stop.Request();
+    const auto done = secrets_.Save({*AccountSettings::Load(settings_), From("Keyring", "new")}, settings_, stop);
+    keyring_.hangs = false;
+    ASSERT_FALSE(done);
+    EXPECT_EQ(InOneLine(done.error()), "Nothing was saved. Asking the keyring was cancelled.");
+    EXPECT_EQ(KeyringNoteOf(settings_).kept_for, told_first);
+    EXPECT_FALSE(KeyringNoteOf(settings_).has_leftover);
+    EXPECT_EQ(secrets_.ResettingAsksKeyring(settings_), *told_first != 0);
+    ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
+  }
+  // One that had nothing before has nothing of before, though it cannot be asked for that.
+  ASSERT_TRUE(Save(From("Settings", "old")));
+  keyring_.after_keep = [&] { keyring_.refuses = true; };
+  const auto saved = Save(From("Keyring", "old"));
+  ASSERT_TRUE(saved);
+  EXPECT_FALSE(saved->in_keyring);
+  EXPECT_FALSE(KeyringNoteOf(settings_).has_leftover);
+}
+
+// Nobody saves or resets beside another; whoever waits for that can be stopped, and a window does not wait at all.
+TEST_F(AccountSecretsTest, WaitsForWhoElseSavesTheAccount) {
+  ASSERT_TRUE(Save(From("Settings", "old")));
+  const AccountChange change(From("Settings", "old"), From("Settings", "new"));
+  auto held = LockAccount(settings_, {}, cancel_);
+  ASSERT_TRUE(held);
+  EXPECT_FALSE(secrets_.SaveAtOnce(change, settings_) || secrets_.ResetAtOnce(settings_));
+  platform::CancelToken stop;
+  stop.Request();
+  const std::string told = "Waiting for another window or program that saves the account was cancelled.";
+  const auto saved = secrets_.Save(change, settings_, stop);
+  ASSERT_FALSE(saved);
+  EXPECT_EQ(InOneLine(saved.error()), "Nothing was saved. " + told);
+  const auto reset = secrets_.Reset(settings_, stop);
+  ASSERT_FALSE(reset);
+  EXPECT_EQ(InOneLine(reset.error()), "Nothing was reset. " + told);
+  EXPECT_FALSE(ImportAccount(settings_, {.server = "smtp.other.example"}, {}, std::chrono::milliseconds(1)));
+  const platform::SystemClock clock;
+  Practice practice(settings_, clock, folder_ / "Practice");
+  EXPECT_FALSE(practice.Begin([] {}));
+  EXPECT_EQ(Stored(), "Settings:old");
+  held = Error{};
+  EXPECT_TRUE(practice.Begin([] {}));
+  EXPECT_FALSE(secrets_.Save(change, settings_, cancel_)) << "the account has another server by now";
+  const AccountChange name_alone(From("Settings", "old"), [] {
+    auto account = From("Settings", "old");
+    account.Set(kName, "Eve");
+    return account;
+  }());
+  EXPECT_TRUE(*secrets_.SaveAtOnce(name_alone, settings_));
+  EXPECT_TRUE(practice.Serves()) << "this change keeps that server";
+}
+
 // Each deletes what the account had before: not what the other has just kept.
 TEST_F(AccountSecretsTest, TwoWhoSaveAtOnceDoSoOneAfterTheOther) {
-  ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Keyring", "old")));
   auto bob = From("Keyring", "bob's");
   bob.Set(kUsername, "bob");
   auto eve = From("Keyring", "eve's");
@@ -261,12 +333,13 @@ TEST_F(AccountSecretsTest, TwoWhoSaveAtOnceDoSoOneAfterTheOther) {
   keyring_.after_keep = [&] {
     other = std::thread([&] {
       profile::SettingsStore settings(folder_ / "settings.db");
-      EXPECT_TRUE(AccountSecrets(keyring_, folder_ / "settings.db").Save(eve, settings, cancel_));
+      EXPECT_TRUE(AccountSecrets(keyring_, folder_ / "settings.db")
+                      .Save({*AccountSettings::Load(settings), eve}, settings, cancel_));
       done = true;
     });
     for (int tries = 0; tries < 30 && !done; ++tries) ::usleep(10'000);
   };
-  EXPECT_TRUE(secrets_.Save(bob, settings_, cancel_));
+  EXPECT_TRUE(Save(bob));
   other.join();
   EXPECT_EQ(PasswordOf(*AccountSettings::Load(settings_)), "eve's");
   EXPECT_EQ(keyring_.Only(), "eve's");
@@ -275,12 +348,12 @@ TEST_F(AccountSecretsTest, TwoWhoSaveAtOnceDoSoOneAfterTheOther) {
 
 // A keyring that cannot be asked any more is told of once, and keeps nobody waiting after that.
 TEST_F(AccountSecretsTest, TellsOnceWhatTheKeyringStillHas) {
-  ASSERT_TRUE(secrets_.Save(From("Keyring", "old"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Keyring", "old")));
   keyring_.refuses = true;
-  EXPECT_TRUE(secrets_.Save(From("Settings", "new"), settings_, cancel_)->in_keyring);
+  EXPECT_TRUE(Save(From("Settings", "new"))->in_keyring);
   keyring_.calls.clear();
   EXPECT_FALSE(secrets_.SavingAsksKeyring(From("Settings", "new"), settings_));
-  EXPECT_FALSE(secrets_.Save(From("Settings", "new"), settings_, cancel_)->in_keyring);
+  EXPECT_FALSE(Save(From("Settings", "new"))->in_keyring);
   EXPECT_TRUE(keyring_.calls.empty());
   EXPECT_TRUE(secrets_.Reset(settings_, cancel_)->in_keyring) << "it was asked to delete it";
   keyring_.refuses = false;
@@ -294,7 +367,7 @@ TEST_F(AccountSecretsTest, ComesFromWhereTheAccountSays) {
       PasswordOf(From("Vault", "typed")),
       "The account's PasswordFrom is \"Vault\", which is none of its choices. Choose one: Settings, Keyring, Command.");
   EXPECT_EQ(PasswordOf(From("Keyring", "")).substr(0, 55), "The keyring has no password for ada at mail.example.org");
-  ASSERT_TRUE(secrets_.Save(From("Keyring", "kept"), settings_, cancel_));
+  ASSERT_TRUE(Save(From("Keyring", "kept")));
   EXPECT_EQ(PasswordOf(From("Keyring", "")), "kept");
   EXPECT_EQ(PasswordOf(From("Keyring", "on its way")), "on its way");
   EXPECT_EQ(AccountSecrets(keyring_, folder_ / "." / "settings.db").PasswordOf(From("Keyring", ""), cancel_)->view(),

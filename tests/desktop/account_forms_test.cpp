@@ -2,6 +2,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -11,6 +12,7 @@
 #include <QToolButton>
 #include <memory>
 
+#include "account/stored_account.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/outlook_express_form.h"
 #include "desktop/account/thread_form.h"
@@ -301,8 +303,7 @@ class AccountFormsTest : public QObject {
       QVERIFY(!form.findChild<QPushButton*>("OKButton")->isEnabled());
       QCOMPARE(Text(form, "StatusLine"), QString("Asking the keyring…"));
       Press(form, "TestButton");
-      QTRY_COMPARE(Text(form, "StatusLine"),
-                   QString("The settings are as they were. Asking the keyring was cancelled."));
+      QTRY_COMPARE(Text(form, "StatusLine"), QString("Nothing was saved. Asking the keyring was cancelled."));
       rig.keyring.hangs = false;
       Press(form, "OKButton");
       QTRY_VERIFY(!form.isVisible());
@@ -363,6 +364,73 @@ class AccountFormsTest : public QObject {
     QCOMPARE(form.findChild<QLineEdit*>("ServerTextBox")->text(), QString());  // OK would save what is shown
     QCOMPARE(form.findChild<QComboBox*>("PasswordFromComboBox")->currentText(), QString("Settings"));
     QVERIFY(form.isVisible() && stored("Name") == "none");
+  }
+
+  // Held as another program holds it.
+  static platform::FolderLock Locked(const test::FormRig& rig) {
+    return *account::LockAccount(rig.settings, {}, platform::CancelToken());
+  }
+
+  void theWindowLivesWhileAnotherSavesTheAccount() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    const QString waiting = "Waiting for another window or program that is saving the account…";
+    for (const char* button : {"OKButton", "ResetButton"}) {
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      std::optional<platform::FolderLock> held = Locked(rig);
+      rig.prompts.answers = {platform::Answer::kYes, platform::Answer::kYes, platform::Answer::kYes};
+      QElapsedTimer watch;
+      watch.start();
+      Press(form, button);
+      QVERIFY2(watch.elapsed() < 1000, "the window stood still");
+      QCOMPARE(Text(form, "StatusLine"), waiting);
+      QVERIFY(!form.findChild<QTabWidget*>("AccountTabs")->isEnabled());
+      Press(form, "TestButton");
+      QTRY_VERIFY(Text(form, "StatusLine").endsWith("that saves the account was cancelled."));
+      QVERIFY(form.isVisible() && form.findChild<QTabWidget*>("AccountTabs")->isEnabled());
+      {
+        EmailManagerForm closed(rig.program, nullptr);
+        closed.show();
+        Press(closed, button);
+        QCOMPARE(Text(closed, "StatusLine"), waiting);
+      }
+      QVERIFY(watch.elapsed() < 5000);
+      Press(form, button);
+      QCOMPARE(Text(form, "StatusLine"), waiting);
+      held.reset();
+      QTRY_VERIFY(!form.isVisible());
+      rig.prompts.shown.clear();
+    }
+    QCOMPARE(rig.settings.Read("Account", "Name", "gone")->c_str(), "gone");
+  }
+
+  void okKeepsWhatAnotherHasChangedMeanwhile() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    const auto stored = [&rig](const char* key) { return QString(rig.settings.Read("Account", key, "")->c_str()); };
+    std::string told;
+    {
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      form.changed = [&](const account::SenderTexts& texts) { told = texts.from; };
+      QVERIFY(rig.settings.Write("Account", "Name", "Eve") && rig.settings.Write("Account", "Server", "mx.example"));
+      Type(form, "TimeoutTextBox", "7");
+      Press(form, "OKButton");
+      QVERIFY(!form.isVisible());
+    }
+    QCOMPARE(stored("Name") + " " + stored("Server") + " " + stored("Timeout"), QString("Eve mx.example 7"));
+    QVERIFY(told.starts_with("Eve <"));
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    QVERIFY(rig.settings.Write("Account", "Username", "eve") && rig.settings.Write("Account", "Auth", "1"));
+    Type(form, "ServerTextBox", "third.example");
+    Press(form, "OKButton");
+    QVERIFY(form.isVisible());
+    QCOMPARE(Text(form, "StatusLine"),
+             QString("Nothing was saved. Another window or program has changed the account's server or sign-in "
+                     "meanwhile. Look at the account as it is now, and try again."));
+    QCOMPARE(stored("Server") + " " + stored("Username"), QString("mx.example eve"));
   }
 
   void handEditedValuesDoNotBreakIt() {

@@ -9,6 +9,7 @@ silent    answers nothing                          full      takes no new secret
 broken    gives away no secret                     none      has no collection yet
 elsewhere keeps in a new collection beside what it had
 late      keeps what it is given, and never says so
+held      keeps what it is given, and says so when the test lets it
 """
 import sys
 
@@ -106,7 +107,7 @@ class Keyring(Object):
     """The service, and its collection at the path of the alias."""
 
     def __init__(self, bus):
-        self.bus, self.items, self.prompts, self.made = bus, [], 0, 0
+        self.bus, self.items, self.held, self.prompts, self.made = bus, [], [], 0, 0
         self.locked = BEHAVIOUR in ("locked", "refuses", "endless")
         super().__init__(bus, ROOT)
         self.collection = Collection(self)
@@ -150,7 +151,9 @@ class Collection(Object):
             path = self.kept(properties, secret, replace)
         except Failed as why:
             return fail(why)
-        if BEHAVIOUR != "late":
+        if BEHAVIOUR == "held":
+            self.keyring.held.append(lambda: answer(path, NO_OBJECT))
+        elif BEHAVIOUR != "late":
             answer(path, NO_OBJECT)
 
     def kept(self, properties, secret, replace):
@@ -182,6 +185,11 @@ class Control(dbus.service.Object):
         global BEHAVIOUR
         BEHAVIOUR = str(behaviour)
         self.keyring.locked = BEHAVIOUR in ("locked", "refuses", "endless")
+
+    @dbus.service.method("test.Control")
+    def LetGo(self):
+        while self.keyring.held:
+            self.keyring.held.pop()()
 
     @dbus.service.method("test.Control", out_signature="a(ss)")
     def Contents(self):

@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "platform/sqlite.h"
 #include "support/temporary_folder.h"
 
@@ -30,6 +32,13 @@ TEST(SettingsStore, ReadsWritesAndDeletes) {
   EXPECT_EQ(ReadOr(store, "ACCOUNT", "WRAP", "76"), "it's; DROP TABLE Settings --\r\n\xE2\x82\xAC");
   ASSERT_TRUE(store.Write("Account", "Empty", ""));
   EXPECT_EQ(ReadOr(store, "Account", "Empty", "fallback"), "") << "an empty value is a value";
+
+  const std::array<SectionValue, 2> two = {{{"Account", "Port", "25"}, {"Keyring", "Port", "none"}}};
+  ASSERT_TRUE(store.WriteAll(two));
+  const std::array<SettingName, 4> names = {
+      {{"keyring", "PORT", "x"}, {"Account", "Empty", "x"}, {"Account", "Timeout", "1"}, {"Account", "port", "x"}}};
+  EXPECT_EQ(*store.ReadAll(names), (std::vector<std::string>{"none", "", "1", "25"}));
+  EXPECT_EQ(*SettingsStore(root / "none.db").ReadAll(names), (std::vector<std::string>{"x", "x", "1", "x"}));
 
   ASSERT_TRUE(store.DeleteSection("account"));
   EXPECT_EQ(ReadOr(store, "Account", "Wrap", "76"), "76");

@@ -23,23 +23,28 @@ class FakeKeyring final : public platform::SecretStore {
   bool refuses = false;
   bool hangs = false;
   bool is_late = false;              // it keeps at once, and answers too late
+  bool is_damaged = false;           // it cannot read what it has
   std::function<void()> after_keep;  // what happens to the rest of the world then
 
   Result<std::optional<platform::Secret>> Find(const platform::SecretName& name,
                                                const platform::CancelToken& cancel) override {
     calls.emplace_back("find");
     if (refuses || hangs) return Refused(cancel);
+    if (is_damaged) return Error{Failure::kUnavailable, "The keyring is damaged.", "Mend it."};
     const auto found = kept.find(EntryOf(name));
     if (found == kept.end()) return std::optional<platform::Secret>();
     return std::optional(platform::Secret(found->second));
   }
-  Result<void> Keep(const platform::SecretName& name, const std::string& label, const platform::Secret& secret,
-                    const platform::CancelToken& cancel) override {
+  platform::Keeping Keep(const platform::SecretName& name, const std::string& label, const platform::Secret& secret,
+                         const platform::CancelToken& cancel) override {
     calls.push_back("keep " + label);
-    if (refuses || hangs) return Refused(cancel);
+    if (refuses || hangs) return {.failed = Refused(cancel)};
     kept[EntryOf(name)] = secret.view();
     if (const auto then = std::exchange(after_keep, nullptr)) then();
-    if (is_late) return Error{Failure::kTimedOut, "It gave no answer; it may have the password.", "Unlock it."};
+    if (is_late) {
+      return {.failed = Error{Failure::kTimedOut, "It gave no answer; it may have the password.", "Unlock it."},
+              .may_have_it = true};
+    }
     return {};
   }
   Result<void> Forget(const platform::SecretName& name, platform::Which which,

@@ -40,7 +40,10 @@ std::vector<NewValue> ValuesOf(const FoundAccount& account, const TakenBeside& b
 }  // namespace
 
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
-                                              const TakenBeside& beside) {
+                                              const TakenBeside& beside, std::chrono::milliseconds patience,
+                                              const platform::CancelToken& cancel) {
+  const auto lock = LockAccount(store, patience, cancel);
+  if (!lock) return lock.error();
   const auto before = AccountSettings::Load(store);
   if (!before) return before.error();
   std::vector<profile::SettingValue> written;

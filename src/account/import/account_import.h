@@ -1,6 +1,7 @@
 // Takes an account that another program keeps over into our own settings.
 #pragma once
 
+#include <chrono>
 #include <span>
 #include <string>
 #include <string_view>
@@ -8,6 +9,7 @@
 
 #include "account/account_settings.h"
 #include "account/import/found_account.h"
+#include "account/stored_account.h"
 #include "platform/result.h"
 #include "profile/settings_store.h"
 
@@ -23,9 +25,11 @@ struct TakenBeside {
 // The keys that were written, all or none: Name, Email, Server and Port, which is "25" whatever the source has unless
 // it was asked for; Security; Auth and Username together, and Password, empty, where another user or server was
 // named before, whose it was; PasswordFrom, back to the settings, where a command gave the password of such another. A
-// password is never read anywhere.
+// password is never read anywhere. kTryAgain where somebody else saves the account for longer than `patience`.
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
-                                              const TakenBeside& beside);
+                                              const TakenBeside& beside,
+                                              std::chrono::milliseconds patience = kOthersPatience,
+                                              const platform::CancelToken& cancel = platform::CancelToken());
 
 // What the person has to do about the password of the account as it now is, and where it goes; empty for nothing.
 Sentence PasswordAfterImport(const AccountSettings& saved, std::span<const AccountKey> written,

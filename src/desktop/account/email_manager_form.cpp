@@ -8,10 +8,10 @@
 #include <QTabWidget>
 #include <algorithm>
 
-#include "account/account_checks.h"
 #include "account/account_form.h"
 #include "account/keyring_note.h"
 #include "account/provider_presets.h"
+#include "account/stored_account.h"
 #include "desktop/account/account_control_names.h"
 #include "desktop/account/password_box.h"
 #include "desktop/widgets/form_column.h"
@@ -45,7 +45,8 @@ EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* par
 
   const auto stored = account::AccountSettings::Load(program_.settings);
   if (!stored) status_->Fail(stored.error());
-  Show(account::ShownInDialog(stored ? *stored : account::AccountSettings()));
+  if (stored) seen_ = *stored;
+  Show(account::ShownInDialog(seen_));
   Find<QLineEdit>("FullNameTextBox")->setFocus();
 }
 
@@ -125,9 +126,18 @@ void EmailManagerForm::OfferPreset() {
       tr("%1 sends through %2, port %3.").arg(ToQt(preset->name), ToQt(preset->server), ToQt(preset->port)));
 }
 
-bool EmailManagerForm::Check(const account::AccountSettings& shown) {
-  const auto complaint = account::CheckAccount(shown, account::KeyringNoteOf(program_.settings).kept_for);
+// What is shown is told of; where it goes with what is stored by now it is as good.
+bool EmailManagerForm::Check(const account::AccountChange& change) {
+  const auto stored = account::LoadStored(program_.settings);
+  const std::string kept_for = stored ? stored->note.kept_for : "";
+  const auto complaint = change.Refusal(change.wanted(), kept_for);
   if (!complaint) return true;
+  const auto account = stored ? change.Onto(stored->account) : Result<account::AccountSettings>(stored.error());
+  if (!account) {
+    status_->Fail(account.error());
+    return false;
+  }
+  if (!change.Refusal(*account, kept_for)) return true;
   if (!complaint->message.empty()) program_.prompts.Warn(complaint->message);
   auto* control = Find<QWidget>(NameOf(*complaint->control));
   for (int page = 0; page < pages_->count(); ++page) {

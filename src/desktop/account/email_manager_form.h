@@ -3,8 +3,10 @@
 
 #include <QDialog>
 #include <functional>
+#include <optional>
 #include <vector>
 
+#include "account/account_change.h"
 #include "account/account_settings.h"
 #include "account/account_steps.h"
 #include "account/import/find_accounts.h"
@@ -59,12 +61,16 @@ class EmailManagerForm final : public QDialog {
   void ControlChanged();
   void OfferPreset();
   void FillInPreset();
-  bool Check(const account::AccountSettings& shown);
-  // What changes the stored account; beside the window where the keyring is asked, which may wait for the person.
-  using Change = std::function<Result<account::SecretsLeft>(profile::SettingsStore&, const platform::CancelToken&)>;
-  using Texts = std::function<Result<account::SenderTexts>()>;
-  void Carry(const Change& change, bool asks_keyring, const Texts& texts);
-  void Carried(const Result<account::SecretsLeft>& left, const Texts& texts);
+  bool Check(const account::AccountChange& change);
+  // What became of a change of the stored account.
+  struct Changed {
+    account::SenderTexts texts;
+    std::optional<Error> in_keyring;
+  };
+  using Change = std::function<Result<Changed>(profile::SettingsStore&, const platform::CancelToken&)>;
+  // Beside the window: it waits for the keyring, which may wait for the person, or for another who saves the account.
+  void Carry(bool asks_keyring, const Change& change);
+  void Carried(const Result<Changed>& became);
   void Reset();
   void Import();
   void PickFolder();
@@ -86,6 +92,7 @@ class EmailManagerForm final : public QDialog {
   StatusLine* status_;
   NotePanel* preset_bar_ = nullptr;
   PasswordBox* password_ = nullptr;
+  account::AccountSettings seen_;  // as it was stored when it came into the controls
   bool filling_ = false;
 };
 

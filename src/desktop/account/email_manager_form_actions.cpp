@@ -28,44 +28,53 @@ constexpr std::array kNotMeanwhile = {"OKButton", "ResetButton", "ImportButton",
 }  // namespace
 
 void EmailManagerForm::accept() {
-  const account::AccountSettings shown = Shown();
-  if (!Check(shown)) return;
-  Carry(
-      [secrets = secrets_, shown](auto& settings, const auto& cancel) { return secrets.Save(shown, settings, cancel); },
-      secrets_.SavingAsksKeyring(shown, program_.settings), [shown] { return account::TextsOf(shown); });
-}
-
-void EmailManagerForm::Carry(const Change& change, bool asks_keyring, const Texts& texts) {
-  if (!asks_keyring) {
-    Carried(change(program_.settings, platform::CancelToken()), texts);
+  const account::AccountChange change(seen_, Shown());
+  if (!Check(change)) return;
+  const auto told = [](const account::SavedAccount& saved) {
+    return Changed{account::TextsOf(saved.account), saved.in_keyring};
+  };
+  if (const auto saved = secrets_.SaveAtOnce(change, program_.settings)) {
+    Carried(*saved ? Result<Changed>(told(**saved)) : saved->error());
     return;
   }
-  Begin(tr("Stop"), tr("Asking the keyring…"));
+  Carry(secrets_.SavingAsksKeyring(change.wanted(), program_.settings),
+        [secrets = secrets_, change, told](auto& settings, const auto& cancel) -> Result<Changed> {
+          const auto saved = secrets.Save(change, settings, cancel);
+          if (!saved) return saved.error();
+          return told(*saved);
+        });
+}
+
+void EmailManagerForm::Carry(bool asks_keyring, const Change& change) {
+  Begin(tr("Stop"), asks_keyring ? tr("Asking the keyring…")
+                                 : tr("Waiting for another window or program that is saving the account…"));
   pages_->setEnabled(false);
-  test_->Start([=, this, file = program_.folders.settings](const platform::CancelToken& cancel) {
+  test_->Start([this, change, file = program_.folders.settings](const platform::CancelToken& cancel) {
     profile::SettingsStore settings(file);
-    auto left = std::make_shared<Result<account::SecretsLeft>>(change(settings, cancel));
-    return [this, left, texts] {
+    auto became = std::make_shared<Result<Changed>>(change(settings, cancel));
+    return [this, became] {
       End();
-      Carried(*left, texts);
+      Carried(*became);
     };
   });
 }
 
 // Where the keyring still has the password the window stays, so that this can be read, and shows what is stored now.
-void EmailManagerForm::Carried(const Result<account::SecretsLeft>& left, const Texts& texts) {
-  const auto shown = left ? texts() : Result<account::SenderTexts>(left.error());
-  if (!shown) {
-    status_->Fail(shown.error());
+void EmailManagerForm::Carried(const Result<Changed>& became) {
+  if (!became) {
+    status_->Fail(became.error());
     return;
   }
-  if (changed) changed(*shown);
-  if (!left->in_keyring) {
+  if (changed) changed(became->texts);
+  if (!became->in_keyring) {
     QDialog::accept();
     return;
   }
-  if (const auto stored = account::AccountSettings::Load(program_.settings)) Show(account::ShownInDialog(*stored));
-  status_->Fail(*left->in_keyring);
+  if (const auto stored = account::AccountSettings::Load(program_.settings)) {
+    seen_ = *stored;
+    Show(account::ShownInDialog(seen_));
+  }
+  status_->Fail(*became->in_keyring);
 }
 
 // Escape first ends a test that is under way.
@@ -79,9 +88,21 @@ void EmailManagerForm::reject() {
 
 void EmailManagerForm::Reset() {
   if (!account::AgreesToReset(program_.prompts)) return;
-  Carry([secrets = secrets_](auto& settings, const auto& cancel) { return secrets.Reset(settings, cancel); },
-        secrets_.ResettingAsksKeyring(program_.settings),
-        [this] { return account::TextsAfterReset(program_.settings); });
+  const auto told = [](const Result<account::SecretsLeft>& left,
+                       const profile::SettingsStore& settings) -> Result<Changed> {
+    if (!left) return left.error();
+    auto texts = account::TextsAfterReset(settings);
+    if (!texts) return texts.error();
+    return Changed{*std::move(texts), left->in_keyring};
+  };
+  if (const auto reset = secrets_.ResetAtOnce(program_.settings)) {
+    Carried(told(*reset, program_.settings));
+    return;
+  }
+  Carry(secrets_.ResettingAsksKeyring(program_.settings),
+        [secrets = secrets_, told](auto& settings, const auto& cancel) {
+          return told(secrets.Reset(settings, cancel), settings);
+        });
 }
 
 // What the import wrote comes into the controls; what was typed into the others stays.
@@ -94,7 +115,10 @@ void EmailManagerForm::Import() {
     return;
   }
   account::AccountSettings shown = Shown();
-  for (const account::AccountKey key : form.written()) shown.Set(key, (*stored)[key]);
+  for (const account::AccountKey key : form.written()) {
+    shown.Set(key, (*stored)[key]);
+    seen_.Set(key, (*stored)[key]);
+  }
   Show(shown);
   if (imported) imported(account::TextsOf(*stored).from);
   const QString then = InWords(

@@ -115,7 +115,8 @@ void OutlookExpressForm::accept() {
   }
   auto written = account::ImportAccount(
       program_.settings, *account,
-      {.port = port_->isChecked(), .security = security_->isChecked(), .user_name = user_name_->isChecked()});
+      {.port = port_->isChecked(), .security = security_->isChecked(), .user_name = user_name_->isChecked()},
+      profile::kWindowPatience.lock_wait);
   if (!written) {
     status_->Fail(written.error());
     return;
