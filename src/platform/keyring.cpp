@@ -114,10 +114,12 @@ class Question {
   Object<SecretService> service_;
 };
 
-// Attributes are UTF-8, which names of users and folders need not be.
+// Attributes are UTF-8, which names of users and folders need not be. No two names have the same: those that are coded
+// begin with a mark, and one that begins with it by itself is coded too.
 std::string AsAttribute(const std::string& name) {
-  if (IsUtf8(name)) return name;
-  std::string coded;
+  constexpr const char* kMark = "%octets:";
+  if (IsUtf8(name) && !name.starts_with(kMark)) return name;
+  std::string coded = kMark;
   for (const char octet : name) {
     const auto value = static_cast<unsigned char>(octet);
     coded += value < 0x80 && octet != '%' ? std::string(1, octet) : fmt::format("%{:02X}", value);

@@ -214,6 +214,8 @@ class Keyring(Case):
         control = self.keyring("open")
         self.ok("account", "set", "--password-from", "Keyring", os.fsdecode(b"Username=ad\xff"), "--password-file", self.write("other", "other-1\n"))
         self.assertEqual([secret for _, secret in self.contents(control)], ["other-1"])
+        for other in ("ad%FF", "%octets:ad%FF"):
+            self.assertIn(f"The keyring has no password for {other} at", self.run_program("account", "test", f"Username={other}")[2])
         self.ok("account", "set", "Username=ada", "--password-file", self.folder / "secret")
         self.assertEqual(self.contents(control), [(ENTRY, "geheim-7")])
 
