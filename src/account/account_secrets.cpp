@@ -65,16 +65,13 @@ std::string ComplaintOf(const platform::ProgramRun& run) {
   return said.empty() ? "." : fmt::format(", and said: \"{}\".", platform::Printable(said, kLongestComplaint));
 }
 
-// One word that is no command may be the password, typed in the wrong box: the shell would repeat it.
-Error NotFound(const std::string& command, const std::string& complaint) {
-  const bool may_be_password = platform::Trim(command).find_first_of(" \t\n/") == std::string_view::npos;
-  if (!may_be_password)
-    return {Failure::kNotConfigured, Say("The password command was not found{}", complaint), kTryItByHand};
+// It may be the password, typed in the wrong box: what the shell says would repeat it.
+Error NotFound() {
   return {Failure::kNotConfigured, "The password command was not found.",
           "Name a command that prints the password. Where it is the password itself, choose Settings or Keyring."};
 }
 
-Error EndedOtherwise(const std::string& command, const platform::ProgramRun& run, std::chrono::milliseconds patience) {
+Error EndedOtherwise(const platform::ProgramRun& run, std::chrono::milliseconds patience) {
   switch (run.end) {
     case ProgramEnd::kExited:
       break;
@@ -92,7 +89,7 @@ Error EndedOtherwise(const std::string& command, const platform::ProgramRun& run
       return {Failure::kTryAgain, "The password command was cancelled."};
   }
   const std::string complaint = ComplaintOf(run);
-  if (run.status == kNoSuchCommand) return NotFound(command, complaint);
+  if (run.status == kNoSuchCommand) return NotFound();
   if (run.status < 0)
     return {Failure::kUnavailable, Say("The password command was ended by a signal{}", complaint), kTryItByHand};
   return {Failure::kUnavailable, Say("The password command failed with exit code {}{}", run.status, complaint),
@@ -143,7 +140,7 @@ Result<Secret> AccountSecrets::FromCommand(const std::string& command, const pla
   }
   const std::array<std::string, 3> words = {"/bin/sh", "-c", command};
   const auto run = platform::RunProgram(words, {.patience = patience_, .cancel = &cancel});
-  if (run.end != ProgramEnd::kExited || run.status != 0) return EndedOtherwise(command, run, patience_);
+  if (run.end != ProgramEnd::kExited || run.status != 0) return EndedOtherwise(run, patience_);
   const auto line = run.output.view().substr(0, run.output.view().find_first_of("\r\n"));
   if (!line.empty() && platform::IsUtf8(line) && !platform::HoldsControl(line)) return Secret(line);
   if (!line.empty()) {

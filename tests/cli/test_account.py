@@ -170,10 +170,9 @@ class Account(Case):
                 ("echo right-7; echo is right-7 >&2; exit 1", 69,
                  'The password command failed with exit code 1, and said: "is ****".' + by_hand),
                 ("kill -9 $$", 69, "The password command was ended by a signal." + by_hand),
-                ("/nowhere/vault", 78, "The password command was not found, and said:"),
                 (program, 69, "The password command failed with exit code 126, and said:"),
-                ("hunter2pass", 78, "The password command was not found.\nName a command that prints the password. Where "
-                 "it is the password itself, choose Settings or Keyring."),
+                *((word, 78, "The password command was not found.\nName a command that prints the password. Where "
+                   "it is the password itself, choose Settings or Keyring.") for word in ("hunter2pass", "correct/horse", "my pass phrase")),
                 ("printf '\\377\\376bin\\n'", 65, "What the password command printed first is no text, so it was not sent."),
                 ("printf 'a\\000b'", 65, "What the password command printed first is no text, so it was not sent."),
                 ("true", 69, "The password command printed no password." + by_hand),
