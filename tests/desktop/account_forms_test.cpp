@@ -292,6 +292,10 @@ class AccountFormsTest : public QObject {
         QCOMPARE(box->isEnabled(), *says == 0);
         QCOMPARE(command->isEnabled(), QString(place) == "Command");
       }
+      Type(form, "ServerTextBox", "mail.other.example");
+      QCOMPARE(box->text(), QString("secret"));  // to be seen before it goes there
+      QVERIFY(box->isEnabled());
+      Type(form, "ServerTextBox", "mail.example.org");
       rig.keyring.refuses = true;
       Press(form, "OKButton");
       QTRY_COMPARE(Text(form, "StatusLine"), QString("Nothing was saved. The keyring was not unlocked. Unlock it."));

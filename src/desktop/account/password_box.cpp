@@ -35,7 +35,9 @@ void PasswordBox::Put(const account::AccountSettings& values, std::string_view k
   const bool lacks = account::KeyringLacks(values, kept_for);
   is_asked_to_ = is_asked_to_ && is_kept;
   const bool goes_on = replacing_ && (is_asked_to_ || !password.empty());
-  replacing_ = is_kept && (lacks || goes_on);
+  const std::string whom = account::WhomOf(values);
+  if (password.empty() || password != aside_.view()) whose_ = whom;
+  replacing_ = is_kept && (lacks || goes_on || whose_ != whom);
   change_->setVisible(is_kept);
   change_->setEnabled(!replacing_);
   const bool types_here = place == PasswordPlace::kSettings || replacing_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLineEdit>
+#include <string>
 #include <string_view>
 
 #include "account/account_settings.h"
@@ -12,7 +13,8 @@ class QPushButton;
 namespace quillcast::desktop {
 
 // Where the password is not in the settings it says where it is; the one that was typed, and may be on its way into the
-// keyring, stays aside meanwhile, so that choosing another place and coming back loses nothing.
+// keyring, stays aside meanwhile, so that choosing another place and coming back loses nothing. One that would go to
+// another server or user than it was put aside for stands in the box again.
 class PasswordBox final : public QLineEdit {
   Q_OBJECT
  public:
@@ -32,6 +34,7 @@ class PasswordBox final : public QLineEdit {
 
  private:
   platform::Secret aside_;
+  std::string whose_;  // server and user when it was put aside; for others it is shown
   QPushButton* change_;
   bool replacing_ = false;
   bool is_asked_to_ = false;  // by the button
