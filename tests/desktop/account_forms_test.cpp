@@ -234,6 +234,29 @@ class AccountFormsTest : public QObject {
     QCOMPARE(rig.settings.Read("Account", "Server", "")->c_str(), "one.example");
   }
 
+  void aPasswordThatWasTypedForTheServerOfBeforeIsNotTheImportedOnes() {
+    test::FormRig rig;
+    rig.FillInAccount();
+    EmailManagerForm form(rig.program, nullptr);
+    form.account_places = [&] { return AHome(rig); };
+    form.show();
+    form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+    Type(form, "UsernameTextBox", "ada");
+    form.findChild<QComboBox*>("PasswordFromComboBox")->setCurrentText("Keyring");
+    Type(form, "PasswordTextBox", "of-before");
+    test::WhileOpen(
+        "OutlookExpressForm",
+        [&](QDialog& dialog) {
+          dialog.findChild<RowList*>("AccountListBox")->Choose(1);
+          Press(dialog, "OKButton");
+        },
+        [](const QDialog& dialog) { return dialog.findChild<RowList*>("AccountListBox")->size() == 3; });
+    Press(form, "ImportButton");
+    QCOMPARE(Text(form, "ServerTextBox") + Text(form, "UsernameTextBox"), QString("two.exampleada"));
+    QCOMPARE(Text(form, "PasswordTextBox"), QString());
+    QVERIFY(form.findChild<QWidget*>("PasswordTextBox")->isEnabled());
+  }
+
   void rulesFollowTheControls() {
     test::FormRig rig;
     EmailManagerForm form(rig.program, nullptr);

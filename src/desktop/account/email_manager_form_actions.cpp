@@ -105,7 +105,8 @@ void EmailManagerForm::Reset() {
         });
 }
 
-// What the import wrote comes into the controls; what was typed into the others stays.
+// What the import wrote comes into the controls; what was typed into the others stays, but for a password that was on
+// its way into the keyring for somebody else.
 void EmailManagerForm::Import() {
   OutlookExpressForm form(program_, account_places ? account_places() : std::vector<account::AccountRoot>(), this);
   if (form.exec() != Accepted) return;
@@ -115,10 +116,13 @@ void EmailManagerForm::Import() {
     return;
   }
   account::AccountSettings shown = Shown();
+  const std::string whose = account::WhomOf(shown);
   for (const account::AccountKey key : form.written()) {
     shown.Set(key, (*stored)[key]);
     seen_.Set(key, (*stored)[key]);
   }
+  if (account::PlaceOfPassword(shown) == account::PasswordPlace::kKeyring && account::WhomOf(shown) != whose)
+    shown.ForgetPassword();
   Show(shown);
   if (imported) imported(account::TextsOf(*stored).from);
   const QString then = InWords(
