@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <span>
+#include <vector>
 
 #include "net/wait.h"
 
@@ -14,6 +16,13 @@ struct CloseAresChannel {
   void operator()(ares_channeldata* channel) const;
 };
 using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
+
+// What the library waits for: its sockets, put behind those that are there, and when it wants to be called again though
+// nothing came, to ask the next server.
+void AddSockets(ares_channeldata* channel, std::vector<pollfd>& out);
+Deadline NextRetry(ares_channeldata* channel, platform::Instant now);
+// Lets it go on after poll(2); a descriptor that is none of its own is passed over.
+void LetGoOn(ares_channeldata* channel, std::span<const pollfd> polled);
 
 // Waits once, until a socket of the channel is ready or the library wants to ask again, and lets it go on. False when
 // the deadline passed; nothing is cancelled then, nor when this fails with what Patience fails with. `second` is waited

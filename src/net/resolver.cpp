@@ -4,28 +4,13 @@
 #include <fmt/format.h>
 #include <netdb.h>
 
+#include <utility>
+
 #include "net/idna.h"
 #include "platform/text.h"
 
 namespace quillcast::net {
 namespace {
-
-struct Answer {
-  bool done = false;
-  int status = ARES_SUCCESS;
-  std::vector<IpAddress> addresses;
-};
-
-void Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo* result) {
-  auto& answer = *static_cast<Answer*>(argument);
-  answer.done = true;
-  answer.status = status;
-  if (result == nullptr) return;
-  for (const ares_addrinfo_node* node = result->nodes; node != nullptr; node = node->ai_next) {
-    if (const auto endpoint = FromSystem(node->ai_addr)) answer.addresses.push_back(endpoint->address);
-  }
-  ares_freeaddrinfo(result);
-}
 
 bool IsLocalhost(std::string_view host) {
   host = WithoutRootDot(host);
@@ -55,6 +40,26 @@ bool IsLoopbackHost(std::string_view host) {
   return name && IsLocalhost(*name);
 }
 
+struct Resolver::Answer {
+  bool done = false;
+  int status = ARES_SUCCESS;
+  std::vector<IpAddress> addresses;
+};
+
+Resolver::Resolver() : answer_(std::make_unique<Answer>()) {}
+Resolver::~Resolver() = default;
+
+void Resolver::Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo* result) {
+  auto& answer = *static_cast<Answer*>(argument);
+  answer.done = true;
+  answer.status = status;
+  if (result == nullptr) return;
+  for (const ares_addrinfo_node* node = result->nodes; node != nullptr; node = node->ai_next) {
+    if (const auto endpoint = FromSystem(node->ai_addr)) answer.addresses.push_back(endpoint->address);
+  }
+  ares_freeaddrinfo(result);
+}
+
 Result<void> Resolver::Open() {
   if (channel_) return {};
   ares_channel channel = nullptr;
@@ -64,26 +69,64 @@ Result<void> Resolver::Open() {
   return {};
 }
 
-Result<std::vector<IpAddress>> Resolver::Resolve(const std::string& host, const Patience& patience) {
-  if (const auto address = ParseIpAddress(host)) return std::vector{*address};
+void Resolver::Begin(const std::string& host) {
+  host_ = host;
+  known_.reset();
+  if (const auto address = ParseIpAddress(host)) {
+    known_ = std::vector{*address};
+    return;
+  }
   const auto name = AsciiHost(host);
-  if (!name) return name.error();
-  if (IsLocalhost(*name)) return LoopbackAddresses();
-  if (auto opened = Open(); !opened) return opened.error();
-  Answer answer;
-  ares_addrinfo_hints hints{};
-  hints.ai_family = AF_UNSPEC;
-  hints.ai_socktype = SOCK_STREAM;
-  ares_getaddrinfo(channel_.get(), name->c_str(), nullptr, &hints, Keep, &answer);
-  while (!answer.done) {
+  if (!name) {
+    known_ = name.error();
+  } else if (IsLocalhost(*name)) {
+    known_ = LoopbackAddresses();
+  } else if (auto opened = Open(); !opened) {
+    known_ = opened.error();
+  } else {
+    *answer_ = {};
+    ares_addrinfo_hints hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    ares_getaddrinfo(channel_.get(), name->c_str(), nullptr, &hints, Keep, answer_.get());
+  }
+}
+
+std::optional<Resolver::Found> Resolver::Step() {
+  if (known_) return std::exchange(known_, {});
+  if (!answer_->done) {
+    std::vector<pollfd> sockets;
+    WaitFor(sockets);
+    IgnoreErrors(::poll(sockets.data(), sockets.size(), 0));  // then none of them is ready
+    LetGoOn(channel_.get(), sockets);
+  }
+  if (!answer_->done) return {};
+  if (!answer_->addresses.empty()) return std::move(answer_->addresses);
+  return NotFound(host_, answer_->status == ARES_SUCCESS ? ARES_ENODATA : answer_->status);
+}
+
+void Resolver::WaitFor(std::vector<pollfd>& out) const {
+  if (channel_) AddSockets(channel_.get(), out);
+}
+
+Deadline Resolver::Again(platform::Instant now) const {
+  return channel_ ? NextRetry(channel_.get(), now) : Deadline::Never();
+}
+
+Error Resolver::Late() {
+  if (channel_) ares_cancel(channel_.get());  // calls Keep at once
+  return TookTooLong(host_);
+}
+
+Resolver::Found Resolver::Resolve(const std::string& host, const Patience& patience) {
+  Begin(host);
+  for (;;) {
+    if (auto found = Step()) return *std::move(found);
     const auto driven = DriveChannel(channel_.get(), patience);
     if (driven && *driven) continue;
-    ares_cancel(channel_.get());  // calls Keep at once: `answer` is not referred to any more
-    if (!driven) return driven.error();
-    return TookTooLong(host);
+    Error late = Late();
+    return driven ? std::move(late) : driven.error();
   }
-  if (answer.addresses.empty()) return NotFound(host, answer.status == ARES_SUCCESS ? ARES_ENODATA : answer.status);
-  return std::move(answer.addresses);
 }
 
 }  // namespace quillcast::net

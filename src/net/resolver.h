@@ -1,12 +1,16 @@
 // Finds the addresses of a host: /etc/hosts and the system's name servers, as the system is set up.
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "net/address.h"
 #include "net/ares_channel.h"
+
+struct ares_addrinfo;
 
 namespace quillcast::net {
 
@@ -18,14 +22,33 @@ bool IsLoopbackHost(std::string_view host);
 // directories) are not asked.
 class Resolver {
  public:
+  using Found = Result<std::vector<IpAddress>>;
+
+  Resolver();
+  ~Resolver();
+
   // IPv4 and IPv6 addresses, at least one, in the order in which they are best tried (RFC 6724). An address as text is
   // its own answer; "localhost" and names below it are loopback without a query (RFC 6761 6.3). The first call reads
   // the system's setup.
-  Result<std::vector<IpAddress>> Resolve(const std::string& host, const Patience& patience);
+  Found Resolve(const std::string& host, const Patience& patience);
+
+  // The same in steps, for whoever has more to do than to wait: what Step gives nothing for is waited for with WaitFor
+  // until Again at most, and given up with Late.
+  void Begin(const std::string& host);
+  std::optional<Found> Step();
+  void WaitFor(std::vector<pollfd>& out) const;
+  Deadline Again(platform::Instant now) const;
+  Error Late();
 
  private:
+  struct Answer;
+  static void Keep(void* answer, int status, int timeouts, ares_addrinfo* result);
   Result<void> Open();
+
+  std::unique_ptr<Answer> answer_;  // what the channel's question ends in
   AresChannel channel_;
+  std::string host_;
+  std::optional<Found> known_;  // without a question
 };
 
 }  // namespace quillcast::net

@@ -58,13 +58,12 @@ Result<std::optional<std::size_t>> Stream::Read(std::span<char> buffer, bool or_
     auto got = ReadWith(buffer, 0);
     if (!got || *got) return got;
   }
-  if (auto ready = WaitFor(or_to_write, patience); !ready) return ready.error();
+  // What TLS has decrypted already is not seen by poll.
+  if (!tls_ || SSL_pending(tls_.get()) == 0) {
+    const pollfd wanted = WaitsFor(or_to_write);
+    if (auto ready = Wait(wanted.fd, wanted.events, patience); !ready) return ready.error();
+  }
   return ReadNow(buffer);
-}
-
-Result<void> Stream::WaitFor(bool or_to_write, const Patience& patience) {
-  if (tls_ && SSL_pending(tls_.get()) > 0) return {};  // decrypted already, which poll does not see
-  return Wait(socket_.get(), static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0)), patience);
 }
 
 void Stream::SetWaiting(bool waiting) {
@@ -118,26 +117,31 @@ Result<std::optional<std::size_t>> Stream::WriteTls(std::string_view bytes) {
   return std::optional<std::size_t>();
 }
 
-Result<void> Stream::StartTls(TlsContext& context, const std::string& host, const Patience& patience) {
+Result<void> Stream::BeginTls(TlsContext& context, const std::string& host) {
   SetWaiting(false);
   auto connection = context.NewConnection(socket_.get(), host);
   if (!connection) return connection.error();
   tls_ = *std::move(connection);
+  host_ = host;
   fault_ = HandshakeFault::kOther;  // until it is done
-  for (;;) {
-    ERR_clear_error();
-    const int done = SSL_do_handshake(tls_.get());
-    if (done == 1) {
-      fault_ = HandshakeFault::kNone;
-      return {};
-    }
-    const short events = WantedEvents(tls_.get(), done);
-    if (events == 0) {
-      fault_ = HandshakeFaultOf(*tls_);
-      return HandshakeError(*tls_, host);
-    }
-    if (auto ready = Wait(socket_.get(), events, patience); !ready) return ready.error();
+  return {};
+}
+
+Result<bool> Stream::ShakeHands() {
+  ERR_clear_error();
+  const int done = SSL_do_handshake(tls_.get());
+  if (done == 1) {
+    fault_ = HandshakeFault::kNone;
+    to_read_ = POLLIN;
+    return true;
   }
+  const short events = WantedEvents(tls_.get(), done);
+  if (events == 0) {
+    fault_ = HandshakeFaultOf(*tls_);
+    return HandshakeError(*tls_, host_);
+  }
+  to_read_ = events;
+  return false;
 }
 
 void Stream::Close() {

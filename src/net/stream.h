@@ -29,11 +29,15 @@ class Stream {
   // Waits until there is something to read, and reads it; with `or_to_write`, also until what did not go may go, and
   // then what it reads may be nothing.
   Result<std::optional<std::size_t>> Read(std::span<char> buffer, bool or_to_write, const Patience& patience);
-  // Waits until there may be something to read.
-  Result<void> WaitToRead(const Patience& patience) { return WaitFor(false, patience); }
+  // What whoever waits for many waits for, once ReadNow had nothing, and `or_to_write` WriteNow did not write.
+  pollfd WaitsFor(bool or_to_write) const {
+    return {socket_.get(), static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0)), 0};
+  }
 
-  // The client's side of a TLS handshake with the server called `host`. After a failure the stream is of no more use.
-  Result<void> StartTls(TlsContext& context, const std::string& host, const Patience& patience);
+  // The client's side of a TLS handshake with the server called `host`: begun here, then gone on with whenever what
+  // WaitsFor names is there, until it is done (true). After a failure the stream is of no more use.
+  Result<void> BeginTls(TlsContext& context, const std::string& host);
+  Result<bool> ShakeHands();
   // What is to be seen of that handshake, also of one that failed or was given up.
   TlsFacts Facts() const { return tls_ ? FactsOf(*tls_, fault_) : TlsFacts{.fault = HandshakeFault::kOther}; }
   bool encrypted() const { return tls_ != nullptr; }
@@ -45,7 +49,6 @@ class Stream {
   void Close();
 
  private:
-  Result<void> WaitFor(bool or_to_write, const Patience& patience);
   Result<std::optional<std::size_t>> ReadWith(std::span<char> buffer, int flags);
   void SetWaiting(bool waiting);
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);
@@ -53,6 +56,7 @@ class Stream {
 
   platform::UniqueFd socket_;
   SslHandle tls_;
+  std::string host_;
   HandshakeFault fault_ = HandshakeFault::kNone;
   short to_read_ = POLLIN;    // what a read that got nothing waits for; TLS may have to write first
   short to_write_ = POLLOUT;  // and the reverse

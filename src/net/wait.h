@@ -3,7 +3,7 @@
 
 #include <poll.h>
 
-#include <span>
+#include <vector>
 
 #include "net/deadline.h"
 #include "platform/cancel.h"
@@ -28,8 +28,8 @@ struct Patience {
 };
 
 // Waits until one of the descriptors is ready; poll(2) has filled in their revents. True when one is, false when
-// `until` came first. One place is kept for the cancel descriptor, so at most 31 are taken.
-Result<bool> WaitAny(std::span<pollfd> descriptors, const Patience& patience, const Deadline& until);
+// `until` came first. The cancel descriptor lies behind them meanwhile.
+Result<bool> WaitAny(std::vector<pollfd>& descriptors, const Patience& patience, const Deadline& until);
 
 // Waits until one descriptor is ready for `events` (POLLIN, POLLOUT).
 Result<void> Wait(int fd, short events, const Patience& patience);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -38,7 +39,11 @@ class Letters : public JobSource {
     return &jobs_[next_++];
   }
   void GoesOut(Job& job) override { told_ |= std::uint64_t{1} << (&job - jobs_.data()); }
-  void Decided(Job& /*job*/, const Outcome& /*outcome*/) override { ++decided; }
+  void Decided(Job& /*job*/, const Outcome& /*outcome*/) override {
+    ++decided;
+    most_ahead = std::max(most_ahead, decided - outcomes.size());
+  }
+  bool GoOn(const Outcome& /*refusal*/, int /*times*/) override { return goes_on; }
   bool CaughtUp() override {
     if (++caught_up_ >= fails_at && fails_at > 0) return false;
     kept |= std::exchange(told_, 0);
@@ -66,6 +71,8 @@ class Letters : public JobSource {
   std::atomic<std::uint64_t> kept = 0;              // a bit for each letter that was recorded as going out
   int fails_at = 0;                                 // the record that fails, as those behind it do; 0 for none
   std::size_t decided = 0;
+  std::size_t most_ahead = 0;                       // how many were decided before the oldest that was not told
+  bool goes_on = true;                              // after refusals
 
  private:
   std::vector<std::unique_ptr<TextSource>> sources_;

@@ -66,8 +66,7 @@ class Peer {
   }
   // Waits until the client has gone, as a server that answers nothing does.
   void Stall() {
-    while (!Line().empty()) {
-    }
+    while (Fill()) pending_.clear();
   }
   bool resumed() const { return SSL_session_reused(tls_) == 1; }
 
@@ -102,16 +101,21 @@ inline std::uint16_t ListenOnLoopback(int listener, int most_waiting) {
 
 class ScriptedServer {
  public:
-  // `serve` is called for each connection in turn, with its number from 0; closing follows.
-  explicit ScriptedServer(std::function<void(Peer&, int)> serve) : serve_(std::move(serve)) {
+  // One connection after the other, or each in a thread of its own.
+  enum class Serving { kInTurn, kAtOnce };
+
+  // `serve` is called for each connection, with its number from 0; closing follows.
+  explicit ScriptedServer(std::function<void(Peer&, int)> serve, Serving serving = Serving::kInTurn)
+      : serve_(std::move(serve)), serving_(serving) {
     listener_ = platform::UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    port_ = ListenOnLoopback(listener_.get(), 8);
+    port_ = ListenOnLoopback(listener_.get(), 64);
     thread_ = std::thread([this] { Loop(); });
   }
   ~ScriptedServer() {
     stop_ = true;
     ::shutdown(listener_.get(), SHUT_RDWR);
     thread_.join();
+    for (std::thread& one : servings_) one.join();
   }
   ScriptedServer(const ScriptedServer&) = delete;
   ScriptedServer& operator=(const ScriptedServer&) = delete;
@@ -127,16 +131,27 @@ class ScriptedServer {
       if (ready.revents == 0 || stop_) continue;
       platform::UniqueFd socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
       if (!socket) continue;
-      Peer peer(std::move(socket));
-      serve_(peer, connections_++);
+      const int number = connections_++;
+      if (serving_ == Serving::kInTurn) {
+        Serve(std::move(socket), number);
+      } else {
+        servings_.emplace_back([this, number](platform::UniqueFd own) { Serve(std::move(own), number); },
+                               std::move(socket));
+      }
     }
+  }
+  void Serve(platform::UniqueFd socket, int number) {
+    Peer peer(std::move(socket));
+    serve_(peer, number);
   }
 
   std::function<void(Peer&, int)> serve_;
+  const Serving serving_;
   platform::UniqueFd listener_;
   std::uint16_t port_ = 0;
   std::atomic<int> connections_ = 0;
   std::atomic<bool> stop_ = false;
+  std::vector<std::thread> servings_;
   std::thread thread_;
 };
 

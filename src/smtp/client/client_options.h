@@ -35,6 +35,8 @@ struct ClientOptions {
   // Where the server offers PIPELINING: commands that need no reply in between in one write, and with CHUNKING several
   // messages in flight (see ClientSession). Off: one command, one reply.
   bool pipeline = false;
+  // So many connections at a time at most, 1 to 50: opened as they are needed, fewer where the server takes fewer.
+  std::size_t connections = 1;
   // At most so many messages go over one connection, then QUIT and another one; 0 for as many as the server takes.
   std::size_t per_connection = 0;
   // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of

@@ -66,8 +66,16 @@ class ClientSession {
   void Submit(const Envelope& envelope, MessageSource& message);
   // Messages of which no byte is made yet get this outcome.
   void Withdraw(const Outcome& why);
-  // Whether the server takes no further message over this connection, but may over another one.
+  // Whether the server takes no further message over this connection, but may over another one; and whether it took
+  // none, because there are too many connections.
   bool UsedUp() const { return transfers_.UsedUp(); }
+  bool crowded() const { return transfers_.crowded(); }
+  // Whether the server let a message begin over it.
+  bool accepted() const { return transfers_.accepted(); }
+  // Messages without outcome.
+  std::size_t in_flight() const { return transfers_.size(); }
+  // Whether the server's last reply came without delay.
+  void SetQuick(bool quick) { transfers_.SetQuick(quick); }
   // Only when Idle().
   void Quit() { wire_.Send(Awaited::kQuit, "QUIT"); }
 

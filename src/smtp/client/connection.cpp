@@ -16,10 +16,6 @@ constexpr std::uint64_t kProgressParts = 4;
 // A server that takes longer to answer than this is not pressed for more.
 constexpr std::chrono::seconds kQuick{1};
 
-// How long a wait may be before what was said is shown, and the time between two such waits. Longer than the wait that
-// takes a read one call alone.
-constexpr std::chrono::milliseconds kUnshown{250};
-
 // Short printable ASCII, which may be shown as it is.
 bool IsPlain(std::string_view line) {
   return line.size() <= 200 && std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
@@ -40,10 +36,6 @@ std::optional<ConnectionStep> StepOf(Awaited reply) {
     default:
       return {};
   }
-}
-
-bool IsLate(const Result<std::optional<std::size_t>>& count) {
-  return !count && count.error().failure == Failure::kTimedOut;
 }
 
 Outcome Lost(std::string reason) { return {State::kFailed, ResultCode::kConnectionLost, {}, std::move(reason)}; }
@@ -67,22 +59,17 @@ Outcome OutcomeOf(const Error& error) {
   }
 }
 
-Connection::Connection(const Surroundings& around, net::Stream stream, std::string host, bool encrypted)
+Connection::Connection(Surroundings& around, net::Stream stream, std::string host, bool encrypted, std::size_t lane)
     : around_(around),
       stream_(std::move(stream)),
       host_(std::move(host)),
+      lane_(lane),
       session_(around.options,
                {net::AddressLiteral(stream_.local().address), net::IsLoopbackHost(host_), encrypted,
                 platform::RandomOctets(24), around.clock.Now()},
                around.window),
       longest_step_(around.options.timeout),
-      step_(session_.Step() - 1),
-      shown_(around.clock.Monotonic()) {}
-
-net::Patience Connection::HandshakePatience() const {
-  return {around_.clock, around_.cancel, gives_up_at_,
-          Earlier(around_.until, net::Deadline::After(around_.clock.Monotonic(), longest_step_))};
-}
+      step_(session_.Step() - 1) {}
 
 void Connection::Submit(Job& job) {
   session_.Submit(job.envelope, *job.message);
@@ -94,31 +81,33 @@ void Connection::Withdraw(const Outcome& why) {
   TakeEvents();
 }
 
-void Connection::Advance(const net::Deadline& back) {
-  const bool blocked = !WriteAll();
-  TakeEvents();
-  if (session_.closed() || session_.Idle()) return;
-  WaitAndRead(blocked, back);
-  TakeEvents();
+void Connection::Quit(std::chrono::seconds longest, platform::Stop gives_up_at) {
+  gives_up_at_ = gives_up_at;
+  longest_step_ = std::min(longest_step_, longest);
+  quits_ = true;
+  if (!closed()) session_.Quit();
 }
 
-// Nothing is owed, so neither a wait that is over nor a cancel says anything of the connection.
-void Connection::Rest(const net::Deadline& back) {
-  if (stream_.WaitToRead({around_.clock, around_.cancel, platform::Stop::kStop, back})) ClosedMeanwhile();
+// --- what can be done now ---
+
+void Connection::Write() {
+  if (shakes_hands_) ShakeHands();
+  blocked_ = !shakes_hands_ && !WriteAll();
+  TakeEvents();
 }
 
 // False when the server does not take all of it now.
 bool Connection::WriteAll() {
   for (auto bytes = session_.BytesToSend(); !bytes.empty(); bytes = session_.BytesToSend()) {
     if (around_.cancel.Requested() >= gives_up_at_) {
-      session_.GiveUp({State::kFailed, ResultCode::kCancelled, {}, {}});
+      End(Error{Failure::kTryAgain, {}});
       return true;
     }
     const auto sent = stream_.WriteNow(bytes);
     if (!sent) {
       // A server that refuses a message half-way may say so before it closes: its word is worth more than "lost".
       if (sent.error().failure == Failure::kIo) ReadAll();
-      GiveUp(sent.error());
+      End(sent.error());
       return true;
     }
     if (!*sent) return false;
@@ -128,43 +117,18 @@ bool Connection::WriteAll() {
   return true;
 }
 
-// The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
-// whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
-// while a write waits, so that two sides that both have much to say do not wait for each other.
-void Connection::WaitAndRead(bool blocked, const net::Deadline& back) {
-  const auto began = around_.clock.Monotonic();
-  if (session_.Step() != step_) {
-    step_ = session_.Step();
-    deadline_ = Earlier(
-        around_.until, net::Deadline::After(began, std::min<std::chrono::seconds>(session_.Patience(), longest_step_)));
-  }
-  const auto count = ReadOrShow(blocked, began, back);
-  if (!waits_since_) waits_since_ = began;
-  if (!count || *count || blocked) {
-    around_.window.SetQuick(around_.clock.Monotonic() - *std::exchange(waits_since_, {}) < kQuick);
-  }
-  // A short read in clear took all that there is.
-  if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
+void Connection::Read() {
+  if (closed()) return;
+  if (shakes_hands_) return ShakeHands();
+  const auto count = stream_.ReadNow(buffer_);
+  if (!count || *count) EndWait();
+  TakeAsMuchAsThereIs(count);
 }
 
-// Reads; and where the server takes its time, lets the conversation so far be shown. Once in a while, and not at each
-// wait, because that costs a write. Nothing where it was time to come back before anything came.
-Result<std::optional<std::size_t>> Connection::ReadOrShow(bool blocked, platform::Instant began,
-                                                          const net::Deadline& back) {
-  const net::Deadline last = Earlier(deadline_, back);
-  const auto read = [&](const net::Deadline& until) {
-    return stream_.Read(buffer_, blocked, {around_.clock, around_.cancel, gives_up_at_, until});
-  };
-  if (began - shown_ < kUnshown) {
-    auto count = read(Earlier(last, net::Deadline::After(began, kUnshown)));
-    if (!IsLate(count) || deadline_.Passed(around_.clock.Monotonic())) return count;
-    if (back.Passed(around_.clock.Monotonic())) return std::optional<std::size_t>();
-  }
-  around_.source->Waiting();
-  shown_ = around_.clock.Monotonic();
-  auto count = read(last);
-  if (!IsLate(count) || deadline_.Passed(around_.clock.Monotonic())) return count;
-  return std::optional<std::size_t>();
+// A short read in clear took all that there is.
+void Connection::TakeAsMuchAsThereIs(const Result<std::optional<std::size_t>>& count) {
+  if (Take(count) && (stream_.encrypted() || **count == buffer_.size())) ReadAll();
+  TakeEvents();
 }
 
 void Connection::ReadAll() {
@@ -175,7 +139,7 @@ void Connection::ReadAll() {
 // Hands on what was read into the buffer; false when there was nothing, or there will be nothing more.
 bool Connection::Take(const Result<std::optional<std::size_t>>& count) {
   if (!count) {
-    GiveUp(count.error());
+    End(count.error());
   } else if (*count && **count == 0) {
     session_.GiveUp(Lost("The server closed the connection."));
   } else if (*count) {
@@ -185,20 +149,74 @@ bool Connection::Take(const Result<std::optional<std::size_t>>& count) {
   return false;
 }
 
-void Connection::GiveUp(const Error& error) { session_.GiveUp(OutcomeOf(error)); }
+bool Connection::ClosedMeanwhile() {
+  ReadAll();
+  TakeEvents();
+  return closed();
+}
+
+// --- what is waited for ---
+
+// The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
+// whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
+// while a write waits, so that two sides that both have much to say do not wait for each other.
+net::Deadline Connection::Until() {
+  if (shakes_hands_) return deadline_;
+  if (idle() || closed()) return net::Deadline::Never();
+  if (session_.Step() != step_) {
+    step_ = session_.Step();
+    deadline_ = around_.StepUntil(std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
+  }
+  if (!waits_since_) waits_since_ = around_.clock.Monotonic();
+  return deadline_;
+}
+
+void Connection::TimePassed() {
+  if (closed() || !Until().Passed(around_.clock.Monotonic())) return;
+  if (std::exchange(shakes_hands_, false)) TellOfHandshake();
+  GiveUp(Error{Failure::kTimedOut, {}});
+}
+
+void Connection::EndWait() {
+  const auto since = std::exchange(waits_since_, {});
+  if (since) session_.SetQuick(around_.clock.Monotonic() - *since < kQuick);
+}
+
+void Connection::Wait(const net::Deadline& back) {
+  Write();
+  if (closed() || idle()) return;
+  const auto is_late = [](const auto& count) { return !count && count.error().failure == Failure::kTimedOut; };
+  const auto count = WaitAndShow(
+      around_, Earlier(Until(), back),
+      [this](const net::Deadline& until) {
+        return stream_.Read(buffer_, blocked_, {around_.clock, around_.cancel, gives_up_at_, until});
+      },
+      is_late);
+  if (is_late(count) && !deadline_.Passed(around_.clock.Monotonic())) return;  // it was time to come back
+  EndWait();
+  TakeAsMuchAsThereIs(count);
+}
+
+// --- what the session tells ---
+
+void Connection::GiveUp(const Error& error) {
+  End(error);
+  TakeEvents();
+}
+
+void Connection::End(const Error& error) { session_.GiveUp(OutcomeOf(error)); }
 
 void Connection::TellProgress() {
   const std::uint64_t made = session_.octets_made();
   const std::uint64_t total = session_.octets_in_all();
   if (total == 0 || made == told_ || (made > told_ && made < told_ + total / kProgressParts && made < total)) return;
   told_ = made;
-  around_.source->Progress(made, total);
+  if (around_.jobs.HasOldest(lane_)) around_.source->Progress(made, total);
 }
 
 void Connection::TellLine(const Event& event) {
   const std::string printable = IsPlain(event.text) ? std::string() : platform::Printable(event.text);
-  const std::string_view line = printable.empty() ? std::string_view(event.text) : printable;
-  if (!around_.jobs.KeepLine(event.place, line)) around_.source->LogLine(line);
+  around_.jobs.TellLine(lane_, event.place, printable.empty() ? std::string_view(event.text) : printable);
 }
 
 void Connection::TellWatch(const Event& event) {
@@ -222,53 +240,54 @@ void Connection::TakeEvents() {
         TellWatch(*event);
         break;
       case Event::Kind::kStartTls:
-        StartTls();
+        BeginTls();
         break;
       case Event::Kind::kReady:
         ready_ = true;
+        around_.jobs.EndLines(lane_);
         around_.source->Connected(session_.capabilities());
         break;
       case Event::Kind::kOutcome:
-        around_.jobs.Settle(event->outcome, event->again);
+        around_.jobs.Settle(lane_, event->outcome, AgainOf(*event));
         break;
       case Event::Kind::kClosed:
-        ended_ = event->outcome;
+        end_ = event->outcome;
         stream_.Close();
+        around_.jobs.EndLines(lane_);
         break;
     }
   }
 }
 
-void Connection::StartTls() {
-  const auto tls = around_.tls();
-  if (!tls) return GiveUp(tls.error());
+// A message of which a crowded server took nothing has not had its one more connection.
+JobQueue::Again Connection::AgainOf(const Event& event) const {
+  if (!event.again) return JobQueue::Again::kNever;
+  return session_.crowded() ? JobQueue::Again::kAnyway : JobQueue::Again::kOnce;
+}
+
+void Connection::BeginTls() {
   if (around_.watch != nullptr) around_.watch->Begins(ConnectionStep::kTls);
-  const auto started = stream_.StartTls(**tls, host_, HandshakePatience());
-  if (around_.watch != nullptr) around_.watch->Encrypted(stream_.Facts());
-  if (!started) return GiveUp(started.error());
-  session_.TlsStarted();
+  const auto tls = around_.tls();
+  if (!tls) return End(tls.error());
+  if (const auto begun = stream_.BeginTls(**tls, host_); !begun) {
+    TellOfHandshake();
+    return End(begun.error());
+  }
+  shakes_hands_ = true;
+  deadline_ = around_.StepUntil(longest_step_);
 }
 
-Outcome Connection::Open() {
-  if (around_.watch != nullptr) around_.watch->Begins(ConnectionStep::kGreeting);
-  while (!ready_ && !session_.closed()) Advance();
-  if (session_.closed()) return ended_.value_or(Outcome{});
-  gives_up_at_ = platform::Stop::kAbandon;
-  return {State::kSent, ResultCode::kSuccess, {}, {}};
-}
-
-Outcome Connection::Quit(std::chrono::seconds longest, platform::Stop gives_up_at) {
-  gives_up_at_ = gives_up_at;
-  longest_step_ = std::min(longest_step_, longest);
-  if (!session_.closed()) session_.Quit();
-  while (!session_.closed()) Advance();
-  return ended_.value_or(Outcome{});
-}
-
-bool Connection::ClosedMeanwhile() {
-  ReadAll();
+void Connection::ShakeHands() {
+  const auto done = stream_.ShakeHands();
+  if (done && !*done) return;
+  shakes_hands_ = false;
+  TellOfHandshake();
+  done ? session_.TlsStarted() : End(done.error());
   TakeEvents();
-  return session_.closed();
+}
+
+void Connection::TellOfHandshake() {
+  if (around_.watch != nullptr) around_.watch->Encrypted(stream_.Facts());
 }
 
 }  // namespace quillcast::smtp

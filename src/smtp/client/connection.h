@@ -1,83 +1,88 @@
-// One connection of the client: a session and the stream under it, and the loop that moves bytes between them.
+// One connection of the client: a session and the stream under it, and what moves bytes between them.
 #pragma once
 
 #include <array>
-#include <functional>
-#include <memory>
 #include <optional>
 
 #include "net/stream.h"
-#include "smtp/client/client_options.h"
 #include "smtp/client/client_session.h"
-#include "smtp/client/connection_watch.h"
-#include "smtp/client/job_queue.h"
+#include "smtp/client/surroundings.h"
 
 namespace quillcast::smtp {
 
-// What the connections of one client share.
-struct Surroundings {
-  const ClientOptions& options;
-  const platform::Clock& clock;
-  const platform::CancelToken& cancel;
-  SendWindow& window;
-  JobQueue& jobs;
-  std::function<Result<net::TlsContext*>()> tls;  // made when it is first needed: reading the authorities takes long
-  JobSource* source = nullptr;
-  ConnectionWatch* watch = nullptr;              // null where nobody looks on
-  net::Deadline until = net::Deadline::Never();  // for every step together
-};
-
+// Nothing here waits but Wait: Write and Read do what can be done now, WaitsFor and Until say what is waited for then,
+// and TimePassed gives up where that has not come.
 class Connection {
  public:
-  Connection(const Surroundings& around, net::Stream stream, std::string host, bool encrypted);
+  // `lane`: its place among the connections of the client.
+  Connection(Surroundings& around, net::Stream stream, std::string host, bool encrypted, std::size_t lane);
 
-  // Greets and signs in. kSuccess, or why not; the connection is then closed.
-  Outcome Open();
-  // Whether a message should be submitted now, if there is one.
-  bool WantsMessage() { return session_.WantsMessage(); }
+  // Greeted and signed in, so that messages may be submitted.
+  bool ready() const { return ready_; }
+  bool WantsMessage() { return !quits_ && session_.WantsMessage(); }
   void Submit(Job& job);
   // Messages that nothing was sent of yet get this outcome.
   void Withdraw(const Outcome& why);
-  // Writes what can be written, then waits for replies once and takes them. `back`: until then at most.
-  void Advance(const net::Deadline& back = net::Deadline::Never());
-  // While idle: waits until then, or until the server says or does something, or the person cancels.
-  void Rest(const net::Deadline& back);
-  // Says QUIT and waits for the reply `longest` at most, or until the person gives up.
-  Outcome Quit(std::chrono::seconds longest, platform::Stop gives_up_at = platform::Stop::kAbandon);
+  // Says QUIT, whose reply may take so long.
+  void Quit(std::chrono::seconds longest, platform::Stop gives_up_at = platform::Stop::kAbandon);
+  // It is of no more use: the person gives up what is under way, or the system refuses to wait.
+  void GiveUp(const Error& error);
+
+  void Write();
+  void Read();
+  pollfd WaitsFor() const { return stream_.WaitsFor(blocked_); }
+  net::Deadline Until();
+  void TimePassed();
+
+  // Writes what can be written, then waits for replies once and takes them, until `back` at most: the fewest calls of
+  // the system, for a connection that is alone. While it is not idle.
+  void Wait(const net::Deadline& back);
 
   // Whether the server has closed it, or said anything, while there was nothing to say; then it is of no more use.
   bool ClosedMeanwhile();
   bool closed() const { return session_.closed(); }
+  // Why it is.
+  const Outcome& end() const { return end_; }
   // Whether it has served all the messages that it can, and another connection may serve more.
   bool used_up() const { return session_.UsedUp() && session_.Idle(); }
+  // Whether the server took none, because there are others already; and whether it takes some.
+  bool crowded() const { return session_.crowded(); }
+  bool accepted() const { return session_.accepted(); }
+  bool quits() const { return quits_; }
   bool idle() const { return session_.Idle(); }
+  std::size_t in_flight() const { return session_.in_flight(); }
 
  private:
-  net::Patience HandshakePatience() const;
   bool WriteAll();
-  void WaitAndRead(bool blocked, const net::Deadline& back);
-  Result<std::optional<std::size_t>> ReadOrShow(bool blocked, platform::Instant began, const net::Deadline& back);
   void ReadAll();
   bool Take(const Result<std::optional<std::size_t>>& count);
-  void TakeEvents();
+  void TakeAsMuchAsThereIs(const Result<std::optional<std::size_t>>& count);
+  void EndWait();
+  void End(const Error& error);
+  void TellProgress();
   void TellLine(const Event& event);
   void TellWatch(const Event& event);
-  void StartTls();
-  void TellProgress();
-  void GiveUp(const Error& error);
+  void TakeEvents();
+  JobQueue::Again AgainOf(const Event& event) const;
+  void BeginTls();
+  void ShakeHands();
+  void TellOfHandshake();
 
-  const Surroundings& around_;
+  Surroundings& around_;
   net::Stream stream_;
   std::string host_;
+  const std::size_t lane_;
   ClientSession session_;
-  platform::Stop gives_up_at_ = platform::Stop::kStop;  // until it is open; then kAbandon
+  platform::Stop gives_up_at_ = platform::Stop::kAbandon;
   std::chrono::seconds longest_step_;
   std::uint64_t step_;  // the one that `deadline_` belongs to
   net::Deadline deadline_ = net::Deadline::Never();
-  platform::Instant shown_;  // when the conversation was shown last
   std::optional<platform::Instant> waits_since_;
+  bool blocked_ = false;        // the server does not take all of it now
+  bool shakes_hands_ = false;   // the handshake of TLS is under way
   bool ready_ = false;
-  std::optional<Outcome> ended_;
+  bool quits_ = false;
+  Outcome end_;
   std::uint64_t told_ = 0;  // octets of the message under way
   std::array<char, std::size_t{16} * 1024> buffer_;
 };

@@ -1,6 +1,7 @@
 #include "smtp/client/job_queue.h"
 
-#include <string_view>
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace quillcast::smtp {
@@ -42,17 +43,11 @@ void JobQueue::Begin(JobSource& source) {
   exhausted_ = given_up_ = false;
 }
 
-JobQueue::Entry* JobQueue::FirstAt(Entry::Stage stage) {
-  for (std::size_t n = 0; n < entries_.size(); ++n) {
-    if (entries_[n].stage == stage) return &entries_[n];
-  }
-  return nullptr;
-}
-
 Job* JobQueue::Next() {
-  if (waiting_ > 0) return FirstAt(Entry::Stage::kWaiting)->job;
+  if (!waiting_.empty()) return EntryOf(waiting_.front()).job;
   due_.reset();
-  if (exhausted_ || given_up_ || cancel_.Requested() != platform::Stop::kNone) return nullptr;
+  if (exhausted_ || given_up_ || entries_.size() >= kMostAhead) return nullptr;
+  if (cancel_.Requested() != platform::Stop::kNone) return nullptr;
   Job* job = source_->NextJob();
   if (job == nullptr) {
     due_ = source_->NextDue();
@@ -61,37 +56,49 @@ Job* JobQueue::Next() {
   }
   Entry& entry = entries_.Push();
   entry.job = job;
-  entry.stage = Entry::Stage::kWaiting;
   entry.moved = false;
   entry.log.clear();
-  ++waiting_;
+  Wait(first_ + entries_.size() - 1);
   return job;
 }
 
-void JobQueue::Submitted() {
-  Entry& entry = *FirstAt(Entry::Stage::kWaiting);
+void JobQueue::Wait(std::uint64_t number) {
+  EntryOf(number).stage = Entry::Stage::kWaiting;
+  waiting_.push_back(number);
+  std::push_heap(waiting_.begin(), waiting_.end(), std::greater<>());
+}
+
+std::uint64_t JobQueue::TakeWaiting() {
+  std::pop_heap(waiting_.begin(), waiting_.end(), std::greater<>());
+  const std::uint64_t number = waiting_.back();
+  waiting_.pop_back();
+  return number;
+}
+
+void JobQueue::Submitted(std::size_t lane) {
+  const std::uint64_t number = TakeWaiting();
+  Entry& entry = EntryOf(number);
   entry.stage = Entry::Stage::kSubmitted;
-  --waiting_;
+  lanes_[lane].submitted.Push() = number;
+  ++submitted_;
   source_->GoesOut(*entry.job);
   told_ = true;
 }
 
-void JobQueue::Move() { FirstAt(Entry::Stage::kWaiting)->moved = true; }
+void JobQueue::Move() { EntryOf(waiting_.front()).moved = true; }
 
-void JobQueue::Fail(const Outcome& outcome) {
-  --waiting_;
-  Tell(*FirstAt(Entry::Stage::kWaiting), outcome);
-}
+void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), outcome); }
 
-void JobQueue::Settle(const Outcome& outcome, bool again) {
-  Entry& entry = *FirstAt(Entry::Stage::kSubmitted);
-  if (!again) return Tell(entry, outcome);
-  if (!entry.moved && cancel_.Requested() == platform::Stop::kNone) {
-    entry.moved = true;
-    entry.stage = Entry::Stage::kWaiting;
-    ++waiting_;
+void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
+  const std::uint64_t number = lanes_[lane].submitted.front();
+  lanes_[lane].submitted.Pop();
+  --submitted_;
+  Entry& entry = EntryOf(number);
+  if (again == Again::kNever) return Tell(entry, outcome);
+  if ((again == Again::kAnyway || !entry.moved) && cancel_.Requested() == platform::Stop::kNone) {
+    entry.moved = entry.moved || again == Again::kOnce;
     entry.job->message->Rewind();
-    return;
+    return Wait(number);
   }
   Outcome last = outcome;
   if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
@@ -111,25 +118,39 @@ void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
     const int times = breaker_.TimeToAsk(first.outcome);
     if (times != 0 && !given_up_) given_up_ = !source_->GoOn(first.outcome, times);
     entries_.Pop();
-    if (!entries_.empty()) TellLog(entries_.front());
+    ++first_;
+    TellLines(between_);
+    if (!entries_.empty()) TellLines(entries_.front().log);
   }
 }
 
-void JobQueue::TellLog(Entry& entry) {
-  std::string_view lines = entry.log;
-  for (auto end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
-    source_->LogLine(lines.substr(0, end));
-    lines.remove_prefix(end + 1);
+void JobQueue::TellLines(std::string& lines) {
+  std::string_view left = lines;
+  for (auto end = left.find('\n'); end != std::string_view::npos; end = left.find('\n')) {
+    source_->LogLine(left.substr(0, end));
+    left.remove_prefix(end + 1);
   }
-  entry.log.clear();
+  lines.clear();
 }
 
-bool JobQueue::KeepLine(std::size_t place, std::string_view line) {
-  std::size_t n = 0;
-  while (n < entries_.size() && (entries_[n].stage != Entry::Stage::kSubmitted || place-- > 0)) ++n;
-  if (n == 0 || n == entries_.size()) return false;
-  entries_[n].log.append(line).push_back('\n');
-  return true;
+void JobQueue::TellLine(std::size_t lane, std::size_t place, std::string_view line) {
+  Lane& own = lanes_[lane];
+  const bool is_of_job = place < own.submitted.size();
+  const bool is_alone = submitted_ == own.submitted.size() && own.lines.empty() && between_.empty();
+  if (is_of_job ? own.submitted[place] == first_ : is_alone) return source_->LogLine(line);
+  std::string& kept = is_of_job ? EntryOf(own.submitted[place]).log : own.lines;
+  kept.append(line).push_back('\n');
+}
+
+void JobQueue::EndLines(std::size_t lane) {
+  between_ += lanes_[lane].lines;
+  lanes_[lane].lines.clear();
+  if (submitted_ == 0) TellLines(between_);
+}
+
+bool JobQueue::HasOldest(std::size_t lane) const {
+  const auto& submitted = lanes_[lane].submitted;
+  return !submitted.empty() && submitted.front() == first_;
 }
 
 bool JobQueue::CatchUp() { return !std::exchange(told_, false) || source_->CaughtUp(); }

@@ -1,6 +1,12 @@
-// The jobs of a run between NextJob and Finished: which goes next, which goes over a second connection, and that each
-// is told once, in the order taken.
+// The jobs of a run between NextJob and Finished: which goes next, over which connection each is on its way, and that
+// each is told once, in the order taken.
 #pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/cancel.h"
 #include "smtp/client/job_source.h"
@@ -19,9 +25,13 @@ class Breaker {
   int times_ = 0;
 };
 
+// A lane is the place of a connection among those of the run, from 0: one after the other may be there.
 class JobQueue {
  public:
-  explicit JobQueue(const platform::CancelToken& cancel) : cancel_(cancel) {}
+  // So many jobs are taken at most ahead of the oldest without an outcome: it may be with a server that is slow.
+  static constexpr std::size_t kMostAhead = 10'000;
+
+  explicit JobQueue(const platform::CancelToken& cancel, std::size_t lanes = 1) : cancel_(cancel), lanes_(lanes) {}
   void Begin(JobSource& source);
 
   // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
@@ -29,27 +39,37 @@ class JobQueue {
   Job* Next();
   // After Next had none: when there may be one, nothing where there is none any more, or the person cancelled.
   const std::optional<platform::Instant>& due() const { return due_; }
-  void Submitted();
+  // How many have been taken and not been submitted; and the number of the next of them, in the order taken.
+  std::size_t waiting() const { return waiting_.size(); }
+  std::uint64_t next_number() const { return waiting_.front(); }
+  // Whether all that were taken are told.
+  bool empty() const { return entries_.empty(); }
+
+  void Submitted(std::size_t lane = 0);
   // It has had one connection already: there is no third.
   void Move();
   // It has this outcome without having been submitted.
   void Fail(const Outcome& outcome);
 
-  // The outcome of the first of those that were submitted. `again`: the server has not taken it for certain, and
-  // another connection may serve it.
-  void Settle(const Outcome& outcome, bool again);
+  // Whether the server has not taken a message for certain, and another connection may serve it: one more, or one that
+  // does not count, because nothing of the message went over the last.
+  enum class Again { kNever, kOnce, kAnyway };
+  // The outcome of the first of those that were submitted over that lane.
+  void Settle(std::size_t lane, const Outcome& outcome, Again again);
 
-  // Takes a line of the connection, of the submitted job that has `place` submitted ones before it, and tells it before
-  // that job's outcome, so that the lines of each job stand together. False where nothing has to be waited for, because
-  // it is of the first job of all or of none: the line is to be told now.
-  bool KeepLine(std::size_t place, std::string_view line);
+  // Takes a line of the lane's connection: of the job that has `place` others before it there, or of none. The lines of
+  // the oldest job of all are told at once, those of the others before their outcome, so that each job's stand
+  // together. Lines of none are told at once where no other connection is at work, else together between two jobs.
+  void TellLine(std::size_t lane, std::size_t place, std::string_view line);
+  // What the lane's connection said so far apart from its jobs stands together: it is ready for them, or over.
+  void EndLines(std::size_t lane);
+  // Whether the oldest job of all is on its way there.
+  bool HasOldest(std::size_t lane) const;
 
   // Asks JobSource::CaughtUp where something was told since the last time.
   bool CatchUp();
 
  private:
-  // In the order taken. Those submitted have the order in which they were submitted: while any is, those that wait
-  // stand behind it, for they lost their connection together.
   struct Entry {
     enum class Stage { kWaiting, kSubmitted, kSettled };
     Job* job = nullptr;
@@ -58,15 +78,26 @@ class JobQueue {
     Outcome outcome;
     std::string log;  // lines, each with "\n", that wait for the jobs before
   };
+  // Jobs go by their number, in the order taken.
+  struct Lane {
+    ReusedQueue<std::uint64_t> submitted;
+    std::string lines;  // of none of them
+  };
 
-  Entry* FirstAt(Entry::Stage stage);
+  Entry& EntryOf(std::uint64_t number) { return entries_[static_cast<std::size_t>(number - first_)]; }
+  void Wait(std::uint64_t number);
+  std::uint64_t TakeWaiting();
   void Tell(Entry& entry, const Outcome& outcome);
-  void TellLog(Entry& entry);
+  void TellLines(std::string& lines);
 
   const platform::CancelToken& cancel_;
   JobSource* source_ = nullptr;
   ReusedQueue<Entry> entries_;
-  std::size_t waiting_ = 0;  // entries at that stage
+  std::uint64_t first_ = 0;             // the number of the first of them
+  std::vector<std::uint64_t> waiting_;  // a heap, the oldest in front
+  std::vector<Lane> lanes_;
+  std::size_t submitted_ = 0;  // over all of them
+  std::string between_;        // lines that stand before those of the next job
   Breaker breaker_;
   std::optional<platform::Instant> due_;
   bool exhausted_ = false;  // there were no more, and no outcome was told since

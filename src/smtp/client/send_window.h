@@ -1,5 +1,5 @@
-// How far a run goes ahead of the server's replies. One for all connections of a run: what a server showed on one of
-// them is remembered.
+// How far a run goes ahead of the server's replies, on each of its connections. One for all of them: what a server showed
+// on one is remembered.
 #pragma once
 
 #include <algorithm>
@@ -15,22 +15,21 @@ class SendWindow {
   static constexpr std::size_t kMost = 64;
   static constexpr std::uint64_t kMostOctets = std::uint64_t{4} * 1024 * 1024;
 
-  // Whether another message is wanted beside those that have no outcome yet. Once full, nothing is wanted until half of
-  // it is answered: so that replies which trickle in do not cost a write each.
-  bool Wants(std::size_t messages, std::uint64_t octets) {
+  // Whether a connection wants another message beside those that have no outcome yet. Once full, nothing is wanted until
+  // half of it is answered: so that replies which trickle in do not cost a write each. `filling` is the connection's own.
+  bool Wants(std::size_t messages, std::uint64_t octets, bool& filling) const {
     if (messages >= limit_ || octets >= kMostOctets) {
-      filling_ = false;
+      filling = false;
     } else if (messages <= limit_ / 2 && octets <= kMostOctets / 2) {
-      filling_ = true;
+      filling = true;
     }
-    return filling_;
+    return filling;
   }
 
   // A message was taken. One more for each doubles the window with every round trip, while the server is quick.
-  void Taken() {
-    if (quick_ && !cautious_) limit_ = std::min(limit_ + 1, kMost);
+  void Taken(bool quick) {
+    if (quick && !cautious_) limit_ = std::min(limit_ + 1, kMost);
   }
-  void SetQuick(bool quick) { quick_ = quick; }
 
   // The server showed trouble: from here on one message at a time, and no message before its envelope is accepted.
   void BeCautious() {
@@ -47,13 +46,16 @@ class SendWindow {
   void GiveUpPipelining() { pipelining_ = false; }
   bool pipelining() const { return pipelining_; }
 
+  // How many connections are ready for messages.
+  void SetConnections(std::size_t connections) { connections_ = connections; }
+  std::size_t connections() const { return connections_; }
+
   std::size_t limit() const { return limit_; }
 
  private:
   std::size_t limit_ = kFirst;
   std::size_t per_connection_ = std::numeric_limits<std::size_t>::max();
-  bool filling_ = true;
-  bool quick_ = true;
+  std::size_t connections_ = 1;
   bool cautious_ = false;
   bool pipelining_ = true;
 };

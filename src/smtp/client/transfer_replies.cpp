@@ -1,6 +1,7 @@
 // What the replies to the commands of a message mean for it and for those behind it.
 #include <utility>
 
+#include "platform/text.h"
 #include "smtp/client/transfers.h"
 
 namespace quillcast::smtp {
@@ -30,7 +31,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       break;
     case Awaited::kEndOfData:
       transfer.open = false;
-      window_.Taken();
+      window_.Taken(quick_);
       took_ = true;
       if (!transfer.verdict) Deliver(reply);
       break;
@@ -61,7 +62,8 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
     return;
   }
   const bool deferred = reply.code / 100 == 4;
-  const bool limit = IsLimit(command) && deferred;
+  crowded_ = crowded_ || IsCrowd(command, reply);
+  const bool limit = (IsLimit(command) && deferred) || crowded_;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
   if (command == Awaited::kReset) {
     end_ = {Refusal(command, reply), true};
@@ -91,10 +93,16 @@ bool Transfers::BreaksPipelining(Awaited command, int code) const {
   return AsksMuch() && about_order && command != Awaited::kEndOfData && !transfers_.front().verdict;
 }
 
+// Whether the server takes fewer connections than there are: it says so at the first MAIL of one that came to others.
+bool Transfers::IsCrowd(Awaited command, const ServerReply& reply) const {
+  if (command != Awaited::kMail || mails_taken_ > 0 || window_.connections() < 2 || reply.code / 100 != 4) return false;
+  return reply.code == 421 || platform::AsciiLower(reply.text).find("connection") != std::string::npos;
+}
+
 // No further message goes over this connection; those behind that have not begun need not be refused as well.
 void Transfers::UseUp(const Outcome& why) {
   used_up_ = true;
-  window_.LimitConnection(mails_taken_);
+  if (!crowded_) window_.LimitConnection(mails_taken_);
   for (std::size_t n = 1; n < transfers_.size(); ++n) {
     Transfer& transfer = transfers_[n];
     if (transfer.next != Next::kReset) continue;
@@ -109,8 +117,11 @@ void Transfers::UseUp(const Outcome& why) {
 // The 421 is the verdict of the message whose end it answers. Those behind it are in doubt once their end is out: not
 // every server stops where it says so.
 SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
+  crowded_ = IsCrowd(command, reply);
   if (IsLimit(command) && !IsOut(transfers_.front())) {
     window_.LimitConnection(mails_taken_);
+  } else if (crowded_) {
+    // It may do well with the others.
   } else {
     window_.BeCautious();
   }

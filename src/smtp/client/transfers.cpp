@@ -38,7 +38,7 @@ bool Transfers::WantsMessage() {
   const Transfer& last = transfers_.back();
   // The next envelope goes with the end of this message, which begins when DATA has been accepted.
   if (!last.chunked) return last.next == Next::kBody || last.next == Next::kLoneDot;
-  return proven_ && last.next != Next::kImpossible && window_.Wants(transfers_.size(), octets_);
+  return proven_ && last.next != Next::kImpossible && window_.Wants(transfers_.size(), octets_, filling_);
 }
 
 void Transfers::Submit(const Envelope& envelope, MessageSource& message) {

@@ -30,6 +30,10 @@ class Transfers {
   void Withdraw(const Outcome& why);
   bool UsedUp() const { return used_up_ || submitted_ >= window_.per_connection(); }
   bool empty() const { return transfers_.empty(); }
+  std::size_t size() const { return transfers_.size(); }
+  bool crowded() const { return crowded_; }
+  bool accepted() const { return mails_taken_ > 0; }
+  void SetQuick(bool quick) { quick_ = quick; }
   std::uint64_t octets_made() const { return octets_made_; }
   std::uint64_t octets_in_all() const { return octets_in_all_; }
 
@@ -87,6 +91,7 @@ class Transfers {
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
   bool IsLimit(Awaited command) const { return command == Awaited::kMail && took_; }
+  bool IsCrowd(Awaited command, const ServerReply& reply) const;
   void UseUp(const Outcome& why);
   // Several things were asked at once of a server that has not shown yet that it can take that.
   bool AsksMuch() const { return pipelined_ && !proven_ && !transfers_.empty(); }
@@ -100,6 +105,9 @@ class Transfers {
   bool in_doubt_ = false;  // a transaction may be open: RSET goes before the next message
   bool took_ = false;      // a message
   bool used_up_ = false;   // it said that it takes no more over this connection
+  bool crowded_ = false;   // and that there are too many of those
+  bool filling_ = true;    // the window
+  bool quick_ = true;      // the server's last reply was
 
   ReusedQueue<Transfer> transfers_;  // those without outcome, oldest first
   std::size_t sending_ = 0;          // those before it are wholly made

@@ -1,5 +1,10 @@
-// How many connections a run opens, and how many messages go over each.
+// How many connections a run opens, how many messages go over each, and that none is held up or harmed by another.
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <set>
 
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
@@ -8,38 +13,88 @@
 namespace quillcast::smtp {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr const char* kPlain = "250 mx\r\n";
 constexpr const char* kChunking = "250-mx\r\n250-PIPELINING\r\n250 CHUNKING\r\n";
 
-ClientOptions OptionsFor(std::uint16_t port) {
+ClientOptions OptionsFor(std::uint16_t port, std::size_t connections = 1) {
   ClientOptions options;
   options.servers = {{"127.0.0.1", port}};
-  options.timeout = std::chrono::seconds(2);
+  options.timeout = 2s;
   options.pipeline = true;
+  options.connections = connections;
   return options;
 }
 
-void SendAll(const ClientOptions& options, Letters& letters) {
+void SendAll(const ClientOptions& options, Letters& letters, const platform::CancelToken& cancel = {}) {
   const platform::SystemClock clock;
-  const platform::CancelToken cancel;
   Client(options, clock, cancel).Run(letters);
 }
 
-// Takes everything that comes over a connection, until QUIT. Gives how many messages those were; -1 without a QUIT.
-int TakeAll(Peer& peer, const char* offers) {
-  peer.Say("220 ESMTP\r\n");
+// What a server does in place of the reply to a line ("" for the greeting, "." for a message). True ends the connection.
+using Instead = std::function<std::optional<bool>(Peer&, const std::string& line)>;
+
+// Takes everything that comes over a connection, until QUIT, and calls `took` with the first line of each message. Gives
+// how many messages those were; -1 without a QUIT.
+int TakeAll(Peer& peer, const char* offers, const Instead& instead = {},
+            const std::function<void(const std::string&)>& took = {}) {
   int messages = 0;
+  const auto ends = [&](const std::string& line, const char* reply) {
+    const auto done = instead ? instead(peer, line) : std::nullopt;
+    if (!done) peer.Say(reply);
+    return done.value_or(false);
+  };
+  if (ends("", "220 ESMTP\r\n")) return -1;
   for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
-    if (line.starts_with("BDAT")) peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5))));
+    const bool chunk = line.starts_with("BDAT");
+    std::string message = chunk ? peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5)))) : "";
     if (line == "DATA") {
       peer.Say("354 go\r\n");
-      peer.Message();
+      message = peer.Message();
     }
-    messages += line == "DATA" || line.starts_with("BDAT") ? 1 : 0;
-    peer.Say(line.starts_with("EHLO") ? offers : "250 ok\r\n");
+    if (!message.empty() && ++messages > 0 && took) took(message.substr(0, message.find_first_of("\r\n")));
+    if (ends(message.empty() ? line : ".", line.starts_with("EHLO") ? offers : "250 ok\r\n")) return -1;
     if (line == "QUIT") return messages;
   }
   return -1;
+}
+
+// A server that serves all its connections at once, and keeps account of them. `instead` is asked for each of them.
+struct Busy {
+  explicit Busy(std::function<Instead(int number)> instead, const char* offers = kPlain)
+      : server(
+            [this, instead, offers](Peer& peer, int number) {
+              Count(+1);
+              TakeAll(peer, offers, instead(number), [&](const std::string& subject) {
+                const std::lock_guard lock(mutex);
+                ++taken[subject];
+                over.insert(number);
+              });
+              Count(-1);
+            },
+            ScriptedServer::Serving::kAtOnce) {}
+  void Count(int change) {
+    const std::lock_guard lock(mutex);
+    at_once += change;
+    most_at_once = std::max(most_at_once, at_once);
+  }
+
+  std::mutex mutex;
+  std::map<std::string, int> taken;  // messages to times
+  std::set<int> over;                // the connections that took any
+  int at_once = 0;
+  int most_at_once = 0;
+  ScriptedServer server;  // the last, so that it ends before what it tells of
+};
+
+void ExpectAllSentOnce(const Letters& letters, const std::map<std::string, int>& taken, int count) {
+  ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(count));
+  for (const Outcome& outcome : letters.outcomes) {
+    EXPECT_EQ(outcome.state, State::kSent) << outcome.reason << outcome.reply.text;
+  }
+  EXPECT_EQ(taken.size(), static_cast<std::size_t>(count));
+  for (const auto& [subject, times] : taken) EXPECT_EQ(times, 1) << subject;
 }
 
 TEST(ClientConnections, NoMoreMessagesThanAskedForGoOverOne) {
@@ -59,6 +114,180 @@ TEST(ClientConnections, NoMoreMessagesThanAskedForGoOverOne) {
       ASSERT_EQ(letters.outcomes.size(), 7U);
       for (const Outcome& outcome : letters.outcomes) EXPECT_EQ(outcome.state, State::kSent);
     }
+  }
+}
+
+// Takes its time for each reply, so that there is something to gain by another connection.
+Instead SlowBy(std::chrono::milliseconds delay) {
+  return [delay](Peer&, const std::string&) {
+    std::this_thread::sleep_for(delay);
+    return std::optional<bool>();
+  };
+}
+
+TEST(ClientConnections, AreOpenedAsTheyAreNeeded) {
+  struct Case {
+    int letters;
+    std::size_t connections;
+    int least, most;  // at once
+    std::size_t per_connection = 0;
+  };
+  for (const char* offers : {kPlain, kChunking}) {
+    for (const Case& c : {Case{0, 8, 0, 0}, Case{1, 50, 1, 1}, Case{3, 50, 1, 3}, Case{60, 1, 1, 1}, Case{60, 2, 2, 2},
+                          Case{150, 8, 4, 8}, Case{30, 4, 2, 4, 3}}) {
+      SCOPED_TRACE(testing::Message() << offers << c.letters << " letters, " << c.connections);
+      Letters letters(c.letters, {}, Letters::Size::kKnown);
+      Busy busy([](int) { return SlowBy(3ms); }, offers);
+      ClientOptions options = OptionsFor(busy.server.port(), c.connections);
+      options.per_connection = c.per_connection;
+      SendAll(options, letters);
+      const std::lock_guard lock(busy.mutex);
+      ExpectAllSentOnce(letters, busy.taken, c.letters);
+      EXPECT_GE(busy.most_at_once, c.least);
+      EXPECT_LE(busy.most_at_once, c.most);
+    }
+  }
+}
+
+// A server that takes three connections at a time, and says so in one of many ways: nobody is lost by that, and it is
+// not asked for more again and again.
+TEST(ClientConnections, NoMoreAreAskedForThanTheServerTakes) {
+  constexpr int kTakes = 3;
+  constexpr int kLetters = 80;
+  struct Case {
+    const char* name;
+    const char* at;  // the line
+    const char* says;
+    bool hangs_up;
+  };
+  for (const char* offers : {kPlain, kChunking}) {
+    for (const Case& c : {Case{"421 in place of the greeting", "", "421 4.7.0 too many\r\n", true},
+                          Case{"554 in place of the greeting", "", "554 5.7.1 too many\r\n", true},
+                          Case{"hangs up in place of the greeting", "", "", true},
+                          Case{"450 to EHLO", "EHLO", "450 4.7.1 too many\r\n", false},
+                          Case{"452 to MAIL", "MAIL", "452 4.3.2 too many connections\r\n", false},
+                          Case{"421 to MAIL", "MAIL", "421 4.3.2 busy\r\n", true}}) {
+      SCOPED_TRACE(testing::Message() << offers << c.name);
+      Letters letters(kLetters, {}, Letters::Size::kKnown);
+      std::atomic<int> serves = 0;
+      Busy busy(
+          [&](int) -> Instead {
+            return [&, is_one_too_many = ++serves > kTakes, is_refused = false](
+                       Peer& peer, const std::string& line) mutable -> std::optional<bool> {
+              std::this_thread::sleep_for(2ms);
+              if (!is_one_too_many || (*c.at == '\0' ? !line.empty() : !line.starts_with(c.at))) {
+                if (!is_refused || line == "QUIT") return {};
+                peer.Say("503 5.5.1 MAIL first\r\n");
+                return false;
+              }
+              if (!std::exchange(is_refused, true)) --serves;
+              peer.Say(c.says);
+              return c.hangs_up;
+            };
+          },
+          offers);
+      SendAll(OptionsFor(busy.server.port(), 12), letters);
+      const std::lock_guard lock(busy.mutex);
+      ExpectAllSentOnce(letters, busy.taken, kLetters);
+      EXPECT_EQ(busy.over.size(), static_cast<std::size_t>(kTakes));
+      EXPECT_LE(busy.server.connections(), kTakes + 3);
+    }
+  }
+}
+
+// The second connection goes wrong, in each way and at each line; whoever is on another is served meanwhile.
+TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
+  constexpr int kLetters = 200;
+  for (const char* offers : {kPlain, kChunking}) {
+    for (const auto& [at, is_silent] : std::initializer_list<std::pair<const char*, bool>>{
+             {"", false}, {"EHLO", false}, {"MAIL", false}, {"RCPT", false}, {".", false}, {"", true}, {"MAIL", true},
+             {".", true}}) {
+        SCOPED_TRACE(testing::Message() << offers << "at \"" << at << (is_silent ? "\" silent" : "\" hangs up"));
+        const bool opens = *at == '\0' || *at == 'E';
+        Letters letters(kLetters, {}, Letters::Size::kKnown);
+        std::atomic<int> taken = 0;
+        std::atomic<int> taken_by_then = 0;
+        Busy busy(
+            [&, at = at, is_silent = is_silent](int number) -> Instead {
+              return [&, at, is_silent, number, messages = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
+                std::this_thread::sleep_for(300us);
+                const bool is_place = *at == '\0' ? line.empty() : line.starts_with(at);
+                taken += line == "." ? 1 : 0;
+                if (number != 1 || !is_place || (*at == '.' && messages++ == 0)) return {};
+                if (is_silent) peer.Stall();
+                taken_by_then = taken.load();
+                return true;
+              };
+            },
+            offers);
+        ClientOptions options = OptionsFor(busy.server.port(), 4);
+        options.timeout = 1s;
+        SendAll(options, letters);
+        ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
+        const std::lock_guard lock(busy.mutex);
+        std::size_t not_sent = 0;
+        for (std::size_t n = 0; n < kLetters; ++n) {
+          const State state = letters.outcomes[n].state;
+          const int times = busy.taken["Subject: " + std::to_string(n)];
+          EXPECT_LE(times, 1) << n;
+          if (state != State::kUnknown) {
+            EXPECT_EQ(times, state == State::kSent ? 1 : 0) << n;
+          }
+          not_sent += state == State::kSent ? 0 : 1;
+        }
+        const std::size_t in_flight = std::string(offers) == kPlain ? 1 : SendWindow::kMost;
+        EXPECT_LE(not_sent, opens || (!is_silent && *at != '.') ? 0 : in_flight);
+        if (is_silent) {
+          EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
+        }
+    }
+  }
+}
+
+// A wrong password is tried for one message after the other, and the person asked after three, however many
+// connections there might be.
+TEST(ClientConnections, AWrongPasswordIsNotTriedOverMany) {
+  Letters letters(20);
+  letters.goes_on = false;
+  Busy busy(
+      [](int) -> Instead {
+        return [](Peer& peer, const std::string& line) -> std::optional<bool> {
+          if (!line.starts_with("AUTH")) return {};
+          peer.Say("535 5.7.8 no\r\n");
+          return false;
+        };
+      },
+      "250-mx\r\n250 AUTH PLAIN\r\n");
+  ClientOptions options = OptionsFor(busy.server.port(), 8);
+  options.sign_in = true;
+  options.user = "ada";
+  SendAll(options, letters);
+  EXPECT_EQ(letters.outcomes.size(), 3U);
+  EXPECT_EQ(busy.server.connections(), 3);
+}
+
+TEST(ClientConnections, AStopLetsWhatIsUnderWayEndAndNothingBegin) {
+  for (const int requests : {1, 2}) {
+    Letters letters(400, {}, Letters::Size::kKnown);
+    platform::CancelToken cancel;
+    Busy busy([](int) { return SlowBy(5ms); });
+    letters.on_next = [&](std::size_t before) {
+      for (int n = 0; before == 60 && n < requests; ++n) cancel.Request();
+    };
+    SendAll(OptionsFor(busy.server.port(), 6), letters, cancel);
+    const std::lock_guard lock(busy.mutex);
+    ASSERT_EQ(letters.outcomes.size(), 61U);
+    for (std::size_t n = 0; n < letters.outcomes.size(); ++n) {
+      const Outcome& outcome = letters.outcomes[n];
+      const int times = busy.taken["Subject: " + std::to_string(n)];
+      if (outcome.state != State::kUnknown) {
+        EXPECT_EQ(times, outcome.state == State::kSent ? 1 : 0);
+      }
+      if (requests == 1) {
+        EXPECT_TRUE(outcome.state == State::kSent || !outcome.begun) << n;
+      }
+    }
+    EXPECT_FALSE(letters.outcomes.back().begun);
   }
 }
 

@@ -77,36 +77,45 @@ TEST(ClientFaults, AtEveryReplyOfAConnection) {
 // At every record that fails, over every way of sending: who is written to was recorded before, the others are told as
 // not begun.
 TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
-  constexpr int kLetters = 4;
-  constexpr int kRecords = 8;
-  for (const char* offers :
-       {"250 ok\r\n", "250-ok\r\n250 PIPELINING\r\n", "250-ok\r\n250-PIPELINING\r\n250 CHUNKING\r\n"}) {
+  struct Row {
+    const char* offers;
+    std::size_t connections;
+    std::size_t letters;
+    int records;
+  };
+  constexpr const char* kPipelining = "250-ok\r\n250 PIPELINING\r\n";
+  constexpr const char* kChunking = "250-ok\r\n250-PIPELINING\r\n250 CHUNKING\r\n";
+  for (const Row& row : {Row{"250 ok\r\n", 1, 4, 8}, Row{kPipelining, 1, 4, 8}, Row{kChunking, 1, 4, 8},
+                         Row{"250 ok\r\n", 3, 12, 30}, Row{kChunking, 3, 12, 30}}) {
     int with_all = 0;
-    for (int fails_at = 1; fails_at <= kRecords; ++fails_at) {
-      SCOPED_TRACE(testing::Message() << offers << "record " << fails_at);
-      Letters letters(kLetters, {}, Letters::Size::kKnown);
+    for (int fails_at = 1; fails_at <= row.records; ++fails_at) {
+      SCOPED_TRACE(testing::Message() << row.offers << row.connections << " connections, record " << fails_at);
+      Letters letters(static_cast<int>(row.letters), {}, Letters::Size::kKnown);
       letters.fails_at = fails_at;
       std::atomic<std::uint64_t> written_to = 0;
       std::atomic<bool> is_recorded = true;
       {
-        ScriptedServer server([&](Peer& peer, int) {
-          peer.Say("220 ESMTP\r\n");
-          for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
-            if (line.starts_with("RCPT")) {
-              const auto bit = std::uint64_t{1} << (line[line.find('<') + 2] - '0');
-              written_to |= bit;
-              is_recorded = is_recorded && (letters.kept & bit) != 0;
-            }
-            if (line.starts_with("BDAT")) peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5))));
-            peer.Say(line == "DATA" ? "354 go\r\n" : line.starts_with("EHLO") ? offers : "250 ok\r\n");
-            if (line == "DATA") {
-              peer.Message();
-              peer.Say("250 ok\r\n");
-            }
-          }
-        });
+        ScriptedServer server(
+            [&](Peer& peer, int) {
+              peer.Say("220 ESMTP\r\n");
+              for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
+                if (line.starts_with("RCPT")) {
+                  const auto bit = std::uint64_t{1} << std::stoi(line.substr(line.find('<') + 2));
+                  written_to |= bit;
+                  is_recorded = is_recorded && (letters.kept & bit) != 0;
+                }
+                if (line.starts_with("BDAT")) peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5))));
+                peer.Say(line == "DATA" ? "354 go\r\n" : line.starts_with("EHLO") ? row.offers : "250 ok\r\n");
+                if (line == "DATA") {
+                  peer.Message();
+                  peer.Say("250 ok\r\n");
+                }
+              }
+            },
+            ScriptedServer::Serving::kAtOnce);
         ClientOptions options = OptionsFor(server.port());
         options.pipeline = true;
+        options.connections = row.connections;
         SendAll(options, letters);
       }
       EXPECT_TRUE(is_recorded);
@@ -114,11 +123,11 @@ TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
       for (std::size_t n = 0; n < letters.outcomes.size(); ++n) {
         EXPECT_EQ(letters.outcomes[n].begun, (written_to >> n & 1) == 1) << n;
       }
-      with_all += letters.outcomes.size() == kLetters && letters.outcomes.back().begun ? 1 : 0;
+      with_all += letters.outcomes.size() == row.letters && letters.outcomes.back().begun ? 1 : 0;
       EXPECT_TRUE(fails_at > 1 || written_to == 0);
     }
     EXPECT_GT(with_all, 0);
-    EXPECT_LT(with_all, kRecords - 1);
+    EXPECT_LT(with_all, row.records - 1);
   }
 }
 

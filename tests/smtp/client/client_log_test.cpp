@@ -1,7 +1,10 @@
 // The connection log of a mailing: whose lines stand where, and when they can be seen.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <future>
+#include <thread>
 
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
@@ -10,10 +13,11 @@
 namespace quillcast::smtp {
 namespace {
 
-void SendAll(std::uint16_t port, bool pipeline, Letters& letters) {
+void SendAll(std::uint16_t port, bool pipeline, Letters& letters, std::size_t connections = 1) {
   ClientOptions options;
   options.servers = {{"127.0.0.1", port}};
   options.pipeline = pipeline;
+  options.connections = connections;
   const platform::SystemClock clock;
   const platform::CancelToken cancel;
   Client(options, clock, cancel).Run(letters);
@@ -32,6 +36,18 @@ void TakeChunks(Peer& peer, int at) {
       peer.Octets(std::stoul(line.substr(5)));
       if (taken++ == at) return;
     }
+    peer.Say("250 ok\r\n");
+  }
+}
+
+// Slowly, so that several are kept busy.
+void TakeOneByOne(Peer& peer) {
+  peer.Say("220 ESMTP\r\n");
+  for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    peer.Say(line == "DATA" ? "354 go\r\n" : "250 ok\r\n");
+    if (line != "DATA") continue;
+    peer.Message();
     peer.Say("250 ok\r\n");
   }
 }
@@ -65,6 +81,35 @@ TEST(ClientLog, EachMessagesLinesStandTogetherBeforeItsOutcome) {
     }
     EXPECT_EQ(lines.back(), (std::vector<std::string>{"C: QUIT", "S: 250 ok"}));
   }
+}
+
+// So they do over several connections; and what a connection says apart from its messages stands together as well.
+TEST(ClientLog, StandsTogetherOverSeveralConnections) {
+  constexpr int kLetters = 40;
+  Letters letters(kLetters);
+  std::vector<std::vector<std::string>> lines(kLetters + 1);
+  letters.on_line = [&](std::string_view line) { lines[letters.outcomes.size()].emplace_back(line); };
+  int connections = 0;
+  {
+    ScriptedServer server([&](Peer& peer, int) { TakeOneByOne(peer); }, ScriptedServer::Serving::kAtOnce);
+    SendAll(server.port(), false, letters, 4);
+    connections = server.connections();
+  }
+  EXPECT_GE(connections, 3);
+  int greetings = 0;
+  for (int n = 0; n < kLetters; ++n) {
+    std::vector<std::string> own = lines[static_cast<std::size_t>(n)];
+    const std::vector<std::string> opening{"S: 220 ESMTP", "C: EHLO [127.0.0.1]", "S: 250 ok"};
+    while (own.size() > opening.size() && std::equal(opening.begin(), opening.end(), own.begin())) {
+      own.erase(own.begin(), own.begin() + 3);
+      ++greetings;
+    }
+    const std::string rcpt = "C: RCPT TO:<r" + std::to_string(n) + "@example.net>";
+    EXPECT_EQ(own, (std::vector<std::string>{"C: MAIL FROM:<ada@example.org>", "S: 250 ok", rcpt, "S: 250 ok", "C: DATA",
+                                             "S: 354 go", own.size() > 6 ? own[6] : "", "S: 250 ok"}))
+        << n;
+  }
+  EXPECT_GE(greetings, connections - 1);  // the run may end while one is on its way
 }
 
 TEST(ClientLog, CanBeSeenWhileTheServerIsWaitedFor) {

@@ -183,20 +183,20 @@ TEST(ClientPipeline, AFileThatFailsHarmsNoOtherMessage) {
 
 TEST(SendWindow, GrowsWhileTheServerIsQuickAndClosesForGood) {
   SendWindow window;
+  bool filling = true;
   EXPECT_EQ(window.limit(), 2U);
-  for (int n = 0; n < 100; ++n) window.Taken();
+  for (int n = 0; n < 100; ++n) window.Taken(true);
   EXPECT_EQ(window.limit(), 64U);
-  EXPECT_TRUE(window.Wants(32, 1000));
-  EXPECT_FALSE(window.Wants(64, 1000));
-  EXPECT_FALSE(window.Wants(33, 1000));  // not until half of it is answered
-  EXPECT_TRUE(window.Wants(32, 1000));
-  EXPECT_FALSE(window.Wants(1, SendWindow::kMostOctets));
+  EXPECT_TRUE(window.Wants(32, 1000, filling));
+  EXPECT_FALSE(window.Wants(64, 1000, filling));
+  EXPECT_FALSE(window.Wants(33, 1000, filling));  // not until half of it is answered
+  EXPECT_TRUE(window.Wants(32, 1000, filling));
+  EXPECT_FALSE(window.Wants(1, SendWindow::kMostOctets, filling));
   SendWindow slow;
-  slow.SetQuick(false);
-  slow.Taken();
+  slow.Taken(false);
   EXPECT_EQ(slow.limit(), 2U);
   window.BeCautious();
-  window.Taken();
+  window.Taken(true);
   EXPECT_EQ(window.limit(), 1U);
 }
 

@@ -21,6 +21,8 @@ struct ServerKind {
   bool only_for_good = false;  // with 5xx, and never the sender: what leaves a window open
   int most = 1000;             // messages over one connection, counted by MAIL
   int code_of_limit = 452;     // 421 closes the connection
+  int most_at_once = 1000;     // connections; one more is told so
+  const char* says_at = "";    // at this command, or in place of the greeting
   int goodbye = 0;             // 421, and the connection closed
   int drop = 0;                // the connection closed: before a command, or after it with its reply cut
   bool data_in_vain = false;   // 354 though no recipient was taken
@@ -35,14 +37,18 @@ struct Account {
   std::map<std::string, int> refused;   // code of the last refusal of the recipient or its message
   int misdelivered = 0;                 // taken for a recipient that the message is not for
   int dropped = 0;                      // connections
+  int open = 0;                         // at a time
 };
 
 class RandomServer {
  public:
   RandomServer(const ServerKind& kind, std::mt19937& chance, Account& account)
-      : kind_(kind), chance_(chance), account_(account) {
-    Say("220 mx ESMTP");
+      : kind_(kind), chance_(chance), account_(account), is_one_too_many_(++account.open > kind.most_at_once) {
+    IsOneTooMany("") ? SayTooMany() : Say("220 mx ESMTP");
   }
+  ~RandomServer() { --account_.open; }
+  RandomServer(const RandomServer&) = delete;
+  RandomServer& operator=(const RandomServer&) = delete;
 
   bool open() const { return open_; }
   // What it says, as it comes; cut where the connection was.
@@ -67,6 +73,12 @@ class RandomServer {
     out_ += last_words;
     open_ = false;
     ++account_.dropped;
+  }
+
+  bool IsOneTooMany(std::string_view at) const { return is_one_too_many_ && at == kind_.says_at; }
+  void SayTooMany() {
+    Say(std::to_string(kind_.code_of_limit) + " 4.3.2 too many connections");
+    open_ = kind_.code_of_limit != 421 && *kind_.says_at != '\0';
   }
 
   bool HearCommand() {
@@ -118,6 +130,7 @@ class RandomServer {
   std::string Refusal() { return !kind_.only_for_good && Often(500) ? "451 4.7.1 later" : "550 5.7.1 no"; }
 
   void Mail() {
+    if (IsOneTooMany("MAIL")) return SayTooMany();
     if (has_sender_) return Say("503 5.5.1 nested MAIL");
     if (++mails_ > kind_.most) {
       Say(std::to_string(kind_.code_of_limit) + " 4.5.3 enough");
@@ -196,6 +209,7 @@ class RandomServer {
   const ServerKind& kind_;
   std::mt19937& chance_;
   Account& account_;
+  const bool is_one_too_many_;
   bool open_ = true;
   bool greeted_ = false;
   int mails_ = 0;

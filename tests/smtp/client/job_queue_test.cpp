@@ -1,4 +1,4 @@
-// When a run is asked whether it makes sense to go on.
+// When a run is asked whether it makes sense to go on, and what becomes of jobs over several connections.
 #include "smtp/client/job_queue.h"
 
 #include <gtest/gtest.h>
@@ -61,16 +61,84 @@ TEST(JobQueue, TellsAMessageThatLostAConnectionAsBegun) {
       ASSERT_NE(queue.Next(), nullptr);
       queue.Submitted();
     }
-    for (int n = 0; n < 2; ++n) queue.Settle({State::kFailed, ResultCode::kConnectionLost, {}, {}}, true);
+    for (int n = 0; n < 2; ++n) queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
     for (int n = 0; n < 2; ++n) {
       ASSERT_NE(queue.Next(), nullptr);
       if (is_submitted) queue.Submitted();
-      if (is_submitted) queue.Settle(stopped, false);
+      if (is_submitted) queue.Settle(0, stopped, JobQueue::Again::kNever);
       if (!is_submitted) queue.Fail(stopped);
     }
     ASSERT_EQ(letters.outcomes.size(), 2U);
     for (const Outcome& outcome : letters.outcomes) EXPECT_TRUE(outcome.begun) << is_submitted;
   }
+}
+
+// Those of a connection that was lost go before new ones, in the order taken; each is told in that order.
+TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
+  const Outcome sent{State::kSent, ResultCode::kSuccess, {}, {}};
+  const Outcome lost{State::kFailed, ResultCode::kConnectionLost, {}, {}};
+  const platform::CancelToken cancel;
+  Letters letters(6);
+  JobQueue queue(cancel, 3);
+  queue.Begin(letters);
+  const auto recipient = [&] { return queue.Next()->envelope.recipient.text().substr(0, 2); };
+  for (const std::size_t lane : {0, 1, 0, 1, 2}) {
+    ASSERT_NE(queue.Next(), nullptr);
+    queue.Submitted(lane);
+  }
+  queue.TellLine(0, 0, "of r0");
+  queue.TellLine(1, 1, "of r3");
+  queue.TellLine(1, 2, "of none");
+  queue.Settle(1, lost, JobQueue::Again::kOnce);  // r1
+  queue.Settle(1, sent, JobQueue::Again::kNever);  // r3
+  queue.EndLines(1);
+  queue.Settle(0, lost, JobQueue::Again::kAnyway);  // r0
+  EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0"}));
+  EXPECT_EQ(recipient(), "r0");
+  queue.Submitted(2);
+  EXPECT_EQ(recipient(), "r1");
+  queue.Submitted(2);
+  EXPECT_EQ(recipient(), "r5");
+  EXPECT_FALSE(queue.HasOldest(0));
+  EXPECT_FALSE(queue.HasOldest(2));
+  queue.Settle(2, sent, JobQueue::Again::kNever);  // r4
+  EXPECT_TRUE(queue.HasOldest(2));
+  EXPECT_TRUE(letters.outcomes.empty());
+  queue.Settle(2, lost, JobQueue::Again::kOnce);   // r0: what did not count is not held against it
+  queue.Submitted(1);
+  queue.Settle(1, sent, JobQueue::Again::kNever);
+  EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none"}));
+  queue.Settle(2, lost, JobQueue::Again::kOnce);   // r1, for the second time
+  queue.Settle(0, sent, JobQueue::Again::kNever);  // r2
+  EXPECT_EQ(letters.outcomes.size(), 5U);          // r5 was not submitted
+  EXPECT_EQ(letters.outcomes[1].state, State::kFailed);
+  EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none", "of r3"}));
+}
+
+// One connection is slow: the others go so far ahead of it, and on once it has answered.
+TEST(JobQueue, GoesSoFarAheadOfTheOldestAndNoFurther) {
+  const Outcome sent{State::kSent, ResultCode::kSuccess, {}, {}};
+  const platform::CancelToken cancel;
+  Letters letters(JobQueue::kMostAhead + 10);
+  JobQueue queue(cancel, 2);
+  queue.Begin(letters);
+  ASSERT_NE(queue.Next(), nullptr);
+  queue.Submitted(0);
+  std::size_t taken = 1;
+  const auto take_all = [&] {
+    for (; queue.Next() != nullptr; ++taken) {
+      queue.Submitted(1);
+      queue.Settle(1, sent, JobQueue::Again::kNever);
+    }
+  };
+  take_all();
+  EXPECT_EQ(taken, JobQueue::kMostAhead);
+  EXPECT_TRUE(letters.outcomes.empty());
+  queue.Settle(0, sent, JobQueue::Again::kNever);
+  EXPECT_EQ(letters.outcomes.size(), JobQueue::kMostAhead);
+  take_all();
+  EXPECT_EQ(taken, JobQueue::kMostAhead + 10);
+  EXPECT_TRUE(queue.empty());
 }
 
 }  // namespace

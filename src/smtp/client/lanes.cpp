@@ -1,0 +1,222 @@
+#include "smtp/client/lanes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillcast::smtp {
+namespace {
+
+using platform::Stop;
+
+constexpr std::chrono::seconds kQuitPatience{2};
+
+// How long a connection is kept that has nothing to do: servers hang up on who says nothing for some minutes, and take
+// only so many at a time.
+constexpr std::chrono::seconds kIdleKept{30};
+
+// A server that takes longer to let one in than this keeps the others from coming no more.
+constexpr std::chrono::seconds kQuickWay{1};
+
+}  // namespace
+
+Lanes::Lanes(Surroundings& around, std::size_t connections)
+    : around_(around), limit_(connections), lanes_(limit_.most()) {}
+
+ConnectionLimit::Now Lanes::Count() const {
+  ConnectionLimit::Now now;
+  const auto quick = around_.clock.Monotonic() - kQuickWay;
+  for (const Lane& lane : lanes_) {
+    if (lane.way) ++(lane.way->began() > quick ? now.coming : now.late);
+    if (!lane.connection) continue;
+    if (!lane.ready()) {
+      ++now.leaving;
+    } else {
+      ++(lane.connection->accepted() ? now.working : now.coming);
+    }
+  }
+  return now;
+}
+
+std::size_t Lanes::CountReady() const {
+  return static_cast<std::size_t>(
+      std::count_if(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return lane.ready(); }));
+}
+
+// --- coming and going ---
+
+void Lanes::GoOn() {
+  for (Lane& lane : lanes_) {
+    if (lane.way) {
+      lane.way->GoOn();
+      if (lane.way->done()) EndWay(lane);
+    }
+    if (lane.connection && lane.connection->used_up() && lane.ready()) Leave(lane);
+    if (lane.connection && lane.connection->closed()) EndConnection(lane);
+  }
+  limit_.Accepted(Count().working);
+}
+
+// Where none came about, and there is no other, that is the outcome of the job that waits for one.
+void Lanes::EndWay(Lane& lane) {
+  const std::unique_ptr<WayIn> way = std::move(lane.way);
+  lane.connection = way->TakeConnection();
+  const std::size_t ready = CountReady();
+  around_.window.SetConnections(ready);
+  if (lane.connection) return limit_.Opened();
+  const ConnectionLimit::Now now = Count();
+  limit_.Failed(way->outcome(), ready + now.leaving, around_.clock.Monotonic());
+  if (now.in_all() == now.leaving && around_.jobs.waiting() > 0) around_.jobs.Fail(way->outcome());
+}
+
+void Lanes::EndConnection(Lane& lane) {
+  if (lane.ready() && lane.connection->crowded()) limit_.Refused(Count().working);
+  lane.connection.reset();
+  lane.idle_since.reset();
+  around_.window.SetConnections(CountReady());
+}
+
+void Lanes::Leave(Lane& lane) {
+  lane.idle_since.reset();
+  lane.connection->Quit(kQuitPatience);
+  if (lane.connection->crowded()) limit_.Refused(Count().working);
+  around_.window.SetConnections(CountReady());
+}
+
+void Lanes::LeaveIdle(platform::Instant due) {
+  const auto now = around_.clock.Monotonic();
+  for (Lane& lane : lanes_) {
+    if (!lane.ready() || !lane.connection->idle()) continue;
+    if (!lane.idle_since) lane.idle_since = now;
+    if (std::max(now, due) >= *lane.idle_since + kIdleKept) Leave(lane);
+  }
+}
+
+void Lanes::LeaveAll() {
+  for (Lane& lane : lanes_) {
+    lane.way.reset();
+    if (lane.ready()) Leave(lane);
+  }
+  for (GoOn(); std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return !lane.free(); }); GoOn()) {
+    Wait(net::Deadline::Never());
+  }
+}
+
+void Lanes::Withdraw(const Outcome& why) {
+  for (Lane& lane : lanes_) {
+    lane.way.reset();
+    if (lane.ready()) lane.connection->Withdraw(why);
+  }
+}
+
+// --- jobs ---
+
+// So that a run with little to do keeps few of them busy.
+Lanes::Lane* Lanes::LeastBusy() {
+  Lane* found = nullptr;
+  for (Lane& lane : lanes_) {
+    if (!lane.ready() || !lane.connection->WantsMessage()) continue;
+    if (found == nullptr || lane.connection->in_flight() < found->connection->in_flight()) found = &lane;
+  }
+  return found;
+}
+
+bool Lanes::MayOpen() {
+  const ConnectionLimit::Now now = Count();
+  const bool is_asked_for = around_.jobs.waiting() > 0 && opened_for_ == around_.jobs.next_number();
+  if (is_asked_for && now.in_all() > now.leaving) return false;
+  return limit_.MayOpen(now, around_.clock.Monotonic());
+}
+
+void Lanes::Open() {
+  Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
+  lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
+  opened_for_ = around_.jobs.next_number();
+}
+
+// A connection that the server closed while there was nothing to say: the job that was for it has had one.
+bool Lanes::IsGone(Lane& lane) {
+  if (!lane.connection->idle() || !lane.connection->ClosedMeanwhile()) return false;
+  around_.jobs.Move();
+  EndConnection(lane);
+  return true;
+}
+
+bool Lanes::HandOut() {
+  while (!around_.Stopped()) {
+    Lane* lane = LeastBusy();
+    if (lane == nullptr && !MayOpen()) return false;
+    Job* job = around_.jobs.Next();
+    if (job == nullptr) return true;
+    if (around_.Stopped()) return false;
+    if (lane == nullptr) {
+      Open();
+      return false;
+    }
+    if (IsGone(*lane)) continue;
+    lane->idle_since.reset();
+    around_.jobs.Submitted(NumberOf(*lane));
+    lane->connection->Submit(*job);
+  }
+  return false;
+}
+
+// --- waiting ---
+
+// The only one there is, where it is past its opening and has something to wait for.
+Lanes::Lane* Lanes::Alone() {
+  Lane* found = nullptr;
+  for (Lane& lane : lanes_) {
+    if (lane.free()) continue;
+    if (found != nullptr || lane.way || lane.connection->idle()) return nullptr;
+    found = &lane;
+  }
+  return found;
+}
+
+void Lanes::Wait(const net::Deadline& back) {
+  if (Lane* lane = Alone()) return lane->connection->Wait(back);
+  for (Lane& lane : lanes_) {
+    if (lane.connection) lane.connection->Write();
+    if (lane.way) lane.way->GoOn();
+  }
+  const bool is_over = std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& lane) {
+    return (lane.way && lane.way->done()) || (lane.connection && lane.connection->closed());
+  });
+  if (!is_over) Poll(back);
+}
+
+net::Deadline Lanes::Until(const net::Deadline& back) {
+  net::Deadline until = back;
+  for (Lane& lane : lanes_) {
+    if (lane.way) until = Earlier(until, lane.way->Until());
+    if (lane.connection) until = Earlier(until, lane.connection->Until());
+    if (lane.idle_since) until = Earlier(until, net::Deadline::After(*lane.idle_since, kIdleKept));
+  }
+  return until;
+}
+
+void Lanes::Poll(const net::Deadline& back) {
+  descriptors_.clear();
+  for (const Lane& lane : lanes_) {
+    if (lane.connection) descriptors_.push_back(lane.connection->WaitsFor());
+  }
+  for (const Lane& lane : lanes_) {
+    if (lane.way) lane.way->WaitFor(descriptors_);
+  }
+  const Stop gives_up_at = around_.Stopped() ? Stop::kAbandon : Stop::kStop;
+  const auto wait = [&](const net::Deadline& until) {
+    return net::WaitAny(descriptors_, {around_.clock, around_.cancel, gives_up_at}, until);
+  };
+  const auto ready = WaitAndShow(around_, Until(back), wait, [](const auto& got) { return got && !*got; });
+  auto polled = descriptors_.begin();
+  for (Lane& lane : lanes_) {
+    if (!lane.connection) continue;
+    if (ready && (polled++)->revents != 0) lane.connection->Read();
+    if (!ready && (around_.Abandoned() || ready.error().failure != Failure::kTryAgain)) {
+      lane.connection->GiveUp(ready.error());
+    }
+    lane.connection->TimePassed();
+  }
+}
+
+}  // namespace quillcast::smtp
