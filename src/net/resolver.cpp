@@ -125,7 +125,8 @@ Resolver::Found Resolver::Resolve(const std::string& host, const Patience& patie
     const auto driven = DriveChannel(channel_.get(), patience);
     if (driven && *driven) continue;
     Error late = Late();
-    return driven ? std::move(late) : driven.error();
+    if (!driven) return driven.error();
+    return late;
   }
 }
 

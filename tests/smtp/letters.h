@@ -71,8 +71,8 @@ class Letters : public JobSource {
   std::atomic<std::uint64_t> kept = 0;              // a bit for each letter that was recorded as going out
   int fails_at = 0;                                 // the record that fails, as those behind it do; 0 for none
   std::size_t decided = 0;
-  std::size_t most_ahead = 0;                       // how many were decided before the oldest that was not told
-  bool goes_on = true;                              // after refusals
+  std::size_t most_ahead = 0;  // how many were decided before the oldest that was not told
+  bool goes_on = true;         // after refusals
 
  private:
   std::vector<std::unique_ptr<TextSource>> sources_;

@@ -12,7 +12,7 @@
 
 namespace quillcast::smtp {
 
-// Known limits: one connection at a time, one recipient an envelope; BINARYMIME is not used, and nothing is said while
+// Known limits: one recipient an envelope; BINARYMIME is not used, and nothing is said while
 // no job is there (ARCHITECTURE.md says why).
 class Client {
  public:
@@ -23,7 +23,8 @@ class Client {
   // Takes jobs until there are none left or the person cancels, then says QUIT; where none is due yet it waits, below
   // half a minute over the connection that is there, else without one. A message whose end had not gone out when the
   // connection was lost goes over a new one, once; one whose end was out has the outcome kUnknown, and is never sent
-  // again. Where no connection can be had the job fails with the reason, and the next job tries anew.
+  // again. Where no connection can be had, and no other is there, the job fails with the reason, and the next job tries
+  // anew.
   void Run(JobSource& source);
 
   // Connects, greets, starts TLS, signs in, quits. kSuccess in the outcome's code when all of it went well. `watch` is

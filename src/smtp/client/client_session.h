@@ -48,7 +48,9 @@ namespace quillcast::smtp {
 //
 // A server may take only so many messages over one connection, and says so at a MAIL: with a 4xx, or with a 421. Where
 // it has taken some before, that is no trouble: the messages refused go over a new connection, which is ended at that
-// number. So that no message is in doubt then, one at which a limit is likely waits like the first one.
+// number. So that no message is in doubt then, one at which a limit is likely waits like the first one. Where it has
+// taken none, but there are other connections, it may take fewer of those than there are: so it is where it says so at
+// the first MAIL. The messages then go over the others, as if they had not been here.
 //
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
 // whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.

@@ -78,8 +78,8 @@ class Connection {
   std::uint64_t step_;  // the one that `deadline_` belongs to
   net::Deadline deadline_ = net::Deadline::Never();
   std::optional<platform::Instant> waits_since_;
-  bool blocked_ = false;        // the server does not take all of it now
-  bool shakes_hands_ = false;   // the handshake of TLS is under way
+  bool blocked_ = false;       // the server does not take all of it now
+  bool shakes_hands_ = false;  // the handshake of TLS is under way
   bool ready_ = false;
   bool quits_ = false;
   Outcome end_;

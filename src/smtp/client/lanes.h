@@ -1,4 +1,5 @@
-// The connections of a run, each in its lane: opened as they are needed, handed the jobs, written to, waited for and left.
+// The connections of a run, each in its lane: opened as they are needed, handed the jobs, written to, waited for and
+// left.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
-// How far a run goes ahead of the server's replies, on each of its connections. One for all of them: what a server showed
-// on one is remembered.
+// How far a run goes ahead of the server's replies, on each of its connections. One for all of them: what a server
+// showed on one is remembered.
 #pragma once
 
 #include <algorithm>
@@ -15,8 +15,9 @@ class SendWindow {
   static constexpr std::size_t kMost = 64;
   static constexpr std::uint64_t kMostOctets = std::uint64_t{4} * 1024 * 1024;
 
-  // Whether a connection wants another message beside those that have no outcome yet. Once full, nothing is wanted until
-  // half of it is answered: so that replies which trickle in do not cost a write each. `filling` is the connection's own.
+  // Whether a connection wants another message beside those that have no outcome yet. Once full, nothing is wanted
+  // until half of it is answered: so that replies which trickle in do not cost a write each. `filling` is the
+  // connection's own.
   bool Wants(std::size_t messages, std::uint64_t octets, bool& filling) const {
     if (messages >= limit_ || octets >= kMostOctets) {
       filling = false;

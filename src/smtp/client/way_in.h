@@ -15,8 +15,7 @@ namespace quillcast::smtp {
 // Goes in steps that do not wait, so that who is on a connection already is not held up by one that takes its time.
 class WayIn {
  public:
-  WayIn(Surroundings& around, std::size_t lane)
-      : around_(around), lane_(lane), began_(around.clock.Monotonic()) {}
+  WayIn(Surroundings& around, std::size_t lane) : around_(around), lane_(lane), began_(around.clock.Monotonic()) {}
   WayIn(const WayIn&) = delete;
   WayIn& operator=(const WayIn&) = delete;
 

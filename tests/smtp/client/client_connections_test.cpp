@@ -32,11 +32,12 @@ void SendAll(const ClientOptions& options, Letters& letters, const platform::Can
   Client(options, clock, cancel).Run(letters);
 }
 
-// What a server does in place of the reply to a line ("" for the greeting, "." for a message). True ends the connection.
+// What a server does in place of the reply to a line ("" for the greeting, "." for a message). True ends the
+// connection.
 using Instead = std::function<std::optional<bool>(Peer&, const std::string& line)>;
 
-// Takes everything that comes over a connection, until QUIT, and calls `took` with the first line of each message. Gives
-// how many messages those were; -1 without a QUIT.
+// Takes everything that comes over a connection, until QUIT, and calls `took` with the first line of each message.
+// Gives how many messages those were; -1 without a QUIT.
 int TakeAll(Peer& peer, const char* offers, const Instead& instead = {},
             const std::function<void(const std::string&)>& took = {}) {
   int messages = 0;
@@ -199,47 +200,53 @@ TEST(ClientConnections, NoMoreAreAskedForThanTheServerTakes) {
 TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
   constexpr int kLetters = 200;
   for (const char* offers : {kPlain, kChunking}) {
-    for (const auto& [at, is_silent] : std::initializer_list<std::pair<const char*, bool>>{
-             {"", false}, {"EHLO", false}, {"MAIL", false}, {"RCPT", false}, {".", false}, {"", true}, {"MAIL", true},
-             {".", true}}) {
-        SCOPED_TRACE(testing::Message() << offers << "at \"" << at << (is_silent ? "\" silent" : "\" hangs up"));
-        const bool opens = *at == '\0' || *at == 'E';
-        Letters letters(kLetters, {}, Letters::Size::kKnown);
-        std::atomic<int> taken = 0;
-        std::atomic<int> taken_by_then = 0;
-        Busy busy(
-            [&, at = at, is_silent = is_silent](int number) -> Instead {
-              return [&, at, is_silent, number, messages = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
-                std::this_thread::sleep_for(300us);
-                const bool is_place = *at == '\0' ? line.empty() : line.starts_with(at);
-                taken += line == "." ? 1 : 0;
-                if (number != 1 || !is_place || (*at == '.' && messages++ == 0)) return {};
-                if (is_silent) peer.Stall();
-                taken_by_then = taken.load();
-                return true;
-              };
-            },
-            offers);
-        ClientOptions options = OptionsFor(busy.server.port(), 4);
-        options.timeout = 1s;
-        SendAll(options, letters);
-        ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
-        const std::lock_guard lock(busy.mutex);
-        std::size_t not_sent = 0;
-        for (std::size_t n = 0; n < kLetters; ++n) {
-          const State state = letters.outcomes[n].state;
-          const int times = busy.taken["Subject: " + std::to_string(n)];
-          EXPECT_LE(times, 1) << n;
-          if (state != State::kUnknown) {
-            EXPECT_EQ(times, state == State::kSent ? 1 : 0) << n;
-          }
-          not_sent += state == State::kSent ? 0 : 1;
+    for (const auto& [at, is_silent] : std::initializer_list<std::pair<const char*, bool>>{{"", false},
+                                                                                           {"EHLO", false},
+                                                                                           {"MAIL", false},
+                                                                                           {"RCPT", false},
+                                                                                           {".", false},
+                                                                                           {"", true},
+                                                                                           {"MAIL", true},
+                                                                                           {".", true}}) {
+      SCOPED_TRACE(testing::Message() << offers << "at \"" << at << (is_silent ? "\" silent" : "\" hangs up"));
+      const bool opens = *at == '\0' || *at == 'E';
+      Letters letters(kLetters, {}, Letters::Size::kKnown);
+      std::atomic<int> taken = 0;
+      std::atomic<int> taken_by_then = 0;
+      Busy busy(
+          [&, at = at, is_silent = is_silent](int number) -> Instead {
+            return [&, at, is_silent, number, messages = 0](Peer& peer,
+                                                            const std::string& line) mutable -> std::optional<bool> {
+              std::this_thread::sleep_for(300us);
+              const bool is_place = *at == '\0' ? line.empty() : line.starts_with(at);
+              taken += line == "." ? 1 : 0;
+              if (number != 1 || !is_place || (*at == '.' && messages++ == 0)) return {};
+              if (is_silent) peer.Stall();
+              taken_by_then = taken.load();
+              return true;
+            };
+          },
+          offers);
+      ClientOptions options = OptionsFor(busy.server.port(), 4);
+      options.timeout = 1s;
+      SendAll(options, letters);
+      ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
+      const std::lock_guard lock(busy.mutex);
+      std::size_t not_sent = 0;
+      for (std::size_t n = 0; n < kLetters; ++n) {
+        const State state = letters.outcomes[n].state;
+        const int times = busy.taken["Subject: " + std::to_string(n)];
+        EXPECT_LE(times, 1) << n;
+        if (state != State::kUnknown) {
+          EXPECT_EQ(times, state == State::kSent ? 1 : 0) << n;
         }
-        const std::size_t in_flight = std::string(offers) == kPlain ? 1 : SendWindow::kMost;
-        EXPECT_LE(not_sent, opens || (!is_silent && *at != '.') ? 0 : in_flight);
-        if (is_silent) {
-          EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
-        }
+        not_sent += state == State::kSent ? 0 : 1;
+      }
+      const std::size_t in_flight = std::string(offers) == kPlain ? 1 : SendWindow::kMost;
+      EXPECT_LE(not_sent, opens || (!is_silent && *at != '.') ? 0 : in_flight);
+      if (is_silent) {
+        EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
+      }
     }
   }
 }

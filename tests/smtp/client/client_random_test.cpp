@@ -274,8 +274,11 @@ TEST(ClientRandom, TellsTheTruthWhateverTheServerDoes) {
            {.name = "greets two at a time", .code_of_limit = 421, .most_at_once = 2},
            {.name = "serves two at a time", .most_at_once = 2, .says_at = "MAIL"},
            {.name = "serves two at a time, and refuses", .refuse = 60, .most_at_once = 2, .says_at = "MAIL"},
-           {.name = "serves one at a time, and hangs up", .code_of_limit = 421, .most_at_once = 1, .says_at = "MAIL",
-            .drop = 8}}) {
+           {.name = "serves one at a time, and hangs up",
+           .code_of_limit = 421,
+           .most_at_once = 1,
+           .says_at = "MAIL",
+           .drop = 8}}) {
     for (int offer = 0; offer < 8; ++offer) {
       ServerKind kind = row;
       kind.pipelining = (offer & 1) != 0;

@@ -61,7 +61,8 @@ TEST(JobQueue, TellsAMessageThatLostAConnectionAsBegun) {
       ASSERT_NE(queue.Next(), nullptr);
       queue.Submitted();
     }
-    for (int n = 0; n < 2; ++n) queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
+    for (int n = 0; n < 2; ++n)
+      queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
     for (int n = 0; n < 2; ++n) {
       ASSERT_NE(queue.Next(), nullptr);
       if (is_submitted) queue.Submitted();
@@ -89,7 +90,7 @@ TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   queue.TellLine(0, 0, "of r0");
   queue.TellLine(1, 1, "of r3");
   queue.TellLine(1, 2, "of none");
-  queue.Settle(1, lost, JobQueue::Again::kOnce);  // r1
+  queue.Settle(1, lost, JobQueue::Again::kOnce);   // r1
   queue.Settle(1, sent, JobQueue::Again::kNever);  // r3
   queue.EndLines(1);
   queue.Settle(0, lost, JobQueue::Again::kAnyway);  // r0
@@ -104,7 +105,7 @@ TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   queue.Settle(2, sent, JobQueue::Again::kNever);  // r4
   EXPECT_TRUE(queue.HasOldest(2));
   EXPECT_TRUE(letters.outcomes.empty());
-  queue.Settle(2, lost, JobQueue::Again::kOnce);   // r0: what did not count is not held against it
+  queue.Settle(2, lost, JobQueue::Again::kOnce);  // r0: what did not count is not held against it
   queue.Submitted(1);
   queue.Settle(1, sent, JobQueue::Again::kNever);
   EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none"}));
