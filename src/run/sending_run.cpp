@@ -21,11 +21,11 @@ smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
   return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = Describe(error)};
 }
 
-// A recipient's message on its way.
+// A recipient's message on its way. Once its outcome is known the message itself goes to another letter: thousands may
+// wait to be told of behind one that a slow connection has.
 struct Letter : smtp::Job {
-  std::string address;  // as stored
   Turn turn;
-  message::RenderedMessage rendered;
+  std::unique_ptr<message::RenderedMessage> rendered;
 };
 
 // Somebody whom the run did not come to any more, though the row was taken.
@@ -73,6 +73,7 @@ class Run final : public smtp::JobSource {
   void TakeSize();
   bool NextOf(Result<bool> next);
   bool NextLeft();
+  void TakeMessage(Letter& letter);
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
   void TellThoseReady();
@@ -103,8 +104,9 @@ class Run final : public smtp::JobSource {
   std::int64_t position_ = 0;                     // of row_
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
-  std::deque<Letter*> with_carrier_;              // in the order in which it took them
-  std::vector<Left> left_;                        // by a stop
+  std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
+  std::deque<Letter*> with_carrier_;  // in the order in which it took them
+  std::vector<Left> left_;            // by a stop
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
@@ -206,18 +208,25 @@ std::optional<platform::Instant> Run::NextDue() {
   return parts_.turns->InstantOf(wait->until);
 }
 
+void Run::TakeMessage(Letter& letter) {
+  if (letter.rendered) return;
+  if (free_messages_.empty()) free_messages_.push_back(std::make_unique<message::RenderedMessage>());
+  letter.rendered = std::move(free_messages_.back());
+  free_messages_.pop_back();
+}
+
 // Makes the row's letter; or says why it failed before any server was asked.
 std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
   if (const auto& trouble = parts_.message.trouble()) return FailureOfOurs(trouble->code, trouble->error);
   const auto address = smtp::EnvelopeAddress(row_.email());
   if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
-  const auto rendered = parts_.message.Render(row_, *address, position_, letter.rendered);
+  TakeMessage(letter);
+  const auto rendered = parts_.message.Render(row_, *address, position_, *letter.rendered);
   if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
-  KeepFirstMessage(letter.rendered);
-  letter.envelope = letter.rendered.envelope;
-  letter.message = &letter.rendered;
+  KeepFirstMessage(*letter.rendered);
+  letter.envelope = letter.rendered->envelope;
+  letter.message = letter.rendered.get();
   letter.position = position_;
-  letter.address = row_.email();
   letter.turn.domain = DomainOf(address->domain());
   return {};
 }
@@ -228,8 +237,12 @@ void Run::GoesOut(smtp::Job& job) {
 }
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
-  run_->Settled(job.position, outcome);
-  if (parts_.turns != nullptr) parts_.turns->GiveBack(static_cast<Letter&>(job).turn);
+  auto& letter = static_cast<Letter&>(job);
+  run_->Settled(letter.position, outcome);
+  if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
+  order_.At(letter.position).subject_not_encoded = letter.rendered->subject_not_encoded;
+  letter.message = nullptr;
+  free_messages_.push_back(std::move(letter.rendered));
 }
 
 // It belongs to the first of those with the carrier.
@@ -243,7 +256,6 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   RecipientInOrder& recipient = order_.At(letter.position);
   recipient.stage = outcome.begun ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
-  recipient.subject_not_encoded = letter.rendered.subject_not_encoded;
   with_carrier_.pop_front();
   free_letters_.push_back(&letter);
   TellThoseReady();

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -52,7 +53,7 @@ inline smtp::Outcome OutcomeOf(char fate) {
       .state = State::kRefused, .code = smtp::ResultCode::kRecipientRefused, .reply = {550, "", "no"}, .reason = {}};
 }
 
-// Takes letters as the client does: some in flight, results in the order taken, asking whether to go on after refusals.
+// Takes letters as the client does: some in flight, told in the order taken, asking whether to go on after refusals.
 class FakeCarrier final : public Carrier {
  public:
   FakeCarrier(Fates fates, std::size_t window, const platform::CancelToken& cancel)
@@ -67,6 +68,8 @@ class FakeCarrier final : public Carrier {
   std::function<void(std::int64_t)> is_out = {};       // called for each of them
   std::function<void(platform::Instant)> waits_until;  // called where nothing may go out before then
   bool logs = false;                                   // a line of the connection for each
+  bool first_is_slow = false;                          // its outcome comes behind that of all others
+  std::set<const smtp::MessageSource*> messages;       // those that were made at a time
 
   Delivery delivery() const override { return kind; }
   std::optional<Error> trouble() const override {
@@ -74,17 +77,20 @@ class FakeCarrier final : public Carrier {
     return Error{Failure::kIo, "The disk is full.", "Free some of it."};
   }
   void Carry(smtp::JobSource& letters) override {
-    std::deque<smtp::Job*> in_flight;
+    std::deque<InFlight> in_flight;
+    std::size_t undecided = 0;
     bool goes_on = true;
     int refused = 0;
     for (;;) {
       std::optional<platform::Instant> due;
-      while (goes_on && in_flight.size() < window_ && !trouble()) {
+      while (goes_on && undecided < window_ && !trouble()) {
         Step();
         smtp::Job* job = letters.NextJob();
         if (job == nullptr) due = letters.NextDue();
         if (job == nullptr) break;
-        letters.GoesOut(*in_flight.emplace_back(job));
+        letters.GoesOut(*in_flight.emplace_back(InFlight{job, {}}).job);
+        messages.insert(job->message);
+        ++undecided;
       }
       is_kept_ = letters.CaughtUp() && is_kept_;
       if (in_flight.empty() && !due) break;
@@ -93,11 +99,18 @@ class FakeCarrier final : public Carrier {
         waits_until(*due);
         continue;
       }
-      smtp::Job& job = *in_flight.front();
-      const auto outcome = Deliver(job);
-      letters.Decided(job, outcome);
-      if (logs) letters.LogLine("S: " + std::to_string(job.position));
-      letters.Finished(job, outcome);
+      if (undecided > 0) {
+        const auto is_undecided = [](const InFlight& each) { return !each.outcome; };
+        const auto from = in_flight.begin() + (first_is_slow && undecided > 1 ? 1 : 0);
+        InFlight& next = *std::find_if(from, in_flight.end(), is_undecided);
+        next.outcome = Deliver(*next.job);
+        letters.Decided(*next.job, *next.outcome);
+        --undecided;
+      }
+      if (!in_flight.front().outcome) continue;
+      const auto [job, outcome] = std::pair(in_flight.front().job, *in_flight.front().outcome);
+      if (logs) letters.LogLine("S: " + std::to_string(job->position));
+      letters.Finished(*job, outcome);
       in_flight.pop_front();
       refused = outcome.state == State::kRefused ? refused + 1 : 0;
       if (refused == asks_after && asks_after > 0 && !letters.GoOn(outcome, refused)) goes_on = false;
@@ -105,6 +118,10 @@ class FakeCarrier final : public Carrier {
   }
 
  private:
+  struct InFlight {
+    smtp::Job* job = nullptr;
+    std::optional<smtp::Outcome> outcome;
+  };
   void Step() {
     ++step_;
     if (at_step) at_step(step_);

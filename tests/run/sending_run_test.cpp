@@ -81,6 +81,7 @@ class SendingRun : public ::testing::Test {
       summary_ = SendLetters(parts, std::move(*entry), told_);
     }
     carried_ = carrier.carried;
+    messages_ = carrier.messages.size();
     report_ = test::ReadAll(report);
     for (const auto& file : std::filesystem::directory_iterator(folder_.path())) std::filesystem::remove(file);
     ExpectTheSameFromAll(setting);
@@ -104,6 +105,7 @@ class SendingRun : public ::testing::Test {
     for (const auto place : carried_) {
       if (setting.fates[static_cast<std::size_t>(place - 1)] == 's') delivered.push_back(place);
     }
+    std::ranges::sort(delivered);
     EXPECT_EQ(told_.sent, delivered) << "sent is who was delivered to";
     EXPECT_LE(told_.NotesOn("The history has no copy"), 1);
     EXPECT_TRUE(setting.copy_fails || told_.total == range.last - range.first + 1);
@@ -162,6 +164,7 @@ class SendingRun : public ::testing::Test {
   RunSummary summary_;
   Kept kept_;
   std::vector<std::int64_t> carried_;
+  std::size_t messages_ = 0;  // that were made at a time
   std::string report_;
 };
 
@@ -177,6 +180,32 @@ TEST_F(SendingRun, TellsEveryOrderOfResultsAndOfFailuresOfItsOwn) {
       EXPECT_EQ(summary_.not_tried, 0);
       EXPECT_FALSE(summary_.stopped || summary_.cancelled);
     }
+  }
+}
+
+// The others are in the journal as they come; of them no more is kept than what is to be told.
+TEST_F(SendingRun, TellsNobodyAheadOfOneWhoIsSlowAndKeepsNoMessageForThat) {
+  Fates fates;
+  while (fates.size() < 400) fates += "ssrxu";
+  const std::ptrdiff_t letters = std::ranges::count_if(fates, [](char fate) { return fate != 'x'; });
+  Run({.fates = fates, .window = 4, .change = [&](FakeCarrier& carrier, Told& told) {
+         carrier.first_is_slow = true;
+         carrier.logs = true;
+         carrier.at_step = [&](int) {
+           if (std::ssize(carrier.carried) != letters - 1) return;
+           EXPECT_TRUE(told.order.empty());
+           EXPECT_EQ(kept_.states[2], ResultState::kSent);
+           EXPECT_EQ(kept_.states[3], ResultState::kRefused);
+         };
+       }});
+  EXPECT_EQ(std::ssize(carried_), letters);
+  EXPECT_EQ(messages_, 4U);
+  std::int64_t line = 0;
+  for (const std::int64_t position : told_.order) {
+    if (fates[static_cast<std::size_t>(position - 1)] == 'x') continue;
+    const auto found = report_.find("S: " + std::to_string(position) + "\r\n");
+    EXPECT_GE(static_cast<std::int64_t>(found), line);
+    line = static_cast<std::int64_t>(found);
   }
 }
 

@@ -38,9 +38,11 @@ class Letters : public JobSource {
     if (on_next) on_next(next_);
     return &jobs_[next_++];
   }
-  void GoesOut(Job& job) override { told_ |= std::uint64_t{1} << (&job - jobs_.data()); }
-  void Decided(Job& /*job*/, const Outcome& /*outcome*/) override {
+  void GoesOut(Job& job) override { told_ |= NumberOf(job) < 64 ? std::uint64_t{1} << NumberOf(job) : 0; }
+  void Decided(Job& job, const Outcome& /*outcome*/) override {
     ++decided;
+    sources_[NumberOf(job)].reset();  // whoever reads it from now on reads what is gone
+    job.message = nullptr;
     most_ahead = std::max(most_ahead, decided - outcomes.size());
   }
   bool GoOn(const Outcome& /*refusal*/, int /*times*/) override { return goes_on; }
@@ -68,13 +70,15 @@ class Letters : public JobSource {
   std::function<void(std::string_view)> on_line;
   std::function<void()> on_waiting;
   std::function<void(std::size_t before)> on_next;  // while a letter is made, with so many before it
-  std::atomic<std::uint64_t> kept = 0;              // a bit for each letter that was recorded as going out
+  std::atomic<std::uint64_t> kept = 0;              // a bit for each of the first 64 that was recorded as going out
   int fails_at = 0;                                 // the record that fails, as those behind it do; 0 for none
   std::size_t decided = 0;
   std::size_t most_ahead = 0;  // how many were decided before the oldest that was not told
   bool goes_on = true;         // after refusals
 
  private:
+  std::size_t NumberOf(const Job& job) const { return static_cast<std::size_t>(&job - jobs_.data()); }
+
   std::vector<std::unique_ptr<TextSource>> sources_;
   std::vector<Job> jobs_;
   std::size_t next_ = 0;

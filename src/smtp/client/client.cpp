@@ -81,7 +81,7 @@ void Client::Driver::Run(JobSource& source) {
     if (stops) Stop(lanes);
     const bool waits_for_due = !stops && has_none && jobs_.due();
     if (jobs_.empty() && !waits_for_due && (stops || has_none)) break;
-    lanes.LeaveIdle(waits_for_due ? *jobs_.due() : around_.clock.Monotonic());
+    lanes.LeaveIdle(waits_for_due ? jobs_.due() : std::nullopt);
     lanes.Wait(waits_for_due ? AskAgain() : net::Deadline::Never());
   }
   jobs_.CatchUp();
@@ -94,8 +94,9 @@ Outcome Client::Driver::GoIn(WayIn& way) {
   for (way.GoOn(); !way.done(); way.GoOn()) {
     descriptors.clear();
     way.WaitFor(descriptors);
+    const auto began = around_.clock.Monotonic();
     const auto waited = WaitAndShow(
-        around_, way.Until(),
+        around_, began, way.Until(began),
         [&](const net::Deadline& until) {
           return net::WaitAny(descriptors, {around_.clock, around_.cancel, platform::Stop::kStop}, until);
         },

@@ -12,8 +12,8 @@
 
 namespace quillcast::smtp {
 
-// Known limits: one recipient an envelope; BINARYMIME is not used, and nothing is said while
-// no job is there (ARCHITECTURE.md says why).
+// Known limits: one recipient an envelope; BINARYMIME is not used, and nothing is said while no job is there
+// (ARCHITECTURE.md says why).
 class Client {
  public:
   // `cancel`: after kStop no new job is taken; kAbandon, or a deadline, ends the one in flight.

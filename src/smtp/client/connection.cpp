@@ -160,19 +160,19 @@ bool Connection::ClosedMeanwhile() {
 // The deadline of a step is set when it is first waited for, and holds until the server has done it: has answered,
 // whole reply and all, or has taken a block. Bytes that drip, in either direction, do not move it. Replies are read
 // while a write waits, so that two sides that both have much to say do not wait for each other.
-net::Deadline Connection::Until() {
+net::Deadline Connection::Until(platform::Instant now) {
   if (shakes_hands_) return deadline_;
   if (idle() || closed()) return net::Deadline::Never();
   if (session_.Step() != step_) {
     step_ = session_.Step();
-    deadline_ = around_.StepUntil(std::min<std::chrono::seconds>(session_.Patience(), longest_step_));
+    deadline_ = around_.StepUntil(std::min<std::chrono::seconds>(session_.Patience(), longest_step_), now);
   }
-  if (!waits_since_) waits_since_ = around_.clock.Monotonic();
+  if (!waits_since_) waits_since_ = now;
   return deadline_;
 }
 
-void Connection::TimePassed() {
-  if (closed() || !Until().Passed(around_.clock.Monotonic())) return;
+void Connection::TimePassed(platform::Instant now) {
+  if (closed() || !Until(now).Passed(now)) return;
   if (std::exchange(shakes_hands_, false)) TellOfHandshake();
   GiveUp(Error{Failure::kTimedOut, {}});
 }
@@ -186,8 +186,9 @@ void Connection::Wait(const net::Deadline& back) {
   Write();
   if (closed() || idle()) return;
   const auto is_late = [](const auto& count) { return !count && count.error().failure == Failure::kTimedOut; };
+  const auto began = around_.clock.Monotonic();
   const auto count = WaitAndShow(
-      around_, Earlier(Until(), back),
+      around_, began, Earlier(Until(began), back),
       [this](const net::Deadline& until) {
         return stream_.Read(buffer_, blocked_, {around_.clock, around_.cancel, gives_up_at_, until});
       },

@@ -31,8 +31,8 @@ class Connection {
   void Write();
   void Read();
   pollfd WaitsFor() const { return stream_.WaitsFor(blocked_); }
-  net::Deadline Until();
-  void TimePassed();
+  net::Deadline Until(platform::Instant now);
+  void TimePassed(platform::Instant now);
 
   // Writes what can be written, then waits for replies once and takes them, until `back` at most: the fewest calls of
   // the system, for a connection that is alone. While it is not idle.

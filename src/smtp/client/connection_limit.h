@@ -16,8 +16,10 @@ class ConnectionLimit {
  public:
   static constexpr std::size_t kMost = 50;
 
-  explicit ConnectionLimit(std::size_t asked_for) : most_(std::clamp(asked_for, std::size_t{1}, kMost)) {}
+  explicit ConnectionLimit(std::size_t asked_for)
+      : asked_for_(std::clamp(asked_for, std::size_t{1}, kMost)), most_(asked_for_) {}
   std::size_t most() const { return most_; }
+  bool is_lowered() const { return most_ < asked_for_; }
 
   struct Now {
     std::size_t working = 0;  // messages were begun over them
@@ -52,6 +54,7 @@ class ConnectionLimit {
   static constexpr std::chrono::seconds kFirstPause{10};
   static constexpr std::chrono::seconds kLongestPause{600};
 
+  const std::size_t asked_for_;
   std::size_t most_;
   std::chrono::seconds pause_ = kFirstPause;
   platform::Instant not_before_ = platform::Instant::min();

@@ -24,8 +24,8 @@ struct Job {
 class JobSource {
  public:
   virtual ~JobSource() = default;
-  // The next message, nullptr when there is none now. The job stays where it is until Finished has been called for it;
-  // with several messages in flight more than one is out at a time.
+  // The next message, nullptr when there is none now. The job stays where it is until Finished has been called for it,
+  // its message until Decided; with several messages in flight more than one is out at a time.
   virtual Job* NextJob() = 0;
   // Asked right after NextJob had none: the moment of Clock::Monotonic from which there may be one, which need not be
   // kept, or nothing where there is none any more. Both are asked again once an outcome was told, and twice a second

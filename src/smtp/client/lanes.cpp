@@ -53,7 +53,7 @@ void Lanes::GoOn() {
     if (lane.connection && lane.connection->used_up() && lane.ready()) Leave(lane);
     if (lane.connection && lane.connection->closed()) EndConnection(lane);
   }
-  limit_.Accepted(Count().working);
+  if (limit_.is_lowered()) limit_.Accepted(Count().working);
 }
 
 // Where none came about, and there is no other, that is the outcome of the job that waits for one.
@@ -82,12 +82,12 @@ void Lanes::Leave(Lane& lane) {
   around_.window.SetConnections(CountReady());
 }
 
-void Lanes::LeaveIdle(platform::Instant due) {
-  const auto now = around_.clock.Monotonic();
+void Lanes::LeaveIdle(const std::optional<platform::Instant>& due) {
   for (Lane& lane : lanes_) {
     if (!lane.ready() || !lane.connection->idle()) continue;
+    const auto now = around_.clock.Monotonic();
     if (!lane.idle_since) lane.idle_since = now;
-    if (std::max(now, due) >= *lane.idle_since + kIdleKept) Leave(lane);
+    if (std::max(now, due.value_or(now)) >= *lane.idle_since + kIdleKept) Leave(lane);
   }
 }
 
@@ -120,7 +120,10 @@ Lanes::Lane* Lanes::LeastBusy() {
   return found;
 }
 
+// Nearly always every lane is taken, and no clock needs to be read.
 bool Lanes::MayOpen() {
+  const auto taken = std::count_if(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return !lane.free(); });
+  if (static_cast<std::size_t>(taken) >= limit_.most()) return false;
   const ConnectionLimit::Now now = Count();
   const bool is_asked_for = around_.jobs.waiting() > 0 && opened_for_ == around_.jobs.next_number();
   if (is_asked_for && now.in_all() > now.leaving) return false;
@@ -185,11 +188,11 @@ void Lanes::Wait(const net::Deadline& back) {
   if (!is_over) Poll(back);
 }
 
-net::Deadline Lanes::Until(const net::Deadline& back) {
+net::Deadline Lanes::Until(const net::Deadline& back, platform::Instant now) {
   net::Deadline until = back;
   for (Lane& lane : lanes_) {
-    if (lane.way) until = Earlier(until, lane.way->Until());
-    if (lane.connection) until = Earlier(until, lane.connection->Until());
+    if (lane.way) until = Earlier(until, lane.way->Until(now));
+    if (lane.connection) until = Earlier(until, lane.connection->Until(now));
     if (lane.idle_since) until = Earlier(until, net::Deadline::After(*lane.idle_since, kIdleKept));
   }
   return until;
@@ -207,7 +210,10 @@ void Lanes::Poll(const net::Deadline& back) {
   const auto wait = [&](const net::Deadline& until) {
     return net::WaitAny(descriptors_, {around_.clock, around_.cancel, gives_up_at}, until);
   };
-  const auto ready = WaitAndShow(around_, Until(back), wait, [](const auto& got) { return got && !*got; });
+  const auto began = around_.clock.Monotonic();
+  const auto ready =
+      WaitAndShow(around_, began, Until(back, began), wait, [](const auto& got) { return got && !*got; });
+  const auto now = around_.clock.Monotonic();
   auto polled = descriptors_.begin();
   for (Lane& lane : lanes_) {
     if (!lane.connection) continue;
@@ -215,7 +221,7 @@ void Lanes::Poll(const net::Deadline& back) {
     if (!ready && (around_.Abandoned() || ready.error().failure != Failure::kTryAgain)) {
       lane.connection->GiveUp(ready.error());
     }
-    lane.connection->TimePassed();
+    lane.connection->TimePassed(now);
   }
 }
 

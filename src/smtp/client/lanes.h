@@ -30,8 +30,8 @@ class Lanes {
 
   // Nothing that has not begun goes out any more.
   void Withdraw(const Outcome& why);
-  // Says QUIT over those that are not needed before then.
-  void LeaveIdle(platform::Instant due);
+  // Says QUIT over those that have not been needed for long, or are not before `due`.
+  void LeaveIdle(const std::optional<platform::Instant>& due);
   // Says QUIT over all of them, and waits for that. Every message has its outcome: how QUIT goes is no matter.
   void LeaveAll();
 
@@ -56,7 +56,7 @@ class Lanes {
   bool IsGone(Lane& lane);
   Lane* Alone();
   void Poll(const net::Deadline& back);
-  net::Deadline Until(const net::Deadline& back);
+  net::Deadline Until(const net::Deadline& back, platform::Instant now);
   std::size_t NumberOf(const Lane& lane) const { return static_cast<std::size_t>(&lane - lanes_.data()); }
 
   Surroundings& around_;

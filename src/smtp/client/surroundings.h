@@ -29,9 +29,10 @@ struct Surroundings {
   bool Stopped() const { return cancel.Requested() >= platform::Stop::kStop; }
   bool Abandoned() const { return cancel.Requested() >= platform::Stop::kAbandon; }
   // By when a step has to be done that begins now and may take so long.
-  net::Deadline StepUntil(std::chrono::seconds longest) const {
-    return Earlier(until, net::Deadline::After(clock.Monotonic(), longest));
+  net::Deadline StepUntil(std::chrono::seconds longest, platform::Instant from) const {
+    return Earlier(until, net::Deadline::After(from, longest));
   }
+  net::Deadline StepUntil(std::chrono::seconds longest) const { return StepUntil(longest, clock.Monotonic()); }
 };
 
 // How long a wait may be before what was said is shown, and the time between two such waits, because that costs a
@@ -39,10 +40,10 @@ struct Surroundings {
 inline constexpr std::chrono::milliseconds kUnshown{250};
 
 // Calls `wait` with the moment until which it is to wait, and gives what it gives; `is_late` says of that whether
-// nothing came. Where that takes its time the conversation so far is shown meanwhile.
+// nothing came. It begins now, at `began`. Where it takes its time the conversation so far is shown meanwhile.
 template <typename Wait, typename IsLate>
-auto WaitAndShow(Surroundings& around, const net::Deadline& until, const Wait& wait, const IsLate& is_late) {
-  const auto began = around.clock.Monotonic();
+auto WaitAndShow(Surroundings& around, platform::Instant began, const net::Deadline& until, const Wait& wait,
+                 const IsLate& is_late) {
   if (began - around.shown < kUnshown) {
     auto got = wait(Earlier(until, net::Deadline::After(began, kUnshown)));
     if (!is_late(got) || until.Passed(around.clock.Monotonic())) return got;

@@ -115,7 +115,7 @@ bool WayIn::Greet() {
   connection_->Write();
   connection_->Read();
   connection_->Write();
-  connection_->TimePassed();
+  connection_->TimePassed(around_.clock.Monotonic());
   if (connection_->closed()) {
     Outcome why = connection_->end();
     connection_.reset();
@@ -157,10 +157,10 @@ void WayIn::WaitFor(std::vector<pollfd>& out) const {
   if (stage_ == Stage::kSession) out.push_back(connection_->WaitsFor());
 }
 
-net::Deadline WayIn::Until() const {
-  if (stage_ == Stage::kSession) return connection_->Until();
+net::Deadline WayIn::Until(platform::Instant now) const {
+  if (stage_ == Stage::kSession) return connection_->Until(now);
   net::Deadline again = net::Deadline::Never();
-  if (stage_ == Stage::kName) again = resolver_.Again(around_.clock.Monotonic());
+  if (stage_ == Stage::kName) again = resolver_.Again(now);
   if (stage_ == Stage::kConnect) again = connecting_->Again();
   return Earlier(deadline_, again);
 }

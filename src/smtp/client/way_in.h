@@ -22,7 +22,7 @@ class WayIn {
   // As far as it goes now. What is waited for then: WaitFor, until Until at most.
   void GoOn();
   void WaitFor(std::vector<pollfd>& out) const;
-  net::Deadline Until() const;
+  net::Deadline Until(platform::Instant now) const;
 
   // At the end of it stands a connection, or none: then `outcome` says why. That is the failure of the first server
   // that could be found, as a name that is misspelt says less than a server that refused; where none could be found, of

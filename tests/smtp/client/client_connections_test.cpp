@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 
 #include "smtp/client/client.h"
@@ -32,8 +33,8 @@ void SendAll(const ClientOptions& options, Letters& letters, const platform::Can
   Client(options, clock, cancel).Run(letters);
 }
 
-// What a server does in place of the reply to a line ("" for the greeting, "." for a message). True ends the
-// connection.
+// What a server does in place of the reply to a line ("" for the greeting, "." for a message), or ahead of the octets
+// of a message ("<"). True ends the connection.
 using Instead = std::function<std::optional<bool>(Peer&, const std::string& line)>;
 
 // Takes everything that comes over a connection, until QUIT, and calls `took` with the first line of each message.
@@ -49,11 +50,10 @@ int TakeAll(Peer& peer, const char* offers, const Instead& instead = {},
   if (ends("", "220 ESMTP\r\n")) return -1;
   for (std::string line = peer.Line(); !line.empty(); line = peer.Line()) {
     const bool chunk = line.starts_with("BDAT");
+    if (line == "DATA") peer.Say("354 go\r\n");
+    if ((chunk || line == "DATA") && instead && instead(peer, "<").value_or(false)) return -1;
     std::string message = chunk ? peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5)))) : "";
-    if (line == "DATA") {
-      peer.Say("354 go\r\n");
-      message = peer.Message();
-    }
+    if (line == "DATA") message = peer.Message();
     if (!message.empty() && ++messages > 0 && took) took(message.substr(0, message.find_first_of("\r\n")));
     if (ends(message.empty() ? line : ".", line.starts_with("EHLO") ? offers : "250 ok\r\n")) return -1;
     if (line == "QUIT") return messages;
@@ -63,18 +63,26 @@ int TakeAll(Peer& peer, const char* offers, const Instead& instead = {},
 
 // A server that serves all its connections at once, and keeps account of them. `instead` is asked for each of them.
 struct Busy {
-  explicit Busy(std::function<Instead(int number)> instead, const char* offers = kPlain)
-      : server(
-            [this, instead, offers](Peer& peer, int number) {
-              Count(+1);
-              TakeAll(peer, offers, instead(number), [&](const std::string& subject) {
-                const std::lock_guard lock(mutex);
-                ++taken[subject];
-                over.insert(number);
-              });
-              Count(-1);
-            },
-            ScriptedServer::Serving::kAtOnce) {}
+  explicit Busy(std::function<Instead(int number)> instead, const char* offers = kPlain) {
+    server.emplace(
+        [this, instead, offers](Peer& peer, int number) {
+          Count(+1);
+          bool has_left = false;  // before the client hears of it, and comes again
+          const auto count_leaving = [&, own = instead(number)](Peer& from, const std::string& line) {
+            if (line == "QUIT" && !std::exchange(has_left, true)) Count(-1);
+            return own ? own(from, line) : std::nullopt;
+          };
+          TakeAll(peer, offers, count_leaving, [&](const std::string& subject) {
+            const std::lock_guard lock(mutex);
+            ++taken[subject];
+            over.insert(number);
+          });
+          if (!has_left) Count(-1);
+        },
+        ScriptedServer::Serving::kAtOnce);
+  }
+  // Once all connections are served to their end.
+  void End() { server.reset(); }
   void Count(int change) {
     const std::lock_guard lock(mutex);
     at_once += change;
@@ -86,7 +94,7 @@ struct Busy {
   std::set<int> over;                // the connections that took any
   int at_once = 0;
   int most_at_once = 0;
-  ScriptedServer server;  // the last, so that it ends before what it tells of
+  std::optional<ScriptedServer> server;  // the last, so that it ends before what it tells of
 };
 
 void ExpectAllSentOnce(const Letters& letters, const std::map<std::string, int>& taken, int count) {
@@ -139,7 +147,7 @@ TEST(ClientConnections, AreOpenedAsTheyAreNeeded) {
       SCOPED_TRACE(testing::Message() << offers << c.letters << " letters, " << c.connections);
       Letters letters(c.letters, {}, Letters::Size::kKnown);
       Busy busy([](int) { return SlowBy(3ms); }, offers);
-      ClientOptions options = OptionsFor(busy.server.port(), c.connections);
+      ClientOptions options = OptionsFor(busy.server->port(), c.connections);
       options.per_connection = c.per_connection;
       SendAll(options, letters);
       const std::lock_guard lock(busy.mutex);
@@ -187,49 +195,75 @@ TEST(ClientConnections, NoMoreAreAskedForThanTheServerTakes) {
             };
           },
           offers);
-      SendAll(OptionsFor(busy.server.port(), 12), letters);
+      SendAll(OptionsFor(busy.server->port(), 12), letters);
       const std::lock_guard lock(busy.mutex);
       ExpectAllSentOnce(letters, busy.taken, kLetters);
       EXPECT_EQ(busy.over.size(), static_cast<std::size_t>(kTakes));
-      EXPECT_LE(busy.server.connections(), kTakes + 3);
+      EXPECT_LE(busy.server->connections(), kTakes + 3);
     }
   }
 }
 
 // The second connection goes wrong, in each way and at each line; whoever is on another is served meanwhile.
 TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
+  enum class Way { kHangsUp, kHangsUpInItsReply, kHangsUpBehindIt, kIsSilent, kIsLate };
+  enum class Doubt { kNone, kWhatIsInFlight };
+  using enum Way;
   constexpr int kLetters = 200;
+  struct Case {
+    const char* at;
+    Way way;
+    Doubt doubt = Doubt::kNone;
+  };
   for (const char* offers : {kPlain, kChunking}) {
-    for (const auto& [at, is_silent] : std::initializer_list<std::pair<const char*, bool>>{{"", false},
-                                                                                           {"EHLO", false},
-                                                                                           {"MAIL", false},
-                                                                                           {"RCPT", false},
-                                                                                           {".", false},
-                                                                                           {"", true},
-                                                                                           {"MAIL", true},
-                                                                                           {".", true}}) {
-      SCOPED_TRACE(testing::Message() << offers << "at \"" << at << (is_silent ? "\" silent" : "\" hangs up"));
-      const bool opens = *at == '\0' || *at == 'E';
+    for (const Case& c : {Case{"", kHangsUp},
+                          {"", kHangsUpInItsReply},
+                          {"", kHangsUpBehindIt},
+                          {"", kIsSilent},
+                          {"EHLO", kHangsUp},
+                          {"EHLO", kHangsUpInItsReply},
+                          {"EHLO", kHangsUpBehindIt},
+                          {"MAIL", kHangsUp},
+                          {"MAIL", kHangsUpInItsReply},
+                          {"MAIL", kHangsUpBehindIt},
+                          {"MAIL", kIsSilent, Doubt::kWhatIsInFlight},
+                          {"MAIL", kIsLate},
+                          {"RCPT", kHangsUp},
+                          {"RCPT", kHangsUpInItsReply},
+                          {"RCPT", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
+                          {"<", kHangsUp, Doubt::kWhatIsInFlight},
+                          {".", kHangsUp, Doubt::kWhatIsInFlight},
+                          {".", kHangsUpInItsReply, Doubt::kWhatIsInFlight},
+                          {".", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
+                          {".", kIsSilent, Doubt::kWhatIsInFlight},
+                          {".", kIsLate}}) {
+      SCOPED_TRACE(testing::Message() << offers << "at \"" << c.at << "\" way " << static_cast<int>(c.way));
       Letters letters(kLetters, {}, Letters::Size::kKnown);
       std::atomic<int> taken = 0;
       std::atomic<int> taken_by_then = 0;
       Busy busy(
-          [&, at = at, is_silent = is_silent](int number) -> Instead {
-            return [&, at, is_silent, number, messages = 0](Peer& peer,
-                                                            const std::string& line) mutable -> std::optional<bool> {
+          [&](int number) -> Instead {
+            return [&, number, messages = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
               std::this_thread::sleep_for(300us);
-              const bool is_place = *at == '\0' ? line.empty() : line.starts_with(at);
+              const bool is_place = *c.at == '\0' ? line.empty() : line.starts_with(c.at);
               taken += line == "." ? 1 : 0;
-              if (number != 1 || !is_place || (*at == '.' && messages++ == 0)) return {};
-              if (is_silent) peer.Stall();
+              if (number != 1 || !is_place || ((*c.at == '.' || *c.at == '<') && messages++ == 0)) return {};
+              if (c.way == kIsLate) std::this_thread::sleep_for(60ms);
+              if (c.way == kIsLate) return {};
+              if (c.way == kIsSilent) peer.Stall();
+              if (*c.at == '<') peer.Octets(5);
+              const char* reply = *c.at == '\0' ? "220 ESMTP\r\n" : *c.at == 'E' ? offers : "250 ok\r\n";
+              if (c.way == kHangsUpInItsReply) peer.Say(std::string(reply).substr(0, 2));
+              if (c.way == kHangsUpBehindIt) peer.Say(reply);
               taken_by_then = taken.load();
               return true;
             };
           },
           offers);
-      ClientOptions options = OptionsFor(busy.server.port(), 4);
+      ClientOptions options = OptionsFor(busy.server->port(), 4);
       options.timeout = 1s;
       SendAll(options, letters);
+      busy.End();
       ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
       const std::lock_guard lock(busy.mutex);
       std::size_t not_sent = 0;
@@ -243,8 +277,8 @@ TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
         not_sent += state == State::kSent ? 0 : 1;
       }
       const std::size_t in_flight = std::string(offers) == kPlain ? 1 : SendWindow::kMost;
-      EXPECT_LE(not_sent, opens || (!is_silent && *at != '.') ? 0 : in_flight);
-      if (is_silent) {
+      EXPECT_LE(not_sent, c.doubt == Doubt::kNone ? 0 : in_flight);
+      if (c.way == kIsSilent) {
         EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
       }
     }
@@ -265,12 +299,12 @@ TEST(ClientConnections, AWrongPasswordIsNotTriedOverMany) {
         };
       },
       "250-mx\r\n250 AUTH PLAIN\r\n");
-  ClientOptions options = OptionsFor(busy.server.port(), 8);
+  ClientOptions options = OptionsFor(busy.server->port(), 8);
   options.sign_in = true;
   options.user = "ada";
   SendAll(options, letters);
   EXPECT_EQ(letters.outcomes.size(), 3U);
-  EXPECT_EQ(busy.server.connections(), 3);
+  EXPECT_EQ(busy.server->connections(), 3);
 }
 
 TEST(ClientConnections, AStopLetsWhatIsUnderWayEndAndNothingBegin) {
@@ -281,7 +315,7 @@ TEST(ClientConnections, AStopLetsWhatIsUnderWayEndAndNothingBegin) {
     letters.on_next = [&](std::size_t before) {
       for (int n = 0; before == 60 && n < requests; ++n) cancel.Request();
     };
-    SendAll(OptionsFor(busy.server.port(), 6), letters, cancel);
+    SendAll(OptionsFor(busy.server->port(), 6), letters, cancel);
     const std::lock_guard lock(busy.mutex);
     ASSERT_EQ(letters.outcomes.size(), 61U);
     for (std::size_t n = 0; n < letters.outcomes.size(); ++n) {
