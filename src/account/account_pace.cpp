@@ -28,6 +28,8 @@ constexpr auto kPaceKeys = std::to_array<PaceKey>({
     {kPauseAfter, &run::PaceTexts::pause_after, [](std::string_view text) { return FaultOf(run::ReadPause(text)); }},
     {kPerConnection, &run::PaceTexts::per_connection,
      [](std::string_view text) { return FaultOf(run::ReadCount(text)); }},
+    {kConnections, &run::PaceTexts::connections,
+     [](std::string_view text) { return FaultOf(run::ReadConnections(text)); }},
 });
 
 }  // namespace

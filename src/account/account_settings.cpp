@@ -81,6 +81,7 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kHours, "Hours", "", {}},
     {kPauseAfter, "PauseAfter", "", {}},
     {kPerConnection, "PerConnection", "", {}},
+    {kConnections, "Connections", "", {}},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 

@@ -55,6 +55,7 @@ enum class AccountKey {
   kHours,
   kPauseAfter,
   kPerConnection,
+  kConnections,
   kCount
 };
 

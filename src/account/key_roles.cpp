@@ -34,7 +34,7 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kRate, kTheWay},          {kQuotaHour, kTheWay},
     {kQuotaDay, kTheWay},      {kDomainRate, kTheWay},
     {kHours, kTheWay},         {kPauseAfter, kTheWay},
-    {kPerConnection, kTheWay},
+    {kPerConnection, kTheWay}, {kConnections, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

@@ -15,6 +15,7 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
   add("--hours", texts.hours, "FROM-UNTIL", "Only at these hours of the day, local time: 9-17, 8:30-17:30, 22-6");
   add("--pause-after", texts.pause_after, "N:SECONDS", "Pause for so many seconds after each N messages");
   add("--per-connection", texts.per_connection, "N", "At most so many messages over one connection");
+  add("--connections", texts.connections, "N", "Over so many connections at a time, 1 to 50; without it over one");
   add("--at", texts.at, "TIME", "Begin to send then: HH:MM or 'YYYY-MM-DD HH:MM', local time");
 }
 

@@ -10,6 +10,7 @@
 #include "run/kept_runs.h"
 #include "run/prepared_run.h"
 #include "run/what_changed.h"
+#include "smtp/client/connection_limit.h"
 
 namespace quillcast::run {
 
@@ -77,6 +78,8 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
   auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
   if (!options) return options.error();
   options->per_connection = static_cast<std::size_t>(pace->per_connection);
+  static_assert(kMostConnections == smtp::ConnectionLimit::kMost, "what may be asked for can be had");
+  options->connections = static_cast<std::size_t>(pace->connections);
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);
   return Run(range, listener, carrier);
 }

@@ -97,6 +97,7 @@ class AccountFormsTest : public QObject {
     row("PasswordFromComboBox", "Command", "", "PasswordCommandTextBox");
     row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
     row("RateTextBox", "fast", "", "RateTextBox", "Pace");
+    row("ConnectionsTextBox", "51", "", "ConnectionsTextBox", "Pace");
     row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
   }
   void checksWarnTurnThePageAndFocus() {

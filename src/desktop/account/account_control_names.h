@@ -50,6 +50,7 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "HoursTextBox",
     "PauseAfterTextBox",
     "PerConnectionTextBox",
+    "ConnectionsTextBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

@@ -200,9 +200,10 @@ QWidget* EmailManagerForm::MakePacePage() {
   add(times, kHours, tr("Hours &of the day:"), tr("9-17, 8:30-17:30 or 22-6"));
   add(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
   add(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
+  add(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("An empty field limits nothing. All runs count, those of other windows and commands too."));
+      ->Say(tr("An empty field limits nothing, and is one connection. All runs count, those of other windows and commands too."));
   return page;
 }
 

@@ -24,9 +24,9 @@ constexpr std::array kUnits = {
     Unit{"m", 1min}, Unit{"hour", 1h}, Unit{"h", 1h},      Unit{"day", 24h},  Unit{"d", 24h},
 };
 
-constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour, &PaceTexts::quota_day,
-                               &PaceTexts::domain_rate,    &PaceTexts::hours,      &PaceTexts::pause_after,
-                               &PaceTexts::per_connection, &PaceTexts::at};
+constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour,  &PaceTexts::quota_day,
+                               &PaceTexts::domain_rate,    &PaceTexts::hours,       &PaceTexts::pause_after,
+                               &PaceTexts::per_connection, &PaceTexts::connections, &PaceTexts::at};
 static_assert(sizeof(PaceTexts) == kTexts.size() * sizeof(std::string), "each text has its place");
 
 Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
@@ -90,6 +90,12 @@ Result<std::optional<std::int64_t>> ReadCount(std::string_view text) {
                 "\"{}\" is no number of messages.", "Write a whole number from 1 to 1,000,000.");
 }
 
+Result<std::optional<std::int64_t>> ReadConnections(std::string_view text) {
+  static_assert(kMostConnections == 50, "the remedy says so");
+  return OrNone(text, platform::WholeNumberBetween(platform::Trim(text), 1, kMostConnections),
+                "\"{}\" is no number of connections.", "Write a whole number from 1 to 50.");
+}
+
 Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
   const auto messages = ReadCount(text);
   if (!messages) return messages.error();
@@ -126,6 +132,7 @@ Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
     if (read) rule = *read;
   };
   std::optional<std::int64_t> per_connection;
+  std::optional<std::int64_t> connections;
   take(pace.rules.rate, ReadRate(texts.rate));
   take(pace.rules.per_hour, ReadQuota(texts.quota_hour, 1h));
   take(pace.rules.per_day, ReadQuota(texts.quota_day, 24h));
@@ -133,9 +140,11 @@ Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
   take(pace.rules.hours, ReadHours(texts.hours));
   take(pace.rules.pause, ReadPause(texts.pause_after));
   take(per_connection, ReadCount(texts.per_connection));
+  take(connections, ReadConnections(texts.connections));
   take(pace.rules.begin, ReadMoment(texts.at, clock));
   if (complaint) return *complaint;
   pace.per_connection = per_connection.value_or(0);
+  pace.connections = connections.value_or(1);
   return pace;
 }
 

@@ -63,6 +63,7 @@ Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono
 Result<std::optional<HoursOfDay>> ReadHours(std::string_view text);                                 // "9-17", "22:30-6"
 Result<std::optional<PauseAfter>> ReadPause(std::string_view text);                                 // "100:60"
 Result<std::optional<std::int64_t>> ReadCount(std::string_view text);                               // of messages
+Result<std::optional<std::int64_t>> ReadConnections(std::string_view text);                         // 1 to the most
 // A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
 
@@ -75,6 +76,7 @@ struct PaceTexts {
   std::string hours = {};
   std::string pause_after = {};
   std::string per_connection = {};
+  std::string connections = {};
   std::string at = {};
 
   bool operator==(const PaceTexts&) const = default;
@@ -83,9 +85,13 @@ struct PaceTexts {
 // These, and in place of the empty ones the others.
 PaceTexts Or(PaceTexts texts, const PaceTexts& others);
 
+// Servers take no more of one client, most of them fewer.
+inline constexpr std::int64_t kMostConnections = 50;
+
 struct RunPace {
   PaceRules rules;
   std::int64_t per_connection = 0;  // messages at most; 0 for any number
+  std::int64_t connections = 1;     // at a time, at most
 };
 
 // All of them; the first complaint where there is one.

@@ -29,6 +29,7 @@ std::string Said(const PaceTexts& texts) {
   }
   EXPECT_EQ(rules->empty(), said.empty());
   if (pace->per_connection > 0) said += std::to_string(pace->per_connection) + " a connection;";
+  if (pace->connections != 1) said += std::to_string(pace->connections) + " connections;";
   return said;
 }
 
@@ -42,6 +43,7 @@ TEST(PaceRules, AreReadOrComplainedAbout) {
   const std::string no_pause =
       "\" is no pause. Write after how many messages, \":\", and how many seconds up to 86,400, "
       "for example 100:60.";
+  const std::string no_connections = "\" is no number of connections. Write a whole number from 1 to 50.";
   const std::string no_quota = "\" is no number of messages. Write a whole number from 1 to 1,000,000.";
   const struct {
     PaceTexts texts;
@@ -52,6 +54,11 @@ TEST(PaceRules, AreReadOrComplainedAbout) {
       {{.rate = "none", .quota_day = "None", .hours = "none", .per_connection = "none"}, ""},
       {{.per_connection = "50"}, "50 a connection;"},
       {{.per_connection = "0"}, "\"0" + no_quota},
+      {{.connections = "none"}, ""},
+      {{.connections = "1"}, ""},
+      {{.connections = " 50 "}, "50 connections;"},
+      {{.connections = "0"}, "\"0" + no_connections},
+      {{.connections = "51"}, "\"51" + no_connections},
       {{.rate = "30/min", .quota_hour = "500", .quota_day = " 2000 ", .domain_rate = "5/s"},
        "30 in 60 s;500 in 3600 s;2000 in 86400 s;5 in 1 s;"},
       {{.rate = " 200 / H "}, "200 in 3600 s;"},
