@@ -1,10 +1,13 @@
 """Sending over SMTP against pooled nodemailer, libcurl and smtp-source, every case in one run.
 
 Each message is composed for its recipient as HTML and text (smtp-source composes nothing). The server is bench_smtp_sink,
-which takes everything and keeps nothing; for the distant line it holds each direction for 20 ms. A rate is messages by
+which takes everything and keeps nothing; for the distant line it holds each direction for 20 ms, for the server that
+thinks it answers 1 ms late. A rate is messages by
 the time that the sender's process took, start and end included.
 
-  bench/run smtp [--rounds N] [--scale F] [--only WORDS]
+  bench/run smtp [--rounds N] [--scale F] [--only WORDS] [--against PROGRAM]
+
+--against: another build of ours, in turn with this one, over one connection in each of its ways.
 """
 import argparse
 import json
@@ -32,8 +35,9 @@ ROUND_TRIP = 0.040
 class Sink:
     """The server; after `with` its counts are in `told`, a connection each."""
 
-    def __init__(self, offer, pin, hold=0, tls=None):
-        command = [*pin, BIN / "bench_smtp_sink", "--offer", offer, "--hold", str(hold), *(["--tls", *tls] if tls else [])]
+    def __init__(self, offer, pin, hold=0, tls=None, late=0):
+        command = [*pin, BIN / "bench_smtp_sink", "--offer", offer, "--hold", str(hold), "--late", str(late),
+                   *(["--tls", *tls] if tls else [])]
         self.process = subprocess.Popen(list(map(str, command)), stdout=subprocess.PIPE, text=True)
         self.port = int(self.process.stdout.readline())
 
@@ -110,13 +114,14 @@ class Senders:
         subprocess.run([PROGRAM, "--profile", profile, "--yes", "--quiet", *map(str, arguments)], check=True,
                        stdout=subprocess.DEVNULL)
 
-    def ours(self, port, count, pin, pipeline=1, attachment=0, tls=False):
+    def ours(self, port, count, pin, pipeline=1, attachment=0, tls=False, connections=1, program=None):
         profile = self.profile(count)
         self.quillcast(profile, "account", "set", f"Port={port}", f"Pipeline={pipeline}",
                        f"Security={'TLS' if tls else 'None'}")
         extra = ["--attach", self.attachment(attachment)] if attachment else []
+        extra += ["--connections", connections] if connections > 1 else []
         environment = dict(os.environ, SSL_CERT_FILE=str(self.certificate[0])) if tls else None
-        return timed([*pin, PROGRAM, "--profile", profile, "--yes", "--quiet", "send", "--group", "All", "--subject",
+        return timed([*pin, program or PROGRAM, "--profile", profile, "--yes", "--quiet", "send", "--group", "All", "--subject",
                       letter.SUBJECT, "--body", self.texts[1], *extra], environment)
 
     def nodemailer(self, port, count, pin, connections=1, attachment=0):
@@ -138,11 +143,11 @@ class Case:
     def __init__(self, rounds, scale):
         self.rounds, self.scale = rounds, scale
 
-    def run(self, send, count, offer, pin=(), hold=0, tls=None, **options):
+    def run(self, send, count, offer, pin=(), hold=0, tls=None, late=0, **options):
         count = max(10, int(count * self.scale))
         results = []
         for _ in range(self.rounds):
-            with Sink(offer, pin, hold, tls) as sink:
+            with Sink(offer, pin, hold, tls, late) as sink:
                 result = send(sink.port, count, pin, **options, **({"tls": True} if tls else {}))
             if sink.messages() != count:
                 raise SystemExit(f"the sink was handed {sink.messages()} of {count} messages")
@@ -203,6 +208,36 @@ def cases(senders, case):
         row("40 ms, Pipeline 1, CHUNKING", case.run(ours, 4000, WITH_CHUNKING, hold=20), ("nodemailer", one, 50),
             ("nodemailer on five connections", five, 10))
 
+    def several():
+        one = case.run(ours, 500, WITHOUT_CHUNKING, late=1, pipeline=0)["rate"]
+        for connections, aim in ((2, 1.9), (8, 7)):
+            row(f"1 ms late, Pipeline 0, {connections} connections",
+                case.run(ours, 500 * connections, WITHOUT_CHUNKING, late=1, pipeline=0, connections=connections),
+                ("one", one, aim))
+
+    def several_encrypted():
+        one = case.run(ours, 20_000, WITHOUT_CHUNKING, tls=senders.certificate)["rate"]
+        for connections in (2, 8):
+            row(f"loopback, TLS 1.3, Pipeline 1, {connections} connections",
+                case.run(ours, 20_000, WITHOUT_CHUNKING, tls=senders.certificate, connections=connections),
+                ("one", one, 1))
+
+    def journal():
+        for connections, aim in ((1, 0.9), (8, 0.85)):
+            ratios = []
+            for _ in range(case.rounds):
+                rates = []
+                for journal in ("with", "without"):
+                    with tempfile.TemporaryDirectory() as folder, Sink(WITHOUT_CHUNKING, ()) as sink:
+                        count = int(20_000 * case.scale)
+                        rates.append(float(subprocess.run(
+                            list(map(str, (BIN / "bench_journal_share", folder, sink.port, count, connections, journal))),
+                            check=True, capture_output=True, text=True).stdout))
+                ratios.append(rates[0] / rates[1])
+            ratio = statistics.median(ratios)
+            print(f"loopback, Pipeline 0, {connections} connections: with the journal {ratio:.2f} x the rate without, "
+                  f"aim {aim:g}{'' if ratio >= aim else ' MISSED'}", flush=True)
+
     def encrypted():
         clear = case.run(ours, 20_000, WITHOUT_CHUNKING, ONE_CORE)["rate"]
         row("loopback, one core, TLS 1.3, Pipeline 1",
@@ -215,7 +250,25 @@ def cases(senders, case):
 
     return {"one core": loopback(ONE_CORE, "one core", (20, 30)), "attachment": attached,
             "free": loopback((), "free placement", (8, 16)), "lock-step": lock_step, "distant lock-step": distant_lock_step,
-            "distant": distant, "tls": encrypted, "memory": memory}
+            "distant": distant, "several": several, "several, tls": several_encrypted, "journal": journal, "tls": encrypted, "memory": memory}
+
+
+def compare(senders, rounds, scale, other):
+    """Over one connection, in turn with another build: the median of the ratios of each pair."""
+    for words, count, offer, options in (
+            ("loopback, Pipeline 0", 20_000, WITHOUT_CHUNKING, {"pipeline": 0}),
+            ("loopback, Pipeline 1", 40_000, WITHOUT_CHUNKING, {}), ("loopback, Pipeline 1, CHUNKING", 40_000, WITH_CHUNKING, {}),
+            ("1 ms late, Pipeline 0", 400, WITHOUT_CHUNKING, {"pipeline": 0, "late": 1})):
+        pin = () if "late" in options else ONE_CORE
+        ratios = []
+        for _ in range(rounds):
+            us, them = (Case(1, scale).run(senders.ours, count, offer, pin, program=program, **options)
+                        for program in (PROGRAM, other))
+            ratios.append((us["rate"] / them["rate"], us["processor"] / them["processor"]))
+        rate, processor = (sorted(each) for each in zip(*ratios))
+        middle = rounds // 2
+        print(f"{words}: {rate[middle]:.3f} x its rate ({rate[0]:.3f} to {rate[-1]:.3f}), {processor[middle]:.3f} x its "
+              f"processor time ({processor[0]:.3f} to {processor[-1]:.3f})", flush=True)
 
 
 def main():
@@ -223,8 +276,11 @@ def main():
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--scale", type=float, default=1.0, help="of the number of messages")
     parser.add_argument("--only", default="", help="cases whose name holds this")
+    parser.add_argument("--against", type=Path, help="another build of ours")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as folder:
+        if arguments.against:
+            return compare(Senders(folder), arguments.rounds, arguments.scale, arguments.against)
         for name, run in cases(Senders(folder), Case(arguments.rounds, arguments.scale)).items():
             if arguments.only in name:
                 run()

@@ -1,7 +1,8 @@
 // A mail server that takes everything and keeps nothing, as cheap as it can be, so that what is measured is the sender:
-//   smtp_sink [--offer LIST] [--hold MILLISECONDS] [--tls CERTIFICATE KEY]
-// "--hold" keeps each direction for so long, as a line of that length would; its width has no bound. Prints its port,
-// and at the end of each connection {"messages":N,"reads":N,"octets":N,"resumed":B}.
+//   smtp_sink [--offer LIST] [--hold MILLISECONDS | --late MILLISECONDS] [--tls CERTIFICATE KEY]
+// "--hold" keeps each direction for so long, as a line of that length would; its width has no bound. "--late" answers
+// what came together so long after it came, as a server would that has to think. Prints its port, and at the end of
+// each connection {"messages":N,"reads":N,"octets":N,"resumed":B}.
 #include <fmt/format.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -30,6 +31,7 @@ using Clock = std::chrono::steady_clock;
 struct Options {
   std::string offer = "PIPELINING,8BITMIME,CHUNKING,SIZE 0,DSN,SMTPUTF8,ENHANCEDSTATUSCODES";
   std::chrono::milliseconds hold{0};
+  std::chrono::milliseconds late{0};
   SSL_CTX* tls = nullptr;
 };
 
@@ -190,7 +192,9 @@ void ServeAtOnce(int fd, const Options& options) {
     if (got <= 0) break;
     ++reads;
     session.Receive({buffer.data(), static_cast<std::size_t>(got)});
-    going = SendAll(fd, tls, session.TakeReplies());
+    const std::string replies = session.TakeReplies();
+    if (!replies.empty()) std::this_thread::sleep_for(options.late);
+    going = SendAll(fd, tls, replies);
   }
   Tell(session, reads, tls != nullptr && SSL_session_reused(tls) == 1);
   if (tls != nullptr) SSL_free(tls);
@@ -245,6 +249,7 @@ Options OptionsFrom(int argc, char** argv) {
     const std::string_view name = argv[i];
     if (name == "--offer" && i + 1 < argc) options.offer = argv[++i];
     if (name == "--hold" && i + 1 < argc) options.hold = std::chrono::milliseconds(std::atoi(argv[++i]));
+    if (name == "--late" && i + 1 < argc) options.late = std::chrono::milliseconds(std::atoi(argv[++i]));
     if (name == "--tls" && i + 2 < argc) {
       options.tls = LoadTls(argv[i + 1], argv[i + 2]);
       i += 2;

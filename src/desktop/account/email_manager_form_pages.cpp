@@ -203,7 +203,8 @@ QWidget* EmailManagerForm::MakePacePage() {
   add(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("An empty field limits nothing, and is one connection. All runs count, those of other windows and commands too."));
+      ->Say(tr("An empty field limits nothing, and is one connection. All runs count, those of other windows and "
+               "commands too."));
   return page;
 }
 
