@@ -230,7 +230,8 @@ void AddSupportCommand(CLI::App& app, Context& context) {
       ->type_name("FILE")
       ->excludes(show);
   support->footer(
-      "No password goes along, and no recipient's data but by --last-report and --first-message.\n"
+      "No password goes along, and no recipient's data but by --last-report and --first-message. A keyring or a "
+      "command is asked for the password, so that it is hidden wherever another setting repeats it.\n"
       "Exit codes: 0 sent; 1 refused; 69 no server could be reached; 75 to be tried again; others: why is told on "
       "standard error.\n"
       "Example:\n  quillcast support --show\n"

@@ -14,9 +14,14 @@ constexpr std::size_t kLongestNotes = 500;  // bytes
 constexpr std::int64_t kLastNumber = 9999;  // of a version
 constexpr std::string_view kScheme = "https://";
 
+// With one host in it: others are told now, and not as a network that fails.
 bool IsHttps(std::string_view address) {
-  return address.size() > kScheme.size() &&
-         platform::EqualsIgnoringAsciiCase(address.substr(0, kScheme.size()), kScheme);
+  if (!platform::EqualsIgnoringAsciiCase(address.substr(0, kScheme.size()), kScheme)) return false;
+  address.remove_prefix(kScheme.size());
+  const auto authority = address.substr(0, address.find_first_of("/?#"));
+  const auto host = authority.substr(authority.find('@') + 1);
+  return !host.empty() && host.find('@') == std::string_view::npos &&
+         host.starts_with('[') == (host.find(']') != std::string_view::npos);
 }
 
 // For sentences, without a name and a password in it: rather too little than too much.
