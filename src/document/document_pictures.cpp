@@ -1,6 +1,8 @@
 #include "document/document_pictures.h"
 
 #include <functional>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "document/picture_copies.h"
@@ -54,12 +56,13 @@ using AddressOf = std::function<Result<std::string>(const fs::path& file, bool r
 // one that stays as it is.
 Result<std::string> WithAddresses(std::string_view html, const fs::path& base, const AddressOf& address_of) {
   const auto references = html::FindLocalPictures(html);
-  std::map<std::string, std::string> known;  // by the path of the reference
+  std::map<std::pair<std::string, bool>, std::string>
+      known;  // by the path of the reference, and whether it is relative
   std::vector<std::string> addresses;
   for (const auto& reference : references) {
-    const auto [entry, is_new] = known.try_emplace(reference.path);
-    const bool relative = fs::path(reference.path).is_relative();
-    if (is_new && !(relative && base.empty())) {
+    const bool relative = reference.leads_to == html::LeadsTo::kFile && fs::path(reference.path).is_relative();
+    const auto [entry, is_new] = known.try_emplace({reference.path, relative});
+    if (is_new && !(fs::path(reference.path).is_relative() && base.empty())) {
       auto address = address_of((base / reference.path).lexically_normal(), relative);
       if (!address) return address.error();
       entry->second = std::move(*address);

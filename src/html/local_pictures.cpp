@@ -63,6 +63,11 @@ LocalAddress ReadOtherFile(std::string_view address) {
   return {AddressKind::kFile, platform::ReplaceAll(given.substr(0, given.find_first_of("?#")), "\\", "/")};
 }
 
+// Of a path that starts from nowhere here: "C:/x", "c|/x".
+bool BeginsWithDrive(std::string_view path) {
+  return path.size() > 2 && platform::AsciiIsAlnum(path[0]) && (path[1] == ':' || path[1] == '|') && path[2] == '/';
+}
+
 class Finder final : public HtmlVisitor {
  public:
   Finder(std::string_view html, const std::function<void(PictureReference)>& visit)
@@ -107,11 +112,17 @@ class Finder final : public HtmlVisitor {
   void Add(std::string_view written, const std::string& address) {
     if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(written, address);
     LocalAddress file = ReadLocalAddress(address);
+    LeadsTo leads_to = IsFilledIn(address)                                    ? LeadsTo::kFilledIn
+                       : BeginsWithTag(address) || BeginsWithDrive(file.path) ? LeadsTo::kElsewhere
+                                                                              : LeadsTo::kFile;
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
-    if (file.kind == AddressKind::kElsewhere) file = ReadOtherFile(address);
+    if (file.kind == AddressKind::kElsewhere) {
+      file = ReadOtherFile(address);
+      leads_to = LeadsTo::kElsewhere;
+    }
     if (file.kind == AddressKind::kElsewhere) return;
     if (!IsPicture(file.path)) return AddOther(written, address);
-    visit_({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path)});
+    visit_({static_cast<std::size_t>(written.data() - html_.data()), written.size(), std::move(file.path), leads_to});
   }
 
   void AddTelling(std::string_view written, std::string path) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -10,11 +11,18 @@
 
 namespace quillcast::html {
 
+enum class LeadsTo : std::uint8_t {
+  kFile,       // of this computer, where its path says
+  kElsewhere,  // what Windows or another program would find: "C:/x", "smb://server/x"
+  kFilledIn,   // by another program on the way to the reader: "{{image}}"
+};
+
 // Holds for the very text it was found in.
 struct PictureReference {
   std::size_t offset = 0;  // of the address as written in the source, without quotes
   std::size_t length = 0;
-  std::string path;  // decoded: absolute, or relative to wherever the HTML belongs
+  std::string path;                   // decoded: absolute, or relative to wherever the HTML belongs
+  LeadsTo leads_to = LeadsTo::kFile;  // all but this name a file here only where there is one by that very name
 };
 
 // Looks at src, poster, background and srcset attributes and at url() in style attributes and style elements, also

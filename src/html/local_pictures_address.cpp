@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <utility>
 
+#include "html/local_name.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -19,6 +21,33 @@ std::size_t SchemeLength(std::string_view address) {
     ++end;
   }
   return end > 1 && end < address.size() && address[end] == ':' ? end + 1 : 0;
+}
+
+// Of a tag or a placeholder at the start, with what closes it; 0 when there is none. A folder may be called "[[a" too.
+std::size_t TagLength(std::string_view address) {
+  struct Row {
+    std::string_view begin;
+    std::string_view end;
+  };
+  constexpr auto kTags = std::to_array<Row>({{"$*Merge", "*$"},
+                                             {"{{", "}}"},
+                                             {"{%", "%}"},
+                                             {"${", "}"},
+                                             {"*|", "|*"},
+                                             {"%%", "%%"},
+                                             {"<%", "%>"},
+                                             {"[[", "]]"}});
+  for (const Row& row : kTags) {
+    if (!address.starts_with(row.begin)) continue;
+    const std::size_t end = address.find(row.end, row.begin.size());
+    const std::string_view name = address.substr(0, end);
+    const bool is_name = row.begin != row.end || name.find_first_of("/\\") == std::string_view::npos;
+    return end != std::string_view::npos && is_name ? end + row.end.size() : 0;
+  }
+  const auto is_of_name = [](char c) { return platform::AsciiIsAlnum(c) || c == '.' || c == '_' || c == '-'; };
+  const bool is_one = address.size() > 2 && address.front() == '%' && address.back() == '%' &&
+                      std::all_of(address.begin() + 1, address.end() - 1, is_of_name);  // "%recipient.url%"
+  return is_one ? address.size() : 0;
 }
 
 }  // namespace
@@ -41,15 +70,17 @@ LocalAddress ReadLocalAddress(std::string address) {
   return {scheme > 0 || is_share ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
 }
 
-bool BeginsWithTag(std::string_view address) {
-  constexpr std::array<std::string_view, 8> kBegins = {"$*Merge", "{{", "{%", "${", "*|", "%%", "<%", "[["};
+bool BeginsWithTag(std::string_view address) { return TagLength(platform::Trim(address)) > 0; }
+
+bool IsFilledIn(std::string_view address) {
   const std::string_view given = platform::Trim(address);
-  const auto is_of_name = [](char c) { return platform::AsciiIsAlnum(c) || c == '.' || c == '_' || c == '-'; };
-  if (std::any_of(kBegins.begin(), kBegins.end(), [&](std::string_view one) { return given.starts_with(one); })) {
-    return true;
-  }
-  return given.size() > 2 && given.front() == '%' && given.back() == '%' &&
-         std::all_of(given.begin() + 1, given.end() - 1, is_of_name);  // "%recipient.url%"
+  const std::size_t length = TagLength(given);
+  if (length == 0) return false;
+  const std::string_view behind = given.substr(length);
+  const std::string path = platform::ReplaceAll(behind.substr(0, behind.find_first_of("?#")), "\\", "/");
+  const std::string normal =
+      std::filesystem::path(platform::PercentDecoded(path).value_or(path)).lexically_normal().string();
+  return !AddressNamesLocalFile(behind) && !HoldsHomeFolder(normal);
 }
 
 bool TellsFolder(const LocalAddress& address) {

@@ -25,6 +25,9 @@ LocalAddress ReadLocalAddress(std::string address);
 // "*|URL|*", "%%url%%", "<%url%>"): whoever does so says where it leads.
 bool BeginsWithTag(std::string_view address);
 
+// The same, where nothing behind it is a path of some computer ("{{x}}/home/ada/a.png").
+bool IsFilledIn(std::string_view address);
+
 // Whether the address itself tells a folder of some machine.
 bool TellsFolder(const LocalAddress& address);
 

@@ -29,10 +29,12 @@ struct ForeignPicture {
   bool left_out = false;       // the person was asked, and said so
 };
 
-// A local reference that was not taken along; its name is all that is left of it in the message.
+// A local reference that was not taken along; its name is all that is left of it in the message, unless another
+// program fills it in on the way.
 struct PictureTrouble {
   std::string file;
   std::int32_t code;  // of loading the body, see body_import.h
+  bool is_filled_in = false;
 };
 
 // What a reference of the HTML leads to. A picture has no Content-ID yet.

@@ -31,8 +31,11 @@ class Taking {
   Taking(const FileSource& files, std::string_view content_id_suffix)
       : files_(files), content_id_suffix_(content_id_suffix) {}
 
-  // The file's Content-ID, or nothing for one that is not taken.
-  std::string Take(const fs::path& file);
+  struct Taken {
+    std::string content_id;  // empty for a file that is not taken
+    bool is_there = true;
+  };
+  Taken Take(const fs::path& file, const html::PictureReference& reference);
   RelatedPictures result;
 
  private:
@@ -41,11 +44,22 @@ class Taking {
   std::set<fs::path> foreign_;
 };
 
-std::string Taking::Take(const fs::path& file) {
+// No file has a longer name.
+bool CanBeThere(const fs::path& file) {
+  constexpr std::size_t kLongestName = 255;
+  return std::all_of(file.begin(), file.end(), [](const fs::path& one) { return one.native().size() <= kLongestName; });
+}
+
+Taking::Taken Taking::Take(const fs::path& file, const html::PictureReference& reference) {
   auto found = files_.FindPicture(file);
   if (auto* trouble = std::get_if<PictureTrouble>(&found)) {
+    const bool is_there = trouble->code != kBodyNotOpened && CanBeThere(file);
+    if (!is_there && reference.leads_to != html::LeadsTo::kFile) {
+      trouble->file = reference.path;
+      trouble->is_filled_in = reference.leads_to == html::LeadsTo::kFilledIn;
+    }
     result.troubles.push_back(std::move(*trouble));
-    return {};
+    return {{}, is_there};
   }
   if (auto* foreign = std::get_if<ForeignPicture>(&found)) {
     if (foreign_.insert(foreign->file).second) result.foreign.push_back(std::move(*foreign));
@@ -54,7 +68,7 @@ std::string Taking::Take(const fs::path& file) {
   auto& picture = std::get<Picture>(found);
   picture.content_id = fmt::format("picture{}.{}", result.pictures.size() + 1, content_id_suffix_);
   result.pictures.push_back(std::move(picture));
-  return result.pictures.back().content_id;
+  return {result.pictures.back().content_id};
 }
 
 // "-C:\x", which in a style has no backslashes once it is read.
@@ -65,12 +79,10 @@ bool IsPathBehindSigns(std::string_view written) {
 }
 
 // What stands for a picture that does not go along: its name alone, for the folders on the way to it are nobody else's
-// business. Nothing where the address holds no more than that, in whichever way it is written, or is filled in on the
-// way.
+// business. Nothing where the address holds no more than that, in whichever way it is written.
 std::string NameAlone(const html::PictureReference& reference, std::string_view written) {
   if (written.find_first_of("/\\:%&<") == std::string_view::npos) return {};
   const std::string read = html::DecodeCharacterReferences(written, true);
-  if (html::BeginsWithTag(read)) return {};
   const std::string path = IsPathBehindSigns(read) ? platform::PercentDecoded(read).value_or(kNoName) : reference.path;
   const std::string file = fs::path(path).lexically_normal().filename().string();
   const std::string name = file.substr(file.rfind('\\') + 1);  // of a path that was encoded as one piece
@@ -130,6 +142,7 @@ void AppendListed(std::vector<Sentence>& lines, const std::vector<Item>& items, 
 
 Sentence Describe(const PictureTrouble& trouble) {
   const std::string file = platform::Printable(trouble.file, 300);
+  if (trouble.is_filled_in) return Say("The picture {} is no file of this computer.", file);
   if (trouble.code == kBodyNotOpened) return Say("The picture {} is missing or may not be read.", file);
   if (trouble.code == kBodyNotRead) return Say("The picture {} cannot be read.", file);
   if (trouble.code == kBodyNoFile) return Say("The picture {} is no file that can be taken along.", file);
@@ -137,6 +150,9 @@ Sentence Describe(const PictureTrouble& trouble) {
 }
 
 Sentence GoesWithout(const PictureTrouble& trouble) {
+  if (trouble.is_filled_in) {
+    return Say("{} Its address goes out as it is written, for another program to fill in.", Describe(trouble));
+  }
   return Say("{} The message goes out without it; its name alone stays.", Describe(trouble));
 }
 
@@ -163,16 +179,20 @@ RelatedPictures TakePictures(const document::MessageDocument& document, std::str
                              const FileSource& files, const platform::CancelToken* cancel) {
   const fs::path base = document.base_folder.empty() ? fs::path("/") : document.base_folder;
   Taking taking(files, content_id_suffix);
-  std::map<fs::path, std::string> content_ids;  // empty for a file that is not taken
+  std::map<fs::path, Taking::Taken> files_taken;
   const auto references = html::FindLocalPictures(document.html);
   std::vector<std::string> replacements;
   for (const auto& reference : references) {
     if (cancel != nullptr && cancel->Requested() != platform::Stop::kNone) break;
     const fs::path file = (base / reference.path).lexically_normal();
-    const auto [known, is_new] = content_ids.try_emplace(file);
-    if (is_new) known->second = taking.Take(file);
+    const auto [known, is_new] = files_taken.try_emplace(file);
+    if (is_new) known->second = taking.Take(file, reference);
+    const auto& [content_id, is_there] = known->second;
     const auto written = std::string_view(document.html).substr(reference.offset, reference.length);
-    replacements.push_back(known->second.empty() ? NameAlone(reference, written) : "cid:" + known->second);
+    const bool stays = !is_there && reference.leads_to == html::LeadsTo::kFilledIn;
+    replacements.push_back(!content_id.empty() ? "cid:" + content_id
+                           : stays             ? std::string()
+                                               : NameAlone(reference, written));
   }
   taking.result.html = WithoutFolders(html::RewriteReferences(document.html, references, replacements), base);
   return std::move(taking.result);

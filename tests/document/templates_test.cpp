@@ -240,6 +240,18 @@ TEST_F(Own, TakeTheirPicturesAlong) {
   EXPECT_TRUE(fs::exists(kept)) << "letters that were begun from it name it";
 }
 
+TEST_F(Own, KeepAddressesThatLeadToNoFolderOfTheLetter) {
+  folder_.Write("{{logo}}.gif", kPicture);
+  const std::string kept =
+      "<img src=\"{{image}}\"><img src=\"%%image%%\"><img src=\"%recipient.url%\"><img src=\"<%url%>\"><td "
+      "background='mailbox:///C|/Users/ada/x?number=1&amp;part=2'><img src='smb://srv/share/x.png'><p "
+      "style='x:url(imap://ada@srv:993/fetch%3EUID)'><img src='C:\\pics\\a.png'>";
+  ASSERT_TRUE(Keep("T", kept + "<img src='gone.gif'><img src='{{logo}}.gif'>"));
+  EXPECT_EQ(*own_.Read("T"), kCharset + kept + "<img src='file://" + folder_.path().string() +
+                                 "/gone.gif'><img src='file://" + folder_.path().string() +
+                                 "/data/Templates/Pictures/%7B%7Blogo%7D%7D.gif'>");
+}
+
 // Each with a picture of its own under one name.
 TEST_F(Own, OfManyAtOnceEachKeepsItsPicture) {
   constexpr int kMany = 12;

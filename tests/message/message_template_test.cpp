@@ -347,6 +347,27 @@ TEST_F(Messages, TellWhatBecameOfEachPicture) {
   }
 }
 
+TEST_F(Messages, SayTruthOfWhatIsNoFileHere) {
+  File("[[a]] 1.gif", "no picture");
+  const std::string here = folder_.path().string();
+  const std::string cut = " is missing or may not be read. The message goes out without it; its name alone stays.";
+  const std::string filled_in =
+      " is no file of this computer. Its address goes out as it is written, for another program to fill in.";
+  for (const auto& [reference, told] : std::initializer_list<std::pair<const char*, std::string>>{
+           {"{{image}}", "{{image}}" + filled_in},
+           {"[[cdn]]/a b/x.gif?y", "[[cdn]]/a b/x.gif" + filled_in},
+           {"[[cdn/x.gif", here + "/[[cdn/x.gif" + cut},
+           {"{{x}}/home/ada/x.gif", "{{x}}/home/ada/x.gif" + cut},
+           {"[[a]] 1.gif", here + "/[[a]] 1.gif is no picture. The message goes out without it; its name alone stays."},
+           {"C:\\Users\\ada\\x.gif", "C:/Users/ada/x.gif" + cut},
+           {"mailbox:///C|/ada/x?number=1", "mailbox:///C|/ada/x" + cut},
+           {"gone.gif", here + "/gone.gif" + cut}}) {
+    const auto taken = TakePictures(Plain(std::string("<img src='") + reference + "'>").document, "x");
+    ASSERT_EQ(taken.troubles.size(), 1U) << reference;
+    EXPECT_EQ(GoesWithout(taken.troubles[0]).InEnglish(), "The picture " + told);
+  }
+}
+
 TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
   const std::string home = File("home/private photo.gif", kPicture);
   File("page/own.gif", kPicture);
@@ -430,6 +451,11 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='/home/l.html?x=1'>l</a><base href='https://x.example/d/'>", nullptr},
            {"<img src='mailbox:///C|/Users/ada/Drafts?part=1.2'><td background='smb://srv/ada/b.png'>",
             "<img src='Drafts'><td background='b.png'>"},
+           {"<img src='%%a/ada/x.png'><img src='[[a/ada/x.png'><img src='{{x}}/home/ada/a.png'><td "
+            "background='{{x}}/../../home/ada/y.png'><p style='x:url([[a]]/C:/ada/z.png)'>",
+            "<img src='x.png'><img src='x.png'><img src='a.png'><td background='y.png'><p style='x:url(z.png)'>"},
+           {"<img src='{{cdn}}/a/x.png'><img src='[[Archiv]]/a/x.png'><img src='${cdn}/../x.png'><img src='%%a%%x%%b'>",
+            nullptr},
            // Wherever an address of a file stands, in whichever spelling; words to be read stay.
            {"<p data-a='file:///home/ada/a'  data-b=\"FI\nLE:\\\\home\\a\" data-c= file:/home/a "
             "data-d=\"a.png\">file:///c</p>",
