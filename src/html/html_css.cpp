@@ -17,6 +17,7 @@ namespace {
 using platform::StartsWithIgnoringAsciiCase;
 
 constexpr std::size_t kMostEscapeDigits = 6;
+constexpr std::size_t kLongestPath = 1000;
 
 bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 bool IsLineEnd(char c) { return c == '\n' || c == '\r' || c == '\f'; }
@@ -43,8 +44,19 @@ Quote ReadQuote(std::string_view css, CssPlace place) {
   return {};
 }
 
-// "C:\x", "c:/x\y", "\\server\x", "file:\\\C:\x", "file:///\\server\x", also percent-encoded.
+// "Pictures\x.png": a backslash before a letter that no escape has ("\27 " and "\(" do), or for a control character.
+bool HasFolderOfWindows(std::string_view address) {
+  for (std::size_t at = address.find('\\'); at != std::string_view::npos; at = address.find('\\', at + 2)) {
+    const std::string_view name = address.substr(at + 1, 2);
+    if (name.empty() || name[0] == '\\' || !IsOfName(name[0]) || name[0] == '-') continue;
+    if (!IsHexDigit(name[0]) || name.size() < 2 || !IsHexDigit(name[1])) return true;
+  }
+  return false;
+}
+
+// "C:\x", "c:/x\y", "\\server\x", "file:\\\C:\x", "file:///\\server\x", also percent-encoded; or with a folder.
 bool IsPathOfWindows(std::string_view address) {
+  if (HasFolderOfWindows(address)) return true;
   const std::string decoded = platform::PercentDecoded(address).value_or(std::string(address));
   std::string_view rest = platform::Trim(decoded);
   const bool is_file = StartsWithIgnoringAsciiCase(rest, "file:");
@@ -102,7 +114,7 @@ class CssReader {
     const Quote quote = ReadQuote(css_.substr(at_), place_);
     const std::size_t begin = at_ += quote.length;
     if (quote.length > 0) {
-      SkipTo(quote);
+      if (!BeginsPath() || !SkipPathTo(quote)) SkipTo(quote);
     } else if (BeginsPath()) {
       SkipPath();
     } else {
@@ -119,16 +131,54 @@ class CssReader {
 
   bool BeginsPath() const {
     constexpr std::size_t kLongEnough = 80;  // "&#92;" is a sign
-    return IsPathOfWindows(Written(css_.substr(at_, kLongEnough), place_));
+    const std::string_view begin = css_.substr(at_, kLongEnough);
+    return IsPathOfWindows(Written(begin.substr(0, begin.find(')')), place_));
   }
 
   // No browser reads "C:\Program Files (x86)\x" there; whoever put it there meant it as a whole.
   void SkipPath() {
+    const std::size_t end = std::min(at_ + kLongestPath, css_.size());
+    at_ = EndOfPairs(end).value_or(EndBeforeOthers(end));
+  }
+
+  // The bracket behind all that are closed, within what they may stand in.
+  std::optional<std::size_t> EndOfPairs(std::size_t end) const {
     std::size_t open = 0;
-    for (; at_ < css_.size() && (open > 0 || css_[at_] != ')'); ++at_) {
-      if (css_[at_] == '(') ++open;
-      if (css_[at_] == ')') --open;
+    bool had_pair = false;
+    for (std::size_t at = at_; at < end; ++at) {
+      const char c = css_[at];
+      const bool is_part = c == ')' && css_[at - 1] == '\\' && css_.substr(at + 1).starts_with(')');  // "\\))"
+      if (c == ')' && open == 0 && !is_part) return at;
+      if (had_pair && (IsLineEnd(c) || c == ';' || c == '{' || c == '}')) return std::nullopt;
+      if (c == '(') ++open;
+      if (c == ')' && open > 0) --open;
+      had_pair = had_pair || c == ')';
     }
+    return std::nullopt;
+  }
+
+  // The first bracket that no path goes on behind.
+  std::size_t EndBeforeOthers(std::size_t end) const {
+    for (std::size_t at = css_.find(')', at_); at < end; at = css_.find(')', at + 1)) {
+      const std::string_view next = css_.substr(at + 1, 1);
+      if (next.empty() || (!IsOfName(next[0]) && next[0] != '/' && next[0] != '.' && next[0] != ')')) return at;
+    }
+    return std::min(css_.find(')', at_), css_.size());
+  }
+
+  // "C:\O'Hara\x": the mark before the closing bracket. False where there is none.
+  bool SkipPathTo(Quote quote) {
+    const std::size_t end = std::min(at_ + kLongestPath, css_.size());
+    for (std::size_t at = at_; at < end && !IsLineEnd(css_[at]); ++at) {
+      const Quote found = ReadQuote(css_.substr(at), place_);
+      if (found.mark != quote.mark) continue;
+      std::size_t behind = at + found.length;
+      while (behind < css_.size() && IsSpace(css_[behind])) ++behind;
+      if (behind == css_.size() || css_[behind] != ')') continue;
+      at_ = at;
+      return true;
+    }
+    return false;
   }
 
   void SkipTo(Quote quote) {

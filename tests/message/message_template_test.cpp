@@ -451,6 +451,17 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='/home/l.html?x=1'>l</a><base href='https://x.example/d/'>", nullptr},
            {"<img src='mailbox:///C|/Users/ada/Drafts?part=1.2'><td background='smb://srv/ada/b.png'>",
             "<img src='Drafts'><td background='b.png'>"},
+           {"<p style='x:url(\\Users\\ada\\x.png);y:url(..\\home\\x.png);z:url(Bilder\\ada\\x.png)'><style>@import "
+            "'\\ada\\zoe\\a.css';p{x:url(\"%USERPROFILE%\\ada\\x.png\");y:url(file:Bilder\\ada\\x.png);"
+            "z:url(bilder\\x (1).png)}</style>",
+            "<p style='x:url(x.png);y:url(x.png);z:url(x.png)'><style>@import "
+            "'a.css';p{x:url(\"x.png\");y:url(x.png);z:url(x%20%281%29.png)}</style>"},
+           {"<p style=\"x:url('C:\\Users\\O'Hara\\x.png');y:url('a.png')\"><p "
+            "style='x:url(https://x.example/\\pics\\a)'>",
+            "<p style=\"x:url('x.png');y:url('a.png')\"><p style='x:url(https://x.example/\\pics\\a)'>"},
+           {"<style>a{x:url(C:\\x\\a(1.png)}b{x:url(p.png)}c{x:url(/home/ada/q.png)}</style><p "
+            "style='x:url(C:\\ada\\a\\));y:url(/home/z.png)'>",
+            "<style>a{x:url(a%281.png)}b{x:url(p.png)}c{x:url(q.png)}</style><p style='x:url(%29);y:url(z.png)'>"},
            {"<img src='%%a/ada/x.png'><img src='[[a/ada/x.png'><img src='{{x}}/home/ada/a.png'><td "
             "background='{{x}}/../../home/ada/y.png'><p style='x:url([[a]]/C:/ada/z.png)'>",
             "<img src='x.png'><img src='x.png'><img src='a.png'><td background='y.png'><p style='x:url(z.png)'>"},
