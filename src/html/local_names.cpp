@@ -3,24 +3,34 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_name.h"
 #include "html/safe_page.h"
+#include "html/unquoted_path.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
 
 constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grows together
+constexpr std::string_view kFieldsBegin = "<!--[if supportFields]>";
 constexpr std::string_view kOfficeElement = "xml";
 constexpr std::string_view kOfficeParagraph = "o:p";
 
 using Folders = std::span<const std::string>;
 
-std::string WithoutNames(std::string_view html, Folders known, bool is_in_comment);
+// Where a part of a page stands.
+enum class Within : std::uint8_t {
+  kPage,
+  kCondition,  // a conditional comment: some readers show it
+  kFields,     // one that no reader shows: what an office program computes its text from
+};
+
+std::string WithoutNames(std::string_view html, Folders known, Within within);
 
 constexpr std::string_view kUrl = "url(";
 constexpr std::string_view kBlanks = " \t\r\n\f";
@@ -153,8 +163,12 @@ bool ShowsValue(const HtmlTokenizer& tokens, const HtmlToken& token) {
 
 class PageCleaner {
  public:
-  PageCleaner(std::string_view html, Folders known, bool is_in_comment)
-      : html_(html), known_(known), is_in_comment_(is_in_comment), tokens_(html) {}
+  PageCleaner(std::string_view html, Folders known, Within within)
+      : html_(html),
+        known_(known),
+        is_in_comment_(within != Within::kPage),
+        is_in_fields_(within == Within::kFields),
+        tokens_(html) {}
 
   std::string Run() {
     HtmlToken token;
@@ -195,7 +209,7 @@ class PageCleaner {
   // the letter, for some of its readers.
   bool IsOfOffice() const {
     const bool is_own = element_.starts_with("o:") || element_.starts_with("w:") || element_.starts_with("x:");
-    return is_in_office_ || (is_own && element_ != kOfficeParagraph);
+    return is_in_fields_ || is_in_office_ || (is_own && element_ != kOfficeParagraph);
   }
 
   std::string CleanComment(std::string_view source) const {
@@ -206,7 +220,9 @@ class PageCleaner {
     const std::string_view before = source.substr(0, begin);
     const std::string_view behind = source.substr(begin + content.size());
     if (NamesFile(before) || NamesFile(behind)) return std::string(nothing);
-    return std::string(before) + WithoutNames(content, known_, true) + std::string(behind);
+    const bool is_of_fields = platform::EqualsIgnoringAsciiCase(before, kFieldsBegin);
+    return std::string(before) + WithoutNames(content, known_, is_of_fields ? Within::kFields : Within::kCondition) +
+           std::string(behind);
   }
 
   std::string CleanTag(const HtmlToken& token) const {
@@ -222,8 +238,17 @@ class PageCleaner {
       clean += before;
       beside += before;
       at = attribute.value_end;
-      if (!drops) clean += CleanValue(token, attribute);
-      if (drops && IsQuoted(attribute)) ++at;
+      if (drops) {
+        if (IsQuoted(attribute)) ++at;
+        continue;
+      }
+      const std::string value = CleanValue(token, attribute);
+      clean += value;
+      if (value == tokens_.RawValue(attribute)) continue;
+      if (const std::size_t last = LastOfValue(tokens_, token, i); last > i) {
+        i = last;
+        at = token.attributes[last].name_end;
+      }
     }
     const std::string_view end = html_.substr(at, token.end - at);
     clean += end;
@@ -241,8 +266,12 @@ class PageCleaner {
   // A quotation mark gone wrong leaves a path among the names, and its further words as names without a value.
   bool NamesFileBeside(const HtmlToken& token, std::size_t i) const {
     const HtmlAttribute& attribute = token.attributes[i];
-    const bool has_slashes = !HasValue(attribute) && i + 1 < token.attributes.size();
-    const std::size_t end = has_slashes ? token.attributes[i + 1].name_begin : attribute.name_end;
+    std::size_t end = attribute.name_end;
+    if (!HasValue(attribute) && i + 1 < token.attributes.size()) {
+      const HtmlAttribute& next = token.attributes[i + 1];
+      const bool is_parted = html_[next.name_begin - 1] == '/';  // a name ends there: "C:/x" is two
+      end = is_parted ? next.name_end : next.name_begin;
+    }
     return NamesFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
   }
 
@@ -281,18 +310,19 @@ class PageCleaner {
   std::string_view html_;
   Folders known_;
   bool is_in_comment_;
+  bool is_in_fields_;
   HtmlTokenizer tokens_;
   std::string element_;  // whose content comes next
   bool is_in_office_ = false;
   std::string out_;
 };
 
-std::string WithoutNames(std::string_view html, Folders known, bool is_in_comment) {
-  return PageCleaner(html, known, is_in_comment).Run();
+std::string WithoutNames(std::string_view html, Folders known, Within within) {
+  return PageCleaner(html, known, within).Run();
 }
 
 }  // namespace
 
-std::string WithoutLocalNames(std::string_view html, Folders known) { return WithoutNames(html, known, false); }
+std::string WithoutLocalNames(std::string_view html, Folders known) { return WithoutNames(html, known, Within::kPage); }
 
 }  // namespace quillcast::html

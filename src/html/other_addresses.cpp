@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "html/local_name.h"
+#include "html/unquoted_path.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -83,7 +84,7 @@ void EachOtherAddressOf(const HtmlTokenizer& page, const HtmlToken& tag, const T
     });
     if (row == kOtherAttributes.end() || NamesPictures(tag.name, name)) continue;
     const std::string_view value = platform::Trim(page.RawValue(attribute));
-    if (row->holds == Holds::kAddress) Take(value, take);
+    if (row->holds == Holds::kAddress) Take(platform::Trim(WholeValue(page, tag, attribute)), take);
     if (row->holds == Holds::kAddresses) EachBetweenBlanks(value, take);
     if (row->holds == Holds::kCandidates) EachCandidate(value, take);
     if (row->holds == Holds::kParameter && IsAddress(page.Value(tag, "name"))) Take(value, take);

@@ -265,6 +265,18 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
             "<o:File> </o:File><![endif]-->"},
            {"<a title=\"see \"C:\\x\"\" href=\"https://x.example/a\">w</a>",
             "<a title=\"see \" href=\"https://x.example/a\">w</a>"},
+           {"<a href=\"https://x.example/a\" title=\"\"C:/Users/ada/x\"\" id=y>w</a>",
+            "<a href=\"https://x.example/a\" title=\"\" id=y>w</a>"},
+           {"<a href=\"https://x.example/a\" title=\"see \"C:/x/y\" now\">w</a><td bgcolor=\"#fff\" \"D:/x\" width=5>",
+            "<a href=\"https://x.example/a\" title=\"see \">w</a><td bgcolor=\"#fff\"  width=5>"},
+           {"<a href=\"https://x.example/a\" x:c:/b=\"1\" @a.b/c d/e=f>w</a>",
+            "<a href=\"https://x.example/a\" /b=\"1\" @a.b/c d/e=f>w</a>"},
+           {"<!--[if supportFields]><b style='x:y'></b> INCLUDEPICTURE \"C:\\\\Users\\\\ada\\\\x.png\" <![endif]-->w"
+            "<!--[if SupportFields]>LINK Excel.Sheet.12 \"\\\\\\\\srv\\\\ada\\\\x.xlsx\"<b>/home/ada/x</b><![endif]-->",
+            "<!--[if supportFields]><b style='x:y'></b> <![endif]-->w<!--[if SupportFields]> <b> </b><![endif]-->"},
+           {"<!--[if supportFields]>HYPERLINK \"https://x.example/?q=C:\\\\x\"<![endif]--><!--[if "
+            "!supportFields]><p>C:\\Temp is emptied</p><![endif]-->",
+            nullptr},
            {"<a href=\"https://x.example/q\" C:\\Users\\Ada Love\\x.html>w</a><a C:\\x=y id=z>",
             "<a href=\"https://x.example/q\" >w</a><a  id=z>"},
            {"<a style='color:red;background:url(https://x.example/a.png?x=1;y=C:/z);font-weight:bold'>", nullptr},

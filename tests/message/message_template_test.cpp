@@ -451,6 +451,15 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<a href='/home/l.html?x=1'>l</a><base href='https://x.example/d/'>", nullptr},
            {"<img src='mailbox:///C|/Users/ada/Drafts?part=1.2'><td background='smb://srv/ada/b.png'>",
             "<img src='Drafts'><td background='b.png'>"},
+           // The further words of an address without quotation marks belong to it where they lead on.
+           {"<img src=C:\\Program Files\\ada\\a.png alt=x><a href=file:///C:/Users/Ada Love/a.pdf id=y>",
+            "<img src=a.png alt=x><a href=a.pdf id=y>"},
+           {"<a href=C:\\Users\\Ada Love\\my list.pdf hidden><img src=Bilder\\Ada Love\\a.png><img id=x src=/home/Ada "
+            "Love/b.png >",
+            "<a href=my%20list.pdf hidden><img src=a.png><img id=x src=b.png >"},
+           {"<img alt=C:\\Program Files\\ada\\a.png id=y><p data-a=\\\\srv\\Ada Love\\x id=z>",
+            "<img alt=\"\" id=y><p data-a=\"\" id=z>"},
+           {"<img src=a.png hidden/><a href=a/b.html hidden/id=x><a href=https://x.example/a b/c>", nullptr},
            {"<p style='x:url(\\Users\\ada\\x.png);y:url(..\\home\\x.png);z:url(Bilder\\ada\\x.png)'><style>@import "
             "'\\ada\\zoe\\a.css';p{x:url(\"%USERPROFILE%\\ada\\x.png\");y:url(file:Bilder\\ada\\x.png);"
             "z:url(bilder\\x (1).png)}</style>",

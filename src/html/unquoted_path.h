@@ -1,0 +1,19 @@
+// A path with blanks that stands in a tag without quotation marks, as in "<img src=C:\\My Pictures\\x.png>": its first
+// word is the value of an attribute, and the others look like the names of further ones.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "html/html_tokenizer.h"
+
+namespace quillcast::html {
+
+// The index of the last attribute whose name belongs to the value of the one at `index`: that one itself where there is
+// no other, and behind an address of the net.
+std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index);
+
+// The value with them, a part of the page. `attribute` is one of the tag's.
+std::string_view WholeValue(const HtmlTokenizer& page, const HtmlToken& tag, const HtmlAttribute& attribute);
+
+}  // namespace quillcast::html
