@@ -223,19 +223,19 @@ def cases(senders, case):
                 ("one", one, 1))
 
     def journal():
-        for connections, aim in ((1, 0.9), (8, 0.85)):
+        for late, each, connections, aim in ((1, 500, 1, 0.9), (1, 500, 8, 0.85), (0, 20_000, 1, 0.9), (0, 2500, 8, 0.85)):
             ratios = []
             for _ in range(case.rounds):
                 rates = []
                 for journal in ("with", "without"):
-                    with tempfile.TemporaryDirectory() as folder, Sink(WITHOUT_CHUNKING, ()) as sink:
-                        count = int(20_000 * case.scale)
+                    with tempfile.TemporaryDirectory() as folder, Sink(WITHOUT_CHUNKING, (), late=late) as sink:
+                        count = int(each * connections * case.scale)
                         rates.append(float(subprocess.run(
                             list(map(str, (BIN / "bench_journal_share", folder, sink.port, count, connections, journal))),
                             check=True, capture_output=True, text=True).stdout))
                 ratios.append(rates[0] / rates[1])
             ratio = statistics.median(ratios)
-            print(f"loopback, Pipeline 0, {connections} connections: with the journal {ratio:.2f} x the rate without, "
+            print(f"{late} ms late, Pipeline 0, {connections} connections: with the journal {ratio:.2f} x the rate without, "
                   f"aim {aim:g}{'' if ratio >= aim else ' MISSED'}", flush=True)
 
     def encrypted():
