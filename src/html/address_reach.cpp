@@ -90,8 +90,10 @@ bool IsContactScheme(std::string_view scheme) {
 bool IsOfMailProgram(std::string_view scheme, std::string_view rest) {
   if (IsAmong(std::to_array<std::string_view>({"mailbox", "mailbox-message", "imap-message"}), scheme)) return true;
   const std::string_view path = rest.substr(AuthorityOf(rest).size());
+  const std::string_view command = path.substr(std::min<std::size_t>(1, path.size()));
   return platform::EqualsIgnoringAsciiCase(scheme, "imap") &&
-         platform::StartsWithIgnoringAsciiCase(path.substr(std::min<std::size_t>(1, path.size())), "fetch");
+         (platform::StartsWithIgnoringAsciiCase(command, "fetch>") ||
+          platform::StartsWithIgnoringAsciiCase(command, "fetch%3E"));
 }
 
 // Of "editor://file/home/ada/x", so programs ask for a file of this computer. What others call a file there is not:

@@ -186,9 +186,12 @@ bool AddressesNameLocalFile(std::string_view addresses) {
 
 bool HoldsHomeFolder(std::string_view note) {
   const std::string text = Parted(note);
-  const auto words = platform::Split(text, ' ');
-  return std::any_of(words.begin(), words.end(),
-                     [&](std::string_view word) { return BeginsWithHome(FromWord(text, word)); });
+  for (std::size_t at = text.find_first_of("/~"); at != std::string::npos; at = text.find_first_of("/~", at + 1)) {
+    const char before = at == 0 ? ' ' : text[at - 1];
+    const bool begins = before == '-' || (!IsOfName(before) && before != '/');
+    if (begins && BeginsWithHome(std::string_view(text).substr(at))) return true;
+  }
+  return false;
 }
 
 bool WordsNameLocalFile(std::string_view words) {

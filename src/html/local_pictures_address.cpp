@@ -23,7 +23,9 @@ std::size_t SchemeLength(std::string_view address) {
   return end > 1 && end < address.size() && address[end] == ':' ? end + 1 : 0;
 }
 
-// Of a tag or a placeholder at the start, with what closes it; 0 when there is none. A folder may be called "[[a" too.
+}  // namespace
+
+// A folder may be called "[[a" too.
 std::size_t TagLength(std::string_view address) {
   struct Row {
     std::string_view begin;
@@ -49,8 +51,6 @@ std::size_t TagLength(std::string_view address) {
                       std::all_of(address.begin() + 1, address.end() - 1, is_of_name);  // "%recipient.url%"
   return is_one ? address.size() : 0;
 }
-
-}  // namespace
 
 LocalAddress ReadLocalAddress(std::string address) {
   std::erase_if(address, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });

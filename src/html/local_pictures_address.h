@@ -1,6 +1,7 @@
 // Which file an address in HTML names.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,9 @@ struct LocalAddress {
 
 // As browsers read it. The path of "file://server/x" is "//server/x", which is missing here rather than passed over.
 LocalAddress ReadLocalAddress(std::string address);
+
+// Of a merge tag or a placeholder at the beginning, with what closes it; 0 when there is none.
+std::size_t TagLength(std::string_view address);
 
 // Whether it begins with a merge tag, or with what another program on the way to the reader fills in ("{{url}}",
 // "*|URL|*", "%%url%%", "<%url%>"): whoever does so says where it leads.

@@ -50,15 +50,17 @@ void EachBetweenBlanks(std::string_view value, const TakePicture& take) {
   }
 }
 
-// "0; url=x.html", "5;URL='x.html'".
+// "0; url=x.html", "5;URL='x.html'", "0;x.html".
 void TakeRefresh(std::string_view value, const TakePicture& take) {
   const auto pass = [&value](std::string_view signs) {
     value.remove_prefix(std::min(value.find_first_not_of(signs), value.size()));
   };
-  pass(" \n\t\r\f0123456789.;,");
-  if (!platform::StartsWithIgnoringAsciiCase(value, "url")) return;
-  value.remove_prefix(3);
-  pass(" \n\t\r\f=");
+  pass(" \n\t\r\f0123456789.");
+  pass(" \n\t\r\f;,");
+  if (platform::StartsWithIgnoringAsciiCase(value, "url")) {
+    value.remove_prefix(3);
+    pass(" \n\t\r\f=");
+  }
   const bool is_quoted = value.starts_with('"') || value.starts_with('\'');
   const std::size_t end = is_quoted ? std::min(value.find(value.front(), 1), value.size()) : value.size();
   if (!value.empty()) Take(platform::Trim(value.substr(is_quoted ? 1 : 0, is_quoted ? end - 1 : end)), take);

@@ -71,6 +71,27 @@ Taking::Taken Taking::Take(const fs::path& file, const html::PictureReference& r
   return {result.pictures.back().content_id};
 }
 
+// Whether quotation marks, blanks and whatever else would mean something beside it are none of it.
+bool IsPlain(std::string_view tag) { return tag.find_first_of("\"'`<>()&=\\ \t\r\n\f") == std::string_view::npos; }
+
+// The name as an address has it, but what another program fills in there as it is.
+std::string EncodedName(std::string_view name) {
+  constexpr std::size_t kLongestTag = 200;
+  std::string out;
+  std::size_t encoded = 0;
+  for (std::size_t at = 0; at < name.size();) {
+    const std::size_t length = html::TagLength(name.substr(at, kLongestTag));
+    if (length == 0 || !IsPlain(name.substr(at, length))) {
+      ++at;
+      continue;
+    }
+    out += platform::PercentEncoded(name.substr(encoded, at - encoded));
+    out += name.substr(at, length);
+    encoded = at += length;
+  }
+  return out + platform::PercentEncoded(name.substr(encoded));
+}
+
 // "-C:\x", which in a style has no backslashes once it is read.
 bool IsPathBehindSigns(std::string_view written) {
   return written.find('\\') != std::string_view::npos &&
@@ -87,7 +108,7 @@ std::string NameAlone(const html::PictureReference& reference, std::string_view 
   const std::string file = fs::path(path).lexically_normal().filename().string();
   const std::string name = file.substr(file.rfind('\\') + 1);  // of a path that was encoded as one piece
   const bool is_name = !name.empty() && name != "." && name != "..";
-  return is_name ? platform::PercentEncoded(name) : kNoName;
+  return is_name ? EncodedName(name) : kNoName;
 }
 
 // What was encoded, with its merge tags as they were.
@@ -95,8 +116,8 @@ std::string WithTags(const std::string& encoded) {
   return platform::ReplaceAll(platform::ReplaceAll(encoded, "%24%2AMerge", "$*Merge"), "%2A%24", "*$");
 }
 
-// The document's own folder, and the one of whoever it belongs to; one right below the root tells nothing.
-std::vector<std::string> KnownFolders(const fs::path& base) {
+// A folder, and the one of whoever it belongs to; one right below the root tells nothing.
+std::vector<std::string> FoldersOf(const fs::path& base) {
   constexpr auto kOfPersons = std::to_array<std::string_view>({"home", "media", "Users", "Volumes"});
   std::string folder = base.lexically_normal().string();
   if (folder.ends_with('/')) folder.pop_back();
@@ -110,6 +131,16 @@ std::vector<std::string> KnownFolders(const fs::path& base) {
   return known;
 }
 
+// Of the document's folder, by the name it was opened by and by its own.
+std::vector<std::string> KnownFolders(const fs::path& base) {
+  std::vector<std::string> known = FoldersOf(base);
+  const fs::path real = fs::weakly_canonical(base, IgnoreErrors());
+  for (std::string& folder : FoldersOf(real)) {
+    if (std::find(known.begin(), known.end(), folder) == known.end()) known.push_back(std::move(folder));
+  }
+  return known;
+}
+
 // The HTML without what else would tell of this machine's folders. A base leads nowhere from here on: what starts from
 // it was taken, or has its name alone; so does what a tag names. Whatever names a file elsewhere goes.
 std::string WithoutFolders(const std::string& html, const fs::path& base) {
@@ -117,7 +148,7 @@ std::string WithoutFolders(const std::string& html, const fs::path& base) {
   std::vector<std::string> replacements;
   replacements.reserve(telling.size());
   for (const auto& reference : telling) {
-    replacements.push_back(reference.path.empty() ? "#" : WithTags(platform::PercentEncoded(reference.path)));
+    replacements.push_back(reference.path.empty() ? "#" : WithTags(EncodedName(reference.path)));
   }
   return html::WithoutLocalNames(html::RewriteReferences(html, telling, replacements), KnownFolders(base));
 }

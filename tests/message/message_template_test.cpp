@@ -476,6 +476,14 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "<img src='x.png'><img src='x.png'><img src='a.png'><td background='y.png'><p style='x:url(z.png)'>"},
            {"<img src='{{cdn}}/a/x.png'><img src='[[Archiv]]/a/x.png'><img src='${cdn}/../x.png'><img src='%%a%%x%%b'>",
             nullptr},
+           {"<a href='/{{x}}'>l</a><form action='/home/{{a}}/%%b%%.htm'><td background='/home/ada/[[a]] b.png'>"
+            "<img src='ada/*|IMG|*'><img src='/home/{{&quot;a}}'>",
+            "<a href='{{x}}'>l</a><form action='%%b%%.htm'><td background='[[a]]%20b.png'>"
+            "<img src='*|IMG|*'><img src='%7B%7B%22a%7D%7D'>"},
+           {"<meta http-equiv=refresh content='0;/home/ada/x.html'><meta http-equiv=refresh content='1 ; "
+            "../a.html'><meta http-equiv=refresh content='3'>",
+            "<meta http-equiv=refresh content='0;x.html'><meta http-equiv=refresh content='1 ; "
+            "../a.html'><meta http-equiv=refresh content='3'>"},
            // Wherever an address of a file stands, in whichever spelling; words to be read stay.
            {"<p data-a='file:///home/ada/a'  data-b=\"FI\nLE:\\\\home\\a\" data-c= file:/home/a "
             "data-d=\"a.png\">file:///c</p>",
@@ -551,6 +559,12 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
     at_home.document.base_folder = "/home";
     EXPECT_EQ(TakePictures(at_home.document, "x").html, written);
   }
+  // By the name that the folder was opened by, and by its own.
+  std::filesystem::create_directory_symlink(folder_ / "page", folder_ / "linked");
+  const std::string here = folder_.path().string();
+  at_home.document.html = "<p data-a='" + here + "/page/x' data-b='" + here + "/linked/x' data-c='" + here + "/x'>";
+  at_home.document.base_folder = folder_ / "linked";
+  EXPECT_EQ(TakePictures(at_home.document, "x").html, "<p data-a='' data-b='' data-c='" + here + "/x'>");
   platform::CancelToken cancel;
   EXPECT_EQ(LookForPictures(letter.document, letter.options, cancel)->pictures.size(), 2U);
   cancel.Request();
