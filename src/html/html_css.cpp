@@ -116,7 +116,7 @@ class CssReader {
     if (quote.length > 0) {
       if (!BeginsPath() || !SkipPathTo(quote)) SkipTo(quote);
     } else if (BeginsPath()) {
-      SkipPath();
+      if (!SkipPath()) return std::nullopt;
     } else {
       while (at_ < css_.size() && css_[at_] != ')') SkipCharacter();
     }
@@ -135,10 +135,14 @@ class CssReader {
     return IsPathOfWindows(Written(begin.substr(0, begin.find(')')), place_));
   }
 
-  // No browser reads "C:\Program Files (x86)\x" there; whoever put it there meant it as a whole.
-  void SkipPath() {
-    const std::size_t end = std::min(at_ + kLongestPath, css_.size());
-    at_ = EndOfPairs(end).value_or(EndBeforeOthers(end));
+  // No browser reads "C:\Program Files (x86)\x" there; whoever put it there meant it as a whole. False for one that is
+  // not closed.
+  bool SkipPath() {
+    const std::size_t limit = std::min(at_ + kLongestPath, css_.size());
+    auto end = EndOfPairs(limit);
+    if (!end) end = EndBeforeOthers(limit);
+    at_ = end.value_or(std::min(css_.find(')', at_), css_.size()));
+    return end.has_value();
   }
 
   // The bracket behind all that are closed, within what they may stand in.
@@ -158,12 +162,12 @@ class CssReader {
   }
 
   // The first bracket that no path goes on behind.
-  std::size_t EndBeforeOthers(std::size_t end) const {
+  std::optional<std::size_t> EndBeforeOthers(std::size_t end) const {
     for (std::size_t at = css_.find(')', at_); at < end; at = css_.find(')', at + 1)) {
       const std::string_view next = css_.substr(at + 1, 1);
       if (next.empty() || (!IsOfName(next[0]) && next[0] != '/' && next[0] != '.' && next[0] != ')')) return at;
     }
-    return std::min(css_.find(')', at_), css_.size());
+    return std::nullopt;
   }
 
   // "C:\O'Hara\x": the mark before the closing bracket. False where there is none.

@@ -471,6 +471,8 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<style>a{x:url(C:\\x\\a(1.png)}b{x:url(p.png)}c{x:url(/home/ada/q.png)}</style><p "
             "style='x:url(C:\\ada\\a\\));y:url(/home/z.png)'>",
             "<style>a{x:url(a%281.png)}b{x:url(p.png)}c{x:url(q.png)}</style><p style='x:url(%29);y:url(z.png)'>"},
+           {"<p style='color:red;x:url(C:\\Program Files (x86)\\ada\\x.png'><p style='y:url(/home/ada/b.png)'>",
+            "<p style='color:red;x:url('><p style='y:url(b.png)'>"},
            {"<img src='%%a/ada/x.png'><img src='[[a/ada/x.png'><img src='{{x}}/home/ada/a.png'><td "
             "background='{{x}}/../../home/ada/y.png'><p style='x:url([[a]]/C:/ada/z.png)'>",
             "<img src='x.png'><img src='x.png'><img src='a.png'><td background='y.png'><p style='x:url(z.png)'>"},
