@@ -58,8 +58,9 @@ HttpsEnd EndOf(CURLcode code) {
     case CURLE_GOT_NOTHING:
       return HttpsEnd::kLost;
     case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CACERT_BADFILE:
       return HttpsEnd::kNotTrusted;
+    case CURLE_SSL_CACERT_BADFILE:
+      return HttpsEnd::kNoAuthorities;
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_ABORTED_BY_CALLBACK:
       return HttpsEnd::kLate;
@@ -119,6 +120,7 @@ HttpsAnswer FetchHttps(const HttpsRequest& request, const Patience& patience) {
     answer.end = HttpsEnd::kCancelled;
   } else if (transfer.is_too_large) {
     answer.end = HttpsEnd::kTooLarge;
+    answer.status = static_cast<int>(status);
   } else if (proxy_status >= 300) {
     answer.end = HttpsEnd::kProxyRefused;
     answer.status = static_cast<int>(proxy_status);

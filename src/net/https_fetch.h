@@ -22,22 +22,28 @@ struct HttpsRequest {
 };
 
 enum class HttpsEnd {
-  kAnswered,      // with any status
-  kNoName,        // the server's host is not known
-  kNoProxy,       // the proxy's is not
-  kNotReached,    // nothing listens there, or no way leads there
-  kLost,          // the connection broke under way
-  kProxyRefused,  // the proxy makes no tunnel
-  kNotTrusted,    // the certificate
-  kLate,          // the patience came to its end
+  kAnswered,       // with any status
+  kNoName,         // the server's host is not known
+  kNoProxy,        // the proxy's is not
+  kNotReached,     // nothing listens there, or no way leads there
+  kLost,           // the connection broke under way
+  kProxyRefused,   // the proxy makes no tunnel
+  kNotTrusted,     // the certificate
+  kNoAuthorities,  // this computer's list of them cannot be read
+  kLate,           // the patience came to its end
   kCancelled,
   kTooLarge,
   kBroken,  // anything else: no HTTP, no TLS
 };
 
+// What is told of kNoAuthorities.
+inline constexpr const char* kNoAuthoritiesText =
+    "This computer has no list of authorities that can be read, so it can trust no certificate.";
+inline constexpr const char* kNoAuthoritiesRemedy = "Install the package \"ca-certificates\", and try again.";
+
 struct HttpsAnswer {
   HttpsEnd end = HttpsEnd::kBroken;
-  int status = 0;            // the server's with kAnswered, the proxy's with kProxyRefused
+  int status = 0;  // the server's with kAnswered and with kTooLarge (0: not known), the proxy's with kProxyRefused
   std::string content = {};  // with kAnswered
   std::string type = {};     // the answer's Content-Type, as the server wrote it; empty where it names none
   std::string why = {};      // with the others, in the library's words

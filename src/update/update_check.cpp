@@ -68,6 +68,8 @@ Error NoAnswer(const net::HttpsAnswer& answer, const Question& question) {
       return {Failure::kNotPermitted,
               Say("The certificate of {} is not trusted, so no answer was taken: {}.", host, answer.why),
               "Check this computer's clock, and whether somebody stands between it and the web."};
+    case net::HttpsEnd::kNoAuthorities:
+      return {Failure::kNotConfigured, net::kNoAuthoritiesText, net::kNoAuthoritiesRemedy};
     case net::HttpsEnd::kTooLarge:
       return {Failure::kBadData, Say("The answer of {} is longer than 16 KiB, so it was thrown away.", host),
               "Try again another day."};

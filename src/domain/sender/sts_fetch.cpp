@@ -31,17 +31,25 @@ bool IsPlainText(const std::string& type) {
   return platform::AsciiLower(platform::Trim(type.substr(0, type.find(';')))) == "text/plain";
 }
 
+Error OfOtherType(const std::string& host, const std::string& type) {
+  return {Failure::kBadData,
+          type.empty() ? Say("The policy could not be fetched from {}: it is sent without a type.", host)
+                       : Say("The policy could not be fetched from {}: it is sent as \"{}\", and not as text/plain.",
+                             host, platform::Printable(type, kLongestType)),
+          "Let the web server send it as text/plain, or remove the record."};
+}
+
+// A status other than 200.
+Error Elsewhere(const std::string& host, int status) {
+  const bool leads_on = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+  return Misplaced(host, leads_on ? Say("it answers {}, and senders follow to no other place", status)
+                                  : Say("it answers {} in place of 200", status));
+}
+
 // The policy, where it comes as RFC 8461 3.3 wants it: with 200 alone, as redirects are not followed.
 Result<std::string> PolicyIn(const std::string& host, net::HttpsAnswer& answer) {
-  if (answer.status >= 300 && answer.status < 400) {
-    return Misplaced(host, Say("it answers {}, and senders follow to no other place", answer.status));
-  }
-  if (answer.status != 200) return Misplaced(host, Say("it answers {} in place of 200", answer.status));
-  if (answer.type.empty()) return Misplaced(host, "it is not sent as text/plain");
-  if (!IsPlainText(answer.type)) {
-    return Misplaced(host,
-                     Say("it is sent as {}, and not as text/plain", platform::Printable(answer.type, kLongestType)));
-  }
+  if (answer.status != 200) return Elsewhere(host, answer.status);
+  if (!IsPlainText(answer.type)) return OfOtherType(host, answer.type);
   return std::move(answer.content);
 }
 
@@ -79,7 +87,10 @@ Result<std::string> FetchStsPolicy(const StsPlace& place, const net::Patience& p
       return Error{Failure::kTryAgain, "Cancelled."};
     case net::HttpsEnd::kNotTrusted:
       return NotTrusted(host);
+    case net::HttpsEnd::kNoAuthorities:
+      return Error{Failure::kUnavailable, net::kNoAuthoritiesText, net::kNoAuthoritiesRemedy};
     case net::HttpsEnd::kTooLarge:
+      if (answer.status != 0 && answer.status != 200) return Elsewhere(host, answer.status);
       return Misplaced(host, "it is larger than 64 KiB");
     case net::HttpsEnd::kLate:
       return NotReached(host, "no answer came in time");

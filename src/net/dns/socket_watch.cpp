@@ -67,9 +67,11 @@ ares_ssize_t Send(ares_socket_t socket, const iovec* pieces, int count, void* wa
   return again;
 }
 
-// The identifier and the question, its name in small letters, as an answer has to repeat them (RFC
-// 1035 4.1.1, 4.1.2; 7.3). Nothing where there is none.
+// The identifier and the question, its name in small letters, as an answer has to repeat them (RFC 1035 4.1.1, 4.1.2,
+// 7.3). Nothing where it has none, or more than one.
 std::optional<std::string> AskedIn(std::string_view message) {
+  constexpr std::string_view kOneQuestion("\0\1", 2);
+  if (message.size() < kHeader || message.substr(4, 2) != kOneQuestion) return {};
   std::size_t end = kHeader;
   while (end < message.size() && message[end] != 0) end += 1 + static_cast<std::uint8_t>(message[end]);
   end += 1 + kTypeAndClass;

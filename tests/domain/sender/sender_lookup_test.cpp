@@ -154,11 +154,15 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
            Case{"HTTP/1.0 404 Not Found" + type + "\r\nversion: STSv1\n", "example.org", trusted,
                 "it answers 404 in place of 200"},
            Case{"HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\nversion: STSv1\n", "example.org", trusted,
-                "it is sent as text/html, and not as text/plain"},
+                "it is sent as \"text/html\", and not as text/plain.\nLet the web server send"},
            Case{"HTTP/1.0 200 OK\r\nContent-Type: TEXT/Plain; charset=utf-8\r\n\r\nversion: STSv1\n", "example.org",
                 trusted, "version: STSv1\n"},
-           Case{"HTTP/1.0 200 OK\r\n\r\nversion: STSv1\n", "example.org", trusted, "it is not sent as text/plain"},
+           Case{"HTTP/1.0 200 OK\r\n\r\nversion: STSv1\n", "example.org", trusted, "it is sent without a type"},
            Case{head + std::string(70'000, 'x'), "example.org", trusted, "larger than 64 KiB"},
+           Case{"HTTP/1.0 404 Not Found" + type + "\r\n" + std::string(70'000, 'x'), "example.org", trusted,
+                "it answers 404 in place of 200"},
+           Case{head + "version: STSv1\n", "example.org", (folder / "gone.pem").string(),
+                "This computer has no list of authorities that can be read"},
        }) {
     SCOPED_TRACE(c.reply.substr(0, 20) + c.domain);
     const WebServer server(folder, c.reply);

@@ -124,6 +124,12 @@ TEST_F(DnsClientTest, TellsHowAServerFails) {
             [&](const std::string&query, bool) { return std::vector{other_identifier(ReplyTo(query, 0, {}, true))}; }},
            {"its own identifier, and nothing that can be read", DnsOutcome::kMalformed,
             [](const std::string&query, bool) { return std::vector{query.substr(0, 2) + std::string(30, '\xFF')}; }},
+           {"two questions", DnsOutcome::kMalformed,
+            [](const std::string&query, bool) {
+              std::string reply = ReplyTo(query, 0, {});
+              reply[5] = 2;
+              return std::vector{reply};
+            }},
            {"REFUSED of another identifier before the right answer", DnsOutcome::kFound,
             [&](const std::string&query, bool tcp) {
               return std::vector{other_identifier(ReplyTo(query, 5, {})), from_zone(query, tcp).front()};
