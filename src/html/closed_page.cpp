@@ -98,8 +98,10 @@ class OpenElements {
 std::string ColourIn(const std::string& value) {
   constexpr std::string_view kLetters = "#0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
   if (value.size() > 30 || value.find_first_not_of(kLetters) != std::string::npos) return {};
-  const bool is_number = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-  return is_number ? "#" + value : value;
+  if (value.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) return value;
+  if (value.size() == 6) return "#" + value;
+  if (value.size() != 3) return {};
+  return std::string("#0") + value[0] + '0' + value[1] + '0' + value[2];  // as browsers read it (WHATWG HTML 2.3.6)
 }
 
 std::string StyleOf(const HtmlTokenizer& page, const HtmlToken& body) {
@@ -110,6 +112,7 @@ std::string StyleOf(const HtmlTokenizer& page, const HtmlToken& body) {
   add("background-color", ColourIn(page.Value(body, "bgcolor")));
   add("color", ColourIn(page.Value(body, "text")));
   std::string picture = page.Value(body, "background");
+  std::erase_if(picture, [](char c) { return c == '\n' || c == '\r' || c == '\f'; });
   for (const auto& [sign, escaped] : {std::pair("\"", "%22"), {"'", "%27"}, {"(", "%28"}, {")", "%29"}, {"\\", "%5C"}})
     picture = platform::ReplaceAll(picture, sign, escaped);
   if (!picture.empty()) add("background-image", "url('" + picture + "')");

@@ -63,6 +63,8 @@ bool IsFieldOfMail(std::string_view line) {
          std::ranges::any_of(kBeginnings, [&name](std::string_view one) { return name.starts_with(one); });
 }
 
+bool GoesOnHeader(std::string_view line) { return IsField(line) || line.starts_with(' ') || line.starts_with('\t'); }
+
 }  // namespace
 
 Result<bool> MailboxBorder::LookAtBeginning() {
@@ -100,7 +102,10 @@ Result<void> MailboxBorder::HearContentLength(std::string_view length, std::uint
 bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end) {
   const bool is_behind_from = behind_ != MailboxLine::kNone;
   if (is_behind_from && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
-  const bool is_passed = is_behind_from && (behind_ == MailboxLine::kSure ? IsField(line) : IsFieldOfMail(line));
+  const bool is_first = behind_ == MailboxLine::kMaybe && !is_behind_field_ && IsFieldOfMail(line);
+  const bool is_passed = behind_ == MailboxLine::kSure ? IsField(line) : is_behind_field_ && GoesOnHeader(line);
+  is_behind_field_ = is_first;
+  if (is_first) return false;  // words with a colon may stand in a text; two lines of a header hardly do
   behind_ = !is_passed && is_behind_blank_ ? MailboxLineOf(line) : MailboxLine::kNone;
   if (behind_ != MailboxLine::kNone) content_end_ = content_end;
   is_behind_blank_ = line.empty();

@@ -1,6 +1,6 @@
-// Where the next message of a mailbox file begins: behind a blank line stands "From " with an address and a date, or
-// with nothing, and then fields, of the second kind one that programs begin with. What looks like that may lie within a
-// message all the same.
+// Where the next message of a mailbox file begins: behind a blank line stands "From " with an address and a date, and
+// then a field; or "From " with something else or nothing, and then two lines of a header, the first of them one that
+// programs begin with. What looks like that may lie within a message all the same.
 #pragma once
 
 #include <cstddef>
@@ -43,6 +43,7 @@ class MailboxBorder {
   std::function<Result<void>()> check_;
   std::uint64_t begin_ = 0;
   bool is_behind_blank_ = false;
+  bool is_behind_field_ = false;             // that came first behind a line of the doubtful kind
   MailboxLine behind_ = MailboxLine::kNone;  // what the line before was
   std::uint64_t content_end_ = 0;
   std::uint64_t within_until_ = 0;  // known to be of the first message

@@ -25,6 +25,8 @@ TEST(ClosedPage, EndsWhatBrowsersHaveOpen) {
            {"<body bgcolor='#000' TEXT=ffFFff background='a b\").gif' link=red class=c dir=rtl hidden>x</div></body>",
             "<article class=\"c\" dir=\"rtl\" hidden style=\"background-color:#000;color:#ffFFff;background-image:url("
             "'a b%22%29.gif');\">x</div></article>"},
+           {"<body bgcolor=fff text=09f background='a\n.gif'>x",
+            "<article style=\"background-color:#0f0f0f;color:#00090f;background-image:url('a.gif');\">x</article>"},
            {"<body bgcolor='red;x:url(y)' text='expression(1)' onload=x()>x", "x"},
            {"<BODY>x<body hidden>y</body>z", "xyz"},
            {"x</body></html>", "x"},
