@@ -63,6 +63,14 @@ bool IsFieldOfMail(std::string_view line) {
          std::ranges::any_of(kBeginnings, [&name](std::string_view one) { return name.starts_with(one); });
 }
 
+// One that stands in no text.
+bool IsFieldOfMailAlone(std::string_view line) {
+  constexpr auto kNames = std::to_array<std::string_view>(
+      {"x-mozilla-status", "return-path", "received", "delivered-to", "message-id", "mime-version", "dkim-signature"});
+  const std::string name = platform::AsciiLower(FieldName(line));
+  return std::ranges::find(kNames, name) != kNames.end();
+}
+
 bool GoesOnHeader(std::string_view line) { return IsField(line) || line.starts_with(' ') || line.starts_with('\t'); }
 
 }  // namespace
@@ -103,9 +111,11 @@ bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end)
   const bool is_behind_from = behind_ != MailboxLine::kNone;
   if (is_behind_from && line.starts_with(">From ")) return false;  // the way of a message that was relayed by UUCP
   const bool is_first = behind_ == MailboxLine::kMaybe && !is_behind_field_ && IsFieldOfMail(line);
-  const bool is_passed = behind_ == MailboxLine::kSure ? IsField(line) : is_behind_field_ && GoesOnHeader(line);
-  is_behind_field_ = is_first;
-  if (is_first) return false;  // words with a colon may stand in a text; two lines of a header hardly do
+  const bool is_passed = (behind_ == MailboxLine::kSure && IsField(line)) ||
+                         (behind_ == MailboxLine::kMaybe && IsFieldOfMailAlone(line)) ||
+                         (is_behind_field_ && GoesOnHeader(line));
+  is_behind_field_ = is_first && !is_passed;
+  if (is_behind_field_) return false;  // words with a colon may stand in a text; two lines of a header hardly do
   behind_ = !is_passed && is_behind_blank_ ? MailboxLineOf(line) : MailboxLine::kNone;
   if (behind_ != MailboxLine::kNone) content_end_ = content_end;
   is_behind_blank_ = line.empty();

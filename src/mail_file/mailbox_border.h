@@ -1,6 +1,6 @@
 // Where the next message of a mailbox file begins: behind a blank line stands "From " with an address and a date, and
 // then a field; or "From " with something else or nothing, and then two lines of a header, the first of them one that
-// programs begin with. What looks like that may lie within a message all the same.
+// programs begin with, or one that is nothing else. What looks like that may lie within a message all the same.
 #pragma once
 
 #include <cstddef>

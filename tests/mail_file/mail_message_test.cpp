@@ -224,7 +224,7 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
            {"a bare \"From \" before words with a colon", "\none\n\nFrom \nName: two\n" + next, 1, true},
            {"a date in a sentence", "\none\n\nFrom my calendar, Sat, 14 Nov 2026 10:30 MET\nPlace: two\n" + next, 1,
             true},
-           {"a bare \"From \" before fields", "\none\n\nFrom \nReturn-Path: <a@x.org>\n (y)\n\ntwo\n" + next, 2, false},
+           {"a bare \"From \" before fields", "\none\n\nFrom \nReturn-Path: <a@x.org>\n\ntwo\n" + next, 2, false},
            {"a name as the sender", "\none\n\nFrom Ada King Sat Nov 14 22:40:05 2026\nCc: y\nLines: 1\n\ntwo\n" + next,
             2, false},
            {"a date in a sentence before words with a colon",
