@@ -30,6 +30,8 @@ constexpr auto kPaceKeys = std::to_array<PaceKey>({
      [](std::string_view text) { return FaultOf(run::ReadCount(text)); }},
     {kConnections, &run::PaceTexts::connections,
      [](std::string_view text) { return FaultOf(run::ReadConnections(text)); }},
+    {kRetries, &run::PaceTexts::retries, [](std::string_view text) { return FaultOf(run::ReadRetries(text)); }},
+    {kRetryAfter, &run::PaceTexts::retry_after, [](std::string_view text) { return FaultOf(run::ReadDuration(text)); }},
 });
 
 }  // namespace

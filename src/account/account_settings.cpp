@@ -82,6 +82,8 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kPauseAfter, "PauseAfter", "", {}},
     {kPerConnection, "PerConnection", "", {}},
     {kConnections, "Connections", "", {}},
+    {kRetries, "Retries", "", {}},
+    {kRetryAfter, "RetryAfter", "", {}},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 

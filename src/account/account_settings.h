@@ -56,6 +56,8 @@ enum class AccountKey {
   kPauseAfter,
   kPerConnection,
   kConnections,
+  kRetries,
+  kRetryAfter,
   kCount
 };
 

@@ -35,6 +35,7 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kQuotaDay, kTheWay},      {kDomainRate, kTheWay},
     {kHours, kTheWay},         {kPauseAfter, kTheWay},
     {kPerConnection, kTheWay}, {kConnections, kTheWay},
+    {kRetries, kTheWay},       {kRetryAfter, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

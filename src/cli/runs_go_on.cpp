@@ -50,8 +50,14 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
   return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
 }
 
+// With retries it goes on with those, too, who were waiting for theirs.
 int RunResume(Context& context, const GoOnOptions& options) {
   auto states = run::SetOf({ResultState::kNotTried});
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  const auto pace = run::ReadPaceOf(options.pace.texts, PlaceOf(context, *folders));
+  if (!pace) return context.output.Fail(pace.error());
+  if (pace->retries.times > 0) states |= run::SetOf({ResultState::kDeferred, ResultState::kFailed});
   if (options.include_unknown) states |= run::SetOf({ResultState::kUnknown});
   return GoOn(context, run::RunKind::kResume, states, options);
 }
@@ -85,6 +91,7 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
   resume->add_flag("--include-unknown", resumed->include_unknown,
                    "Also to those whose message was out without an answer: some of them may get it twice");
   resume->footer(
+      "With retries it goes on, too, with those who were deferred or could not be reached.\n"
       "The message, its attachments and the list are those of the run, whatever became of them since; the account's "
       "server and its password are those of now.\n"
       "Example:\n  quillcast runs resume 12");

@@ -33,17 +33,24 @@ class SendListener final : public run::RunListener {
   void Finished(const run::RecipientResult& result) override {
     const auto& outcome = result.outcome;
     if (output_.json) {
-      output_.Object({{"position", result.position},
-                      {"address", result.address},
-                      {"state", WordOf(outcome.state)},
-                      {"code", static_cast<int>(outcome.code)},
-                      {"reply", smtp::ReplyText(outcome.reply)},
-                      {"reason", outcome.reason}});
+      nlohmann::ordered_json object = {{"position", result.position},
+                                       {"address", result.address},
+                                       {"state", WordOf(outcome.state)},
+                                       {"code", static_cast<int>(outcome.code)},
+                                       {"reply", smtp::ReplyText(outcome.reply)},
+                                       {"reason", outcome.reason}};
+      if (result.again || result.tries > 1) {
+        object["try"] = result.tries;
+        object["again"] = result.again;
+      }
+      output_.Object(object);
     }
-    if (outcome.state == smtp::State::kSent) return;
+    if (outcome.state == smtp::State::kSent && result.tries == 1) return;
     output_.EndProgress();
-    output_.Note(fmt::format("#{} {}: {}", result.position, platform::Printable(result.address, 100),
-                             run::WhatBecameOf(outcome, options_.delivery())));
+    const std::string what = outcome.state == smtp::State::kSent ? fmt::format("sent, at try {}", result.tries)
+                                                                 : run::WhatBecameOf(outcome, options_.delivery());
+    output_.Note(fmt::format("#{} {}: {}{}", result.position, platform::Printable(result.address, 100), what,
+                             result.again ? " (It is tried again.)" : ""));
   }
 
   bool GoOn(const smtp::Outcome& refusal, int times) override {
@@ -96,13 +103,15 @@ class SendListener final : public run::RunListener {
 };
 
 int TellSummary(Context& context, const profile::Folders& folders, const run::RunSummary& summary) {
-  context.output.Object({{run::Name(summary.delivery), summary.sent},
-                         {"failed", summary.failed},
-                         {"not_tried", summary.not_tried},
-                         {"history", summary.history}});
+  nlohmann::ordered_json counts = {
+      {run::Name(summary.delivery), summary.sent}, {"failed", summary.failed}, {"not_tried", summary.not_tried}};
+  if (summary.retries_left > 0) counts["not_tried_again"] = summary.retries_left;
+  counts["history"] = summary.history;
+  context.output.Object(counts);
   context.output.Line(run::CountsOf(summary).InEnglish());
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
+  if (const auto left = run::NotTriedAgainIn(summary)) context.output.Note(left->InEnglish());
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);
   return summary.everybody_got_it() ? 0 : 1;

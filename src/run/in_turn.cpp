@@ -25,7 +25,12 @@ Result<bool> InTurn::NextOfList(recipients::Recipient& recipient, std::int64_t& 
 Result<bool> InTurn::Next(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
   wait_.reset();
   turn = {};
-  if (turns_ != nullptr && turns_->HasPace()) {
+  auto next = NextOfAll(recipient, position, turn);
+  return !next || *next ? next : NextRetry(recipient, position, turn);
+}
+
+Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
+  if (HasPace()) {
     auto kept = NextKeptBack(recipient, position, turn);
     if (!kept || *kept || (!kept_back_.empty() && EverybodyWaits())) return kept;
   }
@@ -33,16 +38,41 @@ Result<bool> InTurn::Next(recipients::Recipient& recipient, std::int64_t& positi
     auto next = NextOfList(recipient, position);
     if (!next || !*next) return next;
     order_.Take(position, recipient.email());
-    if (turns_ == nullptr || !turns_->HasPace()) return true;
+    if (!HasPace()) return true;
     const auto address = smtp::EnvelopeAddress(recipient.email());
     if (!address) return true;
     turn.domain = DomainOf(address->domain());
     if (MayGo(turn)) return true;
-    kept_back_.push_back({position, turn.domain});
+    kept_back_.push_back({position, turn.domain, 0});
     run_.Settled(position, kNotBegun);  // a loss of power leaves no doubt about it
     if (EverybodyWaits()) return false;
   }
   return false;
+}
+
+// One that is due and has no turn joins those who are kept back.
+Result<bool> InTurn::NextRetry(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
+  if (!retries_.IsOneDue() || (HasPace() && EverybodyWaits())) return false;
+  while (kept_back_.size() < kMostKeptBack) {
+    const auto retry = retries_.TakeDue();
+    if (!retry) return false;
+    turn = {retry->domain};
+    if (!HasPace() || MayGo(turn)) return Again(*retry, recipient, position, turn);
+    kept_back_.push_back(*retry);
+    if (EverybodyWaits()) return false;
+  }
+  return false;
+}
+
+// The turn of somebody whose row cannot be read is free for others.
+Result<bool> InTurn::Again(const Retry& whom, recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
+  position = whom.position;
+  if (auto read = run_.Again(position, recipient); !read) {
+    if (turns_ != nullptr) turns_->GiveBack(turn);
+    return read.error();
+  }
+  if (whom.tries > 0) order_.TakeAgain(position, recipient.email(), whom.tries + 1);
+  return true;
 }
 
 Result<bool> InTurn::NextKeptBack(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
@@ -52,10 +82,9 @@ Result<bool> InTurn::NextKeptBack(recipients::Recipient& recipient, std::int64_t
     if (known.why) {
       WaitFor(known);
     } else if (MayGo(turn)) {
-      position = each->position;
+      const KeptBack whom = *each;
       kept_back_.erase(each);
-      const auto again = run_.Again(position, recipient);
-      return again ? Result<bool>(true) : again.error();
+      return Again(whom, recipient, position, turn);
     }
     if (EverybodyWaits()) break;
   }

@@ -1,5 +1,5 @@
 // Whom a run comes to next: those of the list in their order, but for those whose domain has had enough for now. They
-// are kept back, and come as soon as they may.
+// are kept back, and come as soon as they may. Where nobody of the list may go, those come who are tried again and due.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,16 @@
 #include "run/journal/run_journal.h"
 #include "run/pace/turns.h"
 #include "run/results_in_order.h"
+#include "run/retries.h"
 
 namespace quillcast::run {
 
 class InTurn {
  public:
   // `turns` is null where nothing waits for a turn, because nothing is sent. Each row that is read is taken into
-  // `order`.
-  InTurn(JournalledRun& run, Turns* turns, ResultsInOrder& order) : run_(run), turns_(turns), order_(order) {}
+  // `order`; whom `retries` gives, again.
+  InTurn(JournalledRun& run, Turns* turns, ResultsInOrder& order, Retries& retries)
+      : run_(run), turns_(turns), order_(order), retries_(retries) {}
 
   // The next recipient, whose turn is taken where there is a pace and it has an address. False where there is none now:
   // then wait() says until when.
@@ -30,11 +32,12 @@ class InTurn {
   Result<bool> NextOfList(recipients::Recipient& recipient, std::int64_t& position);
 
  private:
-  struct KeptBack {
-    std::int64_t position = 0;
-    Domain domain{};
-  };
+  using KeptBack = Retry;  // without a try: of the list
 
+  bool HasPace() const { return turns_ != nullptr && turns_->HasPace(); }
+  Result<bool> NextOfAll(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
+  Result<bool> NextRetry(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
+  Result<bool> Again(const Retry& whom, recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
   Result<bool> NextKeptBack(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
   bool MayGo(Turn& turn);
   bool EverybodyWaits();
@@ -43,7 +46,8 @@ class InTurn {
   JournalledRun& run_;
   Turns* turns_;
   ResultsInOrder& order_;
-  std::deque<KeptBack> kept_back_;  // in the order of the list
+  Retries& retries_;
+  std::deque<KeptBack> kept_back_;  // in the order in which they came
   std::optional<Wait> wait_;
   bool at_end_ = false;  // of the list
 };

@@ -142,6 +142,8 @@ class PreparedRun {
 Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place);
 // The same to a group that was chosen before.
 PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
+// As PreparedRun::Pace, before anything is prepared.
+Result<RunPace> ReadPaceOf(const PaceTexts& texts, const RunPlace& place);
 // One that goes on with the mailing of this run, to those of its recipients: with the message and the list as
 // they were when it began, by way of the account as it is now. Fails as the journal and Thaw do.
 Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice& choice, const RunPlace& place);

@@ -123,6 +123,12 @@ Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optio
   return RunOver(carrier, range, listener, begin, &*turns);
 }
 
+Result<RunPace> ReadPaceOf(const PaceTexts& texts, const RunPlace& place) {
+  const auto account = AccountSettings::Load(place.Settings());
+  if (!account) return account.error();
+  return ReadPace(Or(texts, account::PaceTextsOf(*account)), place.clock);
+}
+
 Result<RunPace> PreparedRun::Pace() {
   const auto account = Account();
   if (!account) return account.error();
@@ -140,6 +146,8 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
                                         RunListener& listener, const BeginRun& begin, Turns* turns) {
   const auto message = Message();
   if (!message) return message.error();
+  const auto pace = Pace();
+  if (!pace) return pace.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
   const RunParts parts{.message = **message,
@@ -149,7 +157,9 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
                        .rows = [this] { return RowsForLeft(); },
                        .carrier = carrier,
                        .cancel = place_.cancel,
-                       .turns = turns};
+                       .clock = place_.clock,
+                       .turns = turns,
+                       .retries = pace->retries};
   return SendLetters(parts, std::move(*entry), listener);
 }
 
@@ -157,6 +167,8 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
 Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
   const auto message = Message();
   if (!message) return message.error();
+  const auto pace = Pace();
+  if (!pace) return pace.error();
   auto turns = TurnsOf(listener);
   if (!turns) return turns.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
@@ -173,7 +185,9 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .rows = {},
                        .carrier = carrier,
                        .cancel = place_.cancel,
-                       .turns = &*turns};
+                       .clock = place_.clock,
+                       .turns = &*turns,
+                       .retries = pace->retries};
   return SendLetters(parts, std::move(*entry), listener);
 }
 

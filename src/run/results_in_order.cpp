@@ -10,8 +10,22 @@ void ResultsInOrder::Take(std::int64_t position, std::string_view address) {
   taken.address = address;
 }
 
+void ResultsInOrder::TakeAgain(std::int64_t position, std::string_view address, int tries) {
+  RecipientInOrder& taken = again_[position];
+  taken.position = position;
+  taken.address = address;
+  taken.tries = tries;
+}
+
 RecipientInOrder& ResultsInOrder::At(std::int64_t position) {
+  if (const auto again = again_.find(position); again != again_.end()) return again->second;
   return *std::ranges::lower_bound(recipients_, position, {}, &RecipientInOrder::position);
+}
+
+std::optional<RecipientInOrder> ResultsInOrder::TakeTriedAgain() {
+  const auto ready = std::ranges::find_if(again_, [](const auto& each) { return each.second.stage != Stage::kWaits; });
+  if (ready == again_.end()) return {};
+  return std::move(again_.extract(ready).mapped());
 }
 
 void ResultsInOrder::LeaveTheWaiting() {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +19,7 @@ struct RecipientInOrder {
   std::string address;  // as stored
   enum class Stage : std::uint8_t { kWaits, kSettled, kFailedHere, kLeft } stage = Stage::kWaits;
   smtp::Outcome outcome;  // of one that is settled, or failed before any server was asked
+  int tries = 1;          // this one included
   bool subject_not_encoded = false;
   std::string log;  // lines of the connection, each with "\n"
 };
@@ -27,13 +30,19 @@ class ResultsInOrder {
 
   // The next of the list.
   void Take(std::int64_t position, std::string_view address);
-  // How many wait for the first of them, itself included.
+  // Somebody whose last result was told, for one try more: its result is told as soon as it is known.
+  void TakeAgain(std::int64_t position, std::string_view address, int tries);
+  // How many wait for the first of them, itself included; but for those who are tried again.
   std::size_t size() const { return recipients_.size(); }
-  // It is the first, so that nothing has to be kept for it.
-  bool IsFirst(std::int64_t position) const { return !recipients_.empty() && First().position == position; }
+  // It is the first, or tried again, so that nothing has to be kept for it.
+  bool IsNext(std::int64_t position) const {
+    return again_.contains(position) || (!recipients_.empty() && First().position == position);
+  }
 
   // For those who were taken.
   RecipientInOrder& At(std::int64_t position);
+  // One that was tried again and waits no more.
+  std::optional<RecipientInOrder> TakeTriedAgain();
   // Whoever waits is not come to any more.
   void LeaveTheWaiting();
 
@@ -44,6 +53,7 @@ class ResultsInOrder {
 
  private:
   std::deque<RecipientInOrder> recipients_;
+  std::map<std::int64_t, RecipientInOrder> again_;  // ahead of all of those in the list: those with the carrier
 };
 
 }  // namespace quillcast::run

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/text.h"
 #include "smtp/outcome_text.h"
 
@@ -14,19 +16,33 @@ bool Holds(std::string_view text, std::string_view lower_part) {
 
 }  // namespace
 
-void RunResults::Add(std::int64_t position, std::string_view address, ResultState state, std::string detail) {
+std::uint32_t RunResults::DetailOf(std::string detail) {
   auto known = known_details_.find(detail);
   if (known == known_details_.end()) {
     known = known_details_.emplace(detail, static_cast<std::uint32_t>(details_.size())).first;
     details_.push_back(std::move(detail));
   }
-  rows_.push_back({addresses_.size(), position, static_cast<std::uint32_t>(address.size()), known->second, state});
+  return known->second;
+}
+
+void RunResults::Add(std::int64_t position, std::string_view address, ResultState state, std::string detail) {
+  rows_.push_back(
+      {addresses_.size(), position, static_cast<std::uint32_t>(address.size()), DetailOf(std::move(detail)), state});
   addresses_ += address;
 }
 
+// Those not tried, who are out of the order, come behind all tries.
 void RunResults::Add(const RecipientResult& result) {
   const ResultState state = StateOf(result.outcome.state);
-  Add(result.position, result.address, state, state == ResultState::kSent ? "" : smtp::WhyText(result.outcome));
+  std::string detail = state == ResultState::kSent ? "" : smtp::WhyText(result.outcome);
+  const auto known =
+      result.tries == 1 ? rows_.end() : std::ranges::lower_bound(rows_, result.position, {}, &Row::position);
+  if (known == rows_.end() || known->position != result.position) {
+    return Add(result.position, result.address, state, std::move(detail));
+  }
+  known->state = state;
+  known->detail = DetailOf(std::move(detail));
+  ++changes_;
 }
 
 void RunResults::AddNotTried(std::int64_t position, std::string_view address) {

@@ -24,10 +24,13 @@ struct ResultRow {
 
 class RunResults {
  public:
+  // In the order of the list; one that was added before, for somebody who was tried again, takes the place of that.
   void Add(const RecipientResult& result);
   void AddNotTried(std::int64_t position, std::string_view address);
 
   std::size_t size() const { return rows_.size(); }
+  // How many took another's place.
+  std::int64_t changes() const { return changes_; }
   ResultRow At(std::size_t row) const;
 
   // The rows from `from` on with this state, or any but kSent when `unsent_only`, whose address or detail holds the
@@ -50,9 +53,11 @@ class RunResults {
     std::uint32_t detail;  // in details_
     ResultState state;
   };
+  std::uint32_t DetailOf(std::string detail);
   void Add(std::int64_t position, std::string_view address, ResultState state, std::string detail);
 
   std::vector<Row> rows_;
+  std::int64_t changes_ = 0;
   std::string addresses_;
   std::vector<std::string> details_ = {""};
   std::unordered_map<std::string, std::uint32_t> known_details_ = {{"", 0}};

@@ -60,6 +60,13 @@ std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
              NumberValue(summary.not_tried), summary.first_left, summary.last);
 }
 
+std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary) {
+  if (summary.retries_left == 0) return {};
+  return SayOf(summary.retries_left,
+               "{} recipient was to be tried again and was not: what became of it stays as it is.",
+               "{} recipients were to be tried again and were not: what became of them stays as it is.");
+}
+
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {
   const std::string why = smtp::OutcomeText(refusal);
   return then == Then::kStops ? Say("The server refused the same {} times in a row, so the run stops: {}", times, why)

@@ -26,6 +26,8 @@ const char* MeaningOf(ResultState state);
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
+// Who was to be tried again and was not; nothing where nobody was.
+std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary);
 
 // Why the machine does not sleep (platform::Power::StayAwake).
 inline constexpr const char* kKeepsAwake = "Messages are being sent.";

@@ -45,7 +45,8 @@ class Run final : public smtp::JobSource {
         report_(
             std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); },
             parts.carrier.delivery()),
-        range_(parts.range.value_or(PartialRange{1, parts.recipients})) {}
+        range_(parts.range.value_or(PartialRange{1, parts.recipients})),
+        retries_(parts.retries, parts.clock) {}
 
   RunSummary Execute();
 
@@ -59,12 +60,12 @@ class Run final : public smtp::JobSource {
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override;
   void Waiting() override { Flush(); }
-  void Progress(std::uint64_t sent, std::uint64_t total) override {
-    listener_.Progress(Done(), InRange(), sent, total);
-  }
+  void Progress(std::uint64_t sent, std::uint64_t total) override { TellProgress(sent, total); }
 
  private:
   std::int64_t Done() const { return summary_.sent + summary_.failed; }
+  void TellProgress(std::uint64_t sent, std::uint64_t size);
+  void TellWait(const Sentence& why, Moment until);
   std::int64_t InRange() const { return run_ ? run_->size() : SizeOf(range_); }
   bool IsCancelled() const { return parts_.cancel.Requested() != platform::Stop::kNone; }
   bool MayGoOn() const { return !IsCancelled() && !summary_.stopped; }
@@ -78,7 +79,8 @@ class Run final : public smtp::JobSource {
   void KeepFirstMessage(const message::RenderedMessage& message);
   void TellThoseReady();
   void Tell(const RecipientInOrder& recipient);
-  void Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome);
+  void Settle(const RecipientInOrder& recipient);
+  bool DeferRetry(const RecipientInOrder& recipient);
   void Flush();
   void Record();
   void End();
@@ -93,11 +95,14 @@ class Run final : public smtp::JobSource {
   RunReport report_;
   PartialRange range_;
   RunSummary summary_;
+  std::int64_t progress_told_ = 0;
   std::unique_ptr<JournalledRun> run_;           // none where it could not begin; then, where they can be read:
   std::unique_ptr<recipients::RowSource> rows_;  // those who are left
   std::optional<recipients::RowWalk> walk_;      // over rows_
   bool unreadable_ = false;                      // a row
   ResultsInOrder order_;
+  Retries retries_;
+  bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
   std::optional<InTurn> in_turn_;  // over run_
   bool broken_ = false;            // the journal
   recipients::Recipient row_;
@@ -116,7 +121,7 @@ RunSummary Run::Execute() {
   report_.Started();
   if (!Begin()) OpenThoseLeft();  // not frozen, no run; but who is in the group can still be told
   report_.SendingTo(InRange(), parts_.range && InRange() > 0 ? std::optional(range_) : parts_.range);
-  listener_.Progress(0, InRange(), 0, 0);
+  TellProgress(0, 0);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
   if (run_) parts_.carrier.Carry(*this);
@@ -125,7 +130,7 @@ RunSummary Run::Execute() {
   End();
   summary_.history = history_;
   summary_.delivery = parts_.carrier.delivery();
-  summary_.cancelled = IsCancelled() && summary_.not_tried > 0;
+  summary_.cancelled = IsCancelled() && summary_.not_tried + summary_.retries_left > 0;
   report_.Completed(summary_);
   Flush();
   return summary_;
@@ -138,7 +143,7 @@ bool Run::Begin() {
     return false;
   }
   run_ = std::move(*run);
-  in_turn_.emplace(*run_, parts_.turns, order_);
+  in_turn_.emplace(*run_, parts_.turns, order_, retries_);
   TakeSize();
   return true;
 }
@@ -201,11 +206,30 @@ smtp::Job* Run::NextJob() {
   return nullptr;
 }
 
+void Run::TellProgress(std::uint64_t sent, std::uint64_t size) {
+  progress_told_ = Done();
+  listener_.Progress(progress_told_, InRange(), sent, size);
+}
+
+void Run::TellWait(const Sentence& why, Moment until) {
+  if (progress_told_ != Done()) TellProgress(0, 0);  // no message is under way that would bring it up to date
+  listener_.Waits(why, until);
+}
+
 std::optional<platform::Instant> Run::NextDue() {
+  if (!MayGoOn()) return {};
   const auto& wait = in_turn_->wait();
-  if (!wait || !MayGoOn()) return {};
-  listener_.Waits(WhyOf(*wait, parts_.turns->rules()), wait->until);
-  return parts_.turns->InstantOf(wait->until);
+  const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;
+  const bool for_a_domain = wait && wait->why == PaceRule::kDomain;  // which a retry to another does not wait for
+  const auto retry = retries_.NextDue();
+  const platform::Instant now = parts_.clock.Monotonic();
+  if (retry && *retry > now && (!turn || (for_a_domain && *retry < *turn))) {
+    const auto until = parts_.clock.Now() + (*retry - now);
+    TellWait(WaitForRetries(retries_.size()), std::chrono::time_point_cast<Moment::duration>(until));
+    return retry;
+  }
+  if (turn) TellWait(WhyOf(*wait, parts_.turns->rules()), wait->until);
+  return turn;
 }
 
 void Run::TakeMessage(Letter& letter) {
@@ -247,7 +271,10 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
 
 // It belongs to the first of those with the carrier.
 void Run::LogLine(std::string_view line) {
-  if (with_carrier_.empty() || order_.IsFirst(with_carrier_.front()->position)) return report_.LogLine(line);
+  if (with_carrier_.empty()) return report_.LogLine(line);
+  const std::int64_t position = with_carrier_.front()->position;
+  lines_told_ = order_.IsNext(position);
+  if (lines_told_) return report_.LogLine(line);
   order_.At(with_carrier_.front()->position).log.append(line).push_back('\n');
 }
 
@@ -257,12 +284,18 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   recipient.stage = outcome.begun ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
   with_carrier_.pop_front();
+  lines_told_ = false;
   free_letters_.push_back(&letter);
   TellThoseReady();
 }
 
 void Run::TellThoseReady() {
+  if (lines_told_) return;
   bool failed_here = false;
+  while (const auto again = order_.TakeTriedAgain()) {
+    failed_here = failed_here || again->stage == RecipientInOrder::Stage::kFailedHere;
+    Tell(*again);
+  }
   for (; order_.IsReady(); order_.Pop()) {
     failed_here = failed_here || order_.First().stage == RecipientInOrder::Stage::kFailedHere;
     Tell(order_.First());
@@ -270,9 +303,11 @@ void Run::TellThoseReady() {
   if (failed_here && with_carrier_.empty()) CaughtUp();
 }
 
-// Behind one that was left the run had ended, so that nobody fails there.
+// Behind one that was left the run had ended, so that nobody fails there. Who was to be tried again and was not keeps
+// the result that was told.
 void Run::Tell(const RecipientInOrder& recipient) {
   const bool failed_here = recipient.stage == RecipientInOrder::Stage::kFailedHere;
+  if (recipient.stage == RecipientInOrder::Stage::kLeft && recipient.tries > 1) return;
   if (recipient.stage == RecipientInOrder::Stage::kLeft || (failed_here && !left_.empty())) {
     left_.push_back({recipient.position, recipient.address});
     return;
@@ -280,18 +315,30 @@ void Run::Tell(const RecipientInOrder& recipient) {
   if (failed_here) run_->Settled(recipient.position, recipient.outcome);
   report_.LogLines(recipient.log);
   if (recipient.subject_not_encoded) report_.SubjectNotEncoded();
-  Settle(recipient.position, recipient.address, recipient.outcome);
+  Settle(recipient);
 }
 
-void Run::Settle(std::int64_t position, const std::string& address, const smtp::Outcome& outcome) {
-  if (outcome.state == smtp::State::kSent) {
+void Run::Settle(const RecipientInOrder& recipient) {
+  if (recipient.tries > 1) {
+    --summary_.failed;
+    --summary_.retries_left;
+  }
+  if (recipient.outcome.state == smtp::State::kSent) {
     ++summary_.sent;
     report_.Sent();
   } else {
     ++summary_.failed;
-    report_.Failed(outcome);
+    report_.Failed(recipient.outcome);
   }
-  listener_.Finished({position, address, outcome});
+  const bool again = DeferRetry(recipient);
+  if (again) ++summary_.retries_left;
+  listener_.Finished({recipient.position, recipient.address, recipient.outcome, recipient.tries, again});
+}
+
+bool Run::DeferRetry(const RecipientInOrder& recipient) {
+  if (parts_.turns == nullptr || !Retries::IsWorthAnother(recipient.outcome)) return false;
+  const auto address = smtp::EnvelopeAddress(recipient.address);
+  return address && retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries});
 }
 
 // One write for all results that came together, before anything more is sent: after a kill report and journal still

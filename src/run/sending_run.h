@@ -20,20 +20,24 @@
 #include "run/history.h"
 #include "run/journal/run_journal.h"
 #include "run/pace/turns.h"
+#include "run/retries.h"
 #include "run/run_report.h"
 #include "smtp/outcome.h"
 
 namespace quillcast::run {
 
-// What became of one recipient.
+// What became of one recipient, at one try.
 struct RecipientResult {
   std::int64_t position = 0;  // 1-based place in the group's list
   std::string address;        // as stored
   smtp::Outcome outcome;
+  int tries = 1;       // this one included
+  bool again = false;  // one more is to follow, unless the run ends before
 };
 
 // Follows a run. Called on the thread that runs it. Each recipient of the range is told once, by Finished or NotTried,
-// in the order of the list; but after a row that cannot be read nobody knows who comes behind it.
+// in the order of the list; but after a row that cannot be read nobody knows who comes behind it. Of somebody who is
+// tried again Finished tells later once more, in place of what it told before.
 class RunListener {
  public:
   virtual ~RunListener() = default;
@@ -56,7 +60,7 @@ class RunListener {
 
 struct RunSummary {
   std::int64_t sent = 0;        // or written, as the delivery says
-  std::int64_t failed = 0;      // refused, deferred, failed or unknown
+  std::int64_t failed = 0;      // refused, deferred, failed or unknown, each by the last try
   std::int64_t not_tried = 0;   // after a cancel, or when the run had to stop: those at the end
   std::int64_t first_left = 0;  // the places in the list of the first and of the last of them, where they are known
   std::int64_t last = 0;        // and otherwise of the last whom the run was for
@@ -64,9 +68,10 @@ struct RunSummary {
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
+  std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
 
   // Nobody is left, whatever became of each.
-  bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0; }
+  bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }
   bool everybody_got_it() const { return reached_its_end() && failed == 0; }
 };
 
@@ -85,7 +90,9 @@ struct RunParts {
   OpenRows rows;
   Carrier& carrier;
   const platform::CancelToken& cancel;
+  const platform::Clock& clock;
   Turns* turns = nullptr;  // none where nothing is sent
+  RetryRules retries = {};
 };
 
 // Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,

@@ -98,6 +98,7 @@ class AccountFormsTest : public QObject {
     row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
     row("RateTextBox", "fast", "", "RateTextBox", "Pace");
     row("ConnectionsTextBox", "51", "", "ConnectionsTextBox", "Pace");
+    row("RetriesTextBox", "often", "", "RetriesTextBox", "Pace");
     row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
   }
   void checksWarnTurnThePageAndFocus() {

@@ -29,8 +29,8 @@ using platform::Stop;
 using smtp::State;
 using test::FakeRows;
 
-// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'u'nknown, or 'x' for an entry without an address,
-// which no server is asked about.
+// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, no 'c'onnection, 'u'nknown, or 'x' for
+// an entry without an address, which no server is asked about.
 using Fates = std::string;
 
 inline std::vector<std::string> AddressesOf(const Fates& fates) {
@@ -48,6 +48,15 @@ inline std::int64_t PositionOf(std::string_view address) {
 
 inline smtp::Outcome OutcomeOf(char fate) {
   if (fate == 's') return {.state = State::kSent, .code = smtp::ResultCode::kSuccess, .reply = {}, .reason = {}};
+  if (fate == 'd') {
+    return {.state = State::kDeferred,
+            .code = smtp::ResultCode::kRecipientRefused,
+            .reply = {451, "", "later"},
+            .reason = {}};
+  }
+  if (fate == 'c') {
+    return {.state = State::kFailed, .code = smtp::ResultCode::kConnectFailed, .reply = {}, .reason = "Nobody there."};
+  }
   if (fate == 'u') return {.state = State::kUnknown, .code = smtp::ResultCode::kException, .reply = {}, .reason = {}};
   return {
       .state = State::kRefused, .code = smtp::ResultCode::kRecipientRefused, .reply = {550, "", "no"}, .reason = {}};
@@ -70,6 +79,7 @@ class FakeCarrier final : public Carrier {
   bool logs = false;                                   // a line of the connection for each
   bool first_is_slow = false;                          // its outcome comes behind that of all others
   std::set<const smtp::MessageSource*> messages;       // those that were made at a time
+  std::map<std::int64_t, Fates> then = {};             // of who is tried again: the last counts for all behind it
 
   Delivery delivery() const override { return kind; }
   std::optional<Error> trouble() const override {
@@ -136,6 +146,8 @@ class FakeCarrier final : public Carrier {
     carried.push_back(PositionOf(job.envelope.recipient.text()));
     EXPECT_EQ(carried.back(), job.position);
     is_out(carried.back());
+    const auto tries = static_cast<std::size_t>(std::ranges::count(carried, job.position));
+    if (tries > 1) return OutcomeOf(then[job.position].at(std::min(tries - 2, then[job.position].size() - 1)));
     return OutcomeOf(fates_[static_cast<std::size_t>(carried.back() - 1)]);
   }
 
@@ -151,6 +163,7 @@ struct Kept {
   std::map<std::int64_t, ResultState> states;  // of those who were recorded
   int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
   bool ended = false;
+  std::set<std::int64_t> unreadable = {};  // the second time
 };
 
 class FakeRun final : public JournalledRun {
@@ -170,12 +183,15 @@ class FakeRun final : public JournalledRun {
   }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override {
     EXPECT_TRUE(given_.contains(position)) << "asked for again, and never given";
+    if (kept_.unreadable.contains(position)) return Error{Failure::kBadData, "The journal is damaged.", ""};
     recipient = given_[position];
     return {};
   }
   void GoesOut(std::int64_t position) override { told_[position] = ResultState::kInFlight; }
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override {
-    told_[position] = outcome.begun ? StateOf(outcome.state) : ResultState::kNotTried;
+    auto& settled = settled_.try_emplace(position, ResultState::kNotTried).first->second;
+    if (outcome.begun) settled = StateOf(outcome.state);
+    told_[position] = settled;
   }
   Result<void> Record() override {
     if (kept_.fails_at > 0 && ++records_ >= kept_.fails_at) return Error{Failure::kIo, "The journal is full.", ""};
@@ -192,6 +208,7 @@ class FakeRun final : public JournalledRun {
   UnjournalledRun rows_;
   Kept& kept_;
   std::map<std::int64_t, ResultState> told_;
+  std::map<std::int64_t, ResultState> settled_;  // what the last try came to
   std::map<std::int64_t, recipients::Recipient> given_;
   int records_ = 0;
   bool is_at_end_ = false;
@@ -201,6 +218,7 @@ struct Told final : RunListener {
   std::vector<std::int64_t> order;  // everybody who was told of
   std::map<State, std::int64_t> results;
   std::map<std::int64_t, ResultState> states;
+  std::string tries;  // each as it was told: "3d+ " deferred and tried again, "3s2 " sent at the second try
   std::vector<std::int64_t> sent;
   std::int64_t not_tried = 0;
   bool goes_on = true;
@@ -220,6 +238,8 @@ struct Told final : RunListener {
     ++results[result.outcome.state];
     states[result.position] = StateOf(result.outcome.state);
     if (result.outcome.state == State::kSent) sent.push_back(result.position);
+    tries += std::to_string(result.position) + *smtp::Name(result.outcome.state);
+    tries += (result.tries > 1 ? std::to_string(result.tries) : "") + (result.again ? "+ " : " ");
   }
   void Progress(std::int64_t, std::int64_t of, std::uint64_t, std::uint64_t) override { total = of; }
   bool GoOn(const smtp::Outcome&, int) override {

@@ -47,6 +47,22 @@ TEST(RunResults, AsTextKeepEachRowOnItsLine) {
             "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n");
 }
 
+TEST(RunResults, HaveTheLastOfEachWhoIsTriedAgain) {
+  RunResults results;
+  for (std::int64_t position : {2, 5, 9}) {
+    results.Add(Result(position, "ada@example.org", smtp::State::kDeferred, smtp::ResultCode::kRecipientRefused));
+  }
+  EXPECT_EQ(results.changes(), 0);
+  auto again = Result(5, "ada@example.org", smtp::State::kSent, smtp::ResultCode::kSuccess);
+  again.tries = 2;
+  results.Add(again);
+  EXPECT_EQ(results.size(), 3U);
+  EXPECT_EQ(results.At(1).state, ResultState::kSent);
+  EXPECT_EQ(results.At(1).detail, "");
+  EXPECT_EQ(results.At(2).state, ResultState::kDeferred);
+  EXPECT_EQ(results.changes(), 1);
+}
+
 TEST(ReportLines, FollowAFileThatGrows) {
   const test::TemporaryFolder folder;
   const auto file = folder.Write("report.txt", "one\r\n\r\nthr");

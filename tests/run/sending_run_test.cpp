@@ -75,7 +75,7 @@ class SendingRun : public ::testing::Test {
     carrier.is_out = [this](std::int64_t position) {
       EXPECT_EQ(kept_.states[position], ResultState::kInFlight) << "#" << position << " was out and not recorded";
     };
-    const RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel};
+    const RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel, clock_};
     {
       const Room room(setting.room);
       summary_ = SendLetters(parts, std::move(*entry), told_);

@@ -51,6 +51,8 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "PauseAfterTextBox",
     "PerConnectionTextBox",
     "ConnectionsTextBox",
+    "RetriesTextBox",
+    "RetryAfterTextBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

@@ -201,6 +201,9 @@ QWidget* EmailManagerForm::MakePacePage() {
   add(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
   add(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
   add(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
+  FormGrid* again = column->AddBox(tr("Who was deferred, or could not be reached"));
+  add(again, kRetries, tr("&Try again so many times:"), tr("3"));
+  add(again, kRetryAfter, tr("&First after:"), tr("5min; each time after twice as long, up to 1h"));
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))
       ->Say(tr("An empty field limits nothing, and is one connection. All runs count, those of other windows and "

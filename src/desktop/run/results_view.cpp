@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <algorithm>
+#include <utility>
 
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
@@ -77,11 +79,22 @@ QString ResultsView::TextOf(std::size_t shown, int column) const {
 }
 
 void ResultsView::Grow() {
+  if (std::exchange(changes_, results_.changes()) != results_.changes()) LookOverAgain();
   const auto more = results_.Matching(filter_, seen_);
   seen_ = results_.size();
   rows_.insert(rows_.end(), more.begin(), more.end());
   table_->Grow(rows_.size());
   ShowCount();
+}
+
+// Some have another result than before, which the filter may not take, or may. What is chosen stays so where the same
+// rows stand there.
+void ResultsView::LookOverAgain() {
+  auto rows = results_.Matching(filter_, 0);
+  rows.erase(std::ranges::lower_bound(rows, seen_), rows.end());
+  if (rows == rows_) return table_->viewport()->update();
+  rows_ = std::move(rows);
+  table_->Reset(rows_.size());
 }
 
 void ResultsView::Filter() {

@@ -24,6 +24,7 @@ class ResultsView final : public QWidget {
 
  private:
   QString TextOf(std::size_t shown, int column) const;
+  void LookOverAgain();
   void Filter();
   void ShowCount();
   void Copy();
@@ -34,6 +35,7 @@ class ResultsView final : public QWidget {
   run::RunResults::Filter filter_;
   std::vector<std::uint32_t> rows_;  // of the results, those that pass it
   std::size_t seen_ = 0;             // of the results
+  std::int64_t changes_ = 0;         // of them
   QComboBox* states_;
   QLineEdit* text_;
   RowList* table_;

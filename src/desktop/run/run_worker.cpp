@@ -101,7 +101,7 @@ void RunWorker::Began(const std::filesystem::path& report) {
 void RunWorker::Finished(const run::RecipientResult& result) {
   const std::lock_guard lock(mutex_);
   results_.push_back(result);
-  ++news_.done;
+  if (result.tries == 1) ++news_.done;
 }
 
 void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, std::uint64_t size) {

@@ -39,6 +39,7 @@ constexpr int kMostNotes = 4;
 QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences(InWords(run::CountsOf(summary)));
   if (const auto left = run::NotTriedIn(summary)) sentences << InWords(*left);
+  if (const auto left = run::NotTriedAgainIn(summary)) sentences << InWords(*left);
   if (summary.stopped) sentences << InWords(*summary.stopped);
   return sentences.join(' ');
 }

@@ -15,6 +15,10 @@ using namespace std::chrono_literals;
 // More is no pace, and each message that a rule counts takes memory.
 constexpr std::int64_t kMostMessages = 1'000'000;
 
+// The journal counts the tries of a recipient up to 255.
+constexpr std::int64_t kMostRetries = 100;
+constexpr std::chrono::seconds kLongestDelay = 1h;
+
 struct Unit {
   std::string_view name;
   std::chrono::seconds length;
@@ -26,7 +30,8 @@ constexpr std::array kUnits = {
 
 constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour,  &PaceTexts::quota_day,
                                &PaceTexts::domain_rate,    &PaceTexts::hours,       &PaceTexts::pause_after,
-                               &PaceTexts::per_connection, &PaceTexts::connections, &PaceTexts::at};
+                               &PaceTexts::per_connection, &PaceTexts::connections, &PaceTexts::at,
+                               &PaceTexts::retries,        &PaceTexts::retry_after};
 static_assert(sizeof(PaceTexts) == kTexts.size() * sizeof(std::string), "each text has its place");
 
 Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
@@ -48,6 +53,17 @@ std::optional<MessageLimit> RateOf(std::string_view text) {
   const auto* unit = std::ranges::find(kUnits, name, &Unit::name);
   if (!messages || unit == kUnits.end()) return {};
   return MessageLimit{*messages, unit->length};
+}
+
+// "90s", "5 min".
+std::optional<std::chrono::seconds> DurationOf(std::string_view text) {
+  const auto digits = text.find_first_not_of("0123456789");
+  if (digits == std::string_view::npos) return {};
+  const auto number = platform::WholeNumberBetween(text.substr(0, digits), 1, kLongestRule.count());
+  const std::string name = platform::AsciiLower(platform::Trim(text.substr(digits)));
+  const auto* unit = std::ranges::find(kUnits, name, &Unit::name);
+  if (!number || unit == kUnits.end() || *number > kLongestRule / unit->length) return {};
+  return *number * unit->length;
 }
 
 std::optional<PauseAfter> PauseOf(std::string_view text) {
@@ -96,6 +112,16 @@ Result<std::optional<std::int64_t>> ReadConnections(std::string_view text) {
                 "\"{}\" is no number of connections.", "Write a whole number from 1 to 50.");
 }
 
+Result<std::optional<std::int64_t>> ReadRetries(std::string_view text) {
+  return OrNone(text, platform::WholeNumberBetween(platform::Trim(text), 0, kMostRetries),
+                "\"{}\" is no number of retries.", "Write a whole number from 0 to 100.");
+}
+
+Result<std::optional<std::chrono::seconds>> ReadDuration(std::string_view text) {
+  return OrNone(text, DurationOf(platform::Trim(text)), "\"{}\" is no time to wait.",
+                "Write a number and s, min or h, up to a day, for example 90s, 5min or 1h.");
+}
+
 Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
   const auto messages = ReadCount(text);
   if (!messages) return messages.error();
@@ -115,6 +141,13 @@ Result<std::optional<PauseAfter>> ReadPause(std::string_view text) {
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock) {
   return OrNone(text, MomentOf(platform::Trim(text), clock), "There is no time \"{}\".",
                 "Write HH:MM for the next time that it is so late, or YYYY-MM-DD HH:MM.");
+}
+
+std::chrono::seconds RetryRules::DelayAfter(int tries) const {
+  const std::chrono::seconds longest = std::max(kLongestDelay, after);
+  std::chrono::seconds delay = after;
+  for (int n = 1; n < tries && delay < longest; ++n) delay = std::min(2 * delay, longest);
+  return delay;
 }
 
 PaceTexts Or(PaceTexts texts, const PaceTexts& others) {
@@ -142,9 +175,15 @@ Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
   take(per_connection, ReadCount(texts.per_connection));
   take(connections, ReadConnections(texts.connections));
   take(pace.rules.begin, ReadMoment(texts.at, clock));
+  std::optional<std::int64_t> retries;
+  std::optional<std::chrono::seconds> retry_after;
+  take(retries, ReadRetries(texts.retries));
+  take(retry_after, ReadDuration(texts.retry_after));
   if (complaint) return *complaint;
   pace.per_connection = per_connection.value_or(0);
   pace.connections = connections.value_or(1);
+  pace.retries.times = static_cast<int>(retries.value_or(0));
+  pace.retries.after = retry_after.value_or(pace.retries.after);
   return pace;
 }
 

@@ -53,6 +53,17 @@ struct PaceRules {
   bool operator==(const PaceRules&) const = default;
 };
 
+// Who was deferred is tried again so many times, the first time after so long, and each time after twice as long as the
+// time before, up to an hour, or up to the first where that is longer.
+struct RetryRules {
+  int times = 0;
+  std::chrono::seconds after = std::chrono::minutes(5);
+
+  // Behind so many tries.
+  std::chrono::seconds DelayAfter(int tries) const;
+  bool operator==(const RetryRules&) const = default;
+};
+
 // No rule looks further back.
 inline constexpr std::chrono::seconds kLongestRule = std::chrono::days(1);
 
@@ -64,6 +75,8 @@ Result<std::optional<HoursOfDay>> ReadHours(std::string_view text);             
 Result<std::optional<PauseAfter>> ReadPause(std::string_view text);                                 // "100:60"
 Result<std::optional<std::int64_t>> ReadCount(std::string_view text);                               // of messages
 Result<std::optional<std::int64_t>> ReadConnections(std::string_view text);                         // 1 to the most
+Result<std::optional<std::int64_t>> ReadRetries(std::string_view text);                             // "3", and "0"
+Result<std::optional<std::chrono::seconds>> ReadDuration(std::string_view text);                    // "90s", "5 min"
 // A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
 
@@ -78,6 +91,8 @@ struct PaceTexts {
   std::string per_connection = {};
   std::string connections = {};
   std::string at = {};
+  std::string retries = {};
+  std::string retry_after = {};
 
   bool operator==(const PaceTexts&) const = default;
 };
@@ -92,6 +107,7 @@ struct RunPace {
   PaceRules rules;
   std::int64_t per_connection = 0;  // messages at most; 0 for any number
   std::int64_t connections = 1;     // at a time, at most
+  RetryRules retries = {};
 };
 
 // All of them; the first complaint where there is one.

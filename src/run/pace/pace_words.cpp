@@ -43,6 +43,11 @@ Sentence WhyOf(const Wait& wait, const PaceRules& rules) {
   return {};
 }
 
+Sentence WaitForRetries(std::int64_t recipients) {
+  return SayOf(recipients, "{} recipient was deferred and is tried again then.",
+               "{} recipients were deferred and are tried again from then on.");
+}
+
 std::string TimeText(Moment moment, const platform::Clock& clock) {
   const std::tm then = clock.Local(std::chrono::ceil<std::chrono::seconds>(moment));
   const std::tm now = clock.Local(clock.Now());

@@ -13,6 +13,9 @@ namespace quillcast::run {
 // Why nothing may go out: a whole sentence.
 Sentence WhyOf(const Wait& wait, const PaceRules& rules);
 
+// Why a run that is through with its list has not ended.
+Sentence WaitForRetries(std::int64_t recipients);
+
 // "14:05:30" in local time, with the day before it where it is not today.
 std::string TimeText(Moment moment, const platform::Clock& clock);
 

@@ -1,0 +1,59 @@
+#include "run/retries.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quillcast::run {
+namespace {
+
+// How a network, or a server that is being started anew, fails for a while. Nothing was taken then.
+constexpr std::array kPassing = {smtp::ResultCode::kConnectFailed, smtp::ResultCode::kConnectionLost,
+                                 smtp::ResultCode::kConnectTimeout, smtp::ResultCode::kResolveTimeout,
+                                 smtp::ResultCode::kReplyTimeout};
+
+}  // namespace
+
+bool Retries::IsWorthAnother(const smtp::Outcome& outcome) {
+  if (!outcome.begun) return false;
+  if (outcome.state == smtp::State::kDeferred) return true;
+  return outcome.state == smtp::State::kFailed && std::ranges::find(kPassing, outcome.code) != kPassing.end();
+}
+
+bool Retries::Defer(const Retry& retry) {
+  if (retry.tries > rules_.times) return false;
+  const auto row = static_cast<std::size_t>(retry.tries - 1);
+  if (rows_.size() <= row) rows_.resize(row + 1);
+  rows_[row].push_back({retry.position, clock_.Monotonic() + rules_.DelayAfter(retry.tries), retry.domain});
+  ++size_;
+  return true;
+}
+
+const Retries::Row* Retries::FirstRow() const {
+  const Row* first = nullptr;
+  for (const Row& row : rows_) {
+    if (!row.empty() && (first == nullptr || row.front().due < first->front().due)) first = &row;
+  }
+  return first;
+}
+
+std::optional<platform::Instant> Retries::NextDue() const {
+  const Row* first = FirstRow();
+  return first == nullptr ? std::nullopt : std::optional(first->front().due);
+}
+
+bool Retries::IsOneDue() const {
+  const auto due = NextDue();
+  return due && *due <= clock_.Monotonic();
+}
+
+std::optional<Retry> Retries::TakeDue() {
+  if (!IsOneDue()) return {};
+  const Row* first = FirstRow();
+  const std::ptrdiff_t row = first - rows_.data();
+  const Waiting waiting = first->front();
+  rows_[static_cast<std::size_t>(row)].pop_front();
+  --size_;
+  return Retry{waiting.position, waiting.domain, static_cast<int>(row) + 1};
+}
+
+}  // namespace quillcast::run

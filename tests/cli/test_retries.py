@@ -1,0 +1,213 @@
+"""Those who are deferred, tried again in the same run: over a cancel and a kill, with a pace, and what is told of it."""
+import json
+import os
+import pty
+import re
+import select
+import signal
+import socket
+import subprocess
+import threading
+import time
+import unittest
+from collections import Counter
+
+from quillcast import PROGRAM, Case
+
+
+class Server:
+    """Answers RCPT by `answer(address, how often it was asked)`: None takes it. Keeps who was taken, and when."""
+
+    def __init__(self, answer, port=0):
+        self.answer = answer
+        self.asked, self.taken, self.times = Counter(), Counter(), []
+        self.listener = socket.create_server(("127.0.0.1", port), backlog=16)
+        self.port = self.listener.getsockname()[1]
+        threading.Thread(target=self.accept, daemon=True).start()
+
+    def accept(self):
+        while True:
+            try:
+                peer, _ = self.listener.accept()
+            except OSError:
+                return
+            threading.Thread(target=self.serve, args=(peer,), daemon=True).start()
+
+    def serve(self, peer):
+        try:
+            with peer, peer.makefile("rb") as lines:
+                self.talk(peer, lines)
+        except OSError:
+            pass
+
+    def talk(self, peer, lines):
+        peer.sendall(b"220 busy ESMTP\r\n")
+        recipient = None
+        while line := lines.readline():
+            verb = line[:4].upper()
+            if verb == b"RCPT":
+                address = line.split(b"<")[1].split(b">")[0].decode()
+                self.asked[address] += 1
+                self.times.append((address, time.monotonic()))
+                refusal = self.answer(address, self.asked[address])
+                recipient = None if refusal else address
+                peer.sendall((refusal or "250 2.1.5 ok").encode() + b"\r\n")
+                if refusal and refusal.startswith("421"):
+                    return
+            elif verb == b"DATA":
+                peer.sendall(b"354 go on\r\n" if recipient else b"503 5.5.1 no recipient\r\n")
+                if recipient:
+                    while lines.readline() not in (b".\r\n", b""):
+                        pass
+                    self.taken[recipient] += 1
+                    peer.sendall(b"250 2.0.0 taken\r\n")
+            elif verb == b"QUIT":
+                peer.sendall(b"221 bye\r\n")
+                return
+            else:
+                peer.sendall(b"250 ok\r\n")
+
+
+class Retries(Case):
+    def setUp(self):
+        super().setUp()
+        self.body = self.write("letter.html", "<p>Dear $*MergeEmail*$</p>")
+
+    def server(self, answer, addresses, *settings):
+        server = Server(answer)
+        self.addCleanup(server.listener.close)
+        self.account(server.port, *settings)
+        self.group("All", addresses)
+        return server
+
+    def mailing(self, *options):
+        return ["--json", "--yes", "send", "--group", "All", "--subject", "Hi", "--body", self.body, *options]
+
+    def run_lines(self, *arguments):
+        code, out, err = self.run_program(*arguments)
+        return [json.loads(line) for line in out.splitlines()], code, err
+
+    def states(self, run=1):
+        rows, _, _ = self.run_lines("--json", "runs", "show", run)
+        return {row["address"]: (row["state"], row["attempts"]) for row in rows if "address" in row}
+
+    def last_run(self):
+        return max(row["run"] for row in self.run_lines("--json", "runs", "list")[0])
+
+    def test_results_counts_reports_and_the_journal_go_by_the_last_try(self):
+        def answer(address, times):
+            if address.startswith("never"):
+                return "451 4.2.1 not now"
+            return "450 4.2.0 later" if address.startswith("late") and times < 3 else None
+        server = self.server(answer, ["late@a.example", "1@a.example", "never@b.example", "2@b.example"],
+                             "Retries=2", "RetryAfter=1s")
+        lines, code, err = self.run_lines(*self.mailing())
+        self.assertEqual(code, 1, err)
+        self.assertEqual([(row["position"], row["state"], row.get("try"), row.get("again")) for row in lines[:-1]],
+                         [(1, "deferred", 1, True), (2, "sent", None, None), (3, "deferred", 1, True),
+                          (4, "sent", None, None), (1, "deferred", 2, True), (3, "deferred", 2, True),
+                          (1, "sent", 3, False), (3, "deferred", 3, False)])
+        self.assertEqual({key: lines[-1][key] for key in ("sent", "failed", "not_tried")},
+                         {"sent": 3, "failed": 1, "not_tried": 0})
+        self.assertIn("#1 late@a.example: sent, at try 3", err)
+        self.assertEqual(server.taken, {"late@a.example": 1, "1@a.example": 1, "2@b.example": 1})
+        of_late = [at for address, at in server.times if address == "late@a.example"]
+        self.assertGreaterEqual(of_late[1] - of_late[0], 1)
+        self.assertGreaterEqual(of_late[2] - of_late[1], 2)
+        report = self.reports()[-1].read_text()
+        self.assertEqual(len(re.findall("Message sent successfully", report)), 3)
+        self.assertEqual(len(re.findall("There was an error sending", report)), 5)
+        self.assertRegex(report, r"process has been completed\.\s+3 messages sent during process\.\s+1 messages failed")
+        self.assertEqual(self.states(), {"late@a.example": ("sent", 3), "1@a.example": ("sent", 1),
+                                         "never@b.example": ("deferred", 3), "2@b.example": ("sent", 1)})
+
+    def test_the_waiting_is_told_and_ends_at_once_and_a_later_run_goes_on(self):
+        is_open = threading.Event()
+        server = self.server(lambda address, times: None if is_open.is_set() or address[0] == "2" else "450 4.2.0 later",
+                             ["1@a.example", "2@a.example", "3@a.example"])
+        terminal, end = pty.openpty()
+        command = [PROGRAM, "--profile", str(self.profile), *self.mailing("--retries", "3")[1:]]
+        run = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=end)
+        os.close(end)
+        shown = b""
+        while b"Waits until" not in shown and select.select([terminal], [], [], 60)[0]:
+            shown += os.read(terminal, 4096)
+        while b"from then on." not in shown and select.select([terminal], [], [], 60)[0]:
+            shown += os.read(terminal, 4096)
+        self.assertRegex(shown.decode(), r"3 of 3 messages\. Waits until [-0-9: ]+\. 2 recipients were deferred and are "
+                                         r"tried again from then on\.")
+        began = time.monotonic()
+        run.send_signal(signal.SIGINT)
+        out, _ = run.communicate(timeout=60)
+        os.close(terminal)
+        self.assertLess(time.monotonic() - began, 10)
+        self.assertEqual(run.returncode, 75)
+        self.assertIn(b"1 message was sent, 2 failed.", out)
+        self.assertEqual(self.states()["1@a.example"], ("deferred", 1))
+        is_open.set()
+        code, _, err = self.run_program("runs", "resume", 1)
+        self.assertEqual(code, 66, err)  # nobody is left who was not tried
+        self.ok("runs", "resume", 1, "--retries", "1")
+        self.assertEqual(server.taken, {"1@a.example": 1, "2@a.example": 1, "3@a.example": 1})
+
+    def test_a_kill_between_a_try_and_the_next_loses_and_doubles_nobody(self):
+        addresses = [f"{n}@a.example" for n in range(30)]
+        server = self.server(lambda address, times: "451 4.3.2 busy" if int(address.split("@")[0]) % 3 == 0 and times < 3
+                             else None, addresses, "Retries=4", "RetryAfter=1s")
+        for after in (12, 35, 42):  # RCPTs: within the list, in the first retries, and in the second
+            command = self.mailing() if after == 12 else ["runs", "resume", self.last_run()]
+            run = self.popen(*command)
+            deadline = time.monotonic() + 60
+            while sum(server.asked.values()) < after and run.poll() is None and time.monotonic() < deadline:
+                time.sleep(0.005)
+            run.send_signal(signal.SIGKILL)
+            run.communicate()
+            time.sleep(0.1)
+        code, out, err = self.run_program("runs", "resume", self.last_run())
+        states = self.states()
+        unknown = {address for address, (state, _) in states.items() if state == "unknown"}
+        self.assertLessEqual(len(unknown), 3)
+        self.assertEqual(set(server.taken.values()), {1}, server.taken)
+        for address in addresses:
+            if address not in unknown:
+                self.assertEqual((states[address][0], server.taken[address]), ("sent", 1), (address, out, err))
+
+    def test_a_retry_keeps_to_the_pace_and_other_domains_are_not_held_up(self):
+        server = self.server(lambda address, times: "450 4.2.0 later" if address[0] == "1" and times == 1 else None,
+                             ["1@a.example", "2@a.example", "3@b.example"])
+        self.ok(*self.mailing("--retries", "1", "--retry-after", "1s", "--rate", "1/s"))
+        self.assertEqual([address[0] for address, _ in server.times], ["1", "2", "3", "1"])
+        for (_, first), (_, second) in zip(server.times, server.times[1:]):
+            self.assertGreaterEqual(second - first, 0.9)
+
+    def test_a_server_that_is_away_for_a_while_is_waited_for(self):
+        with socket.create_server(("127.0.0.1", 0)) as closed:
+            port = closed.getsockname()[1]
+        self.account(port)
+        self.group("All", ["1@a.example"])
+        run = self.popen(*self.mailing("--retries", "3", "--retry-after", "1s"))
+        self.assertIn(b'"again":true', run.stdout.readline().replace(b" ", b""))
+        server = Server(lambda address, times: None, port)
+        self.addCleanup(server.listener.close)
+        _, err = run.communicate(timeout=60)
+        self.assertEqual(run.returncode, 0, err)
+        self.assertEqual(server.taken, {"1@a.example": 1})
+
+    def test_what_is_no_number_of_retries_is_refused_before_anything_goes(self):
+        server = self.server(lambda address, times: None, ["1@a.example"])
+        for options, why in [(("--retries", "many"), '"many" is no number of retries.'),
+                             (("--retries", "101"), '"101" is no number of retries.'),
+                             (("--retry-after", "5"), '"5" is no time to wait.'),
+                             (("--retry-after", "2d"), '"2d" is no time to wait.')]:
+            with self.subTest(options):
+                code, _, err = self.run_program(*self.mailing(*options))
+                self.assertEqual(code, 64)
+                self.assertIn(why, err)
+        code, _, err = self.run_program("account", "set", "RetryAfter=soon")
+        self.assertEqual(code, 64)
+        self.assertIn('"soon" is no time to wait.', err)
+        self.assertEqual(server.asked, {})
+
+
+if __name__ == "__main__":
+    unittest.main()

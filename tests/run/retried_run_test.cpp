@@ -1,0 +1,182 @@
+// A run that tries some of its recipients again: when, how often, behind whom, and what is told and kept of it.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "run/paced_run.h"
+
+namespace quillcast::run {
+namespace {
+
+using RetriedRun = PacedRun;
+
+TEST_F(RetriedRun, ComesBehindTheListWhenItIsDueAndCountsByTheLastResult) {
+  constexpr const char* kOneWaits = "1 recipient was deferred and is tried again then.";
+  const struct {
+    std::string domains;
+    Fates fates;
+    std::map<std::int64_t, Fates> then;
+    RetryRules retries;
+    PaceRules rules;
+    std::string times;  // who went after how many seconds
+    std::string told;
+    std::vector<std::string> waits;
+  } kCases[] = {
+      {"ab", "ds", {{1, "s"}}, {1, 60s}, {}, "1@0 2@0 1@60 ", "1d+ 2s 1s2 ", {kOneWaits}},
+      {"ab", "ds", {{1, "d"}}, {2, 60s}, {}, "1@0 2@0 1@60 1@180 ", "1d+ 2s 1d2+ 1d3 ", {kOneWaits}},
+      {"ab", "ds", {}, {0, 60s}, {}, "1@0 2@0 ", "1d 2s ", {}},
+      // Only what another time may change: no refusal, nothing that may be out, nobody without an address.
+      {"abcxa",
+       "rudxc",
+       {{3, "r"}, {5, "s"}},
+       {9, 60s},
+       {},
+       "1@0 2@0 3@0 5@0 3@60 5@60 ",
+       "1r 2u 3d+ 4f 5f+ 3r2 5s2 ",
+       {"2 recipients were deferred and are tried again from then on."}},
+      {"a",
+       "d",
+       {{1, "d"}},
+       {5, 20min},
+       {},
+       "1@0 1@1200 1@3600 1@7200 1@10800 1@14400 ",
+       "1d+ 1d2+ 1d3+ 1d4+ 1d5+ 1d6 ",
+       {kOneWaits}},
+      {"a", "d", {{1, "d"}}, {2, 2h}, {}, "1@0 1@7200 1@14400 ", "1d+ 1d2+ 1d3 ", {kOneWaits}},
+      // It keeps to the pace, and lets the list go first.
+      {"abc",
+       "dds",
+       {{1, "s"}, {2, "s"}},
+       {1, 30s},
+       {.rate = MessageLimit{1, 60s}},
+       "1@0 2@60 3@120 1@180 2@240 ",
+       "1d+ 2d+ 3s 1s2 2s2 ",
+       {"1 message has gone out within a minute, which is the limit."}},
+      {"ab",
+       "ds",
+       {{1, "s"}},
+       {1, 60s},
+       {.per_domain = MessageLimit{1, 3600s}},
+       "1@0 2@0 1@3600 ",
+       "1d+ 2s 1s2 ",
+       {kOneWaits, "The domains of those who are next have had their 1 within an hour."}},
+  };
+  for (const auto& each : kCases) {
+    for (const std::size_t window : {1, 3}) {
+      SCOPED_TRACE(each.domains + " " + each.fates + " window " + std::to_string(window));
+      Run({.domains = each.domains,
+           .rules = each.rules,
+           .window = window,
+           .retries = each.retries,
+           .fates = each.fates,
+           .then = each.then});
+      EXPECT_EQ(Times(), each.times);
+      EXPECT_EQ(told_.tries, each.told);
+      if (window > 1) told_.waits = each.waits;  // told while answers are waited for, too
+      EXPECT_EQ(told_.waits, each.waits);
+      const auto sent =
+          std::ranges::count(told_.states, ResultState::kSent, [](const auto& one) { return one.second; });
+      EXPECT_EQ(summary_.sent, sent);
+      EXPECT_EQ(summary_.failed, std::ssize(each.domains) - sent);
+      EXPECT_TRUE(summary_.reached_its_end());
+      EXPECT_EQ(kept_.states, told_.states);
+      EXPECT_EQ(Count(report_, "Message sent successfully.") + Count(report_, "There was an error sending"),
+                std::ranges::count(each.told, ' '))
+          << "each try has its lines";
+      EXPECT_EQ(Count(report_, "process has been completed."), 1);
+    }
+  }
+}
+
+// Who waits for another try keeps the result that there is, whatever ends the run.
+TEST_F(RetriedRun, LeavesResultsAsTheyAreWhereItEndsBefore) {
+  const auto cancels = [this](FakeCarrier& carrier) {
+    carrier.waits_until = [this](platform::Instant) { cancel_->Request(); };
+  };
+  Run({.domains = "aab", .retries = {3, 60s}, .fates = "dsc", .change = cancels});
+  EXPECT_EQ(told_.tries, "1d+ 2s 3f+ ");
+  EXPECT_EQ(kept_.states[1], ResultState::kDeferred);
+  EXPECT_TRUE(kept_.ended);
+  EXPECT_TRUE(summary_.cancelled);
+  EXPECT_EQ(summary_.retries_left, 2);
+  EXPECT_EQ(summary_.not_tried, 0);
+  EXPECT_FALSE(summary_.reached_its_end());
+
+  // The row cannot be read again: the turn is free, for a limit that would have no other.
+  const struct {
+    std::string domains;
+    PaceRules rules;
+    std::set<std::int64_t> unreadable;
+    Fates fates;
+    std::string told;
+    std::int64_t not_tried;
+  } kCases[] = {
+      {"ab", {.rate = MessageLimit{1, 60s}}, {1}, "ds", "1d+ 2s ", 0},
+      {"aab", {.per_domain = MessageLimit{1, 60s}}, {2}, "sss", "1s 3s ", 1},  // kept back, never tried
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.domains);
+    Run({.domains = each.domains,
+         .rules = each.rules,
+         .retries = {1, 30s},
+         .fates = each.fates,
+         .unreadable = each.unreadable,
+         .after = [this](Turns& turns) {
+           clock_.now += 24h;
+           EXPECT_FALSE(turns.Due(DomainOf("a.example")).why);
+         }});
+    EXPECT_EQ(told_.tries, each.told);
+    EXPECT_EQ(summary_.not_tried, each.not_tried);
+    ASSERT_TRUE(summary_.stopped);
+    EXPECT_EQ(summary_.stopped->failure, Failure::kBadData);
+    for (const auto& [position, state] : told_.states) EXPECT_EQ(kept_.states[position], state);
+  }
+}
+
+// Fates, paces and windows at random, each ended at a random step by a cancel, or not.
+TEST_F(RetriedRun, LosesAndDoublesNobody) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 300 && !HasFailure(); ++round) {
+    SCOPED_TRACE(round);
+    Setting setting{.window = 1 + random() % 4, .retries = {static_cast<int>(1 + random() % 3), 10s}};
+    for (std::size_t n = 5 + random() % 25; n > 0; --n) {
+      setting.domains += "aaaabbcx"[random() % 8];
+      setting.fates += "sddcru"[random() % 6];
+      setting.then[std::ssize(setting.fates)] = std::string(1, "sddcr"[random() % 5]) + "sdru"[random() % 4];
+    }
+    if (random() % 2 == 0) setting.rules.rate = MessageLimit{3, 1s};
+    if (random() % 2 == 0) setting.rules.per_domain = MessageLimit{2, 20s};
+    const int cancelled_at = random() % 2 == 0 ? static_cast<int>(random() % 120) : 0;
+    setting.change = [&](FakeCarrier& carrier) {
+      carrier.withdraws = random() % 2 == 0;
+      carrier.at_step = [this, cancelled_at](int step) {
+        if (step == cancelled_at) cancel_->Request();
+      };
+    };
+    Run(setting);
+    std::map<std::int64_t, int> tries;
+    std::map<std::int64_t, char> last;
+    for (const std::int64_t position : carried_) {
+      const int before = tries[position]++;
+      ASSERT_TRUE(before == 0 || last[position] == 'd' || last[position] == 'c') << position;
+      ASSERT_LE(before, setting.retries.times);
+      const auto at = static_cast<std::size_t>(position - 1);
+      const Fates& then = setting.then[position];
+      last[position] = before == 0 ? setting.fates[at] : then[std::min<std::size_t>(before - 1, then.size() - 1)];
+    }
+    for (const auto& [position, fate] : last) {
+      EXPECT_EQ(told_.states[position], StateOf(OutcomeOf(fate).state)) << position;
+      EXPECT_EQ(kept_.states[position], told_.states[position]) << position;
+    }
+    EXPECT_EQ(std::ssize(told_.states) + told_.not_tried, std::ssize(setting.domains));
+    EXPECT_EQ(summary_.sent + summary_.failed, std::ssize(told_.states));
+    const auto sent = std::ranges::count(told_.states, ResultState::kSent, [](const auto& one) { return one.second; });
+    EXPECT_EQ(summary_.sent, sent);
+    if (summary_.reached_its_end()) continue;
+    EXPECT_TRUE(summary_.cancelled);
+    EXPECT_EQ(summary_.retries_left + summary_.not_tried > 0, true);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::run
