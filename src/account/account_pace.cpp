@@ -32,6 +32,7 @@ constexpr auto kPaceKeys = std::to_array<PaceKey>({
      [](std::string_view text) { return FaultOf(run::ReadConnections(text)); }},
     {kRetries, &run::PaceTexts::retries, [](std::string_view text) { return FaultOf(run::ReadRetries(text)); }},
     {kRetryAfter, &run::PaceTexts::retry_after, [](std::string_view text) { return FaultOf(run::ReadDuration(text)); }},
+    {kSlowDown, &run::PaceTexts::slow_down, [](std::string_view text) { return FaultOf(run::ReadSwitch(text)); }},
 });
 
 }  // namespace

@@ -84,6 +84,7 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kConnections, "Connections", "", {}},
     {kRetries, "Retries", "", {}},
     {kRetryAfter, "RetryAfter", "", {}},
+    {kSlowDown, "SlowDown", "0", kSwitch},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 

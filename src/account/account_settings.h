@@ -58,6 +58,7 @@ enum class AccountKey {
   kConnections,
   kRetries,
   kRetryAfter,
+  kSlowDown,
   kCount
 };
 

@@ -36,6 +36,7 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kHours, kTheWay},         {kPauseAfter, kTheWay},
     {kPerConnection, kTheWay}, {kConnections, kTheWay},
     {kRetries, kTheWay},       {kRetryAfter, kTheWay},
+    {kSlowDown, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

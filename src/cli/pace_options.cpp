@@ -20,6 +20,13 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
       "Try who was deferred, or could not be reached, so many times again, behind the list");
   add("--retry-after", texts.retry_after, "TIME",
       "For the first time after so long (5min without it), then after twice as long each time, up to 1h");
+  command
+      .add_flag(
+          "--slow-down", texts.slow_down,
+          "Where the server asks for fewer messages (4.7.x; 421, 450, 451 or 452 with such words), go half as fast, at "
+          "most once in 10 s, and never slower than 1 a minute; then 10 % faster each minute without a complaint. "
+          "=no where the account says yes")
+      ->group("Pace (\"none\" for none where the account has one)");
   add("--at", texts.at, "TIME", "Begin to send then: HH:MM or 'YYYY-MM-DD HH:MM', local time");
 }
 

@@ -159,7 +159,8 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
                        .cancel = place_.cancel,
                        .clock = place_.clock,
                        .turns = turns,
-                       .retries = pace->retries};
+                       .retries = pace->retries,
+                       .slow_down = pace->slow_down};
   return SendLetters(parts, std::move(*entry), listener);
 }
 
@@ -187,7 +188,8 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .cancel = place_.cancel,
                        .clock = place_.clock,
                        .turns = &*turns,
-                       .retries = pace->retries};
+                       .retries = pace->retries,
+                       .slow_down = pace->slow_down};
   return SendLetters(parts, std::move(*entry), listener);
 }
 

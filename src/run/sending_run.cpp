@@ -10,6 +10,7 @@
 #include "run/partial_range.h"
 #include "run/pre_flight.h"
 #include "run/results_in_order.h"
+#include "run/slow_down.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
@@ -46,7 +47,9 @@ class Run final : public smtp::JobSource {
             std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); },
             parts.carrier.delivery()),
         range_(parts.range.value_or(PartialRange{1, parts.recipients})),
-        retries_(parts.retries, parts.clock) {}
+        retries_(parts.retries, parts.clock) {
+    if (parts.slow_down) slow_down_.emplace(parts.clock);
+  }
 
   RunSummary Execute();
 
@@ -73,6 +76,8 @@ class Run final : public smtp::JobSource {
   void OpenThoseLeft();
   void TakeSize();
   bool NextOf(Result<bool> next);
+  bool IsHeldUp();
+  std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
   bool NextLeft();
   void TakeMessage(Letter& letter);
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
@@ -102,6 +107,8 @@ class Run final : public smtp::JobSource {
   bool unreadable_ = false;                      // a row
   ResultsInOrder order_;
   Retries retries_;
+  std::optional<SlowDown> slow_down_;
+  std::int64_t taken_ = 0;         // of the list
   bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
   std::optional<InTurn> in_turn_;  // over run_
   bool broken_ = false;            // the journal
@@ -190,9 +197,11 @@ bool Run::NextLeft() {
 smtp::Job* Run::NextJob() {
   if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
   Letter* letter = free_letters_.back();
-  while (MayGoOn() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
+  while (MayGoOn() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
+    if (order_.At(position_).tries == 1) ++taken_;
     auto failure = RenderRow(*letter);
     if (!failure) {
+      if (slow_down_) slow_down_->Taken();
       free_letters_.pop_back();
       with_carrier_.push_back(letter);
       return letter;
@@ -216,17 +225,29 @@ void Run::TellWait(const Sentence& why, Moment until) {
   listener_.Waits(why, until);
 }
 
+// The server asked for fewer messages, and the next one is not due yet.
+bool Run::IsHeldUp() {
+  if (!slow_down_) return false;
+  if (const auto faster = slow_down_->GoFaster()) listener_.Note(*faster);
+  const bool nobody_left = taken_ == run_->size() && summary_.retries_left == 0;  // the run does not wait for that
+  return !nobody_left && slow_down_->Due() > parts_.clock.Monotonic();
+}
+
+std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
+  const auto until = parts_.clock.Now() + (due - parts_.clock.Monotonic());
+  TellWait(why, std::chrono::time_point_cast<Moment::duration>(until));
+  return due;
+}
+
 std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
+  if (IsHeldUp()) return WaitUntil(*slow_down_->Due(), slow_down_->Why());
   const auto& wait = in_turn_->wait();
   const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;
   const bool for_a_domain = wait && wait->why == PaceRule::kDomain;  // which a retry to another does not wait for
   const auto retry = retries_.NextDue();
-  const platform::Instant now = parts_.clock.Monotonic();
-  if (retry && *retry > now && (!turn || (for_a_domain && *retry < *turn))) {
-    const auto until = parts_.clock.Now() + (*retry - now);
-    TellWait(WaitForRetries(retries_.size()), std::chrono::time_point_cast<Moment::duration>(until));
-    return retry;
+  if (retry && *retry > parts_.clock.Monotonic() && (!turn || (for_a_domain && *retry < *turn))) {
+    return WaitUntil(*retry, WaitForRetries(retries_.size()));
   }
   if (turn) TellWait(WhyOf(*wait, parts_.turns->rules()), wait->until);
   return turn;
@@ -258,6 +279,7 @@ std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
 void Run::GoesOut(smtp::Job& job) {
   run_->GoesOut(job.position);
   if (parts_.turns != nullptr) parts_.turns->GoesOut(static_cast<Letter&>(job).turn);
+  if (slow_down_) slow_down_->WentOut();
 }
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
@@ -267,6 +289,8 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   order_.At(letter.position).subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
   free_messages_.push_back(std::move(letter.rendered));
+  if (!slow_down_) return;
+  if (const auto slower = slow_down_->Decided(outcome)) listener_.Note(*slower);
 }
 
 // It belongs to the first of those with the carrier.

@@ -93,6 +93,7 @@ struct RunParts {
   const platform::Clock& clock;
   Turns* turns = nullptr;  // none where nothing is sent
   RetryRules retries = {};
+  bool slow_down = false;  // where the server asks for fewer messages
 };
 
 // Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,

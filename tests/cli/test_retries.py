@@ -193,6 +193,26 @@ class Retries(Case):
         self.assertEqual(run.returncode, 0, err)
         self.assertEqual(server.taken, {"1@a.example": 1})
 
+    def test_a_run_goes_slower_where_the_server_asks_for_it_and_says_so(self):
+        def answer(address, times):
+            return "450 4.7.1 too many messages" if address[0] == "4" and times == 1 else None
+        server = self.server(answer, [f"{n}@a.example" for n in range(9)])
+        self.ok(*self.mailing("--retries", "1", "--retry-after", "1s"))
+        self.assertLess(server.times[-2][1] - server.times[4][1], 0.8)  # of the list, without
+        server.times.clear(), server.asked.clear(), server.taken.clear()
+        self.ok("account", "set", "SlowDown=1")
+        code, out, err = self.run_program(*self.mailing("--retries", "1", "--retry-after", "1s"))
+        self.assertEqual(code, 0, err)
+        self.assertRegex(err, r"The server asks for fewer messages: 450 4\.7\.1 too many messages\. The run goes half as "
+                              r"fast from now on, up to [0-9.,]+ messages a minute\.")
+        limit = float(re.search(r"up to ([0-9.,]+) messages a minute", err).group(1).replace(",", ""))
+        self.assertLessEqual(limit, 5 * 60 / 2)
+        times = [at for _, at in server.times[4:]]
+        self.assertEqual(len(times), 6)
+        self.assertGreaterEqual(times[-1] - times[0], 4 * 60 / limit)
+        self.assertEqual(set(server.taken.values()), {1})
+        self.ok(*self.mailing("--slow-down=no"))
+
     def test_what_is_no_number_of_retries_is_refused_before_anything_goes(self):
         server = self.server(lambda address, times: None, ["1@a.example"])
         for options, why in [(("--retries", "many"), '"many" is no number of retries.'),

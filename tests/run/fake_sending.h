@@ -29,8 +29,8 @@ using platform::Stop;
 using smtp::State;
 using test::FakeRows;
 
-// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, no 'c'onnection, 'u'nknown, or 'x' for
-// an entry without an address, which no server is asked about.
+// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, 't'oo fast, no 'c'onnection, 'u'nknown,
+// or 'x' for an entry without an address, which no server is asked about.
 using Fates = std::string;
 
 inline std::vector<std::string> AddressesOf(const Fates& fates) {
@@ -52,6 +52,12 @@ inline smtp::Outcome OutcomeOf(char fate) {
     return {.state = State::kDeferred,
             .code = smtp::ResultCode::kRecipientRefused,
             .reply = {451, "", "later"},
+            .reason = {}};
+  }
+  if (fate == 't') {
+    return {.state = State::kDeferred,
+            .code = smtp::ResultCode::kSenderRefused,
+            .reply = {451, "4.7.1", "slow down"},
             .reason = {}};
   }
   if (fate == 'c') {

@@ -32,6 +32,7 @@ class PacedRun : public testing::Test {
     PaceRules rules = {};
     std::size_t window = 1;
     RetryRules retries = {};
+    bool slow_down = false;
     Fates fates = {};                         // all sent where it is empty
     std::map<std::int64_t, Fates> then = {};  // of the tries behind the first, by position
     std::set<std::int64_t> unreadable = {};   // whose row is damaged when it is read again
@@ -74,8 +75,9 @@ class PacedRun : public testing::Test {
     ASSERT_TRUE(entry);
     const std::filesystem::path report = entry->report.path();
     entry->message = folder_ / "nowhere" / "copy.eml";  // waits for no disk
-    const RunParts parts{template_,      std::ssize(setting.domains), {}, begin, {}, carrier, cancel, clock_, &turns,
-                         setting.retries};
+    const RunParts parts{
+        template_,        std::ssize(setting.domains), {}, begin, {}, carrier, cancel, clock_, &turns, setting.retries,
+        setting.slow_down};
     summary_ = SendLetters(parts, std::move(*entry), told_);
     carried_ = carrier.carried;
     if (setting.after) setting.after(turns);

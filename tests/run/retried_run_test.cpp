@@ -133,6 +133,16 @@ TEST_F(RetriedRun, LeavesResultsAsTheyAreWhereItEndsBefore) {
   }
 }
 
+TEST_F(RetriedRun, GoesSlowerWhereTheServerAsksForItAndEndsWithItsLastMessage) {
+  Run({.domains = "aaaa", .retries = {1, 5s}, .slow_down = true, .fates = "tsss", .then = {{1, "s"}}});
+  EXPECT_EQ(Times(), "1@0 2@2 3@4 4@6 1@8 ");  // one went out within the first second: half of 60 a minute
+  EXPECT_EQ(told_.waits, std::vector<std::string>{"The server asked for fewer messages: up to 30 go out a minute."});
+  EXPECT_EQ(told_.NotesOn("The server asks for fewer messages: 451 4.7.1 slow down."), 1);
+  EXPECT_LT(clock_.now - begin_, 9s);
+  Run({.domains = "aaaa", .retries = {1, 5s}, .fates = "tsss", .then = {{1, "s"}}});
+  EXPECT_EQ(Times(), "1@0 2@0 3@0 4@0 1@5 ");
+}
+
 // Fates, paces and windows at random, each ended at a random step by a cancel, or not.
 TEST_F(RetriedRun, LosesAndDoublesNobody) {
   std::mt19937 random(11);

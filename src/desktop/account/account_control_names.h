@@ -53,6 +53,7 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "ConnectionsTextBox",
     "RetriesTextBox",
     "RetryAfterTextBox",
+    "SlowDownCheckBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

@@ -31,7 +31,7 @@ constexpr std::array kUnits = {
 constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour,  &PaceTexts::quota_day,
                                &PaceTexts::domain_rate,    &PaceTexts::hours,       &PaceTexts::pause_after,
                                &PaceTexts::per_connection, &PaceTexts::connections, &PaceTexts::at,
-                               &PaceTexts::retries,        &PaceTexts::retry_after};
+                               &PaceTexts::retries,        &PaceTexts::retry_after, &PaceTexts::slow_down};
 static_assert(sizeof(PaceTexts) == kTexts.size() * sizeof(std::string), "each text has its place");
 
 Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
@@ -64,6 +64,13 @@ std::optional<std::chrono::seconds> DurationOf(std::string_view text) {
   const auto* unit = std::ranges::find(kUnits, name, &Unit::name);
   if (!number || unit == kUnits.end() || *number > kLongestRule / unit->length) return {};
   return *number * unit->length;
+}
+
+std::optional<bool> SwitchOf(std::string_view text) {
+  const std::string lower = platform::AsciiLower(text);
+  if (lower == "yes" || lower == "1" || lower == "true") return true;
+  if (lower == "no" || lower == "0" || lower == "false") return false;
+  return {};
 }
 
 std::optional<PauseAfter> PauseOf(std::string_view text) {
@@ -120,6 +127,10 @@ Result<std::optional<std::int64_t>> ReadRetries(std::string_view text) {
 Result<std::optional<std::chrono::seconds>> ReadDuration(std::string_view text) {
   return OrNone(text, DurationOf(platform::Trim(text)), "\"{}\" is no time to wait.",
                 "Write a number and s, min or h, up to a day, for example 90s, 5min or 1h.");
+}
+
+Result<std::optional<bool>> ReadSwitch(std::string_view text) {
+  return OrNone(text, SwitchOf(platform::Trim(text)), "\"{}\" is neither yes nor no.", "Write yes or no.");
 }
 
 Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono::seconds within) {
@@ -179,11 +190,14 @@ Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
   std::optional<std::chrono::seconds> retry_after;
   take(retries, ReadRetries(texts.retries));
   take(retry_after, ReadDuration(texts.retry_after));
+  std::optional<bool> slow_down;
+  take(slow_down, ReadSwitch(texts.slow_down));
   if (complaint) return *complaint;
   pace.per_connection = per_connection.value_or(0);
   pace.connections = connections.value_or(1);
   pace.retries.times = static_cast<int>(retries.value_or(0));
   pace.retries.after = retry_after.value_or(pace.retries.after);
+  pace.slow_down = slow_down.value_or(false);
   return pace;
 }
 

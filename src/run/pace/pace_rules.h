@@ -77,6 +77,7 @@ Result<std::optional<std::int64_t>> ReadCount(std::string_view text);           
 Result<std::optional<std::int64_t>> ReadConnections(std::string_view text);                         // 1 to the most
 Result<std::optional<std::int64_t>> ReadRetries(std::string_view text);                             // "3", and "0"
 Result<std::optional<std::chrono::seconds>> ReadDuration(std::string_view text);                    // "90s", "5 min"
+Result<std::optional<bool>> ReadSwitch(std::string_view text);                                      // "yes", "0"
 // A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
 
@@ -93,6 +94,7 @@ struct PaceTexts {
   std::string at = {};
   std::string retries = {};
   std::string retry_after = {};
+  std::string slow_down = {};
 
   bool operator==(const PaceTexts&) const = default;
 };
@@ -108,6 +110,7 @@ struct RunPace {
   std::int64_t per_connection = 0;  // messages at most; 0 for any number
   std::int64_t connections = 1;     // at a time, at most
   RetryRules retries = {};
+  bool slow_down = false;
 };
 
 // All of them; the first complaint where there is one.
