@@ -20,6 +20,7 @@ bool Retries::IsWorthAnother(const smtp::Outcome& outcome) {
 }
 
 bool Retries::Defer(const Retry& retry) {
+  static_assert(sizeof(Waiting) == 24, "a million who wait take 24 MB");
   if (retry.tries > rules_.times) return false;
   const auto row = static_cast<std::size_t>(retry.tries - 1);
   if (rows_.size() <= row) rows_.resize(row + 1);

@@ -108,6 +108,7 @@ class Run final : public smtp::JobSource {
   ResultsInOrder order_;
   Retries retries_;
   std::optional<SlowDown> slow_down_;
+  bool held_up_ = false;           // by it, when NextJob was asked last
   std::int64_t taken_ = 0;         // of the list
   bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
   std::optional<InTurn> in_turn_;  // over run_
@@ -197,6 +198,7 @@ bool Run::NextLeft() {
 smtp::Job* Run::NextJob() {
   if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
   Letter* letter = free_letters_.back();
+  held_up_ = false;
   while (MayGoOn() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
     if (order_.At(position_).tries == 1) ++taken_;
     auto failure = RenderRow(*letter);
@@ -230,7 +232,8 @@ bool Run::IsHeldUp() {
   if (!slow_down_) return false;
   if (const auto faster = slow_down_->GoFaster()) listener_.Note(*faster);
   const bool nobody_left = taken_ == run_->size() && summary_.retries_left == 0;  // the run does not wait for that
-  return !nobody_left && slow_down_->Due() > parts_.clock.Monotonic();
+  held_up_ = !nobody_left && slow_down_->Due() > parts_.clock.Monotonic();
+  return held_up_;
 }
 
 std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
@@ -239,14 +242,16 @@ std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sen
   return due;
 }
 
+// By what NextJob found: what was not due then may be so by now, and is still to come.
 std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
-  if (IsHeldUp()) return WaitUntil(*slow_down_->Due(), slow_down_->Why());
+  if (held_up_) return WaitUntil(slow_down_->Due().value_or(parts_.clock.Monotonic()), slow_down_->Why());
   const auto& wait = in_turn_->wait();
   const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;
   const bool for_a_domain = wait && wait->why == PaceRule::kDomain;  // which a retry to another does not wait for
   const auto retry = retries_.NextDue();
-  if (retry && *retry > parts_.clock.Monotonic() && (!turn || (for_a_domain && *retry < *turn))) {
+  const bool before_turn = for_a_domain && retry && *retry<*turn&& * retry> parts_.clock.Monotonic();
+  if (retry && (!turn || before_turn)) {
     return WaitUntil(*retry, WaitForRetries(retries_.size()));
   }
   if (turn) TellWait(WhyOf(*wait, parts_.turns->rules()), wait->until);

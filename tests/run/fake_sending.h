@@ -82,6 +82,7 @@ class FakeCarrier final : public Carrier {
   std::vector<std::int64_t> carried;                   // who was handed over, in order
   std::function<void(std::int64_t)> is_out = {};       // called for each of them
   std::function<void(platform::Instant)> waits_until;  // called where nothing may go out before then
+  std::function<void()> has_none = {};                 // called where there was none, before it is asked until when
   bool logs = false;                                   // a line of the connection for each
   bool first_is_slow = false;                          // its outcome comes behind that of all others
   std::set<const smtp::MessageSource*> messages;       // those that were made at a time
@@ -102,6 +103,7 @@ class FakeCarrier final : public Carrier {
       while (goes_on && undecided < window_ && !trouble()) {
         Step();
         smtp::Job* job = letters.NextJob();
+        if (job == nullptr && has_none) has_none();
         if (job == nullptr) due = letters.NextDue();
         if (job == nullptr) break;
         letters.GoesOut(*in_flight.emplace_back(InFlight{job, {}}).job);

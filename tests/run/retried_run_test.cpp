@@ -143,6 +143,21 @@ TEST_F(RetriedRun, GoesSlowerWhereTheServerAsksForItAndEndsWithItsLastMessage) {
   EXPECT_EQ(Times(), "1@0 2@0 3@0 4@0 1@5 ");
 }
 
+// The time passes, too, between the question for a message and the one until when there is none.
+TEST_F(RetriedRun, GoesOnWithWhatBecameDueMeanwhile) {
+  const auto passes = [this](FakeCarrier& carrier) {
+    carrier.has_none = [this] {
+      clock_.now += 70s;
+      clock_.monotonic += 70s;
+    };
+  };
+  Run({.domains = "aaa", .retries = {1, 60s}, .fates = "dsd", .then = {{1, "s"}, {3, "s"}}, .change = passes});
+  EXPECT_EQ(summary_.sent, 3);
+  Run({.domains = "aaa", .retries = {1, 60s}, .slow_down = true, .fates = "tss", .then = {{1, "s"}}, .change = passes});
+  EXPECT_EQ(summary_.sent, 3);
+  EXPECT_TRUE(summary_.reached_its_end());
+}
+
 // Fates, paces and windows at random, each ended at a random step by a cancel, or not.
 TEST_F(RetriedRun, LosesAndDoublesNobody) {
   std::mt19937 random(11);
