@@ -180,6 +180,19 @@ class Retries(Case):
         for (_, first), (_, second) in zip(server.times, server.times[1:]):
             self.assertGreaterEqual(second - first, 0.9)
 
+    def test_over_several_connections_each_is_told_and_taken_once_at_last(self):
+        addresses = [f"{n}@a.example" for n in range(60)]
+        server = self.server(lambda address, times: "451 4.3.2 busy" if int(address.split("@")[0]) % 3 == 0 and times < 3
+                             else None, addresses, "Connections=4", "Pipeline=1")
+        lines, code, err = self.run_lines(*self.mailing("--retries", "3", "--retry-after", "1s"))
+        self.assertEqual(code, 0, err)
+        self.assertEqual(server.taken, Counter(addresses))
+        self.assertEqual([row["position"] for row in lines[:60]], list(range(1, 61)))
+        self.assertEqual(sorted(row["position"] for row in lines[60:-1]), sorted(2 * list(range(1, 61, 3))))
+        self.assertEqual({row["address"]: row["state"] for row in lines[:-1]}, dict.fromkeys(addresses, "sent"))
+        report = self.reports()[-1].read_text()
+        self.assertEqual(re.findall(r"C: RCPT TO:<(\d+)@", report)[:60], [str(n) for n in range(60)])
+
     def test_a_server_that_is_away_for_a_while_is_waited_for(self):
         with socket.create_server(("127.0.0.1", 0)) as closed:
             port = closed.getsockname()[1]
