@@ -102,6 +102,7 @@ void Lanes::LeaveAll() {
 }
 
 void Lanes::Withdraw(const Outcome& why) {
+  is_withdrawn_ = true;
   for (Lane& lane : lanes_) {
     lane.way.reset();
     if (lane.ready()) lane.connection->Withdraw(why);
@@ -206,7 +207,8 @@ void Lanes::Poll(const net::Deadline& back) {
   for (const Lane& lane : lanes_) {
     if (lane.way) lane.way->WaitFor(descriptors_);
   }
-  const Stop gives_up_at = around_.Stopped() ? Stop::kAbandon : Stop::kStop;
+  // By what was done about it: a request that has come since the driver looked has to end the wait.
+  const Stop gives_up_at = is_withdrawn_ ? Stop::kAbandon : Stop::kStop;
   const auto wait = [&](const net::Deadline& until) {
     return net::WaitAny(descriptors_, {around_.clock, around_.cancel, gives_up_at}, until);
   };

@@ -61,6 +61,7 @@ class Lanes {
 
   Surroundings& around_;
   ConnectionLimit limit_;
+  bool is_withdrawn_ = false;  // Withdraw was called
   std::vector<Lane> lanes_;
   std::optional<std::uint64_t> opened_for_;  // the job that the last one was opened for
   std::vector<pollfd> descriptors_;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
@@ -250,6 +251,45 @@ TEST(ClientFaults, StopsForThePerson) {
     EXPECT_EQ(letters.outcomes.back().state, c.state);
     EXPECT_EQ(letters.outcomes.back().code, c.code);
     EXPECT_EQ(letters.outcomes.back().begun, c.begun);
+  }
+}
+
+// A clock at whose given reading somebody asks to stop.
+class StoppingClock final : public platform::Clock {
+ public:
+  StoppingClock(platform::CancelToken& cancel, int at) : cancel_(cancel), at_(at) {}
+  std::chrono::system_clock::time_point Now() const override { return real_.Now(); }
+  std::tm Local(std::chrono::system_clock::time_point moment) const override { return real_.Local(moment); }
+  platform::Instant Monotonic() const override {
+    const platform::Instant now = real_.Monotonic();
+    if (++readings_ != at_) return now;
+    asked_ = now;
+    cancel_.Request();
+    return now;
+  }
+  std::optional<platform::Instant> asked() const { return asked_; }
+
+ private:
+  platform::SystemClock real_;
+  platform::CancelToken& cancel_;
+  int at_;
+  mutable int readings_ = 0;
+  mutable std::optional<platform::Instant> asked_ = {};
+};
+
+// A server that takes the connection and never greets is waited for no longer, whenever the request comes.
+TEST(ClientFaults, HearsARequestWheneverItComes) {
+  ScriptedServer server([](Peer& peer, int) { peer.Stall(); });
+  ClientOptions options = OptionsFor(server.port());
+  options.timeout = std::chrono::seconds(3);
+  for (int at = 1; at <= 40; ++at) {
+    platform::CancelToken cancel;
+    const StoppingClock clock(cancel, at);
+    const auto began = std::chrono::steady_clock::now();
+    Letters letters(2);
+    Client(options, clock, cancel).Run(letters);
+    if (!clock.asked() || *clock.asked() - began > std::chrono::seconds(2)) break;  // the server's time was over
+    ASSERT_LT(clock.Monotonic() - *clock.asked(), std::chrono::seconds(2)) << "at reading " << at;
   }
 }
 
