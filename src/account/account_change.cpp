@@ -31,9 +31,12 @@ Result<AccountSettings> AccountChange::Onto(AccountSettings stored) const {
   for (const auto& row : AccountKeyRows()) {
     if (Has(row.key)) stored.Set(row.key, wanted_[row.key]);
   }
+  // Whoever names another server or user without a password means the one that was there.
+  const bool goes_elsewhere = Has(kServer) || Has(kUsername);
+  const bool has_its_password = !goes_elsewhere || stored[kPassword] == wanted_[kPassword];
   const bool is_as_wanted =
       std::all_of(kSignIn.begin(), kSignIn.end(), [&](AccountKey key) { return stored[key] == wanted_[key]; });
-  if (is_as_wanted || !ChangesSignIn()) return stored;
+  if ((is_as_wanted && has_its_password) || !ChangesSignIn()) return stored;
   return Error{Failure::kTryAgain, "Another window or program has changed the account's server or sign-in meanwhile.",
                kLookAgain};
 }

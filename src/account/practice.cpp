@@ -87,11 +87,14 @@ Result<void> Practice::Begin(std::function<void()> arrived) {
 Result<void> Practice::End() {
   const auto lock = Lock();
   if (!lock) return lock.error();
+  const std::string port =
+      is_on() ? mailbox_->port() : IgnoreErrors(settings_.Read(kSection, kPracticeKey, ""), std::string());
   Stop();
   auto forgotten = Forget();
   if (!forgotten) return forgotten;
   auto account = AccountSettings::Load(settings_);
   if (!account) return account.error();
+  if (!Names(*account, port)) return {};  // another program has named a server meanwhile
   if ((*account)[kEmail] == kAddress) return settings_.DeleteSection(kAccountSection);
   account->Set(kServer, "");
   return account->Save(settings_);

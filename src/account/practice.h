@@ -30,7 +30,8 @@ class Practice {
   // missing. `arrived` is called for each message, on the mailbox's thread. kTryAgain while somebody else saves the
   // account, here and at the end: nothing is changed then.
   Result<void> Begin(std::function<void()> arrived);
-  // Stops it, and takes it out of the account; a sender's name and address that are the person's own stay.
+  // Stops it, and takes it out of the account where that still names it; a sender's name and address that are the
+  // person's own stay.
   Result<void> End();
   // The account was changed: practice ends where it names another server now. True when it did.
   bool EndsWith(const AccountSettings& account);

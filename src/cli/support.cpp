@@ -150,19 +150,6 @@ int Send(Context& context, const support::SupportRequest& request, const support
   return 0;
 }
 
-// For what is only shown or written, so that the same is hidden there as in what is sent, which has it at hand.
-Result<platform::Secret> PasswordToHide(const Context& context, const profile::Folders& folders,
-                                        const profile::SettingsStore& settings) {
-  const auto account = account::AccountSettings::Load(settings);
-  if (!account) return account.error();
-  if (!account->IsOn(account::AccountKey::kAuth)) return platform::Secret();
-  auto password = PlaceOf(context, folders).Secrets().PasswordOf(*account, context.cancel);
-  if (password || context.cancel.Requested() != platform::Stop::kNone) return password;
-  context.output.Note("The password is not known, and so is not hidden where another setting repeats it. " +
-                      InOneLine(password.error()));
-  return platform::Secret();
-}
-
 int RunSupport(Context& context, const SupportOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
@@ -181,10 +168,11 @@ int RunSupport(Context& context, const SupportOptions& options) {
     return context.output.Complain(TextOf(*complaint));
   }
   const auto facts = support::ReadSystemFacts();
-  const auto password =
-      options.Sends() ? Result<platform::Secret>(platform::Secret()) : PasswordToHide(context, *folders, settings);
-  if (!password) return context.output.Fail(password.error());
-  const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings, *password);
+  const auto hidden = options.Sends() ? Result<support::HiddenPassword>(support::HiddenPassword())
+                                      : support::PasswordToHide(PlaceOf(context, *folders));
+  if (!hidden) return context.output.Fail(hidden.error());
+  if (hidden->not_known) context.output.Note(hidden->not_known->InEnglish());
+  const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings, hidden->password);
   if (!contents) return context.output.Fail(contents.error());
   if (options.show) return Show(context, *contents);
   if (!options.save.empty()) return Save(context, options.save, *request, *contents, *folders);

@@ -83,6 +83,18 @@ Result<Outcome> WithMessage(const SupportRequest& request, const RequestContents
 
 }  // namespace
 
+Result<HiddenPassword> PasswordToHide(const run::RunPlace& place) {
+  const auto account = account::AccountSettings::Load(place.Settings());
+  if (!account) return account.error();
+  if (!account->IsOn(account::AccountKey::kAuth)) return HiddenPassword();
+  auto password = place.Secrets().PasswordOf(*account, place.cancel);
+  if (password) return HiddenPassword{*std::move(password), {}};
+  if (place.cancel.Requested() != platform::Stop::kNone) return password.error();
+  return HiddenPassword{{},
+                        Say("The password is not known, and so is not hidden where another setting repeats it. {}",
+                            InOneLine(password.error()))};
+}
+
 Result<Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
                             const run::RunPlace& place) {
   const auto account = account::AccountSettings::Load(place.Settings());

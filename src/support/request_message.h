@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 
 #include "platform/desktop.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
+#include "platform/secret.h"
 #include "run/run_place.h"
 #include "smtp/outcome.h"
 #include "support/request_contents.h"
@@ -15,6 +17,16 @@ namespace quillcast::support {
 
 // Of all files together; more than that hardly a mailbox takes, and it would be read and encoded first.
 inline constexpr std::uint64_t kLargestRequest = std::uint64_t{25} * 1024 * 1024;
+
+// What is hidden in a report beside what the settings themselves call a secret.
+struct HiddenPassword {
+  platform::Secret password;          // empty where none is needed, or known
+  std::optional<Sentence> not_known;  // and what that means, with why
+};
+// For what is only shown or written, so that the same is hidden there as in what is sent, which has it at hand. Asks
+// the keyring or runs the command, where the account takes it from there. Fails after a cancel, and where the settings
+// cannot be read.
+Result<HiddenPassword> PasswordToHide(const run::RunPlace& place);
 
 // Sends it once, over the account as it is stored and as every other message goes, in "Windows-1252" or, where that
 // lacks a character, UTF-8. An attachment that cannot be taken is an outcome, and so is a cancel, whenever it comes; an

@@ -47,6 +47,15 @@ TEST(AccountChange, GoesOnWhatIsStoredByThenOrNotAtAll) {
            {"a password, and another server meanwhile", {{kPassword, "new"}}, {{kServer, "evil.example"}}, {}},
            {"another server, and another user meanwhile", {{kServer, "mx.example"}}, {{kUsername, "eve"}}, {}},
            {"a password, and another place meanwhile", {{kPassword, "new"}}, {{kPasswordFrom, "Settings"}}, {}},
+           {"another server, and a password meanwhile", {{kServer, "mx.example"}}, {{kPassword, "theirs"}}, {}},
+           {"another user, and a server with its password meanwhile",
+            {{kUsername, "bob"}},
+            {{kServer, "mx.example"}, {kPassword, "theirs"}},
+            {}},
+           {"another server in both, and a password meanwhile",
+            {{kServer, "mx.example"}},
+            {{kServer, "mx3.example"}, {kPassword, "theirs"}},
+            {}},
            {"asked for as it was seen", {}, {{kName, "Eve"}}, {{kName, "Ada"}}, {kName}},
            {"the user of before asked for", {}, {{kUsername, "eve"}}, {{kUsername, "ada"}}, {kUsername}}}) {
     SCOPED_TRACE(c.name);

@@ -14,9 +14,10 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
   struct Case {
     const char* name;
     std::vector<std::pair<AccountKey, const char*>> before;
-    const char* sender;      // while it is on
-    const char* left;        // Name|Email|Server afterwards
-    const char* new_server;  // what the person sets meanwhile; null for nothing
+    const char* sender;              // while it is on
+    const char* left;                // Name|Email|Server afterwards
+    const char* new_server;          // what the person sets meanwhile; null for nothing
+    bool end_after_another = false;  // another program names a server, and practice is ended then
   };
   const Case cases[] = {
       {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr},
@@ -30,6 +31,12 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
        "Ada <ada@a.example>",
        "Ada|ada@a.example|mail.a.example",
        "mail.a.example"},
+      {"a server of another program",
+       {},
+       "Practice <practice@quillcast.example>",
+       "Practice|practice@quillcast.example|mail.b.example",
+       nullptr,
+       true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -50,6 +57,10 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
     EXPECT_TRUE(Practice(settings, clock, root / "Practice").WasOn()) << "the next session knows";
 
     EXPECT_FALSE(practice.EndsWith(during));
+    if (c.end_after_another) {
+      during.Set(kServer, "mail.b.example");
+      ASSERT_TRUE(during.Save(settings));
+    }
     if (c.new_server != nullptr) {
       during.Set(kServer, c.new_server);
       ASSERT_TRUE(during.Save(settings));

@@ -220,6 +220,23 @@ class SupportFormTest : public QObject {
     pages.setCurrentIndex(0);
     pages.setCurrentIndex(1);
     QTRY_VERIFY(contents.toPlainText().contains("There is no report of a run."));
+    // A password that stands in another setting is hidden as in what is sent, wherever it is.
+    for (const auto& [key, value] : {std::pair("Auth", "1"),
+                                     {"Username", "ada"},
+                                     {"PasswordFrom", "Command"},
+                                     {"PasswordCommand", "echo secret-7"},
+                                     {"Email", "secret-7@example.org"}})
+      QVERIFY(scene.rig.settings.Write("Account", key, value));
+    scene.Find<QCheckBox>("CheckBox1").setChecked(false);
+    pages.setCurrentIndex(0);
+    pages.setCurrentIndex(1);
+    QTRY_VERIFY(contents.toPlainText().contains("Account-Email: "));
+    QVERIFY2(!contents.toPlainText().section("Account-Email", 1).contains("secret-7"),
+             qPrintable(contents.toPlainText()));
+    QVERIFY(scene.rig.settings.Write("Account", "PasswordCommand", "false"));
+    pages.setCurrentIndex(0);
+    pages.setCurrentIndex(1);
+    QTRY_VERIFY(contents.toPlainText().startsWith("The password is not known, and so is not hidden"));
   }
 };
 

@@ -52,7 +52,7 @@ void Notices::Refresh() {
     ShowCutOff();
   } else if (drafts_.AreOffered()) {
     ShowDraft();
-  } else if (practice_.practice().is_on()) {
+  } else if (practice_.practice().Serves()) {
     ShowPractice();
   } else {
     ShowAccount();

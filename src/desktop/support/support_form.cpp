@@ -207,8 +207,12 @@ void SupportForm::ShowContents() {
   request.description = FromQt(tr("(your description)"));
   look_->Start([this, &program = program_, request, facts = facts_, to = *to](const platform::CancelToken& cancel) {
     const auto place = run::PlaceOf(program, cancel);
-    const auto contents = support::ContentsOf(request, facts, to, place.folders, place.Settings());
-    const QString text = contents ? ToQt(support::AsText(*contents)) : InWords(contents.error());
+    const auto hidden = support::PasswordToHide(place);
+    const auto contents =
+        hidden ? support::ContentsOf(request, facts, to, place.folders, place.Settings(), hidden->password)
+               : Result<support::RequestContents>(hidden.error());
+    QString text = contents ? ToQt(support::AsText(*contents)) : InWords(contents.error());
+    if (hidden && hidden->not_known) text.prepend(InWords(*hidden->not_known) + "\n\n");
     return [this, text] { contents_->setPlainText(text); };
   });
 }
