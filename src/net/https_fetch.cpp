@@ -120,11 +120,11 @@ HttpsAnswer FetchHttps(const HttpsRequest& request, const Patience& patience) {
     answer.end = HttpsEnd::kCancelled;
   } else if (transfer.is_too_large) {
     answer.end = HttpsEnd::kTooLarge;
-    answer.status = static_cast<int>(status);
   } else if (proxy_status >= 300) {
     answer.end = HttpsEnd::kProxyRefused;
     answer.status = static_cast<int>(proxy_status);
   }
+  if (answer.end == HttpsEnd::kTooLarge) answer.status = static_cast<int>(status);
   return answer;
 }
 

@@ -161,6 +161,8 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
            Case{head + std::string(70'000, 'x'), "example.org", trusted, "larger than 64 KiB"},
            Case{"HTTP/1.0 404 Not Found" + type + "\r\n" + std::string(70'000, 'x'), "example.org", trusted,
                 "it answers 404 in place of 200"},
+           Case{"HTTP/1.0 404 Not Found\r\nContent-Length: 70000" + type + "\r\n" + std::string(70'000, 'x'),
+                "example.org", trusted, "it answers 404 in place of 200"},
            Case{head + "version: STSv1\n", "example.org", (folder / "gone.pem").string(),
                 "This computer has no list of authorities that can be read"},
        }) {
