@@ -1,10 +1,13 @@
 """Groups and recipients by command: what is shown, what is in the store afterwards, and what takes it back."""
 import contextlib
+import fcntl
 import json
 import os
 import signal
 import sqlite3
+import struct
 import subprocess
+import termios
 import time
 import unittest
 
@@ -211,7 +214,10 @@ class People(Case):
                                   stderr=subprocess.PIPE) as process:
                 process.stdin.write(b"ada@x.org\nbob@x.org")
                 process.stdin.flush()
-                time.sleep(0.3)
+                while struct.unpack("i", fcntl.ioctl(process.stdin, termios.FIONREAD, b"\0" * 4))[0] > 0:  # not read yet
+                    self.assertIsNone(process.poll())
+                    time.sleep(0.02)
+                time.sleep(0.1)
                 process.send_signal(signal.SIGINT)
                 self.assertEqual(process.wait(20), 75)
                 self.assertIn(b"nothing was changed", process.stderr.read())
