@@ -107,7 +107,7 @@ class SendFormTest : public QObject {
       document::MessageDocument document;
       document.html = "<img src=own.gif><img src='../home/private.gif'>";
       document.base_folder = rig.folder.Write("page/own.gif", gif).parent_path();
-      const auto home = rig.folder.Write("home/private.gif", gif);
+      auto home = rig.folder.Write("home/private.gif", gif);
       Open(std::move(document));
       return home;
     }

@@ -259,6 +259,7 @@ TEST_F(Own, OfManyAtOnceEachKeepsItsPicture) {
   for (int i = 0; i < kMany; ++i) folder_.Write(std::to_string(i) + "/logo.png", picture(i));
   std::atomic<int> waiting = kMany;
   std::vector<std::thread> threads;
+  threads.reserve(kMany);
   for (int i = 0; i < kMany; ++i) {
     threads.emplace_back([&, i] {
       for (--waiting; waiting > 0;) std::this_thread::yield();
