@@ -85,6 +85,29 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(!asked, "nobody is sent to twice who was not asked for");
   }
 
+  // Enter sends nothing, and whoever comes back from sending finds the run that was chosen.
+  void aNameMakesAGroupAndTheChoiceStays() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    QVERIFY(test::LeaveCutOff(rig.folders, "Others"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    int asked = 0;
+    form.go_on = [&](const GoOnRequest&) { ++asked; };
+    auto* grid = form.findChild<RowList*>("KeptRunsGrid");
+    grid->Choose(1);
+    auto* group = form.findChild<QLineEdit*>("GroupTextBox");
+    group->setFocus();
+    QTest::keyClicks(group, "Left");
+    QTest::keyClick(group, Qt::Key_Return);
+    QTRY_VERIFY2(Status(form).startsWith("The group Left was made of"), qPrintable(Status(form)));
+    QCOMPARE(asked, 0);
+    QTRY_VERIFY(IsOn(form, "SendToTheseButton"));
+    Press(form, "SendToTheseButton");
+    QCOMPARE(asked, 1);
+    QCOMPARE(grid->Chosen(), std::vector<std::size_t>{1});
+  }
+
   void takesThemOutAndForgets() {
     test::FormRig rig;
     QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));

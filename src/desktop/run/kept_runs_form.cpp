@@ -88,6 +88,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   connect(states_, &QComboBox::currentIndexChanged, this, &KeptRunsForm::EnableButtons);
   connect(reply_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
   connect(group_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
+  connect(group_, &QLineEdit::returnPressed, make_group_, &QPushButton::click);
   Fill();
   grid_->setFocus();
 }
@@ -96,11 +97,11 @@ void KeptRunsForm::MakeButtons(FormColumn* column) {
   const auto make = [this](const char* name, const QString& text, auto press) {
     auto* button = new QPushButton(text, this);
     button->setObjectName(name);
+    button->setAutoDefault(false);  // Enter in a box presses none: one of them sends
     connect(button, &QPushButton::clicked, this, press);
     return button;
   };
   send_ = make("SendToTheseButton", tr("&Send to These…"), [this] { SendToThese(); });
-  send_->setDefault(true);
   list_ = make("SaveListButton", tr("Save &List…"), [this] { ExportList(); });
   make_group_ = make("MakeGroupButton", tr("&Make Group"), [this] { MakeGroup(); });
   report_ = make("PageButton", tr("&Report…"), [this] { WriteReport(); });
@@ -110,6 +111,8 @@ void KeptRunsForm::MakeButtons(FormColumn* column) {
 }
 
 void KeptRunsForm::Fill() {
+  const run::MailingEntry* chosen = Chosen();
+  const run::MailingId stays = chosen == nullptr ? 0 : chosen->id;
   mailings_.clear();
   lines_.clear();
   const platform::CancelToken none;
@@ -126,7 +129,9 @@ void KeptRunsForm::Fill() {
     for (std::size_t run = 0; run < mailings_[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
   }
   grid_->Reset(lines_.size());
-  if (!lines_.empty()) grid_->Choose(0);
+  const auto same =
+      std::find_if(lines_.begin(), lines_.end(), [&](const auto& line) { return mailings_[line.mailing].id == stays; });
+  if (!lines_.empty()) grid_->Choose(same == lines_.end() ? 0 : static_cast<std::size_t>(same - lines_.begin()));
   EnableButtons();
 }
 
