@@ -68,6 +68,19 @@ inline smtp::Outcome OutcomeOf(char fate) {
       .state = State::kRefused, .code = smtp::ResultCode::kRecipientRefused, .reply = {550, "", "no"}, .reason = {}};
 }
 
+// What the runs of tests send, and from whom.
+inline document::MessageDocument ALetter() {
+  document::MessageDocument document;
+  document.subject = "Hello";
+  document.html = "<p>Dear $*MergeEmail*$</p>";
+  return document;
+}
+inline message::MessageOptions FromAda() {
+  message::MessageOptions options;
+  options.sender_address = *smtp::Address::From("ada@example.org");
+  return options;
+}
+
 // Takes letters as the client does: some in flight, told in the order taken, asking whether to go on after refusals.
 class FakeCarrier final : public Carrier {
  public:

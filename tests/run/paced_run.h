@@ -13,19 +13,7 @@ using namespace std::chrono_literals;
 
 class PacedRun : public testing::Test {
  protected:
-  PacedRun() : template_(Document(), Options(), folder_.path(), clock_, entropy_) {}
-
-  static document::MessageDocument Document() {
-    document::MessageDocument document;
-    document.subject = "Hello";
-    document.html = "<p>Dear $*MergeEmail*$</p>";
-    return document;
-  }
-  static message::MessageOptions Options() {
-    message::MessageOptions options;
-    options.sender_address = *smtp::Address::From("ada@example.org");
-    return options;
-  }
+  PacedRun() : template_(ALetter(), FromAda(), folder_.path(), clock_, entropy_) {}
 
   struct Setting {
     std::string domains = {};  // of each recipient, a letter each; "x" for one without an address

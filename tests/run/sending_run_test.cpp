@@ -18,19 +18,7 @@ namespace {
 
 class SendingRun : public ::testing::Test {
  protected:
-  SendingRun() : template_(Document(), Options(), folder_.path(), clock_, entropy_) {}
-
-  static document::MessageDocument Document() {
-    document::MessageDocument document;
-    document.subject = "Hello";
-    document.html = "<p>Dear $*MergeEmail*$</p>";
-    return document;
-  }
-  static message::MessageOptions Options() {
-    message::MessageOptions options;
-    options.sender_address = *smtp::Address::From("ada@example.org");
-    return options;
-  }
+  SendingRun() : template_(ALetter(), FromAda(), folder_.path(), clock_, entropy_) {}
 
   struct Setting {
     Fates fates;
