@@ -23,22 +23,24 @@ std::size_t SchemeLength(std::string_view address) {
   return end > 1 && end < address.size() && address[end] == ':' ? end + 1 : 0;
 }
 
+struct Row {
+  std::string_view begin;
+  std::string_view end;
+};
+// The first is our own.
+constexpr auto kTags = std::to_array<Row>({{"$*Merge", "*$"},
+                                           {"{{", "}}"},
+                                           {"{%", "%}"},
+                                           {"${", "}"},
+                                           {"*|", "|*"},
+                                           {"%%", "%%"},
+                                           {"<%", "%>"},
+                                           {"[[", "]]"}});
+
 }  // namespace
 
 // A folder may be called "[[a" too.
 std::size_t TagLength(std::string_view address) {
-  struct Row {
-    std::string_view begin;
-    std::string_view end;
-  };
-  constexpr auto kTags = std::to_array<Row>({{"$*Merge", "*$"},
-                                             {"{{", "}}"},
-                                             {"{%", "%}"},
-                                             {"${", "}"},
-                                             {"*|", "|*"},
-                                             {"%%", "%%"},
-                                             {"<%", "%>"},
-                                             {"[[", "]]"}});
   for (const Row& row : kTags) {
     if (!address.starts_with(row.begin)) continue;
     const std::size_t end = address.find(row.end, row.begin.size());
@@ -68,6 +70,11 @@ LocalAddress ReadLocalAddress(std::string address) {
   auto path = platform::PercentDecoded(rest);
   if (!path) return {};  // no file has such a name
   return {scheme > 0 || is_share ? AddressKind::kFile : AddressKind::kRelative, std::move(*path)};
+}
+
+bool HoldsPlaceholder(std::string_view text) {
+  return std::any_of(kTags.begin() + 1, kTags.end(),
+                     [&](const Row& row) { return text.find(row.begin) != std::string_view::npos; });
 }
 
 bool BeginsWithTag(std::string_view address) { return TagLength(platform::Trim(address)) > 0; }

@@ -25,6 +25,9 @@ LocalAddress ReadLocalAddress(std::string address);
 // Of a merge tag or a placeholder at the beginning, with what closes it; 0 when there is none.
 std::size_t TagLength(std::string_view address);
 
+// Whether something that another program on the way to the reader fills in begins anywhere in it.
+bool HoldsPlaceholder(std::string_view text);
+
 // Whether it begins with a merge tag, or with what another program on the way to the reader fills in ("{{url}}",
 // "*|URL|*", "%%url%%", "<%url%>"): whoever does so says where it leads.
 bool BeginsWithTag(std::string_view address);

@@ -1,6 +1,11 @@
 #include "html/unquoted_path.h"
 
+#include <algorithm>
+#include <array>
+
 #include "html/address_reach.h"
+#include "html/local_pictures_address.h"
+#include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
@@ -15,27 +20,49 @@ bool IsUnquoted(std::string_view source, std::size_t value_begin) {
   return source[value_begin - 1] != '"' && source[value_begin - 1] != '\'';
 }
 
+// As the files do that pages lead to. A folder may have a dot in its name too: "/home/ada.love".
+bool EndsAsFile(std::string_view address) {
+  constexpr std::size_t kLongestEnd = 6;
+  constexpr auto kEnds = std::to_array<std::string_view>(
+      {".png", ".jpg",  ".jpeg",  ".jpe", ".jfif", ".gif",  ".webp", ".svg", ".bmp", ".ico", ".avif", ".tif", ".tiff",
+       ".htm", ".html", ".xhtml", ".php", ".asp",  ".aspx", ".jsp",  ".pdf", ".css", ".js",  ".mp4",  ".webm"});
+  const std::string_view path = address.substr(0, address.find_first_of("?#"));
+  const std::string end = platform::AsciiLower(path.substr(path.size() - std::min(path.size(), kLongestEnd)));
+  return std::any_of(kEnds.begin(), kEnds.end(), [&](std::string_view one) { return end.ends_with(one); });
+}
+
+// The index of the attribute that a word of the tag goes on to: a name ends at a slash.
+std::size_t LastOfWord(std::string_view source, const HtmlToken& tag, std::size_t index) {
+  for (; index + 1 < tag.attributes.size(); ++index) {
+    const std::size_t end = tag.attributes[index].name_end;
+    const HtmlAttribute& next = tag.attributes[index + 1];
+    if (HasValue(next) || source[end - tag.begin] != '/' || next.name_begin != end + 1) break;
+  }
+  return index;
+}
+
 }  // namespace
 
 std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index) {
   const HtmlAttribute& first = tag.attributes[index];
   const std::string_view value = page.RawValue(first);
   const std::string_view source = page.Source(tag);
-  if (!HasValue(first) || !HasSlash(value) || !IsUnquoted(source, first.value_begin - tag.begin) ||
-      ReachOf(value) == AddressReach::kNet) {
-    return index;
-  }
+  if (!HasValue(first) || !HasSlash(value) || !IsUnquoted(source, first.value_begin - tag.begin)) return index;
+  const AddressReach reach = ReachOf(value);
+  if (reach == AddressReach::kNet) return index;
   std::size_t last = index;
+  bool is_whole = EndsAsFile(value);
   for (std::size_t i = index + 1; i < tag.attributes.size() && !HasValue(tag.attributes[i]); ++i) {
-    const HtmlAttribute& word = tag.attributes[i];
-    const std::string_view name = page.RawName(word);
-    // A name ends at a plain slash; behind the one of a last name there is no other word.
-    const bool goes_on = i + 1 < tag.attributes.size() && !HasValue(tag.attributes[i + 1]) &&
-                         source[word.name_end - tag.begin] == '/' &&
-                         tag.attributes[i + 1].name_begin == word.name_end + 1;
-    const bool is_file = last > index && name.find('.') != std::string_view::npos;
-    if (HasSlash(name) || is_file) last = i;
-    if (goes_on) last = i + 1;
+    const std::size_t begin = tag.attributes[i].name_begin;
+    i = LastOfWord(source, tag, i);
+    const std::string_view word = source.substr(begin - tag.begin, tag.attributes[i].name_end - begin);
+    // Such as "{{#if x}}hidden{{/if}}". A folder of a drive may be called so.
+    if (HoldsPlaceholder(word) && (is_whole || reach != AddressReach::kFile)) break;
+    const bool is_file = last > index && word.find('.') != std::string_view::npos;
+    const bool belongs = is_whole ? word.find('\\') != std::string_view::npos : HasSlash(word) || is_file;
+    if (!belongs) continue;
+    last = i;
+    is_whole = EndsAsFile(word);
   }
   return last;
 }

@@ -460,6 +460,17 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img alt=C:\\Program Files\\ada\\a.png id=y><p data-a=\\\\srv\\Ada Love\\x id=z>",
             "<img alt=\"\" id=y><p data-a=\"\" id=z>"},
            {"<img src=a.png hidden/><a href=a/b.html hidden/id=x><a href=https://x.example/a b/c>", nullptr},
+           // What another program writes there belongs to it no more, nor what stands behind a whole file.
+           {"<img src=img/a.png {{#if x}}ismap{{/if}}><img src=img/a [[if x]]ismap[[/if]] id=y><td background=img/a "
+            "{% if a/b %}nowrap{% endif %}><a href=/docs/x.html {{#if a}}hidden{{/if}} class=k><a href=/docs/x "
+            "*|IF:a/b|* hidden>",
+            "<img src=a.png {{#if x}}ismap{{/if}}><img src=a [[if x]]ismap[[/if]] id=y><td background=a "
+            "{% if a/b %}nowrap{% endif %}><a href=x.html {{#if a}}hidden{{/if}} class=k><a href=x "
+            "*|IF:a/b|* hidden>"},
+           {"<img src=img/a.png hidden/ismap/><img src=img/a.png?b hidden/ismap><img src=/home/Ada Love/b.png @x.y>",
+            "<img src=a.png hidden/ismap/><img src=a.png hidden/ismap><img src=b.png @x.y>"},
+           {"<img src=C:\\My {{a}} Files\\ada\\a.png><img src=C:\\x\\a.jpg - Kopie\\b.png><img src=/home/a.b c/d.png>",
+            "<img src=a.png><img src=b.png><img src=d.png>"},
            {"<p style='x:url(\\Users\\ada\\x.png);y:url(..\\home\\x.png);z:url(Bilder\\ada\\x.png)'><style>@import "
             "'\\ada\\zoe\\a.css';p{x:url(\"%USERPROFILE%\\ada\\x.png\");y:url(file:Bilder\\ada\\x.png);"
             "z:url(bilder\\x (1).png)}</style>",
