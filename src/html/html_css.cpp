@@ -44,11 +44,14 @@ Quote ReadQuote(std::string_view css, CssPlace place) {
   return {};
 }
 
-// "Pictures\x.png": a backslash before a letter that no escape has ("\27 " and "\(" do), or for a control character.
+// "Pictures\x.png": a backslash before a letter that no escape has ("\27 ", "\(" and "\_" do, the last where Markdown
+// became HTML), or for a control character. Behind dots alone ("..\_x.png") it stands for none of them.
 bool HasFolderOfWindows(std::string_view address) {
   for (std::size_t at = address.find('\\'); at != std::string_view::npos; at = address.find('\\', at + 2)) {
     const std::string_view name = address.substr(at + 1, 2);
-    if (name.empty() || name[0] == '\\' || !IsOfName(name[0]) || name[0] == '-') continue;
+    const bool is_behind_dots = at > 0 && address.find_first_not_of('.') == at;
+    const bool is_escape = name.starts_with('_') && !is_behind_dots;
+    if (name.empty() || is_escape || name[0] == '\\' || !IsOfName(name[0]) || name[0] == '-') continue;
     if (!IsHexDigit(name[0]) || name.size() < 2 || !IsHexDigit(name[1])) return true;
   }
   return false;

@@ -460,6 +460,9 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img alt=C:\\Program Files\\ada\\a.png id=y><p data-a=\\\\srv\\Ada Love\\x id=z>",
             "<img alt=\"\" id=y><p data-a=\"\" id=z>"},
            {"<img src=a.png hidden/><a href=a/b.html hidden/id=x><a href=https://x.example/a b/c>", nullptr},
+           {"<p style='x:url(my\\_pic.png);y:url(&quot;my\\_pic.png&quot;);z:url(..\\_ada\\_z.png);"
+            "a:url(\\_a.png)'>",
+            "<p style='x:url(my_pic.png);y:url(&quot;my_pic.png&quot;);z:url(_z.png);a:url(_a.png)'>"},
            // What another program writes there belongs to it no more, nor what stands behind a whole file.
            {"<img src=img/a.png {{#if x}}ismap{{/if}}><img src=img/a [[if x]]ismap[[/if]] id=y><td background=img/a "
             "{% if a/b %}nowrap{% endif %}><a href=/docs/x.html {{#if a}}hidden{{/if}} class=k><a href=/docs/x "
