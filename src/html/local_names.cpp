@@ -289,11 +289,17 @@ class PageCleaner {
     return row == kAttributes.end() ? NamesFile(value) : row->names_file(value);
   }
 
+  // As written where it names none, else what takes the place of all words that belong to it.
   std::string CleanValue(const HtmlToken& token, const HtmlAttribute& attribute) const {
     const std::string_view written = tokens_.RawValue(attribute);
+    const std::string_view whole = WholeValue(tokens_, token, attribute);
     const std::string name = platform::AsciiLower(tokens_.RawName(attribute));
-    const std::string value = DecodeCharacterReferences(written, true);
-    if (!NamesIn(token, name, value)) return std::string(written);
+    const std::string value = DecodeCharacterReferences(whole, true);
+    const bool is_longer = whole.size() > written.size();
+    if (!NamesIn(token, name, value) &&
+        !(is_longer && NamesIn(token, name, DecodeCharacterReferences(written, true)))) {
+      return std::string(written);
+    }
     const std::string clean = name == "style" ? EscapedForHtml(CleanSheet(value, known_), "&<>\"'") : std::string();
     const char before = html_[attribute.value_begin - 1];
     return before == '"' || before == '\'' ? clean : '"' + clean + '"';

@@ -85,8 +85,8 @@ void EachOtherAddressOf(const HtmlTokenizer& page, const HtmlToken& tag, const T
       return it.attribute == name && (it.element.empty() || it.element == tag.name);
     });
     if (row == kOtherAttributes.end() || NamesPictures(tag.name, name)) continue;
-    const std::string_view value = platform::Trim(page.RawValue(attribute));
-    if (row->holds == Holds::kAddress) Take(platform::Trim(WholeValue(page, tag, attribute)), take);
+    const std::string_view value = platform::Trim(WholeValue(page, tag, attribute));
+    if (row->holds == Holds::kAddress) Take(value, take);
     if (row->holds == Holds::kAddresses) EachBetweenBlanks(value, take);
     if (row->holds == Holds::kCandidates) EachCandidate(value, take);
     if (row->holds == Holds::kParameter && IsAddress(page.Value(tag, "name"))) Take(value, take);

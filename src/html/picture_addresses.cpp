@@ -86,9 +86,8 @@ void EachPictureOf(const HtmlTokenizer& page, const HtmlToken& tag, const TakePi
   for (const HtmlAttribute& attribute : tag.attributes) {
     const PictureAttribute* const row = FindRow(tag.name, page.RawName(attribute));
     if (row == nullptr || page.Find(tag, row->attribute) != &attribute) continue;  // the first of a name counts
-    const bool is_address = row->holds == Holds::kAddress;
-    const std::string_view value = Trimmed(is_address ? WholeValue(page, tag, attribute) : page.RawValue(attribute));
-    if (is_address) take(value, DecodeCharacterReferences(value, true));
+    const std::string_view value = Trimmed(WholeValue(page, tag, attribute));
+    if (row->holds == Holds::kAddress) take(value, DecodeCharacterReferences(value, true));
     if (row->holds == Holds::kCandidates) EachCandidate(value, take);
     if (row->holds == Holds::kCss) EachPictureInStyles(value, CssPlace::kAttribute, take);
   }

@@ -31,6 +31,17 @@ bool EndsAsFile(std::string_view address) {
   return std::any_of(kEnds.begin(), kEnds.end(), [&](std::string_view one) { return end.ends_with(one); });
 }
 
+// How many are open at its end: one of "x:url(C:/My".
+std::ptrdiff_t OpenBrackets(std::string_view text) {
+  return std::count(text.begin(), text.end(), '(') - std::count(text.begin(), text.end(), ')');
+}
+
+bool HoldsUrl(std::string_view style) {
+  constexpr std::string_view kUrl = "url(";
+  return std::search(style.begin(), style.end(), kUrl.begin(), kUrl.end(),
+                     [](char one, char other) { return platform::AsciiLower(one) == other; }) != style.end();
+}
+
 // The index of the attribute that a word of the tag goes on to: a name ends at a slash.
 std::size_t LastOfWord(std::string_view source, const HtmlToken& tag, std::size_t index) {
   for (; index + 1 < tag.attributes.size(); ++index) {
@@ -51,18 +62,22 @@ std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::si
   const AddressReach reach = ReachOf(value);
   if (reach == AddressReach::kNet) return index;
   std::size_t last = index;
-  bool is_whole = EndsAsFile(value);
+  const bool is_style = HoldsUrl(value);
+  std::ptrdiff_t open = OpenBrackets(value);
+  bool is_whole = is_style ? open <= 0 : EndsAsFile(value);
   for (std::size_t i = index + 1; i < tag.attributes.size() && !HasValue(tag.attributes[i]); ++i) {
     const std::size_t begin = tag.attributes[i].name_begin;
     i = LastOfWord(source, tag, i);
     const std::string_view word = source.substr(begin - tag.begin, tag.attributes[i].name_end - begin);
+    if (ReachOf(word) != AddressReach::kNeither) break;  // an address of its own
     // Such as "{{#if x}}hidden{{/if}}". A folder of a drive may be called so.
     if (HoldsPlaceholder(word) && (is_whole || reach != AddressReach::kFile)) break;
     const bool is_file = last > index && word.find('.') != std::string_view::npos;
-    const bool belongs = is_whole ? word.find('\\') != std::string_view::npos : HasSlash(word) || is_file;
-    if (!belongs) continue;
-    last = i;
-    is_whole = EndsAsFile(word);
+    const bool is_end = is_style && OpenBrackets(word) < 0;
+    const bool belongs = is_whole ? word.find('\\') != std::string_view::npos : HasSlash(word) || is_file || is_end;
+    open += OpenBrackets(word);
+    if (belongs) last = i;
+    if (is_style || belongs) is_whole = is_style ? open <= 0 : EndsAsFile(word);
   }
   return last;
 }

@@ -10,7 +10,8 @@
 namespace quillcast::html {
 
 // The index of the last attribute whose name belongs to the value of the one at `index`: that one itself where there is
-// no other, and behind an address of the net. Behind what ends as a file only words with a backslash belong to it.
+// no other, and behind an address of the net. Behind what ends as a file, and behind the closed bracket of a
+// "url(", only words with a backslash belong to it.
 std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index);
 
 // The value with them, a part of the page. `attribute` is one of the tag's.

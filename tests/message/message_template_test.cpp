@@ -460,6 +460,18 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img alt=C:\\Program Files\\ada\\a.png id=y><p data-a=\\\\srv\\Ada Love\\x id=z>",
             "<img alt=\"\" id=y><p data-a=\"\" id=z>"},
            {"<img src=a.png hidden/><a href=a/b.html hidden/id=x><a href=https://x.example/a b/c>", nullptr},
+           {"<img srcset=C:\\a b\\ada\\c.png src=pic.png><source srcset=/home/ada b/ada/c.png 2x><link "
+            "imagesrcset=/home/a "
+            "b/c.png><p style=background:url(/home/ada b/zoe/c.png)><p style=\"\" title=/home/ada b/zoe/c.png id=y>",
+            "<img srcset=c.png src=pic.png><source srcset=c.png 2x><link imagesrcset=c.png><p "
+            "style=background:url(c.png)><p style=\"\" title=\"\" id=y>"},
+           {"<img srcset=a/b.png 2x, c/d.png><p style=x:url(a.png);y:url(https://x.example/a) hidden/ismap/>"
+            "<p title=and/or b/c style=x:image-set('a/b') c/d>",
+            "<img srcset=b.png 2x, c/d.png><p style=x:url(a.png);y:url(https://x.example/a) hidden/ismap/>"
+            "<p title=and/or b/c style=x:image-set('a/b') c/d>"},
+           {"<p data-a=/x/y D:\\ada\\z id=k><a href=a/b file:///ada/x><source srcset=a/b \\\\srv\\ada>",
+            "<p data-a=/x/y  id=k><a href=a/b ><source srcset=b >"},
+           {"<p style=x:image-set('file:///C:/ada b/c.png') id=y>", "<p style=\"x:image-set(&#39;&#39;)\" id=y>"},
            {"<p style='x:url(my\\_pic.png);y:url(&quot;my\\_pic.png&quot;);z:url(..\\_ada\\_z.png);"
             "a:url(\\_a.png)'>",
             "<p style='x:url(my_pic.png);y:url(&quot;my_pic.png&quot;);z:url(_z.png);a:url(_a.png)'>"},
