@@ -10,6 +10,7 @@
 #include "html/html_elements.h"
 #include "html/html_link.h"
 #include "html/html_tokenizer.h"
+#include "html/unquoted_path.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -125,9 +126,10 @@ class Walk {
 
   void BeginLink(const HtmlToken& token) {
     EndLink();
-    if (tokenizer_.Find(token, "href") == nullptr) return;  // the name of a place
+    const html::HtmlAttribute* const href = tokenizer_.Find(token, "href");
+    if (href == nullptr) return;  // the name of a place
     in_link_ = true;
-    target_ = tokenizer_.Value(token, "href");
+    target_ = html::DecodeCharacterReferences(html::WholeValue(tokenizer_, token, *href), true);
     addresses_.Add(target_);
     addresses_.Part();
     target_.resize(std::min(target_.size(), kLongestLink));

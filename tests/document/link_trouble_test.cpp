@@ -125,5 +125,15 @@ TEST(LocalLinks, CountsWhatItDoesNotTell) {
   EXPECT_EQ(told.back().InEnglish(), "And 2 more links lead to files of this computer.");
 }
 
+TEST(LocalLinks, NameAPathWithBlanksAsAWhole) {
+  for (const auto& [written, path] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"file:///C:/Users/Ada Love/a.pdf", "file:///C:/Users/Ada Love/a.pdf"},
+           {"C:\\a &amp; b\\x.pdf id=k", "C:\\a & b\\x.pdf"}}) {
+    const auto told = LocalLinks(std::string("<a href=") + written + ">w</a>", platform::CancelToken());
+    ASSERT_EQ(told.size(), 1U) << written;
+    EXPECT_NE(told.front().InEnglish().find("“" + std::string(path) + "”"), std::string::npos) << told[0].InEnglish();
+  }
+}
+
 }  // namespace
 }  // namespace quillcast::document
