@@ -9,6 +9,7 @@
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_name.h"
+#include "html/office_fields.h"
 #include "html/safe_page.h"
 #include "html/unquoted_path.h"
 #include "platform/text.h"
@@ -17,7 +18,6 @@ namespace quillcast::html {
 namespace {
 
 constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grows together
-constexpr std::string_view kFieldsBegin = "<!--[if supportFields]>";
 constexpr std::string_view kOfficeElement = "xml";
 constexpr std::string_view kOfficeParagraph = "o:p";
 
@@ -171,6 +171,7 @@ class PageCleaner {
         tokens_(html) {}
 
   std::string Run() {
+    fields_name_file_ = is_in_fields_ && FieldsNameFile(html_, known_);
     HtmlToken token;
     while (tokens_.Next(token)) {
       out_ += Clean(token);
@@ -196,6 +197,7 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
+        if (fields_name_file_ && source.find_first_not_of(kBlanks) != std::string_view::npos) return " ";
         return std::string(is_in_comment_ && IsOfOffice() && TellsFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
@@ -220,8 +222,8 @@ class PageCleaner {
     const std::string_view before = source.substr(0, begin);
     const std::string_view behind = source.substr(begin + content.size());
     if (NamesFile(before) || NamesFile(behind)) return std::string(nothing);
-    const bool is_of_fields = platform::EqualsIgnoringAsciiCase(before, kFieldsBegin);
-    return std::string(before) + WithoutNames(content, known_, is_of_fields ? Within::kFields : Within::kCondition) +
+    return std::string(before) +
+           WithoutNames(content, known_, BeginsFields(before) ? Within::kFields : Within::kCondition) +
            std::string(behind);
   }
 
@@ -317,6 +319,7 @@ class PageCleaner {
   Folders known_;
   bool is_in_comment_;
   bool is_in_fields_;
+  bool fields_name_file_ = false;
   HtmlTokenizer tokens_;
   std::string element_;  // whose content comes next
   bool is_in_office_ = false;

@@ -276,6 +276,16 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
            {"<!--[if supportFields]><b style='x:y'></b> INCLUDEPICTURE \"C:\\\\Users\\\\ada\\\\x.png\" <![endif]-->w"
             "<!--[if SupportFields]>LINK Excel.Sheet.12 \"\\\\\\\\srv\\\\ada\\\\x.xlsx\"<b>/home/ada/x</b><![endif]-->",
             "<!--[if supportFields]><b style='x:y'></b> <![endif]-->w<!--[if SupportFields]> <b> </b><![endif]-->"},
+           {"<!--[if  supportFields ]> INCLUDEPICTURE <b lang=EN>\"C:\\\\Users\\\\Ada</b><i>zoe\\\\x.png\"</i> \\* "
+            "MERGEFORMAT<![endif]-->",
+            "<!--[if  supportFields ]> <b lang=EN> </b><i> </i> <![endif]-->"},
+           {"<!--[if supportFields]>INCLUDEPICTURE \\d &quot;Bilder\\\\ada\\\\x.png&quot;<![endif]-->w<!--[if "
+            "supportFields]>INCLUDETEXT \"..\\\\ada<b>\\\\x.doc\"</b><![endif]-->",
+            "<!--[if supportFields]> <![endif]-->w<!--[if supportFields]> <b> </b><![endif]-->"},
+           {"<!--[if supportFields]><b></b>INCLUDEPICTURE <i>\"cid:x.png@1\"</i> \\* MERGEFORMAT "
+            "\\d<![endif]--><!--[if "
+            "supportFields]>DATE \\@ \"dd.MM\" PAGEREF _Toc1 \\h<![endif]-->",
+            nullptr},
            {"<!--[if supportFields]>HYPERLINK \"https://x.example/?q=C:\\\\x\"<![endif]--><!--[if "
             "!supportFields]><p>C:\\Temp is emptied</p><![endif]-->",
             nullptr},
