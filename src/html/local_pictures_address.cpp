@@ -87,7 +87,7 @@ bool IsFilledIn(std::string_view address) {
   const std::string path = platform::ReplaceAll(behind.substr(0, behind.find_first_of("?#")), "\\", "/");
   const std::string normal =
       std::filesystem::path(platform::PercentDecoded(path).value_or(path)).lexically_normal().string();
-  return !AddressNamesLocalFile(behind) && !HoldsHomeFolder(normal);
+  return !AddressNamesLocalFile(given) && !AddressNamesLocalFile(behind) && !HoldsHomeFolder(normal);
 }
 
 bool TellsFolder(const LocalAddress& address) {

@@ -32,7 +32,7 @@ bool HoldsPlaceholder(std::string_view text);
 // "*|URL|*", "%%url%%", "<%url%>"): whoever does so says where it leads.
 bool BeginsWithTag(std::string_view address);
 
-// The same, where nothing behind it is a path of some computer ("{{x}}/home/ada/a.png").
+// The same, where neither in it nor behind it stands a path of some computer ("{{C:/x}}", "{{x}}/home/ada/a.png").
 bool IsFilledIn(std::string_view address);
 
 // Whether the address itself tells a folder of some machine.

@@ -355,6 +355,9 @@ TEST_F(Messages, SayTruthOfWhatIsNoFileHere) {
       " is no file of this computer. Its address goes out as it is written, for another program to fill in.";
   for (const auto& [reference, told] : std::initializer_list<std::pair<const char*, std::string>>{
            {"{{image}}", "{{image}}" + filled_in},
+           {"{{C:\\ada\\a.gif}}", "{{C:/ada/a.gif}}" + cut},
+           {"${C:\\x\\a}.gif", "${C:/x/a}.gif" + cut},
+           {"{{x:/home/ada/a}}", "{{x:/home/ada/a}}" + cut},
            {"[[cdn]]/a b/x.gif?y", "[[cdn]]/a b/x.gif" + filled_in},
            {"[[cdn/x.gif", here + "/[[cdn/x.gif" + cut},
            {"{{x}}/home/ada/x.gif", "{{x}}/home/ada/x.gif" + cut},
