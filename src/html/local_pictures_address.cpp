@@ -37,6 +37,17 @@ constexpr auto kTags = std::to_array<Row>({{"$*Merge", "*$"},
                                            {"<%", "%>"},
                                            {"[[", "]]"}});
 
+// Up to its query or fragment. In what another program fills in, such as "{{#if x}}" and "{{a?b}}", stands neither.
+std::string_view WithoutQuery(std::string_view address) {
+  constexpr std::size_t kLongestTag = 200;
+  if (TagLength(address) == 0) return address.substr(0, address.find_first_of("?#"));
+  std::size_t at = TagLength(address);
+  while (at < address.size() && address[at] != '?' && address[at] != '#') {
+    at += std::max<std::size_t>(1, TagLength(address.substr(at, kLongestTag)));
+  }
+  return address.substr(0, at);
+}
+
 }  // namespace
 
 // A folder may be called "[[a" too.
@@ -65,7 +76,7 @@ LocalAddress ReadLocalAddress(std::string address) {
   rest.remove_prefix(scheme);
   if (scheme > 0 && StartsWithIgnoringAsciiCase(rest, "//localhost/")) rest.remove_prefix(11);
   if (scheme > 0 && rest.starts_with("///")) rest.remove_prefix(2);
-  rest = rest.substr(0, rest.find_first_of("?#"));
+  rest = WithoutQuery(rest);
   if (rest.empty()) return {};
   auto path = platform::PercentDecoded(rest);
   if (!path) return {};  // no file has such a name
@@ -84,7 +95,7 @@ bool IsFilledIn(std::string_view address) {
   const std::size_t length = TagLength(given);
   if (length == 0) return false;
   const std::string_view behind = given.substr(length);
-  const std::string path = platform::ReplaceAll(behind.substr(0, behind.find_first_of("?#")), "\\", "/");
+  const std::string path = platform::ReplaceAll(WithoutQuery(given).substr(length), "\\", "/");
   const std::string normal =
       std::filesystem::path(platform::PercentDecoded(path).value_or(path)).lexically_normal().string();
   return !AddressNamesLocalFile(given) && !AddressNamesLocalFile(behind) && !HoldsHomeFolder(normal);
