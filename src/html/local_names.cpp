@@ -9,6 +9,7 @@
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_name.h"
+#include "html/local_pictures_address.h"
 #include "html/office_fields.h"
 #include "html/safe_page.h"
 #include "html/unquoted_path.h"
@@ -232,9 +233,13 @@ class PageCleaner {
     std::string beside;  // the tag without its values
     std::size_t at = token.begin;
     bool drops = false;
+    // "{{ url("/home/a/b") }}" within quotation marks is a page of a server.
+    const bool is_filled_in = HoldsPlaceholder(tokens_.Source(token));
     for (std::size_t i = 0; i < token.attributes.size(); ++i) {
       const HtmlAttribute& attribute = token.attributes[i];
-      const bool dropped = std::exchange(drops, NamesFileBeside(token, i) || (drops && !HasValue(attribute)));
+      const bool dropped =
+          std::exchange(drops, NamesFileBeside(token, i) || (!is_filled_in && NamesHomeBeside(token, i)) ||
+                                   (drops && !HasValue(attribute)));
       const std::size_t end = drops ? attribute.name_begin : attribute.value_begin;
       const std::string_view before = drops && dropped ? std::string_view() : html_.substr(at, end - at);
       clean += before;
@@ -275,6 +280,17 @@ class PageCleaner {
       end = is_parted ? next.name_end : next.name_begin;
     }
     return NamesFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
+  }
+
+  // The same of a path below a person's own folder, which is several names.
+  bool NamesHomeBeside(const HtmlToken& token, std::size_t i) const {
+    const std::size_t name = token.attributes[i].name_begin;
+    const bool is_parted = html_[name - 1] == '/';
+    if (is_parted && i > 0 && token.attributes[i - 1].value_end + 1 == name && !HasValue(token.attributes[i - 1])) {
+      return false;  // seen with the name before
+    }
+    const std::size_t begin = name - (is_parted ? 1 : 0);
+    return HoldsHomeFolder(html_.substr(begin, token.attributes[LastOfWord(tokens_, token, i)].name_end - begin));
   }
 
   // Whether the value of an attribute names one, by what it is for.

@@ -42,17 +42,18 @@ bool HoldsUrl(std::string_view style) {
                      [](char one, char other) { return platform::AsciiLower(one) == other; }) != style.end();
 }
 
-// The index of the attribute that a word of the tag goes on to: a name ends at a slash.
-std::size_t LastOfWord(std::string_view source, const HtmlToken& tag, std::size_t index) {
+}  // namespace
+
+std::size_t LastOfWord(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index) {
+  const std::string_view source = page.Source(tag);
   for (; index + 1 < tag.attributes.size(); ++index) {
     const std::size_t end = tag.attributes[index].name_end;
     const HtmlAttribute& next = tag.attributes[index + 1];
-    if (HasValue(next) || source[end - tag.begin] != '/' || next.name_begin != end + 1) break;
+    if (HasValue(tag.attributes[index]) || HasValue(next)) break;
+    if (source[end - tag.begin] != '/' || next.name_begin != end + 1) break;
   }
   return index;
 }
-
-}  // namespace
 
 std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index) {
   const HtmlAttribute& first = tag.attributes[index];
@@ -67,7 +68,7 @@ std::size_t LastOfValue(const HtmlTokenizer& page, const HtmlToken& tag, std::si
   bool is_whole = is_style ? open <= 0 : EndsAsFile(value);
   for (std::size_t i = index + 1; i < tag.attributes.size() && !HasValue(tag.attributes[i]); ++i) {
     const std::size_t begin = tag.attributes[i].name_begin;
-    i = LastOfWord(source, tag, i);
+    i = LastOfWord(page, tag, i);
     const std::string_view word = source.substr(begin - tag.begin, tag.attributes[i].name_end - begin);
     if (ReachOf(word) != AddressReach::kNeither) break;  // an address of its own
     // Such as "{{#if x}}hidden{{/if}}". A folder of a drive may be called so.

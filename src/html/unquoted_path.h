@@ -9,6 +9,10 @@
 
 namespace quillcast::html {
 
+// The index of the last attribute, none of them with a value, that a word of the tag goes on to which begins with the
+// one at `index`: a name ends at a slash.
+std::size_t LastOfWord(const HtmlTokenizer& page, const HtmlToken& tag, std::size_t index);
+
 // The index of the last attribute whose name belongs to the value of the one at `index`: that one itself where there is
 // no other, and behind an address of the net. Behind what ends as a file, and behind the closed bracket of a
 // "url(", only words with a backslash belong to it.

@@ -286,6 +286,10 @@ TEST(LocalNames, AreTakenByWhatTheirPlaceIsFor) {
             "\\d<![endif]--><!--[if "
             "supportFields]>DATE \\@ \"dd.MM\" PAGEREF _Toc1 \\h<![endif]-->",
             nullptr},
+           {"<a href=\"https://x.example/a\" title=\"a \"/home/ada/zoe/x\" b\">w</a><p class=k ~/zoe/x id=y>",
+            "<a href=\"https://x.example/a\" title=\"a \"/>w</a><p class=k  id=y>"},
+           {"<p class=k /home/ada/x><p /home/x home/ada/x a=/home/ada/x><a href=\"{{ url(\"/home/ada/x\") }}\">w</a>",
+            "<p class=k /><p /home/x home/ada/x a=/home/ada/x><a href=\"{{ url(\"/home/ada/x\") }}\">w</a>"},
            {"<!--[if supportFields]>HYPERLINK \"https://x.example/?q=C:\\\\x\"<![endif]--><!--[if "
             "!supportFields]><p>C:\\Temp is emptied</p><![endif]-->",
             nullptr},
