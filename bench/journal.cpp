@@ -236,12 +236,12 @@ void MeasureAll(const fs::path& folder, std::int64_t count) {
   auto journal = Take(run::SqliteRunJournal::Open(place));
   std::unique_ptr<run::JournalledRun> run;
   Rows rows(count);
-  Tell("begin", Seconds([&] { run = Take(journal->Begin({"Subject", "Group", "inputs", {}}, rows, {}, "base")); }));
+  Tell("begin", Seconds([&] { run = Take(journal->Begin({"Subject", "Group", "inputs", {}}, rows, {}, {"base"})); }));
   for (const Part& part : parts) Measure("ours", part.count, part.group, [&] { Send(*run, part.count, part.group); });
   run.reset();
   Tell("count a run that was cut off", Seconds([&] { Take(journal->List()); }));
   Tell("go on with the deferred, to the first of them", Seconds([&] {
-         run = Take(journal->GoOn(1, run::RunKind::kRetry, run::SetOf({ResultState::kDeferred}), "base"));
+         run = Take(journal->GoOn(1, run::RunKind::kRetry, run::SetOf({ResultState::kDeferred}), {"base"}));
          Send(*run, 1, 1);
        }));
   const std::int64_t left = count / 100 - 1;

@@ -76,7 +76,7 @@ int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::si
   const auto journal = Take(run::SqliteRunJournal::Open(place));
   const run::BeginRun begin = [&](const std::string& history) -> Result<std::unique_ptr<run::JournalledRun>> {
     auto rows = std::make_unique<Rows>(count);
-    if (is_journalled) return journal->Begin({"Subject", "Group", "inputs", {}}, *rows, {}, history);
+    if (is_journalled) return journal->Begin({"Subject", "Group", "inputs", {}}, *rows, {}, {history});
     return std::unique_ptr<run::JournalledRun>(std::make_unique<run::UnjournalledRun>(std::move(rows), std::nullopt));
   };
   auto entry = Take(run::BeginHistoryEntry(folder, clock, "Hello"));

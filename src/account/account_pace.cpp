@@ -1,6 +1,9 @@
 #include "account/account_pace.h"
 
+#include <algorithm>
 #include <array>
+
+#include "platform/text.h"
 
 namespace quillcast::account {
 namespace {
@@ -17,6 +20,14 @@ struct PaceKey {
 template <typename Rule>
 std::optional<Error> FaultOf(const Result<Rule>& read) {
   return read ? std::nullopt : std::optional(read.error());
+}
+
+// What an empty text means is meant by these, too.
+bool AsksForNothing(std::string_view text) {
+  const auto written = platform::Trim(text);
+  if (written.empty()) return true;
+  constexpr std::array<std::string_view, 4> kNothing = {"none", "0", "no", "false"};
+  return std::ranges::any_of(kNothing, [&](auto word) { return platform::EqualsIgnoringAsciiCase(written, word); });
 }
 
 constexpr auto kPaceKeys = std::to_array<PaceKey>({
@@ -41,6 +52,22 @@ run::PaceTexts PaceTextsOf(const AccountSettings& account) {
   run::PaceTexts texts;
   for (const PaceKey& row : kPaceKeys) texts.*row.text = account[row.key];
   return texts;
+}
+
+std::vector<NamedPace> PaceNames() {
+  std::vector<NamedPace> names;
+  names.reserve(kPaceKeys.size());
+  for (const PaceKey& row : kPaceKeys) names.push_back({RowOf(row.key).name, row.text});
+  return names;
+}
+
+std::string PaceInWords(const run::PaceTexts& texts) {
+  std::string words;
+  for (const auto& [name, text] : PaceNames()) {
+    if (AsksForNothing(texts.*text)) continue;
+    words += (words.empty() ? "" : ", ") + std::string(name) + "=" + std::string(platform::Trim(texts.*text));
+  }
+  return words;
 }
 
 std::optional<PaceFault> FaultInPace(const AccountSettings& account) {

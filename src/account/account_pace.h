@@ -2,6 +2,9 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "account/account_settings.h"
 #include "run/pace/pace_rules.h"
@@ -10,6 +13,16 @@ namespace quillcast::account {
 
 // As they are stored; an empty one is none.
 run::PaceTexts PaceTextsOf(const AccountSettings& account);
+
+// One of the account's settings of pace, by its key's name.
+struct NamedPace {
+  std::string_view name;
+  std::string run::PaceTexts::*text;
+};
+// All of them; there is none for when a run begins.
+std::vector<NamedPace> PaceNames();
+// "Rate=30/min, Retries=3": those that ask for something; empty where none does.
+std::string PaceInWords(const run::PaceTexts& texts);
 
 struct PaceFault {
   AccountKey key;

@@ -66,6 +66,7 @@ nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::Run
   for (std::size_t n = 0; n < run::kResultStates; ++n) {
     object[run::Name(static_cast<run::ResultState>(n))] = mailing.counts[n];
   }
+  object["not_tried_again"] = mailing.tried_again;
   return object;
 }
 
@@ -82,7 +83,11 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
                     run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
     context.output.Object(AsObject(mailing, run, context.clock));
   }
-  context.output.Line(fmt::format("    {}: {}", run::Name(run::StandingOf(mailing)), run::CountsText(mailing.counts)));
+  const std::string again = mailing.tried_again == 0
+                                ? ""
+                                : fmt::format(" ({} to be tried again)", platform::WithThousands(mailing.tried_again));
+  context.output.Line(
+      fmt::format("    {}: {}{}", run::Name(run::StandingOf(mailing)), run::CountsText(mailing.counts), again));
 }
 
 int RunList(Context& context) {
@@ -100,13 +105,18 @@ int RunList(Context& context) {
 void ShowRow(const Context& context, const run::JournalRow& row) {
   std::string why = smtp::ReplyText(row.reply);
   if (!row.reason.empty()) why += (why.empty() ? "" : " ") + platform::Printable(row.reason);
-  context.output.Line(fmt::format("#{} {}: {}{}", row.position,
+  const std::string tries = row.attempts > 1 ? fmt::format(", after {} tries", row.attempts) : "";
+  context.output.Line(fmt::format("#{} {}: {}{}{}{}", row.position,
                                   platform::Printable(row.recipient.email(), kLongestAddress), run::Name(row.state),
-                                  why.empty() ? "" : ". " + why));
-  nlohmann::ordered_json object = {
-      {"position", row.position}, {"address", row.recipient.email()},    {"state", run::Name(row.state)},
-      {"code", row.code},         {"reply", smtp::ReplyText(row.reply)}, {"reason", row.reason},
-      {"attempts", row.attempts}};
+                                  tries, row.again ? ", to be tried again" : "", why.empty() ? "" : ". " + why));
+  nlohmann::ordered_json object = {{"position", row.position},
+                                   {"address", row.recipient.email()},
+                                   {"state", run::Name(row.state)},
+                                   {"code", row.code},
+                                   {"reply", smtp::ReplyText(row.reply)},
+                                   {"reason", row.reason},
+                                   {"attempts", row.attempts},
+                                   {"again", row.again}};
   if (row.when) object["time"] = run::MomentText(*row.when, context.clock);
   context.output.Object(object);
 }

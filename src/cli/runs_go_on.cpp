@@ -26,6 +26,9 @@ struct GoOnOptions {
 Result<std::vector<Sentence>> TellBefore(Context& context, run::PreparedRun& prepared) {
   auto changed = prepared.WhatChangedSince();
   if (!changed) return changed.error();
+  const auto pace = prepared.PaceInWords();
+  if (!pace) return pace.error();
+  if (*pace) changed->push_back(**pace);
   for (const auto& sentence : *changed) context.output.Note(sentence.InEnglish());
   return changed;
 }
@@ -41,25 +44,29 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
     });
   }
   if (!prepared) return context.output.Fail(prepared.error());
-  if (prepared->group().recipients == 0) return context.output.Fail(run::NobodyOf(choice));
   prepared->Ask(options.pace.texts);
   const auto pace = prepared->Pace();
   if (!pace) return context.output.Fail(pace.error());
+  if (prepared->group().recipients == 0) {
+    return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+      const auto mailing = MailingOf(journal, options.run);
+      return mailing ? run::NobodyOf(choice, *mailing) : mailing.error();
+    });
+  }
   const auto told = TellBefore(context, *prepared);
   if (!told) return context.output.Fail(told.error());
   return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
 }
 
-// With retries it goes on with those, too, who were waiting for theirs.
+// Also with those who were to be tried again, and where it is told how often, with all who may be.
 int RunResume(Context& context, const GoOnOptions& options) {
-  auto states = run::SetOf({ResultState::kNotTried});
-  const auto folders = context.PreparedFolders();
-  if (!folders) return context.output.Fail(folders.error());
-  const auto pace = run::ReadPaceOf(options.pace.texts, PlaceOf(context, *folders));
-  if (!pace) return context.output.Fail(pace.error());
-  if (pace->retries.times > 0) states |= run::SetOf({ResultState::kDeferred, ResultState::kFailed});
-  if (options.include_unknown) states |= run::SetOf({ResultState::kUnknown});
-  return GoOn(context, run::RunKind::kResume, states, options);
+  const auto retries = run::ReadRetries(options.pace.texts.retries);
+  if (!retries) return context.output.Fail(retries.error());
+  run::RecipientChoice choice(run::SetOf({ResultState::kNotTried}));
+  choice.tried_again = options.pace.texts.retries.empty();
+  if (retries->value_or(0) > 0) choice.states |= run::SetOf({ResultState::kDeferred, ResultState::kFailed});
+  if (options.include_unknown) choice.states |= run::SetOf({ResultState::kUnknown});
+  return GoOn(context, run::RunKind::kResume, choice, options);
 }
 
 // Nobody gets it twice by this: who is sent, or may have it already, is no choice here.
@@ -85,15 +92,17 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
     command.add_flag("--keep-going", options.mailing.keep_going,
                      "Try every recipient, even where the server keeps refusing the sign-in or the sender");
   };
-  auto* resume = runs.add_subcommand("resume", "Go on with a run: send to those who were not tried");
+  auto* resume =
+      runs.add_subcommand("resume", "Go on with a run: send to those who were not tried, or were to be tried again");
   auto resumed = std::make_shared<GoOnOptions>();
   shared(*resume, *resumed);
   resume->add_flag("--include-unknown", resumed->include_unknown,
                    "Also to those whose message was out without an answer: some of them may get it twice");
   resume->footer(
-      "With retries it goes on, too, with those who were deferred or could not be reached.\n"
-      "The message, its attachments and the list are those of the run, whatever became of them since; the account's "
-      "server and its password are those of now.\n"
+      "With --retries it goes on, too, with all who were deferred or could not be reached.\n"
+      "The message, its attachments and the list are those of the run, whatever became of them since, and so are the "
+      "options of pace and retries that it had; one of this command comes before them. Where neither says anything the "
+      "account does, as it is now, its server and its password included.\n"
       "Example:\n  quillcast runs resume 12");
   OnRun(*resume, context, [resumed](Context& c) { return RunResume(c, *resumed); });
 
@@ -108,7 +117,9 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
           "--reply, the deferred and the refused")
       ->type_name("STATES");
   AddReplyOption(*retry, retried->whom);
-  retry->footer("Examples:\n  quillcast runs retry 12 --state deferred\n  quillcast runs retry 12 --reply 452,5.2.2");
+  retry->footer(
+      "Everybody has as many retries as at first; the rest is as runs resume has it.\nExamples:\n  quillcast runs "
+      "retry 12 --state deferred\n  quillcast runs retry 12 --reply 452,5.2.2");
   OnRun(*retry, context, [retried](Context& c) { return RunRetry(c, *retried); });
 }
 

@@ -73,7 +73,7 @@ int RunExport(Context& context, const TakeOutOptions& options) {
     if (!mailing) return mailing.error();
     const auto count = run::CountChosen(journal, *mailing, *choice);
     if (!count) return count.error();
-    if (*count == 0) return run::NobodyOf(*choice);
+    if (*count == 0) return run::NobodyOf(*choice, *mailing);
     if (!options.file.empty()) return ExportToFile(context, journal, *mailing, *choice, options.file);
     return ExportToGroup(context, *folders, journal, *mailing, *choice, options.group);
   });

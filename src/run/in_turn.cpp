@@ -37,7 +37,7 @@ Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& p
   while (kept_back_.size() < kMostKeptBack && order_.size() < kMostAhead) {
     auto next = NextOfList(recipient, position);
     if (!next || !*next) return next;
-    order_.Take(position, recipient.email());
+    order_.Take(position, recipient.email(), run_.tries_before());
     if (!HasPace()) return true;
     const auto address = smtp::EnvelopeAddress(recipient.email());
     if (!address) return true;
@@ -71,7 +71,7 @@ Result<bool> InTurn::Again(const Retry& whom, recipients::Recipient& recipient, 
     if (turns_ != nullptr) turns_->GiveBack(turn);
     return read.error();
   }
-  if (whom.tries > 0) order_.TakeAgain(position, recipient.email(), whom.tries + 1);
+  if (whom.tries > 0) order_.TakeAgain(position, recipient.email(), whom.tries + 1, whom.before);
   return true;
 }
 

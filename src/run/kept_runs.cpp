@@ -23,6 +23,39 @@ RunStanding LastStanding(const MailingEntry& mailing) {
   return mailing.runs.empty() ? RunStanding::kEnded : mailing.runs.back().standing;
 }
 
+// "refused, deferred"
+std::string NamesOf(const StateSet& states) {
+  std::vector<const char*> names;
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    if (states[n]) names.push_back(Name(static_cast<ResultState>(n)));
+  }
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
+// And the command that goes on with them, where there is one.
+Sentence WhatElseThereIs(const MailingEntry& mailing) {
+  const std::string counts = CountsText(mailing.counts);
+  const RunId run = mailing.runs.front().id;
+  if (CountOf(mailing, ResultState::kNotTried) > 0) {
+    return Say("There are: {}. quillcast runs resume {} goes on.", counts, run);
+  }
+  std::vector<const char*> again;
+  for (const ResultState state : {ResultState::kDeferred, ResultState::kRefused, ResultState::kFailed}) {
+    if (CountOf(mailing, state) > 0) again.push_back(Name(state));
+  }
+  if (!again.empty()) {
+    return Say("There are: {}. quillcast runs retry {} --state {} sends to those again.", counts, run,
+               fmt::format("{}", fmt::join(again, ",")));
+  }
+  if (CountOf(mailing, ResultState::kUnknown) > 0) {
+    return Say(
+        "There are: {}. quillcast runs resume {} --include-unknown sends to the unknown, though some of them may "
+        "have it.",
+        counts, run);
+  }
+  return Say("There are: {}.", counts);
+}
+
 }  // namespace
 
 Result<std::unique_ptr<RunJournal>> OpenJournal(const profile::Folders& folders, const platform::Clock& clock,
@@ -39,7 +72,8 @@ MailingStanding StandingOf(const MailingEntry& mailing) {
   const bool goes_on = std::any_of(mailing.runs.begin(), mailing.runs.end(),
                                    [](const RunEntry& run) { return run.standing == RunStanding::kGoesOn; });
   if (goes_on) return MailingStanding::kGoesOn;
-  return CountOf(mailing, ResultState::kNotTried) > 0 ? MailingStanding::kCanResume : MailingStanding::kFinished;
+  const bool is_anybody_left = CountOf(mailing, ResultState::kNotTried) + mailing.tried_again > 0;
+  return is_anybody_left ? MailingStanding::kCanResume : MailingStanding::kFinished;
 }
 
 const char* Name(MailingStanding standing) {
@@ -67,22 +101,19 @@ std::string CountsText(const StateCounts& counts) {
 }
 
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice) {
-  if (choice.replies.empty()) return CountIn(mailing.counts, choice.states);
+  if (choice.replies.empty() && !choice.tried_again) return CountIn(mailing.counts, choice.states);
   return journal.Count(mailing.id, choice);
 }
 
-Error NobodyOf(const RecipientChoice& choice) {
-  std::string names;
-  for (std::size_t n = 0; n < kResultStates; ++n) {
-    if (choice.states[n]) names += (names.empty() ? "" : ", ") + std::string(Name(static_cast<ResultState>(n)));
-  }
+Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing) {
+  const std::string names = NamesOf(choice.states);
   if (!choice.replies.empty()) {
     return {Failure::kNoInput,
             Say("No recipient of this run is in this state ({}) with this reply: {}.", names,
                 fmt::format("{}", fmt::join(choice.replies, ", "))),
             "quillcast runs show has the reply to each."};
   }
-  return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), "Choose other states."};
+  return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), WhatElseThereIs(mailing)};
 }
 
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
@@ -90,6 +121,11 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
   if (const auto left = CountOf(mailing, ResultState::kNotTried); left > 0) {
     sentences.push_back(SayOf(left, "{} recipient was not tried; nothing was sent there.",
                               "{} recipients were not tried; nothing was sent to them."));
+  }
+  if (mailing.tried_again > 0) {
+    sentences.push_back(SayOf(mailing.tried_again,
+                              "{} recipient was deferred or not reached, and is to be tried again.",
+                              "{} recipients were deferred or not reached, and are to be tried again."));
   }
   if (const auto unknown = CountOf(mailing, ResultState::kUnknown); unknown > 0) {
     sentences.push_back(

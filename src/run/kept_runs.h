@@ -21,8 +21,8 @@ Result<std::unique_ptr<RunJournal>> OpenJournal(const profile::Folders& folders,
 
 enum class MailingStanding : std::uint8_t {
   kGoesOn,     // some program sends it
-  kCanResume,  // nobody does, and somebody has not been tried
-  kFinished,   // everybody was tried, whatever became of each
+  kCanResume,  // nobody does, and somebody has not been tried, or was to be tried again
+  kFinished,   // everybody was tried as often as was to be, whatever became of each
 };
 MailingStanding StandingOf(const MailingEntry& mailing);
 // "goes on", "can be resumed", "finished".
@@ -34,8 +34,8 @@ bool WasCutOff(const MailingEntry& mailing);
 std::string CountsText(const StateCounts& counts);
 // How many are chosen. Fails as the journal does.
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
-// Why nothing is done about the chosen ones: there are none.
-Error NobodyOf(const RecipientChoice& choice);
+// Why nothing is done about the chosen ones: there are none. Says whom there are.
+Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing);
 // Of a mailing that can be resumed: how many are left, and of those who are unknown what that means.
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 

@@ -21,6 +21,7 @@
 #include "run/carrier.h"
 #include "run/dry_run.h"
 #include "run/frozen_inputs.h"
+#include "run/frozen_pace.h"
 #include "run/journal/run_journal.h"
 #include "run/message_export.h"
 #include "run/message_look.h"
@@ -46,8 +47,9 @@ struct GoingOn {
   MailingEntry mailing;
   RunKind kind = RunKind::kResume;
   RecipientChoice choice;
-  std::int64_t recipients = 0;  // that are chosen
-  ThawedInputs frozen;          // its files are the journal's
+  std::int64_t recipients = 0;          // that are chosen
+  ThawedInputs frozen;                  // its files are the journal's
+  std::optional<FrozenPace> pace = {};  // of its last run
 };
 
 // The account is read, and the message compiled, at the first question that needs it, and is then the same for all. The
@@ -66,10 +68,13 @@ class PreparedRun {
   // be read do not fail it: see MessageTemplate::trouble.
   Result<const message::MessageTemplate*> Message();
 
-  // How fast it goes: as the account says, and where these say something, by them. Fails with kUsage for what says
-  // nothing of the kind, and as Account does.
+  // How fast it goes: as the account says now, and where these say something, by them; of one that goes on, between the
+  // two, as the options of its last run said. Fails with kUsage for what says nothing of the kind, naming the account's
+  // setting where it is one, and as Account does.
   void Ask(PaceTexts pace) { pace_ = std::move(pace); }
   Result<RunPace> Pace();
+  // Of one that goes on, with what pace and retries; nothing where there are none.
+  Result<std::optional<Sentence>> PaceInWords();
 
   // Before it goes: what must hold (then CheckBeforeSending), the pictures that go along and those to be asked about
   // (none while the account describes no message; the answer then goes to AnswerAboutPictures), and what the person may
@@ -117,6 +122,9 @@ class PreparedRun {
   Result<recipients::RecipientCursor> Rows() const;
   Result<RunSummary> RunOver(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener,
                              const BeginRun& begin, Turns* turns);
+  PaceTexts PaceOptions() const;
+  Result<PaceTexts> TextsOfPace();
+  Result<std::string> PaceToFreeze();
   Result<Turns> TurnsOf(RunListener& listener);
   Result<RunSummary> RunJournalled(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener);
   Result<RunSummary> RunOn(Carrier& carrier, RunListener& listener);
@@ -142,8 +150,6 @@ class PreparedRun {
 Result<PreparedRun> Prepare(document::MessageDocument document, std::string_view group, const RunPlace& place);
 // The same to a group that was chosen before.
 PreparedRun Prepare(document::MessageDocument document, ChosenGroup group, const RunPlace& place);
-// As PreparedRun::Pace, before anything is prepared.
-Result<RunPace> ReadPaceOf(const PaceTexts& texts, const RunPlace& place);
 // One that goes on with the mailing of this run, to those of its recipients: with the message and the list as
 // they were when it began, by way of the account as it is now. Fails as the journal and Thaw do.
 Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice& choice, const RunPlace& place);

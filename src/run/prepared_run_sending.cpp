@@ -1,9 +1,13 @@
 // A prepared run that is sent, or goes on with a mailing: over the journal.
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <chrono>
 #include <utility>
 
 #include "account/account_message.h"
 #include "account/account_pace.h"
+#include "platform/text.h"
 #include "run/carrier.h"
 #include "run/history.h"
 #include "run/journal/unjournalled_run.h"
@@ -25,9 +29,13 @@ Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice
   if (!inputs) return inputs.error();
   auto frozen = Thaw(*inputs, **journal);
   if (!frozen) return frozen.error();
+  auto pace = ReadFrozenPace(mailing->runs.back().pace, place.clock);
+  if (!pace) return pace.error();
   const auto recipients = CountChosen(**journal, *mailing, choice);
   if (!recipients) return recipients.error();
-  return PreparedRun({*std::move(journal), *std::move(mailing), kind, choice, *recipients, *std::move(frozen)}, place);
+  return PreparedRun(
+      {*std::move(journal), *std::move(mailing), kind, choice, *recipients, *std::move(frozen), *std::move(pace)},
+      place);
 }
 
 PreparedRun::PreparedRun(GoingOn going_on, const RunPlace& place)
@@ -67,7 +75,15 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
     if (!count) return count.error();
     recipients = *count;
   }
-  return WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), recipients});
+  auto changes = WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), recipients});
+  if (going_on_->pace) {
+    const auto names = ChangedSince(*going_on_->pace, PaceOptions(), account::PaceTextsOf(*account));
+    if (!names.empty()) {
+      changes.push_back(Say("Since then the account's pace has changed, and the run goes by what it is now: {}.",
+                            fmt::format("{}", fmt::join(names, ", "))));
+    }
+  }
+  return changes;
 }
 
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
@@ -113,26 +129,46 @@ Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optio
   if (!frozen) return frozen.error();
   const FrozenFiles& files = frozen->files.files();
   if (!files.attachments.empty() || !files.pictures.empty()) CompileFrom(frozen->files, **options);
+  const auto pace = PaceToFreeze();
+  if (!pace) return pace.error();
   auto turns = TurnsOf(listener);
   if (!turns) return turns.error();
   const auto begin = [&](const std::string& history) -> Result<std::unique_ptr<JournalledRun>> {
     const auto rows = RowsForRun(recipients::Reading::kLive);
     if (!rows) return rows.error();
-    return (*journal)->Begin(*mailing, **rows, range, history);
+    return (*journal)->Begin(*mailing, **rows, range, {history, *pace});
   };
   return RunOver(carrier, range, listener, begin, &*turns);
 }
 
-Result<RunPace> ReadPaceOf(const PaceTexts& texts, const RunPlace& place) {
-  const auto account = AccountSettings::Load(place.Settings());
+PaceTexts PreparedRun::PaceOptions() const {
+  return going_on_ && going_on_->pace ? Or(pace_, going_on_->pace->options) : pace_;
+}
+
+Result<PaceTexts> PreparedRun::TextsOfPace() {
+  const auto account = Account();
   if (!account) return account.error();
-  return ReadPace(Or(texts, account::PaceTextsOf(*account)), place.clock);
+  return Or(PaceOptions(), account::PaceTextsOf(**account));
 }
 
 Result<RunPace> PreparedRun::Pace() {
+  const auto texts = TextsOfPace();
+  if (!texts) return texts.error();
+  return ReadPace(*texts, place_.clock);
+}
+
+Result<std::optional<Sentence>> PreparedRun::PaceInWords() {
+  const auto texts = TextsOfPace();
+  if (!texts) return texts.error();
+  const std::string words = account::PaceInWords(*texts);
+  if (words.empty()) return std::optional<Sentence>();
+  return std::optional(Say("It goes on with this pace and these retries: {}.", platform::Printable(words, 500)));
+}
+
+Result<std::string> PreparedRun::PaceToFreeze() {
   const auto account = Account();
   if (!account) return account.error();
-  return ReadPace(Or(pace_, account::PaceTextsOf(**account)), place_.clock);
+  return FrozenPaceText({PaceOptions(), account::PaceTextsOf(**account)});
 }
 
 Result<Turns> PreparedRun::TurnsOf(RunListener& listener) {
@@ -172,9 +208,12 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
   if (!pace) return pace.error();
   auto turns = TurnsOf(listener);
   if (!turns) return turns.error();
+  auto frozen_pace = PaceToFreeze();
+  if (!frozen_pace) return frozen_pace.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
-  auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->choice, entry->base);
+  auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->choice,
+                                      {entry->base, *std::move(frozen_pace)});
   if (!run) {
     std::filesystem::remove(entry->report.path(), IgnoreErrors());
     return run.error();

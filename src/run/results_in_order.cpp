@@ -4,17 +4,19 @@
 
 namespace quillcast::run {
 
-void ResultsInOrder::Take(std::int64_t position, std::string_view address) {
+void ResultsInOrder::Take(std::int64_t position, std::string_view address, int before) {
   RecipientInOrder& taken = recipients_.emplace_back();
   taken.position = position;
   taken.address = address;
+  taken.before = before;
 }
 
-void ResultsInOrder::TakeAgain(std::int64_t position, std::string_view address, int tries) {
+void ResultsInOrder::TakeAgain(std::int64_t position, std::string_view address, int tries, int before) {
   RecipientInOrder& taken = again_[position];
   taken.position = position;
   taken.address = address;
   taken.tries = tries;
+  taken.before = before;
 }
 
 RecipientInOrder& ResultsInOrder::At(std::int64_t position) {

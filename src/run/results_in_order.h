@@ -19,7 +19,8 @@ struct RecipientInOrder {
   std::string address;  // as stored
   enum class Stage : std::uint8_t { kWaits, kSettled, kFailedHere, kLeft } stage = Stage::kWaits;
   smtp::Outcome outcome;  // of one that is settled, or failed before any server was asked
-  int tries = 1;          // this one included
+  int tries = 1;          // of this run, this one included
+  int before = 0;         // in runs that ended while it waited for one more
   bool subject_not_encoded = false;
   std::string log;  // lines of the connection, each with "\n"
 };
@@ -29,9 +30,9 @@ class ResultsInOrder {
   using Stage = RecipientInOrder::Stage;
 
   // The next of the list.
-  void Take(std::int64_t position, std::string_view address);
+  void Take(std::int64_t position, std::string_view address, int before);
   // Somebody whose last result was told, for one try more: its result is told as soon as it is known.
-  void TakeAgain(std::int64_t position, std::string_view address, int tries);
+  void TakeAgain(std::int64_t position, std::string_view address, int tries, int before);
   // How many wait for the first of them, itself included; but for those who are tried again.
   std::size_t size() const { return recipients_.size(); }
   // It is the first, or tried again, so that nothing has to be kept for it.

@@ -21,10 +21,11 @@ bool Retries::IsWorthAnother(const smtp::Outcome& outcome) {
 
 bool Retries::Defer(const Retry& retry) {
   static_assert(sizeof(Waiting) == 24, "a million who wait take 24 MB");
-  if (retry.tries > rules_.times) return false;
-  const auto row = static_cast<std::size_t>(retry.tries - 1);
+  const int tries = retry.before + retry.tries;
+  if (tries > rules_.times) return false;
+  const auto row = static_cast<std::size_t>(tries - 1);
   if (rows_.size() <= row) rows_.resize(row + 1);
-  rows_[row].push_back({retry.position, clock_.Monotonic() + rules_.DelayAfter(retry.tries), retry.domain});
+  rows_[row].push_back({retry.position, clock_.Monotonic() + rules_.DelayAfter(tries), retry.domain, retry.before});
   ++size_;
   return true;
 }
@@ -54,7 +55,7 @@ std::optional<Retry> Retries::TakeDue() {
   const Waiting waiting = first->front();
   rows_[static_cast<std::size_t>(row)].pop_front();
   --size_;
-  return Retry{waiting.position, waiting.domain, static_cast<int>(row) + 1};
+  return Retry{waiting.position, waiting.domain, static_cast<int>(row) + 1 - waiting.before, waiting.before};
 }
 
 }  // namespace quillcast::run

@@ -17,7 +17,8 @@ namespace quillcast::run {
 struct Retry {
   std::int64_t position = 0;
   Domain domain{};
-  int tries = 0;  // that were made
+  int tries = 0;   // that were made in this run
+  int before = 0;  // in runs that it goes on with
 };
 
 class Retries {
@@ -29,6 +30,8 @@ class Retries {
   // server asked for another time, or there was no way to it.
   static bool IsWorthAnother(const smtp::Outcome& outcome);
 
+  // Whether one who had so many tries, in all runs, is tried again after this outcome.
+  bool Takes(const smtp::Outcome& outcome, int tries) const { return tries <= rules_.times && IsWorthAnother(outcome); }
   // After its last try. False where it had as many as it may have: it is not tried again.
   bool Defer(const Retry& retry);
   // How many wait for their time.
@@ -44,6 +47,7 @@ class Retries {
     std::int64_t position;
     platform::Instant due;
     Domain domain;
+    int before;
   };
   using Row = std::deque<Waiting>;
 
@@ -51,7 +55,7 @@ class Retries {
 
   RetryRules rules_;
   const platform::Clock& clock_;
-  std::vector<Row> rows_;  // by the tries made; who has had as many waits as long, so that each is in order
+  std::vector<Row> rows_;  // by the tries made in all; who has had as many waits as long, so that each is in order
   std::int64_t size_ = 0;
 };
 

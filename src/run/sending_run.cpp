@@ -291,7 +291,10 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
   run_->Settled(letter.position, outcome);
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
-  order_.At(letter.position).subject_not_encoded = letter.rendered->subject_not_encoded;
+  RecipientInOrder& recipient = order_.At(letter.position);
+  const int tries = recipient.before + recipient.tries;
+  if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) run_->IsTriedAgain(letter.position, tries);
+  recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
   free_messages_.push_back(std::move(letter.rendered));
   if (!slow_down_) return;
@@ -367,7 +370,8 @@ void Run::Settle(const RecipientInOrder& recipient) {
 bool Run::DeferRetry(const RecipientInOrder& recipient) {
   if (parts_.turns == nullptr || !Retries::IsWorthAnother(recipient.outcome)) return false;
   const auto address = smtp::EnvelopeAddress(recipient.address);
-  return address && retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries});
+  return address &&
+         retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries, recipient.before});
 }
 
 // One write for all results that came together, before anything more is sent: after a kill report and journal still

@@ -44,11 +44,11 @@ class ContentsInMemory final : public run::RunJournal {
 
   Result<std::unique_ptr<run::JournalledRun>> Begin(const run::NewMailing&, recipients::RowSource&,
                                                     const std::optional<recipients::PartialRange>&,
-                                                    std::string) override {
+                                                    run::NewRun) override {
     return NoRuns();
   }
   Result<std::unique_ptr<run::JournalledRun>> GoOn(run::MailingId, run::RunKind, const run::RecipientChoice&,
-                                                   std::string) override {
+                                                   run::NewRun) override {
     return NoRuns();
   }
   Result<std::vector<run::MailingEntry>> List() override { return NoRuns(); }

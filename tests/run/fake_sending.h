@@ -185,6 +185,7 @@ struct Kept {
   int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
   bool ended = false;
   std::set<std::int64_t> unreadable = {};  // the second time
+  std::map<std::int64_t, int> tries = {};  // of those who are to be tried again
 };
 
 class FakeRun final : public JournalledRun {
@@ -200,8 +201,11 @@ class FakeRun final : public JournalledRun {
     const auto more = rows_.Next(recipient, position);
     is_at_end_ = !more || !*more;
     if (more && *more) given_[position] = recipient;
+    const auto before = kept_.tries.find(position);
+    tries_before_ = before == kept_.tries.end() ? 0 : before->second;
     return more;
   }
+  int tries_before() const override { return tries_before_; }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override {
     EXPECT_TRUE(given_.contains(position)) << "asked for again, and never given";
     if (kept_.unreadable.contains(position)) return Error{Failure::kBadData, "The journal is damaged.", ""};
@@ -213,7 +217,9 @@ class FakeRun final : public JournalledRun {
     auto& settled = settled_.try_emplace(position, ResultState::kNotTried).first->second;
     if (outcome.begun) settled = StateOf(outcome.state);
     told_[position] = settled;
+    if (outcome.begun) kept_.tries.erase(position);
   }
+  void IsTriedAgain(std::int64_t position, int tries) override { kept_.tries[position] = tries; }
   Result<void> Record() override {
     if (kept_.fails_at > 0 && ++records_ >= kept_.fails_at) return Error{Failure::kIo, "The journal is full.", ""};
     for (const auto& [position, state] : std::exchange(told_, {})) kept_.states[position] = state;
@@ -232,6 +238,7 @@ class FakeRun final : public JournalledRun {
   std::map<std::int64_t, ResultState> settled_;  // what the last try came to
   std::map<std::int64_t, recipients::Recipient> given_;
   int records_ = 0;
+  int tries_before_ = 0;
   bool is_at_end_ = false;
 };
 

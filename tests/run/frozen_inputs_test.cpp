@@ -253,7 +253,7 @@ TEST_F(FrozenInputs, ComeBackOutOfTheJournalsFile) {
     const auto mailing = Freeze(inputs_, **journal);
     ASSERT_TRUE(mailing) << Describe(mailing.error());
     test::FakeRows rows({"bob@example.net"});
-    const auto run = (*journal)->Begin(*mailing, rows, {}, "history");
+    const auto run = (*journal)->Begin(*mailing, rows, {}, {"history"});
     ASSERT_TRUE(run) << Describe(run.error());
     id = (*journal)->Find((*run)->id())->id;
   }

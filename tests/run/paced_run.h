@@ -24,6 +24,7 @@ class PacedRun : public testing::Test {
     Fates fates = {};                         // all sent where it is empty
     std::map<std::int64_t, Fates> then = {};  // of the tries behind the first, by position
     std::set<std::int64_t> unreadable = {};   // whose row is damaged when it is read again
+    std::map<std::int64_t, int> before = {};  // tries of a run that this one goes on with, by position
     std::function<void(FakeCarrier&)> change = {};
     std::function<void(Turns&)> after = {};
   };
@@ -52,6 +53,7 @@ class PacedRun : public testing::Test {
     told_ = {};
     kept_ = {};
     kept_.unreadable = setting.unreadable;
+    kept_.tries = setting.before;
     went_.clear();
     begin_ = clock_.now;
     const BeginRun begin = [&](const std::string&) -> Result<std::unique_ptr<JournalledRun>> {

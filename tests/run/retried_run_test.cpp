@@ -88,6 +88,31 @@ TEST_F(RetriedRun, ComesBehindTheListWhenItIsDueAndCountsByTheLastResult) {
   }
 }
 
+// A run that goes on with one that ended while some waited: this try is their next, and how long they wait for another,
+// and how often, goes by all of them.
+TEST_F(RetriedRun, GoesOnWithTheTriesOfTheRunBefore) {
+  const struct {
+    int before;
+    int retries;
+    std::string times;
+    std::string told;
+  } kCases[] = {{0, 3, "1@0 2@0 1@60 1@180 1@420 ", "1d+ 2s 1d2+ 1d3+ 1d4 "},
+                {2, 3, "1@0 2@0 1@240 ", "1d+ 2s 1d2 "},
+                {3, 3, "1@0 2@0 ", "1d 2s "},
+                {9, 3, "1@0 2@0 ", "1d 2s "}};
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.before);
+    Setting setting{.domains = "ab", .retries = {each.retries, 60s}, .fates = "ds", .then = {{1, "d"}}};
+    if (each.before > 0) setting.before[1] = each.before;
+    Run(setting);
+    EXPECT_EQ(Times(), each.times);
+    EXPECT_EQ(told_.tries, each.told);
+    EXPECT_EQ(summary_.failed, 1);
+    EXPECT_TRUE(summary_.reached_its_end());
+    EXPECT_TRUE(kept_.tries.empty()) << "nobody is to be tried again";
+  }
+}
+
 // Who waits for another try keeps the result that there is, whatever ends the run.
 TEST_F(RetriedRun, LeavesResultsAsTheyAreWhereItEndsBefore) {
   const auto cancels = [this](FakeCarrier& carrier) {
@@ -96,6 +121,7 @@ TEST_F(RetriedRun, LeavesResultsAsTheyAreWhereItEndsBefore) {
   Run({.domains = "aab", .retries = {3, 60s}, .fates = "dsc", .change = cancels});
   EXPECT_EQ(told_.tries, "1d+ 2s 3f+ ");
   EXPECT_EQ(kept_.states[1], ResultState::kDeferred);
+  EXPECT_EQ(kept_.tries, (std::map<std::int64_t, int>{{1, 1}, {3, 1}}));
   EXPECT_TRUE(kept_.ended);
   EXPECT_TRUE(summary_.cancelled);
   EXPECT_EQ(summary_.retries_left, 2);
@@ -197,6 +223,7 @@ TEST_F(RetriedRun, LosesAndDoublesNobody) {
     EXPECT_EQ(summary_.sent + summary_.failed, std::ssize(told_.states));
     const auto sent = std::ranges::count(told_.states, ResultState::kSent, [](const auto& one) { return one.second; });
     EXPECT_EQ(summary_.sent, sent);
+    EXPECT_EQ(std::ssize(kept_.tries), summary_.retries_left) << "who was to be tried again is known";
     if (summary_.reached_its_end()) continue;
     EXPECT_TRUE(summary_.cancelled);
     EXPECT_EQ(summary_.retries_left + summary_.not_tried > 0, true);

@@ -26,7 +26,7 @@ inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::stri
   std::vector<std::string> addresses;
   for (int n = 1; n <= 5; ++n) addresses.push_back(FakeRows::AddressAt(n));
   FakeRows rows(addresses);
-  const auto run = (*journal)->Begin(*mailing, rows, {}, "11-27-2026_08-00-00_Hello");
+  const auto run = (*journal)->Begin(*mailing, rows, {}, {"11-27-2026_08-00-00_Hello"});
   if (!run) return run.error();
   recipients::Recipient recipient;
   std::int64_t position = 0;

@@ -13,7 +13,8 @@ Result<ChoiceFilter> ChoiceFilter::Of(platform::Database& database, const std::f
 }
 
 Result<bool> ChoiceFilter::Takes(ResultState state, const char* octets) {
-  if (!Holds(choice_.states, state)) return false;
+  const bool is_tried_again = choice_.tried_again && IsTriedAgain(state, octets);
+  if (!Holds(choice_.states, state) && !is_tried_again) return false;
   if (!words_) return true;
   const StateRecord record = ReadRecord(octets);
   if (record.state != state) return false;  // what became of it is in doubt, and so is what was said

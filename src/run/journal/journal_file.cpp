@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kMoveAway = "Move the file away to begin with an empty one; the reports of the history are kept.";
 
 // Of the layout below. A file of a later one is left alone.
-constexpr std::int64_t kVersion = 1;
+constexpr std::int64_t kVersion = 2;
 
 // Small pages, because each Record writes two of them or so, and a sync takes longer the more there is to write. Pages
 // that are no longer used are given back, so that what is forgotten is no longer in the file; what a page in use no
@@ -22,7 +22,7 @@ constexpr const char* kTables = R"(
                         inputs TEXT NOT NULL, recipients INTEGER NOT NULL, first INTEGER NOT NULL, counts BLOB);
   CREATE TABLE runs(id INTEGER PRIMARY KEY AUTOINCREMENT, mailing INTEGER NOT NULL, number INTEGER NOT NULL,
                     kind INTEGER NOT NULL, history TEXT NOT NULL, boot TEXT NOT NULL, began INTEGER NOT NULL,
-                    ended INTEGER, recipients INTEGER NOT NULL);
+                    ended INTEGER, recipients INTEGER NOT NULL, pace TEXT NOT NULL DEFAULT '');
   CREATE INDEX runs_of_mailing ON runs(mailing, number);
   CREATE TABLE rows(id INTEGER PRIMARY KEY, rows BLOB NOT NULL);
   CREATE TABLE states(id INTEGER PRIMARY KEY, records BLOB NOT NULL);
@@ -35,7 +35,10 @@ constexpr const char* kTables = R"(
   CREATE INDEX files_of_mailing ON mailing_files(mailing);
   CREATE INDEX mailings_of_content ON mailing_files(content);
   PRAGMA application_id = 1365457483;
-  PRAGMA user_version = 1;)";
+  PRAGMA user_version = 2;)";
+// Out of a file of the first layout. A program that has it open already, and knows no other, goes on unharmed.
+constexpr const char* kFromFirst =
+    "ALTER TABLE runs ADD COLUMN pace TEXT NOT NULL DEFAULT ''; PRAGMA user_version = 2;";
 constexpr std::int64_t kApplication = 1365457483;
 
 // Commits wait for no disk: the run makes durable what has to be. NORMAL has whoever takes the log into the file sync
@@ -70,11 +73,13 @@ Result<void> MakeTables(platform::Database& database, const JournalPlace& place)
   if (!lock) return lock.error();
   const auto version = VersionOf(database);
   if (!version) return version.error();
-  if (*version != 0) return {};
-  if (auto paged = database.Execute(kPages); !paged) return paged;
+  if (*version == kVersion) return {};
+  if (*version == 0) {
+    if (auto paged = database.Execute(kPages); !paged) return paged;
+  }
   auto transaction = platform::Transaction::Begin(database);
   if (!transaction) return transaction.error();
-  if (auto made = database.Execute(kTables); !made) return made;
+  if (auto made = database.Execute(*version == 0 ? kTables : kFromFirst); !made) return made;
   return transaction->Commit();
 }
 
@@ -92,7 +97,7 @@ Result<platform::Database> Open(const JournalPlace& place) {
     return Error{Failure::kNotPermitted, Say("{} may not be written.", place.file.string()),
                  "Give yourself the permission to write the file and its folder."};
   }
-  if (*version == 0) {
+  if (*version < kVersion) {
     if (auto made = MakeTables(*database, place); !made) return made.error();
   }
   if (auto set = database->Execute(kConnection); !set) return set.error();

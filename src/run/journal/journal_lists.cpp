@@ -68,7 +68,7 @@ bool GoesOn(const std::map<MailingId, Seen>& seen, const StoredMailing& mailing)
   return known == seen.end() || known->second.last != last.id || known->second.in_hand;
 }
 
-Result<StateCounts> Count(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
+Result<MailingCounts> Count(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
   if (mailing.counts) return *mailing.counts;
   auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
   if (!blocks) return blocks.error();
@@ -83,7 +83,8 @@ Result<MailingEntry> EntryOf(platform::Database& database, const JournalPlace& p
   const auto counts = Count(database, *stored, DoubtOf(stored->runs.back(), goes_on, place.boot));
   if (!counts) return counts.error();
   MailingEntry entry = std::move(stored->entry);
-  entry.counts = *counts;
+  entry.counts = counts->states;
+  entry.tried_again = counts->tried_again;
   for (StoredRun& run : stored->runs) {
     run.entry.standing = run.entry.ended ? RunStanding::kEnded : RunStanding::kCutOff;
     entry.runs.push_back(std::move(run.entry));
@@ -110,6 +111,7 @@ class RowReader {
     row_.state = StateIn(doubt_, octets);
     row_.code = record.code;
     row_.attempts = record.attempts;
+    row_.again = IsTriedAgain(row_.state, octets);
     row_.when.reset();
     if (record.when != 0) row_.when = std::chrono::sys_seconds(std::chrono::seconds(record.when));
     row_.run = record.run > 0 && record.run <= mailing_->runs.size() ? mailing_->runs[record.run - 1].entry.id : 0;

@@ -99,6 +99,11 @@ Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::in
   if (!index) return index.error();
   if (!*index) return false;
   if (auto read = ReadRow(**index, recipient); !read) return read.error();
+  if (run_.goes_on) {
+    const auto octets = blocks_.Look(**index);
+    if (!octets) return octets.error();
+    tries_before_ = ReadRecord(*octets).tries;
+  }
   position = run_.first + **index;
   return true;
 }
@@ -190,6 +195,18 @@ Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Out
   }
   if (std::exchange(before.reserved, false)) --open_;
   return blocks_.Change(index, outcome.begun ? Verdict(before, outcome) : before);
+}
+
+void SqliteJournalledRun::IsTriedAgain(std::int64_t position, int tries) {
+  Note(TryTriedAgain(position - run_.first, tries));
+}
+
+Result<void> SqliteJournalledRun::TryTriedAgain(std::int64_t index, int tries) {
+  const auto octets = blocks_.Look(index);
+  if (!octets) return octets.error();
+  StateRecord record = ReadRecord(*octets);
+  record.tries = UpTo<std::uint8_t>(tries);
+  return blocks_.Change(index, record);
 }
 
 StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::Outcome& outcome) {

@@ -29,6 +29,7 @@ struct BegunRun {
   std::int64_t list = 0;        // in the list that they were taken from; of a later run at least so many
   std::int64_t scope = 0;       // of the run
   RecipientChoice choice;       // of the mailing's recipients
+  bool goes_on = false;         // with the tries of those who waited for one more
 };
 
 // Against a loss of power: a message goes out only where its recipient was reserved before and that is known to be on
@@ -48,9 +49,11 @@ class SqliteJournalledRun final : public JournalledRun {
   std::int64_t size() const override { return run_.scope; }
   std::int64_t list_size() const override { return run_.list; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
+  int tries_before() const override { return tries_before_; }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override;
   void GoesOut(std::int64_t position) override;
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override;
+  void IsTriedAgain(std::int64_t position, int tries) override;
   Result<void> Record() override;
   Result<void> End() override;
 
@@ -73,6 +76,7 @@ class SqliteJournalledRun final : public JournalledRun {
   Result<void> ReadRow(std::int64_t index, recipients::Recipient& recipient);
   Result<void> TryGoesOut(std::int64_t index);
   Result<void> TrySettled(std::int64_t index, const smtp::Outcome& outcome);
+  Result<void> TryTriedAgain(std::int64_t index, int tries);
   StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);
   // Keeps the first failure.
   void Note(const Result<void>& done);
@@ -95,6 +99,7 @@ class SqliteJournalledRun final : public JournalledRun {
 
   platform::Statement read_rows_;
   ScopeWalk walk_;
+  int tries_before_ = 0;
   std::int64_t rows_block_ = -1;  // whose rows these are
   std::string rows_octets_;
   FrozenRows rows_{{}};

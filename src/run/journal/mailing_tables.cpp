@@ -9,29 +9,32 @@ namespace {
 
 constexpr const char* kMailing = "SELECT subject, people, recipients, first, counts FROM mailings WHERE id = ?";
 constexpr const char* kRuns =
-    "SELECT id, kind, history, boot, began, ended, recipients FROM runs WHERE mailing = ? ORDER BY number";
+    "SELECT id, kind, history, boot, began, ended, recipients, pace FROM runs WHERE mailing = ? ORDER BY number";
 constexpr const char* kAddMailing =
     "INSERT INTO mailings(subject, people, inputs, recipients, first) VALUES(?, ?, ?, 0, 1)";
 constexpr const char* kAddRun =
-    "INSERT INTO runs(mailing, number, kind, history, boot, began, recipients) VALUES(?, ?, ?, ?, ?, ?, ?)";
+    "INSERT INTO runs(mailing, number, kind, history, boot, began, recipients, pace) VALUES(?, ?, ?, ?, ?, ?, ?, ?)";
 
 std::chrono::sys_seconds TimeOf(std::int64_t seconds) {
   return std::chrono::sys_seconds(std::chrono::seconds(seconds));
 }
 
-std::string Octets(const StateCounts& counts) {
+std::string Octets(const MailingCounts& counts) {
   std::string octets;
-  for (const std::int64_t count : counts) AppendVarint(static_cast<std::uint64_t>(count), octets);
+  for (const std::int64_t count : counts.states) AppendVarint(static_cast<std::uint64_t>(count), octets);
+  AppendVarint(static_cast<std::uint64_t>(counts.tried_again), octets);
   return octets;
 }
 
-std::optional<StateCounts> ReadCounts(std::string_view octets) {
-  StateCounts counts{};
-  for (std::int64_t& count : counts) {
-    std::uint64_t number = 0;
+// Files of the first layout have no number of those who are tried again: nobody was known to be.
+std::optional<MailingCounts> ReadCounts(std::string_view octets) {
+  MailingCounts counts{};
+  std::uint64_t number = 0;
+  for (std::int64_t& count : counts.states) {
     if (!TakeVarint(octets, number)) return {};
     count = static_cast<std::int64_t>(number);
   }
+  if (TakeVarint(octets, number)) counts.tried_again = static_cast<std::int64_t>(number);
   return counts;
 }
 
@@ -57,6 +60,7 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
     run.entry.began = TimeOf(statement->Int(4));
     if (!statement->IsNull(5)) run.entry.ended = TimeOf(statement->Int(5));
     run.entry.recipients = statement->Int(6);
+    run.entry.pace = statement->Text(7);
     runs.push_back(std::move(run));
   }
 }
@@ -143,6 +147,7 @@ Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::in
   }
   if (auto bound = statement->BindView(4, run.entry.history); !bound) return bound.error();
   if (auto bound = statement->BindView(5, run.boot); !bound) return bound.error();
+  if (auto bound = statement->BindView(8, run.entry.pace); !bound) return bound.error();
   if (auto done = statement->Run(); !done) return done.error();
   const RunId id = database.LastInsertId();
   // They change from now on.
@@ -153,7 +158,7 @@ Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::in
   return id;
 }
 
-Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const StateCounts& counts) {
+Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const MailingCounts& counts) {
   auto ended = database.Prepare("UPDATE runs SET ended = ?2 WHERE id = ?1");
   if (!ended) return ended.error();
   if (auto bound = ended->Bind(1, run); !bound) return bound;
@@ -204,11 +209,13 @@ ResultState StateIn(Doubt doubt, const char* record) {
   return state;
 }
 
-Result<StateCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
-  StateCounts counts{};
+Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
+  MailingCounts counts{};
   const auto count = [&](std::int64_t, std::string_view octets) -> Result<bool> {
     for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
-      ++counts[static_cast<std::size_t>(StateIn(doubt, octets.data() + at))];
+      const ResultState state = StateIn(doubt, octets.data() + at);
+      ++counts.states[static_cast<std::size_t>(state)];
+      counts.tried_again += IsTriedAgain(state, octets.data() + at) ? 1 : 0;
     }
     return true;
   };

@@ -18,11 +18,16 @@ struct StoredRun {
   std::string boot;  // in which it began
 };
 
+struct MailingCounts {
+  StateCounts states;
+  std::int64_t tried_again = 0;
+};
+
 struct StoredMailing {
   MailingEntry entry;  // but for its counts
   std::int64_t first = 1;
-  std::optional<StateCounts> counts;  // as the last run left them, where it came to its end
-  std::vector<StoredRun> runs;        // by their numbers; entry.runs is empty
+  std::optional<MailingCounts> counts;  // as the last run left them, where it came to its end
+  std::vector<StoredRun> runs;          // by their numbers; entry.runs is empty
 };
 
 Error NoSuchMailing();
@@ -37,7 +42,7 @@ Result<void> SetRecipients(platform::Database& database, MailingId mailing, std:
                            std::int64_t recipients);
 Result<RunId> AddRun(platform::Database& database, const StoredRun& run, std::int64_t number);
 // With the counts that the mailing has then.
-Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const StateCounts& counts);
+Result<void> EndRun(platform::Database& database, RunId run, std::int64_t when, const MailingCounts& counts);
 
 // All but its files.
 Result<void> ForgetMailing(platform::Database& database, MailingId mailing);
@@ -52,7 +57,7 @@ enum class Doubt {
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot);
 // As whom a recipient counts then.
 ResultState StateIn(Doubt doubt, const char* record);
-Result<StateCounts> CountStates(StateBlocks& blocks, Doubt doubt);
+Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt);
 // Why, as a whole sentence.
 const char* ReasonOf(Doubt doubt);
 

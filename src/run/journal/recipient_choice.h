@@ -11,13 +11,15 @@
 
 namespace quillcast::run {
 
-// Those of some states, and where replies are named, of them those alone whom the server answered so at the last
-// attempt. A reply is named by the beginning of its code ("452", "45", "4") or of its enhanced code ("5.2", "5.2.2").
+// Those of some states, where it is asked for those who were to be tried again when their run ended as well, and where
+// replies are named, of them those alone whom the server answered so at the last attempt. A reply is named by the
+// beginning of its code ("452", "45", "4") or of its enhanced code ("5.2", "5.2.2").
 struct RecipientChoice {
   RecipientChoice(StateSet chosen = {}) : states(chosen) {}  // NOLINT(google-explicit-constructor): any reply
   RecipientChoice(StateSet chosen, std::vector<std::string> answered) : states(chosen), replies(std::move(answered)) {}
 
   StateSet states;
+  bool tried_again = false;
   std::vector<std::string> replies;
 };
 

@@ -48,6 +48,7 @@ struct RunEntry {
   std::chrono::sys_seconds began;
   std::optional<std::chrono::sys_seconds> ended;
   std::int64_t recipients = 0;  // whom it was for
+  std::string pace;             // as NewRun had it
 };
 
 struct MailingEntry {
@@ -55,8 +56,9 @@ struct MailingEntry {
   std::string subject;
   std::string group;
   std::int64_t recipients = 0;
-  StateCounts counts;          // who of them is where, now
-  std::vector<RunEntry> runs;  // in the order in which they began
+  StateCounts counts;            // who of them is where, now
+  std::int64_t tried_again = 0;  // who of the deferred and failed were to be, when their run ended
+  std::vector<RunEntry> runs;    // in the order in which they began
 };
 
 // A recipient as the journal knows it.
@@ -68,7 +70,8 @@ struct JournalRow {
   std::string reason;                            // in our words
   std::optional<std::chrono::sys_seconds> when;  // of the last change
   int attempts = 0;
-  RunId run = 0;  // that tried last; 0 for none
+  bool again = false;  // it was to be tried again, when its run ended
+  RunId run = 0;       // that tried last; 0 for none
   recipients::Recipient recipient;
 };
 
@@ -83,6 +86,8 @@ class JournalledRun {
   virtual std::int64_t list_size() const = 0;
   // False behind the last, and not to be called again then.
   virtual Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) = 0;
+  // Of the one whom Next gave last: the tries of a run that ended while it waited for one more. That goes on here.
+  virtual int tries_before() const = 0;
 
   // The recipient at this place once more. Only for somebody whom Next gave.
   virtual Result<void> Again(std::int64_t position, recipients::Recipient& recipient) = 0;
@@ -91,6 +96,9 @@ class JournalledRun {
   virtual void GoesOut(std::int64_t position) = 0;
   // What became of it. `begun` false in the outcome: nothing of it went out, and it counts as not tried.
   virtual void Settled(std::int64_t position, const smtp::Outcome& outcome) = 0;
+  // Somebody who is settled is to be tried again, after so many tries: known from the next Record on, should the run
+  // end before that.
+  virtual void IsTriedAgain(std::int64_t position, int tries) = 0;
   // Keeps all that was told since the last time, as one: what returned well outlives a kill of this process, and, but
   // for the last kDoubtful recipients, a loss of power. Waits for the disk where that takes longer than sending. After
   // a failure nothing is to be sent any more; what was told is not lost, and the next Record or End tries it again.
@@ -113,6 +121,12 @@ struct NewMailing {
   std::vector<KeptFile> files;
 };
 
+// A run that is to begin.
+struct NewRun {
+  std::string history;    // the base name of its files there
+  std::string pace = {};  // how fast it goes: text of whoever keeps it
+};
+
 // The store of all of them. Errors: kTryAgain when another program holds the mailing (or the file, too long), kNoInput
 // for what is not there, kBadData where the file is damaged or of another program, kNotPermitted where it may not be
 // written, kUnavailable of a newer version of this program, kIo and kCannotCreate of the disk.
@@ -126,11 +140,11 @@ class RunJournal {
   // run. Nothing of it stays after a failure or a cancel.
   virtual Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                        const std::optional<recipients::PartialRange>& range,
-                                                       std::string history) = 0;
+                                                       NewRun run) = 0;
   // Begins a run that goes on with those of the mailing's recipients. Those whom a lost program left in flight are
   // unknown from now on. kNoInput where nobody is chosen.
   virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
-                                                      std::string history) = 0;
+                                                      NewRun run) = 0;
 
   // Newest mailing first.
   virtual Result<std::vector<MailingEntry>> List() = 0;

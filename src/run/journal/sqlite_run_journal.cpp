@@ -81,11 +81,12 @@ std::chrono::sys_seconds Seconds(const JournalPlace& place) {
   return std::chrono::floor<std::chrono::seconds>(place.clock->Now());
 }
 
-StoredRun NewRun(const JournalPlace& place, MailingId mailing, RunKind kind, std::string history) {
+StoredRun StoredAs(const JournalPlace& place, MailingId mailing, RunKind kind, NewRun begins) {
   StoredRun run;
   run.entry.mailing = mailing;
   run.entry.kind = kind;
-  run.entry.history = std::move(history);
+  run.entry.history = std::move(begins.history);
+  run.entry.pace = std::move(begins.pace);
   run.entry.began = Seconds(place);
   run.boot = place.boot;
   return run;
@@ -166,21 +167,21 @@ Result<std::unique_ptr<SqliteRunJournal>> SqliteRunJournal::Open(const JournalPl
 
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                                const std::optional<recipients::PartialRange>& range,
-                                                               std::string history) {
-  auto run = Freeze(mailing, rows, range, std::move(history));
+                                                               NewRun begins) {
+  auto run = Freeze(mailing, rows, range, std::move(begins));
   // What was written of it is still in the log, which may be long.
   if (!run) IgnoreErrors(TakeLogIntoFile(place_, std::chrono::seconds(1), true));
   return run;
 }
 
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::GoOn(MailingId mailing, RunKind kind,
-                                                              const RecipientChoice& choice, std::string history) {
-  return OfJournal(TakeUp(mailing, kind, choice, std::move(history)));
+                                                              const RecipientChoice& choice, NewRun begins) {
+  return OfJournal(TakeUp(mailing, kind, choice, std::move(begins)));
 }
 
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing& mailing, recipients::RowSource& rows,
                                                                 const std::optional<recipients::PartialRange>& range,
-                                                                std::string history) {
+                                                                NewRun begins) {
   auto beginning = Beginning::On(place_);
   if (!beginning) return beginning.error();
   platform::Database& database = *beginning->database;
@@ -208,7 +209,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing
   run.recipients = run.scope = freezing->recipients();
   run.choice = SetOf({ResultState::kNotTried});
   if (auto set = SetRecipients(database, *id, run.first, run.recipients); !set) return set.error();
-  StoredRun stored = NewRun(place_, *id, RunKind::kFirst, std::move(history));
+  StoredRun stored = StoredAs(place_, *id, RunKind::kFirst, std::move(begins));
   stored.entry.recipients = run.scope;
   const auto run_id = AddRun(database, stored, run.number);
   if (!run_id) return run_id.error();
@@ -218,7 +219,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::Freeze(const NewMailing
 }
 
 Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailing, RunKind kind,
-                                                                const RecipientChoice& choice, std::string history) {
+                                                                const RecipientChoice& choice, NewRun begins) {
   // First: nothing that is read afterwards changes under us, and nobody who has it is mistaken for gone.
   auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
@@ -238,12 +239,13 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailin
   run.recipients = stored->entry.recipients;
   run.list = run.first + run.recipients - 1;
   run.choice = choice;
+  run.goes_on = kind == RunKind::kResume;
   const Doubt doubt = DoubtOf(stored->runs.back(), false, place_.boot);
   const auto scope = SettleDoubts(database, *stored, doubt, choice);
   if (!scope) return scope.error();
   if (*scope == 0) return Error{Failure::kNoInput, "Nobody is left to whom this could be sent.", ""};
   run.scope = *scope;
-  StoredRun begun = NewRun(place_, mailing, kind, std::move(history));
+  StoredRun begun = StoredAs(place_, mailing, kind, std::move(begins));
   begun.entry.recipients = run.scope;
   const auto run_id = AddRun(database, begun, run.number);
   if (!run_id) return run_id.error();

@@ -21,9 +21,9 @@ class SqliteRunJournal final : public RunJournal {
   Result<KeptFile> Keep(std::string name, int fd) override;
   Result<std::unique_ptr<JournalledRun>> Begin(const NewMailing& mailing, recipients::RowSource& rows,
                                                const std::optional<recipients::PartialRange>& range,
-                                               std::string history) override;
+                                               NewRun run) override;
   Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
-                                              std::string history) override;
+                                              NewRun run) override;
   Result<std::vector<MailingEntry>> List() override;
   Result<MailingEntry> Find(RunId run) override;
   Result<NewMailing> Inputs(MailingId mailing) override;
@@ -37,10 +37,9 @@ class SqliteRunJournal final : public RunJournal {
   SqliteRunJournal(JournalPlace place, platform::Database database)
       : place_(std::move(place)), database_(std::move(database)) {}
   Result<std::unique_ptr<JournalledRun>> Freeze(const NewMailing& mailing, recipients::RowSource& rows,
-                                                const std::optional<recipients::PartialRange>& range,
-                                                std::string history);
+                                                const std::optional<recipients::PartialRange>& range, NewRun begins);
   Result<std::unique_ptr<JournalledRun>> TakeUp(MailingId mailing, RunKind kind, const RecipientChoice& choice,
-                                                std::string history);
+                                                NewRun begins);
 
   JournalPlace place_;
   platform::Database database_;

@@ -1,7 +1,12 @@
 #include "run/journal/state_record.h"
 
+#include <algorithm>
+
 namespace quillcast::run {
 namespace {
+
+constexpr int kTriesShift = 3;
+constexpr std::uint8_t kManyTries = kTriesBits >> kTriesShift;
 
 // Little-endian, whatever the machine.
 template <typename Number>
@@ -21,19 +26,23 @@ void Write(Number number, char* octets) {
 }  // namespace
 
 StateRecord ReadRecord(const char* octets) {
+  const auto attempts = Read<std::uint8_t>(octets + 1);
+  const auto tries = static_cast<std::uint8_t>((static_cast<std::uint8_t>(*octets) & kTriesBits) >> kTriesShift);
   return {StateAt(octets),
           IsReservedAt(octets),
-          Read<std::uint8_t>(octets + 1),
+          attempts,
           Read<std::uint16_t>(octets + 2),
           Read<std::uint32_t>(octets + 4),
           Read<std::uint8_t>(octets + 8),
           Read<std::uint16_t>(octets + 9),
-          Read<std::uint32_t>(octets + 11)};
+          Read<std::uint32_t>(octets + 11),
+          tries == kManyTries ? std::max(tries, attempts) : tries};
 }
 
 void WriteRecord(const StateRecord& record, char* octets) {
-  Write(static_cast<std::uint8_t>(static_cast<std::uint8_t>(record.state) | (record.reserved ? kReservedBit : 0)),
-        octets);
+  const int tries = std::min(record.tries, kManyTries) << kTriesShift;
+  const int reserved = record.reserved ? kReservedBit : 0;
+  Write(static_cast<std::uint8_t>(static_cast<int>(record.state) | reserved | tries), octets);
   Write(record.attempts, octets + 1);
   Write(record.run, octets + 2);
   Write(record.when, octets + 4);

@@ -23,6 +23,8 @@ struct StateRecord {
   std::uint8_t code = 0;      // smtp::ResultCode of the last attempt
   std::uint16_t reply = 0;    // its three digits
   std::uint32_t words = 0;    // the number of its words within the mailing, from 1; 0 for none
+  // It is to be tried again, which was promised so many attempts ago; 0 where it is not. Behind 14 all attempts count.
+  std::uint8_t tries = 0;
 };
 
 inline constexpr std::size_t kRecordSize = 15;
@@ -34,6 +36,11 @@ void WriteRecord(const StateRecord& record, char* octets);
 inline constexpr std::uint8_t kReservedBit = 0x80;
 inline ResultState StateAt(const char* octets) { return static_cast<ResultState>(*octets & 0x07); }
 inline bool IsReservedAt(const char* octets) { return (static_cast<std::uint8_t>(*octets) & kReservedBit) != 0; }
+inline constexpr std::uint8_t kTriesBits = 0x78;
+// Whether it is to be tried again, where it counts as in this state: what is in doubt is not.
+inline bool IsTriedAgain(ResultState state, const char* octets) {
+  return state == StateAt(octets) && (static_cast<std::uint8_t>(*octets) & kTriesBits) != 0;
+}
 
 // Whether these octets can be a block: whole records, each in a state that there is.
 bool IsBlock(std::string_view octets);

@@ -20,7 +20,7 @@ class JournalAgain : public testing::Test {
   }
   static std::unique_ptr<JournalledRun> Begin(RunJournal& journal, std::int64_t recipients) {
     test::FakeRows rows(recipients);
-    auto run = journal.Begin({"Subject", "Group", "", {}}, rows, {}, "history");
+    auto run = journal.Begin({"Subject", "Group", "", {}}, rows, {}, {"history"});
     EXPECT_TRUE(run) << Describe(run.error());
     return *std::move(run);
   }

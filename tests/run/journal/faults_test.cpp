@@ -26,7 +26,7 @@ class FaultsTest : public JournalTest {
     const auto journal = OpenJournal("monday", folder);
     test::FakeRows rows(300);
     const KeptFile file = KeepIn(*journal, "attached.txt", "what is attached");
-    const auto run = Take(journal->Begin({"Subject", "Group", "inputs", {file}}, rows, {}, "base"));
+    const auto run = Take(journal->Begin({"Subject", "Group", "inputs", {file}}, rows, {}, {"base"}));
     for (const std::int64_t position : Given(*run, 200)) {
       run->GoesOut(position);
       Take(run->Record());
@@ -67,9 +67,9 @@ TEST_F(FaultsTest, ADiskThatFailsLeavesAllOrNothing) {
       {"begin",
        [&](auto& journal) {
          test::FakeRows rows(400);
-         return none(journal.Begin({"Other", "Group", "inputs", {}}, rows, {}, "base"));
+         return none(journal.Begin({"Other", "Group", "inputs", {}}, rows, {}, {"base"}));
        }},
-      {"go on", [&](auto& journal) { return none(journal.GoOn(1, RunKind::kResume, kLeft, "again")); }},
+      {"go on", [&](auto& journal) { return none(journal.GoOn(1, RunKind::kResume, kLeft, {"again"})); }},
       {"keep", [&](auto& journal) { return none(journal.Keep("p", Take(platform::OpenForReading(image)).get())); }},
       {"forget", [](auto& journal) { return journal.Forget(1); }}};
   CutOffIn(root_ / "before");
@@ -162,7 +162,7 @@ TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
       const auto seen = (*journal)->Visit(1, kAll, 0, [](const JournalRow&) -> Result<bool> { return true; });
       if (!seen) return seen;
       if (const auto inputs = (*journal)->Inputs(1); !inputs) return inputs.error();
-      const auto run = (*journal)->GoOn(1, RunKind::kResume, kLeft, "again");
+      const auto run = (*journal)->GoOn(1, RunKind::kResume, kLeft, {"again"});
       if (!run) return run.error();
       recipients::Recipient row;
       for (std::int64_t position = 0;;) {
@@ -203,7 +203,7 @@ TEST_F(FaultsTest, WhatIsNotOursIsLeftAlone) {
                  "INSERT ON runs BEGIN SELECT 1; END"),
             Failure::kBadData},
         Row{"a later version",
-            with("PRAGMA application_id = 1365457483; PRAGMA user_version = 2; CREATE TABLE runs(a)"),
+            with("PRAGMA application_id = 1365457483; PRAGMA user_version = 3; CREATE TABLE runs(a)"),
             Failure::kUnavailable},
         Row{"a folder", [](const fs::path& file) { fs::create_directory(file); }, Failure::kNoInput}}) {
     fs::remove_all(root_ / "place");
@@ -273,7 +273,7 @@ TEST_F(FaultsTest, AMailingBelongsToOneProgramUntilThatIsGone) {
   const auto journal = OpenJournal();
   EXPECT_EQ(Take(journal->List()).front().runs.front().standing, RunStanding::kGoesOn);
   EXPECT_EQ(States(*journal).substr(0, 12), "sssssssooo--");
-  for (const auto& refused : {Result<void>(journal->GoOn(1, RunKind::kResume, kLeft, "again").error()),
+  for (const auto& refused : {Result<void>(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}).error()),
                               Result<void>(journal->Forget(1).error())}) {
     EXPECT_EQ(refused.error().failure, Failure::kTryAgain);
     EXPECT_EQ(refused.error().what.InEnglish(), "Another window or command has this mailing in hand.");
@@ -281,9 +281,9 @@ TEST_F(FaultsTest, AMailingBelongsToOneProgramUntilThatIsGone) {
   other.Kill();
   EXPECT_EQ(Take(journal->List()).front().runs.front().standing, RunStanding::kCutOff);
   EXPECT_EQ(States(*journal).substr(0, 12), "sssssssuuu--");
-  const auto run = Take(journal->GoOn(1, RunKind::kResume, kLeft, "again"));
+  const auto run = Take(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}));
   EXPECT_EQ(run->size(), 40);
-  EXPECT_EQ(journal->GoOn(1, RunKind::kRetry, kAll, "third").error().failure, Failure::kTryAgain)
+  EXPECT_EQ(journal->GoOn(1, RunKind::kRetry, kAll, {"third"}).error().failure, Failure::kTryAgain)
       << "of the same program as well";
 }
 

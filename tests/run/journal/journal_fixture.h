@@ -66,7 +66,7 @@ class JournalTest : public ::testing::Test {
   }
   static std::unique_ptr<JournalledRun> BeginWith(RunJournal& journal, std::int64_t recipients) {
     test::FakeRows rows(recipients);
-    return Take(journal.Begin({"Subject", "Group", "inputs", {}}, rows, {}, "base"));
+    return Take(journal.Begin({"Subject", "Group", "inputs", {}}, rows, {}, {"base"}));
   }
   // Those whom Next gives, until it gives no more of them.
   static std::vector<std::int64_t> Given(JournalledRun& run, std::int64_t most = 1'000'000) {

@@ -15,7 +15,7 @@ TEST_F(JournalTest, FreezesTheRowsOfARangeWithTheirPlaces) {
   for (std::int64_t i = 1; i <= 400; ++i) entries.push_back(test::FakeRows::AddressAt(i));
   test::FakeRows rows(entries);
   const auto journal = OpenJournal();
-  const auto run = Take(journal->Begin({"S", "G", "i", {}}, rows, recipients::PartialRange{101, 290}, "base"));
+  const auto run = Take(journal->Begin({"S", "G", "i", {}}, rows, recipients::PartialRange{101, 290}, {"base"}));
   EXPECT_EQ(run->size(), 190);
   const auto given = Given(*run);
   EXPECT_EQ(given.size(), 190U);
@@ -43,7 +43,7 @@ TEST_F(JournalTest, KeepsEveryFieldAsItWas) {
   row.values[2] = std::string("\0\x80\xFF", 3) + "Zoë";
   const auto journal = OpenJournal();
   OneRow rows(row);
-  const auto run = Take(journal->Begin({"S", "G", "i", {}}, rows, {}, "base"));
+  const auto run = Take(journal->Begin({"S", "G", "i", {}}, rows, {}, {"base"}));
   EXPECT_EQ(RowAt(*journal, 1).recipient, row);
   recipients::Recipient given;
   std::int64_t position = 0;
@@ -57,7 +57,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
   for (const int unreadable : {1, 2, 128, 129, 300}) {
     test::FakeRows rows(299);
     rows.unreadable = unreadable;
-    const auto run = journal->Begin({"S", "G", "i", {}}, rows, {}, "base");
+    const auto run = journal->Begin({"S", "G", "i", {}}, rows, {}, {"base"});
     ASSERT_FALSE(run) << unreadable;
     EXPECT_EQ(run.error().what.InEnglish(), "The store cannot be read.");
     EXPECT_TRUE(Take(journal->List()).empty());
@@ -69,7 +69,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
   test::FakeRows rows(100'000);
   rows.unreadable = 100'000;
   rows.before_failing = [&] { cancel.Request(); };
-  EXPECT_FALSE(cancelled->Begin({"S", "G", "i", {}}, rows, {}, "base"));
+  EXPECT_FALSE(cancelled->Begin({"S", "G", "i", {}}, rows, {}, {"base"}));
   EXPECT_EQ(std::filesystem::file_size(root_ / "runs.db-wal"), 0U);
   EXPECT_TRUE(Take(journal->List()).empty());
   EXPECT_EQ(BeginWith(*journal, 1)->size(), 1) << "and another begins";
@@ -118,7 +118,7 @@ TEST_F(JournalTest, KnowsWhereARecipientIs) {
       EXPECT_EQ(States(*later)[1], state) << row.told << " " << boot;
       const auto counts = Take(later->List()).front().counts;
       EXPECT_EQ(counts.at(kLetters.find(state)) > 0, true) << row.told;
-      const auto again = later->GoOn(1, RunKind::kResume, kAll, "again");
+      const auto again = later->GoOn(1, RunKind::kResume, kAll, {"again"});
       EXPECT_EQ(States(*later)[1], state) << row.told << ": the same once it is written";
     }
   }
@@ -226,7 +226,7 @@ TEST_F(JournalTest, GoesOnWithThoseOfItsStates) {
     first.reset();
     EXPECT_EQ(States(*journal), "srdfu-d-");
     EXPECT_EQ(Take(journal->Count(1, row.choice)), std::ssize(row.positions));
-    auto run = Take(journal->GoOn(1, row.kind, row.choice, "second"));
+    auto run = Take(journal->GoOn(1, row.kind, row.choice, {"second"}));
     EXPECT_GT(run->id(), first_id);
     EXPECT_EQ(run->size(), std::ssize(row.positions));
     EXPECT_EQ(Given(*run), row.positions);
@@ -258,6 +258,76 @@ TEST_F(JournalTest, GoesOnWithThoseOfItsStates) {
   }
 }
 
+// A run that ended while some waited for another try, by a kill or in its own way.
+TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
+  for (const bool is_killed : {true, false}) {
+    SCOPED_TRACE(is_killed);
+    const auto folder = root_ / (is_killed ? "killed" : "ended");
+    std::filesystem::create_directories(folder);
+    const auto journal = OpenJournal("monday", folder);
+    auto run = BeginWith(*journal, 6);
+    Given(*run, 5);
+    for (const std::int64_t position : {1, 2, 3, 4, 5}) run->GoesOut(position);
+    run->Settled(1, Sent(1));
+    for (const std::int64_t position : {2, 3, 4, 5}) run->Settled(position, Deferred(position));
+    for (const auto& [position, tries] : {std::pair{2, 1}, {3, 14}, {4, 1}}) run->IsTriedAgain(position, tries);
+    run->GoesOut(4);  // for another try, which the server did not wait for
+    run->Settled(4, NotBegun());
+    run->GoesOut(2);
+    run->Settled(2, Deferred(2));
+    run->IsTriedAgain(2, 2);
+    Take(run->Record());
+    if (!is_killed) Take(run->End());
+    CopyFiles(folder, root_ / "copy");
+    run.reset();
+    RecipientChoice left(kLeft);
+    left.tried_again = true;
+    const MailingEntry entry = Take(journal->List()).front();
+    EXPECT_EQ(entry.tried_again, 3);
+    EXPECT_EQ(Take(journal->Count(1, left)), 4);
+    EXPECT_TRUE(RowAt(*journal, 2).again);
+    EXPECT_FALSE(RowAt(*journal, 5).again);
+    EXPECT_EQ(Take(OpenJournal("tuesday", root_ / "copy")->List()).front().tried_again, 3) << "they were settled";
+
+    run = Take(journal->GoOn(1, RunKind::kResume, left, {"second", "slowly"}));
+    EXPECT_EQ(run->size(), 4);
+    std::map<std::int64_t, int> tries;
+    recipients::Recipient row;
+    for (std::int64_t position = 0; Take(run->Next(row, position));) tries[position] = run->tries_before();
+    EXPECT_EQ(tries, (std::map<std::int64_t, int>{{2, 2}, {3, 14}, {4, 1}, {6, 0}}));
+    run->GoesOut(2);
+    Take(run->Record());
+    EXPECT_EQ(Take(journal->List()).front().tried_again, 2) << "it is in flight";
+    run->Settled(2, Deferred(2));  // for the last time
+    Take(run->End());
+    EXPECT_EQ(Take(journal->List()).front().tried_again, 2);
+    EXPECT_EQ(Take(journal->Find(1)).runs.back().pace, "slowly");
+
+    run = Take(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kDeferred}), {"third"}));
+    EXPECT_EQ(Given(*run), (Positions{2, 3, 4, 5}));
+    EXPECT_EQ(run->tries_before(), 0) << "that begins anew";
+  }
+}
+
+TEST_F(JournalTest, TakesOverAFileOfTheFirstLayout) {
+  auto run = BeginWith(*OpenJournal(), 3);
+  Given(*run, 2);
+  run->GoesOut(1);
+  run->Settled(1, Deferred(1));
+  Take(run->End());
+  run.reset();
+  Take(Take(platform::Database::Open(Place().file, platform::OpenMode::kCreate))
+           .Execute("ALTER TABLE runs DROP COLUMN pace; PRAGMA user_version = 1; "
+                    "UPDATE mailings SET counts = substr(counts, 1, length(counts) - 1)"));
+  const auto journal = OpenJournal();
+  const MailingEntry entry = Take(journal->List()).front();
+  EXPECT_EQ(entry.counts, (StateCounts{0, 0, 1, 0, 0, 2, 0}));
+  EXPECT_EQ(entry.tried_again, 0);
+  EXPECT_EQ(entry.runs.front().pace, "");
+  Take(Take(journal->GoOn(1, RunKind::kResume, kLeft, {"second", "slowly"}))->End());
+  EXPECT_EQ(Take(journal->Find(1)).runs.back().pace, "slowly");
+}
+
 TEST_F(JournalTest, SaysWhyItIsUnknownWhatBecameOfSomebody) {
   const auto journal = OpenJournal();
   auto run = BeginWith(*journal, 3);
@@ -272,7 +342,7 @@ TEST_F(JournalTest, SaysWhyItIsUnknownWhatBecameOfSomebody) {
   const auto later = OpenJournal("tuesday");
   EXPECT_EQ(RowAt(*later, 2).reason, kPower);
   EXPECT_EQ(RowAt(*later, 1).reason, kPower) << "it was reserved";
-  run = Take(journal->GoOn(1, RunKind::kResume, kLeft, "second"));
+  run = Take(journal->GoOn(1, RunKind::kResume, kLeft, {"second"}));
   EXPECT_EQ(RowAt(*journal, 2).reason, kDied);
   EXPECT_EQ(RowAt(*journal, 2).when, std::chrono::floor<std::chrono::seconds>(clock_.now)) << "when it went out";
 }
@@ -298,7 +368,7 @@ TEST_F(JournalTest, ListsTheNewestMailingFirst) {
   EXPECT_EQ(list[2].counts, (StateCounts{0, 0, 0, 0, 0, 4, 1}));
   EXPECT_EQ(list[2].subject + list[2].group + list[2].runs[0].history, "SubjectGroupbase");
   EXPECT_EQ(Take(journal->Find(list[1].runs[0].id)).id, list[1].id);
-  second = Take(journal->GoOn(list[1].id, RunKind::kResume, kLeft, "again"));
+  second = Take(journal->GoOn(list[1].id, RunKind::kResume, kLeft, {"again"}));
   second->GoesOut(Given(*second, 1).front());
   Take(second->Record());
   EXPECT_EQ(Take(journal->Find(second->id())).counts, (StateCounts{0, 0, 0, 0, 0, 199, 1})) << "no longer as it ended";
@@ -315,11 +385,11 @@ TEST_F(JournalTest, RefusesWhatIsNotThere) {
            {"visit", journal->Visit(77, kAll, 0, enough).error().failure},
            {"forget", journal->Forget(77).error().failure},
            {"open", journal->Open(KeptFile{"a", "00"}).error().failure},
-           {"go on", journal->GoOn(77, RunKind::kResume, kAll, "").error().failure}}) {
+           {"go on", journal->GoOn(77, RunKind::kResume, kAll, {""}).error().failure}}) {
     EXPECT_EQ(failure, Failure::kNoInput) << name;
   }
   Take(run->End());
-  EXPECT_EQ(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kSent}), "").error().failure, Failure::kNoInput);
+  EXPECT_EQ(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kSent}), {""}).error().failure, Failure::kNoInput);
   EXPECT_EQ(Take(journal->List()).front().runs.size(), 1U) << "nothing was begun";
 }
 

@@ -27,7 +27,7 @@ class KeptContentsTest : public JournalTest {
     for (int i = 0; i < 400; ++i) addresses.push_back(mark + std::to_string(i) + "@example.org");
     test::FakeRows rows(addresses);
     auto run = Take(journal.Begin({mark + " subject", mark + " group", mark + " inputs", std::move(files)}, rows, {},
-                                  mark + " base"));
+                                  {mark + " base"}));
     recipients::Recipient row;
     for (std::int64_t position = 0; Take(run->Next(row, position));) {
       run->GoesOut(position);
@@ -75,7 +75,7 @@ TEST_F(KeptContentsTest, KeepsEachContentOnceAndGivesItBack) {
     EXPECT_EQ(inputs.files[i].content, files[i].content);
   }
   test::FakeRows rows(1);
-  const auto lost = journal->Begin({"S", "G", "i", {{"gone", std::string(64, '0')}}}, rows, {}, "base");
+  const auto lost = journal->Begin({"S", "G", "i", {{"gone", std::string(64, '0')}}}, rows, {}, {"base"});
   ASSERT_FALSE(lost);
   EXPECT_EQ(lost.error().failure, Failure::kNoInput);
 }

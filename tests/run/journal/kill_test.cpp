@@ -30,7 +30,7 @@ TEST_F(KillTest, AtAnyWriteOfARun) {
        {std::pair{RunKind::kFirst, kLeft}, {RunKind::kRetry, SetOf({ResultState::kDeferred})}}) {
     if (kind == RunKind::kRetry) {
       look = [&] { EXPECT_EQ(Found(), states); };
-      run = Take(journal->GoOn(1, kind, among, "again"));
+      run = Take(journal->GoOn(1, kind, among, {"again"}));
     }
     Sending sending(*run, states, random, 12);
     look = [&] {
@@ -76,7 +76,7 @@ TEST_F(KillTest, AgainAndAgainUntilNobodyIsLeft) {
       journal = OpenJournal(std::to_string(boot), place);
       states = States(*journal);
       if (states.find('-') == std::string::npos) break;
-      run = Take(journal->GoOn(1, RunKind::kResume, kLeft, "again"));
+      run = Take(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}));
       ASSERT_EQ(States(*journal), states);
     }
     run.reset();

@@ -1,0 +1,54 @@
+#include "run/frozen_pace.h"
+
+#include "account/account_pace.h"
+#include "run/json_fields.h"
+
+namespace quillcast::run {
+namespace {
+
+using nlohmann::json;
+
+json JsonOf(const PaceTexts& texts) {
+  json written = json::object();
+  for (const auto& [name, text] : account::PaceNames()) {
+    if (!(texts.*text).empty()) written[std::string(name)] = JsonOfOctets(texts.*text);
+  }
+  return written;
+}
+
+PaceTexts TextsIn(const json& from, JsonFields& fields) {
+  PaceTexts texts;
+  if (!from.is_object()) fields.Refuse();
+  for (const auto& [name, text] : account::PaceNames()) {
+    const std::string key(name);
+    if (fields.Has(from, key.c_str())) texts.*text = fields.Octets(fields.At(from, key.c_str()));
+  }
+  return texts;
+}
+
+}  // namespace
+
+std::string FrozenPaceText(const FrozenPace& pace) {
+  return json{{"options", JsonOf(pace.options)}, {"account", JsonOf(pace.account)}}.dump();
+}
+
+// The options were read once before they were kept; what the account says is read anew.
+Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const platform::Clock& clock) {
+  if (text.empty()) return std::optional<FrozenPace>();
+  const json read = json::parse(text, nullptr, false);
+  JsonFields fields;
+  FrozenPace pace{TextsIn(fields.At(read, "options"), fields), TextsIn(fields.At(read, "account"), fields)};
+  if (fields.fine() && ReadPace(pace.options, clock)) return std::optional(std::move(pace));
+  return Error{Failure::kBadData, "How fast the run was told to go cannot be read: the journal of runs is damaged.",
+               "Begin a new run."};
+}
+
+std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account) {
+  std::vector<std::string> names;
+  for (const auto& [name, text] : account::PaceNames()) {
+    if ((options.*text).empty() && then.account.*text != account.*text) names.emplace_back(name);
+  }
+  return names;
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,29 @@
+// How fast a run was told to go, frozen with it for the runs that go on with it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/result.h"
+#include "run/pace/pace_rules.h"
+
+namespace quillcast::run {
+
+// By the run's own options, and by the account, which counts where they say nothing.
+struct FrozenPace {
+  PaceTexts options;
+  PaceTexts account;
+};
+
+// For NewRun, as JSON. When a run was to begin is not kept: who goes on with it wants it to go on.
+std::string FrozenPaceText(const FrozenPace& pace);
+// Nothing for a run that was begun by a version that kept none. kBadData for what FrozenPaceText does not write.
+Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const platform::Clock& clock);
+
+// The names of the account's settings that are other now and that the run goes by.
+std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account);
+
+}  // namespace quillcast::run

@@ -1,0 +1,49 @@
+// How fast a run was told to go, as the journal keeps it, and what is told of it later.
+#include "run/frozen_pace.h"
+
+#include <gtest/gtest.h>
+
+#include "account/account_pace.h"
+#include "support/fake_clock.h"
+
+namespace quillcast::run {
+namespace {
+
+TEST(FrozenPaceTest, ComesBackAsItWasButForItsBeginning) {
+  const test::FakeClock clock;
+  const PaceTexts options{.rate = "10/s",
+                          .hours = "9-17",
+                          .connections = "none",
+                          .at = "18:00",
+                          .retries = "3",
+                          .retry_after = "90s",
+                          .slow_down = "true"};
+  const PaceTexts account{.quota_hour = "\xFF", .quota_day = "500", .domain_rate = "5/min", .pause_after = "9:9"};
+  const auto thawed = ReadFrozenPace(FrozenPaceText({options, account}), clock);
+  ASSERT_TRUE(thawed);
+  PaceTexts begun = options;
+  begun.at.clear();
+  EXPECT_EQ((*thawed)->options, begun);
+  EXPECT_EQ((*thawed)->account, account);
+  EXPECT_EQ(account::PaceInWords(options), "Rate=10/s, Hours=9-17, Retries=3, RetryAfter=90s, SlowDown=true");
+  EXPECT_EQ(account::PaceInWords({.rate = " None ", .retries = "0", .slow_down = "no"}), "");
+  // What an option said is not asked of the account.
+  EXPECT_EQ(ChangedSince(**thawed, options, {.rate = "1/h", .quota_day = "5", .connections = "9"}),
+            (std::vector<std::string>{"QuotaHour", "QuotaDay", "DomainRate", "PauseAfter"}));
+  EXPECT_FALSE(*ReadFrozenPace("", clock)) << "of a version that kept none";
+}
+
+TEST(FrozenPaceTest, RefusesTextThatIsNotItsOwn) {
+  const test::FakeClock clock;
+  for (const char* text : {"{", "null", "[]", "{}", R"({"options":{}})", R"({"options":{},"account":5})",
+                           R"({"options":{"Rate":5},"account":{}})", R"({"options":{"Rate":"fast"},"account":{}})",
+                           R"({"options":{"Rate":{"base64":"*"}},"account":{}})"}) {
+    const auto thawed = ReadFrozenPace(text, clock);
+    ASSERT_FALSE(thawed) << text;
+    EXPECT_EQ(thawed.error().failure, Failure::kBadData) << text;
+  }
+  EXPECT_TRUE(ReadFrozenPace(R"({"options":{},"account":{"Rate":"fast"}})", clock)) << "that is read when it counts";
+}
+
+}  // namespace
+}  // namespace quillcast::run
