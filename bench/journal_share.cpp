@@ -82,7 +82,8 @@ int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::si
   auto entry = Take(run::BeginHistoryEntry(folder, clock, "Hello"));
   Quiet quiet;
   const auto began = std::chrono::steady_clock::now();
-  const auto summary = run::SendLetters({letter, count, {}, begin, {}, carrier, cancel}, std::move(entry), quiet);
+  const auto summary =
+      run::SendLetters({letter, count, {}, begin, {}, carrier, cancel, clock}, std::move(entry), quiet);
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
   fmt::print("{}\n", static_cast<double>(count) / took.count());
   return summary.sent == count ? 0 : 1;
