@@ -62,7 +62,7 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
 int RunResume(Context& context, const GoOnOptions& options) {
   const auto retries = run::ReadRetries(options.pace.texts.retries);
   if (!retries) return context.output.Fail(retries.error());
-  run::RecipientChoice choice(run::SetOf({ResultState::kNotTried}));
+  run::RecipientChoice choice = run::WhoIsLeft();
   choice.tried_again = options.pace.texts.retries.empty();
   if (retries->value_or(0) > 0) choice.states |= run::SetOf({ResultState::kDeferred, ResultState::kFailed});
   if (options.include_unknown) choice.states |= run::SetOf({ResultState::kUnknown});

@@ -100,8 +100,23 @@ std::string CountsText(const StateCounts& counts) {
   return text.empty() ? "nobody" : text;
 }
 
+RecipientChoice WhoIsLeft() {
+  RecipientChoice choice(SetOf({ResultState::kNotTried}));
+  choice.tried_again = true;
+  return choice;
+}
+
+std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const RecipientChoice& choice) {
+  if (!choice.replies.empty()) return {};
+  const std::int64_t count = CountIn(mailing.counts, choice.states);
+  if (!choice.tried_again) return count;
+  // They are all of these states, so that either all of them are counted or none.
+  const StateSet apart = choice.states & SetOf({ResultState::kDeferred, ResultState::kFailed});
+  return apart.none() ? std::optional(count + mailing.tried_again) : std::nullopt;
+}
+
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice) {
-  if (choice.replies.empty() && !choice.tried_again) return CountIn(mailing.counts, choice.states);
+  if (const auto known = KnownCount(mailing, choice)) return *known;
   return journal.Count(mailing.id, choice);
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,10 @@ const char* Name(MailingStanding standing);
 bool WasCutOff(const MailingEntry& mailing);
 // "20 sent, 1 refused, 3 not tried": those that there are.
 std::string CountsText(const StateCounts& counts);
+// Whom a resume is for: who was not tried, and who was to be tried again.
+RecipientChoice WhoIsLeft();
+// How many are chosen, where the mailing's own counts tell.
+std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const RecipientChoice& choice);
 // How many are chosen. Fails as the journal does.
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
 // Why nothing is done about the chosen ones: there are none. Says whom there are.

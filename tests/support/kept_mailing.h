@@ -9,8 +9,9 @@
 
 namespace quillcast::test {
 
-// Of five recipients the first was sent, the second refused, the third deferred and the fourth in flight.
-inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::string& group) {
+// Of five recipients the first was sent, the second refused, the third deferred, which was to be tried again where the
+// run had retries, and the fourth in flight.
+inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::string& group, bool has_retries = false) {
   static const platform::SystemClock clock;
   static const platform::CancelToken none;
   const auto journal = run::OpenJournal(folders, clock, none);
@@ -37,6 +38,7 @@ inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::stri
   (*run)->Settled(1, {smtp::State::kSent, smtp::ResultCode::kSuccess, {250, "2.0.0", "taken"}, {}});
   (*run)->Settled(2, {smtp::State::kRefused, smtp::ResultCode::kRecipientRefused, {550, "5.1.1", "nobody"}, {}});
   (*run)->Settled(3, {smtp::State::kDeferred, smtp::ResultCode::kRecipientRefused, {451, "4.2.0", "later"}, {}});
+  if (has_retries) (*run)->IsTriedAgain(3, 1);
   return (*run)->Record();
 }
 

@@ -32,13 +32,13 @@ constexpr platform::LockPatience kPatience{.lock_wait = std::chrono::seconds(5)}
 // Whom the box offers, in its order, and the run that goes to them.
 struct Whom {
   const char* text;
-  run::StateSet states;
+  run::RecipientChoice choice;
   std::optional<run::RunKind> kind;
 };
 const std::array<Whom, 7>& Offered() {
   using run::RunKind;
   static const std::array<Whom, 7> offered = {{
-      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Not tried"), run::SetOf({ResultState::kNotTried}),
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Not tried, or to be tried again"), run::WhoIsLeft(),
        RunKind::kResume},
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Deferred and failed"),
        run::SetOf({ResultState::kDeferred, ResultState::kFailed}), RunKind::kRetry},
@@ -159,8 +159,9 @@ const run::MailingEntry* KeptRunsForm::Chosen() const {
 Result<run::RecipientChoice> KeptRunsForm::Choice() const {
   auto replies = run::RepliesFrom(FromQt(reply_->text()));
   if (!replies) return replies.error();
-  return run::RecipientChoice(Offered().at(static_cast<std::size_t>(states_->currentIndex())).states,
-                              *std::move(replies));
+  run::RecipientChoice choice = Offered().at(static_cast<std::size_t>(states_->currentIndex())).choice;
+  choice.replies = *std::move(replies);
+  return choice;
 }
 
 std::optional<run::RunKind> KeptRunsForm::Kind() const {
@@ -170,7 +171,7 @@ std::optional<run::RunKind> KeptRunsForm::Kind() const {
 Result<std::int64_t> KeptRunsForm::Count() const {
   const run::MailingEntry* mailing = Chosen();
   if (mailing == nullptr) return 0;
-  if (choice_.replies.empty()) return run::CountIn(mailing->counts, choice_.states);
+  if (const auto known = run::KnownCount(*mailing, choice_)) return *known;
   const platform::CancelToken none;
   const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
   return journal ? run::CountChosen(**journal, *mailing, choice_) : Result<std::int64_t>(journal.error());
