@@ -126,7 +126,10 @@ SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
     window_.BeCautious();
   }
   if (command == Awaited::kEndOfData && wire_.ReplyIsDue()) return {VerdictOf(ResultCode::kMessageRefused, reply)};
-  return {{State::kFailed, ResultCode::kConnectionLost, reply, "The server ended the connection before the message."},
+  const bool is_out = !transfers_.empty() && IsOut(transfers_.front());
+  return {{State::kFailed, ResultCode::kConnectionLost, reply,
+           is_out ? "The server ended the connection before it answered for the message."
+                  : "The server ended the connection before the message."},
           true};
 }
 

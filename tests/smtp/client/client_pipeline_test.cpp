@@ -134,6 +134,31 @@ TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
   }
 }
 
+// Of who is in doubt it does not say that nothing went out.
+TEST(ClientPipeline, AGoodbyeSaysOfEachWhetherItsMessageWasOut) {
+  constexpr const char* kInDoubt =
+      "The server ended the connection before it answered for the message. The message may have been taken all the "
+      "same.";
+  const struct {
+    const char* name;
+    std::string dialogue;
+    std::size_t which;
+    const char* reason;
+  } kCases[] = {
+      {"goodbye to MAIL", BEGUN YES WHOLE(2) YES "S: 421 bye\n", 1, kInDoubt},
+      {"goodbye to RCPT", BEGUN YES WHOLE(2) YES YES "S: 421 bye\n", 1, kInDoubt},
+      {"goodbye before anything is out", ENVELOPE(0) "S: 421 bye\n", 0,
+       "The server ended the connection before the message."},
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.name);
+    Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 3);
+    p.Run(each.dialogue);
+    ASSERT_GT(p.told.outcomes.size(), each.which);
+    EXPECT_EQ(p.told.outcomes[each.which].reason, each.reason);
+  }
+}
+
 // Where the connection breaks: before any byte of a message's end is out it may go again, after it nobody knows.
 TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
   for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
