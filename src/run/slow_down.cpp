@@ -75,9 +75,8 @@ std::optional<Sentence> SlowDown::Decided(const smtp::Outcome& outcome) {
   limit_ = std::max(kSlowest, kSlower * (limit_ && rate > 0 ? std::min(rate, *limit_) : rate));
   slowed_ = now;
   next_ = now + std::chrono::duration_cast<Duration>(std::chrono::duration<double>(60 / *limit_));
-  return Say(
-      "The server asks for fewer messages: {}. The run goes half as fast from now on, up to {} messages a minute.",
-      smtp::ReplyText(outcome.reply), RateText(*limit_));
+  return Say("The server asks for fewer messages: {}. The run goes slower from now on, up to {} messages a minute.",
+             smtp::ReplyText(outcome.reply), RateText(*limit_));
 }
 
 std::optional<Sentence> SlowDown::GoFaster() {

@@ -86,10 +86,9 @@ TEST_F(SlowRun, GoesHalfAsFastAndATenthFasterEachQuietMinute) {
   EXPECT_NEAR(before, 25 * 30 * 1.1, 60);
   EXPECT_EQ(std::count_if(said_.begin(), said_.end(), [](const auto& one) { return one.starts_with("No complaint"); }),
             1);
-  EXPECT_EQ(
-      said_.front(),
-      "The server asks for fewer messages: 450 4.7.1 slow down. The run goes half as fast from now on, up to 3,000 "
-      "messages a minute.");
+  EXPECT_EQ(said_.front(),
+            "The server asks for fewer messages: 450 4.7.1 slow down. The run goes slower from now on, up to 3,000 "
+            "messages a minute.");
   GoOnFor(15min);  // 1.1 to the 15th is more than four
   EXPECT_FALSE(slow_down_.Due());
   EXPECT_TRUE(said_.back().ends_with("as fast as it did at first.")) << said_.back();
