@@ -70,11 +70,17 @@ std::string PaceInWords(const run::PaceTexts& texts) {
   return words;
 }
 
-std::optional<PaceFault> FaultInPace(const AccountSettings& account) {
+std::optional<PaceFault> FaultInPace(const AccountSettings& account, const run::PaceTexts& instead) {
   for (const PaceKey& row : kPaceKeys) {
+    if (!platform::Trim(instead.*row.text).empty()) continue;
     if (auto fault = row.fault(account[row.key])) return PaceFault{row.key, *std::move(fault)};
   }
   return {};
+}
+
+Error CannotBeUsed(const PaceFault& fault) {
+  return {Failure::kNotConfigured, Say("The account's {} cannot be used: {}", RowOf(fault.key).name, fault.error.what),
+          fault.error.remedy};
 }
 
 }  // namespace quillcast::account

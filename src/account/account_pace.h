@@ -28,7 +28,9 @@ struct PaceFault {
   AccountKey key;
   Error error;
 };
-// The first of them that cannot be read.
-std::optional<PaceFault> FaultInPace(const AccountSettings& account);
+// The first of them that cannot be read; those that are said in place of it are not looked at.
+std::optional<PaceFault> FaultInPace(const AccountSettings& account, const run::PaceTexts& instead = {});
+// Naming the setting. kNotConfigured.
+Error CannotBeUsed(const PaceFault& fault);
 
 }  // namespace quillcast::account

@@ -7,6 +7,7 @@
 #include "account/password_place.h"
 #include "cli/secret_input.h"
 #include "platform/text.h"
+#include "run/pace/pace_rules.h"
 
 namespace quillcast::cli {
 namespace {
@@ -16,10 +17,16 @@ using account::AccountKeyRow;
 using account::AccountSettings;
 using account::PasswordPlace;
 
-Result<void> CheckChoice(const AccountKeyRow& row, std::string_view value) {
-  if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end()) return {};
+// As it is stored. A switch is written as options write it, too; an empty one, as any pace, is what it is by itself.
+Result<std::string> StoredAs(const AccountKeyRow& row, std::string value) {
+  const bool is_switch = account::KindOf(row) == account::AccountKeyKind::kSwitch;
+  if (const auto on = run::ReadSwitch(value); is_switch && on) {
+    return std::string(*on ? (**on ? "1" : "0") : row.fallback);
+  }
+  if (row.choices.empty() || std::find(row.choices.begin(), row.choices.end(), value) != row.choices.end())
+    return value;
   return Error{Failure::kUsage, Say("{} cannot be \"{}\".", row.name, platform::Printable(value, 80)),
-               Say("It is one of: {}.", fmt::to_string(fmt::join(row.choices, ", ")))};
+               Say("It is one of: {}{}.", fmt::to_string(fmt::join(row.choices, ", ")), is_switch ? ", no, yes" : "")};
 }
 
 Result<void> Assign(GivenAccount& values, const std::string& assignment) {
@@ -36,10 +43,9 @@ Result<void> Assign(GivenAccount& values, const std::string& assignment) {
     return Error{Failure::kUsage, "A password must not stand on the command line, where others can read it.",
                  "Use --password-file FILE, or leave it out to be asked."};
   }
-  std::string value = assignment.substr(equals + 1);
-  auto choice = CheckChoice(*row, value);
-  if (!choice) return choice;
-  values.account.Set(row->key, std::move(value));
+  auto value = StoredAs(*row, assignment.substr(equals + 1));
+  if (!value) return value.error();
+  values.account.Set(row->key, *std::move(value));
   values.given.push_back(row->key);
   return {};
 }

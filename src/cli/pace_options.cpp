@@ -2,6 +2,15 @@
 
 namespace quillcast::cli {
 
+Result<run::RunPace> TakePace(const PaceOptions& options, run::PreparedRun& prepared) {
+  prepared.Ask(options.texts);
+  auto pace = prepared.Pace();
+  if (!pace || pace->retries.times > 0) return pace;
+  const auto after = run::ReadDuration(options.texts.retry_after);
+  if (!after || !*after) return pace;
+  return Error{Failure::kUsage, "--retry-after says when, and nothing says how often.", "Add --retries N."};
+}
+
 void AddPaceOptions(CLI::App& command, PaceOptions& options) {
   run::PaceTexts& texts = options.texts;
   const auto add = [&command](const char* name, std::string& text, const char* type, const char* what) {
@@ -19,13 +28,16 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
   add("--retries", texts.retries, "N",
       "Try who was deferred, or could not be reached, so many times again, behind the list");
   add("--retry-after", texts.retry_after, "TIME",
-      "For the first time after so long (5min without it), then after twice as long each time, up to 1h");
+      "For the first time after so long (5min without it), then after twice as long each time, up to 1h; always after "
+      "so "
+      "long where that is 1h to 24h");
   command
-      .add_flag(
-          "--slow-down", texts.slow_down,
-          "Where the server asks for fewer messages (4.7.x; 421, 450, 451 or 452 with such words), go half as fast, at "
-          "most once in 10 s, and never slower than 1 a minute; then 10 % faster each minute without a complaint. "
-          "=no where the account says yes")
+      .add_flag("--slow-down", texts.slow_down,
+                "Where the server asks for fewer messages (4.7.x; 421, 450, 451 or 452 with such words), go half as "
+                "fast as in "
+                "the last minute (counted over a second at least), at most once in 10 s, and never slower than 1 a "
+                "minute; then 10 % faster each minute without a complaint. "
+                "=no where the account says yes")
       ->group("Pace (\"none\" for none where the account has one)");
   add("--at", texts.at, "TIME", "Begin to send then: HH:MM or 'YYYY-MM-DD HH:MM', local time");
 }

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "run/pace/pace_rules.h"
+#include "run/prepared_run.h"
 
 namespace quillcast::cli {
 
@@ -12,6 +13,9 @@ struct PaceOptions {
 
   bool IsAsked() const { return texts != run::PaceTexts{}; }
 };
+
+// How fast that lets a run go. kUsage for an option that can do nothing, and as PreparedRun::Pace fails.
+Result<run::RunPace> TakePace(const PaceOptions& options, run::PreparedRun& prepared);
 
 void AddPaceOptions(CLI::App& command, PaceOptions& options);
 

@@ -142,8 +142,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!folders) return context.output.Fail(folders.error());
   auto prepared = PrepareRun(context, *folders, options.document, options.group);
   if (!prepared) return context.output.Fail(prepared.error());
-  prepared->Ask(options.pace.texts);
-  const auto pace = prepared->Pace();
+  const auto pace = TakePace(options.pace, *prepared);
   if (!pace) return context.output.Fail(pace.error());
   const auto range = run::RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());

@@ -69,8 +69,8 @@ class PreparedRun {
   Result<const message::MessageTemplate*> Message();
 
   // How fast it goes: as the account says now, and where these say something, by them; of one that goes on, between the
-  // two, as the options of its last run said. Fails with kUsage for what says nothing of the kind, naming the account's
-  // setting where it is one, and as Account does.
+  // two, as the options of its last run said. Fails with kUsage for what says nothing of the kind, with kNotConfigured
+  // where it is the account's, which it names, and as Account does.
   void Ask(PaceTexts pace) { pace_ = std::move(pace); }
   Result<RunPace> Pace();
   // Of one that goes on, with what pace and retries; nothing where there are none.

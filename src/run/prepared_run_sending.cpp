@@ -154,6 +154,7 @@ Result<PaceTexts> PreparedRun::TextsOfPace() {
 Result<RunPace> PreparedRun::Pace() {
   const auto texts = TextsOfPace();
   if (!texts) return texts.error();
+  if (const auto fault = account::FaultInPace(*account_, PaceOptions())) return account::CannotBeUsed(*fault);
   return ReadPace(*texts, place_.clock);
 }
 

@@ -1,4 +1,5 @@
 """Those who are deferred, tried again in the same run: over a cancel and a kill, with a pace, and what is told of it."""
+import contextlib
 import json
 import os
 import pty
@@ -6,6 +7,7 @@ import re
 import select
 import signal
 import socket
+import sqlite3
 import subprocess
 import threading
 import time
@@ -265,8 +267,8 @@ class Retries(Case):
         self.ok("account", "set", "SlowDown=1")
         code, out, err = self.run_program(*self.mailing("--retries", "1", "--retry-after", "1s"))
         self.assertEqual(code, 0, err)
-        self.assertRegex(err, r"The server asks for fewer messages: 450 4\.7\.1 too many messages\. The run goes half as "
-                              r"fast from now on, up to [0-9.,]+ messages a minute\.")
+        self.assertRegex(err, r"The server asks for fewer messages: 450 4\.7\.1 too many messages\. The run goes slower "
+                              r"from now on, up to [0-9.,]+ messages a minute\.")
         limit = float(re.search(r"up to ([0-9.,]+) messages a minute", err).group(1).replace(",", ""))
         self.assertLessEqual(limit, 5 * 60 / 2)
         times = [at for _, at in server.times[4:]]
@@ -280,7 +282,9 @@ class Retries(Case):
         for options, why in [(("--retries", "many"), '"many" is no number of retries.'),
                              (("--retries", "101"), '"101" is no number of retries.'),
                              (("--retry-after", "5"), '"5" is no time to wait.'),
-                             (("--retry-after", "2d"), '"2d" is no time to wait.')]:
+                             (("--retry-after", "2d"), '"2d" is no time to wait.'),
+                             (("--retry-after", "1s"), "--retry-after says when, and nothing says how often."),
+                             (("--retry-after", "1s", "--retries", "0"), "--retry-after says when")]:
             with self.subTest(options):
                 code, _, err = self.run_program(*self.mailing(*options))
                 self.assertEqual(code, 64)
@@ -289,6 +293,36 @@ class Retries(Case):
         self.assertEqual(code, 64)
         self.assertIn('"soon" is no time to wait.', err)
         self.assertEqual(server.asked, {})
+        # As soon of a run that goes on with nobody.
+        self.ok(*self.mailing())
+        for command in ("resume", "retry"):
+            for options, why in [(("--retries", "x"), '"x" is no number'), (("--slow-down=q",), '"q" is neither yes nor no.'),
+                                 (("--retry-after", "1s"), "--retry-after says when")]:
+                with self.subTest((command, options)):
+                    code, _, err = self.run_program("runs", command, 1, *options)
+                    self.assertEqual(code, 64)
+                    self.assertIn(why, err)
+
+    def test_what_the_account_says_is_told_by_the_name_of_its_setting(self):
+        server = self.server(lambda address, times: None, ["1@a.example"])
+        for value, kept in [("yes", "1"), ("NO", "0"), ("true", "1"), ("", "0"), ("1", "1"), ("none", "0")]:
+            self.ok("account", "set", f"SlowDown={value}")
+            self.assertEqual(json.loads(self.ok("--json", "account", "show"))["SlowDown"], kept, value)
+        code, _, err = self.run_program("account", "set", "SlowDown=q")
+        self.assertEqual((code, "It is one of: 0, 1, no, yes." in err), (64, True), err)
+        for key, value, option in [("SlowDown", "7", "--slow-down=no"), ("Retries", "abc", "--retries=1"),
+                                   ("Connections", "5000", "--connections=2"), ("RetryAfter", "xx", "--retry-after=none")]:
+            with self.subTest(key), contextlib.closing(sqlite3.connect(self.profile / "settings.db")) as settings:
+                with settings:
+                    settings.execute("UPDATE Settings SET Value = ? WHERE Key = ?", (value, key))
+                code, _, err = self.run_program(*self.mailing())
+                self.assertEqual(code, 78)
+                self.assertIn(f'The account\'s {key} cannot be used: "{value}" is ', err)
+                self.assertEqual(server.asked, {})
+                self.ok(*self.mailing(option))  # which comes before it
+                server.asked.clear()
+                with settings:
+                    settings.execute("UPDATE Settings SET Value = '' WHERE Key = ?", (key,))
 
 
 if __name__ == "__main__":
