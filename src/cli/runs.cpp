@@ -105,10 +105,9 @@ int RunList(Context& context) {
 void ShowRow(const Context& context, const run::JournalRow& row) {
   std::string why = smtp::ReplyText(row.reply);
   if (!row.reason.empty()) why += (why.empty() ? "" : " ") + platform::Printable(row.reason);
-  const std::string tries = row.attempts > 1 ? fmt::format(", after {} tries", row.attempts) : "";
-  context.output.Line(fmt::format("#{} {}: {}{}{}{}", row.position,
-                                  platform::Printable(row.recipient.email(), kLongestAddress), run::Name(row.state),
-                                  tries, row.again ? ", to be tried again" : "", why.empty() ? "" : ". " + why));
+  context.output.Line(fmt::format("#{} {}: {}{}", row.position,
+                                  platform::Printable(row.recipient.email(), kLongestAddress), run::StandingOf(row),
+                                  why.empty() ? "" : ". " + why));
   nlohmann::ordered_json object = {{"position", row.position},
                                    {"address", row.recipient.email()},
                                    {"state", run::Name(row.state)},

@@ -181,7 +181,7 @@ void Page::Name(const JournalRow& row) {
   std::string why = smtp::ReplyText(row.reply);
   if (why.empty()) why = row.reason;
   Put(fmt::format("<tr><td class=\"number\">{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", Number(row.position),
-                  Safe(row.recipient.email()), run::Name(row.state), Safe(why)));
+                  Safe(row.recipient.email()), StandingOf(row), Safe(why)));
 }
 
 void Page::EndNames(std::int64_t more) {

@@ -47,6 +47,11 @@ const char* MeaningOf(ResultState state) {
   return "The message is on its way.";
 }
 
+std::string StandingOf(const JournalRow& row) {
+  return fmt::format("{}{}{}", Name(row.state), row.attempts > 1 ? fmt::format(", after {} tries", row.attempts) : "",
+                     row.again ? ", to be tried again" : "");
+}
+
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
   const std::tm local = clock.Local(moment);
   return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,

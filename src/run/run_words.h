@@ -22,6 +22,8 @@ const char* Name(Delivery delivery);
 std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery);
 // What a state means for whoever sends, as a sentence.
 const char* MeaningOf(ResultState state);
+// "deferred, after 3 tries, to be tried again": where a recipient is.
+std::string StandingOf(const JournalRow& row);
 // "2026-11-27 09:05:07", as the clock on the wall has it.
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.

@@ -122,6 +122,11 @@ class Retries(Case):
         self.assertRegex(report, r"process has been completed\.\s+3 messages sent during process\.\s+1 messages failed")
         self.assertEqual(self.states(), {"late@a.example": ("sent", 3), "1@a.example": ("sent", 1),
                                          "never@b.example": ("deferred", 3), "2@b.example": ("sent", 1)})
+        shown = self.ok("runs", "show", 1)
+        self.assertIn("#1 late@a.example: sent, after 3 tries\n", re.sub(r"\. .*", "", shown))
+        page = self.folder / "page.html"
+        self.ok("runs", "report", 1, "--to", page)
+        self.assertIn("<td>deferred, after 3 tries</td>", page.read_text())
 
     def test_the_waiting_is_told_and_ends_at_once_and_a_later_run_goes_on(self):
         is_open = threading.Event()
