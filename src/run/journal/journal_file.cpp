@@ -1,6 +1,7 @@
 #include "run/journal/journal_file.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "run/journal/mailing_lock.h"
@@ -132,6 +133,11 @@ Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::millisecond
   if (!row) return row.error();
   if (*row && rest->Int(0) == 0) return {};
   return Error{Failure::kTryAgain, Say("{} is in use.", place.Log().string())};
+}
+
+FileAtPlace FileAtPlace::Of(const JournalPlace& place) {
+  struct stat status {};
+  return ::stat(place.file.c_str(), &status) == 0 ? FileAtPlace{status.st_dev, status.st_ino} : FileAtPlace();
 }
 
 Error DamagedJournal(const std::filesystem::path& file) {

@@ -1,6 +1,8 @@
 // The file of the run journal: where it is, its tables, and how it is opened.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -41,6 +43,16 @@ inline constexpr int kBlockBits = 24;
 inline constexpr int kWordsBits = 32;
 inline std::int64_t BlockKey(MailingId mailing, std::int64_t block) { return (mailing << kBlockBits) | block; }
 inline std::int64_t WordsKey(MailingId mailing, std::int64_t number) { return (mailing << kWordsBits) | number; }
+
+// Which file lies at the journal's place, whatever becomes of it later; looks at its name alone, for whoever opens and
+// closes it drops the locks that SQLite has on it.
+struct FileAtPlace {
+  dev_t device = 0;
+  ino_t inode = 0;
+
+  static FileAtPlace Of(const JournalPlace& place);  // zeros for none
+  bool operator==(const FileAtPlace&) const = default;
+};
 
 Error DamagedJournal(const std::filesystem::path& file);
 // An error of the file, with what can be done where it is a journal.

@@ -31,6 +31,7 @@ Number UpTo(std::int64_t number) {
 
 SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, MailingLock lock, BegunRun run)
     : place_(std::move(place)),
+      file_(FileAtPlace::Of(place_)),
       run_(std::move(run)),
       lock_(std::move(lock)),
       database_(std::move(parts.database)),
@@ -278,8 +279,15 @@ Result<void> SqliteJournalledRun::End() {
   if (auto committed = transaction->Commit(); !committed) return committed;
   to_be_durable_ = commits_ + 1;
   Written();
-  sync_->Shorten();
+  const bool is_there = FileAtPlace::Of(place_) == file_;
+  if (is_there) sync_->Shorten();  // which would make a new one
   lock_.reset();
+  if (!is_there) {
+    return Error{
+        Failure::kIo,
+        Say("{} was removed or replaced while the run went on, so the run is not in it.", place_.file.string()),
+        "Its report in the history says what became of each recipient."};
+  }
   return sync_->Wait(commits_);
 }
 

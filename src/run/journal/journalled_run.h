@@ -91,6 +91,7 @@ class SqliteJournalledRun final : public JournalledRun {
   std::uint32_t Now() const;
 
   JournalPlace place_;
+  FileAtPlace file_;
   BegunRun run_;
   std::optional<MailingLock> lock_;
   std::unique_ptr<platform::Database> database_;

@@ -139,6 +139,26 @@ TEST_F(FaultsTest, ARunOutlivesAFullDisk) {
   }
 }
 
+// It goes on, for what was sent is in the report; but somebody who looks for it here later is not to wonder.
+TEST_F(FaultsTest, AFileThatWasRemovedOrReplacedIsToldOfAtTheEnd) {
+  for (const bool is_replaced : {false, true}) {
+    SCOPED_TRACE(is_replaced);
+    const auto folder = root_ / (is_replaced ? "replaced" : "removed");
+    fs::create_directories(folder);
+    const auto journal = OpenJournal("monday", folder);
+    const auto run = BeginWith(*journal, 3);
+    run->GoesOut(Given(*run, 1).front());
+    fs::remove(folder / "runs.db");
+    if (is_replaced) std::ofstream(folder / "runs.db") << "another";
+    run->Settled(1, Sent(1));
+    Take(run->Record());
+    const auto ended = run->End();
+    ASSERT_FALSE(ended);
+    EXPECT_EQ(ended.error().failure, Failure::kIo);
+    EXPECT_NE(Describe(ended.error()).find("was removed or replaced"), std::string::npos) << Describe(ended.error());
+  }
+}
+
 TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
   CutOffIn(root_ / "good");
   std::mt19937 random(5);
