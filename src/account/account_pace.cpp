@@ -44,6 +44,8 @@ constexpr auto kPaceKeys = std::to_array<PaceKey>({
     {kRetries, &run::PaceTexts::retries, [](std::string_view text) { return FaultOf(run::ReadRetries(text)); }},
     {kRetryAfter, &run::PaceTexts::retry_after, [](std::string_view text) { return FaultOf(run::ReadDuration(text)); }},
     {kSlowDown, &run::PaceTexts::slow_down, [](std::string_view text) { return FaultOf(run::ReadSwitch(text)); }},
+    {kNetworkWait, &run::PaceTexts::network_wait,
+     [](std::string_view text) { return FaultOf(run::ReadDuration(text)); }},
 });
 
 }  // namespace

@@ -85,6 +85,7 @@ constexpr auto kRows = std::to_array<AccountKeyRow>({
     {kRetries, "Retries", "", {}},
     {kRetryAfter, "RetryAfter", "", {}},
     {kSlowDown, "SlowDown", "0", kSwitch},
+    {kNetworkWait, "NetworkWait", "", {}},
 });
 static_assert(kRows.size() == static_cast<std::size_t>(kCount));
 

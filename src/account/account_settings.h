@@ -59,6 +59,7 @@ enum class AccountKey {
   kRetries,
   kRetryAfter,
   kSlowDown,
+  kNetworkWait,
   kCount
 };
 

@@ -37,6 +37,7 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kPerConnection, kTheWay}, {kConnections, kTheWay},
     {kRetries, kTheWay},       {kRetryAfter, kTheWay},
     {kSlowDown, kTheWay},
+    {kNetworkWait, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

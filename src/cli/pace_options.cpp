@@ -39,6 +39,8 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
                 "minute; then 10 % faster each minute without a complaint. "
                 "=no where the account says yes")
       ->group("Pace (\"none\" for none where the account has one)");
+  add("--network-wait", texts.network_wait, "TIME",
+      "Where the way to the server is lost under way, wait so long for it, and go on by itself");
   add("--at", texts.at, "TIME", "Begin to send then: HH:MM or 'YYYY-MM-DD HH:MM', local time");
 }
 

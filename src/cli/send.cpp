@@ -127,7 +127,8 @@ Result<void> CheckOptions(const SendOptions& options) {
   const bool is_run = !options.dry_run && options.to_file.empty() && options.proof.empty();
   if (options.pace.IsAsked() && !(is_run && mailing.delivery() == run::Delivery::kSent)) {
     return wrong(
-        "A pace, --at, --per-connection, --connections, --retries and --slow-down go with sending to a group.");
+        "A pace, --at, --per-connection, --connections, --retries, --slow-down and --network-wait go with sending to a "
+        "group.");
   }
   if (!options.range.empty() && (!options.to_file.empty() || !options.proof.empty())) {
     return wrong("--range goes with a whole run, into files too, or --dry-run.");

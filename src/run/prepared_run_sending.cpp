@@ -94,6 +94,7 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
   auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);
   if (!options) return options.error();
   options->per_connection = static_cast<std::size_t>(pace->per_connection);
+  options->network_wait = pace->network_wait;
   static_assert(kMostConnections == smtp::ConnectionLimit::kMost, "what may be asked for can be had");
   options->connections = static_cast<std::size_t>(pace->connections);
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);

@@ -60,6 +60,7 @@ class Run final : public smtp::JobSource {
   void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
+  void WayLost(const smtp::Outcome& why, platform::Instant until) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override;
   void Waiting() override { Flush(); }
@@ -407,6 +408,8 @@ void Run::Connected(const smtp::Capabilities& offered) {
   told_of_notices_ = true;
   listener_.Note(kNoNotices);
 }
+
+void Run::WayLost(const smtp::Outcome& why, platform::Instant until) { WaitUntil(until, WaitForNetwork(why.reason)); }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   Flush();  // who is asked may read it

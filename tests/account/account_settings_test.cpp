@@ -31,7 +31,7 @@ TEST(Account, StartsFromItsDefaultsAndComesBackAsSaved) {
   EXPECT_EQ(values,
             "|||25|0|||AUTH LOGIN|0|0|0|1|Personal|Email Address|Group|Quiksoft SMTP Express Service||None|"
             "Quoted Printable|Base 64|Western European (Windows)|0|76|1|0|Do not send command to server|"
-            "Do not send command to server|Automatic|Settings||||||||||||0|");
+            "Do not send command to server|Automatic|Settings||||||||||||0||");
   AccountSettings account = Good();
   account.Set(kPassword, "p'\"\\ \xC3\xA9\t");
   ASSERT_TRUE(account.Save(store));

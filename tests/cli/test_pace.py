@@ -112,9 +112,9 @@ class Pace(Case):
             (("--per-connection", "0"), '"0" is no number of messages.'),
             (("--at", "noon"), 'There is no time "noon".'),
             (("--rate", "1/s", "--dry-run"),
-             "A pace, --at, --per-connection, --connections, --retries and --slow-down go with sending to a group."),
+             "A pace, --at, --per-connection, --connections, --retries, --slow-down and --network-wait go with sending to a group."),
             (("--at", "12:00", "--to-folder", str(self.folder / "out")),
-             "A pace, --at, --per-connection, --connections, --retries and --slow-down go with sending to a group."),
+             "A pace, --at, --per-connection, --connections, --retries, --slow-down and --network-wait go with sending to a group."),
         ]:
             with self.subTest(options):
                 code, _, err = self.run_program(*self.mailing("All", *options))

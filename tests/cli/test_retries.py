@@ -128,6 +128,25 @@ class Retries(Case):
         self.ok("runs", "report", 1, "--to", page)
         self.assertIn("<td>deferred, after 3 tries</td>", page.read_text())
 
+    def test_a_network_that_is_lost_is_waited_for(self):
+        self.group("All", [f"{n}@a.example" for n in range(4)])
+        for wait, states in [("1min", ["sent"] * 4), ("none", ["sent", "failed", "failed", "failed"])]:
+            with self.subTest(wait):
+                server = Server(lambda address, times: None)
+                self.account(server.port, "PerConnection=1", "NetworkWait=1min")
+                returned = threading.Event()
+
+                def leave(address, times):
+                    server.listener.shutdown(socket.SHUT_RDWR)
+                    server.listener.close()
+                    if wait != "none":
+                        threading.Timer(1.5, lambda: (Server(lambda *_: None, server.port), returned.set())).start()
+
+                server.answer = lambda address, times: leave(address, times) if address[0] == "0" else None
+                lines, code, err = self.run_lines(*self.mailing(f"--network-wait={wait}"))
+                self.assertEqual([row["state"] for row in lines[:-1]], states, err)
+                self.assertEqual((code, returned.is_set()), (1, False) if wait == "none" else (0, True))
+
     def test_the_waiting_is_told_and_ends_at_once_and_a_later_run_goes_on(self):
         is_open = threading.Event()
         server = self.server(lambda address, times: None if is_open.is_set() or address[0] == "2" else "450 4.2.0 later",

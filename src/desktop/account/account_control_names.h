@@ -54,6 +54,7 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(account::Accou
     "RetriesTextBox",
     "RetryAfterTextBox",
     "SlowDownCheckBox",
+    "NetworkWaitTextBox",
     "ThirdCommandButton",
     "WrapUpDown"};
 

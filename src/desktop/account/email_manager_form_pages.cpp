@@ -204,6 +204,7 @@ QWidget* EmailManagerForm::MakePacePage() {
   FormGrid* again = column->AddBox(tr("Who was deferred, or could not be reached"));
   add(again, kRetries, tr("&Try again so many times:"), tr("3"));
   add(again, kRetryAfter, tr("&First after:"), tr("5min; each time after twice as long, up to 1h"));
+  add(again, kNetworkWait, tr("&Wait for a lost network:"), tr("1h"));
   AddRow(again, kSlowDown, tr("&Slow down where the server asks for fewer messages"));
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))

@@ -31,7 +31,8 @@ constexpr std::array kUnits = {
 constexpr std::array kTexts = {&PaceTexts::rate,           &PaceTexts::quota_hour,  &PaceTexts::quota_day,
                                &PaceTexts::domain_rate,    &PaceTexts::hours,       &PaceTexts::pause_after,
                                &PaceTexts::per_connection, &PaceTexts::connections, &PaceTexts::at,
-                               &PaceTexts::retries,        &PaceTexts::retry_after, &PaceTexts::slow_down};
+                               &PaceTexts::retries,        &PaceTexts::retry_after, &PaceTexts::slow_down,
+                               &PaceTexts::network_wait};
 static_assert(sizeof(PaceTexts) == kTexts.size() * sizeof(std::string), "each text has its place");
 
 Error NoSuch(SentencePattern<1> what, std::string_view text, Sentence remedy) {
@@ -192,12 +193,15 @@ Result<RunPace> ReadPace(const PaceTexts& texts, const platform::Clock& clock) {
   take(retry_after, ReadDuration(texts.retry_after));
   std::optional<bool> slow_down;
   take(slow_down, ReadSwitch(texts.slow_down));
+  std::optional<std::chrono::seconds> network_wait;
+  take(network_wait, ReadDuration(texts.network_wait));
   if (complaint) return *complaint;
   pace.per_connection = per_connection.value_or(0);
   pace.connections = connections.value_or(1);
   pace.retries.times = static_cast<int>(retries.value_or(0));
   pace.retries.after = retry_after.value_or(pace.retries.after);
   pace.slow_down = slow_down.value_or(false);
+  pace.network_wait = network_wait.value_or(pace.network_wait);
   return pace;
 }
 

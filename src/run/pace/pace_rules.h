@@ -95,6 +95,7 @@ struct PaceTexts {
   std::string retries = {};
   std::string retry_after = {};
   std::string slow_down = {};
+  std::string network_wait = {};
 
   bool operator==(const PaceTexts&) const = default;
 };
@@ -111,6 +112,7 @@ struct RunPace {
   std::int64_t connections = 1;     // at a time, at most
   RetryRules retries = {};
   bool slow_down = false;
+  std::chrono::seconds network_wait{0};  // for a network that is lost under way
 };
 
 // All of them; the first complaint where there is one.

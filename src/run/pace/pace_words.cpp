@@ -48,6 +48,10 @@ Sentence WaitForRetries(std::int64_t recipients) {
                "{} recipients were deferred and are tried again from then on.");
 }
 
+Sentence WaitForNetwork(const std::string& reason) {
+  return Say("The way to the server is lost, and is tried again then. {}", reason);
+}
+
 std::string TimeText(Moment moment, const platform::Clock& clock) {
   const std::tm then = clock.Local(std::chrono::ceil<std::chrono::seconds>(moment));
   const std::tm now = clock.Local(clock.Now());

@@ -16,6 +16,9 @@ Sentence WhyOf(const Wait& wait, const PaceRules& rules);
 // Why a run that is through with its list has not ended.
 Sentence WaitForRetries(std::int64_t recipients);
 
+// Why nothing goes out where the network is lost; `reason` is what was met last, a whole sentence.
+Sentence WaitForNetwork(const std::string& reason);
+
 // "14:05:30" in local time, with the day before it where it is not today.
 std::string TimeText(Moment moment, const platform::Clock& clock);
 

@@ -42,6 +42,9 @@ struct ClientOptions {
   // Of each step: finding the host, connecting, TLS, one command and its whole reply, 64 KiB of a message. The times of
   // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
   std::chrono::seconds timeout{60};
+  // Where the way to the servers is lost after it was there, messages wait so long for it, and for each loss anew; then
+  // those that want it fail.
+  std::chrono::seconds network_wait{0};
   std::string ca_file;  // PEM file of trusted authorities; empty for those of the system
 };
 

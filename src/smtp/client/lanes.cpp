@@ -20,7 +20,7 @@ constexpr std::chrono::seconds kQuickWay{1};
 }  // namespace
 
 Lanes::Lanes(Surroundings& around, std::size_t connections)
-    : around_(around), limit_(connections), lanes_(limit_.most()) {}
+    : around_(around), limit_(connections), lost_way_(around.options.network_wait), lanes_(limit_.most()) {}
 
 ConnectionLimit::Now Lanes::Count() const {
   ConnectionLimit::Now now;
@@ -56,16 +56,22 @@ void Lanes::GoOn() {
   if (limit_.is_lowered()) limit_.Accepted(Count().working);
 }
 
-// Where none came about, and there is no other, that is the outcome of the job that waits for one.
+// Where none came about, and there is no other, that is the outcome of the job that waits for one, unless it waits on.
 void Lanes::EndWay(Lane& lane) {
   const std::unique_ptr<WayIn> way = std::move(lane.way);
   lane.connection = way->TakeConnection();
   const std::size_t ready = CountReady();
   around_.window.SetConnections(ready);
-  if (lane.connection) return limit_.Opened();
+  if (lane.connection) {
+    lost_way_.Found();
+    return limit_.Opened();
+  }
   const ConnectionLimit::Now now = Count();
-  limit_.Failed(way->outcome(), ready + now.leaving, around_.clock.Monotonic());
-  if (now.in_all() == now.leaving && around_.jobs.waiting() > 0) around_.jobs.Fail(way->outcome());
+  const auto moment = around_.clock.Monotonic();
+  limit_.Failed(way->outcome(), ready + now.leaving, moment);
+  if (now.in_all() > now.leaving || around_.jobs.waiting() == 0) return;
+  if (!lost_way_.Outlasts(way->outcome(), moment)) return around_.jobs.Fail(way->outcome());
+  around_.source->WayLost(way->outcome(), *lost_way_.again());
 }
 
 void Lanes::EndConnection(Lane& lane) {
@@ -125,6 +131,7 @@ Lanes::Lane* Lanes::LeastBusy() {
 bool Lanes::MayOpen() {
   const auto taken = std::count_if(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return !lane.free(); });
   if (static_cast<std::size_t>(taken) >= limit_.most()) return false;
+  if (lost_way_.again() && *lost_way_.again() > around_.clock.Monotonic()) return false;
   const ConnectionLimit::Now now = Count();
   const bool is_asked_for = around_.jobs.waiting() > 0 && opened_for_ == around_.jobs.next_number();
   if (is_asked_for && now.in_all() > now.leaving) return false;
@@ -135,6 +142,7 @@ void Lanes::Open() {
   Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
   lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
   opened_for_ = around_.jobs.next_number();
+  lost_way_.Tries();
 }
 
 // A connection that the server closed while there was nothing to say: the job that was for it has had one.
@@ -190,7 +198,7 @@ void Lanes::Wait(const net::Deadline& back) {
 }
 
 net::Deadline Lanes::Until(const net::Deadline& back, platform::Instant now) {
-  net::Deadline until = back;
+  net::Deadline until = lost_way_.again() ? Earlier(back, net::Deadline::At(*lost_way_.again())) : back;
   for (Lane& lane : lanes_) {
     if (lane.way) until = Earlier(until, lane.way->Until(now));
     if (lane.connection) until = Earlier(until, lane.connection->Until(now));

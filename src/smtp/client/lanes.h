@@ -8,6 +8,7 @@
 
 #include "smtp/client/connection.h"
 #include "smtp/client/connection_limit.h"
+#include "smtp/client/lost_way.h"
 #include "smtp/client/way_in.h"
 
 namespace quillcast::smtp {
@@ -61,6 +62,7 @@ class Lanes {
 
   Surroundings& around_;
   ConnectionLimit limit_;
+  LostWay lost_way_;
   bool is_withdrawn_ = false;  // Withdraw was called
   std::vector<Lane> lanes_;
   std::optional<std::uint64_t> opened_for_;  // the job that the last one was opened for

@@ -1,0 +1,91 @@
+// A network that is lost under way: who waits for it, how long, and who fails.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "smtp/client/client.h"
+#include "smtp/letters.h"
+#include "smtp/scripted_server.h"
+
+namespace quillcast::smtp {
+namespace {
+
+using namespace std::chrono_literals;
+
+class PatientLetters final : public Letters {
+ public:
+  using Letters::Letters;
+  void WayLost(const Outcome& why, platform::Instant until) override {
+    EXPECT_NE(why.state, State::kSent);
+    EXPECT_GT(until, clock_.Monotonic());
+    ++times_lost;
+    if (on_lost) on_lost();
+  }
+  int times_lost = 0;
+  std::function<void()> on_lost;
+
+ private:
+  platform::SystemClock clock_;
+};
+
+// Takes so many messages, then hangs up between two of them.
+void Take(Peer& peer, int messages) {
+  peer.Say("220 ESMTP\r\n");
+  for (std::string line = peer.Line(); !line.empty() && line != "QUIT"; line = peer.Line()) {
+    if (line.starts_with("MAIL") && messages-- == 0) return;
+    peer.Say(line == "DATA" ? "354 go\r\n" : "250 ok\r\n");
+    if (line != "DATA") continue;
+    peer.Message();
+    peer.Say("250 taken\r\n");
+  }
+}
+
+TEST(LostWay, IsWaitedForWhereItWasThere) {
+  struct Case {
+    const char* what;
+    std::string connections;  // of each: '3' takes three messages, '9' all, '-' hangs up at once, '4' refuses for now
+    std::chrono::seconds wait;
+    std::string states;  // s sent, f failed, d deferred, n not begun
+    int times_lost;
+    bool cancels = false;
+  };
+  for (const Case& c : {
+           Case{"comes again", "3--9", 60s, "sssssss", 2},
+           Case{"twice", "3-3-9", 60s, "sssssss", 2},
+           Case{"not asked for", "3---------", 0s, "sssffff", 0},
+           Case{"stays away", "3---------", 1s, "sssffff", 1},
+           Case{"was never there", "-9", 60s, "fssssss", 0},
+           Case{"says that it is busy", "349", 60s, "sssdsss", 0},
+           Case{"cancelled meanwhile", "3---------", 60s, "sssf", 1, true},  // its MAIL was out
+       }) {
+    SCOPED_TRACE(c.what);
+    PatientLetters letters(7);
+    platform::CancelToken cancel;
+    letters.on_lost = [&] {
+      if (c.cancels) cancel.Request();
+    };
+    ScriptedServer server([&](Peer& peer, int number) {
+      const char kind = c.connections.at(static_cast<std::size_t>(number));
+      if (kind == '4') peer.Say("421 4.3.2 busy\r\n");
+      if (kind == '3' || kind == '9') Take(peer, kind - '0');
+    });
+    ClientOptions options;
+    options.servers = {{"127.0.0.1", server.port()}};
+    options.timeout = 2s;
+    options.network_wait = c.wait;
+    const platform::SystemClock clock;
+    const auto began = clock.Monotonic();
+    Client(options, clock, cancel).Run(letters);
+    EXPECT_LT(clock.Monotonic() - began, 20s);
+    std::string states;
+    for (const Outcome& outcome : letters.outcomes) {
+      states.push_back(outcome.begun ? Name(outcome.state)[0] : 'n');
+    }
+    EXPECT_EQ(states, c.states);
+    EXPECT_EQ(letters.times_lost, c.times_lost);
+  }
+}
+
+}  // namespace
+}  // namespace quillcast::smtp
