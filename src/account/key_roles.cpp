@@ -36,8 +36,7 @@ constexpr auto kRoles = std::to_array<RoleRow>({
     {kHours, kTheWay},         {kPauseAfter, kTheWay},
     {kPerConnection, kTheWay}, {kConnections, kTheWay},
     {kRetries, kTheWay},       {kRetryAfter, kTheWay},
-    {kSlowDown, kTheWay},
-    {kNetworkWait, kTheWay},
+    {kSlowDown, kTheWay},      {kNetworkWait, kTheWay},
 });
 
 constexpr bool StandsInOrder() {

@@ -44,8 +44,8 @@ class JobSource {
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
   // times, with this same outcome. Asked again after as many more. False: no further job is taken.
   virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
-  // There is no way to a server any more: ClientOptions::network_wait has the messages wait until then, when it is tried
-  // again.
+  // There is no way to a server any more: ClientOptions::network_wait has the messages wait until then, when it is
+  // tried again.
   virtual void WayLost(const Outcome& /*why*/, platform::Instant /*until*/) {}
   // A connection is ready for its first message: what its server offers.
   virtual void Connected(const Capabilities& /*offered*/) {}

@@ -21,6 +21,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
         return;
       }
       proven_ = proven_ || transfer.chunked;
+      habits_.OnRecipient(reply);
       break;
     case Awaited::kData:
       proven_ = true;
@@ -30,6 +31,10 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       transfer.open = false;
       break;
     case Awaited::kEndOfData:
+      if (!transfer.verdict && habits_.IsOutOfStep(reply) && transfer.ahead) {
+        end_ = OnNoSense("it answered more often than it was asked");
+        return;
+      }
       transfer.open = false;
       window_.Taken(quick_);
       took_ = true;

@@ -7,6 +7,7 @@
 
 #include "smtp/capabilities.h"
 #include "smtp/client/body_writer.h"
+#include "smtp/client/reply_habits.h"
 #include "smtp/client/reused_queue.h"
 #include "smtp/client/send_window.h"
 #include "smtp/client/session_events.h"
@@ -63,6 +64,7 @@ class Transfers {
     MessageSource* message = nullptr;
     Next next = Next::kReset;
     bool chunked = false;     // BDAT
+    bool ahead = false;       // and sent before its envelope was answered
     bool open = false;        // the server may hold a transaction for it
     bool ended = false;       // its last byte is made; `end` tells where
     std::uint64_t end = 0;    // of the bytes of this connection
@@ -115,6 +117,7 @@ class Transfers {
   std::size_t submitted_ = 0;        // over this connection
   std::size_t mails_made_ = 0;       // MAIL commands
   std::size_t mails_taken_ = 0;
+  ReplyHabits habits_;
   std::optional<BodyWriter> body_;  // of transfers_[sending_]
   std::uint64_t octets_made_ = 0;
   std::uint64_t octets_in_all_ = 0;

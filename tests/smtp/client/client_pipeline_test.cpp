@@ -159,6 +159,29 @@ TEST(ClientPipeline, AGoodbyeSaysOfEachWhetherItsMessageWasOut) {
   }
 }
 
+// Its answers are one ahead from then on, and the last of them may be to a message that it never takes.
+TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
+#define FIRST(to_mail, to_rcpt, taken) \
+  ENVELOPE(0) "S: 250 " to_mail "\nS: 250 " to_rcpt "\n" CHUNK(0) WHOLE(1) "S: 250 " taken "\n" WHOLE(2)
+#define CODED FIRST("2.1.0 ok", "2.1.5 <r0@b.c> ok", "2.0.0 ok: id=1")
+#define WORDY FIRST("ok", "Accepted", "OK id=1")
+  for (const Case& c : std::initializer_list<Case>{
+           {"in step", CODED "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r1@b.c> ok\nS: 250 2.6.0 id=2\n",
+            "sent 0, sent 0"},
+           {"to a message, by codes",
+            CODED "S: 250 2.0.0 ok: id=1\nS: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r1@b.c> ok\n",
+            "sent 0, unknown 18, unknown 16"},
+           {"to the recipient, by codes",
+            CODED "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r1@b.c> ok\nS: 250 2.1.5 <r1@b.c> ok\n",
+            "sent 0, unknown 18, unknown 16"},
+           {"by words", WORDY "S: 250 OK id=1\nS: 250 reset\nS: 250 ok\nS: 250 Accepted\n",
+            "sent 0, unknown 18, unknown 16"},
+           {"in step, by words", WORDY "S: 250 reset\nS: 250 ok\nS: 250 Accepted\nS: 250 OK id=2\n",
+            "sent 0, sent 0"}}) {
+    Check("S: 250-PIPELINING\nS: 250 CHUNKING\n", c);
+  }
+}
+
 // Where the connection breaks: before any byte of a message's end is out it may go again, after it nobody knows.
 TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
   for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},

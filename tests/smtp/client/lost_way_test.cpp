@@ -51,12 +51,9 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     bool cancels = false;
   };
   for (const Case& c : {
-           Case{"comes again", "3--9", 60s, "sssssss", 2},
-           Case{"twice", "3-3-9", 60s, "sssssss", 2},
-           Case{"not asked for", "3---------", 0s, "sssffff", 0},
-           Case{"stays away", "3---------", 1s, "sssffff", 1},
-           Case{"was never there", "-9", 60s, "fssssss", 0},
-           Case{"says that it is busy", "349", 60s, "sssdsss", 0},
+           Case{"comes again", "3--9", 60s, "sssssss", 2}, Case{"twice", "3-3-9", 60s, "sssssss", 2},
+           Case{"not asked for", "3---------", 0s, "sssffff", 0}, Case{"stays away", "3---------", 1s, "sssffff", 1},
+           Case{"was never there", "-9", 60s, "fssssss", 0}, Case{"says that it is busy", "349", 60s, "sssdsss", 0},
            Case{"cancelled meanwhile", "3---------", 60s, "sssf", 1, true},  // its MAIL was out
        }) {
     SCOPED_TRACE(c.what);
