@@ -61,14 +61,21 @@ class SendListener final : public run::RunListener {
     return false;
   }
   void NotTried(std::int64_t position, const std::string& address) override {
-    output_.Object({{"position", position}, {"address", address}, {"state", "not tried"}});
+    NotTriedAgain(position, address, run::ResultState::kNotTried);
+  }
+  void NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) override {
+    const bool was_tried = stays != run::ResultState::kNotTried;
+    nlohmann::ordered_json object = {{"position", position}, {"address", address}, {"state", "not tried"}};
+    if (was_tried) object["stays"] = run::Name(stays);
+    output_.Object(object);
     if (++not_tried_ > kMostNotTried) {
       if (first_not_named_ == 0) first_not_named_ = position;
       last_not_tried_ = position;
       return;
     }
     output_.EndProgress();
-    output_.Note(fmt::format("#{} {}: not tried", position, platform::Printable(address, 100)));
+    output_.Note(fmt::format("#{} {}: not tried{}", position, platform::Printable(address, 100),
+                             was_tried ? fmt::format(", and stays {}", run::Name(stays)) : ""));
   }
   // Those beyond the first few, who would push what failed out of sight; --json and the history name each.
   void CountNotTried() {

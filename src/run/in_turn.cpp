@@ -37,7 +37,7 @@ Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& p
   while (kept_back_.size() < kMostKeptBack && order_.size() < kMostAhead) {
     auto next = NextOfList(recipient, position);
     if (!next || !*next) return next;
-    order_.Take(position, recipient.email(), run_.tries_before());
+    order_.Take(position, recipient.email(), run_.before());
     if (!HasPace()) return true;
     const auto address = smtp::EnvelopeAddress(recipient.email());
     if (!address) return true;

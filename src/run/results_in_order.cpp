@@ -4,7 +4,7 @@
 
 namespace quillcast::run {
 
-void ResultsInOrder::Take(std::int64_t position, std::string_view address, int before) {
+void ResultsInOrder::Take(std::int64_t position, std::string_view address, const Before& before) {
   RecipientInOrder& taken = recipients_.emplace_back();
   taken.position = position;
   taken.address = address;
@@ -16,7 +16,7 @@ void ResultsInOrder::TakeAgain(std::int64_t position, std::string_view address, 
   taken.position = position;
   taken.address = address;
   taken.tries = tries;
-  taken.before = before;
+  taken.before.tries = before;
 }
 
 RecipientInOrder& ResultsInOrder::At(std::int64_t position) {

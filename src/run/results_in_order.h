@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "run/journal/run_journal.h"
 #include "smtp/outcome.h"
 
 namespace quillcast::run {
@@ -20,7 +21,7 @@ struct RecipientInOrder {
   enum class Stage : std::uint8_t { kWaits, kSettled, kFailedHere, kLeft } stage = Stage::kWaits;
   smtp::Outcome outcome;  // of one that is settled, or failed before any server was asked
   int tries = 1;          // of this run, this one included
-  int before = 0;         // in runs that ended while it waited for one more
+  Before before = {};     // this run
   bool subject_not_encoded = false;
   std::string log;  // lines of the connection, each with "\n"
 };
@@ -30,7 +31,7 @@ class ResultsInOrder {
   using Stage = RecipientInOrder::Stage;
 
   // The next of the list.
-  void Take(std::int64_t position, std::string_view address, int before);
+  void Take(std::int64_t position, std::string_view address, const Before& before);
   // Somebody whose last result was told, for one try more: its result is told as soon as it is known.
   void TakeAgain(std::int64_t position, std::string_view address, int tries, int before);
   // How many wait for the first of them, itself included; but for those who are tried again.

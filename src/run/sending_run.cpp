@@ -33,6 +33,7 @@ struct Letter : smtp::Job {
 struct Left {
   std::int64_t position = 0;
   std::string address;
+  ResultState stays = ResultState::kNotTried;
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
@@ -91,7 +92,7 @@ class Run final : public smtp::JobSource {
   void Record();
   void End();
   void NameThoseNotTried();
-  void NotTried(std::int64_t position, const std::string& address);
+  void NotTried(const Left& left);
   void TellAboutPictures();
 
   const RunParts& parts_;
@@ -293,7 +294,7 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   run_->Settled(letter.position, outcome);
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
   RecipientInOrder& recipient = order_.At(letter.position);
-  const int tries = recipient.before + recipient.tries;
+  const int tries = recipient.before.tries + recipient.tries;
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
@@ -342,7 +343,7 @@ void Run::Tell(const RecipientInOrder& recipient) {
   const bool failed_here = recipient.stage == RecipientInOrder::Stage::kFailedHere;
   if (recipient.stage == RecipientInOrder::Stage::kLeft && recipient.tries > 1) return;
   if (recipient.stage == RecipientInOrder::Stage::kLeft || (failed_here && !left_.empty())) {
-    left_.push_back({recipient.position, recipient.address});
+    left_.push_back({recipient.position, recipient.address, recipient.before.state});
     return;
   }
   if (failed_here) run_->Settled(recipient.position, recipient.outcome);
@@ -372,7 +373,7 @@ bool Run::DeferRetry(const RecipientInOrder& recipient) {
   if (parts_.turns == nullptr || !Retries::IsWorthAnother(recipient.outcome)) return false;
   const auto address = smtp::EnvelopeAddress(recipient.address);
   return address &&
-         retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries, recipient.before});
+         retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries, recipient.before.tries});
 }
 
 // One write for all results that came together, before anything more is sent: after a kill report and journal still
@@ -421,18 +422,19 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 void Run::NameThoseNotTried() {
   order_.LeaveTheWaiting();
   TellThoseReady();
-  for (const Left& left : left_) NotTried(left.position, left.address);
-  while (NextLeft()) NotTried(position_, row_.email());
+  for (const Left& left : left_) NotTried(left);
+  while (NextLeft()) NotTried({position_, row_.email(), run_ ? run_->before().state : ResultState::kNotTried});
   if ((run_ || walk_) && !unreadable_) return;
   summary_.not_tried = InRange() - Done();
   summary_.last = range_.last;
   summary_.first_left = range_.last - summary_.not_tried + 1;
 }
 
-void Run::NotTried(std::int64_t position, const std::string& address) {
-  if (++summary_.not_tried == 1) summary_.first_left = position;
-  summary_.last = position;
-  listener_.NotTried(position, address);
+void Run::NotTried(const Left& left) {
+  if (++summary_.not_tried == 1) summary_.first_left = left.position;
+  summary_.last = left.position;
+  if (left.stays == ResultState::kNotTried) return listener_.NotTried(left.position, left.address);
+  listener_.NotTriedAgain(left.position, left.address, left.stays);
 }
 
 // The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.

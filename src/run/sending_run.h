@@ -52,6 +52,10 @@ class RunListener {
   virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
   // For each recipient who is left when a run has ended early, for whatever reason.
   virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
+  // The same of somebody who was tried in a run before, and stays in that state.
+  virtual void NotTriedAgain(std::int64_t position, const std::string& address, ResultState /*stays*/) {
+    NotTried(position, address);
+  }
   // Nothing goes out before then, unless something that is under way changes it; told a few times a second meanwhile.
   virtual void Waits(const Sentence& /*why*/, Moment /*until*/) {}
   // Something about the whole run that the person should know: a whole sentence.

@@ -224,6 +224,16 @@ class Retries(Case):
                 again = [row.get("again") for row in self.run_lines("--json", "runs", "show", 1)[0] if "address" in row]
                 self.assertEqual(again, [True, False, True])
 
+                # A resume that comes to nobody leaves them as they are, and says how that is.
+                run = self.popen("--json", "runs", "resume", 1, "--at", "2099-01-01 00:00")
+                time.sleep(0.5)
+                run.send_signal(signal.SIGINT)
+                out, err = run.communicate(timeout=60)
+                self.assertEqual([(row["state"], row.get("stays")) for row in map(json.loads, out.splitlines()[:-1])],
+                                 [("not tried", "deferred")] * 2, err)
+                self.assertIn(b"#1 late1@a.example: not tried, and stays deferred", err)
+                self.assertEqual(self.run_lines("--json", "runs", "list")[0][0]["not_tried_again"], 2)
+
                 # The account changed since: what it was told by option stays, and an option of now comes before it.
                 self.ok("account", "set", "QuotaHour=400")
                 server.times.clear()

@@ -202,10 +202,10 @@ class FakeRun final : public JournalledRun {
     is_at_end_ = !more || !*more;
     if (more && *more) given_[position] = recipient;
     const auto before = kept_.tries.find(position);
-    tries_before_ = before == kept_.tries.end() ? 0 : before->second;
+    before_ = before == kept_.tries.end() ? Before() : Before{ResultState::kDeferred, before->second};
     return more;
   }
-  int tries_before() const override { return tries_before_; }
+  Before before() const override { return before_; }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override {
     EXPECT_TRUE(given_.contains(position)) << "asked for again, and never given";
     if (kept_.unreadable.contains(position)) return Error{Failure::kBadData, "The journal is damaged.", ""};
@@ -238,7 +238,7 @@ class FakeRun final : public JournalledRun {
   std::map<std::int64_t, ResultState> settled_;  // what the last try came to
   std::map<std::int64_t, recipients::Recipient> given_;
   int records_ = 0;
-  int tries_before_ = 0;
+  Before before_;
   bool is_at_end_ = false;
 };
 

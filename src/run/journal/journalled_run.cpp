@@ -100,11 +100,10 @@ Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::in
   if (!index) return index.error();
   if (!*index) return false;
   if (auto read = ReadRow(**index, recipient); !read) return read.error();
-  if (run_.goes_on) {
-    const auto octets = blocks_.Look(**index);
-    if (!octets) return octets.error();
-    tries_before_ = ReadRecord(*octets).tries;
-  }
+  const auto octets = blocks_.Look(**index);
+  if (!octets) return octets.error();
+  const StateRecord record = ReadRecord(*octets);
+  before_ = {record.state, run_.goes_on ? record.tries : 0};
   position = run_.first + **index;
   return true;
 }

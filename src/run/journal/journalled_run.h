@@ -49,7 +49,7 @@ class SqliteJournalledRun final : public JournalledRun {
   std::int64_t size() const override { return run_.scope; }
   std::int64_t list_size() const override { return run_.list; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
-  int tries_before() const override { return tries_before_; }
+  Before before() const override { return before_; }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override;
   void GoesOut(std::int64_t position) override;
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override;
@@ -100,7 +100,7 @@ class SqliteJournalledRun final : public JournalledRun {
 
   platform::Statement read_rows_;
   ScopeWalk walk_;
-  int tries_before_ = 0;
+  Before before_;
   std::int64_t rows_block_ = -1;  // whose rows these are
   std::string rows_octets_;
   FrozenRows rows_{{}};

@@ -75,6 +75,12 @@ struct JournalRow {
   recipients::Recipient recipient;
 };
 
+// What was of a recipient when a run began that it is for.
+struct Before {
+  ResultState state = ResultState::kNotTried;
+  int tries = 0;  // of a run that ended while it waited for one more, which goes on here
+};
+
 // A run under way. It belongs to one thread, and holds its mailing: no other program takes it up meanwhile.
 class JournalledRun {
  public:
@@ -86,8 +92,8 @@ class JournalledRun {
   virtual std::int64_t list_size() const = 0;
   // False behind the last, and not to be called again then.
   virtual Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) = 0;
-  // Of the one whom Next gave last: the tries of a run that ended while it waited for one more. That goes on here.
-  virtual int tries_before() const = 0;
+  // Of the one whom Next gave last.
+  virtual Before before() const = 0;
 
   // The recipient at this place once more. Only for somebody whom Next gave.
   virtual Result<void> Again(std::int64_t position, recipients::Recipient& recipient) = 0;

@@ -19,7 +19,7 @@ class UnjournalledRun final : public JournalledRun {
   std::int64_t size() const override { return size_; }
   std::int64_t list_size() const override { return list_size_; }
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position) override;
-  int tries_before() const override { return 0; }
+  Before before() const override { return {}; }
   Result<void> Again(std::int64_t position, recipients::Recipient& recipient) override;
   void GoesOut(std::int64_t /*position*/) override {}
   void Settled(std::int64_t /*position*/, const smtp::Outcome& /*outcome*/) override {}

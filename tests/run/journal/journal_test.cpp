@@ -293,7 +293,7 @@ TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
     EXPECT_EQ(run->size(), 4);
     std::map<std::int64_t, int> tries;
     recipients::Recipient row;
-    for (std::int64_t position = 0; Take(run->Next(row, position));) tries[position] = run->tries_before();
+    for (std::int64_t position = 0; Take(run->Next(row, position));) tries[position] = run->before().tries;
     EXPECT_EQ(tries, (std::map<std::int64_t, int>{{2, 2}, {3, 14}, {4, 1}, {6, 0}}));
     run->GoesOut(2);
     Take(run->Record());
@@ -305,7 +305,8 @@ TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
 
     run = Take(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kDeferred}), {"third"}));
     EXPECT_EQ(Given(*run), (Positions{2, 3, 4, 5}));
-    EXPECT_EQ(run->tries_before(), 0) << "that begins anew";
+    EXPECT_EQ(run->before().tries, 0) << "that begins anew";
+    EXPECT_EQ(run->before().state, ResultState::kDeferred);
   }
 }
 
