@@ -13,6 +13,8 @@ using enum AccountKey;
 
 // Beside the password itself: whose it is, and where it is.
 constexpr std::array kSignIn = {kServer, kAuth, kUsername, kPasswordFrom, kPasswordCommand};
+// How it gets to that server, and whether anybody could read it on the way.
+constexpr std::array kWayThere = {kPort, kSecurity, kAuthMode};
 constexpr const char* kLookAgain = "Look at the account as it is now, and try again.";
 
 }  // namespace
@@ -23,9 +25,7 @@ AccountChange::AccountChange(const AccountSettings& seen, AccountSettings wanted
   }
 }
 
-bool AccountChange::ChangesSignIn() const {
-  return Has(kPassword) || std::any_of(kSignIn.begin(), kSignIn.end(), [this](AccountKey key) { return Has(key); });
-}
+bool AccountChange::ChangesSignIn() const { return Has(kPassword) || HasOneOf(kSignIn); }
 
 Result<AccountSettings> AccountChange::Onto(AccountSettings stored) const {
   for (const auto& row : AccountKeyRows()) {
@@ -34,10 +34,12 @@ Result<AccountSettings> AccountChange::Onto(AccountSettings stored) const {
   // Whoever names another server or user without a password means the one that was there.
   const bool goes_elsewhere = Has(kServer) || Has(kUsername);
   const bool has_its_password = !goes_elsewhere || stored[kPassword] == wanted_[kPassword];
-  const bool is_as_wanted =
-      std::all_of(kSignIn.begin(), kSignIn.end(), [&](AccountKey key) { return stored[key] == wanted_[key]; });
-  if ((is_as_wanted && has_its_password) || !ChangesSignIn()) return stored;
-  return Error{Failure::kTryAgain, "Another window or program has changed the account's server or sign-in meanwhile.",
+  const auto is_wanted = [&](AccountKey key) { return stored[key] == wanted_[key]; };
+  const bool is_as_wanted = std::all_of(kSignIn.begin(), kSignIn.end(), is_wanted) &&
+                            std::all_of(kWayThere.begin(), kWayThere.end(), is_wanted);
+  if ((is_as_wanted && has_its_password) || (!ChangesSignIn() && !HasOneOf(kWayThere))) return stored;
+  return Error{Failure::kTryAgain,
+               "Another window or program has changed the account's server, security or sign-in meanwhile.",
                kLookAgain};
 }
 

@@ -1,8 +1,10 @@
 // What is to be changed of the account by somebody who saw it a while ago, such as an open window.
 #pragma once
 
+#include <algorithm>
 #include <bitset>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "account/account_form.h"
@@ -21,8 +23,8 @@ class AccountChange {
   // The whole account, as whoever wants the change believes it to become.
   const AccountSettings& wanted() const { return wanted_; }
   // What becomes of the account as it is stored now: what others have changed meanwhile stays. kTryAgain where this
-  // changes the server or the sign-in, and they would not be the wanted ones: a password belongs to one server and one
-  // user, and whoever typed it saw another account.
+  // changes the server, the way there or the sign-in, and they would not be the wanted ones: a password belongs to one
+  // server and one user and goes there as its owner chose, and whoever typed something else saw another account.
   Result<AccountSettings> Onto(AccountSettings stored) const;
   // What refuses that account: as CheckAccount, but for a password that the keyring lacks where this changes neither
   // the server nor the sign-in.
@@ -30,6 +32,9 @@ class AccountChange {
 
  private:
   bool Has(AccountKey key) const { return changed_.test(static_cast<std::size_t>(key)); }
+  bool HasOneOf(std::span<const AccountKey> keys) const {
+    return std::any_of(keys.begin(), keys.end(), [this](AccountKey key) { return Has(key); });
+  }
   bool ChangesSignIn() const;
 
   AccountSettings wanted_;

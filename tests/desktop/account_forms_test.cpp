@@ -456,9 +456,10 @@ class AccountFormsTest : public QObject {
     Type(form, "ServerTextBox", "third.example");
     Press(form, "OKButton");
     QVERIFY(form.isVisible());
-    QCOMPARE(Text(form, "StatusLine"),
-             QString("Nothing was saved. Another window or program has changed the account's server or sign-in "
-                     "meanwhile. Look at the account as it is now, and try again."));
+    QCOMPARE(
+        Text(form, "StatusLine"),
+        QString("Nothing was saved. Another window or program has changed the account's server, security or sign-in "
+                "meanwhile. Look at the account as it is now, and try again."));
     QCOMPARE(stored("Server") + " " + stored("Username"), QString("mx.example eve"));
   }
 

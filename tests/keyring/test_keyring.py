@@ -127,7 +127,7 @@ class Keyring(Case):
         new, third = self.write("new", "neu-8\n"), self.write("third", "drei-9\n")
         change_user = ("Username=bob", "Name=Bob", "--password-file", new)
         bobs = [("Quillcast Classic: bob at 127.0.0.1", "neu-8")]
-        changed = "Nothing was saved. Another window or program has changed the account's server or sign-in meanwhile."
+        changed = "Nothing was saved. Another window or program has changed the account's server, security or sign-in meanwhile."
         rows = (("another key", True, change_user, ("set", "Timeout=2"), 0, "", bobs,
                  {"Username": "bob", "Name": "Bob", "Timeout": "2", "PasswordFrom": "Keyring"}),
                 ("another key while it moves", False, ("--password-from", "Keyring", "Name=Bob"), ("set", "Timeout=2"), 0, "",
