@@ -119,6 +119,7 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
   if (const auto left = run::NotTriedAgainIn(summary)) context.output.Note(left->InEnglish());
+  if (const auto unknown = run::UnknownIn(summary)) context.output.Note(unknown->InEnglish());
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);
   return summary.everybody_got_it() ? 0 : 1;

@@ -143,12 +143,7 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
                               "{} recipients were deferred or not reached, and are to be tried again."));
   }
   if (const auto unknown = CountOf(mailing, ResultState::kUnknown); unknown > 0) {
-    sentences.push_back(
-        SayOf(unknown,
-              "{} recipient is unknown: the message was out and no answer came, so it may have arrived. "
-              "It is not sent again unless you ask for it.",
-              "{} recipients are unknown: their messages were out and no answers came, so they may have "
-              "arrived. They are not sent again unless you ask for it."));
+    sentences.push_back(UnknownOnes(unknown));
   }
   return sentences;
 }

@@ -19,7 +19,7 @@ struct ResultRow {
   std::int64_t position = 0;
   std::string_view address;
   ResultState state = ResultState::kSent;
-  std::string_view detail;  // why, for all but kSent: the text of its code, the server's reply, our reason
+  std::string_view detail;  // why, for all but kSent: the server's reply, the text of its code, our reason
 };
 
 class RunResults {

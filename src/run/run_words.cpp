@@ -72,6 +72,19 @@ std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary) {
                "{} recipients were to be tried again and were not: what became of them stays as it is.");
 }
 
+std::optional<Sentence> UnknownIn(const RunSummary& summary) {
+  if (summary.unknown == 0) return {};
+  return UnknownOnes(summary.unknown);
+}
+
+Sentence UnknownOnes(std::int64_t recipients) {
+  return SayOf(recipients,
+               "{} recipient is unknown: the message was out and no answer came, so it may have arrived. "
+               "It is not sent again unless you ask for it.",
+               "{} recipients are unknown: their messages were out and no answers came, so they may have "
+               "arrived. They are not sent again unless you ask for it.");
+}
+
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {
   const std::string why = smtp::OutcomeText(refusal);
   return then == Then::kStops ? Say("The server refused the same {} times in a row, so the run stops: {}", times, why)

@@ -31,6 +31,10 @@ std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 // Who was to be tried again and was not; nothing where nobody was.
 std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary);
 
+// Who may have got it, and that nobody knows; nothing where there is nobody.
+Sentence UnknownOnes(std::int64_t recipients);
+std::optional<Sentence> UnknownIn(const RunSummary& summary);
+
 // Why the machine does not sleep (platform::Power::StayAwake).
 inline constexpr const char* kKeepsAwake = "Messages are being sent.";
 

@@ -362,6 +362,7 @@ void Run::Settle(const RecipientInOrder& recipient) {
     report_.Sent();
   } else {
     ++summary_.failed;
+    if (recipient.outcome.state == smtp::State::kUnknown) ++summary_.unknown;
     report_.Failed(recipient.outcome);
   }
   const bool again = DeferRetry(recipient);

@@ -73,6 +73,7 @@ struct RunSummary {
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
   std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
+  std::int64_t unknown = 0;       // of those who failed: they may have got it
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }

@@ -29,6 +29,12 @@ std::string WhyText(const Outcome& outcome) {
   return ResultText(static_cast<std::int32_t>(outcome.code)) + Details(outcome);
 }
 
+std::string ReplyFirst(const Outcome& outcome) {
+  if (outcome.reply.code == 0) return WhyText(outcome);
+  return fmt::format("{} ({}){}{}", ReplyText(outcome.reply), ResultText(static_cast<std::int32_t>(outcome.code)),
+                     outcome.reason.empty() ? "" : " ", outcome.reason);
+}
+
 std::string OutcomeText(const Outcome& outcome) {
   return fmt::format("{} ({}){}", Name(outcome.state), ResultText(static_cast<std::int32_t>(outcome.code)),
                      Details(outcome));

@@ -11,6 +11,8 @@ namespace quillcast::smtp {
 std::string ReplyText(const ServerReply& reply);
 // Why a message was not sent: "Error 8: ... The server said: 550 ...".
 std::string WhyText(const Outcome& outcome);
+// The same, but what the server said comes first: "550 5.1.1 no such user (Error 8: ...)".
+std::string ReplyFirst(const Outcome& outcome);
 // "refused (Error 8: ...) The server said: 550 ...".
 std::string OutcomeText(const Outcome& outcome);
 

@@ -41,8 +41,8 @@ TEST(RunResults, AsTextKeepEachRowOnItsLine) {
   const RunResults results = SomeResults();
   EXPECT_EQ(results.AsText({0, 1, 2, 3}),
             "1\tada@example.org\tsent\t\n"
-            "2\tbob@example.net\trefused\tError 8: An error was reported in response to a recipient address. The SMTP "
-            "server may refuse to handle mail for unknown recipients. The server said: 550 5.1.1 no?such / user\n"
+            "2\tbob@example.net\trefused\t550 5.1.1 no?such / user (Error 8: An error was reported in response to a recipient "
+            "address. The SMTP server may refuse to handle mail for unknown recipients.)\n"
             "3\teve?@example.net\tunknown\tError 27: Socket Timeout Error.\n"
             "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n");
 }
@@ -133,7 +133,7 @@ TEST(RunRate, IsSaidInWords) {
            {10, 100000, 10000, "1.0 messages a second, 27 hours and 46 minutes left"},
            {100, 100, 1000, "100 messages a second"},
        }) {
-    EXPECT_EQ(DescribeRate(c.done, c.total, milliseconds(c.elapsed)).InEnglish(), c.text);
+    EXPECT_EQ(DescribeRate({c.done, milliseconds(c.elapsed)}, {c.total - c.done}).InEnglish(), c.text);
   }
 }
 

@@ -79,9 +79,12 @@ QString ResultsView::TextOf(std::size_t shown, int column) const {
 }
 
 void ResultsView::Grow() {
-  if (std::exchange(changes_, results_.changes()) != results_.changes()) LookOverAgain();
+  const bool is_changed = std::exchange(changes_, results_.changes()) != results_.changes();
+  if (!is_changed && seen_ == results_.size()) return;  // what was said last stays
+  if (is_changed) LookOverAgain();
   const auto more = results_.Matching(filter_, seen_);
   seen_ = results_.size();
+  unknown_ += CountUnknown(more);
   rows_.insert(rows_.end(), more.begin(), more.end());
   table_->Grow(rows_.size());
   ShowCount();
@@ -92,6 +95,7 @@ void ResultsView::Grow() {
 void ResultsView::LookOverAgain() {
   auto rows = results_.Matching(filter_, 0);
   rows.erase(std::ranges::lower_bound(rows, seen_), rows.end());
+  unknown_ = CountUnknown(rows);
   if (rows == rows_) return table_->viewport()->update();
   rows_ = std::move(rows);
   table_->Reset(rows_.size());
@@ -104,8 +108,13 @@ void ResultsView::Filter() {
   filter_.text = FromQt(text_->text());
   rows_ = results_.Matching(filter_, 0);
   seen_ = results_.size();
+  unknown_ = CountUnknown(rows_);
   table_->Reset(rows_.size());
   ShowCount();
+}
+
+std::int64_t ResultsView::CountUnknown(const std::vector<std::uint32_t>& rows) const {
+  return std::ranges::count_if(rows, [this](auto row) { return results_.At(row).state == run::ResultState::kUnknown; });
 }
 
 void ResultsView::ShowCount() {
@@ -115,7 +124,15 @@ void ResultsView::ShowCount() {
   const QString count = tr("%1 of %2 results")
                             .arg(QLocale::c().toString(static_cast<qulonglong>(rows_.size())),
                                  QLocale::c().toString(static_cast<qulonglong>(results_.size())));
-  count_->Say(filter_.state ? tr("%1. %2").arg(count, tr(run::MeaningOf(*filter_.state))) : count);
+  QString meaning;
+  if (filter_.state) {
+    meaning = tr(run::MeaningOf(*filter_.state));
+  } else if (filter_.unsent_only && unknown_ > 0) {
+    meaning = Counted(unknown_,
+                      tr("1 of them is unknown: the message was out and no answer came, so it may have arrived."),
+                      tr("%1 of them are unknown: the messages were out and no answers came, so they may have arrived."));
+  }
+  count_->Say(meaning.isEmpty() ? count : tr("%1. %2").arg(count, meaning));
 }
 
 // The selected rows, or all that the filter shows when none is.

@@ -26,6 +26,7 @@ class ResultsView final : public QWidget {
   QString TextOf(std::size_t shown, int column) const;
   void LookOverAgain();
   void Filter();
+  std::int64_t CountUnknown(const std::vector<std::uint32_t>& rows) const;
   void ShowCount();
   void Copy();
   void Save();
@@ -36,6 +37,7 @@ class ResultsView final : public QWidget {
   std::vector<std::uint32_t> rows_;  // of the results, those that pass it
   std::size_t seen_ = 0;             // of the results
   std::int64_t changes_ = 0;         // of them
+  std::int64_t unknown_ = 0;         // of the rows
   QComboBox* states_;
   QLineEdit* text_;
   RowList* table_;
