@@ -20,14 +20,16 @@ Sentence DescribeTime(double seconds) {
 
 }  // namespace
 
-Sentence DescribeRate(std::int64_t done, std::int64_t total, std::chrono::milliseconds elapsed) {
-  const double seconds = static_cast<double>(elapsed.count()) / 1000;
-  if (done <= 0 || seconds < kEnough) return {};
-  const double rate = static_cast<double>(done) / seconds;
+Sentence DescribeRate(const RunRate& rate, const TimeLeft& left) {
+  const double seconds = static_cast<double>(rate.within.count()) / 1000;
+  if (rate.messages <= 0 || seconds < kEnough) return {};
+  const double a_second = static_cast<double>(rate.messages) / seconds;
   const std::string number =
-      rate >= 10 ? platform::WithThousands(static_cast<std::int64_t>(rate)) : fmt::format("{:.1f}", rate);
-  if (done >= total) return Say("{} messages a second", number);
-  return Say("{} messages a second, {} left", number, DescribeTime(static_cast<double>(total - done) / rate));
+      a_second >= 10 ? platform::WithThousands(static_cast<std::int64_t>(a_second)) : fmt::format("{:.1f}", a_second);
+  if (left.messages <= 0) return Say("{} messages a second", number);
+  const Sentence time = DescribeTime(static_cast<double>(left.messages) / a_second);
+  return left.certainty == Certainty::kAbout ? Say("{} messages a second, {} left", number, time)
+                                             : Say("{} messages a second, at least {} left", number, time);
 }
 
 }  // namespace quillcast::run

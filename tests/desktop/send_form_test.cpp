@@ -30,7 +30,7 @@
 namespace quillcast::desktop {
 namespace {
 
-// Takes messages for as long as it lives; refuses whoever is called "no", and the sender "refused".
+// Takes messages for as long as it lives; refuses whoever is called "no", and the sender "refused"; defers "later".
 class Mailbox {
  public:
   Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : mailbox_(Start(store, clock)) {}
@@ -48,7 +48,9 @@ class Mailbox {
   std::unique_ptr<smtp::RunningMailbox> Start(const std::filesystem::path& store, const platform::Clock& clock) {
     smtp::MailboxOptions options;
     options.store = store;
-    options.session.rules = {{.pattern = "no@*"}, {.stage = smtp::RuleStage::kSender, .pattern = "refused@*"}};
+    options.session.rules = {{.pattern = "no@*"},
+                             {.pattern = "later@*", .code = 451},
+                             {.stage = smtp::RuleStage::kSender, .pattern = "refused@*"}};
     options.kept = [this](const smtp::MailboxMessage&) {
       has_one_ = true;
       holds_.wait(true);
@@ -163,7 +165,8 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.form->findChild<QComboBox*>("ResultStateComboBox")->currentText(), QString("Who did not get it"));
     QCOMPARE(table->rowCount(), 1);
     QCOMPARE(table->index(0, 1).data().toString(), QString("no@example.org"));
-    QVERIFY(table->index(0, 3).data().toString().contains("550"));
+    QVERIFY2(table->index(0, 3).data().toString().startsWith("550 "), qPrintable(table->index(0, 3).data().toString()));
+    QCOMPARE(scene.Text("ResultCountLabel"), QString("1 of 3 results"));
     scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(0);
     QCOMPARE(table->rowCount(), 3);
     scene.form->findChild<QLineEdit*>("ResultTextBox")->setText("C@EXAMPLE");
@@ -303,6 +306,12 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
     auto* table = scene.form->findChild<QTableView*>("ResultsTable")->model();
     QCOMPARE(table->index(0, 2).data().toString(), QString("unknown"));
+    QVERIFY2(scene.Text("StatusLine").contains("1 recipient is unknown: the message was out"),
+             qPrintable(scene.Text("StatusLine")));
+    QCOMPARE(scene.form->findChild<QComboBox*>("ResultStateComboBox")->currentText(), QString("Who did not get it"));
+    QCOMPARE(scene.Text("ResultCountLabel"),
+             QString("2 of 2 results. 1 of them is unknown: the message was out and no answer came, so it may have "
+                     "arrived."));
     scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentText("unknown");
     QCOMPARE(
         scene.Text("ResultCountLabel"),
@@ -336,6 +345,32 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Arrived(), 1U);
     QVERIFY(!scene.Text("RateLabel").startsWith("Waits"));
     QVERIFY2(scene.Text("StatusLine").contains("not tried"), qPrintable(scene.Text("StatusLine")));
+  }
+
+  void whoIsTriedAgainIsNotDone() {
+    Scene scene({"a@example.org", "later@example.org", "c@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Retries", "1"));
+    QVERIFY(scene.rig.settings.Write("Account", "RetryAfter", "2s"));
+    scene.Press("SendButton");
+    QTRY_VERIFY2(scene.Text("RateLabel").startsWith("Waits until "), qPrintable(scene.Text("RateLabel")));
+    auto* bar = scene.form->findChild<QProgressBar*>("RunProgressBar");
+    QCOMPARE(bar->text(), QString("2 of 3, 1 to be tried again"));
+    QVERIFY(bar->value() < bar->maximum());
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(bar->text(), QString("3 of 3"));
+  }
+
+  void whatWasSavedStaysToldWhileItRuns() {
+    Scene scene({"a@example.org"});
+    scene.mailbox.Hold();
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.mailbox.has_one());
+    scene.rig.prompts.files = {scene.rig.folder / "results.txt"};
+    scene.Press("SaveResultsButton");
+    QTest::qWait(300);  // longer than the window takes to look at the run again
+    QVERIFY2(scene.Text("ResultCountLabel").startsWith("Saved as "), qPrintable(scene.Text("ResultCountLabel")));
+    scene.mailbox.Release();
+    QTRY_COMPARE(scene.Text("ResultCountLabel"), QString("1 of 1 results"));
   }
 
   void itSaysThatItWaitsForThePassword() {

@@ -41,7 +41,8 @@ TEST(RunResults, AsTextKeepEachRowOnItsLine) {
   const RunResults results = SomeResults();
   EXPECT_EQ(results.AsText({0, 1, 2, 3}),
             "1\tada@example.org\tsent\t\n"
-            "2\tbob@example.net\trefused\t550 5.1.1 no?such / user (Error 8: An error was reported in response to a recipient "
+            "2\tbob@example.net\trefused\t550 5.1.1 no?such / user (Error 8: An error was reported in response to a "
+            "recipient "
             "address. The SMTP server may refuse to handle mail for unknown recipients.)\n"
             "3\teve?@example.net\tunknown\tError 27: Socket Timeout Error.\n"
             "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n");

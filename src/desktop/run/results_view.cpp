@@ -128,9 +128,9 @@ void ResultsView::ShowCount() {
   if (filter_.state) {
     meaning = tr(run::MeaningOf(*filter_.state));
   } else if (filter_.unsent_only && unknown_ > 0) {
-    meaning = Counted(unknown_,
-                      tr("1 of them is unknown: the message was out and no answer came, so it may have arrived."),
-                      tr("%1 of them are unknown: the messages were out and no answers came, so they may have arrived."));
+    meaning =
+        Counted(unknown_, tr("1 of them is unknown: the message was out and no answer came, so it may have arrived."),
+                tr("%1 of them are unknown: the messages were out and no answers came, so they may have arrived."));
   }
   count_->Say(meaning.isEmpty() ? count : tr("%1. %2").arg(count, meaning));
 }

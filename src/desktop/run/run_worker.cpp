@@ -31,14 +31,14 @@ RunWorker::~RunWorker() {
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
                       const std::optional<run::PartialRange>& range) {
-  news_.total = range ? run::SizeOf(*range) : group.recipients;  // until the run knows better
+  progress_.Begins(range ? run::SizeOf(*range) : group.recipients);  // until the run knows better
   Run([this, document, group, range] {
     return run::Prepare(document, group, run::PlaceOf(program_, cancel_)).Run(range, *this);
   });
 }
 
 void RunWorker::GoOnWith(const GoOnRequest& request) {
-  news_.total = request.recipients;
+  progress_.Begins(request.recipients);
   Run([this, request]() -> Result<run::RunSummary> {
     auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program_, cancel_));
     if (!prepared) return prepared.error();
@@ -57,6 +57,7 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;
+      progress_.Ends();
     }
     changed_.notify_all();
     QMetaObject::invokeMethod(this, [this, summary] {
@@ -69,6 +70,7 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
 RunNews RunWorker::TakeNews() {
   const std::lock_guard lock(mutex_);
   RunNews news = news_;
+  news.progress = progress_.Now();
   news_.notes.clear();
   return news;
 }
@@ -101,13 +103,13 @@ void RunWorker::Began(const std::filesystem::path& report) {
 void RunWorker::Finished(const run::RecipientResult& result) {
   const std::lock_guard lock(mutex_);
   results_.push_back(result);
-  if (result.tries == 1) ++news_.done;
+  progress_.Finished(result);
 }
 
 void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, std::uint64_t size) {
   const std::lock_guard lock(mutex_);
-  news_.total = total;
-  news_.waits.reset();
+  progress_.TotalIs(total);
+  progress_.GoesOut();
   news_.sent_octets = sent;
   news_.message_octets = size;
 }
@@ -115,8 +117,10 @@ void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, s
 bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
   std::unique_lock lock(mutex_);
   answer_.reset();
+  progress_.Asks();
   emit Asked(InWords(run::RefusedTheSame(refusal, times, run::Then::kWaits)));
   changed_.wait(lock, [this] { return answer_ || ending_; });
+  progress_.Answered();
   return answer_.value_or(false);
 }
 
@@ -127,7 +131,7 @@ void RunWorker::NotTried(std::int64_t position, const std::string& address) {
 
 void RunWorker::Waits(const Sentence& why, run::Moment until) {
   const std::lock_guard lock(mutex_);
-  news_.waits = run::WaitsUntil(why, until, program_.clock);
+  progress_.Waits(why, until);
 }
 
 void RunWorker::Note(const Sentence& sentence) {

@@ -16,17 +16,16 @@
 #include "platform/cancel.h"
 #include "profile/program.h"
 #include "run/prepared_run.h"
+#include "run/run_progress.h"
 #include "run/run_results.h"
 
 namespace quillcast::desktop {
 
 // What has happened since it was asked last.
 struct RunNews {
-  std::int64_t done = 0;
-  std::int64_t total = 0;
+  run::ProgressLook progress;
   std::uint64_t sent_octets = 0;  // of the current message
   std::uint64_t message_octets = 0;
-  std::optional<Sentence> waits;  // what for and until when, while it does
   std::vector<Sentence> notes;
   std::optional<std::filesystem::path> report;  // once it is there
 };
@@ -34,7 +33,8 @@ struct RunNews {
 class RunWorker final : public QObject, private run::RunListener {
   Q_OBJECT
  public:
-  RunWorker(const profile::Program& program, QObject* parent) : QObject(parent), program_(program) {}
+  RunWorker(const profile::Program& program, QObject* parent)
+      : QObject(parent), program_(program), progress_(program.clock) {}
   // Starts nothing new, gives the message under way two seconds, and waits for the run's last step.
   ~RunWorker() override;
 
@@ -79,6 +79,7 @@ class RunWorker final : public QObject, private run::RunListener {
   std::thread thread_;
   std::mutex mutex_;  // guards what follows
   RunNews news_;
+  run::RunProgress progress_;
   std::vector<run::RecipientResult> results_;
   std::vector<NotTriedRow> not_tried_;
   std::condition_variable changed_;  // one of these

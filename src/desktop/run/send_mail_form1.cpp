@@ -27,7 +27,6 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
-#include "run/run_rate.h"
 #include "run/run_words.h"
 
 namespace quillcast::desktop {
@@ -40,6 +39,7 @@ QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences(InWords(run::CountsOf(summary)));
   if (const auto left = run::NotTriedIn(summary)) sentences << InWords(*left);
   if (const auto left = run::NotTriedAgainIn(summary)) sentences << InWords(*left);
+  if (const auto unknown = run::UnknownIn(summary)) sentences << InWords(*unknown);
   if (summary.stopped) sentences << InWords(*summary.stopped);
   return sentences.join(' ');
 }
@@ -210,7 +210,6 @@ void SendMailForm1::StartRun() {
   button_->setText(tr("Cancel"));
   range_->setEnabled(false);
   before_->Close();
-  running_.start();
   tick_->start(kTick);
   if (const auto account = account::AccountSettings::Load(program_.settings)) {
     const QString first = InWords(account::WaitForPasswordText(*account));
@@ -243,7 +242,6 @@ void SendMailForm1::AskToGoOn(const QString& why) {
     worker_->Answer(false);
     return;
   }
-  waiting_.start();
   TakeNews();  // what led to it can be read
   pause_panel_->SetText(why);
   pause_panel_->show();
@@ -251,8 +249,6 @@ void SendMailForm1::AskToGoOn(const QString& why) {
 }
 
 void SendMailForm1::AnswerToGoOn(bool go_on) {
-  waited_ += waiting_.elapsed();
-  waiting_.invalidate();
   pause_panel_->hide();
   button_->setFocus();
   worker_->Answer(go_on);
@@ -285,20 +281,14 @@ void SendMailForm1::TakeNews() {
 }
 
 void SendMailForm1::ShowProgress(const RunNews& news) {
-  run_bar_->Count(static_cast<std::uint64_t>(news.done), static_cast<std::uint64_t>(news.total));
-  run_bar_->setFormat(
-      tr("%1 of %2").arg(ToQt(platform::WithThousands(news.done)), ToQt(platform::WithThousands(news.total))));
+  const auto& [done, again, total, line] = news.progress;
+  run_bar_->Count(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(total));
+  const auto number = [](std::int64_t count) { return ToQt(platform::WithThousands(count)); };
+  run_bar_->setFormat(again == 0
+                          ? tr("%1 of %2").arg(number(done), number(total))
+                          : tr("%1 of %2, %3 to be tried again").arg(number(done), number(total), number(again)));
   message_bar_->Count(news.sent_octets, news.message_octets);
-  // Those not tried take no time, and nobody knows how long an answer takes.
-  const bool goes_on = stage_ == Stage::kRunning && !waiting_.isValid();
-  if (goes_on && news.waits) return progress_->SayRate(InWords(*news.waits));
-  progress_->SayRate(InWords(run::DescribeRate(news.done, goes_on ? news.total : news.done, Worked())));
-}
-
-// Since the start, without the time that the run waited for answers.
-std::chrono::milliseconds SendMailForm1::Worked() const {
-  const qint64 waits = waiting_.isValid() ? waiting_.elapsed() : 0;
-  return std::chrono::milliseconds(running_.elapsed() - waited_ - waits);
+  progress_->SayRate(InWords(line));
 }
 
 void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {

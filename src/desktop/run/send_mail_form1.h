@@ -2,8 +2,6 @@
 #pragma once
 
 #include <QDialog>
-#include <QElapsedTimer>
-#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -68,7 +66,6 @@ class SendMailForm1 final : public QDialog {
   void TakeNews();
   void RunFinished(const Result<run::RunSummary>& summary);
   void ShowProgress(const RunNews& news);
-  std::chrono::milliseconds Worked() const;
   void CountDown();
   void PrepareToSwitchOff();
   void SwitchedOff(const Result<void>& off);
@@ -89,9 +86,6 @@ class SendMailForm1 final : public QDialog {
   run::RunResults results_;
   QStringList notes_;  // about the run
   QTimer* tick_;
-  QElapsedTimer running_;
-  QElapsedTimer waiting_;  // for the answer whether to go on; invalid while the run works
-  qint64 waited_ = 0;      // milliseconds, for the answers before
   bool report_open_ = false;
   bool waits_for_password_ = false;
   bool shuts_down_ = false;

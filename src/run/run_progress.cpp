@@ -1,0 +1,130 @@
+#include "run/run_progress.h"
+
+#include <algorithm>
+
+#include "run/run_rate.h"
+#include "run/run_words.h"
+
+namespace quillcast::run {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::Duration;
+
+constexpr Duration kOfLate = 10s;  // of work, over which a rate is told
+constexpr auto kMoment = 1s;       // a wait so short is not told, and two ends so near each other are one
+
+std::chrono::milliseconds Whole(Duration duration) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(duration);
+}
+
+}  // namespace
+
+void RunProgress::Begins(std::int64_t total) {
+  total_ = total;
+  stage_ = Stage::kGoes;
+  counted_to_ = idle_until_ = clock_.Monotonic();
+}
+
+void RunProgress::CountTime() {
+  const auto now = clock_.Monotonic();
+  const auto from = std::min(now, std::max(counted_to_, idle_until_));
+  const bool works = stage_ == Stage::kGoes && held_.value_or(1) > 0;
+  if (works) worked_ += now - from;
+  counted_to_ = now;
+}
+
+// Somebody who is tried again was counted once already.
+void RunProgress::Finished(const RecipientResult& result) {
+  CountTime();
+  idle_until_ = counted_to_;
+  ++tries_;
+  const bool is_first = result.tries == 1;
+  if (is_first) ++tried_;
+  if (result.again) {
+    if (is_first) ++again_;
+    return;
+  }
+  ++done_;
+  if (!is_first) --again_;
+}
+
+void RunProgress::GoesOut() {
+  CountTime();
+  idle_until_ = counted_to_;
+  wait_.reset();
+}
+
+// While several wait for their next try, each for another moment, the end creeps on though messages go out: so the end
+// that was told first stays, and is over in its time.
+void RunProgress::Waits(const Sentence& why, Moment until) {
+  CountTime();
+  const auto left = until - clock_.Now();
+  if (tried_ >= total_ && left >= kMoment) idle_until_ = counted_to_ + std::chrono::duration_cast<Duration>(left);
+  if (wait_ && until - wait_->until < kMoment && wait_->until - until < kMoment) {
+    wait_->why = why;
+    return;
+  }
+  wait_.reset();
+  if (left >= kMoment) wait_ = {why, until};
+}
+
+void RunProgress::Asks() {
+  CountTime();
+  stage_ = Stage::kAsks;
+}
+
+void RunProgress::Answered() {
+  CountTime();
+  stage_ = Stage::kGoes;
+}
+
+void RunProgress::IsHeld(std::int64_t in_flight) {
+  CountTime();
+  wait_.reset();
+  held_ = in_flight;
+}
+
+void RunProgress::IsLetGo() {
+  CountTime();
+  held_.reset();
+}
+
+void RunProgress::Ends() {
+  CountTime();
+  stage_ = Stage::kEnded;
+}
+
+ProgressLook RunProgress::Now() {
+  CountTime();
+  return {done_, stage_ == Stage::kEnded ? 0 : again_, total_, Line()};
+}
+
+Sentence RunProgress::Line() {
+  if (stage_ == Stage::kGoes && held_) {
+    if (*held_ > 0) {
+      return SayOf(*held_, "Pausing as soon as {} message that is under way has its answer.",
+                   "Pausing as soon as {} messages that are under way have their answers.");
+    }
+    return Say("Paused. {} of {} are done.", NumberValue(done_), NumberValue(total_));
+  }
+  if (stage_ == Stage::kGoes && wait_ && clock_.Now() < wait_->until) {
+    return WaitsUntil(wait_->why, wait_->until, clock_);
+  }
+  return Rate();
+}
+
+// Of late, or where nothing was done then and at the end, of the whole run.
+Sentence RunProgress::Rate() {
+  const RunRate whole{tries_, Whole(worked_)};
+  if (stage_ != Stage::kGoes) return DescribeRate(whole, {});
+  samples_.push_back({worked_, tries_});
+  while (samples_.size() > 1 && samples_[1].worked <= worked_ - kOfLate) samples_.pop_front();
+  const RunRate late{tries_ - samples_.front().tries, Whole(worked_ - samples_.front().worked)};
+  const bool says_something = late.messages > 0 && late.within >= kOfLate / 2;
+  // Each of those takes one more try at least.
+  return DescribeRate(says_something ? late : whole,
+                      TimeLeft{total_ - done_, again_ > 0 ? Certainty::kAtLeast : Certainty::kAbout});
+}
+
+}  // namespace quillcast::run

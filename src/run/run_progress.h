@@ -1,0 +1,75 @@
+// How far a run is and how fast it goes, by what its listener is told: what a window shows of it.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "platform/clock.h"
+#include "platform/sentence.h"
+#include "run/sending_run.h"
+
+namespace quillcast::run {
+
+struct ProgressLook {
+  std::int64_t done = 0;   // of the recipients: those of whom nothing more is to come
+  std::int64_t again = 0;  // who had a try and are to have another; none once the run has ended
+  std::int64_t total = 0;
+  Sentence line;  // how fast and how long, or what it waits for; empty before anything can be said
+};
+
+// It belongs to one thread at a time. The time that a person was asked, or held the run, counts for no rate, nor does
+// that between the end of the list and another try: a wait for the pace does, for that is how fast the run goes.
+class RunProgress {
+ public:
+  explicit RunProgress(const platform::Clock& clock) : clock_(clock) {}
+
+  void Begins(std::int64_t total);
+  // As it turned out.
+  void TotalIs(std::int64_t total) { total_ = total; }
+  void Finished(const RecipientResult& result);
+  // Octets of a message go out: nothing is waited for.
+  void GoesOut();
+  // A wait that is over in a moment is none.
+  void Waits(const Sentence& why, Moment until);
+  // A person is asked whether it goes on, and has answered.
+  void Asks();
+  void Answered();
+  // A person holds it: nothing new begins, and so many messages are under way; and lets it go on.
+  void IsHeld(std::int64_t in_flight);
+  void IsLetGo();
+  void Ends();
+
+  ProgressLook Now();
+
+ private:
+  struct Pause {
+    Sentence why;
+    Moment until;
+  };
+  struct Sample {
+    platform::Duration worked;
+    std::int64_t tries;
+  };
+  enum class Stage { kBefore, kGoes, kAsks, kEnded };
+
+  void CountTime();
+  Sentence Line();
+  Sentence Rate();
+
+  const platform::Clock& clock_;
+  Stage stage_ = Stage::kBefore;
+  std::int64_t total_ = 0;
+  std::int64_t tried_ = 0;  // recipients
+  std::int64_t done_ = 0;
+  std::int64_t again_ = 0;
+  std::int64_t tries_ = 0;
+  std::optional<std::int64_t> held_;  // with so many in flight
+  std::optional<Pause> wait_;
+  platform::Instant counted_to_;
+  platform::Instant idle_until_;  // for who is tried again
+  platform::Duration worked_{0};
+  std::deque<Sample> samples_;  // of late, at each look
+};
+
+}  // namespace quillcast::run
