@@ -72,6 +72,7 @@ Result<document::MessageDocument> DocumentFrom(const DocumentOptions& options, c
     loaded = document::LoadBody(text, options.text);
     if (!loaded) return loaded.error();
     document.text = text.text ? *text.text : text.html;
+    document.sources.emplace_back(options.text);
   }
   auto chosen = ChooseFormat(document, options.format, settings, prompts);
   if (!chosen) return chosen.error();

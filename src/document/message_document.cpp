@@ -22,6 +22,7 @@ std::string MessageDocument::PlainText(std::size_t columns) const {
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file) {
   auto read = ReadBodyFile(file);
   if (!read) return read.error();
+  document.sources.push_back(file);
   std::string& body = read->text;
   // Where the current folder is gone, the document lies nowhere.
   document.base_folder = std::filesystem::absolute(file, IgnoreErrors()).parent_path();
@@ -33,6 +34,19 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
     document.html = std::move(body);
   }
   return {};
+}
+
+Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document,
+                             std::span<const std::filesystem::path> pictures) {
+  const auto is_target = [&target](const std::filesystem::path& file) {
+    return std::filesystem::equivalent(target, file, IgnoreErrors());
+  };
+  if (std::ranges::none_of(document.sources, is_target) && std::ranges::none_of(pictures, is_target) &&
+      std::ranges::none_of(document.attachments.paths(), is_target))
+    return {};
+  return Error{Failure::kNotPermitted,
+               Say("{} is a file that the message is made of, and was left as it is.", target.string()),
+               "Name another file."};
 }
 
 std::string HtmlFromText(std::string_view text) {

@@ -3,8 +3,10 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "document/attachment_list.h"
 #include "document/edited_document.h"
@@ -35,6 +37,7 @@ struct MessageDocument {
   AttachmentList attachments;
   Priority priority = Priority::kNormal;
   bool read_receipt = false;
+  std::vector<std::filesystem::path> sources;  // the files that its texts were read from
 
   // The body as plain text: `text` where it is given, else made from the HTML and wrapped. Lines end in "\n".
   std::string PlainText(std::size_t columns = html::kTextColumns) const;
@@ -44,6 +47,11 @@ struct MessageDocument {
 // Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
 // is the text with its markup characters escaped). Encodings: see ReadBodyFile.
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
+
+// Before a file is written that is made of the document: kNotPermitted where it would take the place of one of those
+// that the document is read from, or that go along with it, by whichever spelling or link. `pictures` are among them.
+Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document,
+                             std::span<const std::filesystem::path> pictures = {});
 
 // Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
 std::string HtmlFromText(std::string_view text);

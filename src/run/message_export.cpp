@@ -21,6 +21,9 @@ Result<Exported> ExportMessage(const document::MessageDocument& document, messag
   const message::MessageTemplate message(document, std::move(options), place.folders.temporary, place.clock,
                                          place.entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
+  std::vector<std::filesystem::path> pictures;
+  for (const message::Picture& picture : message.pictures()) pictures.push_back(picture.file);
+  if (const auto other = document::CheckIsNoSource(target.file, document, pictures); !other) return other.error();
   message::RenderedMessage rendered;
   const auto made = RenderWithTags(message, smtp::Address(), rendered);
   if (!made) return made.error();

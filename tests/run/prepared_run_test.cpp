@@ -187,6 +187,13 @@ TEST_F(PreparedRunTest, ExportsTheMessageWithItsTags) {
   fails(locked, Failure::kNotPermitted);
   fails(outside / "gone" / "letter.eml", Failure::kCannotCreate);
   fails(folders_.settings, Failure::kNotPermitted);
+  const auto price = outside.Write("price.pdf", "12");
+  const auto body = outside.Write("body.htm", "<p>old");
+  letter_.attachments.Add(price.string());
+  letter_.sources = {body};
+  fails(outside / "." / "price.pdf", Failure::kNotPermitted);
+  fails(outside / "." / "body.htm", Failure::kNotPermitted);
+  EXPECT_EQ(test::ReadAll(price) + test::ReadAll(body), "12<p>old");
   letter_.attachments.Add("/nowhere/price.pdf");
   fails(file, Failure::kNoInput);
   letter_.attachments = {};

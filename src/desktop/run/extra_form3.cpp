@@ -87,6 +87,10 @@ void ExtraForm3::Export() {
     status_->Fail(other.error());
     return file_->setFocus();
   }
+  if (const auto other = document::CheckIsNoSource(target.file, message_); !other) {
+    status_->Fail(other.error());
+    return file_->setFocus();
+  }
   status_->Say(tr("Writing %1…").arg(file_->text()));
   AskPrepared(
       task_, program_, message_, run::ChosenGroup(), [target](run::PreparedRun& run) { return run.Export(target); },

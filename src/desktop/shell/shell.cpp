@@ -46,6 +46,7 @@ Result<document::MessageDocument> Shell::MessageAsItStands() {
   message.html = FromQt(*text);
   message.base_folder = document.BaseFolder();
   message.picture_places = document.picture_places();
+  if (!document.FileName().empty()) message.sources = {document.FileName()};
   return message;
 }
 
