@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <map>
+#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
+#include "html/old_colour.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
 
@@ -94,78 +97,73 @@ class OpenElements {
   bool has_paragraph_ = false;  // the next block ends it, and so does the end of what it is in
 };
 
-// "#ff0000", "ff0000" or "red" as a style has it; empty for what may be more than a colour.
-std::string ColourIn(const std::string& value) {
-  constexpr std::string_view kLetters = "#0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
-  if (value.size() > 30 || value.find_first_not_of(kLetters) != std::string::npos) return {};
-  if (value.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) return value;
-  if (value.size() == 6) return "#" + value;
-  if (value.size() != 3) return {};
-  return std::string("#0") + value[0] + '0' + value[1] + '0' + value[2];  // as browsers read it (WHATWG HTML 2.3.6)
-}
-
-std::string StyleOf(const HtmlTokenizer& page, const HtmlToken& body) {
-  std::string style;
-  const auto add = [&style](std::string_view name, const std::string& value) {
-    if (!value.empty()) style.append(name).append(":").append(value) += ';';
-  };
-  add("background-color", ColourIn(page.Value(body, "bgcolor")));
-  add("color", ColourIn(page.Value(body, "text")));
-  std::string picture = page.Value(body, "background");
-  std::erase_if(picture, [](char c) { return c == '\n' || c == '\r' || c == '\f'; });
-  for (const auto& [sign, escaped] : {std::pair("\"", "%22"), {"'", "%27"}, {"(", "%28"}, {")", "%29"}, {"\\", "%5C"}})
-    picture = platform::ReplaceAll(picture, sign, escaped);
-  if (!picture.empty()) add("background-image", "url('" + picture + "')");
-  return style + page.Value(body, "style");
-}
-
-// What a <body> says of its page, as an element that style sheets of letters hardly ever name; empty where it says
-// nothing.
-std::string BlockOf(const HtmlTokenizer& page, const HtmlToken& body) {
-  std::string out;
-  const auto add = [&out](std::string_view name, const std::string& value) {
-    if (!value.empty()) out.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';
-  };
-  for (const char* name : {"class", "id", "dir", "lang"}) add(name, page.Value(body, name));
-  if (page.Find(body, "hidden") != nullptr) out += " hidden";
-  add("style", StyleOf(page, body));
-  return out.empty() ? out : "<article" + out + '>';
-}
-
-// A page's own <body> gives what it says to the one that there is (13.2.6.4.7), and its <html> likewise: both would
-// reach the pages round it. As a block the body reaches no further than its page.
+// What a page says of the whole of itself. Its <body> gives what it says to the one that there is, as each further one
+// does where the first says nothing (13.2.6.4.7), and its <html> likewise: all would reach the pages round it. As a
+// block they reach no further than their page.
 class OwnBlock {
  public:
   OwnBlock(std::string_view page, const HtmlTokenizer& tokenizer) : page_(page), tokenizer_(tokenizer) {}
 
-  // Whether it was one of their tags, and is replaced.
-  bool Replaces(const HtmlToken& token) {
+  // Whether it was one of their tags, and is taken out.
+  bool Takes(const HtmlToken& token) {
     if (token.kind != HtmlTokenKind::kStartTag && token.kind != HtmlTokenKind::kEndTag) return false;
-    const bool is_body = token.name == "body";
-    if (!is_body && token.name != "html") return false;
+    if (token.name != "body" && token.name != "html" && token.name != "head") return false;
     out_ += page_.substr(done_, token.begin - done_);
     done_ = token.end;
-    if (is_body && token.kind == HtmlTokenKind::kStartTag && !had_body_) {
-      had_body_ = true;
-      const std::string block = BlockOf(tokenizer_, token);
-      is_open_ = !block.empty();
-      out_ += block;
-    }
+    if (token.kind == HtmlTokenKind::kStartTag) Hear(token);
     return true;
   }
-  // The page up to a place.
-  std::string UpTo(std::size_t end) {
-    return std::move(out_) + std::string(page_.substr(std::min(done_, end), end - std::min(done_, end)));
+
+  // The page up to a place, without them.
+  std::string UpTo(std::size_t end) const {
+    return out_ + std::string(page_.substr(std::min(done_, end), end - std::min(done_, end)));
   }
-  bool is_open() const { return is_open_; }
+
+  // An element that style sheets of letters hardly ever name, round what stands in the page: also before its <body>, as
+  // what is open there would end in it. A picture behind all of it has to be an attribute: styles of strangers show
+  // none.
+  std::string Round(const std::string& page) const {
+    std::string out;
+    const auto add = [&out](std::string_view name, const std::string& value) {
+      if (!value.empty()) out.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';
+    };
+    for (const char* name : {"class", "id", "dir", "lang"}) add(name, Of(name));
+    if (said_.count("hidden") != 0) out += " hidden";
+    add("style", Style());
+    std::string ground;
+    if (const std::string picture = Of("background"); !picture.empty())
+      ground = "<table width=\"100%\" background=\"" + EscapedForHtml(picture) + "\"><tr><td>";
+    if (out.empty() && ground.empty()) return page;
+    return "<article" + out + '>' + ground + page + (ground.empty() ? "" : "</td></tr></table>") + "</article>";
+  }
 
  private:
+  void Hear(const HtmlToken& token) {
+    for (const char* name : {"class", "id", "dir", "lang", "hidden", "bgcolor", "text", "background", "style"}) {
+      if (tokenizer_.Find(token, name) == nullptr) continue;
+      const bool is_outer = token.name == "html" && name == std::string_view("style");
+      said_.try_emplace(is_outer ? kOuterStyle : name, tokenizer_.Value(token, name));
+    }
+  }
+  std::string Of(const char* name) const {
+    const auto said = said_.find(name);
+    return said == said_.end() ? std::string() : said->second;
+  }
+  std::string Style() const {
+    std::string style = Of(kOuterStyle);
+    if (!style.empty()) style += ';';
+    if (const auto ground = OldColour(Of("bgcolor")); !ground.empty()) style += "background-color:" + ground + ';';
+    if (const auto colour = OldColour(Of("text")); !colour.empty()) style += "color:" + colour + ';';
+    return style + Of("style");
+  }
+
+  static constexpr const char* kOuterStyle = "style of html";
+
   std::string_view page_;
   const HtmlTokenizer& tokenizer_;
   std::string out_;
   std::size_t done_ = 0;
-  bool had_body_ = false;
-  bool is_open_ = false;
+  std::map<std::string, std::string> said_;
 };
 
 }  // namespace
@@ -179,7 +177,7 @@ std::string ClosedPage(std::string_view page) {
   HtmlTokenKind last = HtmlTokenKind::kText;
   while (raw != kEndless && tokenizer.Next(token)) {
     last = token.kind;
-    if (own.Replaces(token)) continue;
+    if (own.Takes(token)) continue;
     if (last == HtmlTokenKind::kStartTag) open.Start(token.name);
     if (last == HtmlTokenKind::kEndTag) open.End(token.name);
     if (last == HtmlTokenKind::kStartTag && HasRawText(token.name)) raw = token.name;
@@ -196,7 +194,7 @@ std::string ClosedPage(std::string_view page) {
     out.replace(out.size() - 2, 1, "&lt;");
   }
   open.End(raw);
-  return out + open.EndTags() + (own.is_open() ? "</article>" : "");
+  return own.Round(out + open.EndTags());
 }
 
 }  // namespace quillcast::html

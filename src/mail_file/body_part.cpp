@@ -42,6 +42,14 @@ bool HasWord(std::string_view text) {
   }
 }
 
+bool HasWordOrPicture(const MailMessage& message, const Part& part) {
+  if (part.source.bytes.size() > kLargestEmpty) return true;
+  const auto text = message.TextOf(part);
+  if (!text) return true;  // reading it will tell
+  if (part.type == "text/plain") return HasWord(*text);
+  return HasWord(html::HtmlToText(WordsAlone(*text))) || HasPictureOfItsOwn(message, part, *text);
+}
+
 }  // namespace
 
 bool IsTextOrPage(const Part& part) {
@@ -50,11 +58,7 @@ bool IsTextOrPage(const Part& part) {
 
 bool ShowsSomething(const MailMessage& message, const Part& part) {
   if (!IsTextOrPage(part) || !part.refused.empty()) return false;
-  if (part.source.bytes.size() > kLargestEmpty) return true;
-  const auto text = message.TextOf(part);
-  if (!text) return true;  // reading it will tell
-  if (part.type == "text/plain") return HasWord(*text);
-  return HasWord(html::HtmlToText(WordsAlone(*text))) || HasPictureOfItsOwn(message, part, *text);
+  return message.ShowsSomething(part, [&] { return HasWordOrPicture(message, part); });
 }
 
 }  // namespace quillcast::mail_file

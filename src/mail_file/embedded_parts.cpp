@@ -59,6 +59,14 @@ class Rewriter final : public html::HtmlVisitor {
   bool has_base_ = false;
 };
 
+std::string TypeByContent(const MailMessage& message, const Part& part) {
+  auto reader = message.Open(part);
+  if (!reader) return {};
+  const auto first = reader->Next();
+  const std::string_view type = first ? document::PictureType(*first) : std::string_view();
+  return type == "image/svg+xml" ? std::string() : std::string(type);
+}
+
 }  // namespace
 
 EmbeddedParts::EmbeddedParts(const MailMessage& message)
@@ -137,12 +145,11 @@ const Part* EmbeddedParts::Find(std::string_view address) const {
   return place == part_.end() ? nullptr : &message_.parts()[place->second];
 }
 
+// A page may name one part thousands of times.
 std::string EmbeddedParts::PictureTypeOf(const Part& part) const {
-  auto reader = message_.Open(part);
-  if (!reader) return {};
-  const auto first = reader->Next();
-  const std::string_view type = first ? document::PictureType(*first) : std::string_view();
-  return type == "image/svg+xml" ? std::string() : std::string(type);
+  const auto [known, is_new] = types_.try_emplace(&part);
+  if (is_new) known->second = TypeByContent(message_, part);
+  return known->second;
 }
 
 }  // namespace quillcast::mail_file

@@ -38,8 +38,9 @@ class EmbeddedParts {
  private:
   const MailMessage& message_;
   PartAddresses addresses_;
-  std::vector<std::string> ids_;                       // by part; empty for what is never shown
-  std::unordered_map<std::string, std::size_t> part_;  // by id
+  std::vector<std::string> ids_;                                // by part; empty for what is never shown
+  std::unordered_map<std::string, std::size_t> part_;           // by id
+  mutable std::unordered_map<const Part*, std::string> types_;  // of those that were looked at
 };
 
 }  // namespace quillcast::mail_file

@@ -59,8 +59,9 @@ Result<void> FindParts(const std::shared_ptr<const MessageFile>& file, const Loa
   auto unpacked = UnpackParts(files);
   const std::size_t named = structure.named_text();
   const bool has_body = std::ranges::any_of(parts, [](const Part& part) { return part.marker == Marker::kBody; });
-  if (!has_body && named != kNoPart) parts[named].marker = Marker::kBody;
-  return unpacked;
+  if (!unpacked || has_body || named == kNoPart) return unpacked;
+  parts[named].marker = Marker::kBody;
+  return UnpackText(files, named);
 }
 
 bool WasCancelled(const Result<void>& result) { return !result && result.error().failure == Failure::kTryAgain; }
@@ -83,6 +84,13 @@ Result<Loading> LoadOpen(const std::shared_ptr<const MessageFile>& file, const L
 }
 
 }  // namespace
+
+bool MailMessage::ShowsSomething(const Part& part, const std::function<bool()>& find) const {
+  shows_something_.resize(parts_.size());
+  auto& known = shows_something_[static_cast<std::size_t>(&part - parts_.data())];
+  if (!known) known = find();
+  return *known;
+}
 
 Error MailMessage::Refused(const Part& part) const {
   const std::string name =

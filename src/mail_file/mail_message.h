@@ -74,6 +74,10 @@ class MailMessage {
   Result<std::string> TextBody() const;
   Result<std::string> HtmlBody() const;
 
+  // What was found out about a part before; `find` is asked the first time. Many ask whether a part shows anything, and
+  // that takes as long as reading it.
+  bool ShowsSomething(const Part& part, const std::function<bool()>& find) const;
+
  private:
   Error Refused(const Part& part) const;
   Result<std::string> BodyOf(std::string_view type) const;
@@ -82,6 +86,7 @@ class MailMessage {
   std::shared_ptr<const MessageFile> file_;
   std::vector<Part> parts_;
   MessageFacts facts_;
+  mutable std::vector<std::optional<bool>> shows_something_;  // by part
 };
 
 struct Loading {

@@ -127,7 +127,7 @@ bool MailboxBorder::IsPassedBy(std::string_view line, std::uint64_t content_end)
 Result<bool> MailboxBorder::IsWithinMessage(const MessageLine& line, std::string_view boundary) {
   if (line.begin < within_until_) return true;
   if (boundary.empty()) return false;
-  MessageLines lines(file_, {line.begin, file_.size()});
+  MessageLines lines(file_, {content_end_, file_.size()});  // a field behind "From " may have named it, too
   MessageLine ahead;
   NamedBoundaries named;
   for (int count = 1;; ++count) {

@@ -55,10 +55,18 @@ std::size_t DateLength(const Words& words, std::size_t at) {
   return 0;
 }
 
-// Whether the first words are no sentence's: one word or none, one that is spelt out ("ada at example.org"), or one
-// whose local part has blanks in quotes.
-bool IsAddress(const Words& words, std::size_t count) {
-  if (count <= 1 || (count == 3 && words[1] == "at")) return true;
+// As all programs write them, and people hardly do.
+bool HasSeconds(const Words& words, std::size_t at, std::size_t length) {
+  return std::any_of(words.begin() + static_cast<std::ptrdiff_t>(at),
+                     words.begin() + static_cast<std::ptrdiff_t>(at + length), [](std::string_view word) {
+                       return HasShapeOf(word, {"00:00:00", "0:00:00"});
+                     });
+}
+
+// Whether the first words are no sentence's: one that is spelt out ("ada at example.org"), one with an "@" among blanks
+// in quotes; and before a time that no invitation has, one word or none.
+bool IsSender(const Words& words, std::size_t count, bool has_seconds) {
+  if ((count <= 1 && has_seconds) || (count == 3 && words[1] == "at")) return true;
   return std::any_of(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
                      [](std::string_view word) { return word.find('@') != std::string_view::npos; });
 }
@@ -76,7 +84,7 @@ MailboxLine MailboxLineOf(std::string_view line) {
     const std::size_t end = at + length;
     const bool is_end = end + kZoneWords >= words.size() || words[end] == "remote" || words[end + 1] == "remote";
     if (!is_end) return MailboxLine::kNone;
-    return IsAddress(words, at) ? MailboxLine::kSure : MailboxLine::kMaybe;
+    return IsSender(words, at, HasSeconds(words, at, length)) ? MailboxLine::kSure : MailboxLine::kMaybe;
   }
   return MailboxLine::kNone;
 }

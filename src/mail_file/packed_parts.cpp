@@ -58,8 +58,7 @@ Result<void> Unpack(FoundFiles& found, std::size_t place) {
   if (part.source.encoding == TransferEncoding::kUuencode) return UnpackUuencoded(found, part);
   if (IsBinHex(part)) return UnpackBinHex(found, place);
   if (IsTnef(part)) return UnpackTnef(found, place);
-  if (part.type == "text/plain" && part.marker == Marker::kBody) return FindInlineFiles(found, place);
-  return {};
+  return UnpackText(found, place);
 }
 
 }  // namespace
@@ -85,6 +84,14 @@ Result<BinHexLook> LookAtBinHex(FoundFiles& found, const PartSource& source) {
   if (verdict != LoadCode::kLoaded)
     found.faults.Add(verdict, Say("The BinHex file at byte {} is damaged.", source.bytes.begin));
   return look;
+}
+
+Result<void> UnpackText(FoundFiles& found, std::size_t place) {
+  const Part& part = found.parts[place];
+  const bool is_encoded = part.source.encoding == TransferEncoding::kUnknown ||
+                          part.source.encoding == TransferEncoding::kUuencode || IsBinHex(part) || IsTnef(part);
+  if (is_encoded || part.type != "text/plain" || part.marker != Marker::kBody) return {};
+  return FindInlineFiles(found, place);
 }
 
 Result<void> UnpackParts(FoundFiles& found) {

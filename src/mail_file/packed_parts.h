@@ -11,6 +11,8 @@ namespace quillcast::mail_file {
 // Goes through the parts that the structure of the file has, and sets or adds what is found in them.
 // Fails when the file cannot be read (kIo) or it was cancelled (kTryAgain).
 Result<void> UnpackParts(FoundFiles& found);
+// The files within one part's text, where it is a text of the body: for one that has become that since.
+Result<void> UnpackText(FoundFiles& found, std::size_t place);
 
 // What BinHex comes to, read to its end; a fault is told.
 struct BinHexLook {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "html/old_colour.h"
+
 namespace quillcast::html {
 namespace {
 
@@ -21,14 +23,17 @@ TEST(ClosedPage, EndsWhatBrowsersHaveOpen) {
            {"<label><button hidden></label>", "<label><button hidden></label></button></label>"},
            {"<b><div>x</b></div>", "<b><div>x</b></div>"},
            {"<html hidden><head></head><body style='display:none' bgcolor=red>x</body></html>",
-            "<head></head><article style=\"background-color:red;display:none\">x</article>"},
-           {"<body bgcolor='#000' TEXT=ffFFff background='a b\").gif' link=red class=c dir=rtl hidden>x</div></body>",
-            "<article class=\"c\" dir=\"rtl\" hidden style=\"background-color:#000;color:#ffFFff;background-image:url("
-            "'a b%22%29.gif');\">x</div></article>"},
-           {"<body bgcolor=fff text=09f background='a\n.gif'>x",
-            "<article style=\"background-color:#0f0f0f;color:#00090f;background-image:url('a.gif');\">x</article>"},
-           {"<body bgcolor='red;x:url(y)' text='expression(1)' onload=x()>x", "x"},
-           {"<BODY>x<body hidden>y</body>z", "xyz"},
+            "<article hidden style=\"background-color:red;display:none\">x</article>"},
+           {"<body bgcolor='#000' TEXT=ffFFff background='a b\").gif' link=red class=c dir=rtl>x</div></body>",
+            "<article class=\"c\" dir=\"rtl\" style=\"background-color:#000;color:#ffffff;\"><table width=\"100%\" "
+            "background=\"a b&quot;).gif\"><tr><td>x</div></td></tr></table></article>"},
+           {"<html style='background:#000'><body style=color:#fff>x",
+            "<article style=\"background:#000;color:#fff\">x</article>"},
+           {"<body class=a>x<html><body bgcolor=0 class=b>y",
+            "<article class=\"a\" style=\"background-color:#000000;\">xy</article>"},
+           {"<span hidden><body bgcolor=red>x</span>y",
+            "<article style=\"background-color:red;\"><span hidden>x</span>y</article>"},
+           {"<body bgcolor='red;x:url(y)' onload=x()>x", "<article style=\"background-color:#ed0000;\">x</article>"},
            {"x</body></html>", "x"},
        }) {
     EXPECT_EQ(ClosedPage(row.page), row.closed) << row.page;
@@ -36,4 +41,27 @@ TEST(ClosedPage, EndsWhatBrowsersHaveOpen) {
 }
 
 }  // namespace
+// By the table that browsers are held to.
+TEST(OldColour, IsWhatBrowsersMakeOfIt) {
+  const std::pair<const char*, const char*> rows[] = {
+      {" #000000 ", "#000000"},
+      {"#FFF", "#fff"},
+      {"fff", "#0f0f0f"},
+      {"#000000;", "#000000"},
+      {"#0000", "#000000"},
+      {"#00000000", "#000000"},
+      {"0", "#000000"},
+      {"ffffff", "#ffffff"},
+      {"Red", "red"},
+      {"oooooo", "#000000"},
+      {"chucknorris", "#c00000"},
+      {"rgb(0,0,0)", "#b00000"},
+      {"transparent", ""},
+      {" \n", ""},
+      {"#", "#000000"},
+      {"#123456789abc", "#12569a"},
+  };
+  for (const auto& [written, colour] : rows) EXPECT_EQ(OldColour(written), colour) << written;
+}
+
 }  // namespace quillcast::html

@@ -208,6 +208,9 @@ TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
            {"<html><body dir=rtl><b>1<i>2</b>", "<article dir=\"rtl\"><b>1<i>2</b></i></article>"},
            {"<div style='display: none'><table><tr><td></div>1",
             "<div style=\"display: none\"><table><tr><td></div>1</td></tr></table></div>"},
+           {"<body background='data:image/png;base64,iVBORw0KGgo=' text=white>1",
+            "<article style=\"color:white;\"><table width=\"100%\" "
+            "background=\"picture.png\"><tr><td>1</td></tr></table></article>"},
            {"<div><b>1</div>", "<div><b>1</div></b>"},
            {"<title>1", "<title>1</title>"},
            {"<style>p{color:red}", "<style>p{color:red}</style>"},

@@ -154,6 +154,10 @@ TEST(MailMessage, TellsOfTheMessagesBehindIt) {
            {"in numbers", "a\n\nFrom b@x 2026-11-14 22:40:05\nSubject: y\n", true},
            {"by UUCP", "a\n\nFrom b Sat Nov 14 22:40:05 2026\n>From b Sat Nov 14 22:40:05 2026 remote from x\nX: y\n",
             true},
+           {"an invitation", "a\n\nFrom Sat Nov 14 10:00 2026\nPlace: Town Hall\n", false},
+           {"an invitation with an end", "a\n\nFrom Sat 14 Nov 2026 10:00 until 12:00\nPlace: Town Hall\n", false},
+           {"an invitation with a word", "a\n\nFrom today Sat Nov 14 10:00 2026\nPlace: Town Hall\n", false},
+           {"a name alone", "a\n\nFrom ada Sat Nov 14 22:40:05 2026\nPlace: y\n", true},
            {"none", "a\n", false},
        }) {
     for (const std::string& first : {line, std::string()}) {
@@ -216,6 +220,9 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
            {"an attached mailbox", multipart + mailbox + end, 0, true},
            {"a multipart that is not closed", multipart + "\ntwo\n" + next, 1, true},
            {"one that the next one closes", multipart + "\ntwo\n\n" + line + multipart + "\nother\n--b--\n", 1, true},
+           {"one that the next one closes, whose first field names it",
+            multipart + "\ntwo\n\nFrom \nContent-Type: multipart/mixed;\n boundary=b\nTo: z\n\n--b\n\nother\n--b--\n",
+            1, true},
            {"one that the next one closes, folded", again(" boundary=\n b"), 1, true},
            {"one that the next one closes, in another charset", again(" boundary*=''%62"), 1, true},
            {"an attached one of a longer boundary",

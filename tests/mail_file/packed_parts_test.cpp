@@ -155,6 +155,18 @@ TEST(EncodedTexts, GiveTheFilesInTheirLines) {
   }
 }
 
+// A named text becomes the body behind the others, where there is no other.
+TEST(EncodedTexts, GiveTheFilesOfANamedTextToo) {
+  const test::TemporaryFolder folder;
+  const auto loading = *Load(folder.Write("a.eml",
+                                          "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n"
+                                          "Content-Disposition: inline; filename=n.txt\r\n\r\n"
+                                          "Here:\nbegin 644 a.txt\n#0V%T\n`\nend\n\r\n--b--\r\n"),
+                             {});
+  EXPECT_EQ(*loading.message->TextBody(), "Here:\r\n");
+  EXPECT_EQ(loading.message->parts().back().name, "a.txt");
+}
+
 // Of a file of zeros, which BinHex makes 64 times as small, up to where its sum would stand.
 std::string BinHexOfZeros(std::uint32_t size) {
   std::string bytes = "\1a\0TEXTabcd\0\0"s;
