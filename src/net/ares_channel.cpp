@@ -3,10 +3,31 @@
 #include <ares.h>
 
 #include <array>
+#include <cstring>
 
 namespace quillcast::net {
+namespace {
+
+ares_addr_port_node ServerNode(const Endpoint& server) {
+  ares_addr_port_node node{};
+  const bool v4 = server.address.family == Family::kIpv4;
+  node.family = v4 ? AF_INET : AF_INET6;
+  std::memcpy(&node.addr, server.address.bytes.data(), v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
+  node.udp_port = node.tcp_port = server.port;
+  return node;
+}
+
+}  // namespace
 
 void CloseAresChannel::operator()(ares_channeldata* channel) const { ares_destroy(channel); }
+
+bool SetServers(ares_channeldata* channel, std::span<const Endpoint> servers) {
+  std::vector<ares_addr_port_node> nodes;
+  nodes.reserve(servers.size());
+  for (const Endpoint& server : servers) nodes.push_back(ServerNode(server));
+  for (std::size_t n = 1; n < nodes.size(); ++n) nodes[n - 1].next = &nodes[n];
+  return ares_set_servers_ports(channel, nodes.data()) == ARES_SUCCESS;
+}
 
 void AddSockets(ares_channeldata* channel, std::vector<pollfd>& out) {
   std::array<ares_socket_t, ARES_GETSOCK_MAXNUM> sockets{};

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "net/address.h"
 #include "net/wait.h"
 
 struct ares_channeldata;
@@ -16,6 +17,9 @@ struct CloseAresChannel {
   void operator()(ares_channeldata* channel) const;
 };
 using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
+
+// Has the channel ask these servers in place of the system's. False where the system has no memory for it.
+bool SetServers(ares_channeldata* channel, std::span<const Endpoint> servers);
 
 // What the library waits for: its sockets, put behind those that are there, and when it wants to be called again though
 // nothing came, to ask the next server.

@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <netdb.h>
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "net/idna.h"
@@ -11,6 +13,9 @@
 
 namespace quillcast::net {
 namespace {
+
+constexpr std::chrono::milliseconds kLate{300};  // that both families are waited for before each is asked for alone
+constexpr std::chrono::seconds kOther{1};        // that one of them is waited for when the other has answered
 
 bool IsLocalhost(std::string_view host) {
   host = WithoutRootDot(host);
@@ -40,22 +45,57 @@ bool IsLoopbackHost(std::string_view host) {
   return name && IsLocalhost(*name);
 }
 
-struct Resolver::Answer {
+struct Resolver::Question {
   bool done = false;
   int status = ARES_SUCCESS;
   std::vector<IpAddress> addresses;
+
+  bool Found() const { return done && !addresses.empty(); }
+  bool HasNone() const { return done && (status == ARES_ENOTFOUND || status == ARES_ENODATA); }
 };
 
-Resolver::Resolver() : answer_(std::make_unique<Answer>()) {}
+// The library gives nothing of a name before both families are answered, or given up after more than a minute. Where
+// that takes its time each family is asked for alone as well.
+struct Resolver::Questions {
+  Question both;
+  Question v4;
+  Question v6;
+  platform::Instant begun{};
+  std::optional<platform::Instant> apart = {};  // since when each is asked for alone
+  std::optional<platform::Instant> found = {};  // when the first of these had an answer
+
+  std::vector<IpAddress> Addresses() const;
+  int Status() const;
+};
+
+// Of two that were asked for alone nothing says which is better, so that they take turns, IPv6 first (RFC 8305 4).
+std::vector<IpAddress> Resolver::Questions::Addresses() const {
+  if (both.Found()) return both.addresses;
+  std::vector<IpAddress> addresses;
+  for (std::size_t n = 0; n < std::max(v4.addresses.size(), v6.addresses.size()); ++n) {
+    if (n < v6.addresses.size()) addresses.push_back(v6.addresses[n]);
+    if (n < v4.addresses.size()) addresses.push_back(v4.addresses[n]);
+  }
+  return addresses;
+}
+
+// Why there is no address.
+int Resolver::Questions::Status() const {
+  if (both.done) return both.status == ARES_SUCCESS ? ARES_ENODATA : both.status;
+  return v4.status == ARES_ENODATA ? v4.status : v6.status;
+}
+
+Resolver::Resolver(std::vector<Endpoint> servers)
+    : servers_(std::move(servers)), asked_(std::make_unique<Questions>()) {}
 Resolver::~Resolver() = default;
 
 void Resolver::Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo* result) {
-  auto& answer = *static_cast<Answer*>(argument);
-  answer.done = true;
-  answer.status = status;
+  auto& question = *static_cast<Question*>(argument);
+  question.done = true;
+  question.status = status;
   if (result == nullptr) return;
   for (const ares_addrinfo_node* node = result->nodes; node != nullptr; node = node->ai_next) {
-    if (const auto endpoint = FromSystem(node->ai_addr)) answer.addresses.push_back(endpoint->address);
+    if (const auto endpoint = FromSystem(node->ai_addr)) question.addresses.push_back(endpoint->address);
   }
   ares_freeaddrinfo(result);
 }
@@ -65,11 +105,20 @@ Result<void> Resolver::Open() {
   ares_channel channel = nullptr;
   const int status = ares_init(&channel);
   if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
-  channel_.reset(channel);
+  AresChannel opened(channel);
+  if (!servers_.empty() && !SetServers(channel, servers_)) return Error{Failure::kInternal, "No resolver: no memory."};
+  channel_ = std::move(opened);
   return {};
 }
 
-void Resolver::Begin(const std::string& host) {
+void Resolver::Ask(Question& question, int family) {
+  ares_addrinfo_hints hints{};
+  hints.ai_family = family;
+  hints.ai_socktype = SOCK_STREAM;
+  ares_getaddrinfo(channel_.get(), name_.c_str(), nullptr, &hints, Keep, &question);
+}
+
+void Resolver::Begin(const std::string& host, platform::Instant now) {
   host_ = host;
   known_.reset();
   if (const auto address = ParseIpAddress(host)) {
@@ -84,25 +133,43 @@ void Resolver::Begin(const std::string& host) {
   } else if (auto opened = Open(); !opened) {
     known_ = opened.error();
   } else {
-    *answer_ = {};
-    ares_addrinfo_hints hints{};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_socktype = SOCK_STREAM;
-    ares_getaddrinfo(channel_.get(), name->c_str(), nullptr, &hints, Keep, answer_.get());
+    name_ = *name;
+    *asked_ = {};
+    asked_->begun = now;
+    Ask(asked_->both, AF_UNSPEC);
   }
 }
 
-std::optional<Resolver::Found> Resolver::Step() {
+void Resolver::AskApart(platform::Instant now) {
+  if (asked_->both.done || asked_->apart || now < asked_->begun + kLate) return;
+  asked_->apart = now;
+  Ask(asked_->v4, AF_INET);
+  Ask(asked_->v6, AF_INET6);
+}
+
+bool Resolver::IsEnough(platform::Instant now) const {
+  const Questions& asked = *asked_;
+  if (asked.both.done || (asked.v4.HasNone() && asked.v6.HasNone())) return true;
+  if (asked.v4.Found() && asked.v6.Found()) return true;
+  return asked.found && now >= *asked.found + kOther;
+}
+
+std::optional<Resolver::Found> Resolver::Step(platform::Instant now) {
   if (known_) return std::exchange(known_, {});
-  if (!answer_->done) {
+  if (!asked_->both.done) {
     std::vector<pollfd> sockets;
     WaitFor(sockets);
     IgnoreErrors(::poll(sockets.data(), sockets.size(), 0));  // then none of them is ready
     LetGoOn(channel_.get(), sockets);
   }
-  if (!answer_->done) return {};
-  if (!answer_->addresses.empty()) return std::move(answer_->addresses);
-  return NotFound(host_, answer_->status == ARES_SUCCESS ? ARES_ENODATA : answer_->status);
+  AskApart(now);
+  if (!asked_->found && (asked_->v4.Found() || asked_->v6.Found())) asked_->found = now;
+  if (!IsEnough(now)) return {};
+  auto addresses = asked_->Addresses();
+  const int status = asked_->Status();
+  ares_cancel(channel_.get());  // calls Keep at once
+  if (!addresses.empty()) return addresses;
+  return NotFound(host_, status);
 }
 
 void Resolver::WaitFor(std::vector<pollfd>& out) const {
@@ -110,23 +177,33 @@ void Resolver::WaitFor(std::vector<pollfd>& out) const {
 }
 
 Deadline Resolver::Again(platform::Instant now) const {
-  return channel_ ? NextRetry(channel_.get(), now) : Deadline::Never();
+  if (!channel_) return Deadline::Never();
+  Deadline again = NextRetry(channel_.get(), now);
+  if (!asked_->apart) again = Earlier(again, Deadline::After(asked_->begun, kLate));
+  if (asked_->found) again = Earlier(again, Deadline::After(*asked_->found, kOther));
+  return again;
 }
 
-Error Resolver::Late() {
-  if (channel_) ares_cancel(channel_.get());  // calls Keep at once
+Resolver::Found Resolver::Late() {
+  auto addresses = asked_->Addresses();
+  if (channel_) ares_cancel(channel_.get());
+  if (!addresses.empty()) return addresses;
   return TookTooLong(host_);
 }
 
 Resolver::Found Resolver::Resolve(const std::string& host, const Patience& patience) {
-  Begin(host);
+  std::vector<pollfd> sockets;
+  Begin(host, patience.clock.Monotonic());
   for (;;) {
-    if (auto found = Step()) return *std::move(found);
-    const auto driven = DriveChannel(channel_.get(), patience);
-    if (driven && *driven) continue;
-    Error late = Late();
-    if (!driven) return driven.error();
-    return late;
+    const auto now = patience.clock.Monotonic();
+    if (auto found = Step(now)) return *std::move(found);
+    if (patience.deadline.Passed(now)) return Late();
+    sockets.clear();
+    WaitFor(sockets);
+    const auto waited = WaitAny(sockets, patience, Earlier(Again(now), patience.deadline));
+    if (waited) continue;
+    ares_cancel(channel_.get());
+    return waited.error();
   }
 }
 

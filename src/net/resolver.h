@@ -24,30 +24,38 @@ class Resolver {
  public:
   using Found = Result<std::vector<IpAddress>>;
 
-  Resolver();
+  // Asks `servers`; those of the system where none are given.
+  explicit Resolver(std::vector<Endpoint> servers = {});
   ~Resolver();
 
-  // IPv4 and IPv6 addresses, at least one, in the order in which they are best tried (RFC 6724). An address as text is
-  // its own answer; "localhost" and names below it are loopback without a query (RFC 6761 6.3). The first call reads
-  // the system's setup.
+  // IPv4 and IPv6 addresses, at least one, in the order in which they are best tried (RFC 6724). Where the question for
+  // one of the two is not answered, those of the other are given a second or two later (RFC 8305 3): name servers and
+  // routers that drop what they do not know are common. An address as text is its own answer; "localhost" and names
+  // below it are loopback without a query (RFC 6761 6.3). The first call reads the system's setup.
   Found Resolve(const std::string& host, const Patience& patience);
 
   // The same in steps, for whoever has more to do than to wait: what Step gives nothing for is waited for with WaitFor
-  // until Again at most, and given up with Late.
-  void Begin(const std::string& host);
-  std::optional<Found> Step();
+  // until Again at most. Late gives up, and gives what came by then, or why there is nothing.
+  void Begin(const std::string& host, platform::Instant now);
+  std::optional<Found> Step(platform::Instant now);
   void WaitFor(std::vector<pollfd>& out) const;
   Deadline Again(platform::Instant now) const;
-  Error Late();
+  Found Late();
 
  private:
-  struct Answer;
-  static void Keep(void* answer, int status, int timeouts, ares_addrinfo* result);
+  struct Question;
+  struct Questions;
+  static void Keep(void* question, int status, int timeouts, ares_addrinfo* result);
   Result<void> Open();
+  void Ask(Question& question, int family);
+  void AskApart(platform::Instant now);
+  bool IsEnough(platform::Instant now) const;
 
-  std::unique_ptr<Answer> answer_;  // what the channel's question ends in
+  const std::vector<Endpoint> servers_;
+  std::unique_ptr<Questions> asked_;  // what the channel's questions end in
   AresChannel channel_;
   std::string host_;
+  std::string name_;            // as it is asked for
   std::optional<Found> known_;  // without a question
 };
 

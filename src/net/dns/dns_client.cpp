@@ -27,15 +27,6 @@ struct FreeServers {
   void operator()(ares_addr_port_node* servers) const { ares_free_data(servers); }
 };
 
-ares_addr_port_node ServerNode(const Endpoint& server) {
-  ares_addr_port_node node{};
-  const bool v4 = server.address.family == Family::kIpv4;
-  node.family = v4 ? AF_INET : AF_INET6;
-  std::memcpy(&node.addr, server.address.bytes.data(), v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
-  node.udp_port = node.tcp_port = server.port;
-  return node;
-}
-
 Endpoint ServerOf(const ares_addr_port_node& node) {
   Endpoint server;
   const bool v4 = node.family == AF_INET;
@@ -64,11 +55,7 @@ AresChannel OpenChannel(std::vector<Endpoint>& servers, Way way) {
     return {};
   }
   AresChannel opened(channel);
-  std::vector<ares_addr_port_node> nodes;
-  nodes.reserve(servers.size());
-  for (const Endpoint& server : servers) nodes.push_back(ServerNode(server));
-  for (std::size_t n = 1; n < nodes.size(); ++n) nodes[n - 1].next = &nodes[n];
-  if (ares_set_servers_ports(channel, nodes.data()) != ARES_SUCCESS) return {};
+  if (!SetServers(channel, servers)) return {};
   return opened;
 }
 

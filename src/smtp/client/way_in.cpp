@@ -58,11 +58,11 @@ void WayIn::BeginServer() {
   if (server_ == around_.options.servers.size() || around_.until.Passed(around_.clock.Monotonic())) return End();
   if (around_.watch != nullptr) around_.watch->Begins(server());
   Begin(Stage::kName, ConnectionStep::kName);
-  resolver_.Begin(server().host);
+  resolver_.Begin(server().host, around_.clock.Monotonic());
 }
 
 bool WayIn::Find() {
-  auto found = resolver_.Step();
+  auto found = resolver_.Step(around_.clock.Monotonic());
   if (!found && !IsLate()) return false;
   if (!found) found = resolver_.Late();
   if (!*found) return Fail(Unreachable(found->error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound));
