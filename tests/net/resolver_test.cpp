@@ -25,11 +25,12 @@ std::vector<std::string> Answer(const std::string& query, std::set<std::string>&
   const std::string family = is_v6 ? "aaaa-" : "a-";
   std::string_view wanted = question.name;
   while (!wanted.empty() && !wanted.starts_with(family)) {
-    wanted.remove_prefix(std::min(wanted.size(), wanted.find('.') + 1));
+    wanted.remove_prefix(std::min(wanted.find('.'), wanted.size() - 1) + 1);
   }
   wanted = wanted.substr(0, wanted.find('.'));
   wanted.remove_prefix(std::min(wanted.size(), family.size()));
-  if (wanted == "found")
+  if (wanted == "lost" && lost.insert(question.section).second) return {};
+  if (wanted == "found" || wanted == "lost")
     return {ReplyTo(query, 0, {AddressRecord(question.name, is_v6 ? "2001:db8::7" : "192.0.2.7")})};
   if (wanted == "none") return {ReplyTo(query, 0, {})};
   if (wanted == "failed") return {ReplyTo(query, 2, {})};
