@@ -71,12 +71,6 @@ nlohmann::ordered_json ObjectOf(const support::RequestContents& contents) {
           {"body", contents.body},    {"report", contents.report}, {"files", files}};
 }
 
-int Show(Context& context, const support::RequestContents& contents) {
-  context.output.Line(support::AsText(contents));
-  context.output.Object(ObjectOf(contents));
-  return 0;
-}
-
 Result<std::uint64_t> WriteText(const std::string& text, const std::string& file, const profile::Folders& folders) {
   const auto written = platform::ReplaceChosenFile(file, folders.OwnFiles(), text);
   return written ? Result<std::uint64_t>(text.size()) : written.error();
@@ -84,21 +78,6 @@ Result<std::uint64_t> WriteText(const std::string& text, const std::string& file
 
 std::string TextOf(const Complaint<support::SupportControl>& complaint) {
   return complaint.message.empty() ? complaint.reason.InEnglish() : complaint.message;
-}
-
-int Save(Context& context, const std::string& file, const support::SupportRequest& request,
-         const support::RequestContents& contents, const profile::Folders& folders) {
-  if (const auto named = CheckNamesAFile(file); !named) return context.output.Fail(named.error());
-  if (const int refused = AskToWrite(context, file)) return refused;
-  const bool is_message = platform::EqualsIgnoringAsciiCase(std::filesystem::path(file).extension().string(), ".eml");
-  const auto written = is_message ? support::WriteRequest(request, contents, file, PlaceOf(context, folders))
-                                  : WriteText(support::AsText(contents), file, folders);
-  if (!written) return context.output.Fail(written.error());
-  context.output.Line(fmt::format("What would go is in {}; nothing was sent.", platform::Printable(file)));
-  context.output.Object({{"file", file}, {"octets", *written}});
-  if (const auto complaint = support::CheckRequest(request))
-    context.output.Note(fmt::format("It would not be sent so: {}", TextOf(*complaint)));
-  return 0;
 }
 
 // Of one that was not sent.
@@ -119,6 +98,60 @@ int ExitCodeOf(const smtp::Outcome& outcome) {
     default:
       return 1;
   }
+}
+
+// The files of a request that may lack what is yet to be written.
+int TellOfFiles(Context& context, support::SupportRequest request, const support::RequestContents& contents,
+                const profile::Folders& folders) {
+  if (contents.files.empty()) return 0;
+  request.email = contents.to.text();
+  const auto tried = support::TryRequest(request, contents, PlaceOf(context, folders));
+  if (!tried) return context.output.Fail(tried.error());
+  if (tried->state == smtp::State::kSent) return 0;
+  context.output.Note(fmt::format("It would not be sent so: {}", tried->reason));
+  return ExitCodeOf(*tried);
+}
+
+// What was shown or written is looked at as sending does. The account and the description may come later; for anything
+// else that keeps it back the exit code is that of sending.
+int TellWhatKeepsItBack(Context& context, const support::SupportRequest& request,
+                        const support::RequestContents& contents, const profile::Folders& folders, bool has_account) {
+  const auto tell = [&context](const std::string& why) {
+    context.output.Note(fmt::format("It would not be sent so: {}", why));
+  };
+  int code = 0;
+  auto written = request;
+  if (!has_account) tell(support::kNoAccount);
+  if (const auto complaint = support::CheckRequest(request); request.description.empty() && complaint) {
+    tell(TextOf(*complaint));
+    written.description = "-";
+  }
+  const bool has_address = has_account || !request.email.empty();
+  if (const auto complaint = has_address ? support::CheckRequest(written) : std::nullopt) {
+    tell(TextOf(*complaint));
+    code = ExitCode(Failure::kUsage);
+  }
+  const int of_files = TellOfFiles(context, std::move(written), contents, folders);
+  return code != 0 ? code : of_files;
+}
+
+int Show(Context& context, const support::RequestContents& contents) {
+  context.output.Line(support::AsText(contents));
+  context.output.Object(ObjectOf(contents));
+  return 0;
+}
+
+int Save(Context& context, const std::string& file, const support::SupportRequest& request,
+         const support::RequestContents& contents, const profile::Folders& folders) {
+  if (const auto named = CheckNamesAFile(file); !named) return context.output.Fail(named.error());
+  if (const int refused = AskToWrite(context, file)) return refused;
+  const bool is_message = platform::EqualsIgnoringAsciiCase(std::filesystem::path(file).extension().string(), ".eml");
+  const auto written = is_message ? support::WriteRequest(request, contents, file, PlaceOf(context, folders))
+                                  : WriteText(support::AsText(contents), file, folders);
+  if (!written) return context.output.Fail(written.error());
+  context.output.Line(fmt::format("What would go is in {}; nothing was sent.", platform::Printable(file)));
+  context.output.Object({{"file", file}, {"octets", *written}});
+  return 0;
 }
 
 int TellFailure(Context& context, const Result<smtp::Outcome>& end) {
@@ -174,9 +207,9 @@ int RunSupport(Context& context, const SupportOptions& options) {
   if (hidden->not_known) context.output.Note(hidden->not_known->InEnglish());
   const auto contents = support::ContentsOf(*request, facts, *to, *folders, settings, hidden->password);
   if (!contents) return context.output.Fail(contents.error());
-  if (options.show) return Show(context, *contents);
-  if (!options.save.empty()) return Save(context, options.save, *request, *contents, *folders);
-  return Send(context, *request, *contents, facts, *folders);
+  if (options.Sends()) return Send(context, *request, *contents, facts, *folders);
+  const int code = options.show ? Show(context, *contents) : Save(context, options.save, *request, *contents, *folders);
+  return code != 0 ? code : TellWhatKeepsItBack(context, *request, *contents, *folders, *filled_in);
 }
 
 void AddContents(CLI::App& support, SupportOptions& options) {
@@ -213,13 +246,16 @@ void AddSupportCommand(CLI::App& app, Context& context) {
   AddContents(*support, *options);
   auto* show = support->add_flag("--show", options->show, "Send nothing: show all that would go");
   support
-      ->add_option("--save", options->save,
-                   "Send nothing: write all that would go into this file; the whole message where it ends in .eml")
+      ->add_option(
+          "--save", options->save,
+          "Send nothing: write all that would go into this file; the whole message where it ends in .eml. What is "
+          "there is replaced")
       ->type_name("FILE")
       ->excludes(show);
   support->footer(
       "No password goes along, and no recipient's data but by --last-report and --first-message. A keyring or a "
       "command is asked for the password, so that it is hidden wherever another setting repeats it.\n"
+      "--show and --save look at the files and the address as sending does, and say what would keep the request back.\n"
       "Exit codes: 0 sent; 1 refused; 69 no server could be reached; 75 to be tried again; others: why is told on "
       "standard error.\n"
       "Example:\n  quillcast support --show\n"

@@ -22,6 +22,12 @@ namespace {
 using smtp::Outcome;
 using smtp::ResultCode;
 
+Outcome Taken() {
+  Outcome taken;
+  taken.state = smtp::State::kSent;
+  return taken;
+}
+
 Outcome Failed(ResultCode code, const Error& error) {
   return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = InOneLine(error), .begun = false};
 }
@@ -112,6 +118,13 @@ Result<Outcome> SendRequest(const SupportRequest& request, const SystemFacts& fa
   });
 }
 
+Result<Outcome> TryRequest(const SupportRequest& request, const RequestContents& contents, const run::RunPlace& place) {
+  const auto account = account::AccountSettings::Load(place.Settings());
+  if (!account) return account.error();
+  return WithMessage(request, contents, *account, place,
+                     [](message::RenderedMessage&) -> Result<Outcome> { return Taken(); });
+}
+
 Result<std::uint64_t> WriteRequest(const SupportRequest& request, const RequestContents& contents,
                                    const std::filesystem::path& file, const run::RunPlace& place) {
   const auto account = account::AccountSettings::Load(place.Settings());
@@ -123,9 +136,7 @@ Result<std::uint64_t> WriteRequest(const SupportRequest& request, const RequestC
         const auto written = platform::ReplaceChosenFile(file, place.folders.OwnFiles(), [&](int fd) {
           return message::WriteMessage(message, fd, file, &place.cancel);
         });
-        Outcome done;
-        done.state = smtp::State::kSent;
-        return written ? Result<Outcome>(done) : written.error();
+        return written ? Result<Outcome>(Taken()) : written.error();
       });
   if (!made) return made.error();
   if (made->state != smtp::State::kSent) return Error{Failure::kNoInput, made->reason, ""};

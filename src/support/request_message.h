@@ -34,6 +34,11 @@ Result<HiddenPassword> PasswordToHide(const run::RunPlace& place);
 Result<smtp::Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
                                   const run::RunPlace& place);
 
+// Makes the message as sending does, and sends nothing: what came of it is kSent where it could go, else the outcome
+// that sending has of a file.
+Result<smtp::Outcome> TryRequest(const SupportRequest& request, const RequestContents& contents,
+                                 const run::RunPlace& place);
+
 // The whole message, as it would go. Gives its octets. After a failure what stood there before still does.
 Result<std::uint64_t> WriteRequest(const SupportRequest& request, const RequestContents& contents,
                                    const std::filesystem::path& file, const run::RunPlace& place);

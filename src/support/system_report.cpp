@@ -135,13 +135,20 @@ bool IsWordOfOnesOwn(const std::string& value, const SettingRow& row) {
   return std::find(key.choices.begin(), key.choices.end(), value) == key.choices.end();
 }
 
+// A word so short stands in many others by chance: where it stood would tell what it is.
+bool Holds(std::string_view text, std::string_view secret) {
+  constexpr std::ptrdiff_t kLongestByChance = 2;
+  if (secret.empty()) return false;
+  const auto letters = std::count_if(secret.begin(), secret.end(), [](char c) { return (c & 0xC0) != 0x80; });
+  return letters > kLongestByChance ? text.find(secret) != std::string_view::npos : text == secret;
+}
+
 // Some services take one token for both user name and password, and a password may also have got into a wrong field.
 std::string Shown(const std::string& value, const SettingRow& row, const Secrets& secrets) {
   const std::string shown = WithoutSecret(value, row.place);
   const bool may_be_one = secrets.name_may_be_one && row.key == "Username" && !value.empty();
-  const bool holds_one = std::any_of(secrets.known.begin(), secrets.known.end(), [&](std::string_view secret) {
-    return !secret.empty() && shown.find(secret) != std::string::npos;
-  });
+  const bool holds_one = std::any_of(secrets.known.begin(), secrets.known.end(),
+                                     [&](std::string_view secret) { return Holds(shown, secret); });
   return may_be_one || (holds_one && IsWordOfOnesOwn(value, row)) ? std::string(kHidden) : shown;
 }
 

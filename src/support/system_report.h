@@ -14,9 +14,9 @@ namespace quillcast::support {
 
 // A CRLF after each line. A setting that is not stored has the value that its readers take then; a value is one line,
 // cut behind 1,000 bytes. The account's password is not among them: a value that holds it or `password`, which is the
-// account's where it is kept elsewhere and known, stands as "***"; so does what is a secret
-// of its own (see WithoutSecret), and the user's name where the password is kept elsewhere: some take one token for
-// both. Fails where the settings cannot be read.
+// account's where it is kept elsewhere and known, or is it where that has one or two letters, stands as "***"; so does
+// what is a secret of its own (see WithoutSecret), and the user's name where the password is kept elsewhere: some take
+// one token for both. Fails where the settings cannot be read.
 Result<std::string> SystemReport(const SystemFacts& facts, const std::filesystem::path& install_path,
                                  const profile::SettingsStore& settings, const platform::Secret& password);
 

@@ -95,7 +95,11 @@ class Support(Case):
         self.run_program("group", "list")
         shown, = self.ask("--show")[0]
         self.assertEqual(set(shown), {"to", "from", "subject", "body", "report", "files"})
-        text = self.ok("support", "--show")  # without an account and a description, too
+        code, text, err = self.run_program("support", "--show")  # without an account and a description, too
+        self.assertEqual((code, err.count("It would not be sent so: ")), (0, 2), err)
+        for words in ("Please fill out the Mail Account section", "Please enter your description."):
+            self.assertIn(words, err)
+        self.assertEqual(self.run_program("support", "--show", "--attach", "/nowhere/x")[0], 66)
         self.assertIn(shown["report"].replace("\r\n", "\n"), text.replace("\r\n", "\n"))
         self.account(1)
         target = self.write("what.txt", "mine")
@@ -178,6 +182,13 @@ class Support(Case):
                 got, out, err = self.run_program("--no-input", "support", *arguments)
                 self.assertEqual(got, code, out + err)
                 self.assertIn(words, out + err)
+                if "--topic" in arguments or arguments[:1] == ("--description-file",):
+                    continue
+                for look in (("--show",), ("--save", str(self.folder / "looked.txt"))):
+                    got, out, err = self.run_program("--no-input", "support", *look, *arguments)
+                    self.assertEqual(got, 0 if "Please enter" in words else code, out + err)
+                    self.assertIn(words, err)
+                    self.assertEqual("It would not be sent so: " in err, "--last-report" not in arguments, err)
         with mock.patch.dict(os.environ, {"QUILLCAST_SUPPORT_ADDRESS": "desk"}):
             got, out, err = self.run_program("support", "--description", "x")
             self.assertEqual((got, "QUILLCAST_SUPPORT_ADDRESS" in err), (64, True), out + err)
