@@ -29,7 +29,7 @@ void RunProgress::Begins(std::int64_t total) {
 void RunProgress::CountTime() {
   const auto now = clock_.Monotonic();
   const auto from = std::min(now, std::max(counted_to_, idle_until_));
-  const bool works = stage_ == Stage::kGoes && held_.value_or(1) > 0;
+  const bool works = stage_ == Stage::kGoes && held_ != UnderWay::kNothing;
   if (works) worked_ += now - from;
   counted_to_ = now;
 }
@@ -79,10 +79,10 @@ void RunProgress::Answered() {
   stage_ = Stage::kGoes;
 }
 
-void RunProgress::IsHeld(std::int64_t in_flight) {
+void RunProgress::IsHeld(UnderWay what) {
   CountTime();
   wait_.reset();
-  held_ = in_flight;
+  held_ = what;
 }
 
 void RunProgress::IsLetGo() {
@@ -102,10 +102,7 @@ ProgressLook RunProgress::Now() {
 
 Sentence RunProgress::Line() {
   if (stage_ == Stage::kGoes && held_) {
-    if (*held_ > 0) {
-      return SayOf(*held_, "Pausing as soon as {} message that is under way has its answer.",
-                   "Pausing as soon as {} messages that are under way have their answers.");
-    }
+    if (*held_ == UnderWay::kSomething) return "Pausing as soon as what is under way has its answer.";
     return Say("Paused. {} of {} are done.", NumberValue(done_), NumberValue(total_));
   }
   if (stage_ == Stage::kGoes && wait_ && clock_.Now() < wait_->until) {

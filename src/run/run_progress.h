@@ -35,8 +35,9 @@ class RunProgress {
   // A person is asked whether it goes on, and has answered.
   void Asks();
   void Answered();
-  // A person holds it: nothing new begins, and so many messages are under way; and lets it go on.
-  void IsHeld(std::int64_t in_flight);
+  // A person holds it: nothing new begins, though some may be under way; and lets it go on.
+  enum class UnderWay { kNothing, kSomething };
+  void IsHeld(UnderWay what);
   void IsLetGo();
   void Ends();
 
@@ -64,7 +65,7 @@ class RunProgress {
   std::int64_t done_ = 0;
   std::int64_t again_ = 0;
   std::int64_t tries_ = 0;
-  std::optional<std::int64_t> held_;  // with so many in flight
+  std::optional<UnderWay> held_;
   std::optional<Pause> wait_;
   platform::Instant counted_to_;
   platform::Instant idle_until_;  // for who is tried again

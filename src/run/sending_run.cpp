@@ -17,6 +17,9 @@
 namespace quillcast::run {
 namespace {
 
+// How often whoever holds a run is asked whether it goes on.
+constexpr std::chrono::milliseconds kHeldFor{500};
+
 // The report's name for a failure of ours, before any server was asked.
 smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
   return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = Describe(error)};
@@ -78,6 +81,8 @@ class Run final : public smtp::JobSource {
   void OpenThoseLeft();
   void TakeSize();
   bool NextOf(Result<bool> next);
+  bool IsNobodyLeft() const { return taken_ == run_->size() && summary_.retries_left == 0; }
+  bool IsHeld();
   bool IsHeldUp();
   std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
   bool NextLeft();
@@ -110,6 +115,7 @@ class Run final : public smtp::JobSource {
   ResultsInOrder order_;
   Retries retries_;
   std::optional<SlowDown> slow_down_;
+  bool held_ = false;              // by a person, when NextJob was asked last
   bool held_up_ = false;           // by it, when NextJob was asked last
   std::int64_t taken_ = 0;         // of the list
   bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
@@ -201,7 +207,7 @@ smtp::Job* Run::NextJob() {
   if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
   Letter* letter = free_letters_.back();
   held_up_ = false;
-  while (MayGoOn() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
+  while (MayGoOn() && !IsHeld() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
     if (order_.At(position_).tries == 1) ++taken_;
     auto failure = RenderRow(*letter);
     if (!failure) {
@@ -229,12 +235,19 @@ void Run::TellWait(const Sentence& why, Moment until) {
   listener_.Waits(why, until);
 }
 
+// A run that comes to nobody any more has nothing to hold.
+bool Run::IsHeld() {
+  const bool held = !IsNobodyLeft() && listener_.IsHeld();
+  if (std::exchange(held_, held) && !held) listener_.LetGo();
+  return held;
+}
+
 // The server asked for fewer messages, and the next one is not due yet.
 bool Run::IsHeldUp() {
   if (!slow_down_) return false;
   if (const auto faster = slow_down_->GoFaster()) listener_.Note(*faster);
-  const bool nobody_left = taken_ == run_->size() && summary_.retries_left == 0;  // the run does not wait for that
-  held_up_ = !nobody_left && slow_down_->Due() > parts_.clock.Monotonic();
+  // A run that comes to nobody any more does not wait for that.
+  held_up_ = !IsNobodyLeft() && slow_down_->Due() > parts_.clock.Monotonic();
   return held_up_;
 }
 
@@ -247,6 +260,11 @@ std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sen
 // By what NextJob found: what was not due then may be so by now, and is still to come.
 std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
+  if (held_) {
+    if (progress_told_ != Done()) TellProgress(0, 0);
+    listener_.Held(std::ssize(with_carrier_));
+    return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
+  }
   if (held_up_) return WaitUntil(slow_down_->Due().value_or(parts_.clock.Monotonic()), slow_down_->Why());
   const auto& wait = in_turn_->wait();
   const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;

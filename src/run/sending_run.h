@@ -50,6 +50,13 @@ class RunListener {
   // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
   // False ends the run.
   virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
+  // Whether a person holds the run for now: nobody new is come to then. Asked before each, and twice a second
+  // meanwhile.
+  virtual bool IsHeld() { return false; }
+  // So it is held, and so many messages are under way still, whose results are waited for; told anew as that changes,
+  // and a few times a second. Then, once, that it goes on.
+  virtual void Held(std::int64_t /*under_way*/) {}
+  virtual void LetGo() {}
   // For each recipient who is left when a run has ended early, for whatever reason.
   virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
   // The same of somebody who was tried in a run before, and stays in that state.

@@ -24,6 +24,7 @@
 #include "desktop/run/shut_down_form.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "platform/file.h"
+#include "platform/text.h"
 #include "recipients/import/recipient_import.h"
 #include "smtp/mailbox/running_mailbox.h"
 
@@ -358,6 +359,38 @@ class SendFormTest : public QObject {
     QVERIFY(bar->value() < bar->maximum());
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QCOMPARE(bar->text(), QString("3 of 3"));
+  }
+
+  void aRunIsHeldAndGoesOn() {
+    Scene scene(20000);
+    auto* hold = scene.form->findChild<QPushButton*>("PauseButton");
+    QVERIFY(!hold->isVisible());
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Arrived() > 0);
+    scene.form->activateWindow();
+    QTest::keyClick(scene.form.get(), Qt::Key_U, Qt::AltModifier);
+    QTRY_VERIFY2(scene.Text("RateLabel").startsWith("Paused. "), qPrintable(scene.Text("RateLabel")));
+    const std::size_t arrived = scene.Arrived();
+    QCOMPARE(scene.Text("RateLabel"),
+             "Paused. " + ToQt(platform::WithThousands(static_cast<std::int64_t>(arrived))) + " of 20,000 are done.");
+    QCOMPARE(scene.rig.power.awake.load(), 0);
+    QTest::qWait(1200);  // longer than the run takes to ask again
+    QCOMPARE(scene.Arrived(), arrived);
+    QCOMPARE(hold->text(), QString("Go &on"));
+    hold->click();
+    QTRY_VERIFY(scene.Arrived() > arrived);
+    QCOMPARE(scene.rig.power.awake.load(), 1);
+    hold->click();
+    QTRY_VERIFY(scene.Text("RateLabel").startsWith("Paused. "));
+    QElapsedTimer since;
+    since.start();
+    scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.Press("SendButton");
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QVERIFY2(since.elapsed() < 1500, "a cancel waits for nothing");
+    QVERIFY(!hold->isVisible());
+    QVERIFY(scene.Text("StatusLine").contains("not tried"));
+    QCOMPARE(scene.Report().count("Message sent successfully."), static_cast<int>(scene.Arrived()));
   }
 
   void whatWasSavedStaysToldWhileItRuns() {

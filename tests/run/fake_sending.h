@@ -257,7 +257,15 @@ struct Told final : RunListener {
   std::vector<std::string> notes;
   std::vector<std::string> waits;  // what was waited for, once where it was told again
   std::int64_t total = 0;
+  std::function<bool()> is_held;   // nobody holds it where there is none
+  std::vector<std::int64_t> held;  // with so many under way, once where it was told again
+  int let_go = 0;
 
+  bool IsHeld() override { return is_held && is_held(); }
+  void Held(std::int64_t under_way) override {
+    if (held.empty() || held.back() != under_way) held.push_back(under_way);
+  }
+  void LetGo() override { ++let_go; }
   void Began(const std::filesystem::path& file) override { report = file; }
   void ReportLine(std::string_view) override {}
   void Finished(const RecipientResult& result) override {

@@ -99,7 +99,7 @@ TEST_F(Progress, CountsNoTimeInWhichARunDoesNotWork) {
        }},
       {"held",
        [&] {
-         progress_->IsHeld(0);
+         progress_->IsHeld(RunProgress::UnderWay::kNothing);
          Pass(45s);
          progress_->IsLetGo();
        }},
@@ -126,16 +126,14 @@ TEST_F(Progress, SaysHowItIsHeld) {
   progress_->Begins(1200);
   Tell(1000, 1ms);
   Waits(60s);
-  progress_->IsHeld(2);
-  EXPECT_EQ(Line(), "Pausing as soon as 2 messages that are under way have their answers.");
-  progress_->IsHeld(1);
-  EXPECT_EQ(Line(), "Pausing as soon as 1 message that is under way has its answer.");
+  progress_->IsHeld(RunProgress::UnderWay::kSomething);
+  EXPECT_EQ(Line(), "Pausing as soon as what is under way has its answer.");
   Tell(1, 1ms);
-  progress_->IsHeld(0);
+  progress_->IsHeld(RunProgress::UnderWay::kNothing);
   EXPECT_EQ(Line(), "Paused. 1,001 of 1,200 are done.");
   progress_->IsLetGo();
   EXPECT_NE(Line().substr(0, 5), "Pause");
-  progress_->IsHeld(0);
+  progress_->IsHeld(RunProgress::UnderWay::kNothing);
   progress_->Ends();
   EXPECT_NE(Line().substr(0, 5), "Pause");
 }

@@ -51,9 +51,9 @@ void RunWorker::GoOnWith(const GoOnRequest& request) {
 
 void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
   thread_ = std::thread([this, run = std::move(run)] {
-    auto awake = program_.power.StayAwake(run::kKeepsAwake);
+    awake_ = program_.power.StayAwake(run::kKeepsAwake);
     auto summary = std::make_shared<Result<run::RunSummary>>(run());
-    awake.reset();
+    awake_.reset();
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;
@@ -65,6 +65,32 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
       emit Ended(*summary);
     });
   });
+}
+
+// Said at once: the run itself looks when it would come to somebody.
+void RunWorker::Hold() {
+  held_ = true;
+  const std::lock_guard lock(mutex_);
+  progress_.IsHeld(run::RunProgress::UnderWay::kSomething);
+}
+
+void RunWorker::GoOnAgain() {
+  held_ = false;
+  const std::lock_guard lock(mutex_);
+  progress_.IsLetGo();
+}
+
+void RunWorker::Held(std::int64_t under_way) {
+  using run::RunProgress;
+  if (under_way == 0) awake_.reset();
+  const std::lock_guard lock(mutex_);
+  progress_.IsHeld(under_way > 0 ? RunProgress::UnderWay::kSomething : RunProgress::UnderWay::kNothing);
+}
+
+void RunWorker::LetGo() {
+  if (!awake_) awake_ = program_.power.StayAwake(run::kKeepsAwake);
+  const std::lock_guard lock(mutex_);
+  progress_.IsLetGo();
 }
 
 RunNews RunWorker::TakeNews() {

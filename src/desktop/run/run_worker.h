@@ -3,8 +3,10 @@
 #pragma once
 
 #include <QObject>
+#include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -14,6 +16,7 @@
 #include "desktop/run/go_on_request.h"
 #include "document/message_document.h"
 #include "platform/cancel.h"
+#include "platform/power.h"
 #include "profile/program.h"
 #include "run/prepared_run.h"
 #include "run/run_progress.h"
@@ -45,6 +48,10 @@ class RunWorker final : public QObject, private run::RunListener {
   void GoOnWith(const GoOnRequest& request);
   // The first time nothing new is started; the second time the message under way is given up.
   void Stop() { cancel_.Request(); }
+  // Nothing new begins until it goes on; what is under way comes to its end. The computer may sleep meanwhile.
+  void Hold();
+  void GoOnAgain();
+  bool is_held() const { return held_; }
   bool is_running() const { return thread_.joinable(); }
 
   RunNews TakeNews();
@@ -70,6 +77,9 @@ class RunWorker final : public QObject, private run::RunListener {
   void Finished(const run::RecipientResult& result) override;
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
+  bool IsHeld() override { return held_; }
+  void Held(std::int64_t under_way) override;
+  void LetGo() override;
   void NotTried(std::int64_t position, const std::string& address) override;
   void Waits(const Sentence& why, run::Moment until) override;
   void Note(const Sentence& sentence) override;
@@ -77,7 +87,9 @@ class RunWorker final : public QObject, private run::RunListener {
   const profile::Program& program_;
   platform::CancelToken cancel_;
   std::thread thread_;
-  std::mutex mutex_;  // guards what follows
+  std::unique_ptr<platform::Awake> awake_;  // of that thread
+  std::atomic<bool> held_ = false;          // by the window
+  std::mutex mutex_;                        // guards what follows
   RunNews news_;
   run::RunProgress progress_;
   std::vector<run::RecipientResult> results_;

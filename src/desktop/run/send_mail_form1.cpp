@@ -71,6 +71,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
       progress_(new ProgressPanel("SendButton", tr("Send"), this)),
       run_bar_(progress_->AddBar("RunProgressBar", tr("The whole run:"))),
       message_bar_(progress_->AddBar("MessageProgressBar", tr("The current message:"))),
+      hold_(new QPushButton(tr("Pa&use"), this)),
       button_(progress_->button()) {
   BuildWindow(server);
   Connect();
@@ -118,6 +119,9 @@ void SendMailForm1::BuildWindow(Server server) {
   pause_panel_->AddOffer("GoOnButton", tr("&Go on"), [this] { AnswerToGoOn(true); })->setAutoDefault(true);
   pause_panel_->AddOffer("StopButton", tr("S&top"), [this] { AnswerToGoOn(false); })->setAutoDefault(true);
   pause_panel_->hide();
+  hold_->setObjectName("PauseButton");
+  progress_->AddBeside(hold_);
+  hold_->hide();
   before_->AddQuestion(pictures_);
 
   auto* column = new FormColumn(this);
@@ -133,6 +137,7 @@ void SendMailForm1::BuildWindow(Server server) {
 
 void SendMailForm1::Connect() {
   connect(progress_, &ProgressPanel::Pressed, this, &SendMailForm1::ButtonPressed);
+  connect(hold_, &QPushButton::clicked, this, &SendMailForm1::HoldOrGoOn);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
   connect(worker_, &RunWorker::Asked, this, &SendMailForm1::AskToGoOn, Qt::QueuedConnection);
   connect(worker_, &RunWorker::Ended, this, &SendMailForm1::RunFinished);
@@ -208,6 +213,7 @@ void SendMailForm1::StartRun() {
   }
   stage_ = Stage::kRunning;
   button_->setText(tr("Cancel"));
+  hold_->show();
   range_->setEnabled(false);
   before_->Close();
   tick_->start(kTick);
@@ -217,6 +223,13 @@ void SendMailForm1::StartRun() {
     if (waits_for_password_) Say(first);
   }
   request_ ? worker_->GoOnWith(*request_) : worker_->Start(document_, group_, *range);
+}
+
+void SendMailForm1::HoldOrGoOn() {
+  const bool holds = !worker_->is_held();
+  holds ? worker_->Hold() : worker_->GoOnAgain();
+  hold_->setText(holds ? tr("Go &on") : tr("Pa&use"));
+  TakeNews();
 }
 
 void SendMailForm1::AskToCancel() {
@@ -231,6 +244,7 @@ void SendMailForm1::AskToCancel() {
   asking_ = false;
   if (answer != platform::Answer::kYes || stage_ != Stage::kRunning) return;
   cancel_asked_ = true;
+  hold_->setEnabled(false);
   worker_->Stop();
   if (pause_panel_->isVisible()) AnswerToGoOn(false);
   Say(tr("Stopping after the message that is under way; cancel again to give that up too."));
@@ -245,11 +259,13 @@ void SendMailForm1::AskToGoOn(const QString& why) {
   TakeNews();  // what led to it can be read
   pause_panel_->SetText(why);
   pause_panel_->show();
+  hold_->setEnabled(false);  // it waits anyhow
   QApplication::alert(this);
 }
 
 void SendMailForm1::AnswerToGoOn(bool go_on) {
   pause_panel_->hide();
+  hold_->setEnabled(!cancel_asked_);
   button_->setFocus();
   worker_->Answer(go_on);
 }
@@ -297,6 +313,7 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   TakeNews();
   pause_panel_->hide();
   if (asking_) WithdrawQuestion();
+  hold_->hide();
   button_->setText(tr("Close"));
   button_->setDefault(true);
   button_->setFocus();

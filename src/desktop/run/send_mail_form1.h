@@ -60,6 +60,7 @@ class SendMailForm1 final : public QDialog {
   void ButtonPressed();
   void PicturesKnown(bool settled);
   void StartRun();
+  void HoldOrGoOn();
   void AskToCancel();
   void AskToGoOn(const QString& why);
   void AnswerToGoOn(bool go_on);
@@ -102,6 +103,7 @@ class SendMailForm1 final : public QDialog {
   ProgressPanel* progress_;
   CountBar* run_bar_;
   CountBar* message_bar_;
+  QPushButton* hold_;
   QPushButton* button_;
 };
 
