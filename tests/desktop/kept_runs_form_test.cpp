@@ -87,6 +87,39 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(!asked, "nobody is sent to twice who was not asked for");
   }
 
+  // Who is in a state, and what the server said; the window opens on the first state that somebody is in.
+  void namesWhoIsInTheState() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    auto* whom = form.findChild<QComboBox*>("StateComboBox");
+    auto* people = form.findChild<RowList*>("PeopleGrid")->model();
+    const auto row = [&](int column) { return people->index(0, column).data().toString(); };
+    QCOMPARE(whom->currentIndex(), 0);
+    QCOMPARE(people->rowCount(), 1);
+    QCOMPARE(row(1), ToQt(test::FakeRows::AddressAt(5)));
+    QCOMPARE(row(3), QString());
+    whom->setCurrentText("Refused");
+    QCOMPARE(people->rowCount(), 1);
+    QCOMPARE(row(0), QString("2"));
+    QCOMPARE(row(2), QString("refused"));
+    QVERIFY2(row(3).startsWith("550 5.1.1 nobody (Error 8: "), qPrintable(row(3)));
+    whom->setCurrentText("Everybody");
+    QCOMPARE(people->rowCount(), 5);
+    QVERIFY2(Status(form).contains("To send to some of these, choose one state"), qPrintable(Status(form)));
+    form.findChild<QLineEdit*>("ReplyTextBox")->setText("451");
+    QCOMPARE(people->rowCount(), 1);
+    QCOMPARE(row(0), QString("3"));
+    form.findChild<QLineEdit*>("GroupTextBox")->setText("One");
+    Press(form, "MakeGroupButton");
+    QTRY_COMPARE(Status(form), QString("The group One was made of 1 recipient."));
+    QVERIFY(test::LeaveCutOff(rig.folders, "Others", false, 4));  // everybody was tried
+    KeptRunsForm others(rig.program, nullptr);
+    QCOMPARE(others.findChild<QComboBox*>("StateComboBox")->currentText(), QString("Deferred and failed"));
+    QCOMPARE(others.findChild<RowList*>("PeopleGrid")->size(), std::size_t{1});
+  }
+
   // Enter sends nothing, and whoever comes back from sending finds the run that was chosen.
   void aNameMakesAGroupAndTheChoiceStays() {
     test::FormRig rig;

@@ -9,9 +9,10 @@
 
 namespace quillcast::test {
 
-// Of five recipients the first was sent, the second refused, the third deferred, which was to be tried again where the
+// Of the recipients the first was sent, the second refused, the third deferred, which was to be tried again where the
 // run had retries, and the fourth in flight.
-inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::string& group, bool has_retries = false) {
+inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::string& group, bool has_retries = false,
+                                int recipients = 5) {
   static const platform::SystemClock clock;
   static const platform::CancelToken none;
   const auto journal = run::OpenJournal(folders, clock, none);
@@ -25,7 +26,7 @@ inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::stri
   const auto mailing = run::Freeze(inputs, **journal);
   if (!mailing) return mailing.error();
   std::vector<std::string> addresses;
-  for (int n = 1; n <= 5; ++n) addresses.push_back(FakeRows::AddressAt(n));
+  for (int n = 1; n <= recipients; ++n) addresses.push_back(FakeRows::AddressAt(n));
   FakeRows rows(addresses);
   const auto run = (*journal)->Begin(*mailing, rows, {}, {"11-27-2026_08-00-00_Hello"});
   if (!run) return run.error();

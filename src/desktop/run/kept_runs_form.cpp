@@ -60,8 +60,13 @@ const std::array<Whom, 7>& Offered() {
 KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
+      pages_(program.folders, program.clock),
       grid_(new RowList(
           "KeptRunsGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this)),
+      people_(new RowList(
+          "PeopleGrid", tr("Recipients"),
+          {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 12}, {tr("What the server said")}},
+          [this](std::size_t row, int column) { return TextOfOne(row, column); }, this)),
       states_(new QComboBox(this)),
       reply_(new QLineEdit(this)),
       group_(new QLineEdit(this)),
@@ -69,7 +74,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       task_(new BackgroundTask(this)) {
   setObjectName("KeptRunsForm");
   setWindowTitle(tr("Runs"));
-  resize(560, 380);
+  resize(680, 540);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
   grid_->SetLongText(LongText::kWrapped);
   grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
@@ -81,9 +86,12 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   auto* grid = column->AddGrid();
   grid->Add("StateComboBox", tr("&Whom:"), states_);
   grid->Add("ReplyTextBox", tr("With re&ply:"), reply_);
-  grid->Add("GroupTextBox", tr("&Group to make of them:"), group_);
+  column->Add(people_, 2);
+  people_->SetEmptyText(tr("Nobody is in this state."));
+  column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
   MakeButtons(column);
+  connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::MeetMailing);
   connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
   connect(states_, &QComboBox::currentIndexChanged, this, &KeptRunsForm::EnableButtons);
   connect(reply_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
@@ -115,6 +123,7 @@ void KeptRunsForm::Fill() {
   const run::MailingId stays = chosen == nullptr ? 0 : chosen->id;
   mailings_.clear();
   lines_.clear();
+  listed_.reset();
   const platform::CancelToken none;
   const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
   auto mailings = journal ? (*journal)->List() : journal.error();
@@ -156,6 +165,42 @@ const run::MailingEntry* KeptRunsForm::Chosen() const {
   return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
 }
 
+QString KeptRunsForm::TextOfOne(std::size_t row, int column) {
+  const auto one = pages_.At(static_cast<std::int64_t>(row));
+  if (!one) return column == 3 ? InWords(one.error()) : QString();
+  if (!*one) return {};
+  switch (column) {
+    case 0:
+      return QLocale::c().toString(static_cast<qlonglong>((*one)->position));
+    case 1:
+      return ToQt(platform::Printable((*one)->address));
+    case 2:
+      return ToQt((*one)->standing);
+    default:
+      return ToQt(platform::Printable((*one)->why));
+  }
+}
+
+void KeptRunsForm::ListThem() {
+  const run::MailingEntry* mailing = Chosen();
+  const run::MailingId id = mailing == nullptr ? 0 : mailing->id;
+  const bool is_same = listed_ && listed_->first == id && listed_->second == choice_ &&
+                       people_->size() == static_cast<std::size_t>(count_);
+  if (is_same) return;
+  listed_ = {id, choice_};
+  pages_.Choose(id, choice_);
+  people_->Reset(static_cast<std::size_t>(count_));
+}
+
+void KeptRunsForm::MeetMailing() {
+  const run::MailingEntry* mailing = Chosen();
+  if (mailing == nullptr || std::exchange(met_, mailing->id) == mailing->id) return;
+  const auto& offered = Offered();
+  const auto has_somebody = [&](const Whom& whom) { return run::KnownCount(*mailing, whom.choice).value_or(0) > 0; };
+  const auto first = std::ranges::find_if(offered, has_somebody);
+  if (first != offered.end()) states_->setCurrentIndex(static_cast<int>(first - offered.begin()));
+}
+
 Result<run::RecipientChoice> KeptRunsForm::Choice() const {
   auto replies = run::RepliesFrom(FromQt(reply_->text()));
   if (!replies) return replies.error();
@@ -185,6 +230,7 @@ void KeptRunsForm::EnableButtons() {
   choice_ = choice ? *choice : run::RecipientChoice();
   const auto count = choice ? Count() : Result<std::int64_t>(choice.error());
   count_ = count ? *count : 0;
+  ListThem();
   const bool has_any = is_free && count_ > 0;
   send_->setEnabled(has_any && Kind() && !is_sent_now);
   list_->setEnabled(has_any);
@@ -199,6 +245,9 @@ void KeptRunsForm::EnableButtons() {
                     ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
                     : Counted(count_, tr("1 recipient is in this state with this reply."),
                               tr("%1 recipients are in this state with this reply.")));
+  if (count_ > 0 && !Kind() && !is_sent_now) {
+    sentences << tr("To send to some of these, choose one state: not tried, deferred and failed, refused or unknown.");
+  }
   for (const auto& sentence : run::WhatIsLeft(*mailing)) sentences << InWords(sentence);
   status_->Say(sentences.join(' '));
 }
@@ -263,8 +312,13 @@ void KeptRunsForm::MakeGroup() {
     recipients::RecipientStore store(database, {.lock_wait = kPatience.lock_wait, .cancel = &cancel});
     const auto made = run::MakeGroup(journal, mailing, choice, name, store);
     if (!made) return made.error();
-    return Say("The group {} was made of {} recipients; {} more have addresses that stand in it already.", name,
-               NumberValue(made->added), NumberValue(made->twice));
+    const Sentence done = made->added == 1
+                              ? Say("The group {} was made of 1 recipient.", name)
+                              : Say("The group {} was made of {} recipients.", name, NumberValue(made->added));
+    if (made->twice == 0) return done;
+    return Say("{} {}", done,
+               SayOf(made->twice, "{} more has an address that stands in it already.",
+                     "{} more have addresses that stand in it already."));
   });
 }
 

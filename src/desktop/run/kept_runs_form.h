@@ -4,10 +4,12 @@
 #include <QDialog>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "desktop/run/go_on_request.h"
 #include "profile/program.h"
+#include "run/chosen_pages.h"
 #include "run/kept_runs.h"
 
 class QComboBox;
@@ -40,6 +42,12 @@ class KeptRunsForm final : public QDialog {
   void Fill();
   void EnableButtons();
   QString TextOf(std::size_t row) const;
+  // Of the chosen ones.
+  QString TextOfOne(std::size_t row, int column);
+  // Who is listed goes by what the boxes ask for.
+  void ListThem();
+  // The first state that somebody of another mailing is in.
+  void MeetMailing();
   const run::MailingEntry* Chosen() const;
   // Whom the boxes ask for. kUsage for a reply that is none.
   Result<run::RecipientChoice> Choice() const;
@@ -56,7 +64,11 @@ class KeptRunsForm final : public QDialog {
   const profile::Program& program_;
   std::vector<run::MailingEntry> mailings_;
   std::vector<Line> lines_;
+  run::ChosenPages pages_;
+  run::MailingId met_ = 0;  // the mailing that was chosen last
+  std::optional<std::pair<run::MailingId, run::RecipientChoice>> listed_;
   RowList* grid_;
+  RowList* people_;
   QComboBox* states_;
   QLineEdit* reply_;
   QLineEdit* group_;

@@ -18,6 +18,8 @@ struct RecipientChoice {
   RecipientChoice(StateSet chosen = {}) : states(chosen) {}  // NOLINT(google-explicit-constructor): any reply
   RecipientChoice(StateSet chosen, std::vector<std::string> answered) : states(chosen), replies(std::move(answered)) {}
 
+  bool operator==(const RecipientChoice&) const = default;
+
   StateSet states;
   bool tried_again = false;
   std::vector<std::string> replies;
