@@ -39,6 +39,12 @@ bool BeginsWithDevice(std::string_view text) {
 // "ada@example.org:8080" of "ada@example.org:8080/x".
 std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
 
+// Of "/x%20y?z", "/x y".
+std::string PathOf(std::string_view text) {
+  const std::string_view path = text.substr(0, text.find_first_of("?#"));
+  return platform::PercentDecoded(path).value_or(std::string(path));
+}
+
 // "file:///x", "C:\x" and "example.org:C:\x", where a server and its port would stand.
 bool HoldsFile(std::string_view text) {
   const std::string_view written = AuthorityOf(text);
@@ -107,6 +113,32 @@ bool BeginsWithFolder(std::string_view path) {
   return rest.size() < path.size() && IsAmong(kFolders, AuthorityOf(rest));
 }
 
+// Of "app://3b3f0e/home/ada/x" and "view://abc/file///Users/ada/x", so programs ask themselves for a person's files.
+bool HoldsHome(std::string_view path) {
+  for (std::size_t at = path.find('/'); at != std::string_view::npos; at = path.find('/', at + 1)) {
+    if (at > 0 && path[at - 1] != '/') continue;
+    const std::string_view folder = WithoutSlashes(path.substr(at));
+    const std::string_view name = AuthorityOf(folder);
+    if (!IsAmong(std::to_array<std::string_view>({"home", "Users"}), name) || name.size() == folder.size()) continue;
+    const std::string_view person = WithoutSlashes(folder.substr(name.size()));
+    const std::size_t end = person.find('/');
+    if (end != std::string_view::npos && end > 0) return true;
+  }
+  return false;
+}
+
+// "https://file%2B.editor.example/home/ada/x" and "http://asset.localhost/C%3A%5Cx" lead back to this computer.
+bool IsServedHere(std::string_view host, std::string_view path) {
+  constexpr auto kFiles = std::to_array<std::string_view>({"file%2B.", "file+."});
+  constexpr std::string_view kHere = ".localhost";
+  const bool is_file = std::any_of(kFiles.begin(), kFiles.end(), [&](std::string_view one) {
+    return platform::StartsWithIgnoringAsciiCase(host, one);
+  });
+  const bool is_here =
+      host.size() > kHere.size() && platform::EqualsIgnoringAsciiCase(host.substr(host.size() - kHere.size()), kHere);
+  return is_file || (is_here && (BeginsWithDrive(WithoutSlashes(path)) || HoldsHome(path)));
+}
+
 AddressReach FileOrNet(bool is_file) { return is_file ? AddressReach::kFile : AddressReach::kNet; }
 
 }  // namespace
@@ -130,13 +162,17 @@ AddressReach ReachOf(std::string_view address) {
   if (scheme.empty()) return ReachWithoutScheme(address);
   if (scheme.size() == 1 || IsFileScheme(scheme)) return AddressReach::kFile;
   const std::string_view rest = address.substr(scheme.size() + 1);
-  if (IsWebScheme(scheme)) return FileOrNet(HoldsFile(WithoutSlashes(rest)));
+  if (IsWebScheme(scheme)) {
+    const std::string_view place = WithoutSlashes(rest);
+    const std::string_view host = AuthorityOf(place);
+    return FileOrNet(HoldsFile(place) || IsServedHere(host, PathOf(place.substr(host.size()))));
+  }
   if (IsContactScheme(scheme)) return FileOrNet(BeginsWithDrive(rest) || IsFileScheme(SchemeOfAddress(rest)));
   if (!rest.starts_with("//")) return AddressReach::kNeither;
   const std::string_view place = rest.substr(2);
   const std::string_view host = AuthorityOf(place);
-  if (IsOfMailProgram(scheme, place) || HoldsFile(place) || BeginsWithDrive(WithoutSlashes(place)) ||
-      (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
+  if (IsOfMailProgram(scheme, place) || HoldsHome(PathOf(place.substr(host.size()))) || HoldsFile(place) ||
+      BeginsWithDrive(WithoutSlashes(place)) || (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
     return AddressReach::kFile;
   }
   return NamesServer(host) ? AddressReach::kNet : AddressReach::kNeither;

@@ -282,6 +282,9 @@ class PageCleaner {
     return NamesFile(html_.substr(attribute.name_begin, end - attribute.name_begin));
   }
 
+  // `href="@Url.Content("~/x")"`, `href="<c:url value="/home/x"/>"`: what another program makes an address of.
+  static bool IsAskedFor(std::string_view before) { return before.ends_with('(') || before.ends_with('='); }
+
   // The same of a path below a person's own folder, which is several names.
   bool NamesHomeBeside(const HtmlToken& token, std::size_t i) const {
     const std::size_t name = token.attributes[i].name_begin;
@@ -289,6 +292,7 @@ class PageCleaner {
     if (is_parted && i > 0 && token.attributes[i - 1].value_end + 1 == name && !HasValue(token.attributes[i - 1])) {
       return false;  // seen with the name before
     }
+    if (i > 0 && IsAskedFor(tokens_.RawValue(token.attributes[i - 1]))) return false;
     const std::size_t begin = name - (is_parted ? 1 : 0);
     return HoldsHomeFolder(html_.substr(begin, token.attributes[LastOfWord(tokens_, token, i)].name_end - begin));
   }

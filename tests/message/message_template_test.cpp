@@ -508,6 +508,15 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img src='%%a/ada/x.png'><img src='[[a/ada/x.png'><img src='{{x}}/home/ada/a.png'><td "
             "background='{{x}}/../../home/ada/y.png'><p style='x:url([[a]]/C:/ada/z.png)'>",
             "<img src='x.png'><img src='x.png'><img src='a.png'><td background='y.png'><p style='x:url(z.png)'>"},
+           {"<img src='app://3b3f0e/home/ada/a.png?1'><img src='asset://localhost/Users/ada/b.png'><img "
+            "src='view://abc/file///home/ada/c.png'><img src='https://file%2B.r.example/home/ada/d.png?v=1'><img "
+            "src='http://asset.localhost/C%3A%5CUsers%5Cada%5Ce.png'>",
+            "<img src='a.png'><img src='b.png'><img src='c.png'><img src='d.png'><img src=''>"},
+           {"<img src='app://x/home'><img src='https://x.example/home/ada/a.png'><img "
+            "src='http://localhost/home/ada/b.png'>",
+            nullptr},
+           {"<img src=\"%%=Concat('https://x.example/',@img)=%%\"><img src=\"@Url.Content(\"~/img/l.png\")\" alt=x>",
+            nullptr},
            {"<img src='{{cdn}}/a/x.png'><img src='[[Archiv]]/a/x.png'><img src='${cdn}/../x.png'><img src='%%a%%x%%b'>",
             nullptr},
            {"<a href='/{{x}}'>l</a><form action='/home/{{a}}/%%b%%.htm'><td background='/home/ada/[[a]] b.png'>"
