@@ -129,6 +129,24 @@ class AccountFormsTest : public QObject {
     QCOMPARE(rig.settings.Read("Account", "Name", "never")->c_str(), "never");
   }
 
+  // A key that stands for two fields of a page acts on neither.
+  void eachAccessKeyOfAPageIsOfOneField() {
+    test::FormRig rig;
+    EmailManagerForm form(rig.program, nullptr);
+    auto* tabs = form.findChild<QTabWidget*>("AccountTabs");
+    for (int page = 0; page < tabs->count(); ++page) {
+      QMap<QString, QStringList> fields;
+      for (const auto* label : tabs->widget(page)->findChildren<QLabel*>()) {
+        if (label->buddy() != nullptr) fields[QKeySequence::mnemonic(label->text()).toString()] << label->text();
+      }
+      for (const auto* button : tabs->widget(page)->findChildren<QAbstractButton*>()) {
+        fields[button->shortcut().toString()] << button->text();
+      }
+      fields.remove({});
+      for (const QStringList& of : std::as_const(fields)) QCOMPARE(of.join(" and "), of.first());
+    }
+  }
+
   void okSavesAndTellsTheMainWindow() {
     test::FormRig rig;
     EmailManagerForm form(rig.program, nullptr);

@@ -35,6 +35,11 @@ TEST(ChosenPages, HaveEachAtItsNumberAndReadWhatIsAskedForAlone) {
   ASSERT_TRUE(deferred && *deferred);
   EXPECT_EQ((*deferred)->position, 3);
   EXPECT_EQ((*deferred)->why.substr(0, 24), "451 4.2.0 later (Error 8");
+  pages.Choose(1, SetOf({ResultState::kUnknown}));
+  const auto unknown = pages.At(0);
+  ASSERT_TRUE(unknown && *unknown);
+  EXPECT_EQ((*unknown)->why.find("Error"), std::string::npos) << (*unknown)->why << ": nobody told of any";
+  EXPECT_NE((*unknown)->why, "");
   pages.Choose(7, StateSet().set());
   EXPECT_FALSE(pages.At(0));
 }

@@ -127,7 +127,7 @@ QWidget* EmailManagerForm::MakeGeneralPage() {
 
 QWidget* EmailManagerForm::MakePresetBar() {
   preset_bar_ = new NotePanel(NoteKind::kInformation, "PresetBar", "PresetLabel", this);
-  preset_bar_->AddOffer("PresetButton", tr("Fill &in"), [this] { FillInPreset(); })->setAutoDefault(true);
+  preset_bar_->AddOffer("PresetButton", tr("Fi&ll in"), [this] { FillInPreset(); })->setAutoDefault(true);
   preset_bar_->hide();
   return preset_bar_;
 }
@@ -195,21 +195,21 @@ QWidget* EmailManagerForm::MakePacePage() {
   add(limits, kRate, tr("&Rate:"), tr("30/min, 5/s or 200/h"));
   add(limits, kQuotaHour, tr("In an &hour:"), tr("500"));
   add(limits, kQuotaDay, tr("In a &day:"), tr("2000"));
-  add(limits, kDomainRate, tr("To each recipient &domain:"), tr("20/min"));
+  add(limits, kDomainRate, tr("To each recipient doma&in:"), tr("20/min"));
   FormGrid* times = column->AddBox(tr("When"));
   add(times, kHours, tr("Hours &of the day:"), tr("9-17, 8:30-17:30 or 22-6"));
   add(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
   add(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
   add(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
   FormGrid* again = column->AddBox(tr("Who was deferred, or could not be reached"));
-  add(again, kRetries, tr("&Try again so many times:"), tr("3"));
-  add(again, kRetryAfter, tr("&First after:"), tr("5min; each time after twice as long, up to 1h"));
+  add(again, kRetries, tr("&Try again so many times:"), tr("0, or 3"));
+  add(again, kRetryAfter, tr("&First after:"), tr("5min where it is empty; then twice as long each time, up to 1h"));
   add(again, kNetworkWait, tr("&Wait for a lost network:"), tr("1h"));
   AddRow(again, kSlowDown, tr("&Slow down where the server asks for fewer messages"));
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("An empty field limits nothing, and is one connection. All runs count, those of other windows and "
-               "commands too."));
+      ->Say(tr("An empty field limits nothing and tries nobody again; where that of the connections is empty, there is "
+               "one. All runs count, those of other windows and commands too."));
   return page;
 }
 
