@@ -23,6 +23,10 @@ Error NotConnected(const Endpoint& peer, int error_number) {
           "Check the server's name and port, and that it is running."};
 }
 
+// What is said of a connection that the other side took and threw away since: a server that wants none refuses it
+// (tcp(7)). What it said before can still be read.
+bool WasConnected(int error_number) { return error_number == ECONNRESET || error_number == EPIPE; }
+
 void SetOption(int socket, int level, int option) {
   const int on = 1;
   IgnoreErrors(::setsockopt(socket, level, option, &on, sizeof on));  // a connection works without
@@ -60,17 +64,21 @@ UniqueFd Connecting::TakeWinner() {
   std::vector<pollfd> ready;
   WaitFor(ready);
   IgnoreErrors(::poll(ready.data(), ready.size(), 0));  // then none of them is ready
-  for (std::size_t n = ready.size(); n-- > 0;) {
-    if (ready[n].revents == 0) continue;
+  std::size_t at = 0;                                   // in running_, as those that failed go
+  for (const pollfd& one : ready) {
+    if (one.revents == 0) {
+      ++at;
+      continue;
+    }
     int error = 0;
     socklen_t length = sizeof error;
-    ::getsockopt(ready[n].fd, SOL_SOCKET, SO_ERROR, &error, &length);
-    if (error == 0) {
-      TriedOf(running_[n].peer).connected = true;
-      return std::move(running_[n].socket);
+    ::getsockopt(one.fd, SOL_SOCKET, SO_ERROR, &error, &length);
+    if (error == 0 || WasConnected(error)) {
+      TriedOf(running_[at].peer).connected = true;
+      return std::move(running_[at].socket);
     }
-    Failed(running_[n].peer, error);
-    running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(n));
+    Failed(running_[at].peer, error);
+    running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(at));
   }
   return {};
 }
