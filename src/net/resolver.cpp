@@ -5,7 +5,10 @@
 #include <netdb.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 #include "net/idna.h"
@@ -26,15 +29,13 @@ bool IsLocalhost(std::string_view host) {
 // IPv4 first: what listens on this host only often does so on 127.0.0.1 alone.
 std::vector<IpAddress> LoopbackAddresses() { return {*ParseIpAddress("127.0.0.1"), *ParseIpAddress("::1")}; }
 
-Error TookTooLong(const std::string& host) {
-  return {Failure::kTimedOut, Say("The address of {} was not found in time.", host),
-          "Check that the name server of this computer can be reached."};
-}
+constexpr const char* kCheckSpelling = "Check the spelling of the server's name.";
+constexpr const char* kCheckNetwork = "Check that this computer is connected to the network.";
 
-Error NotFound(const std::string& host, int status) {
-  if (status == ARES_ETIMEOUT) return TookTooLong(host);
-  return {Failure::kNoInput, Say("The address of {} was not found: {}.", host, ares_strerror(status)),
-          "Check the spelling of the server's name."};
+// What a name server says in place of an answer (RFC 1035 4.1.1); empty where it is none of these.
+std::string_view RefusalOf(unsigned code) {
+  constexpr std::array<std::string_view, 6> kWords = {"", "FORMERR", "SERVFAIL", "", "NOTIMP", "REFUSED"};
+  return code < kWords.size() ? kWords[code] : "";
 }
 
 }  // namespace
@@ -107,6 +108,7 @@ Result<void> Resolver::Open() {
   if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
   AresChannel opened(channel);
   if (!servers_.empty() && !SetServers(channel, servers_)) return Error{Failure::kInternal, "No resolver: no memory."};
+  watch_.Attach(channel);
   channel_ = std::move(opened);
   return {};
 }
@@ -121,12 +123,14 @@ void Resolver::Ask(Question& question, int family) {
 void Resolver::Begin(const std::string& host, platform::Instant now) {
   host_ = host;
   known_.reset();
+  fault_ = NameFault::kNone;
   if (const auto address = ParseIpAddress(host)) {
     known_ = std::vector{*address};
     return;
   }
   const auto name = AsciiHost(host);
   if (!name) {
+    fault_ = NameFault::kNoSuchName;
     known_ = name.error();
   } else if (IsLocalhost(*name)) {
     known_ = LoopbackAddresses();
@@ -138,6 +142,37 @@ void Resolver::Begin(const std::string& host, platform::Instant now) {
     asked_->begun = now;
     Ask(asked_->both, AF_UNSPEC);
   }
+}
+
+// The library says of servers that fail what it says of those that are not there.
+Error Resolver::NotFound(int status) {
+  const bool knows = status == ARES_ENODATA;
+  switch (status) {
+    case ARES_ETIMEOUT:
+      fault_ = NameFault::kNoAnswer;
+      return {Failure::kTimedOut, Say("The address of {} was not found in time.", host_),
+              "Check that the name server of this computer can be reached."};
+    case ARES_EBADNAME:
+    case ARES_ENOTFOUND:
+    case ARES_ENODATA:
+      fault_ = knows ? NameFault::kNoAddress : NameFault::kNoSuchName;
+      return {Failure::kNoInput, Say("The address of {} was not found: {}.", host_, ares_strerror(status)),
+              kCheckSpelling};
+    default:
+      break;
+  }
+  const std::string_view refusal = RefusalOf(watch_.passed_over_code());
+  if (status == ARES_ECONNREFUSED && refusal.empty()) {
+    fault_ = NameFault::kNoServer;
+    const int error = watch_.error_number() != 0 ? watch_.error_number() : ENETUNREACH;
+    return {Failure::kUnavailable, Say("The name server of this computer cannot be reached: {}.", std::strerror(error)),
+            kCheckNetwork};
+  }
+  fault_ = NameFault::kServersFailed;
+  const std::string why = refusal.empty() ? ares_strerror(status) : std::string(refusal);
+  return {Failure::kUnavailable,
+          Say("The name server of this computer failed when it was asked for {} ({}).", host_, why),
+          "Check that this computer is connected to the network, or try again later."};
 }
 
 void Resolver::AskApart(platform::Instant now) {
@@ -169,7 +204,7 @@ std::optional<Resolver::Found> Resolver::Step(platform::Instant now) {
   const int status = asked_->Status();
   ares_cancel(channel_.get());  // calls Keep at once
   if (!addresses.empty()) return addresses;
-  return NotFound(host_, status);
+  return NotFound(status);
 }
 
 void Resolver::WaitFor(std::vector<pollfd>& out) const {
@@ -188,7 +223,7 @@ Resolver::Found Resolver::Late() {
   auto addresses = asked_->Addresses();
   if (channel_) ares_cancel(channel_.get());
   if (!addresses.empty()) return addresses;
-  return TookTooLong(host_);
+  return NotFound(ARES_ETIMEOUT);
 }
 
 Resolver::Found Resolver::Resolve(const std::string& host, const Patience& patience) {

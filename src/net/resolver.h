@@ -9,6 +9,7 @@
 
 #include "net/address.h"
 #include "net/ares_channel.h"
+#include "net/socket_watch.h"
 
 struct ares_addrinfo;
 
@@ -17,6 +18,16 @@ namespace quillcast::net {
 // Whether this is the computer itself by what it is called: a loopback address, "localhost" or a name below it. What
 // any other name leads to is for a name server to say, which others may have a hand in.
 bool IsLoopbackHost(std::string_view host);
+
+// Why a host has no address.
+enum class NameFault {
+  kNone,
+  kNoSuchName,    // no name server knows it, or it is none that could be asked for
+  kNoAddress,     // the name is known
+  kNoAnswer,      // of the name servers, in time
+  kNoServer,      // none can be reached
+  kServersFailed  // or refused
+};
 
 // For one thread, one question at a time. Known limit: other places where a system may keep names (multicast DNS,
 // directories) are not asked.
@@ -41,6 +52,8 @@ class Resolver {
   void WaitFor(std::vector<pollfd>& out) const;
   Deadline Again(platform::Instant now) const;
   Found Late();
+  // Why the last host has none.
+  NameFault fault() const { return fault_; }
 
  private:
   struct Question;
@@ -50,13 +63,16 @@ class Resolver {
   void Ask(Question& question, int family);
   void AskApart(platform::Instant now);
   bool IsEnough(platform::Instant now) const;
+  Error NotFound(int status);
 
   const std::vector<Endpoint> servers_;
   std::unique_ptr<Questions> asked_;  // what the channel's questions end in
+  SocketWatch watch_;                 // of the channel's sockets
   AresChannel channel_;
   std::string host_;
   std::string name_;            // as it is asked for
   std::optional<Found> known_;  // without a question
+  NameFault fault_ = NameFault::kNone;
 };
 
 }  // namespace quillcast::net

@@ -22,7 +22,7 @@ enum class ResultCode : std::int32_t {
   kFileNotRead = 11,        // an attachment failed under way
   kNoServer = 15,           // the account names none
   kConnectionLost = 16,     // the server, or the network, ended it under way
-  kHostNotFound = 17,       // no name server knows the host
+  kHostNotFound = 17,       // no name server knows the host, or could be asked for it
   kBadResponse = 18,        // a senseless greeting or reply
   kNoThread = 19,           // nothing here gives it: only its text is kept
   kCancelled = 20,          // the person stopped before the server had taken it

@@ -83,5 +83,33 @@ TEST_F(ResolverTest, GoesOnWithWhatCameOfAName) {
   }
 }
 
+// Only of a name that name servers do not know is its spelling to blame.
+TEST_F(ResolverTest, TellsWhyThereIsNoAddress) {
+  struct Case {
+    const char* name;
+    Failure failure;
+    const char* words;
+  };
+  std::set<std::string> lost;
+  const DnsServer server([&lost](const std::string& query, bool) { return Answer(query, lost); });
+  const Endpoint nobody{*ParseIpAddress("127.0.0.1"), 1};
+  for (const Case& c :
+       std::initializer_list<Case>{{"unknown.example", Failure::kNoInput, "Check the spelling"},
+                                   {"a-none.aaaa-none.example", Failure::kNoInput, "Check the spelling"},
+                                   {"a..b", Failure::kNoInput, ""},
+                                   {"a-silent.aaaa-silent.example", Failure::kTimedOut, "was not found in time."},
+                                   {"a-failed.aaaa-failed.example", Failure::kUnavailable, "(SERVFAIL)"},
+                                   {"a-refused.aaaa-refused.example", Failure::kUnavailable, "(REFUSED)"},
+                                   {"nobody.example", Failure::kUnavailable,
+                                    "cannot be reached: Connection refused. Check that this computer is"}}) {
+    SCOPED_TRACE(c.name);
+    Resolver resolver({c.name == std::string_view("nobody.example") ? nobody : server.endpoint()});
+    const auto found = resolver.Resolve(c.name, Within(milliseconds(900)));
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.error().failure, c.failure);
+    EXPECT_NE(InOneLine(found.error()).find(c.words), std::string::npos) << InOneLine(found.error());
+  }
+}
+
 }  // namespace
 }  // namespace quillcast::net

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <utility>
 
-#include "net/dns/socket_watch.h"
+#include "net/socket_watch.h"
 #include "net/idna.h"
 #include "platform/utf8.h"
 

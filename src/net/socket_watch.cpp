@@ -1,4 +1,4 @@
-#include "net/dns/socket_watch.h"
+#include "net/socket_watch.h"
 
 #include <ares.h>
 #include <sys/socket.h>
