@@ -2,9 +2,10 @@
 import json
 import signal
 import socket
+import subprocess
 import unittest
 
-from quillcast import Case
+from quillcast import PROGRAM, Case
 from test_account import serve
 
 
@@ -33,6 +34,20 @@ class Server(Case):
                 self.assertEqual((told["code"], told["verdict"]), (code, verdict))
                 self.assertIn(words, " ".join(told["meaning"]))
         self.assertEqual(box.messages(), [])  # nothing was sent
+
+    def test_without_a_network_no_name_is_blamed(self):
+        inside = ["unshare", "-r", "-n", "--"]
+        if subprocess.run(inside + ["true"], capture_output=True).returncode != 0:
+            self.skipTest("this computer lets nobody leave the network for a while")
+        for arguments, exit_code, words in ((("server", "test", "smtp.example.com:587"), 69, "No name server can be reached"),
+                                            (("domain", "whois", "example.com"), 69, "cannot be reached: ")):
+            with self.subTest(arguments=arguments):
+                done = subprocess.run(inside + [PROGRAM, "--profile", str(self.profile), *arguments], capture_output=True, text=True, timeout=60)
+                told = done.stdout + done.stderr
+                self.assertEqual(done.returncode, exit_code, told)
+                self.assertIn(words, told)
+                self.assertIn("connected to the network", told)
+                self.assertNotIn("spelling", told)
 
     def test_programs_get_all_of_it(self):
         box = self.mailbox("--auth", "ada", "--password-file", self.write("secret", "right-7"))

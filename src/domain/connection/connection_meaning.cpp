@@ -96,6 +96,15 @@ std::vector<Sentence> OfReaching(const ConnectionTest& test, ConnectionVerdict v
   switch (verdict) {
     case kNameUnknown:
       return {Say("No name server knows {}.", host), "Check the spelling of the server's name."};
+    case kNameWithoutAddress:
+      return {Say("{} has no address, though name servers know the name.", host),
+              "Check the spelling of the server's name; it is often another one than that of the domain."};
+    case kNoNameServer:
+      return {Say("No name server can be reached from here, so that {} was not found.", host),
+              "Check that this computer is connected to the network."};
+    case kNameServersFailed:
+      return {Say("The name servers of this computer failed, or refused, when they were asked for {}.", host),
+              "Check that this computer is connected to the network, or try again later."};
     case kNameTimedOut:
       return {Say("The name servers of this computer did not answer when they were asked for {}.", host),
               "Check that this computer is connected to the network."};
@@ -181,6 +190,9 @@ std::vector<Sentence> OfTalk(const ConnectionTest& test, ConnectionVerdict verdi
               Usual()};
     case kNoMailServer:
       return {Say("What answers on port {} is no mail server.", port), Usual()};
+    case kOddAnswer:
+      return {Say("This server greets, and then answers on port {} what is no answer of a mail server.", port),
+              "Whoever runs it has to see to that; something in between may change what it says."};
     case kHelloRefused:
       return {Say("This server does not take the greeting of this computer: {}.", reply),
               "Ask whoever runs it whether it serves you."};
@@ -202,6 +214,14 @@ std::vector<Sentence> OfTalk(const ConnectionTest& test, ConnectionVerdict verdi
   }
 }
 
+// What a server said last, where its verdict has it not.
+void AddUnfinished(const ConnectionTest& test, std::vector<Sentence>& meaning) {
+  const ConnectionVerdict verdict = VerdictOf(test);
+  const bool is_told = verdict == kSilent || verdict == kStoppedAnswering || verdict == kBrokeOff;
+  if (!is_told || test.unfinished.empty()) return;
+  meaning.insert(meaning.begin() + 1, Say("What came of its answer: \"{}\".", test.unfinished));
+}
+
 std::vector<Sentence> OfServer(const ConnectionTest& test) {
   const ConnectionVerdict verdict = VerdictOf(test);
   switch (GroupOf(verdict)) {
@@ -220,7 +240,9 @@ std::vector<Sentence> OfServer(const ConnectionTest& test) {
     case VerdictGroup::kConversation:
       break;
   }
-  return OfTalk(test, verdict);
+  std::vector<Sentence> meaning = OfTalk(test, verdict);
+  AddUnfinished(test, meaning);
+  return meaning;
 }
 
 // Of a server that others left less time than it would have had alone.

@@ -40,6 +40,11 @@ Offer OfferOf(std::string_view reply) {
   return offer;
 }
 
+std::string_view FirstLine(std::string_view bytes) {
+  const std::string_view line = bytes.substr(0, bytes.find('\n'));
+  return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
+}
+
 // The conversation of a try, and before it what it failed with.
 std::string ReportOf(const smtp::Outcome& outcome, const std::string& conversation) {
   if (outcome.code == smtp::ResultCode::kSuccess) return conversation;
@@ -47,6 +52,12 @@ std::string ReportOf(const smtp::Outcome& outcome, const std::string& conversati
 }
 
 }  // namespace
+
+void Retell(ConnectionTest& test, smtp::Outcome outcome) {
+  if (!test.Works()) test.report.erase(0, test.report.find('\n') + 1);
+  test.report = ReportOf(outcome, test.report);
+  test.outcome = std::move(outcome);
+}
 
 ConnectionTest ConnectionRecord::Finish(smtp::Outcome outcome) {
   EndStep();
@@ -73,8 +84,12 @@ ConnectionTest ConnectionRecord::Finish(smtp::Outcome outcome) {
 }
 
 void ConnectionRecord::LogLine(std::string_view line) {
+  Now().said_anything = true;
+  Write(line);
+}
+
+void ConnectionRecord::Write(std::string_view line) {
   Try& now = tries_.back();
-  now.test.said_anything = true;
   if (++now.lines <= kMostLines) now.conversation.append(line).append("\r\n");
   if (now.lines == kMostLines + 1) now.conversation += "...\r\n";
 }
@@ -101,6 +116,24 @@ void ConnectionRecord::Offered(std::string_view text) {
 void ConnectionRecord::Senseless(std::string_view bytes) {
   Now().odd = platform::Printable(bytes);
   LogLine("S: " + Now().odd);
+}
+
+void ConnectionRecord::Unfinished(std::string_view bytes) {
+  Now().unfinished = platform::Printable(FirstLine(bytes));
+  WriteOfServer(bytes);
+}
+
+void ConnectionRecord::InClear(std::string_view bytes) {
+  Now().in_clear_after_starttls = true;
+  WriteOfServer(bytes);
+}
+
+void ConnectionRecord::WriteOfServer(std::string_view bytes) {
+  while (!bytes.empty()) {
+    Write("S: " + platform::Printable(FirstLine(bytes)));
+    const auto end = bytes.find('\n');
+    bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
+  }
 }
 
 void ConnectionRecord::EndStep() {

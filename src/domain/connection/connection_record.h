@@ -13,6 +13,9 @@
 
 namespace quillcast::domain {
 
+// Tells another outcome of a test.
+void Retell(ConnectionTest& test, smtp::Outcome outcome);
+
 class ConnectionRecord final : public smtp::JobSource, public smtp::ConnectionWatch {
  public:
   explicit ConnectionRecord(const platform::Clock& clock) : clock_(clock) {}
@@ -33,7 +36,10 @@ class ConnectionRecord final : public smtp::JobSource, public smtp::ConnectionWa
   void Tried(std::span<const net::TriedAddress> addresses) override;
   void Encrypted(const net::TlsFacts& facts) override { Now().tls = facts; }
   void Offered(std::string_view text) override;
+  void NotFound(net::NameFault fault) override { Now().name_fault = fault; }
   void Senseless(std::string_view bytes) override;
+  void Unfinished(std::string_view bytes) override;
+  void InClear(std::string_view bytes) override;
 
  private:
   struct Try {
@@ -44,6 +50,8 @@ class ConnectionRecord final : public smtp::JobSource, public smtp::ConnectionWa
 
   ConnectionTest& Now() { return tries_.back().test; }
   void EndStep();
+  void Write(std::string_view line);
+  void WriteOfServer(std::string_view bytes);
 
   const platform::Clock& clock_;
   std::optional<platform::Instant> began_;  // the step that is under way

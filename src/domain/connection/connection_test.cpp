@@ -71,6 +71,9 @@ ConnectionTest TestConnection(const smtp::ClientOptions& options, const platform
     if (SaidNothing(*one)) silent.push_back(one);
   }
   TryUnderTls(silent, options, clock, cancel);
+  if (!silent.empty() && cancel.Requested() >= platform::Stop::kStop) {
+    Retell(test, {smtp::State::kFailed, ResultCode::kCancelled, {}, {}});
+  }
   return test;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "net/connect.h"
+#include "net/resolver.h"
 #include "net/tls_facts.h"
 #include "platform/cancel.h"
 #include "platform/clock.h"
@@ -43,10 +44,13 @@ struct ConnectionTest {
   std::optional<net::TlsFacts> tls;
   std::optional<Offer> in_clear;
   std::optional<Offer> under_tls;
-  std::string odd;             // the beginning of what is no reply, safe to show
-  bool said_anything = false;  // a whole reply
-  bool speaks_tls = false;     // it said nothing in clear, and then took a handshake
-  bool cut_short = false;      // the time for all was up before that for its step
+  net::NameFault name_fault = net::NameFault::kNone;
+  std::string odd;                       // the beginning of what is no reply, safe to show
+  std::string unfinished;                // the first line of a reply whose end did not come, safe to show
+  bool in_clear_after_starttls = false;  // more than the 220 came
+  bool said_anything = false;            // a whole reply
+  bool speaks_tls = false;               // it said nothing in clear, and then took a handshake
+  bool cut_short = false;                // the time for all was up before that for its step
 
   // Of a list, which is tried in its order until one takes mail:
   std::vector<ConnectionTest> others;  // that failed as well, each without others of its own

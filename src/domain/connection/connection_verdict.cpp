@@ -41,6 +41,26 @@ ConnectionVerdict OfOddity(std::string_view odd) {
                                                                                            : kNoMailServer;
 }
 
+// Whether a reply may have begun so.
+bool BeginsReply(std::string_view text) {
+  const std::string_view code = text.substr(0, 3);
+  return code.front() >= '2' && code.front() <= '5' &&
+         std::all_of(code.begin(), code.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+ConnectionVerdict OfName(net::NameFault fault) {
+  switch (fault) {
+    case net::NameFault::kNoAddress:
+      return kNameWithoutAddress;
+    case net::NameFault::kNoServer:
+      return kNoNameServer;
+    case net::NameFault::kServersFailed:
+      return kNameServersFailed;
+    default:
+      return kNameUnknown;
+  }
+}
+
 ConnectionVerdict OfConnecting(const ConnectionTest& test) {
   const bool was_refused = std::any_of(test.addresses.begin(), test.addresses.end(),
                                        [](const auto& address) { return address.error == ECONNREFUSED; });
@@ -51,13 +71,16 @@ ConnectionVerdict OfConnecting(const ConnectionTest& test) {
 ConnectionVerdict OfBreakingOff(const ConnectionTest& test) {
   const bool is_first = test.last_step() == ConnectionStep::kGreeting;
   if (test.speaks_tls) return kSpeaksTls;
-  if (!test.odd.empty()) return is_first ? OfOddity(test.odd) : kNoMailServer;
+  if (test.in_clear_after_starttls) return kTextAfterStartTls;
+  if (!test.odd.empty()) return is_first ? OfOddity(test.odd) : kOddAnswer;
+  if (is_first && !test.unfinished.empty() && !BeginsReply(test.unfinished)) return OfOddity(test.unfinished);
   if (test.last_step() == ConnectionStep::kStartTls && test.outcome.reply.code != 0) return kStartTlsRefused;
   if (test.outcome.reply.code / 100 == 4) return kTurnedAwayForNow;
   if (test.outcome.reply.code / 100 == 5) return is_first ? kTurnedAway : kHelloRefused;
   if (test.outcome.code == ResultCode::kReplyTimeout) return is_first ? kSilent : kStoppedAnswering;
-  if (test.outcome.code == ResultCode::kConnectionLost) return is_first ? kHungUp : kBrokeOff;
-  if (test.outcome.code == ResultCode::kBadResponse) return kNoMailServer;
+  if (test.outcome.code == ResultCode::kConnectionLost)
+    return is_first && test.unfinished.empty() ? kHungUp : kBrokeOff;
+  if (test.outcome.code == ResultCode::kBadResponse) return is_first ? kNoMailServer : kOddAnswer;
   const bool lacks_tls = test.in_clear && !test.in_clear->known.starttls && test.security == smtp::Security::kStartTls;
   return lacks_tls ? kNoStartTls : kOther;
 }
@@ -77,7 +100,10 @@ constexpr std::array kRows{
     VerdictRow{kUnknownSignIn, "unknown-sign-in", VerdictGroup::kWorks},
     VerdictRow{kPartsBadly, "parts-badly", VerdictGroup::kWorks},
     VerdictRow{kNameUnknown, "name-unknown", VerdictGroup::kReaching},
+    VerdictRow{kNameWithoutAddress, "name-without-address", VerdictGroup::kReaching},
     VerdictRow{kNameTimedOut, "name-timed-out", VerdictGroup::kReaching},
+    VerdictRow{kNoNameServer, "no-name-server", VerdictGroup::kReaching},
+    VerdictRow{kNameServersFailed, "name-servers-failed", VerdictGroup::kReaching},
     VerdictRow{kPortRefused, "port-refused", VerdictGroup::kReaching},
     VerdictRow{kUnreachable, "unreachable", VerdictGroup::kReaching},
     VerdictRow{kConnectTimedOut, "connect-timed-out", VerdictGroup::kReaching},
@@ -98,6 +124,7 @@ constexpr std::array kRows{
     VerdictRow{kTurnedAway, "turned-away", VerdictGroup::kConversation},
     VerdictRow{kFetchesMail, "fetches-mail", VerdictGroup::kConversation},
     VerdictRow{kNoMailServer, "no-mail-server", VerdictGroup::kConversation},
+    VerdictRow{kOddAnswer, "odd-answer", VerdictGroup::kConversation},
     VerdictRow{kHelloRefused, "hello-refused", VerdictGroup::kConversation},
     VerdictRow{kSilent, "silent", VerdictGroup::kConversation},
     VerdictRow{kStoppedAnswering, "stopped-answering", VerdictGroup::kConversation},
@@ -148,7 +175,7 @@ ConnectionVerdict VerdictOf(const ConnectionTest& test) {
     case ResultCode::kQuitFailed:
       return kPartsBadly;
     case ResultCode::kHostNotFound:
-      return kNameUnknown;
+      return OfName(test.name_fault);
     case ResultCode::kResolveTimeout:
       return kNameTimedOut;
     case ResultCode::kConnectFailed:

@@ -20,7 +20,10 @@ enum class ConnectionVerdict {
   kPartsBadly,     // it fails at QUIT
   // It does not:
   kNameUnknown,
+  kNameWithoutAddress,
   kNameTimedOut,
+  kNoNameServer,
+  kNameServersFailed,
   kPortRefused,
   kUnreachable,
   kConnectTimedOut,
@@ -41,6 +44,7 @@ enum class ConnectionVerdict {
   kTurnedAway,
   kFetchesMail,  // POP3 or IMAP
   kNoMailServer,
+  kOddAnswer,  // after a greeting
   kHelloRefused,
   kSilent,
   kStoppedAnswering,

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "net/socket_watch.h"
 #include "net/idna.h"
+#include "net/socket_watch.h"
 #include "platform/utf8.h"
 
 namespace quillcast::net {

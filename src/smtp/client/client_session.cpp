@@ -5,6 +5,11 @@
 #include <utility>
 
 namespace quillcast::smtp {
+namespace {
+
+constexpr const char* kWentOnInClear = "it went on in clear after it agreed to TLS";
+
+}  // namespace
 
 ClientSession::ClientSession(const ClientOptions& options, SessionSetup setup, SendWindow& window)
     : options_(options),
@@ -41,7 +46,7 @@ std::string_view ClientSession::BytesToSend() {
 
 void ClientSession::Receive(std::string_view bytes) {
   if (closed_) return;
-  if (opening_.handshake()) return Close(transfers_.OnNoSense("it went on in clear after it agreed to TLS"));
+  if (opening_.handshake()) return Close(transfers_.OnNoSense(kWentOnInClear));
   wire_.Receive(bytes);
   while (!closed_) {
     switch (wire_.NextReply()) {
@@ -131,6 +136,9 @@ void ClientSession::Follow(Opening::Step step) {
   switch (std::get<Opening::Turn>(step)) {
     case Opening::Turn::kGoesOn:
       return;
+    case Opening::Turn::kInClear:
+      events_.Add(Event::Kind::kInClear).text = wire_.More();
+      return Close(transfers_.OnNoSense(kWentOnInClear));
     case Opening::Turn::kHandshake:
       events_.Add(Event::Kind::kStartTls);
       return;
@@ -151,9 +159,11 @@ std::string_view ClientSession::Missing() const {
 }
 
 void ClientSession::GiveUp(Outcome why) {
+  if (closed_) return;
   const bool waited = why.code == ResultCode::kConnectionLost || why.code == ResultCode::kReplyTimeout;
   SessionEnd end = transfers_.OnGivenUp(std::move(why));
   if (waited) end.missing = Missing();
+  if (waited && wire_.HasMore()) events_.Add(Event::Kind::kUnfinished).text = wire_.More();
   Close(std::move(end));
 }
 

@@ -224,6 +224,8 @@ void Connection::TellWatch(const Event& event) {
   if (around_.watch == nullptr) return;
   if (event.kind == Event::Kind::kOffer) return around_.watch->Offered(event.text);
   if (event.kind == Event::Kind::kOddity) return around_.watch->Senseless(event.text);
+  if (event.kind == Event::Kind::kUnfinished) return around_.watch->Unfinished(event.text);
+  if (event.kind == Event::Kind::kInClear) return around_.watch->InClear(event.text);
   if (event.asks_for) {
     if (const auto step = StepOf(*event.asks_for)) around_.watch->Begins(*step);
   }
@@ -238,6 +240,8 @@ void Connection::TakeEvents() {
         break;
       case Event::Kind::kOffer:
       case Event::Kind::kOddity:
+      case Event::Kind::kUnfinished:
+      case Event::Kind::kInClear:
         TellWatch(*event);
         break;
       case Event::Kind::kStartTls:

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "net/connect.h"
+#include "net/resolver.h"
 #include "net/tls_facts.h"
 #include "smtp/client/client_options.h"
 #include "smtp/outcome.h"
@@ -28,6 +29,8 @@ class ConnectionWatch {
   virtual void Told(std::size_t server) = 0;
   // A step begins, and so the one before is over. The last one to begin is where it ended.
   virtual void Begins(ConnectionStep step) = 0;
+  // The name of the server leads to no address.
+  virtual void NotFound(net::NameFault fault) = 0;
   virtual void Tried(std::span<const net::TriedAddress> addresses) = 0;
   // A handshake is over, well or not.
   virtual void Encrypted(const net::TlsFacts& facts) = 0;
@@ -35,6 +38,10 @@ class ConnectionWatch {
   virtual void Offered(std::string_view text) = 0;
   // What came is no reply; its beginning.
   virtual void Senseless(std::string_view bytes) = 0;
+  // What came of a reply whose end did not.
+  virtual void Unfinished(std::string_view bytes) = 0;
+  // What came in clear behind the 220 to STARTTLS.
+  virtual void InClear(std::string_view bytes) = 0;
 };
 
 }  // namespace quillcast::smtp

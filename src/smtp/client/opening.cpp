@@ -57,8 +57,7 @@ Opening::Step Opening::OnAccepted(Awaited command, const ServerReply& reply) {
       return OnCapabilities({});
     case Awaited::kStartTls:
       handshake_ = true;
-      if (wire_.HasMore()) return NoSense("it went on in clear after it agreed to TLS");
-      return Turn::kHandshake;
+      return wire_.HasMore() ? Turn::kInClear : Turn::kHandshake;
     default:  // kAuth
       if (const auto proved = exchange_->Finish(); !proved) {
         return Failed(ResultCode::kAuthProtocolError, proved.error().what.InEnglish());

@@ -25,9 +25,9 @@ struct SessionSetup {
 
 class Opening {
  public:
-  // What a reply led to: another command, whose reply is awaited; a handshake that has to be made; a server that is
-  // ready for messages; or the end.
-  enum class Turn { kGoesOn, kHandshake, kReady };
+  // What a reply led to: another command, whose reply is awaited; a handshake that has to be made, or may not be as
+  // more has come in clear; a server that is ready for messages; or the end.
+  enum class Turn { kGoesOn, kHandshake, kInClear, kReady };
   using Step = std::variant<Turn, Outcome>;
 
   // `options` and `wire` must outlive it.

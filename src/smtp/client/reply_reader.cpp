@@ -78,6 +78,12 @@ ReplyReader::Step ReplyReader::Next() {
   return Step::kSenseless;
 }
 
+std::string ReplyReader::More() const {
+  std::string more(line_count_ > 0 ? lines_.substr(0, kShownOfOdd) : std::string());
+  more += std::string_view(buffer_).substr(at_, kShownOfOdd - more.size());
+  return more;
+}
+
 bool ReplyReader::TakeLine(std::string_view line) {
   const int code = CodeOf(line);
   if (line.size() > LimitOf(line)) {

@@ -33,6 +33,8 @@ class ReplyReader {
   const std::string& odd() const { return odd_; }
   // Whether bytes are here that belong to no reply that was given out.
   bool HasMore() const { return at_ < buffer_.size() || line_count_ > 0; }
+  // Their beginning.
+  std::string More() const;
 
  private:
   bool TakeLine(std::string_view line);  // true when it is the last one of its reply

@@ -14,13 +14,15 @@ namespace quillcast::smtp {
 
 struct Event {
   enum class Kind {
-    kLogLine,   // `text`: "C: ..." or "S: ...", secrets masked, not yet safe to show
-    kOffer,     // `text`: what the server can do, its reply to EHLO
-    kOddity,    // `text`: the beginning of what is no reply
-    kStartTls,  // make the handshake now, then call TlsStarted or GiveUp
-    kReady,     // greeted and signed in, once
-    kOutcome,   // of the oldest message that has none yet
-    kClosed,    // the session is over; `outcome` says why. Comes last
+    kLogLine,     // `text`: "C: ..." or "S: ...", secrets masked, not yet safe to show
+    kOffer,       // `text`: what the server can do, its reply to EHLO
+    kOddity,      // `text`: the beginning of what is no reply
+    kUnfinished,  // `text`: the beginning of a reply whose end did not come
+    kInClear,     // `text`: the beginning of what came behind the 220 to STARTTLS
+    kStartTls,    // make the handshake now, then call TlsStarted or GiveUp
+    kReady,       // greeted and signed in, once
+    kOutcome,     // of the oldest message that has none yet
+    kClosed,      // the session is over; `outcome` says why. Comes last
   };
   Kind kind = Kind::kLogLine;
   std::string text;

@@ -65,7 +65,10 @@ bool WayIn::Find() {
   auto found = resolver_.Step(around_.clock.Monotonic());
   if (!found && !IsLate()) return false;
   if (!found) found = resolver_.Late();
-  if (!*found) return Fail(Unreachable(found->error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound));
+  if (!*found) {
+    if (around_.watch != nullptr) around_.watch->NotFound(resolver_.fault());
+    return Fail(Unreachable(found->error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound));
+  }
   connecting_.emplace(**found, server().port);
   Begin(Stage::kConnect, ConnectionStep::kConnect);
   return true;

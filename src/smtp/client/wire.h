@@ -63,6 +63,7 @@ class Wire {
   const std::string& odd() const { return reader_.odd(); }
   // Whether more has come than the replies that were given out.
   bool HasMore() const { return reader_.HasMore(); }
+  std::string More() const { return reader_.More(); }
   // The reply's lines, or `masked` in their place, are told.
   void TellReply();
   void TellReply(std::string_view masked) { events_.Server(masked); }

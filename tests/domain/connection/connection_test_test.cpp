@@ -232,6 +232,11 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             "STARTTLS",
             5,
             "agrees to STARTTLS on port N and then goes on in plain text."},
+           {"text-after-starttls",
+            {.clear = kOffersTls, .starttls = "220 go\r\n250 more\r\n"},
+            "STARTTLS",
+            18,
+            "agrees to STARTTLS on port N and then goes on in plain text."},
            {"turned-away-for-now", {.greeting = "421 4.3.2 busy\r\n"}, "Automatic", 5, "for now: 421 4.3.2 busy."},
            {"turned-away-for-now", {.clear = "421 busy\r\n"}, "Automatic", 5, "for now: 421 busy."},
            {"turned-away",
@@ -250,14 +255,27 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             "is no mail server."},
            {"no-mail-server", {.greeting = "x", .then = Then::kFloods}, "Automatic", 18, "is no mail server."},
            {"no-mail-server",
+            {.greeting = "\xFF\xFD\x18login: ", .then = Then::kHangsUp},
+            "Automatic",
+            16,
+            "is no mail server."},
+           {"no-mail-server", {.greeting = "login: ", .then = Then::kStalls}, "Automatic", 27, "is no mail server."},
+           {"odd-answer",
             {.clear = std::string("250-a\x1B[2J\r\nb\x07\r\n")},
             "Automatic",
             18,
-            "is no mail server."},
+            "greets, and then answers on port N what is no answer of a mail server."},
+           {"odd-answer", {.clear = "354 go on\r\n"}, "Automatic", 18, "is no answer of a mail server."},
+           {"odd-answer", {.clear = kOffersTls, .starttls = "go\r\n"}, "Automatic", 18, "is no answer of a mail"},
            {"hello-refused", {.clear = "550 go away\r\n"}, "Automatic", 5, "greeting of this computer: 550 go away."},
            {"silent", {.greeting = "", .then = Then::kStalls}, "Automatic", 27, "and does not greet."},
            {"silent", {.greeting = "", .then = Then::kStalls}, "TLS", 27, "and does not greet."},
            {"silent", {.greeting = "2", .then = Then::kDrips}, "Automatic", 27, "and does not greet."},
+           {"silent",
+            {.greeting = "220-mx\r\n220-", .then = Then::kStalls},
+            "Automatic",
+            27,
+            "What came of its answer: \"220-mx\"."},
            {"stopped-answering", {.clear = ""}, "Automatic", 27, "stopped answering"},
            {"stopped-answering", {.clear = kOffersTls, .tls_stalls = true}, "Automatic", 27, "stopped answering"},
            {"hung-up",
@@ -265,6 +283,11 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             "Automatic",
             16,
             "ended the connection without a word."},
+           {"broke-off",
+            {.greeting = "421 Too many", .then = Then::kHangsUp},
+            "Automatic",
+            16,
+            "in the middle of the conversation. What came of its answer: \"421 Too many\"."},
            {"broke-off", {.then = Then::kHangsUpAtHello}, "Automatic", 16, "ended the connection in the middle of"},
            {"broke-off",
             {.then = Then::kHangsUpAtStartTls, .clear = kOffersTls},
@@ -346,10 +369,11 @@ TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
 
 // Where no server is reached; those that would take a network of our own to come about are made up.
 TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
-  const auto made_up = [](smtp::ResultCode code, int error) {
+  const auto made_up = [](smtp::ResultCode code, int error, net::NameFault fault = net::NameFault::kNone) {
     ConnectionTest test;
     test.server = {"mx.example", 25};
     test.outcome.code = code;
+    test.name_fault = fault;
     test.addresses = {{*net::FromSystem(net::ToSystem({*net::ParseIpAddress("192.0.2.1"), 25}).get()), false, error}};
     return test;
   };
@@ -364,6 +388,10 @@ TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
   for (const auto& [test, verdict, words] : std::vector<std::tuple<ConnectionTest, const char*, const char*>>{
            {unknown, "name-unknown", "No name server knows a..b. "},
            {refused, "port-refused", "localhost is there, and nothing listens on its port "},
+           {made_up(kHostNotFound, 0, net::NameFault::kNoSuchName), "name-unknown", "Check the spelling"},
+           {made_up(kHostNotFound, 0, net::NameFault::kNoAddress), "name-without-address", "mx.example has no address"},
+           {made_up(kHostNotFound, 0, net::NameFault::kNoServer), "no-name-server", "No name server can be reached"},
+           {made_up(kHostNotFound, 0, net::NameFault::kServersFailed), "name-servers-failed", "failed, or refused,"},
            {made_up(kResolveTimeout, 0), "name-timed-out", "did not answer when they were asked for mx.example."},
            {made_up(kConnectFailed, EHOSTUNREACH), "unreachable", "The network does not lead to mx.example from here."},
            {made_up(kConnectTimeout, 0), "connect-timed-out",
@@ -411,22 +439,34 @@ TEST_F(ConnectionTests, WritesDownEachStep) {
 
 // Each place where a server may be waited for, the second try under TLS among them.
 TEST_F(ConnectionTests, EndsWithinASecondOfACancel) {
-  for (const Script& script : std::initializer_list<Script>{{.greeting = "", .then = Then::kStalls},
-                                                            {.greeting = "x", .then = Then::kDrips},
-                                                            {.clear = ""},
-                                                            {.quit = ""}}) {
-    const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, script, nullptr); });
+  struct Case {
+    Script script;
+    std::chrono::milliseconds after = 300ms;
+    std::chrono::seconds patience = 30s;
+    std::size_t servers = 1;
+  };
+  const Script silent{.greeting = "", .then = Then::kStalls};
+  for (const Case& c : std::initializer_list<Case>{{silent},
+                                                   {{.greeting = "x", .then = Then::kDrips}},
+                                                   {{.clear = ""}},
+                                                   {{.quit = ""}},
+                                                   {silent, 1300ms, 1s},
+                                                   {silent, 2300ms, 1s, 2}}) {
+    const smtp::ScriptedServer server([&](Peer& peer, int) { Serve(peer, c.script, nullptr); });
     platform::CancelToken cancel;
     std::atomic<platform::Instant> asked;
     std::thread person([&] {
-      std::this_thread::sleep_for(300ms);
+      std::this_thread::sleep_for(c.after);
       asked = clock_.Monotonic();
       cancel.Request();
     });
-    const auto test = TestConnection(*TestOptions("127.0.0.1", std::to_string(server.port()), "None"), clock_, cancel);
+    auto options = *TestOptions("127.0.0.1", std::to_string(server.port()), "Automatic", c.patience);
+    options.servers.resize(c.servers, options.servers.front());
+    const auto test = TestConnection(options, clock_, cancel);
     person.join();
     EXPECT_LT(clock_.Monotonic() - asked.load(), 1s);
-    EXPECT_EQ(test.report.find("Error 20: The operation cancelled."), 0U);
+    EXPECT_EQ(test.report.find("Error 20: The operation cancelled."), 0U) << test.report;
+    EXPECT_EQ(test.report.find("Error", 1), std::string::npos) << test.report;
     EXPECT_EQ(WordOf(VerdictOf(test)), "cancelled");
   }
 }

@@ -70,6 +70,8 @@ inline void Listen(ClientSession& session, Told& told) {
         break;
       case Event::Kind::kOffer:
       case Event::Kind::kOddity:
+      case Event::Kind::kUnfinished:
+      case Event::Kind::kInClear:
         break;
     }
   }
