@@ -47,6 +47,16 @@ Error SettingsAsTheyWere(const Error& error) {
   return {error.failure, Say("The settings are as they were. {}", error.what), error.remedy};
 }
 
+// Without a note of it, and without an answer, nobody knows whether there is anything.
+Error StillThere(const Error& why, bool is_noted, bool has_newer) {
+  const Sentence what = has_newer ? "the password of before" : "the password";
+  const bool is_known = is_noted && why.failure != Failure::kTimedOut;
+  return {why.failure,
+          is_known ? Say("The keyring still has {}: {}", what, why.what)
+                   : Say("The keyring may still have {}: {}", what, why.what),
+          "Delete its entry for Quillcast Classic in the keyring's own window."};
+}
+
 bool TakesFromKeyring(const AccountSettings& account) { return PlaceOfPassword(account) == PasswordPlace::kKeyring; }
 
 // Whether the keyring is known to have what this account does not use.
@@ -247,7 +257,7 @@ Result<SavedAccount> AccountSecrets::SaveLocked(const AccountChange& change, pro
     return goes_there ? TakeBack(*account, *before, stored->note, settings, saved.error())
                       : NothingSaved(saved.error());
   }
-  auto left = asks_keyring ? ForgetRest(*account, *stored, settings, cancel) : SecretsLeft{};
+  auto left = asks_keyring ? ForgetRest(*account, *stored, Rest::kNoted, settings, cancel) : SecretsLeft{};
   return SavedAccount{*std::move(account), std::move(left.in_keyring)};
 }
 
@@ -270,30 +280,27 @@ Result<SecretsLeft> AccountSecrets::ResetLocked(profile::SettingsStore& settings
   const auto deleted = settings.DeleteSection(kAccountSection);
   if (!deleted) return NothingReset(deleted.error());
   const bool was_kept = stored->note.has_leftover || Asks(AccountSettings(), *stored);
-  return was_kept ? ForgetRest(AccountSettings(), *stored, settings, cancel) : SecretsLeft{};
+  return was_kept ? ForgetRest(AccountSettings(), *stored, Rest::kAll, settings, cancel) : SecretsLeft{};
 }
 
 // Where the note tells what there is, that alone is deleted. Where it tells of more, or of nothing (an older version
 // kept it, or the settings were made anew), it is all that the profile has there and the account does not use.
 SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, const StoredAccount& before,
-                                       profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
+                                       Rest rest, profile::SettingsStore& settings,
+                                       const platform::CancelToken& cancel) const {
   const bool stays_there = TakesFromKeyring(account);
   const std::string own = stays_there ? WhomOf(account) : "";
   const auto noted = before.note.has_leftover ? std::nullopt : WhomNamedBy(before.note.kept_for);
   if (noted && before.note.kept_for == own) return {};
   const auto forgotten =
-      noted
+      noted && rest == Rest::kNoted
           ? keyring_.Forget({owner_, noted->hosts, noted->user}, platform::Which::kNamed, cancel)
           : keyring_.Forget(NameOf(account), stays_there ? platform::Which::kAllOthers : platform::Which::kAll, cancel);
   const bool has_more = !forgotten && HasMore(before, account);
   // It is asked once more at the next chance where this cannot be remembered.
   IgnoreErrors(Remember({own, has_more}, settings));
   if (!has_more) return {};
-  const auto& why = forgotten.error();
-  return {Error{why.failure,
-                stays_there ? Say("The keyring still has the password of before: {}", why.what)
-                            : Say("The keyring still has the password: {}", why.what),
-                "Delete its entry for Quillcast Classic in the keyring's own window."}};
+  return {StillThere(forgotten.error(), noted.has_value(), stays_there)};
 }
 
 }  // namespace quillcast::account

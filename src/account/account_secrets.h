@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -16,7 +17,7 @@
 
 namespace quillcast::account {
 
-// What was reset all the same, though the keyring still has the old password, and why.
+// What was reset all the same, though the keyring still has the old password or may have it, and why.
 struct SecretsLeft {
   std::optional<Error> in_keyring;
 };
@@ -85,9 +86,11 @@ class AccountSecrets {
                           const platform::CancelToken& cancel) const;
   Error TakeBack(const AccountSettings& account, const KeptBefore& before, const KeyringNote& note,
                  profile::SettingsStore& settings, const Error& why) const;
-  // What the keyring had before for this profile, but for what this account takes from it.
-  SecretsLeft ForgetRest(const AccountSettings& account, const StoredAccount& before, profile::SettingsStore& settings,
-                         const platform::CancelToken& cancel) const;
+  // What the keyring had before for this profile, but for what this account takes from it: what the note names, or also
+  // what no note names any more.
+  enum class Rest : std::uint8_t { kNoted, kAll };
+  SecretsLeft ForgetRest(const AccountSettings& account, const StoredAccount& before, Rest rest,
+                         profile::SettingsStore& settings, const platform::CancelToken& cancel) const;
 
   platform::SecretStore& keyring_;
   const std::string owner_;

@@ -12,7 +12,7 @@ KeyringNote KeyringNoteOf(const profile::SettingsStore& settings) {
 }
 
 Result<void> Remember(const KeyringNote& note, profile::SettingsStore& settings) {
-  if (note.kept_for.empty() && !note.has_leftover) return settings.DeleteSection(kKeyringSection);
+  if (IsEmpty(note)) return settings.DeleteSection(kKeyringSection);
   const std::array<profile::SettingValue, 2> values = {
       {{kKeptForKey, note.kept_for}, {kLeftoverKey, note.has_leftover ? "1" : ""}}};
   return settings.WriteAll(kKeyringSection, values);

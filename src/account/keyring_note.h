@@ -17,6 +17,8 @@ struct KeyringNote {
   bool has_leftover = false;  // it kept what it should have deleted, and the person knows
 };
 
+inline bool IsEmpty(const KeyringNote& note) { return note.kept_for.empty() && !note.has_leftover; }
+
 // Nothing is remembered by settings that cannot be read.
 KeyringNote KeyringNoteOf(const profile::SettingsStore& settings);
 Result<void> Remember(const KeyringNote& note, profile::SettingsStore& settings);

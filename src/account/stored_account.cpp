@@ -18,8 +18,12 @@ Result<StoredAccount> LoadStored(const profile::SettingsStore& settings) {
 }
 
 Result<void> SaveStored(const StoredAccount& stored, profile::SettingsStore& settings) {
-  std::vector<profile::SectionValue> values = {{kKeyringSection, kKeptForKey, stored.note.kept_for},
-                                               {kKeyringSection, kLeftoverKey, stored.note.has_leftover ? "1" : ""}};
+  std::vector<profile::SectionValue> values;
+  // Settings that had to do with no keyring have no word of one.
+  if (const auto before = KeyringNoteOf(settings); !IsEmpty(stored.note) || !IsEmpty(before)) {
+    values.push_back({kKeyringSection, kKeptForKey, stored.note.kept_for});
+    values.push_back({kKeyringSection, kLeftoverKey, stored.note.has_leftover ? "1" : ""});
+  }
   for (const auto& row : AccountKeyRows()) values.push_back({kAccountSection, row.name, stored.account[row.key]});
   return settings.WriteAll(values);
 }

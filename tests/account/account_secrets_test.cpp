@@ -131,6 +131,14 @@ TEST_F(AccountSecretsTest, ResetTakesItOutOfTheKeyringToo) {
   ASSERT_TRUE(Save(From("Settings", "old")));
   EXPECT_TRUE(secrets_.Reset(settings_, cancel_));
   EXPECT_TRUE(keyring_.calls.empty()) << "it has nothing of this account";
+  ASSERT_TRUE(Save(From("Settings", "old")));
+  EXPECT_EQ(*settings_.Read("Keyring", "Entry", "no such row"), "no such row") << "nor have the settings of a keyring";
+  // What no note names any more goes too.
+  ASSERT_TRUE(Save(From("Keyring", "old")));
+  auto orphan = *keyring_.kept.begin();
+  keyring_.kept[{orphan.first[0], orphan.first[1], "eve"}] = "theirs";
+  EXPECT_FALSE(secrets_.Reset(settings_, cancel_)->in_keyring);
+  EXPECT_TRUE(keyring_.kept.empty());
 }
 
 // However the account got another server or user, the password stays with those that it was kept for.
@@ -261,6 +269,14 @@ TEST_F(AccountSecretsTest, AKeyringThatAnswersTooLateMayHaveIt) {
       ASSERT_TRUE(Save(From("Keyring", "newest")));
       EXPECT_EQ(keyring_.Only(), "newest") << "what it may have goes with the next one that is kept";
     }
+    keyring_.refuses = true;
+    const auto reset = secrets_.Reset(settings_, cancel_);
+    ASSERT_TRUE(reset && reset->in_keyring);
+    EXPECT_EQ(reset->in_keyring->what.InEnglish(),
+              before[kPasswordFrom] == "Settings"
+                  ? "The keyring may still have the password: The keyring was not unlocked."
+                  : "The keyring still has the password: The keyring was not unlocked.");
+    keyring_.refuses = false;
     ASSERT_TRUE(secrets_.Reset(settings_, cancel_));
     EXPECT_TRUE(keyring_.kept.empty());
   }
