@@ -32,6 +32,12 @@ AccountSettings PointedAt(std::string_view port, AccountSettings account) {
 
 }  // namespace
 
+Sentence InWords(const PracticeEnd& end) {
+  if (!end.has_other_server) return "Practice has ended.";
+  if (!end.lacks_sender) return "Practice has ended: the account names a server of its own now.";
+  return "Practice has ended: the account names a server of its own now. It still lacks an address of your own.";
+}
+
 std::vector<std::string> PracticeMessages(const std::filesystem::path& folder) {
   std::vector<std::string> files;
   std::error_code failed;
@@ -54,14 +60,12 @@ bool Practice::Serves() const {
   return is_on() && account && Names(*account, mailbox_->port());
 }
 
-bool Practice::EndsWith(const AccountSettings& account) {
-  if (!is_on() || Names(account, mailbox_->port())) return false;
-  Stop();
-  IgnoreErrors(Forget());  // the next start sees that the account names another server
-  return true;
+// Another window may practise by now, with a mailbox of its own.
+Result<void> Practice::Forget(std::string_view port) {
+  const auto noted = settings_.Read(kSection, kPracticeKey, "");
+  if (!noted) return noted.error();
+  return *noted == port ? settings_.Write(kSection, kPracticeKey, "") : Result<void>();
 }
-
-Result<void> Practice::Forget() { return settings_.Write(kSection, kPracticeKey, ""); }
 
 Result<platform::FolderLock> Practice::Lock() const {
   return LockAccount(settings_, profile::kWindowPatience.lock_wait, platform::CancelToken());
@@ -84,20 +88,44 @@ Result<void> Practice::Begin(std::function<void()> arrived) {
   return settings_.Write(kSection, kPracticeKey, mailbox_->port());
 }
 
-Result<void> Practice::End() {
+// A server that somebody has named meanwhile stays, and is not written to from an address that nobody has.
+Result<void> Practice::TakeOut(AccountSettings account, std::string_view port) {
+  const bool is_server = Names(account, port);
+  if (account[kEmail] == kAddress) {
+    if (is_server) return settings_.DeleteSection(kAccountSection);
+    if (account[kName] == kSender) account.Set(kName, "");
+    account.Set(kEmail, "");
+  } else if (is_server) {
+    account.Set(kServer, "");
+  } else {
+    return {};
+  }
+  return account.Save(settings_);
+}
+
+Result<PracticeEnd> Practice::End() {
   const auto lock = Lock();
   if (!lock) return lock.error();
   const std::string port =
       is_on() ? mailbox_->port() : IgnoreErrors(settings_.Read(kSection, kPracticeKey, ""), std::string());
-  Stop();
-  auto forgotten = Forget();
-  if (!forgotten) return forgotten;
-  auto account = AccountSettings::Load(settings_);
+  const auto account = AccountSettings::Load(settings_);
   if (!account) return account.error();
-  if (!Names(*account, port)) return {};  // another program has named a server meanwhile
-  if ((*account)[kEmail] == kAddress) return settings_.DeleteSection(kAccountSection);
-  account->Set(kServer, "");
-  return account->Save(settings_);
+  const bool has_other = !Names(*account, port) && !(*account)[kServer].empty();
+  const PracticeEnd end{.has_other_server = has_other, .lacks_sender = has_other && (*account)[kEmail] == kAddress};
+  const auto taken_out = TakeOut(*account, port);
+  const auto forgotten = taken_out ? Forget(port) : taken_out;
+  if (!forgotten) return forgotten.error();
+  Stop();
+  return end;
+}
+
+Result<std::optional<PracticeEnd>> Practice::EndWhereLeft() {
+  if (!is_on()) return std::optional<PracticeEnd>();
+  const auto account = AccountSettings::Load(settings_);
+  if (!account) return account.error();
+  if (Names(*account, mailbox_->port())) return std::optional<PracticeEnd>();
+  const auto end = End();
+  return end ? Result<std::optional<PracticeEnd>>(*end) : end.error();
 }
 
 }  // namespace quillcast::account

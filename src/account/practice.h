@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "account/account_settings.h"
@@ -16,6 +18,13 @@ namespace quillcast::account {
 
 // The names of the messages' files in its folder, the last that arrived first.
 std::vector<std::string> PracticeMessages(const std::filesystem::path& folder);
+
+// What became of the account when practice ended.
+struct PracticeEnd {
+  bool has_other_server = false;  // which somebody has named meanwhile, and which stays
+  bool lacks_sender = false;      // practice's own was taken back from it
+};
+Sentence InWords(const PracticeEnd& end);
 
 // Called on one thread. The mailbox goes with it, and the account keeps naming it: the next start sees that by WasOn.
 class Practice {
@@ -31,10 +40,10 @@ class Practice {
   // account, here and at the end: nothing is changed then.
   Result<void> Begin(std::function<void()> arrived);
   // Stops it, and takes it out of the account where that still names it; a sender's name and address that are the
-  // person's own stay.
-  Result<void> End();
-  // The account was changed: practice ends where it names another server now. True when it did.
-  bool EndsWith(const AccountSettings& account);
+  // person's own stay, practice's own never do.
+  Result<PracticeEnd> End();
+  // The same where the account names it no more, whoever changed that; nothing where it does, or practice is off.
+  Result<std::optional<PracticeEnd>> EndWhereLeft();
   // Stops the mailbox; the account keeps naming it, so that the next session goes on.
   void Stop() { mailbox_.reset(); }
 
@@ -45,7 +54,8 @@ class Practice {
   const std::filesystem::path& folder() const { return folder_; }
 
  private:
-  Result<void> Forget();
+  Result<void> TakeOut(AccountSettings account, std::string_view port);
+  Result<void> Forget(std::string_view port);
   Result<platform::FolderLock> Lock() const;
 
   profile::SettingsStore& settings_;

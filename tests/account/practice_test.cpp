@@ -16,27 +16,38 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
     std::vector<std::pair<AccountKey, const char*>> before;
     const char* sender;              // while it is on
     const char* left;                // Name|Email|Server afterwards
-    const char* new_server;          // what the person sets meanwhile; null for nothing
-    bool end_after_another = false;  // another program names a server, and practice is ended then
+    const char* new_server;          // what is set meanwhile, here or by another program; null for nothing
+    const char* said;                // in the end
+    bool end_after_another = false;  // it is ended by hand then, and not because it is seen
   };
   const Case cases[] = {
-      {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr},
+      {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr, "Practice has ended."},
       {"an account without a server",
        {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kAuth, "1"}, {kSecurity, "TLS"}},
        "Ada <ada@a.example>",
        "Ada|ada@a.example|",
-       nullptr},
+       nullptr,
+       "Practice has ended."},
       {"a server of one's own",
        {{kName, "Ada"}, {kEmail, "ada@a.example"}},
        "Ada <ada@a.example>",
        "Ada|ada@a.example|mail.a.example",
-       "mail.a.example"},
+       "mail.a.example",
+       "Practice has ended: the account names a server of its own now."},
       {"a server of another program",
        {},
        "Practice <practice@quillcast.example>",
-       "Practice|practice@quillcast.example|mail.b.example",
-       nullptr,
+       "||mail.b.example",
+       "mail.b.example",
+       "Practice has ended: the account names a server of its own now. It still lacks an address of your own.",
        true},
+      {"seen by itself",
+       {},
+       "Practice <practice@quillcast.example>",
+       "||mail.b.example",
+       "mail.b.example",
+       "Practice has ended: the account names a server of its own now. It still lacks an address of your own."},
+      {"the account was reset", {}, "Practice <practice@quillcast.example>", "||", "", "Practice has ended."},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -56,18 +67,27 @@ TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
     EXPECT_EQ(during[kServer] + " " + during[kAuth] + " " + during[kSecurity], "127.0.0.1 0 Automatic");
     EXPECT_TRUE(Practice(settings, clock, root / "Practice").WasOn()) << "the next session knows";
 
-    EXPECT_FALSE(practice.EndsWith(during));
-    if (c.end_after_another) {
-      during.Set(kServer, "mail.b.example");
-      ASSERT_TRUE(during.Save(settings));
-    }
+    EXPECT_FALSE(*practice.EndWhereLeft());
     if (c.new_server != nullptr) {
       during.Set(kServer, c.new_server);
       ASSERT_TRUE(during.Save(settings));
       EXPECT_FALSE(practice.Serves());
-      EXPECT_TRUE(practice.EndsWith(during));
+    }
+    if (c.new_server != nullptr && !c.end_after_another) {
+      {
+        const platform::CancelToken never;
+        const auto lock = LockAccount(settings, std::chrono::milliseconds(0), never);
+        EXPECT_FALSE(practice.EndWhereLeft()) << "while somebody else saves the account";
+        EXPECT_TRUE(practice.is_on());
+      }
+      const auto ended = practice.EndWhereLeft();
+      ASSERT_TRUE(ended && *ended);
+      EXPECT_EQ(InWords(**ended).InEnglish(), c.said);
+      EXPECT_FALSE(*practice.EndWhereLeft()) << "once";
     } else {
-      ASSERT_TRUE(practice.End());
+      const auto ended = practice.End();
+      ASSERT_TRUE(ended);
+      EXPECT_EQ(InWords(*ended).InEnglish(), c.said);
     }
     EXPECT_FALSE(practice.is_on() || practice.WasOn());
     const auto after = *AccountSettings::Load(settings);

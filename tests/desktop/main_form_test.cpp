@@ -1273,6 +1273,62 @@ class MainFormTest : public QObject {
     QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
     QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);
     QVERIFY(scene.Notice().contains("no mail account"));
+    QCOMPARE(scene.Status(), QString("Practice has ended."));
+  }
+
+  void practiceEndsWhereAnotherProgramNamesAServer_data() {
+    QTest::addColumn<QString>("email");
+    QTest::addColumn<bool>("looks");  // before the watch does
+    QTest::addColumn<QString>("notice");
+    QTest::addColumn<QString>("said");
+    const QString ended = "Practice has ended: the account names a server of its own now.";
+    QTest::newRow("the whole account") << "ada@real.example" << false << "" << ended;
+    QTest::newRow("the server alone") << "" << false
+                                      << "There is no mail account yet. Fill it in, or practise first with a mailbox "
+                                         "on this machine."
+                                      << ended + " It still lacks an address of your own.";
+    QTest::newRow("just before sending") << "ada@real.example" << true << "" << ended;
+  }
+  void practiceEndsWhereAnotherProgramNamesAServer() {
+    QFETCH(QString, email);
+    QFETCH(bool, looks);
+    QFETCH(QString, notice);
+    QFETCH(QString, said);
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("nowhere else"));
+    profile::SettingsStore theirs(scene.rig.folders.settings);
+    if (!email.isEmpty()) QVERIFY(theirs.Write("Account", "Email", email.toStdString()));
+    const auto named = [&theirs] { return static_cast<bool>(theirs.Write("Account", "Server", "mail.real.example")); };
+    if (looks) {
+      scene.rig.AddGroup("Friends", {"bob@example.net"});
+      scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
+      scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+      QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
+      scene.Editor().InsertHtml("<p>Dear you</p>");
+      test::WhileOpen("SendMailForm1", [](QDialog& form) {
+        QVERIFY(form.findChild<QLabel*>("RouteLabel")->text().contains("over mail.real.example"));
+        form.reject();
+      });
+      QVERIFY(named());
+      QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+      QCOMPARE(scene.Notice(), notice);
+    } else {
+      // A run that goes on may still send there: what is shown is true, and practice ends behind it.
+      QDialog above(scene.window.get());
+      above.setModal(true);
+      above.show();
+      QVERIFY(named());
+      QTRY_COMPARE(scene.Notice(), QString());
+      QVERIFY(!scene.rig.settings.Read("Options", "Practice", "")->empty());
+      above.close();
+    }
+    QTRY_COMPARE(scene.Status(), said);
+    QCOMPARE(scene.Notice(), notice);
+    QVERIFY(scene.rig.settings.Read("Options", "Practice", "")->empty());
+    QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.real.example");
+    QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Email", "")), email);
   }
 
   void thePracticeMailboxIsLookedThroughWhole() {

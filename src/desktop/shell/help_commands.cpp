@@ -4,6 +4,7 @@
 #include "desktop/shell/commands.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/tips_form.h"
@@ -29,6 +30,7 @@ void ShowTutorial(Shell& shell) {
 void ShowTips(Shell& shell) { TipsForm(shell.program, &shell.window).exec(); }
 
 void AskForSupport(Shell& shell) {
+  shell.notices.LookAtPractice();
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
   if (!filled_in || !*filled_in) {
     if (!filled_in) shell.Tell(filled_in.error());

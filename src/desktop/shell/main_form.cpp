@@ -175,6 +175,7 @@ void MainForm::ConnectNotices() {
   connect(notices_, &Notices::RunsPressed, this, [this] { AtWork([this] { ShowKeptRuns(*shell_); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
+  connect(notices_, &Notices::PracticeEnded, this, &MainForm::Say);
   connect(notices_, &Notices::Failed, this, [this](const Error& error) { shell_->Tell(error); });
   connect(&notices_->pictures(), &PicturesPanel::Answered, this,
           [this](const std::vector<std::filesystem::path>& files, bool take) {
@@ -273,10 +274,12 @@ void MainForm::showEvent(QShowEvent* event) {
   requests_->Resume();
 }
 
-// Groups may have been made by the command meanwhile.
+// Groups may have been made by the command meanwhile, and the account changed.
 void MainForm::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
-  if (event->type() == QEvent::ActivationChange && isActiveWindow()) header_->Refresh();
+  if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+  header_->Refresh();
+  notices_->LookAtPractice();
 }
 
 void MainForm::dragEnterEvent(QDragEnterEvent* event) {

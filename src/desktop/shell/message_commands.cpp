@@ -73,6 +73,7 @@ void PreviewInside(Shell& shell) {
 }
 
 void Send(Shell& shell) {
+  shell.notices.LookAtPractice();
   const platform::CancelToken never;
   auto message = shell.Message();
   if (!message) return shell.Tell(message.error());
@@ -98,6 +99,7 @@ void Send(Shell& shell) {
 }
 
 void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
+  shell.notices.LookAtPractice();
   using Server = SendMailForm1::Server;
   SendMailForm1 form(shell.program, request, shell.practice.practice().Serves() ? Server::kPractice : Server::kReal,
                      QApplication::activeWindow());

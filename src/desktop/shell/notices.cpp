@@ -1,5 +1,6 @@
 #include "desktop/shell/notices.h"
 
+#include <QApplication>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -15,6 +16,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kArrivalsPause = 250;  // milliseconds
+constexpr int kWatchPause = 1000;    // milliseconds
 constexpr std::size_t kLongestShown = 100;
 
 }  // namespace
@@ -27,7 +29,8 @@ Notices::Notices(const profile::Program& program, const document::Drafts& drafts
       practice_(practice),
       bar_(new NoticeBar(this)),
       pictures_(new PicturesPanel(program, this)),
-      arrivals_(new QTimer(this)) {
+      arrivals_(new QTimer(this)),
+      watch_(new QTimer(this)) {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
@@ -43,6 +46,8 @@ Notices::Notices(const profile::Program& program, const document::Drafts& drafts
   });
   arrivals_->setSingleShot(true);
   connect(arrivals_, &QTimer::timeout, this, &Notices::Refresh);
+  watch_->setInterval(kWatchPause);
+  connect(watch_, &QTimer::timeout, this, &Notices::LookAtPractice);
 }
 
 void Notices::Refresh() {
@@ -125,19 +130,42 @@ void Notices::GoOnPractising() {
   if (practice_.practice().WasOn()) BeginPractice();
 }
 
+// What cannot be read or written now is looked at anew the next time.
+void Notices::LookAtPractice() {
+  auto& practice = practice_.practice();
+  if (!practice.is_on()) {
+    watch_->stop();
+    return;
+  }
+  if (QApplication::activeModalWidget() != nullptr) {
+    if (!practice.Serves()) Refresh();
+    return;
+  }
+  const auto ended = practice.EndWhereLeft();
+  if (!ended) Refresh();
+  if (ended && *ended) TellEnd(**ended);
+}
+
+void Notices::TellEnd(const account::PracticeEnd& end) {
+  emit PracticeChanged();
+  Refresh();
+  emit PracticeEnded(InWords(account::InWords(end)));
+}
+
 // Counted before it takes any more, for each of those is announced.
 void Notices::BeginPractice() {
   arrived_ = static_cast<qint64>(account::PracticeMessages(practice_.practice().folder()).size());
   const auto begun = practice_.Begin();
   if (!begun) emit Failed(begun.error());
+  if (begun) watch_->start();
   emit PracticeChanged();
   Refresh();
 }
 
 void Notices::EndPractice() {
   const auto ended = practice_.practice().End();
-  if (!ended) emit Failed(ended.error());
-  emit PracticeChanged();
+  if (ended) return TellEnd(*ended);
+  emit Failed(ended.error());
   Refresh();
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 
+#include "account/practice.h"
 #include "document/drafts.h"
 #include "platform/result.h"
 #include "profile/program.h"
@@ -28,6 +29,9 @@ class Notices final : public QWidget {
   void Refresh();
   // Whether there is a run to be gone on with, because its program or its computer was stopped.
   void LookForCutOff();
+  // Whether the account still names the practice mailbox: another program may have named a server, which ends practice.
+  // While a window stands over this one only what is shown changes, for a run may still send there.
+  void LookAtPractice();
   // Takes up practice where an earlier session left it.
   void GoOnPractising();
   PicturesPanel& pictures() { return *pictures_; }
@@ -41,6 +45,7 @@ class Notices final : public QWidget {
   void PracticePressed();
   void RunsPressed();
   void PracticeChanged();  // and with it the account
+  void PracticeEnded(const QString& how);
   void Failed(const quillcast::Error& error);
 
  private:
@@ -49,6 +54,7 @@ class Notices final : public QWidget {
   void ShowPractice();
   void ShowAccount();
   void Discard();
+  void TellEnd(const account::PracticeEnd& end);
 
   const profile::Program& program_;
   const document::Drafts& drafts_;
@@ -59,6 +65,7 @@ class Notices final : public QWidget {
   std::set<run::RunId> left_for_later_;  // the last runs of mailings, as the person said
   qint64 arrived_ = 0;                   // in the practice mailbox, those of earlier sessions too
   QTimer* arrivals_;                     // tells of them a few times a second
+  QTimer* watch_;                        // looks at the account as long as practice is on
 };
 
 }  // namespace quillcast::desktop

@@ -1,5 +1,4 @@
 // The commands of the Tools menu.
-#include "account/account_settings.h"
 #include "account/import/find_accounts.h"
 #include "desktop/account/email_manager_form.h"
 #include "desktop/account/thread_form.h"
@@ -15,7 +14,6 @@
 #include "desktop/shell/commands.h"
 #include "desktop/shell/message_header.h"
 #include "desktop/shell/notices.h"
-#include "desktop/shell/practice_mailbox.h"
 #include "desktop/shell/shell.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/widgets/qt_text.h"
@@ -31,9 +29,7 @@ void EditAccount(Shell& shell) {
   form.account_places = [] { return account::AccountRoots(platform::ProcessEnvironment()); };
   form.imported = [&shell](const std::string& from) { shell.header.ShowSender(ToQt(from)); };
   form.exec();
-  const auto account = account::AccountSettings::Load(shell.program.settings);
-  if (account && shell.practice.practice().EndsWith(*account))
-    shell.Say(Shell::tr("Practice has ended: the account names a server of its own now."));
+  shell.notices.LookAtPractice();
   shell.notices.Refresh();
 }
 
