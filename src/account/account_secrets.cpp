@@ -285,9 +285,8 @@ Result<SecretsLeft> AccountSecrets::ResetLocked(profile::SettingsStore& settings
 
 // Where the note tells what there is, that alone is deleted. Where it tells of more, or of nothing (an older version
 // kept it, or the settings were made anew), it is all that the profile has there and the account does not use.
-SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, const StoredAccount& before,
-                                       Rest rest, profile::SettingsStore& settings,
-                                       const platform::CancelToken& cancel) const {
+SecretsLeft AccountSecrets::ForgetRest(const AccountSettings& account, const StoredAccount& before, Rest rest,
+                                       profile::SettingsStore& settings, const platform::CancelToken& cancel) const {
   const bool stays_there = TakesFromKeyring(account);
   const std::string own = stays_there ? WhomOf(account) : "";
   const auto noted = before.note.has_leftover ? std::nullopt : WhomNamedBy(before.note.kept_for);

@@ -1331,6 +1331,30 @@ class MainFormTest : public QObject {
     QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Email", "")), email);
   }
 
+  void nothingIsSentOverAServerThatWasNotShown() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    scene.rig.AddGroup("Friends", {"bob@example.net"});
+    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
+    scene.Editor().InsertHtml("<p>Dear you</p>");
+    test::WhileOpen("SendMailForm1", [&](QDialog& form) {
+      const auto* route = form.findChild<QLabel*>("RouteLabel");
+      QVERIFY(route->text().contains("nowhere else"));
+      QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.real.example"));
+      auto* button = form.findChild<QPushButton*>("SendButton");
+      QTest::mouseClick(button, Qt::LeftButton);
+      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().startsWith("Nothing was sent: the account"));
+      QVERIFY2(button->text() != "Close" && button->text() != "Cancel", qPrintable(button->text()));
+      QVERIFY(route->text().contains("over mail.real.example"));
+      form.reject();
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QTRY_VERIFY(scene.Notice().contains("no mail account"));
+  }
+
   void thePracticeMailboxIsLookedThroughWhole() {
     test::FormRig rig;
     constexpr int kMessages = 3000;

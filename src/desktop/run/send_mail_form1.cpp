@@ -171,24 +171,33 @@ QWidget* SendMailForm1::MakeHeading(Server server) {
   QFont bold = what->font();
   bold.setBold(true);
   what->setFont(bold);
-  auto* route = new QLabel(heading);
-  route->setObjectName("RouteLabel");
-  // What cannot be read is told by the run.
-  if (const auto account = account::AccountSettings::Load(program_.settings)) {
-    const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
-    route->setText(
-        server == Server::kPractice
-            ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-            : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
-  }
+  route_ = new QLabel(heading);
+  route_->setObjectName("RouteLabel");
+  ShowRoute(server);
   auto* column = new QVBoxLayout(heading);
   column->setContentsMargins(0, 0, 0, 0);
-  for (QLabel* label : {what, route}) {
+  for (QLabel* label : {what, route_}) {
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     column->addWidget(label);
   }
   return heading;
+}
+
+void SendMailForm1::ShowRoute(Server server) {
+  shown_servers_ = Servers();
+  const auto account = account::AccountSettings::Load(program_.settings);
+  if (!account) return;
+  const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
+  route_->setText(
+      server == Server::kPractice
+          ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+          : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
+}
+
+std::string SendMailForm1::Servers() const {
+  const auto account = account::AccountSettings::Load(program_.settings);
+  return account && account::ServersOf(*account) ? account::ServersText(*account) : std::string();
 }
 
 void SendMailForm1::ButtonPressed() {
@@ -209,6 +218,13 @@ void SendMailForm1::StartRun() {
   const auto range = range_->Range();
   if (!range) {
     Say(InWords(range.error()), NoteKind::kFailure);
+    return;
+  }
+  // Another window or program may have named another server meanwhile: nothing goes where the person was not told of.
+  if (const auto now = Servers(); !now.empty() && now != shown_servers_) {
+    ShowRoute(Server::kReal);
+    Say(tr("Nothing was sent: the account names another server by now. See above who sends, and over which server."),
+        NoteKind::kFailure);
     return;
   }
   stage_ = Stage::kRunning;

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "desktop/run/run_worker.h"
 #include "desktop/widgets/note.h"
@@ -11,6 +12,7 @@
 #include "run/run_results.h"
 
 class QCheckBox;
+class QLabel;
 class QPushButton;
 class QTabWidget;
 class QTimer;
@@ -73,6 +75,9 @@ class SendMailForm1 final : public QDialog {
   void BuildWindow(Server server);
   void Connect();
   QWidget* MakeHeading(Server server);
+  void ShowRoute(Server server);
+  // The account's servers; empty where they cannot be read, which the run tells.
+  std::string Servers() const;
   void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
 
   const profile::Program& program_;
@@ -86,6 +91,8 @@ class SendMailForm1 final : public QDialog {
   RunWorker* worker_;
   run::RunResults results_;
   QStringList notes_;  // about the run
+  QLabel* route_ = nullptr;
+  std::string shown_servers_;
   QTimer* tick_;
   bool report_open_ = false;
   bool waits_for_password_ = false;
