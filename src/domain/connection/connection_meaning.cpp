@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "domain/connection/connection_facts.h"
@@ -25,6 +26,12 @@ std::string WaysOf(const ConnectionTest& test) { return Joined(LastOffer(test).s
 
 std::string CertifiedNames(const ConnectionTest& test) {
   return test.tls && test.tls->certificate ? Joined(test.tls->certificate->names, kLongestInSentence) : std::string();
+}
+
+// Whether one of its names is that of a server, and not of all that are in one place.
+bool HasWholeName(const net::CertificateFacts& certificate) {
+  return std::any_of(certificate.names.begin(), certificate.names.end(),
+                     [](const std::string& name) { return name.find('*') == std::string::npos; });
 }
 
 // What the account needs for this server, as its dialog calls it.
@@ -53,6 +60,10 @@ std::vector<Sentence> OfClear(const ConnectionTest& test) {
                 "travel in clear.",
                 port),
             Setting(test, "STARTTLS")};
+  }
+  if (test.security == smtp::Security::kNone) {
+    return {Say("This server speaks plain text alone on port {}: a password travels in clear.", port), Usual(),
+            "Security None is for a network that you trust alone."};
   }
   return {Say("This server speaks plain text alone on port {}: a password would travel in clear, so the account does "
               "not sign in there.",
@@ -160,7 +171,9 @@ std::vector<Sentence> OfBadCertificate(const ConnectionTest& test, ConnectionVer
     case kOtherName:
       if (CertifiedNames(test).empty()) return {Say("The certificate of {} names no server.", host), renew};
       return {Say("The certificate of {} is for another name: {}.", host, CertifiedNames(test)),
-              "If that is your provider's name, put it into the account as the server."};
+              HasWholeName(*certificate)
+                  ? "If that is your provider's name, put it into the account as the server."
+                  : "If that is your provider's, put the name that the server has there into the account."};
     case kSelfSigned:
       return {Say("The certificate of {} is signed by itself alone, so anybody could have made it.", host),
               "If the server is yours, add its certificate to those that this computer trusts."};

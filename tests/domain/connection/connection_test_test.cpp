@@ -195,6 +195,7 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
             0,
             "speaks plain text alone on port N: a password would travel in clear",
             "0.0.0.0"},
+           {"in-clear", {}, "None", 0, "alone on port N: a password travels in clear. Providers", "0.0.0.0"},
            {"in-clear", {.clear = kOffersBoth}, "None", 0, "though it offers STARTTLS: a password would", "0.0.0.0"},
            {"no-sign-in-in-clear", {.clear = "250 mx\r\n"}, "Automatic", 0, "offers no way to sign in"},
            {"no-sign-in",
@@ -342,6 +343,8 @@ TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
            {"certificate-not-yet-valid", "DNS:localhost", true, 24 * kHour, 48 * kHour, 0, "holds from 2"},
            {"certificate-other-name", "DNS:mx.example,IP:::1", true, -kHour, kHour, 0,
             "is for another name: mx.example, ::1."},
+           {"certificate-other-name", "DNS:*.hoster.example", true, -kHour, kHour, 0,
+            "another name: *.hoster.example. If that is your provider's, put the name that the server has there"},
            {"certificate-other-name", "", true, -kHour, kHour, 0, "names no server."},
            {"certificate-self-signed", "DNS:localhost", false, -kHour, kHour, 0, "signed by itself alone"},
            {"tls-too-old", "DNS:localhost", true, -kHour, kHour, TLS1_1_VERSION, "older than 1.2"}}) {
