@@ -494,7 +494,12 @@ class SendFormTest : public QObject {
     SendMailForm1 real(scene.rig.program, {}, {}, SendMailForm1::Server::kReal, nullptr);
     QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
              QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
+    QVERIFY(real.findChild<QLabel*>("PaceLabel")->text().isEmpty());
+    QVERIFY(scene.rig.settings.Write("Account", "Rate", "30/min"));
+    QVERIFY(scene.rig.settings.Write("Account", "Connections", "4"));
     SendMailForm1 practice(scene.rig.program, {}, {}, SendMailForm1::Server::kPractice, nullptr);
+    QCOMPARE(practice.findChild<QLabel*>("PaceLabel")->text(),
+             QString("Pace: 30 a minute, 4 connections (the page Pace of the mail account)"));
     QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
   }
 

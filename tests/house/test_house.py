@@ -50,7 +50,7 @@ ORDER = {
     "desktop/document": "desktop/widgets document profile html recipients",
     "desktop/account": "desktop/widgets account account/import profile smtp smtp/client smtp/mailbox",
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
-    "desktop/run": "desktop/widgets desktop/document run run/journal account message document recipients profile smtp",
+    "desktop/run": "desktop/widgets desktop/document run run/journal run/pace account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
     "desktop/domain": "desktop/widgets domain domain/connection domain/sender net account profile smtp",
     "desktop/support": "desktop/widgets support run profile smtp",

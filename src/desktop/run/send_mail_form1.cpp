@@ -27,6 +27,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
+#include "run/pace/pace_words.h"
 #include "run/run_words.h"
 
 namespace quillcast::desktop {
@@ -104,6 +105,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest&
   request_ = request;
   setWindowTitle(tr("Go On with a Run"));
   range_->hide();
+  findChild<QLabel*>("PaceLabel")->hide();  // that of its last run holds first, and is told by the run
   before_->Close();
 }
 
@@ -174,9 +176,13 @@ QWidget* SendMailForm1::MakeHeading(Server server) {
   route_ = new QLabel(heading);
   route_->setObjectName("RouteLabel");
   ShowRoute(server);
+  auto* pace = new QLabel(heading);
+  pace->setObjectName("PaceLabel");
+  pace->setText(PaceText());
+  pace->setHidden(pace->text().isEmpty());
   auto* column = new QVBoxLayout(heading);
   column->setContentsMargins(0, 0, 0, 0);
-  for (QLabel* label : {what, route_}) {
+  for (QLabel* label : {what, route_, pace}) {
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     column->addWidget(label);
@@ -198,6 +204,15 @@ void SendMailForm1::ShowRoute(Server server) {
 std::string SendMailForm1::Servers() const {
   const auto account = account::AccountSettings::Load(program_.settings);
   return account && account::ServersOf(*account) ? account::ServersText(*account) : std::string();
+}
+
+// How fast it goes; nothing where it goes as fast as it can. What cannot be read is told by the run.
+QString SendMailForm1::PaceText() const {
+  const platform::CancelToken none;
+  const auto pace = run::Prepare({}, run::ChosenGroup{}, run::PlaceOf(program_, none, profile::kWindowPatience)).Pace();
+  if (!pace) return {};
+  const QStringList words = InWords(run::WordsOf(*pace));
+  return words.isEmpty() ? QString() : tr("Pace: %1 (the page Pace of the mail account)").arg(words.join(", "));
 }
 
 void SendMailForm1::ButtonPressed() {

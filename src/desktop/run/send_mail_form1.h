@@ -78,6 +78,7 @@ class SendMailForm1 final : public QDialog {
   void ShowRoute(Server server);
   // The account's servers; empty where they cannot be read, which the run tells.
   std::string Servers() const;
+  QString PaceText() const;
   void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
 
   const profile::Program& program_;

@@ -43,6 +43,29 @@ Sentence WhyOf(const Wait& wait, const PaceRules& rules) {
   return {};
 }
 
+std::vector<Sentence> WordsOf(const RunPace& pace) {
+  const PaceRules& rules = pace.rules;
+  std::vector<Sentence> words;
+  for (const auto& limit : {rules.rate, rules.per_hour, rules.per_day}) {
+    if (limit) words.push_back(Say("{} {}", NumberValue(limit->messages), StretchOf(limit->within)));
+  }
+  if (rules.per_domain) {
+    words.push_back(
+        Say("{} {} to each domain", NumberValue(rules.per_domain->messages), StretchOf(rules.per_domain->within)));
+  }
+  if (rules.hours) words.push_back(Say("from {} to {}", TimeOf(rules.hours->from), TimeOf(rules.hours->until)));
+  if (rules.pause) {
+    words.push_back(SayOf(rules.pause->messages, "a pause after {} message", "a pause after {} messages"));
+  }
+  if (pace.connections > 1) words.push_back(Say("{} connections", pace.connections));
+  if (pace.per_connection > 0) {
+    words.push_back(SayOf(pace.per_connection, "{} message over each connection", "{} messages over each connection"));
+  }
+  if (pace.retries.times > 0) words.push_back(SayOf(pace.retries.times, "{} retry", "{} retries"));
+  if (pace.slow_down) words.emplace_back("slower where the server asks for it");
+  return words;
+}
+
 Sentence WaitForRetries(std::int64_t recipients) {
   return SayOf(recipients, "{} recipient was deferred and is tried again then.",
                "{} recipients were deferred and are tried again from then on.");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/sentence.h"
@@ -12,6 +13,10 @@ namespace quillcast::run {
 
 // Why nothing may go out: a whole sentence.
 Sentence WhyOf(const Wait& wait, const PaceRules& rules);
+
+// "30 a minute", "4 connections", "3 retries": what differs from a run that goes as fast as it can, over one
+// connection, and tries everybody once.
+std::vector<Sentence> WordsOf(const RunPace& pace);
 
 // Why a run that is through with its list has not ended.
 Sentence WaitForRetries(std::int64_t recipients);

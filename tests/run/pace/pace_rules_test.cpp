@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "run/pace/local_time.h"
+#include "run/pace/pace_words.h"
 #include "run/pace/zoned_clock.h"
 
 namespace quillcast::run {
@@ -93,6 +94,30 @@ TEST(PaceRules, AreReadOrComplainedAbout) {
       {{.rate = "x", .hours = "y"}, "\"x" + no_rate},
   };
   for (const auto& each : kCases) EXPECT_EQ(Said(each.texts), each.said);
+}
+
+TEST(PaceRules, AreSaidInWords) {
+  struct Case {
+    PaceTexts texts;
+    const char* words;
+  };
+  const platform::SystemClock clock;
+  for (const Case& c : std::initializer_list<Case>{
+           {{}, ""},
+           {{.connections = "1", .retries = "0", .retry_after = "1h", .slow_down = "no"}, ""},
+           {{.rate = "30/min", .connections = "4", .retries = "3"}, "30 a minute, 4 connections, 3 retries"},
+           {{.rate = "5/s", .quota_hour = "500", .quota_day = "2000", .domain_rate = "20/h", .hours = "9-17:30"},
+            "5 a second, 500 an hour, 2,000 a day, 20 an hour to each domain, from 9:00 to 17:30"},
+           {{.pause_after = "100:60", .per_connection = "50", .retries = "1", .slow_down = "yes"},
+            "a pause after 100 messages, 50 messages over each connection, 1 retry, slower where the server asks for "
+            "it"},
+       }) {
+    const auto pace = ReadPace(c.texts, clock);
+    ASSERT_TRUE(pace) << c.words;
+    std::string words;
+    for (const auto& word : WordsOf(*pace)) words += (words.empty() ? "" : ", ") + word.InEnglish();
+    EXPECT_EQ(words, c.words);
+  }
 }
 
 TEST(PaceRules, HoursAreThoseOfTheClockOnTheWall) {
