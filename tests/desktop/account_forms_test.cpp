@@ -407,7 +407,7 @@ class AccountFormsTest : public QObject {
     rig.prompts.answers = {platform::Answer::kYes};
     Press(form, "ResetButton");
     QTRY_VERIFY(
-        Text(form, "StatusLine").startsWith("The keyring still has the password: The keyring was not unlocked."));
+        Text(form, "StatusLine").startsWith("The keyring may still have the password: The keyring was not unlocked."));
     QCOMPARE(form.findChild<QLineEdit*>("ServerTextBox")->text(), QString());  // OK would save what is shown
     QCOMPARE(form.findChild<QComboBox*>("PasswordFromComboBox")->currentText(), QString("Settings"));
     QVERIFY(form.isVisible() && stored("Name") == "none");
