@@ -1,5 +1,7 @@
 #include "domain/connection/connection_input.h"
 
+#include <algorithm>
+
 #include "account/account_connection.h"
 #include "account/account_settings.h"
 
@@ -14,6 +16,11 @@ account::AccountSettings AccountOf(std::string_view server, std::string_view por
   return account;
 }
 
+// Whether it may be the name of a host, in any script: what cannot be asked for is no fault of name servers.
+bool IsOfHost(const smtp::Server& server) {
+  return !server.host.empty() && server.host.find_first_of(" \t/@[]") == std::string::npos;
+}
+
 }  // namespace
 
 std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view port) {
@@ -21,7 +28,7 @@ std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view
   if (port.empty()) return TestComplaint{"Please enter your port.", TestControl::kPort};
   const auto servers = account::ServersOf(AccountOf(server, port, "Automatic"));
   if (!servers) return TestComplaint{"", TestControl::kPort, servers.error().what};
-  if (servers->empty()) {
+  if (servers->empty() || !std::ranges::all_of(*servers, IsOfHost)) {
     return TestComplaint{"", TestControl::kServer, Sentence("That is no name of a server.")};
   }
   return {};
