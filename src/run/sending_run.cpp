@@ -61,6 +61,7 @@ class Run final : public smtp::JobSource {
   std::optional<platform::Instant> NextDue() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
   void GoesOut(smtp::Job& job) override;
+  void ComesBack(smtp::Job& job) override;
   void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
@@ -305,6 +306,13 @@ void Run::GoesOut(smtp::Job& job) {
   run_->GoesOut(job.position);
   if (parts_.turns != nullptr) parts_.turns->GoesOut(static_cast<Letter&>(job).turn);
   if (slow_down_) slow_down_->WentOut();
+}
+
+// It may wait long now, and this program may be ended meanwhile.
+void Run::ComesBack(smtp::Job& job) {
+  smtp::Outcome not_out;
+  not_out.begun = false;
+  run_->Settled(job.position, not_out);
 }
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {

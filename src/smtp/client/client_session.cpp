@@ -161,7 +161,7 @@ std::string_view ClientSession::Missing() const {
 void ClientSession::GiveUp(Outcome why) {
   if (closed_) return;
   const bool waited = why.code == ResultCode::kConnectionLost || why.code == ResultCode::kReplyTimeout;
-  SessionEnd end = transfers_.OnGivenUp(std::move(why));
+  SessionEnd end = transfers_.OnGivenUp(std::move(why), options_.network_wait.count() > 0);
   if (waited) end.missing = Missing();
   if (waited && wire_.HasMore()) events_.Add(Event::Kind::kUnfinished).text = wire_.More();
   Close(std::move(end));

@@ -98,6 +98,8 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   if ((again == Again::kAnyway || !entry.moved) && cancel_.Requested() == platform::Stop::kNone) {
     entry.moved = entry.moved || again == Again::kOnce;
     entry.job->message->Rewind();
+    source_->ComesBack(*entry.job);
+    told_ = true;
     return Wait(number);
   }
   Outcome last = outcome;
@@ -108,7 +110,6 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
 void JobQueue::Tell(Entry& entry, const Outcome& outcome) {
   entry.stage = Entry::Stage::kSettled;
   entry.outcome = outcome;
-  entry.outcome.begun = outcome.begun || entry.moved;
   source_->Decided(*entry.job, entry.outcome);
   told_ = true;
   exhausted_ = false;

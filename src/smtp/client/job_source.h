@@ -33,6 +33,9 @@ class JobSource {
   virtual std::optional<platform::Instant> NextDue() { return {}; }
   // From the next CaughtUp on the message may be out. A second time where it goes over another connection.
   virtual void GoesOut(Job& /*job*/) {}
+  // It is not out after all: its connection is lost, and nothing that a server could have taken it by had gone. It
+  // waits for another one.
+  virtual void ComesBack(Job& /*job*/) {}
   // What became of it, as soon as that is known: once for each job, at the latest right before Finished.
   virtual void Decided(Job& /*job*/, const Outcome& /*outcome*/) {}
   // Called once for each job, in the order in which they were taken.

@@ -2,38 +2,39 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
 // A server that answers twice, once, is a command ahead from then on: what it says to the recipient reads as the answer
-// to the message behind, which it may never take. Where several messages are in flight nothing but its words tells;
-// most have a code (RFC 3463) or a sentence of their own for each. The first message over a connection waits for its
-// envelope, so that the two are known in step.
+// to the message behind, which it may never take. Where the message has gone without waiting for its envelope, nothing
+// but the server's words tells; most have a code (RFC 3463) or a sentence of their own for each.
 class ReplyHabits {
  public:
-  void OnRecipient(const ServerReply& reply) { recipient_ = reply; }
+  // What it answered to MAIL and to RCPT, as they were taken.
+  void OnSender(const ServerReply& reply);
+  void OnRecipient(const ServerReply& reply, std::string_view address);
 
+  // How a message went: in one piece behind DATA, for which the server gave its word; in a chunk once its envelope was
+  // answered, or ahead of that.
+  enum class Sent { kInvited, kChunk, kChunkAhead };
   // To be asked of each answer that takes a message: whether it is the one to the recipient.
-  bool IsOutOfStep(const ServerReply& to_message) {
-    if (!usual_) {
-      usual_ = {recipient_, to_message};
-      return false;
-    }
-    const auto& [recipient, message] = *usual_;
-    if (!recipient.enhanced.empty() && !message.enhanced.empty() && recipient.enhanced != message.enhanced) {
-      return to_message.enhanced == recipient.enhanced;
-    }
-    return recipient.text != message.text && to_message.text == recipient.text;
-  }
+  bool IsOutOfStep(const ServerReply& to_message, Sent how);
 
  private:
   struct Pair {
     ServerReply recipient;
     ServerReply message;
   };
-  ServerReply recipient_;  // of the message that comes
+  bool IsOddAtOnce(const ServerReply& to_message) const;
+
+  // Of the message that comes.
+  ServerReply sender_;
+  ServerReply recipient_;  // without the address, where it names it
+  std::string address_;
   std::optional<Pair> usual_;
 };
 

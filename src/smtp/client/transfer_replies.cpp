@@ -13,6 +13,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
     case Awaited::kMail:
       transfer.open = true;
       ++mails_taken_;
+      habits_.OnSender(reply);
       break;
     case Awaited::kRcpt:
       if (transfer.sender_refused) {
@@ -21,7 +22,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
         return;
       }
       proven_ = proven_ || transfer.chunked;
-      habits_.OnRecipient(reply);
+      habits_.OnRecipient(reply, transfer.envelope.recipient.text());
       break;
     case Awaited::kData:
       proven_ = true;
@@ -31,7 +32,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       transfer.open = false;
       break;
     case Awaited::kEndOfData:
-      if (!transfer.verdict && habits_.IsOutOfStep(reply) && transfer.ahead) {
+      if (!transfer.verdict && habits_.IsOutOfStep(reply, HowItWent(transfer))) {
         end_ = OnNoSense("it answered more often than it was asked");
         return;
       }
@@ -44,6 +45,11 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       break;
   }
   FinishAnswered();
+}
+
+ReplyHabits::Sent Transfers::HowItWent(const Transfer& transfer) {
+  if (!transfer.chunked) return ReplyHabits::Sent::kInvited;
+  return transfer.ahead ? ReplyHabits::Sent::kChunkAhead : ReplyHabits::Sent::kChunk;
 }
 
 // The server has taken the oldest message.
@@ -145,13 +151,13 @@ SessionEnd Transfers::OnNoSense(std::string_view what) {
   return {NoSense(what), overtaxed};
 }
 
-SessionEnd Transfers::OnGivenUp(Outcome why) {
+SessionEnd Transfers::OnGivenUp(Outcome why, bool may_wait) {
   const bool lost = why.code == ResultCode::kConnectionLost;
   const bool late = why.code == ResultCode::kReplyTimeout;
   const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
   if (overtaxed) window_.GiveUpPipelining();
   if ((lost || late) && !transfers_.empty()) window_.BeCautious();
-  return {std::move(why), lost || overtaxed};
+  return {std::move(why), lost || overtaxed || (late && may_wait)};
 }
 
 }  // namespace quillcast::smtp

@@ -51,7 +51,8 @@ class Transfers {
   // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.
   SessionEnd OnGoodbye(Awaited command, const ServerReply& reply);
   SessionEnd OnNoSense(std::string_view what);
-  SessionEnd OnGivenUp(Outcome why);
+  // `may_wait`: what is not out may wait for another connection, as a network may be lost without a word.
+  SessionEnd OnGivenUp(Outcome why, bool may_wait = false);
 
   // Each message that is left has its outcome; the oldest one the session's.
   void Close(const SessionEnd& end);
@@ -89,6 +90,7 @@ class Transfers {
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 
   // transfer_replies.cpp
+  static ReplyHabits::Sent HowItWent(const Transfer& transfer);
   void Deliver(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;

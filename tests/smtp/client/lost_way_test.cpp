@@ -22,7 +22,12 @@ class PatientLetters final : public Letters {
     ++times_lost;
     if (on_lost) on_lost();
   }
+  void ComesBack(Job& job) override {
+    EXPECT_NE(job.message, nullptr);
+    ++times_back;
+  }
   int times_lost = 0;
+  int times_back = 0;
   std::function<void()> on_lost;
 
  private:
@@ -44,17 +49,23 @@ void Take(Peer& peer, int messages) {
 TEST(LostWay, IsWaitedForWhereItWasThere) {
   struct Case {
     const char* what;
-    std::string connections;  // of each: '3' takes three messages, '9' all, '-' hangs up at once, '4' refuses for now
+    std::string connections;  // of each: '3' takes three messages, '9' all, '-' hangs up at once, '4' refuses for now,
+                              // '^' takes three and is silent then
     std::chrono::seconds wait;
     std::string states;  // s sent, f failed, d deferred, n not begun
     int times_lost;
     bool cancels = false;
   };
   for (const Case& c : {
-           Case{"comes again", "3--9", 60s, "sssssss", 2}, Case{"twice", "3-3-9", 60s, "sssssss", 2},
-           Case{"not asked for", "3---------", 0s, "sssffff", 0}, Case{"stays away", "3---------", 1s, "sssffff", 1},
-           Case{"was never there", "-9", 60s, "fssssss", 0}, Case{"says that it is busy", "349", 60s, "sssdsss", 0},
-           Case{"cancelled meanwhile", "3---------", 60s, "sssf", 1, true},  // its MAIL was out
+           Case{"comes again", "3--9", 60s, "sssssss", 2},
+           Case{"twice", "3-3-9", 60s, "sssssss", 2},
+           Case{"not asked for", "3---------", 0s, "sssffff", 0},
+           Case{"stays away", "3---------", 1s, "sssffff", 1},
+           Case{"was never there", "-9", 60s, "fssssss", 0},
+           Case{"says that it is busy", "349", 60s, "sssdsss", 0},
+           Case{"cancelled meanwhile", "3---------", 60s, "sssn", 1, true},
+           Case{"is silent", "^9", 60s, "sssssss", 0},
+           Case{"is silent, and not waited for", "^9", 0s, "sssfsss", 0},
        }) {
     SCOPED_TRACE(c.what);
     PatientLetters letters(7);
@@ -65,6 +76,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     ScriptedServer server([&](Peer& peer, int number) {
       const char kind = c.connections.at(static_cast<std::size_t>(number));
       if (kind == '4') peer.Say("421 4.3.2 busy\r\n");
+      if (kind == '^') Take(peer, 3), peer.Stall();
       if (kind == '3' || kind == '9') Take(peer, kind - '0');
     });
     ClientOptions options;
@@ -81,6 +93,8 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     }
     EXPECT_EQ(states, c.states);
     EXPECT_EQ(letters.times_lost, c.times_lost);
+    const char first = c.connections[0];
+    EXPECT_EQ(letters.times_back > 0, first == '3' || (first == '^' && c.wait > 0s)) << "a journal had it as out";
   }
 }
 
