@@ -56,7 +56,7 @@ Job* JobQueue::Next() {
   }
   Entry& entry = entries_.Push();
   entry.job = job;
-  entry.moved = false;
+  entry.moves = 0;
   entry.log.clear();
   Wait(first_ + entries_.size() - 1);
   return job;
@@ -85,7 +85,7 @@ void JobQueue::Submitted(std::size_t lane) {
   told_ = true;
 }
 
-void JobQueue::Move() { EntryOf(waiting_.front()).moved = true; }
+void JobQueue::Move() { ++EntryOf(waiting_.front()).moves; }
 
 void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), outcome); }
 
@@ -95,8 +95,8 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   --submitted_;
   Entry& entry = EntryOf(number);
   if (again == Again::kNever) return Tell(entry, outcome);
-  if ((again == Again::kAnyway || !entry.moved) && cancel_.Requested() == platform::Stop::kNone) {
-    entry.moved = entry.moved || again == Again::kOnce;
+  if ((again == Again::kAnyway || entry.moves < most_moves_) && cancel_.Requested() == platform::Stop::kNone) {
+    if (again == Again::kOnce) ++entry.moves;
     entry.job->message->Rewind();
     source_->ComesBack(*entry.job);
     told_ = true;

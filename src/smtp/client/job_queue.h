@@ -31,7 +31,9 @@ class JobQueue {
   // So many jobs are taken at most ahead of the oldest without an outcome: it may be with a server that is slow.
   static constexpr std::size_t kMostAhead = 10'000;
 
-  explicit JobQueue(const platform::CancelToken& cancel, std::size_t lanes = 1) : cancel_(cancel), lanes_(lanes) {}
+  // A job may lose its connection so often and be sent all the same: a network that goes takes each one once.
+  explicit JobQueue(const platform::CancelToken& cancel, std::size_t lanes = 1, std::size_t most_moves = 1)
+      : cancel_(cancel), lanes_(lanes), most_moves_(most_moves) {}
   void Begin(JobSource& source);
 
   // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
@@ -46,7 +48,7 @@ class JobQueue {
   bool empty() const { return entries_.empty(); }
 
   void Submitted(std::size_t lane = 0);
-  // It has had one connection already: there is no third.
+  // It has had one connection already.
   void Move();
   // It has this outcome without having been submitted.
   void Fail(const Outcome& outcome);
@@ -74,7 +76,7 @@ class JobQueue {
     enum class Stage { kWaiting, kSubmitted, kSettled };
     Job* job = nullptr;
     Stage stage = Stage::kWaiting;
-    bool moved = false;
+    std::size_t moves = 0;
     Outcome outcome;
     std::string log;  // lines, each with "\n", that wait for the jobs before
   };
@@ -96,6 +98,7 @@ class JobQueue {
   std::uint64_t first_ = 0;             // the number of the first of them
   std::vector<std::uint64_t> waiting_;  // a heap, the oldest in front
   std::vector<Lane> lanes_;
+  const std::size_t most_moves_;
   std::size_t submitted_ = 0;  // over all of them
   std::string between_;        // lines that stand before those of the next job
   Breaker breaker_;

@@ -33,12 +33,12 @@ bool ReplyHabits::IsOddAtOnce(const ServerReply& to_message) const {
 }
 
 bool ReplyHabits::IsOutOfStep(const ServerReply& to_message, Sent how) {
-  if (how == Sent::kInvited) return false;
   if (!usual_) {
     usual_ = {recipient_, to_message};
-    return IsOddAtOnce(to_message);
+    return how != Sent::kInvited && IsOddAtOnce(to_message);
   }
-  if (how == Sent::kChunk) return false;
+  if (IsOfAddress(to_message) && !IsOfAddress(usual_->message) && !usual_->message.enhanced.empty()) return true;
+  if (how != Sent::kChunkAhead) return false;
   const auto& [recipient, message] = *usual_;
   if (!recipient.enhanced.empty() && !message.enhanced.empty() && recipient.enhanced != message.enhanced) {
     return to_message.enhanced == recipient.enhanced;

@@ -10,8 +10,9 @@
 namespace quillcast::smtp {
 
 // A server that answers twice, once, is a command ahead from then on: what it says to the recipient reads as the answer
-// to the message behind, which it may never take. Where the message has gone without waiting for its envelope, nothing
-// but the server's words tells; most have a code (RFC 3463) or a sentence of their own for each.
+// to the message behind, which it may never take; and where it says nothing to one, what it says to the next sender
+// does. Where the message has gone without waiting for its envelope, nothing but the server's words tells; most have a
+// code (RFC 3463) or a sentence of their own for each.
 class ReplyHabits {
  public:
   // What it answered to MAIL and to RCPT, as they were taken.

@@ -192,6 +192,15 @@ TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
   }
 }
 
+// A refusal that never came: the answer to the next sender is none to the message.
+TEST(ClientPipeline, AnAnswerTooFewTakesNoMessage) {
+  Check("S: 250 PIPELINING\n", {"by codes",
+                                DATA(0) "S: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 354 go\n" BODY(0)
+                                    DATA(1) "S: 250 2.0.0 taken\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 354 go\n" BODY(1)
+                                        DATA(2) "S: 250 2.1.0 ok\n",
+                                "sent 0, unknown 18, failed 16 again"});
+}
+
 // Where the connection breaks: before any byte of a message's end is out it may go again, after it nobody knows.
 TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
   for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
