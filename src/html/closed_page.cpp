@@ -127,8 +127,9 @@ class OwnBlock {
     const auto add = [&out](std::string_view name, const std::string& value) {
       if (!value.empty()) out.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';
     };
-    for (const char* name : {"class", "id", "dir", "lang"}) add(name, Of(name));
-    if (said_.count("hidden") != 0) out += " hidden";
+    for (const char* name : {"class", "id", "dir", "lang"})
+      add(name, Of(name).empty() ? In(said_outside_, name) : Of(name));
+    if (said_.count("hidden") + said_outside_.count("hidden") > 0) out += " hidden";
     add("style", Style());
     std::string ground;
     if (const std::string picture = Of("background"); !picture.empty())
@@ -139,31 +140,36 @@ class OwnBlock {
 
  private:
   void Hear(const HtmlToken& token) {
-    for (const char* name : {"class", "id", "dir", "lang", "hidden", "bgcolor", "text", "background", "style"}) {
-      if (tokenizer_.Find(token, name) == nullptr) continue;
-      const bool is_outer = token.name == "html" && name == std::string_view("style");
-      said_.try_emplace(is_outer ? kOuterStyle : name, tokenizer_.Value(token, name));
+    if (token.name == "body") {
+      for (const char* name : {"class", "id", "dir", "lang", "hidden", "bgcolor", "text", "background", "style"})
+        Keep(token, name, said_);
+    } else if (token.name == "html") {
+      for (const char* name : {"dir", "lang", "hidden", "style"}) Keep(token, name, said_outside_);
     }
   }
-  std::string Of(const char* name) const {
-    const auto said = said_.find(name);
-    return said == said_.end() ? std::string() : said->second;
+  using Said = std::map<std::string, std::string>;
+  void Keep(const HtmlToken& token, const char* name, Said& said) const {
+    if (tokenizer_.Find(token, name) != nullptr) said.try_emplace(name, tokenizer_.Value(token, name));
   }
+  static std::string In(const Said& said, const char* name) {
+    const auto found = said.find(name);
+    return found == said.end() ? std::string() : found->second;
+  }
+  std::string Of(const char* name) const { return In(said_, name); }
   std::string Style() const {
-    std::string style = Of(kOuterStyle);
+    std::string style = In(said_outside_, "style");
     if (!style.empty()) style += ';';
     if (const auto ground = OldColour(Of("bgcolor")); !ground.empty()) style += "background-color:" + ground + ';';
     if (const auto colour = OldColour(Of("text")); !colour.empty()) style += "color:" + colour + ';';
     return style + Of("style");
   }
 
-  static constexpr const char* kOuterStyle = "style of html";
-
   std::string_view page_;
   const HtmlTokenizer& tokenizer_;
   std::string out_;
   std::size_t done_ = 0;
-  std::map<std::string, std::string> said_;
+  Said said_;
+  Said said_outside_;  // by its <html>
 };
 
 }  // namespace

@@ -86,6 +86,8 @@ class PageWriter {
     });
     if (pieces_.size() < 2) return;
     for (Piece& piece : pieces_) piece.text = html::ClosedPage(piece.text);
+    // Without it tables take colours and sizes from the <body> alone, which says nothing any more.
+    pieces_.front().text.insert(0, "<!DOCTYPE html>");
   }
 
   // Texts that follow each other are one.

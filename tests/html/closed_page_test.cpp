@@ -29,6 +29,8 @@ TEST(ClosedPage, EndsWhatBrowsersHaveOpen) {
             "background=\"a b&quot;).gif\"><tr><td>x</div></td></tr></table></article>"},
            {"<html style='background:#000'><body style=color:#fff>x",
             "<article style=\"background:#000;color:#fff\">x</article>"},
+           {"<html class=no-js id=h lang=de dir=ltr><body class=a dir=rtl>x",
+            "<article class=\"a\" dir=\"rtl\" lang=\"de\">x</article>"},
            {"<body class=a>x<html><body bgcolor=0 class=b>y",
             "<article class=\"a\" style=\"background-color:#000000;\">xy</article>"},
            {"<span hidden><body bgcolor=red>x</span>y",

@@ -130,7 +130,7 @@ TEST(BodyFolder, ShowsPicturesByTheirPlace) {
     for (std::size_t at = 0; (at = expected.find("GIF", at)) != std::string::npos;)
       expected.replace(at, 3, written.pictures.size() == 1 ? "Part%202.gif" : "none");
     std::erase(expected, '\r');
-    EXPECT_EQ(scene.Page(written), expected) << c.name;
+    EXPECT_EQ(platform::ReplaceAll(scene.Page(written), "<!DOCTYPE html>", ""), expected) << c.name;
   }
 }
 
@@ -191,7 +191,8 @@ TEST(BodyFolder, KeepsPicturesOfOneNameApart) {
        }) {
     Scene scene;
     const auto written = scene.Write(c.message);
-    EXPECT_EQ(scene.Page(written), "<head><meta charset=\"utf-8\"></head>" + std::string(c.shown)) << c.name;
+    const std::string page = platform::ReplaceAll(scene.Page(written), "<!DOCTYPE html>", "");
+    EXPECT_EQ(page, "<head><meta charset=\"utf-8\"></head>" + std::string(c.shown)) << c.name;
   }
 }
 
@@ -227,7 +228,8 @@ TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
     const auto written = scene.Write(Related(c.first, {"Content-Type: text/html\r\n\r\n<u>2</u>"}));
     std::string page = scene.Page(written);
     EXPECT_TRUE(page.ends_with("<u>2</u>")) << page;
-    for (const char* known : {"<head><meta charset=\"utf-8\"></head>", "<u>2</u>", "\r", "\n"})
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>")) << "tables have no colours of the block else";
+    for (const char* known : {"<!DOCTYPE html>", "<head><meta charset=\"utf-8\"></head>", "<u>2</u>", "\r", "\n"})
       page = platform::ReplaceAll(page, known, "");
     EXPECT_EQ(page, c.shown) << c.first;
   }
