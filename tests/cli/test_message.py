@@ -303,6 +303,18 @@ class Message(Case):
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
 
+    def test_prints_letters_as_large_as_a_screen_shows_them(self):
+        self.needs_desktop()
+        heights = []
+        for size in ("12px", "9pt", "16px", "12pt"):
+            self.print_pdf(self.write("size.eml", f"Content-Type: text/html\n\n<p>a <b style='font-size:{size}'>word</b>"))
+            boxes = subprocess.run(["pdftotext", "-bbox", self.folder / "out.pdf", "-"], capture_output=True, text=True,
+                                   check=True).stdout
+            top, bottom = map(float, re.search('yMin="([0-9.]+)" xMax="[0-9.]+" yMax="([0-9.]+)">word<', boxes).groups())
+            heights.append(bottom - top)
+        self.assertAlmostEqual(heights[0], heights[1], delta=0.3)
+        self.assertAlmostEqual(heights[2], heights[3], delta=0.3)
+
     def test_keeps_what_is_wider_than_the_page_on_it(self):
         """Rows of (page, words, right edges of pictures)."""
         self.needs_desktop()

@@ -5,9 +5,12 @@
 #include <QPainter>
 #include <QPrinter>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "desktop/mail_file/foreign_page.h"
 #include "desktop/mail_file/page_width.h"
@@ -27,6 +30,38 @@ constexpr int kFewestLines = 3;  // that a page has room for, whatever the margi
 constexpr int kResolution = 300;
 constexpr double kScreenDots = 96;  // per inch: what a page counts its widths in
 constexpr double kMostShrunk = 10;  // times; what is wider is cut
+
+constexpr double kPointsPerInch = 72;
+
+// Letters whose size is in dots are laid out in dots of the printer, a third of those that the page counts in. In
+// points they are as large as on a screen.
+void GiveSizesInPoints(QTextDocument& document) {
+  struct Piece {
+    int begin;
+    int end;
+    QTextCharFormat format;
+  };
+  std::vector<Piece> pieces;
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    for (auto place = block.begin(); !place.atEnd(); ++place) {
+      const QTextFragment fragment = place.fragment();
+      QTextCharFormat format = fragment.charFormat();
+      const int dots = format.intProperty(QTextFormat::FontPixelSize);
+      if (dots <= 0) continue;
+      format.clearProperty(QTextFormat::FontPixelSize);
+      format.setFontPointSize(dots * kPointsPerInch / kScreenDots);
+      pieces.push_back({fragment.position(), fragment.position() + fragment.length(), std::move(format)});
+    }
+  }
+  QTextCursor cursor(&document);
+  cursor.beginEditBlock();
+  for (const Piece& piece : pieces) {
+    cursor.setPosition(piece.begin);
+    cursor.setPosition(piece.end, QTextCursor::KeepAnchor);
+    cursor.setCharFormat(piece.format);
+  }
+  cursor.endEditBlock();
+}
 
 double Millimetres(const std::string& text) { return QString::fromStdString(text).toDouble(); }
 
@@ -106,6 +141,7 @@ class Pages {
     document_->setPageSize(body_.size());
     const mail_file::PrintedBody& body = pages_.body;
     body.is_page ? document_->setHtml(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
+    GiveSizesInPoints(*document_);
     KeepWithin(body_.width() * kScreenDots / kResolution, *document_);
   }
 
