@@ -39,8 +39,10 @@ bool BeginsWithDevice(std::string_view text) {
 // "ada@example.org:8080" of "ada@example.org:8080/x".
 std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
 
-// Of "/x%20y?z", "/x y".
+// Of "/x%20y?z", "/x y": as much as a person's folder begins in. In a text each of many addresses goes on to its end.
 std::string PathOf(std::string_view text) {
+  constexpr std::size_t kMost = 200;
+  text = text.substr(0, kMost);
   const std::string_view path = text.substr(0, text.find_first_of("?#"));
   return platform::PercentDecoded(path).value_or(std::string(path));
 }
@@ -115,14 +117,15 @@ bool BeginsWithFolder(std::string_view path) {
 
 // Of "app://3b3f0e/home/ada/x" and "view://abc/file///Users/ada/x", so programs ask themselves for a person's files.
 bool HoldsHome(std::string_view path) {
-  for (std::size_t at = path.find('/'); at != std::string_view::npos; at = path.find('/', at + 1)) {
-    if (at > 0 && path[at - 1] != '/') continue;
-    const std::string_view folder = WithoutSlashes(path.substr(at));
+  for (std::size_t at = path.find('/'), end = 0; at != std::string_view::npos; at = path.find('/', end)) {
+    end = std::min(path.find_first_not_of(kSlashes, at), path.size());
+    if (at > 0 && end - at == 1) continue;
+    const std::string_view folder = path.substr(end);
     const std::string_view name = AuthorityOf(folder);
     if (!IsAmong(std::to_array<std::string_view>({"home", "Users"}), name) || name.size() == folder.size()) continue;
     const std::string_view person = WithoutSlashes(folder.substr(name.size()));
-    const std::size_t end = person.find('/');
-    if (end != std::string_view::npos && end > 0) return true;
+    const std::size_t slash = person.find('/');
+    if (slash != std::string_view::npos && slash > 0) return true;
   }
   return false;
 }
