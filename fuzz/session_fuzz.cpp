@@ -226,6 +226,8 @@ class Conversation {
         break;
       case Event::Kind::kOffer:
       case Event::Kind::kOddity:
+      case Event::Kind::kUnfinished:
+      case Event::Kind::kInClear:
       case Event::Kind::kReady:
         break;
     }
