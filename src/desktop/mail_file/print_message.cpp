@@ -9,6 +9,7 @@
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -210,9 +211,9 @@ class Pages {
     if (page + 1 < count_) return;
     const QFontMetrics metrics(painter_.font(), &printer_);
     line.setWidth(line.width() - metrics.horizontalAdvance(number + "  "));
-    for (auto words = printed_.left_out.rbegin(); words != printed_.left_out.rend(); ++words) {
+    for (const Sentence& words : std::views::reverse(printed_.left_out)) {
       painter_.drawText(line, Qt::AlignLeft | Qt::AlignBottom,
-                        metrics.elidedText(InWords(*words), Qt::ElideRight, line.width()));
+                        metrics.elidedText(InWords(words), Qt::ElideRight, line.width()));
       line.translate(0, -line_);
     }
   }
