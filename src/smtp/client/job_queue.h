@@ -53,8 +53,8 @@ class JobQueue {
   // It has this outcome without having been submitted.
   void Fail(const Outcome& outcome);
 
-  // Whether the server has not taken a message for certain, and another connection may serve it: one more, or one that
-  // does not count, because nothing of the message went over the last.
+  // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
+  // move, or one that does not, because nothing of the message went over the last.
   enum class Again { kNever, kOnce, kAnyway };
   // The outcome of the first of those that were submitted over that lane.
   void Settle(std::size_t lane, const Outcome& outcome, Again again);
