@@ -5,6 +5,8 @@
 namespace quillcast::run {
 namespace {
 
+using namespace std::chrono_literals;
+
 Sentence StretchOf(std::chrono::seconds length) {
   if (length == std::chrono::seconds(1)) return "a second";
   if (length == std::chrono::minutes(1)) return "a minute";
@@ -18,6 +20,17 @@ Sentence LimitReached(const std::optional<MessageLimit>& limit) {
 
 std::string TimeOf(std::chrono::minutes of_day) {
   return fmt::format("{}:{:02}", of_day.count() / 60, of_day.count() % 60);
+}
+
+// In the largest unit that it is a whole number of, which is how people write it.
+Sentence WaitForNetworkOf(std::chrono::seconds wait) {
+  if (wait % 1h == 0s) {
+    return SayOf(wait / 1h, "a wait of {} hour for a lost network", "a wait of {} hours for a lost network");
+  }
+  if (wait % 1min == 0s) {
+    return SayOf(wait / 1min, "a wait of {} minute for a lost network", "a wait of {} minutes for a lost network");
+  }
+  return SayOf(wait.count(), "a wait of {} second for a lost network", "a wait of {} seconds for a lost network");
 }
 
 }  // namespace
@@ -62,6 +75,7 @@ std::vector<Sentence> WordsOf(const RunPace& pace) {
     words.push_back(SayOf(pace.per_connection, "{} message over each connection", "{} messages over each connection"));
   }
   if (pace.retries.times > 0) words.push_back(SayOf(pace.retries.times, "{} retry", "{} retries"));
+  if (pace.network_wait > 0s) words.push_back(WaitForNetworkOf(pace.network_wait));
   if (pace.slow_down) words.emplace_back("slower where the server asks for it");
   return words;
 }

@@ -111,6 +111,10 @@ TEST(PaceRules, AreSaidInWords) {
            {{.pause_after = "100:60", .per_connection = "50", .retries = "1", .slow_down = "yes"},
             "a pause after 100 messages, 50 messages over each connection, 1 retry, slower where the server asks for "
             "it"},
+           {{.rate = "30/min", .network_wait = "90s"}, "30 a minute, a wait of 90 seconds for a lost network"},
+           {{.network_wait = "1min"}, "a wait of 1 minute for a lost network"},
+           {{.network_wait = "2h"}, "a wait of 2 hours for a lost network"},
+           {{.network_wait = "none"}, ""},
        }) {
     const auto pace = ReadPace(c.texts, clock);
     ASSERT_TRUE(pace) << c.words;
