@@ -96,11 +96,13 @@ class Reader {
     } else if (role == HtmlRole::kPicture) {
       AddPicture(token);
     } else if (role == HtmlRole::kBreak) {
-      if (HasPlace()) body_.AddLineBreak();
-      after_blank_ = true;
+      AddLineBreak();
     } else if (role == HtmlRole::kRule) {
       EndParagraph();
-      if (HasPlace()) body_.AddRule();
+      if (HasPlace()) {
+        SetParagraph();
+        body_.AddRule();
+      }
     } else if (role == HtmlRole::kArea) {
       AddArea(token);
     } else if (IsTablePart(role)) {
@@ -160,7 +162,7 @@ class Reader {
 
   // An end tag closes nothing beyond its cell, or that of a part of a table nothing beyond its table.
   void End(const std::string& name) {
-    if (name == "br" && HasPlace()) return body_.AddLineBreak();
+    if (name == "br") return AddLineBreak();
     const HtmlRole role = RoleOf(name);
     for (std::size_t i = open_.size(); i > 0; --i) {
       const Open& candidate = open_[i - 1];
@@ -246,7 +248,7 @@ class Reader {
   void MakePlace() {
     if (HasPlace()) return;
     if (!body_.is_in_row()) body_.BeginRow();
-    body_.BeginCell(1, 1, {});
+    body_.BeginCell(1, 1, style_.ground);
   }
 
   void EndParagraph() {
@@ -256,14 +258,25 @@ class Reader {
 
   void BeginParagraph() {
     MakePlace();
-    if (!body_.is_in_paragraph()) {
-      RtfParagraph paragraph = style_.paragraph;
-      paragraph.list = std::exchange(pending_item_, 0);
-      body_.SetParagraph(paragraph);
-    }
+    if (!body_.is_in_paragraph()) SetParagraph();
     if (link_.empty()) return;
     link_room_ -= std::min(link_room_, link_.size());
     if (link_room_ == 0) SetLink({});
+  }
+
+  // Of what is begun next.
+  void SetParagraph() {
+    RtfParagraph paragraph = style_.paragraph;
+    paragraph.ground = style_.ground;
+    paragraph.list = std::exchange(pending_item_, 0);
+    body_.SetParagraph(paragraph);
+  }
+
+  void AddLineBreak() {
+    if (!HasPlace()) return;
+    if (!body_.is_in_paragraph()) SetParagraph();
+    body_.AddLineBreak();
+    after_blank_ = true;
   }
 
   void AddText(std::string_view text) {

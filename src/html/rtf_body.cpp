@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "html/colour_contrast.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -15,6 +16,11 @@ constexpr int kCellGap = 108;  // twips, at either side
 constexpr int kHanging = 360;  // twips that the sign of an item stands before it
 constexpr std::size_t kMostFonts = 200;
 constexpr std::size_t kMostColours = 5000;
+
+// What letters need to be seen, as the page has it, and to be read where it is not known what they stood on (WCAG 2.1,
+// 1.4.3, of large ones).
+constexpr double kLeastSeen = 1.2;
+constexpr double kLeastRead = 3;
 
 void AppendUnit(std::string& out, char32_t unit) {
   fmt::format_to(std::back_inserter(out), "\\u{}?", static_cast<std::int16_t>(unit));
@@ -69,6 +75,11 @@ std::size_t RtfBody::ColourNumber(std::uint32_t colour) {
   return colour_numbers_[colour] = colours_.size();
 }
 
+bool RtfBody::IsReadable(const RtfLetters& letters) const {
+  const double least = letters.are_over_picture ? kLeastRead : kLeastSeen;
+  return ContrastOf(*letters.colour, letters.ground.value_or(ground_)) >= least;
+}
+
 void RtfBody::AppendLetters(const RtfLetters& letters) {
   std::string& to = out();
   if (letters.bold) to += "\\b";
@@ -78,7 +89,7 @@ void RtfBody::AppendLetters(const RtfLetters& letters) {
   if (letters.raised != 0) to += letters.raised > 0 ? "\\super" : "\\sub";
   if (const std::size_t font = FontNumber(letters.font); font != 0) to += fmt::format("\\f{}", font);
   if (letters.size != 24) to += fmt::format("\\fs{}", letters.size);
-  if (letters.colour) to += fmt::format("\\cf{}", ColourNumber(*letters.colour));
+  if (letters.colour && IsReadable(letters)) to += fmt::format("\\cf{}", ColourNumber(*letters.colour));
   if (letters.ground) to += fmt::format("\\chshdng0\\chcbpat{0}\\cb{0}", ColourNumber(*letters.ground));
 }
 
@@ -101,6 +112,8 @@ void RtfBody::BeginParagraph() {
   if (next_.indent != 0) place.text += fmt::format("\\li{}", next_.indent);
   if (next_.above != 0) place.text += fmt::format("\\sb{}", next_.above);
   if (next_.below != 0) place.text += fmt::format("\\sa{}", next_.below);
+  ground_ = next_.ground.value_or(Behind());
+  if (ground_ != Behind()) place.text += fmt::format("\\cbpat{}", ColourNumber(ground_));
   place.text += ' ';
   place.has_paragraph = true;
   is_open_ = true;
@@ -178,14 +191,21 @@ int RtfBody::room() const {
       300);
 }
 
+std::uint32_t RtfBody::Behind() const {
+  if (tables_.empty()) return kPaper;
+  return tables_.back().cells.empty() ? tables_.back().behind : tables_.back().cells.back().ground;
+}
+
 bool RtfBody::BeginTable(bool has_border, std::size_t columns) {
   if (!MayBeginTable()) return false;
   EndParagraph();
   Place& place = places_.back();
   if (place.has_paragraph) place.text += "\\par\n";
   place.has_paragraph = false;
-  tables_.push_back(
-      {.has_border = has_border, .columns = std::clamp<std::size_t>(columns, 1, kMostCells), .width = room()});
+  tables_.push_back({.has_border = has_border,
+                     .columns = std::clamp<std::size_t>(columns, 1, kMostCells),
+                     .width = room(),
+                     .behind = Behind()});
   return true;
 }
 
@@ -220,7 +240,7 @@ void RtfBody::BeginCell(std::size_t span, std::size_t rows, std::optional<std::u
   AddLongCells();
   Table& table = tables_.back();
   if (table.cells.size() == kMostCells) return;
-  Cell cell{std::clamp<std::size_t>(span, 1, kMostCells), ground};
+  Cell cell{std::clamp<std::size_t>(span, 1, kMostCells), ground.value_or(table.behind)};
   if (rows > 1) {
     cell.merge = Merge::kGoesOn;
     table.long_cells[NextColumn(table)] = {std::min(rows, kMostRows) - 1, cell};
@@ -258,7 +278,7 @@ std::string RtfBody::RowDefinition(const Table& table) {
     if (table.has_border) {
       for (const char side : {'t', 'l', 'b', 'r'}) definition += fmt::format("\\clbrdr{}\\brdrs\\brdrw10", side);
     }
-    if (cell.ground) definition += fmt::format("\\clcbpat{}", ColourNumber(*cell.ground));
+    if (cell.ground != table.behind) definition += fmt::format("\\clcbpat{}", ColourNumber(cell.ground));
     // No two cells may end at one place.
     definition +=
         fmt::format("\\cellx{}", std::max<std::size_t>(static_cast<std::size_t>(table.width) * end / columns, end));

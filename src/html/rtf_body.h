@@ -24,6 +24,7 @@ struct RtfLetters {
   std::string font = {};  // empty: the usual one
   std::optional<std::uint32_t> colour = {};
   std::optional<std::uint32_t> ground = {};
+  bool are_over_picture = false;  // of the page, which is not written
 };
 
 enum class RtfAlignment : std::uint8_t { kLeft, kCentred, kRight, kJustified };
@@ -34,7 +35,8 @@ struct RtfParagraph {
   int above = 0;   // twips, as below
   int below = 0;
   bool is_right_to_left = false;
-  std::size_t list = 0;  // a list that it is the next item of; 0: of none
+  std::optional<std::uint32_t> ground = {};  // of the whole line; none: that of the cell, or the paper
+  std::size_t list = 0;                      // a list that it is the next item of; 0: of none
 };
 
 // Where a number stands in the format of a list level (RTF, \levelnfc).
@@ -54,9 +56,11 @@ class RtfBody {
   static constexpr std::size_t kMostCells = 60;   // in a row
   static constexpr std::size_t kMostRows = 1000;  // that a cell reaches into
   static constexpr std::size_t kMostLists = 2000;
+  static constexpr std::uint32_t kPaper = 0xFFFFFF;
   static constexpr char kPictureMark = '\x01';  // round the number of a picture, in what Finish gives
 
-  // Each begins a paragraph where none is open.
+  // Each begins a paragraph where none is open. Letters that could not be read on the ground that is written are in the
+  // reader's own colour.
   void AddText(std::string_view utf8, const RtfLetters& letters);
   void AddLineBreak();
   void AddPicture(std::size_t number);
@@ -99,7 +103,7 @@ class RtfBody {
   enum class Merge : std::uint8_t { kNone, kBegins, kGoesOn };  // with the cells below
   struct Cell {
     std::size_t span;
-    std::optional<std::uint32_t> ground;
+    std::uint32_t ground;
     Merge merge = Merge::kNone;
   };
   // A cell of an earlier row that reaches into later ones.
@@ -111,6 +115,7 @@ class RtfBody {
     bool has_border = false;
     std::size_t columns = 1;
     int width = 0;
+    std::uint32_t behind = kPaper;  // the ground that it stands on
     bool has_row = false;
     bool has_cell = false;
     std::vector<Cell> cells = {};                     // of the row
@@ -129,6 +134,8 @@ class RtfBody {
   void FinishCell();
   void AddLongCells();
   static std::size_t NextColumn(const Table& table);
+  std::uint32_t Behind() const;
+  bool IsReadable(const RtfLetters& letters) const;
   void AppendTableMark();
   void AppendLetters(const RtfLetters& letters);
   std::string RowDefinition(const Table& table);
@@ -140,6 +147,7 @@ class RtfBody {
   std::vector<Table> tables_;
   RtfParagraph next_;
   bool is_open_ = false;
+  std::uint32_t ground_ = kPaper;  // of the paragraph
   std::string link_;
   bool link_is_open_ = false;
   std::vector<std::string> fonts_ = {"Times New Roman"};

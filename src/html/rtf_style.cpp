@@ -74,18 +74,35 @@ void ApplyDecoration(RtfLetters& letters, std::string_view value) {
   if (lower == "none") letters.underlined = letters.struck = false;
 }
 
-// `ground` is that of the letters, or of a cell's.
-void ApplyDeclaration(RtfStyle& style, std::optional<std::uint32_t>& ground, std::string_view property,
-                      std::string_view value) {
+// What an element has behind it.
+struct Ground {
+  std::optional<std::uint32_t> colour = {};
+  bool has_picture = false;
+};
+
+void ApplyDeclaration(RtfStyle& style, Ground& ground, std::string_view property, std::string_view value) {
   RtfLetters& letters = style.letters;
   if (property == "color") SetIfRead(letters.colour, ReadColour(value));
-  if (property == "background-color" || property == "background") SetIfRead(ground, ReadColour(value));
+  if (property == "background" || property == "background-color") SetIfRead(ground.colour, ReadGround(value));
+  if (property == "background" || property == "background-image")
+    ground.has_picture = ground.has_picture || NamesPicture(value);
   if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, letters.size));
   if (property == "font-family") letters.font = ReadFontFamily(value);
   if (property == "font-weight") ApplyWeight(letters, value);
   if (property == "font-style") letters.italic = platform::EqualsIgnoringAsciiCase(value, "italic");
   if (property == "text-decoration") ApplyDecoration(letters, value);
   if (property == "text-align") SetIfRead(style.paragraph.alignment, AlignmentOf(value));
+}
+
+void ApplyGround(RtfStyle& style, const Ground& ground, bool is_of_lines) {
+  if (!ground.colour && !ground.has_picture) return;
+  style.letters.are_over_picture = !ground.colour;
+  if (is_of_lines) {
+    if (ground.colour) style.ground = ground.colour;
+    style.letters.ground.reset();
+  } else if (ground.colour) {
+    style.letters.ground = ground.colour;
+  }
 }
 
 void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
@@ -103,23 +120,26 @@ void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
   if (token.name == "center" || token.name == "th") paragraph.alignment = RtfAlignment::kCentred;
 }
 
-void ApplyAttributes(RtfStyle& style, std::optional<std::uint32_t>& ground, HtmlRole role,
-                     const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+void ApplyAttributes(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  Ground ground;
   if (token.name == "font") {
     SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "color")));
     SetIfRead(style.letters.size, ReadFontSize(tokenizer.Value(token, "size")));
     const std::string family = ReadFontFamily(tokenizer.Value(token, "face"));
     if (!family.empty()) style.letters.font = family;
   }
-  if (IsBlock(role) && role != HtmlRole::kTable) {
-    SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
-    SetIfRead(ground, ReadColour(tokenizer.Value(token, "bgcolor")));
+  if (token.name == "body") SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "text")));
+  const bool has_lines = IsBlock(role) || token.name == "html";
+  if (has_lines) {
+    ground = {ReadColour(tokenizer.Value(token, "bgcolor")), !tokenizer.Value(token, "background").empty()};
+    if (role != HtmlRole::kTable) SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
   }
   if (const std::string direction = tokenizer.Value(token, "dir"); !direction.empty())
     style.paragraph.is_right_to_left = platform::EqualsIgnoringAsciiCase(direction, "rtl");
   EachDeclaration(tokenizer.Value(token, "style"), [&](std::string_view property, std::string_view value) {
     ApplyDeclaration(style, ground, property, value);
   });
+  ApplyGround(style, ground, has_lines);
 }
 
 }  // namespace
@@ -128,11 +148,7 @@ void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer
   const auto* const letters = std::ranges::find(kLetters, std::string_view(token.name), &LettersRow::name);
   if (letters != kLetters.end()) letters->apply(style.letters);
   if (IsBlock(role)) ApplyBlock(style, role, token);
-  // The grounds of other blocks are those of a page, not of its words.
-  std::optional<std::uint32_t> ignored;
-  const bool is_of_cells = role == HtmlRole::kRow || role == HtmlRole::kCell;
-  std::optional<std::uint32_t>& ground = is_of_cells ? style.ground : IsBlock(role) ? ignored : style.letters.ground;
-  if (!token.attributes.empty()) ApplyAttributes(style, ground, role, tokenizer, token);
+  if (!token.attributes.empty()) ApplyAttributes(style, role, tokenizer, token);
 }
 
 std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {

@@ -15,7 +15,7 @@ namespace quillcast::html {
 struct RtfStyle {
   RtfLetters letters = {};
   RtfParagraph paragraph = {};
-  std::optional<std::uint32_t> ground = {};  // of the cells in it
+  std::optional<std::uint32_t> ground = {};  // of the lines and cells in it
   bool is_preformatted = false;
 };
 

@@ -45,6 +45,8 @@ constexpr std::array kFamilies = {Family{"sans-serif", "Arial"}, Family{"serif",
 
 constexpr int kSmallest = 2;
 constexpr int kLargest = 800;
+constexpr std::size_t kLongestGround = 4000;  // bytes
+constexpr double kLeastCover = 0.5;           // of what is behind
 
 // A number at the beginning, and what follows it; nothing where there is none.
 std::optional<double> TakeNumber(std::string_view& text) {
@@ -72,6 +74,9 @@ std::optional<std::uint32_t> ReadRgb(std::string_view text) {
     if (!number) return {};
     value = value << 8 | static_cast<std::uint32_t>(std::clamp(*number, 0.0, 255.0));
   }
+  text.remove_prefix(std::min(text.find_first_of("0123456789."), text.size()));
+  const auto cover = TakeNumber(text);
+  if (cover && *cover < (text.starts_with('%') ? kLeastCover * 100 : kLeastCover)) return {};
   return value;
 }
 
@@ -96,6 +101,23 @@ std::optional<std::uint32_t> ReadColour(std::string_view value) {
   const auto* const named = std::ranges::find(kColours, std::string_view(lower), &Named::name);
   if (named != kColours.end()) return named->value;
   return lower.size() == 6 ? ReadHexadecimal(lower) : std::nullopt;
+}
+
+std::optional<std::uint32_t> ReadGround(std::string_view value) {
+  value = value.substr(0, kLongestGround);
+  while (!value.empty()) {
+    std::size_t end = 0;
+    for (int depth = 0; end < value.size() && (depth > 0 || value[end] != ' '); ++end)
+      depth += value[end] == '(' ? 1 : value[end] == ')' ? -1 : 0;
+    if (const auto colour = ReadColour(value.substr(0, end))) return colour;
+    value.remove_prefix(std::min(end + 1, value.size()));
+  }
+  return {};
+}
+
+bool NamesPicture(std::string_view value) {
+  const std::string lower = platform::AsciiLower(value.substr(0, kLongestGround));
+  return lower.find("url(") != std::string::npos || lower.find("gradient(") != std::string::npos;
 }
 
 std::optional<int> ReadLetterSize(std::string_view value, int current) {

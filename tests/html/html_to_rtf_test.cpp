@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
+#include "html/colour_contrast.h"
 #include "html/rtf_body.h"
 #include "html/style_values.h"
 
@@ -54,6 +57,9 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
                "c}}}{d}"
                "\\par\n"},
            Row{"<a href=javascript:x>a</a>", "\\pard {a}\\par\n"},
+           Row{"<ul><li>a</ul><br>b<ul><li>c</ul><hr>",
+               "\\pard\\ls1\\ilvl0\\fi-360\\li720 {a}\\par\n\\pard \\line\n{b}\\par\n"
+               "\\pard\\ls2\\ilvl0\\fi-360\\li720 {c}\\par\n\\pard \\brdrb\\brdrs\\brdrw10 \\par\n"},
            Row{"<a href=mailto:a@x.org><p>a<p>b</a>",
                "\\pard\\sa160 {\\field{\\*\\fldinst{HYPERLINK \"mailto:a@x.org\"}}{\\fldrslt {\\ul\\cf1 a}}}\\par\n"
                "\\pard\\sa160 {\\field{\\*\\fldinst{HYPERLINK \"mailto:a@x.org\"}}{\\fldrslt {\\ul\\cf1 b}}}\\par\n"},
@@ -102,6 +108,67 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
        }) {
     EXPECT_EQ(Body(page), rtf) << page;
   }
+}
+
+// The body with the colours themselves for their numbers, as "\cf#ff0000".
+std::string InColours(std::string_view page) {
+  const std::string rtf = HtmlToRtf(page, FindPicture).text;
+  std::vector<std::string> colours = {"none"};
+  const std::regex entry(R"(\\red(\d+)\\green(\d+)\\blue(\d+);)");
+  for (std::sregex_iterator at(rtf.begin(), rtf.end(), entry); at != std::sregex_iterator(); ++at) {
+    char name[16];
+    std::snprintf(name, sizeof name, "#%02x%02x%02x", std::stoi((*at)[1]), std::stoi((*at)[2]), std::stoi((*at)[3]));
+    colours.emplace_back(name);
+  }
+  std::string body = BodyOf(rtf);
+  std::smatch found;
+  while (std::regex_search(body, found, std::regex(R"((\\(?:cf|cb|chcbpat|clcbpat|cbpat))(\d+))")))
+    body = found.prefix().str() + found[1].str() + colours.at(std::stoul(found[2])) + found.suffix().str();
+  return body;
+}
+
+TEST(HtmlToRtf, WordsCanBeReadOnTheGroundThatIsWritten) {
+  struct Row {
+    const char* page;
+    const char* rtf;
+  };
+  for (const auto& [page, rtf] : {
+           // Grounds go along, each where it differs from what is behind it
+           Row{"<body bgcolor=#000000 text=#ffffff>a<hr><br><table><tr><td>b<td bgcolor=white>c</table>",
+               "\\pard\\cbpat#000000 {\\cf#ffffff a}\\par\n"
+               "\\pard\\cbpat#000000 \\brdrb\\brdrs\\brdrw10 \\par\n\\pard\\cbpat#000000 \\line\n\\par\n"
+               "\\trowd\\trgaph108\\trleft0\\clcbpat#000000\\cellx4513\\cellx9026\n"
+               "\\pard\\intbl {\\cf#ffffff b}\\cell\n\\pard\\intbl {c}\\cell\n\\row\n"},
+           Row{"<p style='background:#000;color:#fff'>a<p>b",
+               "\\pard\\sa160\\cbpat#000000 {\\cf#ffffff a}\\par\n"
+               "\\pard\\sa160 {b}\\par\n"},
+           Row{"<center style='background:#000 url(x.png) no-repeat'><h1 style=color:#eee>a</h1>",
+               "\\pard\\qc\\sb240\\sa120\\cbpat#000000 {\\b\\fs48\\cf#eeeeee a}\\par\n"},
+           Row{"<table bgcolor=#000000><tr><td>a<table><tr><td><font color=white>b</font><td style='background:#fff'>c"
+               "</table></table>",
+               "\\trowd\\trgaph108\\trleft0\\clcbpat#000000\\cellx9026\n\\pard\\intbl {a}\\par\n"
+               "\\pard\\intbl\\itap2 {\\cf#ffffff b}\\nestcell{\\nonesttables\\par}\n"
+               "\\pard\\intbl\\itap2 {c}\\nestcell{\\nonesttables\\par}\n"
+               "{\\*\\nesttableprops\\trowd\\trgaph108\\trleft0\\cellx4405\\clcbpat#ffffff\\cellx8810"
+               "\\nestrow}{\\nonesttables\\par}\n\\pard\\intbl \\cell\n\\row\n"},
+           Row{"<span style='background:#036;color:white'>a<div style='background:white;color:navy'>b",
+               "\\pard {\\cf#ffffff\\chshdng0\\chcbpat#003366\\cb#003366 a}\\par\n\\pard {\\cf#000080 b}\\par\n"},
+           // What is no ground
+           Row{"<div style='background:rgba(0, 0, 0, 0)'><p style='background-color:rgb(0 0 0 / 10%)'>a",
+               "\\pard\\sa160 {a}\\par\n"},
+           // Colours of a picture that does not go along, and those that nobody sees on the page itself
+           Row{"<td background=x.png><font color=white>a<font color=#999999>b<font color=#777777>c",
+               "\\pard {a}{b}{\\cf#777777 c}\\par\n"},
+           Row{"<div style='background:url(x.png)'><p style='background:#111;color:#fff'>a"
+               "<p style='background-image:linear-gradient(#000,#333);color:#fff'>b",
+               "\\pard\\sa160\\cbpat#111111 {\\cf#ffffff a}\\par\n\\pard\\sa160 {b}\\par\n"},
+           Row{"<p style='color:#fff'>a<span style='color:#bbb'>b</span><span style='background:#fff;color:#fefefe'>c",
+               "\\pard\\sa160 {a}{\\cf#bbbbbb b}{\\chshdng0\\chcbpat#ffffff\\cb#ffffff c}\\par\n"},
+       }) {
+    EXPECT_EQ(InColours(page), rtf) << page;
+  }
+  EXPECT_NEAR(ContrastOf(0xFFFFFF, 0), 21, 0.001);
+  EXPECT_NEAR(ContrastOf(0x777777, 0xFFFFFF), 4.48, 0.01);
 }
 
 TEST(HtmlToRtf, ListsFontsColoursAndListsFirst) {
@@ -187,8 +254,9 @@ TEST(StyleValues, AreReadAsMailWritesThem) {
   };
   for (const auto& [value, colour] :
        {Row{"#fff", 0xFFFFFF}, Row{"#12aB9f", 0x12AB9F}, Row{"12ab9f", 0x12AB9F}, Row{"RGB(255, 0,16)", 0xFF0010},
-        Row{"rgba(1,2,3,.5)", 0x010203}, Row{" Navy ", 0x000080}, Row{"transparent", -1}, Row{"#12", -1}, Row{"", -1},
-        Row{"rgb(1)", -1}, Row{"#ggg", -1}}) {
+        Row{"rgba(1,2,3,.5)", 0x010203}, Row{"rgba(1,2,3,.4)", -1}, Row{"rgb(1 2 3 / 49%)", -1},
+        Row{" Navy ", 0x000080}, Row{"transparent", -1}, Row{"#12", -1}, Row{"", -1}, Row{"rgb(1)", -1},
+        Row{"#ggg", -1}}) {
     const auto read = ReadColour(value);
     EXPECT_EQ(read ? std::int64_t{*read} : -1, colour) << value;
   }
