@@ -121,7 +121,6 @@ class Reader {
       style_.paragraph.indent = std::min(style_.paragraph.indent + step, kWidestIndent);
     }
     if (role == HtmlRole::kNumbered) StartNumbers(token);
-    if (role == HtmlRole::kLink) StartLink(token);
     if (role == HtmlRole::kQuote) AddText("\"");
   }
 
@@ -139,7 +138,8 @@ class Reader {
   void Push(HtmlRole role, const HtmlToken& token) {
     while (open_.size() >= kMostOpen) Pop();
     open_.push_back({.name = token.name, .role = role, .before = style_, .link_before = link_});
-    ApplyElement(style_, role, tokenizer_, token);
+    const bool leads = (role == HtmlRole::kLink || token.name == "area") && StartLink(token);
+    ApplyElement(style_, role, tokenizer_, token, leads);
   }
 
   void Pop() {
@@ -230,12 +230,12 @@ class Reader {
     if (list.list == 0) AddText(list.numbering == RtfNumbering::kBullets ? "• " : std::to_string(number) + ". ");
   }
 
-  // Whatever there are of long ones: the document stays within a few times of the page.
-  void StartLink(const HtmlToken& token) {
+  // Whether it leads somewhere. Whatever there are of long ones, the document stays within a few times of the page.
+  bool StartLink(const HtmlToken& token) {
     const std::string address{platform::Trim(tokenizer_.Value(token, "href"))};
     const bool leads = !address.starts_with('#') && address.size() <= kLongestLink && MayBeFollowed(address);
-    if (leads) style_.letters.colour = 0x0000EE;
     SetLink(leads ? address : std::string());
+    return leads;
   }
 
   void SetLink(const std::string& address) {
@@ -317,7 +317,6 @@ class Reader {
   void AddArea(const HtmlToken& token) {
     EndParagraph();
     Push(HtmlRole::kLine, token);
-    StartLink(token);
     AddText(tokenizer_.Value(token, "alt"));
     Pop();
   }

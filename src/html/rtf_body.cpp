@@ -84,7 +84,7 @@ void RtfBody::AppendLetters(const RtfLetters& letters) {
   std::string& to = out();
   if (letters.bold) to += "\\b";
   if (letters.italic) to += "\\i";
-  if (letters.underlined || !link_.empty()) to += "\\ul";
+  if (letters.underlined) to += "\\ul";
   if (letters.struck) to += "\\strike";
   if (letters.raised != 0) to += letters.raised > 0 ? "\\super" : "\\sub";
   if (const std::size_t font = FontNumber(letters.font); font != 0) to += fmt::format("\\f{}", font);

@@ -10,6 +10,7 @@ namespace quillcast::html {
 namespace {
 
 constexpr const char* kFixedFont = "Courier New";
+constexpr std::uint32_t kLinkColour = 0x0000EE;
 constexpr std::array kHeadingSizes = {48, 36, 28, 24, 20, 16};  // half points, of h1 to h6
 constexpr int kBelowParagraph = 160;                            // twips
 constexpr int kAboveHeading = 240;
@@ -67,11 +68,11 @@ void ApplyWeight(RtfLetters& letters, std::string_view value) {
       platform::StartsWithIgnoringAsciiCase(value, "bold") || platform::ParseWholeNumber(value).value_or(0) >= 600;
 }
 
-void ApplyDecoration(RtfLetters& letters, std::string_view value) {
+// In the place of what the element has by itself; what is round it is drawn through it, whatever it says.
+void ApplyDecoration(RtfLetters& letters, const RtfLetters& around, std::string_view value) {
   const std::string lower = platform::AsciiLower(value);
-  if (lower.find("underline") != std::string::npos) letters.underlined = true;
-  if (lower.find("line-through") != std::string::npos) letters.struck = true;
-  if (lower == "none") letters.underlined = letters.struck = false;
+  letters.underlined = around.underlined || lower.find("underline") != std::string::npos;
+  letters.struck = around.struck || lower.find("line-through") != std::string::npos;
 }
 
 // What an element has behind it.
@@ -80,9 +81,11 @@ struct Ground {
   bool has_picture = false;
 };
 
-void ApplyDeclaration(RtfStyle& style, Ground& ground, std::string_view property, std::string_view value) {
+void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, Ground& ground, std::string_view property,
+                      std::string_view value) {
   RtfLetters& letters = style.letters;
   if (property == "color") SetIfRead(letters.colour, ReadColour(value));
+  if (property == "color" && platform::EqualsIgnoringAsciiCase(value, "inherit")) letters.colour = around.colour;
   if (property == "background" || property == "background-color") SetIfRead(ground.colour, ReadGround(value));
   if (property == "background" || property == "background-image")
     ground.has_picture = ground.has_picture || NamesPicture(value);
@@ -90,7 +93,7 @@ void ApplyDeclaration(RtfStyle& style, Ground& ground, std::string_view property
   if (property == "font-family") letters.font = ReadFontFamily(value);
   if (property == "font-weight") ApplyWeight(letters, value);
   if (property == "font-style") letters.italic = platform::EqualsIgnoringAsciiCase(value, "italic");
-  if (property == "text-decoration") ApplyDecoration(letters, value);
+  if (property == "text-decoration") ApplyDecoration(letters, around, value);
   if (property == "text-align") SetIfRead(style.paragraph.alignment, AlignmentOf(value));
 }
 
@@ -120,7 +123,8 @@ void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
   if (token.name == "center" || token.name == "th") paragraph.alignment = RtfAlignment::kCentred;
 }
 
-void ApplyAttributes(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+void ApplyAttributes(RtfStyle& style, const RtfLetters& around, HtmlRole role, const HtmlTokenizer& tokenizer,
+                     const HtmlToken& token) {
   Ground ground;
   if (token.name == "font") {
     SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "color")));
@@ -137,18 +141,22 @@ void ApplyAttributes(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokeni
   if (const std::string direction = tokenizer.Value(token, "dir"); !direction.empty())
     style.paragraph.is_right_to_left = platform::EqualsIgnoringAsciiCase(direction, "rtl");
   EachDeclaration(tokenizer.Value(token, "style"), [&](std::string_view property, std::string_view value) {
-    ApplyDeclaration(style, ground, property, value);
+    ApplyDeclaration(style, around, ground, property, value);
   });
   ApplyGround(style, ground, has_lines);
 }
 
 }  // namespace
 
-void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token,
+                  bool leads_somewhere) {
+  const RtfLetters around = style.letters;
+  if (leads_somewhere) style.letters.colour = kLinkColour;
+  if (leads_somewhere) style.letters.underlined = true;
   const auto* const letters = std::ranges::find(kLetters, std::string_view(token.name), &LettersRow::name);
   if (letters != kLetters.end()) letters->apply(style.letters);
   if (IsBlock(role)) ApplyBlock(style, role, token);
-  if (!token.attributes.empty()) ApplyAttributes(style, role, tokenizer, token);
+  if (!token.attributes.empty()) ApplyAttributes(style, around, role, tokenizer, token);
 }
 
 std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {

@@ -19,8 +19,10 @@ struct RtfStyle {
   bool is_preformatted = false;
 };
 
-// The style within the element that a start tag begins, of the one around it.
-void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token);
+// The style within the element that a start tag begins, of the one around it. What leads somewhere looks like a link
+// as far as it does not say otherwise.
+void ApplyElement(RtfStyle& style, HtmlRole role, const HtmlTokenizer& tokenizer, const HtmlToken& token,
+                  bool leads_somewhere);
 
 // Columns that a cell takes; at least 1.
 std::size_t SpanOf(const HtmlTokenizer& tokenizer, const HtmlToken& token);

@@ -127,7 +127,7 @@ std::string InColours(std::string_view page) {
   return body;
 }
 
-TEST(HtmlToRtf, WordsCanBeReadOnTheGroundThatIsWritten) {
+TEST(HtmlToRtf, WordsHaveTheirColoursAndCanBeReadOnTheGroundThatIsWritten) {
   struct Row {
     const char* page;
     const char* rtf;
@@ -167,6 +167,19 @@ TEST(HtmlToRtf, WordsCanBeReadOnTheGroundThatIsWritten) {
        }) {
     EXPECT_EQ(InColours(page), rtf) << page;
   }
+  const std::string field = "{\\field{\\*\\fldinst{HYPERLINK \"http://x/\"}}{\\fldrslt ";
+  for (const auto& [words, rtf] : {
+           Row{" style='color:#c00;text-decoration:none'>a", "{\\cf#cc0000 a}"},
+           Row{" style='background:#06c;color:#fff'>a", "{\\ul\\cf#ffffff\\chshdng0\\chcbpat#0066cc\\cb#0066cc a}"},
+           Row{" style='color:Inherit'><span style='text-decoration:none'>a", "{\\ul\\cf#008000 a}"},
+           Row{" style='text-decoration:line-through'>a", "{\\strike\\cf#0000ee a}"},
+       }) {
+    EXPECT_EQ(InColours("<p style='color:green'><a href=http://x/" + std::string(words) + "</a>"),
+              "\\pard\\sa160 " + field + rtf + "}}\\par\n")
+        << words;
+  }
+  EXPECT_EQ(InColours("<u><span style='text-decoration:none'>a</span></u><s style='text-decoration:none'>b</s>"),
+            "\\pard {\\ul a}{b}\\par\n");
   EXPECT_NEAR(ContrastOf(0xFFFFFF, 0), 21, 0.001);
   EXPECT_NEAR(ContrastOf(0x777777, 0xFFFFFF), 4.48, 0.01);
 }
