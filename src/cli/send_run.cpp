@@ -120,6 +120,9 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
   if (const auto left = run::NotTriedAgainIn(summary)) context.output.Note(left->InEnglish());
   if (const auto unknown = run::UnknownIn(summary)) context.output.Note(unknown->InEnglish());
+  if (summary.run != 0 && summary.not_tried + summary.retries_left > 0) {
+    context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are left.", summary.run));
+  }
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);
   return summary.everybody_got_it() ? 0 : 1;

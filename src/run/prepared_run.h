@@ -124,6 +124,7 @@ class PreparedRun {
   Result<recipients::RecipientCursor> Rows() const;
   Result<RunSummary> RunOver(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener,
                              const BeginRun& begin, Turns* turns);
+  bool WayWasThere() const;
   PaceTexts PaceOptions() const;
   Result<PaceTexts> TextsOfPace();
   Result<std::string> PaceToFreeze();

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <utility>
 
+#include "account/account_connection.h"
 #include "account/account_message.h"
 #include "account/account_pace.h"
 #include "platform/text.h"
@@ -95,6 +96,7 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
   if (!options) return options.error();
   options->per_connection = static_cast<std::size_t>(pace->per_connection);
   options->network_wait = pace->network_wait;
+  options->way_was_there = WayWasThere();
   static_assert(kMostConnections == smtp::ConnectionLimit::kMost, "what may be asked for can be had");
   options->connections = static_cast<std::size_t>(pace->connections);
   SmtpCarrier carrier(*options, place_.clock, place_.cancel);
@@ -112,6 +114,14 @@ Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, Ru
         return std::unique_ptr<JournalledRun>(std::make_unique<UnjournalledRun>(std::move(*rows), range));
       },
       nullptr);
+}
+
+// A server of the account answered for this mailing before: what is out of reach now was lost.
+bool PreparedRun::WayWasThere() const {
+  const StateSet reached =
+      SetOf({ResultState::kSent, ResultState::kRefused, ResultState::kDeferred, ResultState::kUnknown});
+  return going_on_ && CountIn(going_on_->mailing.counts, reached) > 0 &&
+         account::ServersText(going_on_->frozen.inputs.account) == account::ServersText(*account_);
 }
 
 // The messages are made of what was frozen, so that those of a run that goes on are the same.

@@ -66,6 +66,7 @@ class Run final : public smtp::JobSource {
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
   void WayLost(const smtp::Outcome& why, platform::Instant until) override;
+  void WayGivenUp(const smtp::Outcome& why) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override;
   void Waiting() override { Flush(); }
@@ -160,6 +161,7 @@ bool Run::Begin() {
     return false;
   }
   run_ = std::move(*run);
+  summary_.run = run_->id();
   in_turn_.emplace(*run_, parts_.turns, order_, retries_);
   TakeSize();
   return true;
@@ -438,6 +440,10 @@ void Run::Connected(const smtp::Capabilities& offered) {
 }
 
 void Run::WayLost(const smtp::Outcome& why, platform::Instant until) { WaitUntil(until, WaitForNetwork(why.reason)); }
+
+void Run::WayGivenUp(const smtp::Outcome& why) {
+  if (!summary_.stopped) summary_.stopped = NetworkStaysAway(why.reason);
+}
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   Flush();  // who is asked may read it

@@ -76,6 +76,7 @@ struct RunSummary {
   std::int64_t first_left = 0;  // the places in the list of the first and of the last of them, where they are known
   std::int64_t last = 0;        // and otherwise of the last whom the run was for
   std::string history = {};     // the base name
+  RunId run = 0;                // in the journal; 0 for none
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;

@@ -147,6 +147,22 @@ class Retries(Case):
                 self.assertEqual([row["state"] for row in lines[:-1]], states, err)
                 self.assertEqual((code, returned.is_set()), (1, False) if wait == "none" else (0, True))
 
+    def test_who_is_left_where_the_network_stays_away_is_gone_on_with_and_a_resume_waits_for_it(self):
+        server = Server(lambda address, times: None)
+        self.account(server.port, "PerConnection=1", "NetworkWait=1s")
+        self.group("All", [f"{n}@a.example" for n in range(4)])
+        server.answer = lambda address, times: (server.listener.shutdown(socket.SHUT_RDWR), server.listener.close()) and None
+        lines, code, err = self.run_lines(*self.mailing())
+        self.assertEqual((code, [row["state"] for row in lines[:-1]]), (69, ["sent"] + ["not tried"] * 3), err)
+        self.assertIn("3 recipients were not tried (from #2 to #4); nothing was sent to them.\n"
+                      "quillcast runs resume 1 goes on with those who are left.\n"
+                      "quillcast: The way to the server was lost, and did not come back in the time that the run waits for it.", err)
+        again = []
+        threading.Timer(1.5, lambda: again.append(Server(lambda *_: None, server.port))).start()
+        lines, code, err = self.run_lines("--json", "--yes", "runs", "resume", 1, "--network-wait", "1min")
+        self.assertEqual((code, [row["state"] for row in lines[:-1]]), (0, ["sent"] * 3), err)
+        again[0].listener.close()
+
     def test_the_waiting_is_told_and_ends_at_once_and_a_later_run_goes_on(self):
         is_open = threading.Event()
         server = self.server(lambda address, times: None if is_open.is_set() or address[0] == "2" else "450 4.2.0 later",

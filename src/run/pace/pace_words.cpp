@@ -89,6 +89,13 @@ Sentence WaitForNetwork(const std::string& reason) {
   return Say("The way to the server is lost, and is tried again then. {}", reason);
 }
 
+Error NetworkStaysAway(const std::string& reason) {
+  return {
+      Failure::kUnavailable,
+      Say("The way to the server was lost, and did not come back in the time that the run waits for it. {}", reason),
+      "Go on with those who were not tried once the network is there again."};
+}
+
 std::string TimeText(Moment moment, const platform::Clock& clock) {
   const std::tm then = clock.Local(std::chrono::ceil<std::chrono::seconds>(moment));
   const std::tm now = clock.Local(clock.Now());

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/clock.h"
+#include "platform/result.h"
 #include "platform/sentence.h"
 #include "run/pace/pace.h"
 #include "run/pace/pace_rules.h"
@@ -23,6 +24,8 @@ Sentence WaitForRetries(std::int64_t recipients);
 
 // Why nothing goes out where the network is lost; `reason` is what was met last, a whole sentence.
 Sentence WaitForNetwork(const std::string& reason);
+// It was waited for in vain.
+Error NetworkStaysAway(const std::string& reason);
 
 // "14:05:30" in local time, with the day before it where it is not today.
 std::string TimeText(Moment moment, const platform::Clock& clock);

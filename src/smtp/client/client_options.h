@@ -43,8 +43,9 @@ struct ClientOptions {
   // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
   std::chrono::seconds timeout{60};
   // Where the way to the servers is lost after it was there, messages wait so long for it, and for each loss anew; then
-  // those that want it fail.
+  // nothing more is begun (JobSource::WayGivenUp). `way_was_there`: they were reached before this client was made.
   std::chrono::seconds network_wait{0};
+  bool way_was_there = false;
   std::string ca_file;  // PEM file of trusted authorities; empty for those of the system
 };
 

@@ -89,6 +89,12 @@ void JobQueue::Move() { ++EntryOf(waiting_.front()).moves; }
 
 void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), outcome); }
 
+void JobQueue::GiveUp(Outcome why) {
+  given_up_ = true;
+  why.begun = false;
+  while (waiting() > 0) Fail(why);
+}
+
 void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   const std::uint64_t number = lanes_[lane].submitted.front();
   lanes_[lane].submitted.Pop();

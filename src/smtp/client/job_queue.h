@@ -52,6 +52,8 @@ class JobQueue {
   void Move();
   // It has this outcome without having been submitted.
   void Fail(const Outcome& outcome);
+  // So have all that wait, not begun, and no further one is taken.
+  void GiveUp(Outcome why);
 
   // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
   // move, or one that does not, because nothing of the message went over the last.
@@ -104,7 +106,7 @@ class JobQueue {
   Breaker breaker_;
   std::optional<platform::Instant> due_;
   bool exhausted_ = false;  // there were no more, and no outcome was told since
-  bool given_up_ = false;   // nobody wanted to go on after a refusal
+  bool given_up_ = false;   // nobody wanted to go on after a refusal, or there is no way to a server
   bool told_ = false;       // something since CaughtUp
 };
 

@@ -50,6 +50,8 @@ class JobSource {
   // There is no way to a server any more: ClientOptions::network_wait has the messages wait until then, when it is
   // tried again.
   virtual void WayLost(const Outcome& /*why*/, platform::Instant /*until*/) {}
+  // It was waited for as long as that says, in vain: no further job is taken, and those that wait were not begun.
+  virtual void WayGivenUp(const Outcome& /*why*/) {}
   // A connection is ready for its first message: what its server offers.
   virtual void Connected(const Capabilities& /*offered*/) {}
   // One line of the connection log, "C: " or "S: " first, without line end, safe to show, secrets masked. It belongs to

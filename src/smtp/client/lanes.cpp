@@ -20,7 +20,10 @@ constexpr std::chrono::seconds kQuickWay{1};
 }  // namespace
 
 Lanes::Lanes(Surroundings& around, std::size_t connections)
-    : around_(around), limit_(connections), lost_way_(around.options.network_wait), lanes_(limit_.most()) {}
+    : around_(around),
+      limit_(connections),
+      lost_way_(around.options.network_wait, around.options.way_was_there),
+      lanes_(limit_.most()) {}
 
 ConnectionLimit::Now Lanes::Count() const {
   ConnectionLimit::Now now;
@@ -70,8 +73,12 @@ void Lanes::EndWay(Lane& lane) {
   const auto moment = around_.clock.Monotonic();
   limit_.Failed(way->outcome(), ready + now.leaving, moment);
   if (now.in_all() > now.leaving || around_.jobs.waiting() == 0) return;
-  if (!lost_way_.Outlasts(way->outcome(), moment)) return around_.jobs.Fail(way->outcome());
-  around_.source->WayLost(way->outcome(), *lost_way_.again());
+  if (lost_way_.Outlasts(way->outcome(), moment)) {
+    return around_.source->WayLost(way->outcome(), *lost_way_.again());
+  }
+  if (!lost_way_.is_over()) return around_.jobs.Fail(way->outcome());
+  around_.source->WayGivenUp(way->outcome());
+  around_.jobs.GiveUp(way->outcome());
 }
 
 void Lanes::EndConnection(Lane& lane) {

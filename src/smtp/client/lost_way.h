@@ -11,10 +11,11 @@
 
 namespace quillcast::smtp {
 
-// Only what was there can be lost: a name that is misspelt, or a server that is not up, is told at once.
+// Only what was there can be lost: a name that is misspelt, or a server that is not up, is told at once. `was_there`:
+// in a run before this one.
 class LostWay {
  public:
-  explicit LostWay(std::chrono::seconds patience) : patience_(patience) {}
+  LostWay(std::chrono::seconds patience, bool was_there) : patience_(patience), was_there_(was_there) {}
 
   // A connection came about.
   void Found() {
@@ -25,15 +26,18 @@ class LostWay {
 
   // None came about, and there is no other. True where the message that wants one waits on, until again().
   bool Outlasts(const Outcome& why, platform::Instant now) {
-    if (!was_there_ || !IsOutOfReach(why)) return false;
+    if (patience_.count() == 0 || !was_there_ || !IsOutOfReach(why)) return false;
     if (!since_) since_ = now;
     const platform::Instant end = *since_ + patience_;
-    if (now >= end) return false;
+    is_over_ = now >= end;
+    if (is_over_) return false;
     again_ = std::min(now + pause_, end);
     pause_ = std::min(pause_ * 2, kLongestPause);
     return true;
   }
 
+  // It was waited for as long as was wanted, in vain.
+  bool is_over() const { return is_over_; }
   // Not before then; nothing where the way is not lost, or is being tried.
   const std::optional<platform::Instant>& again() const { return again_; }
   void Tries() { again_.reset(); }
@@ -42,15 +46,19 @@ class LostWay {
   static constexpr std::chrono::seconds kFirstPause{1};
   static constexpr std::chrono::seconds kLongestPause{30};
 
-  // Nobody said anything: a server that answers is there.
-  static bool IsOutOfReach(const Outcome& why) {
+  // Nobody said anything; or what answers is not the server that was there, as the page of a hotel's network that wants
+  // a sign-in first. A server that answers is there; but one that was away may say first that it is not ready yet.
+  bool IsOutOfReach(const Outcome& why) const {
     constexpr std::array kCodes = {ResultCode::kConnectFailed, ResultCode::kConnectTimeout, ResultCode::kConnectionLost,
-                                   ResultCode::kHostNotFound,  ResultCode::kResolveTimeout, ResultCode::kReplyTimeout};
-    return why.reply.code == 0 && std::find(kCodes.begin(), kCodes.end(), why.code) != kCodes.end();
+                                   ResultCode::kHostNotFound,  ResultCode::kResolveTimeout, ResultCode::kReplyTimeout,
+                                   ResultCode::kBadResponse,   ResultCode::kGreetingRefused};
+    const bool is_known = std::find(kCodes.begin(), kCodes.end(), why.code) != kCodes.end();
+    return is_known && (why.reply.code == 0 || (since_ && why.reply.code / 100 == 4));
   }
 
   const std::chrono::seconds patience_;
-  bool was_there_ = false;
+  bool was_there_;
+  bool is_over_ = false;
   std::optional<platform::Instant> since_;
   std::optional<platform::Instant> again_;
   std::chrono::seconds pause_ = kFirstPause;

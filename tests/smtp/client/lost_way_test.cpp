@@ -26,8 +26,13 @@ class PatientLetters final : public Letters {
     EXPECT_NE(job.message, nullptr);
     ++times_back;
   }
+  void WayGivenUp(const Outcome& why) override {
+    EXPECT_NE(why.state, State::kSent);
+    ++times_given_up;
+  }
   int times_lost = 0;
   int times_back = 0;
+  int times_given_up = 0;
   std::function<void()> on_lost;
 
  private:
@@ -50,19 +55,25 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
   struct Case {
     const char* what;
     std::string connections;  // of each: '3' takes three messages, '9' all, '-' hangs up at once, '4' refuses for now,
-                              // '^' takes three and is silent then
+                              // '^' takes three and is silent then, 'h' says what is no SMTP
     std::chrono::seconds wait;
     std::string states;  // s sent, f failed, d deferred, n not begun
     int times_lost;
     bool cancels = false;
+    bool was_there = false;
   };
   for (const Case& c : {
            Case{"comes again", "3--9", 60s, "sssssss", 2},
            Case{"twice", "3-3-9", 60s, "sssssss", 2},
            Case{"not asked for", "3---------", 0s, "sssffff", 0},
-           Case{"stays away", "3---------", 1s, "sssffff", 1},
+           Case{"stays away: the rest is left", "3---------", 1s, "sssn", 1},
            Case{"was never there", "-9", 60s, "fssssss", 0},
+           Case{"was there before", "-9", 60s, "sssssss", 1, false, true},
+           Case{"was there before, and stays away", "----------", 1s, "n", 1, false, true},
+           Case{"was there before, and not waited for", "-9", 0s, "fssssss", 0, false, true},
            Case{"says that it is busy", "349", 60s, "sssdsss", 0},
+           Case{"comes again and is busy first", "3-49", 60s, "sssssss", 2},
+           Case{"something else answers meanwhile", "3h9", 60s, "sssssss", 1},
            Case{"cancelled meanwhile", "3---------", 60s, "sssn", 1, true},
            Case{"is silent", "^9", 60s, "sssssss", 0},
            Case{"is silent, and not waited for", "^9", 0s, "sssfsss", 0},
@@ -76,6 +87,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     ScriptedServer server([&](Peer& peer, int number) {
       const char kind = c.connections.at(static_cast<std::size_t>(number));
       if (kind == '4') peer.Say("421 4.3.2 busy\r\n");
+      if (kind == 'h') peer.Say("HTTP/1.1 302 Found\r\n");
       if (kind == '^') Take(peer, 3), peer.Stall();
       if (kind == '3' || kind == '9') Take(peer, kind - '0');
     });
@@ -83,6 +95,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     options.servers = {{"127.0.0.1", server.port()}};
     options.timeout = 2s;
     options.network_wait = c.wait;
+    options.way_was_there = c.was_there;
     const platform::SystemClock clock;
     const auto began = clock.Monotonic();
     Client(options, clock, cancel).Run(letters);
@@ -93,6 +106,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     }
     EXPECT_EQ(states, c.states);
     EXPECT_EQ(letters.times_lost, c.times_lost);
+    EXPECT_EQ(letters.times_given_up > 0, c.wait == 1s);
     const char first = c.connections[0];
     EXPECT_EQ(letters.times_back > 0, first == '3' || (first == '^' && c.wait > 0s)) << "a journal had it as out";
   }
