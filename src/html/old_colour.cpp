@@ -2,31 +2,11 @@
 
 #include <algorithm>
 
+#include "html/colour_names.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
-
-// CSS Color 4, 6.1.
-constexpr std::string_view kNames =
-    " aliceblue antiquewhite aqua aquamarine azure beige bisque black blanchedalmond blue blueviolet brown burlywood "
-    "cadetblue chartreuse chocolate coral cornflowerblue cornsilk crimson cyan darkblue darkcyan darkgoldenrod "
-    "darkgray "
-    "darkgreen darkgrey darkkhaki darkmagenta darkolivegreen darkorange darkorchid darkred darksalmon darkseagreen "
-    "darkslateblue darkslategray darkslategrey darkturquoise darkviolet deeppink deepskyblue dimgray dimgrey "
-    "dodgerblue "
-    "firebrick floralwhite forestgreen fuchsia gainsboro ghostwhite gold goldenrod gray green greenyellow grey "
-    "honeydew "
-    "hotpink indianred indigo ivory khaki lavender lavenderblush lawngreen lemonchiffon lightblue lightcoral lightcyan "
-    "lightgoldenrodyellow lightgray lightgreen lightgrey lightpink lightsalmon lightseagreen lightskyblue "
-    "lightslategray lightslategrey lightsteelblue lightyellow lime limegreen linen magenta maroon mediumaquamarine "
-    "mediumblue mediumorchid mediumpurple mediumseagreen mediumslateblue mediumspringgreen mediumturquoise "
-    "mediumvioletred midnightblue mintcream mistyrose moccasin navajowhite navy oldlace olive olivedrab orange "
-    "orangered "
-    "orchid palegoldenrod palegreen paleturquoise palevioletred papayawhip peachpuff peru pink plum powderblue purple "
-    "rebeccapurple red rosybrown royalblue saddlebrown salmon sandybrown seagreen seashell sienna silver skyblue "
-    "slateblue slategray slategrey snow springgreen steelblue tan teal thistle tomato turquoise violet wheat white "
-    "whitesmoke yellow yellowgreen ";
 
 constexpr std::size_t kLongest = 128;
 constexpr std::size_t kLongestOfOne = 8;  // digits of red, green or blue
@@ -38,7 +18,7 @@ bool IsHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
 std::string OldColour(std::string_view value) {
   std::string text = platform::AsciiLower(platform::Trim(value));
   if (text.empty() || text == "transparent") return {};
-  if (text.find(' ') == std::string::npos && kNames.find(" " + text + " ") != std::string_view::npos) return text;
+  if (NamedColour(text)) return text;
   if (text.size() == 4 && text[0] == '#' && std::all_of(text.begin() + 1, text.end(), IsHex)) return text;
   text.resize(std::min(text.size(), kLongest));
   if (text[0] == '#') text.erase(0, 1);

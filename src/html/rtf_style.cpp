@@ -86,7 +86,7 @@ void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, Ground& ground,
   RtfLetters& letters = style.letters;
   if (property == "color") SetIfRead(letters.colour, ReadColour(value));
   if (property == "color" && platform::EqualsIgnoringAsciiCase(value, "inherit")) letters.colour = around.colour;
-  if (property == "background" || property == "background-color") SetIfRead(ground.colour, ReadGround(value));
+  if (property == "background" || property == "background-color") SetIfRead(ground.colour, ReadColour(GroundIn(value)));
   if (property == "background" || property == "background-image")
     ground.has_picture = ground.has_picture || NamesPicture(value);
   if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, letters.size));

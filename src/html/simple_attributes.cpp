@@ -1,12 +1,18 @@
 #include "html/simple_attributes.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "html/colour_names.h"
+#include "html/old_colour.h"
 #include "html/safe_page.h"
+#include "html/style_values.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -87,29 +93,41 @@ bool IsPlainValue(std::string_view value) {
          });
 }
 
-// One declaration, "color: red", as it may be kept; empty where not.
-std::string SimpleDeclaration(std::string_view declaration) {
-  const std::size_t colon = declaration.find(':');
-  if (colon == std::string_view::npos) return {};
-  std::string name = platform::AsciiLower(platform::Trim(declaration.substr(0, colon)));
-  std::string value(platform::Trim(declaration.substr(colon + 1)));
-  if (const std::size_t important = value.find('!'); important != std::string::npos)
-    value = platform::Trim(value.substr(0, important));
+// A colour as the view reads it; empty for what is none.
+std::string SimpleColour(std::string_view value) {
+  const auto colour = ReadColour(value);
+  if (!colour) return {};
+  const bool is_short = value.starts_with('#') && (value.size() == 4 || value.size() == 7);
+  const bool is_read = is_short || (value.starts_with("rgb(") && IsPlainValue(value)) ||
+                       NamedColour(platform::AsciiLower(value)).has_value();
+  return is_read ? std::string(value) : fmt::format("#{:06x}", *colour);
+}
+
+// The same of an attribute. Browsers make a colour of whatever it says, a nearly black one of "none".
+std::string AttributeColour(std::string_view value) {
+  value = platform::Trim(value);
+  std::string colour = SimpleColour(value);
+  return colour.empty() && value.starts_with('#') ? OldColour(value) : colour;
+}
+
+// One declaration, "color:red", as it may be kept; empty where not.
+std::string SimpleDeclaration(std::string_view property, std::string_view given) {
+  const bool is_ground = property == "background" || property == "background-color";
+  const std::string_view name = is_ground ? "background-color" : property;
+  std::string value(given);
+  if (is_ground || name == "color") value = SimpleColour(is_ground ? GroundIn(given) : given);
   std::replace(value.begin(), value.end(), '"', '\'');
-  if (name == "background") name = "background-color";
   const Known* known = FindIn(kProperties, name);
   if (known == nullptr || value.empty() || !IsPlainValue(value) || !IsWithin(value, known->most)) return {};
-  return name + ":" + value;
+  return std::string(name) + ":" + value;
 }
 
 std::string SimpleStyle(std::string_view style) {
   std::string kept;
-  while (!style.empty()) {
-    const std::size_t end = std::min(style.find(';'), style.size());
-    const std::string declaration = SimpleDeclaration(style.substr(0, end));
+  EachDeclaration(style, [&](std::string_view property, std::string_view value) {
+    const std::string declaration = SimpleDeclaration(property, value);
     if (!declaration.empty()) kept.append(kept.empty() ? "" : ";").append(declaration);
-    style.remove_prefix(std::min(end + 1, style.size()));
-  }
+  });
   return kept;
 }
 
@@ -137,15 +155,36 @@ bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute) {
   return known != nullptr && !IsWithin(page.RawValue(attribute), known->most);
 }
 
-std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written, Spans spans) {
+std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written) {
+  const bool hears_attribute = written == "div" || written == "table" || written == "tr" || written == "td";
+  std::string ground = hears_attribute ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
+  EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
+    if (property != "background" && property != "background-color") return;
+    if (std::string colour = SimpleColour(GroundIn(value)); !colour.empty()) ground = std::move(colour);
+  });
+  return ground;
+}
+
+std::string GroundAttribute(std::string_view written, std::string_view ground) {
+  std::string attribute;
+  Append(attribute, written == "table" ? "bgcolor" : "style",
+         written == "table" ? std::string(ground) : "background-color:" + std::string(ground));
+  return attribute;
+}
+
+std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written,
+                             std::string_view ground, Spans spans) {
   std::string kept;
+  const bool is_told = written == "table" && !ground.empty();
+  if (is_told) kept = GroundAttribute(written, ground);
   // The view paints the ground of a division by its style alone.
-  const std::string ground = written == "div" ? page.Value(tag, "bgcolor") : std::string();
-  const bool has_style = tag.name == "body" || !ground.empty();  // made of other attributes too
+  std::string own = written == "div" ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
+  if (own.empty() && !is_told) own = ground;
+  const bool has_style = tag.name == "body" || !own.empty();  // made of other attributes too
   if (has_style) {
-    const std::string text = tag.name == "body" ? page.Value(tag, "text") : std::string();
+    const std::string text = tag.name == "body" ? AttributeColour(page.Value(tag, "text")) : std::string();
     const std::string style =
-        SimpleStyle("color:" + text + ";background-color:" + ground + ";" + page.Value(tag, "style"));
+        SimpleStyle("color:" + text + ";background-color:" + own + ";" + page.Value(tag, "style"));
     if (!style.empty()) Append(kept, "style", style);
   }
   for (const HtmlAttribute& attribute : tag.attributes) {
@@ -153,8 +192,10 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
     const std::string_view whole = page.Source(tag);
     const std::string name =
         platform::AsciiLower(whole.substr(attribute.name_begin - tag.begin, attribute.name_end - attribute.name_begin));
-    const std::string value = DecodeCharacterReferences(page.RawValue(attribute), true);
-    if (has_style && (name == "style" || (name == "bgcolor" && !ground.empty()))) continue;
+    std::string value = DecodeCharacterReferences(page.RawValue(attribute), true);
+    if (has_style && (name == "style" || (name == "bgcolor" && written == "div"))) continue;
+    if (name == "bgcolor" || name == "color") value = AttributeColour(value);
+    if (value.empty() && (name == "bgcolor" || name == "color")) continue;
     if (name == "style") {
       const std::string style = SimpleStyle(value);
       if (!style.empty()) Append(kept, name, style);

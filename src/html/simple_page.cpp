@@ -48,6 +48,7 @@ class SimpleWriter {
     std::string_view written;
     std::size_t items = 0;      // of a list
     Spans spans = Spans::kFew;  // of a table
+    std::string ground = {};    // that the view would paint behind these words alone, and not behind all that is in it
   };
 
   void Take(const HtmlToken& token);
@@ -66,6 +67,7 @@ class SimpleWriter {
   void CloseLoose();
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
+  std::string Ground() const { return open_.empty() ? std::string() : open_.back().ground; }
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
 
   HtmlTokenizer page_;
@@ -103,15 +105,27 @@ void SimpleWriter::CloseTo(std::size_t open) {
   }
 }
 
+// The view paints the ground of a table or cell behind all that is in it, and of other blocks behind their own words:
+// what stands in those is told it.
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
-  open_.push_back({name, written});
+  const bool is_of_table = written == "table" || written == "tr" || written == "td" || written == "th";
+  const bool is_block = IsBlock(RoleOf(written));
+  const std::string around = Ground();
+  const std::string own = token != nullptr && is_block ? OwnGround(page_, *token, written) : std::string();
+  const bool paints_all = is_of_table || written == "body";
+  open_.push_back({.name = name, .written = written, .ground = paints_all ? "" : own.empty() ? around : own});
   if (written.empty()) return;
   begins_pre_ = written == "pre";
-  if (IsBlock(RoleOf(written))) behind_ = {};
+  if (is_block) behind_ = {};
   out_.append("<").append(written);
+  const std::string ground = is_block && own.empty() ? around : std::string();
   const std::size_t table = name == "td" ? Last("table") : kNone;
   const Spans spans = table == kNone ? Spans::kFew : open_[table].spans;
-  if (token != nullptr) out_ += SimpleAttributes(page_, *token, written, spans);
+  if (token != nullptr) {
+    out_ += SimpleAttributes(page_, *token, written, ground, spans);
+  } else if (!ground.empty()) {
+    out_ += GroundAttribute(written, ground);
+  }
   out_ += '>';
 }
 
@@ -136,7 +150,7 @@ void SimpleWriter::StartRow(const HtmlToken* token) {
   const std::size_t table = Last("table");
   if (table == kNone) return;
   CloseTo(table + 1);
-  const bool has_ground = token != nullptr && !page_.Value(*token, "bgcolor").empty();
+  const bool has_ground = token != nullptr && !OwnGround(page_, *token, "tr").empty();
   Push("tr", IsInGrid() ? "tr" : has_ground ? "div" : "", token);
 }
 
@@ -164,9 +178,11 @@ void SimpleWriter::CloseBefore(const std::string& name) {
   CloseTo(before);
 }
 
-// The view would go on in the line of the block before, with pictures and behind a "div" with words too.
+// The view would go on in the line of the block before, with pictures and behind a "div" with words too; and it would
+// paint no ground behind them.
 void SimpleWriter::LeaveBlock(bool is_text) {
-  if (behind_.empty() || (is_text && behind_ != "div") || open_.size() >= kMostOpen) return;
+  const bool goes_on = is_text && behind_ != "div" && Ground().empty();
+  if (behind_.empty() || goes_on || open_.size() >= kMostOpen) return;
   Push(std::string(kLoose), "div", nullptr);
 }
 
@@ -198,8 +214,9 @@ void SimpleWriter::Start(const HtmlToken& token) {
     const std::string attributes = SimpleAttributes(page_, token, name);
     const bool is_away = name == "img" && attributes.find(" src=\"") == std::string::npos;
     if (is_away || (name == "img" && ++pictures_ > kMostPictures)) return Text(page_.Value(token, "alt"));
-    if (name == "img") LeaveBlock(false);
-    behind_ = {};
+    const bool has_ground = !Ground().empty();
+    if (name == "img" || (name == "br" && has_ground)) LeaveBlock(false);
+    behind_ = name == "hr" && has_ground ? "hr" : "";
     out_.append("<").append(name).append(attributes).append(">");
     word_ = 0;
     return;

@@ -17,9 +17,9 @@ struct SimplePage {
 // its fonts, colours, lists, links (web, mail and telephone) and tables, up to about `most` bytes. What a text view
 // cannot do in time that grows with the page is taken away: its layout takes twice as long for each table within
 // another, so tables that only arrange the page become paragraphs, as do those within three others; elements within a
-// hundred others stand beside the innermost; words without an end are given places to break; sizes beyond a page, and
-// cells over many rows, are left out. Style sheets, scripts, forms and whatever would be fetched are left out. Linear
-// in the page.
+// hundred others stand beside the innermost; words without an end are given places to break; what stands on a ground
+// that the view would not paint there is told it; sizes beyond a page, and cells over many rows, are left out. Style
+// sheets, scripts, forms and whatever would be fetched are left out. Linear in the page.
 SimplePage Simplify(std::string_view html, std::size_t most);
 
 }  // namespace quillcast::html

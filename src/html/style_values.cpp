@@ -5,28 +5,11 @@
 #include <charconv>
 #include <cmath>
 
+#include "html/colour_names.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
-
-struct Named {
-  std::string_view name;
-  std::uint32_t value;
-};
-constexpr std::array kColours = {
-    Named{"black", 0x000000},     Named{"white", 0xFFFFFF},     Named{"red", 0xFF0000},
-    Named{"green", 0x008000},     Named{"blue", 0x0000FF},      Named{"yellow", 0xFFFF00},
-    Named{"gray", 0x808080},      Named{"grey", 0x808080},      Named{"silver", 0xC0C0C0},
-    Named{"maroon", 0x800000},    Named{"purple", 0x800080},    Named{"fuchsia", 0xFF00FF},
-    Named{"magenta", 0xFF00FF},   Named{"lime", 0x00FF00},      Named{"olive", 0x808000},
-    Named{"navy", 0x000080},      Named{"teal", 0x008080},      Named{"aqua", 0x00FFFF},
-    Named{"cyan", 0x00FFFF},      Named{"orange", 0xFFA500},    Named{"brown", 0xA52A2A},
-    Named{"pink", 0xFFC0CB},      Named{"gold", 0xFFD700},      Named{"darkred", 0x8B0000},
-    Named{"darkgreen", 0x006400}, Named{"darkblue", 0x00008B},  Named{"darkgray", 0xA9A9A9},
-    Named{"dimgray", 0x696969},   Named{"lightgray", 0xD3D3D3}, Named{"lightgrey", 0xD3D3D3},
-    Named{"crimson", 0xDC143C},   Named{"indigo", 0x4B0082},    Named{"windowtext", 0x000000},
-};
 
 struct Size {
   std::string_view name;
@@ -61,6 +44,13 @@ std::optional<std::uint32_t> ReadHexadecimal(std::string_view digits) {
   std::uint32_t value = 0;
   const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
   if (failed != std::errc() || end != digits.data() + digits.size()) return {};
+  const bool is_short = digits.size() <= 4;
+  if (digits.size() == 4 || digits.size() == 8) {  // with how much it covers
+    const std::uint32_t most = is_short ? 15 : 255;
+    if ((value & most) < most * kLeastCover) return {};
+    value >>= is_short ? 4 : 8;
+    digits.remove_suffix(is_short ? 1 : 2);
+  }
   if (digits.size() == 6) return value;
   if (digits.size() != 3) return {};
   return (value >> 8) * 0x110000 + (value >> 4 & 15) * 0x1100 + (value & 15) * 0x11;
@@ -98,18 +88,18 @@ std::optional<std::uint32_t> ReadColour(std::string_view value) {
   const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
   if (lower.starts_with('#')) return ReadHexadecimal(std::string_view(lower).substr(1));
   if (lower.starts_with("rgb")) return ReadRgb(lower);
-  const auto* const named = std::ranges::find(kColours, std::string_view(lower), &Named::name);
-  if (named != kColours.end()) return named->value;
+  if (lower == "windowtext") return 0;
+  if (const auto named = NamedColour(lower)) return named;
   return lower.size() == 6 ? ReadHexadecimal(lower) : std::nullopt;
 }
 
-std::optional<std::uint32_t> ReadGround(std::string_view value) {
+std::string_view GroundIn(std::string_view value) {
   value = value.substr(0, kLongestGround);
   while (!value.empty()) {
     std::size_t end = 0;
     for (int depth = 0; end < value.size() && (depth > 0 || value[end] != ' '); ++end)
       depth += value[end] == '(' ? 1 : value[end] == ')' ? -1 : 0;
-    if (const auto colour = ReadColour(value.substr(0, end))) return colour;
+    if (ReadColour(value.substr(0, end))) return value.substr(0, end);
     value.remove_prefix(std::min(end + 1, value.size()));
   }
   return {};

@@ -14,12 +14,12 @@ namespace quillcast::html {
 void EachDeclaration(std::string_view style,
                      const std::function<void(std::string_view property, std::string_view value)>& take);
 
-// 0xRRGGBB of "#f00", "#ff0000", "ff0000", "rgb(255, 0, 0)" or a name that mail uses; nothing of what lets more than
-// half of what is behind it through.
+// 0xRRGGBB of "#f00", "#ff0000", "ff0000", "rgb(255, 0, 0)" or a name; nothing of what lets more than half of what is
+// behind it through.
 std::optional<std::uint32_t> ReadColour(std::string_view value);
 
-// The colour in the value of "background", as "#000 url(x.png) no-repeat"; nothing where it has none.
-std::optional<std::uint32_t> ReadGround(std::string_view value);
+// The colour in the value of "background", as in "#000 url(x.png) no-repeat"; empty where it has none.
+std::string_view GroundIn(std::string_view value);
 // Whether it has a picture, or colours that run into each other.
 bool NamesPicture(std::string_view value);
 

@@ -85,6 +85,33 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<table bgcolor=blue style='color:white'><tr bgcolor=red><td style='background:green' bgcolor=red>a</table>",
        "<div style=\"background-color:blue;color:white\"><div style=\"background-color:red\">"
        "<div style=\"background-color:red;background-color:green\">a</div></div></div>"},
+      // Grounds reach down to what a text view would paint without one
+      {"<div style='background:#000;color:#fff'><table><tr><td>a<td><p>b</table>c<ul><li>d</ul>e<br>f</div>g",
+       "<div style=\"background-color:#000;color:#fff\"><table bgcolor=\"#000\"><tr><td>a</td><td><p>b</p></td></tr>"
+       "</table><div style=\"background-color:#000\">c</div><ul style=\"background-color:#000\">"
+       "<li style=\"background-color:#000\">d</li></ul><div style=\"background-color:#000\">e<br>f</div></div>"
+       "<div>g</div>"},
+      {"<table bgcolor=#000000><tr><td><table style='background:navy'><tr><td>a<td><div>b</table>"
+       "<table><tr><td>c<td>d</table></table>",
+       "<div style=\"background-color:#000000\"><div style=\"background-color:#000000\">"
+       "<table style=\"background-color:navy\"><tr><td>a</td><td><div>b</div></td></tr></table>"
+       "<table bgcolor=\"#000000\"><tr><td>c</td><td>d</td></tr></table></div></div>"},
+      {"<table><tr style='background:red'><td><font color=white><p>a</font><hr><br>b</table>",
+       "<div><div style=\"background-color:red\"><div style=\"background-color:red\"><font color=\"white\">"
+       "<p style=\"background-color:red\">a</p></font><hr><div style=\"background-color:red\"><br>b</div></div></div>"
+       "</div>"},
+      {"<body style='background:#000'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
+       "<body style=\"background-color:#000\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
+       "</td></tr></table></div></body>"},
+      // Colours that a text view would take for black
+      {"<table><tr><td bgcolor=ffff00>a<td bgcolor=none>b<font color=00ff00>c</font><font color=red>d</table>",
+       "<table><tr><td bgcolor=\"#ffff00\">a</td><td>b<font color=\"#00ff00\">c</font><font color=\"red\">d</font></td>"
+       "</tr></table>"},
+      {"<p style='background:#fff no-repeat;color:rgba(1, 2, 3, .9)'>a<p style='background:inherit;color:inherit'>b"
+       "<p style='background-color:rgb(0 0 0 / 90%);color:FFFFFF'>c",
+       "<p style=\"background-color:#fff;color:#010203\">a</p><p>b</p><p "
+       "style=\"background-color:#000000;color:#ffffff\">"
+       "c</p>"},
       {"<table border=1><tbody><tr><td>a<th>b<tr><td colspan=2>c</table>d",
        "<table border=\"1\"><tr><td>a</td><th>b</th></tr><tr><td colspan=\"2\">c</td></tr></table>d"},
       {"<table>a<tr>b<td>c<td>d", "<table><tr><td>a</td></tr><tr><td>b</td><td>c</td><td>d</td></tr></table>"},
