@@ -1,8 +1,11 @@
 #include "html/safe_css.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
+#include "html/style_values.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -17,6 +20,14 @@ bool IsHarmless(std::string_view piece) {
   const std::string lower = platform::AsciiLower(piece);
   return std::none_of(kHarmful.begin(), kHarmful.end(),
                       [&](const char* word) { return lower.find(word) != std::string::npos; });
+}
+
+// Anew, so that nothing of the piece is kept.
+std::string ColourOfGround(std::string_view piece) {
+  const std::size_t colon = std::min(piece.find(':'), piece.size());
+  if (!platform::EqualsIgnoringAsciiCase(platform::Trim(piece.substr(0, colon)), "background")) return {};
+  const auto colour = ReadColour(GroundIn(platform::Trim(piece.substr(std::min(colon + 1, piece.size())))));
+  return colour ? fmt::format("background-color:#{:06x}", *colour) : std::string();
 }
 
 std::string WithoutComments(std::string_view css) {
@@ -41,7 +52,8 @@ std::string SafeCss(std::string_view css) {
   std::string out;
   for (std::string_view rest = plain; !rest.empty();) {
     const std::size_t end = std::min(rest.find_first_of(";{}"), rest.size());
-    if (IsHarmless(rest.substr(0, end))) out += rest.substr(0, end);
+    const std::string_view piece = rest.substr(0, end);
+    out += IsHarmless(piece) ? std::string(piece) : ColourOfGround(piece);
     if (end < rest.size()) out += rest[end];
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }

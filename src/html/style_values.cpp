@@ -28,6 +28,7 @@ constexpr std::array kFamilies = {Family{"sans-serif", "Arial"}, Family{"serif",
 
 constexpr int kSmallest = 2;
 constexpr int kLargest = 800;
+constexpr std::string_view kBlanks = " \t\r\n\f";
 constexpr std::size_t kLongestGround = 4000;  // bytes
 constexpr double kLeastCover = 0.5;           // of what is behind
 
@@ -97,7 +98,7 @@ std::string_view GroundIn(std::string_view value) {
   value = value.substr(0, kLongestGround);
   while (!value.empty()) {
     std::size_t end = 0;
-    for (int depth = 0; end < value.size() && (depth > 0 || value[end] != ' '); ++end)
+    for (int depth = 0; end < value.size() && (depth > 0 || kBlanks.find(value[end]) == kBlanks.npos); ++end)
       depth += value[end] == '(' ? 1 : value[end] == ')' ? -1 : 0;
     if (ReadColour(value.substr(0, end))) return value.substr(0, end);
     value.remove_prefix(std::min(end + 1, value.size()));
